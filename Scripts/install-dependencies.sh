@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# Installs what the build needs on Debian 12 and is not there yet. Asks nothing; does nothing on a second run.
+#   Scripts/install-dependencies.sh [build|bench|lint]...     build is always included
+set -euo pipefail
+
+packages=(g++ cmake ninja-build pkg-config ccache git
+    libexpat1-dev libicu-dev libssl-dev libsimdjson-dev libasio-dev libsndfile1-dev
+    libavformat-dev libavcodec-dev libavutil-dev libswresample-dev
+    libgtest-dev libxml2-utils ffmpeg tzdata)
+for group in "$@"; do
+    case "$group" in
+        build) ;;
+        bench) packages+=(libbenchmark-dev mediainfo) ;;
+        lint) packages+=(clang clang-format clang-tidy libclang-rt-14-dev) ;;
+        *) echo "error: unknown package group '$group' (build, bench, lint)" >&2; exit 2 ;;
+    esac
+done
+
+missing=()
+for package in "${packages[@]}"; do
+    dpkg-query -W -f='${db:Status-Abbrev}' "$package" 2>/dev/null | grep -q '^ii' || missing+=("$package")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+echo "Installing: ${missing[*]}"
+sudo=""
+if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || { echo "error: run as root, or install: ${missing[*]}" >&2; exit 1; }
+    sudo="sudo"
+fi
+export DEBIAN_FRONTEND=noninteractive
+$sudo apt-get update -qq
+$sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

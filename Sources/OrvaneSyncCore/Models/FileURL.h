@@ -1,0 +1,34 @@
+#pragma once
+
+#include <compare>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+/// Where a file lies. Holds the file system's own bytes, which need not be valid UTF-8.
+struct FileURL {
+    std::string path; ///< absolute
+
+    /// "file://" and the path, percent-encoded; bytes that are not UTF-8 are encoded one by one, so that the text
+    /// always leads back to the file.
+    std::string absoluteString() const;
+    /// Nothing when the text is no "file:" URL of this machine or holds a broken percent escape.
+    static std::optional<FileURL> fromAbsoluteString(std::string_view text);
+
+    /// For people and for matching: valid UTF-8, undecodable bytes replaced by U+FFFD.
+    std::string lastPathComponent() const;
+    /// Without the dot, as written; empty when there is none.
+    std::string pathExtension() const;
+    std::string lowercasedExtension() const;
+
+    auto operator<=>(const FileURL&) const = default;
+};
+
+} // namespace orvane
+
+template <> struct std::hash<orvane::FileURL> {
+    std::size_t operator()(const orvane::FileURL& url) const noexcept { return std::hash<std::string>{}(url.path); }
+};

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/Date.h"
+#include "OrvaneSyncCore/Models/FileURL.h"
+#include "OrvaneSyncCore/Models/UUID.h"
+#include "Platform/JSON.h"
+
+#include <optional>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+using platform::JSON;
+
+/// A record that stored JSON does not hold: a required key is missing or a value is of the wrong kind. The
+/// description names the key.
+class DecodingError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// The JSON forms of records. Each record type gives `JSON toJSON(const T&)` and a specialisation of `fromJSON<T>`,
+/// which throws DecodingError; the forms of the basic types stand here.
+template <class T> T fromJSON(const JSON& json);
+
+JSON toJSON(const UUID& id);
+JSON toJSON(const FileURL& url);
+JSON toJSON(Date date);
+template <> UUID fromJSON<UUID>(const JSON& json);
+template <> FileURL fromJSON<FileURL>(const JSON& json);
+template <> Date fromJSON<Date>(const JSON& json);
+template <> bool fromJSON<bool>(const JSON& json);
+template <> int fromJSON<int>(const JSON& json);
+template <> std::int64_t fromJSON<std::int64_t>(const JSON& json);
+template <> std::uint64_t fromJSON<std::uint64_t>(const JSON& json);
+template <> float fromJSON<float>(const JSON& json);
+template <> double fromJSON<double>(const JSON& json);
+template <> std::string fromJSON<std::string>(const JSON& json);
+
+/// The value of a key that must be there.
+const JSON& requiredMember(const JSON& object, std::string_view key);
+
+template <class T> T required(const JSON& object, std::string_view key) {
+    try {
+        return fromJSON<T>(requiredMember(object, key));
+    } catch (const DecodingError& error) {
+        throw DecodingError(std::string(key) + ": " + error.what());
+    }
+}
+
+/// Absent when the key is missing or null; a value of the wrong kind is an error all the same.
+template <class T> std::optional<T> optional(const JSON& object, std::string_view key) {
+    const JSON* value = object.find(key);
+    if (value == nullptr || value->isNull()) return std::nullopt;
+    return required<T>(object, key);
+}
+
+} // namespace orvane

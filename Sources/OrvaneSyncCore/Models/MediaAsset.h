@@ -1,0 +1,71 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/IXMLModels.h"
+#include "OrvaneSyncCore/Models/OffspeedDetector.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+enum class AssetKind { video, audio };
+
+/// Extensions decide what counts as media; lower case, without the dot.
+inline constexpr std::array<std::string_view, 4> videoExtensions{"mov", "mxf", "mp4", "m4v"};
+inline constexpr std::array<std::string_view, 4> audioExtensions{"wav", "bwf", "aif", "aiff"};
+std::optional<AssetKind> assetKindFrom(const FileURL& url);
+
+/// One probed media file. Identity, and equality, is by `id` alone.
+struct MediaAsset {
+    MediaAsset(FileURL url, AssetKind kind);
+    MediaAsset(UUID id, FileURL url, AssetKind kind);
+
+    UUID id;
+    FileURL url;
+    AssetKind kind;
+    std::string filename; ///< last path component, with extension, valid UTF-8
+    std::optional<std::string> startTimecodeString;
+    std::optional<double> durationSeconds; ///< on the file's own timeline
+    std::optional<Date> contentCreatedDate;
+    std::optional<double> frameRate; ///< the rate the video file plays at, frames per second
+    std::optional<int> width;        ///< pixels
+    std::optional<int> height;       ///< pixels
+    std::optional<int> channelCount;
+    std::optional<double> sampleRate; ///< Hz
+    std::optional<std::string> videoCodecFourCC;
+    std::optional<double> sensorFrameRate;  ///< the rate the sensor really ran at
+    std::optional<double> projectFrameRate; ///< the base rate the camera recorded against
+    std::optional<OffspeedConfidence> offspeedConfidence;
+    std::optional<SourceRateDomain> sourceRateDomainOverride; ///< the user's choice; absent: derived
+    std::optional<IXMLData> ixmlData;
+    std::optional<std::uint64_t> bextTimeReference; ///< samples since midnight
+    std::optional<std::string> bextOriginator;
+
+    double slowMotionFactor() const;
+    bool isOffspeed() const;
+    bool isSuspectedOffspeedUnconfirmed() const;
+    SourceRateDomain sourceRateDomain() const;
+    std::optional<double> realDurationSeconds() const;
+    /// Room tone, by name or by the recorder's wild-track flag. Never matched to picture.
+    bool isAtmo() const;
+    std::string normalizedName() const;   ///< file name without extension, lower case
+    std::string filenameStem() const;     ///< file name without extension
+    std::string formatDescription() const; ///< such as "8ch 48kHz" or "1920x1080 25 fps"
+    /// Start of the day, in the user's calendar, of the date in the name, else of the date in the file.
+    std::optional<Date> shootDay() const;
+
+    /// Six digits YYMMDD that stand alone in the name, at noon of the user's calendar.
+    static std::optional<Date> shootDateFromFilename(std::string_view filename);
+
+    bool operator==(const MediaAsset& other) const { return id == other.id; }
+};
+
+JSON toJSON(AssetKind kind);
+template <> AssetKind fromJSON<AssetKind>(const JSON& json);
+JSON toJSON(const MediaAsset& asset);
+template <> MediaAsset fromJSON<MediaAsset>(const JSON& json);
+
+} // namespace orvane

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/MediaAsset.h"
+
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+/// The media files below one or more folders, told by their extensions alone, in no particular order.
+struct DiscoveryResult {
+    std::vector<FileURL> videoURLs;
+    std::vector<FileURL> audioURLs;
+
+    std::size_t videoCount() const { return videoURLs.size(); }
+    std::size_t audioCount() const { return audioURLs.size(); }
+    std::size_t totalCount() const { return videoCount() + audioCount(); }
+    bool isEmpty() const { return videoURLs.empty() && audioURLs.empty(); }
+};
+
+struct ScanError {
+    UUID id;
+    FileURL url;
+    std::string message;
+};
+
+/// The assets of one scan, in the order in which they were probed.
+struct ScanResult {
+    std::vector<MediaAsset> videoAssets;
+    std::vector<MediaAsset> audioAssets;
+    double scanDuration = 0; ///< seconds
+    std::vector<ScanError> errors;
+
+    std::size_t totalFiles() const { return videoAssets.size() + audioAssets.size(); }
+    bool hasErrors() const { return !errors.empty(); }
+};
+
+/// Where a scan stands.
+enum class ScanState { idle, discovering, probing, matching, done };
+/// The stored name, such as "probing".
+std::string_view name(ScanState state);
+/// What the screen says in this state; empty for `idle`.
+std::string_view progressText(ScanState state);
+
+struct ScanProgress {
+    std::string phase;
+    int current = 0;
+    int total = 0;
+
+    static ScanProgress idle() { return {}; }
+    /// 0 to 1; 0 when nothing is to be done.
+    double fraction() const { return total < 1 ? 0.0 : static_cast<double>(current) / total; }
+    bool isActive() const { return total > 0; }
+
+    bool operator==(const ScanProgress&) const = default;
+};
+
+JSON toJSON(const DiscoveryResult& result);
+JSON toJSON(const ScanError& error);
+JSON toJSON(const ScanResult& result);
+
+} // namespace orvane

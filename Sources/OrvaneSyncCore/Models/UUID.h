@@ -1,0 +1,30 @@
+#pragma once
+
+#include <array>
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+/// A random (version 4) identifier. Its text form is upper-case, 8-4-4-4-12.
+struct UUID {
+    std::array<std::uint8_t, 16> bytes{};
+
+    static UUID random();
+    /// Upper or lower case; nothing when the text has another form.
+    static std::optional<UUID> fromText(std::string_view text);
+    std::string text() const;
+
+    auto operator<=>(const UUID&) const = default;
+};
+
+} // namespace orvane
+
+template <> struct std::hash<orvane::UUID> {
+    std::size_t operator()(const orvane::UUID& id) const noexcept;
+};

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/MediaAsset.h"
+
+namespace orvane {
+
+/// An audio file that no video claims. Its identity is that of its audio.
+struct WildTrack {
+    /// An absent or empty name gives the file's name without extension.
+    explicit WildTrack(MediaAsset audio, const std::optional<std::string>& customName = std::nullopt);
+
+    UUID id; ///< always the id of `audio`
+    MediaAsset audio;
+    std::string customName; ///< shown and exported
+    bool isApproved = false; ///< goes into the export
+};
+
+JSON toJSON(const WildTrack& track);
+template <> WildTrack fromJSON<WildTrack>(const JSON& json);
+
+} // namespace orvane

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace orvane::platform {
+
+/// Reads the samples of a sound file as deinterleaved 32-bit floats, full scale at 1.0. One thread at a time.
+class AudioFile {
+  public:
+    /// Nothing when no library can read the file. `path` is in the bytes of the file system.
+    static std::unique_ptr<AudioFile> open(const std::string& path);
+    virtual ~AudioFile() = default;
+
+    virtual double sampleRate() const = 0; ///< Hz
+    virtual int channelCount() const = 0;
+    /// Frames that the file claims; reading may end earlier.
+    virtual std::int64_t frameCount() const = 0;
+
+    /// Moves to a frame; false when the file has no such frame.
+    virtual bool seek(std::int64_t frame) = 0;
+    /// Reads up to `frames` frames into one array a channel, each with room for `frames` values. Returns the number
+    /// of frames read, 0 at the end and on an error.
+    virtual std::size_t read(std::span<float* const> channels, std::size_t frames) = 0;
+};
+
+} // namespace orvane::platform

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace orvane::platform {
+
+/// A text that is no JSON. The description says what is wrong and where.
+class JSONError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// One JSON value. A plain value type: copies are deep. Numbers keep their kind (a whole number without
+/// point or exponent is an integer), so that every number that was read is written back exactly.
+class JSON {
+  public:
+    using Array = std::vector<JSON>;
+    /// Members in the order of insertion; a key occurs once. Writing sorts them by key.
+    using Object = std::vector<std::pair<std::string, JSON>>;
+
+    enum class Layout { compact, pretty };
+
+    JSON() = default;
+    JSON(std::nullptr_t) {}
+    JSON(bool value) : value_(value) {}
+    JSON(int value) : value_(static_cast<std::int64_t>(value)) {}
+    JSON(std::int64_t value) : value_(value) {}
+    JSON(std::uint64_t value) : value_(value) {}
+    /// NaN and infinities have no JSON form and are written as null.
+    JSON(double value) : value_(value) {}
+    JSON(const char* value) : value_(std::string(value)) {}
+    JSON(std::string_view value) : value_(std::string(value)) {}
+    JSON(std::string value) : value_(std::move(value)) {}
+    JSON(Array value) : value_(std::move(value)) {}
+    JSON(Object value) : value_(std::move(value)) {}
+
+    static JSON object() { return JSON(Object{}); }
+    static JSON array() { return JSON(Array{}); }
+
+    /// The whole text must be one value. Throws JSONError; nesting deeper than 512 is an error.
+    static JSON parse(std::string_view text);
+
+    /// UTF-8, keys sorted; bytes that are not UTF-8 become U+FFFD. Doubles print in their shortest form that
+    /// reads back equal.
+    std::string dump(Layout layout = Layout::compact) const;
+
+    bool isNull() const { return std::holds_alternative<std::monostate>(value_); }
+    bool isObject() const { return std::holds_alternative<Object>(value_); }
+    bool isArray() const { return std::holds_alternative<Array>(value_); }
+
+    /// Each gives nothing when the value is of another kind.
+    std::optional<bool> boolean() const;
+    /// Integers, and doubles with a whole value that fits.
+    std::optional<std::int64_t> integer() const;
+    std::optional<std::uint64_t> unsignedInteger() const;
+    /// Any number.
+    std::optional<double> number() const;
+    const std::string* string() const { return std::get_if<std::string>(&value_); }
+    const Array* elements() const { return std::get_if<Array>(&value_); }
+    Array* elements() { return std::get_if<Array>(&value_); }
+    const Object* members() const { return std::get_if<Object>(&value_); }
+    Object* members() { return std::get_if<Object>(&value_); }
+
+    /// The member of an object, or nothing.
+    const JSON* find(std::string_view key) const;
+    /// Sets a member; a null value becomes an empty object first. Any other kind is a programmer's error.
+    void set(std::string_view key, JSON value);
+    /// Sets a member only if there is a value: an absent optional is left out.
+    template <class T> void setIfPresent(std::string_view key, const std::optional<T>& value) {
+        if (value) set(key, JSON(*value));
+    }
+    void remove(std::string_view key);
+    /// Appends to an array; a null value becomes an empty array first.
+    void append(JSON value);
+
+    bool operator==(const JSON& other) const;
+
+  private:
+    std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, std::string, Array, Object> value_;
+};
+
+} // namespace orvane::platform

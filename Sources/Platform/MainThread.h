@@ -1,0 +1,66 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace orvane::platform {
+
+/// Tells the time. Injected wherever a moment decides something, so that a test can move it.
+class Clock {
+  public:
+    virtual ~Clock() = default;
+    /// Monotonic; for intervals.
+    virtual std::chrono::nanoseconds now() const = 0;
+};
+
+/// The machine's own monotonic clock.
+std::shared_ptr<const Clock> systemClock();
+
+/// A pending call that can be called off. Destroying it does not call it off.
+class Timer {
+  public:
+    virtual ~Timer() = default;
+    virtual void cancel() = 0;
+};
+
+/// The one thread that owns controllers, observable state and timers. Under the command line it is a plain run
+/// loop, under a desktop shell the shell's own.
+class MainThread {
+  public:
+    virtual ~MainThread() = default;
+    /// Runs the work later on this thread, in the order of posting. From any thread.
+    virtual void post(std::function<void()> work) = 0;
+    /// Runs the work on this thread once the delay has passed. From any thread.
+    virtual std::shared_ptr<Timer> after(std::chrono::nanoseconds delay, std::function<void()> work) = 0;
+    virtual bool isCurrent() const = 0;
+};
+
+/// A plain run loop on the thread that calls `run`.
+class RunLoop : public MainThread {
+  public:
+    /// Serves posted work until `quit`.
+    virtual void run() = 0;
+    /// From any thread.
+    virtual void quit() = 0;
+    static std::shared_ptr<RunLoop> create();
+};
+
+/// Runs one operation at a time, in order, off the thread that posts. Destroying it waits for what was posted.
+class SerialQueue {
+  public:
+    virtual ~SerialQueue() = default;
+    virtual void post(std::function<void()> work) = 0;
+    /// Runs the work and waits for it. Never from the queue itself.
+    virtual void sync(const std::function<void()>& work) = 0;
+    /// Runs the work on the queue once the delay has passed; at destruction it runs at once instead, so that nothing
+    /// that was promised is lost.
+    virtual void after(std::chrono::nanoseconds delay, std::function<void()> work) = 0;
+    static std::unique_ptr<SerialQueue> create(const char* label);
+};
+
+/// Runs `work(i)` for every i below `count` on up to `concurrency` threads of a shared pool and returns when all have
+/// ended. Indices are started in ascending order.
+void concurrently(std::size_t count, std::size_t concurrency, const std::function<void(std::size_t)>& work);
+
+} // namespace orvane::platform

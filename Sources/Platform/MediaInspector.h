@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvane::platform {
+
+/// One metadata item of a media file, in file order.
+struct MediaMetadataItem {
+    std::string key;                   ///< the format's own key as text, such as "com.apple.quicktime.creationdate"
+    std::string commonKey;             ///< "creationDate" where the key has that common meaning, else empty
+    std::optional<std::string> string; ///< UTF-8
+    std::optional<double> number;
+};
+
+/// What the headers of a media file say. Whatever a file does not say is absent. Cover art and timecode tracks are
+/// no video tracks.
+struct MediaInspection {
+    struct VideoTrack {
+        std::optional<double> width;  ///< pixels, as coded
+        std::optional<double> height; ///< pixels, as coded
+        /// Frames per second: number of samples over the media's duration, rounded to 32-bit precision.
+        std::optional<double> nominalFrameRate;
+        /// Four characters as in the file, such as "avc1"; empty when they are not ASCII; absent without a
+        /// sample description.
+        std::optional<std::string> codecFourCC;
+    };
+    struct AudioTrack {
+        std::optional<int> channelCount;
+        std::optional<double> sampleRate; ///< Hz
+    };
+    std::optional<double> durationSeconds;
+    std::vector<VideoTrack> videoTracks;
+    std::vector<AudioTrack> audioTracks;
+    std::vector<MediaMetadataItem> metadata;
+};
+
+/// Inspects a file without reading media data. QuickTime/MP4 and WAV are read from their headers alone; everything
+/// else, and a movie that our own walk cannot read, goes through the media library. Nothing when nobody can read
+/// it. Never throws; any thread. `path` is in the bytes of the file system.
+std::optional<MediaInspection> inspectMedia(const std::string& path);
+
+} // namespace orvane::platform

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvane::platform::text {
+
+/// The order in which a file browser lists names: case-insensitive first, numbers inside names by value
+/// ("Clip 2" before "Clip 10"). Negative, zero or positive. Texts that are equal in this order but differ in
+/// their bytes compare as equal. Any thread.
+int compareLocalizedStandard(std::string_view a, std::string_view b);
+
+/// The same order as a sort key: byte order of keys is the order of the texts. For sorting long lists.
+std::string localizedStandardSortKey(std::string_view text);
+
+/// Full Unicode case mapping, locale-independent. Bytes that are not UTF-8 become U+FFFD.
+std::string uppercased(std::string_view text);
+std::string lowercased(std::string_view text);
+
+/// The text as valid UTF-8: each byte sequence that is none becomes U+FFFD.
+std::string validUTF8(std::string_view bytes);
+bool isValidUTF8(std::string_view bytes);
+
+/// Without white space (Unicode, line ends included) at both ends.
+std::string_view trimmed(std::string_view text);
+
+} // namespace orvane::platform::text

@@ -1,0 +1,31 @@
+# What every target of ours shares: warnings are errors, and floating point does what the source says
+# (no contraction to fused operations, so that results do not depend on the machine).
+add_library(orvane_options INTERFACE)
+target_include_directories(orvane_options INTERFACE ${PROJECT_SOURCE_DIR}/Sources)
+target_compile_options(orvane_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Wcast-qual -Wconversion
+    -Wno-sign-conversion -Werror -ffp-contract=off -fno-omit-frame-pointer)
+target_compile_definitions(orvane_options INTERFACE ORVANE_VERSION="${PROJECT_VERSION}")
+if(ORVANE_SANITIZE)
+    target_compile_options(orvane_options INTERFACE -fsanitize=${ORVANE_SANITIZE} -fno-sanitize-recover=all)
+    target_link_options(orvane_options INTERFACE -fsanitize=${ORVANE_SANITIZE})
+endif()
+if(ORVANE_FUZZ)
+    target_compile_options(orvane_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+# orvane_room(<target> [PUBLIC <targets>...] [PRIVATE <libraries>...])
+# One folder, one static library, holding every .cpp of the folder and of its subfolders that have no
+# CMakeLists.txt of their own. PUBLIC names the rooms it may call, PRIVATE the libraries it stands on.
+function(orvane_room target)
+    cmake_parse_arguments(ARG "" "" "PUBLIC;PRIVATE" ${ARGN})
+    file(GLOB_RECURSE sources CONFIGURE_DEPENDS *.cpp *.h)
+    file(GLOB_RECURSE nested */CMakeLists.txt)
+    foreach(list IN LISTS nested)
+        get_filename_component(folder ${list} DIRECTORY)
+        list(FILTER sources EXCLUDE REGEX "^${folder}/")
+    endforeach()
+    add_library(${target} STATIC ${sources})
+    set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
+    target_link_libraries(${target} PUBLIC orvane_options ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+endfunction()

@@ -10,6 +10,8 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace orvane {
 
@@ -50,6 +52,28 @@ template <class T> T required(const JSON& object, std::string_view key) {
         throw DecodingError(std::string(key) + ": " + error.what());
     }
 }
+
+/// A list of records of one type.
+template <class T> std::vector<T> requiredArray(const JSON& object, std::string_view key) {
+    const JSON::Array* elements = requiredMember(object, key).elements();
+    if (elements == nullptr) throw DecodingError(std::string(key) + ": expected a list");
+    std::vector<T> result;
+    result.reserve(elements->size());
+    for (const JSON& element : *elements) result.push_back(fromJSON<T>(element));
+    return result;
+}
+
+template <class Records> JSON toJSONArray(const Records& records) {
+    JSON::Array elements;
+    elements.reserve(records.size());
+    for (const auto& record : records) elements.push_back(toJSON(record));
+    return elements;
+}
+
+/// The one member of an object that stands for a variant: its key is the case, its value the payload.
+const std::pair<std::string, JSON>& singleCase(const JSON& json);
+/// An object with one member, the case and its payload.
+JSON caseObject(std::string_view name, JSON payload = JSON::object());
 
 /// Absent when the key is missing or null; a value of the wrong kind is an error all the same.
 template <class T> std::optional<T> optional(const JSON& object, std::string_view key) {

@@ -1,0 +1,186 @@
+#include "OrvaneSyncCore/Models/MediaAsset.h"
+
+#include "OrvaneSyncCore/Utilities/FilenameUtils.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::size_t dateDigits = 6;
+
+bool isSeparator(char c) { return c == '_' || c == '-' || c == '.'; }
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+int twoDigits(std::string_view text, std::size_t at) { return (text[at] - '0') * 10 + (text[at + 1] - '0'); }
+
+/// Six digits read as YYMMDD: the years 80 to 99 are the last century's.
+std::optional<Date> dateFromDigits(std::string_view digits) {
+    const int yy = twoDigits(digits, 0), month = twoDigits(digits, 2), day = twoDigits(digits, 4);
+    if (month < 1 || month > 12 || day < 1 || day > 31) return std::nullopt;
+    const int year = yy > 79 ? 1900 + yy : 2000 + yy;
+    constexpr int noon = 12;
+    return calendar::date({year, month, day, noon, 0, 0});
+}
+
+std::string number(double value, const char* format) {
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), format, value);
+    return text.data();
+}
+
+std::string wholeKilohertz(double sampleRate) {
+    const double kilohertz = std::trunc(sampleRate / 1000);
+    return std::isfinite(kilohertz) ? number(kilohertz, "%.0f") : "?";
+}
+
+} // namespace
+
+std::optional<AssetKind> assetKindFrom(const FileURL& url) {
+    const std::string extension = url.lowercasedExtension();
+    const auto among = [&](const auto& set) { return std::find(set.begin(), set.end(), extension) != set.end(); };
+    if (among(videoExtensions)) return AssetKind::video;
+    if (among(audioExtensions)) return AssetKind::audio;
+    return std::nullopt;
+}
+
+MediaAsset::MediaAsset(FileURL location, AssetKind assetKind)
+    : MediaAsset(UUID::random(), std::move(location), assetKind) {}
+
+MediaAsset::MediaAsset(UUID identity, FileURL location, AssetKind assetKind)
+    : id(identity), url(std::move(location)), kind(assetKind), filename(url.lastPathComponent()) {}
+
+double MediaAsset::slowMotionFactor() const {
+    return OffspeedDetector::slowMotionFactor(sensorFrameRate, projectFrameRate);
+}
+
+bool MediaAsset::isOffspeed() const { return OffspeedDetector::isOffspeed(sensorFrameRate, projectFrameRate); }
+
+bool MediaAsset::isSuspectedOffspeedUnconfirmed() const {
+    return offspeedConfidence && offspeedConfidence->kind == OffspeedConfidence::Kind::suspectedUnconfirmed;
+}
+
+SourceRateDomain MediaAsset::sourceRateDomain() const {
+    if (sourceRateDomainOverride) return *sourceRateDomainOverride;
+    return deriveSourceRateDomain(frameRate, sensorFrameRate, projectFrameRate);
+}
+
+std::optional<double> MediaAsset::realDurationSeconds() const {
+    if (!durationSeconds || sourceRateDomain() == SourceRateDomain::sensorRate) return durationSeconds;
+    return *durationSeconds / slowMotionFactor();
+}
+
+bool MediaAsset::isAtmo() const {
+    return FilenameUtils::isAtmo(filename) || (ixmlData && ixmlData->isWildTrack());
+}
+
+std::string MediaAsset::filenameStem() const { return std::string(FilenameUtils::withoutExtension(filename)); }
+
+std::string MediaAsset::normalizedName() const {
+    return platform::text::lowercased(FilenameUtils::withoutExtension(filename));
+}
+
+std::string MediaAsset::formatDescription() const {
+    if (kind == AssetKind::audio)
+        return (channelCount ? std::to_string(*channelCount) : "?") + "ch " +
+               (sampleRate ? wholeKilohertz(*sampleRate) : "?") + "kHz";
+    const std::string size =
+        width && height ? std::to_string(*width) + "x" + std::to_string(*height) : std::string("?");
+    return size + " " + (frameRate ? number(*frameRate, "%.3g fps") : "? fps");
+}
+
+std::optional<Date> MediaAsset::shootDay() const {
+    const auto named = shootDateFromFilename(filename);
+    const auto date = named ? named : contentCreatedDate;
+    if (!date) return std::nullopt;
+    return calendar::startOfDay(*date);
+}
+
+// The same as searching for (?:^|[_\-.])(\d{6})(?:[_\-.]|$) again and again: a match takes the separators on both of
+// its sides with it, so that two dates with one separator between them give only the first.
+std::optional<Date> MediaAsset::shootDateFromFilename(std::string_view name) {
+    std::size_t at = 0;
+    while (at + dateDigits <= name.size()) {
+        const bool separated = isSeparator(name[at]);
+        if (at != 0 && !separated) {
+            ++at;
+            continue;
+        }
+        const std::size_t first = separated ? at + 1 : at;
+        const std::string_view digits = name.substr(first, dateDigits);
+        const std::size_t end = first + dateDigits;
+        const bool matches = digits.size() == dateDigits && std::all_of(digits.begin(), digits.end(), isDigit) &&
+                             (end == name.size() || isSeparator(name[end]));
+        if (!matches) {
+            ++at;
+            continue;
+        }
+        if (const auto date = dateFromDigits(digits)) return date;
+        at = end + 1;
+    }
+    return std::nullopt;
+}
+
+JSON toJSON(AssetKind kind) { return kind == AssetKind::video ? "video" : "audio"; }
+
+template <> AssetKind fromJSON<AssetKind>(const JSON& json) {
+    const auto text = fromJSON<std::string>(json);
+    if (text == "video") return AssetKind::video;
+    if (text == "audio") return AssetKind::audio;
+    throw DecodingError("unknown case \"" + text + "\"");
+}
+
+JSON toJSON(const MediaAsset& asset) {
+    JSON json;
+    json.set("id", toJSON(asset.id));
+    json.set("url", toJSON(asset.url));
+    json.set("kind", toJSON(asset.kind));
+    json.set("filename", asset.filename);
+    json.setIfPresent("startTimecodeString", asset.startTimecodeString);
+    json.setIfPresent("durationSeconds", asset.durationSeconds);
+    if (asset.contentCreatedDate) json.set("contentCreatedDate", toJSON(*asset.contentCreatedDate));
+    json.setIfPresent("frameRate", asset.frameRate);
+    json.setIfPresent("width", asset.width);
+    json.setIfPresent("height", asset.height);
+    json.setIfPresent("channelCount", asset.channelCount);
+    json.setIfPresent("sampleRate", asset.sampleRate);
+    json.setIfPresent("videoCodecFourCC", asset.videoCodecFourCC);
+    json.setIfPresent("sensorFrameRate", asset.sensorFrameRate);
+    json.setIfPresent("projectFrameRate", asset.projectFrameRate);
+    if (asset.offspeedConfidence) json.set("offspeedConfidence", toJSON(*asset.offspeedConfidence));
+    if (asset.sourceRateDomainOverride)
+        json.set("sourceRateDomainOverride", toJSON(*asset.sourceRateDomainOverride));
+    if (asset.ixmlData) json.set("ixmlData", toJSON(*asset.ixmlData));
+    json.setIfPresent("bextTimeReference", asset.bextTimeReference);
+    json.setIfPresent("bextOriginator", asset.bextOriginator);
+    return json;
+}
+
+template <> MediaAsset fromJSON<MediaAsset>(const JSON& json) {
+    MediaAsset asset(required<UUID>(json, "id"), required<FileURL>(json, "url"), required<AssetKind>(json, "kind"));
+    asset.filename = required<std::string>(json, "filename");
+    asset.startTimecodeString = optional<std::string>(json, "startTimecodeString");
+    asset.durationSeconds = optional<double>(json, "durationSeconds");
+    asset.contentCreatedDate = optional<Date>(json, "contentCreatedDate");
+    asset.frameRate = optional<double>(json, "frameRate");
+    asset.width = optional<int>(json, "width");
+    asset.height = optional<int>(json, "height");
+    asset.channelCount = optional<int>(json, "channelCount");
+    asset.sampleRate = optional<double>(json, "sampleRate");
+    asset.videoCodecFourCC = optional<std::string>(json, "videoCodecFourCC");
+    asset.sensorFrameRate = optional<double>(json, "sensorFrameRate");
+    asset.projectFrameRate = optional<double>(json, "projectFrameRate");
+    asset.offspeedConfidence = optional<OffspeedConfidence>(json, "offspeedConfidence");
+    asset.sourceRateDomainOverride = optional<SourceRateDomain>(json, "sourceRateDomainOverride");
+    asset.ixmlData = optional<IXMLData>(json, "ixmlData");
+    asset.bextTimeReference = optional<std::uint64_t>(json, "bextTimeReference");
+    asset.bextOriginator = optional<std::string>(json, "bextOriginator");
+    return asset;
+}
+
+} // namespace orvane

@@ -1,0 +1,70 @@
+#include "OrvaneSyncCore/Models/OffspeedDetector.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane {
+
+SourceRateDomain deriveSourceRateDomain(std::optional<double> fileRate, std::optional<double> sensor,
+                                        std::optional<double> project) {
+    using OffspeedDetector::ratesDifferSignificantly;
+    if (!fileRate || !project) return SourceRateDomain::sensorRate;
+    if (sensor && !ratesDifferSignificantly(fileRate, sensor)) return SourceRateDomain::sensorRate;
+    if (ratesDifferSignificantly(fileRate, project)) return SourceRateDomain::sensorRate;
+    return SourceRateDomain::conformedExternally;
+}
+
+bool OffspeedDetector::ratesDifferSignificantly(std::optional<double> a, std::optional<double> b) {
+    if (!a || !b || !(*a > 0) || !(*b > 0)) return false;
+    return std::abs(std::max(*a, *b) / std::min(*a, *b) - 1) > rateMatchTolerance;
+}
+
+double OffspeedDetector::slowMotionFactor(std::optional<double> sensor, std::optional<double> project) {
+    return sensor && project && *project > 0 ? *sensor / *project : 1.0;
+}
+
+bool OffspeedDetector::isOffspeed(std::optional<double> sensor, std::optional<double> project) {
+    return sensor && project && *project > 0 && std::abs(*sensor / *project - 1) > offspeedThreshold;
+}
+
+// A vendor's word alone, without both rates, says nothing that could be used.
+std::optional<OffspeedConfidence> OffspeedDetector::classify(std::optional<double> sensorFrameRate,
+                                                             std::optional<double> projectFrameRate,
+                                                             [[maybe_unused]] bool vendorConfirmed) {
+    if (!sensorFrameRate || !projectFrameRate || !(*sensorFrameRate > 0) || !(*projectFrameRate > 0))
+        return std::nullopt;
+    if (!ratesDifferSignificantly(sensorFrameRate, projectFrameRate)) return std::nullopt;
+    return OffspeedConfidence::confirmed(true, *sensorFrameRate / *projectFrameRate);
+}
+
+JSON toJSON(const OffspeedConfidence& confidence) {
+    JSON payload;
+    payload.set("factor", confidence.factor);
+    if (confidence.kind == OffspeedConfidence::Kind::suspectedUnconfirmed)
+        return caseObject("suspectedUnconfirmed", std::move(payload));
+    payload.set("isOffspeed", confidence.isOffspeed);
+    return caseObject("confirmed", std::move(payload));
+}
+
+template <> OffspeedConfidence fromJSON<OffspeedConfidence>(const JSON& json) {
+    const auto& [name, payload] = singleCase(json);
+    if (name == "confirmed")
+        return OffspeedConfidence::confirmed(required<bool>(payload, "isOffspeed"),
+                                             required<double>(payload, "factor"));
+    if (name == "suspectedUnconfirmed")
+        return OffspeedConfidence::suspectedUnconfirmed(required<double>(payload, "factor"));
+    throw DecodingError("unknown case \"" + name + "\"");
+}
+
+JSON toJSON(SourceRateDomain domain) {
+    return domain == SourceRateDomain::sensorRate ? "sensorRate" : "conformedExternally";
+}
+
+template <> SourceRateDomain fromJSON<SourceRateDomain>(const JSON& json) {
+    const auto text = fromJSON<std::string>(json);
+    if (text == "sensorRate") return SourceRateDomain::sensorRate;
+    if (text == "conformedExternally") return SourceRateDomain::conformedExternally;
+    throw DecodingError("unknown case \"" + text + "\"");
+}
+
+} // namespace orvane

@@ -1,0 +1,219 @@
+#include "OrvaneSyncCore/Models/SyncGroup.h"
+
+namespace orvane {
+
+namespace {
+
+struct StatusRow {
+    MatchStatus::Kind kind;
+    std::string_view name;
+    std::string_view label;
+    bool hasCount;
+};
+
+constexpr std::array<StatusRow, 6> statusRows{{
+    {MatchStatus::Kind::matched, "matched", "Matched", false},
+    {MatchStatus::Kind::ambiguous, "ambiguous", "Ambiguous", true},
+    {MatchStatus::Kind::splitRecording, "splitRecording", "Split Recording", true},
+    {MatchStatus::Kind::unmatched, "unmatched", "No Match", false},
+    {MatchStatus::Kind::mos, "mos", "MOS (no audio)", false},
+    {MatchStatus::Kind::manual, "manual", "Manual", false},
+}};
+
+const StatusRow& row(MatchStatus::Kind kind) { return statusRows.at(static_cast<std::size_t>(kind)); }
+
+struct MethodRow {
+    std::string_view name;
+    std::string_view label;
+    std::string_view description;
+};
+
+constexpr std::array<MethodRow, 3> methodRows{{
+    {"timecode", "Timecode", "Align using embedded timecode in video and audio files"},
+    {"clap", "Clap-based", "Detect the clap point in both files and align"},
+    {"manual", "Manual", "Use the sync anchor + arrow keys to set offset manually"},
+}};
+
+const MethodRow& row(SyncMethod method) { return methodRows.at(static_cast<std::size_t>(method)); }
+
+JSON toJSONSet(const std::set<int>& values) {
+    JSON json = JSON::array();
+    for (const int value : values) json.append(value);
+    return json;
+}
+
+std::set<int> requiredSet(const JSON& object, std::string_view key) {
+    const auto values = requiredArray<int>(object, key);
+    return {values.begin(), values.end()};
+}
+
+using TextMap = std::map<std::string, std::string>;
+
+JSON toJSONMap(const TextMap& map) {
+    JSON json = JSON::object();
+    for (const auto& [key, value] : map) json.set(key, value);
+    return json;
+}
+
+std::optional<TextMap> optionalMap(const JSON& object, std::string_view key) {
+    const JSON* value = object.find(key);
+    if (value == nullptr || value->isNull()) return std::nullopt;
+    const JSON::Object* members = value->members();
+    if (members == nullptr) throw DecodingError(std::string(key) + ": expected an object");
+    TextMap map;
+    for (const auto& [name, text] : *members) map[name] = fromJSON<std::string>(text);
+    return map;
+}
+
+} // namespace
+
+std::string MatchStatus::label() const {
+    const StatusRow& r = row(kind);
+    return r.hasCount ? std::string(r.label) + " (" + std::to_string(count) + ")" : std::string(r.label);
+}
+
+std::string_view label(SyncMethod method) { return row(method).label; }
+std::string_view description(SyncMethod method) { return row(method).description; }
+
+AudioMatch::AudioMatch(MediaAsset asset, double offset, double overlap)
+    : AudioMatch(UUID::random(), std::move(asset), offset, overlap) {}
+
+AudioMatch::AudioMatch(UUID identity, MediaAsset asset, double offset, double overlap)
+    : id(identity), audio(std::move(asset)), syncOffsetSeconds(offset), overlapDurationSeconds(overlap) {}
+
+SyncGroup::SyncGroup(MediaAsset asset, std::vector<AudioMatch> matches, MatchStatus status,
+                     std::optional<std::string> name)
+    : SyncGroup(UUID::random(), std::move(asset), std::move(matches), status, std::move(name)) {}
+
+SyncGroup::SyncGroup(UUID identity, MediaAsset asset, std::vector<AudioMatch> matches, MatchStatus status,
+                     std::optional<std::string> name)
+    : id(identity), video(std::move(asset)), audioMatches(std::move(matches)), matchStatus(status),
+      clipName(name ? std::move(*name) : video.filename) {}
+
+std::optional<double> SyncGroup::resolvedClapPointSeconds() const {
+    if (pictureClapAnchorSeconds) return pictureClapAnchorSeconds;
+    if (!audioAnchorOffsetInAudioSeconds) return std::nullopt;
+    const double base = audioMatches.empty() ? 0.0 : audioMatches.front().syncOffsetSeconds;
+    return base + manualAudioOffsetSeconds + *audioAnchorOffsetInAudioSeconds;
+}
+
+JSON toJSON(const MatchStatus& status) {
+    JSON payload = JSON::object();
+    if (row(status.kind).hasCount) payload.set("count", status.count);
+    return caseObject(row(status.kind).name, std::move(payload));
+}
+
+template <> MatchStatus fromJSON<MatchStatus>(const JSON& json) {
+    const auto& [name, payload] = singleCase(json);
+    for (const StatusRow& r : statusRows)
+        if (r.name == name) return {r.kind, r.hasCount ? required<int>(payload, "count") : 0};
+    throw DecodingError("unknown case \"" + name + "\"");
+}
+
+JSON toJSON(SyncMethod method) { return row(method).name; }
+
+template <> SyncMethod fromJSON<SyncMethod>(const JSON& json) {
+    const auto text = fromJSON<std::string>(json);
+    for (const SyncMethod method : allSyncMethods)
+        if (row(method).name == text) return method;
+    throw DecodingError("unknown case \"" + text + "\"");
+}
+
+JSON toJSON(const AudioMatch& match) {
+    JSON json;
+    json.set("id", toJSON(match.id));
+    json.set("audio", toJSON(match.audio));
+    json.set("syncOffsetSeconds", match.syncOffsetSeconds);
+    json.set("overlapDurationSeconds", match.overlapDurationSeconds);
+    return json;
+}
+
+template <> AudioMatch fromJSON<AudioMatch>(const JSON& json) {
+    return {required<UUID>(json, "id"), required<MediaAsset>(json, "audio"),
+            required<double>(json, "syncOffsetSeconds"), required<double>(json, "overlapDurationSeconds")};
+}
+
+JSON toJSON(const BlockOverride& blockOverride) {
+    JSON json;
+    json.set("id", toJSON(blockOverride.id));
+    json.set("startSeconds", blockOverride.startSeconds);
+    json.set("endSeconds", blockOverride.endSeconds);
+    json.set("trackIndex", blockOverride.trackIndex);
+    return json;
+}
+
+template <> BlockOverride fromJSON<BlockOverride>(const JSON& json) {
+    return {required<UUID>(json, "id"), required<double>(json, "startSeconds"),
+            required<double>(json, "endSeconds"), required<int>(json, "trackIndex")};
+}
+
+JSON toJSON(const SyncGroup& group) {
+    JSON json;
+    json.set("id", toJSON(group.id));
+    json.set("video", toJSON(group.video));
+    json.set("audioMatches", toJSONArray(group.audioMatches));
+    json.set("matchStatus", toJSON(group.matchStatus));
+    json.set("clipName", group.clipName);
+    if (group.aleMetadata) json.set("aleMetadata", toJSONMap(*group.aleMetadata));
+    if (group.lockitMetadata) json.set("lockitMetadata", toJSONMap(*group.lockitMetadata));
+    json.set("algorithmExcludedTracks", toJSONSet(group.algorithmExcludedTracks));
+    json.set("manualActiveTracks", toJSONSet(group.manualActiveTracks));
+    json.setIfPresent("tracksManuallyEdited", group.tracksManuallyEdited);
+    json.set("manualBlockOverrides", toJSONArray(group.manualBlockOverrides));
+    json.set("manualAudioOffsetSeconds", group.manualAudioOffsetSeconds);
+    json.setIfPresent("audioAnchorOffsetInAudioSeconds", group.audioAnchorOffsetInAudioSeconds);
+    json.set("isApproved", group.isApproved);
+    json.setIfPresent("pictureClapAnchorSeconds", group.pictureClapAnchorSeconds);
+    json.set("isLocked", group.isLocked);
+    json.setIfPresent("lockedAtAudioAnchor", group.lockedAtAudioAnchor);
+    json.setIfPresent("lockedAtPictureAnchor", group.lockedAtPictureAnchor);
+    json.setIfPresent("lockedAtManualOffset", group.lockedAtManualOffset);
+    json.set("syncMethod", toJSON(group.syncMethod));
+    json.set("generateNativeMOSClip", group.generateNativeMOSClip);
+    json.setIfPresent("nativeMOSNameSuffix", group.nativeMOSNameSuffix);
+    json.setIfPresent("generateProjectRateClipFlag", group.generateProjectRateClipFlag);
+    json.setIfPresent("projectRateNameSuffix", group.projectRateNameSuffix);
+    json.setIfPresent("manualClipName", group.manualClipName);
+    json.set("isPickup", group.isPickup);
+    json.set("isExcludedFromExport", group.isExcludedFromExport);
+    json.setIfPresent("isExcludedFromMulticamFlag", group.isExcludedFromMulticamFlag);
+    json.set("masterGainDB", group.masterGainDB);
+    json.setIfPresent("measuredLUFS", group.measuredLUFS);
+    json.set("masterGainAuto", group.masterGainAuto);
+    return json;
+}
+
+template <> SyncGroup fromJSON<SyncGroup>(const JSON& json) {
+    SyncGroup group(required<UUID>(json, "id"), required<MediaAsset>(json, "video"),
+                    requiredArray<AudioMatch>(json, "audioMatches"), required<MatchStatus>(json, "matchStatus"),
+                    required<std::string>(json, "clipName"));
+    group.aleMetadata = optionalMap(json, "aleMetadata");
+    group.lockitMetadata = optionalMap(json, "lockitMetadata");
+    group.algorithmExcludedTracks = requiredSet(json, "algorithmExcludedTracks");
+    group.manualActiveTracks = requiredSet(json, "manualActiveTracks");
+    group.tracksManuallyEdited = optional<bool>(json, "tracksManuallyEdited");
+    group.manualBlockOverrides = requiredArray<BlockOverride>(json, "manualBlockOverrides");
+    group.manualAudioOffsetSeconds = required<double>(json, "manualAudioOffsetSeconds");
+    group.audioAnchorOffsetInAudioSeconds = optional<double>(json, "audioAnchorOffsetInAudioSeconds");
+    group.isApproved = required<bool>(json, "isApproved");
+    group.pictureClapAnchorSeconds = optional<double>(json, "pictureClapAnchorSeconds");
+    group.isLocked = required<bool>(json, "isLocked");
+    group.lockedAtAudioAnchor = optional<double>(json, "lockedAtAudioAnchor");
+    group.lockedAtPictureAnchor = optional<double>(json, "lockedAtPictureAnchor");
+    group.lockedAtManualOffset = optional<double>(json, "lockedAtManualOffset");
+    group.syncMethod = required<SyncMethod>(json, "syncMethod");
+    group.generateNativeMOSClip = required<bool>(json, "generateNativeMOSClip");
+    group.nativeMOSNameSuffix = optional<std::string>(json, "nativeMOSNameSuffix");
+    group.generateProjectRateClipFlag = optional<bool>(json, "generateProjectRateClipFlag");
+    group.projectRateNameSuffix = optional<std::string>(json, "projectRateNameSuffix");
+    group.manualClipName = optional<std::string>(json, "manualClipName");
+    group.isPickup = required<bool>(json, "isPickup");
+    group.isExcludedFromExport = required<bool>(json, "isExcludedFromExport");
+    group.isExcludedFromMulticamFlag = optional<bool>(json, "isExcludedFromMulticamFlag");
+    group.masterGainDB = required<double>(json, "masterGainDB");
+    group.measuredLUFS = optional<double>(json, "measuredLUFS");
+    group.masterGainAuto = required<bool>(json, "masterGainAuto");
+    return group;
+}
+
+} // namespace orvane

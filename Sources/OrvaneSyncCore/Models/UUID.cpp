@@ -1,0 +1,70 @@
+#include "OrvaneSyncCore/Models/UUID.h"
+
+#include "Platform/Random.h"
+
+#include <cstring>
+#include <span>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::string_view digits = "0123456789ABCDEF";
+constexpr std::size_t textLength = 36;
+
+bool isDashPlace(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23; }
+
+int digitValue(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    return -1;
+}
+
+} // namespace
+
+UUID UUID::random() {
+    UUID id;
+    platform::secureRandom(std::as_writable_bytes(std::span(id.bytes)));
+    id.bytes[6] = static_cast<std::uint8_t>((id.bytes[6] & 0x0FU) | 0x40U); // version 4
+    id.bytes[8] = static_cast<std::uint8_t>((id.bytes[8] & 0x3FU) | 0x80U); // RFC 4122 variant
+    return id;
+}
+
+std::optional<UUID> UUID::fromText(std::string_view text) {
+    if (text.size() != textLength) return std::nullopt;
+    UUID id;
+    std::size_t digit = 0;
+    for (std::size_t i = 0; i < textLength; ++i) {
+        if (isDashPlace(i)) {
+            if (text[i] != '-') return std::nullopt;
+            continue;
+        }
+        const int value = digitValue(text[i]);
+        if (value < 0) return std::nullopt;
+        auto& byte = id.bytes[digit / 2];
+        byte = static_cast<std::uint8_t>((byte << 4U) | static_cast<unsigned>(value));
+        ++digit;
+    }
+    return id;
+}
+
+std::string UUID::text() const {
+    std::string result(textLength, '-');
+    std::size_t digit = 0;
+    for (std::size_t i = 0; i < textLength; ++i) {
+        if (isDashPlace(i)) continue;
+        const unsigned byte = bytes[digit / 2];
+        result[i] = digits[digit % 2 == 0 ? byte >> 4U : byte & 0x0FU];
+        ++digit;
+    }
+    return result;
+}
+
+} // namespace orvane
+
+std::size_t std::hash<orvane::UUID>::operator()(const orvane::UUID& id) const noexcept {
+    std::size_t value = 0; // the bytes are random already
+    std::memcpy(&value, id.bytes.data(), sizeof value);
+    return value;
+}

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvane::platform {
 
@@ -32,24 +33,38 @@ bool exists(const std::string& path);
 std::string readText(const std::string& path, std::uint64_t limitBytes = std::uint64_t{1} << 30U);
 
 /// Writes the whole file or nothing: a temporary file in the same folder, fsync, rename, fsync of the folder.
-/// An existing file keeps its permissions; a new one gets the process's defaults. Throws FileError; then the old
-/// file stands as it was and no temporary file is left.
+/// An existing file keeps its permissions; a new one gets the process's defaults. Where the path is a link,
+/// the file behind it is replaced and the link stays; what is no regular file (a terminal, a pipe) is written
+/// to directly. Throws FileError; then the old file stands as it was and no temporary file is left.
 void writeAtomically(const std::string& path, std::string_view contents);
 
-/// Makes the folder and the folders above it. Throws FileError.
-void createDirectories(const std::string& path);
+/// Makes the folder and the folders above it, each new one with these permissions (less the process's mask).
+/// Throws FileError.
+void createDirectories(const std::string& path, unsigned mode = 0777);
+/// A file or an empty folder. Throws FileError, also when nothing is there.
 void remove(const std::string& path);
+/// A file or a folder with everything in it; links are not followed. Throws FileError.
+void removeTree(const std::string& path);
+/// Within one file system; replaces a file that has the new name. Throws FileError.
+void rename(const std::string& from, const std::string& to);
 
 enum class WalkEntry { file, directory };
-/// Visits every entry below the folder, to any depth, in the order of the file system. Hidden entries (names that
-/// begin with a dot) are passed over with everything below them. Symbolic links are followed for files; a folder
-/// that was already visited is not entered again, so that a loop of links ends. `descend` is asked about each
-/// folder. A folder that cannot be read is passed over.
-/// Returns false when the top folder itself cannot be opened.
-bool walk(const std::string& folder, const std::function<void(const std::string& path, WalkEntry kind)>& visit,
-          const std::function<bool(const std::string& path)>& descend);
+enum class Hidden { skip, include };
+/// Visits every file and folder below the folder, to any depth, each folder's entries in the order of the
+/// file system. Hidden entries (names that begin with a dot) are passed over with everything below them. A
+/// link to a file is a file; a link to a folder is visited as a folder but not entered, so that a loop of
+/// links ends; links that lead nowhere, devices, pipes and sockets are passed over. `descend` is asked about
+/// each folder that can be entered. A folder below that cannot be read is passed over. Returns false when the
+/// top folder itself cannot be opened.
+bool walk(const std::string& folder,
+          const std::function<void(const std::string& path, WalkEntry kind)>& visit,
+          const std::function<bool(const std::string& path)>& descend, Hidden hidden = Hidden::skip);
 
-/// Absolute, without "." and "..", links in its folders resolved where they exist.
+/// The names of all entries of one folder, hidden ones too, in no order. Nothing when it cannot be opened.
+std::optional<std::vector<std::string>> childNames(const std::string& folder);
+
+/// Absolute, without "." and "..", links among its folders resolved where they exist; a link that is the last
+/// component stays. Never fails: what is not there is kept as it is written.
 std::string standardized(const std::string& path);
 
 /// The XDG base directories with their defaults, without this application's own folder.

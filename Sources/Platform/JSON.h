@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
@@ -11,7 +12,7 @@
 
 namespace orvane::platform {
 
-/// A text that is no JSON. The description says what is wrong and where.
+/// A text that is no JSON. The description says what is wrong.
 class JSONError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
@@ -31,6 +32,7 @@ class JSON {
     JSON(std::nullptr_t) {}
     JSON(bool value) : value_(value) {}
     JSON(int value) : value_(static_cast<std::int64_t>(value)) {}
+    JSON(unsigned value) : value_(static_cast<std::int64_t>(value)) {}
     JSON(std::int64_t value) : value_(value) {}
     JSON(std::uint64_t value) : value_(value) {}
     /// NaN and infinities have no JSON form and are written as null.
@@ -44,11 +46,12 @@ class JSON {
     static JSON object() { return JSON(Object{}); }
     static JSON array() { return JSON(Array{}); }
 
-    /// The whole text must be one value. Throws JSONError; nesting deeper than 512 is an error.
+    /// The whole text must be one value. A key that occurs twice keeps its last value. Throws JSONError: also
+    /// for nesting deeper than 512, text that is not UTF-8, and numbers beyond 64-bit integers and doubles.
     static JSON parse(std::string_view text);
 
-    /// UTF-8, keys sorted; bytes that are not UTF-8 become U+FFFD. Doubles print in their shortest form that
-    /// reads back equal.
+    /// UTF-8, keys sorted by bytes; bytes that are not UTF-8 become U+FFFD. Doubles print in their shortest
+    /// form that reads back equal, with ".0" where they are whole, so that they come back as doubles.
     std::string dump(Layout layout = Layout::compact) const;
 
     bool isNull() const { return std::holds_alternative<std::monostate>(value_); }
@@ -73,17 +76,22 @@ class JSON {
     /// Sets a member; a null value becomes an empty object first. Any other kind is a programmer's error.
     void set(std::string_view key, JSON value);
     /// Sets a member only if there is a value: an absent optional is left out.
-    template <class T> void setIfPresent(std::string_view key, const std::optional<T>& value) {
+    template <class T>
+    void setIfPresent(std::string_view key, const std::optional<T>& value) {
         if (value) set(key, JSON(*value));
     }
     void remove(std::string_view key);
     /// Appends to an array; a null value becomes an empty array first.
     void append(JSON value);
 
+    /// Numbers are equal by value whatever their kind; members of objects in any order.
     bool operator==(const JSON& other) const;
 
   private:
-    std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, std::string, Array, Object> value_;
+    void write(std::string& out, Layout layout, std::size_t depth) const;
+
+    std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, std::string, Array, Object>
+        value_;
 };
 
 } // namespace orvane::platform

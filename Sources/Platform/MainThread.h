@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <memory>
 
@@ -24,8 +25,8 @@ class Timer {
     virtual void cancel() = 0;
 };
 
-/// The one thread that owns controllers, observable state and timers. Under the command line it is a plain run
-/// loop, under a desktop shell the shell's own.
+/// The one thread that owns controllers, observable state and timers. Under the command line it is a plain
+/// run loop, under a desktop shell the shell's own.
 class MainThread {
   public:
     virtual ~MainThread() = default;
@@ -39,28 +40,34 @@ class MainThread {
 /// A plain run loop on the thread that calls `run`.
 class RunLoop : public MainThread {
   public:
-    /// Serves posted work until `quit`.
+    /// Serves posted work until `quit`; an exception of the work passes through, and the rest waits for the
+    /// next run.
     virtual void run() = 0;
-    /// From any thread.
+    /// Ends the run after the piece of work that runs now; the next one, when none runs. From any thread.
     virtual void quit() = 0;
+    /// Belongs to the thread that makes it until another calls `run`.
     static std::shared_ptr<RunLoop> create();
 };
 
-/// Runs one operation at a time, in order, off the thread that posts. Destroying it waits for what was posted.
+/// Runs one operation at a time, in order, off the thread that posts. Destroying it waits for what was
+/// posted.
 class SerialQueue {
   public:
     virtual ~SerialQueue() = default;
+    /// The work must not throw.
     virtual void post(std::function<void()> work) = 0;
-    /// Runs the work and waits for it. Never from the queue itself.
+    /// Runs the work and waits for it; its exception passes through. Never from the queue itself.
     virtual void sync(const std::function<void()>& work) = 0;
-    /// Runs the work on the queue once the delay has passed; at destruction it runs at once instead, so that nothing
-    /// that was promised is lost.
+    /// Runs the work on the queue once the delay has passed; at destruction it runs at once instead, so that
+    /// nothing that was promised is lost.
     virtual void after(std::chrono::nanoseconds delay, std::function<void()> work) = 0;
     static std::unique_ptr<SerialQueue> create(const char* label);
 };
 
-/// Runs `work(i)` for every i below `count` on up to `concurrency` threads of a shared pool and returns when all have
-/// ended. Indices are started in ascending order.
+/// Runs `work(i)` for every i below `count` on up to `concurrency` threads, the caller's and those of a
+/// shared pool (four for each processor), and returns when all have ended. Indices are started in ascending
+/// order. After an exception no further index is started, and the first exception passes through. May be
+/// called from within its own work.
 void concurrently(std::size_t count, std::size_t concurrency, const std::function<void(std::size_t)>& work);
 
 } // namespace orvane::platform

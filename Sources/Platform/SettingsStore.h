@@ -17,46 +17,51 @@ namespace orvane::platform {
 /// Holds a subscription; the callback is gone when this is.
 using Subscription = std::shared_ptr<void>;
 
-/// A flat map from dotted keys to booleans, numbers, texts, lists and maps. Reading and writing from any thread.
-/// A value comes from the first of these that has the key: the overrides of this run, the stored values, the
-/// registered defaults.
+/// A flat map from dotted keys to booleans, numbers, texts, lists and maps. Reading and writing from any
+/// thread. A value comes from the first of these that has the key: the overrides of this run, the stored
+/// values, the registered defaults.
 class SettingsStore {
   public:
+    using Values = std::map<std::string, JSON, std::less<>>;
+
     virtual ~SettingsStore() = default;
 
     std::optional<JSON> value(std::string_view key) const;
-    /// The stored value (or this run's override) alone, without registered defaults.
+    /// The stored value alone, without this run's overrides and registered defaults.
     std::optional<JSON> storedValue(std::string_view key) const;
 
-    /// Each gives the default when the key is absent or holds another kind. A boolean also reads from the numbers 0
-    /// and 1 and the texts "true"/"yes"/"1" and "false"/"no"/"0"; a number also from a text that is one.
+    /// Each gives the default when the key is absent or holds another kind. A boolean also reads from the
+    /// numbers 0 and 1 and the texts "true"/"yes"/"1" and "false"/"no"/"0"; a number also from a text that is
+    /// one.
     bool boolean(std::string_view key, bool defaultValue = false) const;
     std::int64_t integer(std::string_view key, std::int64_t defaultValue = 0) const;
     double number(std::string_view key, double defaultValue = 0) const;
     std::string text(std::string_view key, std::string_view defaultValue = {}) const;
     std::optional<std::string> textIfPresent(std::string_view key) const;
 
-    /// Throws FileError when the store cannot be written; the old file stands.
+    /// A null value removes the key. Throws FileError when the store cannot be written; the old file stands.
     void set(std::string_view key, JSON value);
     void remove(std::string_view key);
 
     /// Values that hold when nothing is stored. Never written to the store.
-    void registerDefaults(std::map<std::string, JSON, std::less<>> defaults);
+    void registerDefaults(Values defaults);
     /// Values for this process alone, above the stored ones. Never written to the store.
     void setOverride(std::string_view key, JSON value);
 
-    /// Calls back after every change, on the thread that made it, outside the store's lock.
+    /// Calls back after every change, on the thread that made it, outside the store's lock. Also for keys
+    /// that another process changed, once a write here has seen them. Setting the value that a key has is no
+    /// change.
     Subscription onChange(std::function<void(const std::string& key)> callback);
 
   protected:
-    using Values = std::map<std::string, JSON, std::less<>>;
-    /// Changes one stored value durably (absent removes it) and returns all stored values as they then are, so that
-    /// another process's changes are seen. Called under the lock.
+    /// Changes one stored value durably (absent removes it) and returns all stored values as they then are,
+    /// so that another process's changes are seen. Called under the lock.
     virtual Values persist(const std::string& key, const std::optional<JSON>& value) = 0;
     void adopt(Values stored);
 
   private:
     void change(const std::string& key, const std::optional<JSON>& value);
+    void notify(const std::vector<std::string>& keys);
 
     mutable std::mutex mutex_;
     Values stored_;
@@ -65,22 +70,33 @@ class SettingsStore {
     std::vector<std::weak_ptr<std::function<void(const std::string&)>>> listeners_;
 };
 
-/// The settings of the user account: one JSON file, written atomically, safe with two processes (a lock file beside
-/// it; every write reads the file again first). A file that is no JSON object is kept beside the new one, as
-/// "<name>.unreadable", at the first write, and `problem` says so.
+/// What the bytes of a settings file mean. With a problem (they are no JSON object) there are no values; null
+/// values count as absent.
+struct SettingsFile {
+    SettingsStore::Values values;
+    std::optional<std::string> problem;
+};
+SettingsFile parseSettings(std::string_view contents);
+
+/// The settings of the user account: one JSON file, written atomically, safe with two processes (a lock file
+/// beside it; every write reads the file again first). A file that is no JSON object is kept beside the new
+/// one, as
+/// "<name>.unreadable" (with a number when there is one already), at the first write, and `problem` says so.
+/// A file that may not be read is never replaced: then writing throws.
 class FileSettingsStore final : public SettingsStore {
   public:
     explicit FileSettingsStore(std::string path);
-    /// What is wrong with the file, for people; absent when it was read or is not there.
+    /// What is wrong with the file, for people; absent when it was read or is not there. Any thread.
     std::optional<std::string> problem() const;
 
   protected:
     Values persist(const std::string& key, const std::optional<JSON>& value) override;
 
   private:
-    Values load();
+    SettingsFile load() const;
 
     std::string path_;
+    mutable std::mutex problemMutex_;
     std::optional<std::string> problem_;
 };
 

@@ -1,0 +1,121 @@
+#include "Platform/Files.h"
+#include "Platform/SettingsStore.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+namespace orvane::platform {
+
+namespace {
+
+constexpr std::uint64_t largestSettingsFile = std::uint64_t{64} << 20U; // bytes
+constexpr int mostKeptFiles = 100;
+
+std::string folderOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "." : path.substr(0, std::max<std::size_t>(slash, 1));
+}
+
+/// Holds the lock file beside the settings. The file stays: removing it would let two processes hold two
+/// locks.
+class FileLock {
+  public:
+    explicit FileLock(const std::string& path)
+        : file_(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
+        int result = file_;
+        if (file_ >= 0) do
+                result = ::flock(file_, LOCK_EX);
+            while (result != 0 && errno == EINTR);
+        if (result >= 0) return;
+        const int reason = errno;
+        if (file_ >= 0) ::close(file_);
+        throw FileError("can't lock " + path + ": " + std::generic_category().message(reason));
+    }
+    ~FileLock() { ::close(file_); }
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+  private:
+    int file_;
+};
+
+/// Where a file that can't be understood is kept: the first such name that is free.
+std::string nameToKeep(const std::string& path) {
+    const std::string first = path + ".unreadable";
+    std::string name = first;
+    for (int i = 2; i <= mostKeptFiles && files::exists(name); ++i) name = first + "-" + std::to_string(i);
+    return name;
+}
+
+} // namespace
+
+SettingsFile parseSettings(std::string_view contents) {
+    SettingsFile result;
+    try {
+        JSON json = JSON::parse(contents);
+        if (JSON::Object* members = json.members()) {
+            for (auto& [key, value] : *members)
+                if (!value.isNull()) result.values.insert_or_assign(std::move(key), std::move(value));
+            return result;
+        }
+        result.problem = "it holds no JSON object";
+    } catch (const JSONError& error) {
+        result.problem = error.what();
+    }
+    return result;
+}
+
+FileSettingsStore::FileSettingsStore(std::string path) : path_(std::move(path)) {
+    try {
+        SettingsFile file = load();
+        if (file.problem) problem_ = "the settings file " + path_ + " can't be understood: " + *file.problem;
+        adopt(std::move(file.values));
+    } catch (const FileError& error) {
+        problem_ = error.what();
+    }
+}
+
+std::optional<std::string> FileSettingsStore::problem() const {
+    const std::lock_guard lock(problemMutex_);
+    return problem_;
+}
+
+SettingsFile FileSettingsStore::load() const {
+    if (!files::exists(path_)) return {};
+    return parseSettings(files::readText(path_, largestSettingsFile));
+}
+
+SettingsStore::Values FileSettingsStore::persist(const std::string& key, const std::optional<JSON>& value) {
+    constexpr unsigned ownerOnly = 0700; // as the base directory rules want it
+    if (!files::exists(folderOf(path_))) files::createDirectories(folderOf(path_), ownerOnly);
+    const FileLock lock(path_ + ".lock");
+
+    SettingsFile file = load();
+    Values& values = file.values;
+    const auto held = values.find(key);
+    const bool isThereAlready = value ? held != values.end() && held->second == *value : held == values.end();
+    if (isThereAlready) return values;
+
+    if (value)
+        values.insert_or_assign(key, *value);
+    else
+        values.erase(key);
+    JSON::Object members(values.begin(), values.end());
+    const std::string contents = JSON(std::move(members)).dump(JSON::Layout::pretty) + "\n";
+    if (file.problem) {
+        const std::string kept = nameToKeep(path_);
+        files::rename(path_, kept);
+        const std::lock_guard guard(problemMutex_);
+        problem_ =
+            "the settings file could not be understood (" + *file.problem + ") and was kept as " + kept;
+    }
+    files::writeAtomically(path_, contents);
+    return values;
+}
+
+} // namespace orvane::platform

@@ -1,0 +1,89 @@
+#include "Platform/Files.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <memory>
+#include <set>
+#include <utility>
+#include <vector>
+
+namespace orvane::platform::files {
+
+namespace {
+
+struct CloseDirectory {
+    void operator()(DIR* directory) const { ::closedir(directory); }
+};
+using Directory = std::unique_ptr<DIR, CloseDirectory>;
+
+enum class Kind { file, folder, linkedFolder, other };
+
+Kind kindOf(DIR* directory, const dirent& entry) {
+    if (entry.d_type == DT_REG) return Kind::file;
+    if (entry.d_type == DT_DIR) return Kind::folder;
+    // Some file systems don't tell, and what a link is depends on where it leads.
+    if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_LNK) return Kind::other;
+    const int parent = ::dirfd(directory);
+    struct stat status {};
+    if (::fstatat(parent, entry.d_name, &status, 0) != 0) return Kind::other;
+    if (S_ISREG(status.st_mode)) return Kind::file;
+    if (!S_ISDIR(status.st_mode)) return Kind::other;
+    if (::fstatat(parent, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode))
+        return Kind::linkedFolder;
+    return Kind::folder;
+}
+
+bool isItselfOrParent(std::string_view name) { return name == "." || name == ".."; }
+
+std::string below(const std::string& folder, const char* name) {
+    return folder.ends_with('/') ? folder + name : folder + "/" + name;
+}
+
+} // namespace
+
+bool walk(const std::string& folder, const std::function<void(const std::string&, WalkEntry)>& visit,
+          const std::function<bool(const std::string&)>& descend, Hidden hidden) {
+    std::set<std::pair<dev_t, ino_t>> entered;
+    std::vector<std::string> pending{folder};
+    bool isTop = true;
+    while (!pending.empty()) {
+        const std::string path = std::move(pending.back());
+        pending.pop_back();
+        const Directory directory(::opendir(path.c_str()));
+        if (!directory) {
+            if (isTop) return false;
+            continue;
+        }
+        isTop = false;
+        struct stat status {};
+        if (::fstat(::dirfd(directory.get()), &status) != 0) continue;
+        if (!entered.emplace(status.st_dev, status.st_ino).second) continue;
+
+        const auto firstNew = static_cast<std::ptrdiff_t>(pending.size());
+        while (const dirent* entry = ::readdir(directory.get())) {
+            const std::string_view name = entry->d_name;
+            if (isItselfOrParent(name) || (hidden == Hidden::skip && name.starts_with('.'))) continue;
+            const Kind kind = kindOf(directory.get(), *entry);
+            if (kind == Kind::other) continue;
+            std::string entryPath = below(path, entry->d_name);
+            visit(entryPath, kind == Kind::file ? WalkEntry::file : WalkEntry::directory);
+            if (kind == Kind::folder && descend(entryPath)) pending.push_back(std::move(entryPath));
+        }
+        std::reverse(pending.begin() + firstNew, pending.end());
+    }
+    return true;
+}
+
+std::optional<std::vector<std::string>> childNames(const std::string& folder) {
+    const Directory directory(::opendir(folder.c_str()));
+    if (!directory) return std::nullopt;
+    std::vector<std::string> names;
+    while (const dirent* entry = ::readdir(directory.get()))
+        if (!isItselfOrParent(entry->d_name)) names.emplace_back(entry->d_name);
+    return names;
+}
+
+} // namespace orvane::platform::files

@@ -1,0 +1,261 @@
+#include "Platform/Files.h"
+#include "Platform/Text.h"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+#include <utility>
+
+namespace orvane::platform::files {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr double referenceDateUnixSeconds = 978307200.0; // 1 January 2001 00:00 UTC
+constexpr int mostLinks = 40;                            // as many as the kernel follows
+
+[[noreturn]] void fail(const char* deed, const std::string& path, int reason) {
+    throw FileError(std::string(deed) + " " + text::validUTF8(path) + ": " +
+                    std::generic_category().message(reason));
+}
+
+class Descriptor {
+  public:
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor() {
+        if (number_ >= 0) ::close(number_);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int get() const { return number_; }
+    bool isOpen() const { return number_ >= 0; }
+    /// False with errno when the system reports a late write error.
+    bool close() { return ::close(std::exchange(number_, -1)) == 0; }
+
+  private:
+    int number_;
+};
+
+bool writeAll(const Descriptor& file, std::string_view contents) {
+    while (!contents.empty()) {
+        const ssize_t count = ::write(file.get(), contents.data(), contents.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return false;
+        contents.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+std::string folderOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+/// The file that a write to `path` must replace: a link is followed to where it leads, also when nothing is
+/// there.
+std::string behindLinks(std::string path) {
+    std::array<char, PATH_MAX> target;
+    for (int i = 0; i < mostLinks; ++i) {
+        const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
+        if (length < 0 || static_cast<std::size_t>(length) == target.size()) break;
+        const std::string next(target.data(), static_cast<std::size_t>(length));
+        path = next.starts_with('/') ? next : folderOf(path) + "/" + next;
+    }
+    return path;
+}
+
+/// A name in the same folder that no other process or thread uses.
+std::string temporaryName(const std::string& path) {
+    static std::atomic<unsigned> counter = 0;
+    return folderOf(path) + "/.orvane-" + std::to_string(::getpid()) + "-" + std::to_string(counter++) +
+           ".tmp";
+}
+
+/// Takes a new file away again unless it was put in its place.
+struct Discard {
+    const std::string& path;
+    bool armed = true;
+    ~Discard() {
+        if (armed) ::unlink(path.c_str());
+    }
+};
+
+void syncFolder(const std::string& folder) {
+    // The file is in its place already; a file system that can't sync a folder is no reason to say otherwise.
+    const Descriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (directory.isOpen()) ::fsync(directory.get());
+}
+
+void copyOwnership(const Descriptor& to, const struct stat& from) {
+    // Only root may give files away; for everybody else the new file is theirs.
+    if (::fchown(to.get(), from.st_uid, from.st_gid) != 0 &&
+        ::fchown(to.get(), static_cast<uid_t>(-1), from.st_gid) != 0)
+        errno = 0;
+}
+
+void writeInto(const std::string& path, std::string_view contents) {
+    Descriptor device(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
+    if (!device.isOpen() || !writeAll(device, contents) || !device.close()) fail("can't write", path, errno);
+}
+
+std::string environment(const char* name) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? std::string() : std::string(value);
+}
+
+std::string homeDirectory() {
+    if (std::string home = environment("HOME"); home.starts_with('/')) return home;
+    std::array<char, 4096> buffer;
+    struct passwd entry {};
+    struct passwd* found = nullptr;
+    if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr &&
+        found->pw_dir != nullptr && *found->pw_dir == '/')
+        return found->pw_dir;
+    return temporaryDirectory();
+}
+
+/// The base directory rules: a variable that holds no absolute path counts as not set.
+std::string baseDirectory(const char* variable, const char* belowHome) {
+    if (std::string path = environment(variable); path.starts_with('/')) return path;
+    return homeDirectory() + belowHome;
+}
+
+} // namespace
+
+std::optional<FileAttributes> attributes(const std::string& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) return std::nullopt;
+    FileAttributes result;
+    result.size = status.st_size;
+    result.modificationSinceReference = static_cast<double>(status.st_mtim.tv_sec) -
+                                        referenceDateUnixSeconds +
+                                        static_cast<double>(status.st_mtim.tv_nsec) * 1e-9;
+    result.isRegularFile = S_ISREG(status.st_mode);
+    result.isDirectory = S_ISDIR(status.st_mode);
+    return result;
+}
+
+bool exists(const std::string& path) { return attributes(path).has_value(); }
+
+std::string readText(const std::string& path, std::uint64_t limitBytes) {
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.isOpen()) fail("can't read", path, errno);
+    struct stat status {};
+    if (::fstat(file.get(), &status) != 0) fail("can't read", path, errno);
+    const auto claimed = static_cast<std::uint64_t>(status.st_size);
+    if (S_ISREG(status.st_mode) && claimed > limitBytes) fail("can't read", path, EFBIG);
+
+    // One byte more than a regular file has, so that its end shows without a second buffer.
+    constexpr std::size_t step = std::size_t{1} << 16U;
+    std::string contents(S_ISREG(status.st_mode) ? static_cast<std::size_t>(claimed) + 1 : step, '\0');
+    std::size_t used = 0;
+    for (;;) {
+        const ssize_t count = ::read(file.get(), contents.data() + used, contents.size() - used);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) fail("can't read", path, errno);
+        if (count == 0) break;
+        used += static_cast<std::size_t>(count);
+        if (used > limitBytes) fail("can't read", path, EFBIG);
+        if (used == contents.size()) contents.resize(used + step);
+    }
+    contents.resize(used);
+    return contents;
+}
+
+void writeAtomically(const std::string& path, std::string_view contents) {
+    struct stat old {};
+    const bool replaces = ::stat(path.c_str(), &old) == 0;
+    // A terminal, a pipe or /dev/null is written to; replacing it would break it for everybody.
+    if (replaces && !S_ISREG(old.st_mode) && !S_ISDIR(old.st_mode)) return writeInto(path, contents);
+
+    const std::string target = behindLinks(path);
+    const std::string temporary = temporaryName(target);
+    Descriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!file.isOpen()) fail("can't write", path, errno);
+    Discard discard{temporary};
+    if (replaces) {
+        if (old.st_uid != ::geteuid() || old.st_gid != ::getegid()) copyOwnership(file, old);
+        if (::fchmod(file.get(), old.st_mode & 07777U) != 0) fail("can't write", path, errno);
+    }
+    if (!writeAll(file, contents) || ::fsync(file.get()) != 0 || !file.close())
+        fail("can't write", path, errno);
+    if (::rename(temporary.c_str(), target.c_str()) != 0) fail("can't write", path, errno);
+    discard.armed = false;
+    syncFolder(folderOf(target));
+}
+
+void createDirectories(const std::string& path, unsigned mode) {
+    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+        const std::string folder = path.substr(0, end);
+        if (::mkdir(folder.c_str(), static_cast<mode_t>(mode)) != 0) {
+            const int reason = errno;
+            const auto there = attributes(folder);
+            if (!there || !there->isDirectory)
+                fail("can't make the folder", folder, there ? ENOTDIR : reason);
+        }
+        if (end == std::string::npos) return;
+    }
+}
+
+void remove(const std::string& path) {
+    if (::remove(path.c_str()) != 0) fail("can't remove", path, errno);
+}
+
+void removeTree(const std::string& path) {
+    std::error_code error;
+    fs::remove_all(path, error);
+    if (error) fail("can't remove", path, error.value());
+}
+
+void rename(const std::string& from, const std::string& to) {
+    if (::rename(from.c_str(), to.c_str()) != 0) fail("can't rename", from, errno);
+}
+
+std::string standardized(const std::string& path) {
+    std::error_code error;
+    fs::path absolute = fs::absolute(path.empty() ? "." : path, error);
+    if (error) return path;
+    while (!absolute.has_filename() && absolute.has_relative_path()) absolute = absolute.parent_path();
+
+    const fs::path name = absolute.filename();
+    const bool wholePathIsFolder = name.empty() || name == "." || name == "..";
+    const fs::path folder = wholePathIsFolder ? absolute : absolute.parent_path();
+    fs::path resolved;
+    if (const std::unique_ptr<char, decltype(&std::free)> real(::realpath(folder.c_str(), nullptr),
+                                                               &std::free);
+        real)
+        resolved = real.get();
+    else
+        resolved = fs::weakly_canonical(folder, error);
+    if (error || resolved.empty()) resolved = folder.lexically_normal();
+    fs::path result = wholePathIsFolder ? resolved : resolved / name;
+    if (!result.has_filename() && result.has_relative_path()) result = result.parent_path();
+    return result.string();
+}
+
+std::string dataHome() { return baseDirectory("XDG_DATA_HOME", "/.local/share"); }
+
+std::string configHome() { return baseDirectory("XDG_CONFIG_HOME", "/.config"); }
+
+std::string cacheHome() { return baseDirectory("XDG_CACHE_HOME", "/.cache"); }
+
+std::string temporaryDirectory() {
+    if (std::string path = environment("TMPDIR"); path.starts_with('/')) return path;
+    return "/tmp";
+}
+
+} // namespace orvane::platform::files

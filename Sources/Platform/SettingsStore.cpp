@@ -1,0 +1,158 @@
+#include "Platform/SettingsStore.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <set>
+
+namespace orvane::platform {
+
+namespace {
+
+template <class Number>
+std::optional<Number> numberIn(std::string_view text) {
+    text = text::trimmed(text);
+    Number value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
+std::optional<bool> asBoolean(const JSON& value) {
+    if (const auto flag = value.boolean()) return flag;
+    if (const auto number = value.number()) {
+        if (*number == 0) return false;
+        if (*number == 1) return true;
+    }
+    if (const std::string* written = value.string()) {
+        const std::string word = text::lowercased(*written);
+        if (word == "true" || word == "yes" || word == "1") return true;
+        if (word == "false" || word == "no" || word == "0") return false;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::int64_t> asInteger(const JSON& value) {
+    if (const std::string* written = value.string()) return numberIn<std::int64_t>(*written);
+    return value.integer();
+}
+
+std::optional<double> asNumber(const JSON& value) {
+    const std::string* written = value.string();
+    const auto number = written ? numberIn<double>(*written) : value.number();
+    return number && std::isfinite(*number) ? number : std::nullopt;
+}
+
+} // namespace
+
+std::optional<JSON> SettingsStore::value(std::string_view key) const {
+    const std::lock_guard lock(mutex_);
+    for (const Values* values : {&overrides_, &stored_, &registered_})
+        if (const auto found = values->find(key); found != values->end()) return found->second;
+    return std::nullopt;
+}
+
+std::optional<JSON> SettingsStore::storedValue(std::string_view key) const {
+    const std::lock_guard lock(mutex_);
+    const auto found = stored_.find(key);
+    return found == stored_.end() ? std::nullopt : std::optional(found->second);
+}
+
+bool SettingsStore::boolean(std::string_view key, bool defaultValue) const {
+    const auto held = value(key);
+    return held ? asBoolean(*held).value_or(defaultValue) : defaultValue;
+}
+
+std::int64_t SettingsStore::integer(std::string_view key, std::int64_t defaultValue) const {
+    const auto held = value(key);
+    return held ? asInteger(*held).value_or(defaultValue) : defaultValue;
+}
+
+double SettingsStore::number(std::string_view key, double defaultValue) const {
+    const auto held = value(key);
+    return held ? asNumber(*held).value_or(defaultValue) : defaultValue;
+}
+
+std::string SettingsStore::text(std::string_view key, std::string_view defaultValue) const {
+    return textIfPresent(key).value_or(std::string(defaultValue));
+}
+
+std::optional<std::string> SettingsStore::textIfPresent(std::string_view key) const {
+    const auto held = value(key);
+    const std::string* written = held ? held->string() : nullptr;
+    return written ? std::optional(*written) : std::nullopt;
+}
+
+void SettingsStore::set(std::string_view key, JSON value) {
+    if (value.isNull())
+        change(std::string(key), std::nullopt);
+    else
+        change(std::string(key), std::move(value));
+}
+
+void SettingsStore::remove(std::string_view key) { change(std::string(key), std::nullopt); }
+
+void SettingsStore::registerDefaults(Values defaults) {
+    const std::lock_guard lock(mutex_);
+    for (auto& [key, value] : defaults) registered_.insert_or_assign(key, std::move(value));
+}
+
+void SettingsStore::setOverride(std::string_view key, JSON value) {
+    {
+        const std::lock_guard lock(mutex_);
+        overrides_.insert_or_assign(std::string(key), std::move(value));
+    }
+    notify({std::string(key)});
+}
+
+Subscription SettingsStore::onChange(std::function<void(const std::string& key)> callback) {
+    auto listener = std::make_shared<std::function<void(const std::string&)>>(std::move(callback));
+    const std::lock_guard lock(mutex_);
+    listeners_.push_back(listener);
+    return listener;
+}
+
+void SettingsStore::adopt(Values stored) {
+    const std::lock_guard lock(mutex_);
+    stored_ = std::move(stored);
+}
+
+void SettingsStore::change(const std::string& key, const std::optional<JSON>& value) {
+    // What another process changed meanwhile comes in with the write, and is told of as well.
+    std::vector<std::string> changed;
+    {
+        const std::lock_guard lock(mutex_);
+        Values now = persist(key, value);
+        for (const auto& [name, held] : now)
+            if (const auto before = stored_.find(name); before == stored_.end() || before->second != held)
+                changed.push_back(name);
+        for (const auto& [name, held] : stored_)
+            if (!now.contains(name)) changed.push_back(name);
+        stored_ = std::move(now);
+    }
+    notify(changed);
+}
+
+void SettingsStore::notify(const std::vector<std::string>& keys) {
+    if (keys.empty()) return;
+    std::vector<std::shared_ptr<std::function<void(const std::string&)>>> listeners;
+    {
+        const std::lock_guard lock(mutex_);
+        std::erase_if(listeners_, [](const auto& listener) { return listener.expired(); });
+        for (const auto& listener : listeners_)
+            if (auto alive = listener.lock()) listeners.push_back(std::move(alive));
+    }
+    for (const std::string& key : keys)
+        for (const auto& listener : listeners) (*listener)(key);
+}
+
+SettingsStore::Values MemorySettingsStore::persist(const std::string& key, const std::optional<JSON>& value) {
+    if (value)
+        values_.insert_or_assign(key, *value);
+    else
+        values_.erase(key);
+    return values_;
+}
+
+} // namespace orvane::platform

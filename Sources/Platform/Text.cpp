@@ -1,0 +1,181 @@
+#include "Platform/Text.h"
+
+#include <simdjson.h>
+#include <unicode/bytestream.h>
+#include <unicode/casemap.h>
+#include <unicode/coll.h>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+
+namespace orvane::platform::text {
+
+namespace {
+
+constexpr std::string_view replacement = "\xEF\xBF\xBD"; // U+FFFD
+
+/// ICU counts in 32 bits. Longer texts than this are cut where they are only compared or mapped.
+constexpr std::size_t longestText = std::size_t{1} << 29U;
+
+icu::StringPiece piece(std::string_view text) {
+    return {text.data(), static_cast<std::int32_t>(std::min(text.size(), longestText))};
+}
+
+// The macros of ICU's UTF-8 decoder convert without saying so.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wconversion"
+#pragma GCC diagnostic ignored "-Wold-style-cast"
+
+/// The character at `at`, which moves behind it; negative for bytes that are no UTF-8.
+UChar32 nextCharacter(std::string_view text, std::size_t& at) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    UChar32 character = 0;
+    U8_NEXT(bytes, at, text.size(), character);
+    return character;
+}
+
+/// The last character of the first `end` bytes, and `end` moves before it.
+UChar32 previousCharacter(std::string_view text, std::int32_t& end) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    UChar32 character = 0;
+    U8_PREV(bytes, 0, end, character);
+    return character;
+}
+
+#pragma GCC diagnostic pop
+
+/// The locale by which the user sorts, as ICU names it; the root locale for "C", "POSIX" or nothing.
+icu::Locale collationLocale() {
+    for (const char* variable : {"LC_ALL", "LC_COLLATE", "LANG"}) {
+        const char* value = std::getenv(variable);
+        if (value == nullptr || *value == '\0') continue;
+        std::string name(value);
+        name.resize(std::min(name.find_first_of(".@"), name.size()));
+        if (name == "C" || name == "POSIX") break;
+        return icu::Locale::createFromName(name.c_str());
+    }
+    return icu::Locale::getRoot();
+}
+
+std::unique_ptr<const icu::Collator> makeCollator() {
+    for (const icu::Locale& locale : {collationLocale(), icu::Locale::getRoot()}) {
+        UErrorCode status = U_ZERO_ERROR;
+        std::unique_ptr<icu::Collator> collator(icu::Collator::createInstance(locale, status));
+        if (U_FAILURE(status) || !collator) continue;
+        collator->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
+        return collator;
+    }
+    return nullptr;
+}
+
+/// Opened at the first comparison: ICU's data costs milliseconds that a short run need not pay. Const
+/// afterwards, so that threads share it. Null without ICU's data; then texts are ordered by their bytes.
+const icu::Collator* collator() {
+    static const std::unique_ptr<const icu::Collator> shared = makeCollator();
+    return shared.get();
+}
+
+bool isASCII(std::string_view text) {
+    return std::ranges::none_of(text, [](char c) { return (static_cast<unsigned char>(c) & 0x80U) != 0; });
+}
+
+/// Moves the bytes between `first` and `last` to the other case.
+std::string mappedASCII(std::string_view text, char first, char last) {
+    std::string result(text);
+    for (char& c : result)
+        if (c >= first && c <= last) c = static_cast<char>(c ^ 0x20);
+    return result;
+}
+
+template <class Mapping>
+std::string mapped(std::string_view text, Mapping mapping) {
+    const std::string valid = validUTF8(text);
+    std::string result;
+    icu::StringByteSink<std::string> sink(&result);
+    UErrorCode status = U_ZERO_ERROR;
+    mapping(piece(valid), sink, status);
+    return U_SUCCESS(status) ? result : valid;
+}
+
+} // namespace
+
+int compareLocalizedStandard(std::string_view a, std::string_view b) {
+    if (a == b) return 0;
+    if (const icu::Collator* order = collator()) {
+        UErrorCode status = U_ZERO_ERROR;
+        const UCollationResult result = order->compareUTF8(piece(a), piece(b), status);
+        if (U_SUCCESS(status)) return static_cast<int>(result);
+    }
+    return a.compare(b);
+}
+
+std::string localizedStandardSortKey(std::string_view text) {
+    const icu::Collator* order = collator();
+    if (order == nullptr) return std::string(text);
+    const icu::UnicodeString wide = icu::UnicodeString::fromUTF8(piece(text));
+    std::string key(4 * text.size() + 16, '\0');
+    for (;;) {
+        auto* bytes = reinterpret_cast<std::uint8_t*>(key.data());
+        const std::int32_t needed = order->getSortKey(wide, bytes, static_cast<std::int32_t>(key.size()));
+        const bool complete = static_cast<std::size_t>(needed) <= key.size();
+        key.resize(static_cast<std::size_t>(needed));
+        if (complete) break;
+    }
+    if (!key.empty()) key.pop_back(); // the terminating zero
+    return key;
+}
+
+std::string uppercased(std::string_view text) {
+    if (isASCII(text)) return mappedASCII(text, 'a', 'z');
+    return mapped(text, [](icu::StringPiece from, icu::ByteSink& to, UErrorCode& status) {
+        icu::CaseMap::utf8ToUpper("", 0, from, to, nullptr, status);
+    });
+}
+
+std::string lowercased(std::string_view text) {
+    if (isASCII(text)) return mappedASCII(text, 'A', 'Z');
+    return mapped(text, [](icu::StringPiece from, icu::ByteSink& to, UErrorCode& status) {
+        icu::CaseMap::utf8ToLower("", 0, from, to, nullptr, status);
+    });
+}
+
+bool isValidUTF8(std::string_view bytes) {
+    return isASCII(bytes) || simdjson::validate_utf8(bytes.data(), bytes.size());
+}
+
+std::string validUTF8(std::string_view bytes) {
+    if (isValidUTF8(bytes)) return std::string(bytes);
+    std::string result;
+    result.reserve(bytes.size() + 16);
+    for (std::size_t at = 0; at < bytes.size();) {
+        const std::size_t start = at;
+        if (nextCharacter(bytes, at) < 0)
+            result += replacement;
+        else
+            result.append(bytes, start, at - start);
+    }
+    return result;
+}
+
+std::string_view trimmed(std::string_view text) {
+    while (!text.empty()) {
+        std::size_t next = 0;
+        if (!u_isUWhiteSpace(nextCharacter(text, next))) break;
+        text.remove_prefix(next);
+    }
+    while (!text.empty()) {
+        // A character has four bytes at most: the decoder need not see more, and counts in 32 bits.
+        const std::string_view tail = text.substr(text.size() - std::min<std::size_t>(text.size(), 4));
+        auto end = static_cast<std::int32_t>(tail.size());
+        if (!u_isUWhiteSpace(previousCharacter(tail, end))) break;
+        text.remove_suffix(tail.size() - static_cast<std::size_t>(end));
+    }
+    return text;
+}
+
+} // namespace orvane::platform::text

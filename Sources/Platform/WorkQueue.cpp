@@ -1,0 +1,78 @@
+#include "Platform/WorkQueue.h"
+
+namespace orvane::platform {
+
+/// Holds the work until it is run or called off, whichever comes first.
+class WorkQueue::Delayed final : public Timer {
+  public:
+    explicit Delayed(std::function<void()> work) : work_(std::move(work)) {}
+    void cancel() override { take(); }
+    std::function<void()> take() {
+        const std::lock_guard lock(mutex_);
+        return std::exchange(work_, nullptr);
+    }
+
+  private:
+    std::mutex mutex_;
+    std::function<void()> work_;
+};
+
+void WorkQueue::post(std::function<void()> work) {
+    const std::lock_guard lock(mutex_);
+    ready_.push_back(std::move(work));
+    changed_.notify_one();
+}
+
+std::shared_ptr<Timer> WorkQueue::after(std::chrono::nanoseconds delay, std::function<void()> work) {
+    auto timer = std::make_shared<Delayed>(std::move(work));
+    const std::lock_guard lock(mutex_);
+    later_.emplace(std::chrono::steady_clock::now() + delay, timer);
+    changed_.notify_one();
+    return timer;
+}
+
+void WorkQueue::stop(Stop how) {
+    const std::lock_guard lock(mutex_);
+    stop_ = how;
+    changed_.notify_one();
+}
+
+void WorkQueue::serve() {
+    while (const std::function<void()> work = next()) work();
+}
+
+void WorkQueue::moveDue(Moment now) {
+    while (!later_.empty() && later_.begin()->first <= now) {
+        // Taken when its turn comes, so that it can be called off until then.
+        ready_.push_back([timer = std::move(later_.begin()->second)] {
+            if (const auto work = timer->take()) work();
+        });
+        later_.erase(later_.begin());
+    }
+}
+
+/// The next piece of work, waited for; nothing when the queue is stopped.
+std::function<void()> WorkQueue::next() {
+    std::unique_lock lock(mutex_);
+    for (;;) {
+        if (stop_ == Stop::now) {
+            stop_ = Stop::running;
+            return nullptr;
+        }
+        moveDue(stop_ == Stop::whenDone && ready_.empty() ? Moment::max() : std::chrono::steady_clock::now());
+        if (!ready_.empty()) {
+            auto work = std::move(ready_.front());
+            ready_.pop_front();
+            return work;
+        }
+        if (stop_ == Stop::whenDone) return nullptr;
+        if (later_.empty()) {
+            changed_.wait(lock);
+        } else {
+            const Moment moment = later_.begin()->first;
+            changed_.wait_until(lock, moment);
+        }
+    }
+}
+
+} // namespace orvane::platform

@@ -28,7 +28,8 @@ class BFraction {
     friend BFraction operator/(const BFraction& a, const BFraction& b);
     BFraction operator-() const;
     BFraction abs() const;
-    /// Numerator and denominator swapped, the sign stays on the numerator. Zero has none: a programmer's error.
+    /// Numerator and denominator swapped, the sign stays on the numerator. Zero has none: a programmer's
+    /// error.
     BFraction invert() const;
 
     /// The nearest 64-bit float, ties to even.
@@ -47,6 +48,7 @@ class BFraction {
 
 } // namespace orvane
 
-template <> struct std::hash<orvane::BFraction> {
+template <>
+struct std::hash<orvane::BFraction> {
     std::size_t operator()(const orvane::BFraction& value) const noexcept { return value.hash(); }
 };

@@ -213,8 +213,8 @@ BInt BInt::greatestCommonDivisor(BInt a, BInt b) {
 }
 
 std::string BInt::asString(int radix, bool uppercase) const {
-    const std::string_view digits = uppercase ? "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ"
-                                              : "0123456789abcdefghijklmnopqrstuvwxyz";
+    const std::string_view digits =
+        uppercase ? "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ" : "0123456789abcdefghijklmnopqrstuvwxyz";
     assert(radix >= 2 && radix <= 36);
     std::string text;
     BInt rest = abs();
@@ -224,7 +224,8 @@ std::string BInt::asString(int radix, bool uppercase) const {
         text += digits[digit.low_];
         rest = std::move(quotient);
     }
-    for (std::uint64_t small = rest.low_; small != 0 || text.empty(); small /= base) text += digits[small % base];
+    for (std::uint64_t small = rest.low_; small != 0 || text.empty(); small /= base)
+        text += digits[small % base];
     if (negative_) text += '-';
     std::reverse(text.begin(), text.end());
     return text;
@@ -243,7 +244,8 @@ bool operator==(const BInt& a, const BInt& b) {
 }
 
 std::strong_ordering operator<=>(const BInt& a, const BInt& b) {
-    if (a.negative_ != b.negative_) return a.negative_ ? std::strong_ordering::less : std::strong_ordering::greater;
+    if (a.negative_ != b.negative_)
+        return a.negative_ ? std::strong_ordering::less : std::strong_ordering::greater;
     const auto magnitudes =
         a.isSmall() && b.isSmall() ? a.low_ <=> b.low_ : compare(a.magnitude(), b.magnitude());
     return a.negative_ ? 0 <=> magnitudes : magnitudes;

@@ -11,8 +11,8 @@
 
 namespace orvane {
 
-/// An arbitrary-precision signed integer. A magnitude of up to 64 bits, which is all that the times of a document need
-/// in practice, lives in the object itself; beyond that it takes memory of its own.
+/// An arbitrary-precision signed integer. A magnitude of up to 64 bits, which is all that the times of a
+/// document need in practice, lives in the object itself; beyond that it takes memory of its own.
 class BInt {
   public:
     BInt() = default;
@@ -39,7 +39,8 @@ class BInt {
     friend BInt operator*(const BInt& a, const BInt& b);
     BInt shiftedLeft(std::size_t bits) const;
 
-    /// Truncating division; the remainder takes the dividend's sign. Dividing by zero is a programmer's error.
+    /// Truncating division; the remainder takes the dividend's sign. Dividing by zero is a programmer's
+    /// error.
     std::pair<BInt, BInt> quotientAndRemainder(const BInt& divisor) const;
     static BInt greatestCommonDivisor(BInt a, BInt b);
 
@@ -62,6 +63,7 @@ class BInt {
 
 } // namespace orvane
 
-template <> struct std::hash<orvane::BInt> {
+template <>
+struct std::hash<orvane::BInt> {
     std::size_t operator()(const orvane::BInt& value) const noexcept { return value.hash(); }
 };

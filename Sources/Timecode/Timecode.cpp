@@ -13,7 +13,8 @@ namespace {
 // Keeps a value that should land exactly on a frame from truncating to the frame before it.
 constexpr double elapsedNudge = 0.00001;
 
-// Frame counts of this size and beyond are not carried: with the dropped numbers added they would leave 64 bits.
+// Frame counts of this size and beyond are not carried: with the dropped numbers added they would leave 64
+// bits.
 constexpr double frameCountLimit = 4.0e18;
 
 /// Exact: the product is checked against its own rounding error.
@@ -23,8 +24,8 @@ std::int64_t truncatedProduct(double fraction, int factor) {
     return static_cast<std::int64_t>(product) - (roundedUp ? 1 : 0);
 }
 
-/// Frame numbers count the skipped ones too. Every quantity here is a whole number (a ten-minute block has exactly
-/// 17982, 35964 or 71928 frames), so a fraction of a frame never decides.
+/// Frame numbers count the skipped ones too. Every quantity here is a whole number (a ten-minute block has
+/// exactly 17982, 35964 or 71928 frames), so a fraction of a frame never decides.
 std::int64_t withDroppedNumbers(std::int64_t total, TimecodeFrameRate rate) {
     const std::int64_t dropped = timecodeRate::framesDroppedPerMinute(rate);
     const std::int64_t block = std::int64_t{timecodeRate::hundredthsForElapsedFrames(rate)} * 600 / 100;
@@ -42,8 +43,10 @@ void negateFirst(Timecode::Components& c) {
     }
 }
 
-Timecode::Components componentsFrom(std::int64_t wholeFrames, double fraction, bool negative, TimecodeFrameRate rate) {
-    const std::int64_t total = timecodeRate::isDrop(rate) ? withDroppedNumbers(wholeFrames, rate) : wholeFrames;
+Timecode::Components componentsFrom(std::int64_t wholeFrames, double fraction, bool negative,
+                                    TimecodeFrameRate rate) {
+    const std::int64_t total =
+        timecodeRate::isDrop(rate) ? withDroppedNumbers(wholeFrames, rate) : wholeFrames;
     const std::int64_t n = timecodeRate::maxFrames(rate);
     const std::int64_t seconds = total / n;
     Timecode::Components c;
@@ -61,7 +64,8 @@ bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isColon(char c) { return c == ':' || c == ';'; }
 bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
-/// Reads the parts of a timecode text from the left; each call takes what it names or leaves the place as it is.
+/// Reads the parts of a timecode text from the left; each call takes what it names or leaves the place as it
+/// is.
 class TextReader {
   public:
     explicit TextReader(std::string_view text) : text_(text) {}
@@ -141,9 +145,10 @@ std::string Timecode::stringValue() const {
     std::array<char, 160> text{};
     const auto& c = components_;
     using Long = long long;
-    const int length = std::snprintf(text.data(), text.size(), "%02lld:%02lld:%02lld%c%0*lld", Long{c.hours},
-                                     Long{c.minutes}, Long{c.seconds}, timecodeRate::frameSeparator(frameRate_),
-                                     timecodeRate::frameDigits(frameRate_), Long{c.frames});
+    const int length =
+        std::snprintf(text.data(), text.size(), "%02lld:%02lld:%02lld%c%0*lld", Long{c.hours},
+                      Long{c.minutes}, Long{c.seconds}, timecodeRate::frameSeparator(frameRate_),
+                      timecodeRate::frameDigits(frameRate_), Long{c.frames});
     std::string result = c.days != 0 ? std::to_string(c.days) + " " : std::string();
     return result.append(text.data(), static_cast<std::size_t>(length));
 }

@@ -9,9 +9,9 @@
 
 namespace orvane {
 
-/// A point in time as hours, minutes, seconds and frames at a frame rate. No component is checked, clamped or wrapped:
-/// the 25th hour is carried as 1 day and 1 hour, and 99 frames stay 99 frames. A frame has 100 subframes, which are
-/// calculated and never printed. All drop-frame arithmetic of the system stands here.
+/// A point in time as hours, minutes, seconds and frames at a frame rate. No component is checked, clamped or
+/// wrapped: the 25th hour is carried as 1 day and 1 hour, and 99 frames stay 99 frames. A frame has 100
+/// subframes, which are calculated and never printed. All drop-frame arithmetic of the system stands here.
 class Timecode {
   public:
     struct Components {
@@ -20,19 +20,21 @@ class Timecode {
     };
     static constexpr int subFramesPerFrame = 100;
 
-    Timecode(Components components, TimecodeFrameRate frameRate) : components_(components), frameRate_(frameRate) {}
+    Timecode(Components components, TimecodeFrameRate frameRate)
+        : components_(components), frameRate_(frameRate) {}
 
     /// Seconds on the wall clock. Values that are not finite, or beyond 64 bits of frames, give zero.
     static Timecode fromRealTime(double seconds, TimecodeFrameRate rate);
     static Timecode fromFrameCount(std::int64_t frames, TimecodeFrameRate rate);
-    /// HH:MM:SS:FF with optional days in front and subframes behind; ":" and ";" are interchangeable, and only the
-    /// rate decides about drop frame. Nothing when the text is malformed.
+    /// HH:MM:SS:FF with optional days in front and subframes behind; ":" and ";" are interchangeable, and
+    /// only the rate decides about drop frame. Nothing when the text is malformed.
     static std::optional<Timecode> fromString(std::string_view text, TimecodeFrameRate rate);
 
     const Components& components() const { return components_; }
     TimecodeFrameRate frameRate() const { return frameRate_; }
 
-    /// HH:MM:SS:FF, with ";" before the frames at a drop-frame rate and the days in front where there are any.
+    /// HH:MM:SS:FF, with ";" before the frames at a drop-frame rate and the days in front where there are
+    /// any.
     std::string stringValue() const;
     /// Seconds on the wall clock.
     double realTimeValue() const;

@@ -65,7 +65,9 @@ bool isDrop(TimecodeFrameRate rate) { return row(rate).isDrop; }
 int maxFrames(TimecodeFrameRate rate) { return row(rate).maxFrames; }
 int framesDroppedPerMinute(TimecodeFrameRate rate) { return row(rate).dropped; }
 int hundredthsForElapsedFrames(TimecodeFrameRate rate) { return row(rate).elapsedHundredths; }
-double frameRateForElapsedFramesCalculation(TimecodeFrameRate rate) { return row(rate).elapsedHundredths / 100.0; }
+double frameRateForElapsedFramesCalculation(TimecodeFrameRate rate) {
+    return row(rate).elapsedHundredths / 100.0;
+}
 double frameRateForRealTimeCalculation(TimecodeFrameRate rate) { return row(rate).rate.doubleValue(); }
 char frameSeparator(TimecodeFrameRate rate) { return row(rate).isDrop ? ';' : ':'; }
 int frameDigits(TimecodeFrameRate rate) { return row(rate).digits; }

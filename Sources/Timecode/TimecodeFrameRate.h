@@ -9,8 +9,8 @@
 
 namespace orvane {
 
-/// The frame rates of timecode. A "d" at the end means drop frame: frame numbers are skipped at the start of each
-/// minute that is no multiple of ten, so that the count keeps to the clock (SMPTE 12M).
+/// The frame rates of timecode. A "d" at the end means drop frame: frame numbers are skipped at the start of
+/// each minute that is no multiple of ten, so that the count keeps to the clock (SMPTE 12M).
 enum class TimecodeFrameRate : std::uint8_t {
     fps23_976,
     fps24,

@@ -121,8 +121,8 @@ Date calendar::startOfDay(Date date) {
     local.tm_hour = local.tm_min = local.tm_sec = 0;
     local.tm_isdst = -1;
     std::int64_t start = std::mktime(&local);
-    // Where the clock jumps over midnight the day begins with the first instant that exists: mktime answers with one
-    // on either side of the jump.
+    // Where the clock jumps over midnight the day begins with the first instant that exists: mktime answers
+    // with one on either side of the jump.
     constexpr std::int64_t halfHour = 1800;
     while (localTime(start).tm_mday != day && start < given) start += halfHour;
     return Date{seconds{start}};

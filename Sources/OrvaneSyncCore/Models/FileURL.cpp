@@ -85,6 +85,8 @@ std::string FileURL::pathExtension() const {
     return platform::text::validUTF8(extensionOf(lastComponent(path)));
 }
 
-std::string FileURL::lowercasedExtension() const { return platform::text::lowercased(extensionOf(lastComponent(path))); }
+std::string FileURL::lowercasedExtension() const {
+    return platform::text::lowercased(extensionOf(lastComponent(path)));
+}
 
 } // namespace orvane

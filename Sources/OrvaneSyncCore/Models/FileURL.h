@@ -12,8 +12,8 @@ namespace orvane {
 struct FileURL {
     std::string path; ///< absolute
 
-    /// "file://" and the path, percent-encoded; bytes that are not UTF-8 are encoded one by one, so that the text
-    /// always leads back to the file.
+    /// "file://" and the path, percent-encoded; bytes that are not UTF-8 are encoded one by one, so that the
+    /// text always leads back to the file.
     std::string absoluteString() const;
     /// Nothing when the text is no "file:" URL of this machine or holds a broken percent escape.
     static std::optional<FileURL> fromAbsoluteString(std::string_view text);
@@ -29,6 +29,9 @@ struct FileURL {
 
 } // namespace orvane
 
-template <> struct std::hash<orvane::FileURL> {
-    std::size_t operator()(const orvane::FileURL& url) const noexcept { return std::hash<std::string>{}(url.path); }
+template <>
+struct std::hash<orvane::FileURL> {
+    std::size_t operator()(const orvane::FileURL& url) const noexcept {
+        return std::hash<std::string>{}(url.path);
+    }
 };

@@ -6,7 +6,9 @@ namespace orvane {
 
 namespace {
 
-bool isTrue(const std::optional<std::string>& flag) { return flag && platform::text::uppercased(*flag) == "TRUE"; }
+bool isTrue(const std::optional<std::string>& flag) {
+    return flag && platform::text::uppercased(*flag) == "TRUE";
+}
 
 } // namespace
 
@@ -34,11 +36,13 @@ JSON toJSON(const IXMLData& data) {
     return json;
 }
 
-template <> IXMLTrack fromJSON<IXMLTrack>(const JSON& json) {
+template <>
+IXMLTrack fromJSON<IXMLTrack>(const JSON& json) {
     return {required<int>(json, "channelIndex"), required<std::string>(json, "name")};
 }
 
-template <> IXMLData fromJSON<IXMLData>(const JSON& json) {
+template <>
+IXMLData fromJSON<IXMLData>(const JSON& json) {
     IXMLData data;
     data.scene = optional<std::string>(json, "scene");
     data.take = optional<std::string>(json, "take");

@@ -36,7 +36,9 @@ struct IXMLData {
 
 JSON toJSON(const IXMLTrack& track);
 JSON toJSON(const IXMLData& data);
-template <> IXMLTrack fromJSON<IXMLTrack>(const JSON& json);
-template <> IXMLData fromJSON<IXMLData>(const JSON& json);
+template <>
+IXMLTrack fromJSON<IXMLTrack>(const JSON& json);
+template <>
+IXMLData fromJSON<IXMLData>(const JSON& json);
 
 } // namespace orvane

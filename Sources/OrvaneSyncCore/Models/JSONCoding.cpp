@@ -6,7 +6,8 @@ namespace orvane {
 
 namespace {
 
-template <class T> T present(const std::optional<T>& value, const char* expected) {
+template <class T>
+T present(const std::optional<T>& value, const char* expected) {
     if (!value) throw DecodingError(std::string("expected ") + expected);
     return *value;
 }
@@ -23,36 +24,58 @@ JSON toJSON(const UUID& id) { return id.text(); }
 JSON toJSON(const FileURL& url) { return url.absoluteString(); }
 JSON toJSON(Date date) { return iso8601(date); }
 
-template <> UUID fromJSON<UUID>(const JSON& json) { return present(UUID::fromText(textOf(json)), "a UUID"); }
+template <>
+UUID fromJSON<UUID>(const JSON& json) {
+    return present(UUID::fromText(textOf(json)), "a UUID");
+}
 
-template <> FileURL fromJSON<FileURL>(const JSON& json) {
+template <>
+FileURL fromJSON<FileURL>(const JSON& json) {
     return present(FileURL::fromAbsoluteString(textOf(json)), "a file URL");
 }
 
-template <> Date fromJSON<Date>(const JSON& json) {
+template <>
+Date fromJSON<Date>(const JSON& json) {
     return present(dateFromISO8601(textOf(json)), "an ISO 8601 date");
 }
 
-template <> bool fromJSON<bool>(const JSON& json) { return present(json.boolean(), "a boolean"); }
+template <>
+bool fromJSON<bool>(const JSON& json) {
+    return present(json.boolean(), "a boolean");
+}
 
-template <> std::int64_t fromJSON<std::int64_t>(const JSON& json) { return present(json.integer(), "an integer"); }
+template <>
+std::int64_t fromJSON<std::int64_t>(const JSON& json) {
+    return present(json.integer(), "an integer");
+}
 
-template <> int fromJSON<int>(const JSON& json) {
+template <>
+int fromJSON<int>(const JSON& json) {
     const auto value = fromJSON<std::int64_t>(json);
     if (value < std::numeric_limits<int>::min() || value > std::numeric_limits<int>::max())
         throw DecodingError("the number is out of range");
     return static_cast<int>(value);
 }
 
-template <> std::uint64_t fromJSON<std::uint64_t>(const JSON& json) {
+template <>
+std::uint64_t fromJSON<std::uint64_t>(const JSON& json) {
     return present(json.unsignedInteger(), "a whole number that is not negative");
 }
 
-template <> double fromJSON<double>(const JSON& json) { return present(json.number(), "a number"); }
+template <>
+double fromJSON<double>(const JSON& json) {
+    return present(json.number(), "a number");
+}
 
-template <> float fromJSON<float>(const JSON& json) { return static_cast<float>(fromJSON<double>(json)); }
+template <>
+float fromJSON<float>(const JSON& json) {
+    return static_cast<float>(fromJSON<double>(json));
+}
 
-template <> std::string fromJSON<std::string>(const JSON& json) { return textOf(json); }
+template <>
+std::string fromJSON<std::string>(const JSON& json) {
+    return textOf(json);
+}
 
 const JSON& requiredMember(const JSON& object, std::string_view key) {
     if (!object.isObject()) throw DecodingError("expected an object");

@@ -24,28 +24,40 @@ class DecodingError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The JSON forms of records. Each record type gives `JSON toJSON(const T&)` and a specialisation of `fromJSON<T>`,
-/// which throws DecodingError; the forms of the basic types stand here.
-template <class T> T fromJSON(const JSON& json);
+/// The JSON forms of records. Each record type gives `JSON toJSON(const T&)` and a specialisation of
+/// `fromJSON<T>`, which throws DecodingError; the forms of the basic types stand here.
+template <class T>
+T fromJSON(const JSON& json);
 
 JSON toJSON(const UUID& id);
 JSON toJSON(const FileURL& url);
 JSON toJSON(Date date);
-template <> UUID fromJSON<UUID>(const JSON& json);
-template <> FileURL fromJSON<FileURL>(const JSON& json);
-template <> Date fromJSON<Date>(const JSON& json);
-template <> bool fromJSON<bool>(const JSON& json);
-template <> int fromJSON<int>(const JSON& json);
-template <> std::int64_t fromJSON<std::int64_t>(const JSON& json);
-template <> std::uint64_t fromJSON<std::uint64_t>(const JSON& json);
-template <> float fromJSON<float>(const JSON& json);
-template <> double fromJSON<double>(const JSON& json);
-template <> std::string fromJSON<std::string>(const JSON& json);
+template <>
+UUID fromJSON<UUID>(const JSON& json);
+template <>
+FileURL fromJSON<FileURL>(const JSON& json);
+template <>
+Date fromJSON<Date>(const JSON& json);
+template <>
+bool fromJSON<bool>(const JSON& json);
+template <>
+int fromJSON<int>(const JSON& json);
+template <>
+std::int64_t fromJSON<std::int64_t>(const JSON& json);
+template <>
+std::uint64_t fromJSON<std::uint64_t>(const JSON& json);
+template <>
+float fromJSON<float>(const JSON& json);
+template <>
+double fromJSON<double>(const JSON& json);
+template <>
+std::string fromJSON<std::string>(const JSON& json);
 
 /// The value of a key that must be there.
 const JSON& requiredMember(const JSON& object, std::string_view key);
 
-template <class T> T required(const JSON& object, std::string_view key) {
+template <class T>
+T required(const JSON& object, std::string_view key) {
     try {
         return fromJSON<T>(requiredMember(object, key));
     } catch (const DecodingError& error) {
@@ -54,7 +66,8 @@ template <class T> T required(const JSON& object, std::string_view key) {
 }
 
 /// A list of records of one type.
-template <class T> std::vector<T> requiredArray(const JSON& object, std::string_view key) {
+template <class T>
+std::vector<T> requiredArray(const JSON& object, std::string_view key) {
     const JSON::Array* elements = requiredMember(object, key).elements();
     if (elements == nullptr) throw DecodingError(std::string(key) + ": expected a list");
     std::vector<T> result;
@@ -63,7 +76,8 @@ template <class T> std::vector<T> requiredArray(const JSON& object, std::string_
     return result;
 }
 
-template <class Records> JSON toJSONArray(const Records& records) {
+template <class Records>
+JSON toJSONArray(const Records& records) {
     JSON::Array elements;
     elements.reserve(records.size());
     for (const auto& record : records) elements.push_back(toJSON(record));
@@ -76,7 +90,8 @@ const std::pair<std::string, JSON>& singleCase(const JSON& json);
 JSON caseObject(std::string_view name, JSON payload = JSON::object());
 
 /// Absent when the key is missing or null; a value of the wrong kind is an error all the same.
-template <class T> std::optional<T> optional(const JSON& object, std::string_view key) {
+template <class T>
+std::optional<T> optional(const JSON& object, std::string_view key) {
     const JSON* value = object.find(key);
     if (value == nullptr || value->isNull()) return std::nullopt;
     return required<T>(object, key);

@@ -43,7 +43,9 @@ std::string wholeKilohertz(double sampleRate) {
 
 std::optional<AssetKind> assetKindFrom(const FileURL& url) {
     const std::string extension = url.lowercasedExtension();
-    const auto among = [&](const auto& set) { return std::find(set.begin(), set.end(), extension) != set.end(); };
+    const auto among = [&](const auto& set) {
+        return std::find(set.begin(), set.end(), extension) != set.end();
+    };
     if (among(videoExtensions)) return AssetKind::video;
     if (among(audioExtensions)) return AssetKind::audio;
     return std::nullopt;
@@ -59,7 +61,9 @@ double MediaAsset::slowMotionFactor() const {
     return OffspeedDetector::slowMotionFactor(sensorFrameRate, projectFrameRate);
 }
 
-bool MediaAsset::isOffspeed() const { return OffspeedDetector::isOffspeed(sensorFrameRate, projectFrameRate); }
+bool MediaAsset::isOffspeed() const {
+    return OffspeedDetector::isOffspeed(sensorFrameRate, projectFrameRate);
+}
 
 bool MediaAsset::isSuspectedOffspeedUnconfirmed() const {
     return offspeedConfidence && offspeedConfidence->kind == OffspeedConfidence::Kind::suspectedUnconfirmed;
@@ -79,7 +83,9 @@ bool MediaAsset::isAtmo() const {
     return FilenameUtils::isAtmo(filename) || (ixmlData && ixmlData->isWildTrack());
 }
 
-std::string MediaAsset::filenameStem() const { return std::string(FilenameUtils::withoutExtension(filename)); }
+std::string MediaAsset::filenameStem() const {
+    return std::string(FilenameUtils::withoutExtension(filename));
+}
 
 std::string MediaAsset::normalizedName() const {
     return platform::text::lowercased(FilenameUtils::withoutExtension(filename));
@@ -101,8 +107,8 @@ std::optional<Date> MediaAsset::shootDay() const {
     return calendar::startOfDay(*date);
 }
 
-// The same as searching for (?:^|[_\-.])(\d{6})(?:[_\-.]|$) again and again: a match takes the separators on both of
-// its sides with it, so that two dates with one separator between them give only the first.
+// The same as searching for (?:^|[_\-.])(\d{6})(?:[_\-.]|$) again and again: a match takes the separators on
+// both of its sides with it, so that two dates with one separator between them give only the first.
 std::optional<Date> MediaAsset::shootDateFromFilename(std::string_view name) {
     std::size_t at = 0;
     while (at + dateDigits <= name.size()) {
@@ -114,7 +120,8 @@ std::optional<Date> MediaAsset::shootDateFromFilename(std::string_view name) {
         const std::size_t first = separated ? at + 1 : at;
         const std::string_view digits = name.substr(first, dateDigits);
         const std::size_t end = first + dateDigits;
-        const bool matches = digits.size() == dateDigits && std::all_of(digits.begin(), digits.end(), isDigit) &&
+        const bool matches = digits.size() == dateDigits &&
+                             std::all_of(digits.begin(), digits.end(), isDigit) &&
                              (end == name.size() || isSeparator(name[end]));
         if (!matches) {
             ++at;
@@ -128,7 +135,8 @@ std::optional<Date> MediaAsset::shootDateFromFilename(std::string_view name) {
 
 JSON toJSON(AssetKind kind) { return kind == AssetKind::video ? "video" : "audio"; }
 
-template <> AssetKind fromJSON<AssetKind>(const JSON& json) {
+template <>
+AssetKind fromJSON<AssetKind>(const JSON& json) {
     const auto text = fromJSON<std::string>(json);
     if (text == "video") return AssetKind::video;
     if (text == "audio") return AssetKind::audio;
@@ -161,8 +169,10 @@ JSON toJSON(const MediaAsset& asset) {
     return json;
 }
 
-template <> MediaAsset fromJSON<MediaAsset>(const JSON& json) {
-    MediaAsset asset(required<UUID>(json, "id"), required<FileURL>(json, "url"), required<AssetKind>(json, "kind"));
+template <>
+MediaAsset fromJSON<MediaAsset>(const JSON& json) {
+    MediaAsset asset(required<UUID>(json, "id"), required<FileURL>(json, "url"),
+                     required<AssetKind>(json, "kind"));
     asset.filename = required<std::string>(json, "filename");
     asset.startTimecodeString = optional<std::string>(json, "startTimecodeString");
     asset.durationSeconds = optional<double>(json, "durationSeconds");

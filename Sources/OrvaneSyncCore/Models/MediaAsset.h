@@ -51,8 +51,8 @@ struct MediaAsset {
     std::optional<double> realDurationSeconds() const;
     /// Room tone, by name or by the recorder's wild-track flag. Never matched to picture.
     bool isAtmo() const;
-    std::string normalizedName() const;   ///< file name without extension, lower case
-    std::string filenameStem() const;     ///< file name without extension
+    std::string normalizedName() const;    ///< file name without extension, lower case
+    std::string filenameStem() const;      ///< file name without extension
     std::string formatDescription() const; ///< such as "8ch 48kHz" or "1920x1080 25 fps"
     /// Start of the day, in the user's calendar, of the date in the name, else of the date in the file.
     std::optional<Date> shootDay() const;
@@ -64,8 +64,10 @@ struct MediaAsset {
 };
 
 JSON toJSON(AssetKind kind);
-template <> AssetKind fromJSON<AssetKind>(const JSON& json);
+template <>
+AssetKind fromJSON<AssetKind>(const JSON& json);
 JSON toJSON(const MediaAsset& asset);
-template <> MediaAsset fromJSON<MediaAsset>(const JSON& json);
+template <>
+MediaAsset fromJSON<MediaAsset>(const JSON& json);
 
 } // namespace orvane

@@ -46,7 +46,8 @@ JSON toJSON(const OffspeedConfidence& confidence) {
     return caseObject("confirmed", std::move(payload));
 }
 
-template <> OffspeedConfidence fromJSON<OffspeedConfidence>(const JSON& json) {
+template <>
+OffspeedConfidence fromJSON<OffspeedConfidence>(const JSON& json) {
     const auto& [name, payload] = singleCase(json);
     if (name == "confirmed")
         return OffspeedConfidence::confirmed(required<bool>(payload, "isOffspeed"),
@@ -60,7 +61,8 @@ JSON toJSON(SourceRateDomain domain) {
     return domain == SourceRateDomain::sensorRate ? "sensorRate" : "conformedExternally";
 }
 
-template <> SourceRateDomain fromJSON<SourceRateDomain>(const JSON& json) {
+template <>
+SourceRateDomain fromJSON<SourceRateDomain>(const JSON& json) {
     const auto text = fromJSON<std::string>(json);
     if (text == "sensorRate") return SourceRateDomain::sensorRate;
     if (text == "conformedExternally") return SourceRateDomain::conformedExternally;

@@ -7,7 +7,8 @@
 
 namespace orvane {
 
-/// How sure the probe is that a clip was shot off the project's speed. `factor` is sensor rate over project rate.
+/// How sure the probe is that a clip was shot off the project's speed. `factor` is sensor rate over project
+/// rate.
 struct OffspeedConfidence {
     enum class Kind { confirmed, suspectedUnconfirmed };
     Kind kind = Kind::confirmed;
@@ -23,15 +24,15 @@ struct OffspeedConfidence {
     bool operator==(const OffspeedConfidence&) const = default;
 };
 
-/// Which rate a file's own timeline runs at. With `sensorRate` the file's duration is the real capture time; with
-/// `conformedExternally` it is longer by the slow-motion factor.
+/// Which rate a file's own timeline runs at. With `sensorRate` the file's duration is the real capture time;
+/// with `conformedExternally` it is longer by the slow-motion factor.
 enum class SourceRateDomain { sensorRate, conformedExternally };
 
 SourceRateDomain deriveSourceRateDomain(std::optional<double> fileRate, std::optional<double> sensor,
                                         std::optional<double> project);
 
-/// Two tolerances are in use and not interchangeable: `rateMatchTolerance` decides whether two rates are the same
-/// rate at all, `offspeedThreshold` whether a clip is treated as offspeed. Rates are frames per second.
+/// Two tolerances are in use and not interchangeable: `rateMatchTolerance` decides whether two rates are the
+/// same rate at all, `offspeedThreshold` whether a clip is treated as offspeed. Rates are frames per second.
 namespace OffspeedDetector {
 
 constexpr double rateMatchTolerance = 0.02;
@@ -47,8 +48,10 @@ std::optional<OffspeedConfidence> classify(std::optional<double> sensorFrameRate
 } // namespace OffspeedDetector
 
 JSON toJSON(const OffspeedConfidence& confidence);
-template <> OffspeedConfidence fromJSON<OffspeedConfidence>(const JSON& json);
+template <>
+OffspeedConfidence fromJSON<OffspeedConfidence>(const JSON& json);
 JSON toJSON(SourceRateDomain domain);
-template <> SourceRateDomain fromJSON<SourceRateDomain>(const JSON& json);
+template <>
+SourceRateDomain fromJSON<SourceRateDomain>(const JSON& json);
 
 } // namespace orvane

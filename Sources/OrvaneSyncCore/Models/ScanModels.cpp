@@ -22,7 +22,9 @@ constexpr std::array<StateRow, 5> stateRows{{
 } // namespace
 
 std::string_view name(ScanState state) { return stateRows.at(static_cast<std::size_t>(state)).name; }
-std::string_view progressText(ScanState state) { return stateRows.at(static_cast<std::size_t>(state)).progressText; }
+std::string_view progressText(ScanState state) {
+    return stateRows.at(static_cast<std::size_t>(state)).progressText;
+}
 
 JSON toJSON(const DiscoveryResult& result) {
     JSON json;

@@ -103,7 +103,8 @@ JSON toJSON(const MatchStatus& status) {
     return caseObject(row(status.kind).name, std::move(payload));
 }
 
-template <> MatchStatus fromJSON<MatchStatus>(const JSON& json) {
+template <>
+MatchStatus fromJSON<MatchStatus>(const JSON& json) {
     const auto& [name, payload] = singleCase(json);
     for (const StatusRow& r : statusRows)
         if (r.name == name) return {r.kind, r.hasCount ? required<int>(payload, "count") : 0};
@@ -112,7 +113,8 @@ template <> MatchStatus fromJSON<MatchStatus>(const JSON& json) {
 
 JSON toJSON(SyncMethod method) { return row(method).name; }
 
-template <> SyncMethod fromJSON<SyncMethod>(const JSON& json) {
+template <>
+SyncMethod fromJSON<SyncMethod>(const JSON& json) {
     const auto text = fromJSON<std::string>(json);
     for (const SyncMethod method : allSyncMethods)
         if (row(method).name == text) return method;
@@ -128,7 +130,8 @@ JSON toJSON(const AudioMatch& match) {
     return json;
 }
 
-template <> AudioMatch fromJSON<AudioMatch>(const JSON& json) {
+template <>
+AudioMatch fromJSON<AudioMatch>(const JSON& json) {
     return {required<UUID>(json, "id"), required<MediaAsset>(json, "audio"),
             required<double>(json, "syncOffsetSeconds"), required<double>(json, "overlapDurationSeconds")};
 }
@@ -142,7 +145,8 @@ JSON toJSON(const BlockOverride& blockOverride) {
     return json;
 }
 
-template <> BlockOverride fromJSON<BlockOverride>(const JSON& json) {
+template <>
+BlockOverride fromJSON<BlockOverride>(const JSON& json) {
     return {required<UUID>(json, "id"), required<double>(json, "startSeconds"),
             required<double>(json, "endSeconds"), required<int>(json, "trackIndex")};
 }
@@ -183,10 +187,11 @@ JSON toJSON(const SyncGroup& group) {
     return json;
 }
 
-template <> SyncGroup fromJSON<SyncGroup>(const JSON& json) {
+template <>
+SyncGroup fromJSON<SyncGroup>(const JSON& json) {
     SyncGroup group(required<UUID>(json, "id"), required<MediaAsset>(json, "video"),
-                    requiredArray<AudioMatch>(json, "audioMatches"), required<MatchStatus>(json, "matchStatus"),
-                    required<std::string>(json, "clipName"));
+                    requiredArray<AudioMatch>(json, "audioMatches"),
+                    required<MatchStatus>(json, "matchStatus"), required<std::string>(json, "clipName"));
     group.aleMetadata = optionalMap(json, "aleMetadata");
     group.lockitMetadata = optionalMap(json, "lockitMetadata");
     group.algorithmExcludedTracks = requiredSet(json, "algorithmExcludedTracks");

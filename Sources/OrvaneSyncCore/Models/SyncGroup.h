@@ -25,7 +25,8 @@ struct MatchStatus {
     static MatchStatus manual() { return {Kind::manual, 0}; }
 
     std::string label() const;
-    /// `matched`, `splitRecording`, `mos` or `manual`: the statuses that are exported and that vote on the rate.
+    /// `matched`, `splitRecording`, `mos` or `manual`: the statuses that are exported and that vote on the
+    /// rate.
     bool isSettled() const { return kind != Kind::ambiguous && kind != Kind::unmatched; }
 
     bool operator==(const MatchStatus&) const = default;
@@ -33,7 +34,8 @@ struct MatchStatus {
 
 /// How a clip is aligned. Takes no part in the arithmetic of offsets.
 enum class SyncMethod { timecode, clap, manual };
-inline constexpr std::array<SyncMethod, 3> allSyncMethods{SyncMethod::timecode, SyncMethod::clap, SyncMethod::manual};
+inline constexpr std::array<SyncMethod, 3> allSyncMethods{SyncMethod::timecode, SyncMethod::clap,
+                                                          SyncMethod::manual};
 std::string_view label(SyncMethod method);
 std::string_view description(SyncMethod method);
 
@@ -58,10 +60,12 @@ struct BlockOverride {
     bool operator==(const BlockOverride&) const = default;
 };
 
-/// One video with its matched audio and everything the editor decided. Identity, and equality, is by `id` alone.
+/// One video with its matched audio and everything the editor decided. Identity, and equality, is by `id`
+/// alone.
 ///
 /// Axes: a moment `a` seconds into the primary audio lies at video time
-/// a + audioMatches[0].syncOffsetSeconds + manualAudioOffsetSeconds; the exporter adds its global offset last.
+/// a + audioMatches[0].syncOffsetSeconds + manualAudioOffsetSeconds; the exporter adds its global offset
+/// last.
 struct SyncGroup {
     SyncGroup(MediaAsset video, std::vector<AudioMatch> audioMatches, MatchStatus matchStatus,
               std::optional<std::string> clipName = std::nullopt);
@@ -100,7 +104,9 @@ struct SyncGroup {
     std::optional<double> measuredLUFS;
     bool masterGainAuto = true;
 
-    const MediaAsset* primaryAudio() const { return audioMatches.empty() ? nullptr : &audioMatches.front().audio; }
+    const MediaAsset* primaryAudio() const {
+        return audioMatches.empty() ? nullptr : &audioMatches.front().audio;
+    }
     bool isMOS() const { return audioMatches.empty(); }
     bool hasALEMetadata() const { return aleMetadata && !aleMetadata->empty(); }
     bool hasLockitMetadata() const { return lockitMetadata && !lockitMetadata->empty(); }
@@ -118,10 +124,15 @@ JSON toJSON(SyncMethod method);
 JSON toJSON(const AudioMatch& match);
 JSON toJSON(const BlockOverride& override);
 JSON toJSON(const SyncGroup& group);
-template <> MatchStatus fromJSON<MatchStatus>(const JSON& json);
-template <> SyncMethod fromJSON<SyncMethod>(const JSON& json);
-template <> AudioMatch fromJSON<AudioMatch>(const JSON& json);
-template <> BlockOverride fromJSON<BlockOverride>(const JSON& json);
-template <> SyncGroup fromJSON<SyncGroup>(const JSON& json);
+template <>
+MatchStatus fromJSON<MatchStatus>(const JSON& json);
+template <>
+SyncMethod fromJSON<SyncMethod>(const JSON& json);
+template <>
+AudioMatch fromJSON<AudioMatch>(const JSON& json);
+template <>
+BlockOverride fromJSON<BlockOverride>(const JSON& json);
+template <>
+SyncGroup fromJSON<SyncGroup>(const JSON& json);
 
 } // namespace orvane

@@ -25,6 +25,7 @@ struct UUID {
 
 } // namespace orvane
 
-template <> struct std::hash<orvane::UUID> {
+template <>
+struct std::hash<orvane::UUID> {
     std::size_t operator()(const orvane::UUID& id) const noexcept;
 };

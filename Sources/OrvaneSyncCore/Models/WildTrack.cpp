@@ -15,7 +15,8 @@ JSON toJSON(const WildTrack& track) {
     return json;
 }
 
-template <> WildTrack fromJSON<WildTrack>(const JSON& json) {
+template <>
+WildTrack fromJSON<WildTrack>(const JSON& json) {
     WildTrack track(required<MediaAsset>(json, "audio"));
     track.id = required<UUID>(json, "id");
     track.customName = required<std::string>(json, "customName");

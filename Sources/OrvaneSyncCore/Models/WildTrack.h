@@ -11,11 +11,12 @@ struct WildTrack {
 
     UUID id; ///< always the id of `audio`
     MediaAsset audio;
-    std::string customName; ///< shown and exported
+    std::string customName;  ///< shown and exported
     bool isApproved = false; ///< goes into the export
 };
 
 JSON toJSON(const WildTrack& track);
-template <> WildTrack fromJSON<WildTrack>(const JSON& json);
+template <>
+WildTrack fromJSON<WildTrack>(const JSON& json);
 
 } // namespace orvane

@@ -23,7 +23,8 @@ std::vector<std::string_view> pieces(std::string_view name) {
     return result;
 }
 
-template <std::size_t count> bool anyOf(std::string_view piece, const std::array<std::string_view, count>& words) {
+template <std::size_t count>
+bool anyOf(std::string_view piece, const std::array<std::string_view, count>& words) {
     return std::find(words.begin(), words.end(), piece) != words.end();
 }
 

@@ -4,8 +4,8 @@
 
 namespace orvane {
 
-/// Tests on file names, by whole words: the pieces between "_", "-", blanks and points, without the extension and
-/// whatever the case. Pure; any thread.
+/// Tests on file names, by whole words: the pieces between "_", "-", blanks and points, without the extension
+/// and whatever the case. Pure; any thread.
 namespace FilenameUtils {
 
 /// Room tone and other ambience, such as SC12_AMB_03.wav or "room-tone.wav".

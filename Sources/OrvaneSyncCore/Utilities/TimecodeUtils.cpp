@@ -99,7 +99,9 @@ std::optional<TimecodeFrameRate> timecodeFrameRateFromIXML(const std::optional<s
     return timecodeRate::from(timecodeRate::rate(nearest), *drop).value_or(nearest);
 }
 
-double bextToSeconds(std::uint64_t samples, double sampleRate) { return static_cast<double>(samples) / sampleRate; }
+double bextToSeconds(std::uint64_t samples, double sampleRate) {
+    return static_cast<double>(samples) / sampleRate;
+}
 
 std::string bextToTC(std::uint64_t samples, double sampleRate, TimecodeFrameRate rate) {
     return secondsToTC(bextToSeconds(samples, sampleRate), rate);

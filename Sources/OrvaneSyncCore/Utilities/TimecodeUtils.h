@@ -9,14 +9,15 @@
 
 namespace orvane {
 
-/// The conversions between seconds, frame counts, sample counts and timecode text. Rates given as a number are frames
-/// per second. Pure; any thread.
+/// The conversions between seconds, frame counts, sample counts and timecode text. Rates given as a number
+/// are frames per second. Pure; any thread.
 namespace TimecodeUtils {
 
-/// Always gives a rate: values it does not know, and values that are not finite, are 24. Fractional rates near 30 and
-/// 60 are the drop-frame ones.
+/// Always gives a rate: values it does not know, and values that are not finite, are 24. Fractional rates
+/// near 30 and 60 are the drop-frame ones.
 TimecodeFrameRate frameRate(double fps);
-/// A recorder's rate text, such as "25", "29.97DF", "23.976 fps" or "30000/1001 NDF". Nothing when it says nothing.
+/// A recorder's rate text, such as "25", "29.97DF", "23.976 fps" or "30000/1001 NDF". Nothing when it says
+/// nothing.
 std::optional<TimecodeFrameRate> timecodeFrameRateFromIXML(const std::optional<std::string>& text);
 
 double bextToSeconds(std::uint64_t samples, double sampleRate);

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "FCPXMLKit/model/Multicam.h"
+#include "FCPXMLKit/xml/XMLElement.h"
+
+namespace orvane::fcpxml {
+
+using ResourceItem = std::variant<Asset, Format, Media>;
+
+struct Resources {
+    static constexpr std::string_view elementName = "resources";
+    std::vector<ResourceItem> items;
+
+    template <class Writer>
+    void slots(Writer& writer) const {
+        writer.children(items);
+    }
+};
+
+using EventItem = std::variant<Clip, MCClip, SyncClip, AssetClip>;
+
+struct Event {
+    static constexpr std::string_view elementName = "event";
+    std::optional<std::string> name;
+    std::vector<EventItem> items;
+
+    template <class Writer>
+    void slots(Writer& writer) const {
+        writer.attribute("name", name);
+        writer.children(items);
+    }
+};
+
+struct Library {
+    static constexpr std::string_view elementName = "library";
+    std::vector<Event> items;
+
+    template <class Writer>
+    void slots(Writer& writer) const {
+        writer.children(items);
+    }
+};
+
+/// The whole document.
+struct FCPXML {
+    static constexpr std::string_view elementName = "fcpxml";
+    FCPXMLVersion version = latestFCPXMLVersion;
+    Resources resources;
+    std::vector<Library> items;
+
+    template <class Writer>
+    void slots(Writer& writer) const {
+        writer.child(resources);
+        writer.children(items);
+    }
+
+    /// The element tree, children in the order of the records' slots, in the given version or the record's
+    /// own. Throws FCPXMLError.
+    XMLDocument toXMLDocument(std::optional<FCPXMLVersion> version = std::nullopt) const;
+};
+
+} // namespace orvane::fcpxml

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "FCPXMLKit/xml/XMLElement.h"
+
+namespace orvane::fcpxml {
+
+/// Puts the children of clip-like elements into the order that the format's type definition prescribes.
+/// Changes no element and no attribute, adds and removes nothing.
+namespace FCPXMLDTDFixer {
+
+/// The number of elements whose children were reordered; 0 for a document without a root.
+int fix(XMLDocument& document);
+
+} // namespace FCPXMLDTDFixer
+} // namespace orvane::fcpxml

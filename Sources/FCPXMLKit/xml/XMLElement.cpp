@@ -1,0 +1,154 @@
+#include "FCPXMLKit/xml/XMLElement.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+namespace orvane::fcpxml {
+
+namespace {
+
+constexpr std::string_view prolog =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n<!DOCTYPE fcpxml>\n";
+constexpr std::size_t indentWidth = 4;
+constexpr std::string_view replacement = "\xEF\xBF\xBD"; // U+FFFD
+
+/// What a byte below 128 needs in an attribute value: itself, an escape, or the replacement character. Line
+/// ends and tabs are written as references, as a reader would turn them into blanks.
+std::string_view escapeFor(unsigned char c) {
+    switch (c) {
+    case '&':
+        return "&amp;";
+    case '<':
+        return "&lt;";
+    case '>':
+        return "&gt;";
+    case '"':
+        return "&quot;";
+    case '\n':
+        return "&#10;";
+    case '\r':
+        return "&#13;";
+    case '\t':
+        return "&#9;";
+    default:
+        return c < 0x20 || c == 0x7F ? replacement : std::string_view();
+    }
+}
+
+constexpr std::array<bool, 256> makePlainTable() {
+    std::array<bool, 256> plain{};
+    for (std::size_t c = 0x20; c < 0x7F; ++c) plain.at(c) = c != '&' && c != '<' && c != '>' && c != '"';
+    return plain;
+}
+constexpr auto isPlain = makePlainTable();
+
+bool isContinuation(std::string_view text, std::size_t at) {
+    return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U;
+}
+
+/// The length of the well-formed character at `at`, or 0: no overlong forms, no surrogates, nothing that XML
+/// excludes.
+std::size_t characterLength(std::string_view text, std::size_t at) {
+    const auto lead = static_cast<unsigned char>(text[at]);
+    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+    if (lead < 0xC2 || lead > 0xF4) return 0;
+    std::uint32_t code = lead & (0xFFU >> (length + 1));
+    for (std::size_t i = 1; i < length; ++i) {
+        if (!isContinuation(text, at + i)) return 0;
+        code = (code << 6U) | (static_cast<unsigned char>(text[at + i]) & 0x3FU);
+    }
+    if (length == 3 && (code < 0x800 || (code >= 0xD800 && code <= 0xDFFF) || code >= 0xFFFE)) return 0;
+    if (length == 4 && (code < 0x10000 || code > 0x10FFFF)) return 0;
+    return length;
+}
+
+void appendEscaped(std::string& out, std::string_view value) {
+    std::size_t copied = 0;
+    for (std::size_t i = 0; i < value.size();) {
+        const auto c = static_cast<unsigned char>(value[i]);
+        if (isPlain[c]) {
+            ++i;
+            continue;
+        }
+        const std::size_t length = c < 0x80 ? 0 : characterLength(value, i);
+        if (length > 0) {
+            i += length;
+            continue;
+        }
+        out.append(value, copied, i - copied);
+        out += c < 0x80 ? escapeFor(c) : replacement;
+        copied = ++i;
+    }
+    out.append(value, copied);
+}
+
+/// The printed size, but for escapes: enough to reserve the text once.
+std::size_t plainSize(const XMLElement& element, std::size_t depth) {
+    std::size_t size = depth * indentWidth + element.name.size() + 5;
+    for (const auto& attribute : element.attributes)
+        size += attribute.name.size() + attribute.value.size() + 4;
+    for (const auto& child : element.children) size += plainSize(child, depth + 1);
+    if (!element.children.empty()) size += depth * indentWidth + element.name.size() + 3;
+    return size;
+}
+
+void print(std::string& out, const XMLElement& element, std::size_t depth) {
+    out.append(depth * indentWidth, ' ').append("<").append(element.name);
+    for (const auto& attribute : element.attributes) {
+        out.append(" ").append(attribute.name).append("=\"");
+        appendEscaped(out, attribute.value);
+        out += '"';
+    }
+    if (element.children.empty()) {
+        out += "/>\n";
+        return;
+    }
+    out += ">\n";
+    for (const auto& child : element.children) print(out, child, depth + 1);
+    out.append(depth * indentWidth, ' ').append("</").append(element.name).append(">\n");
+}
+
+void collect(XMLElement& element, std::string_view name, std::vector<XMLElement*>& found) {
+    if (element.name == name) found.push_back(&element);
+    for (auto& child : element.children) collect(child, name, found);
+}
+
+} // namespace
+
+const std::string* XMLElement::attribute(std::string_view attributeName) const {
+    const auto found = std::find_if(attributes.begin(), attributes.end(),
+                                    [&](const XMLAttribute& a) { return a.name == attributeName; });
+    return found == attributes.end() ? nullptr : &found->value;
+}
+
+void XMLElement::setAttribute(std::string_view attributeName, std::string value) {
+    for (auto& attribute : attributes) {
+        if (attribute.name != attributeName) continue;
+        attribute.value = std::move(value);
+        return;
+    }
+    attributes.push_back({attributeName, std::move(value)});
+}
+
+XMLElement& XMLElement::appendChild(std::string_view childName) {
+    children.push_back({childName, {}, {}});
+    return children.back();
+}
+
+std::vector<XMLElement*> findElements(XMLElement& in, std::string_view named) {
+    std::vector<XMLElement*> found;
+    collect(in, named, found);
+    return found;
+}
+
+std::string XMLDocument::text() const {
+    std::string out;
+    if (!root) return out;
+    out.reserve(prolog.size() + plainSize(*root, 0));
+    out += prolog;
+    print(out, *root, 0);
+    return out;
+}
+
+} // namespace orvane::fcpxml

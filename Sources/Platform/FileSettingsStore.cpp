@@ -90,21 +90,15 @@ SettingsFile FileSettingsStore::load() const {
     return parseSettings(files::readText(path_, largestSettingsFile));
 }
 
-SettingsStore::Values FileSettingsStore::persist(const std::string& key, const std::optional<JSON>& value) {
+SettingsStore::Values FileSettingsStore::persist(const Changes& changes) {
     constexpr unsigned ownerOnly = 0700; // as the base directory rules want it
     if (!files::exists(folderOf(path_))) files::createDirectories(folderOf(path_), ownerOnly);
     const FileLock lock(path_ + ".lock");
 
-    SettingsFile file = load();
-    Values& values = file.values;
-    const auto held = values.find(key);
-    const bool isThereAlready = value ? held != values.end() && held->second == *value : held == values.end();
-    if (isThereAlready) return values;
+    const SettingsFile file = load();
+    Values values = applied(file.values, changes);
+    if (values == file.values) return values;
 
-    if (value)
-        values.insert_or_assign(key, *value);
-    else
-        values.erase(key);
     JSON::Object members(values.begin(), values.end());
     const std::string contents = JSON(std::move(members)).dump(JSON::Layout::pretty) + "\n";
     if (file.problem) {

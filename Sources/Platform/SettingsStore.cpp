@@ -86,12 +86,19 @@ std::optional<std::string> SettingsStore::textIfPresent(std::string_view key) co
 
 void SettingsStore::set(std::string_view key, JSON value) {
     if (value.isNull())
-        change(std::string(key), std::nullopt);
+        remove(key);
     else
-        change(std::string(key), std::move(value));
+        change({{std::string(key), std::move(value)}});
 }
 
-void SettingsStore::remove(std::string_view key) { change(std::string(key), std::nullopt); }
+void SettingsStore::remove(std::string_view key) { change({{std::string(key), std::nullopt}}); }
+
+void SettingsStore::setAll(const Values& values) {
+    Changes changes;
+    for (const auto& [key, value] : values)
+        changes.emplace(key, value.isNull() ? std::nullopt : std::optional(value));
+    change(changes);
+}
 
 void SettingsStore::registerDefaults(Values defaults) {
     const std::lock_guard lock(mutex_);
@@ -118,12 +125,12 @@ void SettingsStore::adopt(Values stored) {
     stored_ = std::move(stored);
 }
 
-void SettingsStore::change(const std::string& key, const std::optional<JSON>& value) {
+void SettingsStore::change(const Changes& changes) {
     // What another process changed meanwhile comes in with the write, and is told of as well.
     std::vector<std::string> changed;
     {
         const std::lock_guard lock(mutex_);
-        Values now = persist(key, value);
+        Values now = persist(changes);
         for (const auto& [name, held] : now)
             if (const auto before = stored_.find(name); before == stored_.end() || before->second != held)
                 changed.push_back(name);
@@ -147,11 +154,18 @@ void SettingsStore::notify(const std::vector<std::string>& keys) {
         for (const auto& listener : listeners) (*listener)(key);
 }
 
-SettingsStore::Values MemorySettingsStore::persist(const std::string& key, const std::optional<JSON>& value) {
-    if (value)
-        values_.insert_or_assign(key, *value);
-    else
-        values_.erase(key);
+SettingsStore::Values SettingsStore::applied(Values values, const Changes& changes) {
+    for (const auto& [key, value] : changes) {
+        if (value)
+            values.insert_or_assign(key, *value);
+        else
+            values.erase(key);
+    }
+    return values;
+}
+
+SettingsStore::Values MemorySettingsStore::persist(const Changes& changes) {
+    values_ = applied(std::move(values_), changes);
     return values_;
 }
 

@@ -42,6 +42,8 @@ class SettingsStore {
     /// A null value removes the key. Throws FileError when the store cannot be written; the old file stands.
     void set(std::string_view key, JSON value);
     void remove(std::string_view key);
+    /// Several values in one write: all or none.
+    void setAll(const Values& values);
 
     /// Values that hold when nothing is stored. Never written to the store.
     void registerDefaults(Values defaults);
@@ -54,13 +56,16 @@ class SettingsStore {
     Subscription onChange(std::function<void(const std::string& key)> callback);
 
   protected:
-    /// Changes one stored value durably (absent removes it) and returns all stored values as they then are,
-    /// so that another process's changes are seen. Called under the lock.
-    virtual Values persist(const std::string& key, const std::optional<JSON>& value) = 0;
+    /// New values by key; absent removes the key.
+    using Changes = std::map<std::string, std::optional<JSON>, std::less<>>;
+    /// Changes stored values durably, all or none, and returns all stored values as they then are, so that
+    /// another process's changes are seen. Called under the lock.
+    virtual Values persist(const Changes& changes) = 0;
+    static Values applied(Values values, const Changes& changes);
     void adopt(Values stored);
 
   private:
-    void change(const std::string& key, const std::optional<JSON>& value);
+    void change(const Changes& changes);
     void notify(const std::vector<std::string>& keys);
 
     mutable std::mutex mutex_;
@@ -90,7 +95,7 @@ class FileSettingsStore final : public SettingsStore {
     std::optional<std::string> problem() const;
 
   protected:
-    Values persist(const std::string& key, const std::optional<JSON>& value) override;
+    Values persist(const Changes& changes) override;
 
   private:
     SettingsFile load() const;
@@ -103,7 +108,7 @@ class FileSettingsStore final : public SettingsStore {
 /// A store that lives and dies with the object.
 class MemorySettingsStore final : public SettingsStore {
   protected:
-    Values persist(const std::string& key, const std::optional<JSON>& value) override;
+    Values persist(const Changes& changes) override;
 
   private:
     Values values_;

@@ -1,0 +1,71 @@
+#include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+
+#include "Platform/Files.h"
+
+#include <vector>
+
+namespace orvane::AppStorageHelper {
+
+namespace files = platform::files;
+
+namespace {
+
+std::string made(std::string path) {
+    try {
+        files::createDirectories(path);
+    } catch (const platform::FileError&) {
+        // What is to be written there fails with a reason of its own.
+    }
+    return path;
+}
+
+std::string below(const std::string& folder, std::string_view name) {
+    return made(folder + "/" + std::string(name));
+}
+
+} // namespace
+
+std::string applicationSupportDirectory() { return below(files::dataHome(), appFolderName); }
+
+std::string cachesDirectory() { return below(files::cacheHome(), appFolderName); }
+
+std::string sessionsDirectory() { return below(applicationSupportDirectory(), "Sessions"); }
+
+std::string presetsDirectory() { return below(applicationSupportDirectory(), "Presets"); }
+
+std::string modelStorageDirectory() { return below(applicationSupportDirectory(), "Models"); }
+
+std::string calibrationDirectory() { return below(applicationSupportDirectory(), "Calibration"); }
+
+std::string probeCacheDirectory() { return below(cachesDirectory(), "ProbeCache"); }
+
+std::string stemCacheDirectory() { return below(cachesDirectory(), "StemCache"); }
+
+std::string voiceIsolationCacheDirectory() { return below(cachesDirectory(), "VoiceIsolation"); }
+
+std::int64_t cacheSizeBytes() {
+    std::int64_t total = 0;
+    files::walk(
+        cachesDirectory(),
+        [&total](const std::string& path, files::WalkEntry kind) {
+            if (kind != files::WalkEntry::file) return;
+            if (const auto attributes = files::attributes(path)) total += attributes->size;
+        },
+        [](const std::string&) { return true; }, files::Hidden::include);
+    return total;
+}
+
+std::int64_t clearDiskCaches() {
+    const std::int64_t size = cacheSizeBytes();
+    const std::string caches = cachesDirectory();
+    for (const std::string& name : files::childNames(caches).value_or(std::vector<std::string>())) {
+        try {
+            files::removeTree(caches + "/" + name);
+        } catch (const platform::FileError&) {
+            // One entry that can't go is no reason to keep the others.
+        }
+    }
+    return size;
+}
+
+} // namespace orvane::AppStorageHelper

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// The application's directories, absolute paths in the bytes of the file system. Each getter makes its
+/// directory, with those above it, where it is missing; a failure to do so is ignored, and the file operation
+/// that follows fails by itself. Work lies below the XDG data directory, caches below the XDG cache
+/// directory. Any thread.
+namespace orvane::AppStorageHelper {
+
+inline constexpr std::string_view appFolderName = "Orvane Tandrel";
+
+std::string applicationSupportDirectory();
+std::string cachesDirectory();
+
+std::string sessionsDirectory();
+std::string presetsDirectory();
+std::string modelStorageDirectory();
+std::string calibrationDirectory();
+
+std::string probeCacheDirectory();
+std::string stemCacheDirectory();
+std::string voiceIsolationCacheDirectory();
+
+/// Total size in bytes of all files below `cachesDirectory`, hidden ones too.
+std::int64_t cacheSizeBytes();
+/// Removes every direct child of `cachesDirectory`, as far as the system lets it, and returns the size from
+/// just before.
+std::int64_t clearDiskCaches();
+
+} // namespace orvane::AppStorageHelper

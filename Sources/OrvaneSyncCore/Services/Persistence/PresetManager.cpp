@@ -1,0 +1,83 @@
+#include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
+
+#include "OrvaneSyncCore/Services/Persistence/AnyCodable.h"
+#include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "Platform/Files.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+
+namespace orvane {
+
+namespace files = platform::files;
+
+namespace {
+
+constexpr std::string_view extension = ".json";
+
+std::string presetPath(std::string_view name) {
+    std::string fileName(name);
+    std::ranges::replace_if(
+        fileName, [](char c) { return c == '/' || c == ':'; }, '-');
+    return AppStorageHelper::presetsDirectory() + "/" + fileName + std::string(extension);
+}
+
+} // namespace
+
+const std::vector<std::string>& PresetManager::managedKeys() {
+    static const std::vector<std::string> keys = [] {
+        std::vector<std::string> result;
+        for (const SettingDescription& setting : SettingsCatalogue::all()) result.emplace_back(setting.key);
+        return result;
+    }();
+    return keys;
+}
+
+std::string PresetManager::snapshotData(const platform::SettingsStore& defaults) const {
+    JSON snapshot = JSON::object();
+    for (const std::string& key : managedKeys())
+        if (auto value = defaults.storedValue(key)) snapshot.set(key, toJSON(AnyCodable{std::move(*value)}));
+    return snapshot.dump();
+}
+
+void PresetManager::applySnapshot(std::string_view data, platform::SettingsStore& defaults) const {
+    const JSON snapshot = JSON::parse(data);
+    const JSON::Object* members = snapshot.members();
+    if (members == nullptr) throw DecodingError("a settings snapshot must be a JSON object");
+    platform::SettingsStore::Values values;
+    for (const auto& [key, value] : *members) values.insert_or_assign(key, fromJSON<AnyCodable>(value).value);
+    defaults.setAll(values);
+}
+
+void PresetManager::save(std::string_view name, const platform::SettingsStore& defaults) const {
+    files::writeAtomically(presetPath(name), snapshotData(defaults));
+}
+
+void PresetManager::load(std::string_view name, platform::SettingsStore& defaults) const {
+    applySnapshot(files::readText(presetPath(name)), defaults);
+}
+
+void PresetManager::deletePreset(std::string_view name) const { files::remove(presetPath(name)); }
+
+bool PresetManager::exists(std::string_view name) const { return files::exists(presetPath(name)); }
+
+std::vector<std::string> PresetManager::list() const {
+    const std::string directory = AppStorageHelper::presetsDirectory();
+    std::vector<std::string> names;
+    for (std::string& fileName : files::childNames(directory).value_or(std::vector<std::string>())) {
+        if (!fileName.ends_with(extension) || fileName.size() == extension.size()) continue;
+        const auto attributes = files::attributes(directory + "/" + fileName);
+        if (!attributes || attributes->isDirectory) continue;
+        fileName.resize(fileName.size() - extension.size());
+        names.push_back(std::move(fileName));
+    }
+    // The file system's order is no order; names that compare as equal are listed alike every time.
+    std::ranges::sort(names);
+    std::ranges::stable_sort(names, [](const std::string& a, const std::string& b) {
+        return platform::text::compareLocalizedStandard(a, b) < 0;
+    });
+    return names;
+}
+
+} // namespace orvane

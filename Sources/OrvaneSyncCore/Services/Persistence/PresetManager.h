@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Platform/SettingsStore.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvane {
+
+/// Keeps subsets of the settings as named files, one JSON object each, in
+/// `AppStorageHelper::presetsDirectory`; a folder's snapshot of its settings is the same object as bytes.
+/// Holds no state; any thread.
+///
+/// A preset's file bears its name, with "/" and ":" replaced by "-": saved as A/B, it is found under A/B and
+/// listed as A-B.
+class PresetManager {
+  public:
+    /// The keys that presets and snapshots hold.
+    static const std::vector<std::string>& managedKeys();
+
+    /// The stored values of the managed keys as JSON; keys without one are left out. Overrides of this run
+    /// and registered defaults are no stored values.
+    std::string snapshotData(const platform::SettingsStore& defaults) const;
+    /// Writes every entry to the store, all or none, also for keys that are not managed. Keys that the
+    /// snapshot lacks stay as they are. Throws JSONError, DecodingError or FileError; the store then is
+    /// unchanged.
+    void applySnapshot(std::string_view data, platform::SettingsStore& defaults) const;
+
+    /// Replaces an older preset of that name. Throws FileError.
+    void save(std::string_view name, const platform::SettingsStore& defaults) const;
+    /// Throws like `applySnapshot`, and FileError when there is no such preset.
+    void load(std::string_view name, platform::SettingsStore& defaults) const;
+    /// Throws FileError, also when there is no such preset.
+    void deletePreset(std::string_view name) const;
+    bool exists(std::string_view name) const;
+    /// The names of all presets in the order of a file browser.
+    std::vector<std::string> list() const;
+};
+
+} // namespace orvane

@@ -1,0 +1,142 @@
+#include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
+
+#include "OrvaneSyncCore/Services/Persistence/AnyCodable.h"
+#include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "Platform/Files.h"
+#include "Support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace orvane {
+namespace {
+
+using platform::MemorySettingsStore;
+using test::ScopedEnvironment;
+
+/// An account of the test's own.
+class Persistence : public testing::Test {
+  protected:
+    test::TemporaryDirectory home;
+    ScopedEnvironment dataHome{"XDG_DATA_HOME", home.path("data").c_str()};
+    ScopedEnvironment configHome{"XDG_CONFIG_HOME", home.path("config").c_str()};
+    ScopedEnvironment cacheHome{"XDG_CACHE_HOME", home.path("cache").c_str()};
+    PresetManager presets;
+    MemorySettingsStore store;
+};
+
+TEST_F(Persistence, thereAre73ManagedKeys) {
+    const auto& keys = PresetManager::managedKeys();
+    EXPECT_EQ(std::set<std::string>(keys.begin(), keys.end()).size(), 73U);
+    EXPECT_EQ(keys.size(), 73U);
+    EXPECT_EQ(keys.front(), "eventName");
+    EXPECT_EQ(keys.back(), "atmo.includeInExport");
+    EXPECT_EQ(SettingsCatalogue::find("developerMode"), nullptr);
+    for (const SettingDescription& setting : SettingsCatalogue::all()) {
+        using Kind = SettingDescription::Kind;
+        const JSON value = setting.defaultValue();
+        if (value.isNull()) continue;
+        const bool fits =
+            setting.kind == Kind::boolean   ? value.boolean().has_value()
+            : setting.kind == Kind::integer ? std::holds_alternative<std::int64_t>(setting.readerDefault)
+            : setting.kind == Kind::number  ? std::holds_alternative<double>(setting.readerDefault)
+                                            : value.string() != nullptr;
+        EXPECT_TRUE(fits) << setting.key;
+    }
+}
+
+TEST_F(Persistence, aSnapshotHoldsStoredManagedValuesAlone) {
+    registerStandardDefaults(store);
+    store.setOverride("eventName", "this run");
+    store.set("developerMode", true);
+    EXPECT_EQ(presets.snapshotData(store), "{}");
+    store.set("trimMode", "video");
+    EXPECT_EQ(presets.snapshotData(store), R"({"trimMode":"video"})");
+}
+
+TEST_F(Persistence, aPresetNeverClearsASetting) {
+    store.setAll({{"eventName", "kept"}, {"trimMode", "none"}});
+    presets.applySnapshot(R"({"trimMode":"video","someone.elses":[1]})", store);
+    EXPECT_EQ(store.text("eventName"), "kept");
+    EXPECT_EQ(store.text("trimMode"), "video");
+    EXPECT_EQ(store.value("someone.elses"), JSON(JSON::Array{1}));
+}
+
+TEST_F(Persistence, aBrokenSnapshotChangesNothing) {
+    store.set("trimMode", "none");
+    for (const char* data : {"", "[]", "{\"trimMode\":", R"({"eventName":"x","trimMode":null})",
+                             R"({"eventName":"x","trimMode":{"a":[1,null]}})"}) {
+        EXPECT_ANY_THROW(presets.applySnapshot(data, store)) << data;
+        EXPECT_EQ(presets.snapshotData(store), R"({"trimMode":"none"})");
+    }
+    try {
+        presets.applySnapshot(R"({"a":null})", store);
+        ADD_FAILURE();
+    } catch (const DecodingError& error) {
+        EXPECT_STREQ(error.what(), "AnyCodable: unsupported type");
+    }
+}
+
+TEST_F(Persistence, kindsSurviveARoundTrip) {
+    const std::string data =
+        R"({"alternateWidth":2,"generateMulticam":true,"lockit.fieldMapping.v1":{"a":[1,{"b":false}],"c":"d"},"smartAudio.voiceIso":1.5})";
+    presets.applySnapshot(data, store);
+    EXPECT_EQ(presets.snapshotData(store), data);
+    EXPECT_EQ(fromJSON<AnyCodable>(JSON(2.0)).value.dump(), "2") << "a whole number is an integer";
+}
+
+TEST_F(Persistence, presetFilesBearSafeNames) {
+    store.set("trimMode", "video");
+    presets.save("24:00/A", store);
+    EXPECT_EQ(home.read("data/Orvane Tandrel/Presets/24-00-A.json"), R"({"trimMode":"video"})");
+    EXPECT_TRUE(presets.exists("24:00/A"));
+    store.set("trimMode", "none");
+    presets.load("24:00/A", store);
+    EXPECT_EQ(store.text("trimMode"), "video");
+
+    for (const char* name : {"Preset 10", "Preset 2", ".hidden"}) presets.save(name, store);
+    home.write("data/Orvane Tandrel/Presets/notes.txt", "");
+    home.write("data/Orvane Tandrel/Presets/folder.json/x", "");
+    EXPECT_EQ(presets.list(), (std::vector<std::string>{".hidden", "24-00-A", "Preset 2", "Preset 10"}));
+
+    presets.deletePreset("24-00-A");
+    EXPECT_FALSE(presets.exists("24:00/A"));
+    EXPECT_THROW(presets.deletePreset("24-00-A"), platform::FileError);
+    EXPECT_THROW(presets.load("24-00-A", store), platform::FileError);
+}
+
+TEST_F(Persistence, clearingCachesKeepsWork) {
+    home.write("cache/Orvane Tandrel/ProbeCache/a", "12345");
+    home.write("cache/Orvane Tandrel/.hidden/b", "123");
+    presets.save("kept", store);
+    EXPECT_EQ(AppStorageHelper::cacheSizeBytes(), 8);
+    EXPECT_EQ(AppStorageHelper::clearDiskCaches(), 8);
+    EXPECT_EQ(AppStorageHelper::cacheSizeBytes(), 0);
+    EXPECT_TRUE(std::filesystem::is_empty(home.path("cache/Orvane Tandrel")));
+    EXPECT_TRUE(presets.exists("kept"));
+}
+
+TEST_F(Persistence, foldersAreMadeAndFailuresIgnored) {
+    EXPECT_EQ(AppStorageHelper::sessionsDirectory(), home.path("data/Orvane Tandrel/Sessions"));
+    EXPECT_TRUE(std::filesystem::is_directory(home.path("data/Orvane Tandrel/Sessions")));
+    home.write("blocked", "");
+    const ScopedEnvironment blocked("XDG_DATA_HOME", home.path("blocked").c_str());
+    EXPECT_TRUE(presets.list().empty());
+    EXPECT_THROW(presets.save("x", store), platform::FileError);
+}
+
+TEST_F(Persistence, theAccountsSettings) {
+    EXPECT_FALSE(openStandardSettings()->problem().has_value());
+    EXPECT_TRUE(openStandardSettings()->boolean("offspeed.autoKeyword"));
+    openStandardSettings()->set("offspeed.autoKeyword", false);
+    EXPECT_FALSE(openStandardSettings()->boolean("offspeed.autoKeyword", true));
+    EXPECT_TRUE(platform::files::exists(home.path("config/Orvane Tandrel/settings.json")));
+}
+
+} // namespace
+} // namespace orvane

@@ -1,0 +1,163 @@
+#include "Platform/Files.h"
+
+#include "Support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <set>
+#include <string>
+
+namespace orvane::platform {
+namespace {
+
+namespace fs = std::filesystem;
+using test::ScopedEnvironment;
+using test::TemporaryDirectory;
+
+std::set<std::string> walked(const std::string& folder, files::Hidden hidden = files::Hidden::skip) {
+    std::set<std::string> found;
+    files::walk(
+        folder,
+        [&](const std::string& path, files::WalkEntry kind) {
+            const bool isNew =
+                found
+                    .insert(path.substr(folder.size() + 1) + (kind == files::WalkEntry::directory ? "/" : ""))
+                    .second;
+            EXPECT_TRUE(isNew) << path;
+        },
+        [](const std::string& path) { return !path.ends_with("skipped"); }, hidden);
+    return found;
+}
+
+unsigned permissions(const std::string& path) {
+    struct stat status {};
+    EXPECT_EQ(::stat(path.c_str(), &status), 0);
+    return status.st_mode & 07777U;
+}
+
+TEST(Files, aWriteKeepsPermissionsAndLinks) {
+    const TemporaryDirectory folder;
+    const std::string real = folder.write("real/file", "old");
+    ASSERT_EQ(::chmod(real.c_str(), 0640), 0);
+    fs::create_symlink("real/file", folder.path("link"));
+    fs::create_symlink("real/new", folder.path("dangling"));
+
+    files::writeAtomically(folder.path("link"), "new");
+    files::writeAtomically(folder.path("dangling"), "made");
+
+    EXPECT_EQ(folder.read("real/file"), "new");
+    EXPECT_EQ(permissions(real), 0640U);
+    EXPECT_EQ(folder.read("real/new"), "made");
+    EXPECT_TRUE(fs::is_symlink(folder.path("link")) && fs::is_symlink(folder.path("dangling")));
+    EXPECT_NO_THROW(files::writeAtomically("/dev/null", "gone"));
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+}
+
+TEST(Files, aFailedWriteLeavesNothingAndSaysWhy) {
+    const TemporaryDirectory folder;
+    fs::create_directories(folder.path("is a folder/child"));
+    for (const std::string name : {"is a folder", "absent/file", "f\xFF/x"}) {
+        try {
+            files::writeAtomically(folder.path(name), "x");
+            ADD_FAILURE() << name;
+        } catch (const FileError& error) {
+            const std::string reason = error.what();
+            EXPECT_NE(reason.find(folder.path()), std::string::npos) << reason;
+            EXPECT_EQ(reason.find('\xFF'), std::string::npos) << reason;
+        }
+    }
+    EXPECT_EQ(walked(folder.path(), files::Hidden::include),
+              (std::set<std::string>{"is a folder/", "is a folder/child/"}));
+    if (::geteuid() != 0) {
+        folder.write("locked/file", "old");
+        ASSERT_EQ(::chmod(folder.path("locked").c_str(), 0500), 0);
+        EXPECT_THROW(files::writeAtomically(folder.path("locked/file"), "new"), FileError);
+        EXPECT_EQ(folder.read("locked/file"), "old");
+    }
+}
+
+TEST(Files, readsWholeFilesUpToALimit) {
+    const TemporaryDirectory folder;
+    const std::string bytes(200000, '\x7F');
+    const std::string path = folder.write("n\xFF\xFE", bytes);
+    EXPECT_EQ(files::readText(path), bytes);
+    EXPECT_EQ(files::readText(path, bytes.size()), bytes);
+    EXPECT_THROW(files::readText(path, bytes.size() - 1), FileError);
+    EXPECT_THROW(files::readText("/dev/zero", 1000000), FileError);
+    EXPECT_FALSE(files::readText("/proc/self/status").empty()) << "files that claim no size";
+    EXPECT_THROW(files::readText(folder.path()), FileError);
+    EXPECT_EQ(files::attributes(path)->size, 200000);
+    EXPECT_FALSE(files::exists(folder.path("absent")));
+}
+
+TEST(Files, aWalkSeesEachEntryOnce) {
+    const TemporaryDirectory folder;
+    for (const char* name : {"b/c/deep", "a", "b/n\xFF", ".hidden/x", ".dot", "skipped/x"})
+        folder.write(name, "");
+    fs::create_directory_symlink(folder.path(), folder.path("b/loop"));
+    fs::create_symlink("../a", folder.path("b/link"));
+    fs::create_symlink("nowhere", folder.path("b/dangling"));
+    ASSERT_EQ(::mkfifo(folder.path("b/pipe").c_str(), 0600), 0);
+
+    const std::set<std::string> plain{"b/",      "b/c/",    "b/c/deep", "a",
+                                      "b/n\xFF", "b/loop/", "b/link",   "skipped/"};
+    EXPECT_EQ(walked(folder.path()), plain);
+    std::set<std::string> all = plain;
+    all.insert({".hidden/", ".hidden/x", ".dot"});
+    EXPECT_EQ(walked(folder.path(), files::Hidden::include), all);
+    EXPECT_FALSE(files::walk(
+        folder.path("absent"), [](auto&, auto) {}, [](auto&) { return true; }));
+}
+
+TEST(Files, standardizedPaths) {
+    const TemporaryDirectory folder;
+    folder.write("real/sub/file", "");
+    fs::create_directory_symlink(folder.path("real/sub"), folder.path("jump"));
+    struct Case {
+        const char* name;
+        const char* from;
+        const char* to;
+    };
+    for (const Case& test : {
+             Case{"dots", "real/./sub//../sub/file", "real/sub/file"},
+             Case{"a slash at the end", "real/sub/", "real/sub"},
+             Case{"the folder above a link is that of its target", "jump/../x", "real/x"},
+             Case{"links among the folders", "jump/file", "real/sub/file"},
+             Case{"a link at the end stays", "jump", "jump"},
+             Case{"what is not there", "absent/a/../b", "absent/b"},
+             Case{"a folder above at the end", "real/sub/..", "real"},
+         })
+        EXPECT_EQ(files::standardized(folder.path(test.from)), folder.path(test.to)) << test.name;
+    EXPECT_EQ(files::standardized("/"), "/");
+    EXPECT_EQ(files::standardized("/.."), "/");
+    EXPECT_EQ(files::standardized("x"), fs::current_path().string() + "/x");
+}
+
+TEST(Files, baseDirectories) {
+    const ScopedEnvironment home("HOME", "/home/someone");
+    const ScopedEnvironment data("XDG_DATA_HOME", "/data"), config("XDG_CONFIG_HOME", "relative/is/ignored"),
+        cache("XDG_CACHE_HOME", nullptr);
+    EXPECT_EQ(files::dataHome(), "/data");
+    EXPECT_EQ(files::configHome(), "/home/someone/.config");
+    EXPECT_EQ(files::cacheHome(), "/home/someone/.cache");
+}
+
+TEST(Files, foldersAreMadeAndRemoved) {
+    const TemporaryDirectory folder;
+    files::createDirectories(folder.path("a/b/c/"), 0700);
+    EXPECT_EQ(permissions(folder.path("a/b")), 0700U);
+    EXPECT_NO_THROW(files::createDirectories(folder.path("a/b")));
+    folder.write("file", "kept");
+    EXPECT_THROW(files::createDirectories(folder.path("file/below")), FileError);
+    fs::create_symlink(folder.path("file"), folder.path("a/link"));
+    files::removeTree(folder.path("a"));
+    EXPECT_EQ(walked(folder.path()), std::set<std::string>{"file"});
+    EXPECT_THROW(files::remove(folder.path("absent")), FileError);
+}
+
+} // namespace
+} // namespace orvane::platform

@@ -1,0 +1,98 @@
+#include "Platform/JSON.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <string>
+
+namespace orvane::platform {
+namespace {
+
+TEST(JSON, keepsEveryNumberAndItsKind) {
+    struct Case {
+        const char* name;
+        const char* text;
+        const char* written;
+    };
+    for (const Case& test : {
+             Case{"a whole number stays one", "2", "2"},
+             Case{"a whole double stays a double", "25.0", "25.0"},
+             Case{"smallest integer", "-9223372036854775808", "-9223372036854775808"},
+             Case{"largest unsigned", "18446744073709551615", "18446744073709551615"},
+             Case{"beyond 2^53 nothing is rounded", "9007199254740993", "9007199254740993"},
+             Case{"shortest form", "0.1", "0.1"},
+             Case{"a frame rate", "23.976023976023978", "23.976023976023978"},
+             Case{"a whole double of 21 digits is no integer", "123456789012345680000.0",
+                  "123456789012345683968.0"},
+             Case{"smallest denormal", "5e-324", "5e-324"},
+             Case{"largest double", "1.7976931348623157e308", "1.7976931348623157e+308"},
+             Case{"negative zero", "-0.0", "-0.0"},
+         }) {
+        const JSON value = JSON::parse(test.text);
+        EXPECT_EQ(value.dump(), test.written) << test.name;
+        EXPECT_EQ(JSON::parse(value.dump()).dump(), test.written) << test.name;
+    }
+    EXPECT_EQ(JSON(std::nan("")).dump(), "null");
+    EXPECT_EQ(JSON(-std::numeric_limits<double>::infinity()).dump(), "null");
+}
+
+TEST(JSON, convertsOnlyWhatFits) {
+    EXPECT_EQ(JSON(25.0).integer(), 25);
+    EXPECT_EQ(JSON(25.5).integer(), std::nullopt);
+    EXPECT_EQ(JSON(9223372036854775808.0).integer(), std::nullopt);
+    EXPECT_EQ(JSON(-9223372036854775808.0).integer(), std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(JSON(std::numeric_limits<std::uint64_t>::max()).integer(), std::nullopt);
+    EXPECT_EQ(JSON(-1).unsignedInteger(), std::nullopt);
+    EXPECT_EQ(JSON(true).number(), std::nullopt);
+    EXPECT_EQ(JSON(1).boolean(), std::nullopt);
+    EXPECT_EQ(JSON(2), JSON(2.0));
+    EXPECT_NE(JSON(9007199254740993), JSON(9007199254740992.0));
+    EXPECT_NE(JSON(1), JSON(true));
+}
+
+TEST(JSON, writesTextsThatReadBack) {
+    const std::string awkward = "\"\\/\b\n\r\t\x01\x7F \xC3\xA9 \xF0\x9F\x8E\xAC";
+    EXPECT_EQ(*JSON::parse(JSON(awkward).dump()).string(), awkward);
+    EXPECT_EQ(JSON("a\x01\n").dump(), R"("a\u0001\n")");
+    EXPECT_EQ(*JSON::parse(JSON("a\xFF\xC3").dump()).string(), "a\xEF\xBF\xBD\xEF\xBF\xBD");
+    EXPECT_EQ(*JSON::parse(R"("\ud83c\udfac")").string(), "\xF0\x9F\x8E\xAC");
+    EXPECT_EQ(*JSON::parse(JSON(std::string("a\0b", 3)).dump()).string(), std::string("a\0b", 3));
+}
+
+TEST(JSON, sortsMembersAndIndents) {
+    JSON value;
+    value.set("b", JSON::array());
+    value.set("a", JSON(JSON::Array{1, JSON(JSON::Object{{"k", nullptr}})}));
+    value.set("b", true);
+    EXPECT_EQ(value.dump(), R"({"a":[1,{"k":null}],"b":true})");
+    EXPECT_EQ(value.dump(JSON::Layout::pretty),
+              "{\n  \"a\": [\n    1,\n    {\n      \"k\": null\n    }\n  ],\n  \"b\": true\n}");
+    EXPECT_EQ(JSON::object().dump(JSON::Layout::pretty), "{}");
+    EXPECT_EQ(value, JSON::parse(R"({"b":true,"a":[1,{"k":null}]})"));
+    EXPECT_NE(value, JSON::parse(R"({"b":true,"a":[1,{"k":false}]})"));
+}
+
+TEST(JSON, theLastOfEqualKeysWins) {
+    EXPECT_EQ(JSON::parse(R"({"a":1,"b":2,"a":3})").dump(), R"({"a":3,"b":2})");
+    std::string many = "{";
+    for (int i = 0; i < 100; ++i) many += "\"k" + std::to_string(i % 50) + "\":" + std::to_string(i) + ",";
+    const JSON value = JSON::parse(many + "\"last\":0}");
+    EXPECT_EQ(value.members()->size(), 51U);
+    EXPECT_EQ(value.find("k7")->integer(), 57);
+}
+
+TEST(JSON, refusesWhatIsNoJSON) {
+    const std::string deep(600, '['), notTooDeep(500, '[');
+    for (const std::string& text :
+         {std::string(), std::string("  "), std::string("{"), std::string("[1,]"), std::string("1 2"),
+          std::string("nul"), std::string("\"\xFF\""), std::string("{\"a\" 1}"), std::string("1e400"),
+          std::string(R"("\ud800")"), std::string("\"a\nb\""), deep + std::string(600, ']')})
+        EXPECT_THROW(JSON::parse(text), JSONError) << text.substr(0, 20);
+    EXPECT_NO_THROW(JSON::parse(notTooDeep + std::string(500, ']')));
+    EXPECT_EQ(JSON::parse("\xEF\xBB\xBF{}"), JSON::object());
+}
+
+} // namespace
+} // namespace orvane::platform

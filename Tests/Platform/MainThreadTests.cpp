@@ -1,0 +1,142 @@
+#include "Platform/MainThread.h"
+#include "Platform/Random.h"
+
+#include "Support/VirtualMainThread.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace orvane::platform {
+namespace {
+
+using namespace std::chrono_literals;
+
+TEST(RunLoop, servesInOrderUntilQuit) {
+    const auto loop = RunLoop::create();
+    std::string order;
+    const auto calledOff = loop->after(0ms, [&] { order += "x"; });
+    calledOff->cancel();
+    std::thread other([&] { EXPECT_FALSE(loop->isCurrent()); });
+    other.join();
+    loop->post([&] {
+        order += "a";
+        loop->post([&] {
+            order += "c";
+            loop->after(1ms, [&] {
+                order += "d";
+                loop->quit();
+            });
+        });
+    });
+    loop->post([&] { order += "b"; });
+    loop->run();
+    EXPECT_EQ(order, "abcd");
+
+    loop->post([&] { loop->quit(); });
+    loop->post([&] { order += "later"; });
+    loop->run();
+    EXPECT_EQ(order, "abcd");
+}
+
+TEST(RunLoop, takesWorkFromManyThreads) {
+    const auto loop = RunLoop::create();
+    int count = 0;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&] {
+            for (int i = 0; i < 250; ++i)
+                loop->post([&] {
+                    EXPECT_TRUE(loop->isCurrent());
+                    if (++count == 1000) loop->quit();
+                });
+        });
+    loop->run();
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(count, 1000);
+}
+
+TEST(SerialQueue, runsEverythingThatWasPromised) {
+    std::string order;
+    {
+        const auto queue = SerialQueue::create("a label longer than the kernel takes");
+        queue->after(2h, [&] { order += "e"; });
+        queue->after(1h, [&] { order += "d"; });
+        for (const char c : {'a', 'b'}) queue->post([&order, c] { order += c; });
+        queue->sync([&] { order += "c"; });
+        EXPECT_EQ(order, "abc");
+        EXPECT_THROW(queue->sync([] { throw std::runtime_error("passes through"); }), std::runtime_error);
+    }
+    EXPECT_EQ(order, "abcde");
+}
+
+TEST(Concurrently, runsEachIndexOnceWithinItsLimit) {
+    for (const std::size_t concurrency : {0U, 1U, 3U, 1000U}) {
+        std::vector<std::atomic<int>> runs(500);
+        std::atomic<std::size_t> now = 0, most = 0;
+        concurrently(runs.size(), concurrency, [&](std::size_t i) {
+            const std::size_t running = ++now;
+            for (std::size_t seen = most; running > seen && !most.compare_exchange_weak(seen, running);) {
+            }
+            ++runs[i];
+            --now;
+        });
+        EXPECT_TRUE(std::ranges::all_of(runs, [](const auto& count) { return count == 1; }));
+        EXPECT_LE(most, std::max<std::size_t>(concurrency, 1));
+    }
+    concurrently(0, 4, [](std::size_t) { ADD_FAILURE(); });
+}
+
+TEST(Concurrently, nestsAndPassesExceptionsOn) {
+    std::atomic<int> count = 0;
+    concurrently(64, 64, [&](std::size_t) { concurrently(8, 8, [&](std::size_t) { ++count; }); });
+    EXPECT_EQ(count, 512);
+    EXPECT_THROW(concurrently(100, 4,
+                              [](std::size_t i) {
+                                  if (i == 7) throw std::runtime_error("seven");
+                              }),
+                 std::runtime_error);
+}
+
+TEST(VirtualMainThread, movesOnlyByHand) {
+    test::VirtualMainThread main;
+    std::string order;
+    main.after(2s, [&] { order += "2"; });
+    const auto debounce = main.after(1s, [&] { order += "x"; });
+    main.after(1s, [&] {
+        order += "1";
+        main.after(500ms, [&] { order += "+"; });
+    });
+    debounce->cancel();
+    main.post([&] { order += "p"; });
+    EXPECT_EQ(main.pendingTimers(), 2U);
+    main.advance(1999ms);
+    EXPECT_EQ(order, "p1+");
+    EXPECT_EQ(main.clock()->now(), 1999ms);
+    main.advance(1ms);
+    EXPECT_EQ(order, "p1+2");
+
+    const auto queue = SerialQueue::create("worker");
+    bool came = false;
+    queue->post([&] { main.post([&] { came = true; }); });
+    EXPECT_TRUE(main.waitUntil([&] { return came; }));
+}
+
+TEST(Random, fillsEveryByte) {
+    std::array<std::byte, 64> bytes{};
+    std::array<bool, 64> changed{};
+    for (int round = 0; round < 8; ++round) {
+        secureRandom(bytes);
+        for (std::size_t i = 0; i < bytes.size(); ++i) changed[i] = changed[i] || bytes[i] != std::byte{0};
+    }
+    EXPECT_TRUE(std::ranges::all_of(changed, [](bool flag) { return flag; }));
+}
+
+} // namespace
+} // namespace orvane::platform

@@ -1,0 +1,67 @@
+#include "Platform/Text.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace orvane::platform {
+namespace {
+
+TEST(Text, theOrderOfAFileBrowser) {
+    struct Case {
+        const char* name;
+        const char* first;
+        const char* second;
+        int sign;
+    };
+    for (const Case& test : {
+             Case{"numbers count by value", "Clip 2", "Clip 10", -1},
+             Case{"numbers inside a name", "A001C9_x", "A001C10_a", -1},
+             Case{"leading zeros do not count", "take 007", "take 7", 0},
+             Case{"long numbers do not overflow", "9999999999999999999998", "10000000000000000000000", -1},
+             Case{"letters before case", "apple", "Banana", -1},
+             Case{"case decides last", "clip", "Clip", -1},
+             Case{"accents beside their letter", "\xC3\xA9tude", "f", -1},
+             Case{"the same", "x", "x", 0},
+             Case{"the empty text first", "", "a", -1},
+         }) {
+        const auto sign = [](int value) { return (value > 0) - (value < 0); };
+        EXPECT_EQ(sign(text::compareLocalizedStandard(test.first, test.second)), test.sign) << test.name;
+        EXPECT_EQ(sign(text::compareLocalizedStandard(test.second, test.first)), -test.sign) << test.name;
+        EXPECT_EQ(sign(text::localizedStandardSortKey(test.first)
+                           .compare(text::localizedStandardSortKey(test.second))),
+                  test.sign)
+            << test.name;
+    }
+    EXPECT_NE(text::compareLocalizedStandard("\xFF", "a"), 0);
+    const std::string longText(5000, '\xFF');
+    EXPECT_FALSE(text::localizedStandardSortKey(longText).empty());
+}
+
+TEST(Text, caseMapping) {
+    EXPECT_EQ(text::uppercased("a[z]{9~"), "A[Z]{9~");
+    EXPECT_EQ(text::lowercased("A[Z]{9~"), "a[z]{9~");
+    EXPECT_EQ(text::uppercased("stra\xC3\x9F"
+                               "e"),
+              "STRASSE");
+    EXPECT_EQ(text::lowercased("\xC3\x89TUDE I"), "\xC3\xA9tude i");
+    EXPECT_EQ(text::uppercased("a\xFFz"), "A\xEF\xBF\xBDZ");
+}
+
+TEST(Text, repairsUTF8) {
+    EXPECT_EQ(text::validUTF8("plain \xC3\xA9"), "plain \xC3\xA9");
+    EXPECT_EQ(text::validUTF8("a\xC3"), "a\xEF\xBF\xBD");
+    EXPECT_EQ(text::validUTF8("\xE2\x82z"), "\xEF\xBF\xBDz");
+    EXPECT_EQ(text::validUTF8("\xC0\xAF"), "\xEF\xBF\xBD\xEF\xBF\xBD") << "an overlong slash";
+    EXPECT_FALSE(text::isValidUTF8("\xED\xA0\x80")) << "half a pair";
+}
+
+TEST(Text, trimsUnicodeWhiteSpace) {
+    EXPECT_EQ(text::trimmed(" \t\r\n a b\xC2\xA0\xE2\x80\xA8"), "a b");
+    EXPECT_EQ(text::trimmed(" \xE3\x80\x80 "), "");
+    EXPECT_EQ(text::trimmed("\xFF \x80"), "\xFF \x80");
+    EXPECT_EQ(text::trimmed(""), "");
+}
+
+} // namespace
+} // namespace orvane::platform

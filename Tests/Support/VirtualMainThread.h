@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Platform/MainThread.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+namespace orvane::test {
+
+/// A clock that stands still until a test moves it. Any thread.
+class ManualClock final : public platform::Clock {
+  public:
+    std::chrono::nanoseconds now() const override;
+    void advance(std::chrono::nanoseconds by);
+    void set(std::chrono::nanoseconds moment);
+
+  private:
+    mutable std::mutex mutex_;
+    std::chrono::nanoseconds now_{0};
+};
+
+/// A main thread whose time a test moves by hand: the thread that makes it is the main thread, and work runs
+/// only inside `runPosted`, `advance` and `waitUntil`. Posting and timers from any thread.
+class VirtualMainThread final : public platform::MainThread {
+  public:
+    VirtualMainThread();
+
+    void post(std::function<void()> work) override;
+    std::shared_ptr<platform::Timer> after(std::chrono::nanoseconds delay,
+                                           std::function<void()> work) override;
+    bool isCurrent() const override;
+
+    /// Runs what is posted, also what that posts in turn, and returns how many pieces of work ran.
+    std::size_t runPosted();
+    /// Moves time on, running each timer at its own moment and what it posts before the next one.
+    void advance(std::chrono::nanoseconds by);
+    /// Serves work of real background threads until the condition holds; false after `realTime`.
+    bool waitUntil(const std::function<bool()>& condition,
+                   std::chrono::milliseconds realTime = std::chrono::seconds(10));
+    /// Timers that have neither run nor been called off.
+    std::size_t pendingTimers() const;
+
+    /// Moves with `advance`.
+    std::shared_ptr<const platform::Clock> clock() const { return clock_; }
+
+  private:
+    class Pending;
+
+    const std::thread::id owner_;
+    const std::shared_ptr<ManualClock> clock_;
+    mutable std::mutex mutex_;
+    std::condition_variable posted_;
+    std::deque<std::function<void()>> ready_;
+    std::multimap<std::chrono::nanoseconds, std::shared_ptr<Pending>> timers_;
+};
+
+} // namespace orvane::test

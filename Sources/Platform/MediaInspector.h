@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/RandomAccessFile.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,5 +42,9 @@ struct MediaInspection {
 /// else, and a movie that our own walk cannot read, goes through the media library. Nothing when nobody can read
 /// it. Never throws; any thread. `path` is in the bytes of the file system.
 std::optional<MediaInspection> inspectMedia(const std::string& path);
+/// The same on a file that is open already, so that one probe opens it once.
+std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAccessFile& file);
+/// What our own walks can tell, without the path and without a media library.
+std::optional<MediaInspection> inspectMediaHeaders(RandomAccessFile& file);
 
 } // namespace orvane::platform

@@ -22,8 +22,8 @@ class AudioFile {
 
     /// Moves to a frame; false when the file has no such frame.
     virtual bool seek(std::int64_t frame) = 0;
-    /// Reads up to `frames` frames into one array a channel, each with room for `frames` values. Returns the number
-    /// of frames read, 0 at the end and on an error.
+    /// Reads up to `frames` frames into one array a channel, each with room for `frames` values. Returns the
+    /// number of frames read, 0 at the end and on an error.
     virtual std::size_t read(std::span<float* const> channels, std::size_t frames) = 0;
 };
 

@@ -19,9 +19,7 @@ class ByteCursor {
     std::size_t size() const { return bytes_.size(); }
     bool empty() const { return bytes_.empty(); }
     std::span<const std::byte> bytes() const { return bytes_; }
-    std::string_view text() const {
-        return {reinterpret_cast<const char*>(bytes_.data()), bytes_.size()};
-    }
+    std::string_view text() const { return {reinterpret_cast<const char*>(bytes_.data()), bytes_.size()}; }
 
     std::optional<std::uint8_t> u8(std::size_t at) const { return unsignedBE<std::uint8_t, 1>(at); }
     std::optional<std::uint16_t> u16be(std::size_t at) const { return unsignedBE<std::uint16_t, 2>(at); }
@@ -42,18 +40,22 @@ class ByteCursor {
     }
 
   private:
-    template <class T, std::size_t count> std::optional<T> unsignedBE(std::size_t at) const {
+    template <class T, std::size_t count>
+    std::optional<T> unsignedBE(std::size_t at) const {
         if (at > size() || count > size() - at) return std::nullopt;
         T value = 0;
         for (std::size_t i = 0; i < count; ++i)
-            value = static_cast<T>((static_cast<std::uint64_t>(value) << 8U) | std::to_integer<T>(bytes_[at + i]));
+            value = static_cast<T>((static_cast<std::uint64_t>(value) << 8U) |
+                                   std::to_integer<T>(bytes_[at + i]));
         return value;
     }
-    template <class T, std::size_t count> std::optional<T> unsignedLE(std::size_t at) const {
+    template <class T, std::size_t count>
+    std::optional<T> unsignedLE(std::size_t at) const {
         if (at > size() || count > size() - at) return std::nullopt;
         T value = 0;
         for (std::size_t i = count; i-- > 0;)
-            value = static_cast<T>((static_cast<std::uint64_t>(value) << 8U) | std::to_integer<T>(bytes_[at + i]));
+            value = static_cast<T>((static_cast<std::uint64_t>(value) << 8U) |
+                                   std::to_integer<T>(bytes_[at + i]));
         return value;
     }
 

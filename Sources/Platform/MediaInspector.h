@@ -10,14 +10,14 @@ namespace orvane::platform {
 
 /// One metadata item of a media file, in file order.
 struct MediaMetadataItem {
-    std::string key;                   ///< the format's own key as text, such as "com.apple.quicktime.creationdate"
-    std::string commonKey;             ///< "creationDate" where the key has that common meaning, else empty
+    std::string key;       ///< the format's own key as text, such as "com.apple.quicktime.creationdate"
+    std::string commonKey; ///< "creationDate" where the key has that common meaning, else empty
     std::optional<std::string> string; ///< UTF-8
     std::optional<double> number;
 };
 
-/// What the headers of a media file say. Whatever a file does not say is absent. Cover art and timecode tracks are
-/// no video tracks.
+/// What the headers of a media file say. Whatever a file does not say is absent. Cover art and timecode
+/// tracks are no video tracks.
 struct MediaInspection {
     struct VideoTrack {
         std::optional<double> width;  ///< pixels, as coded
@@ -38,9 +38,9 @@ struct MediaInspection {
     std::vector<MediaMetadataItem> metadata;
 };
 
-/// Inspects a file without reading media data. QuickTime/MP4 and WAV are read from their headers alone; everything
-/// else, and a movie that our own walk cannot read, goes through the media library. Nothing when nobody can read
-/// it. Never throws; any thread. `path` is in the bytes of the file system.
+/// Inspects a file without reading media data. QuickTime/MP4 and WAV are read from their headers alone;
+/// everything else, and a movie that our own walk cannot read, goes through the media library. Nothing when
+/// nobody can read it. Never throws; any thread. `path` is in the bytes of the file system.
 std::optional<MediaInspection> inspectMedia(const std::string& path);
 /// The same on a file that is open already, so that one probe opens it once.
 std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAccessFile& file);

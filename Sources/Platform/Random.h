@@ -5,7 +5,8 @@
 
 namespace orvane::platform {
 
-/// Fills with bytes fit for identifiers and secrets. Any thread; never fails short of a broken system, which aborts.
+/// Fills with bytes fit for identifiers and secrets. Any thread; never fails short of a broken system, which
+/// aborts.
 void secureRandom(std::span<std::byte> bytes);
 
 } // namespace orvane::platform

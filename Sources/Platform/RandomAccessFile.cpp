@@ -16,8 +16,8 @@ namespace {
 std::size_t readAt(int descriptor, std::uint64_t position, std::span<std::byte> into) {
     std::size_t done = 0;
     while (done < into.size()) {
-        const ssize_t count = ::pread(descriptor, into.data() + done, into.size() - done,
-                                      static_cast<off_t>(position + done));
+        const ssize_t count =
+            ::pread(descriptor, into.data() + done, into.size() - done, static_cast<off_t>(position + done));
         if (count < 0 && errno == EINTR) continue;
         if (count <= 0) break;
         done += static_cast<std::size_t>(count);
@@ -84,8 +84,8 @@ ByteCursor RandomAccessFile::peek(std::uint64_t position, std::size_t count) {
         s.windowCount = readAt(s.descriptor, position, s.window);
         count = std::min(count, s.windowCount);
     }
-    return ByteCursor(std::span<const std::byte>(s.window)
-                          .subspan(static_cast<std::size_t>(position - s.windowStart), count));
+    return ByteCursor(std::span<const std::byte>(s.window).subspan(
+        static_cast<std::size_t>(position - s.windowStart), count));
 }
 
 std::vector<std::byte> RandomAccessFile::read(std::uint64_t position, std::uint64_t count) {

@@ -11,14 +11,14 @@
 
 namespace orvane::platform {
 
-/// Reads headers out of a big file: small reads at arbitrary positions, served from one buffered window so that
-/// a walk over neighbouring headers costs few system calls. Never reserves memory by what a file claims: a read
-/// is bounded by the size that the file really had when it was opened, and comes back short if it shrank.
-/// One thread at a time.
+/// Reads headers out of a big file: small reads at arbitrary positions, served from one buffered window so
+/// that a walk over neighbouring headers costs few system calls. Never reserves memory by what a file claims:
+/// a read is bounded by the size that the file really had when it was opened, and comes back short if it
+/// shrank. One thread at a time.
 class RandomAccessFile {
   public:
-    /// Nothing when the path cannot be opened for reading or is no regular file. `path` is in the bytes of the
-    /// file system.
+    /// Nothing when the path cannot be opened for reading or is no regular file. `path` is in the bytes of
+    /// the file system.
     static std::optional<RandomAccessFile> open(const std::string& path);
     /// A file made of bytes in memory, for tests and fuzz targets. The bytes must outlive it.
     static RandomAccessFile overBytes(std::span<const std::byte> bytes);
@@ -30,8 +30,8 @@ class RandomAccessFile {
     /// Size in bytes at the time of opening.
     std::uint64_t size() const;
 
-    /// Up to `count` bytes at `position`; fewer (also none) where the file ends. The view stays valid until the
-    /// next call. For headers: `count` at most `windowBytes`.
+    /// Up to `count` bytes at `position`; fewer (also none) where the file ends. The view stays valid until
+    /// the next call. For headers: `count` at most `windowBytes`.
     ByteCursor peek(std::uint64_t position, std::size_t count);
     /// Up to `count` bytes at `position`, into memory of their own.
     std::vector<std::byte> read(std::uint64_t position, std::uint64_t count);

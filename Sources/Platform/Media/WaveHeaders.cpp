@@ -13,7 +13,8 @@ namespace {
 constexpr int mostChunks = 10000;
 constexpr std::uint64_t chunkHeaderBytes = 8;
 constexpr std::uint64_t riffHeaderBytes = 12;
-constexpr std::uint32_t sizeElsewhere = 0xFFFFFFFF; ///< RF64 keeps the real size in "ds64"; others did not finish
+constexpr std::uint32_t sizeElsewhere =
+    0xFFFFFFFF; ///< RF64 keeps the real size in "ds64"; others did not finish
 constexpr std::uint16_t formatPCM = 1;
 constexpr std::uint16_t formatFloat = 3;
 constexpr std::uint16_t formatExtensible = 0xFFFE;
@@ -100,7 +101,8 @@ class ChunkReader {
             if (const auto frames = file_.peek(at, 4).u32le(0)) chunks_.frames = *frames;
         } else if (name == "LIST") {
             if (!chunks_.creationDate)
-                chunks_.creationDate = readCreationDate(file_.peek(at, std::min<std::size_t>(size, listBytesRead)));
+                chunks_.creationDate =
+                    readCreationDate(file_.peek(at, std::min<std::size_t>(size, listBytesRead)));
         } else if (name == "data") {
             return takeData(at, size);
         }

@@ -95,4 +95,19 @@ void sumFragments(RandomAccessFile& file, std::uint64_t begin, int mostFragments
     }
 }
 
+double indexedSeconds(RandomAccessFile& file, std::uint64_t begin) {
+    const auto sidx = findChild(file, {0, begin, begin, file.size()}, fourCC("sidx"));
+    if (!sidx) return 0;
+    constexpr std::size_t narrowHeaderBytes = 24, wideHeaderBytes = 32, referenceBytes = 12;
+    const ByteCursor body = peekBody(file, *sidx, RandomAccessFile::windowBytes);
+    const std::size_t headerBytes = body.u8(0) == 1 ? wideHeaderBytes : narrowHeaderBytes;
+    const auto timescale = body.u32be(8);
+    const auto count = body.u16be(headerBytes - 2);
+    if (timescale.value_or(0) == 0 || !count) return 0;
+    double units = 0;
+    for (std::size_t i = 0; i < *count; ++i)
+        units += body.u32be(headerBytes + i * referenceBytes + 4).value_or(0);
+    return units / *timescale;
+}
+
 } // namespace orvane::platform

@@ -22,4 +22,7 @@ std::optional<FragmentedTrack> readTrackExtends(RandomAccessFile& file, const At
 void sumFragments(RandomAccessFile& file, std::uint64_t begin, int mostFragments,
                   std::vector<FragmentedTrack>& tracks);
 
+/// Seconds that the first segment index ("sidx") from `begin` on speaks of; 0 without one.
+double indexedSeconds(RandomAccessFile& file, std::uint64_t begin);
+
 } // namespace orvane::platform

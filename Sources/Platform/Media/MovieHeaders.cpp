@@ -108,6 +108,9 @@ class MovieReader {
                          movie_.fragments);
 
         result_.durationSeconds = duration();
+        // An initialisation segment alone: its index tells how much there would be.
+        if (result_.durationSeconds == 0 && !movie_.fragments.empty())
+            result_.durationSeconds = indexedSeconds(file_, moov->end);
         for (const Track& track : movie_.tracks) {
             if (track.handler == fourCC("vide")) addVideo(track);
             if (track.handler == fourCC("soun")) addAudio(track);

@@ -3,7 +3,6 @@
 #include "OrvaneSyncCore/Models/MediaAsset.h"
 #include "OrvaneSyncCore/Services/Ingest/IXMLReader.h"
 #include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
-#include "Platform/MediaInspector.h"
 #include "Platform/RandomAccessFile.h"
 #include "Platform/SettingsStore.h"
 
@@ -30,6 +29,15 @@ class MediaProbeService {
     /// number of files done, ascending by one.
     std::vector<MediaAsset> probeAll(const std::vector<FileURL>& urls, AssetKind kind,
                                      const std::function<void(int completed, int total)>& progress);
+
+  private:
+    MediaAsset probeFile(const FileURL& url, AssetKind kind) const;
+    void readBroadcastMetadata(MediaAsset& asset, platform::RandomAccessFile& file) const;
+
+    const platform::SettingsStore& settings_;
+    const std::shared_ptr<ProbeCache> cache_;
+    const IXMLReader ixmlReader_{};
+    std::mutex oneAtATime_;
 };
 
 } // namespace orvane

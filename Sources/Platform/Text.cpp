@@ -162,6 +162,23 @@ std::string validUTF8(std::string_view bytes) {
     return result;
 }
 
+std::string decoded(std::string_view bytes, Encoding encoding) {
+    const auto name = [encoding] {
+        switch (encoding) {
+        case Encoding::utf16BE:
+            return "UTF-16BE";
+        case Encoding::utf16LE:
+            return "UTF-16LE";
+        case Encoding::macRoman:
+            return "macintosh";
+        }
+        return "";
+    }();
+    const auto count = static_cast<std::int32_t>(std::min(bytes.size(), longestText));
+    std::string result;
+    return icu::UnicodeString(bytes.data(), count, name).toUTF8String(result);
+}
+
 std::string_view trimmed(std::string_view text) {
     while (!text.empty()) {
         std::size_t next = 0;

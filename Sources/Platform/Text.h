@@ -22,6 +22,10 @@ std::string lowercased(std::string_view text);
 std::string validUTF8(std::string_view bytes);
 bool isValidUTF8(std::string_view bytes);
 
+enum class Encoding { utf16BE, utf16LE, macRoman };
+/// Bytes of another encoding as UTF-8. What is no character there becomes U+FFFD.
+std::string decoded(std::string_view bytes, Encoding encoding);
+
 /// Without white space (Unicode, line ends included) at both ends.
 std::string_view trimmed(std::string_view text);
 

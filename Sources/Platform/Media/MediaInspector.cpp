@@ -1,17 +1,36 @@
 #include "Platform/MediaInspector.h"
 
+#include "Platform/Media/MediaLibraryLoader.h"
 #include "Platform/Media/MovieHeaders.h"
 #include "Platform/Media/WaveHeaders.h"
+#include "Platform/Text.h"
 
 namespace orvane::platform {
+
+namespace {
+
+std::optional<MediaInspection> inspectWithLibrary(const std::string& path) {
+    const MediaLibrary* library = mediaLibrary();
+    auto result = library == nullptr ? std::nullopt : library->inspect(path);
+    if (!result) return result;
+    for (MediaMetadataItem& item : result->metadata) {
+        item.key = text::validUTF8(item.key);
+        if (item.string) item.string = text::validUTF8(*item.string);
+    }
+    return result;
+}
+
+} // namespace
 
 std::optional<MediaInspection> inspectMediaHeaders(RandomAccessFile& file) {
     if (auto wave = inspectWave(file)) return wave;
     return inspectMovie(file);
 }
 
-std::optional<MediaInspection> inspectMedia(const std::string&, RandomAccessFile& file) {
-    return inspectMediaHeaders(file);
+std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAccessFile& file) {
+    if (auto result = inspectMediaHeaders(file)) return result;
+    // No container has an empty header, and an empty file should not cost the loading of the library.
+    return file.size() == 0 ? std::nullopt : inspectWithLibrary(path);
 }
 
 std::optional<MediaInspection> inspectMedia(const std::string& path) {

@@ -1,0 +1,37 @@
+#include "Platform/MediaLibrary/LibavFile.h"
+#include "Platform/MediaLibrary/LibraryReaders.h"
+#include "Platform/MediaLibrary/MediaLibrary.h"
+
+namespace orvane::platform {
+
+namespace {
+
+std::optional<MediaInspection> inspect(const std::string& path) noexcept {
+    try {
+        return inspectWithLibav(path);
+    } catch (...) { // out of memory over a file that is made for it
+        return std::nullopt;
+    }
+}
+
+std::unique_ptr<AudioFile> openAudio(const std::string& path) noexcept {
+    try {
+        if (auto file = openWithSndfile(path)) return file;
+        return openWithLibav(path);
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+} // namespace
+
+} // namespace orvane::platform
+
+extern "C" __attribute__((visibility("default"))) const orvane::platform::MediaLibrary* orvaneMediaLibrary() {
+    using namespace orvane::platform;
+    static const MediaLibrary library = [] {
+        silenceLibav();
+        return MediaLibrary{MediaLibrary::currentVersion, inspect, openAudio};
+    }();
+    return &library;
+}

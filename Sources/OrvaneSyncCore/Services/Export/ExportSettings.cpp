@@ -51,10 +51,10 @@ class Reader {
 int positiveOr(int value, int otherwise) { return value > 0 ? value : otherwise; }
 
 void readFrameSizes(ExportSettings& settings, const Reader& reader, const ExportSettings::Request& request) {
-    const std::optional<int> videoWidth = request.sourceVideo ? request.sourceVideo->width : std::nullopt;
-    const std::optional<int> videoHeight = request.sourceVideo ? request.sourceVideo->height : std::nullopt;
-    settings.outputWidth = videoWidth.value_or(defaultWidth);
-    settings.outputHeight = videoHeight.value_or(defaultHeight);
+    if (const MediaAsset* video = request.sourceVideo; video != nullptr) {
+        settings.outputWidth = video->width.value_or(defaultWidth);
+        settings.outputHeight = video->height.value_or(defaultHeight);
+    }
 
     const int storedWidth = positiveOr(reader.integer("alternateWidth"), defaultWidth);
     const int storedHeight = positiveOr(reader.integer("alternateHeight"), defaultHeight);
@@ -63,7 +63,9 @@ void readFrameSizes(ExportSettings& settings, const Reader& reader, const Export
         settings.alternateWidth = storedWidth;
         settings.alternateHeight = storedHeight;
     } else {
-        const int anchor = request.aspectAnchorWidth.value_or(videoWidth.value_or(storedWidth));
+        const bool videoHasWidth = request.sourceVideo != nullptr && request.sourceVideo->width;
+        const int anchor =
+            request.aspectAnchorWidth.value_or(videoHasWidth ? *request.sourceVideo->width : storedWidth);
         settings.alternateWidth = positiveOr(anchor, defaultWidth);
         settings.alternateHeight =
             positiveOr(AspectRatioHelper::heightFromWidth(anchor, shape), defaultHeight);

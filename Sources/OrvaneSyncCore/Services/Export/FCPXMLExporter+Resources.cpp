@@ -4,6 +4,11 @@ namespace orvane::FCPXMLExporter {
 
 using namespace fcpxml;
 
+std::string ResourceList::nextID() {
+    std::string id = "r";
+    return id.append(std::to_string(++counter_));
+}
+
 void setMedia(Asset& asset, const FileURL& url, const ExportSettings& settings) {
     std::string location = url.absoluteString();
     if (settings.fcpxmlVersion <= FCPXMLVersion::v1_8)

@@ -91,13 +91,14 @@ void addClip(ExportWalk& walk, const SyncGroup& group) {
     const ClipResources resources = addClipResources(walk, group);
     auto clip = buildSyncClip(group, resources, eventClipName(walk, group), walk.settings);
     if (!clip) return;
-    if (walk.settings.generateSyncClips) {
-        if (walk.settings.generateMulticam) walk.syncClips.push_back({&group, walk.eventItems.size()});
-        walk.place(std::move(*clip), &group);
-        ++walk.result.syncClipCount;
-    } else if (walk.settings.generateMulticam) {
-        walk.syncClips.push_back({&group, std::move(*clip)});
+    const bool inEvent = walk.settings.generateSyncClips;
+    if (walk.settings.generateMulticam) {
+        walk.syncClips.push_back({&group, inEvent ? walk.eventItems.size() : walk.looseClips.size()});
+        if (!inEvent) walk.looseClips.push_back(std::move(*clip));
     }
+    if (!inEvent) return;
+    walk.place(std::move(*clip), &group);
+    ++walk.result.syncClipCount;
 }
 
 void addGroup(ExportWalk& walk, const SyncGroup& group) {
@@ -154,6 +155,11 @@ void ExportWalk::place(EventItem item, const SyncGroup* group) {
     if (!settings.splitEventsByScene) return;
     const auto name = group == nullptr ? sceneEventNames.end() : sceneEventNames.find(group->id);
     bucketKeys.push_back(name == sceneEventNames.end() ? std::nullopt : std::optional(name->second));
+}
+
+const SyncClip& ExportWalk::syncClip(const BuiltClip& built) const {
+    return settings.generateSyncClips ? std::get<SyncClip>(eventItems.at(built.index))
+                                      : looseClips.at(built.index);
 }
 
 ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<WildTrack>& wildTracks,

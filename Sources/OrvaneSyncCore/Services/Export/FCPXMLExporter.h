@@ -73,7 +73,7 @@ double usableRate(std::optional<double> first, std::optional<double> second = st
 class ResourceList {
   public:
     /// "r1", "r2" and so on.
-    std::string nextID() { return "r" + std::to_string(++counter_); }
+    std::string nextID();
     void add(fcpxml::ResourceItem item) { items_.push_back(std::move(item)); }
     const std::vector<fcpxml::ResourceItem>& items() const { return items_; }
     std::vector<fcpxml::ResourceItem> take() { return std::move(items_); }

@@ -5,7 +5,6 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
-#include <variant>
 #include <vector>
 
 // The stages of one export and what they hand on. For the exporter's own files.
@@ -14,11 +13,10 @@ namespace orvane::FCPXMLExporter {
 inline constexpr std::string_view altFormatID = "r1";
 inline constexpr std::string_view audioFormatID = "r2";
 
-/// A synchronized clip as the multicam stage needs it: by its place in the events, or, where it stands in no
-/// event, itself.
+/// A synchronized clip as the multicam stage needs it.
 struct BuiltClip {
     const SyncGroup* group = nullptr;
-    std::variant<std::size_t, fcpxml::SyncClip> clip;
+    std::size_t index = 0; ///< in `eventItems`, or in `looseClips` where clips stand in no event
 };
 
 /// What the walk over the groups has collected.
@@ -40,6 +38,7 @@ struct ExportWalk {
     std::vector<fcpxml::EventItem> projectRateItems;
     std::vector<fcpxml::EventItem> rawItems;
     std::vector<BuiltClip> syncClips; ///< filled only where multicam clips are wanted
+    std::vector<fcpxml::SyncClip> looseClips;
 
     std::unordered_map<UUID, std::string> videoAssetIDByGroup;
     std::unordered_map<UUID, std::string> formatIDByGroup;
@@ -49,6 +48,7 @@ struct ExportWalk {
 
     /// Puts an item into the main events; `group` decides its scene, null for none.
     void place(fcpxml::EventItem item, const SyncGroup* group);
+    const fcpxml::SyncClip& syncClip(const BuiltClip& built) const;
 };
 
 /// What imported metadata adds to a clip.

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvane::platform::text {
 
@@ -24,5 +25,11 @@ bool isValidUTF8(std::string_view bytes);
 
 /// Without white space (Unicode, line ends included) at both ends.
 std::string_view trimmed(std::string_view text);
+
+/// The characters as people count them: a letter and the accents on it are one (Unicode's grapheme clusters).
+/// The pieces are parts of `text` and cover all of it.
+std::vector<std::string_view> characters(std::string_view text);
+/// Whether a character is a digit or another number (Unicode's category N), of whatever script.
+bool isNumber(std::string_view character);
 
 } // namespace orvane::platform::text

@@ -32,13 +32,13 @@ std::string_view escapeFor(unsigned char c) {
     case '\t':
         return "&#9;";
     default:
-        return c < 0x20 || c == 0x7F ? replacement : std::string_view();
+        return c < 0x20 ? replacement : std::string_view();
     }
 }
 
 constexpr std::array<bool, 256> makePlainTable() {
     std::array<bool, 256> plain{};
-    for (std::size_t c = 0x20; c < 0x7F; ++c) plain.at(c) = c != '&' && c != '<' && c != '>' && c != '"';
+    for (std::size_t c = 0x20; c < 0x80; ++c) plain.at(c) = c != '&' && c != '<' && c != '>' && c != '"';
     return plain;
 }
 constexpr auto isPlain = makePlainTable();
@@ -114,8 +114,9 @@ void collect(XMLElement& element, std::string_view name, std::vector<XMLElement*
     for (XMLElement& child : element.children()) collect(child, name, found);
 }
 
-// Small enough that blocks fit where the records of a few clips were a moment ago.
-constexpr std::size_t blockSize = std::size_t{64} * 1024;
+// Small enough that blocks fit where the records of one clip were a moment ago: with blocks of 64 KB the
+// memory that a large export needs grows by a fifth.
+constexpr std::size_t blockSize = std::size_t{4} * 1024;
 
 /// Texts of one length that end alike share a place: times and identifiers differ in their last digits.
 std::size_t recentPlace(std::string_view text, std::size_t places) {

@@ -199,7 +199,7 @@ TEST(IXMLDocument, tracks) {
 }
 
 TEST(IXMLDocument, whatIsNotTrustedIsNotRead) {
-    const std::string bomb = "<!DOCTYPE x [<!eNtItY a \"b\">]><BWFXML><SCENE>&a;</SCENE></BWFXML>";
+    const std::string bomb = "<!DOCTYPE x [<!ENTITY a \"b\">]><BWFXML><SCENE>&a;</SCENE></BWFXML>";
     const std::string padding(65536, ' ');
     const struct {
         const char* name;
@@ -211,7 +211,7 @@ TEST(IXMLDocument, whatIsNotTrustedIsNotRead) {
         {"cut off", "<BWFXML><SCENE>1</SCENE>", false},
         {"two roots", "<A/><B/>", false},
         {"entities", bomb, false},
-        {"an entity in the text of a note", "<A><NOTE><![CDATA[<!entity]]></NOTE></A>", false},
+        {"an entity in the text of a note", "<A><NOTE><![CDATA[<!eNtItY]]></NOTE></A>", false},
         {"behind NUL anything goes", std::string("<A/>") + '\0' + "<!ENTITY", true},
         {"bytes that are no text", "<A>\xFF</A>", false},
         {"a declared encoding", "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><A><NOTE>\xE9</NOTE></A>",

@@ -131,7 +131,7 @@ TEST(LinearTimecode, bitsAndFrames) {
     for (const std::size_t at : {4, 7, 10, 11, 20, 28, 36, 43, 59}) dirty[at] = '1';
     EXPECT_EQ(LTCDecoder::parseSMPTEFrame(dirty), "01:02:03:04");
     EXPECT_EQ(LTCDecoder::parseSMPTEFrame(ltcBits(0, 0, 0, 39)), "00:00:00:39") << "the rate is not known";
-    EXPECT_EQ(LTCDecoder::collectBits(ltcSignal("1" + frame, 24)).value_or("").find(frame.substr(1, 78)), 1U);
+    EXPECT_EQ(LTCDecoder::collectBits(ltcSignal("1" + frame, 24)), "1" + frame);
 }
 
 } // namespace

@@ -24,10 +24,10 @@ inline std::string ltcBits(int hours, int minutes, int seconds, int frames) {
     return bits + "0011111111111101";
 }
 
-/// Biphase mark: the level changes at the start of each bit, and in the middle of a 1.
+/// Biphase mark: the level changes at the start of each bit, of the first one too, and in the middle of a 1.
 inline std::vector<float> ltcSignal(const std::string& bits, double samplesPerBit, float level = 0.5F) {
-    std::vector<float> samples;
-    double end = 0;
+    std::vector<float> samples{-level};
+    double end = 1;
     const auto hold = [&](double length) {
         end += length;
         while (static_cast<double>(samples.size()) < end) samples.push_back(level);

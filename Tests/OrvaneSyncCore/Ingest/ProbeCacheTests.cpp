@@ -34,7 +34,9 @@ class Cache : public testing::Test {
         MediaAsset asset(FileURL{folder.write(name, "123")}, AssetKind::audio);
         asset.startTimecodeString = "01:00:00:00";
         asset.contentCreatedDate = Date{1'700'000'000'123ms};
-        asset.ixmlData = IXMLData{.scene = "12A", .tracks = {{1, "Boom"}}};
+        asset.ixmlData.emplace();
+        asset.ixmlData->scene = "12A";
+        asset.ixmlData->tracks = {{1, "Boom"}};
         return asset;
     }
     MediaAsset stored(const std::string& name) const {

@@ -39,7 +39,7 @@ TEST(TimecodeTrack, rateAndFirstSampleGiveTheStart) {
         {"a rate that is no timecode's counts at 24", {120, 1, 86400}, "01:00:00:00", 120.0},
         {"beyond a day", {25, 1, 25U * 86400}, "1 00:00:00:00", 25.0},
         {"a negative count", {25, 1, 0xFFFFFFFF}, "00:00:00:01", 25.0},
-        {"the lowest count", {25, 1, 0x80000000}, "994 04:20:45:23", 25.0},
+        {"the lowest count", {25, 1, 0x80000000}, "994 04:55:45:23", 25.0},
         {"no scale", {0, 1, 86400}, "01:00:00:00", std::nullopt},
         {"no frame duration", {25, 0, 86400}, "01:00:00:00", std::nullopt},
         {"240 is the highest rate", {240, 1, 24}, "00:00:01:00", 240.0},

@@ -283,7 +283,7 @@ class MovieReader {
                 audio.channelCount = static_cast<int>(description->channels);
             // The media of a sound track counts in samples.
             const double rate = description->sampleRate > 0 ? description->sampleRate : track.media.timescale;
-            if (rate > 0) audio.sampleRate = rate;
+            if (rate > 0 && rate <= highestSampleRate) audio.sampleRate = rate;
         }
         result_.audioTracks.push_back(audio);
     }

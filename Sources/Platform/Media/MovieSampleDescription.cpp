@@ -13,7 +13,6 @@ constexpr std::size_t videoFieldsBytes = 78;   ///< fields of a video descriptio
 constexpr std::size_t soundFieldsBytes = 28;   ///< the same for sound, version 0
 constexpr std::size_t soundVersion1Bytes = 16; ///< what QuickTime's version 1 adds
 constexpr std::size_t configurationBytes = 512;
-constexpr double highestSampleRate = 10'000'000;
 
 struct FirstEntry {
     Atom atom;

@@ -16,8 +16,11 @@ std::optional<MediaInspection> inspect(const std::string& path) noexcept {
 
 std::unique_ptr<AudioFile> openAudio(const std::string& path) noexcept {
     try {
-        if (auto file = openWithSndfile(path)) return file;
-        return openWithLibav(path);
+        auto file = openWithSndfile(path);
+        if (file && file->frameCount() > 0) return file;
+        // Also for a recording whose header never got its length, in which libsndfile finds no frames.
+        auto other = openWithLibav(path);
+        return other ? std::move(other) : std::move(file);
     } catch (...) {
         return nullptr;
     }

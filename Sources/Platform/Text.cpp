@@ -1,11 +1,13 @@
 #include "Platform/Text.h"
 
 #include <simdjson.h>
+#include <unicode/brkiter.h>
 #include <unicode/bytestream.h>
 #include <unicode/casemap.h>
 #include <unicode/coll.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
+#include <unicode/utext.h>
 #include <unicode/utf8.h>
 
 #include <algorithm>
@@ -102,6 +104,18 @@ std::string mapped(std::string_view text, Mapping mapping) {
     return U_SUCCESS(status) ? result : valid;
 }
 
+/// Moves from one boundary between characters to the next.
+std::unique_ptr<icu::BreakIterator> characterBoundaries(std::string_view text) {
+    UErrorCode status = U_ZERO_ERROR;
+    UText opened = UTEXT_INITIALIZER;
+    utext_openUTF8(&opened, text.data(), static_cast<std::int64_t>(text.size()), &status);
+    std::unique_ptr<icu::BreakIterator> boundaries(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    if (boundaries) boundaries->setText(&opened, status); // takes a copy of its own
+    utext_close(&opened);
+    return U_SUCCESS(status) ? std::move(boundaries) : nullptr;
+}
+
 } // namespace
 
 int compareLocalizedStandard(std::string_view a, std::string_view b) {
@@ -162,6 +176,31 @@ std::string validUTF8(std::string_view bytes) {
     return result;
 }
 
+std::string printable(std::string_view text) {
+    std::string result;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t start = at;
+        const UChar32 character = nextCharacter(text, at);
+        if (character < 0 || u_iscntrl(character) != 0)
+            result += replacement;
+        else
+            result.append(text, start, at - start);
+    }
+    return result;
+}
+
+int displayWidth(std::string_view text) {
+    int width = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        const UChar32 character = nextCharacter(text, at);
+        const auto kind = u_charType(character);
+        if (kind == U_NON_SPACING_MARK || kind == U_ENCLOSING_MARK || kind == U_FORMAT_CHAR) continue;
+        const int eastAsian = u_getIntPropertyValue(character, UCHAR_EAST_ASIAN_WIDTH);
+        width += eastAsian == U_EA_WIDE || eastAsian == U_EA_FULLWIDTH ? 2 : 1;
+    }
+    return width;
+}
+
 std::string decoded(std::string_view bytes, Encoding encoding) {
     const auto name = [encoding] {
         switch (encoding) {
@@ -193,6 +232,37 @@ std::string_view trimmed(std::string_view text) {
         text.remove_suffix(tail.size() - static_cast<std::size_t>(end));
     }
     return text;
+}
+
+std::vector<std::string_view> characters(std::string_view text) {
+    std::vector<std::string_view> result;
+    const auto boundaries = isASCII(text) ? nullptr : characterBoundaries(text);
+    for (std::size_t start = 0; start < text.size();) {
+        std::size_t end = start;
+        const std::int32_t boundary = boundaries ? boundaries->next() : icu::BreakIterator::DONE;
+        if (boundary != icu::BreakIterator::DONE && static_cast<std::size_t>(boundary) > start)
+            end = static_cast<std::size_t>(boundary);
+        else
+            nextCharacter(text, end);
+        result.push_back(text.substr(start, end - start));
+        start = end;
+    }
+    return result;
+}
+
+bool isNumber(std::string_view character) {
+    if (character.empty()) return false;
+    std::size_t at = 0;
+    const UChar32 first = nextCharacter(character, at);
+    if (first < 0) return false;
+    switch (u_charType(first)) {
+    case U_DECIMAL_DIGIT_NUMBER:
+    case U_LETTER_NUMBER:
+    case U_OTHER_NUMBER:
+        return true;
+    default:
+        return false;
+    }
 }
 
 } // namespace orvane::platform::text

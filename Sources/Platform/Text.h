@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvane::platform::text {
 
@@ -22,11 +23,22 @@ std::string lowercased(std::string_view text);
 std::string validUTF8(std::string_view bytes);
 bool isValidUTF8(std::string_view bytes);
 
+/// The text for a terminal: valid UTF-8, control characters (line ends and escape sequences too) as U+FFFD.
+std::string printable(std::string_view text);
+/// Columns that a printable text takes on a terminal: wide characters take two, combining marks none.
+int displayWidth(std::string_view text);
+
 enum class Encoding { utf16BE, utf16LE, macRoman };
 /// Bytes of another encoding as UTF-8. What is no character there becomes U+FFFD.
 std::string decoded(std::string_view bytes, Encoding encoding);
 
 /// Without white space (Unicode, line ends included) at both ends.
 std::string_view trimmed(std::string_view text);
+
+/// The characters as people count them: a letter and the accents on it are one (Unicode's grapheme clusters).
+/// The pieces are parts of `text` and cover all of it.
+std::vector<std::string_view> characters(std::string_view text);
+/// Whether a character is a digit or another number (Unicode's category N), of whatever script.
+bool isNumber(std::string_view character);
 
 } // namespace orvane::platform::text

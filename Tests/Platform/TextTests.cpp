@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace orvane::platform {
 namespace {
@@ -71,6 +72,21 @@ TEST(Text, decodesOtherEncodings) {
     EXPECT_EQ(text::decoded("A\0\x3C\xD8\xAC\xDF"sv, Encoding::utf16LE), "A\xF0\x9F\x8E\xAC");
     EXPECT_EQ(text::decoded("\0A\xDF\xAC\0"sv, Encoding::utf16BE), "A\xEF\xBF\xBD\xEF\xBF\xBD");
     EXPECT_EQ(text::decoded(""sv, Encoding::utf16LE), "");
+}
+
+TEST(Text, characters) {
+    using Pieces = std::vector<std::string_view>;
+    EXPECT_EQ(text::characters(""), Pieces{});
+    EXPECT_EQ(text::characters("ab"), (Pieces{"a", "b"}));
+    EXPECT_EQ(text::characters("e\xCC\x81z"), (Pieces{"e\xCC\x81", "z"})) << "a letter and its accent";
+    EXPECT_EQ(text::characters("\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA!"),
+              (Pieces{"\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA", "!"}));
+    std::string joined;
+    for (const auto piece : text::characters("\xFF\xC3\xA9\xC3")) joined += piece;
+    EXPECT_EQ(joined, "\xFF\xC3\xA9\xC3") << "bytes that are no text are not lost";
+    for (const char* number : {"7", "\xD9\xA3", "\xC2\xBD", "\xE2\x85\xA7"})
+        EXPECT_TRUE(text::isNumber(number)) << number;
+    for (const char* other : {"", "x", "-", "\xFF", "\xC3\xA9"}) EXPECT_FALSE(text::isNumber(other)) << other;
 }
 
 } // namespace

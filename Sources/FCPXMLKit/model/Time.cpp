@@ -67,20 +67,13 @@ std::optional<Time> Time::fromString(std::string_view text) {
 }
 
 std::string Time::description() const {
-    std::int64_t numerator = 0, denominator = 1;
-    if (value_.numerator().fits(numerator) && value_.denominator().fits(denominator)) {
-        std::array<char, 48> text{};
-        char* end = std::to_chars(text.data(), text.data() + text.size(), numerator).ptr;
-        if (denominator != 1) {
-            *end++ = '/';
-            end = std::to_chars(end, text.data() + text.size(), denominator).ptr;
-        }
-        *end++ = 's';
-        return {text.data(), end};
-    }
-    const std::string whole = value_.numerator().asString();
-    return value_.denominator() == BInt(1) ? whole + "s"
-                                           : whole + "/" + value_.denominator().asString() + "s";
+    const auto text = [](const BInt& value) {
+        std::int64_t small = 0;
+        return value.fits(small) ? std::to_string(small) : value.asString();
+    };
+    std::string result = text(value_.numerator());
+    if (!(value_.denominator() == BInt(1))) result.append("/").append(text(value_.denominator()));
+    return result += 's';
 }
 
 Time Time::toFrame(const Time& frameDuration, FrameSampling sampling) const {

@@ -1,5 +1,8 @@
 #include "OrvaneSyncCore/Models/JSONCoding.h"
 
+#include <array>
+#include <charconv>
+#include <cmath>
 #include <limits>
 
 namespace orvane {
@@ -23,6 +26,15 @@ const std::string& textOf(const JSON& json) {
 JSON toJSON(const UUID& id) { return id.text(); }
 JSON toJSON(const FileURL& url) { return url.absoluteString(); }
 JSON toJSON(Date date) { return iso8601(date); }
+
+JSON toJSON(float value) {
+    if (!std::isfinite(value)) return static_cast<double>(value);
+    std::array<char, 64> text{};
+    const char* end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+    double wide = 0;
+    std::from_chars(text.data(), end, wide);
+    return static_cast<float>(wide) == value ? wide : static_cast<double>(value);
+}
 
 template <>
 UUID fromJSON<UUID>(const JSON& json) {

@@ -32,6 +32,8 @@ T fromJSON(const JSON& json);
 JSON toJSON(const UUID& id);
 JSON toJSON(const FileURL& url);
 JSON toJSON(Date date);
+/// The number with the digits that the float itself prints: 0.3 and not 0.30000001192092896.
+JSON toJSON(float value);
 template <>
 UUID fromJSON<UUID>(const JSON& json);
 template <>

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/JSONCoding.h"
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+/// The texts under which an enumeration is stored, in the order of its cases. Specialised beside each
+/// enumeration that is stored by a text:
+///
+///     template <> struct RawValues<ChannelKind> {
+///         static constexpr std::array<std::string_view, 4> texts{"boom", "lav", "mix", "unknown"};
+///     };
+template <class E>
+struct RawValues;
+
+template <class E>
+concept RawValued = requires {
+    RawValues<E>::texts;
+};
+
+template <RawValued E>
+constexpr std::string_view rawValue(E value) {
+    return RawValues<E>::texts.at(static_cast<std::size_t>(value));
+}
+
+/// Exactly the stored text; nothing for any other.
+template <RawValued E>
+constexpr std::optional<E> fromRawValue(std::string_view text) {
+    for (std::size_t i = 0; i < RawValues<E>::texts.size(); ++i)
+        if (RawValues<E>::texts.at(i) == text) return static_cast<E>(i);
+    return std::nullopt;
+}
+
+template <RawValued E>
+JSON toJSON(E value) {
+    return rawValue(value);
+}
+
+/// For the specialisations of `fromJSON`.
+template <RawValued E>
+E rawValueFromJSON(const JSON& json) {
+    const auto text = fromJSON<std::string>(json);
+    const auto value = fromRawValue<E>(text);
+    if (!value) throw DecodingError("unknown case \"" + text + "\"");
+    return *value;
+}
+
+} // namespace orvane

@@ -1,0 +1,134 @@
+#include "OrvaneSyncCore/Models/SmartAudioKinds.h"
+
+#include "Platform/Text.h"
+
+#include <cmath>
+
+namespace orvane {
+
+namespace {
+
+template <class Row, std::size_t count, class E>
+const Row& rowOf(const std::array<Row, count>& rows, E value) {
+    static_assert(count == RawValues<E>::texts.size());
+    return rows.at(static_cast<std::size_t>(value));
+}
+
+struct CharacterRow {
+    std::string_view displayName;
+    double minBlockSeconds;
+};
+constexpr std::array<CharacterRow, 4> characterRows{{
+    {"Interview / Talking Head", 4.0},
+    {"Standard Dialog", 2.0},
+    {"Fast Dialog / Comedy", 1.0},
+    {"Action / Atmo-heavy", 2.0},
+}};
+
+// What an adaptive block lasts while nothing is known of the material.
+constexpr double undetectedBlockSeconds = 2.0;
+
+struct BlockModeRow {
+    std::string_view badge;
+    double seconds;
+    std::string_view menuLabel;
+};
+constexpr std::array<BlockModeRow, 4> blockModeRows{{
+    {"Auto", undetectedBlockSeconds, "Auto"},
+    {"Fine", 1.0, "Fine — 1 s · fast comedy"},
+    {"Standard", 2.0, "Standard — 2 s · drama"},
+    {"Coarse", 4.0, "Coarse — 4 s · interview"},
+}};
+
+struct BestChannelRow {
+    std::string_view description;
+    std::string_view settingValue;
+};
+constexpr std::array<BestChannelRow, 4> bestChannelRows{{
+    {"All tracks active — no automatic routing", "off"},
+    {"App picks one best track for the entire clip", "perClip"},
+    {"Volume keyframes fade between tracks where each is cleanest", "perWindow"},
+    {"Choose per-clip yourself in the detail view", "manual"},
+}};
+
+struct SmartAudioModeRow {
+    std::string_view description;
+    std::string_view sectionText;
+};
+constexpr std::array<SmartAudioModeRow, 5> smartAudioModeRows{{
+    {"No audio adjustments", "No audio adjustments applied"},
+    {"Best-source routing, light correction", "Best-source routing, light Voice Isolation on noisy tracks"},
+    {"Voice Isolation + Loudness targeting", "Voice Isolation + Loudness targeting (-23 LUFS)"},
+    {"Aggressive background reduction", "Aggressive background reduction + full enhancement"},
+    {"User-defined values", "Use the sliders below to define your own values"},
+}};
+
+} // namespace
+
+std::string_view displayName(MaterialCharacter character) {
+    return rowOf(characterRows, character).displayName;
+}
+double minBlockSeconds(MaterialCharacter character) {
+    return rowOf(characterRows, character).minBlockSeconds;
+}
+
+double blockSeconds(BlockMode mode, std::optional<MaterialCharacter> detected) {
+    if (mode == BlockMode::adaptive && detected) return minBlockSeconds(*detected);
+    return rowOf(blockModeRows, mode).seconds;
+}
+
+std::string menuLabel(BlockMode mode, std::optional<MaterialCharacter> detected) {
+    if (mode == BlockMode::adaptive && detected)
+        return "Auto (currently: " + std::string(displayName(*detected)) + ")";
+    return std::string(rowOf(blockModeRows, mode).menuLabel);
+}
+
+std::string badgeLabel(BlockMode mode, std::optional<MaterialCharacter> detected) {
+    const bool named = mode == BlockMode::adaptive && detected;
+    const std::string_view name = named ? displayName(*detected) : rowOf(blockModeRows, mode).badge;
+    const auto seconds = std::lround(blockSeconds(mode, detected));
+    return std::string(name) + " · " + std::to_string(seconds) + "s blocks";
+}
+
+std::string_view description(BestChannelMode mode) { return rowOf(bestChannelRows, mode).description; }
+std::string_view settingValue(BestChannelMode mode) { return rowOf(bestChannelRows, mode).settingValue; }
+
+std::optional<BestChannelMode> bestChannelModeFromSetting(std::string_view text) {
+    for (std::size_t i = 0; i < bestChannelRows.size(); ++i)
+        if (bestChannelRows.at(i).settingValue == text) return static_cast<BestChannelMode>(i);
+    return std::nullopt;
+}
+
+std::string_view description(SmartAudioMode mode) { return rowOf(smartAudioModeRows, mode).description; }
+std::string_view sectionText(SmartAudioMode mode) { return rowOf(smartAudioModeRows, mode).sectionText; }
+
+std::optional<SmartAudioMode> smartAudioModeFromUITag(std::string_view tag) {
+    const std::string wanted = platform::text::lowercased(platform::text::trimmed(tag));
+    for (std::size_t i = 0; i < RawValues<SmartAudioMode>::texts.size(); ++i)
+        if (platform::text::lowercased(RawValues<SmartAudioMode>::texts.at(i)) == wanted)
+            return static_cast<SmartAudioMode>(i);
+    return std::nullopt;
+}
+
+template <>
+ChannelKind fromJSON<ChannelKind>(const JSON& json) {
+    return rawValueFromJSON<ChannelKind>(json);
+}
+template <>
+MaterialCharacter fromJSON<MaterialCharacter>(const JSON& json) {
+    return rawValueFromJSON<MaterialCharacter>(json);
+}
+template <>
+BlockMode fromJSON<BlockMode>(const JSON& json) {
+    return rawValueFromJSON<BlockMode>(json);
+}
+template <>
+Aggressiveness fromJSON<Aggressiveness>(const JSON& json) {
+    return rawValueFromJSON<Aggressiveness>(json);
+}
+template <>
+BlockKind fromJSON<BlockKind>(const JSON& json) {
+    return rawValueFromJSON<BlockKind>(json);
+}
+
+} // namespace orvane

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/RawValues.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+/// What a recorder channel physically is.
+enum class ChannelKind { boom, lav, mix, unknown };
+template <>
+struct RawValues<ChannelKind> {
+    static constexpr std::array<std::string_view, 4> texts{"boom", "lav", "mix", "unknown"};
+};
+
+/// What kind of material a take is.
+enum class MaterialCharacter { interview, standardDialog, fastDialog, actionAtmo };
+template <>
+struct RawValues<MaterialCharacter> {
+    static constexpr std::array<std::string_view, 4> texts{"interview", "standardDialog", "fastDialog",
+                                                           "actionAtmo"};
+};
+std::string_view displayName(MaterialCharacter character);
+/// The shortest block that suits such material, in seconds.
+double minBlockSeconds(MaterialCharacter character);
+
+/// How often the router may switch microphones.
+enum class BlockMode { adaptive, fine, standard, coarse };
+template <>
+struct RawValues<BlockMode> {
+    static constexpr std::array<std::string_view, 4> texts{"adaptive", "fine", "standard", "coarse"};
+};
+/// Seconds of a block; `adaptive` follows what was detected in the take.
+double blockSeconds(BlockMode mode, std::optional<MaterialCharacter> detected);
+std::string menuLabel(BlockMode mode, std::optional<MaterialCharacter> detected);
+std::string badgeLabel(BlockMode mode, std::optional<MaterialCharacter> detected);
+
+/// Shown and stored; no routing step reads it.
+enum class Aggressiveness { conservative, balanced, inclusive };
+template <>
+struct RawValues<Aggressiveness> {
+    static constexpr std::array<std::string_view, 3> texts{"conservative", "balanced", "inclusive"};
+};
+
+/// The kind of a routed block. `multiActiveWarn`: two speakers are active on two lavalier tracks and no mix
+/// track is there to take over.
+enum class BlockKind { boom, lav, mix, silence, multiActiveWarn };
+template <>
+struct RawValues<BlockKind> {
+    static constexpr std::array<std::string_view, 5> texts{"boom", "lav", "mix", "silence",
+                                                           "multiActiveWarn"};
+};
+/// On the block strip, over such a block.
+inline constexpr std::string_view multiActiveWarnLabel = "⚠ Multi";
+
+/// How the export activates tracks.
+enum class BestChannelMode { off, perClip, perWindow, manual };
+template <>
+struct RawValues<BestChannelMode> {
+    static constexpr std::array<std::string_view, 4> texts{"Off", "Per Clip", "Per Window", "Manual"};
+};
+std::string_view description(BestChannelMode mode);
+/// The text under which the settings hold the mode, such as "perClip".
+std::string_view settingValue(BestChannelMode mode);
+std::optional<BestChannelMode> bestChannelModeFromSetting(std::string_view text);
+
+/// The recommendation level.
+enum class SmartAudioMode { off, standard, studio, cinematic, custom };
+template <>
+struct RawValues<SmartAudioMode> {
+    static constexpr std::array<std::string_view, 5> texts{"Off", "Standard", "Studio", "Cinematic",
+                                                           "Custom"};
+};
+std::string_view description(SmartAudioMode mode);
+/// What the settings screen says below the chosen mode.
+std::string_view sectionText(SmartAudioMode mode);
+/// The mode of a stored or typed tag, whatever its case and the blanks around it; nothing for any other word.
+std::optional<SmartAudioMode> smartAudioModeFromUITag(std::string_view tag);
+
+template <>
+ChannelKind fromJSON<ChannelKind>(const JSON& json);
+template <>
+MaterialCharacter fromJSON<MaterialCharacter>(const JSON& json);
+template <>
+BlockMode fromJSON<BlockMode>(const JSON& json);
+template <>
+Aggressiveness fromJSON<Aggressiveness>(const JSON& json);
+template <>
+BlockKind fromJSON<BlockKind>(const JSON& json);
+
+} // namespace orvane

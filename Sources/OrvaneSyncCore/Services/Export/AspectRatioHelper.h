@@ -1,0 +1,40 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string_view>
+
+namespace orvane {
+
+/// Shapes of a container, by the identifiers under which they are stored.
+namespace AspectRatioHelper {
+
+inline constexpr std::array<std::string_view, 8> presetIdentifiers{"16:9",   "1.85:1", "2:1", "2.35:1",
+                                                                   "2.39:1", "4:3",    "1:1", "9:16"};
+/// The identifier that stands for a size given in pixels; it has no ratio.
+inline constexpr std::string_view customIdentifier = "custom";
+
+/// What the settings screen offers, in its order.
+struct Choice {
+    std::string_view identifier;
+    std::string_view text;
+};
+inline constexpr std::array<Choice, 8> choices{{
+    {"16:9", "16:9 (HD / UHD)"},
+    {"4:3", "4:3 (TV classic)"},
+    {"2:1", "2:1 (Univisium)"},
+    {"1:1", "1:1 (Square)"},
+    {"2.35:1", "2.35:1 (Cinemascope)"},
+    {"2.39:1", "2.39:1 (DCI scope)"},
+    {"9:16", "9:16 (Vertical / Social)"},
+    {customIdentifier, "Custom pixels…"},
+}};
+
+/// Width to height; nothing for an unknown identifier.
+std::optional<double> ratio(std::string_view identifier);
+/// Pixels, always even, as picture codecs need it; 0 for an unknown identifier and where the height would not
+/// be a number of pixels.
+int heightFromWidth(int width, std::string_view identifier);
+
+} // namespace AspectRatioHelper
+} // namespace orvane

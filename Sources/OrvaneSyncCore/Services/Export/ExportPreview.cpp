@@ -1,0 +1,79 @@
+#include "OrvaneSyncCore/Services/Export/ExportPreview.h"
+
+#include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+#include "Platform/Text.h"
+
+#include <charconv>
+#include <set>
+#include <unordered_set>
+
+namespace orvane::ExportPreview {
+
+namespace {
+
+std::optional<std::int64_t> wholeNumber(std::string_view text) {
+    if (text.starts_with('+')) text.remove_prefix(1);
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    const bool whole = error == std::errc{} && end == text.data() + text.size();
+    return whole ? std::optional(value) : std::nullopt;
+}
+
+bool comesBefore(const std::string& a, const std::string& b) {
+    const auto x = wholeNumber(a), y = wholeNumber(b);
+    if (x && y) return *x < *y;
+    return platform::text::compareLocalizedStandard(a, b) < 0;
+}
+
+} // namespace
+
+std::optional<std::string> suggestedEventName(const SyncGroupList& groups) {
+    std::set<std::string> scenes;
+    for (const SyncGroup& group : groups) {
+        if (group.isExcludedFromExport) continue;
+        if (auto scene = FCPXMLExporter::bestSceneAleIxml(group)) scenes.insert(std::move(*scene));
+    }
+    if (scenes.empty()) return std::nullopt;
+    if (scenes.size() == 1) return "Scene " + *scenes.begin();
+    const std::string* first = &*scenes.begin();
+    const std::string* last = first;
+    for (const std::string& scene : scenes) {
+        if (comesBefore(scene, *first)) first = &scene;
+        if (!comesBefore(scene, *last)) last = &scene;
+    }
+    return "Scenes " + *first + "-" + *last;
+}
+
+int projectedEventCount(const SyncGroupList& groups, const ExportSettings& settings) {
+    std::unordered_set<std::string> names;
+    bool hasClipWithoutScene = false;
+    for (const SyncGroup& group : groups) {
+        const bool isMOSClip = group.isMOS() && settings.wrapMOSInSyncClip;
+        if (group.isExcludedFromExport || !(group.matchStatus.isSettled() || isMOSClip)) continue;
+        auto name = FCPXMLExporter::sceneEventName(group, settings.eventNamePattern, settings.eventName);
+        if (name)
+            names.insert(std::move(*name));
+        else
+            hasClipWithoutScene = true;
+    }
+    return static_cast<int>(names.size()) + (hasClipWithoutScene ? 1 : 0);
+}
+
+SmartAudioCoverage smartAudioCoverage(const SyncGroupList& groups,
+                                      const ExportSettings::SmartAudioResults& smartAudioResults) {
+    SmartAudioCoverage coverage;
+    for (const SyncGroup& group : groups)
+        if (group.matchStatus.isSettled() && !group.isExcludedFromExport && !group.isMOS() &&
+            !smartAudioResults.contains(group.id))
+            ++coverage.unanalyzed;
+    return coverage;
+}
+
+std::optional<std::string> SmartAudioCoverage::text() const {
+    if (unanalyzed == 0) return std::nullopt;
+    return std::to_string(unanalyzed) +
+           " clips have not been analyzed for Smart Audio — their audio settings won’t be applied in this "
+           "export.";
+}
+
+} // namespace orvane::ExportPreview

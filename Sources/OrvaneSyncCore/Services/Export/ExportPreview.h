@@ -1,0 +1,29 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Export/ExportSettings.h"
+
+#include <optional>
+#include <string>
+
+namespace orvane {
+
+/// What the export sheet tells before anything is exported. Same rules as the export; clips that are excluded
+/// do not count. Pure; any thread.
+namespace ExportPreview {
+
+/// "Scene 12" or "Scenes 12-14", from the scenes of the clips; nothing without a scene.
+std::optional<std::string> suggestedEventName(const SyncGroupList& groups);
+
+/// How many events the clips fall into when events are split by scene.
+int projectedEventCount(const SyncGroupList& groups, const ExportSettings& settings);
+
+struct SmartAudioCoverage {
+    int unanalyzed = 0; ///< clips with sound that have no result
+    /// Nothing when all clips are analysed.
+    std::optional<std::string> text() const;
+};
+SmartAudioCoverage smartAudioCoverage(const SyncGroupList& groups,
+                                      const ExportSettings::SmartAudioResults& smartAudioResults);
+
+} // namespace ExportPreview
+} // namespace orvane

@@ -1,0 +1,184 @@
+#include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane::FCPXMLExporter {
+
+using namespace fcpxml;
+
+namespace {
+
+constexpr double smallestGainDB = 0.01;
+
+constexpr std::string_view reelKey = "com.apple.proapps.studio.reel";
+constexpr std::string_view sceneKey = "com.apple.proapps.studio.scene";
+constexpr std::string_view shotKey = "com.apple.proapps.studio.shot";
+constexpr std::string_view noteKey = "com.apple.proapps.metadataField.note";
+
+AdjustConform::Type conformType(SpatialConformType type) {
+    switch (type) {
+    case SpatialConformType::fit:
+        return AdjustConform::Type::fit;
+    case SpatialConformType::none:
+        return AdjustConform::Type::none;
+    case SpatialConformType::fill:
+        break;
+    }
+    return AdjustConform::Type::fill;
+}
+
+/// Where the picture of a clip lies, at the one rate that serves all times of the clip.
+struct Picture {
+    double fps;
+    Time start;
+    Time duration;
+    TcFormat tcFormat;
+
+    Picture(const MediaAsset& video, const ExportSettings& settings)
+        : fps(usableRate(video.projectFrameRate, settings.projectFrameRate)),
+          start(timecodeToTime(video.startTimecodeString, fps).value_or(Time::zero())),
+          duration(durationTime(video.durationSeconds, fps).value_or(fallbackDuration(fps))),
+          tcFormat(isDropFrame(fps) ? TcFormat::df : TcFormat::ndf) {}
+};
+
+AssetClip pictureClip(const SyncGroup& group, const Picture& picture, const std::string& assetID,
+                      const std::string& formatID, const ExportSettings& settings) {
+    AssetClip clip;
+    clip.ref = {assetID};
+    clip.offset = picture.start;
+    clip.name = group.video.filename;
+    clip.start = picture.start;
+    clip.duration = picture.duration;
+    clip.format = IDREF{formatID};
+    clip.tcFormat = picture.tcFormat;
+    clip.videoRole = VideoRole{{"video"}};
+    clip.adjust.conform = AdjustConform{conformType(settings.spatialConform)};
+    return clip;
+}
+
+/// Compares the lengths of the files, not their overlap.
+Time trimmedDuration(const SyncGroup& group, const Picture& picture, TrimMode mode) {
+    double seconds = group.video.durationSeconds.value_or(0);
+    switch (mode) {
+    case TrimMode::videoDuration:
+        return picture.duration;
+    case TrimMode::commonDuration:
+        if (const MediaAsset* audio = group.primaryAudio(); audio != nullptr && audio->durationSeconds)
+            seconds = std::min(seconds, *audio->durationSeconds);
+        break;
+    case TrimMode::noTrim:
+        for (const AudioMatch& match : group.audioMatches)
+            seconds = std::max(seconds, match.audio.durationSeconds.value_or(0));
+        break;
+    }
+    return durationTime(seconds, picture.fps).value_or(picture.duration);
+}
+
+bool holdsKey(const std::vector<MetadataItem>& items, std::string_view key) {
+    return std::ranges::find(items, key, &MetadataItem::key) != items.end();
+}
+
+Metadata metadataOf(const SyncGroup& group, const ExportSettings& settings, const MappedItems& mapped) {
+    Metadata metadata;
+    const auto add = [&](std::string_view key, std::optional<std::string> value) {
+        if (!value) return;
+        MetadataItem item;
+        item.key = key;
+        item.value = std::move(value);
+        metadata.items.push_back(std::move(item));
+    };
+    add(reelKey, group.video.filenameStem());
+    metadata.items.insert(metadata.items.end(), mapped.items.begin(), mapped.items.end());
+    if (!holdsKey(mapped.items, sceneKey)) add(sceneKey, bestSceneAleIxml(group));
+    if (!holdsKey(mapped.items, shotKey)) add(shotKey, bestTakeAleIxml(group));
+    add(noteKey, buildNotesString(group, settings, mapped.notes));
+    return metadata;
+}
+
+void addKeyword(std::vector<MarkerItem>& markers, std::string value) {
+    markers.emplace_back(Keyword{std::move(value)});
+}
+
+/// The value of a keyword element is a list with commas; these keywords are one each.
+void addOffspeedKeyword(std::vector<MarkerItem>& markers, std::string value) {
+    std::erase(value, ',');
+    addKeyword(markers, std::move(value));
+}
+
+/// The container around a picture: in the format of the main container, the picture in its own.
+SyncClip container(const SyncGroup& group, const Picture& picture, AssetClip item,
+                   const std::string& altFormat, const std::string& fcpName, const ExportSettings& settings) {
+    SyncClip clip;
+    clip.offset = picture.start;
+    clip.name = fcpName;
+    clip.start = picture.start;
+    clip.duration = trimmedDuration(group, picture, settings.trimMode);
+    clip.format = IDREF{altFormat};
+    clip.tcFormat = picture.tcFormat;
+    clip.adjust = syncClipMasterGainAdjust(group);
+    clip.item = std::move(item);
+    return clip;
+}
+
+} // namespace
+
+std::optional<SyncClip> buildSyncClip(const SyncGroup& group, const ClipResources& resources,
+                                      const std::string& fcpName, const ExportSettings& settings) {
+    if (resources.audioAssetIDs.empty() || group.audioMatches.empty()) return std::nullopt;
+    const Picture picture(group.video, settings);
+    AssetClip item = pictureClip(group, picture, resources.videoAssetID, resources.nativeFormatID, settings);
+    item.timeMap = buildTimeMap(group, picture.fps);
+    const bool isRetimed = item.timeMap.has_value();
+    std::vector<SyncSource> sources;
+    if (!isRetimed) {
+        AudioChain chain =
+            buildAudioChain(group, resources.audioAssetIDs, resources.audioFormatID, picture.fps, settings);
+        item.anchored = std::move(chain.anchored);
+        sources.push_back({SyncSource::SourceID::connected, std::move(chain.roleSources)});
+    }
+
+    const MappedItems mapped = lockitMappedItems(group, settings);
+    SyncClip clip = container(group, picture, std::move(item), resources.altFormatID, fcpName, settings);
+    clip.syncSources = std::move(sources);
+    clip.metadata = metadataOf(group, settings, mapped);
+    addKeyword(clip.markers, "Synced");
+    for (const std::string& keyword : mapped.keywords) addKeyword(clip.markers, keyword);
+    if (settings.offspeedAutoKeyword && group.video.isOffspeed()) {
+        addOffspeedKeyword(clip.markers, "Offspeed");
+        addOffspeedKeyword(clip.markers, offspeedRateKeywordValue(group));
+        if (isRetimed) addOffspeedKeyword(clip.markers, "Slow Motion");
+    }
+    return clip;
+}
+
+std::optional<SyncClip> buildMOSSyncClipWrapper(const SyncGroup& group, ResourceList& resources,
+                                                const std::string& altFormat, const std::string& fcpName,
+                                                const ExportSettings& settings) {
+    const Picture picture(group.video, settings);
+    if (!durationTime(group.video.durationSeconds, picture.fps)) return std::nullopt;
+    const std::string assetID = resources.nextID();
+    const std::string formatID = resources.nextID();
+    resources.add(nativeFormat(group.video, formatID, picture.fps, settings));
+    Asset asset = videoAsset(group.video, assetID, formatID, settings);
+    asset.start = picture.start;
+    asset.duration = picture.duration;
+    resources.add(std::move(asset));
+
+    const MappedItems mapped = lockitMappedItems(group, settings);
+    SyncClip clip = container(group, picture, pictureClip(group, picture, assetID, formatID, settings),
+                              altFormat, fcpName, settings);
+    clip.metadata = metadataOf(group, settings, mapped);
+    addKeyword(clip.markers, "MOS");
+    for (const std::string& keyword : mapped.keywords) addKeyword(clip.markers, keyword);
+    return clip;
+}
+
+AdjustAudioVideo syncClipMasterGainAdjust(const SyncGroup& group) {
+    AdjustAudioVideo adjust;
+    if (std::abs(group.masterGainDB) > smallestGainDB && std::isfinite(group.masterGainDB))
+        adjust.volume = AdjustVolume{Decibels{std::round(group.masterGainDB * 100) / 100}};
+    return adjust;
+}
+
+} // namespace orvane::FCPXMLExporter

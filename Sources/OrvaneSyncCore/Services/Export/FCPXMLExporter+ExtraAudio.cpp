@@ -1,0 +1,64 @@
+#include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+
+#include "OrvaneSyncCore/Utilities/FilenameUtils.h"
+
+#include <cmath>
+
+namespace orvane::FCPXMLExporter {
+
+using namespace fcpxml;
+
+namespace {
+
+constexpr int roomToneSampleRate = 48000;
+constexpr int roomToneLane = -10;
+
+/// A file of sound alone, at the beginning of its event's axis.
+AssetClip soundClip(const Asset& asset, const Time& duration, const ExportSettings& settings) {
+    AssetClip clip;
+    clip.ref = {asset.id.value};
+    clip.offset = Time::zero();
+    clip.name = asset.name;
+    clip.start = Time::zero();
+    clip.duration = duration;
+    clip.audioRole = AudioRole{{settings.atmoAudioRole}};
+    clip.videoRole = VideoRole{{"video"}};
+    return clip;
+}
+
+} // namespace
+
+void addRoomTone(ExportWalk& walk) {
+    const ExportSettings& settings = walk.settings;
+    if (!settings.atmoFileURL) return;
+    const double seconds = settings.atmoDurationSeconds;
+    const MediaAsset file(*settings.atmoFileURL, AssetKind::audio);
+    Asset asset = audioAsset(file, walk.resources.nextID(), 1, settings);
+    asset.name = file.filenameStem();
+    asset.start = Time::zero();
+    asset.duration = Time(truncated(seconds * roomToneSampleRate), roomToneSampleRate);
+
+    const double rate = usableRate(settings.frameRate);
+    AssetClip clip = soundClip(
+        asset, durationTime(seconds, rate).value_or(Time(truncated(seconds * rate), std::llround(rate))),
+        settings);
+    clip.lane = roomToneLane;
+    walk.resources.add(std::move(asset));
+    walk.place(std::move(clip), nullptr);
+}
+
+void addWildTracks(ExportWalk& walk) {
+    for (const WildTrack& track : walk.wildTracks) {
+        if (!track.isApproved) continue;
+        Asset asset = audioAsset(track.audio, walk.resources.nextID(), 1, walk.settings);
+        asset.name = track.customName;
+        asset.start = Time::zero();
+        asset.duration =
+            durationTime(track.audio.durationSeconds, walk.settings.frameRate).value_or(Time::zero());
+        AssetClip clip = soundClip(asset, *asset.duration, walk.settings);
+        walk.resources.add(std::move(asset));
+        walk.place(std::move(clip), nullptr);
+    }
+}
+
+} // namespace orvane::FCPXMLExporter

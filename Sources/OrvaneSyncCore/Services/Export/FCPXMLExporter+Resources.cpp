@@ -1,0 +1,53 @@
+#include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+
+namespace orvane::FCPXMLExporter {
+
+using namespace fcpxml;
+
+std::string ResourceList::nextID() {
+    std::string id = "r";
+    return id.append(std::to_string(++counter_));
+}
+
+void setMedia(Asset& asset, const FileURL& url, const ExportSettings& settings) {
+    std::string location = url.absoluteString();
+    if (settings.fcpxmlVersion <= FCPXMLVersion::v1_8)
+        asset.src = std::move(location);
+    else
+        asset.mediaReps.push_back({.kind = "original-media", .src = std::move(location)});
+}
+
+Asset videoAsset(const MediaAsset& video, std::string id, std::string formatID,
+                 const ExportSettings& settings) {
+    Asset asset;
+    asset.id = {std::move(id)};
+    asset.name = video.normalizedName();
+    asset.hasVideo = true;
+    asset.format = IDREF{std::move(formatID)};
+    asset.videoSources = 1;
+    setMedia(asset, video.url, settings);
+    return asset;
+}
+
+Format nativeFormat(const MediaAsset& video, std::string id, double fps, const ExportSettings& settings) {
+    Format format;
+    format.id = {std::move(id)};
+    format.frameDuration = frameDurationTime(fps);
+    format.width = video.width.value_or(settings.outputWidth);
+    format.height = video.height.value_or(settings.outputHeight);
+    return format;
+}
+
+Asset audioAsset(const MediaAsset& audio, std::string id, int channelsIfUnknown,
+                 const ExportSettings& settings) {
+    Asset asset;
+    asset.id = {std::move(id)};
+    asset.hasAudio = true;
+    asset.audioSources = 1;
+    asset.audioChannels = audio.channelCount.value_or(channelsIfUnknown);
+    asset.audioRate = audioRate(audio);
+    setMedia(asset, audio.url, settings);
+    return asset;
+}
+
+} // namespace orvane::FCPXMLExporter

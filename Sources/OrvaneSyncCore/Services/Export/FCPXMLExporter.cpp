@@ -1,0 +1,190 @@
+#include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+
+#include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+#include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
+
+#include <algorithm>
+
+namespace orvane::FCPXMLExporter {
+
+using namespace fcpxml;
+
+namespace {
+
+constexpr double rateMismatch = 0.02;
+
+void addMainFormats(ExportWalk& walk) {
+    const ExportSettings& settings = walk.settings;
+    const bool alternate = settings.videoResolution == VideoResolutionMode::useAlternateFrameSize;
+    Format main;
+    main.id = {walk.resources.nextID()};
+    main.frameDuration = frameDurationTime(settings.frameRate);
+    main.width = alternate ? settings.alternateWidth : settings.outputWidth;
+    main.height = alternate ? settings.alternateHeight : settings.outputHeight;
+    main.colorSpace = VideoColorSpace::rec709();
+    walk.resources.add(std::move(main));
+
+    Format audio;
+    audio.id = {walk.resources.nextID()};
+    audio.name = std::string(VideoFormat::FFVideoFormatRateUndefined);
+    walk.resources.add(std::move(audio));
+}
+
+void warnOfOtherRate(ExportWalk& walk, const SyncGroup& group) {
+    const double own = group.video.projectFrameRate.value_or(0), project = walk.settings.projectFrameRate;
+    if (!group.matchStatus.isSettled() || !(own > 0) || !(project > 0)) return;
+    if (!(std::max(own, project) / std::min(own, project) - 1 > rateMismatch)) return;
+    walk.result.warnings.push_back("Project rate mismatch: " + group.video.filename + " is " +
+                                   threeDigits(own) + " fps, project is " + threeDigits(project) + " fps");
+}
+
+std::string eventClipName(const ExportWalk& walk, const SyncGroup& group) {
+    const auto name = walk.clipNames.find(group.id);
+    return GroupNaming::appendingOffspeedTag(name == walk.clipNames.end() ? group.clipName : name->second,
+                                             group);
+}
+
+void addClipWithoutAudio(ExportWalk& walk, const SyncGroup& group) {
+    if (walk.settings.wrapMOSInSyncClip) {
+        auto clip = buildMOSSyncClipWrapper(group, walk.resources, std::string(altFormatID),
+                                            eventClipName(walk, group), walk.settings);
+        if (clip) {
+            walk.place(std::move(*clip), &group);
+            ++walk.result.syncClipCount;
+            return;
+        }
+    }
+    walk.result.warnings.push_back("MOS (no audio): " + group.video.filename);
+}
+
+/// The picture's format and asset, and an asset for each of its recordings. Nothing is shared between clips.
+ClipResources addClipResources(ExportWalk& walk, const SyncGroup& group) {
+    const ExportSettings& settings = walk.settings;
+    const double fps = usableRate(group.video.frameRate, settings.frameRate);
+    ClipResources ids;
+    ids.videoAssetID = walk.resources.nextID();
+    ids.nativeFormatID = walk.resources.nextID();
+    ids.altFormatID = altFormatID;
+    ids.audioFormatID = audioFormatID;
+    walk.resources.add(nativeFormat(group.video, ids.nativeFormatID, fps, settings));
+    Asset picture = videoAsset(group.video, ids.videoAssetID, ids.nativeFormatID, settings);
+    picture.start = timecodeToTime(group.video.startTimecodeString, fps);
+    picture.duration = durationTime(group.video.durationSeconds, fps);
+    walk.resources.add(std::move(picture));
+
+    for (const AudioMatch& match : group.audioMatches) {
+        ids.audioAssetIDs.push_back(walk.resources.nextID());
+        Asset sound =
+            audioAsset(match.audio, ids.audioAssetIDs.back(), settings.defaultAudioTracks, settings);
+        sound.name = match.audio.normalizedName();
+        sound.start = audioStartTime(match.audio).value_or(Time::zero());
+        sound.duration = durationTime(match.audio.durationSeconds, settings.frameRate);
+        walk.resources.add(std::move(sound));
+    }
+    walk.videoAssetIDByGroup[group.id] = ids.videoAssetID;
+    walk.formatIDByGroup[group.id] = ids.nativeFormatID;
+    walk.audioAssetIDsByGroup[group.id] = ids.audioAssetIDs;
+    return ids;
+}
+
+void addClip(ExportWalk& walk, const SyncGroup& group) {
+    const ClipResources resources = addClipResources(walk, group);
+    auto clip = buildSyncClip(group, resources, eventClipName(walk, group), walk.settings);
+    if (!clip) return;
+    const bool inEvent = walk.settings.generateSyncClips;
+    if (walk.settings.generateMulticam) {
+        walk.syncClips.push_back({&group, inEvent ? walk.eventItems.size() : walk.looseClips.size()});
+        if (!inEvent) walk.looseClips.push_back(std::move(*clip));
+    }
+    if (!inEvent) return;
+    walk.place(std::move(*clip), &group);
+    ++walk.result.syncClipCount;
+}
+
+void addGroup(ExportWalk& walk, const SyncGroup& group) {
+    warnOfOtherRate(walk, group);
+    if (group.isMOS())
+        addClipWithoutAudio(walk, group);
+    else if (!group.matchStatus.isSettled())
+        walk.result.warnings.push_back("Skipped (not matched): " + group.video.filename);
+    else
+        addClip(walk, group);
+}
+
+/// Final Cut Pro wants the type of what the user may edit; the document model has no other path for it.
+/// Quotes inside values are escaped, so the pattern is always an attribute. Works in place, from the end: a
+/// document is large.
+void giveEditableItemsTheirType(std::string& text) {
+    constexpr std::string_view pattern = "editable=\"1\"";
+    constexpr std::string_view addition = " type=\"string\"";
+    std::vector<std::size_t> ends;
+    for (auto at = text.find(pattern); at != std::string::npos; at = text.find(pattern, ends.back()))
+        ends.push_back(at + pattern.size());
+    std::size_t from = text.size();
+    text.resize(text.size() + ends.size() * addition.size());
+    const auto place = [&](std::size_t at) { return text.begin() + static_cast<std::ptrdiff_t>(at); };
+    for (std::size_t to = text.size(); !ends.empty(); ends.pop_back()) {
+        std::copy_backward(place(ends.back()), place(from), place(to));
+        to -= from - ends.back() + addition.size();
+        std::copy(addition.begin(), addition.end(), place(to));
+        from = ends.back();
+    }
+}
+
+std::string documentText(ExportWalk& walk) {
+    FCPXML document;
+    document.version = walk.settings.fcpxmlVersion;
+    document.items.push_back({assembleEvents(walk)});
+    document.resources.items = walk.resources.take();
+    XMLDocument tree = std::move(document).toXMLDocument();
+    FCPXMLDTDFixer::fix(tree);
+    if (walk.settings.experimentalVolumeKeyframes)
+        injectVolumeKeyframes(
+            tree, walk.groups.filtered([](const SyncGroup& group) { return group.matchStatus.isSettled(); }),
+            walk.settings);
+    std::string text = tree.text();
+    giveEditableItemsTheirType(text);
+    return text;
+}
+
+} // namespace
+
+void ExportWalk::place(EventItem item, const SyncGroup* group) {
+    eventItems.push_back(std::move(item));
+    if (!settings.splitEventsByScene) return;
+    const auto name = group == nullptr ? sceneEventNames.end() : sceneEventNames.find(group->id);
+    bucketKeys.push_back(name == sceneEventNames.end() ? std::nullopt : std::optional(name->second));
+}
+
+const SyncClip& ExportWalk::syncClip(const BuiltClip& built) const {
+    return settings.generateSyncClips ? std::get<SyncClip>(eventItems.at(built.index))
+                                      : looseClips.at(built.index);
+}
+
+ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<WildTrack>& wildTracks,
+                            const ExportSettings& settings) {
+    const SyncGroupList groups =
+        allGroups.filtered([](const SyncGroup& group) { return !group.isExcludedFromExport; });
+    if (groups.empty()) throw ExportError::noGroups();
+
+    ExportWalk walk(groups, wildTracks, settings);
+    walk.clipNames = exportClipNames(groups, settings);
+    if (settings.splitEventsByScene)
+        for (const SyncGroup& group : groups)
+            if (auto name = sceneEventName(group, settings.eventNamePattern, settings.eventName))
+                walk.sceneEventNames[group.id] = std::move(*name);
+
+    walk.eventItems.reserve(groups.size());
+    addMainFormats(walk);
+    for (const SyncGroup& group : groups) addGroup(walk, group);
+    if (settings.generateMulticam && walk.syncClips.size() >= 2) addMulticamClips(walk);
+    addRoomTone(walk);
+    addWildTracks(walk);
+    if (settings.generateRawMediaEvent) addRawMedia(walk);
+    addNativeMOSClips(walk);
+    addProjectRateClips(walk);
+    walk.result.fcpxmlString = documentText(walk);
+    return std::move(walk.result);
+}
+
+} // namespace orvane::FCPXMLExporter

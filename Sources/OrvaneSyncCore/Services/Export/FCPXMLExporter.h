@@ -1,0 +1,160 @@
+#pragma once
+
+#include "FCPXMLKit/model/Model.h"
+#include "OrvaneSyncCore/Models/WildTrack.h"
+#include "OrvaneSyncCore/Services/Export/ExportSettings.h"
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace orvane {
+
+/// The finished document and what the user should know of it.
+struct ExportResult {
+    std::string fcpxmlString;
+    int syncClipCount = 0; ///< sync-clips in events, those without sound included, offspeed variants not
+    int multicamCount = 0;
+    std::vector<std::string> warnings; ///< one line per skipped or doubtful clip
+};
+
+/// Why there is no document at all.
+class ExportError : public std::runtime_error {
+  public:
+    enum class Kind { noGroups };
+
+    static ExportError noGroups() { return {Kind::noGroups, "No sync groups to export"}; }
+    Kind kind() const { return kind_; }
+
+  private:
+    ExportError(Kind kind, const char* description) : std::runtime_error(description), kind_(kind) {}
+    Kind kind_;
+};
+
+/// Turns clips into a document. Pure functions of their arguments; any thread.
+///
+/// Rates are frames per second. A rate that no document can hold (not finite, rounding to 0, beyond a
+/// million) counts as absent where there is another to take, and as 24 where there is none.
+namespace FCPXMLExporter {
+
+/// Clips that are excluded are left out; a clip that cannot be built becomes a warning. Throws ExportError
+/// when no clip is left, and fcpxml::FCPXMLError.
+ExportResult exportDocument(const SyncGroupList& groups, const std::vector<WildTrack>& wildTracks,
+                            const ExportSettings& settings);
+
+/// The names in Final Cut Pro, by group, without the offspeed tag.
+using NamesByGroup = std::unordered_map<UUID, std::string>;
+NamesByGroup exportClipNames(const SyncGroupList& groups, const ExportSettings& settings);
+
+// Times. A product of seconds and rate is cut to whole frames, never rounded up to the next one.
+
+fcpxml::Time frameDurationTime(double fps);
+/// Nothing for an absent duration, one not above 0, and one beyond 2^53 frames.
+std::optional<fcpxml::Time> durationTime(std::optional<double> seconds, double fps);
+/// Nothing for an absent text and one that does not parse.
+std::optional<fcpxml::Time> timecodeToTime(const std::optional<std::string>& text, double fps);
+/// Zero below a whole frame; negative for an earlier moment.
+fcpxml::Time manualOffsetTime(double seconds, double fps);
+/// Exact to the sample where the file has a time reference.
+std::optional<fcpxml::Time> audioStartTime(const MediaAsset& asset);
+/// By the rate alone, never by the separator of a timecode.
+bool isDropFrame(double fps);
+/// 1000 frames: what a file without a duration gets.
+fcpxml::Time fallbackDuration(double fps);
+/// The first of the rates that a document can hold, else 24.
+double usableRate(std::optional<double> first, std::optional<double> second = std::nullopt);
+
+// Resources.
+
+/// The resources of a document in the making, and the only source of their identifiers.
+class ResourceList {
+  public:
+    /// "r1", "r2" and so on.
+    std::string nextID();
+    void add(fcpxml::ResourceItem item) { items_.push_back(std::move(item)); }
+    const std::vector<fcpxml::ResourceItem>& items() const { return items_; }
+    std::vector<fcpxml::ResourceItem> take() { return std::move(items_); }
+
+  private:
+    int counter_ = 0;
+    std::vector<fcpxml::ResourceItem> items_;
+};
+
+/// The file behind an asset, in the form that the document's version has for it.
+void setMedia(fcpxml::Asset& asset, const FileURL& url, const ExportSettings& settings);
+fcpxml::Asset videoAsset(const MediaAsset& video, std::string id, std::string formatID,
+                         const ExportSettings& settings);
+fcpxml::Format nativeFormat(const MediaAsset& video, std::string id, double fps,
+                            const ExportSettings& settings);
+/// Without name, start and duration.
+fcpxml::Asset audioAsset(const MediaAsset& audio, std::string id, int channelsIfUnknown,
+                         const ExportSettings& settings);
+/// Whole Hz; 48000 where the file does not say.
+int audioRate(const MediaAsset& audio);
+
+// One clip.
+
+/// The resources that a clip refers to.
+struct ClipResources {
+    std::string videoAssetID;
+    std::vector<std::string> audioAssetIDs; ///< one per audio match, in order
+    std::string altFormatID;                ///< the container's
+    std::string nativeFormatID;             ///< the clip's own
+    std::string audioFormatID;
+};
+
+/// Nothing for a group without audio.
+std::optional<fcpxml::SyncClip> buildSyncClip(const SyncGroup& group, const ClipResources& resources,
+                                              const std::string& fcpName, const ExportSettings& settings);
+/// The same frame for a group without audio; adds the resources it needs. Nothing without a duration.
+std::optional<fcpxml::SyncClip> buildMOSSyncClipWrapper(const SyncGroup& group, ResourceList& resources,
+                                                        const std::string& altFormatID,
+                                                        const std::string& fcpName,
+                                                        const ExportSettings& settings);
+/// An adjustment of the volume where the gain is worth one.
+fcpxml::AdjustAudioVideo syncClipMasterGainAdjust(const SyncGroup& group);
+
+/// The sound side of a clip.
+struct AudioChain {
+    std::vector<fcpxml::AnchorItem> anchored;         ///< under the picture
+    std::vector<fcpxml::AudioRoleSource> roleSources; ///< one per channel of every file
+};
+/// `fps` is the rate of the clip's positions.
+AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string>& audioAssetIDs,
+                           const std::string& audioFormatID, double fps, const ExportSettings& settings);
+/// Such as "dialogue.Boom". `track` counts from 1.
+std::string audioRoleName(int track, const MediaAsset& audio, const ExportSettings& settings);
+/// "Mix", "Boom", "Lav 1", "Lav 2" and so on.
+std::string defaultSubrole(int track);
+/// Seconds; 0 for a clip before the first that the offset applies to.
+double effectiveGlobalAudioOffset(const SyncGroup& group, const ExportSettings& settings, double fps);
+
+// Several cameras.
+
+/// The clips, by id, that an export would make into one multicam clip each.
+std::vector<std::vector<UUID>> findMulticamGroups(const SyncGroupList& groups);
+
+// What is known of a clip besides its picture and sound.
+
+/// From the report, else from the recorder; as written. Nothing when neither says anything.
+std::optional<std::string> bestSceneAleIxml(const SyncGroup& group);
+std::optional<std::string> bestTakeAleIxml(const SyncGroup& group);
+/// The text of the notes field.
+std::optional<std::string> buildNotesString(const SyncGroup& group, const ExportSettings& settings,
+                                            const std::vector<std::string>& lockitVideoNotes);
+/// The name of the clip's scene event; nothing for a clip without a scene.
+std::optional<std::string> sceneEventName(const SyncGroup& group, const std::string& pattern,
+                                          const std::string& eventName);
+
+/// The clips divided by scene: an item with a key goes to the event of that name, events in the order of
+/// their names, all others to the fallback event behind them. Never without an event.
+std::vector<fcpxml::Event>
+assembleSceneEvents(std::vector<fcpxml::EventItem> items,
+                    const std::vector<std::optional<std::string>>& bucketKeyByIndex,
+                    const std::string& fallbackEventName);
+
+} // namespace FCPXMLExporter
+} // namespace orvane

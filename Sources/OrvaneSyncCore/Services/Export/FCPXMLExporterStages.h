@@ -1,0 +1,84 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+// The stages of one export and what they hand on. For the exporter's own files.
+namespace orvane::FCPXMLExporter {
+
+inline constexpr std::string_view altFormatID = "r1";
+inline constexpr std::string_view audioFormatID = "r2";
+
+/// A synchronized clip as the multicam stage needs it.
+struct BuiltClip {
+    const SyncGroup* group = nullptr;
+    std::size_t index = 0; ///< in `eventItems`, or in `looseClips` where clips stand in no event
+};
+
+/// What the walk over the groups has collected.
+struct ExportWalk {
+    ExportWalk(const SyncGroupList& exported, const std::vector<WildTrack>& wild,
+               const ExportSettings& chosen)
+        : groups(exported), wildTracks(wild), settings(chosen) {}
+
+    const SyncGroupList& groups; ///< without those that are excluded
+    const std::vector<WildTrack>& wildTracks;
+    const ExportSettings& settings;
+    ExportResult result;
+
+    ResourceList resources;
+    std::vector<fcpxml::EventItem> eventItems;
+    /// Beside `eventItems`: the scene event of each item. Empty unless events are split by scene.
+    std::vector<std::optional<std::string>> bucketKeys;
+    std::vector<fcpxml::EventItem> nativeMOSItems;
+    std::vector<fcpxml::EventItem> projectRateItems;
+    std::vector<fcpxml::EventItem> rawItems;
+    std::vector<BuiltClip> syncClips; ///< filled only where multicam clips are wanted
+    std::vector<fcpxml::SyncClip> looseClips;
+
+    std::unordered_map<UUID, std::string> videoAssetIDByGroup;
+    std::unordered_map<UUID, std::string> formatIDByGroup;
+    std::unordered_map<UUID, std::vector<std::string>> audioAssetIDsByGroup;
+    NamesByGroup clipNames;
+    NamesByGroup sceneEventNames;
+
+    /// Puts an item into the main events; `group` decides its scene, null for none.
+    void place(fcpxml::EventItem item, const SyncGroup* group);
+    const fcpxml::SyncClip& syncClip(const BuiltClip& built) const;
+};
+
+/// What imported metadata adds to a clip.
+struct MappedItems {
+    std::vector<fcpxml::MetadataItem> items;
+    std::vector<std::string> keywords;
+    std::vector<std::string> notes;
+};
+MappedItems lockitMappedItems(const SyncGroup& group, const ExportSettings& settings);
+
+/// The retime of an offspeed clip; a clip that has one carries no sound.
+std::optional<fcpxml::TimeMap> buildTimeMap(const SyncGroup& group, double projectFPS);
+/// Such as "Offspeed 120fps".
+std::string offspeedRateKeywordValue(const SyncGroup& group);
+
+void addMulticamClips(ExportWalk& walk);
+void addRoomTone(ExportWalk& walk);
+void addWildTracks(ExportWalk& walk);
+void addRawMedia(ExportWalk& walk);
+void addNativeMOSClips(ExportWalk& walk);
+void addProjectRateClips(ExportWalk& walk);
+std::vector<fcpxml::Event> assembleEvents(ExportWalk& walk);
+
+/// Works on the finished tree, behind the order of children.
+void injectVolumeKeyframes(fcpxml::XMLDocument& document, const SyncGroupList& groups,
+                           const ExportSettings& settings);
+
+/// Three significant digits, as in "23.976" to "24".
+std::string threeDigits(double value);
+/// The value without its fraction, 0 for what is no number of 64 bits.
+std::int64_t truncated(double value);
+
+} // namespace orvane::FCPXMLExporter

@@ -1,0 +1,45 @@
+#include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
+
+#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+
+namespace orvane {
+
+namespace {
+
+constexpr double defaultSampleRate = 48000;
+constexpr double defaultFrameRate = 24;
+
+} // namespace
+
+AssetPlacement::AssetPlacement(const MediaAsset& asset) {
+    if (!asset.durationSeconds || !(*asset.durationSeconds > 0)) return;
+    durationSeconds_ = *asset.durationSeconds;
+    // Slow motion stretches the file; the timecode counts the time in which it was shot.
+    if (asset.kind == AssetKind::video && asset.isOffspeed()) durationSeconds_ /= asset.slowMotionFactor();
+    frameRate_ = asset.projectFrameRate.value_or(asset.frameRate.value_or(defaultFrameRate));
+
+    // A count of zero samples is what recorders write that know no time.
+    if (asset.bextTimeReference.value_or(0) != 0) {
+        const double rate = asset.sampleRate.value_or(defaultSampleRate);
+        if (rate > 0) start_ = TimecodeUtils::bextToSeconds(*asset.bextTimeReference, rate);
+    } else if (asset.startTimecodeString) {
+        // The rate takes no part in parsing. A malformed text is midnight.
+        const auto parsed = Timecode::fromString(*asset.startTimecodeString, TimecodeFrameRate::fps24);
+        start_ = parsed ? parsed->components() : Clock{};
+    }
+}
+
+std::optional<SyncEngine::TCRange> AssetPlacement::range(std::optional<double> fallbackFrameRate) const {
+    double start = 0;
+    if (const auto* seconds = std::get_if<Samples>(&start_)) {
+        start = *seconds;
+    } else if (const auto* clock = std::get_if<Clock>(&start_)) {
+        const auto rate = TimecodeUtils::frameRate(fallbackFrameRate.value_or(frameRate_));
+        start = Timecode(*clock, rate).realTimeValue();
+    } else {
+        return std::nullopt;
+    }
+    return SyncEngine::TCRange{start, start + durationSeconds_};
+}
+
+} // namespace orvane

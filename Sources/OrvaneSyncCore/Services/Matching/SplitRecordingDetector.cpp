@@ -1,0 +1,36 @@
+#include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
+
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace orvane::SplitRecordingDetector {
+
+namespace {
+
+/// Only two known values can tell files apart: a blank one is no value.
+bool areKnownToDiffer(const std::optional<std::string>& a, const std::optional<std::string>& b) {
+    if (!a || !b) return false;
+    const std::string x = platform::text::lowercased(platform::text::trimmed(*a));
+    const std::string y = platform::text::lowercased(platform::text::trimmed(*b));
+    return !x.empty() && !y.empty() && x != y;
+}
+
+bool continues(const Candidate& previous, const Candidate& current) {
+    const double gap = current.range.startSeconds - previous.range.endSeconds;
+    return !(std::abs(gap) > contiguityToleranceSeconds) &&
+           !areKnownToDiffer(previous.bextOriginator, current.bextOriginator) &&
+           !areKnownToDiffer(previous.tape, current.tape);
+}
+
+} // namespace
+
+bool isContinuousChain(std::vector<Candidate> candidates) {
+    if (candidates.size() < 2) return false;
+    std::ranges::stable_sort(candidates, {}, [](const Candidate& c) { return c.range.startSeconds; });
+    return std::ranges::adjacent_find(candidates, std::not_fn(continues)) == candidates.end();
+}
+
+} // namespace orvane::SplitRecordingDetector

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+/// Tells a recording that the recorder cut into several files from files that lie side by side. Pure; any
+/// thread.
+namespace SplitRecordingDetector {
+
+struct Candidate {
+    SyncEngine::TCRange range;
+    std::optional<std::string> bextOriginator;
+    std::optional<std::string> tape; ///< sound roll of the iXML
+};
+
+/// A gap or an overlap between two parts of up to this length is none.
+constexpr double contiguityToleranceSeconds = 0.5;
+
+/// Whether each file begins where the one before ends, with nothing known that tells their recorders or their
+/// sound rolls apart. In any order; fewer than two are no chain.
+bool isContinuousChain(std::vector<Candidate> candidates);
+
+} // namespace SplitRecordingDetector
+} // namespace orvane

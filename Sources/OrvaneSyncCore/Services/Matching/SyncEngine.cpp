@@ -1,0 +1,279 @@
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+
+#include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
+#include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
+#include "OrvaneSyncCore/Utilities/FilenameUtils.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+#include <map>
+#include <memory>
+#include <numeric>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using TCRange = SyncEngine::TCRange;
+
+// A day and a minute: the start of the next day is no exact day away where clocks are mended.
+constexpr std::chrono::seconds neighbouringDay{86460};
+
+constexpr double defaultFrameRate = 24;
+// A match below this share of the best one's overlap makes the clip ambiguous.
+constexpr double ambiguityShare = 0.5;
+
+/// An audio file that can match a picture, with what matching needs of it computed once.
+struct Recording {
+    const MediaAsset* asset;
+    AssetPlacement placement;
+    TCRange range;
+};
+
+/// The recordings among the files, in their order: with a place in time, and no room tone.
+std::vector<Recording> recordingsAmong(const std::vector<MediaAsset>& audios) {
+    std::vector<Recording> recordings;
+    recordings.reserve(audios.size());
+    for (const MediaAsset& audio : audios) {
+        if (audio.isAtmo()) continue;
+        const AssetPlacement placement(audio);
+        if (const auto range = placement.range()) recordings.push_back({&audio, placement, *range});
+    }
+    return recordings;
+}
+
+/// A recording, by its place in the list of recordings, that overlaps the video in question.
+struct Hit {
+    std::size_t recording;
+    double overlapSeconds;
+};
+
+/// Recordings in the order of their starts, so that those that overlap a range are found without a look at
+/// all of them.
+class Lane {
+  public:
+    void add(const TCRange& range, std::size_t recording) { entries_.push_back({range, 0, recording}); }
+    /// After the last `add`, before the first `appendOverlapping`.
+    void finish() {
+        std::ranges::sort(entries_, {}, [](const Entry& entry) { return entry.range.startSeconds; });
+        double latest = -std::numeric_limits<double>::infinity();
+        for (Entry& entry : entries_) latest = entry.latestEnd = std::max(latest, entry.range.endSeconds);
+    }
+    /// In the order of the list of recordings.
+    void appendOverlapping(const TCRange& range, std::vector<Hit>& hits) const {
+        const auto startsTooLate = std::ranges::lower_bound(
+            entries_, range.endSeconds, {}, [](const Entry& entry) { return entry.range.startSeconds; });
+        for (auto entry = startsTooLate; entry != entries_.begin();) {
+            --entry;
+            if (entry->latestEnd <= range.startSeconds) break; // and so ends all that starts earlier
+            if (const auto overlap = SyncEngine::overlapDuration(entry->range, range))
+                hits.push_back({entry->recording, *overlap});
+        }
+    }
+
+  private:
+    struct Entry {
+        TCRange range;
+        double latestEnd; ///< of this entry and all before it
+        std::size_t recording;
+    };
+    std::vector<Entry> entries_;
+};
+
+void sortByRecording(std::vector<Hit>::iterator first, std::vector<Hit>::iterator last) {
+    std::sort(first, last, [](const Hit& a, const Hit& b) { return a.recording < b.recording; });
+}
+
+/// Which recordings a video meets, by their shoot days.
+class RecordingIndex {
+  public:
+    explicit RecordingIndex(const std::vector<Recording>& recordings) {
+        for (std::size_t i = 0; i < recordings.size(); ++i) {
+            const auto day = recordings[i].asset->shootDay();
+            (day ? days_[*day] : undated_).add(recordings[i].range, i);
+            all_.add(recordings[i].range, i);
+        }
+        for (auto& [day, lane] : days_) lane.finish();
+        undated_.finish();
+        all_.finish();
+    }
+    /// First the dated recordings in their order, then the undated ones; for a video without a day all in
+    /// their order. Equal overlaps keep this order.
+    std::vector<Hit> overlapping(const TCRange& range, std::optional<Date> day) const {
+        std::vector<Hit> hits;
+        if (!day) {
+            all_.appendOverlapping(range, hits);
+            sortByRecording(hits.begin(), hits.end());
+            return hits;
+        }
+        const auto last = days_.upper_bound(*day + neighbouringDay);
+        for (auto near = days_.lower_bound(*day - neighbouringDay); near != last; ++near)
+            near->second.appendOverlapping(range, hits);
+        const auto dated = static_cast<std::ptrdiff_t>(hits.size());
+        undated_.appendOverlapping(range, hits);
+        sortByRecording(hits.begin(), hits.begin() + dated);
+        sortByRecording(hits.begin() + dated, hits.end());
+        return hits;
+    }
+
+  private:
+    std::map<Date, Lane> days_;
+    Lane undated_;
+    Lane all_;
+};
+
+/// One file of what may be a recording in parts.
+struct Part {
+    const MediaAsset* asset;
+    const AssetPlacement* placement;
+};
+
+std::optional<double> rateOf(const MediaAsset& asset) {
+    return asset.projectFrameRate ? asset.projectFrameRate : asset.frameRate;
+}
+
+/// Whichever file of a recording happens to state a rate, all are read at it: first the file with a count of
+/// samples, else the earliest text.
+double sharedRate(const std::vector<const MediaAsset*>& assets) {
+    const auto counted = std::ranges::find_if(
+        assets, [](const MediaAsset* asset) { return asset->bextTimeReference.value_or(0) != 0; });
+    if (counted != assets.end())
+        if (const auto rate = rateOf(**counted)) return *rate;
+
+    const MediaAsset* earliest = nullptr;
+    const auto text = [](const MediaAsset& asset) { return asset.startTimecodeString.value_or(""); };
+    for (const MediaAsset* asset : assets)
+        if (rateOf(*asset) && (earliest == nullptr || text(*asset) < text(*earliest))) earliest = asset;
+    return earliest != nullptr ? *rateOf(*earliest) : defaultFrameRate;
+}
+
+bool isOneRecording(const std::vector<Part>& parts) {
+    std::vector<const MediaAsset*> assets;
+    for (const Part& part : parts) assets.push_back(part.asset);
+    const double rate = sharedRate(assets);
+
+    std::vector<SplitRecordingDetector::Candidate> candidates;
+    candidates.reserve(parts.size());
+    for (const Part& part : parts) {
+        const auto range = part.placement->range(rate);
+        if (!range) return false;
+        const auto& ixml = part.asset->ixmlData;
+        candidates.push_back({*range, part.asset->bextOriginator, ixml ? ixml->tape : std::nullopt});
+    }
+    return SplitRecordingDetector::isContinuousChain(std::move(candidates));
+}
+
+/// The hits best first.
+MatchStatus status(const MediaAsset& video, const std::vector<Hit>& hits,
+                   const std::vector<Recording>& recordings) {
+    if (hits.empty())
+        return FilenameUtils::isMOS(video.filename) ? MatchStatus::mos() : MatchStatus::unmatched();
+    if (hits.size() == 1) return MatchStatus::matched();
+
+    const int count = static_cast<int>(hits.size());
+    std::vector<Part> parts;
+    parts.reserve(hits.size());
+    for (const Hit& hit : hits)
+        parts.push_back({recordings[hit.recording].asset, &recordings[hit.recording].placement});
+    if (isOneRecording(parts)) return MatchStatus::splitRecording(count);
+    const double least = hits.front().overlapSeconds * ambiguityShare;
+    return hits.back().overlapSeconds >= least ? MatchStatus::matched() : MatchStatus::ambiguous(count);
+}
+
+/// `overlapping` gives the hits of a range, in the order of the candidates.
+template <class Overlapping>
+SyncGroupList::Element group(const MediaAsset& video, const std::vector<Recording>& recordings,
+                             const Overlapping& overlapping) {
+    const auto range = AssetPlacement(video).range();
+    if (!range)
+        return std::make_shared<SyncGroup>(video, std::vector<AudioMatch>{}, MatchStatus::unmatched());
+
+    std::vector<Hit> hits = overlapping(*range);
+    std::ranges::stable_sort(hits, std::greater{}, &Hit::overlapSeconds);
+    const auto ids = UUID::random(hits.size() + 1);
+    std::vector<AudioMatch> matches;
+    matches.reserve(hits.size());
+    for (std::size_t i = 0; i < hits.size(); ++i) {
+        const Recording& recording = recordings[hits[i].recording];
+        const double offset = recording.range.startSeconds - range->startSeconds;
+        matches.emplace_back(ids[i], *recording.asset, offset, hits[i].overlapSeconds);
+    }
+    auto result =
+        std::make_shared<SyncGroup>(ids.back(), video, std::move(matches), status(video, hits, recordings));
+    // Timecode cannot align such a clip along its whole length.
+    if (video.isOffspeed()) result->syncMethod = SyncMethod::clap;
+    return result;
+}
+
+/// The videos' places in the list, in the order of file names.
+std::vector<std::size_t> orderByName(const std::vector<MediaAsset>& videos) {
+    std::vector<std::string> keys;
+    keys.reserve(videos.size());
+    for (const MediaAsset& video : videos)
+        keys.push_back(platform::text::localizedStandardSortKey(video.filename));
+    std::vector<std::size_t> order(videos.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::ranges::stable_sort(order, {}, [&](std::size_t i) -> const std::string& { return keys[i]; });
+    return order;
+}
+
+} // namespace
+
+SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos,
+                                const std::vector<MediaAsset>& audios) const {
+    const auto recordings = recordingsAmong(audios);
+    const RecordingIndex index(recordings);
+    SyncGroupList groups;
+    for (const std::size_t i : orderByName(videos))
+        groups.append(group(videos[i], recordings, [&](const TCRange& range) {
+            return index.overlapping(range, videos[i].shootDay());
+        }));
+    return groups;
+}
+
+SyncGroupList SyncEngine::matchWithinDay(const std::vector<MediaAsset>& videos,
+                                         const std::vector<MediaAsset>& audios) const {
+    const auto recordings = recordingsAmong(audios);
+    Lane lane;
+    for (std::size_t i = 0; i < recordings.size(); ++i) lane.add(recordings[i].range, i);
+    lane.finish();
+    SyncGroupList groups;
+    for (const MediaAsset& video : videos)
+        groups.append(group(video, recordings, [&](const TCRange& range) {
+            std::vector<Hit> hits;
+            lane.appendOverlapping(range, hits);
+            sortByRecording(hits.begin(), hits.end());
+            return hits;
+        }));
+    return groups;
+}
+
+std::optional<TCRange> SyncEngine::tcRange(const MediaAsset& asset, std::optional<double> fallbackFrameRate) {
+    return AssetPlacement(asset).range(fallbackFrameRate);
+}
+
+std::optional<double> SyncEngine::overlapDuration(const TCRange& a, const TCRange& b) {
+    const double overlap = std::min(a.endSeconds, b.endSeconds) - std::max(a.startSeconds, b.startSeconds);
+    if (!(overlap > 0)) return std::nullopt;
+    return overlap;
+}
+
+bool SyncEngine::isSplitRecording(const std::vector<AudioMatch>& matches) {
+    std::vector<AssetPlacement> placements;
+    placements.reserve(matches.size());
+    std::vector<Part> parts;
+    for (const AudioMatch& match : matches)
+        parts.push_back({&match.audio, &placements.emplace_back(match.audio)});
+    return isOneRecording(parts);
+}
+
+double SyncEngine::sharedFallbackFrameRate(const std::vector<MediaAsset>& assets) {
+    std::vector<const MediaAsset*> pointers;
+    for (const MediaAsset& asset : assets) pointers.push_back(&asset);
+    return sharedRate(pointers);
+}
+
+} // namespace orvane

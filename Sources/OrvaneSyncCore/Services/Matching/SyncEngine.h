@@ -1,0 +1,47 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/SyncGroupList.h"
+
+#include <optional>
+#include <vector>
+
+namespace orvane {
+
+/// Lays video and sound of one production on the axis of timecode seconds (seconds since midnight) and makes
+/// one clip of each video with the recordings that overlap it. Pure and without state; any thread. Nothing
+/// fails: a file that cannot be placed takes no part, and a video that cannot be placed is unmatched.
+class SyncEngine {
+  public:
+    /// Where one file lies, in timecode seconds; the end may pass 86400.
+    struct TCRange {
+        double startSeconds = 0;
+        double endSeconds = 0;
+
+        double durationSeconds() const { return endSeconds - startSeconds; }
+        bool operator==(const TCRange&) const = default;
+    };
+
+    /// One group per video, in the order of file names. A video meets the recordings of its shoot day, of the
+    /// day before and of the day after, and those without a day; a video without a day meets all of them.
+    SyncGroupList match(const std::vector<MediaAsset>& videos, const std::vector<MediaAsset>& audios) const;
+
+    /// One group per video, in the order given, every video against every recording, whatever their days.
+    SyncGroupList matchWithinDay(const std::vector<MediaAsset>& videos,
+                                 const std::vector<MediaAsset>& audios) const;
+
+    /// Absent without a duration or a start. The fallback rate (frames per second), where given, goes before
+    /// the rates of the asset; it reads the timecode text only, never the count of samples.
+    static std::optional<TCRange> tcRange(const MediaAsset& asset,
+                                          std::optional<double> fallbackFrameRate = std::nullopt);
+
+    /// Seconds in common; absent when there are none.
+    static std::optional<double> overlapDuration(const TCRange& a, const TCRange& b);
+
+    /// Whether the recorder cut one recording into these files, as opposed to recordings that compete.
+    static bool isSplitRecording(const std::vector<AudioMatch>& matches);
+
+    /// The one rate (frames per second) at which the texts of all parts of a recording are read.
+    static double sharedFallbackFrameRate(const std::vector<MediaAsset>& assets);
+};
+
+} // namespace orvane

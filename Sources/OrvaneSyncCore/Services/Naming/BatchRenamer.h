@@ -1,0 +1,56 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/SyncGroupList.h"
+#include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace orvane {
+
+/// Renames many clips by one rule: find and replace, number padding, prefix and suffix. A plain value; its
+/// operations change nothing, they say which manual names the clips would get.
+struct BatchRenamer {
+    /// The naming settings.
+    struct Settings {
+        GroupNaming::Source source = GroupNaming::Source::sceneTake;
+        std::optional<std::string> customPattern = std::string(GroupNaming::defaultPattern);
+        std::string separator{GroupNaming::defaultSeparator};
+    };
+    struct PreviewRow {
+        UUID groupID;
+        std::string before;
+        std::string after;
+    };
+    struct Preview {
+        std::vector<PreviewRow> rows;
+        std::string remainder; ///< "… and 3 more"; empty when every clip has its row
+    };
+    static constexpr int mostPadDigits = 6;
+    static constexpr std::size_t previewRowLimit = 8;
+
+    std::string find; ///< exact, case-sensitive
+    std::string replace;
+    int padDigits = 0; ///< 0 to 6; 0 is no padding
+    std::string prefix;
+    std::string suffix;
+
+    bool hasOperation() const;
+    std::string transform(std::string_view name) const;
+    Preview previewSample(const SyncGroupList& groups, const Settings& settings) const;
+    /// The new manual name of every clip that gets one, in the order of the clips. A clip that still bears
+    /// its camera's file name is left alone.
+    std::vector<std::pair<UUID, std::string>> newNames(const SyncGroupList& groups,
+                                                       const Settings& settings) const;
+
+    /// Leading zeros for each run of number characters that is shorter than `digits`.
+    static std::string padNumericSegments(std::string_view name, int digits);
+    /// The clips that have a manual name to clear.
+    static std::vector<UUID> manuallyNamed(const SyncGroupList& groups);
+};
+
+} // namespace orvane

@@ -1,0 +1,301 @@
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+
+#include "Support/Assets.h"
+#include "Support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <map>
+#include <random>
+#include <set>
+
+namespace orvane {
+namespace {
+
+using test::audio;
+using test::video;
+
+const SyncEngine engine;
+
+MediaAsset counted(MediaAsset recording, std::uint64_t samples, std::optional<double> sampleRate) {
+    recording.bextTimeReference = samples;
+    recording.sampleRate = sampleRate;
+    return recording;
+}
+
+MediaAsset offspeed(MediaAsset clip, double sensor, double project) {
+    clip.sensorFrameRate = sensor;
+    clip.projectFrameRate = project;
+    return clip;
+}
+
+SyncGroup matched(const MediaAsset& picture, const std::vector<MediaAsset>& recordings) {
+    return engine.match({picture}, recordings).front();
+}
+
+std::vector<std::string> names(const std::vector<AudioMatch>& matches) {
+    std::vector<std::string> result;
+    for (const AudioMatch& match : matches) result.push_back(match.audio.filename);
+    return result;
+}
+
+TEST(SyncEngine, placesFilesOnTheAxis) {
+    const MediaAsset ten = video("a.mov", "01:00:00:00", 10), sound = audio("a.wav", "01:00:00:00", 10);
+    MediaAsset silent = ten;
+    silent.durationSeconds.reset();
+    MediaAsset atProjectRate = video("a.mov", "00:00:01:12");
+    atProjectRate.projectFrameRate = 24;
+    struct Case {
+        const char* name;
+        MediaAsset asset;
+        std::optional<double> fallback, start, end;
+    };
+    const double none = std::numeric_limits<double>::quiet_NaN();
+    for (const Case& test : {
+             Case{"by its text", ten, {}, 3600, 3610},
+             Case{"the project's rate before the file's", atProjectRate, {}, 1.5, 61.5},
+             Case{"the fallback before both", atProjectRate, 48, 1.25, 61.25},
+             Case{"a count of samples before the text", counted(audio("a.wav"), 96000, 48000), 30, 2, 62},
+             Case{"48 kHz where no rate is stated", counted(audio("a.wav"), 96000, {}), {}, 2, 62},
+             Case{"a count of 0 is none", counted(audio("a.wav", "00:00:05:00"), 0, 48000), {}, 5, 65},
+             Case{"neither count nor text", counted(audio("a.wav", ""), 0, 48000), {}, {}, {}},
+             Case{"a count at no rate", counted(audio("a.wav"), 96000, 0.0), {}, {}, {}},
+             Case{"a malformed text is midnight", video("a.mov", "noon"), {}, 0, 60},
+             Case{"no duration", silent, {}, {}, {}},
+             Case{"a duration of 0", video("a.mov", "01:00:00:00", 0), {}, {}, {}},
+             Case{"a duration that is no number", video("a.mov", "01:00:00:00", none), {}, {}, {}},
+             Case{"slow motion covers less", offspeed(ten, 120, 24), {}, 3600, 3602},
+             Case{"2 percent is no slow motion", offspeed(ten, 24.5, 24), {}, 3600, 3610},
+             Case{"sound has no slow motion", offspeed(sound, 120, 24), {}, 3600, 3610},
+         }) {
+        const auto range = SyncEngine::tcRange(test.asset, test.fallback);
+        ASSERT_EQ(range.has_value(), test.start.has_value()) << test.name;
+        if (!range) continue;
+        EXPECT_DOUBLE_EQ(range->startSeconds, *test.start) << test.name;
+        EXPECT_DOUBLE_EQ(range->endSeconds, *test.end) << test.name;
+    }
+    EXPECT_EQ(SyncEngine::overlapDuration({0, 10}, {4, 20}), 6);
+    EXPECT_EQ(SyncEngine::overlapDuration({0, 10}, {10, 20}), std::nullopt) << "they only touch";
+}
+
+TEST(SyncEngine, meetsTheDaysAround) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    MediaAsset filmedOn3rd = video("undated.mov");
+    filmedOn3rd.contentCreatedDate = dateFromISO8601("2024-05-03T09:00:00Z");
+    MediaAsset namedAndFiled = audio("240509.wav");
+    namedAndFiled.contentCreatedDate = filmedOn3rd.contentCreatedDate;
+    struct Case {
+        const char* name;
+        MediaAsset video, audio;
+        bool meet;
+    };
+    for (const Case& test : {
+             Case{"the same day", video("A_240503.mov"), audio("240503.wav"), true},
+             Case{"the day before", video("A_240503.mov"), audio("240502.wav"), true},
+             Case{"the day after", video("A_240430.mov"), audio("240501.wav"), true},
+             Case{"two days apart", video("A_240503.mov"), audio("240501.wav"), false},
+             Case{"a video without a day", video("A.mov"), audio("240503.wav"), true},
+             Case{"a recording without a day", video("A_240503.mov"), audio("x.wav"), true},
+             Case{"the day of the file", filmedOn3rd, audio("240504.wav"), true},
+             Case{"the day of the file, too far", filmedOn3rd, audio("240505.wav"), false},
+             Case{"the name before the file", filmedOn3rd, namedAndFiled, false},
+         })
+        EXPECT_EQ(matched(test.video, {test.audio}).isMOS(), !test.meet) << test.name;
+    EXPECT_EQ(engine.matchWithinDay({video("A_240503.mov")}, {audio("240520.wav")})[0].audioMatches.size(),
+              1U)
+        << "within a day nobody asks for the day";
+}
+
+TEST(SyncEngine, decidesTheStatus) {
+    struct Sound {
+        const char* start;
+        double seconds = 60;
+    };
+    struct Overlaps {
+        const char* name;
+        double videoSeconds;
+        std::vector<Sound> sounds;
+        MatchStatus status;
+        std::size_t count;
+    };
+    const auto matchedStatus = MatchStatus::matched(), mos = MatchStatus::mos(),
+               unmatched = MatchStatus::unmatched();
+    const auto split = MatchStatus::splitRecording(2), ambiguous = MatchStatus::ambiguous(2);
+    for (const Overlaps& test : {
+             Overlaps{"one frame in common", 1, {{"10:00:00:24"}}, matchedStatus, 1},
+             Overlaps{"they only touch", 1, {{"10:00:01:00"}}, unmatched, 0},
+             Overlaps{"exactly half as good", 60, {{"10:00:00:00"}, {"10:00:30:00"}}, matchedStatus, 2},
+             Overlaps{"less than half", 60, {{"10:00:00:00"}, {"10:00:30:03"}}, ambiguous, 2},
+             Overlaps{"one recording in parts", 60, {{"10:00:00:00", 50}, {"10:00:50:05"}}, split, 2},
+             Overlaps{"parts too far apart", 60, {{"10:00:00:00", 50}, {"10:00:51:00"}}, ambiguous, 2},
+             Overlaps{"sounds without a place", 60, {{""}, {"10:00:00:00", 0}}, unmatched, 0},
+         }) {
+        std::vector<MediaAsset> recordings;
+        for (const Sound& sound : test.sounds)
+            recordings.push_back(audio("x.wav", sound.start, sound.seconds));
+        const SyncGroup group = matched(video("a.mov", "10:00:00:00", test.videoSeconds), recordings);
+        EXPECT_EQ(group.matchStatus, test.status) << test.name << ": " << group.matchStatus.label();
+        EXPECT_EQ(group.audioMatches.size(), test.count) << test.name;
+        EXPECT_EQ(group.clipName, "a.mov");
+    }
+
+    MediaAsset wild = audio("b.wav");
+    wild.ixmlData = IXMLData{};
+    wild.ixmlData->wildTrack = "true";
+    struct Names {
+        const char* name;
+        MediaAsset video, audio;
+        MatchStatus status;
+    };
+    for (const Names& test : {
+             Names{"room tone, by name", video("a.mov"), audio("SC1_AMB.wav"), unmatched},
+             Names{"room tone, by the recorder's flag", video("a.mov"), wild, unmatched},
+             Names{"without sound, says the name", video("clip_mos_01.mov"), wild, mos},
+             Names{"no word of its own", video("clipmos01.mov"), wild, unmatched},
+             Names{"sound all the same", video("clip_mos_01.mov"), audio("b.wav"), matchedStatus},
+             Names{"no place is never without sound", video("clip_mos.mov", ""), wild, unmatched},
+         })
+        EXPECT_EQ(matched(test.video, {test.audio}).matchStatus, test.status) << test.name;
+}
+
+TEST(SyncEngine, aligns) {
+    const SyncGroup group =
+        matched(video("a.mov", "10:00:00:00", 60),
+                {audio("late.wav", "10:00:10:00", 60), audio("early.wav", "09:59:58:00", 62)});
+    ASSERT_EQ(names(group.audioMatches), (std::vector<std::string>{"early.wav", "late.wav"})) << "best first";
+    EXPECT_EQ(group.audioMatches[0].syncOffsetSeconds, -2);
+    EXPECT_EQ(group.audioMatches[0].overlapDurationSeconds, 60);
+    EXPECT_EQ(group.audioMatches[1].syncOffsetSeconds, 10);
+    EXPECT_EQ(group.audioMatches[1].overlapDurationSeconds, 50);
+    EXPECT_EQ(group.syncMethod, SyncMethod::timecode);
+
+    const SyncGroup slow =
+        matched(offspeed(video("a.mov", "10:00:00:00", 10), 120, 24), {audio("x.wav", "10:00:01:00")});
+    EXPECT_EQ(slow.syncMethod, SyncMethod::clap);
+    EXPECT_EQ(slow.audioMatches.at(0).overlapDurationSeconds, 1);
+    EXPECT_TRUE(matched(offspeed(video("a.mov", "10:00:00:00", 10), 120, 24), {audio("x.wav", "10:00:03:00")})
+                    .isMOS());
+}
+
+TEST(SyncEngine, keepsTheOrderOfEquals) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    const std::vector<MediaAsset> audios{audio("undated.wav"), audio("240503_b.wav"), audio("240502_c.wav"),
+                                         audio("other.wav"), audio("240503_a.wav")};
+    using Names = std::vector<std::string>;
+    EXPECT_EQ(names(matched(video("A_240503.mov"), audios).audioMatches),
+              (Names{"240503_b.wav", "240502_c.wav", "240503_a.wav", "undated.wav", "other.wav"}))
+        << "dated ones first";
+    EXPECT_EQ(names(matched(video("A.mov"), audios).audioMatches),
+              (Names{"undated.wav", "240503_b.wav", "240502_c.wav", "other.wav", "240503_a.wav"}))
+        << "as they came";
+
+    MediaAsset first = video("Clip 2.mov"), second = video("Clip 2.mov");
+    const SyncGroupList groups = engine.match({video("clip 10.mov"), first, second, video("Clip 1.mov")}, {});
+    std::vector<std::string> order;
+    for (const SyncGroup& group : groups) order.push_back(group.video.filename);
+    EXPECT_EQ(order, (Names{"Clip 1.mov", "Clip 2.mov", "Clip 2.mov", "clip 10.mov"}));
+    EXPECT_EQ(groups[1].video.id, first.id) << "equal names keep their order";
+    EXPECT_EQ(engine.matchWithinDay({second, first}, {})[0].video.id, second.id)
+        << "within a day nothing is sorted";
+    EXPECT_TRUE(engine.match({}, audios).empty());
+}
+
+TEST(SyncEngine, readsThePartsOfARecordingAtOneRate) {
+    MediaAsset unrated = audio("x.wav", "10:00:00:00");
+    unrated.frameRate.reset();
+    MediaAsset late = audio("y.wav", "11:00:00:00"), early = audio("z.wav", "09:00:00:00");
+    late.frameRate = 30;
+    early.projectFrameRate = 48;
+    MediaAsset countedLate = counted(late, 1, 48000), countedUnrated = counted(unrated, 1, 48000);
+    using List = std::vector<MediaAsset>;
+    EXPECT_EQ(SyncEngine::sharedFallbackFrameRate({}), 24);
+    EXPECT_EQ(SyncEngine::sharedFallbackFrameRate(List{unrated, late, early}), 48)
+        << "the earliest with a rate; the project's first";
+    EXPECT_EQ(SyncEngine::sharedFallbackFrameRate(List{unrated, early, countedLate}), 30)
+        << "one with a count goes first";
+    EXPECT_EQ(SyncEngine::sharedFallbackFrameRate(List{late, early, countedUnrated}), 48)
+        << "unless it knows no rate";
+
+    // Frame 24 of 50 is half a second; read at its own 25 it would be nearly a whole one.
+    MediaAsset head = audio("1.wav", "10:00:00:00", 10), tail = audio("2.wav", "10:00:10:24", 10);
+    head.frameRate = 50;
+    const auto parts = [&] { return std::vector<AudioMatch>{{tail, 0, 1}, {head, 0, 1}}; };
+    EXPECT_TRUE(SyncEngine::isSplitRecording(parts()));
+    tail.frameRate = head.frameRate = 25;
+    EXPECT_FALSE(SyncEngine::isSplitRecording(parts()));
+    tail.startTimecodeString.reset();
+    EXPECT_FALSE(SyncEngine::isSplitRecording(parts())) << "a part without a place";
+}
+
+std::string clock(int seconds) {
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%02d:%02d:%02d:00", seconds / 3600, seconds / 60 % 60,
+                  seconds % 60);
+    return text.data();
+}
+
+/// What must hold for a crowd of files whatever they are.
+TEST(SyncEngine, holdsItsPromisesForACrowd) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    const auto seed = std::random_device{}();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const auto below = [&](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
+    const auto made = [&](AssetKind kind, int number, int day) {
+        const std::string date = day == 0 ? "" : "_24050" + std::to_string(day);
+        return test::asset(kind, "F" + std::to_string(number) + date + ".x",
+                           below(20) == 0 ? "" : clock(36000 + below(600)), below(90));
+    };
+    std::vector<MediaAsset> videos, audios;
+    for (int i = 0; i < 120; ++i) videos.push_back(made(AssetKind::video, i, below(10)));
+    for (int i = 0; i < 200; ++i) audios.push_back(made(AssetKind::audio, i, below(10)));
+
+    const auto picture = [](const SyncGroup& group) {
+        std::vector<std::pair<UUID, double>> matches;
+        for (const AudioMatch& match : group.audioMatches)
+            matches.emplace_back(match.audio.id, match.syncOffsetSeconds);
+        return std::pair(group.matchStatus.label(), matches);
+    };
+    std::map<UUID, decltype(picture(std::declval<SyncGroup>()))> before;
+    std::set<UUID> ids;
+    for (const SyncGroup& group : engine.match(videos, audios)) {
+        EXPECT_TRUE(ids.insert(group.id).second);
+        double best = std::numeric_limits<double>::infinity();
+        const auto range = SyncEngine::tcRange(group.video);
+        std::size_t partners = 0;
+        for (const MediaAsset& recording : audios) {
+            const auto other = SyncEngine::tcRange(recording);
+            const auto a = group.video.shootDay(), b = recording.shootDay();
+            const bool near =
+                !a || !b || (*a - *b <= std::chrono::days{1} && *b - *a <= std::chrono::days{1});
+            if (range && other && near && SyncEngine::overlapDuration(*range, *other)) ++partners;
+        }
+        EXPECT_EQ(group.audioMatches.size(), partners) << group.video.filename;
+        for (const AudioMatch& match : group.audioMatches) {
+            EXPECT_GT(match.overlapDurationSeconds, 0);
+            EXPECT_LE(match.overlapDurationSeconds, best);
+            best = match.overlapDurationSeconds;
+            EXPECT_EQ(range->startSeconds + match.syncOffsetSeconds,
+                      SyncEngine::tcRange(match.audio)->startSeconds);
+        }
+        before.emplace(group.video.id, picture(group));
+    }
+    ASSERT_EQ(before.size(), videos.size());
+
+    // Each video alone, and with the recordings of far days moved to the front, matches the same.
+    for (const MediaAsset& clip : videos) {
+        const auto day = clip.shootDay();
+        std::vector<MediaAsset> shuffled = audios;
+        std::ranges::stable_partition(shuffled, [&](const MediaAsset& recording) {
+            const auto other = recording.shootDay();
+            return day && other &&
+                   (*other - *day > std::chrono::days{2} || *day - *other > std::chrono::days{2});
+        });
+        EXPECT_EQ(picture(matched(clip, shuffled)), before.at(clip.id)) << clip.filename;
+    }
+}
+
+} // namespace
+} // namespace orvane

@@ -1,0 +1,223 @@
+#include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
+
+#include "Support/Assets.h"
+#include "Support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+
+namespace orvane {
+namespace {
+
+using GroupNaming::Source;
+using test::audio;
+using test::clip;
+using test::slated;
+using test::video;
+using Text = std::optional<std::string>;
+
+SyncGroup slatedClip(Text scene, Text take) {
+    return clip(video("A003C012_x.mov", "10:23:45:12"),
+                slated(audio("MIX_001.wav"), std::move(scene), std::move(take)));
+}
+
+SyncGroup silentClip() { return {video("A003C012_x.mov"), {}, MatchStatus::mos()}; }
+
+TEST(GroupNaming, sourcesAndTokens) {
+    for (const Source source : GroupNaming::allSources)
+        EXPECT_EQ(GroupNaming::sourceFrom(GroupNaming::stored(source)), source);
+    EXPECT_EQ(GroupNaming::sourceFrom("Video"), Source::sceneTake);
+    EXPECT_EQ(GroupNaming::label(Source::sceneTake), "Scene-Take");
+    EXPECT_EQ(GroupNaming::label(GroupNaming::TokenInfo::Category::date), "Date / Time");
+
+    SyncGroup group = slatedClip("1", "2");
+    group.video.contentCreatedDate = dateFromISO8601("2024-05-17T10:00:00Z");
+    group.audioMatches[0].audio.ixmlData->tape = "R1";
+    for (const auto& token : GroupNaming::tokenCatalogue) {
+        const std::string name = GroupNaming::resolve(token.token, group, 1);
+        EXPECT_FALSE(name.empty() || name == token.token) << token.token << " is offered and does nothing";
+    }
+}
+
+TEST(GroupNaming, numbers) {
+    struct Case {
+        const char* text;
+        int width;
+        const char* stripped;
+        const char* padded;
+    };
+    for (const Case& test : {
+             Case{"12", 3, "12", "012"}, Case{"0012", 3, "12", "012"}, Case{"1234", 3, "1234", "1234"},
+             Case{"12A", 3, "12A", "12A"}, Case{"", 3, "", ""}, Case{"000", 2, "0", "00"},
+             Case{"007", 0, "7", "007"}, Case{"-7", 3, "-7", "-7"}, Case{"+7", 3, "+7", "+7"},
+             Case{" 7", 3, " 7", " 7"},
+             Case{"0009223372036854775807", 3, "9223372036854775807", "9223372036854775807"},
+             Case{"9223372036854775808", 30, "9223372036854775808", "9223372036854775808"},
+             Case{"\xD9\xA3", 3, "\xD9\xA3", "\xD9\xA3"}, // a digit, but no number we read
+         }) {
+        EXPECT_EQ(GroupNaming::stripTakePaddingIfNumeric(test.text), test.stripped) << test.text;
+        EXPECT_EQ(GroupNaming::padSceneIfNumeric(test.text, test.width), test.padded) << test.text;
+    }
+    EXPECT_EQ(GroupNaming::zeroPadded(1, 1'000'000'000).size(), std::size_t{GroupNaming::widestNumber});
+}
+
+TEST(GroupNaming, sceneTakeName) {
+    struct Case {
+        Text scene, take;
+        const char* separator;
+        Text name;
+    };
+    for (const Case& test : {
+             Case{"12A", "003", "_", "12A_3"},
+             Case{"12 A", "1", "-", "12-A-1"},
+             Case{"12_A", "1", "-", "12-A-1"},
+             Case{" 12..A- \n", " 2 ", "-", "12-A-2"},
+             Case{"--", "1", "-", {}},
+             Case{"", "1", "-", {}},
+             Case{{}, "1", "-", {}},
+             Case{"7", {}, "-", "7"},
+             Case{"7", " ", "-", "7"},
+             Case{"7", "1A", "", "71A"},
+         })
+        EXPECT_EQ(GroupNaming::sceneTakeName(slatedClip(test.scene, test.take), test.separator), test.name)
+            << test.scene.value_or("none");
+    EXPECT_EQ(GroupNaming::sceneTakeName(silentClip(), "-"), std::nullopt);
+    EXPECT_EQ(GroupNaming::sceneTakeName(clip(video("a.mov"), audio("b.wav")), "-"), std::nullopt)
+        << "no iXML";
+}
+
+TEST(GroupNaming, resolve) {
+    SyncGroup group = slatedClip("7", "02");
+    group.audioMatches[0].audio.ixmlData->tape = "{video}";
+    struct Case {
+        const char* name;
+        const char* pattern;
+        int counter;
+        const char* result;
+    };
+    for (const Case& test : {
+             Case{"scene, take, padded counter", "{scene}_{take}_{counter:3}", 1, "7_2_001"},
+             Case{"the rest of the tokens", "{camera}/{video}/{audio}/{tc}", 1,
+                  "A/A003C012_x/MIX_001/10-23-45-12"},
+             Case{"every occurrence", "{scene}{scene}", 1, "77"},
+             Case{"a value that holds a later token", "{tape}", 1, "A003C012_x"},
+             Case{"no date leaves no trace", "{date}-{scene}_{time}", 1, "7"},
+             Case{"a run of four leaves two", "a----b____c", 1, "a--b__c"},
+             Case{"trimmed at the ends alone", "- _a - b_ -", 1, "a - b"},
+             Case{"the counter", "{counter}|{counter:2}|{counter:0}|{counter:02}", 123, "123|123|123|123"},
+             Case{"a width beyond reading", "{counter:99999999999999999999}", 5, "5"},
+             Case{"a token made by a counter is no token", "{counter:{counter:2}}", 1, "{counter:01}"},
+             Case{"from the last to the first", "{counter:01} {counter:{counter:2}}", 1, "1 1"},
+             Case{"no widths but for the counter", "{scene:3} {counter:} {counter:x}", 1,
+                  "{scene:3} {counter:} {counter:x}"},
+             Case{"no such token", "{Scene}", 1, "{Scene}"},
+             Case{"nothing", "", 1, ""},
+         })
+        EXPECT_EQ(GroupNaming::resolve(test.pattern, group, test.counter), test.result) << test.name;
+    EXPECT_EQ(GroupNaming::resolve("{scene}_{take}_{counter:3}", silentClip(), 1), "001");
+
+    SyncGroup bomb = slatedClip("", "");
+    auto& ixml = *bomb.audioMatches[0].audio.ixmlData;
+    for (int i = 0; i < 2000; ++i)
+        *ixml.scene += "{take}", *ixml.take += "{tape}\xC3\xA9", ixml.tape = *ixml.take;
+    const std::string name = GroupNaming::resolve("{scene}", bomb, 1);
+    EXPECT_LE(name.size(), GroupNaming::longestName);
+}
+
+TEST(GroupNaming, datesFollowTheUsersCalendar) {
+    const test::ScopedEnvironment zone("TZ", "Asia/Kolkata");
+    ::tzset();
+    SyncGroup group = slatedClip("1", "1");
+    group.audioMatches[0].audio.contentCreatedDate = dateFromISO8601("2024-05-17T20:00:00Z");
+    EXPECT_EQ(GroupNaming::resolve("{date} {time}", group, 1), "2024-05-18 01-30-00") << "of the recording";
+    group.video.contentCreatedDate = dateFromISO8601("2023-12-31T18:29:59.900Z");
+    EXPECT_EQ(GroupNaming::resolve("{date} {time}", group, 1), "2023-12-31 23-59-59")
+        << "the video's goes first";
+}
+
+TEST(GroupNaming, resolveEventName) {
+    struct Case {
+        const char* pattern;
+        const char* scene;
+        const char* event;
+        const char* name;
+    };
+    for (const Case& test : {
+             Case{"{eventName} {scene:3}", "7", "", "007"},
+             Case{"{eventName} {scene:3}", "12A", "", "12A"},
+             Case{"{scene:2}/{scene}/{scene:0}", "7", "", "07/7/7"},
+             Case{"{scene:99999999999999999999}", "7", "", "7"},
+             Case{"{eventName}  {scene}", "7", "Day", "Day 7"},
+             Case{"a    b", "7", "", "a  b"},
+             Case{"\t{scene}\n", "{eventName}", "x", "x"},
+         })
+        EXPECT_EQ(GroupNaming::resolveEventName(test.pattern, test.scene, test.event), test.name)
+            << test.pattern;
+}
+
+TEST(GroupNaming, baseName) {
+    const SyncGroup full = slatedClip("7", "02"), silent = silentClip(),
+                    unslated = clip(video("A003C012_x.mov"), audio("MIX.wav"));
+    struct Case {
+        const char* name;
+        const SyncGroup& group;
+        Source source;
+        Text pattern;
+        const char* base;
+    };
+    for (const Case& test : {
+             Case{"the video's", full, Source::video, {}, "A003C012_x"},
+             Case{"the recording's", full, Source::audio, {}, "MIX_001"},
+             Case{"without a recording", silent, Source::audio, {}, "A003C012_x"},
+             Case{"scene and take", full, Source::sceneTake, "{tc}", "7.2"},
+             Case{"without scene and take", unslated, Source::sceneTake, {}, "A003C012_x"},
+             Case{"a pattern", full, Source::custom, "T{take}", "T2"},
+             Case{"no pattern", full, Source::custom, {}, "7.2"},
+             Case{"an empty pattern", full, Source::custom, "", "7.2"},
+             Case{"a pattern that gives nothing", silent, Source::custom, "{date}", "A003C012_x"},
+         })
+        EXPECT_EQ(GroupNaming::baseName(test.group, test.source, test.pattern, "."), test.base) << test.name;
+}
+
+TEST(GroupNaming, fcpClipName) {
+    const auto name = [](const SyncGroup& group, int siblings, bool tag) {
+        return GroupNaming::fcpClipName(group, Source::sceneTake, std::nullopt, siblings, "-", tag);
+    };
+    SyncGroup group = slatedClip("7", "02");
+    EXPECT_EQ(name(group, 1, true), "7-2");
+    EXPECT_EQ(name(group, 2, true), "7-2 Cam A");
+    group.manualClipName = " \n";
+    EXPECT_EQ(name(group, 1, true), "7-2") << "a blank name is none";
+    EXPECT_EQ(GroupNaming::prefillClipNameFieldValue(group, Source::video, {}, "-"), "A003C012_x");
+    group.manualClipName = " Hero ";
+    group.isPickup = true;
+    EXPECT_EQ(name(group, 2, true), "Hero Cam A PU");
+    EXPECT_EQ(GroupNaming::prefillClipNameFieldValue(group, Source::video, {}, "-"), " Hero ");
+    group.video.sensorFrameRate = 120;
+    group.video.projectFrameRate = 24;
+    EXPECT_EQ(name(group, 2, true), "Hero Cam A PU 120fps");
+    EXPECT_EQ(name(group, 2, false), "Hero Cam A PU");
+
+    struct Tag {
+        std::optional<double> sensor, project;
+        Text tag;
+    };
+    for (const Tag& test : {Tag{47.952, 24, "48fps"}, Tag{24.5, 24, {}}, Tag{12.5, 25, "12.5fps"},
+                            Tag{120, {}, {}}, Tag{120, 0, {}}, Tag{{}, 24, {}}}) {
+        group.video.sensorFrameRate = test.sensor;
+        group.video.projectFrameRate = test.project;
+        EXPECT_EQ(GroupNaming::offspeedTag(group), test.tag) << test.sensor.value_or(0);
+    }
+}
+
+TEST(GroupNaming, cameraLetter) {
+    const std::pair<const char*, Text> cases[] = {
+        {"A003C012_x.mov", "A"}, {"B123C456", "B"},    {"A03C012.mov", {}}, {"a003C012.mov", {}},
+        {"_A003C012.mov", {}},   {"A003c012.mov", {}}, {"A003C01", {}},     {"", {}}};
+    for (const auto& [name, letter] : cases)
+        EXPECT_EQ(GroupNaming::cameraLetter(video(name)), letter) << name;
+}
+
+} // namespace
+} // namespace orvane

@@ -1,0 +1,181 @@
+#include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
+#include "OrvaneSyncCore/Services/Naming/PatternEditor.h"
+#include "OrvaneSyncCore/Services/Naming/SidebarOutline.h"
+#include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
+#include "Support/Assets.h"
+
+#include <gtest/gtest.h>
+
+namespace orvane {
+namespace {
+
+using GroupNaming::Source;
+using test::audio;
+using test::clip;
+using test::slated;
+using test::video;
+using Names = std::vector<std::string>;
+
+SyncGroup take(const char* camera, const char* scene, const char* number) {
+    return clip(video(camera), slated(audio("MIX.wav"), scene, number));
+}
+
+SyncGroup excluded(SyncGroup group) {
+    group.isExcludedFromMulticamFlag = true;
+    return group;
+}
+
+/// Two cameras of 10-1, out of order, three clips of 2-1 of which one stands alone, one clip of its own.
+const SyncGroupList day{
+    take("B001C001.mov", "10", "1"),  take("loose.mov", "2", "1"),
+    take("B001C002.mov", "2", "001"), excluded(take("C001C002.mov", "2", "1")),
+    take("A001C001.mov", "10", "1"),  SyncGroup(video("solo.mov"), {}, MatchStatus::mos())};
+
+Names files(const SyncGroupList& groups) {
+    Names names;
+    for (const SyncGroup& group : groups) names.push_back(group.video.filename);
+    return names;
+}
+
+TEST(SyncClustering, clustersAndSiblings) {
+    const auto clusters = SyncClustering::clusters(day, Source::sceneTake, std::nullopt);
+    ASSERT_EQ(clusters.size(), 2U) << "a name that occurs once is no cluster";
+    EXPECT_EQ(clusters[0], (SyncCluster{"2-1", {day[1].id, day[2].id}})) << "2 before 10";
+    EXPECT_EQ(clusters[1], (SyncCluster{"10-1", {day[0].id, day[4].id}}));
+    EXPECT_TRUE(SyncClustering::clusters(day, Source::video, std::nullopt).empty());
+    EXPECT_EQ(SyncClustering::clusters(day, Source::custom, "").size(), 2U);
+    EXPECT_EQ(SyncClustering::clusters(day, Source::audio, std::nullopt).at(0).memberIDs.size(), 4U);
+
+    const SyncClustering::Index index(day, Source::sceneTake, std::nullopt);
+    for (std::size_t i = 0; i < day.size(); ++i) {
+        const auto siblings = SyncClustering::siblings(day[i], day, Source::sceneTake, std::nullopt);
+        EXPECT_EQ(siblings.size(), index.siblingCount(i)) << day[i].video.filename;
+        EXPECT_EQ(files(siblings), files(index.siblings(day[i])));
+        EXPECT_NE(siblings.find(day[i].id), nullptr);
+    }
+    EXPECT_EQ(files(index.siblings(day[4])), (Names{"B001C001.mov", "A001C001.mov"}))
+        << "in the order of the list";
+    EXPECT_EQ(files(index.siblings(day[3])), Names{"C001C002.mov"});
+    EXPECT_EQ(files(index.siblings(take("new.mov", "10", "1"))), (Names{"B001C001.mov", "A001C001.mov"}))
+        << "not of the list itself";
+    EXPECT_TRUE(index.siblings(take("new.mov", "11", "1")).empty());
+}
+
+TEST(SidebarOutline, build) {
+    const auto nodes = SidebarOutline::build(day, Source::sceneTake, std::nullopt);
+    ASSERT_EQ(nodes.size(), 4U);
+    const auto labels = [](const std::vector<SidebarNode>& rows) {
+        Names names;
+        for (const SidebarNode& row : rows) names.push_back(row.label);
+        return names;
+    };
+    EXPECT_EQ(labels(nodes), (Names{"10-1", "2-1", "2-1", "solo"}));
+    EXPECT_EQ(labels(nodes[0].children), (Names{"10-1 Cam A", "10-1 Cam B"})) << "by letter";
+    EXPECT_EQ(labels(nodes[1].children), (Names{"2-1 Cam B", "2-1"})) << "no letter comes last";
+    EXPECT_EQ(nodes[0].id, "10-1__multicam");
+    EXPECT_TRUE(nodes[0].isMulticam);
+    EXPECT_EQ(nodes[0].group, nullptr);
+    EXPECT_EQ(nodes[0].children[0].id, day[4].id.text());
+    EXPECT_EQ(nodes[2].group, day.element(3)) << "an excluded clip stands alone";
+    EXPECT_EQ(nodes[2].id, day[3].id.text());
+    EXPECT_FALSE(nodes[2].isMulticam);
+    EXPECT_TRUE(nodes[2].children.empty());
+}
+
+TEST(PatternEditor, insertsAtTheCaret) {
+    struct Case {
+        const char* name;
+        const char* pattern;
+        std::optional<std::size_t> caret;
+        const char* result;
+        std::optional<std::size_t> caretBehind;
+    };
+    for (const Case& test : {
+             Case{"in the middle", "a-b", 2, "a-{take}b", 8},
+             Case{"at the end", "ab", 2, "ab{take}", 8},
+             Case{"behind the end", "ab", 3, "ab{take}", 3},
+             Case{"no caret", "ab", {}, "ab{take}", {}},
+             Case{"the caret counts characters",
+                  "\xC3\xA9"
+                  "e\xCC\x81"
+                  "z",
+                  2,
+                  "\xC3\xA9"
+                  "e\xCC\x81"
+                  "{take}z",
+                  8},
+         }) {
+        PatternEditor editor{.pattern = test.pattern, .caretPosition = test.caret};
+        editor.insert("{take}");
+        EXPECT_EQ(editor.pattern, test.result) << test.name;
+        EXPECT_EQ(editor.caretPosition, test.caretBehind) << test.name;
+    }
+}
+
+TEST(PatternEditor, previews) {
+    PatternEditor editor{
+        .pattern = "{scene}-{counter}", .counterDigits = 3, .counterValue = 1, .caretPosition = {}};
+    EXPECT_EQ(editor.previewString({}), "");
+    EXPECT_EQ(editor.previewString(day), "001"
+                                         "0-001")
+        << "the number is padded wherever it stands";
+    editor.counterDigits = 1;
+    EXPECT_EQ(editor.previewString(day), "10-1");
+    editor.pattern = "{scene}-" + editor.counterToken();
+    editor.counterDigits = 4;
+    EXPECT_EQ(editor.previewString(day), "10-1") << "widths of their own stay";
+    EXPECT_EQ(editor.counterToken(), "{counter:4}");
+}
+
+TEST(BatchRenamer, transform) {
+    struct Case {
+        const char* name;
+        BatchRenamer renamer;
+        const char* text;
+        const char* result;
+    };
+    const auto pad = [](int digits) { return BatchRenamer{"", "", digits, "", ""}; };
+    for (const Case& test : {
+             Case{"all at once", {"A", "B7", 3, "<", ">"}, "A7_A", "<B077_B007>"},
+             Case{"exact case", {"a", "x", 0, "", ""}, "Aa", "Ax"},
+             Case{"overlapping finds", {"aa", "b", 0, "", ""}, "aaa", "ba"},
+             Case{"nothing to do", {}, "x", "x"},
+             Case{"each run", pad(3), "A7_12", "A007_012"},
+             Case{"long runs stay", pad(3), "1234", "1234"},
+             Case{"other digits", pad(3), "\xD9\xA3 \xC2\xBD", "00\xD9\xA3 00\xC2\xBD"},
+             Case{"mixed digits are one run", pad(3), "1\xD9\xA3x", "01\xD9\xA3x"},
+             Case{"no numbers", pad(6), "\xE4\xB8\xAD", "\xE4\xB8\xAD"},
+         }) {
+        EXPECT_EQ(test.renamer.transform(test.text), test.result) << test.name;
+    }
+    for (const BatchRenamer& one : {BatchRenamer{"a", "", 0, "", ""}, pad(1),
+                                    BatchRenamer{"", "", 0, " ", ""}, BatchRenamer{"", "", 0, "", " "}})
+        EXPECT_TRUE(one.hasOperation());
+    EXPECT_FALSE((BatchRenamer{"", "only a replacement", 0, "", ""}.hasOperation()));
+}
+
+TEST(BatchRenamer, sparesCameraNames) {
+    SyncGroupList groups = day;
+    groups.update(day[0].id, [](SyncGroup& group) { group.manualClipName = "B001C001"; });
+    groups.update(day[1].id, [](SyncGroup& group) { group.manualClipName = "Hero"; });
+    for (int i = 0; i < 3; ++i) groups.append(take("x.mov", "3", "1"));
+    const BatchRenamer renamer{"", "", 0, "X ", ""};
+    const BatchRenamer::Settings settings;
+
+    const auto preview = renamer.previewSample(groups, settings);
+    Names after;
+    for (const auto& row : preview.rows) after.push_back(row.after);
+    EXPECT_EQ(after, (Names{"B001C001", "X Hero", "X 2-1", "X 2-1", "X 10-1", "solo", "X 3-1", "X 3-1"}));
+    EXPECT_EQ(preview.rows[1].before, "Hero");
+    EXPECT_EQ(preview.remainder, "… and 1 more");
+    EXPECT_EQ(renamer.previewSample(day, settings).remainder, "");
+
+    const auto names = renamer.newNames(groups, settings);
+    ASSERT_EQ(names.size(), 7U);
+    EXPECT_EQ(names[0], (std::pair{day[1].id, std::string("X Hero")}));
+    EXPECT_TRUE(BatchRenamer{}.newNames(groups, settings).empty()) << "nothing to do names nobody";
+    EXPECT_EQ(BatchRenamer::manuallyNamed(groups), (std::vector<UUID>{day[0].id, day[1].id}));
+}
+
+} // namespace
+} // namespace orvane

@@ -1,0 +1,172 @@
+#include "Timecode/Timecode.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+namespace orvane {
+namespace {
+
+using enum TimecodeFrameRate;
+using Components = Timecode::Components;
+constexpr auto lowest = std::numeric_limits<std::int64_t>::min();
+constexpr auto highest = std::numeric_limits<std::int64_t>::max();
+
+TEST(Fraction, comparesByValue) {
+    EXPECT_EQ(Fraction(2400, 100), Fraction(24, 1));
+    EXPECT_EQ(Fraction(-1, 2), Fraction(2, -4));
+    EXPECT_FALSE(Fraction(30000, 1001) == Fraction(2997, 100));
+    EXPECT_FALSE(Fraction(1, 0) == Fraction(0, 1));
+    EXPECT_FALSE(Fraction(lowest, -1) == Fraction(lowest, 1)) << "without leaving 64 bits";
+}
+
+TEST(TimecodeFrameRate, table) {
+    for (const TimecodeFrameRate rate : timecodeRate::all()) {
+        const auto name = timecodeRate::name(rate);
+        SCOPED_TRACE(name);
+        EXPECT_EQ(timecodeRate::fromName(name), rate);
+        EXPECT_EQ(timecodeRate::from(timecodeRate::rate(rate), timecodeRate::isDrop(rate)), rate);
+        EXPECT_EQ(timecodeRate::maxFrames(rate),
+                  std::ceil(timecodeRate::frameRateForRealTimeCalculation(rate)));
+        EXPECT_EQ(timecodeRate::frameDigits(rate), timecodeRate::maxFrames(rate) > 100 ? 3 : 2);
+        EXPECT_EQ(timecodeRate::isDrop(rate), name.ends_with('d'));
+        // What is dropped in nine of ten minutes is what the count is short of the nominal rate.
+        EXPECT_EQ(timecodeRate::maxFrames(rate) * 600 - timecodeRate::framesDroppedPerMinute(rate) * 9,
+                  timecodeRate::hundredthsForElapsedFrames(rate) * 6);
+    }
+    EXPECT_EQ(timecodeRate::from({60000, 2002}, true), fps29_97d) << "in any terms";
+    EXPECT_EQ(timecodeRate::from({25, 1}, true), std::nullopt);
+    EXPECT_EQ(timecodeRate::fromName("fps23"), std::nullopt);
+}
+
+TEST(Timecode, countsFrames) {
+    struct Case {
+        std::int64_t frames;
+        TimecodeFrameRate rate;
+        const char* text;
+    };
+    for (const Case& test : {
+             Case{0, fps25, "00:00:00:00"},
+             Case{1799, fps29_97d, "00:00:59;29"},
+             Case{1800, fps29_97d, "00:01:00;02"},
+             Case{17981, fps29_97d, "00:09:59;29"},
+             Case{17982, fps29_97d, "00:10:00;00"},
+             Case{19781, fps29_97d, "00:10:59;29"},
+             Case{19782, fps29_97d, "00:11:00;02"},
+             Case{3600, fps59_94d, "00:01:00;04"},
+             Case{7199, fps119_88d, "00:00:59;119"},
+             Case{7200, fps119_88d, "00:01:00;008"},
+             Case{2589408, fps30d, "1 00:00:00;00"},
+             Case{1800, fps29_97, "00:01:00:00"},
+             Case{119, fps120, "00:00:00:119"},
+             Case{99, fps100, "00:00:00:99"},
+             Case{-25, fps25, "00:00:-1:00"},
+             Case{-1, fps25, "00:00:00:-1"},
+             Case{-25 * 86400 - 1, fps25, "-1 00:00:00:01"},
+             Case{25 * 90000, fps25, "1 01:00:00:00"},
+         })
+        EXPECT_EQ(Timecode::fromFrameCount(test.frames, test.rate).stringValue(), test.text) << test.frames;
+    for (const auto rate : timecodeRate::all())
+        for (const auto frames : {lowest, highest})
+            EXPECT_FALSE(Timecode::fromFrameCount(frames, rate).stringValue().empty());
+}
+
+TEST(Timecode, countsSeconds) {
+    struct Case {
+        double seconds;
+        TimecodeFrameRate rate;
+        Components components;
+    };
+    for (const Case& test : {
+             Case{3600, fps25, {.hours = 1}},
+             Case{3600, fps29_97d, {.hours = 1, .subFrames = 10}},
+             Case{86400, fps24, {.days = 1}},
+             Case{1001.0 / 24000, fps23_976, {.frames = 1}},
+             Case{0.5, fps25, {.frames = 12, .subFrames = 50}},
+             Case{-1, fps25, {.seconds = -1}},
+             Case{-0.02, fps25, {.subFrames = -50}},
+             Case{-0.0, fps25, {}},
+             Case{0.29 / 25, fps25, {.subFrames = 29}},
+             Case{1e300, fps25, {}},
+             Case{-1e300, fps29_97d, {}},
+             Case{std::numeric_limits<double>::quiet_NaN(), fps25, {}},
+             Case{std::numeric_limits<double>::infinity(), fps25, {}},
+         })
+        EXPECT_EQ(Timecode::fromRealTime(test.seconds, test.rate).components(), test.components)
+            << test.seconds;
+}
+
+TEST(Timecode, readsTexts) {
+    struct Case {
+        const char* text;
+        std::optional<Components> components;
+    };
+    for (const Case& test : {
+             Case{"01:02:03:04", Components{0, 1, 2, 3, 4, 0}},
+             Case{"01;02;03;04", Components{0, 1, 2, 3, 4, 0}},
+             Case{"1:2:3:004", Components{0, 1, 2, 3, 4, 0}},
+             Case{"01:02:03:04.05", Components{0, 1, 2, 3, 4, 5}},
+             Case{"01:02:03:04.", Components{0, 1, 2, 3, 4, 0}},
+             Case{"9 01:02:03:04", Components{9, 1, 2, 3, 4, 0}},
+             Case{"9:01:02:03:04", Components{9, 1, 2, 3, 4, 0}},
+             Case{"9;01:02:03:04.05", Components{9, 1, 2, 3, 4, 5}},
+             Case{":01:02:03:04", Components{0, 1, 2, 3, 4, 0}},
+             Case{"\t01:02:03:04", Components{0, 1, 2, 3, 4, 0}},
+             Case{"99:99:99:99", Components{0, 99, 99, 99, 99, 0}},
+             Case{"1 99999999999999999999:02:03:04", Components{1, 0, 2, 3, 4, 0}}, // four groups can be read
+             Case{"99999999999999999999:02:03:04", {}},
+             Case{"", {}},
+             Case{"01:00:00", {}},
+             Case{"01:02:03.04", {}},
+             Case{"1  01:02:03:04", {}},
+             Case{"01:02:03:04 ", {}},
+             Case{"-01:02:03:04", {}},
+             Case{"01:02:03:04:05:06", {}},
+             Case{"01:02:03:04.5.6", {}},
+             Case{"01:02::04", {}},
+             Case{"aa:bb:cc:dd", {}},
+         }) {
+        const auto read = Timecode::fromString(test.text, fps25);
+        ASSERT_EQ(read.has_value(), test.components.has_value()) << test.text;
+        EXPECT_EQ(read.value_or(Timecode({}, fps25)).components(), test.components.value_or(Components{}))
+            << test.text;
+    }
+}
+
+TEST(Timecode, tellsRealTime) {
+    struct Case {
+        const char* text;
+        TimecodeFrameRate rate;
+        double seconds;
+    };
+    for (const Case& test : {
+             Case{"1 00:00:00:00", fps25, 86400}, Case{"01:00:00;00", fps29_97d, 3599.9964},
+             Case{"01:00:00:00", fps29_97, 3603.6}, Case{"00:10:00:00", fps59_94d, 599.9994},
+             Case{"00:00:00:99", fps25, 3.96}, Case{"00:00:00:12.50", fps25, 0.5},
+             Case{"9223372036854775807:00:00:00", fps25, 0}, // a count beyond 64 bits is none
+         })
+        EXPECT_NEAR(Timecode::fromString(test.text, test.rate)->realTimeValue(), test.seconds, 1e-9)
+            << test.text;
+    EXPECT_NEAR(Timecode({-1, -1, 0, 0, 0, 0}, fps29_97d).realTimeValue(), -89999.91, 1e-9);
+}
+
+TEST(Timecode, everyFrameComesBack) {
+    const auto seed = std::random_device{}();
+    std::mt19937_64 random(seed);
+    for (const auto rate : timecodeRate::all())
+        for (int i = 0; i < 400; ++i) {
+            const auto frames = static_cast<std::int64_t>(random() % 20'000'000);
+            const Timecode made = Timecode::fromFrameCount(frames, rate);
+            const auto read = Timecode::fromString(made.stringValue(), rate);
+            ASSERT_TRUE(read) << made.stringValue();
+            ASSERT_EQ(*read, made);
+            ASSERT_EQ(Timecode::fromRealTime(read->realTimeValue(), rate).components(), made.components())
+                << "seed " << seed << ", frame " << frames << " at " << timecodeRate::name(rate);
+            ASSERT_LT(Timecode::fromFrameCount(frames - 1, rate).realTimeValue(), made.realTimeValue());
+        }
+}
+
+} // namespace
+} // namespace orvane

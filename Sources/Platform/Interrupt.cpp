@@ -9,7 +9,7 @@
 
 namespace orvane::platform {
 
-void exitOnInterrupt(std::function<void()> lastWords) {
+void exitOnInterrupt(std::string lastWords) {
     sigset_t signals;
     sigemptyset(&signals);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
@@ -24,7 +24,8 @@ void exitOnInterrupt(std::function<void()> lastWords) {
         int signal = 0;
         if (::sigwait(&signals, &signal) != 0) return;
         files::discardTemporaries();
-        lastWords();
+        // Past the streams, which another thread may be in the middle of.
+        if (::write(STDERR_FILENO, lastWords.data(), lastWords.size()) < 0) ::_exit(1);
         constexpr int endedBySignal = 128;
         ::_exit(endedBySignal + signal);
     }).detach();

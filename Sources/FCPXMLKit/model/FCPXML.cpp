@@ -4,13 +4,12 @@
 
 namespace orvane::fcpxml {
 
-XMLDocument FCPXML::toXMLDocument(std::optional<FCPXMLVersion> wanted) const {
+XMLDocument FCPXML::toXMLDocument(std::optional<FCPXMLVersion> wanted) && {
     const FCPXMLVersion documentVersion = wanted.value_or(version);
     XMLDocument document;
-    document.root = XMLElement{elementName, {}, {}};
-    SlotWriter writer(*document.root, documentVersion);
-    slots(writer);
-    document.root->setAttribute("version", std::string(attributeText(documentVersion)));
+    XMLElement& root = document.makeRoot(elementName);
+    SlotWriter::write(*this, root, documentVersion);
+    root.setAttribute("version", attributeText(documentVersion));
     return document;
 }
 

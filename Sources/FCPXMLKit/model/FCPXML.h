@@ -12,8 +12,8 @@ struct Resources {
     std::vector<ResourceItem> items;
 
     template <class Writer>
-    void slots(Writer& writer) const {
-        writer.children(items);
+    void slots(Writer& writer) {
+        writer.consumed(items);
     }
 };
 
@@ -25,9 +25,9 @@ struct Event {
     std::vector<EventItem> items;
 
     template <class Writer>
-    void slots(Writer& writer) const {
+    void slots(Writer& writer) {
         writer.attribute("name", name);
-        writer.children(items);
+        writer.consumed(items);
     }
 };
 
@@ -36,8 +36,8 @@ struct Library {
     std::vector<Event> items;
 
     template <class Writer>
-    void slots(Writer& writer) const {
-        writer.children(items);
+    void slots(Writer& writer) {
+        writer.consumed(items);
     }
 };
 
@@ -49,14 +49,14 @@ struct FCPXML {
     std::vector<Library> items;
 
     template <class Writer>
-    void slots(Writer& writer) const {
+    void slots(Writer& writer) {
         writer.child(resources);
-        writer.children(items);
+        writer.consumed(items);
     }
 
     /// The element tree, children in the order of the records' slots, in the given version or the record's
-    /// own. Throws FCPXMLError.
-    XMLDocument toXMLDocument(std::optional<FCPXMLVersion> version = std::nullopt) const;
+    /// own. Uses up the record: items are released one by one on the way. Throws FCPXMLError.
+    XMLDocument toXMLDocument(std::optional<FCPXMLVersion> version = std::nullopt) &&;
 };
 
 } // namespace orvane::fcpxml

@@ -10,7 +10,7 @@ namespace orvane::fcpxml {
 
 namespace {
 
-constexpr int mostDecimals = 10;
+constexpr std::size_t mostDecimals = 10;
 constexpr double smallestFormattedDecibels = 0.00001;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
@@ -65,6 +65,23 @@ std::string describe(const Role& role, const std::array<std::string_view, count>
     if (!subrole) return name;
     const std::string below = roleDescription(*subrole, standardNames);
     return below == name + "-1" ? name : name + " (" + below + ")";
+}
+
+/// Keeps `length` characters of a decimal number with a point; a 5 behind them goes up.
+void roundHalfUp(std::string& number, std::size_t length) {
+    if (number.size() <= length) return;
+    bool carry = number[length] >= '5';
+    number.resize(length);
+    for (std::size_t i = length; carry && i-- > 0;) {
+        if (number[i] == '.') continue;
+        if (!isDigit(number[i])) {
+            number.insert(i + 1, 1, '1');
+            return;
+        }
+        carry = number[i] == '9';
+        number[i] = carry ? '0' : static_cast<char>(number[i] + 1);
+    }
+    if (carry) number.insert(0, 1, '1');
 }
 
 std::optional<int> takeNumber(std::string_view& text, std::size_t digits) {
@@ -146,16 +163,14 @@ std::string attributeText(double value) {
     // The shortest form that reads back equal has the digits that people mean: 0.3 and not
     // 0.299999999999999988898.
     std::array<char, 400> text{};
-    auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed).ptr;
+    const auto end =
+        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed).ptr;
     std::string result(text.data(), end);
-    const auto point = result.find('.');
-    if (point == std::string::npos || result.size() - point - 1 <= static_cast<std::size_t>(mostDecimals))
-        return result == "-0" ? "0" : result;
-    end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, mostDecimals)
-              .ptr;
-    result.assign(text.data(), end);
-    result.erase(result.find_last_not_of('0') + 1);
-    if (result.ends_with('.')) result.pop_back();
+    if (const auto point = result.find('.'); point != std::string::npos) {
+        roundHalfUp(result, point + 1 + mostDecimals);
+        result.erase(result.find_last_not_of('0') + 1);
+        if (result.ends_with('.')) result.pop_back();
+    }
     return result == "-0" ? "0" : result;
 }
 

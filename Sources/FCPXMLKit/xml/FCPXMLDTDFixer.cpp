@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <span>
+#include <vector>
 
 namespace orvane::fcpxml::FCPXMLDTDFixer {
 
@@ -102,21 +103,24 @@ std::ptrdiff_t rank(const Table& table, std::string_view name) {
 }
 
 int fixElement(XMLElement& element) {
+    const Table* table = tableFor(element.name());
     int count = 0;
-    for (auto& child : element.children) count += fixElement(child);
-    const Table* table = tableFor(element.name);
-    if (table == nullptr || element.children.size() < 2) return count;
-
-    const auto earlier = [&](const XMLElement& a, const XMLElement& b) {
-        return a.name != b.name && rank(*table, a.name) < rank(*table, b.name);
+    std::vector<XMLElement*> children;
+    for (XMLElement& child : element.children()) {
+        count += fixElement(child);
+        if (table != nullptr) children.push_back(&child);
+    }
+    const auto earlier = [&](const XMLElement* a, const XMLElement* b) {
+        return a->name() != b->name() && rank(*table, a->name()) < rank(*table, b->name());
     };
-    if (std::is_sorted(element.children.begin(), element.children.end(), earlier)) return count;
-    std::stable_sort(element.children.begin(), element.children.end(), earlier);
+    if (std::ranges::is_sorted(children, earlier)) return count;
+    std::ranges::stable_sort(children, earlier);
+    element.reorderChildren(children);
     return count + 1;
 }
 
 } // namespace
 
-int fix(XMLDocument& document) { return document.root ? fixElement(*document.root) : 0; }
+int fix(XMLDocument& document) { return document.root() == nullptr ? 0 : fixElement(*document.root()); }
 
 } // namespace orvane::fcpxml::FCPXMLDTDFixer

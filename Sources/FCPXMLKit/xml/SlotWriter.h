@@ -6,6 +6,7 @@
 #include "FCPXMLKit/xml/XMLElement.h"
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -26,7 +27,14 @@ namespace orvane::fcpxml {
 /// A slot that the document's version does not have is passed over silently.
 class SlotWriter {
   public:
-    SlotWriter(XMLElement& element, FCPXMLVersion version) : element_(element), version_(version) {}
+    /// The whole record, into an element that is still empty.
+    template <class R>
+    static void write(R& record, XMLElement& element, FCPXMLVersion version) {
+        std::vector<XMLAttribute> pending;
+        SlotWriter writer(element, version, pending);
+        record.slots(writer);
+        writer.finish();
+    }
 
     /// Written when there is a value.
     template <class T>
@@ -58,14 +66,23 @@ class SlotWriter {
         if (record && versions.contains(version_)) append(*record);
     }
     template <class R>
-    void child(const R& record, FCPXMLVersionRange versions = {}) {
+    void child(R& record, FCPXMLVersionRange versions = {}) {
         if (versions.contains(version_)) append(record);
     }
     template <class R>
     void children(const std::vector<R>& records, FCPXMLVersionRange versions = {}) {
         if (!versions.contains(version_)) return;
-        element_.children.reserve(element_.children.size() + records.size());
         for (const R& record : records) append(record);
+    }
+    /// The same, but each record is released as soon as its element stands, so that the records of a large
+    /// document and its elements are never in memory together.
+    template <class R>
+    void consumed(std::vector<R>& records) {
+        for (R& record : records) {
+            append(record);
+            record = R();
+        }
+        records = {};
     }
     /// The slots of a group record, in this place and in this element.
     template <class R>
@@ -74,9 +91,19 @@ class SlotWriter {
     }
 
   private:
+    SlotWriter(XMLElement& element, FCPXMLVersion version, std::vector<XMLAttribute>& pending)
+        : element_(element), version_(version), pending_(pending), firstPending_(pending.size()) {}
+
+    void finish() {
+        element_.setAttributes(std::span(pending_).subspan(firstPending_));
+        pending_.resize(firstPending_);
+    }
+    void add(std::string_view name, std::string_view text) {
+        pending_.push_back({name, element_.arena().copy(text)});
+    }
     template <class T>
     void add(std::string_view name, const T& value) {
-        element_.attributes.push_back({name, std::string(attributeText(value))});
+        add(name, std::string_view(attributeText(value)));
     }
     template <class T>
     void add(std::string_view name, const std::vector<T>& values) {
@@ -86,25 +113,25 @@ class SlotWriter {
             if (!text.empty()) text += ", ";
             text += attributeText(value);
         }
-        element_.attributes.push_back({name, std::move(text)});
+        add(name, std::string_view(text));
     }
     template <class... R>
     void append(const std::variant<R...>& item) {
         std::visit([this](const auto& record) { append(record); }, item);
     }
     template <class R>
-    void append(const R& record) {
-        XMLElement& element = element_.appendChild(R::elementName);
-        element.attributes.reserve(attributesReserved);
-        SlotWriter writer(element, version_);
+    requires requires { R::elementName; }
+    void append(R& record) {
+        SlotWriter writer(element_.appendChild(R::elementName), version_, pending_);
         record.slots(writer);
+        writer.finish();
     }
-
-    /// What most elements of a clip have; a few more cost one reallocation.
-    static constexpr std::size_t attributesReserved = 9;
 
     XMLElement& element_;
     FCPXMLVersion version_;
+    std::vector<XMLAttribute>&
+        pending_; ///< of this element from `firstPending_` on, below those of its parents
+    std::size_t firstPending_;
 };
 
 } // namespace orvane::fcpxml

@@ -32,13 +32,13 @@ std::string_view escapeFor(unsigned char c) {
     case '\t':
         return "&#9;";
     default:
-        return c < 0x20 || c == 0x7F ? replacement : std::string_view();
+        return c < 0x20 ? replacement : std::string_view();
     }
 }
 
 constexpr std::array<bool, 256> makePlainTable() {
     std::array<bool, 256> plain{};
-    for (std::size_t c = 0x20; c < 0x7F; ++c) plain.at(c) = c != '&' && c != '<' && c != '>' && c != '"';
+    for (std::size_t c = 0x20; c < 0x80; ++c) plain.at(c) = c != '&' && c != '<' && c != '>' && c != '"';
     return plain;
 }
 constexpr auto isPlain = makePlainTable();
@@ -85,55 +85,106 @@ void appendEscaped(std::string& out, std::string_view value) {
 
 /// The printed size, but for escapes: enough to reserve the text once.
 std::size_t plainSize(const XMLElement& element, std::size_t depth) {
-    std::size_t size = depth * indentWidth + element.name.size() + 5;
-    for (const auto& attribute : element.attributes)
+    std::size_t size = depth * indentWidth + element.name().size() + 4;
+    for (const auto& attribute : element.attributes())
         size += attribute.name.size() + attribute.value.size() + 4;
-    for (const auto& child : element.children) size += plainSize(child, depth + 1);
-    if (!element.children.empty()) size += depth * indentWidth + element.name.size() + 3;
+    for (const XMLElement& child : element.children()) size += plainSize(child, depth + 1);
+    if (!element.children().empty()) size += depth * indentWidth + element.name().size() + 3;
     return size;
 }
 
 void print(std::string& out, const XMLElement& element, std::size_t depth) {
-    out.append(depth * indentWidth, ' ').append("<").append(element.name);
-    for (const auto& attribute : element.attributes) {
+    out.append(depth * indentWidth, ' ').append("<").append(element.name());
+    for (const auto& attribute : element.attributes()) {
         out.append(" ").append(attribute.name).append("=\"");
         appendEscaped(out, attribute.value);
         out += '"';
     }
-    if (element.children.empty()) {
+    if (element.children().empty()) {
         out += "/>\n";
         return;
     }
     out += ">\n";
-    for (const auto& child : element.children) print(out, child, depth + 1);
-    out.append(depth * indentWidth, ' ').append("</").append(element.name).append(">\n");
+    for (const XMLElement& child : element.children()) print(out, child, depth + 1);
+    out.append(depth * indentWidth, ' ').append("</").append(element.name()).append(">\n");
 }
 
 void collect(XMLElement& element, std::string_view name, std::vector<XMLElement*>& found) {
-    if (element.name == name) found.push_back(&element);
-    for (auto& child : element.children) collect(child, name, found);
+    if (element.name() == name) found.push_back(&element);
+    for (XMLElement& child : element.children()) collect(child, name, found);
+}
+
+// Small enough that blocks fit where the records of one clip were a moment ago: with blocks of 64 KB the
+// memory that a large export needs grows by a fifth.
+constexpr std::size_t blockSize = std::size_t{4} * 1024;
+
+/// Texts of one length that end alike share a place: times and identifiers differ in their last digits.
+std::size_t recentPlace(std::string_view text, std::size_t places) {
+    std::size_t hash = text.size();
+    for (std::size_t i = text.size() > 12 ? text.size() - 12 : 0; i < text.size(); ++i)
+        hash = hash * 31 + static_cast<unsigned char>(text[i]);
+    return hash % places;
 }
 
 } // namespace
 
-const std::string* XMLElement::attribute(std::string_view attributeName) const {
-    const auto found = std::find_if(attributes.begin(), attributes.end(),
-                                    [&](const XMLAttribute& a) { return a.name == attributeName; });
-    return found == attributes.end() ? nullptr : &found->value;
+std::string_view XMLArena::copy(std::string_view text) {
+    if (text.empty()) return {};
+    std::string_view& recent = recent_.at(recentPlace(text, recent_.size()));
+    if (recent == text) return recent;
+    char* place = allocate<char>(text.size());
+    std::ranges::copy(text, place);
+    return recent = {place, text.size()};
 }
 
-void XMLElement::setAttribute(std::string_view attributeName, std::string value) {
-    for (auto& attribute : attributes) {
-        if (attribute.name != attributeName) continue;
-        attribute.value = std::move(value);
-        return;
+void* XMLArena::allocateBytes(std::size_t size, std::size_t alignment) {
+    void* place = next_;
+    if (std::align(alignment, size, place, left_) == nullptr) {
+        left_ = std::max(blockSize, size + alignment);
+        blocks_.push_back(std::make_unique_for_overwrite<std::byte[]>(left_));
+        place = blocks_.back().get();
+        std::align(alignment, size, place, left_);
     }
-    attributes.push_back({attributeName, std::move(value)});
+    next_ = static_cast<std::byte*>(place) + size;
+    left_ -= size;
+    return place;
+}
+
+const std::string_view* XMLElement::attribute(std::string_view attributeName) const {
+    const auto found = std::ranges::find(attributes(), attributeName, &XMLAttribute::name);
+    return found == attributes().end() ? nullptr : &found->value;
+}
+
+void XMLElement::setAttribute(std::string_view attributeName, std::string_view value) {
+    std::vector<XMLAttribute> changed(attributes().begin(), attributes().end());
+    const auto found = std::ranges::find(changed, attributeName, &XMLAttribute::name);
+    if (found != changed.end())
+        found->value = arena_->copy(value);
+    else
+        changed.push_back({attributeName, arena_->copy(value)});
+    setAttributes(changed);
+}
+
+void XMLElement::setAttributes(std::span<const XMLAttribute> attributes) {
+    if (attributes.size() > attributeCount_) attributes_ = arena_->allocate<XMLAttribute>(attributes.size());
+    std::uninitialized_copy(attributes.begin(), attributes.end(), attributes_);
+    attributeCount_ = attributes.size();
 }
 
 XMLElement& XMLElement::appendChild(std::string_view childName) {
-    children.push_back({childName, {}, {}});
-    return children.back();
+    auto* child = std::construct_at(arena_->allocate<XMLElement>(1), *arena_, childName);
+    (lastChild_ == nullptr ? firstChild_ : lastChild_->nextSibling_) = child;
+    lastChild_ = child;
+    return *child;
+}
+
+void XMLElement::reorderChildren(std::span<XMLElement* const> order) {
+    firstChild_ = lastChild_ = nullptr;
+    for (XMLElement* child : order) {
+        (lastChild_ == nullptr ? firstChild_ : lastChild_->nextSibling_) = child;
+        lastChild_ = child;
+        child->nextSibling_ = nullptr;
+    }
 }
 
 std::vector<XMLElement*> findElements(XMLElement& in, std::string_view named) {
@@ -142,12 +193,17 @@ std::vector<XMLElement*> findElements(XMLElement& in, std::string_view named) {
     return found;
 }
 
+XMLElement& XMLDocument::makeRoot(std::string_view name) {
+    root_ = std::construct_at(arena_->allocate<XMLElement>(1), *arena_, name);
+    return *root_;
+}
+
 std::string XMLDocument::text() const {
     std::string out;
-    if (!root) return out;
-    out.reserve(prolog.size() + plainSize(*root, 0));
+    if (root_ == nullptr) return out;
+    out.reserve(prolog.size() + plainSize(*root_, 0));
     out += prolog;
-    print(out, *root, 0);
+    print(out, *root_, 0);
     return out;
 }
 

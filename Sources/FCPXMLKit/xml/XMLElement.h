@@ -1,40 +1,117 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
-#include <optional>
+#include <cstdint>
+#include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace orvane::fcpxml {
 
-/// One attribute. Names are string literals of this program and are never copied.
-struct XMLAttribute {
-    std::string_view name;
-    std::string value; ///< plain text; escaping happens when the document is printed
+/// The memory of one document's elements and texts, given back all at once. A document of ten thousand clips
+/// has a million texts, most of them seen a moment before: a repeated text is stored once.
+class XMLArena {
+  public:
+    /// A copy that lives as long as the arena.
+    std::string_view copy(std::string_view text);
+    template <class T>
+    T* allocate(std::size_t count) {
+        static_assert(std::is_trivially_destructible_v<T>);
+        return static_cast<T*>(allocateBytes(count * sizeof(T), alignof(T)));
+    }
+
+  private:
+    void* allocateBytes(std::size_t size, std::size_t alignment);
+
+    std::vector<std::unique_ptr<std::byte[]>> blocks_;
+    std::byte* next_ = nullptr;
+    std::size_t left_ = 0;
+    std::array<std::string_view, 1024> recent_{};
 };
 
-/// One element of a document that is being written: its attributes lie side by side, its children too. The
-/// name is a string literal.
-struct XMLElement {
+/// Names are string literals of this program and are never copied.
+struct XMLAttribute {
     std::string_view name;
-    std::vector<XMLAttribute> attributes;
-    std::vector<XMLElement> children;
+    std::string_view value; ///< plain text; escaping happens when the document is printed
+};
 
-    const std::string* attribute(std::string_view attributeName) const;
-    void setAttribute(std::string_view attributeName, std::string value);
+/// One element of a document that is being written. Lives in the document's arena; the name is a string
+/// literal.
+class XMLElement {
+  public:
+    XMLElement(XMLArena& arena, std::string_view name) : arena_(&arena), name_(name) {}
+    XMLElement(const XMLElement&) = delete;
+    XMLElement& operator=(const XMLElement&) = delete;
+
+    std::string_view name() const { return name_; }
+
+    std::span<const XMLAttribute> attributes() const { return {attributes_, attributeCount_}; }
+    /// The value, or null.
+    const std::string_view* attribute(std::string_view attributeName) const;
+    /// Copies the value.
+    void setAttribute(std::string_view attributeName, std::string_view value);
+    /// All of them at once; their values live in the arena.
+    void setAttributes(std::span<const XMLAttribute> attributes);
+
+    /// Goes from one child to the next.
+    class Iterator {
+      public:
+        explicit Iterator(XMLElement* at) : at_(at) {}
+        XMLElement& operator*() const { return *at_; }
+        Iterator& operator++() {
+            at_ = at_->nextSibling_;
+            return *this;
+        }
+        bool operator==(const Iterator&) const = default;
+
+      private:
+        XMLElement* at_;
+    };
+    struct Children {
+        XMLElement* first;
+        Iterator begin() const { return Iterator(first); }
+        Iterator end() const { return Iterator(nullptr); }
+        bool empty() const { return first == nullptr; }
+    };
+    Children children() const { return {firstChild_}; }
     XMLElement& appendChild(std::string_view childName);
+    /// The same children in another order.
+    void reorderChildren(std::span<XMLElement* const> order);
+
+    XMLArena& arena() { return *arena_; }
+
+  private:
+    XMLArena* arena_;
+    std::string_view name_;
+    XMLAttribute* attributes_ = nullptr;
+    std::size_t attributeCount_ = 0;
+    XMLElement* firstChild_ = nullptr;
+    XMLElement* lastChild_ = nullptr;
+    XMLElement* nextSibling_ = nullptr;
 };
 
 /// All elements of that name, depth first, each before its children, the given one included.
 std::vector<XMLElement*> findElements(XMLElement& in, std::string_view named);
 
-struct XMLDocument {
-    std::optional<XMLElement> root;
+/// A tree of elements with its memory.
+class XMLDocument {
+  public:
+    XMLDocument() : arena_(std::make_unique<XMLArena>()) {}
+
+    /// Null in an empty document.
+    XMLElement* root() const { return root_; }
+    XMLElement& makeRoot(std::string_view name);
 
     /// UTF-8 with declaration and document type, one element a line, four spaces a level. Always well-formed:
     /// what XML cannot hold (control characters, invalid UTF-8) is printed as U+FFFD. Empty without a root.
     std::string text() const;
+
+  private:
+    std::unique_ptr<XMLArena> arena_;
+    XMLElement* root_ = nullptr;
 };
 
 } // namespace orvane::fcpxml

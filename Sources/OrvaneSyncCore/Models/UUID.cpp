@@ -28,12 +28,17 @@ constexpr std::array<std::int8_t, 256> digitValues = [] {
 
 } // namespace
 
-UUID UUID::random() {
-    UUID id;
-    platform::secureRandom(std::as_writable_bytes(std::span(id.bytes)));
-    id.bytes[6] = static_cast<std::uint8_t>((id.bytes[6] & 0x0FU) | 0x40U); // version 4
-    id.bytes[8] = static_cast<std::uint8_t>((id.bytes[8] & 0x3FU) | 0x80U); // RFC 4122 variant
-    return id;
+UUID UUID::random() { return random(1).front(); }
+
+std::vector<UUID> UUID::random(std::size_t count) {
+    static_assert(sizeof(UUID) == sizeof bytes);
+    std::vector<UUID> ids(count);
+    platform::secureRandom(std::as_writable_bytes(std::span(ids)));
+    for (UUID& id : ids) {
+        id.bytes[6] = static_cast<std::uint8_t>((id.bytes[6] & 0x0FU) | 0x40U); // version 4
+        id.bytes[8] = static_cast<std::uint8_t>((id.bytes[8] & 0x3FU) | 0x80U); // RFC 4122 variant
+    }
+    return ids;
 }
 
 std::optional<UUID> UUID::fromText(std::string_view text) {

@@ -39,4 +39,17 @@ std::optional<MediaInspection> inspectMedia(const std::string& path) {
     return inspectMedia(path, *file);
 }
 
+std::optional<std::string> mediaLibraryVersions() {
+    const MediaLibrary* library = mediaLibrary();
+    return library == nullptr ? std::nullopt : std::optional(library->versions());
+}
+
+std::vector<std::string> decodableCodecs(const std::vector<std::string>& codecs) {
+    std::vector<std::string> result;
+    const MediaLibrary* library = mediaLibrary();
+    for (const std::string& codec : codecs)
+        if (library != nullptr && library->canDecode(codec)) result.push_back(codec);
+    return result;
+}
+
 } // namespace orvane::platform

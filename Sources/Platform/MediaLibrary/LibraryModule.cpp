@@ -2,6 +2,12 @@
 #include "Platform/MediaLibrary/LibraryReaders.h"
 #include "Platform/MediaLibrary/MediaLibrary.h"
 
+#include <sndfile.h>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+}
+
 namespace orvane::platform {
 
 namespace {
@@ -26,6 +32,19 @@ std::unique_ptr<AudioFile> openAudio(const std::string& path) noexcept {
     }
 }
 
+std::string versions() noexcept {
+    const auto text = [](const char* name, unsigned version) {
+        return std::string(name) + " " + std::to_string(version >> 16U) + "." +
+               std::to_string(version >> 8U & 0xFFU) + "." + std::to_string(version & 0xFFU);
+    };
+    return text("libavformat", avformat_version()) + ", " + text("libavcodec", avcodec_version()) + ", " +
+           sf_version_string();
+}
+
+bool canDecode(const std::string& codec) noexcept {
+    return avcodec_find_decoder_by_name(codec.c_str()) != nullptr;
+}
+
 } // namespace
 
 } // namespace orvane::platform
@@ -34,7 +53,7 @@ extern "C" __attribute__((visibility("default"))) const orvane::platform::MediaL
     using namespace orvane::platform;
     static const MediaLibrary library = [] {
         silenceLibav();
-        return MediaLibrary{MediaLibrary::currentVersion, inspect, openAudio};
+        return MediaLibrary{MediaLibrary::currentVersion, inspect, openAudio, versions, canDecode};
     }();
     return &library;
 }

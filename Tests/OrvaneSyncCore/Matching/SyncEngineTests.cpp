@@ -42,7 +42,8 @@ std::vector<std::string> names(const std::vector<AudioMatch>& matches) {
 }
 
 TEST(SyncEngine, placesFilesOnTheAxis) {
-    MediaAsset silent = video("a.mov");
+    const MediaAsset ten = video("a.mov", "01:00:00:00", 10), sound = audio("a.wav", "01:00:00:00", 10);
+    MediaAsset silent = ten;
     silent.durationSeconds.reset();
     MediaAsset atProjectRate = video("a.mov", "00:00:01:12");
     atProjectRate.projectFrameRate = 24;
@@ -53,7 +54,7 @@ TEST(SyncEngine, placesFilesOnTheAxis) {
     };
     const double none = std::numeric_limits<double>::quiet_NaN();
     for (const Case& test : {
-             Case{"by its text", video("a.mov", "01:00:00:00", 10), {}, 3600, 3610},
+             Case{"by its text", ten, {}, 3600, 3610},
              Case{"the project's rate before the file's", atProjectRate, {}, 1.5, 61.5},
              Case{"the fallback before both", atProjectRate, 48, 1.25, 61.25},
              Case{"a count of samples before the text", counted(audio("a.wav"), 96000, 48000), 30, 2, 62},
@@ -61,25 +62,13 @@ TEST(SyncEngine, placesFilesOnTheAxis) {
              Case{"a count of 0 is none", counted(audio("a.wav", "00:00:05:00"), 0, 48000), {}, 5, 65},
              Case{"neither count nor text", counted(audio("a.wav", ""), 0, 48000), {}, {}, {}},
              Case{"a count at no rate", counted(audio("a.wav"), 96000, 0.0), {}, {}, {}},
-             Case{"a malformed text is midnight", video("a.mov", "noon", 10), {}, 0, 10},
+             Case{"a malformed text is midnight", video("a.mov", "noon"), {}, 0, 60},
              Case{"no duration", silent, {}, {}, {}},
              Case{"a duration of 0", video("a.mov", "01:00:00:00", 0), {}, {}, {}},
              Case{"a duration that is no number", video("a.mov", "01:00:00:00", none), {}, {}, {}},
-             Case{"slow motion covers less",
-                  offspeed(video("a.mov", "01:00:00:00", 10), 120, 24),
-                  {},
-                  3600,
-                  3602},
-             Case{"2 percent is no slow motion",
-                  offspeed(video("a.mov", "01:00:00:00", 10), 24.5, 24),
-                  {},
-                  3600,
-                  3610},
-             Case{"sound has no slow motion",
-                  offspeed(audio("a.wav", "01:00:00:00", 10), 120, 24),
-                  {},
-                  3600,
-                  3610},
+             Case{"slow motion covers less", offspeed(ten, 120, 24), {}, 3600, 3602},
+             Case{"2 percent is no slow motion", offspeed(ten, 24.5, 24), {}, 3600, 3610},
+             Case{"sound has no slow motion", offspeed(sound, 120, 24), {}, 3600, 3610},
          }) {
         const auto range = SyncEngine::tcRange(test.asset, test.fallback);
         ASSERT_EQ(range.has_value(), test.start.has_value()) << test.name;
@@ -120,67 +109,55 @@ TEST(SyncEngine, meetsTheDaysAround) {
 }
 
 TEST(SyncEngine, decidesTheStatus) {
-    using List = std::vector<MediaAsset>;
-    MediaAsset wild = audio("b.wav");
-    wild.ixmlData = IXMLData{};
-    wild.ixmlData->wildTrack = "true";
-    const MediaAsset noRange = video("clip_mos.mov", "");
-    struct Case {
+    struct Sound {
+        const char* start;
+        double seconds = 60;
+    };
+    struct Overlaps {
         const char* name;
-        MediaAsset video;
-        List audios;
+        double videoSeconds;
+        std::vector<Sound> sounds;
         MatchStatus status;
         std::size_t count;
     };
-    for (const Case& test : {
-             Case{"one frame in common",
-                  video("a.mov", "10:00:00:00", 1),
-                  {audio("x.wav", "10:00:00:24")},
-                  MatchStatus::matched(),
-                  1},
-             Case{"they only touch",
-                  video("a.mov", "10:00:00:00", 1),
-                  {audio("x.wav", "10:00:01:00")},
-                  MatchStatus::unmatched(),
-                  0},
-             Case{"exactly half as good",
-                  video("a.mov"),
-                  {audio("x.wav"), audio("y.wav", "10:00:30:00")},
-                  MatchStatus::matched(),
-                  2},
-             Case{"less than half",
-                  video("a.mov"),
-                  {audio("x.wav"), audio("y.wav", "10:00:30:03")},
-                  MatchStatus::ambiguous(2),
-                  2},
-             Case{"one recording in parts",
-                  video("a.mov"),
-                  {audio("x.wav", "10:00:00:00", 50), audio("y.wav", "10:00:50:05", 50)},
-                  MatchStatus::splitRecording(2),
-                  2},
-             Case{"parts too far from each other",
-                  video("a.mov"),
-                  {audio("x.wav", "10:00:00:00", 50), audio("y.wav", "10:00:51:00", 50)},
-                  MatchStatus::ambiguous(2),
-                  2},
-             Case{"without sound, says the name", video("clip_mos_01.mov"), {}, MatchStatus::mos(), 0},
-             Case{"no word of its own", video("clipmos01.mov"), {}, MatchStatus::unmatched(), 0},
-             Case{
-                 "sound all the same", video("clip_mos_01.mov"), {audio("x.wav")}, MatchStatus::matched(), 1},
-             Case{"no place is never without sound", noRange, {audio("x.wav")}, MatchStatus::unmatched(), 0},
-             Case{"room tone, by name", video("a.mov"), {audio("SC1_AMB.wav")}, MatchStatus::unmatched(), 0},
-             Case{"room tone, by the recorder's flag", video("a.mov"), {wild}, MatchStatus::unmatched(), 0},
-             Case{"recordings that cannot be placed",
-                  video("a.mov"),
-                  {audio("x.wav", ""), audio("y.wav", "10:00:00:00", 0)},
-                  MatchStatus::unmatched(),
-                  0},
+    const auto matchedStatus = MatchStatus::matched(), mos = MatchStatus::mos(),
+               unmatched = MatchStatus::unmatched();
+    const auto split = MatchStatus::splitRecording(2), ambiguous = MatchStatus::ambiguous(2);
+    for (const Overlaps& test : {
+             Overlaps{"one frame in common", 1, {{"10:00:00:24"}}, matchedStatus, 1},
+             Overlaps{"they only touch", 1, {{"10:00:01:00"}}, unmatched, 0},
+             Overlaps{"exactly half as good", 60, {{"10:00:00:00"}, {"10:00:30:00"}}, matchedStatus, 2},
+             Overlaps{"less than half", 60, {{"10:00:00:00"}, {"10:00:30:03"}}, ambiguous, 2},
+             Overlaps{"one recording in parts", 60, {{"10:00:00:00", 50}, {"10:00:50:05"}}, split, 2},
+             Overlaps{"parts too far apart", 60, {{"10:00:00:00", 50}, {"10:00:51:00"}}, ambiguous, 2},
+             Overlaps{"sounds without a place", 60, {{""}, {"10:00:00:00", 0}}, unmatched, 0},
          }) {
-        const SyncGroup group = matched(test.video, test.audios);
+        std::vector<MediaAsset> recordings;
+        for (const Sound& sound : test.sounds)
+            recordings.push_back(audio("x.wav", sound.start, sound.seconds));
+        const SyncGroup group = matched(video("a.mov", "10:00:00:00", test.videoSeconds), recordings);
         EXPECT_EQ(group.matchStatus, test.status) << test.name << ": " << group.matchStatus.label();
         EXPECT_EQ(group.audioMatches.size(), test.count) << test.name;
-        EXPECT_EQ(group.clipName, test.video.filename) << test.name;
+        EXPECT_EQ(group.clipName, "a.mov");
     }
+
+    MediaAsset wild = audio("b.wav");
+    wild.ixmlData = IXMLData{};
+    wild.ixmlData->wildTrack = "true";
+    struct Names {
+        const char* name;
+        MediaAsset video, audio;
+        MatchStatus status;
+    };
+    for (const Names& test : {
+             Names{"room tone, by name", video("a.mov"), audio("SC1_AMB.wav"), unmatched},
+             Names{"room tone, by the recorder's flag", video("a.mov"), wild, unmatched},
+             Names{"without sound, says the name", video("clip_mos_01.mov"), wild, mos},
+             Names{"no word of its own", video("clipmos01.mov"), wild, unmatched},
+             Names{"sound all the same", video("clip_mos_01.mov"), audio("b.wav"), matchedStatus},
+             Names{"no place is never without sound", video("clip_mos.mov", ""), wild, unmatched},
+         })
+        EXPECT_EQ(matched(test.video, {test.audio}).matchStatus, test.status) << test.name;
 }
 
 TEST(SyncEngine, aligns) {

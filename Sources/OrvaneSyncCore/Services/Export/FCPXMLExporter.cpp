@@ -136,8 +136,7 @@ std::string documentText(ExportWalk& walk) {
     document.version = walk.settings.fcpxmlVersion;
     document.items.push_back({assembleEvents(walk)});
     document.resources.items = walk.resources.take();
-    XMLDocument tree = document.toXMLDocument();
-    document = {};
+    XMLDocument tree = std::move(document).toXMLDocument();
     FCPXMLDTDFixer::fix(tree);
     if (walk.settings.experimentalVolumeKeyframes)
         injectVolumeKeyframes(
@@ -175,6 +174,7 @@ ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<Wi
             if (auto name = sceneEventName(group, settings.eventNamePattern, settings.eventName))
                 walk.sceneEventNames[group.id] = std::move(*name);
 
+    walk.eventItems.reserve(groups.size());
     addMainFormats(walk);
     for (const SyncGroup& group : groups) addGroup(walk, group);
     if (settings.generateMulticam && walk.syncClips.size() >= 2) addMulticamClips(walk);

@@ -1,0 +1,208 @@
+#include "OrvaneSyncCore/Models/ScanModels.h"
+#include "OrvaneSyncCore/Models/SyncGroupList.h"
+#include "OrvaneSyncCore/Models/WildTrack.h"
+#include "Support/Assets.h"
+
+#include <gtest/gtest.h>
+
+namespace orvane {
+namespace {
+
+constexpr const char* videoText =
+    R"({"id":"00000000-0000-4000-8000-000000000001","url":"file:///media/a.mov","kind":"video","filename":"a.mov"})";
+constexpr const char* fullAudioText =
+    R"({"id":"00000000-0000-4000-8000-000000000002","url":"file:///media/b.wav","kind":"audio","filename":"b.wav",
+    "startTimecodeString":"01:00:00:00","durationSeconds":1.5,"contentCreatedDate":"2024-05-17T10:00:00Z","frameRate":25.5,"width":1,"height":2,"channelCount":3,
+    "sampleRate":48000.5,"videoCodecFourCC":"apch","sensorFrameRate":120.5,"projectFrameRate":24.5,"offspeedConfidence":{"confirmed":{"isOffspeed":true,"factor":5.5}},
+    "sourceRateDomainOverride":"conformedExternally","bextTimeReference":18446744073709551615,"bextOriginator":"R","ixmlData":{"scene":"1","take":"2","tape":"3","note":"4",
+    "project":"5","circled":"6","wildTrack":"7","timecodeRate":"25/1","tracks":[{"channelIndex":1,"name":"Boom"}]}})";
+
+std::string groupText(const std::string& more) {
+    return std::string(R"({"id":"00000000-0000-4000-8000-000000000003","video":)") + videoText +
+           R"(,"audioMatches":[{"id":"00000000-0000-4000-8000-000000000004","audio":)" + fullAudioText +
+           R"(,"syncOffsetSeconds":1.5,"overlapDurationSeconds":2.5}],"matchStatus":{"splitRecording":{"count":2}},"clipName":"n","algorithmExcludedTracks":[1,2],"manualActiveTracks":[3],
+           "manualBlockOverrides":[{"id":"00000000-0000-4000-8000-000000000005","startSeconds":0.5,"endSeconds":1.5,"trackIndex":2}],"manualAudioOffsetSeconds":-0.25,"isApproved":true,
+           "isLocked":true,"syncMethod":"clap","generateNativeMOSClip":true,"isPickup":true,"isExcludedFromExport":true,"masterGainDB":-3.5,"masterGainAuto":false)" +
+           more + "}";
+}
+
+constexpr const char* optionalsText =
+    R"(,"aleMetadata":{"Scene":"1"},"lockitMetadata":{},"tracksManuallyEdited":true,"audioAnchorOffsetInAudioSeconds":2.5,"pictureClapAnchorSeconds":3.5,
+    "lockedAtAudioAnchor":4.5,"lockedAtPictureAnchor":5.5,"lockedAtManualOffset":6.5,"nativeMOSNameSuffix":"m","generateProjectRateClipFlag":false,"projectRateNameSuffix":"p",
+    "manualClipName":"Hero","isExcludedFromMulticamFlag":true,"measuredLUFS":-23.5)";
+
+/// Reads, writes, and without any one of the keys that are required fails, naming the key.
+template <class Record>
+void expectJSONForm(const std::string& text, const std::set<std::string>& optionals) {
+    const JSON json = JSON::parse(text);
+    EXPECT_EQ(toJSON(fromJSON<Record>(json)), json) << text;
+    for (const auto& [key, value] : *json.members()) {
+        JSON without = json;
+        without.remove(key);
+        if (optionals.contains(key)) {
+            EXPECT_EQ(toJSON(fromJSON<Record>(without)), without) << key << " is left out when absent";
+            continue;
+        }
+        try {
+            fromJSON<Record>(without);
+            ADD_FAILURE() << "done without \"" << key << "\"";
+        } catch (const DecodingError& error) {
+            EXPECT_NE(std::string(error.what()).find(key), std::string::npos) << error.what();
+        }
+    }
+}
+
+std::set<std::string> keys(const std::string& text) {
+    const JSON json = JSON::parse(text);
+    std::set<std::string> result;
+    for (const auto& [key, value] : *json.members()) result.insert(key);
+    return result;
+}
+
+std::set<std::string> difference(std::set<std::string> from, const std::set<std::string>& without) {
+    for (const auto& key : without) from.erase(key);
+    return from;
+}
+
+TEST(Records, JSONForms) {
+    expectJSONForm<MediaAsset>(fullAudioText, difference(keys(fullAudioText), keys(videoText)));
+    expectJSONForm<MediaAsset>(videoText, {});
+    expectJSONForm<SyncGroup>(groupText(optionalsText),
+                              difference(keys(groupText(optionalsText)), keys(groupText(""))));
+    expectJSONForm<WildTrack>(std::string(R"({"id":"00000000-0000-4000-8000-000000000001","audio":)") +
+                                  videoText + R"(,"customName":"Rain","isApproved":true})",
+                              {});
+    EXPECT_EQ(keys(groupText(optionalsText)).size(), 31U);
+
+    const std::string group = groupText("");
+    const std::pair<const char*, const char*> damages[] = {
+        {R"("clap")", R"("guess")"}, {R"("isLocked":true)", R"("isLocked":1)"},
+        {R"([1,2])", R"([1,"2"])"},  {R"("manualActiveTracks":[3])", R"("manualActiveTracks":3)"},
+        {R"("video")", R"("film")"}, {"file:///media/a.mov", "a.mov"},
+        {"000000000003", "3"},       {"18446744073709551615", "-1"},
+        {"2024-05-17T", "17 May"},   {"conformedExternally", "other"}};
+    for (const auto& [good, bad] : damages) {
+        std::string text = group;
+        text.replace(text.find(good), std::string_view(good).size(), bad);
+        EXPECT_THROW(fromJSON<SyncGroup>(JSON::parse(text)), DecodingError) << bad;
+    }
+}
+
+TEST(Records, variantsHaveOneKey) {
+    const std::pair<MatchStatus, std::pair<const char*, const char*>> statuses[] = {
+        {MatchStatus::matched(), {R"({"matched":{}})", "Matched"}},
+        {MatchStatus::ambiguous(3), {R"({"ambiguous":{"count":3}})", "Ambiguous (3)"}},
+        {MatchStatus::splitRecording(2), {R"({"splitRecording":{"count":2}})", "Split Recording (2)"}},
+        {MatchStatus::unmatched(), {R"({"unmatched":{}})", "No Match"}},
+        {MatchStatus::mos(), {R"({"mos":{}})", "MOS (no audio)"}},
+        {MatchStatus::manual(), {R"({"manual":{}})", "Manual"}}};
+    for (const auto& [status, forms] : statuses) {
+        EXPECT_EQ(toJSON(status).dump(), forms.first);
+        EXPECT_EQ(fromJSON<MatchStatus>(JSON::parse(forms.first)), status);
+        EXPECT_EQ(status.label(), forms.second);
+        EXPECT_EQ(status.isSettled(),
+                  status.kind != MatchStatus::Kind::ambiguous && status.kind != MatchStatus::Kind::unmatched);
+    }
+    EXPECT_EQ(toJSON(OffspeedConfidence::suspectedUnconfirmed(1)).dump(),
+              R"({"suspectedUnconfirmed":{"factor":1.0}})");
+    EXPECT_EQ(fromJSON<OffspeedConfidence>(JSON::parse(R"({"suspectedUnconfirmed":{"factor":1}})")),
+              OffspeedConfidence::suspectedUnconfirmed(1));
+    for (const char* text : {"{}", R"({"matched":{},"mos":{}})", R"("matched")", "null"}) {
+        const auto message = [&](const auto& read) {
+            try {
+                read(JSON::parse(text));
+            } catch (const DecodingError& error) {
+                return std::string(error.what());
+            }
+            return std::string("read");
+        };
+        EXPECT_EQ(message([](const JSON& json) { fromJSON<MatchStatus>(json); }),
+                  "Invalid number of keys found, expected one.")
+            << text;
+        EXPECT_EQ(message([](const JSON& json) { fromJSON<OffspeedConfidence>(json); }),
+                  "Invalid number of keys found, expected one.")
+            << text;
+    }
+    for (const char* text : {R"({"lost":{}})", R"({"ambiguous":{}})", R"({"ambiguous":2})"})
+        EXPECT_THROW(fromJSON<MatchStatus>(JSON::parse(text)), DecodingError) << text;
+    for (const SyncMethod method : allSyncMethods) EXPECT_EQ(fromJSON<SyncMethod>(toJSON(method)), method);
+    EXPECT_EQ(label(SyncMethod::clap), "Clap-based");
+}
+
+TEST(SyncGroup, beginsWithTheDefaults) {
+    const SyncGroup group(test::video("a.mov"), {}, MatchStatus::manual());
+    EXPECT_EQ(group.clipName, "a.mov");
+    EXPECT_TRUE(group.isMOS() && group.masterGainAuto && group.syncMethod == SyncMethod::timecode);
+    EXPECT_FALSE(group.isExcludedFromMulticam() || group.hasManualTrackEdits() ||
+                 group.shouldGenerateProjectRateClip() || group.hasALEMetadata() ||
+                 group.hasLockitMetadata());
+    EXPECT_EQ(group.primaryAudio(), nullptr);
+    EXPECT_EQ(SyncGroup(test::video("a.mov"), {}, MatchStatus::mos(), "n").clipName, "n");
+    EXPECT_FALSE(group == SyncGroup(group.video, {}, MatchStatus::manual()))
+        << "the same video, another clip";
+}
+
+TEST(SyncGroup, resolvedClapPoint) {
+    SyncGroup group = test::clip(test::video("a.mov"), test::audio("b.wav"));
+    group.audioMatches[0].syncOffsetSeconds = 1.5;
+    group.manualAudioOffsetSeconds = -0.25;
+    EXPECT_EQ(group.resolvedClapPointSeconds(), std::nullopt);
+    group.audioAnchorOffsetInAudioSeconds = 2.0;
+    EXPECT_EQ(group.resolvedClapPointSeconds(), 3.25);
+    group.audioMatches.clear();
+    EXPECT_EQ(group.resolvedClapPointSeconds(), 1.75);
+    group.pictureClapAnchorSeconds = 9.0;
+    EXPECT_EQ(group.resolvedClapPointSeconds(), 9.0);
+}
+
+TEST(SyncGroupList, copiesAreIndependentAndShared) {
+    SyncGroupList list{SyncGroup(test::video("a.mov"), {}, MatchStatus::mos()),
+                       SyncGroup(test::video("b.mov"), {}, MatchStatus::mos())};
+    const SyncGroupList before = list;
+    const SyncGroup& held = before[0];
+    EXPECT_TRUE(list.update(list[0].id, [](SyncGroup& group) { group.isApproved = true; }));
+    EXPECT_TRUE(list[0].isApproved);
+    EXPECT_FALSE(held.isApproved) << "what a copy holds does not change";
+    EXPECT_EQ(list.element(1), before.element(1)) << "what did not change is shared";
+    EXPECT_EQ(list.find(before[1].id), &before[1]);
+    EXPECT_EQ(list.find(UUID::random()), nullptr);
+    EXPECT_FALSE(list.update(UUID::random(), [](SyncGroup&) { FAIL() << "there is no such clip"; }));
+    const SyncGroupList approved = list.filtered([](const SyncGroup& group) { return group.isApproved; });
+    ASSERT_EQ(approved.size(), 1U);
+    EXPECT_EQ(approved.element(0), list.element(0));
+    EXPECT_EQ(std::distance(list.begin(), list.end()), 2);
+    EXPECT_EQ(list.begin()->video.filename, "a.mov");
+}
+
+TEST(UUID, texts) {
+    const auto ids = UUID::random(50);
+    EXPECT_EQ((std::set<UUID>(ids.begin(), ids.end()).size()), 50U);
+    for (const UUID& id : ids) {
+        const std::string text = id.text();
+        EXPECT_EQ(text.size(), 36U);
+        EXPECT_EQ(text[14], '4') << "version";
+        EXPECT_NE(std::string("89AB").find(text[19]), std::string::npos) << "variant";
+        EXPECT_EQ(UUID::fromText(text), id);
+    }
+    EXPECT_NE(UUID::random(), UUID::random());
+    EXPECT_EQ(UUID::fromText("0123456f-89ab-4def-8123-456789abcdef")->text(),
+              "0123456F-89AB-4DEF-8123-456789ABCDEF");
+    for (const char* bad : {"", "0123456F-89AB-4DEF-8123-456789ABCDE", "0123456F-89AB-4DEF-8123-456789ABCDEG",
+                            "0123456F089AB-4DEF-8123-456789ABCDEF", "{123456F-89AB-4DEF-8123-456789ABCDE}"})
+        EXPECT_EQ(UUID::fromText(bad), std::nullopt) << bad;
+}
+
+TEST(ScanModels, progressAndResults) {
+    EXPECT_EQ(ScanProgress::idle().fraction(), 0);
+    EXPECT_FALSE(ScanProgress::idle().isActive());
+    EXPECT_EQ((ScanProgress{"x", 1, 4}.fraction()), 0.25);
+    EXPECT_EQ(progressText(ScanState::probing), "Reading metadata...");
+    EXPECT_EQ(name(ScanState::done), "done");
+    const ScanResult result{{test::video("a.mov")}, {test::audio("b.wav")}, 1.5, {}};
+    EXPECT_EQ(result.totalFiles(), 2U);
+    EXPECT_FALSE(result.hasErrors());
+    EXPECT_EQ(toJSON(result).find("audioAssets")->elements()->size(), 1U);
+}
+
+} // namespace
+} // namespace orvane

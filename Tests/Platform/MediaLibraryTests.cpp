@@ -134,21 +134,29 @@ TEST(AudioFile, readsRecordingsThatWereCutOff) {
     }
 }
 
-/// Sound in a movie: the other library, whose decoder starts at packets. The ramp tells where it is.
+/// Sound in a movie: the other library, whose decoder starts at packets that may overlap.
 TEST(AudioFile, readsSoundOfMoviesAtAnyFrame) {
     const TemporaryDirectory folder;
     std::vector<float> ramp;
     for (int i = 0; i < 32768; ++i) ramp.push_back(static_cast<float>(i) / 32768);
     folder.write("ramp.wav", WaveMaker().format({.samples = SampleFormat::pcm16}).samples(ramp).bytes());
-    if (!makeWithTool("-i " + folder.path("ramp.wav") + " -c:a alac " + folder.path("ramp.mov")))
-        GTEST_SKIP() << "no tool to make a movie with";
-    const auto file = platform::AudioFile::open(folder.path("ramp.mov"));
-    ASSERT_NE(file, nullptr);
-    EXPECT_EQ(file->frameCount(), 32768);
-    EXPECT_EQ(readAll(*file, 0, 1000), ramp);
-    for (const int frame : {0, 1, 4095, 4096, 20001, 32767}) {
-        ASSERT_TRUE(file->seek(frame)) << frame;
-        EXPECT_EQ(readAll(*file, 0, 777), std::vector(ramp.begin() + frame, ramp.end())) << frame;
+    for (const std::string codec : {"alac", "pcm_s24be", "aac -aac_pns 0"}) {
+        SCOPED_TRACE(codec);
+        const std::string path = folder.path("ramp.mov");
+        if (!makeWithTool("-i " + folder.path("ramp.wav") + " -c:a " + codec + " " + path))
+            GTEST_SKIP() << "no tool to make a movie with";
+        const auto file = platform::AudioFile::open(path);
+        ASSERT_NE(file, nullptr);
+        const std::vector<float> whole = readAll(*file, 0, 1000);
+        ASSERT_GE(whole.size(), ramp.size());
+        if (!codec.starts_with("aac")) {
+            EXPECT_EQ(whole, ramp);
+            EXPECT_EQ(file->frameCount(), 32768);
+        }
+        for (const int frame : {0, 1, 4095, 4096, 20001, 32000}) {
+            ASSERT_TRUE(file->seek(frame)) << frame;
+            EXPECT_EQ(readAll(*file, 0, 777), std::vector(whole.begin() + frame, whole.end())) << frame;
+        }
     }
 }
 

@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <optional>
-#include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -31,25 +33,32 @@ struct Facts {
     double longest = 0; ///< seconds, of the longest track
 };
 
+/// A line such as "- `movie/a.mp4` (123 bytes): video avc1 320x240 avg 24/1 r 24/1 9.9 s | audio aac ...".
 std::optional<Facts> readFacts(const std::string& line) {
-    static const std::regex head("- `((movie|wav)/[^`]+)` .*");
-    static const std::regex video("video (\\S+) (\\d+)x(\\d+) avg (\\d+)/(\\d+) r \\S+ ([\\d.]+) s");
-    static const std::regex audio("audio \\S+ (\\d+) Hz (\\d+) ch ([\\d.]+) s");
-    std::smatch match;
-    if (!std::regex_match(line, match, head)) return std::nullopt;
+    const std::size_t nameEnd = line.find('`', 3);
     Facts facts;
-    facts.file = match[1];
-    for (std::sregex_iterator at(line.begin(), line.end(), video), end; at != end; ++at) {
-        const std::smatch& found = *at;
-        if (found[1].str().starts_with("[0]")) continue; // cover art that the tool shows as a track
-        const double over = std::stod(found[5]);
-        facts.videos.push_back({found[1], std::stod(found[2]), std::stod(found[3]),
-                                over > 0 ? std::optional(std::stod(found[4]) / over) : std::nullopt});
-        facts.longest = std::max(facts.longest, std::stod(found[6]));
-    }
-    for (std::sregex_iterator at(line.begin(), line.end(), audio), end; at != end; ++at) {
-        facts.audios.push_back({std::stod((*at)[1]), std::stoi((*at)[2])});
-        facts.longest = std::max(facts.longest, std::stod((*at)[3]));
+    if (nameEnd == std::string::npos || !line.starts_with("- `")) return std::nullopt;
+    facts.file = line.substr(3, nameEnd - 3);
+    if (!facts.file.starts_with("movie/") && !facts.file.starts_with("wav/")) return std::nullopt;
+
+    std::istringstream parts(line.substr(nameEnd));
+    for (std::string part; std::getline(parts, part, '|');) {
+        std::array<char, 32> codec{};
+        double width = 0, height = 0, frames = 0, over = 0, rate = 0, seconds = 0;
+        int channels = 0;
+        const std::string video = part.substr(std::min(part.find("video "), part.size()));
+        const std::string audio = part.substr(std::min(part.find("audio "), part.size()));
+        if (std::sscanf(video.c_str(), "video %31s %lfx%lf avg %lf/%lf r %*s %lf s", codec.data(), &width,
+                        &height, &frames, &over, &seconds) == 6) {
+            const std::string name = codec.data();
+            if (name.starts_with("[0]")) continue; // cover art that the tool shows as a track
+            facts.videos.push_back(
+                {name, width, height, over > 0 ? std::optional(frames / over) : std::nullopt});
+        } else if (std::sscanf(audio.c_str(), "audio %*s %lf Hz %d ch %lf s", &rate, &channels, &seconds) ==
+                   3) {
+            facts.audios.push_back({rate, channels});
+        }
+        facts.longest = std::max(facts.longest, seconds);
     }
     return facts;
 }
@@ -94,10 +103,9 @@ void expectFacts(const Facts& facts, const platform::MediaInspection& read) {
         EXPECT_EQ(read.videoTracks[i].codecFourCC, facts.videos[i].codec);
         EXPECT_EQ(read.videoTracks[i].width, facts.videos[i].width);
         EXPECT_EQ(read.videoTracks[i].height, facts.videos[i].height);
-        if (facts.videos[i].frameRate)
-            EXPECT_NEAR(read.videoTracks[i].nominalFrameRate.value_or(0), *facts.videos[i].frameRate, 0.001);
-        else
-            EXPECT_FALSE(read.videoTracks[i].nominalFrameRate);
+        // The last sample of a phone's clip may end after the media does.
+        EXPECT_NEAR(read.videoTracks[i].nominalFrameRate.value_or(0), facts.videos[i].frameRate.value_or(0),
+                    0.005);
     }
     ASSERT_EQ(read.audioTracks.size(), facts.audios.size());
     for (std::size_t i = 0; i < facts.audios.size(); ++i) {

@@ -79,5 +79,15 @@ TEST(Text, characters) {
     for (const char* other : {"", "x", "-", "\xFF", "\xC3\xA9"}) EXPECT_FALSE(text::isNumber(other)) << other;
 }
 
+TEST(Text, decodesOtherEncodings) {
+    using namespace std::string_view_literals;
+    using text::Encoding;
+    EXPECT_EQ(text::decoded("caf\x8E \xA9"sv, Encoding::macRoman), "caf\xC3\xA9 \xC2\xA9");
+    EXPECT_EQ(text::decoded("\0A\xD8\x3C\xDF\xAC"sv, Encoding::utf16BE), "A\xF0\x9F\x8E\xAC");
+    EXPECT_EQ(text::decoded("A\0\x3C\xD8\xAC\xDF"sv, Encoding::utf16LE), "A\xF0\x9F\x8E\xAC");
+    EXPECT_EQ(text::decoded("\0A\xDF\xAC\0"sv, Encoding::utf16BE), "A\xEF\xBF\xBD\xEF\xBF\xBD");
+    EXPECT_EQ(text::decoded(""sv, Encoding::utf16LE), "");
+}
+
 } // namespace
 } // namespace orvane::platform

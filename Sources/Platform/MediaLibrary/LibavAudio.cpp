@@ -26,6 +26,10 @@ using Owned = std::unique_ptr<T, Free>;
 /// Packets without a single sound in a row, before a file counts as ended.
 constexpr int mostSilentPackets = 10000;
 
+/// Seconds in front of a wanted frame at which decoding starts: a packet of most codecs overlaps its
+/// neighbours.
+constexpr double preroll = 0.25;
+
 class LibavAudio : public AudioFile {
   public:
     LibavAudio(LibavFile file, AVStream& stream, Owned<AVCodecContext> decoder)
@@ -41,9 +45,9 @@ class LibavAudio : public AudioFile {
 
     bool seek(std::int64_t frame) override {
         if (frame < 0 || frame > frameCount()) return false;
-        const std::int64_t target = origin() + av_rescale_q(frame, sampleTime(), stream_.time_base);
-        file_.extendDeadline();
-        if (av_seek_frame(file_.get(), stream_.index, target, AVSEEK_FLAG_BACKWARD) < 0) return false;
+        const auto early = static_cast<std::int64_t>(preroll * decoder_->sample_rate);
+        // In front of the start too: that is where the packet lies that only primes the decoder.
+        if (!seekPacket(frame - early) && !seekPacket(0)) return false;
         avcodec_flush_buffers(decoder_.get());
         dropPending();
         hasEnded_ = false;
@@ -76,6 +80,12 @@ class LibavAudio : public AudioFile {
         return av_rescale_q(units, stream_.time_base, sampleTime());
     }
     std::int64_t origin() const { return stream_.start_time == AV_NOPTS_VALUE ? 0 : stream_.start_time; }
+
+    bool seekPacket(std::int64_t frame) {
+        file_.extendDeadline();
+        const std::int64_t target = origin() + av_rescale_q(frame, sampleTime(), stream_.time_base);
+        return av_seek_frame(file_.get(), stream_.index, target, AVSEEK_FLAG_BACKWARD) >= 0;
+    }
 
     void dropPending() {
         for (auto& channel : pending_) channel.clear();

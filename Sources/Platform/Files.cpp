@@ -184,9 +184,11 @@ std::string readText(const std::string& path, std::uint64_t limitBytes) {
     const auto claimed = static_cast<std::uint64_t>(status.st_size);
     if (S_ISREG(status.st_mode) && claimed > limitBytes) fail("can't read", path, EFBIG);
 
-    // One byte more than a regular file has, so that its end shows without a second buffer.
+    // More than a regular file has: its end shows without a second buffer, and a parser that reads in wide
+    // steps need not move the text to where there is room behind it.
     constexpr std::size_t step = std::size_t{1} << 16U;
-    std::string contents(S_ISREG(status.st_mode) ? static_cast<std::size_t>(claimed) + 1 : step, '\0');
+    constexpr std::size_t room = 64;
+    std::string contents(S_ISREG(status.st_mode) ? static_cast<std::size_t>(claimed) + room : step, '\0');
     std::size_t used = 0;
     for (;;) {
         const ssize_t count = ::read(file.get(), contents.data() + used, contents.size() - used);

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -94,13 +93,5 @@ class JSON {
     std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, std::string, Array, Object>
         value_;
 };
-
-/// Visits the records of a big object, such as a cache of thousands of which few may be asked for: each
-/// member's key, unescaped, and the text of its value as it is written, a view into `text`. The text gets
-/// room behind its end, and may move for that before the first visit. Every value must be an object. Only
-/// the outline is checked (strings, brackets, UTF-8); what a record holds shows when it is parsed. Throws
-/// JSONError, also after some visits.
-void forEachRecord(std::string& text,
-                   const std::function<void(std::string_view key, std::string_view record)>& visit);
 
 } // namespace orvane::platform

@@ -14,6 +14,7 @@
 #include <cmath>
 #include <limits>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 namespace orvane {
@@ -106,6 +107,16 @@ std::optional<OffspeedConfidence> offspeedConfidence(const MediaAsset& asset, bo
     return OffspeedConfidence::suspectedUnconfirmed(1.0);
 }
 
+/// Work so small that handing it out one by one would cost more than doing it.
+template <class Work>
+void inBlocks(std::size_t count, std::size_t concurrency, Work work) {
+    constexpr std::size_t block = 32;
+    platform::concurrently((count + block - 1) / block, concurrency, [&](std::size_t which) {
+        const std::size_t end = std::min(count, (which + 1) * block);
+        for (std::size_t i = which * block; i < end; ++i) work(i);
+    });
+}
+
 bool mayHoldTimecodeTrack(std::string_view extension) {
     return extension == "mov" || extension == "mp4" || extension == "m4v";
 }
@@ -126,31 +137,46 @@ std::vector<MediaAsset>
 MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
                             const std::function<void(int completed, int total)>& progress) {
     const std::lock_guard operation(oneAtATime_);
-    const auto cached = cache_ ? cache_->candidates(urls) : std::vector<ProbeCache::Candidate>();
-    const auto fromCacheOrFile = [&](std::size_t i) {
-        if (!cache_) return probeFile(urls[i], kind);
-        // Read before the file is: an entry for a file that changes meanwhile is stale from the start.
-        const auto attributes = platform::files::attributes(urls[i].path);
-        if (auto hit = cache_->resolve(cached[i], attributes)) return std::move(*hit);
-        MediaAsset asset = probeFile(urls[i], kind);
-        if (attributes) cache_->store(asset, *attributes);
-        return asset;
-    };
+    std::vector<MediaAsset> assets(urls.size(), MediaAsset(UUID(), FileURL(), kind));
+    std::vector<Known> known(urls.size());
+    if (cache_) takeFromCache(urls, known, assets);
 
-    std::vector<std::optional<MediaAsset>> found(urls.size());
     std::mutex progressMutex;
     int completed = 0;
-    platform::concurrently(urls.size(), maxConcurrentProbes, [&](std::size_t i) {
-        found[i] = fromCacheOrFile(i);
+    const auto report = [&] {
         const std::lock_guard lock(progressMutex);
         ++completed;
         if (progress) progress(completed, static_cast<int>(urls.size()));
+    };
+    std::vector<std::size_t> missing;
+    for (std::size_t i = 0; i < urls.size(); ++i) {
+        if (known[i].isHit)
+            report();
+        else
+            missing.push_back(i);
+    }
+    platform::concurrently(missing.size(), maxConcurrentProbes, [&](std::size_t which) {
+        const std::size_t i = missing[which];
+        assets[i] = probeFile(urls[i], kind);
+        if (cache_ && known[i].attributes) cache_->store(assets[i], *known[i].attributes);
+        report();
     });
-
-    std::vector<MediaAsset> assets;
-    assets.reserve(found.size());
-    for (auto& asset : found) assets.push_back(std::move(*asset));
     return assets;
+}
+
+/// The attributes are read before any file is, so that an entry for one that changes during its probe is
+/// stale from the start; and while the cache may still be loading.
+void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, std::vector<Known>& known,
+                                      std::vector<MediaAsset>& assets) const {
+    inBlocks(urls.size(), maxConcurrentProbes,
+             [&](std::size_t i) { known[i].attributes = platform::files::attributes(urls[i].path); });
+    const auto candidates = cache_->candidates(urls);
+    inBlocks(urls.size(), std::thread::hardware_concurrency(), [&](std::size_t i) {
+        if (auto asset = cache_->resolve(candidates[i], known[i].attributes)) {
+            assets[i] = std::move(*asset);
+            known[i].isHit = true;
+        }
+    });
 }
 
 /// Later steps overwrite and read what earlier ones wrote. The file is opened once, by its path, and

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace orvane {
@@ -25,12 +26,19 @@ class MediaProbeService {
     MediaProbeService(const platform::SettingsStore& settings, std::shared_ptr<ProbeCache> cache);
 
     MediaAsset probe(const FileURL& url, AssetKind kind);
-    /// In the order of the input. `progress` comes from several threads, but one call at a time, with the
-    /// number of files done, ascending by one.
+    /// In the order of the input. What the cache knows comes first, then the others are probed. `progress`
+    /// comes from several threads, but one call at a time, with the number of files done, ascending by one.
     std::vector<MediaAsset> probeAll(const std::vector<FileURL>& urls, AssetKind kind,
                                      const std::function<void(int completed, int total)>& progress);
 
   private:
+    /// What is known of a file before it is opened.
+    struct Known {
+        std::optional<platform::FileAttributes> attributes;
+        bool isHit = false;
+    };
+    void takeFromCache(const std::vector<FileURL>& urls, std::vector<Known>& known,
+                       std::vector<MediaAsset>& assets) const;
     MediaAsset probeFile(const FileURL& url, AssetKind kind) const;
     void readBroadcastMetadata(MediaAsset& asset, platform::RandomAccessFile& file) const;
 

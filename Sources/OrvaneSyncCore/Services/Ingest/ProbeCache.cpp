@@ -24,7 +24,7 @@ std::string keyOf(const FileURL& url) {
     return platform::text::isValidUTF8(url.path) ? url.path : url.absoluteString();
 }
 
-bool isOf(const JSON& entry, const platform::FileAttributes& file) {
+bool isOf(const platform::JSONView& entry, const platform::FileAttributes& file) {
     const auto date = required<double>(entry, "modificationDate");
     return std::abs(file.modificationSinceReference - date) < dateTolerance &&
            required<std::int64_t>(entry, "fileSize") == file.size;
@@ -75,8 +75,9 @@ std::vector<ProbeCache::Candidate> ProbeCache::candidates(const std::vector<File
 std::optional<MediaAsset> ProbeCache::resolve(const Candidate& candidate,
                                               const std::optional<platform::FileAttributes>& attributes) {
     if (candidate.record_.empty() || !attributes) return std::nullopt;
+    thread_local platform::JSONParser parser;
     try {
-        const JSON entry = JSON::parse(candidate.record_);
+        const platform::JSONView entry = parser.parse(candidate.record_);
         if (!isOf(entry, *attributes)) return std::nullopt;
         return required<MediaAsset>(entry, "asset");
     } catch (const platform::JSONError&) {

@@ -1,21 +1,19 @@
 #pragma once
 
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+#include "Support/Assets.h"
 
 #include <string>
 #include <vector>
 
 namespace orvane::test {
 
-inline MediaAsset video(const std::string& filename = "A003C012_240517.mov") {
-    MediaAsset asset(FileURL{"/media/cam a/" + filename}, AssetKind::video);
-    asset.startTimecodeString = "10:00:00:00";
-    asset.durationSeconds = 20.0;
-    asset.frameRate = 25.0;
-    asset.projectFrameRate = 25.0;
-    asset.width = 3840;
-    asset.height = 2160;
-    return asset;
+inline MediaAsset picture(const std::string& filename = "A003C012_240517.mov") {
+    MediaAsset made = asset(AssetKind::video, "cam a/" + filename, "10:00:00:00", 20);
+    made.frameRate = made.projectFrameRate = 25.0;
+    made.width = 3840;
+    made.height = 2160;
+    return made;
 }
 
 inline IXMLData ixml(const std::string& scene, const std::string& take,
@@ -28,21 +26,20 @@ inline IXMLData ixml(const std::string& scene, const std::string& take,
     return data;
 }
 
-/// Begins half a second before the video.
+/// Begins half a second before the picture.
 inline MediaAsset recording(int channels, const std::string& filename = "MIX_012.WAV") {
-    MediaAsset asset(FileURL{"/media/sound/" + filename}, AssetKind::audio);
-    asset.durationSeconds = 30.0;
-    asset.channelCount = channels;
-    asset.sampleRate = 48000;
-    asset.bextTimeReference = 36000ULL * 48000 - 24000;
-    return asset;
+    MediaAsset made = asset(AssetKind::audio, filename, "", 30);
+    made.channelCount = channels;
+    made.sampleRate = 48000;
+    made.bextTimeReference = 36000ULL * 48000 - 24000;
+    return made;
 }
 
-inline SyncGroup matched(MediaAsset picture, const std::vector<MediaAsset>& sound,
+inline SyncGroup matched(MediaAsset video, const std::vector<MediaAsset>& sound,
                          MatchStatus status = MatchStatus::matched()) {
     std::vector<AudioMatch> matches;
     for (const MediaAsset& audio : sound) matches.emplace_back(audio, -0.5, 20.0);
-    return {std::move(picture), std::move(matches), status};
+    return {std::move(video), std::move(matches), status};
 }
 
 inline ExportSettings settingsAt(double fps) {

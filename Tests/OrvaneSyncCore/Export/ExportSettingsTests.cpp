@@ -144,7 +144,7 @@ TEST(ExportSettings, ArgumentsGoBeforeTheStore) {
     ExportSettings::Request request;
     request.eventName = "Day 3";
     request.generateMulticam = false;
-    request.groups = SyncGroupList{test::matched(test::video(), {test::recording(2)})};
+    request.groups = SyncGroupList{test::matched(test::picture(), {test::recording(2)})};
     request.smartAudioResults[request.groups.front().id].bestTrackIndex = 2;
     request.atmoFileURL = FileURL{"/media/atmo.wav"};
     request.atmoAudioRoleOverride = "effects.sea";
@@ -162,8 +162,8 @@ TEST(ExportSettings, ArgumentsGoBeforeTheStore) {
 }
 
 TEST(ExportSettings, FrameSizesFollowTheVideoTheAnchorAndTheShape) {
-    const MediaAsset uhd = test::video();
-    MediaAsset unknown = test::video();
+    const MediaAsset uhd = test::picture();
+    MediaAsset unknown = test::picture();
     unknown.width = unknown.height = std::nullopt;
     const struct {
         const char* name;

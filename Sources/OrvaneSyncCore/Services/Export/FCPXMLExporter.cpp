@@ -111,26 +111,6 @@ void addGroup(ExportWalk& walk, const SyncGroup& group) {
         addClip(walk, group);
 }
 
-/// Final Cut Pro wants the type of what the user may edit; the document model has no other path for it.
-/// Quotes inside values are escaped, so the pattern is always an attribute. Works in place, from the end: a
-/// document is large.
-void giveEditableItemsTheirType(std::string& text) {
-    constexpr std::string_view pattern = "editable=\"1\"";
-    constexpr std::string_view addition = " type=\"string\"";
-    std::vector<std::size_t> ends;
-    for (auto at = text.find(pattern); at != std::string::npos; at = text.find(pattern, ends.back()))
-        ends.push_back(at + pattern.size());
-    std::size_t from = text.size();
-    text.resize(text.size() + ends.size() * addition.size());
-    const auto place = [&](std::size_t at) { return text.begin() + static_cast<std::ptrdiff_t>(at); };
-    for (std::size_t to = text.size(); !ends.empty(); ends.pop_back()) {
-        std::copy_backward(place(ends.back()), place(from), place(to));
-        to -= from - ends.back() + addition.size();
-        std::copy(addition.begin(), addition.end(), place(to));
-        from = ends.back();
-    }
-}
-
 std::string documentText(ExportWalk& walk) {
     FCPXML document;
     document.version = walk.settings.fcpxmlVersion;
@@ -148,6 +128,23 @@ std::string documentText(ExportWalk& walk) {
 }
 
 } // namespace
+
+void giveEditableItemsTheirType(std::string& text) {
+    constexpr std::string_view pattern = "editable=\"1\"";
+    constexpr std::string_view addition = " type=\"string\"";
+    std::vector<std::size_t> ends;
+    for (auto at = text.find(pattern); at != std::string::npos; at = text.find(pattern, ends.back()))
+        ends.push_back(at + pattern.size());
+    std::size_t from = text.size();
+    text.resize(text.size() + ends.size() * addition.size());
+    const auto place = [&](std::size_t at) { return text.begin() + static_cast<std::ptrdiff_t>(at); };
+    for (std::size_t to = text.size(); !ends.empty(); ends.pop_back()) {
+        std::copy_backward(place(ends.back()), place(from), place(to));
+        to -= from - ends.back() + addition.size();
+        std::copy(addition.begin(), addition.end(), place(to));
+        from = ends.back();
+    }
+}
 
 void ExportWalk::place(EventItem item, const SyncGroup* group) {
     eventItems.push_back(std::move(item));

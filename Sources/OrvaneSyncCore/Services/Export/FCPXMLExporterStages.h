@@ -76,6 +76,11 @@ std::vector<fcpxml::Event> assembleEvents(ExportWalk& walk);
 void injectVolumeKeyframes(fcpxml::XMLDocument& document, const SyncGroupList& groups,
                            const ExportSettings& settings);
 
+/// Final Cut Pro wants the type of what the user may edit; the document model has no other path for it.
+/// Quotes inside values are escaped, so the pattern is always an attribute. Works in place, from the end: a
+/// document is large.
+void giveEditableItemsTheirType(std::string& text);
+
 /// Three significant digits, as in "23.976" to "24".
 std::string threeDigits(double value);
 /// The value without its fraction, 0 for what is no number of 64 bits.

@@ -1,0 +1,184 @@
+#include "FCPXMLKit/model/Model.h"
+#include "FCPXMLKit/xml/SlotWriter.h"
+
+#include <gtest/gtest.h>
+
+namespace orvane::fcpxml {
+namespace {
+
+/// The lines of a record as an element of a document, without the lines around it.
+template <class R>
+std::string printed(R record, FCPXMLVersion version = latestFCPXMLVersion) {
+    XMLDocument document;
+    XMLElement& root = document.makeRoot(R::elementName);
+    SlotWriter::write(record, root, version);
+    const std::string text = document.text();
+    return text.substr(text.find('\n', text.find("<!DOCTYPE")) + 1);
+}
+
+TEST(Serialisation, DefaultsAreLeftOut) {
+    SyncClip clip;
+    clip.duration = Time(1, 1);
+    clip.item = Gap{.name = {}, .offset = {}, .start = {}, .duration = Time(2, 1)};
+    EXPECT_EQ(printed(clip), "<sync-clip duration=\"1s\">\n    <gap duration=\"2s\"/>\n</sync-clip>\n");
+    clip.enabled = false;
+    EXPECT_TRUE(printed(clip).starts_with("<sync-clip duration=\"1s\" enabled=\"0\">"));
+
+    EXPECT_EQ(printed(AdjustConform{}), "<adjust-conform/>\n");
+    EXPECT_EQ(printed(AdjustConform{AdjustConform::Type::fill}), "<adjust-conform type=\"fill\"/>\n");
+
+    Audio audio;
+    audio.ref = {"r5"};
+    audio.duration = Time(1, 1);
+    EXPECT_EQ(printed(audio), "<audio ref=\"r5\" duration=\"1s\" srcID=\"1\"/>\n");
+    audio.srcCh = {3};
+    EXPECT_EQ(printed(audio), "<audio ref=\"r5\" duration=\"1s\" srcID=\"1\" srcCh=\"3\"/>\n");
+    audio.srcCh = {1, 2};
+    EXPECT_EQ(printed(audio), "<audio ref=\"r5\" duration=\"1s\" srcID=\"1\" srcCh=\"1, 2\"/>\n");
+
+    MetadataItem item;
+    item.key = "k";
+    item.editable = true;
+    EXPECT_EQ(printed(item), "<md key=\"k\" editable=\"1\"/>\n");
+}
+
+TEST(Serialisation, ChildrenFollowTheSlots) {
+    SyncClip clip;
+    clip.duration = Time(1, 1);
+    clip.adjust.volume = AdjustVolume{{-3}};
+    clip.adjust.conform = AdjustConform{};
+    clip.item = Gap{.name = {}, .offset = {}, .start = {}, .duration = Time(2, 1)};
+    clip.markers = {Keyword{"a"}, Keyword{"b"}};
+    clip.syncSources = {SyncSource{}};
+    clip.metadata = Metadata{};
+    EXPECT_EQ(printed(clip), "<sync-clip duration=\"1s\">\n"
+                             "    <adjust-conform/>\n"
+                             "    <adjust-volume amount=\"-3dB\"/>\n"
+                             "    <gap duration=\"2s\"/>\n"
+                             "    <keyword value=\"a\"/>\n"
+                             "    <keyword value=\"b\"/>\n"
+                             "    <sync-source sourceID=\"connected\"/>\n"
+                             "    <metadata/>\n"
+                             "</sync-clip>\n");
+}
+
+TEST(Serialisation, WhatAVersionDoesNotHaveIsPassedOver) {
+    Asset asset;
+    asset.id = {"r1"};
+    asset.src = "file:///a.mov";
+    asset.videoSources = 1;
+    asset.mediaReps = {{.kind = "original-media", .src = "file:///a.mov"}};
+    EXPECT_EQ(printed(asset, FCPXMLVersion::v1_8), "<asset id=\"r1\" src=\"file:///a.mov\"/>\n");
+    EXPECT_EQ(printed(asset), "<asset id=\"r1\" videoSources=\"1\">\n"
+                              "    <media-rep kind=\"original-media\" src=\"file:///a.mov\"/>\n"
+                              "</asset>\n");
+
+    AudioRoleSource source;
+    source.role = {{"dialogue.Mix"}};
+    source.active = false;
+    source.adjust.voiceIsolation = AdjustVoiceIsolation{0.5};
+    EXPECT_EQ(printed(source, FCPXMLVersion::v1_10),
+              "<audio-role-source role=\"dialogue.Mix\" active=\"0\"/>\n");
+    EXPECT_EQ(printed(source, FCPXMLVersion::v1_11),
+              "<audio-role-source role=\"dialogue.Mix\" active=\"0\">\n"
+              "    <adjust-voiceIsolation amount=\"0.5\"/>\n"
+              "</audio-role-source>\n");
+}
+
+TEST(Serialisation, ARequiredAttributeWithoutValueIsAnError) {
+    SyncClip clip;
+    clip.item = Gap{.name = {}, .offset = {}, .start = {}, .duration = Time(2, 1)};
+    try {
+        printed(clip);
+        FAIL() << "no error";
+    } catch (const FCPXMLError& error) {
+        EXPECT_EQ(error.kind(), FCPXMLError::Kind::uninitializedAttribute);
+        EXPECT_STREQ(error.what(), "unitialized Time attribute named duration");
+    }
+    EXPECT_STREQ(FCPXMLError::invalidAttribute("kind", std::nullopt, "").what(),
+                 "invalid attribute named kind with value of <nil>");
+    EXPECT_STREQ(FCPXMLError::invalidAttribute("kind", "x", "it is not supported in version 1.6").what(),
+                 "invalid attribute named kind with value of x because it is not supported in version 1.6");
+}
+
+TEST(Serialisation, TheDocumentHasDeclarationTypeAndVersion) {
+    FCPXML document;
+    Format format;
+    format.id = {"r1"};
+    format.width = 1920.0;
+    document.resources.items.emplace_back(format);
+    document.items = {Library{{Event{"A & B", {}}}}};
+    FCPXML other = document;
+    other.version = FCPXMLVersion::v1_9;
+    const std::string body = "    <resources>\n"
+                             "        <format id=\"r1\" width=\"1920\"/>\n"
+                             "    </resources>\n"
+                             "    <library>\n"
+                             "        <event name=\"A &amp; B\"/>\n"
+                             "    </library>\n"
+                             "</fcpxml>\n";
+    const std::string prolog =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n<!DOCTYPE fcpxml>\n";
+    EXPECT_EQ(std::move(document).toXMLDocument().text(), prolog + "<fcpxml version=\"1.14\">\n" + body);
+    FCPXML third = other;
+    EXPECT_EQ(std::move(other).toXMLDocument().text(), prolog + "<fcpxml version=\"1.9\">\n" + body);
+    EXPECT_EQ(std::move(third).toXMLDocument(FCPXMLVersion::v1_10).text(),
+              prolog + "<fcpxml version=\"1.10\">\n" + body);
+    EXPECT_EQ(XMLDocument().text(), "");
+}
+
+TEST(Serialisation, NamesOfAnyKindStayWellFormed) {
+    const std::string lost = "\xEF\xBF\xBD";
+    const struct {
+        const char* name;
+        std::string value;
+        std::string text;
+    } cases[] = {
+        {"markup", "<a href='x'> & \"b\"", "&lt;a href='x'&gt; &amp; &quot;b&quot;"},
+        {"white space that a reader would fold", "a\tb\nc\rd", "a&#9;b&#10;c&#13;d"},
+        {"several alphabets and an emoji", "Szene Ä 場面 🎬", "Szene Ä 場面 🎬"},
+        {"control characters", std::string("a\0b\x1B", 4), "a" + lost + "b" + lost},
+        {"delete is a character", "a\x7F", "a\x7F"},
+        {"a lone continuation byte", "a\x80z", "a" + lost + "z"},
+        {"Latin-1", "caf\xE9", "caf" + lost},
+        {"a sequence cut short", "a\xF0\x9F\x8E", "a" + lost + lost + lost},
+        {"an overlong slash", "\xC0\xAF", lost + lost},
+        {"a surrogate", "\xED\xA0\x80", lost + lost + lost},
+        {"a code that XML excludes", "\xEF\xBF\xBF", lost + lost + lost},
+        {"beyond the last code", "\xF4\x90\x80\x80", lost + lost + lost + lost},
+        {"the last code", "\xF4\x8F\xBF\xBF", "\xF4\x8F\xBF\xBF"},
+        {"nothing", "", ""},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(printed(Keyword{c.value}), "<keyword value=\"" + c.text + "\"/>\n") << c.name;
+}
+
+TEST(ElementTree, KeepsAttributesAndChildrenApart) {
+    XMLDocument document;
+    XMLElement& root = document.makeRoot("root");
+    std::string value = "first";
+    root.setAttribute("a", value);
+    value = "other";
+    root.setAttribute("b", value);
+    ASSERT_NE(root.attribute("a"), nullptr);
+    EXPECT_EQ(*root.attribute("a"), "first") << "values are copied";
+    root.setAttribute("a", "second");
+    EXPECT_EQ(*root.attribute("a"), "second");
+    EXPECT_EQ(root.attributes().size(), 2U);
+    EXPECT_EQ(root.attribute("c"), nullptr);
+
+    XMLElement& x = root.appendChild("x");
+    x.appendChild("y");
+    root.appendChild("y").appendChild("x");
+    const auto found = findElements(root, "x");
+    ASSERT_EQ(found.size(), 2U);
+    EXPECT_EQ(found.front(), &x) << "depth first";
+    EXPECT_EQ(findElements(root, "root").size(), 1U) << "the given element counts";
+
+    const std::string big(100'000, 'x');
+    root.setAttribute("big", big);
+    EXPECT_EQ(*root.attribute("big"), big) << "a text beyond any block";
+}
+
+} // namespace
+} // namespace orvane::fcpxml

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+#include "Support/Assets.h"
+
+#include <string>
+#include <vector>
+
+namespace orvane::test {
+
+inline MediaAsset picture(const std::string& filename = "A003C012_240517.mov") {
+    MediaAsset made = asset(AssetKind::video, "cam a/" + filename, "10:00:00:00", 20);
+    made.frameRate = made.projectFrameRate = 25.0;
+    made.width = 3840;
+    made.height = 2160;
+    return made;
+}
+
+inline IXMLData ixml(const std::string& scene, const std::string& take,
+                     const std::vector<std::string>& channelNames = {}) {
+    IXMLData data;
+    data.scene = scene;
+    data.take = take;
+    for (std::size_t i = 0; i < channelNames.size(); ++i)
+        data.tracks.push_back({static_cast<int>(i) + 1, channelNames[i]});
+    return data;
+}
+
+/// Begins half a second before the picture.
+inline MediaAsset recording(int channels, const std::string& filename = "MIX_012.WAV") {
+    MediaAsset made = asset(AssetKind::audio, filename, "", 30);
+    made.channelCount = channels;
+    made.sampleRate = 48000;
+    made.bextTimeReference = 36000ULL * 48000 - 24000;
+    return made;
+}
+
+inline SyncGroup matched(MediaAsset video, const std::vector<MediaAsset>& sound,
+                         MatchStatus status = MatchStatus::matched()) {
+    std::vector<AudioMatch> matches;
+    for (const MediaAsset& audio : sound) matches.emplace_back(audio, -0.5, 20.0);
+    return {std::move(video), std::move(matches), status};
+}
+
+inline ExportSettings settingsAt(double fps) {
+    ExportSettings settings;
+    settings.frameRate = settings.projectFrameRate = fps;
+    return settings;
+}
+
+inline std::string exported(const SyncGroup& group, const ExportSettings& settings = settingsAt(25)) {
+    return FCPXMLExporter::exportDocument(SyncGroupList{group}, {}, settings).fcpxmlString;
+}
+
+/// The lines of a document that hold the text, without the blanks in front.
+inline std::vector<std::string> linesWith(const std::string& document, const std::string& text) {
+    std::vector<std::string> lines;
+    for (std::size_t at = 0; at < document.size();) {
+        const std::size_t end = std::min(document.find('\n', at), document.size());
+        std::string line = document.substr(at, end - at);
+        if (line.find(text) != std::string::npos) lines.push_back(line.substr(line.find_first_not_of(' ')));
+        at = end + 1;
+    }
+    return lines;
+}
+
+inline std::size_t countOf(const std::string& document, const std::string& text) {
+    std::size_t count = 0;
+    for (auto at = document.find(text); at != std::string::npos; at = document.find(text, at + text.size()))
+        ++count;
+    return count;
+}
+
+} // namespace orvane::test

@@ -1,0 +1,71 @@
+#include "OrvaneSyncCore/Services/Export/ExportPreview.h"
+
+#include "OrvaneSyncCore/Export/ExportFixtures.h"
+
+#include <gtest/gtest.h>
+
+namespace orvane {
+namespace {
+
+using namespace test;
+
+SyncGroup inScene(const char* scene) {
+    MediaAsset sound = recording(1);
+    sound.ixmlData = ixml(scene, "1");
+    return matched(picture(), {sound});
+}
+
+TEST(ExportPreview, SuggestsANameFromTheScenes) {
+    const struct {
+        std::vector<const char*> scenes;
+        std::optional<std::string> name;
+    } cases[] = {
+        {{}, std::nullopt},
+        {{"", ""}, std::nullopt},
+        {{"12A", "12A", ""}, "Scene 12A"},
+        {{"10", "9", "11"}, "Scenes 9-11"},
+        {{"S10", "S9"}, "Scenes S9-S10"},
+        {{"007", "3"}, "Scenes 3-007"},
+    };
+    for (const auto& c : cases) {
+        SyncGroupList groups;
+        for (const char* scene : c.scenes) groups.append(inScene(scene));
+        EXPECT_EQ(ExportPreview::suggestedEventName(groups), c.name) << c.scenes.size();
+    }
+    SyncGroup reported = inScene("5");
+    reported.aleMetadata = std::map<std::string, std::string>{{"Scene", "8"}};
+    EXPECT_EQ(ExportPreview::suggestedEventName({reported}), "Scene 8");
+}
+
+TEST(ExportPreview, CountsTheEventsThatWouldBeMade) {
+    ExportSettings settings;
+    SyncGroup unmatched = inScene("7"), excluded = inScene("8");
+    unmatched.matchStatus = MatchStatus::unmatched();
+    excluded.isExcludedFromExport = true;
+    const SyncGroup silent = matched(picture(), {}, MatchStatus::unmatched());
+    const SyncGroupList groups{inScene("5"), inScene("05"), inScene("6"), unmatched, excluded};
+    EXPECT_EQ(ExportPreview::projectedEventCount(groups, settings), 2) << "5 and 05 share a name";
+    SyncGroupList more = groups;
+    more.append(silent);
+    EXPECT_EQ(ExportPreview::projectedEventCount(more, settings), 3) << "one without a scene";
+    settings.wrapMOSInSyncClip = false;
+    EXPECT_EQ(ExportPreview::projectedEventCount(more, settings), 2);
+}
+
+TEST(ExportPreview, TellsHowManyClipsWereNotAnalysed) {
+    SyncGroup analysed = inScene("1"), excluded = inScene("1"), ambiguous = inScene("1");
+    excluded.isExcludedFromExport = true;
+    ambiguous.matchStatus = MatchStatus::ambiguous(2);
+    SyncGroupList groups{analysed, excluded, ambiguous, matched(picture(), {}, MatchStatus::mos())};
+    ExportSettings::SmartAudioResults results;
+    results[analysed.id] = {};
+    EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).text(), std::nullopt);
+    groups.append(inScene("2"));
+    EXPECT_EQ(
+        ExportPreview::smartAudioCoverage(groups, results).text(),
+        "1 clips have not been analyzed for Smart Audio — their audio settings won’t be applied in this "
+        "export.");
+}
+
+} // namespace
+} // namespace orvane

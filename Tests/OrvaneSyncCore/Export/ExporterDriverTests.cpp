@@ -1,0 +1,365 @@
+#include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+
+#include "OrvaneSyncCore/Export/ExportFixtures.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <limits>
+
+namespace orvane {
+namespace {
+
+using namespace test;
+using Lines = std::vector<std::string>;
+
+ExportResult run(const SyncGroupList& groups, const ExportSettings& settings = settingsAt(25),
+                 const std::vector<WildTrack>& wildTracks = {}) {
+    return FCPXMLExporter::exportDocument(groups, wildTracks, settings);
+}
+
+std::string attributeOf(const std::string& line, const std::string& name) {
+    const auto at = line.find(" " + name + "=\"");
+    if (at == std::string::npos) return "-";
+    const auto from = at + name.size() + 3;
+    return line.substr(from, line.find('"', from) - from);
+}
+
+Lines attributesOf(const std::string& document, const std::string& where, const std::string& name) {
+    Lines values;
+    for (const std::string& line : linesWith(document, where)) values.push_back(attributeOf(line, name));
+    return values;
+}
+
+/// Events and the clips in them, such as "Day 1: a b | Source Media: c".
+std::string eventsOf(const std::string& document) {
+    std::string events;
+    for (std::size_t at = document.find("<event"); at != std::string::npos;) {
+        const std::size_t next = document.find("<event", at + 1);
+        const std::string body = document.substr(at, next - at);
+        events.append(events.empty() ? "" : " | ").append(attributeOf(body, "name")).append(":");
+        for (const std::string& line : linesWith(body, "<"))
+            if (line.starts_with("<sync-clip") ||
+                (line.starts_with("<asset-clip") && attributeOf(line, "lane") == "-10") ||
+                (line.starts_with("<asset-clip") && attributeOf(line, "offset") == "0s"))
+                events.append(" ").append(attributeOf(line, "name"));
+        at = next;
+    }
+    return events;
+}
+
+SyncGroup sceneClip(const std::string& name, const std::optional<std::string>& scene) {
+    MediaAsset sound = recording(1);
+    sound.ixmlData = ixml(scene.value_or(""), "");
+    SyncGroup group = matched(picture(name + ".mov"), {sound});
+    group.manualClipName = name;
+    return group;
+}
+
+TEST(ExporterDriver, NothingToExportIsAnError) {
+    SyncGroup group = matched(picture(), {recording(2)});
+    group.isExcludedFromExport = true;
+    for (const SyncGroupList& groups : {SyncGroupList{}, SyncGroupList{group}}) {
+        try {
+            run(groups);
+            FAIL() << "no error";
+        } catch (const ExportError& error) {
+            EXPECT_EQ(error.kind(), ExportError::Kind::noGroups);
+            EXPECT_STREQ(error.what(), "No sync groups to export");
+        }
+    }
+}
+
+TEST(ExporterDriver, IdentifiersCountOnAndFormatsStandAheadOfTheirAssets) {
+    SyncGroup excluded = matched(picture("X.mov"), {recording(2)});
+    excluded.isExcludedFromExport = true;
+    const ExportResult result =
+        run({matched(picture("A.mov"), {recording(2), recording(1)}), excluded,
+             matched(picture("U.mov"), {recording(2)}, MatchStatus::unmatched()),
+             matched(picture("M.mov"), {}, MatchStatus::mos()), matched(picture("B.mov"), {recording(2)})});
+    Lines ids;
+    for (const std::string& line : linesWith(result.fcpxmlString, " id=\""))
+        ids.push_back(attributeOf(line, "id"));
+    EXPECT_EQ(ids, (Lines{"r1", "r2", "r4", "r3", "r5", "r6", "r8", "r7", "r10", "r9", "r11"}))
+        << "the unmatched clip takes none, nothing is shared";
+    EXPECT_EQ(result.syncClipCount, 3);
+    EXPECT_EQ(result.multicamCount, 0);
+    EXPECT_EQ(result.warnings, Lines{"Skipped (not matched): U.mov"});
+}
+
+TEST(ExporterDriver, MainFormatTakesTheChosenSize) {
+    ExportSettings settings = settingsAt(59.94);
+    settings.outputWidth = 3840;
+    settings.outputHeight = 2160;
+    settings.alternateWidth = 2048;
+    settings.alternateHeight = 858;
+    const SyncGroupList groups{matched(picture(), {recording(2)})};
+    const auto main = [&] { return linesWith(run(groups, settings).fcpxmlString, "id=\"r1\"").front(); };
+    EXPECT_EQ(main(), "<format id=\"r1\" frameDuration=\"1001/60000s\" width=\"3840\" height=\"2160\" "
+                      "colorSpace=\"1-1-1 (Rec. 709)\"/>");
+    settings.videoResolution = VideoResolutionMode::useAlternateFrameSize;
+    EXPECT_EQ(attributeOf(main(), "width") + "x" + attributeOf(main(), "height"), "2048x858");
+}
+
+TEST(ExporterDriver, AssetsSayWhatIsKnownOfTheirFiles) {
+    MediaAsset bare(FileURL{"/media/Bare.MOV"}, AssetKind::video);
+    MediaAsset sound(FileURL{"/media/Sound.Take.WAV"}, AssetKind::audio);
+    SyncGroup group = matched(bare, {sound});
+    EXPECT_EQ(linesWith(exported(group), "<asset id"),
+              (Lines{"<asset id=\"r3\" name=\"bare\" hasVideo=\"1\" format=\"r4\" videoSources=\"1\">",
+                     "<asset id=\"r5\" name=\"sound.take\" start=\"0s\" hasAudio=\"1\" audioSources=\"1\" "
+                     "audioChannels=\"2\" audioRate=\"48000\">"}));
+    EXPECT_EQ(linesWith(exported(group), "id=\"r4\"").front(),
+              "<format id=\"r4\" frameDuration=\"1/25s\" width=\"1920\" height=\"1080\"/>");
+
+    group.video.frameRate = 23.976;
+    group.video.startTimecodeString = "00:00:01:00";
+    group.audioMatches[0].audio.sampleRate = 44100.7;
+    group.audioMatches[0].audio.durationSeconds = 1;
+    const std::string document = exported(group);
+    EXPECT_EQ(attributeOf(linesWith(document, "id=\"r4\"").front(), "frameDuration"), "1001/24000s");
+    EXPECT_EQ(attributeOf(linesWith(document, "id=\"r5\"").front(), "audioRate"), "44100");
+    EXPECT_EQ(attributeOf(linesWith(document, "id=\"r5\"").front(), "duration"), "1s");
+
+    ExportSettings old = settingsAt(25);
+    old.fcpxmlVersion = fcpxml::FCPXMLVersion::v1_8;
+    EXPECT_EQ(attributesOf(exported(group, old), "<asset id", "src"),
+              (Lines{"file:///media/Bare.MOV", "file:///media/Sound.Take.WAV"}));
+    EXPECT_EQ(countOf(exported(group, old), "<media-rep"), 0U);
+}
+
+TEST(ExporterDriver, EachStatusHasItsPath) {
+    const struct {
+        const char* name;
+        MatchStatus status;
+        bool sound;
+        bool wrap;
+        std::optional<double> duration;
+        int clips;
+        Lines warnings;
+    } cases[] = {
+        {"matched", MatchStatus::matched(), true, true, 20, 1, {}},
+        {"split", MatchStatus::splitRecording(2), true, true, 20, 1, {}},
+        {"manual", MatchStatus::manual(), true, true, 20, 1, {}},
+        {"ambiguous", MatchStatus::ambiguous(2), true, true, 20, 0, {"Skipped (not matched): V.mov"}},
+        {"unmatched with sound",
+         MatchStatus::unmatched(),
+         true,
+         true,
+         20,
+         0,
+         {"Skipped (not matched): V.mov"}},
+        {"unmatched without", MatchStatus::unmatched(), false, true, 20, 1, {}},
+        {"mos", MatchStatus::mos(), false, true, 20, 1, {}},
+        {"mos of no length", MatchStatus::mos(), false, true, std::nullopt, 0, {"MOS (no audio): V.mov"}},
+        {"mos not wanted", MatchStatus::mos(), false, false, 20, 0, {"MOS (no audio): V.mov"}},
+    };
+    for (const auto& c : cases) {
+        SyncGroup group = matched(picture("V.mov"), {}, c.status);
+        if (c.sound) group.audioMatches.emplace_back(recording(2), 0, 1);
+        group.video.durationSeconds = c.duration;
+        ExportSettings settings = settingsAt(25);
+        settings.wrapMOSInSyncClip = c.wrap;
+        const ExportResult result = run({group}, settings);
+        EXPECT_EQ(result.syncClipCount, c.clips) << c.name;
+        EXPECT_EQ(countOf(result.fcpxmlString, "<sync-clip"), static_cast<std::size_t>(c.clips)) << c.name;
+        EXPECT_EQ(result.warnings, c.warnings) << c.name;
+    }
+}
+
+TEST(ExporterDriver, AForeignRateIsReportedAndExported) {
+    const std::string text = "Project rate mismatch: A003C012_240517.mov is ";
+    const struct {
+        double own, project;
+        MatchStatus status;
+        Lines warnings;
+    } cases[] = {
+        {25.4, 25, MatchStatus::matched(), {}},
+        {25.6, 25, MatchStatus::matched(), {text + "25.6 fps, project is 25 fps"}},
+        {23.976, 29.97, MatchStatus::manual(), {text + "24 fps, project is 30 fps"}},
+        {0, 25, MatchStatus::matched(), {}},
+        {std::numeric_limits<double>::quiet_NaN(), 25, MatchStatus::matched(), {}},
+        {50, 25, MatchStatus::ambiguous(2), {"Skipped (not matched): A003C012_240517.mov"}},
+    };
+    for (const auto& c : cases) {
+        SyncGroup group = matched(picture(), {recording(2)}, c.status);
+        group.video.projectFrameRate = c.own;
+        EXPECT_EQ(run({group}, settingsAt(c.project)).warnings, c.warnings) << c.own;
+    }
+}
+
+TEST(ExporterDriver, NumbersThatNoDocumentCanHoldBreakNothing) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    for (const double rate :
+         {0.0, -24.0, 1e-300, 1e300, infinity, std::numeric_limits<double>::quiet_NaN()}) {
+        SyncGroup group = matched(picture(), {recording(2)});
+        group.video.frameRate = group.video.projectFrameRate = group.video.sensorFrameRate = rate;
+        group.video.durationSeconds = rate;
+        group.manualAudioOffsetSeconds = group.masterGainDB = rate;
+        auto& sound = group.audioMatches[0].audio;
+        sound.sampleRate = sound.frameRate = sound.durationSeconds = rate;
+        ExportSettings settings = settingsAt(rate);
+        settings.globalAudioOffsetSeconds = settings.atmoDurationSeconds = rate;
+        settings.atmoFileURL = FileURL{"/media/atmo.wav"};
+        auto& track = settings.smartAudioResults[group.id].tracks.emplace_back();
+        track.trackIndex = 1;
+        track.voiceIsolationAmount = static_cast<float>(rate);
+        const std::string document = run({group}, settings).fcpxmlString;
+        EXPECT_EQ(countOf(document, "<sync-clip"), 1U) << rate;
+        EXPECT_EQ(countOf(document, "/0s\""), 0U) << rate;
+        EXPECT_EQ(attributeOf(linesWith(document, "id=\"r1\"").front(), "frameDuration"), "1/24s") << rate;
+    }
+}
+
+TEST(ExporterNames, FollowTheSourceTheCameraAndThePickup) {
+    const auto take = [](const std::string& file, const char* scene, const char* number) {
+        MediaAsset sound = recording(1, "MIX.WAV");
+        sound.ixmlData = ixml(scene, number);
+        return matched(picture(file), {sound});
+    };
+    SyncGroup manual = take("A001C004.mov", "7", "1");
+    manual.manualClipName = " Hero ";
+    manual.isPickup = true;
+    SyncGroup alone = take("C001C001.mov", "5", "2");
+    alone.isExcludedFromMulticamFlag = true;
+    SyncGroup slow = matched(picture("clip.mov"), {}, MatchStatus::mos());
+    slow.video.sensorFrameRate = 120;
+    const SyncGroupList groups{take("A001C001_x.mov", "5", "02"),
+                               take("B001C001.mov", "5", "2"),
+                               take("clip7.mov", "5", "2"),
+                               alone,
+                               take("A001C003.mov", "6", "1"),
+                               manual,
+                               slow};
+    const auto names = [&](ExportSettings settings) {
+        settings.namingSeparator = "_";
+        return attributesOf(run(groups, settings).fcpxmlString, "<sync-clip", "name");
+    };
+    ExportSettings settings = settingsAt(25);
+    EXPECT_EQ(names(settings),
+              (Lines{"5_2 Cam A", "5_2 Cam B", "5_2", "5_2", "6_1", "Hero PU", "clip 120fps"}));
+    settings.clipNamingSource = GroupNaming::Source::audio;
+    EXPECT_EQ(names(settings),
+              (Lines{"MIX Cam A", "MIX Cam B", "MIX", "MIX", "MIX Cam A", "Hero Cam A PU", "clip 120fps"}));
+    settings.clipNamingSource = GroupNaming::Source::custom;
+    settings.customNamingPattern = "{scene}x{take}";
+    EXPECT_EQ(names(settings).front(), "5x2 Cam A");
+    settings.customNamingPattern = "";
+    EXPECT_EQ(names(settings)[4], "6_1");
+}
+
+TEST(ExporterEvents, ScenesInTheirOrderAndTheRestBehind) {
+    ExportSettings settings = settingsAt(25);
+    settings.eventName = "Day 1";
+    settings.atmoFileURL = FileURL{"/media/atmo.wav"};
+    WildTrack approved(recording(1, "wild.wav"), "Wind"), hidden(recording(1, "hidden.wav"));
+    approved.isApproved = true;
+    SyncGroup reported = sceneClip("e", "99");
+    reported.aleMetadata = std::map<std::string, std::string>{{"Scene", " 2 "}};
+    const SyncGroupList groups{sceneClip("a", "10"),
+                               sceneClip("b", std::nullopt),
+                               sceneClip("c", "2"),
+                               sceneClip("d", "10"),
+                               reported,
+                               sceneClip("f", "  ")};
+    EXPECT_EQ(eventsOf(run(groups, settings, {approved, hidden}).fcpxmlString),
+              "Day 1: a b c d e f atmo Wind");
+
+    settings.splitEventsByScene = true;
+    EXPECT_EQ(eventsOf(run(groups, settings, {approved, hidden}).fcpxmlString),
+              "Day 1 002: c e | Day 1 010: a d | Day 1: b f atmo Wind");
+    settings.eventNamePattern = "S{scene}";
+    settings.atmoFileURL = std::nullopt;
+    EXPECT_EQ(eventsOf(run({groups[0], groups[2]}, settings).fcpxmlString), "S2: c | S10: a")
+        << "numbers in names count by value, and an event without clips is not made";
+    settings.generateSyncClips = false;
+    EXPECT_EQ(eventsOf(run(groups, settings).fcpxmlString), "Day 1:") << "never without an event";
+}
+
+TEST(ExporterEvents, VariantsStandInTheFirstEventOrInTheirOwn) {
+    const SyncGroupList groups{sceneClip("a", "1")};
+    const auto events = [&](bool separateNative, bool separateRate) {
+        ExportSettings settings = settingsAt(25);
+        settings.separateEventForNativeMOS = separateNative;
+        settings.separateEventForProjectRate = separateRate;
+        const std::vector<WildTrack> none;
+        FCPXMLExporter::ExportWalk walk(groups, none, settings);
+        fcpxml::SyncClip clip;
+        clip.name = "main";
+        walk.place(clip, nullptr);
+        clip.name = "native";
+        walk.nativeMOSItems.emplace_back(clip);
+        clip.name = "rate";
+        walk.projectRateItems.emplace_back(clip);
+        clip.name = "raw";
+        walk.rawItems.emplace_back(clip);
+        std::string text;
+        for (const fcpxml::Event& event : FCPXMLExporter::assembleEvents(walk)) {
+            text.append(text.empty() ? "" : " | ").append(*event.name).append(":");
+            for (const auto& item : event.items)
+                text.append(" ").append(*std::get<fcpxml::SyncClip>(item).name);
+        }
+        return text;
+    };
+    EXPECT_EQ(events(false, false), "Synced: main native rate | Source Media: raw");
+    EXPECT_EQ(events(true, false), "Synced: main rate | Native MOS: native | Source Media: raw");
+    EXPECT_EQ(events(true, true),
+              "Synced: main | Native MOS: native | Project Rate: rate | Source Media: raw");
+}
+
+TEST(ExporterDriver, ClipsThatAreNotWantedInEventsCountNowhere) {
+    ExportSettings settings = settingsAt(25);
+    settings.generateSyncClips = false;
+    const ExportResult result = run(
+        {matched(picture(), {recording(2)}), matched(picture("M.mov"), {}, MatchStatus::mos())}, settings);
+    EXPECT_EQ(result.syncClipCount, 1);
+    EXPECT_EQ(attributesOf(result.fcpxmlString, "<sync-clip", "name"), Lines{"M"});
+    EXPECT_EQ(countOf(result.fcpxmlString, "<asset id"), 3U) << "the resources are there all the same";
+}
+
+TEST(ExporterDriver, RoomToneAndWildTracks) {
+    ExportSettings settings = settingsAt(29.97);
+    settings.atmoFileURL = FileURL{"/media/Day 1=Atmo.wav"};
+    settings.atmoDurationSeconds = 10.00001;
+    WildTrack wild(recording(2, "wind.wav"), "Wind & Rain");
+    wild.isApproved = true;
+    WildTrack bare(MediaAsset(FileURL{"/media/bare.wav"}, AssetKind::audio));
+    bare.isApproved = true;
+    const std::string document =
+        run({matched(picture("M.mov"), {}, MatchStatus::mos())}, settings, {wild, bare}).fcpxmlString;
+    EXPECT_EQ(linesWith(document, "hasAudio"),
+              (Lines{"<asset id=\"r5\" name=\"Day 1=Atmo\" start=\"0s\" duration=\"10s\" hasAudio=\"1\" "
+                     "audioSources=\"1\" audioChannels=\"1\" audioRate=\"48000\">",
+                     "<asset id=\"r6\" name=\"Wind &amp; Rain\" start=\"0s\" duration=\"899899/30000s\" "
+                     "hasAudio=\"1\" audioSources=\"1\" audioChannels=\"2\" audioRate=\"48000\">",
+                     "<asset id=\"r7\" name=\"bare\" start=\"0s\" duration=\"0s\" hasAudio=\"1\" "
+                     "audioSources=\"1\" audioChannels=\"1\" audioRate=\"48000\">"}));
+    EXPECT_EQ(linesWith(document, "audioRole"),
+              (Lines{"<asset-clip ref=\"r5\" lane=\"-10\" offset=\"0s\" name=\"Day 1=Atmo\" start=\"0s\" "
+                     "duration=\"299299/30000s\" audioRole=\"effects.atmosphere\" videoRole=\"video\"/>",
+                     "<asset-clip ref=\"r6\" offset=\"0s\" name=\"Wind &amp; Rain\" start=\"0s\" "
+                     "duration=\"899899/30000s\" audioRole=\"effects.atmosphere\" videoRole=\"video\"/>",
+                     "<asset-clip ref=\"r7\" offset=\"0s\" name=\"bare\" start=\"0s\" duration=\"0s\" "
+                     "audioRole=\"effects.atmosphere\" videoRole=\"video\"/>"}));
+}
+
+TEST(ExporterDriver, EditableItemsGetTheirType) {
+    const struct {
+        std::string before, after;
+    } cases[] = {
+        {"", ""},
+        {"<md key=\"k\"/>", "<md key=\"k\"/>"},
+        {"editable=\"1\"", "editable=\"1\" type=\"string\""},
+        {"a editable=\"1\" b editable=\"1\"editable=\"1\" c",
+         "a editable=\"1\" type=\"string\" b editable=\"1\" type=\"string\"editable=\"1\" type=\"string\" c"},
+        {"editable=\"0\" editable=\"11\"", "editable=\"0\" editable=\"11\""},
+    };
+    for (const auto& c : cases) {
+        std::string text = c.before;
+        FCPXMLExporter::giveEditableItemsTheirType(text);
+        EXPECT_EQ(text, c.after);
+    }
+}
+
+} // namespace
+} // namespace orvane

@@ -1,0 +1,115 @@
+#include "OrvaneSyncCore/Export/ExportFixtures.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace orvane {
+namespace {
+
+using fcpxml::Time;
+using namespace FCPXMLExporter;
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+TEST(ExporterTime, FrameDurations) {
+    const struct {
+        double fps;
+        const char* text;
+        bool drop;
+    } cases[] = {
+        {23.976, "1001/24000s", false},
+        {24, "1/24s", false},
+        {25.009, "1/25s", false},
+        {29.97, "1001/30000s", true},
+        {30, "1/30s", false},
+        {47.952, "1001/48000s", false},
+        {59.94, "1001/60000s", true},
+        {60, "1/60s", false},
+        {119.88, "1001/120000s", false},
+        {0, "1/24s", false},
+        {-25, "1/24s", false},
+        {0.4, "1/24s", false},
+        {nan, "1/24s", false},
+        {infinity, "1/24s", false},
+        {1e300, "1/24s", false},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(frameDurationTime(c.fps).description(), c.text) << c.fps;
+        EXPECT_EQ(isDropFrame(c.fps), c.drop) << c.fps;
+    }
+}
+
+TEST(ExporterTime, DurationsAreCutToWholeFrames) {
+    const struct {
+        std::optional<double> seconds;
+        double fps;
+        std::optional<Time> time;
+    } cases[] = {
+        {1.001, 23.976, Time(23023, 24000)},
+        {20, 25, Time(20, 1)},
+        {20.039, 25, Time(20, 1)},
+        {0.01, 25, Time(0, 1)},
+        {3600, 29.97, Time(107892LL * 1001, 30000)},
+        {2, nan, Time(2, 1)},
+        {0, 25, std::nullopt},
+        {-3, 25, std::nullopt},
+        {std::nullopt, 25, std::nullopt},
+        {nan, 25, std::nullopt},
+        {infinity, 25, std::nullopt},
+        {1e300, 25, std::nullopt},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(durationTime(c.seconds, c.fps), c.time) << c.seconds.value_or(0) << " at " << c.fps;
+}
+
+TEST(ExporterTime, TimecodesMayBeZeroAndOffsetsNegative) {
+    EXPECT_EQ(timecodeToTime("00:00:00:00", 25), Time::zero());
+    EXPECT_EQ(timecodeToTime("10:00:00:12", 25), Time(36000 * 25 + 12, 25));
+    EXPECT_EQ(timecodeToTime("00:01:00;02", 29.97), timecodeToTime("00:01:00:02", 29.97))
+        << "the rate decides, not the separator";
+    EXPECT_EQ(timecodeToTime("whenever", 25), std::nullopt);
+    EXPECT_EQ(timecodeToTime(std::nullopt, 25), std::nullopt);
+    EXPECT_EQ(timecodeToTime("999999999999:00:00:00", 25), std::nullopt) << "beyond any frame count";
+
+    EXPECT_EQ(manualOffsetTime(0.00005, 25), Time::zero());
+    EXPECT_EQ(manualOffsetTime(-0.08, 25), Time(-2, 25));
+    EXPECT_EQ(manualOffsetTime(0.039, 25), Time::zero());
+    EXPECT_EQ(manualOffsetTime(1, 29.97), Time(29 * 1001, 30000));
+    EXPECT_EQ(manualOffsetTime(nan, 25), Time::zero());
+    EXPECT_EQ(manualOffsetTime(infinity, 25), Time::zero());
+}
+
+TEST(ExporterTime, SoundStartsOnItsSample) {
+    MediaAsset audio = test::recording(2);
+    const struct {
+        const char* name;
+        std::optional<std::uint64_t> reference;
+        std::optional<double> sampleRate;
+        std::optional<std::string> timecode;
+        std::optional<double> frameRate;
+        std::optional<Time> start;
+    } cases[] = {
+        {"an hour", 172800000, 48000, "09:00:00:00", 25, Time(3600, 1)},
+        {"rate unknown", 48001, std::nullopt, std::nullopt, std::nullopt, Time(48001, 48000)},
+        {"rate impossible", 48001, 0.5, std::nullopt, std::nullopt, Time(48001, 48000)},
+        {"rate with a fraction", 47952, 47952.9, std::nullopt, std::nullopt, Time(1, 1)},
+        {"no reference", 0, 48000, "01:00:00:12", 25, Time(90012, 25)},
+        {"timecode at the usual rate", std::nullopt, 48000, "00:00:01:12", std::nullopt, Time(3, 2)},
+        {"nothing at all", std::nullopt, 48000, std::nullopt, 25, std::nullopt},
+    };
+    for (const auto& c : cases) {
+        audio.bextTimeReference = c.reference;
+        audio.sampleRate = c.sampleRate;
+        audio.startTimecodeString = c.timecode;
+        audio.frameRate = c.frameRate;
+        EXPECT_EQ(audioStartTime(audio), c.start) << c.name;
+    }
+    audio.bextTimeReference = std::numeric_limits<std::uint64_t>::max();
+    audio.sampleRate = 1;
+    EXPECT_EQ(audioStartTime(audio)->description(), "18446744073709551615s");
+}
+
+} // namespace
+} // namespace orvane

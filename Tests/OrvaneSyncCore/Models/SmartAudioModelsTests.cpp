@@ -1,0 +1,174 @@
+#include "OrvaneSyncCore/Models/SmartAudioConfig.h"
+#include "OrvaneSyncCore/Models/SmartAudioResult.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace orvane {
+namespace {
+
+TEST(SmartAudioKinds, RawValuesComeBackAndOthersDoNot) {
+    EXPECT_EQ(rawValue(BlockKind::multiActiveWarn), "multiActiveWarn");
+    EXPECT_EQ(fromRawValue<ChannelKind>("lav"), ChannelKind::lav);
+    EXPECT_EQ(fromRawValue<MaterialCharacter>("actionAtmo"), MaterialCharacter::actionAtmo);
+    EXPECT_EQ(fromRawValue<SmartAudioMode>("Cinematic"), SmartAudioMode::cinematic);
+    EXPECT_EQ(fromRawValue<ChannelKind>("Lav"), std::nullopt);
+    EXPECT_EQ(fromRawValue<ChannelKind>(""), std::nullopt);
+    EXPECT_EQ(fromJSON<BlockKind>(JSON("silence")), BlockKind::silence);
+    EXPECT_THROW(fromJSON<BlockKind>(JSON("noise")), DecodingError);
+    EXPECT_THROW(fromJSON<BlockKind>(JSON(1)), DecodingError);
+}
+
+TEST(SmartAudioKinds, BlocksLastAsTheModeOrTheMaterialSays) {
+    using enum MaterialCharacter;
+    const struct {
+        BlockMode mode;
+        std::optional<MaterialCharacter> detected;
+        double seconds;
+        const char* menu;
+        const char* badge;
+    } cases[] = {
+        {BlockMode::adaptive, std::nullopt, 2, "Auto", "Auto · 2s blocks"},
+        {BlockMode::adaptive, interview, 4, "Auto (currently: Interview / Talking Head)",
+         "Interview / Talking Head · 4s blocks"},
+        {BlockMode::adaptive, fastDialog, 1, "Auto (currently: Fast Dialog / Comedy)",
+         "Fast Dialog / Comedy · 1s blocks"},
+        {BlockMode::adaptive, actionAtmo, 2, "Auto (currently: Action / Atmo-heavy)",
+         "Action / Atmo-heavy · 2s blocks"},
+        {BlockMode::fine, interview, 1, "Fine — 1 s · fast comedy", "Fine · 1s blocks"},
+        {BlockMode::standard, std::nullopt, 2, "Standard — 2 s · drama", "Standard · 2s blocks"},
+        {BlockMode::coarse, fastDialog, 4, "Coarse — 4 s · interview", "Coarse · 4s blocks"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(blockSeconds(c.mode, c.detected), c.seconds) << c.badge;
+        EXPECT_EQ(menuLabel(c.mode, c.detected), c.menu);
+        EXPECT_EQ(badgeLabel(c.mode, c.detected), c.badge);
+    }
+}
+
+TEST(SmartAudioKinds, ModesAreFoundByTagWhateverItsCase) {
+    const struct {
+        const char* tag;
+        std::optional<SmartAudioMode> mode;
+    } cases[] = {
+        {"standard", SmartAudioMode::standard},
+        {"  CINEMATIC\n", SmartAudioMode::cinematic},
+        {"Custom", SmartAudioMode::custom},
+        {"off", SmartAudioMode::off},
+        {"loud", std::nullopt},
+        {"cine matic", std::nullopt},
+        {"", std::nullopt},
+    };
+    for (const auto& c : cases) EXPECT_EQ(smartAudioModeFromUITag(c.tag), c.mode) << c.tag;
+    EXPECT_EQ(bestChannelModeFromSetting("perClip"), BestChannelMode::perClip);
+    EXPECT_EQ(bestChannelModeFromSetting("Per Clip"), std::nullopt) << "the stored text is another";
+    EXPECT_EQ(settingValue(BestChannelMode::perWindow), "perWindow");
+}
+
+TEST(SmartAudioResult, UniformityAloneIsNoAdjustment) {
+    SmartAudioResult result;
+    result.tracks.resize(2);
+    EXPECT_FALSE(result.hasAdjustments());
+    result.tracks[1].loudnessUniformity = 0.5F;
+    EXPECT_FALSE(result.hasAdjustments());
+    const std::function<void(TrackAdjustment&)> adjustments[] = {
+        [](TrackAdjustment& t) { t.voiceIsolationAmount = 0.0F; },
+        [](TrackAdjustment& t) { t.loudnessAmount = 0.1F; },
+        [](TrackAdjustment& t) { t.humReductionFrequency = 50; },
+        [](TrackAdjustment& t) { t.volumeGainDB = -1.0F; },
+    };
+    for (const auto& adjust : adjustments) {
+        SmartAudioResult adjusted = result;
+        adjust(adjusted.tracks[1]);
+        EXPECT_TRUE(adjusted.hasAdjustments());
+    }
+}
+
+TEST(SmartAudioResult, StoredRecordsComeBack) {
+    ChannelClassification channel{3, ChannelKind::lav, 0.9F, "iXML: Lav Anna", "anna", false};
+    const JSON stored = toJSON(channel);
+    EXPECT_EQ(stored.dump(), R"({"confidence":0.9,"isPreMixed":false,"kind":"lav","source":"iXML: Lav Anna",)"
+                             R"("speakerName":"anna","trackIndex":3})");
+    EXPECT_EQ(fromJSON<ChannelClassification>(JSON::parse(stored.dump())), channel);
+    channel.speakerName = std::nullopt;
+    EXPECT_EQ(fromJSON<ChannelClassification>(toJSON(channel)), channel);
+
+    BlockDecision block{1.25, 4.5, 2, 3, BlockKind::multiActiveWarn, 0.7, -6.5, "two speakers"};
+    EXPECT_EQ(fromJSON<BlockDecision>(JSON::parse(toJSON(block).dump())), block);
+    JSON broken = toJSON(block);
+    broken.remove("peakDB");
+    EXPECT_THROW(fromJSON<BlockDecision>(broken), DecodingError);
+
+    const SmartAudioBlockSettings settings{Aggressiveness::inclusive, BlockMode::coarse, -10, 9, 3, -2, 0.5};
+    EXPECT_EQ(fromJSON<SmartAudioBlockSettings>(toJSON(settings)), settings);
+    EXPECT_EQ(fromJSON<SmartAudioConfig>(JSON::parse(toJSON(SmartAudioConfig::cinematic).dump())),
+              SmartAudioConfig::cinematic);
+    EXPECT_EQ(fromJSON<SmartAudioPreset>(toJSON(SmartAudioPreset::drama())), SmartAudioPreset::drama());
+}
+
+TEST(SmartAudioResult, TheVerdictPrintsWhatIsThere) {
+    SmartAudioResult result;
+    TrackAdjustment track;
+    track.trackIndex = 1;
+    track.voiceIsolationAmount = 0.3F;
+    track.estimatedSNR = 12.7F;
+    result.tracks = {track};
+    result.bestTrackIndex = 1;
+    result.windowedBestTracks = {{0, 2, 1}};
+    result.detectedCharacter = MaterialCharacter::interview;
+    result.stemMetrics = StemMetrics{{0.1F}, {0.2F}, {}, 0.4F};
+    EXPECT_EQ(
+        toJSON(result).dump(),
+        R"({"bestTrackIndex":1,"blocks":[],"channelClassifications":[],"detectedCharacter":"interview",)"
+        R"("stemMetrics":{"dialogPerWindowPeak":[0.2],"dialogPerWindowRMS":[0.1],)"
+        R"("musicPerWindowRMS":[],"musicProbability":0.4},)"
+        R"("tracks":[{"averageLevelDB":0.0,"bestSourceScore":0.0,"estimatedSNR":12.7,)"
+        R"("speechRatio":0.0,"trackIndex":1,"voiceIsolationAmount":0.3}],"windowDurationSeconds":0.25,)"
+        R"("windowedBestTracks":[{"bestTrackIndex":1,"endSeconds":2.0,"startSeconds":0.0}]})");
+}
+
+TEST(SmartAudioConfig, PresetsAndSliders) {
+    EXPECT_EQ(SmartAudioConfig::preset(SmartAudioMode::custom), SmartAudioConfig::studio);
+    EXPECT_EQ(SmartAudioConfig::preset(SmartAudioMode::off).voiceIsolationAmount, 0.0F);
+    EXPECT_EQ(SmartAudioConfig::preset(SmartAudioMode::standard).voiceIsolationSNRThreshold, 15.0F);
+    EXPECT_EQ(SmartAudioPreset::all().back().menuText(), "None");
+    EXPECT_EQ(SmartAudioPreset::all()[2].menuText(), "Documentary · VI 50, L 35, U 50");
+
+    platform::MemorySettingsStore store;
+    SmartAudioConfig empty = SmartAudioConfig::fromUserDefaults(store);
+    SmartAudioConfig expected = SmartAudioConfig::studio;
+    expected.loudnessTargetDB = -8;
+    EXPECT_EQ(empty, expected) << "an empty store";
+
+    SmartAudioConfig::moveSliders(store, SmartAudioMode::custom);
+    EXPECT_EQ(SmartAudioConfig::fromUserDefaults(store), expected) << "custom moves nothing";
+    store.set("smartAudio.loudnessTargetDB", 0);
+    SmartAudioConfig::moveSliders(store, SmartAudioMode::cinematic);
+    EXPECT_EQ(SmartAudioConfig::fromUserDefaults(store), SmartAudioConfig::cinematic);
+    EXPECT_EQ(store.number("smartAudio.voiceIso"), 0.7) << "as people write it";
+
+    store.set("smartAudio.voiceIso", 0);
+    store.set("smartAudio.autoHum", false);
+    store.set("smartAudio.humFreq", 60);
+    const SmartAudioConfig stored = SmartAudioConfig::fromUserDefaults(store);
+    EXPECT_EQ(stored.voiceIsolationAmount, 0.0F) << "a stored 0 counts";
+    EXPECT_FALSE(stored.autoHumReduction);
+    EXPECT_EQ(stored.humFrequency, 60);
+}
+
+TEST(SmartAudioConfig, BlockSettingsReadThreeKeys) {
+    platform::MemorySettingsStore store;
+    EXPECT_EQ(SmartAudioBlockSettings::fromUserDefaults(store), SmartAudioBlockSettings{});
+    store.set("smartAudio.aggressiveness", "wild");
+    store.set("smartAudio.blockMode", "coarse");
+    store.set("smartAudio.loudnessTargetDB", -12.5);
+    store.set("smartAudio.maxBoostDB", 30);
+    SmartAudioBlockSettings expected;
+    expected.blockMode = BlockMode::coarse;
+    expected.loudnessTargetDB = -12.5;
+    EXPECT_EQ(SmartAudioBlockSettings::fromUserDefaults(store), expected);
+}
+
+} // namespace
+} // namespace orvane

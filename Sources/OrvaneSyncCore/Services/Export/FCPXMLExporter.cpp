@@ -174,6 +174,8 @@ ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<Wi
             if (auto name = sceneEventName(group, settings.eventNamePattern, settings.eventName))
                 walk.sceneEventNames[group.id] = std::move(*name);
 
+    constexpr std::size_t usualResources = 3; // a format, the picture, one recording
+    walk.resources.reserve(groups.size() * usualResources + 2);
     walk.eventItems.reserve(groups.size());
     walk.videoAssetIDByGroup.reserve(groups.size());
     walk.formatIDByGroup.reserve(groups.size());

@@ -32,7 +32,7 @@ class BFraction {
     /// error.
     BFraction invert() const;
 
-    /// The nearest 64-bit float, ties to even.
+    /// The nearest 64-bit float, ties to even; below 2^-1022 one of the two nearest.
     double asDouble() const;
 
     friend bool operator==(const BFraction&, const BFraction&) = default;

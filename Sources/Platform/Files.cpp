@@ -14,6 +14,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <mutex>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -85,13 +87,36 @@ std::string temporaryName(const std::string& path) {
            ".tmp";
 }
 
-/// Takes a new file away again unless it was put in its place.
-struct Discard {
-    const std::string& path;
-    bool armed = true;
-    ~Discard() {
-        if (armed) ::unlink(path.c_str());
+/// The temporary files of writes under way. Never destroyed: a thread may write until the very end.
+struct Temporaries {
+    std::mutex mutex;
+    std::set<std::string> paths;
+
+    static Temporaries& shared() {
+        static auto* const temporaries = new Temporaries;
+        return *temporaries;
     }
+};
+
+/// Takes a new file away again unless it was put in its place.
+class Discard {
+  public:
+    explicit Discard(std::string path) : path_(std::move(path)) {
+        const std::lock_guard lock(Temporaries::shared().mutex);
+        Temporaries::shared().paths.insert(path_);
+    }
+    ~Discard() {
+        if (armed_) ::unlink(path_.c_str());
+        const std::lock_guard lock(Temporaries::shared().mutex);
+        Temporaries::shared().paths.erase(path_);
+    }
+    Discard(const Discard&) = delete;
+    Discard& operator=(const Discard&) = delete;
+    void disarm() { armed_ = false; }
+
+  private:
+    const std::string path_;
+    bool armed_ = true;
 };
 
 void syncFolder(const std::string& folder) {
@@ -159,9 +184,11 @@ std::string readText(const std::string& path, std::uint64_t limitBytes) {
     const auto claimed = static_cast<std::uint64_t>(status.st_size);
     if (S_ISREG(status.st_mode) && claimed > limitBytes) fail("can't read", path, EFBIG);
 
-    // One byte more than a regular file has, so that its end shows without a second buffer.
+    // More than a regular file has: its end shows without a second buffer, and a parser that reads in wide
+    // steps need not move the text to where there is room behind it.
     constexpr std::size_t step = std::size_t{1} << 16U;
-    std::string contents(S_ISREG(status.st_mode) ? static_cast<std::size_t>(claimed) + 1 : step, '\0');
+    constexpr std::size_t room = 64;
+    std::string contents(S_ISREG(status.st_mode) ? static_cast<std::size_t>(claimed) + room : step, '\0');
     std::size_t used = 0;
     for (;;) {
         const ssize_t count = ::read(file.get(), contents.data() + used, contents.size() - used);
@@ -184,9 +211,13 @@ void writeAtomically(const std::string& path, std::string_view contents) {
 
     const std::string target = behindLinks(path);
     const std::string temporary = temporaryName(target);
+    Discard discard(temporary);
     Descriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (!file.isOpen()) fail("can't write", path, errno);
-    Discard discard{temporary};
+    if (!file.isOpen()) {
+        const int reason = errno;
+        discard.disarm(); // a file of that name is somebody else's
+        fail("can't write", path, reason);
+    }
     if (replaces) {
         if (old.st_uid != ::geteuid() || old.st_gid != ::getegid()) copyOwnership(file, old);
         if (::fchmod(file.get(), old.st_mode & 07777U) != 0) fail("can't write", path, errno);
@@ -194,8 +225,15 @@ void writeAtomically(const std::string& path, std::string_view contents) {
     if (!writeAll(file, contents) || ::fsync(file.get()) != 0 || !file.close())
         fail("can't write", path, errno);
     if (::rename(temporary.c_str(), target.c_str()) != 0) fail("can't write", path, errno);
-    discard.armed = false;
+    discard.disarm();
     syncFolder(folderOf(target));
+}
+
+void discardTemporaries() {
+    // The lock is kept: no write begins or ends after this.
+    auto& temporaries = Temporaries::shared();
+    temporaries.mutex.lock();
+    for (const std::string& path : temporaries.paths) ::unlink(path.c_str());
 }
 
 void createDirectories(const std::string& path, unsigned mode) {

@@ -38,6 +38,10 @@ std::string readText(const std::string& path, std::uint64_t limitBytes = std::ui
 /// to directly. Throws FileError; then the old file stands as it was and no temporary file is left.
 void writeAtomically(const std::string& path, std::string_view contents);
 
+/// Removes the temporary files of writes that are under way, for a program that is about to end at once.
+/// Nothing may be written after this. Any thread.
+void discardTemporaries();
+
 /// Makes the folder and the folders above it, each new one with these permissions (less the process's mask).
 /// Throws FileError.
 void createDirectories(const std::string& path, unsigned mode = 0777);

@@ -1,7 +1,5 @@
-#include "Platform/JSON.h"
+#include "Platform/SimdJSON.h"
 #include "Platform/Text.h"
-
-#include <simdjson.h>
 
 #include <algorithm>
 #include <array>
@@ -17,8 +15,6 @@ constexpr std::size_t depthLimit = 512;
 /// Up to here a linear look for a repeated key is cheaper than a table.
 constexpr std::size_t fewMembers = 24;
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-
-JSON tree(simdjson::dom::element element);
 
 JSON::Object members(simdjson::dom::object object) {
     JSON::Object result;
@@ -46,29 +42,6 @@ JSON::Array elements(simdjson::dom::array array) {
     result.reserve(array.size());
     for (const auto element : array) result.push_back(tree(element));
     return result;
-}
-
-JSON tree(simdjson::dom::element element) {
-    using simdjson::dom::element_type;
-    switch (element.type()) {
-    case element_type::OBJECT:
-        return members(element.get_object().value_unsafe());
-    case element_type::ARRAY:
-        return elements(element.get_array().value_unsafe());
-    case element_type::STRING:
-        return std::string(element.get_string().value_unsafe());
-    case element_type::INT64:
-        return element.get_int64().value_unsafe();
-    case element_type::UINT64:
-        return element.get_uint64().value_unsafe();
-    case element_type::DOUBLE:
-        return element.get_double().value_unsafe();
-    case element_type::BOOL:
-        return element.get_bool().value_unsafe();
-    case element_type::NULL_VALUE:
-        break;
-    }
-    return {};
 }
 
 template <class Number>
@@ -145,16 +118,45 @@ std::vector<const JSON::Object::value_type*> sortedMembers(const JSON::Object& o
 
 } // namespace
 
-JSON JSON::parse(std::string_view text) {
+JSON tree(simdjson::dom::element element) {
+    using simdjson::dom::element_type;
+    switch (element.type()) {
+    case element_type::OBJECT:
+        return members(element.get_object().value_unsafe());
+    case element_type::ARRAY:
+        return elements(element.get_array().value_unsafe());
+    case element_type::STRING:
+        return std::string(element.get_string().value_unsafe());
+    case element_type::INT64:
+        return element.get_int64().value_unsafe();
+    case element_type::UINT64:
+        return element.get_uint64().value_unsafe();
+    case element_type::DOUBLE:
+        return element.get_double().value_unsafe();
+    case element_type::BOOL:
+        return element.get_bool().value_unsafe();
+    case element_type::NULL_VALUE:
+        break;
+    }
+    return {};
+}
+
+simdjson::dom::element parsed(simdjson::dom::parser& parser, std::string_view text) {
     if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
-    simdjson::dom::parser parser;
+    simdjson::dom::element root;
+    auto error = simdjson::SUCCESS;
     // The smallest capacity that simdjson takes is 32; `parse` copies the text to where it may read past its
     // end.
-    auto error = parser.allocate(std::max<std::size_t>(text.size(), 64), depthLimit);
-    simdjson::dom::element root;
+    if (parser.capacity() < text.size() || parser.capacity() == 0)
+        error = parser.allocate(std::max<std::size_t>(text.size(), 64), depthLimit);
     if (!error) error = parser.parse(text.data(), text.size(), true).get(root);
     if (error) throw JSONError(simdjson::error_message(error));
-    return tree(root);
+    return root;
+}
+
+JSON JSON::parse(std::string_view text) {
+    simdjson::dom::parser parser;
+    return tree(parsed(parser, text));
 }
 
 std::string JSON::dump(Layout layout) const {

@@ -81,7 +81,9 @@ ByteCursor RandomAccessFile::peek(std::uint64_t position, std::size_t count) {
     if (s.descriptor < 0) return ByteCursor(s.memory.subspan(static_cast<std::size_t>(position), count));
     if (!s.holds(position, count)) {
         s.windowStart = position;
-        s.windowCount = readAt(s.descriptor, position, s.window);
+        // Not past the end, where it would take another call to learn that there is no more.
+        const auto room = static_cast<std::size_t>(std::min<std::uint64_t>(windowBytes, s.size - position));
+        s.windowCount = readAt(s.descriptor, position, std::span(s.window).first(room));
         count = std::min(count, s.windowCount);
     }
     return ByteCursor(std::span<const std::byte>(s.window).subspan(

@@ -176,6 +176,48 @@ std::string validUTF8(std::string_view bytes) {
     return result;
 }
 
+std::string printable(std::string_view text) {
+    std::string result;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t start = at;
+        const UChar32 character = nextCharacter(text, at);
+        if (character < 0 || u_iscntrl(character) != 0)
+            result += replacement;
+        else
+            result.append(text, start, at - start);
+    }
+    return result;
+}
+
+int displayWidth(std::string_view text) {
+    int width = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        const UChar32 character = nextCharacter(text, at);
+        const auto kind = u_charType(character);
+        if (kind == U_NON_SPACING_MARK || kind == U_ENCLOSING_MARK || kind == U_FORMAT_CHAR) continue;
+        const int eastAsian = u_getIntPropertyValue(character, UCHAR_EAST_ASIAN_WIDTH);
+        width += eastAsian == U_EA_WIDE || eastAsian == U_EA_FULLWIDTH ? 2 : 1;
+    }
+    return width;
+}
+
+std::string decoded(std::string_view bytes, Encoding encoding) {
+    const auto name = [encoding] {
+        switch (encoding) {
+        case Encoding::utf16BE:
+            return "UTF-16BE";
+        case Encoding::utf16LE:
+            return "UTF-16LE";
+        case Encoding::macRoman:
+            return "macintosh";
+        }
+        return "";
+    }();
+    const auto count = static_cast<std::int32_t>(std::min(bytes.size(), longestText));
+    std::string result;
+    return icu::UnicodeString(bytes.data(), count, name).toUTF8String(result);
+}
+
 std::string_view trimmed(std::string_view text) {
     while (!text.empty()) {
         std::size_t next = 0;

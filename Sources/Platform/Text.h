@@ -23,6 +23,15 @@ std::string lowercased(std::string_view text);
 std::string validUTF8(std::string_view bytes);
 bool isValidUTF8(std::string_view bytes);
 
+/// The text for a terminal: valid UTF-8, control characters (line ends and escape sequences too) as U+FFFD.
+std::string printable(std::string_view text);
+/// Columns that a printable text takes on a terminal: wide characters take two, combining marks none.
+int displayWidth(std::string_view text);
+
+enum class Encoding { utf16BE, utf16LE, macRoman };
+/// Bytes of another encoding as UTF-8. What is no character there becomes U+FFFD.
+std::string decoded(std::string_view bytes, Encoding encoding);
+
 /// Without white space (Unicode, line ends included) at both ends.
 std::string_view trimmed(std::string_view text);
 

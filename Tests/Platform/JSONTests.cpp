@@ -1,5 +1,7 @@
 #include "Platform/JSON.h"
 
+#include "Platform/JSONView.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -92,6 +94,56 @@ TEST(JSON, refusesWhatIsNoJSON) {
         EXPECT_THROW(JSON::parse(text), JSONError) << text.substr(0, 20);
     EXPECT_NO_THROW(JSON::parse(notTooDeep + std::string(500, ']')));
     EXPECT_EQ(JSON::parse("\xEF\xBB\xBF{}"), JSON::object());
+}
+
+/// What both readers say of a value, as text.
+std::string answers(const auto& value) {
+    const auto show = [](const auto& answer) { return answer ? JSON(*answer).dump() : std::string("-"); };
+    const auto text = value.string();
+    return std::to_string(value.isNull()) + std::to_string(value.isObject()) + " " + show(value.integer()) +
+           " " + show(value.unsignedInteger()) + " " + show(value.number()) + " " +
+           (text ? std::string(*text) : std::string("-"));
+}
+
+TEST(JSONView, answersLikeTheTree) {
+    const std::string text =
+        "\xEF\xBB\xBF"
+        R"({"a":null,"b":true,"c":-3,"d":18446744073709551615,"e":2.0,"f":2.5,"g":"x\u00e9\n","h":{},
+        "i":[1,"two",{"three":3}],"j":1e300,"":-2.0})";
+    JSONParser parser;
+    for (int round = 0; round < 2; ++round) {
+        const JSON tree = JSON::parse(text);
+        const JSONView view = parser.parse(text);
+        const JSONMembers members(view);
+        EXPECT_EQ(view.value(), tree);
+        for (const auto& [key, value] : *tree.members()) {
+            EXPECT_EQ(answers(view.find(key).value()), answers(value)) << key;
+            EXPECT_EQ(answers(members.find(key).value()), answers(value)) << key;
+        }
+        EXPECT_FALSE(view.find("z") || members.find("z"));
+        const auto elements = view.find("i")->elements();
+        ASSERT_TRUE(elements && elements->size() == 3);
+        EXPECT_EQ((*elements)[2].find("three")->integer(), 3);
+        EXPECT_FALSE(view.elements());
+        EXPECT_FALSE(JSONMembers(view.find("i").value()).isObject());
+        parser.parse("[" + std::string(2'000'000, ' ') + "]"); // and small ones again
+    }
+    for (const char* broken : {"", "{", "{}{}", "\xFF", "01"})
+        EXPECT_THROW(parser.parse(broken), JSONError) << broken;
+    EXPECT_TRUE(parser.parse(" 7 ").integer() == 7) << "still of use after an error";
+}
+
+TEST(JSONRecords, areVisitedAsTheyAreWritten) {
+    std::string text = R"( {"a":{ "x" : [1,{"y":"}"}] },"b\"\u00e9":{},"a":{"later":1}} )";
+    std::vector<std::pair<std::string, std::string>> visited;
+    forEachRecord(text,
+                  [&](auto key, auto record) { visited.emplace_back(key, JSON::parse(record).dump()); });
+    EXPECT_EQ(visited, (std::vector<std::pair<std::string, std::string>>{
+                           {"a", R"({"x":[1,{"y":"}"}]})"}, {"b\"\xC3\xA9", "{}"}, {"a", R"({"later":1})"}}));
+    for (std::string broken :
+         {"", " ", "null", "[]", "{", "{}{}", "{\"a\":1}", "{\"a\":{}", "{\"a\":{},}", "{\"a\":{}x}",
+          "{\"a\" {}}", "{a:{}}", "{\"a\":{\"b\":\"}}", "{\"\\x\":{}}", "{\"a\":{\"b\":\"\xFF\"}}"})
+        EXPECT_THROW(forEachRecord(broken, [](auto, auto) {}), JSONError) << broken;
 }
 
 } // namespace

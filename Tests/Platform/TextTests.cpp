@@ -64,6 +64,16 @@ TEST(Text, trimsUnicodeWhiteSpace) {
     EXPECT_EQ(text::trimmed(""), "");
 }
 
+TEST(Text, decodesOtherEncodings) {
+    using namespace std::string_view_literals;
+    using text::Encoding;
+    EXPECT_EQ(text::decoded("caf\x8E \xA9"sv, Encoding::macRoman), "caf\xC3\xA9 \xC2\xA9");
+    EXPECT_EQ(text::decoded("\0A\xD8\x3C\xDF\xAC"sv, Encoding::utf16BE), "A\xF0\x9F\x8E\xAC");
+    EXPECT_EQ(text::decoded("A\0\x3C\xD8\xAC\xDF"sv, Encoding::utf16LE), "A\xF0\x9F\x8E\xAC");
+    EXPECT_EQ(text::decoded("\0A\xDF\xAC\0"sv, Encoding::utf16BE), "A\xEF\xBF\xBD\xEF\xBF\xBD");
+    EXPECT_EQ(text::decoded(""sv, Encoding::utf16LE), "");
+}
+
 TEST(Text, characters) {
     using Pieces = std::vector<std::string_view>;
     EXPECT_EQ(text::characters(""), Pieces{});

@@ -94,6 +94,15 @@ std::optional<seconds> takeClock(std::string_view& text) {
     return seconds{*hour * 3600 + *minute * 60 + *second};
 }
 
+/// Day, "T" and clock, as if in UTC.
+std::optional<Date> takeMoment(std::string_view& text) {
+    const auto day = takeDay(text);
+    if (!day || !take(text, 'T')) return std::nullopt;
+    const auto clock = takeClock(text);
+    if (!clock) return std::nullopt;
+    return Date{*day} + *clock;
+}
+
 } // namespace
 
 std::optional<Date> calendar::date(const Fields& local) {
@@ -146,14 +155,23 @@ std::string iso8601(Date date) {
 }
 
 std::optional<Date> dateFromISO8601(std::string_view text) {
-    const auto day = takeDay(text);
-    if (!day || !take(text, 'T')) return std::nullopt;
-    const auto clock = takeClock(text);
-    if (!clock) return std::nullopt;
-    const auto fraction = takeFraction(text);
+    const auto moment = takeMoment(text);
+    const auto fraction = moment ? takeFraction(text) : std::nullopt;
     const auto zone = fraction ? takeZone(text) : std::nullopt;
     if (!zone || !text.empty()) return std::nullopt;
-    return Date{*day} + *clock + *fraction - *zone;
+    return *moment + *fraction - *zone;
+}
+
+std::optional<Date> dateFromLocalISO8601(std::string_view text) {
+    const auto moment = takeMoment(text);
+    if (!moment || !text.empty()) return std::nullopt;
+    const auto day = std::chrono::floor<std::chrono::days>(*moment);
+    const std::chrono::year_month_day ymd{day};
+    const std::chrono::hh_mm_ss clock{*moment - day};
+    return calendar::date({static_cast<int>(ymd.year()), static_cast<int>(static_cast<unsigned>(ymd.month())),
+                           static_cast<int>(static_cast<unsigned>(ymd.day())),
+                           static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                           static_cast<int>(clock.seconds().count())});
 }
 
 } // namespace orvane

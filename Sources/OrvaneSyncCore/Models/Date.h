@@ -29,5 +29,7 @@ Date startOfDay(Date date);
 std::string iso8601(Date date);
 /// An internet date and time with or without fractional seconds, and a zone ("Z", "+02:00" or "+0200").
 std::optional<Date> dateFromISO8601(std::string_view text);
+/// yyyy-MM-dd'T'HH:mm:ss without a zone, in the user's calendar.
+std::optional<Date> dateFromLocalISO8601(std::string_view text);
 
 } // namespace orvane

@@ -23,6 +23,7 @@ int digitValue(char c) {
 }
 
 std::optional<std::string> percentDecoded(std::string_view text) {
+    if (text.find('%') == std::string_view::npos) return std::string(text);
     std::string result;
     result.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {

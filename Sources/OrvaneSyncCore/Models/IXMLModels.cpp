@@ -36,13 +36,15 @@ JSON toJSON(const IXMLData& data) {
     return json;
 }
 
-template <>
-IXMLTrack fromJSON<IXMLTrack>(const JSON& json) {
+namespace {
+
+template <class Json>
+IXMLTrack decodedTrack(const Json& json) {
     return {required<int>(json, "channelIndex"), required<std::string>(json, "name")};
 }
 
-template <>
-IXMLData fromJSON<IXMLData>(const JSON& json) {
+template <class Json>
+IXMLData decodedData(const Json& json) {
     IXMLData data;
     data.scene = optional<std::string>(json, "scene");
     data.take = optional<std::string>(json, "take");
@@ -54,6 +56,28 @@ IXMLData fromJSON<IXMLData>(const JSON& json) {
     data.timecodeRate = optional<std::string>(json, "timecodeRate");
     data.tracks = requiredArray<IXMLTrack>(json, "tracks");
     return data;
+}
+
+} // namespace
+
+template <>
+IXMLTrack fromJSON<IXMLTrack>(const JSON& json) {
+    return decodedTrack(json);
+}
+
+template <>
+IXMLTrack fromJSON<IXMLTrack>(const JSONView& json) {
+    return decodedTrack(json);
+}
+
+template <>
+IXMLData fromJSON<IXMLData>(const JSON& json) {
+    return decodedData(json);
+}
+
+template <>
+IXMLData fromJSON<IXMLData>(const JSONView& json) {
+    return decodedData(JSONMembers(json));
 }
 
 } // namespace orvane

@@ -40,5 +40,9 @@ template <>
 IXMLTrack fromJSON<IXMLTrack>(const JSON& json);
 template <>
 IXMLData fromJSON<IXMLData>(const JSON& json);
+template <>
+IXMLTrack fromJSON<IXMLTrack>(const JSONView& json);
+template <>
+IXMLData fromJSON<IXMLData>(const JSONView& json);
 
 } // namespace orvane

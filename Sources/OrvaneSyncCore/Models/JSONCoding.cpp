@@ -15,10 +15,59 @@ T present(const std::optional<T>& value, const char* expected) {
     return *value;
 }
 
-const std::string& textOf(const JSON& json) {
-    const std::string* text = json.string();
-    if (text == nullptr) throw DecodingError("expected text");
+template <class Json>
+auto presentMember(const Json& object, std::string_view key) {
+    if (!object.isObject()) throw DecodingError("expected an object");
+    auto value = object.find(key);
+    if (!value) throw DecodingError("the key \"" + std::string(key) + "\" is missing");
+    return value;
+}
+
+// The kinds of values answer alike: each basic type has one rule for all of them.
+
+template <class Json>
+std::string_view textOf(const Json& json) {
+    const auto text = json.string();
+    if (!text) throw DecodingError("expected text");
     return *text;
+}
+
+template <class Json>
+UUID uuidOf(const Json& json) {
+    return present(UUID::fromText(textOf(json)), "a UUID");
+}
+
+template <class Json>
+FileURL fileURLOf(const Json& json) {
+    return present(FileURL::fromAbsoluteString(textOf(json)), "a file URL");
+}
+
+template <class Json>
+Date dateOf(const Json& json) {
+    return present(dateFromISO8601(textOf(json)), "an ISO 8601 date");
+}
+
+template <class Json>
+std::int64_t integerOf(const Json& json) {
+    return present(json.integer(), "an integer");
+}
+
+template <class Json>
+int intOf(const Json& json) {
+    const std::int64_t value = integerOf(json);
+    if (value < std::numeric_limits<int>::min() || value > std::numeric_limits<int>::max())
+        throw DecodingError("the number is out of range");
+    return static_cast<int>(value);
+}
+
+template <class Json>
+std::uint64_t unsignedOf(const Json& json) {
+    return present(json.unsignedInteger(), "a whole number that is not negative");
+}
+
+template <class Json>
+double numberOf(const Json& json) {
+    return present(json.number(), "a number");
 }
 
 } // namespace
@@ -38,17 +87,32 @@ JSON toJSON(float value) {
 
 template <>
 UUID fromJSON<UUID>(const JSON& json) {
-    return present(UUID::fromText(textOf(json)), "a UUID");
+    return uuidOf(json);
+}
+
+template <>
+UUID fromJSON<UUID>(const JSONView& json) {
+    return uuidOf(json);
 }
 
 template <>
 FileURL fromJSON<FileURL>(const JSON& json) {
-    return present(FileURL::fromAbsoluteString(textOf(json)), "a file URL");
+    return fileURLOf(json);
+}
+
+template <>
+FileURL fromJSON<FileURL>(const JSONView& json) {
+    return fileURLOf(json);
 }
 
 template <>
 Date fromJSON<Date>(const JSON& json) {
-    return present(dateFromISO8601(textOf(json)), "an ISO 8601 date");
+    return dateOf(json);
+}
+
+template <>
+Date fromJSON<Date>(const JSONView& json) {
+    return dateOf(json);
 }
 
 template <>
@@ -58,42 +122,65 @@ bool fromJSON<bool>(const JSON& json) {
 
 template <>
 std::int64_t fromJSON<std::int64_t>(const JSON& json) {
-    return present(json.integer(), "an integer");
+    return integerOf(json);
+}
+
+template <>
+std::int64_t fromJSON<std::int64_t>(const JSONView& json) {
+    return integerOf(json);
 }
 
 template <>
 int fromJSON<int>(const JSON& json) {
-    const auto value = fromJSON<std::int64_t>(json);
-    if (value < std::numeric_limits<int>::min() || value > std::numeric_limits<int>::max())
-        throw DecodingError("the number is out of range");
-    return static_cast<int>(value);
+    return intOf(json);
+}
+
+template <>
+int fromJSON<int>(const JSONView& json) {
+    return intOf(json);
 }
 
 template <>
 std::uint64_t fromJSON<std::uint64_t>(const JSON& json) {
-    return present(json.unsignedInteger(), "a whole number that is not negative");
+    return unsignedOf(json);
+}
+
+template <>
+std::uint64_t fromJSON<std::uint64_t>(const JSONView& json) {
+    return unsignedOf(json);
 }
 
 template <>
 double fromJSON<double>(const JSON& json) {
-    return present(json.number(), "a number");
+    return numberOf(json);
+}
+
+template <>
+double fromJSON<double>(const JSONView& json) {
+    return numberOf(json);
 }
 
 template <>
 float fromJSON<float>(const JSON& json) {
-    return static_cast<float>(fromJSON<double>(json));
+    return static_cast<float>(numberOf(json));
 }
 
 template <>
 std::string fromJSON<std::string>(const JSON& json) {
-    return textOf(json);
+    return std::string(textOf(json));
 }
 
-const JSON& requiredMember(const JSON& object, std::string_view key) {
-    if (!object.isObject()) throw DecodingError("expected an object");
-    const JSON* value = object.find(key);
-    if (value == nullptr) throw DecodingError("the key \"" + std::string(key) + "\" is missing");
-    return *value;
+template <>
+std::string fromJSON<std::string>(const JSONView& json) {
+    return std::string(textOf(json));
+}
+
+const JSON& requiredMember(const JSON& object, std::string_view key) { return *presentMember(object, key); }
+
+JSONView requiredMember(const JSONView& object, std::string_view key) { return *presentMember(object, key); }
+
+JSONView requiredMember(const JSONMembers& object, std::string_view key) {
+    return *presentMember(object, key);
 }
 
 const std::pair<std::string, JSON>& singleCase(const JSON& json) {

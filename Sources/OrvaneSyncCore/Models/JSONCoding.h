@@ -3,7 +3,7 @@
 #include "OrvaneSyncCore/Models/Date.h"
 #include "OrvaneSyncCore/Models/FileURL.h"
 #include "OrvaneSyncCore/Models/UUID.h"
-#include "Platform/JSON.h"
+#include "Platform/JSONView.h"
 
 #include <optional>
 #include <set>
@@ -16,6 +16,8 @@
 namespace orvane {
 
 using platform::JSON;
+using platform::JSONMembers;
+using platform::JSONView;
 
 /// A record that stored JSON does not hold: a required key is missing or a value is of the wrong kind. The
 /// description names the key.
@@ -28,6 +30,11 @@ class DecodingError : public std::runtime_error {
 /// `fromJSON<T>`, which throws DecodingError; the forms of the basic types stand here.
 template <class T>
 T fromJSON(const JSON& json);
+/// The same without building the tree first. Records that are read by the thousand have a specialisation.
+template <class T>
+T fromJSON(const JSONView& json) {
+    return fromJSON<T>(json.value());
+}
 
 JSON toJSON(const UUID& id);
 JSON toJSON(const FileURL& url);
@@ -55,26 +62,52 @@ double fromJSON<double>(const JSON& json);
 template <>
 std::string fromJSON<std::string>(const JSON& json);
 
+template <>
+UUID fromJSON<UUID>(const JSONView& json);
+template <>
+FileURL fromJSON<FileURL>(const JSONView& json);
+template <>
+Date fromJSON<Date>(const JSONView& json);
+template <>
+std::int64_t fromJSON<std::int64_t>(const JSONView& json);
+template <>
+int fromJSON<int>(const JSONView& json);
+template <>
+std::uint64_t fromJSON<std::uint64_t>(const JSONView& json);
+template <>
+double fromJSON<double>(const JSONView& json);
+template <>
+std::string fromJSON<std::string>(const JSONView& json);
+
 /// The value of a key that must be there.
 const JSON& requiredMember(const JSON& object, std::string_view key);
+JSONView requiredMember(const JSONView& object, std::string_view key);
+JSONView requiredMember(const JSONMembers& object, std::string_view key);
 
-template <class T>
-T required(const JSON& object, std::string_view key) {
+/// Decodes the value of a key; an error names the key. `Json` is any of the three kinds of
+/// values here and below.
+template <class T, class Json>
+T decodedMember(const Json& value, std::string_view key) {
     try {
-        return fromJSON<T>(requiredMember(object, key));
+        return fromJSON<T>(value);
     } catch (const DecodingError& error) {
         throw DecodingError(std::string(key) + ": " + error.what());
     }
 }
 
+template <class T, class Json>
+T required(const Json& object, std::string_view key) {
+    return decodedMember<T>(requiredMember(object, key), key);
+}
+
 /// A list of records of one type.
-template <class T>
-std::vector<T> requiredArray(const JSON& object, std::string_view key) {
-    const JSON::Array* elements = requiredMember(object, key).elements();
-    if (elements == nullptr) throw DecodingError(std::string(key) + ": expected a list");
+template <class T, class Json>
+std::vector<T> requiredArray(const Json& object, std::string_view key) {
+    const auto elements = requiredMember(object, key).elements();
+    if (!elements) throw DecodingError(std::string(key) + ": expected a list");
     std::vector<T> result;
     result.reserve(elements->size());
-    for (const JSON& element : *elements) result.push_back(fromJSON<T>(element));
+    for (const auto& element : *elements) result.push_back(fromJSON<T>(element));
     return result;
 }
 
@@ -92,11 +125,11 @@ const std::pair<std::string, JSON>& singleCase(const JSON& json);
 JSON caseObject(std::string_view name, JSON payload = JSON::object());
 
 /// Absent when the key is missing or null; a value of the wrong kind is an error all the same.
-template <class T>
-std::optional<T> optional(const JSON& object, std::string_view key) {
-    const JSON* value = object.find(key);
-    if (value == nullptr || value->isNull()) return std::nullopt;
-    return required<T>(object, key);
+template <class T, class Json>
+std::optional<T> optional(const Json& object, std::string_view key) {
+    const auto value = object.find(key);
+    if (!value || value->isNull()) return std::nullopt;
+    return decodedMember<T>(*value, key);
 }
 
 } // namespace orvane

@@ -169,8 +169,10 @@ JSON toJSON(const MediaAsset& asset) {
     return json;
 }
 
-template <>
-MediaAsset fromJSON<MediaAsset>(const JSON& json) {
+namespace {
+
+template <class Json>
+MediaAsset decoded(const Json& json) {
     MediaAsset asset(required<UUID>(json, "id"), required<FileURL>(json, "url"),
                      required<AssetKind>(json, "kind"));
     asset.filename = required<std::string>(json, "filename");
@@ -191,6 +193,18 @@ MediaAsset fromJSON<MediaAsset>(const JSON& json) {
     asset.bextTimeReference = optional<std::uint64_t>(json, "bextTimeReference");
     asset.bextOriginator = optional<std::string>(json, "bextOriginator");
     return asset;
+}
+
+} // namespace
+
+template <>
+MediaAsset fromJSON<MediaAsset>(const JSON& json) {
+    return decoded(json);
+}
+
+template <>
+MediaAsset fromJSON<MediaAsset>(const JSONView& json) {
+    return decoded(JSONMembers(json));
 }
 
 } // namespace orvane

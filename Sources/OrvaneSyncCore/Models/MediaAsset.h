@@ -69,5 +69,7 @@ AssetKind fromJSON<AssetKind>(const JSON& json);
 JSON toJSON(const MediaAsset& asset);
 template <>
 MediaAsset fromJSON<MediaAsset>(const JSON& json);
+template <>
+MediaAsset fromJSON<MediaAsset>(const JSONView& json);
 
 } // namespace orvane

@@ -14,21 +14,31 @@ constexpr std::size_t textLength = 36;
 
 bool isDashPlace(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23; }
 
-int digitValue(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return -1;
-}
+/// By character, -1 for what is no digit. A table, as no branch can foretell random digits.
+constexpr std::array<std::int8_t, 256> digitValues = [] {
+    std::array<std::int8_t, 256> values{};
+    values.fill(-1);
+    for (std::size_t i = 0; i < digits.size(); ++i) {
+        const auto upper = static_cast<unsigned char>(digits[i]);
+        values[upper] = static_cast<std::int8_t>(i);
+        if (upper >= 'A') values[upper + ('a' - 'A')] = static_cast<std::int8_t>(i);
+    }
+    return values;
+}();
 
 } // namespace
 
-UUID UUID::random() {
-    UUID id;
-    platform::secureRandom(std::as_writable_bytes(std::span(id.bytes)));
-    id.bytes[6] = static_cast<std::uint8_t>((id.bytes[6] & 0x0FU) | 0x40U); // version 4
-    id.bytes[8] = static_cast<std::uint8_t>((id.bytes[8] & 0x3FU) | 0x80U); // RFC 4122 variant
-    return id;
+UUID UUID::random() { return random(1).front(); }
+
+std::vector<UUID> UUID::random(std::size_t count) {
+    static_assert(sizeof(UUID) == sizeof bytes);
+    std::vector<UUID> ids(count);
+    platform::secureRandom(std::as_writable_bytes(std::span(ids)));
+    for (UUID& id : ids) {
+        id.bytes[6] = static_cast<std::uint8_t>((id.bytes[6] & 0x0FU) | 0x40U); // version 4
+        id.bytes[8] = static_cast<std::uint8_t>((id.bytes[8] & 0x3FU) | 0x80U); // RFC 4122 variant
+    }
+    return ids;
 }
 
 std::optional<UUID> UUID::fromText(std::string_view text) {
@@ -40,7 +50,7 @@ std::optional<UUID> UUID::fromText(std::string_view text) {
             if (text[i] != '-') return std::nullopt;
             continue;
         }
-        const int value = digitValue(text[i]);
+        const int value = digitValues[static_cast<unsigned char>(text[i])];
         if (value < 0) return std::nullopt;
         auto& byte = id.bytes[digit / 2];
         byte = static_cast<std::uint8_t>((byte << 4U) | static_cast<unsigned>(value));

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvane {
 
@@ -16,6 +17,8 @@ struct UUID {
     std::array<std::uint8_t, 16> bytes{};
 
     static UUID random();
+    /// Many at the cost of one: the system is asked once.
+    static std::vector<UUID> random(std::size_t count);
     /// Upper or lower case; nothing when the text has another form.
     static std::optional<UUID> fromText(std::string_view text);
     std::string text() const;

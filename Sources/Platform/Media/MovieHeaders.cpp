@@ -1,5 +1,300 @@
 #include "Platform/Media/MovieHeaders.h"
 
+#include "Platform/Media/MovieAtoms.h"
+#include "Platform/Media/MovieFragments.h"
+#include "Platform/Media/MovieMetadata.h"
+#include "Platform/Media/MovieSampleDescription.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
 namespace orvane::platform {
-std::optional<MediaInspection> inspectMovie(RandomAccessFile&) { return std::nullopt; }
+
+namespace {
+
+/// Enough fragments to know a frame rate; all of them are read only where nothing else tells the duration.
+constexpr int fragmentsForRate = 16;
+constexpr int mostFragments = 10000;
+constexpr std::size_t headerBytes = 36; ///< of a movie, media or track header, up to its duration
+/// Runs of equal samples that are added up where a media header gives no duration.
+constexpr std::size_t mostTimeRuns = 65536;
+
+/// Units per second, and a number of units. A duration of all ones means "not known".
+struct TimeSpan {
+    std::uint32_t timescale = 0;
+    std::uint64_t units = 0;
+};
+
+struct Track {
+    std::uint32_t trackID = 0;
+    std::uint32_t handler = 0;
+    bool isEnabled = true;
+    std::uint32_t headerWidth = 0, headerHeight = 0; ///< pixels
+    TimeSpan media;
+    std::optional<Atom> descriptions, times, sizes;
+};
+
+struct Movie {
+    TimeSpan header;
+    bool hasHeader = false;
+    std::uint64_t extendedUnits = 0; ///< "mehd": with all fragments, units of the movie
+    std::vector<Track> tracks;
+    std::vector<FragmentedTrack> fragments; ///< one per "trex"
+};
+
+/// The timescale and duration that "mvhd" and "mdhd" keep at the same places.
+TimeSpan readTimeSpan(RandomAccessFile& file, const Atom& atom) {
+    const ByteCursor body = peekBody(file, atom, headerBytes);
+    const bool isWide = body.u8(0) == 1;
+    TimeSpan span;
+    span.timescale = body.u32be(isWide ? 20 : 12).value_or(0);
+    if (isWide) {
+        span.units = body.u64be(24).value_or(0);
+        if (span.units == UINT64_MAX) span.units = 0;
+    } else {
+        span.units = body.u32be(16).value_or(0);
+        if (span.units == UINT32_MAX) span.units = 0;
+    }
+    return span;
+}
+
+double seconds(double units, std::uint32_t timescale) { return timescale == 0 ? 0 : units / timescale; }
+double seconds(const TimeSpan& span) { return seconds(static_cast<double>(span.units), span.timescale); }
+
+/// A run length table, for the rare file whose media header does not know its duration.
+std::uint64_t sumTimes(RandomAccessFile& file, const Atom& stts) {
+    constexpr std::size_t listHeaderBytes = 8, runBytes = 8;
+    const std::uint32_t claimed = peekBody(file, stts, listHeaderBytes).u32be(4).value_or(0);
+    if (stts.bodySize() < listHeaderBytes) return 0;
+    const std::uint64_t present =
+        std::min<std::uint64_t>({claimed, (stts.bodySize() - listHeaderBytes) / runBytes, mostTimeRuns});
+    std::uint64_t sum = 0;
+    for (std::uint64_t i = 0; i < present; ++i) {
+        const ByteCursor run = file.peek(stts.body + listHeaderBytes + i * runBytes, runBytes);
+        sum += std::uint64_t{run.u32be(0).value_or(0)} * run.u32be(4).value_or(0);
+    }
+    return sum;
+}
+
+/// From "stsz" or "stz2", whose counts stand at the same place. A table that states each size cannot count
+/// more samples than it has room for.
+std::uint64_t countSamples(RandomAccessFile& file, const Atom& sizes) {
+    constexpr std::size_t fieldsBytes = 12;
+    const ByteCursor body = peekBody(file, sizes, fieldsBytes);
+    const auto uniform = body.u32be(4), count = body.u32be(8);
+    if (!uniform || !count) return 0;
+    const std::uint64_t room = (sizes.bodySize() - fieldsBytes) * 8;
+    std::uint64_t bits = 0;
+    if (sizes.type == fourCC("stz2"))
+        bits = *uniform & 0xFFU;
+    else if (*uniform == 0)
+        bits = 32;
+    return bits == 0 ? *count : std::min<std::uint64_t>(*count, room / bits);
+}
+
+class MovieReader {
+  public:
+    explicit MovieReader(RandomAccessFile& file) : file_(file) {}
+
+    std::optional<MediaInspection> read() {
+        const Atom whole{0, 0, 0, file_.size()};
+        const auto moov = findChild(file_, whole, fourCC("moov"));
+        if (!moov) return std::nullopt;
+        readMovie(*moov);
+        if (!movie_.hasHeader && movie_.tracks.empty()) return std::nullopt;
+        if (!movie_.fragments.empty())
+            sumFragments(file_, moov->end, knowsDuration() ? fragmentsForRate : mostFragments,
+                         movie_.fragments);
+
+        result_.durationSeconds = duration();
+        // An initialisation segment alone: its index tells how much there would be.
+        if (result_.durationSeconds == 0 && !movie_.fragments.empty())
+            result_.durationSeconds = indexedSeconds(file_, moov->end);
+        for (const Track& track : movie_.tracks) {
+            if (track.handler == fourCC("vide")) addVideo(track);
+            if (track.handler == fourCC("soun")) addAudio(track);
+        }
+        return std::move(result_);
+    }
+
+  private:
+    void readMovie(const Atom& moov) {
+        AtomWalk walk(file_, moov);
+        while (const auto atom = walk.next()) {
+            switch (atom->type) {
+            case fourCC("mvhd"):
+                movie_.header = readTimeSpan(file_, *atom);
+                movie_.hasHeader = true;
+                break;
+            case fourCC("trak"):
+                movie_.tracks.push_back(readTrack(*atom));
+                break;
+            case fourCC("mvex"):
+                readExtends(*atom);
+                break;
+            case fourCC("meta"):
+                readMetadata(file_, *atom, result_.metadata);
+                break;
+            case fourCC("udta"):
+                readUserData(file_, *atom, result_.metadata);
+                break;
+            default:
+                break;
+            }
+        }
+    }
+
+    void readExtends(const Atom& mvex) {
+        AtomWalk walk(file_, mvex);
+        while (const auto atom = walk.next()) {
+            if (atom->type == fourCC("mehd")) {
+                const ByteCursor body = peekBody(file_, *atom, 12);
+                movie_.extendedUnits =
+                    body.u8(0) == 1 ? body.u64be(4).value_or(0) : body.u32be(4).value_or(0);
+            } else if (atom->type == fourCC("trex")) {
+                if (const auto track = readTrackExtends(file_, *atom)) movie_.fragments.push_back(*track);
+            }
+        }
+    }
+
+    Track readTrack(const Atom& trak) {
+        Track track;
+        AtomWalk walk(file_, trak);
+        while (const auto atom = walk.next()) {
+            if (atom->type == fourCC("tkhd")) readTrackHeader(*atom, track);
+            if (atom->type == fourCC("mdia")) readMedia(*atom, track);
+        }
+        return track;
+    }
+
+    void readTrackHeader(const Atom& tkhd, Track& track) {
+        constexpr std::size_t narrowBytes = 84, widerBy = 12;
+        const ByteCursor body = peekBody(file_, tkhd, narrowBytes + widerBy);
+        const std::size_t shift = body.u8(0) == 1 ? widerBy : 0;
+        constexpr std::uint32_t enabledFlag = 1;
+        track.isEnabled = (body.u32be(0).value_or(enabledFlag) & enabledFlag) != 0;
+        track.trackID = body.u32be(shift == 0 ? 12 : 20).value_or(0);
+        track.headerWidth = body.u32be(76 + shift).value_or(0) >> 16U;
+        track.headerHeight = body.u32be(80 + shift).value_or(0) >> 16U;
+    }
+
+    void readMedia(const Atom& mdia, Track& track) {
+        AtomWalk walk(file_, mdia);
+        while (const auto atom = walk.next()) {
+            if (atom->type == fourCC("mdhd")) track.media = readTimeSpan(file_, *atom);
+            if (atom->type == fourCC("hdlr")) track.handler = peekBody(file_, *atom, 12).u32be(8).value_or(0);
+            if (atom->type != fourCC("minf")) continue;
+            if (const auto table = findChild(file_, *atom, fourCC("stbl"))) readSampleTable(*table, track);
+        }
+    }
+
+    void readSampleTable(const Atom& stbl, Track& track) {
+        AtomWalk walk(file_, stbl);
+        while (const auto atom = walk.next()) {
+            if (atom->type == fourCC("stsd")) track.descriptions = *atom;
+            if (atom->type == fourCC("stts")) track.times = *atom;
+            if (atom->type == fourCC("stsz") || atom->type == fourCC("stz2")) track.sizes = *atom;
+        }
+    }
+
+    bool holdsSamples() {
+        return std::ranges::any_of(movie_.tracks, [this](const Track& track) {
+            return track.sizes && countSamples(file_, *track.sizes) > 0;
+        });
+    }
+
+    /// A header without samples of its own states the whole duration, fragments included. One with samples
+    /// states only these: a recording in fragments that was never finished.
+    bool knowsDuration() { return movie_.extendedUnits > 0 || (movie_.header.units > 0 && !holdsSamples()); }
+
+    double fragmentSeconds() const {
+        double longest = 0;
+        for (const FragmentedTrack& fragments : movie_.fragments)
+            for (const Track& track : movie_.tracks)
+                if (track.trackID == fragments.trackID)
+                    longest = std::max(longest, seconds(fragments.duration, track.media.timescale));
+        return longest;
+    }
+
+    std::optional<double> duration() {
+        if (movie_.header.timescale == 0) return std::nullopt;
+        if (movie_.extendedUnits > 0)
+            return seconds(static_cast<double>(movie_.extendedUnits), movie_.header.timescale);
+        if (movie_.header.units > 0)
+            return seconds(movie_.header) + (knowsDuration() ? 0 : fragmentSeconds());
+        double longest = 0;
+        for (const Track& track : movie_.tracks) longest = std::max(longest, seconds(track.media));
+        return longest + (longest > 0 && !holdsSamples() ? 0 : fragmentSeconds());
+    }
+
+    std::optional<double> nominalFrameRate(const Track& track) {
+        double samples = 0, units = 0;
+        if (track.sizes) samples = static_cast<double>(countSamples(file_, *track.sizes));
+        if (samples > 0) {
+            units = static_cast<double>(track.media.units);
+            if (units <= 0 && track.times) units = static_cast<double>(sumTimes(file_, *track.times));
+        } else {
+            const auto fragments =
+                std::ranges::find(movie_.fragments, track.trackID, &FragmentedTrack::trackID);
+            if (fragments == movie_.fragments.end()) return std::nullopt;
+            samples = fragments->samples;
+            units = fragments->duration;
+        }
+        const double length = seconds(units, track.media.timescale);
+        if (samples <= 0 || length <= 0) return std::nullopt;
+        return static_cast<double>(static_cast<float>(samples / length));
+    }
+
+    /// Chapter pictures are tracks of still images that no player shows as the picture.
+    static bool isStillImages(const Track& track, std::uint32_t codec) {
+        const bool isImage = codec == fourCC("jpeg") || codec == fourCC("png ") || codec == fourCC("gif ");
+        return isImage && !track.isEnabled;
+    }
+
+    void addVideo(const Track& track) {
+        const auto description =
+            track.descriptions ? readVideoDescription(file_, *track.descriptions) : std::nullopt;
+        MediaInspection::VideoTrack video;
+        std::uint32_t width = track.headerWidth, height = track.headerHeight;
+        if (description) {
+            if (isStillImages(track, description->codec)) return;
+            video.codecFourCC = fourCCText(description->codec);
+            if (description->width > 0 && description->height > 0) {
+                width = description->width;
+                height = description->height;
+            }
+        }
+        if (width > 0 && height > 0) {
+            video.width = width;
+            video.height = height;
+        }
+        video.nominalFrameRate = nominalFrameRate(track);
+        result_.videoTracks.push_back(std::move(video));
+    }
+
+    void addAudio(const Track& track) {
+        const auto description =
+            track.descriptions ? readAudioDescription(file_, *track.descriptions) : std::nullopt;
+        MediaInspection::AudioTrack audio;
+        if (description) {
+            constexpr std::uint32_t mostChannels = 65535;
+            if (description->channels > 0 && description->channels <= mostChannels)
+                audio.channelCount = static_cast<int>(description->channels);
+            // The media of a sound track counts in samples.
+            const double rate = description->sampleRate > 0 ? description->sampleRate : track.media.timescale;
+            if (rate > 0 && rate <= highestSampleRate) audio.sampleRate = rate;
+        }
+        result_.audioTracks.push_back(audio);
+    }
+
+    RandomAccessFile& file_;
+    Movie movie_;
+    MediaInspection result_;
+};
+
+} // namespace
+
+std::optional<MediaInspection> inspectMovie(RandomAccessFile& file) { return MovieReader(file).read(); }
+
 } // namespace orvane::platform

@@ -175,18 +175,21 @@ TEST(SyncGroupList, copiesAreIndependentAndShared) {
 }
 
 TEST(UUID, texts) {
-    const UUID id = UUID::random();
-    const std::string text = id.text();
-    EXPECT_EQ(text.size(), 36U);
-    EXPECT_EQ(text[14], '4') << "version";
-    EXPECT_NE(std::string("89AB").find(text[19]), std::string::npos) << "variant";
-    EXPECT_EQ(UUID::fromText(text), id);
+    const auto ids = UUID::random(50);
+    EXPECT_EQ((std::set<UUID>(ids.begin(), ids.end()).size()), 50U);
+    for (const UUID& id : ids) {
+        const std::string text = id.text();
+        EXPECT_EQ(text.size(), 36U);
+        EXPECT_EQ(text[14], '4') << "version";
+        EXPECT_NE(std::string("89AB").find(text[19]), std::string::npos) << "variant";
+        EXPECT_EQ(UUID::fromText(text), id);
+    }
+    EXPECT_NE(UUID::random(), UUID::random());
     EXPECT_EQ(UUID::fromText("0123456f-89ab-4def-8123-456789abcdef")->text(),
               "0123456F-89AB-4DEF-8123-456789ABCDEF");
     for (const char* bad : {"", "0123456F-89AB-4DEF-8123-456789ABCDE", "0123456F-89AB-4DEF-8123-456789ABCDEG",
                             "0123456F089AB-4DEF-8123-456789ABCDEF", "{123456F-89AB-4DEF-8123-456789ABCDE}"})
         EXPECT_EQ(UUID::fromText(bad), std::nullopt) << bad;
-    EXPECT_NE(UUID::random(), id);
 }
 
 TEST(ScanModels, progressAndResults) {

@@ -6,4 +6,6 @@ namespace orvane::FCPXMLExporter {
 /// clusters are formed yet.
 void addMulticamClips(ExportWalk&) {}
 
+std::vector<std::vector<UUID>> findMulticamGroups(const SyncGroupList&) { return {}; }
+
 } // namespace orvane::FCPXMLExporter

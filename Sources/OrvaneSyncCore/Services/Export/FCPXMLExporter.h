@@ -133,6 +133,11 @@ std::string defaultSubrole(int track);
 /// Seconds; 0 for a clip before the first that the offset applies to.
 double effectiveGlobalAudioOffset(const SyncGroup& group, const ExportSettings& settings, double fps);
 
+// Several cameras.
+
+/// The clips, by id, that an export would make into one multicam clip each.
+std::vector<std::vector<UUID>> findMulticamGroups(const SyncGroupList& groups);
+
 // What is known of a clip besides its picture and sound.
 
 /// From the report, else from the recorder; as written. Nothing when neither says anything.

@@ -6,7 +6,10 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <functional>
+#include <limits>
 #include <map>
+#include <memory>
 #include <numeric>
 #include <utility>
 
@@ -85,9 +88,9 @@ void sortByRecording(std::vector<Hit>::iterator first, std::vector<Hit>::iterato
 }
 
 /// Which recordings a video meets, by their shoot days.
-class Calendar {
+class RecordingIndex {
   public:
-    explicit Calendar(const std::vector<Recording>& recordings) {
+    explicit RecordingIndex(const std::vector<Recording>& recordings) {
         for (std::size_t i = 0; i < recordings.size(); ++i) {
             const auto day = recordings[i].asset->shootDay();
             (day ? days_[*day] : undated_).add(recordings[i].range, i);
@@ -125,7 +128,7 @@ class Calendar {
 /// One file of what may be a recording in parts.
 struct Part {
     const MediaAsset* asset;
-    AssetPlacement placement;
+    const AssetPlacement* placement;
 };
 
 std::optional<double> rateOf(const MediaAsset& asset) {
@@ -155,7 +158,7 @@ bool isOneRecording(const std::vector<Part>& parts) {
     std::vector<SplitRecordingDetector::Candidate> candidates;
     candidates.reserve(parts.size());
     for (const Part& part : parts) {
-        const auto range = part.placement.range(rate);
+        const auto range = part.placement->range(rate);
         if (!range) return false;
         const auto& ixml = part.asset->ixmlData;
         candidates.push_back({*range, part.asset->bextOriginator, ixml ? ixml->tape : std::nullopt});
@@ -174,7 +177,7 @@ MatchStatus status(const MediaAsset& video, const std::vector<Hit>& hits,
     std::vector<Part> parts;
     parts.reserve(hits.size());
     for (const Hit& hit : hits)
-        parts.push_back({recordings[hit.recording].asset, recordings[hit.recording].placement});
+        parts.push_back({recordings[hit.recording].asset, &recordings[hit.recording].placement});
     if (isOneRecording(parts)) return MatchStatus::splitRecording(count);
     const double least = hits.front().overlapSeconds * ambiguityShare;
     return hits.back().overlapSeconds >= least ? MatchStatus::matched() : MatchStatus::ambiguous(count);
@@ -182,23 +185,26 @@ MatchStatus status(const MediaAsset& video, const std::vector<Hit>& hits,
 
 /// `overlapping` gives the hits of a range, in the order of the candidates.
 template <class Overlapping>
-SyncGroup group(const MediaAsset& video, const std::vector<Recording>& recordings,
-                const Overlapping& overlapping) {
+SyncGroupList::Element group(const MediaAsset& video, const std::vector<Recording>& recordings,
+                             const Overlapping& overlapping) {
     const auto range = AssetPlacement(video).range();
-    if (!range) return {video, {}, MatchStatus::unmatched()};
+    if (!range)
+        return std::make_shared<SyncGroup>(video, std::vector<AudioMatch>{}, MatchStatus::unmatched());
 
     std::vector<Hit> hits = overlapping(*range);
     std::ranges::stable_sort(hits, std::greater{}, &Hit::overlapSeconds);
+    const auto ids = UUID::random(hits.size() + 1);
     std::vector<AudioMatch> matches;
     matches.reserve(hits.size());
-    for (const Hit& hit : hits) {
-        const Recording& recording = recordings[hit.recording];
-        matches.emplace_back(*recording.asset, recording.range.startSeconds - range->startSeconds,
-                             hit.overlapSeconds);
+    for (std::size_t i = 0; i < hits.size(); ++i) {
+        const Recording& recording = recordings[hits[i].recording];
+        const double offset = recording.range.startSeconds - range->startSeconds;
+        matches.emplace_back(ids[i], *recording.asset, offset, hits[i].overlapSeconds);
     }
-    SyncGroup result(video, std::move(matches), status(video, hits, recordings));
+    auto result =
+        std::make_shared<SyncGroup>(ids.back(), video, std::move(matches), status(video, hits, recordings));
     // Timecode cannot align such a clip along its whole length.
-    if (video.isOffspeed()) result.syncMethod = SyncMethod::clap;
+    if (video.isOffspeed()) result->syncMethod = SyncMethod::clap;
     return result;
 }
 
@@ -219,11 +225,11 @@ std::vector<std::size_t> orderByName(const std::vector<MediaAsset>& videos) {
 SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos,
                                 const std::vector<MediaAsset>& audios) const {
     const auto recordings = recordingsAmong(audios);
-    const Calendar calendar(recordings);
+    const RecordingIndex index(recordings);
     SyncGroupList groups;
     for (const std::size_t i : orderByName(videos))
         groups.append(group(videos[i], recordings, [&](const TCRange& range) {
-            return calendar.overlapping(range, videos[i].shootDay());
+            return index.overlapping(range, videos[i].shootDay());
         }));
     return groups;
 }
@@ -256,8 +262,11 @@ std::optional<double> SyncEngine::overlapDuration(const TCRange& a, const TCRang
 }
 
 bool SyncEngine::isSplitRecording(const std::vector<AudioMatch>& matches) {
+    std::vector<AssetPlacement> placements;
+    placements.reserve(matches.size());
     std::vector<Part> parts;
-    for (const AudioMatch& match : matches) parts.push_back({&match.audio, AssetPlacement(match.audio)});
+    for (const AudioMatch& match : matches)
+        parts.push_back({&match.audio, &placements.emplace_back(match.audio)});
     return isOneRecording(parts);
 }
 

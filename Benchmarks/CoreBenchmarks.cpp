@@ -1,0 +1,129 @@
+#include "CoreBenchmarks.h"
+
+#include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+#include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
+#include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
+#include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "Platform/Files.h"
+
+#include <benchmark/benchmark.h>
+
+#include <array>
+#include <cstddef>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace orvane::bench {
+
+namespace {
+
+constexpr int clipsADay = 333;
+constexpr std::size_t headerBytes = 16384;
+
+/// What any reader of headers must at least do: open, ask for the size, read the front, and of a movie the
+/// back where the movie header lies, and the sample of the timecode track in between.
+void readHeaders(const FileURL& url, bool isMovie) {
+    std::array<std::byte, headerBytes> buffer;
+    const int file = ::open(url.path.c_str(), O_RDONLY | O_CLOEXEC);
+    struct stat status {};
+    if (file < 0 || ::fstat(file, &status) != 0) return;
+    benchmark::DoNotOptimize(::pread(file, buffer.data(), buffer.size(), 0));
+    if (isMovie) {
+        const auto back = status.st_size - static_cast<off_t>(headerBytes);
+        benchmark::DoNotOptimize(::pread(file, buffer.data(), buffer.size(), back > 0 ? back : 0));
+        constexpr std::size_t sampleBytes = 4;
+        benchmark::DoNotOptimize(::pread(file, buffer.data(), sampleBytes, 64));
+    }
+    ::close(file);
+}
+
+void probeAll(MediaProbeService& service, const MediaCorpus& corpus) {
+    benchmark::DoNotOptimize(service.probeAll(corpus.videos, AssetKind::video, {}));
+    benchmark::DoNotOptimize(service.probeAll(corpus.audios, AssetKind::audio, {}));
+}
+
+void headersFloor(benchmark::State& state, const MediaCorpus& corpus) {
+    for (auto _ : state) {
+        for (const FileURL& url : corpus.videos) readHeaders(url, true);
+        for (const FileURL& url : corpus.audios) readHeaders(url, false);
+    }
+}
+
+void probeHeaders(benchmark::State& state, const MediaCorpus& corpus) {
+    platform::MemorySettingsStore settings;
+    MediaProbeService service(settings, nullptr);
+    for (auto _ : state) probeAll(service, corpus);
+}
+
+void statFloor(benchmark::State& state, const MediaCorpus& corpus) {
+    struct stat status {};
+    for (auto _ : state) {
+        for (const auto* urls : {&corpus.videos, &corpus.audios})
+            for (const FileURL& url : *urls) benchmark::DoNotOptimize(::stat(url.path.c_str(), &status));
+    }
+}
+
+/// A new run of the program on a known folder: find the files, load the cache, ask it for each.
+void rescan(benchmark::State& state, const MediaCorpus& corpus, const std::string& cacheFile) {
+    platform::MemorySettingsStore settings;
+    {
+        MediaProbeService service(settings, std::make_shared<ProbeCache>(cacheFile));
+        probeAll(service, corpus);
+    }
+    for (auto _ : state) {
+        auto cache = std::make_shared<ProbeCache>(cacheFile);
+        MediaProbeService service(settings, cache);
+        const DiscoveryResult found = FileDiscoveryService().discover(corpus.folder);
+        const auto videos = service.probeAll(found.videoURLs, AssetKind::video, {});
+        const auto audios = service.probeAll(found.audioURLs, AssetKind::audio, {});
+        if (videos.size() + audios.size() != corpus.size()) state.SkipWithError("files are missing");
+    }
+}
+
+void match(benchmark::State& state) {
+    const AssetCorpus corpus = assetCorpus(static_cast<int>(state.range(0)), clipsADay);
+    for (auto _ : state) benchmark::DoNotOptimize(SyncEngine().match(corpus.videos, corpus.audios));
+}
+
+ExportSettings exportSettings(const SyncGroupList& groups) {
+    platform::MemorySettingsStore settings;
+    registerStandardDefaults(settings);
+    ExportSettings::Request request;
+    request.eventName = "Bench";
+    request.groups = groups;
+    request.sourceVideo = &groups.front().video;
+    return ExportSettings::fromUserDefaults(settings, request);
+}
+
+void exportClips(benchmark::State& state) {
+    constexpr int channels = 8;
+    const SyncGroupList groups = matchedGroups(static_cast<int>(state.range(0)), channels);
+    const ExportSettings settings = exportSettings(groups);
+    std::size_t bytes = 0;
+    for (auto _ : state) bytes += FCPXMLExporter::exportDocument(groups, {}, settings).fcpxmlString.size();
+    state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
+}
+
+} // namespace
+
+void registerCoreBenchmarks(const MediaCorpus& corpus, const std::string& cacheFile) {
+    const auto add = [](const char* name, auto&& function) {
+        return benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond)->UseRealTime();
+    };
+    add("headersFloor", [&corpus](benchmark::State& state) { headersFloor(state, corpus); });
+    add("probe", [&corpus](benchmark::State& state) { probeHeaders(state, corpus); });
+    add("statFloor", [&corpus](benchmark::State& state) { statFloor(state, corpus); });
+    add("rescan", [&corpus, cacheFile](benchmark::State& state) { rescan(state, corpus, cacheFile); });
+    add("match", match)->Arg(1000)->Arg(10000);
+    add("export", exportClips)->Arg(10000);
+}
+
+std::size_t exportOnce(int clips, int channels) {
+    const SyncGroupList groups = matchedGroups(clips, channels);
+    return FCPXMLExporter::exportDocument(groups, {}, exportSettings(groups)).fcpxmlString.size();
+}
+
+} // namespace orvane::bench

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Corpus.h"
+
+#include <string>
+
+namespace orvane::bench {
+
+/// Registers the benchmarks that run in this process; their names are those that the table asks for.
+void registerCoreBenchmarks(const MediaCorpus& corpus, const std::string& cacheFile);
+
+/// Exports many clips once and returns the size of the document in bytes. For a process of its own, whose
+/// peak memory then is that of an export.
+std::size_t exportOnce(int clips, int channels);
+
+} // namespace orvane::bench

@@ -1,0 +1,132 @@
+#include "Corpus.h"
+
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Platform/Files.h"
+#include "Support/Media/MovieMaker.h"
+#include "Support/Media/WaveMaker.h"
+
+#include <array>
+#include <cstdio>
+#include <utility>
+
+namespace orvane::bench {
+
+namespace {
+
+constexpr std::uint32_t sampleRate = 48000;
+constexpr int framesPerSecond = 25;
+constexpr int channels = 8;
+constexpr int secondsBetweenTakes = 90;
+constexpr int clipSeconds = 60;
+constexpr int firstTakeAt = 6 * 3600;
+constexpr int takesADay = 600;
+
+std::string formatted(const char* format, int a, int b) {
+    std::array<char, 80> text{};
+    std::snprintf(text.data(), text.size(), format, a, b);
+    return text.data();
+}
+
+/// Seconds since midnight at which the take of that number begins.
+int startOf(int take, int ofADay) { return firstTakeAt + take % ofADay * secondsBetweenTakes % 60000; }
+
+std::vector<std::string> trackNames() {
+    return {"MixL", "MixR", "Boom 1", "Boom 2", "Lav Anna", "Lav Ben", "Lav Cleo", "Plant"};
+}
+
+void writeMovie(const std::string& path, int take) {
+    test::MovieMaker maker;
+    maker.video({.width = 3840, .height = 2160, .codec = "apch", .frames = clipSeconds * framesPerSecond})
+        .audio({.codec = "sowt", .samples = clipSeconds * sampleRate})
+        .timecode({.firstFrame = static_cast<std::uint32_t>(startOf(take, takesADay) * framesPerSecond)})
+        .metadata("com.apple.quicktime.creationdate", "2026-03-09T10:00:00+0100")
+        .metadata("com.apple.quicktime.make", "Camera")
+        .mediaBytes(50'000'000);
+    maker.writeTo(path);
+}
+
+void writeWave(const std::string& path, int take) {
+    const test::IXMLText ixml{.scene = std::to_string(take / 10 + 1),
+                              .take = std::to_string(take % 10 + 1),
+                              .tape = "SR001",
+                              .note = "quiet please",
+                              .project = "Bench",
+                              .tracks = trackNames()};
+    test::WaveMaker()
+        .format({.channels = channels, .sampleRate = sampleRate})
+        .bext({.timeReference = static_cast<std::uint64_t>(startOf(take, takesADay) - 2) * sampleRate})
+        .iXML(ixml.text())
+        .silence(static_cast<std::uint64_t>(clipSeconds + 5) * sampleRate)
+        .writeTo(path);
+}
+
+MediaAsset camera(int take, int day, int ofADay) {
+    MediaAsset asset({"/shoot/camera/" + formatted("A%03dC%03d", day + 1, take % 1000) +
+                      formatted("_2603%02d_R%d.mov", day % 28 + 1, take)},
+                     AssetKind::video);
+    asset.startTimecodeString = TimecodeUtils::secondsToTC(startOf(take, ofADay), TimecodeFrameRate::fps25);
+    asset.durationSeconds = clipSeconds;
+    asset.frameRate = asset.sensorFrameRate = asset.projectFrameRate = framesPerSecond;
+    asset.width = 3840;
+    asset.height = 2160;
+    return asset;
+}
+
+MediaAsset recording(int take, int day, int ofADay, int channelCount) {
+    MediaAsset asset({"/shoot/sound/" + formatted("SR%03d_2603%02d", day + 1, day % 28 + 1) +
+                      formatted("_T%05d-%d.WAV", take, 1)},
+                     AssetKind::audio);
+    asset.bextTimeReference = static_cast<std::uint64_t>(startOf(take, ofADay) - 2) * sampleRate;
+    asset.startTimecodeString =
+        TimecodeUtils::secondsToTC(startOf(take, ofADay) - 2, TimecodeFrameRate::fps25);
+    asset.durationSeconds = clipSeconds + 5;
+    asset.channelCount = channelCount;
+    asset.sampleRate = sampleRate;
+    IXMLData ixml;
+    ixml.scene = std::to_string(take / 10 + 1);
+    ixml.take = std::to_string(take % 10 + 1);
+    const auto names = trackNames();
+    for (int channel = 1; channel <= channelCount; ++channel)
+        ixml.tracks.push_back({channel, names.at(static_cast<std::size_t>(channel - 1) % names.size())});
+    asset.ixmlData = std::move(ixml);
+    return asset;
+}
+
+} // namespace
+
+MediaCorpus mediaCorpus(const std::string& folder) {
+    MediaCorpus corpus;
+    corpus.folder = folder;
+    platform::files::createDirectories(folder);
+    for (int i = 0; i < filesOfAKind; ++i) {
+        const std::string movie = folder + "/" + formatted("A001C%03d_260309_R%d.mov", i, i);
+        const std::string wave = folder + "/" + formatted("SR001_260309_T%04d-%d.WAV", i, 1);
+        if (!platform::files::exists(movie)) writeMovie(movie, i);
+        if (!platform::files::exists(wave)) writeWave(wave, i);
+        corpus.videos.push_back({movie});
+        corpus.audios.push_back({wave});
+    }
+    return corpus;
+}
+
+AssetCorpus assetCorpus(int clips, int clipsADay) {
+    AssetCorpus corpus;
+    for (int i = 0; i < clips; ++i) {
+        corpus.videos.push_back(camera(i, i / clipsADay, clipsADay));
+        corpus.audios.push_back(recording(i, i / clipsADay, clipsADay, channels));
+    }
+    return corpus;
+}
+
+SyncGroupList matchedGroups(int clips, int channelCount) {
+    std::vector<SyncGroup> groups;
+    for (int i = 0; i < clips; ++i) {
+        std::vector<AudioMatch> matches;
+        matches.emplace_back(recording(i, i / takesADay, takesADay, channelCount), -2.0, clipSeconds);
+        groups.emplace_back(camera(i, i / takesADay, takesADay), std::move(matches), MatchStatus::matched());
+    }
+    return SyncGroupList(std::move(groups));
+}
+
+} // namespace orvane::bench

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/SyncGroupList.h"
+
+#include <string>
+#include <vector>
+
+namespace orvane::bench {
+
+/// A folder of camera and recorder files as a card has them: names, timecode tracks, broadcast chunks, track
+/// names. The media data are holes of the file system.
+struct MediaCorpus {
+    std::vector<FileURL> videos;
+    std::vector<FileURL> audios;
+    std::string folder;
+
+    std::size_t size() const { return videos.size() + audios.size(); }
+};
+
+inline constexpr int filesOfAKind = 1000;
+
+/// Makes the files below the folder unless they are there already.
+MediaCorpus mediaCorpus(const std::string& folder);
+
+/// Probed assets as a shoot of many days gives them, without files: each video overlaps one recording.
+struct AssetCorpus {
+    std::vector<MediaAsset> videos;
+    std::vector<MediaAsset> audios;
+};
+AssetCorpus assetCorpus(int clips, int clipsADay);
+
+/// Matched clips with one recording of `channels` named channels each.
+SyncGroupList matchedGroups(int clips, int channels);
+
+} // namespace orvane::bench

@@ -1,0 +1,153 @@
+#include "CoreBenchmarks.h"
+#include "Process.h"
+
+#include "Platform/Files.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <map>
+#include <string>
+#include <vector>
+
+// Runs everything and prints one table: what was measured, against what, and how far it may be off. Ratios
+// are from the same run on the same machine; times alone say little on a shared one.
+namespace {
+
+using namespace orvane::bench;
+
+constexpr int clips = 10000;
+constexpr int channels = 8;
+
+/// Keeps the median of each benchmark's repetitions.
+class Medians final : public benchmark::ConsoleReporter {
+  public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs) {
+            if (run.aggregate_name != "median") continue;
+            const std::string name =
+                run.run_name.function_name + (run.run_name.args.empty() ? "" : "/" + run.run_name.args);
+            milliseconds[name] = run.GetAdjustedRealTime();
+            const auto rate = run.counters.find("bytes_per_second");
+            if (rate != run.counters.end()) bytesPerSecond[name] = rate->second;
+        }
+    }
+    std::map<std::string, double> milliseconds;
+    std::map<std::string, double> bytesPerSecond;
+};
+
+std::string text(const char* format, double a, double b = 0) {
+    std::array<char, 96> buffer{};
+    std::snprintf(buffer.data(), buffer.size(), format, a, b);
+    return buffer.data();
+}
+
+void printRow(const std::string& work, const std::string& ours, const std::string& other,
+              const std::string& result, const std::string& reach, bool reached) {
+    std::printf("%-44s %-16s %-26s %-12s %-14s %s\n", work.c_str(), ours.c_str(), other.c_str(),
+                result.c_str(), reach.c_str(), reached ? "reached" : "NOT REACHED");
+}
+
+void printRatio(const std::string& work, double ours, double floor, const char* floorName, double most) {
+    printRow(work, text("%.2f ms", ours), text("%.2f ms ", floor) + floorName, text("%.2f x", ours / floor),
+             text("<= %.0f x", most), ours / floor <= most);
+}
+
+std::vector<std::string> withFiles(std::vector<std::string> words, const MediaCorpus& corpus) {
+    for (const auto* urls : {&corpus.videos, &corpus.audios})
+        for (const auto& url : *urls) words.push_back(url.path);
+    return words;
+}
+
+/// One process a file, as it takes one.
+ProcessCost ffprobeAll(const MediaCorpus& corpus) {
+    ProcessCost sum{true, 0, 0};
+    for (const auto* urls : {&corpus.videos, &corpus.audios})
+        for (const auto& url : *urls) {
+            const auto cost =
+                runProcess({"ffprobe", "-v", "quiet", "-show_format", "-show_streams", url.path});
+            sum.seconds += cost.seconds;
+            sum.succeeded = sum.succeeded && cost.succeeded;
+        }
+    return sum;
+}
+
+void printPeer(const std::string& name, const ProcessCost& ours, const ProcessCost& peer, double least) {
+    if (!peer.succeeded || !ours.succeeded) {
+        std::printf("%-44s did not run to its end\n", name.c_str());
+        return;
+    }
+    const double ratio = peer.seconds / ours.seconds;
+    printRow("probe 2,000 files, whole process", text("%.0f ms", ours.seconds * 1000),
+             text("%.0f ms ", peer.seconds * 1000) + name, text("%.0f x", ratio), text(">= %.0f x", least),
+             ratio >= least);
+}
+
+void printPeers(const std::string& program, const MediaCorpus& corpus) {
+    const auto ours = medianRun(withFiles({program, "probe", "--no-cache", "--json"}, corpus), 5);
+    constexpr double wanted = 20;
+    if (hasProgram("mediainfo"))
+        printPeer("mediainfo", ours, runProcess(withFiles({"mediainfo", "--Output=JSON"}, corpus)), wanted);
+    if (hasProgram("ffprobe")) printPeer("ffprobe", ours, ffprobeAll(corpus), wanted);
+}
+
+void printExportMemory(const std::string& self, std::size_t documentBytes) {
+    const auto cost = runProcess({self, "--export-once"});
+    const double megabytes = static_cast<double>(documentBytes) / (1024 * 1024);
+    constexpr double most = 6;
+    printRow("export 10,000 clips of 8 channels, memory", text("%.0f MB peak", cost.peakMegabytes),
+             text("%.0f MB document", megabytes), text("%.2f x", cost.peakMegabytes / megabytes), "<= 6 x",
+             cost.succeeded && cost.peakMegabytes / megabytes <= most);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc == 2 && std::string(argv[1]) == "--export-once") {
+        std::cout << exportOnce(clips, channels) << "\n";
+        return 0;
+    }
+    if (argc < 3) {
+        std::cerr << "usage: orvane_bench PROGRAM FOLDER [benchmark options]\n";
+        return 2;
+    }
+    const std::string self = argv[0], program = argv[1], folder = argv[2];
+    std::cout << "Making files in " << folder << " ...\n" << std::flush;
+    const MediaCorpus corpus = mediaCorpus(folder + "/media");
+    registerCoreBenchmarks(corpus, folder + "/probe-cache.json");
+
+    std::vector<char*> options{argv[0]};
+    std::string repetitions = "--benchmark_repetitions=5", quiet = "--benchmark_report_aggregates_only=true",
+                interleave = "--benchmark_enable_random_interleaving=true";
+    for (std::string* option : {&repetitions, &quiet, &interleave}) options.push_back(option->data());
+    for (int i = 3; i < argc; ++i) options.push_back(argv[i]);
+    int count = static_cast<int>(options.size());
+    benchmark::Initialize(&count, options.data());
+    Medians results;
+    benchmark::RunSpecifiedBenchmarks(&results);
+
+    auto& ms = results.milliseconds;
+    std::printf("\n%-44s %-16s %-26s %-12s %-14s\n", "WORK", "OURS", "AGAINST", "RESULT", "REACH");
+    printRatio("probe 2,000 files, headers", ms["probe"], ms["headersFloor"], "bare reads", 3);
+    printPeers(program, corpus);
+    printRatio("rescan 2,000 files from the cache", ms["rescan"], ms["statFloor"], "bare stat", 3);
+    printRatio("match 10,000 + 10,000", ms["match/10000"], ms["match/1000"], "for 1,000 + 1,000", 12);
+    constexpr double million = 1e6, wantedRate = 100;
+    const double rate = results.bytesPerSecond["export/10000"] / million;
+    printRow("export 10,000 clips of 8 channels", text("%.0f ms", ms["export/10000"]), "",
+             text("%.0f MB/s", rate), ">= 100 MB/s", rate >= wantedRate);
+    printExportMemory(self, exportOnce(clips, channels));
+    const auto version = medianRun({program, "--version"}, 51);
+    const auto nothing = medianRun({"/bin/true"}, 51);
+    constexpr double mostMilliseconds = 20;
+    printRow("orvanesync --version, whole process", text("%.2f ms", version.seconds * 1000),
+             text("%.2f ms /bin/true", nothing.seconds * 1000),
+             text("%.1f x", version.seconds / nothing.seconds), "<= 20 ms",
+             version.seconds * 1000 <= mostMilliseconds);
+    return 0;
+}

@@ -1,0 +1,171 @@
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+
+#include "Platform/Files.h"
+
+#include <algorithm>
+#include <chrono>
+#include <set>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+/// One form for every file, and each file once: the folders may be the same, or one inside the other. The way
+/// to a folder is looked up once, whatever it holds.
+class Standardization {
+  public:
+    std::vector<FileURL> withoutDuplicates(const std::vector<FileURL>& urls) {
+        std::unordered_set<FileURL> seen;
+        std::vector<FileURL> result;
+        result.reserve(urls.size());
+        for (const FileURL& url : urls) {
+            FileURL standard = standardized(url);
+            if (seen.insert(standard).second) result.push_back(std::move(standard));
+        }
+        return result;
+    }
+
+  private:
+    FileURL standardized(const FileURL& url) {
+        const std::size_t slash = url.path.rfind('/');
+        if (slash == std::string::npos) return {platform::files::standardized(url.path)};
+        const auto [folder, isNew] = folders_.try_emplace(url.path.substr(0, slash));
+        if (isNew) {
+            folder->second = platform::files::standardized(folder->first + "/");
+            if (!folder->second.ends_with('/')) folder->second += '/';
+        }
+        return {folder->second + url.path.substr(slash + 1)};
+    }
+
+    std::unordered_map<std::string, std::string> folders_;
+};
+
+/// Video folders may hold audio and audio folders video.
+DiscoveryResult discover(const FileDiscoveryService& service, const std::vector<std::string>& folders) {
+    const DiscoveryResult found = service.discover(folders);
+    Standardization standard;
+    return {standard.withoutDuplicates(found.videoURLs), standard.withoutDuplicates(found.audioURLs)};
+}
+
+double secondsBetween(std::chrono::nanoseconds start, std::chrono::nanoseconds end) {
+    return std::chrono::duration<double>(end - start).count();
+}
+
+} // namespace
+
+platform::Task ImportController::startScan() {
+    assertOnMainThread();
+    return scan(weak_from_this(), ++scanNumber_);
+}
+
+/// Null when the controller is gone, or a reset or another scan has taken this scan's place.
+std::shared_ptr<ImportController> ImportController::stillScanning(const std::weak_ptr<ImportController>& weak,
+                                                                  std::uint64_t scanNumber) {
+    auto self = weak.lock();
+    return self && self->scanNumber_ == scanNumber ? self : nullptr;
+}
+
+platform::Task ImportController::scan(std::weak_ptr<ImportController> weak, std::uint64_t scanNumber) {
+    auto self = weak.lock();
+    if (!self || !self->canScan()) co_return;
+    const auto start = self->clock_->now();
+    self->set(self->scanState_, ScanState::discovering, ImportField::scanState);
+    self->set(self->progress_, ScanProgress::idle(), ImportField::progress);
+
+    std::vector<std::string> folders;
+    for (const auto& folder : {self->videoFolderURL_, self->audioFolderURL_})
+        if (folder) folders.push_back(folder->path);
+    // Every wait lets go of the controller, so that an abandoned one is not kept alive by its scan.
+    auto discovery = platform::onQueue(
+        *self->serviceQueue_, *self->mainThread_,
+        [service = self->discoveryService_, folders] { return discover(service, folders); });
+    self.reset();
+    const DiscoveryResult found = co_await discovery;
+    self = stillScanning(weak, scanNumber);
+    if (!self) co_return;
+    self->set(self->discoveryResult_, std::optional(found), ImportField::discoveryResult);
+    if (found.isEmpty()) {
+        self->set(self->scanResult_, std::optional(ScanResult{}), ImportField::scanResult);
+        self->set(self->scanState_, ScanState::done, ImportField::scanState);
+        co_return;
+    }
+
+    self->set(self->scanState_, ScanState::probing, ImportField::scanState);
+    const int videoCount = static_cast<int>(found.videoCount());
+    const int total = static_cast<int>(found.totalCount());
+    ScanResult result;
+    for (const AssetKind kind : {AssetKind::video, AssetKind::audio}) {
+        const bool isVideo = kind == AssetKind::video;
+        auto report = isVideo ? self->progressReport(scanNumber, "Probing video files", 0, total)
+                              : self->progressReport(scanNumber, "Probing audio files", videoCount, total);
+        auto probing = platform::onQueue(
+            *self->serviceQueue_, *self->mainThread_,
+            [service = self->probeService_, urls = isVideo ? found.videoURLs : found.audioURLs, kind,
+             report = std::move(report)] { return service->probeAll(urls, kind, report); });
+        self.reset();
+        (isVideo ? result.videoAssets : result.audioAssets) = co_await probing;
+        self = stillScanning(weak, scanNumber);
+        if (!self) co_return;
+    }
+    result.scanDuration = secondsBetween(start, self->clock_->now());
+    self->set(self->scanResult_, std::optional(result), ImportField::scanResult);
+
+    self->set(self->scanState_, ScanState::matching, ImportField::scanState);
+    self->set(self->progress_, ScanProgress{"Matching by timecode", 0, 0}, ImportField::progress);
+    self->adoptMatches(self->syncEngine_.match(result.videoAssets, result.audioAssets), result.audioAssets);
+    self->mergeLoadedReport();
+    self->set(self->scanState_, ScanState::done, ImportField::scanState);
+    self->set(self->progress_, ScanProgress::idle(), ImportField::progress);
+    startSmartAudioAfterScan(weak);
+}
+
+std::function<void(int, int)> ImportController::progressReport(std::uint64_t scanNumber, std::string phase,
+                                                               int before, int total) {
+    return [weak = weak_from_this(), main = mainThread_, scanNumber, phase = std::move(phase), before,
+            total](int current, int) {
+        main->post([weak, scanNumber, progress = ScanProgress{phase, before + current, total}] {
+            if (const auto self = stillScanning(weak, scanNumber))
+                self->set(self->progress_, progress, ImportField::progress);
+        });
+    };
+}
+
+/// The old groups go; wild tracks keep their names and approvals where the probe gave the same asset again.
+void ImportController::adoptMatches(SyncGroupList groups, const std::vector<MediaAsset>& audioAssets) {
+    std::unordered_set<UUID> claimed;
+    for (const SyncGroup& group : groups)
+        for (const AudioMatch& match : group.audioMatches) claimed.insert(match.audio.id);
+    std::unordered_map<UUID, const WildTrack*> before;
+    for (const WildTrack& track : wildTracks_) before[track.id] = &track;
+
+    std::vector<WildTrack> wild;
+    for (const MediaAsset& asset : audioAssets) {
+        if (claimed.contains(asset.id)) continue;
+        WildTrack& track = wild.emplace_back(asset);
+        const auto old = before.find(asset.id);
+        if (old == before.end()) continue;
+        track.customName = old->second->customName;
+        track.isApproved = old->second->isApproved;
+    }
+    set(syncGroups_, std::move(groups), ImportField::syncGroups);
+    set(wildTracks_, std::move(wild), ImportField::wildTracks);
+}
+
+void ImportController::reset() {
+    assertOnMainThread();
+    ++scanNumber_;
+    set(videoFolderURL_, {}, ImportField::videoFolderURL);
+    set(audioFolderURL_, {}, ImportField::audioFolderURL);
+    set(discoveryResult_, {}, ImportField::discoveryResult);
+    set(scanResult_, {}, ImportField::scanResult);
+    set(aleMatchStatus_, {}, ImportField::report);
+    set(syncGroups_, {}, ImportField::syncGroups);
+    set(wildTracks_, {}, ImportField::wildTracks);
+    set(scanState_, ScanState::idle, ImportField::scanState);
+    set(progress_, ScanProgress::idle(), ImportField::progress);
+}
+
+} // namespace orvane

@@ -1,0 +1,85 @@
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+
+#include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
+#include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+int count(const SyncGroupList& groups, bool (*test)(const SyncGroup&)) {
+    return static_cast<int>(std::count_if(groups.begin(), groups.end(), test));
+}
+
+bool isSettled(const SyncGroup& group) { return group.matchStatus.isSettled(); }
+
+} // namespace
+
+std::shared_ptr<ImportController> ImportController::create(Dependencies dependencies) {
+    return std::shared_ptr<ImportController>(new ImportController(std::move(dependencies)));
+}
+
+ImportController::ImportController(Dependencies dependencies)
+    : mainThread_(std::move(dependencies.mainThread)), settings_(std::move(dependencies.settings)),
+      clock_(std::move(dependencies.clock)),
+      probeService_(std::make_shared<MediaProbeService>(*settings_, std::move(dependencies.probeCache))),
+      serviceQueue_(platform::SerialQueue::create("services")) {}
+
+ImportController::~ImportController() = default;
+
+void ImportController::assertOnMainThread() const { assert(mainThread_->isCurrent()); }
+
+void ImportController::notify(ImportField field) {
+    std::erase_if(listeners_, [](const auto& listener) { return listener.expired(); });
+    // A copy: a listener may subscribe or unsubscribe.
+    const auto listeners = listeners_;
+    for (const auto& listener : listeners)
+        if (const auto callback = listener.lock()) (*callback)(field);
+}
+
+platform::Subscription ImportController::onChange(std::function<void(ImportField)> callback) {
+    assertOnMainThread();
+    auto listener = std::make_shared<std::function<void(ImportField)>>(std::move(callback));
+    listeners_.push_back(listener);
+    return listener;
+}
+
+void ImportController::setVideoFolderURL(std::optional<FileURL> folder) {
+    set(videoFolderURL_, std::move(folder), ImportField::videoFolderURL);
+}
+
+void ImportController::setAudioFolderURL(std::optional<FileURL> folder) {
+    set(audioFolderURL_, std::move(folder), ImportField::audioFolderURL);
+}
+
+int ImportController::matchedCount() const { return count(syncGroups_, isSettled); }
+
+int ImportController::unmatchedCount() const {
+    return count(syncGroups_, [](const SyncGroup& group) { return !isSettled(group); });
+}
+
+int ImportController::syncClipCount() const {
+    return count(syncGroups_, [](const SyncGroup& group) { return isSettled(group) && !group.isMOS(); });
+}
+
+int ImportController::mosCount() const {
+    return count(syncGroups_, [](const SyncGroup& group) { return isSettled(group) && group.isMOS(); });
+}
+
+std::map<UUID, std::string> ImportController::displayNames() const {
+    const auto source = GroupNaming::sourceFrom(settings_->text("clipNamingSource", "sceneTake"));
+    const std::optional<std::string> pattern = settings_->text("customNamingPattern", "{scene}-{take}");
+    const std::string separator = settings_->text("namingSeparator", "-");
+    const SyncClustering::Index clusters(syncGroups_, source, pattern);
+    std::map<UUID, std::string> names;
+    for (std::size_t i = 0; i < syncGroups_.size(); ++i)
+        names[syncGroups_[i].id] = GroupNaming::fcpClipName(
+            syncGroups_[i], source, pattern, static_cast<int>(clusters.siblingCount(i)), separator, true);
+    return names;
+}
+
+} // namespace orvane

@@ -1,0 +1,137 @@
+#include "OrvaneSyncCLI/Arguments.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace orvane::cli {
+
+namespace {
+
+const Option* find(std::span<const Option> options, std::string_view name) {
+    const auto found = std::ranges::find_if(options, [&](const Option& option) {
+        return option.name == name || (!option.shortName.empty() && option.shortName == name);
+    });
+    return found == options.end() ? nullptr : &*found;
+}
+
+bool looksLikeOption(std::string_view word) {
+    return word.size() > 1 && word.front() == '-' && !numberFrom(word);
+}
+
+std::string unknownOption(std::string_view name, std::span<const Option> options) {
+    std::vector<std::string_view> names;
+    for (const Option& option : options) names.push_back(option.name);
+    std::string message = "unknown option '" + std::string(name) + "'";
+    if (const auto meant = nearest(name, names)) message += " (did you mean '" + std::string(*meant) + "'?)";
+    return message;
+}
+
+/// Insertions, deletions, replacements and swaps of neighbours, each counted as one.
+std::size_t editDistance(std::string_view a, std::string_view b) {
+    std::vector<std::vector<std::size_t>> costs(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
+    for (std::size_t i = 0; i <= a.size(); ++i) {
+        for (std::size_t j = 0; j <= b.size(); ++j) {
+            if (i == 0 || j == 0) {
+                costs[i][j] = i + j;
+                continue;
+            }
+            const std::size_t replaced = costs[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+            costs[i][j] = std::min({replaced, costs[i - 1][j] + 1, costs[i][j - 1] + 1});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                costs[i][j] = std::min(costs[i][j], costs[i - 2][j - 2] + 1);
+        }
+    }
+    return costs.back().back();
+}
+
+template <class Number>
+std::optional<Number> parsed(std::string_view text) {
+    if (text.starts_with('+')) text.remove_prefix(1);
+    Number value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
+} // namespace
+
+Arguments Arguments::parse(std::span<const std::string> words, std::span<const Option> options) {
+    Arguments result;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        const std::string& word = words[i];
+        if (word == "--") {
+            result.positionals_.insert(result.positionals_.end(),
+                                       words.begin() + static_cast<std::ptrdiff_t>(i) + 1, words.end());
+            break;
+        }
+        if (!looksLikeOption(word)) {
+            result.positionals_.push_back(word);
+            continue;
+        }
+        const std::size_t equals = word.starts_with("--") ? word.find('=') : std::string::npos;
+        const std::string name = word.substr(0, equals);
+        const Option* option = find(options, name);
+        if (option == nullptr) throw UsageError(unknownOption(name, options));
+        std::string value;
+        if (option->value.empty()) {
+            if (equals != std::string::npos) throw UsageError("the option " + name + " takes no value");
+        } else if (equals != std::string::npos) {
+            value = word.substr(equals + 1);
+        } else {
+            if (i + 1 == words.size())
+                throw UsageError("the option " + name + " needs a value: " + std::string(option->value));
+            value = words[++i];
+        }
+        result.values_[std::string(option->name)].push_back(std::move(value));
+    }
+    return result;
+}
+
+std::optional<std::string> Arguments::value(std::string_view option) const {
+    const auto found = values_.find(option);
+    return found == values_.end() ? std::nullopt : std::optional(found->second.back());
+}
+
+std::vector<std::string> Arguments::values(std::string_view option) const {
+    const auto found = values_.find(option);
+    return found == values_.end() ? std::vector<std::string>{} : found->second;
+}
+
+std::optional<double> Arguments::number(std::string_view option) const {
+    const auto text = value(option);
+    if (!text) return std::nullopt;
+    if (const auto number = numberFrom(*text)) return number;
+    throw UsageError(std::string(option) + " takes a number, not '" + *text + "'");
+}
+
+std::optional<long long> Arguments::integer(std::string_view option) const {
+    const auto text = value(option);
+    if (!text) return std::nullopt;
+    if (const auto number = integerFrom(*text)) return number;
+    throw UsageError(std::string(option) + " takes a whole number, not '" + *text + "'");
+}
+
+std::optional<double> numberFrom(std::string_view text) {
+    const auto value = parsed<double>(text);
+    return value && std::isfinite(*value) ? value : std::nullopt;
+}
+
+std::optional<long long> integerFrom(std::string_view text) { return parsed<long long>(text); }
+
+std::optional<std::string_view> nearest(std::string_view word, std::span<const std::string_view> candidates) {
+    std::optional<std::string_view> best;
+    constexpr std::size_t longestWord = 64;
+    if (word.size() > longestWord) return best;
+    // A third of the word may be wrong; beyond that a guess would only confuse.
+    std::size_t bestDistance = word.size() / 3 + 1;
+    for (const std::string_view candidate : candidates) {
+        const std::size_t distance = editDistance(word, candidate);
+        if (distance >= bestDistance) continue;
+        bestDistance = distance;
+        best = candidate;
+    }
+    return best;
+}
+
+} // namespace orvane::cli

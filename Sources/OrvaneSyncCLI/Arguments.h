@@ -1,0 +1,55 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvane::cli {
+
+/// The command line was wrong: what about it. Ends with status 2 and the usage line.
+class UsageError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// One option of a command.
+struct Option {
+    std::string_view name;  ///< with its dashes, such as "--event"
+    std::string_view value; ///< what stands for its value in the help; empty: a switch
+    std::string_view help;
+    std::string_view shortName = {}; ///< such as "-o"
+};
+
+/// A command line taken apart.
+class Arguments {
+  public:
+    /// "--name value" and "--name=value" are the same; "--" ends the options; "-" and negative numbers are no
+    /// options. An option may come again: the last value counts, or all of them where the command asks for
+    /// all. Throws UsageError.
+    static Arguments parse(std::span<const std::string> words, std::span<const Option> options);
+
+    const std::vector<std::string>& positionals() const { return positionals_; }
+    bool has(std::string_view option) const { return values_.contains(option); }
+    std::optional<std::string> value(std::string_view option) const;
+    std::vector<std::string> values(std::string_view option) const;
+    /// The value as a number. Throws UsageError for a text that is none.
+    std::optional<double> number(std::string_view option) const;
+    std::optional<long long> integer(std::string_view option) const;
+
+  private:
+    std::vector<std::string> positionals_;
+    std::map<std::string, std::vector<std::string>, std::less<>> values_;
+};
+
+/// The whole text as a finite number; nothing when it is none.
+std::optional<double> numberFrom(std::string_view text);
+std::optional<long long> integerFrom(std::string_view text);
+
+/// The candidate that was probably meant: the nearest by edits, if it is near.
+std::optional<std::string_view> nearest(std::string_view word, std::span<const std::string_view> candidates);
+
+} // namespace orvane::cli

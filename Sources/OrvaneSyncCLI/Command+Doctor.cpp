@@ -1,0 +1,118 @@
+#include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "Platform/Files.h"
+#include "Platform/JSON.h"
+#include "Platform/MediaInspector.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace orvane::cli {
+
+namespace {
+
+using platform::JSON;
+
+/// One thing that the program may need of the machine.
+struct Check {
+    const char* name;
+    const char* status; ///< "ok", "problem", or "unused" for what this version does not need yet
+    std::string detail;
+};
+
+std::string joined(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
+    return text;
+}
+
+Check settingsCheck(const Context& context) {
+    const auto* store = dynamic_cast<const platform::FileSettingsStore*>(context.settings.get());
+    const auto problem = store == nullptr ? std::nullopt : store->problem();
+    return {"settings", problem ? "problem" : "ok", problem.value_or(standardSettingsPath())};
+}
+
+Check folderCheck(const char* name, const std::string& path) {
+    if (::access(path.c_str(), W_OK | X_OK) == 0) return {name, "ok", path};
+    return {name, "problem", "can't write to " + path};
+}
+
+Check cacheCheck(const Context& context) {
+    const auto cache = context.openProbeCache();
+    std::array<char, 64> size{};
+    constexpr double megabyte = 1e6;
+    std::snprintf(size.data(), size.size(), " (%.1f MB)", static_cast<double>(cache->sizeBytes()) / megabyte);
+    return {"known files", "ok",
+            counted(static_cast<long long>(cache->count()), "file", "files") + " probed before" +
+                size.data()};
+}
+
+Check libraryCheck() {
+    const auto versions = platform::mediaLibraryVersions();
+    if (versions) return {"media libraries", "ok", *versions};
+    return {"media libraries", "problem",
+            "their module is missing beside the program; only QuickTime, MP4 and WAVE files can be read"};
+}
+
+Check codecCheck() {
+    const std::vector<std::string> wanted{"aac",  "alac", "flac",  "mp3",    "opus",  "pcm_s24le",
+                                          "h264", "hevc", "mjpeg", "prores", "dnxhd", "mpeg2video"};
+    const auto found = platform::decodableCodecs(wanted);
+    std::vector<std::string> missing;
+    for (const std::string& codec : wanted)
+        if (std::ranges::find(found, codec) == found.end()) missing.push_back(codec);
+    if (missing.empty()) return {"codecs", "ok", joined(found)};
+    return {"codecs", "problem", "can't decode " + joined(missing)};
+}
+
+std::vector<Check> checks(const Context& context) {
+    return {settingsCheck(context),
+            folderCheck("work folder", AppStorageHelper::applicationSupportDirectory()),
+            folderCheck("cache folder", AppStorageHelper::cachesDirectory()),
+            cacheCheck(context),
+            libraryCheck(),
+            codecCheck(),
+            {"audio output", "unused", "this version plays no sound"},
+            {"text recognition", "unused", "this version reads no slates"},
+            {"key store", "unused", "this version signs in nowhere"}};
+}
+
+void doctor(Context& context, const Arguments& arguments) {
+    if (!arguments.positionals().empty()) throw UsageError("doctor takes no file");
+    const auto found = checks(context);
+    if (arguments.has("--json")) {
+        JSON::Array list;
+        for (const Check& check : found)
+            list.push_back(
+                JSON::Object{{"name", check.name}, {"status", check.status}, {"detail", check.detail}});
+        JSON json;
+        json.set("version", ORVANE_VERSION);
+        json.set("checks", std::move(list));
+        context.out << json.dump(JSON::Layout::pretty) << "\n";
+        return;
+    }
+    Table table({{"CHECK"}, {"STATUS"}, {"DETAIL"}});
+    for (const Check& check : found) table.add({check.name, check.status, check.detail});
+    context.out << "orvanesync " ORVANE_VERSION "\n\n" << table.text(context.mayColour);
+}
+
+} // namespace
+
+const Command& doctorCommand() {
+    static const Command command{"doctor",
+                                 "[options]",
+                                 "Show what this machine has for the program, and where its files lie.",
+                                 "orvanesync doctor",
+                                 {},
+                                 doctor};
+    return command;
+}
+
+} // namespace orvane::cli

@@ -1,0 +1,57 @@
+#include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/Printers.h"
+#include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
+#include "Platform/Files.h"
+
+namespace orvane::cli {
+
+namespace {
+
+/// A file whose extension no scan would take is shown as what it seems to hold.
+MediaAsset probe(Context& context, MediaProbeService& service, const FileURL& url) {
+    if (const auto kind = assetKindFrom(url)) return service.probe(url, *kind);
+    context.warn(url.lastPathComponent() + ": a scan passes over files of this extension");
+    MediaAsset asset = service.probe(url, AssetKind::video);
+    return asset.width ? asset : service.probe(url, AssetKind::audio);
+}
+
+void probeFiles(Context& context, const Arguments& arguments) {
+    const auto& paths = arguments.positionals();
+    if (paths.empty()) throw UsageError("which file?");
+    MediaProbeService service(*context.settings,
+                              arguments.has("--no-cache") ? nullptr : context.openProbeCache());
+    std::size_t unreadable = 0;
+    std::string text;
+    JSON::Array assets;
+    for (const std::string& path : paths) {
+        if (const std::string why = whyUnreadable(path, false); !why.empty()) {
+            if (paths.size() == 1) throw CommandError("can't read " + path + ": " + why);
+            context.warn("can't read " + path + ": " + why);
+            ++unreadable;
+        }
+        const MediaAsset asset = probe(context, service, {platform::files::standardized(path)});
+        if (arguments.has("--json"))
+            assets.push_back(toJSON(asset));
+        else
+            text += (text.empty() ? "" : "\n") + assetText(asset, context.mayColour);
+    }
+    if (unreadable == paths.size()) throw CommandError("none of the files can be read");
+    if (arguments.has("--json")) text = JSON(std::move(assets)).dump(JSON::Layout::pretty) + "\n";
+    context.out << text;
+}
+
+} // namespace
+
+const Command& probeCommand() {
+    static const Command command{
+        "probe",
+        "FILE... [options]",
+        "Show what is known of each file.",
+        "orvanesync probe demo/shoot/sound/*.WAV",
+        {{"--no-cache", "", "read every file anew; neither use nor keep earlier results"}},
+        probeFiles};
+    return command;
+}
+
+} // namespace orvane::cli

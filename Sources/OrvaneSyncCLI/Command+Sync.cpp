@@ -1,0 +1,134 @@
+#include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/Printers.h"
+#include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCLI/Table.h"
+#include "Platform/Files.h"
+#include "Platform/Text.h"
+
+#include <unistd.h>
+
+namespace orvane::cli {
+
+namespace {
+
+constexpr std::string_view standardOutput = "-";
+
+struct SyncOptions {
+    std::string output;
+    ImportController::ExportOptions document;
+    std::optional<fcpxml::FCPXMLVersion> version;
+    SmartAudioMode smartAudio = SmartAudioMode::standard;
+};
+
+SmartAudioMode smartAudioMode(const Context& context, const Arguments& arguments) {
+    if (arguments.has("--no-smart-audio")) return SmartAudioMode::off;
+    if (const auto named = arguments.value("--smart-audio")) {
+        if (const auto mode = smartAudioModeFromUITag(*named)) return *mode;
+        throw UsageError("--smart-audio takes off, standard, studio, cinematic or custom, not '" + *named +
+                         "'");
+    }
+    const auto stored = context.settings->textIfPresent("smartAudioMode");
+    if (!stored) return SmartAudioMode::standard;
+    return smartAudioModeFromUITag(*stored).value_or(SmartAudioMode::off);
+}
+
+std::optional<fcpxml::FCPXMLVersion> documentVersion(const Arguments& arguments) {
+    const auto named = arguments.value("--fcpxml-version");
+    if (!named) return std::nullopt;
+    if (const auto version = fcpxml::fcpxmlVersionFrom(*named)) return version;
+    throw UsageError("--fcpxml-version takes 1.6 to 1.14, not '" + *named + "'");
+}
+
+/// Found out before the work begins: a long scan must not end at a folder that is not there.
+void checkOutput(const std::string& output) {
+    if (output == standardOutput) return;
+    if (assetKindFrom({output}))
+        throw UsageError("-o " + output + " names a media file; it would be overwritten");
+    if (const auto there = platform::files::attributes(output); there && there->isDirectory)
+        throw CommandError("can't write " + output + ": it is a folder");
+    const std::size_t slash = output.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : output.substr(0, slash);
+    if (const std::string why = whyUnreadable(folder, true); !why.empty())
+        throw CommandError("can't write " + output + ": " + folder + ": " + why);
+}
+
+SyncOptions read(const Context& context, const Arguments& arguments) {
+    SyncOptions options;
+    const auto output = arguments.value("--output");
+    if (!output || output->empty()) throw UsageError("where to? -o OUT.fcpxml is missing");
+    if (*output == standardOutput && arguments.has("--json"))
+        throw UsageError("-o - and --json both want standard output");
+    options.output = *output;
+    options.document.eventName = arguments.value("--event");
+    if (arguments.has("--no-multicam")) options.document.generateMulticam = false;
+    options.version = documentVersion(arguments);
+    options.smartAudio = smartAudioMode(context, arguments);
+    checkOutput(options.output);
+    return options;
+}
+
+void write(Context& context, const std::string& output, const std::string& document) {
+    if (output != standardOutput) return platform::files::writeAtomically(output, document);
+    context.out.write(document.data(), static_cast<std::streamsize>(document.size()));
+}
+
+void report(Context& context, ImportController& controller, const ExportResult& result,
+            const SyncOptions& options) {
+    for (const std::string& warning : result.warnings) context.warn(warning);
+    if (options.output == standardOutput) return;
+    context.out << stateText(controller, context.mayColour) << "\nWrote "
+                << platform::text::printable(options.output) << ": "
+                << counted(result.syncClipCount, "synchronized clip", "synchronized clips");
+    if (result.multicamCount > 0)
+        context.out << ", " << counted(result.multicamCount, "multicam clip", "multicam clips");
+    context.out << ".\n";
+}
+
+void sync(Context& context, const Arguments& arguments) {
+    const SyncOptions options = read(context, arguments);
+    ScanRun run(context, arguments);
+    run.scan();
+    ImportController& controller = run.controller();
+    if (controller.scanResult() && controller.scanResult()->totalFiles() == 0)
+        throw CommandError("no video or audio files in " + arguments.positionals().front());
+    if (options.smartAudio != SmartAudioMode::off)
+        run.wait(controller.runSmartAudioAnalysis(options.smartAudio, false));
+
+    ExportSettings settings = controller.exportSettings(options.document);
+    if (options.version) settings.fcpxmlVersion = *options.version;
+    const ExportResult result = controller.exportFCPXML(settings);
+    write(context, options.output, result.fcpxmlString);
+    if (arguments.has("--json")) {
+        context.out << exportJSON(controller, result, options.output).dump(JSON::Layout::pretty) << "\n";
+        return;
+    }
+    report(context, controller, result, options);
+}
+
+std::vector<Option> syncOptions() {
+    std::vector<Option> options{
+        {"--output", "OUT.fcpxml", "where the document goes; - is standard output", "-o"},
+        {"--event", "NAME", "the name of the event in Final Cut Pro"},
+        {"--no-multicam", "", "build no multicam clips"},
+        {"--fcpxml-version", "V", "write an older version of the format, such as 1.10"},
+        {"--smart-audio", "MODE", "choose microphones by off, standard, studio, cinematic or custom"},
+        {"--no-smart-audio", "", "leave every channel heard"},
+    };
+    options.insert(options.end(), scanOptions().begin(), scanOptions().end());
+    return options;
+}
+
+} // namespace
+
+const Command& syncCommand() {
+    static const Command command{
+        "sync",
+        "FOLDER [AUDIO_FOLDER] -o OUT.fcpxml [options]",
+        "The main job: scan, match, choose audio, write a document for Final Cut Pro.",
+        "orvanesync sync demo/shoot/camera demo/shoot/sound -o demo/Synced.fcpxml",
+        syncOptions(),
+        sync};
+    return command;
+}
+
+} // namespace orvane::cli

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "OrvaneSyncCLI/Context.h"
+
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace orvane::cli {
+
+enum ExitStatus : int { done = 0, failed = 1, wrongUsage = 2 };
+
+/// One command of the program.
+struct Command {
+    std::string_view name;
+    std::string_view usage; ///< behind the command's name, such as "FILE..."
+    std::string_view summary;
+    std::string_view example; ///< works as printed
+    std::vector<Option> options;
+    void (*run)(Context& context, const Arguments& arguments);
+};
+
+const Command& syncCommand();
+const Command& scanCommand();
+const Command& probeCommand();
+const Command& ltcCommand();
+const Command& timecodeCommand();
+const Command& doctorCommand();
+
+/// All commands, in the order in which the help lists them.
+std::span<const Command* const> allCommands();
+
+/// Runs a whole command line (without the program's name) and returns its exit status.
+int run(std::span<const std::string> words, Context& context);
+
+} // namespace orvane::cli

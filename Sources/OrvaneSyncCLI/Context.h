@@ -1,0 +1,41 @@
+#pragma once
+
+#include "OrvaneSyncCLI/Arguments.h"
+#include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
+#include "Platform/MainThread.h"
+#include "Platform/SettingsStore.h"
+
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace orvane::cli {
+
+/// A command that could not do what it was asked for. Ends with status 1 and one line "error: ...".
+class CommandError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Everything that a command has around it, so that tests run it without a terminal.
+struct Context {
+    std::ostream& out;
+    std::ostream& err;
+    bool outIsTerminal = false;
+    bool errIsTerminal = false;
+    bool mayColour = false; ///< standard output is a terminal and NO_COLOR is not set
+    int errWidth = 80;      ///< columns
+    std::shared_ptr<platform::SettingsStore> settings{};
+    std::shared_ptr<const platform::Clock> clock = platform::systemClock();
+
+    /// Opens the results of earlier probes. Asked once, by a command that wants them.
+    std::function<std::shared_ptr<ProbeCache>()> openProbeCache = ProbeCache::shared;
+
+    /// One line "warning: ..." on standard error.
+    void warn(std::string_view message) const;
+};
+
+} // namespace orvane::cli

@@ -1,0 +1,42 @@
+#include "OrvaneSyncCLI/Printers.h"
+
+namespace orvane::cli {
+
+JSON countsJSON(const ImportController& controller) {
+    JSON counts;
+    counts.set("matched", controller.matchedCount());
+    counts.set("unmatched", controller.unmatchedCount());
+    counts.set("syncClips", controller.syncClipCount());
+    counts.set("mos", controller.mosCount());
+    counts.set("projectedMulticam", controller.projectedMulticamCount());
+    return counts;
+}
+
+JSON stateJSON(const ImportController& controller) {
+    JSON::Object names;
+    for (const auto& [id, name] : controller.displayNames()) names.emplace_back(id.text(), name);
+    JSON state;
+    state.set("scanState", name(controller.scanState()));
+    if (controller.discoveryResult()) state.set("discoveryResult", toJSON(*controller.discoveryResult()));
+    if (controller.scanResult()) state.set("scanResult", toJSON(*controller.scanResult()));
+    state.set("syncGroups", toJSONArray(controller.syncGroups()));
+    state.set("wildTracks", toJSONArray(controller.wildTracks()));
+    state.set("displayNames", std::move(names));
+    state.set("counts", countsJSON(controller));
+    state.setIfPresent("aleMatchStatus", controller.aleMatchStatus());
+    return state;
+}
+
+JSON exportJSON(const ImportController& controller, const ExportResult& result, const std::string& output) {
+    JSON::Array warnings;
+    for (const std::string& warning : result.warnings) warnings.emplace_back(warning);
+    JSON json;
+    json.set("output", output);
+    json.set("syncClipCount", result.syncClipCount);
+    json.set("multicamCount", result.multicamCount);
+    json.set("warnings", std::move(warnings));
+    json.set("counts", countsJSON(controller));
+    return json;
+}
+
+} // namespace orvane::cli

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "Platform/JSON.h"
+
+#include <string>
+
+namespace orvane::cli {
+
+// The JSON forms of the controller's state, the same for every face that speaks JSON.
+
+/// How many clips came out how.
+JSON countsJSON(const ImportController& controller);
+/// Folders' files, assets, clips, wild tracks, names and counts.
+JSON stateJSON(const ImportController& controller);
+JSON exportJSON(const ImportController& controller, const ExportResult& result, const std::string& output);
+
+// The same for people.
+
+/// The clips as a table, what was found without picture, and a line of counts.
+std::string stateText(const ImportController& controller, bool bold);
+/// What is known of one file.
+std::string assetText(const MediaAsset& asset, bool bold);
+
+} // namespace orvane::cli

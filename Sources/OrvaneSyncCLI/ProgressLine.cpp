@@ -1,0 +1,63 @@
+#include "OrvaneSyncCLI/ProgressLine.h"
+
+#include "OrvaneSyncCLI/Table.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane::cli {
+
+namespace {
+
+constexpr std::chrono::nanoseconds redrawInterval = std::chrono::milliseconds(50);
+constexpr int widestBar = 30;
+constexpr int narrowestBar = 5;
+/// Before this a guess at the time left would jump about.
+constexpr double secondsBeforeGuessing = 1.0;
+
+std::string bar(double fraction, int columns) {
+    const int full = static_cast<int>(std::lround(fraction * columns));
+    std::string text = "[";
+    for (int i = 0; i < columns; ++i) text += i < full ? '#' : '.';
+    return text + "]";
+}
+
+} // namespace
+
+ProgressLine::ProgressLine(Context& context, bool isQuiet)
+    : context_(context), isOn_(context.errIsTerminal && !isQuiet) {}
+
+std::string ProgressLine::text(const ScanProgress& progress, double elapsed, int columns) {
+    if (progress.phase.empty()) return "";
+    if (!progress.isActive()) return progress.phase + " ...";
+    const double fraction = std::clamp(progress.fraction(), 0.0, 1.0);
+    const std::string count = " " + std::to_string(progress.current) + "/" + std::to_string(progress.total);
+    std::string left;
+    if (elapsed > secondsBeforeGuessing && fraction > 0)
+        left = " " + clockText(elapsed * (1 - fraction) / fraction) + " left";
+    const int used = platform::text::displayWidth(progress.phase + count + left) + 4;
+    const int room = std::min(columns - used, widestBar);
+    return progress.phase + count + (room >= narrowestBar ? " " + bar(fraction, room) : "") + left;
+}
+
+void ProgressLine::show(const ScanProgress& progress) {
+    if (!isOn_) return;
+    const auto now = context_.clock->now();
+    if (!start_) start_ = now;
+    const bool isEnd = progress.current == progress.total;
+    if (lastDrawn_ && now - *lastDrawn_ < redrawInterval && !isEnd) return;
+    lastDrawn_ = now;
+    const std::string line =
+        text(progress, std::chrono::duration<double>(now - *start_).count(), context_.errWidth);
+    context_.err << "\r\x1b[K" << line << std::flush;
+    isShown_ = !line.empty();
+}
+
+void ProgressLine::clear() {
+    if (!isShown_) return;
+    context_.err << "\r\x1b[K" << std::flush;
+    isShown_ = false;
+}
+
+} // namespace orvane::cli

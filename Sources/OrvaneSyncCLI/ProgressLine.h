@@ -1,0 +1,35 @@
+#pragma once
+
+#include "OrvaneSyncCLI/Context.h"
+#include "OrvaneSyncCore/Models/ScanModels.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace orvane::cli {
+
+/// One line on a terminal's standard error that says how far long work is: phase, count, bar and time left.
+/// Nothing at all elsewhere. Takes itself away when it goes.
+class ProgressLine {
+  public:
+    ProgressLine(Context& context, bool isQuiet);
+    ~ProgressLine() { clear(); }
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+
+    void show(const ScanProgress& progress);
+    void clear();
+
+    /// The line for a terminal of that many columns. `elapsed` seconds since the work began.
+    static std::string text(const ScanProgress& progress, double elapsed, int columns);
+
+  private:
+    Context& context_;
+    bool isOn_;
+    bool isShown_ = false;
+    std::optional<std::chrono::nanoseconds> start_;
+    std::optional<std::chrono::nanoseconds> lastDrawn_;
+};
+
+} // namespace orvane::cli

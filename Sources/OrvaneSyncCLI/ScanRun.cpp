@@ -1,0 +1,87 @@
+#include "OrvaneSyncCLI/ScanRun.h"
+
+#include "Platform/Files.h"
+
+#include <cerrno>
+#include <exception>
+#include <system_error>
+#include <unistd.h>
+
+namespace orvane::cli {
+
+namespace {
+
+FileURL folder(const std::string& path) {
+    if (const std::string why = whyUnreadable(path, true); !why.empty())
+        throw CommandError("can't read the folder " + path + ": " + why);
+    return {platform::files::standardized(path)};
+}
+
+void chooseFolders(ImportController& controller, const Arguments& arguments) {
+    const auto& folders = arguments.positionals();
+    if (folders.size() > 2) throw UsageError("more than two folders: " + folders[2]);
+    auto video = arguments.value("--video"), audio = arguments.value("--audio");
+    if (!folders.empty()) {
+        if (video || audio)
+            throw UsageError("give the folders by name (--video, --audio) or by place, not both");
+        // One folder stands for both kinds.
+        video = folders.front();
+        audio = folders.back();
+    }
+    if (!video && !audio) throw UsageError("which folder?");
+    if (video) controller.setVideoFolderURL(folder(*video));
+    if (audio) controller.setAudioFolderURL(folder(*audio));
+}
+
+} // namespace
+
+std::string whyUnreadable(const std::string& path, bool mustBeFolder) {
+    const auto attributes = platform::files::attributes(path);
+    if (!attributes) return std::generic_category().message(errno);
+    if (mustBeFolder && !attributes->isDirectory) return "it is not a folder";
+    if (!mustBeFolder && attributes->isDirectory) return "it is a folder";
+    const int mode = mustBeFolder ? R_OK | X_OK : R_OK;
+    return ::access(path.c_str(), mode) == 0 ? "" : std::generic_category().message(errno);
+}
+
+const std::vector<Option>& scanOptions() {
+    static const std::vector<Option> options{
+        {"--video", "DIR", "the folder of the camera files alone"},
+        {"--audio", "DIR", "the folder of the recordings alone"},
+        {"--report", "FILE", "lay the columns of a camera or sound report over the clips"},
+        {"--no-cache", "", "read every file anew; neither use nor keep earlier results"},
+    };
+    return options;
+}
+
+ScanRun::ScanRun(Context& context, const Arguments& arguments)
+    : loop_(platform::RunLoop::create()), progress_(context, arguments.has("--quiet")) {
+    if (arguments.has("--report"))
+        throw CommandError("--report: this version can't read camera and sound reports yet");
+    ImportController::Dependencies dependencies;
+    dependencies.mainThread = loop_;
+    dependencies.settings = context.settings;
+    dependencies.clock = context.clock;
+    if (!arguments.has("--no-cache")) dependencies.probeCache = context.openProbeCache();
+    controller_ = ImportController::create(std::move(dependencies));
+    chooseFolders(*controller_, arguments);
+    subscription_ = controller_->onChange([this](ImportField field) {
+        if (field == ImportField::progress && controller_->progress().isActive())
+            progress_.show(controller_->progress());
+    });
+}
+
+void ScanRun::scan() { wait(controller_->startScan()); }
+
+void ScanRun::wait(const platform::Task& operation) {
+    std::exception_ptr raised;
+    operation.whenDone([&](std::exception_ptr how) {
+        raised = std::move(how);
+        loop_->quit();
+    });
+    loop_->run();
+    progress_.clear();
+    if (raised) std::rethrow_exception(raised);
+}
+
+} // namespace orvane::cli

@@ -1,0 +1,76 @@
+#include "OrvaneSyncCLI/Table.h"
+
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+
+namespace orvane::cli {
+
+namespace {
+
+constexpr int gap = 2; ///< blanks between columns
+
+void appendCell(std::string& line, std::string_view cell, int width, Table::Align align, bool isLast) {
+    const int missing = std::max(width - platform::text::displayWidth(cell), 0);
+    const std::string padding(static_cast<std::size_t>(missing), ' ');
+    if (align == Table::Align::right) line += padding;
+    line += cell;
+    if (isLast) return;
+    if (align == Table::Align::left) line += padding;
+    line.append(gap, ' ');
+}
+
+} // namespace
+
+Table::Table(std::vector<Column> columns) : columns_(std::move(columns)) {
+    for (Column& column : columns_) column.heading = platform::text::printable(column.heading);
+}
+
+void Table::add(std::vector<std::string> cells) {
+    for (std::string& cell : cells) cell = platform::text::printable(cell);
+    cells.resize(columns_.size());
+    rows_.push_back(std::move(cells));
+}
+
+std::string Table::text(bool bold) const {
+    std::vector<int> widths;
+    for (std::size_t c = 0; c < columns_.size(); ++c) {
+        int width = platform::text::displayWidth(columns_[c].heading);
+        for (const auto& row : rows_) width = std::max(width, platform::text::displayWidth(row[c]));
+        widths.push_back(width);
+    }
+    std::string text = bold ? "\x1b[1m" : "";
+    for (std::size_t c = 0; c < columns_.size(); ++c)
+        appendCell(text, columns_[c].heading, widths[c], columns_[c].align, c + 1 == columns_.size());
+    text += bold ? "\x1b[0m\n" : "\n";
+    for (const auto& row : rows_) {
+        std::string line;
+        for (std::size_t c = 0; c < columns_.size(); ++c)
+            appendCell(line, row[c], widths[c], columns_[c].align, c + 1 == columns_.size());
+        line.resize(line.find_last_not_of(' ') + 1);
+        text += line + "\n";
+    }
+    return text;
+}
+
+std::string counted(long long count, std::string_view one, std::string_view many) {
+    return std::to_string(count) + " " + std::string(count == 1 ? one : many);
+}
+
+std::string clockText(double seconds) {
+    constexpr double longest = 1e9;
+    if (!(seconds >= 0 && seconds < longest)) return "";
+    const auto whole = static_cast<long long>(std::llround(seconds));
+    std::array<char, 48> text{};
+    if (whole >= 3600)
+        std::snprintf(text.data(), text.size(), "%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60,
+                      whole % 60);
+    else
+        std::snprintf(text.data(), text.size(), "%lld:%02lld", whole / 60, whole % 60);
+    return text.data();
+}
+
+} // namespace orvane::cli

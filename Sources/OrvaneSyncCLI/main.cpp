@@ -1,0 +1,46 @@
+#include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "Platform/Interrupt.h"
+#include "Platform/Terminal.h"
+
+#include <cstdlib>
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int standardOutput = 1;
+constexpr int standardError = 2;
+
+bool coloursAreOff() {
+    const char* value = std::getenv("NO_COLOR");
+    return value != nullptr && *value != '\0';
+}
+
+/// What was printed may only now meet a full disk.
+int withOutputWritten(int status) {
+    std::cout.flush();
+    if (std::cout) return status;
+    std::cerr << "error: can't write to standard output\n";
+    return orvane::cli::failed;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    using namespace orvane;
+    std::ios::sync_with_stdio(false);
+    namespace terminal = platform::terminal;
+    const bool errIsTerminal = terminal::isTerminal(standardError);
+    // The line of the progress goes.
+    platform::exitOnInterrupt(errIsTerminal ? "\r\x1b[K" : "");
+    cli::Context context{std::cout, std::cerr};
+    context.outIsTerminal = terminal::isTerminal(standardOutput);
+    context.errIsTerminal = errIsTerminal;
+    context.mayColour = context.outIsTerminal && !coloursAreOff();
+    context.errWidth = terminal::width(standardError);
+    context.settings = openStandardSettings();
+    const std::vector<std::string> words(argv + 1, argv + argc);
+    return withOutputWritten(cli::run(words, context));
+}

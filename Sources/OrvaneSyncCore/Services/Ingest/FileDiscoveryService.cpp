@@ -1,0 +1,50 @@
+#include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
+
+#include "Platform/Files.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace orvane {
+
+namespace {
+
+/// Folders that a desktop shows as one file. Their insides are a program's own business: proxies, renders and
+/// originals of an editing library must not come up as clips.
+constexpr std::array<std::string_view, 35> packageExtensions{
+    "app",        "appex",        "aplibrary", "band",          "bundle",     "component",    "dvdmedia",
+    "fcpbundle",  "fcpcache",     "framework", "imovielibrary", "kext",       "logicx",       "lrlibrary",
+    "mpkg",       "musiclibrary", "pages",     "photoslibrary", "photobooth", "photolibrary", "pkg",
+    "playground", "plugin",       "prefpane",  "rcproject",     "rtfd",       "sparsebundle", "theater",
+    "tvlibrary",  "vst",          "vst3",      "workflow",      "xcarchive",  "xcodeproj",    "xpc"};
+
+bool isPackage(const std::string& folder) {
+    const std::string extension = FileURL{folder}.lowercasedExtension();
+    return std::ranges::find(packageExtensions, extension) != packageExtensions.end();
+}
+
+void discoverInto(DiscoveryResult& result, const std::string& folder) {
+    const auto visit = [&result](const std::string& path, platform::files::WalkEntry) {
+        FileURL url{path};
+        const auto kind = assetKindFrom(url);
+        if (!kind) return;
+        auto& list = *kind == AssetKind::video ? result.videoURLs : result.audioURLs;
+        list.push_back(std::move(url));
+    };
+    platform::files::walk(folder, visit, [](const std::string& path) { return !isPackage(path); });
+}
+
+} // namespace
+
+DiscoveryResult FileDiscoveryService::discover(const std::string& folder) const {
+    return discover(std::vector<std::string>{folder});
+}
+
+DiscoveryResult FileDiscoveryService::discover(const std::vector<std::string>& folders) const {
+    DiscoveryResult result;
+    for (const std::string& folder : folders) discoverInto(result, folder);
+    return result;
+}
+
+} // namespace orvane

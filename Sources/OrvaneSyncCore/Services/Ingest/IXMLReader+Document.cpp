@@ -1,0 +1,130 @@
+#include "OrvaneSyncCore/Services/Ingest/IXMLReader.h"
+
+#include "Platform/Text.h"
+#include "Platform/XMLStreamParser.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <map>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using platform::text::trimmed;
+
+constexpr std::size_t entityTestBytes = 65536;
+constexpr std::string_view entityDeclaration = "<!ENTITY";
+
+bool declaresEntities(std::string_view document) {
+    const std::string_view start = document.substr(0, entityTestBytes);
+    if (!platform::text::isValidUTF8(start)) return false;
+    const auto sameLetter = [](char a, char b) { return std::toupper(static_cast<unsigned char>(a)) == b; };
+    return std::search(start.begin(), start.end(), entityDeclaration.begin(), entityDeclaration.end(),
+                       sameLetter) != start.end();
+}
+
+std::optional<int> decimalInteger(std::string_view text) {
+    if (text.starts_with('+')) text.remove_prefix(1);
+    int value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
+/// Collects the fields of one document. Elements are told by their bare name, whatever its case and wherever
+/// they stand, except that a track, a speed and a list of tracks keep what is inside them to themselves.
+class IXMLParserDelegate final : public platform::XMLStreamHandler {
+  public:
+    void startElement(std::string_view name) override {
+        const std::string element = platform::text::uppercased(name);
+        currentText_.clear();
+        if (element == "TRACK_LIST") {
+            inTrackList_ = true;
+        } else if (element == "TRACK" && inTrackList_) {
+            inTrack_ = true;
+            currentChannelIndex_.reset();
+            currentInterleaveIndex_.reset();
+            currentTrackName_.reset();
+        } else if (element == "SPEED") {
+            inSpeed_ = true;
+        }
+    }
+
+    void characters(std::string_view text) override { currentText_ += text; }
+
+    void endElement(std::string_view name) override {
+        const std::string element = platform::text::uppercased(name);
+        const std::string_view text = trimmed(currentText_);
+        if (inTrack_)
+            endInTrack(element, text);
+        else if (inSpeed_)
+            endInSpeed(element, text);
+        else if (!inTrackList_)
+            endOutside(element, text);
+        if (element == "TRACK_LIST") inTrackList_ = false;
+        if (element == "SPEED") inSpeed_ = false;
+    }
+
+    IXMLData takeData() { return std::move(data_); }
+
+  private:
+    void endInTrack(std::string_view element, std::string_view text) {
+        if (element == "CHANNEL_INDEX") {
+            currentChannelIndex_ = decimalInteger(text);
+        } else if (element == "INTERLEAVE_INDEX") {
+            currentInterleaveIndex_ = decimalInteger(text);
+        } else if (element == "NAME") {
+            currentTrackName_ = text;
+        } else if (element == "TRACK") {
+            // The interleave index counts the channels of this file, the channel index those of the machine.
+            const auto index = currentInterleaveIndex_ ? currentInterleaveIndex_ : currentChannelIndex_;
+            if (index && currentTrackName_ && !currentTrackName_->empty())
+                data_.tracks.push_back({*index, *currentTrackName_});
+            inTrack_ = false;
+        }
+    }
+
+    void endInSpeed(std::string_view element, std::string_view text) {
+        if (element == "TIMECODE_RATE") keep(data_.timecodeRate, text);
+    }
+
+    void endOutside(std::string_view element, std::string_view text) {
+        static const std::map<std::string_view, std::optional<std::string> IXMLData::*> fields{
+            {"SCENE", &IXMLData::scene},         {"TAKE", &IXMLData::take},
+            {"TAPE", &IXMLData::tape},           {"NOTE", &IXMLData::note},
+            {"PROJECT", &IXMLData::project},     {"CIRCLED", &IXMLData::circled},
+            {"WILD_TRACK", &IXMLData::wildTrack}};
+        if (const auto found = fields.find(element); found != fields.end()) keep(data_.*found->second, text);
+    }
+
+    static void keep(std::optional<std::string>& field, std::string_view text) {
+        if (text.empty())
+            field.reset();
+        else
+            field = text;
+    }
+
+    IXMLData data_;
+    std::string currentText_;
+    bool inTrackList_ = false;
+    bool inTrack_ = false;
+    bool inSpeed_ = false;
+    std::optional<int> currentChannelIndex_;
+    std::optional<int> currentInterleaveIndex_;
+    std::optional<std::string> currentTrackName_;
+};
+
+} // namespace
+
+std::optional<IXMLData> IXMLReader::parseIXMLContent(std::string_view bytes) {
+    const std::string_view document = bytes.substr(0, bytes.find('\0'));
+    if (declaresEntities(document)) return std::nullopt;
+    IXMLParserDelegate delegate;
+    if (!platform::parseXMLStream(document, delegate)) return std::nullopt;
+    return delegate.takeData();
+}
+
+} // namespace orvane

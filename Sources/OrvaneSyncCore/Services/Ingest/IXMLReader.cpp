@@ -1,0 +1,160 @@
+#include "OrvaneSyncCore/Services/Ingest/IXMLReader.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <vector>
+
+namespace orvane {
+
+namespace {
+
+using platform::ByteCursor;
+using platform::RandomAccessFile;
+
+constexpr int mostChunks = 10000;
+constexpr std::size_t riffHeaderBytes = 12;
+constexpr std::size_t chunkHeaderBytes = 8;
+/// The last field that is used ends at byte 346; a long coding history behind it is never loaded.
+constexpr std::uint64_t bextBytesRead = 512;
+constexpr std::uint64_t documentPiece = std::uint64_t{1} << 18U;
+/// No recorder writes a document anywhere near this size.
+constexpr std::size_t largestDocument = std::size_t{1} << 28U;
+
+/// The bytes of the wanted chunks, each the first of its name that holds anything.
+struct Chunks {
+    bool wantsBext = false;
+    bool wantsIXML = false;
+    std::vector<std::byte> bext;
+    std::string ixml;
+    bool hasIXML = false;
+
+    bool isComplete() const { return (!wantsBext || !bext.empty()) && (!wantsIXML || hasIXML); }
+};
+
+/// Only the bytes in front of the first NUL count, and only those are read: a hole in a sparse file may claim
+/// gigabytes.
+void readDocument(RandomAccessFile& file, std::uint64_t at, std::uint64_t size, Chunks& chunks) {
+    while (size > 0 && chunks.ixml.size() < largestDocument) {
+        const std::vector<std::byte> piece = file.read(at, std::min(size, documentPiece));
+        if (piece.empty()) return;
+        chunks.hasIXML = true;
+        const std::string_view text = ByteCursor(piece).text();
+        const std::size_t end = text.find('\0');
+        chunks.ixml += text.substr(0, end);
+        if (end != std::string_view::npos) return;
+        at += piece.size();
+        size -= piece.size();
+    }
+}
+
+void readChunks(RandomAccessFile& file, Chunks& chunks) {
+    const ByteCursor riff = file.peek(0, riffHeaderBytes);
+    if (riff.size() < riffHeaderBytes) return;
+    if (riff.text().substr(0, 4) != "RIFF" || riff.text().substr(8, 4) != "WAVE") return;
+
+    std::uint64_t position = riffHeaderBytes;
+    for (int i = 0; i < mostChunks && !chunks.isComplete(); ++i) {
+        const ByteCursor header = file.peek(position, chunkHeaderBytes);
+        const auto size = header.u32le(4);
+        if (!size) return;
+        const std::uint64_t body = position + chunkHeaderBytes;
+        const std::string_view id = header.text().substr(0, 4);
+        if (id == "bext" && chunks.wantsBext && chunks.bext.empty())
+            chunks.bext = file.read(body, std::min<std::uint64_t>(*size, bextBytesRead));
+        else if (id == "iXML" && chunks.wantsIXML && !chunks.hasIXML)
+            readDocument(file, body, *size, chunks);
+        position = body + *size + *size % 2;
+    }
+}
+
+bool isASCII(std::string_view text) {
+    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+/// Without blanks and control characters, NUL among them, at both ends. Nothing for bytes that are not ASCII.
+std::optional<std::string_view> asciiField(const ByteCursor& chunk, std::size_t at, std::size_t count) {
+    const auto bytes = chunk.slice(at, count);
+    if (!bytes || !isASCII(bytes->text())) return std::nullopt;
+    const auto isTrimmed = [](char c) { return c <= ' ' || c == '\x7F'; };
+    std::string_view text = bytes->text();
+    while (!text.empty() && isTrimmed(text.front())) text.remove_prefix(1);
+    while (!text.empty() && isTrimmed(text.back())) text.remove_suffix(1);
+    return text;
+}
+
+/// Year, month and day between ":" or "-", at noon.
+std::optional<Date> dateFromField(std::string_view text) {
+    std::array<int, 3> numbers{};
+    std::size_t count = 0;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find_first_of(":-"), text.size());
+        std::string_view piece = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+        if (piece.empty()) continue;
+        if (count == numbers.size()) return std::nullopt;
+        if (piece.starts_with('+')) piece.remove_prefix(1);
+        const auto [stop, error] = std::from_chars(piece.data(), piece.data() + piece.size(), numbers[count]);
+        if (error != std::errc{} || stop != piece.data() + piece.size()) return std::nullopt;
+        ++count;
+    }
+    if (count != numbers.size()) return std::nullopt;
+    constexpr int noon = 12;
+    return calendar::date({numbers[0], numbers[1], numbers[2], noon, 0, 0});
+}
+
+IXMLReader::Bext parseBext(const ByteCursor& chunk) {
+    constexpr std::size_t originatorAt = 256, originatorBytes = 32;
+    constexpr std::size_t dateAt = 320, dateBytes = 10;
+    constexpr std::size_t timeReferenceAt = 338;
+
+    IXMLReader::Bext result;
+    if (const auto text = asciiField(chunk, originatorAt, originatorBytes); text && !text->empty())
+        result.originator = std::string(*text);
+    if (const auto text = asciiField(chunk, dateAt, dateBytes); text && text->size() == dateBytes)
+        result.originationDate = dateFromField(*text);
+    if (const auto samples = chunk.u64le(timeReferenceAt); samples && *samples != 0)
+        result.timeRef = *samples;
+    return result;
+}
+
+IXMLReader::Broadcast readWanted(RandomAccessFile& file, bool wantsBext, bool wantsIXML) {
+    Chunks chunks;
+    chunks.wantsBext = wantsBext;
+    chunks.wantsIXML = wantsIXML;
+    readChunks(file, chunks);
+    IXMLReader::Broadcast result;
+    if (chunks.hasIXML) result.ixml = IXMLReader::parseIXMLContent(chunks.ixml);
+    result.bext = parseBext(ByteCursor(chunks.bext));
+    return result;
+}
+
+IXMLReader::Broadcast readWanted(const std::string& path, bool wantsBext, bool wantsIXML) {
+    auto file = RandomAccessFile::open(path);
+    return file ? readWanted(*file, wantsBext, wantsIXML) : IXMLReader::Broadcast();
+}
+
+} // namespace
+
+std::optional<IXMLData> IXMLReader::read(const std::string& path) const {
+    return readWanted(path, false, true).ixml;
+}
+
+std::optional<std::uint64_t> IXMLReader::readBextTimeReference(const std::string& path) const {
+    return readBextFull(path).timeRef;
+}
+
+IXMLReader::All IXMLReader::readAll(const std::string& path) const {
+    Broadcast broadcast = readWanted(path, true, true);
+    return {std::move(broadcast.ixml), broadcast.bext.timeRef};
+}
+
+IXMLReader::Bext IXMLReader::readBextFull(const std::string& path) const {
+    return readWanted(path, true, false).bext;
+}
+
+IXMLReader::Broadcast IXMLReader::readBroadcast(RandomAccessFile& file) const {
+    return readWanted(file, true, true);
+}
+
+} // namespace orvane

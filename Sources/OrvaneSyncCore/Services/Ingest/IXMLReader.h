@@ -1,0 +1,46 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/Date.h"
+#include "OrvaneSyncCore/Models/IXMLModels.h"
+#include "Platform/RandomAccessFile.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+/// Reads the broadcast chunks of a recorder's RIFF/WAVE file, "bext" and "iXML", wherever they lie, without
+/// touching the sound. Whatever cannot be read is absent; nothing throws. Stateless; any thread.
+class IXMLReader {
+  public:
+    struct Bext {
+        std::optional<std::uint64_t> timeRef;  ///< samples since midnight; 0 counts as absent
+        std::optional<Date> originationDate;   ///< noon of that day in the user's calendar
+        std::optional<std::string> originator; ///< ASCII, trimmed
+    };
+    struct All {
+        std::optional<IXMLData> ixml;
+        std::optional<std::uint64_t> bextTimeRef;
+    };
+    struct Broadcast {
+        std::optional<IXMLData> ixml;
+        Bext bext;
+    };
+
+    /// Each opens the file by its path and walks it once.
+    std::optional<IXMLData> read(const std::string& path) const;
+    std::optional<std::uint64_t> readBextTimeReference(const std::string& path) const;
+    All readAll(const std::string& path) const;
+    Bext readBextFull(const std::string& path) const;
+
+    /// Both chunks whole, in one walk over a file that is open already.
+    Broadcast readBroadcast(platform::RandomAccessFile& file) const;
+
+    /// The iXML document in the bytes of its chunk, which end at the first NUL. Nothing when it is not
+    /// well-formed to its end or declares entities.
+    static std::optional<IXMLData> parseIXMLContent(std::string_view bytes);
+};
+
+} // namespace orvane

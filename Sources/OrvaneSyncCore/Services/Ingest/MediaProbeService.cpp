@@ -1,0 +1,235 @@
+#include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
+
+#include "OrvaneSyncCore/Services/Ingest/LTCDecoder.h"
+#include "OrvaneSyncCore/Services/Ingest/TimecodeTrackReader.h"
+#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Platform/Files.h"
+#include "Platform/MainThread.h"
+#include "Platform/MediaInspector.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using platform::MediaInspection;
+using platform::MediaMetadataItem;
+using platform::RandomAccessFile;
+
+/// Makers name the rates in their own words; a part of the key tells.
+constexpr std::array<std::string_view, 4> sensorRateWords{"sensorfps", "sensor_fps", "captureframerate",
+                                                          "recordframerate"};
+constexpr std::array<std::string_view, 4> projectRateWords{"projectfps", "project_fps", "masterfps",
+                                                           "playbackframerate"};
+constexpr double assumedSampleRate = 48000.0; // Hz
+
+/// Cut to a whole number; nothing for what is no size of a picture.
+std::optional<int> wholePixels(std::optional<double> pixels) {
+    constexpr double most = std::numeric_limits<int>::max();
+    if (!pixels || !(std::abs(*pixels) <= most)) return std::nullopt;
+    return static_cast<int>(*pixels);
+}
+
+void takeTracks(MediaAsset& asset, const MediaInspection& inspection) {
+    asset.durationSeconds = inspection.durationSeconds;
+    if (!inspection.videoTracks.empty()) {
+        const auto& track = inspection.videoTracks.front();
+        asset.width = wholePixels(track.width);
+        asset.height = wholePixels(track.height);
+        if (track.nominalFrameRate && *track.nominalFrameRate > 0)
+            asset.frameRate = asset.sensorFrameRate = track.nominalFrameRate;
+        asset.videoCodecFourCC = track.codecFourCC;
+    }
+    if (!inspection.audioTracks.empty()) {
+        asset.channelCount = inspection.audioTracks.front().channelCount;
+        asset.sampleRate = inspection.audioTracks.front().sampleRate;
+    }
+}
+
+std::optional<Date> creationDate(const std::vector<MediaMetadataItem>& metadata) {
+    for (const MediaMetadataItem& item : metadata) {
+        if (item.commonKey != "creationDate" || !item.string) continue;
+        const auto date = dateFromISO8601(*item.string);
+        return date ? date : dateFromLocalISO8601(*item.string);
+    }
+    return std::nullopt;
+}
+
+std::optional<double> numberOf(const MediaMetadataItem& item) {
+    if (item.number) return item.number;
+    if (!item.string) return std::nullopt;
+    std::string_view text = *item.string;
+    if (text.starts_with('+')) text.remove_prefix(1);
+    double value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
+/// Takes the rates that the camera wrote beside the picture. True when it named the project's.
+bool takeVendorRates(MediaAsset& asset, const std::vector<MediaMetadataItem>& metadata) {
+    bool confirmed = false;
+    for (const MediaMetadataItem& item : metadata) {
+        const std::string key = platform::text::lowercased(item.key.empty() ? item.commonKey : item.key);
+        const auto containsAny = [&key](const auto& words) {
+            return std::ranges::any_of(words,
+                                       [&key](auto word) { return key.find(word) != std::string::npos; });
+        };
+        const bool isSensorRate = containsAny(sensorRateWords), isProjectRate = containsAny(projectRateWords);
+        if (!isSensorRate && !isProjectRate) continue;
+        const auto rate = numberOf(item);
+        if (!rate) continue;
+        if (isSensorRate) asset.sensorFrameRate = rate;
+        if (isProjectRate) asset.projectFrameRate = rate;
+        confirmed = confirmed || isProjectRate;
+    }
+    return confirmed;
+}
+
+std::optional<OffspeedConfidence> offspeedConfidence(const MediaAsset& asset, bool rateFromTimecodeTrack,
+                                                     bool vendorConfirmed) {
+    if (const auto confidence =
+            OffspeedDetector::classify(asset.sensorFrameRate, asset.projectFrameRate, vendorConfirmed))
+        return confidence;
+    const bool knowsNothing = !rateFromTimecodeTrack && !vendorConfirmed && !asset.projectFrameRate &&
+                              asset.sensorFrameRate && *asset.sensorFrameRate > 0;
+    if (!knowsNothing) return std::nullopt;
+    return OffspeedConfidence::suspectedUnconfirmed(1.0);
+}
+
+/// Work so small that handing it out one by one would cost more than doing it.
+template <class Work>
+void inBlocks(std::size_t count, std::size_t concurrency, Work work) {
+    constexpr std::size_t block = 32;
+    platform::concurrently((count + block - 1) / block, concurrency, [&](std::size_t which) {
+        const std::size_t end = std::min(count, (which + 1) * block);
+        for (std::size_t i = which * block; i < end; ++i) work(i);
+    });
+}
+
+bool mayHoldTimecodeTrack(std::string_view extension) {
+    return extension == "mov" || extension == "mp4" || extension == "m4v";
+}
+
+bool mayHoldBroadcastChunks(std::string_view extension) { return extension == "wav" || extension == "bwf"; }
+
+} // namespace
+
+MediaProbeService::MediaProbeService(const platform::SettingsStore& settings,
+                                     std::shared_ptr<ProbeCache> cache)
+    : settings_(settings), cache_(std::move(cache)) {}
+
+MediaAsset MediaProbeService::probe(const FileURL& url, AssetKind kind) {
+    return std::move(probeAll({url}, kind, nullptr).front());
+}
+
+std::vector<MediaAsset>
+MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
+                            const std::function<void(int completed, int total)>& progress) {
+    const std::lock_guard operation(oneAtATime_);
+    std::vector<MediaAsset> assets(urls.size(), MediaAsset(UUID(), FileURL(), kind));
+    std::vector<Known> known(urls.size());
+    if (cache_) takeFromCache(urls, known, assets);
+
+    std::mutex progressMutex;
+    int completed = 0;
+    const auto report = [&] {
+        const std::lock_guard lock(progressMutex);
+        ++completed;
+        if (progress) progress(completed, static_cast<int>(urls.size()));
+    };
+    std::vector<std::size_t> missing;
+    for (std::size_t i = 0; i < urls.size(); ++i) {
+        if (known[i].isHit)
+            report();
+        else
+            missing.push_back(i);
+    }
+    platform::concurrently(missing.size(), maxConcurrentProbes, [&](std::size_t which) {
+        const std::size_t i = missing[which];
+        assets[i] = probeFile(urls[i], kind);
+        if (cache_ && known[i].attributes) cache_->store(assets[i], *known[i].attributes);
+        report();
+    });
+    return assets;
+}
+
+/// The attributes are read before any file is, so that an entry for one that changes during its probe is
+/// stale from the start; and while the cache may still be loading.
+void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, std::vector<Known>& known,
+                                      std::vector<MediaAsset>& assets) const {
+    inBlocks(urls.size(), maxConcurrentProbes,
+             [&](std::size_t i) { known[i].attributes = platform::files::attributes(urls[i].path); });
+    const auto candidates = cache_->candidates(urls);
+    inBlocks(urls.size(), std::thread::hardware_concurrency(), [&](std::size_t i) {
+        if (auto asset = cache_->resolve(candidates[i], known[i].attributes)) {
+            assets[i] = std::move(*asset);
+            known[i].isHit = true;
+        }
+    });
+}
+
+/// Later steps overwrite and read what earlier ones wrote. The file is opened once, by its path, and
+/// everything but its sound is read through that.
+MediaAsset MediaProbeService::probeFile(const FileURL& url, AssetKind kind) const {
+    MediaAsset asset(url, kind);
+    auto file = RandomAccessFile::open(url.path);
+    if (!file) return asset;
+
+    const MediaInspection inspection = platform::inspectMedia(url.path, *file).value_or(MediaInspection());
+    takeTracks(asset, inspection);
+    asset.contentCreatedDate = creationDate(inspection.metadata);
+
+    const std::string extension = url.lowercasedExtension();
+    bool rateFromTimecodeTrack = false;
+    if (mayHoldTimecodeTrack(extension)) {
+        if (auto start = TimecodeTrackReader::read(*file)) {
+            asset.startTimecodeString = std::move(start->timecode);
+            asset.projectFrameRate = start->projectFrameRate;
+            rateFromTimecodeTrack = start->projectFrameRate.has_value();
+        }
+    }
+    const bool vendorConfirmed = takeVendorRates(asset, inspection.metadata);
+    if (kind == AssetKind::video)
+        asset.offspeedConfidence = offspeedConfidence(asset, rateFromTimecodeTrack, vendorConfirmed);
+    if (mayHoldBroadcastChunks(extension)) readBroadcastMetadata(asset, *file);
+    return asset;
+}
+
+void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFile& file) const {
+    auto [ixml, bext] = ixmlReader_.readBroadcast(file);
+    asset.ixmlData = std::move(ixml);
+    asset.bextTimeReference = bext.timeRef;
+    asset.bextOriginator = std::move(bext.originator);
+    if (bext.originationDate) asset.contentCreatedDate = bext.originationDate;
+    if (asset.startTimecodeString) return;
+
+    if (asset.bextTimeReference) {
+        const auto stated = asset.ixmlData
+                                ? TimecodeUtils::timecodeFrameRateFromIXML(asset.ixmlData->timecodeRate)
+                                : std::nullopt;
+        const auto assumed =
+            asset.frameRate ? TimecodeUtils::frameRate(*asset.frameRate) : TimecodeFrameRate::fps24;
+        asset.startTimecodeString = TimecodeUtils::bextToTC(
+            *asset.bextTimeReference, asset.sampleRate.value_or(assumedSampleRate), stated.value_or(assumed));
+    } else if (settings_.boolean("ltc.enabled")) {
+        const std::int64_t channel = settings_.integer("ltc.channelIndex");
+        constexpr std::int64_t lowest = std::numeric_limits<int>::min(),
+                               highest = std::numeric_limits<int>::max();
+        if (auto frame = LTCDecoder::decodeFirstFrame(asset.url.path,
+                                                      static_cast<int>(std::clamp(channel, lowest, highest))))
+            asset.startTimecodeString = std::move(frame->tc);
+    }
+}
+
+} // namespace orvane

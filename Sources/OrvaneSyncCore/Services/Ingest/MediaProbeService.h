@@ -1,0 +1,51 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/MediaAsset.h"
+#include "OrvaneSyncCore/Services/Ingest/IXMLReader.h"
+#include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
+#include "Platform/RandomAccessFile.h"
+#include "Platform/SettingsStore.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace orvane {
+
+/// Turns the location of a file into a filled `MediaAsset`. Never fails: what a file does not tell is absent,
+/// and a file that cannot be opened gives its name, place and kind. Its operations run one at a time; call
+/// them from any thread that may wait, and not from within `progress`.
+class MediaProbeService {
+  public:
+    static constexpr std::size_t maxConcurrentProbes = 8;
+
+    /// Reads `ltc.enabled` and `ltc.channelIndex` of the store, which must outlive the service. A null cache
+    /// means that every file is probed.
+    MediaProbeService(const platform::SettingsStore& settings, std::shared_ptr<ProbeCache> cache);
+
+    MediaAsset probe(const FileURL& url, AssetKind kind);
+    /// In the order of the input. What the cache knows comes first, then the others are probed. `progress`
+    /// comes from several threads, but one call at a time, with the number of files done, ascending by one.
+    std::vector<MediaAsset> probeAll(const std::vector<FileURL>& urls, AssetKind kind,
+                                     const std::function<void(int completed, int total)>& progress);
+
+  private:
+    /// What is known of a file before it is opened.
+    struct Known {
+        std::optional<platform::FileAttributes> attributes;
+        bool isHit = false;
+    };
+    void takeFromCache(const std::vector<FileURL>& urls, std::vector<Known>& known,
+                       std::vector<MediaAsset>& assets) const;
+    MediaAsset probeFile(const FileURL& url, AssetKind kind) const;
+    void readBroadcastMetadata(MediaAsset& asset, platform::RandomAccessFile& file) const;
+
+    const platform::SettingsStore& settings_;
+    const std::shared_ptr<ProbeCache> cache_;
+    const IXMLReader ixmlReader_{};
+    std::mutex oneAtATime_;
+};
+
+} // namespace orvane

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Platform/MediaLibrary/MediaLibrary.h"
+
+#include <span>
+#include <string>
+
+namespace orvane::platform {
+
+/// The module of media libraries, loaded at the first call from beside the program or from ../lib beside its
+/// folder, and kept for the life of the process. Null when it is not there or of another version; the program
+/// then reads what its own walks can read. Any thread.
+const MediaLibrary* mediaLibrary();
+
+/// Loads the first of these files that is a module of this version; null when none is.
+const MediaLibrary* loadMediaLibrary(std::span<const std::string> paths);
+
+} // namespace orvane::platform

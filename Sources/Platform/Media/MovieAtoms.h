@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Platform/RandomAccessFile.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace orvane::platform {
+
+/// Four characters as the big-endian number that stands in the file.
+constexpr std::uint32_t fourCC(const char (&code)[5]) {
+    std::uint32_t value = 0;
+    for (int i = 0; i < 4; ++i) value = value << 8U | static_cast<unsigned char>(code[i]);
+    return value;
+}
+
+/// The four characters; empty when they are not ASCII.
+std::string fourCCText(std::uint32_t code);
+
+/// Where an atom (box) of a QuickTime or MP4 file lies. Positions count from the start of the file.
+struct Atom {
+    std::uint32_t type = 0;
+    std::uint64_t start = 0;
+    std::uint64_t body = 0; ///< behind the header of 8 or 16 bytes
+    std::uint64_t end = 0;
+
+    std::uint64_t bodySize() const { return end - body; }
+};
+
+/// The siblings of one level, in file order. The walk ends after 10000 steps and at the first atom whose size
+/// is impossible: smaller than its header, or past the end of the level. The size 0 means "to the end of the
+/// file" where the level reaches that far.
+class AtomWalk {
+  public:
+    AtomWalk(RandomAccessFile& file, std::uint64_t begin, std::uint64_t end);
+    AtomWalk(RandomAccessFile& file, const Atom& parent) : AtomWalk(file, parent.body, parent.end) {}
+
+    std::optional<Atom> next();
+
+  private:
+    RandomAccessFile& file_;
+    std::uint64_t position_;
+    std::uint64_t end_;
+    int steps_ = 0;
+};
+
+/// The first child of that type.
+std::optional<Atom> findChild(RandomAccessFile& file, const Atom& parent, std::uint32_t type);
+
+/// The first bytes of an atom's body, never more than are in it.
+ByteCursor peekBody(RandomAccessFile& file, const Atom& atom, std::size_t count);
+
+} // namespace orvane::platform

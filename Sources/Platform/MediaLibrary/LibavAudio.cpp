@@ -1,0 +1,190 @@
+#include "Platform/MediaLibrary/LibavFile.h"
+#include "Platform/MediaLibrary/LibraryReaders.h"
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavutil/channel_layout.h>
+#include <libswresample/swresample.h>
+}
+
+#include <algorithm>
+#include <vector>
+
+namespace orvane::platform {
+
+namespace {
+
+struct Free {
+    void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
+    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
+    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+    void operator()(SwrContext* context) const { swr_free(&context); }
+};
+template <class T>
+using Owned = std::unique_ptr<T, Free>;
+
+/// Packets without a single sound in a row, before a file counts as ended.
+constexpr int mostSilentPackets = 10000;
+
+/// Seconds in front of a wanted frame at which decoding starts: a packet of most codecs overlaps its
+/// neighbours.
+constexpr double preroll = 0.25;
+
+class LibavAudio : public AudioFile {
+  public:
+    LibavAudio(LibavFile file, AVStream& stream, Owned<AVCodecContext> decoder)
+        : file_(std::move(file)), stream_(stream), decoder_(std::move(decoder)), packet_(av_packet_alloc()),
+          frame_(av_frame_alloc()), pending_(static_cast<std::size_t>(decoder_->ch_layout.nb_channels)) {}
+
+    double sampleRate() const override { return decoder_->sample_rate; }
+    int channelCount() const override { return decoder_->ch_layout.nb_channels; }
+    std::int64_t frameCount() const override {
+        if (stream_.duration > 0) return samples(stream_.duration);
+        return file_->duration > 0 ? av_rescale(file_->duration, decoder_->sample_rate, AV_TIME_BASE) : 0;
+    }
+
+    bool seek(std::int64_t frame) override {
+        if (frame < 0 || frame > frameCount()) return false;
+        const auto early = static_cast<std::int64_t>(preroll * decoder_->sample_rate);
+        // In front of the start too: that is where the packet lies that only primes the decoder.
+        if (!seekPacket(frame - early) && !seekPacket(0)) return false;
+        avcodec_flush_buffers(decoder_.get());
+        dropPending();
+        hasEnded_ = false;
+        // The decoder starts at a packet in front of the frame; what comes before the frame is thrown away.
+        wanted_ = frame;
+        return true;
+    }
+
+    std::size_t read(std::span<float* const> channels, std::size_t frames) override {
+        file_.extendDeadline();
+        std::size_t done = 0;
+        while (done < frames) {
+            const std::size_t ready = pending_.front().size() - pendingAt_;
+            if (ready == 0) {
+                if (!decodeMore()) break;
+                continue;
+            }
+            const std::size_t some = std::min(ready, frames - done);
+            for (std::size_t channel = 0; channel < std::min(channels.size(), pending_.size()); ++channel)
+                std::copy_n(pending_[channel].data() + pendingAt_, some, channels[channel] + done);
+            pendingAt_ += some;
+            done += some;
+        }
+        return done;
+    }
+
+  private:
+    AVRational sampleTime() const { return {1, decoder_->sample_rate}; }
+    std::int64_t samples(std::int64_t units) const {
+        return av_rescale_q(units, stream_.time_base, sampleTime());
+    }
+    std::int64_t origin() const { return stream_.start_time == AV_NOPTS_VALUE ? 0 : stream_.start_time; }
+
+    bool seekPacket(std::int64_t frame) {
+        file_.extendDeadline();
+        const std::int64_t target = origin() + av_rescale_q(frame, sampleTime(), stream_.time_base);
+        return av_seek_frame(file_.get(), stream_.index, target, AVSEEK_FLAG_BACKWARD) >= 0;
+    }
+
+    void dropPending() {
+        for (auto& channel : pending_) channel.clear();
+        pendingAt_ = 0;
+    }
+
+    /// Decodes until there is something pending; false at the end.
+    bool decodeMore() {
+        dropPending();
+        for (int silent = 0; silent < mostSilentPackets && !hasEnded_; ++silent) {
+            while (avcodec_receive_frame(decoder_.get(), frame_.get()) >= 0) {
+                take(*frame_);
+                av_frame_unref(frame_.get());
+                if (!pending_.front().empty()) return true;
+            }
+            feed();
+        }
+        return false;
+    }
+
+    /// Hands the next packet to the decoder. A packet that it refuses is passed over.
+    void feed() {
+        while (av_read_frame(file_.get(), packet_.get()) >= 0) {
+            const bool isOurs = packet_->stream_index == stream_.index;
+            if (isOurs) avcodec_send_packet(decoder_.get(), packet_.get());
+            av_packet_unref(packet_.get());
+            if (isOurs) return;
+        }
+        if (avcodec_send_packet(decoder_.get(), nullptr) < 0) hasEnded_ = true; // it was drained before
+    }
+
+    void take(AVFrame& frame) {
+        if (frame.nb_samples <= 0 || frame.ch_layout.nb_channels != channelCount()) return;
+        if (!converter_ && !makeConverter(frame)) return;
+        std::vector<std::uint8_t*> planes;
+        for (auto& channel : pending_) {
+            channel.resize(static_cast<std::size_t>(frame.nb_samples));
+            planes.push_back(reinterpret_cast<std::uint8_t*>(channel.data()));
+        }
+        const int got = swr_convert(converter_.get(), planes.data(), frame.nb_samples,
+                                    const_cast<const std::uint8_t**>(frame.extended_data), frame.nb_samples);
+        for (auto& channel : pending_) channel.resize(static_cast<std::size_t>(std::max(got, 0)));
+        skipToWanted(frame);
+    }
+
+    void skipToWanted(const AVFrame& frame) {
+        if (wanted_ < 0) return;
+        const std::int64_t at = frame.best_effort_timestamp == AV_NOPTS_VALUE
+                                    ? wanted_
+                                    : samples(frame.best_effort_timestamp - origin());
+        const std::int64_t length = static_cast<std::int64_t>(pending_.front().size());
+        const std::int64_t skip = std::clamp<std::int64_t>(wanted_ - at, 0, length);
+        pendingAt_ = static_cast<std::size_t>(skip);
+        if (skip == length)
+            dropPending();
+        else
+            wanted_ = -1;
+    }
+
+    bool makeConverter(AVFrame& frame) {
+        SwrContext* made = nullptr;
+        const auto format = static_cast<AVSampleFormat>(frame.format);
+        if (swr_alloc_set_opts2(&made, &frame.ch_layout, AV_SAMPLE_FMT_FLTP, decoder_->sample_rate,
+                                &frame.ch_layout, format, decoder_->sample_rate, 0, nullptr) < 0)
+            return false;
+        converter_.reset(made);
+        if (swr_init(made) >= 0) return true;
+        converter_.reset();
+        return false;
+    }
+
+    LibavFile file_;
+    AVStream& stream_;
+    Owned<AVCodecContext> decoder_;
+    Owned<AVPacket> packet_;
+    Owned<AVFrame> frame_;
+    Owned<SwrContext> converter_;
+    std::vector<std::vector<float>> pending_; ///< decoded and not yet handed out, one array a channel
+    std::size_t pendingAt_ = 0;
+    std::int64_t wanted_ = -1; ///< the frame to go on at after a seek; -1 when there is nothing to skip
+    bool hasEnded_ = false;
+};
+
+} // namespace
+
+std::unique_ptr<AudioFile> openWithLibav(const std::string& path) {
+    auto file = LibavFile::open(path);
+    if (!file) return nullptr;
+    file->findStreamInfo();
+    const AVCodec* codec = nullptr;
+    const int index = av_find_best_stream(file->get(), AVMEDIA_TYPE_AUDIO, -1, -1, &codec, 0);
+    if (index < 0 || codec == nullptr) return nullptr;
+    AVStream& stream = *(*file)->streams[index];
+    Owned<AVCodecContext> decoder(avcodec_alloc_context3(codec));
+    if (!decoder || avcodec_parameters_to_context(decoder.get(), stream.codecpar) < 0) return nullptr;
+    decoder->pkt_timebase = stream.time_base;
+    if (avcodec_open2(decoder.get(), codec, nullptr) < 0) return nullptr;
+    if (decoder->ch_layout.nb_channels <= 0 || decoder->sample_rate <= 0) return nullptr;
+    return std::make_unique<LibavAudio>(std::move(*file), stream, std::move(decoder));
+}
+
+} // namespace orvane::platform

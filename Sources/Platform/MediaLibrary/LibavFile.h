@@ -1,0 +1,45 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
+namespace orvane::platform {
+
+/// libav writes no word to the terminal from here on.
+void silenceLibav();
+
+/// A file opened by libavformat: local files only, containers only (a playlist could name other files), a
+/// bounded look at it, and an end to every read that takes too long.
+class LibavFile {
+  public:
+    /// Nothing when no demuxer can read it.
+    static std::optional<LibavFile> open(const std::string& path);
+
+    AVFormatContext* get() const { return context_.get(); }
+    AVFormatContext* operator->() const { return context_.get(); }
+    /// Looks into the media data for what the headers leave open.
+    void findStreamInfo();
+    /// Gives the next reads their full time again.
+    void extendDeadline();
+    /// The demuxer for QuickTime and MP4 has opened it.
+    bool isMovie() const;
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    struct Close {
+        void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
+    };
+    LibavFile() = default;
+
+    // The context keeps a pointer to the deadline and goes first.
+    std::unique_ptr<Clock::time_point> deadline_;
+    std::unique_ptr<AVFormatContext, Close> context_;
+};
+
+} // namespace orvane::platform

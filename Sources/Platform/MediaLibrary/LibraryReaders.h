@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Platform/AudioFile.h"
+#include "Platform/MediaInspector.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace orvane::platform {
+
+std::optional<MediaInspection> inspectWithLibav(const std::string& path);
+std::unique_ptr<AudioFile> openWithSndfile(const std::string& path);
+std::unique_ptr<AudioFile> openWithLibav(const std::string& path);
+
+} // namespace orvane::platform

@@ -1,0 +1,207 @@
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+
+#include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "Support/Media/MovieMaker.h"
+#include "Support/Media/SmallShoot.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/VirtualMainThread.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace orvane {
+namespace {
+
+/// A controller on a thread that the test moves, and everything it said.
+class ImportControllerTest : public testing::Test {
+  protected:
+    ImportControllerTest() {
+        registerStandardDefaults(*settings_);
+        controller_ = make(nullptr);
+    }
+
+    std::shared_ptr<ImportController> make(std::shared_ptr<ProbeCache> cache) {
+        ImportController::Dependencies dependencies;
+        dependencies.mainThread = mainThread_;
+        dependencies.settings = settings_;
+        dependencies.probeCache = std::move(cache);
+        dependencies.clock = mainThread_->clock();
+        return ImportController::create(std::move(dependencies));
+    }
+
+    FileURL folder(std::string_view below) const { return {folder_.path(below)}; }
+
+    void scan(std::optional<FileURL> video, std::optional<FileURL> audio) {
+        controller_->setVideoFolderURL(std::move(video));
+        controller_->setAudioFolderURL(std::move(audio));
+        finish(controller_->startScan());
+    }
+
+    void finish(const platform::Task& task) {
+        ASSERT_TRUE(mainThread_->waitUntil([&] { return task.isDone(); }));
+        mainThread_->runPosted();
+    }
+
+    const SyncGroup* clip(std::string_view filenamePrefix) const {
+        const auto& groups = controller_->syncGroups();
+        const auto found = std::find_if(groups.begin(), groups.end(), [&](const SyncGroup& group) {
+            return group.video.filename.starts_with(filenamePrefix);
+        });
+        return found == groups.end() ? nullptr : &*found;
+    }
+
+    test::TemporaryDirectory folder_;
+    std::shared_ptr<test::VirtualMainThread> mainThread_ = std::make_shared<test::VirtualMainThread>();
+    std::shared_ptr<platform::MemorySettingsStore> settings_ =
+        std::make_shared<platform::MemorySettingsStore>();
+    std::shared_ptr<ImportController> controller_;
+};
+
+TEST_F(ImportControllerTest, turnsTwoFoldersIntoClipsAndWildTracks) {
+    test::makeSmallShoot(folder_.path());
+    std::vector<ScanState> states;
+    std::vector<ScanProgress> steps;
+    const auto subscription = controller_->onChange([&](ImportField field) {
+        if (field == ImportField::scanState) states.push_back(controller_->scanState());
+        if (field == ImportField::progress && controller_->progress().isActive())
+            steps.push_back(controller_->progress());
+    });
+    scan(folder("camera"), folder("sound"));
+
+    using enum ScanState;
+    EXPECT_EQ(states, (std::vector{discovering, probing, matching, done}));
+    ASSERT_EQ(steps.size(), 6U); // one a file, over one total
+    EXPECT_EQ(steps.front(), (ScanProgress{"Probing video files", 1, 6}));
+    EXPECT_EQ(steps.back(), (ScanProgress{"Probing audio files", 6, 6}));
+    EXPECT_TRUE(std::ranges::is_sorted(steps, {}, &ScanProgress::current));
+    EXPECT_EQ(controller_->progress(), ScanProgress::idle());
+
+    ASSERT_NE(clip("A001C001"), nullptr);
+    EXPECT_EQ(clip("A001C001")->matchStatus, MatchStatus::matched());
+    EXPECT_NEAR(clip("A001C001")->audioMatches.at(0).syncOffsetSeconds, -2.0, 1e-9);
+    EXPECT_NEAR(clip("B001C001")->audioMatches.at(0).syncOffsetSeconds, -2.48, 1e-9);
+    EXPECT_EQ(clip("A001C002")->matchStatus, MatchStatus::mos());
+    EXPECT_EQ(clip("A001C003")->matchStatus, MatchStatus::unmatched());
+    ASSERT_EQ(controller_->wildTracks().size(), 1U);
+    EXPECT_EQ(controller_->wildTracks().front().customName, "DAY1_ROOMTONE");
+
+    EXPECT_EQ(controller_->matchedCount(), 3);
+    EXPECT_EQ(controller_->unmatchedCount(), 1);
+    EXPECT_EQ(controller_->syncClipCount(), 2);
+    EXPECT_EQ(controller_->mosCount(), 1);
+    EXPECT_EQ(controller_->displayNames().at(clip("A001C001")->id), "12A-3 Cam A");
+    settings_->set("clipNamingSource", "video");
+    EXPECT_EQ(controller_->displayNames().at(clip("A001C001")->id), "A001C001_261120_R1AB");
+}
+
+TEST_F(ImportControllerTest, takesWhateverFolderThereIs) {
+    test::makeSmallShoot(folder_.path());
+    EXPECT_FALSE(controller_->canScan());
+    finish(controller_->startScan()); // nothing to scan: nothing happens
+    EXPECT_EQ(controller_->scanState(), ScanState::idle);
+
+    scan(std::nullopt, folder("sound"));
+    EXPECT_TRUE(controller_->syncGroups().empty());
+    EXPECT_EQ(controller_->wildTracks().size(), 2U);
+
+    scan(folder("camera"), std::nullopt);
+    EXPECT_EQ(controller_->syncGroups().size(), 4U);
+    EXPECT_EQ(controller_->matchedCount(), 1); // the one that says MOS
+    EXPECT_TRUE(controller_->wildTracks().empty());
+
+    // One folder for both, and one inside the other: each file once.
+    scan(folder(""), folder("sound/."));
+    EXPECT_EQ(controller_->discoveryResult()->totalCount(), 6U);
+    EXPECT_EQ(controller_->syncGroups().size(), 4U);
+    EXPECT_EQ(controller_->syncClipCount(), 2);
+}
+
+TEST_F(ImportControllerTest, keepsTheClipsWhenAFolderHoldsNothing) {
+    test::makeSmallShoot(folder_.path());
+    scan(folder("camera"), folder("sound"));
+    const UUID before = clip("A001C001")->id;
+    folder_.write("empty/notes.txt", "no media");
+    scan(folder("empty"), folder("nowhere"));
+    EXPECT_EQ(controller_->scanState(), ScanState::done);
+    EXPECT_EQ(controller_->scanResult()->totalFiles(), 0U);
+    ASSERT_NE(clip("A001C001"), nullptr);
+    EXPECT_EQ(clip("A001C001")->id, before);
+
+    controller_->reset();
+    EXPECT_TRUE(controller_->syncGroups().empty());
+    EXPECT_EQ(controller_->scanState(), ScanState::idle);
+    EXPECT_FALSE(controller_->canScan());
+}
+
+TEST_F(ImportControllerTest, survivesFilesThatCannotBeRead) {
+    test::makeSmallShoot(folder_.path());
+    folder_.write("camera/empty.mov", "");
+    folder_.write("camera/zeros.mp4", std::string(100000, '\0'));
+    folder_.write("sound/cut.wav", std::string("RIFF\xff\xff\xff\xffWAVE", 12));
+    folder_.write("sound/\xff\xfe.wav", "RIFF");
+    scan(folder("camera"), folder("sound"));
+    EXPECT_EQ(controller_->scanResult()->totalFiles(), 10U);
+    EXPECT_EQ(controller_->syncClipCount(), 2);
+    EXPECT_EQ(controller_->unmatchedCount(), 3);
+    EXPECT_EQ(controller_->wildTracks().size(), 3U);
+}
+
+TEST_F(ImportControllerTest, aRescanReplacesTheClipsAndKeepsKnownAssets) {
+    test::makeSmallShoot(folder_.path());
+    controller_ = make(std::make_shared<ProbeCache>(folder_.path("cache/probe-cache.json")));
+    scan(folder("camera"), folder("sound"));
+    const UUID group = clip("A001C001")->id, asset = clip("A001C001")->video.id;
+    const UUID wild = controller_->wildTracks().front().id;
+    finish(controller_->startScan());
+    EXPECT_NE(clip("A001C001")->id, group);
+    EXPECT_EQ(clip("A001C001")->video.id, asset);
+    EXPECT_EQ(controller_->wildTracks().front().id, wild);
+}
+
+TEST_F(ImportControllerTest, aScanThatIsOvertakenLeavesNoTrace) {
+    test::makeSmallShoot(folder_.path());
+    controller_->setVideoFolderURL(folder("camera"));
+    const auto overtaken = controller_->startScan();
+    controller_->reset();
+    finish(overtaken);
+    EXPECT_TRUE(controller_->syncGroups().empty());
+    EXPECT_EQ(controller_->scanState(), ScanState::idle);
+    EXPECT_FALSE(controller_->discoveryResult());
+
+    controller_->setVideoFolderURL(folder("camera"));
+    const auto abandoned = controller_->startScan();
+    const std::weak_ptr<ImportController> watch = controller_;
+    controller_.reset();
+    EXPECT_TRUE(watch.expired()); // not kept alive by its scan
+    finish(abandoned);
+}
+
+TEST_F(ImportControllerTest, exportsSettledClipsWithTheSettingsOfTheSheet) {
+    test::makeSmallShoot(folder_.path());
+    scan(folder("camera"), folder("sound"));
+    settings_->set("eventName", "Stored");
+    EXPECT_EQ(controller_->exportSettings({}).eventName, "Stored");
+    ImportController::ExportOptions options;
+    options.eventName = "Day 1";
+    const ExportSettings settings = controller_->exportSettings(options);
+    EXPECT_EQ(settings.eventName, "Day 1");
+    EXPECT_EQ(settings.projectFrameRate, 25);
+    EXPECT_EQ(settings.outputWidth, 1920);
+
+    const ExportResult result = controller_->exportFCPXML(settings);
+    EXPECT_EQ(result.syncClipCount, 3);
+    EXPECT_NE(result.fcpxmlString.find("<event name=\"Day 1\">"), std::string::npos);
+    EXPECT_EQ(result.fcpxmlString.find("A001C003"), std::string::npos); // unmatched
+
+    const ExportResult single = controller_->exportSingleClip(clip("B001C001")->id, settings);
+    EXPECT_EQ(single.syncClipCount, 1);
+    EXPECT_EQ(single.fcpxmlString.find("A001C001"), std::string::npos);
+    EXPECT_THROW(controller_->exportSingleClip(UUID::random(), settings), GroupNotFound);
+}
+
+} // namespace
+} // namespace orvane

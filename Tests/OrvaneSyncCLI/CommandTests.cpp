@@ -1,0 +1,275 @@
+#include "OrvaneSyncCLI/Command.h"
+
+#include "OrvaneSyncCLI/ProgressLine.h"
+#include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "Platform/JSON.h"
+#include "Support/Media/LTCSignal.h"
+#include "Support/Media/SmallShoot.h"
+#include "Support/Media/WaveMaker.h"
+#include "Support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace orvane::cli {
+namespace {
+
+using platform::JSON;
+
+struct Outcome {
+    int status = 0;
+    std::string out;
+    std::string err;
+
+    JSON json() const { return JSON::parse(out); }
+};
+
+/// Never with the probe cache of the user who runs the tests.
+Outcome runWith(std::vector<std::string> words, bool onTerminal = false, const std::string& cacheFile = {}) {
+    const test::TemporaryDirectory folder;
+    std::ostringstream out, err;
+    Context context{out, err};
+    context.errIsTerminal = onTerminal;
+    context.openProbeCache = [&] {
+        return std::make_shared<ProbeCache>(cacheFile.empty() ? folder.path("cache.json") : cacheFile);
+    };
+    context.settings = std::make_shared<platform::MemorySettingsStore>();
+    registerStandardDefaults(*context.settings);
+    const int status = run(words, context);
+    return {status, out.str(), err.str()};
+}
+
+TEST(CommandLine, tellsWrongUsageFromFailure) {
+    const test::TemporaryDirectory folder;
+    folder.write("take.wav", "");
+    struct Case {
+        std::vector<std::string> words;
+        int status;
+        std::string says; ///< in the first line of standard error
+    };
+    const std::vector<Case> cases{
+        {{"snyc"}, 2, "did you mean 'sync'?"},
+        {{"scan"}, 2, "which folder?"},
+        {{"scan", "a", "b", "c"}, 2, "more than two folders"},
+        {{"scan", "--vidoe", "x"}, 2, "did you mean '--video'?"},
+        {{"scan", "--video"}, 2, "needs a value"},
+        {{"scan", "--json=1", "x"}, 2, "takes no value"},
+        {{"scan", "x", "--audio", "y"}, 2, "not both"},
+        {{"scan", "--set", "novalue", "x"}, 2, "KEY=VALUE"},
+        {{"scan", folder.path("nowhere")}, 1, "nowhere: No such file or directory"},
+        {{"scan", folder.path("take.wav")}, 1, "it is not a folder"},
+        {{"sync", folder.path()}, 2, "-o OUT.fcpxml is missing"},
+        {{"sync", folder.path(), "-o", "-", "--json"}, 2, "both want standard output"},
+        {{"sync", folder.path(), "-o", folder.path("take.wav")}, 2, "names a media file"},
+        {{"sync", folder.path(), "-o", folder.path("no/where.fcpxml")}, 1, "No such file or directory"},
+        {{"sync", folder.path(), "-o", folder.path()}, 1, "it is a folder"},
+        {{"sync", folder.path(), "-o", "x", "--fcpxml-version", "2.0"}, 2, "1.6 to 1.14"},
+        {{"sync", folder.path(), "-o", "x", "--smart-audio", "loud"}, 2, "standard, studio"},
+        {{"probe"}, 2, "which file?"},
+        {{"probe", folder.path("gone.wav")}, 1, "gone.wav: No such file or directory"},
+        {{"ltc", folder.path("gone.wav")}, 1, "No such file or directory"},
+        {{"ltc", folder.path("take.wav")}, 1, "holds no sound"},
+        {{"ltc", folder.path("take.wav"), "--channel", "two"}, 2, "takes a whole number"},
+        {{"timecode"}, 2, "which conversion?"},
+        {{"timecode", "from-frames", "1.5", "--fps", "25"}, 2, "no whole number"},
+        {{"timecode", "from-seconds", "1"}, 2, "--fps is missing"},
+        {{"timecode", "from-seconds", "1", "--rate", "fps29"}, 2, "did you mean 'fps2"},
+        {{"timecode", "to-seconds", "01:00:00:00", "--fps", "0"}, 2, "above 0"},
+    };
+    for (const Case& c : cases) {
+        const Outcome outcome = runWith(c.words);
+        const std::string line = outcome.err.substr(0, outcome.err.find('\n'));
+        SCOPED_TRACE(line);
+        EXPECT_EQ(outcome.status, c.status);
+        EXPECT_TRUE(line.starts_with("error: "));
+        EXPECT_NE(line.find(c.says), std::string::npos) << c.says;
+        EXPECT_EQ(outcome.out, "");
+        const auto lines = std::ranges::count(outcome.err, '\n');
+        EXPECT_EQ(lines, c.status == wrongUsage ? 2 : 1); // the usage line comes with wrong usage only
+    }
+}
+
+TEST(CommandLine, everyCommandHelpsWithAnExampleThatItTakes) {
+    for (const Command* command : allCommands()) {
+        const Outcome help = runWith({std::string(command->name), "--help"});
+        EXPECT_EQ(help.status, done);
+        EXPECT_NE(help.out.find("usage: orvanesync " + std::string(command->name)), std::string::npos);
+        EXPECT_NE(help.out.find(command->example), std::string::npos);
+        EXPECT_NE(runWith({"--help"}).out.find("  " + std::string(command->name)), std::string::npos);
+    }
+    EXPECT_TRUE(runWith({"--version"}).out.starts_with("orvanesync "));
+    EXPECT_EQ(runWith({}).status, wrongUsage);
+}
+
+TEST(CommandLine, calculatesTimecodes) {
+    struct Case {
+        std::vector<std::string> words;
+        JSON expected;
+        const char* text;
+    };
+    const auto seconds = [](double value) { return JSON(JSON::Object{{"seconds", value}}); };
+    const auto timecode = [](const char* value) { return JSON(JSON::Object{{"timecode", value}}); };
+    const auto rate = [](JSON value) { return JSON(JSON::Object{{"rate", std::move(value)}}); };
+    const std::vector<Case> cases{
+        {{"to-seconds", "01:00:00;00", "--fps", "29.97"}, seconds(3599.9964000000004), "3599.9964000000004"},
+        {{"to-seconds", "01:00:00", "--fps", "25"}, seconds(0), "0.0"},
+        {{"from-seconds", "3600", "--fps", "29.97"}, timecode("01:00:00;00"), "01:00:00;00"},
+        {{"from-seconds", "-1", "--rate", "fps25"}, timecode("00:00:-1:00"), "00:00:-1:00"},
+        {{"from-frames", "1800", "--rate", "fps29_97d"}, timecode("00:01:00;02"), "00:01:00;02"},
+        {{"from-samples", "172800000", "--sample-rate", "48000", "--rate", "fps25"},
+         timecode("01:00:00:00"),
+         "01:00:00:00"},
+        {{"rate-of", "23.98"}, rate("fps23_976"), "fps23_976"},
+        {{"rate", "30000/1001 NDF"}, rate("fps29_97"), "fps29_97"},
+        {{"rate", "soon"}, rate(nullptr), "none"},
+    };
+    for (const Case& c : cases) {
+        std::vector<std::string> words{"timecode"};
+        words.insert(words.end(), c.words.begin(), c.words.end());
+        EXPECT_EQ(runWith(words).out, std::string(c.text) + "\n");
+        words.emplace_back("--json");
+        EXPECT_TRUE(runWith(words).json() == c.expected) << runWith(words).out;
+    }
+}
+
+/// The program on a shoot.
+class ShootTest : public testing::Test {
+  protected:
+    ShootTest() { test::makeSmallShoot(folder_.path()); }
+
+    test::TemporaryDirectory folder_;
+    test::ScopedEnvironment zone_{"TZ", "UTC"};
+};
+
+TEST_F(ShootTest, scanShowsTheWholeState) {
+    const Outcome outcome =
+        runWith({"scan", folder_.path("camera"), folder_.path("sound"), "--json", "--no-cache"});
+    ASSERT_EQ(outcome.status, done) << outcome.err;
+    EXPECT_EQ(outcome.err, "");
+    const JSON state = outcome.json();
+    EXPECT_EQ(*state.find("scanState")->string(), "done");
+    EXPECT_EQ(state.find("discoveryResult")->find("videoURLs")->elements()->size(), 4U);
+    EXPECT_TRUE(state.find("discoveryResult")
+                    ->find("audioURLs")
+                    ->elements()
+                    ->front()
+                    .string()
+                    ->starts_with("file:///"));
+    EXPECT_EQ(state.find("scanResult")->find("audioAssets")->elements()->size(), 2U);
+    EXPECT_EQ(state.find("wildTracks")->elements()->size(), 1U);
+    EXPECT_TRUE(*state.find("counts") ==
+                JSON::parse(R"({"matched":3,"unmatched":1,"syncClips":2,"mos":1,"projectedMulticam":0})"));
+    const auto& groups = *state.find("syncGroups")->elements();
+    ASSERT_EQ(groups.size(), 4U);
+    EXPECT_EQ(*groups.front().find("video")->find("filename")->string(), "A001C001_261120_R1AB.mov");
+    const std::string id = *groups.front().find("id")->string();
+    EXPECT_EQ(*state.find("displayNames")->find(id)->string(), "12A-3 Cam A");
+    EXPECT_EQ(state.find("aleMatchStatus"), nullptr);
+}
+
+TEST_F(ShootTest, scanShowsATableToPeople) {
+    const std::string cacheFile = folder_.path("cache/probe-cache.json");
+    const Outcome outcome = runWith({"scan", folder_.path()}, false, cacheFile);
+    ASSERT_EQ(outcome.status, done) << outcome.err;
+    for (const char* piece :
+         {"12A-3 Cam B", "10:00:02:12", "DAY1_T01.WAV (6 ch)", "2.480 s before", "MOS (no audio)",
+          "No Match: no sound at that time", "DAY1_ROOMTONE.WAV", "room tone or wild track",
+          "4 clips: 2 with sound, 1 MOS, 1 not matched; 1 recording without picture."})
+        EXPECT_NE(outcome.out.find(piece), std::string::npos) << piece << " in\n" << outcome.out;
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_TRUE(std::filesystem::exists(cacheFile)); // written before the command ends
+    // Progress goes to a terminal only, and leaves nothing behind there.
+    EXPECT_TRUE(runWith({"scan", folder_.path()}, true).err.ends_with("\r\x1b[K"));
+    EXPECT_EQ(runWith({"scan", folder_.path(), "--quiet"}, true).err, "");
+}
+
+TEST_F(ShootTest, syncWritesTheDocument) {
+    const std::string output = folder_.path("out.fcpxml");
+    const Outcome outcome =
+        runWith({"sync", folder_.path(), "-o", output, "--event", "Day & Night", "--json"});
+    ASSERT_EQ(outcome.status, done) << outcome.err;
+    const JSON result = outcome.json();
+    EXPECT_EQ(*result.find("output")->string(), output);
+    EXPECT_EQ(result.find("syncClipCount")->integer(), 3);
+    EXPECT_EQ(result.find("counts")->find("unmatched")->integer(), 1);
+    const std::string document = folder_.read("out.fcpxml");
+    EXPECT_NE(document.find("<fcpxml version=\"1.14\">"), std::string::npos);
+    EXPECT_NE(document.find("event name=\"Day &amp; Night\""), std::string::npos);
+
+    const Outcome toOutput =
+        runWith({"sync", folder_.path(), "-o", "-", "--fcpxml-version", "1.10", "--set", "audioBaseRole=fx"});
+    EXPECT_TRUE(toOutput.out.starts_with("<?xml"));
+    EXPECT_NE(toOutput.out.find("<fcpxml version=\"1.10\">"), std::string::npos);
+    EXPECT_NE(toOutput.out.find("role=\"fx.Lav Anna\""), std::string::npos);
+
+    const Outcome forPeople = runWith({"sync", folder_.path(), "-o", output});
+    EXPECT_NE(forPeople.out.find("Wrote " + output + ": 3 synchronized clips."), std::string::npos)
+        << forPeople.out;
+
+    folder_.write("empty/x.txt", "");
+    const Outcome nothing = runWith({"sync", folder_.path("empty"), "-o", folder_.path("none.fcpxml")});
+    EXPECT_EQ(nothing.status, failed);
+    EXPECT_FALSE(std::filesystem::exists(folder_.path("none.fcpxml")));
+}
+
+TEST_F(ShootTest, probeKeepsTheOrderAndTheOtherFiles) {
+    const std::string wave = folder_.path("sound/DAY1_T01.WAV");
+    folder_.write("odd\n\x1b[31mname.wav", "RIFF");
+    const Outcome outcome =
+        runWith({"probe", "--json", wave, folder_.path("gone.mov"), folder_.path("odd\n\x1b[31mname.wav"),
+                 folder_.path("camera/A001C001_261120_R1AB.mov")});
+    ASSERT_EQ(outcome.status, done) << outcome.err;
+    const auto assets = *outcome.json().elements();
+    ASSERT_EQ(assets.size(), 4U);
+    EXPECT_EQ(assets[0].find("bextTimeReference")->integer(), 36000LL * 48000);
+    EXPECT_EQ(*assets[1].find("filename")->string(), "gone.mov");
+    EXPECT_EQ(assets[2].find("durationSeconds"), nullptr);
+    EXPECT_EQ(*assets[3].find("startTimecodeString")->string(), "10:00:02:00");
+    EXPECT_NE(outcome.err.find("warning: can't read"), std::string::npos);
+
+    const Outcome text = runWith({"probe", folder_.path("odd\n\x1b[31mname.wav"), wave});
+    EXPECT_EQ(text.out.find('\x1b'), std::string::npos); // a name does not reach the terminal as a command
+    EXPECT_NE(text.out.find("Lav Cleo"), std::string::npos);
+}
+
+TEST_F(ShootTest, ltcReadsAChannelOrSaysThatThereIsNone) {
+    const auto signal = test::LTCSignal{}.samples(25LL * 3723, 1.0);
+    std::vector<float> stereo;
+    for (const float sample : signal) stereo.insert(stereo.end(), {0.0F, sample});
+    test::WaveMaker().format({.channels = 2}).samples(stereo).writeTo(folder_.path("ltc.wav"));
+    const Outcome found = runWith({"ltc", folder_.path("ltc.wav"), "--channel", "1", "--json"});
+    ASSERT_EQ(found.status, done) << found.err;
+    EXPECT_EQ(found.json().find("tc")->string()->substr(0, 8), "01:02:03");
+    EXPECT_GE(*found.json().find("atSeconds")->number(), 0);
+    EXPECT_TRUE(runWith({"ltc", folder_.path("ltc.wav"), "--json"}).json().isNull());
+}
+
+TEST(Settings, anUnknownKeyIsSaidButNoError) {
+    const Outcome outcome = runWith({"timecode", "rate-of", "25", "--set", "trimmode=video"});
+    EXPECT_EQ(outcome.status, done);
+    EXPECT_NE(outcome.err.find("did you mean 'trimMode'?"), std::string::npos);
+}
+
+TEST(Table, alignsWhatATerminalShows) {
+    Table table({{"NAME"}, {"N", Table::Align::right}});
+    table.add({"日本", "1"});
+    table.add({"e\u0301x", "12"});
+    table.add({"a\tb\n", "3"});
+    EXPECT_EQ(table.text(false), "NAME   N\n日本   1\ne\u0301x    12\na\uFFFDb\uFFFD   3\n");
+}
+
+TEST(ProgressLine, tellsPhaseCountBarAndTimeLeft) {
+    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 0.5, 40), "Probing 1/4 [######...................]");
+    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 20, 40), "Probing 1/4 [####...........] 1:00 left");
+    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 20, 20), "Probing 1/4 1:00 left");
+    EXPECT_EQ(ProgressLine::text({"Matching", 0, 0}, 20, 40), "Matching ...");
+}
+
+} // namespace
+} // namespace orvane::cli

@@ -1,0 +1,98 @@
+#include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
+
+#include "Support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace orvane {
+namespace {
+
+using Names = std::vector<std::string>;
+
+class Discovery : public testing::Test {
+  protected:
+    void touch(const Names& names) const {
+        for (const std::string& name : names) folder.write(name, "");
+    }
+    /// Paths below the folder, sorted.
+    Names below(const std::vector<FileURL>& urls) const {
+        Names names;
+        for (const FileURL& url : urls) names.push_back(url.path.substr(folder.path().size() + 1));
+        std::ranges::sort(names);
+        return names;
+    }
+
+    test::TemporaryDirectory folder;
+    FileDiscoveryService service;
+};
+
+TEST_F(Discovery, theExtensionAloneDecides) {
+    touch({"CLIP.MOV", "clip.mov", "a/b/c/deep.Mxf", "x.mp4", "y.m4v", "take.aiff", "take.aif", "take.wav",
+           "take.BWF", "take.mp3", "take.m4a", "take.mxf.txt", "mov", ".mov", "wav.", "ROOMTONE.wav"});
+    const DiscoveryResult result = service.discover(folder.path());
+    EXPECT_EQ(below(result.videoURLs), (Names{"CLIP.MOV", "a/b/c/deep.Mxf", "clip.mov", "x.mp4", "y.m4v"}));
+    EXPECT_EQ(below(result.audioURLs),
+              (Names{"ROOMTONE.wav", "take.BWF", "take.aif", "take.aiff", "take.wav"}));
+    EXPECT_EQ(result.totalCount(), 10U);
+}
+
+TEST_F(Discovery, hiddenAndPackagedFilesAreNobodysBusiness) {
+    touch({".hidden/a.mov", ".b.mov", "x/.Trashes/c.wav", "Edit.fcpbundle/Original Media/d.mov",
+           "Player.APP/e.wav", "notapackage.d/f.mov"});
+    const DiscoveryResult result = service.discover(folder.path());
+    EXPECT_EQ(below(result.videoURLs), Names{"notapackage.d/f.mov"});
+    EXPECT_TRUE(result.audioURLs.empty());
+}
+
+TEST_F(Discovery, aFolderNamedLikeAClipIsListedAndEntered) {
+    touch({"shoot.mov/inside.mov"});
+    EXPECT_EQ(below(service.discover(folder.path()).videoURLs), (Names{"shoot.mov", "shoot.mov/inside.mov"}));
+}
+
+TEST_F(Discovery, namesAreBytes) {
+    const Names names{"a \"quoted\".mov", "emoji \xF0\x9F\x8E\xAC.mov", "latin-1 \xE9.mov",
+                      "line\nbreak.mov"};
+    touch(names);
+    EXPECT_EQ(below(service.discover(folder.path()).videoURLs), names);
+}
+
+TEST_F(Discovery, loopsEnd) {
+    touch({"real/a.mov"});
+    std::filesystem::create_directory_symlink(folder.path(), folder.path("real/up"));
+    std::filesystem::create_symlink("nowhere.mov", folder.path("real/dangling.mov"));
+    std::filesystem::create_symlink("a.mov", folder.path("real/link.mov"));
+    EXPECT_EQ(below(service.discover(folder.path()).videoURLs), (Names{"real/a.mov", "real/link.mov"}));
+}
+
+TEST_F(Discovery, whatCannotBeReadIsEmpty) {
+    touch({"locked/a.mov", "open/b.mov"});
+    EXPECT_TRUE(service.discover(folder.path("missing")).isEmpty());
+    EXPECT_TRUE(service.discover(folder.path("open/b.mov")).isEmpty());
+    EXPECT_TRUE(service.discover(Names{}).isEmpty());
+    ::chmod(folder.path("locked").c_str(), 0);
+    const DiscoveryResult result = service.discover(folder.path());
+    const bool seesLocked = ::access(folder.path("locked").c_str(), R_OK) == 0; // as root does
+    ::chmod(folder.path("locked").c_str(), 0700);
+    EXPECT_EQ(below(result.videoURLs),
+              seesLocked ? (Names{"locked/a.mov", "open/b.mov"}) : Names{"open/b.mov"});
+}
+
+TEST_F(Discovery, foldersAreAppendedInOrder) {
+    touch({"1/a.mov", "2/b.mov", "2/c.wav"});
+    const DiscoveryResult result =
+        service.discover({folder.path("2"), folder.path("gone"), folder.path("1")});
+    ASSERT_EQ(result.videoCount(), 2U);
+    EXPECT_EQ(result.videoURLs[0].path, folder.path("2/b.mov"));
+    EXPECT_EQ(result.videoURLs[1].path, folder.path("1/a.mov"));
+    EXPECT_EQ(result.audioCount(), 1U);
+}
+
+} // namespace
+} // namespace orvane

@@ -1,0 +1,262 @@
+#include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
+
+#include "LinearTimecode.h"
+#include "ManualQueue.h"
+#include "Support/MediaFactory.h"
+#include "Support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <numeric>
+#include <string>
+#include <sys/stat.h>
+#include <vector>
+
+namespace orvane {
+namespace {
+
+using test::MovieMaker;
+using test::WaveMaker;
+using Confidence = OffspeedConfidence;
+
+class Probe : public testing::Test {
+  protected:
+    std::shared_ptr<ProbeCache> newCache() const {
+        return std::make_shared<ProbeCache>(folder.path("cache.json"), std::make_unique<test::ManualQueue>());
+    }
+    template <class Maker>
+    MediaAsset probed(const Maker& maker, const std::string& name) {
+        maker.writeTo(folder.path(name));
+        const FileURL url{folder.path(name)};
+        return MediaProbeService(settings, nullptr).probe(url, assetKindFrom(url).value());
+    }
+
+    test::TemporaryDirectory folder;
+    platform::MemorySettingsStore settings;
+};
+
+MovieMaker camera() { return MovieMaker().video({.timescale = 25, .frames = 250}).audio({.channels = 2}); }
+
+TEST_F(Probe, aCameraFile) {
+    const MediaAsset asset =
+        probed(camera()
+                   .timecode({25, 1, 90000})
+                   .metadata("com.apple.quicktime.creationdate", "2024-05-17T10:00:00+0200"),
+               "A001.mov");
+    EXPECT_EQ(asset.kind, AssetKind::video);
+    EXPECT_EQ(asset.filename, "A001.mov");
+    EXPECT_EQ(asset.startTimecodeString, "01:00:00:00");
+    EXPECT_DOUBLE_EQ(asset.durationSeconds.value_or(0), 10.0);
+    EXPECT_EQ(asset.width, 1920);
+    EXPECT_EQ(asset.height, 1080);
+    EXPECT_EQ(asset.frameRate, 25.0);
+    EXPECT_EQ(asset.sensorFrameRate, 25.0);
+    EXPECT_EQ(asset.projectFrameRate, 25.0);
+    EXPECT_EQ(asset.videoCodecFourCC, "avc1");
+    EXPECT_EQ(asset.channelCount, 2);
+    EXPECT_EQ(asset.sampleRate, 48000.0);
+    EXPECT_EQ(asset.contentCreatedDate, dateFromISO8601("2024-05-17T08:00:00Z"));
+    EXPECT_FALSE(asset.offspeedConfidence.has_value());
+}
+
+TEST_F(Probe, creationDates) {
+    const auto date = [&](const std::string& text) {
+        return probed(camera().metadata("com.apple.quicktime.creationdate", text), "a.mov")
+            .contentCreatedDate;
+    };
+    EXPECT_EQ(date("2024-05-17T08:00:00.250Z"), Date{std::chrono::milliseconds{1'715'932'800'250}});
+    EXPECT_EQ(date("2024-05-17T08:00:00Z"), Date{std::chrono::milliseconds{1'715'932'800'000}});
+    EXPECT_EQ(date("2024-05-17T08:00:00"), calendar::date({2024, 5, 17, 8, 0, 0}));
+    for (const char* text : {"2024-05-17", "2024-02-31T08:00:00", "2024-05-17T08:00:00 ", "yesterday"})
+        EXPECT_FALSE(date(text).has_value()) << text;
+    EXPECT_FALSE(probed(camera(), "b.mov").contentCreatedDate.has_value());
+    // The first item that has a text ends the search.
+    EXPECT_FALSE(probed(camera()
+                            .metadata("com.apple.quicktime.creationdate", "?")
+                            .metadata("com.apple.quicktime.creationdate", "2024-05-17T08:00:00Z"),
+                        "c.mov")
+                     .contentCreatedDate.has_value());
+}
+
+TEST_F(Probe, offspeed) {
+    const struct {
+        const char* name;
+        MovieMaker movie;
+        std::optional<double> sensor, project;
+        std::optional<Confidence> confidence;
+    } cases[] = {
+        {"nothing but its own rate", camera(), 25.0, {}, Confidence::suspectedUnconfirmed(1.0)},
+        {"a timecode track clears it", camera().timecode({25, 1, 0}), 25.0, 25.0, {}},
+        {"a timecode track of another rate", camera().timecode({50, 1, 0}), 25.0, 50.0,
+         Confidence::confirmed(true, 0.5)},
+        {"a timecode track without a rate",
+         camera().timecode({0, 0, 0}),
+         25.0,
+         {},
+         Confidence::suspectedUnconfirmed(1.0)},
+        {"no picture", MovieMaker().audio({}), {}, {}, {}},
+        {"vendor keys",
+         camera().metadata("com.acme.sensorFPS", 120.0).metadata("projectFPS", std::int64_t{24}), 120.0, 24.0,
+         Confidence::confirmed(true, 5.0)},
+        {"vendor keys as text, over the timecode track",
+         camera()
+             .timecode({25, 1, 0})
+             .metadata("com.acme.CaptureFrameRate", "50")
+             .metadata("masterFPS", "+25.0"),
+         50.0, 25.0, Confidence::confirmed(true, 2.0)},
+        {"one key with both words",
+         camera().metadata("playbackFrameRate_recordFrameRate", 30.0),
+         30.0,
+         30.0,
+         {}},
+        {"a rate that is no number",
+         camera().metadata("project_fps", "24 fps").metadata("sensor_fps", ""),
+         25.0,
+         {},
+         Confidence::suspectedUnconfirmed(1.0)},
+        {"a rate of zero is kept and rejected", camera().metadata("projectfps", 0.0), 25.0, 0.0, {}},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.name);
+        const MediaAsset asset = probed(row.movie, "clip.mp4");
+        EXPECT_EQ(asset.sensorFrameRate, row.sensor);
+        EXPECT_EQ(asset.projectFrameRate, row.project);
+        EXPECT_EQ(asset.offspeedConfidence, row.confidence);
+    }
+    camera().writeTo(folder.path("sound.mov"));
+    EXPECT_FALSE(MediaProbeService(settings, nullptr)
+                     .probe(FileURL{folder.path("sound.mov")}, AssetKind::audio)
+                     .offspeedConfidence.has_value());
+}
+
+TEST_F(Probe, aRecording) {
+    const auto recording = [](std::uint64_t reference, const std::string& rate) {
+        return WaveMaker()
+            .format({.channels = 4})
+            .bext({.originator = "Mixer", .date = "2024:03:09", .timeReference = reference})
+            .iXML(test::IXMLText{.scene = "12A", .timecodeRate = rate, .tracks = {"Boom", "Lav"}}.text())
+            .silence(48000);
+    };
+    const MediaAsset asset = probed(recording(172'800'000, "25/1"), "take.wav");
+    EXPECT_EQ(asset.startTimecodeString, "01:00:00:00");
+    EXPECT_EQ(asset.bextTimeReference, 172'800'000U);
+    EXPECT_EQ(asset.bextOriginator, "Mixer");
+    EXPECT_EQ(asset.contentCreatedDate, calendar::date({2024, 3, 9, 12, 0, 0}));
+    EXPECT_EQ(asset.ixmlData.value().tracks.size(), 2U);
+    EXPECT_EQ(asset.channelCount, 4);
+    EXPECT_DOUBLE_EQ(asset.durationSeconds.value_or(0), 1.0);
+    EXPECT_FALSE(asset.frameRate.has_value()) << "the recorder's rate serves the conversion alone";
+    EXPECT_FALSE(asset.offspeedConfidence.has_value());
+
+    EXPECT_EQ(probed(recording(172'800'000, "30000/1001"), "df.bwf").startTimecodeString, "01:00:00;00");
+    EXPECT_EQ(probed(recording(172'802'000, ""), "24.wav").startTimecodeString, "01:00:00:01");
+    EXPECT_EQ(probed(recording(172'802'000, "nonsense"), "24.wav").startTimecodeString, "01:00:00:01");
+    EXPECT_FALSE(probed(recording(0, "25/1"), "none.wav").startTimecodeString.has_value());
+    EXPECT_FALSE(probed(recording(5, "25/1"), "renamed.aif").bextTimeReference.has_value());
+    EXPECT_EQ(probed(WaveMaker().bext({.timeReference = 48000}), "headless.wav").startTimecodeString,
+              "00:00:01:00")
+        << "48 kHz where the file does not say";
+}
+
+TEST_F(Probe, linearTimecodeIsTheLastResort) {
+    const auto sound = test::ltcSignal(test::ltcBits(10, 0, 0, 0) + test::ltcBits(10, 0, 0, 1), 24);
+    std::vector<float> interleaved;
+    for (const float sample : sound) interleaved.insert(interleaved.end(), {0.0F, sample});
+    const auto start = [&](std::uint64_t reference) {
+        return probed(WaveMaker()
+                          .format({.channels = 2})
+                          .bext({.timeReference = reference})
+                          .samples(interleaved),
+                      "a.wav")
+            .startTimecodeString;
+    };
+    EXPECT_FALSE(start(0).has_value()) << "off unless it is wanted";
+    settings.set("ltc.enabled", true);
+    EXPECT_FALSE(start(0).has_value()) << "the first channel unless another is chosen";
+    for (const std::int64_t channel : {std::int64_t{1}, std::int64_t{7}, std::int64_t{1} << 40}) {
+        settings.set("ltc.channelIndex", channel);
+        EXPECT_EQ(start(0), "10:00:00:00") << channel;
+    }
+    EXPECT_EQ(start(48000), "00:00:01:00");
+}
+
+TEST_F(Probe, anyFileGivesAnAsset) {
+    camera().writeTo(folder.path("real.mov"));
+    const std::string whole = folder.read("real.mov");
+    folder.write("empty.mov", "");
+    folder.write("noise.mov", std::string(4096, '\xA5'));
+    folder.write("cut.mov", whole.substr(0, whole.size() / 2));
+    folder.write("folder.mov/x", "");
+    folder.write("text.wav", "this is no sound");
+    std::filesystem::create_symlink("loop.mov", folder.path("loop.mov"));
+    ASSERT_EQ(::mkfifo(folder.path("pipe.wav").c_str(), 0600), 0);
+    settings.set("ltc.enabled", true);
+    MediaProbeService service(settings, newCache());
+    for (const char* name : {"empty.mov", "noise.mov", "cut.mov", "folder.mov", "text.wav", "loop.mov",
+                             "pipe.wav", "missing.mov", "mxf without anything.mxf"}) {
+        SCOPED_TRACE(name);
+        const FileURL url{folder.path(name)};
+        const MediaAsset asset = service.probe(url, AssetKind::video);
+        EXPECT_EQ(asset.filename, name);
+        EXPECT_EQ(asset.url, url);
+        EXPECT_FALSE(asset.startTimecodeString.has_value());
+        EXPECT_FALSE(asset.durationSeconds.has_value());
+    }
+}
+
+TEST_F(Probe, manyFilesKeepTheirOrder) {
+    std::vector<FileURL> urls;
+    for (unsigned i = 0; i < 100; ++i) {
+        // The first are the slowest.
+        const std::string name =
+            "take " + std::to_string(i) + (i % 3 == 0 ? " \xE9\n.mov" : " \xF0\x9F\x8E\xAC.mov");
+        MovieMaker maker = camera().timecode({25, 1, i});
+        if (i < 8) maker.endlessMedia().mediaBytes(3'000'000);
+        maker.writeTo(folder.path(name));
+        urls.push_back(FileURL{folder.path(name)});
+    }
+    MediaProbeService service(settings, newCache());
+    std::vector<int> reports;
+    const auto progress = [&](int completed, int total) {
+        EXPECT_EQ(total, 100);
+        reports.push_back(completed);
+    };
+    const auto first = service.probeAll(urls, AssetKind::video, progress);
+    std::vector<int> upward(100);
+    std::iota(upward.begin(), upward.end(), 1);
+    EXPECT_EQ(reports, upward);
+    ASSERT_EQ(first.size(), urls.size());
+    for (std::size_t i = 0; i < urls.size(); ++i) {
+        EXPECT_EQ(first[i].url, urls[i]);
+        const std::string frames = std::to_string(100 + i % 25).substr(1);
+        EXPECT_EQ(first[i].startTimecodeString, "00:00:0" + std::to_string(i / 25) + ":" + frames);
+    }
+
+    // A rescan keeps the ids of unchanged files; another file at the same place is another asset.
+    camera().timecode({25, 1, 90000}).mediaBytes(77).writeTo(urls[5].path);
+    std::filesystem::remove(urls[6].path);
+    const auto second = service.probeAll(urls, AssetKind::video, progress);
+    for (std::size_t i = 0; i < urls.size(); ++i)
+        EXPECT_EQ(first[i].id == second[i].id, i != 5 && i != 6) << i;
+    EXPECT_EQ(second[5].startTimecodeString, "01:00:00:00");
+    EXPECT_FALSE(second[6].startTimecodeString.has_value());
+    EXPECT_TRUE(service.probeAll({}, AssetKind::video, progress).empty());
+}
+
+TEST_F(Probe, theNextRunFindsTheCacheOfTheLast) {
+    camera().writeTo(folder.path("a.mov"));
+    const FileURL url{folder.path("a.mov")};
+    const auto probe = [&] {
+        return MediaProbeService(settings, newCache()).probe(url, AssetKind::video).id;
+    };
+    EXPECT_EQ(probe(), probe());
+    folder.write("cache.json", "{\"broken");
+    const UUID fresh = probe();
+    EXPECT_EQ(fresh, probe());
+}
+
+} // namespace
+} // namespace orvane

@@ -1,0 +1,109 @@
+#include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
+#include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <string>
+
+namespace orvane {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Files of real recorders and cameras with a list of what other tools read in them.
+class RealSamples : public testing::Test {
+  protected:
+    void SetUp() override {
+        const char* given = std::getenv("ORVANE_SAMPLES");
+        folder = given != nullptr ? fs::path(given)
+                                  : fs::path(ORVANE_SOURCE_DIR).parent_path() / "shared" / "samples";
+        if (!fs::exists(folder / "MANIFEST.md")) GTEST_SKIP() << "no sample files at " << folder;
+    }
+    /// By the path below the samples.
+    std::map<std::string, MediaAsset> probeAll() const {
+        const DiscoveryResult found = FileDiscoveryService().discover(folder.string());
+        MediaProbeService service(settings, nullptr);
+        std::map<std::string, MediaAsset> assets;
+        for (const auto& [urls, kind] :
+             {std::pair(found.videoURLs, AssetKind::video), std::pair(found.audioURLs, AssetKind::audio)})
+            for (const MediaAsset& asset : service.probeAll(urls, kind, nullptr))
+                assets.emplace(fs::relative(asset.url.path, folder).string(), asset);
+        return assets;
+    }
+
+    fs::path folder;
+    platform::MemorySettingsStore settings;
+};
+
+/// What stands behind a word of a line, in quotes or up to the next blank.
+std::optional<std::string> fact(const std::string& line, const std::string& word) {
+    std::smatch match;
+    if (!std::regex_search(line, match, std::regex(" " + word + "=('([^']*)'|([^ ]*))"))) return std::nullopt;
+    return match[2].matched ? match[2].str() : match[3].str();
+}
+
+std::optional<std::string> unlessEmpty(const std::optional<std::string>& text) {
+    return text && !text->empty() ? text : std::nullopt;
+}
+
+TEST_F(RealSamples, recordingsSayWhatOtherToolsRead) {
+    const auto assets = probeAll();
+    EXPECT_GE(assets.size(), 40U);
+    std::ifstream manifest(folder / "MANIFEST.md");
+    int recordings = 0;
+    for (std::string line; std::getline(manifest, line);) {
+        std::smatch name;
+        if (!std::regex_search(line, name, std::regex("^- `(wav/[^`]*)`")) || !fact(line, "timeReference"))
+            continue;
+        SCOPED_TRACE(name[1].str());
+        ++recordings;
+        const MediaAsset& asset = assets.at(name[1].str());
+        EXPECT_EQ(std::to_string(asset.bextTimeReference.value_or(0)), fact(line, "timeReference"));
+        // One recorder leaves bytes of its memory behind the NUL that ends the name. They are no ASCII, so
+        // that the field as a whole is not to be trusted.
+        if (fact(line, "originator") == "Metacorder Demo")
+            EXPECT_FALSE(asset.bextOriginator.has_value());
+        else
+            EXPECT_EQ(asset.bextOriginator, fact(line, "originator"));
+        ASSERT_TRUE(asset.ixmlData.has_value());
+        EXPECT_EQ(asset.ixmlData->scene, fact(line, "scene"));
+        EXPECT_EQ(asset.ixmlData->take, fact(line, "take"));
+        EXPECT_EQ(asset.ixmlData->tape, fact(line, "tape"));
+        EXPECT_EQ(asset.ixmlData->timecodeRate, fact(line, "tcRate"));
+        EXPECT_EQ(asset.ixmlData->circled, unlessEmpty(fact(line, "circled")));
+        std::string tracks, listed = line.substr(line.find("| tracks=") + 9);
+        for (const IXMLTrack& track : asset.ixmlData->tracks)
+            tracks += (tracks.empty() ? "" : "; ") + std::to_string(track.channelIndex) + " " + track.name;
+        // The list gives channel index and interleave index; ours is the interleave index.
+        listed =
+            std::regex_replace(listed.substr(0, listed.find(" | ")), std::regex("[0-9]+/([0-9]+ )"), "$1");
+        EXPECT_EQ(tracks, listed);
+        std::string day = fact(line, "date").value_or("");
+        std::ranges::replace(day, ':', '-');
+        EXPECT_EQ(asset.contentCreatedDate, dateFromLocalISO8601(day + "T12:00:00"));
+        EXPECT_TRUE(asset.startTimecodeString.has_value());
+    }
+    EXPECT_GE(recordings, 11);
+}
+
+TEST_F(RealSamples, startTimecodes) {
+    const auto assets = probeAll();
+    const std::map<std::string, std::string> expected{
+        {"wav/F8_Scene_1_2AG-T001_Tr1.WAV", "22:40:10:00"}, // 81610 s
+        {"wav/MC_Sr001-001-06_01.WAV", "13:36:06:04"},      // 48966.163 s at 25
+        {"wav/SD_A101_1.WAV", "12:39:59:00"}};              // 45644.599 s at 24000/1001: frame 1094376
+    for (const auto& [name, timecode] : expected)
+        EXPECT_EQ(assets.at(name).startTimecodeString, timecode) << name;
+    // The one movie with a timecode track states its sample's size in the table, which is not read.
+    for (const auto& [name, asset] : assets)
+        EXPECT_TRUE(asset.kind == AssetKind::audio || !asset.startTimecodeString) << name;
+}
+
+} // namespace
+} // namespace orvane

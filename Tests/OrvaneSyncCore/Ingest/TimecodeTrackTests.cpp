@@ -1,0 +1,160 @@
+#include "OrvaneSyncCore/Services/Ingest/TimecodeTrackReader.h"
+
+#include "Support/MediaFactory.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <span>
+#include <string>
+
+namespace orvane {
+namespace {
+
+using test::MovieMaker;
+using test::TimecodeSpec;
+
+std::optional<TimecodeTrackReader::Start> readBytes(const std::string& bytes) {
+    auto file = platform::RandomAccessFile::overBytes(std::as_bytes(std::span(bytes)));
+    return TimecodeTrackReader::read(file);
+}
+
+std::optional<std::string> timecode(const std::string& bytes) {
+    const auto start = readBytes(bytes);
+    return start ? std::optional(start->timecode) : std::nullopt;
+}
+
+MovieMaker movie(const TimecodeSpec& spec) { return MovieMaker().video({}).audio({}).timecode(spec); }
+
+TEST(TimecodeTrack, rateAndFirstSampleGiveTheStart) {
+    const struct {
+        const char* name;
+        TimecodeSpec spec;
+        const char* timecode;
+        std::optional<double> rate;
+    } cases[] = {
+        {"25 frames", {25, 1, 90000}, "01:00:00:00", 25.0},
+        {"fractional rates near 30 drop", {30000, 1001, 1800}, "00:01:00;02", 30000.0 / 1001},
+        {"23.976", {24000, 1001, 86400}, "01:00:00:00", 24000.0 / 1001},
+        {"a rate that is no timecode's counts at 24", {120, 1, 86400}, "01:00:00:00", 120.0},
+        {"beyond a day", {25, 1, 25U * 86400}, "1 00:00:00:00", 25.0},
+        {"a negative count", {25, 1, 0xFFFFFFFF}, "00:00:00:01", 25.0},
+        {"the lowest count", {25, 1, 0x80000000}, "994 04:55:45:23", 25.0},
+        {"no scale", {0, 1, 86400}, "01:00:00:00", std::nullopt},
+        {"no frame duration", {25, 0, 86400}, "01:00:00:00", std::nullopt},
+        {"240 is the highest rate", {240, 1, 24}, "00:00:01:00", 240.0},
+        {"above 240", {241, 1, 24}, "00:00:01:00", std::nullopt},
+        {"at 24 without a rate, hours go on", {0, 0, 86400 * 30}, "30:00:00:00", std::nullopt},
+        {"another format", {.firstFrame = 86400, .format = "tc64"}, "01:00:00:00", std::nullopt},
+        {"64-bit offsets", {.firstFrame = 25, .wideOffset = true}, "00:00:01:00", 25.0},
+        {"a sample that claims more than is read", {.firstFrame = 25, .sampleSize = 12}, "00:00:01:00", 25.0},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.name);
+        const auto start = readBytes(movie(row.spec).mediaBytes(64).bytes());
+        ASSERT_TRUE(start.has_value());
+        EXPECT_EQ(start->timecode, row.timecode);
+        EXPECT_EQ(start->projectFrameRate, row.rate);
+    }
+}
+
+TEST(TimecodeTrack, aSampleThatIsNotThereGivesNothing) {
+    const std::pair<const char*, TimecodeSpec> cases[] = {
+        {"table of single sizes", {.sampleSize = 0}},
+        {"shorter than a count", {.sampleSize = 3}},
+        {"longer than the file", {.sampleSize = 0xFFFFFFFF}},
+        {"behind the file", {.sampleOffset = 1'000'000}},
+        {"a sum that overflows", {.wideOffset = true, .sampleOffset = ~0ULL - 2}},
+    };
+    for (const auto& [name, spec] : cases) EXPECT_FALSE(readBytes(movie(spec).bytes()).has_value()) << name;
+    EXPECT_FALSE(readBytes(MovieMaker().video({}).audio({}).bytes()).has_value()) << "no such track";
+    EXPECT_FALSE(readBytes(test::atom("ftyp", "qt  ")).has_value());
+    EXPECT_FALSE(readBytes("").has_value());
+}
+
+TEST(TimecodeTrack, theMovieIsFoundWhereverItLies) {
+    const TimecodeSpec spec{25, 1, 90000};
+    const std::pair<const char*, std::string> cases[] = {
+        {"in front", movie(spec).movieFirst().bytes()},
+        {"behind a 64-bit mdat", movie(spec).wideMedia().mediaBytes(100).bytes()},
+        {"behind an mdat to the end of the file", movie(spec).endlessMedia().mediaBytes(100).bytes()},
+        {"behind junk that is no atom", movie(spec).bytes() + "junk"},
+        {"the last one in the tail",
+         movie(spec).endlessMedia().mediaBytes(100).leadingAtom("....moov").bytes()},
+    };
+    for (const auto& [name, bytes] : cases) EXPECT_EQ(timecode(bytes), "01:00:00:00") << name;
+}
+
+TEST(TimecodeTrack, theTailIsBounded) {
+    const auto behind = [](std::uint64_t bytes) {
+        return timecode(movie({25, 1, 25}).endlessMedia().trailingAtom(std::string(bytes, '\0')).bytes());
+    };
+    EXPECT_EQ(behind(4'990'000), "00:00:01:00");
+    EXPECT_FALSE(behind(5'000'000).has_value());
+    const std::string unfinished(16, '\xFF');
+    EXPECT_FALSE(timecode(unfinished + "\0\0\0\x08moov" + "12345678").has_value());
+    EXPECT_FALSE(timecode(unfinished + test::be32(8) + "moov12345678").has_value())
+        << "a movie without contents";
+    EXPECT_FALSE(timecode("\xFF\xFF\xFF\xFFmoov").has_value());
+    EXPECT_FALSE(timecode("abcmoov12345").has_value());
+}
+
+TEST(TimecodeTrack, siblingsAreBounded) {
+    const auto behind = [](int atoms) {
+        std::string junk;
+        for (int i = 0; i < atoms; ++i) junk += test::atom("free");
+        return timecode(movie({25, 1, 25}).leadingAtom(junk).bytes());
+    };
+    EXPECT_EQ(behind(9000), "00:00:01:00");
+    // Beyond the walk the tail still finds the movie, and in a file of that many atoms it is there.
+    EXPECT_EQ(behind(10000), "00:00:01:00");
+}
+
+TEST(TimecodeTrack, laterAtomsOfAKindReplaceEarlierOnes) {
+    using test::atom;
+    using test::be32;
+    using test::fullAtom;
+    const std::string sample = be32(50);
+    const auto description = [](std::string_view format, std::uint32_t scale) {
+        return fullAtom("stsd", be32(1) + be32(34) + std::string(format) + std::string(6, '\0') +
+                                    test::be16(1) + be32(0) + be32(0) + be32(scale) + be32(1) + "\x19" +
+                                    std::string(1, '\0'));
+    };
+    const auto handler = [](std::string_view type) { return fullAtom("hdlr", be32(0) + std::string(type)); };
+    const auto offset = [](std::uint32_t at) { return fullAtom("stco", be32(1) + be32(at)); };
+    const auto size = fullAtom("stsz", be32(4) + be32(1));
+    const auto whole = [&](const std::string& tracks) {
+        // The sample stands in a "free" atom in front, at position 8.
+        return timecode(atom("free", sample) + atom("moov", tracks));
+    };
+    const auto track = [&](const std::string& head, const std::string& table, const std::string& tail = {}) {
+        return atom("trak", atom("mdia", head + atom("minf", atom("stbl", table)) + tail));
+    };
+    const std::string table = description("tmcd", 25) + size + offset(8);
+    EXPECT_EQ(whole(track(handler("tmcd"), table)), "00:00:02:00");
+    EXPECT_EQ(whole(track("", table, handler("tmcd"))), "00:00:02:00") << "the handler may come last";
+    EXPECT_EQ(whole(track(handler("tmcd"), offset(0) + table)), "00:00:02:00");
+    EXPECT_EQ(whole(track(handler("tmcd"), table + offset(1'000'000))), std::nullopt);
+    EXPECT_EQ(whole(track(handler("tmcd"), table + description("tmcd", 50))), "00:00:01:00");
+    EXPECT_EQ(whole(track(handler("tmcd"), table + description("mp4a", 50))), "00:00:02:00");
+    EXPECT_EQ(whole(track(handler("vide"), table)), std::nullopt);
+    EXPECT_EQ(whole(track(handler("tmcd"), size) + track(handler("tmcd"), table)), "00:00:02:00")
+        << "a track without an offset is passed over";
+    EXPECT_EQ(
+        whole(atom("trak", atom("mdia", handler("tmcd") + atom("minf", atom("stbl", table))) + atom("mdia"))),
+        std::nullopt)
+        << "the last media of a track counts";
+}
+
+TEST(TimecodeTrack, everyFileThatEndsEarlyIsReadAsFarAsItGoes) {
+    const std::string whole = movie({25, 1, 90000}).bytes();
+    for (std::size_t size = 0; size < whole.size(); ++size) readBytes(whole.substr(0, size));
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+        std::string damaged = whole;
+        damaged[at] = '\xFF';
+        readBytes(damaged);
+    }
+}
+
+} // namespace
+} // namespace orvane

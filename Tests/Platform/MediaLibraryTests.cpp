@@ -1,0 +1,164 @@
+#include "Platform/AudioFile.h"
+#include "Platform/Media/MediaLibraryLoader.h"
+#include "Platform/MediaInspectionText.h"
+#include "Support/MediaFactory.h"
+#include "Support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace orvane::test {
+namespace {
+
+/// 16-bit AIFF at 48 kHz (whose rate is an 80-bit float).
+std::string aiff(int channels, const std::vector<int>& samples) {
+    const auto chunk = [](const std::string& id, const std::string& body) {
+        return id + be32(body.size()) + body;
+    };
+    std::string sound;
+    for (const int sample : samples) sound += be16(static_cast<std::uint64_t>(sample));
+    const auto count = static_cast<std::uint64_t>(channels);
+    const std::string common =
+        be16(count) + be32(samples.size() / count) + be16(16) + be16(0x400E) + be64(0xBB80ULL << 48U);
+    const std::string body = "AIFF" + chunk("COMM", common) + chunk("SSND", be64(0) + sound);
+    return "FORM" + be32(body.size()) + body;
+}
+
+/// Makes a file with the media tools that the build installs.
+bool makeWithTool(const std::string& arguments) {
+    return std::system(("ffmpeg -nostdin -v error -y " + arguments + " 2>/dev/null").c_str()) == 0; // NOLINT
+}
+
+std::vector<float> readAll(platform::AudioFile& file, int channel, std::size_t block) {
+    std::vector<float> all;
+    std::vector<std::vector<float>> room(static_cast<std::size_t>(file.channelCount()),
+                                         std::vector<float>(block));
+    std::vector<float*> channels;
+    for (auto& one : room) channels.push_back(one.data());
+    while (const std::size_t got = file.read(channels, block)) {
+        const auto& read = room[static_cast<std::size_t>(channel)];
+        all.insert(all.end(), read.begin(), read.begin() + static_cast<std::ptrdiff_t>(got));
+    }
+    return all;
+}
+
+TEST(MediaLibrary, isFoundBesideTheProgramOrMissedQuietly) {
+    ASSERT_NE(platform::mediaLibrary(), nullptr);
+    const TemporaryDirectory folder;
+    const std::array paths = {folder.path("missing.so"), folder.write("text.so", "no module"),
+                              std::string("libm.so.6")};
+    EXPECT_EQ(platform::loadMediaLibrary(paths), nullptr);
+}
+
+TEST(MediaLibrary, inspectsWhatOurOwnWalksDoNot) {
+    const TemporaryDirectory folder;
+    EXPECT_EQ(inspectionText(platform::inspectMedia(folder.write("a.aif", aiff(2, std::vector<int>(48000))))),
+              "0.5 s, 48000 Hz 2 ch");
+    if (!makeWithTool("-f lavfi -i testsrc2=d=2:r=30000/1001:s=320x240 -f lavfi -i anoisesrc=d=2:r=48000 "
+                      "-metadata date=2024 -c:v mpeg2video -c:a pcm_s16le -timecode 10:00:00:00 " +
+                      folder.path("a.mxf")))
+        GTEST_SKIP() << "no tool to make an MXF with";
+    const std::string mxf = inspectionText(platform::inspectMedia(folder.path("a.mxf")));
+    EXPECT_EQ(mxf, "2.002 s, m2v1 320x240 29.97003 fps, 48000 Hz 1 ch");
+}
+
+TEST(MediaLibrary, givesNothingForWhatNobodyCanRead) {
+    const TemporaryDirectory folder;
+    // A playlist would have a demuxer follow it to other files.
+    folder.write("sound.wav", WaveMaker().format({}).silence(100).bytes());
+    for (const std::string& contents :
+         {std::string(), std::string(1, 'x'), std::string(3'000'000, '\0'), std::string(100000, 'x'),
+          aiff(1, {1, 2}).substr(0, 20),
+          std::string("#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\nsound.wav\n"),
+          std::string("ffconcat version 1.0\nfile sound.wav\n"),
+          MovieMaker().video({}).bytes().substr(0, 400)})
+        for (const char* name : {"file.mov", "file.mxf", "file.aif"}) {
+            const std::string path = folder.write(name, contents);
+            EXPECT_EQ(inspectionText(platform::inspectMedia(path)), "nothing")
+                << name << contents.substr(0, 20);
+            EXPECT_EQ(platform::AudioFile::open(path), nullptr) << name << contents.substr(0, 20);
+        }
+    EXPECT_FALSE(platform::inspectMedia(folder.path("missing.mxf")));
+    EXPECT_FALSE(platform::inspectMedia(folder.path()));
+    EXPECT_EQ(platform::AudioFile::open(folder.path("missing.wav")), nullptr);
+    EXPECT_EQ(platform::AudioFile::open("http://localhost/sound.wav"), nullptr);
+}
+
+TEST(AudioFile, readsSamplesExactly) {
+    // Values that every one of the formats can hold; the last is the lowest that there is.
+    std::vector<float> samples;
+    for (int i = -128; i < 128; ++i)
+        samples.insert(samples.end(), {static_cast<float>(i) / 128, i % 2 == 0 ? 0.5F : -1.0F});
+    std::vector<float> left, right;
+    for (std::size_t i = 0; i < samples.size(); i += 2) {
+        left.push_back(samples[i]);
+        right.push_back(samples[i + 1]);
+    }
+    const TemporaryDirectory folder;
+    for (const SampleFormat format : {SampleFormat::pcm8, SampleFormat::pcm16, SampleFormat::pcm24,
+                                      SampleFormat::pcm32, SampleFormat::float32})
+        for (const std::size_t block : {1U, 100U, 100000U}) {
+            SCOPED_TRACE(testing::Message() << static_cast<int>(format) << " " << block);
+            const std::string bytes =
+                WaveMaker().format({.channels = 2, .samples = format}).samples(samples).bytes();
+            const auto file = platform::AudioFile::open(folder.write("a.wav", bytes));
+            ASSERT_NE(file, nullptr);
+            EXPECT_EQ(file->sampleRate(), 48000);
+            ASSERT_EQ(file->channelCount(), 2);
+            EXPECT_EQ(file->frameCount(), 256);
+            EXPECT_EQ(readAll(*file, 0, block), left);
+            ASSERT_TRUE(file->seek(0));
+            EXPECT_EQ(readAll(*file, 1, block), right);
+            ASSERT_TRUE(file->seek(250));
+            EXPECT_EQ(readAll(*file, 0, block), std::vector(left.begin() + 250, left.end()));
+            ASSERT_TRUE(file->seek(256));
+            EXPECT_TRUE(readAll(*file, 0, block).empty());
+            EXPECT_FALSE(file->seek(257));
+            EXPECT_FALSE(file->seek(-1));
+        }
+}
+
+TEST(AudioFile, readsRecordingsThatWereCutOff) {
+    const TemporaryDirectory folder;
+    for (const std::uint32_t claimed : {0U, 0xFFFFFFFFU, 0x7FFFFFFEU}) {
+        const WaveMaker maker =
+            WaveMaker().format({.samples = SampleFormat::pcm16}).silenceClaiming(claimed, 5000);
+        const auto file = platform::AudioFile::open(folder.write("cut.wav", maker.bytes()));
+        ASSERT_NE(file, nullptr) << claimed;
+        EXPECT_EQ(readAll(*file, 0, 1000).size(), 5000U) << claimed;
+    }
+}
+
+/// Sound in a movie: the other library, whose decoder starts at packets that may overlap.
+TEST(AudioFile, readsSoundOfMoviesAtAnyFrame) {
+    const TemporaryDirectory folder;
+    std::vector<float> ramp;
+    for (int i = 0; i < 32768; ++i) ramp.push_back(static_cast<float>(i) / 32768);
+    folder.write("ramp.wav", WaveMaker().format({.samples = SampleFormat::pcm16}).samples(ramp).bytes());
+    for (const std::string codec : {"alac", "pcm_s24be", "aac -aac_pns 0"}) {
+        SCOPED_TRACE(codec);
+        const std::string path = folder.path("ramp.mov");
+        if (!makeWithTool("-i " + folder.path("ramp.wav") + " -c:a " + codec + " " + path))
+            GTEST_SKIP() << "no tool to make a movie with";
+        const auto file = platform::AudioFile::open(path);
+        ASSERT_NE(file, nullptr);
+        const std::vector<float> whole = readAll(*file, 0, 1000);
+        ASSERT_GE(whole.size(), ramp.size());
+        if (!codec.starts_with("aac")) {
+            EXPECT_EQ(whole, ramp);
+            EXPECT_EQ(file->frameCount(), 32768);
+        }
+        for (const int frame : {0, 1, 4095, 4096, 20001, 32000}) {
+            ASSERT_TRUE(file->seek(frame)) << frame;
+            EXPECT_EQ(readAll(*file, 0, 777), std::vector(whole.begin() + frame, whole.end())) << frame;
+        }
+    }
+}
+
+} // namespace
+} // namespace orvane::test

@@ -1,0 +1,320 @@
+#include "Platform/MediaInspectionText.h"
+#include "Support/MediaFactory.h"
+#include "Support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace orvane::test {
+namespace {
+
+struct Case {
+    const char* name;
+    std::string bytes;
+    const char* expected;
+};
+
+void expectEach(const std::vector<Case>& cases) {
+    for (const Case& each : cases)
+        EXPECT_EQ(inspectionText(inspectBytes(each.bytes)), each.expected) << each.name;
+}
+
+std::string repeated(const std::string& text, int count) {
+    std::string all;
+    for (int i = 0; i < count; ++i) all += text;
+    return all;
+}
+
+const VideoSpec ntsc{.codec = "apch", .timescale = 30000, .frameDuration = 1001, .frames = 300};
+
+/// An AAC configuration in its descriptors.
+std::string esds(const std::string& configuration, std::uint8_t objectType = 0x40) {
+    const auto descriptor = [](std::uint8_t tag, const std::string& body) {
+        return std::string(1, static_cast<char>(tag)) + static_cast<char>(body.size()) + body;
+    };
+    const std::string decoder =
+        std::string(1, static_cast<char>(objectType)) + field("", 12) + descriptor(5, configuration);
+    return fullAtom("esds", descriptor(3, be16(1) + field("", 1) + descriptor(4, decoder)));
+}
+
+TEST(MediaMovie, readsTracksInFileOrder) {
+    expectEach({
+        {"picture and sound", MovieMaker().video({}).audio({}).bytes(),
+         "10 s, avc1 1920x1080 25 fps, 48000 Hz 2 ch"},
+        {"the rate is rounded to 32 bits", MovieMaker().video(ntsc).bytes(),
+         "10.01 s, apch 1920x1080 29.97003 fps"},
+        {"a timecode track is no picture", MovieMaker().timecode({25, 1, 90000}).video({}).bytes(),
+         "10 s, avc1 1920x1080 25 fps"},
+        {"two of each", MovieMaker().audio({.channels = 1}).video(ntsc).video({.width = 8}).audio({}).bytes(),
+         "10.01 s, apch 1920x1080 29.97003 fps, avc1 8x1080 25 fps, 48000 Hz 1 ch, 48000 Hz 2 ch"},
+        {"chapter pictures are no picture",
+         MovieMaker().video({.codec = "jpeg", .frames = 1, .enabled = false}).video({}).bytes(),
+         "10 s, avc1 1920x1080 25 fps"},
+        {"motion JPEG is one", MovieMaker().video({.codec = "jpeg"}).bytes(), "10 s, jpeg 1920x1080 25 fps"},
+        {"a codec that is no ASCII", MovieMaker().video({.codec = "\xFF\xFE\x01\x02"}).bytes(),
+         "10 s,  1920x1080 25 fps"},
+        {"an encrypted picture",
+         MovieMaker().video({.codec = "encv", .entryAtoms = atom("sinf", atom("frma", "hvc1"))}).bytes(),
+         "10 s, hvc1 1920x1080 25 fps"},
+        {"no sample description",
+         MovieMaker().track({.handler = "vide", .width = 640, .height = 480}).bytes(),
+         "1 s, ? 640x480 ? fps"},
+        {"no media duration: the run lengths tell",
+         MovieMaker()
+             .track({.handler = "vide",
+                     .timescale = 25,
+                     .duration = 0xFFFFFFFF,
+                     .timeToSample = {{50, 1}, {25, 2}}})
+             .duration(2400, 600)
+             .bytes(),
+         "4 s, ? ?x? 18.75 fps"},
+        {"the movie's own duration wins", MovieMaker().video({}).duration(7, 2).bytes(),
+         "3.5 s, avc1 1920x1080 25 fps"},
+        {"no duration in the header: the longest track",
+         MovieMaker().video({}).duration(0xFFFFFFFF, 600).bytes(), "10 s, avc1 1920x1080 25 fps"},
+        {"a movie without a timescale", MovieMaker().video({}).duration(1000, 0).bytes(),
+         "? s, avc1 1920x1080 25 fps"},
+        {"an empty movie", MovieMaker().bytes(), "0 s"},
+    });
+}
+
+TEST(MediaMovie, findsTheHeaderWhereverItLies) {
+    const char* expected = "10 s, avc1 1920x1080 25 fps";
+    expectEach({
+        {"in front", MovieMaker().video({}).movieFirst().mediaBytes(100).bytes(), expected},
+        {"behind a 64-bit media atom", MovieMaker().video({}).wideMedia().mediaBytes(100).bytes(), expected},
+        {"in front of media cut off",
+         MovieMaker().video({}).movieFirst().trailingAtom(atomClaiming(9999, "mdat")).bytes(), expected},
+        {"in front of media without end",
+         MovieMaker().video({}).movieFirst().endlessMedia().mediaBytes(9).bytes(), expected},
+        {"with a 64-bit size", wideAtom("moov", MovieMaker().video({}).movieAtomBytes().substr(8)), expected},
+    });
+    const TemporaryDirectory folder;
+    MovieMaker().video({}).wideMedia().mediaBytes(std::uint64_t{5} << 30U).writeTo(folder.path("big.mov"));
+    EXPECT_EQ(inspectionText(platform::inspectMedia(folder.path("big.mov"))), expected) << "beyond 4 GB";
+}
+
+TEST(MediaMovie, readsStreamDescriptions) {
+    const auto sound = [](const AudioSpec& spec) { return MovieMaker().audio(spec).bytes(); };
+    expectEach({
+        {"version 1", sound({.channels = 4, .codec = "in24", .version = 1}), "10 s, 48000 Hz 4 ch"},
+        {"version 2 holds what 16 bits cannot",
+         sound({.channels = 24, .sampleRate = 192000, .codec = "lpcm", .version = 2}),
+         "2.5 s, 192000 Hz 24 ch"},
+        {"AAC", sound({.entryAtoms = esds("\x12\x08")}), "10 s, 44100 Hz 1 ch"},
+        {"AAC with its rate written out", sound({.entryAtoms = esds("\x17\x80\x5D\xC0\x10")}),
+         "10 s, 48000 Hz 2 ch"},
+        {"AAC with signalled band replication", sound({.entryAtoms = esds("\x2B\x11\x88")}),
+         "10 s, 48000 Hz 2 ch"},
+        {"MP3 in the same descriptors", sound({.entryAtoms = esds("\x12\x08", 0x6B)}), "10 s, 48000 Hz 2 ch"},
+        {"inside QuickTime's wave", sound({.version = 1, .entryAtoms = atom("wave", esds("\x12\x08"))}),
+         "10 s, 44100 Hz 1 ch"},
+        {"FLAC above 65 kHz",
+         sound({.sampleRate = 192000,
+                .codec = "fLaC",
+                .entryAtoms = fullAtom("dfLa", be32(0x80000022) + field("", 10) + "\x2E\xE0\x0A\xF0")}),
+         "2.5 s, 192000 Hz 6 ch"},
+        {"Opus", sound({.codec = "Opus", .entryAtoms = atom("dOps", field("", 1) + "\x06" + field("", 9))}),
+         "10 s, 48000 Hz 6 ch"},
+        {"an empty description: the media's own rate",
+         MovieMaker()
+             .track({.handler = "soun", .timescale = 96000, .duration = 96000, .sampleEntry = atom("raw ")})
+             .bytes(),
+         "1 s, 96000 Hz ? ch"},
+        {"rates that are none",
+         MovieMaker()
+             .track({.handler = "soun",
+                     .timescale = 0xFFFFFFFF,
+                     .duration = 0,
+                     .sampleEntry =
+                         atom("lpcm", field("", 8) + be16(2) + field("", 22) + beFloat64(-1) + be32(2))})
+             .bytes(),
+         "0 s, ? Hz 2 ch"},
+    });
+}
+
+TEST(MediaMovie, addsUpFragments) {
+    const auto movie = [](std::uint64_t header, std::uint64_t extended, std::uint32_t frames) {
+        const std::string extends = extended == 0 ? "" : fullAtom("mehd", be32(extended));
+        const std::string trex = fullAtom("trex", be32(1) + be32(1) + be32(2) + be32(0) + be32(0));
+        return MovieMaker()
+            .video({.timescale = 50, .frameDuration = 2, .frames = frames})
+            .duration(header, 1000)
+            .movieAtom(atom("mvex", extends + trex));
+    };
+    const auto fragment = [](const std::string& tfhd, const std::string& trun) {
+        return atom("moof", atom("traf", tfhd + trun)) + atom("mdat", "media");
+    };
+    const std::string plain = fullAtom("tfhd", be32(1));
+    const std::string defaults = fragment(plain, fullAtom("trun", be32(100)));
+    const std::string own =
+        fragment(fullAtom("tfhd", be32(1) + be32(1) + be32(4), 0, 0x0A), fullAtom("trun", be32(50)));
+    const std::string timed = fragment(
+        plain, fullAtom("trun", be32(2) + be32(0) + be32(3) + be32(9) + be32(3) + be32(9), 0, 0x301));
+    const std::string liar = fragment(plain, fullAtom("trun", be32(0xFFFFFFFF) + be32(3), 0, 0x100));
+    const std::string index = fullAtom("sidx", be32(1) + be32(50) + be64(0) + be16(0) + be16(2) + be32(9) +
+                                                   be32(100) + be32(0) + be32(9) + be32(50) + be32(0));
+    expectEach({
+        {"durations of the movie", movie(0, 0, 0).trailingAtom(defaults + defaults).bytes(),
+         "8 s, avc1 1920x1080 25 fps"},
+        {"durations of the fragment", movie(0, 0, 0).trailingAtom(own).bytes(),
+         "4 s, avc1 1920x1080 12.5 fps"},
+        {"durations of each sample", movie(0, 0, 0).trailingAtom(timed).bytes(),
+         "0.12 s, avc1 1920x1080 16.66667 fps"},
+        {"more samples than there is room for", movie(0, 0, 0).trailingAtom(liar).bytes(),
+         "0.06 s, avc1 1920x1080 16.66667 fps"},
+        {"the whole duration stands in the header", movie(0, 9000, 0).trailingAtom(defaults).bytes(),
+         "9 s, avc1 1920x1080 25 fps"},
+        {"an unfinished recording goes on in fragments", movie(10000, 0, 250).trailingAtom(defaults).bytes(),
+         "14 s, avc1 1920x1080 25 fps"},
+        {"nothing but the start", movie(0, 0, 0).bytes(), "0 s, avc1 1920x1080 ? fps"},
+        {"the start and its index", movie(0, 0, 0).trailingAtom(index).bytes(), "3 s, avc1 1920x1080 ? fps"},
+        {"another track's fragments",
+         movie(0, 0, 0).trailingAtom(fragment(fullAtom("tfhd", be32(7)), fullAtom("trun", be32(9)))).bytes(),
+         "0 s, avc1 1920x1080 ? fps"},
+    });
+}
+
+TEST(MediaMovie, readsMetadataInFileOrder) {
+    using namespace std::string_literals;
+    const auto typed = [](std::uint64_t type, const std::string& value) {
+        return atom(
+            "meta",
+            fullAtom("hdlr", field("", 20)) + fullAtom("keys", be32(1) + atom("mdta", "com.acme.sensorFPS")) +
+                atom("ilst", be32(24 + value.size()) + be32(1) + atom("data", be32(type) + be32(0) + value)));
+    };
+    const std::string freeForm = atom("----", fullAtom("mean", "com.acme") + fullAtom("name", "projectFPS") +
+                                                  atom("data", be32(1) + be32(0) + "24"));
+    struct {
+        const char* name;
+        MovieMaker maker;
+        const char* expected;
+    } const cases[] = {
+        {"keys, in order",
+         MovieMaker()
+             .metadata("com.apple.quicktime.creationdate", "2024-03-09T10:00:00+0100")
+             .metadata("com.acme.sensorFPS", std::int64_t{120})
+             .metadata("projectFPS", 23.976)
+             .metadata("neg", std::int64_t{-5}),
+         "com.apple.quicktime.creationdate(creationDate)='2024-03-09T10:00:00+0100' com.acme.sensorFPS=120 "
+         "projectFPS=23.976 neg=-5 "},
+        {"a list of the other kind",
+         MovieMaker()
+             .listItem("\xA9"
+                       "day",
+                       "2024")
+             .listItem("desc", "x"),
+         "\xC2\xA9"
+         "day(creationDate)='2024' desc='x' "},
+        {"texts of the user data",
+         MovieMaker()
+             .userData("\xA9"
+                       "day",
+                       "2024-03-09")
+             .userData("\xA9nam", "caf\x8E", 0),
+         "\xC2\xA9"
+         "day(creationDate)='2024-03-09' \xC2\xA9nam='caf\xC3\xA9' "},
+        {"UTF-16 by its mark", MovieMaker().userData("\xA9nam", "\xFE\xFF\0A\0B"s), "\xC2\xA9nam='AB' "},
+        {"a text that claims too much",
+         MovieMaker().userDataAtom(atom("\xA9nam", be16(99) + be16(0x55C4) + "abc")), "\xC2\xA9nam='abc' "},
+        {"3GPP", MovieMaker().userDataAtom(fullAtom("titl", be16(0x15C7) + "Take\0"s)), "titl='Take' "},
+        {"free form",
+         MovieMaker().userDataAtom(
+             atom("meta", be32(0) + fullAtom("hdlr", field("", 20)) + atom("ilst", freeForm))),
+         "com.acme.projectFPS='24' "},
+        {"32-bit float", MovieMaker().movieAtom(typed(23, beFloat32(119.5F))), "com.acme.sensorFPS=119.5 "},
+        {"unsigned byte", MovieMaker().movieAtom(typed(22, "\xF0")), "com.acme.sensorFPS=240 "},
+        {"64-bit", MovieMaker().movieAtom(typed(74, be64(48))), "com.acme.sensorFPS=48 "},
+        {"UTF-16", MovieMaker().movieAtom(typed(2, "\0\x31\0\x32"s)), "com.acme.sensorFPS='12' "},
+        {"a number without bytes", MovieMaker().movieAtom(typed(21, "")), "com.acme.sensorFPS=? "},
+        {"a number too long", MovieMaker().movieAtom(typed(21, field("", 9))), "com.acme.sensorFPS=? "},
+        {"text that is no UTF-8", MovieMaker().movieAtom(typed(1, "a\xFF")),
+         "com.acme.sensorFPS='a\xEF\xBF\xBD' "},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(metadataText(inspectBytes(each.maker.bytes())), each.expected) << each.name;
+}
+
+TEST(MediaMovie, survivesImpossibleAtoms) {
+    std::string nested = atom("trak");
+    for (int i = 0; i < 1000; ++i) nested = atom("trak", nested);
+    const std::string free = atom("free");
+    const std::string video = "10 s, avc1 1920x1080 25 fps";
+    const auto in = [](const std::string& bytes) { return MovieMaker().movieAtom(bytes).video({}).bytes(); };
+    const auto before = [](const std::string& bytes) {
+        return MovieMaker().leadingAtom(bytes).video({}).bytes();
+    };
+    expectEach({
+        {"no bytes", "", "nothing"},
+        {"seven bytes", std::string("\0\0\0\x08moo", 7), "nothing"},
+        {"zeros", std::string(100000, '\0'), "nothing"},
+        {"a movie of its header alone", atom("moov"), "nothing"},
+        {"size 0", before(atomClaiming(0, "free")), "nothing"},
+        {"size 1 with a 64-bit size of 0", before(atomClaiming(1, "free", be64(0))), "nothing"},
+        {"size 1 with a 64-bit size past the end", before(atomClaiming(1, "free", be64(UINT64_MAX))),
+         "nothing"},
+        {"size 7", before(atomClaiming(7, "free")), "nothing"},
+        {"past the end", before(atomClaiming(0x7FFFFFFF, "free")), "nothing"},
+        {"20,000 siblings", before(repeated(free, 20000)), "nothing"},
+        {"9,000 siblings", before(repeated(free, 9000)), video.c_str()},
+        {"size 0 in the movie", in(atomClaiming(0, "free")), video.c_str()},
+        {"size 7 in the movie", in(atomClaiming(7, "free")), video.c_str()},
+        {"past the end of the movie", in(atomClaiming(100, "trak", "")), video.c_str()},
+        {"20,000 siblings in the movie", in(repeated(free, 20000)), video.c_str()},
+        {"1,000 deep", in(nested), video.c_str()},
+        {"20,000 items", in(atom("udta", repeated(atom("\xA9nam", be32(0x155C4) + "x"), 20000))),
+         video.c_str()},
+        {"a table that counts more than it holds",
+         MovieMaker()
+             .track({.handler = "vide",
+                     .timescale = 1,
+                     .duration = 1,
+                     .timeToSample = {{4000000000U, 1}},
+                     .sampleSize = 0})
+             .bytes(),
+         "1 s, ? ?x? ? fps"},
+    });
+}
+
+TEST(MediaMovie, isReadWholeOrNotAtAll) {
+    MovieMaker maker;
+    maker.video({})
+        .audio({.version = 1, .entryAtoms = atom("wave", esds("\x12\x08"))})
+        .timecode({25, 1, 90000});
+    maker.metadata("com.acme.sensorFPS", 120.0)
+        .userData("\xA9"
+                  "day",
+                  "2024")
+        .mediaBytes(40);
+    const std::string behind = maker.bytes();
+    for (std::size_t length = 0; length < behind.size(); ++length)
+        ASSERT_FALSE(inspectBytes(behind.substr(0, length))) << length;
+
+    const std::string front = MovieMaker(maker).movieFirst().bytes();
+    const std::size_t movieEnd = front.size() - 40 - 4 - 8;
+    const std::string whole = inspectionText(inspectBytes(front)) + metadataText(inspectBytes(front));
+    ASSERT_EQ(inspectionText(inspectBytes(behind)) + metadataText(inspectBytes(behind)), whole);
+    for (std::size_t length = 0; length < front.size(); ++length) {
+        const auto read = inspectBytes(front.substr(0, length));
+        ASSERT_EQ(inspectionText(read) + metadataText(read), length < movieEnd ? "nothingnothing" : whole)
+            << length;
+    }
+}
+
+/// The movie as such stays whole here; what is cut is any atom inside it, at every byte.
+TEST(MediaMovie, survivesEveryByteOfItsHeaderBeingWrong) {
+    std::string bytes =
+        MovieMaker().movieFirst().video(ntsc).audio({.version = 2}).timecode({}).metadata("k", "v").bytes();
+    for (std::size_t at = 0; at < bytes.size(); ++at)
+        for (const char wrong : {'\0', '\x01', '\x7F', '\xFF'}) {
+            const char right = std::exchange(bytes[at], wrong);
+            const auto read = inspectBytes(bytes);
+            ASSERT_GE(read && read->durationSeconds ? *read->durationSeconds : 0, 0) << at;
+            bytes[at] = right;
+        }
+}
+
+} // namespace
+} // namespace orvane::test

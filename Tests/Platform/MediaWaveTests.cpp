@@ -1,0 +1,100 @@
+#include "Platform/MediaInspectionText.h"
+#include "Support/MediaFactory.h"
+#include "Support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace orvane::test {
+namespace {
+
+TEST(MediaWave, readsFormatAndDuration) {
+    const auto second = [](const WaveFormat& format) {
+        return WaveMaker().format(format).silence(format.sampleRate);
+    };
+    const std::string adpcm = le16(17) + le16(1) + le32(8000) + le32(4000) + le16(256) + le16(4);
+    struct {
+        const char* name;
+        WaveMaker maker;
+        const char* expected;
+    } const cases[] = {
+        {"16 bits", second({.channels = 2, .samples = SampleFormat::pcm16}), "1 s, 48000 Hz 2 ch"},
+        {"24 bits", second({.sampleRate = 96000}), "1 s, 96000 Hz 1 ch"},
+        {"float", second({.samples = SampleFormat::float32}), "1 s, 48000 Hz 1 ch"},
+        {"extensible", second({.channels = 12, .extensible = true}), "1 s, 48000 Hz 12 ch"},
+        {"chunks around the sound, odd ones too",
+         WaveMaker()
+             .chunk("JUNK", "odd")
+             .bext({})
+             .format({})
+             .iXML("<BWFXML/>")
+             .silence(48000)
+             .chunk("LIST", "INFO"),
+         "1 s, 48000 Hz 1 ch"},
+        {"format behind the sound",
+         WaveMaker().chunk("data", field("", 48000)).format({.samples = SampleFormat::pcm8}),
+         "1 s, 48000 Hz 1 ch"},
+        {"RF64", WaveMaker().rf64().format({}).silence(48000).chunk("iXML", "<BWFXML/>"),
+         "1 s, 48000 Hz 1 ch"},
+        {"no size was ever written", WaveMaker().format({}).silenceClaiming(0, 48000), "1 s, 48000 Hz 1 ch"},
+        {"all ones without RF64", WaveMaker().format({}).silenceClaiming(0xFFFFFFFF, 48000),
+         "1 s, 48000 Hz 1 ch"},
+        {"past the end", WaveMaker().format({}).silenceClaiming(0x7FFFFFFE, 48000), "1 s, 48000 Hz 1 ch"},
+        {"a compressed recording counts its frames",
+         WaveMaker().chunk("fmt ", adpcm).chunk("fact", le32(16000)).chunk("data", "xxxx"),
+         "2 s, 8000 Hz 1 ch"},
+        {"or has a byte rate", WaveMaker().chunk("fmt ", adpcm).chunk("data", field("", 4000)),
+         "1 s, 8000 Hz 1 ch"},
+        {"no sound", WaveMaker().format({}), "? s, 48000 Hz 1 ch"},
+        {"no format", WaveMaker().silence(48000), "? s"},
+        {"a format too short", WaveMaker().chunk("fmt ", "12345678"), "? s"},
+        {"no channels", WaveMaker().format({.channels = 0}).silence(0), "? s"},
+        {"no rate", WaveMaker().format({.sampleRate = 0}).silence(100), "? s"},
+        {"a rate that is none", WaveMaker().format({.sampleRate = 4'000'000'000}).silence(100), "? s"},
+        {"a chunk past the end hides what follows",
+         WaveMaker().format({}).chunkClaiming("JUNK", 0x7FFFFFFF, "").silence(48000), "? s, 48000 Hz 1 ch"},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(inspectionText(inspectBytes(each.maker.bytes())), each.expected) << each.name;
+    EXPECT_EQ(inspectionText(inspectBytes("RIFF\4\0\0\0AVI ")), "nothing");
+}
+
+TEST(MediaWave, isBounded) {
+    WaveMaker many;
+    for (int i = 0; i < 20000; ++i) many.chunk("JUNK", "");
+    EXPECT_EQ(inspectionText(inspectBytes(many.format({}).bytes())), "? s");
+
+    const TemporaryDirectory folder;
+    WaveMaker().rf64().format({.channels = 8}).silence(1'000'000'000).writeTo(folder.path("big.wav"));
+    EXPECT_EQ(inspectionText(platform::inspectMedia(folder.path("big.wav"))), "20833.33 s, 48000 Hz 8 ch");
+}
+
+TEST(MediaWave, takesTheDateOfTheList) {
+    const auto with = [](const std::string& list) {
+        return metadataText(inspectBytes(WaveMaker().chunk("LIST", list).format({}).silence(1).bytes()));
+    };
+    const std::string name = std::string("INAM") + le32(3) + field("abc", 4);
+    EXPECT_EQ(with("INFO" + name + "ICRD" + le32(11) + field("2024-03-09", 12)),
+              "ICRD(creationDate)='2024-03-09' ");
+    EXPECT_EQ(with("INFOICRD" + le32(99) + "2024"), "");
+    EXPECT_EQ(with("adtlICRD" + le32(4) + "2024"), "");
+}
+
+TEST(MediaWave, readsWhatIsThereOfATruncatedFile) {
+    const std::string whole =
+        WaveMaker().bext({}).format({.channels = 2}).silence(100).chunk("iXML", "<BWFXML/>").bytes();
+    const std::size_t formatEnd = 12 + 8 + 602 + 8 + 16, dataEnd = formatEnd + 8 + 600;
+    for (std::size_t length = 0; length <= whole.size(); ++length) {
+        const auto read = inspectBytes(whole.substr(0, length));
+        ASSERT_EQ(read.has_value(), length >= 12) << length;
+        ASSERT_EQ(read && !read->audioTracks.empty(), length >= formatEnd - 2)
+            << length; // but for its bit depth
+        if (length < formatEnd + 8) continue;
+        const auto frames = (std::min(length, dataEnd) - formatEnd - 8) / 6;
+        ASSERT_EQ(read->durationSeconds, static_cast<double>(frames) / 48000) << length;
+    }
+}
+
+} // namespace
+} // namespace orvane::test

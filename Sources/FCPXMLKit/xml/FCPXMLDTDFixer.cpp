@@ -102,19 +102,29 @@ std::ptrdiff_t rank(const Table& table, std::string_view name) {
     return std::find(table.order.begin(), table.order.end(), name) - table.order.begin();
 }
 
-int fixElement(XMLElement& element) {
-    const Table* table = tableFor(element.name());
-    int count = 0;
-    std::vector<XMLElement*> children;
-    for (XMLElement& child : element.children()) {
-        count += fixElement(child);
-        if (table != nullptr) children.push_back(&child);
+bool isInOrder(const XMLElement& element, const Table& table) {
+    std::string_view before;
+    std::ptrdiff_t highest = -1;
+    for (const XMLElement& child : element.children()) {
+        if (child.name() == before) continue;
+        before = child.name();
+        const std::ptrdiff_t own = rank(table, before);
+        if (own < highest) return false;
+        highest = own;
     }
-    const auto earlier = [&](const XMLElement* a, const XMLElement* b) {
-        return a->name() != b->name() && rank(*table, a->name()) < rank(*table, b->name());
-    };
-    if (std::ranges::is_sorted(children, earlier)) return count;
-    std::ranges::stable_sort(children, earlier);
+    return true;
+}
+
+int fixElement(XMLElement& element) {
+    int count = 0;
+    for (XMLElement& child : element.children()) count += fixElement(child);
+    const Table* table = tableFor(element.name());
+    if (table == nullptr || isInOrder(element, *table)) return count;
+
+    std::vector<XMLElement*> children;
+    for (XMLElement& child : element.children()) children.push_back(&child);
+    std::ranges::stable_sort(children, {},
+                             [&](const XMLElement* child) { return rank(*table, child->name()); });
     element.reorderChildren(children);
     return count + 1;
 }

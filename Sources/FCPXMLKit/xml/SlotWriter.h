@@ -5,6 +5,8 @@
 #include "FCPXMLKit/xml/FCPXMLError.h"
 #include "FCPXMLKit/xml/XMLElement.h"
 
+#include <algorithm>
+#include <array>
 #include <optional>
 #include <span>
 #include <string>
@@ -30,8 +32,9 @@ class SlotWriter {
     /// The whole record, into an element that is still empty.
     template <class R>
     static void write(R& record, XMLElement& element, FCPXMLVersion version) {
-        std::vector<XMLAttribute> pending;
-        SlotWriter writer(element, version, pending);
+        Shared shared;
+        shared.times.fill({Time::zero(), element.arena().copy(attributeText(Time::zero()))});
+        SlotWriter writer(element, version, shared);
         record.slots(writer);
         writer.finish();
     }
@@ -91,19 +94,40 @@ class SlotWriter {
     }
 
   private:
-    SlotWriter(XMLElement& element, FCPXMLVersion version, std::vector<XMLAttribute>& pending)
-        : element_(element), version_(version), pending_(pending), firstPending_(pending.size()) {}
+    /// What the writers of all elements of a document have in common.
+    struct Shared {
+        struct KnownTime {
+            Time time;
+            std::string_view text;
+        };
+        std::vector<XMLAttribute> pending; ///< of unfinished elements, each above its parent's
+        std::array<KnownTime, 4> times;    ///< the last ones that were written
+        std::size_t oldestTime = 0;
+    };
+
+    SlotWriter(XMLElement& element, FCPXMLVersion version, Shared& shared)
+        : element_(element), version_(version), shared_(shared), firstPending_(shared.pending.size()) {}
 
     void finish() {
-        element_.setAttributes(std::span(pending_).subspan(firstPending_));
-        pending_.resize(firstPending_);
+        element_.setAttributes(std::span(shared_.pending).subspan(firstPending_));
+        shared_.pending.resize(firstPending_);
     }
     void add(std::string_view name, std::string_view text) {
-        pending_.push_back({name, element_.arena().copy(text)});
+        shared_.pending.push_back({name, element_.arena().copy(text)});
     }
     template <class T>
     void add(std::string_view name, const T& value) {
         add(name, std::string_view(attributeText(value)));
+    }
+    /// The elements of a clip state the same few times again and again.
+    void add(std::string_view name, const Time& value) {
+        auto known = std::ranges::find(shared_.times, value, &Shared::KnownTime::time);
+        if (known == shared_.times.end()) {
+            known = shared_.times.begin() + static_cast<std::ptrdiff_t>(shared_.oldestTime);
+            shared_.oldestTime = (shared_.oldestTime + 1) % shared_.times.size();
+            *known = {value, element_.arena().copy(attributeText(value))};
+        }
+        shared_.pending.push_back({name, known->text});
     }
     template <class T>
     void add(std::string_view name, const std::vector<T>& values) {
@@ -122,16 +146,15 @@ class SlotWriter {
     template <class R>
     requires requires { R::elementName; }
     void append(R& record) {
-        SlotWriter writer(element_.appendChild(R::elementName), version_, pending_);
+        SlotWriter writer(element_.appendChild(R::elementName), version_, shared_);
         record.slots(writer);
         writer.finish();
     }
 
     XMLElement& element_;
     FCPXMLVersion version_;
-    std::vector<XMLAttribute>&
-        pending_; ///< of this element from `firstPending_` on, below those of its parents
-    std::size_t firstPending_;
+    Shared& shared_;
+    std::size_t firstPending_; ///< in the shared list: from here on this element's attributes
 };
 
 } // namespace orvane::fcpxml

@@ -83,14 +83,15 @@ void appendEscaped(std::string& out, std::string_view value) {
     out.append(value, copied);
 }
 
-/// The printed size, but for escapes: enough to reserve the text once.
+/// The printed size, but for escapes.
 std::size_t plainSize(const XMLElement& element, std::size_t depth) {
-    std::size_t size = depth * indentWidth + element.name().size() + 4;
+    const std::size_t indent = depth * indentWidth;
+    std::size_t size = indent + element.name().size() + std::string_view("</>\n").size();
     for (const auto& attribute : element.attributes())
-        size += attribute.name.size() + attribute.value.size() + 4;
+        size += attribute.name.size() + attribute.value.size() + std::string_view(" =\"\"").size();
+    if (element.children().empty()) return size;
     for (const XMLElement& child : element.children()) size += plainSize(child, depth + 1);
-    if (!element.children().empty()) size += depth * indentWidth + element.name().size() + 3;
-    return size;
+    return size + indent + element.name().size() + std::string_view("<>\n").size();
 }
 
 void print(std::string& out, const XMLElement& element, std::size_t depth) {
@@ -201,7 +202,11 @@ XMLElement& XMLDocument::makeRoot(std::string_view name) {
 std::string XMLDocument::text() const {
     std::string out;
     if (root_ == nullptr) return out;
-    out.reserve(prolog.size() + plainSize(*root_, 0));
+    // A text that grows on the way would be in memory twice. Room for escapes that is not used costs nothing:
+    // memory that is never touched is never there.
+    constexpr std::size_t escapeShare = 16;
+    const std::size_t size = prolog.size() + plainSize(*root_, 0);
+    out.reserve(size + size / escapeShare);
     out += prolog;
     print(out, *root_, 0);
     return out;

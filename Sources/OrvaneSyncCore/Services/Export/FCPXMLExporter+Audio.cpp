@@ -158,13 +158,13 @@ AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string
 }
 
 std::string audioRoleName(int track, const MediaAsset& audio, const ExportSettings& settings) {
+    std::string role = settings.audioBaseRole;
+    role += '.';
     if (audio.ixmlData)
         for (const IXMLTrack& named : audio.ixmlData->tracks)
-            if (named.channelIndex == track && !named.name.empty())
-                return settings.audioBaseRole + "." + named.name;
+            if (named.channelIndex == track && !named.name.empty()) return role += named.name;
     const auto subrole = settings.subroleMap.find(track);
-    return settings.audioBaseRole + "." +
-           (subrole == settings.subroleMap.end() ? defaultSubrole(track) : subrole->second);
+    return role += subrole == settings.subroleMap.end() ? defaultSubrole(track) : subrole->second;
 }
 
 std::string defaultSubrole(int track) {

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace orvane::FCPXMLExporter {
 
@@ -122,9 +123,7 @@ std::string documentText(ExportWalk& walk) {
         injectVolumeKeyframes(
             tree, walk.groups.filtered([](const SyncGroup& group) { return group.matchStatus.isSettled(); }),
             walk.settings);
-    std::string text = tree.text();
-    giveEditableItemsTheirType(text);
-    return text;
+    return tree.text();
 }
 
 } // namespace
@@ -133,8 +132,12 @@ void giveEditableItemsTheirType(std::string& text) {
     constexpr std::string_view pattern = "editable=\"1\"";
     constexpr std::string_view addition = " type=\"string\"";
     std::vector<std::size_t> ends;
-    for (auto at = text.find(pattern); at != std::string::npos; at = text.find(pattern, ends.back()))
-        ends.push_back(at + pattern.size());
+    const std::boyer_moore_horspool_searcher searcher(pattern.begin(), pattern.end());
+    for (auto at = text.begin(); at != text.end();) {
+        const auto [first, last] = searcher(at, text.end());
+        if (first != last) ends.push_back(static_cast<std::size_t>(last - text.begin()));
+        at = last;
+    }
     std::size_t from = text.size();
     text.resize(text.size() + ends.size() * addition.size());
     const auto place = [&](std::size_t at) { return text.begin() + static_cast<std::ptrdiff_t>(at); };
@@ -171,7 +174,12 @@ ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<Wi
             if (auto name = sceneEventName(group, settings.eventNamePattern, settings.eventName))
                 walk.sceneEventNames[group.id] = std::move(*name);
 
+    constexpr std::size_t usualResources = 3; // a format, the picture, one recording
+    walk.resources.reserve(groups.size() * usualResources + 2);
     walk.eventItems.reserve(groups.size());
+    walk.videoAssetIDByGroup.reserve(groups.size());
+    walk.formatIDByGroup.reserve(groups.size());
+    walk.audioAssetIDsByGroup.reserve(groups.size());
     addMainFormats(walk);
     for (const SyncGroup& group : groups) addGroup(walk, group);
     if (settings.generateMulticam && walk.syncClips.size() >= 2) addMulticamClips(walk);
@@ -181,6 +189,7 @@ ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<Wi
     addNativeMOSClips(walk);
     addProjectRateClips(walk);
     walk.result.fcpxmlString = documentText(walk);
+    giveEditableItemsTheirType(walk.result.fcpxmlString);
     return std::move(walk.result);
 }
 

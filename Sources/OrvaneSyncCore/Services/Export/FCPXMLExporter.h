@@ -74,6 +74,7 @@ class ResourceList {
   public:
     /// "r1", "r2" and so on.
     std::string nextID();
+    void reserve(std::size_t count) { items_.reserve(count); }
     void add(fcpxml::ResourceItem item) { items_.push_back(std::move(item)); }
     const std::vector<fcpxml::ResourceItem>& items() const { return items_; }
     std::vector<fcpxml::ResourceItem> take() { return std::move(items_); }

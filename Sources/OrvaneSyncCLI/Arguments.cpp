@@ -69,9 +69,17 @@ Arguments Arguments::parse(std::span<const std::string> words, std::span<const O
             result.positionals_.push_back(word);
             continue;
         }
-        const std::size_t equals = word.starts_with("--") ? word.find('=') : std::string::npos;
-        const std::string name = word.substr(0, equals);
+        std::size_t equals = word.starts_with("--") ? word.find('=') : std::string::npos;
+        std::string name = word.substr(0, equals);
         const Option* option = find(options, name);
+        if (option == nullptr && !word.starts_with("--")) { // "-oFILE"
+            constexpr std::size_t shortLength = 2;
+            option = find(options, word.substr(0, shortLength));
+            if (option != nullptr) {
+                name = option->shortName;
+                equals = word[shortLength] == '=' ? shortLength : shortLength - 1;
+            }
+        }
         if (option == nullptr) throw UsageError(unknownOption(name, options));
         std::string value;
         if (option->value.empty()) {

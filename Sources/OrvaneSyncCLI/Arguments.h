@@ -27,9 +27,9 @@ struct Option {
 /// A command line taken apart.
 class Arguments {
   public:
-    /// "--name value" and "--name=value" are the same; "--" ends the options; "-" and negative numbers are no
-    /// options. An option may come again: the last value counts, or all of them where the command asks for
-    /// all. Throws UsageError.
+    /// "--name value" and "--name=value" are the same, "-n value" and "-nvalue" too; "--" ends the options;
+    /// "-" and negative numbers are no options. An option may come again: the last value counts, or all of
+    /// them where the command asks for all. Throws UsageError.
     static Arguments parse(std::span<const std::string> words, std::span<const Option> options);
 
     const std::vector<std::string>& positionals() const { return positionals_; }

@@ -36,7 +36,10 @@ std::string joined(const std::vector<std::string>& words) {
 Check settingsCheck(const Context& context) {
     const auto* store = dynamic_cast<const platform::FileSettingsStore*>(context.settings.get());
     const auto problem = store == nullptr ? std::nullopt : store->problem();
-    return {"settings", problem ? "problem" : "ok", problem.value_or(standardSettingsPath())};
+    if (problem) return {"settings", "problem", *problem};
+    const std::string path = standardSettingsPath();
+    return {"settings", "ok",
+            path + (platform::files::exists(path) ? "" : " (not written yet: the defaults hold)")};
 }
 
 Check folderCheck(const char* name, const std::string& path) {
@@ -45,6 +48,12 @@ Check folderCheck(const char* name, const std::string& path) {
 }
 
 Check cacheCheck(const Context& context) {
+    const std::string folder = AppStorageHelper::probeCacheDirectory();
+    if (::access(folder.c_str(), W_OK | X_OK) != 0)
+        return {"known files", "problem", "can't write to " + folder};
+    const std::string file = folder + "/probe-cache.json";
+    if (platform::files::exists(file) && ::access(file.c_str(), R_OK) != 0)
+        return {"known files", "problem", "can't read " + file};
     const auto cache = context.openProbeCache();
     std::array<char, 64> size{};
     constexpr double megabyte = 1e6;

@@ -1,8 +1,11 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Ingest/LTCDecoder.h"
 #include "Platform/AudioFile.h"
+#include "Platform/MediaInspector.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace orvane::cli {
@@ -20,11 +23,21 @@ int channelIndex(const Context& context, const Arguments& arguments) {
 void ltc(Context& context, const Arguments& arguments) {
     if (arguments.positionals().size() != 1) throw UsageError("one file, please");
     const std::string& path = arguments.positionals().front();
-    const int channel = channelIndex(context, arguments);
+    int channel = channelIndex(context, arguments);
     if (const std::string why = whyUnreadable(path, false); !why.empty())
-        throw CommandError("can't read " + path + ": " + why);
+        throw CommandError("can't read '" + path + "': " + why);
     const auto file = platform::AudioFile::open(path);
-    if (!file) throw CommandError("can't read " + path + ": it holds no sound that can be decoded");
+    if (!file) {
+        const bool noLibrary = platform::mediaLibraryWasMissed();
+        throw CommandError("can't read '" + path + "': " +
+                           (noLibrary ? "the module of media libraries is missing beside the program"
+                                      : "it holds no sound that can be decoded"));
+    }
+    if (channel >= file->channelCount()) {
+        channel = std::max(file->channelCount() - 1, 0);
+        context.warn("the file has " + counted(file->channelCount(), "channel", "channels") + "; channel " +
+                     std::to_string(channel) + " is read, the last one");
+    }
 
     const auto frame = LTCDecoder::decodeFirstFrame(*file, channel);
     if (arguments.has("--json")) {
@@ -47,7 +60,7 @@ const Command& ltcCommand() {
     static const Command command{
         "ltc",
         "FILE [--channel N] [options]",
-        "Read the first linear timecode of a recording.",
+        "Read a linear timecode from the first two seconds of a recording.",
         "orvanesync ltc demo/shoot/sound/DAY1_T01.WAV --channel 5",
         {{"--channel", "N",
           "the channel that carries the signal, counted from 0 (default: ltc.channelIndex)"}},

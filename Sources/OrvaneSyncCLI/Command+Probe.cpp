@@ -9,9 +9,9 @@ namespace orvane::cli {
 namespace {
 
 /// A file whose extension no scan would take is shown as what it seems to hold.
-MediaAsset probe(Context& context, MediaProbeService& service, const FileURL& url) {
+MediaAsset probe(Context& context, MediaProbeService& service, const FileURL& url, bool isReadable) {
     if (const auto kind = assetKindFrom(url)) return service.probe(url, *kind);
-    context.warn(url.lastPathComponent() + ": a scan passes over files of this extension");
+    if (isReadable) context.warn(url.lastPathComponent() + ": a scan passes over files of this extension");
     MediaAsset asset = service.probe(url, AssetKind::video);
     return asset.width ? asset : service.probe(url, AssetKind::audio);
 }
@@ -22,15 +22,20 @@ void probeFiles(Context& context, const Arguments& arguments) {
     MediaProbeService service(*context.settings,
                               arguments.has("--no-cache") ? nullptr : context.openProbeCache());
     std::size_t unreadable = 0;
+    int done = 0;
     std::string text;
     JSON::Array assets;
+    ProgressLine progress(context, arguments.has("--quiet"));
     for (const std::string& path : paths) {
-        if (const std::string why = whyUnreadable(path, false); !why.empty()) {
-            if (paths.size() == 1) throw CommandError("can't read " + path + ": " + why);
-            context.warn("can't read " + path + ": " + why);
+        const std::string why = whyUnreadable(path, false);
+        if (!why.empty()) {
+            progress.clear();
+            if (paths.size() == 1) throw CommandError("can't read '" + path + "': " + why);
+            context.warn("can't read '" + path + "': " + why);
             ++unreadable;
         }
-        const MediaAsset asset = probe(context, service, {platform::files::standardized(path)});
+        const MediaAsset asset = probe(context, service, {platform::files::standardized(path)}, why.empty());
+        if (paths.size() > 1) progress.show({"Probing files", ++done, static_cast<int>(paths.size())});
         if (arguments.has("--json"))
             assets.push_back(toJSON(asset));
         else

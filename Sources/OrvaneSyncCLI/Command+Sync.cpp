@@ -60,6 +60,8 @@ SyncOptions read(const Context& context, const Arguments& arguments) {
         throw UsageError("-o - and --json both want standard output");
     options.output = *output;
     options.document.eventName = arguments.value("--event");
+    if (options.document.eventName && options.document.eventName->empty())
+        throw UsageError("--event needs a name");
     if (arguments.has("--no-multicam")) options.document.generateMulticam = false;
     options.version = documentVersion(arguments);
     options.smartAudio = smartAudioMode(context, arguments);
@@ -67,42 +69,78 @@ SyncOptions read(const Context& context, const Arguments& arguments) {
     return options;
 }
 
+/// The output may be a link, or another name, of a file that was just read as media.
+void refuseToOverwriteMedia(const ImportController& controller, const std::string& output) {
+    const auto there = platform::files::attributes(output);
+    if (!there || !controller.scanResult()) return;
+    for (const auto* assets : {&controller.scanResult()->videoAssets, &controller.scanResult()->audioAssets})
+        for (const MediaAsset& asset : *assets)
+            if (const auto media = platform::files::attributes(asset.url.path);
+                media && media->identity == there->identity)
+                throw CommandError("can't write '" + output + "': it leads to the media file " +
+                                   asset.filename);
+}
+
 void write(Context& context, const std::string& output, const std::string& document) {
     if (output != standardOutput) return platform::files::writeAtomically(output, document);
     context.out.write(document.data(), static_cast<std::streamsize>(document.size()));
 }
 
-void report(Context& context, ImportController& controller, const ExportResult& result,
-            const SyncOptions& options) {
-    for (const std::string& warning : result.warnings) context.warn(warning);
-    if (options.output == standardOutput) return;
-    context.out << stateText(controller, context.mayColour) << "\nWrote "
-                << platform::text::printable(options.output) << ": "
-                << counted(result.syncClipCount, "synchronized clip", "synchronized clips");
+std::string writtenText(const ImportController& controller, const ExportResult& result,
+                        const std::string& output) {
+    std::string text = "Wrote " + platform::text::printable(output) + ": " +
+                       counted(result.syncClipCount, "synchronized clip", "synchronized clips") + " (" +
+                       std::to_string(controller.syncClipCount()) + " with sound, " +
+                       std::to_string(controller.mosCount()) + " MOS)";
     if (result.multicamCount > 0)
-        context.out << ", " << counted(result.multicamCount, "multicam clip", "multicam clips");
-    context.out << ".\n";
+        text += ", " + counted(result.multicamCount, "multicam clip", "multicam clips");
+    text += ".";
+    if (controller.unmatchedCount() > 0)
+        text += " Not in it: " + counted(controller.unmatchedCount(), "clip", "clips") + " without a match.";
+    return text + "\n";
+}
+
+/// Says what was scanned, also where nothing of it can be exported.
+[[noreturn]] void failWithoutClips(Context& context, const ImportController& controller, bool asJSON) {
+    std::string folders;
+    for (const auto& folder : {controller.videoFolderURL(), controller.audioFolderURL()})
+        if (folder && folders.find("'" + folder->path + "'") == std::string::npos)
+            folders += (folders.empty() ? "'" : " and '") + folder->path + "'";
+    if (controller.scanResult()->totalFiles() == 0)
+        throw CommandError("no video or audio files in " + folders);
+    if (!asJSON) context.err << stateText(controller, false) << "\n";
+    throw CommandError("nothing to export from " + folders + ": " +
+                       counted(static_cast<long long>(controller.syncGroups().size()), "clip", "clips") +
+                       ", none of them matched");
 }
 
 void sync(Context& context, const Arguments& arguments) {
     const SyncOptions options = read(context, arguments);
+    const bool asJSON = arguments.has("--json");
     ScanRun run(context, arguments);
     run.scan();
     ImportController& controller = run.controller();
-    if (controller.scanResult() && controller.scanResult()->totalFiles() == 0)
-        throw CommandError("no video or audio files in " + arguments.positionals().front());
+    if (controller.matchedCount() == 0) failWithoutClips(context, controller, asJSON);
     if (options.smartAudio != SmartAudioMode::off)
         run.wait(controller.runSmartAudioAnalysis(options.smartAudio, false));
 
+    run.show("Writing the document...");
     ExportSettings settings = controller.exportSettings(options.document);
     if (options.version) settings.fcpxmlVersion = *options.version;
-    const ExportResult result = controller.exportFCPXML(settings);
+    ExportResult result = controller.exportFCPXML(settings);
+    refuseToOverwriteMedia(controller, options.output);
     write(context, options.output, result.fcpxmlString);
-    if (arguments.has("--json")) {
+    run.clearProgress();
+
+    for (const std::string& warning : leftOutWarnings(controller)) result.warnings.push_back(warning);
+    if (asJSON) {
         context.out << exportJSON(controller, result, options.output).dump(JSON::Layout::pretty) << "\n";
         return;
     }
-    report(context, controller, result, options);
+    if (options.output != standardOutput)
+        context.out << stateText(controller, context.mayColour) << "\n"
+                    << writtenText(controller, result, options.output);
+    for (const std::string& warning : result.warnings) context.warn(warning);
 }
 
 std::vector<Option> syncOptions() {

@@ -2,6 +2,7 @@
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/JSON.h"
 
+#include <cmath>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -38,6 +39,7 @@ double positiveRate(const Arguments& arguments, std::string_view option) {
 TimecodeFrameRate rate(const Arguments& arguments) {
     const auto named = arguments.value("--rate");
     if (named && arguments.has("--fps")) throw UsageError("--fps or --rate, not both");
+    if (!named && !arguments.has("--fps")) throw UsageError("--fps or --rate is missing");
     if (!named) return TimecodeUtils::frameRate(positiveRate(arguments, "--fps"));
     if (const auto found = timecodeRate::fromName(*named)) return *found;
     std::vector<std::string_view> names;
@@ -68,12 +70,22 @@ void toSeconds(Context& context, const Arguments& arguments, const std::string& 
     answer(context, arguments, "seconds", TimecodeUtils::tcToSeconds(text, fps));
 }
 
+void warnBeyondTimecode(const Context& context, double frames) {
+    if (!(std::abs(frames) < Timecode::frameCountLimit))
+        context.warn("that is more than a timecode can hold; it counts as zero");
+}
+
 void fromSeconds(Context& context, const Arguments& arguments, const std::string& text) {
-    answer(context, arguments, "timecode", TimecodeUtils::secondsToTC(number(text), rate(arguments)));
+    const double seconds = number(text);
+    const TimecodeFrameRate frameRate = rate(arguments);
+    warnBeyondTimecode(context, seconds * timecodeRate::rate(frameRate).doubleValue());
+    answer(context, arguments, "timecode", TimecodeUtils::secondsToTC(seconds, frameRate));
 }
 
 void fromFrames(Context& context, const Arguments& arguments, const std::string& text) {
-    answer(context, arguments, "timecode", TimecodeUtils::framesToTC(whole(text), rate(arguments)));
+    const std::int64_t frames = whole(text);
+    warnBeyondTimecode(context, static_cast<double>(frames));
+    answer(context, arguments, "timecode", TimecodeUtils::framesToTC(frames, rate(arguments)));
 }
 
 void fromSamples(Context& context, const Arguments& arguments, const std::string& text) {
@@ -109,18 +121,28 @@ void timecode(Context& context, const Arguments& arguments) {
     conversion->second(context, arguments, words[1]);
 }
 
+constexpr std::string_view details =
+    "\n"
+    "  to-seconds TEXT --fps R                   a timecode in seconds\n"
+    "  from-seconds S (--fps R | --rate CASE)    seconds as a timecode\n"
+    "  from-frames N (--fps R | --rate CASE)     a frame count as a timecode\n"
+    "  from-samples N --sample-rate HZ (--fps R | --rate CASE)\n"
+    "                                            a sample count as a timecode\n"
+    "  rate-of FPS                               the rate of that many frames\n"
+    "  rate TEXT                                 the rate in a recorder's words\n";
+
 } // namespace
 
 const Command& timecodeCommand() {
     static const Command command{"timecode",
-                                 "(to-seconds TEXT | from-seconds S | from-frames N | from-samples N | "
-                                 "rate-of FPS | rate TEXT) [options]",
+                                 "CONVERSION VALUE [options]",
                                  "Timecode arithmetic.",
                                  "orvanesync timecode from-samples 172800000 --sample-rate 48000 --fps 29.97",
                                  {{"--fps", "R", "frames per second, such as 25 or 29.97"},
                                   {"--rate", "CASE", "a frame rate by its name, such as fps29_97d"},
                                   {"--sample-rate", "HZ", "samples per second"}},
-                                 timecode};
+                                 timecode,
+                                 details};
     return command;
 }
 

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
 #include "Platform/JSON.h"
+#include "Platform/MediaInspector.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -22,20 +23,26 @@ constexpr std::array<Option, 5> commonOptions{{
     {"--version", "", "show the program's version"},
 }};
 
-void printOptions(std::ostream& out, std::span<const Option> options) {
+std::string optionText(const Option& option) {
+    std::string text = option.shortName.empty() ? "" : std::string(option.shortName) + ", ";
+    text += option.name;
+    if (!option.value.empty()) text.append(" ").append(option.value);
+    return text;
+}
+
+void printOptions(std::ostream& out, const std::vector<Option>& options) {
     std::size_t width = 0;
-    const auto left = [](const Option& option) {
-        std::string text = option.shortName.empty() ? "" : std::string(option.shortName) + ", ";
-        text += option.name;
-        if (!option.value.empty()) text.append(" ").append(option.value);
-        return text;
-    };
-    for (const Option& option : options) width = std::max(width, left(option).size());
+    for (const Option& option : options) width = std::max(width, optionText(option).size());
     for (const Option& option : options) {
-        std::string line = "  " + left(option);
+        std::string line = "  " + optionText(option);
         line.resize(width + 4, ' ');
         out << line << option.help << "\n";
     }
+}
+
+std::vector<Option> withCommonOptions(std::vector<Option> options) {
+    options.insert(options.end(), commonOptions.begin(), commonOptions.end());
+    return options;
 }
 
 std::string usageLine(const Command& command) {
@@ -52,17 +59,26 @@ void printProgramHelp(std::ostream& out) {
         out << line << command->summary << "\n";
     }
     out << "\nfor every command:\n";
-    printOptions(out, commonOptions);
+    printOptions(out, withCommonOptions({}));
     out << "\nThe main job: orvanesync sync CAMERA_FOLDER SOUND_FOLDER -o DAY1.fcpxml\n"
            "Help on a command, with an example: orvanesync COMMAND --help\n";
 }
 
-void printCommandHelp(std::ostream& out, const Command& command) {
-    out << command.summary << "\n\n" << usageLine(command) << "\n\noptions:\n";
-    printOptions(out, command.options);
-    printOptions(out, commonOptions);
-    out << "\nexample:\n  " << command.example << "\n";
+/// The example calls the program as the user did.
+std::string exampleText(const Command& command, const Context& context) {
+    constexpr std::string_view name = "orvanesync";
+    return context.programName + std::string(command.example.substr(name.size()));
 }
+
+void printCommandHelp(const Context& context, const Command& command) {
+    context.out << command.summary << "\n\n"
+                << usageLine(command) << "\n"
+                << command.details << "\noptions:\n";
+    printOptions(context.out, withCommonOptions(command.options));
+    context.out << "\nexample:\n  " << exampleText(command, context) << "\n";
+}
+
+void printVersion(std::ostream& out) { out << "orvanesync " ORVANE_VERSION "\n"; }
 
 const Command* findCommand(std::string_view name) {
     const auto commands = allCommands();
@@ -79,7 +95,6 @@ std::string unknownCommand(std::string_view name) {
 }
 
 void warnOfUnknownSetting(const Context& context, std::string_view key) {
-    if (SettingsCatalogue::find(key) != nullptr) return;
     std::vector<std::string_view> keys;
     for (const auto& setting : SettingsCatalogue::all()) keys.push_back(setting.key);
     std::string message = "no setting is called '" + platform::text::printable(key) + "'";
@@ -87,37 +102,75 @@ void warnOfUnknownSetting(const Context& context, std::string_view key) {
     context.warn(message);
 }
 
-/// VALUE is JSON where it parses, else text.
+/// VALUE is JSON where it parses, else text; a setting that is a text takes it as it stands.
+platform::JSON overrideValue(const SettingDescription* setting, const std::string& text) {
+    try {
+        platform::JSON value = platform::JSON::parse(text);
+        const bool isText = setting != nullptr && setting->kind == SettingDescription::Kind::text;
+        return isText && value.string() == nullptr ? platform::JSON(text) : value;
+    } catch (const platform::JSONError&) {
+        return text;
+    }
+}
+
+std::string kindText(SettingDescription::Kind kind) {
+    return (kind == SettingDescription::Kind::integer ? "an " : "a ") + std::string(name(kind));
+}
+
+void warnOfUselessValue(const Context& context, const SettingDescription& setting, const std::string& text) {
+    using Kind = SettingDescription::Kind;
+    // A value that reads the same against two defaults is one that the store understands.
+    const auto& store = *context.settings;
+    const auto key = setting.key;
+    const bool isUnderstood = setting.kind == Kind::boolean
+                                  ? store.boolean(key, false) == store.boolean(key, true)
+                              : setting.kind == Kind::integer ? store.integer(key, 0) == store.integer(key, 1)
+                              : setting.kind == Kind::number  ? store.number(key, 0) == store.number(key, 1)
+                                                              : true;
+    const std::string said = "the setting '" + std::string(key) + "' ";
+    if (!isUnderstood) return context.warn(said + "takes " + kindText(setting.kind) + ", not '" + text + "'");
+    const auto words = SettingsCatalogue::choices(key);
+    const std::string value = store.text(key);
+    if (words.empty() || std::ranges::find(words, value) != words.end()) return;
+    std::string list;
+    for (const std::string_view word : words) list.append(list.empty() ? "" : ", ").append(word);
+    context.warn(said + "takes one of " + list + "; not '" + value + "'");
+}
+
 void applyOverrides(const Context& context, const Arguments& arguments) {
     for (const std::string& assignment : arguments.values("--set")) {
         const std::size_t equals = assignment.find('=');
         if (equals == std::string::npos || equals == 0)
             throw UsageError("--set takes KEY=VALUE, not '" + assignment + "'");
         const std::string key = assignment.substr(0, equals), text = assignment.substr(equals + 1);
-        warnOfUnknownSetting(context, key);
-        platform::JSON value(text);
-        try {
-            value = platform::JSON::parse(text);
-        } catch (const platform::JSONError&) {
-            // A plain word is a text.
-        }
-        context.settings->setOverride(key, std::move(value));
+        const SettingDescription* setting = SettingsCatalogue::find(key);
+        context.settings->setOverride(key, overrideValue(setting, text));
+        if (setting == nullptr)
+            warnOfUnknownSetting(context, key);
+        else
+            warnOfUselessValue(context, *setting, text);
     }
 }
 
 int runCommand(const Command& command, std::span<const std::string> words, Context& context) {
-    std::vector<Option> options = command.options;
-    options.insert(options.end(), commonOptions.begin(), commonOptions.end());
+    const std::vector<Option> options = withCommonOptions(command.options);
     try {
         const Arguments arguments = Arguments::parse(words, options);
         if (arguments.has("--help")) {
-            printCommandHelp(context.out, command);
+            printCommandHelp(context, command);
+            return done;
+        }
+        if (arguments.has("--version")) {
+            printVersion(context.out);
             return done;
         }
         applyOverrides(context, arguments);
         if (const auto* file = dynamic_cast<const platform::FileSettingsStore*>(context.settings.get()))
             if (const auto problem = file->problem()) context.warn(*problem);
         command.run(context, arguments);
+        if (platform::mediaLibraryWasMissed())
+            context.warn("a file needs the media libraries, and their module is missing beside the program: "
+                         "only QuickTime, MP4 and WAVE files could be read");
     } catch (const UsageError& error) {
         context.err << "error: " << platform::text::printable(error.what()) << "\n"
                     << usageLine(command) << "\n";
@@ -141,16 +194,21 @@ std::span<const Command* const> allCommands() {
 int run(std::span<const std::string> words, Context& context) {
     try {
         if (words.empty()) {
+            context.err << "error: no command\n";
             printProgramHelp(context.err);
             return wrongUsage;
         }
         const std::string& first = words.front();
         if (first == "--help" || first == "-h" || first == "help") {
-            printProgramHelp(context.out);
+            const Command* command = words.size() > 1 ? findCommand(words[1]) : nullptr;
+            if (command != nullptr)
+                printCommandHelp(context, *command);
+            else
+                printProgramHelp(context.out);
             return done;
         }
-        if (std::ranges::find(words, "--version") != words.end()) {
-            context.out << "orvanesync " ORVANE_VERSION "\n";
+        if (first == "--version") {
+            printVersion(context.out);
             return done;
         }
         const Command* command = findCommand(first);

@@ -18,6 +18,7 @@ struct Command {
     std::string_view example; ///< works as printed
     std::vector<Option> options;
     void (*run)(Context& context, const Arguments& arguments);
+    std::string_view details = {}; ///< more lines for the help
 };
 
 const Command& syncCommand();

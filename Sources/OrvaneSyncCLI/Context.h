@@ -26,8 +26,9 @@ struct Context {
     std::ostream& err;
     bool outIsTerminal = false;
     bool errIsTerminal = false;
-    bool mayColour = false; ///< standard output is a terminal and NO_COLOR is not set
-    int errWidth = 80;      ///< columns
+    bool mayColour = false;                 ///< standard output is a terminal and NO_COLOR is not set
+    int errWidth = 80;                      ///< columns
+    std::string programName = "orvanesync"; ///< as it was called, for examples
     std::shared_ptr<platform::SettingsStore> settings{};
     std::shared_ptr<const platform::Clock> clock = platform::systemClock();
 

@@ -1,8 +1,10 @@
 #include "OrvaneSyncCLI/Printers.h"
 
 #include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "Platform/Text.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -48,20 +50,34 @@ std::string beginsText(const SyncGroup& group) {
     return secondsText(std::abs(offset)) + (offset > 0 ? " after" : " before");
 }
 
+bool nothingIsKnown(const MediaAsset& asset) {
+    return !asset.durationSeconds && !asset.width && !asset.sampleRate && !asset.startTimecodeString;
+}
+
+std::string whyUnmatched(const SyncGroup& group, bool anySound) {
+    const MediaAsset& video = group.video;
+    if (group.matchStatus.kind == MatchStatus::Kind::ambiguous)
+        return "several recordings, none of them clearly";
+    if (nothingIsKnown(video)) return "the file can't be read";
+    if (!video.startTimecodeString) return "no timecode";
+    if (!video.durationSeconds) return "no length";
+    return anySound ? "no sound at that time" : "no recordings given";
+}
+
 std::string matchText(const SyncGroup& group) {
     std::string text = group.matchStatus.label();
-    if (group.matchStatus.kind == MatchStatus::Kind::unmatched) {
-        if (!group.video.startTimecodeString)
-            text += ": no timecode";
-        else if (!group.video.durationSeconds)
-            text += ": no length";
-        else
-            text += ": no sound at that time";
-    }
     if (group.video.isOffspeed()) text += ", off-speed";
+    const auto& length = group.video.durationSeconds;
+    if (group.audioMatches.empty() || !length) return text;
+    // Any overlap is a match; one that leaves picture without sound is worth a look.
+    const double covered = group.audioMatches.front().overlapDurationSeconds;
+    constexpr double worthSaying = 0.5; // seconds
+    if (!group.video.isOffspeed() && *length - covered > worthSaying)
+        text += ", covers " + formatted("%.1f", covered) + " of " + formatted("%.1f s", *length);
     return text;
 }
 
+/// Cameras of one recording stand together.
 std::string clipsText(const ImportController& controller, bool bold) {
     Table table({{"CLIP"},
                  {"CAMERA FILE"},
@@ -71,21 +87,43 @@ std::string clipsText(const ImportController& controller, bool bold) {
                  {"SOUND"},
                  {"SOUND BEGINS", Table::Align::right}});
     const auto names = controller.displayNames();
-    for (const SyncGroup& group : controller.syncGroups())
-        table.add({names.at(group.id), group.video.filename, startText(group.video), lengthText(group.video),
-                   matchText(group), soundText(group), beginsText(group)});
+    for (const auto& bundle : sharedAudioBundles(filtered(controller.syncGroups(), FilterMode::matched)))
+        for (const SyncGroup& group : bundle.cams)
+            table.add({names.at(group.id), group.video.filename, startText(group.video),
+                       lengthText(group.video), matchText(group), soundText(group), beginsText(group)});
+    return table.empty() ? "" : table.text(bold) + "\n";
+}
+
+/// The clips that wait for a decision, with the recordings to choose from.
+std::string issuesText(const ImportController& controller, bool bold) {
+    Table table({{"NOT MATCHED"}, {"STARTS"}, {"LENGTH", Table::Align::right}, {"WHY"}});
+    const bool anySound = !controller.scanResult()->audioAssets.empty();
+    for (const SyncGroup& group : filtered(controller.syncGroups(), FilterMode::issues)) {
+        table.add({group.video.filename, startText(group.video), lengthText(group.video),
+                   whyUnmatched(group, anySound)});
+        for (const AudioMatch& match : group.audioMatches)
+            table.add({"  " + match.audio.filename + channelsText(match.audio), startText(match.audio),
+                       lengthText(match.audio), "overlaps " + secondsText(match.overlapDurationSeconds)});
+    }
     return table.empty() ? "" : table.text(bold) + "\n";
 }
 
 std::string wildTracksText(const ImportController& controller, bool bold) {
+    std::vector<const MediaAsset*> recordings;
+    for (const WildTrack& track : controller.wildTracks()) recordings.push_back(&track.audio);
+    std::ranges::sort(recordings, [](const MediaAsset* a, const MediaAsset* b) {
+        if (a->startTimecodeString != b->startTimecodeString)
+            return a->startTimecodeString < b->startTimecodeString;
+        return platform::text::compareLocalizedStandard(a->filename, b->filename) < 0;
+    });
     Table table({{"SOUND WITHOUT PICTURE"}, {"STARTS"}, {"LENGTH", Table::Align::right}, {"WHY"}});
-    for (const WildTrack& track : controller.wildTracks()) {
-        const MediaAsset& audio = track.audio;
-        const char* why = audio.isAtmo()                                           ? "room tone or wild track"
-                          : !audio.durationSeconds                                 ? "can't be read"
-                          : !audio.startTimecodeString && !audio.bextTimeReference ? "no timecode"
-                                                                                   : "no clip at that time";
-        table.add({audio.filename + channelsText(audio), startText(audio), lengthText(audio), why});
+    for (const MediaAsset* audio : recordings) {
+        const bool hasStart = audio->startTimecodeString || audio->bextTimeReference;
+        const char* why = audio->isAtmo()          ? "room tone or wild track"
+                          : nothingIsKnown(*audio) ? "the file can't be read"
+                          : !hasStart              ? "no timecode"
+                                                   : "no clip at that time";
+        table.add({audio->filename + channelsText(*audio), startText(*audio), lengthText(*audio), why});
     }
     return table.empty() ? "" : table.text(bold) + "\n";
 }
@@ -116,15 +154,27 @@ void addRecorderFacts(Table& table, const MediaAsset& asset) {
 std::string stateText(const ImportController& controller, bool bold) {
     const auto& scan = controller.scanResult();
     if (!scan || scan->totalFiles() == 0) return "No video or audio files found.\n";
-    std::string text = clipsText(controller, bold) + wildTracksText(controller, bold);
-    text += counted(static_cast<long long>(controller.syncGroups().size()), "clip", "clips") + ": " +
-            std::to_string(controller.syncClipCount()) + " with sound, " +
-            std::to_string(controller.mosCount()) + " MOS, " + std::to_string(controller.unmatchedCount()) +
-            " not matched; " +
-            counted(static_cast<long long>(controller.wildTracks().size()), "recording", "recordings") +
-            " without picture. " + counted(static_cast<long long>(scan->totalFiles()), "file", "files") +
-            " in " + formatted("%.2f s", scan->scanDuration) + ".\n";
+    std::string text =
+        clipsText(controller, bold) + issuesText(controller, bold) + wildTracksText(controller, bold);
+    text +=
+        counted(static_cast<long long>(controller.syncGroups().size()), "clip", "clips") + ": " +
+        std::to_string(controller.syncClipCount()) + " with sound, " + std::to_string(controller.mosCount()) +
+        " MOS, " + std::to_string(controller.unmatchedCount()) + " not matched; " +
+        counted(static_cast<long long>(controller.wildTracks().size()), "recording", "recordings") +
+        " without picture. " + counted(static_cast<long long>(scan->totalFiles()), "file", "files") + " in " +
+        (scan->scanDuration < 1 ? formatted("%.0f ms", scan->scanDuration * 1000)
+                                : formatted("%.1f s", scan->scanDuration)) +
+        ".\n";
     return text;
+}
+
+std::vector<std::string> leftOutWarnings(const ImportController& controller) {
+    std::vector<std::string> warnings;
+    const bool anySound = controller.scanResult() && !controller.scanResult()->audioAssets.empty();
+    for (const SyncGroup& group : filtered(controller.syncGroups(), FilterMode::issues))
+        warnings.push_back("not in the document: " + group.video.filename + " (" +
+                           whyUnmatched(group, anySound) + ")");
+    return warnings;
 }
 
 std::string assetText(const MediaAsset& asset, bool bold) {

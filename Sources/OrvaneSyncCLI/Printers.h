@@ -4,6 +4,7 @@
 #include "Platform/JSON.h"
 
 #include <string>
+#include <vector>
 
 namespace orvane::cli {
 
@@ -14,6 +15,9 @@ JSON countsJSON(const ImportController& controller);
 /// Folders' files, assets, clips, wild tracks, names and counts.
 JSON stateJSON(const ImportController& controller);
 JSON exportJSON(const ImportController& controller, const ExportResult& result, const std::string& output);
+
+/// One line for each clip that the document does not hold, and why.
+std::vector<std::string> leftOutWarnings(const ImportController& controller);
 
 // The same for people.
 

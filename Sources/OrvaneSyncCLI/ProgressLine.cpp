@@ -30,7 +30,7 @@ ProgressLine::ProgressLine(Context& context, bool isQuiet)
 
 std::string ProgressLine::text(const ScanProgress& progress, double elapsed, int columns) {
     if (progress.phase.empty()) return "";
-    if (!progress.isActive()) return progress.phase + " ...";
+    if (!progress.isActive()) return progress.phase;
     const double fraction = std::clamp(progress.fraction(), 0.0, 1.0);
     const std::string count = " " + std::to_string(progress.current) + "/" + std::to_string(progress.total);
     std::string left;

@@ -12,8 +12,9 @@ namespace orvane::cli {
 namespace {
 
 FileURL folder(const std::string& path) {
+    if (path.empty()) throw UsageError("a folder's name is empty");
     if (const std::string why = whyUnreadable(path, true); !why.empty())
-        throw CommandError("can't read the folder " + path + ": " + why);
+        throw CommandError("can't read the folder '" + path + "': " + why);
     return {platform::files::standardized(path)};
 }
 
@@ -40,6 +41,7 @@ std::string whyUnreadable(const std::string& path, bool mustBeFolder) {
     if (!attributes) return std::generic_category().message(errno);
     if (mustBeFolder && !attributes->isDirectory) return "it is not a folder";
     if (!mustBeFolder && attributes->isDirectory) return "it is a folder";
+    if (!mustBeFolder && !attributes->isRegularFile) return "it is no regular file";
     const int mode = mustBeFolder ? R_OK | X_OK : R_OK;
     return ::access(path.c_str(), mode) == 0 ? "" : std::generic_category().message(errno);
 }
@@ -48,14 +50,14 @@ const std::vector<Option>& scanOptions() {
     static const std::vector<Option> options{
         {"--video", "DIR", "the folder of the camera files alone"},
         {"--audio", "DIR", "the folder of the recordings alone"},
-        {"--report", "FILE", "lay the columns of a camera or sound report over the clips"},
+        {"--report", "FILE", "a camera or sound report (not in this version)"},
         {"--no-cache", "", "read every file anew; neither use nor keep earlier results"},
     };
     return options;
 }
 
 ScanRun::ScanRun(Context& context, const Arguments& arguments)
-    : loop_(platform::RunLoop::create()), progress_(context, arguments.has("--quiet")) {
+    : context_(context), loop_(platform::RunLoop::create()), progress_(context, arguments.has("--quiet")) {
     if (arguments.has("--report"))
         throw CommandError("--report: this version can't read camera and sound reports yet");
     ImportController::Dependencies dependencies;
@@ -66,12 +68,21 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments)
     controller_ = ImportController::create(std::move(dependencies));
     chooseFolders(*controller_, arguments);
     subscription_ = controller_->onChange([this](ImportField field) {
+        if (field == ImportField::scanState && controller_->scanState() != ScanState::done)
+            show(progressText(controller_->scanState()));
         if (field == ImportField::progress && controller_->progress().isActive())
             progress_.show(controller_->progress());
     });
 }
 
-void ScanRun::scan() { wait(controller_->startScan()); }
+void ScanRun::show(std::string_view phase) { progress_.show({std::string(phase), 0, 0}); }
+
+void ScanRun::scan() {
+    wait(controller_->startScan());
+    if (const auto& found = controller_->discoveryResult())
+        for (const FileURL& folder : found->unreadableFolders)
+            context_.warn("can't read the folder '" + folder.path + "'; its files are missing here");
+}
 
 void ScanRun::wait(const platform::Task& operation) {
     std::exception_ptr raised;

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCLI/ProgressLine.h"
 
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -20,12 +21,16 @@ class ScanRun {
     ScanRun(Context& context, const Arguments& arguments);
 
     ImportController& controller() { return *controller_; }
-    /// Scans to the end, with progress.
+    /// Scans to the end, with progress. Warns of folders that could not be read.
     void scan();
+    /// Says on the progress line what is being done, until the next wait ends.
+    void show(std::string_view phase);
+    void clearProgress() { progress_.clear(); }
     /// Waits for an operation of the controller; its exception passes through.
     void wait(const platform::Task& operation);
 
   private:
+    Context& context_;
     std::shared_ptr<platform::RunLoop> loop_;
     ProgressLine progress_;
     std::shared_ptr<ImportController> controller_;

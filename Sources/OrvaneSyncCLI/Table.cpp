@@ -42,18 +42,20 @@ std::string Table::text(bool bold) const {
         for (const auto& row : rows_) width = std::max(width, platform::text::displayWidth(row[c]));
         widths.push_back(width);
     }
-    std::string text = bold ? "\x1b[1m" : "";
-    for (std::size_t c = 0; c < columns_.size(); ++c)
-        appendCell(text, columns_[c].heading, widths[c], columns_[c].align, c + 1 == columns_.size());
-    text += bold ? "\x1b[0m\n" : "\n";
-    for (const auto& row : rows_) {
-        std::string line;
-        for (std::size_t c = 0; c < columns_.size(); ++c)
-            appendCell(line, row[c], widths[c], columns_[c].align, c + 1 == columns_.size());
-        line.resize(line.find_last_not_of(' ') + 1);
-        text += line + "\n";
-    }
+    std::vector<std::string> headings;
+    for (const Column& column : columns_) headings.push_back(column.heading);
+    std::string text = lineText(headings, widths);
+    text = bold ? "\x1b[1m" + text + "\x1b[0m\n" : text + "\n";
+    for (const auto& row : rows_) text += lineText(row, widths) + "\n";
     return text;
+}
+
+std::string Table::lineText(const std::vector<std::string>& cells, const std::vector<int>& widths) const {
+    std::string line;
+    for (std::size_t c = 0; c < columns_.size(); ++c)
+        appendCell(line, cells[c], widths[c], columns_[c].align, c + 1 == columns_.size());
+    line.resize(line.find_last_not_of(' ') + 1);
+    return line;
 }
 
 std::string counted(long long count, std::string_view one, std::string_view many) {

@@ -23,6 +23,8 @@ class Table {
     std::string text(bool bold) const;
 
   private:
+    std::string lineText(const std::vector<std::string>& cells, const std::vector<int>& widths) const;
+
     std::vector<Column> columns_;
     std::vector<std::vector<std::string>> rows_;
 };

@@ -40,6 +40,7 @@ int main(int argc, char** argv) {
     context.errIsTerminal = errIsTerminal;
     context.mayColour = context.outIsTerminal && !coloursAreOff();
     context.errWidth = terminal::width(standardError);
+    if (argc > 0) context.programName = argv[0];
     context.settings = openStandardSettings();
     const std::vector<std::string> words(argv + 1, argv + argc);
     return withOutputWritten(cli::run(words, context));

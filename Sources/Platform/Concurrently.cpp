@@ -7,6 +7,7 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <system_error>
 #include <thread>
 
 namespace orvane::platform {
@@ -27,14 +28,22 @@ class Pool {
     void post(std::function<void()> work) {
         const std::lock_guard lock(mutex_);
         waiting_.push_back(std::move(work));
-        if (waiting_.size() > idle_ && threads_ < limit_) {
-            std::thread([this] { serve(); }).detach();
-            ++threads_;
-        }
+        if (waiting_.size() > idle_ && threads_ < limit_) startThread();
         changed_.notify_one();
     }
 
   private:
+    /// Without a thread the work waits for those there are; the caller of `concurrently` does it all if need
+    /// be.
+    void startThread() {
+        try {
+            std::thread([this] { serve(); }).detach();
+            ++threads_;
+        } catch (const std::system_error&) {
+            return;
+        }
+    }
+
     [[noreturn]] void serve() {
         for (;;) {
             std::unique_lock lock(mutex_);
@@ -57,9 +66,9 @@ class Pool {
 };
 
 /// One call of `concurrently`: the caller and its helpers take indices from it until none is left.
-class Task {
+class Share {
   public:
-    Task(std::size_t count, const std::function<void(std::size_t)>& work) : count_(count), work_(&work) {}
+    Share(std::size_t count, const std::function<void(std::size_t)>& work) : count_(count), work_(&work) {}
 
     /// A helper that comes after the caller has closed the task does nothing.
     void help() {
@@ -109,7 +118,7 @@ class Task {
 void concurrently(std::size_t count, std::size_t concurrency, const std::function<void(std::size_t)>& work) {
     // The caller works too, so that a call from within a call gets on even when no thread of the pool is
     // free.
-    const auto task = std::make_shared<Task>(count, work);
+    const auto task = std::make_shared<Share>(count, work);
     const std::size_t hands = std::min({count, concurrency, Pool::shared().limit()});
     for (std::size_t i = 1; i < hands; ++i) Pool::shared().post([task] { task->help(); });
     task->takeIndices();

@@ -14,7 +14,6 @@ namespace orvane::platform {
 namespace {
 
 constexpr std::uint64_t largestSettingsFile = std::uint64_t{64} << 20U; // bytes
-constexpr int mostKeptFiles = 100;
 
 std::string folderOf(const std::string& path) {
     const std::size_t slash = path.rfind('/');
@@ -48,7 +47,7 @@ class FileLock {
 std::string nameToKeep(const std::string& path) {
     const std::string first = path + ".unreadable";
     std::string name = first;
-    for (int i = 2; i <= mostKeptFiles && files::exists(name); ++i) name = first + "-" + std::to_string(i);
+    for (int i = 2; files::exists(name); ++i) name = first + "-" + std::to_string(i);
     return name;
 }
 
@@ -73,7 +72,9 @@ SettingsFile parseSettings(std::string_view contents) {
 FileSettingsStore::FileSettingsStore(std::string path) : path_(std::move(path)) {
     try {
         SettingsFile file = load();
-        if (file.problem) problem_ = "the settings file " + path_ + " can't be understood: " + *file.problem;
+        if (file.problem)
+            problem_ = "the settings file " + path_ +
+                       " can't be understood; the defaults are used: " + *file.problem;
         adopt(std::move(file.values));
     } catch (const FileError& error) {
         problem_ = error.what();
@@ -86,7 +87,8 @@ std::optional<std::string> FileSettingsStore::problem() const {
 }
 
 SettingsFile FileSettingsStore::load() const {
-    if (!files::exists(path_)) return {};
+    // Only a file that is not there counts as one: what cannot be looked at is a problem to be told.
+    if (!files::attributes(path_) && errno == ENOENT) return {};
     return parseSettings(files::readText(path_, largestSettingsFile));
 }
 
@@ -103,7 +105,7 @@ SettingsStore::Values FileSettingsStore::persist(const Changes& changes) {
     const std::string contents = JSON(std::move(members)).dump(JSON::Layout::pretty) + "\n";
     if (file.problem) {
         const std::string kept = nameToKeep(path_);
-        files::rename(path_, kept);
+        files::writeAtomically(kept, files::readText(path_, largestSettingsFile));
         const std::lock_guard guard(problemMutex_);
         problem_ =
             "the settings file could not be understood (" + *file.problem + ") and was kept as " + kept;

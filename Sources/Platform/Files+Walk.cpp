@@ -45,7 +45,8 @@ std::string below(const std::string& folder, const char* name) {
 } // namespace
 
 bool walk(const std::string& folder, const std::function<void(const std::string&, WalkEntry)>& visit,
-          const std::function<bool(const std::string&)>& descend, Hidden hidden) {
+          const std::function<bool(const std::string&)>& descend, Hidden hidden,
+          const std::function<void(const std::string&)>& unreadable) {
     std::set<std::pair<dev_t, ino_t>> entered;
     std::vector<std::string> pending{folder};
     bool isTop = true;
@@ -55,6 +56,7 @@ bool walk(const std::string& folder, const std::function<void(const std::string&
         const Directory directory(::opendir(path.c_str()));
         if (!directory) {
             if (isTop) return false;
+            if (unreadable) unreadable(path);
             continue;
         }
         isTop = false;

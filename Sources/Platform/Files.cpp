@@ -1,4 +1,5 @@
 #include "Platform/Files.h"
+#include "Platform/Random.h"
 #include "Platform/Text.h"
 
 #include <fcntl.h>
@@ -7,9 +8,9 @@
 #include <unistd.h>
 
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <climits>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -80,11 +81,18 @@ std::string behindLinks(std::string path) {
     return path;
 }
 
-/// A name in the same folder that no other process or thread uses.
+/// A name in the same folder that nobody else uses: a process number comes again, in every container and on
+/// every machine that shares the folder.
 std::string temporaryName(const std::string& path) {
-    static std::atomic<unsigned> counter = 0;
-    return folderOf(path) + "/.orvane-" + std::to_string(::getpid()) + "-" + std::to_string(counter++) +
-           ".tmp";
+    std::array<std::byte, 8> random;
+    secureRandom(random);
+    std::string name = folderOf(path) + "/.orvane-";
+    constexpr std::string_view digits = "0123456789abcdef";
+    for (const std::byte byte : random) {
+        name += digits[std::to_integer<std::size_t>(byte >> 4)];
+        name += digits[std::to_integer<std::size_t>(byte & std::byte{15})];
+    }
+    return name + ".tmp";
 }
 
 /// The temporary files of writes under way. Never destroyed: a thread may write until the very end.
@@ -118,6 +126,11 @@ class Discard {
     const std::string path_;
     bool armed_ = true;
 };
+
+/// False with errno for an error of the disk; a file system that knows no fsync has no such error.
+bool reachedTheDisk(const Descriptor& file) {
+    return ::fsync(file.get()) == 0 || errno == EINVAL || errno == ENOTSUP;
+}
 
 void syncFolder(const std::string& folder) {
     // The file is in its place already; a file system that can't sync a folder is no reason to say otherwise.
@@ -171,6 +184,7 @@ std::optional<FileAttributes> attributes(const std::string& path) {
                                         static_cast<double>(status.st_mtim.tv_nsec) * 1e-9;
     result.isRegularFile = S_ISREG(status.st_mode);
     result.isDirectory = S_ISDIR(status.st_mode);
+    result.identity = {status.st_dev, status.st_ino};
     return result;
 }
 
@@ -220,10 +234,10 @@ void writeAtomically(const std::string& path, std::string_view contents) {
     }
     if (replaces) {
         if (old.st_uid != ::geteuid() || old.st_gid != ::getegid()) copyOwnership(file, old);
-        if (::fchmod(file.get(), old.st_mode & 07777U) != 0) fail("can't write", path, errno);
+        // A share that keeps no permissions is no reason not to write.
+        if (::fchmod(file.get(), old.st_mode & 07777U) != 0) errno = 0;
     }
-    if (!writeAll(file, contents) || ::fsync(file.get()) != 0 || !file.close())
-        fail("can't write", path, errno);
+    if (!writeAll(file, contents) || !reachedTheDisk(file) || !file.close()) fail("can't write", path, errno);
     if (::rename(temporary.c_str(), target.c_str()) != 0) fail("can't write", path, errno);
     discard.disarm();
     syncFolder(folderOf(target));

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace orvane::platform {
@@ -22,6 +23,8 @@ struct FileAttributes {
     double modificationSinceReference = 0; ///< seconds since 1 January 2001 00:00 UTC
     bool isRegularFile = false;
     bool isDirectory = false;
+    /// The same for two paths that lead to one file.
+    std::pair<std::uint64_t, std::uint64_t> identity;
 };
 
 namespace files {
@@ -58,11 +61,12 @@ enum class Hidden { skip, include };
 /// file system. Hidden entries (names that begin with a dot) are passed over with everything below them. A
 /// link to a file is a file; a link to a folder is visited as a folder but not entered, so that a loop of
 /// links ends; links that lead nowhere, devices, pipes and sockets are passed over. `descend` is asked about
-/// each folder that can be entered. A folder below that cannot be read is passed over. Returns false when the
-/// top folder itself cannot be opened.
+/// each folder that can be entered. A folder below that cannot be read is passed over, and `unreadable` told
+/// of it. Returns false when the top folder itself cannot be opened.
 bool walk(const std::string& folder,
           const std::function<void(const std::string& path, WalkEntry kind)>& visit,
-          const std::function<bool(const std::string& path)>& descend, Hidden hidden = Hidden::skip);
+          const std::function<bool(const std::string& path)>& descend, Hidden hidden = Hidden::skip,
+          const std::function<void(const std::string& path)>& unreadable = {});
 
 /// The names of all entries of one folder, hidden ones too, in no order. Nothing when it cannot be opened.
 std::optional<std::vector<std::string>> childNames(const std::string& folder);

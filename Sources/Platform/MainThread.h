@@ -59,7 +59,7 @@ class SerialQueue {
     /// Runs the work and waits for it; its exception passes through. Never from the queue itself.
     virtual void sync(const std::function<void()>& work) = 0;
     /// Runs the work on the queue once the delay has passed; at destruction it runs at once instead, so that
-    /// nothing that was promised is lost.
+    /// nothing that was promised is lost. Work that always asks for more would never let the queue end.
     virtual void after(std::chrono::nanoseconds delay, std::function<void()> work) = 0;
     static std::unique_ptr<SerialQueue> create(const char* label);
 };

@@ -50,6 +50,8 @@ std::optional<MediaInspection> inspectMediaHeaders(RandomAccessFile& file);
 /// The media libraries at hand, for people; nothing when their module is missing, and then only QuickTime,
 /// MP4 and WAVE files can be read.
 std::optional<std::string> mediaLibraryVersions();
+/// Whether a file has asked for the media libraries while their module is missing. Any thread.
+bool mediaLibraryWasMissed();
 /// Those of the codecs, by the names that libavcodec gives them, that can be decoded.
 std::vector<std::string> decodableCodecs(const std::vector<std::string>& codecs);
 

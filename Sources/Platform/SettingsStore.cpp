@@ -44,6 +44,13 @@ std::optional<double> asNumber(const JSON& value) {
     return number && std::isfinite(*number) ? number : std::nullopt;
 }
 
+/// A number stands for its digits: an event may be called 2024.
+std::optional<std::string> asText(const JSON& value) {
+    if (const std::string* text = value.string()) return *text;
+    if (const auto whole = value.integer()) return std::to_string(*whole);
+    return value.number() ? std::optional(value.dump()) : std::nullopt;
+}
+
 } // namespace
 
 std::optional<JSON> SettingsStore::value(std::string_view key) const {
@@ -80,8 +87,7 @@ std::string SettingsStore::text(std::string_view key, std::string_view defaultVa
 
 std::optional<std::string> SettingsStore::textIfPresent(std::string_view key) const {
     const auto held = value(key);
-    const std::string* written = held ? held->string() : nullptr;
-    return written ? std::optional(*written) : std::nullopt;
+    return held ? asText(*held) : std::nullopt;
 }
 
 void SettingsStore::set(std::string_view key, JSON value) {
@@ -108,7 +114,9 @@ void SettingsStore::registerDefaults(Values defaults) {
 void SettingsStore::setOverride(std::string_view key, JSON value) {
     {
         const std::lock_guard lock(mutex_);
-        overrides_.insert_or_assign(std::string(key), std::move(value));
+        const auto [held, isNew] = overrides_.try_emplace(std::string(key), value);
+        if (!isNew && held->second == value) return;
+        held->second = std::move(value);
     }
     notify({std::string(key)});
 }

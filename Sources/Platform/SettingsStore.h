@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/JSON.h"
+#include "Platform/Subscription.h"
 
 #include <cstdint>
 #include <functional>
@@ -13,9 +14,6 @@
 #include <vector>
 
 namespace orvane::platform {
-
-/// Holds a subscription; the callback is gone when this is.
-using Subscription = std::shared_ptr<void>;
 
 /// A flat map from dotted keys to booleans, numbers, texts, lists and maps. Reading and writing from any
 /// thread. A value comes from the first of these that has the key: the overrides of this run, the stored
@@ -32,7 +30,7 @@ class SettingsStore {
 
     /// Each gives the default when the key is absent or holds another kind. A boolean also reads from the
     /// numbers 0 and 1 and the texts "true"/"yes"/"1" and "false"/"no"/"0"; a number also from a text that is
-    /// one.
+    /// one, and a text also from a number.
     bool boolean(std::string_view key, bool defaultValue = false) const;
     std::int64_t integer(std::string_view key, std::int64_t defaultValue = 0) const;
     double number(std::string_view key, double defaultValue = 0) const;
@@ -52,7 +50,7 @@ class SettingsStore {
 
     /// Calls back after every change, on the thread that made it, outside the store's lock. Also for keys
     /// that another process changed, once a write here has seen them. Setting the value that a key has is no
-    /// change.
+    /// change. A call that has begun on another thread may end after the subscription has gone.
     Subscription onChange(std::function<void(const std::string& key)> callback);
 
   protected:

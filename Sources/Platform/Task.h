@@ -13,6 +13,22 @@
 
 namespace orvane::platform {
 
+/// A waiting coroutine on its way through queues. It is ended, not lost, when the queue that should have
+/// resumed it goes away first.
+class Resumption {
+  public:
+    explicit Resumption(std::coroutine_handle<> waiting) : waiting_(waiting) {}
+    ~Resumption() {
+        if (waiting_) waiting_.destroy();
+    }
+    Resumption(const Resumption&) = delete;
+    Resumption& operator=(const Resumption&) = delete;
+    void resume() { std::exchange(waiting_, nullptr).resume(); }
+
+  private:
+    std::coroutine_handle<> waiting_;
+};
+
 /// An asynchronous operation of the interface thread, written as a coroutine that reads from top to bottom.
 /// It starts at once, runs on the interface thread only, and gives the thread up where it waits. Throwing the
 /// Task away does not end the operation. An operation that belongs to an object holds it weakly and looks for
@@ -37,7 +53,9 @@ class Task {
             std::shared_ptr<State> state;
             bool await_ready() const { return state->done; }
             void await_suspend(std::coroutine_handle<> waiting) const {
-                state->callbacks.emplace_back([waiting](const std::exception_ptr&) { waiting.resume(); });
+                auto resumption = std::make_shared<Resumption>(waiting);
+                state->callbacks.emplace_back(
+                    [resumption](const std::exception_ptr&) { resumption->resume(); });
             }
             void await_resume() const {
                 if (state->raised) std::rethrow_exception(state->raised);
@@ -73,22 +91,6 @@ struct Task::promise_type {
         // A callback may begin another operation that waits for this one.
         for (auto& callback : std::exchange(state->callbacks, {})) callback(state->raised);
     }
-};
-
-/// A waiting coroutine on its way through queues. It is ended, not lost, when the queue that should have
-/// resumed it goes away first.
-class Resumption {
-  public:
-    explicit Resumption(std::coroutine_handle<> waiting) : waiting_(waiting) {}
-    ~Resumption() {
-        if (waiting_) waiting_.destroy();
-    }
-    Resumption(const Resumption&) = delete;
-    Resumption& operator=(const Resumption&) = delete;
-    void resume() { std::exchange(waiting_, nullptr).resume(); }
-
-  private:
-    std::coroutine_handle<> waiting_;
 };
 
 /// `co_await onQueue(queue, mainThread, work)`: runs the work on the queue and comes back to the interface

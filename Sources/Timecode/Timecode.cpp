@@ -13,10 +13,6 @@ namespace {
 // Keeps a value that should land exactly on a frame from truncating to the frame before it.
 constexpr double elapsedNudge = 0.00001;
 
-// Frame counts of this size and beyond are not carried: with the dropped numbers added they would leave 64
-// bits.
-constexpr double frameCountLimit = 4.0e18;
-
 /// Exact: the product is checked against its own rounding error.
 std::int64_t truncatedProduct(double fraction, int factor) {
     const double product = std::trunc(fraction * factor);
@@ -119,14 +115,14 @@ bool readGroups(std::string_view text, Groups& groups) {
 Timecode Timecode::fromRealTime(double seconds, TimecodeFrameRate rate) {
     double elapsed = seconds / (1.0 / timecodeRate::frameRateForRealTimeCalculation(rate));
     elapsed += std::copysign(elapsedNudge, elapsed);
-    if (!(std::abs(elapsed) < frameCountLimit)) return {Components{}, rate};
+    if (!(std::abs(elapsed) < Timecode::frameCountLimit)) return {Components{}, rate};
     double whole = 0;
     const double fraction = std::modf(std::abs(elapsed), &whole);
     return {componentsFrom(static_cast<std::int64_t>(whole), fraction, elapsed < 0, rate), rate};
 }
 
 Timecode Timecode::fromFrameCount(std::int64_t frames, TimecodeFrameRate rate) {
-    if (!(std::abs(static_cast<double>(frames)) < frameCountLimit)) return {Components{}, rate};
+    if (!(std::abs(static_cast<double>(frames)) < Timecode::frameCountLimit)) return {Components{}, rate};
     return {componentsFrom(std::abs(frames), 0, frames < 0, rate), rate};
 }
 

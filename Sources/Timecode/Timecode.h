@@ -19,6 +19,9 @@ class Timecode {
         bool operator==(const Components&) const = default;
     };
     static constexpr int subFramesPerFrame = 100;
+    /// Frame counts of this size and beyond give zero: with the dropped numbers added they would leave 64
+    /// bits.
+    static constexpr double frameCountLimit = 4.0e18;
 
     Timecode(Components components, TimecodeFrameRate frameRate)
         : components_(components), frameRate_(frameRate) {}

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -118,6 +119,21 @@ TEST_F(ImportControllerTest, takesWhateverFolderThereIs) {
     EXPECT_EQ(controller_->discoveryResult()->totalCount(), 6U);
     EXPECT_EQ(controller_->syncGroups().size(), 4U);
     EXPECT_EQ(controller_->syncClipCount(), 2);
+    // Neither does a link to the folder bring its files a second time.
+    const test::TemporaryDirectory elsewhere;
+    std::filesystem::create_directory_symlink(folder_.path(), elsewhere.path("link"));
+    scan(FileURL{elsewhere.path("link")}, folder(""));
+    EXPECT_EQ(controller_->discoveryResult()->totalCount(), 6U);
+}
+
+TEST_F(ImportControllerTest, aSecondScanWaitsForTheOneThatRuns) {
+    test::makeSmallShoot(folder_.path());
+    controller_->setVideoFolderURL(folder("camera"));
+    controller_->startScan();
+    const auto second = controller_->startScan();
+    EXPECT_FALSE(second.isDone());
+    finish(second);
+    EXPECT_EQ(controller_->syncGroups().size(), 4U);
 }
 
 TEST_F(ImportControllerTest, keepsTheClipsWhenAFolderHoldsNothing) {

@@ -48,6 +48,7 @@ Outcome runWith(std::vector<std::string> words, bool onTerminal = false, const s
 TEST(CommandLine, tellsWrongUsageFromFailure) {
     const test::TemporaryDirectory folder;
     folder.write("take.wav", "");
+    folder.write("empty/notes.txt", "");
     struct Case {
         std::vector<std::string> words;
         int status;
@@ -62,7 +63,10 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
         {{"scan", "--json=1", "x"}, 2, "takes no value"},
         {{"scan", "x", "--audio", "y"}, 2, "not both"},
         {{"scan", "--set", "novalue", "x"}, 2, "KEY=VALUE"},
-        {{"scan", folder.path("nowhere")}, 1, "nowhere: No such file or directory"},
+        {{"scan", ""}, 2, "name is empty"},
+        {{"sync", "x", "-o", "y", "--event", ""}, 2, "--event needs a name"},
+        {{"sync", "--audio", folder.path("empty"), "-o", "x"}, 1, "no video or audio files in '"},
+        {{"scan", folder.path("nowhere")}, 1, "nowhere': No such file or directory"},
         {{"scan", folder.path("take.wav")}, 1, "it is not a folder"},
         {{"sync", folder.path()}, 2, "-o OUT.fcpxml is missing"},
         {{"sync", folder.path(), "-o", "-", "--json"}, 2, "both want standard output"},
@@ -72,13 +76,13 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
         {{"sync", folder.path(), "-o", "x", "--fcpxml-version", "2.0"}, 2, "1.6 to 1.14"},
         {{"sync", folder.path(), "-o", "x", "--smart-audio", "loud"}, 2, "standard, studio"},
         {{"probe"}, 2, "which file?"},
-        {{"probe", folder.path("gone.wav")}, 1, "gone.wav: No such file or directory"},
+        {{"probe", folder.path("gone.wav")}, 1, "gone.wav': No such file or directory"},
         {{"ltc", folder.path("gone.wav")}, 1, "No such file or directory"},
         {{"ltc", folder.path("take.wav")}, 1, "holds no sound"},
         {{"ltc", folder.path("take.wav"), "--channel", "two"}, 2, "takes a whole number"},
         {{"timecode"}, 2, "which conversion?"},
         {{"timecode", "from-frames", "1.5", "--fps", "25"}, 2, "no whole number"},
-        {{"timecode", "from-seconds", "1"}, 2, "--fps is missing"},
+        {{"timecode", "from-seconds", "1"}, 2, "--fps or --rate is missing"},
         {{"timecode", "from-seconds", "1", "--rate", "fps29"}, 2, "did you mean 'fps2"},
         {{"timecode", "to-seconds", "01:00:00:00", "--fps", "0"}, 2, "above 0"},
     };
@@ -179,7 +183,7 @@ TEST_F(ShootTest, scanShowsATableToPeople) {
     ASSERT_EQ(outcome.status, done) << outcome.err;
     for (const char* piece :
          {"12A-3 Cam B", "10:00:02:12", "DAY1_T01.WAV (6 ch)", "2.480 s before", "MOS (no audio)",
-          "No Match: no sound at that time", "DAY1_ROOMTONE.WAV", "room tone or wild track",
+          "NOT MATCHED", "no sound at that time", "DAY1_ROOMTONE.WAV", "room tone or wild track",
           "4 clips: 2 with sound, 1 MOS, 1 not matched; 1 recording without picture."})
         EXPECT_NE(outcome.out.find(piece), std::string::npos) << piece << " in\n" << outcome.out;
     EXPECT_EQ(outcome.err, "");
@@ -198,6 +202,7 @@ TEST_F(ShootTest, syncWritesTheDocument) {
     EXPECT_EQ(*result.find("output")->string(), output);
     EXPECT_EQ(result.find("syncClipCount")->integer(), 3);
     EXPECT_EQ(result.find("counts")->find("unmatched")->integer(), 1);
+    EXPECT_NE(result.find("warnings")->elements()->back().string()->find("A001C003"), std::string::npos);
     const std::string document = folder_.read("out.fcpxml");
     EXPECT_NE(document.find("<fcpxml version=\"1.14\">"), std::string::npos);
     EXPECT_NE(document.find("event name=\"Day &amp; Night\""), std::string::npos);
@@ -209,7 +214,9 @@ TEST_F(ShootTest, syncWritesTheDocument) {
     EXPECT_NE(toOutput.out.find("role=\"fx.Lav Anna\""), std::string::npos);
 
     const Outcome forPeople = runWith({"sync", folder_.path(), "-o", output});
-    EXPECT_NE(forPeople.out.find("Wrote " + output + ": 3 synchronized clips."), std::string::npos)
+    EXPECT_NE(forPeople.out.find("Wrote " + output +
+                                 ": 3 synchronized clips (2 with sound, 1 MOS). Not in it: 1 clip"),
+              std::string::npos)
         << forPeople.out;
 
     folder_.write("empty/x.txt", "");
@@ -250,10 +257,44 @@ TEST_F(ShootTest, ltcReadsAChannelOrSaysThatThereIsNone) {
     EXPECT_TRUE(runWith({"ltc", folder_.path("ltc.wav"), "--json"}).json().isNull());
 }
 
-TEST(Settings, anUnknownKeyIsSaidButNoError) {
-    const Outcome outcome = runWith({"timecode", "rate-of", "25", "--set", "trimmode=video"});
-    EXPECT_EQ(outcome.status, done);
-    EXPECT_NE(outcome.err.find("did you mean 'trimMode'?"), std::string::npos);
+TEST_F(ShootTest, aMediaFileIsNeverOverwritten) {
+    const std::string clip = folder_.path("camera/A001C001_261120_R1AB.mov"),
+                      link = folder_.path("out.fcpxml");
+    const std::string before = folder_.read("camera/A001C001_261120_R1AB.mov");
+    for (const bool isHardLink : {false, true}) {
+        isHardLink ? std::filesystem::create_hard_link(clip, link)
+                   : std::filesystem::create_symlink(clip, link);
+        const Outcome outcome = runWith({"sync", folder_.path(), "-o", link});
+        EXPECT_EQ(outcome.status, failed);
+        EXPECT_NE(outcome.err.find("it leads to the media file"), std::string::npos) << outcome.err;
+        EXPECT_EQ(folder_.read("camera/A001C001_261120_R1AB.mov"), before);
+        std::filesystem::remove(link);
+    }
+}
+
+TEST_F(ShootTest, aSettingOfThisRunReachesTheDocument) {
+    const Outcome number = runWith({"sync", folder_.path(), "-o", "-", "--set", "eventName=2024.10"});
+    EXPECT_NE(number.out.find("<event name=\"2024.10\">"),
+              std::string::npos); // a text, though it looks like a number
+    EXPECT_EQ(number.err.find("setting"), std::string::npos);
+}
+
+TEST(Settings, whatDoesNothingIsSaidButNoError) {
+    struct Case {
+        const char* assignment;
+        const char* says;
+    };
+    const std::vector<Case> cases{{"trimmode=video", "did you mean 'trimMode'?"},
+                                  {"trimMode=vidoe", "takes one of common, video, none; not 'vidoe'"},
+                                  {"alternateWidth=wide", "takes an integer, not 'wide'"},
+                                  {"ltc.enabled=maybe", "takes a boolean, not 'maybe'"}};
+    for (const Case& c : cases) {
+        const Outcome outcome = runWith({"timecode", "rate-of", "25", "--set", c.assignment});
+        EXPECT_EQ(outcome.status, done);
+        EXPECT_NE(outcome.err.find(c.says), std::string::npos) << outcome.err;
+    }
+    for (const char* good : {"trimMode=none", "alternateWidth=1998", "ltc.enabled=true", "eventName=7"})
+        EXPECT_EQ(runWith({"timecode", "rate-of", "25", "--set", good}).err, "") << good;
 }
 
 TEST(Table, alignsWhatATerminalShows) {
@@ -268,7 +309,7 @@ TEST(ProgressLine, tellsPhaseCountBarAndTimeLeft) {
     EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 0.5, 40), "Probing 1/4 [######...................]");
     EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 20, 40), "Probing 1/4 [####...........] 1:00 left");
     EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 20, 20), "Probing 1/4 1:00 left");
-    EXPECT_EQ(ProgressLine::text({"Matching", 0, 0}, 20, 40), "Matching ...");
+    EXPECT_EQ(ProgressLine::text({"Matching timecodes...", 0, 0}, 20, 40), "Matching timecodes...");
 }
 
 } // namespace

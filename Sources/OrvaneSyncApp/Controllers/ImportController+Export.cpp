@@ -1,5 +1,7 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
+#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
+
 #include <algorithm>
 
 namespace orvane {
@@ -21,9 +23,9 @@ int ImportController::projectedMulticamCount() const {
 ExportSettings ImportController::exportSettings(const ExportOptions& options) const {
     assertOnMainThread();
     ExportSettings::Request request;
-    request.eventName = options.eventName.value_or(settings_->text("eventName", "Synced"));
-    request.generateMulticam =
-        options.generateMulticam.value_or(settings_->boolean("generateMulticam", true));
+    const SettingsReader settings(*settings_);
+    request.eventName = options.eventName.value_or(settings.text("eventName"));
+    request.generateMulticam = options.generateMulticam.value_or(settings.boolean("generateMulticam"));
     request.groups = syncGroups_;
     request.smartAudioResults = smartAudioResults_;
     request.metadataPrefix = options.metadataPrefix;

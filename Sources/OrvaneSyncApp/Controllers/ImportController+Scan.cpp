@@ -2,9 +2,7 @@
 
 #include "Platform/Files.h"
 
-#include <algorithm>
 #include <chrono>
-#include <set>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -34,8 +32,10 @@ class Standardization {
         if (slash == std::string::npos) return {platform::files::standardized(url.path)};
         const auto [folder, isNew] = folders_.try_emplace(url.path.substr(0, slash));
         if (isNew) {
-            folder->second = platform::files::standardized(folder->first + "/");
-            if (!folder->second.ends_with('/')) folder->second += '/';
+            // A link that is the last component stays, so the folder is asked for as the way to something in
+            // it.
+            const std::string inside = platform::files::standardized(folder->first + "/x");
+            folder->second = inside.substr(0, inside.size() - 1);
         }
         return {folder->second + url.path.substr(slash + 1)};
     }
@@ -47,7 +47,8 @@ class Standardization {
 DiscoveryResult discover(const FileDiscoveryService& service, const std::vector<std::string>& folders) {
     const DiscoveryResult found = service.discover(folders);
     Standardization standard;
-    return {standard.withoutDuplicates(found.videoURLs), standard.withoutDuplicates(found.audioURLs)};
+    return {standard.withoutDuplicates(found.videoURLs), standard.withoutDuplicates(found.audioURLs),
+            standard.withoutDuplicates(found.unreadableFolders)};
 }
 
 double secondsBetween(std::chrono::nanoseconds start, std::chrono::nanoseconds end) {
@@ -58,7 +59,9 @@ double secondsBetween(std::chrono::nanoseconds start, std::chrono::nanoseconds e
 
 platform::Task ImportController::startScan() {
     assertOnMainThread();
-    return scan(weak_from_this(), ++scanNumber_);
+    if (runningScan_ && !runningScan_->isDone()) return *runningScan_;
+    runningScan_ = scan(weak_from_this(), ++scanNumber_);
+    return *runningScan_;
 }
 
 /// Null when the controller is gone, or a reset or another scan has taken this scan's place.
@@ -77,7 +80,7 @@ platform::Task ImportController::scan(std::weak_ptr<ImportController> weak, std:
 
     std::vector<std::string> folders;
     for (const auto& folder : {self->videoFolderURL_, self->audioFolderURL_})
-        if (folder) folders.push_back(folder->path);
+        if (folder && (folders.empty() || folders.front() != folder->path)) folders.push_back(folder->path);
     // Every wait lets go of the controller, so that an abandoned one is not kept alive by its scan.
     auto discovery = platform::onQueue(
         *self->serviceQueue_, *self->mainThread_,
@@ -88,8 +91,8 @@ platform::Task ImportController::scan(std::weak_ptr<ImportController> weak, std:
     if (!self) co_return;
     self->set(self->discoveryResult_, std::optional(found), ImportField::discoveryResult);
     if (found.isEmpty()) {
-        self->set(self->scanResult_, std::optional(ScanResult{}), ImportField::scanResult);
         self->set(self->scanState_, ScanState::done, ImportField::scanState);
+        self->set(self->scanResult_, ScanResult{}, ImportField::scanResult);
         co_return;
     }
 
@@ -111,12 +114,15 @@ platform::Task ImportController::scan(std::weak_ptr<ImportController> weak, std:
         if (!self) co_return;
     }
     result.scanDuration = secondsBetween(start, self->clock_->now());
-    self->set(self->scanResult_, std::optional(result), ImportField::scanResult);
+    self->set(self->scanResult_, std::move(result), ImportField::scanResult);
 
     self->set(self->scanState_, ScanState::matching, ImportField::scanState);
     self->set(self->progress_, ScanProgress{"Matching by timecode", 0, 0}, ImportField::progress);
-    self->adoptMatches(self->syncEngine_.match(result.videoAssets, result.audioAssets), result.audioAssets);
+    if (self->scanNumber_ != scanNumber) co_return; // somebody who was told has reset the work
+    const auto& assets = *self->scanResult_;
+    self->adoptMatches(self->syncEngine_.match(assets.videoAssets, assets.audioAssets), assets.audioAssets);
     self->mergeLoadedReport();
+    if (self->scanNumber_ != scanNumber) co_return;
     self->set(self->scanState_, ScanState::done, ImportField::scanState);
     self->set(self->progress_, ScanProgress::idle(), ImportField::progress);
     startSmartAudioAfterScan(weak);
@@ -150,22 +156,30 @@ void ImportController::adoptMatches(SyncGroupList groups, const std::vector<Medi
         track.customName = old->second->customName;
         track.isApproved = old->second->isApproved;
     }
-    set(syncGroups_, std::move(groups), ImportField::syncGroups);
-    set(wildTracks_, std::move(wild), ImportField::wildTracks);
+    // Both first: clips and wild tracks are two halves of one state.
+    syncGroups_ = std::move(groups);
+    wildTracks_ = std::move(wild);
+    notify(ImportField::syncGroups);
+    notify(ImportField::wildTracks);
 }
 
 void ImportController::reset() {
     assertOnMainThread();
     ++scanNumber_;
-    set(videoFolderURL_, {}, ImportField::videoFolderURL);
-    set(audioFolderURL_, {}, ImportField::audioFolderURL);
-    set(discoveryResult_, {}, ImportField::discoveryResult);
-    set(scanResult_, {}, ImportField::scanResult);
-    set(aleMatchStatus_, {}, ImportField::report);
-    set(syncGroups_, {}, ImportField::syncGroups);
-    set(wildTracks_, {}, ImportField::wildTracks);
-    set(scanState_, ScanState::idle, ImportField::scanState);
-    set(progress_, ScanProgress::idle(), ImportField::progress);
+    runningScan_.reset();
+    videoFolderURL_.reset();
+    audioFolderURL_.reset();
+    discoveryResult_.reset();
+    scanResult_.reset();
+    aleMatchStatus_.reset();
+    syncGroups_ = {};
+    wildTracks_.clear();
+    scanState_ = ScanState::idle;
+    progress_ = ScanProgress::idle();
+    using enum ImportField;
+    for (const ImportField field : {videoFolderURL, audioFolderURL, discoveryResult, scanResult, report,
+                                    syncGroups, wildTracks, scanState, progress})
+        notify(field);
 }
 
 } // namespace orvane

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 #include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
 
 #include <algorithm>
 #include <cassert>
@@ -71,9 +72,11 @@ int ImportController::mosCount() const {
 }
 
 std::map<UUID, std::string> ImportController::displayNames() const {
-    const auto source = GroupNaming::sourceFrom(settings_->text("clipNamingSource", "sceneTake"));
-    const std::optional<std::string> pattern = settings_->text("customNamingPattern", "{scene}-{take}");
-    const std::string separator = settings_->text("namingSeparator", "-");
+    assertOnMainThread();
+    const SettingsReader settings(*settings_);
+    const auto source = GroupNaming::sourceFrom(settings.text("clipNamingSource"));
+    const std::optional<std::string> pattern = settings.text("customNamingPattern");
+    const std::string separator = settings.text("namingSeparator");
     const SyncClustering::Index clusters(syncGroups_, source, pattern);
     std::map<UUID, std::string> names;
     for (std::size_t i = 0; i < syncGroups_.size(); ++i)

@@ -92,6 +92,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// From the folders to clips and wild tracks; replaces all clips. Files that cannot be read stay in the
     /// work with what is known of them. Never fails. Done when the clips stand; Smart Audio starts after that
     /// by itself.
+    /// A second call while a scan runs waits for that scan.
     platform::Task startScan();
     /// Back to the empty state. A scan that runs ends without a trace.
     void reset();
@@ -150,6 +151,8 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     // ImportController+Reports.cpp
     void mergeLoadedReport();
     // ImportController+SmartAudio.cpp
+    static platform::Task analyse(std::weak_ptr<ImportController> weak, SmartAudioMode mode,
+                                  bool forceOverwriteManualTracks);
     static platform::Task startSmartAudioAfterScan(std::weak_ptr<ImportController> weak);
 
     const std::shared_ptr<platform::MainThread> mainThread_;
@@ -169,6 +172,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     ExportSettings::SmartAudioResults smartAudioResults_;
     /// Tells a scan that another scan or a reset has taken its place.
     std::uint64_t scanNumber_ = 0;
+    std::optional<platform::Task> runningScan_;
 
     const FileDiscoveryService discoveryService_{};
     const std::shared_ptr<MediaProbeService> probeService_;

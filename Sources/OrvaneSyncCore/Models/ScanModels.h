@@ -11,6 +11,7 @@ namespace orvane {
 struct DiscoveryResult {
     std::vector<FileURL> videoURLs;
     std::vector<FileURL> audioURLs;
+    std::vector<FileURL> unreadableFolders; ///< whose files are missing here; not part of the JSON form
 
     std::size_t videoCount() const { return videoURLs.size(); }
     std::size_t audioCount() const { return audioURLs.size(); }

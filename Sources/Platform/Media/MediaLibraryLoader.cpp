@@ -1,8 +1,11 @@
 #include "Platform/Media/MediaLibraryLoader.h"
 
+#include "Platform/MediaInspector.h"
+
 #include <dlfcn.h>
 
 #include <array>
+#include <atomic>
 #include <filesystem>
 #include <system_error>
 
@@ -21,6 +24,12 @@ const MediaLibrary* loadMediaLibrary(std::span<const std::string> paths) {
     return nullptr;
 }
 
+namespace {
+std::atomic<bool> wasMissed = false;
+}
+
+bool mediaLibraryWasMissed() { return wasMissed; }
+
 const MediaLibrary* mediaLibrary() {
     static const MediaLibrary* const library = []() -> const MediaLibrary* {
         std::error_code error;
@@ -31,6 +40,7 @@ const MediaLibrary* mediaLibrary() {
                                   (folder.parent_path() / "lib" / MediaLibrary::fileName).string()};
         return loadMediaLibrary(paths);
     }();
+    if (library == nullptr) wasMissed = true;
     return library;
 }
 

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
 #include "OrvaneSyncCore/Services/Naming/PatternEditor.h"
+#include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "OrvaneSyncCore/Services/Naming/SidebarOutline.h"
 #include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
 #include "Support/Assets.h"
@@ -175,6 +176,28 @@ TEST(BatchRenamer, sparesCameraNames) {
     EXPECT_EQ(names[0], (std::pair{day[1].id, std::string("X Hero")}));
     EXPECT_TRUE(BatchRenamer{}.newNames(groups, settings).empty()) << "nothing to do names nobody";
     EXPECT_EQ(BatchRenamer::manuallyNamed(groups), (std::vector<UUID>{day[0].id, day[1].id}));
+}
+
+TEST(ResultsList, filtersAndBundles) {
+    SyncGroup alone = test::clip(test::video("C.mov"), test::audio("T1.wav"));
+    alone.isExcludedFromMulticamFlag = true;
+    const SyncGroupList groups{test::clip(test::video("A.mov"), test::audio("T1.wav")),
+                               SyncGroup(test::video("X_MOS.mov"), {}, MatchStatus::mos()),
+                               alone,
+                               SyncGroup(test::video("U.mov"), {}, MatchStatus::unmatched()),
+                               test::clip(test::video("B.mov"), test::audio("T1.wav")),
+                               SyncGroup(test::video("Y_MOS.mov"), {}, MatchStatus::mos())};
+    EXPECT_EQ(filtered(groups, FilterMode::all).size(), 6U);
+    EXPECT_EQ(filtered(groups, FilterMode::matched).size(), 5U);
+    EXPECT_EQ(filtered(groups, FilterMode::issues).front().video.filename, "U.mov");
+
+    std::string bundles;
+    for (const SharedAudioBundle& bundle : sharedAudioBundles(filtered(groups, FilterMode::matched))) {
+        for (const SyncGroup& group : bundle.cams) bundles += group.video.filenameStem() + " ";
+        bundles += "| ";
+    }
+    EXPECT_EQ(bundles, "A B | X_MOS | C | Y_MOS | ");
+    EXPECT_EQ(sharedAudioBundles(groups).front().id, "/media/T1.wav");
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Export/AspectRatioHelper.h"
 #include "OrvaneSyncCore/Services/Matching/ProjectFrameRateResolver.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
 
 #include <algorithm>
 #include <cassert>
@@ -18,39 +18,10 @@ constexpr int defaultHeight = 1080;
 constexpr int subroleCount = 8;
 constexpr double defaultAtmoSeconds = 180.0;
 
-/// The store with the defaults of the catalogue: a default is stated in one place only.
-class Reader {
-  public:
-    explicit Reader(const platform::SettingsStore& store) : store_(store) {}
-
-    bool boolean(std::string_view key) const { return store_.boolean(key, *catalogueDefault(key).boolean()); }
-    int integer(std::string_view key) const {
-        const std::int64_t value = store_.integer(key, *catalogueDefault(key).integer());
-        return static_cast<int>(std::clamp<std::int64_t>(value, std::numeric_limits<int>::min(),
-                                                         std::numeric_limits<int>::max()));
-    }
-    double number(std::string_view key) const { return store_.number(key, *catalogueDefault(key).number()); }
-    std::string text(std::string_view key) const { return store_.text(key, *catalogueDefault(key).string()); }
-    std::optional<std::string> textIfPresent(std::string_view key) const { return store_.textIfPresent(key); }
-    /// The case whose stored text the key holds, else that of the default.
-    template <RawValued E>
-    E rawValued(std::string_view key) const {
-        return fromRawValue<E>(text(key)).value_or(*fromRawValue<E>(*catalogueDefault(key).string()));
-    }
-
-  private:
-    static platform::JSON catalogueDefault(std::string_view key) {
-        const SettingDescription* description = SettingsCatalogue::find(key);
-        assert(description != nullptr);
-        return description->defaultValue();
-    }
-
-    const platform::SettingsStore& store_;
-};
-
 int positiveOr(int value, int otherwise) { return value > 0 ? value : otherwise; }
 
-void readFrameSizes(ExportSettings& settings, const Reader& reader, const ExportSettings::Request& request) {
+void readFrameSizes(ExportSettings& settings, const SettingsReader& reader,
+                    const ExportSettings::Request& request) {
     if (const MediaAsset* video = request.sourceVideo; video != nullptr) {
         settings.outputWidth = video->width.value_or(defaultWidth);
         settings.outputHeight = video->height.value_or(defaultHeight);
@@ -72,7 +43,7 @@ void readFrameSizes(ExportSettings& settings, const Reader& reader, const Export
     }
 }
 
-void readGlobalAudioOffset(ExportSettings& settings, const Reader& reader) {
+void readGlobalAudioOffset(ExportSettings& settings, const SettingsReader& reader) {
     const double seconds = reader.integer("globalAudioOffset.frames") / settings.projectFrameRate;
     settings.globalAudioOffsetSeconds = std::isfinite(seconds) ? seconds : 0;
     const std::string mode = reader.text("globalAudioOffset.startMode");
@@ -83,7 +54,7 @@ void readGlobalAudioOffset(ExportSettings& settings, const Reader& reader) {
         settings.globalAudioOffsetStartingFromTC = reader.textIfPresent("globalAudioOffset.startFromTC");
 }
 
-void readOffspeed(ExportSettings& settings, const Reader& reader) {
+void readOffspeed(ExportSettings& settings, const SettingsReader& reader) {
     settings.generateNativeMOSForOffspeed = reader.boolean("offspeed.generateNativeMOS");
     settings.nativeMOSSuffix = reader.text("offspeed.suffix");
     settings.separateEventForNativeMOS = reader.boolean("offspeed.separateEvent");
@@ -96,7 +67,8 @@ void readOffspeed(ExportSettings& settings, const Reader& reader) {
     settings.offspeedAutoKeyword = reader.boolean("offspeed.autoKeyword");
 }
 
-void readAtmo(ExportSettings& settings, const Reader& reader, const ExportSettings::Request& request) {
+void readAtmo(ExportSettings& settings, const SettingsReader& reader,
+              const ExportSettings::Request& request) {
     settings.atmoFileURL = request.atmoFileURL;
     settings.atmoAudioRole =
         request.atmoAudioRoleOverride ? *request.atmoAudioRoleOverride : reader.text("atmo.audioRole");
@@ -105,7 +77,7 @@ void readAtmo(ExportSettings& settings, const Reader& reader, const ExportSettin
     settings.atmoDurationSeconds = seconds > 0 ? seconds : defaultAtmoSeconds;
 }
 
-void readEvents(ExportSettings& settings, const Reader& reader) {
+void readEvents(ExportSettings& settings, const SettingsReader& reader) {
     settings.generateSyncClips = reader.boolean("generateSyncClips");
     settings.wrapMOSInSyncClip = reader.boolean("export.wrapMOSInSyncClip");
     settings.generateRawMediaEvent = reader.boolean("export.generateRawMediaEvent");
@@ -114,7 +86,7 @@ void readEvents(ExportSettings& settings, const Reader& reader) {
     settings.eventNamePattern = reader.text("export.eventNamePattern");
 }
 
-void readNaming(ExportSettings& settings, const Reader& reader) {
+void readNaming(ExportSettings& settings, const SettingsReader& reader) {
     settings.audioBaseRole = reader.text("audioBaseRole");
     for (int track = 1; track <= subroleCount; ++track)
         settings.subroleMap[track] = reader.text("defaultSubrole" + std::to_string(track));
@@ -155,7 +127,7 @@ std::string_view displayText(MulticamCodec codec) {
 
 ExportSettings ExportSettings::fromUserDefaults(const platform::SettingsStore& defaults,
                                                 const Request& request) {
-    const Reader reader(defaults);
+    const SettingsReader reader(defaults);
     ExportSettings settings;
     settings.eventName = request.eventName;
     settings.generateMulticam = request.generateMulticam;

@@ -32,7 +32,12 @@ void discoverInto(DiscoveryResult& result, const std::string& folder) {
         auto& list = *kind == AssetKind::video ? result.videoURLs : result.audioURLs;
         list.push_back(std::move(url));
     };
-    platform::files::walk(folder, visit, [](const std::string& path) { return !isPackage(path); });
+    const auto unreadable = [&result](const std::string& path) {
+        result.unreadableFolders.push_back({path});
+    };
+    const auto descend = [](const std::string& path) { return !isPackage(path); };
+    if (!platform::files::walk(folder, visit, descend, platform::files::Hidden::skip, unreadable))
+        unreadable(folder);
 }
 
 } // namespace

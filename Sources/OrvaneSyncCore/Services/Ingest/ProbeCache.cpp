@@ -7,6 +7,8 @@
 #include <chrono>
 #include <cmath>
 #include <filesystem>
+#include <memory>
+#include <mutex>
 #include <utility>
 
 namespace orvane {
@@ -41,8 +43,12 @@ ProbeCache::ProbeCache(std::string path, std::unique_ptr<platform::SerialQueue> 
 }
 
 std::shared_ptr<ProbeCache> ProbeCache::shared() {
-    static const auto cache =
-        std::make_shared<ProbeCache>(AppStorageHelper::probeCacheDirectory() + "/" + fileName);
+    static std::mutex mutex;
+    static std::weak_ptr<ProbeCache> held;
+    const std::lock_guard lock(mutex);
+    auto cache = held.lock();
+    if (!cache)
+        held = cache = std::make_shared<ProbeCache>(AppStorageHelper::probeCacheDirectory() + "/" + fileName);
     return cache;
 }
 

@@ -25,7 +25,8 @@ class ProbeCache {
     ProbeCache(const ProbeCache&) = delete;
     ProbeCache& operator=(const ProbeCache&) = delete;
 
-    /// The cache of the user account, below the caches directory. Lives as long as the process.
+    /// The one cache of the user account, below the caches directory. Lives as long as somebody holds it, and
+    /// never into the exit of the process, where the libraries it writes with may be gone already.
     static std::shared_ptr<ProbeCache> shared();
 
     std::optional<MediaAsset> lookup(const FileURL& url);

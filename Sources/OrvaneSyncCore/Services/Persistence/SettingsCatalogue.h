@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 namespace orvane {
 
@@ -36,6 +37,8 @@ namespace SettingsCatalogue {
 std::span<const SettingDescription> all();
 /// Null for a key that is not managed.
 const SettingDescription* find(std::string_view key);
+/// The texts that a key of words takes; empty for a key that takes any text.
+std::vector<std::string_view> choices(std::string_view key);
 
 } // namespace SettingsCatalogue
 

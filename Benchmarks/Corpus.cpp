@@ -63,7 +63,7 @@ void writeWave(const std::string& path, int take) {
 
 MediaAsset camera(int take, int day, int ofADay) {
     MediaAsset asset({"/shoot/camera/" + formatted("A%03dC%03d", day + 1, take % 1000) +
-                      formatted("_2603%02d_R%d.mov", day % 28 + 1, take)},
+                      formatted("_2603%02d_R%d.mov", day % 31 + 1, take)},
                      AssetKind::video);
     asset.startTimecodeString = TimecodeUtils::secondsToTC(startOf(take, ofADay), TimecodeFrameRate::fps25);
     asset.durationSeconds = clipSeconds;
@@ -74,7 +74,7 @@ MediaAsset camera(int take, int day, int ofADay) {
 }
 
 MediaAsset recording(int take, int day, int ofADay, int channelCount) {
-    MediaAsset asset({"/shoot/sound/" + formatted("SR%03d_2603%02d", day + 1, day % 28 + 1) +
+    MediaAsset asset({"/shoot/sound/" + formatted("SR%03d_2603%02d", day + 1, day % 31 + 1) +
                       formatted("_T%05d-%d.WAV", take, 1)},
                      AssetKind::audio);
     asset.bextTimeReference = static_cast<std::uint64_t>(startOf(take, ofADay) - 2) * sampleRate;

@@ -83,8 +83,8 @@ void rescan(benchmark::State& state, const MediaCorpus& corpus, const std::strin
     }
 }
 
-void match(benchmark::State& state) {
-    const AssetCorpus corpus = assetCorpus(static_cast<int>(state.range(0)), clipsADay);
+void match(benchmark::State& state, int shiftOfADay) {
+    const AssetCorpus corpus = assetCorpus(static_cast<int>(state.range(0)), clipsADay, shiftOfADay);
     for (auto _ : state) benchmark::DoNotOptimize(SyncEngine().match(corpus.videos, corpus.audios));
 }
 
@@ -117,7 +117,9 @@ void registerCoreBenchmarks(const MediaCorpus& corpus, const std::string& cacheF
     add("probe", [&corpus](benchmark::State& state) { probeHeaders(state, corpus); });
     add("statFloor", [&corpus](benchmark::State& state) { statFloor(state, corpus); });
     add("rescan", [&corpus, cacheFile](benchmark::State& state) { rescan(state, corpus, cacheFile); });
-    add("match", match)->Arg(1000)->Arg(10000);
+    constexpr int hoursOfTheirOwn = 30240; // seconds; longer than a day's work
+    add("match", [](benchmark::State& state) { match(state, hoursOfTheirOwn); })->Arg(1000)->Arg(10000);
+    add("matchSameHours", [](benchmark::State& state) { match(state, 0); })->Arg(1000)->Arg(10000);
     add("export", exportClips)->Arg(10000);
 }
 

@@ -28,8 +28,12 @@ std::string formatted(const char* format, int a, int b) {
     return text.data();
 }
 
-/// Seconds since midnight at which the take of that number begins.
-int startOf(int take, int ofADay) { return firstTakeAt + take % ofADay * secondsBetweenTakes % 60000; }
+/// Seconds since midnight at which the take of that number begins, on a day that begins so many seconds later
+/// than the first.
+int startOf(int take, int ofADay, int later = 0) {
+    constexpr int secondsADay = 86400;
+    return (firstTakeAt + later + take % ofADay * secondsBetweenTakes % 60000) % secondsADay;
+}
 
 std::vector<std::string> trackNames() {
     return {"MixL", "MixR", "Boom 1", "Boom 2", "Lav Anna", "Lav Ben", "Lav Cleo", "Plant"};
@@ -61,11 +65,12 @@ void writeWave(const std::string& path, int take) {
         .writeTo(path);
 }
 
-MediaAsset camera(int take, int day, int ofADay) {
+MediaAsset camera(int take, int day, int ofADay, int later = 0) {
     MediaAsset asset({"/shoot/camera/" + formatted("A%03dC%03d", day + 1, take % 1000) +
                       formatted("_2603%02d_R%d.mov", day % 31 + 1, take)},
                      AssetKind::video);
-    asset.startTimecodeString = TimecodeUtils::secondsToTC(startOf(take, ofADay), TimecodeFrameRate::fps25);
+    asset.startTimecodeString =
+        TimecodeUtils::secondsToTC(startOf(take, ofADay, later), TimecodeFrameRate::fps25);
     asset.durationSeconds = clipSeconds;
     asset.frameRate = asset.sensorFrameRate = asset.projectFrameRate = framesPerSecond;
     asset.width = 3840;
@@ -73,13 +78,13 @@ MediaAsset camera(int take, int day, int ofADay) {
     return asset;
 }
 
-MediaAsset recording(int take, int day, int ofADay, int channelCount) {
+MediaAsset recording(int take, int day, int ofADay, int channelCount, int later = 0) {
     MediaAsset asset({"/shoot/sound/" + formatted("SR%03d_2603%02d", day + 1, day % 31 + 1) +
                       formatted("_T%05d-%d.WAV", take, 1)},
                      AssetKind::audio);
-    asset.bextTimeReference = static_cast<std::uint64_t>(startOf(take, ofADay) - 2) * sampleRate;
+    asset.bextTimeReference = static_cast<std::uint64_t>(startOf(take, ofADay, later) - 2) * sampleRate;
     asset.startTimecodeString =
-        TimecodeUtils::secondsToTC(startOf(take, ofADay) - 2, TimecodeFrameRate::fps25);
+        TimecodeUtils::secondsToTC(startOf(take, ofADay, later) - 2, TimecodeFrameRate::fps25);
     asset.durationSeconds = clipSeconds + 5;
     asset.channelCount = channelCount;
     asset.sampleRate = sampleRate;
@@ -110,11 +115,12 @@ MediaCorpus mediaCorpus(const std::string& folder) {
     return corpus;
 }
 
-AssetCorpus assetCorpus(int clips, int clipsADay) {
+AssetCorpus assetCorpus(int clips, int clipsADay, int shiftOfADay) {
     AssetCorpus corpus;
     for (int i = 0; i < clips; ++i) {
-        corpus.videos.push_back(camera(i, i / clipsADay, clipsADay));
-        corpus.audios.push_back(recording(i, i / clipsADay, clipsADay, channels));
+        const int day = i / clipsADay, later = day * shiftOfADay;
+        corpus.videos.push_back(camera(i, day, clipsADay, later));
+        corpus.audios.push_back(recording(i, day, clipsADay, channels, later));
     }
     return corpus;
 }

@@ -22,12 +22,14 @@ inline constexpr int filesOfAKind = 1000;
 /// Makes the files below the folder unless they are there already.
 MediaCorpus mediaCorpus(const std::string& folder);
 
-/// Probed assets as a shoot of many days gives them, without files: each video overlaps one recording.
+/// Probed assets as a shoot of many days gives them, without files: each video overlaps one recording of its
+/// day. Each day begins so many seconds later than the one before; with 0 a clip also meets recordings of the
+/// neighbouring days.
 struct AssetCorpus {
     std::vector<MediaAsset> videos;
     std::vector<MediaAsset> audios;
 };
-AssetCorpus assetCorpus(int clips, int clipsADay);
+AssetCorpus assetCorpus(int clips, int clipsADay, int shiftOfADay);
 
 /// Matched clips with one recording of `channels` named channels each.
 SyncGroupList matchedGroups(int clips, int channels);

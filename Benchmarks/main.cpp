@@ -112,7 +112,10 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printRatio("probe 2,000 files, headers", ms("probe"), ms("headersFloor"), "bare reads", 3);
     printPeers(program, corpus);
     printRatio("rescan 2,000 files from the cache", ms("rescan"), ms("statFloor"), "bare stat", 3);
-    printRatio("match 10,000 + 10,000", ms("match/10000"), ms("match/1000"), "for 1,000 + 1,000", 12);
+    printRatio("match 10,000 + 10,000, days at other hours", ms("match/10000"), ms("match/1000"),
+               "for 1,000 + 1,000", 12);
+    printRatio("match 10,000 + 10,000, days at the same hours", ms("matchSameHours/10000"),
+               ms("matchSameHours/1000"), "for 1,000 + 1,000", 12);
     constexpr double million = 1e6, wantedRate = 100;
     const double rate = results.bytesPerSecond.at("export/10000") / million;
     printRow("export 10,000 clips of 8 channels", text("%.0f ms", ms("export/10000")), "",

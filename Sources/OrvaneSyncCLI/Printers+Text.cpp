@@ -102,7 +102,7 @@ std::string issuesText(const ImportController& controller, bool bold) {
         table.add({group.video.filename, startText(group.video), lengthText(group.video),
                    whyUnmatched(group, anySound)});
         for (const AudioMatch& match : group.audioMatches)
-            table.add({"  " + match.audio.filename + channelsText(match.audio), startText(match.audio),
+            table.add({"  " + match.audio->filename + channelsText(match.audio), startText(match.audio),
                        lengthText(match.audio), "overlaps " + secondsText(match.overlapDurationSeconds)});
     }
     return table.empty() ? "" : table.text(bold) + "\n";

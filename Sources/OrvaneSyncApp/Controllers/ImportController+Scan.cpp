@@ -143,7 +143,7 @@ std::function<void(int, int)> ImportController::progressReport(std::uint64_t sca
 void ImportController::adoptMatches(SyncGroupList groups, const std::vector<MediaAsset>& audioAssets) {
     std::unordered_set<UUID> claimed;
     for (const SyncGroup& group : groups)
-        for (const AudioMatch& match : group.audioMatches) claimed.insert(match.audio.id);
+        for (const AudioMatch& match : group.audioMatches) claimed.insert(match.audio->id);
     std::unordered_map<UUID, const WildTrack*> before;
     for (const WildTrack& track : wildTracks_) before[track.id] = &track;
 

@@ -75,10 +75,10 @@ std::string MatchStatus::label() const {
 std::string_view label(SyncMethod method) { return row(method).label; }
 std::string_view description(SyncMethod method) { return row(method).description; }
 
-AudioMatch::AudioMatch(MediaAsset asset, double offset, double overlap)
+AudioMatch::AudioMatch(Shared<MediaAsset> asset, double offset, double overlap)
     : AudioMatch(UUID::random(), std::move(asset), offset, overlap) {}
 
-AudioMatch::AudioMatch(UUID identity, MediaAsset asset, double offset, double overlap)
+AudioMatch::AudioMatch(UUID identity, Shared<MediaAsset> asset, double offset, double overlap)
     : id(identity), audio(std::move(asset)), syncOffsetSeconds(offset), overlapDurationSeconds(overlap) {}
 
 SyncGroup::SyncGroup(MediaAsset asset, std::vector<AudioMatch> matches, MatchStatus status,
@@ -124,7 +124,7 @@ SyncMethod fromJSON<SyncMethod>(const JSON& json) {
 JSON toJSON(const AudioMatch& match) {
     JSON json;
     json.set("id", toJSON(match.id));
-    json.set("audio", toJSON(match.audio));
+    json.set("audio", toJSON(*match.audio));
     json.set("syncOffsetSeconds", match.syncOffsetSeconds);
     json.set("overlapDurationSeconds", match.overlapDurationSeconds);
     return json;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/MediaAsset.h"
+#include "OrvaneSyncCore/Models/Shared.h"
 
 #include <array>
 #include <map>
@@ -41,11 +42,11 @@ std::string_view description(SyncMethod method);
 
 /// One audio file matched to a clip.
 struct AudioMatch {
-    AudioMatch(MediaAsset audio, double syncOffsetSeconds, double overlapDurationSeconds);
-    AudioMatch(UUID id, MediaAsset audio, double syncOffsetSeconds, double overlapDurationSeconds);
+    AudioMatch(Shared<MediaAsset> audio, double syncOffsetSeconds, double overlapDurationSeconds);
+    AudioMatch(UUID id, Shared<MediaAsset> audio, double syncOffsetSeconds, double overlapDurationSeconds);
 
     UUID id;
-    MediaAsset audio;
+    Shared<MediaAsset> audio;          ///< one recording lies under many clips
     double syncOffsetSeconds = 0;      ///< audio start minus video start on the timecode axis
     double overlapDurationSeconds = 0; ///< length of the common time range
 };
@@ -105,7 +106,7 @@ struct SyncGroup {
     bool masterGainAuto = true;
 
     const MediaAsset* primaryAudio() const {
-        return audioMatches.empty() ? nullptr : &audioMatches.front().audio;
+        return audioMatches.empty() ? nullptr : &*audioMatches.front().audio;
     }
     bool isMOS() const { return audioMatches.empty(); }
     bool hasALEMetadata() const { return aleMetadata && !aleMetadata->empty(); }

@@ -56,7 +56,7 @@ TEST(ExporterClips, PositionDurationAndGain) {
         return [=](SyncGroup& group, ExportSettings& settings) {
             settings.trimMode = mode;
             group.video.durationSeconds = video;
-            group.audioMatches[0].audio.durationSeconds = audio;
+            group.audioMatches[0].audio.edit().durationSeconds = audio;
         };
     };
     using enum TrimMode;
@@ -160,23 +160,23 @@ TEST(ExporterAudio, RolesAndWhoIsHeard) {
     const std::vector<Change> changes = {
         {"by number", [](auto&, auto&) {}, "", {"dialogue.Mix", "dialogue.Boom"}},
         {"six channels",
-         [](auto& g, auto&) { g.audioMatches[0].audio.channelCount = 6; },
+         [](auto& g, auto&) { g.audioMatches[0].audio.edit().channelCount = 6; },
          "",
          {"dialogue.Mix", "dialogue.Boom", "dialogue.Lav 1", "dialogue.Lav 2", "dialogue.Lav 3",
           "dialogue.Lav 4"}},
         {"a count that is unknown",
-         [](auto& g, auto&) { g.audioMatches[0].audio.channelCount = {}; },
+         [](auto& g, auto&) { g.audioMatches[0].audio.edit().channelCount = {}; },
          "",
          {"dialogue.Mix", "dialogue.Boom"}},
         {"a count that is none",
-         [](auto& g, auto&) { g.audioMatches[0].audio.channelCount = -3; },
+         [](auto& g, auto&) { g.audioMatches[0].audio.edit().channelCount = -3; },
          "",
          {"dialogue.Mix"}},
         {"names of the recorder, names of the settings, base role",
          [](auto& g, auto& s) {
-             g.audioMatches[0].audio.channelCount = 3;
-             g.audioMatches[0].audio.ixmlData = ixml("1", "2");
-             g.audioMatches[0].audio.ixmlData->tracks = {{3, "BOOM 2"}, {1, ""}};
+             g.audioMatches[0].audio.edit().channelCount = 3;
+             g.audioMatches[0].audio.edit().ixmlData = ixml("1", "2");
+             g.audioMatches[0].audio.edit().ixmlData->tracks = {{3, "BOOM 2"}, {1, ""}};
              s.audioBaseRole = "effects";
              s.subroleMap = {{1, "Main"}};
          },
@@ -193,7 +193,7 @@ TEST(ExporterAudio, RolesAndWhoIsHeard) {
         {"the editor's choice wins",
          [&](auto& g, auto& s) {
              best(g, s, 2);
-             g.audioMatches[0].audio.channelCount = 3;
+             g.audioMatches[0].audio.edit().channelCount = 3;
              g.manualActiveTracks = {1, 3};
          },
          "",
@@ -271,21 +271,21 @@ TEST(ExporterAudio, EnhancementsGoToTheirRole) {
                 )");
 
     // Two tracks under one name: the later one counts, for both.
-    group.audioMatches[0].audio.channelCount = 2;
-    group.audioMatches[0].audio.ixmlData = ixml("1", "1", {"Anna", "Anna"});
+    group.audioMatches[0].audio.edit().channelCount = 2;
+    group.audioMatches[0].audio.edit().ixmlData = ixml("1", "1", {"Anna", "Anna"});
     EXPECT_EQ(linesWith(exported(group, settings), "adjust-voiceIsolation"),
               Lines(2, "<adjust-voiceIsolation amount=\"0.26\"/>"));
 }
 
 TEST(ExporterClips, MetadataAndKeywords) {
     const auto report = [](SyncGroup& group, ExportSettings&) {
-        group.audioMatches[0].audio.ixmlData = ixml("5", "6");
+        group.audioMatches[0].audio.edit().ixmlData = ixml("5", "6");
         group.aleMetadata = {{"Scene", "12 "}, {"Take", ""}};
     };
     const auto notes = [](NotesSource source) {
         return [=](SyncGroup& group, ExportSettings& settings) {
-            group.audioMatches[0].audio.ixmlData = ixml("", "3");
-            group.audioMatches[0].audio.ixmlData->tape = "T01";
+            group.audioMatches[0].audio.edit().ixmlData = ixml("", "3");
+            group.audioMatches[0].audio.edit().ixmlData->tape = "T01";
             settings.notesSource = source;
             settings.notesAudioPrefix = "Snd:";
         };
@@ -328,7 +328,7 @@ TEST(ExporterClips, MetadataAndKeywords) {
 
 TEST(ExporterNotes, PictureAndSoundShareTheField) {
     SyncGroup group = matched(picture(), {recording(2)});
-    group.audioMatches[0].audio.ixmlData = ixml("12", "3");
+    group.audioMatches[0].audio.edit().ixmlData = ixml("12", "3");
     ExportSettings settings;
     EXPECT_EQ(FCPXMLExporter::buildNotesString(group, settings, {"great take", "sync ok"}),
               "V: great take, sync ok | A: Scene 12, Take 3");

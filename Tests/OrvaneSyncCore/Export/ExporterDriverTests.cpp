@@ -114,8 +114,8 @@ TEST(ExporterDriver, AssetsSayWhatIsKnownOfTheirFiles) {
 
     group.video.frameRate = 23.976;
     group.video.startTimecodeString = "00:00:01:00";
-    group.audioMatches[0].audio.sampleRate = 44100.7;
-    group.audioMatches[0].audio.durationSeconds = 1;
+    group.audioMatches[0].audio.edit().sampleRate = 44100.7;
+    group.audioMatches[0].audio.edit().durationSeconds = 1;
     const std::string document = exported(group);
     EXPECT_EQ(attributeOf(linesWith(document, "id=\"r4\"").front(), "frameDuration"), "1001/24000s");
     EXPECT_EQ(attributeOf(linesWith(document, "id=\"r5\"").front(), "audioRate"), "44100");
@@ -196,7 +196,7 @@ TEST(ExporterDriver, NumbersThatNoDocumentCanHoldBreakNothing) {
         group.video.frameRate = group.video.projectFrameRate = group.video.sensorFrameRate = rate;
         group.video.durationSeconds = rate;
         group.manualAudioOffsetSeconds = group.masterGainDB = rate;
-        auto& sound = group.audioMatches[0].audio;
+        auto& sound = group.audioMatches[0].audio.edit();
         sound.sampleRate = sound.frameRate = sound.durationSeconds = rate;
         ExportSettings settings = settingsAt(rate);
         settings.globalAudioOffsetSeconds = settings.atmoDurationSeconds = rate;

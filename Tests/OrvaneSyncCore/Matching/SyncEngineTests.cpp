@@ -37,7 +37,7 @@ SyncGroup matched(const MediaAsset& picture, const std::vector<MediaAsset>& reco
 
 std::vector<std::string> names(const std::vector<AudioMatch>& matches) {
     std::vector<std::string> result;
-    for (const AudioMatch& match : matches) result.push_back(match.audio.filename);
+    for (const AudioMatch& match : matches) result.push_back(match.audio->filename);
     return result;
 }
 
@@ -255,7 +255,7 @@ TEST(SyncEngine, holdsItsPromisesForACrowd) {
     const auto picture = [](const SyncGroup& group) {
         std::vector<std::pair<UUID, double>> matches;
         for (const AudioMatch& match : group.audioMatches)
-            matches.emplace_back(match.audio.id, match.syncOffsetSeconds);
+            matches.emplace_back(match.audio->id, match.syncOffsetSeconds);
         return std::pair(group.matchStatus.label(), matches);
     };
     std::map<UUID, decltype(picture(std::declval<SyncGroup>()))> before;

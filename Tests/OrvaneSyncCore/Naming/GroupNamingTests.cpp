@@ -33,7 +33,7 @@ TEST(GroupNaming, sourcesAndTokens) {
 
     SyncGroup group = slatedClip("1", "2");
     group.video.contentCreatedDate = dateFromISO8601("2024-05-17T10:00:00Z");
-    group.audioMatches[0].audio.ixmlData->tape = "R1";
+    group.audioMatches[0].audio.edit().ixmlData->tape = "R1";
     for (const auto& token : GroupNaming::tokenCatalogue) {
         const std::string name = GroupNaming::resolve(token.token, group, 1);
         EXPECT_FALSE(name.empty() || name == token.token) << token.token << " is offered and does nothing";
@@ -89,7 +89,7 @@ TEST(GroupNaming, sceneTakeName) {
 
 TEST(GroupNaming, resolve) {
     SyncGroup group = slatedClip("7", "02");
-    group.audioMatches[0].audio.ixmlData->tape = "{video}";
+    group.audioMatches[0].audio.edit().ixmlData->tape = "{video}";
     struct Case {
         const char* name;
         const char* pattern;
@@ -118,7 +118,7 @@ TEST(GroupNaming, resolve) {
     EXPECT_EQ(GroupNaming::resolve("{scene}_{take}_{counter:3}", silentClip(), 1), "001");
 
     SyncGroup bomb = slatedClip("", "");
-    auto& ixml = *bomb.audioMatches[0].audio.ixmlData;
+    auto& ixml = *bomb.audioMatches[0].audio.edit().ixmlData;
     for (int i = 0; i < 2000; ++i)
         *ixml.scene += "{take}", *ixml.take += "{tape}\xC3\xA9", ixml.tape = *ixml.take;
     const std::string name = GroupNaming::resolve("{scene}", bomb, 1);
@@ -129,7 +129,7 @@ TEST(GroupNaming, datesFollowTheUsersCalendar) {
     const test::ScopedEnvironment zone("TZ", "Asia/Kolkata");
     ::tzset();
     SyncGroup group = slatedClip("1", "1");
-    group.audioMatches[0].audio.contentCreatedDate = dateFromISO8601("2024-05-17T20:00:00Z");
+    group.audioMatches[0].audio.edit().contentCreatedDate = dateFromISO8601("2024-05-17T20:00:00Z");
     EXPECT_EQ(GroupNaming::resolve("{date} {time}", group, 1), "2024-05-18 01-30-00") << "of the recording";
     group.video.contentCreatedDate = dateFromISO8601("2023-12-31T18:29:59.900Z");
     EXPECT_EQ(GroupNaming::resolve("{date} {time}", group, 1), "2023-12-31 23-59-59")

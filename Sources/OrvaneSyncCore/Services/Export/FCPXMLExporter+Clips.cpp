@@ -69,7 +69,7 @@ Time trimmedDuration(const SyncGroup& group, const Picture& picture, TrimMode mo
         break;
     case TrimMode::noTrim:
         for (const AudioMatch& match : group.audioMatches)
-            seconds = std::max(seconds, match.audio.durationSeconds.value_or(0));
+            seconds = std::max(seconds, match.audio->durationSeconds.value_or(0));
         break;
     }
     return durationTime(seconds, picture.fps).value_or(picture.duration);

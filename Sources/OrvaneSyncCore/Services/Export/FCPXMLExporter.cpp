@@ -77,9 +77,9 @@ ClipResources addClipResources(ExportWalk& walk, const SyncGroup& group) {
         ids.audioAssetIDs.push_back(walk.resources.nextID());
         Asset sound =
             audioAsset(match.audio, ids.audioAssetIDs.back(), settings.defaultAudioTracks, settings);
-        sound.name = match.audio.normalizedName();
+        sound.name = match.audio->normalizedName();
         sound.start = audioStartTime(match.audio).value_or(Time::zero());
-        sound.duration = durationTime(match.audio.durationSeconds, settings.frameRate);
+        sound.duration = durationTime(match.audio->durationSeconds, settings.frameRate);
         walk.resources.add(std::move(sound));
     }
     walk.videoAssetIDByGroup[group.id] = ids.videoAssetID;

@@ -28,7 +28,7 @@ constexpr double ambiguityShare = 0.5;
 
 /// An audio file that can match a picture, with what matching needs of it computed once.
 struct Recording {
-    const MediaAsset* asset;
+    Shared<MediaAsset> asset; ///< of all matches with it
     AssetPlacement placement;
     TCRange range;
 };
@@ -40,7 +40,7 @@ std::vector<Recording> recordingsAmong(const std::vector<MediaAsset>& audios) {
     for (const MediaAsset& audio : audios) {
         if (audio.isAtmo()) continue;
         const AssetPlacement placement(audio);
-        if (const auto range = placement.range()) recordings.push_back({&audio, placement, *range});
+        if (const auto range = placement.range()) recordings.push_back({audio, placement, *range});
     }
     return recordings;
 }
@@ -177,7 +177,7 @@ MatchStatus status(const MediaAsset& video, const std::vector<Hit>& hits,
     std::vector<Part> parts;
     parts.reserve(hits.size());
     for (const Hit& hit : hits)
-        parts.push_back({recordings[hit.recording].asset, &recordings[hit.recording].placement});
+        parts.push_back({&*recordings[hit.recording].asset, &recordings[hit.recording].placement});
     if (isOneRecording(parts)) return MatchStatus::splitRecording(count);
     const double least = hits.front().overlapSeconds * ambiguityShare;
     return hits.back().overlapSeconds >= least ? MatchStatus::matched() : MatchStatus::ambiguous(count);
@@ -199,7 +199,7 @@ SyncGroupList::Element group(const MediaAsset& video, const std::vector<Recordin
     for (std::size_t i = 0; i < hits.size(); ++i) {
         const Recording& recording = recordings[hits[i].recording];
         const double offset = recording.range.startSeconds - range->startSeconds;
-        matches.emplace_back(ids[i], *recording.asset, offset, hits[i].overlapSeconds);
+        matches.emplace_back(ids[i], recording.asset, offset, hits[i].overlapSeconds);
     }
     auto result =
         std::make_shared<SyncGroup>(ids.back(), video, std::move(matches), status(video, hits, recordings));
@@ -266,7 +266,7 @@ bool SyncEngine::isSplitRecording(const std::vector<AudioMatch>& matches) {
     placements.reserve(matches.size());
     std::vector<Part> parts;
     for (const AudioMatch& match : matches)
-        parts.push_back({&match.audio, &placements.emplace_back(match.audio)});
+        parts.push_back({&*match.audio, &placements.emplace_back(match.audio)});
     return isOneRecording(parts);
 }
 

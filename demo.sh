@@ -20,7 +20,10 @@ movie() { # movie NAME TIMECODE SECONDS [ffmpeg options]
     mv "$shoot/camera/.$name.part.mov" "$shoot/camera/$name"
 }
 
-if [ ! -e "$shoot/.complete" ]; then
+# A shoot of an earlier version of these two files is made anew.
+stamp=$(cat demo.sh Demo/MakeShoot.cpp | cksum)
+if [ "$(cat "$shoot/.complete" 2>/dev/null)" != "$stamp" ]; then
+    rm -rf "$shoot"
     echo "Making a small shoot in $shoot ..."
     mkdir -p "$shoot/camera" "$shoot/sound"
     "$bin/orvane_make_shoot" "$shoot/sound"
@@ -32,7 +35,7 @@ if [ ! -e "$shoot/.complete" ]; then
     movie B001C003_261120_R1CD.mov 10:12:31:20 8
     movie A001C004_261120_MOS.mov 10:20:00:00 4
     movie A001C005_261120_R1AB.mov 10:30:01:00 8 -movflags use_metadata_tags -metadata captureFrameRate=100
-    touch "$shoot/.complete"
+    echo "$stamp" >"$shoot/.complete"
 fi
 
 "$bin/orvanesync" sync "$shoot/camera" "$shoot/sound" --event "Demo Day 1" -o demo/Synced.fcpxml

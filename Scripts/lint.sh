@@ -2,11 +2,15 @@
 # Checks the formatting of every source file, and with --tidy runs the linter over the whole tree (some minutes).
 set -euo pipefail
 cd "$(dirname "$0")/.."
+case "${1:-}" in
+    "" | --tidy) ;;
+    *) echo "usage: Scripts/lint.sh [--tidy]" >&2; exit 2 ;;
+esac
 
 Scripts/install-dependencies.sh lint
 mapfile -t sources < <(git ls-files --cached --others --exclude-standard '*.h' '*.cpp')
 clang-format --dry-run --Werror "${sources[@]}"
-[ "${1:-}" = "--tidy" ] || exit 0
+[ $# -gt 0 ] || exit 0
 
 cmake --preset debug >/dev/null
 git ls-files '*.cpp' | grep -v '^Fuzz/\|^Benchmarks/' |

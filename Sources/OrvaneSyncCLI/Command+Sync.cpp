@@ -89,9 +89,11 @@ void write(Context& context, const std::string& output, const std::string& docum
 std::string writtenText(const ImportController& controller, const ExportResult& result,
                         const std::string& output) {
     std::string text = "Wrote " + platform::text::printable(output) + ": " +
-                       counted(result.syncClipCount, "synchronized clip", "synchronized clips") + " (" +
-                       std::to_string(controller.syncClipCount()) + " with sound, " +
-                       std::to_string(controller.mosCount()) + " MOS)";
+                       counted(result.syncClipCount, "synchronized clip", "synchronized clips");
+    // Settings may keep single clips, or those without sound, out of the document.
+    const int withSound = controller.syncClipCount(), mos = controller.mosCount();
+    if (result.syncClipCount == withSound + mos)
+        text += " (" + std::to_string(withSound) + " with sound, " + std::to_string(mos) + " MOS)";
     if (result.multicamCount > 0)
         text += ", " + counted(result.multicamCount, "multicam clip", "multicam clips");
     text += ".";
@@ -108,6 +110,7 @@ std::string writtenText(const ImportController& controller, const ExportResult& 
             folders += (folders.empty() ? "'" : " and '") + folder->path + "'";
     if (controller.scanResult()->totalFiles() == 0)
         throw CommandError("no video or audio files in " + folders);
+    if (controller.syncGroups().empty()) throw CommandError("no video files in " + folders);
     if (!asJSON) context.err << stateText(controller, false) << "\n";
     throw CommandError("nothing to export from " + folders + ": " +
                        counted(static_cast<long long>(controller.syncGroups().size()), "clip", "clips") +
@@ -133,6 +136,9 @@ void sync(Context& context, const Arguments& arguments) {
     run.clearProgress();
 
     for (const std::string& warning : leftOutWarnings(controller)) result.warnings.push_back(warning);
+    if (result.syncClipCount + result.multicamCount == 0)
+        result.warnings.emplace_back("the document holds no clip; look at the settings generateSyncClips and "
+                                     "export.wrapMOSInSyncClip");
     if (asJSON) {
         context.out << exportJSON(controller, result, options.output).dump(JSON::Layout::pretty) << "\n";
         return;

@@ -64,6 +64,45 @@ TEST(Text, trimsUnicodeWhiteSpace) {
     EXPECT_EQ(text::trimmed(""), "");
 }
 
+TEST(Text, decimalNumbers) {
+    const struct {
+        const char* text;
+        std::optional<std::int64_t> integer;
+        std::optional<double> number;
+    } cases[] = {
+        {"3", 3, 3.0},
+        {"+3", 3, 3.0},
+        {"-3", -3, -3.0},
+        {"+-3", {}, {}},
+        {"--3", {}, {}},
+        {"++3", {}, {}},
+        {"+", {}, {}},
+        {"", {}, {}},
+        {" 3", {}, {}},
+        {"3 ", {}, {}},
+        {"2.5", {}, 2.5},
+        {"+.5e1", {}, 5.0},
+        {"0x10", {}, {}},
+        {"9223372036854775807", INT64_MAX, 9223372036854775808.0},
+        {"9223372036854775808", {}, 9223372036854775808.0},
+        {"1e999", {}, {}},
+        {"inf", {}, {}},
+        {"nan", {}, {}},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(text::decimalInteger(row.text), row.integer) << row.text;
+        EXPECT_EQ(text::decimalNumber(row.text), row.number) << row.text;
+    }
+}
+
+TEST(Text, aBeginningEndsBetweenCharacters) {
+    const std::string_view text = "a\xC3\xA9\xF0\x9F\x8E\xAC";
+    for (const auto& [most, size] : std::vector<std::pair<std::size_t, std::size_t>>{
+             {0, 0}, {1, 1}, {2, 1}, {3, 3}, {6, 3}, {7, 7}, {99, 7}})
+        EXPECT_EQ(text::beginning(text, most).size(), size) << most;
+    EXPECT_EQ(text::beginning("\x80\x80\x80", 2), "");
+}
+
 TEST(Text, decodesOtherEncodings) {
     using namespace std::string_view_literals;
     using text::Encoding;

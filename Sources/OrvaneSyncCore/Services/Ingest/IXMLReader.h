@@ -39,7 +39,7 @@ class IXMLReader {
     Broadcast readBroadcast(platform::RandomAccessFile& file) const;
 
     /// The iXML document in the bytes of its chunk, which end at the first NUL. Nothing when it is not
-    /// well-formed to its end or declares entities.
+    /// well-formed to its end or declares entities. Of each field the first 64 KB are kept.
     static std::optional<IXMLData> parseIXMLContent(std::string_view bytes);
 };
 

@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <limits>
 #include <string_view>
@@ -65,15 +64,8 @@ std::optional<Date> creationDate(const std::vector<MediaMetadataItem>& metadata)
 }
 
 std::optional<double> numberOf(const MediaMetadataItem& item) {
-    if (item.number) return item.number;
-    if (!item.string) return std::nullopt;
-    std::string_view text = *item.string;
-    if (text.starts_with('+')) text.remove_prefix(1);
-    double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(value))
-        return std::nullopt;
-    return value;
+    if (item.number) return std::isfinite(*item.number) ? item.number : std::nullopt;
+    return item.string ? platform::text::decimalNumber(*item.string) : std::nullopt;
 }
 
 /// Takes the rates that the camera wrote beside the picture. True when it named the project's.

@@ -9,7 +9,9 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <span>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
 
 namespace orvane::test {
@@ -55,6 +57,32 @@ TEST(MediaLibrary, isFoundBesideTheProgramOrMissedQuietly) {
     EXPECT_EQ(platform::loadMediaLibrary(paths), nullptr);
 }
 
+TEST(MediaLibrary, tellsWhenItsAnswerDependsOnTheMoment) {
+    static const auto library = [](auto inspect) {
+        static platform::MediaLibrary made;
+        made.inspect = inspect;
+        return []() -> const platform::MediaLibrary* { return &made; };
+    };
+    const auto isHindered = [](const platform::MediaLibrary* (*fetch)(), const std::string& bytes) {
+        bool hindered = false;
+        auto file = platform::RandomAccessFile::overBytes(std::as_bytes(std::span(bytes)));
+        platform::inspectMediaWith(fetch, "", file, hindered);
+        return hindered;
+    };
+    using Result = std::optional<platform::MediaInspection>;
+    const auto ready = library([](const std::string&, bool&) noexcept { return Result(); });
+    const auto slow = library([](const std::string&, bool& hindered) noexcept {
+        hindered = true;
+        return Result(platform::MediaInspection());
+    });
+    const auto missing = []() -> const platform::MediaLibrary* { return nullptr; };
+    EXPECT_FALSE(isHindered(ready, "what is this"));
+    EXPECT_TRUE(isHindered(slow, "what is this"));
+    EXPECT_TRUE(isHindered(missing, "what is this"));
+    EXPECT_FALSE(isHindered(missing, "")) << "an empty file needs no library";
+    EXPECT_FALSE(isHindered(missing, MovieMaker().video({}).bytes()));
+}
+
 TEST(MediaLibrary, inspectsWhatOurOwnWalksDoNot) {
     const TemporaryDirectory folder;
     EXPECT_EQ(inspectionText(platform::inspectMedia(folder.write("a.aif", aiff(2, std::vector<int>(48000))))),
@@ -83,6 +111,8 @@ TEST(MediaLibrary, givesNothingForWhatNobodyCanRead) {
                 << name << contents.substr(0, 20);
             EXPECT_EQ(platform::AudioFile::open(path), nullptr) << name << contents.substr(0, 20);
         }
+    ASSERT_EQ(::mkfifo(folder.path("pipe.wav").c_str(), 0600), 0);
+    EXPECT_EQ(platform::AudioFile::open(folder.path("pipe.wav")), nullptr);
     EXPECT_FALSE(platform::inspectMedia(folder.path("missing.mxf")));
     EXPECT_FALSE(platform::inspectMedia(folder.path()));
     EXPECT_EQ(platform::AudioFile::open(folder.path("missing.wav")), nullptr);

@@ -172,7 +172,8 @@ class LibavAudio : public AudioFile {
 } // namespace
 
 std::unique_ptr<AudioFile> openWithLibav(const std::string& path) {
-    auto file = LibavFile::open(path);
+    bool hindered = false;
+    auto file = LibavFile::open(path, hindered);
     if (!file) return nullptr;
     file->findStreamInfo();
     const AVCodec* codec = nullptr;

@@ -84,10 +84,11 @@ void readMetadata(const LibavFile& file, MediaInspection& into) {
 
 } // namespace
 
-std::optional<MediaInspection> inspectWithLibav(const std::string& path) {
-    auto file = LibavFile::open(path);
+std::optional<MediaInspection> inspectWithLibav(const std::string& path, bool& hindered) {
+    auto file = LibavFile::open(path, hindered);
     if (!file) return std::nullopt;
     if (!saysEnough(*file)) file->findStreamInfo();
+    hindered = file->ranOutOfTime();
 
     MediaInspection result;
     result.durationSeconds = duration(*file);

@@ -10,6 +10,9 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <functional>
+#include <limits>
+#include <new>
 #include <numeric>
 #include <string>
 #include <sys/stat.h>
@@ -118,6 +121,16 @@ TEST_F(Probe, offspeed) {
          {},
          Confidence::suspectedUnconfirmed(1.0)},
         {"a rate of zero is kept and rejected", camera().metadata("projectfps", 0.0), 25.0, 0.0, {}},
+        {"a number that is none",
+         camera().metadata("sensorfps", std::numeric_limits<double>::infinity()),
+         25.0,
+         {},
+         Confidence::suspectedUnconfirmed(1.0)},
+        {"a ratio that no number holds",
+         camera().metadata("sensorfps", 1e300).metadata("projectfps", 1e-300),
+         25.0,
+         {},
+         {}},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.name);
@@ -159,6 +172,10 @@ TEST_F(Probe, aRecording) {
     EXPECT_EQ(probed(WaveMaker().bext({.timeReference = 48000}), "headless.wav").startTimecodeString,
               "00:00:01:00")
         << "48 kHz where the file does not say";
+    const MediaAsset slow =
+        probed(WaveMaker().format({.sampleRate = 1}).bext({.timeReference = ~0ULL}), "slow.wav");
+    EXPECT_EQ(slow.bextTimeReference, ~0ULL);
+    EXPECT_FALSE(slow.startTimecodeString.has_value()) << "beyond what a timecode counts, and not midnight";
 }
 
 TEST_F(Probe, linearTimecodeIsTheLastResort) {
@@ -194,7 +211,8 @@ TEST_F(Probe, anyFileGivesAnAsset) {
     std::filesystem::create_symlink("loop.mov", folder.path("loop.mov"));
     ASSERT_EQ(::mkfifo(folder.path("pipe.wav").c_str(), 0600), 0);
     settings.set("ltc.enabled", true);
-    MediaProbeService service(settings, newCache());
+    const auto cache = newCache();
+    MediaProbeService service(settings, cache);
     for (const char* name : {"empty.mov", "noise.mov", "cut.mov", "folder.mov", "text.wav", "loop.mov",
                              "pipe.wav", "missing.mov", "mxf without anything.mxf"}) {
         SCOPED_TRACE(name);
@@ -205,6 +223,7 @@ TEST_F(Probe, anyFileGivesAnAsset) {
         EXPECT_FALSE(asset.startTimecodeString.has_value());
         EXPECT_FALSE(asset.durationSeconds.has_value());
     }
+    EXPECT_EQ(cache->count(), 4U) << "only what could be opened: another probe may find the others readable";
 }
 
 TEST_F(Probe, manyFilesKeepTheirOrder) {
@@ -256,6 +275,51 @@ TEST_F(Probe, theNextRunFindsTheCacheOfTheLast) {
     folder.write("cache.json", "{\"broken");
     const UUID fresh = probe();
     EXPECT_EQ(fresh, probe());
+}
+
+TEST_F(Probe, aHitIsOfTheKindAskedForAndStillTheWholeTruth) {
+    const auto sound = test::ltcSignal(test::ltcBits(10, 0, 0, 0) + test::ltcBits(10, 0, 0, 1), 24);
+    WaveMaker().format({}).samples(sound).writeTo(folder.path("a.wav"));
+    const FileURL url{folder.path("a.wav")};
+    MediaProbeService service(settings, newCache());
+    const MediaAsset first = service.probe(url, AssetKind::audio);
+    EXPECT_EQ(service.probe(url, AssetKind::audio).id, first.id);
+    EXPECT_FALSE(first.startTimecodeString.has_value());
+    settings.set("ltc.enabled", true);
+    const MediaAsset heard = service.probe(url, AssetKind::audio);
+    EXPECT_EQ(heard.startTimecodeString, "10:00:00:00") << "its sound was not listened to before";
+    EXPECT_EQ(heard.id, first.id) << "the file is the same";
+    const MediaAsset other = service.probe(url, AssetKind::video);
+    EXPECT_EQ(other.kind, AssetKind::video);
+    EXPECT_NE(other.id, first.id);
+}
+
+TEST_F(Probe, oneFileThatTakesAllTheMemoryLeavesTheOthers) {
+    struct FullQueue : test::ManualQueue {
+        void post(std::function<void()> work) override {
+            if (full) throw std::bad_alloc();
+            ManualQueue::post(std::move(work));
+        }
+        std::atomic<bool> full = false;
+    };
+    auto owned = std::make_unique<FullQueue>();
+    FullQueue& queue = *owned;
+    MediaProbeService service(settings,
+                              std::make_shared<ProbeCache>(folder.path("cache.json"), std::move(owned)));
+    std::vector<FileURL> urls;
+    for (const char* name : {"a.mov", "b.mov", "c.mov"}) {
+        camera().writeTo(folder.path(name));
+        urls.push_back(FileURL{folder.path(name)});
+    }
+    queue.full = true;
+    int reports = 0;
+    const auto assets = service.probeAll(urls, AssetKind::video, [&](int, int) { ++reports; });
+    queue.full = false;
+    EXPECT_EQ(reports, 3);
+    for (std::size_t i = 0; i < urls.size(); ++i) {
+        EXPECT_EQ(assets[i].url, urls[i]);
+        EXPECT_EQ(assets[i].width, 1920);
+    }
 }
 
 } // namespace

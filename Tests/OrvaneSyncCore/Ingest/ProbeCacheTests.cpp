@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <limits>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -175,6 +176,26 @@ TEST_F(Cache, aBrokenFileIsAColdCache) {
     }
 }
 
+TEST_F(Cache, whatWouldNotDecodeIsNotKept) {
+    const MediaAsset good = stored("good.wav");
+    MediaAsset bad = media("bad.wav");
+    bad.offspeedConfidence = OffspeedConfidence::confirmed(true, std::numeric_limits<double>::infinity());
+    cache->store(bad);
+    EXPECT_FALSE(holds(bad));
+    open();
+    EXPECT_FALSE(holds(bad));
+    EXPECT_TRUE(holds(good));
+}
+
+TEST_F(Cache, aPipeInItsPlaceHoldsNobodyUp) {
+    folder.write("cache/other", "");
+    ASSERT_EQ(::mkfifo(folder.path(cacheFile).c_str(), 0600), 0);
+    open();
+    const MediaAsset asset = stored("a.wav");
+    queue->advance(1s);
+    EXPECT_TRUE(holds(asset));
+}
+
 TEST_F(Cache, oneRecordOfAnotherBuildEmptiesWhatWasLoaded) {
     const MediaAsset a = stored("a.wav"), b = stored("b.wav");
     open();
@@ -188,6 +209,12 @@ TEST_F(Cache, oneRecordOfAnotherBuildEmptiesWhatWasLoaded) {
     EXPECT_FALSE(holds(b));
     EXPECT_TRUE(holds(c)) << "stored in this run";
     EXPECT_EQ(cache->count(), 1U);
+    open();
+    folder.write(cacheFile, text);
+    open();
+    EXPECT_FALSE(holds(a) || holds(b));
+    queue->advance(1s);
+    EXPECT_EQ(folder.read(cacheFile), "{}\n") << "the next run is not emptied again";
 }
 
 TEST_F(Cache, aFolderThatCannotBeWrittenIsTriedAgain) {

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/IXMLReader.h"
 
 #include "Platform/Text.h"
+#include "Platform/WaveChunks.h"
 
 #include <algorithm>
 #include <array>
@@ -12,10 +13,8 @@ namespace {
 
 using platform::ByteCursor;
 using platform::RandomAccessFile;
+using platform::WaveChunks;
 
-constexpr int mostChunks = 10000;
-constexpr std::size_t riffHeaderBytes = 12;
-constexpr std::size_t chunkHeaderBytes = 8;
 /// The last field that is used ends at byte 346; a long coding history behind it is never loaded.
 constexpr std::uint64_t bextBytesRead = 512;
 constexpr std::uint64_t documentPiece = std::uint64_t{1} << 18U;
@@ -50,22 +49,16 @@ void readDocument(RandomAccessFile& file, std::uint64_t at, std::uint64_t size, 
 }
 
 void readChunks(RandomAccessFile& file, Chunks& chunks) {
-    const ByteCursor riff = file.peek(0, riffHeaderBytes);
-    if (riff.size() < riffHeaderBytes) return;
+    const ByteCursor riff = file.peek(0, WaveChunks::formBytes);
+    if (riff.size() < WaveChunks::formBytes) return;
     if (riff.text().substr(0, 4) != "RIFF" || riff.text().substr(8, 4) != "WAVE") return;
 
-    std::uint64_t position = riffHeaderBytes;
-    for (int i = 0; i < mostChunks && !chunks.isComplete(); ++i) {
-        const ByteCursor header = file.peek(position, chunkHeaderBytes);
-        const auto size = header.u32le(4);
-        if (!size) return;
-        const std::uint64_t body = position + chunkHeaderBytes;
-        const std::string_view id = header.text().substr(0, 4);
-        if (id == "bext" && chunks.wantsBext && chunks.bext.empty())
-            chunks.bext = file.read(body, std::min<std::uint64_t>(*size, bextBytesRead));
-        else if (id == "iXML" && chunks.wantsIXML && !chunks.hasIXML)
-            readDocument(file, body, *size, chunks);
-        position = body + *size + *size % 2;
+    WaveChunks walk(file);
+    while (const auto chunk = chunks.isComplete() ? std::nullopt : walk.next()) {
+        if (chunk->is("bext") && chunks.wantsBext && chunks.bext.empty())
+            chunks.bext = file.read(chunk->body, std::min<std::uint64_t>(chunk->size, bextBytesRead));
+        else if (chunk->is("iXML") && chunks.wantsIXML && !chunks.hasIXML)
+            readDocument(file, chunk->body, chunk->size, chunks);
     }
 }
 

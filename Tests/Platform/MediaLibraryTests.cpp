@@ -190,5 +190,24 @@ TEST(AudioFile, readsSoundOfMoviesAtAnyFrame) {
     }
 }
 
+TEST(AudioFile, keepsItsRateWhereThatOfTheFramesChanges) {
+    const TemporaryDirectory folder;
+    std::string both;
+    for (const std::string rate : {"48000", "32000"}) {
+        if (!makeWithTool("-f lavfi -i sine=f=1000:r=" + rate + ":d=2 -c:a mp2 " + folder.path("part.ts")))
+            GTEST_SKIP() << "no tool to make a stream with";
+        both += folder.read("part.ts");
+    }
+    const auto file = platform::AudioFile::open(folder.write("both.ts", both));
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(file->sampleRate(), 48000);
+    const std::vector<float> whole = readAll(*file, 0, 1000);
+    EXPECT_NEAR(static_cast<double>(whole.size()), 4 * 48000, 5000);
+    int rises = 0; // of the last second
+    for (std::size_t i = whole.size() - 48000; i < whole.size(); ++i)
+        rises += whole[i - 1] < 0 && whole[i] >= 0;
+    EXPECT_NEAR(rises, 1000, 40);
+}
+
 } // namespace
 } // namespace orvane::test

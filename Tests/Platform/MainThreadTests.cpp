@@ -1,12 +1,10 @@
 #include "Platform/MainThread.h"
-#include "Platform/Random.h"
 
 #include "Support/VirtualMainThread.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <stdexcept>
 #include <string>
@@ -126,16 +124,6 @@ TEST(VirtualMainThread, movesOnlyByHand) {
     bool came = false;
     queue->post([&] { main.post([&] { came = true; }); });
     EXPECT_TRUE(main.waitUntil([&] { return came; }));
-}
-
-TEST(Random, fillsEveryByte) {
-    std::array<std::byte, 64> bytes{};
-    std::array<bool, 64> changed{};
-    for (int round = 0; round < 8; ++round) {
-        secureRandom(bytes);
-        for (std::size_t i = 0; i < bytes.size(); ++i) changed[i] = changed[i] || bytes[i] != std::byte{0};
-    }
-    EXPECT_TRUE(std::ranges::all_of(changed, [](bool flag) { return flag; }));
 }
 
 } // namespace

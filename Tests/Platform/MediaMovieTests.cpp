@@ -27,6 +27,7 @@ std::string repeated(const std::string& text, int count) {
     return all;
 }
 
+const std::string dayKey = std::string(1, '\xA9') + "day";
 const VideoSpec ntsc{.codec = "apch", .timescale = 30000, .frameDuration = 1001, .frames = 300};
 
 /// An AAC configuration in its descriptors.
@@ -235,20 +236,11 @@ TEST(MediaMovie, readsMetadataInFileOrder) {
              .metadata("neg", std::int64_t{-5}),
          "com.apple.quicktime.creationdate(creationDate)='2024-03-09T10:00:00+0100' com.acme.sensorFPS=120 "
          "projectFPS=23.976 neg=-5 "},
-        {"a list of the other kind",
-         MovieMaker()
-             .listItem("\xA9"
-                       "day",
-                       "2024")
-             .listItem("desc", "x"),
+        {"a list of the other kind", MovieMaker().listItem(dayKey, "2024").listItem("desc", "x"),
          "\xC2\xA9"
          "day(creationDate)='2024' desc='x' "},
         {"texts of the user data",
-         MovieMaker()
-             .userData("\xA9"
-                       "day",
-                       "2024-03-09")
-             .userData("\xA9nam", "caf\x8E", 0),
+         MovieMaker().userData(dayKey, "2024-03-09").userData("\xA9nam", "caf\x8E", 0),
          "\xC2\xA9"
          "day(creationDate)='2024-03-09' \xC2\xA9nam='caf\xC3\xA9' "},
         {"UTF-16 by its mark", MovieMaker().userData("\xA9nam", "\xFE\xFF\0A\0B"s), "\xC2\xA9nam='AB' "},
@@ -324,11 +316,7 @@ TEST(MediaMovie, isReadWholeOrNotAtAll) {
     maker.video({})
         .audio({.version = 1, .entryAtoms = atom("wave", esds("\x12\x08"))})
         .timecode({25, 1, 90000});
-    maker.metadata("com.acme.sensorFPS", 120.0)
-        .userData("\xA9"
-                  "day",
-                  "2024")
-        .mediaBytes(40);
+    maker.metadata("com.acme.sensorFPS", 120.0).userData(dayKey, "2024").mediaBytes(40);
     const std::string behind = maker.bytes();
     for (std::size_t length = 0; length < behind.size(); ++length)
         ASSERT_FALSE(inspectBytes(behind.substr(0, length))) << length;

@@ -1,7 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 
-#include "LinearTimecode.h"
 #include "ManualQueue.h"
+#include "Support/Media/LTCSignal.h"
 #include "Support/MediaFactory.h"
 #include "Support/TemporaryDirectory.h"
 
@@ -66,22 +66,16 @@ TEST_F(Probe, aCameraFile) {
 }
 
 TEST_F(Probe, creationDates) {
-    const auto date = [&](const std::string& text) {
-        return probed(camera().metadata("com.apple.quicktime.creationdate", text), "a.mov")
+    const auto date = [&](MovieMaker maker, const std::string& text) {
+        const char* key = "com.apple.quicktime.creationdate";
+        return probed(maker.metadata(key, text).metadata(key, "2020-01-01T00:00:00Z"), "a.mov")
             .contentCreatedDate;
     };
-    EXPECT_EQ(date("2024-05-17T08:00:00.250Z"), Date{std::chrono::milliseconds{1'715'932'800'250}});
-    EXPECT_EQ(date("2024-05-17T08:00:00Z"), Date{std::chrono::milliseconds{1'715'932'800'000}});
-    EXPECT_EQ(date("2024-05-17T08:00:00"), calendar::date({2024, 5, 17, 8, 0, 0}));
+    EXPECT_EQ(date(camera(), "2024-05-17T08:00:00.250Z"), dateFromISO8601("2024-05-17T08:00:00.250Z"));
+    EXPECT_EQ(date(camera(), "2024-05-17T08:00:00"), calendar::date({2024, 5, 17, 8, 0, 0}));
     for (const char* text : {"2024-05-17", "2024-02-31T08:00:00", "2024-05-17T08:00:00 ", "yesterday"})
-        EXPECT_FALSE(date(text).has_value()) << text;
+        EXPECT_FALSE(date(camera(), text).has_value()) << text << ": the first text ends the search";
     EXPECT_FALSE(probed(camera(), "b.mov").contentCreatedDate.has_value());
-    // The first item that has a text ends the search.
-    EXPECT_FALSE(probed(camera()
-                            .metadata("com.apple.quicktime.creationdate", "?")
-                            .metadata("com.apple.quicktime.creationdate", "2024-05-17T08:00:00Z"),
-                        "c.mov")
-                     .contentCreatedDate.has_value());
 }
 
 TEST_F(Probe, offspeed) {
@@ -263,18 +257,6 @@ TEST_F(Probe, manyFilesKeepTheirOrder) {
     EXPECT_EQ(second[5].startTimecodeString, "01:00:00:00");
     EXPECT_FALSE(second[6].startTimecodeString.has_value());
     EXPECT_TRUE(service.probeAll({}, AssetKind::video, progress).empty());
-}
-
-TEST_F(Probe, theNextRunFindsTheCacheOfTheLast) {
-    camera().writeTo(folder.path("a.mov"));
-    const FileURL url{folder.path("a.mov")};
-    const auto probe = [&] {
-        return MediaProbeService(settings, newCache()).probe(url, AssetKind::video).id;
-    };
-    EXPECT_EQ(probe(), probe());
-    folder.write("cache.json", "{\"broken");
-    const UUID fresh = probe();
-    EXPECT_EQ(fresh, probe());
 }
 
 TEST_F(Probe, aHitIsOfTheKindAskedForAndStillTheWholeTruth) {

@@ -230,16 +230,6 @@ TEST_F(Cache, aFolderThatCannotBeWrittenIsTriedAgain) {
     EXPECT_TRUE(holds(asset));
 }
 
-TEST_F(Cache, twoProcessesDoNoHarm) {
-    ProbeCache other(folder.path(cacheFile), std::make_unique<ManualQueue>());
-    const MediaAsset a = stored("a.wav"), b = media("b.wav");
-    other.store(b);
-    open();
-    EXPECT_TRUE(holds(a));
-    EXPECT_FALSE(other.lookup(a.url).has_value());
-    EXPECT_TRUE(other.lookup(b.url).has_value());
-}
-
 TEST_F(Cache, clearForgetsAllAndRemovesTheFile) {
     const MediaAsset asset = stored("a.wav");
     queue->advance(1s);

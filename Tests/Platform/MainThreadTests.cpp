@@ -1,7 +1,5 @@
 #include "Platform/MainThread.h"
 
-#include "Support/VirtualMainThread.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -100,30 +98,6 @@ TEST(Concurrently, nestsAndPassesExceptionsOn) {
                                   if (i == 7) throw std::runtime_error("seven");
                               }),
                  std::runtime_error);
-}
-
-TEST(VirtualMainThread, movesOnlyByHand) {
-    test::VirtualMainThread main;
-    std::string order;
-    main.after(2s, [&] { order += "2"; });
-    const auto debounce = main.after(1s, [&] { order += "x"; });
-    main.after(1s, [&] {
-        order += "1";
-        main.after(500ms, [&] { order += "+"; });
-    });
-    debounce->cancel();
-    main.post([&] { order += "p"; });
-    EXPECT_EQ(main.pendingTimers(), 2U);
-    main.advance(1999ms);
-    EXPECT_EQ(order, "p1+");
-    EXPECT_EQ(main.clock()->now(), 1999ms);
-    main.advance(1ms);
-    EXPECT_EQ(order, "p1+2");
-
-    const auto queue = SerialQueue::create("worker");
-    bool came = false;
-    queue->post([&] { main.post([&] { came = true; }); });
-    EXPECT_TRUE(main.waitUntil([&] { return came; }));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace orvane::platform {
@@ -65,34 +66,21 @@ TEST(Text, trimsUnicodeWhiteSpace) {
 }
 
 TEST(Text, decimalNumbers) {
-    const struct {
-        const char* text;
-        std::optional<std::int64_t> integer;
-        std::optional<double> number;
-    } cases[] = {
-        {"3", 3, 3.0},
-        {"+3", 3, 3.0},
-        {"-3", -3, -3.0},
-        {"+-3", {}, {}},
-        {"--3", {}, {}},
-        {"++3", {}, {}},
-        {"+", {}, {}},
-        {"", {}, {}},
-        {" 3", {}, {}},
-        {"3 ", {}, {}},
+    using Integer = std::optional<std::int64_t>;
+    const std::tuple<const char*, Integer, double> numbers[] = {
+        {"3", 3, 3},
+        {"+3", 3, 3},
+        {"-3", -3, -3},
         {"2.5", {}, 2.5},
-        {"+.5e1", {}, 5.0},
-        {"0x10", {}, {}},
+        {"+.5e1", {}, 5},
         {"9223372036854775807", INT64_MAX, 9223372036854775808.0},
-        {"9223372036854775808", {}, 9223372036854775808.0},
-        {"1e999", {}, {}},
-        {"inf", {}, {}},
-        {"nan", {}, {}},
-    };
-    for (const auto& row : cases) {
-        EXPECT_EQ(text::decimalInteger(row.text), row.integer) << row.text;
-        EXPECT_EQ(text::decimalNumber(row.text), row.number) << row.text;
+        {"9223372036854775808", {}, 9223372036854775808.0}};
+    for (const auto& [written, integer, number] : numbers) {
+        EXPECT_EQ(text::decimalInteger(written), integer) << written;
+        EXPECT_EQ(text::decimalNumber(written), number) << written;
     }
+    for (const char* none : {"", "+", "+-3", "--3", "++3", " 3", "3 ", "0x10", "1e999", "inf", "nan"})
+        EXPECT_FALSE(text::decimalInteger(none) || text::decimalNumber(none)) << none;
 }
 
 TEST(Text, aBeginningEndsBetweenCharacters) {

@@ -11,6 +11,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace orvane {
 namespace {
@@ -148,22 +149,15 @@ TEST_F(Cache, aBrokenFileIsAColdCache) {
     open();
     const std::string good = folder.read(cacheFile);
     const std::string key = JSON(asset.url.path).dump();
-    const std::string contents[] = {"",
-                                    "no json",
-                                    "[]",
-                                    "null",
-                                    "{",
-                                    "{}x",
-                                    good + "{}",
-                                    good.substr(0, good.size() / 2),
-                                    good.substr(0, good.size() - 2),
-                                    "{\"a\":1}",
-                                    "{\"a\":{\"b\":[}}",
-                                    "{\"\xFF\":{}}",
-                                    "{" + key + ":{}}",
-                                    "{" + key + ":{\"modificationDate\":1,\"fileSize\":\"3\"}}",
-                                    "{" + key + ":" + std::string(100'000, '{') + "}",
-                                    std::string(1000, '\0')};
+    std::vector<std::string> contents{good + "{}", good.substr(0, good.size() / 2),
+                                      good.substr(0, good.size() - 2), std::string(1000, '\0')};
+    for (const char* text :
+         {"", "no json", "[]", "null", "{", "{}x", "{\"a\":1}", "{\"a\":{\"b\":[}}", "{\"\xFF\":{}}"})
+        contents.emplace_back(text);
+    for (const std::string& record :
+         {std::string("{}"), std::string(R"({"modificationDate":1,"fileSize":"3"})"),
+          std::string(100'000, '{')})
+        contents.push_back("{" + key + ":" + record + "}");
     for (const std::string& text : contents) {
         SCOPED_TRACE(text.substr(0, 60));
         folder.write(cacheFile, text);

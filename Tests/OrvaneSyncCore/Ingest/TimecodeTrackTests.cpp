@@ -141,15 +141,5 @@ TEST(TimecodeTrack, laterAtomsOfAKindReplaceEarlierOnes) {
     for (const auto& row : cases) EXPECT_EQ(whole(row.tracks), row.start) << row.name;
 }
 
-TEST(TimecodeTrack, everyFileThatEndsEarlyIsReadAsFarAsItGoes) {
-    const std::string whole = movie({25, 1, 90000}).bytes();
-    for (std::size_t size = 0; size < whole.size(); ++size) readBytes(whole.substr(0, size));
-    for (std::size_t at = 0; at < whole.size(); ++at) {
-        std::string damaged = whole;
-        damaged[at] = '\xFF';
-        readBytes(damaged);
-    }
-}
-
 } // namespace
 } // namespace orvane

@@ -111,9 +111,7 @@ std::optional<long long> Arguments::integer(std::string_view option) const {
     throw UsageError(std::string(option) + " takes a whole number, not '" + *text + "'");
 }
 
-std::optional<double> numberFrom(std::string_view text) {
-    return platform::text::decimalNumber(text);
-}
+std::optional<double> numberFrom(std::string_view text) { return platform::text::decimalNumber(text); }
 
 std::optional<long long> integerFrom(std::string_view text) { return platform::text::decimalInteger(text); }
 

@@ -12,7 +12,8 @@
 namespace orvane {
 
 /// Reads the broadcast chunks of a recorder's RIFF/WAVE file, "bext" and "iXML", wherever they lie, without
-/// touching the sound. Whatever cannot be read is absent; nothing throws. Stateless; any thread.
+/// touching the sound. Whatever cannot be read is absent; throws nothing but std::bad_alloc. Stateless; any
+/// thread.
 class IXMLReader {
   public:
     struct Bext {

@@ -243,7 +243,8 @@ void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFil
             asset.frameRate ? TimecodeUtils::frameRate(*asset.frameRate) : TimecodeFrameRate::fps24;
         const double seconds = TimecodeUtils::bextToSeconds(*asset.bextTimeReference,
                                                             asset.sampleRate.value_or(assumedSampleRate));
-        // A rate of a few Hz makes ages of a count of samples, and what no timecode can count would be midnight.
+        // A rate of a few Hz makes ages of a count of samples, and what no timecode can count would be
+        // midnight.
         const TimecodeFrameRate rate = stated.value_or(assumed);
         if (seconds * timecodeRate::frameRateForRealTimeCalculation(rate) < Timecode::frameCountLimit)
             asset.startTimecodeString = TimecodeUtils::secondsToTC(seconds, rate);

@@ -15,8 +15,8 @@
 namespace orvane {
 
 /// Turns the location of a file into a filled `MediaAsset`. Never fails: what a file does not tell is absent,
-/// and a file that cannot be opened, or takes more memory than there is, gives its name, place and kind. Its operations run one at a time; call
-/// them from any thread that may wait, and not from within `progress`.
+/// and a file that cannot be opened, or takes more memory than there is, gives its name, place and kind. Its
+/// operations run one at a time; call them from any thread that may wait, and not from within `progress`.
 class MediaProbeService {
   public:
     static constexpr std::size_t maxConcurrentProbes = 8;
@@ -36,7 +36,8 @@ class MediaProbeService {
     struct Known {
         std::optional<platform::FileAttributes> attributes;
         bool isHit = false;
-        std::optional<UUID> earlierID; ///< of the asset that the cache holds but cannot stand for the file now
+        std::optional<UUID>
+            earlierID; ///< of the asset that the cache holds but cannot stand for the file now
     };
     struct Probed {
         MediaAsset asset;

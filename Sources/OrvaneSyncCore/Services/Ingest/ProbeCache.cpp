@@ -98,8 +98,8 @@ std::optional<MediaAsset> ProbeCache::lookup(const FileURL& url) {
     return resolve(candidates({url}).front(), platform::files::attributes(url.path));
 }
 
-/// Where one record cannot be decoded, the file comes from another build, and none of it counts. It is written
-/// anew without them, or the same record would empty the cache in every run.
+/// Where one record cannot be decoded, the file comes from another build, and none of it counts. It is
+/// written anew without them, or the same record would empty the cache in every run.
 void ProbeCache::forgetLoaded(const std::shared_ptr<const std::string>& text) {
     queue_->post([this, text] {
         if (loaded_ != text) return;

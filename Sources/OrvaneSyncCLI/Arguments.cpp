@@ -1,8 +1,8 @@
 #include "OrvaneSyncCLI/Arguments.h"
 
+#include "Platform/Text.h"
+
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 
 namespace orvane::cli {
 
@@ -43,15 +43,6 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
         }
     }
     return costs.back().back();
-}
-
-template <class Number>
-std::optional<Number> parsed(std::string_view text) {
-    if (text.starts_with('+')) text.remove_prefix(1);
-    Number value{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-    return value;
 }
 
 } // namespace
@@ -120,12 +111,9 @@ std::optional<long long> Arguments::integer(std::string_view option) const {
     throw UsageError(std::string(option) + " takes a whole number, not '" + *text + "'");
 }
 
-std::optional<double> numberFrom(std::string_view text) {
-    const auto value = parsed<double>(text);
-    return value && std::isfinite(*value) ? value : std::nullopt;
-}
+std::optional<double> numberFrom(std::string_view text) { return platform::text::decimalNumber(text); }
 
-std::optional<long long> integerFrom(std::string_view text) { return parsed<long long>(text); }
+std::optional<long long> integerFrom(std::string_view text) { return platform::text::decimalInteger(text); }
 
 std::optional<std::string_view> nearest(std::string_view word, std::span<const std::string_view> candidates) {
     std::optional<std::string_view> best;

@@ -1,10 +1,14 @@
 #include "Platform/AudioFile.h"
 
+#include "Platform/Files.h"
 #include "Platform/Media/MediaLibraryLoader.h"
 
 namespace orvane::platform {
 
 std::unique_ptr<AudioFile> AudioFile::open(const std::string& path) {
+    // A library that opens a named pipe waits for its other end.
+    const auto file = files::attributes(path);
+    if (!file || !file->isRegularFile) return nullptr;
     const MediaLibrary* library = mediaLibrary();
     return library == nullptr ? nullptr : library->openAudio(path);
 }

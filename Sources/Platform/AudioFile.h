@@ -11,7 +11,8 @@ namespace orvane::platform {
 /// Reads the samples of a sound file as deinterleaved 32-bit floats, full scale at 1.0. One thread at a time.
 class AudioFile {
   public:
-    /// Nothing when no library can read the file. `path` is in the bytes of the file system.
+    /// Nothing when the path leads to no regular file or no library can read it. `path` is in the bytes of
+    /// the file system.
     static std::unique_ptr<AudioFile> open(const std::string& path);
     virtual ~AudioFile() = default;
 

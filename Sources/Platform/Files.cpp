@@ -191,18 +191,21 @@ std::optional<FileAttributes> attributes(const std::string& path) {
 bool exists(const std::string& path) { return attributes(path).has_value(); }
 
 std::string readText(const std::string& path, std::uint64_t limitBytes) {
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file.isOpen()) fail("can't read", path, errno);
     struct stat status {};
     if (::fstat(file.get(), &status) != 0) fail("can't read", path, errno);
+    if (S_ISDIR(status.st_mode)) fail("can't read", path, EISDIR);
+    if (!S_ISREG(status.st_mode))
+        throw FileError("can't read " + text::validUTF8(path) + ": it is no regular file");
     const auto claimed = static_cast<std::uint64_t>(status.st_size);
-    if (S_ISREG(status.st_mode) && claimed > limitBytes) fail("can't read", path, EFBIG);
+    if (claimed > limitBytes) fail("can't read", path, EFBIG);
 
-    // More than a regular file has: its end shows without a second buffer, and a parser that reads in wide
+    // More than the file has: its end shows without a second buffer, and a parser that reads in wide
     // steps need not move the text to where there is room behind it.
     constexpr std::size_t step = std::size_t{1} << 16U;
     constexpr std::size_t room = 64;
-    std::string contents(S_ISREG(status.st_mode) ? static_cast<std::size_t>(claimed) + room : step, '\0');
+    std::string contents(static_cast<std::size_t>(claimed) + room, '\0');
     std::size_t used = 0;
     for (;;) {
         const ssize_t count = ::read(file.get(), contents.data() + used, contents.size() - used);

@@ -32,7 +32,8 @@ namespace files {
 std::optional<FileAttributes> attributes(const std::string& path);
 bool exists(const std::string& path);
 
-/// The whole file. Throws FileError, also when it is larger than `limitBytes`.
+/// The whole of a regular file. Throws FileError for anything else (a named pipe would hold up its reader)
+/// and when the file is larger than `limitBytes`.
 std::string readText(const std::string& path, std::uint64_t limitBytes = std::uint64_t{1} << 30U);
 
 /// Writes the whole file or nothing: a temporary file in the same folder, fsync, rename, fsync of the folder.

@@ -16,6 +16,9 @@ struct MediaMetadataItem {
     std::optional<double> number;
 };
 
+/// Hz. What claims more is no sample rate.
+constexpr double highestSampleRate = 10'000'000;
+
 /// What the headers of a media file say. Whatever a file does not say is absent. Cover art and timecode
 /// tracks are no video tracks.
 struct MediaInspection {
@@ -40,10 +43,12 @@ struct MediaInspection {
 
 /// Inspects a file without reading media data. QuickTime/MP4 and WAV are read from their headers alone;
 /// everything else, and a movie that our own walk cannot read, goes through the media library. Nothing when
-/// nobody can read it. Never throws; any thread. `path` is in the bytes of the file system.
+/// nobody can read it. Throws nothing but std::bad_alloc; any thread. `path` is in the bytes of the file
+/// system.
 std::optional<MediaInspection> inspectMedia(const std::string& path);
-/// The same on a file that is open already, so that one probe opens it once.
-std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAccessFile& file);
+/// The same on a file that is open already, so that one probe opens it once. `hindered` is set when the
+/// result depends on the moment: the media library was needed and is missing, or ran out of time or memory.
+std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAccessFile& file, bool& hindered);
 /// What our own walks can tell, without the path and without a media library.
 std::optional<MediaInspection> inspectMediaHeaders(RandomAccessFile& file);
 

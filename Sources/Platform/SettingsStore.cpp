@@ -2,22 +2,12 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <set>
 
 namespace orvane::platform {
 
 namespace {
-
-template <class Number>
-std::optional<Number> numberIn(std::string_view text) {
-    text = text::trimmed(text);
-    Number value{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return value;
-}
 
 std::optional<bool> asBoolean(const JSON& value) {
     if (const auto flag = value.boolean()) return flag;
@@ -34,13 +24,13 @@ std::optional<bool> asBoolean(const JSON& value) {
 }
 
 std::optional<std::int64_t> asInteger(const JSON& value) {
-    if (const std::string* written = value.string()) return numberIn<std::int64_t>(*written);
+    if (const std::string* written = value.string()) return text::decimalInteger(text::trimmed(*written));
     return value.integer();
 }
 
 std::optional<double> asNumber(const JSON& value) {
     const std::string* written = value.string();
-    const auto number = written ? numberIn<double>(*written) : value.number();
+    const auto number = written ? text::decimalNumber(text::trimmed(*written)) : value.number();
     return number && std::isfinite(*number) ? number : std::nullopt;
 }
 

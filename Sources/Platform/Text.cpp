@@ -11,6 +11,8 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -82,10 +84,6 @@ const icu::Collator* collator() {
     return shared.get();
 }
 
-bool isASCII(std::string_view text) {
-    return std::ranges::none_of(text, [](char c) { return (static_cast<unsigned char>(c) & 0x80U) != 0; });
-}
-
 /// Moves the bytes between `first` and `last` to the other case.
 std::string mappedASCII(std::string_view text, char first, char last) {
     std::string result(text);
@@ -116,7 +114,30 @@ std::unique_ptr<icu::BreakIterator> characterBoundaries(std::string_view text) {
     return U_SUCCESS(status) ? std::move(boundaries) : nullptr;
 }
 
+template <class Number>
+std::optional<Number> decimal(std::string_view text) {
+    if (text.starts_with('+')) {
+        text.remove_prefix(1);
+        if (text.starts_with('-')) return std::nullopt; // the parser takes this sign itself
+    }
+    Number value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
 } // namespace
+
+bool isASCII(std::string_view text) {
+    return std::ranges::none_of(text, [](char c) { return (static_cast<unsigned char>(c) & 0x80U) != 0; });
+}
+
+std::optional<std::int64_t> decimalInteger(std::string_view text) { return decimal<std::int64_t>(text); }
+
+std::optional<double> decimalNumber(std::string_view text) {
+    const auto value = decimal<double>(text);
+    return value && std::isfinite(*value) ? value : std::nullopt; // the parser also reads "inf" and "nan"
+}
 
 int compareLocalizedStandard(std::string_view a, std::string_view b) {
     if (a == b) return 0;
@@ -232,6 +253,15 @@ std::string_view trimmed(std::string_view text) {
         text.remove_suffix(tail.size() - static_cast<std::size_t>(end));
     }
     return text;
+}
+
+std::string_view beginning(std::string_view text, std::size_t mostBytes) {
+    if (text.size() <= mostBytes) return text;
+    const auto continuesCharacter = [text](std::size_t at) {
+        return (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U;
+    };
+    while (mostBytes > 0 && continuesCharacter(mostBytes)) --mostBytes;
+    return text.substr(0, mostBytes);
 }
 
 std::vector<std::string_view> characters(std::string_view text) {

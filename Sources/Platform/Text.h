@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,6 +36,16 @@ std::string decoded(std::string_view bytes, Encoding encoding);
 
 /// Without white space (Unicode, line ends included) at both ends.
 std::string_view trimmed(std::string_view text);
+/// The longest beginning of a UTF-8 text that has at most that many bytes and ends between two code points.
+std::string_view beginning(std::string_view text, std::size_t mostBytes);
+
+/// The whole text as a decimal number: ASCII digits with one optional sign in front, without blanks. Nothing
+/// for a number that does not fit or is not finite.
+std::optional<std::int64_t> decimalInteger(std::string_view text);
+/// The same with an optional fraction and exponent.
+std::optional<double> decimalNumber(std::string_view text);
+
+bool isASCII(std::string_view text);
 
 /// The characters as people count them: a letter and the accents on it are one (Unicode's grapheme clusters).
 /// The pieces are parts of `text` and cover all of it.

@@ -14,7 +14,11 @@ namespace orvane::platform {
 
 namespace {
 
-constexpr std::size_t pieceBytes = std::size_t{1} << 20U;
+constexpr std::size_t pieceBytes = std::size_t{1} << 16U;
+/// A token that a piece leaves open is read again from its start with the next piece.
+constexpr std::size_t longestToken = std::size_t{1} << 20U;
+/// The parser keeps memory for each element that is open.
+constexpr int deepestElement = 256;
 /// Recoding to UTF-8 makes a text three times longer at most; whatever is more comes from entities. Some
 /// expansion is harmless, and a small document may well use a few long entities.
 constexpr std::size_t mostGrowth = 4;
@@ -24,6 +28,7 @@ struct Reading {
     XML_Parser parser = nullptr;
     XMLStreamHandler* handler = nullptr;
     std::size_t budget = 0; ///< bytes of names and text that may still be told
+    int depth = 0;          ///< elements that are open
     bool stopped = false;
     std::exception_ptr raised;
 
@@ -51,11 +56,13 @@ Reading& reading(void* userData) { return *static_cast<Reading*>(userData); }
 
 void XMLCALL startElement(void* userData, const XML_Char* name, const XML_Char**) {
     const std::string_view text(name);
+    if (++reading(userData).depth > deepestElement) return reading(userData).stop();
     reading(userData).tell(text.size(), [text](XMLStreamHandler& handler) { handler.startElement(text); });
 }
 
 void XMLCALL endElement(void* userData, const XML_Char* name) {
     const std::string_view text(name);
+    --reading(userData).depth;
     reading(userData).tell(0, [text](XMLStreamHandler& handler) { handler.endElement(text); });
 }
 
@@ -107,13 +114,17 @@ bool parseXMLStream(std::string_view document, XMLStreamHandler& handler) {
     // Without a handler for external entities expat passes over them.
 
     bool wellFormed = true;
-    bool isLast = false;
-    while (wellFormed && !isLast) {
-        const std::string_view piece = document.substr(0, std::min(document.size(), pieceBytes));
-        document.remove_prefix(piece.size());
-        isLast = document.empty();
+    std::size_t handed = 0;
+    for (bool isLast = false; wellFormed && !isLast;) {
+        const std::string_view piece = document.substr(handed, pieceBytes);
+        handed += piece.size();
+        isLast = handed == document.size();
         wellFormed =
             XML_Parse(parser.get(), piece.data(), static_cast<int>(piece.size()), isLast) == XML_STATUS_OK;
+        const XML_Index understood = XML_GetCurrentByteIndex(parser.get());
+        if (handed - std::min(handed, static_cast<std::size_t>(std::max<XML_Index>(understood, 0))) >
+            longestToken)
+            wellFormed = false;
     }
     if (state.raised) std::rethrow_exception(state.raised);
     return wellFormed && !state.stopped;

@@ -14,8 +14,9 @@ class XMLStreamHandler {
     virtual void characters(std::string_view text) = 0;
 };
 
-/// Reads an untrusted XML document, without resolving external entities and with entity expansion bounded.
-/// False when the document is not well-formed to its end; what was told until then is to be thrown away.
+/// Reads an untrusted XML document, without resolving external entities and with entity expansion, nesting
+/// (256 elements) and the length of one tag or comment (about 1 MB) bounded. False when the document is not
+/// well-formed to its end or goes beyond a bound; what was told until then is to be thrown away.
 /// Namespaces are not looked at: a prefix is part of the name. Reads UTF-8, UTF-16 and the single-byte
 /// encodings by their declaration. An exception of the handler ends the reading and passes through.
 bool parseXMLStream(std::string_view document, XMLStreamHandler& handler);

@@ -1,12 +1,8 @@
 #include "Platform/MainThread.h"
-#include "Platform/Random.h"
-
-#include "Support/VirtualMainThread.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <stdexcept>
 #include <string>
@@ -102,40 +98,6 @@ TEST(Concurrently, nestsAndPassesExceptionsOn) {
                                   if (i == 7) throw std::runtime_error("seven");
                               }),
                  std::runtime_error);
-}
-
-TEST(VirtualMainThread, movesOnlyByHand) {
-    test::VirtualMainThread main;
-    std::string order;
-    main.after(2s, [&] { order += "2"; });
-    const auto debounce = main.after(1s, [&] { order += "x"; });
-    main.after(1s, [&] {
-        order += "1";
-        main.after(500ms, [&] { order += "+"; });
-    });
-    debounce->cancel();
-    main.post([&] { order += "p"; });
-    EXPECT_EQ(main.pendingTimers(), 2U);
-    main.advance(1999ms);
-    EXPECT_EQ(order, "p1+");
-    EXPECT_EQ(main.clock()->now(), 1999ms);
-    main.advance(1ms);
-    EXPECT_EQ(order, "p1+2");
-
-    const auto queue = SerialQueue::create("worker");
-    bool came = false;
-    queue->post([&] { main.post([&] { came = true; }); });
-    EXPECT_TRUE(main.waitUntil([&] { return came; }));
-}
-
-TEST(Random, fillsEveryByte) {
-    std::array<std::byte, 64> bytes{};
-    std::array<bool, 64> changed{};
-    for (int round = 0; round < 8; ++round) {
-        secureRandom(bytes);
-        for (std::size_t i = 0; i < bytes.size(); ++i) changed[i] = changed[i] || bytes[i] != std::byte{0};
-    }
-    EXPECT_TRUE(std::ranges::all_of(changed, [](bool flag) { return flag; }));
 }
 
 } // namespace

@@ -9,7 +9,9 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <span>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
 
 namespace orvane::test {
@@ -55,6 +57,32 @@ TEST(MediaLibrary, isFoundBesideTheProgramOrMissedQuietly) {
     EXPECT_EQ(platform::loadMediaLibrary(paths), nullptr);
 }
 
+TEST(MediaLibrary, tellsWhenItsAnswerDependsOnTheMoment) {
+    static const auto library = [](auto inspect) {
+        static platform::MediaLibrary made;
+        made.inspect = inspect;
+        return []() -> const platform::MediaLibrary* { return &made; };
+    };
+    const auto isHindered = [](const platform::MediaLibrary* (*fetch)(), const std::string& bytes) {
+        bool hindered = false;
+        auto file = platform::RandomAccessFile::overBytes(std::as_bytes(std::span(bytes)));
+        platform::inspectMediaWith(fetch, "", file, hindered);
+        return hindered;
+    };
+    using Result = std::optional<platform::MediaInspection>;
+    const auto ready = library([](const std::string&, bool&) noexcept { return Result(); });
+    const auto slow = library([](const std::string&, bool& hindered) noexcept {
+        hindered = true;
+        return Result(platform::MediaInspection());
+    });
+    const auto missing = []() -> const platform::MediaLibrary* { return nullptr; };
+    EXPECT_FALSE(isHindered(ready, "what is this"));
+    EXPECT_TRUE(isHindered(slow, "what is this"));
+    EXPECT_TRUE(isHindered(missing, "what is this"));
+    EXPECT_FALSE(isHindered(missing, "")) << "an empty file needs no library";
+    EXPECT_FALSE(isHindered(missing, MovieMaker().video({}).bytes()));
+}
+
 TEST(MediaLibrary, inspectsWhatOurOwnWalksDoNot) {
     const TemporaryDirectory folder;
     EXPECT_EQ(inspectionText(platform::inspectMedia(folder.write("a.aif", aiff(2, std::vector<int>(48000))))),
@@ -83,6 +111,8 @@ TEST(MediaLibrary, givesNothingForWhatNobodyCanRead) {
                 << name << contents.substr(0, 20);
             EXPECT_EQ(platform::AudioFile::open(path), nullptr) << name << contents.substr(0, 20);
         }
+    ASSERT_EQ(::mkfifo(folder.path("pipe.wav").c_str(), 0600), 0);
+    EXPECT_EQ(platform::AudioFile::open(folder.path("pipe.wav")), nullptr);
     EXPECT_FALSE(platform::inspectMedia(folder.path("missing.mxf")));
     EXPECT_FALSE(platform::inspectMedia(folder.path()));
     EXPECT_EQ(platform::AudioFile::open(folder.path("missing.wav")), nullptr);
@@ -158,6 +188,25 @@ TEST(AudioFile, readsSoundOfMoviesAtAnyFrame) {
             EXPECT_EQ(readAll(*file, 0, 777), std::vector(whole.begin() + frame, whole.end())) << frame;
         }
     }
+}
+
+TEST(AudioFile, keepsItsRateWhereThatOfTheFramesChanges) {
+    const TemporaryDirectory folder;
+    std::string both;
+    for (const std::string rate : {"48000", "32000"}) {
+        if (!makeWithTool("-f lavfi -i sine=f=1000:r=" + rate + ":d=2 -c:a mp2 " + folder.path("part.ts")))
+            GTEST_SKIP() << "no tool to make a stream with";
+        both += folder.read("part.ts");
+    }
+    const auto file = platform::AudioFile::open(folder.write("both.ts", both));
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(file->sampleRate(), 48000);
+    const std::vector<float> whole = readAll(*file, 0, 1000);
+    EXPECT_NEAR(static_cast<double>(whole.size()), 4 * 48000, 5000);
+    int rises = 0; // of the last second
+    for (std::size_t i = whole.size() - 48000; i < whole.size(); ++i)
+        rises += whole[i - 1] < 0 && whole[i] >= 0;
+    EXPECT_NEAR(rises, 1000, 40);
 }
 
 } // namespace

@@ -27,6 +27,7 @@ std::string repeated(const std::string& text, int count) {
     return all;
 }
 
+const std::string dayKey = std::string(1, '\xA9') + "day";
 const VideoSpec ntsc{.codec = "apch", .timescale = 30000, .frameDuration = 1001, .frames = 300};
 
 /// An AAC configuration in its descriptors.
@@ -70,6 +71,15 @@ TEST(MediaMovie, readsTracksInFileOrder) {
              .duration(2400, 600)
              .bytes(),
          "4 s, ? ?x? 18.75 fps"},
+        {"too many run lengths to add up",
+         MovieMaker()
+             .track({.handler = "vide",
+                     .timescale = 25,
+                     .duration = 0,
+                     .timeToSample = std::vector(70000, std::pair{1U, 1U})})
+             .duration(2400, 600)
+             .bytes(),
+         "4 s, ? ?x? ? fps"},
         {"the movie's own duration wins", MovieMaker().video({}).duration(7, 2).bytes(),
          "3.5 s, avc1 1920x1080 25 fps"},
         {"no duration in the header: the longest track",
@@ -89,6 +99,9 @@ TEST(MediaMovie, findsTheHeaderWhereverItLies) {
          MovieMaker().video({}).movieFirst().trailingAtom(atomClaiming(9999, "mdat")).bytes(), expected},
         {"in front of media without end",
          MovieMaker().video({}).movieFirst().endlessMedia().mediaBytes(9).bytes(), expected},
+        {"behind media without end", MovieMaker().video({}).endlessMedia().mediaBytes(99).bytes(), expected},
+        {"behind media that claims too much",
+         MovieMaker().leadingAtom(atomClaiming(9999, "mdat")).video({}).bytes(), expected},
         {"with a 64-bit size", wideAtom("moov", MovieMaker().video({}).movieAtomBytes().substr(8)), expected},
     });
     const TemporaryDirectory folder;
@@ -136,13 +149,15 @@ TEST(MediaMovie, readsStreamDescriptions) {
 }
 
 TEST(MediaMovie, addsUpFragments) {
-    const auto movie = [](std::uint64_t header, std::uint64_t extended, std::uint32_t frames) {
-        const std::string extends = extended == 0 ? "" : fullAtom("mehd", be32(extended));
-        const std::string trex = fullAtom("trex", be32(1) + be32(1) + be32(2) + be32(0) + be32(0));
+    const std::string trex = fullAtom("trex", be32(1) + be32(1) + be32(2) + be32(0) + be32(0));
+    const auto extended = [&trex](std::uint64_t header, const std::string& extends, std::uint32_t frames) {
         return MovieMaker()
             .video({.timescale = 50, .frameDuration = 2, .frames = frames})
             .duration(header, 1000)
             .movieAtom(atom("mvex", extends + trex));
+    };
+    const auto movie = [&](std::uint64_t header, std::uint64_t units, std::uint32_t frames) {
+        return extended(header, units == 0 ? "" : fullAtom("mehd", be32(units)), frames);
     };
     const auto fragment = [](const std::string& tfhd, const std::string& trun) {
         return atom("moof", atom("traf", tfhd + trun)) + atom("mdat", "media");
@@ -154,8 +169,11 @@ TEST(MediaMovie, addsUpFragments) {
     const std::string timed = fragment(
         plain, fullAtom("trun", be32(2) + be32(0) + be32(3) + be32(9) + be32(3) + be32(9), 0, 0x301));
     const std::string liar = fragment(plain, fullAtom("trun", be32(0xFFFFFFFF) + be32(3), 0, 0x100));
-    const std::string index = fullAtom("sidx", be32(1) + be32(50) + be64(0) + be16(0) + be16(2) + be32(9) +
-                                                   be32(100) + be32(0) + be32(9) + be32(50) + be32(0));
+    const std::string reference = be32(9) + be32(100) + be32(0);
+    const auto index = [&reference](std::uint64_t claimed, int references, const std::string& nested = "") {
+        return fullAtom("sidx", be32(1) + be32(50) + be64(0) + be16(0) + be16(claimed) + nested +
+                                    repeated(reference, references));
+    };
     expectEach({
         {"durations of the movie", movie(0, 0, 0).trailingAtom(defaults + defaults).bytes(),
          "8 s, avc1 1920x1080 25 fps"},
@@ -170,7 +188,25 @@ TEST(MediaMovie, addsUpFragments) {
         {"an unfinished recording goes on in fragments", movie(10000, 0, 250).trailingAtom(defaults).bytes(),
          "14 s, avc1 1920x1080 25 fps"},
         {"nothing but the start", movie(0, 0, 0).bytes(), "0 s, avc1 1920x1080 ? fps"},
-        {"the start and its index", movie(0, 0, 0).trailingAtom(index).bytes(), "3 s, avc1 1920x1080 ? fps"},
+        {"the start and its index", movie(0, 0, 0).trailingAtom(index(2, 2)).bytes(),
+         "4 s, avc1 1920x1080 ? fps"},
+        {"a long index", movie(0, 0, 0).trailingAtom(index(20000, 20000)).bytes(),
+         "40000 s, avc1 1920x1080 ? fps"},
+        {"an index cut off", movie(0, 0, 0).trailingAtom(index(3, 2)).bytes(), "0 s, avc1 1920x1080 ? fps"},
+        {"an index of indices",
+         movie(0, 0, 0).trailingAtom(index(2, 1, be32(0x80000009) + be32(100) + be32(0))).bytes(),
+         "2 s, avc1 1920x1080 ? fps"},
+        {"the whole duration is not known",
+         extended(0, fullAtom("mehd", be32(0xFFFFFFFF)), 0).trailingAtom(defaults).bytes(),
+         "4 s, avc1 1920x1080 25 fps"},
+        {"nor in 64 bits",
+         extended(0, fullAtom("mehd", be64(UINT64_MAX), 1), 0).trailingAtom(defaults).bytes(),
+         "4 s, avc1 1920x1080 25 fps"},
+        {"the first words on a track count",
+         extended(0, trex + fullAtom("trex", be32(1) + be32(1) + be32(9) + be64(0)), 0)
+             .trailingAtom(defaults)
+             .bytes(),
+         "4 s, avc1 1920x1080 25 fps"},
         {"another track's fragments",
          movie(0, 0, 0).trailingAtom(fragment(fullAtom("tfhd", be32(7)), fullAtom("trun", be32(9)))).bytes(),
          "0 s, avc1 1920x1080 ? fps"},
@@ -200,20 +236,11 @@ TEST(MediaMovie, readsMetadataInFileOrder) {
              .metadata("neg", std::int64_t{-5}),
          "com.apple.quicktime.creationdate(creationDate)='2024-03-09T10:00:00+0100' com.acme.sensorFPS=120 "
          "projectFPS=23.976 neg=-5 "},
-        {"a list of the other kind",
-         MovieMaker()
-             .listItem("\xA9"
-                       "day",
-                       "2024")
-             .listItem("desc", "x"),
+        {"a list of the other kind", MovieMaker().listItem(dayKey, "2024").listItem("desc", "x"),
          "\xC2\xA9"
          "day(creationDate)='2024' desc='x' "},
         {"texts of the user data",
-         MovieMaker()
-             .userData("\xA9"
-                       "day",
-                       "2024-03-09")
-             .userData("\xA9nam", "caf\x8E", 0),
+         MovieMaker().userData(dayKey, "2024-03-09").userData("\xA9nam", "caf\x8E", 0),
          "\xC2\xA9"
          "day(creationDate)='2024-03-09' \xC2\xA9nam='caf\xC3\xA9' "},
         {"UTF-16 by its mark", MovieMaker().userData("\xA9nam", "\xFE\xFF\0A\0B"s), "\xC2\xA9nam='AB' "},
@@ -278,16 +305,18 @@ TEST(MediaMovie, survivesImpossibleAtoms) {
     });
 }
 
+TEST(MediaMovie, tracksAreBounded) {
+    MovieMaker maker;
+    for (int i = 0; i < 1100; ++i) maker.audio({});
+    EXPECT_EQ(inspectBytes(maker.bytes())->audioTracks.size(), 1000U);
+}
+
 TEST(MediaMovie, isReadWholeOrNotAtAll) {
     MovieMaker maker;
     maker.video({})
         .audio({.version = 1, .entryAtoms = atom("wave", esds("\x12\x08"))})
         .timecode({25, 1, 90000});
-    maker.metadata("com.acme.sensorFPS", 120.0)
-        .userData("\xA9"
-                  "day",
-                  "2024")
-        .mediaBytes(40);
+    maker.metadata("com.acme.sensorFPS", 120.0).userData(dayKey, "2024").mediaBytes(40);
     const std::string behind = maker.bytes();
     for (std::size_t length = 0; length < behind.size(); ++length)
         ASSERT_FALSE(inspectBytes(behind.substr(0, length))) << length;

@@ -38,6 +38,11 @@ TEST(MediaWave, readsFormatAndDuration) {
         {"RF64", WaveMaker().rf64().format({}).silence(48000).chunk("iXML", "<BWFXML/>"),
          "1 s, 48000 Hz 1 ch"},
         {"no size was ever written", WaveMaker().format({}).silenceClaiming(0, 48000), "1 s, 48000 Hz 1 ch"},
+        {"an empty recording with chunks behind it",
+         WaveMaker().format({}).silenceClaiming(0, 0).iXML("<BWFXML/>"), "0 s, 48000 Hz 1 ch"},
+        {"sound that begins like a chunk",
+         WaveMaker().format({}).chunkClaiming("data", 0, "iXML" + le32(999999) + field("", 144000 - 8)),
+         "1 s, 48000 Hz 1 ch"},
         {"all ones without RF64", WaveMaker().format({}).silenceClaiming(0xFFFFFFFF, 48000),
          "1 s, 48000 Hz 1 ch"},
         {"past the end", WaveMaker().format({}).silenceClaiming(0x7FFFFFFE, 48000), "1 s, 48000 Hz 1 ch"},
@@ -58,6 +63,11 @@ TEST(MediaWave, readsFormatAndDuration) {
     for (const auto& each : cases)
         EXPECT_EQ(inspectionText(inspectBytes(each.maker.bytes())), each.expected) << each.name;
     EXPECT_EQ(inspectionText(inspectBytes("RIFF\4\0\0\0AVI ")), "nothing");
+    std::string cutOff =
+        WaveMaker().format({}).chunkClaiming("data", 0, "iXML" + le32(4) + field("", 144000 - 8)).bytes();
+    EXPECT_EQ(inspectionText(inspectBytes(cutOff)), "0 s, 48000 Hz 1 ch");
+    cutOff.replace(4, 4, le32(0));
+    EXPECT_EQ(inspectionText(inspectBytes(cutOff)), "1 s, 48000 Hz 1 ch") << "nor was the size of the file";
 }
 
 TEST(MediaWave, isBounded) {

@@ -48,7 +48,7 @@ TEST(SettingsStore, readsNeighbouringKinds) {
     EXPECT_EQ(store.integer("rate", 7), 7);
     EXPECT_EQ(store.integer("list", 7), 7);
     EXPECT_EQ(store.number("flag", 7), 7);
-    EXPECT_EQ(store.text("two", "default"), "2");
+    EXPECT_EQ(store.text("two", "default"), "2") << "a number stands for its digits";
     EXPECT_EQ(store.textIfPresent("absent"), std::nullopt);
 }
 

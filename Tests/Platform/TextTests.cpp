@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace orvane::platform {
@@ -62,6 +63,32 @@ TEST(Text, trimsUnicodeWhiteSpace) {
     EXPECT_EQ(text::trimmed(" \xE3\x80\x80 "), "");
     EXPECT_EQ(text::trimmed("\xFF \x80"), "\xFF \x80");
     EXPECT_EQ(text::trimmed(""), "");
+}
+
+TEST(Text, decimalNumbers) {
+    using Integer = std::optional<std::int64_t>;
+    const std::tuple<const char*, Integer, double> numbers[] = {
+        {"3", 3, 3},
+        {"+3", 3, 3},
+        {"-3", -3, -3},
+        {"2.5", {}, 2.5},
+        {"+.5e1", {}, 5},
+        {"9223372036854775807", INT64_MAX, 9223372036854775808.0},
+        {"9223372036854775808", {}, 9223372036854775808.0}};
+    for (const auto& [written, integer, number] : numbers) {
+        EXPECT_EQ(text::decimalInteger(written), integer) << written;
+        EXPECT_EQ(text::decimalNumber(written), number) << written;
+    }
+    for (const char* none : {"", "+", "+-3", "--3", "++3", " 3", "3 ", "0x10", "1e999", "inf", "nan"})
+        EXPECT_FALSE(text::decimalInteger(none) || text::decimalNumber(none)) << none;
+}
+
+TEST(Text, aBeginningEndsBetweenCharacters) {
+    const std::string_view text = "a\xC3\xA9\xF0\x9F\x8E\xAC";
+    for (const auto& [most, size] : std::vector<std::pair<std::size_t, std::size_t>>{
+             {0, 0}, {1, 1}, {2, 1}, {3, 3}, {6, 3}, {7, 7}, {99, 7}})
+        EXPECT_EQ(text::beginning(text, most).size(), size) << most;
+    EXPECT_EQ(text::beginning("\x80\x80\x80", 2), "");
 }
 
 TEST(Text, decodesOtherEncodings) {

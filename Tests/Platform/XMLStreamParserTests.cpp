@@ -39,6 +39,28 @@ TEST(XMLStreamParser, refusesBrokenDocuments) {
         EXPECT_EQ(told(document), std::nullopt) << document;
 }
 
+TEST(XMLStreamParser, nestingAndTokensAreBounded) {
+    const auto nested = [](int depth) {
+        std::string text, ends;
+        for (int i = 0; i < depth; ++i) {
+            text += "<A>";
+            ends += "</A>";
+        }
+        return text + ends;
+    };
+    EXPECT_TRUE(told(nested(256)).has_value());
+    EXPECT_FALSE(told(nested(257)).has_value());
+
+    const std::string filler(30'000'000, 'x');
+    std::string attributes;
+    for (int i = 0; i < 300'000; ++i) attributes += " a" + std::to_string(i) + "=''";
+    for (const std::string& document :
+         {"<a><!--" + filler + "--></a>", "<a b='" + filler + "'/>", "<a " + attributes + "/>",
+          "<a><?" + filler + "?></a>", "<" + filler + "/>", "<!DOCTYPE a [<!--" + filler + "-->]><a/>"})
+        EXPECT_EQ(told(document), std::nullopt) << document.substr(0, 20);
+    EXPECT_EQ(told("<a><!--" + filler.substr(0, 900'000) + "--></a>"), "<a></a>");
+}
+
 TEST(XMLStreamParser, entitiesNeitherReachFilesNorExplode) {
     EXPECT_EQ(told("<!DOCTYPE a [<!ENTITY x 'y'>]><a>&x;</a>"), "<a>y</a>");
     EXPECT_EQ(told("<!DOCTYPE a [<!ENTITY x SYSTEM 'file:///etc/passwd'>]><a>&x;</a>").value_or("<a></a>"),

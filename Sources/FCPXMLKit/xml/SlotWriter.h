@@ -141,7 +141,7 @@ class SlotWriter {
     }
     template <class... R>
     void append(const std::variant<R...>& item) {
-        std::visit([this](const auto& record) { append(record); }, item);
+        std::visit([this](const auto& record) { this->append(record); }, item);
     }
     template <class R>
     requires requires { R::elementName; }

@@ -107,7 +107,7 @@ std::vector<T> requiredArray(const Json& object, std::string_view key) {
     if (!elements) throw DecodingError(std::string(key) + ": expected a list");
     std::vector<T> result;
     result.reserve(elements->size());
-    for (const auto& element : *elements) result.push_back(fromJSON<T>(element));
+    for (const auto& element : *elements) result.push_back(decodedMember<T>(element, key));
     return result;
 }
 

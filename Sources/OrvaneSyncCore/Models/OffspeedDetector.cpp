@@ -34,7 +34,8 @@ std::optional<OffspeedConfidence> OffspeedDetector::classify(std::optional<doubl
     if (!sensorFrameRate || !projectFrameRate || !(*sensorFrameRate > 0) || !(*projectFrameRate > 0))
         return std::nullopt;
     if (!ratesDifferSignificantly(sensorFrameRate, projectFrameRate)) return std::nullopt;
-    return OffspeedConfidence::confirmed(true, *sensorFrameRate / *projectFrameRate);
+    const double factor = *sensorFrameRate / *projectFrameRate;
+    return std::isfinite(factor) ? std::optional(OffspeedConfidence::confirmed(true, factor)) : std::nullopt;
 }
 
 JSON toJSON(const OffspeedConfidence& confidence) {

@@ -18,7 +18,7 @@ JSON toJSON(const WildTrack& track) {
 template <>
 WildTrack fromJSON<WildTrack>(const JSON& json) {
     WildTrack track(required<MediaAsset>(json, "audio"));
-    track.id = required<UUID>(json, "id");
+    required<UUID>(json, "id"); // belongs to the form; the one that counts is the audio's
     track.customName = required<std::string>(json, "customName");
     track.isApproved = required<bool>(json, "isApproved");
     return track;

@@ -2,7 +2,6 @@
 
 #include "Platform/Text.h"
 
-#include <charconv>
 #include <cmath>
 #include <vector>
 
@@ -25,20 +24,13 @@ bool removeAll(std::string& text, std::string_view word) {
 }
 
 std::optional<std::int64_t> positiveInteger(std::string_view text) {
-    text = trimmed(text);
-    if (text.starts_with('+')) text.remove_prefix(1);
-    std::int64_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size() || value < 1) return std::nullopt;
-    return value;
+    const auto value = platform::text::decimalInteger(trimmed(text));
+    return value && *value >= 1 ? value : std::nullopt;
 }
 
 std::optional<double> positiveNumber(std::string_view text) {
-    if (text.starts_with('+')) text.remove_prefix(1);
-    double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size() || !(value > 0)) return std::nullopt;
-    return value;
+    const auto value = platform::text::decimalNumber(text);
+    return value && *value > 0 ? value : std::nullopt;
 }
 
 /// Exactly two pieces, empty ones not counted.

@@ -9,9 +9,13 @@ namespace orvane::platform {
 
 namespace {
 
-std::optional<MediaInspection> inspectWithLibrary(const std::string& path) {
-    const MediaLibrary* library = mediaLibrary();
-    auto result = library == nullptr ? std::nullopt : library->inspect(path);
+std::optional<MediaInspection> inspectWithLibrary(const MediaLibrary* library, const std::string& path,
+                                                  bool& hindered) {
+    if (library == nullptr) {
+        hindered = true;
+        return std::nullopt;
+    }
+    auto result = library->inspect(path, hindered);
     if (!result) return result;
     for (MediaMetadataItem& item : result->metadata) {
         item.key = text::validUTF8(item.key);
@@ -27,16 +31,22 @@ std::optional<MediaInspection> inspectMediaHeaders(RandomAccessFile& file) {
     return inspectMovie(file);
 }
 
-std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAccessFile& file) {
+std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAccessFile& file, bool& hindered) {
+    return inspectMediaWith(mediaLibrary, path, file, hindered);
+}
+
+std::optional<MediaInspection> inspectMediaWith(const MediaLibrary* (*library)(), const std::string& path,
+                                                RandomAccessFile& file, bool& hindered) {
     if (auto result = inspectMediaHeaders(file)) return result;
     // No container has an empty header, and an empty file should not cost the loading of the library.
-    return file.size() == 0 ? std::nullopt : inspectWithLibrary(path);
+    return file.size() == 0 ? std::nullopt : inspectWithLibrary(library(), path, hindered);
 }
 
 std::optional<MediaInspection> inspectMedia(const std::string& path) {
     auto file = RandomAccessFile::open(path);
     if (!file) return std::nullopt;
-    return inspectMedia(path, *file);
+    bool hindered = false;
+    return inspectMedia(path, *file, hindered);
 }
 
 std::optional<std::string> mediaLibraryVersions() {

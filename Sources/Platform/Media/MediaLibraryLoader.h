@@ -15,4 +15,8 @@ const MediaLibrary* mediaLibrary();
 /// Loads the first of these files that is a module of this version; null when none is.
 const MediaLibrary* loadMediaLibrary(std::span<const std::string> paths);
 
+/// `inspectMedia` with a library that is only fetched when it is needed.
+std::optional<MediaInspection> inspectMediaWith(const MediaLibrary* (*library)(), const std::string& path,
+                                                RandomAccessFile& file, bool& hindered);
+
 } // namespace orvane::platform

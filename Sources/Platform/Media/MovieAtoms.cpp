@@ -12,16 +12,6 @@ constexpr std::uint64_t wideHeaderBytes = 16;
 
 } // namespace
 
-std::string fourCCText(std::uint32_t code) {
-    std::string text;
-    for (unsigned shift = 32; shift > 0; shift -= 8) {
-        const std::uint32_t byte = code >> (shift - 8) & 0xFFU;
-        if (byte > 0x7F) return {};
-        text += static_cast<char>(byte);
-    }
-    return text;
-}
-
 AtomWalk::AtomWalk(RandomAccessFile& file, std::uint64_t begin, std::uint64_t end)
     : file_(file), position_(begin), end_(std::min(end, file.size())) {}
 

@@ -16,7 +16,12 @@ constexpr std::uint32_t fourCC(const char (&code)[5]) {
 }
 
 /// The four characters; empty when they are not ASCII.
-std::string fourCCText(std::uint32_t code);
+inline std::string fourCCText(std::uint32_t code) {
+    if ((code & 0x80808080U) != 0) return {};
+    std::string text;
+    for (unsigned shift = 32; shift > 0; shift -= 8) text += static_cast<char>(code >> (shift - 8) & 0xFFU);
+    return text;
+}
 
 /// Where an atom (box) of a QuickTime or MP4 file lies. Positions count from the start of the file.
 struct Atom {

@@ -8,11 +8,6 @@ namespace {
 
 constexpr std::size_t runHeaderBytes = 8; ///< version, flags, sample count
 
-FragmentedTrack* find(std::vector<FragmentedTrack>& tracks, std::uint32_t trackID) {
-    const auto found = std::ranges::find(tracks, trackID, &FragmentedTrack::trackID);
-    return found == tracks.end() ? nullptr : &*found;
-}
-
 struct FragmentHeader {
     std::uint32_t trackID = 0;
     std::optional<std::uint32_t> defaultSampleDuration;
@@ -63,28 +58,28 @@ void addRun(RandomAccessFile& file, const Atom& trun, std::uint32_t defaultDurat
     if (begin < trun.end) addTimedSamples(file, begin, trun.end, stride, *count, into);
 }
 
-void addTrackFragment(RandomAccessFile& file, const Atom& traf, std::vector<FragmentedTrack>& tracks) {
+void addTrackFragment(RandomAccessFile& file, const Atom& traf, FragmentedTracks& tracks) {
     const auto tfhd = findChild(file, traf, fourCC("tfhd"));
     const auto header = tfhd ? readFragmentHeader(file, *tfhd) : std::nullopt;
-    FragmentedTrack* track = header ? find(tracks, header->trackID) : nullptr;
-    if (track == nullptr) return;
-    const std::uint32_t duration = header->defaultSampleDuration.value_or(track->defaultSampleDuration);
+    if (!header) return;
+    const auto found = tracks.find(header->trackID);
+    if (found == tracks.end()) return;
+    FragmentedTrack& track = found->second;
+    const std::uint32_t duration = header->defaultSampleDuration.value_or(track.defaultSampleDuration);
     AtomWalk walk(file, traf);
     while (const auto child = walk.next())
-        if (child->type == fourCC("trun")) addRun(file, *child, duration, *track);
+        if (child->type == fourCC("trun")) addRun(file, *child, duration, track);
 }
 
 } // namespace
 
-std::optional<FragmentedTrack> readTrackExtends(RandomAccessFile& file, const Atom& trex) {
+void addTrackExtends(RandomAccessFile& file, const Atom& trex, FragmentedTracks& tracks) {
     const ByteCursor body = peekBody(file, trex, 16);
     const auto trackID = body.u32be(4), duration = body.u32be(12);
-    if (!trackID || !duration) return std::nullopt;
-    return FragmentedTrack{*trackID, *duration, 0, 0};
+    if (trackID && duration) tracks.emplace(*trackID, FragmentedTrack{*duration, 0, 0});
 }
 
-void sumFragments(RandomAccessFile& file, std::uint64_t begin, int mostFragments,
-                  std::vector<FragmentedTrack>& tracks) {
+void sumFragments(RandomAccessFile& file, std::uint64_t begin, int mostFragments, FragmentedTracks& tracks) {
     AtomWalk topLevel(file, begin, file.size());
     while (const auto atom = topLevel.next()) {
         if (atom->type != fourCC("moof")) continue;
@@ -99,14 +94,19 @@ double indexedSeconds(RandomAccessFile& file, std::uint64_t begin) {
     const auto sidx = findChild(file, {0, begin, begin, file.size()}, fourCC("sidx"));
     if (!sidx) return 0;
     constexpr std::size_t narrowHeaderBytes = 24, wideHeaderBytes = 32, referenceBytes = 12;
-    const ByteCursor body = peekBody(file, *sidx, RandomAccessFile::windowBytes);
+    constexpr std::uint32_t refersToIndex = 0x80000000;
+    const ByteCursor body = peekBody(file, *sidx, wideHeaderBytes);
     const std::size_t headerBytes = body.u8(0) == 1 ? wideHeaderBytes : narrowHeaderBytes;
     const auto timescale = body.u32be(8);
     const auto count = body.u16be(headerBytes - 2);
     if (timescale.value_or(0) == 0 || !count) return 0;
+    if (sidx->bodySize() < headerBytes + *count * referenceBytes) return 0;
     double units = 0;
-    for (std::size_t i = 0; i < *count; ++i)
-        units += body.u32be(headerBytes + i * referenceBytes + 4).value_or(0);
+    for (std::size_t i = 0; i < *count; ++i) {
+        const ByteCursor reference = file.peek(sidx->body + headerBytes + i * referenceBytes, referenceBytes);
+        if ((reference.u32be(0).value_or(refersToIndex) & refersToIndex) == 0)
+            units += reference.u32be(4).value_or(0);
+    }
     return units / *timescale;
 }
 

@@ -4,6 +4,7 @@
 #include "Platform/Media/MovieFragments.h"
 #include "Platform/Media/MovieMetadata.h"
 #include "Platform/Media/MovieSampleDescription.h"
+#include "Platform/MovieTail.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -16,11 +17,13 @@ namespace {
 /// Enough fragments to know a frame rate; all of them are read only where nothing else tells the duration.
 constexpr int fragmentsForRate = 16;
 constexpr int mostFragments = 10000;
-constexpr std::size_t headerBytes = 36; ///< of a movie, media or track header, up to its duration
+constexpr std::size_t mostTracks = 1000;
+constexpr std::uint64_t smallHeaderBytes = 8; ///< of an atom whose size has 32 bits
+constexpr std::size_t headerBytes = 36;       ///< of a movie, media or track header, up to its duration
 /// Runs of equal samples that are added up where a media header gives no duration.
 constexpr std::size_t mostTimeRuns = 65536;
 
-/// Units per second, and a number of units. A duration of all ones means "not known".
+/// Units per second, and a number of units; 0 when it is not known.
 struct TimeSpan {
     std::uint32_t timescale = 0;
     std::uint64_t units = 0;
@@ -40,37 +43,33 @@ struct Movie {
     bool hasHeader = false;
     std::uint64_t extendedUnits = 0; ///< "mehd": with all fragments, units of the movie
     std::vector<Track> tracks;
-    std::vector<FragmentedTrack> fragments; ///< one per "trex"
+    FragmentedTracks fragments;
 };
+
+/// All ones mean "not known", which is 0 here.
+std::uint64_t readUnits(const ByteCursor& body, std::size_t at, bool isWide) {
+    const std::uint64_t units = isWide ? body.u64be(at).value_or(0) : body.u32be(at).value_or(0);
+    return units == (isWide ? UINT64_MAX : UINT32_MAX) ? 0 : units;
+}
 
 /// The timescale and duration that "mvhd" and "mdhd" keep at the same places.
 TimeSpan readTimeSpan(RandomAccessFile& file, const Atom& atom) {
     const ByteCursor body = peekBody(file, atom, headerBytes);
     const bool isWide = body.u8(0) == 1;
-    TimeSpan span;
-    span.timescale = body.u32be(isWide ? 20 : 12).value_or(0);
-    if (isWide) {
-        span.units = body.u64be(24).value_or(0);
-        if (span.units == UINT64_MAX) span.units = 0;
-    } else {
-        span.units = body.u32be(16).value_or(0);
-        if (span.units == UINT32_MAX) span.units = 0;
-    }
-    return span;
+    return {body.u32be(isWide ? 20 : 12).value_or(0), readUnits(body, isWide ? 24 : 16, isWide)};
 }
 
 double seconds(double units, std::uint32_t timescale) { return timescale == 0 ? 0 : units / timescale; }
 double seconds(const TimeSpan& span) { return seconds(static_cast<double>(span.units), span.timescale); }
 
-/// A run length table, for the rare file whose media header does not know its duration.
+/// A run length table, for the rare file whose media header does not know its duration. 0 for one that was
+/// cut off or is too long to be added up.
 std::uint64_t sumTimes(RandomAccessFile& file, const Atom& stts) {
     constexpr std::size_t listHeaderBytes = 8, runBytes = 8;
     const std::uint32_t claimed = peekBody(file, stts, listHeaderBytes).u32be(4).value_or(0);
-    if (stts.bodySize() < listHeaderBytes) return 0;
-    const std::uint64_t present =
-        std::min<std::uint64_t>({claimed, (stts.bodySize() - listHeaderBytes) / runBytes, mostTimeRuns});
+    if (claimed > mostTimeRuns || stts.bodySize() < listHeaderBytes + claimed * runBytes) return 0;
     std::uint64_t sum = 0;
-    for (std::uint64_t i = 0; i < present; ++i) {
+    for (std::uint64_t i = 0; i < claimed; ++i) {
         const ByteCursor run = file.peek(stts.body + listHeaderBytes + i * runBytes, runBytes);
         sum += std::uint64_t{run.u32be(0).value_or(0)} * run.u32be(4).value_or(0);
     }
@@ -98,8 +97,7 @@ class MovieReader {
     explicit MovieReader(RandomAccessFile& file) : file_(file) {}
 
     std::optional<MediaInspection> read() {
-        const Atom whole{0, 0, 0, file_.size()};
-        const auto moov = findChild(file_, whole, fourCC("moov"));
+        const auto moov = findMovie();
         if (!moov) return std::nullopt;
         readMovie(*moov);
         if (!movie_.hasHeader && movie_.tracks.empty()) return std::nullopt;
@@ -119,6 +117,23 @@ class MovieReader {
     }
 
   private:
+    /// Media data that claims to reach to the end of the file, or beyond it, may hide the header from the
+    /// walk.
+    std::optional<Atom> findMovie() {
+        AtomWalk walk(file_, 0, file_.size());
+        std::uint64_t end = 0;
+        bool isMedia = false;
+        while (const auto atom = walk.next()) {
+            if (atom->type == fourCC("moov")) return atom;
+            isMedia = atom->type == fourCC("mdat");
+            end = atom->end;
+        }
+        if (end < file_.size()) isMedia = file_.peek(end + 4, 4).u32be(0) == fourCC("mdat");
+        const auto found = isMedia ? findMovieInTail(file_) : std::nullopt;
+        if (!found || found->end > file_.size()) return std::nullopt;
+        return Atom{fourCC("moov"), found->begin - smallHeaderBytes, found->begin, found->end};
+    }
+
     void readMovie(const Atom& moov) {
         AtomWalk walk(file_, moov);
         while (const auto atom = walk.next()) {
@@ -128,7 +143,7 @@ class MovieReader {
                 movie_.hasHeader = true;
                 break;
             case fourCC("trak"):
-                movie_.tracks.push_back(readTrack(*atom));
+                if (movie_.tracks.size() < mostTracks) movie_.tracks.push_back(readTrack(*atom));
                 break;
             case fourCC("mvex"):
                 readExtends(*atom);
@@ -150,10 +165,9 @@ class MovieReader {
         while (const auto atom = walk.next()) {
             if (atom->type == fourCC("mehd")) {
                 const ByteCursor body = peekBody(file_, *atom, 12);
-                movie_.extendedUnits =
-                    body.u8(0) == 1 ? body.u64be(4).value_or(0) : body.u32be(4).value_or(0);
-            } else if (atom->type == fourCC("trex")) {
-                if (const auto track = readTrackExtends(file_, *atom)) movie_.fragments.push_back(*track);
+                movie_.extendedUnits = readUnits(body, 4, body.u8(0) == 1);
+            } else if (atom->type == fourCC("trex") && movie_.fragments.size() < mostTracks) {
+                addTrackExtends(file_, *atom, movie_.fragments);
             }
         }
     }
@@ -210,10 +224,9 @@ class MovieReader {
 
     double fragmentSeconds() const {
         double longest = 0;
-        for (const FragmentedTrack& fragments : movie_.fragments)
-            for (const Track& track : movie_.tracks)
-                if (track.trackID == fragments.trackID)
-                    longest = std::max(longest, seconds(fragments.duration, track.media.timescale));
+        for (const Track& track : movie_.tracks)
+            if (const auto found = movie_.fragments.find(track.trackID); found != movie_.fragments.end())
+                longest = std::max(longest, seconds(found->second.duration, track.media.timescale));
         return longest;
     }
 
@@ -235,11 +248,10 @@ class MovieReader {
             units = static_cast<double>(track.media.units);
             if (units <= 0 && track.times) units = static_cast<double>(sumTimes(file_, *track.times));
         } else {
-            const auto fragments =
-                std::ranges::find(movie_.fragments, track.trackID, &FragmentedTrack::trackID);
-            if (fragments == movie_.fragments.end()) return std::nullopt;
-            samples = fragments->samples;
-            units = fragments->duration;
+            const auto found = movie_.fragments.find(track.trackID);
+            if (found == movie_.fragments.end()) return std::nullopt;
+            samples = found->second.samples;
+            units = found->second.duration;
         }
         const double length = seconds(units, track.media.timescale);
         if (samples <= 0 || length <= 0) return std::nullopt;

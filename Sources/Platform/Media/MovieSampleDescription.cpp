@@ -1,5 +1,7 @@
 #include "Platform/Media/MovieSampleDescription.h"
 
+#include "Platform/MediaInspector.h"
+
 #include <array>
 #include <bit>
 #include <cmath>

@@ -13,9 +13,6 @@ struct VideoDescription {
     std::uint16_t width = 0, height = 0; ///< pixels; 0 where the file does not say
 };
 
-/// Hz. What claims more is no sample rate.
-constexpr double highestSampleRate = 10'000'000;
-
 /// The first sample description of a sound track. Where the codec's own configuration says something else
 /// than the description's fixed fields, the configuration is right: 96 kHz does not fit into those fields.
 struct AudioDescription {

@@ -1,6 +1,7 @@
 #include "Platform/Media/WaveHeaders.h"
 
 #include "Platform/Text.h"
+#include "Platform/WaveChunks.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -10,15 +11,11 @@ namespace orvane::platform {
 
 namespace {
 
-constexpr int mostChunks = 10000;
-constexpr std::uint64_t chunkHeaderBytes = 8;
-constexpr std::uint64_t riffHeaderBytes = 12;
 constexpr std::uint32_t sizeElsewhere =
     0xFFFFFFFF; ///< RF64 keeps the real size in "ds64"; others did not finish
 constexpr std::uint16_t formatPCM = 1;
 constexpr std::uint16_t formatFloat = 3;
 constexpr std::uint16_t formatExtensible = 0xFFFE;
-constexpr std::uint32_t highestSampleRate = 10'000'000;
 constexpr std::size_t listBytesRead = 4096;
 
 struct Format {
@@ -55,14 +52,14 @@ std::optional<std::string> readCreationDate(const ByteCursor& list) {
     if (const auto type = list.slice(0, 4); !type || type->text() != "INFO") return std::nullopt;
     std::size_t at = 4;
     while (const auto size = list.u32le(at + 4)) {
-        const auto body = list.slice(at + chunkHeaderBytes, *size);
+        const auto body = list.slice(at + WaveChunks::headerBytes, *size);
         if (!body) break;
         if (list.slice(at, 4)->text() == "ICRD") {
             std::string_view text = body->text();
             text = text::trimmed(text.substr(0, text.find('\0')));
             return text.empty() ? std::nullopt : std::optional(text::validUTF8(text));
         }
-        at += chunkHeaderBytes + *size + *size % 2;
+        at += WaveChunks::headerBytes + *size + *size % 2;
     }
     return std::nullopt;
 }
@@ -72,51 +69,54 @@ class ChunkReader {
     explicit ChunkReader(RandomAccessFile& file) : file_(file) {}
 
     Chunks read() {
-        std::uint64_t position = riffHeaderBytes;
-        for (int step = 0; step < mostChunks; ++step) {
-            const ByteCursor header = file_.peek(position, chunkHeaderBytes);
-            const auto size = header.u32le(4);
-            if (!size) break;
-            const std::uint64_t bodyAt = position + chunkHeaderBytes;
-            const std::uint64_t length = take(header.text().substr(0, 4), bodyAt, *size);
-            if (length > file_.size() - bodyAt) break;
-            position = bodyAt + length + length % 2;
+        WaveChunks walk(file_);
+        while (const auto chunk = walk.next()) {
+            if (chunk->is("data"))
+                walk.correctSize(takeData(*chunk));
+            else
+                take(*chunk);
         }
         return chunks_;
     }
 
   private:
-    /// Returns the length of the chunk's body.
-    std::uint64_t take(std::string_view id, std::uint64_t at, std::uint32_t size) {
+    void take(const WaveChunks::Chunk& chunk) {
         constexpr std::size_t formatBytes = 40;
         constexpr std::size_t sizesBytes = 24;
-        // The view of the header is gone with the next look into the file.
-        const std::string name(id);
-        if (name == "fmt ") {
-            if (!chunks_.format)
-                chunks_.format = readFormat(file_.peek(at, std::min<std::size_t>(size, formatBytes)));
-        } else if (name == "ds64") {
-            chunks_.largeDataBytes = file_.peek(at, sizesBytes).u64le(8);
-        } else if (name == "fact") {
-            if (const auto frames = file_.peek(at, 4).u32le(0)) chunks_.frames = *frames;
-        } else if (name == "LIST") {
-            if (!chunks_.creationDate)
-                chunks_.creationDate =
-                    readCreationDate(file_.peek(at, std::min<std::size_t>(size, listBytesRead)));
-        } else if (name == "data") {
-            return takeData(at, size);
+        const auto body = [&](std::size_t most) {
+            return file_.peek(chunk.body, std::min<std::size_t>(chunk.size, most));
+        };
+        if (chunk.is("fmt ")) {
+            if (!chunks_.format) chunks_.format = readFormat(body(formatBytes));
+        } else if (chunk.is("ds64")) {
+            chunks_.largeDataBytes = body(sizesBytes).u64le(8);
+        } else if (chunk.is("fact")) {
+            if (const auto frames = body(4).u32le(0)) chunks_.frames = *frames;
+        } else if (chunk.is("LIST")) {
+            if (!chunks_.creationDate) chunks_.creationDate = readCreationDate(body(listBytesRead));
         }
-        return size;
     }
 
-    std::uint64_t takeData(std::uint64_t at, std::uint32_t size) {
-        const std::uint64_t rest = file_.size() - std::min(at, file_.size());
-        std::uint64_t claimed = size;
-        if (size == sizeElsewhere) claimed = chunks_.largeDataBytes.value_or(rest);
+    /// Returns the length of the sound, which may claim more than there is.
+    std::uint64_t takeData(const WaveChunks::Chunk& data) {
+        const std::uint64_t rest = file_.size() - data.body;
+        std::uint64_t claimed = data.size;
+        if (data.size == sizeElsewhere) claimed = chunks_.largeDataBytes.value_or(rest);
         // A recorder that lost its power never wrote the size: all that follows is sound.
-        if (size == 0) claimed = rest;
+        if (data.size == 0 && !isFinished(data.body)) claimed = rest;
         if (!chunks_.dataBytes) chunks_.dataBytes = std::min(claimed, rest);
         return claimed;
+    }
+
+    /// Whether the recorder wrote its sizes, and a chunk behind the empty sound.
+    bool isFinished(std::uint64_t behindData) {
+        const std::uint64_t formSize = file_.peek(0, 8).u32le(4).value_or(0) + std::uint64_t{8};
+        if (formSize != file_.size() && formSize + 1 != file_.size()) return false;
+        const ByteCursor header = file_.peek(behindData, WaveChunks::headerBytes);
+        const auto size = header.u32le(4);
+        const auto isInName = [](char c) { return c >= ' ' && c < '\x7F'; };
+        return size && std::ranges::all_of(header.text().substr(0, 4), isInName) &&
+               *size <= file_.size() - behindData - WaveChunks::headerBytes;
     }
 
     RandomAccessFile& file_;
@@ -134,7 +134,7 @@ std::optional<double> duration(const Format& format, const Chunks& chunks) {
 }
 
 bool isWave(const ByteCursor& header) {
-    if (header.size() < riffHeaderBytes) return false;
+    if (header.size() < WaveChunks::formBytes) return false;
     const std::string_view form = header.text().substr(0, 4);
     return (form == "RIFF" || form == "RF64" || form == "BW64") && header.text().substr(8, 4) == "WAVE";
 }
@@ -142,7 +142,7 @@ bool isWave(const ByteCursor& header) {
 } // namespace
 
 std::optional<MediaInspection> inspectWave(RandomAccessFile& file) {
-    if (!isWave(file.peek(0, riffHeaderBytes))) return std::nullopt;
+    if (!isWave(file.peek(0, WaveChunks::formBytes))) return std::nullopt;
     const Chunks chunks = ChunkReader(file).read();
     MediaInspection result;
     if (chunks.creationDate)

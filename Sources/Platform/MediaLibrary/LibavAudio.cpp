@@ -34,22 +34,24 @@ class LibavAudio : public AudioFile {
   public:
     LibavAudio(LibavFile file, AVStream& stream, Owned<AVCodecContext> decoder)
         : file_(std::move(file)), stream_(stream), decoder_(std::move(decoder)), packet_(av_packet_alloc()),
-          frame_(av_frame_alloc()), pending_(static_cast<std::size_t>(decoder_->ch_layout.nb_channels)) {}
+          frame_(av_frame_alloc()), sampleRate_(decoder_->sample_rate),
+          pending_(static_cast<std::size_t>(decoder_->ch_layout.nb_channels)) {}
 
-    double sampleRate() const override { return decoder_->sample_rate; }
-    int channelCount() const override { return decoder_->ch_layout.nb_channels; }
+    double sampleRate() const override { return sampleRate_; }
+    int channelCount() const override { return static_cast<int>(pending_.size()); }
     std::int64_t frameCount() const override {
         if (stream_.duration > 0) return samples(stream_.duration);
-        return file_->duration > 0 ? av_rescale(file_->duration, decoder_->sample_rate, AV_TIME_BASE) : 0;
+        return file_->duration > 0 ? av_rescale(file_->duration, sampleRate_, AV_TIME_BASE) : 0;
     }
 
     bool seek(std::int64_t frame) override {
         if (frame < 0 || frame > frameCount()) return false;
-        const auto early = static_cast<std::int64_t>(preroll * decoder_->sample_rate);
+        const auto early = static_cast<std::int64_t>(preroll * sampleRate_);
         // In front of the start too: that is where the packet lies that only primes the decoder.
         if (!seekPacket(frame - early) && !seekPacket(0)) return false;
         avcodec_flush_buffers(decoder_.get());
         dropPending();
+        converter_.reset(); // it may keep sounds of where the file stood
         hasEnded_ = false;
         // The decoder starts at a packet in front of the frame; what comes before the frame is thrown away.
         wanted_ = frame;
@@ -75,7 +77,7 @@ class LibavAudio : public AudioFile {
     }
 
   private:
-    AVRational sampleTime() const { return {1, decoder_->sample_rate}; }
+    AVRational sampleTime() const { return {1, sampleRate_}; }
     std::int64_t samples(std::int64_t units) const {
         return av_rescale_q(units, stream_.time_base, sampleTime());
     }
@@ -117,15 +119,22 @@ class LibavAudio : public AudioFile {
         if (avcodec_send_packet(decoder_.get(), nullptr) < 0) hasEnded_ = true; // it was drained before
     }
 
+    /// A frame may have another sample format, layout or rate than the first. One with another number of
+    /// channels ends the file.
     void take(AVFrame& frame) {
-        if (frame.nb_samples <= 0 || frame.ch_layout.nb_channels != channelCount()) return;
-        if (!converter_ && !makeConverter(frame)) return;
+        if (frame.nb_samples <= 0) return;
+        if (frame.ch_layout.nb_channels != channelCount()) {
+            hasEnded_ = true;
+            return;
+        }
+        if ((!converter_ || !converted_.isOf(frame)) && !makeConverter(frame)) return;
+        const int most = swr_get_out_samples(converter_.get(), frame.nb_samples);
         std::vector<std::uint8_t*> planes;
         for (auto& channel : pending_) {
-            channel.resize(static_cast<std::size_t>(frame.nb_samples));
+            channel.resize(static_cast<std::size_t>(std::max(most, 0)));
             planes.push_back(reinterpret_cast<std::uint8_t*>(channel.data()));
         }
-        const int got = swr_convert(converter_.get(), planes.data(), frame.nb_samples,
+        const int got = swr_convert(converter_.get(), planes.data(), most,
                                     const_cast<const std::uint8_t**>(frame.extended_data), frame.nb_samples);
         for (auto& channel : pending_) channel.resize(static_cast<std::size_t>(std::max(got, 0)));
         skipToWanted(frame);
@@ -147,22 +156,43 @@ class LibavAudio : public AudioFile {
 
     bool makeConverter(AVFrame& frame) {
         SwrContext* made = nullptr;
-        const auto format = static_cast<AVSampleFormat>(frame.format);
-        if (swr_alloc_set_opts2(&made, &frame.ch_layout, AV_SAMPLE_FMT_FLTP, decoder_->sample_rate,
-                                &frame.ch_layout, format, decoder_->sample_rate, 0, nullptr) < 0)
-            return false;
-        converter_.reset(made);
-        if (swr_init(made) >= 0) return true;
         converter_.reset();
-        return false;
+        if (swr_alloc_set_opts2(&made, &frame.ch_layout, AV_SAMPLE_FMT_FLTP, sampleRate_, &frame.ch_layout,
+                                static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr) < 0)
+            return false;
+        Owned<SwrContext> owned(made);
+        if (swr_init(made) < 0 || av_channel_layout_copy(&converted_.layout, &frame.ch_layout) < 0)
+            return false;
+        converted_.format = frame.format;
+        converted_.sampleRate = frame.sample_rate;
+        converter_ = std::move(owned);
+        return true;
     }
+
+    /// The kind of frames that the converter takes.
+    struct FrameKind {
+        int format = AV_SAMPLE_FMT_NONE;
+        int sampleRate = 0;
+        AVChannelLayout layout{};
+
+        FrameKind() = default;
+        FrameKind(const FrameKind&) = delete;
+        FrameKind& operator=(const FrameKind&) = delete;
+        ~FrameKind() { av_channel_layout_uninit(&layout); }
+        bool isOf(const AVFrame& frame) const {
+            return format == frame.format && sampleRate == frame.sample_rate &&
+                   av_channel_layout_compare(&layout, &frame.ch_layout) == 0;
+        }
+    };
 
     LibavFile file_;
     AVStream& stream_;
     Owned<AVCodecContext> decoder_;
     Owned<AVPacket> packet_;
     Owned<AVFrame> frame_;
+    const int sampleRate_; ///< Hz; what the decoder says may change with every frame
     Owned<SwrContext> converter_;
+    FrameKind converted_;
     std::vector<std::vector<float>> pending_; ///< decoded and not yet handed out, one array a channel
     std::size_t pendingAt_ = 0;
     std::int64_t wanted_ = -1; ///< the frame to go on at after a seek; -1 when there is nothing to skip
@@ -172,7 +202,8 @@ class LibavAudio : public AudioFile {
 } // namespace
 
 std::unique_ptr<AudioFile> openWithLibav(const std::string& path) {
-    auto file = LibavFile::open(path);
+    bool hindered = false;
+    auto file = LibavFile::open(path, hindered);
     if (!file) return nullptr;
     file->findStreamInfo();
     const AVCodec* codec = nullptr;

@@ -30,16 +30,22 @@ void silenceLibav() {
     av_log_set_callback([](void*, int, const char*, va_list) {});
 }
 
-std::optional<LibavFile> LibavFile::open(const std::string& path) {
+std::optional<LibavFile> LibavFile::open(const std::string& path, bool& hindered) {
     LibavFile file;
-    file.deadline_ = std::make_unique<Clock::time_point>();
+    file.watch_ = std::make_unique<Watch>();
     file.extendDeadline();
 
     AVFormatContext* context = avformat_alloc_context();
-    if (context == nullptr) return std::nullopt;
-    context->interrupt_callback.opaque = file.deadline_.get();
-    context->interrupt_callback.callback = [](void* deadline) {
-        return Clock::now() > *static_cast<const Clock::time_point*>(deadline) ? 1 : 0;
+    if (context == nullptr) {
+        hindered = true;
+        return std::nullopt;
+    }
+    context->interrupt_callback.opaque = file.watch_.get();
+    context->interrupt_callback.callback = [](void* opaque) {
+        auto& watch = *static_cast<Watch*>(opaque);
+        const bool isLate = Clock::now() > watch.deadline;
+        watch.hasFired = watch.hasFired || isLate;
+        return isLate ? 1 : 0;
     };
     Options options;
     for (const auto& [key, value] : {std::pair{"protocol_whitelist", "file"},
@@ -51,7 +57,11 @@ std::optional<LibavFile> LibavFile::open(const std::string& path) {
     // The scheme in front keeps a path with a colon from being taken for one. On failure the context is
     // freed.
     const std::string url = "file:" + path;
-    if (avformat_open_input(&context, url.c_str(), nullptr, &options.dictionary) < 0) return std::nullopt;
+    const int result = avformat_open_input(&context, url.c_str(), nullptr, &options.dictionary);
+    if (result < 0) {
+        hindered = file.ranOutOfTime() || result == AVERROR(ENOMEM);
+        return std::nullopt;
+    }
     file.context_.reset(context);
     return file;
 }
@@ -61,7 +71,7 @@ void LibavFile::findStreamInfo() {
     avformat_find_stream_info(context_.get(), nullptr);
 }
 
-void LibavFile::extendDeadline() { *deadline_ = Clock::now() + longestRead; }
+void LibavFile::extendDeadline() { watch_->deadline = Clock::now() + longestRead; }
 
 bool LibavFile::isMovie() const { return std::string_view(context_->iformat->name).starts_with("mov,"); }
 

@@ -18,8 +18,8 @@ void silenceLibav();
 /// bounded look at it, and an end to every read that takes too long.
 class LibavFile {
   public:
-    /// Nothing when no demuxer can read it.
-    static std::optional<LibavFile> open(const std::string& path);
+    /// Nothing when no demuxer can read it; `hindered` is set when there was no time or memory to find out.
+    static std::optional<LibavFile> open(const std::string& path, bool& hindered);
 
     AVFormatContext* get() const { return context_.get(); }
     AVFormatContext* operator->() const { return context_.get(); }
@@ -27,6 +27,8 @@ class LibavFile {
     void findStreamInfo();
     /// Gives the next reads their full time again.
     void extendDeadline();
+    /// A read was given up because it took too long.
+    bool ranOutOfTime() const { return watch_->hasFired; }
     /// The demuxer for QuickTime and MP4 has opened it.
     bool isMovie() const;
 
@@ -35,10 +37,14 @@ class LibavFile {
     struct Close {
         void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
     };
+    struct Watch {
+        Clock::time_point deadline;
+        bool hasFired = false;
+    };
     LibavFile() = default;
 
-    // The context keeps a pointer to the deadline and goes first.
-    std::unique_ptr<Clock::time_point> deadline_;
+    // The context keeps a pointer to the watch and goes first.
+    std::unique_ptr<Watch> watch_;
     std::unique_ptr<AVFormatContext, Close> context_;
 };
 

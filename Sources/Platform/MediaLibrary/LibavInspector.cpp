@@ -1,9 +1,14 @@
+#include "Platform/Media/MovieAtoms.h"
 #include "Platform/MediaLibrary/LibavFile.h"
 #include "Platform/MediaLibrary/LibraryReaders.h"
 
 #include <algorithm>
 #include <span>
 #include <string_view>
+
+extern "C" {
+#include <libavutil/bswap.h>
+}
 
 namespace orvane::platform {
 
@@ -44,8 +49,7 @@ bool saysEnough(const LibavFile& file) {
 
 /// libav keeps the first character in the lowest byte.
 std::string tagText(std::uint32_t tag) {
-    std::string text;
-    for (unsigned shift = 0; shift < 32; shift += 8) text += static_cast<char>(tag >> shift & 0xFFU);
+    std::string text = fourCCText(av_bswap32(tag));
     const bool isText = std::ranges::all_of(text, [](char c) { return c >= ' ' && c < '\x7F'; });
     return isText ? text : std::string();
 }
@@ -84,10 +88,11 @@ void readMetadata(const LibavFile& file, MediaInspection& into) {
 
 } // namespace
 
-std::optional<MediaInspection> inspectWithLibav(const std::string& path) {
-    auto file = LibavFile::open(path);
+std::optional<MediaInspection> inspectWithLibav(const std::string& path, bool& hindered) {
+    auto file = LibavFile::open(path, hindered);
     if (!file) return std::nullopt;
     if (!saysEnough(*file)) file->findStreamInfo();
+    hindered = file->ranOutOfTime();
 
     MediaInspection result;
     result.durationSeconds = duration(*file);

@@ -12,10 +12,11 @@ namespace orvane::platform {
 
 namespace {
 
-std::optional<MediaInspection> inspect(const std::string& path) noexcept {
+std::optional<MediaInspection> inspect(const std::string& path, bool& hindered) noexcept {
     try {
-        return inspectWithLibav(path);
+        return inspectWithLibav(path, hindered);
     } catch (...) { // out of memory over a file that is made for it
+        hindered = true;
         return std::nullopt;
     }
 }

@@ -9,7 +9,7 @@
 
 namespace orvane::platform {
 
-std::optional<MediaInspection> inspectWithLibav(const std::string& path);
+std::optional<MediaInspection> inspectWithLibav(const std::string& path, bool& hindered);
 std::unique_ptr<AudioFile> openWithSndfile(const std::string& path);
 std::unique_ptr<AudioFile> openWithLibav(const std::string& path);
 

@@ -33,34 +33,43 @@ class Discovery : public testing::Test {
     FileDiscoveryService service;
 };
 
-TEST_F(Discovery, theExtensionAloneDecides) {
-    touch({"CLIP.MOV", "clip.mov", "a/b/c/deep.Mxf", "x.mp4", "y.m4v", "take.aiff", "take.aif", "take.wav",
-           "take.BWF", "take.mp3", "take.m4a", "take.mxf.txt", "mov", ".mov", "wav.", "ROOMTONE.wav"});
-    const DiscoveryResult result = service.discover(folder.path());
-    EXPECT_EQ(below(result.videoURLs), (Names{"CLIP.MOV", "a/b/c/deep.Mxf", "clip.mov", "x.mp4", "y.m4v"}));
-    EXPECT_EQ(below(result.audioURLs),
-              (Names{"ROOMTONE.wav", "take.BWF", "take.aif", "take.aiff", "take.wav"}));
-    EXPECT_EQ(result.totalCount(), 10U);
-}
-
-TEST_F(Discovery, hiddenAndPackagedFilesAreNobodysBusiness) {
-    touch({".hidden/a.mov", ".b.mov", "x/.Trashes/c.wav", "Edit.fcpbundle/Original Media/d.mov",
-           "Player.APP/e.wav", "notapackage.d/f.mov"});
-    const DiscoveryResult result = service.discover(folder.path());
-    EXPECT_EQ(below(result.videoURLs), Names{"notapackage.d/f.mov"});
-    EXPECT_TRUE(result.audioURLs.empty());
-}
-
-TEST_F(Discovery, aFolderNamedLikeAClipIsListedAndEntered) {
-    touch({"shoot.mov/inside.mov"});
-    EXPECT_EQ(below(service.discover(folder.path()).videoURLs), (Names{"shoot.mov", "shoot.mov/inside.mov"}));
-}
-
-TEST_F(Discovery, namesAreBytes) {
-    const Names names{"a \"quoted\".mov", "emoji \xF0\x9F\x8E\xAC.mov", "latin-1 \xE9.mov",
-                      "line\nbreak.mov"};
-    touch(names);
-    EXPECT_EQ(below(service.discover(folder.path()).videoURLs), names);
+TEST_F(Discovery, namesDecide) {
+    const struct {
+        const char* folder;
+        Names there, videos, audios;
+    } cases[] = {
+        {"the extension alone",
+         {"CLIP.MOV", "clip.mov", "a/b/c/deep.Mxf", "x.mp4", "y.m4v", "t.aiff", "t.aif", "t.wav", "t.BWF",
+          "t.mp3", "t.m4a", "t.mxf.txt", "mov", ".mov", "wav.", "ROOMTONE.wav"},
+         {"CLIP.MOV", "a/b/c/deep.Mxf", "clip.mov", "x.mp4", "y.m4v"},
+         {"ROOMTONE.wav", "t.BWF", "t.aif", "t.aiff", "t.wav"}},
+        {"hidden and packaged files are nobody's business",
+         {".hidden/a.mov", ".b.mov", "x/.Trashes/c.wav", "Edit.fcpbundle/Original Media/d.mov",
+          "Player.APP/e.wav", "notapackage.d/f.mov"},
+         {"notapackage.d/f.mov"},
+         {}},
+        {"a folder named like a clip is listed and entered",
+         {"shoot.mov/inside.mov"},
+         {"shoot.mov", "shoot.mov/inside.mov"},
+         {}},
+        {"names are bytes",
+         {"a \"quoted\".mov", "emoji \xF0\x9F\x8E\xAC.mov", "latin-1 \xE9.mov", "line\nbreak.mov"},
+         {"a \"quoted\".mov", "emoji \xF0\x9F\x8E\xAC.mov", "latin-1 \xE9.mov", "line\nbreak.mov"},
+         {}},
+    };
+    for (const auto& row : cases) {
+        const std::string base = std::string(row.folder) + "/";
+        for (const std::string& name : row.there) touch({base + name});
+        const DiscoveryResult result = service.discover(folder.path(row.folder));
+        const auto found = [&](const std::vector<FileURL>& urls) {
+            Names names = below(urls);
+            for (std::string& name : names) name.erase(0, base.size());
+            return names;
+        };
+        EXPECT_EQ(found(result.videoURLs), row.videos) << row.folder;
+        EXPECT_EQ(found(result.audioURLs), row.audios) << row.folder;
+        EXPECT_EQ(result.totalCount(), row.videos.size() + row.audios.size()) << row.folder;
+    }
 }
 
 TEST_F(Discovery, loopsEnd) {

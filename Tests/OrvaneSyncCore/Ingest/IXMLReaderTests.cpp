@@ -75,9 +75,6 @@ TEST(ChunkWalk, readsNoMoreThanThereIs) {
     EXPECT_TRUE(readBytes(claiming(document)).ixml.has_value());
     EXPECT_FALSE(readBytes(claiming(document.substr(0, document.size() - 3))).ixml.has_value());
     EXPECT_EQ(readBytes(claiming("<")).bext.timeRef, 7U);
-    // Every file that ends early is read as far as it goes.
-    const std::string whole = wave().bext({.timeReference = 7}).iXML(document).bytes();
-    for (std::size_t size = 0; size < whole.size(); ++size) readBytes(whole.substr(0, size));
 }
 
 TEST(ChunkWalk, aHoleIsNoDocument) {
@@ -160,15 +157,9 @@ TEST(IXMLDocument, fieldsAreFoundByTheirBareNames) {
                "<SPEED><NOTE>x</NOTE><SCENE>no</SCENE><TIMECODE_RATE>30000/1001</TIMECODE_RATE></SPEED>"
                "<TIMECODE_RATE>1/1</TIMECODE_RATE>");
     ASSERT_TRUE(data.has_value());
-    EXPECT_EQ(data->project, "P & Q");
-    EXPECT_EQ(data->scene, "12A");
-    EXPECT_EQ(data->take, "3");
-    EXPECT_EQ(data->tape, "R1");
-    EXPECT_EQ(data->note, "a < b");
-    EXPECT_TRUE(data->isCircled());
-    EXPECT_TRUE(data->isWildTrack());
-    EXPECT_EQ(data->timecodeRate, "30000/1001");
-    EXPECT_TRUE(data->tracks.empty());
+    EXPECT_EQ(toJSON(*data).dump(),
+              R"({"circled":"true","note":"a < b","project":"P & Q","scene":"12A","take":"3","tape":"R1",)"
+              R"("timecodeRate":"30000/1001","tracks":[],"wildTrack":"TRUE"})");
 }
 
 TEST(IXMLDocument, theLastElementOfANameCounts) {
@@ -220,22 +211,15 @@ TEST(IXMLDocument, whatIsNotTrustedIsNotRead) {
     };
     for (const auto& row : cases)
         EXPECT_EQ(IXMLReader::parseIXMLContent(row.bytes).has_value(), row.isRead) << row.name;
-    // Ten entities of ten entities each, nine times over, where the first look does not see them.
-    std::string laughs = "<!--" + padding + "--><!DOCTYPE x [<!ENTITY a0 \"ha\">";
-    for (int i = 1; i < 10; ++i) {
-        laughs += "<!ENTITY a" + std::to_string(i) + " \"";
-        for (int k = 0; k < 10; ++k) laughs += "&a" + std::to_string(i - 1) + ";";
-        laughs += "\">";
-    }
-    EXPECT_FALSE(IXMLReader::parseIXMLContent(laughs + "]><A><NOTE>&a9;</NOTE></A>").has_value());
 }
 
 TEST(IXMLDocument, fiftyMegabytesOfText) {
-    const std::string note(50'000'000, 'x');
+    std::string note = "x";
+    for (int i = 0; i < 25'000'000; ++i) note += "\xC3\xA9";
     const auto read =
         readBytes(wave().iXML("<BWFXML><NOTE>" + note + "</NOTE><TAKE>1</TAKE></BWFXML>").bytes());
     ASSERT_TRUE(read.ixml.has_value());
-    EXPECT_EQ(read.ixml->note->size(), note.size());
+    EXPECT_EQ(read.ixml->note, note.substr(0, 65535)) << "64 KB of a field, and no half character";
     EXPECT_EQ(read.ixml->take, "1");
 }
 

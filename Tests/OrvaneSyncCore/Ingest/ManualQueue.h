@@ -11,7 +11,7 @@ namespace orvane::test {
 
 /// A serial queue whose time a test moves: posted work runs at once on the thread that posts, work for later
 /// when its moment has come, or at destruction.
-class ManualQueue final : public platform::SerialQueue {
+class ManualQueue : public platform::SerialQueue {
   public:
     ~ManualQueue() override { advance(std::chrono::hours(1)); }
     void post(std::function<void()> work) override { sync(work); }

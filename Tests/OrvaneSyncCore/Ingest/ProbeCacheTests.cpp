@@ -7,9 +7,11 @@
 
 #include <chrono>
 #include <filesystem>
+#include <limits>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace orvane {
 namespace {
@@ -147,22 +149,15 @@ TEST_F(Cache, aBrokenFileIsAColdCache) {
     open();
     const std::string good = folder.read(cacheFile);
     const std::string key = JSON(asset.url.path).dump();
-    const std::string contents[] = {"",
-                                    "no json",
-                                    "[]",
-                                    "null",
-                                    "{",
-                                    "{}x",
-                                    good + "{}",
-                                    good.substr(0, good.size() / 2),
-                                    good.substr(0, good.size() - 2),
-                                    "{\"a\":1}",
-                                    "{\"a\":{\"b\":[}}",
-                                    "{\"\xFF\":{}}",
-                                    "{" + key + ":{}}",
-                                    "{" + key + ":{\"modificationDate\":1,\"fileSize\":\"3\"}}",
-                                    "{" + key + ":" + std::string(100'000, '{') + "}",
-                                    std::string(1000, '\0')};
+    std::vector<std::string> contents{good + "{}", good.substr(0, good.size() / 2),
+                                      good.substr(0, good.size() - 2), std::string(1000, '\0')};
+    for (const char* text :
+         {"", "no json", "[]", "null", "{", "{}x", "{\"a\":1}", "{\"a\":{\"b\":[}}", "{\"\xFF\":{}}"})
+        contents.emplace_back(text);
+    for (const std::string& record :
+         {std::string("{}"), std::string(R"({"modificationDate":1,"fileSize":"3"})"),
+          std::string(100'000, '{')})
+        contents.push_back("{" + key + ":" + record + "}");
     for (const std::string& text : contents) {
         SCOPED_TRACE(text.substr(0, 60));
         folder.write(cacheFile, text);
@@ -173,6 +168,26 @@ TEST_F(Cache, aBrokenFileIsAColdCache) {
         open();
         EXPECT_TRUE(holds(asset)) << "the next save replaces it";
     }
+}
+
+TEST_F(Cache, whatWouldNotDecodeIsNotKept) {
+    const MediaAsset good = stored("good.wav");
+    MediaAsset bad = media("bad.wav");
+    bad.offspeedConfidence = OffspeedConfidence::confirmed(true, std::numeric_limits<double>::infinity());
+    cache->store(bad);
+    EXPECT_FALSE(holds(bad));
+    open();
+    EXPECT_FALSE(holds(bad));
+    EXPECT_TRUE(holds(good));
+}
+
+TEST_F(Cache, aPipeInItsPlaceHoldsNobodyUp) {
+    folder.write("cache/other", "");
+    ASSERT_EQ(::mkfifo(folder.path(cacheFile).c_str(), 0600), 0);
+    open();
+    const MediaAsset asset = stored("a.wav");
+    queue->advance(1s);
+    EXPECT_TRUE(holds(asset));
 }
 
 TEST_F(Cache, oneRecordOfAnotherBuildEmptiesWhatWasLoaded) {
@@ -188,6 +203,12 @@ TEST_F(Cache, oneRecordOfAnotherBuildEmptiesWhatWasLoaded) {
     EXPECT_FALSE(holds(b));
     EXPECT_TRUE(holds(c)) << "stored in this run";
     EXPECT_EQ(cache->count(), 1U);
+    open();
+    folder.write(cacheFile, text);
+    open();
+    EXPECT_FALSE(holds(a) || holds(b));
+    queue->advance(1s);
+    EXPECT_EQ(folder.read(cacheFile), "{}\n") << "the next run is not emptied again";
 }
 
 TEST_F(Cache, aFolderThatCannotBeWrittenIsTriedAgain) {
@@ -201,16 +222,6 @@ TEST_F(Cache, aFolderThatCannotBeWrittenIsTriedAgain) {
     queue->advance(1s);
     open();
     EXPECT_TRUE(holds(asset));
-}
-
-TEST_F(Cache, twoProcessesDoNoHarm) {
-    ProbeCache other(folder.path(cacheFile), std::make_unique<ManualQueue>());
-    const MediaAsset a = stored("a.wav"), b = media("b.wav");
-    other.store(b);
-    open();
-    EXPECT_TRUE(holds(a));
-    EXPECT_FALSE(other.lookup(a.url).has_value());
-    EXPECT_TRUE(other.lookup(b.url).has_value());
 }
 
 TEST_F(Cache, clearForgetsAllAndRemovesTheFile) {

@@ -72,6 +72,10 @@ TEST(Records, JSONForms) {
     expectJSONForm<WildTrack>(std::string(R"({"id":"00000000-0000-4000-8000-000000000001","audio":)") +
                                   videoText + R"(,"customName":"Rain","isApproved":true})",
                               {});
+    const std::string strayID =
+        R"({"id":"00000000-0000-4000-8000-00000000000F","customName":"","isApproved":true,"audio":)";
+    const auto track = fromJSON<WildTrack>(JSON::parse(strayID + videoText + "}"));
+    EXPECT_EQ(track.id, track.audio.id);
     EXPECT_EQ(keys(groupText(optionalsText)).size(), 31U);
 
     const std::string group = groupText("");
@@ -85,6 +89,14 @@ TEST(Records, JSONForms) {
         std::string text = group;
         text.replace(text.find(good), std::string_view(good).size(), bad);
         EXPECT_THROW(fromJSON<SyncGroup>(JSON::parse(text)), DecodingError) << bad;
+    }
+    try {
+        JSON inList = JSON::parse(group);
+        inList.set("audioMatches", JSON::Array{JSON::object()});
+        fromJSON<SyncGroup>(inList);
+        ADD_FAILURE();
+    } catch (const DecodingError& error) {
+        EXPECT_TRUE(std::string(error.what()).starts_with("audioMatches: ")) << error.what();
     }
 }
 

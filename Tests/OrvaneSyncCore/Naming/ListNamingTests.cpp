@@ -126,6 +126,12 @@ TEST(PatternEditor, previews) {
     editor.counterDigits = 4;
     EXPECT_EQ(editor.previewString(day), "10-1") << "widths of their own stay";
     EXPECT_EQ(editor.counterToken(), "{counter:4}");
+    editor = {.pattern = "{counter}", .counterDigits = 1'000'000, .counterValue = 99999, .caretPosition = {}};
+    EXPECT_EQ(editor.counterToken(), "{counter:6}");
+    EXPECT_EQ(editor.previewString(day), "009999");
+    editor.counterDigits = editor.counterValue = -5;
+    EXPECT_EQ(editor.counterToken(), "{counter:1}");
+    EXPECT_EQ(editor.previewString(day), "1");
 }
 
 TEST(BatchRenamer, transform) {
@@ -137,6 +143,7 @@ TEST(BatchRenamer, transform) {
     };
     const auto pad = [](int digits) { return BatchRenamer{"", "", digits, "", ""}; };
     for (const Case& test : {
+             Case{"no more than six digits", pad(2'000'000'000), "A7", "A000007"},
              Case{"all at once", {"A", "B7", 3, "<", ">"}, "A7_A", "<B077_B007>"},
              Case{"exact case", {"a", "x", 0, "", ""}, "Aa", "Ax"},
              Case{"overlapping finds", {"aa", "b", 0, "", ""}, "aaa", "ba"},

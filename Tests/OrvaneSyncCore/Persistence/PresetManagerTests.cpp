@@ -104,6 +104,9 @@ TEST_F(Persistence, presetFilesBearSafeNames) {
     home.write("data/Orvane Tandrel/Presets/folder.json/x", "");
     EXPECT_EQ(presets.list(), (std::vector<std::string>{".hidden", "24-00-A", "Preset 2", "Preset 10"}));
 
+    home.write("data/Orvane Tandrel/Presets/huge.json", "{" + std::string(20'000'000, ' ') + "}");
+    EXPECT_THROW(presets.load("huge", store), platform::FileError);
+
     presets.deletePreset("24-00-A");
     EXPECT_FALSE(presets.exists("24:00/A"));
     EXPECT_THROW(presets.deletePreset("24-00-A"), platform::FileError);

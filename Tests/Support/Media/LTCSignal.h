@@ -1,12 +1,19 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace orvane::test {
 
-/// Linear timecode as a recorder hears it: biphase mark code of 80-bit frames (SMPTE 12M), one after the
-/// other.
+/// The 80 bits of one frame of linear timecode (SMPTE 12M) as digits, flags and user bits 0, sync word at the
+/// end.
+std::string ltcBits(int hours, int minutes, int seconds, int frames);
+
+/// Biphase mark: the level changes at the start of each bit, of the first one too, and in the middle of a 1.
+std::vector<float> ltcSignal(const std::string& bits, double samplesPerBit, float level = 0.5F);
+
+/// Linear timecode as a recorder hears it, one frame after the other.
 struct LTCSignal {
     std::uint32_t sampleRate = 48000;
     int framesPerSecond = 25;

@@ -3,7 +3,6 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 #include "Platform/Text.h"
 
-#include <charconv>
 #include <set>
 #include <unordered_set>
 
@@ -11,16 +10,8 @@ namespace orvane::ExportPreview {
 
 namespace {
 
-std::optional<std::int64_t> wholeNumber(std::string_view text) {
-    if (text.starts_with('+')) text.remove_prefix(1);
-    std::int64_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    const bool whole = error == std::errc{} && end == text.data() + text.size();
-    return whole ? std::optional(value) : std::nullopt;
-}
-
 bool comesBefore(const std::string& a, const std::string& b) {
-    const auto x = wholeNumber(a), y = wholeNumber(b);
+    const auto x = platform::text::decimalInteger(a), y = platform::text::decimalInteger(b);
     if (x && y) return *x < *y;
     return platform::text::compareLocalizedStandard(a, b) < 0;
 }

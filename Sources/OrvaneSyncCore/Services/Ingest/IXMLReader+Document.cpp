@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <map>
 #include <utility>
 
@@ -16,6 +15,8 @@ namespace {
 using platform::text::trimmed;
 
 constexpr std::size_t entityTestBytes = 65536;
+/// Of one field: it is shown in lists and written into every document.
+constexpr std::size_t longestField = 65536;
 constexpr std::string_view entityDeclaration = "<!ENTITY";
 
 bool declaresEntities(std::string_view document) {
@@ -26,12 +27,9 @@ bool declaresEntities(std::string_view document) {
                        sameLetter) != start.end();
 }
 
-std::optional<int> decimalInteger(std::string_view text) {
-    if (text.starts_with('+')) text.remove_prefix(1);
-    int value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-    return value;
+std::optional<int> trackIndex(std::string_view text) {
+    const auto value = platform::text::decimalInteger(text);
+    return value && std::in_range<int>(*value) ? std::optional(static_cast<int>(*value)) : std::nullopt;
 }
 
 /// Collects the fields of one document. Elements are told by their bare name, whatever its case and wherever
@@ -41,6 +39,7 @@ class IXMLParserDelegate final : public platform::XMLStreamHandler {
     void startElement(std::string_view name) override {
         const std::string element = platform::text::uppercased(name);
         currentText_.clear();
+        isFull_ = false;
         if (element == "TRACK_LIST") {
             inTrackList_ = true;
         } else if (element == "TRACK" && inTrackList_) {
@@ -53,7 +52,12 @@ class IXMLParserDelegate final : public platform::XMLStreamHandler {
         }
     }
 
-    void characters(std::string_view text) override { currentText_ += text; }
+    void characters(std::string_view text) override {
+        if (isFull_) return;
+        const std::string_view fitting = platform::text::beginning(text, longestField - currentText_.size());
+        currentText_ += fitting;
+        isFull_ = fitting.size() < text.size();
+    }
 
     void endElement(std::string_view name) override {
         const std::string element = platform::text::uppercased(name);
@@ -73,9 +77,9 @@ class IXMLParserDelegate final : public platform::XMLStreamHandler {
   private:
     void endInTrack(std::string_view element, std::string_view text) {
         if (element == "CHANNEL_INDEX") {
-            currentChannelIndex_ = decimalInteger(text);
+            currentChannelIndex_ = trackIndex(text);
         } else if (element == "INTERLEAVE_INDEX") {
-            currentInterleaveIndex_ = decimalInteger(text);
+            currentInterleaveIndex_ = trackIndex(text);
         } else if (element == "NAME") {
             currentTrackName_ = text;
         } else if (element == "TRACK") {
@@ -109,6 +113,7 @@ class IXMLParserDelegate final : public platform::XMLStreamHandler {
 
     IXMLData data_;
     std::string currentText_;
+    bool isFull_ = false; ///< what more comes of the field is dropped
     bool inTrackList_ = false;
     bool inTrack_ = false;
     bool inSpeed_ = false;

@@ -1,8 +1,10 @@
 #include "OrvaneSyncCore/Services/Ingest/IXMLReader.h"
 
+#include "Platform/Text.h"
+#include "Platform/WaveChunks.h"
+
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <vector>
 
 namespace orvane {
@@ -11,15 +13,13 @@ namespace {
 
 using platform::ByteCursor;
 using platform::RandomAccessFile;
+using platform::WaveChunks;
 
-constexpr int mostChunks = 10000;
-constexpr std::size_t riffHeaderBytes = 12;
-constexpr std::size_t chunkHeaderBytes = 8;
 /// The last field that is used ends at byte 346; a long coding history behind it is never loaded.
 constexpr std::uint64_t bextBytesRead = 512;
 constexpr std::uint64_t documentPiece = std::uint64_t{1} << 18U;
-/// No recorder writes a document anywhere near this size.
-constexpr std::size_t largestDocument = std::size_t{1} << 28U;
+/// No recorder writes a document anywhere near this size, and several files are read at once.
+constexpr std::size_t largestDocument = std::size_t{1} << 26U;
 
 /// The bytes of the wanted chunks, each the first of its name that holds anything.
 struct Chunks {
@@ -49,33 +49,23 @@ void readDocument(RandomAccessFile& file, std::uint64_t at, std::uint64_t size, 
 }
 
 void readChunks(RandomAccessFile& file, Chunks& chunks) {
-    const ByteCursor riff = file.peek(0, riffHeaderBytes);
-    if (riff.size() < riffHeaderBytes) return;
+    const ByteCursor riff = file.peek(0, WaveChunks::formBytes);
+    if (riff.size() < WaveChunks::formBytes) return;
     if (riff.text().substr(0, 4) != "RIFF" || riff.text().substr(8, 4) != "WAVE") return;
 
-    std::uint64_t position = riffHeaderBytes;
-    for (int i = 0; i < mostChunks && !chunks.isComplete(); ++i) {
-        const ByteCursor header = file.peek(position, chunkHeaderBytes);
-        const auto size = header.u32le(4);
-        if (!size) return;
-        const std::uint64_t body = position + chunkHeaderBytes;
-        const std::string_view id = header.text().substr(0, 4);
-        if (id == "bext" && chunks.wantsBext && chunks.bext.empty())
-            chunks.bext = file.read(body, std::min<std::uint64_t>(*size, bextBytesRead));
-        else if (id == "iXML" && chunks.wantsIXML && !chunks.hasIXML)
-            readDocument(file, body, *size, chunks);
-        position = body + *size + *size % 2;
+    WaveChunks walk(file);
+    while (const auto chunk = chunks.isComplete() ? std::nullopt : walk.next()) {
+        if (chunk->is("bext") && chunks.wantsBext && chunks.bext.empty())
+            chunks.bext = file.read(chunk->body, std::min<std::uint64_t>(chunk->size, bextBytesRead));
+        else if (chunk->is("iXML") && chunks.wantsIXML && !chunks.hasIXML)
+            readDocument(file, chunk->body, chunk->size, chunks);
     }
-}
-
-bool isASCII(std::string_view text) {
-    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
 /// Without blanks and control characters, NUL among them, at both ends. Nothing for bytes that are not ASCII.
 std::optional<std::string_view> asciiField(const ByteCursor& chunk, std::size_t at, std::size_t count) {
     const auto bytes = chunk.slice(at, count);
-    if (!bytes || !isASCII(bytes->text())) return std::nullopt;
+    if (!bytes || !platform::text::isASCII(bytes->text())) return std::nullopt;
     const auto isTrimmed = [](char c) { return c <= ' ' || c == '\x7F'; };
     std::string_view text = bytes->text();
     while (!text.empty() && isTrimmed(text.front())) text.remove_prefix(1);
@@ -85,22 +75,23 @@ std::optional<std::string_view> asciiField(const ByteCursor& chunk, std::size_t 
 
 /// Year, month and day between ":" or "-", at noon.
 std::optional<Date> dateFromField(std::string_view text) {
-    std::array<int, 3> numbers{};
+    std::array<std::int64_t, 3> numbers{};
     std::size_t count = 0;
     while (!text.empty()) {
         const std::size_t end = std::min(text.find_first_of(":-"), text.size());
-        std::string_view piece = text.substr(0, end);
+        const std::string_view piece = text.substr(0, end);
         text.remove_prefix(std::min(end + 1, text.size()));
         if (piece.empty()) continue;
         if (count == numbers.size()) return std::nullopt;
-        if (piece.starts_with('+')) piece.remove_prefix(1);
-        const auto [stop, error] = std::from_chars(piece.data(), piece.data() + piece.size(), numbers[count]);
-        if (error != std::errc{} || stop != piece.data() + piece.size()) return std::nullopt;
-        ++count;
+        const auto number = platform::text::decimalInteger(piece);
+        if (!number) return std::nullopt;
+        numbers[count++] = *number;
     }
     if (count != numbers.size()) return std::nullopt;
     constexpr int noon = 12;
-    return calendar::date({numbers[0], numbers[1], numbers[2], noon, 0, 0});
+    // The field has ten characters, and so no number leaves 32 bits.
+    return calendar::date({static_cast<int>(numbers[0]), static_cast<int>(numbers[1]),
+                           static_cast<int>(numbers[2]), noon, 0, 0});
 }
 
 IXMLReader::Bext parseBext(const ByteCursor& chunk) {

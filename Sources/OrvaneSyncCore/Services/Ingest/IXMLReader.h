@@ -12,7 +12,8 @@
 namespace orvane {
 
 /// Reads the broadcast chunks of a recorder's RIFF/WAVE file, "bext" and "iXML", wherever they lie, without
-/// touching the sound. Whatever cannot be read is absent; nothing throws. Stateless; any thread.
+/// touching the sound. Whatever cannot be read is absent; throws nothing but std::bad_alloc. Stateless; any
+/// thread.
 class IXMLReader {
   public:
     struct Bext {
@@ -39,7 +40,7 @@ class IXMLReader {
     Broadcast readBroadcast(platform::RandomAccessFile& file) const;
 
     /// The iXML document in the bytes of its chunk, which end at the first NUL. Nothing when it is not
-    /// well-formed to its end or declares entities.
+    /// well-formed to its end or declares entities. Of each field the first 64 KB are kept.
     static std::optional<IXMLData> parseIXMLContent(std::string_view bytes);
 };
 

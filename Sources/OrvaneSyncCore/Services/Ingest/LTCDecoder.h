@@ -18,7 +18,8 @@ struct Frame {
     double atSeconds = 0; ///< where the block of samples that completed the frame begins in the file
 };
 
-/// Channels count from 0; one beyond the last means the last, a negative one the first.
+/// Channels count from 0; one beyond the last means the last, a negative one the first. An open file must
+/// stand at its start, and stands somewhere behind it afterwards.
 std::optional<Frame> decodeFirstFrame(const std::string& path, int channelIndex);
 std::optional<Frame> decodeFirstFrame(platform::AudioFile& file, int channelIndex);
 

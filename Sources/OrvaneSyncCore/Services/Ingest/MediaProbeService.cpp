@@ -10,11 +10,11 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <limits>
 #include <string_view>
 #include <thread>
+#include <tuple>
 #include <utility>
 
 namespace orvane {
@@ -65,20 +65,15 @@ std::optional<Date> creationDate(const std::vector<MediaMetadataItem>& metadata)
 }
 
 std::optional<double> numberOf(const MediaMetadataItem& item) {
-    if (item.number) return item.number;
-    if (!item.string) return std::nullopt;
-    std::string_view text = *item.string;
-    if (text.starts_with('+')) text.remove_prefix(1);
-    double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(value))
-        return std::nullopt;
-    return value;
+    if (item.number) return std::isfinite(*item.number) ? item.number : std::nullopt;
+    return item.string ? platform::text::decimalNumber(*item.string) : std::nullopt;
 }
 
-/// Takes the rates that the camera wrote beside the picture. True when it named the project's.
+/// Takes the rates that the camera wrote beside the picture, unless one is so many times the other that no
+/// number holds it. True when it named the project's.
 bool takeVendorRates(MediaAsset& asset, const std::vector<MediaMetadataItem>& metadata) {
     bool confirmed = false;
+    const auto earlier = std::pair(asset.sensorFrameRate, asset.projectFrameRate);
     for (const MediaMetadataItem& item : metadata) {
         const std::string key = platform::text::lowercased(item.key.empty() ? item.commonKey : item.key);
         const auto containsAny = [&key](const auto& words) {
@@ -93,6 +88,8 @@ bool takeVendorRates(MediaAsset& asset, const std::vector<MediaMetadataItem>& me
         if (isProjectRate) asset.projectFrameRate = rate;
         confirmed = confirmed || isProjectRate;
     }
+    if (!std::isfinite(OffspeedDetector::slowMotionFactor(asset.sensorFrameRate, asset.projectFrameRate)))
+        std::tie(asset.sensorFrameRate, asset.projectFrameRate) = earlier;
     return confirmed;
 }
 
@@ -157,8 +154,17 @@ MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
     }
     platform::concurrently(missing.size(), maxConcurrentProbes, [&](std::size_t which) {
         const std::size_t i = missing[which];
-        assets[i] = probeFile(urls[i], kind);
-        if (cache_ && known[i].attributes) cache_->store(assets[i], *known[i].attributes);
+        bool isProbed = false;
+        try {
+            Probed probed = probeFile(urls[i], kind);
+            if (known[i].earlierID) probed.asset.id = *known[i].earlierID;
+            assets[i] = std::move(probed.asset);
+            isProbed = true;
+            if (cache_ && known[i].attributes && probed.isFact)
+                cache_->store(assets[i], *known[i].attributes);
+        } catch (const std::exception&) { // one file took all the memory; the others go on
+            if (!isProbed) assets[i] = MediaAsset(urls[i], kind);
+        }
         report();
     });
     return assets;
@@ -172,21 +178,36 @@ void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, std::vec
              [&](std::size_t i) { known[i].attributes = platform::files::attributes(urls[i].path); });
     const auto candidates = cache_->candidates(urls);
     inBlocks(urls.size(), std::thread::hardware_concurrency(), [&](std::size_t i) {
-        if (auto asset = cache_->resolve(candidates[i], known[i].attributes)) {
+        auto asset = cache_->resolve(candidates[i], known[i].attributes);
+        if (!asset) return;
+        known[i].isHit = mayStandFor(*asset, assets[i].kind);
+        if (known[i].isHit)
             assets[i] = std::move(*asset);
-            known[i].isHit = true;
-        }
+        else if (asset->kind == assets[i].kind)
+            known[i].earlierID = asset->id;
     });
+}
+
+/// A recording without timecode may have been probed while its sound was not to be listened to.
+bool MediaProbeService::mayStandFor(const MediaAsset& cached, AssetKind kind) const {
+    if (cached.kind != kind) return false;
+    const bool mayHoldLTC = mayHoldBroadcastChunks(cached.url.lowercasedExtension()) &&
+                            !cached.startTimecodeString && !cached.bextTimeReference;
+    return !mayHoldLTC || !settings_.boolean("ltc.enabled");
 }
 
 /// Later steps overwrite and read what earlier ones wrote. The file is opened once, by its path, and
 /// everything but its sound is read through that.
-MediaAsset MediaProbeService::probeFile(const FileURL& url, AssetKind kind) const {
-    MediaAsset asset(url, kind);
+MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, AssetKind kind) const {
+    Probed probed{MediaAsset(url, kind)};
+    MediaAsset& asset = probed.asset;
     auto file = RandomAccessFile::open(url.path);
-    if (!file) return asset;
+    if (!file) return probed;
 
-    const MediaInspection inspection = platform::inspectMedia(url.path, *file).value_or(MediaInspection());
+    bool hindered = false;
+    const MediaInspection inspection =
+        platform::inspectMedia(url.path, *file, hindered).value_or(MediaInspection());
+    probed.isFact = !hindered;
     takeTracks(asset, inspection);
     asset.contentCreatedDate = creationDate(inspection.metadata);
 
@@ -203,7 +224,7 @@ MediaAsset MediaProbeService::probeFile(const FileURL& url, AssetKind kind) cons
     if (kind == AssetKind::video)
         asset.offspeedConfidence = offspeedConfidence(asset, rateFromTimecodeTrack, vendorConfirmed);
     if (mayHoldBroadcastChunks(extension)) readBroadcastMetadata(asset, *file);
-    return asset;
+    return probed;
 }
 
 void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFile& file) const {
@@ -220,8 +241,13 @@ void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFil
                                 : std::nullopt;
         const auto assumed =
             asset.frameRate ? TimecodeUtils::frameRate(*asset.frameRate) : TimecodeFrameRate::fps24;
-        asset.startTimecodeString = TimecodeUtils::bextToTC(
-            *asset.bextTimeReference, asset.sampleRate.value_or(assumedSampleRate), stated.value_or(assumed));
+        const double seconds = TimecodeUtils::bextToSeconds(*asset.bextTimeReference,
+                                                            asset.sampleRate.value_or(assumedSampleRate));
+        // A rate of a few Hz makes ages of a count of samples, and what no timecode can count would be
+        // midnight.
+        const TimecodeFrameRate rate = stated.value_or(assumed);
+        if (seconds * timecodeRate::frameRateForRealTimeCalculation(rate) < Timecode::frameCountLimit)
+            asset.startTimecodeString = TimecodeUtils::secondsToTC(seconds, rate);
     } else if (settings_.boolean("ltc.enabled")) {
         const std::int64_t channel = settings_.integer("ltc.channelIndex");
         constexpr std::int64_t lowest = std::numeric_limits<int>::min(),

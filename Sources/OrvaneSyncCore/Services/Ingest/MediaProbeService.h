@@ -15,8 +15,8 @@
 namespace orvane {
 
 /// Turns the location of a file into a filled `MediaAsset`. Never fails: what a file does not tell is absent,
-/// and a file that cannot be opened gives its name, place and kind. Its operations run one at a time; call
-/// them from any thread that may wait, and not from within `progress`.
+/// and a file that cannot be opened, or takes more memory than there is, gives its name, place and kind. Its
+/// operations run one at a time; call them from any thread that may wait, and not from within `progress`.
 class MediaProbeService {
   public:
     static constexpr std::size_t maxConcurrentProbes = 8;
@@ -36,10 +36,19 @@ class MediaProbeService {
     struct Known {
         std::optional<platform::FileAttributes> attributes;
         bool isHit = false;
+        std::optional<UUID>
+            earlierID; ///< of the asset that the cache holds but cannot stand for the file now
+    };
+    struct Probed {
+        MediaAsset asset;
+        /// Whether another probe of the same file would tell the same: not when it could not be opened, nor
+        /// when a library was missing or ran out of time.
+        bool isFact = false;
     };
     void takeFromCache(const std::vector<FileURL>& urls, std::vector<Known>& known,
                        std::vector<MediaAsset>& assets) const;
-    MediaAsset probeFile(const FileURL& url, AssetKind kind) const;
+    bool mayStandFor(const MediaAsset& cached, AssetKind kind) const;
+    Probed probeFile(const FileURL& url, AssetKind kind) const;
     void readBroadcastMetadata(MediaAsset& asset, platform::RandomAccessFile& file) const;
 
     const platform::SettingsStore& settings_;

@@ -98,12 +98,15 @@ std::optional<MediaAsset> ProbeCache::lookup(const FileURL& url) {
     return resolve(candidates({url}).front(), platform::files::attributes(url.path));
 }
 
-/// Where one record cannot be decoded, the file comes from another build, and none of it counts.
+/// Where one record cannot be decoded, the file comes from another build, and none of it counts. It is
+/// written anew without them, or the same record would empty the cache in every run.
 void ProbeCache::forgetLoaded(const std::shared_ptr<const std::string>& text) {
     queue_->post([this, text] {
         if (loaded_ != text) return;
         loaded_.reset();
         std::erase_if(entries_, [&text](const auto& entry) { return entry.second.text_ == text; });
+        changed_ = true;
+        scheduleSave();
     });
 }
 
@@ -119,6 +122,8 @@ void ProbeCache::store(const MediaAsset& asset, const platform::FileAttributes& 
     Candidate entry;
     entry.text_ = std::make_shared<const std::string>(record.dump());
     entry.record_ = *entry.text_;
+    // A value that JSON cannot hold would make the file unreadable for the next run.
+    if (!resolve(entry, attributes)) return;
     queue_->post([this, key = keyOf(asset.url), entry = std::move(entry)] {
         entries_[key] = entry;
         changed_ = true;
@@ -137,6 +142,8 @@ void ProbeCache::scheduleSave() {
 
 void ProbeCache::write() {
     if (!changed_) return;
+    // Where something else stands at the path, such as a named pipe, a write could wait for ever.
+    if (const auto there = platform::files::attributes(path_); there && !there->isRegularFile) return;
     try {
         platform::files::createDirectories(std::filesystem::path(path_).parent_path().string());
         platform::files::writeAtomically(path_, encoded());

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/TimecodeTrackReader.h"
 
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Platform/MovieTail.h"
 
 #include <algorithm>
 #include <array>
@@ -19,7 +20,6 @@ using platform::RandomAccessFile;
 constexpr int mostAtoms = 10000;
 constexpr std::uint64_t headerBytes = 8;
 constexpr std::uint64_t wideHeaderBytes = 16;
-constexpr std::uint64_t tailBytes = 5'000'000;
 constexpr std::uint64_t smallestMovie = 9;
 constexpr std::uint32_t smallestSample = 4;
 constexpr double highestRate = 240;
@@ -138,27 +138,16 @@ std::optional<TimecodeParseResult> parseMovie(RandomAccessFile& file, Range movi
     return found;
 }
 
-/// A recording that was cut off, or media data that claims to reach to the end of the file, hides the movie
-/// header from the walk. It is then the last thing in the file.
-std::optional<Range> findMovieInTail(RandomAccessFile& file) {
-    const std::uint64_t start = file.size() - std::min(file.size(), tailBytes);
-    const std::vector<std::byte> tail = file.read(start, tailBytes);
-    if (tail.size() < headerBytes) return std::nullopt;
-    const ByteCursor bytes(tail);
-    const std::size_t name = bytes.text().rfind("moov", tail.size() - headerBytes);
-    if (name == std::string_view::npos || name < 4) return std::nullopt;
-    const std::uint64_t size = bytes.u32be(name - 4).value_or(0);
-    if (size < smallestMovie) return std::nullopt;
-    return Atom{start + name - 4, size, {}}.contents();
-}
-
 std::optional<Range> findMovie(RandomAccessFile& file) {
     std::optional<Atom> movie;
     walkAtoms(file, {0, file.size()}, [&movie](const Atom& atom) {
         if (atom.is("moov")) movie = atom;
         return !movie;
     });
-    if (!movie) return findMovieInTail(file);
+    if (!movie) {
+        const auto hidden = platform::findMovieInTail(file);
+        return hidden ? std::optional(Range{hidden->begin, hidden->end}) : std::nullopt;
+    }
     if (movie->size < smallestMovie) return std::nullopt;
     return movie->contents();
 }

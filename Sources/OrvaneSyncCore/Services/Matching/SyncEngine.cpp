@@ -19,7 +19,8 @@ namespace {
 
 using TCRange = SyncEngine::TCRange;
 
-// A day and a minute: the start of the next day is no exact day away where clocks are mended.
+// A day, with a minute to spare for clocks that were corrected. A change from summer time makes a day of 25
+// hours, whose next day begins 90,000 s away and is then no neighbour.
 constexpr std::chrono::seconds neighbouringDay{86460};
 
 constexpr double defaultFrameRate = 24;

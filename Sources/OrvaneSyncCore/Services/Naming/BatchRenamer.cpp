@@ -26,7 +26,7 @@ bool BatchRenamer::hasOperation() const {
 
 std::string BatchRenamer::transform(std::string_view name) const {
     std::string result = replacingAll(name, find, replace);
-    if (padDigits > 0) result = padNumericSegments(result, padDigits);
+    if (padDigits > 0) result = padNumericSegments(result, std::min(padDigits, mostPadDigits));
     return prefix + result + suffix;
 }
 

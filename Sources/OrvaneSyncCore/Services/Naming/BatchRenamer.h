@@ -35,7 +35,7 @@ struct BatchRenamer {
 
     std::string find; ///< exact, case-sensitive
     std::string replace;
-    int padDigits = 0; ///< 0 to 6; 0 is no padding
+    int padDigits = 0; ///< 0 to 6, more counts as 6; 0 is no padding
     std::string prefix;
     std::string suffix;
 

@@ -3,7 +3,6 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 #include <ranges>
 #include <vector>
@@ -29,11 +28,8 @@ const CategoryRow& row(TokenInfo::Category category) {
 
 /// ASCII digits alone, within 64 bits.
 std::optional<std::int64_t> wholeNumber(std::string_view text) {
-    if (text.starts_with('-')) return std::nullopt;
-    std::int64_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-    return value;
+    const bool isSigned = text.starts_with('-') || text.starts_with('+');
+    return isSigned ? std::nullopt : platform::text::decimalInteger(text);
 }
 
 /// A token with a width, such as "{counter:3}".
@@ -59,8 +55,9 @@ std::vector<WidthToken> widthTokens(std::string_view text, std::string_view open
 /// From the last token to the first, each at all its occurrences.
 template <class Format>
 void replaceWidthTokens(std::string& text, std::string_view opening, int unreadableWidth, Format format) {
-    for (const WidthToken& token : std::views::reverse(widthTokens(text, opening, unreadableWidth)))
-        text = replacingAll(text, token.text, format(token.width), longestName);
+    const auto tokens = widthTokens(text, opening, unreadableWidth);
+    for (auto token = tokens.rbegin(); token != tokens.rend(); ++token)
+        text = replacingAll(text, token->text, format(token->width), longestName);
 }
 
 std::string iXML(const SyncGroup& group, std::optional<std::string> IXMLData::*field) {

@@ -4,6 +4,8 @@
 #include "OrvaneSyncCore/Services/Naming/Replacing.h"
 #include "Platform/Text.h"
 
+#include <algorithm>
+
 namespace orvane {
 
 void PatternEditor::insert(std::string_view token) {
@@ -18,14 +20,17 @@ void PatternEditor::insert(std::string_view token) {
     *caretPosition += platform::text::characters(token).size();
 }
 
-std::string PatternEditor::counterToken() const { return "{counter:" + std::to_string(counterDigits) + "}"; }
+std::string PatternEditor::counterToken() const {
+    return "{counter:" + std::to_string(std::clamp(counterDigits, 1, mostCounterDigits)) + "}";
+}
 
 std::string PatternEditor::previewString(const SyncGroupList& groups) const {
     if (groups.empty()) return "";
-    const std::string name = GroupNaming::resolve(pattern, groups.front(), counterValue);
+    const int value = std::clamp(counterValue, 1, highestCounterValue);
+    const std::string name = GroupNaming::resolve(pattern, groups.front(), value);
     if (counterDigits < 2 || pattern.find("{counter}") == std::string::npos) return name;
-    return replacingAll(name, std::to_string(counterValue),
-                        GroupNaming::zeroPadded(counterValue, counterDigits));
+    return replacingAll(name, std::to_string(value),
+                        GroupNaming::zeroPadded(value, std::min(counterDigits, mostCounterDigits)));
 }
 
 } // namespace orvane

@@ -15,8 +15,8 @@ struct PatternEditor {
     static constexpr int highestCounterValue = 9999;
 
     std::string pattern;
-    int counterDigits = 3;                    ///< 1 to 6
-    int counterValue = 1;                     ///< 1 to 9999
+    int counterDigits = 3;                    ///< 1 to 6; what is beyond counts as the nearest
+    int counterValue = 1;                     ///< 1 to 9999, likewise
     std::optional<std::size_t> caretPosition; ///< characters (as people count them) from the start
 
     /// Puts the token in at the caret and moves the caret behind it; without a caret, or with one behind the

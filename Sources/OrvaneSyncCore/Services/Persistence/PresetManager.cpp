@@ -15,6 +15,7 @@ namespace files = platform::files;
 namespace {
 
 constexpr std::string_view extension = ".json";
+constexpr std::uint64_t largestPreset = std::uint64_t{16} << 20U; // bytes
 
 std::string presetPath(std::string_view name) {
     std::string fileName(name);
@@ -55,7 +56,7 @@ void PresetManager::save(std::string_view name, const platform::SettingsStore& d
 }
 
 void PresetManager::load(std::string_view name, platform::SettingsStore& defaults) const {
-    applySnapshot(files::readText(presetPath(name)), defaults);
+    applySnapshot(files::readText(presetPath(name), largestPreset), defaults);
 }
 
 void PresetManager::deletePreset(std::string_view name) const { files::remove(presetPath(name)); }

@@ -9,7 +9,8 @@
 #include <string>
 #include <vector>
 
-// The sound of the demo's shoot: a recorder with six named tracks, three takes and a room tone, 25 frames a second.
+// The sound of the demo's shoot: a recorder with six named tracks, three takes and a room tone, 25 frames a
+// second.
 namespace {
 
 using namespace orvane::test;
@@ -30,7 +31,8 @@ struct Take {
 
 constexpr double at(int hours, int minutes, int seconds) { return hours * 3600 + minutes * 60 + seconds; }
 
-/// Speech is a tone that comes and goes, a different one for each microphone; the clap is one loud sample in front.
+/// Speech is a tone that comes and goes, a different one for each microphone; the clap is one loud sample in
+/// front.
 float speech(int channel, double seconds) {
     constexpr double lowest = 110, syllablesPerSecond = 2;
     const double tone = std::sin(2 * std::numbers::pi * lowest * (channel + 1) * seconds);

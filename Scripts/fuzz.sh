@@ -23,4 +23,4 @@ run() {
     fi
 }
 export -f run
-printf '%s\n' "${targets[@]}" | xargs -P "$(nproc)" -I{} bash -c 'run "$@"' _ {} "$seconds"
+printf '%s\n' "${targets[@]}" | xargs -P "${FUZZ_JOBS:-$(nproc)}" -I{} bash -c 'run "$@"' _ {} "$seconds"

@@ -60,7 +60,7 @@ std::string roleDescription(const std::string& text,
 
 template <std::size_t count>
 std::string describe(const Role& role, const std::array<std::string_view, count>& standardNames) {
-    const std::string name = roleDescription(role.name(), standardNames);
+    std::string name = roleDescription(role.name(), standardNames);
     const auto subrole = role.subrole();
     if (!subrole) return name;
     const std::string below = roleDescription(*subrole, standardNames);

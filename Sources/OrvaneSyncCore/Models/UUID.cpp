@@ -15,13 +15,13 @@ constexpr std::size_t textLength = 36;
 bool isDashPlace(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23; }
 
 /// By character, -1 for what is no digit. A table, as no branch can foretell random digits.
-constexpr std::array<std::int8_t, 256> digitValues = [] {
-    std::array<std::int8_t, 256> values{};
+constexpr std::array<int, 256> digitValues = [] {
+    std::array<int, 256> values{};
     values.fill(-1);
     for (std::size_t i = 0; i < digits.size(); ++i) {
         const auto upper = static_cast<unsigned char>(digits[i]);
-        values[upper] = static_cast<std::int8_t>(i);
-        if (upper >= 'A') values[upper + ('a' - 'A')] = static_cast<std::int8_t>(i);
+        values[upper] = static_cast<int>(i);
+        if (upper >= 'A') values[upper + ('a' - 'A')] = static_cast<int>(i);
     }
     return values;
 }();

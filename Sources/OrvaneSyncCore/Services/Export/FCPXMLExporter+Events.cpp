@@ -39,6 +39,7 @@ std::vector<Event> assembleSceneEvents(std::vector<EventItem> items,
     std::ranges::stable_sort(buckets, {}, &Bucket::sortKey);
 
     std::vector<Event> events;
+    events.reserve(buckets.size() + 1);
     for (Bucket& bucket : buckets) events.push_back(std::move(bucket.event));
     if (!fallback.items.empty() || events.empty()) events.push_back(std::move(fallback));
     return events;

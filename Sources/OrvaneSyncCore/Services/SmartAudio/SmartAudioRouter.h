@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <string>
 #include <vector>
 
 namespace orvane {
@@ -32,8 +33,10 @@ struct SmartAudioRequest {
 class SmartAudioRouter {
   public:
     /// `concurrency`: threads that one analysis may use; 0: as many as the machine has. The result does not
-    /// depend on it.
-    explicit SmartAudioRouter(std::size_t concurrency = 0);
+    /// depend on it. `diagnosticsDirectory`: where the text report of a routing goes; absent: the program's
+    /// own place for it.
+    explicit SmartAudioRouter(std::size_t concurrency = 0,
+                              std::optional<std::string> diagnosticsDirectory = std::nullopt);
     ~SmartAudioRouter();
 
     /// On the router's own queue, one analysis at a time; the caller waits. Never from the interface thread
@@ -46,6 +49,7 @@ class SmartAudioRouter {
 
   private:
     std::size_t concurrency_;
+    std::optional<std::string> diagnosticsDirectory_;
     std::unique_ptr<platform::SerialQueue> queue_;
 };
 

@@ -13,6 +13,8 @@ class AudioFile {
   public:
     /// Nothing when nobody can read the file. `path` is in the bytes of the file system.
     static std::unique_ptr<AudioFile> open(const std::string& path);
+    /// The same through the media libraries alone, also for what this program reads by itself: for comparing.
+    static std::unique_ptr<AudioFile> openWithLibraries(const std::string& path);
     virtual ~AudioFile() = default;
 
     virtual double sampleRate() const = 0; ///< Hz

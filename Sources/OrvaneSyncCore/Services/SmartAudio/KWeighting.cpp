@@ -28,18 +28,21 @@ const KWeighting::Coefficients KWeighting::coefficients44100{
     {-1.98916967058681, 0.9891928641778}};
 
 KWeighting::KWeighting(std::size_t channels, double sampleRate)
-    : coefficients_(std::abs(sampleRate - 44100.0) <= 1.0 ? coefficients44100 : coefficients48000),
+    : channels_(channels),
+      coefficients_(std::abs(sampleRate - 44100.0) <= 1.0 ? coefficients44100 : coefficients48000),
       groups_((channels + lanes - 1) / lanes), interleaved_(pieceFrames) {}
 
-void KWeighting::addEnergies(std::span<const float* const> channels, std::size_t offset, std::size_t frames,
-                             std::span<double> energies) {
+void KWeighting::add(std::span<const float* const> channels, std::size_t offset, std::size_t frames) {
     const auto& [shelfB, shelfA, highPassA] = coefficients_;
     std::array<float, pieceFrames> piece; // NOLINT: filled before it is read
-    for (std::size_t group = 0; group < groups_.size(); ++group) {
-        const std::size_t first = group * lanes;
-        const std::size_t count = std::min(lanes, channels.size() - first);
-        Delays delays = groups_[group];
-        Lanes energy{};
+    for (std::size_t index = 0; index < groups_.size(); ++index) {
+        const std::size_t first = index * lanes;
+        const std::size_t count = std::min(lanes, channels_ - first);
+        // Copied one by one: only so does the compiler keep them in registers.
+        const Group& group = groups_[index];
+        Lanes shelf1 = group.shelf1, shelf2 = group.shelf2;
+        Lanes highPass1 = group.highPass1, highPass2 = group.highPass2;
+        Lanes energy = group.energy;
         for (std::size_t done = 0; done < frames; done += pieceFrames) {
             const std::size_t some = std::min(pieceFrames, frames - done);
             for (std::size_t lane = 0; lane < count; ++lane) {
@@ -49,25 +52,35 @@ void KWeighting::addEnergies(std::span<const float* const> channels, std::size_t
             }
             for (std::size_t i = 0; i < some; ++i) {
                 // The newest delayed value comes last: everything else can be ready when it is.
-                const Lanes shelf = interleaved_[i] - shelfA[1] * delays.shelf2 - shelfA[0] * delays.shelf1;
-                const Lanes bent = shelfB[0] * shelf + shelfB[1] * delays.shelf1 + shelfB[2] * delays.shelf2;
-                delays.shelf2 = delays.shelf1;
-                delays.shelf1 = shelf;
-                const Lanes passed = bent - highPassA[1] * delays.highPass2 - highPassA[0] * delays.highPass1;
-                const Lanes weighted = passed - 2.0 * delays.highPass1 + delays.highPass2;
-                delays.highPass2 = delays.highPass1;
-                delays.highPass1 = passed;
+                const Lanes shelf = interleaved_[i] - shelfA[1] * shelf2 - shelfA[0] * shelf1;
+                const Lanes bent = shelfB[0] * shelf + shelfB[1] * shelf1 + shelfB[2] * shelf2;
+                shelf2 = shelf1;
+                shelf1 = shelf;
+                const Lanes passed = bent - highPassA[1] * highPass2 - highPassA[0] * highPass1;
+                const Lanes weighted = passed - 2.0 * highPass1 + highPass2;
+                highPass2 = highPass1;
+                highPass1 = passed;
                 energy += weighted * weighted;
             }
         }
-        groups_[group] = delays;
-        for (std::size_t lane = 0; lane < count; ++lane) energies[first + lane] += energy[lane];
+        groups_[index] = {shelf1, shelf2, highPass1, highPass2, energy};
     }
 }
 
+std::vector<double> KWeighting::takeEnergies() {
+    std::vector<double> energies;
+    for (std::size_t channel = 0; channel < channels_; ++channel)
+        energies.push_back(groups_[channel / lanes].energy[channel % lanes]);
+    for (Group& group : groups_) group.energy = Lanes{};
+    settle();
+    return energies;
+}
+
+/// Ends what a filter still rings with once nobody could measure it, so that silence is not computed with
+/// numbers too small for the machine's arithmetic.
 void KWeighting::settle() {
-    for (Delays& delays : groups_)
-        for (Lanes* values : {&delays.shelf1, &delays.shelf2, &delays.highPass1, &delays.highPass2})
+    for (Group& group : groups_)
+        for (Lanes* values : {&group.shelf1, &group.shelf2, &group.highPass1, &group.highPass2})
             for (std::size_t lane = 0; lane < lanes; ++lane)
                 if (std::abs((*values)[lane]) < inaudible) (*values)[lane] = 0;
 }

@@ -13,16 +13,15 @@ class KWeighting {
   public:
     KWeighting(std::size_t channels, double sampleRate);
 
-    /// Filters the next `frames` samples of each channel, from `offset` on, and adds each channel's sum of
-    /// the squares of what comes out to `energies`. A sample that is no finite number counts as silence.
-    void addEnergies(std::span<const float* const> channels, std::size_t offset, std::size_t frames,
-                     std::span<double> energies);
-    /// Ends what a filter still rings with once nobody could measure it, so that silence is not computed with
-    /// numbers too small for the machine's arithmetic.
-    void settle();
+    /// Filters the next `frames` samples of each channel, from `offset` on, and adds up the squares of what
+    /// comes out. A sample that is no finite number counts as silence.
+    void add(std::span<const float* const> channels, std::size_t offset, std::size_t frames);
+    /// The sum of squares of each channel since the last call. They are sums sample by sample: where the
+    /// calls of `add` cut makes no difference.
+    std::vector<double> takeEnergies();
 
   private:
-    static constexpr std::size_t lanes = 4;
+    static constexpr std::size_t lanes = 2; ///< more would not fit into the registers of every machine
     using Lanes = double __attribute__((vector_size(lanes * sizeof(double))));
 
     /// Of a second-order section in direct form (its numerator and its denominator less the leading 1).
@@ -31,16 +30,19 @@ class KWeighting {
         std::array<double, 2> shelfA;
         std::array<double, 2> highPassA; ///< its numerator is 1, -2, 1
     };
-    /// The delayed values of both sections, of one channel a lane.
-    struct Delays {
-        Lanes shelf1{}, shelf2{}, highPass1{}, highPass2{};
+    /// The delayed values of both sections and the sum of squares, of one channel a lane.
+    struct Group {
+        Lanes shelf1{}, shelf2{}, highPass1{}, highPass2{}, energy{};
     };
 
     static const Coefficients coefficients48000;
     static const Coefficients coefficients44100;
 
+    void settle();
+
+    std::size_t channels_;
     Coefficients coefficients_;
-    std::vector<Delays> groups_;
+    std::vector<Group> groups_;
     std::vector<Lanes> interleaved_;
 };
 

@@ -71,7 +71,7 @@ class MeterListener : public AudioListener {
 struct LUFSMeter::State {
     State(std::size_t channelCount, double sampleRate)
         : block(wholeSamples(blockSeconds, sampleRate)), hop(wholeSamples(hopSeconds, sampleRate)),
-          filter(channelCount, sampleRate), weights(channelWeights(channelCount)), energies(channelCount) {
+          filter(channelCount, sampleRate), weights(channelWeights(channelCount)) {
         if (hop > 0) recent.resize(block / hop + 1);
     }
 
@@ -79,11 +79,10 @@ struct LUFSMeter::State {
 
     /// The part under way, over all channels.
     double takeEnergy() {
+        const std::vector<double> energies = filter.takeEnergies();
         double sum = 0;
         for (std::size_t channel = 0; channel < energies.size(); ++channel)
             sum += weights[channel] * energies[channel];
-        std::fill(energies.begin(), energies.end(), 0.0);
-        filter.settle();
         return sum;
     }
 
@@ -115,12 +114,11 @@ struct LUFSMeter::State {
     std::size_t hop;   ///< samples; with 0 nothing is measured
     KWeighting filter;
     std::vector<double> weights;
-    std::vector<double> energies; ///< of each channel in the part under way
-    std::size_t hopFrames = 0;    ///< of the hop under way
-    std::size_t hops = 0;         ///< that have ended
-    double firstPart = 0;         ///< of the hop under way
-    std::vector<double> recent;   ///< energies of the last hops, a ring
-    std::vector<double> blocks;   ///< LUFS
+    std::size_t hopFrames = 0;  ///< of the hop under way
+    std::size_t hops = 0;       ///< that have ended
+    double firstPart = 0;       ///< of the hop under way
+    std::vector<double> recent; ///< energies of the last hops, a ring
+    std::vector<double> blocks; ///< LUFS
 };
 
 LUFSMeter::LUFSMeter(int channelCount, double sampleRate)
@@ -131,10 +129,10 @@ LUFSMeter::~LUFSMeter() = default;
 
 void LUFSMeter::add(std::span<const float* const> channels, std::size_t frames) {
     State& s = *state_;
-    if (s.hop == 0 || s.energies.empty()) return;
+    if (s.hop == 0 || s.weights.empty()) return;
     for (std::size_t done = 0; done < frames;) {
         const std::size_t some = std::min(frames - done, s.partEnd() - s.hopFrames);
-        s.filter.addEnergies(channels.first(s.energies.size()), done, some, s.energies);
+        s.filter.add(channels, done, some);
         done += some;
         s.hopFrames += some;
         if (s.hopFrames == s.hop || s.hopFrames == s.block % s.hop) s.endPart();

@@ -5,6 +5,8 @@
 #include "OrvaneSyncCore/Models/SmartAudioConfig.h"
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
 #include "OrvaneSyncCore/Services/SmartAudio/StemMeasurement.h"
+#include "OrvaneSyncCore/Services/SmartAudio/WindowAnalysis.h"
+#include "Platform/AudioFile.h"
 #include "Platform/MainThread.h"
 
 #include <cstddef>
@@ -21,11 +23,11 @@ struct SmartAudioRequest {
     FileURL audioURL;
     int channelCount = 0; ///< tracks to analyse; may differ from what the file has
     SmartAudioMode mode = SmartAudioMode::standard;
-    std::optional<SmartAudioConfig> config; ///< absent: the preset of `mode`
-    std::vector<IXMLTrack> ixmlTracks;
-    std::optional<SmartAudioBlockSettings> blockSettings; ///< absent: no classification and no blocks
-    std::optional<SeparatedStems> stems;
-    std::set<int> candidateTracks; ///< tracks that routing may use; empty: all
+    std::optional<SmartAudioConfig> config = {}; ///< absent: the preset of `mode`
+    std::vector<IXMLTrack> ixmlTracks = {};
+    std::optional<SmartAudioBlockSettings> blockSettings = {}; ///< absent: no classification and no blocks
+    std::optional<SeparatedStems> stems = {};
+    std::set<int> candidateTracks = {}; ///< tracks that routing may use; empty: all
 };
 
 /// Listens to one recording once and gives the verdict. Never fails: a file that cannot be read gives the
@@ -46,6 +48,11 @@ class SmartAudioRouter {
     /// For an asynchronous caller: work posted here calls `analyzeOnQueue`.
     platform::SerialQueue& queue() { return *queue_; }
     SmartAudioResult analyzeOnQueue(const SmartAudioRequest& request) const;
+
+    /// The reading alone: one analysis a track that is asked for. Tracks that the file does not have stay
+    /// without windows. Any thread.
+    static std::vector<TrackAnalysis> listen(platform::AudioFile& file, int channelCount,
+                                             std::size_t concurrency);
 
   private:
     std::size_t concurrency_;

@@ -10,8 +10,10 @@
 
 #include <array>
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
 #include <limits>
+#include <numbers>
 #include <random>
 #include <string>
 #include <vector>
@@ -246,6 +248,72 @@ TEST_F(SmartAudioRouterTest, namesRoutesAndRecommends) {
     const auto one = analyze(asked);
     EXPECT_EQ(one.tracks.size(), 1U);
     EXPECT_EQ(one.tracks[0], result.tracks[0]);
+}
+
+/// How loud a channel of a recording hears Anna and Ben and the room, RMS levels in dBFS.
+struct Microphone {
+    const char* name;
+    double anna, ben, room;
+};
+
+/// Two people who take turns of ten seconds and are silent for the last half second of each; four syllables a
+/// second.
+std::string dialogue(const std::vector<Microphone>& microphones, int turns) {
+    constexpr int rate = 8000, turnFrames = 10 * rate, pauseFrames = rate / 2;
+    std::mt19937 random(8);
+    std::normal_distribution<double> voice(0, 1);
+    const auto linear = [](double decibels) { return std::pow(10.0, decibels / 20); };
+    std::vector<float> interleaved;
+    for (int i = 0; i < turns * turnFrames; ++i) {
+        const bool isPause = i % turnFrames >= turnFrames - pauseFrames;
+        const double syllable = isPause ? 0 : 1 - std::cos(2 * std::numbers::pi * 4 * i / rate);
+        const double said = syllable * voice(random);
+        for (const Microphone& one : microphones) {
+            const double level = linear(i / turnFrames % 2 == 0 ? one.anna : one.ben) / std::sqrt(1.5);
+            interleaved.push_back(static_cast<float>(level * said + linear(one.room) * voice(random)));
+        }
+    }
+    return WaveMaker()
+        .format({.channels = static_cast<int>(microphones.size()), .sampleRate = rate})
+        .samples(interleaved)
+        .bytes();
+}
+
+std::string strip(const SmartAudioResult& result) {
+    std::string text;
+    for (const BlockDecision& block : result.blocks) {
+        std::array<char, 80> piece{};
+        std::snprintf(piece.data(), piece.size(), "%s T%d %.2f-%.2f, ", rawValue(block.kind).data(),
+                      block.activeTrack, block.startSeconds, block.endSeconds);
+        text += piece.data();
+    }
+    return text;
+}
+
+TEST_F(SmartAudioRouterTest, routesADialogue) {
+    struct Case {
+        const char* rule;
+        std::vector<Microphone> microphones;
+        const char* strip;
+    };
+    for (const Case& one : std::vector<Case>{
+             {"a boom far away leaves the word to the lavs, in spite of their bleed",
+              {{"Boom", -38, -38, -65}, {"Lav (Anna)", -18, -45, -75}, {"Lav (Ben)", -45, -18, -75}},
+              "lav T2 0.00-9.75, lav T3 9.75-19.75, lav T2 19.75-29.75, lav T3 29.75-40.00, "},
+             {"a good mix, steadier than the boom, plays throughout",
+              {{"Boom", -24, -34, -65},
+               {"Lav (Anna)", -18, -45, -75},
+               {"Lav (Ben)", -45, -18, -75},
+               {"Mix", -22, -22, -55}},
+              "mix T4 0.00-40.00, "},
+         }) {
+        SmartAudioRequest asked =
+            request(dialogue(one.microphones, 4), static_cast<int>(one.microphones.size()));
+        asked.blockSettings->blockMode = BlockMode::standard;
+        for (std::size_t i = 0; i < one.microphones.size(); ++i)
+            asked.ixmlTracks.push_back({static_cast<int>(i) + 1, one.microphones[i].name});
+        EXPECT_EQ(strip(analyze(asked)), one.strip) << one.rule;
+    }
 }
 
 TEST_F(SmartAudioRouterTest, doesNotDependOnThreadsOrFormat) {

@@ -18,6 +18,9 @@ constexpr std::size_t mostSamplesPerPiece = std::size_t{1} << 18U;
 /// Windows that one thread reads at a time: seconds of sound, so that seeking and joining cost nothing.
 constexpr std::size_t windowsPerShare = 16;
 
+/// With thousands of channels what each share keeps apart would outweigh the sound.
+constexpr std::size_t mostChannelsInShares = 64;
+
 using Listeners = std::vector<std::unique_ptr<AudioListener>>;
 
 /// One thread's reading.
@@ -66,6 +69,10 @@ struct Share {
     bool isWhole = false;
 };
 
+std::size_t ceilingOf(std::size_t count, std::size_t size) {
+    return count / size + (count % size == 0 ? 0 : 1);
+}
+
 Listeners siblings(std::span<AudioListener* const> listeners) {
     Listeners made;
     for (const AudioListener* listener : listeners) {
@@ -79,21 +86,26 @@ Listeners siblings(std::span<AudioListener* const> listeners) {
 
 void AudioPass::run(platform::AudioFile& file, std::span<AudioListener* const> listeners) const {
     if (windowFrames == 0 || channels == 0 || windows == 0 || listeners.empty()) return;
+    const auto frames = static_cast<std::size_t>(std::max<std::int64_t>(file.frameCount(), 0));
+    const std::size_t planned = std::min(windows, ceilingOf(frames, windowFrames));
+    const bool canShare = concurrency > 1 && planned > windowsPerShare && channels <= mostChannelsInShares;
+    if (canShare && file.another() && !siblings(listeners).empty())
+        runInShares(file, listeners, planned);
+    else
+        runInOrder(file, listeners);
+}
 
-    const auto fileFrames = static_cast<std::size_t>(std::max<std::int64_t>(file.frameCount(), 0));
-    const std::size_t fileWindows = fileFrames / windowFrames + (fileFrames % windowFrames == 0 ? 0 : 1);
-    const std::size_t planned = std::min(windows, fileWindows);
-    const std::size_t shares = planned / windowsPerShare + (planned % windowsPerShare == 0 ? 0 : 1);
-    if (concurrency < 2 || shares < 2 || !file.another() || siblings(listeners).empty()) {
-        if (!file.seek(0)) return;
-        PieceReader reader(file, channels, listeners);
-        for (std::size_t window = 0; window < windows; ++window)
-            if (!reader.readWindow(windowFrames)) break;
-        return;
-    }
+void AudioPass::runInOrder(platform::AudioFile& file, std::span<AudioListener* const> listeners) const {
+    if (!file.seek(0)) return;
+    PieceReader reader(file, channels, listeners);
+    std::size_t window = 0;
+    while (window < windows && reader.readWindow(windowFrames)) ++window;
+}
 
-    std::vector<Share> heard(shares);
-    platform::concurrently(shares, concurrency, [&](std::size_t i) {
+void AudioPass::runInShares(const platform::AudioFile& file, std::span<AudioListener* const> listeners,
+                            std::size_t planned) const {
+    std::vector<Share> heard(ceilingOf(planned, windowsPerShare));
+    platform::concurrently(heard.size(), concurrency, [&](std::size_t i) {
         Share& share = heard[i];
         share.listeners = siblings(listeners);
         std::vector<AudioListener*> own;

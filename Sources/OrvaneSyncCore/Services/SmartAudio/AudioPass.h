@@ -35,6 +35,11 @@ struct AudioPass {
     /// Reads once, for all listeners, in bounded memory. The pass ends early where the file does; the window
     /// that was under way counts if it holds a frame. What a listener hears does not depend on `concurrency`.
     void run(platform::AudioFile& file, std::span<AudioListener* const> listeners) const;
+
+  private:
+    void runInOrder(platform::AudioFile& file, std::span<AudioListener* const> listeners) const;
+    void runInShares(const platform::AudioFile& file, std::span<AudioListener* const> listeners,
+                     std::size_t planned) const;
 };
 
 } // namespace orvane

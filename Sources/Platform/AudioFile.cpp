@@ -2,10 +2,16 @@
 
 #include "Platform/Files.h"
 #include "Platform/Media/MediaLibraryLoader.h"
+#include "Platform/Media/WaveAudio.h"
 
 namespace orvane::platform {
 
 std::unique_ptr<AudioFile> AudioFile::open(const std::string& path) {
+    if (auto wave = openWaveAudio(path)) return wave;
+    return openWithLibraries(path);
+}
+
+std::unique_ptr<AudioFile> AudioFile::openWithLibraries(const std::string& path) {
     // A library that opens a named pipe waits for its other end.
     const auto file = files::attributes(path);
     if (!file || !file->isRegularFile) return nullptr;

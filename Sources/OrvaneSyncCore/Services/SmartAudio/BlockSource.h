@@ -1,0 +1,33 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/SmartAudioResult.h"
+#include "OrvaneSyncCore/Services/SmartAudio/PerWindowFrame.h"
+
+#include <span>
+#include <string>
+#include <vector>
+
+namespace orvane::SmartAudioBlockRouter {
+
+/// What is heard in one block. The kind `mix` says that the take's curated source plays, whatever the role of
+/// that track.
+struct BlockSource {
+    int track = 0;
+    BlockKind kind = BlockKind::mix;
+    std::string reason;
+    double peakDB = 0; ///< dBFS
+};
+
+/// The default track, or a lav that is plainly louder, or a lav that speaks while the default is silent.
+BlockSource chooseSourceFor(double blockStart, double blockEnd, int defaultTrack,
+                            const std::vector<int>& lavTracks, std::span<const PerWindowFrame> frames,
+                            double windowSeconds);
+
+/// The take in blocks of `minBlockSeconds`, but at least a second, each with its source; equal neighbours
+/// merged and short silences smoothed. The blocks cover the frames without gaps.
+std::vector<BlockDecision> buildBlocksFromDefault(int defaultTrack, std::span<const PerWindowFrame> frames,
+                                                  double windowSeconds,
+                                                  const std::vector<ChannelClassification>& classifications,
+                                                  double minBlockSeconds);
+
+} // namespace orvane::SmartAudioBlockRouter

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/FileURL.h"
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <span>
+
+namespace orvane {
+
+/// Integrated loudness in LUFS (ITU-R BS.1770: K-weighting, blocks of 400 ms every 100 ms, an absolute gate
+/// at -70 and a relative one 10 below the mean). Takes the samples in pieces of any size; its value does not
+/// depend on how they are cut. Memory grows by 80 bytes a second of sound, whatever the channels. A sample
+/// that is no finite number counts as silence. One thread at a time.
+class LUFSMeter {
+  public:
+    LUFSMeter(int channelCount, double sampleRate);
+    LUFSMeter(LUFSMeter&&) noexcept;
+    LUFSMeter& operator=(LUFSMeter&&) noexcept;
+    ~LUFSMeter();
+
+    /// `frames` samples of each channel, full scale 1.0.
+    void add(std::span<const float* const> channels, std::size_t frames);
+    /// Of what was added so far. Nothing for less than a block, and for digital silence; -70.0 where no block
+    /// is above the absolute gate.
+    std::optional<double> integratedLUFS() const;
+
+    /// Of a whole file, all its channels, streamed. Nothing when it cannot be read. Any thread.
+    static std::optional<double> measureIntegratedLUFS(const FileURL& url);
+    /// `channels` has `channelCount` arrays of `frameCount` samples.
+    static std::optional<double> measureBuffer(std::span<const float* const> channels, std::size_t frameCount,
+                                               int channelCount, double sampleRate);
+
+  private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+} // namespace orvane

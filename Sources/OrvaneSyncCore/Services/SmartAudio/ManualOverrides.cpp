@@ -1,0 +1,60 @@
+#include "OrvaneSyncCore/Services/SmartAudio/ManualOverrides.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace orvane::SmartAudioBlockRouter {
+
+namespace {
+
+bool hasTimes(const BlockOverride& range) {
+    return std::isfinite(range.startSeconds) && std::isfinite(range.endSeconds);
+}
+
+/// What the ranges, by ascending start, leave of a block.
+void appendRemainders(BlockDecision rest, const std::vector<BlockOverride>& overrides,
+                      std::vector<BlockDecision>& pieces) {
+    for (const BlockOverride& range : overrides) {
+        if (!(rest.startSeconds < range.endSeconds && range.startSeconds < rest.endSeconds)) continue;
+        if (rest.startSeconds < range.startSeconds) {
+            pieces.push_back(rest);
+            pieces.back().endSeconds = range.startSeconds;
+        }
+        if (!(range.endSeconds < rest.endSeconds)) return;
+        rest.startSeconds = range.endSeconds;
+    }
+    if (rest.endSeconds > rest.startSeconds && rest.activeTrack >= 1) pieces.push_back(std::move(rest));
+}
+
+/// The kind is `lav` whatever the track is, and a manual range carries no gain.
+BlockDecision manualBlock(const BlockOverride& range) {
+    return {.startSeconds = range.startSeconds,
+            .endSeconds = range.endSeconds,
+            .activeTrack = range.trackIndex,
+            .secondaryTrack = std::nullopt,
+            .kind = BlockKind::lav,
+            .gainMultiplier = 1.0,
+            .peakDB = 0.0,
+            .reason = std::string(manualOverrideReason) + " → T" + std::to_string(range.trackIndex)};
+}
+
+} // namespace
+
+std::vector<BlockDecision> applyOverrides(std::vector<BlockDecision> blocks,
+                                          std::vector<BlockOverride> overrides) {
+    std::erase_if(overrides, std::not_fn(hasTimes));
+    if (overrides.empty()) return blocks;
+    std::ranges::stable_sort(overrides, {}, &BlockOverride::startSeconds);
+
+    std::vector<BlockDecision> pieces;
+    for (BlockDecision& block : blocks) appendRemainders(std::move(block), overrides, pieces);
+    for (const BlockOverride& range : overrides) pieces.push_back(manualBlock(range));
+    std::ranges::stable_sort(pieces, {}, &BlockDecision::startSeconds);
+    return pieces;
+}
+
+} // namespace orvane::SmartAudioBlockRouter

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/SmartAudioConfig.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SmartAudioPredictor.h"
+#include "Platform/SettingsStore.h"
+
+namespace orvane {
+
+/// The gain that brings a clip to the project's loudness after the effects. Pure; any thread.
+namespace MasterGain {
+
+/// Counts for a recording that cannot be measured, LUFS.
+inline constexpr double unmeasuredLUFS = -70.0;
+
+/// What the project asks for.
+struct Target {
+    SmartAudioPreset preset;
+    double targetLUFS = -27.0;
+
+    /// An unknown or missing preset is Drama, a target that is no number the default.
+    static Target fromUserDefaults(const platform::SettingsStore& store);
+    bool operator==(const Target&) const = default;
+};
+
+double gainDB(double measuredLUFS, const Target& target, const SmartAudioPredictor& predictor);
+
+} // namespace MasterGain
+} // namespace orvane

@@ -1,0 +1,152 @@
+#include "OrvaneSyncCore/Services/SmartAudio/RoutingDiagnostic.h"
+
+#include "OrvaneSyncCore/Services/SmartAudio/RoutingWindows.h"
+#include "OrvaneSyncCore/Services/SmartAudio/TakeDefault.h"
+#include "Platform/Files.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <utility>
+
+namespace orvane::SmartAudioBlockRouter {
+
+namespace {
+
+constexpr std::uint64_t largestReportBytes = std::uint64_t{8} << 20U;
+constexpr int reportedWindowStep = 50;
+
+std::string trackName(int track) { return "T" + std::to_string(track); }
+std::string decibels(double value) { return formatted(value, "%6.1f") + " dB"; }
+/// Track names come from files and may hold anything.
+std::string printable(std::string_view text) { return platform::text::printable(text); }
+
+std::string candidateList(const std::set<int>& candidateTracks) {
+    if (candidateTracks.empty()) return "ALL";
+    std::string list;
+    for (const int track : candidateTracks) list += (list.empty() ? "" : ", ") + std::to_string(track);
+    return "[" + list + "]";
+}
+
+std::string classificationLines(std::vector<ChannelClassification> classifications) {
+    std::ranges::stable_sort(classifications, {}, &ChannelClassification::trackIndex);
+    std::string text;
+    for (const ChannelClassification& c : classifications)
+        text += "  " + trackName(c.trackIndex) + " | " + std::string(rawValue(c.kind)) + " | " +
+                formatted(c.confidence, "%.2f") + " | " + printable(c.source) + "\n";
+    return text;
+}
+
+std::string statisticsLines(const TakeStatistics& channelStats) {
+    std::string text;
+    for (const auto& [track, stats] : channelStats)
+        text += "  " + trackName(track) + " | " + decibels(stats.noiseFloorDB) + " | " +
+                decibels(stats.typicalCrestFactorDB) + " | " + formatted(stats.takeDominance, "%.2f") + "\n";
+    return text;
+}
+
+std::string channelLine(const WindowMetrics& window, const TrackRoles& roles,
+                        const TakeStatistics& channelStats) {
+    const double rmsDB = levelDB(window.rms, windowLevelFloor);
+    const double peakDB = levelDB(window.peakAbs, windowLevelFloor);
+    return "  " + trackName(window.trackIndex) + " [" +
+           std::string(rawValue(roles.kindOf(window.trackIndex))) + "] rms " + decibels(rmsDB) + " · peak " +
+           decibels(peakDB) + " · crest " + decibels(peakDB - rmsDB) + " · snr " +
+           decibels(snrDB(rmsDB, window.trackIndex, channelStats)) +
+           " · hasSpeech=" + (window.hasSpeech ? "true" : "false") + "\n";
+}
+
+std::string decisionLine(const PerWindowOutcome& outcome) {
+    std::string tracks = trackName(outcome.activeTrack);
+    if (outcome.secondaryTrack) tracks += " + " + trackName(*outcome.secondaryTrack);
+    return "  → " + tracks + " [" + std::string(rawValue(outcome.kind)) +
+           "]  reason: " + printable(outcome.reason) + "\n";
+}
+
+std::string sourceOf(int track, const std::vector<ChannelClassification>& classifications) {
+    const ChannelClassification* classification = classificationOf(classifications, track);
+    return classification == nullptr ? "not classified" : printable(classification->source);
+}
+
+/// By descending duration, then by track.
+std::vector<std::pair<int, double>> secondsByTrack(const std::vector<BlockDecision>& blocks) {
+    std::map<int, double> seconds;
+    for (const BlockDecision& block : blocks)
+        seconds[block.activeTrack] += block.endSeconds - block.startSeconds;
+    std::vector<std::pair<int, double>> tracks(seconds.begin(), seconds.end());
+    std::ranges::stable_sort(tracks, std::ranges::greater(), &std::pair<int, double>::second);
+    return tracks;
+}
+
+} // namespace
+
+std::string windowReport(std::span<const PerWindowFrame> frames,
+                         const std::vector<ChannelClassification>& classifications,
+                         const TakeStatistics& channelStats, const std::set<int>& candidateTracks,
+                         const std::vector<WindowDecision>& decisions) {
+    std::string text = "=== Smart-Audio routing diagnostic ===\n";
+    text += "Frames: " + std::to_string(frames.size()) +
+            " · windowSec: see caller · candidates: " + candidateList(candidateTracks) + "\n\n";
+    text += "CLASSIFICATIONS (kind / confidence / source):\n" + classificationLines(classifications) + "\n";
+    text += "CHANNEL STATS:\n  T# | noiseFloor | typCrest | takeDominance\n" + statisticsLines(channelStats);
+    text += "\nPER-WINDOW SCORES (every 50th window for brevity):\n";
+
+    const TrackRoles roles = TrackRoles::of(classifications);
+    const std::size_t count = std::min(frames.size(), decisions.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        if (frames[i].index % reportedWindowStep != 0) continue;
+        text += "Window " + std::to_string(frames[i].index) + " (" +
+                formatted(frames[i].index * smartAudioWindowSeconds, "%.2f") + "s):\n";
+        for (const WindowMetrics& window : frames[i].perChannel)
+            text += channelLine(window, roles, channelStats);
+        text += decisionLine(decisions[i].outcome);
+    }
+    return text;
+}
+
+std::string blockReport(const std::vector<BlockDecision>& blocks, std::optional<int> takeDefault,
+                        const std::vector<ChannelClassification>& classifications) {
+    std::string text = "\n=== FINAL CONSOLIDATED BLOCKS (= what the strip shows) ===\n";
+    text += takeDefault ? "Take-default: " + trackName(*takeDefault) + " (" +
+                              sourceOf(*takeDefault, classifications) + ")\n"
+                        : "Take-default: NONE — fell through to per-window scoring\n";
+
+    const auto tracks = secondsByTrack(blocks);
+    double total = 0;
+    for (const auto& [track, seconds] : tracks) total += seconds;
+    text += "Track distribution by duration:\n";
+    for (const auto& [track, seconds] : tracks)
+        text += "  " + trackName(track) + ": " + formatted(seconds, "%5.1f") + "s (" +
+                formatted(total > 0 ? seconds / total * 100 : 0, "%5.1f") + "%)  " +
+                sourceOf(track, classifications) + "\n";
+
+    text += "Block list (start → end · track · kind · reason):\n";
+    for (const BlockDecision& block : blocks)
+        text += "  " + formatted(block.startSeconds, "%6.2f") + " → " + formatted(block.endSeconds, "%6.2f") +
+                " s · " + trackName(block.activeTrack) + " [" + std::string(rawValue(block.kind)) + "] · " +
+                printable(block.reason) + "\n";
+    return text;
+}
+
+void replaceReport(const std::string& path, std::string_view text) {
+    if (path.empty()) return;
+    try {
+        platform::files::writeAtomically(path, text);
+    } catch (const platform::FileError&) {
+        return;
+    }
+}
+
+void appendToReport(const std::string& path, std::string_view text) {
+    if (path.empty() || !platform::files::exists(path)) return;
+    try {
+        replaceReport(path, platform::files::readText(path, largestReportBytes) + std::string(text));
+    } catch (const platform::FileError&) {
+        return;
+    }
+}
+
+} // namespace orvane::SmartAudioBlockRouter

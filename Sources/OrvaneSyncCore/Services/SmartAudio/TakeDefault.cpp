@@ -1,0 +1,62 @@
+#include "OrvaneSyncCore/Services/SmartAudio/TakeDefault.h"
+
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <string_view>
+
+namespace orvane::SmartAudioBlockRouter {
+
+namespace {
+
+constexpr std::string_view isolatedWord = "iso";
+constexpr double minIsolatedCoverage = 0.25; // share of windows with speech
+constexpr double minCoverage = 0.4;
+constexpr double similarCoverage = 0.05; // up to this difference the steadier track wins
+
+/// Searched in the whole text, whatever the track's role: a mix of isolated tracks is one too.
+bool isIsolated(const ChannelClassification* classification) {
+    return classification != nullptr &&
+           platform::text::lowercased(classification->source).find(isolatedWord) != std::string::npos;
+}
+
+bool beats(const ChannelRouteStats& newcomer, const ChannelRouteStats& best) {
+    if (std::abs(newcomer.speechCoverage - best.speechCoverage) > similarCoverage)
+        return newcomer.speechCoverage > best.speechCoverage;
+    return newcomer.rmsVarianceDB < best.rmsVarianceDB;
+}
+
+} // namespace
+
+const ChannelClassification* classificationOf(const std::vector<ChannelClassification>& classifications,
+                                              int track) {
+    const auto found = std::ranges::find(classifications, track, &ChannelClassification::trackIndex);
+    return found == classifications.end() ? nullptr : &*found;
+}
+
+std::optional<int> pickTakeDefault(const std::set<int>& candidateTracks, const TakeStatistics& channelStats,
+                                   const std::vector<ChannelClassification>& classifications) {
+    const auto isCandidate = [&](int track) {
+        return candidateTracks.empty() || candidateTracks.contains(track);
+    };
+
+    const ChannelRouteStats* steadiest = nullptr;
+    for (const auto& [track, stats] : channelStats)
+        if (isCandidate(track) && stats.speechCoverage >= minIsolatedCoverage &&
+            isIsolated(classificationOf(classifications, track)) &&
+            (steadiest == nullptr || stats.rmsVarianceDB < steadiest->rmsVarianceDB))
+            steadiest = &stats;
+    if (steadiest != nullptr) return steadiest->trackIndex;
+
+    const ChannelRouteStats* best = nullptr;
+    for (const auto& [track, stats] : channelStats)
+        if (isCandidate(track) && stats.speechCoverage >= minCoverage &&
+            (best == nullptr || beats(stats, *best)))
+            best = &stats;
+    if (best != nullptr) return best->trackIndex;
+    return std::nullopt;
+}
+
+} // namespace orvane::SmartAudioBlockRouter

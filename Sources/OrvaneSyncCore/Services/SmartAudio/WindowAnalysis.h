@@ -1,0 +1,55 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/SmartAudioResult.h"
+#include "OrvaneSyncCore/Services/SmartAudio/ChannelClassifier.h"
+#include "OrvaneSyncCore/Services/SmartAudio/PerWindowFrame.h"
+
+#include <span>
+#include <vector>
+
+namespace orvane {
+
+/// What a pass over a recording gathers for one track. The arrays have one value a window.
+struct TrackAnalysis {
+    std::vector<float> windowRMS;   ///< linear
+    std::vector<float> windowPeaks; ///< linear
+    std::vector<bool> windowHasSpeech;
+    int speechWindows = 0;
+    int totalWindows = 0;
+    float maxPeak = 0;                    ///< linear
+    std::vector<float> spectralCentroids; ///< zero-crossing rates, crossings per sample
+
+    /// Appends a window; the speech test is made here.
+    void add(float rms, float peak, float zeroCrossingRate);
+    /// Appends the windows of a later stretch of the same track.
+    void append(const TrackAnalysis& behind);
+
+    float averageRMS() const; ///< mean of `windowRMS`, linear; 0 without windows
+    float averageZeroCrossingRate() const;
+    float speechRatio() const;
+
+    bool operator==(const TrackAnalysis&) const = default;
+};
+
+/// From a track's windows to what classification and routing ask for. Pure; any thread.
+namespace WindowAnalysis {
+
+/// 20·log10, with silence at -200 dBFS.
+float levelDB(float linear);
+
+/// Of track 1 + the position in `analyses`, in that order.
+std::vector<ChannelStats> channelStats(std::span<const TrackAnalysis> analyses);
+
+/// As many as track 1 has windows.
+std::vector<SmartAudioBlockRouter::PerWindowFrame> frames(std::span<const TrackAnalysis> analyses);
+
+/// The loudest track with speech, window by window; a run shorter than `minSegmentSeconds` joins the segment
+/// before it. For clips that are not routed in blocks.
+std::vector<WindowedBestSegment> computePerWindowBestSegments(std::span<const TrackAnalysis> analyses,
+                                                              double windowSeconds, double minSegmentSeconds);
+
+/// The stretches of the blocks in which a track plays.
+std::vector<WindowedBestSegment> toLegacyWindowedSegments(const std::vector<BlockDecision>& blocks);
+
+} // namespace WindowAnalysis
+} // namespace orvane

@@ -20,6 +20,12 @@ TEST(TakeStatistics, EachTrackIsMeasuredOverItsOwnWindows) {
         {"no sound at all", {{10, silent}}, -65, 6, 0, 0},
         {"speech throughout", {{10, -20, 9}}, -25, 9, 1, 0},
         {"a fifth below: the position is past it", {{2, -60}, {8, -30, 10}}, -30, 10, 0.8, 12},
+        {"the window at a fifth, from the quietest",
+         {{2, -60}, {window, -40}, {7.75, -30}},
+         -40,
+         6,
+         0.8,
+         11.97654},
         {"more than a fifth below", {{2.5, -60}, {7.5, -30}}, -60, 6, 0.75, 12.9904},
         {"digital silence is not the room", {{9, silent}, {1, -40}}, -40, 6, 0.1, 0},
         {"below -75 dBFS is not the room, but varies", {{5, -80}, {5, -40}}, -40, 6, 0.5, 20},
@@ -63,6 +69,8 @@ TEST(MaterialDetection, DensityAndChangesOfTheFirstMinuteDecide) {
         for (Pattern& track : tracks) track.push_back({quiet, silent});
         return take(tracks);
     };
+    Pattern turns;
+    for (int i = 0; i < 30; ++i) turns.insert(turns.end(), {{1, -20}, {1, -30}});
     const struct {
         const char* name;
         std::vector<PerWindowFrame> frames;
@@ -81,7 +89,7 @@ TEST(MaterialDetection, DensityAndChangesOfTheFirstMinuteDecide) {
         {"changes in a sparse minute", dialog(50, 0.25, 47.5), actionAtmo},
         {"a single change in half a second counts per second at least", dialog(2, 0.25, 0), fastDialog},
         {"what follows the first minute says nothing", dialog(1, 60, 600), interview},
-        {"equal levels belong to the first track", take({{{60, -20}}, {{60, -20}}}), interview},
+        {"equal levels belong to the first track", take({{{60, -20}}, turns}), interview},
     };
     for (const auto& c : cases) EXPECT_EQ(detectMaterialCharacter(c.frames, window), c.expected) << c.name;
 }

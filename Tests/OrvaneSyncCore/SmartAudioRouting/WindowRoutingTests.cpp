@@ -125,9 +125,11 @@ TEST(WindowRouting, OneWindowIsDecidedByItsScores) {
         EXPECT_EQ(outcome.kind, c.expected.kind) << c.name;
         EXPECT_EQ(outcome.reason, c.expected.reason) << c.name;
     }
-    const PerWindowFrame frame{0, {metrics(7, -30)}};
+    PerWindowFrame frame{0, {metrics(7, -30)}};
     EXPECT_EQ(decideOneWindow(frame, {}, {}, {}).reason, "score -38.0 [rms -30.0 · snr +0.0 · clean +0.0]")
         << "without statistics";
+    frame.perChannel[0].hasSpeech = false;
+    EXPECT_EQ(decideOneWindow(frame, {}, {}, {}).reason, nobody) << "loud, but not speech";
 }
 
 TEST(WindowRouting, RunsOfEqualOutcomesBecomeBlocks) {

@@ -11,8 +11,10 @@ namespace orvane::platform {
 /// Reads the samples of a sound file as deinterleaved 32-bit floats, full scale at 1.0. One thread at a time.
 class AudioFile {
   public:
-    /// Nothing when no library can read the file. `path` is in the bytes of the file system.
+    /// Nothing when nobody can read the file. `path` is in the bytes of the file system.
     static std::unique_ptr<AudioFile> open(const std::string& path);
+    /// The same through the media libraries alone, also for what this program reads by itself: for comparing.
+    static std::unique_ptr<AudioFile> openWithLibraries(const std::string& path);
     virtual ~AudioFile() = default;
 
     virtual double sampleRate() const = 0; ///< Hz
@@ -22,9 +24,14 @@ class AudioFile {
 
     /// Moves to a frame; false when the file has no such frame.
     virtual bool seek(std::int64_t frame) = 0;
-    /// Reads up to `frames` frames into one array a channel, each with room for `frames` values. Returns the
-    /// number of frames read, 0 at the end and on an error.
+    /// Reads up to `frames` frames into one array a channel, each with room for `frames` values; channels
+    /// beyond the arrays that are given are left out. Returns the number of frames read: fewer where the file
+    /// ends or was cut off meanwhile, 0 at the end and on an error. Float files may hold infinities and NaN.
     virtual std::size_t read(std::span<float* const> channels, std::size_t frames) = 0;
+
+    /// Another reader of the same sound, at its start, for another thread. Nothing where a reader has to
+    /// start from the beginning to give the exact samples, as with most compressed files.
+    virtual std::unique_ptr<AudioFile> another() const { return nullptr; }
 };
 
 } // namespace orvane::platform

@@ -105,4 +105,13 @@ std::vector<std::byte> RandomAccessFile::read(std::uint64_t position, std::uint6
     return bytes;
 }
 
+std::size_t RandomAccessFile::readInto(std::uint64_t position, std::span<std::byte> into) const {
+    const State& s = *state_;
+    if (position >= s.size) return 0;
+    into = into.first(static_cast<std::size_t>(std::min<std::uint64_t>(into.size(), s.size - position)));
+    if (s.descriptor >= 0) return readAt(s.descriptor, position, into);
+    std::copy_n(s.memory.begin() + static_cast<std::ptrdiff_t>(position), into.size(), into.begin());
+    return into.size();
+}
+
 } // namespace orvane::platform

@@ -35,6 +35,9 @@ class RandomAccessFile {
     ByteCursor peek(std::uint64_t position, std::size_t count);
     /// Up to `count` bytes at `position`, into memory of their own.
     std::vector<std::byte> read(std::uint64_t position, std::uint64_t count);
+    /// As many bytes at `position` as there are, straight into the caller's memory; returns how many. Several
+    /// threads at a time.
+    std::size_t readInto(std::uint64_t position, std::span<std::byte> into) const;
 
     static constexpr std::size_t windowBytes = 16384;
 

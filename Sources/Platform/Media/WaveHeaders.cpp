@@ -27,6 +27,7 @@ struct Format {
     std::uint32_t sampleRate = 0;
     std::uint32_t bytesPerSecond = 0;
     std::uint16_t blockAlign = 0;
+    std::uint16_t bits = 0;
 
     bool isLinear() const { return tag == formatPCM || tag == formatFloat; }
 };
@@ -34,6 +35,7 @@ struct Format {
 struct Chunks {
     std::optional<Format> format;
     std::optional<std::uint64_t> dataBytes; ///< what is really there
+    std::uint64_t dataAt = 0;               ///< position in the file
     std::optional<std::uint64_t> largeDataBytes;
     std::optional<std::uint64_t> frames; ///< the "fact" of a compressed recording
     std::optional<std::string> creationDate;
@@ -44,7 +46,7 @@ std::optional<Format> readFormat(const ByteCursor& body) {
     const auto tag = body.u16le(0), channels = body.u16le(2), align = body.u16le(12);
     const auto rate = body.u32le(4), bytesPerSecond = body.u32le(8);
     if (!tag || !channels || !rate || !bytesPerSecond || !align) return std::nullopt;
-    format = {*tag, *channels, *rate, *bytesPerSecond, *align};
+    format = {*tag, *channels, *rate, *bytesPerSecond, *align, body.u16le(14).value_or(0)};
     constexpr std::size_t subformatAt = 24;
     if (*tag == formatExtensible) format.tag = body.u16le(subformatAt).value_or(*tag);
     return format;
@@ -115,7 +117,10 @@ class ChunkReader {
         if (size == sizeElsewhere) claimed = chunks_.largeDataBytes.value_or(rest);
         // A recorder that lost its power never wrote the size: all that follows is sound.
         if (size == 0) claimed = rest;
-        if (!chunks_.dataBytes) chunks_.dataBytes = std::min(claimed, rest);
+        if (!chunks_.dataBytes) {
+            chunks_.dataBytes = std::min(claimed, rest);
+            chunks_.dataAt = at;
+        }
         return claimed;
     }
 
@@ -139,6 +144,11 @@ bool isWave(const ByteCursor& header) {
     return (form == "RIFF" || form == "RF64" || form == "BW64") && header.text().substr(8, 4) == "WAVE";
 }
 
+bool isUsable(const std::optional<Format>& format) {
+    return format && format->sampleRate != 0 && format->sampleRate <= highestSampleRate &&
+           format->channels != 0;
+}
+
 } // namespace
 
 std::optional<MediaInspection> inspectWave(RandomAccessFile& file) {
@@ -148,11 +158,26 @@ std::optional<MediaInspection> inspectWave(RandomAccessFile& file) {
     if (chunks.creationDate)
         result.metadata.push_back({"ICRD", "creationDate", chunks.creationDate, std::nullopt});
     const auto& format = chunks.format;
-    if (!format || format->sampleRate == 0 || format->sampleRate > highestSampleRate || format->channels == 0)
-        return result;
+    if (!isUsable(format)) return result;
     result.durationSeconds = duration(*format, chunks);
     result.audioTracks.push_back({format->channels, static_cast<double>(format->sampleRate)});
     return result;
+}
+
+std::optional<WaveSamples> locateWaveSamples(RandomAccessFile& file) {
+    if (!isWave(file.peek(0, riffHeaderBytes))) return std::nullopt;
+    const Chunks chunks = ChunkReader(file).read();
+    const auto& format = chunks.format;
+    if (!isUsable(format) || !format->isLinear() || !chunks.dataBytes) return std::nullopt;
+    if (format->bits == 0 || format->bits % 8 != 0) return std::nullopt;
+    WaveSamples samples{.channels = format->channels,
+                        .sampleRate = format->sampleRate,
+                        .isFloat = format->tag == formatFloat,
+                        .bits = format->bits,
+                        .dataAt = chunks.dataAt};
+    if (samples.bytesPerFrame() != format->blockAlign) return std::nullopt;
+    samples.frames = *chunks.dataBytes / samples.bytesPerFrame();
+    return samples;
 }
 
 } // namespace orvane::platform

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/SmartAudioConfig.h"
-#include "OrvaneSyncCore/Models/SyncGroup.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioPredictor.h"
 #include "Platform/SettingsStore.h"
 

@@ -5,12 +5,15 @@
 #include "OrvaneSyncCore/Models/SmartAudioConfig.h"
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
 #include "OrvaneSyncCore/Services/SmartAudio/StemMeasurement.h"
+#include "OrvaneSyncCore/Services/SmartAudio/WindowAnalysis.h"
+#include "Platform/AudioFile.h"
 #include "Platform/MainThread.h"
 
 #include <cstddef>
 #include <memory>
 #include <optional>
 #include <set>
+#include <string>
 #include <vector>
 
 namespace orvane {
@@ -20,11 +23,11 @@ struct SmartAudioRequest {
     FileURL audioURL;
     int channelCount = 0; ///< tracks to analyse; may differ from what the file has
     SmartAudioMode mode = SmartAudioMode::standard;
-    std::optional<SmartAudioConfig> config; ///< absent: the preset of `mode`
-    std::vector<IXMLTrack> ixmlTracks;
-    std::optional<SmartAudioBlockSettings> blockSettings; ///< absent: no classification and no blocks
-    std::optional<SeparatedStems> stems;
-    std::set<int> candidateTracks; ///< tracks that routing may use; empty: all
+    std::optional<SmartAudioConfig> config = {}; ///< absent: the preset of `mode`
+    std::vector<IXMLTrack> ixmlTracks = {};
+    std::optional<SmartAudioBlockSettings> blockSettings = {}; ///< absent: no classification and no blocks
+    std::optional<SeparatedStems> stems = {};
+    std::set<int> candidateTracks = {}; ///< tracks that routing may use; empty: all
 };
 
 /// Listens to one recording once and gives the verdict. Never fails: a file that cannot be read gives the
@@ -32,8 +35,10 @@ struct SmartAudioRequest {
 class SmartAudioRouter {
   public:
     /// `concurrency`: threads that one analysis may use; 0: as many as the machine has. The result does not
-    /// depend on it.
-    explicit SmartAudioRouter(std::size_t concurrency = 0);
+    /// depend on it. `diagnosticsDirectory`: where the text report of a routing goes; absent: the program's
+    /// own place for it.
+    explicit SmartAudioRouter(std::size_t concurrency = 0,
+                              std::optional<std::string> diagnosticsDirectory = std::nullopt);
     ~SmartAudioRouter();
 
     /// On the router's own queue, one analysis at a time; the caller waits. Never from the interface thread
@@ -44,8 +49,14 @@ class SmartAudioRouter {
     platform::SerialQueue& queue() { return *queue_; }
     SmartAudioResult analyzeOnQueue(const SmartAudioRequest& request) const;
 
+    /// The reading alone: one analysis a track that is asked for. Tracks that the file does not have stay
+    /// without windows. Any thread.
+    static std::vector<TrackAnalysis> listen(platform::AudioFile& file, int channelCount,
+                                             std::size_t concurrency);
+
   private:
     std::size_t concurrency_;
+    std::optional<std::string> diagnosticsDirectory_;
     std::unique_ptr<platform::SerialQueue> queue_;
 };
 

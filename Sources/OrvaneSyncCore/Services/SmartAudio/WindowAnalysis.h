@@ -21,6 +21,8 @@ struct TrackAnalysis {
 
     /// Appends a window; the speech test is made here.
     void add(float rms, float peak, float zeroCrossingRate);
+    /// Appends the windows of a later stretch of the same track.
+    void append(const TrackAnalysis& behind);
 
     float averageRMS() const; ///< mean of `windowRMS`, linear; 0 without windows
     float averageZeroCrossingRate() const;

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Platform/AudioFile.h"
+
+#include <cstddef>
+#include <limits>
+#include <memory>
+#include <span>
+
+namespace orvane {
+
+/// Measures a recording while a pass over the file goes by. The samples come in pieces that never reach over
+/// the end of a window; every sample is finite.
+class AudioListener {
+  public:
+    virtual ~AudioListener() = default;
+    /// The next `frames` samples of each channel.
+    virtual void samples(std::span<const float* const> channels, std::size_t frames) = 0;
+    virtual void windowEnded() {}
+
+    /// A new listener of the kind, for windows that another thread reads. Nothing for one that has to hear
+    /// everything in order; the whole pass then goes over the file in order.
+    virtual std::unique_ptr<AudioListener> sibling() const { return nullptr; }
+    /// Takes over what a sibling heard of the windows right behind this listener's own.
+    virtual void append(AudioListener& /*behind*/) {}
+};
+
+/// What of a file a pass goes over, from its first frame on.
+struct AudioPass {
+    std::size_t channels = 1;     ///< the first ones; no more than the file has
+    std::size_t windowFrames = 0; ///< length of a window; with 0 there is nothing to hear
+    std::size_t windows = std::numeric_limits<std::size_t>::max(); ///< at most
+    std::size_t concurrency = 1;                                   ///< threads
+
+    /// Reads once, for all listeners, in bounded memory. The pass ends early where the file does; the window
+    /// that was under way counts if it holds a frame. What a listener hears does not depend on `concurrency`.
+    void run(platform::AudioFile& file, std::span<AudioListener* const> listeners) const;
+};
+
+} // namespace orvane

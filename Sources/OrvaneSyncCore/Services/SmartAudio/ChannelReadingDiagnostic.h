@@ -1,0 +1,17 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/FileURL.h"
+
+#include <optional>
+#include <string>
+
+namespace orvane {
+
+/// For developers: measures one channel (from 1) once as the analysis reads the file and once through the
+/// media libraries alone, compares the two window by window and writes what came out to
+/// "orvane_channel_reading_diagnostic.txt" in the diagnostics directory. Returns the report; a failure to
+/// write it is ignored. Any thread but the interface thread.
+std::string diagnoseChannelReading(const FileURL& url, int targetChannel,
+                                   const std::optional<std::string>& diagnosticsDirectory = std::nullopt);
+
+} // namespace orvane

@@ -1,0 +1,105 @@
+#include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
+
+#include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
+#include "OrvaneSyncCore/Services/SmartAudio/ChannelClassifier.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SmartAudioBlockRouter.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SmartAudioDiagnosticsLocation.h"
+#include "OrvaneSyncCore/Services/SmartAudio/TrackAdjustments.h"
+#include "OrvaneSyncCore/Services/SmartAudio/WindowMeasurement.h"
+
+#include <algorithm>
+#include <array>
+#include <thread>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::size_t mostWindows = 10000; ///< 2500 s; the rest of a longer recording is not heard
+constexpr double minSegmentSeconds = 0.5;
+
+/// As many channels as the header of a recording can count. More were never recorded.
+constexpr int mostTracks = 65535;
+
+/// Hz. Beyond it a rate is a broken header.
+constexpr double highestSampleRate = 1e9;
+
+/// Whole samples; 0 for a rate at which a window holds none.
+std::size_t windowFrames(double sampleRate) {
+    if (!(sampleRate > 0) || sampleRate > highestSampleRate) return 0;
+    return static_cast<std::size_t>(sampleRate * smartAudioWindowSeconds);
+}
+
+void routeInBlocks(const SmartAudioRequest& request, std::span<const TrackAnalysis> analyses,
+                   const std::string& diagnosticsDirectory, SmartAudioResult& result) {
+    result.channelClassifications = ChannelClassifier::classify(
+        static_cast<int>(analyses.size()), request.ixmlTracks, WindowAnalysis::channelStats(analyses));
+    auto routing = SmartAudioBlockRouter::computeBlocks(
+        WindowAnalysis::frames(analyses), smartAudioWindowSeconds, result.channelClassifications,
+        *request.blockSettings, result.stemMetrics, request.candidateTracks,
+        diagnosticsDirectory + "/orvane_routing_debug.txt");
+    result.detectedCharacter = routing.detected;
+    result.blocks = std::move(routing.blocks);
+    if (!result.blocks.empty())
+        result.windowedBestTracks = WindowAnalysis::toLegacyWindowedSegments(result.blocks);
+}
+
+} // namespace
+
+SmartAudioRouter::SmartAudioRouter(std::size_t concurrency, std::optional<std::string> diagnosticsDirectory)
+    : concurrency_(concurrency > 0 ? concurrency : std::max(std::thread::hardware_concurrency(), 1U)),
+      diagnosticsDirectory_(std::move(diagnosticsDirectory)),
+      queue_(platform::SerialQueue::create("smart audio")) {}
+
+SmartAudioRouter::~SmartAudioRouter() = default;
+
+std::vector<TrackAnalysis> SmartAudioRouter::listen(platform::AudioFile& file, int channelCount,
+                                                    std::size_t concurrency) {
+    AudioPass pass;
+    pass.channels = static_cast<std::size_t>(std::clamp(file.channelCount(), 0, channelCount));
+    pass.windowFrames = windowFrames(file.sampleRate());
+    pass.concurrency = concurrency;
+    WindowMeasurement measurement(pass.channels);
+    if (pass.windowFrames > 0) {
+        const auto frames = static_cast<std::size_t>(file.frameCount());
+        pass.windows = std::min(frames / pass.windowFrames, mostWindows);
+        std::array<AudioListener*, 1> listeners{&measurement};
+        pass.run(file, listeners);
+    }
+    std::vector<TrackAnalysis> analyses = measurement.take();
+    analyses.resize(static_cast<std::size_t>(channelCount));
+    return analyses;
+}
+
+SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request) {
+    SmartAudioResult result;
+    queue_->sync([&] { result = analyzeOnQueue(request); });
+    return result;
+}
+
+SmartAudioResult SmartAudioRouter::analyzeOnQueue(const SmartAudioRequest& request) const {
+    SmartAudioResult result;
+    const auto file = platform::AudioFile::open(request.audioURL.path);
+    const int tracks = std::min(request.channelCount, mostTracks);
+    if (!file || file->frameCount() < 1 || tracks < 1) return result;
+
+    const std::vector<TrackAnalysis> analyses = listen(*file, tracks, concurrency_);
+
+    const SmartAudioConfig config = request.config.value_or(SmartAudioConfig::preset(request.mode));
+    result.tracks = TrackAdjustments::generateAdjustments(analyses, request.mode, config);
+    result.bestTrackIndex = TrackAdjustments::bestTrackIndex(result.tracks);
+
+    result.windowedBestTracks =
+        WindowAnalysis::computePerWindowBestSegments(analyses, smartAudioWindowSeconds, minSegmentSeconds);
+    if (request.stems)
+        result.stemMetrics =
+            computeStemMetrics(*request.stems, smartAudioWindowSeconds, analyses.front().averageRMS());
+    if (request.blockSettings)
+        routeInBlocks(request, analyses,
+                      diagnosticsDirectory_ ? *diagnosticsDirectory_
+                                            : SmartAudioDiagnosticsLocation::directory(),
+                      result);
+    return result;
+}
+
+} // namespace orvane

@@ -1,0 +1,47 @@
+#include "OrvaneSyncCore/Services/SmartAudio/StemMeasurement.h"
+
+#include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
+#include "OrvaneSyncCore/Services/SmartAudio/WindowMeasurement.h"
+#include "Platform/AudioFile.h"
+
+#include <algorithm>
+#include <array>
+
+namespace orvane {
+
+namespace {
+
+/// Linear; a source below it is too quiet to compare anything with.
+constexpr float quietestSource = 1e-6F;
+
+/// Hz and seconds of a window beyond which a header or a caller is wrong.
+constexpr double mostWindowFrames = 1e9;
+
+/// The first channel; no windows when the stem cannot be read.
+TrackAnalysis readMonoStem(const FileURL& url, double windowSeconds) {
+    const auto file = platform::AudioFile::open(url.path);
+    if (!file || file->frameCount() < 1 || !(file->sampleRate() > 0)) return {};
+    const double frames = std::clamp(file->sampleRate() * windowSeconds, 1.0, mostWindowFrames);
+    AudioPass pass{.channels = 1, .windowFrames = static_cast<std::size_t>(frames)};
+    pass.windows = static_cast<std::size_t>(file->frameCount()) / pass.windowFrames;
+    WindowMeasurement measurement(1);
+    std::array<AudioListener*, 1> listeners{&measurement};
+    pass.run(*file, listeners);
+    return std::move(measurement.take().front());
+}
+
+} // namespace
+
+StemMetrics computeStemMetrics(const SeparatedStems& stems, double windowSeconds, float sourceAvgRMS) {
+    TrackAnalysis dialogue = readMonoStem(stems.dialogueURL, windowSeconds);
+    TrackAnalysis music = readMonoStem(stems.musicURL, windowSeconds);
+    StemMetrics metrics;
+    if (sourceAvgRMS > quietestSource)
+        metrics.musicProbability = std::clamp(music.averageRMS() / sourceAvgRMS, 0.0F, 1.0F);
+    metrics.dialogPerWindowRMS = std::move(dialogue.windowRMS);
+    metrics.dialogPerWindowPeak = std::move(dialogue.windowPeaks);
+    metrics.musicPerWindowRMS = std::move(music.windowRMS);
+    return metrics;
+}
+
+} // namespace orvane

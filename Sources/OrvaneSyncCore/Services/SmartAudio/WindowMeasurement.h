@@ -1,0 +1,39 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
+#include "OrvaneSyncCore/Services/SmartAudio/WindowAnalysis.h"
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace orvane {
+
+/// Measures level, peak and zero crossings of every channel in every window of a pass.
+class WindowMeasurement : public AudioListener {
+  public:
+    explicit WindowMeasurement(std::size_t channels) : windows_(channels), analyses_(channels) {}
+
+    void samples(std::span<const float* const> channels, std::size_t frames) override;
+    void windowEnded() override;
+    std::unique_ptr<AudioListener> sibling() const override;
+    void append(AudioListener& behind) override;
+
+    /// One a channel of the pass.
+    std::vector<TrackAnalysis> take() { return std::move(analyses_); }
+
+  private:
+    /// One channel in the window under way.
+    struct Window {
+        std::size_t frames = 0;
+        double sumOfSquares = 0;
+        float peak = 0;
+        std::size_t signChanges = 0;
+        float lastSample = 0;
+    };
+
+    std::vector<Window> windows_;
+    std::vector<TrackAnalysis> analyses_;
+};
+
+} // namespace orvane

@@ -1,0 +1,334 @@
+#include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
+#include "OrvaneSyncCore/Services/SmartAudio/ChannelReadingDiagnostic.h"
+#include "OrvaneSyncCore/Services/SmartAudio/KWeighting.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
+#include "OrvaneSyncCore/Services/SmartAudio/WindowMeasurement.h"
+#include "Support/MediaFactory.h"
+#include "Support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace orvane {
+namespace {
+
+using test::SampleFormat;
+using test::TemporaryDirectory;
+using test::WaveMaker;
+
+/// Sound in memory that may end earlier than it claims.
+class MemoryAudio : public platform::AudioFile {
+  public:
+    MemoryAudio(std::vector<std::vector<float>> channels, double sampleRate, std::int64_t claimed = -1)
+        : channels_(std::move(channels)), sampleRate_(sampleRate), claimed_(claimed) {}
+
+    double sampleRate() const override { return sampleRate_; }
+    int channelCount() const override { return static_cast<int>(channels_.size()); }
+    std::int64_t frameCount() const override {
+        return claimed_ < 0 ? static_cast<std::int64_t>(channels_.front().size()) : claimed_;
+    }
+    bool seek(std::int64_t frame) override {
+        at_ = static_cast<std::size_t>(frame);
+        return true;
+    }
+    std::size_t read(std::span<float* const> channels, std::size_t frames) override {
+        const std::size_t size = channels_.front().size();
+        const std::size_t some = std::min(frames, size - std::min(at_, size));
+        for (std::size_t i = 0; i < channels.size(); ++i)
+            std::copy_n(channels_[i].data() + std::min(at_, size), some, channels[i]);
+        at_ += some;
+        return some;
+    }
+    std::unique_ptr<AudioFile> another() const override { return std::make_unique<MemoryAudio>(*this); }
+
+  private:
+    std::vector<std::vector<float>> channels_;
+    double sampleRate_;
+    std::int64_t claimed_;
+    std::size_t at_ = 0;
+};
+
+std::vector<TrackAnalysis> measured(MemoryAudio file, std::size_t channels, AudioPass pass) {
+    pass.channels = channels;
+    WindowMeasurement measurement(channels);
+    std::array<AudioListener*, 1> listeners{&measurement};
+    pass.run(file, listeners);
+    return measurement.take();
+}
+
+TEST(AudioPass, measuresWindows) {
+    const float nan = std::numeric_limits<float>::quiet_NaN(),
+                infinity = std::numeric_limits<float>::infinity();
+    struct Case {
+        const char* rule;
+        std::vector<float> window;
+        float rms, peak, crossings;
+    };
+    for (const Case& one : std::vector<Case>{
+             {"a square wave at full scale", {1, -1, 1, -1}, 1, 1, 0.75F},
+             {"a negative peak counts", {0, 0, -0.5F, 0}, 0.25F, 0.5F, 0.5F},
+             {"one sample", {0.25F}, 0.25F, 0.25F, 0},
+             {"zero is positive, whatever its sign", {-0.0F, 0, 1, -0.0F}, 0.5F, 1, 0},
+             {"what is no number is silence", {nan, infinity, -infinity, 1}, 0.5F, 1, 0},
+             {"the largest float", {3e38F, -3e38F}, 3e38F, 3e38F, 0.5F},
+         }) {
+        const auto analysis = measured({{one.window}, 48000}, 1, {.windowFrames = one.window.size()}).at(0);
+        EXPECT_EQ(analysis.windowRMS, std::vector{one.rms}) << one.rule;
+        EXPECT_EQ(analysis.windowPeaks, std::vector{one.peak}) << one.rule;
+        EXPECT_EQ(analysis.spectralCentroids, std::vector{one.crossings}) << one.rule;
+    }
+}
+
+TEST(AudioPass, endsWhereTheFileDoes) {
+    const std::vector<float> sound(25, 0.5F);
+    const auto windows = [&](std::int64_t claimed, AudioPass pass) {
+        return measured({{sound}, 48000, claimed}, 1, pass).at(0).totalWindows;
+    };
+    EXPECT_EQ(windows(25, {.windowFrames = 10}), 3); // the last window is short
+    EXPECT_EQ(windows(1000, {.windowFrames = 10, .windows = 100}), 3);
+    EXPECT_EQ(windows(1000, {.windowFrames = 5, .windows = 200}), 5); // it ends with a window
+    EXPECT_EQ(windows(25, {.windowFrames = 10, .windows = 2}), 2);
+    EXPECT_EQ(windows(25, {.windowFrames = 0}), 0);
+    EXPECT_EQ(windows(1000, {.windowFrames = 1, .windows = 1000, .concurrency = 4}), 25);
+}
+
+/// Windows longer and shorter than the pieces that are read, on one thread and on several.
+TEST(AudioPass, givesTheSameBitsOnAnyNumberOfThreads) {
+    std::mt19937 random(3);
+    std::uniform_real_distribution<float> level(-1, 1);
+    std::vector<std::vector<float>> channels(3, std::vector<float>(400'007));
+    for (auto& channel : channels)
+        for (float& sample : channel) sample = level(random);
+    for (const std::size_t length : {1000U, 12000U, 20011U}) {
+        const MemoryAudio file(channels, 48000);
+        const auto one = measured(file, 3, {.windowFrames = length});
+        EXPECT_EQ(one[2].totalWindows, static_cast<int>(400'007 / length + 1));
+        for (const std::size_t threads : {2U, 5U})
+            EXPECT_EQ(measured(file, 3, {.windowFrames = length, .concurrency = threads}), one) << length;
+        // Against the plain definition.
+        for (std::size_t window = 0; window < 3; ++window) {
+            double sum = 0;
+            int changes = 0;
+            for (std::size_t i = window * length; i < (window + 1) * length; ++i) {
+                sum += static_cast<double>(channels[1][i]) * channels[1][i];
+                if (i > window * length && (channels[1][i] >= 0) != (channels[1][i - 1] >= 0)) ++changes;
+            }
+            const auto count = static_cast<double>(length);
+            EXPECT_FLOAT_EQ(one[1].windowRMS[window], static_cast<float>(std::sqrt(sum / count)));
+            EXPECT_EQ(one[1].spectralCentroids[window], static_cast<float>(changes / count));
+        }
+    }
+}
+
+/// The last bit, whatever build this is: the numbers stand here as they came out of another one.
+TEST(AudioPass, givesTheSameBitsInEveryBuild) {
+    std::vector<std::vector<float>> channels(1);
+    std::uint32_t state = 1;
+    for (int i = 0; i < 30000; ++i) {
+        state = state * 1664525U + 1013904223U;
+        channels[0].push_back(static_cast<float>(static_cast<std::int32_t>(state)) / 2147483648.0F);
+    }
+    const auto analysis = measured({channels, 48000}, 1, {.windowFrames = 12000}).at(0);
+    EXPECT_EQ(analysis.windowRMS, (std::vector<float>{0x1.264cbap-1F, 0x1.2620dep-1F, 0x1.280332p-1F}));
+    KWeighting filter(1, 48000);
+    const std::vector<const float*> samples{channels[0].data()};
+    filter.add(samples, 0, 30000);
+    EXPECT_EQ(filter.takeEnergies(), std::vector{0x1.7753d9f791256p+14});
+}
+
+class SmartAudioRouterTest : public testing::Test {
+  protected:
+    SmartAudioResult analyze(SmartAudioRequest request, std::size_t threads = 2) const {
+        return SmartAudioRouter(threads, folder.path()).analyze(request);
+    }
+    SmartAudioRequest request(const std::string& wave, int channelCount) const {
+        return {.audioURL = {folder.write("take.wav", wave)},
+                .channelCount = channelCount,
+                .blockSettings = SmartAudioBlockSettings{}};
+    }
+
+    TemporaryDirectory folder;
+};
+
+/// `seconds` of noise, channel by channel at these levels.
+std::string noise(const std::vector<float>& levels, double seconds, test::WaveFormat format = {}) {
+    std::mt19937 random(5);
+    std::uniform_real_distribution<float> value(-1, 1);
+    format.channels = static_cast<int>(levels.size());
+    std::vector<float> interleaved;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(seconds * format.sampleRate); ++i)
+        for (const float level : levels) interleaved.push_back(level * value(random));
+    return WaveMaker().format(format).samples(interleaved).bytes();
+}
+
+TEST_F(SmartAudioRouterTest, givesTheEmptyResultForWhatItCannotHear) {
+    const std::string bytes = noise({0.1F}, 1);
+    EXPECT_EQ(analyze({.audioURL = {folder.path("missing.wav")}, .channelCount = 2}), SmartAudioResult{});
+    EXPECT_EQ(analyze(request("no sound", 2)), SmartAudioResult{});
+    EXPECT_EQ(analyze(request(WaveMaker().format({}).silence(0).bytes(), 2)), SmartAudioResult{});
+    EXPECT_EQ(analyze(request(bytes, 0)), SmartAudioResult{});
+    EXPECT_EQ(analyze(request(bytes, -3)), SmartAudioResult{});
+    EXPECT_EQ(SmartAudioResult{}.windowDurationSeconds, 0.25);
+}
+
+TEST_F(SmartAudioRouterTest, hearsWholeWindowsOfTheTracksThatThereAre) {
+    struct Case {
+        const char* rule;
+        std::string wave;
+        int channelCount;
+        std::size_t windows; ///< of track 1, by the length of the segments
+    };
+    const auto silence = [](std::uint32_t rate, std::uint64_t frames) {
+        return WaveMaker()
+            .format({.sampleRate = rate, .samples = SampleFormat::pcm16})
+            .silence(frames)
+            .bytes();
+    };
+    for (const Case& one : std::vector<Case>{
+             {"shorter than a window", silence(48000, 11999), 2, 0},
+             {"one sample", silence(48000, 1), 1, 0},
+             {"a window", silence(48000, 12000), 1, 1},
+             {"the rest is dropped", silence(48000, 35999), 1, 2},
+             {"windows without a sample", silence(1, 1000), 3, 0},
+             {"windows of one sample", silence(4, 9), 1, 9},
+             {"a third of a sample is dropped", silence(11025, 2756 * 3), 1, 3},
+             {"384 kHz", silence(384000, 192000), 64, 2},
+             {"the first 2500 s of a longer recording", silence(8, 2 * 12000), 1, 10000},
+         }) {
+        SCOPED_TRACE(one.rule);
+        SmartAudioRequest asked = request(one.wave, one.channelCount);
+        asked.blockSettings.reset();
+        const auto result = analyze(asked);
+        ASSERT_EQ(result.tracks.size(), static_cast<std::size_t>(one.channelCount));
+        EXPECT_EQ(result.bestTrackIndex, 1);
+        const double end =
+            result.windowedBestTracks.empty() ? 0 : result.windowedBestTracks.back().endSeconds;
+        EXPECT_EQ(end, 0.25 * static_cast<double>(one.windows));
+        EXPECT_TRUE(result.blocks.empty() && result.channelClassifications.empty() &&
+                    !result.detectedCharacter);
+        for (const auto& track : result.tracks) {
+            EXPECT_EQ(track.speechRatio, 0);
+            EXPECT_EQ(track.bestSourceScore, 0);
+            EXPECT_EQ(track.averageLevelDB, -200);
+        }
+    }
+}
+
+TEST_F(SmartAudioRouterTest, namesRoutesAndRecommends) {
+    SmartAudioRequest asked = request(noise({0.02F, 0.3F, 0.001F}, 8), 4);
+    asked.mode = SmartAudioMode::studio;
+    asked.ixmlTracks = {{1, "Boom"}, {2, "Lav (Anna)"}, {7, "beyond"}};
+    const auto result = analyze(asked);
+    ASSERT_EQ(result.tracks.size(), 4U);
+    EXPECT_EQ(result.bestTrackIndex,
+              1); // both speak throughout; the first of equals, or the cleaner by chance
+    EXPECT_EQ(result.tracks[1].speechRatio, 1);
+    EXPECT_EQ(result.tracks[1].loudnessAmount, 0.5F);
+    EXPECT_EQ(result.tracks[2].speechRatio, 0);
+    EXPECT_EQ(result.tracks[3].averageLevelDB, -200); // a track that the file does not have
+    ASSERT_EQ(result.channelClassifications.size(), 4U);
+    EXPECT_EQ(result.channelClassifications[1].speakerName, "anna");
+    EXPECT_EQ(result.channelClassifications[3].source, "Heuristic: no iXML on this ch — defaulting to Lav");
+    ASSERT_FALSE(result.blocks.empty());
+    EXPECT_EQ(result.blocks.back().endSeconds, 8);
+    EXPECT_TRUE(result.detectedCharacter);
+    ASSERT_FALSE(result.windowedBestTracks.empty());
+    EXPECT_EQ(result.windowedBestTracks[0].bestTrackIndex, result.blocks[0].activeTrack);
+
+    asked.channelCount = 1; // fewer than the file has
+    const auto one = analyze(asked);
+    EXPECT_EQ(one.tracks.size(), 1U);
+    EXPECT_EQ(one.tracks[0], result.tracks[0]);
+}
+
+TEST_F(SmartAudioRouterTest, doesNotDependOnThreadsOrFormat) {
+    const std::vector<float> levels{0.1F, 0.3F, 0.01F, 0.2F};
+    const auto in = [&](SampleFormat format) {
+        return noise(levels, 12.3, {.sampleRate = 8000, .samples = format});
+    };
+    for (const SampleFormat format : {SampleFormat::pcm8, SampleFormat::pcm16, SampleFormat::pcm24,
+                                      SampleFormat::pcm32, SampleFormat::float32}) {
+        const SmartAudioRequest asked = request(in(format), 4);
+        const auto one = analyze(asked, 1);
+        EXPECT_EQ(one.tracks.size(), 4U);
+        EXPECT_EQ(analyze(asked, 2), one);
+        EXPECT_EQ(analyze(asked, 7), one);
+    }
+}
+
+/// Whatever the samples are, every number of the result has a JSON form.
+TEST_F(SmartAudioRouterTest, hasNoNumberThatIsNone) {
+    const float nan = std::numeric_limits<float>::quiet_NaN(),
+                infinity = std::numeric_limits<float>::infinity();
+    const float largest = std::numeric_limits<float>::max();
+    const std::vector<std::vector<float>> patterns{
+        {nan}, {infinity, -infinity}, {0.5F, nan},       {1, -1},
+        {0},   {largest, -largest},   {1e-45F, -1e-45F}, {1e-30F, largest}};
+    for (const auto& pattern : patterns)
+        for (const SmartAudioMode mode : {SmartAudioMode::off, SmartAudioMode::cinematic}) {
+            std::vector<float> interleaved;
+            for (std::size_t i = 0; i < 64 * 1000; ++i)
+                interleaved.push_back(pattern[i / 64 % pattern.size()]);
+            SmartAudioRequest asked =
+                request(WaveMaker()
+                            .format({.channels = 64, .sampleRate = 1000, .samples = SampleFormat::float32})
+                            .samples(interleaved)
+                            .bytes(),
+                        64);
+            asked.mode = mode;
+            asked.config = SmartAudioConfig{.voiceIsolationAmount = 1, .loudnessTargetDB = -8};
+            const auto result = analyze(asked);
+            EXPECT_EQ(result.tracks.size(), 64U);
+            EXPECT_EQ(toJSON(result).dump().find("null"), std::string::npos) << pattern[0];
+        }
+}
+
+TEST_F(SmartAudioRouterTest, hearsWhatIsLeftOfAFileThatEndsEarly) {
+    const std::string bytes = noise({0.1F, 0.2F}, 10);
+    const auto whole = analyze(request(bytes, 2));
+    const auto half = analyze(request(bytes.substr(0, bytes.size() / 2), 2));
+    ASSERT_FALSE(half.blocks.empty());
+    EXPECT_EQ(whole.blocks.back().endSeconds, 10);
+    EXPECT_EQ(half.blocks.back().endSeconds, 4.75); // 4.9998 s: whole windows
+}
+
+TEST_F(SmartAudioRouterTest, measuresStems) {
+    const auto stem = [&](const char* name, float level) {
+        const std::vector<float> samples(static_cast<std::size_t>(48000 * 1.1), level);
+        return FileURL{folder.write(
+            name, WaveMaker().format({.samples = SampleFormat::float32}).samples(samples).bytes())};
+    };
+    const SeparatedStems stems{
+        stem("d.wav", 0.25F), stem("m.wav", -0.125F), {folder.path("missing.wav")}, 48000, 1.1};
+    EXPECT_EQ(computeStemMetrics(stems, 0.25, 0.5F),
+              (StemMetrics{std::vector(4, 0.25F), std::vector(4, 0.25F), std::vector(4, 0.125F), 0.25F}));
+    EXPECT_EQ(computeStemMetrics(stems, 0.25, 0.1F).musicProbability, 1);
+    EXPECT_EQ(computeStemMetrics(stems, 0.25, 1e-6F).musicProbability, 0);
+    EXPECT_EQ(computeStemMetrics({}, 0.25, 0.5F), StemMetrics{});
+    SmartAudioRequest asked = request(noise({0.1F}, 2), 1);
+    asked.stems = stems;
+    EXPECT_EQ(analyze(asked).stemMetrics->dialogPerWindowPeak, std::vector(4, 0.25F));
+}
+
+TEST_F(SmartAudioRouterTest, comparesTheTwoWaysToReadAChannel) {
+    const FileURL take{folder.write("take.wav", noise({0.1F, 0.2F}, 2))};
+    const std::string report = diagnoseChannelReading(take, 2, folder.path());
+    EXPECT_EQ(folder.read("orvane_channel_reading_diagnostic.txt"), report);
+    EXPECT_TRUE(report.starts_with("=== Channel Reading Diagnostic ===\n"));
+    EXPECT_NE(report.find("Compared: 8 windows · differing: 0\n"), std::string::npos) << report;
+    for (const int channel : {0, 3})
+        EXPECT_NE(diagnoseChannelReading(take, channel, folder.path()).find("Compared: 0 windows"),
+                  std::string::npos);
+    EXPECT_NE(diagnoseChannelReading({folder.path("missing.wav")}, 1, folder.path()).find("cannot be opened"),
+              std::string::npos);
+}
+
+} // namespace
+} // namespace orvane

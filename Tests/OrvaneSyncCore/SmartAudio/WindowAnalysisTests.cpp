@@ -1,0 +1,109 @@
+#include "OrvaneSyncCore/Services/SmartAudio/WindowAnalysis.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace orvane {
+namespace {
+
+/// A track whose windows have these levels, each with a peak of twice as much.
+TrackAnalysis track(const std::vector<float>& levels) {
+    TrackAnalysis analysis;
+    for (const float level : levels) analysis.add(level, 2 * level, 0.25F);
+    return analysis;
+}
+
+std::string text(const std::vector<WindowedBestSegment>& segments) {
+    std::string result;
+    for (const auto& one : segments)
+        result += "T" + std::to_string(one.bestTrackIndex) + " " +
+                  std::to_string(one.startSeconds).substr(0, 4) + "-" +
+                  std::to_string(one.endSeconds).substr(0, 4) + " ";
+    return result;
+}
+
+TEST(WindowAnalysis, gatesSpeechByLevelAlone) {
+    EXPECT_EQ(WindowAnalysis::levelDB(0), -200);
+    EXPECT_EQ(WindowAnalysis::levelDB(1), 0);
+    const TrackAnalysis analysis = track({0, 0.0031622F, 0.0031624F, 1});
+    EXPECT_EQ(analysis.windowHasSpeech, (std::vector<bool>{false, false, true, true}));
+    EXPECT_EQ(analysis.speechRatio(), 0.5F);
+    EXPECT_EQ(analysis.maxPeak, 2);
+    TrackAnalysis joined = track({0, 0.0031622F});
+    joined.append(track({0.0031624F, 1}));
+    EXPECT_EQ(joined, analysis);
+}
+
+TEST(WindowAnalysis, summarisesChannels) {
+    const std::vector<TrackAnalysis> tracks{track({0.1F, 0.3F}), {}, track({0, 0}), track({4e-7F, 4e-7F})};
+    const auto stats = WindowAnalysis::channelStats(tracks);
+    ASSERT_EQ(stats.size(), 4U);
+    EXPECT_EQ(stats[0], (ChannelStats{1, 0.2F, 0.6F, 0.25F, stats[0].dynamicRangeDB, 1.0F}));
+    EXPECT_NEAR(stats[0].dynamicRangeDB, 9.5424, 1e-4); // a ratio of 3
+    EXPECT_EQ(stats[1], (ChannelStats{2, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(stats[2], (ChannelStats{3, 0, 0, 0.25F, 0, 0}));
+    EXPECT_EQ(stats[3].dynamicRangeDB, 0); // its peak is no peak
+    // The largest floats: the sum of two is none any more.
+    EXPECT_EQ(track({3e38F, 3e38F}).averageRMS(), 3e38F);
+}
+
+TEST(WindowAnalysis, framesFollowTheFirstTrack) {
+    const std::vector<TrackAnalysis> tracks{track({0.1F, 0.2F}), track({0.3F}), {}, track({0, 0, 0})};
+    const auto frames = WindowAnalysis::frames(tracks);
+    ASSERT_EQ(frames.size(), 2U);
+    using SmartAudioBlockRouter::WindowMetrics;
+    EXPECT_EQ(frames[0].perChannel,
+              (std::vector<WindowMetrics>{
+                  {1, 0.1F, 0.2F, true, 0.25F}, {2, 0.3F, 0.6F, true, 0.25F}, {4, 0, 0, false, 0.25F}}));
+    EXPECT_EQ(frames[1].index, 1);
+    EXPECT_EQ(frames[1].perChannel,
+              (std::vector<WindowMetrics>{{1, 0.2F, 0.4F, true, 0.25F}, {4, 0, 0, false, 0.25F}}));
+    EXPECT_TRUE(WindowAnalysis::frames({}).empty());
+    EXPECT_TRUE(WindowAnalysis::frames(std::vector<TrackAnalysis>{{}, track({1})}).empty());
+}
+
+TEST(WindowAnalysis, findsTheBestTrackWindowByWindow) {
+    struct Case {
+        const char* rule;
+        std::vector<TrackAnalysis> tracks;
+        const char* segments;
+    };
+    const float loud = 0.5F, soft = 0.1F, silent = 0.001F;
+    for (const Case& one : std::vector<Case>{
+             {"no tracks", {}, ""},
+             {"no windows of track 1", {{}, track({loud})}, ""},
+             {"nobody speaks", {track({0, 0, 0}), track({silent, silent, silent})}, "T1 0.00-0.75 "},
+             {"the lower track of two equal ones",
+              {track({soft, soft}), track({soft, soft})},
+              "T1 0.00-0.50 "},
+             {"a short run joins the one before it",
+              {track({loud, loud, loud, loud, soft, loud, loud, loud, loud}),
+               track({soft, soft, soft, soft, loud, soft, soft, soft, soft})},
+              "T1 0.00-1.25 T1 1.25-2.25 "},
+             {"the first run is kept",
+              {track({soft, loud, loud}), track({loud, soft, soft})},
+              "T2 0.00-0.25 T1 0.25-0.75 "},
+             {"half a second is long enough",
+              {track({loud, loud, soft, soft}), track({soft, soft, loud, loud})},
+              "T1 0.00-0.50 T2 0.50-1.00 "},
+             {"a track that has ended does not count",
+              {track({soft, soft, soft}), track({loud})},
+              "T2 0.00-0.25 T1 0.25-0.75 "},
+         })
+        EXPECT_EQ(text(WindowAnalysis::computePerWindowBestSegments(one.tracks, 0.25, 0.5)), one.segments)
+            << one.rule;
+
+    std::vector<BlockDecision> blocks(3);
+    for (std::size_t i = 0; i < 3; ++i) {
+        blocks[i].startSeconds = static_cast<double>(i);
+        blocks[i].endSeconds = static_cast<double>(i + 1);
+    }
+    blocks[0].activeTrack = 2;
+    blocks[2].activeTrack = 1;
+    EXPECT_EQ(text(WindowAnalysis::toLegacyWindowedSegments(blocks)), "T2 0.00-1.00 T1 2.00-3.00 ");
+}
+
+} // namespace
+} // namespace orvane

@@ -16,7 +16,7 @@ constexpr double longestShortSilenceSeconds = 2.0;
 constexpr double minAbsorberSeconds = 2.0;       // of a neighbour that stands on one side only
 constexpr float silentDialogRMS = 0.0056234132F; // -45 dBFS
 
-/// No block lasts 0 seconds.
+/// A missing neighbour counts as lasting 0 seconds.
 double durationOf(const BlockDecision* block) {
     return block == nullptr ? 0 : block->endSeconds - block->startSeconds;
 }

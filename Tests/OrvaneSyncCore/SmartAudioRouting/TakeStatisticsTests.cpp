@@ -1,0 +1,138 @@
+#include "OrvaneSyncCore/Services/SmartAudio/MaterialDetection.h"
+#include "OrvaneSyncCore/Services/SmartAudio/TakeDefault.h"
+#include "OrvaneSyncCore/Services/SmartAudio/TakeStatistics.h"
+#include "OrvaneSyncCore/SmartAudioRouting/TakePatterns.h"
+
+#include <gtest/gtest.h>
+
+namespace orvane::test {
+namespace {
+
+using namespace SmartAudioBlockRouter;
+constexpr double nearly = 1e-4; // the levels go through 32-bit floats
+
+TEST(TakeStatistics, EachTrackIsMeasuredOverItsOwnWindows) {
+    const struct {
+        const char* name;
+        Pattern pattern;
+        double floorDB, crestDB, coverage, varianceDB;
+    } cases[] = {
+        {"no sound at all", {{10, silent}}, -65, 6, 0, 0},
+        {"speech throughout", {{10, -20, 9}}, -25, 9, 1, 0},
+        {"a fifth below: the position is past it", {{2, -60}, {8, -30, 10}}, -30, 10, 0.8, 12},
+        {"the window at a fifth, from the quietest",
+         {{2, -60}, {window, -40}, {7.75, -30}},
+         -40,
+         6,
+         0.8,
+         11.97654},
+        {"more than a fifth below", {{2.5, -60}, {7.5, -30}}, -60, 6, 0.75, 12.9904},
+        {"digital silence is not the room", {{9, silent}, {1, -40}}, -40, 6, 0.1, 0},
+        {"below -75 dBFS is not the room, but varies", {{5, -80}, {5, -40}}, -40, 6, 0.5, 20},
+        {"quieter than the range", {{10, -70}}, -65, 6, 0, 0},
+        {"peaks no higher than the mean give no crest", {{10, -20, 0}}, -25, 6, 1, 0},
+        {"the upper of two middle crests", {{5, -20, 4}, {5, -20, 12}}, -25, 12, 1, 0},
+        {"crests without speech do not count", {{5, -60, 30}, {1, -20, 5}}, -60, 5, 1.0 / 6, 14.9071},
+        {"one window", {{window, -30}}, -30, 6, 1, 0},
+    };
+    for (const auto& c : cases) {
+        const TakeStatistics stats = computeChannelStats(take({c.pattern}));
+        ASSERT_EQ(stats.size(), 1U) << c.name;
+        const ChannelRouteStats& s = stats.at(1);
+        EXPECT_EQ(s.trackIndex, 1);
+        EXPECT_NEAR(s.noiseFloorDB, c.floorDB, nearly) << c.name;
+        EXPECT_NEAR(s.typicalCrestFactorDB, c.crestDB, nearly) << c.name;
+        EXPECT_DOUBLE_EQ(s.speechCoverage, c.coverage) << c.name;
+        EXPECT_NEAR(s.rmsVarianceDB, c.varianceDB, nearly) << c.name;
+        EXPECT_EQ(s.takeDominance, 0) << "alone, no track dominates";
+    }
+    EXPECT_TRUE(computeChannelStats({}).empty());
+}
+
+TEST(TakeStatistics, DominanceIsTheRankByMeanLevel) {
+    const TakeStatistics stats =
+        computeChannelStats(take({{{4, -20}}, {{4, -40}}, {{2, -40}}, {{4, silent}}, {{4, -20}}}));
+    const std::pair<int, double> ranks[] = {{4, 0}, {2, 0.25}, {3, 0.5}, {1, 0.75}, {5, 1}};
+    for (const auto& [track, rank] : ranks) EXPECT_EQ(stats.at(track).takeDominance, rank) << track;
+    EXPECT_EQ(stats.at(3).speechCoverage, 1) << "a track that ended early counts its own windows";
+}
+
+TEST(MaterialDetection, DensityAndChangesOfTheFirstMinuteDecide) {
+    using enum MaterialCharacter;
+    // Two speakers take turns on two tracks; `quiet` seconds at the end have no speech.
+    const auto dialog = [](int turns, double turnSeconds, double quiet) {
+        std::vector<Pattern> tracks(2);
+        for (int i = 0; i < turns; ++i) {
+            tracks[0].push_back({turnSeconds, i % 2 == 0 ? -20.0 : -30.0});
+            tracks[1].push_back({turnSeconds, i % 2 == 0 ? -30.0 : -20.0});
+        }
+        for (Pattern& track : tracks) track.push_back({quiet, silent});
+        return take(tracks);
+    };
+    Pattern turns;
+    for (int i = 0; i < 30; ++i) turns.insert(turns.end(), {{1, -20}, {1, -30}});
+    const struct {
+        const char* name;
+        std::vector<PerWindowFrame> frames;
+        MaterialCharacter expected;
+    } cases[] = {
+        {"nothing", {}, standardDialog},
+        {"no speech", dialog(0, 1, 60), actionAtmo},
+        {"density 0.4 is dialog", dialog(1, 24, 36), standardDialog},
+        {"one window less is action", dialog(1, 23.75, 36.25), actionAtmo},
+        {"density 0.7 is no interview", dialog(1, 42, 18), standardDialog},
+        {"density above it is", dialog(1, 42.25, 17.75), interview},
+        {"7 changes a minute", dialog(8, 7.5, 0), interview},
+        {"8 changes a minute", dialog(9, 6.5, 1.5), standardDialog},
+        {"20 changes a minute", dialog(21, 2.75, 2.25), standardDialog},
+        {"21 changes a minute", dialog(22, 2.5, 5), fastDialog},
+        {"changes in a sparse minute", dialog(50, 0.25, 47.5), actionAtmo},
+        {"a single change in half a second counts per second at least", dialog(2, 0.25, 0), fastDialog},
+        {"what follows the first minute says nothing", dialog(1, 60, 600), interview},
+        {"equal levels belong to the first track", take({{{60, -20}}, turns}), interview},
+    };
+    for (const auto& c : cases) EXPECT_EQ(detectMaterialCharacter(c.frames, window), c.expected) << c.name;
+}
+
+TEST(TakeDefault, IsolatedTracksGoBeforeThoseThatSpeakMost) {
+    struct Track {
+        const char* source;
+        double coverage, varianceDB;
+    };
+    const struct {
+        const char* name;
+        std::vector<Track> tracks;
+        std::set<int> candidates;
+        std::optional<int> expected;
+    } cases[] = {
+        {"no tracks", {}, {}, std::nullopt},
+        {"an isolated track with enough speech", {{"iXML: Boom", 0.9, 1}, {"iXML: ISO 3", 0.25, 9}}, {}, 2},
+        {"a mix named so is one, in any case", {{"iXML: Boom", 0.9, 1}, {"iXML: iSo Mix", 0.3, 9}}, {}, 2},
+        {"too little speech in it", {{"iXML: Iso Mix", 0.2, 1}, {"iXML: Boom", 0.9, 9}}, {}, 2},
+        {"the steadiest isolated, the first on a tie",
+         {{"iso", 0.9, 5}, {"iso", 0.3, 4}, {"iso", 1, 4}},
+         {},
+         2},
+        {"too little speech anywhere", {{"a", 0.39, 1}, {"b", 0.1, 1}}, {}, std::nullopt},
+        {"just enough", {{"a", 0.4, 1}}, {}, 1},
+        {"more speech wins beyond 0.05", {{"a", 0.5, 1}, {"b", 0.56, 9}}, {}, 2},
+        {"within it the steadier", {{"a", 0.54, 9}, {"b", 0.5, 8}}, {}, 2},
+        {"the first on a tie", {{"a", 0.5, 8}, {"b", 0.5, 8}}, {}, 1},
+        {"only candidates", {{"iso", 1, 1}, {"a", 0.9, 1}, {"b", 0.5, 1}}, {3, 7}, 3},
+        {"no candidate that speaks", {{"iso", 1, 1}}, {2}, std::nullopt},
+    };
+    for (const auto& c : cases) {
+        TakeStatistics stats;
+        std::vector<ChannelClassification> classifications;
+        for (const Track& t : c.tracks) {
+            const int track = static_cast<int>(stats.size()) + 1;
+            stats[track] = {track, -60, 6, 0, t.coverage, t.varianceDB};
+            classifications.push_back(classified(track, ChannelKind::lav, t.source));
+        }
+        EXPECT_EQ(pickTakeDefault(c.candidates, stats, classifications), c.expected) << c.name;
+    }
+    EXPECT_EQ(pickTakeDefault({}, {{4, {4, -60, 6, 0, 0.9, 1}}}, {}), 4) << "without a classification";
+}
+
+} // namespace
+} // namespace orvane::test

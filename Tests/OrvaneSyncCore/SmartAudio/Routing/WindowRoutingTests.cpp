@@ -1,5 +1,5 @@
 #include "OrvaneSyncCore/Services/SmartAudio/WindowRouting.h"
-#include "OrvaneSyncCore/SmartAudioRouting/TakePatterns.h"
+#include "OrvaneSyncCore/SmartAudio/Routing/TakePatterns.h"
 
 #include <gtest/gtest.h>
 

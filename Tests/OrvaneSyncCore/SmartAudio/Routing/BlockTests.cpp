@@ -2,7 +2,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/BlockSmoothing.h"
 #include "OrvaneSyncCore/Services/SmartAudio/BlockSource.h"
 #include "OrvaneSyncCore/Services/SmartAudio/ManualOverrides.h"
-#include "OrvaneSyncCore/SmartAudioRouting/TakePatterns.h"
+#include "OrvaneSyncCore/SmartAudio/Routing/TakePatterns.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/MaterialDetection.h"
 #include "OrvaneSyncCore/Services/SmartAudio/TakeDefault.h"
 #include "OrvaneSyncCore/Services/SmartAudio/TakeStatistics.h"
-#include "OrvaneSyncCore/SmartAudioRouting/TakePatterns.h"
+#include "OrvaneSyncCore/SmartAudio/Routing/TakePatterns.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/RoutingDiagnostic.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioBlockRouter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/TakeStatistics.h"
-#include "OrvaneSyncCore/SmartAudioRouting/TakePatterns.h"
+#include "OrvaneSyncCore/SmartAudio/Routing/TakePatterns.h"
 #include "Platform/Files.h"
 #include "Support/TemporaryDirectory.h"
 

@@ -186,8 +186,9 @@ void Context::warn(std::string_view message) const {
 }
 
 std::span<const Command* const> allCommands() {
-    static const std::array<const Command*, 6> commands{&syncCommand(), &scanCommand(),     &probeCommand(),
-                                                        &ltcCommand(),  &timecodeCommand(), &doctorCommand()};
+    static const std::array<const Command*, 8> commands{
+        &syncCommand(),     &scanCommand(), &probeCommand(),    &analyzeCommand(),
+        &loudnessCommand(), &ltcCommand(),  &timecodeCommand(), &doctorCommand()};
     return commands;
 }
 

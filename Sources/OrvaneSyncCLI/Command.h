@@ -24,6 +24,8 @@ struct Command {
 const Command& syncCommand();
 const Command& scanCommand();
 const Command& probeCommand();
+const Command& analyzeCommand();
+const Command& loudnessCommand();
 const Command& ltcCommand();
 const Command& timecodeCommand();
 const Command& doctorCommand();

@@ -27,6 +27,7 @@ struct Context {
     bool outIsTerminal = false;
     bool errIsTerminal = false;
     bool mayColour = false;                 ///< standard output is a terminal and NO_COLOR is not set
+    int outWidth = 80;                      ///< columns
     int errWidth = 80;                      ///< columns
     std::string programName = "orvanesync"; ///< as it was called, for examples
     std::shared_ptr<platform::SettingsStore> settings{};

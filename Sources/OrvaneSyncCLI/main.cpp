@@ -39,6 +39,7 @@ int main(int argc, char** argv) {
     context.outIsTerminal = terminal::isTerminal(standardOutput);
     context.errIsTerminal = errIsTerminal;
     context.mayColour = context.outIsTerminal && !coloursAreOff();
+    context.outWidth = terminal::width(standardOutput);
     context.errWidth = terminal::width(standardError);
     if (argc > 0) context.programName = argv[0];
     context.settings = openStandardSettings();

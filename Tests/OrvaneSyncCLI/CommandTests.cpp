@@ -1,5 +1,6 @@
 #include "OrvaneSyncCLI/Command.h"
 
+#include "OrvaneSyncCLI/ChannelStrip.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
@@ -12,7 +13,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
+#include <numbers>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -79,6 +82,9 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
         {{"probe", folder.path("gone.wav")}, 1, "gone.wav': No such file or directory"},
         {{"ltc", folder.path("gone.wav")}, 1, "No such file or directory"},
         {{"ltc", folder.path("take.wav")}, 1, "holds no sound"},
+        {{"analyze", folder.path("take.wav"), "--candidates", "1,x"}, 2, "tracks such as 1,3"},
+        {{"analyze", folder.path("take.wav")}, 1, "holds no sound"},
+        {{"loudness", folder.path("gone.wav")}, 1, "No such file"},
         {{"ltc", folder.path("take.wav"), "--channel", "two"}, 2, "takes a whole number"},
         {{"timecode"}, 2, "which conversion?"},
         {{"timecode", "from-frames", "1.5", "--fps", "25"}, 2, "no whole number"},
@@ -277,6 +283,55 @@ TEST_F(ShootTest, aSettingOfThisRunReachesTheDocument) {
     EXPECT_NE(number.out.find("<event name=\"2024.10\">"),
               std::string::npos); // a text, though it looks like a number
     EXPECT_EQ(number.err.find("setting"), std::string::npos);
+}
+
+TEST_F(ShootTest, analyzeTellsMicrophonesApartAndDrawsTheTake) {
+    const test::ScopedEnvironment work("XDG_DATA_HOME", folder_.path("work").c_str());
+    // A boom that speaks in bursts over a hiss, and a second channel of hiss alone.
+    constexpr std::size_t sampleRate = 48000, seconds = 12;
+    std::vector<float> samples;
+    for (std::size_t i = 0; i < seconds * sampleRate; ++i) {
+        const double time = static_cast<double>(i) / sampleRate;
+        const double hiss = 0.001 * std::sin(static_cast<double>(i) * 2.1);
+        const double speech =
+            0.3 * std::sin(2 * std::numbers::pi * 300 * time) * (std::fmod(time, 1.0) < 0.6 ? 1 : 0);
+        samples.insert(samples.end(), {static_cast<float>(hiss + speech), static_cast<float>(hiss)});
+    }
+    const std::string path = folder_.path("take.wav");
+    test::WaveMaker()
+        .format({.channels = 2})
+        .iXML(test::IXMLText{.tracks = {"Boom", "Lav Anna"}}.text())
+        .samples(samples)
+        .writeTo(path);
+    const Outcome text = runWith({"analyze", path});
+    ASSERT_EQ(text.status, done) << text.err;
+    for (const char* piece : {"* 1", "Lav Anna", "iXML: Boom", "\xE2\x96\x88\xE2\x96\x88", "0:12\n"})
+        EXPECT_NE(text.out.find(piece), std::string::npos) << piece << " in\n" << text.out;
+    const JSON result = runWith({"analyze", path, "--json"}).json();
+    EXPECT_EQ(result.find("bestTrackIndex")->integer(), 1);
+    EXPECT_EQ(result.find("tracks")->elements()->size(), 2U);
+    EXPECT_EQ(runWith({"analyze", path, "--json", "--no-blocks"}).json().find("blocks")->elements()->size(),
+              0U);
+    const auto loudness = runWith({"loudness", path, "--json"}).json().find("integratedLUFS")->number();
+    ASSERT_TRUE(loudness.has_value());
+    EXPECT_NEAR(*loudness, -0.7 + 10 * std::log10(0.6 * 0.3 * 0.3 / 2),
+                0.6); // a tone for three fifths of the time
+    EXPECT_TRUE(runWith({"loudness", folder_.path("sound/DAY1_T01.WAV"), "--json"})
+                    .json()
+                    .find("integratedLUFS")
+                    ->isNull());
+}
+
+TEST(ChannelStrip, showsWhoIsHeardWhen) {
+    std::vector<BlockDecision> blocks(2);
+    blocks[0].endSeconds = blocks[1].startSeconds = 5;
+    blocks[1].endSeconds = 10;
+    blocks[0].activeTrack = 1;
+    blocks[1].activeTrack = 2;
+    blocks[1].secondaryTrack = 1;
+    EXPECT_EQ(channelStrip(blocks, {"1 Boom", "2"}, 18),
+              "1 Boom █████▒▒▒▒▒\n2      ·····█████\n       0:00  0:10\n");
+    EXPECT_EQ(channelStrip({}, {"1"}, 18), "");
 }
 
 TEST(Settings, whatDoesNothingIsSaidButNoError) {

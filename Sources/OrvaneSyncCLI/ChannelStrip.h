@@ -1,0 +1,16 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/SmartAudioResult.h"
+
+#include <string>
+#include <vector>
+
+namespace orvane::cli {
+
+/// A take as a picture of text: one row a channel, a full block where it is heard, a half-dark one where it
+/// is the second speaker's, and the time below. `names` has one label for each channel, the first for
+/// track 1. Empty without blocks.
+std::string channelStrip(const std::vector<BlockDecision>& blocks, const std::vector<std::string>& names,
+                         int columns);
+
+} // namespace orvane::cli

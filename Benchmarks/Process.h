@@ -9,7 +9,6 @@ namespace orvane::bench {
 struct ProcessCost {
     bool succeeded = false;
     double seconds = 0; ///< on the wall
-    double peakMegabytes = 0;
 };
 
 /// Runs a program to its end, its output thrown away.

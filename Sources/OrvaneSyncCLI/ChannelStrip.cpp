@@ -39,6 +39,7 @@ std::string channelStrip(const std::vector<BlockDecision>& blocks, const std::ve
     const double seconds = blocks.back().endSeconds;
 
     std::vector<const BlockDecision*> moments;
+    moments.reserve(static_cast<std::size_t>(width));
     for (int column = 0; column < width; ++column)
         moments.push_back(blockAt(blocks, seconds * (column + 0.5) / width));
     std::string text;

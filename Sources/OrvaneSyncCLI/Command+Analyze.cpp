@@ -8,8 +8,6 @@
 #include "Platform/JSON.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <limits>
 #include <set>
 #include <string>
@@ -17,12 +15,6 @@
 namespace orvane::cli {
 
 namespace {
-
-std::string formatted(const char* format, double value) {
-    std::array<char, 48> text{};
-    std::snprintf(text.data(), text.size(), format, value);
-    return text.data();
-}
 
 SmartAudioMode mode(const Arguments& arguments) {
     const auto named = arguments.value("--mode");

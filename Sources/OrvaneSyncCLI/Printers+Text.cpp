@@ -5,19 +5,11 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdio>
 
 namespace orvane::cli {
 
 namespace {
-
-std::string formatted(const char* format, double value) {
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), format, value);
-    return text.data();
-}
 
 /// Seconds with milliseconds, as sync is judged by eye and ear.
 std::string secondsText(double seconds) { return formatted("%.3f s", seconds); }

@@ -58,6 +58,12 @@ std::string Table::lineText(const std::vector<std::string>& cells, const std::ve
     return line;
 }
 
+std::string formatted(const char* format, double value) {
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), format, value);
+    return text.data();
+}
+
 std::string counted(long long count, std::string_view one, std::string_view many) {
     return std::to_string(count) + " " + std::string(count == 1 ? one : many);
 }

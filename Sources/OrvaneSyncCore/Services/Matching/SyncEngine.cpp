@@ -153,6 +153,7 @@ double sharedRate(const std::vector<const MediaAsset*>& assets) {
 
 bool isOneRecording(const std::vector<Part>& parts) {
     std::vector<const MediaAsset*> assets;
+    assets.reserve(parts.size());
     for (const Part& part : parts) assets.push_back(part.asset);
     const double rate = sharedRate(assets);
 
@@ -266,6 +267,7 @@ bool SyncEngine::isSplitRecording(const std::vector<AudioMatch>& matches) {
     std::vector<AssetPlacement> placements;
     placements.reserve(matches.size());
     std::vector<Part> parts;
+    parts.reserve(matches.size());
     for (const AudioMatch& match : matches)
         parts.push_back({&*match.audio, &placements.emplace_back(match.audio)});
     return isOneRecording(parts);
@@ -273,6 +275,7 @@ bool SyncEngine::isSplitRecording(const std::vector<AudioMatch>& matches) {
 
 double SyncEngine::sharedFallbackFrameRate(const std::vector<MediaAsset>& assets) {
     std::vector<const MediaAsset*> pointers;
+    pointers.reserve(assets.size());
     for (const MediaAsset& asset : assets) pointers.push_back(&asset);
     return sharedRate(pointers);
 }

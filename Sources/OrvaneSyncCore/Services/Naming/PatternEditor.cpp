@@ -27,7 +27,7 @@ std::string PatternEditor::counterToken() const {
 std::string PatternEditor::previewString(const SyncGroupList& groups) const {
     if (groups.empty()) return "";
     const int value = std::clamp(counterValue, 1, highestCounterValue);
-    const std::string name = GroupNaming::resolve(pattern, groups.front(), value);
+    std::string name = GroupNaming::resolve(pattern, groups.front(), value);
     if (counterDigits < 2 || pattern.find("{counter}") == std::string::npos) return name;
     return replacingAll(name, std::to_string(value),
                         GroupNaming::zeroPadded(value, std::min(counterDigits, mostCounterDigits)));

@@ -26,6 +26,7 @@ std::vector<SyncCluster> clusters(const SyncGroupList& groups, GroupNaming::Sour
     }
     std::ranges::stable_sort(sorted, {}, [](const auto& entry) -> const std::string& { return entry.first; });
     std::vector<SyncCluster> result;
+    result.reserve(sorted.size());
     for (auto& entry : sorted) result.push_back(std::move(entry.second));
     return result;
 }

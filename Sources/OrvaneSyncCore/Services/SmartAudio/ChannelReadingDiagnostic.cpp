@@ -77,12 +77,11 @@ std::string diagnoseChannelReading(const FileURL& url, int targetChannel,
                                    const std::optional<std::string>& diagnosticsDirectory) {
     const Reading analysis = read(platform::AudioFile::open(url.path), targetChannel);
     const Reading libraries = read(platform::AudioFile::openWithLibraries(url.path), targetChannel);
-    const std::string report = "=== Channel Reading Diagnostic ===\n"
-                               "File: " +
-                               platform::text::printable(url.path) +
-                               "\nChannel: " + std::to_string(targetChannel) + "\n" +
-                               describe("Analysis", analysis) + describe("Media libraries", libraries) +
-                               compare(analysis.channel, libraries.channel);
+    std::string report = "=== Channel Reading Diagnostic ===\n"
+                         "File: " +
+                         platform::text::printable(url.path) + "\nChannel: " + std::to_string(targetChannel) +
+                         "\n" + describe("Analysis", analysis) + describe("Media libraries", libraries) +
+                         compare(analysis.channel, libraries.channel);
     try {
         platform::files::writeAtomically(
             diagnosticsDirectory.value_or(SmartAudioDiagnosticsLocation::directory()) + std::string(fileName),

@@ -80,6 +80,12 @@ std::optional<FileURL> FileURL::fromAbsoluteString(std::string_view text) {
     return FileURL{std::move(*path)};
 }
 
+std::string FileURL::pathText() const { return platform::text::isValidUTF8(path) ? path : absoluteString(); }
+
+FileURL FileURL::fromPathText(std::string_view text) {
+    return fromAbsoluteString(text).value_or(FileURL{std::string(text)});
+}
+
 std::string FileURL::lastPathComponent() const { return platform::text::validUTF8(lastComponent(path)); }
 
 std::string FileURL::pathExtension() const {

@@ -20,7 +20,8 @@ struct FileURL {
 
     /// The path as stored texts hold it; for a path that is no UTF-8 its URL. (No path begins like one.)
     std::string pathText() const;
-    static FileURL fromPathText(std::string_view text);
+    /// Nothing for a text that can be no path.
+    static std::optional<FileURL> fromPathText(std::string_view text);
 
     /// For people and for matching: valid UTF-8, undecodable bytes replaced by U+FFFD.
     std::string lastPathComponent() const;

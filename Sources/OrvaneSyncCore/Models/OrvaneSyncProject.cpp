@@ -11,6 +11,12 @@ std::string statusText(const MatchStatus& status) {
     return status.hasCount() ? text + ":" + std::to_string(status.count) : text;
 }
 
+FileURL pathFrom(const std::string& text, std::string_view key) {
+    auto url = FileURL::fromPathText(text);
+    if (!url) throw DecodingError(std::string(key) + ": expected a path");
+    return std::move(*url);
+}
+
 } // namespace
 
 PersistedGroup::PersistedGroup(const SyncGroup& group)
@@ -66,9 +72,9 @@ JSON toJSON(const PersistedGroup& group) {
 template <>
 PersistedGroup fromJSON<PersistedGroup>(const JSON& json) {
     PersistedGroup group(required<UUID>(json, "id"),
-                         FileURL::fromPathText(required<std::string>(json, "videoPath")));
+                         pathFrom(required<std::string>(json, "videoPath"), "videoPath"));
     for (const std::string& path : requiredArray<std::string>(json, "audioPaths"))
-        group.audioPaths.push_back(FileURL::fromPathText(path));
+        group.audioPaths.push_back(pathFrom(path, "audioPaths"));
     group.clipName = required<std::string>(json, "clipName");
     group.manualAudioOffsetSeconds = required<double>(json, "manualAudioOffsetSeconds");
     group.audioAnchorOffsetInAudioSeconds = optional<double>(json, "audioAnchorOffsetInAudioSeconds");
@@ -95,7 +101,7 @@ std::optional<std::string> optionalBytes(const JSON& object, std::string_view ke
 
 std::optional<FileURL> optionalPath(const JSON& object, std::string_view key) {
     const auto text = optional<std::string>(object, key);
-    return text ? std::optional(FileURL::fromPathText(*text)) : std::nullopt;
+    return text ? std::optional(pathFrom(*text, key)) : std::nullopt;
 }
 
 JSON toJSON(const OrvaneSyncProject& project) {

@@ -6,16 +6,19 @@
 #include <unicode/casemap.h>
 #include <unicode/coll.h>
 #include <unicode/uchar.h>
+#include <unicode/ucnv.h>
 #include <unicode/unistr.h>
 #include <unicode/utext.h>
 #include <unicode/utf8.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 namespace orvane::platform::text {
 
@@ -112,6 +115,20 @@ std::unique_ptr<icu::BreakIterator> characterBoundaries(std::string_view text) {
     if (boundaries) boundaries->setText(&opened, status); // takes a copy of its own
     utext_close(&opened);
     return U_SUCCESS(status) ? std::move(boundaries) : nullptr;
+}
+
+const char* icuName(Encoding encoding) {
+    switch (encoding) {
+    case Encoding::utf16BE:
+        return "UTF-16BE";
+    case Encoding::utf16LE:
+        return "UTF-16LE";
+    case Encoding::macRoman:
+        return "macintosh";
+    case Encoding::latin1:
+        return "ISO-8859-1";
+    }
+    return "";
 }
 
 template <class Number>
@@ -223,20 +240,34 @@ int displayWidth(std::string_view text) {
 }
 
 std::string decoded(std::string_view bytes, Encoding encoding) {
-    const auto name = [encoding] {
-        switch (encoding) {
-        case Encoding::utf16BE:
-            return "UTF-16BE";
-        case Encoding::utf16LE:
-            return "UTF-16LE";
-        case Encoding::macRoman:
-            return "macintosh";
-        }
-        return "";
-    }();
     const auto count = static_cast<std::int32_t>(std::min(bytes.size(), longestText));
     std::string result;
-    return icu::UnicodeString(bytes.data(), count, name).toUTF8String(result);
+    return icu::UnicodeString(bytes.data(), count, icuName(encoding)).toUTF8String(result);
+}
+
+std::optional<std::string> strictlyDecoded(std::string_view bytes, Encoding encoding) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::LocalUConverterPointer from(ucnv_open(icuName(encoding), &status));
+    const icu::LocalUConverterPointer to(ucnv_open("UTF-8", &status));
+    ucnv_setToUCallBack(from.getAlias(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+    if (U_FAILURE(status)) return std::nullopt;
+
+    std::array<UChar, 4096> pivot;
+    UChar *pivotSource = pivot.data(), *pivotTarget = pivot.data();
+    std::array<char, 16384> piece;
+    const char* source = bytes.data();
+    std::string result;
+    bool isFirst = true;
+    do {
+        char* target = piece.data();
+        status = U_ZERO_ERROR;
+        ucnv_convertEx(to.getAlias(), from.getAlias(), &target, piece.data() + piece.size(), &source,
+                       bytes.data() + bytes.size(), pivot.data(), &pivotSource, &pivotTarget,
+                       pivot.data() + pivot.size(), isFirst ? 1 : 0, 1, &status);
+        isFirst = false;
+        result.append(piece.data(), target);
+    } while (status == U_BUFFER_OVERFLOW_ERROR);
+    return U_SUCCESS(status) ? std::optional(std::move(result)) : std::nullopt;
 }
 
 std::string_view trimmed(std::string_view text) {

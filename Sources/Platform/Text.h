@@ -30,9 +30,12 @@ std::string printable(std::string_view text);
 /// Columns that a printable text takes on a terminal: wide characters take two, combining marks none.
 int displayWidth(std::string_view text);
 
-enum class Encoding { utf16BE, utf16LE, macRoman };
+enum class Encoding { utf16BE, utf16LE, macRoman, latin1 };
 /// Bytes of another encoding as UTF-8. What is no character there becomes U+FFFD.
 std::string decoded(std::string_view bytes, Encoding encoding);
+/// The same for bytes that are text throughout, of any length; nothing when some are no character there, such
+/// as half a pair of UTF-16 or a last odd byte.
+std::optional<std::string> strictlyDecoded(std::string_view bytes, Encoding encoding);
 
 /// Without white space (Unicode, line ends included) at both ends.
 std::string_view trimmed(std::string_view text);

@@ -171,6 +171,9 @@ void ImportController::reset() {
     audioFolderURL_.reset();
     discoveryResult_.reset();
     scanResult_.reset();
+    aleFileURL_.reset();
+    aleFile_.reset();
+    aleImportError_.reset();
     aleMatchStatus_.reset();
     syncGroups_ = {};
     wildTracks_.clear();

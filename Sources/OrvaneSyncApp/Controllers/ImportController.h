@@ -1,14 +1,17 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/ALEFile.h"
 #include "OrvaneSyncCore/Models/ScanModels.h"
 #include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Models/WildTrack.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+#include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 #include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Services/Metadata/MetadataMerger.h"
 #include "Platform/MainThread.h"
 #include "Platform/SettingsStore.h"
 #include "Platform/Task.h"
@@ -20,6 +23,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -76,6 +80,12 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     const SyncGroupList& syncGroups() const { return syncGroups_; }
     /// Audio that no video claims, room tone included.
     const std::vector<WildTrack>& wildTracks() const { return wildTracks_; }
+    /// The camera or sound report that is loaded, and where it lies; `report` tells of a change of these
+    /// four.
+    const std::optional<ALEFile>& aleFile() const { return aleFile_; }
+    const std::optional<FileURL>& aleFileURL() const { return aleFileURL_; }
+    /// Why the last report could not be loaded, with the file's name; absent when it was.
+    const std::optional<std::string>& aleImportError() const { return aleImportError_; }
     /// The last message of a report merge; absent without a report.
     const std::optional<std::string>& aleMatchStatus() const { return aleMatchStatus_; }
     const ExportSettings::SmartAudioResults& smartAudioResults() const { return smartAudioResults_; }
@@ -96,6 +106,23 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     platform::Task startScan();
     /// Back to the empty state. A scan that runs ends without a trace.
     void reset();
+
+    // Reports and imported metadata. A group that is not there changes nothing.
+
+    /// Reads a report and lays it over the clips; with no clips yet, the next scan does. A failure is told by
+    /// `aleImportError`, and forgets an earlier report.
+    void loadALE(const FileURL& url);
+    void clearALEMetadata(const UUID& groupID);
+    void clearLockitMetadata(const UUID& groupID);
+    void clearALEMetadataForAllClips();
+    void clearLockitMetadataForAllClips();
+    /// Clips with metadata of that kind.
+    int aleMetadataClipCount() const;
+    int lockitMetadataClipCount() const;
+    ALEMatchStrategy aleMatchStrategyFromDefaults() const;
+    /// How many clips got a row; with a hint where they are so few that the strategy may be wrong.
+    static std::string aleMatchStatusMessage(const MetadataMerger::MergeResult& result,
+                                             const ALEMatchStrategy& strategy);
 
     // Counts over the clips.
 
@@ -150,6 +177,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     void adoptMatches(SyncGroupList groups, const std::vector<MediaAsset>& audioAssets);
     // ImportController+Reports.cpp
     void mergeLoadedReport();
+    void clearMetadata(std::string_view actionName, const std::function<bool(SyncGroupList&)>& clear);
     // ImportController+SmartAudio.cpp
     static platform::Task analyse(std::weak_ptr<ImportController> weak, SmartAudioMode mode,
                                   bool forceOverwriteManualTracks);
@@ -168,6 +196,9 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     std::optional<ScanResult> scanResult_;
     SyncGroupList syncGroups_;
     std::vector<WildTrack> wildTracks_;
+    std::optional<FileURL> aleFileURL_;
+    std::optional<ALEFile> aleFile_;
+    std::optional<std::string> aleImportError_;
     std::optional<std::string> aleMatchStatus_;
     ExportSettings::SmartAudioResults smartAudioResults_;
     /// Tells a scan that another scan or a reset has taken its place.
@@ -177,6 +208,8 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     const FileDiscoveryService discoveryService_{};
     const std::shared_ptr<MediaProbeService> probeService_;
     const SyncEngine syncEngine_{};
+    const ALEParser aleParser_{};
+    const MetadataMerger metadataMerger_{};
     /// One operation of the services at a time. Last: it is waited for before the services go.
     const std::unique_ptr<platform::SerialQueue> serviceQueue_;
 };

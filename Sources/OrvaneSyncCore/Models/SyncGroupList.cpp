@@ -26,10 +26,13 @@ void SyncGroupList::append(SyncGroup group) {
 SyncGroup* SyncGroupList::ownCopy(const UUID& id) {
     const auto found = std::ranges::find(elements_, id, [](const Element& element) { return element->id; });
     if (found == elements_.end()) return nullptr;
-    // A group that another list holds too must not change under it.
-    auto copy = std::make_shared<SyncGroup>(**found);
-    SyncGroup* const group = copy.get();
-    *found = std::move(copy);
+    return &ownCopy(*found);
+}
+
+SyncGroup& SyncGroupList::ownCopy(Element& element) {
+    auto copy = std::make_shared<SyncGroup>(*element);
+    SyncGroup& group = *copy;
+    element = std::move(copy);
     return group;
 }
 

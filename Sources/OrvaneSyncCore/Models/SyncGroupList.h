@@ -67,6 +67,11 @@ class SyncGroupList {
         std::forward<Change>(change)(*group);
         return true;
     }
+    /// The same by position, for a walk over the whole list.
+    template <class Change>
+    void updateAt(std::size_t index, Change&& change) {
+        std::forward<Change>(change)(ownCopy(elements_[index]));
+    }
     /// The groups for which the test holds, shared with this list.
     template <class Test>
     SyncGroupList filtered(Test&& test) const {
@@ -78,6 +83,8 @@ class SyncGroupList {
 
   private:
     SyncGroup* ownCopy(const UUID& id);
+    /// A group that another list holds too must not change under it.
+    static SyncGroup& ownCopy(Element& element);
 
     std::vector<Element> elements_;
 };

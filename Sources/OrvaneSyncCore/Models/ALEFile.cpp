@@ -1,0 +1,72 @@
+#include "OrvaneSyncCore/Models/ALEFile.h"
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+namespace orvane {
+
+std::map<std::string, std::string> ALEClip::fields() const {
+    std::map<std::string, std::string> fields;
+    const std::size_t count = file_->cellCount(row_);
+    for (std::size_t column = 0; column < count; ++column)
+        fields.insert_or_assign(std::string(file_->columns_[column]), file_->cellText(row_, column));
+    return fields;
+}
+
+std::optional<std::string_view> ALEClip::cell(std::string_view column) const {
+    const auto same = std::ranges::equal_range(file_->columnsByName_, column, {},
+                                               [&](std::uint32_t index) { return file_->columns_[index]; });
+    // The last of the columns with this name that the row reaches.
+    const std::size_t count = file_->cellCount(row_);
+    const auto behind = std::ranges::lower_bound(same, count);
+    if (behind == same.begin()) return std::nullopt;
+    return file_->cellText(row_, *std::prev(behind));
+}
+
+std::size_t ALEFile::cellCount(std::size_t row) const {
+    const std::size_t end = row + 1 < rowStarts_.size() ? rowStarts_[row + 1] : cells_.size();
+    return end - rowStarts_[row];
+}
+
+void ALEFile::Builder::setHeading(std::string key, std::string value) {
+    file_.heading_.insert_or_assign(std::move(key), std::move(value));
+}
+
+void ALEFile::Builder::setColumns(PackedTexts columns) {
+    file_.columns_ = std::move(columns);
+    auto& order = file_.columnsByName_;
+    order.resize(file_.columns_.size());
+    std::iota(order.begin(), order.end(), std::uint32_t{0});
+    std::ranges::stable_sort(order, {}, [this](std::uint32_t index) { return file_.columns_[index]; });
+}
+
+void ALEFile::Builder::reserve(std::size_t rows, std::size_t cells, std::size_t bytes) {
+    file_.rowStarts_.reserve(rows);
+    file_.cells_.reserve(cells, bytes);
+}
+
+void ALEFile::Builder::beginRow() {
+    file_.rowStarts_.push_back(static_cast<std::uint32_t>(file_.cells_.size()));
+    cellsOfRow_ = 0;
+}
+
+void ALEFile::Builder::extendCell(std::string_view piece) {
+    if (hasColumnForCell()) file_.cells_.extend(piece);
+}
+
+void ALEFile::Builder::endCell() {
+    if (!hasColumnForCell()) return;
+    file_.cells_.finish();
+    ++cellsOfRow_;
+}
+
+JSON toJSON(const ALEClip& clip) {
+    JSON::Object fields;
+    for (auto& [column, text] : clip.fields()) fields.emplace_back(column, text);
+    JSON json;
+    json.set("fields", std::move(fields));
+    return json;
+}
+
+} // namespace orvane

@@ -1,0 +1,238 @@
+#include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
+
+#include "OrvaneSyncCore/Services/Ingest/ReportLines.h"
+#include "Platform/Files.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using platform::text::Encoding;
+using platform::text::trimmed;
+
+constexpr std::size_t sampleBytes = 2048;
+constexpr std::size_t zeroShare = 5; ///< more than one zero byte in so many tells UTF-16
+constexpr int delimiterLines = 10;
+constexpr std::uint64_t largestFile = std::uint64_t{1} << 30U; // bytes; its text as UTF-8 is below 4 GB
+
+/// The encoding that zero bytes in the first bytes tell: text of the Western world has one in every pair.
+std::optional<Encoding> utf16ByZeroBytes(std::string_view bytes) {
+    const std::string_view sample = bytes.substr(0, sampleBytes);
+    std::size_t evenZeros = 0, oddZeros = 0;
+    for (std::size_t i = 0; i < sample.size(); ++i)
+        if (sample[i] == '\0') ++(i % 2 == 0 ? evenZeros : oddZeros);
+    if (sample.size() >= zeroShare * (evenZeros + oddZeros)) return std::nullopt;
+    return oddZeros < evenZeros ? Encoding::utf16BE : Encoding::utf16LE;
+}
+
+std::string decodedOrThrow(std::string_view bytes, Encoding encoding) {
+    auto text = platform::text::strictlyDecoded(bytes, encoding);
+    if (!text) throw ALEParserError::unreadable();
+    return *std::move(text);
+}
+
+/// Hands on the pieces between tabs, empty ones too.
+template <class Use>
+void splitAtTabs(std::string_view line, Use use) {
+    for (;;) {
+        const std::size_t tab = line.find('\t');
+        use(line.substr(0, tab));
+        if (tab == std::string_view::npos) return;
+        line.remove_prefix(tab + 1);
+    }
+}
+
+/// Takes one line of a table apart. A quote switches the quoted state and is no part of the cell; a delimiter
+/// inside quotes is. `extend` gets the pieces of a cell, `end` is called behind each cell, the last one too.
+template <class Extend, class End>
+void splitLine(std::string_view line, char delimiter, Extend extend, End end) {
+    bool isQuoted = false;
+    std::size_t start = 0;
+    for (std::size_t at = 0; at < line.size(); ++at) {
+        const char c = line[at];
+        const bool isQuote = c == '"';
+        if (!isQuote && (isQuoted || c != delimiter)) continue;
+        extend(line.substr(start, at - start));
+        start = at + 1;
+        if (isQuote)
+            isQuoted = !isQuoted;
+        else
+            end();
+    }
+    extend(line.substr(start));
+    end();
+}
+
+PackedTexts fieldsOf(std::string_view line, char delimiter) {
+    PackedTexts fields;
+    splitLine(
+        line, delimiter, [&](std::string_view piece) { fields.extend(piece); }, [&] { fields.finish(); });
+    return fields;
+}
+
+/// The first line of more than one field; lines above it, such as a title, are passed over.
+PackedTexts headerRow(ReportLines& lines, char delimiter) {
+    while (const auto line = lines.nextFilled()) {
+        const PackedTexts fields = fieldsOf(*line, delimiter);
+        if (fields.size() < 2) continue;
+        PackedTexts columns;
+        for (const std::string_view field : fields.all()) columns.append(trimmed(field));
+        return columns;
+    }
+    throw ALEParserError::noColumns();
+}
+
+/// Counts what is really there, so that the memory of millions of cells is not copied as it grows.
+void reserveFor(ALEFile::Builder& report, std::string_view rows, char delimiter) {
+    const auto count = [rows](char c) { return static_cast<std::size_t>(std::ranges::count(rows, c)); };
+    const std::size_t lines = count('\n') + count('\r') + 1;
+    report.reserve(lines, count(delimiter) + lines, rows.size());
+}
+
+/// One line of the section `Heading`: a key, a tab and a value.
+void readHeading(ALEFile::Builder& report, std::string_view line) {
+    const std::size_t tab = line.find('\t');
+    if (tab == 0 || tab >= line.size() - 1) return;
+    report.setHeading(std::string(line.substr(0, tab)), std::string(line.substr(tab + 1)));
+}
+
+void readColumns(ALEFile::Builder& report, std::string_view line) {
+    PackedTexts columns;
+    splitAtTabs(line, [&](std::string_view name) {
+        if (!name.empty()) columns.append(name);
+    });
+    report.setColumns(std::move(columns));
+}
+
+void readRow(ALEFile::Builder& report, std::string_view line) {
+    report.beginRow();
+    splitAtTabs(line, [&](std::string_view cell) {
+        report.extendCell(cell);
+        report.endCell();
+    });
+}
+
+} // namespace
+
+ALEParserError ALEParserError::noColumns() { return {Kind::noColumns, "No column header found in the file"}; }
+
+ALEParserError ALEParserError::unreadable() {
+    return {Kind::unreadable, "Could not read the file in any supported text encoding (UTF-8, UTF-16, "
+                              "MacRoman, Latin-1)"};
+}
+
+ALEFile ALEParser::parse(const FileURL& url) const {
+    std::string bytes;
+    try {
+        bytes = platform::files::readText(url.path, largestFile);
+    } catch (const platform::FileError&) {
+        throw ALEParserError::unreadable();
+    }
+    return parse(decodeText(std::move(bytes)));
+}
+
+ALEFile ALEParser::parse(std::string_view content) const {
+    if (content.size() > PackedTexts::mostBytes) throw ALEParserError::unreadable();
+    return looksLikeALE(content) ? parseALESections(content) : parseDelimited(content);
+}
+
+std::string ALEParser::decodeText(std::string bytes) {
+    constexpr std::string_view utf16LEMark = "\xFF\xFE", utf16BEMark = "\xFE\xFF", utf8Mark = "\xEF\xBB\xBF";
+    const std::string_view view = bytes;
+    // A mark is a promise: what breaks it is no text.
+    if (view.starts_with(utf16LEMark))
+        return decodedOrThrow(view.substr(utf16LEMark.size()), Encoding::utf16LE);
+    if (view.starts_with(utf16BEMark))
+        return decodedOrThrow(view.substr(utf16BEMark.size()), Encoding::utf16BE);
+    if (view.starts_with(utf8Mark)) {
+        if (!platform::text::isValidUTF8(view)) throw ALEParserError::unreadable();
+        bytes.erase(0, utf8Mark.size());
+        return bytes;
+    }
+    if (const auto encoding = utf16ByZeroBytes(view))
+        if (auto text = platform::text::strictlyDecoded(view, *encoding)) return *std::move(text);
+    if (platform::text::isValidUTF8(view)) return bytes;
+    for (const Encoding encoding : {Encoding::macRoman, Encoding::latin1})
+        if (auto text = platform::text::strictlyDecoded(view, encoding)) return *std::move(text);
+    throw ALEParserError::unreadable();
+}
+
+bool ALEParser::looksLikeALE(std::string_view text) {
+    bool hasColumn = false, hasData = false;
+    ReportLines lines(text);
+    while (const auto line = lines.next()) {
+        const std::string_view word = trimmed(*line);
+        hasColumn = hasColumn || word == "Column";
+        hasData = hasData || word == "Data";
+        if (hasColumn && hasData) return true;
+    }
+    return false;
+}
+
+char ALEParser::detectDelimiter(std::string_view text) {
+    std::size_t commas = 0, semicolons = 0, tabs = 0;
+    ReportLines lines(text);
+    for (int i = 0; i < delimiterLines; ++i) {
+        const auto line = lines.nextFilled();
+        if (!line) break;
+        bool isQuoted = false;
+        for (const char c : *line) {
+            if (c == '"') isQuoted = !isQuoted;
+            if (isQuoted) continue;
+            commas += c == ',' ? 1 : 0;
+            semicolons += c == ';' ? 1 : 0;
+            tabs += c == '\t' ? 1 : 0;
+        }
+    }
+    if (tabs > 0 && tabs >= std::max(commas, semicolons)) return '\t';
+    return semicolons > commas ? ';' : ',';
+}
+
+ALEFile ALEParser::parseALESections(std::string_view text) {
+    enum class Section { none, heading, column, data };
+    ALEFile::Builder report;
+    Section section = Section::none;
+    ReportLines lines(text);
+    while (const auto line = lines.nextFilled()) {
+        const std::string_view word = trimmed(*line);
+        if (word == "Heading") {
+            section = Section::heading;
+        } else if (word == "Column") {
+            section = Section::column;
+        } else if (word == "Data") {
+            section = Section::data;
+            reserveFor(report, lines.rest(), '\t');
+        } else if (section == Section::heading) {
+            readHeading(report, *line);
+        } else if (section == Section::column && !report.hasColumns()) {
+            readColumns(report, *line);
+        } else if (section == Section::data) {
+            readRow(report, *line);
+        }
+    }
+    if (!report.hasColumns()) throw ALEParserError::noColumns();
+    return std::move(report).build();
+}
+
+ALEFile ALEParser::parseDelimited(std::string_view text) {
+    const char delimiter = detectDelimiter(text);
+    ReportLines lines(text);
+    ALEFile::Builder report;
+    report.setColumns(headerRow(lines, delimiter));
+    reserveFor(report, lines.rest(), delimiter);
+    while (const auto line = lines.nextFilled()) {
+        report.beginRow();
+        splitLine(
+            *line, delimiter, [&](std::string_view piece) { report.extendCell(piece); },
+            [&] { report.endCell(); });
+    }
+    return std::move(report).build();
+}
+
+} // namespace orvane

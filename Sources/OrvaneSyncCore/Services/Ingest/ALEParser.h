@@ -1,0 +1,49 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/ALEFile.h"
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+/// Why there is no report. The description is for people and does not name the file.
+class ALEParserError : public std::runtime_error {
+  public:
+    enum class Kind { noColumns, unreadable };
+
+    static ALEParserError noColumns();
+    static ALEParserError unreadable();
+    Kind kind() const { return kind_; }
+
+  private:
+    ALEParserError(Kind kind, const char* description) : std::runtime_error(description), kind_(kind) {}
+    Kind kind_;
+};
+
+/// Reads camera and sound reports: Avid Log Exchange files and tables delimited by commas, semicolons or
+/// tabs, in whatever encoding they come. A line ends at a line feed, a carriage return, or both. Holds no
+/// state; any thread.
+class ALEParser {
+  public:
+    /// The encoding is found out: a byte order mark counts, then zero bytes tell UTF-16, then UTF-8, Mac OS
+    /// Roman and ISO Latin 1 are tried in this order. Throws ALEParserError, also for a file that cannot be
+    /// read. Takes some three times the size of the file.
+    ALEFile parse(const FileURL& url) const;
+    /// The same for a text in UTF-8. Throws ALEParserError.
+    ALEFile parse(std::string_view content) const;
+
+    /// The bytes of a file as UTF-8, without a byte order mark. Throws ALEParserError.
+    static std::string decodeText(std::string bytes);
+    /// Whether the text has the sections of an Avid Log Exchange file.
+    static bool looksLikeALE(std::string_view text);
+    /// ',', ';' or '\t', by what the first lines hold outside quotes.
+    static char detectDelimiter(std::string_view text);
+
+  private:
+    static ALEFile parseALESections(std::string_view text);
+    static ALEFile parseDelimited(std::string_view text);
+};
+
+} // namespace orvane

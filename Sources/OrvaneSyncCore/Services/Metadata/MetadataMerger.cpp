@@ -1,0 +1,147 @@
+#include "OrvaneSyncCore/Services/Metadata/MetadataMerger.h"
+
+#include "OrvaneSyncCore/Utilities/FilenameUtils.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace orvane {
+
+namespace {
+
+using Fields = std::map<std::string, std::string>;
+
+/// Columns that may tell the sensor's rate, the surest first, as `normalisedColumn` makes them.
+constexpr std::array<std::string_view, 13> sensorColumns{
+    "sensorfps",        "sensorframerate",   "camerafps",          "shootfps",     "shootingrate",
+    "shootingfps",      "recordingrate",     "recordingframerate", "recordingfps", "capturefps",
+    "captureframerate", "originalframerate", "originalfps"};
+
+std::string normalisedFilename(std::string_view name) {
+    return platform::text::lowercased(FilenameUtils::withoutExtension(name));
+}
+
+std::string normalisedColumn(std::string_view name) {
+    std::string normalised = platform::text::lowercased(name);
+    std::erase_if(normalised, [](char c) { return c == ' ' || c == '_'; });
+    return normalised;
+}
+
+/// Empty where the row has no such cell.
+std::string cellOf(const Fields& fields, const std::string& column) {
+    const auto entry = fields.find(column);
+    return entry == fields.end() ? std::string() : entry->second;
+}
+
+void applyFields(SyncGroup& group, Fields fields) {
+    const std::string scene = cellOf(fields, "Scene"), take = cellOf(fields, "Take");
+    if (!scene.empty() && !take.empty()) group.clipName = scene + "-" + take;
+    if (const auto rate = MetadataMerger::lookupSensorFPS(fields)) group.video.sensorFrameRate = rate;
+    group.aleMetadata = std::move(fields);
+}
+
+/// The rows of a report by the file that each names in the column "Name".
+class RowsByName {
+  public:
+    explicit RowsByName(const ALEFile& report) : report_(report) {
+        for (std::size_t row = 0; row < report.clipCount(); ++row)
+            rows_[normalisedFilename(report.clip(row).cell("Name").value_or(""))] = row;
+    }
+
+    std::optional<Fields> fieldsFor(const SyncGroup& group) {
+        const auto row = rows_.find(group.video.normalizedName());
+        if (row == rows_.end()) return std::nullopt;
+        return report_.clip(row->second).fields();
+    }
+
+  private:
+    const ALEFile& report_;
+    std::unordered_map<std::string, std::size_t> rows_;
+};
+
+/// The rows of a report by the file or reel that each names in a chosen column.
+class RowsByColumn {
+  public:
+    RowsByColumn(const ALEFile& report, const std::string& column) : report_(report) {
+        for (std::size_t row = 0; row < report.clipCount(); ++row) {
+            const std::string text(report.clip(row).cell(column).value_or(""));
+            if (text.empty()) continue;
+            std::string normalised = normalisedFilename(text);
+            if (normalised != text) entries_[std::move(normalised)].rows.push_back(row);
+            entries_[text].rows.push_back(row);
+        }
+    }
+
+    std::optional<Fields> fieldsFor(const SyncGroup& group) {
+        const std::string stem = group.video.filenameStem();
+        const std::string reel = stem.substr(0, stem.find('_'));
+        for (const std::string& key : {group.video.normalizedName(), group.video.filename, reel}) {
+            const auto entry = entries_.find(key);
+            if (!key.empty() && entry != entries_.end()) return merged(entry->second);
+        }
+        return std::nullopt;
+    }
+
+  private:
+    struct Entry {
+        std::vector<std::size_t> rows; ///< in file order
+        std::optional<Fields> merged;
+    };
+
+    /// Once an entry: thousands of rows may lie on one reel, and thousands of clips too.
+    const Fields& merged(Entry& entry) const {
+        if (!entry.merged) {
+            entry.merged = report_.clip(entry.rows.front()).fields();
+            for (std::size_t i = 1; i < entry.rows.size(); ++i)
+                for (auto& [column, text] : report_.clip(entry.rows[i]).fields())
+                    if (!text.empty()) entry.merged->insert_or_assign(column, text);
+        }
+        return *entry.merged;
+    }
+
+    const ALEFile& report_;
+    std::unordered_map<std::string, Entry> entries_;
+};
+
+template <class Rows>
+MetadataMerger::MergeResult mergeRows(Rows rows, SyncGroupList& groups) {
+    MetadataMerger::MergeResult result;
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        ++result.total;
+        auto fields = rows.fieldsFor(groups[i]);
+        if (!fields) continue;
+        ++result.matched;
+        groups.updateAt(i, [&](SyncGroup& group) { applyFields(group, *std::move(fields)); });
+    }
+    return result;
+}
+
+} // namespace
+
+MetadataMerger::MergeResult MetadataMerger::merge(const ALEFile& aleFile, SyncGroupList& groups,
+                                                  const ALEMatchStrategy& strategy) const {
+    const bool byColumn = strategy.kind == ALEMatchStrategy::Kind::column &&
+                          !platform::text::trimmed(strategy.columnName).empty();
+    return byColumn ? mergeRows(RowsByColumn(aleFile, strategy.columnName), groups)
+                    : mergeRows(RowsByName(aleFile), groups);
+}
+
+std::optional<double> MetadataMerger::lookupSensorFPS(const Fields& fields) {
+    std::array<std::optional<double>, sensorColumns.size()> rates;
+    for (const auto& [column, cell] : fields) {
+        const auto known = std::ranges::find(sensorColumns, normalisedColumn(column));
+        if (known == sensorColumns.end()) continue;
+        auto& rate = rates[static_cast<std::size_t>(known - sensorColumns.begin())];
+        const auto number = platform::text::decimalNumber(platform::text::trimmed(cell));
+        if (!rate && number && *number > 0) rate = number;
+    }
+    const auto first = std::ranges::find_if(rates, [](const auto& rate) { return rate.has_value(); });
+    return first == rates.end() ? std::nullopt : *first;
+}
+
+} // namespace orvane

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <ranges>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvane {
+
+/// A list of texts in one piece of memory: four bytes a text beside its characters, for tables of millions of
+/// cells. All texts together have at most `mostBytes` bytes. A plain value.
+class PackedTexts {
+  public:
+    static constexpr std::size_t mostBytes = 0xFFFFFFFF;
+
+    /// Makes room for that many texts and bytes.
+    void reserve(std::size_t texts, std::size_t bytes);
+    /// Adds to the text that is under way.
+    void extend(std::string_view piece) { bytes_ += piece; }
+    /// The text under way is whole; the next one begins.
+    void finish() { ends_.push_back(static_cast<std::uint32_t>(bytes_.size())); }
+    void append(std::string_view text);
+
+    std::size_t size() const { return ends_.size(); }
+    bool empty() const { return ends_.empty(); }
+    /// Holds until the list changes.
+    std::string_view operator[](std::size_t index) const;
+    /// The texts in order, as a range.
+    auto all() const {
+        return std::views::iota(std::size_t{0}, size()) |
+               std::views::transform([this](std::size_t index) { return (*this)[index]; });
+    }
+
+  private:
+    std::string bytes_;
+    std::vector<std::uint32_t> ends_;
+};
+
+} // namespace orvane

@@ -15,6 +15,7 @@
 #include "Platform/SettingsStore.h"
 #include "Platform/Task.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -247,26 +248,30 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     static platform::Task startSmartAudioAfterScan(std::weak_ptr<ImportController> weak);
 
     // ImportController+Undo.cpp
-    void invalidateCachesAfterUndo();
-    // ImportController+Edit.cpp
-    template <class Change>
-    void edit(const UUID& groupID, Change&& change);
-    template <class Change>
-    void editUnlessLocked(const UUID& groupID, Change&& change);
-    // ImportController+EditAudio.cpp
-    template <class Use>
-    void withAudioPool(Use&& use) const;
-    void returnUnusedAudioToWildTracks(const std::vector<AudioMatch>& released);
-    // ImportController+EditSmartAudio.cpp: what an edit means to the results of Smart Audio.
+    using UndoTravel = bool (UndoStack<SyncGroupList>::*)(SyncGroupList&, std::chrono::nanoseconds);
+    void travel(UndoTravel direction);
+    /// Holds notices back until the change is whole, and then gives each of them once.
+    void tellAtEnd(const std::function<void()>& change);
+    // ImportController+Edit*.cpp
+    bool edit(const UUID& groupID, const std::function<void(SyncGroup&)>& change);
+    void editWildTrack(const UUID& id, const std::function<void(WildTrack&)>& change);
+    const SyncGroup* unlockedGroup(const UUID& groupID) const;
+    static platform::Task attachFile(std::weak_ptr<ImportController> weak, UUID groupID, FileURL file);
+    void clipsLetGoOf(const std::vector<AudioMatch>& released);
+    // ImportController+EditSmartAudio.cpp: what an edit means to that which Smart Audio knows.
     void removeSmartAudioCaches(const UUID& groupID);
     void removeRenderedAudio(const UUID& groupID);
-    double automaticMasterGainDB(double measuredLUFS) const; ///< dB
+    void invalidateCachesAfterUndo();
     void reanalyseIfKnown(const UUID& groupID);
+    void reanalyseAllKnown();
+    double automaticMasterGainDB(double measuredLUFS) const; ///< dB
 
     const std::shared_ptr<platform::MainThread> mainThread_;
     const std::shared_ptr<platform::SettingsStore> settings_;
     const std::shared_ptr<const platform::Clock> clock_;
     std::vector<std::weak_ptr<std::function<void(ImportField)>>> listeners_;
+    int changesUnderWay_ = 0;
+    std::vector<ImportField> untold_; ///< what they have changed so far
 
     std::optional<FileURL> videoFolderURL_;
     std::optional<FileURL> audioFolderURL_;

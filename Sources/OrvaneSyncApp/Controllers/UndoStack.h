@@ -37,15 +37,17 @@ class UndoStack {
     static constexpr std::size_t levelsOfUndo = 50;
 
     /// To be called before a change: keeps the present value, unless the change continues the last step. A
-    /// new step ends what could be redone.
-    void begin(const UndoStep& step, const Value& present, std::chrono::nanoseconds now) {
-        if (!continuesLastStep(step, now)) {
+    /// new step ends what could be redone. Gives whether there is a new step.
+    bool begin(const UndoStep& step, const Value& present, std::chrono::nanoseconds now) {
+        const bool isNew = !continuesLastStep(step, now);
+        if (isNew) {
             toRedo_.clear();
             toUndo_.push_back({std::string(step.actionName), present});
             if (toUndo_.size() > levelsOfUndo) toUndo_.pop_front();
             lastActionName_ = step.actionName;
         }
         lastRegistrationTime_ = now;
+        return isNew;
     }
 
     /// Swaps the value for the one before the last change, or after the last change that was taken back.

@@ -28,6 +28,8 @@ const Command& analyzeCommand();
 const Command& loudnessCommand();
 const Command& ltcCommand();
 const Command& timecodeCommand();
+const Command& sessionCommand();
+const Command& projectCommand();
 const Command& doctorCommand();
 
 /// All commands, in the order in which the help lists them.

@@ -25,8 +25,8 @@ void keepUnapplied(const OrvaneSyncProject& unapplied, OrvaneSyncProject& projec
 
 void ImportController::saveProject(const FileURL& url) {
     assertOnMainThread();
-    OrvaneSyncProject project = projectService_.snapshot(videoFolderURL_, audioFolderURL_, aleFileURL(),
-                                                         syncGroups_, clock_->date());
+    OrvaneSyncProject project =
+        projectService_.snapshot(videoFolderURL_, audioFolderURL_, aleFileURL_, syncGroups_, clock_->date());
     if (project_.unapplied) keepUnapplied(*project_.unapplied, project);
     projectService_.save(project, url);
     project_.currentURL = url;
@@ -36,20 +36,19 @@ void ImportController::saveProject(const FileURL& url) {
 
 platform::Task ImportController::loadProject(FileURL url) {
     assertOnMainThread();
-    return openProject(weak_from_this(), projectService_, std::move(url));
+    return openProject(weak_from_this(), std::move(url));
 }
 
-platform::Task ImportController::openProject(std::weak_ptr<ImportController> weak, ProjectService service,
-                                             FileURL url) {
-    OrvaneSyncProject project = service.load(url); // on failure nothing has changed
+platform::Task ImportController::openProject(std::weak_ptr<ImportController> weak, FileURL url) {
+    OrvaneSyncProject project = ProjectService().load(url); // on failure nothing has changed
     auto self = weak.lock();
     if (!self) co_return;
     self->abandonScan();
     self->set(self->videoFolderURL_, project.videoFolderPath, ImportField::videoFolderURL);
     self->set(self->audioFolderURL_, project.audioFolderPath, ImportField::audioFolderURL);
+    if (project.aleFilePath) self->loadALE(*project.aleFilePath);
     self->project_.unapplied = std::move(project);
-    const auto& [video, audio] = std::tie(self->videoFolderURL_, self->audioFolderURL_);
-    if (isThere(video) && isThere(audio) && self->canScan()) {
+    if (isThere(self->videoFolderURL_) && isThere(self->audioFolderURL_) && self->canScan()) {
         const auto scanning = self->startScan();
         const auto scanNumber = self->scanNumber_;
         self.reset();
@@ -62,26 +61,18 @@ platform::Task ImportController::openProject(std::weak_ptr<ImportController> wea
     self->notify(ImportField::project);
 }
 
+/// A scan that runs finds out that its work is no longer asked for.
+void ImportController::abandonScan() {
+    ++scanNumber_;
+    runningScan_.reset();
+}
+
 /// Where a project waits for its clips, its edits go over those that a scan has made.
 void ImportController::applyProjectEdits() {
     if (!project_.unapplied) return;
     const OrvaneSyncProject project = *std::exchange(project_.unapplied, std::nullopt);
     projectService_.applyEdits(project, syncGroups_);
     notify(ImportField::syncGroups);
-}
-
-ImportController::Work ImportController::snapshot() const {
-    assertOnMainThread();
-    return {videoFolderURL_, audioFolderURL_, syncGroups_};
-}
-
-void ImportController::restore(Work work) {
-    reset();
-    videoFolderURL_ = std::move(work.videoFolderURL);
-    audioFolderURL_ = std::move(work.audioFolderURL);
-    syncGroups_ = std::move(work.syncGroups);
-    using enum ImportField;
-    for (const ImportField field : {videoFolderURL, audioFolderURL, syncGroups}) notify(field);
 }
 
 } // namespace orvane

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/ProjectFileState.h"
 #include "OrvaneSyncApp/Controllers/UndoStack.h"
 #include "OrvaneSyncCore/Models/ALEFile.h"
 #include "OrvaneSyncCore/Models/ScanModels.h"
@@ -14,6 +15,7 @@
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Services/Metadata/MetadataMerger.h"
 #include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
+#include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
 #include "Platform/MainThread.h"
 #include "Platform/SettingsStore.h"
 #include "Platform/Task.h"
@@ -45,7 +47,8 @@ enum class ImportField : std::uint8_t {
     wildTracks,
     report,
     smartAudio,
-    undoState
+    undoState,
+    project
 };
 
 /// An operation named a clip that is not in the list.
@@ -127,6 +130,16 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// How many clips got a row; with a hint where they are so few that the strategy may be wrong.
     static std::string aleMatchStatusMessage(const MetadataMerger::MergeResult& result,
                                              const ALEMatchStrategy& strategy);
+
+    // The project file (ImportController+Project.cpp).
+
+    const ProjectFileState& project() const { return project_; }
+    /// Throws FileError or ProjectError; the old file then stands.
+    void saveProject(const FileURL& url);
+    /// Scans the project's folders and lays its edits over the clips. Where a folder is not there, no scan
+    /// runs, the clips stay as they were, and the edits wait for the next scan. The task ends with a
+    /// FileError or ProjectError when the file can't be opened; then nothing has changed.
+    platform::Task loadProject(FileURL url);
 
     // Counts over the clips.
 
@@ -269,6 +282,10 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     // ImportController+Reports.cpp
     void mergeLoadedReport();
     void clearMetadata(std::string_view actionName, const std::function<bool(SyncGroupList&)>& clear);
+    // ImportController+Project.cpp
+    static platform::Task openProject(std::weak_ptr<ImportController> weak, FileURL url);
+    void abandonScan();
+    void applyProjectEdits();
     // ImportController+SmartAudio.cpp
     static platform::Task analyse(std::weak_ptr<ImportController> weak, SmartAudioMode mode,
                                   bool forceOverwriteManualTracks);
@@ -312,6 +329,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     std::optional<ALEFile> aleFile_;
     std::optional<std::string> aleImportError_;
     UndoStack<SyncGroupList> undoStack_;
+    ProjectFileState project_;
     std::optional<std::string> aleMatchStatus_;
     ExportSettings::SmartAudioResults smartAudioResults_;
     /// Tells a scan that another scan or a reset has taken its place.
@@ -321,6 +339,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     const FileDiscoveryService discoveryService_{};
     const std::shared_ptr<MediaProbeService> probeService_;
     const SyncEngine syncEngine_{};
+    const ProjectService projectService_{};
     const ALEParser aleParser_{};
     const MetadataMerger metadataMerger_{};
     /// One operation of the services at a time. Last: it is waited for before the services go.

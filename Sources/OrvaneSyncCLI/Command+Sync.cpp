@@ -1,6 +1,7 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCLI/SettingValues.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "Platform/Files.h"
 #include "Platform/Text.h"
@@ -165,13 +166,16 @@ std::vector<Option> syncOptions() {
 } // namespace
 
 const Command& syncCommand() {
+    static const std::string settings = exportSettingsHelp();
     static const Command command{
         "sync",
         "FOLDER [AUDIO_FOLDER] -o OUT.fcpxml [options]",
         "The main job: scan, match, choose audio, write a document for Final Cut Pro.",
         "orvanesync sync demo/shoot/camera demo/shoot/sound -o demo/Synced.fcpxml",
         syncOptions(),
-        sync};
+        sync,
+        {},
+        settings};
     return command;
 }
 

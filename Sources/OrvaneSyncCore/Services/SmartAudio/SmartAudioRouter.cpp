@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
 #include "OrvaneSyncCore/Services/SmartAudio/ChannelClassifier.h"
+#include "OrvaneSyncCore/Services/SmartAudio/RoutingDiagnostic.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioBlockRouter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioDiagnosticsLocation.h"
 #include "OrvaneSyncCore/Services/SmartAudio/TrackAdjustments.h"
@@ -37,7 +38,7 @@ void routeInBlocks(const SmartAudioRequest& request, std::span<const TrackAnalys
     auto routing = SmartAudioBlockRouter::computeBlocks(
         WindowAnalysis::frames(analyses), smartAudioWindowSeconds, result.channelClassifications,
         *request.blockSettings, result.stemMetrics, request.candidateTracks,
-        diagnosticsDirectory + "/orvane_routing_debug.txt");
+        diagnosticsDirectory + "/" + std::string(SmartAudioBlockRouter::routingDiagnosticName));
     result.detectedCharacter = routing.detected;
     result.blocks = std::move(routing.blocks);
     if (!result.blocks.empty())

@@ -73,6 +73,9 @@ struct ImportController::AnalysisRun {
     SmartAudioBlockSettings blockSettings;
     bool forceOverwriteManualTracks = false;
 
+    SmartAudioProgress progress{"Listening to recordings", 0, 1, 0}; ///< before the clip under way
+    double effort = 0;                                               ///< of all clips of the run
+
     const SmartAudioResult* heardBefore(const SmartAudioRequest& request) const {
         const auto found = heard.find({request.audioURL.path, request.candidateTracks});
         return found == heard.end() ? nullptr : &found->second;
@@ -116,23 +119,21 @@ platform::Task ImportController::analyseAll(std::weak_ptr<ImportController> weak
     }
     const SyncGroupList groups = self->syncGroups_.filtered(
         [](const SyncGroup& group) { return group.matchStatus.isSettled() && !group.isMOS(); });
-    double effort = 0, done = 0;
+    run->progress.total = static_cast<int>(groups.size());
     for (const SyncGroup& group : groups) {
-        effort += effortOf(*group.primaryAudio());
+        run->effort += effortOf(*group.primaryAudio());
         ++run->clipsLeft[group.primaryAudio()->url.path];
     }
     self->analysisBegan();
-    int clip = 0;
     for (const SyncGroup& group : groups) {
-        self->showAnalysisProgress(
-            {"Listening to recordings", ++clip, static_cast<int>(groups.size()), done / effort});
-        done += effortOf(*group.primaryAudio());
+        ++run->progress.current;
+        self->showAnalysisProgress(run->progress);
         self.reset();
         co_await analyseClip(weak, group.id, run);
         self = weak.lock();
         if (!self) co_return;
+        run->progress.fraction += effortOf(*group.primaryAudio()) / run->effort;
     }
-    self->showAnalysisProgress({});
     self->analysisEnded();
 }
 
@@ -150,7 +151,9 @@ platform::Task ImportController::analyseOne(std::weak_ptr<ImportController> weak
     auto self = weak.lock();
     const SyncGroup* group = self ? self->syncGroups_.find(groupID) : nullptr;
     if (group == nullptr || group->isMOS()) co_return;
+    run->effort = effortOf(*group->primaryAudio());
     self->analysisBegan();
+    self->showAnalysisProgress(run->progress);
     self.reset();
     co_await analyseClip(weak, groupID, run);
     co_await measureLoudness(weak, groupID);
@@ -163,7 +166,7 @@ platform::Task ImportController::analyseOne(std::weak_ptr<ImportController> weak
     if (hasBlocks) co_await renderMixdown(weak, groupID);
 }
 
-SmartAudioRequest ImportController::analysisRequest(const SyncGroup& group, const AnalysisRun& run) const {
+SmartAudioRequest ImportController::analysisRequest(const SyncGroup& group, const AnalysisRun& run) {
     const MediaAsset& audio = *group.primaryAudio();
     SmartAudioRequest request;
     request.audioURL = audio.url;
@@ -174,7 +177,20 @@ SmartAudioRequest ImportController::analysisRequest(const SyncGroup& group, cons
     request.blockSettings = run.blockSettings;
     request.stems = stemsOf(audio);
     request.candidateTracks = candidateTracks(group, request.channelCount);
+    request.progress = analysisReport(run, audio);
     return request;
+}
+
+std::function<void(double)> ImportController::analysisReport(const AnalysisRun& run,
+                                                             const MediaAsset& audio) {
+    return [weak = weak_from_this(), main = mainThread_, before = run.progress,
+            share = effortOf(audio) / run.effort](double heard) {
+        SmartAudioProgress progress = before;
+        progress.fraction += heard * share;
+        main->post([weak, progress] {
+            if (const auto self = weak.lock()) self->showAnalysisProgress(progress);
+        });
+    };
 }
 
 platform::Task ImportController::analyseClip(std::weak_ptr<ImportController> weak, UUID groupID,
@@ -274,6 +290,7 @@ void ImportController::analysisBegan() {
 
 void ImportController::analysisEnded() {
     smartAudio_.isAnalyzing = --runningAnalyses_ > 0;
+    smartAudio_.progress = {};
     notify(ImportField::smartAudio);
 }
 

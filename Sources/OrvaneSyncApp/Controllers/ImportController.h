@@ -184,7 +184,8 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     static platform::Task measureLoudness(std::weak_ptr<ImportController> weak, UUID groupID);
     static platform::Task renderMixdown(std::weak_ptr<ImportController> weak, UUID groupID);
     std::shared_ptr<AnalysisRun> newRun(SmartAudioMode mode, bool forceOverwriteManualTracks) const;
-    SmartAudioRequest analysisRequest(const SyncGroup& group, const AnalysisRun& run) const;
+    SmartAudioRequest analysisRequest(const SyncGroup& group, const AnalysisRun& run);
+    std::function<void(double)> analysisReport(const AnalysisRun& run, const MediaAsset& audio);
     void adoptVerdict(const UUID& groupID, SmartAudioResult result, bool forceOverwriteManualTracks);
     void analysisBegan();
     void analysisEnded();

@@ -9,7 +9,7 @@
 
 namespace orvane {
 
-/// How far an analysis of several clips is. All empty while none runs.
+/// How far an analysis is. Empty while none runs.
 struct SmartAudioProgress {
     std::string phase;
     int current = 0;     ///< the clip that is heard, from 1

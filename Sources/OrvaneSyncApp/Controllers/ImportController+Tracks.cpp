@@ -7,9 +7,6 @@ namespace orvane {
 
 namespace {
 
-constexpr std::string_view toggleTrackAction = "Toggle Audio Track";
-constexpr std::string_view toggleInclusionAction = "Toggle Algo Inclusion";
-
 /// Channels of all recordings of a clip; one of an unknown count has one.
 int channelTotal(const SyncGroup& group) {
     int total = 0;
@@ -30,10 +27,9 @@ void toggle(std::set<int>& tracks, int track) {
 
 } // namespace
 
-/// One step of the editor's, by the name that undoing it shows. The clip is analysed anew where it was
-/// before.
-template <class Change>
-void ImportController::editTracks(const UUID& groupID, std::string_view /*actionName*/, Change change) {
+/// A change of a clip that its analysis depends on. The id is a copy: the caller may have it from the clip
+/// that is replaced.
+void ImportController::editTracks(UUID groupID, const std::function<void(SyncGroup&)>& change) {
     assertOnMainThread();
     if (!syncGroups_.update(groupID, change)) return;
     notify(ImportField::syncGroups);
@@ -54,7 +50,7 @@ std::set<int> ImportController::visibleActiveTracks(const SyncGroup& group) cons
 }
 
 void ImportController::toggleTrackActive(const UUID& groupID, int trackIndex) {
-    editTracks(groupID, toggleTrackAction, [&](SyncGroup& group) {
+    editTracks(groupID, [&](SyncGroup& group) {
         if (group.manualActiveTracks.empty()) group.manualActiveTracks = visibleActiveTracks(group);
         toggle(group.manualActiveTracks, trackIndex);
         group.tracksManuallyEdited = true;
@@ -62,15 +58,14 @@ void ImportController::toggleTrackActive(const UUID& groupID, int trackIndex) {
 }
 
 void ImportController::soloTrackActive(const UUID& groupID, int trackIndex) {
-    editTracks(groupID, toggleTrackAction, [&](SyncGroup& group) {
+    editTracks(groupID, [&](SyncGroup& group) {
         group.manualActiveTracks = {trackIndex};
         group.tracksManuallyEdited = true;
     });
 }
 
 void ImportController::toggleAlgorithmInclusion(const UUID& groupID, int trackIndex) {
-    editTracks(groupID, toggleInclusionAction,
-               [&](SyncGroup& group) { toggle(group.algorithmExcludedTracks, trackIndex); });
+    editTracks(groupID, [&](SyncGroup& group) { toggle(group.algorithmExcludedTracks, trackIndex); });
 }
 
 void ImportController::soloAlgorithmInclusion(const UUID& groupID, int trackIndex) {
@@ -78,7 +73,7 @@ void ImportController::soloAlgorithmInclusion(const UUID& groupID, int trackInde
     const SyncGroup* group = syncGroups_.find(groupID);
     const int total = group == nullptr ? 0 : channelTotal(*group);
     if (total < 1) return;
-    editTracks(groupID, toggleInclusionAction, [&](SyncGroup& own) {
+    editTracks(groupID, [&](SyncGroup& own) {
         own.algorithmExcludedTracks = tracksUpTo(total);
         own.algorithmExcludedTracks.erase(trackIndex);
     });

@@ -130,6 +130,9 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// Waits for the analysis that the last scan started by itself, if it did.
     platform::Task waitForAnalysisAfterScan() const;
 
+    // The editor's choice of tracks. None of these opens an undo step: their caller does, by the names in
+    // `trackSteps`.
+
     /// The channel's activation box: switches one track of the export on or off, starting from the tracks
     /// that are heard without a choice by hand.
     void toggleTrackActive(const UUID& groupID, int trackIndex);
@@ -196,8 +199,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// dB; by the settings and the calibration.
     double automaticMasterGainDB(double measuredLUFS) const;
     // ImportController+Tracks.cpp
-    template <class Change>
-    void editTracks(const UUID& groupID, std::string_view actionName, Change change);
+    void editTracks(UUID groupID, const std::function<void(SyncGroup&)>& change);
     std::set<int> visibleActiveTracks(const SyncGroup& group) const;
 
     const std::shared_ptr<platform::MainThread> mainThread_;

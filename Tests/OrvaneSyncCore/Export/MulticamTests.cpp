@@ -108,7 +108,7 @@ TEST(MulticamClusters, AreTheSameAsThoseOfAPlainWalk) {
         const auto dayA = a.video.shootDay(), dayB = b.video.shootDay();
         return std::min(a1, b1) > std::max(a0, b0) && !(dayA && dayB && *dayA != *dayB);
     };
-    for (unsigned seed = 1; seed <= 200; ++seed) {
+    for (unsigned seed = 1; seed <= 60; ++seed) {
         std::mt19937 random(seed);
         const auto below = [&](unsigned limit) { return static_cast<int>(random() % limit); };
         std::vector<SyncGroup> made;

@@ -156,9 +156,9 @@ void ExportWalk::place(EventItem item, const SyncGroup* group) {
     bucketKeys.push_back(name == sceneEventNames.end() ? std::nullopt : std::optional(name->second));
 }
 
-const SyncClip& ExportWalk::syncClip(const BuiltClip& built) const {
-    return settings.generateSyncClips ? std::get<SyncClip>(eventItems.at(built.index))
-                                      : looseClips.at(built.index);
+SyncClip ExportWalk::takeSyncClip(const BuiltClip& built) {
+    if (settings.generateSyncClips) return std::get<SyncClip>(eventItems.at(built.index));
+    return std::move(looseClips.at(built.index));
 }
 
 ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<WildTrack>& wildTracks,

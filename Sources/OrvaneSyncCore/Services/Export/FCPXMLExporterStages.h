@@ -48,7 +48,8 @@ struct ExportWalk {
 
     /// Puts an item into the main events; `group` decides its scene, null for none.
     void place(fcpxml::EventItem item, const SyncGroup* group);
-    const fcpxml::SyncClip& syncClip(const BuiltClip& built) const;
+    /// Once for each clip: a copy where it stands in an event as well.
+    fcpxml::SyncClip takeSyncClip(const BuiltClip& built);
 };
 
 /// What imported metadata adds to a clip.

@@ -245,7 +245,7 @@ TEST(ExporterRawMedia, HoldsEveryFileOnce) {
     WildTrack wild(recording(1, "wild.wav"), "Wind"), same(shared);
     MediaAsset unknown(FileURL{"/media/unknown.wav"}, AssetKind::audio);
     ExportSettings settings = settingsAt(25);
-    settings.generateSyncClips = false;
+    settings.generateSyncClips = settings.generateMulticam = false;
     settings.generateRawMediaEvent = true;
     settings.rawMediaEventName = "Bin";
     const std::string document =

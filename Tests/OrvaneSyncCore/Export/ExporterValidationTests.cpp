@@ -40,7 +40,8 @@ SyncGroupList manyClips(ExportSettings& settings) {
 }
 
 std::filesystem::path sharedFolder() {
-    if (const char* given = std::getenv("ORVANE_SAMPLES"); given != nullptr) return given;
+    if (const char* given = std::getenv("ORVANE_SAMPLES"); given != nullptr)
+        return std::filesystem::path(given).parent_path();
     return std::filesystem::path(ORVANE_SOURCE_DIR).parent_path() / "shared";
 }
 

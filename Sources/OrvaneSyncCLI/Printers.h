@@ -23,6 +23,10 @@ std::vector<std::string> leftOutWarnings(const ImportController& controller);
 
 /// The clips as a table, what was found without picture, and a line of counts.
 std::string stateText(const ImportController& controller, bool bold);
+/// What the export sheet of the app shows beside its settings: the events that scenes make, a better name for
+/// the event unless one was chosen, the clips that an analysis left out. A line each, where there is
+/// something to say.
+std::string exportPreviewText(const SyncGroupList& groups, const ExportSettings& settings, bool nameIsChosen);
 /// What is known of one file.
 std::string assetText(const MediaAsset& asset, bool bold);
 

@@ -102,6 +102,10 @@ std::string writtenText(const ImportController& controller, const ExportResult& 
     return text + "\n";
 }
 
+bool isNameChosen(const Context& context, const Arguments& arguments) {
+    return arguments.has("--event") || context.settings->textIfPresent("eventName");
+}
+
 /// Says what was scanned, also where nothing of it can be exported.
 [[noreturn]] void failWithoutClips(Context& context, const ImportController& controller, bool asJSON) {
     std::string folders;
@@ -147,7 +151,8 @@ void sync(Context& context, const Arguments& arguments) {
     }
     if (options.output != standardOutput)
         context.out << stateText(controller, context.mayColour) << smartAudioText(controller) << "\n"
-                    << writtenText(controller, result, options.output);
+                    << writtenText(controller, result, options.output)
+                    << exportPreviewText(controller.syncGroups(), settings, isNameChosen(context, arguments));
     for (const std::string& warning : result.warnings) context.warn(warning);
 }
 

@@ -27,6 +27,10 @@ std::vector<std::string> unheardWarnings(const ImportController& controller);
 std::string stateText(const ImportController& controller, bool bold);
 /// A line on what Smart Audio did; empty where it did not run.
 std::string smartAudioText(const ImportController& controller);
+/// What the export sheet of the app shows beside its settings: the events that scenes make, a better name for
+/// the event unless one was chosen, the clips that an analysis left out. A line each, where there is
+/// something to say.
+std::string exportPreviewText(const SyncGroupList& groups, const ExportSettings& settings, bool nameIsChosen);
 /// What is known of one file.
 std::string assetText(const MediaAsset& asset, bool bold);
 

@@ -32,8 +32,13 @@ SyncGroupList manyClips(ExportSettings& settings) {
     slow.video.sensorFrameRate = 120;
     SyncGroup bare = matched(MediaAsset(FileURL{"/media/\xFF.mov"}, AssetKind::video),
                              {MediaAsset(FileURL{"/media/bare.wav"}, AssetKind::audio)});
+    SyncGroup fast = slow; // its file runs at the sensor's rate: retimed
+    fast.video.frameRate = 120;
+    fast.id = UUID::random();
     settings.atmoFileURL = FileURL{"/media/atmo.wav"};
-    return {rich, slow, bare, matched(picture("silent.mov"), {}, MatchStatus::mos())};
+    settings.generateNativeMOSForOffspeed = settings.generateProjectRateForOffspeed = true;
+    settings.separateEventForProjectRate = settings.generateRawMediaEvent = true;
+    return {rich, slow, fast, bare, matched(picture("silent.mov"), {}, MatchStatus::mos())};
 }
 
 std::filesystem::path sharedFolder() {

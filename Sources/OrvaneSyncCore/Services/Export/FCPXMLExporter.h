@@ -93,6 +93,8 @@ fcpxml::Format nativeFormat(const MediaAsset& video, std::string id, double fps,
 /// Without name, start and duration.
 fcpxml::Asset audioAsset(const MediaAsset& audio, std::string id, int channelsIfUnknown,
                          const ExportSettings& settings);
+/// A recording on its own timecode.
+fcpxml::Asset recordingAsset(const MediaAsset& audio, std::string id, const ExportSettings& settings);
 /// Whole Hz; 48000 where the file does not say.
 int audioRate(const MediaAsset& audio);
 
@@ -126,6 +128,8 @@ struct AudioChain {
 /// `fps` is the rate of the clip's positions.
 AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string>& audioAssetIDs,
                            const std::string& audioFormatID, double fps, const ExportSettings& settings);
+/// From 1 up to what a file can hold.
+int channelCountOf(const MediaAsset& audio, const ExportSettings& settings);
 /// Such as "dialogue.Boom". `track` counts from 1.
 std::string audioRoleName(int track, const MediaAsset& audio, const ExportSettings& settings);
 /// "Mix", "Boom", "Lav 1", "Lav 2" and so on.

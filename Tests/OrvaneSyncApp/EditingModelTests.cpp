@@ -470,7 +470,7 @@ void EditingModelTest::compare(const std::string& trace) {
 TEST_F(EditingModelTest, anyCourseOfEditsAndUndosIsThatOfTheModel) {
     const unsigned seed = std::random_device{}();
     random_.seed(seed);
-    constexpr int length = 1000;
+    constexpr int length = 600;
     for (int i = 0; i < length; ++i) {
         const std::string trace = "seed " + std::to_string(seed) + ", change " + std::to_string(i);
         const int kind = draw(20);

@@ -273,7 +273,7 @@ class EditingModelTest : public test::ControllerTest {
                 }};
     }
     template <class Change_>
-    Change flag(const UndoStep& step, void (ImportController::*operation)(const UUID&), Change_ change) {
+    Change flag(const UndoStep& step, void (ImportController::*operation)(UUID), Change_ change) {
         return onClip(
             step, [=](ImportController& controller, const UUID& id) { (controller.*operation)(id); },
             [=](Model& model, SyncGroup& group) { change(model, group); });

@@ -361,10 +361,11 @@ TEST(Table, alignsWhatATerminalShows) {
 }
 
 TEST(ProgressLine, tellsPhaseCountBarAndTimeLeft) {
-    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 0.5, 40), "Probing 1/4 [######...................]");
-    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 20, 40), "Probing 1/4 [####...........] 1:00 left");
-    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 20, 20), "Probing 1/4 1:00 left");
-    EXPECT_EQ(ProgressLine::text({"Matching timecodes...", 0, 0}, 20, 40), "Matching timecodes...");
+    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 0.25, 0.5, 40),
+              "Probing 1/4 [######...................]");
+    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 0.25, 20, 40), "Probing 1/4 [####...........] 1:00 left");
+    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 0.25, 20, 20), "Probing 1/4 1:00 left");
+    EXPECT_EQ(ProgressLine::text({"Matching timecodes...", 0, 0}, 0, 20, 40), "Matching timecodes...");
 }
 
 } // namespace

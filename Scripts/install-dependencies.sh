@@ -10,7 +10,7 @@ packages=(g++ cmake ninja-build pkg-config ccache git
 for group in "$@"; do
     case "$group" in
         build) ;;
-        bench) packages+=(libbenchmark-dev mediainfo) ;;
+        bench) packages+=(libbenchmark-dev libebur128-dev mediainfo) ;;
         lint) packages+=(clang clang-format clang-tidy libclang-rt-14-dev) ;;
         *) echo "error: unknown package group '$group' (build, bench, lint)" >&2; exit 2 ;;
     esac

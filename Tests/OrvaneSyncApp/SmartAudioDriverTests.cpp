@@ -1,4 +1,5 @@
 #include "OrvaneSyncApp/ControllerTest.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
 #include "Support/Media/MovieMaker.h"
 #include "Support/Media/WaveMaker.h"
@@ -251,6 +252,34 @@ TEST_F(SmartAudioDriverTest, passesOverWhatHasGoneWhileItListened) {
     controller_.reset();
     EXPECT_TRUE(watch.expired());
     finish(abandoned);
+}
+
+TEST_F(SmartAudioDriverTest, editsForgetOrRenewWhatTheyMakeStale) {
+    analyseAll();
+    const UUID a = clip("A001")->id, b = clip("B001")->id;
+    controller_->addBlockOverride(a, 2, 4, 3);
+    settle();
+    EXPECT_EQ(blockTracks("A001"), (Tracks{2, 3})) << "heard anew, with the range laid over";
+    controller_->removeBlockOverride(a, clip("A001")->manualBlockOverrides.at(0).id);
+    settle();
+    EXPECT_EQ(blockTracks("A001"), Tracks{2});
+
+    controller_->withUndo(undoSteps::soloTrackActive, [&] { controller_->soloTrackActive(a, 5); });
+    settle();
+    EXPECT_EQ(controller_->undoState().undoActionName, "Toggle Audio Track");
+    controller_->resetAllClipsToAutoSync();
+    settle();
+    EXPECT_EQ(active("A001"), Tracks{2}) << "the choice by hand is gone, and the verdict is back";
+
+    controller_->resetClipToAutoSync(a);
+    EXPECT_EQ(result("A001"), nullptr);
+    EXPECT_NE(result("B001"), nullptr);
+    controller_->adjustAudioOffset(b, 1);
+    EXPECT_NE(result("B001"), nullptr) << "a nudge changes nothing of what is heard";
+    controller_->undo();
+    EXPECT_TRUE(controller_->smartAudio().results.empty());
+    EXPECT_EQ(active("A001"), Tracks{2}) << "before the solo";
+    EXPECT_EQ(clip("B001")->manualAudioOffsetSeconds, 0);
 }
 
 } // namespace

@@ -141,6 +141,7 @@ std::function<void(int, int)> ImportController::progressReport(std::uint64_t sca
 
 /// The old groups go; wild tracks keep their names and approvals where the probe gave the same asset again.
 void ImportController::adoptMatches(SyncGroupList groups, const std::vector<MediaAsset>& audioAssets) {
+    groups.makeIndex();
     std::unordered_set<UUID> claimed;
     for (const SyncGroup& group : groups)
         for (const AudioMatch& match : group.audioMatches) claimed.insert(match.audio->id);

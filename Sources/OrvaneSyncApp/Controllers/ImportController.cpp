@@ -37,6 +37,10 @@ ImportController::~ImportController() = default;
 void ImportController::assertOnMainThread() const { assert(mainThread_->isCurrent()); }
 
 void ImportController::notify(ImportField field) {
+    if (changesUnderWay_ > 0) {
+        if (std::ranges::find(untold_, field) == untold_.end()) untold_.push_back(field);
+        return;
+    }
     std::erase_if(listeners_, [](const auto& listener) { return listener.expired(); });
     // A copy: a listener may subscribe or unsubscribe.
     const auto listeners = listeners_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/SmartAudioState.h"
+#include "OrvaneSyncApp/Controllers/UndoStack.h"
 #include "OrvaneSyncCore/Models/ScanModels.h"
 #include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
@@ -10,11 +11,13 @@
 #include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "Platform/MainThread.h"
 #include "Platform/SettingsStore.h"
 #include "Platform/Task.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -41,7 +44,8 @@ enum class ImportField : std::uint8_t {
     syncGroups,
     wildTracks,
     report,
-    smartAudio
+    smartAudio,
+    undoState
 };
 
 /// An operation named a clip that is not in the list.
@@ -113,6 +117,93 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// The name of every clip in Final Cut, by group, by the naming settings.
     std::map<UUID, std::string> displayNames() const;
 
+    // Taking back (ImportController+Undo.cpp).
+
+    /// Runs a change of clips that the user can take back as one step. Steps hold the clips alone: what else
+    /// a change does, to wild tracks above all, stays when it is taken back.
+    void withUndo(const UndoStep& step, const std::function<void()>& mutation);
+    /// Nothing when there is no step. What Smart Audio knows of the clips is forgotten with it.
+    void undo();
+    void redo();
+    UndoState undoState() const { return undoStack_.state(); }
+    void clearUndo();
+
+    /// Work as it was stored: what stands in place of everything that was open before.
+    struct StoredWork {
+        std::optional<FileURL> videoFolderURL;
+        std::optional<FileURL> audioFolderURL;
+        SyncGroupList syncGroups;
+    };
+    /// As `reset`, but told when the new work stands, and with nothing to take back.
+    void openStoredWork(StoredWork work);
+
+    // The editor's decisions (ImportController+Edit*.cpp). Each operation finds its clip by id and does
+    // nothing without it, nor with a number that is not finite. None opens an undo step: its caller does,
+    // with the step of that name in UndoSteps.h. "Unless locked": a locked clip stays as it is.
+
+    void adjustAudioOffset(UUID groupID, double deltaSeconds);
+    /// Absent: no anchor.
+    void setAudioAnchor(UUID groupID, std::optional<double> secondsInAudio);
+    void resetAudioOffset(UUID groupID);
+    /// Locking records offset and anchors as they are; unlocking forgets the record.
+    void toggleLocked(UUID groupID);
+    /// Every clip with the base name of this one.
+    void lockAllInCluster(UUID groupID, GroupNaming::Source source,
+                          const std::optional<std::string>& customPattern);
+    void toggleApproved(UUID groupID);
+    void toggleMOS(UUID groupID); ///< only without audio
+    void togglePickup(UUID groupID);
+    /// The takes of this scene from this one on, by the recorder's metadata. Clears no flag.
+    void markScenePickupFromHere(UUID groupID);
+    void toggleExcludedFromExport(UUID groupID);
+    void toggleExcludedFromMulticam(UUID groupID);
+    void setManualClipName(UUID groupID, std::string_view name); ///< a blank one is none
+    void setSyncMethod(UUID groupID, SyncMethod method);
+    void setGenerateNativeMOS(UUID groupID, bool enabled);
+    void setGenerateProjectRateClip(UUID groupID, bool enabled);
+    /// Unless locked. Absent: back to what the file tells, its project rate too.
+    void setManualSensorFrameRate(UUID groupID, std::optional<double> fps);
+    /// In seconds of clip time, in either order; overrides below it make room. Under 0.1 s: nothing.
+    void addBlockOverride(UUID groupID, double startSeconds, double endSeconds, int trackIndex);
+    void removeBlockOverride(UUID groupID, UUID overrideID);
+    void setMasterGain(UUID groupID, double gainDB, bool automatic);
+    /// Back to the gain that follows the measured loudness.
+    void resetMasterGain(UUID groupID);
+
+    /// Unless locked: adds the audio behind the others and takes it from the wild tracks. Audio that an
+    /// ambiguous clip has already is thereby confirmed.
+    void attachAudioToGroup(UUID groupID, MediaAsset audio);
+    /// Reads the chosen file and attaches it, in an undo step of its own.
+    platform::Task chooseAndAttachAudio(UUID groupID, FileURL file);
+    void removeAudioMatch(UUID groupID, UUID matchID); ///< unless locked
+    void confirmAmbiguousMatch(UUID groupID);          ///< unless locked
+    void removeVideoFromSync(UUID groupID);            ///< unless locked
+    /// Match anew against the pool, whatever was locked; manual decisions stay.
+    void resyncClip(UUID groupID);
+    void resyncAllClips();
+    /// Manual decisions about sound, sync and approval go, the matches stay.
+    void resetClipToAutoSync(UUID groupID);
+    /// Overrides and excluded tracks stay. Cannot be taken back.
+    void resetAllClipsToAutoSync();
+
+    /// Writes the new names as one undo step of its own; none when no clip gets a name.
+    void applyBatchRename(const BatchRenamer& renamer);
+    void clearAllManualNames();
+
+    void renameWildTrack(UUID id, std::string_view name);
+    void toggleWildTrackApproved(UUID id);
+
+    /// The audio of the scan; without one that of the clips and wild tracks.
+    std::vector<MediaAsset> availableAudioPool() const;
+    /// The pool without wild tracks and the clip's own audio, in the order of a file browser.
+    std::vector<MediaAsset> rawFilesAvailableToAttach(UUID excludingGroupID) const;
+    /// The stored names of the clips with this audio, ascending.
+    std::vector<std::string> clipNames(UUID usingAudioID) const;
+    /// How the attach menu lists a file, such as "a.wav  ·  also on 2 clips".
+    std::string rawFilesMenuLabel(const MediaAsset& audio) const;
+    /// The most frequent project rate of the other clips, frames per second; of equals the first in the list.
+    double inferredProjectFrameRate(UUID excluding) const;
+
     // Smart Audio. An analysis reads the first recording of a clip once, keeps the verdict in `smartAudio`
     // and switches on the tracks of its blocks, unless the editor chose tracks by hand. It never fails.
 
@@ -130,8 +221,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// Waits for the analysis that the last scan started by itself, if it did.
     platform::Task waitForAnalysisAfterScan() const;
 
-    // The editor's choice of tracks. None of these opens an undo step: their caller does, by the names in
-    // `trackSteps`.
+    // The editor's choice of tracks; undo steps as for the other decisions.
 
     /// The channel's activation box: switches one track of the export on or off, starting from the tracks
     /// that are heard without a choice by hand.
@@ -202,10 +292,29 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     void editTracks(UUID groupID, const std::function<void(SyncGroup&)>& change);
     std::set<int> visibleActiveTracks(const SyncGroup& group) const;
 
+    // ImportController+Undo.cpp
+    using UndoTravel = bool (UndoStack<SyncGroupList>::*)(SyncGroupList&, std::chrono::nanoseconds);
+    void travel(UndoTravel direction);
+    /// Holds notices back until the change is whole, and then gives each of them once.
+    void tellAtEnd(const std::function<void()>& change);
+    // ImportController+Edit*.cpp
+    bool edit(UUID groupID, const std::function<void(SyncGroup&)>& change);
+    void editWildTrack(UUID id, const std::function<void(WildTrack&)>& change);
+    const SyncGroup* unlockedGroup(UUID groupID) const;
+    static platform::Task attachFile(std::weak_ptr<ImportController> weak, UUID groupID, FileURL file);
+    void clipsLetGoOf(const std::vector<AudioMatch>& released);
+    // ImportController+EditSmartAudio.cpp: what an edit means to that which Smart Audio knows.
+    void removeSmartAudioCaches(UUID groupID);
+    void removeRenderedAudio(UUID groupID);
+    void invalidateCachesAfterUndo();
+    static platform::Task reanalyseAll(std::weak_ptr<ImportController> weak, std::vector<UUID> groupIDs);
+
     const std::shared_ptr<platform::MainThread> mainThread_;
     const std::shared_ptr<platform::SettingsStore> settings_;
     const std::shared_ptr<const platform::Clock> clock_;
     std::vector<std::weak_ptr<std::function<void(ImportField)>>> listeners_;
+    int changesUnderWay_ = 0;
+    std::vector<ImportField> untold_; ///< what they have changed so far
 
     std::optional<FileURL> videoFolderURL_;
     std::optional<FileURL> audioFolderURL_;
@@ -215,6 +324,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     std::optional<ScanResult> scanResult_;
     SyncGroupList syncGroups_;
     std::vector<WildTrack> wildTracks_;
+    UndoStack<SyncGroupList> undoStack_;
     std::optional<std::string> aleMatchStatus_;
     SmartAudioState smartAudio_;
     int runningAnalyses_ = 0;

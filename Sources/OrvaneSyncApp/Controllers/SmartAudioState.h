@@ -5,7 +5,6 @@
 #include "OrvaneSyncCore/Services/Export/ExportSettings.h"
 
 #include <string>
-#include <string_view>
 #include <unordered_map>
 
 namespace orvane {
@@ -31,13 +30,5 @@ struct SmartAudioState {
     bool isAnalyzing = false;
     SmartAudioProgress progress;
 };
-
-/// What undoing a change of tracks is called, by the operations of the controller.
-namespace trackSteps {
-inline constexpr std::string_view toggleTrackActive = "Toggle Audio Track";
-inline constexpr std::string_view soloTrackActive = toggleTrackActive;
-inline constexpr std::string_view toggleAlgorithmInclusion = "Toggle Algo Inclusion";
-inline constexpr std::string_view soloAlgorithmInclusion = toggleAlgorithmInclusion;
-} // namespace trackSteps
 
 } // namespace orvane

@@ -2,6 +2,7 @@
 #include "OrvaneSyncCLI/DocumentOutput.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCLI/SettingValues.h"
 #include "OrvaneSyncCLI/Table.h"
 
 namespace orvane::cli {
@@ -15,9 +16,8 @@ SmartAudioMode smartAudioMode(const Context& context, const Arguments& arguments
         throw UsageError("--smart-audio takes off, standard, studio, cinematic or custom, not '" + *named +
                          "'");
     }
-    const auto stored = context.settings->textIfPresent("smartAudioMode");
-    if (!stored) return SmartAudioMode::standard;
-    return smartAudioModeFromUITag(*stored).value_or(SmartAudioMode::off);
+    const std::string stored = context.settings->text("smartAudioMode");
+    return smartAudioModeFromUITag(stored).value_or(SmartAudioMode::standard);
 }
 
 /// Says what was scanned, also where nothing of it can be exported.
@@ -39,8 +39,9 @@ void sync(Context& context, const Arguments& arguments) {
     const DocumentOutput output(context, arguments);
     const SmartAudioMode smartAudio = smartAudioMode(context, arguments);
     ScanRun run(context, arguments);
-    run.scan();
     ImportController& controller = run.controller();
+    controller.setAnalysesAfterScan(false); // once is enough, in the mode of this command
+    run.scan();
     if (controller.matchedCount() == 0) failWithoutClips(context, controller, arguments.has("--json"));
     if (smartAudio != SmartAudioMode::off) run.wait(controller.runSmartAudioAnalysis(smartAudio, false));
     run.show("Writing the document...");
@@ -60,13 +61,16 @@ std::vector<Option> syncOptions() {
 } // namespace
 
 const Command& syncCommand() {
+    static const std::string settings = exportSettingsHelp();
     static const Command command{
         "sync",
         "FOLDER [AUDIO_FOLDER] -o OUT.fcpxml [options]",
         "The main job: scan, match, choose audio, write a document for Final Cut Pro.",
         "orvanesync sync demo/shoot/camera demo/shoot/sound -o demo/Synced.fcpxml",
         syncOptions(),
-        sync};
+        sync,
+        {},
+        settings};
     return command;
 }
 

@@ -18,7 +18,8 @@ struct Command {
     std::string_view example; ///< works as printed
     std::vector<Option> options;
     void (*run)(Context& context, const Arguments& arguments);
-    std::string_view details = {}; ///< more lines for the help
+    std::string_view details = {};  ///< more lines for the help, above the options
+    std::string_view settings = {}; ///< lines on its settings, under the options
 };
 
 const Command& syncCommand();
@@ -30,6 +31,7 @@ const Command& ltcCommand();
 const Command& timecodeCommand();
 const Command& sessionCommand();
 const Command& projectCommand();
+const Command& settingsCommand();
 const Command& doctorCommand();
 
 /// All commands, in the order in which the help lists them.

@@ -79,7 +79,8 @@ const std::vector<Option>& documentOptions() {
 
 DocumentOutput::DocumentOutput(Context& context, const Arguments& arguments)
     : context_(context), output_(arguments.value("--output").value_or("")),
-      version_(documentVersion(arguments)), asJSON_(arguments.has("--json")) {
+      version_(documentVersion(arguments)), asJSON_(arguments.has("--json")),
+      isNameChosen_(arguments.has("--event") || context.settings->textIfPresent("eventName")) {
     if (output_.empty()) throw UsageError("where to? -o OUT.fcpxml is missing");
     if (output_ == standardOutput && asJSON_) throw UsageError("-o - and --json both want standard output");
     document.eventName = arguments.value("--event");
@@ -102,6 +103,7 @@ void DocumentOutput::write(const ImportController& controller, const std::functi
     written();
 
     for (const std::string& warning : leftOutWarnings(controller)) result.warnings.push_back(warning);
+    for (const std::string& warning : unheardWarnings(controller)) result.warnings.push_back(warning);
     if (result.syncClipCount + result.multicamCount == 0)
         result.warnings.emplace_back("the document holds no clip; look at the settings generateSyncClips and "
                                      "export.wrapMOSInSyncClip");
@@ -110,8 +112,9 @@ void DocumentOutput::write(const ImportController& controller, const std::functi
         return;
     }
     if (output_ != standardOutput)
-        context_.out << stateText(controller, context_.mayColour) << "\n"
-                     << writtenText(controller, result, output_);
+        context_.out << stateText(controller, context_.mayColour) << smartAudioText(controller) << "\n"
+                     << writtenText(controller, result, output_)
+                     << exportPreviewText(controller.syncGroups(), settings, isNameChosen_);
     for (const std::string& warning : result.warnings) context_.warn(warning);
 }
 

@@ -33,6 +33,7 @@ class DocumentOutput {
     std::string output_;
     std::optional<fcpxml::FCPXMLVersion> version_;
     bool asJSON_;
+    bool isNameChosen_;
 };
 
 } // namespace orvane::cli

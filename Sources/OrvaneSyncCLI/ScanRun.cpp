@@ -72,6 +72,9 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
             show(progressText(controller_->scanState()));
         if (field == ImportField::progress && controller_->progress().isActive())
             progress_.show(controller_->progress());
+        const SmartAudioProgress& heard = controller_->smartAudio().progress;
+        if (field == ImportField::smartAudio && heard.total > 0)
+            progress_.show({heard.phase, heard.current, heard.total}, heard.fraction);
     });
 }
 
@@ -79,10 +82,12 @@ void ScanRun::show(std::string_view phase) { progress_.show({std::string(phase),
 
 void ScanRun::scan() {
     wait(controller_->startScan());
+    wait(controller_->waitForAnalysisAfterScan());
     warnOfUnreadableFolders();
 }
 
 void ScanRun::open(const std::string& projectFile) {
+    controller_->setAnalysesAfterScan(false); // the tracks are those that the project holds
     wait(controller_->loadProject({platform::files::standardized(projectFile)}));
     for (const auto& folder : {controller_->videoFolderURL(), controller_->audioFolderURL()})
         if (folder)

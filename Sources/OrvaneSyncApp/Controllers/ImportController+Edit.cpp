@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 namespace orvane {
 
@@ -53,39 +54,39 @@ void clearDecisions(SyncGroup& group) {
 
 } // namespace
 
-bool ImportController::edit(const UUID& groupID, const std::function<void(SyncGroup&)>& change) {
+bool ImportController::edit(UUID groupID, const std::function<void(SyncGroup&)>& change) {
     assertOnMainThread();
     if (!syncGroups_.update(groupID, change)) return false;
     notify(ImportField::syncGroups);
     return true;
 }
 
-const SyncGroup* ImportController::unlockedGroup(const UUID& groupID) const {
+const SyncGroup* ImportController::unlockedGroup(UUID groupID) const {
     assertOnMainThread();
     const SyncGroup* group = syncGroups_.find(groupID);
     return group != nullptr && !group->isLocked ? group : nullptr;
 }
 
-void ImportController::adjustAudioOffset(const UUID& groupID, double deltaSeconds) {
+void ImportController::adjustAudioOffset(UUID groupID, double deltaSeconds) {
     const SyncGroup* group = syncGroups_.find(groupID);
     if (group == nullptr || !std::isfinite(group->manualAudioOffsetSeconds + deltaSeconds)) return;
     edit(groupID, [&](SyncGroup& own) { own.manualAudioOffsetSeconds += deltaSeconds; });
 }
 
-void ImportController::setAudioAnchor(const UUID& groupID, std::optional<double> secondsInAudio) {
+void ImportController::setAudioAnchor(UUID groupID, std::optional<double> secondsInAudio) {
     if (secondsInAudio && !std::isfinite(*secondsInAudio)) return;
     edit(groupID, [&](SyncGroup& group) { group.audioAnchorOffsetInAudioSeconds = secondsInAudio; });
 }
 
-void ImportController::resetAudioOffset(const UUID& groupID) {
+void ImportController::resetAudioOffset(UUID groupID) {
     edit(groupID, [](SyncGroup& group) { group.manualAudioOffsetSeconds = 0; });
 }
 
-void ImportController::toggleLocked(const UUID& groupID) {
+void ImportController::toggleLocked(UUID groupID) {
     edit(groupID, [](SyncGroup& group) { group.isLocked ? unlock(group) : lock(group); });
 }
 
-void ImportController::lockAllInCluster(const UUID& groupID, GroupNaming::Source source,
+void ImportController::lockAllInCluster(UUID groupID, GroupNaming::Source source,
                                         const std::optional<std::string>& customPattern) {
     assertOnMainThread();
     const SyncGroup* group = syncGroups_.find(groupID);
@@ -99,11 +100,11 @@ void ImportController::lockAllInCluster(const UUID& groupID, GroupNaming::Source
         notify(ImportField::syncGroups);
 }
 
-void ImportController::toggleApproved(const UUID& groupID) {
+void ImportController::toggleApproved(UUID groupID) {
     edit(groupID, [](SyncGroup& group) { group.isApproved = !group.isApproved; });
 }
 
-void ImportController::toggleMOS(const UUID& groupID) {
+void ImportController::toggleMOS(UUID groupID) {
     const SyncGroup* group = syncGroups_.find(groupID);
     if (group == nullptr || !group->audioMatches.empty()) return;
     edit(groupID, [](SyncGroup& own) {
@@ -112,11 +113,11 @@ void ImportController::toggleMOS(const UUID& groupID) {
     });
 }
 
-void ImportController::togglePickup(const UUID& groupID) {
+void ImportController::togglePickup(UUID groupID) {
     edit(groupID, [](SyncGroup& group) { group.isPickup = !group.isPickup; });
 }
 
-void ImportController::markScenePickupFromHere(const UUID& groupID) {
+void ImportController::markScenePickupFromHere(UUID groupID) {
     assertOnMainThread();
     const SyncGroup* group = syncGroups_.find(groupID);
     const auto from = group == nullptr ? std::nullopt : slateOf(*group);
@@ -130,35 +131,35 @@ void ImportController::markScenePickupFromHere(const UUID& groupID) {
         notify(ImportField::syncGroups);
 }
 
-void ImportController::toggleExcludedFromExport(const UUID& groupID) {
+void ImportController::toggleExcludedFromExport(UUID groupID) {
     edit(groupID, [](SyncGroup& group) { group.isExcludedFromExport = !group.isExcludedFromExport; });
 }
 
-void ImportController::toggleExcludedFromMulticam(const UUID& groupID) {
+void ImportController::toggleExcludedFromMulticam(UUID groupID) {
     edit(groupID,
          [](SyncGroup& group) { group.isExcludedFromMulticamFlag = !group.isExcludedFromMulticam(); });
 }
 
-void ImportController::setManualClipName(const UUID& groupID, std::string_view name) {
+void ImportController::setManualClipName(UUID groupID, std::string_view name) {
     const std::string_view trimmed = platform::text::trimmed(name);
     edit(groupID, [&](SyncGroup& group) {
         group.manualClipName = trimmed.empty() ? std::nullopt : std::optional<std::string>(trimmed);
     });
 }
 
-void ImportController::setSyncMethod(const UUID& groupID, SyncMethod method) {
+void ImportController::setSyncMethod(UUID groupID, SyncMethod method) {
     edit(groupID, [&](SyncGroup& group) { group.syncMethod = method; });
 }
 
-void ImportController::setGenerateNativeMOS(const UUID& groupID, bool enabled) {
+void ImportController::setGenerateNativeMOS(UUID groupID, bool enabled) {
     edit(groupID, [&](SyncGroup& group) { group.generateNativeMOSClip = enabled; });
 }
 
-void ImportController::setGenerateProjectRateClip(const UUID& groupID, bool enabled) {
+void ImportController::setGenerateProjectRateClip(UUID groupID, bool enabled) {
     edit(groupID, [&](SyncGroup& group) { group.generateProjectRateClipFlag = enabled; });
 }
 
-void ImportController::resetClipToAutoSync(const UUID& groupID) {
+void ImportController::resetClipToAutoSync(UUID groupID) {
     const bool found = edit(groupID, [](SyncGroup& group) {
         clearDecisions(group);
         group.manualBlockOverrides.clear();
@@ -171,7 +172,10 @@ void ImportController::resetAllClipsToAutoSync() {
     assertOnMainThread();
     if (syncGroups_.updateWhere([](const SyncGroup&) { return true; }, clearDecisions) > 0)
         notify(ImportField::syncGroups);
-    reanalyseAllKnown();
+    std::vector<UUID> analysed;
+    for (const SyncGroup& group : syncGroups_)
+        if (smartAudio_.results.contains(group.id)) analysed.push_back(group.id);
+    reanalyseAll(weak_from_this(), std::move(analysed));
 }
 
 void ImportController::applyBatchRename(const BatchRenamer& renamer) {
@@ -195,7 +199,7 @@ void ImportController::clearAllManualNames() {
     });
 }
 
-void ImportController::editWildTrack(const UUID& id, const std::function<void(WildTrack&)>& change) {
+void ImportController::editWildTrack(UUID id, const std::function<void(WildTrack&)>& change) {
     assertOnMainThread();
     const auto track = std::ranges::find(wildTracks_, id, &WildTrack::id);
     if (track == wildTracks_.end()) return;
@@ -203,13 +207,13 @@ void ImportController::editWildTrack(const UUID& id, const std::function<void(Wi
     notify(ImportField::wildTracks);
 }
 
-void ImportController::renameWildTrack(const UUID& id, std::string_view name) {
+void ImportController::renameWildTrack(UUID id, std::string_view name) {
     editWildTrack(id, [&](WildTrack& track) {
         track.customName = name.empty() ? track.audio.filenameStem() : std::string(name);
     });
 }
 
-void ImportController::toggleWildTrackApproved(const UUID& id) {
+void ImportController::toggleWildTrackApproved(UUID id) {
     editWildTrack(id, [](WildTrack& track) { track.isApproved = !track.isApproved; });
 }
 

@@ -32,7 +32,7 @@ bool uses(const SyncGroup& group, const UUID& audioID) {
 
 } // namespace
 
-void ImportController::attachAudioToGroup(const UUID& groupID, const MediaAsset& audio) {
+void ImportController::attachAudioToGroup(UUID groupID, MediaAsset audio) {
     const SyncGroup* group = unlockedGroup(groupID);
     if (group == nullptr) return;
     if (uses(*group, audio.id)) {
@@ -68,7 +68,7 @@ platform::Task ImportController::attachFile(std::weak_ptr<ImportController> weak
     self->withUndo(undoSteps::attachAudioToGroup, [&] { self->attachAudioToGroup(groupID, audio); });
 }
 
-void ImportController::removeAudioMatch(const UUID& groupID, const UUID& matchID) {
+void ImportController::removeAudioMatch(UUID groupID, UUID matchID) {
     const SyncGroup* group = unlockedGroup(groupID);
     if (group == nullptr) return;
     const auto match = std::ranges::find(group->audioMatches, matchID, &AudioMatch::id);
@@ -82,13 +82,13 @@ void ImportController::removeAudioMatch(const UUID& groupID, const UUID& matchID
     removeSmartAudioCaches(groupID);
 }
 
-void ImportController::confirmAmbiguousMatch(const UUID& groupID) {
+void ImportController::confirmAmbiguousMatch(UUID groupID) {
     const SyncGroup* group = unlockedGroup(groupID);
     if (group == nullptr || group->matchStatus.kind != MatchStatus::Kind::ambiguous) return;
     edit(groupID, [](SyncGroup& own) { own.matchStatus = MatchStatus::manual(); });
 }
 
-void ImportController::removeVideoFromSync(const UUID& groupID) {
+void ImportController::removeVideoFromSync(UUID groupID) {
     const SyncGroup* group = unlockedGroup(groupID);
     if (group == nullptr) return;
     const std::vector<AudioMatch> released = group->audioMatches;
@@ -112,7 +112,7 @@ void ImportController::clipsLetGoOf(const std::vector<AudioMatch>& released) {
     if (wildTracks_.size() != before) notify(ImportField::wildTracks);
 }
 
-void ImportController::resyncClip(const UUID& groupID) {
+void ImportController::resyncClip(UUID groupID) {
     assertOnMainThread();
     const SyncGroup* group = syncGroups_.find(groupID);
     const auto pool = availableAudioPool();
@@ -158,7 +158,7 @@ std::vector<MediaAsset> ImportController::availableAudioPool() const {
     return pool;
 }
 
-std::vector<MediaAsset> ImportController::rawFilesAvailableToAttach(const UUID& excludingGroupID) const {
+std::vector<MediaAsset> ImportController::rawFilesAvailableToAttach(UUID excludingGroupID) const {
     std::unordered_set<UUID> left;
     for (const WildTrack& track : wildTracks_) left.insert(track.id);
     if (const SyncGroup* group = syncGroups_.find(excludingGroupID))
@@ -177,7 +177,7 @@ std::vector<MediaAsset> ImportController::rawFilesAvailableToAttach(const UUID& 
     return result;
 }
 
-std::vector<std::string> ImportController::clipNames(const UUID& usingAudioID) const {
+std::vector<std::string> ImportController::clipNames(UUID usingAudioID) const {
     assertOnMainThread();
     std::vector<std::string> names;
     for (const SyncGroup& group : syncGroups_)

@@ -19,7 +19,7 @@ OffspeedConfidence confidence(double sensor, double project) {
 
 } // namespace
 
-void ImportController::setManualSensorFrameRate(const UUID& groupID, std::optional<double> fps) {
+void ImportController::setManualSensorFrameRate(UUID groupID, std::optional<double> fps) {
     if (unlockedGroup(groupID) == nullptr || (fps && !std::isfinite(*fps))) return;
     const double inferred = inferredProjectFrameRate(groupID);
     edit(groupID, [&](SyncGroup& own) {
@@ -36,7 +36,7 @@ void ImportController::setManualSensorFrameRate(const UUID& groupID, std::option
     removeRenderedAudio(groupID);
 }
 
-double ImportController::inferredProjectFrameRate(const UUID& excluding) const {
+double ImportController::inferredProjectFrameRate(UUID excluding) const {
     assertOnMainThread();
     constexpr double withoutAnyOther = 24.0;
     struct Votes {

@@ -1,7 +1,5 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
-#include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
-
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -28,7 +26,7 @@ std::vector<BlockOverride> cleared(const std::vector<BlockOverride>& overrides, 
 
 } // namespace
 
-void ImportController::addBlockOverride(const UUID& groupID, double startSeconds, double endSeconds,
+void ImportController::addBlockOverride(UUID groupID, double startSeconds, double endSeconds,
                                         int trackIndex) {
     const auto [low, high] = std::minmax(startSeconds, endSeconds);
     if (!std::isfinite(low) || !std::isfinite(high) || high - low < shortestOverrideSeconds) return;
@@ -42,7 +40,7 @@ void ImportController::addBlockOverride(const UUID& groupID, double startSeconds
     if (found) reanalyseIfKnown(groupID);
 }
 
-void ImportController::removeBlockOverride(const UUID& groupID, const UUID& overrideID) {
+void ImportController::removeBlockOverride(UUID groupID, UUID overrideID) {
     const bool found = edit(groupID, [&](SyncGroup& group) {
         std::erase_if(group.manualBlockOverrides,
                       [&](const BlockOverride& one) { return one.id == overrideID; });
@@ -50,7 +48,7 @@ void ImportController::removeBlockOverride(const UUID& groupID, const UUID& over
     if (found) reanalyseIfKnown(groupID);
 }
 
-void ImportController::setMasterGain(const UUID& groupID, double gainDB, bool automatic) {
+void ImportController::setMasterGain(UUID groupID, double gainDB, bool automatic) {
     if (!std::isfinite(gainDB)) return;
     edit(groupID, [&](SyncGroup& group) {
         group.masterGainDB = gainDB;
@@ -58,33 +56,45 @@ void ImportController::setMasterGain(const UUID& groupID, double gainDB, bool au
     });
 }
 
-void ImportController::resetMasterGain(const UUID& groupID) {
+void ImportController::resetMasterGain(UUID groupID) {
     edit(groupID, [&](SyncGroup& group) {
         group.masterGainAuto = true;
         if (group.measuredLUFS) group.masterGainDB = automaticMasterGainDB(*group.measuredLUFS);
     });
 }
 
-double ImportController::automaticMasterGainDB(double measuredLUFS) const {
-    return MasterGain::gainDB(measuredLUFS, MasterGain::Target::fromUserDefaults(*settings_),
-                              SmartAudioPredictor::loadingFromDisk());
+/// All that Smart Audio knows of the clip, and all that was rendered from it.
+void ImportController::removeSmartAudioCaches(UUID groupID) {
+    smartAudio_.results.erase(groupID);
+    smartAudio_.soloMonitorTracks.erase(groupID);
+    smartAudio_.soloMonitorURLs.erase(groupID);
+    removeRenderedAudio(groupID);
 }
 
-void ImportController::removeSmartAudioCaches(const UUID& groupID) {
-    if (smartAudioResults_.erase(groupID) > 0) notify(ImportField::smartAudio);
-}
-
-// Nothing is rendered yet.
-void ImportController::removeRenderedAudio(const UUID& /*groupID*/) {}
-
-// Analyses do not run yet, so that no clip was analysed before.
-void ImportController::reanalyseIfKnown(const UUID& /*groupID*/) {}
-void ImportController::reanalyseAllKnown() {}
-
-void ImportController::invalidateCachesAfterUndo() {
-    if (smartAudioResults_.empty()) return;
-    smartAudioResults_.clear();
+void ImportController::removeRenderedAudio(UUID groupID) {
+    smartAudio_.mixdownURLs.erase(groupID);
+    smartAudio_.viProcessedURLs.erase(groupID);
     notify(ImportField::smartAudio);
+}
+
+/// Previews of Voice Isolation stay: they depend on nothing that undoing brings back.
+void ImportController::invalidateCachesAfterUndo() {
+    smartAudio_.results.clear();
+    smartAudio_.mixdownURLs.clear();
+    smartAudio_.soloMonitorURLs.clear();
+    smartAudio_.soloMonitorTracks.clear();
+    notify(ImportField::smartAudio);
+}
+
+platform::Task ImportController::reanalyseAll(std::weak_ptr<ImportController> weak,
+                                              std::vector<UUID> groupIDs) {
+    for (const UUID& groupID : groupIDs) {
+        auto self = weak.lock();
+        if (!self) co_return;
+        const auto analysis = self->runSmartAudioForGroup(groupID, false);
+        self.reset();
+        co_await analysis;
+    }
 }
 
 } // namespace orvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/ProjectFileState.h"
+#include "OrvaneSyncApp/Controllers/SmartAudioState.h"
 #include "OrvaneSyncApp/Controllers/UndoStack.h"
 #include "OrvaneSyncCore/Models/ALEFile.h"
 #include "OrvaneSyncCore/Models/ScanModels.h"
@@ -16,6 +17,7 @@
 #include "OrvaneSyncCore/Services/Metadata/MetadataMerger.h"
 #include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
 #include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "Platform/MainThread.h"
 #include "Platform/SettingsStore.h"
 #include "Platform/Task.h"
@@ -26,6 +28,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -95,7 +98,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     const std::optional<std::string>& aleImportError() const { return aleImportError_; }
     /// The last message of a report merge; absent without a report.
     const std::optional<std::string>& aleMatchStatus() const { return aleMatchStatus_; }
-    const ExportSettings::SmartAudioResults& smartAudioResults() const { return smartAudioResults_; }
+    const SmartAudioState& smartAudio() const { return smartAudio_; }
 
     /// Calls back after every change, on the interface thread, once the change is whole.
     platform::Subscription onChange(std::function<void(ImportField)> callback);
@@ -177,48 +180,48 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     // nothing without it, nor with a number that is not finite. None opens an undo step: its caller does,
     // with the step of that name in UndoSteps.h. "Unless locked": a locked clip stays as it is.
 
-    void adjustAudioOffset(const UUID& groupID, double deltaSeconds);
+    void adjustAudioOffset(UUID groupID, double deltaSeconds);
     /// Absent: no anchor.
-    void setAudioAnchor(const UUID& groupID, std::optional<double> secondsInAudio);
-    void resetAudioOffset(const UUID& groupID);
+    void setAudioAnchor(UUID groupID, std::optional<double> secondsInAudio);
+    void resetAudioOffset(UUID groupID);
     /// Locking records offset and anchors as they are; unlocking forgets the record.
-    void toggleLocked(const UUID& groupID);
+    void toggleLocked(UUID groupID);
     /// Every clip with the base name of this one.
-    void lockAllInCluster(const UUID& groupID, GroupNaming::Source source,
+    void lockAllInCluster(UUID groupID, GroupNaming::Source source,
                           const std::optional<std::string>& customPattern);
-    void toggleApproved(const UUID& groupID);
-    void toggleMOS(const UUID& groupID); ///< only without audio
-    void togglePickup(const UUID& groupID);
+    void toggleApproved(UUID groupID);
+    void toggleMOS(UUID groupID); ///< only without audio
+    void togglePickup(UUID groupID);
     /// The takes of this scene from this one on, by the recorder's metadata. Clears no flag.
-    void markScenePickupFromHere(const UUID& groupID);
-    void toggleExcludedFromExport(const UUID& groupID);
-    void toggleExcludedFromMulticam(const UUID& groupID);
-    void setManualClipName(const UUID& groupID, std::string_view name); ///< a blank one is none
-    void setSyncMethod(const UUID& groupID, SyncMethod method);
-    void setGenerateNativeMOS(const UUID& groupID, bool enabled);
-    void setGenerateProjectRateClip(const UUID& groupID, bool enabled);
+    void markScenePickupFromHere(UUID groupID);
+    void toggleExcludedFromExport(UUID groupID);
+    void toggleExcludedFromMulticam(UUID groupID);
+    void setManualClipName(UUID groupID, std::string_view name); ///< a blank one is none
+    void setSyncMethod(UUID groupID, SyncMethod method);
+    void setGenerateNativeMOS(UUID groupID, bool enabled);
+    void setGenerateProjectRateClip(UUID groupID, bool enabled);
     /// Unless locked. Absent: back to what the file tells, its project rate too.
-    void setManualSensorFrameRate(const UUID& groupID, std::optional<double> fps);
+    void setManualSensorFrameRate(UUID groupID, std::optional<double> fps);
     /// In seconds of clip time, in either order; overrides below it make room. Under 0.1 s: nothing.
-    void addBlockOverride(const UUID& groupID, double startSeconds, double endSeconds, int trackIndex);
-    void removeBlockOverride(const UUID& groupID, const UUID& overrideID);
-    void setMasterGain(const UUID& groupID, double gainDB, bool automatic);
+    void addBlockOverride(UUID groupID, double startSeconds, double endSeconds, int trackIndex);
+    void removeBlockOverride(UUID groupID, UUID overrideID);
+    void setMasterGain(UUID groupID, double gainDB, bool automatic);
     /// Back to the gain that follows the measured loudness.
-    void resetMasterGain(const UUID& groupID);
+    void resetMasterGain(UUID groupID);
 
     /// Unless locked: adds the audio behind the others and takes it from the wild tracks. Audio that an
     /// ambiguous clip has already is thereby confirmed.
-    void attachAudioToGroup(const UUID& groupID, const MediaAsset& audio);
+    void attachAudioToGroup(UUID groupID, MediaAsset audio);
     /// Reads the chosen file and attaches it, in an undo step of its own.
     platform::Task chooseAndAttachAudio(UUID groupID, FileURL file);
-    void removeAudioMatch(const UUID& groupID, const UUID& matchID); ///< unless locked
-    void confirmAmbiguousMatch(const UUID& groupID);                 ///< unless locked
-    void removeVideoFromSync(const UUID& groupID);                   ///< unless locked
+    void removeAudioMatch(UUID groupID, UUID matchID); ///< unless locked
+    void confirmAmbiguousMatch(UUID groupID);          ///< unless locked
+    void removeVideoFromSync(UUID groupID);            ///< unless locked
     /// Match anew against the pool, whatever was locked; manual decisions stay.
-    void resyncClip(const UUID& groupID);
+    void resyncClip(UUID groupID);
     void resyncAllClips();
     /// Manual decisions about sound, sync and approval go, the matches stay.
-    void resetClipToAutoSync(const UUID& groupID);
+    void resetClipToAutoSync(UUID groupID);
     /// Overrides and excluded tracks stay. Cannot be taken back.
     void resetAllClipsToAutoSync();
 
@@ -226,24 +229,46 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     void applyBatchRename(const BatchRenamer& renamer);
     void clearAllManualNames();
 
-    void renameWildTrack(const UUID& id, std::string_view name);
-    void toggleWildTrackApproved(const UUID& id);
+    void renameWildTrack(UUID id, std::string_view name);
+    void toggleWildTrackApproved(UUID id);
 
     /// The audio of the scan; without one that of the clips and wild tracks.
     std::vector<MediaAsset> availableAudioPool() const;
     /// The pool without wild tracks and the clip's own audio, in the order of a file browser.
-    std::vector<MediaAsset> rawFilesAvailableToAttach(const UUID& excludingGroupID) const;
+    std::vector<MediaAsset> rawFilesAvailableToAttach(UUID excludingGroupID) const;
     /// The stored names of the clips with this audio, ascending.
-    std::vector<std::string> clipNames(const UUID& usingAudioID) const;
+    std::vector<std::string> clipNames(UUID usingAudioID) const;
     /// How the attach menu lists a file, such as "a.wav  ·  also on 2 clips".
     std::string rawFilesMenuLabel(const MediaAsset& audio) const;
     /// The most frequent project rate of the other clips, frames per second; of equals the first in the list.
-    double inferredProjectFrameRate(const UUID& excluding) const;
+    double inferredProjectFrameRate(UUID excluding) const;
 
-    // Smart Audio.
+    // Smart Audio. An analysis reads the first recording of a clip once, keeps the verdict in `smartAudio`
+    // and switches on the tracks of its blocks, unless the editor chose tracks by hand. It never fails.
 
-    /// Listens to every clip's recordings and fills `smartAudioResults`.
+    /// Analyses all settled clips that have sound, one after the other. `off` forgets all results.
     platform::Task runSmartAudioAnalysis(SmartAudioMode mode, bool forceOverwriteManualTracks);
+    /// Analyses one clip, whatever its status, in the stored mode (`standard` for `off`), and measures its
+    /// loudness and master gain.
+    platform::Task runSmartAudioForGroup(const UUID& groupID, bool forceOverwriteManualTracks);
+    /// Analyses a clip again that was analysed before, with the editor's choice of tracks kept: for every
+    /// change that the verdict depends on.
+    void reanalyseIfKnown(const UUID& groupID);
+    /// Whether a scan starts an analysis by itself where the setting `smartAudioMode` was written. On at
+    /// first; for a face that runs the analysis on terms of its own.
+    void setAnalysesAfterScan(bool doesSo) { analysesAfterScan_ = doesSo; }
+    /// Waits for the analysis that the last scan started by itself, if it did.
+    platform::Task waitForAnalysisAfterScan() const;
+
+    // The editor's choice of tracks; undo steps as for the other decisions.
+
+    /// The channel's activation box: switches one track of the export on or off, starting from the tracks
+    /// that are heard without a choice by hand.
+    void toggleTrackActive(const UUID& groupID, int trackIndex);
+    void soloTrackActive(const UUID& groupID, int trackIndex);
+    /// The channel's box that lets the analysis use it.
+    void toggleAlgorithmInclusion(const UUID& groupID, int trackIndex);
+    void soloAlgorithmInclusion(const UUID& groupID, int trackIndex);
 
     // The export.
 
@@ -287,9 +312,29 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     void abandonScan();
     void applyProjectEdits();
     // ImportController+SmartAudio.cpp
-    static platform::Task analyse(std::weak_ptr<ImportController> weak, SmartAudioMode mode,
-                                  bool forceOverwriteManualTracks);
-    static platform::Task startSmartAudioAfterScan(std::weak_ptr<ImportController> weak);
+    struct AnalysisRun;
+    static platform::Task analyseAll(std::weak_ptr<ImportController> weak, std::shared_ptr<AnalysisRun> run);
+    static platform::Task analyseOne(std::weak_ptr<ImportController> weak, UUID groupID,
+                                     std::shared_ptr<AnalysisRun> run);
+    static platform::Task analyseClip(std::weak_ptr<ImportController> weak, UUID groupID,
+                                      std::shared_ptr<AnalysisRun> run);
+    static platform::Task measureLoudness(std::weak_ptr<ImportController> weak, UUID groupID);
+    static platform::Task renderMixdown(std::weak_ptr<ImportController> weak, UUID groupID);
+    std::shared_ptr<AnalysisRun> newRun(SmartAudioMode mode, bool forceOverwriteManualTracks) const;
+    SmartAudioRequest analysisRequest(const SyncGroup& group, const AnalysisRun& run);
+    std::function<void(double)> analysisReport(const AnalysisRun& run, const MediaAsset& audio);
+    void adoptVerdict(const UUID& groupID, SmartAudioResult result, bool forceOverwriteManualTracks);
+    void analysisBegan();
+    void analysisEnded();
+    void showAnalysisProgress(SmartAudioProgress progress);
+    void startAnalysisAfterScan();
+    /// The results belong to clips that are no more.
+    void forgetSmartAudio();
+    /// dB; by the settings and the calibration.
+    double automaticMasterGainDB(double measuredLUFS) const;
+    // ImportController+Tracks.cpp
+    void editTracks(UUID groupID, const std::function<void(SyncGroup&)>& change);
+    std::set<int> visibleActiveTracks(const SyncGroup& group) const;
 
     // ImportController+Undo.cpp
     using UndoTravel = bool (UndoStack<SyncGroupList>::*)(SyncGroupList&, std::chrono::nanoseconds);
@@ -297,18 +342,16 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// Holds notices back until the change is whole, and then gives each of them once.
     void tellAtEnd(const std::function<void()>& change);
     // ImportController+Edit*.cpp
-    bool edit(const UUID& groupID, const std::function<void(SyncGroup&)>& change);
-    void editWildTrack(const UUID& id, const std::function<void(WildTrack&)>& change);
-    const SyncGroup* unlockedGroup(const UUID& groupID) const;
+    bool edit(UUID groupID, const std::function<void(SyncGroup&)>& change);
+    void editWildTrack(UUID id, const std::function<void(WildTrack&)>& change);
+    const SyncGroup* unlockedGroup(UUID groupID) const;
     static platform::Task attachFile(std::weak_ptr<ImportController> weak, UUID groupID, FileURL file);
     void clipsLetGoOf(const std::vector<AudioMatch>& released);
     // ImportController+EditSmartAudio.cpp: what an edit means to that which Smart Audio knows.
-    void removeSmartAudioCaches(const UUID& groupID);
-    void removeRenderedAudio(const UUID& groupID);
+    void removeSmartAudioCaches(UUID groupID);
+    void removeRenderedAudio(UUID groupID);
     void invalidateCachesAfterUndo();
-    void reanalyseIfKnown(const UUID& groupID);
-    void reanalyseAllKnown();
-    double automaticMasterGainDB(double measuredLUFS) const; ///< dB
+    static platform::Task reanalyseAll(std::weak_ptr<ImportController> weak, std::vector<UUID> groupIDs);
 
     const std::shared_ptr<platform::MainThread> mainThread_;
     const std::shared_ptr<platform::SettingsStore> settings_;
@@ -331,7 +374,10 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     UndoStack<SyncGroupList> undoStack_;
     ProjectFileState project_;
     std::optional<std::string> aleMatchStatus_;
-    ExportSettings::SmartAudioResults smartAudioResults_;
+    SmartAudioState smartAudio_;
+    int runningAnalyses_ = 0;
+    bool analysesAfterScan_ = true;
+    std::optional<platform::Task> analysisAfterScan_;
     /// Tells a scan that another scan or a reset has taken its place.
     std::uint64_t scanNumber_ = 0;
     std::optional<platform::Task> runningScan_;
@@ -342,8 +388,11 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     const ProjectService projectService_{};
     const ALEParser aleParser_{};
     const MetadataMerger metadataMerger_{};
-    /// One operation of the services at a time. Last: it is waited for before the services go.
+    // Last, as what runs on their queues is waited for before anything else goes: one operation of the
+    // services at a time, one analysis, and one measurement of loudness.
     const std::unique_ptr<platform::SerialQueue> serviceQueue_;
+    const std::unique_ptr<SmartAudioRouter> smartAudioRouter_;
+    const std::unique_ptr<platform::SerialQueue> loudnessQueue_;
 };
 
 } // namespace orvane

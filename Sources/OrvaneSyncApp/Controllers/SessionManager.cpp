@@ -215,15 +215,19 @@ void SessionManager::loadSessionList() {
     notify(SessionField::sessions);
 }
 
-void SessionManager::load(const UUID& sessionId, ImportController& controller) {
+void SessionManager::load(UUID sessionId, ImportController& controller) {
     assertOnMainThread();
     if (!store_.exists(sessionId)) return;
     leaveSession();
     captureActiveSettingsSnapshot();
     writeNow(sessionId); // what is read must be the newest
     auto read = store_.readGroups(sessionId);
-    const SessionFolders folders = store_.readFolders(sessionId).value_or(SessionFolders{});
+    SessionFolders folders = store_.readFolders(sessionId).value_or(SessionFolders{});
     queue_->post([writer = groupsWriter_, sessionId, read] { writer->opened(sessionId, read); });
+    if (const auto newer = unwritten_.find(sessionId); newer != unwritten_.end()) {
+        read.groups = newer->second->groups; // which the disk would not take
+        folders = newer->second->folders;
+    }
     {
         const Restoring restoring(*this);
         controller.openStoredWork({folders.videoFolder, folders.audioFolder, std::move(read.groups)});
@@ -244,7 +248,7 @@ void SessionManager::load(const UUID& sessionId, ImportController& controller) {
 
 void SessionManager::loadMostRecentSession(ImportController& controller) {
     loadSessionList();
-    if (!sessions_.empty()) load(UUID(sessions_.front().id), controller);
+    if (!sessions_.empty()) load(sessions_.front().id, controller);
 }
 
 platform::Task SessionManager::newSession(ImportController& controller) {
@@ -300,18 +304,17 @@ void SessionManager::setFolder(const UUID& sessionId, const std::optional<std::s
     persistRecord(std::move(info));
 }
 
-void SessionManager::deleteSession(const UUID& sessionId) {
+void SessionManager::deleteSession(UUID sessionId) {
     assertOnMainThread();
-    const UUID id = sessionId; // may be a reference into the list
-    unwritten_.erase(id);
-    writeGeneration_.erase(id);
+    unwritten_.erase(sessionId);
+    ++writeGeneration_[sessionId]; // writes on their way stop
     try {
-        store_.remove(id);
+        store_.remove(sessionId);
     } catch (const platform::FileError&) {
         // What is still there is still listed.
     }
-    queue_->post([writer = groupsWriter_, id] { writer->closed(id); });
-    if (currentSessionId_ == id) setCurrentSession(std::nullopt);
+    queue_->post([writer = groupsWriter_, sessionId] { writer->closed(sessionId); });
+    if (currentSessionId_ == sessionId) setCurrentSession(std::nullopt);
     loadSessionList();
 }
 

@@ -71,7 +71,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
 
     /// Replaces the controller's work by the session's. Nothing when there is no such session. A session
     /// whose clips can't be read opens without any (`problem`), and their file is kept.
-    void load(const UUID& sessionId, ImportController& controller);
+    void load(UUID sessionId, ImportController& controller);
     void loadMostRecentSession(ImportController& controller);
     /// Empty work under a new id, saved at once. The task is that of `save`.
     platform::Task newSession(ImportController& controller);
@@ -83,7 +83,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     /// Blank: out of its folder.
     void setFolder(const UUID& sessionId, const std::optional<std::string>& folder);
     /// Cannot be taken back.
-    void deleteSession(const UUID& sessionId);
+    void deleteSession(UUID sessionId);
     /// The folder's name and the next shooting day, such as "Dreh DT 008"; nothing without a folder.
     std::optional<std::string> suggestedSessionName(const UUID& sessionId) const;
     const SessionInfo* session(const UUID& sessionId) const;

@@ -140,6 +140,8 @@ void sync(Context& context, const Arguments& arguments) {
         result.warnings.emplace_back("the document holds no clip; look at the settings generateSyncClips and "
                                      "export.wrapMOSInSyncClip");
     if (asJSON) {
+        // On standard error too, where who reads the JSON may not look.
+        if (run.reportWarning()) result.warnings.push_back(*run.reportWarning());
         context.out << exportJSON(controller, result, options.output).dump(JSON::Layout::pretty) << "\n";
         return;
     }

@@ -186,9 +186,9 @@ void Context::warn(std::string_view message) const {
 }
 
 std::span<const Command* const> allCommands() {
-    static const std::array<const Command*, 8> commands{
-        &syncCommand(),     &scanCommand(), &probeCommand(),    &analyzeCommand(),
-        &loudnessCommand(), &ltcCommand(),  &timecodeCommand(), &doctorCommand()};
+    static const std::array<const Command*, 9> commands{
+        &syncCommand(), &scanCommand(),   &probeCommand(),    &analyzeCommand(), &loudnessCommand(),
+        &ltcCommand(),  &reportCommand(), &timecodeCommand(), &doctorCommand()};
     return commands;
 }
 

@@ -27,6 +27,7 @@ const Command& probeCommand();
 const Command& analyzeCommand();
 const Command& loudnessCommand();
 const Command& ltcCommand();
+const Command& reportCommand();
 const Command& timecodeCommand();
 const Command& doctorCommand();
 

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCLI/ProgressLine.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,9 +19,12 @@ const std::vector<Option>& scanOptions();
 class ScanRun {
   public:
     /// Throws UsageError for folders that make no sense and CommandError for folders that cannot be read.
+    /// Loads the report, and warns of one that cannot be read.
     ScanRun(Context& context, const Arguments& arguments);
 
     ImportController& controller() { return *controller_; }
+    /// What was warned of the report.
+    const std::optional<std::string>& reportWarning() const { return reportWarning_; }
     /// Scans to the end, with progress. Warns of folders that could not be read.
     void scan();
     /// Says on the progress line what is being done, until the next wait ends.
@@ -30,11 +34,14 @@ class ScanRun {
     void wait(const platform::Task& operation);
 
   private:
+    void loadReport(const std::string& path);
+
     Context& context_;
     std::shared_ptr<platform::RunLoop> loop_;
     ProgressLine progress_;
     std::shared_ptr<ImportController> controller_;
     platform::Subscription subscription_;
+    std::optional<std::string> reportWarning_;
 };
 
 /// The system's reason why a folder or file cannot be read; empty when it can.

@@ -34,11 +34,11 @@ void printJSON(std::ostream& out, const ALEFile& report) {
     JSON::Object heading;
     for (const auto& [key, value] : report.heading()) heading.emplace_back(key, value);
     JSON::Array columns;
-    for (const std::string_view column : report.columns().all()) columns.emplace_back(column);
+    for (const std::string_view column : report.columns()) columns.emplace_back(column);
     out << "{\n  \"clips\": [";
     const char* separator = "\n    ";
-    for (const ALEClip clip : report.clips()) {
-        out << separator << toJSON(clip).dump();
+    for (std::size_t row = 0; row < report.clipCount(); ++row) {
+        out << separator << toJSON(report.clip(row)).dump();
         separator = ",\n    ";
     }
     out << (report.clipCount() > 0 ? "\n  ],\n" : "],\n");
@@ -50,15 +50,15 @@ void printJSON(std::ostream& out, const ALEFile& report) {
 std::vector<std::string> columnNames(const ALEFile& report) {
     std::vector<std::string> names;
     std::set<std::string_view> seen;
-    for (const std::string_view column : report.columns().all())
+    for (const std::string_view column : report.columns())
         if (seen.insert(column).second) names.emplace_back(column);
     return names;
 }
 
 bool hasText(const ALEFile& report, std::string_view column) {
-    return std::ranges::any_of(report.clips(), [&](const ALEClip& clip) {
-        return !platform::text::trimmed(clip.cell(column).value_or("")).empty();
-    });
+    for (std::size_t row = 0; row < report.clipCount(); ++row)
+        if (!platform::text::trimmed(report.clip(row).cell(column).value_or("")).empty()) return true;
+    return false;
 }
 
 /// The columns that matter most to a merge first, then those that say something, in the order of the file.

@@ -17,16 +17,17 @@ using Texts = std::vector<std::string>;
 
 Texts columns(const ALEFile& file) {
     Texts names;
-    for (const std::string_view name : file.columns().all()) names.emplace_back(name);
+    for (const std::string_view name : file.columns()) names.emplace_back(name);
     return names;
 }
 
 std::vector<Row> rows(const ALEFile& file) {
     std::vector<Row> rows;
-    for (const ALEClip clip : file.clips()) {
+    for (std::size_t row = 0; row < file.clipCount(); ++row) {
+        const ALEClip clip = file.clip(row);
         rows.push_back(clip.fields());
         // Both ways to a cell agree.
-        for (const std::string_view column : file.columns().all()) {
+        for (const std::string_view column : file.columns()) {
             const auto entry = rows.back().find(std::string(column));
             EXPECT_EQ(clip.cell(column), entry == rows.back().end()
                                              ? std::nullopt

@@ -1,19 +1,16 @@
 #include "CoreBenchmarks.h"
 #include "Process.h"
+#include "ReportBenchmarks.h"
+#include "SoundBenchmarks.h"
+#include "Table.h"
 
 #include "Platform/Files.h"
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <array>
 #include <cstdio>
-#include <cstdlib>
-#include <fstream>
 #include <iostream>
-#include <map>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -25,41 +22,6 @@ using namespace orvane::bench;
 
 constexpr int clips = 10000;
 constexpr int channels = 8;
-
-/// Keeps the median of each benchmark's repetitions.
-class Medians final : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            if (run.aggregate_name != "median") continue;
-            const std::string name =
-                run.run_name.function_name + (run.run_name.args.empty() ? "" : "/" + run.run_name.args);
-            milliseconds[name] = run.GetAdjustedRealTime();
-            const auto rate = run.counters.find("bytes_per_second");
-            if (rate != run.counters.end()) bytesPerSecond[name] = rate->second;
-        }
-    }
-    std::map<std::string, double> milliseconds;
-    std::map<std::string, double> bytesPerSecond;
-};
-
-std::string text(const char* format, double a, double b = 0) {
-    std::array<char, 96> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), format, a, b);
-    return buffer.data();
-}
-
-void printRow(const std::string& work, const std::string& ours, const std::string& other,
-              const std::string& result, const std::string& reach, bool reached) {
-    std::printf("%-44s %-16s %-26s %-12s %-14s %s\n", work.c_str(), ours.c_str(), other.c_str(),
-                result.c_str(), reach.c_str(), reached ? "reached" : "NOT REACHED");
-}
-
-void printRatio(const std::string& work, double ours, double floor, const char* floorName, double most) {
-    printRow(work, text("%.2f ms", ours), text("%.2f ms ", floor) + floorName, text("%.2f x", ours / floor),
-             text("<= %.0f x", most), ours / floor <= most);
-}
 
 std::vector<std::string> withFiles(std::vector<std::string> words, const MediaCorpus& corpus) {
     for (const auto* urls : {&corpus.videos, &corpus.audios})
@@ -81,14 +43,9 @@ ProcessCost ffprobeAll(const MediaCorpus& corpus) {
 }
 
 void printPeer(const std::string& name, const ProcessCost& ours, const ProcessCost& peer, double least) {
-    if (!peer.succeeded || !ours.succeeded) {
-        std::printf("%-44s did not run to its end\n", name.c_str());
-        return;
-    }
-    const double ratio = peer.seconds / ours.seconds;
-    printRow("probe 2,000 files, whole process", text("%.0f ms", ours.seconds * 1000),
-             text("%.0f ms ", peer.seconds * 1000) + name, text("%.0f x", ratio), text(">= %.0f x", least),
-             ratio >= least);
+    const std::string work = "probe 2,000 files, whole process";
+    if (!peer.succeeded || !ours.succeeded) return printFailure(work, name);
+    printGain(work, ours.seconds * 1000, peer.seconds * 1000, name, least);
 }
 
 void printPeers(const std::string& program, const MediaCorpus& corpus) {
@@ -99,24 +56,13 @@ void printPeers(const std::string& program, const MediaCorpus& corpus) {
     if (hasProgram("ffprobe")) printPeer("ffprobe", ours, ffprobeAll(corpus), wanted);
 }
 
-/// This process's own peak, in bytes. (What the system says of a child counts its parent's memory as well.)
-double ownPeakBytes() {
-    std::ifstream status("/proc/self/status");
-    std::string line;
-    constexpr std::string_view field = "VmHWM:";
-    constexpr double kilobyte = 1024;
-    while (std::getline(status, line))
-        if (line.starts_with(field)) return kilobyte * std::stod(line.substr(field.size()));
-    return 0;
-}
-
 /// The size of the document and the peak of a process that does nothing else, as it prints them.
 std::pair<double, double> exportInAProcessOfItsOwn(const std::string& self) {
+    std::string output;
     double documentBytes = 0, peakBytes = 0;
-    FILE* pipe = ::popen((self + " --export-once").c_str(), "r");
-    if (pipe == nullptr) return {};
-    const int read = std::fscanf(pipe, "%lf %lf", &documentBytes, &peakBytes);
-    return ::pclose(pipe) == 0 && read == 2 ? std::pair{documentBytes, peakBytes} : std::pair{0.0, 0.0};
+    const bool succeeded = runProcess({self, "--export-once"}, &output).succeeded;
+    const int read = std::sscanf(output.c_str(), "%lf %lf", &documentBytes, &peakBytes);
+    return succeeded && read == 2 ? std::pair{documentBytes, peakBytes} : std::pair{0.0, 0.0};
 }
 
 void printExportMemory(const std::string& self) {
@@ -129,9 +75,9 @@ void printExportMemory(const std::string& self) {
 }
 
 void printTable(const Medians& results, const std::string& self, const std::string& program,
-                const MediaCorpus& corpus) {
+                const MediaCorpus& corpus, const std::string& folder) {
     const auto ms = [&](const char* name) { return results.milliseconds.at(name); };
-    std::printf("\n%-44s %-16s %-26s %-12s %-14s\n", "WORK", "OURS", "AGAINST", "RESULT", "REACH");
+    printHeading();
     printRatio("probe 2,000 files, headers", ms("probe"), ms("headersFloor"), "bare reads", 3);
     printPeers(program, corpus);
     printRatio("rescan 2,000 files from the cache", ms("rescan"), ms("statFloor"), "bare stat", 3);
@@ -144,6 +90,8 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printRow("export 10,000 clips of 8 channels", text("%.0f ms", ms("export/10000")), "",
              text("%.0f MB/s", rate), ">= 100 MB/s", rate >= wantedRate);
     printExportMemory(self);
+    printReportRows(results, self, program, folder);
+    printSoundRows(results, self, program, folder);
     const auto version = medianRun({program, "--version"}, 51);
     const auto nothing = medianRun({"/bin/true"}, 51);
     constexpr double mostMilliseconds = 20;
@@ -161,6 +109,10 @@ int main(int argc, char** argv) {
         std::printf("%zu %.0f\n", bytes, ownPeakBytes());
         return 0;
     }
+    if (argc > 2 && std::string(argv[1]) == peakOption) {
+        printPeakOf({argv + 2, argv + argc});
+        return 0;
+    }
     if (argc < 3) {
         std::cerr << "usage: orvane_bench PROGRAM FOLDER [benchmark options]\n";
         return 2;
@@ -169,6 +121,8 @@ int main(int argc, char** argv) {
     std::cout << "Making files in " << folder << " ...\n" << std::flush;
     const MediaCorpus corpus = mediaCorpus(folder + "/media");
     registerCoreBenchmarks(corpus, folder + "/probe-cache.json");
+    registerReportBenchmarks(folder);
+    registerSoundBenchmarks();
 
     std::vector<char*> options{argv[0]};
     std::string repetitions = "--benchmark_repetitions=5", quiet = "--benchmark_report_aggregates_only=true",
@@ -181,6 +135,6 @@ int main(int argc, char** argv) {
     benchmark::RunSpecifiedBenchmarks(&results);
 
     if (argc > 3) return 0; // somebody looks at one benchmark
-    printTable(results, self, program, corpus);
+    printTable(results, self, program, corpus, folder);
     return 0;
 }

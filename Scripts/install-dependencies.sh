@@ -6,11 +6,11 @@ set -euo pipefail
 packages=(g++ cmake ninja-build pkg-config ccache git
     libexpat1-dev libicu-dev libsimdjson-dev libsndfile1-dev
     libavformat-dev libavcodec-dev libavutil-dev libswresample-dev
-    libgtest-dev libxml2-utils ffmpeg tzdata)
+    libgtest-dev libxml2-utils espeak-ng ffmpeg tzdata)
 for group in "$@"; do
     case "$group" in
         build) ;;
-        bench) packages+=(libbenchmark-dev mediainfo) ;;
+        bench) packages+=(libbenchmark-dev libebur128-dev mediainfo) ;;
         lint) packages+=(clang clang-format clang-tidy libclang-rt-14-dev) ;;
         *) echo "error: unknown package group '$group' (build, bench, lint)" >&2; exit 2 ;;
     esac

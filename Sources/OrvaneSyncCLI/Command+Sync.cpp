@@ -1,6 +1,7 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCLI/SettingValues.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "Platform/Files.h"
 #include "Platform/Text.h"
@@ -27,9 +28,8 @@ SmartAudioMode smartAudioMode(const Context& context, const Arguments& arguments
         throw UsageError("--smart-audio takes off, standard, studio, cinematic or custom, not '" + *named +
                          "'");
     }
-    const auto stored = context.settings->textIfPresent("smartAudioMode");
-    if (!stored) return SmartAudioMode::standard;
-    return smartAudioModeFromUITag(*stored).value_or(SmartAudioMode::off);
+    const std::string stored = context.settings->text("smartAudioMode");
+    return smartAudioModeFromUITag(stored).value_or(SmartAudioMode::standard);
 }
 
 std::optional<fcpxml::FCPXMLVersion> documentVersion(const Arguments& arguments) {
@@ -102,6 +102,10 @@ std::string writtenText(const ImportController& controller, const ExportResult& 
     return text + "\n";
 }
 
+bool isNameChosen(const Context& context, const Arguments& arguments) {
+    return arguments.has("--event") || context.settings->textIfPresent("eventName");
+}
+
 /// Says what was scanned, also where nothing of it can be exported.
 [[noreturn]] void failWithoutClips(Context& context, const ImportController& controller, bool asJSON) {
     std::string folders;
@@ -121,8 +125,9 @@ void sync(Context& context, const Arguments& arguments) {
     const SyncOptions options = read(context, arguments);
     const bool asJSON = arguments.has("--json");
     ScanRun run(context, arguments);
-    run.scan();
     ImportController& controller = run.controller();
+    controller.setAnalysesAfterScan(false); // once is enough, in the mode of this command
+    run.scan();
     if (controller.matchedCount() == 0) failWithoutClips(context, controller, asJSON);
     if (options.smartAudio != SmartAudioMode::off)
         run.wait(controller.runSmartAudioAnalysis(options.smartAudio, false));
@@ -136,6 +141,7 @@ void sync(Context& context, const Arguments& arguments) {
     run.clearProgress();
 
     for (const std::string& warning : leftOutWarnings(controller)) result.warnings.push_back(warning);
+    for (const std::string& warning : unheardWarnings(controller)) result.warnings.push_back(warning);
     if (result.syncClipCount + result.multicamCount == 0)
         result.warnings.emplace_back("the document holds no clip; look at the settings generateSyncClips and "
                                      "export.wrapMOSInSyncClip");
@@ -146,8 +152,9 @@ void sync(Context& context, const Arguments& arguments) {
         return;
     }
     if (options.output != standardOutput)
-        context.out << stateText(controller, context.mayColour) << "\n"
-                    << writtenText(controller, result, options.output);
+        context.out << stateText(controller, context.mayColour) << smartAudioText(controller) << "\n"
+                    << writtenText(controller, result, options.output)
+                    << exportPreviewText(controller.syncGroups(), settings, isNameChosen(context, arguments));
     for (const std::string& warning : result.warnings) context.warn(warning);
 }
 
@@ -167,13 +174,16 @@ std::vector<Option> syncOptions() {
 } // namespace
 
 const Command& syncCommand() {
+    static const std::string settings = exportSettingsHelp();
     static const Command command{
         "sync",
         "FOLDER [AUDIO_FOLDER] -o OUT.fcpxml [options]",
         "The main job: scan, match, choose audio, write a document for Final Cut Pro.",
         "orvanesync sync demo/shoot/camera demo/shoot/sound -o demo/Synced.fcpxml",
         syncOptions(),
-        sync};
+        sync,
+        {},
+        settings};
     return command;
 }
 

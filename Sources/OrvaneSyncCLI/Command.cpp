@@ -1,7 +1,6 @@
 #include "OrvaneSyncCLI/Command.h"
 
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
-#include "Platform/JSON.h"
+#include "OrvaneSyncCLI/SettingValues.h"
 #include "Platform/MediaInspector.h"
 #include "Platform/Text.h"
 
@@ -75,6 +74,7 @@ void printCommandHelp(const Context& context, const Command& command) {
                 << usageLine(command) << "\n"
                 << command.details << "\noptions:\n";
     printOptions(context.out, withCommonOptions(command.options));
+    if (!command.settings.empty()) context.out << "\n" << command.settings;
     context.out << "\nexample:\n  " << exampleText(command, context) << "\n";
 }
 
@@ -94,49 +94,6 @@ std::string unknownCommand(std::string_view name) {
     return message;
 }
 
-void warnOfUnknownSetting(const Context& context, std::string_view key) {
-    std::vector<std::string_view> keys;
-    for (const auto& setting : SettingsCatalogue::all()) keys.push_back(setting.key);
-    std::string message = "no setting is called '" + platform::text::printable(key) + "'";
-    if (const auto meant = nearest(key, keys)) message += " (did you mean '" + std::string(*meant) + "'?)";
-    context.warn(message);
-}
-
-/// VALUE is JSON where it parses, else text; a setting that is a text takes it as it stands.
-platform::JSON overrideValue(const SettingDescription* setting, const std::string& text) {
-    try {
-        platform::JSON value = platform::JSON::parse(text);
-        const bool isText = setting != nullptr && setting->kind == SettingDescription::Kind::text;
-        return isText && value.string() == nullptr ? platform::JSON(text) : value;
-    } catch (const platform::JSONError&) {
-        return text;
-    }
-}
-
-std::string kindText(SettingDescription::Kind kind) {
-    return (kind == SettingDescription::Kind::integer ? "an " : "a ") + std::string(name(kind));
-}
-
-void warnOfUselessValue(const Context& context, const SettingDescription& setting, const std::string& text) {
-    using Kind = SettingDescription::Kind;
-    // A value that reads the same against two defaults is one that the store understands.
-    const auto& store = *context.settings;
-    const auto key = setting.key;
-    const bool isUnderstood = setting.kind == Kind::boolean
-                                  ? store.boolean(key, false) == store.boolean(key, true)
-                              : setting.kind == Kind::integer ? store.integer(key, 0) == store.integer(key, 1)
-                              : setting.kind == Kind::number  ? store.number(key, 0) == store.number(key, 1)
-                                                              : true;
-    const std::string said = "the setting '" + std::string(key) + "' ";
-    if (!isUnderstood) return context.warn(said + "takes " + kindText(setting.kind) + ", not '" + text + "'");
-    const auto words = SettingsCatalogue::choices(key);
-    const std::string value = store.text(key);
-    if (words.empty() || std::ranges::find(words, value) != words.end()) return;
-    std::string list;
-    for (const std::string_view word : words) list.append(list.empty() ? "" : ", ").append(word);
-    context.warn(said + "takes one of " + list + "; not '" + value + "'");
-}
-
 void applyOverrides(const Context& context, const Arguments& arguments) {
     for (const std::string& assignment : arguments.values("--set")) {
         const std::size_t equals = assignment.find('=');
@@ -144,11 +101,12 @@ void applyOverrides(const Context& context, const Arguments& arguments) {
             throw UsageError("--set takes KEY=VALUE, not '" + assignment + "'");
         const std::string key = assignment.substr(0, equals), text = assignment.substr(equals + 1);
         const SettingDescription* setting = SettingsCatalogue::find(key);
-        context.settings->setOverride(key, overrideValue(setting, text));
+        const platform::JSON value = settingValue(setting, text);
+        context.settings->setOverride(key, value);
         if (setting == nullptr)
-            warnOfUnknownSetting(context, key);
-        else
-            warnOfUselessValue(context, *setting, text);
+            context.warn(unknownSetting(key));
+        else if (const auto problem = whyUseless(*setting, value))
+            context.warn(*problem);
     }
 }
 
@@ -186,9 +144,9 @@ void Context::warn(std::string_view message) const {
 }
 
 std::span<const Command* const> allCommands() {
-    static const std::array<const Command*, 9> commands{
-        &syncCommand(), &scanCommand(),   &probeCommand(),    &analyzeCommand(), &loudnessCommand(),
-        &ltcCommand(),  &reportCommand(), &timecodeCommand(), &doctorCommand()};
+    static const std::array<const Command*, 10> commands{
+        &syncCommand(), &scanCommand(),   &probeCommand(),    &analyzeCommand(),  &loudnessCommand(),
+        &ltcCommand(),  &reportCommand(), &timecodeCommand(), &settingsCommand(), &doctorCommand()};
     return commands;
 }
 

@@ -18,7 +18,8 @@ struct Command {
     std::string_view example; ///< works as printed
     std::vector<Option> options;
     void (*run)(Context& context, const Arguments& arguments);
-    std::string_view details = {}; ///< more lines for the help
+    std::string_view details = {};  ///< more lines for the help, above the options
+    std::string_view settings = {}; ///< lines on its settings, under the options
 };
 
 const Command& syncCommand();
@@ -29,6 +30,7 @@ const Command& loudnessCommand();
 const Command& ltcCommand();
 const Command& reportCommand();
 const Command& timecodeCommand();
+const Command& settingsCommand();
 const Command& doctorCommand();
 
 /// All commands, in the order in which the help lists them.

@@ -18,11 +18,19 @@ JSON exportJSON(const ImportController& controller, const ExportResult& result, 
 
 /// One line for each clip that the document does not hold, and why.
 std::vector<std::string> leftOutWarnings(const ImportController& controller);
+/// One line for each recording that Smart Audio could not hear.
+std::vector<std::string> unheardWarnings(const ImportController& controller);
 
 // The same for people.
 
 /// The clips as a table, what was found without picture, and a line of counts.
 std::string stateText(const ImportController& controller, bool bold);
+/// A line on what Smart Audio did; empty where it did not run.
+std::string smartAudioText(const ImportController& controller);
+/// What the export sheet of the app shows beside its settings: the events that scenes make, a better name for
+/// the event unless one was chosen, the clips that an analysis left out. A line each, where there is
+/// something to say.
+std::string exportPreviewText(const SyncGroupList& groups, const ExportSettings& settings, bool nameIsChosen);
 /// What is known of one file.
 std::string assetText(const MediaAsset& asset, bool bold);
 

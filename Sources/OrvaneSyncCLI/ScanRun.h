@@ -25,7 +25,8 @@ class ScanRun {
     ImportController& controller() { return *controller_; }
     /// What was warned of the report.
     const std::optional<std::string>& reportWarning() const { return reportWarning_; }
-    /// Scans to the end, with progress. Warns of folders that could not be read.
+    /// Scans to the end, with progress, and waits for the analysis that the scan may start. Warns of folders
+    /// that could not be read.
     void scan();
     /// Says on the progress line what is being done, until the next wait ends.
     void show(std::string_view phase);

@@ -131,6 +131,13 @@ const char* icuName(Encoding encoding) {
     return "";
 }
 
+std::optional<UChar32> firstCodePoint(std::string_view text) {
+    if (text.empty()) return std::nullopt;
+    std::size_t at = 0;
+    const UChar32 first = nextCharacter(text, at);
+    return first < 0 ? std::nullopt : std::optional(first);
+}
+
 template <class Number>
 std::optional<Number> decimal(std::string_view text) {
     if (text.starts_with('+')) {
@@ -212,6 +219,13 @@ std::string validUTF8(std::string_view bytes) {
             result.append(bytes, start, at - start);
     }
     return result;
+}
+
+std::optional<std::string> utf8(std::uint64_t codePoint) {
+    if (codePoint > UCHAR_MAX_VALUE || U_IS_SURROGATE(codePoint)) return std::nullopt;
+    std::string text;
+    icu::UnicodeString(static_cast<UChar32>(codePoint)).toUTF8String(text);
+    return text;
 }
 
 std::string printable(std::string_view text) {
@@ -312,18 +326,13 @@ std::vector<std::string_view> characters(std::string_view text) {
 }
 
 bool isNumber(std::string_view character) {
-    if (character.empty()) return false;
-    std::size_t at = 0;
-    const UChar32 first = nextCharacter(character, at);
-    if (first < 0) return false;
-    switch (u_charType(first)) {
-    case U_DECIMAL_DIGIT_NUMBER:
-    case U_LETTER_NUMBER:
-    case U_OTHER_NUMBER:
-        return true;
-    default:
-        return false;
-    }
+    const auto first = firstCodePoint(character);
+    return first && (U_GET_GC_MASK(*first) & U_GC_N_MASK) != 0;
+}
+
+bool isLetter(std::string_view character) {
+    const auto first = firstCodePoint(character);
+    return first && u_isUAlphabetic(*first) != 0;
 }
 
 } // namespace orvane::platform::text

@@ -24,6 +24,8 @@ std::string lowercased(std::string_view text);
 /// The text as valid UTF-8: each byte sequence that is none becomes U+FFFD.
 std::string validUTF8(std::string_view bytes);
 bool isValidUTF8(std::string_view bytes);
+/// One code point; nothing for a surrogate and for a value beyond U+10FFFF.
+std::optional<std::string> utf8(std::uint64_t codePoint);
 
 /// The text for a terminal: valid UTF-8, control characters (line ends and escape sequences too) as U+FFFD.
 std::string printable(std::string_view text);
@@ -55,5 +57,7 @@ bool isASCII(std::string_view text);
 std::vector<std::string_view> characters(std::string_view text);
 /// Whether a character is a digit or another number (Unicode's category N), of whatever script.
 bool isNumber(std::string_view character);
+/// Whether a character is a letter (Unicode's property Alphabetic), of whatever script.
+bool isLetter(std::string_view character);
 
 } // namespace orvane::platform::text

@@ -16,10 +16,16 @@ std::string printed(R record, FCPXMLVersion version = latestFCPXMLVersion) {
     return text.substr(text.find('\n', text.find("<!DOCTYPE")) + 1);
 }
 
+Gap gap(const Time& duration) {
+    Gap made;
+    made.duration = duration;
+    return made;
+}
+
 TEST(Serialisation, DefaultsAreLeftOut) {
     SyncClip clip;
     clip.duration = Time(1, 1);
-    clip.item = Gap{.name = {}, .offset = {}, .start = {}, .duration = Time(2, 1)};
+    clip.item = gap(Time(2, 1));
     EXPECT_EQ(printed(clip), "<sync-clip duration=\"1s\">\n    <gap duration=\"2s\"/>\n</sync-clip>\n");
     clip.enabled = false;
     EXPECT_TRUE(printed(clip).starts_with("<sync-clip duration=\"1s\" enabled=\"0\">"));
@@ -47,7 +53,7 @@ TEST(Serialisation, ChildrenFollowTheSlots) {
     clip.duration = Time(1, 1);
     clip.adjust.volume = AdjustVolume{{-3}};
     clip.adjust.conform = AdjustConform{};
-    clip.item = Gap{.name = {}, .offset = {}, .start = {}, .duration = Time(2, 1)};
+    clip.item = gap(Time(2, 1));
     clip.markers = {Keyword{"a"}, Keyword{"b"}};
     clip.syncSources = {SyncSource{}};
     clip.metadata = Metadata{};
@@ -85,9 +91,40 @@ TEST(Serialisation, WhatAVersionDoesNotHaveIsPassedOver) {
               "</audio-role-source>\n");
 }
 
+TEST(Serialisation, ItemsOfMulticamClipsFollowTheirSlots) {
+    Gap empty = gap(Time(1, 1));
+    empty.start = Time(36000, 1);
+    empty.metadata = Metadata{};
+    empty.markers = {Keyword{"a"}};
+    empty.anchored.emplace_back(Audio{}).emplace<Audio>().duration = Time(1, 1);
+    EXPECT_EQ(printed(empty), "<gap start=\"36000s\" duration=\"1s\">\n"
+                              "    <audio ref=\"\" duration=\"1s\" srcID=\"1\"/>\n"
+                              "    <keyword value=\"a\"/>\n"
+                              "    <metadata/>\n"
+                              "</gap>\n");
+
+    MCClip clip;
+    clip.ref = {"r9"};
+    clip.duration = Time(1, 1);
+    clip.adjust.volume = AdjustVolume{{-3}};
+    clip.anchored = empty.anchored;
+    MCSource& source = clip.sources.emplace_back();
+    source.angleID = "angle_cam_a";
+    source.adjust.conform = AdjustConform{};
+    source.audioRoleSources.emplace_back().role = {{"dialogue.Mix"}};
+    EXPECT_EQ(printed(clip), "<mc-clip ref=\"r9\" duration=\"1s\">\n"
+                             "    <adjust-volume amount=\"-3dB\"/>\n"
+                             "    <mc-source angleID=\"angle_cam_a\" srcEnable=\"all\">\n"
+                             "        <audio-role-source role=\"dialogue.Mix\"/>\n"
+                             "        <adjust-conform/>\n"
+                             "    </mc-source>\n"
+                             "    <audio ref=\"\" duration=\"1s\" srcID=\"1\"/>\n"
+                             "</mc-clip>\n");
+}
+
 TEST(Serialisation, ARequiredAttributeWithoutValueIsAnError) {
     SyncClip clip;
-    clip.item = Gap{.name = {}, .offset = {}, .start = {}, .duration = Time(2, 1)};
+    clip.item = gap(Time(2, 1));
     try {
         printed(clip);
         FAIL() << "no error";

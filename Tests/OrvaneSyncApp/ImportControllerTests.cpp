@@ -1,11 +1,7 @@
-#include "OrvaneSyncApp/Controllers/ImportController.h"
-
-#include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "OrvaneSyncApp/ControllerTest.h"
 #include "Support/Media/MovieMaker.h"
 #include "Support/Media/SmallShoot.h"
 #include "Support/TemporaryDirectory.h"
-#include "Support/VirtualMainThread.h"
 
 #include <gtest/gtest.h>
 
@@ -17,50 +13,7 @@
 namespace orvane {
 namespace {
 
-/// A controller on a thread that the test moves, and everything it said.
-class ImportControllerTest : public testing::Test {
-  protected:
-    ImportControllerTest() {
-        registerStandardDefaults(*settings_);
-        controller_ = make(nullptr);
-    }
-
-    std::shared_ptr<ImportController> make(std::shared_ptr<ProbeCache> cache) {
-        ImportController::Dependencies dependencies;
-        dependencies.mainThread = mainThread_;
-        dependencies.settings = settings_;
-        dependencies.probeCache = std::move(cache);
-        dependencies.clock = mainThread_->clock();
-        return ImportController::create(std::move(dependencies));
-    }
-
-    FileURL folder(std::string_view below) const { return {folder_.path(below)}; }
-
-    void scan(std::optional<FileURL> video, std::optional<FileURL> audio) {
-        controller_->setVideoFolderURL(std::move(video));
-        controller_->setAudioFolderURL(std::move(audio));
-        finish(controller_->startScan());
-    }
-
-    void finish(const platform::Task& task) {
-        ASSERT_TRUE(mainThread_->waitUntil([&] { return task.isDone(); }));
-        mainThread_->runPosted();
-    }
-
-    const SyncGroup* clip(std::string_view filenamePrefix) const {
-        const auto& groups = controller_->syncGroups();
-        const auto found = std::find_if(groups.begin(), groups.end(), [&](const SyncGroup& group) {
-            return group.video.filename.starts_with(filenamePrefix);
-        });
-        return found == groups.end() ? nullptr : &*found;
-    }
-
-    test::TemporaryDirectory folder_;
-    std::shared_ptr<test::VirtualMainThread> mainThread_ = std::make_shared<test::VirtualMainThread>();
-    std::shared_ptr<platform::MemorySettingsStore> settings_ =
-        std::make_shared<platform::MemorySettingsStore>();
-    std::shared_ptr<ImportController> controller_;
-};
+class ImportControllerTest : public test::ControllerTest {};
 
 TEST_F(ImportControllerTest, turnsTwoFoldersIntoClipsAndWildTracks) {
     test::makeSmallShoot(folder_.path());
@@ -246,11 +199,18 @@ TEST_F(ImportControllerTest, mergesAReportBeforeAndAfterAScan) {
     controller_->loadALE(report);
     EXPECT_FALSE(controller_->aleImportError());
     controller_->clearALEMetadata(UUID::random());
+    controller_->clearALEMetadata(clip("A001C002")->id);
+    EXPECT_FALSE(controller_->undoState().canUndo); // there was nothing to clear
     controller_->clearALEMetadata(clip("B001C001")->id);
+    EXPECT_EQ(controller_->undoState().undoActionName, "Clear ALE Metadata");
+    controller_->undo();
+    EXPECT_EQ(controller_->aleMetadataClipCount(), 2);
+    controller_->redo();
     EXPECT_EQ(controller_->aleMetadataClipCount(), 1);
     EXPECT_EQ(clip("B001C001")->clipName, "78-2");
     controller_->clearALEMetadataForAllClips();
     EXPECT_EQ(controller_->aleMetadataClipCount(), 0);
+    EXPECT_EQ(controller_->undoState().undoActionName, "Clear ALE Metadata (All)");
     finish(controller_->startScan()); // the report is still there
     EXPECT_EQ(controller_->aleMetadataClipCount(), 1);
 

@@ -131,6 +131,14 @@ TEST(Text, characters) {
     for (const char* number : {"7", "\xD9\xA3", "\xC2\xBD", "\xE2\x85\xA7"})
         EXPECT_TRUE(text::isNumber(number)) << number;
     for (const char* other : {"", "x", "-", "\xFF", "\xC3\xA9"}) EXPECT_FALSE(text::isNumber(other)) << other;
+    EXPECT_EQ(text::utf8('A'), "A");
+    EXPECT_EQ(text::utf8(0x1F4A1), "\xF0\x9F\x92\xA1");
+    for (const std::uint64_t none : {0xD800, 0xDFFF, 0x110000})
+        EXPECT_EQ(text::utf8(none), std::nullopt) << none;
+    for (const char* letter : {"a", "Z", "\xC3\xA9", "e\xCC\x81", "\xE4\xB8\xAD"})
+        EXPECT_TRUE(text::isLetter(letter)) << letter;
+    for (const char* other : {"", "7", "_", "\xFF", "\xF0\x9F\x87\xA9"})
+        EXPECT_FALSE(text::isLetter(other)) << other;
 }
 
 } // namespace

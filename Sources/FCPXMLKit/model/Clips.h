@@ -214,8 +214,11 @@ struct Gap {
     std::optional<std::string> name;
     std::optional<Time> offset;
     std::optional<Time> start;
-    std::optional<Time> duration;
+    std::optional<Time> duration; ///< must be there
     bool enabled = true;
+    std::vector<AnchorItem> anchored;
+    std::vector<MarkerItem> markers;
+    std::optional<Metadata> metadata;
 
     template <class Writer>
     void slots(Writer& writer) const {
@@ -224,6 +227,9 @@ struct Gap {
         writer.attribute("start", start);
         writer.required("duration", "Time", duration);
         writer.attribute("enabled", enabled, true);
+        writer.children(anchored);
+        writer.children(markers);
+        writer.child(metadata);
     }
 };
 

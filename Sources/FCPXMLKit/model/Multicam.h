@@ -65,15 +65,18 @@ struct MCSource {
     std::string angleID;
     SrcEnable srcEnable = SrcEnable::all;
     std::vector<AudioRoleSource> audioRoleSources;
+    AdjustVideo adjust;
 
     template <class Writer>
     void slots(Writer& writer) const {
         writer.always("angleID", angleID);
         writer.always("srcEnable", srcEnable);
         writer.children(audioRoleSources);
+        writer.embedded(adjust);
     }
 };
 
+/// A multicam clip in an event or a timeline.
 struct MCClip {
     static constexpr std::string_view elementName = "mc-clip";
     IDREF ref;
@@ -86,6 +89,7 @@ struct MCClip {
     SrcEnable srcEnable = SrcEnable::all;
     AdjustAudio adjust;
     std::vector<MCSource> sources;
+    std::vector<AnchorItem> anchored;
     std::vector<MarkerItem> markers;
     std::optional<Metadata> metadata;
 
@@ -101,6 +105,7 @@ struct MCClip {
         writer.attribute("srcEnable", srcEnable, SrcEnable::all);
         writer.embedded(adjust);
         writer.children(sources);
+        writer.children(anchored);
         writer.children(markers);
         writer.child(metadata);
     }

@@ -28,13 +28,19 @@ ImportController::ImportController(Dependencies dependencies)
     : mainThread_(std::move(dependencies.mainThread)), settings_(std::move(dependencies.settings)),
       clock_(std::move(dependencies.clock)),
       probeService_(std::make_shared<MediaProbeService>(*settings_, std::move(dependencies.probeCache))),
-      serviceQueue_(platform::SerialQueue::create("services")) {}
+      serviceQueue_(platform::SerialQueue::create("services")),
+      smartAudioRouter_(std::make_unique<SmartAudioRouter>()),
+      loudnessQueue_(platform::SerialQueue::create("loudness")) {}
 
 ImportController::~ImportController() = default;
 
 void ImportController::assertOnMainThread() const { assert(mainThread_->isCurrent()); }
 
 void ImportController::notify(ImportField field) {
+    if (changesUnderWay_ > 0) {
+        if (std::ranges::find(untold_, field) == untold_.end()) untold_.push_back(field);
+        return;
+    }
     std::erase_if(listeners_, [](const auto& listener) { return listener.expired(); });
     // A copy: a listener may subscribe or unsubscribe.
     const auto listeners = listeners_;

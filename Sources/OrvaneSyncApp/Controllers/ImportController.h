@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/SmartAudioState.h"
+#include "OrvaneSyncApp/Controllers/UndoStack.h"
 #include "OrvaneSyncCore/Models/ALEFile.h"
 #include "OrvaneSyncCore/Models/ScanModels.h"
 #include "OrvaneSyncCore/Models/SmartAudioKinds.h"
@@ -12,15 +14,19 @@
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Services/Metadata/MetadataMerger.h"
+#include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "Platform/MainThread.h"
 #include "Platform/SettingsStore.h"
 #include "Platform/Task.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -41,7 +47,8 @@ enum class ImportField : std::uint8_t {
     syncGroups,
     wildTracks,
     report,
-    smartAudio
+    smartAudio,
+    undoState
 };
 
 /// An operation named a clip that is not in the list.
@@ -88,7 +95,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     const std::optional<std::string>& aleImportError() const { return aleImportError_; }
     /// The last message of a report merge; absent without a report.
     const std::optional<std::string>& aleMatchStatus() const { return aleMatchStatus_; }
-    const ExportSettings::SmartAudioResults& smartAudioResults() const { return smartAudioResults_; }
+    const SmartAudioState& smartAudio() const { return smartAudio_; }
 
     /// Calls back after every change, on the interface thread, once the change is whole.
     platform::Subscription onChange(std::function<void(ImportField)> callback);
@@ -107,13 +114,14 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// Back to the empty state. A scan that runs ends without a trace.
     void reset();
 
-    // Reports and imported metadata. A group that is not there changes nothing.
+    // Reports and imported metadata. Each clearing opens its own undo step; with nothing to clear, there is
+    // none.
 
     /// Reads a report and lays it over the clips; with no clips yet, the next scan does. A failure is told by
     /// `aleImportError`, and forgets an earlier report.
     void loadALE(const FileURL& url);
-    void clearALEMetadata(const UUID& groupID);
-    void clearLockitMetadata(const UUID& groupID);
+    void clearALEMetadata(UUID groupID);
+    void clearLockitMetadata(UUID groupID);
     void clearALEMetadataForAllClips();
     void clearLockitMetadataForAllClips();
     /// Clips with metadata of that kind.
@@ -136,10 +144,119 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// The name of every clip in Final Cut, by group, by the naming settings.
     std::map<UUID, std::string> displayNames() const;
 
-    // Smart Audio.
+    // Taking back (ImportController+Undo.cpp).
 
-    /// Listens to every clip's recordings and fills `smartAudioResults`.
+    /// Runs a change of clips that the user can take back as one step. Steps hold the clips alone: what else
+    /// a change does, to wild tracks above all, stays when it is taken back.
+    void withUndo(const UndoStep& step, const std::function<void()>& mutation);
+    /// Nothing when there is no step. What Smart Audio knows of the clips is forgotten with it.
+    void undo();
+    void redo();
+    UndoState undoState() const { return undoStack_.state(); }
+    void clearUndo();
+
+    /// Work as it was stored: what stands in place of everything that was open before.
+    struct StoredWork {
+        std::optional<FileURL> videoFolderURL;
+        std::optional<FileURL> audioFolderURL;
+        SyncGroupList syncGroups;
+    };
+    /// As `reset`, but told when the new work stands, and with nothing to take back.
+    void openStoredWork(StoredWork work);
+
+    // The editor's decisions (ImportController+Edit*.cpp). Each operation finds its clip by id and does
+    // nothing without it, nor with a number that is not finite. None opens an undo step: its caller does,
+    // with the step of that name in UndoSteps.h. "Unless locked": a locked clip stays as it is.
+
+    void adjustAudioOffset(UUID groupID, double deltaSeconds);
+    /// Absent: no anchor.
+    void setAudioAnchor(UUID groupID, std::optional<double> secondsInAudio);
+    void resetAudioOffset(UUID groupID);
+    /// Locking records offset and anchors as they are; unlocking forgets the record.
+    void toggleLocked(UUID groupID);
+    /// Every clip with the base name of this one.
+    void lockAllInCluster(UUID groupID, GroupNaming::Source source,
+                          const std::optional<std::string>& customPattern);
+    void toggleApproved(UUID groupID);
+    void toggleMOS(UUID groupID); ///< only without audio
+    void togglePickup(UUID groupID);
+    /// The takes of this scene from this one on, by the recorder's metadata. Clears no flag.
+    void markScenePickupFromHere(UUID groupID);
+    void toggleExcludedFromExport(UUID groupID);
+    void toggleExcludedFromMulticam(UUID groupID);
+    void setManualClipName(UUID groupID, std::string_view name); ///< a blank one is none
+    void setSyncMethod(UUID groupID, SyncMethod method);
+    void setGenerateNativeMOS(UUID groupID, bool enabled);
+    void setGenerateProjectRateClip(UUID groupID, bool enabled);
+    /// Unless locked. Absent: back to what the file tells, its project rate too.
+    void setManualSensorFrameRate(UUID groupID, std::optional<double> fps);
+    /// In seconds of clip time, in either order; overrides below it make room. Under 0.1 s: nothing.
+    void addBlockOverride(UUID groupID, double startSeconds, double endSeconds, int trackIndex);
+    void removeBlockOverride(UUID groupID, UUID overrideID);
+    void setMasterGain(UUID groupID, double gainDB, bool automatic);
+    /// Back to the gain that follows the measured loudness.
+    void resetMasterGain(UUID groupID);
+
+    /// Unless locked: adds the audio behind the others and takes it from the wild tracks. Audio that an
+    /// ambiguous clip has already is thereby confirmed.
+    void attachAudioToGroup(UUID groupID, MediaAsset audio);
+    /// Reads the chosen file and attaches it, in an undo step of its own.
+    platform::Task chooseAndAttachAudio(UUID groupID, FileURL file);
+    void removeAudioMatch(UUID groupID, UUID matchID); ///< unless locked
+    void confirmAmbiguousMatch(UUID groupID);          ///< unless locked
+    void removeVideoFromSync(UUID groupID);            ///< unless locked
+    /// Match anew against the pool, whatever was locked; manual decisions stay.
+    void resyncClip(UUID groupID);
+    void resyncAllClips();
+    /// Manual decisions about sound, sync and approval go, the matches stay.
+    void resetClipToAutoSync(UUID groupID);
+    /// Overrides and excluded tracks stay. Cannot be taken back.
+    void resetAllClipsToAutoSync();
+
+    /// Writes the new names as one undo step of its own; none when no clip gets a name.
+    void applyBatchRename(const BatchRenamer& renamer);
+    void clearAllManualNames();
+
+    void renameWildTrack(UUID id, std::string_view name);
+    void toggleWildTrackApproved(UUID id);
+
+    /// The audio of the scan; without one that of the clips and wild tracks.
+    std::vector<MediaAsset> availableAudioPool() const;
+    /// The pool without wild tracks and the clip's own audio, in the order of a file browser.
+    std::vector<MediaAsset> rawFilesAvailableToAttach(UUID excludingGroupID) const;
+    /// The stored names of the clips with this audio, ascending.
+    std::vector<std::string> clipNames(UUID usingAudioID) const;
+    /// How the attach menu lists a file, such as "a.wav  ·  also on 2 clips".
+    std::string rawFilesMenuLabel(const MediaAsset& audio) const;
+    /// The most frequent project rate of the other clips, frames per second; of equals the first in the list.
+    double inferredProjectFrameRate(UUID excluding) const;
+
+    // Smart Audio. An analysis reads the first recording of a clip once, keeps the verdict in `smartAudio`
+    // and switches on the tracks of its blocks, unless the editor chose tracks by hand. It never fails.
+
+    /// Analyses all settled clips that have sound, one after the other. `off` forgets all results.
     platform::Task runSmartAudioAnalysis(SmartAudioMode mode, bool forceOverwriteManualTracks);
+    /// Analyses one clip, whatever its status, in the stored mode (`standard` for `off`), and measures its
+    /// loudness and master gain.
+    platform::Task runSmartAudioForGroup(const UUID& groupID, bool forceOverwriteManualTracks);
+    /// Analyses a clip again that was analysed before, with the editor's choice of tracks kept: for every
+    /// change that the verdict depends on.
+    void reanalyseIfKnown(const UUID& groupID);
+    /// Whether a scan starts an analysis by itself where the setting `smartAudioMode` was written. On at
+    /// first; for a face that runs the analysis on terms of its own.
+    void setAnalysesAfterScan(bool doesSo) { analysesAfterScan_ = doesSo; }
+    /// Waits for the analysis that the last scan started by itself, if it did.
+    platform::Task waitForAnalysisAfterScan() const;
+
+    // The editor's choice of tracks; undo steps as for the other decisions.
+
+    /// The channel's activation box: switches one track of the export on or off, starting from the tracks
+    /// that are heard without a choice by hand.
+    void toggleTrackActive(const UUID& groupID, int trackIndex);
+    void soloTrackActive(const UUID& groupID, int trackIndex);
+    /// The channel's box that lets the analysis use it.
+    void toggleAlgorithmInclusion(const UUID& groupID, int trackIndex);
+    void soloAlgorithmInclusion(const UUID& groupID, int trackIndex);
 
     // The export.
 
@@ -177,16 +294,55 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     void adoptMatches(SyncGroupList groups, const std::vector<MediaAsset>& audioAssets);
     // ImportController+Reports.cpp
     void mergeLoadedReport();
-    void clearMetadata(std::string_view actionName, const std::function<bool(SyncGroupList&)>& clear);
+    void clearMetadata(const UndoStep& step, const std::function<bool(SyncGroupList&)>& clear);
     // ImportController+SmartAudio.cpp
-    static platform::Task analyse(std::weak_ptr<ImportController> weak, SmartAudioMode mode,
-                                  bool forceOverwriteManualTracks);
-    static platform::Task startSmartAudioAfterScan(std::weak_ptr<ImportController> weak);
+    struct AnalysisRun;
+    static platform::Task analyseAll(std::weak_ptr<ImportController> weak, std::shared_ptr<AnalysisRun> run);
+    static platform::Task analyseOne(std::weak_ptr<ImportController> weak, UUID groupID,
+                                     std::shared_ptr<AnalysisRun> run);
+    static platform::Task analyseClip(std::weak_ptr<ImportController> weak, UUID groupID,
+                                      std::shared_ptr<AnalysisRun> run);
+    static platform::Task measureLoudness(std::weak_ptr<ImportController> weak, UUID groupID);
+    static platform::Task renderMixdown(std::weak_ptr<ImportController> weak, UUID groupID);
+    std::shared_ptr<AnalysisRun> newRun(SmartAudioMode mode, bool forceOverwriteManualTracks) const;
+    SmartAudioRequest analysisRequest(const SyncGroup& group, const AnalysisRun& run);
+    std::function<void(double)> analysisReport(const AnalysisRun& run, const MediaAsset& audio);
+    void adoptVerdict(const UUID& groupID, SmartAudioResult result, bool forceOverwriteManualTracks);
+    void analysisBegan();
+    void analysisEnded();
+    void showAnalysisProgress(SmartAudioProgress progress);
+    void startAnalysisAfterScan();
+    /// The results belong to clips that are no more.
+    void forgetSmartAudio();
+    /// dB; by the settings and the calibration.
+    double automaticMasterGainDB(double measuredLUFS) const;
+    // ImportController+Tracks.cpp
+    void editTracks(UUID groupID, const std::function<void(SyncGroup&)>& change);
+    std::set<int> visibleActiveTracks(const SyncGroup& group) const;
+
+    // ImportController+Undo.cpp
+    using UndoTravel = bool (UndoStack<SyncGroupList>::*)(SyncGroupList&, std::chrono::nanoseconds);
+    void travel(UndoTravel direction);
+    /// Holds notices back until the change is whole, and then gives each of them once.
+    void tellAtEnd(const std::function<void()>& change);
+    // ImportController+Edit*.cpp
+    bool edit(UUID groupID, const std::function<void(SyncGroup&)>& change);
+    void editWildTrack(UUID id, const std::function<void(WildTrack&)>& change);
+    const SyncGroup* unlockedGroup(UUID groupID) const;
+    static platform::Task attachFile(std::weak_ptr<ImportController> weak, UUID groupID, FileURL file);
+    void clipsLetGoOf(const std::vector<AudioMatch>& released);
+    // ImportController+EditSmartAudio.cpp: what an edit means to that which Smart Audio knows.
+    void removeSmartAudioCaches(UUID groupID);
+    void removeRenderedAudio(UUID groupID);
+    void invalidateCachesAfterUndo();
+    static platform::Task reanalyseAll(std::weak_ptr<ImportController> weak, std::vector<UUID> groupIDs);
 
     const std::shared_ptr<platform::MainThread> mainThread_;
     const std::shared_ptr<platform::SettingsStore> settings_;
     const std::shared_ptr<const platform::Clock> clock_;
     std::vector<std::weak_ptr<std::function<void(ImportField)>>> listeners_;
+    int changesUnderWay_ = 0;
+    std::vector<ImportField> untold_; ///< what they have changed so far
 
     std::optional<FileURL> videoFolderURL_;
     std::optional<FileURL> audioFolderURL_;
@@ -198,9 +354,13 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     std::vector<WildTrack> wildTracks_;
     std::optional<FileURL> aleFileURL_;
     std::optional<ALEFile> aleFile_;
+    UndoStack<SyncGroupList> undoStack_;
     std::optional<std::string> aleImportError_;
     std::optional<std::string> aleMatchStatus_;
-    ExportSettings::SmartAudioResults smartAudioResults_;
+    SmartAudioState smartAudio_;
+    int runningAnalyses_ = 0;
+    bool analysesAfterScan_ = true;
+    std::optional<platform::Task> analysisAfterScan_;
     /// Tells a scan that another scan or a reset has taken its place.
     std::uint64_t scanNumber_ = 0;
     std::optional<platform::Task> runningScan_;
@@ -210,8 +370,11 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     const SyncEngine syncEngine_{};
     const ALEParser aleParser_{};
     const MetadataMerger metadataMerger_{};
-    /// One operation of the services at a time. Last: it is waited for before the services go.
+    // Last, as what runs on their queues is waited for before anything else goes: one operation of the
+    // services at a time, one analysis, and one measurement of loudness.
     const std::unique_ptr<platform::SerialQueue> serviceQueue_;
+    const std::unique_ptr<SmartAudioRouter> smartAudioRouter_;
+    const std::unique_ptr<platform::SerialQueue> loudnessQueue_;
 };
 
 } // namespace orvane

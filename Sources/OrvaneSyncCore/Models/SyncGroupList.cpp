@@ -1,39 +1,69 @@
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 
-#include <algorithm>
+#include <bit>
+#include <functional>
 
 namespace orvane {
 
 SyncGroupList::SyncGroupList(std::initializer_list<SyncGroup> groups) {
-    elements_.reserve(groups.size());
     for (const SyncGroup& group : groups) append(group);
 }
 
 SyncGroupList::SyncGroupList(std::vector<SyncGroup> groups) {
-    elements_.reserve(groups.size());
     for (SyncGroup& group : groups) append(std::move(group));
 }
 
 const SyncGroup* SyncGroupList::find(const UUID& id) const {
-    const auto found = std::ranges::find(elements_, id, [](const Element& element) { return element->id; });
-    return found == elements_.end() ? nullptr : found->get();
+    const auto position = positionOf(id);
+    return position ? &(*this)[*position] : nullptr;
 }
 
-void SyncGroupList::append(SyncGroup group) {
-    elements_.push_back(std::make_shared<const SyncGroup>(std::move(group)));
+void SyncGroupList::append(SyncGroup group) { append(std::make_shared<const SyncGroup>(std::move(group))); }
+
+void SyncGroupList::append(Element group) {
+    index_.reset();
+    tail_.push_back(std::move(group));
+    if (tail_.size() < chunkSize) return;
+    chunks_.push_back(std::make_shared<const Chunk>(std::move(tail_)));
+    tail_.clear();
 }
 
-SyncGroup* SyncGroupList::ownCopy(const UUID& id) {
-    const auto found = std::ranges::find(elements_, id, [](const Element& element) { return element->id; });
-    if (found == elements_.end()) return nullptr;
-    return &ownCopy(*found);
+void SyncGroupList::makeIndex() {
+    if (index_) return;
+    constexpr std::size_t slotsPerGroup = 2;
+    Index index(std::bit_ceil(slotsPerGroup * size() + 1), freeSlot);
+    const std::size_t mask = index.size() - 1;
+    for (std::size_t position = 0; position < size(); ++position) {
+        std::size_t slot = std::hash<UUID>()((*this)[position].id) & mask;
+        while (index[slot] != freeSlot) slot = (slot + 1) & mask;
+        index[slot] = static_cast<std::uint32_t>(position + 1);
+    }
+    index_ = std::make_shared<const Index>(std::move(index));
 }
 
-SyncGroup& SyncGroupList::ownCopy(Element& element) {
-    auto copy = std::make_shared<SyncGroup>(*element);
-    SyncGroup& group = *copy;
-    element = std::move(copy);
-    return group;
+std::optional<std::size_t> SyncGroupList::positionOf(const UUID& id) const {
+    if (!index_) {
+        for (std::size_t position = 0; position < size(); ++position)
+            if ((*this)[position].id == id) return position;
+        return std::nullopt;
+    }
+    const std::size_t mask = index_->size() - 1;
+    // Equal ids lie behind each other in the order of their positions, so that the first is met first.
+    for (std::size_t slot = std::hash<UUID>()(id) & mask; (*index_)[slot] != freeSlot;
+         slot = (slot + 1) & mask)
+        if (const std::size_t position = (*index_)[slot] - 1; (*this)[position].id == id) return position;
+    return std::nullopt;
+}
+
+void SyncGroupList::replace(std::size_t position, Element group) {
+    const std::size_t chunk = position / chunkSize;
+    if (chunk == chunks_.size()) {
+        tail_[position % chunkSize] = std::move(group);
+        return;
+    }
+    auto own = std::make_shared<Chunk>(*chunks_[chunk]);
+    (*own)[position % chunkSize] = std::move(group);
+    chunks_[chunk] = std::move(own);
 }
 
 } // namespace orvane

@@ -3,16 +3,19 @@
 #include "OrvaneSyncCore/Models/SyncGroup.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <initializer_list>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
 namespace orvane {
 
-/// The clips, in order, shared copy-on-write element by element: a copy of the list costs pointers, and a
-/// change copies the one group that changes. A plain value: copies are independent of each other.
+/// The clips, in order, shared copy-on-write: a copy of the list costs a pointer for every 64 clips, and a
+/// change copies the one group that changes and the pointers of the clips around it. A plain value: copies
+/// are independent of each other, and each may be read from any thread.
 class SyncGroupList {
   public:
     using Element = std::shared_ptr<const SyncGroup>;
@@ -27,66 +30,96 @@ class SyncGroupList {
         using reference = const SyncGroup&;
 
         Iterator() = default;
-        explicit Iterator(std::vector<Element>::const_iterator at) : at_(at) {}
-        const SyncGroup& operator*() const { return **at_; }
-        const SyncGroup* operator->() const { return at_->get(); }
+        Iterator(const SyncGroupList& list, std::size_t position) : list_(&list), position_(position) {}
+        const SyncGroup& operator*() const { return (*list_)[position_]; }
+        const SyncGroup* operator->() const { return &**this; }
         Iterator& operator++() {
-            ++at_;
+            ++position_;
             return *this;
         }
-        Iterator operator++(int) { return Iterator(at_++); }
+        Iterator operator++(int) { return {*list_, position_++}; }
         bool operator==(const Iterator&) const = default;
 
       private:
-        std::vector<Element>::const_iterator at_;
+        const SyncGroupList* list_ = nullptr;
+        std::size_t position_ = 0;
     };
 
     SyncGroupList() = default;
     SyncGroupList(std::initializer_list<SyncGroup> groups);
     explicit SyncGroupList(std::vector<SyncGroup> groups);
 
-    std::size_t size() const { return elements_.size(); }
-    bool empty() const { return elements_.empty(); }
-    Iterator begin() const { return Iterator(elements_.begin()); }
-    Iterator end() const { return Iterator(elements_.end()); }
-    const SyncGroup& operator[](std::size_t index) const { return *elements_[index]; }
-    const SyncGroup& front() const { return *elements_.front(); }
+    std::size_t size() const { return chunks_.size() * chunkSize + tail_.size(); }
+    bool empty() const { return size() == 0; }
+    Iterator begin() const { return {*this, 0}; }
+    Iterator end() const { return {*this, size()}; }
+    const SyncGroup& operator[](std::size_t index) const { return *element(index); }
+    const SyncGroup& front() const { return *element(0); }
     /// To put the same group into another list without a copy.
-    const Element& element(std::size_t index) const { return elements_[index]; }
+    const Element& element(std::size_t index) const {
+        const std::size_t chunk = index / chunkSize;
+        return chunk < chunks_.size() ? (*chunks_[chunk])[index % chunkSize] : tail_[index % chunkSize];
+    }
 
-    /// Null when there is no such group.
+    /// Null when there is no such group; of several groups of one id the first.
     const SyncGroup* find(const UUID& id) const;
 
     void append(SyncGroup group);
-    void append(Element group) { elements_.push_back(std::move(group)); }
-    /// Calls `change` with a group of this list's own; false when there is no such group.
+    void append(Element group);
+    /// Calls `change` with a copy of the group, which then takes the group's place; it keeps its id. False
+    /// when there is no such group.
     template <class Change>
     bool update(const UUID& id, Change&& change) {
-        SyncGroup* group = ownCopy(id);
-        if (group == nullptr) return false;
-        std::forward<Change>(change)(*group);
+        makeIndex();
+        const auto position = positionOf(id);
+        if (!position) return false;
+        updateAt(*position, change);
         return true;
     }
-    /// The same by position, for a walk over the whole list.
-    template <class Change>
-    void updateAt(std::size_t index, Change&& change) {
-        std::forward<Change>(change)(ownCopy(elements_[index]));
+    /// The same for every group for which the test holds; gives their number.
+    template <class Test, class Change>
+    std::size_t updateWhere(Test&& test, Change&& change) {
+        std::size_t count = 0;
+        for (std::size_t position = 0; position < size(); ++position) {
+            if (!test((*this)[position])) continue;
+            updateAt(position, change);
+            ++count;
+        }
+        return count;
     }
     /// The groups for which the test holds, shared with this list.
     template <class Test>
     SyncGroupList filtered(Test&& test) const {
         SyncGroupList result;
-        for (const Element& element : elements_)
-            if (test(*element)) result.append(element);
+        for (std::size_t position = 0; position < size(); ++position)
+            if (test((*this)[position])) result.append(element(position));
         return result;
     }
 
-  private:
-    SyncGroup* ownCopy(const UUID& id);
-    /// A group that another list holds too must not change under it.
-    static SyncGroup& ownCopy(Element& element);
+    /// Looks at all ids once, so that `find` need not, here and in every copy with the same groups. `update`
+    /// does so by itself.
+    void makeIndex();
 
-    std::vector<Element> elements_;
+  private:
+    using Chunk = std::vector<Element>;
+    static constexpr std::size_t chunkSize = 64;
+
+    /// Where each id stands: a hash table of positions, with room to spare. The ids are in the groups.
+    using Index = std::vector<std::uint32_t>;
+    static constexpr std::uint32_t freeSlot = 0;
+
+    std::optional<std::size_t> positionOf(const UUID& id) const;
+    void replace(std::size_t position, Element group);
+    template <class Change>
+    void updateAt(std::size_t position, Change& change) {
+        auto copy = std::make_shared<SyncGroup>(*element(position));
+        change(*copy);
+        replace(position, std::move(copy));
+    }
+
+    std::vector<std::shared_ptr<const Chunk>> chunks_; ///< full, shared with other lists
+    Chunk tail_;                                       ///< the groups behind them, fewer than a chunk
+    std::shared_ptr<const Index> index_;               ///< null until somebody needs it
 };
 
 } // namespace orvane

@@ -1,8 +1,12 @@
 #pragma once
 
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+#include "Platform/Files.h"
 #include "Support/Assets.h"
 
+#include <gtest/gtest.h>
+
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -42,14 +46,21 @@ inline SyncGroup matched(MediaAsset video, const std::vector<MediaAsset>& sound,
     return {std::move(video), std::move(matches), status};
 }
 
+/// Without the bin of source media, which repeats every file.
 inline ExportSettings settingsAt(double fps) {
     ExportSettings settings;
     settings.frameRate = settings.projectFrameRate = fps;
+    settings.generateRawMediaEvent = false;
     return settings;
 }
 
 inline std::string exported(const SyncGroup& group, const ExportSettings& settings = settingsAt(25)) {
     return FCPXMLExporter::exportDocument(SyncGroupList{group}, {}, settings).fcpxmlString;
+}
+
+inline std::string golden(const std::string& name) {
+    return platform::files::readText(std::string(ORVANE_SOURCE_DIR) + "/Tests/OrvaneSyncCore/Export/Golden/" +
+                                     name);
 }
 
 /// The lines of a document that hold the text, without the blanks in front.
@@ -62,6 +73,23 @@ inline std::vector<std::string> linesWith(const std::string& document, const std
         at = end + 1;
     }
     return lines;
+}
+
+/// What one change to a plain clip does to the document.
+struct Change {
+    const char* name;
+    std::function<void(SyncGroup&, ExportSettings&)> apply;
+    const char* where; ///< text of the lines that are looked at
+    std::vector<std::string> lines;
+};
+
+inline void expect(const std::vector<Change>& changes, const SyncGroup& plain, const ExportSettings& usual) {
+    for (const Change& change : changes) {
+        SyncGroup group = plain;
+        ExportSettings settings = usual;
+        change.apply(group, settings);
+        EXPECT_EQ(linesWith(exported(group, settings), change.where), change.lines) << change.name;
+    }
 }
 
 inline std::size_t countOf(const std::string& document, const std::string& text) {

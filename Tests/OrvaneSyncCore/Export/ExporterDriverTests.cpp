@@ -80,10 +80,10 @@ TEST(ExporterDriver, IdentifiersCountOnAndFormatsStandAheadOfTheirAssets) {
     Lines ids;
     for (const std::string& line : linesWith(result.fcpxmlString, " id=\""))
         ids.push_back(attributeOf(line, "id"));
-    EXPECT_EQ(ids, (Lines{"r1", "r2", "r4", "r3", "r5", "r6", "r8", "r7", "r10", "r9", "r11"}))
-        << "the unmatched clip takes none, nothing is shared";
+    EXPECT_EQ(ids, (Lines{"r1", "r2", "r4", "r3", "r5", "r6", "r8", "r7", "r10", "r9", "r11", "r12"}))
+        << "the unmatched clip takes none, nothing is shared, the multicam clip comes behind";
     EXPECT_EQ(result.syncClipCount, 3);
-    EXPECT_EQ(result.multicamCount, 0);
+    EXPECT_EQ(result.multicamCount, 1);
     EXPECT_EQ(result.warnings, Lines{"Skipped (not matched): U.mov"});
 }
 
@@ -233,6 +233,7 @@ TEST(ExporterNames, FollowTheSourceTheCameraAndThePickup) {
                                slow};
     const auto names = [&](ExportSettings settings) {
         settings.namingSeparator = "_";
+        settings.generateMulticam = false;
         return attributesOf(run(groups, settings).fcpxmlString, "<sync-clip", "name");
     };
     ExportSettings settings = settingsAt(25);
@@ -251,6 +252,7 @@ TEST(ExporterNames, FollowTheSourceTheCameraAndThePickup) {
 TEST(ExporterEvents, ScenesInTheirOrderAndTheRestBehind) {
     ExportSettings settings = settingsAt(25);
     settings.eventName = "Day 1";
+    settings.generateMulticam = false;
     settings.atmoFileURL = FileURL{"/media/atmo.wav"};
     WildTrack approved(recording(1, "wild.wav"), "Wind"), hidden(recording(1, "hidden.wav"));
     approved.isApproved = true;

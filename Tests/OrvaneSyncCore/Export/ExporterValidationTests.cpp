@@ -1,10 +1,12 @@
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
+#include "OrvaneSyncCore/Export/RandomShoot.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>
+#include <map>
 
 namespace orvane {
 namespace {
@@ -30,43 +32,83 @@ SyncGroupList manyClips(ExportSettings& settings) {
     slow.video.sensorFrameRate = 120;
     SyncGroup bare = matched(MediaAsset(FileURL{"/media/\xFF.mov"}, AssetKind::video),
                              {MediaAsset(FileURL{"/media/bare.wav"}, AssetKind::audio)});
+    SyncGroup fast = slow; // its file runs at the sensor's rate: retimed
+    fast.video.frameRate = 120;
+    fast.id = UUID::random();
     settings.atmoFileURL = FileURL{"/media/atmo.wav"};
-    return {rich, slow, bare, matched(picture("silent.mov"), {}, MatchStatus::mos())};
+    settings.generateNativeMOSForOffspeed = settings.generateProjectRateForOffspeed = true;
+    settings.separateEventForProjectRate = settings.generateRawMediaEvent = true;
+    return {rich, slow, fast, bare, matched(picture("silent.mov"), {}, MatchStatus::mos())};
 }
 
 std::filesystem::path sharedFolder() {
-    if (const char* given = std::getenv("ORVANE_SAMPLES"); given != nullptr) return given;
+    if (const char* given = std::getenv("ORVANE_SAMPLES"); given != nullptr)
+        return std::filesystem::path(given).parent_path();
     return std::filesystem::path(ORVANE_SOURCE_DIR).parent_path() / "shared";
 }
 
-TEST(ExporterValidation, DocumentsFollowTheTypeDefinition) {
-    const auto definitions = sharedFolder() / "dtd";
-    if (!std::filesystem::exists(definitions) || std::system("xmllint --version >/dev/null 2>&1") != 0)
-        GTEST_SKIP() << "needs the format's type definitions and xmllint";
-    const TemporaryDirectory folder;
-    WildTrack wild(recording(2, "wind.wav"));
-    wild.isApproved = true;
-    for (const auto version :
-         {fcpxml::FCPXMLVersion::v1_8, fcpxml::FCPXMLVersion::v1_9, fcpxml::FCPXMLVersion::v1_10,
-          fcpxml::FCPXMLVersion::v1_11, fcpxml::FCPXMLVersion::v1_12, fcpxml::FCPXMLVersion::v1_13,
-          fcpxml::FCPXMLVersion::v1_14}) {
-        const std::string text(fcpxml::attributeText(version));
-        ExportSettings settings = settingsAt(25);
-        settings.fcpxmlVersion = version;
-        const SyncGroupList groups = manyClips(settings);
-        std::string document = FCPXMLExporter::exportDocument(groups, {wild}, settings).fcpxmlString;
+/// Documents of each version of the format, checked against its type definition.
+class ExporterValidation : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (!std::filesystem::exists(definitions_) || std::system("xmllint --version >/dev/null 2>&1") != 0)
+            GTEST_SKIP() << "needs the format's type definitions and xmllint";
+    }
+
+    static bool hasDefinition(fcpxml::FCPXMLVersion version) {
+        return version >= fcpxml::FCPXMLVersion::v1_8;
+    }
+
+    void add(std::string document, fcpxml::FCPXMLVersion version) {
         // Documents are declared standalone, and a standalone document with blanks between elements is not
         // valid against a definition outside it. Only the declaration stands in the way.
         const std::string standalone = " standalone=\"yes\"";
         document.erase(document.find(standalone), standalone.size());
-        const std::string file = folder.write(text + ".fcpxml", document);
-        const auto definition = definitions / ("FCPXMLv1_" + text.substr(2) + ".dtd");
-        const std::string report = folder.path(text + ".txt");
-        const int status = std::system(
-            ("xmllint --noout --dtdvalid '" + definition.string() + "' '" + file + "' 2>'" + report + "'")
-                .c_str());
-        EXPECT_EQ(status, 0) << "version " << text << "\n" << folder.read(text + ".txt");
+        auto& files = files_[std::string(fcpxml::attributeText(version))];
+        const std::string name =
+            std::string(fcpxml::attributeText(version)) + "-" + std::to_string(files.size());
+        files.push_back(folder_.write(name + ".fcpxml", document));
     }
+
+    void expectValid() const {
+        for (const auto& [version, files] : files_) {
+            const auto definition = definitions_ / ("FCPXMLv1_" + version.substr(2) + ".dtd");
+            std::string command = "xmllint --noout --dtdvalid '" + definition.string() + "'";
+            for (const std::string& file : files) command += " '" + file + "'";
+            const int status = std::system((command + " 2>'" + folder_.path("report.txt") + "'").c_str());
+            EXPECT_EQ(status, 0) << "version " << version << "\n" << folder_.read("report.txt");
+        }
+    }
+
+  private:
+    std::filesystem::path definitions_ = sharedFolder() / "dtd";
+    TemporaryDirectory folder_;
+    std::map<std::string, std::vector<std::string>> files_; ///< by version
+};
+
+TEST_F(ExporterValidation, EveryVersionFollowsItsTypeDefinition) {
+    WildTrack wild(recording(2, "wind.wav"));
+    wild.isApproved = true;
+    for (auto version = fcpxml::FCPXMLVersion::v1_8; version <= fcpxml::latestFCPXMLVersion;
+         version = static_cast<fcpxml::FCPXMLVersion>(static_cast<int>(version) + 1)) {
+        ExportSettings settings = settingsAt(25);
+        settings.fcpxmlVersion = version;
+        const SyncGroupList groups = manyClips(settings);
+        add(FCPXMLExporter::exportDocument(groups, {wild}, settings).fcpxmlString, version);
+    }
+    expectValid();
+}
+
+TEST_F(ExporterValidation, RandomShootsFollowTheTypeDefinition) {
+    for (unsigned seed = 1; seed <= 200; ++seed) {
+        Shoot shoot = randomShoot(seed, seed % 2 == 0 ? Numbers::any : Numbers::sane);
+        if (!hasDefinition(shoot.settings.fcpxmlVersion))
+            shoot.settings.fcpxmlVersion = fcpxml::latestFCPXMLVersion;
+        shoot.groups.update(shoot.groups[0].id, [](SyncGroup& group) { group.isExcludedFromExport = false; });
+        add(FCPXMLExporter::exportDocument(shoot.groups, shoot.wildTracks, shoot.settings).fcpxmlString,
+            shoot.settings.fcpxmlVersion);
+    }
+    expectValid();
 }
 
 } // namespace

@@ -5,6 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
+#include <random>
+
 namespace orvane {
 namespace {
 
@@ -184,6 +188,56 @@ TEST(SyncGroupList, copiesAreIndependentAndShared) {
     EXPECT_EQ(approved.element(0), list.element(0));
     EXPECT_EQ(std::distance(list.begin(), list.end()), 2);
     EXPECT_EQ(list.begin()->video.filename, "a.mov");
+}
+
+TEST(SyncGroupList, behavesAsAPlainListDoes) {
+    std::mt19937 random(20261124);
+    const auto draw = [&](std::size_t below) {
+        return std::uniform_int_distribution<std::size_t>(0, below - 1)(random);
+    };
+    struct Pair {
+        SyncGroupList list;
+        std::vector<SyncGroup> plain;
+    };
+    std::vector<Pair> pairs(1); // copies, each going its own way
+    for (int round = 0; round < 8000; ++round) {
+        Pair& pair = pairs[draw(pairs.size())];
+        const std::size_t kind = draw(20);
+        if (pair.plain.empty() || kind < 8) {
+            SyncGroup added(test::video("v.mov"), {}, MatchStatus::mos());
+            if (!pair.plain.empty() && draw(10) == 0) added.id = pair.plain[draw(pair.plain.size())].id;
+            pair.list.append(added);
+            pair.plain.push_back(added);
+        } else if (kind < 16) {
+            const UUID id = pair.plain[draw(pair.plain.size())].id;
+            const auto change = [&](SyncGroup& group) { group.manualAudioOffsetSeconds += round; };
+            EXPECT_TRUE(pair.list.update(id, change));
+            change(*std::ranges::find(pair.plain, id, &SyncGroup::id)); // of equal ids the first
+        } else if (kind == 16) {
+            const auto isMoved = [](const SyncGroup& group) { return group.manualAudioOffsetSeconds > 2000; };
+            const auto approve = [](SyncGroup& group) { group.isApproved = !group.isApproved; };
+            const auto count = pair.list.updateWhere(isMoved, approve);
+            EXPECT_EQ(count, std::ranges::count_if(pair.plain, isMoved));
+            for (SyncGroup& group : pair.plain)
+                if (isMoved(group)) approve(group);
+        } else if (kind == 17 && draw(10) == 0) {
+            const auto stays = [&](const SyncGroup& group) { return group.id.bytes[0] % 4 != round % 4; };
+            pair.list = pair.list.filtered(stays);
+            std::erase_if(pair.plain, std::not_fn(stays));
+        } else {
+            pairs.resize(std::min<std::size_t>(pairs.size(), 3));
+            pairs.push_back(pairs[draw(pairs.size())]);
+        }
+    }
+    std::size_t longest = 0;
+    for (const auto& [list, plain] : pairs) {
+        EXPECT_EQ(toJSONArray(list), toJSONArray(plain));
+        for (const SyncGroup& group : plain)
+            EXPECT_EQ(list.find(group.id)->isApproved,
+                      std::ranges::find(plain, group.id, &SyncGroup::id)->isApproved);
+        longest = std::max(longest, plain.size());
+    }
+    EXPECT_GT(longest, 128U) << "several chunks";
 }
 
 TEST(UUID, texts) {

@@ -66,6 +66,16 @@ struct AdjustAudioVideo {
     }
 };
 
+/// Group of an angle's picture.
+struct AdjustVideo {
+    std::optional<AdjustConform> conform;
+
+    template <class Writer>
+    void slots(Writer& writer) const {
+        writer.child(conform);
+    }
+};
+
 /// Group of a clip with sound.
 struct AdjustAudio {
     std::optional<AdjustVolume> volume;

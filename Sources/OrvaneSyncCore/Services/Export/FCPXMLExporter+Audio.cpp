@@ -14,10 +14,6 @@ constexpr double smallestGlobalOffsetSeconds = 0.0001;
 // What a wave file's header can state; a larger count is a fault of the file.
 constexpr int mostChannels = 65535;
 
-int channelsOf(const MediaAsset& audio, const ExportSettings& settings) {
-    return std::clamp(audio.channelCount.value_or(settings.defaultAudioTracks), 1, mostChannels);
-}
-
 /// One file of a clip on its own time axis.
 struct Placement {
     const MediaAsset& audio;
@@ -29,7 +25,7 @@ struct Placement {
     Placement(const MediaAsset& file, const std::string& id, double fps, const ExportSettings& settings)
         : audio(file), assetID(id), start(audioStartTime(file).value_or(Time::zero())),
           duration(durationTime(file.durationSeconds, fps).value_or(fallbackDuration(fps))),
-          channels(channelsOf(file, settings)) {}
+          channels(channelCountOf(file, settings)) {}
 
     Audio channel(int track, std::optional<int> lane, const std::string& role) const {
         Audio element;
@@ -155,6 +151,10 @@ AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string
         chain.roleSources.push_back(std::move(source));
     }
     return chain;
+}
+
+int channelCountOf(const MediaAsset& audio, const ExportSettings& settings) {
+    return std::clamp(audio.channelCount.value_or(settings.defaultAudioTracks), 1, mostChannels);
 }
 
 std::string audioRoleName(int track, const MediaAsset& audio, const ExportSettings& settings) {

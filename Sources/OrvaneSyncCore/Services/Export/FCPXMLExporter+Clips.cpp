@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+#include "OrvaneSyncCore/Services/Naming/OffspeedNaming.h"
 
 #include <algorithm>
 #include <cmath>
@@ -100,12 +101,6 @@ void addKeyword(std::vector<MarkerItem>& markers, std::string value) {
     markers.emplace_back(Keyword{std::move(value)});
 }
 
-/// The value of a keyword element is a list with commas; these keywords are one each.
-void addOffspeedKeyword(std::vector<MarkerItem>& markers, std::string value) {
-    std::erase(value, ',');
-    addKeyword(markers, std::move(value));
-}
-
 /// The container around a picture: in the format of the main container, the picture in its own.
 SyncClip container(const SyncGroup& group, const Picture& picture, AssetClip item,
                    const std::string& altFormat, const std::string& fcpName, const ExportSettings& settings) {
@@ -121,34 +116,51 @@ SyncClip container(const SyncGroup& group, const Picture& picture, AssetClip ite
     return clip;
 }
 
+/// A clip of picture and sound. Real-time sound cannot follow a retimed picture: with a time map there is
+/// none.
+SyncClip clipWithoutKeywords(const SyncGroup& group, const Picture& picture, const ClipResources& resources,
+                             const std::optional<TimeMap>& timeMap, const std::string& fcpName,
+                             const MappedItems& mapped, const ExportSettings& settings) {
+    AssetClip item = pictureClip(group, picture, resources.videoAssetID, resources.nativeFormatID, settings);
+    item.timeMap = timeMap;
+    std::vector<SyncSource> sources;
+    if (!timeMap) {
+        AudioChain chain =
+            buildAudioChain(group, resources.audioAssetIDs, resources.audioFormatID, picture.fps, settings);
+        item.anchored = std::move(chain.anchored);
+        sources.push_back({SyncSource::SourceID::connected, std::move(chain.roleSources)});
+    }
+    SyncClip clip = container(group, picture, std::move(item), resources.altFormatID, fcpName, settings);
+    clip.syncSources = std::move(sources);
+    clip.metadata = metadataOf(group, settings, mapped);
+    return clip;
+}
+
 } // namespace
 
 std::optional<SyncClip> buildSyncClip(const SyncGroup& group, const ClipResources& resources,
                                       const std::string& fcpName, const ExportSettings& settings) {
     if (resources.audioAssetIDs.empty() || group.audioMatches.empty()) return std::nullopt;
     const Picture picture(group.video, settings);
-    AssetClip item = pictureClip(group, picture, resources.videoAssetID, resources.nativeFormatID, settings);
-    item.timeMap = buildTimeMap(group, picture.fps);
-    const bool isRetimed = item.timeMap.has_value();
-    std::vector<SyncSource> sources;
-    if (!isRetimed) {
-        AudioChain chain =
-            buildAudioChain(group, resources.audioAssetIDs, resources.audioFormatID, picture.fps, settings);
-        item.anchored = std::move(chain.anchored);
-        sources.push_back({SyncSource::SourceID::connected, std::move(chain.roleSources)});
-    }
-
     const MappedItems mapped = lockitMappedItems(group, settings);
-    SyncClip clip = container(group, picture, std::move(item), resources.altFormatID, fcpName, settings);
-    clip.syncSources = std::move(sources);
-    clip.metadata = metadataOf(group, settings, mapped);
+    const auto timeMap = buildTimeMap(group, picture.fps);
+    SyncClip clip = clipWithoutKeywords(group, picture, resources, timeMap, fcpName, mapped, settings);
     addKeyword(clip.markers, "Synced");
     for (const std::string& keyword : mapped.keywords) addKeyword(clip.markers, keyword);
-    if (settings.offspeedAutoKeyword && group.video.isOffspeed()) {
-        addOffspeedKeyword(clip.markers, "Offspeed");
-        addOffspeedKeyword(clip.markers, offspeedRateKeywordValue(group));
-        if (isRetimed) addOffspeedKeyword(clip.markers, "Slow Motion");
-    }
+    addOffspeedKeywords(clip.markers, group, timeMap ? "Slow Motion" : "", settings);
+    return clip;
+}
+
+std::optional<SyncClip> buildProjectRateSyncClip(const SyncGroup& group, const ClipResources& resources,
+                                                 const std::string& fcpName, const ExportSettings& settings) {
+    if (resources.audioAssetIDs.empty() || group.audioMatches.empty()) return std::nullopt;
+    const Picture picture(group.video, settings);
+    const MappedItems mapped = lockitMappedItems(group, settings);
+    const std::string name = OffspeedNaming::resolveProjectRateName(
+        fcpName, group.projectRateNameSuffix.value_or(settings.projectRateSuffix), picture.fps);
+    SyncClip clip = clipWithoutKeywords(group, picture, resources, std::nullopt, name, mapped, settings);
+    for (const std::string& keyword : mapped.keywords) addKeyword(clip.markers, keyword);
+    addOffspeedKeywords(clip.markers, group, "Project Rate", settings);
     return clip;
 }
 

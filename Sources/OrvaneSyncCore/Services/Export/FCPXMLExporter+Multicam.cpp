@@ -1,11 +1,253 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+#include "OrvaneSyncCore/Services/Matching/RangeIndex.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <set>
 
 namespace orvane::FCPXMLExporter {
 
-/// Holds the search for cameras that rolled at the same moment and the multicam clips made of them. No
-/// clusters are formed yet.
-void addMulticamClips(ExportWalk&) {}
+using namespace fcpxml;
 
-std::vector<std::vector<UUID>> findMulticamGroups(const SyncGroupList&) { return {}; }
+namespace {
+
+constexpr std::size_t fewestCameras = 2;
+constexpr std::size_t shortestCameraFilename = 4; // characters; a letter, a number and something behind them
+
+/// A clip that can be an angle: where it lies on the axis of timecode seconds, and on which day, if known.
+struct Candidate {
+    std::optional<SyncEngine::TCRange> range;
+    std::optional<Date> shootDay;
+    bool isClaimed = false;
+
+    bool maySharePlaceWith(const Candidate& other) const {
+        return !isClaimed && !other.isClaimed &&
+               (!shootDay || !other.shootDay || *shootDay == *other.shootDay);
+    }
+};
+
+/// Places in the list, each in one cluster at most. All members overlap the first one; whether they overlap
+/// each other does not matter.
+std::vector<std::vector<std::size_t>> findClusters(const std::vector<const SyncGroup*>& groups) {
+    std::vector<Candidate> candidates(groups.size());
+    RangeIndex index;
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        if (groups[i]->isExcludedFromMulticam()) continue;
+        candidates[i] = {SyncEngine::tcRange(groups[i]->video), groups[i]->video.shootDay()};
+        if (candidates[i].range) index.add(*candidates[i].range, i);
+    }
+    index.finish();
+
+    std::vector<std::vector<std::size_t>> clusters;
+    std::vector<RangeIndex::Hit> hits;
+    for (std::size_t anchor = 0; anchor < groups.size(); ++anchor) {
+        if (!candidates[anchor].range || candidates[anchor].isClaimed) continue;
+        hits.clear();
+        index.appendOverlapping(*candidates[anchor].range, hits);
+        std::vector<std::size_t> cluster{anchor};
+        for (const RangeIndex::Hit& hit : hits)
+            if (hit.item > anchor && candidates[hit.item].maySharePlaceWith(candidates[anchor]))
+                cluster.push_back(hit.item);
+        if (cluster.size() < fewestCameras) continue;
+        std::ranges::sort(cluster);
+        for (const std::size_t member : cluster) candidates[member].isClaimed = true;
+        clusters.push_back(std::move(cluster));
+    }
+    return clusters;
+}
+
+std::string angleID(const std::string& cameraName) {
+    std::string id = "angle_" + platform::text::lowercased(cameraName);
+    std::ranges::replace(id, ' ', '_');
+    return id;
+}
+
+/// How much later than the first camera this one began to roll.
+Time delay(const SyncClip& clip, const Time& earliest) {
+    return clip.start ? *clip.start - earliest : Time::zero();
+}
+
+MCAngle angle(CameraClip camera, std::size_t index, const Time& earliest) {
+    MCAngle angle;
+    angle.name = deriveCameraName(camera.group->video, index);
+    angle.angleID = angleID(*angle.name);
+    camera.clip.offset = delay(camera.clip, earliest);
+    if (*camera.clip.offset > Time::zero()) {
+        Gap gap;
+        gap.offset = Time::zero();
+        gap.start = earliest;
+        gap.duration = camera.clip.offset;
+        angle.items.emplace_back(std::move(gap));
+    }
+    angle.items.emplace_back(std::move(camera.clip));
+    return angle;
+}
+
+std::string joinedName(const std::vector<CameraClip>& cameras, const NamesByGroup& clipNames) {
+    std::string joined;
+    for (const CameraClip& camera : cameras) {
+        const auto name = clipNames.find(camera.group->id);
+        if (&camera != &cameras.front()) joined += " + ";
+        joined += name == clipNames.end() ? camera.group->clipName : name->second;
+    }
+    return joined;
+}
+
+std::string joined(const auto& texts) {
+    std::string result;
+    for (const std::string& text : texts) result.append(result.empty() ? "" : ", ").append(text);
+    return result;
+}
+
+} // namespace
+
+std::vector<std::vector<UUID>> findMulticamGroups(const SyncGroupList& groups) {
+    std::vector<const SyncGroup*> pointers;
+    pointers.reserve(groups.size());
+    for (const SyncGroup& group : groups) pointers.push_back(&group);
+    std::vector<std::vector<UUID>> result;
+    for (const auto& cluster : findClusters(pointers)) {
+        auto& ids = result.emplace_back();
+        for (const std::size_t member : cluster) ids.push_back(groups[member].id);
+    }
+    return result;
+}
+
+std::string deriveCameraName(const MediaAsset& from, std::size_t index) {
+    const std::string filename = platform::text::uppercased(from.filename);
+    const auto characters = platform::text::characters(filename);
+    if (characters.size() >= shortestCameraFilename && platform::text::isLetter(characters[0]) &&
+        platform::text::isNumber(characters[1]))
+        return "Cam " + std::string(characters[0]);
+    const auto letter = platform::text::utf8('A' + index);
+    return "Cam " + letter.value_or(std::to_string(index + 1));
+}
+
+std::string resolveMulticamCodec(MulticamCodec requested, const std::vector<const MediaAsset*>& sources) {
+    if (requested != MulticamCodec::automatic) return std::string(rawValue(requested));
+    struct Count {
+        std::string code;
+        int sources;
+    };
+    std::vector<Count> counts;
+    for (const MediaAsset* source : sources) {
+        if (!source->videoCodecFourCC) continue;
+        std::string code = platform::text::lowercased(*source->videoCodecFourCC);
+        const auto known = std::ranges::find(counts, code, &Count::code);
+        if (known == counts.end())
+            counts.push_back({std::move(code), 1});
+        else
+            ++known->sources;
+    }
+    static constexpr std::array<std::pair<std::string_view, MulticamCodec>, 9> codecs{{
+        {"ap4h", MulticamCodec::proRes4444},
+        {"ap4x", MulticamCodec::proRes4444},
+        {"apch", MulticamCodec::proRes422HQ},
+        {"apcn", MulticamCodec::proRes422},
+        {"apcs", MulticamCodec::proRes422LT},
+        {"apco", MulticamCodec::proRes422Proxy},
+        {"avc1", MulticamCodec::h264},
+        {"hvc1", MulticamCodec::h264},
+        {"hev1", MulticamCodec::h264},
+    }};
+    const auto most = std::ranges::max_element(counts, {}, &Count::sources); // the first among equals
+    const auto codec = std::ranges::find(codecs, most == counts.end() ? "" : most->code,
+                                         &std::pair<std::string_view, MulticamCodec>::first);
+    return std::string(rawValue(codec == codecs.end() ? MulticamCodec::proRes422LT : codec->second));
+}
+
+std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, const std::string& altFormat,
+                                           const NamesByGroup& clipNames, const ExportSettings& settings,
+                                           ResourceList& resources) {
+    if (cameras.size() < fewestCameras) return std::nullopt;
+    const double fps = usableRate(cameras.front().group->video.frameRate, settings.frameRate);
+    std::optional<Time> firstStart;
+    for (const CameraClip& camera : cameras)
+        if (camera.clip.start && (!firstStart || *camera.clip.start < *firstStart))
+            firstStart = camera.clip.start;
+    const Time earliest = firstStart.value_or(Time::zero());
+    Time total = Time::zero();
+    std::vector<const MediaAsset*> videos;
+    for (const CameraClip& camera : cameras) {
+        total = std::max(total, delay(camera.clip, earliest) + camera.clip.duration.value_or(Time::zero()));
+        videos.push_back(&camera.group->video);
+    }
+
+    Multicam multicam;
+    multicam.format = IDREF{altFormat};
+    multicam.tcStart = earliest;
+    multicam.tcFormat = isDropFrame(fps) ? TcFormat::df : TcFormat::ndf;
+    multicam.renderFormat = resolveMulticamCodec(settings.multicamCodec, videos);
+
+    BuiltMulticam built;
+    built.media.id = {resources.nextID()};
+    built.media.name = joinedName(cameras, clipNames);
+    multicam.angles.reserve(cameras.size());
+    for (CameraClip& camera : cameras)
+        multicam.angles.push_back(angle(std::move(camera), multicam.angles.size(), earliest));
+    built.clip.sources.emplace_back().angleID = multicam.angles.front().angleID;
+    built.media.item = std::move(multicam);
+    built.clip.ref = {built.media.id.value};
+    built.clip.name = built.media.name;
+    built.clip.start = earliest;
+    built.clip.duration = total;
+    return built;
+}
+
+std::optional<UUID> multicamBucketGroupID(const std::vector<const SyncGroup*>& groups,
+                                          const NamesByGroup& sceneBucketByGroupID, bool splitEnabled,
+                                          std::vector<std::string>& warnings) {
+    if (!splitEnabled) return std::nullopt;
+    struct Bucket {
+        const std::string* name;
+        UUID first; ///< the earliest angle of the bucket
+        int angles;
+    };
+    std::vector<Bucket> buckets;
+    for (const SyncGroup* group : groups) {
+        const auto found = sceneBucketByGroupID.find(group->id);
+        if (found == sceneBucketByGroupID.end()) continue;
+        const auto known = std::ranges::find_if(
+            buckets, [&](const Bucket& bucket) { return *bucket.name == found->second; });
+        if (known == buckets.end())
+            buckets.push_back({&found->second, group->id, 1});
+        else
+            ++known->angles;
+    }
+    if (buckets.empty()) return std::nullopt;
+    if (buckets.size() > 1) {
+        std::set<std::string> names;
+        for (const Bucket& bucket : buckets) names.insert(*bucket.name);
+        std::vector<std::string> filenames;
+        for (const SyncGroup* group : groups) filenames.push_back(group->video.filename);
+        warnings.push_back("Multicam angles span different scenes (" + joined(names) +
+                           "): " + joined(filenames) + " — placed in the first angle's scene event.");
+    }
+    return std::ranges::max_element(buckets, {}, &Bucket::angles)->first; // the first among equals
+}
+
+void addMulticamClips(ExportWalk& walk) {
+    std::vector<const SyncGroup*> groups;
+    for (const BuiltClip& built : walk.syncClips) groups.push_back(built.group);
+    for (const auto& cluster : findClusters(groups)) {
+        std::vector<CameraClip> cameras;
+        std::vector<const SyncGroup*> angles;
+        for (const std::size_t member : cluster) {
+            angles.push_back(groups[member]);
+            cameras.push_back({groups[member], walk.takeSyncClip(walk.syncClips[member])});
+        }
+        auto multicam = buildMulticam(std::move(cameras), std::string(altFormatID), walk.clipNames,
+                                      walk.settings, walk.resources);
+        if (!multicam) continue;
+        walk.resources.add(std::move(multicam->media));
+        const auto bucket = multicamBucketGroupID(angles, walk.sceneEventNames,
+                                                  walk.settings.splitEventsByScene, walk.result.warnings);
+        const auto scene = std::ranges::find_if(
+            angles, [&](const SyncGroup* angle) { return bucket && angle->id == *bucket; });
+        walk.place(std::move(multicam->clip), scene == angles.end() ? nullptr : *scene);
+        ++walk.result.multicamCount;
+    }
+}
 
 } // namespace orvane::FCPXMLExporter

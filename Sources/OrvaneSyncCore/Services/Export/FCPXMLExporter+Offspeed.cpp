@@ -1,23 +1,156 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+#include "OrvaneSyncCore/Services/Naming/OffspeedNaming.h"
+#include "OrvaneSyncCore/Utilities/RateText.h"
 
-#include <cmath>
+#include <array>
+#include <charconv>
 
 namespace orvane::FCPXMLExporter {
 
-/// Holds the retime of a clip whose file runs at the sensor's rate. No clip is retimed yet.
-std::optional<fcpxml::TimeMap> buildTimeMap(const SyncGroup&, double) { return std::nullopt; }
+using namespace fcpxml;
+
+namespace {
+
+constexpr std::string_view metadataSource = "OrvaneSync";
+
+MetadataItem editableItem(std::string_view key, std::string value, std::string_view displayName) {
+    MetadataItem item;
+    item.key = key;
+    item.value = std::move(value);
+    item.editable = true;
+    item.displayName = displayName;
+    item.source = metadataSource;
+    return item;
+}
+
+/// The shortest digits that read back equal, with a point: "120.0", "119.88".
+std::string shortestDecimal(double value) {
+    std::array<char, 400> digits{};
+    const auto end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed).ptr;
+    std::string text(digits.data(), end);
+    return text.find('.') == std::string::npos ? text + ".0" : text;
+}
+
+/// A keyword element's value is a list with commas; these keywords are one each.
+void addSingleKeyword(std::vector<MarkerItem>& markers, std::string value) {
+    std::erase(value, ',');
+    markers.emplace_back(Keyword{std::move(value)});
+}
+
+const std::string& nameWithoutTag(const ExportWalk& walk, const SyncGroup& group) {
+    const auto name = walk.clipNames.find(group.id);
+    return name == walk.clipNames.end() ? group.clipName : name->second;
+}
+
+SyncClip wrapped(AssetClip clip) {
+    SyncClip wrapper;
+    wrapper.offset = clip.offset;
+    wrapper.name = clip.name;
+    wrapper.start = clip.start;
+    wrapper.duration = clip.duration.value_or(Time::zero());
+    wrapper.format = IDREF{std::string(altFormatID)};
+    wrapper.tcFormat = clip.tcFormat;
+    wrapper.item = std::move(clip);
+    return wrapper;
+}
+
+/// A variant that wants no event of its own stands in its scene's where events are split.
+void placeVariant(ExportWalk& walk, EventItem item, const SyncGroup& group, bool separateEvent,
+                  std::vector<EventItem>& ownItems) {
+    if (walk.settings.splitEventsByScene && !separateEvent)
+        walk.place(std::move(item), &group);
+    else
+        ownItems.push_back(std::move(item));
+}
+
+} // namespace
+
+std::optional<TimeMap> buildTimeMap(const SyncGroup& group, double projectFPS) {
+    const MediaAsset& video = group.video;
+    if (!video.isOffspeed() || video.sourceRateDomain() != SourceRateDomain::sensorRate) return std::nullopt;
+    const auto real = video.realDurationSeconds();
+    if (!real || !(*real > 0)) return std::nullopt;
+    const auto value = durationTime(real, projectFPS);
+    const auto time = durationTime(video.slowMotionFactor() * *real, projectFPS);
+    if (!value || !time) return std::nullopt;
+
+    constexpr auto linear = Timept::InterpolationType::linear;
+    TimeMap map;
+    map.points.push_back({Time::zero(), Time::zero(), linear});
+    map.points.push_back({*time, *value, linear});
+    return map;
+}
 
 std::string offspeedRateKeywordValue(const SyncGroup& group) {
     const double rate = group.video.sensorFrameRate.value_or(group.video.frameRate.value_or(0));
-    const std::int64_t whole = truncated(rate);
-    const bool isWhole = static_cast<double>(whole) == rate;
-    return "Offspeed " + (isWhole ? std::to_string(whole) : threeDigits(rate)) + "fps";
+    return "Offspeed " + rateText(rate) + "fps";
 }
 
-/// Holds the clips at the sensor's rate, without sound, of offspeed material. Makes none yet.
-void addNativeMOSClips(ExportWalk&) {}
+void addOffspeedKeywords(std::vector<MarkerItem>& markers, const SyncGroup& group, std::string_view kind,
+                         const ExportSettings& settings) {
+    if (!settings.offspeedAutoKeyword || !group.video.isOffspeed()) return;
+    addSingleKeyword(markers, "Offspeed");
+    addSingleKeyword(markers, offspeedRateKeywordValue(group));
+    if (!kind.empty()) addSingleKeyword(markers, std::string(kind));
+}
 
-/// Holds the clips at normal speed, with sound, of offspeed material. Makes none yet.
-void addProjectRateClips(ExportWalk&) {}
+AssetClip buildNativeMOSClip(const SyncGroup& group, const std::string& videoAssetID,
+                             const std::string& fcpName, const ExportSettings& settings) {
+    const MediaAsset& video = group.video;
+    const double rate = usableRate(video.sensorFrameRate, video.frameRate);
+    AssetClip clip;
+    clip.ref = {videoAssetID};
+    clip.name = OffspeedNaming::resolveNativeMOSName(
+        fcpName, group.nativeMOSNameSuffix.value_or(settings.nativeMOSSuffix), rate);
+    clip.start = timecodeToTime(video.startTimecodeString, rate).value_or(Time::zero());
+    clip.offset = clip.start;
+    clip.duration = durationTime(video.durationSeconds, rate).value_or(fallbackDuration(rate));
+    clip.tcFormat = TcFormat::ndf; // sensors do not count drop-frame
+    clip.videoRole = VideoRole{{"video"}};
+    addOffspeedKeywords(clip.markers, group, "Native MOS", settings);
+    clip.metadata =
+        Metadata{{editableItem("com.orvanelabs.offspeed.sourceFps", shortestDecimal(rate), "Source FPS"),
+                  editableItem("com.orvanelabs.offspeed.isNativeMOS", "true", "Native MOS Clip"),
+                  editableItem("com.orvanelabs.offspeed.parentSyncClip", fcpName, "Parent Sync Clip")}};
+    return clip;
+}
+
+void addNativeMOSClips(ExportWalk& walk) {
+    const ExportSettings& settings = walk.settings;
+    for (const SyncGroup& group : walk.groups) {
+        if (!group.video.isOffspeed()) continue;
+        if (!group.generateNativeMOSClip && !settings.generateNativeMOSForOffspeed) continue;
+        const auto asset = walk.videoAssetIDByGroup.find(group.id);
+        if (asset == walk.videoAssetIDByGroup.end()) continue;
+        AssetClip clip = buildNativeMOSClip(group, asset->second, nameWithoutTag(walk, group), settings);
+        EventItem item = std::move(clip);
+        if (settings.wrapNativeMOSInSyncClip) item = wrapped(std::get<AssetClip>(std::move(item)));
+        placeVariant(walk, std::move(item), group, settings.separateEventForNativeMOS, walk.nativeMOSItems);
+    }
+}
+
+void addProjectRateClips(ExportWalk& walk) {
+    const ExportSettings& settings = walk.settings;
+    for (const SyncGroup& group : walk.groups) {
+        if (!group.video.isOffspeed()) continue;
+        if (!group.shouldGenerateProjectRateClip() && !settings.generateProjectRateForOffspeed) continue;
+        const auto video = walk.videoAssetIDByGroup.find(group.id);
+        const auto format = walk.formatIDByGroup.find(group.id);
+        const auto audio = walk.audioAssetIDsByGroup.find(group.id);
+        if (video == walk.videoAssetIDByGroup.end() || format == walk.formatIDByGroup.end() ||
+            audio == walk.audioAssetIDsByGroup.end())
+            continue;
+        const ClipResources resources{.videoAssetID = video->second,
+                                      .audioAssetIDs = audio->second,
+                                      .altFormatID = std::string(altFormatID),
+                                      .nativeFormatID = format->second,
+                                      .audioFormatID = std::string(audioFormatID)};
+        auto clip = buildProjectRateSyncClip(group, resources, nameWithoutTag(walk, group), settings);
+        if (!clip) continue;
+        placeVariant(walk, std::move(*clip), group, settings.separateEventForProjectRate,
+                     walk.projectRateItems);
+    }
+}
 
 } // namespace orvane::FCPXMLExporter

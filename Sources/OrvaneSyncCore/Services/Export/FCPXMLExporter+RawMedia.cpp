@@ -1,8 +1,93 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 
+#include <unordered_set>
+
 namespace orvane::FCPXMLExporter {
 
-/// Holds the bin with every source file as it is. Adds none yet.
-void addRawMedia(ExportWalk&) {}
+using namespace fcpxml;
+
+namespace {
+
+/// The bin is no timeline: every file lies at its beginning.
+AssetClip wholeFile(const MediaAsset& file, std::string assetID, Time start, Time duration) {
+    AssetClip clip;
+    clip.ref = {std::move(assetID)};
+    clip.offset = Time::zero();
+    clip.name = file.filename;
+    clip.start = std::move(start);
+    clip.duration = std::move(duration);
+    clip.videoRole = VideoRole{{"video"}};
+    return clip;
+}
+
+} // namespace
+
+std::unordered_map<UUID, std::string> rawMediaReusableAudioAssetIDs(
+    const SyncGroupList& groups,
+    const std::unordered_map<UUID, std::vector<std::string>>& audioAssetIDsByGroup) {
+    std::unordered_map<UUID, std::string> reusable;
+    for (const SyncGroup& group : groups) {
+        const auto ids = audioAssetIDsByGroup.find(group.id);
+        if (ids == audioAssetIDsByGroup.end()) continue;
+        const std::size_t files = std::min(group.audioMatches.size(), ids->second.size());
+        for (std::size_t i = 0; i < files; ++i)
+            reusable.try_emplace(group.audioMatches[i].audio->id, ids->second[i]);
+    }
+    return reusable;
+}
+
+AssetClip rawVideoAssetClip(const SyncGroup& group,
+                            const std::unordered_map<UUID, std::string>& videoAssetIDByGroup,
+                            ResourceList& resources, const ExportSettings& settings) {
+    const MediaAsset& video = group.video;
+    const double fps = usableRate(video.frameRate, settings.frameRate);
+    const Time start = timecodeToTime(video.startTimecodeString, fps).value_or(Time::zero());
+    const Time duration = durationTime(video.durationSeconds, fps).value_or(fallbackDuration(fps));
+    std::string assetID;
+    if (const auto known = videoAssetIDByGroup.find(group.id); known != videoAssetIDByGroup.end()) {
+        assetID = known->second;
+    } else {
+        const std::string formatID = resources.nextID();
+        assetID = resources.nextID();
+        resources.add(nativeFormat(video, formatID, fps, settings));
+        Asset asset = videoAsset(video, assetID, formatID, settings);
+        asset.start = start;
+        asset.duration = duration;
+        resources.add(std::move(asset));
+    }
+    AssetClip clip = wholeFile(video, std::move(assetID), start, duration);
+    clip.tcFormat = isDropFrame(fps) ? TcFormat::df : TcFormat::ndf;
+    return clip;
+}
+
+AssetClip rawAudioAssetClip(const MediaAsset& audio, const std::unordered_map<UUID, std::string>& reusableIDs,
+                            ResourceList& resources, const ExportSettings& settings) {
+    const double fps = settings.frameRate;
+    std::string assetID;
+    if (const auto known = reusableIDs.find(audio.id); known != reusableIDs.end()) {
+        assetID = known->second;
+    } else {
+        assetID = resources.nextID();
+        resources.add(recordingAsset(audio, assetID, settings));
+    }
+    return wholeFile(audio, std::move(assetID), audioStartTime(audio).value_or(Time::zero()),
+                     durationTime(audio.durationSeconds, fps).value_or(fallbackDuration(fps)));
+}
+
+void addRawMedia(ExportWalk& walk) {
+    const auto reusable = rawMediaReusableAudioAssetIDs(walk.groups, walk.audioAssetIDsByGroup);
+    for (const SyncGroup& group : walk.groups)
+        walk.rawItems.emplace_back(
+            rawVideoAssetClip(group, walk.videoAssetIDByGroup, walk.resources, walk.settings));
+
+    std::unordered_set<UUID> seen;
+    const auto addOnce = [&](const MediaAsset& audio) {
+        if (seen.insert(audio.id).second)
+            walk.rawItems.emplace_back(rawAudioAssetClip(audio, reusable, walk.resources, walk.settings));
+    };
+    for (const SyncGroup& group : walk.groups)
+        for (const AudioMatch& match : group.audioMatches) addOnce(match.audio);
+    for (const WildTrack& track : walk.wildTracks) addOnce(track.audio);
+}
 
 } // namespace orvane::FCPXMLExporter

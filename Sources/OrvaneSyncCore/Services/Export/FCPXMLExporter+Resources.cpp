@@ -50,4 +50,12 @@ Asset audioAsset(const MediaAsset& audio, std::string id, int channelsIfUnknown,
     return asset;
 }
 
+Asset recordingAsset(const MediaAsset& audio, std::string id, const ExportSettings& settings) {
+    Asset asset = audioAsset(audio, std::move(id), settings.defaultAudioTracks, settings);
+    asset.name = audio.normalizedName();
+    asset.start = audioStartTime(audio).value_or(Time::zero());
+    asset.duration = durationTime(audio.durationSeconds, settings.frameRate);
+    return asset;
+}
+
 } // namespace orvane::FCPXMLExporter

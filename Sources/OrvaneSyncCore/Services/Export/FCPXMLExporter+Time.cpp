@@ -3,7 +3,6 @@
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 
 #include <cmath>
-#include <cstdio>
 
 namespace orvane::FCPXMLExporter {
 
@@ -86,12 +85,6 @@ bool isDropFrame(double fps) {
 }
 
 Time fallbackDuration(double fps) { return {fallbackFrames, ExactRate(usableRate(fps)).rounded}; }
-
-std::string threeDigits(double value) {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.3g", value);
-    return text.data();
-}
 
 std::int64_t truncated(double value) {
     constexpr double limit = 9223372036854775808.0; // 2^63

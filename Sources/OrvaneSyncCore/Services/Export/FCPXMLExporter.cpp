@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
+#include "OrvaneSyncCore/Utilities/RateText.h"
 
 #include <algorithm>
 #include <functional>
@@ -75,12 +76,7 @@ ClipResources addClipResources(ExportWalk& walk, const SyncGroup& group) {
 
     for (const AudioMatch& match : group.audioMatches) {
         ids.audioAssetIDs.push_back(walk.resources.nextID());
-        Asset sound =
-            audioAsset(match.audio, ids.audioAssetIDs.back(), settings.defaultAudioTracks, settings);
-        sound.name = match.audio->normalizedName();
-        sound.start = audioStartTime(match.audio).value_or(Time::zero());
-        sound.duration = durationTime(match.audio->durationSeconds, settings.frameRate);
-        walk.resources.add(std::move(sound));
+        walk.resources.add(recordingAsset(match.audio, ids.audioAssetIDs.back(), settings));
     }
     walk.videoAssetIDByGroup[group.id] = ids.videoAssetID;
     walk.formatIDByGroup[group.id] = ids.nativeFormatID;
@@ -156,9 +152,9 @@ void ExportWalk::place(EventItem item, const SyncGroup* group) {
     bucketKeys.push_back(name == sceneEventNames.end() ? std::nullopt : std::optional(name->second));
 }
 
-const SyncClip& ExportWalk::syncClip(const BuiltClip& built) const {
-    return settings.generateSyncClips ? std::get<SyncClip>(eventItems.at(built.index))
-                                      : looseClips.at(built.index);
+SyncClip ExportWalk::takeSyncClip(const BuiltClip& built) {
+    if (settings.generateSyncClips) return std::get<SyncClip>(eventItems.at(built.index));
+    return std::move(looseClips.at(built.index));
 }
 
 ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<WildTrack>& wildTracks,

@@ -93,6 +93,8 @@ fcpxml::Format nativeFormat(const MediaAsset& video, std::string id, double fps,
 /// Without name, start and duration.
 fcpxml::Asset audioAsset(const MediaAsset& audio, std::string id, int channelsIfUnknown,
                          const ExportSettings& settings);
+/// A recording on its own timecode.
+fcpxml::Asset recordingAsset(const MediaAsset& audio, std::string id, const ExportSettings& settings);
 /// Whole Hz; 48000 where the file does not say.
 int audioRate(const MediaAsset& audio);
 
@@ -126,6 +128,8 @@ struct AudioChain {
 /// `fps` is the rate of the clip's positions.
 AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string>& audioAssetIDs,
                            const std::string& audioFormatID, double fps, const ExportSettings& settings);
+/// From 1 up to what a file can hold.
+int channelCountOf(const MediaAsset& audio, const ExportSettings& settings);
 /// Such as "dialogue.Boom". `track` counts from 1.
 std::string audioRoleName(int track, const MediaAsset& audio, const ExportSettings& settings);
 /// "Mix", "Boom", "Lav 1", "Lav 2" and so on.
@@ -135,8 +139,33 @@ double effectiveGlobalAudioOffset(const SyncGroup& group, const ExportSettings& 
 
 // Several cameras.
 
-/// The clips, by id, that an export would make into one multicam clip each.
+/// A camera of a multicam clip: the whole synchronized clip is its angle.
+struct CameraClip {
+    const SyncGroup* group = nullptr;
+    fcpxml::SyncClip clip;
+};
+struct BuiltMulticam {
+    fcpxml::Media media; ///< the resource
+    fcpxml::MCClip clip; ///< what refers to it in an event
+};
+
+/// The clips, by id, that rolled at the same moment: the first of each list is the one that all others of it
+/// overlap. A clip without a duration or a start is in no list.
 std::vector<std::vector<UUID>> findMulticamGroups(const SyncGroupList& groups);
+/// Nothing for fewer than two cameras.
+std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, const std::string& altFormatID,
+                                           const NamesByGroup& clipNames, const ExportSettings& settings,
+                                           ResourceList& resources);
+/// Such as "Cam A": by the letter that the camera gave its file, else by the place, from 0. Two cameras may
+/// get the same name.
+std::string deriveCameraName(const MediaAsset& from, std::size_t index);
+/// What Final Cut Pro is to render to; where the choice is left open, the codec that most sources have.
+std::string resolveMulticamCodec(MulticamCodec requested, const std::vector<const MediaAsset*>& sources);
+/// The clip whose scene event takes the multicam clip: that of the scene with the most angles, the earliest
+/// among equals. Angles of different scenes add a warning. Nothing unless events are split.
+std::optional<UUID> multicamBucketGroupID(const std::vector<const SyncGroup*>& groups,
+                                          const NamesByGroup& sceneBucketByGroupID, bool splitEnabled,
+                                          std::vector<std::string>& warnings);
 
 // What is known of a clip besides its picture and sound.
 

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -48,7 +49,8 @@ struct ExportWalk {
 
     /// Puts an item into the main events; `group` decides its scene, null for none.
     void place(fcpxml::EventItem item, const SyncGroup* group);
-    const fcpxml::SyncClip& syncClip(const BuiltClip& built) const;
+    /// Once for each clip: a copy where it stands in an event as well.
+    fcpxml::SyncClip takeSyncClip(const BuiltClip& built);
 };
 
 /// What imported metadata adds to a clip.
@@ -59,10 +61,37 @@ struct MappedItems {
 };
 MappedItems lockitMappedItems(const SyncGroup& group, const ExportSettings& settings);
 
-/// The retime of an offspeed clip; a clip that has one carries no sound.
+/// The retime of an offspeed clip whose file runs at the sensor's rate; a clip that has one carries no sound.
+/// Nothing for any other clip.
 std::optional<fcpxml::TimeMap> buildTimeMap(const SyncGroup& group, double projectFPS);
 /// Such as "Offspeed 120fps".
 std::string offspeedRateKeywordValue(const SyncGroup& group);
+/// "Offspeed", the rate and, unless it is empty, `kind`; nothing where the clip is not offspeed or the
+/// settings want no such keywords.
+void addOffspeedKeywords(std::vector<fcpxml::MarkerItem>& markers, const SyncGroup& group,
+                         std::string_view kind, const ExportSettings& settings);
+/// The picture alone at the sensor's rate, one frame of the sensor after the other. `fcpName` is without
+/// suffix.
+fcpxml::AssetClip buildNativeMOSClip(const SyncGroup& group, const std::string& videoAssetID,
+                                     const std::string& fcpName, const ExportSettings& settings);
+/// The clip at normal speed with its sound. `fcpName` is without suffix. Nothing for a group without audio.
+std::optional<fcpxml::SyncClip> buildProjectRateSyncClip(const SyncGroup& group,
+                                                         const ClipResources& resources,
+                                                         const std::string& fcpName,
+                                                         const ExportSettings& settings);
+
+/// The asset that stands for each recording, by the id of its file: the first of its clips' that has one.
+std::unordered_map<UUID, std::string>
+rawMediaReusableAudioAssetIDs(const SyncGroupList& groups,
+                              const std::unordered_map<UUID, std::vector<std::string>>& audioAssetIDsByGroup);
+/// A whole file on its own timecode, at the beginning of the bin's axis. Adds the resources that the document
+/// does not have yet.
+fcpxml::AssetClip rawVideoAssetClip(const SyncGroup& group,
+                                    const std::unordered_map<UUID, std::string>& videoAssetIDByGroup,
+                                    ResourceList& resources, const ExportSettings& settings);
+fcpxml::AssetClip rawAudioAssetClip(const MediaAsset& audio,
+                                    const std::unordered_map<UUID, std::string>& reusableIDs,
+                                    ResourceList& resources, const ExportSettings& settings);
 
 void addMulticamClips(ExportWalk& walk);
 void addRoomTone(ExportWalk& walk);
@@ -72,7 +101,23 @@ void addNativeMOSClips(ExportWalk& walk);
 void addProjectRateClips(ExportWalk& walk);
 std::vector<fcpxml::Event> assembleEvents(ExportWalk& walk);
 
-/// Works on the finished tree, behind the order of children.
+/// A point of a volume curve.
+struct VolumeKeyframe {
+    double time = 0;  ///< seconds from the start of the audio file
+    double value = 0; ///< linear; 0 is silence
+    std::string_view interp;
+
+    bool operator==(const VolumeKeyframe&) const = default;
+};
+/// The curve of one track (from 1): open on its own blocks, closed on the others. `rampSeconds` is the length
+/// of the change between two blocks, half of it on either side of their boundary.
+std::vector<VolumeKeyframe> keyframesFromBlocks(const std::vector<BlockDecision>& blocks, int trackIndex,
+                                                double rampSeconds);
+/// The same where only the best track of each stretch is known.
+std::vector<VolumeKeyframe> keyframesFromLegacySegments(const std::vector<WindowedBestSegment>& segments,
+                                                        int trackIndex, double rampSeconds);
+/// Gives every channel of the finished tree the curve of its role in each clip. The role is all that links a
+/// channel to a clip: where clips share a role, each of their channels gets the curves of all of them.
 void injectVolumeKeyframes(fcpxml::XMLDocument& document, const SyncGroupList& groups,
                            const ExportSettings& settings);
 
@@ -81,8 +126,6 @@ void injectVolumeKeyframes(fcpxml::XMLDocument& document, const SyncGroupList& g
 /// document is large.
 void giveEditableItemsTheirType(std::string& text);
 
-/// Three significant digits, as in "23.976" to "24".
-std::string threeDigits(double value);
 /// The value without its fraction, 0 for what is no number of 64 bits.
 std::int64_t truncated(double value);
 

@@ -1,13 +1,13 @@
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 
 #include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
+#include "OrvaneSyncCore/Services/Matching/RangeIndex.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
 #include <functional>
-#include <limits>
 #include <map>
 #include <memory>
 #include <numeric>
@@ -46,46 +46,10 @@ std::vector<Recording> recordingsAmong(const std::vector<MediaAsset>& audios) {
     return recordings;
 }
 
-/// A recording, by its place in the list of recordings, that overlaps the video in question.
-struct Hit {
-    std::size_t recording;
-    double overlapSeconds;
-};
-
-/// Recordings in the order of their starts, so that those that overlap a range are found without a look at
-/// all of them.
-class Lane {
-  public:
-    void add(const TCRange& range, std::size_t recording) { entries_.push_back({range, 0, recording}); }
-    /// After the last `add`, before the first `appendOverlapping`.
-    void finish() {
-        std::ranges::sort(entries_, {}, [](const Entry& entry) { return entry.range.startSeconds; });
-        double latest = -std::numeric_limits<double>::infinity();
-        for (Entry& entry : entries_) latest = entry.latestEnd = std::max(latest, entry.range.endSeconds);
-    }
-    /// In the order of the list of recordings.
-    void appendOverlapping(const TCRange& range, std::vector<Hit>& hits) const {
-        const auto startsTooLate = std::ranges::lower_bound(
-            entries_, range.endSeconds, {}, [](const Entry& entry) { return entry.range.startSeconds; });
-        for (auto entry = startsTooLate; entry != entries_.begin();) {
-            --entry;
-            if (entry->latestEnd <= range.startSeconds) break; // and so ends all that starts earlier
-            if (const auto overlap = SyncEngine::overlapDuration(entry->range, range))
-                hits.push_back({entry->recording, *overlap});
-        }
-    }
-
-  private:
-    struct Entry {
-        TCRange range;
-        double latestEnd; ///< of this entry and all before it
-        std::size_t recording;
-    };
-    std::vector<Entry> entries_;
-};
+using Hit = RangeIndex::Hit;
 
 void sortByRecording(std::vector<Hit>::iterator first, std::vector<Hit>::iterator last) {
-    std::sort(first, last, [](const Hit& a, const Hit& b) { return a.recording < b.recording; });
+    std::sort(first, last, [](const Hit& a, const Hit& b) { return a.item < b.item; });
 }
 
 /// Which recordings a video meets, by their shoot days.
@@ -121,9 +85,9 @@ class RecordingIndex {
     }
 
   private:
-    std::map<Date, Lane> days_;
-    Lane undated_;
-    Lane all_;
+    std::map<Date, RangeIndex> days_;
+    RangeIndex undated_;
+    RangeIndex all_;
 };
 
 /// One file of what may be a recording in parts.
@@ -179,7 +143,7 @@ MatchStatus status(const MediaAsset& video, const std::vector<Hit>& hits,
     std::vector<Part> parts;
     parts.reserve(hits.size());
     for (const Hit& hit : hits)
-        parts.push_back({&*recordings[hit.recording].asset, &recordings[hit.recording].placement});
+        parts.push_back({&*recordings[hit.item].asset, &recordings[hit.item].placement});
     if (isOneRecording(parts)) return MatchStatus::splitRecording(count);
     const double least = hits.front().overlapSeconds * ambiguityShare;
     return hits.back().overlapSeconds >= least ? MatchStatus::matched() : MatchStatus::ambiguous(count);
@@ -199,7 +163,7 @@ SyncGroupList::Element group(const MediaAsset& video, const std::vector<Recordin
     std::vector<AudioMatch> matches;
     matches.reserve(hits.size());
     for (std::size_t i = 0; i < hits.size(); ++i) {
-        const Recording& recording = recordings[hits[i].recording];
+        const Recording& recording = recordings[hits[i].item];
         const double offset = recording.range.startSeconds - range->startSeconds;
         matches.emplace_back(ids[i], recording.asset, offset, hits[i].overlapSeconds);
     }
@@ -239,7 +203,7 @@ SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos,
 SyncGroupList SyncEngine::matchWithinDay(const std::vector<MediaAsset>& videos,
                                          const std::vector<MediaAsset>& audios) const {
     const auto recordings = recordingsAmong(audios);
-    Lane lane;
+    RangeIndex lane;
     for (std::size_t i = 0; i < recordings.size(); ++i) lane.add(recordings[i].range, i);
     lane.finish();
     SyncGroupList groups;

@@ -1,10 +1,9 @@
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 
+#include "OrvaneSyncCore/Utilities/RateText.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdio>
 
 namespace orvane::GroupNaming {
 
@@ -43,13 +42,6 @@ std::string customName(const SyncGroup& group, const std::optional<std::string>&
     constexpr int onlyCounter = 1;
     if (customPattern && !customPattern->empty()) return resolve(*customPattern, group, onlyCounter);
     return resolve("{scene}" + std::string(separator) + "{take}", group, onlyCounter);
-}
-
-std::string rateText(double framesPerSecond) {
-    const bool whole = framesPerSecond == std::trunc(framesPerSecond);
-    std::array<char, 400> text{};
-    std::snprintf(text.data(), text.size(), whole ? "%.0f" : "%.3g", framesPerSecond);
-    return text.data();
 }
 
 } // namespace

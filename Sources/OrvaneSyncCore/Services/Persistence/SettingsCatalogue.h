@@ -39,6 +39,8 @@ std::span<const SettingDescription> all();
 const SettingDescription* find(std::string_view key);
 /// The texts that a key of words takes; empty for a key that takes any text.
 std::vector<std::string_view> choices(std::string_view key);
+/// What a managed key does, in one line for people; empty for another key.
+std::string_view meaning(std::string_view key);
 
 } // namespace SettingsCatalogue
 

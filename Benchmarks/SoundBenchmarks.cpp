@@ -1,0 +1,190 @@
+#include "SoundBenchmarks.h"
+
+#include "Process.h"
+#include "Sound.h"
+
+#include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SmartAudioBlockRouter.h"
+
+#include <array>
+#include <cmath>
+#include <ebur128.h>
+#include <memory>
+#include <utility>
+
+namespace orvane::bench {
+
+namespace {
+
+constexpr std::uint32_t sampleRate = 48000;
+constexpr int secondsInMemory = 60;
+
+/// The same sound as each of the two takes it: channel by channel, and channels side by side.
+struct SoundInMemory {
+    std::vector<std::vector<float>> channels = std::vector<std::vector<float>>(recordedChannels);
+    std::vector<float> interleaved;
+
+    SoundInMemory() {
+        SpokenSound sound(sampleRate);
+        for (int second = 0; second < secondsInMemory; ++second) {
+            const std::vector<float> samples = sound.nextSecond();
+            interleaved.insert(interleaved.end(), samples.begin(), samples.end());
+        }
+        for (std::size_t i = 0; i < interleaved.size(); ++i)
+            channels[i % recordedChannels].push_back(interleaved[i]);
+    }
+    std::size_t frames() const { return channels.front().size(); }
+    static const SoundInMemory& shared() {
+        static const SoundInMemory sound;
+        return sound;
+    }
+};
+
+double ourLoudness() {
+    const SoundInMemory& sound = SoundInMemory::shared();
+    std::vector<const float*> channels;
+    for (const auto& channel : sound.channels) channels.push_back(channel.data());
+    return LUFSMeter::measureBuffer(channels, sound.frames(), recordedChannels, sampleRate).value_or(NAN);
+}
+
+double libraryLoudness() {
+    const SoundInMemory& sound = SoundInMemory::shared();
+    ebur128_state* state = ebur128_init(recordedChannels, sampleRate, EBUR128_MODE_I);
+    // By itself it would leave out what is beyond a surround's six channels.
+    for (unsigned int channel = 0; channel < recordedChannels; ++channel)
+        ebur128_set_channel(state, channel, EBUR128_LEFT);
+    ebur128_add_frames_float(state, sound.interleaved.data(), sound.frames());
+    double lufs = NAN;
+    ebur128_loudness_global(state, &lufs);
+    ebur128_destroy(&state);
+    return lufs;
+}
+
+constexpr int routedWindows = 10000;
+constexpr int routedTracks = 16;
+constexpr int windowsATurn = 40;
+
+using SmartAudioBlockRouter::PerWindowFrame;
+
+/// A take in which each lav speaks in its turn, with pauses. If the first track hears them all, fainter, it
+/// is what plays by default.
+std::vector<PerWindowFrame> routedTake(bool firstHearsAll) {
+    constexpr float loud = 0.1F, faint = 0.01F, room = 0.0005F;
+    std::vector<PerWindowFrame> frames;
+    std::uint32_t noise = 1;
+    for (int window = 0; window < routedWindows; ++window) {
+        const int turn = window / windowsATurn;
+        const bool isPause = turn % 3 == 2;
+        PerWindowFrame frame{window, {}};
+        for (int track = 1; track <= routedTracks; ++track) {
+            noise = noise * 1664525U + 1013904223U;
+            const float level = isPause                            ? room
+                                : turn % routedTracks + 1 == track ? loud
+                                : firstHearsAll && track == 1      ? faint
+                                                                   : room;
+            const float rms = level * (1 + static_cast<float>(noise >> 8U) / (1U << 24U));
+            frame.perChannel.push_back({track, rms, 4 * rms, level > room, 0.05F});
+        }
+        frames.push_back(std::move(frame));
+    }
+    return frames;
+}
+
+std::vector<ChannelClassification> routedChannels() {
+    std::vector<ChannelClassification> channels;
+    for (int track = 1; track <= routedTracks; ++track) {
+        const auto kind = track == 1 ? ChannelKind::mix : track == 2 ? ChannelKind::boom : ChannelKind::lav;
+        channels.push_back({track, kind, 0.95F, "iXML: track", std::nullopt});
+    }
+    return channels;
+}
+
+void route(benchmark::State& state, bool firstHearsAll) {
+    const auto frames = routedTake(firstHearsAll);
+    const auto channels = routedChannels();
+    for (auto _ : state) {
+        const auto routing = SmartAudioBlockRouter::computeBlocks(frames, smartAudioWindowSeconds, channels,
+                                                                  {}, std::nullopt, {});
+        if (routing.blocks.size() < routedTracks) state.SkipWithError("nothing was routed");
+    }
+}
+
+void printRouting(const std::string& work, double milliseconds) {
+    constexpr double most = 50;
+    printRow(work, text("%.1f ms of a core", milliseconds), "", "", text("< %.0f ms", most),
+             milliseconds < most);
+}
+
+void printLoudness(const Medians& results) {
+    printGain("loudness, samples in memory", results.milliseconds.at("loudness"),
+              results.milliseconds.at("libebur128"), "libebur128", 2);
+    const double ours = ourLoudness(), theirs = libraryLoudness(), difference = std::abs(ours - theirs);
+    constexpr double most = 0.05;
+    printRow("the same, value", text("%.3f LUFS", ours), text("%.3f LUFS libebur128", theirs),
+             text("%.4f LU", difference), text("<= %.2f LU", most), difference <= most);
+}
+
+void printAnalysis(const std::string& program, const std::string& recording) {
+    const std::string work = "analyze 30 minutes of 8 channels";
+    const std::vector<std::string> reading{"cat", recording};
+    runProcess(reading); // so that nobody waits for the disk
+    // In turns, as the machine may be busier at one time than at another.
+    std::vector<ProcessCost> ours, floor;
+    for (int run = 0; run < 5; ++run) {
+        ours.push_back(runProcess({program, "analyze", recording}));
+        floor.push_back(runProcess(reading));
+    }
+    const ProcessCost analysis = median(std::move(ours)), cat = median(std::move(floor));
+    constexpr double ms = 1000, mostTimes = 5, leastGain = 10;
+    if (!analysis.succeeded || !cat.succeeded) return printFailure(work, "analyze");
+    printRatio(work, analysis.seconds * ms, cat.seconds * ms, "cat", mostTimes);
+    printRatio("the same, time of a core", analysis.coreSeconds * ms, cat.coreSeconds * ms, "cat", mostTimes);
+    if (!hasProgram("ffmpeg")) return;
+    const auto peer = runProcess({"ffmpeg", "-nostdin", "-i", recording, "-af", "astats", "-f", "null", "-"});
+    if (!peer.succeeded) return printFailure(work, "ffmpeg");
+    printGain(work, analysis.seconds * ms, peer.seconds * ms, "ffmpeg astats", leastGain);
+}
+
+void printMemory(const std::string& self, const std::string& program, const std::string& command,
+                 const std::string& length, const std::string& recording) {
+    constexpr double megabyte = 1e6, most = 64;
+    const double peak = peakBytesOf(self, {program, command, recording}) / megabyte;
+    printRow(command + " " + length + ", memory", text("%.1f MB peak", peak), "", "", text("< %.0f MB", most),
+             peak > 0 && peak < most);
+}
+
+} // namespace
+
+void registerSoundBenchmarks() {
+    const auto add = [](const char* name, auto&& function) {
+        benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond)->UseRealTime();
+    };
+    add("loudness", [](benchmark::State& state) {
+        SoundInMemory::shared();
+        for (auto _ : state) benchmark::DoNotOptimize(ourLoudness());
+    });
+    add("libebur128", [](benchmark::State& state) {
+        SoundInMemory::shared();
+        for (auto _ : state) benchmark::DoNotOptimize(libraryLoudness());
+    });
+    add("routeByDefault", [](benchmark::State& state) { route(state, true); });
+    add("routeByWindow", [](benchmark::State& state) { route(state, false); });
+}
+
+void printSoundRows(const Medians& results, const std::string& self, const std::string& program,
+                    const std::string& folder) {
+    const std::string halfHour = folder + "/30-minutes.wav", longer = folder + "/90-minutes.wav";
+    makeRecording(halfHour, 30, sampleRate);
+    // A low rate, as memory goes by the length and not by the bytes.
+    makeRecording(longer, 90, 8000);
+    printAnalysis(program, halfHour);
+    for (const char* command : {"analyze", "loudness"}) {
+        printMemory(self, program, command, "30 minutes of 8 channels", halfHour);
+        printMemory(self, program, command, "90 minutes of 8 channels", longer);
+    }
+    printLoudness(results);
+    printRouting("route 10,000 windows x 16 by a default", results.coreMilliseconds.at("routeByDefault"));
+    printRouting("route 10,000 windows x 16 one by one", results.coreMilliseconds.at("routeByWindow"));
+}
+
+} // namespace orvane::bench

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace orvane::bench {
+
+/// Keeps the median of each benchmark's repetitions.
+class Medians final : public benchmark::ConsoleReporter {
+  public:
+    void ReportRuns(const std::vector<Run>& runs) override;
+
+    std::map<std::string, double> milliseconds;     ///< by name and argument: "match/1000"
+    std::map<std::string, double> coreMilliseconds; ///< of a core's time, for what must take an absolute time
+    std::map<std::string, double> bytesPerSecond;
+};
+
+/// Numbers as `printf` writes them.
+std::string text(const char* format, double a, double b = 0);
+
+void printHeading();
+void printRow(const std::string& work, const std::string& ours, const std::string& other,
+              const std::string& result, const std::string& reach, bool reached);
+/// Ours may take at most so many times what the other takes.
+void printRatio(const std::string& work, double ours, double other, const char* otherName, double most);
+/// The other takes at least so many times what ours takes.
+void printGain(const std::string& work, double ours, double other, const std::string& otherName,
+               double least);
+/// Instead of a row whose measurement failed.
+void printFailure(const std::string& work, const std::string& otherName);
+
+} // namespace orvane::bench

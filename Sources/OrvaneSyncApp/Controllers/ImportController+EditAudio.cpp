@@ -1,0 +1,196 @@
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+MatchStatus statusAfterRemoval(std::size_t matchesLeft) {
+    if (matchesLeft == 0) return MatchStatus::unmatched();
+    return matchesLeft == 1 ? MatchStatus::manual() : MatchStatus::ambiguous(static_cast<int>(matchesLeft));
+}
+
+/// Where the timecodes lay the audio; at the start of the clip where one of the two has no place.
+AudioMatch matchByTimecode(const MediaAsset& video, const MediaAsset& audio) {
+    const auto videoRange = SyncEngine::tcRange(video), audioRange = SyncEngine::tcRange(audio);
+    if (!videoRange || !audioRange) return {audio, 0, 0};
+    return {audio, audioRange->startSeconds - videoRange->startSeconds,
+            SyncEngine::overlapDuration(*videoRange, *audioRange).value_or(0)};
+}
+
+bool uses(const SyncGroup& group, const UUID& audioID) {
+    return std::ranges::any_of(group.audioMatches,
+                               [&](const AudioMatch& match) { return match.audio->id == audioID; });
+}
+
+} // namespace
+
+void ImportController::attachAudioToGroup(UUID groupID, MediaAsset audio) {
+    const SyncGroup* group = unlockedGroup(groupID);
+    if (group == nullptr) return;
+    if (uses(*group, audio.id)) {
+        confirmAmbiguousMatch(groupID);
+        return;
+    }
+    const bool wasWild =
+        std::erase_if(wildTracks_, [&](const WildTrack& track) { return track.id == audio.id; });
+    edit(groupID, [&](SyncGroup& own) {
+        own.audioMatches.push_back(matchByTimecode(own.video, audio));
+        own.matchStatus = MatchStatus::manual();
+    });
+    if (wasWild) notify(ImportField::wildTracks);
+    removeSmartAudioCaches(groupID);
+}
+
+platform::Task ImportController::chooseAndAttachAudio(UUID groupID, FileURL file) {
+    assertOnMainThread();
+    return attachFile(weak_from_this(), groupID, std::move(file));
+}
+
+platform::Task ImportController::attachFile(std::weak_ptr<ImportController> weak, UUID groupID,
+                                            FileURL file) {
+    auto self = weak.lock();
+    auto probing = platform::onQueue(*self->serviceQueue_, *self->mainThread_,
+                                     [service = self->probeService_, file = std::move(file)] {
+                                         return service->probe(file, AssetKind::audio);
+                                     });
+    self.reset();
+    const MediaAsset audio = co_await probing;
+    self = weak.lock();
+    if (!self) co_return;
+    self->withUndo(undoSteps::attachAudioToGroup, [&] { self->attachAudioToGroup(groupID, audio); });
+}
+
+void ImportController::removeAudioMatch(UUID groupID, UUID matchID) {
+    const SyncGroup* group = unlockedGroup(groupID);
+    if (group == nullptr) return;
+    const auto match = std::ranges::find(group->audioMatches, matchID, &AudioMatch::id);
+    if (match == group->audioMatches.end()) return;
+    const std::vector<AudioMatch> released{*match};
+    syncGroups_.update(groupID, [&](SyncGroup& own) {
+        std::erase_if(own.audioMatches, [&](const AudioMatch& one) { return one.id == matchID; });
+        own.matchStatus = statusAfterRemoval(own.audioMatches.size());
+    });
+    clipsLetGoOf(released);
+    removeSmartAudioCaches(groupID);
+}
+
+void ImportController::confirmAmbiguousMatch(UUID groupID) {
+    const SyncGroup* group = unlockedGroup(groupID);
+    if (group == nullptr || group->matchStatus.kind != MatchStatus::Kind::ambiguous) return;
+    edit(groupID, [](SyncGroup& own) { own.matchStatus = MatchStatus::manual(); });
+}
+
+void ImportController::removeVideoFromSync(UUID groupID) {
+    const SyncGroup* group = unlockedGroup(groupID);
+    if (group == nullptr) return;
+    const std::vector<AudioMatch> released = group->audioMatches;
+    syncGroups_ = syncGroups_.filtered([&](const SyncGroup& one) { return one.id != groupID; });
+    syncGroups_.makeIndex();
+    clipsLetGoOf(released);
+    removeSmartAudioCaches(groupID);
+}
+
+/// Audio that no clip uses any more goes to the wild tracks; then the change is whole, and told.
+void ImportController::clipsLetGoOf(const std::vector<AudioMatch>& released) {
+    const std::size_t before = wildTracks_.size();
+    for (const AudioMatch& match : released) {
+        const UUID& audioID = match.audio->id;
+        const bool isUsed = std::any_of(syncGroups_.begin(), syncGroups_.end(),
+                                        [&](const SyncGroup& group) { return uses(group, audioID); });
+        if (!isUsed && std::ranges::find(wildTracks_, audioID, &WildTrack::id) == wildTracks_.end())
+            wildTracks_.emplace_back(*match.audio);
+    }
+    notify(ImportField::syncGroups);
+    if (wildTracks_.size() != before) notify(ImportField::wildTracks);
+}
+
+void ImportController::resyncClip(UUID groupID) {
+    assertOnMainThread();
+    const SyncGroup* group = syncGroups_.find(groupID);
+    const auto pool = availableAudioPool();
+    if (group == nullptr || pool.empty()) return;
+    const SyncGroupList matched = syncEngine_.match({group->video}, pool);
+    edit(groupID, [&](SyncGroup& own) {
+        own.audioMatches = matched.front().audioMatches;
+        own.matchStatus = matched.front().matchStatus;
+    });
+    removeSmartAudioCaches(groupID);
+}
+
+void ImportController::resyncAllClips() {
+    assertOnMainThread();
+    const auto pool = availableAudioPool();
+    if (pool.empty()) return;
+    std::vector<MediaAsset> videos;
+    videos.reserve(syncGroups_.size());
+    for (const SyncGroup& group : syncGroups_) videos.push_back(group.video);
+    const SyncGroupList matched = syncEngine_.match(videos, pool);
+    std::unordered_map<std::string_view, const SyncGroup*> byPath;
+    for (const SyncGroup& result : matched) byPath.try_emplace(result.video.url.path, &result);
+    syncGroups_.updateWhere([](const SyncGroup&) { return true; },
+                            [&](SyncGroup& own) {
+                                const SyncGroup& result = *byPath.at(own.video.url.path);
+                                own.audioMatches = result.audioMatches;
+                                own.matchStatus = result.matchStatus;
+                            });
+    notify(ImportField::syncGroups);
+    invalidateCachesAfterUndo();
+}
+
+std::vector<MediaAsset> ImportController::availableAudioPool() const {
+    assertOnMainThread();
+    if (scanResult_ && !scanResult_->audioAssets.empty()) return scanResult_->audioAssets;
+    std::vector<MediaAsset> pool;
+    std::unordered_set<UUID> seen;
+    for (const SyncGroup& group : syncGroups_)
+        for (const AudioMatch& match : group.audioMatches)
+            if (seen.insert(match.audio->id).second) pool.push_back(*match.audio);
+    for (const WildTrack& track : wildTracks_)
+        if (seen.insert(track.id).second) pool.push_back(track.audio);
+    return pool;
+}
+
+std::vector<MediaAsset> ImportController::rawFilesAvailableToAttach(UUID excludingGroupID) const {
+    std::unordered_set<UUID> left;
+    for (const WildTrack& track : wildTracks_) left.insert(track.id);
+    if (const SyncGroup* group = syncGroups_.find(excludingGroupID))
+        for (const AudioMatch& match : group->audioMatches) left.insert(match.audio->id);
+
+    std::vector<std::pair<std::string, MediaAsset>> files; // with the key of the order
+    for (MediaAsset& audio : availableAudioPool()) {
+        if (left.contains(audio.id)) continue;
+        std::string key = platform::text::localizedStandardSortKey(audio.filename);
+        files.emplace_back(std::move(key), std::move(audio));
+    }
+    std::ranges::stable_sort(files, {}, [](const auto& file) -> const std::string& { return file.first; });
+    std::vector<MediaAsset> result;
+    result.reserve(files.size());
+    for (auto& file : files) result.push_back(std::move(file.second));
+    return result;
+}
+
+std::vector<std::string> ImportController::clipNames(UUID usingAudioID) const {
+    assertOnMainThread();
+    std::vector<std::string> names;
+    for (const SyncGroup& group : syncGroups_)
+        if (uses(group, usingAudioID)) names.push_back(group.clipName);
+    std::ranges::sort(names);
+    return names;
+}
+
+std::string ImportController::rawFilesMenuLabel(const MediaAsset& audio) const {
+    const auto names = clipNames(audio.id);
+    if (names.empty()) return audio.filename;
+    return audio.filename + "  ·  also on " +
+           (names.size() == 1 ? names.front() : std::to_string(names.size()) + " clips");
+}
+
+} // namespace orvane

@@ -1,0 +1,63 @@
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+
+#include "OrvaneSyncCore/Models/OffspeedDetector.h"
+
+#include <cmath>
+#include <unordered_map>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+/// What the sensor's rate, as the editor gives it, says about the clip.
+OffspeedConfidence confidence(double sensor, double project) {
+    if (!(project > 0)) return OffspeedConfidence::confirmed(false, 1.0);
+    return OffspeedConfidence::confirmed(OffspeedDetector::ratesDifferSignificantly(sensor, project),
+                                         sensor / project);
+}
+
+} // namespace
+
+void ImportController::setManualSensorFrameRate(UUID groupID, std::optional<double> fps) {
+    if (unlockedGroup(groupID) == nullptr || (fps && !std::isfinite(*fps))) return;
+    const double inferred = inferredProjectFrameRate(groupID);
+    edit(groupID, [&](SyncGroup& own) {
+        MediaAsset& video = own.video;
+        video.sensorFrameRate = fps;
+        if (!fps) {
+            video.projectFrameRate.reset();
+            video.offspeedConfidence = OffspeedConfidence::suspectedUnconfirmed(1.0);
+            return;
+        }
+        if (!video.projectFrameRate) video.projectFrameRate = inferred;
+        video.offspeedConfidence = confidence(*fps, *video.projectFrameRate);
+    });
+    removeRenderedAudio(groupID);
+}
+
+double ImportController::inferredProjectFrameRate(UUID excluding) const {
+    assertOnMainThread();
+    constexpr double withoutAnyOther = 24.0;
+    struct Votes {
+        std::size_t count = 0;
+        std::size_t firstAt = 0;
+    };
+    std::unordered_map<double, Votes> votes;
+    double winner = withoutAnyOther;
+    Votes most;
+    for (std::size_t i = 0; i < syncGroups_.size(); ++i) {
+        const SyncGroup& group = syncGroups_[i];
+        const double rate = group.video.projectFrameRate.value_or(0);
+        if (group.id == excluding || !(rate > 0)) continue;
+        Votes& own = votes.try_emplace(rate, Votes{0, i}).first->second;
+        ++own.count;
+        if (own.count > most.count || (own.count == most.count && own.firstAt < most.firstAt)) {
+            most = own;
+            winner = rate;
+        }
+    }
+    return winner;
+}
+
+} // namespace orvane

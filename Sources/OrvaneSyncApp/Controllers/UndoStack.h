@@ -1,0 +1,98 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace orvane {
+
+/// What the user takes back at once: the name that the menu shows, and for how long after a change the next
+/// one of the same name still belongs to the same step.
+struct UndoStep {
+    std::string_view actionName;
+    double coalescingWindow = 0; ///< seconds; 0: every change is a step of its own
+};
+
+/// What a menu needs to know.
+struct UndoState {
+    bool canUndo = false;
+    bool canRedo = false;
+    std::optional<std::string> undoActionName;
+    std::optional<std::string> redoActionName;
+
+    bool operator==(const UndoState&) const = default;
+};
+
+/// The states of a value before each of its changes, and after each change that was taken back. A snapshot is
+/// a copy of the value, so the value should share what its copies have in common. Times are those of one
+/// monotonic clock. One thread.
+template <class Value>
+class UndoStack {
+  public:
+    /// Beyond these the oldest step is forgotten.
+    static constexpr std::size_t levelsOfUndo = 50;
+
+    /// To be called before a change: keeps the present value, unless the change continues the last step. A
+    /// new step ends what could be redone. Gives whether there is a new step.
+    bool begin(const UndoStep& step, const Value& present, std::chrono::nanoseconds now) {
+        const bool isNew = !continuesLastStep(step, now);
+        if (isNew) {
+            toRedo_.clear();
+            toUndo_.push_back({std::string(step.actionName), present});
+            if (toUndo_.size() > levelsOfUndo) toUndo_.pop_front();
+            lastActionName_ = step.actionName;
+        }
+        lastRegistrationTime_ = now;
+        return isNew;
+    }
+
+    /// Swaps the value for the one before the last change, or after the last change that was taken back.
+    /// False when there is none.
+    bool undo(Value& present, std::chrono::nanoseconds now) { return move(toUndo_, toRedo_, present, now); }
+    bool redo(Value& present, std::chrono::nanoseconds now) { return move(toRedo_, toUndo_, present, now); }
+
+    void removeAllActions() { *this = {}; }
+
+    UndoState state() const {
+        const auto name = [](const std::deque<Snapshot>& snapshots) {
+            return snapshots.empty() ? std::nullopt : std::optional(snapshots.back().actionName);
+        };
+        return {!toUndo_.empty(), !toRedo_.empty(), name(toUndo_), name(toRedo_)};
+    }
+
+  private:
+    struct Snapshot {
+        std::string actionName;
+        Value value;
+    };
+
+    bool continuesLastStep(const UndoStep& step, std::chrono::nanoseconds now) const {
+        if (step.coalescingWindow <= 0 || lastActionName_ != step.actionName || !lastRegistrationTime_)
+            return false;
+        return std::chrono::duration<double>(now - *lastRegistrationTime_).count() < step.coalescingWindow;
+    }
+
+    /// Going back registers the way forward, and the other way round; the next change of the same name
+    /// within its window belongs to that.
+    bool move(std::deque<Snapshot>& from, std::deque<Snapshot>& to, Value& present,
+              std::chrono::nanoseconds now) {
+        if (from.empty()) return false;
+        lastActionName_ = from.back().actionName;
+        lastRegistrationTime_ = now;
+        to.push_back(std::move(from.back()));
+        from.pop_back();
+        std::swap(to.back().value, present);
+        return true;
+    }
+
+    std::deque<Snapshot> toUndo_;
+    std::deque<Snapshot> toRedo_;
+    std::optional<std::string> lastActionName_;
+    std::optional<std::chrono::nanoseconds> lastRegistrationTime_; ///< absent: long ago
+};
+
+} // namespace orvane

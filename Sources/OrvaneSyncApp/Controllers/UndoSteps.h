@@ -1,0 +1,54 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/UndoStack.h"
+
+/// The step under which each operation of the editor runs, by the name of the operation. A face opens it with
+/// `ImportController::withUndo`; the names are those of the menu.
+namespace orvane::undoSteps {
+
+/// Seconds in which nudges, and names as they are typed, belong together.
+inline constexpr double nudging = 0.5;
+inline constexpr double typing = 1.0;
+
+inline constexpr UndoStep adjustAudioOffset{"Adjust Audio Offset", nudging};
+inline constexpr UndoStep setAudioAnchor{"Set Audio Anchor", nudging};
+inline constexpr UndoStep resetAudioOffset{"Reset Audio Offset"};
+inline constexpr UndoStep toggleApproved{"Toggle Approved"};
+inline constexpr UndoStep toggleLocked{"Toggle Lock"};
+inline constexpr UndoStep lockAllInCluster{"Lock Cluster"};
+inline constexpr UndoStep toggleMOS{"Toggle MOS"};
+inline constexpr UndoStep togglePickup{"Toggle Pickup"};
+inline constexpr UndoStep markScenePickupFromHere{"Mark Scene Pickups"};
+inline constexpr UndoStep toggleExcludedFromExport{"Toggle Excluded"};
+inline constexpr UndoStep toggleExcludedFromMulticam{"Toggle Multicam Exclude"};
+/// Batch renaming too, which thereby is one step.
+inline constexpr UndoStep setManualClipName{"Rename Clip", typing};
+inline constexpr UndoStep setSyncMethod{"Change Sync Method"};
+inline constexpr UndoStep setGenerateNativeMOS{"Toggle Native MOS"};
+inline constexpr UndoStep setGenerateProjectRateClip{"Toggle Project Rate Clip"};
+inline constexpr UndoStep attachAudioToGroup{"Attach Audio"};
+inline constexpr UndoStep removeAudioMatch{"Remove Audio Match"};
+inline constexpr UndoStep confirmAmbiguousMatch{"Confirm Audio Matches"};
+inline constexpr UndoStep removeVideoFromSync{"Remove Video From Sync"};
+inline constexpr UndoStep resyncClip{"Re-sync Clip"};
+inline constexpr UndoStep resyncAllClips{"Re-sync All Clips"};
+inline constexpr UndoStep resetClipToAutoSync{"Reset Clip"};
+inline constexpr UndoStep setManualSensorFrameRate{"Set Sensor FPS"};
+inline constexpr UndoStep addBlockOverride{"Add Range Override"};
+inline constexpr UndoStep removeBlockOverride{"Remove Range Override"};
+inline constexpr UndoStep toggleTrackActive{"Toggle Audio Track"};
+inline constexpr UndoStep soloTrackActive = toggleTrackActive;
+inline constexpr UndoStep toggleAlgorithmInclusion{"Toggle Algo Inclusion"};
+inline constexpr UndoStep soloAlgorithmInclusion = toggleAlgorithmInclusion;
+inline constexpr UndoStep setMasterGain{"Set Master Gain"};
+inline constexpr UndoStep resetMasterGain{"Reset Master Gain"};
+inline constexpr UndoStep renameWildTrack{"Rename Wild Track", typing};
+inline constexpr UndoStep toggleWildTrackApproved{"Toggle Wild Track Approved"};
+
+// Opened by the operations themselves, as there is no step where there is nothing to clear.
+inline constexpr UndoStep clearALEMetadata{"Clear ALE Metadata"};
+inline constexpr UndoStep clearLockitMetadata{"Clear Lockit Metadata"};
+inline constexpr UndoStep clearALEMetadataForAllClips{"Clear ALE Metadata (All)"};
+inline constexpr UndoStep clearLockitMetadataForAllClips{"Clear Lockit Metadata (All)"};
+
+} // namespace orvane::undoSteps

@@ -1,0 +1,105 @@
+#include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/SettingValues.h"
+#include "OrvaneSyncCLI/Table.h"
+
+namespace orvane::cli {
+
+namespace {
+
+JSON presentValue(const Context& context, const SettingDescription& setting) {
+    return context.settings->value(setting.key).value_or(setting.defaultValue());
+}
+
+const SettingDescription& named(const std::string& key) {
+    if (const SettingDescription* setting = SettingsCatalogue::find(key)) return *setting;
+    throw UsageError(unknownSetting(key));
+}
+
+JSON describedJSON(const Context& context, const SettingDescription& setting) {
+    JSON json;
+    json.set("key", std::string(setting.key));
+    json.set("family", std::string(setting.family));
+    json.set("type", std::string(name(setting.kind)));
+    if (const JSON standard = setting.defaultValue(); !standard.isNull()) json.set("default", standard);
+    if (const JSON value = presentValue(context, setting); !value.isNull()) json.set("value", value);
+    json.set("stored", context.settings->storedValue(setting.key).has_value());
+    if (const auto words = SettingsCatalogue::choices(setting.key); !words.empty()) {
+        JSON::Array list;
+        for (const std::string_view word : words) list.emplace_back(std::string(word));
+        json.set("choices", std::move(list));
+    }
+    json.set("meaning", std::string(SettingsCatalogue::meaning(setting.key)));
+    return json;
+}
+
+std::string meaningText(const SettingDescription& setting) {
+    std::string text(SettingsCatalogue::meaning(setting.key));
+    const auto words = SettingsCatalogue::choices(setting.key);
+    for (std::size_t i = 0; i < words.size(); ++i) text.append(i == 0 ? " (" : " | ").append(words[i]);
+    return words.empty() ? text : text + ")";
+}
+
+void list(Context& context, bool asJSON) {
+    if (asJSON) {
+        JSON::Array all;
+        for (const auto& setting : SettingsCatalogue::all()) all.push_back(describedJSON(context, setting));
+        context.out << JSON(std::move(all)).dump(JSON::Layout::pretty) << "\n";
+        return;
+    }
+    std::string_view family;
+    Table table({{"KEY"}, {"TYPE"}, {"DEFAULT"}, {"NOW"}, {"MEANING"}});
+    for (const auto& setting : SettingsCatalogue::all()) {
+        if (!family.empty() && setting.family != family) table.add({"", "", "", "", ""});
+        family = setting.family;
+        const std::string standard = settingText(setting.defaultValue());
+        const std::string value = settingText(presentValue(context, setting));
+        table.add({std::string(setting.key), std::string(name(setting.kind)), standard,
+                   value == standard ? "" : value, meaningText(setting)});
+    }
+    context.out << table.text(context.mayColour)
+                << "\nNOW is empty where the default holds. One key: orvanesync settings set KEY VALUE;\n"
+                   "for one run only: --set KEY=VALUE.\n";
+}
+
+void get(Context& context, const SettingDescription& setting, bool asJSON) {
+    if (asJSON)
+        context.out << describedJSON(context, setting).dump(JSON::Layout::pretty) << "\n";
+    else
+        context.out << settingText(presentValue(context, setting)) << "\n";
+}
+
+void store(Context& context, const SettingDescription& setting, const std::string& typed) {
+    JSON value = settingValue(&setting, typed);
+    if (const auto problem = whyUseless(setting, value)) throw UsageError(*problem);
+    context.settings->set(setting.key, std::move(value));
+}
+
+void settings(Context& context, const Arguments& arguments) {
+    const auto& words = arguments.positionals();
+    const bool asJSON = arguments.has("--json");
+    if (words.empty()) return list(context, asJSON);
+    const std::string& verb = words.front();
+    if (verb != "get" && verb != "set" && verb != "unset")
+        throw UsageError("settings takes get, set or unset, not '" + verb + "'");
+    if (words.size() != (verb == "set" ? 3U : 2U))
+        throw UsageError(verb == "set" ? "settings set takes a key and a value"
+                                       : "settings " + verb + " takes one key");
+    const SettingDescription& setting = named(words[1]);
+    if (verb == "set") store(context, setting, words[2]);
+    if (verb == "unset") context.settings->remove(setting.key);
+    if (verb == "get" || asJSON) get(context, setting, asJSON);
+}
+
+} // namespace
+
+const Command& settingsCommand() {
+    static const Command command{"settings",
+                                 "[get KEY | set KEY VALUE | unset KEY] [options]",
+                                 "List the settings, or read, change and forget one.",
+                                 "orvanesync settings set export.splitEventsByScene true",
+                                 {},
+                                 settings};
+    return command;
+}
+
+} // namespace orvane::cli

@@ -1,0 +1,23 @@
+#include "OrvaneSyncCLI/Printers.h"
+#include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Services/Export/ExportPreview.h"
+#include "Platform/Text.h"
+
+namespace orvane::cli {
+
+std::string exportPreviewText(const SyncGroupList& groups, const ExportSettings& settings,
+                              bool nameIsChosen) {
+    std::string text;
+    if (settings.splitEventsByScene)
+        text += "Split by scene into " +
+                counted(ExportPreview::projectedEventCount(groups, settings), "event", "events") + ".\n";
+    else if (const auto name = ExportPreview::suggestedEventName(groups); name && !nameIsChosen)
+        text += "The event is called '" + platform::text::printable(settings.eventName) +
+                "'; after its scenes it would be --event '" + platform::text::printable(*name) + "'.\n";
+    // Without any result nobody asked for the analysis.
+    const auto coverage = ExportPreview::smartAudioCoverage(groups, settings.smartAudioResults).text();
+    if (coverage && !settings.smartAudioResults.empty()) text += *coverage + "\n";
+    return text;
+}
+
+} // namespace orvane::cli

@@ -1,0 +1,110 @@
+#include "OrvaneSyncCLI/SettingValues.h"
+
+#include "OrvaneSyncCLI/Arguments.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <vector>
+
+namespace orvane::cli {
+
+namespace {
+
+using Kind = SettingDescription::Kind;
+
+std::string kindText(Kind kind) { return (kind == Kind::integer ? "an " : "a ") + std::string(name(kind)); }
+
+/// A value that reads the same against two defaults is one that the store understands.
+bool isUnderstood(const SettingDescription& setting, const platform::JSON& value) {
+    platform::MemorySettingsStore store;
+    const auto key = setting.key;
+    store.setOverride(key, value);
+    switch (setting.kind) {
+    case Kind::boolean:
+        return store.boolean(key, false) == store.boolean(key, true);
+    case Kind::integer:
+        return store.integer(key, 0) == store.integer(key, 1);
+    case Kind::number:
+        return store.number(key, 0) == store.number(key, 1);
+    case Kind::text:
+        return store.textIfPresent(key).has_value();
+    case Kind::map:
+        return value.isObject();
+    }
+    return false;
+}
+
+struct SettingGroup {
+    std::string_view title;
+    std::array<std::string_view, 5> keys;
+};
+
+constexpr std::array<SettingGroup, 5> mostChanged{{
+    {"names", {"eventName", "clipNamingSource", "customNamingPattern", "namingSeparator", "notes.source"}},
+    {"events and clips",
+     {"export.splitEventsByScene", "export.eventNamePattern", "export.generateRawMediaEvent",
+      "export.wrapMOSInSyncClip", "generateSyncClips"}},
+    {"picture",
+     {"project.targetFrameRate", "trimMode", "videoResolution", "container.aspectRatio", "spatialConform"}},
+    {"off-speed material",
+     {"offspeed.generateNativeMOS", "offspeed.suffix", "offspeed.generateProjectRate",
+      "offspeed.projectRateSuffix", "offspeed.autoKeyword"}},
+    {"sound",
+     {"bestChannelMode", "smartAudio.blockMode", "smartAudio.targetLUFS", "globalAudioOffset.frames",
+      "audioBaseRole"}},
+}};
+
+} // namespace
+
+std::string settingText(const platform::JSON& value) {
+    if (const std::string* text = value.string()) return *text;
+    if (const auto whole = value.integer()) return std::to_string(*whole);
+    return value.isNull() ? "" : value.dump();
+}
+
+platform::JSON settingValue(const SettingDescription* setting, const std::string& typed) {
+    try {
+        platform::JSON value = platform::JSON::parse(typed);
+        const bool isText = setting != nullptr && setting->kind == Kind::text;
+        return isText && value.string() == nullptr ? platform::JSON(typed) : value;
+    } catch (const platform::JSONError&) {
+        return typed;
+    }
+}
+
+std::optional<std::string> whyUseless(const SettingDescription& setting, const platform::JSON& value) {
+    const std::string takes = "the setting '" + std::string(setting.key) + "' takes ";
+    if (!isUnderstood(setting, value))
+        return takes + kindText(setting.kind) + ", not '" + settingText(value) + "'";
+    const auto words = SettingsCatalogue::choices(setting.key);
+    if (words.empty() || std::ranges::find(words, settingText(value)) != words.end()) return std::nullopt;
+    std::string list;
+    for (const std::string_view word : words) list.append(list.empty() ? "" : ", ").append(word);
+    return takes + "one of " + list + "; not '" + settingText(value) + "'";
+}
+
+std::string exportSettingsHelp() {
+    std::string help = "settings (--set KEY=VALUE; with their defaults; 'orvanesync settings' lists all):\n";
+    for (const SettingGroup& group : mostChanged) {
+        help.append("  ").append(group.title).append("\n");
+        for (const std::string_view key : group.keys) {
+            const SettingDescription* setting = SettingsCatalogue::find(key);
+            std::string line = "    " + std::string(key) + "=" + settingText(setting->defaultValue());
+            line.resize(std::max<std::size_t>(line.size() + 2, 48), ' ');
+            help.append(line).append(SettingsCatalogue::meaning(key)).append("\n");
+        }
+    }
+    return help;
+}
+
+std::string unknownSetting(std::string_view key) {
+    std::vector<std::string_view> keys;
+    for (const auto& setting : SettingsCatalogue::all()) keys.push_back(setting.key);
+    std::string message = "no setting is called '" + platform::text::printable(key) + "'";
+    if (const auto meant = nearest(key, keys)) message += " (did you mean '" + std::string(*meant) + "'?)";
+    return message;
+}
+
+} // namespace orvane::cli

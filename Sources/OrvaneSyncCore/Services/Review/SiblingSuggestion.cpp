@@ -1,0 +1,53 @@
+#include "OrvaneSyncCore/Services/Review/SiblingSuggestion.h"
+
+#include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane {
+
+namespace {
+
+/// A number from a stored file may be beyond any whole one.
+long long whole(double value) {
+    constexpr double most = 1e15;
+    return std::isnan(value) ? 0 : static_cast<long long>(std::clamp(value, -most, most));
+}
+
+} // namespace
+
+std::optional<SiblingSuggestion> activeSiblingSuggestion(const SyncGroup& group, const SyncGroupList& groups,
+                                                         GroupNaming::Source source,
+                                                         const std::optional<std::string>& customPattern,
+                                                         double frameRate,
+                                                         const std::set<std::string>& dismissedKeys) {
+    if (!(frameRate > 0)) return std::nullopt;
+    const double frame = 1 / frameRate; // seconds
+    const SyncGroupList siblings = SyncClustering::siblings(group, groups, source, customPattern);
+    for (std::size_t i = 0; i < siblings.size(); ++i) {
+        const double offset = siblings[i].manualAudioOffsetSeconds;
+        if (siblings[i].id == group.id || !(std::abs(offset) >= frame) ||
+            !(std::abs(offset - group.manualAudioOffsetSeconds) >= frame))
+            continue;
+        constexpr double milliseconds = 1000;
+        std::string key = siblings[i].id.text() + ":" + std::to_string(whole(offset * milliseconds));
+        if (dismissedKeys.contains(key)) continue;
+        return SiblingSuggestion{siblings.element(i), offset, std::move(key)};
+    }
+    return std::nullopt;
+}
+
+std::string SiblingSuggestion::text(double frameRate) const {
+    const auto letter = GroupNaming::cameraLetter(sibling->video);
+    return (letter ? "Cam " + *letter : sibling->video.filename) + " was shifted " +
+           formatOffset(offsetSeconds, frameRate) + " — apply the same to this cam?";
+}
+
+std::string formatOffset(double seconds, double frameRate) {
+    constexpr double leastSeconds = 0.001;
+    const long long frames = std::abs(seconds) < leastSeconds ? 0 : whole(std::round(seconds * frameRate));
+    return (frames < 0 ? "" : "+") + std::to_string(frames) + "f";
+}
+
+} // namespace orvane

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/SyncGroupList.h"
+#include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
+
+#include <optional>
+#include <set>
+#include <string>
+
+namespace orvane {
+
+/// Another camera of the take was moved against its sound: the same move is offered to this one.
+struct SiblingSuggestion {
+    SyncGroupList::Element sibling;
+    double offsetSeconds = 0; ///< the sibling's manual offset
+    std::string dismissKey;   ///< changes when the sibling is moved again
+
+    /// What the banner says, in frames of the player's rate.
+    std::string text(double frameRate) const;
+};
+
+/// From the first sibling that was moved by a frame or more, and lies a frame or more from this clip.
+/// `frameRate` is the player's, frames per second; nothing where it is not above 0. Pure; any thread.
+std::optional<SiblingSuggestion> activeSiblingSuggestion(const SyncGroup& group, const SyncGroupList& groups,
+                                                         GroupNaming::Source source,
+                                                         const std::optional<std::string>& customPattern,
+                                                         double frameRate,
+                                                         const std::set<std::string>& dismissedKeys);
+
+/// Whole frames with their sign, such as "+3f"; below a millisecond "+0f".
+std::string formatOffset(double seconds, double frameRate);
+
+} // namespace orvane

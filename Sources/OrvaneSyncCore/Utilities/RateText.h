@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+namespace orvane {
+
+/// At most three significant digits: 23.976 reads "24", 119.88 reads "120", 1200 reads "1.2e+03".
+std::string threeDigits(double value);
+/// A rate as names and keywords say it: whole rates in full, others by three digits.
+std::string rateText(double framesPerSecond);
+
+} // namespace orvane

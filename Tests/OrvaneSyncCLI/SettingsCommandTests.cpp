@@ -1,0 +1,82 @@
+#include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "Platform/JSON.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace orvane::cli {
+namespace {
+
+struct SettingsCommand : testing::Test {
+    struct Outcome {
+        int status = 0;
+        std::string out, err;
+    };
+
+    Outcome settings(std::vector<std::string> words) const {
+        words.insert(words.begin(), "settings");
+        std::ostringstream out, err;
+        Context context{out, err};
+        context.settings = store;
+        const int status = run(words, context);
+        return {status, out.str(), err.str()};
+    }
+
+    std::shared_ptr<platform::MemorySettingsStore> store = std::make_shared<platform::MemorySettingsStore>();
+};
+
+TEST_F(SettingsCommand, listsEveryKeyWithAMeaningThatFitsALine) {
+    const std::string table = settings({}).out;
+    for (const auto& setting : SettingsCatalogue::all()) {
+        EXPECT_NE(table.find(std::string(setting.key) + " "), std::string::npos) << setting.key;
+        const auto meaning = SettingsCatalogue::meaning(setting.key);
+        EXPECT_TRUE(!meaning.empty() && meaning.size() <= 80) << setting.key;
+    }
+    const auto json = platform::JSON::parse(settings({"--json"}).out);
+    ASSERT_EQ(json.elements()->size(), SettingsCatalogue::all().size());
+    EXPECT_EQ(*json.elements()->front().find("default")->string(), "Synced");
+}
+
+TEST_F(SettingsCommand, keepsWhatItWasToldAndRefusesWhatNobodyReads) {
+    struct Case {
+        std::vector<std::string> words;
+        int status;
+        std::string says; ///< in the output, or in the error
+    };
+    const std::vector<Case> cases{
+        {{"get", "trimMode"}, 0, "common\n"},
+        {{"set", "trimMode", "video"}, 0, ""},
+        {{"get", "trimMode"}, 0, "video\n"},
+        {{"set", "trimMode", "longest"}, 2, "takes one of common, video, none; not 'longest'"},
+        {{"get", "trimMode"}, 0, "video\n"},
+        {{"unset", "trimMode"}, 0, ""},
+        {{"get", "trimMode"}, 0, "common\n"},
+        {{"set", "eventName", "12"}, 0, ""},
+        {{"get", "eventName"}, 0, "12\n"},
+        {{"set", "generateMulticam", "perhaps"}, 2, "takes a boolean"},
+        {{"set", "lockit.fieldMapping.v1", "[1]"}, 2, "takes a map"},
+        {{"set", "trimmode", "video"}, 2, "did you mean 'trimMode'?"},
+        {{"set", "trimMode"}, 2, "takes a key and a value"},
+        {{"get", "trimMode", "x"}, 2, "takes one key"},
+        {{"forget", "trimMode"}, 2, "get, set or unset"},
+    };
+    for (const Case& test : cases) {
+        const Outcome outcome = settings(test.words);
+        SCOPED_TRACE(test.words[0] + " " + test.words[1]);
+        EXPECT_EQ(outcome.status, test.status) << outcome.err;
+        if (test.status == 0)
+            EXPECT_EQ(outcome.out, test.says);
+        else
+            EXPECT_NE(outcome.err.find(test.says), std::string::npos) << outcome.err;
+    }
+    EXPECT_TRUE(store->storedValue("eventName").has_value());
+    EXPECT_FALSE(store->storedValue("trimMode").has_value());
+}
+
+} // namespace
+} // namespace orvane::cli

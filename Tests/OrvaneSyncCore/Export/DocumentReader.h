@@ -1,0 +1,33 @@
+#pragma once
+
+#include "FCPXMLKit/model/Time.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvane::test {
+
+/// An element of a document, for tests that look at what stands in it.
+struct Node {
+    std::string name;
+    std::map<std::string, std::string> attributes;
+    std::vector<Node> children;
+
+    bool has(const std::string& attribute) const { return attributes.contains(attribute); }
+    /// Empty where there is none.
+    std::string text(const std::string& attribute) const;
+    /// Nothing for an attribute that is not there or is no exact time.
+    std::optional<fcpxml::Time> time(const std::string& attribute) const;
+    /// Null where there is none.
+    const Node* child(const std::string& named) const;
+    /// Every element of that name below this one, in the order of the document; all of them for "".
+    std::vector<const Node*> all(const std::string& named) const;
+    bool operator==(const Node&) const = default;
+};
+
+/// The root of a document. Throws std::runtime_error for a text that is not well-formed.
+Node readDocument(const std::string& text);
+
+} // namespace orvane::test

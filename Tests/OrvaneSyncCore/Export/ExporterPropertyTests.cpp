@@ -1,0 +1,244 @@
+#include "OrvaneSyncCore/Export/DocumentReader.h"
+#include "OrvaneSyncCore/Export/RandomShoot.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane {
+namespace {
+
+using namespace test;
+using fcpxml::Time;
+
+constexpr unsigned documents = 150; ///< of each kind of numbers
+
+/// Every file has a name of its own, so a clip of the document is known by the file in it.
+const SyncGroup* groupOf(const Node& pictureClip, const SyncGroupList& groups) {
+    for (const SyncGroup& group : groups)
+        if (group.video.filename == pictureClip.text("name")) return &group;
+    return nullptr;
+}
+
+bool isWhole(const Time& time, const Time& unit) { return (time / unit).denominator() == BInt(1); }
+
+bool isOnGrid(const Time& time, const std::vector<double>& rates) {
+    return std::ranges::any_of(
+        rates, [&](double fps) { return isWhole(time, FCPXMLExporter::frameDurationTime(fps)); });
+}
+
+class Document {
+  public:
+    explicit Document(const Shoot& shoot)
+        : shoot_(shoot),
+          result_(FCPXMLExporter::exportDocument(shoot.groups, shoot.wildTracks, shoot.settings)),
+          root_(readDocument(result_.fcpxmlString)) {
+        for (const Node& item : root_.child("resources")->children)
+            if (!resources_.emplace(item.text("id"), &item).second)
+                ADD_FAILURE() << "twice " << item.text("id");
+    }
+
+    const std::string& text() const { return result_.fcpxmlString; }
+
+    /// What holds whatever the numbers are.
+    void checkReferences() const {
+        for (const Node* node : root_.all("")) {
+            if (node->has("format")) expectResource(*node, "format", "format");
+            if (node->has("ref")) expectResource(*node, "ref", node->name == "mc-clip" ? "media" : "asset");
+            for (const char* name : {"offset", "start", "duration", "tcStart", "frameDuration", "time"})
+                if (node->has(name)) expectTime(*node, name);
+            for (const char* name : {"duration", "frameDuration"})
+                EXPECT_FALSE(node->text(name).starts_with('-')) << node->name << " " << name;
+        }
+        for (const Node* clip : root_.all("mc-clip")) {
+            const auto angles = resource(clip->text("ref")).all("mc-angle");
+            for (const Node* source : clip->all("mc-source"))
+                EXPECT_TRUE(std::ranges::any_of(angles, [&](const Node* angle) {
+                    return angle->text("angleID") == source->text("angleID");
+                })) << source->text("angleID");
+        }
+    }
+
+    void checkCounts() const {
+        int clips = 0, multicams = 0;
+        for (const Node& event : root_.child("library")->children)
+            for (const Node& item : event.children) {
+                multicams += item.name == "mc-clip";
+                for (const Node& child : item.children)
+                    clips += item.name == "sync-clip" && child.name == "keyword" &&
+                             (child.text("value") == "Synced" || child.text("value") == "MOS");
+            }
+        EXPECT_EQ(clips, result_.syncClipCount);
+        EXPECT_EQ(multicams, result_.multicamCount);
+        EXPECT_EQ(multicams, std::ssize(root_.all("multicam")));
+    }
+
+    void checkPictures() const {
+        for (const Node* clip : root_.all("sync-clip")) checkPicture(*clip, *clip->child("asset-clip"));
+        for (const Node* picture : root_.all("asset-clip")) checkPicture(*picture, *picture);
+    }
+
+    void checkSound() const {
+        for (const Node* picture : root_.all("asset-clip"))
+            if (const Node* sound = picture->child("clip"))
+                checkAnchored(*picture, *sound, *groupOf(*picture, shoot_.groups));
+    }
+
+    void checkMulticams() const {
+        for (const Node* clip : root_.all("mc-clip")) {
+            const Node& multicam = resource(clip->text("ref")).children.front();
+            const Time earliest = *multicam.time("tcStart");
+            EXPECT_EQ(*clip->time("start"), earliest);
+            Time total = Time::zero();
+            EXPECT_GE(multicam.children.size(), 2U);
+            for (const Node& angle : multicam.children) {
+                const Node& camera = angle.children.back();
+                const Time offset = *camera.time("offset");
+                EXPECT_EQ(offset, *camera.time("start") - earliest);
+                EXPECT_EQ(angle.children.size(), offset == Time::zero() ? 1U : 2U);
+                if (offset != Time::zero()) {
+                    const Node gap{"gap",
+                                   {{"offset", "0s"},
+                                    {"start", earliest.description()},
+                                    {"duration", offset.description()}},
+                                   {}};
+                    EXPECT_EQ(angle.children.front(), gap);
+                }
+                total = std::max(total, offset + *camera.time("duration"));
+                if (shoot_.settings.generateSyncClips) expectInAnEvent(camera);
+            }
+            EXPECT_EQ(*clip->time("duration"), total);
+        }
+    }
+
+  private:
+    const Node& resource(const std::string& id) const { return *resources_.at(id); }
+
+    void expectResource(const Node& node, const char* attribute, const std::string& kind) const {
+        const auto found = resources_.find(node.text(attribute));
+        ASSERT_NE(found, resources_.end()) << node.name << " " << attribute << " " << node.text(attribute);
+        EXPECT_EQ(found->second->name, kind) << node.name << " " << attribute;
+    }
+
+    /// A whole number of seconds or a fraction, both of digits alone: an exact time.
+    static void expectTime(const Node& node, const char* attribute) {
+        std::string text = node.text(attribute);
+        const bool endsInSeconds = text.ends_with('s');
+        std::erase_if(text, [](char c) { return c >= '0' && c <= '9'; });
+        if (text.starts_with('-')) text.erase(0, 1);
+        EXPECT_TRUE(endsInSeconds && (text == "s" || text == "/s"))
+            << node.name << " " << attribute << "=" << node.text(attribute);
+    }
+
+    /// A clip with sound runs at the rate of its project. One that shows the file alone may run at the rate
+    /// of the file or of the sensor as well.
+    void checkPicture(const Node& node, const Node& picture) const {
+        const SyncGroup* group = groupOf(picture, shoot_.groups);
+        if (group == nullptr) return; // a clip of sound alone
+        const MediaAsset& video = group->video;
+        std::vector<double> rates{projectRate(*group)};
+        if (picture.child("clip") == nullptr)
+            for (const auto& rate :
+                 {video.frameRate, video.sensorFrameRate, std::optional(shoot_.settings.frameRate)})
+                rates.push_back(rate.value_or(24));
+        EXPECT_TRUE(isOnGrid(node.time("start").value(), rates)) << node.text("start");
+        // Cameras of one multicam clip may differ in their rates, and what lies between their starts in its
+        // grid.
+        const bool isPlaced = &node == &picture;
+        EXPECT_TRUE(!isPlaced || isOnGrid(node.time("offset").value(), rates)) << node.text("offset");
+        // What has no duration gets 1000 frames of the whole rate.
+        for (std::size_t i = rates.size(); i > 0 && !video.durationSeconds; --i)
+            rates.push_back(std::round(rates[i - 1]));
+        EXPECT_TRUE(isOnGrid(node.time("duration").value(), rates)) << node.text("duration");
+    }
+
+    double projectRate(const SyncGroup& group) const {
+        return FCPXMLExporter::usableRate(group.video.projectFrameRate, shoot_.settings.projectFrameRate);
+    }
+
+    void checkAnchored(const Node& picture, const Node& sound, const SyncGroup& group) const {
+        const MediaAsset& audio = group.audioMatches.front().audio;
+        const double fps = projectRate(group);
+        const Time frame = FCPXMLExporter::frameDurationTime(fps);
+        const Time start = *sound.time("start"), slide = *sound.time("offset") - start;
+        const bool isCounted = audio.bextTimeReference.value_or(0) != 0;
+        if (isCounted) {
+            EXPECT_EQ(start, Time(static_cast<std::int64_t>(*audio.bextTimeReference),
+                                  static_cast<std::int64_t>(audio.sampleRate.value_or(48000))));
+        }
+        EXPECT_TRUE(isWhole(slide, frame)) << slide.description();
+        for (const Node* channel : sound.all("audio")) {
+            EXPECT_EQ(channel->time("start"), start);
+            EXPECT_EQ(channel->time("offset"), start);
+        }
+        // The matcher reads the picture's timecode at a rate of its own where the picture states none.
+        if (!group.video.projectFrameRate) return;
+        const double global = FCPXMLExporter::effectiveGlobalAudioOffset(group, shoot_.settings, fps);
+        const double said =
+            group.audioMatches.front().syncOffsetSeconds + group.manualAudioOffsetSeconds + global;
+        // Each of the starts and slides may lose a part of a frame. A nominal rate such as 23.976 is a
+        // millionth below the true one, which by the evening is two frames.
+        const int cuts = 2 + (group.manualAudioOffsetSeconds != 0) + (global != 0);
+        const double lost = cuts * frame.toDouble() + start.toDouble() / 1e6 + (isCounted ? 0 : 1 / 20.0);
+        EXPECT_NEAR((*sound.time("offset") - *picture.time("start")).toDouble(), said, lost);
+    }
+
+    /// The same clip, but for its place in the angle.
+    void expectInAnEvent(const Node& camera) const {
+        for (const Node& event : root_.child("library")->children)
+            for (Node item : event.children) {
+                item.attributes["offset"] = camera.text("offset");
+                if (item == camera) return;
+            }
+        ADD_FAILURE() << "no event has the clip " << camera.text("name");
+    }
+
+    const Shoot& shoot_;
+    ExportResult result_;
+    Node root_;
+    std::map<std::string, const Node*> resources_;
+};
+
+/// Nothing where all clips are excluded.
+std::optional<Document> documentOf(const Shoot& shoot) {
+    if (std::ranges::all_of(shoot.groups, [](const SyncGroup& group) { return group.isExcludedFromExport; }))
+        return std::nullopt;
+    return std::optional<Document>(std::in_place, shoot);
+}
+
+TEST(ExporterProperties, DocumentsOfAShootSayWhatTheShootSays) {
+    int multicams = 0, sounds = 0;
+    for (unsigned seed = 1; seed <= documents; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const Shoot shoot = randomShoot(seed, Numbers::sane);
+        const auto document = documentOf(shoot);
+        if (!document) continue;
+        document->checkReferences();
+        document->checkCounts();
+        document->checkPictures();
+        document->checkSound();
+        document->checkMulticams();
+        EXPECT_EQ(documentOf(shoot)->text(), document->text()) << "the same again";
+        if (HasFailure()) return;
+        multicams += document->text().find("<multicam") != std::string::npos;
+        sounds += document->text().find("<sync-source") != std::string::npos;
+    }
+    EXPECT_GT(std::min(multicams, sounds), static_cast<int>(documents / 6))
+        << "the shoots are worth the test";
+}
+
+TEST(ExporterProperties, NumbersThatNoShootHasBreakNothing) {
+    for (unsigned seed = 1; seed <= documents; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const Shoot shoot = randomShoot(seed, Numbers::any);
+        const auto document = documentOf(shoot);
+        if (!document) continue;
+        document->checkReferences();
+        document->checkCounts();
+        if (HasFailure()) return;
+    }
+}
+
+} // namespace
+} // namespace orvane

@@ -1,0 +1,97 @@
+#include "OrvaneSyncCore/Export/ExportFixtures.h"
+#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Platform/Files.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace orvane {
+namespace {
+
+using namespace test;
+
+/// Whole documents for a reviewer to read. With ORVANE_UPDATE_GOLDEN set they are written anew; look at the
+/// difference before it is committed.
+void expectGolden(const std::string& name, const std::string& document) {
+    const std::string file =
+        std::string(ORVANE_SOURCE_DIR) + "/Tests/OrvaneSyncCore/Export/Golden/" + name + ".fcpxml";
+    if (std::getenv("ORVANE_UPDATE_GOLDEN") != nullptr) platform::files::writeAtomically(file, document);
+    EXPECT_EQ(document, platform::files::readText(file)) << name;
+}
+
+/// One take of cameras with those letters on one recording: B begins two seconds after A, C one second before
+/// it.
+void addTake(std::vector<SyncGroup>& groups, int number, const std::string& letters, const char* scene,
+             const char* take) {
+    const int start = 36000 + 300 * number;
+    MediaAsset sound = recording(2, "SR001_T" + std::to_string(number) + ".WAV");
+    sound.bextTimeReference = static_cast<std::uint64_t>(start - 2) * 48000;
+    sound.ixmlData = ixml(scene, take, {"Boom", "Anna & Ben"});
+    const struct {
+        const char* name;
+        int later;
+        double seconds;
+        const char* codec;
+    } cameras[] = {{"A", 0, 20, "apch"}, {"B", 2, 15, "apcn"}, {"C", -1, 22, "apch"}};
+    for (const auto& camera : cameras) {
+        if (letters.find(camera.name) == std::string::npos) continue;
+        MediaAsset video = picture(camera.name + ("001C00" + std::to_string(number)) + "_260309.mov");
+        video.startTimecodeString = TimecodeUtils::secondsToTC(start + camera.later, 25.0);
+        video.durationSeconds = camera.seconds;
+        video.videoCodecFourCC = camera.codec;
+        groups.push_back(matched(video, {sound}));
+    }
+}
+
+TEST(GoldenDocuments, ThreeCamerasByScene) {
+    std::vector<SyncGroup> groups;
+    addTake(groups, 1, "ABC", "2", "1");
+    addTake(groups, 2, "AC", "10A", "3");
+    // The report knows better than the slate on the recorder, for one camera.
+    groups[4].aleMetadata = std::map<std::string, std::string>{{"Scene", "2"}, {"Take", "4"}};
+    groups[1].masterGainDB = -3.214;
+    groups[2].manualAudioOffsetSeconds = 0.08;
+    MediaAsset silent = picture("D001C001_260309.mov");
+    silent.startTimecodeString = "11:00:00:00";
+    groups.push_back(matched(silent, {}, MatchStatus::mos()));
+
+    ExportSettings settings = settingsAt(25);
+    settings.eventName = "Day 1";
+    settings.splitEventsByScene = true;
+    settings.generateRawMediaEvent = false;
+    settings.atmoFileURL = FileURL{"/media/Atmo Kitchen.wav"};
+    SmartAudioResult& heard = settings.smartAudioResults[groups[0].id];
+    heard.bestTrackIndex = 2;
+    TrackAdjustment& adjustment = heard.tracks.emplace_back();
+    adjustment.trackIndex = 2;
+    adjustment.voiceIsolationAmount = 0.4F;
+    adjustment.loudnessAmount = 0.3F;
+    WildTrack wild(recording(1, "wind.wav"), "Wind");
+    wild.isApproved = true;
+
+    const ExportResult result = FCPXMLExporter::exportDocument(SyncGroupList(groups), {wild}, settings);
+    expectGolden("three-cameras", result.fcpxmlString);
+    EXPECT_EQ(result.warnings,
+              std::vector<std::string>{"Multicam angles span different scenes (Day 1 002, Day 1 10A): "
+                                       "A001C002_260309.mov, C001C002_260309.mov — placed "
+                                       "in the first angle's scene event."});
+}
+
+TEST(GoldenDocuments, MulticamAloneInDropFrame) {
+    std::vector<SyncGroup> groups;
+    for (const char* start : {"10:00:00:00", "10:00:01:02"}) {
+        MediaAsset video = picture("CLIP" + std::to_string(groups.size() + 1) + ".mov");
+        video.startTimecodeString = start;
+        video.frameRate = video.projectFrameRate = 30000.0 / 1001;
+        groups.push_back(matched(video, {recording(1)}));
+    }
+    ExportSettings settings = settingsAt(29.97);
+    settings.generateSyncClips = settings.generateRawMediaEvent = false;
+    settings.multicamCodec = MulticamCodec::proRes422Proxy;
+    expectGolden("multicam-alone",
+                 FCPXMLExporter::exportDocument(SyncGroupList(groups), {}, settings).fcpxmlString);
+}
+
+} // namespace
+} // namespace orvane

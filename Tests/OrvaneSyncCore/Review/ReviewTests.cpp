@@ -1,0 +1,96 @@
+#include "OrvaneSyncCore/Services/Review/AlternateAudio.h"
+#include "OrvaneSyncCore/Services/Review/SiblingSuggestion.h"
+#include "Support/Assets.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace orvane {
+namespace {
+
+constexpr double rate = 25;
+constexpr double frame = 1 / rate;
+
+SyncGroup camera(const char* name, double offset, const char* take = "3") {
+    SyncGroup group = test::clip(test::video(name), test::slated(test::audio("T.wav"), "12", take));
+    group.manualAudioOffsetSeconds = offset;
+    return group;
+}
+
+/// The file name of the sibling that is suggested to the first camera.
+std::string suggested(const SyncGroupList& cameras, const std::set<std::string>& dismissed = {},
+                      double frameRate = rate) {
+    const auto found = activeSiblingSuggestion(cameras.front(), cameras, GroupNaming::Source::sceneTake,
+                                               std::nullopt, frameRate, dismissed);
+    return found ? found->sibling->video.filename : "";
+}
+
+TEST(SiblingSuggestion, comesFromTheFirstSiblingThatWasMoved) {
+    SyncGroup excluded = camera("B001C001.mov", 1);
+    excluded.isExcludedFromMulticamFlag = true;
+    struct Case {
+        const char* name;
+        SyncGroupList cameras;
+        const char* sibling;
+    };
+    const Case cases[] = {
+        {"moved by a frame", {camera("A.mov", 0), camera("B.mov", frame)}, "B.mov"},
+        {"moved back", {camera("A.mov", 0), camera("B.mov", -frame)}, "B.mov"},
+        {"half a frame is nothing", {camera("A.mov", 0), camera("B.mov", frame / 2)}, ""},
+        {"the same offset already", {camera("A.mov", 0.2), camera("B.mov", 0.2)}, ""},
+        {"only this clip was moved", {camera("A.mov", 0.2), camera("B.mov", 0)}, ""},
+        {"another take", {camera("A.mov", 0), camera("B.mov", 1, "4")}, ""},
+        {"an excluded sibling", {camera("A.mov", 0), excluded}, ""},
+        {"the first that qualifies",
+         {camera("A.mov", 0), camera("B.mov", 0), camera("C.mov", 1), camera("D.mov", 2)},
+         "C.mov"},
+    };
+    for (const Case& one : cases) EXPECT_EQ(suggested(one.cameras), one.sibling) << one.name;
+    for (const double noRate : {0.0, -25.0}) EXPECT_EQ(suggested(cases[0].cameras, {}, noRate), "");
+}
+
+TEST(SiblingSuggestion, isDismissedUntilTheSiblingMovesAgain) {
+    SyncGroupList cameras{camera("A.mov", 0), camera("B001C001_x.mov", -1.23456), camera("C.mov", 2)};
+    const UUID sibling = cameras[1].id;
+    const std::set<std::string> dismissed{sibling.text() + ":-1234"};
+    EXPECT_EQ(suggested(cameras), "B001C001_x.mov");
+    EXPECT_EQ(suggested(cameras, dismissed), "C.mov");
+    cameras.update(sibling, [](SyncGroup& group) { group.manualAudioOffsetSeconds = -1.0; });
+    EXPECT_EQ(suggested(cameras, dismissed), "B001C001_x.mov");
+    const auto again =
+        activeSiblingSuggestion(cameras[0], cameras, GroupNaming::Source::sceneTake, {}, rate, {});
+    EXPECT_EQ(again->text(rate), "Cam B was shifted -25f — apply the same to this cam?");
+    EXPECT_EQ((SiblingSuggestion{cameras.element(2), 2, ""}.text(rate)),
+              "C.mov was shifted +50f — apply the same to this cam?");
+}
+
+TEST(SiblingSuggestion, formatsOffsetsInFrames) {
+    struct Case {
+        double seconds;
+        double frameRate;
+        const char* text;
+    };
+    for (const auto& [seconds, frameRate, text] :
+         {Case{-0.5, 24, "-12f"}, Case{0.0004, 24, "+0f"}, Case{-0.0004, 24000, "+0f"},
+          Case{0.021, 24, "+1f"}, Case{-0.002, 24, "+0f"}, Case{1, 23.976, "+24f"},
+          Case{1e300, 24, "+1000000000000000f"}})
+        EXPECT_EQ(formatOffset(seconds, frameRate), text) << seconds;
+}
+
+TEST(AlternateAudio, lanesOfAllButTheFirst) {
+    SyncGroup group = test::clip(test::video("A.mov"), test::audio("primary.wav"));
+    EXPECT_TRUE(alternateAudioLanes(group).empty());
+    MediaAsset unknown = test::audio("b.wav");
+    unknown.durationSeconds.reset();
+    group.audioMatches.emplace_back(test::audio("a.wav", "", 10), -5, 1); // to 5
+    group.audioMatches.emplace_back(unknown, 4, 1);                       // at 4
+    group.audioMatches.emplace_back(test::audio("c.wav", "", 10), 5, 1);
+    group.audioMatches.emplace_back(test::audio("d.wav", "", -3), 4, 1); // never ends before it starts
+    EXPECT_EQ(alternateAudioLanes(group), (std::vector{0, 1, 0, 1}));
+}
+
+} // namespace
+} // namespace orvane

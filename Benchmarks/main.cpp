@@ -1,6 +1,7 @@
 #include "CoreBenchmarks.h"
 #include "Process.h"
 #include "ReportBenchmarks.h"
+#include "SessionBenchmarks.h"
 #include "SoundBenchmarks.h"
 #include "Table.h"
 
@@ -92,6 +93,7 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printExportMemory(self);
     printReportRows(results, self, program, folder);
     printSoundRows(results, self, program, folder);
+    printSessionRows(results);
     const auto version = medianRun({program, "--version"}, 51);
     const auto nothing = medianRun({"/bin/true"}, 51);
     constexpr double mostMilliseconds = 20;
@@ -123,6 +125,7 @@ int main(int argc, char** argv) {
     registerCoreBenchmarks(corpus, folder + "/probe-cache.json");
     registerReportBenchmarks(folder);
     registerSoundBenchmarks();
+    registerSessionBenchmarks(folder);
 
     std::vector<char*> options{argv[0]};
     std::string repetitions = "--benchmark_repetitions=5", quiet = "--benchmark_report_aggregates_only=true",

@@ -30,6 +30,8 @@ const Command& loudnessCommand();
 const Command& ltcCommand();
 const Command& reportCommand();
 const Command& timecodeCommand();
+const Command& sessionCommand();
+const Command& projectCommand();
 const Command& settingsCommand();
 const Command& doctorCommand();
 

@@ -56,6 +56,12 @@ std::string whyUnmatched(const SyncGroup& group, bool anySound) {
     return anySound ? "no sound at that time" : "no recordings given";
 }
 
+/// Work that was kept has no scan; then its clips tell.
+bool hasSound(const ImportController& controller) {
+    return controller.scanResult() ? !controller.scanResult()->audioAssets.empty()
+                                   : controller.matchedCount() > controller.mosCount();
+}
+
 std::string matchText(const SyncGroup& group) {
     std::string text = group.matchStatus.label();
     if (group.video.isOffspeed()) text += ", off-speed";
@@ -89,7 +95,7 @@ std::string clipsText(const ImportController& controller, bool bold) {
 /// The clips that wait for a decision, with the recordings to choose from.
 std::string issuesText(const ImportController& controller, bool bold) {
     Table table({{"NOT MATCHED"}, {"STARTS"}, {"LENGTH", Table::Align::right}, {"WHY"}});
-    const bool anySound = !controller.scanResult()->audioAssets.empty();
+    const bool anySound = hasSound(controller);
     for (const SyncGroup& group : filtered(controller.syncGroups(), FilterMode::issues)) {
         table.add({group.video.filename, startText(group.video), lengthText(group.video),
                    whyUnmatched(group, anySound)});
@@ -145,14 +151,17 @@ void addRecorderFacts(Table& table, const MediaAsset& asset) {
 
 std::string stateText(const ImportController& controller, bool bold) {
     const auto& scan = controller.scanResult();
-    if (!scan || scan->totalFiles() == 0) return "No video or audio files found.\n";
+    if (controller.syncGroups().empty() && (!scan || scan->totalFiles() == 0))
+        return scan ? "No video or audio files found.\n" : "No clips.\n";
     std::string text =
         clipsText(controller, bold) + issuesText(controller, bold) + wildTracksText(controller, bold);
+    text += counted(static_cast<long long>(controller.syncGroups().size()), "clip", "clips") + ": " +
+            std::to_string(controller.syncClipCount()) + " with sound, " +
+            std::to_string(controller.mosCount()) + " MOS, " + std::to_string(controller.unmatchedCount()) +
+            " not matched";
+    if (!scan) return text + ".\n";
     text +=
-        counted(static_cast<long long>(controller.syncGroups().size()), "clip", "clips") + ": " +
-        std::to_string(controller.syncClipCount()) + " with sound, " + std::to_string(controller.mosCount()) +
-        " MOS, " + std::to_string(controller.unmatchedCount()) + " not matched; " +
-        counted(static_cast<long long>(controller.wildTracks().size()), "recording", "recordings") +
+        "; " + counted(static_cast<long long>(controller.wildTracks().size()), "recording", "recordings") +
         " without picture. " + counted(static_cast<long long>(scan->totalFiles()), "file", "files") + " in " +
         (scan->scanDuration < 1 ? formatted("%.0f ms", scan->scanDuration * 1000)
                                 : formatted("%.1f s", scan->scanDuration)) +
@@ -163,7 +172,7 @@ std::string stateText(const ImportController& controller, bool bold) {
 
 std::vector<std::string> leftOutWarnings(const ImportController& controller) {
     std::vector<std::string> warnings;
-    const bool anySound = controller.scanResult() && !controller.scanResult()->audioAssets.empty();
+    const bool anySound = hasSound(controller);
     for (const SyncGroup& group : filtered(controller.syncGroups(), FilterMode::issues))
         warnings.push_back("not in the document: " + group.video.filename + " (" +
                            whyUnmatched(group, anySound) + ")");

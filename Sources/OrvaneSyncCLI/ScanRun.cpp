@@ -56,7 +56,7 @@ const std::vector<Option>& scanOptions() {
     return options;
 }
 
-ScanRun::ScanRun(Context& context, const Arguments& arguments)
+ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
     : context_(context), loop_(platform::RunLoop::create()), progress_(context, arguments.has("--quiet")) {
     ImportController::Dependencies dependencies;
     dependencies.mainThread = loop_;
@@ -64,7 +64,7 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments)
     dependencies.clock = context.clock;
     if (!arguments.has("--no-cache")) dependencies.probeCache = context.openProbeCache();
     controller_ = ImportController::create(std::move(dependencies));
-    chooseFolders(*controller_, arguments);
+    if (folders == Folders::ofArguments) chooseFolders(*controller_, arguments);
     if (const auto report = arguments.value("--report")) loadReport(*report);
     subscription_ = controller_->onChange([this](ImportField field) {
         if (field == ImportField::scanState && controller_->scanState() != ScanState::done)
@@ -92,6 +92,23 @@ void ScanRun::show(std::string_view phase) { progress_.show({std::string(phase),
 void ScanRun::scan() {
     wait(controller_->startScan());
     wait(controller_->waitForAnalysisAfterScan());
+    warnOfUnreadableFolders();
+}
+
+void ScanRun::open(const std::string& projectFile) {
+    controller_->setAnalysesAfterScan(false); // the tracks are those that the project holds
+    wait(controller_->loadProject({platform::files::standardized(projectFile)}));
+    for (const auto& folder : {controller_->videoFolderURL(), controller_->audioFolderURL()})
+        if (folder)
+            if (const std::string why = whyUnreadable(folder->path, true); !why.empty())
+                throw CommandError("can't read the project's folder '" + folder->path + "': " + why);
+    if (!controller_->canScan()) throw CommandError("the project names no folders");
+    if (const auto& error = controller_->aleImportError())
+        context_.warn("the project's report can't be read: " + *error);
+    warnOfUnreadableFolders();
+}
+
+void ScanRun::warnOfUnreadableFolders() const {
     if (const auto& found = controller_->discoveryResult())
         for (const FileURL& folder : found->unreadableFolders)
             context_.warn("can't read the folder '" + folder.path + "'; its files are missing here");

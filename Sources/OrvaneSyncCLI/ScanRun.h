@@ -18,9 +18,10 @@ const std::vector<Option>& scanOptions();
 /// One controller on a run loop of its own, driven through a scan.
 class ScanRun {
   public:
-    /// Throws UsageError for folders that make no sense and CommandError for folders that cannot be read.
-    /// Loads the report, and warns of one that cannot be read.
-    ScanRun(Context& context, const Arguments& arguments);
+    enum class Folders { ofArguments, ofProject };
+    /// Throws UsageError for folders that make no sense and CommandError for folders that cannot be read. A
+    /// project brings its own. Loads the report, and warns of one that cannot be read.
+    ScanRun(Context& context, const Arguments& arguments, Folders folders = Folders::ofArguments);
 
     ImportController& controller() { return *controller_; }
     /// What was warned of the report.
@@ -31,11 +32,15 @@ class ScanRun {
     /// Says on the progress line what is being done, until the next wait ends.
     void show(std::string_view phase);
     void clearProgress() { progress_.clear(); }
+    /// The same with the folders and edits of a project file. Throws FileError, ProjectError, and
+    /// CommandError when the folders are not there.
+    void open(const std::string& projectFile);
     /// Waits for an operation of the controller; its exception passes through.
     void wait(const platform::Task& operation);
 
   private:
     void loadReport(const std::string& path);
+    void warnOfUnreadableFolders() const;
 
     Context& context_;
     std::shared_ptr<platform::RunLoop> loop_;

@@ -1,13 +1,9 @@
+#include "Platform/FileLock.h"
 #include "Platform/Files.h"
 #include "Platform/SettingsStore.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <system_error>
 
 namespace orvane::platform {
 
@@ -18,37 +14,6 @@ constexpr std::uint64_t largestSettingsFile = std::uint64_t{64} << 20U; // bytes
 std::string folderOf(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     return slash == std::string::npos ? "." : path.substr(0, std::max<std::size_t>(slash, 1));
-}
-
-/// Holds the lock file beside the settings. The file stays: removing it would let two processes hold two
-/// locks.
-class FileLock {
-  public:
-    explicit FileLock(const std::string& path)
-        : file_(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
-        int result = file_;
-        if (file_ >= 0) do
-                result = ::flock(file_, LOCK_EX);
-            while (result != 0 && errno == EINTR);
-        if (result >= 0) return;
-        const int reason = errno;
-        if (file_ >= 0) ::close(file_);
-        throw FileError("can't lock " + path + ": " + std::generic_category().message(reason));
-    }
-    ~FileLock() { ::close(file_); }
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
-
-  private:
-    int file_;
-};
-
-/// Where a file that can't be understood is kept: the first such name that is free.
-std::string nameToKeep(const std::string& path) {
-    const std::string first = path + ".unreadable";
-    std::string name = first;
-    for (int i = 2; files::exists(name); ++i) name = first + "-" + std::to_string(i);
-    return name;
 }
 
 } // namespace
@@ -95,7 +60,7 @@ SettingsFile FileSettingsStore::load() const {
 SettingsStore::Values FileSettingsStore::persist(const Changes& changes) {
     constexpr unsigned ownerOnly = 0700; // as the base directory rules want it
     if (!files::exists(folderOf(path_))) files::createDirectories(folderOf(path_), ownerOnly);
-    const FileLock lock(path_ + ".lock");
+    const FileLock lock = FileLock::ofFile(path_ + ".lock");
 
     const SettingsFile file = load();
     Values values = applied(file.values, changes);
@@ -104,8 +69,8 @@ SettingsStore::Values FileSettingsStore::persist(const Changes& changes) {
     JSON::Object members(values.begin(), values.end());
     const std::string contents = JSON(std::move(members)).dump(JSON::Layout::pretty) + "\n";
     if (file.problem) {
-        const std::string kept = nameToKeep(path_);
-        files::writeAtomically(kept, files::readText(path_, largestSettingsFile));
+        const std::string kept = files::unreadableName(path_);
+        files::keepAs(path_, kept);
         const std::lock_guard guard(problemMutex_);
         problem_ =
             "the settings file could not be understood (" + *file.problem + ") and was kept as " + kept;

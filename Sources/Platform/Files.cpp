@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -27,7 +28,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr double referenceDateUnixSeconds = 978307200.0; // 1 January 2001 00:00 UTC
-constexpr int mostLinks = 40;                            // as many as the kernel follows
+constexpr std::string_view temporaryPrefix = ".orvane-", temporarySuffix = ".tmp";
+constexpr int mostLinks = 40; // as many as the kernel follows
 
 [[noreturn]] void fail(const char* deed, const std::string& path, int reason) {
     throw FileError(std::string(deed) + " " + text::validUTF8(path) + ": " +
@@ -86,13 +88,13 @@ std::string behindLinks(std::string path) {
 std::string temporaryName(const std::string& path) {
     std::array<std::byte, 8> random;
     secureRandom(random);
-    std::string name = folderOf(path) + "/.orvane-";
+    std::string name = folderOf(path) + "/" + std::string(temporaryPrefix);
     constexpr std::string_view digits = "0123456789abcdef";
     for (const std::byte byte : random) {
         name += digits[std::to_integer<std::size_t>(byte >> 4)];
         name += digits[std::to_integer<std::size_t>(byte & std::byte{15})];
     }
-    return name + ".tmp";
+    return name + std::string(temporarySuffix);
 }
 
 /// The temporary files of writes under way. Never destroyed: a thread may write until the very end.
@@ -244,6 +246,37 @@ void writeAtomically(const std::string& path, std::string_view contents) {
     if (::rename(temporary.c_str(), target.c_str()) != 0) fail("can't write", path, errno);
     discard.disarm();
     syncFolder(folderOf(target));
+}
+
+void keepAs(const std::string& path, const std::string& keptPath) {
+    const std::string temporary = temporaryName(keptPath);
+    Discard discard(temporary);
+    // Followed where the path is a link, as a write to it is.
+    if (::linkat(AT_FDCWD, path.c_str(), AT_FDCWD, temporary.c_str(), AT_SYMLINK_FOLLOW) != 0)
+        return writeAtomically(keptPath, readText(path));
+    if (::rename(temporary.c_str(), keptPath.c_str()) != 0) fail("can't write", keptPath, errno);
+    // Where both names lead to the file already, the system takes neither away.
+    ::unlink(temporary.c_str());
+    discard.disarm();
+    syncFolder(folderOf(keptPath));
+}
+
+std::string unreadableName(const std::string& path) {
+    const std::string first = path + ".unreadable";
+    std::string name = first;
+    for (int i = 2; exists(name); ++i) name = first + "-" + std::to_string(i);
+    return name;
+}
+
+void removeAbandonedTemporaries(const std::string& folder) {
+    constexpr std::time_t longestWrite = 3600; // seconds
+    for (const std::string& name : childNames(folder).value_or(std::vector<std::string>())) {
+        if (!name.starts_with(temporaryPrefix) || !name.ends_with(temporarySuffix)) continue;
+        const std::string path = folder + "/" + name;
+        struct stat status {};
+        if (::lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
+        if (std::time(nullptr) - status.st_mtim.tv_sec > longestWrite) ::unlink(path.c_str());
+    }
 }
 
 void discardTemporaries() {

@@ -46,6 +46,16 @@ void writeAtomically(const std::string& path, std::string_view contents);
 /// Nothing may be written after this. Any thread.
 void discardTemporaries();
 
+/// Gives a file a second name in its folder, replacing what has that name; a later whole write to the first
+/// leaves the second as it was. A copy where the file system knows no second names. The file stays in its
+/// place all the time. Throws FileError.
+void keepAs(const std::string& path, const std::string& keptPath);
+/// Where a file that can't be understood is kept beside the new one: "<path>.unreadable", with a number where
+/// there is one already.
+std::string unreadableName(const std::string& path);
+/// Removes temporary files that killed writers left in the folder: those that nobody has touched for a while.
+void removeAbandonedTemporaries(const std::string& folder);
+
 /// Makes the folder and the folders above it, each new one with these permissions (less the process's mask).
 /// Throws FileError.
 void createDirectories(const std::string& path, unsigned mode = 0777);

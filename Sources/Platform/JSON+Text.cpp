@@ -159,9 +159,9 @@ JSON JSON::parse(std::string_view text) {
     return tree(parsed(parser, text));
 }
 
-std::string JSON::dump(Layout layout) const {
+std::string JSON::dump(Layout layout, std::size_t depth) const {
     std::string out;
-    write(out, layout, 0);
+    write(out, layout, depth);
     return out;
 }
 

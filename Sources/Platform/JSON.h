@@ -51,8 +51,9 @@ class JSON {
     static JSON parse(std::string_view text);
 
     /// UTF-8, keys sorted by bytes; bytes that are not UTF-8 become U+FFFD. Doubles print in their shortest
-    /// form that reads back equal, with ".0" where they are whole, so that they come back as doubles.
-    std::string dump(Layout layout = Layout::compact) const;
+    /// form that reads back equal, with ".0" where they are whole, so that they come back as doubles. `depth`
+    /// is how deep the value will stand in a longer pretty text.
+    std::string dump(Layout layout = Layout::compact, std::size_t depth = 0) const;
 
     bool isNull() const { return std::holds_alternative<std::monostate>(value_); }
     bool isObject() const { return std::holds_alternative<Object>(value_); }

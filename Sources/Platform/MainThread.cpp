@@ -20,6 +20,9 @@ class SteadyClock final : public Clock {
     std::chrono::nanoseconds now() const override {
         return std::chrono::steady_clock::now().time_since_epoch();
     }
+    std::chrono::sys_time<std::chrono::milliseconds> date() const override {
+        return std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
+    }
 };
 
 class PlainRunLoop final : public RunLoop {

@@ -13,6 +13,8 @@ class Clock {
     virtual ~Clock() = default;
     /// Monotonic; for intervals.
     virtual std::chrono::nanoseconds now() const = 0;
+    /// The date and time of day, which the user may set; for what is stored and shown.
+    virtual std::chrono::sys_time<std::chrono::milliseconds> date() const = 0;
 };
 
 /// The machine's own monotonic clock.

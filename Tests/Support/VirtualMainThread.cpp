@@ -10,6 +10,11 @@ std::chrono::nanoseconds ManualClock::now() const {
     return now_;
 }
 
+std::chrono::sys_time<std::chrono::milliseconds> ManualClock::date() const {
+    using namespace std::chrono;
+    return sys_days{2024y / May / 17} + 10h + floor<milliseconds>(now());
+}
+
 void ManualClock::advance(std::chrono::nanoseconds by) {
     const std::lock_guard lock(mutex_);
     now_ += by;

@@ -18,6 +18,8 @@ namespace orvane::test {
 class ManualClock final : public platform::Clock {
   public:
     std::chrono::nanoseconds now() const override;
+    /// 17 May 2024 10:00 UTC and what has passed since.
+    std::chrono::sys_time<std::chrono::milliseconds> date() const override;
     void advance(std::chrono::nanoseconds by);
     void set(std::chrono::nanoseconds moment);
 

@@ -122,6 +122,7 @@ platform::Task ImportController::scan(std::weak_ptr<ImportController> weak, std:
     const auto& assets = *self->scanResult_;
     self->adoptMatches(self->syncEngine_.match(assets.videoAssets, assets.audioAssets), assets.audioAssets);
     self->mergeLoadedReport();
+    self->applyProjectEdits();
     if (self->scanNumber_ != scanNumber) co_return;
     self->set(self->scanState_, ScanState::done, ImportField::scanState);
     self->set(self->progress_, ScanProgress::idle(), ImportField::progress);
@@ -168,8 +169,8 @@ void ImportController::adoptMatches(SyncGroupList groups, const std::vector<Medi
 
 void ImportController::reset() {
     assertOnMainThread();
-    ++scanNumber_;
-    runningScan_.reset();
+    abandonScan();
+    project_.unapplied.reset();
     videoFolderURL_.reset();
     audioFolderURL_.reset();
     discoveryResult_.reset();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/ProjectFileState.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioState.h"
 #include "OrvaneSyncApp/Controllers/UndoStack.h"
 #include "OrvaneSyncCore/Models/ALEFile.h"
@@ -15,6 +16,7 @@
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Services/Metadata/MetadataMerger.h"
 #include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
+#include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "Platform/MainThread.h"
 #include "Platform/SettingsStore.h"
@@ -48,7 +50,8 @@ enum class ImportField : std::uint8_t {
     wildTracks,
     report,
     smartAudio,
-    undoState
+    undoState,
+    project
 };
 
 /// An operation named a clip that is not in the list.
@@ -131,6 +134,16 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// How many clips got a row; with a hint where they are so few that the strategy may be wrong.
     static std::string aleMatchStatusMessage(const MetadataMerger::MergeResult& result,
                                              const ALEMatchStrategy& strategy);
+
+    // The project file (ImportController+Project.cpp).
+
+    const ProjectFileState& project() const { return project_; }
+    /// Throws FileError or ProjectError; the old file then stands.
+    void saveProject(const FileURL& url);
+    /// Scans the project's folders and lays its edits over the clips. Where a folder is not there, no scan
+    /// runs, the clips stay as they were, and the edits wait for the next scan. The task ends with a
+    /// FileError or ProjectError when the file can't be opened; then nothing has changed.
+    platform::Task loadProject(FileURL url);
 
     // Counts over the clips.
 
@@ -295,6 +308,10 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     // ImportController+Reports.cpp
     void mergeLoadedReport();
     void clearMetadata(const UndoStep& step, const std::function<bool(SyncGroupList&)>& clear);
+    // ImportController+Project.cpp
+    static platform::Task openProject(std::weak_ptr<ImportController> weak, FileURL url);
+    void abandonScan();
+    void applyProjectEdits();
     // ImportController+SmartAudio.cpp
     struct AnalysisRun;
     static platform::Task analyseAll(std::weak_ptr<ImportController> weak, std::shared_ptr<AnalysisRun> run);
@@ -354,8 +371,9 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     std::vector<WildTrack> wildTracks_;
     std::optional<FileURL> aleFileURL_;
     std::optional<ALEFile> aleFile_;
-    UndoStack<SyncGroupList> undoStack_;
     std::optional<std::string> aleImportError_;
+    UndoStack<SyncGroupList> undoStack_;
+    ProjectFileState project_;
     std::optional<std::string> aleMatchStatus_;
     SmartAudioState smartAudio_;
     int runningAnalyses_ = 0;
@@ -368,6 +386,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     const FileDiscoveryService discoveryService_{};
     const std::shared_ptr<MediaProbeService> probeService_;
     const SyncEngine syncEngine_{};
+    const ProjectService projectService_{};
     const ALEParser aleParser_{};
     const MetadataMerger metadataMerger_{};
     // Last, as what runs on their queues is waited for before anything else goes: one operation of the

@@ -80,6 +80,14 @@ std::optional<FileURL> FileURL::fromAbsoluteString(std::string_view text) {
     return FileURL{std::move(*path)};
 }
 
+std::string FileURL::pathText() const { return platform::text::isValidUTF8(path) ? path : absoluteString(); }
+
+std::optional<FileURL> FileURL::fromPathText(std::string_view text) {
+    if (auto url = fromAbsoluteString(text)) return url;
+    if (text.empty() || text.find('\0') != std::string_view::npos) return std::nullopt;
+    return FileURL{std::string(text)};
+}
+
 std::string FileURL::lastPathComponent() const { return platform::text::validUTF8(lastComponent(path)); }
 
 std::string FileURL::pathExtension() const {

@@ -18,6 +18,11 @@ struct FileURL {
     /// Nothing when the text is no "file:" URL of this machine or holds a broken percent escape.
     static std::optional<FileURL> fromAbsoluteString(std::string_view text);
 
+    /// The path as stored texts hold it; for a path that is no UTF-8 its URL. (No path begins like one.)
+    std::string pathText() const;
+    /// Nothing for a text that can be no path.
+    static std::optional<FileURL> fromPathText(std::string_view text);
+
     /// For people and for matching: valid UTF-8, undecodable bytes replaced by U+FFFD.
     std::string lastPathComponent() const;
     /// Without the dot, as written; empty when there is none.

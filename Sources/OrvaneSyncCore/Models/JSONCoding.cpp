@@ -76,6 +76,12 @@ JSON toJSON(const UUID& id) { return id.text(); }
 JSON toJSON(const FileURL& url) { return url.absoluteString(); }
 JSON toJSON(Date date) { return iso8601(date); }
 
+JSON toJSON(const std::set<int>& values) {
+    JSON json = JSON::array();
+    for (const int value : values) json.append(value);
+    return json;
+}
+
 JSON toJSON(float value) {
     if (!std::isfinite(value)) return static_cast<double>(value);
     std::array<char, 64> text{};

@@ -111,6 +111,14 @@ std::vector<T> requiredArray(const Json& object, std::string_view key) {
     return result;
 }
 
+/// A set is stored as a list in ascending order.
+template <class Json>
+std::set<int> requiredSet(const Json& object, std::string_view key) {
+    const auto values = requiredArray<int>(object, key);
+    return {values.begin(), values.end()};
+}
+JSON toJSON(const std::set<int>& values);
+
 template <class Records>
 JSON toJSONArray(const Records& records) {
     JSON::Array elements;

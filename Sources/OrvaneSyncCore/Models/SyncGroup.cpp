@@ -36,17 +36,6 @@ constexpr std::array<MethodRow, 3> methodRows{{
 
 const MethodRow& row(SyncMethod method) { return methodRows.at(static_cast<std::size_t>(method)); }
 
-JSON toJSONSet(const std::set<int>& values) {
-    JSON json = JSON::array();
-    for (const int value : values) json.append(value);
-    return json;
-}
-
-std::set<int> requiredSet(const JSON& object, std::string_view key) {
-    const auto values = requiredArray<int>(object, key);
-    return {values.begin(), values.end()};
-}
-
 using TextMap = std::map<std::string, std::string>;
 
 JSON toJSONMap(const TextMap& map) {
@@ -55,14 +44,26 @@ JSON toJSONMap(const TextMap& map) {
     return json;
 }
 
-std::optional<TextMap> optionalMap(const JSON& object, std::string_view key) {
-    const JSON* value = object.find(key);
-    if (value == nullptr || value->isNull()) return std::nullopt;
-    const JSON::Object* members = value->members();
-    if (members == nullptr) throw DecodingError(std::string(key) + ": expected an object");
+TextMap mapFromJSON(const JSON& json) {
+    const JSON::Object* members = json.members();
+    if (members == nullptr) throw DecodingError("expected an object");
     TextMap map;
     for (const auto& [name, text] : *members) map[name] = fromJSON<std::string>(text);
     return map;
+}
+
+const JSON& tree(const JSON& json) { return json; }
+JSON tree(const JSONView& json) { return json.value(); }
+
+template <class Json>
+std::optional<TextMap> optionalMap(const Json& object, std::string_view key) {
+    const auto value = object.find(key);
+    if (!value || value->isNull()) return std::nullopt;
+    try {
+        return mapFromJSON(tree(*value));
+    } catch (const DecodingError& error) {
+        throw DecodingError(std::string(key) + ": " + error.what());
+    }
 }
 
 } // namespace
@@ -71,6 +72,9 @@ std::string MatchStatus::label() const {
     const StatusRow& r = row(kind);
     return r.hasCount ? std::string(r.label) + " (" + std::to_string(count) + ")" : std::string(r.label);
 }
+
+std::string_view MatchStatus::name() const { return row(kind).name; }
+bool MatchStatus::hasCount() const { return row(kind).hasCount; }
 
 std::string_view label(SyncMethod method) { return row(method).label; }
 std::string_view description(SyncMethod method) { return row(method).description; }
@@ -130,10 +134,24 @@ JSON toJSON(const AudioMatch& match) {
     return json;
 }
 
-template <>
-AudioMatch fromJSON<AudioMatch>(const JSON& json) {
+namespace {
+
+template <class Json>
+AudioMatch decodedMatch(const Json& json) {
     return {required<UUID>(json, "id"), required<MediaAsset>(json, "audio"),
             required<double>(json, "syncOffsetSeconds"), required<double>(json, "overlapDurationSeconds")};
+}
+
+} // namespace
+
+template <>
+AudioMatch fromJSON<AudioMatch>(const JSON& json) {
+    return decodedMatch(json);
+}
+
+template <>
+AudioMatch fromJSON<AudioMatch>(const JSONView& json) {
+    return decodedMatch(json);
 }
 
 JSON toJSON(const BlockOverride& blockOverride) {
@@ -160,8 +178,8 @@ JSON toJSON(const SyncGroup& group) {
     json.set("clipName", group.clipName);
     if (group.aleMetadata) json.set("aleMetadata", toJSONMap(*group.aleMetadata));
     if (group.lockitMetadata) json.set("lockitMetadata", toJSONMap(*group.lockitMetadata));
-    json.set("algorithmExcludedTracks", toJSONSet(group.algorithmExcludedTracks));
-    json.set("manualActiveTracks", toJSONSet(group.manualActiveTracks));
+    json.set("algorithmExcludedTracks", toJSON(group.algorithmExcludedTracks));
+    json.set("manualActiveTracks", toJSON(group.manualActiveTracks));
     json.setIfPresent("tracksManuallyEdited", group.tracksManuallyEdited);
     json.set("manualBlockOverrides", toJSONArray(group.manualBlockOverrides));
     json.set("manualAudioOffsetSeconds", group.manualAudioOffsetSeconds);
@@ -187,8 +205,10 @@ JSON toJSON(const SyncGroup& group) {
     return json;
 }
 
-template <>
-SyncGroup fromJSON<SyncGroup>(const JSON& json) {
+namespace {
+
+template <class Json>
+SyncGroup decodedGroup(const Json& json) {
     SyncGroup group(required<UUID>(json, "id"), required<MediaAsset>(json, "video"),
                     requiredArray<AudioMatch>(json, "audioMatches"),
                     required<MatchStatus>(json, "matchStatus"), required<std::string>(json, "clipName"));
@@ -219,6 +239,18 @@ SyncGroup fromJSON<SyncGroup>(const JSON& json) {
     group.measuredLUFS = optional<double>(json, "measuredLUFS");
     group.masterGainAuto = required<bool>(json, "masterGainAuto");
     return group;
+}
+
+} // namespace
+
+template <>
+SyncGroup fromJSON<SyncGroup>(const JSON& json) {
+    return decodedGroup(json);
+}
+
+template <>
+SyncGroup fromJSON<SyncGroup>(const JSONView& json) {
+    return decodedGroup(JSONMembers(json));
 }
 
 } // namespace orvane

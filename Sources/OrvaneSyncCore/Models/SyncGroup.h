@@ -26,6 +26,10 @@ struct MatchStatus {
     static MatchStatus manual() { return {Kind::manual, 0}; }
 
     std::string label() const;
+    /// The case's name as it is stored.
+    std::string_view name() const;
+    /// `ambiguous` and `splitRecording` do.
+    bool hasCount() const;
     /// `matched`, `splitRecording`, `mos` or `manual`: the statuses that are exported and that vote on the
     /// rate.
     bool isSettled() const { return kind != Kind::ambiguous && kind != Kind::unmatched; }
@@ -135,5 +139,9 @@ template <>
 BlockOverride fromJSON<BlockOverride>(const JSON& json);
 template <>
 SyncGroup fromJSON<SyncGroup>(const JSON& json);
+template <>
+AudioMatch fromJSON<AudioMatch>(const JSONView& json);
+template <>
+SyncGroup fromJSON<SyncGroup>(const JSONView& json);
 
 } // namespace orvane

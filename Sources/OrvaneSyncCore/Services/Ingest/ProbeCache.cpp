@@ -1,7 +1,6 @@
 #include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
 
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
-#include "Platform/Text.h"
 
 #include <algorithm>
 #include <chrono>
@@ -20,11 +19,6 @@ constexpr const char* fileName = "probe-cache.json";
 constexpr std::chrono::seconds saveDelay{1};
 /// Some file systems keep coarser dates than others, and a copy of a file rounds its date.
 constexpr double dateTolerance = 1.0; // seconds
-
-/// The path; for one that is no text, which JSON cannot hold, its URL. No path begins like one.
-std::string keyOf(const FileURL& url) {
-    return platform::text::isValidUTF8(url.path) ? url.path : url.absoluteString();
-}
 
 bool isOf(const platform::JSONView& entry, const platform::FileAttributes& file) {
     const auto date = required<double>(entry, "modificationDate");
@@ -72,7 +66,7 @@ std::vector<ProbeCache::Candidate> ProbeCache::candidates(const std::vector<File
     std::vector<Candidate> result(urls.size());
     queue_->sync([&] {
         for (std::size_t i = 0; i < urls.size(); ++i)
-            if (const auto found = entries_.find(keyOf(urls[i])); found != entries_.end())
+            if (const auto found = entries_.find(urls[i].pathText()); found != entries_.end())
                 result[i] = found->second;
     });
     return result;
@@ -124,7 +118,7 @@ void ProbeCache::store(const MediaAsset& asset, const platform::FileAttributes& 
     entry.record_ = *entry.text_;
     // A value that JSON cannot hold would make the file unreadable for the next run.
     if (!resolve(entry, attributes)) return;
-    queue_->post([this, key = keyOf(asset.url), entry = std::move(entry)] {
+    queue_->post([this, key = asset.url.pathText(), entry = std::move(entry)] {
         entries_[key] = entry;
         changed_ = true;
         scheduleSave();

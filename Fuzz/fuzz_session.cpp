@@ -1,0 +1,71 @@
+#include "OrvaneSyncCore/Services/Persistence/GroupsCoding.h"
+#include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
+#include "OrvaneSyncCore/Services/Persistence/SessionRecords.h"
+#include "Platform/JSON.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using namespace orvane;
+
+void checkGroups(const std::string& text) {
+    try {
+        const SyncGroupList groups = groupsFromText(text);
+        const std::string written = GroupsEncoder().encode(groups);
+        if (GroupsEncoder().encode(groupsFromText(written)) != written) std::abort();
+        // Both ways to decode a clip agree.
+        const JSON tree = JSON::parse(written);
+        for (std::size_t i = 0; i < groups.size(); ++i)
+            if (toJSON(fromJSON<SyncGroup>((*tree.elements())[i])).dump() != toJSON(groups[i]).dump())
+                std::abort();
+    } catch (const platform::JSONError&) {
+        // A session without clips, whose file is kept.
+    } catch (const DecodingError&) {
+        // The same.
+    }
+}
+
+void checkProject(std::string_view text) {
+    try {
+        const OrvaneSyncProject project = ProjectService::decoded(text);
+        if (project.version != OrvaneSyncProject::currentVersion) std::abort();
+        const std::string written = ProjectService::encoded(project);
+        if (ProjectService::encoded(ProjectService::decoded(written)) != written) std::abort();
+    } catch (const ProjectError&) {
+        // It is refused.
+    }
+}
+
+template <class Record>
+void checkRecord(const JSON& json) {
+    try {
+        const JSON written = toJSON(fromJSON<Record>(json));
+        if (!(toJSON(fromJSON<Record>(written)) == written)) std::abort();
+    } catch (const DecodingError&) {
+        // It is not listed.
+    }
+}
+
+} // namespace
+
+// The files of a session and a project file of any bytes: they are refused, or what was understood survives
+// being written.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    checkGroups(text);
+    checkProject(text);
+    try {
+        const JSON json = JSON::parse(text);
+        checkRecord<SessionInfo>(json);
+        checkRecord<SessionFolders>(json);
+        checkRecord<FolderInfo>(json);
+    } catch (const platform::JSONError&) {
+        // No JSON.
+    }
+    return 0;
+}

@@ -1,0 +1,78 @@
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+
+#include "Platform/Files.h"
+
+#include <unordered_set>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+bool isThere(const std::optional<FileURL>& folder) {
+    return !folder || platform::files::exists(folder->path);
+}
+
+/// Edits that no scan could take up yet stand in the file for as long as no clip has taken their place.
+void keepUnapplied(const OrvaneSyncProject& unapplied, OrvaneSyncProject& project) {
+    std::unordered_set<FileURL> present;
+    for (const PersistedGroup& entry : project.groups) present.insert(entry.videoPath);
+    for (const PersistedGroup& entry : unapplied.groups)
+        if (!present.contains(entry.videoPath)) project.groups.push_back(entry);
+}
+
+} // namespace
+
+void ImportController::saveProject(const FileURL& url) {
+    assertOnMainThread();
+    OrvaneSyncProject project =
+        projectService_.snapshot(videoFolderURL_, audioFolderURL_, aleFileURL_, syncGroups_, clock_->date());
+    if (project_.unapplied) keepUnapplied(*project_.unapplied, project);
+    projectService_.save(project, url);
+    project_.currentURL = url;
+    project_.hasUnsavedChanges = false;
+    notify(ImportField::project);
+}
+
+platform::Task ImportController::loadProject(FileURL url) {
+    assertOnMainThread();
+    return openProject(weak_from_this(), std::move(url));
+}
+
+platform::Task ImportController::openProject(std::weak_ptr<ImportController> weak, FileURL url) {
+    OrvaneSyncProject project = ProjectService().load(url); // on failure nothing has changed
+    auto self = weak.lock();
+    if (!self) co_return;
+    self->abandonScan();
+    self->set(self->videoFolderURL_, project.videoFolderPath, ImportField::videoFolderURL);
+    self->set(self->audioFolderURL_, project.audioFolderPath, ImportField::audioFolderURL);
+    if (project.aleFilePath) self->loadALE(*project.aleFilePath);
+    self->project_.unapplied = std::move(project);
+    if (isThere(self->videoFolderURL_) && isThere(self->audioFolderURL_) && self->canScan()) {
+        const auto scanning = self->startScan();
+        const auto scanNumber = self->scanNumber_;
+        self.reset();
+        co_await scanning;
+        self = stillScanning(weak, scanNumber);
+        if (!self) co_return;
+    }
+    self->project_.currentURL = std::move(url);
+    self->project_.hasUnsavedChanges = false;
+    self->notify(ImportField::project);
+}
+
+/// A scan that runs finds out that its work is no longer asked for.
+void ImportController::abandonScan() {
+    ++scanNumber_;
+    runningScan_.reset();
+}
+
+/// Where a project waits for its clips, its edits go over those that a scan has made.
+void ImportController::applyProjectEdits() {
+    if (!project_.unapplied) return;
+    const OrvaneSyncProject project = *std::exchange(project_.unapplied, std::nullopt);
+    projectService_.applyEdits(project, syncGroups_);
+    notify(ImportField::syncGroups);
+}
+
+} // namespace orvane

@@ -1,0 +1,177 @@
+#include "OrvaneSyncApp/Controllers/SessionManager.h"
+
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <chrono>
+#include <set>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::chrono::milliseconds settingsDebounce{500};
+
+FolderInfo* entry(std::vector<FolderInfo>& folders, std::string_view name) {
+    const auto found = std::ranges::find(folders, name, &FolderInfo::name);
+    return found == folders.end() ? nullptr : &*found;
+}
+
+FolderInfo& entryMade(std::vector<FolderInfo>& folders, const std::string& name) {
+    if (FolderInfo* existing = entry(folders, name)) return *existing;
+    return folders.emplace_back(FolderInfo{.name = name});
+}
+
+} // namespace
+
+std::vector<std::string> SessionManager::folderNames() const {
+    std::set<std::string> names;
+    for (const SessionInfo& info : sessions_)
+        if (info.folder) names.insert(*info.folder);
+    for (const FolderInfo& folder : folderInfos_) names.insert(folder.name);
+    return {names.begin(), names.end()};
+}
+
+bool SessionManager::createFolder(std::string_view name) {
+    assertOnMainThread();
+    const std::string trimmed(platform::text::trimmed(name));
+    const auto taken = folderNames();
+    if (trimmed.empty() || std::ranges::find(taken, trimmed) != taken.end()) return false;
+    changeFolders([trimmed](std::vector<FolderInfo>& folders) { entryMade(folders, trimmed); });
+    return true;
+}
+
+bool SessionManager::renameFolder(const std::string& from, std::string_view to) {
+    assertOnMainThread();
+    const std::string old = from, name(platform::text::trimmed(to));
+    const auto taken = folderNames();
+    if (name.empty() || name == old || std::ranges::find(taken, name) != taken.end()) return false;
+    changeFolders([old, name](std::vector<FolderInfo>& folders) {
+        FolderInfo* existing = entry(folders, old);
+        if (existing != nullptr && entry(folders, name) == nullptr)
+            existing->name = name;
+        else
+            entryMade(folders, name);
+    });
+    std::vector<SessionInfo> moved;
+    for (const SessionInfo& info : sessions_)
+        if (info.folder == old) moved.push_back(info);
+    for (SessionInfo& info : moved) {
+        info.folder = name;
+        persistRecord(std::move(info));
+    }
+    return true;
+}
+
+void SessionManager::deleteEmptyFolder(const std::string& name) {
+    assertOnMainThread();
+    if (std::ranges::any_of(sessions_, [&](const SessionInfo& info) { return info.folder == name; })) return;
+    if (folderInfo(name) == nullptr) return;
+    changeFolders([name](std::vector<FolderInfo>& folders) {
+        std::erase_if(folders, [&](const FolderInfo& folder) { return folder.name == name; });
+    });
+}
+
+const FolderInfo* SessionManager::folderInfo(std::string_view name) const {
+    const auto found = std::ranges::find(folderInfos_, name, &FolderInfo::name);
+    return found == folderInfos_.end() ? nullptr : &*found;
+}
+
+void SessionManager::setLockitProject(const std::string& folder, std::optional<std::string> projectID) {
+    changeFolder(folder,
+                 [projectID = std::move(projectID)](FolderInfo& info) { info.lockitProjectID = projectID; });
+}
+
+void SessionManager::setMetadataPrefix(const std::string& folder, std::optional<std::string> prefix) {
+    changeFolder(folder, [prefix = std::move(prefix)](FolderInfo& info) { info.metadataPrefix = prefix; });
+}
+
+void SessionManager::setActivePreset(const std::string& folder,
+                                     const std::optional<std::string>& presetName) {
+    std::optional<std::string> name(platform::text::trimmed(presetName.value_or("")));
+    if (name->empty()) name.reset();
+    changeFolder(folder, [name](FolderInfo& info) { info.activePresetName = name; });
+}
+
+std::optional<std::string> SessionManager::lockitProjectID(const UUID& sessionId) const {
+    const FolderInfo* folder = folderOfSession(sessionId);
+    return folder == nullptr ? std::nullopt : folder->lockitProjectID;
+}
+
+std::optional<std::string> SessionManager::metadataPrefix(const UUID& sessionId) const {
+    const FolderInfo* folder = folderOfSession(sessionId);
+    return folder == nullptr ? std::nullopt : folder->metadataPrefix;
+}
+
+std::optional<std::string> SessionManager::currentSessionFolderName() const {
+    const SessionInfo* current = currentSessionId_ ? session(*currentSessionId_) : nullptr;
+    return current == nullptr ? std::nullopt : current->folder;
+}
+
+const FolderInfo* SessionManager::folderOfSession(const UUID& sessionId) const {
+    const SessionInfo* info = session(sessionId);
+    return info == nullptr || !info->folder ? nullptr : folderInfo(*info->folder);
+}
+
+void SessionManager::changeFolder(const std::string& name, std::function<void(FolderInfo&)> change) {
+    assertOnMainThread();
+    changeFolders([name, change = std::move(change)](std::vector<FolderInfo>& folders) {
+        change(entryMade(folders, name));
+    });
+}
+
+/// A change that can't be written holds here all the same, and is written with the next one.
+void SessionManager::changeFolders(SessionStore::FolderChange change) {
+    unsavedFolderChanges_.push_back(std::move(change));
+    const auto changeAll = [this](std::vector<FolderInfo>& folders) {
+        for (const auto& unsaved : unsavedFolderChanges_) unsaved(folders);
+    };
+    try {
+        folderInfos_ = store_.changeFolderInfos(folderInfos_, changeAll);
+        unsavedFolderChanges_.clear();
+    } catch (const platform::FileError& error) {
+        unsavedFolderChanges_.back()(folderInfos_);
+        sortByName(folderInfos_);
+        report(std::string("folders.json: ") + error.what());
+    }
+    notify(SessionField::folderInfos);
+}
+
+// Settings that follow the work.
+
+void SessionManager::captureActiveSettingsSnapshot() {
+    assertOnMainThread();
+    const auto folder = currentSessionFolderName();
+    if (!folder) return;
+    const std::string snapshot = presetManager_.snapshotData(*settings_);
+    const FolderInfo* info = folderInfo(*folder);
+    if (info != nullptr && info->activeSettingsSnapshot == snapshot) return;
+    changeFolder(*folder, [snapshot](FolderInfo& changed) { changed.activeSettingsSnapshot = snapshot; });
+}
+
+void SessionManager::startObservingSettingsChanges() {
+    // Settings change on any thread.
+    settingsObservation_ =
+        settings_->onChange([weak = weak_from_this(), main = mainThread_](const std::string&) {
+            main->post([weak] {
+                if (const auto self = weak.lock()) self->settingsChanged();
+            });
+        });
+}
+
+void SessionManager::settingsChanged() {
+    if (settingsTimer_) settingsTimer_->cancel();
+    settingsTimer_ = mainThread_->after(settingsDebounce, [weak = weak_from_this()] {
+        if (const auto self = weak.lock()) self->captureNowIfScheduled();
+    });
+}
+
+void SessionManager::captureNowIfScheduled() {
+    if (!settingsTimer_) return;
+    settingsTimer_->cancel();
+    settingsTimer_.reset();
+    captureActiveSettingsSnapshot();
+}
+
+} // namespace orvane

@@ -1,0 +1,147 @@
+#include "OrvaneSyncApp/Controllers/SessionManager.h"
+
+#include "Platform/Log.h"
+
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+/// A failure of one file does not keep the others from being written.
+template <class Deed>
+void attempt(std::vector<std::string>& failures, std::string_view file, const Deed& deed) {
+    try {
+        deed();
+    } catch (const std::exception& error) {
+        failures.push_back(std::string(file) + ": " + error.what());
+    }
+}
+
+std::string joined(const std::vector<std::string>& failures) {
+    std::string text;
+    for (const std::string& failure : failures) text += (text.empty() ? "" : "; ") + failure;
+    return text;
+}
+
+} // namespace
+
+bool SessionManager::isNewest(const UUID& id, std::uint64_t token) const {
+    const auto newest = writeGeneration_.find(id);
+    return newest != writeGeneration_.end() && newest->second == token;
+}
+
+platform::Task SessionManager::startWriting(const UUID& id) {
+    const std::uint64_t token = ++writeGeneration_[id];
+    std::erase_if(writes_, [](const platform::Task& task) { return task.isDone(); });
+    writes_.push_back(write(weak_from_this(), id, token));
+    return writes_.back();
+}
+
+/// The order makes a session that opens of every moment at which the process may be killed: the record, by
+/// which the session is listed, comes last and is never older than the clips it was written with.
+platform::Task SessionManager::write(std::weak_ptr<SessionManager> weak, UUID id, std::uint64_t token) {
+    auto self = weak.lock();
+    if (!self) co_return;
+    // Waits for the writes before it. What is saved meanwhile takes this one's place.
+    auto turn = platform::onQueue(*self->queue_, *self->mainThread_, [] {});
+    self.reset();
+    co_await turn;
+    self = weak.lock();
+    if (!self || !self->isNewest(id, token)) co_return;
+
+    const auto data = self->unwritten_.at(id);
+    auto writing = platform::onQueue(
+        *self->queue_, *self->mainThread_, [store = self->store_, writer = self->groupsWriter_, data, id] {
+            Outcome outcome;
+            attempt(outcome.failures, "groups.json", [&] { outcome.kept = writer->write(id, data->groups); });
+            attempt(outcome.failures, "folders.json", [&] { store.writeFolders(id, data->folders); });
+            return outcome;
+        });
+    self.reset();
+    Outcome outcome = co_await writing;
+    self = weak.lock();
+    if (!self) co_return;
+    if (outcome.kept && self->currentSessionId_ == id) {
+        self->problem_ = outcome.kept;
+        self->notify(SessionField::problem);
+    }
+    if (!self->isNewest(id, token)) co_return;
+
+    auto listing = platform::onQueue(*self->queue_, *self->mainThread_, [store = self->store_, data] {
+        std::vector<std::string> failures;
+        attempt(failures, "session.json", [&] { store.writeInfo(data->info); });
+        return failures;
+    });
+    self.reset();
+    for (std::string& failure : co_await listing) outcome.failures.push_back(std::move(failure));
+    self = weak.lock();
+    if (self && self->isNewest(id, token)) self->finished(id, outcome);
+}
+
+void SessionManager::finished(const UUID& id, const Outcome& outcome) {
+    if (outcome.failures.empty()) unwritten_.erase(id);
+    if (id != currentSessionId_) queue_->post([writer = groupsWriter_, id] { writer->closed(id); });
+    report(outcome.failures.empty() ? std::nullopt : std::optional(joined(outcome.failures)));
+}
+
+void SessionManager::report(std::optional<std::string> failure) {
+    if (failure) platform::logError("Session save failed: " + *failure);
+    if (failure == lastSaveError_) return;
+    lastSaveError_ = std::move(failure);
+    notify(SessionField::lastSaveError);
+}
+
+/// Before the session is read again: nothing newer may be on its way.
+void SessionManager::writeNow(const UUID& id) {
+    const auto waiting = unwritten_.find(id);
+    if (waiting == unwritten_.end()) return;
+    ++writeGeneration_[id];
+    const auto data = waiting->second;
+    Outcome outcome;
+    queue_->sync([&] {
+        attempt(outcome.failures, "groups.json", [&] { groupsWriter_->write(id, data->groups); });
+        attempt(outcome.failures, "folders.json", [&] { store_.writeFolders(id, data->folders); });
+        attempt(outcome.failures, "session.json", [&] { store_.writeInfo(data->info); });
+    });
+    finished(id, outcome);
+}
+
+void SessionManager::writeUnwritten() {
+    std::vector<UUID> ids;
+    for (const auto& [id, data] : unwritten_) ids.push_back(id);
+    for (const UUID& id : ids) writeNow(id);
+}
+
+platform::Task SessionManager::flush() {
+    assertOnMainThread();
+    saveScheduledChanges();
+    captureNowIfScheduled();
+    return finishWrites(weak_from_this());
+}
+
+platform::Task SessionManager::finishWrites(std::weak_ptr<SessionManager> weak) {
+    std::vector<platform::Task> writes;
+    if (const auto self = weak.lock()) writes = self->writes_;
+    for (const platform::Task& task : writes) co_await task;
+}
+
+/// Writes the record at once, under a fresh token so that a save on its way does not bring the old one back.
+/// The clips of that save go on their way again.
+void SessionManager::persistRecord(SessionInfo info) {
+    info.modified = now();
+    const UUID id = info.id;
+    ++writeGeneration_[id];
+    std::vector<std::string> failures;
+    attempt(failures, "session.json", [&] { store_.writeInfo(info); });
+    if (!failures.empty()) report(joined(failures));
+    if (const auto waiting = unwritten_.find(id); waiting != unwritten_.end()) {
+        Unwritten data = *waiting->second;
+        data.info = info;
+        waiting->second = std::make_shared<const Unwritten>(std::move(data));
+        startWriting(id);
+    }
+    adopt(std::move(info));
+}
+
+} // namespace orvane

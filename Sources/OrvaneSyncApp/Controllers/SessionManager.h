@@ -1,0 +1,195 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
+#include "OrvaneSyncCore/Services/Persistence/SessionGroupsWriter.h"
+#include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvane {
+
+/// What of the sessions has changed.
+enum class SessionField : std::uint8_t { sessions, currentSessionId, lastSaveError, problem, folderInfos };
+
+/// Keeps the open work: a session holds all clips with every edit, is saved in the background after every
+/// change, and opens again at once. Sessions lie in named folders, which carry settings.
+///
+/// Lives on the interface thread and asserts so; files are written on a queue of its own, the newest save of
+/// a session winning. Destroying it writes what is not written yet. Held by a shared pointer, as its
+/// background work holds it weakly.
+class SessionManager : public std::enable_shared_from_this<SessionManager> {
+  public:
+    struct Dependencies {
+        std::shared_ptr<platform::MainThread> mainThread;
+        std::shared_ptr<platform::SettingsStore> settings; ///< those that follow the work into its folder
+        std::string sessionsDir{};                         ///< empty: the user account's
+        std::shared_ptr<const platform::Clock> clock = platform::systemClock();
+    };
+    static std::shared_ptr<SessionManager> create(Dependencies dependencies);
+    ~SessionManager();
+
+    // The state. Each getter is observable.
+
+    /// All sessions, most recently modified first.
+    const std::vector<SessionInfo>& sessions() const { return sessions_; }
+    /// The open session; absent: nothing is saved.
+    const std::optional<UUID>& currentSessionId() const { return currentSessionId_; }
+    /// What the last writing failed at; absent when it succeeded.
+    const std::optional<std::string>& lastSaveError() const { return lastSaveError_; }
+    /// What people should know of the open session's clips: that they can't be read, or which file was kept.
+    const std::optional<std::string>& problem() const { return problem_; }
+    /// Sorted by name.
+    const std::vector<FolderInfo>& folderInfos() const { return folderInfos_; }
+
+    /// Calls back after every change, on the interface thread.
+    platform::Subscription onChange(std::function<void(SessionField)> callback);
+
+    // Saving.
+
+    /// Saves the open session in the background; the task ends when it is on the disk, a later save has taken
+    /// its place, or it has failed (`lastSaveError`). Nothing without an open session. A session that was
+    /// never renamed is named after its media folders.
+    platform::Task save(const ImportController& controller, std::optional<std::string> name = std::nullopt);
+    /// From now on: saves after every change of clips or folders and every 5 seconds, unless there are no
+    /// clips, and watches the settings. Once; later calls do nothing.
+    void start(const std::shared_ptr<ImportController>& controller);
+    /// The application is left, or comes back: saves; the timer rests in between.
+    void resignActive();
+    void becomeActive();
+    /// Done when every save so far is on the disk or has failed, a change that was just made too.
+    platform::Task flush();
+
+    // Opening.
+
+    /// Replaces the controller's work by the session's. Nothing when there is no such session. A session
+    /// whose clips can't be read opens without any (`problem`), and their file is kept.
+    void load(UUID sessionId, ImportController& controller);
+    void loadMostRecentSession(ImportController& controller);
+    /// Empty work under a new id, saved at once. The task is that of `save`.
+    platform::Task newSession(ImportController& controller);
+    void loadSessionList();
+
+    // Names and places.
+
+    void rename(const UUID& sessionId, std::string name);
+    /// Blank: out of its folder.
+    void setFolder(const UUID& sessionId, const std::optional<std::string>& folder);
+    /// Cannot be taken back.
+    void deleteSession(UUID sessionId);
+    /// The folder's name and the next shooting day, such as "Dreh DT 008"; nothing without a folder.
+    std::optional<std::string> suggestedSessionName(const UUID& sessionId) const;
+    const SessionInfo* session(const UUID& sessionId) const;
+
+    // Folders (SessionManager+Folders.cpp).
+
+    /// Those of sessions too, ascending.
+    std::vector<std::string> folderNames() const;
+    /// False for a blank name or one that is taken.
+    bool createFolder(std::string_view name);
+    /// Its sessions move along. False for a blank name or one that is taken.
+    bool renameFolder(const std::string& from, std::string_view to);
+    /// Nothing while a session lies in it.
+    void deleteEmptyFolder(const std::string& name);
+    /// Null when there is none.
+    const FolderInfo* folderInfo(std::string_view name) const;
+    void setLockitProject(const std::string& folder, std::optional<std::string> projectID);
+    void setMetadataPrefix(const std::string& folder, std::optional<std::string> prefix);
+    /// Blank: none.
+    void setActivePreset(const std::string& folder, const std::optional<std::string>& presetName);
+    std::optional<std::string> lockitProjectID(const UUID& sessionId) const;
+    std::optional<std::string> metadataPrefix(const UUID& sessionId) const;
+    std::optional<std::string> currentSessionFolderName() const;
+    /// The present settings into the open session's folder, if it lies in one.
+    void captureActiveSettingsSnapshot();
+
+  private:
+    /// What a save has to write.
+    struct Unwritten {
+        SyncGroupList groups;
+        SessionFolders folders;
+        SessionInfo info;
+    };
+    struct Outcome {
+        std::vector<std::string> failures;
+        std::optional<std::string> kept;
+    };
+    class Restoring;
+
+    explicit SessionManager(Dependencies dependencies);
+    void notify(SessionField field);
+    void assertOnMainThread() const;
+    Date now() const { return clock_->date(); }
+
+    SessionInfo nextInfo(const UUID& id, const ImportController& controller,
+                         std::optional<std::string> name) const;
+    std::string defaultName(const ImportController& controller) const;
+    void adopt(SessionInfo info);
+    void setCurrentSession(std::optional<UUID> id);
+    void leaveSession();
+    void scheduleSave();
+    void saveScheduledChanges();
+    void autosaveIfNeeded();
+    void scheduleTimer();
+
+    // SessionManager+Writing.cpp
+    platform::Task startWriting(const UUID& id);
+    static platform::Task write(std::weak_ptr<SessionManager> weak, UUID id, std::uint64_t token);
+    static platform::Task finishWrites(std::weak_ptr<SessionManager> weak);
+    bool isNewest(const UUID& id, std::uint64_t token) const;
+    void writeNow(const UUID& id);
+    void writeUnwritten();
+    void finished(const UUID& id, const Outcome& outcome);
+    void persistRecord(SessionInfo info);
+    void report(std::optional<std::string> failure);
+
+    // SessionManager+Folders.cpp
+    void startObservingSettingsChanges();
+    void settingsChanged();
+    void captureNowIfScheduled();
+    void changeFolders(SessionStore::FolderChange change);
+    void changeFolder(const std::string& name, std::function<void(FolderInfo&)> change);
+    const FolderInfo* folderOfSession(const UUID& sessionId) const;
+
+    const std::shared_ptr<platform::MainThread> mainThread_;
+    const std::shared_ptr<platform::SettingsStore> settings_;
+    const std::shared_ptr<const platform::Clock> clock_;
+    const SessionStore store_;
+    const PresetManager presetManager_{};
+    std::vector<std::weak_ptr<std::function<void(SessionField)>>> listeners_;
+
+    std::vector<SessionInfo> sessions_;
+    std::optional<UUID> currentSessionId_;
+    std::optional<std::string> lastSaveError_;
+    std::optional<std::string> problem_;
+    std::vector<FolderInfo> folderInfos_;
+    /// Changes of the folders that are not on the disk yet.
+    std::vector<SessionStore::FolderChange> unsavedFolderChanges_;
+
+    std::weak_ptr<ImportController> autosaveController_;
+    platform::Subscription controllerObservation_;
+    platform::Subscription settingsObservation_;
+    std::shared_ptr<platform::Timer> autosaveTimer_;
+    std::shared_ptr<platform::Timer> settingsTimer_;
+    bool isStarted_ = false;
+    bool isRestoring_ = false;     ///< changes of the clips are those of a session that opens
+    bool isSaveScheduled_ = false; ///< for the changes of this turn of the run loop
+
+    /// The newest write token of each session: an older write stops where it finds another one.
+    std::map<UUID, std::uint64_t> writeGeneration_;
+    std::map<UUID, std::shared_ptr<const Unwritten>> unwritten_;
+    std::vector<platform::Task> writes_;
+    /// Belongs to the queue.
+    const std::shared_ptr<SessionGroupsWriter> groupsWriter_;
+    /// Last: it is waited for before all else goes.
+    const std::unique_ptr<platform::SerialQueue> queue_;
+};
+
+} // namespace orvane

@@ -1,0 +1,90 @@
+#include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/DocumentOutput.h"
+#include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
+#include "Platform/Files.h"
+
+namespace orvane::cli {
+
+namespace {
+
+/// What the editor decided, in a few words.
+std::string editsText(const PersistedGroup& group) {
+    std::string text;
+    const auto add = [&](bool isSo, const std::string& words) {
+        if (isSo) text += (text.empty() ? "" : ", ") + words;
+    };
+    add(group.isApproved, "approved");
+    add(group.manualAudioOffsetSeconds != 0, formatted("moved %+.3f s", group.manualAudioOffsetSeconds));
+    add(group.manualClipName.has_value(), "renamed " + group.manualClipName.value_or(""));
+    add(group.isPickup, "pickup");
+    add(group.audioAnchorOffsetInAudioSeconds.has_value(), "anchor");
+    add(!group.manualActiveTracks.empty() || !group.algorithmExcludedTracks.empty() ||
+            !group.manualBlockOverrides.empty(),
+        "tracks");
+    add(group.isExcludedFromExport, "not exported");
+    add(group.isExcludedFromMulticam, "no multicam");
+    return text.empty() ? "-" : text;
+}
+
+void addPlace(Table& table, std::string name, const std::optional<FileURL>& place) {
+    if (!place) return;
+    table.add(
+        {std::move(name), place->path + (platform::files::exists(place->path) ? "" : " (is not there now)")});
+}
+
+void show(Context& context, const std::string& file, bool asJSON) {
+    const OrvaneSyncProject project = ProjectService().load({file});
+    if (asJSON) {
+        context.out << toJSON(project).dump(JSON::Layout::pretty) << "\n";
+        return;
+    }
+    Table places({{file}, {""}});
+    places.add({"saved", iso8601(project.savedAt)});
+    addPlace(places, "video", project.videoFolderPath);
+    addPlace(places, "audio", project.audioFolderPath);
+    addPlace(places, "report", project.aleFilePath);
+    context.out << places.text(context.mayColour) << "\n";
+    Table clips({{"CLIP"}, {"CAMERA FILE"}, {"MATCH"}, {"EDITS"}});
+    for (const PersistedGroup& group : project.groups)
+        clips.add(
+            {group.clipName, group.videoPath.lastPathComponent(), group.matchStatusRaw, editsText(group)});
+    if (!clips.empty()) context.out << clips.text(context.mayColour) << "\n";
+    context.out << counted(static_cast<long long>(project.groups.size()), "clip", "clips") << ".\n";
+}
+
+void project(Context& context, const Arguments& arguments) {
+    const auto& words = arguments.positionals();
+    if (words.empty()) throw UsageError("project takes show or export");
+    const std::string& verb = words.front();
+    if (verb != "show" && verb != "export")
+        throw UsageError("project takes show or export, not '" + verb + "'");
+    if (words.size() != 2) throw UsageError("project " + verb + " takes one file");
+    if (verb == "show") return show(context, words[1], arguments.has("--json"));
+    const DocumentOutput output(context, arguments);
+    ScanRun run(context, arguments, ScanRun::Folders::ofProject);
+    run.open(words[1]);
+    run.show("Writing the document...");
+    output.write(run.controller(), [&] { run.clearProgress(); });
+}
+
+std::vector<Option> projectOptions() {
+    std::vector<Option> options = documentOptions();
+    options.push_back({"--no-cache", "", "read every file anew; neither use nor keep earlier results"});
+    return options;
+}
+
+} // namespace
+
+const Command& projectCommand() {
+    static const Command command{"project",
+                                 "show FILE | export FILE -o OUT.fcpxml [options]",
+                                 "Show a project file, or scan its folders anew and write its document.",
+                                 "orvanesync project show Day1.orvanesync",
+                                 projectOptions(),
+                                 project};
+    return command;
+}
+
+} // namespace orvane::cli

@@ -1,0 +1,156 @@
+#include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/DocumentOutput.h"
+#include "OrvaneSyncCLI/Printers.h"
+#include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+
+namespace orvane::cli {
+
+namespace {
+
+std::string placeText(const std::optional<FileURL>& folder) { return folder ? folder->path : "-"; }
+
+void list(Context& context, const SessionStore& store, bool asJSON) {
+    const auto sessions = store.list();
+    if (asJSON) {
+        context.out << toJSONArray(sessions).dump(JSON::Layout::pretty) << "\n";
+        return;
+    }
+    if (sessions.empty()) {
+        context.out << "No sessions.\n";
+        return;
+    }
+    Table table({{"ID"},
+                 {"NAME"},
+                 {"FOLDER"},
+                 {"CLIPS", Table::Align::right},
+                 {"LOCKED", Table::Align::right},
+                 {"MODIFIED"}});
+    for (const SessionInfo& info : sessions)
+        table.add({info.id.text(), info.name, info.folder.value_or(""), std::to_string(info.groupCount),
+                   std::to_string(info.lockedCount), iso8601(info.modified)});
+    context.out << table.text(context.mayColour);
+}
+
+/// By its id or the beginning of it, or by its name, as long as only one answers to it.
+SessionInfo named(const SessionStore& store, const std::string& words) {
+    const auto sessions = store.list();
+    const std::string wanted = platform::text::uppercased(words);
+    std::vector<SessionInfo> found;
+    for (const SessionInfo& info : sessions) {
+        if (info.id.text() == wanted) return info;
+        if (info.id.text().starts_with(wanted) || info.name == words) found.push_back(info);
+    }
+    if (words.empty() || found.empty()) throw CommandError("there is no session '" + words + "'");
+    if (found.size() > 1)
+        throw CommandError("'" + words + "' means " + std::to_string(found.size()) +
+                           " sessions; orvanesync session list tells their ids");
+    return found.front();
+}
+
+/// A session opened to be looked at: nothing on the disk changes.
+class OpenSession {
+  public:
+    OpenSession(const Context& context, const SessionStore& store, SessionInfo info)
+        : info_(std::move(info)), folders_(store.readFolders(info_.id).value_or(SessionFolders{})) {
+        auto read = store.readGroups(info_.id);
+        if (read.problem) throw CommandError(*read.problem);
+        ImportController::Dependencies dependencies;
+        dependencies.mainThread = platform::RunLoop::create();
+        dependencies.settings = context.settings;
+        dependencies.clock = context.clock;
+        controller_ = ImportController::create(std::move(dependencies));
+        controller_->openStoredWork({folders_.videoFolder, folders_.audioFolder, std::move(read.groups)});
+    }
+
+    const SessionInfo& info() const { return info_; }
+    const SessionFolders& folders() const { return folders_; }
+    const ImportController& controller() const { return *controller_; }
+
+  private:
+    SessionInfo info_;
+    SessionFolders folders_;
+    std::shared_ptr<ImportController> controller_;
+};
+
+void show(Context& context, const OpenSession& session, bool asJSON) {
+    if (asJSON) {
+        JSON state = stateJSON(session.controller());
+        state.set("session", toJSON(session.info()));
+        state.set("folders", toJSON(session.folders()));
+        context.out << state.dump(JSON::Layout::pretty) << "\n";
+        return;
+    }
+    Table table({{session.info().name}, {""}});
+    table.add({"id", session.info().id.text()});
+    if (session.info().folder) table.add({"folder", *session.info().folder});
+    table.add({"video", placeText(session.folders().videoFolder)});
+    table.add({"audio", placeText(session.folders().audioFolder)});
+    table.add({"created", iso8601(session.info().created)});
+    table.add({"modified", iso8601(session.info().modified)});
+    table.add({"locked", std::to_string(session.info().lockedCount)});
+    context.out << table.text(context.mayColour) << "\n"
+                << stateText(session.controller(), context.mayColour);
+}
+
+/// The settings of the session's folder hold for this run, those of the command line above them.
+void useFolder(Context& context, const Arguments& arguments, const SessionStore& store,
+               const SessionInfo& info, DocumentOutput& output) {
+    const auto folders = store.readFolderInfos();
+    const auto folder = std::ranges::find(folders, info.folder.value_or(""), &FolderInfo::name);
+    if (!info.folder || folder == folders.end()) return;
+    output.document.metadataPrefix = folder->metadataPrefix.value_or("");
+    if (!folder->activeSettingsSnapshot) return;
+    const auto given = arguments.values("--set");
+    const JSON snapshot = JSON::parse(*folder->activeSettingsSnapshot);
+    if (const auto* members = snapshot.members())
+        for (const auto& [key, value] : *members)
+            if (std::ranges::none_of(given,
+                                     [&](const std::string& text) { return text.starts_with(key + "="); }))
+                context.settings->setOverride(key, value);
+}
+
+void session(Context& context, const Arguments& arguments) {
+    const auto& words = arguments.positionals();
+    const SessionStore store(AppStorageHelper::sessionsDirectory());
+    const bool asJSON = arguments.has("--json");
+    const std::string verb = words.empty() ? "list" : words.front();
+    if (verb == "list" && words.size() <= 1) return list(context, store, asJSON);
+    if (verb != "show" && verb != "export" && verb != "delete")
+        throw UsageError("session takes list, show, export or delete, not '" + verb + "'");
+    if (words.size() != 2) throw UsageError("session " + verb + " takes one session");
+    if (verb == "show") return show(context, OpenSession(context, store, named(store, words[1])), asJSON);
+    if (verb == "export") {
+        DocumentOutput output(context, arguments);
+        const OpenSession opened(context, store, named(store, words[1]));
+        useFolder(context, arguments, store, opened.info(), output);
+        return output.write(opened.controller());
+    }
+    const SessionInfo info = named(store, words[1]);
+    store.remove(info.id);
+    if (asJSON)
+        context.out << toJSON(info).dump(JSON::Layout::pretty) << "\n";
+    else
+        context.out << "Deleted the session " << platform::text::printable(info.name) << " ("
+                    << counted(info.groupCount, "clip", "clips") << ").\n";
+}
+
+} // namespace
+
+const Command& sessionCommand() {
+    static const Command command{
+        "session",
+        "[list | show SESSION | export SESSION -o OUT.fcpxml | delete SESSION] [options]",
+        "List the kept sessions; show, export or delete one.",
+        "orvanesync session list",
+        documentOptions(),
+        session,
+        "\nSESSION is an id, the beginning of one, or a name.\n"};
+    return command;
+}
+
+} // namespace orvane::cli

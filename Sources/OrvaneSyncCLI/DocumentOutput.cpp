@@ -1,0 +1,122 @@
+#include "OrvaneSyncCLI/DocumentOutput.h"
+
+#include "OrvaneSyncCLI/Printers.h"
+#include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCLI/Table.h"
+#include "Platform/Files.h"
+#include "Platform/Text.h"
+
+namespace orvane::cli {
+
+namespace {
+
+constexpr std::string_view standardOutput = "-";
+
+std::optional<fcpxml::FCPXMLVersion> documentVersion(const Arguments& arguments) {
+    const auto named = arguments.value("--fcpxml-version");
+    if (!named) return std::nullopt;
+    if (const auto version = fcpxml::fcpxmlVersionFrom(*named)) return version;
+    throw UsageError("--fcpxml-version takes 1.6 to 1.14, not '" + *named + "'");
+}
+
+void checkOutput(const std::string& output) {
+    if (output == standardOutput) return;
+    if (assetKindFrom({output}))
+        throw UsageError("-o " + output + " names a media file; it would be overwritten");
+    if (const auto there = platform::files::attributes(output); there && there->isDirectory)
+        throw CommandError("can't write " + output + ": it is a folder");
+    const std::size_t slash = output.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : output.substr(0, slash);
+    if (const std::string why = whyUnreadable(folder, true); !why.empty())
+        throw CommandError("can't write " + output + ": " + folder + ": " + why);
+}
+
+void refuseMedia(const std::optional<platform::FileAttributes>& there, const MediaAsset& asset,
+                 const std::string& output) {
+    const auto media = platform::files::attributes(asset.url.path);
+    if (media && media->identity == there->identity)
+        throw CommandError("can't write '" + output + "': it leads to the media file " + asset.filename);
+}
+
+/// The output may be a link, or another name, of a file of the work.
+void refuseToOverwriteMedia(const ImportController& controller, const std::string& output) {
+    const auto there = platform::files::attributes(output);
+    if (!there) return;
+    for (const SyncGroup& group : controller.syncGroups()) {
+        refuseMedia(there, group.video, output);
+        for (const AudioMatch& match : group.audioMatches) refuseMedia(there, match.audio, output);
+    }
+    for (const WildTrack& track : controller.wildTracks()) refuseMedia(there, track.audio, output);
+}
+
+std::string writtenText(const ImportController& controller, const ExportResult& result,
+                        const std::string& output) {
+    std::string text = "Wrote " + platform::text::printable(output) + ": " +
+                       counted(result.syncClipCount, "synchronized clip", "synchronized clips");
+    // Settings may keep single clips, or those without sound, out of the document.
+    const int withSound = controller.syncClipCount(), mos = controller.mosCount();
+    if (result.syncClipCount == withSound + mos)
+        text += " (" + std::to_string(withSound) + " with sound, " + std::to_string(mos) + " MOS)";
+    if (result.multicamCount > 0)
+        text += ", " + counted(result.multicamCount, "multicam clip", "multicam clips");
+    text += ".";
+    if (controller.unmatchedCount() > 0)
+        text += " Not in it: " + counted(controller.unmatchedCount(), "clip", "clips") + " without a match.";
+    return text + "\n";
+}
+
+} // namespace
+
+const std::vector<Option>& documentOptions() {
+    static const std::vector<Option> options{
+        {"--output", "OUT.fcpxml", "where the document goes; - is standard output", "-o"},
+        {"--event", "NAME", "the name of the event in Final Cut Pro"},
+        {"--no-multicam", "", "build no multicam clips"},
+        {"--fcpxml-version", "V", "write an older version of the format, such as 1.10"},
+    };
+    return options;
+}
+
+DocumentOutput::DocumentOutput(Context& context, const Arguments& arguments)
+    : context_(context), output_(arguments.value("--output").value_or("")),
+      version_(documentVersion(arguments)), asJSON_(arguments.has("--json")),
+      isNameChosen_(arguments.has("--event") || context.settings->textIfPresent("eventName")) {
+    if (output_.empty()) throw UsageError("where to? -o OUT.fcpxml is missing");
+    if (output_ == standardOutput && asJSON_) throw UsageError("-o - and --json both want standard output");
+    document.eventName = arguments.value("--event");
+    if (document.eventName && document.eventName->empty()) throw UsageError("--event needs a name");
+    if (arguments.has("--no-multicam")) document.generateMulticam = false;
+    checkOutput(output_);
+}
+
+void DocumentOutput::write(const ImportController& controller, const std::function<void()>& written) const {
+    ExportSettings settings = controller.exportSettings(document);
+    if (version_) settings.fcpxmlVersion = *version_;
+    ExportResult result = controller.exportFCPXML(settings);
+    if (output_ == standardOutput) {
+        const std::string& text = result.fcpxmlString;
+        context_.out.write(text.data(), static_cast<std::streamsize>(text.size()));
+    } else {
+        refuseToOverwriteMedia(controller, output_);
+        platform::files::writeAtomically(output_, result.fcpxmlString);
+    }
+    written();
+
+    for (const std::string& warning : leftOutWarnings(controller)) result.warnings.push_back(warning);
+    for (const std::string& warning : unheardWarnings(controller)) result.warnings.push_back(warning);
+    if (result.syncClipCount + result.multicamCount == 0)
+        result.warnings.emplace_back("the document holds no clip; look at the settings generateSyncClips and "
+                                     "export.wrapMOSInSyncClip");
+    if (asJSON_) {
+        result.warnings.insert(result.warnings.end(), warnedAlready.begin(), warnedAlready.end());
+        context_.out << exportJSON(controller, result, output_).dump(JSON::Layout::pretty) << "\n";
+        return;
+    }
+    if (output_ != standardOutput)
+        context_.out << stateText(controller, context_.mayColour) << smartAudioText(controller) << "\n"
+                     << writtenText(controller, result, output_)
+                     << exportPreviewText(controller.syncGroups(), settings, isNameChosen_);
+    for (const std::string& warning : result.warnings) context_.warn(warning);
+}
+
+} // namespace orvane::cli

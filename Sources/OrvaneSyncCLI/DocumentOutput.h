@@ -1,0 +1,41 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncCLI/Context.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvane::cli {
+
+/// What all commands take that write a document.
+const std::vector<Option>& documentOptions();
+
+/// Where the document of a command goes, and what kind of document it is to be.
+class DocumentOutput {
+  public:
+    /// Throws UsageError, and CommandError for a place that cannot be written to: a long scan must not end at
+    /// a folder that is not there.
+    DocumentOutput(Context& context, const Arguments& arguments);
+
+    ImportController::ExportOptions document;
+    /// What people have been told before; JSON repeats it.
+    std::vector<std::string> warnedAlready;
+
+    /// Exports the open work and tells what was written. `written` is called before anything is told. Throws
+    /// as the export does, FileError, and CommandError where the document would take the place of a media
+    /// file.
+    void write(
+        const ImportController& controller, const std::function<void()>& written = [] {}) const;
+
+  private:
+    Context& context_;
+    std::string output_;
+    std::optional<fcpxml::FCPXMLVersion> version_;
+    bool asJSON_;
+    bool isNameChosen_;
+};
+
+} // namespace orvane::cli

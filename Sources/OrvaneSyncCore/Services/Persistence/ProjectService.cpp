@@ -1,0 +1,83 @@
+#include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
+
+#include "Platform/Files.h"
+
+#include <unordered_map>
+
+namespace orvane {
+
+namespace files = platform::files;
+
+ProjectError ProjectError::unsupportedVersion(std::int64_t version) {
+    return {Kind::unsupportedVersion,
+            "Project version " + std::to_string(version) +
+                " is not supported (current: " + std::to_string(OrvaneSyncProject::currentVersion) + ")"};
+}
+
+ProjectError ProjectError::invalidFile(std::string_view reason) {
+    return {Kind::invalidFile, "File is not a valid .orvanesync project: " + std::string(reason)};
+}
+
+OrvaneSyncProject ProjectService::snapshot(const std::optional<FileURL>& videoFolder,
+                                           const std::optional<FileURL>& audioFolder,
+                                           const std::optional<FileURL>& aleFile, const SyncGroupList& groups,
+                                           Date savedAt) const {
+    OrvaneSyncProject project;
+    project.savedAt = savedAt;
+    project.videoFolderPath = videoFolder;
+    project.audioFolderPath = audioFolder;
+    project.aleFilePath = aleFile;
+    project.groups.reserve(groups.size());
+    for (const SyncGroup& group : groups) project.groups.emplace_back(group);
+    return project;
+}
+
+std::string ProjectService::encoded(const OrvaneSyncProject& project) {
+    return toJSON(project).dump(JSON::Layout::pretty) + "\n";
+}
+
+OrvaneSyncProject ProjectService::decoded(std::string_view text) {
+    try {
+        const JSON json = JSON::parse(text);
+        // First: another version may have other keys, and says more by its number.
+        const JSON* version = json.find("version");
+        const auto number = version != nullptr ? version->integer() : std::nullopt;
+        if (number && *number != OrvaneSyncProject::currentVersion)
+            throw ProjectError::unsupportedVersion(*number);
+        return fromJSON<OrvaneSyncProject>(json);
+    } catch (const platform::JSONError& error) {
+        throw ProjectError::invalidFile(error.what());
+    } catch (const DecodingError& error) {
+        throw ProjectError::invalidFile(error.what());
+    }
+}
+
+void ProjectService::save(const OrvaneSyncProject& project, const FileURL& url) const {
+    const std::string text = encoded(project);
+    // A number without a JSON form would make a file that nobody can open.
+    decoded(text);
+    files::writeAtomically(url.path, text);
+}
+
+OrvaneSyncProject ProjectService::load(const FileURL& url) const {
+    return decoded(files::readText(url.path));
+}
+
+void ProjectService::applyEdits(const OrvaneSyncProject& project, SyncGroupList& groups) const {
+    std::unordered_map<FileURL, const PersistedGroup*> entries;
+    for (const PersistedGroup& entry : project.groups) entries[entry.videoPath] = &entry;
+    SyncGroupList edited;
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        const auto found = entries.find(groups[i].video.url);
+        if (found == entries.end()) {
+            edited.append(groups.element(i));
+            continue;
+        }
+        SyncGroup group = groups[i];
+        found->second->applyTo(group);
+        edited.append(std::move(group));
+    }
+    groups = std::move(edited);
+}
+
+} // namespace orvane

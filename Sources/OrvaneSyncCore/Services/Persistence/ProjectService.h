@@ -1,0 +1,49 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/OrvaneSyncProject.h"
+#include "OrvaneSyncCore/Models/SyncGroupList.h"
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+/// A project file that this version cannot open. Other failures are FileErrors.
+class ProjectError : public std::runtime_error {
+  public:
+    enum class Kind { unsupportedVersion, invalidFile };
+
+    static ProjectError unsupportedVersion(std::int64_t version);
+    /// `reason` says what about the file is wrong.
+    static ProjectError invalidFile(std::string_view reason);
+
+    Kind kind() const { return kind_; }
+
+  private:
+    ProjectError(Kind kind, const std::string& description) : std::runtime_error(description), kind_(kind) {}
+
+    Kind kind_;
+};
+
+/// Reads and writes project files and lays their edits over clips. Holds no state; any thread.
+struct ProjectService {
+    OrvaneSyncProject snapshot(const std::optional<FileURL>& videoFolder,
+                               const std::optional<FileURL>& audioFolder,
+                               const std::optional<FileURL>& aleFile, const SyncGroupList& groups,
+                               Date savedAt) const;
+    /// The whole file or nothing. Throws FileError, or ProjectError where the project holds a number that no
+    /// file can hold; the old file then stands.
+    void save(const OrvaneSyncProject& project, const FileURL& url) const;
+    /// Throws FileError or ProjectError.
+    OrvaneSyncProject load(const FileURL& url) const;
+    /// Finds each clip's entry by the path of its video; of several with one path the last counts. Clips
+    /// without an entry stay as they are.
+    void applyEdits(const OrvaneSyncProject& project, SyncGroupList& groups) const;
+
+    /// What `save` writes and `load` reads.
+    static std::string encoded(const OrvaneSyncProject& project);
+    static OrvaneSyncProject decoded(std::string_view text);
+};
+
+} // namespace orvane

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Persistence/GroupsCoding.h"
+#include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
+
+#include <map>
+#include <optional>
+#include <string>
+
+namespace orvane {
+
+/// Writes the clips of sessions so that no clips are ever lost: what this process has not read or could not
+/// read is kept beside the new file. What is on the disk already is not written again. One thread at a time.
+class SessionGroupsWriter {
+  public:
+    explicit SessionGroupsWriter(SessionStore store) : store_(std::move(store)) {}
+
+    /// The session was opened: its clips are those that were read.
+    void opened(const UUID& id, const SessionStore::Groups& read);
+    /// Forgets a session that is no longer open.
+    void closed(const UUID& id) { open_.erase(id); }
+
+    /// Returns what people should know of a file that was kept. Throws FileError or EncodingError; the old
+    /// file then stands.
+    std::optional<std::string> write(const UUID& id, const SyncGroupList& groups);
+
+  private:
+    struct Open {
+        GroupsEncoder encoder;
+        std::optional<SyncGroupList> onDisk;          ///< the clips of `file`; absent: it must be written
+        std::optional<platform::FileAttributes> file; ///< as this process last read or wrote it
+        bool isUnreadable = false;
+        bool isTidied = false;
+    };
+    std::optional<std::string> keepUnknown(Open& session, const std::string& path) const;
+
+    const SessionStore store_;
+    std::map<UUID, Open> open_;
+};
+
+} // namespace orvane

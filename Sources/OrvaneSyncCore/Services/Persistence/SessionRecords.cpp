@@ -1,0 +1,80 @@
+#include "OrvaneSyncCore/Services/Persistence/SessionRecords.h"
+
+#include "OrvaneSyncCore/Models/OrvaneSyncProject.h"
+#include "OrvaneSyncCore/Utilities/Base64.h"
+
+namespace orvane {
+
+namespace {
+
+void setBytes(JSON& json, std::string_view key, const std::optional<std::string>& bytes) {
+    if (bytes) json.set(key, base64::encoded(*bytes));
+}
+
+void setPath(JSON& json, std::string_view key, const std::optional<FileURL>& path) {
+    if (path) json.set(key, path->pathText());
+}
+
+} // namespace
+
+JSON toJSON(const SessionInfo& info) {
+    JSON json;
+    json.set("id", toJSON(info.id));
+    json.set("name", info.name);
+    json.set("created", toJSON(info.created));
+    json.set("modified", toJSON(info.modified));
+    json.set("groupCount", info.groupCount);
+    json.set("lockedCount", info.lockedCount);
+    json.setIfPresent("folder", info.folder);
+    json.set("nameAutoDerived", info.nameAutoDerived);
+    return json;
+}
+
+template <>
+SessionInfo fromJSON<SessionInfo>(const JSON& json) {
+    SessionInfo info;
+    info.id = required<UUID>(json, "id");
+    info.name = required<std::string>(json, "name");
+    info.created = required<Date>(json, "created");
+    info.modified = required<Date>(json, "modified");
+    info.groupCount = required<int>(json, "groupCount");
+    info.lockedCount = required<int>(json, "lockedCount");
+    info.folder = optional<std::string>(json, "folder");
+    info.nameAutoDerived = optional<bool>(json, "nameAutoDerived").value_or(true);
+    return info;
+}
+
+JSON toJSON(const SessionFolders& folders) {
+    JSON json = JSON::object();
+    setPath(json, "videoFolder", folders.videoFolder);
+    setPath(json, "audioFolder", folders.audioFolder);
+    setBytes(json, "videoBookmark", folders.videoBookmark);
+    setBytes(json, "audioBookmark", folders.audioBookmark);
+    return json;
+}
+
+template <>
+SessionFolders fromJSON<SessionFolders>(const JSON& json) {
+    if (!json.isObject()) throw DecodingError("expected an object");
+    return {optionalPath(json, "videoFolder"), optionalPath(json, "audioFolder"),
+            optionalBytes(json, "videoBookmark"), optionalBytes(json, "audioBookmark")};
+}
+
+JSON toJSON(const FolderInfo& folder) {
+    JSON json;
+    json.set("name", folder.name);
+    json.setIfPresent("lockitProjectID", folder.lockitProjectID);
+    json.setIfPresent("metadataPrefix", folder.metadataPrefix);
+    json.setIfPresent("activePresetName", folder.activePresetName);
+    setBytes(json, "activeSettingsSnapshot", folder.activeSettingsSnapshot);
+    return json;
+}
+
+template <>
+FolderInfo fromJSON<FolderInfo>(const JSON& json) {
+    return {required<std::string>(json, "name"), optional<std::string>(json, "lockitProjectID"),
+            optional<std::string>(json, "metadataPrefix"), optional<std::string>(json, "activePresetName"),
+            optionalBytes(json, "activeSettingsSnapshot")};
+}
+
+} // namespace orvane

@@ -1,0 +1,157 @@
+#include "OrvaneSyncApp/Controllers/SessionManager.h"
+
+#include "Support/Assets.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/VirtualMainThread.h"
+
+#include <gtest/gtest.h>
+
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstdlib>
+#include <new>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace orvane {
+namespace {
+
+constexpr int clips = 40;
+constexpr const char* inProcessOfItsOwn = "ORVANE_TEST_KILLS_WRITERS";
+
+/// What a writer says of itself, in memory that outlives it.
+struct Progress {
+    std::atomic<int> begun = 0; ///< the newest state it may have written
+    std::atomic<int> done = 0;  ///< the newest state that it was told is on the disk
+};
+
+struct Work {
+    std::shared_ptr<test::VirtualMainThread> mainThread = std::make_shared<test::VirtualMainThread>();
+    std::shared_ptr<ImportController> controller;
+    std::shared_ptr<SessionManager> manager;
+
+    explicit Work(const std::string& folder) {
+        const auto settings = std::make_shared<platform::MemorySettingsStore>();
+        controller = ImportController::create({mainThread, settings, nullptr, mainThread->clock()});
+        manager = SessionManager::create({mainThread, settings, folder, mainThread->clock()});
+    }
+    void finish(const platform::Task& task) const {
+        if (!mainThread->waitUntil([&] { return task.isDone(); })) std::abort();
+    }
+};
+
+/// All clips carry the number of the state, so that a mixture of two shows.
+SyncGroupList state(const std::string& writer, int number) {
+    SyncGroupList groups;
+    for (int i = 0; i < clips; ++i) {
+        SyncGroup group = test::clip(test::video(std::to_string(i) + ".mov"), test::audio("a.wav"));
+        group.manualClipName = writer + ":" + std::to_string(number);
+        groups.append(std::move(group));
+    }
+    return groups;
+}
+
+/// Never returns: somebody kills it.
+void writeForEver(const std::string& folder, const UUID& id, const std::string& writer, Progress& progress) {
+    const Work work(folder);
+    work.manager->load(id, *work.controller);
+    for (int number = progress.begun + 1;; ++number) {
+        progress.begun = number;
+        work.controller->openStoredWork({FileURL{"/media"}, {}, state(writer, number)});
+        work.finish(work.manager->save(*work.controller));
+        progress.done = number;
+        if (number % 3 == 0) work.manager->rename(id, "Day " + std::to_string(number));
+        if (number % 4 == 0) work.manager->setMetadataPrefix(writer, std::to_string(number));
+    }
+}
+
+/// The state that all clips of the session are of.
+std::string readState(const std::string& folder, const UUID& id) {
+    const SessionStore store(folder);
+    const auto sessions = store.list();
+    EXPECT_EQ(sessions.size(), 1U);
+    if (!sessions.empty()) EXPECT_EQ(sessions.front().groupCount, clips);
+    EXPECT_TRUE(store.readFolders(id).has_value());
+    const auto read = store.readGroups(id);
+    EXPECT_EQ(read.problem, std::nullopt);
+    EXPECT_EQ(read.groups.size(), static_cast<std::size_t>(clips));
+    if (read.groups.empty()) return {};
+    const std::string first = read.groups.front().manualClipName.value_or("");
+    for (const SyncGroup& group : read.groups) EXPECT_EQ(group.manualClipName, first);
+    return first;
+}
+
+void killWriters(const std::vector<std::string>& writers, int times, unsigned seed) {
+    const test::TemporaryDirectory folder;
+    UUID id;
+    {
+        const Work work(folder.path());
+        work.finish(work.manager->newSession(*work.controller));
+        id = *work.manager->currentSessionId();
+        work.controller->openStoredWork({FileURL{"/media"}, {}, state(writers.front(), 0)});
+        work.finish(work.manager->save(*work.controller));
+    }
+    auto* const progress =
+        static_cast<Progress*>(::mmap(nullptr, writers.size() * sizeof(Progress), PROT_READ | PROT_WRITE,
+                                      MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    ASSERT_NE(static_cast<void*>(progress), MAP_FAILED);
+    for (std::size_t i = 0; i < writers.size(); ++i) new (progress + i) Progress;
+    std::mt19937 random(seed);
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    for (int kill = 0; kill < times && !testing::Test::HasFailure(); ++kill) {
+        std::vector<pid_t> children;
+        for (std::size_t i = 0; i < writers.size(); ++i) {
+            children.push_back(::fork());
+            ASSERT_GE(children.back(), 0);
+            if (children.back() == 0) writeForEver(folder.path(), id, writers[i], progress[i]);
+        }
+        // Any moment will do, also before the first write.
+        ::usleep(std::uniform_int_distribution<useconds_t>(0, 25000)(random));
+        for (const pid_t child : children) ::kill(child, SIGKILL);
+        for (const pid_t child : children) {
+            int status = 0;
+            ASSERT_EQ(::waitpid(child, &status, 0), child);
+            ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << "a writer failed by itself";
+        }
+        const std::string found = readState(folder.path(), id);
+        ASSERT_NE(found, "") << "after " << kill << " kills";
+        if (writers.size() > 1) continue;
+        const int number = std::stoi(found.substr(found.find(':') + 1));
+        EXPECT_GE(number, progress->done) << "what was said to be on the disk is not";
+        EXPECT_LE(number, progress->begun);
+    }
+    int written = 0;
+    for (std::size_t i = 0; i < writers.size(); ++i) written += progress[i].done;
+    EXPECT_GT(written, times / 4) << "the writers hardly came to write";
+    // Each change of the list of folders is that of one entry, whoever makes it.
+    for (const FolderInfo& info : SessionStore(folder.path()).readFolderInfos())
+        EXPECT_NE(std::ranges::find(writers, info.name), writers.end());
+    ::munmap(progress, writers.size() * sizeof(Progress));
+}
+
+// In a process of its own, which has no other threads when it makes writers of itself.
+TEST(SessionCrash, aWriterKilledAtAnyMomentLeavesASessionThatOpens) {
+    if (std::getenv(inProcessOfItsOwn) != nullptr) {
+        const unsigned seed = std::random_device()();
+        killWriters({"one"}, 200, seed);
+        killWriters({"one", "two"}, 100, seed);
+        return;
+    }
+    const test::ScopedEnvironment marked(inProcessOfItsOwn, "1");
+    std::string program = "/proc/self/exe", filter = "--gtest_filter=SessionCrash.*";
+    char* const arguments[] = {program.data(), filter.data(), nullptr};
+    pid_t child = 0;
+    ASSERT_EQ(::posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments, environ), 0);
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+}
+
+} // namespace
+} // namespace orvane

@@ -1,0 +1,211 @@
+#include "OrvaneSyncCore/Services/Persistence/GroupsCoding.h"
+#include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
+#include "OrvaneSyncCore/Services/Persistence/SessionRecords.h"
+#include "OrvaneSyncCore/Utilities/Base64.h"
+#include "Platform/Files.h"
+#include "Support/Assets.h"
+#include "Support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvane {
+namespace {
+
+SyncGroup edited(std::string_view name) {
+    SyncGroup group = test::clip(test::video(std::string(name) + ".mov"), test::audio("s.wav"));
+    group.matchStatus = MatchStatus::ambiguous(3);
+    group.clipName = "shown";
+    group.manualAudioOffsetSeconds = 0.5;
+    group.audioAnchorOffsetInAudioSeconds = 2.25;
+    group.manualActiveTracks = {3, 1};
+    group.algorithmExcludedTracks = {2};
+    group.manualBlockOverrides = {{UUID::random(), 1, 2, 3}};
+    group.isApproved = group.isPickup = group.isExcludedFromExport = true;
+    group.manualClipName = "Hero";
+    group.isExcludedFromMulticamFlag = true;
+    group.isLocked = true;
+    group.masterGainDB = 6;
+    return group;
+}
+
+OrvaneSyncProject project(const SyncGroupList& groups) {
+    return ProjectService().snapshot(FileURL{"/media"}, std::nullopt, FileURL{"/r/\xFF.ale"}, groups, Date{});
+}
+
+TEST(ProjectFile, carriesTheEditsToAnotherScan) {
+    const SyncGroupList before{edited("a"), edited("b")};
+    const auto stored = ProjectService::decoded(ProjectService::encoded(project(before)));
+    EXPECT_EQ(stored.videoFolderPath, FileURL{"/media"});
+    EXPECT_EQ(stored.audioFolderPath, std::nullopt);
+    EXPECT_EQ(stored.aleFilePath, FileURL{"/r/\xFF.ale"}); // no text, and found again all the same
+    const PersistedGroup& entry = stored.groups.at(0);
+    EXPECT_EQ(entry.matchStatusRaw, "ambiguous:3");
+    EXPECT_EQ(entry.syncOffsetSeconds, 0.0);
+    EXPECT_EQ(entry.audioPaths, (std::vector<FileURL>{{"/media/s.wav"}}));
+
+    SyncGroupList scanned{test::clip(test::video("x.mov"), test::audio("t.wav")),
+                          test::clip(test::video("a.mov"), test::audio("t.wav"))};
+    const UUID id = scanned[1].id;
+    ProjectService().applyEdits(stored, scanned);
+    EXPECT_EQ(scanned[0].clipName, "x.mov"); // no entry
+    const SyncGroup& group = scanned[1];
+    EXPECT_EQ(group.id, id);
+    EXPECT_EQ(group.audioMatches.at(0).audio->filename, "t.wav");
+    EXPECT_EQ(group.matchStatus, MatchStatus::matched());
+    EXPECT_FALSE(group.isLocked);
+    EXPECT_EQ(group.masterGainDB, 0);
+    // Everything else is as it was saved: the next file differs in what the scan found alone.
+    JSON again = toJSON(PersistedGroup(group)), first = toJSON(entry);
+    for (const char* scan : {"id", "audioPaths", "matchStatusRaw"})
+        for (JSON* json : {&again, &first}) json->remove(scan);
+    EXPECT_TRUE(again == first) << again.dump() << first.dump();
+}
+
+TEST(ProjectFile, ofSeveralEntriesForOneVideoTheLastCounts) {
+    SyncGroup first = edited("a"), last = edited("a");
+    last.manualClipName = "Last";
+    SyncGroupList groups{test::clip(test::video("a.mov"), test::audio("s.wav"))};
+    ProjectService().applyEdits(project({first, last}), groups);
+    EXPECT_EQ(groups.front().manualClipName, "Last");
+}
+
+TEST(ProjectFile, isRefusedWithAReasonAndNeverHalfWritten) {
+    const std::string good = ProjectService::encoded(project({edited("a")}));
+    EXPECT_EQ(ProjectService::encoded(ProjectService::decoded(good)), good);
+    struct Case {
+        const char* name;
+        const char* piece;
+        std::string instead;
+        const char* says; ///< empty: opens
+    };
+    const Case cases[] = {
+        {"an unknown key", "\"version\": 1", "\"version\": 1, \"future\": {\"x\": [1]}", ""},
+        {"version 0", "\"version\": 1", "\"version\": 0", "Project version 0 is not supported (current: 1)"},
+        {"version 2 in another shape", "\"groups\"", "\"version\": 2, \"clips\"",
+         "Project version 2 is not supported (current: 1)"},
+        {"a version that is no number", "\"version\": 1", "\"version\": \"1\"",
+         "version: expected an integer"},
+        {"a missing key", "\"savedAt\"", "\"saved\"", "savedAt"},
+        {"a date that is none", "1970-01-01T", "1970-13-01T", "savedAt: expected an ISO 8601 date"},
+        {"a wrong type in a clip", "\"isApproved\": true", "\"isApproved\": 1", "groups: isApproved"},
+        {"a track that is none", "[\n        1,", "[\n        \"1\",", "manualActiveTracks"},
+        {"a bookmark that is none", "\"version\": 1", "\"version\": 1, \"videoFolderBookmark\": \"a\"",
+         "videoFolderBookmark: expected base64"},
+        {"a path that ends early", "\"/media\"", "\"/media\\u0000x\"", "videoFolderPath: expected a path"},
+        {"a huge number", "\"syncOffsetSeconds\": 0.0", "\"syncOffsetSeconds\": 1e999", "valid"},
+        {"a truncated file", "\"version\": 1\n}", "", "valid"},
+        {"a list", "{", "[1,", "valid"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::string text = good;
+        ASSERT_NE(text.find(c.piece), std::string::npos);
+        text.replace(text.find(c.piece), std::string_view(c.piece).size(), c.instead);
+        try {
+            ProjectService::decoded(text);
+            EXPECT_STREQ(c.says, "");
+        } catch (const ProjectError& error) {
+            EXPECT_NE(std::string(error.what()).find(c.says), std::string::npos) << error.what();
+            EXPECT_STRNE(c.says, "");
+        }
+    }
+    const test::TemporaryDirectory folder;
+    const FileURL file{folder.write("p.orvanesync", good)};
+    SyncGroup broken = edited("a");
+    broken.manualAudioOffsetSeconds = std::numeric_limits<double>::infinity();
+    EXPECT_THROW(ProjectService().save(project({broken}), file), ProjectError);
+    EXPECT_THROW(ProjectService().save(project({}), {folder.path("gone/p.orvanesync")}), platform::FileError);
+    EXPECT_EQ(folder.read("p.orvanesync"), good);
+    EXPECT_THROW(ProjectService().load({folder.path()}), platform::FileError);
+}
+
+TEST(SessionFiles, clipsAreEncodedByWhatChangedAndReadAlike) {
+    SyncGroupList groups;
+    for (int i = 0; i < 200; ++i) groups.append(edited(std::to_string(i)));
+    GroupsEncoder encoder;
+    const auto expectRight = [&] {
+        const std::string text = encoder.encode(groups);
+        EXPECT_EQ(text, toJSONArray(groups).dump(JSON::Layout::pretty) + "\n");
+        EXPECT_EQ(GroupsEncoder().encode(groupsFromText(text)), text);
+    };
+    expectRight();
+    groups.update(groups[150].id, [](SyncGroup& group) { group.isApproved = false; });
+    expectRight();
+    SyncGroupList reordered; // as a re-scan or an undo leaves it
+    for (std::size_t i = groups.size(); i-- > 1;) reordered.append(groups.element(i));
+    groups = reordered;
+    expectRight();
+    groups = {};
+    expectRight();
+}
+
+TEST(SessionFiles, clipsOfOneIdGetIdsOfTheirOwn) {
+    const SyncGroup a = edited("a");
+    SyncGroup b = edited("b");
+    b.id = a.id;
+    const auto read = groupsFromText(GroupsEncoder().encode({a, b, a}));
+    ASSERT_EQ(read.size(), 3U);
+    EXPECT_EQ(read[0].id, a.id);
+    EXPECT_EQ(read[1].video.filename, "b.mov");
+    EXPECT_EQ(std::set<UUID>({read[0].id, read[1].id, read[2].id}).size(), 3U);
+    try {
+        groupsFromText("[" + toJSON(a).dump() + ",{}]");
+        ADD_FAILURE();
+    } catch (const DecodingError& error) {
+        EXPECT_TRUE(std::string(error.what()).starts_with("clip 2: ")) << error.what();
+    }
+}
+
+TEST(SessionFiles, recordsComeBackAndSayWhatIsMissing) {
+    const char* texts[] = {
+        R"({"id":"AAAAAAAA-0000-4000-8000-000000000001","name":"n","created":"2024-01-01T00:00:00Z","modified":"2024-01-01T00:00:00.250Z","groupCount":1,"lockedCount":0,"folder":"f","nameAutoDerived":false})",
+        R"({"videoFolder":"/v","audioFolder":"/a","videoBookmark":"AAE=","audioBookmark":"/+8="})",
+        R"({"name":"n","lockitProjectID":"p","metadataPrefix":"m","activePresetName":"a","activeSettingsSnapshot":"e30="})"};
+    const std::set<std::string> optionals{
+        "folder",        "nameAutoDerived", "videoFolder",    "audioFolder",      "videoBookmark",
+        "audioBookmark", "lockitProjectID", "metadataPrefix", "activePresetName", "activeSettingsSnapshot"};
+    const auto rewritten = [&](int kind, const JSON& json) {
+        return kind == 0   ? toJSON(fromJSON<SessionInfo>(json))
+               : kind == 1 ? toJSON(fromJSON<SessionFolders>(json))
+                           : toJSON(fromJSON<FolderInfo>(json));
+    };
+    for (int kind = 0; kind < 3; ++kind) {
+        const JSON json = JSON::parse(texts[kind]);
+        EXPECT_TRUE(rewritten(kind, json) == json) << texts[kind];
+        for (const auto& [key, value] : *json.members()) {
+            JSON without = json;
+            without.remove(key);
+            if (!optionals.contains(key))
+                EXPECT_THROW(rewritten(kind, without), DecodingError) << key;
+            else if (key == "nameAutoDerived")
+                EXPECT_TRUE(fromJSON<SessionInfo>(without).nameAutoDerived);
+            else
+                EXPECT_TRUE(rewritten(kind, without) == without) << key;
+            JSON wrong = json;
+            wrong.set(key, JSON::array());
+            EXPECT_THROW(rewritten(kind, wrong), DecodingError) << key;
+        }
+    }
+}
+
+TEST(Base64, comesBackForEveryLengthAndRefusesTheRest) {
+    std::string bytes;
+    for (int i = 0; i < 70; ++i) {
+        EXPECT_EQ(base64::decoded(base64::encoded(bytes)), bytes);
+        bytes += static_cast<char>(i * 37);
+    }
+    EXPECT_EQ(base64::encoded("foobar"), "Zm9vYmFy");
+    EXPECT_EQ(base64::encoded("fooba"), "Zm9vYmE=");
+    EXPECT_EQ(base64::encoded("foob"), "Zm9vYg==");
+    for (const char* bad : {"Zg", "Zg=", "Z===", "Zm9v\n", "Zm9_", "====", "Zg==Zg=="})
+        EXPECT_EQ(base64::decoded(bad), std::nullopt) << bad;
+}
+
+} // namespace
+} // namespace orvane

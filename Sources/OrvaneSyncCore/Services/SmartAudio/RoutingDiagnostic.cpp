@@ -66,9 +66,9 @@ std::string decisionLine(const PerWindowOutcome& outcome) {
            "]  reason: " + printable(outcome.reason) + "\n";
 }
 
-std::string sourceOf(int track, const std::vector<ChannelClassification>& classifications) {
-    const ChannelClassification* classification = classificationOf(classifications, track);
-    return classification == nullptr ? "not classified" : printable(classification->source);
+std::string sourceOf(int track, const ClassificationByTrack& classifications) {
+    const auto found = classifications.find(track);
+    return found == classifications.end() ? "not classified" : printable(found->second->source);
 }
 
 /// By descending duration, then by track.
@@ -109,9 +109,10 @@ std::string windowReport(std::span<const PerWindowFrame> frames,
 
 std::string blockReport(const std::vector<BlockDecision>& blocks, std::optional<int> takeDefault,
                         const std::vector<ChannelClassification>& classifications) {
+    const ClassificationByTrack classified = byTrack(classifications);
     std::string text = "\n=== FINAL CONSOLIDATED BLOCKS (= what the strip shows) ===\n";
     text += takeDefault ? "Take-default: " + trackName(*takeDefault) + " (" +
-                              sourceOf(*takeDefault, classifications) + ")\n"
+                              sourceOf(*takeDefault, classified) + ")\n"
                         : "Take-default: NONE — fell through to per-window scoring\n";
 
     const auto tracks = secondsByTrack(blocks);
@@ -121,7 +122,7 @@ std::string blockReport(const std::vector<BlockDecision>& blocks, std::optional<
     for (const auto& [track, seconds] : tracks)
         text += "  " + trackName(track) + ": " + formatted(seconds, "%5.1f") + "s (" +
                 formatted(total > 0 ? seconds / total * 100 : 0, "%5.1f") + "%)  " +
-                sourceOf(track, classifications) + "\n";
+                sourceOf(track, classified) + "\n";
 
     text += "Block list (start → end · track · kind · reason):\n";
     for (const BlockDecision& block : blocks)

@@ -11,9 +11,11 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
@@ -127,6 +129,12 @@ std::optional<Number> decimal(std::string_view text) {
 }
 
 } // namespace
+
+std::string formatted(const char* format, double value) {
+    std::array<char, 400> text{};
+    std::snprintf(text.data(), text.size(), format, value);
+    return text.data();
+}
 
 bool isASCII(std::string_view text) {
     return std::ranges::none_of(text, [](char c) { return (static_cast<unsigned char>(c) & 0x80U) != 0; });

@@ -19,8 +19,7 @@ namespace {
 constexpr std::uint64_t largestReportBytes = std::uint64_t{8} << 20U;
 constexpr int reportedWindowStep = 50;
 
-std::string trackName(int track) { return "T" + std::to_string(track); }
-std::string decibels(double value) { return formatted(value, "%6.1f") + " dB"; }
+std::string decibels(double value) { return formatted("%6.1f", value) + " dB"; }
 /// Track names come from files and may hold anything.
 std::string printable(std::string_view text) { return platform::text::printable(text); }
 
@@ -36,7 +35,7 @@ std::string classificationLines(std::vector<ChannelClassification> classificatio
     std::string text;
     for (const ChannelClassification& c : classifications)
         text += "  " + trackName(c.trackIndex) + " | " + std::string(rawValue(c.kind)) + " | " +
-                formatted(c.confidence, "%.2f") + " | " + printable(c.source) + "\n";
+                formatted("%.2f", c.confidence) + " | " + printable(c.source) + "\n";
     return text;
 }
 
@@ -44,7 +43,7 @@ std::string statisticsLines(const TakeStatistics& channelStats) {
     std::string text;
     for (const auto& [track, stats] : channelStats)
         text += "  " + trackName(track) + " | " + decibels(stats.noiseFloorDB) + " | " +
-                decibels(stats.typicalCrestFactorDB) + " | " + formatted(stats.takeDominance, "%.2f") + "\n";
+                decibels(stats.typicalCrestFactorDB) + " | " + formatted("%.2f", stats.takeDominance) + "\n";
     return text;
 }
 
@@ -99,7 +98,7 @@ std::string windowReport(std::span<const PerWindowFrame> frames,
     for (std::size_t i = 0; i < count; ++i) {
         if (frames[i].index % reportedWindowStep != 0) continue;
         text += "Window " + std::to_string(frames[i].index) + " (" +
-                formatted(frames[i].index * smartAudioWindowSeconds, "%.2f") + "s):\n";
+                formatted("%.2f", frames[i].index * smartAudioWindowSeconds) + "s):\n";
         for (const WindowMetrics& window : frames[i].perChannel)
             text += channelLine(window, roles, channelStats);
         text += decisionLine(decisions[i].outcome);
@@ -120,13 +119,13 @@ std::string blockReport(const std::vector<BlockDecision>& blocks, std::optional<
     for (const auto& [track, seconds] : tracks) total += seconds;
     text += "Track distribution by duration:\n";
     for (const auto& [track, seconds] : tracks)
-        text += "  " + trackName(track) + ": " + formatted(seconds, "%5.1f") + "s (" +
-                formatted(total > 0 ? seconds / total * 100 : 0, "%5.1f") + "%)  " +
+        text += "  " + trackName(track) + ": " + formatted("%5.1f", seconds) + "s (" +
+                formatted("%5.1f", total > 0 ? seconds / total * 100 : 0) + "%)  " +
                 sourceOf(track, classified) + "\n";
 
     text += "Block list (start → end · track · kind · reason):\n";
     for (const BlockDecision& block : blocks)
-        text += "  " + formatted(block.startSeconds, "%6.2f") + " → " + formatted(block.endSeconds, "%6.2f") +
+        text += "  " + formatted("%6.2f", block.startSeconds) + " → " + formatted("%6.2f", block.endSeconds) +
                 " s · " + trackName(block.activeTrack) + " [" + std::string(rawValue(block.kind)) + "] · " +
                 printable(block.reason) + "\n";
     return text;

@@ -68,7 +68,7 @@ PerWindowOutcome decideSimilarLavs(const Score& first, const Score& second, cons
     const std::string firstName = nameOf(first);
     const std::string secondName = nameOf(second);
     const bool areNamed = !firstName.empty() && !secondName.empty();
-    const std::string delta = "Δ" + formatted(first.rmsDB - second.rmsDB, "%.1f") + " dB";
+    const std::string delta = "Δ" + formatted("%.1f", first.rmsDB - second.rmsDB) + " dB";
 
     if (areNamed && firstName == secondName)
         return {first.trackIndex, std::nullopt, BlockKind::lav,
@@ -85,8 +85,8 @@ PerWindowOutcome decideSimilarLavs(const Score& first, const Score& second, cons
 PerWindowOutcome decideByScore(const std::vector<Score>& scores) {
     const Score& best = *std::ranges::max_element(scores, {}, &Score::total);
     return {best.trackIndex, std::nullopt, best.kind,
-            "score " + formatted(best.total, "%.1f") + " [rms " + formatted(best.rmsDB, "%.1f") + " · snr +" +
-                formatted(best.snrDB, "%.1f") + " · clean +0.0]"};
+            "score " + formatted("%.1f", best.total) + " [rms " + formatted("%.1f", best.rmsDB) + " · snr +" +
+                formatted("%.1f", best.snrDB) + " · clean +0.0]"};
 }
 
 std::vector<Run> runsOf(const std::vector<WindowDecision>& perWindow) {

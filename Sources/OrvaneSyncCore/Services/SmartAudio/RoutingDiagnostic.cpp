@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/RoutingWindows.h"
 #include "OrvaneSyncCore/Services/SmartAudio/TakeDefault.h"
 #include "Platform/Files.h"
+#include "Platform/RandomAccessFile.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -16,7 +17,9 @@ namespace orvane::SmartAudioBlockRouter {
 
 namespace {
 
-constexpr std::uint64_t largestReportBytes = std::uint64_t{8} << 20U;
+/// Several runs over long recordings of many channels; little enough to be rewritten after each analysis.
+constexpr std::uint64_t largestReportBytes = std::uint64_t{2} << 20U;
+constexpr std::string_view finalHeading = "\n=== FINAL CONSOLIDATED BLOCKS (= what the strip shows) ===\n";
 constexpr int reportedWindowStep = 50;
 
 std::string decibels(double value) { return formatted("%6.1f", value) + " dB"; }
@@ -80,6 +83,18 @@ std::vector<std::pair<int, double>> secondsByTrack(const std::vector<BlockDecisi
     return tracks;
 }
 
+/// All of a report, or what its bound leaves of it: from the newest runs' first heading on, or from a line on
+/// where one run alone is longer.
+std::string newestPart(const platform::RandomAccessFile& file) {
+    const std::uint64_t bytes = std::min(file.size(), largestReportBytes);
+    std::string text(static_cast<std::size_t>(bytes), '\0');
+    text.resize(file.readInto(file.size() - bytes, std::as_writable_bytes(std::span(text))));
+    if (bytes == file.size()) return text;
+    const std::size_t heading = text.find(finalHeading);
+    text.erase(0, (heading != std::string::npos ? heading : text.find('\n')) + 1);
+    return text;
+}
+
 } // namespace
 
 std::string windowReport(std::span<const PerWindowFrame> frames,
@@ -109,7 +124,7 @@ std::string windowReport(std::span<const PerWindowFrame> frames,
 std::string blockReport(const std::vector<BlockDecision>& blocks, std::optional<int> takeDefault,
                         const std::vector<ChannelClassification>& classifications) {
     const ClassificationByTrack classified = byTrack(classifications);
-    std::string text = "\n=== FINAL CONSOLIDATED BLOCKS (= what the strip shows) ===\n";
+    std::string text(finalHeading);
     text += takeDefault ? "Take-default: " + trackName(*takeDefault) + " (" +
                               sourceOf(*takeDefault, classified) + ")\n"
                         : "Take-default: NONE — fell through to per-window scoring\n";
@@ -141,12 +156,9 @@ void replaceReport(const std::string& path, std::string_view text) {
 }
 
 void appendToReport(const std::string& path, std::string_view text) {
-    if (path.empty() || !platform::files::exists(path)) return;
-    try {
-        replaceReport(path, platform::files::readText(path, largestReportBytes) + std::string(text));
-    } catch (const platform::FileError&) {
-        return;
-    }
+    if (path.empty()) return;
+    if (const auto file = platform::RandomAccessFile::open(path))
+        replaceReport(path, newestPart(*file).append(text));
 }
 
 } // namespace orvane::SmartAudioBlockRouter

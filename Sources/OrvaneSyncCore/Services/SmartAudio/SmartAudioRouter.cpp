@@ -15,20 +15,10 @@ namespace orvane {
 
 namespace {
 
-constexpr std::size_t mostWindows = 10000; ///< 2500 s; the rest of a longer recording is not heard
 constexpr double minSegmentSeconds = 0.5;
 
-/// As many channels as the header of a recording can count. More were never recorded.
-constexpr int mostTracks = 65535;
-
-/// Hz. Beyond it a rate is a broken header.
-constexpr double highestSampleRate = 1e9;
-
-/// Whole samples; 0 for a rate at which a window holds none.
-std::size_t windowFrames(double sampleRate) {
-    if (!(sampleRate > 0) || sampleRate > highestSampleRate) return 0;
-    return static_cast<std::size_t>(sampleRate * smartAudioWindowSeconds);
-}
+/// 0 for a rate at which a window holds no sample.
+std::size_t windowFrames(double sampleRate) { return wholeSamples(smartAudioWindowSeconds, sampleRate); }
 
 void routeInBlocks(const SmartAudioRequest& request, std::span<const TrackAnalysis> analyses,
                    const std::string& diagnosticsDirectory, SmartAudioResult& result) {

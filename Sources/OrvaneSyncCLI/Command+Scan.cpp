@@ -12,7 +12,7 @@ void scan(Context& context, const Arguments& arguments) {
     if (arguments.has("--json"))
         context.out << stateJSON(run.controller()).dump(JSON::Layout::pretty) << "\n";
     else
-        context.out << stateText(run.controller(), context.mayColour);
+        context.out << stateText(run.controller(), context.mayColour) << smartAudioText(run.controller());
 }
 
 } // namespace

@@ -28,9 +28,8 @@ SmartAudioMode smartAudioMode(const Context& context, const Arguments& arguments
         throw UsageError("--smart-audio takes off, standard, studio, cinematic or custom, not '" + *named +
                          "'");
     }
-    const auto stored = context.settings->textIfPresent("smartAudioMode");
-    if (!stored) return SmartAudioMode::standard;
-    return smartAudioModeFromUITag(*stored).value_or(SmartAudioMode::off);
+    const std::string stored = context.settings->text("smartAudioMode");
+    return smartAudioModeFromUITag(stored).value_or(SmartAudioMode::standard);
 }
 
 std::optional<fcpxml::FCPXMLVersion> documentVersion(const Arguments& arguments) {
@@ -122,8 +121,9 @@ void sync(Context& context, const Arguments& arguments) {
     const SyncOptions options = read(context, arguments);
     const bool asJSON = arguments.has("--json");
     ScanRun run(context, arguments);
-    run.scan();
     ImportController& controller = run.controller();
+    controller.setAnalysesAfterScan(false); // once is enough, in the mode of this command
+    run.scan();
     if (controller.matchedCount() == 0) failWithoutClips(context, controller, asJSON);
     if (options.smartAudio != SmartAudioMode::off)
         run.wait(controller.runSmartAudioAnalysis(options.smartAudio, false));
@@ -137,6 +137,7 @@ void sync(Context& context, const Arguments& arguments) {
     run.clearProgress();
 
     for (const std::string& warning : leftOutWarnings(controller)) result.warnings.push_back(warning);
+    for (const std::string& warning : unheardWarnings(controller)) result.warnings.push_back(warning);
     if (result.syncClipCount + result.multicamCount == 0)
         result.warnings.emplace_back("the document holds no clip; look at the settings generateSyncClips and "
                                      "export.wrapMOSInSyncClip");
@@ -145,7 +146,7 @@ void sync(Context& context, const Arguments& arguments) {
         return;
     }
     if (options.output != standardOutput)
-        context.out << stateText(controller, context.mayColour) << "\n"
+        context.out << stateText(controller, context.mayColour) << smartAudioText(controller) << "\n"
                     << writtenText(controller, result, options.output);
     for (const std::string& warning : result.warnings) context.warn(warning);
 }

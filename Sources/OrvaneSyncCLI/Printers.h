@@ -18,11 +18,15 @@ JSON exportJSON(const ImportController& controller, const ExportResult& result, 
 
 /// One line for each clip that the document does not hold, and why.
 std::vector<std::string> leftOutWarnings(const ImportController& controller);
+/// One line for each recording that Smart Audio could not hear.
+std::vector<std::string> unheardWarnings(const ImportController& controller);
 
 // The same for people.
 
 /// The clips as a table, what was found without picture, and a line of counts.
 std::string stateText(const ImportController& controller, bool bold);
+/// A line on what Smart Audio did; empty where it did not run.
+std::string smartAudioText(const ImportController& controller);
 /// What is known of one file.
 std::string assetText(const MediaAsset& asset, bool bold);
 

@@ -28,10 +28,10 @@ std::string bar(double fraction, int columns) {
 ProgressLine::ProgressLine(Context& context, bool isQuiet)
     : context_(context), isOn_(context.errIsTerminal && !isQuiet) {}
 
-std::string ProgressLine::text(const ScanProgress& progress, double elapsed, int columns) {
+std::string ProgressLine::text(const ScanProgress& progress, double fraction, double elapsed, int columns) {
     if (progress.phase.empty()) return "";
     if (!progress.isActive()) return progress.phase;
-    const double fraction = std::clamp(progress.fraction(), 0.0, 1.0);
+    fraction = std::clamp(fraction, 0.0, 1.0);
     const std::string count = " " + std::to_string(progress.current) + "/" + std::to_string(progress.total);
     std::string left;
     if (elapsed > secondsBeforeGuessing && fraction > 0)
@@ -41,15 +41,16 @@ std::string ProgressLine::text(const ScanProgress& progress, double elapsed, int
     return progress.phase + count + (room >= narrowestBar ? " " + bar(fraction, room) : "") + left;
 }
 
-void ProgressLine::show(const ScanProgress& progress) {
+void ProgressLine::show(const ScanProgress& progress, double fraction) {
     if (!isOn_) return;
     const auto now = context_.clock->now();
-    if (!start_) start_ = now;
-    const bool isEnd = progress.current == progress.total;
+    if (!start_ || fraction < lastFraction_) start_ = now;
+    lastFraction_ = fraction;
+    const bool isEnd = fraction >= 1;
     if (lastDrawn_ && now - *lastDrawn_ < redrawInterval && !isEnd) return;
     lastDrawn_ = now;
     const std::string line =
-        text(progress, std::chrono::duration<double>(now - *start_).count(), context_.errWidth);
+        text(progress, fraction, std::chrono::duration<double>(now - *start_).count(), context_.errWidth);
     context_.err << "\r\x1b[K" << line << std::flush;
     isShown_ = !line.empty();
 }

@@ -18,16 +18,20 @@ class ProgressLine {
     ProgressLine(const ProgressLine&) = delete;
     ProgressLine& operator=(const ProgressLine&) = delete;
 
-    void show(const ScanProgress& progress);
+    void show(const ScanProgress& progress) { show(progress, progress.fraction()); }
+    /// For work whose steps are of different length: `fraction` of it is done, 0 to 1. A fraction that falls
+    /// is that of new work.
+    void show(const ScanProgress& progress, double fraction);
     void clear();
 
     /// The line for a terminal of that many columns. `elapsed` seconds since the work began.
-    static std::string text(const ScanProgress& progress, double elapsed, int columns);
+    static std::string text(const ScanProgress& progress, double fraction, double elapsed, int columns);
 
   private:
     Context& context_;
     bool isOn_;
     bool isShown_ = false;
+    double lastFraction_ = 0;
     std::optional<std::chrono::nanoseconds> start_;
     std::optional<std::chrono::nanoseconds> lastDrawn_;
 };

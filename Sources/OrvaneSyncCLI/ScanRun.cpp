@@ -72,6 +72,9 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments)
             show(progressText(controller_->scanState()));
         if (field == ImportField::progress && controller_->progress().isActive())
             progress_.show(controller_->progress());
+        const SmartAudioProgress& heard = controller_->smartAudio().progress;
+        if (field == ImportField::smartAudio && heard.total > 0)
+            progress_.show({heard.phase, heard.current, heard.total}, heard.fraction);
     });
 }
 
@@ -79,6 +82,7 @@ void ScanRun::show(std::string_view phase) { progress_.show({std::string(phase),
 
 void ScanRun::scan() {
     wait(controller_->startScan());
+    wait(controller_->waitForAnalysisAfterScan());
     if (const auto& found = controller_->discoveryResult())
         for (const FileURL& folder : found->unreadableFolders)
             context_.warn("can't read the folder '" + folder.path + "'; its files are missing here");

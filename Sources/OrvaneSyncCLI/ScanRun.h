@@ -21,7 +21,8 @@ class ScanRun {
     ScanRun(Context& context, const Arguments& arguments);
 
     ImportController& controller() { return *controller_; }
-    /// Scans to the end, with progress. Warns of folders that could not be read.
+    /// Scans to the end, with progress, and waits for the analysis that the scan may start. Warns of folders
+    /// that could not be read.
     void scan();
     /// Says on the progress line what is being done, until the next wait ends.
     void show(std::string_view phase);

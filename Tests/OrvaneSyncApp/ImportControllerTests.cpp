@@ -1,11 +1,7 @@
-#include "OrvaneSyncApp/Controllers/ImportController.h"
-
-#include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "OrvaneSyncApp/ControllerTest.h"
 #include "Support/Media/MovieMaker.h"
 #include "Support/Media/SmallShoot.h"
 #include "Support/TemporaryDirectory.h"
-#include "Support/VirtualMainThread.h"
 
 #include <gtest/gtest.h>
 
@@ -17,50 +13,7 @@
 namespace orvane {
 namespace {
 
-/// A controller on a thread that the test moves, and everything it said.
-class ImportControllerTest : public testing::Test {
-  protected:
-    ImportControllerTest() {
-        registerStandardDefaults(*settings_);
-        controller_ = make(nullptr);
-    }
-
-    std::shared_ptr<ImportController> make(std::shared_ptr<ProbeCache> cache) {
-        ImportController::Dependencies dependencies;
-        dependencies.mainThread = mainThread_;
-        dependencies.settings = settings_;
-        dependencies.probeCache = std::move(cache);
-        dependencies.clock = mainThread_->clock();
-        return ImportController::create(std::move(dependencies));
-    }
-
-    FileURL folder(std::string_view below) const { return {folder_.path(below)}; }
-
-    void scan(std::optional<FileURL> video, std::optional<FileURL> audio) {
-        controller_->setVideoFolderURL(std::move(video));
-        controller_->setAudioFolderURL(std::move(audio));
-        finish(controller_->startScan());
-    }
-
-    void finish(const platform::Task& task) {
-        ASSERT_TRUE(mainThread_->waitUntil([&] { return task.isDone(); }));
-        mainThread_->runPosted();
-    }
-
-    const SyncGroup* clip(std::string_view filenamePrefix) const {
-        const auto& groups = controller_->syncGroups();
-        const auto found = std::find_if(groups.begin(), groups.end(), [&](const SyncGroup& group) {
-            return group.video.filename.starts_with(filenamePrefix);
-        });
-        return found == groups.end() ? nullptr : &*found;
-    }
-
-    test::TemporaryDirectory folder_;
-    std::shared_ptr<test::VirtualMainThread> mainThread_ = std::make_shared<test::VirtualMainThread>();
-    std::shared_ptr<platform::MemorySettingsStore> settings_ =
-        std::make_shared<platform::MemorySettingsStore>();
-    std::shared_ptr<ImportController> controller_;
-};
+class ImportControllerTest : public test::ControllerTest {};
 
 TEST_F(ImportControllerTest, turnsTwoFoldersIntoClipsAndWildTracks) {
     test::makeSmallShoot(folder_.path());

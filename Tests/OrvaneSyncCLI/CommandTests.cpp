@@ -1,9 +1,8 @@
-#include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/RunCommand.h"
 
 #include "OrvaneSyncCLI/ChannelStrip.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
 #include "OrvaneSyncCLI/Table.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
 #include "Platform/JSON.h"
 #include "Support/Media/LTCSignal.h"
 #include "Support/Media/SmallShoot.h"
@@ -16,7 +15,6 @@
 #include <cmath>
 #include <filesystem>
 #include <numbers>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -24,29 +22,6 @@ namespace orvane::cli {
 namespace {
 
 using platform::JSON;
-
-struct Outcome {
-    int status = 0;
-    std::string out;
-    std::string err;
-
-    JSON json() const { return JSON::parse(out); }
-};
-
-/// Never with the probe cache of the user who runs the tests.
-Outcome runWith(std::vector<std::string> words, bool onTerminal = false, const std::string& cacheFile = {}) {
-    const test::TemporaryDirectory folder;
-    std::ostringstream out, err;
-    Context context{out, err};
-    context.errIsTerminal = onTerminal;
-    context.openProbeCache = [&] {
-        return std::make_shared<ProbeCache>(cacheFile.empty() ? folder.path("cache.json") : cacheFile);
-    };
-    context.settings = std::make_shared<platform::MemorySettingsStore>();
-    registerStandardDefaults(*context.settings);
-    const int status = run(words, context);
-    return {status, out.str(), err.str()};
-}
 
 TEST(CommandLine, tellsWrongUsageFromFailure) {
     const test::TemporaryDirectory folder;
@@ -157,7 +132,9 @@ class ShootTest : public testing::Test {
     ShootTest() { test::makeSmallShoot(folder_.path()); }
 
     test::TemporaryDirectory folder_;
+    test::TemporaryDirectory work_;
     test::ScopedEnvironment zone_{"TZ", "UTC"};
+    test::ScopedEnvironment dataHome_{"XDG_DATA_HOME", work_.path().c_str()};
 };
 
 TEST_F(ShootTest, scanShowsTheWholeState) {
@@ -212,6 +189,10 @@ TEST_F(ShootTest, syncWritesTheDocument) {
     EXPECT_EQ(result.find("syncClipCount")->integer(), 3);
     EXPECT_EQ(result.find("counts")->find("unmatched")->integer(), 1);
     EXPECT_NE(result.find("warnings")->elements()->back().string()->find("A001C003"), std::string::npos);
+    // Nobody speaks in the recording: the routing had to decide window by window, and says how.
+    const std::string report = work_.read("Orvane Tandrel/diagnostics/orvane_routing_debug.txt");
+    EXPECT_TRUE(report.starts_with("=== Smart-Audio routing diagnostic ===\nFrames: 80 "));
+    EXPECT_NE(report.find("Take-default: NONE"), std::string::npos);
     const std::string document = folder_.read("out.fcpxml");
     EXPECT_NE(document.find("<fcpxml version=\"1.14\">"), std::string::npos);
     EXPECT_NE(document.find("event name=\"Day &amp; Night\""), std::string::npos);
@@ -273,7 +254,7 @@ TEST_F(ShootTest, aMediaFileIsNeverOverwritten) {
     for (const bool isHardLink : {false, true}) {
         isHardLink ? std::filesystem::create_hard_link(clip, link)
                    : std::filesystem::create_symlink(clip, link);
-        const Outcome outcome = runWith({"sync", folder_.path(), "-o", link});
+        const Outcome outcome = runWith({"sync", folder_.path(), "-o", link, "--no-smart-audio"});
         EXPECT_EQ(outcome.status, failed);
         EXPECT_NE(outcome.err.find("it leads to the media file"), std::string::npos) << outcome.err;
         EXPECT_EQ(folder_.read("camera/A001C001_261120_R1AB.mov"), before);
@@ -282,14 +263,14 @@ TEST_F(ShootTest, aMediaFileIsNeverOverwritten) {
 }
 
 TEST_F(ShootTest, aSettingOfThisRunReachesTheDocument) {
-    const Outcome number = runWith({"sync", folder_.path(), "-o", "-", "--set", "eventName=2024.10"});
+    const Outcome number =
+        runWith({"sync", folder_.path(), "--no-smart-audio", "-o", "-", "--set", "eventName=2024.10"});
     EXPECT_NE(number.out.find("<event name=\"2024.10\">"),
               std::string::npos); // a text, though it looks like a number
     EXPECT_EQ(number.err.find("setting"), std::string::npos);
 }
 
 TEST_F(ShootTest, analyzeTellsMicrophonesApartAndDrawsTheTake) {
-    const test::ScopedEnvironment work("XDG_DATA_HOME", folder_.path("work").c_str());
     // A boom that speaks in bursts over a hiss, and a second channel of hiss alone.
     constexpr std::size_t sampleRate = 48000, seconds = 12;
     std::vector<float> samples;
@@ -368,10 +349,11 @@ TEST(Table, alignsWhatATerminalShows) {
 }
 
 TEST(ProgressLine, tellsPhaseCountBarAndTimeLeft) {
-    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 0.5, 40), "Probing 1/4 [######...................]");
-    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 20, 40), "Probing 1/4 [####...........] 1:00 left");
-    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 20, 20), "Probing 1/4 1:00 left");
-    EXPECT_EQ(ProgressLine::text({"Matching timecodes...", 0, 0}, 20, 40), "Matching timecodes...");
+    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 0.25, 0.5, 40),
+              "Probing 1/4 [######...................]");
+    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 0.25, 20, 40), "Probing 1/4 [####...........] 1:00 left");
+    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 0.25, 20, 20), "Probing 1/4 1:00 left");
+    EXPECT_EQ(ProgressLine::text({"Matching timecodes...", 0, 0}, 0, 20, 40), "Matching timecodes...");
 }
 
 } // namespace

@@ -27,7 +27,7 @@ ExportSettings ImportController::exportSettings(const ExportOptions& options) co
     request.eventName = options.eventName.value_or(settings.text("eventName"));
     request.generateMulticam = options.generateMulticam.value_or(settings.boolean("generateMulticam"));
     request.groups = syncGroups_;
-    request.smartAudioResults = smartAudioResults_;
+    request.smartAudioResults = smartAudio_.results;
     request.metadataPrefix = options.metadataPrefix;
     const auto settled = std::find_if(syncGroups_.begin(), syncGroups_.end(),
                                       [](const SyncGroup& group) { return group.matchStatus.isSettled(); });

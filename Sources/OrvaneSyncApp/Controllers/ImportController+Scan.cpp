@@ -125,7 +125,7 @@ platform::Task ImportController::scan(std::weak_ptr<ImportController> weak, std:
     if (self->scanNumber_ != scanNumber) co_return;
     self->set(self->scanState_, ScanState::done, ImportField::scanState);
     self->set(self->progress_, ScanProgress::idle(), ImportField::progress);
-    startSmartAudioAfterScan(weak);
+    if (self->scanNumber_ == scanNumber) self->startAnalysisAfterScan();
 }
 
 std::function<void(int, int)> ImportController::progressReport(std::uint64_t scanNumber, std::string phase,
@@ -159,8 +159,10 @@ void ImportController::adoptMatches(SyncGroupList groups, const std::vector<Medi
     // Both first: clips and wild tracks are two halves of one state.
     syncGroups_ = std::move(groups);
     wildTracks_ = std::move(wild);
+    forgetSmartAudio();
     notify(ImportField::syncGroups);
     notify(ImportField::wildTracks);
+    notify(ImportField::smartAudio);
 }
 
 void ImportController::reset() {
@@ -174,11 +176,12 @@ void ImportController::reset() {
     aleMatchStatus_.reset();
     syncGroups_ = {};
     wildTracks_.clear();
+    forgetSmartAudio();
     scanState_ = ScanState::idle;
     progress_ = ScanProgress::idle();
     using enum ImportField;
     for (const ImportField field : {videoFolderURL, audioFolderURL, discoveryResult, scanResult, report,
-                                    syncGroups, wildTracks, scanState, progress})
+                                    syncGroups, wildTracks, smartAudio, scanState, progress})
         notify(field);
 }
 

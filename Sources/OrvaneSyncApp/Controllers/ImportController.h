@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/SmartAudioState.h"
 #include "OrvaneSyncCore/Models/ScanModels.h"
 #include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
@@ -9,6 +10,7 @@
 #include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "Platform/MainThread.h"
 #include "Platform/SettingsStore.h"
 #include "Platform/Task.h"
@@ -18,8 +20,10 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -78,7 +82,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     const std::vector<WildTrack>& wildTracks() const { return wildTracks_; }
     /// The last message of a report merge; absent without a report.
     const std::optional<std::string>& aleMatchStatus() const { return aleMatchStatus_; }
-    const ExportSettings::SmartAudioResults& smartAudioResults() const { return smartAudioResults_; }
+    const SmartAudioState& smartAudio() const { return smartAudio_; }
 
     /// Calls back after every change, on the interface thread, once the change is whole.
     platform::Subscription onChange(std::function<void(ImportField)> callback);
@@ -109,10 +113,33 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// The name of every clip in Final Cut, by group, by the naming settings.
     std::map<UUID, std::string> displayNames() const;
 
-    // Smart Audio.
+    // Smart Audio. An analysis reads the first recording of a clip once, keeps the verdict in `smartAudio`
+    // and switches on the tracks of its blocks, unless the editor chose tracks by hand. It never fails.
 
-    /// Listens to every clip's recordings and fills `smartAudioResults`.
+    /// Analyses all settled clips that have sound, one after the other. `off` forgets all results.
     platform::Task runSmartAudioAnalysis(SmartAudioMode mode, bool forceOverwriteManualTracks);
+    /// Analyses one clip, whatever its status, in the stored mode (`standard` for `off`), and measures its
+    /// loudness and master gain.
+    platform::Task runSmartAudioForGroup(const UUID& groupID, bool forceOverwriteManualTracks);
+    /// Analyses a clip again that was analysed before, with the editor's choice of tracks kept: for every
+    /// change that the verdict depends on.
+    void reanalyseIfKnown(const UUID& groupID);
+    /// Whether a scan starts an analysis by itself where the setting `smartAudioMode` was written. On at
+    /// first; for a face that runs the analysis on terms of its own.
+    void setAnalysesAfterScan(bool doesSo) { analysesAfterScan_ = doesSo; }
+    /// Waits for the analysis that the last scan started by itself, if it did.
+    platform::Task waitForAnalysisAfterScan() const;
+
+    // The editor's choice of tracks. None of these opens an undo step: their caller does, by the names in
+    // `trackSteps`.
+
+    /// The channel's activation box: switches one track of the export on or off, starting from the tracks
+    /// that are heard without a choice by hand.
+    void toggleTrackActive(const UUID& groupID, int trackIndex);
+    void soloTrackActive(const UUID& groupID, int trackIndex);
+    /// The channel's box that lets the analysis use it.
+    void toggleAlgorithmInclusion(const UUID& groupID, int trackIndex);
+    void soloAlgorithmInclusion(const UUID& groupID, int trackIndex);
 
     // The export.
 
@@ -151,9 +178,29 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     // ImportController+Reports.cpp
     void mergeLoadedReport();
     // ImportController+SmartAudio.cpp
-    static platform::Task analyse(std::weak_ptr<ImportController> weak, SmartAudioMode mode,
-                                  bool forceOverwriteManualTracks);
-    static platform::Task startSmartAudioAfterScan(std::weak_ptr<ImportController> weak);
+    struct AnalysisRun;
+    static platform::Task analyseAll(std::weak_ptr<ImportController> weak, std::shared_ptr<AnalysisRun> run);
+    static platform::Task analyseOne(std::weak_ptr<ImportController> weak, UUID groupID,
+                                     std::shared_ptr<AnalysisRun> run);
+    static platform::Task analyseClip(std::weak_ptr<ImportController> weak, UUID groupID,
+                                      std::shared_ptr<AnalysisRun> run);
+    static platform::Task measureLoudness(std::weak_ptr<ImportController> weak, UUID groupID);
+    static platform::Task renderMixdown(std::weak_ptr<ImportController> weak, UUID groupID);
+    std::shared_ptr<AnalysisRun> newRun(SmartAudioMode mode, bool forceOverwriteManualTracks) const;
+    SmartAudioRequest analysisRequest(const SyncGroup& group, const AnalysisRun& run);
+    std::function<void(double)> analysisReport(const AnalysisRun& run, const MediaAsset& audio);
+    void adoptVerdict(const UUID& groupID, SmartAudioResult result, bool forceOverwriteManualTracks);
+    void analysisBegan();
+    void analysisEnded();
+    void showAnalysisProgress(SmartAudioProgress progress);
+    void startAnalysisAfterScan();
+    /// The results belong to clips that are no more.
+    void forgetSmartAudio();
+    /// dB; by the settings and the calibration.
+    double automaticMasterGainDB(double measuredLUFS) const;
+    // ImportController+Tracks.cpp
+    void editTracks(UUID groupID, const std::function<void(SyncGroup&)>& change);
+    std::set<int> visibleActiveTracks(const SyncGroup& group) const;
 
     const std::shared_ptr<platform::MainThread> mainThread_;
     const std::shared_ptr<platform::SettingsStore> settings_;
@@ -169,7 +216,10 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     SyncGroupList syncGroups_;
     std::vector<WildTrack> wildTracks_;
     std::optional<std::string> aleMatchStatus_;
-    ExportSettings::SmartAudioResults smartAudioResults_;
+    SmartAudioState smartAudio_;
+    int runningAnalyses_ = 0;
+    bool analysesAfterScan_ = true;
+    std::optional<platform::Task> analysisAfterScan_;
     /// Tells a scan that another scan or a reset has taken its place.
     std::uint64_t scanNumber_ = 0;
     std::optional<platform::Task> runningScan_;
@@ -177,8 +227,11 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     const FileDiscoveryService discoveryService_{};
     const std::shared_ptr<MediaProbeService> probeService_;
     const SyncEngine syncEngine_{};
-    /// One operation of the services at a time. Last: it is waited for before the services go.
+    // Last, as what runs on their queues is waited for before anything else goes: one operation of the
+    // services at a time, one analysis, and one measurement of loudness.
     const std::unique_ptr<platform::SerialQueue> serviceQueue_;
+    const std::unique_ptr<SmartAudioRouter> smartAudioRouter_;
+    const std::unique_ptr<platform::SerialQueue> loudnessQueue_;
 };
 
 } // namespace orvane

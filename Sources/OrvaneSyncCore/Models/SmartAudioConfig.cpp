@@ -45,6 +45,15 @@ SmartAudioBlockSettings SmartAudioBlockSettings::fromUserDefaults(const Settings
     return settings;
 }
 
+SmartAudioBlockSettings SmartAudioBlockSettings::consideringMusic(float musicProbability) const {
+    constexpr float musicThreshold = 0.3F;
+    SmartAudioBlockSettings settings = *this;
+    if (musicProbability > musicThreshold)
+        settings.aggressiveness = aggressiveness == Aggressiveness::inclusive ? Aggressiveness::balanced
+                                                                              : Aggressiveness::conservative;
+    return settings;
+}
+
 SmartAudioConfig SmartAudioConfig::preset(SmartAudioMode mode) {
     switch (mode) {
     case SmartAudioMode::off:

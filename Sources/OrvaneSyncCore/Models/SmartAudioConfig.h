@@ -21,6 +21,8 @@ struct SmartAudioBlockSettings {
 
     /// Reads the first three; the others are not for the user to set.
     static SmartAudioBlockSettings fromUserDefaults(const platform::SettingsStore& store);
+    /// One step more careful for a clip whose stems say that there is music in it.
+    SmartAudioBlockSettings consideringMusic(float musicProbability) const;
 
     bool operator==(const SmartAudioBlockSettings&) const = default;
 };

@@ -171,6 +171,17 @@ TEST(SmartAudioConfig, BlockSettingsReadThreeKeys) {
     expected.blockMode = BlockMode::coarse;
     expected.loudnessTargetDB = -12.5;
     EXPECT_EQ(SmartAudioBlockSettings::fromUserDefaults(store), expected);
+
+    // Music in a clip lowers the aggressiveness by a step, and nothing else.
+    using enum Aggressiveness;
+    for (const auto& [before, after] :
+         {std::pair{inclusive, balanced}, {balanced, conservative}, {conservative, conservative}}) {
+        expected.aggressiveness = before;
+        EXPECT_EQ(expected.consideringMusic(0.3F), expected);
+        SmartAudioBlockSettings lowered = expected;
+        lowered.aggressiveness = after;
+        EXPECT_EQ(expected.consideringMusic(0.31F), lowered);
+    }
 }
 
 } // namespace

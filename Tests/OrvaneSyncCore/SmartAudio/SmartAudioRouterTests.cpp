@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <limits>
+#include <mutex>
 #include <numbers>
 #include <random>
 #include <string>
@@ -177,14 +178,90 @@ std::string noise(const std::vector<float>& levels, double seconds, test::WaveFo
     return WaveMaker().format(format).samples(interleaved).bytes();
 }
 
-TEST_F(SmartAudioRouterTest, givesTheEmptyResultForWhatItCannotHear) {
-    const std::string bytes = noise({0.1F}, 1);
+/// Whatever a file holds: as many tracks as were asked for, whole windows of what is there, every number with
+/// a JSON form, on one thread as on two.
+TEST_F(SmartAudioRouterTest, answersToAnythingThatAFileHolds) {
+    const float nan = std::numeric_limits<float>::quiet_NaN(),
+                infinity = std::numeric_limits<float>::infinity(),
+                largest = std::numeric_limits<float>::max();
+    const std::string take = noise({0.1F, 0.2F}, 10);
+    const auto pattern = [](const std::vector<float>& values) { // sixteen channels, a second
+        std::vector<float> interleaved;
+        for (std::size_t i = 0; i < 16 * 1000; ++i) interleaved.push_back(values[i / 16 % values.size()]);
+        return WaveMaker()
+            .format({.channels = 16, .sampleRate = 1000, .samples = SampleFormat::float32})
+            .samples(interleaved)
+            .bytes();
+    };
+    struct Case {
+        const char* what;
+        std::string wave;
+        int channelCount;
+        std::size_t tracks;
+        double end; ///< seconds of the last block; 0: none
+        int heard;  ///< tracks with speech
+    };
+    for (const Case& one : std::vector<Case>{
+             {"no sound", "RIFF", 2, 0, 0, 0},
+             {"no frames", WaveMaker().format({}).silence(0).bytes(), 2, 0, 0, 0},
+             {"no channels", WaveMaker().format({.channels = 0}).chunk("data", "12345678").bytes(), 2, 0, 0,
+              0},
+             {"no channels asked for", take, 0, 0, 0, 0},
+             {"fewer than none", take, -3, 0, 0, 0},
+             {"fewer than there are", take, 1, 1, 10, 1},
+             {"more than there are", take, 64, 64, 10, 2},
+             {"64 channels", noise(std::vector<float>(64, 0.1F), 1, {.sampleRate = 8000}), 64, 64, 1, 64},
+             {"an end before the one that it claims", take.substr(0, take.size() / 2), 2, 2, 4.75, 2},
+             {"one sample", noise({0.1F}, 1.0 / 48000), 1, 1, 0, 0},
+             {"a sample a second", noise({0.1F}, 30, {.sampleRate = 1}), 2, 2, 0, 0},
+             {"384,000 a second", noise({0.1F, 0.2F}, 1, {.sampleRate = 384000}), 2, 2, 1, 2},
+             {"digital silence", pattern({0}), 16, 16, 1, 0},
+             {"full scale", pattern({1, -1}), 16, 16, 1, 16},
+             {"no numbers", pattern({nan}), 16, 16, 1, 0},
+             {"infinite ones", pattern({infinity, -infinity}), 16, 16, 1, 0},
+             {"some that are none", pattern({0.5F, nan, infinity}), 16, 16, 1, 16},
+             {"the largest", pattern({largest, -largest}), 16, 16, 1, 16},
+             {"the smallest", pattern({1e-45F, -1e-45F}), 16, 16, 1, 0},
+             {"both", pattern({1e-30F, largest}), 16, 16, 1, 16},
+         })
+        for (const SmartAudioMode mode : {SmartAudioMode::off, SmartAudioMode::cinematic}) {
+            SCOPED_TRACE(one.what);
+            SmartAudioRequest asked = request(one.wave, one.channelCount);
+            asked.mode = mode;
+            asked.config = SmartAudioConfig{.voiceIsolationAmount = 1, .loudnessTargetDB = -8};
+            asked.ixmlTracks = {{0, "zeroth"}, {1, "Boom"}, {65, "beyond"}, {1 << 30, "far beyond"}};
+            const auto result = analyze(asked, 1);
+            EXPECT_EQ(result, analyze(asked, 2));
+            EXPECT_EQ(result == SmartAudioResult{}, one.tracks == 0);
+            EXPECT_EQ(result.tracks.size(), one.tracks);
+            EXPECT_EQ(result.blocks.empty() ? 0 : result.blocks.back().endSeconds, one.end);
+            const auto heard = std::ranges::count_if(
+                result.tracks, [](const TrackAdjustment& track) { return track.speechRatio > 0; });
+            EXPECT_EQ(heard, one.heard);
+            EXPECT_EQ(toJSON(result).dump().find("null"), std::string::npos);
+        }
     EXPECT_EQ(analyze({.audioURL = {folder.path("missing.wav")}, .channelCount = 2}), SmartAudioResult{});
-    EXPECT_EQ(analyze(request("no sound", 2)), SmartAudioResult{});
-    EXPECT_EQ(analyze(request(WaveMaker().format({}).silence(0).bytes(), 2)), SmartAudioResult{});
-    EXPECT_EQ(analyze(request(bytes, 0)), SmartAudioResult{});
-    EXPECT_EQ(analyze(request(bytes, -3)), SmartAudioResult{});
     EXPECT_EQ(SmartAudioResult{}.windowDurationSeconds, 0.25);
+}
+
+TEST_F(SmartAudioRouterTest, hearsWhatIsLeftOfAFileThatShrinksWhileItIsRead) {
+    const std::string bytes = noise({0.1F, 0.2F}, 20, {.sampleRate = 8000});
+    for (const std::size_t threads : {1U, 2U}) {
+        const std::string path = folder.write("take.wav", bytes);
+        const auto file = platform::AudioFile::open(path);
+        ASSERT_TRUE(file);
+        std::vector<double> shares;
+        const auto analyses = SmartAudioRouter::listen(*file, 2, threads, [&](double share) {
+            static std::mutex mutex;
+            const std::lock_guard lock(mutex);
+            if (shares.empty()) std::filesystem::resize_file(path, bytes.size() / 4);
+            shares.push_back(share);
+        });
+        ASSERT_EQ(analyses.size(), 2U);
+        EXPECT_GE(analyses[1].totalWindows, 19);
+        EXPECT_LT(analyses[1].totalWindows, 80);
+        EXPECT_TRUE(std::ranges::all_of(shares, [](double share) { return share > 0 && share < 1; }));
+    }
 }
 
 TEST_F(SmartAudioRouterTest, hearsWholeWindowsOfTheTracksThatThereAre) {
@@ -336,42 +413,6 @@ TEST_F(SmartAudioRouterTest, doesNotDependOnThreadsOrFormat) {
         EXPECT_EQ(analyze(asked, 2), one);
         EXPECT_EQ(analyze(asked, 7), one);
     }
-}
-
-/// Whatever the samples are, every number of the result has a JSON form.
-TEST_F(SmartAudioRouterTest, hasNoNumberThatIsNone) {
-    const float nan = std::numeric_limits<float>::quiet_NaN(),
-                infinity = std::numeric_limits<float>::infinity();
-    const float largest = std::numeric_limits<float>::max();
-    const std::vector<std::vector<float>> patterns{
-        {nan}, {infinity, -infinity}, {0.5F, nan},       {1, -1},
-        {0},   {largest, -largest},   {1e-45F, -1e-45F}, {1e-30F, largest}};
-    for (const auto& pattern : patterns)
-        for (const SmartAudioMode mode : {SmartAudioMode::off, SmartAudioMode::cinematic}) {
-            std::vector<float> interleaved;
-            for (std::size_t i = 0; i < 64 * 1000; ++i)
-                interleaved.push_back(pattern[i / 64 % pattern.size()]);
-            SmartAudioRequest asked =
-                request(WaveMaker()
-                            .format({.channels = 64, .sampleRate = 1000, .samples = SampleFormat::float32})
-                            .samples(interleaved)
-                            .bytes(),
-                        64);
-            asked.mode = mode;
-            asked.config = SmartAudioConfig{.voiceIsolationAmount = 1, .loudnessTargetDB = -8};
-            const auto result = analyze(asked);
-            EXPECT_EQ(result.tracks.size(), 64U);
-            EXPECT_EQ(toJSON(result).dump().find("null"), std::string::npos) << pattern[0];
-        }
-}
-
-TEST_F(SmartAudioRouterTest, hearsWhatIsLeftOfAFileThatEndsEarly) {
-    const std::string bytes = noise({0.1F, 0.2F}, 10);
-    const auto whole = analyze(request(bytes, 2));
-    const auto half = analyze(request(bytes.substr(0, bytes.size() / 2), 2));
-    ASSERT_FALSE(half.blocks.empty());
-    EXPECT_EQ(whole.blocks.back().endSeconds, 10);
-    EXPECT_EQ(half.blocks.back().endSeconds, 4.75); // 4.9998 s: whole windows
 }
 
 TEST_F(SmartAudioRouterTest, measuresStems) {

@@ -2,13 +2,14 @@
 
 #include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
 #include "OrvaneSyncCore/Services/SmartAudio/ChannelClassifier.h"
+#include "OrvaneSyncCore/Services/SmartAudio/RoutingDiagnostic.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioBlockRouter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioDiagnosticsLocation.h"
 #include "OrvaneSyncCore/Services/SmartAudio/TrackAdjustments.h"
 #include "OrvaneSyncCore/Services/SmartAudio/WindowMeasurement.h"
 
 #include <algorithm>
-#include <array>
+#include <atomic>
 #include <thread>
 
 namespace orvane {
@@ -20,6 +21,27 @@ constexpr double minSegmentSeconds = 0.5;
 /// 0 for a rate at which a window holds no sample.
 std::size_t windowFrames(double sampleRate) { return wholeSamples(smartAudioWindowSeconds, sampleRate); }
 
+/// Counts the windows that all threads of a pass have heard.
+class HeardWindows : public AudioListener {
+  public:
+    HeardWindows(std::size_t planned, const std::function<void(double)>& progress)
+        : planned_(planned), progress_(progress), heard_(std::make_shared<std::atomic<std::size_t>>(0)) {}
+
+    void samples(std::span<const float* const>, std::size_t) override {}
+    void windowEnded() override {
+        constexpr std::size_t steps = 100;
+        const std::size_t heard = ++*heard_;
+        if (heard * steps / planned_ > (heard - 1) * steps / planned_)
+            progress_(static_cast<double>(heard) / static_cast<double>(planned_));
+    }
+    std::unique_ptr<AudioListener> sibling() const override { return std::make_unique<HeardWindows>(*this); }
+
+  private:
+    std::size_t planned_;
+    const std::function<void(double)>& progress_;
+    std::shared_ptr<std::atomic<std::size_t>> heard_;
+};
+
 void routeInBlocks(const SmartAudioRequest& request, std::span<const TrackAnalysis> analyses,
                    const std::string& diagnosticsDirectory, SmartAudioResult& result) {
     result.channelClassifications = ChannelClassifier::classify(
@@ -27,7 +49,7 @@ void routeInBlocks(const SmartAudioRequest& request, std::span<const TrackAnalys
     auto routing = SmartAudioBlockRouter::computeBlocks(
         WindowAnalysis::frames(analyses), smartAudioWindowSeconds, result.channelClassifications,
         *request.blockSettings, result.stemMetrics, request.candidateTracks,
-        diagnosticsDirectory + "/orvane_routing_debug.txt");
+        diagnosticsDirectory + "/" + std::string(SmartAudioBlockRouter::routingDiagnosticName));
     result.detectedCharacter = routing.detected;
     result.blocks = std::move(routing.blocks);
     if (!result.blocks.empty())
@@ -44,7 +66,8 @@ SmartAudioRouter::SmartAudioRouter(std::size_t concurrency, std::optional<std::s
 SmartAudioRouter::~SmartAudioRouter() = default;
 
 std::vector<TrackAnalysis> SmartAudioRouter::listen(platform::AudioFile& file, int channelCount,
-                                                    std::size_t concurrency) {
+                                                    std::size_t concurrency,
+                                                    const std::function<void(double share)>& progress) {
     AudioPass pass;
     pass.channels = static_cast<std::size_t>(std::clamp(file.channelCount(), 0, channelCount));
     pass.windowFrames = windowFrames(file.sampleRate());
@@ -53,7 +76,9 @@ std::vector<TrackAnalysis> SmartAudioRouter::listen(platform::AudioFile& file, i
     if (pass.windowFrames > 0) {
         const auto frames = static_cast<std::size_t>(file.frameCount());
         pass.windows = std::min(frames / pass.windowFrames, mostWindows);
-        std::array<AudioListener*, 1> listeners{&measurement};
+        HeardWindows heard(std::max<std::size_t>(pass.windows, 1), progress);
+        std::vector<AudioListener*> listeners{&measurement};
+        if (progress) listeners.push_back(&heard);
         pass.run(file, listeners);
     }
     std::vector<TrackAnalysis> analyses = measurement.take();
@@ -73,7 +98,7 @@ SmartAudioResult SmartAudioRouter::analyzeOnQueue(const SmartAudioRequest& reque
     const int tracks = std::min(request.channelCount, mostTracks);
     if (!file || file->frameCount() < 1 || tracks < 1) return result;
 
-    const std::vector<TrackAnalysis> analyses = listen(*file, tracks, concurrency_);
+    const std::vector<TrackAnalysis> analyses = listen(*file, tracks, concurrency_, request.progress);
 
     const SmartAudioConfig config = request.config.value_or(SmartAudioConfig::preset(request.mode));
     result.tracks = TrackAdjustments::generateAdjustments(analyses, request.mode, config);

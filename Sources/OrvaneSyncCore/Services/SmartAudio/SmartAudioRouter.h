@@ -10,6 +10,7 @@
 #include "Platform/MainThread.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -28,6 +29,9 @@ struct SmartAudioRequest {
     std::optional<SmartAudioBlockSettings> blockSettings = {}; ///< absent: no classification and no blocks
     std::optional<SeparatedStems> stems = {};
     std::set<int> candidateTracks = {}; ///< tracks that routing may use; empty: all
+    /// Told at most a hundred times which share of the recording was heard, 0 to 1. Called from the threads
+    /// that read, in about ascending order.
+    std::function<void(double share)> progress = {};
 };
 
 /// Listens to one recording once and gives the verdict. Never fails: a file that cannot be read gives the
@@ -58,7 +62,8 @@ class SmartAudioRouter {
     /// The reading alone: one analysis a track that is asked for. Tracks that the file does not have stay
     /// without windows. Any thread.
     static std::vector<TrackAnalysis> listen(platform::AudioFile& file, int channelCount,
-                                             std::size_t concurrency);
+                                             std::size_t concurrency,
+                                             const std::function<void(double share)>& progress = {});
 
   private:
     std::size_t concurrency_;

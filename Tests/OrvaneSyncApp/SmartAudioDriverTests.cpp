@@ -1,0 +1,257 @@
+#include "OrvaneSyncApp/ControllerTest.h"
+#include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
+#include "Support/Media/MovieMaker.h"
+#include "Support/Media/WaveMaker.h"
+
+#include <cmath>
+#include <filesystem>
+#include <numbers>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace orvane {
+namespace {
+
+using Tracks = std::set<int>;
+
+constexpr std::uint32_t sampleRate = 8000, tenOClock = 36000, seconds = 12;
+
+/// A shoot of four clips. In every recording somebody speaks on track 2, and on the others nobody.
+class SmartAudioDriverTest : public test::ControllerTest {
+  protected:
+    SmartAudioDriverTest() {
+        makeClip("A001", 0);
+        makeClip("B001", 1);
+        makeClip("C_MOS", 600);
+        makeClip("D001", 1200);
+        makeRecording("T01.WAV", 0, 6);        // under A001 and B001
+        makeRecording("T02.WAV", 1200, 3);     // the whole of D001
+        makeRecording("T03.WAV", 1200 + 7, 3); // too little of D001 to tell
+        scan(folder("shoot"), std::nullopt);
+    }
+
+    void makeClip(const std::string& name, std::uint32_t start) {
+        test::MovieMaker()
+            .video({.frames = 25 * 10})
+            .timecode({.firstFrame = 25 * (tenOClock + start)})
+            .writeTo(folder_.write("shoot/" + name + ".mov", ""));
+    }
+
+    void makeRecording(const std::string& name, std::uint32_t start, int channels) {
+        std::vector<float> samples;
+        for (std::uint32_t i = 0; i < seconds * sampleRate; ++i) {
+            const double time = static_cast<double>(i) / sampleRate;
+            const auto hiss = static_cast<float>(0.0005 * std::sin(i * 2.1));
+            const double burst = std::fmod(time, 1.0) < 0.6 ? 0.3 : 0;
+            for (int track = 1; track <= channels; ++track)
+                samples.push_back(track == 2 ? hiss + static_cast<float>(burst * std::sin(1885 * time))
+                                             : hiss);
+        }
+        test::WaveMaker()
+            .format({.channels = channels, .sampleRate = sampleRate, .samples = test::SampleFormat::pcm16})
+            .bext({.date = "2026-11-20", .timeReference = std::uint64_t{tenOClock + start} * sampleRate})
+            .iXML(test::IXMLText{.tracks = {"Boom", "Lav Anna", "Lav Ben"}}.text())
+            .samples(samples)
+            .writeTo(folder_.write("shoot/" + name, ""));
+    }
+
+    void analyseAll(bool force = false, SmartAudioMode mode = SmartAudioMode::standard) {
+        finish(controller_->runSmartAudioAnalysis(mode, force));
+    }
+    void analyse(const UUID& id, bool force = false) {
+        finish(controller_->runSmartAudioForGroup(id, force));
+    }
+    /// Until what a change started by itself has ended.
+    void settle() {
+        ASSERT_TRUE(mainThread_->waitUntil([&] { return !controller_->smartAudio().isAnalyzing; }));
+    }
+
+    const SmartAudioResult* result(std::string_view name) const {
+        const auto& results = controller_->smartAudio().results;
+        const auto found = results.find(clip(name)->id);
+        return found == results.end() ? nullptr : &found->second;
+    }
+    Tracks blockTracks(std::string_view name) const {
+        Tracks tracks;
+        for (const BlockDecision& block : result(name)->blocks) tracks.insert(block.activeTrack);
+        return tracks;
+    }
+    Tracks active(std::string_view name) const { return clip(name)->manualActiveTracks; }
+};
+
+TEST_F(SmartAudioDriverTest, hearsEverySettledClipWithSound) {
+    ASSERT_EQ(clip("A001")->matchStatus, MatchStatus::matched());
+    ASSERT_EQ(clip("D001")->matchStatus, MatchStatus::ambiguous(2));
+    std::vector<SmartAudioProgress> steps;
+    bool wasAnalyzing = false;
+    const auto subscription = controller_->onChange([&](ImportField field) {
+        if (field != ImportField::smartAudio) return;
+        wasAnalyzing = wasAnalyzing || controller_->smartAudio().isAnalyzing;
+        if (controller_->smartAudio().progress.total > 0) steps.push_back(controller_->smartAudio().progress);
+    });
+    analyseAll();
+    EXPECT_EQ(controller_->smartAudio().results.size(), 2U);
+    ASSERT_NE(result("A001"), nullptr);
+    ASSERT_NE(result("B001"), nullptr);
+    EXPECT_EQ(*result("A001"), *result("B001")); // two cameras, one recording
+    EXPECT_EQ(blockTracks("A001"), Tracks{2});
+    for (const char* name : {"A001", "B001"}) {
+        EXPECT_EQ(active(name), Tracks{2});
+        EXPECT_EQ(clip(name)->tracksManuallyEdited, false);
+        EXPECT_FALSE(clip(name)->measuredLUFS); // only where one clip is asked for
+    }
+    EXPECT_TRUE(active("D001").empty());
+    EXPECT_TRUE(wasAnalyzing);
+    EXPECT_FALSE(controller_->smartAudio().isAnalyzing);
+    ASSERT_GT(steps.size(), 3U); // within a recording too
+    EXPECT_EQ(steps.front(), (SmartAudioProgress{"Listening to recordings", 1, 2, 0}));
+    EXPECT_EQ(steps.back().current, 2);
+    EXPECT_NEAR(steps.back().fraction, 0.5, 1e-9); // the second clip needed no reading
+    for (const auto& step : steps) EXPECT_TRUE(step.fraction >= 0 && step.fraction <= 1);
+    EXPECT_EQ(controller_->smartAudio().progress, SmartAudioProgress{});
+
+    const auto document = controller_->exportFCPXML(controller_->exportSettings({})).fcpxmlString;
+    EXPECT_NE(document.find("role=\"dialogue.Boom\" active=\"0\""), std::string::npos) << document;
+    EXPECT_EQ(document.find("role=\"dialogue.Lav Anna\" active"), std::string::npos);
+    EXPECT_NE(document.find("<adjust-loudness amount=\"0.3\""), std::string::npos);
+    EXPECT_EQ(document.find("<adjust-volume"), std::string::npos);
+
+    analyseAll(true, SmartAudioMode::off);
+    EXPECT_TRUE(controller_->smartAudio().results.empty());
+    EXPECT_EQ(active("A001"), Tracks{2}); // what was chosen stays
+}
+
+TEST_F(SmartAudioDriverTest, aRequestForOneClipAlwaysHearsItAndMeasuresItsLoudness) {
+    settings_->set("smartAudioMode", "off");
+    analyse(clip("D001")->id);
+    ASSERT_NE(result("D001"), nullptr);
+    EXPECT_EQ(result("D001")->tracks.at(1).loudnessAmount, 0.3F); // as in the mode Standard
+    EXPECT_EQ(active("D001"), Tracks{2});
+
+    settings_->set("smartAudioMode", " Cinematic ");
+    settings_->set("smartAudio.targetLUFS", -23);
+    settings_->set("smartAudio.preset", "Cinematic");
+    analyse(clip("A001")->id);
+    EXPECT_EQ(result("A001")->tracks.at(1).loudnessAmount, 0.6F);
+    const auto measured = LUFSMeter::measureIntegratedLUFS(clip("A001")->audioMatches.at(0).audio->url);
+    ASSERT_TRUE(measured);
+    EXPECT_EQ(clip("A001")->measuredLUFS, measured);
+    EXPECT_NEAR(clip("A001")->masterGainDB, -23 - (*measured - 4), 1e-9);
+    const auto document = controller_->exportSingleClip(clip("A001")->id, controller_->exportSettings({}));
+    EXPECT_NE(document.fcpxmlString.find("<adjust-volume amount="), std::string::npos);
+
+    analyse(UUID::random());
+    analyse(clip("C_MOS")->id);
+    EXPECT_EQ(controller_->smartAudio().results.size(), 2U);
+}
+
+TEST_F(SmartAudioDriverTest, keepsTheEditorsHandUnlessTold) {
+    analyseAll();
+    struct Case {
+        const char* rule;
+        bool byHand, force, isExcluded;
+        Tracks active;
+        bool isByHand;
+    };
+    for (const Case& one : std::vector<Case>{
+             {"the algorithm's own choice follows its verdict", false, false, true, {1}, false},
+             {"a choice by hand stays while the verdict changes", true, false, true, {1, 3}, true},
+             {"and goes when told to", true, true, false, {2}, false},
+         }) {
+        SCOPED_TRACE(one.rule);
+        const UUID id = clip("A001")->id;
+        if (clip("A001")->algorithmExcludedTracks.contains(2)) controller_->toggleAlgorithmInclusion(id, 2);
+        settle();
+        analyseAll(true);
+        if (one.byHand) {
+            controller_->soloTrackActive(id, 1);
+            controller_->toggleTrackActive(id, 3);
+        }
+        if (one.isExcluded) controller_->toggleAlgorithmInclusion(id, 2);
+        settle();
+        if (one.force) analyse(id, true);
+        EXPECT_EQ(active("A001"), one.active);
+        EXPECT_EQ(clip("A001")->hasManualTrackEdits(), one.isByHand);
+        EXPECT_EQ(blockTracks("A001").contains(2), !one.isExcluded);
+    }
+    // A recording that can no longer be read has no blocks, and leaves the choice as it is.
+    std::filesystem::remove(folder_.path("shoot/T01.WAV"));
+    controller_->soloTrackActive(clip("A001")->id, 3);
+    settle();
+    analyse(clip("A001")->id, true);
+    EXPECT_EQ(*result("A001"), SmartAudioResult{});
+    EXPECT_EQ(active("A001"), Tracks{3});
+    EXPECT_TRUE(clip("A001")->hasManualTrackEdits());
+    EXPECT_EQ(clip("A001")->measuredLUFS, -70);
+}
+
+TEST_F(SmartAudioDriverTest, togglingStartsFromWhatIsHeard) {
+    controller_->toggleTrackActive(clip("A001")->id, 2); // no result: every channel was heard
+    EXPECT_EQ(active("A001"), (Tracks{1, 3, 4, 5, 6}));
+    EXPECT_EQ(result("A001"), nullptr);                  // and what was not analysed is not analysed now
+    controller_->toggleTrackActive(clip("D001")->id, 9); // both recordings count
+    EXPECT_EQ(active("D001"), (Tracks{1, 2, 3, 4, 5, 6, 9}));
+    controller_->toggleTrackActive(clip("C_MOS")->id, 1);
+    EXPECT_TRUE(active("C_MOS").empty());
+    controller_->soloAlgorithmInclusion(clip("C_MOS")->id, 1);
+    EXPECT_TRUE(clip("C_MOS")->algorithmExcludedTracks.empty());
+    controller_->soloAlgorithmInclusion(clip("B001")->id, 4);
+    EXPECT_EQ(clip("B001")->algorithmExcludedTracks, (Tracks{1, 2, 3, 5, 6}));
+    controller_->toggleTrackActive(UUID::random(), 1);
+    controller_->soloAlgorithmInclusion(UUID::random(), 1);
+
+    analyseAll(true);
+    EXPECT_EQ(active("B001"), Tracks{4}); // alone, though nobody speaks there
+    controller_->toggleTrackActive(clip("A001")->id, 2);
+    settle();
+    EXPECT_TRUE(active("A001").empty());
+    controller_->toggleTrackActive(clip("A001")->id, 3); // the blocks are still on track 2
+    settle();
+    EXPECT_EQ(active("A001"), (Tracks{2, 3}));
+}
+
+TEST_F(SmartAudioDriverTest, startsByItselfOnlyWhereTheSettingWasWritten) {
+    struct Case {
+        const char* stored;
+        bool isOn;
+        std::size_t results;
+    };
+    for (const Case& one : std::vector<Case>{{nullptr, true, 0},
+                                             {"off", true, 0},
+                                             {"loud", true, 0},
+                                             {"studio", false, 0},
+                                             {"studio", true, 2}}) {
+        if (one.stored != nullptr) settings_->set("smartAudioMode", one.stored);
+        controller_->setAnalysesAfterScan(one.isOn);
+        finish(controller_->startScan());
+        finish(controller_->waitForAnalysisAfterScan());
+        EXPECT_EQ(controller_->smartAudio().results.size(), one.results) << (one.stored ? one.stored : "");
+    }
+    EXPECT_EQ(result("A001")->tracks.at(1).loudnessAmount, 0.5F);
+    finish(controller_->startScan()); // other clips: the old results go
+    settle();
+    EXPECT_EQ(controller_->smartAudio().results.size(), 2U);
+    EXPECT_NE(result("A001"), nullptr);
+}
+
+TEST_F(SmartAudioDriverTest, passesOverWhatHasGoneWhileItListened) {
+    const auto all = controller_->runSmartAudioAnalysis(SmartAudioMode::standard, false);
+    const auto one = controller_->runSmartAudioForGroup(clip("D001")->id, false);
+    controller_->reset();
+    EXPECT_TRUE(controller_->smartAudio().isAnalyzing);
+    finish(all);
+    finish(one);
+    EXPECT_TRUE(controller_->smartAudio().results.empty());
+    EXPECT_FALSE(controller_->smartAudio().isAnalyzing);
+
+    scan(folder("shoot"), std::nullopt);
+    const auto abandoned = controller_->runSmartAudioForGroup(clip("A001")->id, false);
+    const std::weak_ptr<ImportController> watch = controller_;
+    controller_.reset();
+    EXPECT_TRUE(watch.expired());
+    finish(abandoned);
+}
+
+} // namespace
+} // namespace orvane

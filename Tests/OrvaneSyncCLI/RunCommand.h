@@ -1,0 +1,39 @@
+#pragma once
+
+#include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "Platform/JSON.h"
+#include "Support/TemporaryDirectory.h"
+
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace orvane::cli {
+
+struct Outcome {
+    int status = 0;
+    std::string out;
+    std::string err;
+
+    platform::JSON json() const { return platform::JSON::parse(out); }
+};
+
+/// Never with the probe cache of the user who runs the tests.
+inline Outcome runWith(std::vector<std::string> words, bool onTerminal = false,
+                       const std::string& cacheFile = {}) {
+    const test::TemporaryDirectory folder;
+    std::ostringstream out, err;
+    Context context{out, err};
+    context.errIsTerminal = onTerminal;
+    context.openProbeCache = [&] {
+        return std::make_shared<ProbeCache>(cacheFile.empty() ? folder.path("cache.json") : cacheFile);
+    };
+    context.settings = std::make_shared<platform::MemorySettingsStore>();
+    registerStandardDefaults(*context.settings);
+    const int status = run(words, context);
+    return {status, out.str(), err.str()};
+}
+
+} // namespace orvane::cli

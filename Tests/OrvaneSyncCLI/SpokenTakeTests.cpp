@@ -1,0 +1,254 @@
+#include "OrvaneSyncCLI/RunCommand.h"
+
+#include "Platform/AudioFile.h"
+#include "Support/Media/MovieMaker.h"
+#include "Support/Media/WaveMaker.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace orvane::cli {
+namespace {
+
+using platform::JSON;
+
+constexpr std::size_t sampleRate = 22050; // as the voices speak
+constexpr std::size_t turnSeconds = 12, turns = 3, takeSeconds = turnSeconds * turns;
+constexpr std::uint32_t tenOClock = 36000;
+
+using Sound = std::vector<double>;
+
+double linear(double decibels) { return std::pow(10, decibels / 20); }
+
+/// A voice that says the sentence, full scale 1.0.
+Sound spoken(const std::string& folder, const std::string& voice, const std::string& sentence) {
+    const std::string path = folder + "/" + voice.substr(voice.find('+') + 1) + ".wav";
+    const std::string command = "espeak-ng -v " + voice + " -w '" + path + "' '" + sentence + "'";
+    if (std::system(command.c_str()) != 0) throw std::runtime_error("espeak-ng is not installed"); // NOLINT
+    const auto file = platform::AudioFile::open(path);
+    if (!file || file->sampleRate() != sampleRate)
+        throw std::runtime_error("espeak-ng speaks at another rate");
+    std::vector<float> samples(static_cast<std::size_t>(file->frameCount()));
+    std::array<float*, 1> channels{samples.data()};
+    samples.resize(file->read(channels, samples.size()));
+    return {samples.begin(), samples.end()};
+}
+
+/// One person over a whole take, at an RMS of 0 dBFS while they speak: again and again in the turns that are
+/// theirs, `first` being the number of the first and every second one following.
+Sound person(const Sound& sentence, std::size_t first) {
+    double energy = 0;
+    for (const double sample : sentence) energy += sample * sample;
+    const double gain = 1 / std::sqrt(energy / static_cast<double>(sentence.size()));
+    Sound sound(takeSeconds * sampleRate);
+    for (std::size_t turn = first; turn < turns; turn += 2) {
+        const std::size_t end = (turn + 1) * turnSeconds * sampleRate;
+        for (std::size_t at = turn * turnSeconds * sampleRate; at + sentence.size() < end;
+             at += sentence.size())
+            for (std::size_t i = 0; i < sentence.size(); ++i) sound[at + i] += gain * sentence[i];
+    }
+    return sound;
+}
+
+/// What a microphone hears of each person and of the room, dBFS. Whoever is not near is heard 9 ms later.
+struct Microphone {
+    const char* name;
+    double anna, ben, room;
+};
+
+class SpokenTakeTest : public testing::Test {
+  protected:
+    SpokenTakeTest()
+        : anna_(person(spoken(folder_.path(), "en+f3", "We should leave before the rain comes."), 0)),
+          ben_(person(spoken(folder_.path(), "en+m3", "Then take the long road and tell nobody."), 1)) {}
+
+    void makeTake(int number, const std::vector<Microphone>& microphones) {
+        const std::uint32_t start = tenOClock + 600 * static_cast<std::uint32_t>(number);
+        const std::string name = std::to_string(number);
+        test::MovieMaker()
+            .video({.frames = 25 * 30})
+            .timecode({.firstFrame = 25 * (start + 2)})
+            .writeTo(folder_.write("shoot/A00" + name + "C001_261120_R1AB.mov", ""));
+        std::mt19937 random(7);
+        std::normal_distribution<double> noise(0, 1);
+        constexpr std::size_t delay = sampleRate * 9 / 1000;
+        const auto late = [&](const Sound& sound, std::size_t i) { return i < delay ? 0 : sound[i - delay]; };
+        std::vector<float> interleaved;
+        for (std::size_t i = 0; i < takeSeconds * sampleRate; ++i)
+            for (const Microphone& one : microphones)
+                interleaved.push_back(
+                    static_cast<float>(linear(one.anna) * (one.anna < one.ben ? late(anna_, i) : anna_[i]) +
+                                       linear(one.ben) * (one.ben < one.anna ? late(ben_, i) : ben_[i]) +
+                                       linear(one.room) * noise(random)));
+        test::IXMLText ixml{.scene = "12", .take = name};
+        for (const Microphone& one : microphones) ixml.tracks.emplace_back(one.name);
+        test::WaveMaker()
+            .format({.channels = static_cast<int>(microphones.size()), .sampleRate = sampleRate})
+            .bext({.date = "2026-11-20", .timeReference = std::uint64_t{start} * sampleRate})
+            .iXML(ixml.text())
+            .samples(interleaved)
+            .writeTo(folder_.write("shoot/T0" + name + ".WAV", ""));
+    }
+
+    /// The document of `sync`, one piece a synchronized clip.
+    std::vector<std::string> clips(std::vector<std::string> options) {
+        options.insert(options.begin(), {"sync", folder_.path("shoot"), "-o", folder_.path("out.fcpxml")});
+        outcome_ = runWith(options);
+        EXPECT_EQ(outcome_.status, done) << outcome_.err;
+        const std::string document = folder_.read("out.fcpxml");
+        std::vector<std::string> pieces;
+        std::size_t at = document.find("<sync-clip");
+        while (at != std::string::npos) {
+            const std::size_t end = document.find("</sync-clip>", at);
+            pieces.push_back(document.substr(at, end - at));
+            at = document.find("<sync-clip", end);
+        }
+        return pieces;
+    }
+
+    static bool isActive(const std::string& clip, const std::string& name) {
+        const std::string source = "<audio-role-source role=\"dialogue." + name + "\"";
+        const std::size_t at = clip.find(source);
+        EXPECT_NE(at, std::string::npos) << name;
+        return !clip.substr(at + source.size()).starts_with(" active=\"0\"");
+    }
+    static std::set<std::string> activeNames(const std::string& clip) {
+        std::set<std::string> names;
+        for (const char* name : {"Mix", "Boom", "Lav Anna", "Lav Ben"})
+            if (isActive(clip, name)) names.insert(name);
+        return names;
+    }
+
+    /// Tracks that are heard three seconds into each turn and three before its end.
+    std::vector<int> heard(int number) {
+        const JSON result =
+            runWith({"analyze", folder_.path("shoot/T0" + std::to_string(number) + ".WAV"), "--json"}).json();
+        std::vector<int> tracks;
+        for (std::size_t turn = 0; turn < turns; ++turn)
+            for (const double within : {3.0, turnSeconds - 3.0}) {
+                const double time = static_cast<double>(turn * turnSeconds) + within;
+                for (const JSON& block : *result.find("blocks")->elements())
+                    if (*block.find("startSeconds")->number() <= time &&
+                        time < *block.find("endSeconds")->number())
+                        tracks.push_back(static_cast<int>(*block.find("activeTrack")->integer()));
+            }
+        return tracks;
+    }
+
+    test::TemporaryDirectory folder_, work_;
+    test::ScopedEnvironment dataHome_{"XDG_DATA_HOME", work_.path().c_str()};
+    Outcome outcome_;
+    Sound anna_, ben_;
+};
+
+TEST_F(SpokenTakeTest, theDocumentOpensTheMicrophonesOfWhoSpeaks) {
+    // A mix that was recorded low and a boom far away leave the word to the lavs, in spite of their bleed.
+    makeTake(1, {{"Mix", -40, -40, -66},
+                 {"Boom", -37, -37, -62},
+                 {"Lav Anna", -18, -42, -70},
+                 {"Lav Ben", -42, -18, -70}});
+    // A good mix, steadier than anything else, plays throughout.
+    makeTake(2, {{"Mix", -20, -20, -55},
+                 {"Boom", -24, -34, -62},
+                 {"Lav Anna", -18, -42, -70},
+                 {"Lav Ben", -42, -18, -70}});
+    EXPECT_EQ(heard(1), (std::vector{3, 3, 4, 4, 3, 3}));
+    EXPECT_EQ(heard(2), std::vector(6, 1));
+
+    using Names = std::set<std::string>;
+    const Names lavs{"Lav Anna", "Lav Ben"}, all{"Mix", "Boom", "Lav Anna", "Lav Ben"};
+    struct Case {
+        std::vector<std::string> options;
+        Names first, second;
+        std::string loudness; ///< of the tracks with speech; empty: no effect
+    };
+    const std::vector<Case> cases{
+        {{}, lavs, {"Mix"}, "amount=\"0.3\""},
+        {{"--set", "smartAudioMode=studio"}, lavs, {"Mix"}, "amount=\"0.5\""},
+        {{"--set", "smartAudioMode=studio", "--smart-audio", "Cinematic"}, lavs, {"Mix"}, "amount=\"0.6\""},
+        {{"--set", "smartAudioMode=custom", "--set", "smartAudio.loudness=0.42"},
+         lavs,
+         {"Mix"},
+         "amount=\"0.42\""},
+        {{"--set", "smartAudioMode=loud"}, lavs, {"Mix"}, "amount=\"0.3\""},
+        {{"--set", "smartAudioMode=off"}, all, all, ""},
+        {{"--set", "smartAudioMode=studio", "--no-smart-audio"}, all, all, ""},
+        {{"--smart-audio", "off"}, all, all, ""},
+    };
+    const std::string report = "Orvane Tandrel/diagnostics/orvane_routing_debug.txt";
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.options.empty() ? "" : one.options.back());
+        work_.write(report, "");
+        const auto found = clips(one.options);
+        ASSERT_EQ(found.size(), 2U);
+        EXPECT_EQ(activeNames(found[0]), one.first);
+        EXPECT_EQ(activeNames(found[1]), one.second);
+        const std::string effect = "<adjust-loudness " + one.loudness;
+        EXPECT_EQ(found[0].find(effect) == std::string::npos, one.loudness.empty());
+        // Each recording is heard once, and says so where a report stands already.
+        const std::string text = work_.read(report);
+        std::size_t count = 0;
+        for (std::size_t at = text.find("Take-default: T"); at != std::string::npos;
+             at = text.find("Take-default: T", at + 1))
+            ++count;
+        EXPECT_EQ(count, one.loudness.empty() ? 0U : 2U) << text;
+        const bool saysSo =
+            outcome_.out.find("Smart Audio: 2 clips heard, 3 of 8 channels chosen.") != std::string::npos;
+        EXPECT_EQ(saysSo, !one.loudness.empty()) << outcome_.out;
+    }
+}
+
+TEST_F(SpokenTakeTest, aScanListensOnlyWhereTheSettingWasWritten) {
+    makeTake(1, {{"Mix", -40, -40, -66},
+                 {"Boom", -37, -37, -62},
+                 {"Lav Anna", -18, -42, -70},
+                 {"Lav Ben", -42, -18, -70}});
+    const auto tracks = [&](std::vector<std::string> options) {
+        options.insert(options.begin(), {"scan", folder_.path("shoot"), "--json"});
+        return runWith(options)
+            .json()
+            .find("syncGroups")
+            ->elements()
+            ->front()
+            .find("manualActiveTracks")
+            ->dump();
+    };
+    EXPECT_EQ(tracks({}), "[]");
+    EXPECT_EQ(tracks({"--set", "smartAudioMode=off"}), "[]");
+    EXPECT_EQ(tracks({"--set", "smartAudioMode=standard"}), "[3,4]");
+    const auto onTerminal =
+        runWith({"scan", folder_.path("shoot"), "--set", "smartAudioMode=standard"}, true);
+    EXPECT_NE(onTerminal.out.find("1 clip heard, 2 of 4 channels chosen"), std::string::npos)
+        << onTerminal.out;
+}
+
+TEST_F(SpokenTakeTest, aRecordingThatCannotBeHeardIsAWarning) {
+    makeTake(1, {{"Boom", -18, -18, -62}});
+    const std::string cacheFile = folder_.path("cache/probe-cache.json"),
+                      path = folder_.path("shoot/T01.WAV");
+    runWith({"scan", folder_.path("shoot")}, false, cacheFile);
+    // What is known of the file still counts, and its samples are gone.
+    const auto written = std::filesystem::last_write_time(path);
+    folder_.write("shoot/T01.WAV", std::string(std::filesystem::file_size(path), '\0'));
+    std::filesystem::last_write_time(path, written);
+    const Outcome outcome =
+        runWith({"sync", folder_.path("shoot"), "-o", folder_.path("out.fcpxml")}, false, cacheFile);
+    EXPECT_EQ(outcome.status, done);
+    EXPECT_NE(outcome.err.find("warning: Smart Audio can't hear T01.WAV"), std::string::npos) << outcome.err;
+    EXPECT_NE(outcome.out.find("0 clips heard, 0 of 0 channels chosen; 1 recording can't be heard"),
+              std::string::npos)
+        << outcome.out;
+}
+
+} // namespace
+} // namespace orvane::cli

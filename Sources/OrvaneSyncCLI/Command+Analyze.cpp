@@ -1,5 +1,6 @@
 #include "OrvaneSyncCLI/ChannelStrip.h"
 #include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/ProgressLine.h"
 #include "OrvaneSyncCLI/SoundFile.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
@@ -155,7 +156,10 @@ void analyze(Context& context, const Arguments& arguments) {
     if (!arguments.has("--no-blocks"))
         request.blockSettings = SmartAudioBlockSettings::fromUserDefaults(*context.settings);
 
+    ProgressLine progress(context, arguments.has("--quiet"));
+    request.progress = hearing(progress, std::min(secondsOf(*file), SmartAudioRouter::mostSeconds));
     const SmartAudioResult result = SmartAudioRouter().analyze(request);
+    progress.clear();
     if (arguments.has("--json")) {
         context.out << toJSON(result).dump(JSON::Layout::pretty) << "\n";
         return;

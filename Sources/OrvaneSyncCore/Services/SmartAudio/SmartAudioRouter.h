@@ -29,8 +29,7 @@ struct SmartAudioRequest {
     std::optional<SmartAudioBlockSettings> blockSettings = {}; ///< absent: no classification and no blocks
     std::optional<SeparatedStems> stems = {};
     std::set<int> candidateTracks = {}; ///< tracks that routing may use; empty: all
-    /// Told at most a hundred times which share of the recording was heard, 0 to 1. Called from the threads
-    /// that read, in about ascending order.
+    /// Told which share of the recording was heard, 0 to 1, as that of `AudioPass`.
     std::function<void(double share)> progress = {};
 };
 

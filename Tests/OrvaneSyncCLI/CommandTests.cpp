@@ -61,7 +61,10 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
         {{"report", folder.path("empty/notes.txt")}, 1, "notes.txt: No column header found in the file"},
         {{"ltc", folder.path("take.wav")}, 1, "holds no sound"},
         {{"analyze", folder.path("take.wav"), "--candidates", "1,x"}, 2, "tracks such as 1,3"},
-        {{"analyze", folder.path("take.wav")}, 1, "holds no sound"},
+        {{"analyze", folder.path("take.wav"), "--candidates", "1,"}, 2, "tracks such as 1,3"},
+        {{"analyze", folder.path("gone.wav"), "--channels", "65536"}, 2, "1 to 65535"},
+        {{"analyze", folder.path("take.wav"), "--json"}, 1, "holds no sound"},
+        {{"loudness", folder.path("take.wav"), "--json"}, 1, "holds no sound"},
         {{"loudness", folder.path("gone.wav")}, 1, "No such file"},
         {{"ltc", folder.path("take.wav"), "--channel", "two"}, 2, "takes a whole number"},
         {{"timecode"}, 2, "which conversion?"},
@@ -367,21 +370,25 @@ TEST_F(ShootTest, analyzeTellsMicrophonesApartAndDrawsTheTake) {
     ASSERT_TRUE(loudness.has_value());
     EXPECT_NEAR(*loudness, -0.7 + 10 * std::log10(0.6 * 0.3 * 0.3 / 2),
                 0.6); // a tone for three fifths of the time
-    EXPECT_TRUE(runWith({"loudness", folder_.path("sound/DAY1_T01.WAV"), "--json"})
-                    .json()
-                    .find("integratedLUFS")
-                    ->isNull());
+    EXPECT_EQ(runWith({"analyze", path, "--candidates", "3,9"}).status, wrongUsage);
+    EXPECT_NE(
+        runWith({"analyze", path, "--candidates", "2,9"}).err.find("warning: --candidates: there is no"),
+        std::string::npos);
+    const std::string silence = folder_.path("sound/DAY1_T01.WAV");
+    EXPECT_TRUE(runWith({"loudness", silence, "--json"}).json().find("integratedLUFS")->isNull());
+    const std::string nobody = runWith({"analyze", silence}).out;
+    EXPECT_EQ(nobody.find('*'), std::string::npos) << nobody;
+    EXPECT_NE(nobody.find("\xE2\x96\x91"), std::string::npos) << "chosen, but silent:\n" << nobody;
 }
 
 TEST(ChannelStrip, showsWhoIsHeardWhen) {
-    std::vector<BlockDecision> blocks(2);
-    blocks[0].endSeconds = blocks[1].startSeconds = 5;
-    blocks[1].endSeconds = 10;
-    blocks[0].activeTrack = 1;
-    blocks[1].activeTrack = 2;
-    blocks[1].secondaryTrack = 1;
+    const std::vector<BlockDecision> blocks{{0, 5, 1, {}, BlockKind::mix, 1, 0, ""},
+                                            {5, 8, 2, 1, BlockKind::multiActiveWarn, 1, 0, ""},
+                                            {8, 10, 2, {}, BlockKind::silence, 1, 0, ""}};
     EXPECT_EQ(channelStrip(blocks, {"1 Boom", "2"}, 18),
-              "1 Boom █████▒▒▒▒▒\n2      ·····█████\n       0:00  0:10\n");
+              "1 Boom █████▒▒▒··\n2      ·····███░░\n       0:00  0:10\n");
+    EXPECT_EQ(channelStrip(blocks, {"1 日本の名前"}, 18), "1 日… █████▒▒▒▒··\n      0:00   0:10\n")
+        << "a label takes a third of the width";
     EXPECT_EQ(channelStrip({}, {"1"}, 18), "");
 }
 

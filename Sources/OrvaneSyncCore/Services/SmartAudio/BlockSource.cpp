@@ -114,7 +114,8 @@ std::vector<BlockDecision> buildBlocksFromDefault(int defaultTrack, std::span<co
     const double blockSeconds = std::max(minBlockSeconds, shortestBlockSeconds);
 
     std::vector<BlockDecision> blocks;
-    for (double start = 0; start < takeSeconds; start += blockSeconds) {
+    double start = 0;
+    while (start < takeSeconds) {
         const double end = std::min(start + blockSeconds, takeSeconds);
         BlockSource source = chooseSourceFor(start, end, defaultTrack, lavTracks, frames, windowSeconds);
         blocks.push_back({.startSeconds = start,
@@ -125,6 +126,7 @@ std::vector<BlockDecision> buildBlocksFromDefault(int defaultTrack, std::span<co
                           .gainMultiplier = 1.0,
                           .peakDB = source.peakDB,
                           .reason = std::move(source.reason)});
+        start = end;
     }
     return smoothed(merged(std::move(blocks)));
 }

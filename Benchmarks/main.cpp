@@ -1,4 +1,5 @@
 #include "CoreBenchmarks.h"
+#include "EditingBenchmarks.h"
 #include "Process.h"
 #include "SoundBenchmarks.h"
 #include "Table.h"
@@ -90,6 +91,7 @@ void printTable(const Medians& results, const std::string& self, const std::stri
              text("%.0f MB/s", rate), ">= 100 MB/s", rate >= wantedRate);
     printExportMemory(self);
     printSoundRows(results, self, program, folder);
+    printEditingRows(results);
     const auto version = medianRun({program, "--version"}, 51);
     const auto nothing = medianRun({"/bin/true"}, 51);
     constexpr double mostMilliseconds = 20;
@@ -120,6 +122,7 @@ int main(int argc, char** argv) {
     const MediaCorpus corpus = mediaCorpus(folder + "/media");
     registerCoreBenchmarks(corpus, folder + "/probe-cache.json");
     registerSoundBenchmarks();
+    registerEditingBenchmarks();
 
     std::vector<char*> options{argv[0]};
     std::string repetitions = "--benchmark_repetitions=5", quiet = "--benchmark_report_aggregates_only=true",

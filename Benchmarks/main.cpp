@@ -1,4 +1,5 @@
 #include "CoreBenchmarks.h"
+#include "EditingBenchmarks.h"
 #include "Process.h"
 #include "ReportBenchmarks.h"
 #include "SessionBenchmarks.h"
@@ -94,6 +95,7 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printReportRows(results, self, program, folder);
     printSoundRows(results, self, program, folder);
     printSessionRows(results);
+    printEditingRows(results);
     const auto version = medianRun({program, "--version"}, 51);
     const auto nothing = medianRun({"/bin/true"}, 51);
     constexpr double mostMilliseconds = 20;
@@ -126,6 +128,7 @@ int main(int argc, char** argv) {
     registerReportBenchmarks(folder);
     registerSoundBenchmarks();
     registerSessionBenchmarks(folder);
+    registerEditingBenchmarks();
 
     std::vector<char*> options{argv[0]};
     std::string repetitions = "--benchmark_repetitions=5", quiet = "--benchmark_report_aggregates_only=true",

@@ -157,7 +157,7 @@ TEST_F(ShootTest, scanShowsTheWholeState) {
     EXPECT_EQ(state.find("scanResult")->find("audioAssets")->elements()->size(), 2U);
     EXPECT_EQ(state.find("wildTracks")->elements()->size(), 1U);
     EXPECT_TRUE(*state.find("counts") ==
-                JSON::parse(R"({"matched":3,"unmatched":1,"syncClips":2,"mos":1,"projectedMulticam":0})"));
+                JSON::parse(R"({"matched":3,"unmatched":1,"syncClips":2,"mos":1,"projectedMulticam":1})"));
     const auto& groups = *state.find("syncGroups")->elements();
     ASSERT_EQ(groups.size(), 4U);
     EXPECT_EQ(*groups.front().find("video")->find("filename")->string(), "A001C001_261120_R1AB.mov");

@@ -104,7 +104,7 @@ TEST_F(ExporterValidation, RandomShootsFollowTheTypeDefinition) {
         Shoot shoot = randomShoot(seed, seed % 2 == 0 ? Numbers::any : Numbers::sane);
         if (!hasDefinition(shoot.settings.fcpxmlVersion))
             shoot.settings.fcpxmlVersion = fcpxml::latestFCPXMLVersion;
-        // Final Cut Pro reads the curves of the volume from a place that its definition does not have.
+        // The definition has no place for a parameter in a channel's element.
         shoot.settings.experimentalVolumeKeyframes = false;
         shoot.groups.update(shoot.groups[0].id, [](SyncGroup& group) { group.isExcludedFromExport = false; });
         add(FCPXMLExporter::exportDocument(shoot.groups, shoot.wildTracks, shoot.settings).fcpxmlString,

@@ -5,7 +5,7 @@
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 #include "Platform/Files.h"
 
-#include <cstdint>
+#include <cstddef>
 #include <utility>
 
 namespace orvane::bench {
@@ -47,16 +47,17 @@ void registerReportBenchmarks(const std::string& folder) {
         for (auto _ : state)
             if (ALEParser().parse(FileURL{path}).columns().size() != 9)
                 state.SkipWithError("it was not read");
-        state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(reportBytes));
     });
 }
 
 void printReportRows(const Medians& results, const std::string& self, const std::string& program,
                      const std::string& folder) {
     constexpr double wantedRate = 100, most = 8;
-    const double rate = results.bytesPerSecond.at("parseReport") / megabyte;
-    printRow("parse a report of 100 MB", text("%.0f ms", results.milliseconds.at("parseReport")),
-             text("%.0f ms bare read", results.milliseconds.at("readReport")), text("%.0f MB/s", rate),
+    // Of a core's time, as a shared machine may give the process little of it.
+    const double ours = results.coreMilliseconds.at("parseReport");
+    const double rate = static_cast<double>(reportBytes) / megabyte / (ours / 1000);
+    printRow("parse a report of 100 MB", text("%.0f ms of a core", ours),
+             text("%.0f ms bare read", results.coreMilliseconds.at("readReport")), text("%.0f MB/s", rate),
              ">= 100 MB/s", rate >= wantedRate);
     const double peak = peakBytesOf(self, {program, "report", reportPath(folder)});
     const double ratio = peak / static_cast<double>(reportBytes);

@@ -87,7 +87,7 @@ TEST(ProjectFile, isRefusedWithAReasonAndNeverHalfWritten) {
     const Case cases[] = {
         {"an unknown key", "\"version\": 1", "\"version\": 1, \"future\": {\"x\": [1]}", ""},
         {"version 0", "\"version\": 1", "\"version\": 0", "Project version 0 is not supported (current: 1)"},
-        {"version 2 in another shape", "\"groups\"", "\"version\": 2, \"clips\"",
+        {"version 2 in another shape", "\"version\": 1", "\"version\": 2, \"groups\": 3",
          "Project version 2 is not supported (current: 1)"},
         {"a version that is no number", "\"version\": 1", "\"version\": \"1\"",
          "version: expected an integer"},
@@ -99,7 +99,7 @@ TEST(ProjectFile, isRefusedWithAReasonAndNeverHalfWritten) {
          "videoFolderBookmark: expected base64"},
         {"a path that ends early", "\"/media\"", "\"/media\\u0000x\"", "videoFolderPath: expected a path"},
         {"a huge number", "\"syncOffsetSeconds\": 0.0", "\"syncOffsetSeconds\": 1e999", "valid"},
-        {"a truncated file", "\"version\": 1\n}", "", "valid"},
+        {"a truncated file", "\"/media\"\n}", "\"/media\"", "valid"},
         {"a list", "{", "[1,", "valid"},
     };
     for (const Case& c : cases) {

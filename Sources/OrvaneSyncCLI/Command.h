@@ -33,6 +33,7 @@ const Command& timecodeCommand();
 const Command& sessionCommand();
 const Command& projectCommand();
 const Command& settingsCommand();
+const Command& serveCommand();
 const Command& doctorCommand();
 
 /// All commands, in the order in which the help lists them.

@@ -13,6 +13,12 @@ namespace orvane::cli {
 /// What all commands take that write a document.
 const std::vector<Option>& documentOptions();
 
+/// Writes the document whole or not at all. Throws FileError, and UsageError or CommandError for a place that
+/// cannot take it, that of a media file above all.
+void writeDocument(const ImportController& controller, const ExportResult& result, const std::string& path);
+/// What people should know beside the exporter's own warnings.
+void addOwnWarnings(const ImportController& controller, ExportResult& result);
+
 /// Where the document of a command goes, and what kind of document it is to be.
 class DocumentOutput {
   public:

@@ -208,7 +208,8 @@ TEST_F(ShootTest, syncWritesTheDocument) {
 
     const Outcome forPeople = runWith({"sync", folder_.path(), "-o", output});
     EXPECT_NE(forPeople.out.find("Wrote " + output +
-                                 ": 3 synchronized clips (2 with sound, 1 MOS). Not in it: 1 clip"),
+                                 ": 3 synchronized clips (2 with sound, 1 MOS), "
+                                 "1 multicam clip. Not in it: 1 clip"),
               std::string::npos)
         << forPeople.out;
 

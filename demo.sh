@@ -35,6 +35,12 @@ if [ "$(cat "$shoot/.complete" 2>/dev/null)" != "$stamp" ]; then
     movie B001C003_261120_R1CD.mov 10:12:31:20 8
     movie A001C004_261120_MOS.mov 10:20:00:00 4
     movie A001C005_261120_R1AB.mov 10:30:01:00 8 -movflags use_metadata_tags -metadata captureFrameRate=100
+    cat >"$shoot/DAY1.csv" <<'REPORT'
+Name,Scene,Take,Tape,Sensor FPS,Comments
+A001C001_261120_R1AB.mov,12A,1,A001,25,"Wide, from the door"
+B001C001_261120_R1CD.mov,12A,1,B001,25,Close on Anna
+A001C005_261120_R1AB.mov,13,1,A001,100,Slow motion
+REPORT
     echo "$stamp" >"$shoot/.complete"
 fi
 

@@ -25,12 +25,12 @@ std::string text(const char* format, double a, double b) {
 }
 
 void printHeading() {
-    std::printf("\n%-45s %-16s %-26s %-12s %-14s\n", "WORK", "OURS", "AGAINST", "RESULT", "REACH");
+    std::printf("\n%-45s %-18s %-26s %-12s %-14s\n", "WORK", "OURS", "AGAINST", "RESULT", "REACH");
 }
 
 void printRow(const std::string& work, const std::string& ours, const std::string& other,
               const std::string& result, const std::string& reach, bool reached) {
-    std::printf("%-45s %-16s %-26s %-12s %-14s %s\n", work.c_str(), ours.c_str(), other.c_str(),
+    std::printf("%-45s %-18s %-26s %-12s %-14s %s\n", work.c_str(), ours.c_str(), other.c_str(),
                 result.c_str(), reach.c_str(), reached ? "reached" : "NOT REACHED");
 }
 

@@ -1,5 +1,7 @@
 #include "CoreBenchmarks.h"
+#include "EditingBenchmarks.h"
 #include "Process.h"
+#include "ReportBenchmarks.h"
 #include "SessionBenchmarks.h"
 #include "SoundBenchmarks.h"
 #include "Table.h"
@@ -90,8 +92,10 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printRow("export 10,000 clips of 8 channels", text("%.0f ms", ms("export/10000")), "",
              text("%.0f MB/s", rate), ">= 100 MB/s", rate >= wantedRate);
     printExportMemory(self);
+    printReportRows(results, self, program, folder);
     printSoundRows(results, self, program, folder);
     printSessionRows(results);
+    printEditingRows(results);
     const auto version = medianRun({program, "--version"}, 51);
     const auto nothing = medianRun({"/bin/true"}, 51);
     constexpr double mostMilliseconds = 20;
@@ -121,8 +125,10 @@ int main(int argc, char** argv) {
     std::cout << "Making files in " << folder << " ...\n" << std::flush;
     const MediaCorpus corpus = mediaCorpus(folder + "/media");
     registerCoreBenchmarks(corpus, folder + "/probe-cache.json");
+    registerReportBenchmarks(folder);
     registerSoundBenchmarks();
     registerSessionBenchmarks(folder);
+    registerEditingBenchmarks();
 
     std::vector<char*> options{argv[0]};
     std::string repetitions = "--benchmark_repetitions=5", quiet = "--benchmark_report_aggregates_only=true",

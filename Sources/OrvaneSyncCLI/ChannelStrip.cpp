@@ -4,13 +4,16 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace orvane::cli {
 
 namespace {
 
 constexpr int narrowestStrip = 10;
+constexpr int mostLabelShare = 3;                 ///< a label takes a third of the width at most
 constexpr const char* heard = "\xE2\x96\x88";     // full block
+constexpr const char* silent = "\xE2\x96\x91";    // light shade
 constexpr const char* secondary = "\xE2\x96\x92"; // medium shade
 constexpr const char* notHeard = "\xC2\xB7";      // middle dot
 
@@ -23,8 +26,19 @@ const BlockDecision* blockAt(const std::vector<BlockDecision>& blocks, double se
 
 const char* mark(const BlockDecision* block, int track) {
     if (block == nullptr) return notHeard;
-    if (block->activeTrack == track) return heard;
+    if (block->activeTrack == track) return block->kind == BlockKind::silence ? silent : heard;
     return block->secondaryTrack == track ? secondary : notHeard;
+}
+
+/// No wider than that; what is cut off shows as an ellipsis.
+std::string shortened(const std::string& label, int columns) {
+    if (platform::text::displayWidth(label) <= columns) return label;
+    std::string text;
+    for (const std::string_view character : platform::text::characters(label)) {
+        if (platform::text::displayWidth(text + std::string(character)) >= columns) break;
+        text += character;
+    }
+    return text + "…";
 }
 
 } // namespace
@@ -33,8 +47,12 @@ std::string channelStrip(const std::vector<BlockDecision>& blocks, const std::ve
                          int columns) {
     if (blocks.empty()) return "";
     int labelWidth = 0;
-    for (const std::string& name : names)
-        labelWidth = std::max(labelWidth, platform::text::displayWidth(platform::text::printable(name)));
+    std::vector<std::string> labels;
+    labels.reserve(names.size());
+    for (const std::string& name : names) {
+        labels.push_back(shortened(platform::text::printable(name), columns / mostLabelShare));
+        labelWidth = std::max(labelWidth, platform::text::displayWidth(labels.back()));
+    }
     const int width = std::max(columns - labelWidth - 2, narrowestStrip);
     const double seconds = blocks.back().endSeconds;
 
@@ -43,8 +61,8 @@ std::string channelStrip(const std::vector<BlockDecision>& blocks, const std::ve
     for (int column = 0; column < width; ++column)
         moments.push_back(blockAt(blocks, seconds * (column + 0.5) / width));
     std::string text;
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        std::string label = platform::text::printable(names[i]);
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        std::string label = std::move(labels[i]);
         label.append(static_cast<std::size_t>(labelWidth - platform::text::displayWidth(label)) + 1, ' ');
         text += label;
         for (const BlockDecision* moment : moments) text += mark(moment, static_cast<int>(i) + 1);

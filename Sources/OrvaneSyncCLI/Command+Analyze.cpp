@@ -1,14 +1,18 @@
 #include "OrvaneSyncCLI/ChannelStrip.h"
 #include "OrvaneSyncCLI/Command.h"
-#include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCLI/ProgressLine.h"
+#include "OrvaneSyncCLI/SoundFile.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "Platform/Files.h"
 #include "Platform/JSON.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
-#include <limits>
+#include <cmath>
+#include <map>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -23,33 +27,67 @@ SmartAudioMode mode(const Arguments& arguments) {
     throw UsageError("--mode takes off, standard, studio, cinematic or custom, not '" + *named + "'");
 }
 
-int channelCount(const Arguments& arguments, const MediaAsset& asset) {
+std::optional<int> channelCount(const Arguments& arguments) {
     const auto asked = arguments.integer("--channels");
-    if (asked && (*asked < 1 || *asked > std::numeric_limits<int>::max()))
-        throw UsageError("--channels takes a number from 1 on");
-    return asked ? static_cast<int>(*asked) : asset.channelCount.value_or(0);
+    if (!asked) return std::nullopt;
+    if (*asked < 1 || *asked > SmartAudioRouter::mostTracks)
+        throw UsageError("--channels takes a number from 1 to " +
+                         std::to_string(SmartAudioRouter::mostTracks));
+    return static_cast<int>(*asked);
 }
 
 /// "1,3" as tracks 1 and 3.
 std::set<int> candidates(const Arguments& arguments) {
+    const auto list = arguments.value("--candidates");
     std::set<int> tracks;
-    std::string rest = arguments.value("--candidates").value_or("");
-    while (!rest.empty()) {
-        const std::size_t comma = std::min(rest.find(','), rest.size());
-        const auto track = integerFrom(rest.substr(0, comma));
-        if (!track || *track < 1 || *track > std::numeric_limits<int>::max())
+    for (std::size_t from = 0; list && from <= list->size();) {
+        const std::size_t comma = std::min(list->find(',', from), list->size());
+        const auto track = integerFrom(list->substr(from, comma - from));
+        if (!track || *track < 1 || *track > SmartAudioRouter::mostTracks)
             throw UsageError("--candidates takes tracks such as 1,3");
         tracks.insert(static_cast<int>(*track));
-        rest.erase(0, comma + 1);
+        from = comma + 1;
     }
     return tracks;
 }
 
-std::string nameOf(const MediaAsset& asset, int track) {
+void checkCandidates(const Context& context, const SmartAudioRequest& request) {
+    const auto& tracks = request.candidateTracks;
+    const auto missing =
+        std::ranges::find_if(tracks, [&](int track) { return track > request.channelCount; });
+    if (missing == tracks.end()) return;
+    const std::string what = "--candidates: there is no channel " + std::to_string(*missing) + " among the " +
+                             counted(request.channelCount, "channel", "channels") + " that are heard";
+    if (missing == tracks.begin()) throw UsageError(what);
+    context.warn(what);
+}
+
+/// As the recorder called the channels. Of several names for one the last counts, as for their roles.
+using Names = std::map<int, std::string>;
+
+Names namesOf(const MediaAsset& asset) {
+    Names names;
     if (asset.ixmlData)
-        for (const IXMLTrack& named : asset.ixmlData->tracks)
-            if (named.channelIndex == track) return named.name;
-    return "-";
+        for (const IXMLTrack& track : asset.ixmlData->tracks)
+            if (!platform::text::trimmed(track.name).empty()) names[track.channelIndex] = track.name;
+    return names;
+}
+
+std::string nameOf(const Names& names, int track) {
+    const auto found = names.find(track);
+    return found == names.end() ? "-" : found->second;
+}
+
+/// In silence all channels are equally good, and none is best.
+std::optional<int> bestTrack(const SmartAudioResult& result) {
+    const bool anyScores = std::ranges::any_of(
+        result.tracks, [](const TrackAdjustment& track) { return track.bestSourceScore > 0; });
+    return anyScores ? result.bestTrackIndex : std::nullopt;
+}
+
+/// Without a minus before what is shown as zero.
+std::string tenths(const char* format, double value) {
+    return formatted(format, std::round(value * 10) / 10 + 0.0);
 }
 
 std::string recommendation(const TrackAdjustment& track) {
@@ -64,7 +102,7 @@ std::string recommendation(const TrackAdjustment& track) {
     return text.empty() ? "-" : text;
 }
 
-std::string channelsText(const SmartAudioResult& result, const MediaAsset& asset, bool bold) {
+std::string channelsText(const SmartAudioResult& result, const Names& names, bool bold) {
     Table table({{"", Table::Align::right},
                  {"NAME"},
                  {"ROLE"},
@@ -73,25 +111,30 @@ std::string channelsText(const SmartAudioResult& result, const MediaAsset& asset
                  {"SNR", Table::Align::right},
                  {"RECOMMENDED"},
                  {"WHY"}});
+    const std::optional<int> best = bestTrack(result);
     for (std::size_t i = 0; i < result.tracks.size(); ++i) {
         const TrackAdjustment& track = result.tracks[i];
         const auto* role =
             i < result.channelClassifications.size() ? &result.channelClassifications[i] : nullptr;
-        const bool isBest = result.bestTrackIndex == track.trackIndex;
-        table.add({(isBest ? "* " : "") + std::to_string(track.trackIndex), nameOf(asset, track.trackIndex),
+        const bool isBest = best == track.trackIndex;
+        table.add({(isBest ? "* " : "") + std::to_string(track.trackIndex), nameOf(names, track.trackIndex),
                    role != nullptr ? std::string(rawValue(role->kind)) : "-",
-                   formatted("%.0f %%", 100.0 * track.speechRatio),
-                   formatted("%.1f dBFS", track.averageLevelDB), formatted("%.1f dB", track.estimatedSNR),
-                   recommendation(track), role != nullptr ? role->source : ""});
+                   formatted("%.0f %%", 100.0 * track.speechRatio), tenths("%.1f dBFS", track.averageLevelDB),
+                   tenths("%.1f dB", track.estimatedSNR), recommendation(track),
+                   role != nullptr ? role->source : ""});
     }
     return table.text(bold);
 }
 
-std::vector<std::string> stripNames(const SmartAudioResult& result, const MediaAsset& asset) {
-    std::vector<std::string> names;
+std::string takeText(const SmartAudioResult& result, const Names& names, int columns) {
+    if (result.blocks.empty())
+        return "Nothing to route: less than 0.25 s that can be decoded, or a sample rate below 4 Hz.\n";
+    std::vector<std::string> labels;
+    labels.reserve(result.tracks.size());
     for (const TrackAdjustment& track : result.tracks)
-        names.push_back(std::to_string(track.trackIndex) + " " + nameOf(asset, track.trackIndex));
-    return names;
+        labels.push_back(std::to_string(track.trackIndex) + " " + nameOf(names, track.trackIndex));
+    const std::string character(result.detectedCharacter ? displayName(*result.detectedCharacter) : "Take");
+    return character + ", who is heard when:\n" + channelStrip(result.blocks, labels, columns);
 }
 
 void analyze(Context& context, const Arguments& arguments) {
@@ -100,30 +143,35 @@ void analyze(Context& context, const Arguments& arguments) {
     SmartAudioRequest request;
     request.mode = mode(arguments);
     request.candidateTracks = candidates(arguments);
-    if (const std::string why = whyUnreadable(path, false); !why.empty())
-        throw CommandError("can't read '" + path + "': " + why);
+    const auto askedChannels = channelCount(arguments);
+    const auto file = openSound(path);
     request.audioURL = {platform::files::standardized(path)};
     const MediaAsset asset =
         MediaProbeService(*context.settings, nullptr).probe(request.audioURL, AssetKind::audio);
-    request.channelCount = channelCount(arguments, asset);
+    request.channelCount = askedChannels.value_or(asset.channelCount.value_or(file->channelCount()));
+    checkCandidates(context, request);
     if (asset.ixmlData) request.ixmlTracks = asset.ixmlData->tracks;
     if (request.mode == SmartAudioMode::custom)
         request.config = SmartAudioConfig::fromUserDefaults(*context.settings);
     if (!arguments.has("--no-blocks"))
         request.blockSettings = SmartAudioBlockSettings::fromUserDefaults(*context.settings);
 
+    ProgressLine progress(context, arguments.has("--quiet"));
+    request.progress = hearing(progress, std::min(secondsOf(*file), SmartAudioRouter::mostSeconds));
     const SmartAudioResult result = SmartAudioRouter().analyze(request);
+    progress.clear();
     if (arguments.has("--json")) {
         context.out << toJSON(result).dump(JSON::Layout::pretty) << "\n";
         return;
     }
-    if (result.tracks.empty())
-        throw CommandError("can't read '" + path + "': it holds no sound that can be decoded");
-    context.out << channelsText(result, asset, context.mayColour);
-    if (result.bestTrackIndex) context.out << "* the best channel of the whole take\n";
-    if (result.detectedCharacter)
-        context.out << "\n" << displayName(*result.detectedCharacter) << ", who is heard when:\n";
-    context.out << channelStrip(result.blocks, stripNames(result, asset), context.outWidth);
+    const Names names = namesOf(asset);
+    const bool isWhole = secondsOf(*file) < SmartAudioRouter::mostSeconds + smartAudioWindowSeconds;
+    const std::string heard = isWhole ? "whole take" : "first " + clockText(SmartAudioRouter::mostSeconds);
+    context.out << channelsText(result, names, context.mayColour);
+    if (bestTrack(result)) context.out << "* the best channel of the " << heard << "\n";
+    if (!isWhole)
+        context.out << "Only the " << heard << " of " << clockText(secondsOf(*file)) << " was heard.\n";
+    if (request.blockSettings) context.out << "\n" << takeText(result, names, context.outWidth);
 }
 
 } // namespace

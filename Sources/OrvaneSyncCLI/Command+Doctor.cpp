@@ -8,8 +8,6 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -55,12 +53,10 @@ Check cacheCheck(const Context& context) {
     if (platform::files::exists(file) && ::access(file.c_str(), R_OK) != 0)
         return {"known files", "problem", "can't read " + file};
     const auto cache = context.openProbeCache();
-    std::array<char, 64> size{};
     constexpr double megabyte = 1e6;
-    std::snprintf(size.data(), size.size(), " (%.1f MB)", static_cast<double>(cache->sizeBytes()) / megabyte);
+    const std::string size = formatted(" (%.1f MB)", static_cast<double>(cache->sizeBytes()) / megabyte);
     return {"known files", "ok",
-            counted(static_cast<long long>(cache->count()), "file", "files") + " probed before" +
-                size.data()};
+            counted(static_cast<long long>(cache->count()), "file", "files") + " probed before" + size};
 }
 
 Check libraryCheck() {

@@ -1,9 +1,7 @@
 #include "OrvaneSyncCLI/Command.h"
-#include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCLI/SoundFile.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Ingest/LTCDecoder.h"
-#include "Platform/AudioFile.h"
-#include "Platform/MediaInspector.h"
 
 #include <algorithm>
 #include <limits>
@@ -24,17 +22,9 @@ void ltc(Context& context, const Arguments& arguments) {
     if (arguments.positionals().size() != 1) throw UsageError("one file, please");
     const std::string& path = arguments.positionals().front();
     int channel = channelIndex(context, arguments);
-    if (const std::string why = whyUnreadable(path, false); !why.empty())
-        throw CommandError("can't read '" + path + "': " + why);
-    const auto file = platform::AudioFile::open(path);
-    if (!file) {
-        const bool noLibrary = platform::mediaLibraryWasMissed();
-        throw CommandError("can't read '" + path + "': " +
-                           (noLibrary ? "the module of media libraries is missing beside the program"
-                                      : "it holds no sound that can be decoded"));
-    }
+    const auto file = openSound(path);
     if (channel >= file->channelCount()) {
-        channel = std::max(file->channelCount() - 1, 0);
+        channel = file->channelCount() - 1;
         context.warn("the file has " + counted(file->channelCount(), "channel", "channels") + "; channel " +
                      std::to_string(channel) + " is read, the last one");
     }

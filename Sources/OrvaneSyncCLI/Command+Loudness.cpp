@@ -1,12 +1,9 @@
 #include "OrvaneSyncCLI/Command.h"
-#include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCLI/ProgressLine.h"
+#include "OrvaneSyncCLI/SoundFile.h"
+#include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
-#include "Platform/AudioFile.h"
-#include "Platform/Files.h"
 #include "Platform/JSON.h"
-
-#include <array>
-#include <cstdio>
 
 namespace orvane::cli {
 
@@ -14,13 +11,10 @@ namespace {
 
 void loudness(Context& context, const Arguments& arguments) {
     if (arguments.positionals().size() != 1) throw UsageError("one file, please");
-    const std::string& path = arguments.positionals().front();
-    if (const std::string why = whyUnreadable(path, false); !why.empty())
-        throw CommandError("can't read '" + path + "': " + why);
-    if (platform::AudioFile::open(path) == nullptr)
-        throw CommandError("can't read '" + path + "': it holds no sound that can be decoded");
-
-    const auto measured = LUFSMeter::measureIntegratedLUFS({platform::files::standardized(path)});
+    const auto file = openSound(arguments.positionals().front());
+    ProgressLine progress(context, arguments.has("--quiet"));
+    const auto measured = LUFSMeter::measureIntegratedLUFS(*file, hearing(progress, secondsOf(*file)));
+    progress.clear();
     if (arguments.has("--json")) {
         JSON json;
         json.set("integratedLUFS", measured ? JSON(*measured) : JSON());
@@ -28,12 +22,11 @@ void loudness(Context& context, const Arguments& arguments) {
         return;
     }
     if (!measured) {
-        context.out << "No loudness: silence, or less than 0.4 s of sound.\n";
+        context.out << "No loudness: silence, less than 0.4 s that can be decoded, or a sample rate below "
+                       "10 Hz.\n";
         return;
     }
-    std::array<char, 48> text{};
-    std::snprintf(text.data(), text.size(), "%.1f LUFS\n", *measured);
-    context.out << text.data();
+    context.out << formatted("%.1f LUFS\n", *measured);
 }
 
 } // namespace

@@ -36,7 +36,7 @@ SmartAudioMode smartAudioMode(const Context& context, const Arguments& arguments
 }
 
 void sync(Context& context, const Arguments& arguments) {
-    const DocumentOutput output(context, arguments);
+    DocumentOutput output(context, arguments);
     const SmartAudioMode smartAudio = smartAudioMode(context, arguments);
     ScanRun run(context, arguments);
     ImportController& controller = run.controller();
@@ -45,6 +45,8 @@ void sync(Context& context, const Arguments& arguments) {
     if (controller.matchedCount() == 0) failWithoutClips(context, controller, arguments.has("--json"));
     if (smartAudio != SmartAudioMode::off) run.wait(controller.runSmartAudioAnalysis(smartAudio, false));
     run.show("Writing the document...");
+    // On standard error already, where who reads the JSON may not look.
+    if (run.reportWarning()) output.warnedAlready.push_back(*run.reportWarning());
     output.write(controller, [&] { run.clearProgress(); });
 }
 

@@ -144,10 +144,10 @@ void Context::warn(std::string_view message) const {
 }
 
 std::span<const Command* const> allCommands() {
-    static const std::array<const Command*, 11> commands{
-        &syncCommand(),     &scanCommand(),     &probeCommand(),    &analyzeCommand(),
-        &loudnessCommand(), &ltcCommand(),      &timecodeCommand(), &sessionCommand(),
-        &projectCommand(),  &settingsCommand(), &doctorCommand()};
+    static const std::array<const Command*, 13> commands{
+        &syncCommand(),     &scanCommand(),   &probeCommand(),    &analyzeCommand(), &loudnessCommand(),
+        &ltcCommand(),      &reportCommand(), &timecodeCommand(), &sessionCommand(), &projectCommand(),
+        &settingsCommand(), &serveCommand(),  &doctorCommand()};
     return commands;
 }
 

@@ -28,10 +28,12 @@ const Command& probeCommand();
 const Command& analyzeCommand();
 const Command& loudnessCommand();
 const Command& ltcCommand();
+const Command& reportCommand();
 const Command& timecodeCommand();
 const Command& sessionCommand();
 const Command& projectCommand();
 const Command& settingsCommand();
+const Command& serveCommand();
 const Command& doctorCommand();
 
 /// All commands, in the order in which the help lists them.

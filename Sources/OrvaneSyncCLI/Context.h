@@ -6,6 +6,7 @@
 #include "Platform/SettingsStore.h"
 
 #include <functional>
+#include <iostream>
 #include <memory>
 #include <ostream>
 #include <stdexcept>
@@ -24,6 +25,7 @@ class CommandError : public std::runtime_error {
 struct Context {
     std::ostream& out;
     std::ostream& err;
+    std::istream& in = std::cin;
     bool outIsTerminal = false;
     bool errIsTerminal = false;
     bool mayColour = false;                 ///< standard output is a terminal and NO_COLOR is not set

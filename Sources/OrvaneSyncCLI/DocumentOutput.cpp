@@ -77,6 +77,20 @@ const std::vector<Option>& documentOptions() {
     return options;
 }
 
+void writeDocument(const ImportController& controller, const ExportResult& result, const std::string& path) {
+    checkOutput(path);
+    refuseToOverwriteMedia(controller, path);
+    platform::files::writeAtomically(path, result.fcpxmlString);
+}
+
+void addOwnWarnings(const ImportController& controller, ExportResult& result) {
+    for (auto* warnings : {&leftOutWarnings, &unheardWarnings})
+        for (std::string& warning : (*warnings)(controller)) result.warnings.push_back(std::move(warning));
+    if (result.syncClipCount + result.multicamCount == 0)
+        result.warnings.emplace_back("the document holds no clip; look at the settings generateSyncClips and "
+                                     "export.wrapMOSInSyncClip");
+}
+
 DocumentOutput::DocumentOutput(Context& context, const Arguments& arguments)
     : context_(context), output_(arguments.value("--output").value_or("")),
       version_(documentVersion(arguments)), asJSON_(arguments.has("--json")),
@@ -97,17 +111,12 @@ void DocumentOutput::write(const ImportController& controller, const std::functi
         const std::string& text = result.fcpxmlString;
         context_.out.write(text.data(), static_cast<std::streamsize>(text.size()));
     } else {
-        refuseToOverwriteMedia(controller, output_);
-        platform::files::writeAtomically(output_, result.fcpxmlString);
+        writeDocument(controller, result, output_);
     }
     written();
-
-    for (const std::string& warning : leftOutWarnings(controller)) result.warnings.push_back(warning);
-    for (const std::string& warning : unheardWarnings(controller)) result.warnings.push_back(warning);
-    if (result.syncClipCount + result.multicamCount == 0)
-        result.warnings.emplace_back("the document holds no clip; look at the settings generateSyncClips and "
-                                     "export.wrapMOSInSyncClip");
+    addOwnWarnings(controller, result);
     if (asJSON_) {
+        result.warnings.insert(result.warnings.end(), warnedAlready.begin(), warnedAlready.end());
         context_.out << exportJSON(controller, result, output_).dump(JSON::Layout::pretty) << "\n";
         return;
     }

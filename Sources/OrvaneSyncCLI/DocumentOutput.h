@@ -13,6 +13,12 @@ namespace orvane::cli {
 /// What all commands take that write a document.
 const std::vector<Option>& documentOptions();
 
+/// Writes the document whole or not at all. Throws FileError, and UsageError or CommandError for a place that
+/// cannot take it, that of a media file above all.
+void writeDocument(const ImportController& controller, const ExportResult& result, const std::string& path);
+/// What people should know beside the exporter's own warnings.
+void addOwnWarnings(const ImportController& controller, ExportResult& result);
+
 /// Where the document of a command goes, and what kind of document it is to be.
 class DocumentOutput {
   public:
@@ -21,6 +27,8 @@ class DocumentOutput {
     DocumentOutput(Context& context, const Arguments& arguments);
 
     ImportController::ExportOptions document;
+    /// What people have been told before; JSON repeats it.
+    std::vector<std::string> warnedAlready;
 
     /// Exports the open work and tells what was written. `written` is called before anything is told. Throws
     /// as the export does, FileError, and CommandError where the document would take the place of a media

@@ -166,6 +166,7 @@ std::string stateText(const ImportController& controller, bool bold) {
         (scan->scanDuration < 1 ? formatted("%.0f ms", scan->scanDuration * 1000)
                                 : formatted("%.1f s", scan->scanDuration)) +
         ".\n";
+    if (controller.aleMatchStatus()) text += platform::text::printable(*controller.aleMatchStatus()) + ".\n";
     return text;
 }
 

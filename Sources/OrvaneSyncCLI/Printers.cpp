@@ -24,6 +24,7 @@ JSON stateJSON(const ImportController& controller) {
     state.set("displayNames", std::move(names));
     state.set("counts", countsJSON(controller));
     state.setIfPresent("aleMatchStatus", controller.aleMatchStatus());
+    state.setIfPresent("aleImportError", controller.aleImportError());
     return state;
 }
 
@@ -36,6 +37,7 @@ JSON exportJSON(const ImportController& controller, const ExportResult& result, 
     json.set("multicamCount", result.multicamCount);
     json.set("warnings", std::move(warnings));
     json.set("counts", countsJSON(controller));
+    json.setIfPresent("aleMatchStatus", controller.aleMatchStatus());
     return json;
 }
 

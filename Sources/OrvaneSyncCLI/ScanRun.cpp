@@ -50,7 +50,7 @@ const std::vector<Option>& scanOptions() {
     static const std::vector<Option> options{
         {"--video", "DIR", "the folder of the camera files alone"},
         {"--audio", "DIR", "the folder of the recordings alone"},
-        {"--report", "FILE", "a camera or sound report (not in this version)"},
+        {"--report", "FILE", "a camera or sound report (ALE, CSV, TSV) to lay over the clips"},
         {"--no-cache", "", "read every file anew; neither use nor keep earlier results"},
     };
     return options;
@@ -58,8 +58,6 @@ const std::vector<Option>& scanOptions() {
 
 ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
     : context_(context), loop_(platform::RunLoop::create()), progress_(context, arguments.has("--quiet")) {
-    if (arguments.has("--report"))
-        throw CommandError("--report: this version can't read camera and sound reports yet");
     ImportController::Dependencies dependencies;
     dependencies.mainThread = loop_;
     dependencies.settings = context.settings;
@@ -67,6 +65,7 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
     if (!arguments.has("--no-cache")) dependencies.probeCache = context.openProbeCache();
     controller_ = ImportController::create(std::move(dependencies));
     if (folders == Folders::ofArguments) chooseFolders(*controller_, arguments);
+    if (const auto report = arguments.value("--report")) loadReport(*report);
     subscription_ = controller_->onChange([this](ImportField field) {
         if (field == ImportField::scanState && controller_->scanState() != ScanState::done)
             show(progressText(controller_->scanState()));
@@ -76,6 +75,16 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
         if (field == ImportField::smartAudio && heard.total > 0)
             progress_.show({heard.phase, heard.current, heard.total}, heard.fraction);
     });
+}
+
+/// A report that cannot be read is a warning: the clips are worth having without it.
+void ScanRun::loadReport(const std::string& path) {
+    controller_->loadALE({platform::files::standardized(path)});
+    const auto& error = controller_->aleImportError();
+    if (!error) return;
+    const std::string why = whyUnreadable(path, false);
+    reportWarning_ = why.empty() ? *error : *error + ": " + why;
+    context_.warn(*reportWarning_);
 }
 
 void ScanRun::show(std::string_view phase) { progress_.show({std::string(phase), 0, 0}); }

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCLI/ProgressLine.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,10 +20,12 @@ class ScanRun {
   public:
     enum class Folders { ofArguments, ofProject };
     /// Throws UsageError for folders that make no sense and CommandError for folders that cannot be read. A
-    /// project brings its own.
+    /// project brings its own. Loads the report, and warns of one that cannot be read.
     ScanRun(Context& context, const Arguments& arguments, Folders folders = Folders::ofArguments);
 
     ImportController& controller() { return *controller_; }
+    /// What was warned of the report.
+    const std::optional<std::string>& reportWarning() const { return reportWarning_; }
     /// Scans to the end, with progress, and waits for the analysis that the scan may start. Warns of folders
     /// that could not be read.
     void scan();
@@ -36,6 +39,7 @@ class ScanRun {
     void wait(const platform::Task& operation);
 
   private:
+    void loadReport(const std::string& path);
     void warnOfUnreadableFolders() const;
 
     Context& context_;
@@ -43,6 +47,7 @@ class ScanRun {
     ProgressLine progress_;
     std::shared_ptr<ImportController> controller_;
     platform::Subscription subscription_;
+    std::optional<std::string> reportWarning_;
 };
 
 /// The system's reason why a folder or file cannot be read; empty when it can.

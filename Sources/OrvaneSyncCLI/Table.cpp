@@ -1,7 +1,5 @@
 #include "OrvaneSyncCLI/Table.h"
 
-#include "Platform/Text.h"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -56,12 +54,6 @@ std::string Table::lineText(const std::vector<std::string>& cells, const std::ve
         appendCell(line, cells[c], widths[c], columns_[c].align, c + 1 == columns_.size());
     line.resize(line.find_last_not_of(' ') + 1);
     return line;
-}
-
-std::string formatted(const char* format, double value) {
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), format, value);
-    return text.data();
 }
 
 std::string counted(long long count, std::string_view one, std::string_view many) {

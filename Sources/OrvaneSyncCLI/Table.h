@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Text.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,8 +31,7 @@ class Table {
     std::vector<std::vector<std::string>> rows_;
 };
 
-/// A number by a printf format that takes one double.
-std::string formatted(const char* format, double value);
+using platform::text::formatted;
 /// "1 clip", "3 clips".
 std::string counted(long long count, std::string_view one, std::string_view many);
 /// Minutes and seconds, or hours too, such as "1:05" and "1:00:07"; empty for nothing.

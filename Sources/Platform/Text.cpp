@@ -16,6 +16,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <utility>
@@ -151,6 +152,12 @@ std::optional<Number> decimal(std::string_view text) {
 }
 
 } // namespace
+
+std::string formatted(const char* format, double value) {
+    std::array<char, 400> text{};
+    std::snprintf(text.data(), text.size(), format, value);
+    return text.data();
+}
 
 bool isASCII(std::string_view text) {
     return std::ranges::none_of(text, [](char c) { return (static_cast<unsigned char>(c) & 0x80U) != 0; });

@@ -50,6 +50,9 @@ std::optional<std::int64_t> decimalInteger(std::string_view text);
 /// The same with an optional fraction and exponent.
 std::optional<double> decimalNumber(std::string_view text);
 
+/// A number by a printf format that takes one double and comes to fewer than 400 characters.
+std::string formatted(const char* format, double value);
+
 bool isASCII(std::string_view text);
 
 /// The characters as people count them: a letter and the accents on it are one (Unicode's grapheme clusters).

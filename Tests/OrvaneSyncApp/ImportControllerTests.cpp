@@ -172,5 +172,71 @@ TEST_F(ImportControllerTest, exportsSettledClipsWithTheSettingsOfTheSheet) {
     EXPECT_THROW(controller_->exportSingleClip(UUID::random(), settings), GroupNotFound);
 }
 
+TEST_F(ImportControllerTest, mergesAReportBeforeAndAfterAScan) {
+    test::makeSmallShoot(folder_.path());
+    const FileURL report{folder_.write("day.csv", "Name,Scene,Take\nA001C001_261120_R1AB,77,1\n")};
+    const FileURL other{folder_.write("other.csv", "Name,Scene,Take\nB001C001_261120_R1CD,78,2\n")};
+    int notices = 0;
+    const auto subscription =
+        controller_->onChange([&](ImportField field) { notices += field == ImportField::report ? 1 : 0; });
+    controller_->loadALE(report);
+    EXPECT_EQ(controller_->aleFileURL(), report);
+    EXPECT_FALSE(controller_->aleMatchStatus()); // no clips yet
+    EXPECT_EQ(notices, 1);
+    scan(folder("camera"), folder("sound"));
+    EXPECT_EQ(clip("A001C001")->clipName, "77-1");
+    EXPECT_EQ(controller_->aleMatchStatus(), "ALE geladen: 1 von 4 Clips zugeordnet");
+
+    controller_->loadALE(other);
+    EXPECT_EQ(controller_->aleMetadataClipCount(), 2); // what an earlier report said stays
+    controller_->loadALE(folder("gone.csv"));
+    EXPECT_FALSE(controller_->aleFile());
+    EXPECT_FALSE(controller_->aleFileURL());
+    EXPECT_FALSE(controller_->aleMatchStatus());
+    EXPECT_TRUE(controller_->aleImportError()->starts_with("gone.csv: Could not read the file"));
+    EXPECT_EQ(controller_->aleMetadataClipCount(), 2);
+
+    controller_->loadALE(report);
+    EXPECT_FALSE(controller_->aleImportError());
+    controller_->clearALEMetadata(UUID::random());
+    controller_->clearALEMetadata(clip("A001C002")->id);
+    EXPECT_FALSE(controller_->undoState().canUndo); // there was nothing to clear
+    controller_->clearALEMetadata(clip("B001C001")->id);
+    EXPECT_EQ(controller_->undoState().undoActionName, "Clear ALE Metadata");
+    controller_->undo();
+    EXPECT_EQ(controller_->aleMetadataClipCount(), 2);
+    controller_->redo();
+    EXPECT_EQ(controller_->aleMetadataClipCount(), 1);
+    EXPECT_EQ(clip("B001C001")->clipName, "78-2");
+    controller_->clearALEMetadataForAllClips();
+    EXPECT_EQ(controller_->aleMetadataClipCount(), 0);
+    EXPECT_EQ(controller_->undoState().undoActionName, "Clear ALE Metadata (All)");
+    finish(controller_->startScan()); // the report is still there
+    EXPECT_EQ(controller_->aleMetadataClipCount(), 1);
+
+    controller_->reset();
+    EXPECT_FALSE(controller_->aleFile());
+    EXPECT_FALSE(controller_->aleMatchStatus());
+}
+
+TEST_F(ImportControllerTest, hintsAtAWrongStrategyBelowAQuarter) {
+    const auto name = ALEMatchStrategy::name(), tape = ALEMatchStrategy::column("Tape");
+    struct Case {
+        MetadataMerger::MergeResult result;
+        ALEMatchStrategy strategy;
+        std::string message;
+    };
+    const std::string byName = " — Match-Einstellung prüfen (aktuell: Dateiname ⇄ ALE-Spalte „Name“)";
+    for (const Case& c : std::vector<Case>{
+             {{3, 10}, name, "ALE geladen: 3 von 10 Clips zugeordnet"},
+             {{2, 10}, name, "ALE geladen: 2 von 10 Clips zugeordnet" + byName},
+             {{1, 4}, name, "ALE geladen: 1 von 4 Clips zugeordnet"},
+             {{0, 1},
+              tape,
+              "ALE geladen: 0 von 1 Clips zugeordnet — Match-Einstellung prüfen (aktuell: Spalte „Tape“)"},
+             {{0, 0}, tape, "ALE geladen: 0 von 0 Clips zugeordnet"}})
+        EXPECT_EQ(ImportController::aleMatchStatusMessage(c.result, c.strategy), c.message);
+}
+
 } // namespace
 } // namespace orvane

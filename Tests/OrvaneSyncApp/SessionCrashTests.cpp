@@ -119,7 +119,7 @@ void killWriters(const std::vector<std::string>& writers, int times, unsigned se
             if (children.back() == 0) writeForEver(folder.path(), id, writers[i], progress[i]);
         }
         // Any moment will do, also one before the first write; most lie within a write, as slow as this
-        // machine may be.
+        // machine may be, and half of them behind a whole one.
         Progress& watched = progress[random() % writers.size()];
         const int until = watched.begun + static_cast<int>(random() % 4);
         while (watched.begun < until) ::usleep(100);

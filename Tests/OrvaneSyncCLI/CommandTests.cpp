@@ -56,9 +56,15 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
         {{"probe"}, 2, "which file?"},
         {{"probe", folder.path("gone.wav")}, 1, "gone.wav': No such file or directory"},
         {{"ltc", folder.path("gone.wav")}, 1, "No such file or directory"},
+        {{"report"}, 2, "one file"},
+        {{"report", folder.path("gone.ale")}, 1, "gone.ale': No such file or directory"},
+        {{"report", folder.path("empty/notes.txt")}, 1, "notes.txt: No column header found in the file"},
         {{"ltc", folder.path("take.wav")}, 1, "holds no sound"},
         {{"analyze", folder.path("take.wav"), "--candidates", "1,x"}, 2, "tracks such as 1,3"},
-        {{"analyze", folder.path("take.wav")}, 1, "holds no sound"},
+        {{"analyze", folder.path("take.wav"), "--candidates", "1,"}, 2, "tracks such as 1,3"},
+        {{"analyze", folder.path("gone.wav"), "--channels", "65536"}, 2, "1 to 65535"},
+        {{"analyze", folder.path("take.wav"), "--json"}, 1, "holds no sound"},
+        {{"loudness", folder.path("take.wav"), "--json"}, 1, "holds no sound"},
         {{"loudness", folder.path("gone.wav")}, 1, "No such file"},
         {{"ltc", folder.path("take.wav"), "--channel", "two"}, 2, "takes a whole number"},
         {{"timecode"}, 2, "which conversion?"},
@@ -151,7 +157,7 @@ TEST_F(ShootTest, scanShowsTheWholeState) {
     EXPECT_EQ(state.find("scanResult")->find("audioAssets")->elements()->size(), 2U);
     EXPECT_EQ(state.find("wildTracks")->elements()->size(), 1U);
     EXPECT_TRUE(*state.find("counts") ==
-                JSON::parse(R"({"matched":3,"unmatched":1,"syncClips":2,"mos":1,"projectedMulticam":0})"));
+                JSON::parse(R"({"matched":3,"unmatched":1,"syncClips":2,"mos":1,"projectedMulticam":1})"));
     const auto& groups = *state.find("syncGroups")->elements();
     ASSERT_EQ(groups.size(), 4U);
     EXPECT_EQ(*groups.front().find("video")->find("filename")->string(), "A001C001_261120_R1AB.mov");
@@ -202,7 +208,8 @@ TEST_F(ShootTest, syncWritesTheDocument) {
 
     const Outcome forPeople = runWith({"sync", folder_.path(), "-o", output});
     EXPECT_NE(forPeople.out.find("Wrote " + output +
-                                 ": 3 synchronized clips (2 with sound, 1 MOS). Not in it: 1 clip"),
+                                 ": 3 synchronized clips (2 with sound, 1 MOS), "
+                                 "1 multicam clip. Not in it: 1 clip"),
               std::string::npos)
         << forPeople.out;
 
@@ -267,6 +274,73 @@ TEST_F(ShootTest, aSettingOfThisRunReachesTheDocument) {
     EXPECT_EQ(number.err.find("setting"), std::string::npos);
 }
 
+TEST_F(ShootTest, aReportReachesTheClipsAndTheDocument) {
+    // Control characters and markup in cells are a person's slip, not the end of the document.
+    const std::string ale =
+        folder_.write("day.ale", "Heading\nFPS\t25\n\nColumn\nName\tScene\tTake\tSensor FPS\t"
+                                 "Tape\n\nData\n"
+                                 "a001c001_261120_r1ab\t77<\x02&\"\t9\t100\tA001\n");
+    const Outcome scan = runWith({"scan", folder_.path(), "--report", ale, "--json"});
+    ASSERT_EQ(scan.status, done) << scan.err;
+    const JSON state = scan.json();
+    EXPECT_EQ(*state.find("aleMatchStatus")->string(), "ALE geladen: 1 von 4 Clips zugeordnet");
+    const JSON& group = state.find("syncGroups")->elements()->front();
+    EXPECT_EQ(*group.find("aleMetadata")->find("Tape")->string(), "A001");
+    EXPECT_EQ(group.find("video")->find("sensorFrameRate")->number(), 100);
+    EXPECT_EQ(*state.find("displayNames")->find(*group.find("id")->string())->string(), "12A-3 Cam A 100fps");
+    EXPECT_NE(runWith({"scan", folder_.path(), "--report", ale}).out.find("1 von 4 Clips"),
+              std::string::npos);
+
+    const Outcome sync = runWith(
+        {"sync", folder_.path(), "-o", "-", "--report", ale, "--set", "export.splitEventsByScene=true"});
+    for (const char* piece : {"studio.scene\" value=\"77&lt;\uFFFD&amp;&quot;\"", "studio.shot\" value=\"9\"",
+                              "<event name=\"Synced 77&lt;\uFFFD&amp;&quot;\">",
+                              "keyword value=\"Offspeed 100fps\"", "studio.scene\" value=\"12A\""})
+        EXPECT_NE(sync.out.find(piece), std::string::npos) << piece << " in\n" << sync.out;
+    EXPECT_EQ(runWith({"sync", folder_.path(), "-o", "-"}).out.find("Offspeed"), std::string::npos);
+
+    // By reel, and with so few clips that the column may be the wrong one.
+    const Outcome hint = runWith({"scan", folder_.path(), "--report", ale, "--set", "ale.matchField=column",
+                                  "--set", "ale.matchColumn=Scene"});
+    EXPECT_NE(hint.out.find("0 von 4 Clips zugeordnet — Match-Einstellung prüfen (aktuell: Spalte „Scene“)"),
+              std::string::npos)
+        << hint.out;
+}
+
+TEST_F(ShootTest, aReportThatCannotBeReadIsAWarning) {
+    folder_.write("list.csv", "Name\nA\n");
+    for (const auto& [file, says] :
+         {std::pair{"list.csv", "list.csv: No column header found in the file"},
+          {"gone.csv", "gone.csv: Could not read the file in any supported text encoding (UTF-8, UTF-16, "
+                       "MacRoman, Latin-1): No such file or directory"}}) {
+        const Outcome outcome = runWith({"sync", folder_.path(), "-o", folder_.path("out.fcpxml"), "--report",
+                                         folder_.path(file), "--json"});
+        EXPECT_EQ(outcome.status, done);
+        EXPECT_EQ(outcome.err, "warning: " + std::string(says) + "\n");
+        EXPECT_EQ(*outcome.json().find("warnings")->elements()->back().string(), says);
+        EXPECT_EQ(outcome.json().find("syncClipCount")->integer(), 3);
+        EXPECT_EQ(outcome.json().find("aleMatchStatus"), nullptr);
+    }
+}
+
+TEST_F(ShootTest, reportShowsWhatAMergeWouldTake) {
+    const std::string path =
+        folder_.write("day.csv", "Day 1\nEmpty,Take,Scene,Name,Sensor FPS\n,3,12,\x1b[31mA,48\n,,,B\n");
+    const Outcome json = runWith({"report", path, "--json"});
+    EXPECT_TRUE(json.json() ==
+                JSON::parse(R"({"heading": {}, "columns": ["Empty", "Take", "Scene", "Name", "Sensor FPS"],
+        "clips": [{"fields": {"Empty": "", "Take": "3", "Scene": "12", "Name": "\u001b[31mA", "Sensor FPS": "48"}},
+                  {"fields": {"Empty": "", "Take": "", "Scene": "", "Name": "B"}}]})"))
+        << json.out;
+    const Outcome text = runWith({"report", path});
+    EXPECT_EQ(text.out, "Name    Scene  Take  Sensor FPS  -> SENSOR RATE\n"
+                        "\uFFFD[31mA  12     3     48                  48 fps\n"
+                        "B                                             -\n\n"
+                        "2 clips, 5 columns. 1 column is not shown. --json has everything.\n");
+    EXPECT_TRUE(runWith({"report", folder_.write("none.csv", "a,b"), "--json"}).json() ==
+                JSON::parse(R"({"heading": {}, "columns": ["a", "b"], "clips": []})"));
+}
+
 TEST_F(ShootTest, analyzeTellsMicrophonesApartAndDrawsTheTake) {
     // A boom that speaks in bursts over a hiss, and a second channel of hiss alone.
     constexpr std::size_t sampleRate = 48000, seconds = 12;
@@ -297,21 +371,25 @@ TEST_F(ShootTest, analyzeTellsMicrophonesApartAndDrawsTheTake) {
     ASSERT_TRUE(loudness.has_value());
     EXPECT_NEAR(*loudness, -0.7 + 10 * std::log10(0.6 * 0.3 * 0.3 / 2),
                 0.6); // a tone for three fifths of the time
-    EXPECT_TRUE(runWith({"loudness", folder_.path("sound/DAY1_T01.WAV"), "--json"})
-                    .json()
-                    .find("integratedLUFS")
-                    ->isNull());
+    EXPECT_EQ(runWith({"analyze", path, "--candidates", "3,9"}).status, wrongUsage);
+    EXPECT_NE(
+        runWith({"analyze", path, "--candidates", "2,9"}).err.find("warning: --candidates: there is no"),
+        std::string::npos);
+    const std::string silence = folder_.path("sound/DAY1_T01.WAV");
+    EXPECT_TRUE(runWith({"loudness", silence, "--json"}).json().find("integratedLUFS")->isNull());
+    const std::string nobody = runWith({"analyze", silence}).out;
+    EXPECT_EQ(nobody.find('*'), std::string::npos) << nobody;
+    EXPECT_NE(nobody.find("\xE2\x96\x91"), std::string::npos) << "chosen, but silent:\n" << nobody;
 }
 
 TEST(ChannelStrip, showsWhoIsHeardWhen) {
-    std::vector<BlockDecision> blocks(2);
-    blocks[0].endSeconds = blocks[1].startSeconds = 5;
-    blocks[1].endSeconds = 10;
-    blocks[0].activeTrack = 1;
-    blocks[1].activeTrack = 2;
-    blocks[1].secondaryTrack = 1;
+    const std::vector<BlockDecision> blocks{{0, 5, 1, {}, BlockKind::mix, 1, 0, ""},
+                                            {5, 8, 2, 1, BlockKind::multiActiveWarn, 1, 0, ""},
+                                            {8, 10, 2, {}, BlockKind::silence, 1, 0, ""}};
     EXPECT_EQ(channelStrip(blocks, {"1 Boom", "2"}, 18),
-              "1 Boom █████▒▒▒▒▒\n2      ·····█████\n       0:00  0:10\n");
+              "1 Boom █████▒▒▒··\n2      ·····███░░\n       0:00  0:10\n");
+    EXPECT_EQ(channelStrip(blocks, {"1 日本の名前"}, 18), "1 日… █████▒▒▒▒··\n      0:00   0:10\n")
+        << "a label takes a third of the width";
     EXPECT_EQ(channelStrip({}, {"1"}, 18), "");
 }
 

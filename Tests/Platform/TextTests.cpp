@@ -99,6 +99,23 @@ TEST(Text, decodesOtherEncodings) {
     EXPECT_EQ(text::decoded("A\0\x3C\xD8\xAC\xDF"sv, Encoding::utf16LE), "A\xF0\x9F\x8E\xAC");
     EXPECT_EQ(text::decoded("\0A\xDF\xAC\0"sv, Encoding::utf16BE), "A\xEF\xBF\xBD\xEF\xBF\xBD");
     EXPECT_EQ(text::decoded(""sv, Encoding::utf16LE), "");
+
+    EXPECT_EQ(text::strictlyDecoded("\0A\xD8\x3C\xDF\xAC"sv, Encoding::utf16BE), "A\xF0\x9F\x8E\xAC");
+    EXPECT_EQ(text::strictlyDecoded("caf\xE9"sv, Encoding::latin1), "caf\xC3\xA9");
+    EXPECT_EQ(text::strictlyDecoded(""sv, Encoding::macRoman), "");
+    for (const std::string_view broken : {"A\0\0"sv, "\x3C\xD8"sv,
+                                          "\x3C\xD8"
+                                          "A\0"sv,
+                                          "\xAC\xDF"
+                                          "A\0"sv})
+        EXPECT_FALSE(text::strictlyDecoded(broken, Encoding::utf16LE)) << broken;
+    // Longer than any buffer in between, with pairs across every border.
+    std::string units, characters;
+    for (int i = 0; i < 30000; ++i) {
+        units += i % 7 == 0 ? "\x41\0"sv : "\x3C\xD8\xAC\xDF"sv;
+        characters += i % 7 == 0 ? "A" : "\xF0\x9F\x8E\xAC";
+    }
+    EXPECT_EQ(text::strictlyDecoded(units, Encoding::utf16LE), characters);
 }
 
 TEST(Text, characters) {

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/Metadata/ImportedMetadataClearing.h"
 #include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
 
@@ -12,6 +13,14 @@ namespace {
 
 /// Fewer of all clips than this, and the report may be matched by the wrong column.
 constexpr double fewClips = 0.25;
+
+std::function<bool(SyncGroupList&)> inOneGroup(UUID groupID, bool (*clear)(SyncGroup&)) {
+    return [=](SyncGroupList& groups) {
+        bool hadSome = false;
+        groups.update(groupID, [&](SyncGroup& group) { hadSome = clear(group); });
+        return hadSome;
+    };
+}
 
 } // namespace
 
@@ -58,32 +67,32 @@ std::string ImportController::aleMatchStatusMessage(const MetadataMerger::MergeR
     return message;
 }
 
-/// The one place where a clearing changes the clips: the step that takes it back belongs around `clear`.
-void ImportController::clearMetadata(std::string_view, const std::function<bool(SyncGroupList&)>& clear) {
+/// The list is cheap to copy, so that the step is opened only where there is something to take back.
+void ImportController::clearMetadata(const UndoStep& step, const std::function<bool(SyncGroupList&)>& clear) {
     assertOnMainThread();
-    if (clear(syncGroups_)) notify(ImportField::syncGroups);
+    SyncGroupList cleared = syncGroups_;
+    if (!clear(cleared)) return;
+    withUndo(step, [&] { set(syncGroups_, std::move(cleared), ImportField::syncGroups); });
 }
 
-void ImportController::clearALEMetadata(const UUID& groupID) {
-    clearMetadata("Clear ALE Metadata", [&](SyncGroupList& groups) {
-        return groups.update(groupID, ImportedMetadataClearing::clearALEMetadata);
-    });
+void ImportController::clearALEMetadata(UUID groupID) {
+    clearMetadata(undoSteps::clearALEMetadata,
+                  inOneGroup(groupID, ImportedMetadataClearing::clearALEMetadata));
 }
 
-void ImportController::clearLockitMetadata(const UUID& groupID) {
-    clearMetadata("Clear Lockit Metadata", [&](SyncGroupList& groups) {
-        return groups.update(groupID, ImportedMetadataClearing::clearLockitMetadata);
-    });
+void ImportController::clearLockitMetadata(UUID groupID) {
+    clearMetadata(undoSteps::clearLockitMetadata,
+                  inOneGroup(groupID, ImportedMetadataClearing::clearLockitMetadata));
 }
 
 void ImportController::clearALEMetadataForAllClips() {
-    clearMetadata("Clear ALE Metadata (All)", [](SyncGroupList& groups) {
+    clearMetadata(undoSteps::clearALEMetadataForAllClips, [](SyncGroupList& groups) {
         return ImportedMetadataClearing::clearALEMetadataForAllClips(groups) > 0;
     });
 }
 
 void ImportController::clearLockitMetadataForAllClips() {
-    clearMetadata("Clear Lockit Metadata (All)", [](SyncGroupList& groups) {
+    clearMetadata(undoSteps::clearLockitMetadataForAllClips, [](SyncGroupList& groups) {
         return ImportedMetadataClearing::clearLockitMetadataForAllClips(groups) > 0;
     });
 }

@@ -74,7 +74,7 @@ struct ImportController::AnalysisRun {
     bool forceOverwriteManualTracks = false;
 
     SmartAudioProgress progress{"Listening to recordings", 0, 1, 0}; ///< before the clip under way
-    double effort = 0;                                               ///< of all clips of the run
+    double effort = 0;                                               ///< of all recordings of the run
 
     const SmartAudioResult* heardBefore(const SmartAudioRequest& request) const {
         const auto found = heard.find({request.audioURL.path, request.candidateTracks});
@@ -120,10 +120,9 @@ platform::Task ImportController::analyseAll(std::weak_ptr<ImportController> weak
     const SyncGroupList groups = self->syncGroups_.filtered(
         [](const SyncGroup& group) { return group.matchStatus.isSettled() && !group.isMOS(); });
     run->progress.total = static_cast<int>(groups.size());
-    for (const SyncGroup& group : groups) {
-        run->effort += effortOf(*group.primaryAudio());
-        ++run->clipsLeft[group.primaryAudio()->url.path];
-    }
+    for (const SyncGroup& group : groups)
+        if (run->clipsLeft[group.primaryAudio()->url.path]++ == 0)
+            run->effort += effortOf(*group.primaryAudio());
     self->analysisBegan();
     for (const SyncGroup& group : groups) {
         ++run->progress.current;
@@ -132,7 +131,6 @@ platform::Task ImportController::analyseAll(std::weak_ptr<ImportController> weak
         co_await analyseClip(weak, group.id, run);
         self = weak.lock();
         if (!self) co_return;
-        run->progress.fraction += effortOf(*group.primaryAudio()) / run->effort;
     }
     self->analysisEnded();
 }
@@ -186,7 +184,7 @@ std::function<void(double)> ImportController::analysisReport(const AnalysisRun& 
     return [weak = weak_from_this(), main = mainThread_, before = run.progress,
             share = effortOf(audio) / run.effort](double heard) {
         SmartAudioProgress progress = before;
-        progress.fraction += heard * share;
+        progress.fraction = std::min(progress.fraction + heard * share, 1.0);
         main->post([weak, progress] {
             if (const auto self = weak.lock()) self->showAnalysisProgress(progress);
         });
@@ -199,6 +197,7 @@ platform::Task ImportController::analyseClip(std::weak_ptr<ImportController> wea
     const SyncGroup* group = self ? self->syncGroups_.find(groupID) : nullptr;
     if (group == nullptr || group->isMOS()) co_return;
     const SmartAudioRequest request = self->analysisRequest(*group, *run);
+    const double share = effortOf(*group->primaryAudio()) / run->effort;
     const SmartAudioResult* known = run->heardBefore(request);
     SmartAudioResult result;
     if (known != nullptr) {
@@ -209,6 +208,7 @@ platform::Task ImportController::analyseClip(std::weak_ptr<ImportController> wea
             [router = self->smartAudioRouter_.get(), request] { return listen(*router, request); });
         self.reset();
         result = co_await listening;
+        run->progress.fraction = std::min(run->progress.fraction + share, 1.0);
         self = weak.lock();
         if (!self) co_return;
     }
@@ -290,7 +290,7 @@ void ImportController::analysisBegan() {
 
 void ImportController::analysisEnded() {
     smartAudio_.isAnalyzing = --runningAnalyses_ > 0;
-    smartAudio_.progress = {};
+    if (!smartAudio_.isAnalyzing) smartAudio_.progress = {};
     notify(ImportField::smartAudio);
 }
 

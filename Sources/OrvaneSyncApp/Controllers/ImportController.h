@@ -117,13 +117,14 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// Back to the empty state. A scan that runs ends without a trace.
     void reset();
 
-    // Reports and imported metadata. A group that is not there changes nothing.
+    // Reports and imported metadata. Each clearing opens its own undo step; with nothing to clear, there is
+    // none.
 
     /// Reads a report and lays it over the clips; with no clips yet, the next scan does. A failure is told by
     /// `aleImportError`, and forgets an earlier report.
     void loadALE(const FileURL& url);
-    void clearALEMetadata(const UUID& groupID);
-    void clearLockitMetadata(const UUID& groupID);
+    void clearALEMetadata(UUID groupID);
+    void clearLockitMetadata(UUID groupID);
     void clearALEMetadataForAllClips();
     void clearLockitMetadataForAllClips();
     /// Clips with metadata of that kind.
@@ -306,7 +307,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     void adoptMatches(SyncGroupList groups, const std::vector<MediaAsset>& audioAssets);
     // ImportController+Reports.cpp
     void mergeLoadedReport();
-    void clearMetadata(std::string_view actionName, const std::function<bool(SyncGroupList&)>& clear);
+    void clearMetadata(const UndoStep& step, const std::function<bool(SyncGroupList&)>& clear);
     // ImportController+Project.cpp
     static platform::Task openProject(std::weak_ptr<ImportController> weak, FileURL url);
     void abandonScan();

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Models/ALEFile.h"
 
 #include <algorithm>
+#include <iterator>
 #include <numeric>
 #include <utility>
 
@@ -15,12 +16,14 @@ std::map<std::string, std::string> ALEClip::fields() const {
 }
 
 std::optional<std::string_view> ALEClip::cell(std::string_view column) const {
-    const auto same = std::ranges::equal_range(file_->columnsByName_, column, {},
-                                               [&](std::uint32_t index) { return file_->columns_[index]; });
     // The last of the columns with this name that the row reaches.
     const std::size_t count = file_->cellCount(row_);
-    const auto behind = std::ranges::lower_bound(same, count);
-    if (behind == same.begin()) return std::nullopt;
+    const auto& order = file_->columnsByName_;
+    const auto behind = std::partition_point(order.begin(), order.end(), [&](std::uint32_t index) {
+        const int comparison = file_->columns_[index].compare(column);
+        return comparison < 0 || (comparison == 0 && index < count);
+    });
+    if (behind == order.begin() || file_->columns_[*std::prev(behind)] != column) return std::nullopt;
     return file_->cellText(row_, *std::prev(behind));
 }
 

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <ranges>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,12 +46,8 @@ class ALEFile {
     /// The names of the columns in the order of the file. A name may come twice.
     const PackedTexts& columns() const { return columns_; }
     std::size_t clipCount() const { return rowStarts_.size(); }
+    /// The rows in the order of the file.
     ALEClip clip(std::size_t row) const { return {*this, row}; }
-    /// The rows in order, as a range of ALEClip.
-    auto clips() const {
-        return std::views::iota(std::size_t{0}, clipCount()) |
-               std::views::transform([this](std::size_t row) { return clip(row); });
-    }
 
   private:
     friend class ALEClip;

@@ -25,7 +25,8 @@ constexpr double defaultSNRThreshold = 20.0;
 constexpr int defaultHumFrequency = 50;
 
 float floatSetting(const SettingsStore& store, std::string_view key, double defaultValue) {
-    return static_cast<float>(store.number(key, defaultValue));
+    constexpr double largest = std::numeric_limits<float>::max();
+    return static_cast<float>(std::clamp(store.number(key, defaultValue), -largest, largest));
 }
 
 int intSetting(const SettingsStore& store, std::string_view key, int defaultValue) {

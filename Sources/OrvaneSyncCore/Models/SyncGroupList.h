@@ -87,13 +87,6 @@ class SyncGroupList {
         }
         return count;
     }
-    /// The same by position, for a walk over the whole list.
-    template <class Change>
-    void updateAt(std::size_t position, Change&& change) {
-        auto copy = std::make_shared<SyncGroup>(*element(position));
-        change(*copy);
-        replace(position, std::move(copy));
-    }
     /// The groups for which the test holds, shared with this list.
     template <class Test>
     SyncGroupList filtered(Test&& test) const {
@@ -117,6 +110,12 @@ class SyncGroupList {
 
     std::optional<std::size_t> positionOf(const UUID& id) const;
     void replace(std::size_t position, Element group);
+    template <class Change>
+    void updateAt(std::size_t position, Change& change) {
+        auto copy = std::make_shared<SyncGroup>(*element(position));
+        change(*copy);
+        replace(position, std::move(copy));
+    }
 
     std::vector<std::shared_ptr<const Chunk>> chunks_; ///< full, shared with other lists
     Chunk tail_;                                       ///< the groups behind them, fewer than a chunk

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <ranges>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,11 +26,23 @@ class PackedTexts {
     bool empty() const { return ends_.empty(); }
     /// Holds until the list changes.
     std::string_view operator[](std::size_t index) const;
-    /// The texts in order, as a range.
-    auto all() const {
-        return std::views::iota(std::size_t{0}, size()) |
-               std::views::transform([this](std::size_t index) { return (*this)[index]; });
-    }
+    /// For a loop over all texts.
+    class Iterator {
+      public:
+        Iterator(const PackedTexts& texts, std::size_t index) : texts_(&texts), index_(index) {}
+        std::string_view operator*() const { return (*texts_)[index_]; }
+        Iterator& operator++() {
+            ++index_;
+            return *this;
+        }
+        bool operator==(const Iterator&) const = default;
+
+      private:
+        const PackedTexts* texts_;
+        std::size_t index_;
+    };
+    Iterator begin() const { return {*this, 0}; }
+    Iterator end() const { return {*this, size()}; }
 
   private:
     std::string bytes_;

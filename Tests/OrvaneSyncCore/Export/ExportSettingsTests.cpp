@@ -148,6 +148,7 @@ TEST(ExportSettings, EachKeyChangesTheDocument) {
         {"trimMode", "none", "duration=\"30s\" format=\"r1\""},
         {"notes.source", "none", "metadataField.note"},
         {"notes.audioPrefix", "Snd:", "\"Snd: Scene 12A"},
+        {"multicam.codec", "H.264", "renderFormat=\"H.264\""},
         {"export.wrapMOSInSyncClip", false, "keyword value=\"MOS\""},
         {"export.splitEventsByScene", true, "<event"},
         {"export.eventNamePattern", "S{scene}", "event name=\"S12A\"", {split}},
@@ -204,10 +205,10 @@ TEST(ExportSettings, EachKeyChangesTheDocument) {
         seen.insert(c.key);
     }
 
-    // Read by the caller; without effect by design; of metadata, room tone and multicam clips that come in
+    // Read by the caller; without effect by design; of metadata and room tone that come in
     // from elsewhere.
     seen.insert({"eventName", "generateMulticam", "overrideAnamorphic", "useIXMLTrackNames",
-                 "notes.videoPrefix", "atmo.includeInExport", "multicam.codec"});
+                 "notes.videoPrefix", "atmo.includeInExport"});
     const std::set<std::string_view> others{"Reports", "LockitNetwork fields", "Smart Audio", "Playback",
                                             "Linear timecode"};
     for (const SettingDescription& setting : SettingsCatalogue::all())

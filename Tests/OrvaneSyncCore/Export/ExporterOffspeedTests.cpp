@@ -168,7 +168,8 @@ TEST(ExporterOffspeed, TheNativeClipCountsAsTheSensorDoes) {
         },
         slowMotion(), usual);
     SyncGroup odd = slowMotion();
-    for (const auto& [rate, text] : {std::pair(120.0, "120.0"), {119.88, "119.88"}, {100000.0, "100000.0"}}) {
+    for (const auto& [rate, text] :
+         {std::pair(120.0, "120.0"), {119.88, "119.88"}, {100000.0, "100000.0"}, {0.25, "0.25"}}) {
         odd.video.sensorFrameRate = rate;
         EXPECT_EQ(countOf(exported(odd, usual), std::string("sourceFps\" value=\"") + text + "\""), 1U);
     }

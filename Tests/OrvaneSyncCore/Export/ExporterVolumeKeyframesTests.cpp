@@ -102,9 +102,15 @@ TEST(VolumeKeyframes, ReachTheChannelsOfTheirRole) {
     const auto boom = curves.find("role=\"dialogue.Boom\"");
     EXPECT_EQ(linesWith(curves.substr(boom, 2000), "4000/1000s").front(),
               R"(<keyframe time="4000/1000s" value="0.000" interp="easeOut"/>)");
-    fcpxml::XMLDocument empty;
-    FCPXMLExporter::injectVolumeKeyframes(empty, {first}, settings);
-    EXPECT_EQ(empty.root(), nullptr);
+
+    fcpxml::XMLDocument tree;
+    EXPECT_TRUE(FCPXMLExporter::injectVolumeKeyframes(tree, {first}, settings)) << "nothing to do";
+    tree.makeRoot("audio").setAttribute("role", "dialogue.Anna");
+    const std::string before = tree.text();
+    EXPECT_FALSE(FCPXMLExporter::injectVolumeKeyframes(tree, {first, second}, settings, 4));
+    EXPECT_EQ(tree.text(), before);
+    EXPECT_TRUE(FCPXMLExporter::injectVolumeKeyframes(tree, {first, second}, settings, 5));
+    EXPECT_EQ(countOf(tree.text(), "<keyframe "), 5U);
 }
 
 } // namespace

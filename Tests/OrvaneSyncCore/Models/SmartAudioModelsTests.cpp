@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <limits>
 
 namespace orvane {
 namespace {
@@ -149,10 +150,12 @@ TEST(SmartAudioConfig, PresetsAndSliders) {
     EXPECT_EQ(store.number("smartAudio.voiceIso"), 0.7) << "as people write it";
 
     store.set("smartAudio.voiceIso", 0);
+    store.set("smartAudio.loudness", -1e300);
     store.set("smartAudio.autoHum", false);
     store.set("smartAudio.humFreq", 60);
     const SmartAudioConfig stored = SmartAudioConfig::fromUserDefaults(store);
     EXPECT_EQ(stored.voiceIsolationAmount, 0.0F) << "a stored 0 counts";
+    EXPECT_EQ(stored.loudnessAmount, std::numeric_limits<float>::lowest()) << "what no float can hold";
     EXPECT_FALSE(stored.autoHumReduction);
     EXPECT_EQ(stored.humFrequency, 60);
 }

@@ -99,10 +99,13 @@ AssetClip buildNativeMOSClip(const SyncGroup& group, const std::string& videoAss
                              const std::string& fcpName, const ExportSettings& settings) {
     const MediaAsset& video = group.video;
     const double rate = usableRate(video.sensorFrameRate, video.frameRate);
+    // No time can be counted at a rate that rounds to 0, but a time-lapse has one.
+    const double sensor = video.sensorFrameRate.value_or(0);
+    const double saidRate = sensor > 0 && sensor < 1 ? sensor : rate;
     AssetClip clip;
     clip.ref = {videoAssetID};
     clip.name = OffspeedNaming::resolveNativeMOSName(
-        fcpName, group.nativeMOSNameSuffix.value_or(settings.nativeMOSSuffix), rate);
+        fcpName, group.nativeMOSNameSuffix.value_or(settings.nativeMOSSuffix), saidRate);
     clip.start = timecodeToTime(video.startTimecodeString, rate).value_or(Time::zero());
     clip.offset = clip.start;
     clip.duration = durationTime(video.durationSeconds, rate).value_or(fallbackDuration(rate));
@@ -110,7 +113,7 @@ AssetClip buildNativeMOSClip(const SyncGroup& group, const std::string& videoAss
     clip.videoRole = VideoRole{{"video"}};
     addOffspeedKeywords(clip.markers, group, "Native MOS", settings);
     clip.metadata =
-        Metadata{{editableItem("com.orvanelabs.offspeed.sourceFps", shortestDecimal(rate), "Source FPS"),
+        Metadata{{editableItem("com.orvanelabs.offspeed.sourceFps", shortestDecimal(saidRate), "Source FPS"),
                   editableItem("com.orvanelabs.offspeed.isNativeMOS", "true", "Native MOS Clip"),
                   editableItem("com.orvanelabs.offspeed.parentSyncClip", fcpName, "Parent Sync Clip")}};
     return clip;

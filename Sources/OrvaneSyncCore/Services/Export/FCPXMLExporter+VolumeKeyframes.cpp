@@ -114,9 +114,9 @@ std::vector<VolumeKeyframe> keyframesFromLegacySegments(const std::vector<Window
     return keyframes;
 }
 
-void injectVolumeKeyframes(XMLDocument& document, const SyncGroupList& groups,
-                           const ExportSettings& settings) {
-    if (document.root() == nullptr) return;
+bool injectVolumeKeyframes(XMLDocument& document, const SyncGroupList& groups, const ExportSettings& settings,
+                           std::size_t limit) {
+    if (document.root() == nullptr) return true;
     CurvesByRole curves;
     for (const SyncGroup& group : groups) {
         const auto result = settings.smartAudioResults.find(group.id);
@@ -124,13 +124,20 @@ void injectVolumeKeyframes(XMLDocument& document, const SyncGroupList& groups,
         if (result->second.blocks.empty() && result->second.windowedBestTracks.empty()) continue;
         addCurves(curves, group, result->second, document.root()->arena(), settings);
     }
+    std::vector<std::pair<XMLElement*, const std::vector<Curve>*>> curved;
+    std::size_t keyframes = 0;
     for (XMLElement* audio : findElements(*document.root(), "audio")) {
         const std::string_view* role = audio->attribute("role");
         if (role == nullptr) continue;
         const auto found = curves.find(std::string(*role));
         if (found == curves.end()) continue;
-        for (const Curve& curve : found->second) appendCurve(*audio, curve);
+        curved.emplace_back(audio, &found->second);
+        for (const Curve& curve : found->second) keyframes += curve.size();
+        if (keyframes > limit) return false;
     }
+    for (const auto& [audio, itsCurves] : curved)
+        for (const Curve& curve : *itsCurves) appendCurve(*audio, curve);
+    return true;
 }
 
 } // namespace orvane::FCPXMLExporter

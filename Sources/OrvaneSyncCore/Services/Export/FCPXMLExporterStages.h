@@ -117,9 +117,12 @@ std::vector<VolumeKeyframe> keyframesFromBlocks(const std::vector<BlockDecision>
 std::vector<VolumeKeyframe> keyframesFromLegacySegments(const std::vector<WindowedBestSegment>& segments,
                                                         int trackIndex, double rampSeconds);
 /// Gives every channel of the finished tree the curve of its role in each clip. The role is all that links a
-/// channel to a clip: where clips share a role, each of their channels gets the curves of all of them.
-void injectVolumeKeyframes(fcpxml::XMLDocument& document, const SyncGroupList& groups,
-                           const ExportSettings& settings);
+/// channel to a clip: where clips share a role, each of their channels gets the curves of all of them. That
+/// grows with the square of the clips; beyond `mostKeyframes` the tree stays as it is, and the result is
+/// false.
+inline constexpr std::size_t mostKeyframes = 2'000'000;
+bool injectVolumeKeyframes(fcpxml::XMLDocument& document, const SyncGroupList& groups,
+                           const ExportSettings& settings, std::size_t limit = mostKeyframes);
 
 /// Final Cut Pro wants the type of what the user may edit; the document model has no other path for it.
 /// Quotes inside values are escaped, so the pattern is always an attribute. Works in place, from the end: a

@@ -82,7 +82,7 @@ PackedTexts headerRow(ReportLines& lines, char delimiter) {
         const PackedTexts fields = fieldsOf(*line, delimiter);
         if (fields.size() < 2) continue;
         PackedTexts columns;
-        for (const std::string_view field : fields.all()) columns.append(trimmed(field));
+        for (const std::string_view field : fields) columns.append(trimmed(field));
         return columns;
     }
     throw ALEParserError::noColumns();

@@ -110,15 +110,14 @@ class RowsByColumn {
 
 template <class Rows>
 MetadataMerger::MergeResult mergeRows(Rows rows, SyncGroupList& groups) {
-    MetadataMerger::MergeResult result;
-    for (std::size_t i = 0; i < groups.size(); ++i) {
-        ++result.total;
-        auto fields = rows.fieldsFor(groups[i]);
-        if (!fields) continue;
-        ++result.matched;
-        groups.updateAt(i, [&](SyncGroup& group) { applyFields(group, *std::move(fields)); });
-    }
-    return result;
+    std::optional<Fields> fields;
+    const std::size_t matched = groups.updateWhere(
+        [&](const SyncGroup& group) {
+            fields = rows.fieldsFor(group);
+            return fields.has_value();
+        },
+        [&](SyncGroup& group) { applyFields(group, *std::move(fields)); });
+    return {static_cast<int>(matched), static_cast<int>(groups.size())};
 }
 
 } // namespace

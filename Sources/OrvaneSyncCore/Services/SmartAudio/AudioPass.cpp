@@ -1,10 +1,13 @@
 #include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
 
 #include "Platform/MainThread.h"
+#include "Platform/MediaInspector.h"
 #include "Platform/VectorOps.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <vector>
 
 namespace orvane {
@@ -52,8 +55,7 @@ class PieceReader {
   private:
     void tell(std::size_t frames) {
         for (float* channel : channels_) platform::vector::silenceNonFinite({channel, frames});
-        const std::vector<const float*> heard(channels_.begin(), channels_.end());
-        for (AudioListener* listener : listeners_) listener->samples(heard, frames);
+        for (AudioListener* listener : listeners_) listener->samples(channels_, frames);
     }
 
     platform::AudioFile& file_;
@@ -61,6 +63,43 @@ class PieceReader {
     std::size_t framesPerPiece_;
     std::vector<float> samples_;
     std::vector<float*> channels_;
+};
+
+/// Counts the windows that all threads have heard.
+class HeardWindows : public AudioListener {
+  public:
+    HeardWindows(const std::function<void(double)>& progress, std::size_t planned)
+        : count_(std::make_shared<Count>(progress, planned)) {}
+
+    void samples(std::span<const float* const> /*channels*/, std::size_t /*frames*/) override {}
+    void windowEnded() override { count_->add(); }
+    std::unique_ptr<AudioListener> sibling() const override { return std::make_unique<HeardWindows>(*this); }
+
+  private:
+    class Count {
+      public:
+        Count(const std::function<void(double)>& progress, std::size_t planned)
+            : progress_(progress), planned_(planned) {}
+
+        void add() {
+            constexpr std::size_t steps = 100;
+            const std::size_t heard = ++heard_;
+            if (heard * steps / planned_ == (heard - 1) * steps / planned_) return;
+            const std::lock_guard lock(mutex_);
+            if (heard <= told_) return;
+            told_ = heard;
+            progress_(static_cast<double>(heard) / static_cast<double>(planned_));
+        }
+
+      private:
+        const std::function<void(double)>& progress_;
+        std::size_t planned_;
+        std::atomic<std::size_t> heard_ = 0;
+        std::mutex mutex_;
+        std::size_t told_ = 0;
+    };
+
+    std::shared_ptr<Count> count_;
 };
 
 /// What came of the windows that one thread read at a time.
@@ -84,15 +123,23 @@ Listeners siblings(std::span<AudioListener* const> listeners) {
 
 } // namespace
 
+std::size_t wholeSamples(double seconds, double sampleRate) {
+    if (!(sampleRate > 0) || sampleRate > platform::highestSampleRate) return 0;
+    return static_cast<std::size_t>(seconds * sampleRate);
+}
+
 void AudioPass::run(platform::AudioFile& file, std::span<AudioListener* const> listeners) const {
     if (windowFrames == 0 || channels == 0 || windows == 0 || listeners.empty()) return;
     const auto frames = static_cast<std::size_t>(std::max<std::int64_t>(file.frameCount(), 0));
     const std::size_t planned = std::min(windows, ceilingOf(frames, windowFrames));
+    HeardWindows heard(progress, std::max<std::size_t>(planned, 1));
+    std::vector<AudioListener*> all(listeners.begin(), listeners.end());
+    if (progress) all.push_back(&heard);
     const bool canShare = concurrency > 1 && planned > windowsPerShare && channels <= mostChannelsInShares;
-    if (canShare && file.another() && !siblings(listeners).empty())
-        runInShares(file, listeners, planned);
+    if (canShare && file.another() && !siblings(all).empty())
+        runInShares(file, all, planned);
     else
-        runInOrder(file, listeners);
+        runInOrder(file, all);
 }
 
 void AudioPass::runInOrder(platform::AudioFile& file, std::span<AudioListener* const> listeners) const {

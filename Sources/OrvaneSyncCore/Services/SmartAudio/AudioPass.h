@@ -3,6 +3,7 @@
 #include "Platform/AudioFile.h"
 
 #include <cstddef>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <span>
@@ -31,6 +32,9 @@ struct AudioPass {
     std::size_t windowFrames = 0; ///< length of a window; with 0 there is nothing to hear
     std::size_t windows = std::numeric_limits<std::size_t>::max(); ///< at most
     std::size_t concurrency = 1;                                   ///< threads
+    /// Told which share of the pass was heard, at most a hundred times, ascending to 1; short of it where a
+    /// file ends earlier than it claims. Called from the threads that read, one at a time.
+    std::function<void(double share)> progress = {};
 
     /// Reads once, for all listeners, in bounded memory. The pass ends early where the file does; the window
     /// that was under way counts if it holds a frame. What a listener hears does not depend on `concurrency`.
@@ -41,5 +45,8 @@ struct AudioPass {
     void runInShares(const platform::AudioFile& file, std::span<AudioListener* const> listeners,
                      std::size_t planned) const;
 };
+
+/// The whole samples of a stretch; 0 where a header's rate is none.
+std::size_t wholeSamples(double seconds, double sampleRate);
 
 } // namespace orvane

@@ -46,7 +46,7 @@ BlockDecision absorbed(const BlockDecision& block, const BlockDecision& by) {
             .gainMultiplier = 1.0,
             .peakDB = block.peakDB,
             .reason = "smoothed: short " + std::string(rawValue(block.kind)) + " absorbed into T" +
-                      std::to_string(by.activeTrack) + " (" + formatted(durationOf(&block), "%.1f") + "s)"};
+                      std::to_string(by.activeTrack) + " (" + formatted("%.1f", durationOf(&block)) + "s)"};
 }
 
 std::vector<bool> silentWindows(std::span<const PerWindowFrame> frames,

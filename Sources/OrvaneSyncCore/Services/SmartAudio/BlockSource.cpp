@@ -52,8 +52,6 @@ std::optional<TrackLevel> loudest(const std::vector<TrackLevel>& lavs, Qualifies
     return best;
 }
 
-std::string trackName(int track) { return "T" + std::to_string(track); }
-
 /// Lavs, then tracks of unknown role; boom and mix never stand in for the default.
 std::vector<int> standInTracks(int defaultTrack, const std::vector<ChannelClassification>& classifications) {
     std::vector<int> tracks;
@@ -86,11 +84,11 @@ BlockSource chooseSourceFor(double blockStart, double blockEnd, int defaultTrack
         if (lav)
             return {lav->track, BlockKind::lav,
                     "override: lav " + trackName(lav->track) + " is " +
-                        formatted(lav->meanDB - own.meanDB, "%+.1f") + " dB louder than default",
+                        formatted("%+.1f", lav->meanDB - own.meanDB) + " dB louder than default",
                     lav->peakDB};
     }
 
-    const std::string meanText = formatted(own.meanDB, "%+.1f");
+    const std::string meanText = formatted("%+.1f", own.meanDB);
     if (own.meanDB < defaultSilentBelowDB) {
         const auto lav = loudest(lavs, [&](const TrackLevel& level) {
             return level.meanDB > own.meanDB + rescueMarginDB && level.meanDB > rescueAboveDB;
@@ -98,7 +96,7 @@ BlockSource chooseSourceFor(double blockStart, double blockEnd, int defaultTrack
         if (lav)
             return {lav->track, BlockKind::lav,
                     "lav rescue: " + trackName(lav->track) + " has dialog (" +
-                        formatted(lav->meanDB, "%+.1f") + " dB) while default silent",
+                        formatted("%+.1f", lav->meanDB) + " dB) while default silent",
                     lav->peakDB};
         return {defaultTrack, BlockKind::silence, "default · block silent (mean " + meanText + " dB)",
                 own.peakDB};
@@ -116,7 +114,8 @@ std::vector<BlockDecision> buildBlocksFromDefault(int defaultTrack, std::span<co
     const double blockSeconds = std::max(minBlockSeconds, shortestBlockSeconds);
 
     std::vector<BlockDecision> blocks;
-    for (double start = 0; start < takeSeconds; start += blockSeconds) {
+    double start = 0;
+    while (start < takeSeconds) {
         const double end = std::min(start + blockSeconds, takeSeconds);
         BlockSource source = chooseSourceFor(start, end, defaultTrack, lavTracks, frames, windowSeconds);
         blocks.push_back({.startSeconds = start,
@@ -127,6 +126,7 @@ std::vector<BlockDecision> buildBlocksFromDefault(int defaultTrack, std::span<co
                           .gainMultiplier = 1.0,
                           .peakDB = source.peakDB,
                           .reason = std::move(source.reason)});
+        start = end;
     }
     return smoothed(merged(std::move(blocks)));
 }

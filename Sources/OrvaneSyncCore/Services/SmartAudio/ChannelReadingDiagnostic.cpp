@@ -83,9 +83,9 @@ std::string diagnoseChannelReading(const FileURL& url, int targetChannel,
                          "\n" + describe("Analysis", analysis) + describe("Media libraries", libraries) +
                          compare(analysis.channel, libraries.channel);
     try {
-        platform::files::writeAtomically(
-            diagnosticsDirectory.value_or(SmartAudioDiagnosticsLocation::directory()) + std::string(fileName),
-            report);
+        const std::string directory =
+            diagnosticsDirectory ? *diagnosticsDirectory : SmartAudioDiagnosticsLocation::directory();
+        platform::files::writeAtomically(directory + std::string(fileName), report);
     } catch (const platform::FileError&) {
         return report;
     }

@@ -20,9 +20,6 @@ constexpr double absoluteGateLUFS = -70.0;
 constexpr double relativeGateLU = -10.0;
 constexpr double surroundWeight = 1.41;
 
-/// Hz. Beyond it a rate is a broken header.
-constexpr double highestSampleRate = 1e9;
-
 double loudness(double power) { return offsetLUFS + 10.0 * std::log10(power); }
 double power(double lufs) { return std::pow(10.0, (lufs - offsetLUFS) / 10.0); }
 
@@ -44,11 +41,6 @@ std::vector<double> channelWeights(std::size_t channels) {
     if (channels == 5) return {1.0, 1.0, 1.0, surroundWeight, surroundWeight};
     if (channels == 6) return {1.0, 1.0, 1.0, 0.0, surroundWeight, surroundWeight};
     return std::vector<double>(channels, 1.0);
-}
-
-std::size_t wholeSamples(double seconds, double sampleRate) {
-    if (!(sampleRate > 0) || sampleRate > highestSampleRate) return 0;
-    return static_cast<std::size_t>(seconds * sampleRate);
 }
 
 /// Hands a pass's samples on.
@@ -150,13 +142,18 @@ std::optional<double> LUFSMeter::integratedLUFS() const {
 
 std::optional<double> LUFSMeter::measureIntegratedLUFS(const FileURL& url) {
     const auto file = platform::AudioFile::open(url.path);
-    if (!file) return std::nullopt;
-    LUFSMeter meter(file->channelCount(), file->sampleRate());
+    return file ? measureIntegratedLUFS(*file) : std::nullopt;
+}
+
+std::optional<double> LUFSMeter::measureIntegratedLUFS(platform::AudioFile& file,
+                                                       const std::function<void(double share)>& progress) {
+    LUFSMeter meter(file.channelCount(), file.sampleRate());
     MeterListener listener(meter);
     std::array<AudioListener*, 1> listeners{&listener};
-    AudioPass{.channels = static_cast<std::size_t>(std::max(file->channelCount(), 0)),
-              .windowFrames = wholeSamples(hopSeconds, file->sampleRate())}
-        .run(*file, listeners);
+    AudioPass{.channels = static_cast<std::size_t>(std::max(file.channelCount(), 0)),
+              .windowFrames = wholeSamples(hopSeconds, file.sampleRate()),
+              .progress = progress}
+        .run(file, listeners);
     return meter.integratedLUFS();
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/FileURL.h"
+#include "Platform/AudioFile.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -28,6 +30,9 @@ class LUFSMeter {
 
     /// Of a whole file, all its channels, streamed. Nothing when it cannot be read. Any thread.
     static std::optional<double> measureIntegratedLUFS(const FileURL& url);
+    /// The same of a file that is open. `progress` as that of `AudioPass`, on the caller's thread.
+    static std::optional<double>
+    measureIntegratedLUFS(platform::AudioFile& file, const std::function<void(double share)>& progress = {});
     /// `channels` has `channelCount` arrays of `frameCount` samples.
     static std::optional<double> measureBuffer(std::span<const float* const> channels, std::size_t frameCount,
                                                int channelCount, double sampleRate);

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/RoutingWindows.h"
 #include "OrvaneSyncCore/Services/SmartAudio/TakeDefault.h"
 #include "Platform/Files.h"
+#include "Platform/RandomAccessFile.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -16,11 +17,12 @@ namespace orvane::SmartAudioBlockRouter {
 
 namespace {
 
-constexpr std::uint64_t largestReportBytes = std::uint64_t{8} << 20U;
+/// Several runs over long recordings of many channels; little enough to be rewritten after each analysis.
+constexpr std::uint64_t largestReportBytes = std::uint64_t{2} << 20U;
+constexpr std::string_view finalHeading = "\n=== FINAL CONSOLIDATED BLOCKS (= what the strip shows) ===\n";
 constexpr int reportedWindowStep = 50;
 
-std::string trackName(int track) { return "T" + std::to_string(track); }
-std::string decibels(double value) { return formatted(value, "%6.1f") + " dB"; }
+std::string decibels(double value) { return formatted("%6.1f", value) + " dB"; }
 /// Track names come from files and may hold anything.
 std::string printable(std::string_view text) { return platform::text::printable(text); }
 
@@ -36,7 +38,7 @@ std::string classificationLines(std::vector<ChannelClassification> classificatio
     std::string text;
     for (const ChannelClassification& c : classifications)
         text += "  " + trackName(c.trackIndex) + " | " + std::string(rawValue(c.kind)) + " | " +
-                formatted(c.confidence, "%.2f") + " | " + printable(c.source) + "\n";
+                formatted("%.2f", c.confidence) + " | " + printable(c.source) + "\n";
     return text;
 }
 
@@ -44,7 +46,7 @@ std::string statisticsLines(const TakeStatistics& channelStats) {
     std::string text;
     for (const auto& [track, stats] : channelStats)
         text += "  " + trackName(track) + " | " + decibels(stats.noiseFloorDB) + " | " +
-                decibels(stats.typicalCrestFactorDB) + " | " + formatted(stats.takeDominance, "%.2f") + "\n";
+                decibels(stats.typicalCrestFactorDB) + " | " + formatted("%.2f", stats.takeDominance) + "\n";
     return text;
 }
 
@@ -66,9 +68,9 @@ std::string decisionLine(const PerWindowOutcome& outcome) {
            "]  reason: " + printable(outcome.reason) + "\n";
 }
 
-std::string sourceOf(int track, const std::vector<ChannelClassification>& classifications) {
-    const ChannelClassification* classification = classificationOf(classifications, track);
-    return classification == nullptr ? "not classified" : printable(classification->source);
+std::string sourceOf(int track, const ClassificationByTrack& classifications) {
+    const auto found = classifications.find(track);
+    return found == classifications.end() ? "not classified" : printable(found->second->source);
 }
 
 /// By descending duration, then by track.
@@ -79,6 +81,18 @@ std::vector<std::pair<int, double>> secondsByTrack(const std::vector<BlockDecisi
     std::vector<std::pair<int, double>> tracks(seconds.begin(), seconds.end());
     std::ranges::stable_sort(tracks, std::ranges::greater(), &std::pair<int, double>::second);
     return tracks;
+}
+
+/// All of a report, or what its bound leaves of it: from the newest runs' first heading on, or from a line on
+/// where one run alone is longer.
+std::string newestPart(const platform::RandomAccessFile& file) {
+    const std::uint64_t bytes = std::min(file.size(), largestReportBytes);
+    std::string text(static_cast<std::size_t>(bytes), '\0');
+    text.resize(file.readInto(file.size() - bytes, std::as_writable_bytes(std::span(text))));
+    if (bytes == file.size()) return text;
+    const std::size_t heading = text.find(finalHeading);
+    text.erase(0, (heading != std::string::npos ? heading : text.find('\n')) + 1);
+    return text;
 }
 
 } // namespace
@@ -99,7 +113,7 @@ std::string windowReport(std::span<const PerWindowFrame> frames,
     for (std::size_t i = 0; i < count; ++i) {
         if (frames[i].index % reportedWindowStep != 0) continue;
         text += "Window " + std::to_string(frames[i].index) + " (" +
-                formatted(frames[i].index * smartAudioWindowSeconds, "%.2f") + "s):\n";
+                formatted("%.2f", frames[i].index * smartAudioWindowSeconds) + "s):\n";
         for (const WindowMetrics& window : frames[i].perChannel)
             text += channelLine(window, roles, channelStats);
         text += decisionLine(decisions[i].outcome);
@@ -109,9 +123,10 @@ std::string windowReport(std::span<const PerWindowFrame> frames,
 
 std::string blockReport(const std::vector<BlockDecision>& blocks, std::optional<int> takeDefault,
                         const std::vector<ChannelClassification>& classifications) {
-    std::string text = "\n=== FINAL CONSOLIDATED BLOCKS (= what the strip shows) ===\n";
+    const ClassificationByTrack classified = byTrack(classifications);
+    std::string text(finalHeading);
     text += takeDefault ? "Take-default: " + trackName(*takeDefault) + " (" +
-                              sourceOf(*takeDefault, classifications) + ")\n"
+                              sourceOf(*takeDefault, classified) + ")\n"
                         : "Take-default: NONE — fell through to per-window scoring\n";
 
     const auto tracks = secondsByTrack(blocks);
@@ -119,13 +134,13 @@ std::string blockReport(const std::vector<BlockDecision>& blocks, std::optional<
     for (const auto& [track, seconds] : tracks) total += seconds;
     text += "Track distribution by duration:\n";
     for (const auto& [track, seconds] : tracks)
-        text += "  " + trackName(track) + ": " + formatted(seconds, "%5.1f") + "s (" +
-                formatted(total > 0 ? seconds / total * 100 : 0, "%5.1f") + "%)  " +
-                sourceOf(track, classifications) + "\n";
+        text += "  " + trackName(track) + ": " + formatted("%5.1f", seconds) + "s (" +
+                formatted("%5.1f", total > 0 ? seconds / total * 100 : 0) + "%)  " +
+                sourceOf(track, classified) + "\n";
 
     text += "Block list (start → end · track · kind · reason):\n";
     for (const BlockDecision& block : blocks)
-        text += "  " + formatted(block.startSeconds, "%6.2f") + " → " + formatted(block.endSeconds, "%6.2f") +
+        text += "  " + formatted("%6.2f", block.startSeconds) + " → " + formatted("%6.2f", block.endSeconds) +
                 " s · " + trackName(block.activeTrack) + " [" + std::string(rawValue(block.kind)) + "] · " +
                 printable(block.reason) + "\n";
     return text;
@@ -141,12 +156,9 @@ void replaceReport(const std::string& path, std::string_view text) {
 }
 
 void appendToReport(const std::string& path, std::string_view text) {
-    if (path.empty() || !platform::files::exists(path)) return;
-    try {
-        replaceReport(path, platform::files::readText(path, largestReportBytes) + std::string(text));
-    } catch (const platform::FileError&) {
-        return;
-    }
+    if (path.empty()) return;
+    if (const auto file = platform::RandomAccessFile::open(path))
+        replaceReport(path, newestPart(*file).append(text));
 }
 
 } // namespace orvane::SmartAudioBlockRouter

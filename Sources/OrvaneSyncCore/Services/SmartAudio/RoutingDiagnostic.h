@@ -29,7 +29,7 @@ std::string blockReport(const std::vector<BlockDecision>& blocks, std::optional<
 // A report that cannot be written is no failure of the routing. An empty path writes nothing.
 
 void replaceReport(const std::string& path, std::string_view text);
-/// A file that does not exist stays unwritten, and one beyond 8 MB grows no further.
+/// A file that does not exist stays unwritten; of one beyond 2 MB only the newest part is kept.
 void appendToReport(const std::string& path, std::string_view text);
 
 } // namespace orvane::SmartAudioBlockRouter

@@ -1,9 +1,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/RoutingWindows.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 
 namespace orvane::SmartAudioBlockRouter {
@@ -46,10 +44,6 @@ bool hasSpeech(const PerWindowFrame& frame) {
     return std::ranges::any_of(frame.perChannel, &WindowMetrics::hasSpeech);
 }
 
-std::string formatted(double value, const char* format) {
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), format, value);
-    return text.data();
-}
+std::string trackName(int track) { return "T" + std::to_string(track); }
 
 } // namespace orvane::SmartAudioBlockRouter

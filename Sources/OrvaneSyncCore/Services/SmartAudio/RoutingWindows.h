@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Services/SmartAudio/PerWindowFrame.h"
+#include "Platform/Text.h"
 
 #include <cstddef>
 #include <span>
@@ -37,7 +38,8 @@ const WindowMetrics* metricsOf(const PerWindowFrame& frame, int track);
 double highestPeak(std::span<const PerWindowFrame> frames, int track);
 bool hasSpeech(const PerWindowFrame& frame);
 
-/// A number as `printf` writes it, such as "%+.1f".
-std::string formatted(double value, const char* format);
+/// As people call a track: "T2".
+std::string trackName(int track);
+using platform::text::formatted;
 
 } // namespace orvane::SmartAudioBlockRouter

@@ -9,48 +9,17 @@
 #include "OrvaneSyncCore/Services/SmartAudio/WindowMeasurement.h"
 
 #include <algorithm>
-#include <atomic>
+#include <array>
 #include <thread>
 
 namespace orvane {
 
 namespace {
 
-constexpr std::size_t mostWindows = 10000; ///< 2500 s; the rest of a longer recording is not heard
 constexpr double minSegmentSeconds = 0.5;
 
-/// As many channels as the header of a recording can count. More were never recorded.
-constexpr int mostTracks = 65535;
-
-/// Hz. Beyond it a rate is a broken header.
-constexpr double highestSampleRate = 1e9;
-
-/// Whole samples; 0 for a rate at which a window holds none.
-std::size_t windowFrames(double sampleRate) {
-    if (!(sampleRate > 0) || sampleRate > highestSampleRate) return 0;
-    return static_cast<std::size_t>(sampleRate * smartAudioWindowSeconds);
-}
-
-/// Counts the windows that all threads of a pass have heard.
-class HeardWindows : public AudioListener {
-  public:
-    HeardWindows(std::size_t planned, const std::function<void(double)>& progress)
-        : planned_(planned), progress_(progress), heard_(std::make_shared<std::atomic<std::size_t>>(0)) {}
-
-    void samples(std::span<const float* const>, std::size_t) override {}
-    void windowEnded() override {
-        constexpr std::size_t steps = 100;
-        const std::size_t heard = ++*heard_;
-        if (heard * steps / planned_ > (heard - 1) * steps / planned_)
-            progress_(static_cast<double>(heard) / static_cast<double>(planned_));
-    }
-    std::unique_ptr<AudioListener> sibling() const override { return std::make_unique<HeardWindows>(*this); }
-
-  private:
-    std::size_t planned_;
-    const std::function<void(double)>& progress_;
-    std::shared_ptr<std::atomic<std::size_t>> heard_;
-};
+/// 0 for a rate at which a window holds no sample.
+std::size_t windowFrames(double sampleRate) { return wholeSamples(smartAudioWindowSeconds, sampleRate); }
 
 void routeInBlocks(const SmartAudioRequest& request, std::span<const TrackAnalysis> analyses,
                    const std::string& diagnosticsDirectory, SmartAudioResult& result) {
@@ -82,13 +51,12 @@ std::vector<TrackAnalysis> SmartAudioRouter::listen(platform::AudioFile& file, i
     pass.channels = static_cast<std::size_t>(std::clamp(file.channelCount(), 0, channelCount));
     pass.windowFrames = windowFrames(file.sampleRate());
     pass.concurrency = concurrency;
+    pass.progress = progress;
     WindowMeasurement measurement(pass.channels);
     if (pass.windowFrames > 0) {
         const auto frames = static_cast<std::size_t>(file.frameCount());
         pass.windows = std::min(frames / pass.windowFrames, mostWindows);
-        HeardWindows heard(std::max<std::size_t>(pass.windows, 1), progress);
-        std::vector<AudioListener*> listeners{&measurement};
-        if (progress) listeners.push_back(&heard);
+        std::array<AudioListener*, 1> listeners{&measurement};
         pass.run(file, listeners);
     }
     std::vector<TrackAnalysis> analyses = measurement.take();

@@ -22,22 +22,27 @@ namespace orvane {
 /// What is asked of one analysis.
 struct SmartAudioRequest {
     FileURL audioURL;
-    int channelCount = 0; ///< tracks to analyse; may differ from what the file has
+    int channelCount = 0; ///< tracks to analyse, up to the router's most; may differ from what the file has
     SmartAudioMode mode = SmartAudioMode::standard;
     std::optional<SmartAudioConfig> config = {}; ///< absent: the preset of `mode`
     std::vector<IXMLTrack> ixmlTracks = {};
     std::optional<SmartAudioBlockSettings> blockSettings = {}; ///< absent: no classification and no blocks
     std::optional<SeparatedStems> stems = {};
     std::set<int> candidateTracks = {}; ///< tracks that routing may use; empty: all
-    /// Told at most a hundred times which share of the recording was heard, 0 to 1. Called from the threads
-    /// that read, in about ascending order.
+    /// Told which share of the recording was heard, 0 to 1, as that of `AudioPass`.
     std::function<void(double share)> progress = {};
 };
 
 /// Listens to one recording once and gives the verdict. Never fails: a file that cannot be read gives the
-/// empty result. The first 10000 windows of a recording are heard (2500 s).
+/// empty result.
 class SmartAudioRouter {
   public:
+    /// The rest of a longer recording is not heard.
+    static constexpr std::size_t mostWindows = 10000;
+    static constexpr double mostSeconds = static_cast<double>(mostWindows) * smartAudioWindowSeconds;
+    /// As many channels as the header of a recording can count. More were never recorded.
+    static constexpr int mostTracks = 65535;
+
     /// `concurrency`: threads that one analysis may use; 0: as many as the machine has. The result does not
     /// depend on it. `diagnosticsDirectory`: where the text report of a routing goes; absent: the program's
     /// own place for it.
@@ -45,8 +50,8 @@ class SmartAudioRouter {
                               std::optional<std::string> diagnosticsDirectory = std::nullopt);
     ~SmartAudioRouter();
 
-    /// On the router's own queue, one analysis at a time; the caller waits. Never from the interface thread
-    /// nor from that queue.
+    /// On the router's own queue, one analysis at a time; the caller waits. Never from a thread that
+    /// serves a run loop nor from that queue.
     SmartAudioResult analyze(const SmartAudioRequest& request);
 
     /// For an asynchronous caller: work posted here calls `analyzeOnQueue`.

@@ -2,7 +2,6 @@
 
 #include "Platform/Text.h"
 
-#include <algorithm>
 #include <cmath>
 #include <string>
 #include <string_view>
@@ -17,9 +16,10 @@ constexpr double minCoverage = 0.4;
 constexpr double similarCoverage = 0.05; // up to this difference the steadier track wins
 
 /// Searched in the whole text, whatever the track's role: a mix of isolated tracks is one too.
-bool isIsolated(const ChannelClassification* classification) {
-    return classification != nullptr &&
-           platform::text::lowercased(classification->source).find(isolatedWord) != std::string::npos;
+bool isIsolated(const ClassificationByTrack& classifications, int track) {
+    const auto found = classifications.find(track);
+    return found != classifications.end() &&
+           platform::text::lowercased(found->second->source).find(isolatedWord) != std::string::npos;
 }
 
 bool beats(const ChannelRouteStats& newcomer, const ChannelRouteStats& best) {
@@ -30,10 +30,10 @@ bool beats(const ChannelRouteStats& newcomer, const ChannelRouteStats& best) {
 
 } // namespace
 
-const ChannelClassification* classificationOf(const std::vector<ChannelClassification>& classifications,
-                                              int track) {
-    const auto found = std::ranges::find(classifications, track, &ChannelClassification::trackIndex);
-    return found == classifications.end() ? nullptr : &*found;
+ClassificationByTrack byTrack(const std::vector<ChannelClassification>& classifications) {
+    ClassificationByTrack found;
+    for (const ChannelClassification& one : classifications) found.emplace(one.trackIndex, &one);
+    return found;
 }
 
 std::optional<int> pickTakeDefault(const std::set<int>& candidateTracks, const TakeStatistics& channelStats,
@@ -42,10 +42,11 @@ std::optional<int> pickTakeDefault(const std::set<int>& candidateTracks, const T
         return candidateTracks.empty() || candidateTracks.contains(track);
     };
 
+    const ClassificationByTrack classified = byTrack(classifications);
     const ChannelRouteStats* steadiest = nullptr;
     for (const auto& [track, stats] : channelStats)
         if (isCandidate(track) && stats.speechCoverage >= minIsolatedCoverage &&
-            isIsolated(classificationOf(classifications, track)) &&
+            isIsolated(classified, track) &&
             (steadiest == nullptr || stats.rmsVarianceDB < steadiest->rmsVarianceDB))
             steadiest = &stats;
     if (steadiest != nullptr) return steadiest->trackIndex;

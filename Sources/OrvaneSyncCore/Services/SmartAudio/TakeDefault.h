@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <set>
+#include <unordered_map>
 #include <vector>
 
 namespace orvane::SmartAudioBlockRouter {
@@ -15,8 +16,8 @@ namespace orvane::SmartAudioBlockRouter {
 std::optional<int> pickTakeDefault(const std::set<int>& candidateTracks, const TakeStatistics& channelStats,
                                    const std::vector<ChannelClassification>& classifications);
 
-/// Null for a track that was not classified.
-const ChannelClassification* classificationOf(const std::vector<ChannelClassification>& classifications,
-                                              int track);
+/// Points into the classifications. Of several for one track the first counts.
+using ClassificationByTrack = std::unordered_map<int, const ChannelClassification*>;
+ClassificationByTrack byTrack(const std::vector<ChannelClassification>& classifications);
 
 } // namespace orvane::SmartAudioBlockRouter

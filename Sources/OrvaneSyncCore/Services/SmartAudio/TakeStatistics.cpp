@@ -18,7 +18,6 @@ constexpr double quietestNoiseFloorDB = -65.0;
 constexpr double loudestNoiseFloorDB = -25.0;
 constexpr float minCrestRMS = 1e-5F;
 constexpr double unknownCrestDB = 6.0;
-constexpr float minVarianceRMS = 1e-7F;
 
 using Windows = std::vector<WindowMetrics>;
 
@@ -67,7 +66,7 @@ double rmsVarianceDB(const Windows& windows) {
     std::vector<double> levels;
     levels.reserve(windows.size());
     for (const WindowMetrics& window : windows)
-        if (window.rms > minVarianceRMS) levels.push_back(levelDB(window.rms, 0));
+        if (double{window.rms} > windowLevelFloor) levels.push_back(levelDB(window.rms, 0));
     if (levels.size() < 2) return 0;
     const auto count = static_cast<double>(levels.size());
     double sum = 0;

@@ -19,8 +19,9 @@ constexpr double quietest = 1e-10;               ///< linear, -200 dBFS
 constexpr float humLevelDB = -50.0F;
 constexpr float humCrossingRate = 0.02F; ///< crossings per sample: 480 Hz at 48 kHz
 
+/// The share comes first, so that a clean track scores its speech ratio to the last bit.
 float bestSourceScore(float speechRatio, float snr) {
-    return speechRatio * std::clamp(snr, 0.0F, bestSNR) / bestSNR;
+    return speechRatio * (std::clamp(snr, 0.0F, bestSNR) / bestSNR);
 }
 
 TrackAdjustment measured(int trackIndex, const TrackAnalysis& analysis) {

@@ -52,8 +52,7 @@ int fallbackTrack(const Channels& channels, const TrackRoles& roles) {
 std::optional<std::pair<Score, Score>> topLavs(const std::vector<Score>& scores, const TrackRoles& roles) {
     std::vector<Score> lavs;
     for (const Score& score : scores)
-        if (score.kind == BlockKind::lav && std::ranges::count(roles.lavTracks, score.trackIndex) > 0)
-            lavs.push_back(score);
+        if (score.kind == BlockKind::lav && roles.lavTracks.contains(score.trackIndex)) lavs.push_back(score);
     if (lavs.size() < 2) return std::nullopt;
     std::ranges::stable_sort(lavs, std::ranges::greater(), &Score::rmsDB);
     return std::pair{lavs[0], lavs[1]};
@@ -69,7 +68,7 @@ PerWindowOutcome decideSimilarLavs(const Score& first, const Score& second, cons
     const std::string firstName = nameOf(first);
     const std::string secondName = nameOf(second);
     const bool areNamed = !firstName.empty() && !secondName.empty();
-    const std::string delta = "Δ" + formatted(first.rmsDB - second.rmsDB, "%.1f") + " dB";
+    const std::string delta = "Δ" + formatted("%.1f", first.rmsDB - second.rmsDB) + " dB";
 
     if (areNamed && firstName == secondName)
         return {first.trackIndex, std::nullopt, BlockKind::lav,
@@ -86,8 +85,8 @@ PerWindowOutcome decideSimilarLavs(const Score& first, const Score& second, cons
 PerWindowOutcome decideByScore(const std::vector<Score>& scores) {
     const Score& best = *std::ranges::max_element(scores, {}, &Score::total);
     return {best.trackIndex, std::nullopt, best.kind,
-            "score " + formatted(best.total, "%.1f") + " [rms " + formatted(best.rmsDB, "%.1f") + " · snr +" +
-                formatted(best.snrDB, "%.1f") + " · clean +0.0]"};
+            "score " + formatted("%.1f", best.total) + " [rms " + formatted("%.1f", best.rmsDB) + " · snr +" +
+                formatted("%.1f", best.snrDB) + " · clean +0.0]"};
 }
 
 std::vector<Run> runsOf(const std::vector<WindowDecision>& perWindow) {
@@ -108,12 +107,14 @@ TrackRoles TrackRoles::of(const std::vector<ChannelClassification>& classificati
         switch (classification.kind) {
         case ChannelKind::boom:
             roles.boomTracks.push_back(track);
+            roles.kindByTrack.emplace(track, BlockKind::boom);
             break;
         case ChannelKind::lav:
-            roles.lavTracks.push_back(track);
+            roles.lavTracks.insert(track);
             break;
         case ChannelKind::mix:
             roles.mixTracks.push_back(track);
+            roles.kindByTrack.emplace(track, BlockKind::mix);
             break;
         case ChannelKind::unknown:
             break;
@@ -125,9 +126,8 @@ TrackRoles TrackRoles::of(const std::vector<ChannelClassification>& classificati
 }
 
 BlockKind TrackRoles::kindOf(int track) const {
-    if (std::ranges::count(boomTracks, track) > 0) return BlockKind::boom;
-    if (std::ranges::count(mixTracks, track) > 0) return BlockKind::mix;
-    return BlockKind::lav;
+    const auto found = kindByTrack.find(track);
+    return found == kindByTrack.end() ? BlockKind::lav : found->second;
 }
 
 double snrDB(double rmsDB, int track, const TakeStatistics& channelStats) {

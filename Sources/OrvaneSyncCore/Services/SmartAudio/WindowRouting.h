@@ -4,11 +4,12 @@
 #include "OrvaneSyncCore/Services/SmartAudio/PerWindowFrame.h"
 #include "OrvaneSyncCore/Services/SmartAudio/TakeStatistics.h"
 
-#include <map>
 #include <optional>
 #include <set>
 #include <span>
 #include <string>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace orvane::SmartAudioBlockRouter {
@@ -49,14 +50,16 @@ struct Run {
     PerWindowOutcome outcome;
 };
 
-/// The tracks by role, in the order of the classifications; tracks of unknown role are in none.
+/// The tracks by role. Quick to ask for each channel of each window, however many channels there are.
 struct TrackRoles {
-    std::vector<int> boomTracks;
-    std::vector<int> lavTracks;
-    std::vector<int> mixTracks;
-    std::map<int, std::string> speakerByTrack;
+    std::vector<int> boomTracks; ///< in the order of the classifications
+    std::vector<int> mixTracks;  ///< in the same order
+    std::unordered_set<int> lavTracks;
+    std::unordered_map<int, BlockKind> kindByTrack; ///< of tracks that are boom or mix
+    std::unordered_map<int, std::string> speakerByTrack;
 
     static TrackRoles of(const std::vector<ChannelClassification>& classifications);
+    /// `lav` for every track that is neither boom nor mix.
     BlockKind kindOf(int track) const;
 };
 

@@ -187,6 +187,17 @@ TEST(RoutingDiagnostic, AWindowRunReplacesTheReportAndBlocksAreAppended) {
     ASSERT_TRUE(longer.starts_with(report));
     EXPECT_NE(longer.find("Take-default: T1 (iXML: Boom)\n", report.size()), std::string::npos);
 
+    // Beyond 2 MB only the newest runs stand, or the newest lines of a single one.
+    const std::string section = "\n=== FINAL CONSOLIDATED BLOCKS (= what the strip shows) ===\n";
+    const std::string old(3 << 20U, 'x'), kept = "kept\n" + std::string(1 << 20U, 'y') + "\n";
+    for (const auto& [heading, first] :
+         {std::pair{section, section.substr(1)}, std::pair{std::string("z\n"), std::string()}}) {
+        folder.write(routingDiagnosticName, section + old + heading + kept);
+        appendToReport(file, "newest");
+        EXPECT_EQ(folder.read(routingDiagnosticName).substr(0, 80), (first + kept).substr(0, 80));
+        EXPECT_TRUE(folder.read(routingDiagnosticName).ends_with("y\nnewest"));
+    }
+
     const auto lost = computeBlocks(sparse, window, boomAndLavs, {}, {}, {}, folder.path("missing/folder"));
     EXPECT_EQ(lost.blocks.size(), 3U) << "a report that cannot be written costs nothing";
 }

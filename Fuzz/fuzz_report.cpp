@@ -1,0 +1,97 @@
+#include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
+#include "OrvaneSyncCore/Services/Metadata/MetadataMerger.h"
+#include "Platform/Text.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using namespace orvane;
+
+void demand(bool holds) {
+    if (!holds) std::abort();
+}
+
+std::optional<ALEFile> parsed(const std::string& text) {
+    try {
+        return ALEParser().parse(text);
+    } catch (const ALEParserError& error) {
+        demand(error.kind() == ALEParserError::Kind::noColumns);
+        return std::nullopt;
+    }
+}
+
+/// No cell holds what separates cells, both ways to a cell agree, and a map has no column of its own.
+void checkRow(const ALEFile& report, const ALEClip& clip, std::string_view separators) {
+    const auto fields = clip.fields();
+    std::size_t found = 0;
+    for (const std::string_view column : report.columns()) {
+        const auto cell = clip.cell(column);
+        const auto entry = fields.find(std::string(column));
+        demand(cell.has_value() == (entry != fields.end()));
+        if (!cell) continue;
+        ++found;
+        demand(*cell == entry->second);
+        demand(cell->find_first_of(separators) == std::string_view::npos);
+    }
+    demand(found >= fields.size());
+}
+
+void checkMerge(const ALEFile& report, const std::string& text) {
+    const std::string name = text.substr(0, text.find('\n')) + ".mov";
+    for (const auto& strategy :
+         {ALEMatchStrategy::name(), ALEMatchStrategy::column(std::string(report.columns()[0]))}) {
+        SyncGroupList groups{
+            SyncGroup(MediaAsset(FileURL{"/" + name}, AssetKind::video), {}, MatchStatus::mos()),
+            SyncGroup(MediaAsset(FileURL{"/A001_x.mov"}, AssetKind::video), {}, MatchStatus::mos())};
+        const auto result = MetadataMerger().merge(report, groups, strategy);
+        demand(result.total == 2 && result.matched <= 2);
+        int matched = 0;
+        for (const SyncGroup& group : groups) {
+            matched += group.aleMetadata ? 1 : 0;
+            demand(!group.video.sensorFrameRate || *group.video.sensorFrameRate > 0);
+        }
+        demand(matched == result.matched);
+    }
+}
+
+} // namespace
+
+// A file of any bytes is a report or one of the two errors. The first byte is the file's too: marks of
+// encodings stand there.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    std::string text;
+    try {
+        text = ALEParser::decodeText(std::string(reinterpret_cast<const char*>(data), size));
+    } catch (const ALEParserError& error) {
+        demand(error.kind() == ALEParserError::Kind::unreadable);
+        return 0;
+    }
+    demand(platform::text::isValidUTF8(text));
+    const bool isALE = ALEParser::looksLikeALE(text);
+    const auto report = parsed(text);
+
+    // How lines end makes no difference.
+    std::string otherEnds;
+    for (const char c : text)
+        otherEnds += c == '\r' ? std::string("\n") : c == '\n' ? "\r\n" : std::string(1, c);
+    const auto again = parsed(otherEnds);
+    demand(report.has_value() == again.has_value());
+    if (!report) return 0;
+    demand(report->clipCount() == again->clipCount());
+    demand(isALE ? !report->columns().empty() : report->columns().size() >= 2);
+    constexpr std::size_t fewCells = 1U << 16U; // the check is quadratic, the parser is not
+    if (report->columns().size() * report->clipCount() > fewCells) return 0;
+    for (std::size_t row = 0; row < report->clipCount(); ++row) {
+        demand(report->clip(row).fields() == again->clip(row).fields());
+        checkRow(*report, report->clip(row), isALE ? "\t\r\n" : "\"\r\n");
+    }
+    checkMerge(*report, text);
+    return 0;
+}

@@ -1,0 +1,148 @@
+#include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
+#include "Platform/Files.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvane::cli {
+
+namespace {
+
+// What a person can take in; --json has everything.
+constexpr std::size_t mostColumns = 8;
+constexpr std::size_t mostRows = 40;
+constexpr std::size_t mostCellBytes = 40;
+
+ALEFile readReport(const FileURL& url) {
+    try {
+        return ALEParser().parse(url);
+    } catch (const ALEParserError& error) {
+        throw CommandError(url.lastPathComponent() + ": " + error.what());
+    }
+}
+
+/// A row a line, written as it comes: a report may have millions of them.
+void printJSON(std::ostream& out, const ALEFile& report) {
+    JSON::Object heading;
+    for (const auto& [key, value] : report.heading()) heading.emplace_back(key, value);
+    JSON::Array columns;
+    for (const std::string_view column : report.columns()) columns.emplace_back(column);
+    out << "{\n  \"clips\": [";
+    const char* separator = "\n    ";
+    for (std::size_t row = 0; row < report.clipCount(); ++row) {
+        out << separator << toJSON(report.clip(row)).dump();
+        separator = ",\n    ";
+    }
+    out << (report.clipCount() > 0 ? "\n  ],\n" : "],\n");
+    out << "  \"columns\": " << JSON(std::move(columns)).dump() << ",\n";
+    out << "  \"heading\": " << JSON(std::move(heading)).dump() << "\n}\n";
+}
+
+/// A name that comes twice is listed once: the later column counts.
+std::vector<std::string> columnNames(const ALEFile& report) {
+    std::vector<std::string> names;
+    std::set<std::string_view> seen;
+    for (const std::string_view column : report.columns())
+        if (seen.insert(column).second) names.emplace_back(column);
+    return names;
+}
+
+bool hasText(const ALEFile& report, std::string_view column) {
+    for (std::size_t row = 0; row < report.clipCount(); ++row)
+        if (!platform::text::trimmed(report.clip(row).cell(column).value_or("")).empty()) return true;
+    return false;
+}
+
+/// The columns that matter most to a merge first, then those that say something, in the order of the file.
+std::vector<std::string> columnsToShow(const ALEFile& report, std::string_view matchColumn) {
+    const std::array<std::string_view, 4> first{"Name", matchColumn, "Scene", "Take"};
+    std::vector<std::string> names = columnNames(report);
+    std::ranges::stable_sort(
+        names, {}, [&](const std::string& name) { return std::ranges::find(first, name) - first.begin(); });
+    std::vector<std::string> shown;
+    for (const std::string& name : names) {
+        if (shown.size() == mostColumns) break;
+        if (hasText(report, name)) shown.push_back(name);
+    }
+    if (shown.empty()) shown.push_back(names.front());
+    return shown;
+}
+
+std::string shortened(std::string_view cell) {
+    if (cell.size() <= mostCellBytes) return std::string(cell);
+    return std::string(platform::text::beginning(cell, mostCellBytes)) + "…";
+}
+
+std::string headingText(const ALEFile& report, bool bold) {
+    Table table({{"HEADING"}, {""}});
+    for (const auto& [key, value] : report.heading()) table.add({shortened(key), shortened(value)});
+    return table.empty() ? "" : table.text(bold) + "\n";
+}
+
+/// The first rows, and at their end the rate that a merge would take from them.
+std::string rowsText(const ALEFile& report, const std::vector<std::string>& columns, bool bold) {
+    std::vector<Table::Column> headings;
+    for (const std::string& column : columns) headings.push_back({shortened(column)});
+    headings.push_back({"-> SENSOR RATE", Table::Align::right});
+    Table table(headings);
+    for (std::size_t row = 0; row < std::min(report.clipCount(), mostRows); ++row) {
+        const ALEClip clip = report.clip(row);
+        std::vector<std::string> cells;
+        for (const std::string& column : columns) cells.push_back(shortened(clip.cell(column).value_or("")));
+        const auto rate = MetadataMerger::lookupSensorFPS(clip.fields());
+        cells.push_back(rate ? formatted("%.6g fps", *rate) : "-");
+        table.add(std::move(cells));
+    }
+    return table.empty() ? "" : table.text(bold) + "\n";
+}
+
+std::string reportText(const ALEFile& report, std::string_view matchColumn, bool bold) {
+    const std::vector<std::string> columns = columnsToShow(report, matchColumn);
+    std::string text = headingText(report, bold) + rowsText(report, columns, bold);
+    text += counted(static_cast<long long>(report.clipCount()), "clip", "clips") + ", " +
+            counted(static_cast<long long>(report.columns().size()), "column", "columns") + ".";
+    const std::size_t moreRows = report.clipCount() - std::min(report.clipCount(), mostRows);
+    const std::size_t moreColumns = report.columns().size() - columns.size();
+    if (moreRows > 0)
+        text += " " + counted(static_cast<long long>(moreRows), "clip is", "clips are") + " not shown.";
+    if (moreColumns > 0)
+        text +=
+            " " + counted(static_cast<long long>(moreColumns), "column is", "columns are") + " not shown.";
+    if (moreRows + moreColumns > 0) text += " --json has everything.";
+    return text + "\n";
+}
+
+void report(Context& context, const Arguments& arguments) {
+    if (arguments.positionals().size() != 1) throw UsageError("one file, please");
+    const std::string& path = arguments.positionals().front();
+    if (const std::string why = whyUnreadable(path, false); !why.empty())
+        throw CommandError("can't read '" + path + "': " + why);
+    const ALEFile report = readReport({platform::files::standardized(path)});
+    if (arguments.has("--json"))
+        printJSON(context.out, report);
+    else
+        context.out << reportText(report, context.settings->text("ale.matchColumn", "Tape"),
+                                  context.mayColour);
+}
+
+} // namespace
+
+const Command& reportCommand() {
+    static const Command command{"report",
+                                 "FILE [options]",
+                                 "Show what a camera or sound report (ALE, CSV, TSV) says of each clip.",
+                                 "orvanesync report demo/shoot/DAY1.csv",
+                                 {},
+                                 report};
+    return command;
+}
+
+} // namespace orvane::cli

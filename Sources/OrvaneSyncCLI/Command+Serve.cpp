@@ -1,0 +1,125 @@
+#include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/LineReader.h"
+#include "OrvaneSyncCLI/Serve/Desk.h"
+#include "OrvaneSyncCLI/Serve/Methods.h"
+#include "OrvaneSyncCLI/Serve/RPCServer.h"
+
+#include <cstddef>
+#include <exception>
+#include <functional>
+#include <optional>
+#include <semaphore>
+#include <thread>
+
+namespace orvane::cli {
+
+namespace {
+
+/// Messages beyond these wait in the pipe until there is room.
+constexpr std::ptrdiff_t mostWaitingMessages = 256;
+
+/// Reads messages off the interface thread and hands them over in order, not much faster than they are
+/// served. Ends the loop when all are served.
+class MessageReader {
+  public:
+    MessageReader(std::istream& in, std::shared_ptr<platform::RunLoop> loop, rpc::Server& server,
+                  std::function<void()> whenAllServed)
+        : loop_(std::move(loop)), server_(server), whenAllServed_(std::move(whenAllServed)),
+          thread_([this, &in] { readAll(in); }) {}
+    ~MessageReader() { thread_.join(); }
+    MessageReader(const MessageReader&) = delete;
+    MessageReader& operator=(const MessageReader&) = delete;
+
+  private:
+    void readAll(std::istream& in) {
+        LineReader lines(in);
+        while (auto line = lines.next()) {
+            room_.acquire();
+            loop_->post([this, line = std::move(*line)]() mutable { take(std::move(line)); });
+        }
+        loop_->post([this] { server_.whenIdle(whenAllServed_); });
+    }
+
+    void take(LineReader::Line line) {
+        if (line.isWhole) return server_.receive(std::move(line.text), [this] { room_.release(); });
+        server_.refuse("the message is longer than " + std::to_string(LineReader::longestLine >> 20U) +
+                       " MB");
+        room_.release();
+    }
+
+    std::shared_ptr<platform::RunLoop> loop_;
+    rpc::Server& server_;
+    const std::function<void()> whenAllServed_;
+    std::counting_semaphore<> room_{mostWaitingMessages};
+    std::thread thread_;
+};
+
+JSON progressJSON(std::string_view phase, int current, int total, double fraction) {
+    JSON json;
+    json.set("phase", phase);
+    json.set("current", current);
+    json.set("total", total);
+    json.set("fraction", fraction);
+    return json;
+}
+
+/// How far the operation is that now runs; nothing when the change was of something else.
+std::optional<JSON> progressJSON(const ImportController& controller, ImportField field) {
+    const ScanProgress& scan = controller.progress();
+    if (field == ImportField::progress && scan.isActive())
+        return progressJSON(scan.phase, scan.current, scan.total, scan.fraction());
+    const SmartAudioProgress& hearing = controller.smartAudio().progress;
+    if (field == ImportField::smartAudio && hearing.total > 0)
+        return progressJSON(hearing.phase, hearing.current, hearing.total, hearing.fraction);
+    return std::nullopt;
+}
+
+rpc::Desk openDesk(Context& context, const Arguments& arguments, std::shared_ptr<platform::RunLoop> loop) {
+    ImportController::Dependencies work;
+    work.mainThread = loop;
+    work.settings = context.settings;
+    work.clock = context.clock;
+    if (!arguments.has("--no-cache")) work.probeCache = context.openProbeCache();
+    SessionManager::Dependencies keeping;
+    keeping.mainThread = loop;
+    keeping.settings = context.settings;
+    keeping.clock = context.clock;
+    rpc::Desk desk;
+    desk.controller = ImportController::create(std::move(work));
+    desk.sessions = SessionManager::create(std::move(keeping));
+    desk.settings = context.settings;
+    desk.sessions->start(desk.controller);
+    return desk;
+}
+
+void serve(Context& context, const Arguments& arguments) {
+    if (!arguments.positionals().empty()) throw UsageError("serve takes no file");
+    const auto loop = platform::RunLoop::create();
+    rpc::Desk desk = openDesk(context, arguments, loop);
+    rpc::Server server(desk, rpc::allMethods(),
+                       [&](const std::string& line) { context.out << line << std::endl; });
+    const auto subscription = desk.controller->onChange([&](ImportField field) {
+        if (auto progress = progressJSON(*desk.controller, field)) server.notify("progress", *progress);
+    });
+    const MessageReader reader(context.in, loop, server, [&] {
+        desk.sessions->flush().whenDone([&](const std::exception_ptr&) { loop->quit(); });
+    });
+    loop->run();
+}
+
+} // namespace
+
+const Command& serveCommand() {
+    static const Command command{
+        "serve",
+        "[options]",
+        "Answer JSON-RPC 2.0 requests, one a line, on standard input and output.",
+        "orvanesync serve",
+        {{"--no-cache", "", "read every file anew; neither use nor keep earlier results"}},
+        serve,
+        "\nA request: {\"jsonrpc\": \"2.0\", \"id\": 1, \"method\": \"state\"}\n"
+        "The methods, and a program that uses them: docs/automation.md\n"};
+    return command;
+}
+
+} // namespace orvane::cli

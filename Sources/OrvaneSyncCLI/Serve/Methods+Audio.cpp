@@ -1,0 +1,60 @@
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCLI/Serve/Desk.h"
+#include "OrvaneSyncCLI/Serve/Methods.h"
+
+namespace orvane::cli::rpc {
+
+namespace {
+
+using enum Parameter::Kind;
+using Controller = ImportController;
+
+const Parameter groupID{"groupID", id};
+const Parameter overwrite{"forceOverwriteManualTracks", boolean};
+
+Method onTrack(std::string_view name, const UndoStep& step, void (Controller::*operation)(const UUID&, int)) {
+    return {name, {groupID, {"trackIndex", integer}}, [step, operation](Desk& desk, const Call& call) {
+                Controller& controller = *desk.controller;
+                const UUID group = call.id("groupID");
+                controller.withUndo(step,
+                                    [&] { (controller.*operation)(group, call.integer("trackIndex")); });
+                return JSON();
+            }};
+}
+
+platform::Task runAnalysis(Desk& desk, const Call& call, const std::shared_ptr<JSON>&) {
+    const auto mode = smartAudioModeFromUITag(call.text("mode"));
+    if (!mode)
+        throw Error(ErrorCode::invalidParams,
+                    "runSmartAudioAnalysis: mode is off, standard, studio, cinematic or custom");
+    return desk.controller->runSmartAudioAnalysis(*mode, call.boolean("forceOverwriteManualTracks"));
+}
+
+/// Null for a clip that was not analysed.
+JSON smartAudioResult(Desk& desk, const Call& call) {
+    const auto& results = desk.controller->smartAudio().results;
+    const auto found = results.find(desk.group(call.id("groupID")).id);
+    return found == results.end() ? JSON() : toJSON(found->second);
+}
+
+} // namespace
+
+std::vector<Method> audioMethods() {
+    namespace steps = undoSteps;
+    return {
+        Method::later("runSmartAudioAnalysis", {{"mode", text}, overwrite}, runAnalysis),
+        Method::later("runSmartAudioForGroup", {groupID, overwrite},
+                      [](Desk& desk, const Call& call, const std::shared_ptr<JSON>&) {
+                          return desk.controller->runSmartAudioForGroup(
+                              call.id("groupID"), call.boolean("forceOverwriteManualTracks"));
+                      }),
+        Method("smartAudioResult", {groupID}, smartAudioResult),
+        onTrack("toggleTrackActive", steps::toggleTrackActive, &Controller::toggleTrackActive),
+        onTrack("soloTrackActive", steps::soloTrackActive, &Controller::soloTrackActive),
+        onTrack("toggleAlgorithmInclusion", steps::toggleAlgorithmInclusion,
+                &Controller::toggleAlgorithmInclusion),
+        onTrack("soloAlgorithmInclusion", steps::soloAlgorithmInclusion, &Controller::soloAlgorithmInclusion),
+    };
+}
+
+} // namespace orvane::cli::rpc

@@ -1,0 +1,213 @@
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCLI/Serve/Desk.h"
+#include "OrvaneSyncCLI/Serve/Methods.h"
+#include "OrvaneSyncCore/Models/RawValues.h"
+
+#include <algorithm>
+
+namespace orvane::cli::rpc {
+
+namespace {
+
+using enum Parameter::Kind;
+using Controller = ImportController;
+
+const Parameter groupID{"groupID", id};
+
+/// An operation under its undo step; it answers null.
+template <class Operation>
+Method edit(std::string_view name, const UndoStep& step, std::vector<Parameter> parameters,
+            Operation operation) {
+    return {name, std::move(parameters), [step, operation](Desk& desk, const Call& call) {
+                Controller& controller = *desk.controller;
+                controller.withUndo(step, [&] { operation(controller, call); });
+                return JSON();
+            }};
+}
+
+Method onGroup(std::string_view name, const UndoStep& step, void (Controller::*operation)(UUID)) {
+    return edit(name, step, {groupID}, [operation](Controller& controller, const Call& call) {
+        (controller.*operation)(call.id("groupID"));
+    });
+}
+
+Method switching(std::string_view name, const UndoStep& step, void (Controller::*operation)(UUID, bool)) {
+    return edit(name, step, {groupID, {"enabled", boolean}},
+                [operation](Controller& controller, const Call& call) {
+                    (controller.*operation)(call.id("groupID"), call.boolean("enabled"));
+                });
+}
+
+SyncMethod syncMethod(const Call& call) {
+    try {
+        return fromJSON<SyncMethod>(call.any("method"));
+    } catch (const DecodingError&) {
+        throw Error(ErrorCode::invalidParams,
+                    "setSyncMethod: there is no method '" + call.text("method") + "'");
+    }
+}
+
+/// An asset of the pool by its identifier, or an asset as other methods give it.
+MediaAsset audio(const Controller& controller, const Call& call) {
+    const JSON given = call.any("audio");
+    if (const std::string* text = given.string()) {
+        const auto wanted = UUID::fromText(*text);
+        for (MediaAsset& asset : controller.availableAudioPool())
+            if (wanted && asset.id == *wanted) return std::move(asset);
+        throw Error(ErrorCode::operationFailed, "attachAudioToGroup: no audio has this identifier");
+    }
+    try {
+        return fromJSON<MediaAsset>(given);
+    } catch (const DecodingError& error) {
+        throw Error(ErrorCode::invalidParams, std::string("attachAudioToGroup: audio: ") + error.what());
+    }
+}
+
+void lockCluster(Controller& controller, const Call& call) {
+    const auto pattern = call.textIfPresent("customPattern");
+    const auto source = call.textIfPresent("source").value_or("sceneTake");
+    controller.lockAllInCluster(call.id("of"), GroupNaming::sourceFrom(source), pattern);
+}
+
+std::vector<Method> flagMethods() {
+    using namespace undoSteps;
+    return {
+        onGroup("resetAudioOffset", resetAudioOffset, &Controller::resetAudioOffset),
+        onGroup("toggleApproved", toggleApproved, &Controller::toggleApproved),
+        onGroup("toggleLocked", toggleLocked, &Controller::toggleLocked),
+        onGroup("toggleMOS", toggleMOS, &Controller::toggleMOS),
+        onGroup("togglePickup", togglePickup, &Controller::togglePickup),
+        onGroup("markScenePickupFromHere", markScenePickupFromHere, &Controller::markScenePickupFromHere),
+        onGroup("toggleExcludedFromExport", toggleExcludedFromExport, &Controller::toggleExcludedFromExport),
+        onGroup("toggleExcludedFromMulticam", toggleExcludedFromMulticam,
+                &Controller::toggleExcludedFromMulticam),
+        onGroup("confirmAmbiguousMatch", confirmAmbiguousMatch, &Controller::confirmAmbiguousMatch),
+        onGroup("removeVideoFromSync", removeVideoFromSync, &Controller::removeVideoFromSync),
+        onGroup("resyncClip", resyncClip, &Controller::resyncClip),
+        onGroup("resetClipToAutoSync", resetClipToAutoSync, &Controller::resetClipToAutoSync),
+        onGroup("resetMasterGain", resetMasterGain, &Controller::resetMasterGain),
+        switching("setGenerateNativeMOS", setGenerateNativeMOS, &Controller::setGenerateNativeMOS),
+        switching("setGenerateProjectRateClip", setGenerateProjectRateClip,
+                  &Controller::setGenerateProjectRateClip),
+    };
+}
+
+std::vector<Method> valueMethods() {
+    using namespace undoSteps;
+    return {
+        edit("adjustAudioOffset", adjustAudioOffset, {groupID, {"deltaSeconds", number}},
+             [](Controller& controller, const Call& call) {
+                 controller.adjustAudioOffset(call.id("groupID"), call.number("deltaSeconds"));
+             }),
+        edit("setAudioAnchor", setAudioAnchor, {groupID, {"secondsInAudio", number, true}},
+             [](Controller& controller, const Call& call) {
+                 controller.setAudioAnchor(call.id("groupID"), call.numberIfPresent("secondsInAudio"));
+             }),
+        edit("lockAllInCluster", lockAllInCluster,
+             {{"of", id}, {"source", text, true}, {"customPattern", text, true}}, lockCluster),
+        edit("setManualClipName", setManualClipName, {groupID, {"name", text}},
+             [](Controller& controller, const Call& call) {
+                 controller.setManualClipName(call.id("groupID"), call.text("name"));
+             }),
+        Method("setSyncMethod", {groupID, {"method", text}},
+               [](Desk& desk, const Call& call) {
+                   const SyncMethod method = syncMethod(call);
+                   desk.controller->withUndo(
+                       setSyncMethod, [&] { desk.controller->setSyncMethod(call.id("groupID"), method); });
+                   return JSON();
+               }),
+        edit("setManualSensorFrameRate", setManualSensorFrameRate, {groupID, {"fps", number, true}},
+             [](Controller& controller, const Call& call) {
+                 controller.setManualSensorFrameRate(call.id("groupID"), call.numberIfPresent("fps"));
+             }),
+        edit("addBlockOverride", addBlockOverride,
+             {groupID, {"startSeconds", number}, {"endSeconds", number}, {"trackIndex", integer}},
+             [](Controller& controller, const Call& call) {
+                 controller.addBlockOverride(call.id("groupID"), call.number("startSeconds"),
+                                             call.number("endSeconds"), call.integer("trackIndex"));
+             }),
+        edit("removeBlockOverride", removeBlockOverride, {groupID, {"overrideID", id}},
+             [](Controller& controller, const Call& call) {
+                 controller.removeBlockOverride(call.id("groupID"), call.id("overrideID"));
+             }),
+        edit("setMasterGain", setMasterGain, {groupID, {"gainDB", number}, {"auto", boolean}},
+             [](Controller& controller, const Call& call) {
+                 controller.setMasterGain(call.id("groupID"), call.number("gainDB"), call.boolean("auto"));
+             }),
+    };
+}
+
+std::vector<Method> audioListMethods() {
+    using namespace undoSteps;
+    return {
+        Method("attachAudioToGroup", {groupID, {"audio", any}},
+               [](Desk& desk, const Call& call) {
+                   const MediaAsset asset = audio(*desk.controller, call);
+                   desk.controller->withUndo(attachAudioToGroup, [&] {
+                       desk.controller->attachAudioToGroup(call.id("groupID"), asset);
+                   });
+                   return JSON();
+               }),
+        Method::later("chooseAndAttachAudio", {groupID, {"path", text}},
+                      [](Desk& desk, const Call& call, const std::shared_ptr<JSON>&) {
+                          return desk.controller->chooseAndAttachAudio(call.id("groupID"),
+                                                                       readableFile(call.text("path")));
+                      }),
+        edit("removeAudioMatch", removeAudioMatch, {groupID, {"matchID", id}},
+             [](Controller& controller, const Call& call) {
+                 controller.removeAudioMatch(call.id("groupID"), call.id("matchID"));
+             }),
+        edit("resyncAllClips", resyncAllClips, {},
+             [](Controller& controller, const Call&) { controller.resyncAllClips(); }),
+        Method("resetAllClipsToAutoSync", {},
+               [](Desk& desk, const Call&) {
+                   desk.controller->resetAllClipsToAutoSync();
+                   return JSON();
+               }),
+        edit("renameWildTrack", renameWildTrack, {{"id", id}, {"to", text}},
+             [](Controller& controller, const Call& call) {
+                 controller.renameWildTrack(call.id("id"), call.text("to"));
+             }),
+        edit("toggleWildTrackApproved", toggleWildTrackApproved, {{"id", id}},
+             [](Controller& controller, const Call& call) {
+                 controller.toggleWildTrackApproved(call.id("id"));
+             }),
+    };
+}
+
+JSON undoStateJSON(const UndoState& state) {
+    JSON json;
+    json.set("canUndo", state.canUndo);
+    json.set("canRedo", state.canRedo);
+    json.setIfPresent("undoActionName", state.undoActionName);
+    json.setIfPresent("redoActionName", state.redoActionName);
+    return json;
+}
+
+std::vector<Method> undoMethods() {
+    return {
+        Method("undo", {},
+               [](Desk& desk, const Call&) {
+                   desk.controller->undo();
+                   return JSON();
+               }),
+        Method("redo", {},
+               [](Desk& desk, const Call&) {
+                   desk.controller->redo();
+                   return JSON();
+               }),
+        Method("undoState", {},
+               [](Desk& desk, const Call&) { return undoStateJSON(desk.controller->undoState()); }),
+    };
+}
+
+} // namespace
+
+std::vector<Method> editMethods() {
+    std::vector<Method> methods;
+    for (auto* part : {&flagMethods, &valueMethods, &audioListMethods, &undoMethods})
+        std::ranges::move((*part)(), std::back_inserter(methods));
+    return methods;
+}
+
+} // namespace orvane::cli::rpc

@@ -1,0 +1,90 @@
+#include "OrvaneSyncCLI/DocumentOutput.h"
+#include "OrvaneSyncCLI/Printers.h"
+#include "OrvaneSyncCLI/Serve/Desk.h"
+#include "OrvaneSyncCLI/Serve/Methods.h"
+#include "Platform/Files.h"
+
+namespace orvane::cli::rpc {
+
+namespace {
+
+using enum Parameter::Kind;
+
+const Parameter groupID{"groupID", id};
+
+JSON loadALE(Desk& desk, const Call& call) {
+    desk.controller->loadALE(readableFile(call.text("path")));
+    if (const auto& problem = desk.controller->aleImportError())
+        throw Error(ErrorCode::operationFailed, *problem);
+    return {};
+}
+
+ExportSettings exportSettings(Desk& desk, const Call& call) {
+    ImportController::ExportOptions options;
+    options.eventName = call.textIfPresent("eventName");
+    if (const auto& session = desk.sessions->currentSessionId())
+        options.metadataPrefix = desk.sessions->metadataPrefix(*session).value_or("");
+    return desk.controller->exportSettings(options);
+}
+
+JSON written(const ImportController& controller, ExportResult result, const std::string& output) {
+    writeDocument(controller, result, output);
+    addOwnWarnings(controller, result);
+    return exportJSON(controller, result, output);
+}
+
+JSON exportFCPXML(Desk& desk, const Call& call) {
+    const ImportController& controller = *desk.controller;
+    return written(controller, controller.exportFCPXML(exportSettings(desk, call)), call.text("output"));
+}
+
+JSON exportSingleClip(Desk& desk, const Call& call) {
+    const ImportController& controller = *desk.controller;
+    return written(controller, controller.exportSingleClip(call.id("groupID"), exportSettings(desk, call)),
+                   call.text("output"));
+}
+
+/// An operation on one clip that opens its own undo step, and one on all clips.
+Method onGroup(std::string_view name, void (ImportController::*operation)(UUID)) {
+    return {name, {groupID}, [operation](Desk& desk, const Call& call) {
+                (*desk.controller.*operation)(call.id("groupID"));
+                return JSON();
+            }};
+}
+Method onAll(std::string_view name, void (ImportController::*operation)()) {
+    return {name, {}, [operation](Desk& desk, const Call&) {
+                (*desk.controller.*operation)();
+                return JSON();
+            }};
+}
+
+} // namespace
+
+std::vector<Method> reportMethods() {
+    using Controller = ImportController;
+    return {
+        Method("loadALE", {{"path", text}}, loadALE),
+        onGroup("clearALEMetadata", &Controller::clearALEMetadata),
+        onGroup("clearLockitMetadata", &Controller::clearLockitMetadata),
+        onAll("clearALEMetadataForAllClips", &Controller::clearALEMetadataForAllClips),
+        onAll("clearLockitMetadataForAllClips", &Controller::clearLockitMetadataForAllClips),
+    };
+}
+
+std::vector<Method> fileMethods() {
+    return {
+        Method("saveProject", {{"path", text}},
+               [](Desk& desk, const Call& call) {
+                   desk.controller->saveProject({platform::files::standardized(call.text("path"))});
+                   return JSON();
+               }),
+        Method::later("loadProject", {{"path", text}},
+                      [](Desk& desk, const Call& call, const std::shared_ptr<JSON>&) {
+                          return desk.controller->loadProject(readableFile(call.text("path")));
+                      }),
+        Method("exportFCPXML", {{"output", text}, {"eventName", text, true}}, exportFCPXML),
+        Method("exportSingleClip", {groupID, {"output", text}, {"eventName", text, true}}, exportSingleClip),
+    };
+}
+
+} // namespace orvane::cli::rpc

@@ -1,0 +1,172 @@
+#include "OrvaneSyncCLI/Serve/RPCServer.h"
+
+#include <exception>
+#include <utility>
+
+namespace orvane::cli::rpc {
+
+namespace {
+
+std::map<std::string_view, Method> byName(std::vector<Method> methods) {
+    std::map<std::string_view, Method> table;
+    for (Method& method : methods) table.emplace(method.name, std::move(method));
+    return table;
+}
+
+JSON message() {
+    JSON message;
+    message.set("jsonrpc", "2.0");
+    return message;
+}
+
+JSON failure(JSON id, ErrorCode code, const std::string& why) {
+    JSON error;
+    error.set("code", static_cast<int>(code));
+    error.set("message", why);
+    JSON response = message();
+    response.set("id", std::move(id));
+    response.set("error", std::move(error));
+    return response;
+}
+
+/// An identifier that a response may bear: a text, a number or null.
+bool isIdentifier(const JSON& value) {
+    return value.isNull() || value.string() != nullptr || value.number().has_value();
+}
+
+struct Request {
+    JSON id;
+    bool isNotification = false;
+    std::string method;
+    const JSON* params = nullptr;
+};
+
+/// Throws Error for what is no request.
+Request parsedRequest(const JSON& message) {
+    const auto refuse = [](const std::string& why) { throw Error(ErrorCode::invalidRequest, why); };
+    if (!message.isObject()) refuse("a request is an object");
+    Request request;
+    const JSON* id = message.find("id");
+    request.isNotification = id == nullptr;
+    if (id != nullptr && !isIdentifier(*id)) refuse("id must be a text or a number");
+    if (id != nullptr) request.id = *id;
+    const JSON* version = message.find("jsonrpc");
+    if (version == nullptr || version->string() == nullptr || *version->string() != "2.0")
+        refuse("jsonrpc must be \"2.0\"");
+    const JSON* method = message.find("method");
+    if (method == nullptr || method->string() == nullptr) refuse("method must be a text");
+    request.method = *method->string();
+    request.params = message.find("params");
+    if (request.params != nullptr && !request.params->isObject() && !request.params->isArray())
+        refuse("params must be an object");
+    return request;
+}
+
+/// The identifier of something that is no proper request, as far as it can be made out.
+JSON identifierOf(const JSON& message) {
+    const JSON* id = message.isObject() ? message.find("id") : nullptr;
+    return id != nullptr && isIdentifier(*id) ? *id : JSON();
+}
+
+} // namespace
+
+Server::Server(Desk& desk, std::vector<Method> methods, Write write)
+    : desk_(desk), methods_(byName(std::move(methods))), write_(std::move(write)) {}
+
+void Server::receive(std::string line, std::function<void()> whenServed) {
+    waiting_.push_back({std::move(line), std::move(whenServed)});
+    if (!isServing_) serveAll();
+}
+
+void Server::refuse(const std::string& why) { write(failure({}, ErrorCode::parseError, why)); }
+
+void Server::notify(std::string_view method, JSON params) {
+    JSON notification = message();
+    notification.set("method", method);
+    notification.set("params", std::move(params));
+    write(notification);
+}
+
+void Server::whenIdle(std::function<void()> callback) {
+    if (isServing_)
+        whenIdle_ = std::move(callback);
+    else
+        callback();
+}
+
+platform::Task Server::serveAll() {
+    isServing_ = true;
+    while (!waiting_.empty()) {
+        Waiting next = std::move(waiting_.front());
+        waiting_.pop_front();
+        co_await serve(std::move(next.line));
+        if (next.whenServed) next.whenServed();
+    }
+    isServing_ = false;
+    if (whenIdle_) std::exchange(whenIdle_, nullptr)();
+}
+
+platform::Task Server::serve(std::string line) {
+    if (line.find_first_not_of(" \t\r") == std::string::npos) co_return;
+    JSON request;
+    std::string problem;
+    try {
+        request = JSON::parse(line);
+    } catch (const platform::JSONError& error) {
+        problem = error.what();
+    }
+    if (!problem.empty()) {
+        refuse(problem);
+        co_return;
+    }
+    const auto response = std::make_shared<std::optional<JSON>>();
+    if (!request.isArray()) {
+        co_await answer(std::move(request), response);
+        if (*response) write(**response);
+        co_return;
+    }
+    if (request.elements()->empty()) {
+        write(failure({}, ErrorCode::invalidRequest, "the batch is empty"));
+        co_return;
+    }
+    JSON::Array responses;
+    for (JSON& element : *request.elements()) {
+        response->reset();
+        co_await answer(std::move(element), response);
+        if (*response) responses.push_back(std::move(**response));
+    }
+    if (!responses.empty()) write(JSON(std::move(responses)));
+}
+
+platform::Task Server::answer(JSON request, std::shared_ptr<std::optional<JSON>> response) {
+    bool isNotification = false;
+    ErrorCode code = ErrorCode::operationFailed;
+    std::string why;
+    try {
+        const Request parsed = parsedRequest(request);
+        isNotification = parsed.isNotification;
+        const auto method = methods_.find(parsed.method);
+        if (method == methods_.end())
+            throw Error(ErrorCode::methodNotFound, "there is no method '" + parsed.method + "'");
+        const Call call(method->second, parsed.params);
+        const auto result = std::make_shared<JSON>();
+        if (method->second.now)
+            *result = method->second.now(desk_, call);
+        else
+            co_await method->second.whenDone(desk_, call, result);
+        if (isNotification) co_return;
+        JSON success = message();
+        success.set("id", parsed.id);
+        success.set("result", std::move(*result));
+        response->emplace(std::move(success));
+        co_return;
+    } catch (const Error& error) {
+        code = error.code();
+        why = error.what();
+    } catch (const std::exception& error) {
+        why = error.what();
+    }
+    if (!isNotification) response->emplace(failure(identifierOf(request), code, why));
+}
+
+} // namespace orvane::cli::rpc

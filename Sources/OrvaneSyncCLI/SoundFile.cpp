@@ -1,0 +1,34 @@
+#include "OrvaneSyncCLI/SoundFile.h"
+
+#include "OrvaneSyncCLI/ProgressLine.h"
+#include "OrvaneSyncCLI/ScanRun.h"
+#include "Platform/MediaInspector.h"
+
+#include <algorithm>
+
+namespace orvane::cli {
+
+std::unique_ptr<platform::AudioFile> openSound(const std::string& path) {
+    if (const std::string why = whyUnreadable(path, false); !why.empty())
+        throw CommandError("can't read '" + path + "': " + why);
+    auto file = platform::AudioFile::open(path);
+    if (file && file->frameCount() > 0 && file->channelCount() > 0) return file;
+    const bool noLibrary = !file && platform::mediaLibraryWasMissed();
+    throw CommandError("can't read '" + path + "': " +
+                       (noLibrary ? "the module of media libraries is missing beside the program"
+                                  : "it holds no sound that can be decoded"));
+}
+
+double secondsOf(const platform::AudioFile& file) {
+    return file.sampleRate() > 0 ? static_cast<double>(file.frameCount()) / file.sampleRate() : 0;
+}
+
+std::function<void(double share)> hearing(ProgressLine& line, double seconds) {
+    constexpr double longest = 1e9;
+    const int total = static_cast<int>(std::min(seconds, longest));
+    return [&line, total](double share) {
+        line.show({"Hearing seconds", static_cast<int>(share * total), total});
+    };
+}
+
+} // namespace orvane::cli

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "OrvaneSyncCLI/Context.h"
+#include "Platform/AudioFile.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace orvane::cli {
+
+class ProgressLine;
+
+/// The sound of a file that a command was given. Throws CommandError where there is nothing to read or
+/// nothing in it can be heard.
+std::unique_ptr<platform::AudioFile> openSound(const std::string& path);
+
+/// Seconds that the file claims; 0 without a rate.
+double secondsOf(const platform::AudioFile& file);
+
+/// Shows on the line how many of so many seconds were heard; takes the share of them.
+std::function<void(double share)> hearing(ProgressLine& line, double seconds);
+
+} // namespace orvane::cli

@@ -1,0 +1,132 @@
+#include "OrvaneSyncCLI/Serve/RPCServer.h"
+
+#include "OrvaneSyncCLI/Serve/Desk.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace orvane::cli::rpc {
+namespace {
+
+/// A server with three methods of its own, on a thread that never waits.
+struct RPCServer : testing::Test {
+    std::vector<std::string> said;
+    int sum = 0;
+    std::vector<std::function<void()>> held;
+    Desk desk;
+    Server server{desk, methods(), [this](const std::string& line) { said.push_back(line); }};
+
+    std::vector<Method> methods() {
+        using enum Parameter::Kind;
+        return {
+            Method("add", {{"number", integer}, {"note", text, true}},
+                   [this](Desk&, const Call& call) { return JSON(sum += call.integer("number")); }),
+            Method("fail", {},
+                   [](Desk&, const Call&) -> JSON { throw std::runtime_error("Group not found"); }),
+            Method::later("wait", {{"groupID", id, true}},
+                          [this](Desk&, const Call&, std::shared_ptr<JSON> result) {
+                              return untilReleased(std::move(result));
+                          }),
+        };
+    }
+
+    struct Gate {
+        std::vector<std::function<void()>>& held;
+        bool await_ready() const { return false; }
+        void await_suspend(std::coroutine_handle<> waiting) {
+            held.emplace_back([waiting] { waiting.resume(); });
+        }
+        void await_resume() {}
+    };
+    platform::Task untilReleased(std::shared_ptr<JSON> result) {
+        co_await Gate{held};
+        *result = "waited";
+    }
+    void release() {
+        for (auto& resume : std::exchange(held, {})) resume();
+    }
+
+    std::string answerTo(std::string line) {
+        said.clear();
+        server.receive(std::move(line));
+        std::string all;
+        for (const std::string& one : said) all += one;
+        return all;
+    }
+};
+
+TEST_F(RPCServer, answersEveryMessageAsTheProtocolSays) {
+    struct Case {
+        std::string line, answer;
+    };
+    const auto error = [](const std::string& id, int code, const std::string& message) {
+        return R"({"error":{"code":)" + std::to_string(code) + R"(,"message":")" + message + R"("},"id":)" +
+               id + R"(,"jsonrpc":"2.0"})";
+    };
+    const std::string tooLong(5'000'000, 'x');
+    const std::vector<Case> cases{
+        {R"({"jsonrpc":"2.0","id":1,"method":"add","params":{"number":2}})",
+         R"({"id":1,"jsonrpc":"2.0","result":2})"},
+        {R"({"jsonrpc":"2.0","id":"a","method":"add","params":{"number":3,"note":null}})",
+         R"({"id":"a","jsonrpc":"2.0","result":5})"},
+        {R"({"jsonrpc":"2.0","method":"add","params":{"number":1}})", ""},
+        {R"({"jsonrpc":"2.0","method":"nothing"})", ""},
+        {"", ""},
+        {R"({"jsonrpc":"2.0","id":null,"method":"fail"})", error("null", 1, "Group not found")},
+        {R"({"jsonrpc":"2.0","id":7,"method":"sub"})", error("7", -32601, "there is no method 'sub'")},
+        {R"({"jsonrpc":"2.0","id":7,"method":"add"})", error("7", -32602, "add: number is missing")},
+        {R"({"jsonrpc":"2.0","id":7,"method":"add","params":[1]})",
+         error("7", -32602, "add: arguments go by name")},
+        {R"({"jsonrpc":"2.0","id":7,"method":"add","params":{"number":1.5}})",
+         error("7", -32602, "add: number must be a whole number")},
+        {R"({"jsonrpc":"2.0","id":7,"method":"add","params":{"number":1,"x":1}})",
+         error("7", -32602, "add: takes no 'x'")},
+        {R"({"jsonrpc":"2.0","id":7,"method":"wait","params":{"groupID":"12"}})",
+         error("7", -32602, "wait: groupID must be an identifier")},
+        {R"({"jsonrpc":"2.0","id":7,"method":"add","params":"x"})",
+         error("7", -32600, "params must be an object")},
+        {R"({"jsonrpc":"2.0","id":{},"method":"add"})",
+         error("null", -32600, "id must be a text or a number")},
+        {R"({"jsonrpc":"1.0","id":7,"method":"add"})", error("7", -32600, R"(jsonrpc must be \"2.0\")")},
+        {R"({"jsonrpc":"2.0","id":7,"method":1})", error("7", -32600, "method must be a text")},
+        {"1", error("null", -32600, "a request is an object")},
+        {"[]", error("null", -32600, "the batch is empty")},
+        {R"([1,{"jsonrpc":"2.0","method":"add","params":{"number":1}},{"jsonrpc":"2.0","id":2,"method":"add","params":{"number":1}}])",
+         "[" + error("null", -32600, "a request is an object") + R"(,{"id":2,"jsonrpc":"2.0","result":8}])"},
+        {R"([{"jsonrpc":"2.0","method":"add","params":{"number":-1}}])", ""},
+        {R"({"jsonrpc":"2.0","id":7,"method":"add","params":{"number":0,"note":")" + tooLong + "\"}}",
+         R"({"id":7,"jsonrpc":"2.0","result":7})"},
+    };
+    for (const Case& test : cases) EXPECT_EQ(answerTo(test.line), test.answer) << test.line.substr(0, 200);
+}
+
+TEST_F(RPCServer, answersWhatIsNoJSONWithoutAnIdentifier) {
+    for (const std::string line : {"{", "{\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"\xff\xfe\"}", "nonsense",
+                                   "{\"a\":1}{\"b\":2}", "\"\\ud800\""}) {
+        const auto answer = JSON::parse(answerTo(line));
+        EXPECT_TRUE(answer.find("id") != nullptr && answer.find("id")->isNull()) << line;
+        ASSERT_NE(answer.find("error"), nullptr) << line;
+    }
+    EXPECT_EQ(answerTo(std::string(100'000, '[')).find(R"({"error":{"code":-32700)"), 0U);
+    EXPECT_EQ(sum, 0);
+}
+
+TEST_F(RPCServer, servesOneMessageAtATimeInOrder) {
+    bool isIdle = false;
+    server.receive(R"({"jsonrpc":"2.0","id":1,"method":"wait"})");
+    for (int i = 0; i < 1000; ++i)
+        server.receive(R"({"jsonrpc":"2.0","id":2,"method":"add","params":{"number":1}})");
+    server.whenIdle([&] { isIdle = true; });
+    EXPECT_TRUE(said.empty());
+    EXPECT_FALSE(isIdle);
+    release();
+    EXPECT_TRUE(isIdle);
+    ASSERT_EQ(said.size(), 1001U);
+    EXPECT_EQ(said.front(), R"({"id":1,"jsonrpc":"2.0","result":"waited"})");
+    EXPECT_EQ(said.back(), R"({"id":2,"jsonrpc":"2.0","result":1000})");
+}
+
+} // namespace
+} // namespace orvane::cli::rpc

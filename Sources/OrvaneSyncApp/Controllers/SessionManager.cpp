@@ -298,9 +298,9 @@ void SessionManager::setFolder(const UUID& sessionId, const std::optional<std::s
     const SessionInfo* existing = session(sessionId);
     if (existing == nullptr) return;
     SessionInfo info = *existing;
-    info.folder.reset();
-    if (const auto name = platform::text::trimmed(folder.value_or("")); !name.empty())
-        info.folder = std::string(name);
+    info.folder = folder;
+    if (folder) info.folder = std::string(platform::text::trimmed(*folder));
+    if (info.folder == "") info.folder.reset();
     persistRecord(std::move(info));
 }
 

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCLI/Serve/Desk.h"
 #include "OrvaneSyncCLI/Serve/Methods.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
+#include "Platform/Interrupt.h"
 
 #include <cstddef>
 #include <exception>
@@ -98,13 +99,28 @@ void serve(Context& context, const Arguments& arguments) {
     rpc::Desk desk = openDesk(context, arguments, loop);
     rpc::Server server(desk, rpc::allMethods(),
                        [&](const std::string& line) { context.out << line << std::endl; });
-    const auto subscription = desk.controller->onChange([&](ImportField field) {
+    const auto progressing = desk.controller->onChange([&](ImportField field) {
+        if (!server.isWaitedFor()) return; // an analysis in the background
         if (auto progress = progressJSON(*desk.controller, field)) server.notify("progress", *progress);
     });
-    const MessageReader reader(context.in, loop, server, [&] {
-        desk.sessions->flush().whenDone([&](const std::exception_ptr&) { loop->quit(); });
+    const auto keeping = desk.sessions->onChange([&](SessionField field) {
+        if (field == SessionField::problem && desk.sessions->problem())
+            context.warn(*desk.sessions->problem());
     });
-    loop->run();
+    platform::ignoreBrokenPipes(); // what a client that has died has asked for is still to be kept
+    platform::beforeTermination([&](const std::function<void()>& end) {
+        loop->post(
+            [&, end] { desk.sessions->flush().whenDone([end](const std::exception_ptr&) { end(); }); });
+    });
+    {
+        const MessageReader reader(context.in, loop, server, [&] {
+            desk.sessions->flush().whenDone([&](const std::exception_ptr&) { loop->quit(); });
+        });
+        loop->run();
+    }
+    platform::beforeTermination(nullptr);
+    if (const auto& failure = desk.sessions->lastSaveError())
+        throw CommandError("the session could not be saved: " + *failure);
 }
 
 } // namespace

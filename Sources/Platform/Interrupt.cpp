@@ -3,11 +3,42 @@
 #include "Platform/Files.h"
 
 #include <csignal>
+#include <functional>
+#include <mutex>
 #include <thread>
 #include <unistd.h>
 #include <utility>
 
 namespace orvane::platform {
+
+namespace {
+
+using Farewell = std::function<void(std::function<void()>)>;
+
+std::mutex farewellMutex;
+Farewell storedFarewell;
+
+Farewell takeFarewell() {
+    const std::scoped_lock lock(farewellMutex);
+    return std::exchange(storedFarewell, nullptr);
+}
+
+[[noreturn]] void endBySignal(int signal, const std::string& lastWords) {
+    files::discardTemporaries();
+    // Past the streams, which another thread may be in the middle of.
+    if (::write(STDERR_FILENO, lastWords.data(), lastWords.size()) < 0) ::_exit(1);
+    constexpr int endedBySignal = 128;
+    ::_exit(endedBySignal + signal);
+}
+
+} // namespace
+
+void beforeTermination(Farewell farewell) {
+    const std::scoped_lock lock(farewellMutex);
+    storedFarewell = std::move(farewell);
+}
+
+void ignoreBrokenPipes() { ::signal(SIGPIPE, SIG_IGN); }
 
 void exitOnInterrupt(std::string lastWords) {
     sigset_t signals;
@@ -21,13 +52,11 @@ void exitOnInterrupt(std::string lastWords) {
     // a signal handler may not.
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::thread([signals, lastWords = std::move(lastWords)] {
-        int signal = 0;
-        if (::sigwait(&signals, &signal) != 0) return;
-        files::discardTemporaries();
-        // Past the streams, which another thread may be in the middle of.
-        if (::write(STDERR_FILENO, lastWords.data(), lastWords.size()) < 0) ::_exit(1);
-        constexpr int endedBySignal = 128;
-        ::_exit(endedBySignal + signal);
+        for (int signal = 0; ::sigwait(&signals, &signal) == 0;) {
+            const Farewell farewell = signal == SIGINT ? nullptr : takeFarewell();
+            if (!farewell) endBySignal(signal, lastWords);
+            farewell([signal, lastWords] { endBySignal(signal, lastWords); });
+        }
     }).detach();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace orvane::platform {
@@ -8,5 +9,13 @@ namespace orvane::platform {
 /// without a half-written file. To be called once, before any other thread is started. `lastWords` goes to
 /// standard error. A signal that the process was started to ignore stays ignored.
 void exitOnInterrupt(std::string lastWords);
+
+/// What must still be kept when the process is told to go: called on a thread of its own at the first SIGTERM
+/// or SIGHUP; `end`, which may be called from any thread, then ends the process as the signal would have.
+/// A second signal, and SIGINT, end it at once. Null: nothing.
+void beforeTermination(std::function<void(std::function<void()> end)> farewell);
+
+/// Writing to a pipe that nobody reads is an error of the write from now on, not the end of the process.
+void ignoreBrokenPipes();
 
 } // namespace orvane::platform

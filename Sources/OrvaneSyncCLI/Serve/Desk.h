@@ -9,6 +9,8 @@
 
 namespace orvane::cli::rpc {
 
+class Call;
+
 /// What the methods work on: one controller, like the app.
 class Desk {
   public:
@@ -16,6 +18,9 @@ class Desk {
     std::shared_ptr<SessionManager> sessions;
     std::shared_ptr<platform::SettingsStore> settings;
 
+    /// Whether the clip, recording, range or wild track that a call names is there: one that is not makes an
+    /// operation do nothing, and then there is nothing to take back.
+    bool knows(const Call& call) const;
     /// Throws GroupNotFound.
     const SyncGroup& group(const UUID& id) const;
 };

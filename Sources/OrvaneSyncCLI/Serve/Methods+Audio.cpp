@@ -2,6 +2,8 @@
 #include "OrvaneSyncCLI/Serve/Desk.h"
 #include "OrvaneSyncCLI/Serve/Methods.h"
 
+#include <algorithm>
+
 namespace orvane::cli::rpc {
 
 namespace {
@@ -12,12 +14,22 @@ using Controller = ImportController;
 const Parameter groupID{"groupID", id};
 const Parameter overwrite{"forceOverwriteManualTracks", boolean};
 
+int trackOf(const SyncGroup& group, const Call& call) {
+    int channels = 0;
+    for (const AudioMatch& match : group.audioMatches) channels += match.audio->channelCount.value_or(1);
+    const int track = call.integer("trackIndex");
+    if (track >= 1 && track <= std::max(channels, 1)) return track;
+    throw Error(ErrorCode::invalidParams,
+                "trackIndex: the clip has tracks 1 to " + std::to_string(std::max(channels, 1)));
+}
+
 Method onTrack(std::string_view name, const UndoStep& step, void (Controller::*operation)(const UUID&, int)) {
     return {name, {groupID, {"trackIndex", integer}}, [step, operation](Desk& desk, const Call& call) {
+                if (!desk.knows(call)) return JSON();
                 Controller& controller = *desk.controller;
                 const UUID group = call.id("groupID");
-                controller.withUndo(step,
-                                    [&] { (controller.*operation)(group, call.integer("trackIndex")); });
+                const int track = trackOf(desk.group(group), call);
+                controller.withUndo(step, [&] { (controller.*operation)(group, track); });
                 return JSON();
             }};
 }

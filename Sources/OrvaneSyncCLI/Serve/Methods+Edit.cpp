@@ -2,6 +2,8 @@
 #include "OrvaneSyncCLI/Serve/Desk.h"
 #include "OrvaneSyncCLI/Serve/Methods.h"
 #include "OrvaneSyncCore/Models/RawValues.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
 
 #include <algorithm>
 
@@ -20,7 +22,7 @@ Method edit(std::string_view name, const UndoStep& step, std::vector<Parameter> 
             Operation operation) {
     return {name, std::move(parameters), [step, operation](Desk& desk, const Call& call) {
                 Controller& controller = *desk.controller;
-                controller.withUndo(step, [&] { operation(controller, call); });
+                if (desk.knows(call)) controller.withUndo(step, [&] { operation(controller, call); });
                 return JSON();
             }};
 }
@@ -63,10 +65,20 @@ MediaAsset audio(const Controller& controller, const Call& call) {
     }
 }
 
-void lockCluster(Controller& controller, const Call& call) {
-    const auto pattern = call.textIfPresent("customPattern");
-    const auto source = call.textIfPresent("source").value_or("sceneTake");
-    controller.lockAllInCluster(call.id("of"), GroupNaming::sourceFrom(source), pattern);
+/// By the names that the clips have by the settings, where the call does not say by which.
+JSON lockCluster(Desk& desk, const Call& call) {
+    const SettingsReader settings(*desk.settings);
+    const std::string source = call.textIfPresent("source").value_or(settings.text("clipNamingSource"));
+    const auto known = SettingsCatalogue::choices("clipNamingSource");
+    if (call.has("source") && std::ranges::find(known, source) == known.end())
+        throw Error(ErrorCode::invalidParams, "lockAllInCluster: there is no source '" + source + "'");
+    const std::string pattern =
+        call.textIfPresent("customPattern").value_or(settings.text("customNamingPattern"));
+    if (desk.knows(call))
+        desk.controller->withUndo(undoSteps::lockAllInCluster, [&] {
+            desk.controller->lockAllInCluster(call.id("of"), GroupNaming::sourceFrom(source), pattern);
+        });
+    return {};
 }
 
 std::vector<Method> flagMethods() {
@@ -103,8 +115,8 @@ std::vector<Method> valueMethods() {
              [](Controller& controller, const Call& call) {
                  controller.setAudioAnchor(call.id("groupID"), call.numberIfPresent("secondsInAudio"));
              }),
-        edit("lockAllInCluster", lockAllInCluster,
-             {{"of", id}, {"source", text, true}, {"customPattern", text, true}}, lockCluster),
+        Method("lockAllInCluster", {{"of", id}, {"source", text, true}, {"customPattern", text, true}},
+               lockCluster),
         edit("setManualClipName", setManualClipName, {groupID, {"name", text}},
              [](Controller& controller, const Call& call) {
                  controller.setManualClipName(call.id("groupID"), call.text("name"));
@@ -112,8 +124,10 @@ std::vector<Method> valueMethods() {
         Method("setSyncMethod", {groupID, {"method", text}},
                [](Desk& desk, const Call& call) {
                    const SyncMethod method = syncMethod(call);
-                   desk.controller->withUndo(
-                       setSyncMethod, [&] { desk.controller->setSyncMethod(call.id("groupID"), method); });
+                   if (desk.knows(call))
+                       desk.controller->withUndo(setSyncMethod, [&] {
+                           desk.controller->setSyncMethod(call.id("groupID"), method);
+                       });
                    return JSON();
                }),
         edit("setManualSensorFrameRate", setManualSensorFrameRate, {groupID, {"fps", number, true}},
@@ -143,6 +157,7 @@ std::vector<Method> audioListMethods() {
         Method("attachAudioToGroup", {groupID, {"audio", any}},
                [](Desk& desk, const Call& call) {
                    const MediaAsset asset = audio(*desk.controller, call);
+                   if (!desk.knows(call)) return JSON();
                    desk.controller->withUndo(attachAudioToGroup, [&] {
                        desk.controller->attachAudioToGroup(call.id("groupID"), asset);
                    });

@@ -75,7 +75,9 @@ std::vector<Method> fileMethods() {
     return {
         Method("saveProject", {{"path", text}},
                [](Desk& desk, const Call& call) {
-                   desk.controller->saveProject({platform::files::standardized(call.text("path"))});
+                   const std::string& path = call.text("path");
+                   if (path.empty()) throw Error(ErrorCode::invalidParams, "saveProject: path is empty");
+                   desk.controller->saveProject({platform::files::standardized(path)});
                    return JSON();
                }),
         Method::later("loadProject", {{"path", text}},

@@ -138,6 +138,18 @@ platform::Task Server::serve(std::string line) {
     if (!responses.empty()) write(JSON(std::move(responses)));
 }
 
+platform::Task Server::finished(const Method& method, Call call, std::shared_ptr<JSON> result) {
+    isWaitedFor_ = true;
+    std::exception_ptr raised;
+    try {
+        co_await method.whenDone(desk_, std::move(call), std::move(result));
+    } catch (...) {
+        raised = std::current_exception();
+    }
+    isWaitedFor_ = false;
+    if (raised) std::rethrow_exception(raised);
+}
+
 platform::Task Server::answer(JSON request, std::shared_ptr<std::optional<JSON>> response) {
     bool isNotification = false;
     ErrorCode code = ErrorCode::operationFailed;
@@ -153,7 +165,7 @@ platform::Task Server::answer(JSON request, std::shared_ptr<std::optional<JSON>>
         if (method->second.now)
             *result = method->second.now(desk_, call);
         else
-            co_await method->second.whenDone(desk_, call, result);
+            co_await finished(method->second, call, result);
         if (isNotification) co_return;
         JSON success = message();
         success.set("id", parsed.id);

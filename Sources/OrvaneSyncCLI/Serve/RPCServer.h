@@ -26,12 +26,15 @@ class Server {
     void refuse(const std::string& why);
     /// Says something that nobody asked for.
     void notify(std::string_view method, JSON params);
+    /// A long operation runs that a caller waits for.
+    bool isWaitedFor() const { return isWaitedFor_; }
     /// Calls back as soon as all that was received has been answered.
     void whenIdle(std::function<void()> callback);
 
   private:
     platform::Task serveAll();
     platform::Task serve(std::string line);
+    platform::Task finished(const Method& method, Call call, std::shared_ptr<JSON> result);
     /// Leaves the response in `response`; nothing for a notification.
     platform::Task answer(JSON request, std::shared_ptr<std::optional<JSON>> response);
     void write(const JSON& message) const { write_(message.dump()); }
@@ -45,6 +48,7 @@ class Server {
     };
     std::deque<Waiting> waiting_;
     bool isServing_ = false;
+    bool isWaitedFor_ = false;
     std::function<void()> whenIdle_;
 };
 

@@ -3,6 +3,9 @@
 #include "Corpus.h"
 
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
+#include "OrvaneSyncCLI/Serve/Desk.h"
+#include "OrvaneSyncCLI/Serve/Methods.h"
+#include "OrvaneSyncCLI/Serve/RPCServer.h"
 #include "OrvaneSyncCore/Services/Persistence/GroupsCoding.h"
 #include "Platform/Files.h"
 #include "Platform/JSONView.h"
@@ -114,6 +117,20 @@ void parseSession(benchmark::State& state, const std::string& folder) {
     for (auto _ : state) benchmark::DoNotOptimize(parser.parse(platform::files::readText(path)));
 }
 
+/// The whole answer of `serve` to a question for its state, up to the pipe.
+void serveState(benchmark::State& state, const std::string& folder) {
+    OpenSession session(folder);
+    cli::rpc::Desk desk;
+    desk.controller = session.controller;
+    desk.sessions = session.manager;
+    desk.settings = std::make_shared<platform::MemorySettingsStore>();
+    std::size_t bytes = 0;
+    cli::rpc::Server server(desk, cli::rpc::allMethods(),
+                            [&](const std::string& line) { bytes += line.size(); });
+    for (auto _ : state) server.receive(R"({"jsonrpc":"2.0","id":1,"method":"state"})");
+    benchmark::DoNotOptimize(bytes);
+}
+
 } // namespace
 
 void registerSessionBenchmarks(const std::string& folder) {
@@ -127,6 +144,7 @@ void registerSessionBenchmarks(const std::string& folder) {
     add("encodeAfterOneChange", encodeAfterOneChange)->UseRealTime();
     add("encodeAll", encodeAll)->UseRealTime();
     add("openSession", [sessions](benchmark::State& state) { openSession(state, sessions); })->UseRealTime();
+    add("serveState", [sessions](benchmark::State& state) { serveState(state, sessions); })->UseRealTime();
     add("parseSession", [sessions](benchmark::State& state) {
         parseSession(state, sessions);
     })->UseRealTime();
@@ -134,7 +152,7 @@ void registerSessionBenchmarks(const std::string& folder) {
 
 void printSessionRows(const Medians& results) {
     const auto ms = [&](const char* name) { return results.milliseconds.at(name); };
-    constexpr double mostToSave = 100, mostToOpen = 500;
+    constexpr double mostToSave = 100, mostToOpen = 500; // to tell the state, too
     const double save = ms("saveAfterOneChange");
     printRow("save 10,000 clips after a change, UI thread", text("%.3f ms", save),
              text("%.1f ms all encoded", ms("encodeAll")), text("%.0f x", ms("encodeAll") / save),
@@ -147,6 +165,10 @@ void printSessionRows(const Medians& results) {
              text("%.0f ms bare parsing", ms("parseSession")),
              text("%.1f x", ms("openSession") / ms("parseSession")), text("< %.0f ms", mostToOpen),
              ms("openSession") < mostToOpen);
+    printRow("state of 10,000 clips through serve", text("%.0f ms", ms("serveState")),
+             text("%.1f ms clips encoded", ms("encodeAll")),
+             text("%.1f x", ms("serveState") / ms("encodeAll")), text("< %.0f ms", mostToOpen),
+             ms("serveState") < mostToOpen);
 }
 
 } // namespace orvane::bench

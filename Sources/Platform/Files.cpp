@@ -134,12 +134,6 @@ bool reachedTheDisk(const Descriptor& file) {
     return ::fsync(file.get()) == 0 || errno == EINVAL || errno == ENOTSUP;
 }
 
-void syncFolder(const std::string& folder) {
-    // The file is in its place already; a file system that can't sync a folder is no reason to say otherwise.
-    const Descriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (directory.isOpen()) ::fsync(directory.get());
-}
-
 void copyOwnership(const Descriptor& to, const struct stat& from) {
     // Only root may give files away; for everybody else the new file is theirs.
     if (::fchown(to.get(), from.st_uid, from.st_gid) != 0 &&
@@ -261,12 +255,20 @@ void keepAs(const std::string& path, const std::string& keptPath) {
     syncFolder(folderOf(keptPath));
 }
 
-std::string unreadableName(const std::string& path) {
-    const std::string first = path + ".unreadable";
+void syncFolder(const std::string& folder) {
+    // The file is in its place already; a file system that can't sync a folder is no reason to say otherwise.
+    const Descriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (directory.isOpen()) ::fsync(directory.get());
+}
+
+std::string freeName(const std::string& path, std::string_view suffix) {
+    const std::string first = path + std::string(suffix);
     std::string name = first;
     for (int i = 2; exists(name); ++i) name = first + "-" + std::to_string(i);
     return name;
 }
+
+std::string unreadableName(const std::string& path) { return freeName(path, ".unreadable"); }
 
 void removeAbandonedTemporaries(const std::string& folder) {
     constexpr std::time_t longestWrite = 3600; // seconds

@@ -53,6 +53,11 @@ void keepAs(const std::string& path, const std::string& keptPath);
 /// Where a file that can't be understood is kept beside the new one: "<path>.unreadable", with a number where
 /// there is one already.
 std::string unreadableName(const std::string& path);
+/// "<path><suffix>", with a number behind it when there is such a file already.
+std::string freeName(const std::string& path, std::string_view suffix);
+/// Makes the entries of the folder last: what was created or renamed in it. A file system that can't is no
+/// error.
+void syncFolder(const std::string& folder);
 /// Removes temporary files that killed writers left in the folder: those that nobody has touched for a while.
 void removeAbandonedTemporaries(const std::string& folder);
 

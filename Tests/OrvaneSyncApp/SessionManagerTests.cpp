@@ -373,16 +373,28 @@ TEST_F(SessionManagerTest, twoProgramsKeepBothSidesWork) {
     flush();
     EXPECT_EQ(onDisk(id).groups.front().manualClipName, "theirs");
     EXPECT_EQ(names(id).size(), 3U);
-    for (int turn = 0; turn < 3; ++turn) {
+    // Whoever writes, what stood there is kept, and nothing that was kept before gives way to it.
+    std::vector<std::string> kept{"groups.json.other"};
+    for (int turn = 2; turn < 5; ++turn) {
         approveFirst();
         flush();
         EXPECT_EQ(onDisk(id).groups.front().manualClipName, std::nullopt);
-        EXPECT_NE(folder_.read(file(id, "groups.json.other")).find("theirs"), std::string::npos);
+        EXPECT_NE(folder_.read(file(id, kept.back())).find("theirs"), std::string::npos);
         ASSERT_TRUE(manager_->problem());
         theirController->toggleApproved(theirController->syncGroups().front().id);
         finish(theirs->save(*theirController));
-        EXPECT_EQ(folder_.read(file(id, "groups.json.other")).find("theirs"), std::string::npos);
+        kept.push_back("groups.json.other-" + std::to_string(2 * turn - 2));
+        EXPECT_EQ(folder_.read(file(id, kept.back())).find("theirs"), std::string::npos);
+        kept.push_back("groups.json.other-" + std::to_string(2 * turn - 1));
     }
+    EXPECT_NE(folder_.read(file(id, kept.front())).find("theirs"), std::string::npos);
+    // Records that can't be read give way to nothing either.
+    for (const char* record : {"folders.json", "session.json"})
+        folder_.write(id.text() + ".orvanesync/" + record, "{");
+    approveFirst();
+    flush();
+    for (const char* record : {"folders.json.unreadable", "session.json.unreadable"})
+        EXPECT_EQ(folder_.read(file(id, record)), "{");
     // Folders of sessions: changes of one list, whoever makes them.
     EXPECT_TRUE(manager_->createFolder("Ours"));
     EXPECT_TRUE(theirs->createFolder("Theirs"));

@@ -37,7 +37,6 @@ ImportController::~ImportController() = default;
 void ImportController::assertOnMainThread() const { assert(mainThread_->isCurrent()); }
 
 void ImportController::notify(ImportField field) {
-    if (field == ImportField::syncGroups && project_.currentURL) project_.hasUnsavedChanges = true;
     if (changesUnderWay_ > 0) {
         if (std::ranges::find(untold_, field) == untold_.end()) untold_.push_back(field);
         return;

@@ -2,6 +2,7 @@
 
 #include "Platform/Log.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace orvane {
@@ -80,9 +81,14 @@ platform::Task SessionManager::write(std::weak_ptr<SessionManager> weak, UUID id
 }
 
 void SessionManager::finished(const UUID& id, const Outcome& outcome) {
-    if (outcome.failures.empty()) unwritten_.erase(id);
-    if (id != currentSessionId_) queue_->post([writer = groupsWriter_, id] { writer->closed(id); });
-    report(outcome.failures.empty() ? std::nullopt : std::optional(joined(outcome.failures)));
+    failures_.erase(id);
+    if (outcome.failures.empty())
+        unwritten_.erase(id);
+    else
+        failures_[id] = joined(outcome.failures);
+    if (id != currentSessionId_ && outcome.failures.empty())
+        queue_->post([writer = groupsWriter_, id] { writer->closed(id); });
+    report(failures_.empty() ? std::nullopt : std::optional(failures_.begin()->second));
 }
 
 void SessionManager::report(std::optional<std::string> failure) {
@@ -100,11 +106,21 @@ void SessionManager::writeNow(const UUID& id) {
     const auto data = waiting->second;
     Outcome outcome;
     queue_->sync([&] {
-        attempt(outcome.failures, "groups.json", [&] { groupsWriter_->write(id, data->groups); });
+        attempt(outcome.failures, "groups.json",
+                [&] { outcome.kept = groupsWriter_->write(id, data->groups); });
         attempt(outcome.failures, "folders.json", [&] { store_.writeFolders(id, data->folders); });
         attempt(outcome.failures, "session.json", [&] { store_.writeInfo(data->info); });
     });
+    if (outcome.kept) keptAtOpening_ = outcome.kept;
     finished(id, outcome);
+}
+
+/// What the disk would not take is tried again.
+void SessionManager::retryFailedWrites() {
+    std::vector<UUID> ids;
+    for (const auto& [id, failure] : failures_)
+        if (unwritten_.contains(id)) ids.push_back(id);
+    for (const UUID& id : ids) startWriting(id);
 }
 
 void SessionManager::writeUnwritten() {
@@ -121,9 +137,17 @@ platform::Task SessionManager::flush() {
 }
 
 platform::Task SessionManager::finishWrites(std::weak_ptr<SessionManager> weak) {
-    std::vector<platform::Task> writes;
-    if (const auto self = weak.lock()) writes = self->writes_;
-    for (const platform::Task& task : writes) co_await task;
+    // A save that was overtaken ends early; the one that took its place is waited for, too.
+    for (;;) {
+        std::optional<platform::Task> next;
+        if (const auto self = weak.lock()) {
+            const auto found = std::ranges::find_if(
+                self->writes_, [](const platform::Task& task) { return !task.isDone(); });
+            if (found != self->writes_.end()) next = *found;
+        }
+        if (!next) co_return;
+        co_await *next;
+    }
 }
 
 /// Writes the record at once, under a fresh token so that a save on its way does not bring the old one back.

@@ -189,6 +189,7 @@ void SessionManager::scheduleTimer() {
     autosaveTimer_ = mainThread_->after(autosaveInterval, [weak = weak_from_this()] {
         const auto self = weak.lock();
         if (!self) return;
+        self->retryFailedWrites();
         self->autosaveIfNeeded();
         self->scheduleTimer();
     });
@@ -220,6 +221,7 @@ void SessionManager::load(UUID sessionId, ImportController& controller) {
     if (!store_.exists(sessionId)) return;
     leaveSession();
     captureActiveSettingsSnapshot();
+    keptAtOpening_.reset();
     writeNow(sessionId); // what is read must be the newest
     auto read = store_.readGroups(sessionId);
     SessionFolders folders = store_.readFolders(sessionId).value_or(SessionFolders{});
@@ -233,8 +235,8 @@ void SessionManager::load(UUID sessionId, ImportController& controller) {
         controller.openStoredWork({folders.videoFolder, folders.audioFolder, std::move(read.groups)});
     }
     setCurrentSession(sessionId);
-    if (read.problem) {
-        problem_ = std::move(read.problem);
+    if (auto problem = read.problem ? std::move(read.problem) : std::move(keptAtOpening_)) {
+        problem_ = std::move(problem);
         notify(SessionField::problem);
     }
     const FolderInfo* folder = folderOfSession(sessionId);
@@ -307,6 +309,7 @@ void SessionManager::setFolder(const UUID& sessionId, const std::optional<std::s
 void SessionManager::deleteSession(UUID sessionId) {
     assertOnMainThread();
     unwritten_.erase(sessionId);
+    failures_.erase(sessionId);
     ++writeGeneration_[sessionId]; // writes on their way stop
     try {
         store_.remove(sessionId);

@@ -42,7 +42,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     const std::vector<SessionInfo>& sessions() const { return sessions_; }
     /// The open session; absent: nothing is saved.
     const std::optional<UUID>& currentSessionId() const { return currentSessionId_; }
-    /// What the last writing failed at; absent when it succeeded.
+    /// What the last writing of a session failed at; absent once all are written.
     const std::optional<std::string>& lastSaveError() const { return lastSaveError_; }
     /// What people should know of the open session's clips: that they can't be read, or which file was kept.
     const std::optional<std::string>& problem() const { return problem_; }
@@ -146,6 +146,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     bool isNewest(const UUID& id, std::uint64_t token) const;
     void writeNow(const UUID& id);
     void writeUnwritten();
+    void retryFailedWrites();
     void finished(const UUID& id, const Outcome& outcome);
     void persistRecord(SessionInfo info);
     void report(std::optional<std::string> failure);
@@ -185,6 +186,8 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     /// The newest write token of each session: an older write stops where it finds another one.
     std::map<UUID, std::uint64_t> writeGeneration_;
     std::map<UUID, std::shared_ptr<const Unwritten>> unwritten_;
+    std::map<UUID, std::string> failures_; ///< of sessions in `unwritten_`
+    std::optional<std::string> keptAtOpening_;
     std::vector<platform::Task> writes_;
     /// Belongs to the queue.
     const std::shared_ptr<SessionGroupsWriter> groupsWriter_;

@@ -21,6 +21,7 @@ Method doing(std::string_view name, std::vector<Parameter> parameters, Operation
 /// Ends when the session is on the disk; an error of the writing is the answer.
 platform::Task saved(Desk& desk, platform::Task saving) {
     co_await saving;
+    co_await desk.sessions->flush(); // an edit's own save may have taken the place of this one
     if (const auto& problem = desk.sessions->lastSaveError())
         throw Error(ErrorCode::operationFailed, *problem);
 }

@@ -2,6 +2,8 @@
 
 #include "Platform/FileLock.h"
 
+#include <utility>
+
 namespace orvane {
 
 namespace files = platform::files;
@@ -41,28 +43,28 @@ std::optional<std::string> SessionGroupsWriter::write(const UUID& id, const Sync
     const platform::FileLock lock = platform::FileLock::ofFolder(folder);
     if (!session.isTidied) files::removeAbandonedTemporaries(folder);
     session.isTidied = true;
-    auto kept = keepUnknown(session, path);
+    keepUnknown(session, path);
     files::writeAtomically(path, text);
     session.file = files::attributes(path);
     session.onDisk = groups;
-    return kept;
+    return std::exchange(session.kept, std::nullopt);
 }
 
-/// A file that can't be read is kept for good. Of another process's clips the latest are kept, so that two
-/// that take turns do not fill the disk: either way both sides' work is there.
-std::optional<std::string> SessionGroupsWriter::keepUnknown(Open& session, const std::string& path) const {
+/// Both sides' work is there afterwards. What was kept is told with the first write that succeeds.
+void SessionGroupsWriter::keepUnknown(Open& session, const std::string& path) {
     const auto there = files::attributes(path);
-    if (!there) return std::nullopt;
+    if (!there) return;
     const bool isKnown = session.file && isSameFile(*session.file, *there);
-    if (isKnown && !session.isUnreadable) return std::nullopt;
-    const std::string kept = session.isUnreadable ? files::unreadableName(path) : path + ".other";
+    if (isKnown && !session.isUnreadable) return;
+    // Another process may have written good clips since this one found a file that it could not read.
+    const bool isUnreadable = isKnown && session.isUnreadable;
+    const std::string kept = isUnreadable ? files::unreadableName(path) : files::freeName(path, ".other");
     files::keepAs(path, kept);
-    const std::string said = session.isUnreadable
-                                 ? "The clips of this session could not be read; their file was kept as "
-                                 : "Another program has changed this session; its clips were kept as ";
+    session.kept = (isUnreadable ? "The clips of this session could not be read; their file was kept as "
+                                 : "Another program has changed this session; its clips were kept as ") +
+                   kept;
     session.isUnreadable = false;
     session.file = there;
-    return said + kept;
 }
 
 } // namespace orvane

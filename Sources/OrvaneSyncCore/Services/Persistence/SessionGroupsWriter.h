@@ -29,10 +29,11 @@ class SessionGroupsWriter {
         GroupsEncoder encoder;
         std::optional<SyncGroupList> onDisk;          ///< the clips of `file`; absent: it must be written
         std::optional<platform::FileAttributes> file; ///< as this process last read or wrote it
+        std::optional<std::string> kept;              ///< what was kept and not told yet
         bool isUnreadable = false;
         bool isTidied = false;
     };
-    std::optional<std::string> keepUnknown(Open& session, const std::string& path) const;
+    static void keepUnknown(Open& session, const std::string& path);
 
     const SessionStore store_;
     std::map<UUID, Open> open_;

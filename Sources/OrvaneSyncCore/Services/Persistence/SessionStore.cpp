@@ -49,6 +49,13 @@ std::optional<std::vector<Record>> readRecords(const std::string& path) {
     }
 }
 
+/// Writes a record in place of the one that is there; one that can't be read is kept beside it.
+template <class Record>
+void writeRecord(const std::string& path, const Record& record) {
+    if (files::exists(path) && !readRecord<Record>(path)) files::keepAs(path, files::unreadableName(path));
+    files::writeAtomically(path, prettyText(toJSON(record)));
+}
+
 bool isDirectory(const std::string& path) {
     const auto there = files::attributes(path);
     return there && there->isDirectory;
@@ -90,7 +97,11 @@ std::string SessionStore::groupsPath(const UUID& id) const { return folderOf(id)
 
 bool SessionStore::exists(const UUID& id) const { return isDirectory(folderOf(id)); }
 
-void SessionStore::create(const UUID& id) const { files::createDirectories(folderOf(id)); }
+void SessionStore::create(const UUID& id) const {
+    if (exists(id)) return;
+    files::createDirectories(folderOf(id));
+    files::syncFolder(directory_);
+}
 
 void SessionStore::remove(const UUID& id) const {
     const std::string folder = folderOf(id), deleted = deletedName(directory_, id);
@@ -98,6 +109,7 @@ void SessionStore::remove(const UUID& id) const {
     {
         const FileLock lock = FileLock::ofFolder(folder); // a write that runs ends first
         files::rename(folder, deleted);
+        files::syncFolder(directory_);
     }
     finishRemovals(directory_);
 }
@@ -121,7 +133,7 @@ std::vector<SessionInfo> SessionStore::list() const {
 }
 
 void SessionStore::writeInfo(const SessionInfo& info) const {
-    files::writeAtomically(folderOf(info.id) + "/session.json", prettyText(toJSON(info)));
+    writeRecord(folderOf(info.id) + "/session.json", info);
 }
 
 SessionStore::Groups SessionStore::readGroups(const UUID& id) const {
@@ -142,7 +154,7 @@ std::optional<SessionFolders> SessionStore::readFolders(const UUID& id) const {
 }
 
 void SessionStore::writeFolders(const UUID& id, const SessionFolders& folders) const {
-    files::writeAtomically(folderOf(id) + "/folders.json", prettyText(toJSON(folders)));
+    writeRecord(folderOf(id) + "/folders.json", folders);
 }
 
 std::vector<FolderInfo> SessionStore::readFolderInfos() const {

@@ -29,7 +29,7 @@ class SessionStore {
 
     /// The sessions that can be read, most recently modified first.
     std::vector<SessionInfo> list() const;
-    /// Throws FileError.
+    /// A record that is there and can't be read is kept beside the new one. Throws FileError.
     void writeInfo(const SessionInfo& info) const;
 
     struct Groups {
@@ -43,7 +43,7 @@ class SessionStore {
 
     /// Nothing when they can't be read.
     std::optional<SessionFolders> readFolders(const UUID& id) const;
-    /// Throws FileError.
+    /// As `writeInfo`.
     void writeFolders(const UUID& id, const SessionFolders& folders) const;
 
     using FolderChange = std::function<void(std::vector<FolderInfo>&)>;

@@ -49,7 +49,7 @@ std::string ProgressLine::text(const ScanProgress& progress, double fraction, do
     if (elapsed > secondsBeforeGuessing && fraction > 0)
         left = " " + clockText(elapsed * (1 - fraction) / fraction) + " left";
     // A line that wrapped could not be drawn over.
-    phase = shortened(phase, columns - platform::text::displayWidth(count + left) - 1);
+    phase = shortened(phase, columns - platform::text::displayWidth(count + left));
     const int used = platform::text::displayWidth(phase + count + left) + 4;
     const int room = std::min(columns - used, widestBar);
     return phase + count + (room >= narrowestBar ? " " + bar(fraction, room) : "") + left;

@@ -23,17 +23,6 @@ std::string bar(double fraction, int columns) {
     return text + "]";
 }
 
-/// The beginning of the text as far as the columns reach, with a sign that it is not the whole.
-std::string shortened(const std::string& text, int columns) {
-    if (platform::text::displayWidth(text) <= columns) return text;
-    std::string beginning;
-    for (const std::string_view character : platform::text::characters(text)) {
-        if (platform::text::displayWidth(beginning + std::string(character)) >= columns) break;
-        beginning += character;
-    }
-    return beginning + "…";
-}
-
 } // namespace
 
 ProgressLine::ProgressLine(Context& context, bool isQuiet)
@@ -49,7 +38,7 @@ std::string ProgressLine::text(const ScanProgress& progress, double fraction, do
     if (elapsed > secondsBeforeGuessing && fraction > 0)
         left = " " + clockText(elapsed * (1 - fraction) / fraction) + " left";
     // A line that wrapped could not be drawn over.
-    phase = shortened(phase, columns - platform::text::displayWidth(count + left));
+    phase = fitted(phase, columns - platform::text::displayWidth(count + left));
     const int used = platform::text::displayWidth(phase + count + left) + 4;
     const int room = std::min(columns - used, widestBar);
     return phase + count + (room >= narrowestBar ? " " + bar(fraction, room) : "") + left;

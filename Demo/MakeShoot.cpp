@@ -1,12 +1,14 @@
 #include "Support/Media/LTCSignal.h"
 #include "Support/Media/WaveMaker.h"
 
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <exception>
 #include <iostream>
 #include <numbers>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // The sound of the demo's shoot: a recorder with six named tracks, three takes and a room tone, 25 frames a
@@ -31,13 +33,44 @@ struct Take {
 
 constexpr double at(int hours, int minutes, int seconds) { return hours * 3600 + minutes * 60 + seconds; }
 
-/// Speech is a tone that comes and goes, a different one for each microphone; the clap is one loud sample in
-/// front.
-float speech(int channel, double seconds) {
-    constexpr double lowest = 110, syllablesPerSecond = 2;
-    const double tone = std::sin(2 * std::numbers::pi * lowest * (channel + 1) * seconds);
-    const double loudness = std::sin(std::numbers::pi * syllablesPerSecond * (seconds + 0.2 * channel));
-    return static_cast<float>(0.2 * tone * loudness * loudness);
+/// How loud each of the two people is at a microphone: their lavs keep them apart, the boom hears both from
+/// afar, and the mix has both alike.
+struct Microphone {
+    std::string_view name;
+    double anna, ben;
+};
+
+constexpr std::array<Microphone, channels> microphones{{
+    {"Mix", 0.2, 0.2},
+    {"Boom", 0.1, 0.06},
+    {"Lav Anna", 0.25, 0.005},
+    {"Lav Ben", 0.005, 0.25},
+    {"Plant", 0.03, 0.05},
+    {"Spare", 0, 0},
+}};
+
+/// Words of half a second, a tone each, with a pause behind them.
+double words(double tone, double seconds) {
+    constexpr double wordSeconds = 0.75, spoken = 0.5;
+    const double inWord = std::fmod(seconds, wordSeconds);
+    if (inWord >= spoken) return 0;
+    return std::sin(std::numbers::pi * inWord / spoken) * std::sin(2 * std::numbers::pi * tone * seconds);
+}
+
+/// The two take turns of two seconds.
+float speech(const Microphone& microphone, double seconds) {
+    constexpr double turnSeconds = 2, annasTone = 220, bensTone = 120;
+    const bool isAnna = std::fmod(seconds, 2 * turnSeconds) < turnSeconds;
+    return static_cast<float>(isAnna ? microphone.anna * words(annasTone, seconds)
+                                     : microphone.ben * words(bensTone, seconds));
+}
+
+/// Where nobody speaks, the recorder has timecode on its spare channel.
+std::vector<std::string> trackNames(const Take& take) {
+    std::vector<std::string> names;
+    for (const Microphone& microphone : microphones) names.emplace_back(microphone.name);
+    if (take.isWild) names.at(ltcChannel) = "LTC";
+    return names;
 }
 
 void write(const std::string& folder, const Take& take) {
@@ -49,19 +82,22 @@ void write(const std::string& folder, const Take& take) {
     for (std::size_t i = 0; i < frames; ++i)
         for (int channel = 0; channel < channels; ++channel) {
             float& sample = samples[i * channels + static_cast<std::size_t>(channel)];
-            if (channel == ltcChannel)
+            if (channel == ltcChannel && take.isWild)
                 sample = timecode[i];
             else if (take.isWild)
-                sample = 0.001F * speech(channel, static_cast<double>(i) / sampleRate);
+                sample = 0.001F * speech(microphones[static_cast<std::size_t>(channel)],
+                                         static_cast<double>(i) / sampleRate);
             else
-                sample = i == clapAt ? 0.9F : speech(channel, static_cast<double>(i) / sampleRate);
+                sample = i == clapAt ? 0.9F
+                                     : speech(microphones[static_cast<std::size_t>(channel)],
+                                              static_cast<double>(i) / sampleRate);
         }
     const IXMLText ixml{.scene = take.scene,
                         .take = take.take,
                         .tape = "SR001",
                         .project = "Demo",
                         .wildTrack = take.isWild ? "TRUE" : "FALSE",
-                        .tracks = {"Mix", "Boom", "Lav Anna", "Lav Ben", "Plant", "LTC"}};
+                        .tracks = trackNames(take)};
     WaveMaker()
         .format({.channels = channels, .sampleRate = sampleRate})
         .bext({.originator = "Demo Recorder",

@@ -30,17 +30,6 @@ const char* mark(const BlockDecision* block, int track) {
     return block->secondaryTrack == track ? secondary : notHeard;
 }
 
-/// No wider than that; what is cut off shows as an ellipsis.
-std::string shortened(const std::string& label, int columns) {
-    if (platform::text::displayWidth(label) <= columns) return label;
-    std::string text;
-    for (const std::string_view character : platform::text::characters(label)) {
-        if (platform::text::displayWidth(text + std::string(character)) >= columns) break;
-        text += character;
-    }
-    return text + "…";
-}
-
 } // namespace
 
 std::string channelStrip(const std::vector<BlockDecision>& blocks, const std::vector<std::string>& names,
@@ -50,7 +39,7 @@ std::string channelStrip(const std::vector<BlockDecision>& blocks, const std::ve
     std::vector<std::string> labels;
     labels.reserve(names.size());
     for (const std::string& name : names) {
-        labels.push_back(shortened(platform::text::printable(name), columns / mostLabelShare));
+        labels.push_back(fitted(platform::text::printable(name), columns / mostLabelShare));
         labelWidth = std::max(labelWidth, platform::text::displayWidth(labels.back()));
     }
     const int width = std::max(columns - labelWidth - 2, narrowestStrip);

@@ -51,7 +51,7 @@ const Command& ltcCommand() {
         "ltc",
         "FILE [--channel N] [options]",
         "Read a linear timecode from the first two seconds of a recording.",
-        "orvanesync ltc demo/shoot/sound/DAY1_T01.WAV --channel 5",
+        "orvanesync ltc demo/shoot/sound/DAY1_ROOMTONE.WAV --channel 5",
         {{"--channel", "N",
           "the channel that carries the signal, counted from 0 (default: ltc.channelIndex)"}},
         ltc};

@@ -13,6 +13,7 @@ void scan(Context& context, const Arguments& arguments) {
         context.out << stateJSON(run.controller()).dump(JSON::Layout::pretty) << "\n";
     else
         context.out << stateText(run.controller(), context.mayColour) << smartAudioText(run.controller());
+    for (const std::string& warning : smartAudioWarnings(run.controller())) context.warn(warning);
 }
 
 } // namespace

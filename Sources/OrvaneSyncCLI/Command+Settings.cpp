@@ -7,7 +7,7 @@ namespace orvane::cli {
 namespace {
 
 JSON presentValue(const Context& context, const SettingDescription& setting) {
-    return context.settings->value(setting.key).value_or(setting.defaultValue());
+    return context.settings->value(setting.key).value_or(defaultInUse(setting));
 }
 
 const SettingDescription& named(const std::string& key) {
@@ -20,7 +20,7 @@ JSON describedJSON(const Context& context, const SettingDescription& setting) {
     json.set("key", std::string(setting.key));
     json.set("family", std::string(setting.family));
     json.set("type", std::string(name(setting.kind)));
-    if (const JSON standard = setting.defaultValue(); !standard.isNull()) json.set("default", standard);
+    if (const JSON standard = defaultInUse(setting); !standard.isNull()) json.set("default", standard);
     if (const JSON value = presentValue(context, setting); !value.isNull()) json.set("value", value);
     json.set("stored", context.settings->storedValue(setting.key).has_value());
     if (const auto words = SettingsCatalogue::choices(setting.key); !words.empty()) {
@@ -51,7 +51,7 @@ void list(Context& context, bool asJSON) {
     for (const auto& setting : SettingsCatalogue::all()) {
         if (!family.empty() && setting.family != family) table.add({"", "", "", "", ""});
         family = setting.family;
-        const std::string standard = settingText(setting.defaultValue());
+        const std::string standard = settingText(defaultInUse(setting));
         const std::string value = settingText(presentValue(context, setting));
         table.add({std::string(setting.key), std::string(name(setting.kind)), standard,
                    value == standard ? "" : value, meaningText(setting)});

@@ -84,7 +84,7 @@ void writeDocument(const ImportController& controller, const ExportResult& resul
 }
 
 void addOwnWarnings(const ImportController& controller, ExportResult& result) {
-    for (auto* warnings : {&leftOutWarnings, &unheardWarnings})
+    for (auto* warnings : {&leftOutWarnings, &smartAudioWarnings})
         for (std::string& warning : (*warnings)(controller)) result.warnings.push_back(std::move(warning));
     if (result.syncClipCount + result.multicamCount == 0)
         result.warnings.emplace_back("the document holds no clip; look at the settings generateSyncClips and "

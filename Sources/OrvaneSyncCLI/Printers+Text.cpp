@@ -179,38 +179,6 @@ std::vector<std::string> leftOutWarnings(const ImportController& controller) {
     return warnings;
 }
 
-std::vector<std::string> unheardWarnings(const ImportController& controller) {
-    std::vector<std::string> warnings;
-    const auto& results = controller.smartAudio().results;
-    for (const SyncGroup& group : controller.syncGroups()) {
-        const auto result = results.find(group.id);
-        if (result == results.end() || !result->second.tracks.empty() || group.isMOS()) continue;
-        std::string warning = "Smart Audio can't hear " + group.primaryAudio()->filename +
-                              "; all its channels stay switched on";
-        // Cameras may share the recording.
-        if (std::ranges::find(warnings, warning) == warnings.end()) warnings.push_back(std::move(warning));
-    }
-    return warnings;
-}
-
-std::string smartAudioText(const ImportController& controller) {
-    const auto& results = controller.smartAudio().results;
-    if (results.empty()) return "";
-    long long clips = 0, channels = 0, chosen = 0;
-    for (const SyncGroup& group : controller.syncGroups()) {
-        const auto result = results.find(group.id);
-        if (result == results.end() || result->second.tracks.empty()) continue;
-        ++clips;
-        channels += static_cast<long long>(result->second.tracks.size());
-        chosen += static_cast<long long>(group.manualActiveTracks.size());
-    }
-    std::string text = "Smart Audio: " + counted(clips, "clip", "clips") + " heard, " +
-                       std::to_string(chosen) + " of " + counted(channels, "channel", "channels") + " chosen";
-    const auto unheard = static_cast<long long>(unheardWarnings(controller).size());
-    if (unheard > 0) text += "; " + counted(unheard, "recording", "recordings") + " can't be heard";
-    return text + ".\n";
-}
-
 std::string assetText(const MediaAsset& asset, bool bold) {
     Table table({{asset.filename}, {""}});
     addFact(table, "starts", asset.startTimecodeString);

@@ -18,8 +18,9 @@ JSON exportJSON(const ImportController& controller, const ExportResult& result, 
 
 /// One line for each clip that the document does not hold, and why.
 std::vector<std::string> leftOutWarnings(const ImportController& controller);
-/// One line for each recording that Smart Audio could not hear.
-std::vector<std::string> unheardWarnings(const ImportController& controller);
+/// One line for each recording that Smart Audio could not hear, or not to its end, or of which it leaves
+/// nothing but timecode switched on.
+std::vector<std::string> smartAudioWarnings(const ImportController& controller);
 
 // The same for people.
 

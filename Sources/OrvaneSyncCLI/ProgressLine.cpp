@@ -30,15 +30,18 @@ ProgressLine::ProgressLine(Context& context, bool isQuiet)
 
 std::string ProgressLine::text(const ScanProgress& progress, double fraction, double elapsed, int columns) {
     if (progress.phase.empty()) return "";
-    if (!progress.isActive()) return progress.phase;
+    std::string phase = platform::text::printable(progress.phase); // may name a file
+    if (!progress.isActive()) return phase;
     fraction = std::clamp(fraction, 0.0, 1.0);
     const std::string count = " " + std::to_string(progress.current) + "/" + std::to_string(progress.total);
     std::string left;
     if (elapsed > secondsBeforeGuessing && fraction > 0)
         left = " " + clockText(elapsed * (1 - fraction) / fraction) + " left";
-    const int used = platform::text::displayWidth(progress.phase + count + left) + 4;
+    // A line that wrapped could not be drawn over.
+    phase = fitted(phase, columns - platform::text::displayWidth(count + left));
+    const int used = platform::text::displayWidth(phase + count + left) + 4;
     const int room = std::min(columns - used, widestBar);
-    return progress.phase + count + (room >= narrowestBar ? " " + bar(fraction, room) : "") + left;
+    return phase + count + (room >= narrowestBar ? " " + bar(fraction, room) : "") + left;
 }
 
 void ProgressLine::show(const ScanProgress& progress, double fraction) {

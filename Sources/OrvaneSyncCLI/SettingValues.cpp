@@ -1,6 +1,7 @@
 #include "OrvaneSyncCLI/SettingValues.h"
 
 #include "OrvaneSyncCLI/Arguments.h"
+#include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -13,6 +14,8 @@ namespace orvane::cli {
 namespace {
 
 using Kind = SettingDescription::Kind;
+
+constexpr std::string_view smartAudioModeKey = "smartAudioMode";
 
 std::string kindText(Kind kind) { return (kind == Kind::integer ? "an " : "a ") + std::string(name(kind)); }
 
@@ -36,6 +39,12 @@ bool isUnderstood(const SettingDescription& setting, const platform::JSON& value
     return false;
 }
 
+/// Of an effect of Final Cut Pro, where beyond 0 to 1 there is nothing.
+bool isAmount(std::string_view key) {
+    return key == "smartAudio.voiceIso" || key == "smartAudio.loudness" ||
+           key == "smartAudio.loudnessUniformity";
+}
+
 struct SettingGroup {
     std::string_view title;
     std::array<std::string_view, 5> keys;
@@ -52,11 +61,15 @@ constexpr std::array<SettingGroup, 5> mostChanged{{
      {"offspeed.generateNativeMOS", "offspeed.suffix", "offspeed.generateProjectRate",
       "offspeed.projectRateSuffix", "offspeed.autoKeyword"}},
     {"sound",
-     {"bestChannelMode", "smartAudio.blockMode", "smartAudio.targetLUFS", "globalAudioOffset.frames",
+     {"smartAudioMode", "smartAudio.blockMode", "smartAudio.loudness", "globalAudioOffset.frames",
       "audioBaseRole"}},
 }};
 
 } // namespace
+
+platform::JSON defaultInUse(const SettingDescription& setting) {
+    return setting.key == smartAudioModeKey ? platform::JSON() : setting.defaultValue();
+}
 
 std::string settingText(const platform::JSON& value) {
     if (const std::string* text = value.string()) return *text;
@@ -78,8 +91,15 @@ std::optional<std::string> whyUseless(const SettingDescription& setting, const p
     const std::string takes = "the setting '" + std::string(setting.key) + "' takes ";
     if (!isUnderstood(setting, value))
         return takes + kindText(setting.kind) + ", not '" + settingText(value) + "'";
+    if (isAmount(setting.key)) {
+        const double amount = value.number().value_or(0);
+        if (amount >= 0 && amount <= 1) return std::nullopt;
+        return takes + "a number from 0 to 1, not '" + settingText(value) + "'";
+    }
     const auto words = SettingsCatalogue::choices(setting.key);
     if (words.empty() || std::ranges::find(words, settingText(value)) != words.end()) return std::nullopt;
+    // Who reads this one is not particular about case and blanks.
+    if (setting.key == smartAudioModeKey && smartAudioModeFromUITag(settingText(value))) return std::nullopt;
     std::string list;
     for (const std::string_view word : words) list.append(list.empty() ? "" : ", ").append(word);
     return takes + "one of " + list + "; not '" + settingText(value) + "'";
@@ -91,7 +111,7 @@ std::string exportSettingsHelp() {
         help.append("  ").append(group.title).append("\n");
         for (const std::string_view key : group.keys) {
             const SettingDescription* setting = SettingsCatalogue::find(key);
-            std::string line = "    " + std::string(key) + "=" + settingText(setting->defaultValue());
+            std::string line = "    " + std::string(key) + "=" + settingText(defaultInUse(*setting));
             line.resize(std::max<std::size_t>(line.size() + 2, 48), ' ');
             help.append(line).append(SettingsCatalogue::meaning(key)).append("\n");
         }

@@ -13,6 +13,9 @@ namespace orvane::cli {
 /// it as it stands. Null for the setting: one that nobody knows.
 platform::JSON settingValue(const SettingDescription* setting, const std::string& typed);
 
+/// What holds where nothing was stored; null for the mode of Smart Audio, where commands differ.
+platform::JSON defaultInUse(const SettingDescription& setting);
+
 /// A value as it is typed: a text bare, a whole number without a point, anything else as JSON; empty for
 /// none.
 std::string settingText(const platform::JSON& value);

@@ -73,4 +73,14 @@ std::string clockText(double seconds) {
     return text.data();
 }
 
+std::string fitted(const std::string& text, int columns) {
+    if (platform::text::displayWidth(text) <= columns) return text;
+    std::string beginning;
+    for (const std::string_view character : platform::text::characters(text)) {
+        if (platform::text::displayWidth(beginning + std::string(character)) >= columns) break;
+        beginning += character;
+    }
+    return beginning + "…";
+}
+
 } // namespace orvane::cli

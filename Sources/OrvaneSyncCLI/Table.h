@@ -36,5 +36,7 @@ using platform::text::formatted;
 std::string counted(long long count, std::string_view one, std::string_view many);
 /// Minutes and seconds, or hours too, such as "1:05" and "1:00:07"; empty for nothing.
 std::string clockText(double seconds);
+/// No wider on a terminal than that; what is cut off shows as an ellipsis.
+std::string fitted(const std::string& text, int columns);
 
 } // namespace orvane::cli

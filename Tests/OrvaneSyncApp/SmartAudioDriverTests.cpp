@@ -4,8 +4,10 @@
 #include "Support/Media/MovieMaker.h"
 #include "Support/Media/WaveMaker.h"
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <functional>
 #include <numbers>
 #include <set>
 #include <string>
@@ -106,7 +108,7 @@ TEST_F(SmartAudioDriverTest, hearsEverySettledClipWithSound) {
     EXPECT_TRUE(wasAnalyzing);
     EXPECT_FALSE(controller_->smartAudio().isAnalyzing);
     ASSERT_GT(steps.size(), 3U); // within a recording too
-    EXPECT_EQ(steps.front(), (SmartAudioProgress{"Listening to recordings", 1, 2, 0}));
+    EXPECT_EQ(steps.front(), (SmartAudioProgress{"Listening to T01.WAV", 1, 2, 0}));
     EXPECT_EQ(steps.back().current, 2);
     EXPECT_EQ(steps.back().fraction, 1); // the second clip needs no reading
     for (const auto& step : steps) EXPECT_TRUE(step.fraction >= 0 && step.fraction <= 1);
@@ -252,6 +254,104 @@ TEST_F(SmartAudioDriverTest, passesOverWhatHasGoneWhileItListened) {
     controller_.reset();
     EXPECT_TRUE(watch.expired());
     finish(abandoned);
+}
+
+TEST_F(SmartAudioDriverTest, aVerdictAnswersWhatTheClipIsWhenItComes) {
+    struct Case {
+        const char* change;
+        std::function<void(const UUID&)> meanwhile;
+        bool isHeard;
+        Tracks active;
+    };
+    const std::vector<Case> cases{
+        {"nothing", [](const UUID&) {}, true, {2}},
+        {"undone", [&](const UUID&) { controller_->undo(); }, false, {2}},
+        {"put back to auto", [&](const UUID& id) { controller_->resetClipToAutoSync(id); }, false, {}},
+        {"matched anew", [&](const UUID& id) { controller_->resyncClip(id); }, false, {2}},
+        {"its recording taken away",
+         [&](const UUID& id) { controller_->removeAudioMatch(id, clip("A001")->audioMatches.at(0).id); },
+         false,
+         {2}},
+        {"the channel taken from the algorithm",
+         [&](const UUID& id) { controller_->toggleAlgorithmInclusion(id, 2); },
+         true,
+         {1}},
+        {"and given back",
+         [&](const UUID& id) {
+             controller_->toggleAlgorithmInclusion(id, 2);
+             controller_->toggleAlgorithmInclusion(id, 2);
+         },
+         true,
+         {2}},
+        {"a range by hand",
+         [&](const UUID& id) { controller_->addBlockOverride(id, 2, 4, 3); },
+         true,
+         {2, 3}},
+    };
+    for (const bool wasKnown : {false, true})
+        for (const Case& one : cases) {
+            SCOPED_TRACE(std::string(one.change) + (wasKnown ? ", known before" : ""));
+            finish(controller_->startScan());
+            const UUID id = clip("A001")->id;
+            if (wasKnown) analyse(id);
+            controller_->withUndo(undoSteps::toggleTrackActive, [&] { controller_->toggleApproved(id); });
+            if (!wasKnown) settings_->set("smartAudioMode", "standard");
+            const auto listening = controller_->runSmartAudioForGroup(id, false);
+            one.meanwhile(id);
+            finish(listening);
+            settle();
+            EXPECT_EQ(result("A001") != nullptr, one.isHeard);
+            const bool isUntouched = !wasKnown && !one.isHeard;
+            EXPECT_EQ(active("A001"), isUntouched ? Tracks{} : one.active);
+            EXPECT_EQ(clip("A001")->measuredLUFS.has_value(), one.isHeard || wasKnown);
+            settings_->remove("smartAudioMode");
+        }
+}
+
+TEST_F(SmartAudioDriverTest, oneReadingAnswersAllChangesMadeBeforeIt) {
+    const UUID a = clip("A001")->id;
+    analyse(a);
+    std::vector<SmartAudioProgress> steps;
+    int measurements = 0;
+    bool countsGroups = false;
+    const auto subscription = controller_->onChange([&](ImportField field) {
+        if (field == ImportField::smartAudio && controller_->smartAudio().isAnalyzing)
+            steps.push_back(controller_->smartAudio().progress);
+        if (field == ImportField::syncGroups && countsGroups) ++measurements;
+    });
+    for (int track = 3; track <= 6; ++track) controller_->toggleTrackActive(a, track);
+    controller_->toggleAlgorithmInclusion(a, 2);
+    countsGroups = true;
+    settle();
+    EXPECT_EQ(measurements, 1);
+    EXPECT_EQ(active("A001"), (Tracks{2, 3, 4, 5, 6}));
+    EXPECT_FALSE(blockTracks("A001").contains(2)) << "the last change counts too";
+
+    ASSERT_GT(steps.size(), 2U);
+    for (const auto& step : steps) {
+        EXPECT_EQ(step.phase, "Listening to T01.WAV");
+        EXPECT_EQ(step.current, 1);
+        EXPECT_EQ(step.total, 1);
+    }
+    EXPECT_EQ(steps.front().fraction, 0);
+
+    // A change of the terms is no part of the reading under way.
+    settings_->set("smartAudioMode", "studio");
+    controller_->soloTrackActive(a, 3);
+    settings_->set("smartAudioMode", "cinematic");
+    controller_->soloTrackActive(a, 4);
+    settle();
+    EXPECT_EQ(result("A001")->tracks.at(1).loudnessAmount, 0.6F);
+
+    // Of two runs the earlier is shown until it ends.
+    steps.clear();
+    const auto all = controller_->runSmartAudioAnalysis(SmartAudioMode::standard, false);
+    const auto one = controller_->runSmartAudioForGroup(clip("D001")->id, false);
+    finish(all);
+    finish(one);
+    const auto isOfOne = [](const SmartAudioProgress& step) { return step.total == 1; };
+    EXPECT_TRUE(std::ranges::is_partitioned(steps, std::not_fn(isOfOne)));
+    EXPECT_EQ(steps.front(), (SmartAudioProgress{"Listening to T01.WAV", 1, 2, 0}));
 }
 
 TEST_F(SmartAudioDriverTest, editsForgetOrRenewWhatTheyMakeStale) {

@@ -401,13 +401,16 @@ TEST(Settings, whatDoesNothingIsSaidButNoError) {
     const std::vector<Case> cases{{"trimmode=video", "did you mean 'trimMode'?"},
                                   {"trimMode=vidoe", "takes one of common, video, none; not 'vidoe'"},
                                   {"alternateWidth=wide", "takes an integer, not 'wide'"},
-                                  {"ltc.enabled=maybe", "takes a boolean, not 'maybe'"}};
+                                  {"ltc.enabled=maybe", "takes a boolean, not 'maybe'"},
+                                  {"smartAudio.voiceIso=7", "takes a number from 0 to 1, not '7'"},
+                                  {"smartAudio.loudness=-0.1", "takes a number from 0 to 1, not '-0.1'"}};
     for (const Case& c : cases) {
         const Outcome outcome = runWith({"timecode", "rate-of", "25", "--set", c.assignment});
         EXPECT_EQ(outcome.status, done);
         EXPECT_NE(outcome.err.find(c.says), std::string::npos) << outcome.err;
     }
-    for (const char* good : {"trimMode=none", "alternateWidth=1998", "ltc.enabled=true", "eventName=7"})
+    for (const char* good : {"trimMode=none", "alternateWidth=1998", "ltc.enabled=true", "eventName=7",
+                             "smartAudioMode= CINEMATIC ", "smartAudio.loudness=1"})
         EXPECT_EQ(runWith({"timecode", "rate-of", "25", "--set", good}).err, "") << good;
 }
 
@@ -423,7 +426,10 @@ TEST(ProgressLine, tellsPhaseCountBarAndTimeLeft) {
     EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 0.25, 0.5, 40),
               "Probing 1/4 [######...................]");
     EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 0.25, 20, 40), "Probing 1/4 [####...........] 1:00 left");
-    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 0.25, 20, 20), "Probing 1/4 1:00 left");
+    EXPECT_EQ(ProgressLine::text({"Probing", 1, 4}, 0.25, 20, 21), "Probing 1/4 1:00 left");
+    EXPECT_EQ(ProgressLine::text({"Listening to Szene_12A.WAV\x1b", 1, 4}, 0.25, 0.5, 20),
+              "Listening to Sz… 1/4");
+    EXPECT_EQ(ProgressLine::text({"A\x1b[2J.WAV", 1, 4}, 0.25, 0.5, 17), "A\uFFFD[2J.WAV 1/4");
     EXPECT_EQ(ProgressLine::text({"Matching timecodes...", 0, 0}, 0, 20, 40), "Matching timecodes...");
 }
 

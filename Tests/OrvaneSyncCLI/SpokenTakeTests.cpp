@@ -11,10 +11,12 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <random>
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvane::cli {
@@ -248,6 +250,67 @@ TEST_F(SpokenTakeTest, aRecordingThatCannotBeHeardIsAWarning) {
     EXPECT_NE(outcome.out.find("0 clips heard, 0 of 0 channels chosen; 1 recording can't be heard"),
               std::string::npos)
         << outcome.out;
+}
+
+TEST_F(SpokenTakeTest, saysWhatSmartAudioDidNotHear) {
+    const auto outcomes = [&] {
+        const std::string shoot = folder_.path("shoot");
+        return std::pair(runWith({"sync", shoot, "-o", folder_.path("out.fcpxml"), "--no-cache"}),
+                         runWith({"scan", shoot, "--no-cache", "--set", "smartAudioMode=standard"}));
+    };
+    struct Case {
+        const char* trouble;
+        std::vector<Microphone> microphones;
+        std::function<void(std::string& wave)> harm;
+        const char *warning, *count;
+    };
+    const std::vector<Case> cases{
+        {"none", {{"Boom", -18, -18, -62}, {"TCM", -40, -40, -66}}, nullptr, "", "1 clip heard, 1 of 2"},
+        {"only timecode is steady",
+         {{"Boom", -60, -60, -66}, {"LTC", -20, -20, -22}},
+         nullptr,
+         "of T01.WAV only channel 2 is switched on, by its name timecode",
+         "1 clip heard, 1 of 2"},
+        {"a format that nothing decodes",
+         {{"Boom", -18, -18, -62}, {"Lav", -40, -40, -66}},
+         [](std::string& wave) { wave.replace(wave.find("fmt ") + 8, 2, "\x00\x20", 2); },
+         "Smart Audio can't hear T01.WAV; only its channel 1 stays switched on",
+         "0 clips heard, 0 of 0 channels chosen; 1 recording can't be heard"},
+    };
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.trouble);
+        makeTake(1, one.microphones);
+        if (one.harm) {
+            std::string wave = folder_.read("shoot/T01.WAV");
+            one.harm(wave);
+            folder_.write("shoot/T01.WAV", wave);
+        }
+        const auto [sync, scan] = outcomes();
+        for (const Outcome& outcome : {sync, scan}) {
+            EXPECT_EQ(outcome.status, done);
+            EXPECT_NE(outcome.out.find(one.count), std::string::npos) << outcome.out;
+            if (*one.warning == '\0')
+                EXPECT_EQ(outcome.err, "");
+            else
+                EXPECT_NE(outcome.err.find(one.warning), std::string::npos) << outcome.err;
+        }
+    }
+}
+
+TEST_F(SpokenTakeTest, saysWhereARecordingIsTooLongToBeHeardWhole) {
+    constexpr std::uint32_t slow = 1000;
+    for (const auto& [seconds, isWhole] : {std::pair(2500U, true), std::pair(2502U, false)}) {
+        makeTake(1, {{"Boom", -18, -18, -62}});
+        test::WaveMaker()
+            .format({.channels = 1, .sampleRate = slow, .samples = test::SampleFormat::pcm16})
+            .bext({.date = "2026-11-20", .timeReference = std::uint64_t{tenOClock + 600} * slow})
+            .samples(std::vector<float>(std::size_t{seconds} * slow, 0.1F))
+            .writeTo(folder_.path("shoot/T01.WAV"));
+        const Outcome outcome =
+            runWith({"sync", folder_.path("shoot"), "-o", folder_.path("out.fcpxml"), "--no-cache"});
+        const std::string warning = "heard only the first 41:40 of the 41:42 of T01.WAV";
+        EXPECT_EQ(outcome.err.find(warning) == std::string::npos, isWhole) << outcome.err << outcome.out;
+    }
 }
 
 } // namespace

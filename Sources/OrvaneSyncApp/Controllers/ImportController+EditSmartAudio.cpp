@@ -65,6 +65,7 @@ void ImportController::resetMasterGain(UUID groupID) {
 
 /// All that Smart Audio knows of the clip, and all that was rendered from it.
 void ImportController::removeSmartAudioCaches(UUID groupID) {
+    ++timesForgotten_[groupID];
     smartAudio_.results.erase(groupID);
     smartAudio_.soloMonitorTracks.erase(groupID);
     smartAudio_.soloMonitorURLs.erase(groupID);
@@ -79,6 +80,7 @@ void ImportController::removeRenderedAudio(UUID groupID) {
 
 /// Previews of Voice Isolation stay: they depend on nothing that undoing brings back.
 void ImportController::invalidateCachesAfterUndo() {
+    ++timesAllForgotten_;
     smartAudio_.results.clear();
     smartAudio_.mixdownURLs.clear();
     smartAudio_.soloMonitorURLs.clear();

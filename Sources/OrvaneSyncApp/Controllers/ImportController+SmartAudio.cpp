@@ -41,6 +41,12 @@ std::set<int> candidateTracks(const SyncGroup& group, int channelCount) {
 /// Stems of a recording take their place here; without a separator there are none.
 std::optional<SeparatedStems> stemsOf(const MediaAsset& /*audio*/) { return std::nullopt; }
 
+/// Whether both would hear the same: their terms are those of one run.
+bool asksTheSame(const SmartAudioRequest& a, const SmartAudioRequest& b) {
+    return a.audioURL == b.audioURL && a.channelCount == b.channelCount &&
+           a.candidateTracks == b.candidateTracks;
+}
+
 /// On the router's queue. What cannot be heard gives the empty result.
 SmartAudioResult listen(const SmartAudioRouter& router, SmartAudioRequest request) {
     try {
@@ -68,13 +74,20 @@ double loudnessOf(const FileURL& recording) {
 
 /// What one run asks of every clip, and what it has heard: the cameras of one recording share one reading.
 struct ImportController::AnalysisRun {
-    SmartAudioMode mode = SmartAudioMode::standard;
-    std::optional<SmartAudioConfig> config;
-    SmartAudioBlockSettings blockSettings;
+    struct Terms {
+        SmartAudioMode mode = SmartAudioMode::standard;
+        std::optional<SmartAudioConfig> config;
+        SmartAudioBlockSettings blockSettings;
+
+        bool operator==(const Terms&) const = default;
+    };
+    Terms terms;
     bool forceOverwriteManualTracks = false;
 
-    SmartAudioProgress progress{"Listening to recordings", 0, 1, 0}; ///< before the clip under way
-    double effort = 0;                                               ///< of all recordings of the run
+    SmartAudioProgress progress{"", 0, 1, 0}; ///< before the clip under way
+    double effort = 0;                        ///< of all recordings of the run
+    std::uint64_t forgotten = 0;    ///< how often the clip under way was forgotten when its turn came
+    bool isAwaitingVerdict = false; ///< on a clip that the run has yet to judge as it then stands
 
     const SmartAudioResult* heardBefore(const SmartAudioRequest& request) const {
         const auto found = heard.find({request.audioURL.path, request.candidateTracks});
@@ -96,9 +109,9 @@ struct ImportController::AnalysisRun {
 std::shared_ptr<ImportController::AnalysisRun>
 ImportController::newRun(SmartAudioMode mode, bool forceOverwriteManualTracks) const {
     auto run = std::make_shared<AnalysisRun>();
-    run->mode = mode;
-    if (mode == SmartAudioMode::custom) run->config = SmartAudioConfig::fromUserDefaults(*settings_);
-    run->blockSettings = SmartAudioBlockSettings::fromUserDefaults(*settings_);
+    run->terms.mode = mode;
+    if (mode == SmartAudioMode::custom) run->terms.config = SmartAudioConfig::fromUserDefaults(*settings_);
+    run->terms.blockSettings = SmartAudioBlockSettings::fromUserDefaults(*settings_);
     run->forceOverwriteManualTracks = forceOverwriteManualTracks;
     return run;
 }
@@ -112,7 +125,7 @@ platform::Task ImportController::analyseAll(std::weak_ptr<ImportController> weak
                                             std::shared_ptr<AnalysisRun> run) {
     auto self = weak.lock();
     if (!self) co_return;
-    if (run->mode == SmartAudioMode::off) {
+    if (run->terms.mode == SmartAudioMode::off) {
         self->smartAudio_.results.clear();
         self->notify(ImportField::smartAudio);
         co_return;
@@ -123,25 +136,29 @@ platform::Task ImportController::analyseAll(std::weak_ptr<ImportController> weak
     for (const SyncGroup& group : groups)
         if (run->clipsLeft[group.primaryAudio()->url.path]++ == 0)
             run->effort += effortOf(*group.primaryAudio());
-    self->analysisBegan();
+    self->analysisBegan(run);
     for (const SyncGroup& group : groups) {
-        ++run->progress.current;
-        self->showAnalysisProgress(run->progress);
+        self->nextClip(*run, group);
         self.reset();
         co_await analyseClip(weak, group.id, run);
         self = weak.lock();
         if (!self) co_return;
     }
-    self->analysisEnded();
+    self->analysisEnded(run);
 }
 
-platform::Task ImportController::runSmartAudioForGroup(const UUID& groupID, bool forceOverwriteManualTracks) {
-    assertOnMainThread();
+std::shared_ptr<ImportController::AnalysisRun>
+ImportController::newRunForOneClip(bool forceOverwriteManualTracks) const {
     // A request for one clip always analyses.
     const auto stored = storedMode(*settings_);
     const SmartAudioMode mode =
         stored.value_or(SmartAudioMode::off) == SmartAudioMode::off ? SmartAudioMode::standard : *stored;
-    return analyseOne(weak_from_this(), groupID, newRun(mode, forceOverwriteManualTracks));
+    return newRun(mode, forceOverwriteManualTracks);
+}
+
+platform::Task ImportController::runSmartAudioForGroup(const UUID& groupID, bool forceOverwriteManualTracks) {
+    assertOnMainThread();
+    return analyseOne(weak_from_this(), groupID, newRunForOneClip(forceOverwriteManualTracks));
 }
 
 platform::Task ImportController::analyseOne(std::weak_ptr<ImportController> weak, UUID groupID,
@@ -150,73 +167,104 @@ platform::Task ImportController::analyseOne(std::weak_ptr<ImportController> weak
     const SyncGroup* group = self ? self->syncGroups_.find(groupID) : nullptr;
     if (group == nullptr || group->isMOS()) co_return;
     run->effort = effortOf(*group->primaryAudio());
-    self->analysisBegan();
-    self->showAnalysisProgress(run->progress);
+    self->analysisBegan(run);
+    self->nextClip(*run, *group);
     self.reset();
     co_await analyseClip(weak, groupID, run);
-    co_await measureLoudness(weak, groupID);
+    co_await measureLoudness(weak, groupID, run);
     self = weak.lock();
     if (!self) co_return;
-    self->analysisEnded();
+    self->analysisEnded(run);
     const auto result = self->smartAudio_.results.find(groupID);
     const bool hasBlocks = result != self->smartAudio_.results.end() && !result->second.blocks.empty();
     self.reset();
     if (hasBlocks) co_await renderMixdown(weak, groupID);
 }
 
-SmartAudioRequest ImportController::analysisRequest(const SyncGroup& group, const AnalysisRun& run) {
+void ImportController::nextClip(AnalysisRun& run, const SyncGroup& group) {
+    run.forgotten = timesForgotten(group.id);
+    run.isAwaitingVerdict = true;
+    ++run.progress.current;
+    run.progress.phase = "Listening to " + group.primaryAudio()->filename;
+    showAnalysisProgress(run, run.progress);
+}
+
+SmartAudioRequest ImportController::analysisRequest(const SyncGroup& group, const AnalysisRun& run) const {
     const MediaAsset& audio = *group.primaryAudio();
     SmartAudioRequest request;
     request.audioURL = audio.url;
     request.channelCount = audio.channelCount.value_or(channelsWhenUnknown);
-    request.mode = run.mode;
-    request.config = run.config;
+    request.mode = run.terms.mode;
+    request.config = run.terms.config;
     if (audio.ixmlData) request.ixmlTracks = audio.ixmlData->tracks;
-    request.blockSettings = run.blockSettings;
+    request.blockSettings = run.terms.blockSettings;
     request.stems = stemsOf(audio);
     request.candidateTracks = candidateTracks(group, request.channelCount);
-    request.progress = analysisReport(run, audio);
     return request;
 }
 
-std::function<void(double)> ImportController::analysisReport(const AnalysisRun& run,
+std::function<void(double)> ImportController::analysisReport(const std::shared_ptr<AnalysisRun>& run,
                                                              const MediaAsset& audio) {
-    return [weak = weak_from_this(), main = mainThread_, before = run.progress,
-            share = effortOf(audio) / run.effort](double heard) {
+    return [weak = weak_from_this(), main = mainThread_, run = std::weak_ptr(run), before = run->progress,
+            share = effortOf(audio) / run->effort](double heard) {
         SmartAudioProgress progress = before;
         progress.fraction = std::min(progress.fraction + heard * share, 1.0);
-        main->post([weak, progress] {
-            if (const auto self = weak.lock()) self->showAnalysisProgress(progress);
+        main->post([weak, run, progress] {
+            const auto self = weak.lock();
+            const auto reporting = run.lock();
+            if (self && reporting) self->showAnalysisProgress(*reporting, progress);
         });
     };
 }
 
 platform::Task ImportController::analyseClip(std::weak_ptr<ImportController> weak, UUID groupID,
                                              std::shared_ptr<AnalysisRun> run) {
-    auto self = weak.lock();
-    const SyncGroup* group = self ? self->syncGroups_.find(groupID) : nullptr;
-    if (group == nullptr || group->isMOS()) co_return;
-    const SmartAudioRequest request = self->analysisRequest(*group, *run);
-    const double share = effortOf(*group->primaryAudio()) / run->effort;
-    const SmartAudioResult* known = run->heardBefore(request);
-    SmartAudioResult result;
-    if (known != nullptr) {
-        result = *known;
-    } else {
-        auto listening = platform::onQueue(
-            self->smartAudioRouter_->queue(), *self->mainThread_,
-            [router = self->smartAudioRouter_.get(), request] { return listen(*router, request); });
-        self.reset();
-        result = co_await listening;
-        run->progress.fraction = std::min(run->progress.fraction + share, 1.0);
-        self = weak.lock();
-        if (!self) co_return;
+    for (;;) {
+        auto self = weak.lock();
+        const SyncGroup* group = self ? self->stillAsked(groupID, *run) : nullptr;
+        if (group == nullptr) break;
+        SmartAudioRequest request = self->analysisRequest(*group, *run);
+        request.progress = self->analysisReport(run, *group->primaryAudio());
+        const double share = effortOf(*group->primaryAudio()) / run->effort;
+        const SmartAudioResult* known = run->heardBefore(request);
+        SmartAudioResult result;
+        if (known != nullptr) {
+            result = *known;
+        } else {
+            auto listening = platform::onQueue(
+                self->smartAudioRouter_->queue(), *self->mainThread_,
+                [router = self->smartAudioRouter_.get(), request] { return listen(*router, request); });
+            self.reset();
+            result = co_await listening;
+            run->progress.fraction = std::min(run->progress.fraction + share, 1.0);
+            self = weak.lock();
+            if (!self) break;
+        }
+        run->keep(request, result);
+        group = self->stillAsked(groupID, *run);
+        // Another recording, or other channels to choose from: the question has changed, so it is asked anew.
+        if (group != nullptr && !asksTheSame(self->analysisRequest(*group, *run), request)) continue;
+        run->isAwaitingVerdict = false;
+        if (group != nullptr) self->adoptVerdict(groupID, std::move(result), run->forceOverwriteManualTracks);
+        break;
     }
-    run->keep(request, result);
-    self->adoptVerdict(groupID, std::move(result), run->forceOverwriteManualTracks);
+    run->isAwaitingVerdict = false;
 }
 
-/// The clip may have gone, and the editor may have changed it, while its recording was heard.
+/// The clip as long as it is there with sound and its results were not thrown away since its turn came: a
+/// verdict that comes after that would bring back what the editor took back.
+const SyncGroup* ImportController::stillAsked(const UUID& groupID, const AnalysisRun& run) const {
+    const SyncGroup* group = syncGroups_.find(groupID);
+    const bool isAsked = group != nullptr && !group->isMOS() && timesForgotten(groupID) == run.forgotten;
+    return isAsked ? group : nullptr;
+}
+
+std::uint64_t ImportController::timesForgotten(const UUID& groupID) const {
+    const auto own = timesForgotten_.find(groupID);
+    return timesAllForgotten_ + (own == timesForgotten_.end() ? 0 : own->second);
+}
+
+/// The editor's ranges and choice are those of now, not of when the reading began.
 void ImportController::adoptVerdict(const UUID& groupID, SmartAudioResult result,
                                     bool forceOverwriteManualTracks) {
     const SyncGroup* group = syncGroups_.find(groupID);
@@ -238,21 +286,28 @@ void ImportController::adoptVerdict(const UUID& groupID, SmartAudioResult result
     if (isTaken) notify(ImportField::syncGroups);
 }
 
-platform::Task ImportController::measureLoudness(std::weak_ptr<ImportController> weak, UUID groupID) {
-    auto self = weak.lock();
-    const SyncGroup* group = self ? self->syncGroups_.find(groupID) : nullptr;
-    if (group == nullptr || group->isMOS()) co_return;
-    auto measuring = platform::onQueue(*self->loudnessQueue_, *self->mainThread_,
-                                       [url = group->primaryAudio()->url] { return loudnessOf(url); });
-    self.reset();
-    const double measured = co_await measuring;
-    self = weak.lock();
-    if (!self) co_return;
-    const bool isThere = self->syncGroups_.update(groupID, [&](SyncGroup& own) {
-        own.measuredLUFS = measured;
-        if (own.masterGainAuto) own.masterGainDB = self->automaticMasterGainDB(measured);
-    });
-    if (isThere) self->notify(ImportField::syncGroups);
+platform::Task ImportController::measureLoudness(std::weak_ptr<ImportController> weak, UUID groupID,
+                                                 std::shared_ptr<AnalysisRun> run) {
+    double measured = 0;
+    for (std::optional<FileURL> heard;;) {
+        auto self = weak.lock();
+        const SyncGroup* group = self ? self->stillAsked(groupID, *run) : nullptr;
+        if (group == nullptr) co_return;
+        const FileURL recording = group->primaryAudio()->url;
+        if (heard == recording) {
+            self->syncGroups_.update(groupID, [&](SyncGroup& own) {
+                own.measuredLUFS = measured;
+                if (own.masterGainAuto) own.masterGainDB = self->automaticMasterGainDB(measured);
+            });
+            self->notify(ImportField::syncGroups);
+            co_return;
+        }
+        heard = recording;
+        auto measuring = platform::onQueue(*self->loudnessQueue_, *self->mainThread_,
+                                           [recording] { return loudnessOf(recording); });
+        self.reset();
+        measured = co_await measuring;
+    }
 }
 
 double ImportController::automaticMasterGainDB(double measuredLUFS) const {
@@ -265,9 +320,18 @@ platform::Task ImportController::renderMixdown(std::weak_ptr<ImportController> /
     co_return;
 }
 
+// A reading under way on the same terms judges the clip as it stands in the end, this change included.
 void ImportController::reanalyseIfKnown(const UUID& groupID) {
     assertOnMainThread();
-    if (smartAudio_.results.contains(groupID)) runSmartAudioForGroup(groupID, false);
+    if (!smartAudio_.results.contains(groupID)) return;
+    const auto run = newRunForOneClip(false);
+    std::erase_if(reanalyses_, [](const auto& one) { return !one.second->isAwaitingVerdict; });
+    const auto pending = reanalyses_.find(groupID);
+    if (pending != reanalyses_.end() && pending->second->terms == run->terms &&
+        pending->second->forgotten == timesForgotten(groupID))
+        return;
+    reanalyses_.insert_or_assign(groupID, run);
+    analyseOne(weak_from_this(), groupID, run);
 }
 
 // Only a mode that was stored counts: a scan by itself analyses nothing that nobody asked for.
@@ -283,23 +347,28 @@ platform::Task ImportController::waitForAnalysisAfterScan() const {
     if (const auto analysis = analysisAfterScan_) co_await *analysis;
 }
 
-void ImportController::analysisBegan() {
-    smartAudio_.isAnalyzing = ++runningAnalyses_ > 0;
+// Told with its first clip.
+void ImportController::analysisBegan(const std::shared_ptr<AnalysisRun>& run) {
+    analyses_.push_back(run);
+    smartAudio_.isAnalyzing = true;
+}
+
+void ImportController::analysisEnded(const std::shared_ptr<AnalysisRun>& run) {
+    std::erase(analyses_, run);
+    smartAudio_.isAnalyzing = !analyses_.empty();
+    smartAudio_.progress = analyses_.empty() ? SmartAudioProgress{} : analyses_.front()->progress;
     notify(ImportField::smartAudio);
 }
 
-void ImportController::analysisEnded() {
-    smartAudio_.isAnalyzing = --runningAnalyses_ > 0;
-    if (!smartAudio_.isAnalyzing) smartAudio_.progress = {};
-    notify(ImportField::smartAudio);
-}
-
-void ImportController::showAnalysisProgress(SmartAudioProgress progress) {
+/// Of several runs the one that began first is shown, so that the fraction never goes back and forth.
+void ImportController::showAnalysisProgress(const AnalysisRun& run, SmartAudioProgress progress) {
+    if (analyses_.empty() || analyses_.front().get() != &run) return;
     smartAudio_.progress = std::move(progress);
     notify(ImportField::smartAudio);
 }
 
 void ImportController::forgetSmartAudio() {
+    ++timesAllForgotten_;
     smartAudio_.results.clear();
     smartAudio_.viProcessedURLs.clear();
     smartAudio_.mixdownURLs.clear();

@@ -33,6 +33,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -319,15 +320,21 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
                                      std::shared_ptr<AnalysisRun> run);
     static platform::Task analyseClip(std::weak_ptr<ImportController> weak, UUID groupID,
                                       std::shared_ptr<AnalysisRun> run);
-    static platform::Task measureLoudness(std::weak_ptr<ImportController> weak, UUID groupID);
+    static platform::Task measureLoudness(std::weak_ptr<ImportController> weak, UUID groupID,
+                                          std::shared_ptr<AnalysisRun> run);
     static platform::Task renderMixdown(std::weak_ptr<ImportController> weak, UUID groupID);
     std::shared_ptr<AnalysisRun> newRun(SmartAudioMode mode, bool forceOverwriteManualTracks) const;
-    SmartAudioRequest analysisRequest(const SyncGroup& group, const AnalysisRun& run);
-    std::function<void(double)> analysisReport(const AnalysisRun& run, const MediaAsset& audio);
+    std::shared_ptr<AnalysisRun> newRunForOneClip(bool forceOverwriteManualTracks) const;
+    SmartAudioRequest analysisRequest(const SyncGroup& group, const AnalysisRun& run) const;
+    std::function<void(double)> analysisReport(const std::shared_ptr<AnalysisRun>& run,
+                                               const MediaAsset& audio);
+    void nextClip(AnalysisRun& run, const SyncGroup& group);
+    const SyncGroup* stillAsked(const UUID& groupID, const AnalysisRun& run) const;
+    std::uint64_t timesForgotten(const UUID& groupID) const;
     void adoptVerdict(const UUID& groupID, SmartAudioResult result, bool forceOverwriteManualTracks);
-    void analysisBegan();
-    void analysisEnded();
-    void showAnalysisProgress(SmartAudioProgress progress);
+    void analysisBegan(const std::shared_ptr<AnalysisRun>& run);
+    void analysisEnded(const std::shared_ptr<AnalysisRun>& run);
+    void showAnalysisProgress(const AnalysisRun& run, SmartAudioProgress progress);
     void startAnalysisAfterScan();
     /// The results belong to clips that are no more.
     void forgetSmartAudio();
@@ -376,7 +383,11 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     ProjectFileState project_;
     std::optional<std::string> aleMatchStatus_;
     SmartAudioState smartAudio_;
-    int runningAnalyses_ = 0;
+    std::vector<std::shared_ptr<AnalysisRun>> analyses_;      ///< those under way, by when they began
+    std::map<UUID, std::shared_ptr<AnalysisRun>> reanalyses_; ///< the latest of each clip, if not yet judged
+    /// How often the results were thrown away, of all clips and of each.
+    std::uint64_t timesAllForgotten_ = 0;
+    std::unordered_map<UUID, std::uint64_t> timesForgotten_;
     bool analysesAfterScan_ = true;
     std::optional<platform::Task> analysisAfterScan_;
     /// Tells a scan that another scan or a reset has taken its place.

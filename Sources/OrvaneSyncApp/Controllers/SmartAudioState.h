@@ -9,9 +9,9 @@
 
 namespace orvane {
 
-/// How far an analysis is. Empty while none runs.
+/// How far an analysis is, of several the one that began first. Empty while none runs.
 struct SmartAudioProgress {
-    std::string phase;
+    std::string phase;   ///< names the recording that is heard, by its file
     int current = 0;     ///< the clip that is heard, from 1
     int total = 0;       ///< clips of the run
     double fraction = 0; ///< of the sound of the whole run, 0 to 1

@@ -1,0 +1,105 @@
+#include "OrvaneSyncCLI/Printers.h"
+#include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <optional>
+#include <set>
+#include <string_view>
+
+namespace orvane::cli {
+
+namespace {
+
+/// Decoding gave at least one window.
+bool isHeard(const SmartAudioResult& result) { return !result.blocks.empty(); }
+
+bool isWordOf(const std::string& name, std::string_view word) {
+    const auto isLetter = [&](std::size_t at) {
+        return at < name.size() && ((name[at] >= 'a' && name[at] <= 'z') || (name[at] & 0x80) != 0);
+    };
+    for (std::size_t at = name.find(word); at != std::string::npos; at = name.find(word, at + 1))
+        if ((at == 0 || !isLetter(at - 1)) && !isLetter(at + word.size())) return true;
+    return false;
+}
+
+/// By the name that the recorder gave the channel.
+bool isTimecode(const std::string& trackName) {
+    const std::string name = platform::text::lowercased(trackName);
+    return isWordOf(name, "ltc") || isWordOf(name, "tc") || isWordOf(name, "timecode");
+}
+
+std::optional<std::string> unheardWarning(const SyncGroup& group, const SmartAudioResult& result) {
+    if (isHeard(result)) return std::nullopt;
+    std::string warning = "Smart Audio can't hear " + group.primaryAudio()->filename + "; ";
+    if (!group.manualActiveTracks.empty()) return warning + "its channels stay as they were chosen";
+    if (result.tracks.empty() || !result.bestTrackIndex) return warning + "all its channels stay switched on";
+    return warning + "only its channel " + std::to_string(*result.bestTrackIndex) + " stays switched on";
+}
+
+std::optional<std::string> lengthWarning(const SyncGroup& group, const SmartAudioResult& result) {
+    constexpr double most = SmartAudioRouter::mostSeconds;
+    const MediaAsset& audio = *group.primaryAudio();
+    if (!isHeard(result) || audio.durationSeconds.value_or(0) < most + smartAudioWindowSeconds)
+        return std::nullopt;
+    return "Smart Audio heard only the first " + clockText(most) + " of the " +
+           clockText(*audio.durationSeconds) + " of " + audio.filename;
+}
+
+/// The steadiest channel wins, and nothing is steadier than timecode.
+std::optional<std::string> timecodeWarning(const SyncGroup& group, const SmartAudioResult& result) {
+    const MediaAsset& audio = *group.primaryAudio();
+    if (!isHeard(result) || !audio.ixmlData || group.manualActiveTracks.empty()) return std::nullopt;
+    std::set<int> timecode;
+    for (const IXMLTrack& track : audio.ixmlData->tracks)
+        if (isTimecode(track.name)) timecode.insert(track.channelIndex);
+    const auto& active = group.manualActiveTracks;
+    if (!std::ranges::includes(timecode, active)) return std::nullopt;
+    return "of " + audio.filename + " only channel " + std::to_string(*active.begin()) +
+           " is switched on, by its name timecode; --no-smart-audio leaves every channel on";
+}
+
+} // namespace
+
+std::vector<std::string> smartAudioWarnings(const ImportController& controller) {
+    std::vector<std::string> warnings;
+    const auto& results = controller.smartAudio().results;
+    for (const SyncGroup& group : controller.syncGroups()) {
+        const auto result = results.find(group.id);
+        if (result == results.end() || group.isMOS()) continue;
+        for (const auto about : {&unheardWarning, &lengthWarning, &timecodeWarning}) {
+            auto warning = about(group, result->second);
+            // Cameras may share the recording.
+            if (warning && std::ranges::find(warnings, *warning) == warnings.end())
+                warnings.push_back(std::move(*warning));
+        }
+    }
+    return warnings;
+}
+
+std::string smartAudioText(const ImportController& controller) {
+    const auto& results = controller.smartAudio().results;
+    if (results.empty()) return "";
+    long long clips = 0, channels = 0, chosen = 0;
+    std::set<std::string_view> unheard; // paths
+    for (const SyncGroup& group : controller.syncGroups()) {
+        const auto result = results.find(group.id);
+        if (result == results.end() || group.isMOS()) continue;
+        if (!isHeard(result->second)) {
+            unheard.insert(group.primaryAudio()->url.path);
+            continue;
+        }
+        ++clips;
+        channels += static_cast<long long>(result->second.tracks.size());
+        chosen += static_cast<long long>(group.manualActiveTracks.size());
+    }
+    std::string text = "Smart Audio: " + counted(clips, "clip", "clips") + " heard, " +
+                       std::to_string(chosen) + " of " + counted(channels, "channel", "channels") + " chosen";
+    if (!unheard.empty())
+        text += "; " + counted(static_cast<long long>(unheard.size()), "recording", "recordings") +
+                " can't be heard";
+    return text + ".\n";
+}
+
+} // namespace orvane::cli

@@ -209,7 +209,7 @@ TEST_F(ShootTest, syncWritesTheDocument) {
     const Outcome forPeople = runWith({"sync", folder_.path(), "-o", output});
     EXPECT_NE(forPeople.out.find("Wrote " + output +
                                  ": 3 synchronized clips (2 with sound, 1 MOS), "
-                                 "1 multicam clip, 8 source media files, in 2 events. Not in it: 1 clip"),
+                                 "1 multicam clip, 5 source media files, in 2 events. Not in it: 1 clip"),
               std::string::npos)
         << forPeople.out;
 

@@ -88,6 +88,8 @@ void match(benchmark::State& state, int shiftOfADay) {
     for (auto _ : state) benchmark::DoNotOptimize(SyncEngine().match(corpus.videos, corpus.audios));
 }
 
+constexpr int exportChannels = 8;
+
 ExportSettings exportSettings(const SyncGroupList& groups) {
     platform::MemorySettingsStore settings;
     registerStandardDefaults(settings);
@@ -98,9 +100,55 @@ ExportSettings exportSettings(const SyncGroupList& groups) {
     return ExportSettings::fromUserDefaults(settings, request);
 }
 
+/// A shoot of three cameras, every fourth clip off-speed, and settings that ask for all that a document can
+/// hold beside the synchronized clips.
+SyncGroupList groupsForAllVariants(int clips, int channels) {
+    constexpr int cameras = 3, offspeedEvery = 4;
+    constexpr double sensorRate = 100;
+    std::vector<SyncGroup> groups;
+    for (const SyncGroup& group : matchedGroups(clips, channels)) groups.push_back(group);
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        MediaAsset& video = groups[i].video;
+        // Cameras of a take start together, on its sound.
+        if (const std::size_t first = i - i % cameras; first != i) {
+            video.startTimecodeString = groups[first].video.startTimecodeString;
+            video.contentCreatedDate = groups[first].video.contentCreatedDate;
+            groups[i].audioMatches = groups[first].audioMatches;
+        }
+        if (i % offspeedEvery == 0) video.sensorFrameRate = sensorRate;
+    }
+    return SyncGroupList(std::move(groups));
+}
+
+ExportSettings settingsForAllVariants(const SyncGroupList& groups) {
+    ExportSettings settings = exportSettings(groups);
+    settings.generateMulticam = settings.generateSyncClips = settings.generateRawMediaEvent = true;
+    settings.splitEventsByScene = settings.offspeedAutoKeyword = true;
+    settings.generateNativeMOSForOffspeed = settings.wrapNativeMOSInSyncClip = true;
+    settings.generateProjectRateForOffspeed = true;
+    return settings;
+}
+
+/// Nobody reads a figure of variants that were not made.
+bool hasAllVariants(const ExportResult& result) {
+    return result.multicamCount > 0 && result.nativeRateCount > 0 && result.projectRateCount > 0 &&
+           result.sourceMediaCount > 0 && result.sceneEventCount > 1;
+}
+
+void exportAllVariants(benchmark::State& state) {
+    const SyncGroupList groups = groupsForAllVariants(static_cast<int>(state.range(0)), exportChannels);
+    const ExportSettings settings = settingsForAllVariants(groups);
+    std::size_t bytes = 0;
+    for (auto _ : state) {
+        const ExportResult result = FCPXMLExporter::exportDocument(groups, {}, settings);
+        if (!hasAllVariants(result)) state.SkipWithError("a variant is missing");
+        bytes += result.fcpxmlString.size();
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
+}
+
 void exportClips(benchmark::State& state) {
-    constexpr int channels = 8;
-    const SyncGroupList groups = matchedGroups(static_cast<int>(state.range(0)), channels);
+    const SyncGroupList groups = matchedGroups(static_cast<int>(state.range(0)), exportChannels);
     const ExportSettings settings = exportSettings(groups);
     std::size_t bytes = 0;
     for (auto _ : state) bytes += FCPXMLExporter::exportDocument(groups, {}, settings).fcpxmlString.size();
@@ -121,9 +169,16 @@ void registerCoreBenchmarks(const MediaCorpus& corpus, const std::string& cacheF
     add("match", [](benchmark::State& state) { match(state, hoursOfTheirOwn); })->Arg(1000)->Arg(10000);
     add("matchSameHours", [](benchmark::State& state) { match(state, 0); })->Arg(1000)->Arg(10000);
     add("export", exportClips)->Arg(10000);
+    add("exportAllVariants", exportAllVariants)->Arg(10000);
 }
 
-std::size_t exportOnce(int clips, int channels) {
+std::size_t exportOnce(int clips, int channels, bool allVariants) {
+    if (allVariants) {
+        const SyncGroupList groups = groupsForAllVariants(clips, channels);
+        const ExportResult result =
+            FCPXMLExporter::exportDocument(groups, {}, settingsForAllVariants(groups));
+        return hasAllVariants(result) ? result.fcpxmlString.size() : 0;
+    }
     const SyncGroupList groups = matchedGroups(clips, channels);
     return FCPXMLExporter::exportDocument(groups, {}, exportSettings(groups)).fcpxmlString.size();
 }

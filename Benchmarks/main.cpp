@@ -24,6 +24,7 @@ using namespace orvane::bench;
 
 constexpr int clips = 10000;
 constexpr int channels = 8;
+constexpr const char *exportOption = "--export-once", *exportAllOption = "--export-all-once";
 
 std::vector<std::string> withFiles(std::vector<std::string> words, const MediaCorpus& corpus) {
     for (const auto* urls : {&corpus.videos, &corpus.audios})
@@ -59,19 +60,25 @@ void printPeers(const std::string& program, const MediaCorpus& corpus) {
 }
 
 /// The size of the document and the peak of a process that does nothing else, as it prints them.
-std::pair<double, double> exportInAProcessOfItsOwn(const std::string& self) {
+std::pair<double, double> exportInAProcessOfItsOwn(const std::string& self, const char* option) {
     std::string output;
     double documentBytes = 0, peakBytes = 0;
-    const bool succeeded = runProcess({self, "--export-once"}, &output).succeeded;
+    const bool succeeded = runProcess({self, option}, &output).succeeded;
     const int read = std::sscanf(output.c_str(), "%lf %lf", &documentBytes, &peakBytes);
     return succeeded && read == 2 ? std::pair{documentBytes, peakBytes} : std::pair{0.0, 0.0};
 }
 
-void printExportMemory(const std::string& self) {
-    const auto [documentBytes, peakBytes] = exportInAProcessOfItsOwn(self);
+/// `name` is the benchmark's, `option` makes this program export the same once.
+void printExportRows(const Medians& results, const std::string& self, const std::string& what,
+                     const std::string& name, const char* option) {
+    constexpr double million = 1e6, wantedRate = 100;
+    const double rate = results.bytesPerSecond.at(name) / million;
+    printRow(what, text("%.0f ms", results.milliseconds.at(name)), "", text("%.0f MB/s", rate), ">= 100 MB/s",
+             rate >= wantedRate);
+    const auto [documentBytes, peakBytes] = exportInAProcessOfItsOwn(self, option);
     constexpr double megabyte = 1e6, most = 6;
     const double ratio = documentBytes > 0 ? peakBytes / documentBytes : 0;
-    printRow("export 10,000 clips of 8 channels, memory", text("%.0f MB peak", peakBytes / megabyte),
+    printRow(what + ", memory", text("%.0f MB peak", peakBytes / megabyte),
              text("%.0f MB document", documentBytes / megabyte), text("%.2f x", ratio), "<= 6 x",
              ratio > 0 && ratio <= most);
 }
@@ -87,11 +94,9 @@ void printTable(const Medians& results, const std::string& self, const std::stri
                "for 1,000 + 1,000", 12);
     printRatio("match 10,000 + 10,000, days at the same hours", ms("matchSameHours/10000"),
                ms("matchSameHours/1000"), "for 1,000 + 1,000", 12);
-    constexpr double million = 1e6, wantedRate = 100;
-    const double rate = results.bytesPerSecond.at("export/10000") / million;
-    printRow("export 10,000 clips of 8 channels", text("%.0f ms", ms("export/10000")), "",
-             text("%.0f MB/s", rate), ">= 100 MB/s", rate >= wantedRate);
-    printExportMemory(self);
+    printExportRows(results, self, "export 10,000 clips of 8 channels", "export/10000", exportOption);
+    printExportRows(results, self, "the same with multicam, off-speed, source media, scenes",
+                    "exportAllVariants/10000", exportAllOption);
     printReportRows(results, self, program, folder);
     printSoundRows(results, self, program, folder);
     printSessionRows(results);
@@ -108,8 +113,8 @@ void printTable(const Medians& results, const std::string& self, const std::stri
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc == 2 && std::string(argv[1]) == "--export-once") {
-        const std::size_t bytes = exportOnce(clips, channels);
+    if (argc == 2 && (std::string(argv[1]) == exportOption || std::string(argv[1]) == exportAllOption)) {
+        const std::size_t bytes = exportOnce(clips, channels, std::string(argv[1]) == exportAllOption);
         std::printf("%zu %.0f\n", bytes, ownPeakBytes());
         return 0;
     }

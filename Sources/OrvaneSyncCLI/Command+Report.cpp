@@ -1,4 +1,5 @@
 #include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/ReportDoubt.h"
 #include "OrvaneSyncCLI/ScanRun.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
@@ -7,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -46,33 +46,21 @@ void printJSON(std::ostream& out, const ALEFile& report) {
     out << "  \"heading\": " << JSON(std::move(heading)).dump() << "\n}\n";
 }
 
-/// A name that comes twice is listed once: the later column counts.
-std::vector<std::string> columnNames(const ALEFile& report) {
-    std::vector<std::string> names;
-    std::set<std::string_view> seen;
-    for (const std::string_view column : report.columns())
-        if (seen.insert(column).second) names.emplace_back(column);
-    return names;
-}
-
-bool hasText(const ALEFile& report, std::string_view column) {
-    for (std::size_t row = 0; row < report.clipCount(); ++row)
-        if (!platform::text::trimmed(report.clip(row).cell(column).value_or("")).empty()) return true;
-    return false;
-}
-
-/// The columns that matter most to a merge first, then those that say something, in the order of the file.
+/// The columns that matter most to a merge first, then the others in the order of the file, all of them only
+/// where they say something. A name that comes twice is shown once. There may be millions of columns.
 std::vector<std::string> columnsToShow(const ALEFile& report, std::string_view matchColumn) {
     const std::array<std::string_view, 4> first{"Name", matchColumn, "Scene", "Take"};
-    std::vector<std::string> names = columnNames(report);
-    std::ranges::stable_sort(
-        names, {}, [&](const std::string& name) { return std::ranges::find(first, name) - first.begin(); });
+    const std::vector<bool> hasText = report.columnsWithText();
     std::vector<std::string> shown;
-    for (const std::string& name : names) {
-        if (shown.size() == mostColumns) break;
-        if (hasText(report, name)) shown.push_back(name);
-    }
-    if (shown.empty()) shown.push_back(names.front());
+    const auto show = [&](const auto& isWanted) {
+        for (std::size_t i = 0; i < hasText.size() && shown.size() < mostColumns; ++i)
+            if (const std::string_view name = report.columns()[i];
+                hasText[i] && isWanted(name) && std::ranges::find(shown, name) == shown.end())
+                shown.emplace_back(name);
+    };
+    for (const std::string_view wanted : first) show([&](std::string_view name) { return name == wanted; });
+    show([](std::string_view) { return true; });
+    if (shown.empty()) shown.emplace_back(report.columns()[0]);
     return shown;
 }
 
@@ -131,6 +119,7 @@ void report(Context& context, const Arguments& arguments) {
     else
         context.out << reportText(report, context.settings->text("ale.matchColumn", "Tape"),
                                   context.mayColour);
+    if (const auto doubt = reportDoubt(report, *context.settings)) context.warn(*doubt);
 }
 
 } // namespace

@@ -57,8 +57,19 @@ std::string writtenText(const ImportController& controller, const ExportResult& 
     const int withSound = controller.syncClipCount(), mos = controller.mosCount();
     if (result.syncClipCount == withSound + mos)
         text += " (" + std::to_string(withSound) + " with sound, " + std::to_string(mos) + " MOS)";
-    if (result.multicamCount > 0)
-        text += ", " + counted(result.multicamCount, "multicam clip", "multicam clips");
+    const struct {
+        int count;
+        const char *one, *many;
+    } others[] = {
+        {result.multicamCount, "multicam clip", "multicam clips"},
+        {result.nativeRateCount, "native-rate clip", "native-rate clips"},
+        {result.projectRateCount, "project-rate clip", "project-rate clips"},
+        {result.sourceMediaCount, "source media file", "source media files"},
+    };
+    for (const auto& other : others)
+        if (other.count > 0) text += ", " + counted(other.count, other.one, other.many);
+    text += ", in " + counted(result.eventCount, "event", "events");
+    if (result.sceneEventCount > 0) text += " (" + std::to_string(result.sceneEventCount) + " by scene)";
     text += ".";
     if (controller.unmatchedCount() > 0)
         text += " Not in it: " + counted(controller.unmatchedCount(), "clip", "clips") + " without a match.";
@@ -72,7 +83,9 @@ const std::vector<Option>& documentOptions() {
         {"--output", "OUT.fcpxml", "where the document goes; - is standard output", "-o"},
         {"--event", "NAME", "the name of the event in Final Cut Pro"},
         {"--no-multicam", "", "build no multicam clips"},
-        {"--fcpxml-version", "V", "write an older version of the format, such as 1.10"},
+        {"--fcpxml-version", "V",
+         "version of the format: 1.10 to 1.14, also 1.8 and 1.9; 1.6 and 1.7 are not checked "
+         "(default 1.14)"},
     };
     return options;
 }

@@ -9,7 +9,7 @@ std::string exportPreviewText(const SyncGroupList& groups, const ExportSettings&
                               bool nameIsChosen) {
     std::string text;
     if (settings.splitEventsByScene)
-        text += "Split by scene into " +
+        text += "By their scenes the clips call for " +
                 counted(ExportPreview::projectedEventCount(groups, settings), "event", "events") + ".\n";
     else if (const auto name = ExportPreview::suggestedEventName(groups); name && !nameIsChosen)
         text += "The event is called '" + platform::text::printable(settings.eventName) +

@@ -35,6 +35,11 @@ JSON exportJSON(const ImportController& controller, const ExportResult& result, 
     json.set("output", output);
     json.set("syncClipCount", result.syncClipCount);
     json.set("multicamCount", result.multicamCount);
+    json.set("nativeRateCount", result.nativeRateCount);
+    json.set("projectRateCount", result.projectRateCount);
+    json.set("sourceMediaCount", result.sourceMediaCount);
+    json.set("eventCount", result.eventCount);
+    json.set("sceneEventCount", result.sceneEventCount);
     json.set("warnings", std::move(warnings));
     json.set("counts", countsJSON(controller));
     json.setIfPresent("aleMatchStatus", controller.aleMatchStatus());

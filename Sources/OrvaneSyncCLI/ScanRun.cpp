@@ -1,5 +1,6 @@
 #include "OrvaneSyncCLI/ScanRun.h"
 
+#include "OrvaneSyncCLI/ReportDoubt.h"
 #include "Platform/Files.h"
 
 #include <cerrno>
@@ -80,11 +81,13 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
 /// A report that cannot be read is a warning: the clips are worth having without it.
 void ScanRun::loadReport(const std::string& path) {
     controller_->loadALE({platform::files::standardized(path)});
-    const auto& error = controller_->aleImportError();
-    if (!error) return;
-    const std::string why = whyUnreadable(path, false);
-    reportWarning_ = why.empty() ? *error : *error + ": " + why;
-    context_.warn(*reportWarning_);
+    if (const auto& error = controller_->aleImportError()) {
+        const std::string why = whyUnreadable(path, false);
+        reportWarning_ = why.empty() ? *error : *error + ": " + why;
+    } else if (const auto& report = controller_->aleFile()) {
+        reportWarning_ = reportDoubt(*report, *context_.settings);
+    }
+    if (reportWarning_) context_.warn(*reportWarning_);
 }
 
 void ScanRun::show(std::string_view phase) { progress_.show({std::string(phase), 0, 0}); }

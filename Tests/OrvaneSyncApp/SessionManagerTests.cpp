@@ -70,7 +70,9 @@ class SessionManagerTest : public testing::Test {
 
     void approveFirst() { controller_->toggleApproved(controller_->syncGroups().front().id); }
 
-    std::string file(const UUID& id, const char* name) const { return id.text() + ".orvanesync/" + name; }
+    std::string file(const UUID& id, const std::string& name) const {
+        return id.text() + ".orvanesync/" + name;
+    }
     SessionStore::Groups onDisk(const UUID& id) const { return SessionStore(folder_.path()).readGroups(id); }
     std::set<std::string> names(const UUID& id) const {
         const auto list = platform::files::childNames(folder_.path(id.text() + ".orvanesync"));

@@ -209,7 +209,7 @@ TEST_F(ShootTest, syncWritesTheDocument) {
     const Outcome forPeople = runWith({"sync", folder_.path(), "-o", output});
     EXPECT_NE(forPeople.out.find("Wrote " + output +
                                  ": 3 synchronized clips (2 with sound, 1 MOS), "
-                                 "1 multicam clip. Not in it: 1 clip"),
+                                 "1 multicam clip, 5 source media files, in 2 events. Not in it: 1 clip"),
               std::string::npos)
         << forPeople.out;
 
@@ -337,8 +337,29 @@ TEST_F(ShootTest, reportShowsWhatAMergeWouldTake) {
                         "\uFFFD[31mA  12     3     48                  48 fps\n"
                         "B                                             -\n\n"
                         "2 clips, 5 columns. 1 column is not shown. --json has everything.\n");
+    EXPECT_EQ(text.err, "");
     EXPECT_TRUE(runWith({"report", folder_.write("none.csv", "a,b"), "--json"}).json() ==
                 JSON::parse(R"({"heading": {}, "columns": ["a", "b"], "clips": []})"));
+}
+
+TEST_F(ShootTest, aReportThatCanGiveTheClipsNothingSaysWhy) {
+    const std::string padded = folder_.write("padded.csv", "Day 1;;\nName;Scene;\nA;1;\n");
+    const std::string bare = folder_.write("bare.csv", "Name,Scene\n");
+    const struct {
+        std::vector<std::string> words;
+        const char* says;
+    } cases[] = {
+        {{"report", padded}, "no column 'Name'; its columns are 'Day 1', (no name), (no name). "},
+        {{"scan", folder_.path(), "--report", padded}, "no column 'Name'; its columns are 'Day 1', "},
+        {{"report", bare}, "no rows"},
+        {{"report", bare, "--set", "ale.matchField=column", "--set", "ale.matchColumn=Tape"},
+         "no column 'Tape'; its columns are 'Name', 'Scene'. The setting ale.matchColumn"},
+    };
+    for (const auto& c : cases) {
+        const Outcome outcome = runWith(c.words);
+        EXPECT_EQ(outcome.status, done);
+        EXPECT_NE(outcome.err.find(c.says), std::string::npos) << outcome.err;
+    }
 }
 
 TEST_F(ShootTest, analyzeTellsMicrophonesApartAndDrawsTheTake) {

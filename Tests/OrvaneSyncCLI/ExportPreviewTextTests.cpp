@@ -24,12 +24,13 @@ TEST(ExportPreviewText, SaysWhatHelps) {
          false,
          false,
          "The event is called 'Synced'; after its scenes it would be --event 'Scenes 9-10\xEF\xBF\xBD'.\n"},
-        {{nine, ten, none}, true, false, false, "Split by scene into 3 events.\n"},
+        {{nine, ten, none}, true, false, false, "By their scenes the clips call for 3 events.\n"},
         {{none, nine},
          true,
          false,
          true,
-         "Split by scene into 2 events.\n1 clips have not been analyzed for Smart Audio — their audio "
+         "By their scenes the clips call for 2 events.\n1 clips have not been analyzed for Smart Audio — "
+         "their audio "
          "settings won’t be applied in this export.\n"},
     };
     for (const auto& c : cases) {

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace orvane {
@@ -35,6 +36,8 @@ void ImportController::loadALE(const FileURL& url) {
         aleFileURL_ = url;
     } catch (const ALEParserError& error) {
         aleImportError_ = url.lastPathComponent() + ": " + error.what();
+    } catch (const std::exception&) { // a huge file may ask for more memory than there is
+        aleImportError_ = url.lastPathComponent() + ": " + ALEParserError::unreadable().what();
     }
     notify(ImportField::report);
     mergeLoadedReport();

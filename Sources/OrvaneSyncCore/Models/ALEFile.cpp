@@ -1,8 +1,9 @@
 #include "OrvaneSyncCore/Models/ALEFile.h"
 
+#include "Platform/Text.h"
+
 #include <algorithm>
 #include <iterator>
-#include <numeric>
 #include <utility>
 
 namespace orvane {
@@ -18,6 +19,11 @@ std::map<std::string, std::string> ALEClip::fields() const {
 std::optional<std::string_view> ALEClip::cell(std::string_view column) const {
     // The last of the columns with this name that the row reaches.
     const std::size_t count = file_->cellCount(row_);
+    if (column.empty()) {
+        for (std::size_t index = count; index-- > 0;)
+            if (file_->columns_[index].empty()) return file_->cellText(row_, index);
+        return std::nullopt;
+    }
     const auto& order = file_->columnsByName_;
     const auto behind = std::partition_point(order.begin(), order.end(), [&](std::uint32_t index) {
         const int comparison = file_->columns_[index].compare(column);
@@ -25,6 +31,14 @@ std::optional<std::string_view> ALEClip::cell(std::string_view column) const {
     });
     if (behind == order.begin() || file_->columns_[*std::prev(behind)] != column) return std::nullopt;
     return file_->cellText(row_, *std::prev(behind));
+}
+
+std::vector<bool> ALEFile::columnsWithText() const {
+    std::vector<bool> hasText(columns_.size());
+    for (std::size_t row = 0; row < clipCount(); ++row)
+        for (std::size_t column = 0, count = cellCount(row); column < count; ++column)
+            if (!hasText[column]) hasText[column] = !platform::text::trimmed(cellText(row, column)).empty();
+    return hasText;
 }
 
 std::size_t ALEFile::cellCount(std::size_t row) const {
@@ -39,9 +53,14 @@ void ALEFile::Builder::setHeading(std::string key, std::string value) {
 void ALEFile::Builder::setColumns(PackedTexts columns) {
     file_.columns_ = std::move(columns);
     auto& order = file_.columnsByName_;
-    order.resize(file_.columns_.size());
-    std::iota(order.begin(), order.end(), std::uint32_t{0});
-    std::ranges::stable_sort(order, {}, [this](std::uint32_t index) { return file_.columns_[index]; });
+    const auto& names = file_.columns_;
+    std::size_t named = 0;
+    for (const std::string_view name : names) named += name.empty() ? 0 : 1;
+    order.reserve(named);
+    for (std::uint32_t index = 0; index < names.size(); ++index)
+        if (!names[index].empty()) order.push_back(index);
+    // In place, unlike a stable sort.
+    std::ranges::sort(order, {}, [&](std::uint32_t index) { return std::pair(names[index], index); });
 }
 
 void ALEFile::Builder::reserve(std::size_t rows, std::size_t cells, std::size_t bytes) {

@@ -46,6 +46,8 @@ class ALEFile {
     /// The names of the columns in the order of the file. A name may come twice.
     const PackedTexts& columns() const { return columns_; }
     std::size_t clipCount() const { return rowStarts_.size(); }
+    /// By column: whether a row has anything but blanks there.
+    std::vector<bool> columnsWithText() const;
     /// The rows in the order of the file.
     ALEClip clip(std::size_t row) const { return {*this, row}; }
 
@@ -59,9 +61,11 @@ class ALEFile {
 
     Heading heading_;
     PackedTexts columns_;
-    std::vector<std::uint32_t> columnsByName_; ///< indices into `columns_`; the same name in file order
-    PackedTexts cells_;                        ///< row by row
-    std::vector<std::uint32_t> rowStarts_;     ///< index of the first cell of each row
+    /// Indices into `columns_`, the same name in file order. Without those that have no name: a line of
+    /// delimiters alone has one a byte.
+    std::vector<std::uint32_t> columnsByName_;
+    PackedTexts cells_;                    ///< row by row
+    std::vector<std::uint32_t> rowStarts_; ///< index of the first cell of each row
 };
 
 /// Puts a report together, cell by cell.

@@ -76,7 +76,7 @@ class SyncGroupList {
         updateAt(*position, change);
         return true;
     }
-    /// The same for every group for which the test holds; gives their number.
+    /// For every group for which the test holds, changed before the next is tested; gives their number.
     template <class Test, class Change>
     std::size_t updateWhere(Test&& test, Change&& change) {
         std::size_t count = 0;

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <vector>
@@ -58,9 +59,13 @@ inline std::string exported(const SyncGroup& group, const ExportSettings& settin
     return FCPXMLExporter::exportDocument(SyncGroupList{group}, {}, settings).fcpxmlString;
 }
 
-inline std::string golden(const std::string& name) {
-    return platform::files::readText(std::string(ORVANE_SOURCE_DIR) + "/Tests/OrvaneSyncCore/Export/Golden/" +
-                                     name);
+/// Whole documents for a reviewer to read. With ORVANE_UPDATE_GOLDEN set they are written anew; look at the
+/// difference before it is committed.
+inline void expectGolden(const std::string& name, const std::string& document) {
+    const std::string file =
+        std::string(ORVANE_SOURCE_DIR) + "/Tests/OrvaneSyncCore/Export/Golden/" + name + ".fcpxml";
+    if (std::getenv("ORVANE_UPDATE_GOLDEN") != nullptr) platform::files::writeAtomically(file, document);
+    EXPECT_EQ(document, platform::files::readText(file)) << name;
 }
 
 /// The lines of a document that hold the text, without the blanks in front.

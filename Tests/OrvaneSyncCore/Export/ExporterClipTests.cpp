@@ -17,11 +17,11 @@ TEST(ExporterClips, OneMatchedClip) {
     ExportSettings settings = settingsAt(25);
     settings.eventName = "Day \"1\"";
     settings.generateRawMediaEvent = true;
-    EXPECT_EQ(exported(matched(picture(), {sound}), settings), golden("matched.fcpxml"));
+    expectGolden("matched", exported(matched(picture(), {sound}), settings));
 }
 
 TEST(ExporterClips, AClipWithoutSound) {
-    EXPECT_EQ(exported(matched(picture(), {}, MatchStatus::mos())), golden("mos.fcpxml"));
+    expectGolden("mos", exported(matched(picture(), {}, MatchStatus::mos())));
 }
 
 /// To a clip with two channels.

@@ -27,7 +27,11 @@ ExportSettings withVariants() {
 TEST(ExporterOffspeed, AClipWithAllItsVariants) {
     ExportSettings settings = withVariants();
     settings.generateRawMediaEvent = settings.separateEventForNativeMOS = true;
-    EXPECT_EQ(exported(slowMotion(), settings), golden("offspeed.fcpxml"));
+    expectGolden("offspeed", exported(slowMotion(), settings));
+    const ExportResult result = FCPXMLExporter::exportDocument(SyncGroupList{slowMotion()}, {}, settings);
+    EXPECT_EQ(std::vector({result.nativeRateCount, result.projectRateCount, result.sourceMediaCount,
+                           result.eventCount, result.sceneEventCount}),
+              std::vector({1, 1, 2, 3, 0}));
 }
 
 TEST(ExporterOffspeed, OnlyFilesAtTheSensorsRateAreRetimed) {

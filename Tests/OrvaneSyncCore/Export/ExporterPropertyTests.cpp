@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Export/DocumentReader.h"
 #include "OrvaneSyncCore/Export/RandomShoot.h"
+#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 
 #include <gtest/gtest.h>
 
@@ -41,7 +42,8 @@ class Document {
 
     const std::string& text() const { return result_.fcpxmlString; }
 
-    /// What holds whatever the numbers are.
+    /// What holds whatever the numbers are. Identifiers of resources are unique; those of angles come from
+    /// the camera's name alone, so two angles of one clip may share theirs.
     void checkReferences() const {
         for (const Node* node : root_.all("")) {
             if (node->has("format")) expectResource(*node, "format", "format");
@@ -172,16 +174,29 @@ class Document {
             EXPECT_EQ(channel->time("start"), start);
             EXPECT_EQ(channel->time("offset"), start);
         }
-        // The matcher reads the picture's timecode at a rate of its own where the picture states none.
-        if (!group.video.projectFrameRate) return;
         const double global = FCPXMLExporter::effectiveGlobalAudioOffset(group, shoot_.settings, fps);
-        const double said =
-            group.audioMatches.front().syncOffsetSeconds + group.manualAudioOffsetSeconds + global;
-        // Each of the starts and slides may lose a part of a frame. A nominal rate such as 23.976 is a
-        // millionth below the true one, which by the evening is two frames.
-        const int cuts = 2 + (group.manualAudioOffsetSeconds != 0) + (global != 0);
-        const double lost = cuts * frame.toDouble() + start.toDouble() / 1e6 + (isCounted ? 0 : 1 / 20.0);
-        EXPECT_NEAR((*sound.time("offset") - *picture.time("start")).toDouble(), said, lost);
+        const double manual = group.manualAudioOffsetSeconds;
+        // The matcher reads the timecode of a picture without a project rate at the rate of its file, and the
+        // document at that of the project.
+        const std::string timecode = group.video.startTimecodeString.value_or("");
+        const double matched = TimecodeUtils::tcToSeconds(
+            timecode, group.video.projectFrameRate.value_or(group.video.frameRate.value_or(24)));
+        const double shown = TimecodeUtils::tcToSeconds(timecode, fps);
+        double said = matched - shown + group.audioMatches.front().syncOffsetSeconds + manual + global;
+        // Nothing but what is cut from each time by itself may be lost.
+        said += cutOff(shown, fps) - cutOff(manual, fps) - cutOff(global, fps);
+        if (!isCounted) {
+            const double soundRate = audio.frameRate.value_or(24);
+            said -= cutOff(TimecodeUtils::tcToSeconds(audio.startTimecodeString.value_or(""), soundRate),
+                           soundRate);
+        }
+        EXPECT_NEAR((*sound.time("offset") - *picture.time("start")).toDouble(), said, frame.toDouble() / 2);
+    }
+
+    /// What a time loses that is cut to whole frames, in seconds: they are counted at the nominal rate and
+    /// last as long as the true one says, so that one at 23.976 loses two frames by the evening.
+    static double cutOff(double seconds, double fps) {
+        return seconds - std::trunc(seconds * fps) * FCPXMLExporter::frameDurationTime(fps).toDouble();
     }
 
     /// The same clip, but for its place in the angle.

@@ -2,6 +2,8 @@
 
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
 
+#include <limits>
+
 namespace orvane {
 namespace {
 
@@ -102,6 +104,14 @@ TEST(VolumeKeyframes, ReachTheChannelsOfTheirRole) {
     const auto boom = curves.find("role=\"dialogue.Boom\"");
     EXPECT_EQ(linesWith(curves.substr(boom, 2000), "4000/1000s").front(),
               R"(<keyframe time="4000/1000s" value="0.000" interp="easeOut"/>)");
+
+    // What a hand-edited session holds that is no number is left out, and a curve of nothing else with it.
+    ExportSettings odd = settings;
+    odd.smartAudioResults.at(first.id).blocks.front().gainMultiplier =
+        std::numeric_limits<double>::infinity();
+    const std::string oddCurves = FCPXMLExporter::exportDocument({first}, {}, odd).fcpxmlString;
+    EXPECT_GT(countOf(oddCurves, "<keyframe "), 0U);
+    EXPECT_EQ(countOf(oddCurves, "inf\"") + countOf(oddCurves, "nan\""), 0U);
 
     fcpxml::XMLDocument tree;
     EXPECT_TRUE(FCPXMLExporter::injectVolumeKeyframes(tree, {first}, settings)) << "nothing to do";

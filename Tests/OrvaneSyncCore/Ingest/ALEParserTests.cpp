@@ -220,6 +220,12 @@ TEST(ALEParser, takesItsTimeAndMemoryFromWhatIsThere) {
     EXPECT_EQ(wide.clip(1).cell("c4999"), "9999");
     EXPECT_EQ(wide.clip(1).fields().size(), manyColumns / 2 + 1);
 
+    const ALEFile nameless = ALEParser().parse(",a,,b\n1,2,3, \n4");
+    EXPECT_EQ(nameless.clip(0).cell(""), "3");
+    EXPECT_EQ(nameless.clip(1).cell(""), "4");
+    EXPECT_EQ(nameless.clip(1).cell("b"), std::nullopt);
+    EXPECT_EQ(nameless.columnsWithText(), std::vector({true, true, true, false}));
+
     constexpr std::size_t oneLine = 200'000;
     EXPECT_EQ(ALEParser().parse(std::string(oneLine, ',')).columns().size(), oneLine + 1);
     EXPECT_THROW(ALEParser().parse(std::string(oneLine, '"')), ALEParserError);

@@ -2,6 +2,7 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <set>
 
 namespace orvane::FCPXMLExporter {
 
@@ -48,6 +49,8 @@ std::vector<Event> assembleSceneEvents(std::vector<EventItem> items,
 std::vector<Event> assembleEvents(ExportWalk& walk) {
     const ExportSettings& settings = walk.settings;
     std::vector<Event> events;
+    const std::set<std::optional<std::string>> keys(walk.bucketKeys.begin(), walk.bucketKeys.end());
+    walk.result.sceneEventCount = static_cast<int>(keys.size() - keys.count(std::nullopt));
     if (settings.splitEventsByScene)
         events = assembleSceneEvents(std::move(walk.eventItems), walk.bucketKeys, settings.eventName);
     else
@@ -64,6 +67,7 @@ std::vector<Event> assembleEvents(ExportWalk& walk) {
     appendEvent(settings.separateEventForNativeMOS, settings.nativeMOSEventName, walk.nativeMOSItems);
     appendEvent(settings.separateEventForProjectRate, settings.projectRateEventName, walk.projectRateItems);
     appendEvent(true, settings.rawMediaEventName, walk.rawItems);
+    walk.result.eventCount = static_cast<int>(events.size());
     return events;
 }
 

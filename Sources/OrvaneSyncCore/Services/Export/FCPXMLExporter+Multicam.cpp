@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <set>
 
 namespace orvane::FCPXMLExporter {
 
@@ -85,19 +84,12 @@ MCAngle angle(CameraClip camera, std::size_t index, const Time& earliest) {
 }
 
 std::string joinedName(const std::vector<CameraClip>& cameras, const NamesByGroup& clipNames) {
-    std::string joined;
+    std::vector<std::string> names;
     for (const CameraClip& camera : cameras) {
         const auto name = clipNames.find(camera.group->id);
-        if (&camera != &cameras.front()) joined += " + ";
-        joined += name == clipNames.end() ? camera.group->clipName : name->second;
+        names.push_back(name == clipNames.end() ? camera.group->clipName : name->second);
     }
-    return joined;
-}
-
-std::string joined(const auto& texts) {
-    std::string result;
-    for (const std::string& text : texts) result.append(result.empty() ? "" : ", ").append(text);
-    return result;
+    return joined(names, " + ");
 }
 
 } // namespace
@@ -217,12 +209,13 @@ std::optional<UUID> multicamBucketGroupID(const std::vector<const SyncGroup*>& g
     }
     if (buckets.empty()) return std::nullopt;
     if (buckets.size() > 1) {
-        std::set<std::string> names;
-        for (const Bucket& bucket : buckets) names.insert(*bucket.name);
+        std::vector<std::string> names;
+        for (const Bucket& bucket : buckets) names.push_back(*bucket.name);
+        std::ranges::sort(names);
         std::vector<std::string> filenames;
         for (const SyncGroup* group : groups) filenames.push_back(group->video.filename);
-        warnings.push_back("Multicam angles span different scenes (" + joined(names) +
-                           "): " + joined(filenames) + " — placed in the first angle's scene event.");
+        warnings.push_back("Multicam angles span different scenes (" + joined(names, ", ") +
+                           "): " + joined(filenames, ", ") + " — placed in the first angle's scene event.");
     }
     return std::ranges::max_element(buckets, {}, &Bucket::angles)->first; // the first among equals
 }

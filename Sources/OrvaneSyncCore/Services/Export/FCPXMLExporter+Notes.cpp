@@ -1,4 +1,4 @@
-#include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+#include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 #include "Platform/Text.h"
 
 namespace orvane::FCPXMLExporter {
@@ -39,6 +39,12 @@ std::string audioFacts(const SyncGroup& group) {
 
 } // namespace
 
+std::string joined(const std::vector<std::string>& texts, std::string_view separator) {
+    std::string result;
+    for (std::size_t i = 0; i < texts.size(); ++i) result.append(i == 0 ? "" : separator).append(texts[i]);
+    return result;
+}
+
 std::optional<std::string> bestSceneAleIxml(const SyncGroup& group) {
     return reportElseRecorder(group, "Scene", &IXMLData::scene);
 }
@@ -51,12 +57,8 @@ std::optional<std::string> buildNotesString(const SyncGroup& group, const Export
                                             const std::vector<std::string>& lockitVideoNotes) {
     const NotesSource source = settings.notesSource;
     std::string text;
-    if (source == NotesSource::video || source == NotesSource::both) {
-        std::string notes;
-        for (std::size_t i = 0; i < lockitVideoNotes.size(); ++i)
-            notes.append(i == 0 ? "" : ", ").append(lockitVideoNotes[i]);
-        if (!lockitVideoNotes.empty()) text = settings.notesVideoPrefix + " " + notes;
-    }
+    if ((source == NotesSource::video || source == NotesSource::both) && !lockitVideoNotes.empty())
+        text = settings.notesVideoPrefix + " " + joined(lockitVideoNotes, ", ");
     if (source == NotesSource::audio || source == NotesSource::both) {
         const std::string facts = audioFacts(group);
         if (!facts.empty()) append(text, " | ", settings.notesAudioPrefix + " " + facts);

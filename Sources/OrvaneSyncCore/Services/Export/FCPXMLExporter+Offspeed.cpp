@@ -130,6 +130,7 @@ void addNativeMOSClips(ExportWalk& walk) {
         EventItem item = std::move(clip);
         if (settings.wrapNativeMOSInSyncClip) item = wrapped(std::get<AssetClip>(std::move(item)));
         placeVariant(walk, std::move(item), group, settings.separateEventForNativeMOS, walk.nativeMOSItems);
+        ++walk.result.nativeRateCount;
     }
 }
 
@@ -153,6 +154,7 @@ void addProjectRateClips(ExportWalk& walk) {
         if (!clip) continue;
         placeVariant(walk, std::move(*clip), group, settings.separateEventForProjectRate,
                      walk.projectRateItems);
+        ++walk.result.projectRateCount;
     }
 }
 

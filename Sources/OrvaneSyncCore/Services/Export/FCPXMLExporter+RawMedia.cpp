@@ -88,6 +88,7 @@ void addRawMedia(ExportWalk& walk) {
     for (const SyncGroup& group : walk.groups)
         for (const AudioMatch& match : group.audioMatches) addOnce(match.audio);
     for (const WildTrack& track : walk.wildTracks) addOnce(track.audio);
+    walk.result.sourceMediaCount = static_cast<int>(walk.rawItems.size());
 }
 
 } // namespace orvane::FCPXMLExporter

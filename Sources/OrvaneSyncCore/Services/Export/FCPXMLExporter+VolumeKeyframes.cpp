@@ -33,10 +33,13 @@ using Curve = std::vector<std::array<XMLAttribute, 3>>;
 Curve curveOf(const std::vector<VolumeKeyframe>& keyframes, XMLArena& arena) {
     Curve curve;
     curve.reserve(keyframes.size());
-    for (const VolumeKeyframe& keyframe : keyframes)
+    for (const VolumeKeyframe& keyframe : keyframes) {
+        // A session that was edited by hand may hold a moment or a gain that is no number.
+        if (!std::isfinite(keyframe.time) || !std::isfinite(keyframe.value)) continue;
         curve.push_back({{{"time", arena.copy(milliseconds(keyframe.time))},
                           {"value", arena.copy(threeDecimals(keyframe.value))},
                           {"interp", keyframe.interp}}});
+    }
     return curve;
 }
 
@@ -54,7 +57,8 @@ void addCurves(CurvesByRole& curves, const SyncGroup& group, const SmartAudioRes
             result.blocks.empty()
                 ? keyframesFromLegacySegments(result.windowedBestTracks, track, segmentRampSeconds)
                 : keyframesFromBlocks(result.blocks, track, blockRampSeconds);
-        curves[role].push_back(curveOf(keyframes, arena));
+        Curve curve = curveOf(keyframes, arena);
+        if (!curve.empty()) curves[role].push_back(std::move(curve));
     }
 }
 

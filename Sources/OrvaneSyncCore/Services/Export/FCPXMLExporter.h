@@ -18,6 +18,11 @@ struct ExportResult {
     std::string fcpxmlString;
     int syncClipCount = 0; ///< sync-clips in events, those without sound included, offspeed variants not
     int multicamCount = 0;
+    int nativeRateCount = 0;           ///< offspeed clips at the sensor's rate, without sound
+    int projectRateCount = 0;          ///< offspeed clips at normal speed
+    int sourceMediaCount = 0;          ///< whole files in the bin of source media
+    int eventCount = 0;                ///< all events of the document
+    int sceneEventCount = 0;           ///< those that stand for a scene; 0 unless events are split
     std::vector<std::string> warnings; ///< one line per skipped or doubtful clip
 };
 
@@ -150,7 +155,8 @@ struct BuiltMulticam {
 };
 
 /// The clips, by id, that rolled at the same moment: the first of each list is the one that all others of it
-/// overlap. A clip without a duration or a start is in no list.
+/// overlap; clips that only touch do not. A list keeps the order of the groups. A clip without a duration or
+/// a start is in no list.
 std::vector<std::vector<UUID>> findMulticamGroups(const SyncGroupList& groups);
 /// Nothing for fewer than two cameras.
 std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, const std::string& altFormatID,
@@ -163,6 +169,9 @@ std::string deriveCameraName(const MediaAsset& from, std::size_t index);
 std::string resolveMulticamCodec(MulticamCodec requested, const std::vector<const MediaAsset*>& sources);
 /// The clip whose scene event takes the multicam clip: that of the scene with the most angles, the earliest
 /// among equals. Angles of different scenes add a warning. Nothing unless events are split.
+///
+/// `sceneBucketByGroupID` holds the names of the scene events, so the warning names events, not bare scenes,
+/// and scenes that the pattern gives one name to are one: with the pattern "{scene}" it says "(12, 13)".
 std::optional<UUID> multicamBucketGroupID(const std::vector<const SyncGroup*>& groups,
                                           const NamesByGroup& sceneBucketByGroupID, bool splitEnabled,
                                           std::vector<std::string>& warnings);

@@ -129,6 +129,9 @@ bool injectVolumeKeyframes(fcpxml::XMLDocument& document, const SyncGroupList& g
 /// document is large.
 void giveEditableItemsTheirType(std::string& text);
 
+/// All texts, empty ones too, with the separator between each two.
+std::string joined(const std::vector<std::string>& texts, std::string_view separator);
+
 /// The value without its fraction, 0 for what is no number of 64 bits.
 std::int64_t truncated(double value);
 

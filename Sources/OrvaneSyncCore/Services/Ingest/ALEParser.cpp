@@ -69,21 +69,20 @@ void splitLine(std::string_view line, char delimiter, Extend extend, End end) {
     end();
 }
 
-PackedTexts fieldsOf(std::string_view line, char delimiter) {
-    PackedTexts fields;
-    splitLine(
-        line, delimiter, [&](std::string_view piece) { fields.extend(piece); }, [&] { fields.finish(); });
-    return fields;
-}
-
-/// The first line of more than one field; lines above it, such as a title, are passed over.
+/// The first line of more than one field; lines above it, such as a title, are passed over. A line may be the
+/// whole file, so its fields are held once and never copied as they grow.
 PackedTexts headerRow(ReportLines& lines, char delimiter) {
     while (const auto line = lines.nextFilled()) {
-        const PackedTexts fields = fieldsOf(*line, delimiter);
-        if (fields.size() < 2) continue;
         PackedTexts columns;
-        for (const std::string_view field : fields) columns.append(trimmed(field));
-        return columns;
+        columns.reserve(static_cast<std::size_t>(std::ranges::count(*line, delimiter)) + 1, 0);
+        std::string field;
+        splitLine(
+            *line, delimiter, [&](std::string_view piece) { field += piece; },
+            [&] {
+                columns.append(trimmed(field));
+                field.clear();
+            });
+        if (columns.size() > 1) return columns;
     }
     throw ALEParserError::noColumns();
 }

@@ -110,7 +110,7 @@ class RowsByColumn {
 
 template <class Rows>
 MetadataMerger::MergeResult mergeRows(Rows rows, SyncGroupList& groups) {
-    std::optional<Fields> fields;
+    std::optional<Fields> fields; // of the group under way: each is changed before the next is tested
     const std::size_t matched = groups.updateWhere(
         [&](const SyncGroup& group) {
             fields = rows.fieldsFor(group);

@@ -1,0 +1,46 @@
+#include "OrvaneSyncCLI/ReportDoubt.h"
+
+#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+
+namespace orvane::cli {
+
+namespace {
+
+constexpr std::size_t mostNames = 6; // enough to see what was taken for the line of names
+constexpr std::size_t mostNameBytes = 40;
+
+std::string namesOf(const PackedTexts& columns) {
+    std::string names;
+    for (std::size_t i = 0; i < std::min(columns.size(), mostNames); ++i) {
+        if (i > 0) names += ", ";
+        names +=
+            columns[i].empty()
+                ? "(no name)"
+                : "'" + platform::text::printable(platform::text::beginning(columns[i], mostNameBytes)) + "'";
+    }
+    return columns.size() > mostNames ? names + " and so on" : names;
+}
+
+} // namespace
+
+std::optional<std::string> reportDoubt(const ALEFile& report, const platform::SettingsStore& settings) {
+    const SettingsReader reader(settings);
+    const std::string chosen = reader.text("ale.matchColumn");
+    const bool byColumn =
+        reader.text("ale.matchField") == "column" && !platform::text::trimmed(chosen).empty();
+    const std::string wanted = byColumn ? chosen : "Name";
+    const PackedTexts& columns = report.columns();
+    bool isThere = false;
+    for (const std::string_view column : columns) isThere = isThere || column == wanted;
+    if (!isThere)
+        return "the report has no column '" + platform::text::printable(wanted) + "'; its columns are " +
+               namesOf(columns) + ". The setting " + (byColumn ? "ale.matchColumn" : "ale.matchField") +
+               " says which one names the clips";
+    if (report.clipCount() == 0) return "the report has no rows below the names of its columns";
+    return std::nullopt;
+}
+
+} // namespace orvane::cli

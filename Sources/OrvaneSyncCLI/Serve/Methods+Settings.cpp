@@ -14,7 +14,7 @@ JSON setting(Desk& desk, const Call& call) {
     const std::string& key = call.text("key");
     if (auto value = desk.settings->value(key)) return std::move(*value);
     const SettingDescription* known = SettingsCatalogue::find(key);
-    return known == nullptr ? JSON() : known->defaultValue();
+    return known == nullptr ? JSON() : defaultInUse(*known);
 }
 
 JSON setSetting(Desk& desk, const Call& call) {

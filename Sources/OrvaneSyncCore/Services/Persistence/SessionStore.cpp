@@ -21,10 +21,11 @@ constexpr std::uint64_t largestRecord = std::uint64_t{16} << 20U; // bytes
 
 std::string prettyText(const JSON& json) { return json.dump(JSON::Layout::pretty) + "\n"; }
 
-template <class Record>
-std::optional<Record> readRecord(const std::string& path) {
+/// What `decode` makes of the file; nothing when it can't be read or is something else.
+template <class Decode>
+auto readAs(const std::string& path, const Decode& decode) -> std::optional<decltype(decode(JSON()))> {
     try {
-        return fromJSON<Record>(JSON::parse(files::readText(path, largestRecord)));
+        return decode(JSON::parse(files::readText(path, largestRecord)));
     } catch (const platform::FileError&) {
         return std::nullopt;
     } catch (const platform::JSONError&) {
@@ -35,18 +36,17 @@ std::optional<Record> readRecord(const std::string& path) {
 }
 
 template <class Record>
+std::optional<Record> readRecord(const std::string& path) {
+    return readAs(path, [](const JSON& json) { return fromJSON<Record>(json); });
+}
+
+template <class Record>
 std::optional<std::vector<Record>> readRecords(const std::string& path) {
-    try {
+    return readAs(path, [](const JSON& json) {
         JSON object;
-        object.set("list", JSON::parse(files::readText(path, largestRecord)));
+        object.set("list", json);
         return requiredArray<Record>(object, "list");
-    } catch (const platform::FileError&) {
-        return std::nullopt;
-    } catch (const platform::JSONError&) {
-        return std::nullopt;
-    } catch (const DecodingError&) {
-        return std::nullopt;
-    }
+    });
 }
 
 /// Writes a record in place of the one that is there; one that can't be read is kept beside it.

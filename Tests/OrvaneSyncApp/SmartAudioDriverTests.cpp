@@ -367,9 +367,19 @@ TEST_F(SmartAudioDriverTest, editsForgetOrRenewWhatTheyMakeStale) {
     controller_->withUndo(undoSteps::soloTrackActive, [&] { controller_->soloTrackActive(a, 5); });
     settle();
     EXPECT_EQ(controller_->undoState().undoActionName, "Toggle Audio Track");
+    std::vector<SmartAudioProgress> steps;
+    auto subscription = controller_->onChange([&](ImportField field) {
+        if (field == ImportField::smartAudio) steps.push_back(controller_->smartAudio().progress);
+    });
     controller_->resetAllClipsToAutoSync();
     settle();
+    subscription.reset();
     EXPECT_EQ(active("A001"), Tracks{2}) << "the choice by hand is gone, and the verdict is back";
+    const auto second = std::ranges::find(steps, 2, &SmartAudioProgress::current);
+    ASSERT_NE(second, steps.end());
+    EXPECT_EQ(second->fraction, 1) << "the recording of both cameras is read once";
+    EXPECT_TRUE(clip("B001")->measuredLUFS.has_value());
+    EXPECT_EQ(clip("A001")->measuredLUFS, clip("B001")->measuredLUFS);
 
     controller_->resetClipToAutoSync(a);
     EXPECT_EQ(result("A001"), nullptr);

@@ -172,10 +172,7 @@ void ImportController::resetAllClipsToAutoSync() {
     assertOnMainThread();
     if (syncGroups_.updateWhere([](const SyncGroup&) { return true; }, clearDecisions) > 0)
         notify(ImportField::syncGroups);
-    std::vector<UUID> analysed;
-    for (const SyncGroup& group : syncGroups_)
-        if (smartAudio_.results.contains(group.id)) analysed.push_back(group.id);
-    reanalyseAll(weak_from_this(), std::move(analysed));
+    reanalyseAll();
 }
 
 void ImportController::applyBatchRename(const BatchRenamer& renamer) {

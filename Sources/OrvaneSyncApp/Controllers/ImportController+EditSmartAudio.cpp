@@ -88,15 +88,10 @@ void ImportController::invalidateCachesAfterUndo() {
     notify(ImportField::smartAudio);
 }
 
-platform::Task ImportController::reanalyseAll(std::weak_ptr<ImportController> weak,
-                                              std::vector<UUID> groupIDs) {
-    for (const UUID& groupID : groupIDs) {
-        auto self = weak.lock();
-        if (!self) co_return;
-        const auto analysis = self->runSmartAudioForGroup(groupID, false);
-        self.reset();
-        co_await analysis;
-    }
+void ImportController::reanalyseAll() {
+    SyncGroupList analysed = syncGroups_.filtered(
+        [this](const SyncGroup& group) { return smartAudio_.results.contains(group.id) && !group.isMOS(); });
+    analyseEach(weak_from_this(), std::move(analysed), newRunForOneClip(false), Loudness::measure);
 }
 
 } // namespace orvane

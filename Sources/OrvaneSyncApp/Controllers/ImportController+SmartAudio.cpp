@@ -102,8 +102,9 @@ struct ImportController::AnalysisRun {
             std::erase_if(heard, [&](const auto& one) { return one.first.first == path; });
     }
 
-    std::unordered_map<std::string, int> clipsLeft; ///< by recording, in a run over all clips
+    std::unordered_map<std::string, int> clipsLeft;                          ///< by recording
     std::map<std::pair<std::string, std::set<int>>, SmartAudioResult> heard; ///< by recording and candidates
+    std::unordered_map<std::string, double> loudness;                        ///< LUFS, by recording
 };
 
 std::shared_ptr<ImportController::AnalysisRun>
@@ -130,8 +131,17 @@ platform::Task ImportController::analyseAll(std::weak_ptr<ImportController> weak
         self->notify(ImportField::smartAudio);
         co_return;
     }
-    const SyncGroupList groups = self->syncGroups_.filtered(
+    SyncGroupList groups = self->syncGroups_.filtered(
         [](const SyncGroup& group) { return group.matchStatus.isSettled() && !group.isMOS(); });
+    self.reset();
+    co_await analyseEach(weak, std::move(groups), run, Loudness::leave);
+}
+
+/// Clips with sound, as they stand when the run begins.
+platform::Task ImportController::analyseEach(std::weak_ptr<ImportController> weak, SyncGroupList groups,
+                                             std::shared_ptr<AnalysisRun> run, Loudness loudness) {
+    auto self = weak.lock();
+    if (!self || groups.empty()) co_return;
     run->progress.total = static_cast<int>(groups.size());
     for (const SyncGroup& group : groups)
         if (run->clipsLeft[group.primaryAudio()->url.path]++ == 0)
@@ -141,10 +151,20 @@ platform::Task ImportController::analyseAll(std::weak_ptr<ImportController> weak
         self->nextClip(*run, group);
         self.reset();
         co_await analyseClip(weak, group.id, run);
+        if (loudness == Loudness::measure) co_await measureLoudness(weak, group.id, run);
         self = weak.lock();
         if (!self) co_return;
     }
     self->analysisEnded(run);
+    if (loudness == Loudness::leave) co_return;
+    for (const SyncGroup& group : groups) {
+        const auto result = self->smartAudio_.results.find(group.id);
+        if (result == self->smartAudio_.results.end() || result->second.blocks.empty()) continue;
+        self.reset();
+        co_await renderMixdown(weak, group.id);
+        self = weak.lock();
+        if (!self) co_return;
+    }
 }
 
 std::shared_ptr<ImportController::AnalysisRun>
@@ -158,27 +178,13 @@ ImportController::newRunForOneClip(bool forceOverwriteManualTracks) const {
 
 platform::Task ImportController::runSmartAudioForGroup(const UUID& groupID, bool forceOverwriteManualTracks) {
     assertOnMainThread();
-    return analyseOne(weak_from_this(), groupID, newRunForOneClip(forceOverwriteManualTracks));
+    return analyseOne(groupID, newRunForOneClip(forceOverwriteManualTracks));
 }
 
-platform::Task ImportController::analyseOne(std::weak_ptr<ImportController> weak, UUID groupID,
-                                            std::shared_ptr<AnalysisRun> run) {
-    auto self = weak.lock();
-    const SyncGroup* group = self ? self->syncGroups_.find(groupID) : nullptr;
-    if (group == nullptr || group->isMOS()) co_return;
-    run->effort = effortOf(*group->primaryAudio());
-    self->analysisBegan(run);
-    self->nextClip(*run, *group);
-    self.reset();
-    co_await analyseClip(weak, groupID, run);
-    co_await measureLoudness(weak, groupID, run);
-    self = weak.lock();
-    if (!self) co_return;
-    self->analysisEnded(run);
-    const auto result = self->smartAudio_.results.find(groupID);
-    const bool hasBlocks = result != self->smartAudio_.results.end() && !result->second.blocks.empty();
-    self.reset();
-    if (hasBlocks) co_await renderMixdown(weak, groupID);
+platform::Task ImportController::analyseOne(const UUID& groupID, std::shared_ptr<AnalysisRun> run) {
+    SyncGroupList one =
+        syncGroups_.filtered([&](const SyncGroup& group) { return group.id == groupID && !group.isMOS(); });
+    return analyseEach(weak_from_this(), std::move(one), std::move(run), Loudness::measure);
 }
 
 void ImportController::nextClip(AnalysisRun& run, const SyncGroup& group) {
@@ -288,25 +294,23 @@ void ImportController::adoptVerdict(const UUID& groupID, SmartAudioResult result
 
 platform::Task ImportController::measureLoudness(std::weak_ptr<ImportController> weak, UUID groupID,
                                                  std::shared_ptr<AnalysisRun> run) {
-    double measured = 0;
-    for (std::optional<FileURL> heard;;) {
+    for (;;) {
         auto self = weak.lock();
         const SyncGroup* group = self ? self->stillAsked(groupID, *run) : nullptr;
         if (group == nullptr) co_return;
         const FileURL recording = group->primaryAudio()->url;
-        if (heard == recording) {
+        if (const auto measured = run->loudness.find(recording.path); measured != run->loudness.end()) {
             self->syncGroups_.update(groupID, [&](SyncGroup& own) {
-                own.measuredLUFS = measured;
-                if (own.masterGainAuto) own.masterGainDB = self->automaticMasterGainDB(measured);
+                own.measuredLUFS = measured->second;
+                if (own.masterGainAuto) own.masterGainDB = self->automaticMasterGainDB(measured->second);
             });
             self->notify(ImportField::syncGroups);
             co_return;
         }
-        heard = recording;
         auto measuring = platform::onQueue(*self->loudnessQueue_, *self->mainThread_,
                                            [recording] { return loudnessOf(recording); });
         self.reset();
-        measured = co_await measuring;
+        run->loudness[recording.path] = co_await measuring;
     }
 }
 
@@ -331,7 +335,7 @@ void ImportController::reanalyseIfKnown(const UUID& groupID) {
         pending->second->forgotten == timesForgotten(groupID))
         return;
     reanalyses_.insert_or_assign(groupID, run);
-    analyseOne(weak_from_this(), groupID, run);
+    analyseOne(groupID, run);
 }
 
 // Only a mode that was stored counts: a scan by itself analyses nothing that nobody asked for.

@@ -317,8 +317,10 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     // ImportController+SmartAudio.cpp
     struct AnalysisRun;
     static platform::Task analyseAll(std::weak_ptr<ImportController> weak, std::shared_ptr<AnalysisRun> run);
-    static platform::Task analyseOne(std::weak_ptr<ImportController> weak, UUID groupID,
-                                     std::shared_ptr<AnalysisRun> run);
+    enum class Loudness : std::uint8_t { leave, measure };
+    static platform::Task analyseEach(std::weak_ptr<ImportController> weak, SyncGroupList groups,
+                                      std::shared_ptr<AnalysisRun> run, Loudness loudness);
+    platform::Task analyseOne(const UUID& groupID, std::shared_ptr<AnalysisRun> run);
     static platform::Task analyseClip(std::weak_ptr<ImportController> weak, UUID groupID,
                                       std::shared_ptr<AnalysisRun> run);
     static platform::Task measureLoudness(std::weak_ptr<ImportController> weak, UUID groupID,
@@ -360,7 +362,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     void removeSmartAudioCaches(UUID groupID);
     void removeRenderedAudio(UUID groupID);
     void invalidateCachesAfterUndo();
-    static platform::Task reanalyseAll(std::weak_ptr<ImportController> weak, std::vector<UUID> groupIDs);
+    void reanalyseAll();
 
     const std::shared_ptr<platform::MainThread> mainThread_;
     const std::shared_ptr<platform::SettingsStore> settings_;

@@ -19,7 +19,7 @@ struct CloseDirectory {
 };
 using Directory = std::unique_ptr<DIR, CloseDirectory>;
 
-enum class Kind { file, folder, linkedFolder, other };
+enum class Kind { file, folder, linkedFolder, brokenLink, other };
 
 Kind kindOf(DIR* directory, const dirent& entry) {
     if (entry.d_type == DT_REG) return Kind::file;
@@ -27,13 +27,20 @@ Kind kindOf(DIR* directory, const dirent& entry) {
     // Some file systems don't tell, and what a link is depends on where it leads.
     if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_LNK) return Kind::other;
     const int parent = ::dirfd(directory);
+    const auto isLink = [&] {
+        struct stat itself {};
+        return ::fstatat(parent, entry.d_name, &itself, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(itself.st_mode);
+    };
     struct stat status {};
-    if (::fstatat(parent, entry.d_name, &status, 0) != 0) return Kind::other;
+    if (::fstatat(parent, entry.d_name, &status, 0) != 0) return isLink() ? Kind::brokenLink : Kind::other;
     if (S_ISREG(status.st_mode)) return Kind::file;
     if (!S_ISDIR(status.st_mode)) return Kind::other;
-    if (::fstatat(parent, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode))
-        return Kind::linkedFolder;
-    return Kind::folder;
+    return isLink() ? Kind::linkedFolder : Kind::folder;
+}
+
+WalkEntry walkEntry(Kind kind) {
+    if (kind == Kind::brokenLink) return WalkEntry::brokenLink;
+    return kind == Kind::file ? WalkEntry::file : WalkEntry::directory;
 }
 
 bool isItselfOrParent(std::string_view name) { return name == "." || name == ".."; }
@@ -71,7 +78,7 @@ bool walk(const std::string& folder, const std::function<void(const std::string&
             const Kind kind = kindOf(directory.get(), *entry);
             if (kind == Kind::other) continue;
             std::string entryPath = below(path, entry->d_name);
-            visit(entryPath, kind == Kind::file ? WalkEntry::file : WalkEntry::directory);
+            visit(entryPath, walkEntry(kind));
             if (kind == Kind::folder && descend(entryPath)) pending.push_back(std::move(entryPath));
         }
         std::reverse(pending.begin() + firstNew, pending.end());

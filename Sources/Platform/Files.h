@@ -71,12 +71,13 @@ void removeTree(const std::string& path);
 /// Within one file system; replaces a file that has the new name. Throws FileError.
 void rename(const std::string& from, const std::string& to);
 
-enum class WalkEntry { file, directory };
+enum class WalkEntry { file, directory, brokenLink };
 enum class Hidden { skip, include };
 /// Visits every file and folder below the folder, to any depth, each folder's entries in the order of the
 /// file system. Hidden entries (names that begin with a dot) are passed over with everything below them. A
 /// link to a file is a file; a link to a folder is visited as a folder but not entered, so that a loop of
-/// links ends; links that lead nowhere, devices, pipes and sockets are passed over. `descend` is asked about
+/// links ends; a link that leads nowhere is visited as a broken one; devices, pipes and sockets are passed
+/// over. `descend` is asked about
 /// each folder that can be entered. A folder below that cannot be read is passed over, and `unreadable` told
 /// of it. Returns false when the top folder itself cannot be opened.
 bool walk(const std::string& folder,

@@ -48,7 +48,8 @@ DiscoveryResult discover(const FileDiscoveryService& service, const std::vector<
     const DiscoveryResult found = service.discover(folders);
     Standardization standard;
     return {standard.withoutDuplicates(found.videoURLs), standard.withoutDuplicates(found.audioURLs),
-            standard.withoutDuplicates(found.unreadableFolders)};
+            standard.withoutDuplicates(found.unreadableFolders),
+            standard.withoutDuplicates(found.brokenLinks)};
 }
 
 double secondsBetween(std::chrono::nanoseconds start, std::chrono::nanoseconds end) {

@@ -11,7 +11,9 @@ namespace orvane {
 struct DiscoveryResult {
     std::vector<FileURL> videoURLs;
     std::vector<FileURL> audioURLs;
-    std::vector<FileURL> unreadableFolders; ///< whose files are missing here; not part of the JSON form
+    // What is missing here; not part of the JSON form.
+    std::vector<FileURL> unreadableFolders;
+    std::vector<FileURL> brokenLinks; ///< that bear the name of a media file or of a folder
 
     std::size_t videoCount() const { return videoURLs.size(); }
     std::size_t audioCount() const { return audioURLs.size(); }

@@ -77,7 +77,12 @@ TEST_F(Discovery, loopsEnd) {
     std::filesystem::create_directory_symlink(folder.path(), folder.path("real/up"));
     std::filesystem::create_symlink("nowhere.mov", folder.path("real/dangling.mov"));
     std::filesystem::create_symlink("a.mov", folder.path("real/link.mov"));
-    EXPECT_EQ(below(service.discover(folder.path()).videoURLs), (Names{"real/a.mov", "real/link.mov"}));
+    std::filesystem::create_symlink("nowhere", folder.path("real/notes.txt"));
+    std::filesystem::create_symlink("nowhere", folder.path("real/card"));
+    const DiscoveryResult result = service.discover(folder.path());
+    EXPECT_EQ(below(result.videoURLs), (Names{"real/a.mov", "real/link.mov"}));
+    EXPECT_EQ(below(result.brokenLinks), (Names{"real/card", "real/dangling.mov"}))
+        << "of media, and of what may have been a folder";
 }
 
 TEST_F(Discovery, whatCannotBeReadIsEmpty) {

@@ -25,9 +25,14 @@ bool isPackage(const std::string& folder) {
 }
 
 void discoverInto(DiscoveryResult& result, const std::string& folder) {
-    const auto visit = [&result](const std::string& path, platform::files::WalkEntry) {
+    const auto visit = [&result](const std::string& path, platform::files::WalkEntry entry) {
         FileURL url{path};
         const auto kind = assetKindFrom(url);
+        if (entry == platform::files::WalkEntry::brokenLink) {
+            // Without an extension it may have stood for a whole folder.
+            if (kind || url.lowercasedExtension().empty()) result.brokenLinks.push_back(std::move(url));
+            return;
+        }
         if (!kind) return;
         auto& list = *kind == AssetKind::video ? result.videoURLs : result.audioURLs;
         list.push_back(std::move(url));

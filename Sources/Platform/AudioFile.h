@@ -20,8 +20,10 @@ class AudioFile {
 
     virtual double sampleRate() const = 0; ///< Hz
     virtual int channelCount() const = 0;
-    /// Frames that the file claims; reading may end earlier.
+    /// Frames that are there as far as the file tells; reading may end earlier.
     virtual std::int64_t frameCount() const = 0;
+    /// Frames that the header promises; more where the file is seen to be cut off.
+    virtual std::int64_t promisedFrames() const { return frameCount(); }
 
     /// Moves to a frame; false when the file has no such frame.
     virtual bool seek(std::int64_t frame) = 0;

@@ -106,6 +106,10 @@ TEST(WaveAudio, readsShortWhereTheFileWasCutOff) {
     EXPECT_EQ(file->read(channels, 50000), 0U);
     ASSERT_TRUE(file->seek(40000));
     EXPECT_EQ(file->read(channels, 1), 0U);
+
+    const auto opened = platform::openWaveAudio(path);
+    EXPECT_EQ(opened->frameCount(), 1000);
+    EXPECT_EQ(opened->promisedFrames(), 50000);
 }
 
 TEST(VectorOps, agreeWithTheirDefinitionAtAnyLength) {

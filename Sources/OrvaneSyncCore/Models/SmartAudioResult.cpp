@@ -97,6 +97,8 @@ JSON toJSON(const SmartAudioResult& result) {
     json.set("channelClassifications", toJSONArray(result.channelClassifications));
     if (result.detectedCharacter) json.set("detectedCharacter", toJSON(*result.detectedCharacter));
     if (result.stemMetrics) json.set("stemMetrics", toJSON(*result.stemMetrics));
+    json.set("heardSeconds", result.heardSeconds);
+    json.set("promisedSeconds", result.promisedSeconds);
     return json;
 }
 

@@ -101,6 +101,8 @@ struct SmartAudioResult {
     std::vector<ChannelClassification> channelClassifications; ///< in track order
     std::optional<MaterialCharacter> detectedCharacter;
     std::optional<StemMetrics> stemMetrics; ///< only where stems were given
+    double heardSeconds = 0;                ///< of the recording, from its beginning
+    double promisedSeconds = 0;             ///< the length of the recording by its header
 
     bool hasAdjustments() const;
     bool operator==(const SmartAudioResult&) const = default;

@@ -88,6 +88,9 @@ class WaveAudio : public AudioFile {
     double sampleRate() const override { return samples_.sampleRate; }
     int channelCount() const override { return samples_.channels; }
     std::int64_t frameCount() const override { return static_cast<std::int64_t>(samples_.frames); }
+    std::int64_t promisedFrames() const override {
+        return static_cast<std::int64_t>(samples_.promisedFrames);
+    }
 
     bool seek(std::int64_t frame) override {
         if (frame < 0 || frame > frameCount()) return false;

@@ -32,6 +32,7 @@ struct Format {
 struct Chunks {
     std::optional<Format> format;
     std::optional<std::uint64_t> dataBytes; ///< what is really there
+    std::uint64_t claimedBytes = 0;         ///< by the header
     std::uint64_t dataAt = 0;               ///< position in the file
     std::optional<std::uint64_t> largeDataBytes;
     std::optional<std::uint64_t> frames; ///< the "fact" of a compressed recording
@@ -108,6 +109,7 @@ class ChunkReader {
         if (data.size == 0 && !isFinished(data.body)) claimed = rest;
         if (!chunks_.dataBytes) {
             chunks_.dataBytes = std::min(claimed, rest);
+            chunks_.claimedBytes = claimed;
             chunks_.dataAt = data.body;
         }
         return claimed;
@@ -177,6 +179,7 @@ std::optional<WaveSamples> locateWaveSamples(RandomAccessFile& file) {
                         .dataAt = chunks.dataAt};
     if (samples.bytesPerFrame() != format->blockAlign) return std::nullopt;
     samples.frames = *chunks.dataBytes / samples.bytesPerFrame();
+    samples.promisedFrames = chunks.claimedBytes / samples.bytesPerFrame();
     return samples;
 }
 

@@ -18,9 +18,10 @@ struct WaveSamples {
     std::uint16_t channels = 0;
     std::uint32_t sampleRate = 0; ///< Hz
     bool isFloat = false;
-    int bits = 0;             ///< of a sample, a multiple of 8
-    std::uint64_t dataAt = 0; ///< position in the file
-    std::uint64_t frames = 0; ///< that are really there
+    int bits = 0;                     ///< of a sample, a multiple of 8
+    std::uint64_t dataAt = 0;         ///< position in the file
+    std::uint64_t frames = 0;         ///< that are really there
+    std::uint64_t promisedFrames = 0; ///< that the header claims; as many where it claims nothing
 
     std::uint32_t bytesPerFrame() const { return channels * static_cast<std::uint32_t>(bits / 8); }
 };

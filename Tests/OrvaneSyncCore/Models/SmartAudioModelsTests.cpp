@@ -117,9 +117,12 @@ TEST(SmartAudioResult, TheVerdictPrintsWhatIsThere) {
     result.windowedBestTracks = {{0, 2, 1}};
     result.detectedCharacter = MaterialCharacter::interview;
     result.stemMetrics = StemMetrics{{0.1F}, {0.2F}, {}, 0.4F};
+    result.heardSeconds = 2;
+    result.promisedSeconds = 3.5;
     EXPECT_EQ(
         toJSON(result).dump(),
         R"({"bestTrackIndex":1,"blocks":[],"channelClassifications":[],"detectedCharacter":"interview",)"
+        R"("heardSeconds":2.0,"promisedSeconds":3.5,)"
         R"("stemMetrics":{"dialogPerWindowPeak":[0.2],"dialogPerWindowRMS":[0.1],)"
         R"("musicPerWindowRMS":[],"musicProbability":0.4},)"
         R"("tracks":[{"averageLevelDB":0.0,"bestSourceScore":0.0,"estimatedSNR":12.7,)"

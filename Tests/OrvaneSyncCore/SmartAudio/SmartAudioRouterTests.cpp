@@ -239,6 +239,7 @@ TEST_F(SmartAudioRouterTest, answersToAnythingThatAFileHolds) {
                 result.tracks, [](const TrackAdjustment& track) { return track.speechRatio > 0; });
             EXPECT_EQ(heard, one.heard);
             EXPECT_EQ(toJSON(result).dump().find("null"), std::string::npos);
+            EXPECT_EQ(SmartAudioRouter::endsEarly(result), one.end == 4.75);
         }
     EXPECT_EQ(analyze({.audioURL = {folder.path("missing.wav")}, .channelCount = 2}), SmartAudioResult{});
     EXPECT_EQ(SmartAudioResult{}.windowDurationSeconds, 0.25);

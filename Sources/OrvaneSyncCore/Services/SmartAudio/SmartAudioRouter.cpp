@@ -64,6 +64,13 @@ std::vector<TrackAnalysis> SmartAudioRouter::listen(platform::AudioFile& file, i
     return analyses;
 }
 
+bool SmartAudioRouter::endsEarly(const SmartAudioResult& result) {
+    // The last window of a whole recording is often begun, and never heard.
+    constexpr double unheardOfWhole = 2 * smartAudioWindowSeconds;
+    return result.heardSeconds > 0 &&
+           std::min(result.promisedSeconds, mostSeconds) - result.heardSeconds > unheardOfWhole;
+}
+
 SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request) {
     SmartAudioResult result;
     queue_->sync([&] { result = analyzeOnQueue(request); });
@@ -77,6 +84,11 @@ SmartAudioResult SmartAudioRouter::analyzeOnQueue(const SmartAudioRequest& reque
     if (!file || file->frameCount() < 1 || tracks < 1) return result;
 
     const std::vector<TrackAnalysis> analyses = listen(*file, tracks, concurrency_, request.progress);
+    const double rate = file->sampleRate();
+    if (rate > 0) {
+        result.heardSeconds = analyses.front().totalWindows * static_cast<double>(windowFrames(rate)) / rate;
+        result.promisedSeconds = static_cast<double>(file->promisedFrames()) / rate;
+    }
 
     const SmartAudioConfig config = request.config.value_or(SmartAudioConfig::preset(request.mode));
     result.tracks = TrackAdjustments::generateAdjustments(analyses, request.mode, config);

@@ -58,6 +58,10 @@ class SmartAudioRouter {
     platform::SerialQueue& queue() { return *queue_; }
     SmartAudioResult analyzeOnQueue(const SmartAudioRequest& request) const;
 
+    /// Whether a recording of which something was heard ended before its header says, and not because the
+    /// rest is never heard.
+    static bool endsEarly(const SmartAudioResult& result);
+
     /// The reading alone: one analysis a track that is asked for. Tracks that the file does not have stay
     /// without windows. Any thread.
     static std::vector<TrackAnalysis> listen(platform::AudioFile& file, int channelCount,

@@ -107,7 +107,7 @@ TEST(ExportSettings, ValuesThatMeanNothingReadAsTheDefault) {
 ExportSettings::Request oneOfEach() {
     using namespace test;
     MediaAsset sound = recording(2);
-    sound.ixmlData = ixml("12A", "3");
+    sound.ixmlData = ixml("12A", "3", {"Anna"});
     sound.channelCount = 2;
     SyncGroup slow = matched(picture("C001C003.mov"), {recording(1)});
     slow.video.sensorFrameRate = slow.video.frameRate = 125;
@@ -169,6 +169,7 @@ TEST(ExportSettings, EachKeyChangesTheDocument) {
          {rate, {"offspeed.projectRateSeparateEvent", true}}},
         {"offspeed.autoKeyword", false, "value=\"Offspeed 125fps\""},
         {"audioBaseRole", "voice", "role=\"voice.Mix\""},
+        {"useIXMLTrackNames", false, "role=\"dialogue.Anna\""},
         {"globalAudioOffset.frames", 12, "offset=\"1799999/50s\""},
         {"globalAudioOffset.startMode",
          "fromFilename",
@@ -207,8 +208,8 @@ TEST(ExportSettings, EachKeyChangesTheDocument) {
 
     // Read by the caller; without effect by design; of metadata and room tone that come in
     // from elsewhere.
-    seen.insert({"eventName", "generateMulticam", "overrideAnamorphic", "useIXMLTrackNames",
-                 "notes.videoPrefix", "atmo.includeInExport"});
+    seen.insert(
+        {"eventName", "generateMulticam", "overrideAnamorphic", "notes.videoPrefix", "atmo.includeInExport"});
     const std::set<std::string_view> others{"Reports", "LockitNetwork fields", "Smart Audio", "Playback",
                                             "Linear timecode"};
     for (const SettingDescription& setting : SettingsCatalogue::all())

@@ -88,6 +88,7 @@ void readEvents(ExportSettings& settings, const SettingsReader& reader) {
 
 void readNaming(ExportSettings& settings, const SettingsReader& reader) {
     settings.audioBaseRole = reader.text("audioBaseRole");
+    settings.useIXMLTrackNames = reader.boolean("useIXMLTrackNames");
     for (int track = 1; track <= subroleCount; ++track)
         settings.subroleMap[track] = reader.text("defaultSubrole" + std::to_string(track));
     settings.clipNamingSource = GroupNaming::sourceFrom(reader.text("clipNamingSource"));

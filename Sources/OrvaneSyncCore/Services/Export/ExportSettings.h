@@ -73,6 +73,7 @@ struct ExportSettings {
     int outputHeight = 1080;
     fcpxml::FCPXMLVersion fcpxmlVersion = fcpxml::FCPXMLVersion::v1_14;
     std::string audioBaseRole = "dialogue"; ///< the part before "." of every audio role
+    bool useIXMLTrackNames = true;          ///< the recorder's name of a track goes before its subrole
     std::map<int, std::string> subroleMap;  ///< by track, from 1
     int defaultAudioTracks = 2;             ///< channels of an audio file whose count is unknown
     bool generateMulticam = true;

@@ -160,7 +160,7 @@ int channelCountOf(const MediaAsset& audio, const ExportSettings& settings) {
 std::string audioRoleName(int track, const MediaAsset& audio, const ExportSettings& settings) {
     std::string role = settings.audioBaseRole;
     role += '.';
-    if (audio.ixmlData)
+    if (audio.ixmlData && settings.useIXMLTrackNames)
         for (const IXMLTrack& named : audio.ixmlData->tracks)
             if (named.channelIndex == track && !named.name.empty()) return role += named.name;
     const auto subrole = settings.subroleMap.find(track);

@@ -1,9 +1,11 @@
 #include "OrvaneSyncCLI/ChannelStrip.h"
 #include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
 #include "OrvaneSyncCLI/SoundFile.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
+#include "OrvaneSyncCore/Services/SmartAudio/ChannelReadingDiagnostic.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "Platform/Files.h"
 #include "Platform/JSON.h"
@@ -137,9 +139,30 @@ std::string takeText(const SmartAudioResult& result, const Names& names, int col
     return character + ", who is heard when:\n" + channelStrip(result.blocks, labels, columns);
 }
 
+/// Two readings of one channel, side by side, for developers.
+void compareReadings(Context& context, const Arguments& arguments, const std::string& path) {
+    for (const char* other : {"--mode", "--channels", "--candidates", "--no-blocks"})
+        if (arguments.has(other)) throw UsageError("--diagnose goes without " + std::string(other));
+    const long long channel = *arguments.integer("--diagnose");
+    const int channels = openSound(path)->channelCount();
+    if (channel < 1 || channel > channels)
+        throw UsageError("--diagnose: there is no channel " + std::to_string(channel) + " among " +
+                         std::to_string(channels));
+    const std::string report =
+        diagnoseChannelReading({platform::files::standardized(path)}, static_cast<int>(channel));
+    if (!arguments.has("--json")) {
+        context.out << report;
+        return;
+    }
+    JSON json;
+    json.set("report", report);
+    context.out << json.dump(JSON::Layout::pretty) << "\n";
+}
+
 void analyze(Context& context, const Arguments& arguments) {
     if (arguments.positionals().size() != 1) throw UsageError("one file, please");
     const std::string& path = arguments.positionals().front();
+    if (arguments.has("--diagnose")) return compareReadings(context, arguments, path);
     SmartAudioRequest request;
     request.mode = mode(arguments);
     request.candidateTracks = candidates(arguments);
@@ -160,13 +183,18 @@ void analyze(Context& context, const Arguments& arguments) {
     request.progress = hearing(progress, std::min(secondsOf(*file), SmartAudioRouter::mostSeconds));
     const SmartAudioResult result = SmartAudioRouter().analyze(request);
     progress.clear();
+    if (SmartAudioRouter::endsEarly(result))
+        context.warn(earlyEndWarning("'" + path + "'", result.heardSeconds, result.promisedSeconds));
     if (arguments.has("--json")) {
         context.out << toJSON(result).dump(JSON::Layout::pretty) << "\n";
         return;
     }
     const Names names = namesOf(asset);
     const bool isWhole = secondsOf(*file) < SmartAudioRouter::mostSeconds + smartAudioWindowSeconds;
-    const std::string heard = isWhole ? "whole take" : "first " + clockText(SmartAudioRouter::mostSeconds);
+    const std::string heard = SmartAudioRouter::endsEarly(result)
+                                  ? clockText(result.heardSeconds) + " that is there"
+                              : isWhole ? "whole take"
+                                        : "first " + clockText(SmartAudioRouter::mostSeconds);
     context.out << channelsText(result, names, context.mayColour);
     if (bestTrack(result)) context.out << "* the best channel of the " << heard << "\n";
     if (!isWhole)
@@ -185,7 +213,8 @@ const Command& analyzeCommand() {
         {{"--mode", "MODE", "off, standard (default), studio, cinematic or custom"},
          {"--channels", "N", "how many channels to look at (default: those of the file)"},
          {"--candidates", "1,3", "the channels that may be heard (default: all)"},
-         {"--no-blocks", "", "measure only; tell no roles and route nothing"}},
+         {"--no-blocks", "", "measure only; tell no roles and route nothing"},
+         {"--diagnose", "N", "for developers: read channel N in two ways and show where they differ"}},
         analyze};
     return command;
 }

@@ -1,4 +1,5 @@
 #include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
 #include "OrvaneSyncCLI/SoundFile.h"
 #include "OrvaneSyncCLI/Table.h"
@@ -9,12 +10,17 @@ namespace orvane::cli {
 
 namespace {
 
+constexpr double worthSaying = 0.5; // seconds
+
 void loudness(Context& context, const Arguments& arguments) {
     if (arguments.positionals().size() != 1) throw UsageError("one file, please");
-    const auto file = openSound(arguments.positionals().front());
+    const std::string& path = arguments.positionals().front();
+    const auto file = openSound(path);
     ProgressLine progress(context, arguments.has("--quiet"));
     const auto measured = LUFSMeter::measureIntegratedLUFS(*file, hearing(progress, secondsOf(*file)));
     progress.clear();
+    if (promisedSecondsOf(*file) - secondsOf(*file) > worthSaying)
+        context.warn(earlyEndWarning("'" + path + "'", secondsOf(*file), promisedSecondsOf(*file)));
     if (arguments.has("--json")) {
         JSON json;
         json.set("integratedLUFS", measured ? JSON(*measured) : JSON());

@@ -62,10 +62,11 @@ void project(Context& context, const Arguments& arguments) {
         throw UsageError("project takes show or export, not '" + verb + "'");
     if (words.size() != 2) throw UsageError("project " + verb + " takes one file");
     if (verb == "show") return show(context, words[1], arguments.has("--json"));
-    const DocumentOutput output(context, arguments);
+    DocumentOutput output(context, arguments);
     ScanRun run(context, arguments, ScanRun::Folders::ofProject);
     run.open(words[1]);
     run.show("Writing the document...");
+    output.warnedAlready = run.warnings();
     output.write(run.controller(), [&] { run.clearProgress(); });
 }
 

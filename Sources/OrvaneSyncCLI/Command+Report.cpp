@@ -1,8 +1,8 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/ReportDoubt.h"
-#include "OrvaneSyncCLI/ScanRun.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
+#include "OrvaneSyncCore/Services/Metadata/MetadataMerger.h"
 #include "Platform/Files.h"
 #include "Platform/Text.h"
 
@@ -111,7 +111,7 @@ std::string reportText(const ALEFile& report, std::string_view matchColumn, bool
 void report(Context& context, const Arguments& arguments) {
     if (arguments.positionals().size() != 1) throw UsageError("one file, please");
     const std::string& path = arguments.positionals().front();
-    if (const std::string why = whyUnreadable(path, false); !why.empty())
+    if (const std::string why = whyNoReport(path); !why.empty())
         throw CommandError("can't read '" + path + "': " + why);
     const ALEFile report = readReport({platform::files::standardized(path)});
     if (arguments.has("--json"))

@@ -9,11 +9,19 @@ namespace {
 void scan(Context& context, const Arguments& arguments) {
     ScanRun run(context, arguments);
     run.scan();
-    if (arguments.has("--json"))
-        context.out << stateJSON(run.controller()).dump(JSON::Layout::pretty) << "\n";
-    else
-        context.out << stateText(run.controller(), context.mayColour) << smartAudioText(run.controller());
-    for (const std::string& warning : smartAudioWarnings(run.controller())) context.warn(warning);
+    const ImportController& controller = run.controller();
+    const std::vector<std::string> unheard = smartAudioWarnings(controller);
+    if (arguments.has("--json")) {
+        std::vector<std::string> warnings = run.warnings();
+        warnings.insert(warnings.end(), unheard.begin(), unheard.end());
+        const auto mode = smartAudioModeFromUITag(context.settings->text("smartAudioMode"));
+        context.out
+            << stateJSON(controller, mode.value_or(SmartAudioMode::off), warnings).dump(JSON::Layout::pretty)
+            << "\n";
+    } else {
+        context.out << stateText(controller, context.mayColour) << smartAudioText(controller);
+    }
+    for (const std::string& warning : unheard) context.warn(warning);
 }
 
 } // namespace

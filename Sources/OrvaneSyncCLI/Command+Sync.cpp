@@ -49,8 +49,8 @@ void sync(Context& context, const Arguments& arguments) {
     if (controller.matchedCount() == 0) failWithoutClips(context, controller, arguments.has("--json"));
     if (smartAudio != SmartAudioMode::off) run.wait(controller.runSmartAudioAnalysis(smartAudio, false));
     run.show("Writing the document...");
-    // On standard error already, where who reads the JSON may not look.
-    if (run.reportWarning()) output.warnedAlready.push_back(*run.reportWarning());
+    output.smartAudioMode = smartAudio;
+    output.warnedAlready = run.warnings();
     output.write(controller, [&] { run.clearProgress(); });
 }
 

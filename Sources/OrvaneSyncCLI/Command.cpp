@@ -87,6 +87,8 @@ const Command* findCommand(std::string_view name) {
 }
 
 std::string unknownCommand(std::string_view name) {
+    if (name.starts_with('-'))
+        return "the command comes first, and '" + platform::text::printable(name) + "' behind it";
     std::vector<std::string_view> names;
     for (const Command* command : allCommands()) names.push_back(command->name);
     std::string message = "there is no command '" + platform::text::printable(name) + "'";

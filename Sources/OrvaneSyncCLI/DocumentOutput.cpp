@@ -130,13 +130,15 @@ void DocumentOutput::write(const ImportController& controller, const std::functi
     addOwnWarnings(controller, result);
     if (asJSON_) {
         result.warnings.insert(result.warnings.end(), warnedAlready.begin(), warnedAlready.end());
-        context_.out << exportJSON(controller, result, output_).dump(JSON::Layout::pretty) << "\n";
+        context_.out << exportJSON(controller, result, output_, smartAudioMode).dump(JSON::Layout::pretty)
+                     << "\n";
         return;
     }
     if (output_ != standardOutput)
         context_.out << stateText(controller, context_.mayColour) << smartAudioText(controller) << "\n"
                      << writtenText(controller, result, output_)
-                     << exportPreviewText(controller.syncGroups(), settings, isNameChosen_);
+                     << exportPreviewText(controller.syncGroups(), settings, isNameChosen_,
+                                          smartAudioMode != SmartAudioMode::off);
     for (const std::string& warning : result.warnings) context_.warn(warning);
 }
 

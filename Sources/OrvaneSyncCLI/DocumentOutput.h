@@ -29,6 +29,8 @@ class DocumentOutput {
     ImportController::ExportOptions document;
     /// What people have been told before; JSON repeats it.
     std::vector<std::string> warnedAlready;
+    /// The one that was asked of Smart Audio; absent where the command knows of none.
+    std::optional<SmartAudioMode> smartAudioMode;
 
     /// Exports the open work and tells what was written. `written` is called before anything is told. Throws
     /// as the export does, FileError, and CommandError where the document would take the place of a media

@@ -5,8 +5,8 @@
 
 namespace orvane::cli {
 
-std::string exportPreviewText(const SyncGroupList& groups, const ExportSettings& settings,
-                              bool nameIsChosen) {
+std::string exportPreviewText(const SyncGroupList& groups, const ExportSettings& settings, bool nameIsChosen,
+                              bool wantsSmartAudio) {
     std::string text;
     if (settings.splitEventsByScene)
         text += "By their scenes the clips call for " +
@@ -14,9 +14,8 @@ std::string exportPreviewText(const SyncGroupList& groups, const ExportSettings&
     else if (const auto name = ExportPreview::suggestedEventName(groups); name && !nameIsChosen)
         text += "The event is called '" + platform::text::printable(settings.eventName) +
                 "'; after its scenes it would be --event '" + platform::text::printable(*name) + "'.\n";
-    // Without any result nobody asked for the analysis.
     const auto coverage = ExportPreview::smartAudioCoverage(groups, settings.smartAudioResults).text();
-    if (coverage && !settings.smartAudioResults.empty()) text += *coverage + "\n";
+    if (coverage && wantsSmartAudio) text += *coverage + "\n";
     return text;
 }
 

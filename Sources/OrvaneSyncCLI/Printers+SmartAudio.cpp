@@ -1,9 +1,11 @@
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Services/Export/ExportPreview.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -40,11 +42,13 @@ std::optional<std::string> unheardWarning(const SyncGroup& group, const SmartAud
 
 std::optional<std::string> lengthWarning(const SyncGroup& group, const SmartAudioResult& result) {
     constexpr double most = SmartAudioRouter::mostSeconds;
-    const MediaAsset& audio = *group.primaryAudio();
-    if (!isHeard(result) || audio.durationSeconds.value_or(0) < most + smartAudioWindowSeconds)
-        return std::nullopt;
+    const std::string& filename = group.primaryAudio()->filename;
+    if (!isHeard(result)) return std::nullopt;
+    if (SmartAudioRouter::endsEarly(result))
+        return earlyEndWarning(filename, result.heardSeconds, result.promisedSeconds);
+    if (result.promisedSeconds < most + smartAudioWindowSeconds) return std::nullopt;
     return "Smart Audio heard only the first " + clockText(most) + " of the " +
-           clockText(*audio.durationSeconds) + " of " + audio.filename;
+           clockText(result.promisedSeconds) + " of " + filename;
 }
 
 /// The steadiest channel wins, and nothing is steadier than timecode.
@@ -60,10 +64,39 @@ std::optional<std::string> timecodeWarning(const SyncGroup& group, const SmartAu
            " is switched on, by its name timecode; --no-smart-audio leaves every channel on";
 }
 
+/// What Smart Audio made of all clips.
+struct Heard {
+    std::int64_t clips = 0, channels = 0, chosen = 0;
+    std::set<std::string_view> unheard; ///< recordings, by path
+};
+
+Heard heardBy(const ImportController& controller) {
+    Heard heard;
+    const auto& results = controller.smartAudio().results;
+    for (const SyncGroup& group : controller.syncGroups()) {
+        const auto result = results.find(group.id);
+        if (result == results.end() || group.isMOS()) continue;
+        if (!isHeard(result->second)) {
+            heard.unheard.insert(group.primaryAudio()->url.path);
+            continue;
+        }
+        ++heard.clips;
+        heard.channels += static_cast<std::int64_t>(result->second.tracks.size());
+        heard.chosen += static_cast<std::int64_t>(group.manualActiveTracks.size());
+    }
+    return heard;
+}
+
 } // namespace
+
+std::string earlyEndWarning(const std::string& filename, double heardSeconds, double promisedSeconds) {
+    return filename + " ends early: " + clockText(heardSeconds) + " of the " + clockText(promisedSeconds) +
+           " that its header promises could be heard";
+}
 
 std::vector<std::string> smartAudioWarnings(const ImportController& controller) {
     std::vector<std::string> warnings;
+    std::set<std::string> said;
     const auto& results = controller.smartAudio().results;
     for (const SyncGroup& group : controller.syncGroups()) {
         const auto result = results.find(group.id);
@@ -71,35 +104,38 @@ std::vector<std::string> smartAudioWarnings(const ImportController& controller) 
         for (const auto about : {&unheardWarning, &lengthWarning, &timecodeWarning}) {
             auto warning = about(group, result->second);
             // Cameras may share the recording.
-            if (warning && std::ranges::find(warnings, *warning) == warnings.end())
-                warnings.push_back(std::move(*warning));
+            if (warning && said.insert(*warning).second) warnings.push_back(*std::move(warning));
         }
     }
     return warnings;
 }
 
 std::string smartAudioText(const ImportController& controller) {
-    const auto& results = controller.smartAudio().results;
-    if (results.empty()) return "";
-    long long clips = 0, channels = 0, chosen = 0;
-    std::set<std::string_view> unheard; // paths
-    for (const SyncGroup& group : controller.syncGroups()) {
-        const auto result = results.find(group.id);
-        if (result == results.end() || group.isMOS()) continue;
-        if (!isHeard(result->second)) {
-            unheard.insert(group.primaryAudio()->url.path);
-            continue;
-        }
-        ++clips;
-        channels += static_cast<long long>(result->second.tracks.size());
-        chosen += static_cast<long long>(group.manualActiveTracks.size());
-    }
-    std::string text = "Smart Audio: " + counted(clips, "clip", "clips") + " heard, " +
-                       std::to_string(chosen) + " of " + counted(channels, "channel", "channels") + " chosen";
-    if (!unheard.empty())
-        text += "; " + counted(static_cast<long long>(unheard.size()), "recording", "recordings") +
+    if (controller.smartAudio().results.empty()) return "";
+    const Heard heard = heardBy(controller);
+    std::string text = "Smart Audio: " + counted(heard.clips, "clip", "clips") + " heard, " +
+                       std::to_string(heard.chosen) + " of " +
+                       counted(heard.channels, "channel", "channels") + " chosen";
+    if (!heard.unheard.empty())
+        text += "; " + counted(static_cast<long long>(heard.unheard.size()), "recording", "recordings") +
                 " can't be heard";
     return text + ".\n";
+}
+
+JSON smartAudioJSON(const ImportController& controller, std::optional<SmartAudioMode> mode) {
+    const Heard heard = heardBy(controller);
+    JSON::Array problems;
+    for (const std::string& warning : smartAudioWarnings(controller)) problems.emplace_back(warning);
+    JSON json;
+    if (mode) json.set("mode", platform::text::lowercased(rawValue(*mode)));
+    json.set("clipsHeard", heard.clips);
+    json.set("clipsNotAnalyzed",
+             ExportPreview::smartAudioCoverage(controller.syncGroups(), controller.smartAudio().results)
+                 .unanalyzed);
+    json.set("channels", heard.channels);
+    json.set("channelsChosen", heard.chosen);
+    json.set("problems", std::move(problems));
+    return json;
 }
 
 } // namespace orvane::cli

@@ -1,6 +1,9 @@
 #include "OrvaneSyncCLI/ReportDoubt.h"
 
+#include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 #include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
+#include "Platform/Files.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -25,6 +28,12 @@ std::string namesOf(const PackedTexts& columns) {
 }
 
 } // namespace
+
+std::string whyNoReport(const std::string& path) {
+    const auto file = platform::files::attributes(path);
+    const bool isTooLarge = file && file->isRegularFile && file->size > ALEParser::mostBytes;
+    return isTooLarge ? "it is larger than 1 GB" : whyUnreadable(path, false);
+}
 
 std::optional<std::string> reportDoubt(const ALEFile& report, const platform::SettingsStore& settings) {
     const SettingsReader reader(settings);

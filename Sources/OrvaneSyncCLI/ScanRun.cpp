@@ -1,5 +1,6 @@
 #include "OrvaneSyncCLI/ScanRun.h"
 
+#include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ReportDoubt.h"
 #include "Platform/Files.h"
 
@@ -80,14 +81,18 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
 
 /// A report that cannot be read is a warning: the clips are worth having without it.
 void ScanRun::loadReport(const std::string& path) {
+    if (const std::string why = whyNoReport(path); !why.empty())
+        return warn("can't read the report '" + path + "': " + why);
     controller_->loadALE({platform::files::standardized(path)});
-    if (const auto& error = controller_->aleImportError()) {
-        const std::string why = whyUnreadable(path, false);
-        reportWarning_ = why.empty() ? *error : *error + ": " + why;
-    } else if (const auto& report = controller_->aleFile()) {
-        reportWarning_ = reportDoubt(*report, *context_.settings);
-    }
-    if (reportWarning_) context_.warn(*reportWarning_);
+    if (const auto& error = controller_->aleImportError())
+        warn(*error);
+    else if (const auto& report = controller_->aleFile())
+        if (auto doubt = reportDoubt(*report, *context_.settings)) warn(*std::move(doubt));
+}
+
+void ScanRun::warn(std::string message) {
+    context_.warn(message);
+    warnings_.push_back(std::move(message));
 }
 
 void ScanRun::show(std::string_view phase) { progress_.show({std::string(phase), 0, 0}); }
@@ -95,7 +100,7 @@ void ScanRun::show(std::string_view phase) { progress_.show({std::string(phase),
 void ScanRun::scan() {
     wait(controller_->startScan());
     wait(controller_->waitForAnalysisAfterScan());
-    warnOfUnreadableFolders();
+    warnOfTheScan();
 }
 
 void ScanRun::open(const std::string& projectFile) {
@@ -107,14 +112,12 @@ void ScanRun::open(const std::string& projectFile) {
                 throw CommandError("can't read the project's folder '" + folder->path + "': " + why);
     if (!controller_->canScan()) throw CommandError("the project names no folders");
     if (const auto& error = controller_->aleImportError())
-        context_.warn("the project's report can't be read: " + *error);
-    warnOfUnreadableFolders();
+        warn("the project's report can't be read: " + *error);
+    warnOfTheScan();
 }
 
-void ScanRun::warnOfUnreadableFolders() const {
-    if (const auto& found = controller_->discoveryResult())
-        for (const FileURL& folder : found->unreadableFolders)
-            context_.warn("can't read the folder '" + folder.path + "'; its files are missing here");
+void ScanRun::warnOfTheScan() {
+    for (std::string& warning : scanWarnings(*controller_)) warn(std::move(warning));
 }
 
 void ScanRun::wait(const platform::Task& operation) {

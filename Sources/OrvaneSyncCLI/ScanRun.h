@@ -24,10 +24,10 @@ class ScanRun {
     ScanRun(Context& context, const Arguments& arguments, Folders folders = Folders::ofArguments);
 
     ImportController& controller() { return *controller_; }
-    /// What was warned of the report.
-    const std::optional<std::string>& reportWarning() const { return reportWarning_; }
-    /// Scans to the end, with progress, and waits for the analysis that the scan may start. Warns of folders
-    /// that could not be read.
+    /// What was warned of so far, for JSON to repeat.
+    const std::vector<std::string>& warnings() const { return warnings_; }
+    /// Scans to the end, with progress, and waits for the analysis that the scan may start. Warns of what
+    /// could not be found, and of rates that can hardly be right.
     void scan();
     /// Says on the progress line what is being done, until the next wait ends.
     void show(std::string_view phase);
@@ -40,14 +40,15 @@ class ScanRun {
 
   private:
     void loadReport(const std::string& path);
-    void warnOfUnreadableFolders() const;
+    void warn(std::string message);
+    void warnOfTheScan();
 
     Context& context_;
     std::shared_ptr<platform::RunLoop> loop_;
     ProgressLine progress_;
     std::shared_ptr<ImportController> controller_;
     platform::Subscription subscription_;
-    std::optional<std::string> reportWarning_;
+    std::vector<std::string> warnings_;
 };
 
 /// The system's reason why a folder or file cannot be read; empty when it can.

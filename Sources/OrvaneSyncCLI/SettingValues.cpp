@@ -127,7 +127,7 @@ const SettingDescription& knownSetting(std::string_view key) {
     for (const auto& setting : SettingsCatalogue::all()) keys.push_back(setting.key);
     std::string message = "no setting is called '" + platform::text::printable(key) + "'";
     if (const auto meant = nearest(key, keys)) message += " (did you mean '" + std::string(*meant) + "'?)";
-    throw UsageError(message);
+    throw UsageError(message + "; 'orvanesync settings' lists them");
 }
 
 } // namespace orvane::cli

@@ -15,8 +15,9 @@ class ProgressLine;
 /// nothing in it can be heard.
 std::unique_ptr<platform::AudioFile> openSound(const std::string& path);
 
-/// Seconds that the file claims; 0 without a rate.
+/// Seconds that are there, and those that the header promises; 0 without a rate.
 double secondsOf(const platform::AudioFile& file);
+double promisedSecondsOf(const platform::AudioFile& file);
 
 /// Shows on the line how many of so many seconds were heard; takes the share of them.
 std::function<void(double share)> hearing(ProgressLine& line, double seconds);

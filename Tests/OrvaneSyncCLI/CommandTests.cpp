@@ -5,6 +5,7 @@
 #include "OrvaneSyncCLI/Table.h"
 #include "Platform/JSON.h"
 #include "Support/Media/LTCSignal.h"
+#include "Support/Media/MovieMaker.h"
 #include "Support/Media/SmallShoot.h"
 #include "Support/Media/WaveMaker.h"
 #include "Support/TemporaryDirectory.h"
@@ -27,6 +28,7 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     const test::TemporaryDirectory folder;
     folder.write("take.wav", "");
     folder.write("empty/notes.txt", "");
+    std::filesystem::resize_file(folder.write("huge.csv", ""), (std::uintmax_t{1} << 30U) + 1);
     struct Case {
         std::vector<std::string> words;
         int status;
@@ -34,6 +36,7 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     };
     const std::vector<Case> cases{
         {{"snyc"}, 2, "did you mean 'sync'?"},
+        {{"--json", "scan", "x"}, 2, "the command comes first, and '--json' behind it"},
         {{"scan"}, 2, "which folder?"},
         {{"scan", "a", "b", "c"}, 2, "more than two folders"},
         {{"scan", "--vidoe", "x"}, 2, "did you mean '--video'?"},
@@ -62,7 +65,9 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
         {{"report"}, 2, "one file"},
         {{"report", folder.path("gone.ale")}, 1, "gone.ale': No such file or directory"},
         {{"report", folder.path("empty/notes.txt")}, 1, "notes.txt: No column header found in the file"},
+        {{"report", folder.path("huge.csv")}, 1, "huge.csv': it is larger than 1 GB"},
         {{"ltc", folder.path("take.wav")}, 1, "holds no sound"},
+        {{"analyze", folder.path("take.wav"), "--diagnose", "1", "--mode", "off"}, 2, "without --mode"},
         {{"analyze", folder.path("take.wav"), "--candidates", "1,x"}, 2, "tracks such as 1,3"},
         {{"analyze", folder.path("take.wav"), "--candidates", "1,"}, 2, "tracks such as 1,3"},
         {{"analyze", folder.path("gone.wav"), "--channels", "65536"}, 2, "1 to 65535"},
@@ -313,16 +318,52 @@ TEST_F(ShootTest, aReportReachesTheClipsAndTheDocument) {
 TEST_F(ShootTest, aReportThatCannotBeReadIsAWarning) {
     folder_.write("list.csv", "Name\nA\n");
     for (const auto& [file, says] :
-         {std::pair{"list.csv", "list.csv: No column header found in the file"},
-          {"gone.csv", "gone.csv: Could not read the file in any supported text encoding (UTF-8, UTF-16, "
-                       "MacRoman, Latin-1): No such file or directory"}}) {
+         {std::pair{std::string("list.csv"), std::string("list.csv: No column header found in the file")},
+          {"gone.csv",
+           "can't read the report '" + folder_.path("gone.csv") + "': No such file or directory"}}) {
         const Outcome outcome = runWith({"sync", folder_.path(), "-o", folder_.path("out.fcpxml"), "--report",
                                          folder_.path(file), "--json"});
         EXPECT_EQ(outcome.status, done);
-        EXPECT_EQ(outcome.err, "warning: " + std::string(says) + "\n");
+        EXPECT_EQ(outcome.err, "warning: " + says + "\n");
         EXPECT_EQ(*outcome.json().find("warnings")->elements()->back().string(), says);
         EXPECT_EQ(outcome.json().find("syncClipCount")->integer(), 3);
         EXPECT_EQ(outcome.json().find("aleMatchStatus"), nullptr);
+    }
+}
+
+TEST_F(ShootTest, whatTheScanDoubtsIsALineAndInTheJSON) {
+    const std::string camera = folder_.path("camera/");
+    std::filesystem::create_symlink("nowhere.mov", camera + "gone.mov");
+    std::filesystem::create_symlink("nowhere", camera + "card 2");
+    std::filesystem::create_symlink("nowhere", camera + "notes.txt");
+    for (const char* name : {"F001.mov", "F002.mov"})
+        test::MovieMaker()
+            .video({.timescale = 100, .frames = 100})
+            .timecode({.timescale = 100, .firstFrame = 100})
+            .writeTo(camera + name);
+    const std::string report =
+        folder_.write("day.csv", "Name,Sensor FPS\nA001C001_261120_R1AB,1e300\n"
+                                 "A001C002_261120_MOS,0.001\nA001C003_261120_R1AB,0.1\n");
+    const std::vector<std::string> starts{
+        "links that lead nowhere: '" + camera,
+        "the timecode of 'F001.mov' and 1 more counts 100 frames a second and is read as if it counted 24;",
+        "a sensor rate of 0.001 fps is unusual and stretches the clip; check it: 'A001C002_261120_MOS.mov'",
+        "a sensor rate of 1e+300 fps"};
+    for (std::vector<std::string> words :
+         {std::vector<std::string>{"scan"}, {"sync", "-o", folder_.path("out.fcpxml")}}) {
+        words.insert(words.end(), {folder_.path("camera"), folder_.path("sound"), "--report", report,
+                                   "--json", "--no-cache"});
+        const Outcome outcome = runWith(words);
+        ASSERT_EQ(outcome.status, done) << outcome.err;
+        const JSON json = outcome.json();
+        std::vector<std::string> warnings;
+        for (const JSON& warning : *json.find("warnings")->elements()) warnings.push_back(*warning.string());
+        for (const std::string& start : starts) {
+            EXPECT_NE(outcome.err.find("warning: " + start), std::string::npos) << outcome.err;
+            EXPECT_EQ(std::ranges::count_if(warnings, [&](auto& w) { return w.starts_with(start); }), 1)
+                << start;
+        }
+        EXPECT_NE(outcome.err.find("' and 1 more; what they stand for"), std::string::npos) << outcome.err;
     }
 }
 
@@ -399,6 +440,19 @@ TEST_F(ShootTest, analyzeTellsMicrophonesApartAndDrawsTheTake) {
     EXPECT_NE(
         runWith({"analyze", path, "--candidates", "2,9"}).err.find("warning: --candidates: there is no"),
         std::string::npos);
+    EXPECT_EQ(runWith({"analyze", path, "--diagnose", "3"}).status, wrongUsage);
+    const std::string twoReadings = runWith({"analyze", path, "--diagnose", "1"}).out;
+    EXPECT_TRUE(twoReadings.starts_with("=== Channel Reading Diagnostic ===\n")) << twoReadings;
+    EXPECT_NE(twoReadings.find("Compared: 48 windows · differing: 0\n"), std::string::npos) << twoReadings;
+
+    const std::string cut = folder_.path("cut.wav");
+    std::filesystem::copy_file(path, cut);
+    std::filesystem::resize_file(cut, std::filesystem::file_size(path) / 2);
+    for (const char* command : {"analyze", "loudness"})
+        EXPECT_NE(runWith({command, cut}).err.find("cut.wav' ends early: 0:06 of the 0:12 that its header"),
+                  std::string::npos)
+            << command;
+
     const std::string silence = folder_.path("sound/DAY1_T01.WAV");
     EXPECT_TRUE(runWith({"loudness", silence, "--json"}).json().find("integratedLUFS")->isNull());
     const std::string nobody = runWith({"analyze", silence}).out;

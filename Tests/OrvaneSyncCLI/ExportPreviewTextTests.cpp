@@ -37,7 +37,7 @@ TEST(ExportPreviewText, SaysWhatHelps) {
         ExportSettings settings;
         settings.splitEventsByScene = c.isSplit;
         if (c.isOneAnalysed) settings.smartAudioResults[none.id] = {};
-        EXPECT_EQ(exportPreviewText(c.groups, settings, c.isNameChosen), c.text);
+        EXPECT_EQ(exportPreviewText(c.groups, settings, c.isNameChosen, c.isOneAnalysed), c.text);
     }
 }
 

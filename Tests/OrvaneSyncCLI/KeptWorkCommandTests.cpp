@@ -81,7 +81,9 @@ TEST_F(KeptWork, sessionsAreListedShownExportedAndDeleted) {
     EXPECT_EQ(state.find("syncGroups")->elements()->size(), 4U);
     EXPECT_NE(run({"session", "show", session_.substr(0, 6)}).out.find("Hero"), std::string::npos);
 
-    EXPECT_EQ(run({"session", "export", "camera", "-o", output_}).status, done);
+    const Outcome exported = run({"session", "export", "camera", "-o", output_});
+    EXPECT_EQ(exported.status, done);
+    EXPECT_NE(exported.out.find("2 clips have not been analyzed for Smart Audio"), std::string::npos);
     EXPECT_NE(folder_.read("out.fcpxml").find("Hero"), std::string::npos);
     EXPECT_NE(folder_.read("out.fcpxml").find("event name=\"Of the folder\""), std::string::npos);
     run({"session", "export", "camera", "-o", output_, "--set", "eventName=Mine"});
@@ -108,6 +110,7 @@ TEST_F(KeptWork, projectsAreShownAndExported) {
     const Outcome exported = run({"project", "export", project_, "-o", output_, "--json"});
     EXPECT_EQ(exported.status, done) << exported.err;
     EXPECT_EQ(JSON::parse(exported.out).find("syncClipCount")->integer(), 3);
+    EXPECT_EQ(JSON::parse(exported.out).find("smartAudio")->find("clipsNotAnalyzed")->integer(), 2);
     EXPECT_NE(folder_.read("out.fcpxml").find("Hero"), std::string::npos);
 
     std::filesystem::remove(output_);

@@ -255,8 +255,12 @@ TEST_F(SpokenTakeTest, aRecordingThatCannotBeHeardIsAWarning) {
 TEST_F(SpokenTakeTest, saysWhatSmartAudioDidNotHear) {
     const auto outcomes = [&] {
         const std::string shoot = folder_.path("shoot");
-        return std::pair(runWith({"sync", shoot, "-o", folder_.path("out.fcpxml"), "--no-cache"}),
-                         runWith({"scan", shoot, "--no-cache", "--set", "smartAudioMode=standard"}));
+        const std::vector<std::string> sync{"sync", shoot, "-o", folder_.path("out.fcpxml"), "--no-cache"};
+        auto inJSON = sync;
+        inJSON.emplace_back("--json");
+        return std::tuple(runWith(sync),
+                          runWith({"scan", shoot, "--no-cache", "--set", "smartAudioMode=standard"}),
+                          *runWith(inJSON).json().find("smartAudio"));
     };
     struct Case {
         const char* trouble;
@@ -270,6 +274,11 @@ TEST_F(SpokenTakeTest, saysWhatSmartAudioDidNotHear) {
          {{"Boom", -60, -60, -66}, {"LTC", -20, -20, -22}},
          nullptr,
          "of T01.WAV only channel 2 is switched on, by its name timecode",
+         "1 clip heard, 1 of 2"},
+        {"a card that was pulled",
+         {{"Boom", -18, -18, -62}, {"Lav", -40, -40, -66}},
+         [](std::string& wave) { wave.resize(wave.size() / 2); },
+         "T01.WAV ends early: ",
          "1 clip heard, 1 of 2"},
         {"a format that nothing decodes",
          {{"Boom", -18, -18, -62}, {"Lav", -40, -40, -66}},
@@ -285,7 +294,13 @@ TEST_F(SpokenTakeTest, saysWhatSmartAudioDidNotHear) {
             one.harm(wave);
             folder_.write("shoot/T01.WAV", wave);
         }
-        const auto [sync, scan] = outcomes();
+        const auto [sync, scan, inJSON] = outcomes();
+        EXPECT_EQ(*inJSON.find("mode")->string(), "standard");
+        EXPECT_EQ(inJSON.find("clipsHeard")->integer(), one.count[0] - '0');
+        const auto& problems = *inJSON.find("problems")->elements();
+        ASSERT_EQ(problems.size(), *one.warning == '\0' ? 0U : 1U);
+        for (const JSON& problem : problems)
+            EXPECT_NE(problem.string()->find(one.warning), std::string::npos) << *problem.string();
         for (const Outcome& outcome : {sync, scan}) {
             EXPECT_EQ(outcome.status, done);
             EXPECT_NE(outcome.out.find(one.count), std::string::npos) << outcome.out;

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCLI/DocumentOutput.h"
 #include "OrvaneSyncCLI/Printers.h"
+#include "OrvaneSyncCLI/ReportDoubt.h"
 #include "OrvaneSyncCLI/Serve/Desk.h"
 #include "OrvaneSyncCLI/Serve/Methods.h"
 #include "Platform/Files.h"
@@ -13,7 +14,10 @@ using enum Parameter::Kind;
 const Parameter groupID{"groupID", id};
 
 JSON loadALE(Desk& desk, const Call& call) {
-    desk.controller->loadALE(readableFile(call.text("path")));
+    const FileURL file = readableFile(call.text("path"));
+    if (const std::string why = whyNoReport(file.path); !why.empty())
+        throw Error(ErrorCode::operationFailed, "can't read the report '" + file.path + "': " + why);
+    desk.controller->loadALE(file);
     if (const auto& problem = desk.controller->aleImportError())
         throw Error(ErrorCode::operationFailed, *problem);
     return {};

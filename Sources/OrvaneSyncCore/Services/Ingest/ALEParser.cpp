@@ -19,7 +19,6 @@ using platform::text::trimmed;
 constexpr std::size_t sampleBytes = 2048;
 constexpr std::size_t zeroShare = 5; ///< more than one zero byte in so many tells UTF-16
 constexpr int delimiterLines = 10;
-constexpr std::uint64_t largestFile = std::uint64_t{1} << 30U; // bytes; its text as UTF-8 is below 4 GB
 
 /// The encoding that zero bytes in the first bytes tell: text of the Western world has one in every pair.
 std::optional<Encoding> utf16ByZeroBytes(std::string_view bytes) {
@@ -129,7 +128,7 @@ ALEParserError ALEParserError::unreadable() {
 ALEFile ALEParser::parse(const FileURL& url) const {
     std::string bytes;
     try {
-        bytes = platform::files::readText(url.path, largestFile);
+        bytes = platform::files::readText(url.path, mostBytes);
     } catch (const platform::FileError&) {
         throw ALEParserError::unreadable();
     }

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/ALEFile.h"
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -27,6 +28,9 @@ class ALEParserError : public std::runtime_error {
 /// state; any thread.
 class ALEParser {
   public:
+    /// A larger file is unreadable. The text as UTF-8 stays below 4 GB.
+    static constexpr std::int64_t mostBytes = std::int64_t{1} << 30U;
+
     /// The encoding is found out: a byte order mark counts, then zero bytes tell UTF-16, then UTF-8, Mac OS
     /// Roman and ISO Latin 1 are tried in this order. Throws ALEParserError, also for a file that cannot be
     /// read. Takes some three times the size of the file.

@@ -1,0 +1,69 @@
+#include "OrvaneSyncCLI/Printers.h"
+
+#include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Timecode/TimecodeFrameRate.h"
+
+#include <cmath>
+#include <map>
+
+namespace orvane::cli {
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+/// A card full of files of one kind is one line, not hundreds.
+std::string firstAndMore(const Names& names) {
+    const auto more = names.size() - 1;
+    return "'" + names.front() + "'" + (more > 0 ? " and " + std::to_string(more) + " more" : "");
+}
+
+/// The rate at which frames are counted where the table of timecodes does not know that of the file.
+std::optional<double> otherRateOfTimecode(const MediaAsset& video) {
+    constexpr double sameRate = 0.01; // of the rate
+    if (!video.startTimecodeString || !video.projectFrameRate) return std::nullopt;
+    const double stated = *video.projectFrameRate;
+    const double read = timecodeRate::frameRateForRealTimeCalculation(TimecodeUtils::frameRate(stated));
+    return std::abs(stated - read) > sameRate * stated ? std::optional(read) : std::nullopt;
+}
+
+/// Slower is a time lapse of hours, faster no camera of a shoot: more often a slip of a report.
+bool isUsualSensorRate(double framesPerSecond) {
+    constexpr double slowest = 0.1, fastest = 10'000;
+    return framesPerSecond >= slowest && framesPerSecond <= fastest;
+}
+
+} // namespace
+
+std::vector<std::string> scanWarnings(const ImportController& controller) {
+    std::vector<std::string> warnings;
+    if (const auto& found = controller.discoveryResult()) {
+        for (const FileURL& folder : found->unreadableFolders)
+            warnings.push_back("can't read the folder '" + folder.path + "'; its files are missing here");
+        Names links;
+        for (const FileURL& link : found->brokenLinks) links.push_back(link.path);
+        if (!links.empty())
+            warnings.push_back("links that lead nowhere: " + firstAndMore(links) +
+                               "; what they stand for is missing here");
+    }
+    std::map<std::pair<double, double>, Names> otherRates; // by the stated rate and the one that is taken
+    std::map<double, Names> sensorRates;
+    for (const SyncGroup& group : controller.syncGroups()) {
+        const MediaAsset& video = group.video;
+        if (const auto read = otherRateOfTimecode(video))
+            otherRates[{*video.projectFrameRate, *read}].push_back(video.filename);
+        if (video.sensorFrameRate && !isUsualSensorRate(*video.sensorFrameRate))
+            sensorRates[*video.sensorFrameRate].push_back(video.filename);
+    }
+    for (const auto& [rates, names] : otherRates)
+        warnings.push_back("the timecode of " + firstAndMore(names) + " counts " +
+                           formatted("%.6g", rates.first) + " frames a second and is read as if it counted " +
+                           formatted("%.6g", rates.second) + "; their places may be wrong");
+    for (const auto& [rate, names] : sensorRates)
+        warnings.push_back("a sensor rate of " + formatted("%.6g fps", rate) +
+                           " is unusual and stretches the clip; check it: " + firstAndMore(names));
+    return warnings;
+}
+
+} // namespace orvane::cli

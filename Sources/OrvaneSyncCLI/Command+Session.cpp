@@ -15,7 +15,7 @@ namespace {
 std::string placeText(const std::optional<FileURL>& folder) { return folder ? folder->path : "-"; }
 
 void list(Context& context, const SessionStore& store, bool asJSON) {
-    const auto sessions = store.list();
+    const auto sessions = store.list([&](const std::string& problem) { context.warn(problem); });
     if (asJSON) {
         context.out << toJSONArray(sessions).dump(JSON::Layout::pretty) << "\n";
         return;
@@ -56,7 +56,10 @@ SessionInfo named(const SessionStore& store, const std::string& words) {
 class OpenSession {
   public:
     OpenSession(const Context& context, const SessionStore& store, SessionInfo info)
-        : info_(std::move(info)), folders_(store.readFolders(info_.id).value_or(SessionFolders{})) {
+        : info_(std::move(info)) {
+        const auto folders = store.readFolders(info_.id);
+        if (folders.problem) context.warn(*folders.problem);
+        folders_ = folders.record.value_or(SessionFolders{});
         auto read = store.readGroups(info_.id);
         if (read.problem) throw CommandError(*read.problem);
         ImportController::Dependencies dependencies;

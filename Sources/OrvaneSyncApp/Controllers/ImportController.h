@@ -168,6 +168,8 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     void redo();
     UndoState undoState() const { return undoStack_.state(); }
     void clearUndo();
+    /// There are no clips because the editor took the last one out, and not because nothing is open or found.
+    bool isEmptiedByEdit() const { return isEmptiedByEdit_; }
 
     /// Work as it was stored: what stands in place of everything that was open before.
     struct StoredWork {
@@ -380,6 +382,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     std::optional<ALEFile> aleFile_;
     std::optional<std::string> aleImportError_;
     UndoStack<SyncGroupList> undoStack_;
+    bool isEmptiedByEdit_ = false;
     ProjectFileState project_;
     std::optional<std::string> aleMatchStatus_;
     SmartAudioState smartAudio_;

@@ -33,10 +33,12 @@ void SessionGroupsWriter::opened(const UUID& id, const SessionStore::Groups& rea
     open_[id] = std::move(session);
 }
 
-std::optional<std::string> SessionGroupsWriter::write(const UUID& id, const SyncGroupList& groups) {
+SessionGroupsWriter::Written SessionGroupsWriter::write(const UUID& id, const SyncGroupList& groups) {
     Open& session = open_[id];
     const std::string path = store_.groupsPath(id);
-    if (session.onDisk && areSame(*session.onDisk, groups) && files::exists(path)) return std::nullopt;
+    if (session.onDisk && areSame(*session.onDisk, groups))
+        if (const auto there = files::attributes(path))
+            return {.areOutdated = !session.file || !isSameFile(*session.file, *there)};
 
     const std::string text = session.encoder.encode(groups);
     const std::string folder = store_.folderOf(id);
@@ -47,7 +49,7 @@ std::optional<std::string> SessionGroupsWriter::write(const UUID& id, const Sync
     files::writeAtomically(path, text);
     session.file = files::attributes(path);
     session.onDisk = groups;
-    return std::exchange(session.kept, std::nullopt);
+    return {.kept = std::exchange(session.kept, std::nullopt)};
 }
 
 /// Both sides' work is there afterwards. What was kept is told with the first write that succeeds.

@@ -20,9 +20,13 @@ class SessionGroupsWriter {
     /// Forgets a session that is no longer open.
     void closed(const UUID& id) { open_.erase(id); }
 
-    /// Returns what people should know of a file that was kept. Throws FileError or EncodingError; the old
-    /// file then stands.
-    std::optional<std::string> write(const UUID& id, const SyncGroupList& groups);
+    struct Written {
+        std::optional<std::string> kept{}; ///< what people should know of a file that was kept
+        /// These clips are what this process read, and another one has written others since: those stand.
+        bool areOutdated = false;
+    };
+    /// Throws FileError or EncodingError; the old file then stands.
+    Written write(const UUID& id, const SyncGroupList& groups);
 
   private:
     struct Open {

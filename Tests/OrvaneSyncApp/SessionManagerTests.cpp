@@ -604,6 +604,25 @@ TEST_F(SessionManagerTest, recordsThatCannotBeReadAreToldOfAndNotReplacedByGuess
     const SessionFolders folders = *SessionStore(folder_.path()).readFolders(id).record;
     EXPECT_EQ(folders.videoBookmark, std::string("\0\1\2", 3));
     EXPECT_EQ(folders.audioBookmark, std::nullopt);
+
+    // What a later version has added is kept once; what merely looks different is not.
+    fs::remove(folder_.path(file(id, "session.json.unreadable")));
+    fs::remove(folder_.path(file(id, "folders.json.unreadable")));
+    std::string clips = folder_.read(file(id, "groups.json"));
+    reopen("groups.json", " " + clips);
+    EXPECT_EQ(names(id).size(), 3U);
+    const auto withKey = [](std::string text, const char* key) {
+        return text.insert(text.find('{') + 1, std::string("\"") + key + "\": [1], \"empty\": null,");
+    };
+    reopen("session.json", withKey(folder_.read(file(id, "session.json")), "future"));
+    EXPECT_NE(folder_.read(file(id, "session.json.other")).find("future"), std::string::npos);
+    reopen("groups.json", withKey(folder_.read(file(id, "groups.json")), "future"));
+    EXPECT_NE(folder_.read(file(id, "groups.json.other")).find("future"), std::string::npos);
+    ASSERT_TRUE(manager_->problem());
+    EXPECT_NE(manager_->problem()->find("does not know"), std::string::npos);
+    approveFirst();
+    flush();
+    EXPECT_EQ(names(id).size(), 5U);
 }
 
 TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {

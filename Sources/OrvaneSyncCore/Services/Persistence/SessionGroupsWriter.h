@@ -9,8 +9,9 @@
 
 namespace orvane {
 
-/// Writes the clips of sessions so that no clips are ever lost: what this process has not read or could not
-/// read is kept beside the new file. What is on the disk already is not written again. One thread at a time.
+/// Writes the clips of sessions so that no clips are ever lost: what this process has not read, could not
+/// read or did not understand in full is kept beside the new file. What is on the disk already is not written
+/// again. One thread at a time.
 class SessionGroupsWriter {
   public:
     explicit SessionGroupsWriter(SessionStore store) : store_(std::move(store)) {}
@@ -35,9 +36,12 @@ class SessionGroupsWriter {
         std::optional<platform::FileAttributes> file; ///< as this process last read or wrote it
         std::optional<std::string> kept;              ///< what was kept and not told yet
         bool isUnreadable = false;
+        bool isUnderstood = false; ///< `file` says nothing that would not be written again
         bool isTidied = false;
     };
     static void keepUnknown(Open& session, const std::string& path);
+    static void keep(Open& session, const std::string& path, const std::string& kept,
+                     const std::string& reason);
 
     const SessionStore store_;
     std::map<UUID, Open> open_;

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
 
 #include "OrvaneSyncCore/Services/Persistence/GroupsCoding.h"
+#include "OrvaneSyncCore/Services/Persistence/Rewriting.h"
 #include "Platform/FileLock.h"
 #include "Platform/Text.h"
 
@@ -56,14 +57,23 @@ RecordFile<Record> readRecord(const std::string& path) {
     return file;
 }
 
+template <class Record>
+std::string recordText(const Record& record) {
+    return RecordCoding<Record>::encode(record).dump(JSON::Layout::pretty) + "\n";
+}
+
 /// Puts what `change` makes of the record in its place and returns it. One that can't be read is kept beside
-/// it and counts as none; the same text is not written again.
+/// it and counts as none; so is one that says more than this version knows. The same text is not written
+/// again.
 template <class Record, class Change>
 Record changeRecord(const std::string& path, const Change& change) {
     RecordFile<Record> file = readRecord<Record>(path);
-    if (file.problem) files::keepAs(path, files::unreadableName(path));
+    if (file.problem)
+        files::keepAs(path, files::unreadableName(path));
+    else if (file.record && losesSomething(file.text, recordText(*file.record)))
+        files::keepAs(path, files::freeName(path, ".other"));
     Record record = change(std::move(file.record));
-    const std::string text = RecordCoding<Record>::encode(record).dump(JSON::Layout::pretty) + "\n";
+    const std::string text = recordText(record);
     if (file.problem || text != file.text) files::writeAtomically(path, text);
     return record;
 }

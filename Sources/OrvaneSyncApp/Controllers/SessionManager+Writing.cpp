@@ -62,7 +62,7 @@ platform::Task SessionManager::write(std::weak_ptr<SessionManager> weak, UUID id
     Outcome outcome = co_await writing;
     self = weak.lock();
     if (!self) co_return;
-    if (self->currentSessionId_ == id) self->addProblem(std::exchange(outcome.kept, std::nullopt));
+    if (self->currentSessionId_ == id) self->tellOfKeptFile(std::exchange(outcome.kept, std::nullopt));
     if (!self->isNewest(id, token)) co_return;
 
     auto listing = platform::onQueue(*self->queue_, *self->mainThread_,

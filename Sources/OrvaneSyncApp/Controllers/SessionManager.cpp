@@ -262,9 +262,13 @@ void SessionManager::load(UUID sessionId, ImportController& controller) {
         controller.openStoredWork({media.videoFolder, media.audioFolder, std::move(read.groups)});
     }
     setCurrentSession(sessionId);
-    for (const auto& problem : {store_.readInfo(sessionId).problem, folders.problem,
-                                read.problem ? read.problem : std::exchange(keptFile_, std::nullopt)})
-        addProblem(problem);
+    for (const auto& problem : {store_.readInfo(sessionId).problem, folders.problem, read.problem})
+        if (problem) openingProblem_ = openingProblem_ ? *openingProblem_ + "; " + *problem : *problem;
+    if (openingProblem_) {
+        problem_ = openingProblem_;
+        notify(SessionField::problem);
+    }
+    tellOfKeptFile(std::exchange(keptFile_, std::nullopt));
     const FolderInfo* folder = folderOfSession(sessionId);
     if (folder == nullptr || !folder->activeSettingsSnapshot) return;
     try {
@@ -302,14 +306,15 @@ void SessionManager::setCurrentSession(std::optional<UUID> id) {
     const auto before = std::exchange(currentSessionId_, id);
     if (before && before != id && !unwritten_.contains(*before))
         queue_->post([writer = groupsWriter_, left = *before] { writer->closed(left); });
+    openingProblem_.reset();
     if (std::exchange(problem_, std::nullopt)) notify(SessionField::problem);
     notify(SessionField::currentSessionId);
 }
 
-/// To those that are already told of the open session.
-void SessionManager::addProblem(const std::optional<std::string>& problem) {
-    if (!problem) return;
-    problem_ = problem_ ? *problem_ + "; " + *problem : *problem;
+/// The last one; what could not be read stays told of.
+void SessionManager::tellOfKeptFile(const std::optional<std::string>& kept) {
+    if (!kept) return;
+    problem_ = openingProblem_ ? *openingProblem_ + "; " + *kept : *kept;
     notify(SessionField::problem);
 }
 

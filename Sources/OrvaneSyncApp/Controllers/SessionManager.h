@@ -146,7 +146,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     void adopt(SessionInfo info);
     void place(SessionInfo info);
     void setCurrentSession(std::optional<UUID> id);
-    void addProblem(const std::optional<std::string>& problem);
+    void tellOfKeptFile(const std::optional<std::string>& kept);
     void leaveSession();
     void scheduleSave();
     void saveScheduledChanges();
@@ -188,6 +188,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     std::optional<UUID> currentSessionId_;
     std::optional<std::string> lastSaveError_;
     std::optional<std::string> problem_;
+    std::optional<std::string> openingProblem_; ///< what of the open session could not be read
     std::vector<FolderInfo> folderInfos_;
     /// Changes of the folders that are not on the disk yet.
     std::vector<SessionStore::FolderChange> unsavedFolderChanges_;

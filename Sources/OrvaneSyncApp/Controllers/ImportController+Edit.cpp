@@ -168,14 +168,14 @@ void ImportController::resetClipToAutoSync(UUID groupID) {
     if (found) removeSmartAudioCaches(groupID);
 }
 
-void ImportController::resetAllClipsToAutoSync() {
+platform::Task ImportController::resetAllClipsToAutoSync() {
     assertOnMainThread();
     if (syncGroups_.updateWhere([](const SyncGroup&) { return true; }, clearDecisions) > 0)
         notify(ImportField::syncGroups);
     std::vector<UUID> analysed;
     for (const SyncGroup& group : syncGroups_)
         if (smartAudio_.results.contains(group.id)) analysed.push_back(group.id);
-    reanalyseAll(weak_from_this(), std::move(analysed));
+    return reanalyseAll(weak_from_this(), std::move(analysed));
 }
 
 void ImportController::applyBatchRename(const BatchRenamer& renamer) {

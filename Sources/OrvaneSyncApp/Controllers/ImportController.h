@@ -206,9 +206,10 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     void setGenerateProjectRateClip(UUID groupID, bool enabled);
     /// Unless locked. Absent: back to what the file tells, its project rate too.
     void setManualSensorFrameRate(UUID groupID, std::optional<double> fps);
-    /// In seconds of clip time, in either order; overrides below it make room. Under 0.1 s: nothing.
-    void addBlockOverride(UUID groupID, double startSeconds, double endSeconds, int trackIndex);
-    void removeBlockOverride(UUID groupID, UUID overrideID);
+    /// In seconds of clip time, in either order; overrides below it make room. Under 0.1 s: nothing. The task
+    /// is that of `reanalyseIfKnown`, here and for the choice of tracks.
+    platform::Task addBlockOverride(UUID groupID, double startSeconds, double endSeconds, int trackIndex);
+    platform::Task removeBlockOverride(UUID groupID, UUID overrideID);
     void setMasterGain(UUID groupID, double gainDB, bool automatic);
     /// Back to the gain that follows the measured loudness.
     void resetMasterGain(UUID groupID);
@@ -226,8 +227,9 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     void resyncAllClips();
     /// Manual decisions about sound, sync and approval go, the matches stay.
     void resetClipToAutoSync(UUID groupID);
-    /// Overrides and excluded tracks stay. Cannot be taken back.
-    void resetAllClipsToAutoSync();
+    /// Overrides and excluded tracks stay. Cannot be taken back. The task ends when all clips that had been
+    /// analysed have been analysed again.
+    platform::Task resetAllClipsToAutoSync();
 
     /// Writes the new names as one undo step of its own; none when no clip gets a name.
     void applyBatchRename(const BatchRenamer& renamer);
@@ -256,8 +258,9 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// loudness and master gain.
     platform::Task runSmartAudioForGroup(const UUID& groupID, bool forceOverwriteManualTracks);
     /// Analyses a clip again that was analysed before, with the editor's choice of tracks kept: for every
-    /// change that the verdict depends on.
-    void reanalyseIfKnown(const UUID& groupID);
+    /// change that the verdict depends on. The task ends with the analysis that takes the change in, which
+    /// may be one that ran before.
+    platform::Task reanalyseIfKnown(const UUID& groupID);
     /// Whether a scan starts an analysis by itself where the setting `smartAudioMode` was written. On at
     /// first; for a face that runs the analysis on terms of its own.
     void setAnalysesAfterScan(bool doesSo) { analysesAfterScan_ = doesSo; }
@@ -268,11 +271,11 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
 
     /// The channel's activation box: switches one track of the export on or off, starting from the tracks
     /// that are heard without a choice by hand.
-    void toggleTrackActive(const UUID& groupID, int trackIndex);
-    void soloTrackActive(const UUID& groupID, int trackIndex);
+    platform::Task toggleTrackActive(const UUID& groupID, int trackIndex);
+    platform::Task soloTrackActive(const UUID& groupID, int trackIndex);
     /// The channel's box that lets the analysis use it.
-    void toggleAlgorithmInclusion(const UUID& groupID, int trackIndex);
-    void soloAlgorithmInclusion(const UUID& groupID, int trackIndex);
+    platform::Task toggleAlgorithmInclusion(const UUID& groupID, int trackIndex);
+    platform::Task soloAlgorithmInclusion(const UUID& groupID, int trackIndex);
 
     // The export.
 
@@ -343,7 +346,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// dB; by the settings and the calibration.
     double automaticMasterGainDB(double measuredLUFS) const;
     // ImportController+Tracks.cpp
-    void editTracks(UUID groupID, const std::function<void(SyncGroup&)>& change);
+    platform::Task editTracks(UUID groupID, const std::function<void(SyncGroup&)>& change);
     std::set<int> visibleActiveTracks(const SyncGroup& group) const;
 
     // ImportController+Undo.cpp

@@ -25,12 +25,6 @@ struct Check {
     std::string detail;
 };
 
-std::string joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
-    return text;
-}
-
 Check settingsCheck(const Context& context) {
     const auto* store = dynamic_cast<const platform::FileSettingsStore*>(context.settings.get());
     const auto problem = store == nullptr ? std::nullopt : store->problem();
@@ -73,8 +67,8 @@ Check codecCheck() {
     std::vector<std::string> missing;
     for (const std::string& codec : wanted)
         if (std::ranges::find(found, codec) == found.end()) missing.push_back(codec);
-    if (missing.empty()) return {"codecs", "ok", joined(found)};
-    return {"codecs", "problem", "can't decode " + joined(missing)};
+    if (missing.empty()) return {"codecs", "ok", platform::text::joined(found, ", ")};
+    return {"codecs", "problem", "can't decode " + platform::text::joined(missing, ", ")};
 }
 
 std::vector<Check> checks(const Context& context) {

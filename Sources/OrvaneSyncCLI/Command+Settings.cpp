@@ -10,11 +10,6 @@ JSON presentValue(const Context& context, const SettingDescription& setting) {
     return context.settings->value(setting.key).value_or(defaultInUse(setting));
 }
 
-const SettingDescription& named(const std::string& key) {
-    if (const SettingDescription* setting = SettingsCatalogue::find(key)) return *setting;
-    throw UsageError(unknownSetting(key));
-}
-
 JSON describedJSON(const Context& context, const SettingDescription& setting) {
     JSON json;
     json.set("key", std::string(setting.key));
@@ -69,7 +64,7 @@ void get(Context& context, const SettingDescription& setting, bool asJSON) {
 }
 
 void store(Context& context, const SettingDescription& setting, const std::string& typed) {
-    JSON value = settingValue(&setting, typed);
+    JSON value = settingValue(setting, typed);
     if (const auto problem = whyUseless(setting, value)) throw UsageError(*problem);
     context.settings->set(setting.key, std::move(value));
 }
@@ -84,7 +79,7 @@ void settings(Context& context, const Arguments& arguments) {
     if (words.size() != (verb == "set" ? 3U : 2U))
         throw UsageError(verb == "set" ? "settings set takes a key and a value"
                                        : "settings " + verb + " takes one key");
-    const SettingDescription& setting = named(words[1]);
+    const SettingDescription& setting = knownSetting(words[1]);
     if (verb == "set") store(context, setting, words[2]);
     if (verb == "unset") context.settings->remove(setting.key);
     if (verb == "get" || asJSON) get(context, setting, asJSON);

@@ -10,7 +10,11 @@ namespace orvane::cli {
 namespace {
 
 SmartAudioMode smartAudioMode(const Context& context, const Arguments& arguments) {
-    if (arguments.has("--no-smart-audio")) return SmartAudioMode::off;
+    if (arguments.has("--no-smart-audio")) {
+        if (arguments.has("--smart-audio"))
+            throw UsageError("--smart-audio and --no-smart-audio contradict each other");
+        return SmartAudioMode::off;
+    }
     if (const auto named = arguments.value("--smart-audio")) {
         if (const auto mode = smartAudioModeFromUITag(*named)) return *mode;
         throw UsageError("--smart-audio takes off, standard, studio, cinematic or custom, not '" + *named +

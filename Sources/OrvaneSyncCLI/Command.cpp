@@ -100,13 +100,10 @@ void applyOverrides(const Context& context, const Arguments& arguments) {
         if (equals == std::string::npos || equals == 0)
             throw UsageError("--set takes KEY=VALUE, not '" + assignment + "'");
         const std::string key = assignment.substr(0, equals), text = assignment.substr(equals + 1);
-        const SettingDescription* setting = SettingsCatalogue::find(key);
+        const SettingDescription& setting = knownSetting(key);
         const platform::JSON value = settingValue(setting, text);
         context.settings->setOverride(key, value);
-        if (setting == nullptr)
-            context.warn(unknownSetting(key));
-        else if (const auto problem = whyUseless(*setting, value))
-            context.warn(*problem);
+        if (const auto problem = whyUseless(setting, value)) context.warn(*problem);
     }
 }
 

@@ -47,19 +47,21 @@ bool isAmount(std::string_view key) {
 
 struct SettingGroup {
     std::string_view title;
-    std::array<std::string_view, 5> keys;
+    std::array<std::string_view, 7> keys; ///< fewer leave the last ones empty
 };
 
-constexpr std::array<SettingGroup, 5> mostChanged{{
+constexpr std::array<SettingGroup, 6> mostChanged{{
     {"names", {"eventName", "clipNamingSource", "customNamingPattern", "namingSeparator", "notes.source"}},
     {"events and clips",
      {"export.splitEventsByScene", "export.eventNamePattern", "export.generateRawMediaEvent",
       "export.wrapMOSInSyncClip", "generateSyncClips"}},
     {"picture",
      {"project.targetFrameRate", "trimMode", "videoResolution", "container.aspectRatio", "spatialConform"}},
+    {"multicam", {"generateMulticam", "multicam.codec"}},
     {"off-speed material",
-     {"offspeed.generateNativeMOS", "offspeed.suffix", "offspeed.generateProjectRate",
-      "offspeed.projectRateSuffix", "offspeed.autoKeyword"}},
+     {"offspeed.generateNativeMOS", "offspeed.suffix", "offspeed.separateEvent",
+      "offspeed.generateProjectRate", "offspeed.projectRateSuffix", "offspeed.projectRateSeparateEvent",
+      "offspeed.autoKeyword"}},
     {"sound",
      {"smartAudioMode", "smartAudio.blockMode", "smartAudio.loudness", "globalAudioOffset.frames",
       "audioBaseRole"}},
@@ -77,11 +79,10 @@ std::string settingText(const platform::JSON& value) {
     return value.isNull() ? "" : value.dump();
 }
 
-platform::JSON settingValue(const SettingDescription* setting, const std::string& typed) {
+platform::JSON settingValue(const SettingDescription& setting, const std::string& typed) {
     try {
         platform::JSON value = platform::JSON::parse(typed);
-        const bool isText = setting != nullptr && setting->kind == Kind::text;
-        return isText && value.string() == nullptr ? platform::JSON(typed) : value;
+        return setting.kind == Kind::text && value.string() == nullptr ? platform::JSON(typed) : value;
     } catch (const platform::JSONError&) {
         return typed;
     }
@@ -110,6 +111,7 @@ std::string exportSettingsHelp() {
     for (const SettingGroup& group : mostChanged) {
         help.append("  ").append(group.title).append("\n");
         for (const std::string_view key : group.keys) {
+            if (key.empty()) break;
             const SettingDescription* setting = SettingsCatalogue::find(key);
             std::string line = "    " + std::string(key) + "=" + settingText(defaultInUse(*setting));
             line.resize(std::max<std::size_t>(line.size() + 2, 48), ' ');
@@ -119,12 +121,13 @@ std::string exportSettingsHelp() {
     return help;
 }
 
-std::string unknownSetting(std::string_view key) {
+const SettingDescription& knownSetting(std::string_view key) {
+    if (const SettingDescription* setting = SettingsCatalogue::find(key)) return *setting;
     std::vector<std::string_view> keys;
     for (const auto& setting : SettingsCatalogue::all()) keys.push_back(setting.key);
     std::string message = "no setting is called '" + platform::text::printable(key) + "'";
     if (const auto meant = nearest(key, keys)) message += " (did you mean '" + std::string(*meant) + "'?)";
-    return message;
+    throw UsageError(message);
 }
 
 } // namespace orvane::cli

@@ -10,8 +10,8 @@
 namespace orvane::cli {
 
 /// What somebody typed as a setting's value: JSON where it parses, else text; a setting that is a text takes
-/// it as it stands. Null for the setting: one that nobody knows.
-platform::JSON settingValue(const SettingDescription* setting, const std::string& typed);
+/// it as it stands.
+platform::JSON settingValue(const SettingDescription& setting, const std::string& typed);
 
 /// What holds where nothing was stored; null for the mode of Smart Audio, where commands differ.
 platform::JSON defaultInUse(const SettingDescription& setting);
@@ -27,7 +27,7 @@ std::optional<std::string> whyUseless(const SettingDescription& setting, const p
 /// help.
 std::string exportSettingsHelp();
 
-/// Says that there is no such setting, and which one was probably meant.
-std::string unknownSetting(std::string_view key);
+/// Throws UsageError for a key that names no setting; it says which one was probably meant.
+const SettingDescription& knownSetting(std::string_view key);
 
 } // namespace orvane::cli

@@ -112,10 +112,8 @@ void SettingsStore::setOverride(std::string_view key, JSON value) {
 }
 
 Subscription SettingsStore::onChange(std::function<void(const std::string& key)> callback) {
-    auto listener = std::make_shared<std::function<void(const std::string&)>>(std::move(callback));
     const std::lock_guard lock(mutex_);
-    listeners_.push_back(listener);
-    return listener;
+    return listeners_.add(std::move(callback));
 }
 
 void SettingsStore::adopt(Values stored) {
@@ -141,15 +139,11 @@ void SettingsStore::change(const Changes& changes) {
 
 void SettingsStore::notify(const std::vector<std::string>& keys) {
     if (keys.empty()) return;
-    std::vector<std::shared_ptr<std::function<void(const std::string&)>>> listeners;
-    {
+    const auto listeners = [this] {
         const std::lock_guard lock(mutex_);
-        std::erase_if(listeners_, [](const auto& listener) { return listener.expired(); });
-        for (const auto& listener : listeners_)
-            if (auto alive = listener.lock()) listeners.push_back(std::move(alive));
-    }
-    for (const std::string& key : keys)
-        for (const auto& listener : listeners) (*listener)(key);
+        return listeners_;
+    }();
+    for (const std::string& key : keys) listeners.tell(key);
 }
 
 SettingsStore::Values SettingsStore::applied(Values values, const Changes& changes) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/JSON.h"
-#include "Platform/Subscription.h"
+#include "Platform/Listeners.h"
 
 #include <cstdint>
 #include <functional>
@@ -70,7 +70,7 @@ class SettingsStore {
     Values stored_;
     Values registered_;
     Values overrides_;
-    std::vector<std::weak_ptr<std::function<void(const std::string&)>>> listeners_;
+    Listeners<const std::string&> listeners_;
 };
 
 /// What the bytes of a settings file mean. With a problem (they are no JSON object) there are no values; null

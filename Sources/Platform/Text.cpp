@@ -153,6 +153,12 @@ std::optional<Number> decimal(std::string_view text) {
 
 } // namespace
 
+std::string joined(const std::vector<std::string>& texts, std::string_view separator) {
+    std::string result;
+    for (std::size_t i = 0; i < texts.size(); ++i) result.append(i == 0 ? "" : separator).append(texts[i]);
+    return result;
+}
+
 std::string formatted(const char* format, double value) {
     std::array<char, 400> text{};
     std::snprintf(text.data(), text.size(), format, value);

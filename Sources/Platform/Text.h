@@ -50,6 +50,9 @@ std::optional<std::int64_t> decimalInteger(std::string_view text);
 /// The same with an optional fraction and exponent.
 std::optional<double> decimalNumber(std::string_view text);
 
+/// All texts, empty ones too, with the separator between each two.
+std::string joined(const std::vector<std::string>& texts, std::string_view separator);
+
 /// A number by a printf format that takes one double and comes to fewer than 400 characters.
 std::string formatted(const char* format, double value);
 

@@ -53,6 +53,9 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
         {{"sync", folder.path(), "-o", folder.path()}, 1, "it is a folder"},
         {{"sync", folder.path(), "-o", "x", "--fcpxml-version", "2.0"}, 2, "1.6 to 1.14"},
         {{"sync", folder.path(), "-o", "x", "--smart-audio", "loud"}, 2, "standard, studio"},
+        {{"sync", folder.path(), "-o", "x", "--smart-audio", "studio", "--no-smart-audio"}, 2, "contradict"},
+        {{"scan", folder.path(), "--set", "trimmode=video"}, 2, "did you mean 'trimMode'?"},
+        {{"scan", folder.path(), "--set", "colour=7"}, 2, "no setting is called 'colour'"},
         {{"probe"}, 2, "which file?"},
         {{"probe", folder.path("gone.wav")}, 1, "gone.wav': No such file or directory"},
         {{"ltc", folder.path("gone.wav")}, 1, "No such file or directory"},
@@ -414,13 +417,12 @@ TEST(ChannelStrip, showsWhoIsHeardWhen) {
     EXPECT_EQ(channelStrip({}, {"1"}, 18), "");
 }
 
-TEST(Settings, whatDoesNothingIsSaidButNoError) {
+TEST(Settings, aValueThatNobodyTakesIsSaidButNoError) {
     struct Case {
         const char* assignment;
         const char* says;
     };
-    const std::vector<Case> cases{{"trimmode=video", "did you mean 'trimMode'?"},
-                                  {"trimMode=vidoe", "takes one of common, video, none; not 'vidoe'"},
+    const std::vector<Case> cases{{"trimMode=vidoe", "takes one of common, video, none; not 'vidoe'"},
                                   {"alternateWidth=wide", "takes an integer, not 'wide'"},
                                   {"ltc.enabled=maybe", "takes a boolean, not 'maybe'"},
                                   {"smartAudio.voiceIso=7", "takes a number from 0 to 1, not '7'"},

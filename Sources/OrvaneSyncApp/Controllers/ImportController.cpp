@@ -41,18 +41,12 @@ void ImportController::notify(ImportField field) {
         if (std::ranges::find(untold_, field) == untold_.end()) untold_.push_back(field);
         return;
     }
-    std::erase_if(listeners_, [](const auto& listener) { return listener.expired(); });
-    // A copy: a listener may subscribe or unsubscribe.
-    const auto listeners = listeners_;
-    for (const auto& listener : listeners)
-        if (const auto callback = listener.lock()) (*callback)(field);
+    listeners_.tell(field);
 }
 
 platform::Subscription ImportController::onChange(std::function<void(ImportField)> callback) {
     assertOnMainThread();
-    auto listener = std::make_shared<std::function<void(ImportField)>>(std::move(callback));
-    listeners_.push_back(listener);
-    return listener;
+    return listeners_.add(std::move(callback));
 }
 
 void ImportController::setVideoFolderURL(std::optional<FileURL> folder) {

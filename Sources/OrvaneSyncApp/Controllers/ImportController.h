@@ -18,6 +18,7 @@
 #include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
 #include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
+#include "Platform/Listeners.h"
 #include "Platform/MainThread.h"
 #include "Platform/SettingsStore.h"
 #include "Platform/Task.h"
@@ -369,7 +370,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     const std::shared_ptr<platform::MainThread> mainThread_;
     const std::shared_ptr<platform::SettingsStore> settings_;
     const std::shared_ptr<const platform::Clock> clock_;
-    std::vector<std::weak_ptr<std::function<void(ImportField)>>> listeners_;
+    platform::Listeners<ImportField> listeners_;
     int changesUnderWay_ = 0;
     std::vector<ImportField> untold_; ///< what they have changed so far
 

@@ -4,9 +4,7 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdio>
 
 namespace orvane {
 
@@ -28,15 +26,9 @@ std::optional<Date> dateFromDigits(std::string_view digits) {
     return calendar::date({year, month, day, noon, 0, 0});
 }
 
-std::string number(double value, const char* format) {
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), format, value);
-    return text.data();
-}
-
 std::string wholeKilohertz(double sampleRate) {
     const double kilohertz = std::trunc(sampleRate / 1000);
-    return std::isfinite(kilohertz) ? number(kilohertz, "%.0f") : "?";
+    return std::isfinite(kilohertz) ? platform::text::formatted("%.0f", kilohertz) : "?";
 }
 
 } // namespace
@@ -97,7 +89,7 @@ std::string MediaAsset::formatDescription() const {
                (sampleRate ? wholeKilohertz(*sampleRate) : "?") + "kHz";
     const std::string size =
         width && height ? std::to_string(*width) + "x" + std::to_string(*height) : std::string("?");
-    return size + " " + (frameRate ? number(*frameRate, "%.3g fps") : "? fps");
+    return size + " " + (frameRate ? platform::text::formatted("%.3g fps", *frameRate) : "? fps");
 }
 
 std::optional<Date> MediaAsset::shootDay() const {

@@ -93,12 +93,6 @@ std::string badgeLabel(BlockMode mode, std::optional<MaterialCharacter> detected
 std::string_view description(BestChannelMode mode) { return rowOf(bestChannelRows, mode).description; }
 std::string_view settingValue(BestChannelMode mode) { return rowOf(bestChannelRows, mode).settingValue; }
 
-std::optional<BestChannelMode> bestChannelModeFromSetting(std::string_view text) {
-    for (std::size_t i = 0; i < bestChannelRows.size(); ++i)
-        if (bestChannelRows.at(i).settingValue == text) return static_cast<BestChannelMode>(i);
-    return std::nullopt;
-}
-
 std::string_view description(SmartAudioMode mode) { return rowOf(smartAudioModeRows, mode).description; }
 std::string_view sectionText(SmartAudioMode mode) { return rowOf(smartAudioModeRows, mode).sectionText; }
 

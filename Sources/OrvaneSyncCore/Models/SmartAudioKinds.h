@@ -64,7 +64,6 @@ struct RawValues<BestChannelMode> {
 std::string_view description(BestChannelMode mode);
 /// The text under which the settings hold the mode, such as "perClip".
 std::string_view settingValue(BestChannelMode mode);
-std::optional<BestChannelMode> bestChannelModeFromSetting(std::string_view text);
 
 /// The recommendation level.
 enum class SmartAudioMode { off, standard, studio, cinematic, custom };

@@ -1,20 +1,12 @@
 #include "OrvaneSyncCore/Utilities/RateText.h"
 
-#include <array>
+#include "Platform/Text.h"
+
 #include <cmath>
-#include <cstdio>
 
 namespace orvane {
 
-namespace {
-
-std::string formatted(const char* format, double value) {
-    std::array<char, 400> text{}; // the largest double in full has 309 digits
-    std::snprintf(text.data(), text.size(), format, value);
-    return text.data();
-}
-
-} // namespace
+using platform::text::formatted;
 
 std::string threeDigits(double value) { return formatted("%.3g", value); }
 

@@ -62,8 +62,6 @@ TEST(SmartAudioKinds, ModesAreFoundByTagWhateverItsCase) {
         {"", std::nullopt},
     };
     for (const auto& c : cases) EXPECT_EQ(smartAudioModeFromUITag(c.tag), c.mode) << c.tag;
-    EXPECT_EQ(bestChannelModeFromSetting("perClip"), BestChannelMode::perClip);
-    EXPECT_EQ(bestChannelModeFromSetting("Per Clip"), std::nullopt) << "the stored text is another";
     EXPECT_EQ(settingValue(BestChannelMode::perWindow), "perWindow");
 }
 

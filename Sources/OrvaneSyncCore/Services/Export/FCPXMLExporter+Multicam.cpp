@@ -1,5 +1,4 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
-#include "OrvaneSyncCore/Services/Matching/RangeIndex.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -11,50 +10,7 @@ using namespace fcpxml;
 
 namespace {
 
-constexpr std::size_t fewestCameras = 2;
 constexpr std::size_t shortestCameraFilename = 4; // characters; a letter, a number and something behind them
-
-/// A clip that can be an angle: where it lies on the axis of timecode seconds, and on which day, if known.
-struct Candidate {
-    std::optional<SyncEngine::TCRange> range;
-    std::optional<Date> shootDay;
-    bool isClaimed = false;
-
-    bool maySharePlaceWith(const Candidate& other) const {
-        return !isClaimed && !other.isClaimed &&
-               (!shootDay || !other.shootDay || *shootDay == *other.shootDay);
-    }
-};
-
-/// Places in the list, each in one cluster at most. All members overlap the first one; whether they overlap
-/// each other does not matter.
-std::vector<std::vector<std::size_t>> findClusters(const std::vector<const SyncGroup*>& groups) {
-    std::vector<Candidate> candidates(groups.size());
-    RangeIndex index;
-    for (std::size_t i = 0; i < groups.size(); ++i) {
-        if (groups[i]->isExcludedFromMulticam()) continue;
-        candidates[i] = {SyncEngine::tcRange(groups[i]->video), groups[i]->video.shootDay()};
-        if (candidates[i].range) index.add(*candidates[i].range, i);
-    }
-    index.finish();
-
-    std::vector<std::vector<std::size_t>> clusters;
-    std::vector<RangeIndex::Hit> hits;
-    for (std::size_t anchor = 0; anchor < groups.size(); ++anchor) {
-        if (!candidates[anchor].range || candidates[anchor].isClaimed) continue;
-        hits.clear();
-        index.appendOverlapping(*candidates[anchor].range, hits);
-        std::vector<std::size_t> cluster{anchor};
-        for (const RangeIndex::Hit& hit : hits)
-            if (hit.item > anchor && candidates[hit.item].maySharePlaceWith(candidates[anchor]))
-                cluster.push_back(hit.item);
-        if (cluster.size() < fewestCameras) continue;
-        std::ranges::sort(cluster);
-        for (const std::size_t member : cluster) candidates[member].isClaimed = true;
-        clusters.push_back(std::move(cluster));
-    }
-    return clusters;
-}
 
 std::string angleID(const std::string& cameraName) {
     std::string id = "angle_" + platform::text::lowercased(cameraName);
@@ -89,22 +45,10 @@ std::string joinedName(const std::vector<CameraClip>& cameras, const NamesByGrou
         const auto name = clipNames.find(camera.group->id);
         names.push_back(name == clipNames.end() ? camera.group->clipName : name->second);
     }
-    return joined(names, " + ");
+    return platform::text::joined(names, " + ");
 }
 
 } // namespace
-
-std::vector<std::vector<UUID>> findMulticamGroups(const SyncGroupList& groups) {
-    std::vector<const SyncGroup*> pointers;
-    pointers.reserve(groups.size());
-    for (const SyncGroup& group : groups) pointers.push_back(&group);
-    std::vector<std::vector<UUID>> result;
-    for (const auto& cluster : findClusters(pointers)) {
-        auto& ids = result.emplace_back();
-        for (const std::size_t member : cluster) ids.push_back(groups[member].id);
-    }
-    return result;
-}
 
 std::string deriveCameraName(const MediaAsset& from, std::size_t index) {
     const std::string filename = platform::text::uppercased(from.filename);
@@ -214,8 +158,9 @@ std::optional<UUID> multicamBucketGroupID(const std::vector<const SyncGroup*>& g
         std::ranges::sort(names);
         std::vector<std::string> filenames;
         for (const SyncGroup* group : groups) filenames.push_back(group->video.filename);
-        warnings.push_back("Multicam angles span different scenes (" + joined(names, ", ") +
-                           "): " + joined(filenames, ", ") + " — placed in the first angle's scene event.");
+        warnings.push_back("Multicam angles span different scenes (" + platform::text::joined(names, ", ") +
+                           "): " + platform::text::joined(filenames, ", ") +
+                           " — placed in the first angle's scene event.");
     }
     return std::ranges::max_element(buckets, {}, &Bucket::angles)->first; // the first among equals
 }
@@ -223,7 +168,7 @@ std::optional<UUID> multicamBucketGroupID(const std::vector<const SyncGroup*>& g
 void addMulticamClips(ExportWalk& walk) {
     std::vector<const SyncGroup*> groups;
     for (const BuiltClip& built : walk.syncClips) groups.push_back(built.group);
-    for (const auto& cluster : findClusters(groups)) {
+    for (const auto& cluster : multicamClusters(groups)) {
         std::vector<CameraClip> cameras;
         std::vector<const SyncGroup*> angles;
         for (const std::size_t member : cluster) {

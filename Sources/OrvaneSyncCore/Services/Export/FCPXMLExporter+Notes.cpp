@@ -39,12 +39,6 @@ std::string audioFacts(const SyncGroup& group) {
 
 } // namespace
 
-std::string joined(const std::vector<std::string>& texts, std::string_view separator) {
-    std::string result;
-    for (std::size_t i = 0; i < texts.size(); ++i) result.append(i == 0 ? "" : separator).append(texts[i]);
-    return result;
-}
-
 std::optional<std::string> bestSceneAleIxml(const SyncGroup& group) {
     return reportElseRecorder(group, "Scene", &IXMLData::scene);
 }
@@ -58,7 +52,7 @@ std::optional<std::string> buildNotesString(const SyncGroup& group, const Export
     const NotesSource source = settings.notesSource;
     std::string text;
     if ((source == NotesSource::video || source == NotesSource::both) && !lockitVideoNotes.empty())
-        text = settings.notesVideoPrefix + " " + joined(lockitVideoNotes, ", ");
+        text = settings.notesVideoPrefix + " " + platform::text::joined(lockitVideoNotes, ", ");
     if (source == NotesSource::audio || source == NotesSource::both) {
         const std::string facts = audioFacts(group);
         if (!facts.empty()) append(text, " | ", settings.notesAudioPrefix + " " + facts);

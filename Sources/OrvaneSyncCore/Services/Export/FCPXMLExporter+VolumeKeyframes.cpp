@@ -1,9 +1,9 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <unordered_set>
 
 namespace orvane::FCPXMLExporter {
@@ -20,11 +20,7 @@ constexpr std::string_view easeIn = "easeIn", easeOut = "easeOut", linear = "lin
 
 std::string milliseconds(double seconds) { return std::to_string(truncated(seconds * 1000)) + "/1000s"; }
 
-std::string threeDecimals(double value) {
-    std::array<char, 400> text{};
-    std::snprintf(text.data(), text.size(), "%.3f", value);
-    return text.data();
-}
+std::string threeDecimals(double value) { return platform::text::formatted("%.3f", value); }
 
 /// A curve as the document has it: the attributes of its keyframes, their texts in the document's arena, so
 /// that every channel of the role shares them.

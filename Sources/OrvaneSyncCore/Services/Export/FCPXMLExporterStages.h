@@ -93,6 +93,12 @@ fcpxml::AssetClip rawAudioAssetClip(const MediaAsset& audio,
                                     const std::unordered_map<UUID, std::string>& reusableIDs,
                                     ResourceList& resources, const ExportSettings& settings);
 
+/// A multicam clip has no fewer.
+inline constexpr std::size_t fewestCameras = 2;
+/// Which clips become the angles of one multicam clip, as ascending places in the list, each in one cluster
+/// at most. All members overlap the first one; whether they overlap each other does not matter.
+std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const SyncGroup*>& groups);
+
 void addMulticamClips(ExportWalk& walk);
 void addRoomTone(ExportWalk& walk);
 void addWildTracks(ExportWalk& walk);
@@ -128,9 +134,6 @@ bool injectVolumeKeyframes(fcpxml::XMLDocument& document, const SyncGroupList& g
 /// Quotes inside values are escaped, so the pattern is always an attribute. Works in place, from the end: a
 /// document is large.
 void giveEditableItemsTheirType(std::string& text);
-
-/// All texts, empty ones too, with the separator between each two.
-std::string joined(const std::vector<std::string>& texts, std::string_view separator);
 
 /// The value without its fraction, 0 for what is no number of 64 bits.
 std::int64_t truncated(double value);

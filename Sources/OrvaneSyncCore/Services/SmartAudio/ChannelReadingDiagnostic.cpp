@@ -8,8 +8,6 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <memory>
 
 namespace orvane {
@@ -43,15 +41,15 @@ std::string describe(const char* path, const Reading& reading) {
 }
 
 std::string windowLine(std::size_t window, const TrackAnalysis& analysis, const TrackAnalysis& libraries) {
-    std::array<char, 160> line{};
-    std::snprintf(line.data(), line.size(),
-                  "  %6zu (%8.2fs): rms %7.2f dB | %7.2f dB  peak %7.2f dB | %7.2f dB\n", window,
-                  static_cast<double>(window) * smartAudioWindowSeconds,
-                  static_cast<double>(WindowAnalysis::levelDB(analysis.windowRMS[window])),
-                  static_cast<double>(WindowAnalysis::levelDB(libraries.windowRMS[window])),
-                  static_cast<double>(WindowAnalysis::levelDB(analysis.windowPeaks[window])),
-                  static_cast<double>(WindowAnalysis::levelDB(libraries.windowPeaks[window])));
-    return line.data();
+    using platform::text::formatted;
+    const auto levels = [&](const char* name, const std::vector<float> TrackAnalysis::*values) {
+        return std::string(name) +
+               formatted(" %7.2f dB", WindowAnalysis::levelDB((analysis.*values)[window])) +
+               formatted(" | %7.2f dB", WindowAnalysis::levelDB((libraries.*values)[window]));
+    };
+    return formatted("  %6.0f", static_cast<double>(window)) +
+           formatted(" (%8.2fs): ", static_cast<double>(window) * smartAudioWindowSeconds) +
+           levels("rms", &TrackAnalysis::windowRMS) + levels("  peak", &TrackAnalysis::windowPeaks) + "\n";
 }
 
 /// The windows that both paths have and that are not the same to the last bit.

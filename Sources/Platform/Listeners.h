@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Platform/Subscription.h"
+
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace orvane::platform {
+
+/// Callbacks that are told of something for as long as their subscriptions live. A copy tells the same
+/// callbacks, so that an owner whose threads share it copies it under a lock and tells outside.
+template <class... Arguments>
+class Listeners {
+  public:
+    using Callback = std::function<void(Arguments...)>;
+
+    Subscription add(Callback callback) {
+        std::erase_if(callbacks_, [](const auto& one) { return one.expired(); });
+        auto added = std::make_shared<Callback>(std::move(callback));
+        callbacks_.push_back(added);
+        return added;
+    }
+
+    /// In the order in which they came. A callback may subscribe, unsubscribe and destroy the owner; who came
+    /// meanwhile is not told, nor who went.
+    void tell(Arguments... what) const {
+        const auto callbacks = callbacks_;
+        for (const auto& one : callbacks)
+            if (const auto callback = one.lock()) (*callback)(what...);
+    }
+
+  private:
+    std::vector<std::weak_ptr<Callback>> callbacks_;
+};
+
+} // namespace orvane::platform

@@ -1,7 +1,7 @@
+#include "MediaFactory/SmallShoot.h"
 #include "OrvaneSyncApp/ControllerTest.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "Support/Assets.h"
-#include "Support/Media/SmallShoot.h"
 
 #include <algorithm>
 #include <chrono>

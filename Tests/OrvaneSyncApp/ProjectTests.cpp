@@ -1,8 +1,8 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
+#include "MediaFactory/SmallShoot.h"
 #include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
 #include "Platform/Files.h"
-#include "Support/Media/SmallShoot.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/VirtualMainThread.h"
 

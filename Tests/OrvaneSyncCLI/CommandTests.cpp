@@ -1,12 +1,12 @@
 #include "OrvaneSyncCLI/RunCommand.h"
 
+#include "MediaFactory/LTCSignal.h"
+#include "MediaFactory/SmallShoot.h"
+#include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCLI/ChannelStrip.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "Platform/JSON.h"
-#include "Support/Media/LTCSignal.h"
-#include "Support/Media/SmallShoot.h"
-#include "Support/Media/WaveMaker.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
+#include "MediaFactory/SmallShoot.h"
 #include "OrvaneSyncCLI/Serve/Desk.h"
 #include "OrvaneSyncCLI/Serve/Methods.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 #include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
 #include "Platform/Files.h"
-#include "Support/Media/SmallShoot.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>

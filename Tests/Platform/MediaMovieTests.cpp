@@ -1,5 +1,5 @@
+#include "MediaFactory/MediaFactory.h"
 #include "Platform/MediaInspectionText.h"
-#include "Support/MediaFactory.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "OrvaneSyncCore/Services/Ingest/IXMLReader.h"
 
-#include "Support/MediaFactory.h"
+#include "MediaFactory/MediaFactory.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "OrvaneSyncCore/Services/Ingest/LTCDecoder.h"
 
-#include "Support/Media/LTCSignal.h"
+#include "MediaFactory/LTCSignal.h"
 
 #include <gtest/gtest.h>
 

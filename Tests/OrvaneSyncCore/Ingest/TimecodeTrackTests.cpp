@@ -1,6 +1,6 @@
 #include "OrvaneSyncCore/Services/Ingest/TimecodeTrackReader.h"
 
-#include "Support/MediaFactory.h"
+#include "MediaFactory/MediaFactory.h"
 
 #include <gtest/gtest.h>
 

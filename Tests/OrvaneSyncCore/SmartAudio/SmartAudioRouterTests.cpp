@@ -1,9 +1,9 @@
+#include "MediaFactory/MediaFactory.h"
 #include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
 #include "OrvaneSyncCore/Services/SmartAudio/ChannelReadingDiagnostic.h"
 #include "OrvaneSyncCore/Services/SmartAudio/KWeighting.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/WindowMeasurement.h"
-#include "Support/MediaFactory.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>

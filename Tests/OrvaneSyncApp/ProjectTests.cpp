@@ -1,14 +1,8 @@
-#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/ControllerTest.h"
 
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "MediaFactory/SmallShoot.h"
 #include "Platform/Files.h"
-#include "Support/Media/SmallShoot.h"
-#include "Support/TemporaryDirectory.h"
-#include "Support/VirtualMainThread.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <exception>
 #include <filesystem>
 #include <string>
@@ -19,26 +13,14 @@ namespace {
 namespace fs = std::filesystem;
 
 /// A scanned shoot with one edited clip, and project files beside it.
-class ProjectTest : public testing::Test {
+class ProjectTest : public test::ControllerTest {
   protected:
     ProjectTest() {
-        registerStandardDefaults(*settings_);
         test::makeSmallShoot(folder_.path());
-        controller_ = make();
-        controller_->setVideoFolderURL(FileURL{folder_.path("camera")});
-        controller_->setAudioFolderURL(FileURL{folder_.path("sound")});
-        EXPECT_EQ(ended(controller_->startScan()), "");
+        scan(folder("camera"), folder("sound"));
         controller_->setManualClipName(clip().id, "Hero");
         controller_->adjustAudioOffset(clip().id, 0.5);
         controller_->toggleLocked(clip().id);
-    }
-
-    std::shared_ptr<ImportController> make() {
-        ImportController::Dependencies dependencies;
-        dependencies.mainThread = mainThread_;
-        dependencies.settings = settings_;
-        dependencies.clock = mainThread_->clock();
-        return ImportController::create(std::move(dependencies));
     }
 
     /// Waits for the end; what went wrong, or nothing.
@@ -55,18 +37,8 @@ class ProjectTest : public testing::Test {
         return how;
     }
 
-    const SyncGroup& clip() const {
-        const auto& groups = controller_->syncGroups();
-        return *std::find_if(groups.begin(), groups.end(), [](const SyncGroup& group) {
-            return group.video.filename.starts_with("A001C001");
-        });
-    }
+    const SyncGroup& clip() const { return *ControllerTest::clip("A001C001"); }
 
-    test::TemporaryDirectory folder_;
-    std::shared_ptr<test::VirtualMainThread> mainThread_ = std::make_shared<test::VirtualMainThread>();
-    std::shared_ptr<platform::MemorySettingsStore> settings_ =
-        std::make_shared<platform::MemorySettingsStore>();
-    std::shared_ptr<ImportController> controller_;
     const FileURL file_{folder_.path("day.orvanesync")};
 };
 
@@ -77,7 +49,7 @@ TEST_F(ProjectTest, aNewScanGetsTheEditsBack) {
     const UUID before = clip().id;
     controller_->togglePickup(before);
 
-    controller_ = make();
+    controller_ = make(nullptr);
     EXPECT_EQ(ended(controller_->loadProject(file_)), "");
     EXPECT_EQ(controller_->scanState(), ScanState::done);
     EXPECT_EQ(clip().manualClipName, "Hero");
@@ -107,7 +79,7 @@ TEST_F(ProjectTest, withAFolderGoneTheEditsWaitAndAreKept) {
     EXPECT_EQ(controller_->syncGroups().size(), clipsBefore); // as they were
     EXPECT_EQ(controller_->project().currentURL, file_);
 
-    controller_ = make();
+    controller_ = make(nullptr);
     EXPECT_EQ(ended(controller_->loadProject(file_)), "");
     EXPECT_TRUE(controller_->syncGroups().empty());
     controller_->saveProject(file_);
@@ -144,7 +116,7 @@ TEST_F(ProjectTest, whatCannotBeOpenedChangesNothing) {
 
 TEST_F(ProjectTest, aResetWhileItScansLeavesNothingOfIt) {
     controller_->saveProject(file_);
-    controller_ = make();
+    controller_ = make(nullptr);
     const auto loading = controller_->loadProject(file_);
     controller_->reset();
     EXPECT_EQ(ended(loading), "");

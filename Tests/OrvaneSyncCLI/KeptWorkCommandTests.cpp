@@ -1,8 +1,8 @@
 #include "OrvaneSyncCLI/Command.h"
 
+#include "MediaFactory/SmallShoot.h"
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 #include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
-#include "Support/Media/SmallShoot.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/VirtualMainThread.h"
 

@@ -1,11 +1,11 @@
+#include "MediaFactory/SmallShoot.h"
+#include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCLI/Serve/Desk.h"
 #include "OrvaneSyncCLI/Serve/Methods.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 #include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
 #include "Platform/Files.h"
 #include "Support/Assets.h"
-#include "Support/Media/SmallShoot.h"
-#include "Support/Media/WaveMaker.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 
 #include "Platform/Log.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <utility>
@@ -17,12 +18,6 @@ void attempt(std::vector<std::string>& failures, std::string_view file, const De
     } catch (const std::exception& error) {
         failures.push_back(std::string(file) + ": " + error.what());
     }
-}
-
-std::string joined(const std::vector<std::string>& failures) {
-    std::string text;
-    for (const std::string& failure : failures) text += (text.empty() ? "" : "; ") + failure;
-    return text;
 }
 
 } // namespace
@@ -101,7 +96,7 @@ void SessionManager::finished(const UUID& id, Outcome outcome) {
     if (outcome.failures.empty())
         unwritten_.erase(id);
     else
-        failures_[id] = joined(outcome.failures);
+        failures_[id] = platform::text::joined(outcome.failures, "; ");
     if (id != currentSessionId_ && outcome.failures.empty())
         queue_->post([writer = groupsWriter_, id] { writer->closed(id); });
     if (outcome.info) adopt(std::move(*outcome.info));

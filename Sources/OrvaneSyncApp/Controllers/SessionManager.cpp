@@ -68,7 +68,7 @@ SessionManager::SessionManager(Dependencies dependencies)
       queue_(platform::SerialQueue::create("sessions")) {}
 
 SessionManager::~SessionManager() {
-    listeners_.clear();
+    listeners_ = {};
     saveScheduledChanges();
     captureNowIfScheduled();
     writeUnwritten();
@@ -77,18 +77,9 @@ SessionManager::~SessionManager() {
 
 void SessionManager::assertOnMainThread() const { assert(mainThread_->isCurrent()); }
 
-void SessionManager::notify(SessionField field) {
-    std::erase_if(listeners_, [](const auto& listener) { return listener.expired(); });
-    const auto listeners = listeners_; // a listener may subscribe or unsubscribe
-    for (const auto& listener : listeners)
-        if (const auto callback = listener.lock()) (*callback)(field);
-}
-
 platform::Subscription SessionManager::onChange(std::function<void(SessionField)> callback) {
     assertOnMainThread();
-    auto listener = std::make_shared<std::function<void(SessionField)>>(std::move(callback));
-    listeners_.push_back(listener);
-    return listener;
+    return listeners_.add(std::move(callback));
 }
 
 // Saving.

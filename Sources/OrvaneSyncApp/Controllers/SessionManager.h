@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
 #include "OrvaneSyncCore/Services/Persistence/SessionGroupsWriter.h"
 #include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
+#include "Platform/Listeners.h"
 
 #include <cstdint>
 #include <functional>
@@ -134,7 +135,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     class Restoring;
 
     explicit SessionManager(Dependencies dependencies);
-    void notify(SessionField field);
+    void notify(SessionField field) const { listeners_.tell(field); }
     void assertOnMainThread() const;
     Date now() const { return clock_->date(); }
 
@@ -182,7 +183,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     const std::shared_ptr<const platform::Clock> clock_;
     const SessionStore store_;
     const PresetManager presetManager_{};
-    std::vector<std::weak_ptr<std::function<void(SessionField)>>> listeners_;
+    platform::Listeners<SessionField> listeners_;
 
     std::vector<SessionInfo> sessions_;
     std::optional<UUID> currentSessionId_;

@@ -188,6 +188,11 @@ TEST_F(EditingTest, filesToAttachAreThoseOfThePoolThatLieNowhere) {
     controller_->attachAudioToGroup(id(2), one);
     EXPECT_EQ(controller_->rawFilesMenuLabel(one), "one.wav  ·  also on 2 clips");
     EXPECT_EQ(controller_->clipNames(one.id), (std::vector<std::string>{"A.mov", "C.mov"}));
+    controller_->removeVideoFromSync(id());
+    EXPECT_EQ(controller_->rawFilesMenuLabel(one), "one.wav  ·  also on C.mov");
+    ASSERT_NE(controller_->audioInPool(unused.id), nullptr);
+    EXPECT_EQ(controller_->audioInPool(unused.id)->filename, "two.wav");
+    EXPECT_EQ(controller_->audioInPool(UUID::random()), nullptr);
 
     test::makeSmallShoot(folder_.path());
     scan(folder("camera"), folder("sound"));

@@ -92,10 +92,82 @@ TEST_F(ProjectTest, withAFolderGoneTheEditsWaitAndAreKept) {
     EXPECT_EQ(ProjectService().load(file_).groups.size(), clipsBefore);
 }
 
+TEST_F(ProjectTest, entriesThatMetNoClipStayInTheFileUntilItTurnsUp) {
+    controller_->saveProject(file_);
+    const std::string saved = folder_.read("day.orvanesync"), video = clip().video.url.path;
+    const auto entry = [&](const FileURL& file) {
+        std::string texts;
+        for (const PersistedGroup& group : ProjectService().load(file).groups)
+            if (group.videoPath.path == video) texts += toJSON(group).dump();
+        return texts;
+    };
+    const std::string hero = entry(file_);
+    ASSERT_NE(hero.find("Hero"), std::string::npos);
+    const struct {
+        const char* name;
+        std::string gone, keptAs;
+        std::size_t clips;
+    } cards[] = {{"one of two cards", video, folder_.path("away"), 3},
+                 {"an empty card", folder_.path("camera"), folder_.path("card"), 0}};
+    for (const auto& card : cards) {
+        SCOPED_TRACE(card.name);
+        folder_.write("day.orvanesync", saved);
+        fs::rename(card.gone, card.keptAs);
+        fs::create_directories(folder_.path("camera"));
+        controller_ = make();
+        EXPECT_EQ(ended(controller_->loadProject(file_)), "");
+        EXPECT_EQ(controller_->syncGroups().size(), card.clips);
+        for (int time = 0; time < 2; ++time) {
+            controller_->saveProject(file_);
+            EXPECT_EQ(entry(file_), hero);
+            EXPECT_EQ(ProjectService().load(file_).groups.size(), 4U);
+        }
+        EXPECT_EQ(ended(controller_->startScan()), "");
+        controller_->saveProject(file_);
+        EXPECT_EQ(entry(file_), hero) << "a scan that does not find it either";
+
+        if (card.clips == 0) fs::remove(folder_.path("camera"));
+        fs::rename(card.keptAs, card.gone);
+        EXPECT_EQ(ended(controller_->startScan()), "");
+        EXPECT_EQ(clip().manualClipName, "Hero");
+        controller_->setManualClipName(clip().id, "Changed");
+        controller_->saveProject(file_);
+        EXPECT_NE(entry(file_).find("Changed"), std::string::npos);
+        EXPECT_EQ(ProjectService().load(file_).groups.size(), 4U);
+    }
+    // Another project, and none at all.
+    fs::remove(video);
+    EXPECT_EQ(ended(controller_->loadProject(file_)), "");
+    auto other = ProjectService().load(file_);
+    std::erase_if(other.groups, [&](const PersistedGroup& group) { return group.videoPath.path == video; });
+    const FileURL otherFile{folder_.path("other.orvanesync")};
+    ProjectService().save(other, otherFile);
+    EXPECT_EQ(ended(controller_->loadProject(otherFile)), "");
+    controller_->saveProject(otherFile);
+    EXPECT_EQ(entry(otherFile), "");
+    EXPECT_EQ(ended(controller_->loadProject(file_)), "");
+    controller_->reset();
+    controller_->saveProject(otherFile);
+    EXPECT_TRUE(ProjectService().load(otherFile).groups.empty());
+}
+
+TEST_F(ProjectTest, aScanThatFindsNothingLeavesTheClipsAndLaysTheEditsOverThem) {
+    controller_->saveProject(file_);
+    controller_->setManualClipName(clip().id, "Other");
+    fs::rename(folder_.path("camera"), folder_.path("card1"));
+    fs::rename(folder_.path("sound"), folder_.path("card2"));
+    fs::create_directories(folder_.path("camera"));
+    fs::create_directories(folder_.path("sound"));
+    EXPECT_EQ(ended(controller_->loadProject(file_)), "");
+    EXPECT_EQ(controller_->syncGroups().size(), 4U);
+    EXPECT_EQ(clip().manualClipName, "Hero");
+}
+
 TEST_F(ProjectTest, whatCannotBeOpenedChangesNothing) {
     controller_->saveProject(file_);
     const std::string bad = folder_.write("bad.orvanesync", "{\"version\": 2}");
     EXPECT_EQ(ended(controller_->loadProject({bad})), "Project version 2 is not supported (current: 1)");
+    EXPECT_EQ(folder_.read("bad.orvanesync"), "{\"version\": 2}");
     EXPECT_NE(ended(controller_->loadProject({folder_.path("none")})), "");
     EXPECT_EQ(controller_->project().currentURL, file_);
     EXPECT_EQ(clip().manualClipName, "Hero");

@@ -271,12 +271,18 @@ TEST_F(ServeTest, keepsSessionsAndSettings) {
     EXPECT_TRUE(call("state").find("syncGroups")->elements()->empty());
     call("loadSession", R"({"sessionId":")" + id + "\"}");
     EXPECT_EQ(first("isApproved").dump(), "true");
+    call("newSession");
+    const std::string clips = work_.path("Orvane Tandrel/Sessions/" + id + ".orvanesync/groups.json");
+    std::ofstream(clips, std::ios::app) << "]";
+    EXPECT_TRUE(call("loadSession", R"({"sessionId":")" + id + "\"}").isNull());
+    EXPECT_TRUE(call("state").find("syncGroups")->elements()->empty());
+    EXPECT_NE(call("sessionState").find("problem")->string()->find("can't be read"), std::string::npos);
     EXPECT_EQ(call("createFolder", R"({"name":"Dreh"})").dump(), "true");
     call("setSessionFolder", R"({"sessionId":")" + id + R"(","folder":"Dreh"})");
     EXPECT_EQ(call("suggestedSessionName", R"({"sessionId":")" + id + "\"}").dump(), "\"Dreh DT 001\"");
     EXPECT_EQ(call("folderNames").dump(), "[\"Dreh\"]");
     call("deleteSession", R"({"sessionId":")" + id + "\"}");
-    EXPECT_TRUE(call("sessions").elements()->empty());
+    EXPECT_EQ(call("sessions").dump().find(id), std::string::npos);
 
     EXPECT_EQ(call("setting", R"({"key":"eventName"})").dump(), "\"Synced\"");
     call("setSetting", R"({"key":"eventName","value":"Day 1"})");

@@ -24,6 +24,7 @@
 #include "Platform/Task.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -140,7 +141,8 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     // The project file (ImportController+Project.cpp).
 
     const ProjectFileState& project() const { return project_; }
-    /// Throws FileError or ProjectError; the old file then stands.
+    /// Also keeps what an opened project says of clips that were not found. Throws FileError or ProjectError;
+    /// the old file then stands.
     void saveProject(const FileURL& url);
     /// Scans the project's folders and lays its edits over the clips. Where a folder is not there, no scan
     /// runs, the clips stay as they were, and the edits wait for the next scan. The task ends with a
@@ -241,6 +243,8 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
 
     /// The audio of the scan; without one that of the clips and wild tracks.
     std::vector<MediaAsset> availableAudioPool() const;
+    /// One of the pool; null when it is not in it. Valid until the clips change.
+    const MediaAsset* audioInPool(const UUID& id) const;
     /// The pool without wild tracks and the clip's own audio, in the order of a file browser.
     std::vector<MediaAsset> rawFilesAvailableToAttach(UUID excludingGroupID) const;
     /// The stored names of the clips with this audio, ascending.
@@ -319,6 +323,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     static platform::Task openProject(std::weak_ptr<ImportController> weak, FileURL url);
     void abandonScan();
     void applyProjectEdits();
+    void layEditsOverClipsThatStayed();
     // ImportController+SmartAudio.cpp
     struct AnalysisRun;
     static platform::Task analyseAll(std::weak_ptr<ImportController> weak, std::shared_ptr<AnalysisRun> run);
@@ -361,6 +366,9 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     const SyncGroup* unlockedGroup(UUID groupID) const;
     static platform::Task attachFile(std::weak_ptr<ImportController> weak, UUID groupID, FileURL file);
     void clipsLetGoOf(const std::vector<AudioMatch>& released);
+    bool hasScannedAudio() const { return scanResult_ && !scanResult_->audioAssets.empty(); }
+    std::vector<const MediaAsset*> audioPool() const;
+    const std::vector<std::size_t>& clipsUsing(const UUID& audioID) const;
     // ImportController+EditSmartAudio.cpp: what an edit means to that which Smart Audio knows.
     void removeSmartAudioCaches(UUID groupID);
     void removeRenderedAudio(UUID groupID);
@@ -381,6 +389,8 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     std::optional<DiscoveryResult> discoveryResult_;
     std::optional<ScanResult> scanResult_;
     SyncGroupList syncGroups_;
+    /// Where in `syncGroups_` each audio is used. Absent until somebody asks, and after every change.
+    mutable std::optional<std::unordered_map<UUID, std::vector<std::size_t>>> clipsByAudio_;
     std::vector<WildTrack> wildTracks_;
     std::optional<FileURL> aleFileURL_;
     std::optional<ALEFile> aleFile_;

@@ -64,8 +64,7 @@ MediaAsset audio(const Controller& controller, const Call& call) {
     const JSON given = call.any("audio");
     if (const std::string* text = given.string()) {
         const auto wanted = UUID::fromText(*text);
-        for (MediaAsset& asset : controller.availableAudioPool())
-            if (wanted && asset.id == *wanted) return std::move(asset);
+        if (const MediaAsset* asset = wanted ? controller.audioInPool(*wanted) : nullptr) return *asset;
         throw Error(ErrorCode::operationFailed, "attachAudioToGroup: no audio has this identifier");
     }
     try {

@@ -1,10 +1,10 @@
 #include "Corpus.h"
 
+#include "MediaFactory/MovieMaker.h"
+#include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Files.h"
-#include "Support/Media/MovieMaker.h"
-#include "Support/Media/WaveMaker.h"
 
 #include <array>
 #include <cstdio>

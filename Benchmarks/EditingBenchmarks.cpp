@@ -82,6 +82,16 @@ void editEveryClip(benchmark::State& state) {
         for (const UUID& id : ids) work.controller->toggleApproved(id);
 }
 
+void attachMenu(benchmark::State& state) {
+    OpenWork work(static_cast<int>(state.range(0)));
+    const UUID id = work.controller->syncGroups()[0].id;
+    for (auto _ : state) {
+        work.nudge(); // the clips have changed since it was last opened
+        for (const MediaAsset& file : work.controller->rawFilesAvailableToAttach(id))
+            benchmark::DoNotOptimize(work.controller->rawFilesMenuLabel(file));
+    }
+}
+
 double allocatedBytes() {
     const struct mallinfo2 info = ::mallinfo2();
     return static_cast<double>(info.uordblks + info.hblkhd);
@@ -105,6 +115,7 @@ void registerEditingBenchmarks() {
     };
     add("nudge", nudge);
     add("copyClips", copyClips);
+    add("attachMenu", attachMenu)->Arg(fewClips)->Arg(clips);
     add("editEveryClip", editEveryClip)->Arg(fewClips)->Arg(clips);
 }
 
@@ -117,6 +128,8 @@ void printEditingRows(const Medians& results) {
     printUndoMemory();
     printRatio("edit 10,000 clips one by one", ms("editEveryClip/10000"), ms("editEveryClip/1000"),
                "for 1,000", 12);
+    printRatio("attach menu of 20,000 recordings on 10,000 clips", ms("attachMenu/10000"),
+               ms("attachMenu/1000"), "for 1,000", 15);
 }
 
 } // namespace orvane::bench

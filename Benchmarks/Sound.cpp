@@ -1,7 +1,7 @@
 #include "Sound.h"
 
+#include "MediaFactory/WaveMaker.h"
 #include "Platform/Files.h"
-#include "Support/Media/WaveMaker.h"
 
 #include <cstdlib>
 #include <filesystem>

@@ -1,5 +1,5 @@
-#include "Support/Media/LTCSignal.h"
-#include "Support/Media/WaveMaker.h"
+#include "MediaFactory/LTCSignal.h"
+#include "MediaFactory/WaveMaker.h"
 
 #include <array>
 #include <cmath>

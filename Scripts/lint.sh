@@ -13,5 +13,5 @@ clang-format --dry-run --Werror "${sources[@]}"
 [ $# -gt 0 ] || exit 0
 
 cmake --preset debug >/dev/null
-git ls-files '*.cpp' | grep '^Sources/\|^Tests/' |
+git ls-files '*.cpp' | grep '^Sources/\|^Tests/\|^Tools/' |
     xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p build/debug --extra-arg=-Wno-unknown-warning-option

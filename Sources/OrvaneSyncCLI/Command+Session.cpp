@@ -3,6 +3,7 @@
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
 #include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
 #include "Platform/Text.h"
 
@@ -15,7 +16,7 @@ namespace {
 std::string placeText(const std::optional<FileURL>& folder) { return folder ? folder->path : "-"; }
 
 void list(Context& context, const SessionStore& store, bool asJSON) {
-    const auto sessions = store.list();
+    const auto sessions = store.list([&](const std::string& problem) { context.warn(problem); });
     if (asJSON) {
         context.out << toJSONArray(sessions).dump(JSON::Layout::pretty) << "\n";
         return;
@@ -56,7 +57,10 @@ SessionInfo named(const SessionStore& store, const std::string& words) {
 class OpenSession {
   public:
     OpenSession(const Context& context, const SessionStore& store, SessionInfo info)
-        : info_(std::move(info)), folders_(store.readFolders(info_.id).value_or(SessionFolders{})) {
+        : info_(std::move(info)) {
+        const auto folders = store.readFolders(info_.id);
+        if (folders.problem) context.warn(*folders.problem);
+        folders_ = folders.record.value_or(SessionFolders{});
         auto read = store.readGroups(info_.id);
         if (read.problem) throw CommandError(*read.problem);
         ImportController::Dependencies dependencies;
@@ -97,6 +101,20 @@ void show(Context& context, const OpenSession& session, bool asJSON) {
                 << stateText(session.controller(), context.mayColour);
 }
 
+/// The settings that a folder keeps; none, and a warning, where they can't be read.
+platform::SettingsStore::Values settingsOf(const FolderInfo& folder, const Context& context,
+                                           DocumentOutput& output) {
+    if (!folder.activeSettingsSnapshot) return {};
+    try {
+        return PresetManager().values(*folder.activeSettingsSnapshot);
+    } catch (const std::runtime_error& error) {
+        output.warnedAlready.push_back("the settings of the folder '" + folder.name +
+                                       "' can't be read and are left out: " + error.what());
+        context.warn(output.warnedAlready.back());
+        return {};
+    }
+}
+
 /// The settings of the session's folder hold for this run, those of the command line above them.
 void useFolder(Context& context, const Arguments& arguments, const SessionStore& store,
                const SessionInfo& info, DocumentOutput& output) {
@@ -104,14 +122,10 @@ void useFolder(Context& context, const Arguments& arguments, const SessionStore&
     const auto folder = std::ranges::find(folders, info.folder.value_or(""), &FolderInfo::name);
     if (!info.folder || folder == folders.end()) return;
     output.document.metadataPrefix = folder->metadataPrefix.value_or("");
-    if (!folder->activeSettingsSnapshot) return;
     const auto given = arguments.values("--set");
-    const JSON snapshot = JSON::parse(*folder->activeSettingsSnapshot);
-    if (const auto* members = snapshot.members())
-        for (const auto& [key, value] : *members)
-            if (std::ranges::none_of(given,
-                                     [&](const std::string& text) { return text.starts_with(key + "="); }))
-                context.settings->setOverride(key, value);
+    for (auto& [key, value] : settingsOf(*folder, context, output))
+        if (std::ranges::none_of(given, [&](const std::string& text) { return text.starts_with(key + "="); }))
+            context.settings->setOverride(key, std::move(value));
 }
 
 void session(Context& context, const Arguments& arguments) {

@@ -37,6 +37,8 @@ class Task {
   public:
     struct promise_type;
 
+    /// One that has nothing to wait for.
+    static Task ended();
     bool isDone() const { return state_->done; }
     /// Calls back on the interface thread when the operation has ended, at once if it has. An exception that
     /// ended it is given along.
@@ -92,6 +94,8 @@ struct Task::promise_type {
         for (auto& callback : std::exchange(state->callbacks, {})) callback(state->raised);
     }
 };
+
+inline Task Task::ended() { co_return; }
 
 /// `co_await onQueue(queue, mainThread, work)`: runs the work on the queue and comes back to the interface
 /// thread with what it gave. Its exception passes through.

@@ -20,27 +20,21 @@ BInt power(std::int64_t base, int exponent) {
 }
 
 TEST(BInt, textsAndLimbs) {
-    struct Case {
-        BInt value;
-        const char* text;
-        std::size_t limbs;
+    const auto check = [&](const BInt& value, const char* text, std::size_t limbs) {
+        EXPECT_EQ(value.asString(), text);
+        EXPECT_EQ(value.magnitude().size(), limbs) << text;
+        EXPECT_EQ(value.isNegative(), text[0] == '-');
     };
-    for (const Case& test : {
-             Case{0, "0", 1},
-             Case{-7, "-7", 1},
-             Case{lowest, "-9223372036854775808", 1},
-             Case{highest, "9223372036854775807", 1},
-             Case{power(2, 64), "18446744073709551616", 2},
-             Case{power(10, 30), "1000000000000000000000000000000", 2},
-             Case{-power(2, 64) + BInt(1), "-18446744073709551615", 1},
-             Case{power(2, 128) - power(2, 128), "0", 1},
-             Case{BInt::fromMagnitude(true, {0, 0}), "0", 1},
-             Case{BInt::fromMagnitude(true, {5, 0, 0}), "-5", 1},
-         }) {
-        EXPECT_EQ(test.value.asString(), test.text);
-        EXPECT_EQ(test.value.magnitude().size(), test.limbs) << test.text;
-        EXPECT_EQ(test.value.isNegative(), test.text[0] == '-');
-    }
+    check(0, "0", 1);
+    check(-7, "-7", 1);
+    check(lowest, "-9223372036854775808", 1);
+    check(highest, "9223372036854775807", 1);
+    check(power(2, 64), "18446744073709551616", 2);
+    check(power(10, 30), "1000000000000000000000000000000", 2);
+    check(-power(2, 64) + BInt(1), "-18446744073709551615", 1);
+    check(power(2, 128) - power(2, 128), "0", 1);
+    check(BInt::fromMagnitude(true, {0, 0}), "0", 1);
+    check(BInt::fromMagnitude(true, {5, 0, 0}), "-5", 1);
     EXPECT_EQ(BInt(-255).asString(16), "-ff");
     EXPECT_EQ(power(2, 70).asString(16, true), "400000000000000000");
     EXPECT_EQ(BInt(1).shiftedLeft(130), power(2, 130));
@@ -91,32 +85,26 @@ TEST(BInt, keepsTheLaws) {
 }
 
 TEST(BFraction, isAlwaysNormal) {
-    struct Case {
-        BFraction value;
-        const char* numerator;
-        const char* denominator;
+    const auto check = [&](const BFraction& value, const char* numerator, const char* denominator) {
+        EXPECT_EQ(value.numerator().asString(), numerator);
+        EXPECT_EQ(value.denominator().asString(), denominator);
     };
-    for (const Case& test : {
-             Case{{2002, 60000}, "1001", "30000"},
-             Case{{3, -6}, "-1", "2"},
-             Case{{0, -5}, "0", "1"},
-             Case{BFraction(0.1), "3602879701896397", "36028797018963968"},
-             Case{BFraction(-0.75), "-3", "4"},
-             Case{BFraction(0x1p70), "1180591620717411303424", "1"},
-             Case{BFraction(std::nan("")), "0", "1"},
-             Case{BFraction(1, 3) + BFraction(1, 6), "1", "2"},
-             Case{BFraction(1, 3) - BFraction(1, 3), "0", "1"},
-             Case{BFraction(2, 3) * BFraction(3, 2), "1", "1"},
-             Case{BFraction(1, 2) / BFraction(-1, 4), "-2", "1"},
-             Case{BFraction(-2, 3).invert(), "-3", "2"},
-             Case{BFraction(-2, 3).abs(), "2", "3"},
-             Case{BFraction(lowest, 1) * BFraction(1, lowest), "1", "1"},
-             Case{BFraction(1, highest) + BFraction(1, highest - 1), "18446744073709551613",
-                  "85070591730234615838173535747377725442"},
-         }) {
-        EXPECT_EQ(test.value.numerator().asString(), test.numerator);
-        EXPECT_EQ(test.value.denominator().asString(), test.denominator);
-    }
+    check({2002, 60000}, "1001", "30000");
+    check({3, -6}, "-1", "2");
+    check({0, -5}, "0", "1");
+    check(BFraction(0.1), "3602879701896397", "36028797018963968");
+    check(BFraction(-0.75), "-3", "4");
+    check(BFraction(0x1p70), "1180591620717411303424", "1");
+    check(BFraction(std::nan("")), "0", "1");
+    check(BFraction(1, 3) + BFraction(1, 6), "1", "2");
+    check(BFraction(1, 3) - BFraction(1, 3), "0", "1");
+    check(BFraction(2, 3) * BFraction(3, 2), "1", "1");
+    check(BFraction(1, 2) / BFraction(-1, 4), "-2", "1");
+    check(BFraction(-2, 3).invert(), "-3", "2");
+    check(BFraction(-2, 3).abs(), "2", "3");
+    check(BFraction(lowest, 1) * BFraction(1, lowest), "1", "1");
+    check(BFraction(1, highest) + BFraction(1, highest - 1), "18446744073709551613",
+          "85070591730234615838173535747377725442");
     EXPECT_LT(BFraction(1001, 30000), BFraction(1, 29));
     EXPECT_LT(BFraction(-1, 2), BFraction::zero());
     EXPECT_GE(BFraction::one(), BFraction(2, 2));

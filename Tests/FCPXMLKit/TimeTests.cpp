@@ -8,46 +8,37 @@ namespace orvane::fcpxml {
 namespace {
 
 TEST(TimeText, PrintsLowestTermsAndReadsThemBack) {
-    const struct {
-        const char* name;
-        Time time;
-        const char* text;
-    } cases[] = {
-        {"zero has no denominator", {0, 25}, "0s"},
-        {"whole seconds have none either", {125, 25}, "5s"},
-        {"a frame of film at video rate", {2002, 60000}, "1001/30000s"},
-        {"the sign stands in front", {1, -25}, "-1/25s"},
-        {"the largest of 64 bits", {INT64_MAX, 2}, "9223372036854775807/2s"},
-        {"the smallest of 64 bits", {INT64_MIN, 3}, "-9223372036854775808/3s"},
+    const auto check = [&](const char* name, const Time& time, const char* text) {
+        EXPECT_EQ(time.description(), text) << name;
+        EXPECT_EQ(Time::fromString(text), time) << name;
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.time.description(), c.text) << c.name;
-        EXPECT_EQ(Time::fromString(c.text), c.time) << c.name;
-    }
+    check("zero has no denominator", {0, 25}, "0s");
+    check("whole seconds have none either", {125, 25}, "5s");
+    check("a frame of film at video rate", {2002, 60000}, "1001/30000s");
+    check("the sign stands in front", {1, -25}, "-1/25s");
+    check("the largest of 64 bits", {INT64_MAX, 2}, "9223372036854775807/2s");
+    check("the smallest of 64 bits", {INT64_MIN, 3}, "-9223372036854775808/3s");
     const Time day = Time::hour() * 24;
     EXPECT_EQ((day * INT64_MAX).description(), "796899343984252629724800s") << "beyond 64 bits, exact";
 }
 
 TEST(TimeText, ReadsTheFirstTimeInATextOrNothing) {
-    const struct {
-        const char* text;
-        std::optional<Time> time;
-    } cases[] = {
-        {"30s", Time(30, 1)},
-        {"30/1s", Time(30, 1)},
-        {"+7/2s", Time(7, 2)},
-        {"about 12/24s or so", Time(1, 2)},
-        {"5/s 3s", Time(3, 1)},
-        {"1/2/3s", Time(2, 3)},
-        {"", std::nullopt},
-        {"s", std::nullopt},
-        {"5", std::nullopt},
-        {"5/0s", std::nullopt},
-        {"1.5", std::nullopt},
-        {"9223372036854775808s", std::nullopt},
-        {"1/9223372036854775808s", std::nullopt},
+    const auto check = [&](const char* text, const std::optional<Time>& time) {
+        EXPECT_EQ(Time::fromString(text), time) << '"' << text << '"';
     };
-    for (const auto& c : cases) EXPECT_EQ(Time::fromString(c.text), c.time) << '"' << c.text << '"';
+    check("30s", Time(30, 1));
+    check("30/1s", Time(30, 1));
+    check("+7/2s", Time(7, 2));
+    check("about 12/24s or so", Time(1, 2));
+    check("5/s 3s", Time(3, 1));
+    check("1/2/3s", Time(2, 3));
+    check("", std::nullopt);
+    check("s", std::nullopt);
+    check("5", std::nullopt);
+    check("5/0s", std::nullopt);
+    check("1.5", std::nullopt);
+    check("9223372036854775808s", std::nullopt);
+    check("1/9223372036854775808s", std::nullopt);
 }
 
 TEST(TimeArithmetic, IsExact) {
@@ -73,24 +64,17 @@ TEST(TimeArithmetic, IsExact) {
 
 TEST(TimeFrames, RoundTowardsZeroOrToTheNearest) {
     const Time frame = Time::frameAt25fps();
-    const struct {
-        const char* name;
-        Time time;
-        Time down;
-        Time nearest;
-    } cases[] = {
-        {"on a frame", {3, 25}, {3, 25}, {3, 25}},
-        {"just below half", {349, 2500}, {3, 25}, {3, 25}},
-        {"half goes away from zero", {7, 50}, {3, 25}, {4, 25}},
-        {"negative half too", {-7, 50}, {-3, 25}, {-4, 25}},
-        {"less than a negative frame", {-1, 100}, {0, 1}, {0, 1}},
-        {"half a frame from nothing", {-1, 50}, {0, 1}, {-1, 25}},
+    const auto check = [&](const char* name, const Time& time, const Time& down, const Time& nearest) {
+        EXPECT_EQ(time.toFrame(frame), down) << name;
+        EXPECT_EQ(time.toFrame(frame, FrameSampling::nearestNeighbor), nearest) << name;
+        EXPECT_EQ(time.toFrame(frame, FrameSampling::opticalFlow), down) << name;
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.time.toFrame(frame), c.down) << c.name;
-        EXPECT_EQ(c.time.toFrame(frame, FrameSampling::nearestNeighbor), c.nearest) << c.name;
-        EXPECT_EQ(c.time.toFrame(frame, FrameSampling::opticalFlow), c.down) << c.name;
-    }
+    check("on a frame", {3, 25}, {3, 25}, {3, 25});
+    check("just below half", {349, 2500}, {3, 25}, {3, 25});
+    check("half goes away from zero", {7, 50}, {3, 25}, {4, 25});
+    check("negative half too", {-7, 50}, {-3, 25}, {-4, 25});
+    check("less than a negative frame", {-1, 100}, {0, 1}, {0, 1});
+    check("half a frame from nothing", {-1, 50}, {0, 1}, {-1, 25});
 }
 
 } // namespace

@@ -9,28 +9,25 @@ namespace orvane::fcpxml {
 namespace {
 
 TEST(AttributeText, NumbersHaveTenDecimalsAtMostAndNoTrailingZeros) {
-    const struct {
-        double value;
-        const char* text;
-    } cases[] = {
-        {1920.0, "1920"},
-        {0.5, "0.5"},
-        {0.3, "0.3"},
-        {-0.0, "0"},
-        {1e21, "1000000000000000000000"},
-        {1.0 / 3, "0.3333333333"},
-        {2.0 / 3, "0.6666666667"},
-        {0.00048828125, "0.0004882813"}, // a tie that binary holds exactly
-        {-0.00048828125, "-0.0004882813"},
-        {9.99999999995, "10"},
-        {0.99999999999, "1"},
-        {-99.99999999999, "-100"},
-        {1e-11, "0"},
-        {-1e-11, "0"},
-        {std::numeric_limits<double>::quiet_NaN(), "0"},
-        {std::numeric_limits<double>::infinity(), "0"},
+    const auto check = [&](double value, const char* text) {
+        EXPECT_EQ(attributeText(value), text) << value;
     };
-    for (const auto& c : cases) EXPECT_EQ(attributeText(c.value), c.text) << c.value;
+    check(1920.0, "1920");
+    check(0.5, "0.5");
+    check(0.3, "0.3");
+    check(-0.0, "0");
+    check(1e21, "1000000000000000000000");
+    check(1.0 / 3, "0.3333333333");
+    check(2.0 / 3, "0.6666666667");
+    check(0.00048828125, "0.0004882813"); // a tie that binary holds exactly
+    check(-0.00048828125, "-0.0004882813");
+    check(9.99999999995, "10");
+    check(0.99999999999, "1");
+    check(-99.99999999999, "-100");
+    check(1e-11, "0");
+    check(-1e-11, "0");
+    check(std::numeric_limits<double>::quiet_NaN(), "0");
+    check(std::numeric_limits<double>::infinity(), "0");
 }
 
 TEST(AttributeText, Decibels) {
@@ -68,27 +65,21 @@ TEST(AttributeText, ColorSpaceAndSamplings) {
 }
 
 TEST(Roles, SplitAtOnePointAndDescribeThemselves) {
-    const struct {
-        const char* id;
-        const char* name;
-        std::optional<std::string> subrole;
-        const char* description;
-    } cases[] = {
-        {"dialogue", "dialogue", std::nullopt, "Dialogue"},
-        {"dialogue.Boom", "dialogue", "Boom", "Dialogue (Boom)"},
-        {"dialogue.dialogue-1", "dialogue", "dialogue-1", "Dialogue"},
-        {"dialogue.dialogue-2", "dialogue", "dialogue-2", "Dialogue (Dialogue-2)"},
-        {"effects-12.Wind", "effects-12", "Wind", "Effects-12 (Wind)"},
-        {"effects-.Wind", "effects-", "Wind", "effects- (Wind)"},
-        {"Anna.Lav. 1", "Anna", std::nullopt, "Anna"},
-        {"musical.x", "musical", "x", "musical (x)"},
+    const auto check = [&](const char* id, const char* name, const std::optional<std::string>& subrole,
+                           const char* description) {
+        const AudioRole role{{id}};
+        EXPECT_EQ(role.name(), name) << id;
+        EXPECT_EQ(role.subrole(), subrole) << id;
+        EXPECT_EQ(role.description(), description) << id;
     };
-    for (const auto& c : cases) {
-        const AudioRole role{{c.id}};
-        EXPECT_EQ(role.name(), c.name) << c.id;
-        EXPECT_EQ(role.subrole(), c.subrole) << c.id;
-        EXPECT_EQ(role.description(), c.description) << c.id;
-    }
+    check("dialogue", "dialogue", std::nullopt, "Dialogue");
+    check("dialogue.Boom", "dialogue", "Boom", "Dialogue (Boom)");
+    check("dialogue.dialogue-1", "dialogue", "dialogue-1", "Dialogue");
+    check("dialogue.dialogue-2", "dialogue", "dialogue-2", "Dialogue (Dialogue-2)");
+    check("effects-12.Wind", "effects-12", "Wind", "Effects-12 (Wind)");
+    check("effects-.Wind", "effects-", "Wind", "effects- (Wind)");
+    check("Anna.Lav. 1", "Anna", std::nullopt, "Anna");
+    check("musical.x", "musical", "x", "musical (x)");
     EXPECT_EQ(VideoRole{{"titles-2.titles-2-1"}}.description(), "Titles-2 (titles-2-1)");
     EXPECT_EQ(VideoRole{{"dialogue"}}.description(), "dialogue") << "no role of pictures";
 }

@@ -359,7 +359,7 @@ Change EditingModelTest::decision() {
                 g.masterGainAuto = value > 0;
             });
     case 15: {
-        const double start = draw(40) / 4.0, end = draw(40) / 4.0;
+        const double start = draw(40) / 4.0 + 0.16 * draw(2), end = draw(40) / 4.0; // 0.09 s apart at times
         return onClip(
             undoSteps::addBlockOverride,
             [=](C& c, const UUID& id) { c.addBlockOverride(id, start, end, value + 4); },
@@ -380,8 +380,8 @@ Change EditingModelTest::decision() {
             });
     }
     default: {
-        const auto fps = value == 0 ? std::nullopt
-                                    : std::optional<double>(value > 0 ? 40 * value : 24 - 25 * (value < -2));
+        const double rates[] = {-1, 0, 24, 25.4, 40, 80, 120};
+        const auto fps = draw(8) == 0 ? std::nullopt : std::optional(rates[value + 3]);
         return onClip(
             undoSteps::setManualSensorFrameRate,
             [=](C& c, const UUID& id) { c.setManualSensorFrameRate(id, fps); },

@@ -1,24 +1,22 @@
+#include "MediaFactory/SmallShoot.h"
 #include "OrvaneSyncApp/ControllerTest.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "Support/Assets.h"
-#include "Support/Media/SmallShoot.h"
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <functional>
 #include <limits>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace orvane {
 namespace {
 
 using namespace std::chrono_literals;
-using Controller = ImportController;
 
-/// Three clips: one with three recordings, one with another, one without.
+/// What `EditingModelTest` does not draw. Three clips: one with three recordings, one with another, one
+/// without.
 class EditingTest : public test::ControllerTest {
   protected:
     EditingTest() {
@@ -40,27 +38,14 @@ class EditingTest : public test::ControllerTest {
         how(groups[position]);
         open(std::move(groups));
     }
-    void nudge(double seconds = 0.04) {
+    void nudge() {
         controller_->withUndo(undoSteps::adjustAudioOffset,
-                              [&] { controller_->adjustAudioOffset(id(), seconds); });
+                              [&] { controller_->adjustAudioOffset(id(), 0.04); });
     }
     int stepsToUndo() {
         int steps = 0;
         for (; controller_->undoState().canUndo; ++steps) controller_->undo();
         return steps;
-    }
-    std::string wildNames() const {
-        std::string names;
-        for (const WildTrack& track : controller_->wildTracks()) names += track.customName + " ";
-        return names;
-    }
-    std::string overrides() const {
-        std::string text;
-        for (const BlockOverride& one : group().manualBlockOverrides)
-            text += std::to_string(std::lround(10 * one.startSeconds)) + "-" +
-                    std::to_string(std::lround(10 * one.endSeconds)) + ":" + std::to_string(one.trackIndex) +
-                    " ";
-        return text;
     }
 };
 
@@ -100,218 +85,36 @@ TEST_F(EditingTest, nudgesBelongTogetherWithinTheWindow) {
     EXPECT_EQ(stepsToUndo(), 5) << "another name between two, and steps without a window";
 }
 
-TEST_F(EditingTest, undoAndRedoNameTheirStepsAndForgetTheOldest) {
-    EXPECT_EQ(controller_->undoState(), UndoState{});
-    controller_->undo();
-    controller_->redo();
-    nudge(1);
-    controller_->withUndo(undoSteps::toggleLocked, [&] { controller_->toggleLocked(id()); });
-    controller_->undo();
-    EXPECT_EQ(controller_->undoState(), (UndoState{true, true, "Adjust Audio Offset", "Toggle Lock"}));
-    EXPECT_FALSE(group().isLocked);
-    controller_->redo();
-    EXPECT_TRUE(group().isLocked);
-    EXPECT_EQ(group().lockedAtManualOffset, 1.0);
-    controller_->undo();
-    controller_->undo();
-    EXPECT_EQ(controller_->undoState(), (UndoState{false, true, {}, "Adjust Audio Offset"}));
-    controller_->withUndo(undoSteps::togglePickup, [&] { controller_->togglePickup(id()); });
-    EXPECT_FALSE(controller_->undoState().canRedo) << "a new step ends what could be redone";
+TEST_F(EditingTest, whatIsNoClipNoNumberOrNoPoolChangesNothing) {
+    constexpr double none = std::numeric_limits<double>::quiet_NaN(),
+                     infinity = std::numeric_limits<double>::infinity();
+    const std::string before = toJSONArray(controller_->syncGroups()).dump();
+    controller_->adjustAudioOffset(id(), none);
+    controller_->setAudioAnchor(id(), infinity);
+    controller_->setMasterGain(id(), -infinity, true);
+    controller_->setManualSensorFrameRate(id(), none);
+    controller_->addBlockOverride(id(), 5, infinity, 9);
+    EXPECT_EQ(toJSONArray(controller_->syncGroups()).dump(), before);
+    controller_->adjustAudioOffset(id(), 1e308);
+    controller_->adjustAudioOffset(id(), 1e308);
+    EXPECT_EQ(group().manualAudioOffsetSeconds, 1e308);
 
-    for (int i = 0; i < 60; ++i) {
-        mainThread_->advance(1s);
-        nudge(1);
-    }
-    EXPECT_EQ(stepsToUndo(), 50);
-    EXPECT_EQ(group().manualAudioOffsetSeconds, 10);
-    controller_->clearUndo();
-    EXPECT_EQ(controller_->undoState(), UndoState{});
-}
-
-TEST_F(EditingTest, wildTracksDoNotTravelBack) {
-    const UUID audio = group(1).audioMatches[0].audio->id;
-    controller_->withUndo(undoSteps::removeAudioMatch,
-                          [&] { controller_->removeAudioMatch(id(1), group(1).audioMatches[0].id); });
-    controller_->withUndo(undoSteps::renameWildTrack, [&] { controller_->renameWildTrack(audio, "Birds"); });
-    controller_->undo();
-    EXPECT_EQ(wildNames(), "Birds ");
-    controller_->undo();
-    EXPECT_EQ(group(1).audioMatches.size(), 1U);
-    EXPECT_EQ(wildNames(), "Birds ");
-    controller_->renameWildTrack(audio, "");
-    EXPECT_EQ(wildNames(), "four ") << "an empty name is none";
-}
-
-TEST_F(EditingTest, removedAudioSettlesTheStatusAndGoesToTheWildTracks) {
-    const std::vector<UUID> matches{group().audioMatches[0].id, group().audioMatches[1].id,
-                                    group().audioMatches[2].id};
-    controller_->attachAudioToGroup(id(1), *group().audioMatches[2].audio); // used twice from now on
-    const MatchStatus statuses[] = {MatchStatus::ambiguous(2), MatchStatus::manual(),
-                                    MatchStatus::unmatched()};
-    const char* wild[] = {"two ", "two ", "two one "};
-    for (const std::size_t which : {1, 2, 0}) {
-        const std::size_t step = 3 - group().audioMatches.size();
-        controller_->removeAudioMatch(id(), UUID::random());
-        controller_->removeAudioMatch(id(), matches[which]);
-        EXPECT_EQ(group().matchStatus, statuses[step]);
-        EXPECT_EQ(wildNames(), wild[step]);
-    }
-    controller_->toggleMOS(id());
-    EXPECT_EQ(group().matchStatus, MatchStatus::mos());
-    controller_->toggleMOS(id(1));
-    EXPECT_EQ(group(1).matchStatus, MatchStatus::manual()) << "not with audio";
-    controller_->removeVideoFromSync(id(1));
-    EXPECT_EQ(wildNames(), "two one four three ");
-    EXPECT_EQ(controller_->syncGroups().size(), 2U);
-
-    // The asset lies in the list that loses it.
-    controller_->attachAudioToGroup(id(1), controller_->wildTracks()[0].audio);
-    EXPECT_EQ(group(1).primaryAudio()->filename, "two.wav");
-    EXPECT_EQ(group(1).audioMatches[0].overlapDurationSeconds, 0) << "the clip has no place";
-    EXPECT_EQ(wildNames(), "one four three ");
-}
-
-TEST_F(EditingTest, attachedAudioLiesWhereTheTimecodesPutIt) {
-    const MediaAsset late = test::audio("late.wav", "11:00:30:00"),
-                     apart = test::audio("x.wav", "12:00:00:00");
-    controller_->attachAudioToGroup(id(1), late);
-    controller_->attachAudioToGroup(id(1), apart);
-    ASSERT_EQ(group(1).audioMatches.size(), 3U);
-    EXPECT_EQ(group(1).primaryAudio()->filename, "four.wav");
-    EXPECT_EQ(group(1).audioMatches[1].syncOffsetSeconds, 30);
-    EXPECT_EQ(group(1).audioMatches[1].overlapDurationSeconds, 30);
-    EXPECT_EQ(group(1).audioMatches[2].syncOffsetSeconds, 3600);
-    EXPECT_EQ(group(1).audioMatches[2].overlapDurationSeconds, 0);
-    EXPECT_EQ(group(1).matchStatus, MatchStatus::manual());
-
-    controller_->attachAudioToGroup(id(), *group().audioMatches[1].audio);
-    EXPECT_EQ(group().matchStatus, MatchStatus::manual()) << "confirms an ambiguous clip that has it";
-    EXPECT_EQ(group().audioMatches.size(), 3U);
-}
-
-TEST_F(EditingTest, aLockRefusesWhatWouldChangeTheSyncAndNothingElse) {
-    struct Case {
-        const char* name;
-        void (*edit)(Controller&, UUID);
-        bool acts;
-    };
-    const Case cases[] = {
-        {"adjustAudioOffset", [](Controller& c, UUID id) { c.adjustAudioOffset(id, 1); }, true},
-        {"resetAudioOffset", [](Controller& c, UUID id) { c.resetAudioOffset(id); }, true},
-        {"toggleApproved", [](Controller& c, UUID id) { c.toggleApproved(id); }, true},
-        {"togglePickup", [](Controller& c, UUID id) { c.togglePickup(id); }, true},
-        {"setManualClipName", [](Controller& c, UUID id) { c.setManualClipName(id, "X"); }, true},
-        {"resyncClip", [](Controller& c, UUID id) { c.resyncClip(id); }, true},
-        {"resyncAllClips", [](Controller& c, UUID) { c.resyncAllClips(); }, true},
-        {"resetClipToAutoSync", [](Controller& c, UUID id) { c.resetClipToAutoSync(id); }, true},
-        {"resetAllClipsToAutoSync", [](Controller& c, UUID) { c.resetAllClipsToAutoSync(); }, true},
-        {"addBlockOverride", [](Controller& c, UUID id) { c.addBlockOverride(id, 0, 1, 1); }, true},
-        {"attachAudioToGroup",
-         [](Controller& c, UUID id) { c.attachAudioToGroup(id, test::audio("new.wav")); }, false},
-        {"removeAudioMatch",
-         [](Controller& c, UUID id) { c.removeAudioMatch(id, c.syncGroups()[0].audioMatches[0].id); }, false},
-        {"confirmAmbiguousMatch", [](Controller& c, UUID id) { c.confirmAmbiguousMatch(id); }, false},
-        {"removeVideoFromSync", [](Controller& c, UUID id) { c.removeVideoFromSync(id); }, false},
-        {"setManualSensorFrameRate", [](Controller& c, UUID id) { c.setManualSensorFrameRate(id, 50); },
-         false},
-        {"lockAllInCluster",
-         [](Controller& c, UUID id) { c.lockAllInCluster(id, GroupNaming::Source::video, {}); }, false},
-    };
-    controller_->adjustAudioOffset(id(), 0.5);
-    controller_->setAudioAnchor(id(), 2);
-    controller_->toggleLocked(id());
-    const std::vector<SyncGroup> locked(controller_->syncGroups().begin(), controller_->syncGroups().end());
-    const std::string before = toJSONArray(locked).dump();
-    for (const Case& one : cases) {
-        open(locked);
-        one.edit(*controller_, id());
-        EXPECT_EQ(toJSONArray(controller_->syncGroups()).dump() != before, one.acts) << one.name;
-        if (std::string_view(one.name).starts_with("resync")) {
-            EXPECT_TRUE(group().isLocked);
-            EXPECT_EQ(group().lockedAtAudioAnchor, 2.0);
-            EXPECT_EQ(group().manualAudioOffsetSeconds, 0.5);
-            EXPECT_EQ(group().audioMatches.size(), 3U);
-            EXPECT_NE(group().audioMatches[0].id, locked[0].audioMatches[0].id);
-        }
-        if (std::string_view(one.name).find("AutoSync") != std::string_view::npos) {
-            EXPECT_EQ(group().manualAudioOffsetSeconds, 0) << one.name;
-            EXPECT_FALSE(group().isLocked || group().lockedAtManualOffset) << one.name;
-        }
-        // Nobody is an unknown clip.
-        open(locked);
-        if (std::string_view(one.name).find("All") != std::string_view::npos) continue;
-        one.edit(*controller_, UUID{});
-        EXPECT_EQ(toJSONArray(controller_->syncGroups()).dump(), before) << one.name;
-    }
-}
-
-TEST_F(EditingTest, resyncNeedsAPool) {
-    open({SyncGroup(test::video("C.mov"), {}, MatchStatus::manual())});
+    SyncGroup alone(test::video("C.mov"), {}, MatchStatus::manual());
+    alone.video.projectFrameRate = 0;
+    open({alone});
     controller_->resyncClip(id());
     controller_->resyncAllClips();
     EXPECT_EQ(group().matchStatus, MatchStatus::manual());
+    controller_->setManualSensorFrameRate(id(), 50);
+    EXPECT_EQ(group().video.offspeedConfidence, OffspeedConfidence::confirmed(false, 1));
 }
 
-TEST_F(EditingTest, rangeOverridesMakeRoom) {
-    struct Case {
-        const char* name;
-        double start, end;
-        const char* result;
-        bool keepsFirst; ///< a piece that bears the old id
-    };
-    const Case cases[] = {
-        {"inside, it splits", 12, 14, "10-120:1 120-140:9 140-200:1 ", true},
-        {"over an end", 0.5, 4, "5-40:9 40-200:1 ", false},
-        {"backwards", 25, 19, "10-190:1 190-250:9 ", true},
-        {"over all of it", 0, 30, "0-300:9 ", false},
-        {"touching leaves it whole", 20, 21, "10-200:1 200-210:9 ", true},
-        {"too short", 5, 5.09, "10-200:1 ", true},
-        {"no number", 5, std::numeric_limits<double>::infinity(), "10-200:1 ", true},
-    };
-    for (const Case& one : cases) {
-        const UUID first = UUID::random();
-        change(0, [&](SyncGroup& group) { group.manualBlockOverrides = {{first, 1, 20, 1}}; });
-        controller_->addBlockOverride(id(), one.start, one.end, 9);
-        EXPECT_EQ(overrides(), one.result) << one.name;
-        const auto& left = group().manualBlockOverrides.front();
-        EXPECT_EQ(left.id == first, one.keepsFirst) << one.name;
-        EXPECT_EQ(std::ranges::count(group().manualBlockOverrides, first, &BlockOverride::id),
-                  one.keepsFirst);
-    }
-}
-
-TEST_F(EditingTest, aSensorRateByHandIsConfirmed) {
-    using Confidence = OffspeedConfidence;
-    struct Case {
-        const char* name;
-        std::optional<double> own, fps, project;
-        Confidence confidence;
-    };
-    const Case cases[] = {
-        {"takes the rate of most others", {}, 120, 24, Confidence::confirmed(true, 5)},
-        {"keeps its own project rate", 25, 50, 25, Confidence::confirmed(true, 2)},
-        {"within the tolerance", 25, 25.4, 25, Confidence::confirmed(false, 25.4 / 25)},
-        {"slower counts too", 25, 20, 25, Confidence::confirmed(true, 0.8)},
-        {"no rate at all", 25, 0, 25, Confidence::confirmed(false, 0)},
-        {"a project rate that is none", 0, 50, 0, Confidence::confirmed(false, 1)},
-        {"back to the file", 25, {}, {}, Confidence::suspectedUnconfirmed(1)},
-    };
-    for (const Case& one : cases) {
-        std::vector<SyncGroup> groups(4, SyncGroup(test::video("V.mov"), {}, MatchStatus::mos()));
-        const std::optional<double> rates[] = {one.own, 24, 25, 24};
-        for (std::size_t i = 0; i < groups.size(); ++i) {
-            groups[i] = SyncGroup(test::video("V.mov"), {}, MatchStatus::mos());
-            groups[i].video.projectFrameRate = rates[i];
-        }
-        open(groups);
-        controller_->setManualSensorFrameRate(id(), one.fps);
-        EXPECT_EQ(group().video.sensorFrameRate, one.fps) << one.name;
-        EXPECT_EQ(group().video.projectFrameRate, one.project) << one.name;
-        EXPECT_EQ(group().video.offspeedConfidence, one.confidence) << one.name;
-    }
-    EXPECT_EQ(controller_->inferredProjectFrameRate(id()), 24);
-    open({group()});
-    EXPECT_EQ(controller_->inferredProjectFrameRate(id()), 24) << "without any other";
+TEST_F(EditingTest, anAssetMayLieInTheListThatLosesIt) {
+    controller_->removeAudioMatch(id(), group().audioMatches[1].id);
+    controller_->attachAudioToGroup(id(2), controller_->wildTracks()[0].audio);
+    EXPECT_EQ(group(2).primaryAudio()->filename, "two.wav");
+    EXPECT_EQ(group(2).audioMatches[0].overlapDurationSeconds, 0) << "the clip has no place";
+    EXPECT_TRUE(controller_->wildTracks().empty());
 }
 
 TEST_F(EditingTest, pickupsRunFromATakeToTheEndOfItsScene) {
@@ -385,6 +188,11 @@ TEST_F(EditingTest, filesToAttachAreThoseOfThePoolThatLieNowhere) {
     controller_->attachAudioToGroup(id(2), one);
     EXPECT_EQ(controller_->rawFilesMenuLabel(one), "one.wav  ·  also on 2 clips");
     EXPECT_EQ(controller_->clipNames(one.id), (std::vector<std::string>{"A.mov", "C.mov"}));
+    controller_->removeVideoFromSync(id());
+    EXPECT_EQ(controller_->rawFilesMenuLabel(one), "one.wav  ·  also on C.mov");
+    ASSERT_NE(controller_->audioInPool(unused.id), nullptr);
+    EXPECT_EQ(controller_->audioInPool(unused.id)->filename, "two.wav");
+    EXPECT_EQ(controller_->audioInPool(UUID::random()), nullptr);
 
     test::makeSmallShoot(folder_.path());
     scan(folder("camera"), folder("sound"));
@@ -430,18 +238,6 @@ TEST_F(EditingTest, storedWorkReplacesEverythingAndIsToldWhenItStands) {
     nudge();
     EXPECT_EQ(stepsToUndo(), 1);
     EXPECT_EQ(group().id, stored.id);
-}
-
-TEST_F(EditingTest, numbersThatAreNoneChangeNothing) {
-    const std::string before = toJSONArray(controller_->syncGroups()).dump();
-    controller_->adjustAudioOffset(id(), std::numeric_limits<double>::quiet_NaN());
-    controller_->setAudioAnchor(id(), std::numeric_limits<double>::infinity());
-    controller_->setMasterGain(id(), -std::numeric_limits<double>::infinity(), true);
-    controller_->setManualSensorFrameRate(id(), std::numeric_limits<double>::quiet_NaN());
-    EXPECT_EQ(toJSONArray(controller_->syncGroups()).dump(), before);
-    controller_->adjustAudioOffset(id(), 1e308);
-    controller_->adjustAudioOffset(id(), 1e308);
-    EXPECT_EQ(group().manualAudioOffsetSeconds, 1e308);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
+#include "MediaFactory/MovieMaker.h"
+#include "MediaFactory/SmallShoot.h"
 #include "OrvaneSyncApp/ControllerTest.h"
-#include "Support/Media/MovieMaker.h"
-#include "Support/Media/SmallShoot.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>

@@ -1,14 +1,8 @@
-#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/ControllerTest.h"
 
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "MediaFactory/SmallShoot.h"
 #include "Platform/Files.h"
-#include "Support/Media/SmallShoot.h"
-#include "Support/TemporaryDirectory.h"
-#include "Support/VirtualMainThread.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <exception>
 #include <filesystem>
 #include <string>
@@ -19,26 +13,14 @@ namespace {
 namespace fs = std::filesystem;
 
 /// A scanned shoot with one edited clip, and project files beside it.
-class ProjectTest : public testing::Test {
+class ProjectTest : public test::ControllerTest {
   protected:
     ProjectTest() {
-        registerStandardDefaults(*settings_);
         test::makeSmallShoot(folder_.path());
-        controller_ = make();
-        controller_->setVideoFolderURL(FileURL{folder_.path("camera")});
-        controller_->setAudioFolderURL(FileURL{folder_.path("sound")});
-        EXPECT_EQ(ended(controller_->startScan()), "");
+        scan(folder("camera"), folder("sound"));
         controller_->setManualClipName(clip().id, "Hero");
         controller_->adjustAudioOffset(clip().id, 0.5);
         controller_->toggleLocked(clip().id);
-    }
-
-    std::shared_ptr<ImportController> make() {
-        ImportController::Dependencies dependencies;
-        dependencies.mainThread = mainThread_;
-        dependencies.settings = settings_;
-        dependencies.clock = mainThread_->clock();
-        return ImportController::create(std::move(dependencies));
     }
 
     /// Waits for the end; what went wrong, or nothing.
@@ -55,18 +37,8 @@ class ProjectTest : public testing::Test {
         return how;
     }
 
-    const SyncGroup& clip() const {
-        const auto& groups = controller_->syncGroups();
-        return *std::find_if(groups.begin(), groups.end(), [](const SyncGroup& group) {
-            return group.video.filename.starts_with("A001C001");
-        });
-    }
+    const SyncGroup& clip() const { return *ControllerTest::clip("A001C001"); }
 
-    test::TemporaryDirectory folder_;
-    std::shared_ptr<test::VirtualMainThread> mainThread_ = std::make_shared<test::VirtualMainThread>();
-    std::shared_ptr<platform::MemorySettingsStore> settings_ =
-        std::make_shared<platform::MemorySettingsStore>();
-    std::shared_ptr<ImportController> controller_;
     const FileURL file_{folder_.path("day.orvanesync")};
 };
 
@@ -77,7 +49,7 @@ TEST_F(ProjectTest, aNewScanGetsTheEditsBack) {
     const UUID before = clip().id;
     controller_->togglePickup(before);
 
-    controller_ = make();
+    controller_ = make(nullptr);
     EXPECT_EQ(ended(controller_->loadProject(file_)), "");
     EXPECT_EQ(controller_->scanState(), ScanState::done);
     EXPECT_EQ(clip().manualClipName, "Hero");
@@ -107,7 +79,7 @@ TEST_F(ProjectTest, withAFolderGoneTheEditsWaitAndAreKept) {
     EXPECT_EQ(controller_->syncGroups().size(), clipsBefore); // as they were
     EXPECT_EQ(controller_->project().currentURL, file_);
 
-    controller_ = make();
+    controller_ = make(nullptr);
     EXPECT_EQ(ended(controller_->loadProject(file_)), "");
     EXPECT_TRUE(controller_->syncGroups().empty());
     controller_->saveProject(file_);
@@ -120,10 +92,82 @@ TEST_F(ProjectTest, withAFolderGoneTheEditsWaitAndAreKept) {
     EXPECT_EQ(ProjectService().load(file_).groups.size(), clipsBefore);
 }
 
+TEST_F(ProjectTest, entriesThatMetNoClipStayInTheFileUntilItTurnsUp) {
+    controller_->saveProject(file_);
+    const std::string saved = folder_.read("day.orvanesync"), video = clip().video.url.path;
+    const auto entry = [&](const FileURL& file) {
+        std::string texts;
+        for (const PersistedGroup& group : ProjectService().load(file).groups)
+            if (group.videoPath.path == video) texts += toJSON(group).dump();
+        return texts;
+    };
+    const std::string hero = entry(file_);
+    ASSERT_NE(hero.find("Hero"), std::string::npos);
+    const struct {
+        const char* name;
+        std::string gone, keptAs;
+        std::size_t clips;
+    } cards[] = {{"one of two cards", video, folder_.path("away"), 3},
+                 {"an empty card", folder_.path("camera"), folder_.path("card"), 0}};
+    for (const auto& card : cards) {
+        SCOPED_TRACE(card.name);
+        folder_.write("day.orvanesync", saved);
+        fs::rename(card.gone, card.keptAs);
+        fs::create_directories(folder_.path("camera"));
+        controller_ = make();
+        EXPECT_EQ(ended(controller_->loadProject(file_)), "");
+        EXPECT_EQ(controller_->syncGroups().size(), card.clips);
+        for (int time = 0; time < 2; ++time) {
+            controller_->saveProject(file_);
+            EXPECT_EQ(entry(file_), hero);
+            EXPECT_EQ(ProjectService().load(file_).groups.size(), 4U);
+        }
+        EXPECT_EQ(ended(controller_->startScan()), "");
+        controller_->saveProject(file_);
+        EXPECT_EQ(entry(file_), hero) << "a scan that does not find it either";
+
+        if (card.clips == 0) fs::remove(folder_.path("camera"));
+        fs::rename(card.keptAs, card.gone);
+        EXPECT_EQ(ended(controller_->startScan()), "");
+        EXPECT_EQ(clip().manualClipName, "Hero");
+        controller_->setManualClipName(clip().id, "Changed");
+        controller_->saveProject(file_);
+        EXPECT_NE(entry(file_).find("Changed"), std::string::npos);
+        EXPECT_EQ(ProjectService().load(file_).groups.size(), 4U);
+    }
+    // Another project, and none at all.
+    fs::remove(video);
+    EXPECT_EQ(ended(controller_->loadProject(file_)), "");
+    auto other = ProjectService().load(file_);
+    std::erase_if(other.groups, [&](const PersistedGroup& group) { return group.videoPath.path == video; });
+    const FileURL otherFile{folder_.path("other.orvanesync")};
+    ProjectService().save(other, otherFile);
+    EXPECT_EQ(ended(controller_->loadProject(otherFile)), "");
+    controller_->saveProject(otherFile);
+    EXPECT_EQ(entry(otherFile), "");
+    EXPECT_EQ(ended(controller_->loadProject(file_)), "");
+    controller_->reset();
+    controller_->saveProject(otherFile);
+    EXPECT_TRUE(ProjectService().load(otherFile).groups.empty());
+}
+
+TEST_F(ProjectTest, aScanThatFindsNothingLeavesTheClipsAndLaysTheEditsOverThem) {
+    controller_->saveProject(file_);
+    controller_->setManualClipName(clip().id, "Other");
+    fs::rename(folder_.path("camera"), folder_.path("card1"));
+    fs::rename(folder_.path("sound"), folder_.path("card2"));
+    fs::create_directories(folder_.path("camera"));
+    fs::create_directories(folder_.path("sound"));
+    EXPECT_EQ(ended(controller_->loadProject(file_)), "");
+    EXPECT_EQ(controller_->syncGroups().size(), 4U);
+    EXPECT_EQ(clip().manualClipName, "Hero");
+}
+
 TEST_F(ProjectTest, whatCannotBeOpenedChangesNothing) {
     controller_->saveProject(file_);
     const std::string bad = folder_.write("bad.orvanesync", "{\"version\": 2}");
     EXPECT_EQ(ended(controller_->loadProject({bad})), "Project version 2 is not supported (current: 1)");
+    EXPECT_EQ(folder_.read("bad.orvanesync"), "{\"version\": 2}");
     EXPECT_NE(ended(controller_->loadProject({folder_.path("none")})), "");
     EXPECT_EQ(controller_->project().currentURL, file_);
     EXPECT_EQ(clip().manualClipName, "Hero");
@@ -144,7 +188,7 @@ TEST_F(ProjectTest, whatCannotBeOpenedChangesNothing) {
 
 TEST_F(ProjectTest, aResetWhileItScansLeavesNothingOfIt) {
     controller_->saveProject(file_);
-    controller_ = make();
+    controller_ = make(nullptr);
     const auto loading = controller_->loadProject(file_);
     controller_->reset();
     EXPECT_EQ(ended(loading), "");

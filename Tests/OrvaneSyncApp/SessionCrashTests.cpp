@@ -31,6 +31,7 @@ constexpr const char* inProcessOfItsOwn = "ORVANE_TEST_KILLS_WRITERS";
 struct Progress {
     std::atomic<int> begun = 0;              ///< the newest state it may have written
     std::atomic<int> done = 0;               ///< the newest state that it was told is on the disk
+    std::atomic<int> decided = 0;            ///< the newest name or place that it gave the session
     std::atomic<useconds_t> saveTook = 1000; ///< microseconds, the last one
 };
 
@@ -60,22 +61,42 @@ SyncGroupList state(const std::string& writer, int number) {
     return groups;
 }
 
+/// Saves, with an autosave in between, and decides the session's name, or, as the second of two, its place.
 /// Never returns: somebody kills it.
 void writeForEver(const std::string& folder, const UUID& id, const std::string& writer, Progress& progress) {
     const Work work(folder);
     work.manager->load(id, *work.controller);
+    work.manager->start(work.controller);
     for (int number = progress.begun + 1;; ++number) {
         progress.begun = number;
         const auto start = std::chrono::steady_clock::now();
         work.controller->openStoredWork({FileURL{"/media"}, {}, state(writer, number)});
-        work.finish(work.manager->save(*work.controller));
+        work.manager->save(*work.controller);
+        work.finish(work.manager->flush());
         progress.done = number;
         progress.saveTook = static_cast<useconds_t>(
             std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start)
                 .count());
-        if (number % 3 == 0) work.manager->rename(id, "Day " + std::to_string(number));
+        if (number % 3 == 0) {
+            if (writer == "two")
+                work.manager->setFolder(id, std::to_string(number));
+            else
+                work.manager->rename(id, std::to_string(number));
+            progress.decided = number;
+        }
         if (number % 4 == 0) work.manager->setMetadataPrefix(writer, std::to_string(number));
     }
+}
+
+/// What one decides the other leaves as it is.
+void expectDecisions(const SessionInfo& info, const Progress* writers, std::size_t count) {
+    const auto number = [](const std::string& text) {
+        return text.find_first_not_of("0123456789") == std::string::npos && !text.empty() ? std::stoi(text)
+                                                                                          : 0;
+    };
+    EXPECT_GE(number(info.name), writers[0].decided);
+    if (count < 2) return;
+    EXPECT_GE(number(info.folder.value_or("")), writers[1].decided);
 }
 
 /// The state that all clips of the session are of.
@@ -84,7 +105,7 @@ std::string readState(const std::string& folder, const UUID& id) {
     const auto sessions = store.list();
     EXPECT_EQ(sessions.size(), 1U);
     for (const SessionInfo& info : sessions) EXPECT_EQ(info.groupCount, clips);
-    EXPECT_TRUE(store.readFolders(id).has_value());
+    EXPECT_TRUE(store.readFolders(id).record.has_value());
     const auto read = store.readGroups(id);
     EXPECT_EQ(read.problem, std::nullopt);
     EXPECT_EQ(read.groups.size(), static_cast<std::size_t>(clips));
@@ -131,6 +152,8 @@ void killWriters(const std::vector<std::string>& writers, int times, unsigned se
             ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << "a writer failed by itself";
         }
         const std::string found = readState(folder.path(), id);
+        if (testing::Test::HasFailure()) return;
+        expectDecisions(SessionStore(folder.path()).list().front(), progress, writers.size());
         ASSERT_NE(found, "") << "after " << kill << " kills";
         if (writers.size() > 1) continue;
         const int number = std::stoi(found.substr(found.find(':') + 1));

@@ -181,13 +181,29 @@ TEST_F(SessionManagerTest, savesAfterChangesByTheTimerAndWhenLeft) {
     EXPECT_TRUE(saves([&] { manager_->becomeActive(); }));
     EXPECT_TRUE(saves([&] { mainThread_->advance(5s); }));
     flush();
-    // Work that is left behind does not empty its session.
+    // Work that is left behind does not empty its session; the editor does.
     EXPECT_FALSE(saves([&] {
         controller_->reset();
         mainThread_->advance(20s);
     }));
     flush();
     EXPECT_EQ(onDisk(id).groups.size(), 2U);
+    bringClips(1);
+    const auto takeOut = [&] {
+        controller_->withUndo(
+            {"Take out"}, [&] { controller_->removeVideoFromSync(controller_->syncGroups().front().id); });
+    };
+    takeOut();
+    flush();
+    EXPECT_TRUE(onDisk(id).file && onDisk(id).groups.empty());
+    controller_->undo();
+    flush();
+    EXPECT_EQ(onDisk(id).groups.size(), 1U);
+    takeOut();
+    controller_->reset();
+    mainThread_->advance(20s);
+    flush();
+    EXPECT_EQ(onDisk(id).groups.size(), 1U);
 }
 
 TEST_F(SessionManagerTest, theNewestSaveWinsAndNoneIsLostToAnother) {
@@ -343,16 +359,33 @@ TEST_F(SessionManagerTest, aWriteThatFailsShowsAndIsTriedAgain) {
     };
     for (const Obstacle& obstacle : obstacles) {
         SCOPED_TRACE(obstacle.name);
+        const auto isOnDisk = [&] {
+            const SessionInfo info = SessionStore(folder_.path()).list().front();
+            return info.name == obstacle.name && info.folder == obstacle.name &&
+                   onDisk(id).groups.front().isApproved == controller_->syncGroups().front().isApproved;
+        };
         obstacle.put();
+        manager_->rename(id, obstacle.name);
+        EXPECT_TRUE(manager_->lastSaveError());
+        manager_->setFolder(id, obstacle.name);
         approveFirst();
         flush();
         ASSERT_TRUE(manager_->lastSaveError());
         EXPECT_NE(manager_->lastSaveError()->find("session.json: "), std::string::npos);
+        // What is on no disk yet is still known.
+        manager_->loadSessionList();
+        ASSERT_NE(manager_->session(id), nullptr);
+        EXPECT_EQ(manager_->session(id)->name, obstacle.name);
+        // Another session is no reason to forget it.
+        manager_->newSession(*controller_);
+        flush();
+        EXPECT_TRUE(manager_->lastSaveError());
         obstacle.take();
         mainThread_->advance(5s);
-        flush();
-        EXPECT_EQ(manager_->lastSaveError(), std::nullopt);
-        EXPECT_EQ(onDisk(id).groups.front().isApproved, controller_->syncGroups().front().isApproved);
+        ASSERT_TRUE(mainThread_->waitUntil([&] { return !manager_->lastSaveError(); }));
+        manager_->deleteSession(*manager_->currentSessionId());
+        manager_->load(id, *controller_);
+        EXPECT_TRUE(isOnDisk());
     }
     fs::remove_all(place); // gone altogether: it is made anew, with everything
     mainThread_->advance(5s);
@@ -375,6 +408,22 @@ TEST_F(SessionManagerTest, twoProgramsKeepBothSidesWork) {
     flush();
     EXPECT_EQ(onDisk(id).groups.front().manualClipName, "theirs");
     EXPECT_EQ(names(id).size(), 3U);
+    // Nor do we undo what they decided of its name and its place; decisions of both sides stand together.
+    const auto recordOnDisk = [&] {
+        flush();
+        const SessionInfo info = SessionStore(folder_.path()).list().front();
+        return std::tuple(info.name, info.folder.value_or(""), info.nameAutoDerived);
+    };
+    theirs->rename(id, "Their name");
+    mainThread_->advance(20s);
+    EXPECT_EQ(recordOnDisk(), std::tuple("Their name", "", false));
+    manager_->setFolder(id, "Our folder");
+    EXPECT_EQ(recordOnDisk(), std::tuple("Their name", "Our folder", false));
+    EXPECT_EQ(manager_->session(id)->name, "Their name");
+    finish(theirs->save(*theirController));
+    EXPECT_EQ(recordOnDisk(), std::tuple("Their name", "Our folder", false));
+    EXPECT_EQ(theirs->session(id)->folder, "Our folder");
+    manager_->setFolder(id, {});
     // Whoever writes, what stood there is kept, and nothing that was kept before gives way to it.
     std::vector<std::string> kept{"groups.json.other"};
     for (int turn = 2; turn < 5; ++turn) {
@@ -407,6 +456,11 @@ TEST_F(SessionManagerTest, twoProgramsKeepBothSidesWork) {
     approveFirst();
     flush();
     EXPECT_EQ(onDisk(id).groups.size(), 2U);
+    newSession();
+    theirs->deleteSession(id);
+    manager_->rename(id, "Nobody's"); // of one that nobody has open nothing is left
+    EXPECT_EQ(manager_->session(id), nullptr);
+    EXPECT_EQ(manager_->lastSaveError(), std::nullopt);
 }
 
 TEST_F(SessionManagerTest, listsWhatCanBeReadNewestFirst) {
@@ -506,8 +560,69 @@ TEST_F(SessionManagerTest, theListOfFoldersSurvivesWhatIsInItsPlace) {
     EXPECT_TRUE(manager->lastSaveError()->starts_with("folders.json: "));
     fs::remove_all(folder_.path("folders.json"));
     fs::rename(folder_.path("aside"), folder_.path("folders.json"));
-    EXPECT_TRUE(manager->createFolder("e"));
-    EXPECT_EQ(makeManager()->folderNames(), (std::vector<std::string>{"c", "d", "e"}));
+    finish(manager->flush());
+    EXPECT_EQ(manager->lastSaveError(), std::nullopt);
+    EXPECT_EQ(makeManager()->folderNames(), (std::vector<std::string>{"c", "d"}));
+}
+
+TEST_F(SessionManagerTest, recordsThatCannotBeReadAreToldOfAndNotReplacedByGuesses) {
+    manager_->start(controller_);
+    const UUID id = newSession();
+    bringClips(2);
+    flush();
+    const auto reopen = [&](const char* record, const std::string& text) {
+        folder_.write(file(id, record), text);
+        manager_ = makeManager();
+        manager_->start(controller_);
+        manager_->load(id, *controller_);
+        mainThread_->advance(6s);
+        approveFirst();
+        flush();
+    };
+    // Nobody has chosen folders since: what stands there stays, and so does the name that came of them.
+    reopen("folders.json", "{\"videoFolder\": ");
+    EXPECT_EQ(folder_.read(file(id, "folders.json")), "{\"videoFolder\": ");
+    EXPECT_EQ(manager_->session(id)->name, "Day 1");
+    ASSERT_TRUE(manager_->problem());
+    EXPECT_NE(manager_->problem()->find("media folders of this session can't be read"), std::string::npos);
+    controller_->setVideoFolderURL(FileURL{"/media/Day 2"});
+    flush();
+    EXPECT_EQ(folder_.read(file(id, "folders.json.unreadable")), "{\"videoFolder\": ");
+    EXPECT_EQ(manager_->session(id)->name, "Day 2");
+
+    reopen("session.json", "[]");
+    ASSERT_TRUE(manager_->problem());
+    EXPECT_NE(manager_->problem()->find("record of a session can't be read"), std::string::npos);
+    EXPECT_EQ(folder_.read(file(id, "session.json.unreadable")), "[]");
+    EXPECT_EQ(SessionStore(folder_.path()).list().front().groupCount, 2);
+
+    // Of another platform: held for as long as the path is that of the folder.
+    reopen("folders.json",
+           R"({"videoFolder":"/v","videoBookmark":"AAEC","audioFolder":"/a","audioBookmark":"AwQF"})");
+    controller_->setAudioFolderURL(FileURL{"/b"});
+    flush();
+    const SessionFolders folders = *SessionStore(folder_.path()).readFolders(id).record;
+    EXPECT_EQ(folders.videoBookmark, std::string("\0\1\2", 3));
+    EXPECT_EQ(folders.audioBookmark, std::nullopt);
+
+    // What a later version has added is kept once; what merely looks different is not.
+    fs::remove(folder_.path(file(id, "session.json.unreadable")));
+    fs::remove(folder_.path(file(id, "folders.json.unreadable")));
+    std::string clips = folder_.read(file(id, "groups.json"));
+    reopen("groups.json", " " + clips);
+    EXPECT_EQ(names(id).size(), 3U);
+    const auto withKey = [](std::string text, const char* key) {
+        return text.insert(text.find('{') + 1, std::string("\"") + key + "\": [1], \"empty\": null,");
+    };
+    reopen("session.json", withKey(folder_.read(file(id, "session.json")), "future"));
+    EXPECT_NE(folder_.read(file(id, "session.json.other")).find("future"), std::string::npos);
+    reopen("groups.json", withKey(folder_.read(file(id, "groups.json")), "future"));
+    EXPECT_NE(folder_.read(file(id, "groups.json.other")).find("future"), std::string::npos);
+    ASSERT_TRUE(manager_->problem());
+    EXPECT_NE(manager_->problem()->find("does not know"), std::string::npos);
+    approveFirst();
+    flush();
+    EXPECT_EQ(names(id).size(), 5U);
 }
 
 TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {

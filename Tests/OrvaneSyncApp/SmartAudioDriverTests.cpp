@@ -1,8 +1,8 @@
+#include "MediaFactory/MovieMaker.h"
+#include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncApp/ControllerTest.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
-#include "Support/Media/MovieMaker.h"
-#include "Support/Media/WaveMaker.h"
 
 #include <algorithm>
 #include <cmath>

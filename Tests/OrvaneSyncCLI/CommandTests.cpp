@@ -1,13 +1,13 @@
 #include "OrvaneSyncCLI/RunCommand.h"
 
+#include "MediaFactory/LTCSignal.h"
+#include "MediaFactory/MovieMaker.h"
+#include "MediaFactory/SmallShoot.h"
+#include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCLI/ChannelStrip.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "Platform/JSON.h"
-#include "Support/Media/LTCSignal.h"
-#include "Support/Media/MovieMaker.h"
-#include "Support/Media/SmallShoot.h"
-#include "Support/Media/WaveMaker.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
@@ -389,21 +389,16 @@ TEST_F(ShootTest, reportShowsWhatAMergeWouldTake) {
 TEST_F(ShootTest, aReportThatCanGiveTheClipsNothingSaysWhy) {
     const std::string padded = folder_.write("padded.csv", "Day 1;;\nName;Scene;\nA;1;\n");
     const std::string bare = folder_.write("bare.csv", "Name,Scene\n");
-    const struct {
-        std::vector<std::string> words;
-        const char* says;
-    } cases[] = {
-        {{"report", padded}, "no column 'Name'; its columns are 'Day 1', (no name), (no name). "},
-        {{"scan", folder_.path(), "--report", padded}, "no column 'Name'; its columns are 'Day 1', "},
-        {{"report", bare}, "no rows"},
-        {{"report", bare, "--set", "ale.matchField=column", "--set", "ale.matchColumn=Tape"},
-         "no column 'Tape'; its columns are 'Name', 'Scene'. The setting ale.matchColumn"},
-    };
-    for (const auto& c : cases) {
-        const Outcome outcome = runWith(c.words);
+    const auto check = [&](const std::vector<std::string>& words, const char* says) {
+        const Outcome outcome = runWith(words);
         EXPECT_EQ(outcome.status, done);
-        EXPECT_NE(outcome.err.find(c.says), std::string::npos) << outcome.err;
-    }
+        EXPECT_NE(outcome.err.find(says), std::string::npos) << outcome.err;
+    };
+    check({"report", padded}, "no column 'Name'; its columns are 'Day 1', (no name), (no name). ");
+    check({"scan", folder_.path(), "--report", padded}, "no column 'Name'; its columns are 'Day 1', ");
+    check({"report", bare}, "no rows");
+    check({"report", bare, "--set", "ale.matchField=column", "--set", "ale.matchColumn=Tape"},
+          "no column 'Tape'; its columns are 'Name', 'Scene'. The setting ale.matchColumn");
 }
 
 TEST_F(ShootTest, analyzeTellsMicrophonesApartAndDrawsTheTake) {

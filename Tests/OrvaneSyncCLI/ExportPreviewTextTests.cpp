@@ -12,33 +12,22 @@ TEST(ExportPreviewText, SaysWhatHelps) {
     const SyncGroup nine = clip(video("a.mov"), slated(audio("a.wav"), "9", "1"));
     const SyncGroup ten = clip(video("b.mov"), slated(audio("b.wav"), "10\n", "1"));
     const SyncGroup none = clip(video("c.mov"), audio("c.wav"));
-    const struct {
-        SyncGroupList groups;
-        bool isSplit, isNameChosen, isOneAnalysed;
-        const char* text;
-    } cases[] = {
-        {{none}, false, false, false, ""},
-        {{nine, ten}, false, true, false, ""},
-        {{nine, ten, none},
-         false,
-         false,
-         false,
-         "The event is called 'Synced'; after its scenes it would be --event 'Scenes 9-10\xEF\xBF\xBD'.\n"},
-        {{nine, ten, none}, true, false, false, "By their scenes the clips call for 3 events.\n"},
-        {{none, nine},
-         true,
-         false,
-         true,
-         "By their scenes the clips call for 2 events.\n1 clips have not been analyzed for Smart Audio — "
-         "their audio "
-         "settings won’t be applied in this export.\n"},
-    };
-    for (const auto& c : cases) {
+    const auto check = [&](const SyncGroupList& groups, bool isSplit, bool isNameChosen, bool isOneAnalysed,
+                           const char* text) {
         ExportSettings settings;
-        settings.splitEventsByScene = c.isSplit;
-        if (c.isOneAnalysed) settings.smartAudioResults[none.id] = {};
-        EXPECT_EQ(exportPreviewText(c.groups, settings, c.isNameChosen, c.isOneAnalysed), c.text);
-    }
+        settings.splitEventsByScene = isSplit;
+        if (isOneAnalysed) settings.smartAudioResults[none.id] = {};
+        EXPECT_EQ(exportPreviewText(groups, settings, isNameChosen, isOneAnalysed), text);
+    };
+    check({none}, false, false, false, "");
+    check({nine, ten}, false, true, false, "");
+    check({nine, ten, none}, false, false, false,
+          "The event is called 'Synced'; after its scenes it would be --event 'Scenes 9-10\xEF\xBF\xBD'.\n");
+    check({nine, ten, none}, true, false, false, "By their scenes the clips call for 3 events.\n");
+    check({none, nine}, true, false, true,
+          "By their scenes the clips call for 2 events.\n1 clips have not been analyzed for Smart Audio — "
+          "their audio "
+          "settings won’t be applied in this export.\n");
 }
 
 } // namespace

@@ -1,8 +1,10 @@
 #include "OrvaneSyncCLI/Command.h"
 
+#include "MediaFactory/SmallShoot.h"
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
+#include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
 #include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
-#include "Support/Media/SmallShoot.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/VirtualMainThread.h"
 
@@ -88,6 +90,15 @@ TEST_F(KeptWork, sessionsAreListedShownExportedAndDeleted) {
     EXPECT_NE(folder_.read("out.fcpxml").find("event name=\"Of the folder\""), std::string::npos);
     run({"session", "export", "camera", "-o", output_, "--set", "eventName=Mine"});
     EXPECT_NE(folder_.read("out.fcpxml").find("event name=\"Mine\""), std::string::npos);
+
+    SessionStore(AppStorageHelper::sessionsDirectory()).changeFolderInfos({}, [](auto& folders) {
+        folders.front().activeSettingsSnapshot = "nonsense";
+    });
+    const Outcome unset = run({"session", "export", "camera", "-o", output_, "--json"});
+    EXPECT_EQ(unset.status, done);
+    EXPECT_TRUE(unset.err.starts_with("warning: the settings of the folder 'Dreh' can't be read"))
+        << unset.err;
+    EXPECT_NE(JSON::parse(unset.out).find("warnings")->dump().find("folder 'Dreh'"), std::string::npos);
 
     const std::string clips = "data/Orvane Tandrel/Sessions/" + session_ + ".orvanesync/groups.json";
     const std::string good = folder_.read(clips);

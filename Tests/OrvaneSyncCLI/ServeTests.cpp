@@ -1,9 +1,11 @@
+#include "MediaFactory/SmallShoot.h"
+#include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCLI/Serve/Desk.h"
 #include "OrvaneSyncCLI/Serve/Methods.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 #include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
 #include "Platform/Files.h"
-#include "Support/Media/SmallShoot.h"
+#include "Support/Assets.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
@@ -90,7 +92,6 @@ class ServeTest : public testing::Test {
 
 TEST_F(ServeTest, scansEditsTakesBackAndExports) {
     scan();
-    const std::string other = R"("33333333-3333-4333-8333-333333333333")";
     struct Case {
         std::string method, more; ///< arguments beside the clip's
         std::string field;
@@ -123,14 +124,7 @@ TEST_F(ServeTest, scansEditsTakesBackAndExports) {
     EXPECT_EQ(first("isLocked").dump(), "false");
     call("redo");
     EXPECT_EQ(first("isLocked").dump(), "true");
-    // A clip that nobody knows: an operation does nothing, a question fails.
-    call("undo");
-    const std::string canRedo = call("undoState").dump();
-    EXPECT_TRUE(call("toggleApproved", R"({"groupID":)" + other + "}").isNull());
-    EXPECT_TRUE(call("removeAudioMatch", onFirst(R"(,"matchID":)" + other)).isNull());
-    EXPECT_TRUE(call("renameWildTrack", R"({"to":"x","id":)" + other + "}").isNull());
-    EXPECT_EQ(call("undoState").dump(), canRedo);
-    EXPECT_EQ(failure("group", R"({"groupID":)" + other + "}"), "1 Group not found");
+    EXPECT_TRUE(call("setManualSensorFrameRate", onFirst(R"(,"fps":50)")).isNull()); // it is locked
 
     const JSON written =
         call("exportFCPXML", R"({"output":")" + folder_.path("out.fcpxml") + R"(","eventName":"Served"})");
@@ -146,8 +140,16 @@ TEST_F(ServeTest, scansEditsTakesBackAndExports) {
 }
 
 TEST_F(ServeTest, aMistakeChangesNothing) {
+    call("newSession");
     scan();
-    const std::string before = call("state").find("syncGroups")->dump();
+    call("toggleApproved", onFirst());
+    call("undo");
+    const auto everything = [&] {
+        return call("state").dump() + call("undoState").dump() + call("sessions").dump() +
+               call("sessionState").dump();
+    };
+    const std::string before = everything();
+    const std::string nobody = R"("33333333-3333-4333-8333-333333333333")";
     const std::string sound = folder_.path("sound") + "/DAY1_T01.WAV";
     struct Case {
         std::string method, params, failure;
@@ -166,6 +168,10 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
         {"lockAllInCluster", R"({"source":"luck","of":")" + groupID_ + "\"}",
          "-32602 lockAllInCluster: there is no source 'luck'"},
         {"saveProject", R"({"path":""})", "-32602 saveProject: path is empty"},
+        {"saveProject", R"({"path":"/tmp/a\u0000b"})", "-32602 saveProject: path holds a NUL character"},
+        {"setFolders", R"({"videoFolder":null,"audioFolder":"/a\u0000b"})",
+         "-32602 setFolders: audioFolder holds a NUL character"},
+        {"exportFCPXML", R"({"output":""})", "-32602 exportFCPXML: output is empty"},
         {"loadProject", R"({"path":"/no/where"})",
          "1 can't read the file '/no/where': No such file or directory"},
         {"exportFCPXML", R"({"output":")" + sound + "\"}",
@@ -174,7 +180,84 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
          "-32602 the setting 'trimMode' takes one of common, video, none; not 'longest'"},
     };
     for (const Case& test : cases) EXPECT_EQ(failure(test.method, test.params), test.failure);
-    EXPECT_TRUE(call("state").find("syncGroups")->dump() == before);
+
+    const std::string ofFirst = R"("groupID":")" + groupID_ + "\"";
+    const struct {
+        std::string failure;
+        std::vector<std::pair<std::string, std::string>> calls; ///< arguments beside the unknown identifier
+    } unknown[] = {
+        {"1 Group not found",
+         {{"group", R"("groupID":)"},
+          {"toggleApproved", R"("groupID":)"},
+          {"adjustAudioOffset", R"("deltaSeconds":1,"groupID":)"},
+          {"setSyncMethod", R"("method":"clap","groupID":)"},
+          {"lockAllInCluster", R"("of":)"},
+          {"soloTrackActive", R"("trackIndex":1,"groupID":)"},
+          {"addBlockOverride", R"("startSeconds":0,"endSeconds":1,"trackIndex":1,"groupID":)"},
+          {"chooseAndAttachAudio", R"("path":")" + sound + R"(","groupID":)"},
+          {"runSmartAudioForGroup", R"("forceOverwriteManualTracks":false,"groupID":)"},
+          {"clearALEMetadata", R"("groupID":)"},
+          {"exportSingleClip", R"("output":")" + folder_.path("none.fcpxml") + R"(","groupID":)"}}},
+        {"1 Audio match not found", {{"removeAudioMatch", ofFirst + R"(,"matchID":)"}}},
+        {"1 Range override not found", {{"removeBlockOverride", ofFirst + R"(,"overrideID":)"}}},
+        {"1 Wild track not found",
+         {{"renameWildTrack", R"("to":"x","id":)"}, {"toggleWildTrackApproved", R"("id":)"}}},
+        {"1 Session not found",
+         {{"loadSession", R"("sessionId":)"},
+          {"renameSession", R"("name":"x","sessionId":)"},
+          {"setSessionFolder", R"("folder":"x","sessionId":)"},
+          {"suggestedSessionName", R"("sessionId":)"},
+          {"deleteSession", R"("sessionId":)"}}},
+    };
+    for (const auto& [why, calls] : unknown)
+        for (const auto& [method, params] : calls)
+            EXPECT_EQ(failure(method, "{" + params + nobody + "}"), why) << method;
+    EXPECT_TRUE(everything() == before); // what was taken back can still be brought back
+}
+
+TEST_F(ServeTest, aFolderIsNamedLeftOrTakenAway) {
+    scan();
+    call("setFolders", R"({"audioFolder":null})");
+    EXPECT_EQ(desk_.controller->videoFolderURL(), FileURL{folder_.path("camera")});
+    EXPECT_EQ(desk_.controller->audioFolderURL(), std::nullopt);
+}
+
+TEST_F(ServeTest, anEditAnswersWhenTheClipHasBeenAnalysedAgain) {
+    MediaAsset sound = test::audio("short.wav");
+    sound.url = {folder_.write("short.wav", "")};
+    sound.channelCount = 2;
+    test::WaveMaker()
+        .format({.channels = 2, .sampleRate = 8000, .samples = test::SampleFormat::pcm16})
+        .samples(std::vector<float>(std::size_t{2} * 8000 * 4, 0.25F))
+        .writeTo(sound.url.path);
+    const SyncGroup clip = test::clip(test::video("A.mov"), sound);
+    groupID_ = clip.id.text();
+    desk_.controller->openStoredWork({{}, {}, SyncGroupList{clip}});
+    call("runSmartAudioForGroup", onFirst(R"(,"forceOverwriteManualTracks":false)"));
+    const auto tracks = [&] {
+        std::string text;
+        const JSON result = call("smartAudioResult", onFirst());
+        for (const JSON& block : *result.find("blocks")->elements())
+            text += block.find("activeTrack")->dump();
+        return text;
+    };
+    const std::string heard = tracks();
+    const std::pair<const char*, std::string> edits[] = {
+        {"addBlockOverride", onFirst(R"(,"startSeconds":0,"endSeconds":1000,"trackIndex":9)")},
+        {"toggleTrackActive", onFirst(R"(,"trackIndex":1)")},
+        {"toggleAlgorithmInclusion", onFirst(R"(,"trackIndex":1)")},
+        {"resetAllClipsToAutoSync", "{}"},
+    };
+    for (const auto& [method, params] : edits) {
+        call(method, params);
+        EXPECT_FALSE(desk_.controller->smartAudio().isAnalyzing) << method;
+        EXPECT_EQ(tracks(), "9") << method;
+    }
+    const std::string range = first("manualBlockOverrides").elements()->front().find("id")->dump();
+    call("toggleAlgorithmInclusion", onFirst(R"(,"trackIndex":1)"));
+    call("removeBlockOverride", onFirst(R"(,"overrideID":)" + range));
+    EXPECT_EQ(tracks(), heard);
+    EXPECT_NE(heard, "9");
 }
 
 TEST_F(ServeTest, keepsSessionsAndSettings) {
@@ -188,12 +271,18 @@ TEST_F(ServeTest, keepsSessionsAndSettings) {
     EXPECT_TRUE(call("state").find("syncGroups")->elements()->empty());
     call("loadSession", R"({"sessionId":")" + id + "\"}");
     EXPECT_EQ(first("isApproved").dump(), "true");
+    call("newSession");
+    const std::string clips = work_.path("Orvane Tandrel/Sessions/" + id + ".orvanesync/groups.json");
+    std::ofstream(clips, std::ios::app) << "]";
+    EXPECT_TRUE(call("loadSession", R"({"sessionId":")" + id + "\"}").isNull());
+    EXPECT_TRUE(call("state").find("syncGroups")->elements()->empty());
+    EXPECT_NE(call("sessionState").find("problem")->string()->find("can't be read"), std::string::npos);
     EXPECT_EQ(call("createFolder", R"({"name":"Dreh"})").dump(), "true");
     call("setSessionFolder", R"({"sessionId":")" + id + R"(","folder":"Dreh"})");
     EXPECT_EQ(call("suggestedSessionName", R"({"sessionId":")" + id + "\"}").dump(), "\"Dreh DT 001\"");
     EXPECT_EQ(call("folderNames").dump(), "[\"Dreh\"]");
     call("deleteSession", R"({"sessionId":")" + id + "\"}");
-    EXPECT_TRUE(call("sessions").elements()->empty());
+    EXPECT_EQ(call("sessions").dump().find(id), std::string::npos);
 
     EXPECT_EQ(call("setting", R"({"key":"eventName"})").dump(), "\"Synced\"");
     call("setSetting", R"({"key":"eventName","value":"Day 1"})");

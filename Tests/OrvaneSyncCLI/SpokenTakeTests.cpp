@@ -1,8 +1,8 @@
 #include "OrvaneSyncCLI/RunCommand.h"
 
+#include "MediaFactory/MovieMaker.h"
+#include "MediaFactory/WaveMaker.h"
 #include "Platform/AudioFile.h"
-#include "Support/Media/MovieMaker.h"
-#include "Support/Media/WaveMaker.h"
 
 #include <gtest/gtest.h>
 

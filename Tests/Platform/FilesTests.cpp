@@ -117,21 +117,16 @@ TEST(Files, standardizedPaths) {
     const TemporaryDirectory folder;
     folder.write("real/sub/file", "");
     fs::create_directory_symlink(folder.path("real/sub"), folder.path("jump"));
-    struct Case {
-        const char* name;
-        const char* from;
-        const char* to;
+    const auto check = [&](const char* name, const char* from, const char* to) {
+        EXPECT_EQ(files::standardized(folder.path(from)), folder.path(to)) << name;
     };
-    for (const Case& test : {
-             Case{"dots", "real/./sub//../sub/file", "real/sub/file"},
-             Case{"a slash at the end", "real/sub/", "real/sub"},
-             Case{"the folder above a link is that of its target", "jump/../x", "real/x"},
-             Case{"links among the folders", "jump/file", "real/sub/file"},
-             Case{"a link at the end stays", "jump", "jump"},
-             Case{"what is not there", "absent/a/../b", "absent/b"},
-             Case{"a folder above at the end", "real/sub/..", "real"},
-         })
-        EXPECT_EQ(files::standardized(folder.path(test.from)), folder.path(test.to)) << test.name;
+    check("dots", "real/./sub//../sub/file", "real/sub/file");
+    check("a slash at the end", "real/sub/", "real/sub");
+    check("the folder above a link is that of its target", "jump/../x", "real/x");
+    check("links among the folders", "jump/file", "real/sub/file");
+    check("a link at the end stays", "jump", "jump");
+    check("what is not there", "absent/a/../b", "absent/b");
+    check("a folder above at the end", "real/sub/..", "real");
     EXPECT_EQ(files::standardized("/"), "/");
     EXPECT_EQ(files::standardized("/.."), "/");
     EXPECT_EQ(files::standardized("x"), fs::current_path().string() + "/x");

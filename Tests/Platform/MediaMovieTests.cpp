@@ -1,5 +1,5 @@
+#include "MediaFactory/MediaFactory.h"
 #include "Platform/MediaInspectionText.h"
-#include "Support/MediaFactory.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
@@ -223,45 +223,40 @@ TEST(MediaMovie, readsMetadataInFileOrder) {
     };
     const std::string freeForm = atom("----", fullAtom("mean", "com.acme") + fullAtom("name", "projectFPS") +
                                                   atom("data", be32(1) + be32(0) + "24"));
-    struct {
-        const char* name;
-        MovieMaker maker;
-        const char* expected;
-    } const cases[] = {
-        {"keys, in order",
-         MovieMaker()
-             .metadata("com.apple.quicktime.creationdate", "2024-03-09T10:00:00+0100")
-             .metadata("com.acme.sensorFPS", std::int64_t{120})
-             .metadata("projectFPS", 23.976)
-             .metadata("neg", std::int64_t{-5}),
-         "com.apple.quicktime.creationdate(creationDate)='2024-03-09T10:00:00+0100' com.acme.sensorFPS=120 "
-         "projectFPS=23.976 neg=-5 "},
-        {"a list of the other kind", MovieMaker().listItem(dayKey, "2024").listItem("desc", "x"),
-         "\xC2\xA9"
-         "day(creationDate)='2024' desc='x' "},
-        {"texts of the user data",
-         MovieMaker().userData(dayKey, "2024-03-09").userData("\xA9nam", "caf\x8E", 0),
-         "\xC2\xA9"
-         "day(creationDate)='2024-03-09' \xC2\xA9nam='caf\xC3\xA9' "},
-        {"UTF-16 by its mark", MovieMaker().userData("\xA9nam", "\xFE\xFF\0A\0B"s), "\xC2\xA9nam='AB' "},
-        {"a text that claims too much",
-         MovieMaker().userDataAtom(atom("\xA9nam", be16(99) + be16(0x55C4) + "abc")), "\xC2\xA9nam='abc' "},
-        {"3GPP", MovieMaker().userDataAtom(fullAtom("titl", be16(0x15C7) + "Take\0"s)), "titl='Take' "},
-        {"free form",
-         MovieMaker().userDataAtom(
-             atom("meta", be32(0) + fullAtom("hdlr", field("", 20)) + atom("ilst", freeForm))),
-         "com.acme.projectFPS='24' "},
-        {"32-bit float", MovieMaker().movieAtom(typed(23, beFloat32(119.5F))), "com.acme.sensorFPS=119.5 "},
-        {"unsigned byte", MovieMaker().movieAtom(typed(22, "\xF0")), "com.acme.sensorFPS=240 "},
-        {"64-bit", MovieMaker().movieAtom(typed(74, be64(48))), "com.acme.sensorFPS=48 "},
-        {"UTF-16", MovieMaker().movieAtom(typed(2, "\0\x31\0\x32"s)), "com.acme.sensorFPS='12' "},
-        {"a number without bytes", MovieMaker().movieAtom(typed(21, "")), "com.acme.sensorFPS=? "},
-        {"a number too long", MovieMaker().movieAtom(typed(21, field("", 9))), "com.acme.sensorFPS=? "},
-        {"text that is no UTF-8", MovieMaker().movieAtom(typed(1, "a\xFF")),
-         "com.acme.sensorFPS='a\xEF\xBF\xBD' "},
+    const auto check = [&](const char* name, const MovieMaker& maker, const char* expected) {
+        EXPECT_EQ(metadataText(inspectBytes(maker.bytes())), expected) << name;
     };
-    for (const auto& each : cases)
-        EXPECT_EQ(metadataText(inspectBytes(each.maker.bytes())), each.expected) << each.name;
+    check("keys, in order",
+          MovieMaker()
+              .metadata("com.apple.quicktime.creationdate", "2024-03-09T10:00:00+0100")
+              .metadata("com.acme.sensorFPS", std::int64_t{120})
+              .metadata("projectFPS", 23.976)
+              .metadata("neg", std::int64_t{-5}),
+          "com.apple.quicktime.creationdate(creationDate)='2024-03-09T10:00:00+0100' com.acme.sensorFPS=120 "
+          "projectFPS=23.976 neg=-5 ");
+    check("a list of the other kind", MovieMaker().listItem(dayKey, "2024").listItem("desc", "x"),
+          "\xC2\xA9"
+          "day(creationDate)='2024' desc='x' ");
+    check("texts of the user data",
+          MovieMaker().userData(dayKey, "2024-03-09").userData("\xA9nam", "caf\x8E", 0),
+          "\xC2\xA9"
+          "day(creationDate)='2024-03-09' \xC2\xA9nam='caf\xC3\xA9' ");
+    check("UTF-16 by its mark", MovieMaker().userData("\xA9nam", "\xFE\xFF\0A\0B"s), "\xC2\xA9nam='AB' ");
+    check("a text that claims too much",
+          MovieMaker().userDataAtom(atom("\xA9nam", be16(99) + be16(0x55C4) + "abc")), "\xC2\xA9nam='abc' ");
+    check("3GPP", MovieMaker().userDataAtom(fullAtom("titl", be16(0x15C7) + "Take\0"s)), "titl='Take' ");
+    check("free form",
+          MovieMaker().userDataAtom(
+              atom("meta", be32(0) + fullAtom("hdlr", field("", 20)) + atom("ilst", freeForm))),
+          "com.acme.projectFPS='24' ");
+    check("32-bit float", MovieMaker().movieAtom(typed(23, beFloat32(119.5F))), "com.acme.sensorFPS=119.5 ");
+    check("unsigned byte", MovieMaker().movieAtom(typed(22, "\xF0")), "com.acme.sensorFPS=240 ");
+    check("64-bit", MovieMaker().movieAtom(typed(74, be64(48))), "com.acme.sensorFPS=48 ");
+    check("UTF-16", MovieMaker().movieAtom(typed(2, "\0\x31\0\x32"s)), "com.acme.sensorFPS='12' ");
+    check("a number without bytes", MovieMaker().movieAtom(typed(21, "")), "com.acme.sensorFPS=? ");
+    check("a number too long", MovieMaker().movieAtom(typed(21, field("", 9))), "com.acme.sensorFPS=? ");
+    check("text that is no UTF-8", MovieMaker().movieAtom(typed(1, "a\xFF")),
+          "com.acme.sensorFPS='a\xEF\xBF\xBD' ");
 }
 
 TEST(MediaMovie, survivesImpossibleAtoms) {

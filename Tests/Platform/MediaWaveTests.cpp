@@ -1,5 +1,5 @@
+#include "MediaFactory/MediaFactory.h"
 #include "Platform/MediaInspectionText.h"
-#include "Support/MediaFactory.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
@@ -14,54 +14,49 @@ TEST(MediaWave, readsFormatAndDuration) {
         return WaveMaker().format(format).silence(format.sampleRate);
     };
     const std::string adpcm = le16(17) + le16(1) + le32(8000) + le32(4000) + le16(256) + le16(4);
-    struct {
-        const char* name;
-        WaveMaker maker;
-        const char* expected;
-    } const cases[] = {
-        {"16 bits", second({.channels = 2, .samples = SampleFormat::pcm16}), "1 s, 48000 Hz 2 ch"},
-        {"24 bits", second({.sampleRate = 96000}), "1 s, 96000 Hz 1 ch"},
-        {"float", second({.samples = SampleFormat::float32}), "1 s, 48000 Hz 1 ch"},
-        {"extensible", second({.channels = 12, .extensible = true}), "1 s, 48000 Hz 12 ch"},
-        {"chunks around the sound, odd ones too",
-         WaveMaker()
-             .chunk("JUNK", "odd")
-             .bext({})
-             .format({})
-             .iXML("<BWFXML/>")
-             .silence(48000)
-             .chunk("LIST", "INFO"),
-         "1 s, 48000 Hz 1 ch"},
-        {"format behind the sound",
-         WaveMaker().chunk("data", field("", 48000)).format({.samples = SampleFormat::pcm8}),
-         "1 s, 48000 Hz 1 ch"},
-        {"RF64", WaveMaker().rf64().format({}).silence(48000).chunk("iXML", "<BWFXML/>"),
-         "1 s, 48000 Hz 1 ch"},
-        {"no size was ever written", WaveMaker().format({}).silenceClaiming(0, 48000), "1 s, 48000 Hz 1 ch"},
-        {"an empty recording with chunks behind it",
-         WaveMaker().format({}).silenceClaiming(0, 0).iXML("<BWFXML/>"), "0 s, 48000 Hz 1 ch"},
-        {"sound that begins like a chunk",
-         WaveMaker().format({}).chunkClaiming("data", 0, "iXML" + le32(999999) + field("", 144000 - 8)),
-         "1 s, 48000 Hz 1 ch"},
-        {"all ones without RF64", WaveMaker().format({}).silenceClaiming(0xFFFFFFFF, 48000),
-         "1 s, 48000 Hz 1 ch"},
-        {"past the end", WaveMaker().format({}).silenceClaiming(0x7FFFFFFE, 48000), "1 s, 48000 Hz 1 ch"},
-        {"a compressed recording counts its frames",
-         WaveMaker().chunk("fmt ", adpcm).chunk("fact", le32(16000)).chunk("data", "xxxx"),
-         "2 s, 8000 Hz 1 ch"},
-        {"or has a byte rate", WaveMaker().chunk("fmt ", adpcm).chunk("data", field("", 4000)),
-         "1 s, 8000 Hz 1 ch"},
-        {"no sound", WaveMaker().format({}), "? s, 48000 Hz 1 ch"},
-        {"no format", WaveMaker().silence(48000), "? s"},
-        {"a format too short", WaveMaker().chunk("fmt ", "12345678"), "? s"},
-        {"no channels", WaveMaker().format({.channels = 0}).silence(0), "? s"},
-        {"no rate", WaveMaker().format({.sampleRate = 0}).silence(100), "? s"},
-        {"a rate that is none", WaveMaker().format({.sampleRate = 4'000'000'000}).silence(100), "? s"},
-        {"a chunk past the end hides what follows",
-         WaveMaker().format({}).chunkClaiming("JUNK", 0x7FFFFFFF, "").silence(48000), "? s, 48000 Hz 1 ch"},
+    const auto check = [&](const char* name, const WaveMaker& maker, const char* expected) {
+        EXPECT_EQ(inspectionText(inspectBytes(maker.bytes())), expected) << name;
     };
-    for (const auto& each : cases)
-        EXPECT_EQ(inspectionText(inspectBytes(each.maker.bytes())), each.expected) << each.name;
+    check("16 bits", second({.channels = 2, .samples = SampleFormat::pcm16}), "1 s, 48000 Hz 2 ch");
+    check("24 bits", second({.sampleRate = 96000}), "1 s, 96000 Hz 1 ch");
+    check("float", second({.samples = SampleFormat::float32}), "1 s, 48000 Hz 1 ch");
+    check("extensible", second({.channels = 12, .extensible = true}), "1 s, 48000 Hz 12 ch");
+    check("chunks around the sound, odd ones too",
+          WaveMaker()
+              .chunk("JUNK", "odd")
+              .bext({})
+              .format({})
+              .iXML("<BWFXML/>")
+              .silence(48000)
+              .chunk("LIST", "INFO"),
+          "1 s, 48000 Hz 1 ch");
+    check("format behind the sound",
+          WaveMaker().chunk("data", field("", 48000)).format({.samples = SampleFormat::pcm8}),
+          "1 s, 48000 Hz 1 ch");
+    check("RF64", WaveMaker().rf64().format({}).silence(48000).chunk("iXML", "<BWFXML/>"),
+          "1 s, 48000 Hz 1 ch");
+    check("no size was ever written", WaveMaker().format({}).silenceClaiming(0, 48000), "1 s, 48000 Hz 1 ch");
+    check("an empty recording with chunks behind it",
+          WaveMaker().format({}).silenceClaiming(0, 0).iXML("<BWFXML/>"), "0 s, 48000 Hz 1 ch");
+    check("sound that begins like a chunk",
+          WaveMaker().format({}).chunkClaiming("data", 0, "iXML" + le32(999999) + field("", 144000 - 8)),
+          "1 s, 48000 Hz 1 ch");
+    check("all ones without RF64", WaveMaker().format({}).silenceClaiming(0xFFFFFFFF, 48000),
+          "1 s, 48000 Hz 1 ch");
+    check("past the end", WaveMaker().format({}).silenceClaiming(0x7FFFFFFE, 48000), "1 s, 48000 Hz 1 ch");
+    check("a compressed recording counts its frames",
+          WaveMaker().chunk("fmt ", adpcm).chunk("fact", le32(16000)).chunk("data", "xxxx"),
+          "2 s, 8000 Hz 1 ch");
+    check("or has a byte rate", WaveMaker().chunk("fmt ", adpcm).chunk("data", field("", 4000)),
+          "1 s, 8000 Hz 1 ch");
+    check("no sound", WaveMaker().format({}), "? s, 48000 Hz 1 ch");
+    check("no format", WaveMaker().silence(48000), "? s");
+    check("a format too short", WaveMaker().chunk("fmt ", "12345678"), "? s");
+    check("no channels", WaveMaker().format({.channels = 0}).silence(0), "? s");
+    check("no rate", WaveMaker().format({.sampleRate = 0}).silence(100), "? s");
+    check("a rate that is none", WaveMaker().format({.sampleRate = 4'000'000'000}).silence(100), "? s");
+    check("a chunk past the end hides what follows",
+          WaveMaker().format({}).chunkClaiming("JUNK", 0x7FFFFFFF, "").silence(48000), "? s, 48000 Hz 1 ch");
     EXPECT_EQ(inspectionText(inspectBytes("RIFF\4\0\0\0AVI ")), "nothing");
     std::string cutOff =
         WaveMaker().format({}).chunkClaiming("data", 0, "iXML" + le32(4) + field("", 144000 - 8)).bytes();

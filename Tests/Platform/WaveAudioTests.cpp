@@ -1,7 +1,7 @@
+#include "MediaFactory/MediaFactory.h"
 #include "Platform/Media/MediaLibraryLoader.h"
 #include "Platform/Media/WaveAudio.h"
 #include "Platform/VectorOps.h"
-#include "Support/MediaFactory.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>

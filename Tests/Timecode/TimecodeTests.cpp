@@ -42,97 +42,80 @@ TEST(TimecodeFrameRate, table) {
 }
 
 TEST(Timecode, countsFrames) {
-    struct Case {
-        std::int64_t frames;
-        TimecodeFrameRate rate;
-        const char* text;
+    const auto check = [&](std::int64_t frames, TimecodeFrameRate rate, const char* text) {
+        EXPECT_EQ(Timecode::fromFrameCount(frames, rate).stringValue(), text) << frames;
     };
-    for (const Case& test : {
-             Case{0, fps25, "00:00:00:00"},
-             Case{1799, fps29_97d, "00:00:59;29"},
-             Case{1800, fps29_97d, "00:01:00;02"},
-             Case{17981, fps29_97d, "00:09:59;29"},
-             Case{17982, fps29_97d, "00:10:00;00"},
-             Case{19781, fps29_97d, "00:10:59;29"},
-             Case{19782, fps29_97d, "00:11:00;02"},
-             Case{3600, fps59_94d, "00:01:00;04"},
-             Case{7199, fps119_88d, "00:00:59;119"},
-             Case{7200, fps119_88d, "00:01:00;008"},
-             Case{2589408, fps30d, "1 00:00:00;00"},
-             Case{1800, fps29_97, "00:01:00:00"},
-             Case{119, fps120, "00:00:00:119"},
-             Case{99, fps100, "00:00:00:99"},
-             Case{-25, fps25, "00:00:-1:00"},
-             Case{-1, fps25, "00:00:00:-1"},
-             Case{-25 * 86400 - 1, fps25, "-1 00:00:00:01"},
-             Case{25 * 90000, fps25, "1 01:00:00:00"},
-         })
-        EXPECT_EQ(Timecode::fromFrameCount(test.frames, test.rate).stringValue(), test.text) << test.frames;
+    check(0, fps25, "00:00:00:00");
+    check(1799, fps29_97d, "00:00:59;29");
+    check(1800, fps29_97d, "00:01:00;02");
+    check(17981, fps29_97d, "00:09:59;29");
+    check(17982, fps29_97d, "00:10:00;00");
+    check(19781, fps29_97d, "00:10:59;29");
+    check(19782, fps29_97d, "00:11:00;02");
+    check(3600, fps59_94d, "00:01:00;04");
+    check(7199, fps119_88d, "00:00:59;119");
+    check(7200, fps119_88d, "00:01:00;008");
+    check(2589408, fps30d, "1 00:00:00;00");
+    check(1800, fps29_97, "00:01:00:00");
+    check(119, fps120, "00:00:00:119");
+    check(99, fps100, "00:00:00:99");
+    check(-25, fps25, "00:00:-1:00");
+    check(-1, fps25, "00:00:00:-1");
+    check(-25 * 86400 - 1, fps25, "-1 00:00:00:01");
+    check(25 * 90000, fps25, "1 01:00:00:00");
     for (const auto rate : timecodeRate::all())
         for (const auto frames : {lowest, highest})
             EXPECT_FALSE(Timecode::fromFrameCount(frames, rate).stringValue().empty());
 }
 
 TEST(Timecode, countsSeconds) {
-    struct Case {
-        double seconds;
-        TimecodeFrameRate rate;
-        Components components;
+    const auto check = [&](double seconds, TimecodeFrameRate rate, const Components& components) {
+        EXPECT_EQ(Timecode::fromRealTime(seconds, rate).components(), components) << seconds;
     };
-    for (const Case& test : {
-             Case{3600, fps25, {.hours = 1}},
-             Case{3600, fps29_97d, {.hours = 1, .subFrames = 10}},
-             Case{86400, fps24, {.days = 1}},
-             Case{1001.0 / 24000, fps23_976, {.frames = 1}},
-             Case{0.5, fps25, {.frames = 12, .subFrames = 50}},
-             Case{-1, fps25, {.seconds = -1}},
-             Case{-0.02, fps25, {.subFrames = -50}},
-             Case{-0.0, fps25, {}},
-             Case{0.29 / 25, fps25, {.subFrames = 29}},
-             Case{1e300, fps25, {}},
-             Case{-1e300, fps29_97d, {}},
-             Case{std::numeric_limits<double>::quiet_NaN(), fps25, {}},
-             Case{std::numeric_limits<double>::infinity(), fps25, {}},
-         })
-        EXPECT_EQ(Timecode::fromRealTime(test.seconds, test.rate).components(), test.components)
-            << test.seconds;
+    check(3600, fps25, {.hours = 1});
+    check(3600, fps29_97d, {.hours = 1, .subFrames = 10});
+    check(86400, fps24, {.days = 1});
+    check(1001.0 / 24000, fps23_976, {.frames = 1});
+    check(0.5, fps25, {.frames = 12, .subFrames = 50});
+    check(-1, fps25, {.seconds = -1});
+    check(-0.02, fps25, {.subFrames = -50});
+    check(-0.0, fps25, {});
+    check(0.29 / 25, fps25, {.subFrames = 29});
+    check(1e300, fps25, {});
+    check(-1e300, fps29_97d, {});
+    check(std::numeric_limits<double>::quiet_NaN(), fps25, {});
+    check(std::numeric_limits<double>::infinity(), fps25, {});
 }
 
 TEST(Timecode, readsTexts) {
-    struct Case {
-        const char* text;
-        std::optional<Components> components;
+    const auto check = [&](const char* text, const std::optional<Components>& components) {
+        const auto read = Timecode::fromString(text, fps25);
+        ASSERT_EQ(read.has_value(), components.has_value()) << text;
+        EXPECT_EQ(read.value_or(Timecode({}, fps25)).components(), components.value_or(Components{})) << text;
     };
-    for (const Case& test : {
-             Case{"01:02:03:04", Components{0, 1, 2, 3, 4, 0}},
-             Case{"01;02;03;04", Components{0, 1, 2, 3, 4, 0}},
-             Case{"1:2:3:004", Components{0, 1, 2, 3, 4, 0}},
-             Case{"01:02:03:04.05", Components{0, 1, 2, 3, 4, 5}},
-             Case{"01:02:03:04.", Components{0, 1, 2, 3, 4, 0}},
-             Case{"9 01:02:03:04", Components{9, 1, 2, 3, 4, 0}},
-             Case{"9:01:02:03:04", Components{9, 1, 2, 3, 4, 0}},
-             Case{"9;01:02:03:04.05", Components{9, 1, 2, 3, 4, 5}},
-             Case{":01:02:03:04", Components{0, 1, 2, 3, 4, 0}},
-             Case{"\t01:02:03:04", Components{0, 1, 2, 3, 4, 0}},
-             Case{"99:99:99:99", Components{0, 99, 99, 99, 99, 0}},
-             Case{"1 99999999999999999999:02:03:04", Components{1, 0, 2, 3, 4, 0}}, // four groups can be read
-             Case{"99999999999999999999:02:03:04", {}},
-             Case{"", {}},
-             Case{"01:00:00", {}},
-             Case{"01:02:03.04", {}},
-             Case{"1  01:02:03:04", {}},
-             Case{"01:02:03:04 ", {}},
-             Case{"-01:02:03:04", {}},
-             Case{"01:02:03:04:05:06", {}},
-             Case{"01:02:03:04.5.6", {}},
-             Case{"01:02::04", {}},
-             Case{"aa:bb:cc:dd", {}},
-         }) {
-        const auto read = Timecode::fromString(test.text, fps25);
-        ASSERT_EQ(read.has_value(), test.components.has_value()) << test.text;
-        EXPECT_EQ(read.value_or(Timecode({}, fps25)).components(), test.components.value_or(Components{}))
-            << test.text;
-    }
+    check("01:02:03:04", Components{0, 1, 2, 3, 4, 0});
+    check("01;02;03;04", Components{0, 1, 2, 3, 4, 0});
+    check("1:2:3:004", Components{0, 1, 2, 3, 4, 0});
+    check("01:02:03:04.05", Components{0, 1, 2, 3, 4, 5});
+    check("01:02:03:04.", Components{0, 1, 2, 3, 4, 0});
+    check("9 01:02:03:04", Components{9, 1, 2, 3, 4, 0});
+    check("9:01:02:03:04", Components{9, 1, 2, 3, 4, 0});
+    check("9;01:02:03:04.05", Components{9, 1, 2, 3, 4, 5});
+    check(":01:02:03:04", Components{0, 1, 2, 3, 4, 0});
+    check("\t01:02:03:04", Components{0, 1, 2, 3, 4, 0});
+    check("99:99:99:99", Components{0, 99, 99, 99, 99, 0});
+    check("1 99999999999999999999:02:03:04", Components{1, 0, 2, 3, 4, 0}); // four groups can be read
+    check("99999999999999999999:02:03:04", {});
+    check("", {});
+    check("01:00:00", {});
+    check("01:02:03.04", {});
+    check("1  01:02:03:04", {});
+    check("01:02:03:04 ", {});
+    check("-01:02:03:04", {});
+    check("01:02:03:04:05:06", {});
+    check("01:02:03:04.5.6", {});
+    check("01:02::04", {});
+    check("aa:bb:cc:dd", {});
 }
 
 TEST(Timecode, tellsRealTime) {

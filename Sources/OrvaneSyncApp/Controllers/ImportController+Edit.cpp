@@ -168,11 +168,11 @@ void ImportController::resetClipToAutoSync(UUID groupID) {
     if (found) removeSmartAudioCaches(groupID);
 }
 
-void ImportController::resetAllClipsToAutoSync() {
+platform::Task ImportController::resetAllClipsToAutoSync() {
     assertOnMainThread();
     if (syncGroups_.updateWhere([](const SyncGroup&) { return true; }, clearDecisions) > 0)
         notify(ImportField::syncGroups);
-    reanalyseAll();
+    return reanalyseAll();
 }
 
 void ImportController::applyBatchRename(const BatchRenamer& renamer) {

@@ -115,8 +115,11 @@ void ImportController::clipsLetGoOf(const std::vector<AudioMatch>& released) {
 void ImportController::resyncClip(UUID groupID) {
     assertOnMainThread();
     const SyncGroup* group = syncGroups_.find(groupID);
-    const auto pool = availableAudioPool();
-    if (group == nullptr || pool.empty()) return;
+    if (group == nullptr) return;
+    std::vector<MediaAsset> gathered;
+    if (!hasScannedAudio()) gathered = availableAudioPool();
+    const auto& pool = hasScannedAudio() ? scanResult_->audioAssets : gathered;
+    if (pool.empty()) return;
     const SyncGroupList matched = syncEngine_.match({group->video}, pool);
     edit(groupID, [&](SyncGroup& own) {
         own.audioMatches = matched.front().audioMatches;
@@ -145,17 +148,33 @@ void ImportController::resyncAllClips() {
     invalidateCachesAfterUndo();
 }
 
-std::vector<MediaAsset> ImportController::availableAudioPool() const {
+/// Valid until the clips change.
+std::vector<const MediaAsset*> ImportController::audioPool() const {
     assertOnMainThread();
-    if (scanResult_ && !scanResult_->audioAssets.empty()) return scanResult_->audioAssets;
-    std::vector<MediaAsset> pool;
+    std::vector<const MediaAsset*> pool;
+    if (hasScannedAudio()) {
+        for (const MediaAsset& audio : scanResult_->audioAssets) pool.push_back(&audio);
+        return pool;
+    }
     std::unordered_set<UUID> seen;
     for (const SyncGroup& group : syncGroups_)
         for (const AudioMatch& match : group.audioMatches)
-            if (seen.insert(match.audio->id).second) pool.push_back(*match.audio);
+            if (seen.insert(match.audio->id).second) pool.push_back(&*match.audio);
     for (const WildTrack& track : wildTracks_)
-        if (seen.insert(track.id).second) pool.push_back(track.audio);
+        if (seen.insert(track.id).second) pool.push_back(&track.audio);
     return pool;
+}
+
+std::vector<MediaAsset> ImportController::availableAudioPool() const {
+    std::vector<MediaAsset> pool;
+    for (const MediaAsset* audio : audioPool()) pool.push_back(*audio);
+    return pool;
+}
+
+const MediaAsset* ImportController::audioInPool(const UUID& id) const {
+    const auto pool = audioPool();
+    const auto found = std::ranges::find(pool, id, &MediaAsset::id);
+    return found == pool.end() ? nullptr : *found;
 }
 
 std::vector<MediaAsset> ImportController::rawFilesAvailableToAttach(UUID excludingGroupID) const {
@@ -164,33 +183,46 @@ std::vector<MediaAsset> ImportController::rawFilesAvailableToAttach(UUID excludi
     if (const SyncGroup* group = syncGroups_.find(excludingGroupID))
         for (const AudioMatch& match : group->audioMatches) left.insert(match.audio->id);
 
-    std::vector<std::pair<std::string, MediaAsset>> files; // with the key of the order
-    for (MediaAsset& audio : availableAudioPool()) {
-        if (left.contains(audio.id)) continue;
-        std::string key = platform::text::localizedStandardSortKey(audio.filename);
-        files.emplace_back(std::move(key), std::move(audio));
-    }
+    std::vector<std::pair<std::string, const MediaAsset*>> files; // with the key of the order
+    for (const MediaAsset* audio : audioPool())
+        if (!left.contains(audio->id))
+            files.emplace_back(platform::text::localizedStandardSortKey(audio->filename), audio);
     std::ranges::stable_sort(files, {}, [](const auto& file) -> const std::string& { return file.first; });
     std::vector<MediaAsset> result;
     result.reserve(files.size());
-    for (auto& file : files) result.push_back(std::move(file.second));
+    for (const auto& [key, audio] : files) result.push_back(*audio);
     return result;
 }
 
-std::vector<std::string> ImportController::clipNames(UUID usingAudioID) const {
+const std::vector<std::size_t>& ImportController::clipsUsing(const UUID& audioID) const {
     assertOnMainThread();
+    if (!clipsByAudio_) {
+        clipsByAudio_.emplace();
+        for (std::size_t position = 0; position < syncGroups_.size(); ++position)
+            for (const AudioMatch& match : syncGroups_[position].audioMatches) {
+                auto& clips = (*clipsByAudio_)[match.audio->id];
+                if (clips.empty() || clips.back() != position) clips.push_back(position);
+            }
+    }
+    static const std::vector<std::size_t> none;
+    const auto found = clipsByAudio_->find(audioID);
+    return found == clipsByAudio_->end() ? none : found->second;
+}
+
+std::vector<std::string> ImportController::clipNames(UUID usingAudioID) const {
     std::vector<std::string> names;
-    for (const SyncGroup& group : syncGroups_)
-        if (uses(group, usingAudioID)) names.push_back(group.clipName);
+    for (const std::size_t position : clipsUsing(usingAudioID))
+        names.push_back(syncGroups_[position].clipName);
     std::ranges::sort(names);
     return names;
 }
 
 std::string ImportController::rawFilesMenuLabel(const MediaAsset& audio) const {
-    const auto names = clipNames(audio.id);
-    if (names.empty()) return audio.filename;
+    const auto& clips = clipsUsing(audio.id);
+    if (clips.empty()) return audio.filename;
     return audio.filename + "  ·  also on " +
-           (names.size() == 1 ? names.front() : std::to_string(names.size()) + " clips");
+           (clips.size() == 1 ? syncGroups_[clips.front()].clipName
+                              : std::to_string(clips.size()) + " clips");
 }
 
 } // namespace orvane

@@ -26,10 +26,11 @@ std::vector<BlockOverride> cleared(const std::vector<BlockOverride>& overrides, 
 
 } // namespace
 
-void ImportController::addBlockOverride(UUID groupID, double startSeconds, double endSeconds,
-                                        int trackIndex) {
+platform::Task ImportController::addBlockOverride(UUID groupID, double startSeconds, double endSeconds,
+                                                  int trackIndex) {
     const auto [low, high] = std::minmax(startSeconds, endSeconds);
-    if (!std::isfinite(low) || !std::isfinite(high) || high - low < shortestOverrideSeconds) return;
+    if (!std::isfinite(low) || !std::isfinite(high) || high - low < shortestOverrideSeconds)
+        return platform::Task::ended();
     const BlockOverride added{UUID::random(), low, high, trackIndex};
     const bool found = edit(groupID, [&](SyncGroup& group) {
         auto& overrides = group.manualBlockOverrides;
@@ -37,15 +38,15 @@ void ImportController::addBlockOverride(UUID groupID, double startSeconds, doubl
         overrides.push_back(added);
         std::ranges::stable_sort(overrides, {}, &BlockOverride::startSeconds);
     });
-    if (found) reanalyseIfKnown(groupID);
+    return found ? reanalyseIfKnown(groupID) : platform::Task::ended();
 }
 
-void ImportController::removeBlockOverride(UUID groupID, UUID overrideID) {
+platform::Task ImportController::removeBlockOverride(UUID groupID, UUID overrideID) {
     const bool found = edit(groupID, [&](SyncGroup& group) {
         std::erase_if(group.manualBlockOverrides,
                       [&](const BlockOverride& one) { return one.id == overrideID; });
     });
-    if (found) reanalyseIfKnown(groupID);
+    return found ? reanalyseIfKnown(groupID) : platform::Task::ended();
 }
 
 void ImportController::setMasterGain(UUID groupID, double gainDB, bool automatic) {
@@ -88,10 +89,10 @@ void ImportController::invalidateCachesAfterUndo() {
     notify(ImportField::smartAudio);
 }
 
-void ImportController::reanalyseAll() {
+platform::Task ImportController::reanalyseAll() {
     SyncGroupList analysed = syncGroups_.filtered(
         [this](const SyncGroup& group) { return smartAudio_.results.contains(group.id) && !group.isMOS(); });
-    analyseEach(weak_from_this(), std::move(analysed), newRunForOneClip(false), Loudness::measure);
+    return analyseEach(weak_from_this(), std::move(analysed), newRunForOneClip(false), Loudness::measure);
 }
 
 } // namespace orvane

@@ -13,7 +13,7 @@ bool isThere(const std::optional<FileURL>& folder) {
     return !folder || platform::files::exists(folder->path);
 }
 
-/// Edits that no scan could take up yet stand in the file for as long as no clip has taken their place.
+/// Entries that wait for their clips stand in the file behind those of the clips that are there.
 void keepUnapplied(const OrvaneSyncProject& unapplied, OrvaneSyncProject& project) {
     std::unordered_set<FileURL> present;
     for (const PersistedGroup& entry : project.groups) present.insert(entry.videoPath);
@@ -55,6 +55,7 @@ platform::Task ImportController::openProject(std::weak_ptr<ImportController> wea
         co_await scanning;
         self = stillScanning(weak, scanNumber);
         if (!self) co_return;
+        self->layEditsOverClipsThatStayed();
     }
     self->project_.currentURL = std::move(url);
     self->project_.hasUnsavedChanges = false;
@@ -67,11 +68,24 @@ void ImportController::abandonScan() {
     runningScan_.reset();
 }
 
-/// Where a project waits for its clips, its edits go over those that a scan has made.
+/// Where a project waits for its clips, its edits go over those that a scan has made; the others wait on.
 void ImportController::applyProjectEdits() {
     if (!project_.unapplied) return;
-    const OrvaneSyncProject project = *std::exchange(project_.unapplied, std::nullopt);
-    projectService_.applyEdits(project, syncGroups_);
+    projectService_.applyEdits(*project_.unapplied, syncGroups_);
+    std::unordered_set<FileURL> found;
+    for (const SyncGroup& group : syncGroups_) found.insert(group.video.url);
+    auto& waiting = project_.unapplied->groups;
+    std::erase_if(waiting, [&](const PersistedGroup& entry) { return found.contains(entry.videoPath); });
+    if (waiting.empty()) project_.unapplied.reset();
+    notify(ImportField::syncGroups);
+}
+
+/// A scan that finds no file at all leaves the clips of earlier work. They get the project's edits, which
+/// still wait for their media.
+void ImportController::layEditsOverClipsThatStayed() {
+    if (!project_.unapplied || !discoveryResult_ || !discoveryResult_->isEmpty() || syncGroups_.empty())
+        return;
+    projectService_.applyEdits(*project_.unapplied, syncGroups_);
     notify(ImportField::syncGroups);
 }
 

@@ -161,6 +161,7 @@ void ImportController::adoptMatches(SyncGroupList groups, const std::vector<Medi
     }
     // Both first: clips and wild tracks are two halves of one state.
     syncGroups_ = std::move(groups);
+    isEmptiedByEdit_ = false;
     wildTracks_ = std::move(wild);
     forgetSmartAudio();
     notify(ImportField::syncGroups);
@@ -181,6 +182,7 @@ void ImportController::reset() {
     aleImportError_.reset();
     aleMatchStatus_.reset();
     syncGroups_ = {};
+    isEmptiedByEdit_ = false;
     wildTracks_.clear();
     forgetSmartAudio();
     scanState_ = ScanState::idle;

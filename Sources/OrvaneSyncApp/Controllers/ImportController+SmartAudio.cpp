@@ -86,8 +86,9 @@ struct ImportController::AnalysisRun {
 
     SmartAudioProgress progress{"", 0, 1, 0}; ///< before the clip under way
     double effort = 0;                        ///< of all recordings of the run
-    std::uint64_t forgotten = 0;    ///< how often the clip under way was forgotten when its turn came
-    bool isAwaitingVerdict = false; ///< on a clip that the run has yet to judge as it then stands
+    std::uint64_t forgotten = 0;        ///< how often the clip under way was forgotten when its turn came
+    bool isAwaitingVerdict = false;     ///< on a clip that the run has yet to judge as it then stands
+    std::optional<platform::Task> task; ///< of a renewed analysis, for all whose changes it takes in
 
     const SmartAudioResult* heardBefore(const SmartAudioRequest& request) const {
         const auto found = heard.find({request.audioURL.path, request.candidateTracks});
@@ -325,17 +326,18 @@ platform::Task ImportController::renderMixdown(std::weak_ptr<ImportController> /
 }
 
 // A reading under way on the same terms judges the clip as it stands in the end, this change included.
-void ImportController::reanalyseIfKnown(const UUID& groupID) {
+platform::Task ImportController::reanalyseIfKnown(const UUID& groupID) {
     assertOnMainThread();
-    if (!smartAudio_.results.contains(groupID)) return;
+    if (!smartAudio_.results.contains(groupID)) return platform::Task::ended();
     const auto run = newRunForOneClip(false);
     std::erase_if(reanalyses_, [](const auto& one) { return !one.second->isAwaitingVerdict; });
     const auto pending = reanalyses_.find(groupID);
     if (pending != reanalyses_.end() && pending->second->terms == run->terms &&
         pending->second->forgotten == timesForgotten(groupID))
-        return;
+        return pending->second->task.value_or(platform::Task::ended());
     reanalyses_.insert_or_assign(groupID, run);
-    analyseOne(groupID, run);
+    run->task = analyseOne(groupID, run);
+    return *run->task;
 }
 
 // Only a mode that was stored counts: a scan by itself analyses nothing that nobody asked for.

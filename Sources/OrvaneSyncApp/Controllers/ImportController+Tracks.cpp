@@ -29,11 +29,11 @@ void toggle(std::set<int>& tracks, int track) {
 
 /// A change of a clip that its analysis depends on. The id is a copy: the caller may have it from the clip
 /// that is replaced.
-void ImportController::editTracks(UUID groupID, const std::function<void(SyncGroup&)>& change) {
+platform::Task ImportController::editTracks(UUID groupID, const std::function<void(SyncGroup&)>& change) {
     assertOnMainThread();
-    if (!syncGroups_.update(groupID, change)) return;
+    if (!syncGroups_.update(groupID, change)) return platform::Task::ended();
     notify(ImportField::syncGroups);
-    reanalyseIfKnown(groupID);
+    return reanalyseIfKnown(groupID);
 }
 
 /// What the editor sees switched on while nothing was chosen by hand.
@@ -49,31 +49,31 @@ std::set<int> ImportController::visibleActiveTracks(const SyncGroup& group) cons
     return tracksUpTo(std::max(channelTotal(group), 1));
 }
 
-void ImportController::toggleTrackActive(const UUID& groupID, int trackIndex) {
-    editTracks(groupID, [&](SyncGroup& group) {
+platform::Task ImportController::toggleTrackActive(const UUID& groupID, int trackIndex) {
+    return editTracks(groupID, [&](SyncGroup& group) {
         if (group.manualActiveTracks.empty()) group.manualActiveTracks = visibleActiveTracks(group);
         toggle(group.manualActiveTracks, trackIndex);
         group.tracksManuallyEdited = true;
     });
 }
 
-void ImportController::soloTrackActive(const UUID& groupID, int trackIndex) {
-    editTracks(groupID, [&](SyncGroup& group) {
+platform::Task ImportController::soloTrackActive(const UUID& groupID, int trackIndex) {
+    return editTracks(groupID, [&](SyncGroup& group) {
         group.manualActiveTracks = {trackIndex};
         group.tracksManuallyEdited = true;
     });
 }
 
-void ImportController::toggleAlgorithmInclusion(const UUID& groupID, int trackIndex) {
-    editTracks(groupID, [&](SyncGroup& group) { toggle(group.algorithmExcludedTracks, trackIndex); });
+platform::Task ImportController::toggleAlgorithmInclusion(const UUID& groupID, int trackIndex) {
+    return editTracks(groupID, [&](SyncGroup& group) { toggle(group.algorithmExcludedTracks, trackIndex); });
 }
 
-void ImportController::soloAlgorithmInclusion(const UUID& groupID, int trackIndex) {
+platform::Task ImportController::soloAlgorithmInclusion(const UUID& groupID, int trackIndex) {
     assertOnMainThread();
     const SyncGroup* group = syncGroups_.find(groupID);
     const int total = group == nullptr ? 0 : channelTotal(*group);
-    if (total < 1) return;
-    editTracks(groupID, [&](SyncGroup& own) {
+    if (total < 1) return platform::Task::ended();
+    return editTracks(groupID, [&](SyncGroup& own) {
         own.algorithmExcludedTracks = tracksUpTo(total);
         own.algorithmExcludedTracks.erase(trackIndex);
     });

@@ -22,7 +22,9 @@ void ImportController::tellAtEnd(const std::function<void()>& change) {
 void ImportController::withUndo(const UndoStep& step, const std::function<void()>& mutation) {
     tellAtEnd([&] {
         if (undoStack_.begin(step, syncGroups_, clock_->now())) notify(ImportField::undoState);
+        const bool wasEmpty = syncGroups_.empty();
         mutation();
+        if (!wasEmpty) isEmptiedByEdit_ = syncGroups_.empty();
     });
 }
 
@@ -33,6 +35,7 @@ void ImportController::redo() { travel(&UndoStack<SyncGroupList>::redo); }
 void ImportController::travel(UndoTravel direction) {
     tellAtEnd([&] {
         if (!(undoStack_.*direction)(syncGroups_, clock_->now())) return;
+        isEmptiedByEdit_ = syncGroups_.empty();
         syncGroups_.makeIndex();
         notify(ImportField::syncGroups);
         invalidateCachesAfterUndo();

@@ -37,6 +37,7 @@ ImportController::~ImportController() = default;
 void ImportController::assertOnMainThread() const { assert(mainThread_->isCurrent()); }
 
 void ImportController::notify(ImportField field) {
+    if (field == ImportField::syncGroups) clipsByAudio_.reset();
     if (changesUnderWay_ > 0) {
         if (std::ranges::find(untold_, field) == untold_.end()) untold_.push_back(field);
         return;

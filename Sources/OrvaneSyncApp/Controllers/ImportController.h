@@ -24,6 +24,7 @@
 #include "Platform/Task.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -140,7 +141,8 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     // The project file (ImportController+Project.cpp).
 
     const ProjectFileState& project() const { return project_; }
-    /// Throws FileError or ProjectError; the old file then stands.
+    /// Also keeps what an opened project says of clips that were not found. Throws FileError or ProjectError;
+    /// the old file then stands.
     void saveProject(const FileURL& url);
     /// Scans the project's folders and lays its edits over the clips. Where a folder is not there, no scan
     /// runs, the clips stay as they were, and the edits wait for the next scan. The task ends with a
@@ -169,6 +171,8 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     void redo();
     UndoState undoState() const { return undoStack_.state(); }
     void clearUndo();
+    /// There are no clips because the editor took the last one out, and not because nothing is open or found.
+    bool isEmptiedByEdit() const { return isEmptiedByEdit_; }
 
     /// Work as it was stored: what stands in place of everything that was open before.
     struct StoredWork {
@@ -205,9 +209,10 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     void setGenerateProjectRateClip(UUID groupID, bool enabled);
     /// Unless locked. Absent: back to what the file tells, its project rate too.
     void setManualSensorFrameRate(UUID groupID, std::optional<double> fps);
-    /// In seconds of clip time, in either order; overrides below it make room. Under 0.1 s: nothing.
-    void addBlockOverride(UUID groupID, double startSeconds, double endSeconds, int trackIndex);
-    void removeBlockOverride(UUID groupID, UUID overrideID);
+    /// In seconds of clip time, in either order; overrides below it make room. Under 0.1 s: nothing. The task
+    /// is that of `reanalyseIfKnown`, here and for the choice of tracks.
+    platform::Task addBlockOverride(UUID groupID, double startSeconds, double endSeconds, int trackIndex);
+    platform::Task removeBlockOverride(UUID groupID, UUID overrideID);
     void setMasterGain(UUID groupID, double gainDB, bool automatic);
     /// Back to the gain that follows the measured loudness.
     void resetMasterGain(UUID groupID);
@@ -225,8 +230,9 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     void resyncAllClips();
     /// Manual decisions about sound, sync and approval go, the matches stay.
     void resetClipToAutoSync(UUID groupID);
-    /// Overrides and excluded tracks stay. Cannot be taken back.
-    void resetAllClipsToAutoSync();
+    /// Overrides and excluded tracks stay. Cannot be taken back. The task ends when all clips that had been
+    /// analysed have been analysed again.
+    platform::Task resetAllClipsToAutoSync();
 
     /// Writes the new names as one undo step of its own; none when no clip gets a name.
     void applyBatchRename(const BatchRenamer& renamer);
@@ -237,6 +243,8 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
 
     /// The audio of the scan; without one that of the clips and wild tracks.
     std::vector<MediaAsset> availableAudioPool() const;
+    /// One of the pool; null when it is not in it. Valid until the clips change.
+    const MediaAsset* audioInPool(const UUID& id) const;
     /// The pool without wild tracks and the clip's own audio, in the order of a file browser.
     std::vector<MediaAsset> rawFilesAvailableToAttach(UUID excludingGroupID) const;
     /// The stored names of the clips with this audio, ascending.
@@ -255,8 +263,9 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// loudness and master gain.
     platform::Task runSmartAudioForGroup(const UUID& groupID, bool forceOverwriteManualTracks);
     /// Analyses a clip again that was analysed before, with the editor's choice of tracks kept: for every
-    /// change that the verdict depends on.
-    void reanalyseIfKnown(const UUID& groupID);
+    /// change that the verdict depends on. The task ends with the analysis that takes the change in, which
+    /// may be one that ran before.
+    platform::Task reanalyseIfKnown(const UUID& groupID);
     /// Whether a scan starts an analysis by itself where the setting `smartAudioMode` was written. On at
     /// first; for a face that runs the analysis on terms of its own.
     void setAnalysesAfterScan(bool doesSo) { analysesAfterScan_ = doesSo; }
@@ -267,11 +276,11 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
 
     /// The channel's activation box: switches one track of the export on or off, starting from the tracks
     /// that are heard without a choice by hand.
-    void toggleTrackActive(const UUID& groupID, int trackIndex);
-    void soloTrackActive(const UUID& groupID, int trackIndex);
+    platform::Task toggleTrackActive(const UUID& groupID, int trackIndex);
+    platform::Task soloTrackActive(const UUID& groupID, int trackIndex);
     /// The channel's box that lets the analysis use it.
-    void toggleAlgorithmInclusion(const UUID& groupID, int trackIndex);
-    void soloAlgorithmInclusion(const UUID& groupID, int trackIndex);
+    platform::Task toggleAlgorithmInclusion(const UUID& groupID, int trackIndex);
+    platform::Task soloAlgorithmInclusion(const UUID& groupID, int trackIndex);
 
     // The export.
 
@@ -314,6 +323,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     static platform::Task openProject(std::weak_ptr<ImportController> weak, FileURL url);
     void abandonScan();
     void applyProjectEdits();
+    void layEditsOverClipsThatStayed();
     // ImportController+SmartAudio.cpp
     struct AnalysisRun;
     static platform::Task analyseAll(std::weak_ptr<ImportController> weak, std::shared_ptr<AnalysisRun> run);
@@ -344,7 +354,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// dB; by the settings and the calibration.
     double automaticMasterGainDB(double measuredLUFS) const;
     // ImportController+Tracks.cpp
-    void editTracks(UUID groupID, const std::function<void(SyncGroup&)>& change);
+    platform::Task editTracks(UUID groupID, const std::function<void(SyncGroup&)>& change);
     std::set<int> visibleActiveTracks(const SyncGroup& group) const;
 
     // ImportController+Undo.cpp
@@ -358,11 +368,14 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     const SyncGroup* unlockedGroup(UUID groupID) const;
     static platform::Task attachFile(std::weak_ptr<ImportController> weak, UUID groupID, FileURL file);
     void clipsLetGoOf(const std::vector<AudioMatch>& released);
+    bool hasScannedAudio() const { return scanResult_ && !scanResult_->audioAssets.empty(); }
+    std::vector<const MediaAsset*> audioPool() const;
+    const std::vector<std::size_t>& clipsUsing(const UUID& audioID) const;
     // ImportController+EditSmartAudio.cpp: what an edit means to that which Smart Audio knows.
     void removeSmartAudioCaches(UUID groupID);
     void removeRenderedAudio(UUID groupID);
     void invalidateCachesAfterUndo();
-    void reanalyseAll();
+    platform::Task reanalyseAll();
 
     const std::shared_ptr<platform::MainThread> mainThread_;
     const std::shared_ptr<platform::SettingsStore> settings_;
@@ -378,11 +391,14 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     std::optional<DiscoveryResult> discoveryResult_;
     std::optional<ScanResult> scanResult_;
     SyncGroupList syncGroups_;
+    /// Where in `syncGroups_` each audio is used. Absent until somebody asks, and after every change.
+    mutable std::optional<std::unordered_map<UUID, std::vector<std::size_t>>> clipsByAudio_;
     std::vector<WildTrack> wildTracks_;
     std::optional<FileURL> aleFileURL_;
     std::optional<ALEFile> aleFile_;
     std::optional<std::string> aleImportError_;
     UndoStack<SyncGroupList> undoStack_;
+    bool isEmptiedByEdit_ = false;
     ProjectFileState project_;
     std::optional<std::string> aleMatchStatus_;
     SmartAudioState smartAudio_;

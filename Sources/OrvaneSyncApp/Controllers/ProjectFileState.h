@@ -10,8 +10,9 @@ namespace orvane {
 struct ProjectFileState {
     std::optional<FileURL> currentURL;
     bool hasUnsavedChanges = false;
-    /// A project that was opened while its media could not be scanned: its edits wait for the next scan, and
-    /// a save before that keeps them.
+    /// The opened project with those entries whose clips no scan has found yet: a folder was gone, or a card
+    /// was not in. They wait for a scan that finds the clips, and every save keeps them. Absent when none
+    /// waits.
     std::optional<OrvaneSyncProject> unapplied;
 };
 

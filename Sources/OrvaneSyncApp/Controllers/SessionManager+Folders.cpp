@@ -45,6 +45,7 @@ bool SessionManager::createFolder(std::string_view name) {
 bool SessionManager::renameFolder(const std::string& from, std::string_view to) {
     assertOnMainThread();
     const std::string old = from, name(platform::text::trimmed(to));
+    loadSessionList(); // another process may have put sessions there
     const auto taken = folderNames();
     if (name.empty() || name == old || std::ranges::find(taken, name) != taken.end()) return false;
     changeFolders([old, name](std::vector<FolderInfo>& folders) {
@@ -54,18 +55,16 @@ bool SessionManager::renameFolder(const std::string& from, std::string_view to) 
         else
             entryMade(folders, name);
     });
-    std::vector<SessionInfo> moved;
+    std::vector<UUID> moved;
     for (const SessionInfo& info : sessions_)
-        if (info.folder == old) moved.push_back(info);
-    for (SessionInfo& info : moved) {
-        info.folder = name;
-        persistRecord(std::move(info));
-    }
+        if (info.folder == old) moved.push_back(info.id);
+    for (const UUID& id : moved) persistRecord(id, {.folder = name});
     return true;
 }
 
 void SessionManager::deleteEmptyFolder(const std::string& name) {
     assertOnMainThread();
+    loadSessionList(); // as above
     if (std::ranges::any_of(sessions_, [&](const SessionInfo& info) { return info.folder == name; })) return;
     if (folderInfo(name) == nullptr) return;
     changeFolders([name](std::vector<FolderInfo>& folders) {
@@ -121,21 +120,28 @@ void SessionManager::changeFolder(const std::string& name, std::function<void(Fo
     });
 }
 
-/// A change that can't be written holds here all the same, and is written with the next one.
+/// A change that can't be written holds here all the same, and is tried again.
 void SessionManager::changeFolders(SessionStore::FolderChange change) {
+    change(folderInfos_);
+    sortByName(folderInfos_);
     unsavedFolderChanges_.push_back(std::move(change));
+    writeFolderChanges();
+    notify(SessionField::folderInfos);
+}
+
+void SessionManager::writeFolderChanges() {
+    if (unsavedFolderChanges_.empty()) return;
     const auto changeAll = [this](std::vector<FolderInfo>& folders) {
         for (const auto& unsaved : unsavedFolderChanges_) unsaved(folders);
     };
     try {
         folderInfos_ = store_.changeFolderInfos(folderInfos_, changeAll);
         unsavedFolderChanges_.clear();
+        folderFailure_.reset();
     } catch (const platform::FileError& error) {
-        unsavedFolderChanges_.back()(folderInfos_);
-        sortByName(folderInfos_);
-        report(std::string("folders.json: ") + error.what());
+        folderFailure_ = std::string("folders.json: ") + error.what();
     }
-    notify(SessionField::folderInfos);
+    reportFailures();
 }
 
 // Settings that follow the work.

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 
 #include "Platform/Log.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <utility>
@@ -17,12 +18,6 @@ void attempt(std::vector<std::string>& failures, std::string_view file, const De
     } catch (const std::exception& error) {
         failures.push_back(std::string(file) + ": " + error.what());
     }
-}
-
-std::string joined(const std::vector<std::string>& failures) {
-    std::string text;
-    for (const std::string& failure : failures) text += (text.empty() ? "" : "; ") + failure;
-    return text;
 }
 
 } // namespace
@@ -51,47 +46,66 @@ platform::Task SessionManager::write(std::weak_ptr<SessionManager> weak, UUID id
     self = weak.lock();
     if (!self || !self->isNewest(id, token)) co_return;
 
-    const auto data = self->unwritten_.at(id);
-    auto writing = platform::onQueue(
-        *self->queue_, *self->mainThread_, [store = self->store_, writer = self->groupsWriter_, data, id] {
-            Outcome outcome;
-            attempt(outcome.failures, "groups.json", [&] { outcome.kept = writer->write(id, data->groups); });
-            attempt(outcome.failures, "folders.json", [&] { store.writeFolders(id, data->folders); });
-            return outcome;
-        });
+    const auto data = std::make_shared<const Unwritten>(self->unwritten_.at(id));
+    auto writing = platform::onQueue(*self->queue_, *self->mainThread_,
+                                     [store = self->store_, writer = self->groupsWriter_, data, id] {
+                                         Outcome outcome;
+                                         writeWork(store, *writer, id, *data, outcome);
+                                         return outcome;
+                                     });
     self.reset();
     Outcome outcome = co_await writing;
     self = weak.lock();
     if (!self) co_return;
-    if (outcome.kept && self->currentSessionId_ == id) {
-        self->problem_ = outcome.kept;
-        self->notify(SessionField::problem);
-    }
+    if (self->currentSessionId_ == id) self->tellOfKeptFile(std::exchange(outcome.kept, std::nullopt));
     if (!self->isNewest(id, token)) co_return;
 
-    auto listing = platform::onQueue(*self->queue_, *self->mainThread_, [store = self->store_, data] {
-        std::vector<std::string> failures;
-        attempt(failures, "session.json", [&] { store.writeInfo(data->info); });
-        return failures;
-    });
+    auto listing = platform::onQueue(*self->queue_, *self->mainThread_,
+                                     [store = self->store_, data, outcome = std::move(outcome)] {
+                                         Outcome whole = outcome;
+                                         writeRecord(store, *data, whole);
+                                         return whole;
+                                     });
     self.reset();
-    for (std::string& failure : co_await listing) outcome.failures.push_back(std::move(failure));
+    outcome = co_await listing;
     self = weak.lock();
-    if (self && self->isNewest(id, token)) self->finished(id, outcome);
+    if (self && self->isNewest(id, token)) self->finished(id, std::move(outcome));
 }
 
-void SessionManager::finished(const UUID& id, const Outcome& outcome) {
+void SessionManager::writeWork(const SessionStore& store, SessionGroupsWriter& writer, const UUID& id,
+                               const Unwritten& data, Outcome& outcome) {
+    if (!data.work) return;
+    attempt(outcome.failures, "groups.json", [&] {
+        auto written = writer.write(id, data.work->groups);
+        outcome.kept = std::move(written.kept);
+        outcome.areClipsOutdated = written.areOutdated;
+    });
+    if (!data.work->folders || (outcome.areClipsOutdated && data.work->areFoldersAsOpened)) return;
+    attempt(outcome.failures, "folders.json", [&] { store.writeFolders(id, *data.work->folders); });
+}
+
+/// Of a session whose clips another process has changed, only what somebody decided here.
+void SessionManager::writeRecord(const SessionStore& store, const Unwritten& data, Outcome& outcome) {
+    const auto change = outcome.areClipsOutdated ? data.change.decisions() : data.change;
+    if (!change) return;
+    attempt(outcome.failures, "session.json", [&] { outcome.info = store.changeInfo(data.info, *change); });
+}
+
+void SessionManager::finished(const UUID& id, Outcome outcome) {
     failures_.erase(id);
     if (outcome.failures.empty())
         unwritten_.erase(id);
     else
-        failures_[id] = joined(outcome.failures);
+        failures_[id] = platform::text::joined(outcome.failures, "; ");
     if (id != currentSessionId_ && outcome.failures.empty())
         queue_->post([writer = groupsWriter_, id] { writer->closed(id); });
-    report(failures_.empty() ? std::nullopt : std::optional(failures_.begin()->second));
+    if (outcome.info) adopt(std::move(*outcome.info));
+    reportFailures();
 }
 
-void SessionManager::report(std::optional<std::string> failure) {
+void SessionManager::reportFailures() {
+    std::optional<std::string> failure = folderFailure_;
+    if (!failures_.empty()) failure = failures_.begin()->second;
     if (failure) platform::logError("Session save failed: " + *failure);
     if (failure == lastSaveError_) return;
     lastSaveError_ = std::move(failure);
@@ -103,16 +117,14 @@ void SessionManager::writeNow(const UUID& id) {
     const auto waiting = unwritten_.find(id);
     if (waiting == unwritten_.end()) return;
     ++writeGeneration_[id];
-    const auto data = waiting->second;
+    const Unwritten data = waiting->second;
     Outcome outcome;
     queue_->sync([&] {
-        attempt(outcome.failures, "groups.json",
-                [&] { outcome.kept = groupsWriter_->write(id, data->groups); });
-        attempt(outcome.failures, "folders.json", [&] { store_.writeFolders(id, data->folders); });
-        attempt(outcome.failures, "session.json", [&] { store_.writeInfo(data->info); });
+        writeWork(store_, *groupsWriter_, id, data, outcome);
+        writeRecord(store_, data, outcome);
     });
-    if (outcome.kept) keptAtOpening_ = outcome.kept;
-    finished(id, outcome);
+    if (outcome.kept) keptFile_ = outcome.kept;
+    finished(id, std::move(outcome));
 }
 
 /// What the disk would not take is tried again.
@@ -133,6 +145,8 @@ platform::Task SessionManager::flush() {
     assertOnMainThread();
     saveScheduledChanges();
     captureNowIfScheduled();
+    writeFolderChanges();
+    retryFailedWrites();
     return finishWrites(weak_from_this());
 }
 
@@ -152,20 +166,22 @@ platform::Task SessionManager::finishWrites(std::weak_ptr<SessionManager> weak) 
 
 /// Writes the record at once, under a fresh token so that a save on its way does not bring the old one back.
 /// The clips of that save go on their way again.
-void SessionManager::persistRecord(SessionInfo info) {
-    info.modified = now();
-    const UUID id = info.id;
+void SessionManager::persistRecord(const UUID& id, SessionInfoChange change) {
+    const Unwritten data = this->change(id, std::move(change));
     ++writeGeneration_[id];
-    std::vector<std::string> failures;
-    attempt(failures, "session.json", [&] { store_.writeInfo(info); });
-    if (!failures.empty()) report(joined(failures));
-    if (const auto waiting = unwritten_.find(id); waiting != unwritten_.end()) {
-        Unwritten data = *waiting->second;
-        data.info = info;
-        waiting->second = std::make_shared<const Unwritten>(std::move(data));
-        startWriting(id);
+    if (!data.work && id != currentSessionId_ && store_.isDeleted(id)) { // by another process
+        unwritten_.erase(id);
+        failures_.erase(id);
+        loadSessionList();
+        return reportFailures();
     }
-    adopt(std::move(info));
+    Outcome outcome;
+    writeRecord(store_, data, outcome);
+    if (outcome.info) adopt(*outcome.info);
+    if (data.work)
+        startWriting(id);
+    else
+        finished(id, std::move(outcome));
 }
 
 } // namespace orvane

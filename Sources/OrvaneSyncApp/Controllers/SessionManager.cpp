@@ -68,26 +68,18 @@ SessionManager::SessionManager(Dependencies dependencies)
       queue_(platform::SerialQueue::create("sessions")) {}
 
 SessionManager::~SessionManager() {
-    listeners_.clear();
+    listeners_ = {};
     saveScheduledChanges();
     captureNowIfScheduled();
     writeUnwritten();
+    writeFolderChanges();
 }
 
 void SessionManager::assertOnMainThread() const { assert(mainThread_->isCurrent()); }
 
-void SessionManager::notify(SessionField field) {
-    std::erase_if(listeners_, [](const auto& listener) { return listener.expired(); });
-    const auto listeners = listeners_; // a listener may subscribe or unsubscribe
-    for (const auto& listener : listeners)
-        if (const auto callback = listener.lock()) (*callback)(field);
-}
-
 platform::Subscription SessionManager::onChange(std::function<void(SessionField)> callback) {
     assertOnMainThread();
-    auto listener = std::make_shared<std::function<void(SessionField)>>(std::move(callback));
-    listeners_.push_back(listener);
-    return listener;
+    return listeners_.add(std::move(callback));
 }
 
 // Saving.
@@ -101,54 +93,69 @@ platform::Task SessionManager::save(const ImportController& controller, std::opt
     } catch (const platform::FileError&) {
         // Writing into it fails with a reason of its own.
     }
-    SessionInfo info = nextInfo(id, controller, std::move(name));
-    unwritten_[id] = std::make_shared<const Unwritten>(
-        Unwritten{controller.syncGroups(),
-                  {controller.videoFolderURL(), controller.audioFolderURL(), std::nullopt, std::nullopt},
-                  info});
-    auto writing = startWriting(id);
-    adopt(std::move(info));
-    return writing;
+    change(id, changeBySave(controller, std::move(name))).work = workOf(controller);
+    return startWriting(id);
 }
 
-SessionInfo SessionManager::nextInfo(const UUID& id, const ImportController& controller,
-                                     std::optional<std::string> name) const {
-    const Date moment = now();
-    const SessionInfo* existing = session(id);
-    SessionInfo info;
-    if (existing != nullptr) info = *existing;
-    info.id = id;
-    if (name)
-        info.name = std::move(*name);
-    else if (info.nameAutoDerived)
-        info.name = defaultName(controller);
-    if (existing == nullptr) info.created = moment;
-    info.modified = moment;
+SessionInfoChange SessionManager::changeBySave(const ImportController& controller,
+                                               std::optional<std::string> name) const {
     const SyncGroupList& groups = controller.syncGroups();
-    info.groupCount = static_cast<int>(groups.size());
-    info.lockedCount = static_cast<int>(
-        std::count_if(groups.begin(), groups.end(), [](const SyncGroup& group) { return group.isLocked; }));
-    return info;
+    SessionInfoChange change;
+    if (!name) change.derivedName = defaultName(controller);
+    change.name = std::move(name);
+    change.counts = {static_cast<int>(groups.size()),
+                     static_cast<int>(std::count_if(groups.begin(), groups.end(),
+                                                    [](const SyncGroup& group) { return group.isLocked; }))};
+    return change;
 }
 
-std::string SessionManager::defaultName(const ImportController& controller) const {
+/// A bookmark, of another platform, goes with the path it was made of.
+std::shared_ptr<const SessionManager::Work> SessionManager::workOf(const ImportController& controller) const {
+    SessionFolders folders{controller.videoFolderURL(), controller.audioFolderURL(), {}, {}};
+    if (folders.videoFolder == openedFolders_.videoFolder)
+        folders.videoBookmark = openedFolders_.videoBookmark;
+    if (folders.audioFolder == openedFolders_.audioFolder)
+        folders.audioBookmark = openedFolders_.audioBookmark;
+    Work work{controller.syncGroups(), folders, folders == openedFolders_};
+    if (areFoldersUnreadable_ && work.areFoldersAsOpened) work.folders.reset();
+    return std::make_shared<const Work>(std::move(work));
+}
+
+/// Nothing while nobody knows the folders of a session that has some.
+std::optional<std::string> SessionManager::defaultName(const ImportController& controller) const {
     for (const auto* folder : {&controller.videoFolderURL(), &controller.audioFolderURL()}) {
         if (!*folder) continue;
         std::string name = (*folder)->lastPathComponent();
         if (!name.empty()) return name;
     }
+    if (areFoldersUnreadable_) return std::nullopt;
     return "Session " + dayText(now());
 }
 
-/// Into the list, at once and in order.
+SessionManager::Unwritten& SessionManager::change(const UUID& id, SessionInfoChange change) {
+    change.modified = now();
+    const SessionInfo* shown = session(id);
+    Unwritten& unwritten = unwritten_[id];
+    unwritten.info = shown != nullptr ? *shown : SessionInfo{.id = id, .created = *change.modified};
+    unwritten.change.add(change);
+    change.apply(unwritten.info);
+    adopt(unwritten.info);
+    return unwritten;
+}
+
 void SessionManager::adopt(SessionInfo info) {
+    place(std::move(info));
+    notify(SessionField::sessions);
+}
+
+/// Into the list, in order.
+void SessionManager::place(SessionInfo info) {
     const auto found = std::ranges::find(sessions_, info.id, &SessionInfo::id);
     if (found == sessions_.end())
         sessions_.push_back(std::move(info));
     else
         *found = std::move(info);
     std::ranges::stable_sort(sessions_, std::ranges::greater{}, &SessionInfo::modified);
-    notify(SessionField::sessions);
 }
 
 void SessionManager::start(const std::shared_ptr<ImportController>& controller) {
@@ -176,12 +183,13 @@ void SessionManager::saveScheduledChanges() {
     if (isSaveScheduled_) autosaveIfNeeded();
 }
 
-/// Nothing empty is saved by itself: work that is left behind, and clips that could not be read, stay what
-/// they are on the disk.
+/// A list is saved empty only if the editor has taken the last clip out: work that is left behind, a card
+/// that is empty today and clips that could not be read leave what is on the disk.
 void SessionManager::autosaveIfNeeded() {
     isSaveScheduled_ = false;
     const auto controller = autosaveController_.lock();
-    if (controller && currentSessionId_ && !controller->syncGroups().empty()) save(*controller);
+    if (!controller || !currentSessionId_) return;
+    if (!controller->syncGroups().empty() || controller->isEmptiedByEdit()) save(*controller);
 }
 
 void SessionManager::scheduleTimer() {
@@ -190,6 +198,7 @@ void SessionManager::scheduleTimer() {
         const auto self = weak.lock();
         if (!self) return;
         self->retryFailedWrites();
+        self->writeFolderChanges();
         self->autosaveIfNeeded();
         self->scheduleTimer();
     });
@@ -213,6 +222,12 @@ void SessionManager::becomeActive() {
 void SessionManager::loadSessionList() {
     assertOnMainThread();
     sessions_ = store_.list();
+    for (const auto& [id, unwritten] : unwritten_) {
+        const SessionInfo* onDisk = session(id);
+        SessionInfo info = onDisk != nullptr ? *onDisk : unwritten.info;
+        unwritten.change.apply(info);
+        place(std::move(info));
+    }
     notify(SessionField::sessions);
 }
 
@@ -221,24 +236,30 @@ void SessionManager::load(UUID sessionId, ImportController& controller) {
     if (!store_.exists(sessionId)) return;
     leaveSession();
     captureActiveSettingsSnapshot();
-    keptAtOpening_.reset();
+    keptFile_.reset();
     writeNow(sessionId); // what is read must be the newest
     auto read = store_.readGroups(sessionId);
-    SessionFolders folders = store_.readFolders(sessionId).value_or(SessionFolders{});
+    const auto folders = store_.readFolders(sessionId);
     queue_->post([writer = groupsWriter_, sessionId, read] { writer->opened(sessionId, read); });
-    if (const auto newer = unwritten_.find(sessionId); newer != unwritten_.end()) {
-        read.groups = newer->second->groups; // which the disk would not take
-        folders = newer->second->folders;
+    openedFolders_ = folders.record.value_or(SessionFolders{});
+    areFoldersUnreadable_ = folders.problem.has_value();
+    SessionFolders media = openedFolders_;
+    if (const auto newer = unwritten_.find(sessionId); newer != unwritten_.end() && newer->second.work) {
+        read.groups = newer->second.work->groups; // which the disk would not take
+        media = newer->second.work->folders.value_or(media);
     }
     {
         const Restoring restoring(*this);
-        controller.openStoredWork({folders.videoFolder, folders.audioFolder, std::move(read.groups)});
+        controller.openStoredWork({media.videoFolder, media.audioFolder, std::move(read.groups)});
     }
     setCurrentSession(sessionId);
-    if (auto problem = read.problem ? std::move(read.problem) : std::move(keptAtOpening_)) {
-        problem_ = std::move(problem);
+    for (const auto& problem : {store_.readInfo(sessionId).problem, folders.problem, read.problem})
+        if (problem) openingProblem_ = openingProblem_ ? *openingProblem_ + "; " + *problem : *problem;
+    if (openingProblem_) {
+        problem_ = openingProblem_;
         notify(SessionField::problem);
     }
+    tellOfKeptFile(std::exchange(keptFile_, std::nullopt));
     const FolderInfo* folder = folderOfSession(sessionId);
     if (folder == nullptr || !folder->activeSettingsSnapshot) return;
     try {
@@ -260,6 +281,8 @@ platform::Task SessionManager::newSession(ImportController& controller) {
         const Restoring restoring(*this);
         controller.openStoredWork({});
     }
+    openedFolders_ = {};
+    areFoldersUnreadable_ = false;
     setCurrentSession(UUID::random());
     return save(controller);
 }
@@ -274,8 +297,16 @@ void SessionManager::setCurrentSession(std::optional<UUID> id) {
     const auto before = std::exchange(currentSessionId_, id);
     if (before && before != id && !unwritten_.contains(*before))
         queue_->post([writer = groupsWriter_, left = *before] { writer->closed(left); });
+    openingProblem_.reset();
     if (std::exchange(problem_, std::nullopt)) notify(SessionField::problem);
     notify(SessionField::currentSessionId);
+}
+
+/// The last one; what could not be read stays told of.
+void SessionManager::tellOfKeptFile(const std::optional<std::string>& kept) {
+    if (!kept) return;
+    problem_ = openingProblem_ ? *openingProblem_ + "; " + *kept : *kept;
+    notify(SessionField::problem);
 }
 
 // Names and places.
@@ -287,23 +318,16 @@ const SessionInfo* SessionManager::session(const UUID& sessionId) const {
 
 void SessionManager::rename(const UUID& sessionId, std::string name) {
     assertOnMainThread();
-    const SessionInfo* existing = session(sessionId);
-    if (existing == nullptr) return;
-    SessionInfo info = *existing;
-    info.name = std::move(name);
-    info.nameAutoDerived = false;
-    persistRecord(std::move(info));
+    if (session(sessionId) != nullptr)
+        persistRecord(sessionId, {.name = std::move(name), .nameAutoDerived = false});
 }
 
 void SessionManager::setFolder(const UUID& sessionId, const std::optional<std::string>& folder) {
     assertOnMainThread();
-    const SessionInfo* existing = session(sessionId);
-    if (existing == nullptr) return;
-    SessionInfo info = *existing;
-    info.folder = folder;
-    if (folder) info.folder = std::string(platform::text::trimmed(*folder));
-    if (info.folder == "") info.folder.reset();
-    persistRecord(std::move(info));
+    if (session(sessionId) == nullptr) return;
+    std::optional<std::string> name(platform::text::trimmed(folder.value_or("")));
+    if (name->empty()) name.reset();
+    persistRecord(sessionId, {.folder = std::move(name)});
 }
 
 void SessionManager::deleteSession(UUID sessionId) {
@@ -317,6 +341,7 @@ void SessionManager::deleteSession(UUID sessionId) {
         // What is still there is still listed.
     }
     queue_->post([writer = groupsWriter_, sessionId] { writer->closed(sessionId); });
+    reportFailures();
     if (currentSessionId_ == sessionId) setCurrentSession(std::nullopt);
     loadSessionList();
 }

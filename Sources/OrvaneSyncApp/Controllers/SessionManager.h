@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
 #include "OrvaneSyncCore/Services/Persistence/SessionGroupsWriter.h"
 #include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
+#include "Platform/Listeners.h"
 
 #include <cstdint>
 #include <functional>
@@ -44,7 +45,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     const std::optional<UUID>& currentSessionId() const { return currentSessionId_; }
     /// What the last writing of a session failed at; absent once all are written.
     const std::optional<std::string>& lastSaveError() const { return lastSaveError_; }
-    /// What people should know of the open session's clips: that they can't be read, or which file was kept.
+    /// What people should know of the open session: what of it can't be read, or which file was kept.
     const std::optional<std::string>& problem() const { return problem_; }
     /// Sorted by name.
     const std::vector<FolderInfo>& folderInfos() const { return folderInfos_; }
@@ -58,13 +59,15 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     /// its place, or it has failed (`lastSaveError`). Nothing without an open session. A session that was
     /// never renamed is named after its media folders.
     platform::Task save(const ImportController& controller, std::optional<std::string> name = std::nullopt);
-    /// From now on: saves after every change of clips or folders and every 5 seconds, unless there are no
-    /// clips, and watches the settings. Once; later calls do nothing.
+    /// From now on: saves after every change of clips or folders and every 5 seconds, and watches the
+    /// settings. A list without clips is saved only where the editor has emptied it. Once; later calls do
+    /// nothing.
     void start(const std::shared_ptr<ImportController>& controller);
     /// The application is left, or comes back: saves; the timer rests in between.
     void resignActive();
     void becomeActive();
-    /// Done when every save so far is on the disk or has failed, a change that was just made too.
+    /// Done when every save so far is on the disk or has failed, a change that was just made too. What failed
+    /// before is tried again.
     platform::Task flush();
 
     // Opening.
@@ -111,28 +114,40 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     void captureActiveSettingsSnapshot();
 
   private:
-    /// What a save has to write.
-    struct Unwritten {
+    /// The clips of a save.
+    struct Work {
         SyncGroupList groups;
-        SessionFolders folders;
-        SessionInfo info;
+        std::optional<SessionFolders> folders; ///< absent: those on the disk, which can't be read
+        bool areFoldersAsOpened = false;
+    };
+    /// What of a session is not on the disk yet.
+    struct Unwritten {
+        std::shared_ptr<const Work> work; ///< null: its record alone
+        SessionInfo info;                 ///< as it is shown, with the change
+        SessionInfoChange change;
     };
     struct Outcome {
-        std::vector<std::string> failures;
-        std::optional<std::string> kept;
+        std::vector<std::string> failures{};
+        std::optional<std::string> kept{};
+        bool areClipsOutdated = false;
+        std::optional<SessionInfo> info{}; ///< as it now is on the disk
     };
     class Restoring;
 
     explicit SessionManager(Dependencies dependencies);
-    void notify(SessionField field);
+    void notify(SessionField field) const { listeners_.tell(field); }
     void assertOnMainThread() const;
     Date now() const { return clock_->date(); }
 
-    SessionInfo nextInfo(const UUID& id, const ImportController& controller,
-                         std::optional<std::string> name) const;
-    std::string defaultName(const ImportController& controller) const;
+    SessionInfoChange changeBySave(const ImportController& controller, std::optional<std::string> name) const;
+    std::shared_ptr<const Work> workOf(const ImportController& controller) const;
+    std::optional<std::string> defaultName(const ImportController& controller) const;
+    /// Notes a change of a record as unwritten and shows it.
+    Unwritten& change(const UUID& id, SessionInfoChange change);
     void adopt(SessionInfo info);
+    void place(SessionInfo info);
     void setCurrentSession(std::optional<UUID> id);
+    void tellOfKeptFile(const std::optional<std::string>& kept);
     void leaveSession();
     void scheduleSave();
     void saveScheduledChanges();
@@ -144,18 +159,22 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     static platform::Task write(std::weak_ptr<SessionManager> weak, UUID id, std::uint64_t token);
     static platform::Task finishWrites(std::weak_ptr<SessionManager> weak);
     bool isNewest(const UUID& id, std::uint64_t token) const;
+    static void writeWork(const SessionStore& store, SessionGroupsWriter& writer, const UUID& id,
+                          const Unwritten& data, Outcome& outcome);
+    static void writeRecord(const SessionStore& store, const Unwritten& data, Outcome& outcome);
     void writeNow(const UUID& id);
     void writeUnwritten();
     void retryFailedWrites();
-    void finished(const UUID& id, const Outcome& outcome);
-    void persistRecord(SessionInfo info);
-    void report(std::optional<std::string> failure);
+    void finished(const UUID& id, Outcome outcome);
+    void persistRecord(const UUID& id, SessionInfoChange change);
+    void reportFailures();
 
     // SessionManager+Folders.cpp
     void startObservingSettingsChanges();
     void settingsChanged();
     void captureNowIfScheduled();
     void changeFolders(SessionStore::FolderChange change);
+    void writeFolderChanges();
     void changeFolder(const std::string& name, std::function<void(FolderInfo&)> change);
     const FolderInfo* folderOfSession(const UUID& sessionId) const;
 
@@ -164,15 +183,17 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     const std::shared_ptr<const platform::Clock> clock_;
     const SessionStore store_;
     const PresetManager presetManager_{};
-    std::vector<std::weak_ptr<std::function<void(SessionField)>>> listeners_;
+    platform::Listeners<SessionField> listeners_;
 
     std::vector<SessionInfo> sessions_;
     std::optional<UUID> currentSessionId_;
     std::optional<std::string> lastSaveError_;
     std::optional<std::string> problem_;
+    std::optional<std::string> openingProblem_; ///< what of the open session could not be read
     std::vector<FolderInfo> folderInfos_;
     /// Changes of the folders that are not on the disk yet.
     std::vector<SessionStore::FolderChange> unsavedFolderChanges_;
+    std::optional<std::string> folderFailure_;
 
     std::weak_ptr<ImportController> autosaveController_;
     platform::Subscription controllerObservation_;
@@ -185,9 +206,11 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
 
     /// The newest write token of each session: an older write stops where it finds another one.
     std::map<UUID, std::uint64_t> writeGeneration_;
-    std::map<UUID, std::shared_ptr<const Unwritten>> unwritten_;
-    std::map<UUID, std::string> failures_; ///< of sessions in `unwritten_`
-    std::optional<std::string> keptAtOpening_;
+    std::map<UUID, Unwritten> unwritten_;
+    std::map<UUID, std::string> failures_;  ///< of sessions in `unwritten_`
+    SessionFolders openedFolders_;          ///< of the open session, as they were read
+    bool areFoldersUnreadable_ = false;     ///< those of the open session
+    std::optional<std::string> keptFile_{}; ///< what is to be told of a file that was kept while opening
     std::vector<platform::Task> writes_;
     /// Belongs to the queue.
     const std::shared_ptr<SessionGroupsWriter> groupsWriter_;

@@ -11,7 +11,6 @@ namespace orvane::cli::rpc {
 namespace {
 
 FileURL readable(const std::string& path, bool isFolder) {
-    if (path.empty()) throw Error(ErrorCode::invalidParams, "a path is empty");
     if (const std::string why = whyUnreadable(path, isFolder); !why.empty())
         throw Error(ErrorCode::operationFailed, std::string("can't read the ") +
                                                     (isFolder ? "folder" : "file") + " '" + path +
@@ -21,17 +20,24 @@ FileURL readable(const std::string& path, bool isFolder) {
 
 } // namespace
 
-bool Desk::knows(const Call& call) const {
-    const auto isOneOf = [](const auto& list, const UUID& id) {
-        return std::ranges::any_of(list, [&](const auto& element) { return element.id == id; });
+void Desk::expectKnown(const Call& call) const {
+    const auto expect = [&](const auto& list, std::string_view name, const char* what) {
+        if (call.has(name) &&
+            std::ranges::none_of(list, [&](const auto& element) { return element.id == call.id(name); }))
+            throw Error(ErrorCode::operationFailed, std::string(what) + " not found");
     };
-    if (call.has("id")) return isOneOf(controller->wildTracks(), call.id("id"));
+    if (call.has("id")) expect(controller->wildTracks(), "id", "Wild track");
     const char* const clip = call.has("of") ? "of" : "groupID";
-    if (!call.has(clip)) return true;
-    const SyncGroup* group = controller->syncGroups().find(call.id(clip));
-    if (group == nullptr) return false;
-    if (call.has("matchID")) return isOneOf(group->audioMatches, call.id("matchID"));
-    return !call.has("overrideID") || isOneOf(group->manualBlockOverrides, call.id("overrideID"));
+    if (!call.has(clip)) return;
+    const SyncGroup& known = group(call.id(clip));
+    expect(known.audioMatches, "matchID", "Audio match");
+    expect(known.manualBlockOverrides, "overrideID", "Range override");
+}
+
+platform::Task Desk::withUndo(const UndoStep& step, const std::function<platform::Task()>& edit) const {
+    auto analysis = platform::Task::ended();
+    controller->withUndo(step, [&] { analysis = edit(); });
+    return analysis;
 }
 
 const SyncGroup& Desk::group(const UUID& id) const {

@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 #include "Platform/SettingsStore.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -18,9 +19,11 @@ class Desk {
     std::shared_ptr<SessionManager> sessions;
     std::shared_ptr<platform::SettingsStore> settings;
 
-    /// Whether the clip, recording, range or wild track that a call names is there: one that is not makes an
-    /// operation do nothing, and then there is nothing to take back.
-    bool knows(const Call& call) const;
+    /// Throws for a clip, recording, range or wild track that a call names and that is not there: before the
+    /// call has done anything, so that there is nothing to take back.
+    void expectKnown(const Call& call) const;
+    /// Runs an edit as an undo step. The task is that of the analysis which the edit sets off.
+    platform::Task withUndo(const UndoStep& step, const std::function<platform::Task()>& edit) const;
     /// Throws GroupNotFound.
     const SyncGroup& group(const UUID& id) const;
 };

@@ -23,15 +23,15 @@ int trackOf(const SyncGroup& group, const Call& call) {
                 "trackIndex: the clip has tracks 1 to " + std::to_string(std::max(channels, 1)));
 }
 
-Method onTrack(std::string_view name, const UndoStep& step, void (Controller::*operation)(const UUID&, int)) {
-    return {name, {groupID, {"trackIndex", integer}}, [step, operation](Desk& desk, const Call& call) {
-                if (!desk.knows(call)) return JSON();
-                Controller& controller = *desk.controller;
-                const UUID group = call.id("groupID");
-                const int track = trackOf(desk.group(group), call);
-                controller.withUndo(step, [&] { (controller.*operation)(group, track); });
-                return JSON();
-            }};
+Method onTrack(std::string_view name, const UndoStep& step,
+               platform::Task (Controller::*operation)(const UUID&, int)) {
+    return Method::later(name, {groupID, {"trackIndex", integer}},
+                         [step, operation](Desk& desk, const Call& call, const std::shared_ptr<JSON>&) {
+                             const UUID group = call.id("groupID");
+                             const int track = trackOf(desk.group(group), call);
+                             return desk.withUndo(
+                                 step, [&] { return (*desk.controller.*operation)(group, track); });
+                         });
 }
 
 platform::Task runAnalysis(Desk& desk, const Call& call, const std::shared_ptr<JSON>&) {

@@ -22,9 +22,19 @@ Method edit(std::string_view name, const UndoStep& step, std::vector<Parameter> 
             Operation operation) {
     return {name, std::move(parameters), [step, operation](Desk& desk, const Call& call) {
                 Controller& controller = *desk.controller;
-                if (desk.knows(call)) controller.withUndo(step, [&] { operation(controller, call); });
+                controller.withUndo(step, [&] { operation(controller, call); });
                 return JSON();
             }};
+}
+
+/// The same for an operation that has the clip analysed again, if it was; done when it has been.
+template <class Operation>
+Method editAndListen(std::string_view name, const UndoStep& step, std::vector<Parameter> parameters,
+                     Operation operation) {
+    return Method::later(name, std::move(parameters),
+                         [step, operation](Desk& desk, const Call& call, const std::shared_ptr<JSON>&) {
+                             return desk.withUndo(step, [&] { return operation(*desk.controller, call); });
+                         });
 }
 
 Method onGroup(std::string_view name, const UndoStep& step, void (Controller::*operation)(UUID)) {
@@ -54,8 +64,7 @@ MediaAsset audio(const Controller& controller, const Call& call) {
     const JSON given = call.any("audio");
     if (const std::string* text = given.string()) {
         const auto wanted = UUID::fromText(*text);
-        for (MediaAsset& asset : controller.availableAudioPool())
-            if (wanted && asset.id == *wanted) return std::move(asset);
+        if (const MediaAsset* asset = wanted ? controller.audioInPool(*wanted) : nullptr) return *asset;
         throw Error(ErrorCode::operationFailed, "attachAudioToGroup: no audio has this identifier");
     }
     try {
@@ -74,10 +83,9 @@ JSON lockCluster(Desk& desk, const Call& call) {
         throw Error(ErrorCode::invalidParams, "lockAllInCluster: there is no source '" + source + "'");
     const std::string pattern =
         call.textIfPresent("customPattern").value_or(settings.text("customNamingPattern"));
-    if (desk.knows(call))
-        desk.controller->withUndo(undoSteps::lockAllInCluster, [&] {
-            desk.controller->lockAllInCluster(call.id("of"), GroupNaming::sourceFrom(source), pattern);
-        });
+    desk.controller->withUndo(undoSteps::lockAllInCluster, [&] {
+        desk.controller->lockAllInCluster(call.id("of"), GroupNaming::sourceFrom(source), pattern);
+    });
     return {};
 }
 
@@ -124,26 +132,25 @@ std::vector<Method> valueMethods() {
         Method("setSyncMethod", {groupID, {"method", text}},
                [](Desk& desk, const Call& call) {
                    const SyncMethod method = syncMethod(call);
-                   if (desk.knows(call))
-                       desk.controller->withUndo(setSyncMethod, [&] {
-                           desk.controller->setSyncMethod(call.id("groupID"), method);
-                       });
+                   desk.controller->withUndo(
+                       setSyncMethod, [&] { desk.controller->setSyncMethod(call.id("groupID"), method); });
                    return JSON();
                }),
         edit("setManualSensorFrameRate", setManualSensorFrameRate, {groupID, {"fps", number, true}},
              [](Controller& controller, const Call& call) {
                  controller.setManualSensorFrameRate(call.id("groupID"), call.numberIfPresent("fps"));
              }),
-        edit("addBlockOverride", addBlockOverride,
-             {groupID, {"startSeconds", number}, {"endSeconds", number}, {"trackIndex", integer}},
-             [](Controller& controller, const Call& call) {
-                 controller.addBlockOverride(call.id("groupID"), call.number("startSeconds"),
-                                             call.number("endSeconds"), call.integer("trackIndex"));
-             }),
-        edit("removeBlockOverride", removeBlockOverride, {groupID, {"overrideID", id}},
-             [](Controller& controller, const Call& call) {
-                 controller.removeBlockOverride(call.id("groupID"), call.id("overrideID"));
-             }),
+        editAndListen("addBlockOverride", addBlockOverride,
+                      {groupID, {"startSeconds", number}, {"endSeconds", number}, {"trackIndex", integer}},
+                      [](Controller& controller, const Call& call) {
+                          return controller.addBlockOverride(call.id("groupID"), call.number("startSeconds"),
+                                                             call.number("endSeconds"),
+                                                             call.integer("trackIndex"));
+                      }),
+        editAndListen("removeBlockOverride", removeBlockOverride, {groupID, {"overrideID", id}},
+                      [](Controller& controller, const Call& call) {
+                          return controller.removeBlockOverride(call.id("groupID"), call.id("overrideID"));
+                      }),
         edit("setMasterGain", setMasterGain, {groupID, {"gainDB", number}, {"auto", boolean}},
              [](Controller& controller, const Call& call) {
                  controller.setMasterGain(call.id("groupID"), call.number("gainDB"), call.boolean("auto"));
@@ -157,13 +164,12 @@ std::vector<Method> audioListMethods() {
         Method("attachAudioToGroup", {groupID, {"audio", any}},
                [](Desk& desk, const Call& call) {
                    const MediaAsset asset = audio(*desk.controller, call);
-                   if (!desk.knows(call)) return JSON();
                    desk.controller->withUndo(attachAudioToGroup, [&] {
                        desk.controller->attachAudioToGroup(call.id("groupID"), asset);
                    });
                    return JSON();
                }),
-        Method::later("chooseAndAttachAudio", {groupID, {"path", text}},
+        Method::later("chooseAndAttachAudio", {groupID, {"path", path}},
                       [](Desk& desk, const Call& call, const std::shared_ptr<JSON>&) {
                           return desk.controller->chooseAndAttachAudio(call.id("groupID"),
                                                                        readableFile(call.text("path")));
@@ -174,11 +180,10 @@ std::vector<Method> audioListMethods() {
              }),
         edit("resyncAllClips", resyncAllClips, {},
              [](Controller& controller, const Call&) { controller.resyncAllClips(); }),
-        Method("resetAllClipsToAutoSync", {},
-               [](Desk& desk, const Call&) {
-                   desk.controller->resetAllClipsToAutoSync();
-                   return JSON();
-               }),
+        Method::later("resetAllClipsToAutoSync", {},
+                      [](Desk& desk, const Call&, const std::shared_ptr<JSON>&) {
+                          return desk.controller->resetAllClipsToAutoSync();
+                      }),
         edit("renameWildTrack", renameWildTrack, {{"id", id}, {"to", text}},
              [](Controller& controller, const Call& call) {
                  controller.renameWildTrack(call.id("id"), call.text("to"));

@@ -67,7 +67,7 @@ Method onAll(std::string_view name, void (ImportController::*operation)()) {
 std::vector<Method> reportMethods() {
     using Controller = ImportController;
     return {
-        Method("loadALE", {{"path", text}}, loadALE),
+        Method("loadALE", {{"path", path}}, loadALE),
         onGroup("clearALEMetadata", &Controller::clearALEMetadata),
         onGroup("clearLockitMetadata", &Controller::clearLockitMetadata),
         onAll("clearALEMetadataForAllClips", &Controller::clearALEMetadataForAllClips),
@@ -77,19 +77,17 @@ std::vector<Method> reportMethods() {
 
 std::vector<Method> fileMethods() {
     return {
-        Method("saveProject", {{"path", text}},
+        Method("saveProject", {{"path", path}},
                [](Desk& desk, const Call& call) {
-                   const std::string& path = call.text("path");
-                   if (path.empty()) throw Error(ErrorCode::invalidParams, "saveProject: path is empty");
-                   desk.controller->saveProject({platform::files::standardized(path)});
+                   desk.controller->saveProject({platform::files::standardized(call.text("path"))});
                    return JSON();
                }),
-        Method::later("loadProject", {{"path", text}},
+        Method::later("loadProject", {{"path", path}},
                       [](Desk& desk, const Call& call, const std::shared_ptr<JSON>&) {
                           return desk.controller->loadProject(readableFile(call.text("path")));
                       }),
-        Method("exportFCPXML", {{"output", text}, {"eventName", text, true}}, exportFCPXML),
-        Method("exportSingleClip", {groupID, {"output", text}, {"eventName", text, true}}, exportSingleClip),
+        Method("exportFCPXML", {{"output", path}, {"eventName", text, true}}, exportFCPXML),
+        Method("exportSingleClip", {groupID, {"output", path}, {"eventName", text, true}}, exportSingleClip),
     };
 }
 

@@ -9,6 +9,8 @@ using enum Parameter::Kind;
 
 const Parameter sessionId{"sessionId", id};
 
+Error sessionNotFound() { return {ErrorCode::operationFailed, "Session not found"}; }
+
 /// A method that gives nothing.
 template <class Operation>
 Method doing(std::string_view name, std::vector<Parameter> parameters, Operation operation) {
@@ -16,6 +18,25 @@ Method doing(std::string_view name, std::vector<Parameter> parameters, Operation
                 operation(desk, call);
                 return JSON();
             }};
+}
+
+/// The same for a session of the list.
+template <class Operation>
+Method onSession(std::string_view name, std::vector<Parameter> more, Operation operation) {
+    std::vector<Parameter> parameters{sessionId};
+    for (Parameter& parameter : more) parameters.push_back(parameter);
+    return {name, std::move(parameters), [operation](Desk& desk, const Call& call) {
+                const UUID session = call.id("sessionId");
+                if (desk.sessions->session(session) == nullptr) throw sessionNotFound();
+                return operation(desk, session, call);
+            }};
+}
+
+/// Also opens what lies on the disk and is not in the list.
+void loadSession(Desk& desk, const Call& call) {
+    const UUID session = call.id("sessionId");
+    desk.sessions->load(session, *desk.controller);
+    if (desk.sessions->currentSessionId() != session) throw sessionNotFound();
 }
 
 /// Ends when the session is on the disk; an error of the writing is the answer.
@@ -47,8 +68,8 @@ JSON folderInfo(Desk& desk, const Call& call) {
     return folder == nullptr ? JSON() : toJSON(*folder);
 }
 
-JSON suggestedName(Desk& desk, const Call& call) {
-    const auto name = desk.sessions->suggestedSessionName(call.id("sessionId"));
+JSON suggestedName(Desk& desk, const UUID& session, const Call&) {
+    const auto name = desk.sessions->suggestedSessionName(session);
     return name ? JSON(*name) : JSON();
 }
 
@@ -66,23 +87,25 @@ std::vector<Method> openingMethods() {
                           return saved(desk,
                                        desk.sessions->save(*desk.controller, call.textIfPresent("name")));
                       }),
-        doing("loadSession", {sessionId},
-              [](Desk& desk, const Call& call) {
-                  desk.sessions->load(call.id("sessionId"), *desk.controller);
-              }),
+        doing("loadSession", {sessionId}, loadSession),
         doing("loadMostRecentSession", {},
               [](Desk& desk, const Call&) { desk.sessions->loadMostRecentSession(*desk.controller); }),
-        doing("renameSession", {sessionId, {"name", text}},
-              [](Desk& desk, const Call& call) {
-                  desk.sessions->rename(call.id("sessionId"), call.text("name"));
-              }),
-        doing("setSessionFolder", {sessionId, {"folder", text, true}},
-              [](Desk& desk, const Call& call) {
-                  desk.sessions->setFolder(call.id("sessionId"), call.textIfPresent("folder"));
-              }),
-        doing("deleteSession", {sessionId},
-              [](Desk& desk, const Call& call) { desk.sessions->deleteSession(call.id("sessionId")); }),
-        Method("suggestedSessionName", {sessionId}, suggestedName),
+        onSession("renameSession", {{"name", text}},
+                  [](Desk& desk, const UUID& session, const Call& call) {
+                      desk.sessions->rename(session, call.text("name"));
+                      return JSON();
+                  }),
+        onSession("setSessionFolder", {{"folder", text, true}},
+                  [](Desk& desk, const UUID& session, const Call& call) {
+                      desk.sessions->setFolder(session, call.textIfPresent("folder"));
+                      return JSON();
+                  }),
+        onSession("deleteSession", {},
+                  [](Desk& desk, const UUID& session, const Call&) {
+                      desk.sessions->deleteSession(session);
+                      return JSON();
+                  }),
+        onSession("suggestedSessionName", {}, suggestedName),
     };
 }
 

@@ -8,13 +8,15 @@ namespace {
 
 using enum Parameter::Kind;
 
-/// A folder that is not named stays. Both are looked at before either is taken.
+std::optional<FileURL> folder(const Call& call, std::string_view name) {
+    return call.has(name) ? std::optional(readableFolder(call.text(name))) : std::nullopt;
+}
+
+/// A folder that is not named stays, a null takes it away. Both are looked at before either is taken.
 JSON setFolders(Desk& desk, const Call& call) {
-    std::optional<FileURL> video, audio;
-    if (const auto path = call.textIfPresent("videoFolder")) video = readableFolder(*path);
-    if (const auto path = call.textIfPresent("audioFolder")) audio = readableFolder(*path);
-    if (video) desk.controller->setVideoFolderURL(video);
-    if (audio) desk.controller->setAudioFolderURL(audio);
+    const auto video = folder(call, "videoFolder"), audio = folder(call, "audioFolder");
+    if (call.mentions("videoFolder")) desk.controller->setVideoFolderURL(video);
+    if (call.mentions("audioFolder")) desk.controller->setAudioFolderURL(audio);
     return {};
 }
 
@@ -28,7 +30,7 @@ platform::Task startScan(Desk& desk, Call, std::shared_ptr<JSON>) {
 
 std::vector<Method> workMethods() {
     return {
-        Method("setFolders", {{"videoFolder", text, true}, {"audioFolder", text, true}}, setFolders),
+        Method("setFolders", {{"videoFolder", path, true}, {"audioFolder", path, true}}, setFolders),
         Method::later("startScan", {}, startScan),
         Method("reset", {},
                [](Desk& desk, const Call&) {

@@ -13,6 +13,7 @@ std::string_view kindText(Parameter::Kind kind) {
     case id:
         return "an identifier";
     case text:
+    case path:
         return "a text";
     case number:
         return "a number";
@@ -32,6 +33,7 @@ bool isOfKind(const JSON& value, Parameter::Kind kind) {
     case id:
         return value.string() != nullptr && UUID::fromText(*value.string());
     case text:
+    case path:
         return value.string() != nullptr;
     case number:
         return value.number().has_value();
@@ -48,6 +50,14 @@ bool isOfKind(const JSON& value, Parameter::Kind kind) {
     return true;
 }
 
+/// What is wrong with an argument; nothing when it is as the method wants it.
+std::string problemOf(const JSON& value, Parameter::Kind kind) {
+    if (!isOfKind(value, kind)) return "must be " + std::string(kindText(kind));
+    if (kind != Parameter::Kind::path) return {};
+    if (value.string()->empty()) return "is empty";
+    return value.string()->find('\0') == std::string::npos ? "" : "holds a NUL character";
+}
+
 } // namespace
 
 Call::Call(const Method& method, const JSON* params) {
@@ -60,9 +70,9 @@ Call::Call(const Method& method, const JSON* params) {
         const JSON* value = find(parameter.name);
         if (value == nullptr && !parameter.isOptional)
             throw Error(ErrorCode::invalidParams, said + std::string(parameter.name) + " is missing");
-        if (value != nullptr && !isOfKind(*value, parameter.kind))
-            throw Error(ErrorCode::invalidParams, said + std::string(parameter.name) + " must be " +
-                                                      std::string(kindText(parameter.kind)));
+        if (value == nullptr) continue;
+        if (const std::string problem = problemOf(*value, parameter.kind); !problem.empty())
+            throw Error(ErrorCode::invalidParams, said + std::string(parameter.name) + " " + problem);
     }
     if (params_.members() == nullptr) return;
     for (const auto& [name, value] : *params_.members())

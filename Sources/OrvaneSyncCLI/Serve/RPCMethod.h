@@ -36,7 +36,8 @@ class Error : public std::runtime_error {
 };
 
 struct Parameter {
-    enum class Kind : std::uint8_t { id, text, number, integer, boolean, any };
+    /// A path is a text that a file may be named by.
+    enum class Kind : std::uint8_t { id, text, path, number, integer, boolean, any };
     std::string_view name;
     Kind kind = Kind::text;
     bool isOptional = false;
@@ -51,6 +52,8 @@ class Call {
     Call(const Method& method, const JSON* params);
 
     bool has(std::string_view name) const { return find(name) != nullptr; }
+    /// Also when it is null.
+    bool mentions(std::string_view name) const { return params_.find(name) != nullptr; }
     // Each for a parameter of that kind which is there.
     UUID id(std::string_view name) const;
     const std::string& text(std::string_view name) const;

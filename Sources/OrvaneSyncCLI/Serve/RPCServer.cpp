@@ -1,5 +1,7 @@
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 
+#include "OrvaneSyncCLI/Serve/Desk.h"
+
 #include <exception>
 #include <utility>
 
@@ -161,6 +163,7 @@ platform::Task Server::answer(JSON request, std::shared_ptr<std::optional<JSON>>
         if (method == methods_.end())
             throw Error(ErrorCode::methodNotFound, "there is no method '" + parsed.method + "'");
         const Call call(method->second, parsed.params);
+        desk_.expectKnown(call);
         const auto result = std::make_shared<JSON>();
         if (method->second.now)
             *result = method->second.now(desk_, call);

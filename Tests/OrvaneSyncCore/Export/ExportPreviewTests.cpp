@@ -16,22 +16,17 @@ SyncGroup inScene(const char* scene) {
 }
 
 TEST(ExportPreview, SuggestsANameFromTheScenes) {
-    const struct {
-        std::vector<const char*> scenes;
-        std::optional<std::string> name;
-    } cases[] = {
-        {{}, std::nullopt},
-        {{"", ""}, std::nullopt},
-        {{"12A", "12A", ""}, "Scene 12A"},
-        {{"10", "9", "11"}, "Scenes 9-11"},
-        {{"S10", "S9"}, "Scenes S9-S10"},
-        {{"007", "3"}, "Scenes 3-007"},
-    };
-    for (const auto& c : cases) {
+    const auto check = [&](const std::vector<const char*>& scenes, const std::optional<std::string>& name) {
         SyncGroupList groups;
-        for (const char* scene : c.scenes) groups.append(inScene(scene));
-        EXPECT_EQ(ExportPreview::suggestedEventName(groups), c.name) << c.scenes.size();
-    }
+        for (const char* scene : scenes) groups.append(inScene(scene));
+        EXPECT_EQ(ExportPreview::suggestedEventName(groups), name) << scenes.size();
+    };
+    check({}, std::nullopt);
+    check({"", ""}, std::nullopt);
+    check({"12A", "12A", ""}, "Scene 12A");
+    check({"10", "9", "11"}, "Scenes 9-11");
+    check({"S10", "S9"}, "Scenes S9-S10");
+    check({"007", "3"}, "Scenes 3-007");
     SyncGroup reported = inScene("5");
     reported.aleMetadata = std::map<std::string, std::string>{{"Scene", "8"}};
     EXPECT_EQ(ExportPreview::suggestedEventName({reported}), "Scene 8");

@@ -16,26 +16,21 @@ namespace {
 using platform::JSON;
 
 TEST(AspectRatioHelper, HeightsAreEvenAndNothingForUnknownShapes) {
-    const struct {
-        int width;
-        const char* identifier;
-        int height;
-    } cases[] = {
-        {1920, "16:9", 1080},
-        {1920, "2.39:1", 804},
-        {1920, "9:16", 3414},
-        {1920, "1:1", 1920},
-        {1921, "1:1", 1922},
-        {2048, "1.85:1", 1108},
-        {1920, "4:3", 1440},
-        {1920, "banana", 0},
-        {1920, "custom", 0},
-        {0, "16:9", 0},
-        {std::numeric_limits<int>::max(), "9:16", 0},
+    const auto check = [&](int width, const char* identifier, int height) {
+        EXPECT_EQ(AspectRatioHelper::heightFromWidth(width, identifier), height)
+            << width << " " << identifier;
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(AspectRatioHelper::heightFromWidth(c.width, c.identifier), c.height)
-            << c.width << " " << c.identifier;
+    check(1920, "16:9", 1080);
+    check(1920, "2.39:1", 804);
+    check(1920, "9:16", 3414);
+    check(1920, "1:1", 1920);
+    check(1921, "1:1", 1922);
+    check(2048, "1.85:1", 1108);
+    check(1920, "4:3", 1440);
+    check(1920, "banana", 0);
+    check(1920, "custom", 0);
+    check(0, "16:9", 0);
+    check(std::numeric_limits<int>::max(), "9:16", 0);
     for (const auto identifier : AspectRatioHelper::presetIdentifiers)
         EXPECT_GT(AspectRatioHelper::ratio(identifier).value_or(0), 0) << identifier;
 }
@@ -73,33 +68,28 @@ TEST(ExportSettings, AnEmptyStoreGivesTheDefaults) {
 }
 
 TEST(ExportSettings, ValuesThatMeanNothingReadAsTheDefault) {
-    const struct {
-        const char* key;
-        JSON value;
-        std::function<bool(const ExportSettings&)> isRight;
-    } cases[] = {
-        {"videoResolution", "banana",
-         [](const auto& s) { return s.videoResolution == VideoResolutionMode::useVideoFrameSize; }},
-        {"spatialConform", "banana",
-         [](const auto& s) { return s.spatialConform == SpatialConformType::fill; }},
-        {"trimMode", 7, [](const auto& s) { return s.trimMode == TrimMode::commonDuration; }},
-        {"notes.source", "banana", [](const auto& s) { return s.notesSource == NotesSource::both; }},
-        {"multicam.codec", "banana",
-         [](const auto& s) { return s.multicamCodec == MulticamCodec::automatic; }},
-        {"clipNamingSource", "banana",
-         [](const auto& s) { return s.clipNamingSource == GroupNaming::Source::sceneTake; }},
-        {"atmo.duration", -1, [](const auto& s) { return s.atmoDurationSeconds == 180; }},
-        {"customNamingPattern", "", [](const auto& s) { return s.customNamingPattern == ""; }},
-        {"overrideAnamorphic", true, [](const auto& s) { return s.overrideAnamorphic; }},
-        {"globalAudioOffset.frames", 12, [](const auto& s) { return s.globalAudioOffsetSeconds == 0.5; }},
-        {"globalAudioOffset.frames", -6, [](const auto& s) { return s.globalAudioOffsetSeconds == -0.25; }},
-    };
-    for (const auto& c : cases) {
+    const auto check = [&](const char* key, const JSON& value,
+                           const std::function<bool(const ExportSettings&)>& isRight) {
         platform::MemorySettingsStore store;
         registerStandardDefaults(store);
-        store.set(c.key, c.value);
-        EXPECT_TRUE(c.isRight(ExportSettings::fromUserDefaults(store, {}))) << c.key << c.value.dump();
-    }
+        store.set(key, value);
+        EXPECT_TRUE(isRight(ExportSettings::fromUserDefaults(store, {}))) << key << value.dump();
+    };
+    check("videoResolution", "banana",
+          [](const auto& s) { return s.videoResolution == VideoResolutionMode::useVideoFrameSize; });
+    check("spatialConform", "banana",
+          [](const auto& s) { return s.spatialConform == SpatialConformType::fill; });
+    check("trimMode", 7, [](const auto& s) { return s.trimMode == TrimMode::commonDuration; });
+    check("notes.source", "banana", [](const auto& s) { return s.notesSource == NotesSource::both; });
+    check("multicam.codec", "banana",
+          [](const auto& s) { return s.multicamCodec == MulticamCodec::automatic; });
+    check("clipNamingSource", "banana",
+          [](const auto& s) { return s.clipNamingSource == GroupNaming::Source::sceneTake; });
+    check("atmo.duration", -1, [](const auto& s) { return s.atmoDurationSeconds == 180; });
+    check("customNamingPattern", "", [](const auto& s) { return s.customNamingPattern == ""; });
+    check("overrideAnamorphic", true, [](const auto& s) { return s.overrideAnamorphic; });
+    check("globalAudioOffset.frames", 12, [](const auto& s) { return s.globalAudioOffsetSeconds == 0.5; });
+    check("globalAudioOffset.frames", -6, [](const auto& s) { return s.globalAudioOffsetSeconds == -0.25; });
 }
 
 /// Clips of every kind: two cameras of a scene, one off-speed, one without sound, and one whose channels have
@@ -245,62 +235,51 @@ TEST(ExportSettings, FrameSizesFollowTheVideoTheAnchorAndTheShape) {
     const MediaAsset uhd = test::picture();
     MediaAsset unknown = test::picture();
     unknown.width = unknown.height = std::nullopt;
-    const struct {
-        const char* name;
-        const MediaAsset* source;
-        std::optional<int> anchor;
-        const char* shape;
-        int storedWidth, storedHeight;
-        int outputWidth, outputHeight, width, height;
-    } cases[] = {
-        {"nothing known", nullptr, std::nullopt, "16:9", 0, 0, 1920, 1080, 1920, 1080},
-        {"the video's width is the anchor", &uhd, std::nullopt, "2:1", 0, 0, 3840, 2160, 3840, 1920},
-        {"the given anchor wins", &uhd, 2048, "2:1", 999, 999, 3840, 2160, 2048, 1024},
-        {"the stored width is the last anchor", &unknown, std::nullopt, "1:1", 1000, 0, 1920, 1080, 1000,
-         1000},
-        {"pixels", &uhd, 2048, "custom", 1280, 720, 3840, 2160, 1280, 720},
-        {"pixels that are none", &uhd, 2048, "custom", -5, 0, 3840, 2160, 1920, 1080},
-        {"no such shape", &uhd, std::nullopt, "banana", 0, 0, 3840, 2160, 3840, 1080},
-        {"an anchor that is none", &uhd, 0, "16:9", 0, 0, 3840, 2160, 1920, 1080},
-    };
-    for (const auto& c : cases) {
+    const auto check = [&](const char* name, const MediaAsset* source, std::optional<int> anchor,
+                           const char* shape, int storedWidth, int storedHeight, int outputWidth,
+                           int outputHeight, int width, int height) {
         platform::MemorySettingsStore store;
-        store.set("container.aspectRatio", c.shape);
-        store.set("alternateWidth", c.storedWidth);
-        store.set("alternateHeight", c.storedHeight);
+        store.set("container.aspectRatio", shape);
+        store.set("alternateWidth", storedWidth);
+        store.set("alternateHeight", storedHeight);
         ExportSettings::Request request;
-        request.sourceVideo = c.source;
-        request.aspectAnchorWidth = c.anchor;
+        request.sourceVideo = source;
+        request.aspectAnchorWidth = anchor;
         const ExportSettings s = ExportSettings::fromUserDefaults(store, request);
-        EXPECT_EQ(s.outputWidth, c.outputWidth) << c.name;
-        EXPECT_EQ(s.outputHeight, c.outputHeight) << c.name;
-        EXPECT_EQ(s.alternateWidth, c.width) << c.name;
-        EXPECT_EQ(s.alternateHeight, c.height) << c.name;
-    }
+        EXPECT_EQ(s.outputWidth, outputWidth) << name;
+        EXPECT_EQ(s.outputHeight, outputHeight) << name;
+        EXPECT_EQ(s.alternateWidth, width) << name;
+        EXPECT_EQ(s.alternateHeight, height) << name;
+    };
+    check("nothing known", nullptr, std::nullopt, "16:9", 0, 0, 1920, 1080, 1920, 1080);
+    check("the video's width is the anchor", &uhd, std::nullopt, "2:1", 0, 0, 3840, 2160, 3840, 1920);
+    check("the given anchor wins", &uhd, 2048, "2:1", 999, 999, 3840, 2160, 2048, 1024);
+    check("the stored width is the last anchor", &unknown, std::nullopt, "1:1", 1000, 0, 1920, 1080, 1000,
+          1000);
+    check("pixels", &uhd, 2048, "custom", 1280, 720, 3840, 2160, 1280, 720);
+    check("pixels that are none", &uhd, 2048, "custom", -5, 0, 3840, 2160, 1920, 1080);
+    check("no such shape", &uhd, std::nullopt, "banana", 0, 0, 3840, 2160, 3840, 1080);
+    check("an anchor that is none", &uhd, 0, "16:9", 0, 0, 3840, 2160, 1920, 1080);
 }
 
 TEST(ExportSettings, TheGlobalOffsetStartsWhereTheModeSays) {
-    const struct {
-        const char* mode;
-        bool stored;
-        std::optional<std::string> filename;
-        std::optional<std::string> timecode;
-    } cases[] = {
-        {"all", true, std::nullopt, std::nullopt},        {"banana", true, std::nullopt, std::nullopt},
-        {"fromFilename", true, "A002C010", std::nullopt}, {"fromTC", true, std::nullopt, "10:00:00:00"},
-        {"fromTC", false, std::nullopt, std::nullopt},
-    };
-    for (const auto& c : cases) {
+    const auto check = [&](const char* mode, bool stored, const std::optional<std::string>& filename,
+                           const std::optional<std::string>& timecode) {
         platform::MemorySettingsStore store;
-        store.set("globalAudioOffset.startMode", c.mode);
-        if (c.stored) {
+        store.set("globalAudioOffset.startMode", mode);
+        if (stored) {
             store.set("globalAudioOffset.startFromFilename", "A002C010");
             store.set("globalAudioOffset.startFromTC", "10:00:00:00");
         }
         const ExportSettings s = ExportSettings::fromUserDefaults(store, {});
-        EXPECT_EQ(s.globalAudioOffsetStartingFromFilename, c.filename) << c.mode;
-        EXPECT_EQ(s.globalAudioOffsetStartingFromTC, c.timecode) << c.mode;
-    }
+        EXPECT_EQ(s.globalAudioOffsetStartingFromFilename, filename) << mode;
+        EXPECT_EQ(s.globalAudioOffsetStartingFromTC, timecode) << mode;
+    };
+    check("all", true, std::nullopt, std::nullopt);
+    check("banana", true, std::nullopt, std::nullopt);
+    check("fromFilename", true, "A002C010", std::nullopt);
+    check("fromTC", true, std::nullopt, "10:00:00:00");
+    check("fromTC", false, std::nullopt, std::nullopt);
 }
 
 } // namespace

@@ -129,63 +129,43 @@ TEST(ExporterDriver, AssetsSayWhatIsKnownOfTheirFiles) {
 }
 
 TEST(ExporterDriver, EachStatusHasItsPath) {
-    const struct {
-        const char* name;
-        MatchStatus status;
-        bool sound;
-        bool wrap;
-        std::optional<double> duration;
-        int clips;
-        Lines warnings;
-    } cases[] = {
-        {"matched", MatchStatus::matched(), true, true, 20, 1, {}},
-        {"split", MatchStatus::splitRecording(2), true, true, 20, 1, {}},
-        {"manual", MatchStatus::manual(), true, true, 20, 1, {}},
-        {"ambiguous", MatchStatus::ambiguous(2), true, true, 20, 0, {"Skipped (not matched): V.mov"}},
-        {"unmatched with sound",
-         MatchStatus::unmatched(),
-         true,
-         true,
-         20,
-         0,
-         {"Skipped (not matched): V.mov"}},
-        {"unmatched without", MatchStatus::unmatched(), false, true, 20, 1, {}},
-        {"mos", MatchStatus::mos(), false, true, 20, 1, {}},
-        {"mos of no length", MatchStatus::mos(), false, true, std::nullopt, 0, {"MOS (no audio): V.mov"}},
-        {"mos not wanted", MatchStatus::mos(), false, false, 20, 0, {"MOS (no audio): V.mov"}},
-    };
-    for (const auto& c : cases) {
-        SyncGroup group = matched(picture("V.mov"), {}, c.status);
-        if (c.sound) group.audioMatches.emplace_back(recording(2), 0, 1);
-        group.video.durationSeconds = c.duration;
+    const auto check = [&](const char* name, const MatchStatus& status, bool sound, bool wrap,
+                           std::optional<double> duration, int clips, const Lines& warnings) {
+        SyncGroup group = matched(picture("V.mov"), {}, status);
+        if (sound) group.audioMatches.emplace_back(recording(2), 0, 1);
+        group.video.durationSeconds = duration;
         ExportSettings settings = settingsAt(25);
-        settings.wrapMOSInSyncClip = c.wrap;
+        settings.wrapMOSInSyncClip = wrap;
         const ExportResult result = run({group}, settings);
-        EXPECT_EQ(result.syncClipCount, c.clips) << c.name;
-        EXPECT_EQ(countOf(result.fcpxmlString, "<sync-clip"), static_cast<std::size_t>(c.clips)) << c.name;
-        EXPECT_EQ(result.warnings, c.warnings) << c.name;
-    }
+        EXPECT_EQ(result.syncClipCount, clips) << name;
+        EXPECT_EQ(countOf(result.fcpxmlString, "<sync-clip"), static_cast<std::size_t>(clips)) << name;
+        EXPECT_EQ(result.warnings, warnings) << name;
+    };
+    check("matched", MatchStatus::matched(), true, true, 20, 1, {});
+    check("split", MatchStatus::splitRecording(2), true, true, 20, 1, {});
+    check("manual", MatchStatus::manual(), true, true, 20, 1, {});
+    check("ambiguous", MatchStatus::ambiguous(2), true, true, 20, 0, {"Skipped (not matched): V.mov"});
+    check("unmatched with sound", MatchStatus::unmatched(), true, true, 20, 0,
+          {"Skipped (not matched): V.mov"});
+    check("unmatched without", MatchStatus::unmatched(), false, true, 20, 1, {});
+    check("mos", MatchStatus::mos(), false, true, 20, 1, {});
+    check("mos of no length", MatchStatus::mos(), false, true, std::nullopt, 0, {"MOS (no audio): V.mov"});
+    check("mos not wanted", MatchStatus::mos(), false, false, 20, 0, {"MOS (no audio): V.mov"});
 }
 
 TEST(ExporterDriver, AForeignRateIsReportedAndExported) {
     const std::string text = "Project rate mismatch: A003C012_240517.mov is ";
-    const struct {
-        double own, project;
-        MatchStatus status;
-        Lines warnings;
-    } cases[] = {
-        {25.4, 25, MatchStatus::matched(), {}},
-        {25.6, 25, MatchStatus::matched(), {text + "25.6 fps, project is 25 fps"}},
-        {23.976, 29.97, MatchStatus::manual(), {text + "24 fps, project is 30 fps"}},
-        {0, 25, MatchStatus::matched(), {}},
-        {std::numeric_limits<double>::quiet_NaN(), 25, MatchStatus::matched(), {}},
-        {50, 25, MatchStatus::ambiguous(2), {"Skipped (not matched): A003C012_240517.mov"}},
+    const auto check = [&](double own, double project, const MatchStatus& status, const Lines& warnings) {
+        SyncGroup group = matched(picture(), {recording(2)}, status);
+        group.video.projectFrameRate = own;
+        EXPECT_EQ(run({group}, settingsAt(project)).warnings, warnings) << own;
     };
-    for (const auto& c : cases) {
-        SyncGroup group = matched(picture(), {recording(2)}, c.status);
-        group.video.projectFrameRate = c.own;
-        EXPECT_EQ(run({group}, settingsAt(c.project)).warnings, c.warnings) << c.own;
-    }
+    check(25.4, 25, MatchStatus::matched(), {});
+    check(25.6, 25, MatchStatus::matched(), {text + "25.6 fps, project is 25 fps"});
+    check(23.976, 29.97, MatchStatus::manual(), {text + "24 fps, project is 30 fps"});
+    check(0, 25, MatchStatus::matched(), {});
+    check(std::numeric_limits<double>::quiet_NaN(), 25, MatchStatus::matched(), {});
+    check(50, 25, MatchStatus::ambiguous(2), {"Skipped (not matched): A003C012_240517.mov"});
 }
 
 TEST(ExporterDriver, NumbersThatNoDocumentCanHoldBreakNothing) {
@@ -346,21 +326,18 @@ TEST(ExporterDriver, RoomToneAndWildTracks) {
 }
 
 TEST(ExporterDriver, EditableItemsGetTheirType) {
-    const struct {
-        std::string before, after;
-    } cases[] = {
-        {"", ""},
-        {"<md key=\"k\"/>", "<md key=\"k\"/>"},
-        {"editable=\"1\"", "editable=\"1\" type=\"string\""},
-        {"a editable=\"1\" b editable=\"1\"editable=\"1\" c",
-         "a editable=\"1\" type=\"string\" b editable=\"1\" type=\"string\"editable=\"1\" type=\"string\" c"},
-        {"editable=\"0\" editable=\"11\"", "editable=\"0\" editable=\"11\""},
-    };
-    for (const auto& c : cases) {
-        std::string text = c.before;
+    const auto check = [&](const std::string& before, const std::string& after) {
+        std::string text = before;
         FCPXMLExporter::giveEditableItemsTheirType(text);
-        EXPECT_EQ(text, c.after);
-    }
+        EXPECT_EQ(text, after);
+    };
+    check("", "");
+    check("<md key=\"k\"/>", "<md key=\"k\"/>");
+    check("editable=\"1\"", "editable=\"1\" type=\"string\"");
+    check(
+        "a editable=\"1\" b editable=\"1\"editable=\"1\" c",
+        "a editable=\"1\" type=\"string\" b editable=\"1\" type=\"string\"editable=\"1\" type=\"string\" c");
+    check("editable=\"0\" editable=\"11\"", "editable=\"0\" editable=\"11\"");
 }
 
 } // namespace

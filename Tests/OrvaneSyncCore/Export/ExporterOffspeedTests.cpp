@@ -36,47 +36,43 @@ TEST(ExporterOffspeed, AClipWithAllItsVariants) {
 
 TEST(ExporterOffspeed, OnlyFilesAtTheSensorsRateAreRetimed) {
     const std::optional<double> none, nan = std::numeric_limits<double>::quiet_NaN();
-    const struct {
-        const char* name;
-        std::optional<double> sensor, project, file, seconds;
-        std::optional<SourceRateDomain> domain;
-        std::string points; ///< "value -> time" of the end; empty: no time map
-    } cases[] = {
-        {"slow", 120, 24, 120, 10, {}, "10s -> 50s"},
-        {"fast", 12, 24, 12, 10, {}, "10s -> 5s"},
-        {"no more than a twentieth", 25.1, 24, 25.1, 10, {}, ""},
-        {"the sensor's word against the file's", 24.5, 24, 24.5, 10, {}, ""},
-        {"already at the project's speed", 120, 24, 24, 10, {}, ""},
-        {"the user says it is not", 120, 24, 24, 10, SourceRateDomain::sensorRate, "10s -> 50s"},
-        {"the user says it is", 120, 24, 120, 10, SourceRateDomain::conformedExternally, ""},
-        {"cut to frames", 60, 29.97, 60, 1.05, {}, "31031/30000s -> 21021/10000s"},
-        {"no file rate", 120, 24, none, 10, {}, "10s -> 50s"},
-        {"no sensor rate", none, 24, 120, 10, {}, ""},
-        {"no project rate", 120, none, 120, 10, {}, ""},
-        {"no project", 120, 0, 120, 10, {}, ""},
-        {"no length", 120, 24, 120, none, {}, ""},
-        {"a length of nothing", 120, 24, 120, 0, {}, ""},
-        {"a sensor that runs backwards", -120, 24, 120, 10, {}, ""},
-        {"no number", nan, 24, 120, 10, {}, ""},
-        {"beyond all frames", 1e300, 24, 120, 10, {}, ""},
-    };
-    for (const auto& c : cases) {
+    // `points`: "value -> time" of the end; empty: no time map
+    const auto check = [&](const char* name, std::optional<double> sensor, std::optional<double> project,
+                           std::optional<double> file, std::optional<double> seconds,
+                           const std::optional<SourceRateDomain>& domain, const std::string& points) {
         SyncGroup group = matched(picture(), {recording(1)});
-        group.video.sensorFrameRate = c.sensor;
-        group.video.projectFrameRate = c.project;
-        group.video.frameRate = c.file;
-        group.video.durationSeconds = c.seconds;
-        group.video.sourceRateDomainOverride = c.domain;
-        const auto map = FCPXMLExporter::buildTimeMap(group, c.project.value_or(24));
+        group.video.sensorFrameRate = sensor;
+        group.video.projectFrameRate = project;
+        group.video.frameRate = file;
+        group.video.durationSeconds = seconds;
+        group.video.sourceRateDomainOverride = domain;
+        const auto map = FCPXMLExporter::buildTimeMap(group, project.value_or(24));
         EXPECT_EQ(map ? map->points.back().value.description() + " -> " +
                             map->points.back().time.description()
                       : "",
-                  c.points)
-            << c.name;
+                  points)
+            << name;
         const std::string document = exported(group, settingsAt(24));
-        EXPECT_EQ(countOf(document, "<timeMap"), c.points.empty() ? 0U : 1U) << c.name;
-        EXPECT_EQ(countOf(document, "<sync-source"), c.points.empty() ? 1U : 0U) << c.name;
-    }
+        EXPECT_EQ(countOf(document, "<timeMap"), points.empty() ? 0U : 1U) << name;
+        EXPECT_EQ(countOf(document, "<sync-source"), points.empty() ? 1U : 0U) << name;
+    };
+    check("slow", 120, 24, 120, 10, {}, "10s -> 50s");
+    check("fast", 12, 24, 12, 10, {}, "10s -> 5s");
+    check("no more than a twentieth", 25.1, 24, 25.1, 10, {}, "");
+    check("the sensor's word against the file's", 24.5, 24, 24.5, 10, {}, "");
+    check("already at the project's speed", 120, 24, 24, 10, {}, "");
+    check("the user says it is not", 120, 24, 24, 10, SourceRateDomain::sensorRate, "10s -> 50s");
+    check("the user says it is", 120, 24, 120, 10, SourceRateDomain::conformedExternally, "");
+    check("cut to frames", 60, 29.97, 60, 1.05, {}, "31031/30000s -> 21021/10000s");
+    check("no file rate", 120, 24, none, 10, {}, "10s -> 50s");
+    check("no sensor rate", none, 24, 120, 10, {}, "");
+    check("no project rate", 120, none, 120, 10, {}, "");
+    check("no project", 120, 0, 120, 10, {}, "");
+    check("no length", 120, 24, 120, none, {}, "");
+    check("a length of nothing", 120, 24, 120, 0, {}, "");
+    check("a sensor that runs backwards", -120, 24, 120, 10, {}, "");
+    check("no number", nan, 24, 120, 10, {}, "");
+    check("beyond all frames", 1e300, 24, 120, 10, {}, "");
 }
 
 TEST(ExporterOffspeed, KeywordsFollowTheClip) {

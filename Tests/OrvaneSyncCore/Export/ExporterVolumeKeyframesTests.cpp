@@ -34,42 +34,31 @@ std::string text(const std::vector<FCPXMLExporter::VolumeKeyframe>& keyframes) {
 }
 
 TEST(VolumeKeyframes, OpenOnATracksBlocksAndCloseOnTheOthers) {
-    const struct {
-        const char* name;
-        std::vector<BlockDecision> blocks;
-        std::string keyframes;
-    } cases[] = {
-        {"none", {}, ""},
-        {"one", blocks({{8, 1}}), "0:1 easeOut, 8:1 easeOut"},
-        {"two", blocks({{10, 1}, {20, 2}}), "0:1 easeOut, 9.875:1 easeOut, 10.125:0 easeIn, 20:0 easeOut"},
-        {"a boundary near the start", blocks({{0.05, 2}, {20, 1}}, 0.5),
-         "0:0 easeOut, 0:0 easeOut, 0.175:0.5 easeIn, 20:0.5 easeOut"},
-        {"others among themselves", blocks({{10, 2}, {20, 3}, {30, 0}}), "0:0 easeOut, 30:0 easeOut"},
-        {"an end inside the ramp", blocks({{10, 2}, {10.1, 1}}),
-         "0:0 easeOut, 9.875:0 easeOut, 10.125:1 easeIn"},
+    const auto check = [&](const char* name, const std::vector<BlockDecision>& blocks,
+                           const std::string& keyframes) {
+        EXPECT_EQ(text(FCPXMLExporter::keyframesFromBlocks(blocks, 1, 0.25)), keyframes) << name;
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(text(FCPXMLExporter::keyframesFromBlocks(c.blocks, 1, 0.25)), c.keyframes) << c.name;
+    check("none", {}, "");
+    check("one", blocks({{8, 1}}), "0:1 easeOut, 8:1 easeOut");
+    check("two", blocks({{10, 1}, {20, 2}}), "0:1 easeOut, 9.875:1 easeOut, 10.125:0 easeIn, 20:0 easeOut");
+    check("a boundary near the start", blocks({{0.05, 2}, {20, 1}}, 0.5),
+          "0:0 easeOut, 0:0 easeOut, 0.175:0.5 easeIn, 20:0.5 easeOut");
+    check("others among themselves", blocks({{10, 2}, {20, 3}, {30, 0}}), "0:0 easeOut, 30:0 easeOut");
+    check("an end inside the ramp", blocks({{10, 2}, {10.1, 1}}),
+          "0:0 easeOut, 9.875:0 easeOut, 10.125:1 easeIn");
 }
 
 TEST(VolumeKeyframes, FollowTheBestTrackWhereThereAreNoBlocks) {
-    const struct {
-        const char* name;
-        std::vector<WindowedBestSegment> segments;
-        std::string keyframes;
-    } cases[] = {
-        {"never", {{0, 10, 2}, {10, 20, 3}}, "0:0 linear"},
-        {"from the start",
-         {{0, 10, 1}, {10, 20, 2}},
-         "0:0 linear, 0.05:1 linear, 10:1 linear, 10.05:0 linear"},
-        {"later", {{0, 10, 2}, {10, 20, 1}}, "0:0 linear, 10:0 linear, 10.05:1 linear"},
-        {"behind a pause",
-         {{5, 10, 1}, {12, 20, 2}},
-         "0:1 linear, 4.95:0 linear, 5.05:1 linear, 11.95:1 linear, 12.05:0 linear"},
+    const auto check = [&](const char* name, const std::vector<WindowedBestSegment>& segments,
+                           const std::string& keyframes) {
+        EXPECT_EQ(text(FCPXMLExporter::keyframesFromLegacySegments(segments, 1, 0.1)), keyframes) << name;
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(text(FCPXMLExporter::keyframesFromLegacySegments(c.segments, 1, 0.1)), c.keyframes)
-            << c.name;
+    check("never", {{0, 10, 2}, {10, 20, 3}}, "0:0 linear");
+    check("from the start", {{0, 10, 1}, {10, 20, 2}},
+          "0:0 linear, 0.05:1 linear, 10:1 linear, 10.05:0 linear");
+    check("later", {{0, 10, 2}, {10, 20, 1}}, "0:0 linear, 10:0 linear, 10.05:1 linear");
+    check("behind a pause", {{5, 10, 1}, {12, 20, 2}},
+          "0:1 linear, 4.95:0 linear, 5.05:1 linear, 11.95:1 linear, 12.05:0 linear");
 }
 
 TEST(VolumeKeyframes, ReachTheChannelsOfTheirRole) {

@@ -16,20 +16,17 @@ void addTake(std::vector<SyncGroup>& groups, int number, const std::string& lett
     MediaAsset sound = recording(2, "SR001_T" + std::to_string(number) + ".WAV");
     sound.bextTimeReference = static_cast<std::uint64_t>(start - 2) * 48000;
     sound.ixmlData = ixml(scene, take, {"Boom", "Anna & Ben"});
-    const struct {
-        const char* name;
-        int later;
-        double seconds;
-        const char* codec;
-    } cameras[] = {{"A", 0, 20, "apch"}, {"B", 2, 15, "apcn"}, {"C", -1, 22, "apch"}};
-    for (const auto& camera : cameras) {
-        if (letters.find(camera.name) == std::string::npos) continue;
-        MediaAsset video = picture(camera.name + ("001C00" + std::to_string(number)) + "_260309.mov");
-        video.startTimecodeString = TimecodeUtils::secondsToTC(start + camera.later, 25.0);
-        video.durationSeconds = camera.seconds;
-        video.videoCodecFourCC = camera.codec;
+    const auto check = [&](const char* name, int later, double seconds, const char* codec) {
+        if (letters.find(name) == std::string::npos) return;
+        MediaAsset video = picture(name + ("001C00" + std::to_string(number)) + "_260309.mov");
+        video.startTimecodeString = TimecodeUtils::secondsToTC(start + later, 25.0);
+        video.durationSeconds = seconds;
+        video.videoCodecFourCC = codec;
         groups.push_back(matched(video, {sound}));
-    }
+    };
+    check("A", 0, 20, "apch");
+    check("B", 2, 15, "apcn");
+    check("C", -1, 22, "apch");
 }
 
 TEST(GoldenDocuments, ThreeCamerasByScene) {

@@ -57,44 +57,40 @@ TEST(MulticamClusters, AreClipsThatRolledAtTheSameMoment) {
     const auto bare = [](SyncGroup& group) { group.video.startTimecodeString = std::nullopt; };
     const auto at = [](const char* start) { return camera("b.mov", start); };
     const SyncGroup a = camera("a.mov");
-    const struct {
-        const char* name;
-        SyncGroupList groups;
-        const char* clusters;
-    } cases[] = {
-        {"alone", {a}, ""},
-        {"at once", {a, at("10:00:00:00")}, "a b"},
-        {"clips that only touch", {a, at("10:00:10:00")}, ""},
-        {"one frame in common", {a, at("10:00:09:24")}, "a b"},
-        {"the first clip decides",
-         {camera("a.mov", "10:00:00:00", 30), camera("b.mov", "10:00:00:00", 5),
-          camera("c.mov", "10:00:20:00", 30), camera("d.mov", "10:00:40:00", 5)},
-         "a b c"},
-        {"partners of a clip that stays alone are free for others",
-         {camera("a.mov", "09:00:00:00"), at("10:00:05:00"), camera("c.mov", "10:00:09:00")},
-         "b c"},
-        {"a clip is in one cluster only",
-         {camera("a.mov"), at("10:00:05:00"), camera("c.mov", "10:00:12:00"), camera("d.mov", "10:00:12:00")},
-         "a b | c d"},
-        {"excluded", {a, changed(at("10:00:00:00"), excluded)}, ""},
-        {"no start", {a, changed(at(""), bare)}, ""},
-        {"a start that is no timecode is midnight", {camera("a.mov", "00:00:00:00"), at("noon")}, "a b"},
-        {"no duration", {a, camera("b.mov", "10:00:00:00", 0)}, ""},
-        {"a time reference goes before the timecode",
-         {a, changed(at("01:00:00:00"), stamped(36005ULL * 48000, std::nullopt))},
-         "a b"},
-        {"a time reference of nothing is none", {a, changed(at("10:00:00:00"), stamped(0, 48000))}, "a b"},
-        {"no rate to read it by", {a, changed(at("10:00:00:00"), stamped(36000ULL * 48000, 0))}, ""},
-        {"two days by their names", {camera("a_240517.mov"), camera("b_240518.mov")}, ""},
-        {"one day is not known", {camera("a_240517.mov"), at("10:00:00:00")}, "a_240517 b"},
-        {"two days by their files", {changed(a, created(1)), changed(at("10:00:00:00"), created(2))}, ""},
-        {"slow motion lies where it was shot, within 10 of 50 seconds",
-         {changed(camera("a.mov", "10:00:00:00", 50), rates(120, 24)), at("10:00:10:00"),
-          changed(camera("c.mov", "10:00:09:00"), rates(24, 24))},
-         "a c"},
-        {"a rate that hardly differs", {changed(camera("a.mov"), rates(25.2, 25)), at("10:00:09:23")}, "a b"},
+    const auto check = [&](const char* name, const SyncGroupList& groups, const char* clusters) {
+        EXPECT_EQ(clustersOf(groups), clusters) << name;
     };
-    for (const auto& c : cases) EXPECT_EQ(clustersOf(c.groups), c.clusters) << c.name;
+    check("alone", {a}, "");
+    check("at once", {a, at("10:00:00:00")}, "a b");
+    check("clips that only touch", {a, at("10:00:10:00")}, "");
+    check("one frame in common", {a, at("10:00:09:24")}, "a b");
+    check("the first clip decides",
+          {camera("a.mov", "10:00:00:00", 30), camera("b.mov", "10:00:00:00", 5),
+           camera("c.mov", "10:00:20:00", 30), camera("d.mov", "10:00:40:00", 5)},
+          "a b c");
+    check("partners of a clip that stays alone are free for others",
+          {camera("a.mov", "09:00:00:00"), at("10:00:05:00"), camera("c.mov", "10:00:09:00")}, "b c");
+    check(
+        "a clip is in one cluster only",
+        {camera("a.mov"), at("10:00:05:00"), camera("c.mov", "10:00:12:00"), camera("d.mov", "10:00:12:00")},
+        "a b | c d");
+    check("excluded", {a, changed(at("10:00:00:00"), excluded)}, "");
+    check("no start", {a, changed(at(""), bare)}, "");
+    check("a start that is no timecode is midnight", {camera("a.mov", "00:00:00:00"), at("noon")}, "a b");
+    check("no duration", {a, camera("b.mov", "10:00:00:00", 0)}, "");
+    check("a time reference goes before the timecode",
+          {a, changed(at("01:00:00:00"), stamped(36005ULL * 48000, std::nullopt))}, "a b");
+    check("a time reference of nothing is none", {a, changed(at("10:00:00:00"), stamped(0, 48000))}, "a b");
+    check("no rate to read it by", {a, changed(at("10:00:00:00"), stamped(36000ULL * 48000, 0))}, "");
+    check("two days by their names", {camera("a_240517.mov"), camera("b_240518.mov")}, "");
+    check("one day is not known", {camera("a_240517.mov"), at("10:00:00:00")}, "a_240517 b");
+    check("two days by their files", {changed(a, created(1)), changed(at("10:00:00:00"), created(2))}, "");
+    check("slow motion lies where it was shot, within 10 of 50 seconds",
+          {changed(camera("a.mov", "10:00:00:00", 50), rates(120, 24)), at("10:00:10:00"),
+           changed(camera("c.mov", "10:00:09:00"), rates(24, 24))},
+          "a c");
+    check("a rate that hardly differs", {changed(camera("a.mov"), rates(25.2, 25)), at("10:00:09:23")},
+          "a b");
 }
 
 TEST(MulticamClusters, AreTheSameAsThoseOfAPlainWalk) {
@@ -137,92 +133,77 @@ TEST(MulticamClusters, AreTheSameAsThoseOfAPlainWalk) {
 }
 
 TEST(MulticamClips, CamerasAreNamedByTheirFilesElseByTheirPlace) {
-    const struct {
-        const char* filename;
-        std::size_t index;
-        const char* name;
-    } cases[] = {
-        {"a003c012.mov", 5, "Cam A"},
-        {"A1.mov", 1, "Cam A"},
-        {"CLIP1.mov", 0, "Cam A"},
-        {"CLIP2.mov", 1, "Cam B"},
-        {"B12", 2, "Cam C"},
-        {"B123", 2, "Cam B"},
-        {"1A23.mov", 25, "Cam Z"},
-        {"\xC3\xA9"
-         "7.mov",
-         0, "Cam \xC3\x89"},
-        {"", 26, "Cam ["},
-        {"clip.mov", 0xD800 - 65, "Cam 55232"},
+    const auto check = [&](const char* filename, std::size_t index, const char* name) {
+        EXPECT_EQ(FCPXMLExporter::deriveCameraName(picture(filename), index), name) << filename;
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(FCPXMLExporter::deriveCameraName(picture(c.filename), c.index), c.name) << c.filename;
+    check("a003c012.mov", 5, "Cam A");
+    check("A1.mov", 1, "Cam A");
+    check("CLIP1.mov", 0, "Cam A");
+    check("CLIP2.mov", 1, "Cam B");
+    check("B12", 2, "Cam C");
+    check("B123", 2, "Cam B");
+    check("1A23.mov", 25, "Cam Z");
+    check("\xC3\xA9"
+          "7.mov",
+          0, "Cam \xC3\x89");
+    check("", 26, "Cam [");
+    check("clip.mov", 0xD800 - 65, "Cam 55232");
 }
 
 TEST(MulticamClips, AreRenderedToTheCodecOfMostSources) {
-    const struct {
-        MulticamCodec requested;
-        std::vector<std::optional<std::string>> sources;
-        const char* codec;
-    } cases[] = {
-        {MulticamCodec::automatic, {}, "Apple ProRes 422 LT"},
-        {MulticamCodec::automatic, {std::nullopt, std::nullopt}, "Apple ProRes 422 LT"},
-        {MulticamCodec::automatic, {"apch", "apcn", "apcn"}, "Apple ProRes 422"},
-        {MulticamCodec::automatic, {"apch", "apcn"}, "Apple ProRes 422 HQ"},
-        {MulticamCodec::automatic, {std::nullopt, "AP4X"}, "Apple ProRes 4444"},
-        {MulticamCodec::automatic, {"ap4h", "ap4x", "apcs", "apcs"}, "Apple ProRes 422 LT"},
-        {MulticamCodec::automatic, {"apco"}, "Apple ProRes 422 Proxy"},
-        {MulticamCodec::automatic, {"hev1"}, "H.264"},
-        {MulticamCodec::automatic, {"XAVC", "xavc", "apch"}, "Apple ProRes 422 LT"},
-        {MulticamCodec::proRes4444, {"apco"}, "Apple ProRes 4444"},
-        {MulticamCodec::h264, {}, "H.264"},
-    };
-    for (const auto& c : cases) {
-        std::vector<MediaAsset> videos(c.sources.size(), picture());
+    const auto check = [&](MulticamCodec requested, const std::vector<std::optional<std::string>>& sources,
+                           const char* codec) {
+        std::vector<MediaAsset> videos(sources.size(), picture());
         std::vector<const MediaAsset*> pointers;
         for (std::size_t i = 0; i < videos.size(); ++i) {
-            videos[i].videoCodecFourCC = c.sources[i];
+            videos[i].videoCodecFourCC = sources[i];
             pointers.push_back(&videos[i]);
         }
-        EXPECT_EQ(FCPXMLExporter::resolveMulticamCodec(c.requested, pointers), c.codec);
-    }
+        EXPECT_EQ(FCPXMLExporter::resolveMulticamCodec(requested, pointers), codec);
+    };
+    check(MulticamCodec::automatic, {}, "Apple ProRes 422 LT");
+    check(MulticamCodec::automatic, {std::nullopt, std::nullopt}, "Apple ProRes 422 LT");
+    check(MulticamCodec::automatic, {"apch", "apcn", "apcn"}, "Apple ProRes 422");
+    check(MulticamCodec::automatic, {"apch", "apcn"}, "Apple ProRes 422 HQ");
+    check(MulticamCodec::automatic, {std::nullopt, "AP4X"}, "Apple ProRes 4444");
+    check(MulticamCodec::automatic, {"ap4h", "ap4x", "apcs", "apcs"}, "Apple ProRes 422 LT");
+    check(MulticamCodec::automatic, {"apco"}, "Apple ProRes 422 Proxy");
+    check(MulticamCodec::automatic, {"hev1"}, "H.264");
+    check(MulticamCodec::automatic, {"XAVC", "xavc", "apch"}, "Apple ProRes 422 LT");
+    check(MulticamCodec::proRes4444, {"apco"}, "Apple ProRes 4444");
+    check(MulticamCodec::h264, {}, "H.264");
 }
 
 TEST(MulticamClips, GoToTheSceneOfMostAngles) {
-    const struct {
-        Names scenes;
-        bool split;
-        int chosen;        ///< place of the angle, -1 for none
-        const char* named; ///< in the warning
-    } cases[] = {
-        {{"12", "12", "13"}, true, 0, "(12, 13): c0.mov, c1.mov, c2.mov —"},
-        {{"13", "12"}, true, 0, "(12, 13): c0.mov, c1.mov —"},
-        {{"14", "13", "13"}, true, 1, "(13, 14): c0.mov, c1.mov, c2.mov —"},
-        {{"", "12"}, true, 1, nullptr},
-        {{"12", "12"}, true, 0, nullptr},
-        {{"", ""}, true, -1, nullptr},
-        {{"12", "13"}, false, -1, nullptr},
-        {{}, true, -1, nullptr},
-    };
-    for (const auto& c : cases) {
+    // `chosen`: place of the angle, -1 for none
+    // `named`: in the warning
+    const auto check = [&](const Names& scenes, bool split, int chosen, const char* named) {
         std::vector<SyncGroup> made;
         std::vector<const SyncGroup*> groups;
         FCPXMLExporter::NamesByGroup buckets;
-        for (std::size_t i = 0; i < c.scenes.size(); ++i)
+        for (std::size_t i = 0; i < scenes.size(); ++i)
             made.push_back(camera("c" + std::to_string(i) + ".mov"));
         for (std::size_t i = 0; i < made.size(); ++i) {
             groups.push_back(&made[i]);
-            if (!c.scenes[i].empty()) buckets[made[i].id] = c.scenes[i];
+            if (!scenes[i].empty()) buckets[made[i].id] = scenes[i];
         }
         std::vector<std::string> warnings;
-        const auto id = FCPXMLExporter::multicamBucketGroupID(groups, buckets, c.split, warnings);
-        EXPECT_EQ(id, c.chosen < 0 ? std::nullopt
-                                   : std::optional(made.at(static_cast<std::size_t>(c.chosen)).id));
-        ASSERT_EQ(warnings.size(), c.named == nullptr ? 0U : 1U);
-        if (c.named == nullptr) continue;
-        EXPECT_EQ(warnings.front(), std::string("Multicam angles span different scenes ") + c.named +
+        const auto id = FCPXMLExporter::multicamBucketGroupID(groups, buckets, split, warnings);
+        EXPECT_EQ(id,
+                  chosen < 0 ? std::nullopt : std::optional(made.at(static_cast<std::size_t>(chosen)).id));
+        ASSERT_EQ(warnings.size(), named == nullptr ? 0U : 1U);
+        if (named == nullptr) return;
+        EXPECT_EQ(warnings.front(), std::string("Multicam angles span different scenes ") + named +
                                         " placed in the first angle's scene event.");
-    }
+    };
+    check({"12", "12", "13"}, true, 0, "(12, 13): c0.mov, c1.mov, c2.mov —");
+    check({"13", "12"}, true, 0, "(12, 13): c0.mov, c1.mov —");
+    check({"14", "13", "13"}, true, 1, "(13, 14): c0.mov, c1.mov, c2.mov —");
+    check({"", "12"}, true, 1, nullptr);
+    check({"12", "12"}, true, 0, nullptr);
+    check({"", ""}, true, -1, nullptr);
+    check({"12", "13"}, false, -1, nullptr);
+    check({}, true, -1, nullptr);
 }
 
 TEST(MulticamClips, StandBesideTheClipsOrInTheirPlace) {

@@ -1,6 +1,6 @@
 #include "OrvaneSyncCore/Services/Ingest/IXMLReader.h"
 
-#include "Support/MediaFactory.h"
+#include "MediaFactory/MediaFactory.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
@@ -25,27 +25,22 @@ const std::string document = test::IXMLText{.scene = "12A", .take = "3", .tracks
 
 TEST(ChunkWalk, findsChunksWhereverTheyLie) {
     const BroadcastExtension extension{.originator = "Mixer", .timeReference = 172'800'000};
-    const struct {
-        const char* name;
-        std::string bytes;
-    } cases[] = {
-        {"in front of the sound", wave().bext(extension).iXML(document).silence(100).bytes()},
-        {"behind the sound", wave().silence(100).iXML(document).bext(extension).bytes()},
-        {"behind chunks of odd size",
-         wave().chunk("odd ", "abc").iXML(document).chunk("PAD ", "x").bext(extension).bytes()},
-        {"the first of its name counts",
-         wave().bext(extension).iXML(document).iXML("<BWFXML/>").bext({}).bytes()},
-        {"an empty one does not count",
-         wave().chunk("bext", "").chunk("iXML", "").bext(extension).iXML(document).bytes()},
-    };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.name);
-        const auto found = readBytes(row.bytes);
+    const auto check = [&](const char* name, const std::string& bytes) {
+        SCOPED_TRACE(name);
+        const auto found = readBytes(bytes);
         EXPECT_EQ(found.bext.timeRef, 172'800'000U);
         EXPECT_EQ(found.bext.originator, "Mixer");
         ASSERT_TRUE(found.ixml.has_value());
         EXPECT_EQ(found.ixml->scene, "12A");
-    }
+    };
+    check("in front of the sound", wave().bext(extension).iXML(document).silence(100).bytes());
+    check("behind the sound", wave().silence(100).iXML(document).bext(extension).bytes());
+    check("behind chunks of odd size",
+          wave().chunk("odd ", "abc").iXML(document).chunk("PAD ", "x").bext(extension).bytes());
+    check("the first of its name counts",
+          wave().bext(extension).iXML(document).iXML("<BWFXML/>").bext({}).bytes());
+    check("an empty one does not count",
+          wave().chunk("bext", "").chunk("iXML", "").bext(extension).iXML(document).bytes());
 }
 
 TEST(ChunkWalk, isBounded) {
@@ -192,25 +187,20 @@ TEST(IXMLDocument, tracks) {
 TEST(IXMLDocument, whatIsNotTrustedIsNotRead) {
     const std::string bomb = "<!DOCTYPE x [<!ENTITY a \"b\">]><BWFXML><SCENE>&a;</SCENE></BWFXML>";
     const std::string padding(65536, ' ');
-    const struct {
-        const char* name;
-        std::string bytes;
-        bool isRead;
-    } cases[] = {
-        {"not a document", "recorder was switched off", false},
-        {"empty", "", false},
-        {"cut off", "<BWFXML><SCENE>1</SCENE>", false},
-        {"two roots", "<A/><B/>", false},
-        {"entities", bomb, false},
-        {"an entity in the text of a note", "<A><NOTE><![CDATA[<!eNtItY]]></NOTE></A>", false},
-        {"behind NUL anything goes", std::string("<A/>") + '\0' + "<!ENTITY", true},
-        {"bytes that are no text", "<A>\xFF</A>", false},
-        {"a declared encoding", "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><A><NOTE>\xE9</NOTE></A>",
-         true},
-        {"entities beyond the start", "<!--" + padding + "-->" + bomb, true},
+    const auto check = [&](const char* name, const std::string& bytes, bool isRead) {
+        EXPECT_EQ(IXMLReader::parseIXMLContent(bytes).has_value(), isRead) << name;
     };
-    for (const auto& row : cases)
-        EXPECT_EQ(IXMLReader::parseIXMLContent(row.bytes).has_value(), row.isRead) << row.name;
+    check("not a document", "recorder was switched off", false);
+    check("empty", "", false);
+    check("cut off", "<BWFXML><SCENE>1</SCENE>", false);
+    check("two roots", "<A/><B/>", false);
+    check("entities", bomb, false);
+    check("an entity in the text of a note", "<A><NOTE><![CDATA[<!eNtItY]]></NOTE></A>", false);
+    check("behind NUL anything goes", std::string("<A/>") + '\0' + "<!ENTITY", true);
+    check("bytes that are no text", "<A>\xFF</A>", false);
+    check("a declared encoding", "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><A><NOTE>\xE9</NOTE></A>",
+          true);
+    check("entities beyond the start", "<!--" + padding + "-->" + bomb, true);
 }
 
 TEST(IXMLDocument, fiftyMegabytesOfText) {

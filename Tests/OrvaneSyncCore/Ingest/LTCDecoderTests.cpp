@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/LTCDecoder.h"
 
-#include "Support/Media/LTCSignal.h"
+#include "MediaFactory/LTCSignal.h"
+#include "Support/MemoryAudio.h"
 
 #include <gtest/gtest.h>
 
@@ -17,35 +18,10 @@ namespace {
 
 using test::ltcBits;
 using test::ltcSignal;
-
-/// Sound in memory, one list of samples a channel.
-class MemoryAudioFile final : public platform::AudioFile {
-  public:
-    MemoryAudioFile(std::vector<std::vector<float>> channels, double sampleRate)
-        : channels_(std::move(channels)), sampleRate_(sampleRate) {}
-    double sampleRate() const override { return sampleRate_; }
-    int channelCount() const override { return static_cast<int>(channels_.size()); }
-    std::int64_t frameCount() const override { return static_cast<std::int64_t>(channels_.front().size()); }
-    bool seek(std::int64_t frame) override {
-        position_ = static_cast<std::size_t>(frame);
-        return true;
-    }
-    std::size_t read(std::span<float* const> into, std::size_t frames) override {
-        const std::size_t count = std::min(frames, channels_.front().size() - position_);
-        for (std::size_t c = 0; c < channels_.size(); ++c)
-            std::copy_n(channels_[c].begin() + static_cast<std::ptrdiff_t>(position_), count, into[c]);
-        position_ += count;
-        return count;
-    }
-
-  private:
-    std::vector<std::vector<float>> channels_;
-    double sampleRate_;
-    std::size_t position_ = 0;
-};
+using test::MemoryAudio;
 
 std::optional<std::string> decoded(const std::vector<float>& signal, double sampleRate = 48000) {
-    MemoryAudioFile file({signal}, sampleRate);
+    MemoryAudio file({signal}, sampleRate);
     const auto frame = LTCDecoder::decodeFirstFrame(file, 0);
     return frame ? std::optional(frame->tc) : std::nullopt;
 }
@@ -69,7 +45,7 @@ TEST(LinearTimecode, readsTheFirstFrame) {
 
 TEST(LinearTimecode, tellsTheBlockThatCompletedTheFrame) {
     constexpr double rate = 48000, block = 16384;
-    MemoryAudioFile file({joined(silence(20000), ltcSignal(twoFrames, 24))}, rate);
+    MemoryAudio file({joined(silence(20000), ltcSignal(twoFrames, 24))}, rate);
     const auto frame = LTCDecoder::decodeFirstFrame(file, 0);
     ASSERT_TRUE(frame.has_value());
     EXPECT_EQ(frame->atSeconds, block / rate);
@@ -110,7 +86,7 @@ TEST(LinearTimecode, choosesTheChannel) {
                                                  {-1, "10:00:00:00"},
                                                  {1 << 30, "11:00:00:00"}};
     for (const auto& [channel, tc] : cases) {
-        MemoryAudioFile file({at(10), at(11)}, 48000);
+        MemoryAudio file({at(10), at(11)}, 48000);
         EXPECT_EQ(LTCDecoder::decodeFirstFrame(file, channel).value().tc, tc) << channel;
     }
 }

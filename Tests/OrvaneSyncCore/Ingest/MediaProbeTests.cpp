@@ -1,8 +1,8 @@
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 
 #include "ManualQueue.h"
-#include "Support/Media/LTCSignal.h"
-#include "Support/MediaFactory.h"
+#include "MediaFactory/LTCSignal.h"
+#include "MediaFactory/MediaFactory.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "OrvaneSyncCore/Services/Ingest/TimecodeTrackReader.h"
 
-#include "Support/MediaFactory.h"
+#include "MediaFactory/MediaFactory.h"
 
 #include <gtest/gtest.h>
 
@@ -27,35 +27,30 @@ std::optional<std::string> timecode(const std::string& bytes) {
 MovieMaker movie(const TimecodeSpec& spec) { return MovieMaker().video({}).audio({}).timecode(spec); }
 
 TEST(TimecodeTrack, rateAndFirstSampleGiveTheStart) {
-    const struct {
-        const char* name;
-        TimecodeSpec spec;
-        const char* timecode;
-        std::optional<double> rate;
-    } cases[] = {
-        {"25 frames", {25, 1, 90000}, "01:00:00:00", 25.0},
-        {"fractional rates near 30 drop", {30000, 1001, 1800}, "00:01:00;02", 30000.0 / 1001},
-        {"23.976", {24000, 1001, 86400}, "01:00:00:00", 24000.0 / 1001},
-        {"a rate that is no timecode's counts at 24", {120, 1, 86400}, "01:00:00:00", 120.0},
-        {"beyond a day", {25, 1, 25U * 86400}, "1 00:00:00:00", 25.0},
-        {"a negative count", {25, 1, 0xFFFFFFFF}, "00:00:00:01", 25.0},
-        {"the lowest count", {25, 1, 0x80000000}, "994 04:55:45:23", 25.0},
-        {"no scale", {0, 1, 86400}, "01:00:00:00", std::nullopt},
-        {"no frame duration", {25, 0, 86400}, "01:00:00:00", std::nullopt},
-        {"240 is the highest rate", {240, 1, 24}, "00:00:01:00", 240.0},
-        {"above 240", {241, 1, 24}, "00:00:01:00", std::nullopt},
-        {"at 24 without a rate, hours go on", {0, 0, 86400 * 30}, "30:00:00:00", std::nullopt},
-        {"another format", {.firstFrame = 86400, .format = "tc64"}, "01:00:00:00", std::nullopt},
-        {"64-bit offsets", {.firstFrame = 25, .wideOffset = true}, "00:00:01:00", 25.0},
-        {"a sample that claims more than is read", {.firstFrame = 25, .sampleSize = 12}, "00:00:01:00", 25.0},
-    };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.name);
-        const auto start = readBytes(movie(row.spec).mediaBytes(64).bytes());
+    const auto check = [&](const char* name, const TimecodeSpec& spec, const char* timecode,
+                           std::optional<double> rate) {
+        SCOPED_TRACE(name);
+        const auto start = readBytes(movie(spec).mediaBytes(64).bytes());
         ASSERT_TRUE(start.has_value());
-        EXPECT_EQ(start->timecode, row.timecode);
-        EXPECT_EQ(start->projectFrameRate, row.rate);
-    }
+        EXPECT_EQ(start->timecode, timecode);
+        EXPECT_EQ(start->projectFrameRate, rate);
+    };
+    check("25 frames", {25, 1, 90000}, "01:00:00:00", 25.0);
+    check("fractional rates near 30 drop", {30000, 1001, 1800}, "00:01:00;02", 30000.0 / 1001);
+    check("23.976", {24000, 1001, 86400}, "01:00:00:00", 24000.0 / 1001);
+    check("a rate that is no timecode's counts at 24", {120, 1, 86400}, "01:00:00:00", 120.0);
+    check("beyond a day", {25, 1, 25U * 86400}, "1 00:00:00:00", 25.0);
+    check("a negative count", {25, 1, 0xFFFFFFFF}, "00:00:00:01", 25.0);
+    check("the lowest count", {25, 1, 0x80000000}, "994 04:55:45:23", 25.0);
+    check("no scale", {0, 1, 86400}, "01:00:00:00", std::nullopt);
+    check("no frame duration", {25, 0, 86400}, "01:00:00:00", std::nullopt);
+    check("240 is the highest rate", {240, 1, 24}, "00:00:01:00", 240.0);
+    check("above 240", {241, 1, 24}, "00:00:01:00", std::nullopt);
+    check("at 24 without a rate, hours go on", {0, 0, 86400 * 30}, "30:00:00:00", std::nullopt);
+    check("another format", {.firstFrame = 86400, .format = "tc64"}, "01:00:00:00", std::nullopt);
+    check("64-bit offsets", {.firstFrame = 25, .wideOffset = true}, "00:00:01:00", 25.0);
+    check("a sample that claims more than is read", {.firstFrame = 25, .sampleSize = 12}, "00:00:01:00",
+          25.0);
 }
 
 TEST(TimecodeTrack, aSampleThatIsNotThereGivesNothing) {
@@ -120,25 +115,21 @@ TEST(TimecodeTrack, laterAtomsOfAKindReplaceEarlierOnes) {
         return atom("trak", atom("mdia", head + atom("minf", atom("stbl", table)) + tail));
     };
     const std::string table = description("tmcd", 25) + size + offset(8);
-    const struct {
-        const char* name;
-        std::string tracks;
-        std::optional<std::string> start;
-    } cases[] = {
-        {"one of each", track(handler("tmcd"), table), "00:00:02:00"},
-        {"the handler last", track("", table, handler("tmcd")), "00:00:02:00"},
-        {"offsets", track(handler("tmcd"), offset(0) + table), "00:00:02:00"},
-        {"a last offset that lies", track(handler("tmcd"), table + offset(1'000'000)), {}},
-        {"descriptions", track(handler("tmcd"), table + description("tmcd", 50)), "00:00:01:00"},
-        {"another format", track(handler("tmcd"), table + description("mp4a", 50)), "00:00:02:00"},
-        {"another handler", track(handler("vide"), table), {}},
-        {"a track without an offset is passed over",
-         track(handler("tmcd"), size) + track(handler("tmcd"), table), "00:00:02:00"},
-        {"the last media of a track counts",
-         atom("trak", atom("mdia", handler("tmcd") + atom("minf", atom("stbl", table))) + atom("mdia")),
-         {}},
+    const auto check = [&](const char* name, const std::string& tracks,
+                           const std::optional<std::string>& start) {
+        EXPECT_EQ(whole(tracks), start) << name;
     };
-    for (const auto& row : cases) EXPECT_EQ(whole(row.tracks), row.start) << row.name;
+    check("one of each", track(handler("tmcd"), table), "00:00:02:00");
+    check("the handler last", track("", table, handler("tmcd")), "00:00:02:00");
+    check("offsets", track(handler("tmcd"), offset(0) + table), "00:00:02:00");
+    check("a last offset that lies", track(handler("tmcd"), table + offset(1'000'000)), {});
+    check("descriptions", track(handler("tmcd"), table + description("tmcd", 50)), "00:00:01:00");
+    check("another format", track(handler("tmcd"), table + description("mp4a", 50)), "00:00:02:00");
+    check("another handler", track(handler("vide"), table), {});
+    check("a track without an offset is passed over",
+          track(handler("tmcd"), size) + track(handler("tmcd"), table), "00:00:02:00");
+    check("the last media of a track counts",
+          atom("trak", atom("mdia", handler("tmcd") + atom("minf", atom("stbl", table))) + atom("mdia")), {});
 }
 
 } // namespace

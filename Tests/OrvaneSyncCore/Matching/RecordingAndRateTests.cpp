@@ -11,30 +11,25 @@ using SplitRecordingDetector::Candidate;
 using Text = std::optional<std::string>;
 
 TEST(SplitRecordingDetector, isContinuousChain) {
-    struct Case {
-        const char* name;
-        std::vector<Candidate> files;
-        bool isChain;
-    };
     const auto pair = [](Text originatorA, Text originatorB, Text tapeA, Text tapeB) {
         return std::vector<Candidate>{{{0, 10}, std::move(originatorA), std::move(tapeA)},
                                       {{10, 20}, std::move(originatorB), std::move(tapeB)}};
     };
-    for (const Case& test : {
-             Case{"one file is no chain", {{{0, 10}, {}, {}}}, false},
-             Case{"in any order", {{{20.6, 30}, {}, {}}, {{0, 10}, {}, {}}, {{10.3, 20.3}, {}, {}}}, true},
-             Case{"a gap of half a second", {{{0, 10}, {}, {}}, {{10.5, 20}, {}, {}}}, true},
-             Case{"a gap of more", {{{0, 10}, {}, {}}, {{10.6, 20}, {}, {}}}, false},
-             Case{"an overlap of half a second", {{{0, 10}, {}, {}}, {{9.5, 20}, {}, {}}}, true},
-             Case{"side by side", {{{0, 10}, {}, {}}, {{0, 10}, {}, {}}}, false},
-             Case{"case and blanks", pair("Recorder A", " recorder a\r\n", {}, {}), true},
-             Case{"two recorders", pair("A", "B", {}, {}), false},
-             Case{"an unknown recorder", pair("A", {}, {}, {}), true},
-             Case{"a blank recorder", pair("A", "  ", {}, {}), true},
-             Case{"two rolls", pair({}, {}, "A", "B"), false},
-             Case{"one roll", pair({}, {}, "\xC3\x89", "\xC3\xA9"), true},
-         })
-        EXPECT_EQ(SplitRecordingDetector::isContinuousChain(test.files), test.isChain) << test.name;
+    const auto check = [&](const char* name, const std::vector<Candidate>& files, bool isChain) {
+        EXPECT_EQ(SplitRecordingDetector::isContinuousChain(files), isChain) << name;
+    };
+    check("one file is no chain", {{{0, 10}, {}, {}}}, false);
+    check("in any order", {{{20.6, 30}, {}, {}}, {{0, 10}, {}, {}}, {{10.3, 20.3}, {}, {}}}, true);
+    check("a gap of half a second", {{{0, 10}, {}, {}}, {{10.5, 20}, {}, {}}}, true);
+    check("a gap of more", {{{0, 10}, {}, {}}, {{10.6, 20}, {}, {}}}, false);
+    check("an overlap of half a second", {{{0, 10}, {}, {}}, {{9.5, 20}, {}, {}}}, true);
+    check("side by side", {{{0, 10}, {}, {}}, {{0, 10}, {}, {}}}, false);
+    check("case and blanks", pair("Recorder A", " recorder a\r\n", {}, {}), true);
+    check("two recorders", pair("A", "B", {}, {}), false);
+    check("an unknown recorder", pair("A", {}, {}, {}), true);
+    check("a blank recorder", pair("A", "  ", {}, {}), true);
+    check("two rolls", pair({}, {}, "A", "B"), false);
+    check("one roll", pair({}, {}, "\xC3\x89", "\xC3\xA9"), true);
 }
 
 SyncGroup voter(const char* name, std::optional<double> project, std::optional<double> file,
@@ -49,66 +44,32 @@ SyncGroup voter(const char* name, std::optional<double> project, std::optional<d
 TEST(ProjectFrameRateResolver, resolve) {
     SyncGroup excluded = voter("x", 50, 50);
     excluded.isExcludedFromExport = true;
-    struct Case {
-        const char* name;
-        SyncGroupList groups;
-        double setting, fps;
-        const char* source;
-        std::vector<std::string> disagreeing;
+    const auto check = [&](const char* name, const SyncGroupList& groups, double setting, double fps,
+                           const char* source, const std::vector<std::string>& disagreeing) {
+        const auto resolution = ProjectFrameRateResolver::resolve(groups, setting);
+        EXPECT_EQ(resolution.fps, fps) << name;
+        EXPECT_EQ(resolution.source, source) << name;
+        EXPECT_EQ(resolution.disagreeingClips, disagreeing) << name;
     };
-    for (const Case& test : {
-             Case{"no clips", {}, 0, 24, "fallback 24", {}},
-             Case{"the lower of equals",
-                  {voter("a", 25, {}), voter("b", 24, {}), voter("c", 25, {}), voter("d", 24, {})},
-                  0,
-                  24,
-                  "detected (2 of 4 clips)",
-                  {"a", "c"}},
-             Case{"the user", {voter("a", 25, {}), voter("b", 30, {})}, 30, 30, "user setting", {"a"}},
-             Case{"the first of a kind names it",
-                  {voter("a", 23.976, {}), voter("b", 24, {}), voter("c", 24, {})},
-                  0,
-                  23.976,
-                  "detected (3 of 3 clips)",
-                  {}},
-             Case{"clips that are not exported",
-                  {excluded, voter("a", 50, {}, {}, MatchStatus::unmatched()),
-                   voter("b", 50, {}, {}, MatchStatus::ambiguous(2)),
-                   voter("c", 25, {}, {}, MatchStatus::mos())},
-                  0,
-                  25,
-                  "detected (1 of 1 clips)",
-                  {}},
-             Case{"the project's rate before the files'",
-                  {voter("a", {}, 50), voter("b", {}, 50), voter("c", 25, 25)},
-                  0,
-                  25,
-                  "detected (1 of 3 clips)",
-                  {}},
-             Case{"the files' rates",
-                  {voter("a", {}, 50), voter("b", {}, 25, 100), voter("c", {}, 50)},
-                  0,
-                  50,
-                  "detected (2 of 3 clips)",
-                  {}},
-             Case{"without a project rate nothing is slow motion",
-                  {voter("a", 0, 120, 120), voter("b", {}, {})},
-                  0,
-                  120,
-                  "detected (1 of 2 clips)",
-                  {}},
-             Case{"a rate of 0 is none",
-                  {voter("a", 0, {}), voter("b", 0, {}), voter("c", 25, {})},
-                  0,
-                  25,
-                  "detected (1 of 3 clips)",
-                  {}},
-         }) {
-        const auto resolution = ProjectFrameRateResolver::resolve(test.groups, test.setting);
-        EXPECT_EQ(resolution.fps, test.fps) << test.name;
-        EXPECT_EQ(resolution.source, test.source) << test.name;
-        EXPECT_EQ(resolution.disagreeingClips, test.disagreeing) << test.name;
-    }
+    check("no clips", {}, 0, 24, "fallback 24", {});
+    check("the lower of equals",
+          {voter("a", 25, {}), voter("b", 24, {}), voter("c", 25, {}), voter("d", 24, {})}, 0, 24,
+          "detected (2 of 4 clips)", {"a", "c"});
+    check("the user", {voter("a", 25, {}), voter("b", 30, {})}, 30, 30, "user setting", {"a"});
+    check("the first of a kind names it", {voter("a", 23.976, {}), voter("b", 24, {}), voter("c", 24, {})}, 0,
+          23.976, "detected (3 of 3 clips)", {});
+    check("clips that are not exported",
+          {excluded, voter("a", 50, {}, {}, MatchStatus::unmatched()),
+           voter("b", 50, {}, {}, MatchStatus::ambiguous(2)), voter("c", 25, {}, {}, MatchStatus::mos())},
+          0, 25, "detected (1 of 1 clips)", {});
+    check("the project's rate before the files'",
+          {voter("a", {}, 50), voter("b", {}, 50), voter("c", 25, 25)}, 0, 25, "detected (1 of 3 clips)", {});
+    check("the files' rates", {voter("a", {}, 50), voter("b", {}, 25, 100), voter("c", {}, 50)}, 0, 50,
+          "detected (2 of 3 clips)", {});
+    check("without a project rate nothing is slow motion", {voter("a", 0, 120, 120), voter("b", {}, {})}, 0,
+          120, "detected (1 of 2 clips)", {});
+    check("a rate of 0 is none", {voter("a", 0, {}), voter("b", 0, {}), voter("c", 25, {})}, 0, 25,
+          "detected (1 of 3 clips)", {});
 }
 
 TEST(ProjectFrameRateResolver, mode) {

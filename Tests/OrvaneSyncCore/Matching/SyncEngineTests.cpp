@@ -47,35 +47,30 @@ TEST(SyncEngine, placesFilesOnTheAxis) {
     silent.durationSeconds.reset();
     MediaAsset atProjectRate = video("a.mov", "00:00:01:12");
     atProjectRate.projectFrameRate = 24;
-    struct Case {
-        const char* name;
-        MediaAsset asset;
-        std::optional<double> fallback, start, end;
-    };
     const double none = std::numeric_limits<double>::quiet_NaN();
-    for (const Case& test : {
-             Case{"by its text", ten, {}, 3600, 3610},
-             Case{"the project's rate before the file's", atProjectRate, {}, 1.5, 61.5},
-             Case{"the fallback before both", atProjectRate, 48, 1.25, 61.25},
-             Case{"a count of samples before the text", counted(audio("a.wav"), 96000, 48000), 30, 2, 62},
-             Case{"48 kHz where no rate is stated", counted(audio("a.wav"), 96000, {}), {}, 2, 62},
-             Case{"a count of 0 is none", counted(audio("a.wav", "00:00:05:00"), 0, 48000), {}, 5, 65},
-             Case{"neither count nor text", counted(audio("a.wav", ""), 0, 48000), {}, {}, {}},
-             Case{"a count at no rate", counted(audio("a.wav"), 96000, 0.0), {}, {}, {}},
-             Case{"a malformed text is midnight", video("a.mov", "noon"), {}, 0, 60},
-             Case{"no duration", silent, {}, {}, {}},
-             Case{"a duration of 0", video("a.mov", "01:00:00:00", 0), {}, {}, {}},
-             Case{"a duration that is no number", video("a.mov", "01:00:00:00", none), {}, {}, {}},
-             Case{"slow motion covers less", offspeed(ten, 120, 24), {}, 3600, 3602},
-             Case{"2 percent is no slow motion", offspeed(ten, 24.5, 24), {}, 3600, 3610},
-             Case{"sound has no slow motion", offspeed(sound, 120, 24), {}, 3600, 3610},
-         }) {
-        const auto range = SyncEngine::tcRange(test.asset, test.fallback);
-        ASSERT_EQ(range.has_value(), test.start.has_value()) << test.name;
-        if (!range) continue;
-        EXPECT_DOUBLE_EQ(range->startSeconds, *test.start) << test.name;
-        EXPECT_DOUBLE_EQ(range->endSeconds, *test.end) << test.name;
-    }
+    const auto check = [&](const char* name, const MediaAsset& asset, std::optional<double> fallback,
+                           std::optional<double> start, std::optional<double> end) {
+        const auto range = SyncEngine::tcRange(asset, fallback);
+        ASSERT_EQ(range.has_value(), start.has_value()) << name;
+        if (!range) return;
+        EXPECT_DOUBLE_EQ(range->startSeconds, *start) << name;
+        EXPECT_DOUBLE_EQ(range->endSeconds, *end) << name;
+    };
+    check("by its text", ten, {}, 3600, 3610);
+    check("the project's rate before the file's", atProjectRate, {}, 1.5, 61.5);
+    check("the fallback before both", atProjectRate, 48, 1.25, 61.25);
+    check("a count of samples before the text", counted(audio("a.wav"), 96000, 48000), 30, 2, 62);
+    check("48 kHz where no rate is stated", counted(audio("a.wav"), 96000, {}), {}, 2, 62);
+    check("a count of 0 is none", counted(audio("a.wav", "00:00:05:00"), 0, 48000), {}, 5, 65);
+    check("neither count nor text", counted(audio("a.wav", ""), 0, 48000), {}, {}, {});
+    check("a count at no rate", counted(audio("a.wav"), 96000, 0.0), {}, {}, {});
+    check("a malformed text is midnight", video("a.mov", "noon"), {}, 0, 60);
+    check("no duration", silent, {}, {}, {});
+    check("a duration of 0", video("a.mov", "01:00:00:00", 0), {}, {}, {});
+    check("a duration that is no number", video("a.mov", "01:00:00:00", none), {}, {}, {});
+    check("slow motion covers less", offspeed(ten, 120, 24), {}, 3600, 3602);
+    check("2 percent is no slow motion", offspeed(ten, 24.5, 24), {}, 3600, 3610);
+    check("sound has no slow motion", offspeed(sound, 120, 24), {}, 3600, 3610);
     EXPECT_EQ(SyncEngine::overlapDuration({0, 10}, {4, 20}), 6);
     EXPECT_EQ(SyncEngine::overlapDuration({0, 10}, {10, 20}), std::nullopt) << "they only touch";
 }
@@ -86,23 +81,18 @@ TEST(SyncEngine, meetsTheDaysAround) {
     filmedOn3rd.contentCreatedDate = dateFromISO8601("2024-05-03T09:00:00Z");
     MediaAsset namedAndFiled = audio("240509.wav");
     namedAndFiled.contentCreatedDate = filmedOn3rd.contentCreatedDate;
-    struct Case {
-        const char* name;
-        MediaAsset video, audio;
-        bool meet;
+    const auto check = [&](const char* name, const MediaAsset& video, const MediaAsset& audio, bool meet) {
+        EXPECT_EQ(matched(video, {audio}).isMOS(), !meet) << name;
     };
-    for (const Case& test : {
-             Case{"the same day", video("A_240503.mov"), audio("240503.wav"), true},
-             Case{"the day before", video("A_240503.mov"), audio("240502.wav"), true},
-             Case{"the day after", video("A_240430.mov"), audio("240501.wav"), true},
-             Case{"two days apart", video("A_240503.mov"), audio("240501.wav"), false},
-             Case{"a video without a day", video("A.mov"), audio("240503.wav"), true},
-             Case{"a recording without a day", video("A_240503.mov"), audio("x.wav"), true},
-             Case{"the day of the file", filmedOn3rd, audio("240504.wav"), true},
-             Case{"the day of the file, too far", filmedOn3rd, audio("240505.wav"), false},
-             Case{"the name before the file", filmedOn3rd, namedAndFiled, false},
-         })
-        EXPECT_EQ(matched(test.video, {test.audio}).isMOS(), !test.meet) << test.name;
+    check("the same day", video("A_240503.mov"), audio("240503.wav"), true);
+    check("the day before", video("A_240503.mov"), audio("240502.wav"), true);
+    check("the day after", video("A_240430.mov"), audio("240501.wav"), true);
+    check("two days apart", video("A_240503.mov"), audio("240501.wav"), false);
+    check("a video without a day", video("A.mov"), audio("240503.wav"), true);
+    check("a recording without a day", video("A_240503.mov"), audio("x.wav"), true);
+    check("the day of the file", filmedOn3rd, audio("240504.wav"), true);
+    check("the day of the file, too far", filmedOn3rd, audio("240505.wav"), false);
+    check("the name before the file", filmedOn3rd, namedAndFiled, false);
     EXPECT_EQ(engine.matchWithinDay({video("A_240503.mov")}, {audio("240520.wav")})[0].audioMatches.size(),
               1U)
         << "within a day nobody asks for the day";
@@ -113,34 +103,25 @@ TEST(SyncEngine, decidesTheStatus) {
         const char* start;
         double seconds = 60;
     };
-    struct Overlaps {
-        const char* name;
-        double videoSeconds;
-        std::vector<Sound> sounds;
-        MatchStatus status;
-        std::size_t count;
-    };
     const auto matchedStatus = MatchStatus::matched(), mos = MatchStatus::mos(),
                unmatched = MatchStatus::unmatched();
     const auto split = MatchStatus::splitRecording(2), ambiguous = MatchStatus::ambiguous(2);
-    for (const Overlaps& test : {
-             Overlaps{"one frame in common", 1, {{"10:00:00:24"}}, matchedStatus, 1},
-             Overlaps{"they only touch", 1, {{"10:00:01:00"}}, unmatched, 0},
-             Overlaps{"exactly half as good", 60, {{"10:00:00:00"}, {"10:00:30:00"}}, matchedStatus, 2},
-             Overlaps{"less than half", 60, {{"10:00:00:00"}, {"10:00:30:03"}}, ambiguous, 2},
-             Overlaps{"one recording in parts", 60, {{"10:00:00:00", 50}, {"10:00:50:05"}}, split, 2},
-             Overlaps{"parts too far apart", 60, {{"10:00:00:00", 50}, {"10:00:51:00"}}, ambiguous, 2},
-             Overlaps{"sounds without a place", 60, {{""}, {"10:00:00:00", 0}}, unmatched, 0},
-         }) {
+    const auto check = [&](const char* name, double videoSeconds, const std::vector<Sound>& sounds,
+                           const MatchStatus& status, std::size_t count) {
         std::vector<MediaAsset> recordings;
-        for (const Sound& sound : test.sounds)
-            recordings.push_back(audio("x.wav", sound.start, sound.seconds));
-        const SyncGroup group = matched(video("a.mov", "10:00:00:00", test.videoSeconds), recordings);
-        EXPECT_EQ(group.matchStatus, test.status) << test.name << ": " << group.matchStatus.label();
-        EXPECT_EQ(group.audioMatches.size(), test.count) << test.name;
+        for (const Sound& sound : sounds) recordings.push_back(audio("x.wav", sound.start, sound.seconds));
+        const SyncGroup group = matched(video("a.mov", "10:00:00:00", videoSeconds), recordings);
+        EXPECT_EQ(group.matchStatus, status) << name << ": " << group.matchStatus.label();
+        EXPECT_EQ(group.audioMatches.size(), count) << name;
         EXPECT_EQ(group.clipName, "a.mov");
-    }
-
+    };
+    check("one frame in common", 1, {{"10:00:00:24"}}, matchedStatus, 1);
+    check("they only touch", 1, {{"10:00:01:00"}}, unmatched, 0);
+    check("exactly half as good", 60, {{"10:00:00:00"}, {"10:00:30:00"}}, matchedStatus, 2);
+    check("less than half", 60, {{"10:00:00:00"}, {"10:00:30:03"}}, ambiguous, 2);
+    check("one recording in parts", 60, {{"10:00:00:00", 50}, {"10:00:50:05"}}, split, 2);
+    check("parts too far apart", 60, {{"10:00:00:00", 50}, {"10:00:51:00"}}, ambiguous, 2);
+    check("sounds without a place", 60, {{""}, {"10:00:00:00", 0}}, unmatched, 0);
     MediaAsset wild = audio("b.wav");
     wild.ixmlData = IXMLData{};
     wild.ixmlData->wildTrack = "true";

@@ -23,45 +23,35 @@ TEST(SmartAudioKinds, RawValuesComeBackAndOthersDoNot) {
 
 TEST(SmartAudioKinds, BlocksLastAsTheModeOrTheMaterialSays) {
     using enum MaterialCharacter;
-    const struct {
-        BlockMode mode;
-        std::optional<MaterialCharacter> detected;
-        double seconds;
-        const char* menu;
-        const char* badge;
-    } cases[] = {
-        {BlockMode::adaptive, std::nullopt, 2, "Auto", "Auto · 2s blocks"},
-        {BlockMode::adaptive, interview, 4, "Auto (currently: Interview / Talking Head)",
-         "Interview / Talking Head · 4s blocks"},
-        {BlockMode::adaptive, fastDialog, 1, "Auto (currently: Fast Dialog / Comedy)",
-         "Fast Dialog / Comedy · 1s blocks"},
-        {BlockMode::adaptive, actionAtmo, 2, "Auto (currently: Action / Atmo-heavy)",
-         "Action / Atmo-heavy · 2s blocks"},
-        {BlockMode::fine, interview, 1, "Fine — 1 s · fast comedy", "Fine · 1s blocks"},
-        {BlockMode::standard, std::nullopt, 2, "Standard — 2 s · drama", "Standard · 2s blocks"},
-        {BlockMode::coarse, fastDialog, 4, "Coarse — 4 s · interview", "Coarse · 4s blocks"},
+    const auto check = [&](BlockMode mode, const std::optional<MaterialCharacter>& detected, double seconds,
+                           const char* menu, const char* badge) {
+        EXPECT_EQ(blockSeconds(mode, detected), seconds) << badge;
+        EXPECT_EQ(menuLabel(mode, detected), menu);
+        EXPECT_EQ(badgeLabel(mode, detected), badge);
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(blockSeconds(c.mode, c.detected), c.seconds) << c.badge;
-        EXPECT_EQ(menuLabel(c.mode, c.detected), c.menu);
-        EXPECT_EQ(badgeLabel(c.mode, c.detected), c.badge);
-    }
+    check(BlockMode::adaptive, std::nullopt, 2, "Auto", "Auto · 2s blocks");
+    check(BlockMode::adaptive, interview, 4, "Auto (currently: Interview / Talking Head)",
+          "Interview / Talking Head · 4s blocks");
+    check(BlockMode::adaptive, fastDialog, 1, "Auto (currently: Fast Dialog / Comedy)",
+          "Fast Dialog / Comedy · 1s blocks");
+    check(BlockMode::adaptive, actionAtmo, 2, "Auto (currently: Action / Atmo-heavy)",
+          "Action / Atmo-heavy · 2s blocks");
+    check(BlockMode::fine, interview, 1, "Fine — 1 s · fast comedy", "Fine · 1s blocks");
+    check(BlockMode::standard, std::nullopt, 2, "Standard — 2 s · drama", "Standard · 2s blocks");
+    check(BlockMode::coarse, fastDialog, 4, "Coarse — 4 s · interview", "Coarse · 4s blocks");
 }
 
 TEST(SmartAudioKinds, ModesAreFoundByTagWhateverItsCase) {
-    const struct {
-        const char* tag;
-        std::optional<SmartAudioMode> mode;
-    } cases[] = {
-        {"standard", SmartAudioMode::standard},
-        {"  CINEMATIC\n", SmartAudioMode::cinematic},
-        {"Custom", SmartAudioMode::custom},
-        {"off", SmartAudioMode::off},
-        {"loud", std::nullopt},
-        {"cine matic", std::nullopt},
-        {"", std::nullopt},
+    const auto check = [&](const char* tag, const std::optional<SmartAudioMode>& mode) {
+        EXPECT_EQ(smartAudioModeFromUITag(tag), mode) << tag;
     };
-    for (const auto& c : cases) EXPECT_EQ(smartAudioModeFromUITag(c.tag), c.mode) << c.tag;
+    check("standard", SmartAudioMode::standard);
+    check("  CINEMATIC\n", SmartAudioMode::cinematic);
+    check("Custom", SmartAudioMode::custom);
+    check("off", SmartAudioMode::off);
+    check("loud", std::nullopt);
+    check("cine matic", std::nullopt);
+    check("", std::nullopt);
     EXPECT_EQ(settingValue(BestChannelMode::perWindow), "perWindow");
 }
 

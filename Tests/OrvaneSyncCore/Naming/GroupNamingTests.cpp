@@ -63,25 +63,20 @@ TEST(GroupNaming, numbers) {
 }
 
 TEST(GroupNaming, sceneTakeName) {
-    struct Case {
-        Text scene, take;
-        const char* separator;
-        Text name;
+    const auto check = [&](const Text& scene, const Text& take, const char* separator, const Text& name) {
+        EXPECT_EQ(GroupNaming::sceneTakeName(slatedClip(scene, take), separator), name)
+            << scene.value_or("none");
     };
-    for (const Case& test : {
-             Case{"12A", "003", "_", "12A_3"},
-             Case{"12 A", "1", "-", "12-A-1"},
-             Case{"12_A", "1", "-", "12-A-1"},
-             Case{" 12..A- \n", " 2 ", "-", "12-A-2"},
-             Case{"--", "1", "-", {}},
-             Case{"", "1", "-", {}},
-             Case{{}, "1", "-", {}},
-             Case{"7", {}, "-", "7"},
-             Case{"7", " ", "-", "7"},
-             Case{"7", "1A", "", "71A"},
-         })
-        EXPECT_EQ(GroupNaming::sceneTakeName(slatedClip(test.scene, test.take), test.separator), test.name)
-            << test.scene.value_or("none");
+    check("12A", "003", "_", "12A_3");
+    check("12 A", "1", "-", "12-A-1");
+    check("12_A", "1", "-", "12-A-1");
+    check(" 12..A- \n", " 2 ", "-", "12-A-2");
+    check("--", "1", "-", {});
+    check("", "1", "-", {});
+    check({}, "1", "-", {});
+    check("7", {}, "-", "7");
+    check("7", " ", "-", "7");
+    check("7", "1A", "", "71A");
     EXPECT_EQ(GroupNaming::sceneTakeName(silentClip(), "-"), std::nullopt);
     EXPECT_EQ(GroupNaming::sceneTakeName(clip(video("a.mov"), audio("b.wav")), "-"), std::nullopt)
         << "no iXML";
@@ -90,31 +85,24 @@ TEST(GroupNaming, sceneTakeName) {
 TEST(GroupNaming, resolve) {
     SyncGroup group = slatedClip("7", "02");
     group.audioMatches[0].audio.edit().ixmlData->tape = "{video}";
-    struct Case {
-        const char* name;
-        const char* pattern;
-        int counter;
-        const char* result;
+    const auto check = [&](const char* name, const char* pattern, int counter, const char* result) {
+        EXPECT_EQ(GroupNaming::resolve(pattern, group, counter), result) << name;
     };
-    for (const Case& test : {
-             Case{"scene, take, padded counter", "{scene}_{take}_{counter:3}", 1, "7_2_001"},
-             Case{"the rest of the tokens", "{camera}/{video}/{audio}/{tc}", 1,
-                  "A/A003C012_x/MIX_001/10-23-45-12"},
-             Case{"every occurrence", "{scene}{scene}", 1, "77"},
-             Case{"a value that holds a later token", "{tape}", 1, "A003C012_x"},
-             Case{"no date leaves no trace", "{date}-{scene}_{time}", 1, "7"},
-             Case{"a run of four leaves two", "a----b____c", 1, "a--b__c"},
-             Case{"trimmed at the ends alone", "- _a - b_ -", 1, "a - b"},
-             Case{"the counter", "{counter}|{counter:2}|{counter:0}|{counter:02}", 123, "123|123|123|123"},
-             Case{"a width beyond reading", "{counter:99999999999999999999}", 5, "5"},
-             Case{"a token made by a counter is no token", "{counter:{counter:2}}", 1, "{counter:01}"},
-             Case{"from the last to the first", "{counter:01} {counter:{counter:2}}", 1, "1 1"},
-             Case{"no widths but for the counter", "{scene:3} {counter:} {counter:x}", 1,
-                  "{scene:3} {counter:} {counter:x}"},
-             Case{"no such token", "{Scene}", 1, "{Scene}"},
-             Case{"nothing", "", 1, ""},
-         })
-        EXPECT_EQ(GroupNaming::resolve(test.pattern, group, test.counter), test.result) << test.name;
+    check("scene, take, padded counter", "{scene}_{take}_{counter:3}", 1, "7_2_001");
+    check("the rest of the tokens", "{camera}/{video}/{audio}/{tc}", 1, "A/A003C012_x/MIX_001/10-23-45-12");
+    check("every occurrence", "{scene}{scene}", 1, "77");
+    check("a value that holds a later token", "{tape}", 1, "A003C012_x");
+    check("no date leaves no trace", "{date}-{scene}_{time}", 1, "7");
+    check("a run of four leaves two", "a----b____c", 1, "a--b__c");
+    check("trimmed at the ends alone", "- _a - b_ -", 1, "a - b");
+    check("the counter", "{counter}|{counter:2}|{counter:0}|{counter:02}", 123, "123|123|123|123");
+    check("a width beyond reading", "{counter:99999999999999999999}", 5, "5");
+    check("a token made by a counter is no token", "{counter:{counter:2}}", 1, "{counter:01}");
+    check("from the last to the first", "{counter:01} {counter:{counter:2}}", 1, "1 1");
+    check("no widths but for the counter", "{scene:3} {counter:} {counter:x}", 1,
+          "{scene:3} {counter:} {counter:x}");
+    check("no such token", "{Scene}", 1, "{Scene}");
+    check("nothing", "", 1, "");
     EXPECT_EQ(GroupNaming::resolve("{scene}_{take}_{counter:3}", silentClip(), 1), "001");
 
     SyncGroup bomb = slatedClip("", "");
@@ -137,47 +125,34 @@ TEST(GroupNaming, datesFollowTheUsersCalendar) {
 }
 
 TEST(GroupNaming, resolveEventName) {
-    struct Case {
-        const char* pattern;
-        const char* scene;
-        const char* event;
-        const char* name;
+    const auto check = [&](const char* pattern, const char* scene, const char* event, const char* name) {
+        EXPECT_EQ(GroupNaming::resolveEventName(pattern, scene, event), name) << pattern;
     };
-    for (const Case& test : {
-             Case{"{eventName} {scene:3}", "7", "", "007"},
-             Case{"{eventName} {scene:3}", "12A", "", "12A"},
-             Case{"{scene:2}/{scene}/{scene:0}", "7", "", "07/7/7"},
-             Case{"{scene:99999999999999999999}", "7", "", "7"},
-             Case{"{eventName}  {scene}", "7", "Day", "Day 7"},
-             Case{"a    b", "7", "", "a  b"},
-             Case{"\t{scene}\n", "{eventName}", "x", "x"},
-         })
-        EXPECT_EQ(GroupNaming::resolveEventName(test.pattern, test.scene, test.event), test.name)
-            << test.pattern;
+    check("{eventName} {scene:3}", "7", "", "007");
+    check("{eventName} {scene:3}", "12A", "", "12A");
+    check("{scene:2}/{scene}/{scene:0}", "7", "", "07/7/7");
+    check("{scene:99999999999999999999}", "7", "", "7");
+    check("{eventName}  {scene}", "7", "Day", "Day 7");
+    check("a    b", "7", "", "a  b");
+    check("\t{scene}\n", "{eventName}", "x", "x");
 }
 
 TEST(GroupNaming, baseName) {
     const SyncGroup full = slatedClip("7", "02"), silent = silentClip(),
                     unslated = clip(video("A003C012_x.mov"), audio("MIX.wav"));
-    struct Case {
-        const char* name;
-        const SyncGroup& group;
-        Source source;
-        Text pattern;
-        const char* base;
+    const auto check = [&](const char* name, const SyncGroup& group, Source source, const Text& pattern,
+                           const char* base) {
+        EXPECT_EQ(GroupNaming::baseName(group, source, pattern, "."), base) << name;
     };
-    for (const Case& test : {
-             Case{"the video's", full, Source::video, {}, "A003C012_x"},
-             Case{"the recording's", full, Source::audio, {}, "MIX_001"},
-             Case{"without a recording", silent, Source::audio, {}, "A003C012_x"},
-             Case{"scene and take", full, Source::sceneTake, "{tc}", "7.2"},
-             Case{"without scene and take", unslated, Source::sceneTake, {}, "A003C012_x"},
-             Case{"a pattern", full, Source::custom, "T{take}", "T2"},
-             Case{"no pattern", full, Source::custom, {}, "7.2"},
-             Case{"an empty pattern", full, Source::custom, "", "7.2"},
-             Case{"a pattern that gives nothing", silent, Source::custom, "{date}", "A003C012_x"},
-         })
-        EXPECT_EQ(GroupNaming::baseName(test.group, test.source, test.pattern, "."), test.base) << test.name;
+    check("the video's", full, Source::video, {}, "A003C012_x");
+    check("the recording's", full, Source::audio, {}, "MIX_001");
+    check("without a recording", silent, Source::audio, {}, "A003C012_x");
+    check("scene and take", full, Source::sceneTake, "{tc}", "7.2");
+    check("without scene and take", unslated, Source::sceneTake, {}, "A003C012_x");
+    check("a pattern", full, Source::custom, "T{take}", "T2");
+    check("no pattern", full, Source::custom, {}, "7.2");
+    check("an empty pattern", full, Source::custom, "", "7.2");
+    check("a pattern that gives nothing", silent, Source::custom, "{date}", "A003C012_x");
 }
 
 TEST(GroupNaming, fcpClipName) {

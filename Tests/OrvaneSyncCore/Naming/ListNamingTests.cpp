@@ -84,33 +84,26 @@ TEST(SidebarOutline, build) {
 }
 
 TEST(PatternEditor, insertsAtTheCaret) {
-    struct Case {
-        const char* name;
-        const char* pattern;
-        std::optional<std::size_t> caret;
-        const char* result;
-        std::optional<std::size_t> caretBehind;
-    };
-    for (const Case& test : {
-             Case{"in the middle", "a-b", 2, "a-{take}b", 8},
-             Case{"at the end", "ab", 2, "ab{take}", 8},
-             Case{"behind the end", "ab", 3, "ab{take}", 3},
-             Case{"no caret", "ab", {}, "ab{take}", {}},
-             Case{"the caret counts characters",
-                  "\xC3\xA9"
-                  "e\xCC\x81"
-                  "z",
-                  2,
-                  "\xC3\xA9"
-                  "e\xCC\x81"
-                  "{take}z",
-                  8},
-         }) {
-        PatternEditor editor{.pattern = test.pattern, .caretPosition = test.caret};
+    const auto check = [&](const char* name, const char* pattern, const std::optional<std::size_t>& caret,
+                           const char* result, const std::optional<std::size_t>& caretBehind) {
+        PatternEditor editor{.pattern = pattern, .caretPosition = caret};
         editor.insert("{take}");
-        EXPECT_EQ(editor.pattern, test.result) << test.name;
-        EXPECT_EQ(editor.caretPosition, test.caretBehind) << test.name;
-    }
+        EXPECT_EQ(editor.pattern, result) << name;
+        EXPECT_EQ(editor.caretPosition, caretBehind) << name;
+    };
+    check("in the middle", "a-b", 2, "a-{take}b", 8);
+    check("at the end", "ab", 2, "ab{take}", 8);
+    check("behind the end", "ab", 3, "ab{take}", 3);
+    check("no caret", "ab", {}, "ab{take}", {});
+    check("the caret counts characters",
+          "\xC3\xA9"
+          "e\xCC\x81"
+          "z",
+          2,
+          "\xC3\xA9"
+          "e\xCC\x81"
+          "{take}z",
+          8);
 }
 
 TEST(PatternEditor, previews) {
@@ -135,27 +128,19 @@ TEST(PatternEditor, previews) {
 }
 
 TEST(BatchRenamer, transform) {
-    struct Case {
-        const char* name;
-        BatchRenamer renamer;
-        const char* text;
-        const char* result;
-    };
     const auto pad = [](int digits) { return BatchRenamer{"", "", digits, "", ""}; };
-    for (const Case& test : {
-             Case{"no more than six digits", pad(2'000'000'000), "A7", "A000007"},
-             Case{"all at once", {"A", "B7", 3, "<", ">"}, "A7_A", "<B077_B007>"},
-             Case{"exact case", {"a", "x", 0, "", ""}, "Aa", "Ax"},
-             Case{"overlapping finds", {"aa", "b", 0, "", ""}, "aaa", "ba"},
-             Case{"nothing to do", {}, "x", "x"},
-             Case{"each run", pad(3), "A7_12", "A007_012"},
-             Case{"long runs stay", pad(3), "1234", "1234"},
-             Case{"other digits", pad(3), "\xD9\xA3 \xC2\xBD", "00\xD9\xA3 00\xC2\xBD"},
-             Case{"mixed digits are one run", pad(3), "1\xD9\xA3x", "01\xD9\xA3x"},
-             Case{"no numbers", pad(6), "\xE4\xB8\xAD", "\xE4\xB8\xAD"},
-         }) {
-        EXPECT_EQ(test.renamer.transform(test.text), test.result) << test.name;
-    }
+    const auto check = [&](const char* name, const BatchRenamer& renamer, const char* text,
+                           const char* result) { EXPECT_EQ(renamer.transform(text), result) << name; };
+    check("no more than six digits", pad(2'000'000'000), "A7", "A000007");
+    check("all at once", {"A", "B7", 3, "<", ">"}, "A7_A", "<B077_B007>");
+    check("exact case", {"a", "x", 0, "", ""}, "Aa", "Ax");
+    check("overlapping finds", {"aa", "b", 0, "", ""}, "aaa", "ba");
+    check("nothing to do", {}, "x", "x");
+    check("each run", pad(3), "A7_12", "A007_012");
+    check("long runs stay", pad(3), "1234", "1234");
+    check("other digits", pad(3), "\xD9\xA3 \xC2\xBD", "00\xD9\xA3 00\xC2\xBD");
+    check("mixed digits are one run", pad(3), "1\xD9\xA3x", "01\xD9\xA3x");
+    check("no numbers", pad(6), "\xE4\xB8\xAD", "\xE4\xB8\xAD");
     for (const BatchRenamer& one : {BatchRenamer{"a", "", 0, "", ""}, pad(1),
                                     BatchRenamer{"", "", 0, " ", ""}, BatchRenamer{"", "", 0, "", " "}})
         EXPECT_TRUE(one.hasOperation());

@@ -1,8 +1,8 @@
+#include "MediaFactory/MediaFactory.h"
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioPredictor.h"
 #include "OrvaneSyncCore/Services/SmartAudio/TrackAdjustments.h"
-#include "Support/MediaFactory.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>

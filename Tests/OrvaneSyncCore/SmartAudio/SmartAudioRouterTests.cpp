@@ -1,9 +1,10 @@
+#include "MediaFactory/MediaFactory.h"
+#include "Support/MemoryAudio.h"
 #include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
 #include "OrvaneSyncCore/Services/SmartAudio/ChannelReadingDiagnostic.h"
 #include "OrvaneSyncCore/Services/SmartAudio/KWeighting.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/WindowMeasurement.h"
-#include "Support/MediaFactory.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
@@ -11,11 +12,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <filesystem>
 #include <limits>
 #include <mutex>
-#include <numbers>
 #include <random>
 #include <string>
 #include <vector>
@@ -23,41 +22,10 @@
 namespace orvane {
 namespace {
 
+using test::MemoryAudio;
 using test::SampleFormat;
 using test::TemporaryDirectory;
 using test::WaveMaker;
-
-/// Sound in memory that may end earlier than it claims.
-class MemoryAudio : public platform::AudioFile {
-  public:
-    MemoryAudio(std::vector<std::vector<float>> channels, double sampleRate, std::int64_t claimed = -1)
-        : channels_(std::move(channels)), sampleRate_(sampleRate), claimed_(claimed) {}
-
-    double sampleRate() const override { return sampleRate_; }
-    int channelCount() const override { return static_cast<int>(channels_.size()); }
-    std::int64_t frameCount() const override {
-        return claimed_ < 0 ? static_cast<std::int64_t>(channels_.front().size()) : claimed_;
-    }
-    bool seek(std::int64_t frame) override {
-        at_ = static_cast<std::size_t>(frame);
-        return true;
-    }
-    std::size_t read(std::span<float* const> channels, std::size_t frames) override {
-        const std::size_t size = channels_.front().size();
-        const std::size_t some = std::min(frames, size - std::min(at_, size));
-        for (std::size_t i = 0; i < channels.size(); ++i)
-            std::copy_n(channels_[i].data() + std::min(at_, size), some, channels[i]);
-        at_ += some;
-        return some;
-    }
-    std::unique_ptr<AudioFile> another() const override { return std::make_unique<MemoryAudio>(*this); }
-
-  private:
-    std::vector<std::vector<float>> channels_;
-    double sampleRate_;
-    std::int64_t claimed_;
-    std::size_t at_ = 0;
-};
 
 std::vector<TrackAnalysis> measured(MemoryAudio file, std::size_t channels, AudioPass pass) {
     pass.channels = channels;
@@ -333,87 +301,6 @@ TEST_F(SmartAudioRouterTest, namesRoutesAndRecommends) {
     const auto one = analyze(asked);
     EXPECT_EQ(one.tracks.size(), 1U);
     EXPECT_EQ(one.tracks[0], result.tracks[0]);
-}
-
-/// How loud a channel of a recording hears Anna and Ben and the room, RMS levels in dBFS.
-struct Microphone {
-    const char* name;
-    double anna, ben, room;
-};
-
-/// Two people who take turns of ten seconds and are silent for the last half second of each; four syllables a
-/// second.
-std::string dialogue(const std::vector<Microphone>& microphones, int turns) {
-    constexpr int rate = 8000, turnFrames = 10 * rate, pauseFrames = rate / 2;
-    std::mt19937 random(8);
-    std::normal_distribution<double> voice(0, 1);
-    const auto linear = [](double decibels) { return std::pow(10.0, decibels / 20); };
-    std::vector<float> interleaved;
-    for (int i = 0; i < turns * turnFrames; ++i) {
-        const bool isPause = i % turnFrames >= turnFrames - pauseFrames;
-        const double syllable = isPause ? 0 : 1 - std::cos(2 * std::numbers::pi * 4 * i / rate);
-        const double said = syllable * voice(random);
-        for (const Microphone& one : microphones) {
-            const double level = linear(i / turnFrames % 2 == 0 ? one.anna : one.ben) / std::sqrt(1.5);
-            interleaved.push_back(static_cast<float>(level * said + linear(one.room) * voice(random)));
-        }
-    }
-    return WaveMaker()
-        .format({.channels = static_cast<int>(microphones.size()), .sampleRate = rate})
-        .samples(interleaved)
-        .bytes();
-}
-
-std::string strip(const SmartAudioResult& result) {
-    std::string text;
-    for (const BlockDecision& block : result.blocks) {
-        std::array<char, 80> piece{};
-        std::snprintf(piece.data(), piece.size(), "%s T%d %.2f-%.2f, ", rawValue(block.kind).data(),
-                      block.activeTrack, block.startSeconds, block.endSeconds);
-        text += piece.data();
-    }
-    return text;
-}
-
-TEST_F(SmartAudioRouterTest, routesADialogue) {
-    struct Case {
-        const char* rule;
-        std::vector<Microphone> microphones;
-        const char* strip;
-    };
-    for (const Case& one : std::vector<Case>{
-             {"a boom far away leaves the word to the lavs, in spite of their bleed",
-              {{"Boom", -38, -38, -65}, {"Lav (Anna)", -18, -45, -75}, {"Lav (Ben)", -45, -18, -75}},
-              "lav T2 0.00-9.75, lav T3 9.75-19.75, lav T2 19.75-29.75, lav T3 29.75-40.00, "},
-             {"a good mix, steadier than the boom, plays throughout",
-              {{"Boom", -24, -34, -65},
-               {"Lav (Anna)", -18, -45, -75},
-               {"Lav (Ben)", -45, -18, -75},
-               {"Mix", -22, -22, -55}},
-              "mix T4 0.00-40.00, "},
-         }) {
-        SmartAudioRequest asked =
-            request(dialogue(one.microphones, 4), static_cast<int>(one.microphones.size()));
-        asked.blockSettings->blockMode = BlockMode::standard;
-        for (std::size_t i = 0; i < one.microphones.size(); ++i)
-            asked.ixmlTracks.push_back({static_cast<int>(i) + 1, one.microphones[i].name});
-        EXPECT_EQ(strip(analyze(asked)), one.strip) << one.rule;
-    }
-}
-
-TEST_F(SmartAudioRouterTest, doesNotDependOnThreadsOrFormat) {
-    const std::vector<float> levels{0.1F, 0.3F, 0.01F, 0.2F};
-    const auto in = [&](SampleFormat format) {
-        return noise(levels, 12.3, {.sampleRate = 8000, .samples = format});
-    };
-    for (const SampleFormat format : {SampleFormat::pcm8, SampleFormat::pcm16, SampleFormat::pcm24,
-                                      SampleFormat::pcm32, SampleFormat::float32}) {
-        const SmartAudioRequest asked = request(in(format), 4);
-        const auto one = analyze(asked, 1);
-        EXPECT_EQ(one.tracks.size(), 4U);
-        EXPECT_EQ(analyze(asked, 2), one);
-        EXPECT_EQ(analyze(asked, 7), one);
-    }
 }
 
 TEST_F(SmartAudioRouterTest, measuresStems) {

@@ -42,13 +42,17 @@ std::string PresetManager::snapshotData(const platform::SettingsStore& defaults)
     return snapshot.dump();
 }
 
-void PresetManager::applySnapshot(std::string_view data, platform::SettingsStore& defaults) const {
+platform::SettingsStore::Values PresetManager::values(std::string_view data) const {
     const JSON snapshot = JSON::parse(data);
     const JSON::Object* members = snapshot.members();
     if (members == nullptr) throw DecodingError("a settings snapshot must be a JSON object");
-    platform::SettingsStore::Values values;
-    for (const auto& [key, value] : *members) values.insert_or_assign(key, fromJSON<AnyCodable>(value).value);
-    defaults.setAll(values);
+    platform::SettingsStore::Values result;
+    for (const auto& [key, value] : *members) result.insert_or_assign(key, fromJSON<AnyCodable>(value).value);
+    return result;
+}
+
+void PresetManager::applySnapshot(std::string_view data, platform::SettingsStore& defaults) const {
+    defaults.setAll(values(data));
 }
 
 void PresetManager::save(std::string_view name, const platform::SettingsStore& defaults) const {

@@ -22,9 +22,10 @@ class PresetManager {
     /// The stored values of the managed keys as JSON; keys without one are left out. Overrides of this run
     /// and registered defaults are no stored values.
     std::string snapshotData(const platform::SettingsStore& defaults) const;
-    /// Writes every entry to the store, all or none, also for keys that are not managed. Keys that the
-    /// snapshot lacks stay as they are. Throws JSONError, DecodingError or FileError; the store then is
-    /// unchanged.
+    /// What a snapshot holds, also for keys that are not managed. Throws JSONError or DecodingError.
+    platform::SettingsStore::Values values(std::string_view data) const;
+    /// Writes every entry to the store, all or none. Keys that the snapshot lacks stay as they are. Throws
+    /// like `values`, and FileError; the store then is unchanged.
     void applySnapshot(std::string_view data, platform::SettingsStore& defaults) const;
 
     /// Replaces an older preset of that name. Throws FileError.

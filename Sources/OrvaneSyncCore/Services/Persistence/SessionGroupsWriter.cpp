@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Persistence/SessionGroupsWriter.h"
 
+#include "OrvaneSyncCore/Services/Persistence/Rewriting.h"
 #include "Platform/FileLock.h"
 
 #include <utility>
@@ -33,38 +34,48 @@ void SessionGroupsWriter::opened(const UUID& id, const SessionStore::Groups& rea
     open_[id] = std::move(session);
 }
 
-std::optional<std::string> SessionGroupsWriter::write(const UUID& id, const SyncGroupList& groups) {
+SessionGroupsWriter::Written SessionGroupsWriter::write(const UUID& id, const SyncGroupList& groups) {
     Open& session = open_[id];
     const std::string path = store_.groupsPath(id);
-    if (session.onDisk && areSame(*session.onDisk, groups) && files::exists(path)) return std::nullopt;
+    if (session.onDisk && areSame(*session.onDisk, groups))
+        if (const auto there = files::attributes(path))
+            return {.areOutdated = !session.file || !isSameFile(*session.file, *there)};
 
-    const std::string text = session.encoder.encode(groups);
     const std::string folder = store_.folderOf(id);
     const platform::FileLock lock = platform::FileLock::ofFolder(folder);
     if (!session.isTidied) files::removeAbandonedTemporaries(folder);
     session.isTidied = true;
     keepUnknown(session, path);
-    files::writeAtomically(path, text);
+    files::writeAtomically(path, session.encoder.encode(groups));
     session.file = files::attributes(path);
     session.onDisk = groups;
-    return std::exchange(session.kept, std::nullopt);
+    return {.kept = std::exchange(session.kept, std::nullopt)};
 }
 
 /// Both sides' work is there afterwards. What was kept is told with the first write that succeeds.
 void SessionGroupsWriter::keepUnknown(Open& session, const std::string& path) {
     const auto there = files::attributes(path);
     if (!there) return;
-    const bool isKnown = session.file && isSameFile(*session.file, *there);
-    if (isKnown && !session.isUnreadable) return;
     // Another process may have written good clips since this one found a file that it could not read.
-    const bool isUnreadable = isKnown && session.isUnreadable;
-    const std::string kept = isUnreadable ? files::unreadableName(path) : files::freeName(path, ".other");
-    files::keepAs(path, kept);
-    session.kept = (isUnreadable ? "The clips of this session could not be read; their file was kept as "
-                                 : "Another program has changed this session; its clips were kept as ") +
-                   kept;
+    if (!session.file || !isSameFile(*session.file, *there))
+        keep(session, path, files::freeName(path, ".other"),
+             "Another program has changed this session; its clips were kept as ");
+    else if (session.isUnreadable)
+        keep(session, path, files::unreadableName(path),
+             "The clips of this session could not be read; their file was kept as ");
+    else if (!session.isUnderstood && session.onDisk &&
+             losesSomething(files::readText(path), session.encoder.encode(*session.onDisk)))
+        keep(session, path, files::freeName(path, ".other"),
+             "The clips of this session hold what this version does not know; their file was kept as ");
+    session.isUnderstood = true;
     session.isUnreadable = false;
     session.file = there;
+}
+
+void SessionGroupsWriter::keep(Open& session, const std::string& path, const std::string& kept,
+                               const std::string& reason) {
+    files::keepAs(path, kept);
+    session.kept = reason + kept;
 }
 
 } // namespace orvane

@@ -9,8 +9,9 @@
 
 namespace orvane {
 
-/// Writes the clips of sessions so that no clips are ever lost: what this process has not read or could not
-/// read is kept beside the new file. What is on the disk already is not written again. One thread at a time.
+/// Writes the clips of sessions so that no clips are ever lost: what this process has not read, could not
+/// read or did not understand in full is kept beside the new file. What is on the disk already is not written
+/// again. One thread at a time.
 class SessionGroupsWriter {
   public:
     explicit SessionGroupsWriter(SessionStore store) : store_(std::move(store)) {}
@@ -20,9 +21,13 @@ class SessionGroupsWriter {
     /// Forgets a session that is no longer open.
     void closed(const UUID& id) { open_.erase(id); }
 
-    /// Returns what people should know of a file that was kept. Throws FileError or EncodingError; the old
-    /// file then stands.
-    std::optional<std::string> write(const UUID& id, const SyncGroupList& groups);
+    struct Written {
+        std::optional<std::string> kept{}; ///< what people should know of a file that was kept
+        /// These clips are what this process read, and another one has written others since: those stand.
+        bool areOutdated = false;
+    };
+    /// Throws FileError or EncodingError; the old file then stands.
+    Written write(const UUID& id, const SyncGroupList& groups);
 
   private:
     struct Open {
@@ -31,9 +36,12 @@ class SessionGroupsWriter {
         std::optional<platform::FileAttributes> file; ///< as this process last read or wrote it
         std::optional<std::string> kept;              ///< what was kept and not told yet
         bool isUnreadable = false;
+        bool isUnderstood = false; ///< `file` says nothing that would not be written again
         bool isTidied = false;
     };
     static void keepUnknown(Open& session, const std::string& path);
+    static void keep(Open& session, const std::string& path, const std::string& kept,
+                     const std::string& reason);
 
     const SessionStore store_;
     std::map<UUID, Open> open_;

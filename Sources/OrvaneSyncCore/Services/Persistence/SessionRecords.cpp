@@ -15,7 +15,40 @@ void setPath(JSON& json, std::string_view key, const std::optional<FileURL>& pat
     if (path) json.set(key, path->pathText());
 }
 
+template <class T>
+void replace(std::optional<T>& value, const std::optional<T>& later) {
+    if (later) value = later;
+}
+
 } // namespace
+
+void SessionInfoChange::add(const SessionInfoChange& later) {
+    if (later.name) derivedName.reset();
+    replace(name, later.name);
+    replace(derivedName, later.derivedName);
+    replace(nameAutoDerived, later.nameAutoDerived);
+    replace(folder, later.folder);
+    replace(counts, later.counts);
+    replace(modified, later.modified);
+}
+
+void SessionInfoChange::apply(SessionInfo& info) const {
+    if (nameAutoDerived) info.nameAutoDerived = *nameAutoDerived;
+    if (name) info.name = *name;
+    if (derivedName && info.nameAutoDerived) info.name = *derivedName;
+    if (folder) info.folder = *folder;
+    if (counts) {
+        info.groupCount = counts->groupCount;
+        info.lockedCount = counts->lockedCount;
+    }
+    if (modified) info.modified = *modified;
+}
+
+std::optional<SessionInfoChange> SessionInfoChange::decisions() const {
+    if (!name && !nameAutoDerived && !folder) return std::nullopt;
+    return SessionInfoChange{
+        .name = name, .nameAutoDerived = nameAutoDerived, .folder = folder, .modified = modified};
+}
 
 JSON toJSON(const SessionInfo& info) {
     JSON json;

@@ -10,13 +10,35 @@ namespace orvane {
 /// What the list of sessions shows of one.
 struct SessionInfo {
     UUID id;
-    std::string name;
-    Date created;  ///< first save
-    Date modified; ///< last save, rename or move
+    std::string name{};
+    Date created{};  ///< first save
+    Date modified{}; ///< last save, rename or move
     int groupCount = 0;
     int lockedCount = 0;
-    std::optional<std::string> folder; ///< name of the folder it lies in
-    bool nameAutoDerived = true;       ///< the name follows the media folders
+    std::optional<std::string> folder{}; ///< name of the folder it lies in
+    bool nameAutoDerived = true;         ///< the name follows the media folders
+};
+
+/// What a save, a rename or a move changes of a record. What it does not name stays as it is on the disk,
+/// where another process may have written it.
+struct SessionInfoChange {
+    struct Counts {
+        int groupCount = 0;
+        int lockedCount = 0;
+    };
+    std::optional<std::string> name{}; ///< that somebody gave
+    /// The name for as long as nobody has given one for good.
+    std::optional<std::string> derivedName{};
+    std::optional<bool> nameAutoDerived{};
+    std::optional<std::optional<std::string>> folder{};
+    std::optional<Counts> counts{};
+    std::optional<Date> modified{};
+
+    /// This change and then the later one.
+    void add(const SessionInfoChange& later);
+    void apply(SessionInfo& info) const;
+    /// What somebody decided, without what follows from the clips; nothing when nobody has decided anything.
+    std::optional<SessionInfoChange> decisions() const;
 };
 
 /// Where the media of a session lay.
@@ -26,6 +48,8 @@ struct SessionFolders {
     /// Bytes by which another platform finds a folder again; none are made here.
     std::optional<std::string> videoBookmark;
     std::optional<std::string> audioBookmark;
+
+    bool operator==(const SessionFolders&) const = default;
 };
 
 /// A named folder of sessions and the settings that follow the work into it.

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
 
 #include "OrvaneSyncCore/Services/Persistence/GroupsCoding.h"
+#include "OrvaneSyncCore/Services/Persistence/Rewriting.h"
 #include "Platform/FileLock.h"
 #include "Platform/Text.h"
 
@@ -19,50 +20,68 @@ constexpr std::string_view extension = ".orvanesync";
 constexpr std::string_view deletedExtension = ".deleted";
 constexpr std::uint64_t largestRecord = std::uint64_t{16} << 20U; // bytes
 
-std::string prettyText(const JSON& json) { return json.dump(JSON::Layout::pretty) + "\n"; }
-
-/// What `decode` makes of the file; nothing when it can't be read or is something else.
-template <class Decode>
-auto readAs(const std::string& path, const Decode& decode) -> std::optional<decltype(decode(JSON()))> {
-    try {
-        return decode(JSON::parse(files::readText(path, largestRecord)));
-    } catch (const platform::FileError&) {
-        return std::nullopt;
-    } catch (const platform::JSONError&) {
-        return std::nullopt;
-    } catch (const DecodingError&) {
-        return std::nullopt;
-    }
-}
+/// Only what is not there counts as that: a file that can't be looked at may hold work.
+bool isMissing(const std::string& path) { return !files::attributes(path) && errno == ENOENT; }
 
 template <class Record>
-std::optional<Record> readRecord(const std::string& path) {
-    return readAs(path, [](const JSON& json) { return fromJSON<Record>(json); });
-}
+struct RecordCoding {
+    static Record decode(const JSON& json) { return fromJSON<Record>(json); }
+    static JSON encode(const Record& record) { return toJSON(record); }
+};
 
 template <class Record>
-std::optional<std::vector<Record>> readRecords(const std::string& path) {
-    return readAs(path, [](const JSON& json) {
+struct RecordCoding<std::vector<Record>> {
+    static std::vector<Record> decode(const JSON& json) {
         JSON object;
         object.set("list", json);
         return requiredArray<Record>(object, "list");
-    });
+    }
+    static JSON encode(const std::vector<Record>& records) { return toJSONArray(records); }
+};
+
+template <class Record>
+struct RecordFile : SessionStore::Stored<Record> {
+    std::string text; ///< as it stands in the file
+};
+
+template <class Record>
+RecordFile<Record> readRecord(const std::string& path) {
+    RecordFile<Record> file;
+    if (isMissing(path)) return file;
+    try {
+        file.text = files::readText(path, largestRecord);
+        file.record = RecordCoding<Record>::decode(JSON::parse(file.text));
+    } catch (const std::exception& error) { // too little memory for a file that claims much, too
+        file.problem = path + ": " + error.what();
+    }
+    return file;
 }
 
-/// Writes a record in place of the one that is there; one that can't be read is kept beside it.
 template <class Record>
-void writeRecord(const std::string& path, const Record& record) {
-    if (files::exists(path) && !readRecord<Record>(path)) files::keepAs(path, files::unreadableName(path));
-    files::writeAtomically(path, prettyText(toJSON(record)));
+std::string recordText(const Record& record) {
+    return RecordCoding<Record>::encode(record).dump(JSON::Layout::pretty) + "\n";
+}
+
+/// Puts what `change` makes of the record in its place and returns it. One that can't be read is kept beside
+/// it and counts as none; so is one that says more than this version knows. The same text is not written
+/// again.
+template <class Record, class Change>
+Record changeRecord(const std::string& path, const Change& change) {
+    RecordFile<Record> file = readRecord<Record>(path);
+    if (file.problem)
+        files::keepAs(path, files::unreadableName(path));
+    else if (file.record && losesSomething(file.text, recordText(*file.record)))
+        files::keepAs(path, files::freeName(path, ".other"));
+    Record record = change(std::move(file.record));
+    const std::string text = recordText(record);
+    if (file.problem || text != file.text) files::writeAtomically(path, text);
+    return record;
 }
 
 bool isDirectory(const std::string& path) {
     const auto there = files::attributes(path);
     return there && there->isDirectory;
 }
-
-/// Only what is not there counts as that: a file that can't be looked at may hold clips.
-bool isMissing(const std::string& path) { return !files::attributes(path) && errno == ENOENT; }
 
 std::string deletedName(const std::string& directory, const UUID& id) {
     return directory + "/." + id.text() + std::string(deletedExtension);
@@ -97,6 +116,10 @@ std::string SessionStore::groupsPath(const UUID& id) const { return folderOf(id)
 
 bool SessionStore::exists(const UUID& id) const { return isDirectory(folderOf(id)); }
 
+bool SessionStore::isDeleted(const UUID& id) const {
+    return isDirectory(directory_) && isMissing(folderOf(id));
+}
+
 void SessionStore::create(const UUID& id) const {
     if (exists(id)) return;
     files::createDirectories(folderOf(id));
@@ -114,17 +137,17 @@ void SessionStore::remove(const UUID& id) const {
     finishRemovals(directory_);
 }
 
-std::vector<SessionInfo> SessionStore::list() const {
+std::vector<SessionInfo>
+SessionStore::list(const std::function<void(const std::string& problem)>& unreadable) const {
     std::vector<SessionInfo> sessions;
     std::unordered_set<UUID> ids;
     for (const std::string& name : files::childNames(directory_).value_or(std::vector<std::string>())) {
         if (!name.ends_with(extension)) continue;
         const auto id = UUID::fromText(std::string_view(name).substr(0, name.size() - extension.size()));
         if (!id || !isDirectory(directory_ + "/" + name) || !ids.insert(*id).second) continue;
-        auto info = readRecord<SessionInfo>(folderOf(*id) + "/session.json");
-        if (!info) continue;
-        info->id = *id;
-        sessions.push_back(std::move(*info));
+        Stored<SessionInfo> info = readInfo(*id);
+        if (info.problem && unreadable) unreadable(*info.problem);
+        if (info.record) sessions.push_back(std::move(*info.record));
     }
     std::ranges::sort(sessions, [](const SessionInfo& a, const SessionInfo& b) {
         return a.modified != b.modified ? a.modified > b.modified : a.id < b.id;
@@ -132,8 +155,21 @@ std::vector<SessionInfo> SessionStore::list() const {
     return sessions;
 }
 
-void SessionStore::writeInfo(const SessionInfo& info) const {
-    writeRecord(folderOf(info.id) + "/session.json", info);
+SessionStore::Stored<SessionInfo> SessionStore::readInfo(const UUID& id) const {
+    Stored<SessionInfo> info = readRecord<SessionInfo>(infoPath(id));
+    if (info.record) info.record->id = id; // the folder's name is the id
+    if (info.problem) info.problem = "The record of a session can't be read (" + *info.problem + ")";
+    return info;
+}
+
+SessionInfo SessionStore::changeInfo(const SessionInfo& known, const SessionInfoChange& change) const {
+    const FileLock lock = FileLock::ofFolder(folderOf(known.id));
+    return changeRecord<SessionInfo>(infoPath(known.id), [&](std::optional<SessionInfo> onDisk) {
+        SessionInfo info = onDisk ? std::move(*onDisk) : known;
+        info.id = known.id;
+        change.apply(info);
+        return info;
+    });
 }
 
 SessionStore::Groups SessionStore::readGroups(const UUID& id) const {
@@ -149,20 +185,25 @@ SessionStore::Groups SessionStore::readGroups(const UUID& id) const {
     return result;
 }
 
-std::optional<SessionFolders> SessionStore::readFolders(const UUID& id) const {
-    return readRecord<SessionFolders>(folderOf(id) + "/folders.json");
+SessionStore::Stored<SessionFolders> SessionStore::readFolders(const UUID& id) const {
+    Stored<SessionFolders> folders = readRecord<SessionFolders>(foldersPath(id));
+    if (folders.problem)
+        folders.problem = "The media folders of this session can't be read (" + *folders.problem + ")";
+    return folders;
 }
 
 void SessionStore::writeFolders(const UUID& id, const SessionFolders& folders) const {
-    writeRecord(folderOf(id) + "/folders.json", folders);
+    const FileLock lock = FileLock::ofFolder(folderOf(id));
+    changeRecord<SessionFolders>(foldersPath(id),
+                                 [&](const std::optional<SessionFolders>&) { return folders; });
 }
 
 std::vector<FolderInfo> SessionStore::readFolderInfos() const {
     const std::string older = directory_ + "/empty_folders.json";
-    auto folders = readRecords<FolderInfo>(folderInfosPath());
+    auto folders = readRecord<std::vector<FolderInfo>>(folderInfosPath()).record;
     if (!folders) {
         folders.emplace();
-        const auto names = readRecords<std::string>(older);
+        const auto names = readRecord<std::vector<std::string>>(older).record;
         if (names) {
             for (const std::string& name : *names) folders->push_back({.name = name});
             try {
@@ -179,20 +220,15 @@ std::vector<FolderInfo> SessionStore::readFolderInfos() const {
 
 std::vector<FolderInfo> SessionStore::changeFolderInfos(const std::vector<FolderInfo>& known,
                                                         const FolderChange& change) const {
+    using Folders = std::vector<FolderInfo>;
     files::createDirectories(directory_);
     const FileLock lock = FileLock::ofFolder(directory_);
-    const std::string path = folderInfosPath();
-    std::vector<FolderInfo> folders = known;
-    if (!isMissing(path)) {
-        if (auto onDisk = readRecords<FolderInfo>(path))
-            folders = std::move(*onDisk);
-        else
-            files::keepAs(path, files::unreadableName(path));
-    }
-    change(folders);
-    sortByName(folders);
-    files::writeAtomically(path, prettyText(toJSONArray(folders)));
-    return folders;
+    return changeRecord<Folders>(folderInfosPath(), [&](std::optional<Folders> onDisk) {
+        Folders folders = onDisk ? std::move(*onDisk) : known;
+        change(folders);
+        sortByName(folders);
+        return folders;
+    });
 }
 
 } // namespace orvane

@@ -21,16 +21,29 @@ class SessionStore {
     std::string folderOf(const UUID& id) const;
     std::string groupsPath(const UUID& id) const;
     bool exists(const UUID& id) const;
+    /// Nothing is there any more; false while the directory of all sessions can't be reached.
+    bool isDeleted(const UUID& id) const;
     /// Throws FileError.
     void create(const UUID& id) const;
     /// First out of sight, then in pieces: a process that is killed leaves the whole session or none. Throws
     /// FileError.
     void remove(const UUID& id) const;
 
-    /// The sessions that can be read, most recently modified first.
-    std::vector<SessionInfo> list() const;
-    /// A record that is there and can't be read is kept beside the new one. Throws FileError.
-    void writeInfo(const SessionInfo& info) const;
+    /// The sessions whose records can be read, most recently modified first. `unreadable` is told, for
+    /// people, of those whose records can't.
+    std::vector<SessionInfo>
+    list(const std::function<void(const std::string& problem)>& unreadable = {}) const;
+
+    template <class Record>
+    struct Stored {
+        std::optional<Record> record{};
+        /// Why a record that is there can't be read, for people.
+        std::optional<std::string> problem{};
+    };
+    Stored<SessionInfo> readInfo(const UUID& id) const;
+    /// Changes the record as it now is on the disk, or, where there is none, `known`, and returns it. A
+    /// record that can't be read is kept beside the new one. Throws FileError.
+    SessionInfo changeInfo(const SessionInfo& known, const SessionInfoChange& change) const;
 
     struct Groups {
         SyncGroupList groups;
@@ -41,9 +54,8 @@ class SessionStore {
     };
     Groups readGroups(const UUID& id) const;
 
-    /// Nothing when they can't be read.
-    std::optional<SessionFolders> readFolders(const UUID& id) const;
-    /// As `writeInfo`.
+    Stored<SessionFolders> readFolders(const UUID& id) const;
+    /// What can't be read is kept beside the new ones. Throws FileError.
     void writeFolders(const UUID& id, const SessionFolders& folders) const;
 
     using FolderChange = std::function<void(std::vector<FolderInfo>&)>;
@@ -55,6 +67,8 @@ class SessionStore {
                                               const FolderChange& change) const;
 
   private:
+    std::string infoPath(const UUID& id) const { return folderOf(id) + "/session.json"; }
+    std::string foldersPath(const UUID& id) const { return folderOf(id) + "/folders.json"; }
     std::string folderInfosPath() const { return directory_ + "/folders.json"; }
 
     std::string directory_;

@@ -20,71 +20,33 @@ const std::vector<ChannelClassification> boomAndLavs{classified(1, ChannelKind::
                                                      classified(3, ChannelKind::lav, "iXML: Ben", "ben")};
 
 TEST(SmartAudioBlockRouter, ATakeIsRoutedFromItsDefaultOrWindowByWindow) {
-    const struct {
-        const char* name;
-        std::vector<Pattern> tracks;
-        BlockMode mode;
-        std::set<int> candidates;
-        const char* blocks;
-        MaterialCharacter detected;
-    } cases[] = {
-        {"one track that speaks throughout",
-         {{{10, -30}}},
-         BlockMode::adaptive,
-         {},
-         "0-10 T1 mix",
-         MaterialCharacter::interview},
-        {"a lav speaks while the boom is silent, adaptive blocks of 2 s",
-         {{{12, -30}, {4, -70}}, {{12, -70}, {4, -40}}},
-         BlockMode::adaptive,
-         {},
-         "0-12 T1 mix | 12-16 T2 lav",
-         MaterialCharacter::interview},
-        {"an excluded lav does not",
-         {{{12, -30}, {4, -70}}, {{12, -70}, {4, -40}}},
-         BlockMode::adaptive,
-         {1, 3},
-         "0-12 T1 mix | 12-16 T1 silence",
-         MaterialCharacter::interview},
-        {"fine blocks are too short for an override",
-         {{{4, -30}}, {{2, -70}, {2, -15}}},
-         BlockMode::fine,
-         {1, 2},
-         "0-4 T1 mix",
-         MaterialCharacter::standardDialog},
-        {"standard blocks are not, and the boundary finds no silence",
-         {{{4, -30}}, {{2, -70}, {2, -15}}},
-         BlockMode::standard,
-         {1, 2},
-         "0-2 T1 mix | 2-4 T2 lav",
-         MaterialCharacter::standardDialog},
-        {"coarse blocks",
-         {{{8, -30}, {4, -70}}, {{10, -80}, {2, -40}}},
-         BlockMode::coarse,
-         {1, 2},
-         "0-8 T1 mix | 8-12 T2 lav",
-         MaterialCharacter::interview},
-        {"the boundary moves to the pause before it",
-         {{{7.5, -30}, {0.25, -70}, {0.25, -30}, {4, -70}}, {{8, -80}, {4, -40}}},
-         BlockMode::standard,
-         {},
-         "0-7.5 T1 mix | 7.5-12 T2 lav",
-         MaterialCharacter::interview},
-        {"hardly any speech: window by window",
-         {{{10, -70}, {2, -30}, {8, -70}}, {{20, -80}}},
-         BlockMode::adaptive,
-         {},
-         "0-9.75 T1 silence | 9.75-12 T1 boom | 12-20 T1 silence",
-         MaterialCharacter::actionAtmo},
-    };
-    for (const auto& c : cases) {
+    const auto check = [&](const char* name, const std::vector<Pattern>& tracks, BlockMode mode,
+                           const std::set<int>& candidates, const char* blocks, MaterialCharacter detected) {
         SmartAudioBlockSettings settings;
-        settings.blockMode = c.mode;
-        const Routing routing =
-            computeBlocks(take(c.tracks), window, boomAndLavs, settings, {}, c.candidates);
-        EXPECT_EQ(listed(routing.blocks), c.blocks) << c.name;
-        EXPECT_EQ(routing.detected, c.detected) << c.name;
-    }
+        settings.blockMode = mode;
+        const Routing routing = computeBlocks(take(tracks), window, boomAndLavs, settings, {}, candidates);
+        EXPECT_EQ(listed(routing.blocks), blocks) << name;
+        EXPECT_EQ(routing.detected, detected) << name;
+    };
+    check("one track that speaks throughout", {{{10, -30}}}, BlockMode::adaptive, {}, "0-10 T1 mix",
+          MaterialCharacter::interview);
+    check("a lav speaks while the boom is silent, adaptive blocks of 2 s",
+          {{{12, -30}, {4, -70}}, {{12, -70}, {4, -40}}}, BlockMode::adaptive, {},
+          "0-12 T1 mix | 12-16 T2 lav", MaterialCharacter::interview);
+    check("an excluded lav does not", {{{12, -30}, {4, -70}}, {{12, -70}, {4, -40}}}, BlockMode::adaptive,
+          {1, 3}, "0-12 T1 mix | 12-16 T1 silence", MaterialCharacter::interview);
+    check("fine blocks are too short for an override", {{{4, -30}}, {{2, -70}, {2, -15}}}, BlockMode::fine,
+          {1, 2}, "0-4 T1 mix", MaterialCharacter::standardDialog);
+    check("standard blocks are not, and the boundary finds no silence", {{{4, -30}}, {{2, -70}, {2, -15}}},
+          BlockMode::standard, {1, 2}, "0-2 T1 mix | 2-4 T2 lav", MaterialCharacter::standardDialog);
+    check("coarse blocks", {{{8, -30}, {4, -70}}, {{10, -80}, {2, -40}}}, BlockMode::coarse, {1, 2},
+          "0-8 T1 mix | 8-12 T2 lav", MaterialCharacter::interview);
+    check("the boundary moves to the pause before it",
+          {{{7.5, -30}, {0.25, -70}, {0.25, -30}, {4, -70}}, {{8, -80}, {4, -40}}}, BlockMode::standard, {},
+          "0-7.5 T1 mix | 7.5-12 T2 lav", MaterialCharacter::interview);
+    check("hardly any speech: window by window", {{{10, -70}, {2, -30}, {8, -70}}, {{20, -80}}},
+          BlockMode::adaptive, {}, "0-9.75 T1 silence | 9.75-12 T1 boom | 12-20 T1 silence",
+          MaterialCharacter::actionAtmo);
     const Routing nothing = computeBlocks({}, window, boomAndLavs, {}, {}, {});
     EXPECT_TRUE(nothing.blocks.empty());
     EXPECT_EQ(nothing.detected, MaterialCharacter::standardDialog);

@@ -28,108 +28,64 @@ PerWindowOutcome decide(const std::vector<Channel>& channels, const std::set<int
     return decideOneWindow(frame, TrackRoles::of(roles), stats, candidates);
 }
 
+/// Such as "T1+2 multiActiveWarn, risk".
+std::string text(const PerWindowOutcome& outcome) {
+    std::string reason = outcome.reason;
+    if (reason == "no speech above floor — keeping fallback track") reason = "nobody";
+    if (reason == "multi-speaker, no Mix — phase risk") reason = "risk";
+    return listed({{0, 1, outcome.activeTrack, outcome.secondaryTrack, outcome.kind, 1, 0, ""}}).substr(4) +
+           ", " + reason;
+}
+
 TEST(WindowRouting, OneWindowIsDecidedByItsScores) {
     using enum ChannelKind;
-    const char* const nobody = "no speech above floor — keeping fallback track";
-    const char* const risk = "multi-speaker, no Mix — phase risk";
-    const struct {
-        const char* name;
-        std::vector<Channel> channels;
-        std::set<int> candidates;
-        PerWindowOutcome expected;
-    } cases[] = {
-        {"no channels", {}, {}, {0, {}, BlockKind::silence, nobody}},
-        {"silence falls back on the boom",
-         {{mix, -60}, {lav, -70}, {boom, -80}},
-         {},
-         {3, {}, BlockKind::silence, nobody}},
-        {"else on the mix", {{lav, -70}, {mix, -80}}, {}, {2, {}, BlockKind::silence, nobody}},
-        {"else on the loudest, the first on a tie",
-         {{lav, -70}, {unknown, -60}, {lav, -60}},
-         {},
-         {2, {}, BlockKind::silence, nobody}},
-        {"speech below the floor of -45 dB",
-         {{lav, -45.1}, {boom, -49}},
-         {},
-         {2, {}, BlockKind::silence, nobody}},
-        {"only tracks outside the candidates speak",
-         {{lav, -20}, {lav, -70}},
-         {2},
-         {2, {}, BlockKind::silence, nobody}},
-        {"20 dB above its noise a track scores its level",
-         {{boom, -35}},
-         {},
-         {1, {}, BlockKind::boom, "score -35.0 [rms -35.0 · snr +20.0 · clean +0.0]"}},
-        {"the bonus ends at 45 dB above",
-         {{lav, -12, "", -65}},
-         {},
-         {1, {}, BlockKind::lav, "score -2.0 [rms -12.0 · snr +53.0 · clean +0.0]"}},
-        {"and at 5 dB below",
-         {{unknown, -40, "", -25}},
-         {},
-         {1, {}, BlockKind::lav, "score -50.0 [rms -40.0 · snr +-15.0 · clean +0.0]"}},
-        {"a clean boom beats a louder noisy lav",
-         {{boom, -30, "", -60}, {lav, -26, "", -40}},
-         {},
-         {1, {}, BlockKind::boom, "score -26.0 [rms -30.0 · snr +30.0 · clean +0.0]"}},
-        {"the first of equal scores",
-         {{mix, -30}, {boom, -30}},
-         {},
-         {1, {}, BlockKind::mix, "score -28.0 [rms -30.0 · snr +25.0 · clean +0.0]"}},
-        {"one person on two lavs",
-         {{lav, -29, "anna"}, {lav, -25, "anna"}, {mix, -20}},
-         {},
-         {2, {}, BlockKind::lav, "two lavs (anna) — bleed Δ4.0 dB"}},
-        {"two people and a mix",
-         {{lav, -25, "anna"}, {lav, -29, "ben"}, {mix, -40}},
-         {},
-         {3, {}, BlockKind::mix, "multi-speaker (anna + ben) → Mix"}},
-        {"two of whom one has no name",
-         {{lav, -25, "anna"}, {lav, -29}, {mix, -40}},
-         {},
-         {3, {}, BlockKind::mix, "multi-speaker (RMS-similar lavs Δ4.0 dB) → Mix"}},
-        {"two without names are two people",
-         {{lav, -25}, {lav, -25}},
-         {},
-         {1, 2, BlockKind::multiActiveWarn, risk}},
-        {"a mix below the floor is no mix",
-         {{lav, -25, "a"}, {lav, -29, "b"}, {mix, -46}},
-         {},
-         {1, 2, BlockKind::multiActiveWarn, risk}},
-        {"a mix that is no candidate neither",
-         {{lav, -25, "a"}, {lav, -29, "b"}, {mix, -30}},
-         {1, 2},
-         {1, 2, BlockKind::multiActiveWarn, risk}},
-        {"a boom does not take over from two people",
-         {{boom, -20}, {lav, -25, "a"}, {lav, -29, "b"}},
-         {},
-         {2, 3, BlockKind::multiActiveWarn, risk}},
-        {"5.9 dB apart is similar", {{lav, -25}, {lav, -30.9}}, {}, {1, 2, BlockKind::multiActiveWarn, risk}},
-        {"6.1 dB is not",
-         {{lav, -25}, {lav, -31.1}},
-         {},
-         {1, {}, BlockKind::lav, "score -21.0 [rms -25.0 · snr +30.0 · clean +0.0]"}},
-        {"only the two loudest lavs are compared",
-         {{lav, -40, "a"}, {lav, -20, "b"}, {lav, -39, "a"}},
-         {},
-         {2, {}, BlockKind::lav, "score -14.0 [rms -20.0 · snr +35.0 · clean +0.0]"}},
-        {"tracks of unknown role are no pair of lavs",
-         {{lav, -25}, {unknown, -25}},
-         {},
-         {1, {}, BlockKind::lav, "score -21.0 [rms -25.0 · snr +30.0 · clean +0.0]"}},
+    const auto check = [&](const char* name, const std::vector<Channel>& channels,
+                           const std::set<int>& candidates, const char* outcome) {
+        EXPECT_EQ(text(decide(channels, candidates)), outcome) << name;
     };
-    for (const auto& c : cases) {
-        const PerWindowOutcome outcome = decide(c.channels, c.candidates);
-        EXPECT_EQ(outcome.activeTrack, c.expected.activeTrack) << c.name;
-        EXPECT_EQ(outcome.secondaryTrack, c.expected.secondaryTrack) << c.name;
-        EXPECT_EQ(outcome.kind, c.expected.kind) << c.name;
-        EXPECT_EQ(outcome.reason, c.expected.reason) << c.name;
-    }
+    check("no channels", {}, {}, "T0 silence, nobody");
+    check("silence falls back on the boom", {{mix, -60}, {lav, -70}, {boom, -80}}, {}, "T3 silence, nobody");
+    check("else on the mix", {{lav, -70}, {mix, -80}}, {}, "T2 silence, nobody");
+    check("else on the loudest, the first of equals", {{lav, -70}, {unknown, -60}, {lav, -60}}, {},
+          "T2 silence, nobody");
+    check("speech below the floor of -45 dB", {{lav, -45.1}, {boom, -49}}, {}, "T2 silence, nobody");
+    check("only tracks outside the candidates speak", {{lav, -20}, {lav, -70}}, {2}, "T2 silence, nobody");
+    check("20 dB above its noise a track scores its level", {{boom, -35}}, {},
+          "T1 boom, score -35.0 [rms -35.0 · snr +20.0 · clean +0.0]");
+    check("the bonus ends at 45 dB above", {{lav, -12, "", -65}}, {},
+          "T1 lav, score -2.0 [rms -12.0 · snr +53.0 · clean +0.0]");
+    check("and at 5 dB below", {{unknown, -40, "", -25}}, {},
+          "T1 lav, score -50.0 [rms -40.0 · snr +-15.0 · clean +0.0]");
+    check("a clean boom beats a louder noisy lav", {{boom, -30, "", -60}, {lav, -26, "", -40}}, {},
+          "T1 boom, score -26.0 [rms -30.0 · snr +30.0 · clean +0.0]");
+    check("the first of equal scores", {{mix, -30}, {boom, -30}}, {},
+          "T1 mix, score -28.0 [rms -30.0 · snr +25.0 · clean +0.0]");
+    check("one person on two lavs", {{lav, -29, "anna"}, {lav, -25, "anna"}, {mix, -20}}, {},
+          "T2 lav, two lavs (anna) — bleed Δ4.0 dB");
+    check("two people and a mix", {{lav, -25, "anna"}, {lav, -29, "ben"}, {mix, -40}}, {},
+          "T3 mix, multi-speaker (anna + ben) → Mix");
+    check("two, one has no name", {{lav, -25, "anna"}, {lav, -29}, {mix, -40}}, {},
+          "T3 mix, multi-speaker (RMS-similar lavs Δ4.0 dB) → Mix");
+    check("two without names are two people", {{lav, -25}, {lav, -25}}, {}, "T1+2 multiActiveWarn, risk");
+    check("a mix below the floor is no mix", {{lav, -25, "a"}, {lav, -29, "b"}, {mix, -46}}, {},
+          "T1+2 multiActiveWarn, risk");
+    check("nor is one that is no candidate", {{lav, -25, "a"}, {lav, -29, "b"}, {mix, -30}}, {1, 2},
+          "T1+2 multiActiveWarn, risk");
+    check("a boom does not take over from two", {{boom, -20}, {lav, -25, "a"}, {lav, -29, "b"}}, {},
+          "T2+3 multiActiveWarn, risk");
+    check("5.9 dB apart is similar", {{lav, -25}, {lav, -30.9}}, {}, "T1+2 multiActiveWarn, risk");
+    check("6.1 dB is not", {{lav, -25}, {lav, -31.1}}, {},
+          "T1 lav, score -21.0 [rms -25.0 · snr +30.0 · clean +0.0]");
+    check("only the two loudest lavs are compared", {{lav, -40, "a"}, {lav, -20, "b"}, {lav, -39, "a"}}, {},
+          "T2 lav, score -14.0 [rms -20.0 · snr +35.0 · clean +0.0]");
+    check("a track of unknown role makes no pair", {{lav, -25}, {unknown, -25}}, {},
+          "T1 lav, score -21.0 [rms -25.0 · snr +30.0 · clean +0.0]");
     PerWindowFrame frame{0, {metrics(7, -30)}};
-    EXPECT_EQ(decideOneWindow(frame, {}, {}, {}).reason, "score -38.0 [rms -30.0 · snr +0.0 · clean +0.0]")
+    EXPECT_EQ(text(decideOneWindow(frame, {}, {}, {})),
+              "T7 lav, score -38.0 [rms -30.0 · snr +0.0 · clean +0.0]")
         << "without statistics";
     frame.perChannel[0].hasSpeech = false;
-    EXPECT_EQ(decideOneWindow(frame, {}, {}, {}).reason, nobody) << "loud, but not speech";
+    EXPECT_EQ(text(decideOneWindow(frame, {}, {}, {})), "T7 silence, nobody") << "loud, but not speech";
 }
 
 TEST(WindowRouting, RunsOfEqualOutcomesBecomeBlocks) {
@@ -143,24 +99,17 @@ TEST(WindowRouting, RunsOfEqualOutcomesBecomeBlocks) {
         }
         return list;
     };
-    const struct {
-        const char* windows;
-        double minBlockSeconds;
-        const char* blocks;
-    } cases[] = {
-        {"", 1, ""},
-        {"a", 1, "0-0.25 T1 lav"},
-        {"aaaabbbb", 1, "0-1 T1 lav | 1-2 T2 lav"},
-        {"aaaabbb", 1, "0-1.75 T1 lav"},
-        {"abbbb", 1, "0-0.25 T1 lav | 0.25-1.25 T2 lav"},
-        {"abcdefgh", 0.5, "0-2 T1 lav"},
-        {"aaaabbaaaa", 1, "0-1.5 T1 lav | 1.5-2.5 T1 lav"},
-        {"aaaaAAAA", 1, "0-1 T1 lav | 1-2 T1 lav"},
+    const auto check = [&](const char* windows, double minBlockSeconds, const char* blocks) {
+        EXPECT_EQ(listed(consolidateRuns(decisions(windows), window, minBlockSeconds)), blocks) << windows;
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(listed(consolidateRuns(decisions(c.windows), window, c.minBlockSeconds)), c.blocks)
-            << c.windows;
-
+    check("", 1, "");
+    check("a", 1, "0-0.25 T1 lav");
+    check("aaaabbbb", 1, "0-1 T1 lav | 1-2 T2 lav");
+    check("aaaabbb", 1, "0-1.75 T1 lav");
+    check("abbbb", 1, "0-0.25 T1 lav | 0.25-1.25 T2 lav");
+    check("abcdefgh", 0.5, "0-2 T1 lav");
+    check("aaaabbaaaa", 1, "0-1.5 T1 lav | 1.5-2.5 T1 lav");
+    check("aaaaAAAA", 1, "0-1 T1 lav | 1-2 T1 lav");
     const auto blocks = consolidateRuns({{0, {1, 2, BlockKind::multiActiveWarn, "why"}}}, window, 1);
     EXPECT_EQ(listed(blocks), "0-0.25 T1+2 multiActiveWarn");
     EXPECT_EQ(blocks[0].reason, "why");

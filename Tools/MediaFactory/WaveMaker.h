@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Support/Media/Bytes.h"
+#include "MediaFactory/Bytes.h"
 
 #include <cstdint>
 #include <optional>
@@ -66,7 +66,7 @@ class WaveMaker {
 
 /// An iXML document with what a recorder usually writes. Empty texts leave their element out.
 struct IXMLText {
-    std::string scene = {}, take = {}, tape = {}, note = {}, project = {}, circled = {}, wildTrack = {};
+    std::string scene = {}, take = {}, tape = {}, note = {}, project = {}, wildTrack = {};
     std::string timecodeRate = "25/1";
     std::vector<std::string> tracks = {}; ///< names, channel and interleave index counting from 1
     std::string text() const;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Support/Media/Bytes.h"
+#include "MediaFactory/Bytes.h"
 
 #include <cstdint>
 #include <optional>
@@ -62,7 +62,6 @@ struct TrackSpec {
     bool wideOffset = false;
     std::optional<std::uint64_t> sampleOffset = {}; ///< absent: the start of the media data
     std::string sample = {};                        ///< bytes that the media data then holds for this track
-    std::string trackAtoms = {};                    ///< at the end of "trak"
 };
 
 using MetadataValue = std::variant<std::string, std::int64_t, double>;
@@ -89,7 +88,6 @@ class MovieMaker {
     MovieMaker& trailingAtom(const std::string& bytes);
     /// Replaces the duration of the movie header, which is that of the longest track.
     MovieMaker& duration(std::uint64_t units, std::uint32_t timescale);
-    MovieMaker& brand(const std::string& brand);
     /// "moov" in front of "mdat" (behind it otherwise).
     MovieMaker& movieFirst();
     /// Zeros in the media data, behind the samples that matter.
@@ -116,7 +114,6 @@ class MovieMaker {
     std::vector<std::pair<std::string, MetadataValue>> listItems_;
     std::string userData_, movieAtoms_, leading_, trailing_;
     std::optional<std::pair<std::uint64_t, std::uint32_t>> duration_;
-    std::string brand_ = "qt  ";
     bool movieFirst_ = false, wideMedia_ = false, endlessMedia_ = false;
     std::uint64_t mediaBytes_ = 0;
 };

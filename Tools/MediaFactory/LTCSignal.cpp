@@ -1,4 +1,4 @@
-#include "Support/Media/LTCSignal.h"
+#include "MediaFactory/LTCSignal.h"
 
 #include <cstddef>
 

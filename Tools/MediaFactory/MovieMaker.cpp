@@ -1,4 +1,4 @@
-#include "Support/Media/MovieMaker.h"
+#include "MediaFactory/MovieMaker.h"
 
 #include <algorithm>
 
@@ -57,7 +57,7 @@ std::string trackAtom(const TrackSpec& track, std::size_t number, std::uint64_t 
         atom("minf", mediaHeaderAtom(track.handler) +
                          atom("dinf", fullAtom("dref", be32(1) + fullAtom("url ", "", 0, 1))) +
                          sampleTable(track, offset));
-    return atom("trak", header + atom("mdia", media) + track.trackAtoms);
+    return atom("trak", header + atom("mdia", media));
 }
 
 std::string soundEntry(const AudioSpec& spec) {
@@ -186,11 +186,6 @@ MovieMaker& MovieMaker::duration(std::uint64_t units, std::uint32_t timescale) {
     return *this;
 }
 
-MovieMaker& MovieMaker::brand(const std::string& brand) {
-    brand_ = brand;
-    return *this;
-}
-
 MovieMaker& MovieMaker::movieFirst() {
     movieFirst_ = true;
     return *this;
@@ -258,7 +253,7 @@ std::string MovieMaker::mediaHeader() const {
 
 SparseBytes MovieMaker::sparse() const {
     SparseBytes file;
-    file.append(atom("ftyp", field(brand_, 4) + be32(0x200) + field(brand_, 4))).append(leading_);
+    file.append(atom("ftyp", "qt  " + be32(0x200) + "qt  ")).append(leading_);
     const std::string header = mediaHeader();
     const std::uint64_t movieBytes = movieFirst_ ? movie(0).size() : 0;
     const std::uint64_t mediaStart = file.size() + movieBytes + header.size();

@@ -1,4 +1,4 @@
-#include "Support/Media/Bytes.h"
+#include "MediaFactory/Bytes.h"
 
 #include <bit>
 #include <cstddef>

@@ -1,8 +1,8 @@
-#include "Support/Media/SmallShoot.h"
+#include "MediaFactory/SmallShoot.h"
 
+#include "MediaFactory/MovieMaker.h"
+#include "MediaFactory/WaveMaker.h"
 #include "Platform/Files.h"
-#include "Support/Media/MovieMaker.h"
-#include "Support/Media/WaveMaker.h"
 
 #include <cstdint>
 

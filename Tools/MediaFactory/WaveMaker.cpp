@@ -1,4 +1,4 @@
-#include "Support/Media/WaveMaker.h"
+#include "MediaFactory/WaveMaker.h"
 
 #include <algorithm>
 #include <bit>
@@ -145,8 +145,8 @@ std::string IXMLText::text() const {
     const std::string speed = element("TIMECODE_RATE", timecodeRate);
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><BWFXML>" + element("PROJECT", project) +
            element("SCENE", scene) + element("TAKE", take) + element("TAPE", tape) + element("NOTE", note) +
-           element("CIRCLED", circled) + element("WILD_TRACK", wildTrack) + element("SPEED", speed) +
-           element("TRACK_LIST", list) + "</BWFXML>";
+           element("WILD_TRACK", wildTrack) + element("SPEED", speed) + element("TRACK_LIST", list) +
+           "</BWFXML>";
 }
 
 } // namespace orvane::test

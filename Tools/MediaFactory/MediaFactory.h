@@ -1,0 +1,5 @@
+#pragma once
+
+#include "MediaFactory/Bytes.h"
+#include "MediaFactory/MovieMaker.h"
+#include "MediaFactory/WaveMaker.h"

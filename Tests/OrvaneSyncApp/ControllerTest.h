@@ -21,10 +21,10 @@ class ControllerTest : public testing::Test {
   protected:
     ControllerTest() {
         registerStandardDefaults(*settings_);
-        controller_ = make(nullptr);
+        controller_ = make();
     }
 
-    std::shared_ptr<ImportController> make(std::shared_ptr<ProbeCache> cache) {
+    std::shared_ptr<ImportController> make(std::shared_ptr<ProbeCache> cache = nullptr) {
         ImportController::Dependencies dependencies;
         dependencies.mainThread = mainThread_;
         dependencies.settings = settings_;

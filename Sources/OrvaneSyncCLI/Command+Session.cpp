@@ -125,9 +125,12 @@ void useFolder(Context& context, const Arguments& arguments, const SessionStore&
     if (!info.folder || folder == folders.end()) return;
     output.document.metadataPrefix = folder->metadataPrefix.value_or("");
     const auto given = arguments.values("--set");
-    for (auto& [key, value] : settingsOf(*folder, context, output))
-        if (std::ranges::none_of(given, [&](const std::string& text) { return text.starts_with(key + "="); }))
-            context.settings->setOverride(key, std::move(value));
+    for (auto& [key, value] : settingsOf(*folder, context, output)) {
+        const auto isOfThisKey = [option = key + "="](const std::string& text) {
+            return text.starts_with(option);
+        };
+        if (std::ranges::none_of(given, isOfThisKey)) context.settings->setOverride(key, std::move(value));
+    }
 }
 
 void session(Context& context, const Arguments& arguments) {

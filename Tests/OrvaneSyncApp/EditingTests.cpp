@@ -190,6 +190,8 @@ TEST_F(EditingTest, filesToAttachAreThoseOfThePoolThatLieNowhere) {
     EXPECT_EQ(controller_->clipNames(one.id), (std::vector<std::string>{"A.mov", "C.mov"}));
     controller_->removeVideoFromSync(id());
     EXPECT_EQ(controller_->rawFilesMenuLabel(one), "one.wav  ·  also on C.mov");
+    for (const MediaAsset& audio : controller_->availableAudioPool())
+        EXPECT_EQ(controller_->audioInPool(audio.id)->url, audio.url);
     ASSERT_NE(controller_->audioInPool(unused.id), nullptr);
     EXPECT_EQ(controller_->audioInPool(unused.id)->filename, "two.wav");
     EXPECT_EQ(controller_->audioInPool(UUID::random()), nullptr);
@@ -197,6 +199,7 @@ TEST_F(EditingTest, filesToAttachAreThoseOfThePoolThatLieNowhere) {
     test::makeSmallShoot(folder_.path());
     scan(folder("camera"), folder("sound"));
     EXPECT_EQ(controller_->availableAudioPool().size(), 2U) << "after a scan, what it found";
+    EXPECT_NE(controller_->audioInPool(controller_->availableAudioPool().back().id), nullptr);
     EXPECT_EQ(controller_->rawFilesAvailableToAttach(clip("A001C002")->id).size(), 1U);
 }
 

@@ -55,9 +55,9 @@ void sortByRecording(std::vector<Hit>::iterator first, std::vector<Hit>::iterato
 /// Which recordings a video meets, by their shoot days.
 class RecordingIndex {
   public:
-    explicit RecordingIndex(const std::vector<Recording>& recordings) {
+    RecordingIndex(const std::vector<Recording>& recordings, calendar::DayStarts& starts) {
         for (std::size_t i = 0; i < recordings.size(); ++i) {
-            const auto day = recordings[i].asset->shootDay();
+            const auto day = recordings[i].asset->shootDay(starts);
             (day ? days_[*day] : undated_).add(recordings[i].range, i);
             all_.add(recordings[i].range, i);
         }
@@ -191,11 +191,12 @@ std::vector<std::size_t> orderByName(const std::vector<MediaAsset>& videos) {
 SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos,
                                 const std::vector<MediaAsset>& audios) const {
     const auto recordings = recordingsAmong(audios);
-    const RecordingIndex index(recordings);
+    calendar::DayStarts starts;
+    const RecordingIndex index(recordings, starts);
     SyncGroupList groups;
     for (const std::size_t i : orderByName(videos))
         groups.append(group(videos[i], recordings, [&](const TCRange& range) {
-            return index.overlapping(range, videos[i].shootDay());
+            return index.overlapping(range, videos[i].shootDay(starts));
         }));
     return groups;
 }

@@ -34,15 +34,11 @@ std::optional<double> rateOf(const MediaAsset& asset) {
 /// An audio file with what matching needs of it computed once: of the asset itself, which lies elsewhere,
 /// only a pointer is looked at for the thousands of times that a file is met.
 struct Recording {
-    explicit Recording(Shared<MediaAsset> audio)
-        : asset(std::move(audio)), placement(*asset), rate(rateOf(*asset)),
-          isCounted(asset->bextTimeReference.value_or(0) != 0) {}
-
     Shared<MediaAsset> asset; ///< of all matches with it
-    AssetPlacement placement;
-    std::optional<double> rate;
-    bool isCounted; ///< it states its start as a count of samples
-    TCRange range{};
+    AssetPlacement placement{*asset};
+    TCRange range = placement.range().value_or(TCRange());
+    std::optional<double> rate = rateOf(*asset);
+    bool isCounted = asset->bextTimeReference.value_or(0) != 0; ///< it states its start in samples
 };
 
 /// The recordings among the files, in their order, that can match a picture: with a place in time, and no
@@ -50,17 +46,19 @@ struct Recording {
 std::vector<Recording> recordingsAmong(const std::vector<MediaAsset>& audios) {
     std::vector<MediaAsset> takes;
     takes.reserve(audios.size());
-    for (const MediaAsset& audio : audios)
-        if (!audio.isAtmo()) takes.push_back(audio);
+    std::vector<AssetPlacement> placements;
+    placements.reserve(audios.size());
+    for (const MediaAsset& audio : audios) {
+        if (audio.isAtmo()) continue;
+        const AssetPlacement placement(audio);
+        if (!placement.range()) continue;
+        takes.push_back(audio);
+        placements.push_back(placement);
+    }
     std::vector<Recording> recordings;
     recordings.reserve(takes.size());
-    for (auto& take : Shared<MediaAsset>::together(std::move(takes))) {
-        Recording recording(std::move(take));
-        const auto range = recording.placement.range();
-        if (!range) continue;
-        recording.range = *range;
-        recordings.push_back(std::move(recording));
-    }
+    for (auto& take : Shared<MediaAsset>::together(std::move(takes)))
+        recordings.push_back({std::move(take), placements[recordings.size()]});
     return recordings;
 }
 
@@ -187,12 +185,10 @@ MatchStatus status(const MediaAsset& video, const std::vector<Hit>& hits,
 
 /// `overlapping` gives the hits of a range, in the order of the candidates.
 template <class Overlapping>
-SyncGroupList::Element group(const MediaAsset& video, const std::vector<Recording>& recordings,
-                             Identities& ids, const Overlapping& overlapping) {
+SyncGroup group(const MediaAsset& video, const std::vector<Recording>& recordings, Identities& ids,
+                const Overlapping& overlapping) {
     const auto range = AssetPlacement(video).range();
-    if (!range)
-        return std::make_shared<SyncGroup>(ids.next(), video, std::vector<AudioMatch>{},
-                                           MatchStatus::unmatched());
+    if (!range) return {ids.next(), video, {}, MatchStatus::unmatched()};
 
     std::vector<Hit> hits = overlapping(*range);
     std::ranges::stable_sort(hits, std::greater{}, &Hit::overlapSeconds);
@@ -203,10 +199,9 @@ SyncGroupList::Element group(const MediaAsset& video, const std::vector<Recordin
         const double offset = recording.range.startSeconds - range->startSeconds;
         matches.emplace_back(ids.next(), recording.asset, offset, hit.overlapSeconds);
     }
-    auto result =
-        std::make_shared<SyncGroup>(ids.next(), video, std::move(matches), status(video, hits, recordings));
+    SyncGroup result(ids.next(), video, std::move(matches), status(video, hits, recordings));
     // Timecode cannot align such a clip along its whole length.
-    if (video.isOffspeed()) result->syncMethod = SyncMethod::clap;
+    if (video.isOffspeed()) result.syncMethod = SyncMethod::clap;
     return result;
 }
 
@@ -230,12 +225,13 @@ SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos,
     calendar::DayStarts starts;
     const RecordingIndex index(recordings, starts);
     Identities ids;
-    SyncGroupList groups;
+    std::vector<SyncGroup> groups;
+    groups.reserve(videos.size());
     for (const std::size_t i : orderByName(videos))
-        groups.append(group(videos[i], recordings, ids, [&](const TCRange& range) {
+        groups.push_back(group(videos[i], recordings, ids, [&](const TCRange& range) {
             return index.overlapping(range, videos[i].shootDay(starts));
         }));
-    return groups;
+    return SyncGroupList(std::move(groups));
 }
 
 SyncGroupList SyncEngine::matchWithinDay(const std::vector<MediaAsset>& videos,
@@ -245,15 +241,16 @@ SyncGroupList SyncEngine::matchWithinDay(const std::vector<MediaAsset>& videos,
     for (std::size_t i = 0; i < recordings.size(); ++i) lane.add(recordings[i].range, i);
     lane.finish();
     Identities ids;
-    SyncGroupList groups;
+    std::vector<SyncGroup> groups;
+    groups.reserve(videos.size());
     for (const MediaAsset& video : videos)
-        groups.append(group(video, recordings, ids, [&](const TCRange& range) {
+        groups.push_back(group(video, recordings, ids, [&](const TCRange& range) {
             std::vector<Hit> hits;
             lane.appendOverlapping(range, hits);
             sortByRecording(hits.begin(), hits.end());
             return hits;
         }));
-    return groups;
+    return SyncGroupList(std::move(groups));
 }
 
 std::optional<TCRange> SyncEngine::tcRange(const MediaAsset& asset, std::optional<double> fallbackFrameRate) {

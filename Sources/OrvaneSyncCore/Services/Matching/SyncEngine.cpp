@@ -266,12 +266,14 @@ std::optional<double> SyncEngine::overlapDuration(const TCRange& a, const TCRang
 bool SyncEngine::isSplitRecording(const std::vector<AudioMatch>& matches) {
     std::vector<Recording> recordings;
     recordings.reserve(matches.size());
-    for (const AudioMatch& match : matches) recordings.emplace_back(match.audio);
+    for (const AudioMatch& match : matches) recordings.push_back({match.audio});
     return isOneRecording(partsOf(recordings));
 }
 
 double SyncEngine::sharedFallbackFrameRate(const std::vector<MediaAsset>& assets) {
-    const std::vector<Recording> recordings(assets.begin(), assets.end());
+    std::vector<Recording> recordings;
+    recordings.reserve(assets.size());
+    for (const MediaAsset& asset : assets) recordings.push_back({asset});
     return sharedRate(partsOf(recordings));
 }
 

@@ -72,6 +72,26 @@ TEST(SerialQueue, runsEverythingThatWasPromised) {
     EXPECT_EQ(order, "abcde");
 }
 
+TEST(SerialQueue, runsOnePieceAtATimeForManyWhoWait) {
+    constexpr int callers = 4, rounds = 250;
+    int count = 0; // of the queue alone
+    std::vector<std::thread> threads;
+    {
+        const auto queue = SerialQueue::create("many");
+        for (int caller = 0; caller < callers; ++caller)
+            threads.emplace_back([&] {
+                for (int round = 0; round < rounds; ++round) {
+                    bool isPostedDone = false, wasPostedDone = false;
+                    queue->post([&] { isPostedDone = ++count > 0; });
+                    queue->sync([&] { wasPostedDone = isPostedDone && ++count > 0; });
+                    EXPECT_TRUE(wasPostedDone);
+                }
+            });
+        for (auto& thread : threads) thread.join();
+    }
+    EXPECT_EQ(count, 2 * callers * rounds);
+}
+
 TEST(Concurrently, runsEachIndexOnceWithinItsLimit) {
     for (const std::size_t concurrency : {0U, 1U, 3U, 1000U}) {
         std::vector<std::atomic<int>> runs(500);

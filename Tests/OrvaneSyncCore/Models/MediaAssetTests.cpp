@@ -179,8 +179,13 @@ TEST(Calendar, startOfDayWhereClocksJump) {
          }) {
         const test::ScopedEnvironment zone("TZ", test.zone);
         ::tzset();
-        EXPECT_EQ(iso8601(calendar::startOfDay(*dateFromISO8601(test.moment))), test.start)
-            << test.zone << " " << test.moment;
+        const Date moment = *dateFromISO8601(test.moment);
+        EXPECT_EQ(iso8601(calendar::startOfDay(moment)), test.start) << test.zone << " " << test.moment;
+        calendar::DayStarts starts;
+        for (int i = 0; i < 200; ++i) { // half hours of four days, in no order
+            const Date other = moment + std::chrono::minutes(30 * (i * 77 % 200 - 100));
+            EXPECT_EQ(iso8601(starts.of(other)), iso8601(calendar::startOfDay(other))) << test.zone;
+        }
     }
     EXPECT_EQ(calendar::date({.year = 0, .month = 1, .day = 1}), std::nullopt);
     EXPECT_EQ(calendar::date({.year = 10000, .month = 1, .day = 1}), std::nullopt);

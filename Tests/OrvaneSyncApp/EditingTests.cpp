@@ -50,32 +50,25 @@ class EditingTest : public test::ControllerTest {
 };
 
 TEST_F(EditingTest, nudgesBelongTogetherWithinTheWindow) {
-    struct Case {
-        const char* name;
-        std::vector<std::chrono::milliseconds> gaps; ///< between nudges
-        int steps;
-    };
-    const Case cases[] = {
-        {"one", {}, 1},
-        {"a burst", {499ms, 499ms}, 1},
-        {"a burst renews the window, however long", std::vector<std::chrono::milliseconds>(100, 400ms), 1},
-        {"a fourth one 0.6 s later", {100ms, 100ms, 600ms}, 2},
-        {"the window is open at its end", {500ms}, 2},
-        {"time that stands still", {0ms, 0ms}, 1},
-    };
-    for (const Case& one : cases) {
+    // `gaps`: between nudges
+    const auto check = [&](const char* name, const std::vector<std::chrono::milliseconds>& gaps, int steps) {
         controller_->clearUndo();
         const double before = group().manualAudioOffsetSeconds;
         nudge();
-        for (const auto gap : one.gaps) {
+        for (const auto gap : gaps) {
             mainThread_->advance(gap);
             nudge();
         }
-        EXPECT_EQ(stepsToUndo(), one.steps) << one.name;
-        EXPECT_EQ(group().manualAudioOffsetSeconds, before) << one.name;
+        EXPECT_EQ(stepsToUndo(), steps) << name;
+        EXPECT_EQ(group().manualAudioOffsetSeconds, before) << name;
         mainThread_->advance(10s);
-    }
-
+    };
+    check("one", {}, 1);
+    check("a burst", {499ms, 499ms}, 1);
+    check("a burst renews the window, however long", std::vector<std::chrono::milliseconds>(100, 400ms), 1);
+    check("a fourth one 0.6 s later", {100ms, 100ms, 600ms}, 2);
+    check("the window is open at its end", {500ms}, 2);
+    check("time that stands still", {0ms, 0ms}, 1);
     controller_->clearUndo();
     nudge();
     controller_->withUndo(undoSteps::toggleApproved, [&] { controller_->toggleApproved(id()); });

@@ -221,21 +221,17 @@ TEST_F(ImportControllerTest, mergesAReportBeforeAndAfterAScan) {
 
 TEST_F(ImportControllerTest, hintsAtAWrongStrategyBelowAQuarter) {
     const auto name = ALEMatchStrategy::name(), tape = ALEMatchStrategy::column("Tape");
-    struct Case {
-        MetadataMerger::MergeResult result;
-        ALEMatchStrategy strategy;
-        std::string message;
-    };
     const std::string byName = " — Match-Einstellung prüfen (aktuell: Dateiname ⇄ ALE-Spalte „Name“)";
-    for (const Case& c : std::vector<Case>{
-             {{3, 10}, name, "ALE geladen: 3 von 10 Clips zugeordnet"},
-             {{2, 10}, name, "ALE geladen: 2 von 10 Clips zugeordnet" + byName},
-             {{1, 4}, name, "ALE geladen: 1 von 4 Clips zugeordnet"},
-             {{0, 1},
-              tape,
-              "ALE geladen: 0 von 1 Clips zugeordnet — Match-Einstellung prüfen (aktuell: Spalte „Tape“)"},
-             {{0, 0}, tape, "ALE geladen: 0 von 0 Clips zugeordnet"}})
-        EXPECT_EQ(ImportController::aleMatchStatusMessage(c.result, c.strategy), c.message);
+    const auto check = [&](const MetadataMerger::MergeResult& result, const ALEMatchStrategy& strategy,
+                           const std::string& message) {
+        EXPECT_EQ(ImportController::aleMatchStatusMessage(result, strategy), message);
+    };
+    check({3, 10}, name, "ALE geladen: 3 von 10 Clips zugeordnet");
+    check({2, 10}, name, "ALE geladen: 2 von 10 Clips zugeordnet" + byName);
+    check({1, 4}, name, "ALE geladen: 1 von 4 Clips zugeordnet");
+    check({0, 1}, tape,
+          "ALE geladen: 0 von 1 Clips zugeordnet — Match-Einstellung prüfen (aktuell: Spalte „Tape“)");
+    check({0, 0}, tape, "ALE geladen: 0 von 0 Clips zugeordnet");
 }
 
 } // namespace

@@ -27,63 +27,57 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     const test::TemporaryDirectory folder;
     folder.write("take.wav", "");
     folder.write("empty/notes.txt", "");
-    struct Case {
-        std::vector<std::string> words;
-        int status;
-        std::string says; ///< in the first line of standard error
-    };
-    const std::vector<Case> cases{
-        {{"snyc"}, 2, "did you mean 'sync'?"},
-        {{"scan"}, 2, "which folder?"},
-        {{"scan", "a", "b", "c"}, 2, "more than two folders"},
-        {{"scan", "--vidoe", "x"}, 2, "did you mean '--video'?"},
-        {{"scan", "--video"}, 2, "needs a value"},
-        {{"scan", "--json=1", "x"}, 2, "takes no value"},
-        {{"scan", "x", "--audio", "y"}, 2, "not both"},
-        {{"scan", "--set", "novalue", "x"}, 2, "KEY=VALUE"},
-        {{"scan", ""}, 2, "name is empty"},
-        {{"sync", "x", "-o", "y", "--event", ""}, 2, "--event needs a name"},
-        {{"sync", "--audio", folder.path("empty"), "-o", "x"}, 1, "no video or audio files in '"},
-        {{"scan", folder.path("nowhere")}, 1, "nowhere': No such file or directory"},
-        {{"scan", folder.path("take.wav")}, 1, "it is not a folder"},
-        {{"sync", folder.path()}, 2, "-o OUT.fcpxml is missing"},
-        {{"sync", folder.path(), "-o", "-", "--json"}, 2, "both want standard output"},
-        {{"sync", folder.path(), "-o", folder.path("take.wav")}, 2, "names a media file"},
-        {{"sync", folder.path(), "-o", folder.path("no/where.fcpxml")}, 1, "No such file or directory"},
-        {{"sync", folder.path(), "-o", folder.path()}, 1, "it is a folder"},
-        {{"sync", folder.path(), "-o", "x", "--fcpxml-version", "2.0"}, 2, "1.6 to 1.14"},
-        {{"sync", folder.path(), "-o", "x", "--smart-audio", "loud"}, 2, "standard, studio"},
-        {{"probe"}, 2, "which file?"},
-        {{"probe", folder.path("gone.wav")}, 1, "gone.wav': No such file or directory"},
-        {{"ltc", folder.path("gone.wav")}, 1, "No such file or directory"},
-        {{"report"}, 2, "one file"},
-        {{"report", folder.path("gone.ale")}, 1, "gone.ale': No such file or directory"},
-        {{"report", folder.path("empty/notes.txt")}, 1, "notes.txt: No column header found in the file"},
-        {{"ltc", folder.path("take.wav")}, 1, "holds no sound"},
-        {{"analyze", folder.path("take.wav"), "--candidates", "1,x"}, 2, "tracks such as 1,3"},
-        {{"analyze", folder.path("take.wav"), "--candidates", "1,"}, 2, "tracks such as 1,3"},
-        {{"analyze", folder.path("gone.wav"), "--channels", "65536"}, 2, "1 to 65535"},
-        {{"analyze", folder.path("take.wav"), "--json"}, 1, "holds no sound"},
-        {{"loudness", folder.path("take.wav"), "--json"}, 1, "holds no sound"},
-        {{"loudness", folder.path("gone.wav")}, 1, "No such file"},
-        {{"ltc", folder.path("take.wav"), "--channel", "two"}, 2, "takes a whole number"},
-        {{"timecode"}, 2, "which conversion?"},
-        {{"timecode", "from-frames", "1.5", "--fps", "25"}, 2, "no whole number"},
-        {{"timecode", "from-seconds", "1"}, 2, "--fps or --rate is missing"},
-        {{"timecode", "from-seconds", "1", "--rate", "fps29"}, 2, "did you mean 'fps2"},
-        {{"timecode", "to-seconds", "01:00:00:00", "--fps", "0"}, 2, "above 0"},
-    };
-    for (const Case& c : cases) {
-        const Outcome outcome = runWith(c.words);
+    // `says`: in the first line of standard error
+    const auto check = [&](const std::vector<std::string>& words, int status, const std::string& says) {
+        const Outcome outcome = runWith(words);
         const std::string line = outcome.err.substr(0, outcome.err.find('\n'));
         SCOPED_TRACE(line);
-        EXPECT_EQ(outcome.status, c.status);
+        EXPECT_EQ(outcome.status, status);
         EXPECT_TRUE(line.starts_with("error: "));
-        EXPECT_NE(line.find(c.says), std::string::npos) << c.says;
+        EXPECT_NE(line.find(says), std::string::npos) << says;
         EXPECT_EQ(outcome.out, "");
         const auto lines = std::ranges::count(outcome.err, '\n');
-        EXPECT_EQ(lines, c.status == wrongUsage ? 2 : 1); // the usage line comes with wrong usage only
-    }
+        EXPECT_EQ(lines, status == wrongUsage ? 2 : 1); // the usage line comes with wrong usage only
+    };
+    check({"snyc"}, 2, "did you mean 'sync'?");
+    check({"scan"}, 2, "which folder?");
+    check({"scan", "a", "b", "c"}, 2, "more than two folders");
+    check({"scan", "--vidoe", "x"}, 2, "did you mean '--video'?");
+    check({"scan", "--video"}, 2, "needs a value");
+    check({"scan", "--json=1", "x"}, 2, "takes no value");
+    check({"scan", "x", "--audio", "y"}, 2, "not both");
+    check({"scan", "--set", "novalue", "x"}, 2, "KEY=VALUE");
+    check({"scan", ""}, 2, "name is empty");
+    check({"sync", "x", "-o", "y", "--event", ""}, 2, "--event needs a name");
+    check({"sync", "--audio", folder.path("empty"), "-o", "x"}, 1, "no video or audio files in '");
+    check({"scan", folder.path("nowhere")}, 1, "nowhere': No such file or directory");
+    check({"scan", folder.path("take.wav")}, 1, "it is not a folder");
+    check({"sync", folder.path()}, 2, "-o OUT.fcpxml is missing");
+    check({"sync", folder.path(), "-o", "-", "--json"}, 2, "both want standard output");
+    check({"sync", folder.path(), "-o", folder.path("take.wav")}, 2, "names a media file");
+    check({"sync", folder.path(), "-o", folder.path("no/where.fcpxml")}, 1, "No such file or directory");
+    check({"sync", folder.path(), "-o", folder.path()}, 1, "it is a folder");
+    check({"sync", folder.path(), "-o", "x", "--fcpxml-version", "2.0"}, 2, "1.6 to 1.14");
+    check({"sync", folder.path(), "-o", "x", "--smart-audio", "loud"}, 2, "standard, studio");
+    check({"probe"}, 2, "which file?");
+    check({"probe", folder.path("gone.wav")}, 1, "gone.wav': No such file or directory");
+    check({"ltc", folder.path("gone.wav")}, 1, "No such file or directory");
+    check({"report"}, 2, "one file");
+    check({"report", folder.path("gone.ale")}, 1, "gone.ale': No such file or directory");
+    check({"report", folder.path("empty/notes.txt")}, 1, "notes.txt: No column header found in the file");
+    check({"ltc", folder.path("take.wav")}, 1, "holds no sound");
+    check({"analyze", folder.path("take.wav"), "--candidates", "1,x"}, 2, "tracks such as 1,3");
+    check({"analyze", folder.path("take.wav"), "--candidates", "1,"}, 2, "tracks such as 1,3");
+    check({"analyze", folder.path("gone.wav"), "--channels", "65536"}, 2, "1 to 65535");
+    check({"analyze", folder.path("take.wav"), "--json"}, 1, "holds no sound");
+    check({"loudness", folder.path("take.wav"), "--json"}, 1, "holds no sound");
+    check({"loudness", folder.path("gone.wav")}, 1, "No such file");
+    check({"ltc", folder.path("take.wav"), "--channel", "two"}, 2, "takes a whole number");
+    check({"timecode"}, 2, "which conversion?");
+    check({"timecode", "from-frames", "1.5", "--fps", "25"}, 2, "no whole number");
+    check({"timecode", "from-seconds", "1"}, 2, "--fps or --rate is missing");
+    check({"timecode", "from-seconds", "1", "--rate", "fps29"}, 2, "did you mean 'fps2");
+    check({"timecode", "to-seconds", "01:00:00:00", "--fps", "0"}, 2, "above 0");
 }
 
 TEST(CommandLine, everyCommandHelpsWithAnExampleThatItTakes) {
@@ -99,34 +93,25 @@ TEST(CommandLine, everyCommandHelpsWithAnExampleThatItTakes) {
 }
 
 TEST(CommandLine, calculatesTimecodes) {
-    struct Case {
-        std::vector<std::string> words;
-        JSON expected;
-        const char* text;
-    };
     const auto seconds = [](double value) { return JSON(JSON::Object{{"seconds", value}}); };
     const auto timecode = [](const char* value) { return JSON(JSON::Object{{"timecode", value}}); };
     const auto rate = [](JSON value) { return JSON(JSON::Object{{"rate", std::move(value)}}); };
-    const std::vector<Case> cases{
-        {{"to-seconds", "01:00:00;00", "--fps", "29.97"}, seconds(3599.9964000000004), "3599.9964000000004"},
-        {{"to-seconds", "01:00:00", "--fps", "25"}, seconds(0), "0.0"},
-        {{"from-seconds", "3600", "--fps", "29.97"}, timecode("01:00:00;00"), "01:00:00;00"},
-        {{"from-seconds", "-1", "--rate", "fps25"}, timecode("00:00:-1:00"), "00:00:-1:00"},
-        {{"from-frames", "1800", "--rate", "fps29_97d"}, timecode("00:01:00;02"), "00:01:00;02"},
-        {{"from-samples", "172800000", "--sample-rate", "48000", "--rate", "fps25"},
-         timecode("01:00:00:00"),
-         "01:00:00:00"},
-        {{"rate-of", "23.98"}, rate("fps23_976"), "fps23_976"},
-        {{"rate", "30000/1001 NDF"}, rate("fps29_97"), "fps29_97"},
-        {{"rate", "soon"}, rate(nullptr), "none"},
-    };
-    for (const Case& c : cases) {
-        std::vector<std::string> words{"timecode"};
-        words.insert(words.end(), c.words.begin(), c.words.end());
-        EXPECT_EQ(runWith(words).out, std::string(c.text) + "\n");
+    const auto check = [&](std::vector<std::string> words, const JSON& expected, const char* text) {
+        words.insert(words.begin(), "timecode");
+        EXPECT_EQ(runWith(words).out, std::string(text) + "\n");
         words.emplace_back("--json");
-        EXPECT_TRUE(runWith(words).json() == c.expected) << runWith(words).out;
-    }
+        EXPECT_TRUE(runWith(words).json() == expected) << runWith(words).out;
+    };
+    check({"to-seconds", "01:00:00;00", "--fps", "29.97"}, seconds(3599.9964000000004), "3599.9964000000004");
+    check({"to-seconds", "01:00:00", "--fps", "25"}, seconds(0), "0.0");
+    check({"from-seconds", "3600", "--fps", "29.97"}, timecode("01:00:00;00"), "01:00:00;00");
+    check({"from-seconds", "-1", "--rate", "fps25"}, timecode("00:00:-1:00"), "00:00:-1:00");
+    check({"from-frames", "1800", "--rate", "fps29_97d"}, timecode("00:01:00;02"), "00:01:00;02");
+    check({"from-samples", "172800000", "--sample-rate", "48000", "--rate", "fps25"}, timecode("01:00:00:00"),
+          "01:00:00:00");
+    check({"rate-of", "23.98"}, rate("fps23_976"), "fps23_976");
+    check({"rate", "30000/1001 NDF"}, rate("fps29_97"), "fps29_97");
+    check({"rate", "soon"}, rate(nullptr), "none");
 }
 
 /// The program on a shoot.
@@ -410,21 +395,17 @@ TEST(ChannelStrip, showsWhoIsHeardWhen) {
 }
 
 TEST(Settings, whatDoesNothingIsSaidButNoError) {
-    struct Case {
-        const char* assignment;
-        const char* says;
-    };
-    const std::vector<Case> cases{{"trimmode=video", "did you mean 'trimMode'?"},
-                                  {"trimMode=vidoe", "takes one of common, video, none; not 'vidoe'"},
-                                  {"alternateWidth=wide", "takes an integer, not 'wide'"},
-                                  {"ltc.enabled=maybe", "takes a boolean, not 'maybe'"},
-                                  {"smartAudio.voiceIso=7", "takes a number from 0 to 1, not '7'"},
-                                  {"smartAudio.loudness=-0.1", "takes a number from 0 to 1, not '-0.1'"}};
-    for (const Case& c : cases) {
-        const Outcome outcome = runWith({"timecode", "rate-of", "25", "--set", c.assignment});
+    const auto check = [&](const char* assignment, const char* says) {
+        const Outcome outcome = runWith({"timecode", "rate-of", "25", "--set", assignment});
         EXPECT_EQ(outcome.status, done);
-        EXPECT_NE(outcome.err.find(c.says), std::string::npos) << outcome.err;
-    }
+        EXPECT_NE(outcome.err.find(says), std::string::npos) << outcome.err;
+    };
+    check("trimmode=video", "did you mean 'trimMode'?");
+    check("trimMode=vidoe", "takes one of common, video, none; not 'vidoe'");
+    check("alternateWidth=wide", "takes an integer, not 'wide'");
+    check("ltc.enabled=maybe", "takes a boolean, not 'maybe'");
+    check("smartAudio.voiceIso=7", "takes a number from 0 to 1, not '7'");
+    check("smartAudio.loudness=-0.1", "takes a number from 0 to 1, not '-0.1'");
     for (const char* good : {"trimMode=none", "alternateWidth=1998", "ltc.enabled=true", "eventName=7",
                              "smartAudioMode= CINEMATIC ", "smartAudio.loudness=1"})
         EXPECT_EQ(runWith({"timecode", "rate-of", "25", "--set", good}).err, "") << good;

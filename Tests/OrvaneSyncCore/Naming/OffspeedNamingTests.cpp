@@ -6,20 +6,18 @@ namespace orvane {
 namespace {
 
 TEST(OffspeedNaming, SuffixesSayTheRateAndJoinTheName) {
-    const struct {
-        const char* suffix;
-        double fps;
-        const char* name;
-    } cases[] = {
-        {"[{fps} FPS]", 120, "Clip [120 FPS]"}, {"_{fps}fps", 47.952, "Clip_48fps"},
-        {"-{fps}", 119.88, "Clip-120"},         {" at {fps}/{fps}", 25, "Clip at 25/25"},
-        {".{fps}", 59.94, "Clip.59.9"},         {"{fps}", 1200, "Clip 1200"},
-        {"{FPS}", 120, "Clip {FPS}"},           {"", 120, "Clip"},
+    const auto check = [&](const char* suffix, double fps, const char* name) {
+        EXPECT_EQ(OffspeedNaming::resolveNativeMOSName("Clip", suffix, fps), name);
+        EXPECT_EQ(OffspeedNaming::resolveProjectRateName("Clip", suffix, fps), name);
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(OffspeedNaming::resolveNativeMOSName("Clip", c.suffix, c.fps), c.name);
-        EXPECT_EQ(OffspeedNaming::resolveProjectRateName("Clip", c.suffix, c.fps), c.name);
-    }
+    check("[{fps} FPS]", 120, "Clip [120 FPS]");
+    check("_{fps}fps", 47.952, "Clip_48fps");
+    check("-{fps}", 119.88, "Clip-120");
+    check(" at {fps}/{fps}", 25, "Clip at 25/25");
+    check(".{fps}", 59.94, "Clip.59.9");
+    check("{fps}", 1200, "Clip 1200");
+    check("{FPS}", 120, "Clip {FPS}");
+    check("", 120, "Clip");
 }
 
 } // namespace

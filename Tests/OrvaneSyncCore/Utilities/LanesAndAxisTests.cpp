@@ -13,21 +13,17 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinite = std::numeric_limits<double>::infinity();
 
 TEST(LaneLayout, overlapsGetLanesOfTheirOwn) {
-    struct Case {
-        const char* name;
-        std::vector<LaneLayout::Interval> intervals;
-        std::vector<int> lanes;
+    const auto check = [&](const char* name, const std::vector<LaneLayout::Interval>& intervals,
+                           const std::vector<int>& lanes) {
+        EXPECT_EQ(LaneLayout::assignLanes(intervals), lanes) << name;
     };
-    const Case cases[] = {
-        {"nothing", {}, {}},
-        {"touching ones share a lane", {{0, 10}, {5, 15}, {10, 20}}, {0, 1, 0}},
-        {"equal ones keep the order of the input", {{3, 4}, {3, 4}}, {0, 1}},
-        {"the walk goes by start, the result by place", {{8, 9}, {0, 5}, {4, 9}, {4, 6}}, {0, 0, 1, 2}},
-        {"the first free lane, not the last", {{0, 9}, {1, 3}, {2, 4}, {5, 6}}, {0, 1, 2, 1}},
-        {"one without length takes no room", {{2, 2}, {2, 5}, {2, 2}}, {0, 0, 1}},
-        {"what is no number disturbs nobody", {{1, 2}, {nan, nan}, {1, 2}}, {0, 2, 1}},
-    };
-    for (const Case& one : cases) EXPECT_EQ(LaneLayout::assignLanes(one.intervals), one.lanes) << one.name;
+    check("nothing", {}, {});
+    check("touching ones share a lane", {{0, 10}, {5, 15}, {10, 20}}, {0, 1, 0});
+    check("equal ones keep the order of the input", {{3, 4}, {3, 4}}, {0, 1});
+    check("the walk goes by start, the result by place", {{8, 9}, {0, 5}, {4, 9}, {4, 6}}, {0, 0, 1, 2});
+    check("the first free lane, not the last", {{0, 9}, {1, 3}, {2, 4}, {5, 6}}, {0, 1, 2, 1});
+    check("one without length takes no room", {{2, 2}, {2, 5}, {2, 2}}, {0, 0, 1});
+    check("what is no number disturbs nobody", {{1, 2}, {nan, nan}, {1, 2}}, {0, 2, 1});
 }
 
 TEST(ClusterTimelineAxis, mapsWithinTheAxis) {

@@ -1,16 +1,7 @@
 #include "OrvaneSyncApp/ControllerTest.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "Support/Assets.h"
-
-#include <algorithm>
-#include <chrono>
-#include <cmath>
-#include <functional>
-#include <iterator>
-#include <map>
-#include <random>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

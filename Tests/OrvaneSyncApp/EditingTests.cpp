@@ -2,13 +2,7 @@
 #include "OrvaneSyncApp/ControllerTest.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "Support/Assets.h"
-
-#include <algorithm>
-#include <chrono>
-#include <functional>
-#include <limits>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

@@ -2,13 +2,7 @@
 #include "MediaFactory/SmallShoot.h"
 #include "OrvaneSyncApp/ControllerTest.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

@@ -3,15 +3,7 @@
 #include "OrvaneSyncApp/ControllerTest.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
-
-#include <algorithm>
-#include <cmath>
-#include <filesystem>
-#include <functional>
-#include <numbers>
-#include <set>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

@@ -4,19 +4,13 @@
 #include "MediaFactory/SmallShoot.h"
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCLI/ChannelStrip.h"
+#include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "Platform/JSON.h"
+#include "Support/Assets.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <filesystem>
-#include <numbers>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane::cli {
 namespace {
@@ -251,14 +245,6 @@ TEST_F(ShootTest, aMediaFileIsNeverOverwritten) {
     }
 }
 
-TEST_F(ShootTest, aSettingOfThisRunReachesTheDocument) {
-    const Outcome number =
-        runWith({"sync", folder_.path(), "--no-smart-audio", "-o", "-", "--set", "eventName=2024.10"});
-    EXPECT_NE(number.out.find("<event name=\"2024.10\">"),
-              std::string::npos); // a text, though it looks like a number
-    EXPECT_EQ(number.err.find("setting"), std::string::npos);
-}
-
 TEST_F(ShootTest, aReportReachesTheClipsAndTheDocument) {
     // Control characters and markup in cells are a person's slip, not the end of the document.
     const std::string ale =
@@ -409,6 +395,29 @@ TEST(Settings, whatDoesNothingIsSaidButNoError) {
     for (const char* good : {"trimMode=none", "alternateWidth=1998", "ltc.enabled=true", "eventName=7",
                              "smartAudioMode= CINEMATIC ", "smartAudio.loudness=1"})
         EXPECT_EQ(runWith({"timecode", "rate-of", "25", "--set", good}).err, "") << good;
+}
+
+TEST(ExportPreviewText, SaysWhatHelps) {
+    using test::audio, test::clip, test::slated, test::video;
+    const SyncGroup nine = clip(video("a.mov"), slated(audio("a.wav"), "9", "1"));
+    const SyncGroup ten = clip(video("b.mov"), slated(audio("b.wav"), "10\n", "1"));
+    const SyncGroup none = clip(video("c.mov"), audio("c.wav"));
+    const auto check = [&](const SyncGroupList& groups, bool isSplit, bool isNameChosen, bool isOneAnalysed,
+                           const char* text) {
+        ExportSettings settings;
+        settings.splitEventsByScene = isSplit;
+        if (isOneAnalysed) settings.smartAudioResults[none.id] = {};
+        EXPECT_EQ(exportPreviewText(groups, settings, isNameChosen), text);
+    };
+    check({none}, false, false, false, "");
+    check({nine, ten}, false, true, false, "");
+    check({nine, ten, none}, false, false, false,
+          "The event is called 'Synced'; after its scenes it would be --event 'Scenes 9-10\xEF\xBF\xBD'.\n");
+    check({nine, ten, none}, true, false, false, "By their scenes the clips call for 3 events.\n");
+    check({none, nine}, true, false, true,
+          "By their scenes the clips call for 2 events.\n1 clips have not been analyzed for Smart Audio — "
+          "their audio "
+          "settings won’t be applied in this export.\n");
 }
 
 TEST(Table, alignsWhatATerminalShows) {

@@ -1,30 +1,13 @@
-#include "OrvaneSyncCLI/Command.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
-#include "Platform/JSON.h"
-
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <sstream>
-#include <string>
-#include <vector>
+#include "OrvaneSyncCLI/RunCommand.h"
+#include "Support/Test.h"
 
 namespace orvane::cli {
 namespace {
 
 struct SettingsCommand : testing::Test {
-    struct Outcome {
-        int status = 0;
-        std::string out, err;
-    };
-
     Outcome settings(std::vector<std::string> words) const {
         words.insert(words.begin(), "settings");
-        std::ostringstream out, err;
-        Context context{out, err};
-        context.settings = store;
-        const int status = run(words, context);
-        return {status, out.str(), err.str()};
+        return runWith(std::move(words), false, {}, store);
     }
 
     std::shared_ptr<platform::MemorySettingsStore> store = std::make_shared<platform::MemorySettingsStore>();
@@ -37,7 +20,7 @@ TEST_F(SettingsCommand, listsEveryKeyWithAMeaningThatFitsALine) {
         const auto meaning = SettingsCatalogue::meaning(setting.key);
         EXPECT_TRUE(!meaning.empty() && meaning.size() <= 80) << setting.key;
     }
-    const auto json = platform::JSON::parse(settings({"--json"}).out);
+    const auto json = settings({"--json"}).json();
     ASSERT_EQ(json.elements()->size(), SettingsCatalogue::all().size());
     EXPECT_EQ(*json.elements()->front().find("default")->string(), "Synced");
 }

@@ -3,21 +3,7 @@
 #include "MediaFactory/MovieMaker.h"
 #include "MediaFactory/WaveMaker.h"
 #include "Platform/AudioFile.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdlib>
-#include <filesystem>
-#include <functional>
-#include <random>
-#include <set>
-#include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane::cli {
 namespace {
@@ -201,48 +187,6 @@ TEST_F(SpokenTakeTest, theDocumentOpensTheMicrophonesOfWhoSpeaks) {
     check({"--set", "smartAudioMode=off"}, all, all, "");
     check({"--set", "smartAudioMode=studio", "--no-smart-audio"}, all, all, "");
     check({"--smart-audio", "off"}, all, all, "");
-}
-
-TEST_F(SpokenTakeTest, aScanListensOnlyWhereTheSettingWasWritten) {
-    makeTake(1, {{"Mix", -40, -40, -66},
-                 {"Boom", -37, -37, -62},
-                 {"Lav Anna", -18, -42, -70},
-                 {"Lav Ben", -42, -18, -70}});
-    const auto tracks = [&](std::vector<std::string> options) {
-        options.insert(options.begin(), {"scan", folder_.path("shoot"), "--json"});
-        return runWith(options)
-            .json()
-            .find("syncGroups")
-            ->elements()
-            ->front()
-            .find("manualActiveTracks")
-            ->dump();
-    };
-    EXPECT_EQ(tracks({}), "[]");
-    EXPECT_EQ(tracks({"--set", "smartAudioMode=off"}), "[]");
-    EXPECT_EQ(tracks({"--set", "smartAudioMode=standard"}), "[3,4]");
-    const auto onTerminal =
-        runWith({"scan", folder_.path("shoot"), "--set", "smartAudioMode=standard"}, true);
-    EXPECT_NE(onTerminal.out.find("1 clip heard, 2 of 4 channels chosen"), std::string::npos)
-        << onTerminal.out;
-}
-
-TEST_F(SpokenTakeTest, aRecordingThatCannotBeHeardIsAWarning) {
-    makeTake(1, {{"Boom", -18, -18, -62}});
-    const std::string cacheFile = folder_.path("cache/probe-cache.json"),
-                      path = folder_.path("shoot/T01.WAV");
-    runWith({"scan", folder_.path("shoot")}, false, cacheFile);
-    // What is known of the file still counts, and its samples are gone.
-    const auto written = std::filesystem::last_write_time(path);
-    folder_.write("shoot/T01.WAV", std::string(std::filesystem::file_size(path), '\0'));
-    std::filesystem::last_write_time(path, written);
-    const Outcome outcome =
-        runWith({"sync", folder_.path("shoot"), "-o", folder_.path("out.fcpxml")}, false, cacheFile);
-    EXPECT_EQ(outcome.status, done);
-    EXPECT_NE(outcome.err.find("warning: Smart Audio can't hear T01.WAV"), std::string::npos) << outcome.err;
-    EXPECT_NE(outcome.out.find("0 clips heard, 0 of 0 channels chosen; 1 recording can't be heard"),
-              std::string::npos)
-        << outcome.out;
 }
 
 TEST_F(SpokenTakeTest, saysWhatSmartAudioDidNotHear) {

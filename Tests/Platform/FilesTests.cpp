@@ -1,15 +1,10 @@
 #include "Platform/Files.h"
 
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
+#include "Support/Test.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <filesystem>
-#include <set>
-#include <string>
 
 namespace orvane::platform {
 namespace {

@@ -3,14 +3,7 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 #include "Platform/Files.h"
 #include "Support/Assets.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <functional>
-#include <map>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane::test {
 
@@ -80,6 +73,27 @@ inline std::vector<std::string> linesWith(const std::string& document, const std
         at = end + 1;
     }
     return lines;
+}
+
+/// "-" where there is none.
+inline std::string attributeOf(const std::string& line, const std::string& name) {
+    const auto at = line.find(" " + name + "=\"");
+    if (at == std::string::npos) return "-";
+    const auto from = at + name.size() + 3;
+    return line.substr(from, line.find('"', from) - from);
+}
+
+/// Events and what stands in them, such as "Day 1: a; b; | Source Media: c;".
+inline std::string eventsOf(const std::string& document) {
+    std::string events;
+    std::istringstream lines(document.substr(document.find("<library")));
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t indent = line.find('<');
+        if (indent == 8 && line.find("<event") == indent)
+            events += (events.empty() ? "" : " | ") + attributeOf(line, "name") + ":";
+        if (indent == 12 && line[indent + 1] != '/') events += " " + attributeOf(line, "name") + ";";
+    }
+    return events;
 }
 
 /// One change to a clip or to the settings.

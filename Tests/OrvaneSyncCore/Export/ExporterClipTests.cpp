@@ -1,9 +1,5 @@
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <set>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

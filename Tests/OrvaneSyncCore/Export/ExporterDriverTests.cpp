@@ -1,11 +1,7 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <limits>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {
@@ -18,34 +14,10 @@ ExportResult run(const SyncGroupList& groups, const ExportSettings& settings = s
     return FCPXMLExporter::exportDocument(groups, wildTracks, settings);
 }
 
-std::string attributeOf(const std::string& line, const std::string& name) {
-    const auto at = line.find(" " + name + "=\"");
-    if (at == std::string::npos) return "-";
-    const auto from = at + name.size() + 3;
-    return line.substr(from, line.find('"', from) - from);
-}
-
 Lines attributesOf(const std::string& document, const std::string& where, const std::string& name) {
     Lines values;
     for (const std::string& line : linesWith(document, where)) values.push_back(attributeOf(line, name));
     return values;
-}
-
-/// Events and the clips in them, such as "Day 1: a b | Source Media: c".
-std::string eventsOf(const std::string& document) {
-    std::string events;
-    for (std::size_t at = document.find("<event"); at != std::string::npos;) {
-        const std::size_t next = document.find("<event", at + 1);
-        const std::string body = document.substr(at, next - at);
-        events.append(events.empty() ? "" : " | ").append(attributeOf(body, "name")).append(":");
-        for (const std::string& line : linesWith(body, "<"))
-            if (line.starts_with("<sync-clip") ||
-                (line.starts_with("<asset-clip") && attributeOf(line, "lane") == "-10") ||
-                (line.starts_with("<asset-clip") && attributeOf(line, "offset") == "0s"))
-                events.append(" ").append(attributeOf(line, "name"));
-        at = next;
-    }
-    return events;
 }
 
 SyncGroup sceneClip(const std::string& name, const std::optional<std::string>& scene) {
@@ -217,14 +189,14 @@ TEST(ExporterEvents, ScenesInTheirOrderAndTheRestBehind) {
                                reported,
                                sceneClip("f", "  ")};
     EXPECT_EQ(eventsOf(run(groups, settings, {approved, hidden}).fcpxmlString),
-              "Day 1: a b c d e f atmo Wind");
+              "Day 1: a; b; c; d; e; f; atmo; Wind;");
 
     settings.splitEventsByScene = true;
     EXPECT_EQ(eventsOf(run(groups, settings, {approved, hidden}).fcpxmlString),
-              "Day 1 002: c e | Day 1 010: a d | Day 1: b f atmo Wind");
+              "Day 1 002: c; e; | Day 1 010: a; d; | Day 1: b; f; atmo; Wind;");
     settings.eventNamePattern = "S{scene}";
     settings.atmoFileURL = std::nullopt;
-    EXPECT_EQ(eventsOf(run({groups[0], groups[2]}, settings).fcpxmlString), "S2: c | S10: a")
+    EXPECT_EQ(eventsOf(run({groups[0], groups[2]}, settings).fcpxmlString), "S2: c; | S10: a;")
         << "numbers in names count by value, and an event without clips is not made";
     settings.generateSyncClips = false;
     EXPECT_EQ(eventsOf(run(groups, settings).fcpxmlString), "Day 1:") << "never without an event";

@@ -136,20 +136,6 @@ TEST(ExporterOffspeed, EachChangeShows) {
     }
 }
 
-std::string namesByEvent(const SyncGroupList& groups, const ExportSettings& settings,
-                         const std::vector<WildTrack>& wild = {}) {
-    std::string names;
-    const std::string document = FCPXMLExporter::exportDocument(groups, wild, settings).fcpxmlString;
-    for (const std::string& line : linesWith(document, "name=\"")) {
-        const auto from = line.find("name=\"") + 6;
-        const std::string name = line.substr(from, line.find('"', from) - from);
-        if (line.starts_with("<event")) names += (names.empty() ? "" : " | ") + name + ":";
-        if (line.starts_with("<sync-clip") || (line.starts_with("<asset-clip") && !line.ends_with("r4\"")))
-            if (line.find(" format=\"r4\"") == std::string::npos) names += " " + name + ";";
-    }
-    return names;
-}
-
 TEST(ExporterOffspeed, VariantsGoToTheirSceneOrTheirEvent) {
     MediaAsset sound = recording(1);
     sound.ixmlData = ixml("7", "1");
@@ -157,14 +143,14 @@ TEST(ExporterOffspeed, VariantsGoToTheirSceneOrTheirEvent) {
     group.audioMatches.front().audio = sound;
     group.manualClipName = "x";
     ExportSettings settings = withVariants();
-    EXPECT_EQ(namesByEvent({group}, settings), "Synced: x 125fps; x [125 FPS]; x 25fps;");
+    const auto events = [&] { return eventsOf(exported(group, settings)); };
+    EXPECT_EQ(events(), "Synced: x 125fps; x [125 FPS]; x 25fps;");
     settings.splitEventsByScene = true;
-    EXPECT_EQ(namesByEvent({group}, settings), "Synced 007: x 125fps; x [125 FPS]; x 25fps;");
+    EXPECT_EQ(events(), "Synced 007: x 125fps; x [125 FPS]; x 25fps;");
     settings.separateEventForNativeMOS = true;
-    EXPECT_EQ(namesByEvent({group}, settings), "Synced 007: x 125fps; x 25fps; | Native MOS: x [125 FPS];");
+    EXPECT_EQ(events(), "Synced 007: x 125fps; x 25fps; | Native MOS: x [125 FPS];");
     settings.separateEventForProjectRate = true;
-    EXPECT_EQ(namesByEvent({group}, settings),
-              "Synced 007: x 125fps; | Native MOS: x [125 FPS]; | Project Rate: x 25fps;");
+    EXPECT_EQ(events(), "Synced 007: x 125fps; | Native MOS: x [125 FPS]; | Project Rate: x 25fps;");
 }
 
 TEST(ExporterRawMedia, HoldsEveryFileOnce) {

@@ -1,13 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <map>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

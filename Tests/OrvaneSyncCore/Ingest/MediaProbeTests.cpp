@@ -4,19 +4,12 @@
 #include "MediaFactory/LTCSignal.h"
 #include "MediaFactory/MediaFactory.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
+#include "Support/Test.h"
 
 #include <atomic>
-#include <chrono>
-#include <filesystem>
-#include <functional>
-#include <limits>
 #include <new>
 #include <numeric>
-#include <string>
 #include <sys/stat.h>
-#include <vector>
 
 namespace orvane {
 namespace {

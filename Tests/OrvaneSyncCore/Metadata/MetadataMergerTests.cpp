@@ -2,11 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Metadata/ImportedMetadataClearing.h"
 #include "Support/Assets.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

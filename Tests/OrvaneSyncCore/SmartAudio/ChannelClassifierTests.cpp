@@ -1,9 +1,5 @@
 #include "OrvaneSyncCore/Services/SmartAudio/ChannelClassifier.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

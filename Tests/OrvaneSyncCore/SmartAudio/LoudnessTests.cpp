@@ -4,14 +4,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioPredictor.h"
 #include "OrvaneSyncCore/Services/SmartAudio/TrackAdjustments.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <numbers>
-#include <random>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

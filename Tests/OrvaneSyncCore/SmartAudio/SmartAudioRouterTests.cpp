@@ -6,18 +6,9 @@
 #include "OrvaneSyncCore/Services/SmartAudio/WindowMeasurement.h"
 #include "Support/MemoryAudio.h"
 #include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <filesystem>
-#include <limits>
 #include <mutex>
-#include <random>
-#include <string>
-#include <vector>
 
 namespace orvane {
 namespace {

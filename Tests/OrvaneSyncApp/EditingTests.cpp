@@ -96,6 +96,19 @@ TEST_F(EditingTest, whatIsNoClipNoNumberOrNoPoolChangesNothing) {
     EXPECT_EQ(group().video.offspeedConfidence, OffspeedConfidence::confirmed(false, 1));
 }
 
+TEST_F(EditingTest, rangesAndRatesHaveALeastDifference) {
+    controller_->addBlockOverride(id(), 5.09, 5, 9);
+    EXPECT_TRUE(group().manualBlockOverrides.empty());
+    controller_->addBlockOverride(id(), 5.11, 5, 9);
+    EXPECT_EQ(group().manualBlockOverrides.size(), 1U);
+    change(0, [](SyncGroup& group) { group.video.projectFrameRate = 25; });
+    for (const auto& [fps, isOffspeed] : {std::pair(25.45, false), {25.55, true}, {24.45, true}}) {
+        controller_->setManualSensorFrameRate(id(), fps);
+        EXPECT_EQ(group().video.offspeedConfidence, OffspeedConfidence::confirmed(isOffspeed, fps / 25))
+            << fps;
+    }
+}
+
 TEST_F(EditingTest, anAssetMayLieInTheListThatLosesIt) {
     controller_->removeAudioMatch(id(), group().audioMatches[1].id);
     controller_->attachAudioToGroup(id(2), controller_->wildTracks()[0].audio);

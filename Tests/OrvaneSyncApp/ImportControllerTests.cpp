@@ -22,6 +22,7 @@ TEST_F(ImportControllerTest, turnsTwoFoldersIntoClipsAndWildTracks) {
 
     using enum ScanState;
     EXPECT_EQ(states, (std::vector{discovering, probing, matching, done}));
+    EXPECT_EQ(progressText(probing), "Reading metadata...");
     ASSERT_EQ(steps.size(), 6U); // one a file, over one total
     EXPECT_EQ(steps.front(), (ScanProgress{"Probing video files", 1, 6}));
     EXPECT_EQ(steps.back(), (ScanProgress{"Probing audio files", 6, 6}));

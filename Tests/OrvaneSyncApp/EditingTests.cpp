@@ -89,6 +89,7 @@ TEST_F(EditingTest, whatIsNoClipNoNumberOrNoPoolChangesNothing) {
     SyncGroup alone(test::video("C.mov"), {}, MatchStatus::manual());
     alone.video.projectFrameRate = 0;
     open({alone});
+    EXPECT_EQ(controller_->inferredProjectFrameRate(id()), 24) << "without any other";
     controller_->resyncClip(id());
     controller_->resyncAllClips();
     EXPECT_EQ(group().matchStatus, MatchStatus::manual());

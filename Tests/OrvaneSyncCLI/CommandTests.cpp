@@ -179,8 +179,10 @@ TEST_F(ShootTest, syncWritesTheDocument) {
     EXPECT_NE(document.find("<fcpxml version=\"1.14\">"), std::string::npos);
     EXPECT_NE(document.find("event name=\"Day &amp; Night\""), std::string::npos);
 
-    const Outcome toOutput =
-        runWith({"sync", folder_.path(), "-o", "-", "--fcpxml-version", "1.10", "--set", "audioBaseRole=fx"});
+    const Outcome toOutput = runWith({"sync", folder_.path(), "-o", "-", "--fcpxml-version", "1.10", "--set",
+                                      "audioBaseRole=fx", "--set", "eventName=2024.10"});
+    EXPECT_NE(toOutput.out.find("<event name=\"2024.10\">"), std::string::npos)
+        << "a text, though it looks like a number";
     EXPECT_TRUE(toOutput.out.starts_with("<?xml"));
     EXPECT_NE(toOutput.out.find("<fcpxml version=\"1.10\">"), std::string::npos);
     EXPECT_NE(toOutput.out.find("role=\"fx.Lav Anna\""), std::string::npos);

@@ -97,16 +97,52 @@ TEST_F(EditingTest, whatIsNoClipNoNumberOrNoPoolChangesNothing) {
     EXPECT_EQ(group().video.offspeedConfidence, OffspeedConfidence::confirmed(false, 1));
 }
 
-TEST_F(EditingTest, rangesAndRatesHaveALeastDifference) {
-    controller_->addBlockOverride(id(), 5.09, 5, 9);
-    EXPECT_TRUE(group().manualBlockOverrides.empty());
-    controller_->addBlockOverride(id(), 5.11, 5, 9);
-    EXPECT_EQ(group().manualBlockOverrides.size(), 1U);
+TEST_F(EditingTest, rangeOverridesMakeRoom) {
+    // `keepsFirst`: a piece that bears the old id
+    const auto check = [&](double start, double end, const char* result, bool keepsFirst) {
+        const UUID first = UUID::random();
+        change(0, [&](SyncGroup& group) { group.manualBlockOverrides = {{first, 1, 20, 1}}; });
+        controller_->addBlockOverride(id(), start, end, 9);
+        std::string text; // in tenths of seconds
+        for (const BlockOverride& one : group().manualBlockOverrides)
+            text += std::to_string(std::lround(10 * one.startSeconds)) + "-" +
+                    std::to_string(std::lround(10 * one.endSeconds)) + ":" + std::to_string(one.trackIndex) +
+                    " ";
+        EXPECT_EQ(text, result);
+        EXPECT_EQ(std::ranges::count(group().manualBlockOverrides, first, &BlockOverride::id), keepsFirst)
+            << result;
+    };
+    check(12, 14, "10-120:1 120-140:9 140-200:1 ", true);
+    check(0.5, 4, "5-40:9 40-200:1 ", false);
+    check(25, 19, "10-190:1 190-250:9 ", true);
+    check(0, 30, "0-300:9 ", false);
+    check(20, 21, "10-200:1 200-210:9 ", true);
+    check(5, 5.09, "10-200:1 ", true); // too short
+    check(5, 5.11, "10-50:1 50-51:9 51-200:1 ", true);
+}
+
+TEST_F(EditingTest, aSensorRateByHandIsConfirmedUntilItIsTakenBack) {
     change(0, [](SyncGroup& group) { group.video.projectFrameRate = 25; });
     for (const auto& [fps, isOffspeed] : {std::pair(25.45, false), {25.55, true}, {24.45, true}}) {
         controller_->setManualSensorFrameRate(id(), fps);
         EXPECT_EQ(group().video.offspeedConfidence, OffspeedConfidence::confirmed(isOffspeed, fps / 25))
             << fps;
+    }
+    controller_->setManualSensorFrameRate(id(), std::nullopt);
+    EXPECT_EQ(group().video.offspeedConfidence, OffspeedConfidence::suspectedUnconfirmed(1));
+    EXPECT_FALSE(group().video.sensorFrameRate || group().video.projectFrameRate);
+}
+
+TEST_F(EditingTest, anAmbiguousClipIsConfirmedUnlessItIsLocked) {
+    for (const bool byAttaching : {false, true}) {
+        change(0, [](SyncGroup& group) { group.matchStatus = MatchStatus::ambiguous(3); });
+        for (const bool isLocked : {true, false}) {
+            controller_->toggleLocked(id());
+            byAttaching ? controller_->attachAudioToGroup(id(), *group().audioMatches[1].audio)
+                        : controller_->confirmAmbiguousMatch(id());
+            EXPECT_EQ(group().matchStatus, isLocked ? MatchStatus::ambiguous(3) : MatchStatus::manual());
+            EXPECT_EQ(group().audioMatches.size(), 3U);
+        }
     }
 }
 

@@ -61,10 +61,10 @@ TEST(ALEParser, readsTablesAndSections) {
     check("tabs win a draw, semicolons need a majority", "a\tb,c\n1\t2,3\n", {"a", "b,c"},
           {{{"a", "1"}, {"b,c", "2,3"}}});
     check("only the first ten lines choose the delimiter",
-          "a,b\n1,\n2,\n3,\n4,\n5,\n6,\n7,\n8,\n9,\n;;;;,x\n", {"a", "b"}, [] {
+          "a,b\n1,\n2,\n3,\n4,\n5,\n6,\n7,\n8,\n9,\n;;;;;;;;;;;;,x\n", {"a", "b"}, [] {
               std::vector<Row> rows;
               for (char c = '1'; c <= '9'; ++c) rows.push_back({{"a", std::string(1, c)}, {"b", ""}});
-              rows.push_back({{"a", ";;;;"}, {"b", "x"}});
+              rows.push_back({{"a", ";;;;;;;;;;;;"}, {"b", "x"}});
               return rows;
           }());
     check("sections",

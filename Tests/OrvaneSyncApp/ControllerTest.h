@@ -4,15 +4,8 @@
 #include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
 #include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
 #include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
 #include "Support/VirtualMainThread.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <memory>
-#include <optional>
-#include <string_view>
-#include <utility>
 
 namespace orvane::test {
 

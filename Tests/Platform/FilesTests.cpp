@@ -2,16 +2,10 @@
 
 #include "Platform/FileLock.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
+#include "Support/Test.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <chrono>
-#include <filesystem>
-#include <set>
-#include <string>
 
 namespace orvane::platform {
 namespace {

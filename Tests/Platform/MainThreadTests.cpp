@@ -1,13 +1,8 @@
 #include "Platform/MainThread.h"
+#include "Support/Test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <atomic>
-#include <stdexcept>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace orvane::platform {
 namespace {

@@ -88,6 +88,15 @@ void match(benchmark::State& state, int shiftOfADay) {
     for (auto _ : state) benchmark::DoNotOptimize(SyncEngine().match(corpus.videos, corpus.audios));
 }
 
+/// What matching must at least do: every file stands in the result.
+void copyFiles(benchmark::State& state) {
+    const AssetCorpus corpus = assetCorpus(static_cast<int>(state.range(0)), clipsADay, 0);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(std::vector<MediaAsset>(corpus.videos));
+        benchmark::DoNotOptimize(std::vector<MediaAsset>(corpus.audios));
+    }
+}
+
 constexpr int exportChannels = 8;
 
 ExportSettings exportSettings(const SyncGroupList& groups) {
@@ -168,6 +177,7 @@ void registerCoreBenchmarks(const MediaCorpus& corpus, const std::string& cacheF
     constexpr int hoursOfTheirOwn = 30240; // seconds; longer than a day's work
     add("match", [](benchmark::State& state) { match(state, hoursOfTheirOwn); })->Arg(1000)->Arg(10000);
     add("matchSameHours", [](benchmark::State& state) { match(state, 0); })->Arg(1000)->Arg(10000);
+    add("copyFiles", copyFiles)->Arg(1000)->Arg(10000);
     add("export", exportClips)->Arg(10000);
     add("exportAllVariants", exportAllVariants)->Arg(10000);
 }

@@ -17,7 +17,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr int clips = 10000;
-constexpr int fewClips = 1000;
 constexpr int channels = 8;
 constexpr int steps = 50;
 
@@ -75,7 +74,7 @@ void copyClips(benchmark::State& state) {
 }
 
 void editEveryClip(benchmark::State& state) {
-    OpenWork work(static_cast<int>(state.range(0)));
+    OpenWork work(clips);
     std::vector<UUID> ids;
     for (const SyncGroup& group : work.controller->syncGroups()) ids.push_back(group.id);
     for (auto _ : state)
@@ -116,7 +115,7 @@ void registerEditingBenchmarks() {
     add("nudge", nudge);
     add("copyClips", copyClips);
     add("attachMenu", attachMenu)->Arg(fewClips)->Arg(clips);
-    add("editEveryClip", editEveryClip)->Arg(fewClips)->Arg(clips);
+    add("editEveryClip", editEveryClip);
 }
 
 void printEditingRows(const Medians& results) {
@@ -126,10 +125,12 @@ void printEditingRows(const Medians& results) {
              text("%.1f ms a plain copy", ms("copyClips")), text("%.0f x", ms("copyClips") / ms("nudge")),
              text("< %.0f ms", most), ms("nudge") < most);
     printUndoMemory();
-    printRatio("edit 10,000 clips one by one", ms("editEveryClip/10000"), ms("editEveryClip/1000"),
-               "for 1,000", 12);
     printRatio("attach menu of 20,000 recordings on 10,000 clips", ms("attachMenu/10000"),
                ms("attachMenu/1000"), "for 1,000", 15);
+    // An edit that looked at other clips than its own would make thousands of this.
+    constexpr double mostCopies = 3;
+    printRatio("edit 10,000 clips one by one", ms("editEveryClip"), ms("copyClips"), "a plain copy",
+               mostCopies);
 }
 
 } // namespace orvane::bench

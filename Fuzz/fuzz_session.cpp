@@ -1,5 +1,4 @@
 #include "OrvaneSyncCore/Services/Persistence/GroupsCoding.h"
-#include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
 #include "OrvaneSyncCore/Services/Persistence/SessionRecords.h"
 #include "Platform/JSON.h"
 
@@ -7,7 +6,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string>
-#include <string_view>
 
 namespace {
 
@@ -30,17 +28,6 @@ void checkGroups(const std::string& text) {
     }
 }
 
-void checkProject(std::string_view text) {
-    try {
-        const OrvaneSyncProject project = ProjectService::decoded(text);
-        if (project.version != OrvaneSyncProject::currentVersion) std::abort();
-        const std::string written = ProjectService::encoded(project);
-        if (ProjectService::encoded(ProjectService::decoded(written)) != written) std::abort();
-    } catch (const ProjectError&) {
-        // It is refused.
-    }
-}
-
 template <class Record>
 void checkRecord(const JSON& json) {
     try {
@@ -53,12 +40,11 @@ void checkRecord(const JSON& json) {
 
 } // namespace
 
-// The files of a session and a project file of any bytes: they are refused, or what was understood survives
+// The files of a session of any bytes: they are refused, or what was understood survives
 // being written.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
     checkGroups(text);
-    checkProject(text);
     try {
         const JSON json = JSON::parse(text);
         checkRecord<SessionInfo>(json);

@@ -13,9 +13,11 @@ targets=("$@")
 [ ${#targets[@]} -gt 0 ] || mapfile -t targets < <(cd build/fuzz/bin && ls -d fuzz_*)
 run() {
     local target=$1 corpus="build/fuzz-corpus/$1"
+    local seeds=()
+    [ -d "Fuzz/seeds/$target" ] && seeds=("$PWD/Fuzz/seeds/$target")
     mkdir -p "$corpus"
     if build/fuzz/bin/"$target" -max_total_time="$2" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
-        -artifact_prefix="$corpus-" "$corpus" >"$corpus.log" 2>&1; then
+        -artifact_prefix="$corpus-" "$corpus" "${seeds[@]}" >"$corpus.log" 2>&1; then
         echo "$target: nothing found; $(grep -o 'number_of_executed_units: [0-9]*' "$corpus.log")"
     else
         echo "$target: FOUND SOMETHING, see $corpus.log"

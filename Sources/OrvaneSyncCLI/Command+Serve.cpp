@@ -4,6 +4,7 @@
 #include "OrvaneSyncCLI/Serve/Methods.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 #include "Platform/Interrupt.h"
+#include "Platform/Text.h"
 
 #include <cstddef>
 #include <exception>
@@ -93,6 +94,8 @@ rpc::Desk openDesk(Context& context, const Arguments& arguments, std::shared_ptr
     return desk;
 }
 
+std::string notSaved(const std::string& failure) { return "the session could not be saved: " + failure; }
+
 void serve(Context& context, const Arguments& arguments) {
     if (!arguments.positionals().empty()) throw UsageError("serve takes no file");
     const auto loop = platform::RunLoop::create();
@@ -108,9 +111,18 @@ void serve(Context& context, const Arguments& arguments) {
             context.warn(*desk.sessions->problem());
     });
     platform::ignoreBrokenPipes(); // what a client that has died has asked for is still to be kept
-    platform::beforeTermination([&](const std::function<void()>& end) {
-        loop->post(
-            [&, end] { desk.sessions->flush().whenDone([end](const std::exception_ptr&) { end(); }); });
+    if (desk.sessions->problem()) context.warn(*desk.sessions->problem());
+    // Called on a thread of its own, at the very end of this function at the latest.
+    platform::beforeTermination([loop, weak = std::weak_ptr(desk.sessions)](const platform::EndProcess& end) {
+        loop->post([weak, end] {
+            const auto sessions = weak.lock();
+            if (!sessions) return end("");
+            sessions->flush().whenDone([weak, end](const std::exception_ptr&) {
+                const auto saved = weak.lock();
+                const auto failure = saved ? saved->lastSaveError() : std::nullopt;
+                end(failure ? "error: " + platform::text::printable(notSaved(*failure)) + "\n" : "");
+            });
+        });
     });
     {
         const MessageReader reader(context.in, loop, server, [&] {
@@ -119,8 +131,7 @@ void serve(Context& context, const Arguments& arguments) {
         loop->run();
     }
     platform::beforeTermination(nullptr);
-    if (const auto& failure = desk.sessions->lastSaveError())
-        throw CommandError("the session could not be saved: " + *failure);
+    if (const auto& failure = desk.sessions->lastSaveError()) throw CommandError(notSaved(*failure));
 }
 
 } // namespace

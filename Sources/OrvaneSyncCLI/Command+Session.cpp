@@ -46,6 +46,8 @@ SessionInfo named(const SessionStore& store, const std::string& words) {
         if (info.id.text() == wanted) return info;
         if (info.id.text().starts_with(wanted) || info.name == words) found.push_back(info);
     }
+    // One whose record can't be read is in no list.
+    if (const auto id = UUID::fromText(wanted); id && found.empty() && store.exists(*id)) return {.id = *id};
     if (words.empty() || found.empty()) throw CommandError("there is no session '" + words + "'");
     if (found.size() > 1)
         throw CommandError("'" + words + "' means " + std::to_string(found.size()) +
@@ -118,14 +120,17 @@ platform::SettingsStore::Values settingsOf(const FolderInfo& folder, const Conte
 /// The settings of the session's folder hold for this run, those of the command line above them.
 void useFolder(Context& context, const Arguments& arguments, const SessionStore& store,
                const SessionInfo& info, DocumentOutput& output) {
-    const auto folders = store.readFolderInfos();
+    const auto folders = *store.readFolderInfos().record;
     const auto folder = std::ranges::find(folders, info.folder.value_or(""), &FolderInfo::name);
     if (!info.folder || folder == folders.end()) return;
     output.document.metadataPrefix = folder->metadataPrefix.value_or("");
     const auto given = arguments.values("--set");
-    for (auto& [key, value] : settingsOf(*folder, context, output))
-        if (std::ranges::none_of(given, [&](const std::string& text) { return text.starts_with(key + "="); }))
-            context.settings->setOverride(key, std::move(value));
+    for (auto& [key, value] : settingsOf(*folder, context, output)) {
+        const auto isOfThisKey = [option = key + "="](const std::string& text) {
+            return text.starts_with(option);
+        };
+        if (std::ranges::none_of(given, isOfThisKey)) context.settings->setOverride(key, std::move(value));
+    }
 }
 
 void session(Context& context, const Arguments& arguments) {

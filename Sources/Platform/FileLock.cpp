@@ -8,7 +8,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <system_error>
+#include <thread>
 
 namespace orvane::platform {
 
@@ -21,26 +23,34 @@ bool meansNoLocks(int reason) {
     return reason == ENOLCK || reason == ENOTSUP || reason == EINVAL || reason == EBADF || reason == ENOSYS;
 }
 
+/// As `flock`, which gives up after a while with EWOULDBLOCK.
+int lockWithin(int file, std::chrono::milliseconds longest) {
+    constexpr std::chrono::milliseconds step{5};
+    for (std::chrono::milliseconds waited{0};; waited += step) {
+        const int result = ::flock(file, LOCK_EX | LOCK_NB);
+        if (result == 0 || (errno != EWOULDBLOCK && errno != EINTR) || waited >= longest) return result;
+        std::this_thread::sleep_for(step);
+    }
+}
+
 } // namespace
 
-FileLock FileLock::ofFile(const std::string& path) {
-    return {path, ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, ownerOnly)};
+FileLock FileLock::ofFile(const std::string& path, std::chrono::milliseconds longest) {
+    return {path, ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, ownerOnly), longest};
 }
 
-FileLock FileLock::ofFolder(const std::string& path) {
-    return {path, ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+FileLock FileLock::ofFolder(const std::string& path, std::chrono::milliseconds longest) {
+    return {path, ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), longest};
 }
 
-FileLock::FileLock(const std::string& path, int file) : file_(file) {
-    int result = file_;
-    if (file_ >= 0) do
-            result = ::flock(file_, LOCK_EX);
-        while (result != 0 && errno == EINTR);
-    if (result >= 0) return;
+FileLock::FileLock(const std::string& path, int file, std::chrono::milliseconds longest) : file_(file) {
+    if (file_ >= 0 && lockWithin(file_, longest) == 0) return;
     const int reason = errno;
     if (file_ >= 0 && meansNoLocks(reason)) return;
     if (file_ >= 0) ::close(file_);
-    throw FileError("can't lock " + text::validUTF8(path) + ": " + std::generic_category().message(reason));
+    throw FileError("can't lock " + text::validUTF8(path) + ": " +
+                    (reason == EWOULDBLOCK ? "another program holds it and does not let go"
+                                           : std::generic_category().message(reason)));
 }
 
 FileLock::~FileLock() { ::close(file_); }

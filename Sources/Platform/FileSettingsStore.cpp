@@ -69,8 +69,7 @@ SettingsStore::Values FileSettingsStore::persist(const Changes& changes) {
     JSON::Object members(values.begin(), values.end());
     const std::string contents = JSON(std::move(members)).dump(JSON::Layout::pretty) + "\n";
     if (file.problem) {
-        const std::string kept = files::unreadableName(path_);
-        files::keepAs(path_, kept);
+        const std::string kept = files::keepBeside(path_, files::unreadableSuffix);
         const std::lock_guard guard(problemMutex_);
         problem_ =
             "the settings file could not be understood (" + *file.problem + ") and was kept as " + kept;

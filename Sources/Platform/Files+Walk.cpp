@@ -45,10 +45,6 @@ WalkEntry walkEntry(Kind kind) {
 
 bool isItselfOrParent(std::string_view name) { return name == "." || name == ".."; }
 
-std::string below(const std::string& folder, const char* name) {
-    return folder.ends_with('/') ? folder + name : folder + "/" + name;
-}
-
 } // namespace
 
 bool walk(const std::string& folder, const std::function<void(const std::string&, WalkEntry)>& visit,
@@ -71,13 +67,14 @@ bool walk(const std::string& folder, const std::function<void(const std::string&
         if (::fstat(::dirfd(directory.get()), &status) != 0) continue;
         if (!entered.emplace(status.st_dev, status.st_ino).second) continue;
 
+        const std::string prefix = path.ends_with('/') ? path : path + "/";
         const auto firstNew = static_cast<std::ptrdiff_t>(pending.size());
         while (const dirent* entry = ::readdir(directory.get())) {
             const std::string_view name = entry->d_name;
             if (isItselfOrParent(name) || (hidden == Hidden::skip && name.starts_with('.'))) continue;
             const Kind kind = kindOf(directory.get(), *entry);
             if (kind == Kind::other) continue;
-            std::string entryPath = below(path, entry->d_name);
+            std::string entryPath = prefix + entry->d_name;
             visit(entryPath, walkEntry(kind));
             if (kind == Kind::folder && descend(entryPath)) pending.push_back(std::move(entryPath));
         }

@@ -242,17 +242,25 @@ void writeAtomically(const std::string& path, std::string_view contents) {
     syncFolder(folderOf(target));
 }
 
-void keepAs(const std::string& path, const std::string& keptPath) {
-    const std::string temporary = temporaryName(keptPath);
+std::string keepBeside(const std::string& path, std::string_view suffix) {
+    const auto kept = attributes(path);
+    const std::string first = path + std::string(suffix);
+    std::string name = first;
+    for (int i = 2; const auto there = attributes(name); ++i) {
+        if (kept && there->identity == kept->identity) return name; // before a write that failed
+        name = first + "-" + std::to_string(i);
+    }
+    const std::string temporary = temporaryName(name);
     Discard discard(temporary);
     // Followed where the path is a link, as a write to it is.
-    if (::linkat(AT_FDCWD, path.c_str(), AT_FDCWD, temporary.c_str(), AT_SYMLINK_FOLLOW) != 0)
-        return writeAtomically(keptPath, readText(path));
-    if (::rename(temporary.c_str(), keptPath.c_str()) != 0) fail("can't write", keptPath, errno);
-    // Where both names lead to the file already, the system takes neither away.
-    ::unlink(temporary.c_str());
+    if (::linkat(AT_FDCWD, path.c_str(), AT_FDCWD, temporary.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+        writeAtomically(name, readText(path));
+        return name;
+    }
+    if (::rename(temporary.c_str(), name.c_str()) != 0) fail("can't write", name, errno);
     discard.disarm();
-    syncFolder(folderOf(keptPath));
+    syncFolder(folderOf(name));
+    return name;
 }
 
 void syncFolder(const std::string& folder) {
@@ -260,15 +268,6 @@ void syncFolder(const std::string& folder) {
     const Descriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (directory.isOpen()) ::fsync(directory.get());
 }
-
-std::string freeName(const std::string& path, std::string_view suffix) {
-    const std::string first = path + std::string(suffix);
-    std::string name = first;
-    for (int i = 2; exists(name); ++i) name = first + "-" + std::to_string(i);
-    return name;
-}
-
-std::string unreadableName(const std::string& path) { return freeName(path, ".unreadable"); }
 
 void removeAbandonedTemporaries(const std::string& folder) {
     constexpr std::time_t longestWrite = 3600; // seconds

@@ -46,15 +46,12 @@ void writeAtomically(const std::string& path, std::string_view contents);
 /// Nothing may be written after this. Any thread.
 void discardTemporaries();
 
-/// Gives a file a second name in its folder, replacing what has that name; a later whole write to the first
-/// leaves the second as it was. A copy where the file system knows no second names. The file stays in its
-/// place all the time. Throws FileError.
-void keepAs(const std::string& path, const std::string& keptPath);
-/// Where a file that can't be understood is kept beside the new one: "<path>.unreadable", with a number where
-/// there is one already.
-std::string unreadableName(const std::string& path);
-/// "<path><suffix>", with a number behind it when there is such a file already.
-std::string freeName(const std::string& path, std::string_view suffix);
+/// How files are kept beside the new ones: those that can't be understood, and those of others.
+inline constexpr std::string_view unreadableSuffix = ".unreadable", otherSuffix = ".other";
+/// Gives a file a second name, "<path><suffix>", with a number behind it where another file has that already,
+/// and returns it; a later whole write to the first name leaves the second as it was. A copy where the file
+/// system knows no second names. The file stays in its place all the time. Throws FileError.
+std::string keepBeside(const std::string& path, std::string_view suffix);
 /// Makes the entries of the folder last: what was created or renamed in it. A file system that can't is no
 /// error.
 void syncFolder(const std::string& folder);

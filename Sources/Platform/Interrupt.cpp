@@ -13,7 +13,7 @@ namespace orvane::platform {
 
 namespace {
 
-using Farewell = std::function<void(std::function<void()>)>;
+using Farewell = std::function<void(const EndProcess&)>;
 
 std::mutex farewellMutex;
 Farewell storedFarewell;
@@ -55,7 +55,7 @@ void exitOnInterrupt(std::string lastWords) {
         for (int signal = 0; ::sigwait(&signals, &signal) == 0;) {
             const Farewell farewell = signal == SIGINT ? nullptr : takeFarewell();
             if (!farewell) endBySignal(signal, lastWords);
-            farewell([signal, lastWords] { endBySignal(signal, lastWords); });
+            farewell([signal, lastWords](const std::string& more) { endBySignal(signal, lastWords + more); });
         }
     }).detach();
 }

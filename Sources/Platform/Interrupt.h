@@ -11,9 +11,11 @@ namespace orvane::platform {
 void exitOnInterrupt(std::string lastWords);
 
 /// What must still be kept when the process is told to go: called on a thread of its own at the first SIGTERM
-/// or SIGHUP; `end`, which may be called from any thread, then ends the process as the signal would have.
-/// A second signal, and SIGINT, end it at once. Null: nothing.
-void beforeTermination(std::function<void(std::function<void()> end)> farewell);
+/// or SIGHUP; `end`, which may be called from any thread, then ends the process as the signal would have, and
+/// its text goes to standard error. A second signal, and SIGINT, end it at once. Null: nothing; a call that
+/// has begun goes on, so a farewell owns what it uses.
+using EndProcess = std::function<void(const std::string& lastWords)>;
+void beforeTermination(std::function<void(const EndProcess& end)> farewell);
 
 /// Writing to a pipe that nobody reads is an error of the write from now on, not the end of the process.
 void ignoreBrokenPipes();

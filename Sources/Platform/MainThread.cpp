@@ -4,9 +4,6 @@
 #include <pthread.h>
 
 #include <atomic>
-#include <condition_variable>
-#include <exception>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <utility>
@@ -58,28 +55,7 @@ class ThreadQueue final : public SerialQueue {
     void after(std::chrono::nanoseconds delay, std::function<void()> work) override {
         queue_.after(delay, std::move(work));
     }
-    void sync(const std::function<void()>& work) override {
-        std::mutex mutex;
-        std::condition_variable changed;
-        bool done = false;
-        std::exception_ptr raised;
-        queue_.post([&] {
-            std::exception_ptr caught;
-            try {
-                work();
-            } catch (...) {
-                caught = std::current_exception();
-            }
-            // Notified under the lock: as soon as it is free, the caller may take these variables away.
-            const std::lock_guard lock(mutex);
-            raised = caught;
-            done = true;
-            changed.notify_one();
-        });
-        std::unique_lock lock(mutex);
-        changed.wait(lock, [&] { return done; });
-        if (raised) std::rethrow_exception(raised);
-    }
+    void sync(const std::function<void()>& work) override { queue_.sync(work); }
 
   private:
     WorkQueue queue_;

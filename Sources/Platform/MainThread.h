@@ -51,14 +51,15 @@ class RunLoop : public MainThread {
     static std::shared_ptr<RunLoop> create();
 };
 
-/// Runs one operation at a time, in order, off the thread that posts. Destroying it waits for what was
-/// posted.
+/// Runs one operation at a time, in order, on a thread of its own or of one that waits in `sync`. Destroying
+/// it waits for what was posted.
 class SerialQueue {
   public:
     virtual ~SerialQueue() = default;
     /// The work must not throw.
     virtual void post(std::function<void()> work) = 0;
-    /// Runs the work and waits for it; its exception passes through. Never from the queue itself.
+    /// Runs the work after what was posted before, and waits for it; its exception passes through. Never from
+    /// the queue itself.
     virtual void sync(const std::function<void()>& work) = 0;
     /// Runs the work on the queue once the delay has passed; at destruction it runs at once instead, so that
     /// nothing that was promised is lost. Work that always asks for more would never let the queue end.

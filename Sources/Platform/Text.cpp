@@ -166,7 +166,9 @@ std::string formatted(const char* format, double value) {
 }
 
 bool isASCII(std::string_view text) {
-    return std::ranges::none_of(text, [](char c) { return (static_cast<unsigned char>(c) & 0x80U) != 0; });
+    unsigned char bits = 0; // no early end, so that the compiler takes many bytes at a time
+    for (const char c : text) bits |= static_cast<unsigned char>(c);
+    return bits < 0x80U;
 }
 
 std::optional<std::int64_t> decimalInteger(std::string_view text) { return decimal<std::int64_t>(text); }

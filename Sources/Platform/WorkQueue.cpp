@@ -31,6 +31,41 @@ std::shared_ptr<Timer> WorkQueue::after(std::chrono::nanoseconds delay, std::fun
     return timer;
 }
 
+void WorkQueue::sync(const std::function<void()>& work) {
+    bool isDone = false;
+    std::exception_ptr raised;
+    Lock lock(mutex_);
+    ready_.push_back([&] {
+        std::exception_ptr caught;
+        try {
+            work();
+        } catch (...) {
+            caught = std::current_exception();
+        }
+        const std::lock_guard done(mutex_);
+        raised = caught;
+        isDone = true;
+    });
+    ++waiting_;
+    while (!isDone) {
+        if (isServing_ || isHelped_) {
+            workEnded_.wait(lock);
+            continue;
+        }
+        isHelped_ = true;
+        auto first = takeFirst();
+        lock.unlock();
+        first();
+        first = nullptr; // what it holds may want the queue
+        lock.lock();
+        isHelped_ = false;
+        workEnded_.notify_all();
+        changed_.notify_one();
+    }
+    --waiting_;
+    if (raised) std::rethrow_exception(raised);
+}
+
 void WorkQueue::stop(Stop how) {
     const std::lock_guard lock(mutex_);
     stop_ = how;
@@ -38,7 +73,16 @@ void WorkQueue::stop(Stop how) {
 }
 
 void WorkQueue::serve() {
-    while (const std::function<void()> work = next()) work();
+    Lock lock(mutex_);
+    while (std::function<void()> work = next(lock)) {
+        isServing_ = true;
+        lock.unlock();
+        work();
+        work = nullptr;
+        lock.lock();
+        isServing_ = false;
+        if (waiting_ > 0) workEnded_.notify_all();
+    }
 }
 
 void WorkQueue::moveDue(Moment now) {
@@ -51,22 +95,27 @@ void WorkQueue::moveDue(Moment now) {
     }
 }
 
+std::function<void()> WorkQueue::takeFirst() {
+    auto work = std::move(ready_.front());
+    ready_.pop_front();
+    return work;
+}
+
 /// The next piece of work, waited for; nothing when the queue is stopped.
-std::function<void()> WorkQueue::next() {
-    std::unique_lock lock(mutex_);
+std::function<void()> WorkQueue::next(Lock& lock) {
     for (;;) {
         if (stop_ == Stop::now) {
             stop_ = Stop::running;
             return nullptr;
         }
         moveDue(stop_ == Stop::whenDone && ready_.empty() ? Moment::max() : std::chrono::steady_clock::now());
-        if (!ready_.empty()) {
-            auto work = std::move(ready_.front());
-            ready_.pop_front();
-            return work;
-        }
-        if (stop_ == Stop::whenDone) return nullptr;
-        if (later_.empty()) {
+        if (isHelped_) {
+            changed_.wait(lock);
+        } else if (!ready_.empty()) {
+            return takeFirst();
+        } else if (stop_ == Stop::whenDone) {
+            return nullptr;
+        } else if (later_.empty()) {
             changed_.wait(lock);
         } else {
             const Moment moment = later_.begin()->first;

@@ -1,10 +1,6 @@
 #include "BigInt/BFraction.h"
+#include "Support/Test.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <random>
 #include <unordered_set>
 
 namespace orvane {

@@ -14,58 +14,33 @@ Names childNames(const XMLElement& element) {
 }
 
 TEST(FCPXMLDTDFixer, PutsChildrenIntoTheLegalOrder) {
-    const struct {
-        const char* name;
-        std::string_view element;
-        Names before;
-        Names after;
-        int count;
-    } cases[] = {
-        {"already legal",
-         "sync-clip",
-         {"adjust-volume", "asset-clip", "keyword", "sync-source", "metadata"},
-         {"adjust-volume", "asset-clip", "keyword", "sync-source", "metadata"},
-         0},
-        {"keywords precede sources",
-         "sync-clip",
-         {"asset-clip", "sync-source", "keyword"},
-         {"asset-clip", "keyword", "sync-source"},
-         1},
-        {"sound precedes containers",
-         "asset-clip",
-         {"adjust-conform", "clip", "audio"},
-         {"adjust-conform", "audio", "clip"},
-         1},
-        {"an asset-clip knows no sync-source",
-         "asset-clip",
-         {"sync-source", "metadata"},
-         {"metadata", "sync-source"},
-         1},
-        {"a clip knows no timeMap", "clip", {"timeMap", "metadata"}, {"metadata", "timeMap"}, 1},
-        {"unknown names go last", "clip", {"bogus", "metadata", "note"}, {"note", "metadata", "bogus"}, 1},
-        {"a gap has its note first", "gap", {"keyword", "note"}, {"note", "keyword"}, 1},
-        {"a multicam clip has its sources behind the volume",
-         "mc-clip",
-         {"keyword", "mc-source", "adjust-volume"},
-         {"adjust-volume", "mc-source", "keyword"},
-         1},
-        {"parameters of sound stay last", "audio", {"param", "audio"}, {"audio", "param"}, 1},
-        {"a picture on its own", "video", {"marker", "audio", "video"}, {"video", "audio", "marker"}, 1},
-        {"other elements stay as they are",
-         "event",
-         {"sync-clip", "note", "clip"},
-         {"sync-clip", "note", "clip"},
-         0},
-        {"no children", "sync-clip", {}, {}, 0},
-    };
-    for (const auto& c : cases) {
+    const auto check = [&](const char* rule, std::string_view element, const Names& before,
+                           const Names& after, int count) {
         XMLDocument document;
-        XMLElement& root = document.makeRoot(c.element);
-        for (const auto name : c.before) root.appendChild(name);
-        EXPECT_EQ(FCPXMLDTDFixer::fix(document), c.count) << c.name;
-        EXPECT_EQ(childNames(root), c.after) << c.name;
-        EXPECT_EQ(FCPXMLDTDFixer::fix(document), 0) << c.name << ", once more";
-    }
+        XMLElement& root = document.makeRoot(element);
+        for (const auto name : before) root.appendChild(name);
+        EXPECT_EQ(FCPXMLDTDFixer::fix(document), count) << rule;
+        EXPECT_EQ(childNames(root), after) << rule;
+        EXPECT_EQ(FCPXMLDTDFixer::fix(document), 0) << rule << ", once more";
+    };
+    check("already legal", "sync-clip", {"adjust-volume", "asset-clip", "keyword", "sync-source", "metadata"},
+          {"adjust-volume", "asset-clip", "keyword", "sync-source", "metadata"}, 0);
+    check("keywords precede sources", "sync-clip", {"asset-clip", "sync-source", "keyword"},
+          {"asset-clip", "keyword", "sync-source"}, 1);
+    check("sound precedes containers", "asset-clip", {"adjust-conform", "clip", "audio"},
+          {"adjust-conform", "audio", "clip"}, 1);
+    check("an asset-clip knows no sync-source", "asset-clip", {"sync-source", "metadata"},
+          {"metadata", "sync-source"}, 1);
+    check("a clip knows no timeMap", "clip", {"timeMap", "metadata"}, {"metadata", "timeMap"}, 1);
+    check("unknown names go last", "clip", {"bogus", "metadata", "note"}, {"note", "metadata", "bogus"}, 1);
+    check("a gap has its note first", "gap", {"keyword", "note"}, {"note", "keyword"}, 1);
+    check("a multicam clip has its sources behind the volume", "mc-clip",
+          {"keyword", "mc-source", "adjust-volume"}, {"adjust-volume", "mc-source", "keyword"}, 1);
+    check("parameters of sound stay last", "audio", {"param", "audio"}, {"audio", "param"}, 1);
+    check("a picture on its own", "video", {"marker", "audio", "video"}, {"video", "audio", "marker"}, 1);
+    check("other elements stay as they are", "event", {"sync-clip", "note", "clip"},
+          {"sync-clip", "note", "clip"}, 0);
+    check("no children", "sync-clip", {}, {}, 0);
 }
 
 TEST(FCPXMLDTDFixer, KeepsEqualsInOrderAndVisitsEveryLevel) {

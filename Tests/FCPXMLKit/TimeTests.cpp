@@ -1,8 +1,5 @@
 #include "FCPXMLKit/model/Time.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
+#include "Support/Test.h"
 
 namespace orvane::fcpxml {
 namespace {

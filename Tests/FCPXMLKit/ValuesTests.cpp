@@ -1,9 +1,5 @@
 #include "FCPXMLKit/model/Values.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
+#include "Support/Test.h"
 
 namespace orvane::fcpxml {
 namespace {

@@ -4,15 +4,8 @@
 #include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
 #include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
 #include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
 #include "Support/VirtualMainThread.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <memory>
-#include <optional>
-#include <string_view>
-#include <utility>
 
 namespace orvane::test {
 
@@ -21,10 +14,10 @@ class ControllerTest : public testing::Test {
   protected:
     ControllerTest() {
         registerStandardDefaults(*settings_);
-        controller_ = make(nullptr);
+        controller_ = make();
     }
 
-    std::shared_ptr<ImportController> make(std::shared_ptr<ProbeCache> cache) {
+    std::shared_ptr<ImportController> make(std::shared_ptr<ProbeCache> cache = nullptr) {
         ImportController::Dependencies dependencies;
         dependencies.mainThread = mainThread_;
         dependencies.settings = settings_;

@@ -1,16 +1,7 @@
 #include "OrvaneSyncApp/ControllerTest.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "Support/Assets.h"
-
-#include <algorithm>
-#include <chrono>
-#include <cmath>
-#include <functional>
-#include <iterator>
-#include <map>
-#include <random>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {
@@ -359,7 +350,8 @@ Change EditingModelTest::decision() {
                 g.masterGainAuto = value > 0;
             });
     case 15: {
-        const double start = draw(40) / 4.0 + 0.16 * draw(2), end = draw(40) / 4.0; // 0.09 s apart at times
+        constexpr double lengths[] = {-2, 0.09, 0.11, 1, 3.5, 8};
+        const double start = draw(40) / 4.0, end = start + lengths[draw(6)];
         return onClip(
             undoSteps::addBlockOverride,
             [=](C& c, const UUID& id) { c.addBlockOverride(id, start, end, value + 4); },
@@ -380,7 +372,7 @@ Change EditingModelTest::decision() {
             });
     }
     default: {
-        const double rates[] = {-1, 0, 24, 25.4, 40, 80, 120};
+        const double rates[] = {-1, 0, 24, 24.3, 25.4, 40, 120};
         const auto fps = draw(8) == 0 ? std::nullopt : std::optional(rates[value + 3]);
         return onClip(
             undoSteps::setManualSensorFrameRate,

@@ -2,13 +2,7 @@
 #include "OrvaneSyncApp/ControllerTest.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "Support/Assets.h"
-
-#include <algorithm>
-#include <chrono>
-#include <functional>
-#include <limits>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {
@@ -50,32 +44,25 @@ class EditingTest : public test::ControllerTest {
 };
 
 TEST_F(EditingTest, nudgesBelongTogetherWithinTheWindow) {
-    struct Case {
-        const char* name;
-        std::vector<std::chrono::milliseconds> gaps; ///< between nudges
-        int steps;
-    };
-    const Case cases[] = {
-        {"one", {}, 1},
-        {"a burst", {499ms, 499ms}, 1},
-        {"a burst renews the window, however long", std::vector<std::chrono::milliseconds>(100, 400ms), 1},
-        {"a fourth one 0.6 s later", {100ms, 100ms, 600ms}, 2},
-        {"the window is open at its end", {500ms}, 2},
-        {"time that stands still", {0ms, 0ms}, 1},
-    };
-    for (const Case& one : cases) {
+    // `gaps`: between nudges
+    const auto check = [&](const char* name, const std::vector<std::chrono::milliseconds>& gaps, int steps) {
         controller_->clearUndo();
         const double before = group().manualAudioOffsetSeconds;
         nudge();
-        for (const auto gap : one.gaps) {
+        for (const auto gap : gaps) {
             mainThread_->advance(gap);
             nudge();
         }
-        EXPECT_EQ(stepsToUndo(), one.steps) << one.name;
-        EXPECT_EQ(group().manualAudioOffsetSeconds, before) << one.name;
+        EXPECT_EQ(stepsToUndo(), steps) << name;
+        EXPECT_EQ(group().manualAudioOffsetSeconds, before) << name;
         mainThread_->advance(10s);
-    }
-
+    };
+    check("one", {}, 1);
+    check("a burst", {499ms, 499ms}, 1);
+    check("a burst renews the window, however long", std::vector<std::chrono::milliseconds>(100, 400ms), 1);
+    check("a fourth one 0.6 s later", {100ms, 100ms, 600ms}, 2);
+    check("the window is open at its end", {500ms}, 2);
+    check("time that stands still", {0ms, 0ms}, 1);
     controller_->clearUndo();
     nudge();
     controller_->withUndo(undoSteps::toggleApproved, [&] { controller_->toggleApproved(id()); });
@@ -102,11 +89,61 @@ TEST_F(EditingTest, whatIsNoClipNoNumberOrNoPoolChangesNothing) {
     SyncGroup alone(test::video("C.mov"), {}, MatchStatus::manual());
     alone.video.projectFrameRate = 0;
     open({alone});
+    EXPECT_EQ(controller_->inferredProjectFrameRate(id()), 24) << "without any other";
     controller_->resyncClip(id());
     controller_->resyncAllClips();
     EXPECT_EQ(group().matchStatus, MatchStatus::manual());
     controller_->setManualSensorFrameRate(id(), 50);
     EXPECT_EQ(group().video.offspeedConfidence, OffspeedConfidence::confirmed(false, 1));
+}
+
+TEST_F(EditingTest, rangeOverridesMakeRoom) {
+    // `keepsFirst`: a piece that bears the old id
+    const auto check = [&](double start, double end, const char* result, bool keepsFirst) {
+        const UUID first = UUID::random();
+        change(0, [&](SyncGroup& group) { group.manualBlockOverrides = {{first, 1, 20, 1}}; });
+        controller_->addBlockOverride(id(), start, end, 9);
+        std::string text; // in tenths of seconds
+        for (const BlockOverride& one : group().manualBlockOverrides)
+            text += std::to_string(std::lround(10 * one.startSeconds)) + "-" +
+                    std::to_string(std::lround(10 * one.endSeconds)) + ":" + std::to_string(one.trackIndex) +
+                    " ";
+        EXPECT_EQ(text, result);
+        EXPECT_EQ(std::ranges::count(group().manualBlockOverrides, first, &BlockOverride::id), keepsFirst)
+            << result;
+    };
+    check(12, 14, "10-120:1 120-140:9 140-200:1 ", true);
+    check(0.5, 4, "5-40:9 40-200:1 ", false);
+    check(25, 19, "10-190:1 190-250:9 ", true);
+    check(0, 30, "0-300:9 ", false);
+    check(20, 21, "10-200:1 200-210:9 ", true);
+    check(5, 5.09, "10-200:1 ", true); // too short
+    check(5, 5.11, "10-50:1 50-51:9 51-200:1 ", true);
+}
+
+TEST_F(EditingTest, aSensorRateByHandIsConfirmedUntilItIsTakenBack) {
+    change(0, [](SyncGroup& group) { group.video.projectFrameRate = 25; });
+    for (const auto& [fps, isOffspeed] : {std::pair(25.45, false), {25.55, true}, {24.45, true}}) {
+        controller_->setManualSensorFrameRate(id(), fps);
+        EXPECT_EQ(group().video.offspeedConfidence, OffspeedConfidence::confirmed(isOffspeed, fps / 25))
+            << fps;
+    }
+    controller_->setManualSensorFrameRate(id(), std::nullopt);
+    EXPECT_EQ(group().video.offspeedConfidence, OffspeedConfidence::suspectedUnconfirmed(1));
+    EXPECT_FALSE(group().video.sensorFrameRate || group().video.projectFrameRate);
+}
+
+TEST_F(EditingTest, anAmbiguousClipIsConfirmedUnlessItIsLocked) {
+    for (const bool byAttaching : {false, true}) {
+        change(0, [](SyncGroup& group) { group.matchStatus = MatchStatus::ambiguous(3); });
+        for (const bool isLocked : {true, false}) {
+            controller_->toggleLocked(id());
+            byAttaching ? controller_->attachAudioToGroup(id(), *group().audioMatches[1].audio)
+                        : controller_->confirmAmbiguousMatch(id());
+            EXPECT_EQ(group().matchStatus, isLocked ? MatchStatus::ambiguous(3) : MatchStatus::manual());
+            EXPECT_EQ(group().audioMatches.size(), 3U);
+        }
+    }
 }
 
 TEST_F(EditingTest, anAssetMayLieInTheListThatLosesIt) {
@@ -190,6 +227,8 @@ TEST_F(EditingTest, filesToAttachAreThoseOfThePoolThatLieNowhere) {
     EXPECT_EQ(controller_->clipNames(one.id), (std::vector<std::string>{"A.mov", "C.mov"}));
     controller_->removeVideoFromSync(id());
     EXPECT_EQ(controller_->rawFilesMenuLabel(one), "one.wav  ·  also on C.mov");
+    for (const MediaAsset& audio : controller_->availableAudioPool())
+        EXPECT_EQ(controller_->audioInPool(audio.id)->url, audio.url);
     ASSERT_NE(controller_->audioInPool(unused.id), nullptr);
     EXPECT_EQ(controller_->audioInPool(unused.id)->filename, "two.wav");
     EXPECT_EQ(controller_->audioInPool(UUID::random()), nullptr);
@@ -197,6 +236,7 @@ TEST_F(EditingTest, filesToAttachAreThoseOfThePoolThatLieNowhere) {
     test::makeSmallShoot(folder_.path());
     scan(folder("camera"), folder("sound"));
     EXPECT_EQ(controller_->availableAudioPool().size(), 2U) << "after a scan, what it found";
+    EXPECT_NE(controller_->audioInPool(controller_->availableAudioPool().back().id), nullptr);
     EXPECT_EQ(controller_->rawFilesAvailableToAttach(clip("A001C002")->id).size(), 1U);
 }
 

@@ -2,13 +2,7 @@
 #include "MediaFactory/SmallShoot.h"
 #include "OrvaneSyncApp/ControllerTest.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {
@@ -28,6 +22,7 @@ TEST_F(ImportControllerTest, turnsTwoFoldersIntoClipsAndWildTracks) {
 
     using enum ScanState;
     EXPECT_EQ(states, (std::vector{discovering, probing, matching, done}));
+    EXPECT_EQ(progressText(probing), "Reading metadata...");
     ASSERT_EQ(steps.size(), 6U); // one a file, over one total
     EXPECT_EQ(steps.front(), (ScanProgress{"Probing video files", 1, 6}));
     EXPECT_EQ(steps.back(), (ScanProgress{"Probing audio files", 6, 6}));
@@ -221,21 +216,17 @@ TEST_F(ImportControllerTest, mergesAReportBeforeAndAfterAScan) {
 
 TEST_F(ImportControllerTest, hintsAtAWrongStrategyBelowAQuarter) {
     const auto name = ALEMatchStrategy::name(), tape = ALEMatchStrategy::column("Tape");
-    struct Case {
-        MetadataMerger::MergeResult result;
-        ALEMatchStrategy strategy;
-        std::string message;
-    };
     const std::string byName = " — Match-Einstellung prüfen (aktuell: Dateiname ⇄ ALE-Spalte „Name“)";
-    for (const Case& c : std::vector<Case>{
-             {{3, 10}, name, "ALE geladen: 3 von 10 Clips zugeordnet"},
-             {{2, 10}, name, "ALE geladen: 2 von 10 Clips zugeordnet" + byName},
-             {{1, 4}, name, "ALE geladen: 1 von 4 Clips zugeordnet"},
-             {{0, 1},
-              tape,
-              "ALE geladen: 0 von 1 Clips zugeordnet — Match-Einstellung prüfen (aktuell: Spalte „Tape“)"},
-             {{0, 0}, tape, "ALE geladen: 0 von 0 Clips zugeordnet"}})
-        EXPECT_EQ(ImportController::aleMatchStatusMessage(c.result, c.strategy), c.message);
+    const auto check = [&](const MetadataMerger::MergeResult& result, const ALEMatchStrategy& strategy,
+                           const std::string& message) {
+        EXPECT_EQ(ImportController::aleMatchStatusMessage(result, strategy), message);
+    };
+    check({3, 10}, name, "ALE geladen: 3 von 10 Clips zugeordnet");
+    check({2, 10}, name, "ALE geladen: 2 von 10 Clips zugeordnet" + byName);
+    check({1, 4}, name, "ALE geladen: 1 von 4 Clips zugeordnet");
+    check({0, 1}, tape,
+          "ALE geladen: 0 von 1 Clips zugeordnet — Match-Einstellung prüfen (aktuell: Spalte „Tape“)");
+    check({0, 0}, tape, "ALE geladen: 0 von 0 Clips zugeordnet");
 }
 
 } // namespace

@@ -2,10 +2,7 @@
 
 #include "MediaFactory/SmallShoot.h"
 #include "Platform/Files.h"
-
-#include <exception>
-#include <filesystem>
-#include <string>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

@@ -164,7 +164,9 @@ void killWriters(const std::vector<std::string>& writers, int times, unsigned se
     for (std::size_t i = 0; i < writers.size(); ++i) written += progress[i].done;
     EXPECT_GT(written, times / 2) << "the writers hardly came to write";
     // Each change of the list of folders is that of one entry, whoever makes it.
-    for (const FolderInfo& info : SessionStore(folder.path()).readFolderInfos())
+    const auto folders = SessionStore(folder.path()).readFolderInfos();
+    EXPECT_EQ(folders.problem, std::nullopt);
+    for (const FolderInfo& info : *folders.record)
         EXPECT_NE(std::ranges::find(writers, info.name), writers.end());
     ::munmap(progress, writers.size() * sizeof(Progress));
 }

@@ -204,6 +204,19 @@ TEST_F(SessionManagerTest, savesAfterChangesByTheTimerAndWhenLeft) {
     mainThread_->advance(20s);
     flush();
     EXPECT_EQ(onDisk(id).groups.size(), 1U);
+    // Even who saves that keeps what stood there, and the folders.
+    finish(manager_->save(*controller_));
+    EXPECT_TRUE(onDisk(id).groups.empty());
+    EXPECT_NE(folder_.read(file(id, "groups.json.other")).find("0.mov"), std::string::npos);
+    EXPECT_EQ(SessionStore(folder_.path()).readFolders(id).record->videoFolder, FileURL{"/media/Day 1"});
+    // Before the first step lies work that was not there yet, and no decision.
+    newSession();
+    controller_->withUndo({"Nothing"}, [] {});
+    controller_->setVideoFolderURL(FileURL{"/media/Day 1"});
+    flush();
+    EXPECT_FALSE(controller_->isEmptiedByEdit());
+    controller_->undo();
+    EXPECT_FALSE(controller_->isEmptiedByEdit());
 }
 
 TEST_F(SessionManagerTest, theNewestSaveWinsAndNoneIsLostToAnother) {
@@ -388,9 +401,92 @@ TEST_F(SessionManagerTest, aWriteThatFailsShowsAndIsTriedAgain) {
         EXPECT_TRUE(isOnDisk());
     }
     fs::remove_all(place); // gone altogether: it is made anew, with everything
-    mainThread_->advance(5s);
+    approveFirst();
     flush();
     EXPECT_EQ(onDisk(id).groups.size(), 2U);
+
+    // What can't be deleted stays as it is, open and kept.
+    const fs::path inTheWay = folder_.path("." + id.text() + ".deleted");
+    fs::rename(place, folder_.path("aside"));
+    folder_.write(id.text() + ".orvanesync", "");
+    approveFirst();
+    EXPECT_THROW(manager_->deleteSession(id), platform::FileError);
+    EXPECT_EQ(manager_->currentSessionId(), id);
+    fs::remove(place);
+    fs::rename(folder_.path("aside"), place);
+    flush();
+    EXPECT_EQ(manager_->saveError(id), std::nullopt);
+    EXPECT_EQ(onDisk(id).groups.front().isApproved, controller_->syncGroups().front().isApproved);
+    EXPECT_FALSE(fs::exists(inTheWay));
+}
+
+TEST_F(SessionManagerTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) {
+    manager_->start(controller_);
+    const UUID id = newSession();
+    bringClips(2);
+    flush();
+    const auto theirController = makeController();
+    auto theirs = makeManager();
+    theirs->load(id, *theirController);
+    const auto media = [&] {
+        const SessionFolders folders = *SessionStore(folder_.path()).readFolders(id).record;
+        return folders.videoFolder->pathText() + " " + folders.audioFolder->pathText() + " " +
+               SessionStore(folder_.path()).list().front().name;
+    };
+    const auto lookOn = [&] {
+        mainThread_->advance(20s);
+        flush();
+    };
+    // The folders of the media, and the name that comes of them.
+    theirController->setVideoFolderURL(FileURL{"/theirs/Day 2"});
+    finish(theirs->save(*theirController));
+    lookOn();
+    EXPECT_EQ(media(), "/theirs/Day 2 /media/Sound Day 2");
+    controller_->setAudioFolderURL(FileURL{"/ours/Sound"});
+    lookOn();
+    EXPECT_EQ(media(), "/theirs/Day 2 /ours/Sound Day 2");
+    EXPECT_EQ(manager_->session(id)->name, "Day 2");
+    theirController->setManualClipName(theirController->syncGroups().front().id, "theirs");
+    theirController->setAudioFolderURL(FileURL{"/theirs/Sound"});
+    finish(theirs->save(*theirController));
+    lookOn();
+    EXPECT_EQ(media(), "/theirs/Day 2 /theirs/Sound Day 2");
+    approveFirst();
+    lookOn();
+    EXPECT_EQ(media(), "/theirs/Day 2 /theirs/Sound Day 2");
+    // What was kept of theirs is told also when nobody has the session open any more.
+    theirController->toggleApproved(theirController->syncGroups().front().id);
+    finish(theirs->save(*theirController));
+    approveFirst();
+    const UUID next = newSession();
+    flush();
+    ASSERT_TRUE(manager_->problem());
+    EXPECT_NE(manager_->problem()->find(id.text()), std::string::npos);
+
+    // Settings, in a folder made by the other.
+    theirs->createFolder("Reel");
+    theirs->setMetadataPrefix("Reel", "r.");
+    theirs->setFolder(next, "Reel");
+    manager_->load(id, *controller_);
+    manager_->setFolder(id, "Reel");
+    EXPECT_EQ(manager_->metadataPrefix(id), "r.");
+    folder_.write("folders.json", "[");
+    manager_->loadSessionList();
+    EXPECT_EQ(manager_->metadataPrefix(id), "r.");
+    ASSERT_TRUE(manager_->problem());
+    EXPECT_NE(manager_->problem()->find("list of session folders can't be read"), std::string::npos);
+
+    // A session that they delete comes back with a change alone.
+    flush();
+    theirs->deleteSession(id);
+    lookOn();
+    EXPECT_FALSE(SessionStore(folder_.path()).exists(id));
+    ASSERT_TRUE(manager_->problem());
+    EXPECT_NE(manager_->problem()->find("deleted this session"), std::string::npos);
+    approveFirst();
+    lookOn();
+    EXPECT_EQ(onDisk(id).groups.size(), 2U);
+    EXPECT_EQ(manager_->problem()->find("deleted"), std::string::npos);
 }
 
 TEST_F(SessionManagerTest, twoProgramsKeepBothSidesWork) {
@@ -444,7 +540,7 @@ TEST_F(SessionManagerTest, twoProgramsKeepBothSidesWork) {
         folder_.write(id.text() + ".orvanesync/" + record, "{");
     approveFirst();
     flush();
-    for (const char* record : {"folders.json.unreadable", "session.json.unreadable"})
+    for (const char* record : {"folders.json", "session.json.unreadable"}) // folders: nobody chose others
         EXPECT_EQ(folder_.read(file(id, record)), "{");
     // Folders of sessions: changes of one list, whoever makes them.
     EXPECT_TRUE(manager_->createFolder("Ours"));

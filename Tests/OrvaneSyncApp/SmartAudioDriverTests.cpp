@@ -3,15 +3,7 @@
 #include "OrvaneSyncApp/ControllerTest.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
-
-#include <algorithm>
-#include <cmath>
-#include <filesystem>
-#include <functional>
-#include <numbers>
-#include <set>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {
@@ -151,33 +143,27 @@ TEST_F(SmartAudioDriverTest, aRequestForOneClipAlwaysHearsItAndMeasuresItsLoudne
 
 TEST_F(SmartAudioDriverTest, keepsTheEditorsHandUnlessTold) {
     analyseAll();
-    struct Case {
-        const char* rule;
-        bool byHand, force, isExcluded;
-        Tracks active;
-        bool isByHand;
-    };
-    for (const Case& one : std::vector<Case>{
-             {"the algorithm's own choice follows its verdict", false, false, true, {1}, false},
-             {"a choice by hand stays while the verdict changes", true, false, true, {1, 3}, true},
-             {"and goes when told to", true, true, false, {2}, false},
-         }) {
-        SCOPED_TRACE(one.rule);
+    const auto check = [&](const char* rule, bool byHand, bool force, bool isExcluded,
+                           const Tracks& expectedActive, bool isByHand) {
+        SCOPED_TRACE(rule);
         const UUID id = clip("A001")->id;
         if (clip("A001")->algorithmExcludedTracks.contains(2)) controller_->toggleAlgorithmInclusion(id, 2);
         settle();
         analyseAll(true);
-        if (one.byHand) {
+        if (byHand) {
             controller_->soloTrackActive(id, 1);
             controller_->toggleTrackActive(id, 3);
         }
-        if (one.isExcluded) controller_->toggleAlgorithmInclusion(id, 2);
+        if (isExcluded) controller_->toggleAlgorithmInclusion(id, 2);
         settle();
-        if (one.force) analyse(id, true);
-        EXPECT_EQ(active("A001"), one.active);
-        EXPECT_EQ(clip("A001")->hasManualTrackEdits(), one.isByHand);
-        EXPECT_EQ(blockTracks("A001").contains(2), !one.isExcluded);
-    }
+        if (force) analyse(id, true);
+        EXPECT_EQ(active("A001"), expectedActive);
+        EXPECT_EQ(clip("A001")->hasManualTrackEdits(), isByHand);
+        EXPECT_EQ(blockTracks("A001").contains(2), !isExcluded);
+    };
+    check("the algorithm's own choice follows its verdict", false, false, true, {1}, false);
+    check("a choice by hand stays while the verdict changes", true, false, true, {1, 3}, true);
+    check("and goes when told to", true, true, false, {2}, false);
     // A recording that can no longer be read has no blocks, and leaves the choice as it is.
     std::filesystem::remove(folder_.path("shoot/T01.WAV"));
     controller_->soloTrackActive(clip("A001")->id, 3);
@@ -215,22 +201,18 @@ TEST_F(SmartAudioDriverTest, togglingStartsFromWhatIsHeard) {
 }
 
 TEST_F(SmartAudioDriverTest, startsByItselfOnlyWhereTheSettingWasWritten) {
-    struct Case {
-        const char* stored;
-        bool isOn;
-        std::size_t results;
-    };
-    for (const Case& one : std::vector<Case>{{nullptr, true, 0},
-                                             {"off", true, 0},
-                                             {"loud", true, 0},
-                                             {"studio", false, 0},
-                                             {"studio", true, 2}}) {
-        if (one.stored != nullptr) settings_->set("smartAudioMode", one.stored);
-        controller_->setAnalysesAfterScan(one.isOn);
+    const auto check = [&](const char* stored, bool isOn, std::size_t results) {
+        if (stored != nullptr) settings_->set("smartAudioMode", stored);
+        controller_->setAnalysesAfterScan(isOn);
         finish(controller_->startScan());
         finish(controller_->waitForAnalysisAfterScan());
-        EXPECT_EQ(controller_->smartAudio().results.size(), one.results) << (one.stored ? one.stored : "");
-    }
+        EXPECT_EQ(controller_->smartAudio().results.size(), results) << (stored ? stored : "");
+    };
+    check(nullptr, true, 0);
+    check("off", true, 0);
+    check("loud", true, 0);
+    check("studio", false, 0);
+    check("studio", true, 2);
     EXPECT_EQ(result("A001")->tracks.at(1).loudnessAmount, 0.5F);
     finish(controller_->startScan()); // other clips: the old results go
     settle();
@@ -257,55 +239,43 @@ TEST_F(SmartAudioDriverTest, passesOverWhatHasGoneWhileItListened) {
 }
 
 TEST_F(SmartAudioDriverTest, aVerdictAnswersWhatTheClipIsWhenItComes) {
-    struct Case {
-        const char* change;
-        std::function<void(const UUID&)> meanwhile;
-        bool isHeard;
-        Tracks active;
-    };
-    const std::vector<Case> cases{
-        {"nothing", [](const UUID&) {}, true, {2}},
-        {"undone", [&](const UUID&) { controller_->undo(); }, false, {2}},
-        {"put back to auto", [&](const UUID& id) { controller_->resetClipToAutoSync(id); }, false, {}},
-        {"matched anew", [&](const UUID& id) { controller_->resyncClip(id); }, false, {2}},
-        {"its recording taken away",
-         [&](const UUID& id) { controller_->removeAudioMatch(id, clip("A001")->audioMatches.at(0).id); },
-         false,
-         {2}},
-        {"the channel taken from the algorithm",
-         [&](const UUID& id) { controller_->toggleAlgorithmInclusion(id, 2); },
-         true,
-         {1}},
-        {"and given back",
-         [&](const UUID& id) {
-             controller_->toggleAlgorithmInclusion(id, 2);
-             controller_->toggleAlgorithmInclusion(id, 2);
-         },
-         true,
-         {2}},
-        {"a range by hand",
-         [&](const UUID& id) { controller_->addBlockOverride(id, 2, 4, 3); },
-         true,
-         {2, 3}},
-    };
-    for (const bool wasKnown : {false, true})
-        for (const Case& one : cases) {
-            SCOPED_TRACE(std::string(one.change) + (wasKnown ? ", known before" : ""));
+    const auto check = [&](const char* change, const std::function<void(const UUID&)>& meanwhile,
+                           bool isHeard, const Tracks& expectedActive) {
+        for (const bool wasKnown : {false, true}) {
+            SCOPED_TRACE(std::string(change) + (wasKnown ? ", known before" : ""));
             finish(controller_->startScan());
             const UUID id = clip("A001")->id;
             if (wasKnown) analyse(id);
             controller_->withUndo(undoSteps::toggleTrackActive, [&] { controller_->toggleApproved(id); });
             if (!wasKnown) settings_->set("smartAudioMode", "standard");
             const auto listening = controller_->runSmartAudioForGroup(id, false);
-            one.meanwhile(id);
+            meanwhile(id);
             finish(listening);
             settle();
-            EXPECT_EQ(result("A001") != nullptr, one.isHeard);
-            const bool isUntouched = !wasKnown && !one.isHeard;
-            EXPECT_EQ(active("A001"), isUntouched ? Tracks{} : one.active);
-            EXPECT_EQ(clip("A001")->measuredLUFS.has_value(), one.isHeard || wasKnown);
+            EXPECT_EQ(result("A001") != nullptr, isHeard);
+            const bool isUntouched = !wasKnown && !isHeard;
+            EXPECT_EQ(active("A001"), isUntouched ? Tracks{} : expectedActive);
+            EXPECT_EQ(clip("A001")->measuredLUFS.has_value(), isHeard || wasKnown);
             settings_->remove("smartAudioMode");
         }
+    };
+    check("nothing", [](const UUID&) {}, true, {2});
+    check("undone", [&](const UUID&) { controller_->undo(); }, false, {2});
+    check("put back to auto", [&](const UUID& id) { controller_->resetClipToAutoSync(id); }, false, {});
+    check("matched anew", [&](const UUID& id) { controller_->resyncClip(id); }, false, {2});
+    check("its recording taken away",
+          [&](const UUID& id) { controller_->removeAudioMatch(id, clip("A001")->audioMatches.at(0).id); },
+          false, {2});
+    check("the channel taken from the algorithm",
+          [&](const UUID& id) { controller_->toggleAlgorithmInclusion(id, 2); }, true, {1});
+    check("and given back",
+          [&](const UUID& id) {
+              controller_->toggleAlgorithmInclusion(id, 2);
+              controller_->toggleAlgorithmInclusion(id, 2);
+          },
+          true, {2});
+    check("a range by hand", [&](const UUID& id) { controller_->addBlockOverride(id, 2, 4, 3); }, true,
+          {2, 3});
 }
 
 TEST_F(SmartAudioDriverTest, oneReadingAnswersAllChangesMadeBeforeIt) {

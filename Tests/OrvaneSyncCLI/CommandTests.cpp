@@ -5,19 +5,13 @@
 #include "MediaFactory/SmallShoot.h"
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCLI/ChannelStrip.h"
+#include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "Platform/JSON.h"
+#include "Support/Assets.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <filesystem>
-#include <numbers>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane::cli {
 namespace {
@@ -29,69 +23,63 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     folder.write("take.wav", "");
     folder.write("empty/notes.txt", "");
     std::filesystem::resize_file(folder.write("huge.csv", ""), (std::uintmax_t{1} << 30U) + 1);
-    struct Case {
-        std::vector<std::string> words;
-        int status;
-        std::string says; ///< in the first line of standard error
-    };
-    const std::vector<Case> cases{
-        {{"snyc"}, 2, "did you mean 'sync'?"},
-        {{"--json", "scan", "x"}, 2, "the command comes first, and '--json' behind it"},
-        {{"scan"}, 2, "which folder?"},
-        {{"scan", "a", "b", "c"}, 2, "more than two folders"},
-        {{"scan", "--vidoe", "x"}, 2, "did you mean '--video'?"},
-        {{"scan", "--video"}, 2, "needs a value"},
-        {{"scan", "--json=1", "x"}, 2, "takes no value"},
-        {{"scan", "x", "--audio", "y"}, 2, "not both"},
-        {{"scan", "--set", "novalue", "x"}, 2, "KEY=VALUE"},
-        {{"scan", ""}, 2, "name is empty"},
-        {{"sync", "x", "-o", "y", "--event", ""}, 2, "--event needs a name"},
-        {{"sync", "--audio", folder.path("empty"), "-o", "x"}, 1, "no video or audio files in '"},
-        {{"scan", folder.path("nowhere")}, 1, "nowhere': No such file or directory"},
-        {{"scan", folder.path("take.wav")}, 1, "it is not a folder"},
-        {{"sync", folder.path()}, 2, "-o OUT.fcpxml is missing"},
-        {{"sync", folder.path(), "-o", "-", "--json"}, 2, "both want standard output"},
-        {{"sync", folder.path(), "-o", folder.path("take.wav")}, 2, "names a media file"},
-        {{"sync", folder.path(), "-o", folder.path("no/where.fcpxml")}, 1, "No such file or directory"},
-        {{"sync", folder.path(), "-o", folder.path()}, 1, "it is a folder"},
-        {{"sync", folder.path(), "-o", "x", "--fcpxml-version", "2.0"}, 2, "1.6 to 1.14"},
-        {{"sync", folder.path(), "-o", "x", "--smart-audio", "loud"}, 2, "standard, studio"},
-        {{"sync", folder.path(), "-o", "x", "--smart-audio", "studio", "--no-smart-audio"}, 2, "contradict"},
-        {{"scan", folder.path(), "--set", "trimmode=video"}, 2, "did you mean 'trimMode'?"},
-        {{"scan", folder.path(), "--set", "colour=7"}, 2, "no setting is called 'colour'"},
-        {{"probe"}, 2, "which file?"},
-        {{"probe", folder.path("gone.wav")}, 1, "gone.wav': No such file or directory"},
-        {{"ltc", folder.path("gone.wav")}, 1, "No such file or directory"},
-        {{"report"}, 2, "one file"},
-        {{"report", folder.path("gone.ale")}, 1, "gone.ale': No such file or directory"},
-        {{"report", folder.path("empty/notes.txt")}, 1, "notes.txt: No column header found in the file"},
-        {{"report", folder.path("huge.csv")}, 1, "huge.csv': it is larger than 1 GB"},
-        {{"ltc", folder.path("take.wav")}, 1, "holds no sound"},
-        {{"analyze", folder.path("take.wav"), "--diagnose", "1", "--mode", "off"}, 2, "without --mode"},
-        {{"analyze", folder.path("take.wav"), "--candidates", "1,x"}, 2, "tracks such as 1,3"},
-        {{"analyze", folder.path("take.wav"), "--candidates", "1,"}, 2, "tracks such as 1,3"},
-        {{"analyze", folder.path("gone.wav"), "--channels", "65536"}, 2, "1 to 65535"},
-        {{"analyze", folder.path("take.wav"), "--json"}, 1, "holds no sound"},
-        {{"loudness", folder.path("take.wav"), "--json"}, 1, "holds no sound"},
-        {{"loudness", folder.path("gone.wav")}, 1, "No such file"},
-        {{"ltc", folder.path("take.wav"), "--channel", "two"}, 2, "takes a whole number"},
-        {{"timecode"}, 2, "which conversion?"},
-        {{"timecode", "from-frames", "1.5", "--fps", "25"}, 2, "no whole number"},
-        {{"timecode", "from-seconds", "1"}, 2, "--fps or --rate is missing"},
-        {{"timecode", "from-seconds", "1", "--rate", "fps29"}, 2, "did you mean 'fps2"},
-        {{"timecode", "to-seconds", "01:00:00:00", "--fps", "0"}, 2, "above 0"},
-    };
-    for (const Case& c : cases) {
-        const Outcome outcome = runWith(c.words);
+    // `says`: in the first line of standard error
+    const auto check = [&](const std::vector<std::string>& words, int status, const std::string& says) {
+        const Outcome outcome = runWith(words);
         const std::string line = outcome.err.substr(0, outcome.err.find('\n'));
         SCOPED_TRACE(line);
-        EXPECT_EQ(outcome.status, c.status);
+        EXPECT_EQ(outcome.status, status);
         EXPECT_TRUE(line.starts_with("error: "));
-        EXPECT_NE(line.find(c.says), std::string::npos) << c.says;
+        EXPECT_NE(line.find(says), std::string::npos) << says;
         EXPECT_EQ(outcome.out, "");
         const auto lines = std::ranges::count(outcome.err, '\n');
-        EXPECT_EQ(lines, c.status == wrongUsage ? 2 : 1); // the usage line comes with wrong usage only
-    }
+        EXPECT_EQ(lines, status == wrongUsage ? 2 : 1); // the usage line comes with wrong usage only
+    };
+    check({"snyc"}, 2, "did you mean 'sync'?");
+    check({"--json", "scan", "x"}, 2, "the command comes first, and '--json' behind it");
+    check({"scan"}, 2, "which folder?");
+    check({"scan", "a", "b", "c"}, 2, "more than two folders");
+    check({"scan", "--vidoe", "x"}, 2, "did you mean '--video'?");
+    check({"scan", "--video"}, 2, "needs a value");
+    check({"scan", "--json=1", "x"}, 2, "takes no value");
+    check({"scan", "x", "--audio", "y"}, 2, "not both");
+    check({"scan", "--set", "novalue", "x"}, 2, "KEY=VALUE");
+    check({"scan", ""}, 2, "name is empty");
+    check({"sync", "x", "-o", "y", "--event", ""}, 2, "--event needs a name");
+    check({"sync", "--audio", folder.path("empty"), "-o", "x"}, 1, "no video or audio files in '");
+    check({"scan", folder.path("nowhere")}, 1, "nowhere': No such file or directory");
+    check({"scan", folder.path("take.wav")}, 1, "it is not a folder");
+    check({"sync", folder.path()}, 2, "-o OUT.fcpxml is missing");
+    check({"sync", folder.path(), "-o", "-", "--json"}, 2, "both want standard output");
+    check({"sync", folder.path(), "-o", folder.path("take.wav")}, 2, "names a media file");
+    check({"sync", folder.path(), "-o", folder.path("no/where.fcpxml")}, 1, "No such file or directory");
+    check({"sync", folder.path(), "-o", folder.path()}, 1, "it is a folder");
+    check({"sync", folder.path(), "-o", "x", "--fcpxml-version", "2.0"}, 2, "1.6 to 1.14");
+    check({"sync", folder.path(), "-o", "x", "--smart-audio", "loud"}, 2, "standard, studio");
+    check({"sync", folder.path(), "-o", "x", "--smart-audio", "studio", "--no-smart-audio"}, 2, "contradict");
+    check({"scan", folder.path(), "--set", "trimmode=video"}, 2, "did you mean 'trimMode'?");
+    check({"scan", folder.path(), "--set", "colour=7"}, 2, "no setting is called 'colour'");
+    check({"probe"}, 2, "which file?");
+    check({"probe", folder.path("gone.wav")}, 1, "gone.wav': No such file or directory");
+    check({"ltc", folder.path("gone.wav")}, 1, "No such file or directory");
+    check({"report"}, 2, "one file");
+    check({"report", folder.path("gone.ale")}, 1, "gone.ale': No such file or directory");
+    check({"report", folder.path("empty/notes.txt")}, 1, "notes.txt: No column header found in the file");
+    check({"report", folder.path("huge.csv")}, 1, "huge.csv': it is larger than 1 GB");
+    check({"ltc", folder.path("take.wav")}, 1, "holds no sound");
+    check({"analyze", folder.path("take.wav"), "--diagnose", "1", "--mode", "off"}, 2, "without --mode");
+    check({"analyze", folder.path("take.wav"), "--candidates", "1,x"}, 2, "tracks such as 1,3");
+    check({"analyze", folder.path("take.wav"), "--candidates", "1,"}, 2, "tracks such as 1,3");
+    check({"analyze", folder.path("gone.wav"), "--channels", "65536"}, 2, "1 to 65535");
+    check({"analyze", folder.path("take.wav"), "--json"}, 1, "holds no sound");
+    check({"loudness", folder.path("take.wav"), "--json"}, 1, "holds no sound");
+    check({"loudness", folder.path("gone.wav")}, 1, "No such file");
+    check({"ltc", folder.path("take.wav"), "--channel", "two"}, 2, "takes a whole number");
+    check({"timecode"}, 2, "which conversion?");
+    check({"timecode", "from-frames", "1.5", "--fps", "25"}, 2, "no whole number");
+    check({"timecode", "from-seconds", "1"}, 2, "--fps or --rate is missing");
+    check({"timecode", "from-seconds", "1", "--rate", "fps29"}, 2, "did you mean 'fps2");
+    check({"timecode", "to-seconds", "01:00:00:00", "--fps", "0"}, 2, "above 0");
 }
 
 TEST(CommandLine, everyCommandHelpsWithAnExampleThatItTakes) {
@@ -107,34 +95,25 @@ TEST(CommandLine, everyCommandHelpsWithAnExampleThatItTakes) {
 }
 
 TEST(CommandLine, calculatesTimecodes) {
-    struct Case {
-        std::vector<std::string> words;
-        JSON expected;
-        const char* text;
-    };
     const auto seconds = [](double value) { return JSON(JSON::Object{{"seconds", value}}); };
     const auto timecode = [](const char* value) { return JSON(JSON::Object{{"timecode", value}}); };
     const auto rate = [](JSON value) { return JSON(JSON::Object{{"rate", std::move(value)}}); };
-    const std::vector<Case> cases{
-        {{"to-seconds", "01:00:00;00", "--fps", "29.97"}, seconds(3599.9964000000004), "3599.9964000000004"},
-        {{"to-seconds", "01:00:00", "--fps", "25"}, seconds(0), "0.0"},
-        {{"from-seconds", "3600", "--fps", "29.97"}, timecode("01:00:00;00"), "01:00:00;00"},
-        {{"from-seconds", "-1", "--rate", "fps25"}, timecode("00:00:-1:00"), "00:00:-1:00"},
-        {{"from-frames", "1800", "--rate", "fps29_97d"}, timecode("00:01:00;02"), "00:01:00;02"},
-        {{"from-samples", "172800000", "--sample-rate", "48000", "--rate", "fps25"},
-         timecode("01:00:00:00"),
-         "01:00:00:00"},
-        {{"rate-of", "23.98"}, rate("fps23_976"), "fps23_976"},
-        {{"rate", "30000/1001 NDF"}, rate("fps29_97"), "fps29_97"},
-        {{"rate", "soon"}, rate(nullptr), "none"},
-    };
-    for (const Case& c : cases) {
-        std::vector<std::string> words{"timecode"};
-        words.insert(words.end(), c.words.begin(), c.words.end());
-        EXPECT_EQ(runWith(words).out, std::string(c.text) + "\n");
+    const auto check = [&](std::vector<std::string> words, const JSON& expected, const char* text) {
+        words.insert(words.begin(), "timecode");
+        EXPECT_EQ(runWith(words).out, std::string(text) + "\n");
         words.emplace_back("--json");
-        EXPECT_TRUE(runWith(words).json() == c.expected) << runWith(words).out;
-    }
+        EXPECT_TRUE(runWith(words).json() == expected) << runWith(words).out;
+    };
+    check({"to-seconds", "01:00:00;00", "--fps", "29.97"}, seconds(3599.9964000000004), "3599.9964000000004");
+    check({"to-seconds", "01:00:00", "--fps", "25"}, seconds(0), "0.0");
+    check({"from-seconds", "3600", "--fps", "29.97"}, timecode("01:00:00;00"), "01:00:00;00");
+    check({"from-seconds", "-1", "--rate", "fps25"}, timecode("00:00:-1:00"), "00:00:-1:00");
+    check({"from-frames", "1800", "--rate", "fps29_97d"}, timecode("00:01:00;02"), "00:01:00;02");
+    check({"from-samples", "172800000", "--sample-rate", "48000", "--rate", "fps25"}, timecode("01:00:00:00"),
+          "01:00:00:00");
+    check({"rate-of", "23.98"}, rate("fps23_976"), "fps23_976");
+    check({"rate", "30000/1001 NDF"}, rate("fps29_97"), "fps29_97");
+    check({"rate", "soon"}, rate(nullptr), "none");
 }
 
 /// The program on a shoot.
@@ -208,8 +187,10 @@ TEST_F(ShootTest, syncWritesTheDocument) {
     EXPECT_NE(document.find("<fcpxml version=\"1.14\">"), std::string::npos);
     EXPECT_NE(document.find("event name=\"Day &amp; Night\""), std::string::npos);
 
-    const Outcome toOutput =
-        runWith({"sync", folder_.path(), "-o", "-", "--fcpxml-version", "1.10", "--set", "audioBaseRole=fx"});
+    const Outcome toOutput = runWith({"sync", folder_.path(), "-o", "-", "--fcpxml-version", "1.10", "--set",
+                                      "audioBaseRole=fx", "--set", "eventName=2024.10"});
+    EXPECT_NE(toOutput.out.find("<event name=\"2024.10\">"), std::string::npos)
+        << "a text, though it looks like a number";
     EXPECT_TRUE(toOutput.out.starts_with("<?xml"));
     EXPECT_NE(toOutput.out.find("<fcpxml version=\"1.10\">"), std::string::npos);
     EXPECT_NE(toOutput.out.find("role=\"fx.Lav Anna\""), std::string::npos);
@@ -272,14 +253,6 @@ TEST_F(ShootTest, aMediaFileIsNeverOverwritten) {
         EXPECT_EQ(folder_.read("camera/A001C001_261120_R1AB.mov"), before);
         std::filesystem::remove(link);
     }
-}
-
-TEST_F(ShootTest, aSettingOfThisRunReachesTheDocument) {
-    const Outcome number =
-        runWith({"sync", folder_.path(), "--no-smart-audio", "-o", "-", "--set", "eventName=2024.10"});
-    EXPECT_NE(number.out.find("<event name=\"2024.10\">"),
-              std::string::npos); // a text, though it looks like a number
-    EXPECT_EQ(number.err.find("setting"), std::string::npos);
 }
 
 TEST_F(ShootTest, aReportReachesTheClipsAndTheDocument) {
@@ -467,23 +440,42 @@ TEST(ChannelStrip, showsWhoIsHeardWhen) {
 }
 
 TEST(Settings, aValueThatNobodyTakesIsSaidButNoError) {
-    struct Case {
-        const char* assignment;
-        const char* says;
-    };
-    const std::vector<Case> cases{{"trimMode=vidoe", "takes one of common, video, none; not 'vidoe'"},
-                                  {"alternateWidth=wide", "takes an integer, not 'wide'"},
-                                  {"ltc.enabled=maybe", "takes a boolean, not 'maybe'"},
-                                  {"smartAudio.voiceIso=7", "takes a number from 0 to 1, not '7'"},
-                                  {"smartAudio.loudness=-0.1", "takes a number from 0 to 1, not '-0.1'"}};
-    for (const Case& c : cases) {
-        const Outcome outcome = runWith({"timecode", "rate-of", "25", "--set", c.assignment});
+    const auto check = [&](const char* assignment, const char* says) {
+        const Outcome outcome = runWith({"timecode", "rate-of", "25", "--set", assignment});
         EXPECT_EQ(outcome.status, done);
-        EXPECT_NE(outcome.err.find(c.says), std::string::npos) << outcome.err;
-    }
+        EXPECT_NE(outcome.err.find(says), std::string::npos) << outcome.err;
+    };
+    check("trimMode=vidoe", "takes one of common, video, none; not 'vidoe'");
+    check("alternateWidth=wide", "takes an integer, not 'wide'");
+    check("ltc.enabled=maybe", "takes a boolean, not 'maybe'");
+    check("smartAudio.voiceIso=7", "takes a number from 0 to 1, not '7'");
+    check("smartAudio.loudness=-0.1", "takes a number from 0 to 1, not '-0.1'");
     for (const char* good : {"trimMode=none", "alternateWidth=1998", "ltc.enabled=true", "eventName=7",
                              "smartAudioMode= CINEMATIC ", "smartAudio.loudness=1"})
         EXPECT_EQ(runWith({"timecode", "rate-of", "25", "--set", good}).err, "") << good;
+}
+
+TEST(ExportPreviewText, SaysWhatHelps) {
+    using test::audio, test::clip, test::slated, test::video;
+    const SyncGroup nine = clip(video("a.mov"), slated(audio("a.wav"), "9", "1"));
+    const SyncGroup ten = clip(video("b.mov"), slated(audio("b.wav"), "10\n", "1"));
+    const SyncGroup none = clip(video("c.mov"), audio("c.wav"));
+    const auto check = [&](const SyncGroupList& groups, bool isSplit, bool isNameChosen, bool isOneAnalysed,
+                           const char* text) {
+        ExportSettings settings;
+        settings.splitEventsByScene = isSplit;
+        if (isOneAnalysed) settings.smartAudioResults[none.id] = {};
+        EXPECT_EQ(exportPreviewText(groups, settings, isNameChosen, isOneAnalysed), text);
+    };
+    check({none}, false, false, false, "");
+    check({nine, ten}, false, true, false, "");
+    check({nine, ten, none}, false, false, false,
+          "The event is called 'Synced'; after its scenes it would be --event 'Scenes 9-10\xEF\xBF\xBD'.\n");
+    check({nine, ten, none}, true, false, false, "By their scenes the clips call for 3 events.\n");
+    check({none, nine}, true, false, true,
+          "By their scenes the clips call for 2 events.\n1 clips have not been analyzed for Smart Audio — "
+          "their audio "
+          "settings won’t be applied in this export.\n");
 }
 
 TEST(Table, alignsWhatATerminalShows) {

@@ -1,19 +1,11 @@
-#include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/RunCommand.h"
 
 #include "MediaFactory/SmallShoot.h"
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
-#include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
 #include "Support/VirtualMainThread.h"
-
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <sstream>
-#include <string>
-#include <vector>
 
 namespace orvane::cli {
 namespace {
@@ -48,20 +40,6 @@ class KeptWork : public testing::Test {
         controller->saveProject({project_});
     }
 
-    struct Outcome {
-        int status = 0;
-        std::string out, err;
-    };
-    Outcome run(std::vector<std::string> words) {
-        std::ostringstream out, err;
-        Context context{out, err};
-        context.openProbeCache = [] { return nullptr; };
-        context.settings = std::make_shared<platform::MemorySettingsStore>();
-        registerStandardDefaults(*context.settings);
-        const int status = cli::run(words, context);
-        return {status, out.str(), err.str()};
-    }
-
     test::TemporaryDirectory folder_;
     test::ScopedEnvironment data_{"XDG_DATA_HOME", folder_.path("data").c_str()};
     std::shared_ptr<platform::MemorySettingsStore> settings_ =
@@ -71,30 +49,30 @@ class KeptWork : public testing::Test {
 };
 
 TEST_F(KeptWork, sessionsAreListedShownExportedAndDeleted) {
-    const JSON list = JSON::parse(run({"session", "list", "--json"}).out);
+    const JSON list = runWith({"session", "list", "--json"}).json();
     ASSERT_EQ(list.elements()->size(), 1U);
     EXPECT_EQ(*list.elements()->front().find("id")->string(), session_);
     EXPECT_EQ(list.elements()->front().find("groupCount")->integer(), 4);
-    EXPECT_NE(run({"session"}).out.find("camera"), std::string::npos); // its name
+    EXPECT_NE(runWith({"session"}).out.find("camera"), std::string::npos); // its name
 
-    const JSON state = JSON::parse(run({"session", "show", "camera", "--json"}).out);
+    const JSON state = runWith({"session", "show", "camera", "--json"}).json();
     EXPECT_EQ(*state.find("folders")->find("audioFolder")->string(), folder_.path("sound"));
     EXPECT_EQ(*state.find("session")->find("folder")->string(), "Dreh");
     EXPECT_EQ(state.find("syncGroups")->elements()->size(), 4U);
-    EXPECT_NE(run({"session", "show", session_.substr(0, 6)}).out.find("Hero"), std::string::npos);
+    EXPECT_NE(runWith({"session", "show", session_.substr(0, 6)}).out.find("Hero"), std::string::npos);
 
-    const Outcome exported = run({"session", "export", "camera", "-o", output_});
+    const Outcome exported = runWith({"session", "export", "camera", "-o", output_});
     EXPECT_EQ(exported.status, done);
     EXPECT_NE(exported.out.find("2 clips have not been analyzed for Smart Audio"), std::string::npos);
     EXPECT_NE(folder_.read("out.fcpxml").find("Hero"), std::string::npos);
     EXPECT_NE(folder_.read("out.fcpxml").find("event name=\"Of the folder\""), std::string::npos);
-    run({"session", "export", "camera", "-o", output_, "--set", "eventName=Mine"});
+    runWith({"session", "export", "camera", "-o", output_, "--set", "eventName=Mine"});
     EXPECT_NE(folder_.read("out.fcpxml").find("event name=\"Mine\""), std::string::npos);
 
     SessionStore(AppStorageHelper::sessionsDirectory()).changeFolderInfos({}, [](auto& folders) {
         folders.front().activeSettingsSnapshot = "nonsense";
     });
-    const Outcome unset = run({"session", "export", "camera", "-o", output_, "--json"});
+    const Outcome unset = runWith({"session", "export", "camera", "-o", output_, "--json"});
     EXPECT_EQ(unset.status, done);
     EXPECT_TRUE(unset.err.starts_with("warning: the settings of the folder 'Dreh' can't be read"))
         << unset.err;
@@ -103,34 +81,34 @@ TEST_F(KeptWork, sessionsAreListedShownExportedAndDeleted) {
     const std::string clips = "data/Orvane Tandrel/Sessions/" + session_ + ".orvanesync/groups.json";
     const std::string good = folder_.read(clips);
     folder_.write(clips, good.substr(1));
-    const Outcome unreadable = run({"session", "show", "camera"});
+    const Outcome unreadable = runWith({"session", "show", "camera"});
     EXPECT_EQ(unreadable.status, failed);
     EXPECT_NE(unreadable.err.find("can't be read"), std::string::npos) << unreadable.err;
     EXPECT_EQ(folder_.read(clips), good.substr(1)); // looking changes nothing
 
-    EXPECT_EQ(run({"session", "delete", session_}).status, done);
-    EXPECT_EQ(run({"session", "list"}).out, "No sessions.\n");
-    EXPECT_EQ(run({"session", "delete", session_}).status, failed);
+    EXPECT_EQ(runWith({"session", "delete", session_}).status, done);
+    EXPECT_EQ(runWith({"session", "list"}).out, "No sessions.\n");
+    EXPECT_EQ(runWith({"session", "delete", session_}).status, failed);
 }
 
 TEST_F(KeptWork, projectsAreShownAndExported) {
-    EXPECT_EQ(run({"project", "show", project_, "--json"}).out, folder_.read("day.orvanesync"));
-    const std::string text = run({"project", "show", project_}).out;
+    EXPECT_EQ(runWith({"project", "show", project_, "--json"}).out, folder_.read("day.orvanesync"));
+    const std::string text = runWith({"project", "show", project_}).out;
     for (const char* piece : {"renamed Hero", "unmatched", "4 clips."})
         EXPECT_NE(text.find(piece), std::string::npos) << text;
-    const Outcome exported = run({"project", "export", project_, "-o", output_, "--json"});
+    const Outcome exported = runWith({"project", "export", project_, "-o", output_, "--json"});
     EXPECT_EQ(exported.status, done) << exported.err;
-    EXPECT_EQ(JSON::parse(exported.out).find("syncClipCount")->integer(), 3);
-    EXPECT_EQ(JSON::parse(exported.out).find("smartAudio")->find("clipsNotAnalyzed")->integer(), 2);
+    EXPECT_EQ(exported.json().find("syncClipCount")->integer(), 3);
+    EXPECT_EQ(exported.json().find("smartAudio")->find("clipsNotAnalyzed")->integer(), 2);
     EXPECT_NE(folder_.read("out.fcpxml").find("Hero"), std::string::npos);
 
     std::filesystem::remove(output_);
     std::filesystem::rename(folder_.path("sound"), folder_.path("away"));
-    const Outcome gone = run({"project", "export", project_, "-o", output_});
+    const Outcome gone = runWith({"project", "export", project_, "-o", output_});
     EXPECT_EQ(gone.status, failed);
     EXPECT_NE(gone.err.find("can't read the project's folder"), std::string::npos) << gone.err;
     EXPECT_FALSE(std::filesystem::exists(output_));
-    EXPECT_NE(run({"project", "show", project_}).out.find("sound (is not there now)"), std::string::npos);
+    EXPECT_NE(runWith({"project", "show", project_}).out.find("sound (is not there now)"), std::string::npos);
 }
 
 TEST_F(KeptWork, wrongUsageIsToldFromFailure) {
@@ -147,7 +125,7 @@ TEST_F(KeptWork, wrongUsageIsToldFromFailure) {
         {{"project", "export", folder_.path("none"), "-o", output_}, failed},
         {{"project", "export", project_}, wrongUsage}};
     for (const auto& [words, status] : cases) {
-        const Outcome outcome = run(words);
+        const Outcome outcome = runWith(words);
         EXPECT_EQ(outcome.status, status) << outcome.err;
         EXPECT_TRUE(outcome.err.starts_with("error: "));
     }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvane::cli {
@@ -20,9 +21,10 @@ struct Outcome {
     platform::JSON json() const { return platform::JSON::parse(out); }
 };
 
-/// Never with the probe cache of the user who runs the tests.
+/// Never with the probe cache and the settings of the user who runs the tests.
 inline Outcome runWith(std::vector<std::string> words, bool onTerminal = false,
-                       const std::string& cacheFile = {}) {
+                       const std::string& cacheFile = {},
+                       std::shared_ptr<platform::SettingsStore> settings = nullptr) {
     const test::TemporaryDirectory folder;
     std::ostringstream out, err;
     Context context{out, err};
@@ -30,7 +32,7 @@ inline Outcome runWith(std::vector<std::string> words, bool onTerminal = false,
     context.openProbeCache = [&] {
         return std::make_shared<ProbeCache>(cacheFile.empty() ? folder.path("cache.json") : cacheFile);
     };
-    context.settings = std::make_shared<platform::MemorySettingsStore>();
+    context.settings = settings ? std::move(settings) : std::make_shared<platform::MemorySettingsStore>();
     registerStandardDefaults(*context.settings);
     const int status = run(words, context);
     return {status, out.str(), err.str()};

@@ -1,30 +1,13 @@
-#include "OrvaneSyncCLI/Command.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
-#include "Platform/JSON.h"
-
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <sstream>
-#include <string>
-#include <vector>
+#include "OrvaneSyncCLI/RunCommand.h"
+#include "Support/Test.h"
 
 namespace orvane::cli {
 namespace {
 
 struct SettingsCommand : testing::Test {
-    struct Outcome {
-        int status = 0;
-        std::string out, err;
-    };
-
     Outcome settings(std::vector<std::string> words) const {
         words.insert(words.begin(), "settings");
-        std::ostringstream out, err;
-        Context context{out, err};
-        context.settings = store;
-        const int status = run(words, context);
-        return {status, out.str(), err.str()};
+        return runWith(std::move(words), false, {}, store);
     }
 
     std::shared_ptr<platform::MemorySettingsStore> store = std::make_shared<platform::MemorySettingsStore>();
@@ -37,43 +20,37 @@ TEST_F(SettingsCommand, listsEveryKeyWithAMeaningThatFitsALine) {
         const auto meaning = SettingsCatalogue::meaning(setting.key);
         EXPECT_TRUE(!meaning.empty() && meaning.size() <= 80) << setting.key;
     }
-    const auto json = platform::JSON::parse(settings({"--json"}).out);
+    const auto json = settings({"--json"}).json();
     ASSERT_EQ(json.elements()->size(), SettingsCatalogue::all().size());
     EXPECT_EQ(*json.elements()->front().find("default")->string(), "Synced");
 }
 
 TEST_F(SettingsCommand, keepsWhatItWasToldAndRefusesWhatNobodyReads) {
-    struct Case {
-        std::vector<std::string> words;
-        int status;
-        std::string says; ///< in the output, or in the error
-    };
-    const std::vector<Case> cases{
-        {{"get", "trimMode"}, 0, "common\n"},
-        {{"set", "trimMode", "video"}, 0, ""},
-        {{"get", "trimMode"}, 0, "video\n"},
-        {{"set", "trimMode", "longest"}, 2, "takes one of common, video, none; not 'longest'"},
-        {{"get", "trimMode"}, 0, "video\n"},
-        {{"unset", "trimMode"}, 0, ""},
-        {{"get", "trimMode"}, 0, "common\n"},
-        {{"set", "eventName", "12"}, 0, ""},
-        {{"get", "eventName"}, 0, "12\n"},
-        {{"set", "generateMulticam", "perhaps"}, 2, "takes a boolean"},
-        {{"set", "lockit.fieldMapping.v1", "[1]"}, 2, "takes a map"},
-        {{"set", "trimmode", "video"}, 2, "did you mean 'trimMode'?"},
-        {{"set", "trimMode"}, 2, "takes a key and a value"},
-        {{"get", "trimMode", "x"}, 2, "takes one key"},
-        {{"forget", "trimMode"}, 2, "get, set or unset"},
-    };
-    for (const Case& test : cases) {
-        const Outcome outcome = settings(test.words);
-        SCOPED_TRACE(test.words[0] + " " + test.words[1]);
-        EXPECT_EQ(outcome.status, test.status) << outcome.err;
-        if (test.status == 0)
-            EXPECT_EQ(outcome.out, test.says);
+    // `says`: in the output, or in the error
+    const auto check = [&](const std::vector<std::string>& words, int status, const std::string& says) {
+        const Outcome outcome = settings(words);
+        SCOPED_TRACE(words[0] + " " + words[1]);
+        EXPECT_EQ(outcome.status, status) << outcome.err;
+        if (status == 0)
+            EXPECT_EQ(outcome.out, says);
         else
-            EXPECT_NE(outcome.err.find(test.says), std::string::npos) << outcome.err;
-    }
+            EXPECT_NE(outcome.err.find(says), std::string::npos) << outcome.err;
+    };
+    check({"get", "trimMode"}, 0, "common\n");
+    check({"set", "trimMode", "video"}, 0, "");
+    check({"get", "trimMode"}, 0, "video\n");
+    check({"set", "trimMode", "longest"}, 2, "takes one of common, video, none; not 'longest'");
+    check({"get", "trimMode"}, 0, "video\n");
+    check({"unset", "trimMode"}, 0, "");
+    check({"get", "trimMode"}, 0, "common\n");
+    check({"set", "eventName", "12"}, 0, "");
+    check({"get", "eventName"}, 0, "12\n");
+    check({"set", "generateMulticam", "perhaps"}, 2, "takes a boolean");
+    check({"set", "lockit.fieldMapping.v1", "[1]"}, 2, "takes a map");
+    check({"set", "trimmode", "video"}, 2, "did you mean 'trimMode'?");
+    check({"set", "trimMode"}, 2, "takes a key and a value");
+    check({"get", "trimMode", "x"}, 2, "takes one key");
+    check({"forget", "trimMode"}, 2, "get, set or unset");
     EXPECT_TRUE(store->storedValue("eventName").has_value());
     EXPECT_FALSE(store->storedValue("trimMode").has_value());
 }

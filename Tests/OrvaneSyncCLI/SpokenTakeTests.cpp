@@ -3,21 +3,7 @@
 #include "MediaFactory/MovieMaker.h"
 #include "MediaFactory/WaveMaker.h"
 #include "Platform/AudioFile.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdlib>
-#include <filesystem>
-#include <functional>
-#include <random>
-#include <set>
-#include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane::cli {
 namespace {
@@ -169,87 +155,38 @@ TEST_F(SpokenTakeTest, theDocumentOpensTheMicrophonesOfWhoSpeaks) {
 
     using Names = std::set<std::string>;
     const Names lavs{"Lav Anna", "Lav Ben"}, all{"Mix", "Boom", "Lav Anna", "Lav Ben"};
-    struct Case {
-        std::vector<std::string> options;
-        Names first, second;
-        std::string loudness; ///< of the tracks with speech; empty: no effect
-    };
-    const std::vector<Case> cases{
-        {{}, lavs, {"Mix"}, "amount=\"0.3\""},
-        {{"--set", "smartAudioMode=studio"}, lavs, {"Mix"}, "amount=\"0.5\""},
-        {{"--set", "smartAudioMode=studio", "--smart-audio", "Cinematic"}, lavs, {"Mix"}, "amount=\"0.6\""},
-        {{"--set", "smartAudioMode=custom", "--set", "smartAudio.loudness=0.42"},
-         lavs,
-         {"Mix"},
-         "amount=\"0.42\""},
-        {{"--set", "smartAudioMode=loud"}, lavs, {"Mix"}, "amount=\"0.3\""},
-        {{"--set", "smartAudioMode=off"}, all, all, ""},
-        {{"--set", "smartAudioMode=studio", "--no-smart-audio"}, all, all, ""},
-        {{"--smart-audio", "off"}, all, all, ""},
-    };
     const std::string report = "Orvane Tandrel/diagnostics/orvane_routing_debug.txt";
-    for (const Case& one : cases) {
-        SCOPED_TRACE(one.options.empty() ? "" : one.options.back());
+    // `loudness`: of the tracks with speech; empty: no effect
+    const auto check = [&](const std::vector<std::string>& options, const Names& first, const Names& second,
+                           const std::string& loudness) {
+        SCOPED_TRACE(options.empty() ? "" : options.back());
         work_.write(report, "");
-        const auto found = clips(one.options);
+        const auto found = clips(options);
         ASSERT_EQ(found.size(), 2U);
-        EXPECT_EQ(activeNames(found[0]), one.first);
-        EXPECT_EQ(activeNames(found[1]), one.second);
-        const std::string effect = "<adjust-loudness " + one.loudness;
-        EXPECT_EQ(found[0].find(effect) == std::string::npos, one.loudness.empty());
+        EXPECT_EQ(activeNames(found[0]), first);
+        EXPECT_EQ(activeNames(found[1]), second);
+        const std::string effect = "<adjust-loudness " + loudness;
+        EXPECT_EQ(found[0].find(effect) == std::string::npos, loudness.empty());
         // Each recording is heard once, and says so where a report stands already.
         const std::string text = work_.read(report);
         std::size_t count = 0;
         for (std::size_t at = text.find("Take-default: T"); at != std::string::npos;
              at = text.find("Take-default: T", at + 1))
             ++count;
-        EXPECT_EQ(count, one.loudness.empty() ? 0U : 2U) << text;
+        EXPECT_EQ(count, loudness.empty() ? 0U : 2U) << text;
         const bool saysSo =
             outcome_.out.find("Smart Audio: 2 clips heard, 3 of 8 channels chosen.") != std::string::npos;
-        EXPECT_EQ(saysSo, !one.loudness.empty()) << outcome_.out;
-    }
-}
-
-TEST_F(SpokenTakeTest, aScanListensOnlyWhereTheSettingWasWritten) {
-    makeTake(1, {{"Mix", -40, -40, -66},
-                 {"Boom", -37, -37, -62},
-                 {"Lav Anna", -18, -42, -70},
-                 {"Lav Ben", -42, -18, -70}});
-    const auto tracks = [&](std::vector<std::string> options) {
-        options.insert(options.begin(), {"scan", folder_.path("shoot"), "--json"});
-        return runWith(options)
-            .json()
-            .find("syncGroups")
-            ->elements()
-            ->front()
-            .find("manualActiveTracks")
-            ->dump();
+        EXPECT_EQ(saysSo, !loudness.empty()) << outcome_.out;
     };
-    EXPECT_EQ(tracks({}), "[]");
-    EXPECT_EQ(tracks({"--set", "smartAudioMode=off"}), "[]");
-    EXPECT_EQ(tracks({"--set", "smartAudioMode=standard"}), "[3,4]");
-    const auto onTerminal =
-        runWith({"scan", folder_.path("shoot"), "--set", "smartAudioMode=standard"}, true);
-    EXPECT_NE(onTerminal.out.find("1 clip heard, 2 of 4 channels chosen"), std::string::npos)
-        << onTerminal.out;
-}
-
-TEST_F(SpokenTakeTest, aRecordingThatCannotBeHeardIsAWarning) {
-    makeTake(1, {{"Boom", -18, -18, -62}});
-    const std::string cacheFile = folder_.path("cache/probe-cache.json"),
-                      path = folder_.path("shoot/T01.WAV");
-    runWith({"scan", folder_.path("shoot")}, false, cacheFile);
-    // What is known of the file still counts, and its samples are gone.
-    const auto written = std::filesystem::last_write_time(path);
-    folder_.write("shoot/T01.WAV", std::string(std::filesystem::file_size(path), '\0'));
-    std::filesystem::last_write_time(path, written);
-    const Outcome outcome =
-        runWith({"sync", folder_.path("shoot"), "-o", folder_.path("out.fcpxml")}, false, cacheFile);
-    EXPECT_EQ(outcome.status, done);
-    EXPECT_NE(outcome.err.find("warning: Smart Audio can't hear T01.WAV"), std::string::npos) << outcome.err;
-    EXPECT_NE(outcome.out.find("0 clips heard, 0 of 0 channels chosen; 1 recording can't be heard"),
-              std::string::npos)
-        << outcome.out;
+    check({}, lavs, {"Mix"}, "amount=\"0.3\"");
+    check({"--set", "smartAudioMode=studio"}, lavs, {"Mix"}, "amount=\"0.5\"");
+    check({"--set", "smartAudioMode=studio", "--smart-audio", "Cinematic"}, lavs, {"Mix"}, "amount=\"0.6\"");
+    check({"--set", "smartAudioMode=custom", "--set", "smartAudio.loudness=0.42"}, lavs, {"Mix"},
+          "amount=\"0.42\"");
+    check({"--set", "smartAudioMode=loud"}, lavs, {"Mix"}, "amount=\"0.3\"");
+    check({"--set", "smartAudioMode=off"}, all, all, "");
+    check({"--set", "smartAudioMode=studio", "--no-smart-audio"}, all, all, "");
+    check({"--smart-audio", "off"}, all, all, "");
 }
 
 TEST_F(SpokenTakeTest, saysWhatSmartAudioDidNotHear) {
@@ -262,54 +199,44 @@ TEST_F(SpokenTakeTest, saysWhatSmartAudioDidNotHear) {
                           runWith({"scan", shoot, "--no-cache", "--set", "smartAudioMode=standard"}),
                           *runWith(inJSON).json().find("smartAudio"));
     };
-    struct Case {
-        const char* trouble;
-        std::vector<Microphone> microphones;
-        std::function<void(std::string& wave)> harm;
-        const char *warning, *count;
-    };
-    const std::vector<Case> cases{
-        {"none", {{"Boom", -18, -18, -62}, {"TCM", -40, -40, -66}}, nullptr, "", "1 clip heard, 1 of 2"},
-        {"only timecode is steady",
-         {{"Boom", -60, -60, -66}, {"LTC", -20, -20, -22}},
-         nullptr,
-         "of T01.WAV only channel 2 is switched on, by its name timecode",
-         "1 clip heard, 1 of 2"},
-        {"a card that was pulled",
-         {{"Boom", -18, -18, -62}, {"Lav", -40, -40, -66}},
-         [](std::string& wave) { wave.resize(wave.size() / 2); },
-         "T01.WAV ends early: ",
-         "1 clip heard, 1 of 2"},
-        {"a format that nothing decodes",
-         {{"Boom", -18, -18, -62}, {"Lav", -40, -40, -66}},
-         [](std::string& wave) { wave.replace(wave.find("fmt ") + 8, 2, "\x00\x20", 2); },
-         "Smart Audio can't hear T01.WAV; only its channel 1 stays switched on",
-         "0 clips heard, 0 of 0 channels chosen; 1 recording can't be heard"},
-    };
-    for (const Case& one : cases) {
-        SCOPED_TRACE(one.trouble);
-        makeTake(1, one.microphones);
-        if (one.harm) {
+    const auto check = [&](const char* trouble, const std::vector<Microphone>& microphones,
+                           const std::function<void(std::string & wave)>& harm, const char* warning,
+                           const char* count) {
+        SCOPED_TRACE(trouble);
+        makeTake(1, microphones);
+        if (harm) {
             std::string wave = folder_.read("shoot/T01.WAV");
-            one.harm(wave);
+            harm(wave);
             folder_.write("shoot/T01.WAV", wave);
         }
         const auto [sync, scan, inJSON] = outcomes();
         EXPECT_EQ(*inJSON.find("mode")->string(), "standard");
-        EXPECT_EQ(inJSON.find("clipsHeard")->integer(), one.count[0] - '0');
+        EXPECT_EQ(inJSON.find("clipsHeard")->integer(), count[0] - '0');
         const auto& problems = *inJSON.find("problems")->elements();
-        ASSERT_EQ(problems.size(), *one.warning == '\0' ? 0U : 1U);
+        ASSERT_EQ(problems.size(), *warning == '\0' ? 0U : 1U);
         for (const JSON& problem : problems)
-            EXPECT_NE(problem.string()->find(one.warning), std::string::npos) << *problem.string();
+            EXPECT_NE(problem.string()->find(warning), std::string::npos) << *problem.string();
         for (const Outcome& outcome : {sync, scan}) {
             EXPECT_EQ(outcome.status, done);
-            EXPECT_NE(outcome.out.find(one.count), std::string::npos) << outcome.out;
-            if (*one.warning == '\0')
+            EXPECT_NE(outcome.out.find(count), std::string::npos) << outcome.out;
+            if (*warning == '\0')
                 EXPECT_EQ(outcome.err, "");
             else
-                EXPECT_NE(outcome.err.find(one.warning), std::string::npos) << outcome.err;
+                EXPECT_NE(outcome.err.find(warning), std::string::npos) << outcome.err;
         }
-    }
+    };
+    check("none", {{"Boom", -18, -18, -62}, {"TCM", -40, -40, -66}}, nullptr, "", "1 clip heard, 1 of 2");
+    check("only timecode is steady", {{"Boom", -60, -60, -66}, {"LTC", -20, -20, -22}}, nullptr,
+          "of T01.WAV only channel 2 is switched on, by its name timecode", "1 clip heard, 1 of 2");
+    check(
+        "a card that was pulled", {{"Boom", -18, -18, -62}, {"Lav", -40, -40, -66}},
+        [](std::string& wave) { wave.resize(wave.size() / 2); },
+        "T01.WAV ends early: ", "1 clip heard, 1 of 2");
+    check(
+        "a format that nothing decodes", {{"Boom", -18, -18, -62}, {"Lav", -40, -40, -66}},
+        [](std::string& wave) { wave.replace(wave.find("fmt ") + 8, 2, "\x00\x20", 2); },
+        "Smart Audio can't hear T01.WAV; only its channel 1 stays switched on",
+        "0 clips heard, 0 of 0 channels chosen; 1 recording can't be heard");
 }
 
 TEST_F(SpokenTakeTest, saysWhereARecordingIsTooLongToBeHeardWhole) {

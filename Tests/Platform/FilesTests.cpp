@@ -1,15 +1,11 @@
 #include "Platform/Files.h"
 
+#include "Platform/FileLock.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
+#include "Support/Test.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <filesystem>
-#include <set>
-#include <string>
 
 namespace orvane::platform {
 namespace {
@@ -77,6 +73,29 @@ TEST(Files, aFailedWriteLeavesNothingAndSaysWhy) {
         EXPECT_THROW(files::writeAtomically(folder.path("locked/file"), "new"), FileError);
         EXPECT_EQ(folder.read("locked/file"), "old");
     }
+}
+
+TEST(Files, whatIsKeptBesideAFileIsKeptOnceAndNeverReplaced) {
+    const TemporaryDirectory folder;
+    const std::string path = folder.path("a");
+    folder.write("a.other", "older");
+    folder.write("a", "1");
+    for (int time = 0; time < 3; ++time) // as before writes that fail
+        EXPECT_EQ(files::keepBeside(path, files::otherSuffix), path + ".other-2");
+    files::writeAtomically(path, "2");
+    EXPECT_EQ(files::keepBeside(path, files::otherSuffix), path + ".other-3");
+    EXPECT_EQ(folder.read("a.other") + folder.read("a.other-2") + folder.read("a.other-3"), "older12");
+    EXPECT_EQ(files::childNames(folder.path())->size(), 4U);
+    EXPECT_THROW(files::keepBeside(folder.path("missing"), files::otherSuffix), FileError);
+}
+
+TEST(Files, aLockThatIsNeverLetGoIsAnError) {
+    const TemporaryDirectory folder;
+    {
+        const FileLock lock = FileLock::ofFolder(folder.path());
+        EXPECT_THROW(FileLock::ofFolder(folder.path(), std::chrono::milliseconds(0)), FileError);
+    }
+    FileLock::ofFolder(folder.path(), std::chrono::milliseconds(0));
 }
 
 TEST(Files, readsWholeFilesUpToALimit) {

@@ -1,13 +1,7 @@
 #include "Platform/JSON.h"
 
 #include "Platform/JSONView.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstdint>
-#include <limits>
-#include <string>
+#include "Support/Test.h"
 
 namespace orvane::platform {
 namespace {

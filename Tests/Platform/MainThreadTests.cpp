@@ -1,13 +1,8 @@
 #include "Platform/MainThread.h"
+#include "Support/Test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <atomic>
-#include <stdexcept>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace orvane::platform {
 namespace {
@@ -70,6 +65,26 @@ TEST(SerialQueue, runsEverythingThatWasPromised) {
         EXPECT_THROW(queue->sync([] { throw std::runtime_error("passes through"); }), std::runtime_error);
     }
     EXPECT_EQ(order, "abcde");
+}
+
+TEST(SerialQueue, runsOnePieceAtATimeForManyWhoWait) {
+    constexpr int callers = 4, rounds = 250;
+    int count = 0; // of the queue alone
+    std::vector<std::thread> threads;
+    {
+        const auto queue = SerialQueue::create("many");
+        for (int caller = 0; caller < callers; ++caller)
+            threads.emplace_back([&] {
+                for (int round = 0; round < rounds; ++round) {
+                    bool isPostedDone = false, wasPostedDone = false;
+                    queue->post([&] { isPostedDone = ++count > 0; });
+                    queue->sync([&] { wasPostedDone = isPostedDone && ++count > 0; });
+                    EXPECT_TRUE(wasPostedDone);
+                }
+            });
+        for (auto& thread : threads) thread.join();
+    }
+    EXPECT_EQ(count, 2 * callers * rounds);
 }
 
 TEST(Concurrently, runsEachIndexOnceWithinItsLimit) {

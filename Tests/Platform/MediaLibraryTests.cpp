@@ -3,16 +3,9 @@
 #include "Platform/Media/MediaLibraryLoader.h"
 #include "Platform/MediaInspectionText.h"
 #include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <cstdlib>
-#include <span>
-#include <string>
 #include <sys/stat.h>
-#include <vector>
 
 namespace orvane::test {
 namespace {

@@ -1,17 +1,9 @@
 #include "Platform/MediaInspector.h"
+#include "Support/Samples.h"
+#include "Support/Test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <optional>
-#include <sstream>
-#include <string>
-#include <vector>
 
 namespace orvane::test {
 namespace {
@@ -61,11 +53,6 @@ std::optional<Facts> readFacts(const std::string& line) {
         facts.longest = std::max(facts.longest, seconds);
     }
     return facts;
-}
-
-std::filesystem::path samplesFolder() {
-    if (const char* folder = std::getenv("ORVANE_SAMPLES")) return folder;
-    return std::filesystem::path(ORVANE_SOURCE_DIR).parent_path() / "shared" / "samples";
 }
 
 /// Where we answer otherwise than the other tool, on purpose.

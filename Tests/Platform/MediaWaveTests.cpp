@@ -1,10 +1,7 @@
 #include "MediaFactory/MediaFactory.h"
 #include "Platform/MediaInspectionText.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
+#include "Support/Test.h"
 
 namespace orvane::test {
 namespace {

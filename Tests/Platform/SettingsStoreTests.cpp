@@ -2,16 +2,13 @@
 #include "Platform/SettingsStore.h"
 
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
+#include "Support/Test.h"
 
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace orvane::platform {
 namespace {

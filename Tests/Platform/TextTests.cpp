@@ -1,10 +1,5 @@
 #include "Platform/Text.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <tuple>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane::platform {
 namespace {

@@ -3,16 +3,9 @@
 #include "Platform/Media/WaveAudio.h"
 #include "Platform/VectorOps.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
+#include "Support/Test.h"
 
 #include <bit>
-#include <cmath>
-#include <filesystem>
-#include <limits>
-#include <random>
-#include <string>
-#include <vector>
 
 namespace orvane::test {
 namespace {

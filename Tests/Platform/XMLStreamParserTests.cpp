@@ -1,10 +1,5 @@
 #include "Platform/XMLStreamParser.h"
-
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <stdexcept>
-#include <string>
+#include "Support/Test.h"
 
 namespace orvane::platform {
 namespace {

@@ -1,10 +1,5 @@
+#include "Support/Test.h"
 #include "Timecode/Timecode.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <random>
 
 namespace orvane {
 namespace {

@@ -172,9 +172,17 @@ std::vector<MediaAsset> ImportController::availableAudioPool() const {
 }
 
 const MediaAsset* ImportController::audioInPool(const UUID& id) const {
-    const auto pool = audioPool();
-    const auto found = std::ranges::find(pool, id, &MediaAsset::id);
-    return found == pool.end() ? nullptr : *found;
+    assertOnMainThread();
+    if (hasScannedAudio()) {
+        const auto& audio = scanResult_->audioAssets;
+        const auto found = std::ranges::find(audio, id, &MediaAsset::id);
+        return found == audio.end() ? nullptr : &*found;
+    }
+    if (const auto& clips = clipsUsing(id); !clips.empty())
+        for (const AudioMatch& match : syncGroups_[clips.front()].audioMatches)
+            if (match.audio->id == id) return &*match.audio;
+    const auto track = std::ranges::find(wildTracks_, id, &WildTrack::id);
+    return track == wildTracks_.end() ? nullptr : &track->audio;
 }
 
 std::vector<MediaAsset> ImportController::rawFilesAvailableToAttach(UUID excludingGroupID) const {

@@ -34,8 +34,13 @@ void ImportController::redo() { travel(&UndoStack<SyncGroupList>::redo); }
 
 void ImportController::travel(UndoTravel direction) {
     tellAtEnd([&] {
+        const bool wasEmpty = syncGroups_.empty();
         if (!(undoStack_.*direction)(syncGroups_, clock_->now())) return;
-        isEmptiedByEdit_ = syncGroups_.empty();
+        // A list without clips is the editor's where the step forward took them out; before the first step it
+        // is that of work that was not there yet.
+        if (wasEmpty) isEmptinessRedone_ = isEmptiedByEdit_;
+        isEmptiedByEdit_ =
+            syncGroups_.empty() && direction == &UndoStack<SyncGroupList>::redo && isEmptinessRedone_;
         syncGroups_.makeIndex();
         notify(ImportField::syncGroups);
         invalidateCachesAfterUndo();

@@ -399,6 +399,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     std::optional<std::string> aleImportError_;
     UndoStack<SyncGroupList> undoStack_;
     bool isEmptiedByEdit_ = false;
+    bool isEmptinessRedone_ = false; ///< redoing to a list without clips is an edit
     ProjectFileState project_;
     std::optional<std::string> aleMatchStatus_;
     SmartAudioState smartAudio_;

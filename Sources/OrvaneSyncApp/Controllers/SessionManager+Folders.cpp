@@ -129,15 +129,30 @@ void SessionManager::changeFolders(SessionStore::FolderChange change) {
     notify(SessionField::folderInfos);
 }
 
+/// As it now is on the disk, with what is not there yet. A list that can't be read is no reason to forget
+/// one.
+void SessionManager::loadFolderInfos() {
+    auto stored = store_.readFolderInfos();
+    std::vector<FolderInfo> folders = stored.problem ? folderInfos_ : std::move(*stored.record);
+    for (const auto& unsaved : unsavedFolderChanges_) unsaved(folders);
+    sortByName(folders);
+    if (stored.problem || folderListProblem_) folderListProblem_ = std::move(stored.problem);
+    if (std::exchange(folderInfos_, folders) != folders) notify(SessionField::folderInfos);
+    tellProblem();
+}
+
 void SessionManager::writeFolderChanges() {
     if (unsavedFolderChanges_.empty()) return;
     const auto changeAll = [this](std::vector<FolderInfo>& folders) {
         for (const auto& unsaved : unsavedFolderChanges_) unsaved(folders);
     };
     try {
-        folderInfos_ = store_.changeFolderInfos(folderInfos_, changeAll);
+        auto changed = store_.changeFolderInfos(folderInfos_, changeAll);
+        folderInfos_ = std::move(changed.record);
         unsavedFolderChanges_.clear();
         folderFailure_.reset();
+        folderListProblem_.reset();
+        if (changed.kept) tellOfKeptFiles({*changed.kept});
     } catch (const platform::FileError& error) {
         folderFailure_ = std::string("folders.json: ") + error.what();
     }
@@ -150,6 +165,7 @@ void SessionManager::captureActiveSettingsSnapshot() {
     assertOnMainThread();
     const auto folder = currentSessionFolderName();
     if (!folder) return;
+    loadFolderInfos();
     const std::string snapshot = presetManager_.snapshotData(*settings_);
     const FolderInfo* info = folderInfo(*folder);
     if (info != nullptr && info->activeSettingsSnapshot == snapshot) return;

@@ -57,7 +57,7 @@ platform::Task SessionManager::write(std::weak_ptr<SessionManager> weak, UUID id
     Outcome outcome = co_await writing;
     self = weak.lock();
     if (!self) co_return;
-    if (self->currentSessionId_ == id) self->tellOfKeptFile(std::exchange(outcome.kept, std::nullopt));
+    self->tellOfKeptFiles(std::exchange(outcome.kept, {}));
     if (!self->isNewest(id, token)) co_return;
 
     auto listing = platform::onQueue(*self->queue_, *self->mainThread_,
@@ -76,31 +76,62 @@ void SessionManager::writeWork(const SessionStore& store, SessionGroupsWriter& w
                                const Unwritten& data, Outcome& outcome) {
     if (!data.work) return;
     attempt(outcome.failures, "groups.json", [&] {
-        auto written = writer.write(id, data.work->groups);
-        outcome.kept = std::move(written.kept);
+        store.create(id); // somebody may have taken it away meanwhile
+        auto written = writer.write(id, data.work->groups, data.work->isEmptiedByEdit);
+        if (written.kept) outcome.kept.push_back(std::move(*written.kept));
         outcome.areClipsOutdated = written.areOutdated;
     });
-    if (!data.work->folders || (outcome.areClipsOutdated && data.work->areFoldersAsOpened)) return;
-    attempt(outcome.failures, "folders.json", [&] { store.writeFolders(id, *data.work->folders); });
+    const SessionFoldersChange& change = data.work->folders;
+    auto onDisk = store.readFolders(id);
+    outcome.folders = std::move(onDisk.record);
+    // Where nobody has chosen other folders, what stands there stays, even what can't be read.
+    if (change.isEmpty() && (outcome.folders || onDisk.problem)) return;
+    attempt(outcome.failures, "folders.json", [&] {
+        auto changed = store.changeFolders(id, change);
+        if (changed.kept) outcome.kept.push_back(std::move(*changed.kept));
+        outcome.folders = std::move(changed.record);
+    });
 }
 
-/// Of a session whose clips another process has changed, only what somebody decided here.
+/// Of a session whose clips another process has changed, only what somebody decided here. A name that follows
+/// the folders follows those on the disk.
 void SessionManager::writeRecord(const SessionStore& store, const Unwritten& data, Outcome& outcome) {
-    const auto change = outcome.areClipsOutdated ? data.change.decisions() : data.change;
+    const bool isOfFolders = data.work && !data.work->folders.isEmpty();
+    auto change = outcome.areClipsOutdated && !isOfFolders ? data.change.decisions() : data.change;
     if (!change) return;
-    attempt(outcome.failures, "session.json", [&] { outcome.info = store.changeInfo(data.info, *change); });
+    if (outcome.areClipsOutdated) change->counts.reset();
+    if (change->derivedName && outcome.folders)
+        change->derivedName = defaultName(*outcome.folders, change->modified.value_or(Date{}));
+    attempt(outcome.failures, "session.json", [&] {
+        auto changed = store.changeInfo(data.info, *change);
+        if (changed.kept) outcome.kept.push_back(std::move(*changed.kept));
+        outcome.info = std::move(changed.record);
+    });
 }
 
 void SessionManager::finished(const UUID& id, Outcome outcome) {
     failures_.erase(id);
-    if (outcome.failures.empty())
-        unwritten_.erase(id);
-    else
+    if (!outcome.failures.empty()) {
         failures_[id] = platform::text::joined(outcome.failures, "; ");
-    if (id != currentSessionId_ && outcome.failures.empty())
-        queue_->post([writer = groupsWriter_, id] { writer->closed(id); });
+    } else if (const auto written = unwritten_.find(id); written != unwritten_.end()) {
+        if (id != currentSessionId_) {
+            queue_->post([writer = groupsWriter_, id] { writer->closed(id); });
+        } else if (const auto& work = written->second.work) {
+            knownFolders_ = work->folders.folders;
+            areFoldersUnreadable_ = areFoldersUnreadable_ && work->folders.isEmpty();
+            deletionProblem_.reset();
+            tellProblem();
+        }
+        unwritten_.erase(written);
+    }
     if (outcome.info) adopt(std::move(*outcome.info));
+    tellOfKeptFiles(outcome.kept);
     reportFailures();
+}
+
+std::optional<std::string> SessionManager::saveError(const UUID& sessionId) const {
+    const auto failure = failures_.find(sessionId);
+    return failure == failures_.end() ? std::nullopt : std::optional(failure->second);
 }
 
 void SessionManager::reportFailures() {
@@ -123,7 +154,7 @@ void SessionManager::writeNow(const UUID& id) {
         writeWork(store_, *groupsWriter_, id, data, outcome);
         writeRecord(store_, data, outcome);
     });
-    if (outcome.kept) keptFile_ = outcome.kept;
+    keptWhileOpening_ = outcome.kept;
     finished(id, std::move(outcome));
 }
 
@@ -176,12 +207,14 @@ void SessionManager::persistRecord(const UUID& id, SessionInfoChange change) {
         return reportFailures();
     }
     Outcome outcome;
-    writeRecord(store_, data, outcome);
-    if (outcome.info) adopt(*outcome.info);
-    if (data.work)
-        startWriting(id);
-    else
-        finished(id, std::move(outcome));
+    if (!data.work) {
+        writeRecord(store_, data, outcome);
+        return finished(id, std::move(outcome));
+    }
+    // What follows from clips that are not on the disk yet is written behind them.
+    writeRecord(store_, {nullptr, data.info, *data.change.decisions()}, outcome);
+    if (outcome.info) adopt(data.info);
+    startWriting(id);
 }
 
 } // namespace orvane

@@ -17,13 +17,6 @@ namespace {
 
 constexpr std::chrono::seconds autosaveInterval{5};
 
-std::string dayText(Date date) {
-    const auto local = calendar::fields(date);
-    std::array<char, 48> text{};
-    std::snprintf(text.data(), text.size(), "%02d.%02d.%04d", local.day, local.month, local.year);
-    return text.data();
-}
-
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 /// As the first match of "DT[ _-]*0*([0-9]+)", in any case, whose digits are a number of 64 bits.
@@ -63,9 +56,10 @@ std::shared_ptr<SessionManager> SessionManager::create(Dependencies dependencies
 SessionManager::SessionManager(Dependencies dependencies)
     : mainThread_(std::move(dependencies.mainThread)), settings_(std::move(dependencies.settings)),
       clock_(std::move(dependencies.clock)), store_(std::move(dependencies.sessionsDir)),
-      sessions_(store_.list()), folderInfos_(store_.readFolderInfos()),
-      groupsWriter_(std::make_shared<SessionGroupsWriter>(store_)),
-      queue_(platform::SerialQueue::create("sessions")) {}
+      sessions_(store_.list()), groupsWriter_(std::make_shared<SessionGroupsWriter>(store_)),
+      queue_(platform::SerialQueue::create("sessions")) {
+    loadFolderInfos();
+}
 
 SessionManager::~SessionManager() {
     listeners_ = {};
@@ -93,15 +87,17 @@ platform::Task SessionManager::save(const ImportController& controller, std::opt
     } catch (const platform::FileError&) {
         // Writing into it fails with a reason of its own.
     }
-    change(id, changeBySave(controller, std::move(name))).work = workOf(controller);
+    auto work = std::make_shared<const Work>(workOf(controller));
+    change(id, changeBySave(*work, std::move(name))).work = std::move(work);
     return startWriting(id);
 }
 
-SessionInfoChange SessionManager::changeBySave(const ImportController& controller,
-                                               std::optional<std::string> name) const {
-    const SyncGroupList& groups = controller.syncGroups();
+SessionInfoChange SessionManager::changeBySave(const Work& work, std::optional<std::string> name) const {
+    const SyncGroupList& groups = work.groups;
     SessionInfoChange change;
-    if (!name) change.derivedName = defaultName(controller);
+    // While nobody knows the folders of a session that has some, it keeps the name it has from them.
+    if (!name && (!areFoldersUnreadable_ || !work.folders.isEmpty()))
+        change.derivedName = defaultName(work.folders.folders, now());
     change.name = std::move(name);
     change.counts = {static_cast<int>(groups.size()),
                      static_cast<int>(std::count_if(groups.begin(), groups.end(),
@@ -109,27 +105,24 @@ SessionInfoChange SessionManager::changeBySave(const ImportController& controlle
     return change;
 }
 
-/// A bookmark, of another platform, goes with the path it was made of.
-std::shared_ptr<const SessionManager::Work> SessionManager::workOf(const ImportController& controller) const {
-    SessionFolders folders{controller.videoFolderURL(), controller.audioFolderURL(), {}, {}};
-    if (folders.videoFolder == openedFolders_.videoFolder)
-        folders.videoBookmark = openedFolders_.videoBookmark;
-    if (folders.audioFolder == openedFolders_.audioFolder)
-        folders.audioBookmark = openedFolders_.audioBookmark;
-    Work work{controller.syncGroups(), folders, folders == openedFolders_};
-    if (areFoldersUnreadable_ && work.areFoldersAsOpened) work.folders.reset();
-    return std::make_shared<const Work>(std::move(work));
-}
-
-/// Nothing while nobody knows the folders of a session that has some.
-std::optional<std::string> SessionManager::defaultName(const ImportController& controller) const {
-    for (const auto* folder : {&controller.videoFolderURL(), &controller.audioFolderURL()}) {
-        if (!*folder) continue;
-        std::string name = (*folder)->lastPathComponent();
-        if (!name.empty()) return name;
+/// Folders are changed by choosing others: work without them does not take away those that the session has. A
+/// bookmark, of another platform, goes with the path it was made of.
+SessionManager::Work SessionManager::workOf(const ImportController& controller) const {
+    Work work{controller.syncGroups(), controller.isEmptiedByEdit(), {.folders = knownFolders_}};
+    const auto& video = controller.videoFolderURL();
+    const auto& audio = controller.audioFolderURL();
+    SessionFoldersChange& folders = work.folders;
+    folders.hasVideo = video && video != knownFolders_.videoFolder;
+    folders.hasAudio = audio && audio != knownFolders_.audioFolder;
+    if (folders.hasVideo) {
+        folders.folders.videoFolder = video;
+        folders.folders.videoBookmark.reset();
     }
-    if (areFoldersUnreadable_) return std::nullopt;
-    return "Session " + dayText(now());
+    if (folders.hasAudio) {
+        folders.folders.audioFolder = audio;
+        folders.folders.audioBookmark.reset();
+    }
+    return work;
 }
 
 SessionManager::Unwritten& SessionManager::change(const UUID& id, SessionInfoChange change) {
@@ -186,10 +179,19 @@ void SessionManager::saveScheduledChanges() {
 /// A list is saved empty only if the editor has taken the last clip out: work that is left behind, a card
 /// that is empty today and clips that could not be read leave what is on the disk.
 void SessionManager::autosaveIfNeeded() {
-    isSaveScheduled_ = false;
+    const bool isChanged = std::exchange(isSaveScheduled_, false);
     const auto controller = autosaveController_.lock();
     if (!controller || !currentSessionId_) return;
+    if (!isChanged && isDeletedByAnother()) {
+        deletionProblem_ = "Another program has deleted this session; the next change saves it anew";
+        return tellProblem();
+    }
     if (!controller->syncGroups().empty() || controller->isEmptiedByEdit()) save(*controller);
+}
+
+/// And nothing of it waits to be written here.
+bool SessionManager::isDeletedByAnother() const {
+    return !unwritten_.contains(*currentSessionId_) && store_.isDeleted(*currentSessionId_);
 }
 
 void SessionManager::scheduleTimer() {
@@ -221,6 +223,7 @@ void SessionManager::becomeActive() {
 
 void SessionManager::loadSessionList() {
     assertOnMainThread();
+    loadFolderInfos();
     sessions_ = store_.list();
     for (const auto& [id, unwritten] : unwritten_) {
         const SessionInfo* onDisk = session(id);
@@ -235,31 +238,30 @@ void SessionManager::load(UUID sessionId, ImportController& controller) {
     assertOnMainThread();
     if (!store_.exists(sessionId)) return;
     leaveSession();
+    loadFolderInfos();
     captureActiveSettingsSnapshot();
-    keptFile_.reset();
     writeNow(sessionId); // what is read must be the newest
     auto read = store_.readGroups(sessionId);
     const auto folders = store_.readFolders(sessionId);
     queue_->post([writer = groupsWriter_, sessionId, read] { writer->opened(sessionId, read); });
-    openedFolders_ = folders.record.value_or(SessionFolders{});
-    areFoldersUnreadable_ = folders.problem.has_value();
-    SessionFolders media = openedFolders_;
+    SessionFolders media = folders.record.value_or(SessionFolders{});
+    const SessionFolders known = media;
     if (const auto newer = unwritten_.find(sessionId); newer != unwritten_.end() && newer->second.work) {
         read.groups = newer->second.work->groups; // which the disk would not take
-        media = newer->second.work->folders.value_or(media);
+        media = newer->second.work->folders.folders;
     }
     {
         const Restoring restoring(*this);
         controller.openStoredWork({media.videoFolder, media.audioFolder, std::move(read.groups)});
     }
+    const auto kept = std::exchange(keptWhileOpening_, {});
     setCurrentSession(sessionId);
+    knownFolders_ = known;
+    areFoldersUnreadable_ = folders.problem.has_value();
     for (const auto& problem : {store_.readInfo(sessionId).problem, folders.problem, read.problem})
         if (problem) openingProblem_ = openingProblem_ ? *openingProblem_ + "; " + *problem : *problem;
-    if (openingProblem_) {
-        problem_ = openingProblem_;
-        notify(SessionField::problem);
-    }
-    tellOfKeptFile(std::exchange(keptFile_, std::nullopt));
+    tellProblem();
+    tellOfKeptFiles(kept);
     const FolderInfo* folder = folderOfSession(sessionId);
     if (folder == nullptr || !folder->activeSettingsSnapshot) return;
     try {
@@ -281,8 +283,6 @@ platform::Task SessionManager::newSession(ImportController& controller) {
         const Restoring restoring(*this);
         controller.openStoredWork({});
     }
-    openedFolders_ = {};
-    areFoldersUnreadable_ = false;
     setCurrentSession(UUID::random());
     return save(controller);
 }
@@ -297,15 +297,29 @@ void SessionManager::setCurrentSession(std::optional<UUID> id) {
     const auto before = std::exchange(currentSessionId_, id);
     if (before && before != id && !unwritten_.contains(*before))
         queue_->post([writer = groupsWriter_, left = *before] { writer->closed(left); });
+    knownFolders_ = {};
+    areFoldersUnreadable_ = false;
     openingProblem_.reset();
-    if (std::exchange(problem_, std::nullopt)) notify(SessionField::problem);
+    deletionProblem_.reset();
+    keptProblem_.reset();
+    tellProblem();
     notify(SessionField::currentSessionId);
 }
 
-/// The last one; what could not be read stays told of.
-void SessionManager::tellOfKeptFile(const std::optional<std::string>& kept) {
-    if (!kept) return;
-    problem_ = openingProblem_ ? *openingProblem_ + "; " + *kept : *kept;
+/// Also of a session that was left: the texts name the file.
+void SessionManager::tellOfKeptFiles(const std::vector<std::string>& kept) {
+    if (kept.empty()) return;
+    keptProblem_ = platform::text::joined(kept, "; ");
+    tellProblem();
+}
+
+void SessionManager::tellProblem() {
+    std::vector<std::string> parts;
+    for (const auto* part : {&folderListProblem_, &openingProblem_, &deletionProblem_, &keptProblem_})
+        if (*part) parts.push_back(**part);
+    const auto text = parts.empty() ? std::nullopt : std::optional(platform::text::joined(parts, "; "));
+    if (problem_ == text) return;
+    problem_ = text;
     notify(SessionField::problem);
 }
 
@@ -332,18 +346,25 @@ void SessionManager::setFolder(const UUID& sessionId, const std::optional<std::s
 
 void SessionManager::deleteSession(UUID sessionId) {
     assertOnMainThread();
-    unwritten_.erase(sessionId);
-    failures_.erase(sessionId);
     ++writeGeneration_[sessionId]; // writes on their way stop
     try {
         store_.remove(sessionId);
     } catch (const platform::FileError&) {
-        // What is still there is still listed.
+        if (!store_.isDeleted(sessionId)) {
+            if (unwritten_.contains(sessionId)) startWriting(sessionId);
+            throw;
+        }
     }
+    unwritten_.erase(sessionId);
+    failures_.erase(sessionId);
     queue_->post([writer = groupsWriter_, sessionId] { writer->closed(sessionId); });
     reportFailures();
     if (currentSessionId_ == sessionId) setCurrentSession(std::nullopt);
     loadSessionList();
+}
+
+bool SessionManager::exists(const UUID& sessionId) const {
+    return session(sessionId) != nullptr || store_.exists(sessionId);
 }
 
 std::optional<std::string> SessionManager::suggestedSessionName(const UUID& sessionId) const {

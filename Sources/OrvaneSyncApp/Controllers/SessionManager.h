@@ -45,8 +45,11 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     const std::optional<UUID>& currentSessionId() const { return currentSessionId_; }
     /// What the last writing of a session failed at; absent once all are written.
     const std::optional<std::string>& lastSaveError() const { return lastSaveError_; }
-    /// What people should know of the open session: what of it can't be read, or which file was kept.
+    /// What people should know: what can't be read of the open session or of the list of folders, that
+    /// another program has deleted the session, or which file was kept.
     const std::optional<std::string>& problem() const { return problem_; }
+    /// What the last writing of this session failed at; absent once it is written.
+    std::optional<std::string> saveError(const UUID& sessionId) const;
     /// Sorted by name.
     const std::vector<FolderInfo>& folderInfos() const { return folderInfos_; }
 
@@ -85,8 +88,10 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     void rename(const UUID& sessionId, std::string name);
     /// Blank: out of its folder.
     void setFolder(const UUID& sessionId, const std::optional<std::string>& folder);
-    /// Cannot be taken back.
+    /// Cannot be taken back. Throws FileError when it could not be deleted; all stands as it was then.
     void deleteSession(UUID sessionId);
+    /// In the list, or a folder on the disk whose record can't be read.
+    bool exists(const UUID& sessionId) const;
     /// The folder's name and the next shooting day, such as "Dreh DT 008"; nothing without a folder.
     std::optional<std::string> suggestedSessionName(const UUID& sessionId) const;
     const SessionInfo* session(const UUID& sessionId) const;
@@ -117,8 +122,8 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     /// The clips of a save.
     struct Work {
         SyncGroupList groups;
-        std::optional<SessionFolders> folders; ///< absent: those on the disk, which can't be read
-        bool areFoldersAsOpened = false;
+        bool isEmptiedByEdit = false;
+        SessionFoldersChange folders;
     };
     /// What of a session is not on the disk yet.
     struct Unwritten {
@@ -128,9 +133,10 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     };
     struct Outcome {
         std::vector<std::string> failures{};
-        std::optional<std::string> kept{};
+        std::vector<std::string> kept{};
         bool areClipsOutdated = false;
-        std::optional<SessionInfo> info{}; ///< as it now is on the disk
+        std::optional<SessionFolders> folders{}; ///< as they now are on the disk, where they can be read
+        std::optional<SessionInfo> info{};       ///< as it now is on the disk
     };
     class Restoring;
 
@@ -139,15 +145,18 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     void assertOnMainThread() const;
     Date now() const { return clock_->date(); }
 
-    SessionInfoChange changeBySave(const ImportController& controller, std::optional<std::string> name) const;
-    std::shared_ptr<const Work> workOf(const ImportController& controller) const;
-    std::optional<std::string> defaultName(const ImportController& controller) const;
+    SessionInfoChange changeBySave(const Work& work, std::optional<std::string> name) const;
+    Work workOf(const ImportController& controller) const;
     /// Notes a change of a record as unwritten and shows it.
     Unwritten& change(const UUID& id, SessionInfoChange change);
     void adopt(SessionInfo info);
     void place(SessionInfo info);
     void setCurrentSession(std::optional<UUID> id);
-    void tellOfKeptFile(const std::optional<std::string>& kept);
+    void loadFolderInfos();
+    /// Puts the problem together and tells of it when it is another one.
+    void tellProblem();
+    void tellOfKeptFiles(const std::vector<std::string>& kept);
+    bool isDeletedByAnother() const;
     void leaveSession();
     void scheduleSave();
     void saveScheduledChanges();
@@ -189,7 +198,11 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     std::optional<UUID> currentSessionId_;
     std::optional<std::string> lastSaveError_;
     std::optional<std::string> problem_;
+    // Of which the problem is put together.
+    std::optional<std::string> folderListProblem_;
     std::optional<std::string> openingProblem_; ///< what of the open session could not be read
+    std::optional<std::string> deletionProblem_;
+    std::optional<std::string> keptProblem_; ///< the files that were kept last
     std::vector<FolderInfo> folderInfos_;
     /// Changes of the folders that are not on the disk yet.
     std::vector<SessionStore::FolderChange> unsavedFolderChanges_;
@@ -207,10 +220,10 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     /// The newest write token of each session: an older write stops where it finds another one.
     std::map<UUID, std::uint64_t> writeGeneration_;
     std::map<UUID, Unwritten> unwritten_;
-    std::map<UUID, std::string> failures_;  ///< of sessions in `unwritten_`
-    SessionFolders openedFolders_;          ///< of the open session, as they were read
-    bool areFoldersUnreadable_ = false;     ///< those of the open session
-    std::optional<std::string> keptFile_{}; ///< what is to be told of a file that was kept while opening
+    std::map<UUID, std::string> failures_; ///< of sessions in `unwritten_`
+    SessionFolders knownFolders_;          ///< of the open session, as this process last read or wrote them
+    bool areFoldersUnreadable_ = false;    ///< those of the open session
+    std::vector<std::string> keptWhileOpening_;
     std::vector<platform::Task> writes_;
     /// Belongs to the queue.
     const std::shared_ptr<SessionGroupsWriter> groupsWriter_;

@@ -39,11 +39,20 @@ void loadSession(Desk& desk, const Call& call) {
     if (desk.sessions->currentSessionId() != session) throw sessionNotFound();
 }
 
+/// Also one whose record can't be read.
+void deleteSession(Desk& desk, const Call& call) {
+    const UUID session = call.id("sessionId");
+    if (!desk.sessions->exists(session)) throw sessionNotFound();
+    desk.sessions->deleteSession(session);
+}
+
 /// Ends when the session is on the disk; an error of the writing is the answer.
 platform::Task saved(Desk& desk, platform::Task saving) {
+    const auto session = desk.sessions->currentSessionId();
     co_await saving;
     co_await desk.sessions->flush(); // an edit's own save may have taken the place of this one
-    if (const auto& problem = desk.sessions->lastSaveError())
+    if (!session) co_return;
+    if (const auto problem = desk.sessions->saveError(*session))
         throw Error(ErrorCode::operationFailed, *problem);
 }
 
@@ -100,11 +109,7 @@ std::vector<Method> openingMethods() {
                       desk.sessions->setFolder(session, call.textIfPresent("folder"));
                       return JSON();
                   }),
-        onSession("deleteSession", {},
-                  [](Desk& desk, const UUID& session, const Call&) {
-                      desk.sessions->deleteSession(session);
-                      return JSON();
-                  }),
+        doing("deleteSession", {sessionId}, deleteSession),
         onSession("suggestedSessionName", {}, suggestedName),
     };
 }

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdio>
 #include <ctime>
+#include <iterator>
 #include <mutex>
 
 namespace orvane {
@@ -127,6 +128,11 @@ std::optional<Date> calendar::date(const Fields& local) {
     return Date{seconds{secondsFromLocal(time)}};
 }
 
+std::optional<Date> calendar::noon(const Day& day) {
+    constexpr int hour = 12;
+    return date({day.year, day.month, day.day, hour, 0, 0});
+}
+
 calendar::Fields calendar::fields(Date date) {
     const std::tm local = localTime(wholeSeconds(date));
     return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec};
@@ -144,6 +150,21 @@ Date calendar::startOfDay(Date date) {
     constexpr std::int64_t halfHour = 1800;
     while (localTime(start).tm_mday != day && start < given) start += halfHour;
     return Date{seconds{start}};
+}
+
+Date calendar::DayStarts::of(Date date) {
+    const auto after = lasts_.upper_bound(date);
+    if (after != lasts_.begin())
+        if (const auto& [start, last] = *std::prev(after); date <= last) return start;
+    const Date start = startOfDay(date);
+    return lasts_.insert_or_assign(start, date).first->first;
+}
+
+std::optional<Date> calendar::DayStarts::of(const Day& day) {
+    const auto [found, isNew] = named_.try_emplace(day);
+    if (isNew)
+        if (const auto date = noon(day)) found->second = of(*date);
+    return found->second;
 }
 
 std::string iso8601(Date date) {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <chrono>
+#include <compare>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,9 +21,30 @@ struct Fields {
 
 /// Out-of-range days and months carry over (31 February is 2 or 3 March). Nothing beyond the years 1 to 9999.
 std::optional<Date> date(const Fields& local);
+
+struct Day {
+    int year = 0, month = 0, day = 0;
+    auto operator<=>(const Day&) const = default;
+};
+/// As `date`, at twelve o'clock.
+std::optional<Date> noon(const Day& day);
 Fields fields(Date date);
 /// The first instant of that day in the user's time zone.
 Date startOfDay(Date date);
+
+/// Starts of days for who asks for thousands of dates on a few days: the system, which looks at the zone's
+/// file every time, is asked little more than once a day. One thread at a time.
+class DayStarts {
+  public:
+    /// As `startOfDay`.
+    Date of(Date date);
+    /// Of the day of that noon.
+    std::optional<Date> of(const Day& day);
+
+  private:
+    std::map<Date, Date> lasts_; ///< by the start of a day, the latest moment that was asked for
+    std::map<Day, std::optional<Date>> named_;
+};
 
 } // namespace calendar
 

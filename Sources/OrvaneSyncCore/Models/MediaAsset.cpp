@@ -18,12 +18,36 @@ bool isDigit(char c) { return c >= '0' && c <= '9'; }
 int twoDigits(std::string_view text, std::size_t at) { return (text[at] - '0') * 10 + (text[at + 1] - '0'); }
 
 /// Six digits read as YYMMDD: the years 80 to 99 are the last century's.
-std::optional<Date> dateFromDigits(std::string_view digits) {
+std::optional<calendar::Day> dayFromDigits(std::string_view digits) {
     const int yy = twoDigits(digits, 0), month = twoDigits(digits, 2), day = twoDigits(digits, 4);
     if (month < 1 || month > 12 || day < 1 || day > 31) return std::nullopt;
-    const int year = yy > 79 ? 1900 + yy : 2000 + yy;
-    constexpr int noon = 12;
-    return calendar::date({year, month, day, noon, 0, 0});
+    return calendar::Day{yy > 79 ? 1900 + yy : 2000 + yy, month, day};
+}
+
+/// The same as searching for (?:^|[_\-.])(\d{6})(?:[_\-.]|$) again and again: a match takes the separators on
+/// both of its sides with it, so that two dates with one separator between them give only the first.
+std::optional<calendar::Day> dayInName(std::string_view name) {
+    std::size_t at = 0;
+    while (at + dateDigits <= name.size()) {
+        const bool separated = isSeparator(name[at]);
+        if (at != 0 && !separated) {
+            ++at;
+            continue;
+        }
+        const std::size_t first = separated ? at + 1 : at;
+        const std::string_view digits = name.substr(first, dateDigits);
+        const std::size_t end = first + dateDigits;
+        const bool matches = digits.size() == dateDigits &&
+                             std::all_of(digits.begin(), digits.end(), isDigit) &&
+                             (end == name.size() || isSeparator(name[end]));
+        if (!matches) {
+            ++at;
+            continue;
+        }
+        if (const auto day = dayFromDigits(digits)) return day;
+        at = end + 1;
+    }
+    return std::nullopt;
 }
 
 std::string wholeKilohertz(double sampleRate) {
@@ -93,36 +117,18 @@ std::string MediaAsset::formatDescription() const {
 }
 
 std::optional<Date> MediaAsset::shootDay() const {
-    const auto named = shootDateFromFilename(filename);
-    const auto date = named ? named : contentCreatedDate;
-    if (!date) return std::nullopt;
-    return calendar::startOfDay(*date);
+    calendar::DayStarts starts;
+    return shootDay(starts);
 }
 
-// The same as searching for (?:^|[_\-.])(\d{6})(?:[_\-.]|$) again and again: a match takes the separators on
-// both of its sides with it, so that two dates with one separator between them give only the first.
+std::optional<Date> MediaAsset::shootDay(calendar::DayStarts& starts) const {
+    if (const auto day = dayInName(filename)) return starts.of(*day);
+    return contentCreatedDate ? std::optional(starts.of(*contentCreatedDate)) : std::nullopt;
+}
+
 std::optional<Date> MediaAsset::shootDateFromFilename(std::string_view name) {
-    std::size_t at = 0;
-    while (at + dateDigits <= name.size()) {
-        const bool separated = isSeparator(name[at]);
-        if (at != 0 && !separated) {
-            ++at;
-            continue;
-        }
-        const std::size_t first = separated ? at + 1 : at;
-        const std::string_view digits = name.substr(first, dateDigits);
-        const std::size_t end = first + dateDigits;
-        const bool matches = digits.size() == dateDigits &&
-                             std::all_of(digits.begin(), digits.end(), isDigit) &&
-                             (end == name.size() || isSeparator(name[end]));
-        if (!matches) {
-            ++at;
-            continue;
-        }
-        if (const auto date = dateFromDigits(digits)) return date;
-        at = end + 1;
-    }
-    return std::nullopt;
+    const auto day = dayInName(name);
+    return day ? calendar::noon(*day) : std::nullopt;
 }
 
 JSON toJSON(AssetKind kind) { return kind == AssetKind::video ? "video" : "audio"; }
@@ -165,8 +171,8 @@ namespace {
 
 template <class Json>
 MediaAsset decoded(const Json& json) {
-    MediaAsset asset(required<UUID>(json, "id"), required<FileURL>(json, "url"),
-                     required<AssetKind>(json, "kind"));
+    MediaAsset asset(required<UUID>(json, "id"), FileURL(), required<AssetKind>(json, "kind"));
+    asset.url = required<FileURL>(json, "url");
     asset.filename = required<std::string>(json, "filename");
     asset.startTimecodeString = optional<std::string>(json, "startTimecodeString");
     asset.durationSeconds = optional<double>(json, "durationSeconds");

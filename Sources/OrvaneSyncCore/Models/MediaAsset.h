@@ -56,6 +56,8 @@ struct MediaAsset {
     std::string formatDescription() const; ///< such as "8ch 48kHz" or "1920x1080 25 fps"
     /// Start of the day, in the user's calendar, of the date in the name, else of the date in the file.
     std::optional<Date> shootDay() const;
+    /// The same, for who asks thousands of files.
+    std::optional<Date> shootDay(calendar::DayStarts& starts) const;
 
     /// Six digits YYMMDD that stand alone in the name, at noon of the user's calendar.
     static std::optional<Date> shootDateFromFilename(std::string_view filename);

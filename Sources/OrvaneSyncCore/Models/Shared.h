@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace orvane {
 
@@ -12,6 +13,14 @@ template <class T>
 class Shared {
   public:
     Shared(T value) : value_(std::make_shared<const T>(std::move(value))) {}
+    /// Many values side by side in one piece of memory, which stays as long as any of them is held.
+    static std::vector<Shared> together(std::vector<T> values) {
+        const auto all = std::make_shared<const std::vector<T>>(std::move(values));
+        std::vector<Shared> result;
+        result.reserve(all->size());
+        for (const T& value : *all) result.push_back(Shared(std::shared_ptr<const T>(all, &value)));
+        return result;
+    }
 
     const T& operator*() const { return *value_; }
     const T* operator->() const { return value_.get(); }
@@ -26,6 +35,8 @@ class Shared {
     }
 
   private:
+    explicit Shared(std::shared_ptr<const T> value) : value_(std::move(value)) {}
+
     std::shared_ptr<const T> value_;
 };
 

@@ -5,12 +5,14 @@
 
 namespace orvane {
 
-SyncGroupList::SyncGroupList(std::initializer_list<SyncGroup> groups) {
-    for (const SyncGroup& group : groups) append(group);
-}
+SyncGroupList::SyncGroupList(std::initializer_list<SyncGroup> groups)
+    : SyncGroupList(std::vector<SyncGroup>(groups)) {}
 
+/// Many groups at once lie side by side, in memory that stays as long as any of them is in a list: to free
+/// thousands of big pieces among small ones costs as much as to make them.
 SyncGroupList::SyncGroupList(std::vector<SyncGroup> groups) {
-    for (SyncGroup& group : groups) append(std::move(group));
+    const auto all = std::make_shared<const std::vector<SyncGroup>>(std::move(groups));
+    for (const SyncGroup& group : *all) append(Element(all, &group));
 }
 
 const SyncGroup* SyncGroupList::find(const UUID& id) const {

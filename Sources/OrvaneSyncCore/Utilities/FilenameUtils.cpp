@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <string>
-#include <vector>
 
 namespace orvane::FilenameUtils {
 
@@ -13,14 +12,19 @@ namespace {
 
 constexpr std::string_view separators = "_- .";
 
-std::vector<std::string_view> pieces(std::string_view name) {
-    std::vector<std::string_view> result;
+/// Whether the test holds for a piece of the name and the piece before it, which is empty at the first.
+template <class Test>
+bool anyPiece(std::string_view name, const Test& test) {
+    std::string_view previous;
     while (!name.empty()) {
         const std::size_t end = std::min(name.find_first_of(separators), name.size());
-        if (end > 0) result.push_back(name.substr(0, end));
+        const std::string_view piece = name.substr(0, end);
         name.remove_prefix(std::min(end + 1, name.size()));
+        if (piece.empty()) continue;
+        if (test(previous, piece)) return true;
+        previous = piece;
     }
-    return result;
+    return false;
 }
 
 template <std::size_t count>
@@ -40,19 +44,16 @@ bool isAtmo(std::string_view name) {
     static constexpr std::array<std::string_view, 6> words{"ATMO",    "AMB",      "AMBIENCE",
                                                            "AMBIENT", "ROOMTONE", "WILDTRACK"};
     const std::string upper = platform::text::uppercased(name);
-    const auto parts = pieces(withoutExtension(upper));
-    for (const auto part : parts)
-        if (anyOf(part, words)) return true;
-    for (std::size_t i = 0; i + 1 < parts.size(); ++i)
-        if ((parts[i] == "ROOM" && parts[i + 1] == "TONE") || (parts[i] == "WILD" && parts[i + 1] == "TRACK"))
-            return true;
-    return false;
+    return anyPiece(withoutExtension(upper), [](std::string_view previous, std::string_view piece) {
+        return anyOf(piece, words) || (previous == "ROOM" && piece == "TONE") ||
+               (previous == "WILD" && piece == "TRACK");
+    });
 }
 
 bool isMOS(std::string_view name) {
     const std::string upper = platform::text::uppercased(name);
-    const auto parts = pieces(withoutExtension(upper));
-    return std::find(parts.begin(), parts.end(), "MOS") != parts.end();
+    return anyPiece(withoutExtension(upper),
+                    [](std::string_view, std::string_view piece) { return piece == "MOS"; });
 }
 
 } // namespace orvane::FilenameUtils

@@ -3,13 +3,7 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 #include "Platform/Files.h"
 #include "Support/Assets.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <functional>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane::test {
 
@@ -59,11 +53,12 @@ inline std::string exported(const SyncGroup& group, const ExportSettings& settin
     return FCPXMLExporter::exportDocument(SyncGroupList{group}, {}, settings).fcpxmlString;
 }
 
-/// Whole documents for a reviewer to read. With ORVANE_UPDATE_GOLDEN set they are written anew; look at the
-/// difference before it is committed.
+/// Documents for a reviewer to read, ".fcpxml" where the name has no other ending. With ORVANE_UPDATE_GOLDEN
+/// set they are written anew; look at the difference before it is committed.
 inline void expectGolden(const std::string& name, const std::string& document) {
+    const std::string ending = name.find('.') == std::string::npos ? ".fcpxml" : "";
     const std::string file =
-        std::string(ORVANE_SOURCE_DIR) + "/Tests/OrvaneSyncCore/Export/Golden/" + name + ".fcpxml";
+        std::string(ORVANE_SOURCE_DIR) + "/Tests/OrvaneSyncCore/Export/Golden/" + name + ending;
     if (std::getenv("ORVANE_UPDATE_GOLDEN") != nullptr) platform::files::writeAtomically(file, document);
     EXPECT_EQ(document, platform::files::readText(file)) << name;
 }
@@ -80,21 +75,57 @@ inline std::vector<std::string> linesWith(const std::string& document, const std
     return lines;
 }
 
-/// What one change to a plain clip does to the document.
+/// "-" where there is none.
+inline std::string attributeOf(const std::string& line, const std::string& name) {
+    const auto at = line.find(" " + name + "=\"");
+    if (at == std::string::npos) return "-";
+    const auto from = at + name.size() + 3;
+    return line.substr(from, line.find('"', from) - from);
+}
+
+/// Events and what stands in them, such as "Day 1: a; b; | Source Media: c;".
+inline std::string eventsOf(const std::string& document) {
+    std::string events;
+    std::istringstream lines(document.substr(document.find("<library")));
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t indent = line.find('<');
+        if (indent == 8 && line.find("<event") == indent)
+            events += (events.empty() ? "" : " | ") + attributeOf(line, "name") + ":";
+        if (indent == 12 && line[indent + 1] != '/') events += " " + attributeOf(line, "name") + ";";
+    }
+    return events;
+}
+
+/// One change to a clip or to the settings.
 struct Change {
     const char* name;
     std::function<void(SyncGroup&, ExportSettings&)> apply;
-    const char* where; ///< text of the lines that are looked at
-    std::vector<std::string> lines;
 };
 
-inline void expect(const std::vector<Change>& changes, const SyncGroup& plain, const ExportSettings& usual) {
+/// The lines of `first` that `second` does not have, each behind the sign.
+inline std::string surplus(const std::string& first, const std::string& second, const char* sign) {
+    std::map<std::string, int> left;
+    for (const std::string& line : linesWith(second, "")) ++left[line];
+    std::string text;
+    for (const std::string& line : linesWith(first, ""))
+        if (left[line]-- <= 0) text += sign + line + "\n";
+    return text;
+}
+
+/// What each change by itself does to the document of a clip: the lines that go and those that come.
+inline void expectGoldenChanges(const std::string& name, const SyncGroup& plain, const ExportSettings& usual,
+                                const std::vector<Change>& changes) {
+    const std::string before = exported(plain, usual);
+    std::string text;
     for (const Change& change : changes) {
         SyncGroup group = plain;
         ExportSettings settings = usual;
         change.apply(group, settings);
-        EXPECT_EQ(linesWith(exported(group, settings), change.where), change.lines) << change.name;
+        const std::string after = exported(group, settings);
+        text += std::string("== ") + change.name + "\n" + surplus(before, after, "- ") +
+                surplus(after, before, "+ ");
     }
+    expectGolden(name + ".txt", text);
 }
 
 inline std::size_t countOf(const std::string& document, const std::string& text) {

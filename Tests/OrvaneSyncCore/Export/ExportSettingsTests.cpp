@@ -3,12 +3,7 @@
 #include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
 
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <limits>
-#include <set>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {
@@ -33,38 +28,6 @@ TEST(AspectRatioHelper, HeightsAreEvenAndNothingForUnknownShapes) {
     check(std::numeric_limits<int>::max(), "9:16", 0);
     for (const auto identifier : AspectRatioHelper::presetIdentifiers)
         EXPECT_GT(AspectRatioHelper::ratio(identifier).value_or(0), 0) << identifier;
-}
-
-TEST(ExportSettings, AnEmptyStoreGivesTheDefaults) {
-    const platform::MemorySettingsStore store;
-    const ExportSettings settings = ExportSettings::fromUserDefaults(store, {});
-    EXPECT_EQ(settings.frameRate, 24);
-    EXPECT_EQ(settings.projectFrameRate, 24);
-    EXPECT_EQ(settings.fcpxmlVersion, fcpxml::FCPXMLVersion::v1_14);
-    EXPECT_EQ(settings.audioBaseRole, "dialogue");
-    EXPECT_EQ(settings.subroleMap, (std::map<int, std::string>{{1, "Mix"},
-                                                               {2, "Boom"},
-                                                               {3, "Lav 1"},
-                                                               {4, "Lav 2"},
-                                                               {5, "Lav 3"},
-                                                               {6, "Lav 4"},
-                                                               {7, "Lav 5"},
-                                                               {8, "Lav 6"}}));
-    EXPECT_EQ(settings.defaultAudioTracks, 2);
-    EXPECT_TRUE(settings.generateSyncClips && settings.generateMulticam && settings.wrapMOSInSyncClip &&
-                settings.offspeedAutoKeyword && settings.generateRawMediaEvent);
-    EXPECT_EQ(settings.videoResolution, VideoResolutionMode::useVideoFrameSize);
-    EXPECT_EQ(settings.spatialConform, SpatialConformType::fill);
-    EXPECT_EQ(settings.trimMode, TrimMode::commonDuration);
-    EXPECT_EQ(settings.notesSource, NotesSource::both);
-    EXPECT_EQ(settings.multicamCodec, MulticamCodec::automatic);
-    EXPECT_EQ(settings.atmoDurationSeconds, 180.0);
-    EXPECT_EQ(settings.atmoAudioRole, "effects.atmosphere");
-    EXPECT_EQ(settings.eventNamePattern, "{eventName} {scene:3}");
-    EXPECT_EQ(settings.customNamingPattern, "{scene}-{take}");
-    EXPECT_EQ(settings.clipNamingSource, GroupNaming::Source::sceneTake);
-    EXPECT_FALSE(settings.experimentalVolumeKeyframes || settings.splitEventsByScene ||
-                 settings.generateNativeMOSForOffspeed || settings.wrapNativeMOSInSyncClip);
 }
 
 TEST(ExportSettings, ValuesThatMeanNothingReadAsTheDefault) {
@@ -112,89 +75,89 @@ ExportSettings::Request oneOfEach() {
     return request;
 }
 
+TEST(ExportSettings, AnEmptyStoreGivesTheDefaultsThatAreRegistered) {
+    platform::MemorySettingsStore empty, registered;
+    registerStandardDefaults(registered);
+    ExportSettings::Request request = oneOfEach();
+    const auto document = [&](const platform::SettingsStore& store) {
+        return FCPXMLExporter::exportDocument(request.groups, {},
+                                              ExportSettings::fromUserDefaults(store, request))
+            .fcpxmlString;
+    };
+    EXPECT_EQ(document(empty), document(registered));
+    test::expectGolden("defaults", document(empty));
+    request.groups = {};
+    EXPECT_EQ(ExportSettings::fromUserDefaults(empty, request).projectFrameRate, 24);
+}
+
 TEST(ExportSettings, EachKeyChangesTheDocument) {
     using Settings = std::vector<std::pair<const char*, JSON>>;
     const std::pair<const char*, JSON> split{"export.splitEventsByScene", true},
         native{"offspeed.generateNativeMOS", true}, rate{"offspeed.generateProjectRate", true},
         alternate{"videoResolution", "alternate"}, pixels{"container.aspectRatio", "custom"},
         frames{"globalAudioOffset.frames", 12};
-    struct Case {
-        std::string key;
-        JSON value;
-        std::string text; ///< stands in the document another number of times
-        Settings with{};  ///< settings without which the key has nothing to say
-    };
-    std::vector<Case> cases{
-        {"generateSyncClips", false, "<sync-clip"},
-        {"project.targetFrameRate", 50, "id=\"r1\" frameDuration=\"1/50s\""},
-        {"clipNamingSource", "video", "name=\"12A-3"},
-        {"customNamingPattern", "{take} of {scene}", "3 of 12A", {{"clipNamingSource", "custom"}}},
-        {"namingSeparator", "_", "12A_3"},
-        {"videoResolution", "alternate", "height=\"1920\" colorSpace", {{"container.aspectRatio", "2:1"}}},
-        {"container.aspectRatio", "1:1", "height=\"3840\" colorSpace", {alternate}},
-        {"alternateWidth", 1998, "width=\"1998\"", {alternate, pixels}},
-        {"alternateHeight", 858, "height=\"858\"", {alternate, pixels}},
-        {"spatialConform", "none", "<adjust-conform type=\"none\"/>"},
-        {"trimMode", "none", "duration=\"30s\" format=\"r1\""},
-        {"notes.source", "none", "metadataField.note"},
-        {"notes.audioPrefix", "Snd:", "\"Snd: Scene 12A"},
-        {"multicam.codec", "H.264", "renderFormat=\"H.264\""},
-        {"export.wrapMOSInSyncClip", false, "keyword value=\"MOS\""},
-        {"export.splitEventsByScene", true, "<event"},
-        {"export.eventNamePattern", "S{scene}", "event name=\"S12A\"", {split}},
-        {"export.experimentalVolumeKeyframes", true, "<keyframe "},
-        {"export.generateRawMediaEvent", false, "event name=\"Source Media\""},
-        {"export.rawMediaEventName", "Bin", "event name=\"Bin\""},
-        {"offspeed.generateNativeMOS", true, "offspeed.isNativeMOS"},
-        {"offspeed.suffix", "_{fps}", "name=\"C001C003_125\"", {native}},
-        {"offspeed.separateEvent", true, "event name=\"Native MOS\"", {native}},
-        {"offspeed.eventName", "Own", "event name=\"Own\"", {native, {"offspeed.separateEvent", true}}},
-        {"offspeed.wrapNativeMOSInSyncClip", true, "<sync-clip", {native}},
-        {"offspeed.generateProjectRate", true, "keyword value=\"Project Rate\""},
-        {"offspeed.projectRateSuffix", "-{fps}p", "name=\"C001C003-25p\"", {rate}},
-        {"offspeed.projectRateSeparateEvent", true, "event name=\"Project Rate\"", {rate}},
-        {"offspeed.projectRateEventName",
-         "Own",
-         "event name=\"Own\"",
-         {rate, {"offspeed.projectRateSeparateEvent", true}}},
-        {"offspeed.autoKeyword", false, "value=\"Offspeed 125fps\""},
-        {"audioBaseRole", "voice", "role=\"voice.Mix\""},
-        {"useIXMLTrackNames", false, "role=\"dialogue.Anna\""},
-        {"globalAudioOffset.frames", 12, "offset=\"1799999/50s\""},
-        {"globalAudioOffset.startMode",
-         "fromFilename",
-         "offset=\"1799999/50s\"",
-         {frames, {"globalAudioOffset.startFromFilename", "D001"}}},
-        {"globalAudioOffset.startFromFilename",
-         "D001",
-         "offset=\"1799999/50s\"",
-         {frames, {"globalAudioOffset.startMode", "fromFilename"}}},
-        {"globalAudioOffset.startFromTC",
-         "11:00:00:00",
-         "offset=\"1799999/50s\"",
-         {frames, {"globalAudioOffset.startMode", "fromTC"}}},
-        {"atmo.duration", 61, "duration=\"61s\""},
-        {"atmo.audioRole", "effects.air", "audioRole=\"effects.air\""},
-    };
-    for (int track = 1; track <= 8; ++track)
-        cases.push_back({"defaultSubrole" + std::to_string(track), "Spare", "role=\"dialogue.Spare\""});
-
     const ExportSettings::Request request = oneOfEach();
-    std::set<std::string_view> seen;
-    for (const Case& c : cases) {
+    std::set<std::string, std::less<>> seen;
+    // `text`: stands in the document another number of times. `with`: without it the key has nothing to say.
+    const auto check = [&](const std::string& key, const JSON& value, const std::string& text,
+                           const Settings& with = {}) {
         platform::MemorySettingsStore store;
         registerStandardDefaults(store);
-        for (const auto& [key, value] : c.with) store.setOverride(key, value);
+        for (const auto& [other, its] : with) store.setOverride(other, its);
         const auto document = [&] {
             return FCPXMLExporter::exportDocument(request.groups, {},
                                                   ExportSettings::fromUserDefaults(store, request))
                 .fcpxmlString;
         };
         const std::string before = document();
-        store.setOverride(c.key, c.value);
-        EXPECT_NE(test::countOf(document(), c.text), test::countOf(before, c.text)) << c.key;
-        seen.insert(c.key);
-    }
+        store.setOverride(key, value);
+        EXPECT_NE(test::countOf(document(), text), test::countOf(before, text)) << key;
+        seen.insert(key);
+    };
+    check("generateSyncClips", false, "<sync-clip");
+    check("project.targetFrameRate", 50, "id=\"r1\" frameDuration=\"1/50s\"");
+    check("clipNamingSource", "video", "name=\"12A-3");
+    check("customNamingPattern", "{take} of {scene}", "3 of 12A", {{"clipNamingSource", "custom"}});
+    check("namingSeparator", "_", "12A_3");
+    check("videoResolution", "alternate", "height=\"1920\" colorSpace", {{"container.aspectRatio", "2:1"}});
+    check("container.aspectRatio", "1:1", "height=\"3840\" colorSpace", {alternate});
+    check("alternateWidth", 1998, "width=\"1998\"", {alternate, pixels});
+    check("alternateHeight", 858, "height=\"858\"", {alternate, pixels});
+    check("spatialConform", "none", "<adjust-conform type=\"none\"/>");
+    check("trimMode", "none", "duration=\"30s\" format=\"r1\"");
+    check("notes.source", "none", "metadataField.note");
+    check("notes.audioPrefix", "Snd:", "\"Snd: Scene 12A");
+    check("multicam.codec", "H.264", "renderFormat=\"H.264\"");
+    check("export.wrapMOSInSyncClip", false, "keyword value=\"MOS\"");
+    check("export.splitEventsByScene", true, "<event");
+    check("export.eventNamePattern", "S{scene}", "event name=\"S12A\"", {split});
+    check("export.experimentalVolumeKeyframes", true, "<keyframe ");
+    check("export.generateRawMediaEvent", false, "event name=\"Source Media\"");
+    check("export.rawMediaEventName", "Bin", "event name=\"Bin\"");
+    check("offspeed.generateNativeMOS", true, "offspeed.isNativeMOS");
+    check("offspeed.suffix", "_{fps}", "name=\"C001C003_125\"", {native});
+    check("offspeed.separateEvent", true, "event name=\"Native MOS\"", {native});
+    check("offspeed.eventName", "Own", "event name=\"Own\"", {native, {"offspeed.separateEvent", true}});
+    check("offspeed.wrapNativeMOSInSyncClip", true, "<sync-clip", {native});
+    check("offspeed.generateProjectRate", true, "keyword value=\"Project Rate\"");
+    check("offspeed.projectRateSuffix", "-{fps}p", "name=\"C001C003-25p\"", {rate});
+    check("offspeed.projectRateSeparateEvent", true, "event name=\"Project Rate\"", {rate});
+    check("offspeed.projectRateEventName", "Own", "event name=\"Own\"",
+          {rate, {"offspeed.projectRateSeparateEvent", true}});
+    check("offspeed.autoKeyword", false, "value=\"Offspeed 125fps\"");
+    check("audioBaseRole", "voice", "role=\"voice.Mix\"");
+    check("useIXMLTrackNames", false, "role=\"dialogue.Anna\"");
+    check("globalAudioOffset.frames", 12, "offset=\"1799999/50s\"");
+    check("globalAudioOffset.startMode", "fromFilename", "offset=\"1799999/50s\"",
+          {frames, {"globalAudioOffset.startFromFilename", "D001"}});
+    check("globalAudioOffset.startFromFilename", "D001", "offset=\"1799999/50s\"",
+          {frames, {"globalAudioOffset.startMode", "fromFilename"}});
+    check("globalAudioOffset.startFromTC", "11:00:00:00", "offset=\"1799999/50s\"",
+          {frames, {"globalAudioOffset.startMode", "fromTC"}});
+    check("atmo.duration", 61, "duration=\"61s\"");
+    check("atmo.audioRole", "effects.air", "audioRole=\"effects.air\"");
+    for (int track = 1; track <= 8; ++track)
+        check("defaultSubrole" + std::to_string(track), "Spare", "role=\"dialogue.Spare\"");
 
     // Read by the caller; without effect by design; of metadata and room tone that come in
     // from elsewhere.

@@ -75,148 +75,65 @@ TEST(ExporterOffspeed, OnlyFilesAtTheSensorsRateAreRetimed) {
     check("beyond all frames", 1e300, 24, 120, 10, {}, "");
 }
 
-TEST(ExporterOffspeed, KeywordsFollowTheClip) {
-    const auto keywords = [](std::initializer_list<const char*> values) {
-        Lines lines;
-        for (const std::string value : values) lines.push_back("<keyword value=\"" + value + "\"/>");
-        return lines;
+/// To a clip that is retimed.
+TEST(ExporterOffspeed, EachChangeShows) {
+    const auto rates = [](double sensor, double file) {
+        return [=](SyncGroup& group, ExportSettings&) {
+            group.video.sensorFrameRate = sensor;
+            group.video.frameRate = file;
+        };
     };
-    expect(
+    const auto place = [](std::optional<std::string> start, std::optional<double> seconds) {
+        return [=](SyncGroup& group, ExportSettings&) {
+            group.video.startTimecodeString = start;
+            group.video.durationSeconds = seconds;
+        };
+    };
+    const auto variants = [](bool all, bool native, std::optional<bool> rate) {
+        return [=](SyncGroup& group, ExportSettings& settings) {
+            settings.generateNativeMOSForOffspeed = settings.generateProjectRateForOffspeed = all;
+            group.generateNativeMOSClip = native;
+            group.generateProjectRateClipFlag = rate;
+        };
+    };
+    expectGoldenChanges(
+        "offspeed-changes", slowMotion(), withVariants(),
         {
-            {"retimed", [](auto&, auto&) {}, "<keyword",
-             keywords({"Synced", "Offspeed", "Offspeed 125fps", "Slow Motion", "Offspeed", "Offspeed 125fps",
-                       "Native MOS", "Offspeed", "Offspeed 125fps", "Project Rate"})},
-            {"conformed",
-             [](auto& g, auto& s) {
-                 g.video.frameRate = 25;
-                 g.video.sensorFrameRate = 47.952;
-                 s.generateNativeMOSForOffspeed = s.generateProjectRateForOffspeed = false;
-             },
-             "<keyword", keywords({"Synced", "Offspeed", "Offspeed 48fps"})},
-            {"not wanted", [](auto&, auto& s) { s.offspeedAutoKeyword = false; }, "<keyword",
-             keywords({"Synced"})},
-            {"not wanted, and the facts stay",
-             [](auto&, auto& s) { s.offspeedAutoKeyword = false; },
-             "com.orvanelabs.offspeed.isNativeMOS",
-             {"<md key=\"com.orvanelabs.offspeed.isNativeMOS\" value=\"true\" editable=\"1\" "
-              "type=\"string\" displayName=\"Native MOS Clip\" source=\"OrvaneSync\"/>"}},
+            {"conformed", rates(47.952, 25)},
+            {"at the project's speed", rates(25, 125)},
+            {"a drop-frame rate, a start and a length between frames",
+             [&](auto& g, auto& s) {
+                 rates(59.94, 59.94)(g, s);
+                 place("00:00:01:00", 1.001)(g, s);
+             }},
+            {"no keywords, and the facts stay", [](auto&, auto& s) { s.offspeedAutoKeyword = false; }},
             {"without sound",
              [](auto& g, auto&) {
                  g.audioMatches.clear();
                  g.matchStatus = MatchStatus::mos();
-             },
-             "<keyword", keywords({"MOS"})},
-        },
-        slowMotion(), withVariants());
-}
-
-TEST(ExporterOffspeed, TheNativeClipCountsAsTheSensorDoes) {
-    const std::string tail = "\" tcFormat=\"NDF\" videoRole=\"video\">";
-    ExportSettings usual = settingsAt(25);
-    usual.generateNativeMOSForOffspeed = true;
-    const auto clip = [&](const char* name, const std::string& start, const char* duration) {
-        return Lines{"<asset-clip ref=\"r3\" offset=\"" + start + "\" name=\"" + name + "\" start=\"" +
-                     start + "\" duration=\"" + duration + tail};
-    };
-    expect(
-        {
-            {"by its own suffix",
+             }},
+            {"without a match", [](auto& g, auto&) { g.matchStatus = MatchStatus::unmatched(); }},
+            {"suffixes of the clip go before those of the settings",
              [](auto& g, auto& s) {
                  g.nativeMOSNameSuffix = "_{fps}";
-                 s.nativeMOSSuffix = "unused";
-             },
-             "A003C012_125\"", clip("A003C012_125", "36000s", "10s")},
-            {"drop-frame rates too",
-             [](auto& g, auto&) {
-                 g.video.sensorFrameRate = 59.94;
-                 g.video.startTimecodeString = "00:00:01:00";
-                 g.video.durationSeconds = 1.001;
-             },
-             "[59.9 FPS]\" start", clip("A003C012 [59.9 FPS]", "59059/60000s", "59059/60000s")},
-            {"nothing known of start and length",
-             [](auto& g, auto&) {
-                 g.video.startTimecodeString = std::nullopt;
-                 g.video.durationSeconds = std::nullopt;
-             },
-             "[125 FPS]\" start", clip("A003C012 [125 FPS]", "0s", "8s")},
-            {"in a container",
-             [](auto&, auto& s) { s.wrapNativeMOSInSyncClip = true; },
-             "<sync-clip offset=\"36000s\" name=\"A003C012 [125",
-             {"<sync-clip offset=\"36000s\" name=\"A003C012 [125 FPS]\" start=\"36000s\" duration=\"10s\" "
-              "format=\"r1\" tcFormat=\"NDF\">"}},
-            {"of this clip alone",
-             [](auto& g, auto& s) {
-                 s.generateNativeMOSForOffspeed = false;
-                 g.generateNativeMOSClip = true;
-             },
-             "[125 FPS]\" start", clip("A003C012 [125 FPS]", "36000s", "10s")},
-            {"not of a clip at the project's speed",
-             [](auto& g, auto&) { g.video.sensorFrameRate = 25; },
-             "FPS]",
-             {}},
-            {"not of a clip without sound",
-             [](auto& g, auto&) {
-                 g.audioMatches.clear();
-                 g.matchStatus = MatchStatus::mos();
-             },
-             "FPS]",
-             {}},
-            {"nor of one without a match",
-             [](auto& g, auto&) { g.matchStatus = MatchStatus::unmatched(); },
-             "FPS]",
-             {}},
-        },
-        slowMotion(), usual);
+                 g.projectRateNameSuffix = "{fps} p";
+                 s.nativeMOSSuffix = s.projectRateSuffix = "unused";
+             }},
+            {"nothing known of start and length", place({}, {})},
+            {"a container for the native clip", [](auto&, auto& s) { s.wrapNativeMOSInSyncClip = true; }},
+            {"no variants", variants(false, false, {})},
+            {"the native clip of this clip alone", variants(false, true, {})},
+            {"the project-rate clip of this clip alone", variants(false, false, true)},
+            {"the clip's no does not switch the settings off", variants(true, false, false)},
+            {"a gain, for both clips with sound", [](auto& g, auto&) { g.masterGainDB = -3; }},
+        });
     SyncGroup odd = slowMotion();
     for (const auto& [rate, text] :
          {std::pair(120.0, "120.0"), {119.88, "119.88"}, {100000.0, "100000.0"}, {0.25, "0.25"}}) {
         odd.video.sensorFrameRate = rate;
-        EXPECT_EQ(countOf(exported(odd, usual), std::string("sourceFps\" value=\"") + text + "\""), 1U);
+        EXPECT_EQ(countOf(exported(odd, withVariants()), std::string("sourceFps\" value=\"") + text + "\""),
+                  1U);
     }
-}
-
-TEST(ExporterOffspeed, TheProjectRateClipKeepsItsSound) {
-    ExportSettings usual = settingsAt(25);
-    usual.generateProjectRateForOffspeed = true;
-    const auto head = [](const char* name) {
-        return Lines{std::string("<sync-clip offset=\"36000s\" name=\"A003C012 ") + name +
-                     "\" start=\"36000s\" duration=\"10s\" format=\"r1\" tcFormat=\"NDF\">"};
-    };
-    const char* where = "name=\"A003C012 25";
-    expect(
-        {
-            {"by the settings", [](auto&, auto&) {}, where, head("25fps")},
-            {"the clip's no does not switch the settings off",
-             [](auto& g, auto&) { g.generateProjectRateClipFlag = false; }, where, head("25fps")},
-            {"of this clip alone, with its own suffix",
-             [](auto& g, auto& s) {
-                 s.generateProjectRateForOffspeed = false;
-                 g.generateProjectRateClipFlag = true;
-                 g.projectRateNameSuffix = "{fps} p";
-             },
-             where, head("25 p")},
-            {"one without", [](auto&, auto& s) { s.generateProjectRateForOffspeed = false; }, where, {}},
-            {"the only sound", [](auto&, auto&) {}, "<sync-source", {"<sync-source sourceID=\"connected\">"}},
-            {"no gap in its gain",
-             [](auto& g, auto&) { g.masterGainDB = -3; },
-             "adjust-volume",
-             {"<adjust-volume amount=\"-3dB\"/>", "<adjust-volume amount=\"-3dB\"/>"}},
-        },
-        slowMotion(), usual);
-}
-
-std::string namesByEvent(const SyncGroupList& groups, const ExportSettings& settings,
-                         const std::vector<WildTrack>& wild = {}) {
-    std::string names;
-    const std::string document = FCPXMLExporter::exportDocument(groups, wild, settings).fcpxmlString;
-    for (const std::string& line : linesWith(document, "name=\"")) {
-        const auto from = line.find("name=\"") + 6;
-        const std::string name = line.substr(from, line.find('"', from) - from);
-        if (line.starts_with("<event")) names += (names.empty() ? "" : " | ") + name + ":";
-        if (line.starts_with("<sync-clip") || (line.starts_with("<asset-clip") && !line.ends_with("r4\"")))
-            if (line.find(" format=\"r4\"") == std::string::npos) names += " " + name + ";";
-    }
-    return names;
 }
 
 TEST(ExporterOffspeed, VariantsGoToTheirSceneOrTheirEvent) {
@@ -226,14 +143,14 @@ TEST(ExporterOffspeed, VariantsGoToTheirSceneOrTheirEvent) {
     group.audioMatches.front().audio = sound;
     group.manualClipName = "x";
     ExportSettings settings = withVariants();
-    EXPECT_EQ(namesByEvent({group}, settings), "Synced: x 125fps; x [125 FPS]; x 25fps;");
+    const auto events = [&] { return eventsOf(exported(group, settings)); };
+    EXPECT_EQ(events(), "Synced: x 125fps; x [125 FPS]; x 25fps;");
     settings.splitEventsByScene = true;
-    EXPECT_EQ(namesByEvent({group}, settings), "Synced 007: x 125fps; x [125 FPS]; x 25fps;");
+    EXPECT_EQ(events(), "Synced 007: x 125fps; x [125 FPS]; x 25fps;");
     settings.separateEventForNativeMOS = true;
-    EXPECT_EQ(namesByEvent({group}, settings), "Synced 007: x 125fps; x 25fps; | Native MOS: x [125 FPS];");
+    EXPECT_EQ(events(), "Synced 007: x 125fps; x 25fps; | Native MOS: x [125 FPS];");
     settings.separateEventForProjectRate = true;
-    EXPECT_EQ(namesByEvent({group}, settings),
-              "Synced 007: x 125fps; | Native MOS: x [125 FPS]; | Project Rate: x 25fps;");
+    EXPECT_EQ(events(), "Synced 007: x 125fps; | Native MOS: x [125 FPS]; | Project Rate: x 25fps;");
 }
 
 TEST(ExporterRawMedia, HoldsEveryFileOnce) {
@@ -252,23 +169,7 @@ TEST(ExporterRawMedia, HoldsEveryFileOnce) {
     const std::string document =
         FCPXMLExporter::exportDocument({first, second, unmatched}, {wild, same, WildTrack(unknown)}, settings)
             .fcpxmlString;
-    const std::string bin = document.substr(document.find("<event name=\"Bin\""));
-    const auto clip = [](const char* ref, const char* name, const char* start, const char* duration,
-                         const char* format) {
-        return std::string("<asset-clip ref=\"") + ref + "\" offset=\"0s\" name=\"" + name + "\" start=\"" +
-               start + "\" duration=\"" + duration + "\"" + format + " videoRole=\"video\"/>";
-    };
-    const char* ndf = " tcFormat=\"NDF\"";
-    EXPECT_EQ(
-        linesWith(bin, "<asset-clip"),
-        (Lines{clip("r3", "a.mov", "36000s", "20s", ndf), clip("r6", "b.mov", "36000s", "20s", ndf),
-               clip("r10", "u.mov", "539998459/15000s", "599599/30000s", " tcFormat=\"DF\""),
-               clip("r5", "shared.wav", "71999/2s", "30s", ""),
-               clip("r11", "alone.wav", "71999/2s", "30s", ""),
-               clip("r12", "wild.wav", "71999/2s", "30s", ""), clip("r13", "unknown.wav", "0s", "40s", "")}));
-    EXPECT_EQ(linesWith(document, "id=\"r9\""),
-              Lines{"<format id=\"r9\" frameDuration=\"1001/30000s\" width=\"1920\" height=\"2160\"/>"});
-    EXPECT_EQ(countOf(bin, "<sync-source") + countOf(bin, "<keyword") + countOf(bin, "<adjust"), 0U);
+    expectGolden("source-media", document);
 }
 
 } // namespace

@@ -1,11 +1,7 @@
 #include "OrvaneSyncCore/Export/DocumentReader.h"
 #include "OrvaneSyncCore/Export/RandomShoot.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

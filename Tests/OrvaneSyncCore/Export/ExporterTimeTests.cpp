@@ -1,8 +1,5 @@
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

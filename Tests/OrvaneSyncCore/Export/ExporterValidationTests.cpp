@@ -1,12 +1,8 @@
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
 #include "OrvaneSyncCore/Export/RandomShoot.h"
+#include "Support/Samples.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <map>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {
@@ -39,12 +35,6 @@ SyncGroupList manyClips(ExportSettings& settings) {
     settings.generateNativeMOSForOffspeed = settings.generateProjectRateForOffspeed = true;
     settings.separateEventForProjectRate = settings.generateRawMediaEvent = true;
     return {rich, slow, fast, bare, matched(picture("silent.mov"), {}, MatchStatus::mos())};
-}
-
-std::filesystem::path sharedFolder() {
-    if (const char* given = std::getenv("ORVANE_SAMPLES"); given != nullptr)
-        return std::filesystem::path(given).parent_path();
-    return std::filesystem::path(ORVANE_SOURCE_DIR).parent_path() / "shared";
 }
 
 /// Documents of each version of the format, checked against its type definition.
@@ -84,7 +74,7 @@ class ExporterValidation : public testing::Test {
     const std::map<std::string, std::vector<std::string>>& files() const { return files_; }
 
   private:
-    std::filesystem::path definitions_ = sharedFolder() / "dtd";
+    std::filesystem::path definitions_ = samplesFolder().parent_path() / "dtd";
     TemporaryDirectory folder_;
     std::map<std::string, std::vector<std::string>> files_; ///< by version
 };

@@ -1,10 +1,6 @@
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <random>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

@@ -1,11 +1,7 @@
 #include "OrvaneSyncCore/Export/RandomShoot.h"
 
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <random>
+#include "Support/Test.h"
 
 namespace orvane::test {
 

@@ -1,13 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <map>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {
@@ -39,114 +33,79 @@ std::vector<Row> rows(const ALEFile& file) {
 }
 
 TEST(ALEParser, readsTablesAndSections) {
-    struct Case {
-        const char* name;
-        std::string content;
-        Texts columns;
-        std::vector<Row> rows;
-        ALEFile::Heading heading = {};
+    const auto check = [&](const char* name, const std::string& content, const Texts& expectedColumns,
+                           const std::vector<Row>& expectedRows, const ALEFile::Heading& heading = {}) {
+        SCOPED_TRACE(name);
+        const ALEFile file = ALEParser().parse(content);
+        EXPECT_EQ(columns(file), expectedColumns);
+        EXPECT_EQ(rows(file), expectedRows);
+        EXPECT_EQ(file.heading(), heading);
     };
-    const std::vector<Case> cases{
-        {"a title above the header goes",
-         "Camera report\n\nName,Take\nA,1\n",
-         {"Name", "Take"},
-         {{{"Name", "A"}, {"Take", "1"}}}},
-        {"header cells are trimmed, others are not",
-         " Name ;\"Take\t\"\n A ; 1 \n",
-         {"Name", "Take"},
-         {{{"Name", " A "}, {"Take", " 1 "}}}},
-        {"a quoted delimiter belongs to the cell, and quotes vanish",
-         "a,b\n\"x;y\",z\n\"say \"\"hi\"\", you\",2\n",
-         {"a", "b"},
-         {{{"a", "x;y"}, {"b", "z"}}, {{"a", "say hi, you"}, {"b", "2"}}}},
-        {"a quote that is never closed holds up its own line only",
-         "a,b\n\"1,2\n3,4\n",
-         {"a", "b"},
-         {{{"a", "1,2"}}, {{"a", "3"}, {"b", "4"}}}},
-        {"rows may be too short or too long, and empty cells are cells",
-         "a,b,c\n1\n1,2,3,4\n,,\n",
-         {"a", "b", "c"},
-         {{{"a", "1"}}, {{"a", "1"}, {"b", "2"}, {"c", "3"}}, {{"a", ""}, {"b", ""}, {"c", ""}}}},
-        {"of two columns with one name the later one counts, where the row reaches it",
-         "a,b,a\n1,2,3\n4\n",
-         {"a", "b", "a"},
-         {{{"a", "3"}, {"b", "2"}}, {{"a", "4"}}}},
-        {"lines end in any way, with blank ones between",
-         "a,b\r1,2\r\n3,4\n \t\r\r\n5,6",
-         {"a", "b"},
-         {{{"a", "1"}, {"b", "2"}}, {{"a", "3"}, {"b", "4"}}, {{"a", "5"}, {"b", "6"}}}},
-        {"a header alone", "a\tb", {"a", "b"}, {}},
-        {"tabs win a draw, semicolons need a majority",
-         "a\tb,c\n1\t2,3\n",
-         {"a", "b,c"},
-         {{{"a", "1"}, {"b,c", "2,3"}}}},
-        {"only the first ten lines choose the delimiter",
-         "a,b\n1,\n2,\n3,\n4,\n5,\n6,\n7,\n8,\n9,\n;;;;,x\n",
-         {"a", "b"},
-         [] {
-             std::vector<Row> rows;
-             for (char c = '1'; c <= '9'; ++c) rows.push_back({{"a", std::string(1, c)}, {"b", ""}});
-             rows.push_back({{"a", ";;;;"}, {"b", "x"}});
-             return rows;
-         }()},
-        {"sections",
-         "Heading\nFIELD_DELIM\tTABS\nFPS\t24\nFPS\t25\nalone\n\tlate\n\nColumn\n Name\tTake\t\tTape\t\n"
-         "more\tcolumns\n\nData\nA\t\t\"T\"\n\t\n\tx\n",
-         {" Name", "Take", "Tape"},
-         {{{" Name", "A"}, {"Take", ""}, {"Tape", "\"T\""}}, {{" Name", ""}, {"Take", "x"}}},
-         {{"FIELD_DELIM", "TABS"}, {"FPS", "25"}}},
-        {"sections without a heading, in any order; rows in front of the columns have none",
-         "junk\n Data \n1\t2\nColumn\na\tb\nData\n3\t4\n",
-         {"a", "b"},
-         {{}, {{"a", "3"}, {"b", "4"}}}},
-        {"section names count in their own case only",
-         "column,Data\nData,x\n",
-         {"column", "Data"},
-         {{{"column", "Data"}, {"Data", "x"}}}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        const ALEFile file = ALEParser().parse(c.content);
-        EXPECT_EQ(columns(file), c.columns);
-        EXPECT_EQ(rows(file), c.rows);
-        EXPECT_EQ(file.heading(), c.heading);
-    }
+    check("a title above the header goes", "Camera report\n\nName,Take\nA,1\n", {"Name", "Take"},
+          {{{"Name", "A"}, {"Take", "1"}}});
+    check("header cells are trimmed, others are not", " Name ;\"Take\t\"\n A ; 1 \n", {"Name", "Take"},
+          {{{"Name", " A "}, {"Take", " 1 "}}});
+    check("a quoted delimiter belongs to the cell, and quotes vanish",
+          "a,b\n\"x;y\",z\n\"say \"\"hi\"\", you\",2\n", {"a", "b"},
+          {{{"a", "x;y"}, {"b", "z"}}, {{"a", "say hi, you"}, {"b", "2"}}});
+    check("a quote that is never closed holds up its own line only", "a,b\n\"1,2\n3,4\n", {"a", "b"},
+          {{{"a", "1,2"}}, {{"a", "3"}, {"b", "4"}}});
+    check("rows may be too short or too long, and empty cells are cells", "a,b,c\n1\n1,2,3,4\n,,\n",
+          {"a", "b", "c"},
+          {{{"a", "1"}}, {{"a", "1"}, {"b", "2"}, {"c", "3"}}, {{"a", ""}, {"b", ""}, {"c", ""}}});
+    check("of two columns with one name the later one counts, where the row reaches it", "a,b,a\n1,2,3\n4\n",
+          {"a", "b", "a"}, {{{"a", "3"}, {"b", "2"}}, {{"a", "4"}}});
+    check("lines end in any way, with blank ones between", "a,b\r1,2\r\n3,4\n \t\r\r\n5,6", {"a", "b"},
+          {{{"a", "1"}, {"b", "2"}}, {{"a", "3"}, {"b", "4"}}, {{"a", "5"}, {"b", "6"}}});
+    check("a header alone", "a\tb", {"a", "b"}, {});
+    check("tabs win a draw, semicolons need a majority", "a\tb,c\n1\t2,3\n", {"a", "b,c"},
+          {{{"a", "1"}, {"b,c", "2,3"}}});
+    check("only the first ten lines choose the delimiter",
+          "a,b\n1,\n2,\n3,\n4,\n5,\n6,\n7,\n8,\n9,\n;;;;;;;;;;;;,x\n", {"a", "b"}, [] {
+              std::vector<Row> rows;
+              for (char c = '1'; c <= '9'; ++c) rows.push_back({{"a", std::string(1, c)}, {"b", ""}});
+              rows.push_back({{"a", ";;;;;;;;;;;;"}, {"b", "x"}});
+              return rows;
+          }());
+    check("sections",
+          "Heading\nFIELD_DELIM\tTABS\nFPS\t24\nFPS\t25\nalone\n\tlate\n\nColumn\n Name\tTake\t\tTape\t\n"
+          "more\tcolumns\n\nData\nA\t\t\"T\"\n\t\n\tx\n",
+          {" Name", "Take", "Tape"},
+          {{{" Name", "A"}, {"Take", ""}, {"Tape", "\"T\""}}, {{" Name", ""}, {"Take", "x"}}},
+          {{"FIELD_DELIM", "TABS"}, {"FPS", "25"}});
+    check("sections without a heading, in any order; rows in front of the columns have none",
+          "junk\n Data \n1\t2\nColumn\na\tb\nData\n3\t4\n", {"a", "b"}, {{}, {{"a", "3"}, {"b", "4"}}});
+    check("section names count in their own case only", "column,Data\nData,x\n", {"column", "Data"},
+          {{{"column", "Data"}, {"Data", "x"}}});
 }
 
 TEST(ALEParser, saysWhyThereIsNoReport) {
     using enum ALEParserError::Kind;
-    struct Case {
-        const char* name;
-        std::string bytes;
-        ALEParserError::Kind kind;
-    };
     using std::string_literals::operator""s;
-    const std::vector<Case> cases{
-        {"nothing", "", noColumns},
-        {"blanks", " \n\t\n", noColumns},
-        {"one column", "Name\nA\nB\n", noColumns},
-        {"sections without columns", "Column\n\nData\na\tb\n", noColumns},
-        {"a mark of UTF-8 in front of other bytes",
-         "\xEF\xBB\xBF"
-         "a,b\n\xFF",
-         unreadable},
-        {"half a character behind a mark of UTF-16",
-         "\xFF\xFE"
-         "a\0,\0b"s,
-         unreadable},
-        {"half a pair", "\xFE\xFF\xD8\x00\0,"s, unreadable},
-    };
     const test::TemporaryDirectory folder;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        const FileURL url{folder.write("report.csv", c.bytes)};
+    const auto check = [&](const char* name, const std::string& bytes, const ALEParserError::Kind& kind) {
+        SCOPED_TRACE(name);
+        const FileURL url{folder.write("report.csv", bytes)};
         try {
             ALEParser().parse(url);
             FAIL();
         } catch (const ALEParserError& error) {
-            EXPECT_EQ(error.kind(), c.kind);
+            EXPECT_EQ(error.kind(), kind);
         }
-    }
+    };
+    check("nothing", "", noColumns);
+    check("blanks", " \n\t\n", noColumns);
+    check("one column", "Name\nA\nB\n", noColumns);
+    check("sections without columns", "Column\n\nData\na\tb\n", noColumns);
+    check("a mark of UTF-8 in front of other bytes",
+          "\xEF\xBB\xBF"
+          "a,b\n\xFF",
+          unreadable);
+    check("half a character behind a mark of UTF-16",
+          "\xFF\xFE"
+          "a\0,\0b"s,
+          unreadable);
+    check("half a pair", "\xFE\xFF\xD8\x00\0,"s, unreadable);
     for (const std::string& path : {folder.path(), folder.path("gone.csv")})
         EXPECT_THROW(ALEParser().parse(FileURL{path}), ALEParserError);
 }
@@ -163,11 +122,6 @@ std::string utf16(std::u16string_view text, bool bigEndian) {
 
 /// The same table in every encoding, with every delimiter and line end.
 TEST(ALEParser, findsOutEncodingAndDelimiter) {
-    struct Encoded {
-        const char* name;
-        std::function<std::string(const std::u16string&)> encode;
-        std::string accented; ///< what stands for "Türe" then, as the file's bytes or as read
-    };
     const auto narrow = [](const std::string& word) {
         return [word](const std::u16string& text) {
             std::string bytes;
@@ -179,28 +133,29 @@ TEST(ALEParser, findsOutEncodingAndDelimiter) {
     const auto wide = [](std::string mark, bool bigEndian) {
         return [=](const std::u16string& text) { return mark + utf16(text, bigEndian); };
     };
-    const std::vector<Encoded> encodings{
-        {"UTF-8", narrow("ü"), "Türe"},
-        {"UTF-8 with a mark", [&](const auto& text) { return "\xEF\xBB\xBF" + narrow("ü")(text); }, "Türe"},
-        {"UTF-16 little-endian with a mark", wide("\xFF\xFE", false), "Türe"},
-        {"UTF-16 big-endian with a mark", wide("\xFE\xFF", true), "Türe"},
-        {"UTF-16 little-endian", wide("", false), "Türe"},
-        {"UTF-16 big-endian", wide("", true), "Türe"},
-        {"Mac OS Roman", narrow("\x9F"), "Türe"},
-        {"Windows, which reads as Mac OS Roman", narrow("\xFC"), "T\u00B8re"},
-    };
-    for (const Encoded& encoding : encodings)
+    // `accented`: what stands for "Türe" then, as the file's bytes or as read
+    const auto check = [&](const char* name, const std::function<std::string(const std::u16string&)>& encode,
+                           const std::string& accented) {
         for (const char16_t delimiter : u",;\t")
             for (const char16_t* lineEnd : {u"\n", u"\r\n", u"\r"}) {
-                if (delimiter == 0) continue;
+                if (delimiter == 0) return;
                 const std::u16string d(1, delimiter);
                 const std::u16string text =
                     u"Name" + d + u"Comment" + lineEnd + u"A001" + d + u"Türe" + lineEnd;
-                const ALEFile file = ALEParser().parse(ALEParser::decodeText(encoding.encode(text)));
-                EXPECT_EQ(columns(file), (Texts{"Name", "Comment"})) << encoding.name;
-                EXPECT_EQ(rows(file), (std::vector<Row>{{{"Name", "A001"}, {"Comment", encoding.accented}}}))
-                    << encoding.name;
+                const ALEFile file = ALEParser().parse(ALEParser::decodeText(encode(text)));
+                EXPECT_EQ(columns(file), (Texts{"Name", "Comment"})) << name;
+                EXPECT_EQ(rows(file), (std::vector<Row>{{{"Name", "A001"}, {"Comment", accented}}})) << name;
             }
+    };
+    check("UTF-8", narrow("ü"), "Türe");
+    check(
+        "UTF-8 with a mark", [&](const auto& text) { return "\xEF\xBB\xBF" + narrow("ü")(text); }, "Türe");
+    check("UTF-16 little-endian with a mark", wide("\xFF\xFE", false), "Türe");
+    check("UTF-16 big-endian with a mark", wide("\xFE\xFF", true), "Türe");
+    check("UTF-16 little-endian", wide("", false), "Türe");
+    check("UTF-16 big-endian", wide("", true), "Türe");
+    check("Mac OS Roman", narrow("\x9F"), "Türe");
+    check("Windows, which reads as Mac OS Roman", narrow("\xFC"), "T\u00B8re");
 }
 
 TEST(ALEParser, takesItsTimeAndMemoryFromWhatIsThere) {

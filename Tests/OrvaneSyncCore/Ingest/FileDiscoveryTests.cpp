@@ -1,15 +1,10 @@
 #include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
 
 #include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <vector>
 
 namespace orvane {
 namespace {

@@ -2,11 +2,7 @@
 
 #include "MediaFactory/MediaFactory.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
-
-#include <span>
-#include <string>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

@@ -2,16 +2,7 @@
 
 #include "MediaFactory/LTCSignal.h"
 #include "Support/MemoryAudio.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <limits>
-#include <random>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

@@ -4,19 +4,12 @@
 #include "MediaFactory/LTCSignal.h"
 #include "MediaFactory/MediaFactory.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
+#include "Support/Test.h"
 
 #include <atomic>
-#include <chrono>
-#include <filesystem>
-#include <functional>
-#include <limits>
 #include <new>
 #include <numeric>
-#include <string>
 #include <sys/stat.h>
-#include <vector>
 
 namespace orvane {
 namespace {
@@ -78,35 +71,29 @@ TEST_F(Probe, offspeed) {
         MovieMaker movie = camera().metadata(key, value);
         return other == nullptr ? movie : movie.metadata(other, otherValue);
     };
-    const struct {
-        const char* name;
-        MovieMaker movie;
-        std::optional<double> sensor, project;
-        std::optional<Confidence> confidence;
-    } cases[] = {
-        {"nothing but its own rate", camera(), 25.0, none, unknown},
-        {"a timecode track clears it", camera().timecode({25, 1, 0}), 25.0, 25.0, {}},
-        {"one of another rate", camera().timecode({50, 1, 0}), 25.0, 50.0, Confidence::confirmed(true, 0.5)},
-        {"one without a rate", camera().timecode({0, 0, 0}), 25.0, none, unknown},
-        {"no picture", MovieMaker().audio({}), none, none, {}},
-        {"vendor keys", with("com.acme.sensorFPS", 120.0, "projectFPS", std::int64_t{24}), 120.0, 24.0,
-         Confidence::confirmed(true, 5.0)},
-        {"as text, over the timecode track",
-         with("com.acme.CaptureFrameRate", "50", "masterFPS", "+25.0").timecode({25, 1, 0}), 50.0, 25.0,
-         Confidence::confirmed(true, 2.0)},
-        {"one key with both words", with("playbackFrameRate_recordFrameRate", 30.0), 30.0, 30.0, {}},
-        {"no numbers", with("project_fps", "24 fps", "sensor_fps", ""), 25.0, none, unknown},
-        {"a rate of zero is kept and rejected", with("projectfps", 0.0), 25.0, 0.0, {}},
-        {"not finite", with("sensorfps", std::numeric_limits<double>::infinity()), 25.0, none, unknown},
-        {"a ratio that no number holds", with("sensorfps", 1e300, "projectfps", 1e-300), 25.0, none, {}},
+    const auto check = [&](const char* name, const MovieMaker& maker, std::optional<double> sensor,
+                           std::optional<double> project, const std::optional<Confidence>& confidence) {
+        SCOPED_TRACE(name);
+        const MediaAsset asset = probed(maker, "clip.mp4");
+        EXPECT_EQ(asset.sensorFrameRate, sensor);
+        EXPECT_EQ(asset.projectFrameRate, project);
+        EXPECT_EQ(asset.offspeedConfidence, confidence);
     };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.name);
-        const MediaAsset asset = probed(row.movie, "clip.mp4");
-        EXPECT_EQ(asset.sensorFrameRate, row.sensor);
-        EXPECT_EQ(asset.projectFrameRate, row.project);
-        EXPECT_EQ(asset.offspeedConfidence, row.confidence);
-    }
+    check("nothing but its own rate", camera(), 25.0, none, unknown);
+    check("a timecode track clears it", camera().timecode({25, 1, 0}), 25.0, 25.0, {});
+    check("one of another rate", camera().timecode({50, 1, 0}), 25.0, 50.0, Confidence::confirmed(true, 0.5));
+    check("one without a rate", camera().timecode({0, 0, 0}), 25.0, none, unknown);
+    check("no picture", MovieMaker().audio({}), none, none, {});
+    check("vendor keys", with("com.acme.sensorFPS", 120.0, "projectFPS", std::int64_t{24}), 120.0, 24.0,
+          Confidence::confirmed(true, 5.0));
+    check("as text, over the timecode track",
+          with("com.acme.CaptureFrameRate", "50", "masterFPS", "+25.0").timecode({25, 1, 0}), 50.0, 25.0,
+          Confidence::confirmed(true, 2.0));
+    check("one key with both words", with("playbackFrameRate_recordFrameRate", 30.0), 30.0, 30.0, {});
+    check("no numbers", with("project_fps", "24 fps", "sensor_fps", ""), 25.0, none, unknown);
+    check("a rate of zero is kept and rejected", with("projectfps", 0.0), 25.0, 0.0, {});
+    check("not finite", with("sensorfps", std::numeric_limits<double>::infinity()), 25.0, none, unknown);
+    check("a ratio that no number holds", with("sensorfps", 1e300, "projectfps", 1e-300), 25.0, none, {});
     camera().writeTo(folder.path("sound.mov"));
     EXPECT_FALSE(MediaProbeService(settings, nullptr)
                      .probe(FileURL{folder.path("sound.mov")}, AssetKind::audio)

@@ -2,16 +2,10 @@
 
 #include "ManualQueue.h"
 #include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <filesystem>
-#include <limits>
-#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <vector>
 
 namespace orvane {
 namespace {
@@ -54,27 +48,17 @@ class Cache : public testing::Test {
     std::unique_ptr<ProbeCache> cache;
 };
 
-TEST_F(Cache, handsBackWhatWasStored) {
-    const MediaAsset asset = stored("a.wav");
-    for (const char* when : {"in the same run", "in the next run"}) {
-        SCOPED_TRACE(when);
-        const auto hit = cache->lookup(asset.url);
-        ASSERT_TRUE(hit.has_value());
-        EXPECT_EQ(hit->id, asset.id);
-        EXPECT_EQ(toJSON(*hit), toJSON(asset));
-        open();
-    }
-}
-
-TEST_F(Cache, namesAreBytes) {
+TEST_F(Cache, handsBackWhatWasStoredWhateverTheNameOfTheFile) {
     for (const char* name : {"quoted \"a\".wav", "line\nbreak.wav", "emoji \xF0\x9F\x8E\xAC.wav",
                              "latin-1 \xE9.wav", "latin-1 \xE8.wav", "back\\slash.wav", "percent %41.wav"}) {
+        SCOPED_TRACE(name);
         const MediaAsset asset = stored(name);
-        open();
-        const auto hit = cache->lookup(asset.url);
-        ASSERT_TRUE(hit.has_value()) << name;
-        EXPECT_EQ(hit->url, asset.url) << name;
-        EXPECT_EQ(hit->id, asset.id) << name;
+        for (int run = 0; run < 2; ++run, open()) {
+            const auto hit = cache->lookup(asset.url);
+            ASSERT_TRUE(hit.has_value()) << "run " << run;
+            EXPECT_EQ(toJSON(*hit), toJSON(asset));
+            EXPECT_EQ(hit->url, asset.url);
+        }
     }
     EXPECT_EQ(cache->count(), 7U);
 }

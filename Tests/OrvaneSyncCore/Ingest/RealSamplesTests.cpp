@@ -1,27 +1,18 @@
 #include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
+#include "Support/Samples.h"
+#include "Support/Test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <map>
-#include <string>
 
 namespace orvane {
 namespace {
 
 namespace fs = std::filesystem;
 
-/// Files of real recorders and cameras with a list of what other tools read in them.
 class RealSamples : public testing::Test {
   protected:
     void SetUp() override {
-        const char* given = std::getenv("ORVANE_SAMPLES");
-        folder = given != nullptr ? fs::path(given)
-                                  : fs::path(ORVANE_SOURCE_DIR).parent_path() / "shared" / "samples";
         if (!fs::exists(folder / "MANIFEST.md")) GTEST_SKIP() << "no sample files at " << folder;
     }
     /// By the path below the samples.
@@ -36,7 +27,7 @@ class RealSamples : public testing::Test {
         return assets;
     }
 
-    fs::path folder;
+    const fs::path folder = test::samplesFolder();
     platform::MemorySettingsStore settings;
 };
 

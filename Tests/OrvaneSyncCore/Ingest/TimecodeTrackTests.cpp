@@ -1,12 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/TimecodeTrackReader.h"
 
 #include "MediaFactory/MediaFactory.h"
-
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <span>
-#include <string>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

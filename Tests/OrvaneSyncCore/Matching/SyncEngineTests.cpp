@@ -2,14 +2,7 @@
 
 #include "Support/Assets.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <limits>
-#include <map>
-#include <random>
-#include <set>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

@@ -2,11 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Metadata/ImportedMetadataClearing.h"
 #include "Support/Assets.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {
@@ -36,93 +32,44 @@ SyncGroup clipOf(const std::string& filename) {
 TEST(MetadataMerger, pairsARowWithItsClip) {
     const auto name = ALEMatchStrategy::name();
     const auto column = [](std::string title) { return ALEMatchStrategy::column(std::move(title)); };
-    struct Case {
-        const char* rule;
-        ALEMatchStrategy strategy;
-        Rows rows;
-        std::string filename;
-        std::optional<Fields> expected;
-    };
-    const std::vector<Case> cases{
-        {"case and extension do not count",
-         name,
-         {{"Name"}, {"A001C003.mov"}},
-         "a001c003.MOV",
-         Fields{{"Name", "A001C003.mov"}}},
-        {"the later row counts whole",
-         name,
-         {{"Name", "Note"}, {"A", "first"}, {"a.mxf"}},
-         "A.mov",
-         Fields{{"Name", "a.mxf"}}},
-        {"no row, no metadata", name, {{"Name"}, {"B"}}, "A.mov", {}},
-        {"rows without a name belong to no clip", name, {{"Tape"}, {"A"}}, "A.mov", {}},
-        {"a reel that is longer than the name's prefix",
-         column("Tape"),
-         {{"Tape"}, {"A001"}},
-         "A001C003_240101_R1AB.mov",
-         {}},
-        {"the prefix in front of the first _",
-         column("Tape"),
-         {{"Tape"}, {"A001C003"}},
-         "A001C003_240101_R1AB.mov",
-         Fields{{"Tape", "A001C003"}}},
-        {"the prefix keeps its case", column("Tape"), {{"Tape"}, {"a001c003"}}, "A001C003_X.mov", {}},
-        {"a row's own case and extension",
-         column("File"),
-         {{"File"}, {"A001_X.MXF"}},
-         "a001_x.mov",
-         Fields{{"File", "A001_X.MXF"}}},
-        {"the file before the reel",
-         column("File"),
-         {{"File", "N"}, {"A001", "reel"}, {"A001_X", "file"}},
-         "A001_X.mov",
-         Fields{{"File", "A001_X"}, {"N", "file"}}},
-        {"rows of one reel are laid over each other",
-         column("Tape"),
-         {{"Tape", "Scene", "Note"}, {"A001", "12", "one"}, {"A001", "", "two"}, {"", "x", "y"}, {"A001"}},
-         "A001_X.mov",
-         Fields{{"Tape", "A001"}, {"Scene", "12"}, {"Note", "two"}}},
-        {"a column's name is exact", column("tape"), {{"Tape"}, {"A001"}}, "A001_X.mov", {}},
-        {"a column's name of blanks means the name",
-         column(" "),
-         {{"Name", " "}, {"A", "B"}},
-         "A.mov",
-         Fields{{"Name", "A"}, {" ", "B"}}},
-        {"an empty prefix is no reel", column("Tape"), {{"Tape"}, {""}, {"_"}}, "_X.mov", {}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.rule);
-        SyncGroupList groups{clipOf("other.mov"), clipOf(c.filename)};
+    const auto check = [&](const char* rule, const ALEMatchStrategy& strategy, const Rows& rows,
+                           const std::string& filename, const std::optional<Fields>& expected) {
+        SCOPED_TRACE(rule);
+        SyncGroupList groups{clipOf("other.mov"), clipOf(filename)};
         const SyncGroupList before = groups;
-        const auto result = MetadataMerger().merge(report(c.rows), groups, c.strategy);
-        EXPECT_EQ(result, (MetadataMerger::MergeResult{c.expected ? 1 : 0, 2}));
-        EXPECT_EQ(groups[1].aleMetadata, c.expected);
+        const auto result = MetadataMerger().merge(report(rows), groups, strategy);
+        EXPECT_EQ(result, (MetadataMerger::MergeResult{expected ? 1 : 0, 2}));
+        EXPECT_EQ(groups[1].aleMetadata, expected);
         EXPECT_FALSE(groups[0].aleMetadata);
         EXPECT_FALSE(before[1].aleMetadata); // an earlier copy of the list stays as it was
-    }
+    };
+    check("case and extension do not count", name, {{"Name"}, {"A001C003.mov"}}, "a001c003.MOV",
+          Fields{{"Name", "A001C003.mov"}});
+    check("the later row counts whole", name, {{"Name", "Note"}, {"A", "first"}, {"a.mxf"}}, "A.mov",
+          Fields{{"Name", "a.mxf"}});
+    check("no row, no metadata", name, {{"Name"}, {"B"}}, "A.mov", {});
+    check("rows without a name belong to no clip", name, {{"Tape"}, {"A"}}, "A.mov", {});
+    check("a reel that is longer than the name's prefix", column("Tape"), {{"Tape"}, {"A001"}},
+          "A001C003_240101_R1AB.mov", {});
+    check("the prefix in front of the first _", column("Tape"), {{"Tape"}, {"A001C003"}},
+          "A001C003_240101_R1AB.mov", Fields{{"Tape", "A001C003"}});
+    check("the prefix keeps its case", column("Tape"), {{"Tape"}, {"a001c003"}}, "A001C003_X.mov", {});
+    check("a row's own case and extension", column("File"), {{"File"}, {"A001_X.MXF"}}, "a001_x.mov",
+          Fields{{"File", "A001_X.MXF"}});
+    check("the file before the reel", column("File"), {{"File", "N"}, {"A001", "reel"}, {"A001_X", "file"}},
+          "A001_X.mov", Fields{{"File", "A001_X"}, {"N", "file"}});
+    check("rows of one reel are laid over each other", column("Tape"),
+          {{"Tape", "Scene", "Note"}, {"A001", "12", "one"}, {"A001", "", "two"}, {"", "x", "y"}, {"A001"}},
+          "A001_X.mov", Fields{{"Tape", "A001"}, {"Scene", "12"}, {"Note", "two"}});
+    check("a column's name is exact", column("tape"), {{"Tape"}, {"A001"}}, "A001_X.mov", {});
+    check("a column's name of blanks means the name", column(" "), {{"Name", " "}, {"A", "B"}}, "A.mov",
+          Fields{{"Name", "A"}, {" ", "B"}});
+    check("an empty prefix is no reel", column("Tape"), {{"Tape"}, {""}, {"_"}}, "_X.mov", {});
 }
 
 TEST(MetadataMerger, appliesNameAndSensorRate) {
-    struct Case {
-        Rows rows; ///< a column and its cell each
-        std::string clipName;
-        std::optional<double> rate;
-    };
-    const std::vector<Case> cases{
-        {{{"Scene", "Take"}, {"12", "3"}}, "12-3", 50},
-        {{{"Scene", "Take"}, {"12", ""}}, "A.mov", 50},
-        {{{"Take", "Sensor FPS"}, {"3", " 120\t"}}, "A.mov", 120},
-        {{{"SENSOR_FPS"}, {"59.94"}}, "A.mov", 59.94},
-        {{{"sensorfps", "Camera FPS"}, {"0", "96"}}, "A.mov", 96},
-        {{{"sensorfps", "original_fps"}, {"abc", "1e2"}}, "A.mov", 100},
-        {{{"Original FPS", "Shooting Rate"}, {"24", "48"}}, "A.mov", 48},
-        {{{"sensor_fps", "Sensor FPS"}, {"100", "-1"}}, "A.mov", 100},
-        {{{"sensor_fps", "Sensor FPS"}, {"nan", "1e999"}}, "A.mov", 50},
-        {{{"sensorfps"}, {"23,976"}}, "A.mov", 50},
-        {{{"FPS", "project fps"}, {"120", "120"}}, "A.mov", 50},
-    };
-    for (const Case& c : cases) {
-        Rows rows = c.rows;
+    // `rows`: a column and its cell each
+    const auto check = [&](Rows rows, const std::string& clipName, std::optional<double> rate) {
         rows[0].emplace_back("Name");
         rows[1].emplace_back("A");
         SyncGroup group = clipOf("A.mov");
@@ -130,10 +77,21 @@ TEST(MetadataMerger, appliesNameAndSensorRate) {
         SyncGroupList groups{group};
         MetadataMerger().merge(report(rows), groups, ALEMatchStrategy::name());
         SCOPED_TRACE(rows[0][0]);
-        EXPECT_EQ(groups[0].clipName, c.clipName);
-        EXPECT_EQ(groups[0].video.sensorFrameRate, c.rate);
+        EXPECT_EQ(groups[0].clipName, clipName);
+        EXPECT_EQ(groups[0].video.sensorFrameRate, rate);
         EXPECT_FALSE(groups[0].video.offspeedConfidence);
-    }
+    };
+    check({{"Scene", "Take"}, {"12", "3"}}, "12-3", 50);
+    check({{"Scene", "Take"}, {"12", ""}}, "A.mov", 50);
+    check({{"Take", "Sensor FPS"}, {"3", " 120\t"}}, "A.mov", 120);
+    check({{"SENSOR_FPS"}, {"59.94"}}, "A.mov", 59.94);
+    check({{"sensorfps", "Camera FPS"}, {"0", "96"}}, "A.mov", 96);
+    check({{"sensorfps", "original_fps"}, {"abc", "1e2"}}, "A.mov", 100);
+    check({{"Original FPS", "Shooting Rate"}, {"24", "48"}}, "A.mov", 48);
+    check({{"sensor_fps", "Sensor FPS"}, {"100", "-1"}}, "A.mov", 100);
+    check({{"sensor_fps", "Sensor FPS"}, {"nan", "1e999"}}, "A.mov", 50);
+    check({{"sensorfps"}, {"23,976"}}, "A.mov", 50);
+    check({{"FPS", "project fps"}, {"120", "120"}}, "A.mov", 50);
 }
 
 TEST(ImportedMetadataClearing, takesOffOneKindAndKeepsTheRest) {

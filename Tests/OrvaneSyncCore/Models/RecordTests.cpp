@@ -1,13 +1,7 @@
-#include "OrvaneSyncCore/Models/ScanModels.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Models/WildTrack.h"
 #include "Support/Assets.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <functional>
-#include <random>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {
@@ -145,19 +139,6 @@ TEST(Records, variantsHaveOneKey) {
     EXPECT_EQ(label(SyncMethod::clap), "Clap-based");
 }
 
-TEST(SyncGroup, beginsWithTheDefaults) {
-    const SyncGroup group(test::video("a.mov"), {}, MatchStatus::manual());
-    EXPECT_EQ(group.clipName, "a.mov");
-    EXPECT_TRUE(group.isMOS() && group.masterGainAuto && group.syncMethod == SyncMethod::timecode);
-    EXPECT_FALSE(group.isExcludedFromMulticam() || group.hasManualTrackEdits() ||
-                 group.shouldGenerateProjectRateClip() || group.hasALEMetadata() ||
-                 group.hasLockitMetadata());
-    EXPECT_EQ(group.primaryAudio(), nullptr);
-    EXPECT_EQ(SyncGroup(test::video("a.mov"), {}, MatchStatus::mos(), "n").clipName, "n");
-    EXPECT_FALSE(group == SyncGroup(group.video, {}, MatchStatus::manual()))
-        << "the same video, another clip";
-}
-
 TEST(SyncGroup, resolvedClapPoint) {
     SyncGroup group = test::clip(test::video("a.mov"), test::audio("b.wav"));
     group.audioMatches[0].syncOffsetSeconds = 1.5;
@@ -171,23 +152,18 @@ TEST(SyncGroup, resolvedClapPoint) {
     EXPECT_EQ(group.resolvedClapPointSeconds(), 9.0);
 }
 
-TEST(SyncGroupList, copiesAreIndependentAndShared) {
+TEST(SyncGroupList, copiesShareWhatDidNotChange) {
     SyncGroupList list{SyncGroup(test::video("a.mov"), {}, MatchStatus::mos()),
                        SyncGroup(test::video("b.mov"), {}, MatchStatus::mos())};
     const SyncGroupList before = list;
     const SyncGroup& held = before[0];
     EXPECT_TRUE(list.update(list[0].id, [](SyncGroup& group) { group.isApproved = true; }));
-    EXPECT_TRUE(list[0].isApproved);
-    EXPECT_FALSE(held.isApproved) << "what a copy holds does not change";
-    EXPECT_EQ(list.element(1), before.element(1)) << "what did not change is shared";
-    EXPECT_EQ(list.find(before[1].id), &before[1]);
-    EXPECT_EQ(list.find(UUID::random()), nullptr);
+    EXPECT_FALSE(held.isApproved);
+    EXPECT_EQ(list.element(1), before.element(1));
     EXPECT_FALSE(list.update(UUID::random(), [](SyncGroup&) { FAIL() << "there is no such clip"; }));
-    const SyncGroupList approved = list.filtered([](const SyncGroup& group) { return group.isApproved; });
-    ASSERT_EQ(approved.size(), 1U);
+    EXPECT_EQ(list.find(UUID::random()), nullptr);
+    const auto approved = list.filtered([](const SyncGroup& group) { return group.isApproved; });
     EXPECT_EQ(approved.element(0), list.element(0));
-    EXPECT_EQ(std::distance(list.begin(), list.end()), 2);
-    EXPECT_EQ(list.begin()->video.filename, "a.mov");
 }
 
 TEST(SyncGroupList, behavesAsAPlainListDoes) {
@@ -256,18 +232,6 @@ TEST(UUID, texts) {
     for (const char* bad : {"", "0123456F-89AB-4DEF-8123-456789ABCDE", "0123456F-89AB-4DEF-8123-456789ABCDEG",
                             "0123456F089AB-4DEF-8123-456789ABCDEF", "{123456F-89AB-4DEF-8123-456789ABCDE}"})
         EXPECT_EQ(UUID::fromText(bad), std::nullopt) << bad;
-}
-
-TEST(ScanModels, progressAndResults) {
-    EXPECT_EQ(ScanProgress::idle().fraction(), 0);
-    EXPECT_FALSE(ScanProgress::idle().isActive());
-    EXPECT_EQ((ScanProgress{"x", 1, 4}.fraction()), 0.25);
-    EXPECT_EQ(progressText(ScanState::probing), "Reading metadata...");
-    EXPECT_EQ(name(ScanState::done), "done");
-    const ScanResult result{{test::video("a.mov")}, {test::audio("b.wav")}, 1.5, {}};
-    EXPECT_EQ(result.totalFiles(), 2U);
-    EXPECT_FALSE(result.hasErrors());
-    EXPECT_EQ(toJSON(result).find("audioAssets")->elements()->size(), 1U);
 }
 
 } // namespace

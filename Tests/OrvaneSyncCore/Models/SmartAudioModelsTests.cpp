@@ -1,10 +1,6 @@
 #include "OrvaneSyncCore/Models/SmartAudioConfig.h"
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <limits>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {
@@ -42,36 +38,30 @@ TEST(SmartAudioKinds, BlocksLastAsTheModeOrTheMaterialSays) {
 }
 
 TEST(SmartAudioKinds, ModesAreFoundByTagWhateverItsCase) {
-    const auto check = [&](const char* tag, const std::optional<SmartAudioMode>& mode) {
-        EXPECT_EQ(smartAudioModeFromUITag(tag), mode) << tag;
-    };
-    check("standard", SmartAudioMode::standard);
-    check("  CINEMATIC\n", SmartAudioMode::cinematic);
-    check("Custom", SmartAudioMode::custom);
-    check("off", SmartAudioMode::off);
-    check("loud", std::nullopt);
-    check("cine matic", std::nullopt);
-    check("", std::nullopt);
+    const std::pair<const char*, std::optional<SmartAudioMode>> cases[] = {
+        {"standard", SmartAudioMode::standard},
+        {"  CINEMATIC\n", SmartAudioMode::cinematic},
+        {"Custom", SmartAudioMode::custom},
+        {"off", SmartAudioMode::off},
+        {"loud", std::nullopt},
+        {"cine matic", std::nullopt},
+        {"", std::nullopt}};
+    for (const auto& [tag, mode] : cases) EXPECT_EQ(smartAudioModeFromUITag(tag), mode) << tag;
     EXPECT_EQ(settingValue(BestChannelMode::perWindow), "perWindow");
 }
 
 TEST(SmartAudioResult, UniformityAloneIsNoAdjustment) {
-    SmartAudioResult result;
-    result.tracks.resize(2);
-    EXPECT_FALSE(result.hasAdjustments());
-    result.tracks[1].loudnessUniformity = 0.5F;
-    EXPECT_FALSE(result.hasAdjustments());
-    const std::function<void(TrackAdjustment&)> adjustments[] = {
-        [](TrackAdjustment& t) { t.voiceIsolationAmount = 0.0F; },
-        [](TrackAdjustment& t) { t.loudnessAmount = 0.1F; },
-        [](TrackAdjustment& t) { t.humReductionFrequency = 50; },
-        [](TrackAdjustment& t) { t.volumeGainDB = -1.0F; },
+    const auto isOne = [](auto TrackAdjustment::*field, auto value) {
+        SmartAudioResult result;
+        result.tracks.resize(2);
+        result.tracks[1].*field = value;
+        return result.hasAdjustments();
     };
-    for (const auto& adjust : adjustments) {
-        SmartAudioResult adjusted = result;
-        adjust(adjusted.tracks[1]);
-        EXPECT_TRUE(adjusted.hasAdjustments());
-    }
+    EXPECT_FALSE(isOne(&TrackAdjustment::loudnessUniformity, 0.5F));
+    EXPECT_TRUE(isOne(&TrackAdjustment::voiceIsolationAmount, 0.0F));
+    EXPECT_TRUE(isOne(&TrackAdjustment::loudnessAmount, 0.1F));
+    EXPECT_TRUE(isOne(&TrackAdjustment::humReductionFrequency, 50));
+    EXPECT_TRUE(isOne(&TrackAdjustment::volumeGainDB, -1.0F));
 }
 
 TEST(SmartAudioResult, StoredRecordsComeBack) {

@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
+#include "OrvaneSyncCore/Services/Naming/OffspeedNaming.h"
 
 #include "Support/Assets.h"
 #include "Support/TemporaryDirectory.h"
@@ -192,6 +193,21 @@ TEST(GroupNaming, cameraLetter) {
         {"_A003C012.mov", {}},   {"A003c012.mov", {}}, {"A003C01", {}},     {"", {}}};
     for (const auto& [name, letter] : cases)
         EXPECT_EQ(GroupNaming::cameraLetter(video(name)), letter) << name;
+}
+
+TEST(OffspeedNaming, SuffixesSayTheRateAndJoinTheName) {
+    const auto check = [&](const char* suffix, double fps, const char* name) {
+        EXPECT_EQ(OffspeedNaming::resolveNativeMOSName("Clip", suffix, fps), name);
+        EXPECT_EQ(OffspeedNaming::resolveProjectRateName("Clip", suffix, fps), name);
+    };
+    check("[{fps} FPS]", 120, "Clip [120 FPS]");
+    check("_{fps}fps", 47.952, "Clip_48fps");
+    check("-{fps}", 119.88, "Clip-120");
+    check(" at {fps}/{fps}", 25, "Clip at 25/25");
+    check(".{fps}", 59.94, "Clip.59.9");
+    check("{fps}", 1200, "Clip 1200");
+    check("{FPS}", 120, "Clip {FPS}");
+    check("", 120, "Clip");
 }
 
 } // namespace

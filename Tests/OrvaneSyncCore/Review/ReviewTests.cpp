@@ -1,12 +1,7 @@
 #include "OrvaneSyncCore/Services/Review/AlternateAudio.h"
 #include "OrvaneSyncCore/Services/Review/SiblingSuggestion.h"
 #include "Support/Assets.h"
-
-#include <gtest/gtest.h>
-
-#include <set>
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {

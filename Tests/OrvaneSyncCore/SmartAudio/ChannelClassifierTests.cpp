@@ -1,9 +1,5 @@
 #include "OrvaneSyncCore/Services/SmartAudio/ChannelClassifier.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {
@@ -17,40 +13,33 @@ std::vector<ChannelStats> statsOf(const std::vector<std::pair<float, float>>& rm
 }
 
 TEST(ChannelClassifier, goesByTheRecordersNames) {
-    struct Case {
-        const char* name;
-        ChannelKind kind;
-        float confidence;
-        const char* speaker;
-        bool isPreMixed;
-    };
-    for (const Case& one : std::vector<Case>{
-             {"Boom", ChannelKind::boom, 0.95F, "", false},
-             {"Boom Mix", ChannelKind::boom, 0.95F, "", true}, // the first rule wins
-             {"ISO 3", ChannelKind::lav, 0.95F, "iso 3", false},
-             {"Isolde", ChannelKind::unknown, 0.4F, "isolde", false}, // "iso" needs its blank
-             {"Tr1 ISO", ChannelKind::lav, 0.95F, "tr1 iso", false},
-             {"SLAVE", ChannelKind::lav, 0.95F, "", false}, // needles match inside words
-             {"Out LR bus", ChannelKind::mix, 0.95F, "", false},
-             {"L+R", ChannelKind::mix, 0.95F, "l+r", false},
-             {"Stereo", ChannelKind::mix, 0.95F, "", true},
-             {"Lav 1 (Anna)", ChannelKind::lav, 0.95F, "anna", false},
-             {"  Kamera Links ", ChannelKind::unknown, 0.4F, "kamera links", false},
-             {"Gerfried", ChannelKind::unknown, 0.4F, "gerfried",
-              false}, // "rf" hides the speaker, the name stands in
-             {"ÄNNE (Lav)", ChannelKind::lav, 0.95F, "", false},
-         }) {
-        SCOPED_TRACE(one.name);
-        const auto result = ChannelClassifier::classify(1, {{1, one.name}}, {});
+    const auto check = [&](const char* name, ChannelKind kind, float confidence, const char* speaker,
+                           bool isPreMixed) {
+        SCOPED_TRACE(name);
+        const auto result = ChannelClassifier::classify(1, {{1, name}}, {});
         ASSERT_EQ(result.size(), 1U);
-        EXPECT_EQ(result[0].kind, one.kind);
-        EXPECT_EQ(result[0].confidence, one.confidence);
-        EXPECT_EQ(result[0].speakerName.value_or(""), one.speaker);
-        EXPECT_EQ(result[0].isPreMixed, one.isPreMixed);
+        EXPECT_EQ(result[0].kind, kind);
+        EXPECT_EQ(result[0].confidence, confidence);
+        EXPECT_EQ(result[0].speakerName.value_or(""), speaker);
+        EXPECT_EQ(result[0].isPreMixed, isPreMixed);
         EXPECT_EQ(result[0].source,
-                  std::string("iXML: ") + one.name +
-                      (one.kind == ChannelKind::unknown ? " (no role keyword — treated as unknown)" : ""));
-    }
+                  std::string("iXML: ") + name +
+                      (kind == ChannelKind::unknown ? " (no role keyword — treated as unknown)" : ""));
+    };
+    check("Boom", ChannelKind::boom, 0.95F, "", false);
+    check("Boom Mix", ChannelKind::boom, 0.95F, "", true); // the first rule wins
+    check("ISO 3", ChannelKind::lav, 0.95F, "iso 3", false);
+    check("Isolde", ChannelKind::unknown, 0.4F, "isolde", false); // "iso" needs its blank
+    check("Tr1 ISO", ChannelKind::lav, 0.95F, "tr1 iso", false);
+    check("SLAVE", ChannelKind::lav, 0.95F, "", false); // needles match inside words
+    check("Out LR bus", ChannelKind::mix, 0.95F, "", false);
+    check("L+R", ChannelKind::mix, 0.95F, "l+r", false);
+    check("Stereo", ChannelKind::mix, 0.95F, "", true);
+    check("Lav 1 (Anna)", ChannelKind::lav, 0.95F, "anna", false);
+    check("  Kamera Links ", ChannelKind::unknown, 0.4F, "kamera links", false);
+    check("Gerfried", ChannelKind::unknown, 0.4F, "gerfried",
+          false); // "rf" hides the speaker, the name stands in
+    check("ÄNNE (Lav)", ChannelKind::lav, 0.95F, "", false);
 }
 
 TEST(ChannelClassifier, drawsTheSpeakerFromAName) {

@@ -4,14 +4,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioPredictor.h"
 #include "OrvaneSyncCore/Services/SmartAudio/TrackAdjustments.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <numbers>
-#include <random>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {
@@ -80,30 +73,24 @@ std::optional<double> byTheBook(const Channels& channels, double sampleRate) {
 }
 
 TEST(LUFSMeter, readsTonesAsTheStandardSays) {
-    struct Case {
-        const char* rule;
-        double amplitudeDB, frequency, sampleRate;
-        std::size_t channels;
-        double lufs, tolerance;
+    const auto check = [&](const char* rule, double amplitudeDB, double frequency, double sampleRate,
+                           std::size_t channels, double expected, double tolerance) {
+        const auto tone = sine(gain(amplitudeDB), frequency, sampleRate, 3);
+        const auto lufs = measured(Channels(channels, tone), sampleRate);
+        ASSERT_TRUE(lufs) << rule;
+        EXPECT_NEAR(*lufs, expected, tolerance) << rule;
     };
-    for (const Case& one : std::vector<Case>{
-             {"a full-scale sine on one channel", 0, 997, 48000, 1, -3.01, 0.01},
-             {"two channels add up", -23, 1000, 48000, 2, -23.0, 0.01},
-             {"44.1 kHz has filters of its own", -23, 1000, 44100, 2, -23.0, 0.05},
-             {"four channels count alike", -20, 997, 48000, 4, -20 - 3.01 + 6.02, 0.01},
-             {"the rear of five counts for more", -20, 997, 48000, 5, -20 - 3.01 + 7.65,
-              0.01}, // 5.82 channels
-             {"of six the fourth counts for nothing", -20, 997, 48000, 6, -20 - 3.01 + 7.65, 0.01},
-             {"seven count alike", -20, 997, 48000, 7, -20 - 3.01 + 8.45, 0.01},
-             {"below the absolute gate", -80, 997, 48000, 1, -70.0, 0},
-             // At 96 kHz the filters of 48 kHz stand where a tone of half the frequency is.
-             {"96 kHz is heard with the filters of 48 kHz", 0, 2 * 997, 96000, 1, -3.01, 0.01},
-         }) {
-        const auto tone = sine(gain(one.amplitudeDB), one.frequency, one.sampleRate, 3);
-        const auto lufs = measured(Channels(one.channels, tone), one.sampleRate);
-        ASSERT_TRUE(lufs) << one.rule;
-        EXPECT_NEAR(*lufs, one.lufs, one.tolerance) << one.rule;
-    }
+    check("a full-scale sine on one channel", 0, 997, 48000, 1, -3.01, 0.01);
+    check("two channels add up", -23, 1000, 48000, 2, -23.0, 0.01);
+    check("44.1 kHz has filters of its own", -23, 1000, 44100, 2, -23.0, 0.05);
+    check("four channels count alike", -20, 997, 48000, 4, -20 - 3.01 + 6.02, 0.01);
+    check("the rear of five counts for more", -20, 997, 48000, 5, -20 - 3.01 + 7.65,
+          0.01); // 5.82 channels
+    check("of six the fourth counts for nothing", -20, 997, 48000, 6, -20 - 3.01 + 7.65, 0.01);
+    check("seven count alike", -20, 997, 48000, 7, -20 - 3.01 + 8.45, 0.01);
+    check("below the absolute gate", -80, 997, 48000, 1, -70.0, 0);
+    // At 96 kHz the filters of 48 kHz stand where a tone of half the frequency is.
+    check("96 kHz is heard with the filters of 48 kHz", 0, 2 * 997, 96000, 1, -3.01, 0.01);
 }
 
 TEST(LUFSMeter, hasNoResultWhereThereIsNothingToMeasure) {
@@ -184,20 +171,15 @@ TrackAdjustment adjusted(const TrackAnalysis& analysis, SmartAudioMode mode, con
 }
 
 TEST(TrackAdjustments, estimatesTheNoiseFromTheQuietestQuarter) {
-    struct Case {
-        const char* rule;
-        std::vector<float> levels;
-        double snr;
+    const auto check = [&](const char* rule, const std::vector<float>& levels, double snr) {
+        EXPECT_NEAR(TrackAdjustments::estimatedSNR(track(levels)), snr, 1e-2) << rule;
     };
-    for (const Case& one : std::vector<Case>{
-             {"no windows", {}, 60},
-             {"fewer than four windows", {0.1F, 0.1F, 0.001F}, 60},
-             {"a silent quarter", {0, 0.1F, 0.1F, 0.1F}, 60},
-             {"the mean over the quietest window", {0.37F, 0.01F, 0.01F, 0.01F}, 20},
-             {"seven windows have a quarter of one", {0.1F, 0.1F, 0.1F, 0.1F, 0.1F, 0.1F, 0.01F}, 18.8046},
-             {"the largest floats stay finite", {3e38F, 3e38F, 3e38F, 1e-20F}, 967.04},
-         })
-        EXPECT_NEAR(TrackAdjustments::estimatedSNR(track(one.levels)), one.snr, 1e-2) << one.rule;
+    check("no windows", {}, 60);
+    check("fewer than four windows", {0.1F, 0.1F, 0.001F}, 60);
+    check("a silent quarter", {0, 0.1F, 0.1F, 0.1F}, 60);
+    check("the mean over the quietest window", {0.37F, 0.01F, 0.01F, 0.01F}, 20);
+    check("seven windows have a quarter of one", {0.1F, 0.1F, 0.1F, 0.1F, 0.1F, 0.1F, 0.01F}, 18.8046);
+    check("the largest floats stay finite", {3e38F, 3e38F, 3e38F, 1e-20F}, 967.04);
 }
 
 TEST(TrackAdjustments, recommendsByModeAndSpeech) {
@@ -270,25 +252,20 @@ TEST(SmartAudioPredictor, forecastsByEstimateOrCalibration) {
     const SmartAudioPredictor estimate, empty(CalibrationResult{});
     const SmartAudioPredictor calibrated(CalibrationResult{
         .measurements = {measurement(50, 0, 0, -3), measurement(50, 50, 50, 4), measurement(50, 50, 50, 9)}});
-    struct Case {
-        const char* rule;
-        SmartAudioPreset preset;
-        double estimated, measured;
+    const auto check = [&](const char* rule, const SmartAudioPreset& chosen, double estimated,
+                           double measured) {
+        EXPECT_DOUBLE_EQ(estimate.lookupLUFSDelta(chosen), estimated) << rule;
+        EXPECT_EQ(empty.lookupLUFSDelta(chosen), estimate.lookupLUFSDelta(chosen)) << rule;
+        EXPECT_EQ(calibrated.lookupLUFSDelta(chosen), measured) << rule;
     };
-    for (const Case& one : std::vector<Case>{
-             {"cinematic", SmartAudioPreset::cinematic(), -4.0, -3},
-             {"drama, the first of two as near", SmartAudioPreset::drama(), -2.25, -3},
-             {"documentary", SmartAudioPreset::documentary(), 0.0, 4},
-             {"nothing", preset(0, 0, 0), 0, -3},
-             {"no loudness", preset(1, 0, 50), -6, -3},
-             {"no uniformity", preset(0, 50, 0), 0, -3},
-             {"at most 15 dB", preset(0, 100, 200), 15, 4},
-             {"an exact match, the first of two", preset(50, 50, 50), 1.5, 4},
-         }) {
-        EXPECT_DOUBLE_EQ(estimate.lookupLUFSDelta(one.preset), one.estimated) << one.rule;
-        EXPECT_EQ(empty.lookupLUFSDelta(one.preset), estimate.lookupLUFSDelta(one.preset)) << one.rule;
-        EXPECT_EQ(calibrated.lookupLUFSDelta(one.preset), one.measured) << one.rule;
-    }
+    check("cinematic", SmartAudioPreset::cinematic(), -4.0, -3);
+    check("drama, the first of two as near", SmartAudioPreset::drama(), -2.25, -3);
+    check("documentary", SmartAudioPreset::documentary(), 0.0, 4);
+    check("nothing", preset(0, 0, 0), 0, -3);
+    check("no loudness", preset(1, 0, 50), -6, -3);
+    check("no uniformity", preset(0, 50, 0), 0, -3);
+    check("at most 15 dB", preset(0, 100, 200), 15, 4);
+    check("an exact match, the first of two", preset(50, 50, 50), 1.5, 4);
     const auto prediction = estimate.predict(-35, SmartAudioPreset::cinematic(), -27);
     EXPECT_EQ(prediction.postProcessingLUFS, -39);
     EXPECT_EQ(prediction.masterGainDB, 12);
@@ -323,23 +300,21 @@ TEST(MasterGain, followsTheProjectsSettings) {
         Values persist(const Changes& changes) override { return stored_ = applied(stored_, changes); }
         Values stored_;
     };
-    struct Case {
-        std::optional<JSON> preset, target;
-        std::string label;
-        double lufs, gainDB; ///< for a clip at -30 LUFS
-    };
-    for (const Case& one : std::vector<Case>{{{}, {}, "Drama", -27, 5.25},
-                                             {JSON("Cinematic"), JSON(-23.0), "Cinematic", -23, 11},
-                                             {JSON("Documentary"), JSON("loud"), "Documentary", -27, 3},
-                                             {JSON("None"), JSON(-16), "Drama", -16, 16.25}}) {
+    // `gainDB`: for a clip at -30 LUFS
+    const auto check = [&](const std::optional<JSON>& preset, const std::optional<JSON>& storedTarget,
+                           const std::string& label, double lufs, double gainDB) {
         Store store;
-        if (one.preset) store.set("smartAudio.preset", *one.preset);
-        if (one.target) store.set("smartAudio.targetLUFS", *one.target);
+        if (preset) store.set("smartAudio.preset", *preset);
+        if (storedTarget) store.set("smartAudio.targetLUFS", *storedTarget);
         const auto target = MasterGain::Target::fromUserDefaults(store);
-        EXPECT_EQ(target.preset.label, one.label);
-        EXPECT_EQ(target.targetLUFS, one.lufs);
-        EXPECT_DOUBLE_EQ(MasterGain::gainDB(-30, target, SmartAudioPredictor()), one.gainDB);
-    }
+        EXPECT_EQ(target.preset.label, label);
+        EXPECT_EQ(target.targetLUFS, lufs);
+        EXPECT_DOUBLE_EQ(MasterGain::gainDB(-30, target, SmartAudioPredictor()), gainDB);
+    };
+    check({}, {}, "Drama", -27, 5.25);
+    check(JSON("Cinematic"), JSON(-23.0), "Cinematic", -23, 11);
+    check(JSON("Documentary"), JSON("loud"), "Documentary", -27, 3);
+    check(JSON("None"), JSON(-16), "Drama", -16, 16.25);
 }
 
 } // namespace

@@ -1,23 +1,14 @@
 #include "MediaFactory/MediaFactory.h"
-#include "Support/MemoryAudio.h"
 #include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
 #include "OrvaneSyncCore/Services/SmartAudio/ChannelReadingDiagnostic.h"
 #include "OrvaneSyncCore/Services/SmartAudio/KWeighting.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/WindowMeasurement.h"
+#include "Support/MemoryAudio.h"
 #include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <filesystem>
-#include <limits>
 #include <mutex>
-#include <random>
-#include <string>
-#include <vector>
 
 namespace orvane {
 namespace {
@@ -38,24 +29,19 @@ std::vector<TrackAnalysis> measured(MemoryAudio file, std::size_t channels, Audi
 TEST(AudioPass, measuresWindows) {
     const float nan = std::numeric_limits<float>::quiet_NaN(),
                 infinity = std::numeric_limits<float>::infinity();
-    struct Case {
-        const char* rule;
-        std::vector<float> window;
-        float rms, peak, crossings;
+    const auto check = [&](const char* rule, const std::vector<float>& window, float rms, float peak,
+                           float crossings) {
+        const auto analysis = measured({{window}, 48000}, 1, {.windowFrames = window.size()}).at(0);
+        EXPECT_EQ(analysis.windowRMS, std::vector{rms}) << rule;
+        EXPECT_EQ(analysis.windowPeaks, std::vector{peak}) << rule;
+        EXPECT_EQ(analysis.spectralCentroids, std::vector{crossings}) << rule;
     };
-    for (const Case& one : std::vector<Case>{
-             {"a square wave at full scale", {1, -1, 1, -1}, 1, 1, 0.75F},
-             {"a negative peak counts", {0, 0, -0.5F, 0}, 0.25F, 0.5F, 0.5F},
-             {"one sample", {0.25F}, 0.25F, 0.25F, 0},
-             {"zero is positive, whatever its sign", {-0.0F, 0, 1, -0.0F}, 0.5F, 1, 0},
-             {"what is no number is silence", {nan, infinity, -infinity, 1}, 0.5F, 1, 0},
-             {"the largest float", {3e38F, -3e38F}, 3e38F, 3e38F, 0.5F},
-         }) {
-        const auto analysis = measured({{one.window}, 48000}, 1, {.windowFrames = one.window.size()}).at(0);
-        EXPECT_EQ(analysis.windowRMS, std::vector{one.rms}) << one.rule;
-        EXPECT_EQ(analysis.windowPeaks, std::vector{one.peak}) << one.rule;
-        EXPECT_EQ(analysis.spectralCentroids, std::vector{one.crossings}) << one.rule;
-    }
+    check("a square wave at full scale", {1, -1, 1, -1}, 1, 1, 0.75F);
+    check("a negative peak counts", {0, 0, -0.5F, 0}, 0.25F, 0.5F, 0.5F);
+    check("one sample", {0.25F}, 0.25F, 0.25F, 0);
+    check("zero is positive, whatever its sign", {-0.0F, 0, 1, -0.0F}, 0.5F, 1, 0);
+    check("what is no number is silence", {nan, infinity, -infinity, 1}, 0.5F, 1, 0);
+    check("the largest float", {3e38F, -3e38F}, 3e38F, 3e38F, 0.5F);
 }
 
 TEST(AudioPass, endsWhereTheFileDoes) {
@@ -234,38 +220,23 @@ TEST_F(SmartAudioRouterTest, hearsWhatIsLeftOfAFileThatShrinksWhileItIsRead) {
 }
 
 TEST_F(SmartAudioRouterTest, hearsWholeWindowsOfTheTracksThatThereAre) {
-    struct Case {
-        const char* rule;
-        std::string wave;
-        int channelCount;
-        std::size_t windows; ///< of track 1, by the length of the segments
-    };
     const auto silence = [](std::uint32_t rate, std::uint64_t frames) {
         return WaveMaker()
             .format({.sampleRate = rate, .samples = SampleFormat::pcm16})
             .silence(frames)
             .bytes();
     };
-    for (const Case& one : std::vector<Case>{
-             {"shorter than a window", silence(48000, 11999), 2, 0},
-             {"one sample", silence(48000, 1), 1, 0},
-             {"a window", silence(48000, 12000), 1, 1},
-             {"the rest is dropped", silence(48000, 35999), 1, 2},
-             {"windows without a sample", silence(1, 1000), 3, 0},
-             {"windows of one sample", silence(4, 9), 1, 9},
-             {"a third of a sample is dropped", silence(11025, 2756 * 3), 1, 3},
-             {"384 kHz", silence(384000, 192000), 64, 2},
-             {"the first 2500 s of a longer recording", silence(8, 2 * 12000), 1, 10000},
-         }) {
-        SCOPED_TRACE(one.rule);
-        SmartAudioRequest asked = request(one.wave, one.channelCount);
+    // `windows`: of track 1, by the length of the segments
+    const auto check = [&](const char* rule, const std::string& wave, int channelCount, std::size_t windows) {
+        SCOPED_TRACE(rule);
+        SmartAudioRequest asked = request(wave, channelCount);
         asked.blockSettings.reset();
         const auto result = analyze(asked);
-        ASSERT_EQ(result.tracks.size(), static_cast<std::size_t>(one.channelCount));
+        ASSERT_EQ(result.tracks.size(), static_cast<std::size_t>(channelCount));
         EXPECT_EQ(result.bestTrackIndex, 1);
         const double end =
             result.windowedBestTracks.empty() ? 0 : result.windowedBestTracks.back().endSeconds;
-        EXPECT_EQ(end, 0.25 * static_cast<double>(one.windows));
+        EXPECT_EQ(end, 0.25 * static_cast<double>(windows));
         EXPECT_TRUE(result.blocks.empty() && result.channelClassifications.empty() &&
                     !result.detectedCharacter);
         for (const auto& track : result.tracks) {
@@ -273,7 +244,16 @@ TEST_F(SmartAudioRouterTest, hearsWholeWindowsOfTheTracksThatThereAre) {
             EXPECT_EQ(track.bestSourceScore, 0);
             EXPECT_EQ(track.averageLevelDB, -200);
         }
-    }
+    };
+    check("shorter than a window", silence(48000, 11999), 2, 0);
+    check("one sample", silence(48000, 1), 1, 0);
+    check("a window", silence(48000, 12000), 1, 1);
+    check("the rest is dropped", silence(48000, 35999), 1, 2);
+    check("windows without a sample", silence(1, 1000), 3, 0);
+    check("windows of one sample", silence(4, 9), 1, 9);
+    check("a third of a sample is dropped", silence(11025, 2756 * 3), 1, 3);
+    check("384 kHz", silence(384000, 192000), 64, 2);
+    check("the first 2500 s of a longer recording", silence(8, 2 * 12000), 1, 10000);
 }
 
 TEST_F(SmartAudioRouterTest, namesRoutesAndRecommends) {

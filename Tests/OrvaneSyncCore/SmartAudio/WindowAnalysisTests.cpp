@@ -1,9 +1,5 @@
 #include "OrvaneSyncCore/Services/SmartAudio/WindowAnalysis.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {
@@ -65,36 +61,24 @@ TEST(WindowAnalysis, framesFollowTheFirstTrack) {
 }
 
 TEST(WindowAnalysis, findsTheBestTrackWindowByWindow) {
-    struct Case {
-        const char* rule;
-        std::vector<TrackAnalysis> tracks;
-        const char* segments;
-    };
     const float loud = 0.5F, soft = 0.1F, silent = 0.001F;
-    for (const Case& one : std::vector<Case>{
-             {"no tracks", {}, ""},
-             {"no windows of track 1", {{}, track({loud})}, ""},
-             {"nobody speaks", {track({0, 0, 0}), track({silent, silent, silent})}, "T1 0.00-0.75 "},
-             {"the lower track of two equal ones",
-              {track({soft, soft}), track({soft, soft})},
-              "T1 0.00-0.50 "},
-             {"a short run joins the one before it",
-              {track({loud, loud, loud, loud, soft, loud, loud, loud, loud}),
-               track({soft, soft, soft, soft, loud, soft, soft, soft, soft})},
-              "T1 0.00-1.25 T1 1.25-2.25 "},
-             {"the first run is kept",
-              {track({soft, loud, loud}), track({loud, soft, soft})},
-              "T2 0.00-0.25 T1 0.25-0.75 "},
-             {"half a second is long enough",
-              {track({loud, loud, soft, soft}), track({soft, soft, loud, loud})},
-              "T1 0.00-0.50 T2 0.50-1.00 "},
-             {"a track that has ended does not count",
-              {track({soft, soft, soft}), track({loud})},
-              "T2 0.00-0.25 T1 0.25-0.75 "},
-         })
-        EXPECT_EQ(text(WindowAnalysis::computePerWindowBestSegments(one.tracks, 0.25, 0.5)), one.segments)
-            << one.rule;
-
+    const auto check = [&](const char* rule, const std::vector<TrackAnalysis>& tracks, const char* segments) {
+        EXPECT_EQ(text(WindowAnalysis::computePerWindowBestSegments(tracks, 0.25, 0.5)), segments) << rule;
+    };
+    check("no tracks", {}, "");
+    check("no windows of track 1", {{}, track({loud})}, "");
+    check("nobody speaks", {track({0, 0, 0}), track({silent, silent, silent})}, "T1 0.00-0.75 ");
+    check("the lower track of two equal ones", {track({soft, soft}), track({soft, soft})}, "T1 0.00-0.50 ");
+    check("a short run joins the one before it",
+          {track({loud, loud, loud, loud, soft, loud, loud, loud, loud}),
+           track({soft, soft, soft, soft, loud, soft, soft, soft, soft})},
+          "T1 0.00-1.25 T1 1.25-2.25 ");
+    check("the first run is kept", {track({soft, loud, loud}), track({loud, soft, soft})},
+          "T2 0.00-0.25 T1 0.25-0.75 ");
+    check("half a second is long enough", {track({loud, loud, soft, soft}), track({soft, soft, loud, loud})},
+          "T1 0.00-0.50 T2 0.50-1.00 ");
+    check("a track that has ended does not count", {track({soft, soft, soft}), track({loud})},
+          "T2 0.00-0.25 T1 0.25-0.75 ");
     std::vector<BlockDecision> blocks(3);
     for (std::size_t i = 0; i < 3; ++i) {
         blocks[i].startSeconds = static_cast<double>(i);

@@ -1,81 +1,49 @@
+#include "OrvaneSyncCore/Utilities/ClusterTimelineAxis.h"
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
+#include "OrvaneSyncCore/Utilities/LaneLayout.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
+#include "Support/Test.h"
 
 namespace orvane {
 namespace {
 
 using enum TimecodeFrameRate;
 
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double infinite = std::numeric_limits<double>::infinity();
+
 TEST(TimecodeUtils, frameRate) {
-    const std::pair<double, TimecodeFrameRate> cases[] = {{24, fps24},
-                                                          {24.005, fps24},
-                                                          {23.98, fps23_976},
-                                                          {23.976, fps23_976},
-                                                          {24.4, fps23_976},
-                                                          {24.98, fps25},
-                                                          {25, fps25},
-                                                          {29.97, fps29_97d},
-                                                          {30, fps30},
-                                                          {30.009, fps30},
-                                                          {47.952, fps48},
-                                                          {50, fps50},
-                                                          {59.94, fps59_94d},
-                                                          {60, fps60},
-                                                          {90, fps24},
-                                                          {100, fps24},
-                                                          {120, fps24},
-                                                          {0, fps24},
-                                                          {-25, fps24},
-                                                          {24.5, fps25},
-                                                          {std::numeric_limits<double>::quiet_NaN(), fps24},
-                                                          {std::numeric_limits<double>::infinity(), fps24}};
-    for (const auto& [fps, rate] : cases) EXPECT_EQ(TimecodeUtils::frameRate(fps), rate) << fps;
+    const std::map<TimecodeFrameRate, std::vector<double>> cases{
+        {fps23_976, {23.98, 23.976, 24.4}},
+        {fps24, {24, 24.005, 90, 100, 120, 0, -25, nan, infinite}},
+        {fps25, {24.98, 25, 24.5}},
+        {fps29_97d, {29.97}},
+        {fps30, {30, 30.009}},
+        {fps48, {47.952}},
+        {fps50, {50}},
+        {fps59_94d, {59.94}},
+        {fps60, {60}}};
+    for (const auto& [rate, numbers] : cases)
+        for (const double fps : numbers) EXPECT_EQ(TimecodeUtils::frameRate(fps), rate) << fps;
 }
 
 TEST(TimecodeUtils, ratesOfRecorders) {
-    using Rate = std::optional<TimecodeFrameRate>;
-    const std::pair<const char*, Rate> cases[] = {{"25", fps25},
-                                                  {" 25/1\r\n", fps25},
-                                                  {"30000/1001", fps29_97d},
-                                                  {"30000/1001 NDF", fps29_97},
-                                                  {"30000/1001-NDF", {}},
-                                                  {"29.97", fps29_97d},
-                                                  {"29.97DF", fps29_97d},
-                                                  {"29.97ndf", fps29_97},
-                                                  {"23.976 fps", fps23_976},
-                                                  {"24000/1001", fps23_976},
-                                                  {"24000/1001 DF", fps23_976},
-                                                  {"30 DF", fps30d},
-                                                  {"25 DF", fps25},
-                                                  {"2997/100", fps29_97d},
-                                                  {"2997/100 NDF", fps29_97},
-                                                  {"120/1 DF", fps120d},
-                                                  {"120000 / 1001", fps119_88},
-                                                  {"+25/+1", fps25},
-                                                  {"30000//1001", fps29_97d},
-                                                  {"60 NDF", fps60},
-                                                  {"59.94 FPS NDF", fps59_94},
-                                                  {"", {}},
-                                                  {" ", {}},
-                                                  {"DF", {}},
-                                                  {"fast", {}},
-                                                  {"0", {}},
-                                                  {"-25", {}},
-                                                  {"25/0", {}},
-                                                  {"25", fps25},
-                                                  {"25/1/1", {}},
-                                                  {"25/", {}},
-                                                  {"/", {}},
-                                                  {"x/1", {}},
-                                                  {"99999999999999999999/1", {}},
-                                                  {"25 25", {}},
-                                                  {"30 NDF DF", {}}};
-    for (const auto& [text, rate] : cases)
-        EXPECT_EQ(TimecodeUtils::timecodeFrameRateFromIXML(text), rate) << text;
+    const std::map<std::optional<TimecodeFrameRate>, std::vector<const char*>> cases{
+        {fps23_976, {"23.976 fps", "24000/1001", "24000/1001 DF"}},
+        {fps25, {"25", " 25/1\r\n", "25 DF", "+25/+1"}},
+        {fps29_97, {"30000/1001 NDF", "29.97ndf", "2997/100 NDF"}},
+        {fps29_97d, {"30000/1001", "29.97", "29.97DF", "2997/100", "30000//1001"}},
+        {fps30d, {"30 DF"}},
+        {fps59_94, {"59.94 FPS NDF"}},
+        {fps60, {"60 NDF"}},
+        {fps119_88, {"120000 / 1001"}},
+        {fps120d, {"120/1 DF"}},
+        {std::nullopt,
+         {"30000/1001-NDF", "", " ", "DF", "fast", "0", "-25", "25/0", "25/1/1", "25/", "/", "x/1",
+          "99999999999999999999/1", "25 25", "30 NDF DF"}}};
+    for (const auto& [rate, texts] : cases)
+        for (const char* text : texts)
+            EXPECT_EQ(TimecodeUtils::timecodeFrameRateFromIXML(text), rate) << text;
     EXPECT_EQ(TimecodeUtils::timecodeFrameRateFromIXML(std::nullopt), std::nullopt);
 }
 
@@ -93,35 +61,61 @@ TEST(TimecodeUtils, conversions) {
 }
 
 TEST(FilenameUtils, atmoAndMOS) {
-    const std::pair<const char*, bool> atmo[] = {{"SC12_AMB_03.wav", true},
-                                                 {"room-tone.wav", true},
-                                                 {"Wild.Track 2.wav", true},
-                                                 {"room tone.wav", true},
-                                                 {"ROOMTONE", true},
-                                                 {"x ambience.wav", true},
-                                                 {"wildtrack.wav", true},
-                                                 {"atmo.wav", true},
-                                                 {"ROOM__TONE", true},
-                                                 {"AMBER_01.WAV", false},
-                                                 {"ROOM.wav", false},
-                                                 {"tone_room.wav", false},
-                                                 {"room_x_tone.wav", false},
-                                                 {"take.amb", false},
-                                                 {"", false},
-                                                 {".amb", true}};
-    for (const auto& [name, is] : atmo) EXPECT_EQ(FilenameUtils::isAtmo(name), is) << name;
-    const std::pair<const char*, bool> mos[] = {{"clip_mos_01.mov", true},
-                                                {"MOS", true},
-                                                {"clipmos01.mov", false},
-                                                {"clip.mos", false},
-                                                {"a.mos.mov", true}};
-    for (const auto& [name, is] : mos) EXPECT_EQ(FilenameUtils::isMOS(name), is) << name;
+    for (const char* name : {"SC12_AMB_03.wav", "room-tone.wav", "Wild.Track 2.wav", "room tone.wav",
+                             "ROOMTONE", "x ambience.wav", "wildtrack.wav", "atmo.wav", "ROOM__TONE", ".amb"})
+        EXPECT_TRUE(FilenameUtils::isAtmo(name)) << name;
+    for (const char* name : {"AMBER_01.WAV", "ROOM.wav", "tone_room.wav", "room_x_tone.wav", "take.amb", ""})
+        EXPECT_FALSE(FilenameUtils::isAtmo(name)) << name;
+    for (const char* name : {"clip_mos_01.mov", "MOS", "a.mos.mov"})
+        EXPECT_TRUE(FilenameUtils::isMOS(name)) << name;
+    for (const char* name : {"clipmos01.mov", "clip.mos"}) EXPECT_FALSE(FilenameUtils::isMOS(name)) << name;
 }
 
 TEST(FilenameUtils, withoutExtension) {
     const std::pair<const char*, const char*> cases[] = {
         {"a.b.mov", "a.b"}, {"a", "a"}, {".hidden", ".hidden"}, {"a.", "a."}, {"", ""}};
     for (const auto& [name, stem] : cases) EXPECT_EQ(FilenameUtils::withoutExtension(name), stem) << name;
+}
+
+TEST(LaneLayout, overlapsGetLanesOfTheirOwn) {
+    const auto check = [&](const char* name, const std::vector<LaneLayout::Interval>& intervals,
+                           const std::vector<int>& lanes) {
+        EXPECT_EQ(LaneLayout::assignLanes(intervals), lanes) << name;
+    };
+    check("nothing", {}, {});
+    check("touching ones share a lane", {{0, 10}, {5, 15}, {10, 20}}, {0, 1, 0});
+    check("equal ones keep the order of the input", {{3, 4}, {3, 4}}, {0, 1});
+    check("the walk goes by start, the result by place", {{8, 9}, {0, 5}, {4, 9}, {4, 6}}, {0, 0, 1, 2});
+    check("the first free lane, not the last", {{0, 9}, {1, 3}, {2, 4}, {5, 6}}, {0, 1, 2, 1});
+    check("one without length takes no room", {{2, 2}, {2, 5}, {2, 2}}, {0, 0, 1});
+    check("what is no number disturbs nobody", {{1, 2}, {nan, nan}, {1, 2}}, {0, 2, 1});
+}
+
+TEST(ClusterTimelineAxis, mapsWithinTheAxis) {
+    using namespace ClusterTimelineAxis;
+    EXPECT_EQ(progress(12, 2, 20), 0.5);
+    EXPECT_EQ(progress(1, 2, 20), 0) << "never negative";
+    EXPECT_EQ(progress(99, 2, 20), 1);
+    EXPECT_EQ(audioClockSeconds(50, 100, 60), 30);
+    EXPECT_EQ(audioClockSeconds(150, 100, 60), 60);
+    EXPECT_EQ(audioClockSeconds(-1, 100, 60), 0);
+    for (const double at : {0.0, 12.5, 64.0, 100.0})
+        EXPECT_DOUBLE_EQ(x(audioClockSeconds(at, 100, 60), 100, 60), at);
+    EXPECT_EQ(x(61, 100, 60), 100);
+
+    for (const double bad : {nan, infinite, -infinite}) {
+        EXPECT_EQ(progress(bad, 2, 20), 0);
+        EXPECT_EQ(progress(12, bad, 20), 0);
+        EXPECT_EQ(audioClockSeconds(bad, 100, 60), 0);
+        EXPECT_EQ(x(bad, 100, 60), 0);
+    }
+    for (const double noLength : {0.0, -1.0, nan, infinite}) {
+        EXPECT_EQ(progress(12, 2, noLength), 0);
+        EXPECT_EQ(audioClockSeconds(50, noLength, 60), 0);
+        EXPECT_EQ(audioClockSeconds(50, 100, noLength), 0);
+        EXPECT_EQ(x(30, noLength, 60), 0);
+        EXPECT_EQ(x(30, 100, noLength), 0);
+    }
 }
 
 } // namespace

@@ -19,13 +19,16 @@ bool areKnownToDiffer(const std::optional<std::string>& a, const std::optional<s
 }
 
 bool continues(const Candidate& previous, const Candidate& current) {
-    const double gap = current.range.startSeconds - previous.range.endSeconds;
-    return !(std::abs(gap) > contiguityToleranceSeconds) &&
+    return follows(previous.range, current.range) &&
            !areKnownToDiffer(previous.bextOriginator, current.bextOriginator) &&
            !areKnownToDiffer(previous.tape, current.tape);
 }
 
 } // namespace
+
+bool follows(const SyncEngine::TCRange& previous, const SyncEngine::TCRange& current) {
+    return !(std::abs(current.startSeconds - previous.endSeconds) > contiguityToleranceSeconds);
+}
 
 bool isContinuousChain(std::vector<Candidate> candidates) {
     if (candidates.size() < 2) return false;

@@ -21,6 +21,9 @@ struct Candidate {
 /// A gap or an overlap between two parts of up to this length is none.
 constexpr double contiguityToleranceSeconds = 0.5;
 
+/// Whether a file begins where the one before it ends.
+bool follows(const SyncEngine::TCRange& previous, const SyncEngine::TCRange& current);
+
 /// Whether each file begins where the one before ends, with nothing known that tells their recorders or their
 /// sound rolls apart. In any order; fewer than two are no chain.
 bool isContinuousChain(std::vector<Candidate> candidates);

@@ -27,24 +27,55 @@ constexpr double defaultFrameRate = 24;
 // A match below this share of the best one's overlap makes the clip ambiguous.
 constexpr double ambiguityShare = 0.5;
 
-/// An audio file that can match a picture, with what matching needs of it computed once.
+std::optional<double> rateOf(const MediaAsset& asset) {
+    return asset.projectFrameRate ? asset.projectFrameRate : asset.frameRate;
+}
+
+/// An audio file with what matching needs of it computed once: of the asset itself, which lies elsewhere,
+/// only a pointer is looked at for the thousands of times that a file is met.
 struct Recording {
     Shared<MediaAsset> asset; ///< of all matches with it
-    AssetPlacement placement;
-    TCRange range;
+    AssetPlacement placement{*asset};
+    TCRange range = placement.range().value_or(TCRange());
+    std::optional<double> rate = rateOf(*asset);
+    bool isCounted = asset->bextTimeReference.value_or(0) != 0; ///< it states its start in samples
 };
 
-/// The recordings among the files, in their order: with a place in time, and no room tone.
+/// The recordings among the files, in their order, that can match a picture: with a place in time, and no
+/// room tone.
 std::vector<Recording> recordingsAmong(const std::vector<MediaAsset>& audios) {
-    std::vector<Recording> recordings;
-    recordings.reserve(audios.size());
+    std::vector<MediaAsset> takes;
+    takes.reserve(audios.size());
+    std::vector<AssetPlacement> placements;
+    placements.reserve(audios.size());
     for (const MediaAsset& audio : audios) {
         if (audio.isAtmo()) continue;
         const AssetPlacement placement(audio);
-        if (const auto range = placement.range()) recordings.push_back({audio, placement, *range});
+        if (!placement.range()) continue;
+        takes.push_back(audio);
+        placements.push_back(placement);
     }
+    std::vector<Recording> recordings;
+    recordings.reserve(takes.size());
+    for (auto& take : Shared<MediaAsset>::together(std::move(takes)))
+        recordings.push_back({std::move(take), placements[recordings.size()]});
     return recordings;
 }
+
+/// Asks the system for ids by the hundred.
+class Identities {
+  public:
+    UUID next() {
+        constexpr std::size_t batch = 256;
+        if (spare_.empty()) spare_ = UUID::random(batch);
+        const UUID id = spare_.back();
+        spare_.pop_back();
+        return id;
+    }
+
+  private:
+    std::vector<UUID> spare_;
+};
 
 using Hit = RangeIndex::Hit;
 
@@ -55,9 +86,9 @@ void sortByRecording(std::vector<Hit>::iterator first, std::vector<Hit>::iterato
 /// Which recordings a video meets, by their shoot days.
 class RecordingIndex {
   public:
-    explicit RecordingIndex(const std::vector<Recording>& recordings) {
+    RecordingIndex(const std::vector<Recording>& recordings, calendar::DayStarts& starts) {
         for (std::size_t i = 0; i < recordings.size(); ++i) {
-            const auto day = recordings[i].asset->shootDay();
+            const auto day = recordings[i].asset->shootDay(starts);
             (day ? days_[*day] : undated_).add(recordings[i].range, i);
             all_.add(recordings[i].range, i);
         }
@@ -90,44 +121,48 @@ class RecordingIndex {
     RangeIndex all_;
 };
 
-/// One file of what may be a recording in parts.
-struct Part {
-    const MediaAsset* asset;
-    const AssetPlacement* placement;
-};
+/// Files of what may be a recording in parts.
+using Parts = std::vector<const Recording*>;
 
-std::optional<double> rateOf(const MediaAsset& asset) {
-    return asset.projectFrameRate ? asset.projectFrameRate : asset.frameRate;
+Parts partsOf(const std::vector<Recording>& recordings) {
+    Parts parts;
+    parts.reserve(recordings.size());
+    for (const Recording& recording : recordings) parts.push_back(&recording);
+    return parts;
 }
 
 /// Whichever file of a recording happens to state a rate, all are read at it: first the file with a count of
 /// samples, else the earliest text.
-double sharedRate(const std::vector<const MediaAsset*>& assets) {
-    const auto counted = std::ranges::find_if(
-        assets, [](const MediaAsset* asset) { return asset->bextTimeReference.value_or(0) != 0; });
-    if (counted != assets.end())
-        if (const auto rate = rateOf(**counted)) return *rate;
+double sharedRate(const Parts& parts) {
+    const auto counted = std::ranges::find_if(parts, &Recording::isCounted);
+    if (counted != parts.end() && (*counted)->rate) return *(*counted)->rate;
 
-    const MediaAsset* earliest = nullptr;
-    const auto text = [](const MediaAsset& asset) { return asset.startTimecodeString.value_or(""); };
-    for (const MediaAsset* asset : assets)
-        if (rateOf(*asset) && (earliest == nullptr || text(*asset) < text(*earliest))) earliest = asset;
-    return earliest != nullptr ? *rateOf(*earliest) : defaultFrameRate;
+    const Recording* earliest = nullptr;
+    const auto text = [](const Recording& part) { return part.asset->startTimecodeString.value_or(""); };
+    for (const Recording* part : parts)
+        if (part->rate && (earliest == nullptr || text(*part) < text(*earliest))) earliest = part;
+    return earliest != nullptr ? *earliest->rate : defaultFrameRate;
 }
 
-bool isOneRecording(const std::vector<Part>& parts) {
-    std::vector<const MediaAsset*> assets;
-    assets.reserve(parts.size());
-    for (const Part& part : parts) assets.push_back(part.asset);
-    const double rate = sharedRate(assets);
+bool isOneRecording(const Parts& parts) {
+    const double rate = sharedRate(parts);
+    std::vector<std::pair<TCRange, const Recording*>> placed;
+    placed.reserve(parts.size());
+    for (const Recording* part : parts) {
+        const auto range = part->placement.range(rate);
+        if (!range) return false;
+        placed.emplace_back(*range, part);
+    }
+    // Most recordings that meet one picture lie side by side, which their times tell alone.
+    std::ranges::stable_sort(placed, {}, [](const auto& one) { return one.first.startSeconds; });
+    for (std::size_t i = 1; i < placed.size(); ++i)
+        if (!SplitRecordingDetector::follows(placed[i - 1].first, placed[i].first)) return false;
 
     std::vector<SplitRecordingDetector::Candidate> candidates;
-    candidates.reserve(parts.size());
-    for (const Part& part : parts) {
-        const auto range = part.placement->range(rate);
-        if (!range) return false;
-        const auto& ixml = part.asset->ixmlData;
-        candidates.push_back({*range, part.asset->bextOriginator, ixml ? ixml->tape : std::nullopt});
+    candidates.reserve(placed.size());
+    for (const auto& [range, part] : placed) {
+        const auto& ixml = part->asset->ixmlData;
+        candidates.push_back({range, part->asset->bextOriginator, ixml ? ixml->tape : std::nullopt});
     }
     return SplitRecordingDetector::isContinuousChain(std::move(candidates));
 }
@@ -140,10 +175,9 @@ MatchStatus status(const MediaAsset& video, const std::vector<Hit>& hits,
     if (hits.size() == 1) return MatchStatus::matched();
 
     const int count = static_cast<int>(hits.size());
-    std::vector<Part> parts;
+    Parts parts;
     parts.reserve(hits.size());
-    for (const Hit& hit : hits)
-        parts.push_back({&*recordings[hit.item].asset, &recordings[hit.item].placement});
+    for (const Hit& hit : hits) parts.push_back(&recordings[hit.item]);
     if (isOneRecording(parts)) return MatchStatus::splitRecording(count);
     const double least = hits.front().overlapSeconds * ambiguityShare;
     return hits.back().overlapSeconds >= least ? MatchStatus::matched() : MatchStatus::ambiguous(count);
@@ -151,26 +185,23 @@ MatchStatus status(const MediaAsset& video, const std::vector<Hit>& hits,
 
 /// `overlapping` gives the hits of a range, in the order of the candidates.
 template <class Overlapping>
-SyncGroupList::Element group(const MediaAsset& video, const std::vector<Recording>& recordings,
-                             const Overlapping& overlapping) {
+SyncGroup group(const MediaAsset& video, const std::vector<Recording>& recordings, Identities& ids,
+                const Overlapping& overlapping) {
     const auto range = AssetPlacement(video).range();
-    if (!range)
-        return std::make_shared<SyncGroup>(video, std::vector<AudioMatch>{}, MatchStatus::unmatched());
+    if (!range) return {ids.next(), video, {}, MatchStatus::unmatched()};
 
     std::vector<Hit> hits = overlapping(*range);
     std::ranges::stable_sort(hits, std::greater{}, &Hit::overlapSeconds);
-    const auto ids = UUID::random(hits.size() + 1);
     std::vector<AudioMatch> matches;
     matches.reserve(hits.size());
-    for (std::size_t i = 0; i < hits.size(); ++i) {
-        const Recording& recording = recordings[hits[i].item];
+    for (const Hit& hit : hits) {
+        const Recording& recording = recordings[hit.item];
         const double offset = recording.range.startSeconds - range->startSeconds;
-        matches.emplace_back(ids[i], recording.asset, offset, hits[i].overlapSeconds);
+        matches.emplace_back(ids.next(), recording.asset, offset, hit.overlapSeconds);
     }
-    auto result =
-        std::make_shared<SyncGroup>(ids.back(), video, std::move(matches), status(video, hits, recordings));
+    SyncGroup result(ids.next(), video, std::move(matches), status(video, hits, recordings));
     // Timecode cannot align such a clip along its whole length.
-    if (video.isOffspeed()) result->syncMethod = SyncMethod::clap;
+    if (video.isOffspeed()) result.syncMethod = SyncMethod::clap;
     return result;
 }
 
@@ -191,13 +222,16 @@ std::vector<std::size_t> orderByName(const std::vector<MediaAsset>& videos) {
 SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos,
                                 const std::vector<MediaAsset>& audios) const {
     const auto recordings = recordingsAmong(audios);
-    const RecordingIndex index(recordings);
-    SyncGroupList groups;
+    calendar::DayStarts starts;
+    const RecordingIndex index(recordings, starts);
+    Identities ids;
+    std::vector<SyncGroup> groups;
+    groups.reserve(videos.size());
     for (const std::size_t i : orderByName(videos))
-        groups.append(group(videos[i], recordings, [&](const TCRange& range) {
-            return index.overlapping(range, videos[i].shootDay());
+        groups.push_back(group(videos[i], recordings, ids, [&](const TCRange& range) {
+            return index.overlapping(range, videos[i].shootDay(starts));
         }));
-    return groups;
+    return SyncGroupList(std::move(groups));
 }
 
 SyncGroupList SyncEngine::matchWithinDay(const std::vector<MediaAsset>& videos,
@@ -206,15 +240,17 @@ SyncGroupList SyncEngine::matchWithinDay(const std::vector<MediaAsset>& videos,
     RangeIndex lane;
     for (std::size_t i = 0; i < recordings.size(); ++i) lane.add(recordings[i].range, i);
     lane.finish();
-    SyncGroupList groups;
+    Identities ids;
+    std::vector<SyncGroup> groups;
+    groups.reserve(videos.size());
     for (const MediaAsset& video : videos)
-        groups.append(group(video, recordings, [&](const TCRange& range) {
+        groups.push_back(group(video, recordings, ids, [&](const TCRange& range) {
             std::vector<Hit> hits;
             lane.appendOverlapping(range, hits);
             sortByRecording(hits.begin(), hits.end());
             return hits;
         }));
-    return groups;
+    return SyncGroupList(std::move(groups));
 }
 
 std::optional<TCRange> SyncEngine::tcRange(const MediaAsset& asset, std::optional<double> fallbackFrameRate) {
@@ -228,20 +264,17 @@ std::optional<double> SyncEngine::overlapDuration(const TCRange& a, const TCRang
 }
 
 bool SyncEngine::isSplitRecording(const std::vector<AudioMatch>& matches) {
-    std::vector<AssetPlacement> placements;
-    placements.reserve(matches.size());
-    std::vector<Part> parts;
-    parts.reserve(matches.size());
-    for (const AudioMatch& match : matches)
-        parts.push_back({&*match.audio, &placements.emplace_back(match.audio)});
-    return isOneRecording(parts);
+    std::vector<Recording> recordings;
+    recordings.reserve(matches.size());
+    for (const AudioMatch& match : matches) recordings.push_back({match.audio});
+    return isOneRecording(partsOf(recordings));
 }
 
 double SyncEngine::sharedFallbackFrameRate(const std::vector<MediaAsset>& assets) {
-    std::vector<const MediaAsset*> pointers;
-    pointers.reserve(assets.size());
-    for (const MediaAsset& asset : assets) pointers.push_back(&asset);
-    return sharedRate(pointers);
+    std::vector<Recording> recordings;
+    recordings.reserve(assets.size());
+    for (const MediaAsset& asset : assets) recordings.push_back({asset});
+    return sharedRate(partsOf(recordings));
 }
 
 } // namespace orvane

@@ -4,8 +4,8 @@
 
 namespace orvane {
 
-/// Whether a stored JSON text says something that the text written in its place would not say: keys of a
-/// later version, values that were read as others. Null members say nothing. Throws JSONError.
+/// Whether a stored JSON text has keys or elements, of a later version perhaps, that the text written in its
+/// place has not. Null members say nothing. Throws JSONError.
 bool losesSomething(const std::string& stored, const std::string& rewritten);
 
 } // namespace orvane

@@ -34,7 +34,8 @@ void SessionGroupsWriter::opened(const UUID& id, const SessionStore::Groups& rea
     open_[id] = std::move(session);
 }
 
-SessionGroupsWriter::Written SessionGroupsWriter::write(const UUID& id, const SyncGroupList& groups) {
+SessionGroupsWriter::Written SessionGroupsWriter::write(const UUID& id, const SyncGroupList& groups,
+                                                        bool isEmptiedByEdit) {
     Open& session = open_[id];
     const std::string path = store_.groupsPath(id);
     if (session.onDisk && areSame(*session.onDisk, groups))
@@ -45,7 +46,7 @@ SessionGroupsWriter::Written SessionGroupsWriter::write(const UUID& id, const Sy
     const platform::FileLock lock = platform::FileLock::ofFolder(folder);
     if (!session.isTidied) files::removeAbandonedTemporaries(folder);
     session.isTidied = true;
-    keepUnknown(session, path);
+    keepUnknown(session, path, groups.empty() && !isEmptiedByEdit);
     files::writeAtomically(path, session.encoder.encode(groups));
     session.file = files::attributes(path);
     session.onDisk = groups;
@@ -53,29 +54,26 @@ SessionGroupsWriter::Written SessionGroupsWriter::write(const UUID& id, const Sy
 }
 
 /// Both sides' work is there afterwards. What was kept is told with the first write that succeeds.
-void SessionGroupsWriter::keepUnknown(Open& session, const std::string& path) {
+void SessionGroupsWriter::keepUnknown(Open& session, const std::string& path, bool isReplacedByNone) {
     const auto there = files::attributes(path);
     if (!there) return;
+    const auto keep = [&](std::string_view reason, std::string_view suffix) {
+        session.kept = std::string(reason) + " kept as " + files::keepBeside(path, suffix);
+    };
     // Another process may have written good clips since this one found a file that it could not read.
     if (!session.file || !isSameFile(*session.file, *there))
-        keep(session, path, files::freeName(path, ".other"),
-             "Another program has changed this session; its clips were kept as ");
+        keep("Another program has changed this session; its clips were", files::otherSuffix);
     else if (session.isUnreadable)
-        keep(session, path, files::unreadableName(path),
-             "The clips of this session could not be read; their file was kept as ");
+        keep("The clips of this session could not be read; their file was", files::unreadableSuffix);
+    else if (isReplacedByNone && session.onDisk && !session.onDisk->empty())
+        keep("This session was saved without any clips; those it had were", files::otherSuffix);
     else if (!session.isUnderstood && session.onDisk &&
              losesSomething(files::readText(path), session.encoder.encode(*session.onDisk)))
-        keep(session, path, files::freeName(path, ".other"),
-             "The clips of this session hold what this version does not know; their file was kept as ");
+        keep("The clips of this session hold what this version does not know; their file was",
+             files::otherSuffix);
     session.isUnderstood = true;
     session.isUnreadable = false;
     session.file = there;
-}
-
-void SessionGroupsWriter::keep(Open& session, const std::string& path, const std::string& kept,
-                               const std::string& reason) {
-    files::keepAs(path, kept);
-    session.kept = reason + kept;
 }
 
 } // namespace orvane

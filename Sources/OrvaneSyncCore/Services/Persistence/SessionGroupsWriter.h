@@ -26,8 +26,9 @@ class SessionGroupsWriter {
         /// These clips are what this process read, and another one has written others since: those stand.
         bool areOutdated = false;
     };
-    /// Throws FileError or EncodingError; the old file then stands.
-    Written write(const UUID& id, const SyncGroupList& groups);
+    /// `isEmptiedByEdit`: that there are no clips is what the editor wants; else the clips that stand there
+    /// are kept. Throws FileError or EncodingError; the old file then stands.
+    Written write(const UUID& id, const SyncGroupList& groups, bool isEmptiedByEdit = false);
 
   private:
     struct Open {
@@ -39,9 +40,7 @@ class SessionGroupsWriter {
         bool isUnderstood = false; ///< `file` says nothing that would not be written again
         bool isTidied = false;
     };
-    static void keepUnknown(Open& session, const std::string& path);
-    static void keep(Open& session, const std::string& path, const std::string& kept,
-                     const std::string& reason);
+    static void keepUnknown(Open& session, const std::string& path, bool isReplacedByNone);
 
     const SessionStore store_;
     std::map<UUID, Open> open_;

@@ -3,6 +3,9 @@
 #include "OrvaneSyncCore/Models/OrvaneSyncProject.h"
 #include "OrvaneSyncCore/Utilities/Base64.h"
 
+#include <array>
+#include <cstdio>
+
 namespace orvane {
 
 namespace {
@@ -48,6 +51,29 @@ std::optional<SessionInfoChange> SessionInfoChange::decisions() const {
     if (!name && !nameAutoDerived && !folder) return std::nullopt;
     return SessionInfoChange{
         .name = name, .nameAutoDerived = nameAutoDerived, .folder = folder, .modified = modified};
+}
+
+void SessionFoldersChange::apply(SessionFolders& onDisk) const {
+    if (hasVideo) {
+        onDisk.videoFolder = folders.videoFolder;
+        onDisk.videoBookmark = folders.videoBookmark;
+    }
+    if (hasAudio) {
+        onDisk.audioFolder = folders.audioFolder;
+        onDisk.audioBookmark = folders.audioBookmark;
+    }
+}
+
+std::string defaultName(const SessionFolders& folders, Date day) {
+    for (const auto* folder : {&folders.videoFolder, &folders.audioFolder}) {
+        if (!*folder) continue;
+        std::string name = (*folder)->lastPathComponent();
+        if (!name.empty()) return name;
+    }
+    const auto local = calendar::fields(day);
+    std::array<char, 48> text{};
+    std::snprintf(text.data(), text.size(), "Session %02d.%02d.%04d", local.day, local.month, local.year);
+    return text.data();
 }
 
 JSON toJSON(const SessionInfo& info) {

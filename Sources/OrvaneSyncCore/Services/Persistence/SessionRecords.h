@@ -52,6 +52,19 @@ struct SessionFolders {
     bool operator==(const SessionFolders&) const = default;
 };
 
+/// The folders of a session of which one process has chosen some; the others stay as they are on the disk.
+struct SessionFoldersChange {
+    SessionFolders folders{};
+    bool hasVideo = false;
+    bool hasAudio = false;
+
+    bool isEmpty() const { return !hasVideo && !hasAudio; }
+    void apply(SessionFolders& onDisk) const;
+};
+
+/// The name of a session that nobody has named, after its media folders or else its day.
+std::string defaultName(const SessionFolders& folders, Date day);
+
 /// A named folder of sessions and the settings that follow the work into it.
 struct FolderInfo {
     std::string name; ///< its identity
@@ -59,6 +72,8 @@ struct FolderInfo {
     std::optional<std::string> metadataPrefix{};
     std::optional<std::string> activePresetName{};
     std::optional<std::string> activeSettingsSnapshot{}; ///< bytes of `PresetManager::snapshotData`
+
+    bool operator==(const FolderInfo&) const = default;
 };
 
 JSON toJSON(const SessionInfo& info);

@@ -62,20 +62,21 @@ std::string recordText(const Record& record) {
     return RecordCoding<Record>::encode(record).dump(JSON::Layout::pretty) + "\n";
 }
 
-/// Puts what `change` makes of the record in its place and returns it. One that can't be read is kept beside
-/// it and counts as none; so is one that says more than this version knows. The same text is not written
-/// again.
+/// Puts what `change` makes of the record in its place. One that can't be read is kept beside it and counts
+/// as none; one that says more than this version knows is kept as well. The same text is not written again.
 template <class Record, class Change>
-Record changeRecord(const std::string& path, const Change& change) {
+SessionStore::Changed<Record> changeRecord(const std::string& path, const Change& change) {
     RecordFile<Record> file = readRecord<Record>(path);
+    std::optional<std::string> kept;
     if (file.problem)
-        files::keepAs(path, files::unreadableName(path));
+        kept = "A file could not be read and was kept as " + files::keepBeside(path, files::unreadableSuffix);
     else if (file.record && losesSomething(file.text, recordText(*file.record)))
-        files::keepAs(path, files::freeName(path, ".other"));
+        kept = "A file holds what this version does not know and was kept as " +
+               files::keepBeside(path, files::otherSuffix);
     Record record = change(std::move(file.record));
     const std::string text = recordText(record);
     if (file.problem || text != file.text) files::writeAtomically(path, text);
-    return record;
+    return {std::move(record), std::move(kept)};
 }
 
 bool isDirectory(const std::string& path) {
@@ -134,7 +135,11 @@ void SessionStore::remove(const UUID& id) const {
         files::rename(folder, deleted);
         files::syncFolder(directory_);
     }
-    finishRemovals(directory_);
+    try {
+        finishRemovals(directory_);
+    } catch (const platform::FileError&) {
+        // The session is gone; its pieces go with the next one.
+    }
 }
 
 std::vector<SessionInfo>
@@ -162,7 +167,8 @@ SessionStore::Stored<SessionInfo> SessionStore::readInfo(const UUID& id) const {
     return info;
 }
 
-SessionInfo SessionStore::changeInfo(const SessionInfo& known, const SessionInfoChange& change) const {
+SessionStore::Changed<SessionInfo> SessionStore::changeInfo(const SessionInfo& known,
+                                                            const SessionInfoChange& change) const {
     const FileLock lock = FileLock::ofFolder(folderOf(known.id));
     return changeRecord<SessionInfo>(infoPath(known.id), [&](std::optional<SessionInfo> onDisk) {
         SessionInfo info = onDisk ? std::move(*onDisk) : known;
@@ -192,34 +198,40 @@ SessionStore::Stored<SessionFolders> SessionStore::readFolders(const UUID& id) c
     return folders;
 }
 
-void SessionStore::writeFolders(const UUID& id, const SessionFolders& folders) const {
+SessionStore::Changed<SessionFolders> SessionStore::changeFolders(const UUID& id,
+                                                                  const SessionFoldersChange& change) const {
     const FileLock lock = FileLock::ofFolder(folderOf(id));
-    changeRecord<SessionFolders>(foldersPath(id),
-                                 [&](const std::optional<SessionFolders>&) { return folders; });
+    return changeRecord<SessionFolders>(foldersPath(id), [&](std::optional<SessionFolders> onDisk) {
+        if (!onDisk) return change.folders;
+        change.apply(*onDisk);
+        return std::move(*onDisk);
+    });
 }
 
-std::vector<FolderInfo> SessionStore::readFolderInfos() const {
+SessionStore::Stored<std::vector<FolderInfo>> SessionStore::readFolderInfos() const {
+    using Folders = std::vector<FolderInfo>;
     const std::string older = directory_ + "/empty_folders.json";
-    auto folders = readRecord<std::vector<FolderInfo>>(folderInfosPath()).record;
-    if (!folders) {
-        folders.emplace();
-        const auto names = readRecord<std::vector<std::string>>(older).record;
-        if (names) {
-            for (const std::string& name : *names) folders->push_back({.name = name});
+    Stored<Folders> folders = readRecord<Folders>(folderInfosPath());
+    if (!folders.record) {
+        Folders& list = folders.record.emplace();
+        if (const auto names = readRecord<std::vector<std::string>>(older).record) {
+            for (const std::string& name : *names) list.push_back({.name = name});
             try {
-                folders = changeFolderInfos(*folders, [](std::vector<FolderInfo>&) {});
+                list = changeFolderInfos(list, [](Folders&) {}).record;
                 files::remove(older);
             } catch (const platform::FileError&) {
                 // It stays, and is taken over the next time.
             }
         }
     }
-    sortByName(*folders);
-    return *folders;
+    sortByName(*folders.record);
+    if (folders.problem)
+        folders.problem = "The list of session folders can't be read (" + *folders.problem + ")";
+    return folders;
 }
 
-std::vector<FolderInfo> SessionStore::changeFolderInfos(const std::vector<FolderInfo>& known,
-                                                        const FolderChange& change) const {
+SessionStore::Changed<std::vector<FolderInfo>>
+SessionStore::changeFolderInfos(const std::vector<FolderInfo>& known, const FolderChange& change) const {
     using Folders = std::vector<FolderInfo>;
     files::createDirectories(directory_);
     const FileLock lock = FileLock::ofFolder(directory_);

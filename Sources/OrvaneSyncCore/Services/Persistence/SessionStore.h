@@ -26,7 +26,7 @@ class SessionStore {
     /// Throws FileError.
     void create(const UUID& id) const;
     /// First out of sight, then in pieces: a process that is killed leaves the whole session or none. Throws
-    /// FileError.
+    /// FileError when the session is still there.
     void remove(const UUID& id) const;
 
     /// The sessions whose records can be read, most recently modified first. `unreadable` is told, for
@@ -40,10 +40,15 @@ class SessionStore {
         /// Why a record that is there can't be read, for people.
         std::optional<std::string> problem{};
     };
+    template <class Record>
+    struct Changed {
+        Record record; ///< as it now is on the disk
+        /// For people: which file was kept beside it, as it can't be read or says more than is understood.
+        std::optional<std::string> kept{};
+    };
     Stored<SessionInfo> readInfo(const UUID& id) const;
-    /// Changes the record as it now is on the disk, or, where there is none, `known`, and returns it. A
-    /// record that can't be read is kept beside the new one. Throws FileError.
-    SessionInfo changeInfo(const SessionInfo& known, const SessionInfoChange& change) const;
+    /// Changes the record as it now is on the disk, or, where there is none, `known`. Throws FileError.
+    Changed<SessionInfo> changeInfo(const SessionInfo& known, const SessionInfoChange& change) const;
 
     struct Groups {
         SyncGroupList groups;
@@ -55,16 +60,15 @@ class SessionStore {
     Groups readGroups(const UUID& id) const;
 
     Stored<SessionFolders> readFolders(const UUID& id) const;
-    /// What can't be read is kept beside the new ones. Throws FileError.
-    void writeFolders(const UUID& id, const SessionFolders& folders) const;
+    /// As above; where there are none that can be read, all of `change.folders`. Throws FileError.
+    Changed<SessionFolders> changeFolders(const UUID& id, const SessionFoldersChange& change) const;
 
     using FolderChange = std::function<void(std::vector<FolderInfo>&)>;
     /// Sorted by name. Takes over the older form of the list where only that is there.
-    std::vector<FolderInfo> readFolderInfos() const;
-    /// Changes the list as it now is on the disk, where another process may have written, and returns it. A
-    /// list that can't be read is kept beside the new one, which then starts from `known`. Throws FileError.
-    std::vector<FolderInfo> changeFolderInfos(const std::vector<FolderInfo>& known,
-                                              const FolderChange& change) const;
+    Stored<std::vector<FolderInfo>> readFolderInfos() const;
+    /// As above. Throws FileError.
+    Changed<std::vector<FolderInfo>> changeFolderInfos(const std::vector<FolderInfo>& known,
+                                                       const FolderChange& change) const;
 
   private:
     std::string infoPath(const UUID& id) const { return folderOf(id) + "/session.json"; }

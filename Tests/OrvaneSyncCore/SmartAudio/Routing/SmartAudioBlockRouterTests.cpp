@@ -4,11 +4,7 @@
 #include "OrvaneSyncCore/SmartAudio/Routing/TakePatterns.h"
 #include "Platform/Files.h"
 #include "Support/TemporaryDirectory.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <random>
+#include "Support/Test.h"
 
 namespace orvane::test {
 namespace {

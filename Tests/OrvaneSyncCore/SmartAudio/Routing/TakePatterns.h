@@ -2,11 +2,7 @@
 
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
 #include "OrvaneSyncCore/Services/SmartAudio/PerWindowFrame.h"
-
-#include <cmath>
-#include <string>
-#include <utility>
-#include <vector>
+#include "Support/Test.h"
 
 namespace orvane::test {
 

@@ -1,0 +1,175 @@
+#include "OrvaneSyncCLI/Serve/Desk.h"
+#include "OrvaneSyncCLI/Serve/Methods.h"
+#include "OrvaneSyncCLI/Serve/RPCServer.h"
+#include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace orvane;
+using namespace orvane::cli::rpc;
+
+void demand(bool holds) {
+    if (!holds) std::abort();
+}
+
+/// Everything that calls may leave behind. `TMPDIR` in memory makes the runs fast.
+const std::filesystem::path& folder() {
+    static const auto& path = *new std::filesystem::path([] { // for the removal after the end
+        const auto made = std::filesystem::temp_directory_path() / ("fuzz_rpc." + std::to_string(::getpid()));
+        std::filesystem::create_directories(made);
+        for (const char* home : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
+            ::setenv(home, made.c_str(), 1);
+        std::atexit([] { std::filesystem::remove_all(folder()); });
+        return made;
+    }());
+    return path;
+}
+
+UUID identifier(char digit) {
+    return *UUID::fromText("00000000-0000-4000-8000-00000000000" + std::string(1, digit));
+}
+
+MediaAsset asset(AssetKind kind, const std::string& name, char digit) {
+    MediaAsset made(FileURL{"/media/" + name}, kind);
+    made.id = identifier(digit);
+    made.frameRate = 25;
+    made.durationSeconds = 60;
+    made.startTimecodeString = "10:00:00:00";
+    if (kind == AssetKind::audio) made.channelCount = 2;
+    return made;
+}
+
+/// One clip with two recordings and one without; what they have to do with bears identifiers that end in 1
+/// to 9, as the seeds name them.
+SyncGroupList clips() {
+    SyncGroup first(asset(AssetKind::video, "A.mov", '3'),
+                    {AudioMatch(asset(AssetKind::audio, "T1.wav", '4'), 0, 60),
+                     AudioMatch(asset(AssetKind::audio, "T2.wav", '5'), 0, 60)},
+                    MatchStatus::ambiguous(2));
+    first.id = identifier('1');
+    first.audioMatches[0].id = identifier('6');
+    first.audioMatches[1].id = identifier('7');
+    first.manualBlockOverrides = {{identifier('8'), 1, 2, 1}};
+    SyncGroup second(asset(AssetKind::video, "B.mov", '9'), {}, MatchStatus::unmatched());
+    second.id = identifier('2');
+    return {first, second};
+}
+
+/// No call reaches a file that it names; its arguments are looked at all the same.
+std::vector<Method> methods() {
+    std::vector<Method> methods = allMethods();
+    for (Method& method : methods)
+        if (std::ranges::find(method.parameters, Parameter::Kind::path, &Parameter::kind) !=
+            method.parameters.end())
+            method = Method(method.name, method.parameters, [](Desk&, const Call&) { return JSON(); });
+    return methods;
+}
+
+/// `orvanesync serve` on the two clips, one message after the other.
+class Served {
+  public:
+    Served() {
+        registerStandardDefaults(*settings_);
+        desk_.controller = ImportController::create({loop_, settings_, nullptr});
+        desk_.sessions = SessionManager::create({loop_, settings_});
+        desk_.sessions->start(desk_.controller);
+        desk_.settings = settings_;
+        desk_.controller->openStoredWork({{}, {}, clips()});
+    }
+
+    void receive(const std::string& line) {
+        const std::string before = state();
+        said_.clear();
+        server_.receive(line, [this] { loop_->quit(); });
+        loop_->run();
+        demand(said_.size() <= 1);
+        if (said_.empty()) return demand(mayBeSilent(line));
+        const JSON answer = JSON::parse(said_.front());
+        if (!answer.isArray()) {
+            check(answer);
+            if (answer.find("error") != nullptr) demand(state() == before);
+        } else {
+            for (const JSON& one : *answer.elements()) check(one);
+        }
+    }
+
+    /// What is open has been saved, as it is.
+    void end() {
+        desk_.sessions->flush().whenDone([this](const std::exception_ptr&) { loop_->quit(); });
+        loop_->run();
+        const auto session = desk_.sessions->currentSessionId();
+        if (!session) return;
+        demand(!desk_.sessions->lastSaveError());
+        const auto kept = SessionStore(AppStorageHelper::sessionsDirectory()).readGroups(*session);
+        demand(!kept.problem);
+        if (!desk_.controller->syncGroups().empty())
+            demand(toJSONArray(kept.groups).dump() == toJSONArray(desk_.controller->syncGroups()).dump());
+    }
+
+  private:
+    std::string state() const {
+        const UndoState undo = desk_.controller->undoState();
+        return toJSONArray(desk_.controller->syncGroups()).dump() + undo.undoActionName.value_or("-") +
+               undo.redoActionName.value_or("-");
+    }
+
+    static void check(const JSON& answer) {
+        demand(answer.find("jsonrpc") != nullptr && answer.find("id") != nullptr);
+        const JSON* error = answer.find("error");
+        demand((error == nullptr) != (answer.find("result") == nullptr));
+        demand(error == nullptr || (error->find("code")->integer() && error->find("message")->string()));
+    }
+
+    /// A blank line, or notifications alone.
+    static bool mayBeSilent(const std::string& line) {
+        if (line.find_first_not_of(" \t\r") == std::string::npos) return true;
+        const auto isNotification = [](const JSON& message) {
+            return message.isObject() && message.find("id") == nullptr;
+        };
+        const JSON message = JSON::parse(line);
+        return message.isArray() ? std::ranges::all_of(*message.elements(), isNotification)
+                                 : isNotification(message);
+    }
+
+    const std::shared_ptr<platform::RunLoop> loop_ = platform::RunLoop::create();
+    const std::shared_ptr<platform::MemorySettingsStore> settings_ =
+        std::make_shared<platform::MemorySettingsStore>();
+    Desk desk_;
+    std::vector<std::string> said_;
+    Server server_{desk_, methods(), [this](const std::string& line) { said_.push_back(line); }};
+};
+
+} // namespace
+
+// Lines of any bytes on the program's JSON-RPC face: each request is answered once, one that fails changes no
+// clip, and what is open in the end is what was saved.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    folder();
+    {
+        Served served;
+        std::string_view rest(reinterpret_cast<const char*>(data), size);
+        while (!rest.empty()) {
+            const std::size_t end = std::min(rest.find('\n'), rest.size());
+            served.receive(std::string(rest.substr(0, end)));
+            rest.remove_prefix(std::min(end + 1, rest.size()));
+        }
+        served.end();
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(folder()))
+        std::filesystem::remove_all(entry.path());
+    return 0;
+}

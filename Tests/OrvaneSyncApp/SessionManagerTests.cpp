@@ -483,10 +483,17 @@ TEST_F(SessionManagerTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) 
     EXPECT_FALSE(SessionStore(folder_.path()).exists(id));
     ASSERT_TRUE(manager_->problem());
     EXPECT_NE(manager_->problem()->find("deleted this session"), std::string::npos);
-    approveFirst();
-    lookOn();
-    EXPECT_EQ(onDisk(id).groups.size(), 2U);
-    EXPECT_EQ(manager_->problem()->find("deleted"), std::string::npos);
+    for (const bool isRenamed : {false, true}) {
+        if (isRenamed)
+            manager_->rename(id, "Kept");
+        else
+            approveFirst();
+        lookOn();
+        EXPECT_EQ(onDisk(id).groups.size(), 2U);
+        EXPECT_EQ(manager_->problem()->find("deleted"), std::string::npos);
+        EXPECT_EQ(manager_->lastSaveError(), std::nullopt);
+        theirs->deleteSession(id);
+    }
 }
 
 TEST_F(SessionManagerTest, twoProgramsKeepBothSidesWork) {

@@ -198,13 +198,19 @@ platform::Task SessionManager::finishWrites(std::weak_ptr<SessionManager> weak) 
 /// Writes the record at once, under a fresh token so that a save on its way does not bring the old one back.
 /// The clips of that save go on their way again.
 void SessionManager::persistRecord(const UUID& id, SessionInfoChange change) {
-    const Unwritten data = this->change(id, std::move(change));
+    Unwritten& data = this->change(id, std::move(change));
     ++writeGeneration_[id];
-    if (!data.work && id != currentSessionId_ && store_.isDeleted(id)) { // by another process
-        unwritten_.erase(id);
-        failures_.erase(id);
-        loadSessionList();
-        return reportFailures();
+    if (!data.work && store_.isDeleted(id)) { // by another process
+        const auto controller = autosaveController_.lock();
+        if (id != currentSessionId_ || !controller) {
+            unwritten_.erase(id);
+            failures_.erase(id);
+            loadSessionList();
+            return reportFailures();
+        }
+        data.work = std::make_shared<const Work>(workOf(*controller));
+        startWriting(id);
+        return;
     }
     Outcome outcome;
     if (!data.work) {

@@ -1,0 +1,370 @@
+#include "OrvaneSyncApp/SessionManagerTest.h"
+
+namespace orvane {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+/// What must never be lost.
+class SessionKeepingTest : public test::SessionManagerTest {};
+
+TEST_F(SessionKeepingTest, clipsThatCannotBeReadAreNeverOverwritten) {
+    const UUID id = newSession();
+    bringClips(2);
+    finish(manager_->save(*controller_));
+    const std::string good = folder_.read(file(id, "groups.json"));
+    const auto without = [&](std::string text, const char* piece, const char* instead) {
+        return text.replace(text.find(piece), std::string_view(piece).size(), instead);
+    };
+    const std::pair<const char*, std::string> damages[] = {
+        {"empty", ""},
+        {"truncated", good.substr(0, good.size() / 2)},
+        {"no list", "{}"},
+        {"a wrong type", without(good, "\"isLocked\": false", "\"isLocked\": 0")},
+        {"a key of another name", without(good, "clipName", "clipTitle")},
+        {"a future status", without(good, "\"matched\"", "\"beheld\"")},
+        {"binary", std::string("\0\1\2", 3)},
+        {"deep", std::string(100000, '[')},
+    };
+    int kept = 0;
+    for (const auto& [name, text] : damages) {
+        SCOPED_TRACE(name);
+        folder_.write(file(id, "groups.json"), text);
+        manager_ = makeManager();
+        manager_->start(controller_);
+        manager_->load(id, *controller_);
+        EXPECT_EQ(manager_->currentSessionId(), id);
+        EXPECT_TRUE(controller_->syncGroups().empty());
+        ASSERT_TRUE(manager_->problem());
+        EXPECT_NE(manager_->problem()->find("can't be read"), std::string::npos);
+        // Nothing by itself.
+        mainThread_->advance(30s);
+        flush();
+        EXPECT_EQ(folder_.read(file(id, "groups.json")), text);
+        // An explicit save and new clips keep the file.
+        finish(manager_->save(*controller_));
+        ++kept;
+        const std::string keptName = "groups.json.unreadable" + (kept == 1 ? "" : "-" + std::to_string(kept));
+        EXPECT_EQ(folder_.read(file(id, keptName.c_str())), text);
+        EXPECT_NE(manager_->problem()->find(keptName), std::string::npos);
+        bringClips(1);
+        flush();
+        EXPECT_EQ(onDisk(id).groups.size(), 1U);
+        EXPECT_EQ(names(id).size(), 3U + static_cast<std::size_t>(kept)); // once each
+    }
+    fs::remove(folder_.path(file(id, "groups.json")));
+    manager_->load(id, *controller_);
+    EXPECT_EQ(manager_->problem(), std::nullopt); // none is no damage
+    EXPECT_EQ(manager_->currentSessionId(), id);
+}
+
+TEST_F(SessionKeepingTest, clipsThatNoFileCanHoldLeaveTheOldOnes) {
+    const UUID id = newSession();
+    bringClips(2);
+    finish(manager_->save(*controller_));
+    SyncGroupList broken = controller_->syncGroups();
+    broken.update(broken.front().id, [](SyncGroup& group) {
+        group.measuredLUFS = -std::numeric_limits<double>::infinity(); // absent, when it is read
+        group.isApproved = true;
+    });
+    controller_->openStoredWork({{}, {}, broken});
+    finish(manager_->save(*controller_));
+    EXPECT_EQ(manager_->lastSaveError(), std::nullopt);
+    broken.update(broken.front().id,
+                  [](SyncGroup& group) { group.masterGainDB = std::numeric_limits<double>::quiet_NaN(); });
+    controller_->openStoredWork({{}, {}, broken});
+    finish(manager_->save(*controller_));
+    ASSERT_TRUE(manager_->lastSaveError());
+    EXPECT_TRUE(manager_->lastSaveError()->starts_with("groups.json: the clip 0.mov holds a value"));
+    EXPECT_TRUE(onDisk(id).groups.front().isApproved);
+}
+
+TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
+    manager_->start(controller_);
+    const UUID id = newSession();
+    bringClips(2);
+    flush();
+    const fs::path place = folder_.path(id.text() + ".orvanesync");
+    struct Obstacle {
+        const char* name;
+        std::function<void()> put, take;
+    };
+    // Obstacles that stop the superuser too.
+    const Obstacle obstacles[] = {
+        {"the folder is gone and a file stands there",
+         [&] {
+             fs::rename(place, folder_.path("aside"));
+             folder_.write(id.text() + ".orvanesync", "");
+         },
+         [&] {
+             fs::remove(place);
+             fs::rename(folder_.path("aside"), place);
+         }},
+        {"a folder stands in the place of the record",
+         [&] {
+             fs::rename(place / "session.json", folder_.path("aside.json"));
+             fs::create_directories(place / "session.json" / "x");
+         },
+         [&] {
+             fs::remove_all(place / "session.json");
+             fs::rename(folder_.path("aside.json"), place / "session.json");
+         }},
+    };
+    for (const Obstacle& obstacle : obstacles) {
+        SCOPED_TRACE(obstacle.name);
+        const auto isOnDisk = [&] {
+            const SessionInfo info = SessionStore(folder_.path()).list().front();
+            return info.name == obstacle.name && info.folder == obstacle.name &&
+                   onDisk(id).groups.front().isApproved == controller_->syncGroups().front().isApproved;
+        };
+        obstacle.put();
+        manager_->rename(id, obstacle.name);
+        EXPECT_TRUE(manager_->lastSaveError());
+        manager_->setFolder(id, obstacle.name);
+        approveFirst();
+        flush();
+        ASSERT_TRUE(manager_->lastSaveError());
+        EXPECT_NE(manager_->lastSaveError()->find("session.json: "), std::string::npos);
+        // What is on no disk yet is still known.
+        manager_->loadSessionList();
+        ASSERT_NE(manager_->session(id), nullptr);
+        EXPECT_EQ(manager_->session(id)->name, obstacle.name);
+        // Another session is no reason to forget it.
+        manager_->newSession(*controller_);
+        flush();
+        EXPECT_TRUE(manager_->lastSaveError());
+        obstacle.take();
+        mainThread_->advance(5s);
+        ASSERT_TRUE(mainThread_->waitUntil([&] { return !manager_->lastSaveError(); }));
+        manager_->deleteSession(*manager_->currentSessionId());
+        manager_->load(id, *controller_);
+        EXPECT_TRUE(isOnDisk());
+    }
+    fs::remove_all(place); // gone altogether: it is made anew, with everything
+    approveFirst();
+    flush();
+    EXPECT_EQ(onDisk(id).groups.size(), 2U);
+
+    // What can't be deleted stays as it is, open and kept.
+    const fs::path inTheWay = folder_.path("." + id.text() + ".deleted");
+    fs::rename(place, folder_.path("aside"));
+    folder_.write(id.text() + ".orvanesync", "");
+    approveFirst();
+    EXPECT_THROW(manager_->deleteSession(id), platform::FileError);
+    EXPECT_EQ(manager_->currentSessionId(), id);
+    fs::remove(place);
+    fs::rename(folder_.path("aside"), place);
+    flush();
+    EXPECT_EQ(manager_->saveError(id), std::nullopt);
+    EXPECT_EQ(onDisk(id).groups.front().isApproved, controller_->syncGroups().front().isApproved);
+    EXPECT_FALSE(fs::exists(inTheWay));
+}
+
+TEST_F(SessionKeepingTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) {
+    manager_->start(controller_);
+    const UUID id = newSession();
+    bringClips(2);
+    flush();
+    const auto theirController = makeController();
+    auto theirs = makeManager();
+    theirs->load(id, *theirController);
+    const auto media = [&] {
+        const SessionFolders folders = *SessionStore(folder_.path()).readFolders(id).record;
+        return folders.videoFolder->pathText() + " " + folders.audioFolder->pathText() + " " +
+               SessionStore(folder_.path()).list().front().name;
+    };
+    const auto lookOn = [&] {
+        mainThread_->advance(20s);
+        flush();
+    };
+    // The folders of the media, and the name that comes of them.
+    theirController->setVideoFolderURL(FileURL{"/theirs/Day 2"});
+    finish(theirs->save(*theirController));
+    lookOn();
+    EXPECT_EQ(media(), "/theirs/Day 2 /media/Sound Day 2");
+    controller_->setAudioFolderURL(FileURL{"/ours/Sound"});
+    lookOn();
+    EXPECT_EQ(media(), "/theirs/Day 2 /ours/Sound Day 2");
+    EXPECT_EQ(manager_->session(id)->name, "Day 2");
+    theirController->setManualClipName(theirController->syncGroups().front().id, "theirs");
+    theirController->setAudioFolderURL(FileURL{"/theirs/Sound"});
+    finish(theirs->save(*theirController));
+    lookOn();
+    EXPECT_EQ(media(), "/theirs/Day 2 /theirs/Sound Day 2");
+    approveFirst();
+    lookOn();
+    EXPECT_EQ(media(), "/theirs/Day 2 /theirs/Sound Day 2");
+    // What was kept of theirs is told also when nobody has the session open any more.
+    theirController->toggleApproved(theirController->syncGroups().front().id);
+    finish(theirs->save(*theirController));
+    approveFirst();
+    const UUID next = newSession();
+    flush();
+    ASSERT_TRUE(manager_->problem());
+    EXPECT_NE(manager_->problem()->find(id.text()), std::string::npos);
+
+    // Settings, in a folder made by the other.
+    theirs->createFolder("Reel");
+    theirs->setMetadataPrefix("Reel", "r.");
+    theirs->setFolder(next, "Reel");
+    manager_->load(id, *controller_);
+    manager_->setFolder(id, "Reel");
+    EXPECT_EQ(manager_->metadataPrefix(id), "r.");
+    folder_.write("folders.json", "[");
+    manager_->loadSessionList();
+    EXPECT_EQ(manager_->metadataPrefix(id), "r.");
+    ASSERT_TRUE(manager_->problem());
+    EXPECT_NE(manager_->problem()->find("list of session folders can't be read"), std::string::npos);
+
+    // A session that they delete comes back with a change alone.
+    flush();
+    theirs->deleteSession(id);
+    lookOn();
+    EXPECT_FALSE(SessionStore(folder_.path()).exists(id));
+    ASSERT_TRUE(manager_->problem());
+    EXPECT_NE(manager_->problem()->find("deleted this session"), std::string::npos);
+    for (const bool isRenamed : {false, true}) {
+        if (isRenamed)
+            manager_->rename(id, "Kept");
+        else
+            approveFirst();
+        lookOn();
+        EXPECT_EQ(onDisk(id).groups.size(), 2U);
+        EXPECT_EQ(manager_->problem()->find("deleted"), std::string::npos);
+        EXPECT_EQ(manager_->lastSaveError(), std::nullopt);
+        theirs->deleteSession(id);
+    }
+}
+
+TEST_F(SessionKeepingTest, twoProgramsKeepBothSidesWork) {
+    manager_->start(controller_);
+    const UUID id = newSession();
+    bringClips(2);
+    flush();
+    const auto theirController = makeController();
+    auto theirs = makeManager();
+    theirs->load(id, *theirController);
+    theirController->setManualClipName(theirController->syncGroups().front().id, "theirs");
+    finish(theirs->save(*theirController));
+    // Without edits of our own theirs stand, whatever the timer does.
+    mainThread_->advance(20s);
+    flush();
+    EXPECT_EQ(onDisk(id).groups.front().manualClipName, "theirs");
+    EXPECT_EQ(names(id).size(), 3U);
+    // Nor do we undo what they decided of its name and its place; decisions of both sides stand together.
+    const auto recordOnDisk = [&] {
+        flush();
+        const SessionInfo info = SessionStore(folder_.path()).list().front();
+        return std::tuple(info.name, info.folder.value_or(""), info.nameAutoDerived);
+    };
+    theirs->rename(id, "Their name");
+    mainThread_->advance(20s);
+    EXPECT_EQ(recordOnDisk(), std::tuple("Their name", "", false));
+    manager_->setFolder(id, "Our folder");
+    EXPECT_EQ(recordOnDisk(), std::tuple("Their name", "Our folder", false));
+    EXPECT_EQ(manager_->session(id)->name, "Their name");
+    finish(theirs->save(*theirController));
+    EXPECT_EQ(recordOnDisk(), std::tuple("Their name", "Our folder", false));
+    EXPECT_EQ(theirs->session(id)->folder, "Our folder");
+    manager_->setFolder(id, {});
+    // Whoever writes, what stood there is kept, and nothing that was kept before gives way to it.
+    std::vector<std::string> kept{"groups.json.other"};
+    for (int turn = 2; turn < 5; ++turn) {
+        approveFirst();
+        flush();
+        EXPECT_EQ(onDisk(id).groups.front().manualClipName, std::nullopt);
+        EXPECT_NE(folder_.read(file(id, kept.back())).find("theirs"), std::string::npos);
+        ASSERT_TRUE(manager_->problem());
+        theirController->toggleApproved(theirController->syncGroups().front().id);
+        finish(theirs->save(*theirController));
+        kept.push_back("groups.json.other-" + std::to_string(2 * turn - 2));
+        EXPECT_EQ(folder_.read(file(id, kept.back())).find("theirs"), std::string::npos);
+        kept.push_back("groups.json.other-" + std::to_string(2 * turn - 1));
+    }
+    EXPECT_NE(folder_.read(file(id, kept.front())).find("theirs"), std::string::npos);
+    // Records that can't be read give way to nothing either.
+    for (const char* record : {"folders.json", "session.json"})
+        folder_.write(id.text() + ".orvanesync/" + record, "{");
+    approveFirst();
+    flush();
+    for (const char* record : {"folders.json", "session.json.unreadable"}) // folders: nobody chose others
+        EXPECT_EQ(folder_.read(file(id, record)), "{");
+    // Folders of sessions: changes of one list, whoever makes them.
+    EXPECT_TRUE(manager_->createFolder("Ours"));
+    EXPECT_TRUE(theirs->createFolder("Theirs"));
+    manager_->setMetadataPrefix("Ours", "o.");
+    EXPECT_EQ(manager_->folderNames(), (std::vector<std::string>{"Ours", "Theirs"}));
+    // One deletes what the other has open: the next change brings it back whole.
+    theirs->deleteSession(id);
+    approveFirst();
+    flush();
+    EXPECT_EQ(onDisk(id).groups.size(), 2U);
+    newSession();
+    theirs->deleteSession(id);
+    manager_->rename(id, "Nobody's"); // of one that nobody has open nothing is left
+    EXPECT_EQ(manager_->session(id), nullptr);
+    EXPECT_EQ(manager_->lastSaveError(), std::nullopt);
+}
+
+TEST_F(SessionKeepingTest, recordsThatCannotBeReadAreToldOfAndNotReplacedByGuesses) {
+    manager_->start(controller_);
+    const UUID id = newSession();
+    bringClips(2);
+    flush();
+    const auto reopen = [&](const char* record, const std::string& text) {
+        folder_.write(file(id, record), text);
+        manager_ = makeManager();
+        manager_->start(controller_);
+        manager_->load(id, *controller_);
+        mainThread_->advance(6s);
+        approveFirst();
+        flush();
+    };
+    // Nobody has chosen folders since: what stands there stays, and so does the name that came of them.
+    reopen("folders.json", "{\"videoFolder\": ");
+    EXPECT_EQ(folder_.read(file(id, "folders.json")), "{\"videoFolder\": ");
+    EXPECT_EQ(manager_->session(id)->name, "Day 1");
+    ASSERT_TRUE(manager_->problem());
+    EXPECT_NE(manager_->problem()->find("media folders of this session can't be read"), std::string::npos);
+    controller_->setVideoFolderURL(FileURL{"/media/Day 2"});
+    flush();
+    EXPECT_EQ(folder_.read(file(id, "folders.json.unreadable")), "{\"videoFolder\": ");
+    EXPECT_EQ(manager_->session(id)->name, "Day 2");
+
+    reopen("session.json", "[]");
+    ASSERT_TRUE(manager_->problem());
+    EXPECT_NE(manager_->problem()->find("record of a session can't be read"), std::string::npos);
+    EXPECT_EQ(folder_.read(file(id, "session.json.unreadable")), "[]");
+    EXPECT_EQ(SessionStore(folder_.path()).list().front().groupCount, 2);
+
+    // Of another platform: held for as long as the path is that of the folder.
+    reopen("folders.json",
+           R"({"videoFolder":"/v","videoBookmark":"AAEC","audioFolder":"/a","audioBookmark":"AwQF"})");
+    controller_->setAudioFolderURL(FileURL{"/b"});
+    flush();
+    const SessionFolders folders = *SessionStore(folder_.path()).readFolders(id).record;
+    EXPECT_EQ(folders.videoBookmark, std::string("\0\1\2", 3));
+    EXPECT_EQ(folders.audioBookmark, std::nullopt);
+
+    // What a later version has added is kept once; what merely looks different is not.
+    fs::remove(folder_.path(file(id, "session.json.unreadable")));
+    fs::remove(folder_.path(file(id, "folders.json.unreadable")));
+    std::string clips = folder_.read(file(id, "groups.json"));
+    reopen("groups.json", " " + clips);
+    EXPECT_EQ(names(id).size(), 3U);
+    const auto withKey = [](std::string text, const char* key) {
+        return text.insert(text.find('{') + 1, std::string("\"") + key + "\": [1], \"empty\": null,");
+    };
+    reopen("session.json", withKey(folder_.read(file(id, "session.json")), "future"));
+    EXPECT_NE(folder_.read(file(id, "session.json.other")).find("future"), std::string::npos);
+    reopen("groups.json", withKey(folder_.read(file(id, "groups.json")), "future"));
+    EXPECT_NE(folder_.read(file(id, "groups.json.other")).find("future"), std::string::npos);
+    ASSERT_TRUE(manager_->problem());
+    EXPECT_NE(manager_->problem()->find("does not know"), std::string::npos);
+    approveFirst();
+    flush();
+    EXPECT_EQ(names(id).size(), 5U);
+}
+
+} // namespace
+} // namespace orvane

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/SessionManager.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "Platform/Files.h"
+#include "Support/Assets.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
+#include "Support/VirtualMainThread.h"
+
+namespace orvane::test {
+
+/// A controller with clips and the sessions of a folder of the test's own, on a thread that the test moves.
+class SessionManagerTest : public testing::Test {
+  protected:
+    SessionManagerTest() { manager_ = makeManager(); }
+
+    std::shared_ptr<SessionManager> makeManager() {
+        SessionManager::Dependencies dependencies;
+        dependencies.mainThread = mainThread_;
+        dependencies.settings = settings_;
+        dependencies.sessionsDir = folder_.path();
+        dependencies.clock = mainThread_->clock();
+        return SessionManager::create(std::move(dependencies));
+    }
+
+    std::shared_ptr<ImportController> makeController() {
+        ImportController::Dependencies dependencies;
+        dependencies.mainThread = mainThread_;
+        dependencies.settings = settings_;
+        dependencies.clock = mainThread_->clock();
+        return ImportController::create(std::move(dependencies));
+    }
+
+    static SyncGroupList clips(int count) {
+        SyncGroupList groups;
+        for (int i = 0; i < count; ++i) {
+            const std::string name = std::to_string(i);
+            groups.append(clip(video(name + ".mov"), audio(name + ".wav")));
+        }
+        return groups;
+    }
+
+    /// Puts clips into the work as a scan does: as a change that listeners hear of.
+    void bringClips(int count, const char* video = "/media/Day 1") {
+        controller_->openStoredWork({FileURL{video}, FileURL{"/media/Sound"}, clips(count)});
+    }
+
+    UUID newSession() {
+        finish(manager_->newSession(*controller_));
+        return *manager_->currentSessionId();
+    }
+
+    void finish(const platform::Task& task) {
+        ASSERT_TRUE(mainThread_->waitUntil([&] { return task.isDone(); }));
+    }
+    void flush() { finish(manager_->flush()); }
+
+    void approveFirst() { controller_->toggleApproved(controller_->syncGroups().front().id); }
+
+    std::string file(const UUID& id, const std::string& name) const {
+        return id.text() + ".orvanesync/" + name;
+    }
+    SessionStore::Groups onDisk(const UUID& id) const { return SessionStore(folder_.path()).readGroups(id); }
+    std::set<std::string> names(const UUID& id) const {
+        const auto list = platform::files::childNames(folder_.path(id.text() + ".orvanesync"));
+        return list ? std::set<std::string>(list->begin(), list->end()) : std::set<std::string>();
+    }
+
+    TemporaryDirectory folder_;
+    std::shared_ptr<VirtualMainThread> mainThread_ = std::make_shared<VirtualMainThread>();
+    std::shared_ptr<platform::MemorySettingsStore> settings_ =
+        std::make_shared<platform::MemorySettingsStore>();
+    std::shared_ptr<ImportController> controller_ = makeController();
+    std::shared_ptr<SessionManager> manager_;
+};
+
+} // namespace orvane::test

@@ -17,6 +17,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr int clips = 10000;
+constexpr int fewClips = 1000;
 constexpr int channels = 8;
 constexpr int steps = 50;
 

@@ -148,6 +148,7 @@ JSON toJSON(const MediaAsset& asset) {
     json.set("kind", toJSON(asset.kind));
     json.set("filename", asset.filename);
     json.setIfPresent("startTimecodeString", asset.startTimecodeString);
+    if (asset.timecodeFrameRate) json.set("timecodeFrameRate", timecodeRate::name(*asset.timecodeFrameRate));
     json.setIfPresent("durationSeconds", asset.durationSeconds);
     if (asset.contentCreatedDate) json.set("contentCreatedDate", toJSON(*asset.contentCreatedDate));
     json.setIfPresent("frameRate", asset.frameRate);
@@ -164,6 +165,7 @@ JSON toJSON(const MediaAsset& asset) {
     if (asset.ixmlData) json.set("ixmlData", toJSON(*asset.ixmlData));
     json.setIfPresent("bextTimeReference", asset.bextTimeReference);
     json.setIfPresent("bextOriginator", asset.bextOriginator);
+    json.setIfPresent("fileSizeBytes", asset.fileSizeBytes);
     return json;
 }
 
@@ -175,6 +177,9 @@ MediaAsset decoded(const Json& json) {
     asset.url = required<FileURL>(json, "url");
     asset.filename = required<std::string>(json, "filename");
     asset.startTimecodeString = optional<std::string>(json, "startTimecodeString");
+    // A rate that this version does not know is as good as none.
+    if (const auto rate = optional<std::string>(json, "timecodeFrameRate"))
+        asset.timecodeFrameRate = timecodeRate::fromName(*rate);
     asset.durationSeconds = optional<double>(json, "durationSeconds");
     asset.contentCreatedDate = optional<Date>(json, "contentCreatedDate");
     asset.frameRate = optional<double>(json, "frameRate");
@@ -190,6 +195,7 @@ MediaAsset decoded(const Json& json) {
     asset.ixmlData = optional<IXMLData>(json, "ixmlData");
     asset.bextTimeReference = optional<std::uint64_t>(json, "bextTimeReference");
     asset.bextOriginator = optional<std::string>(json, "bextOriginator");
+    asset.fileSizeBytes = optional<std::uint64_t>(json, "fileSizeBytes");
     return asset;
 }
 

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/IXMLModels.h"
 #include "OrvaneSyncCore/Models/OffspeedDetector.h"
+#include "Timecode/TimecodeFrameRate.h"
 
 #include <array>
 #include <cstdint>
@@ -28,6 +29,8 @@ struct MediaAsset {
     AssetKind kind;
     std::string filename; ///< last path component, with extension, valid UTF-8
     std::optional<std::string> startTimecodeString;
+    /// The rate at which `startTimecodeString` counts, where the file states it; absent: that of the picture.
+    std::optional<TimecodeFrameRate> timecodeFrameRate;
     std::optional<double> durationSeconds; ///< on the file's own timeline
     std::optional<Date> contentCreatedDate;
     std::optional<double> frameRate; ///< the rate the video file plays at, frames per second
@@ -43,6 +46,7 @@ struct MediaAsset {
     std::optional<IXMLData> ixmlData;
     std::optional<std::uint64_t> bextTimeReference; ///< samples since midnight
     std::optional<std::string> bextOriginator;
+    std::optional<std::uint64_t> fileSizeBytes; ///< when it was probed
 
     double slowMotionFactor() const;
     bool isOffspeed() const;

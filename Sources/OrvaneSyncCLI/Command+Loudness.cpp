@@ -10,20 +10,24 @@ namespace orvane::cli {
 
 namespace {
 
-constexpr double worthSaying = 0.5; // seconds
+constexpr double worthSaying = 0.5;     // seconds
+constexpr double lowestSampleRate = 10; // Hz; nothing is heard below
 
 void loudness(Context& context, const Arguments& arguments) {
     if (arguments.positionals().size() != 1) throw UsageError("one file, please");
     const std::string& path = arguments.positionals().front();
     const auto file = openSound(path);
     ProgressLine progress(context, arguments.has("--quiet"));
-    const auto measured = LUFSMeter::measureIntegratedLUFS(*file, hearing(progress, secondsOf(*file)));
+    const auto [measured, heardFrames] = LUFSMeter::measureFile(*file, hearing(progress, secondsOf(*file)));
     progress.clear();
-    if (promisedSecondsOf(*file) - secondsOf(*file) > worthSaying)
-        context.warn(earlyEndWarning("'" + path + "'", secondsOf(*file), promisedSecondsOf(*file)));
+    const double heard = secondsOf(*file, heardFrames), promised = promisedSecondsOf(*file);
+    if (promised - heard > worthSaying && file->sampleRate() >= lowestSampleRate)
+        context.warn(earlyEndWarning("'" + path + "'", heard, promised));
     if (arguments.has("--json")) {
         JSON json;
         json.set("integratedLUFS", measured ? JSON(*measured) : JSON());
+        json.set("heardSeconds", heard);
+        json.set("promisedSeconds", promised);
         context.out << json.dump(JSON::Layout::pretty) << "\n";
         return;
     }

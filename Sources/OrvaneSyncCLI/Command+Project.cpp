@@ -62,7 +62,9 @@ void project(Context& context, const Arguments& arguments) {
         throw UsageError("project takes show or export, not '" + verb + "'");
     if (words.size() != 2) throw UsageError("project " + verb + " takes one file");
     if (verb == "show") return show(context, words[1], arguments.has("--json"));
-    DocumentOutput output(context, arguments);
+    RunInputs inputs;
+    inputs.addFile(words[1], "the project");
+    DocumentOutput output(context, arguments, std::move(inputs));
     ScanRun run(context, arguments, ScanRun::Folders::ofProject);
     run.open(words[1]);
     run.show("Writing the document...");

@@ -40,7 +40,7 @@ SmartAudioMode smartAudioMode(const Context& context, const Arguments& arguments
 }
 
 void sync(Context& context, const Arguments& arguments) {
-    DocumentOutput output(context, arguments);
+    DocumentOutput output(context, arguments, inputsOf(arguments));
     const SmartAudioMode smartAudio = smartAudioMode(context, arguments);
     ScanRun run(context, arguments);
     ImportController& controller = run.controller();

@@ -1,9 +1,7 @@
 #include "OrvaneSyncCLI/DocumentOutput.h"
 
 #include "OrvaneSyncCLI/Printers.h"
-#include "OrvaneSyncCLI/ScanRun.h"
 #include "OrvaneSyncCLI/Table.h"
-#include "Platform/Files.h"
 #include "Platform/Text.h"
 
 namespace orvane::cli {
@@ -17,36 +15,6 @@ std::optional<fcpxml::FCPXMLVersion> documentVersion(const Arguments& arguments)
     if (!named) return std::nullopt;
     if (const auto version = fcpxml::fcpxmlVersionFrom(*named)) return version;
     throw UsageError("--fcpxml-version takes 1.6 to 1.14, not '" + *named + "'");
-}
-
-void checkOutput(const std::string& output) {
-    if (output == standardOutput) return;
-    if (assetKindFrom({output}))
-        throw UsageError("-o " + output + " names a media file; it would be overwritten");
-    if (const auto there = platform::files::attributes(output); there && there->isDirectory)
-        throw CommandError("can't write " + output + ": it is a folder");
-    const std::size_t slash = output.rfind('/');
-    const std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : output.substr(0, slash);
-    if (const std::string why = whyUnreadable(folder, true); !why.empty())
-        throw CommandError("can't write " + output + ": " + folder + ": " + why);
-}
-
-void refuseMedia(const std::optional<platform::FileAttributes>& there, const MediaAsset& asset,
-                 const std::string& output) {
-    const auto media = platform::files::attributes(asset.url.path);
-    if (media && media->identity == there->identity)
-        throw CommandError("can't write '" + output + "': it leads to the media file " + asset.filename);
-}
-
-/// The output may be a link, or another name, of a file of the work.
-void refuseToOverwriteMedia(const ImportController& controller, const std::string& output) {
-    const auto there = platform::files::attributes(output);
-    if (!there) return;
-    for (const SyncGroup& group : controller.syncGroups()) {
-        refuseMedia(there, group.video, output);
-        for (const AudioMatch& match : group.audioMatches) refuseMedia(there, match.audio, output);
-    }
-    for (const WildTrack& track : controller.wildTracks()) refuseMedia(there, track.audio, output);
 }
 
 std::string writtenText(const ImportController& controller, const ExportResult& result,
@@ -81,6 +49,7 @@ std::string writtenText(const ImportController& controller, const ExportResult& 
 const std::vector<Option>& documentOptions() {
     static const std::vector<Option> options{
         {"--output", "OUT.fcpxml", "where the document goes; - is standard output", "-o"},
+        {"--force", "", "replace a file that is no document of OrvaneSync; never media, never what is read"},
         {"--event", "NAME", "the name of the event in Final Cut Pro"},
         {"--no-multicam", "", "build no multicam clips"},
         {"--fcpxml-version", "V",
@@ -88,12 +57,6 @@ const std::vector<Option>& documentOptions() {
          "(default 1.14)"},
     };
     return options;
-}
-
-void writeDocument(const ImportController& controller, const ExportResult& result, const std::string& path) {
-    checkOutput(path);
-    refuseToOverwriteMedia(controller, path);
-    platform::files::writeAtomically(path, result.fcpxmlString);
 }
 
 void addOwnWarnings(const ImportController& controller, ExportResult& result) {
@@ -104,8 +67,9 @@ void addOwnWarnings(const ImportController& controller, ExportResult& result) {
                                      "export.wrapMOSInSyncClip");
 }
 
-DocumentOutput::DocumentOutput(Context& context, const Arguments& arguments)
+DocumentOutput::DocumentOutput(Context& context, const Arguments& arguments, RunInputs inputs)
     : context_(context), output_(arguments.value("--output").value_or("")),
+      inputs_(std::move(inputs)), permission_{.replacesOthers = arguments.has("--force")},
       version_(documentVersion(arguments)), asJSON_(arguments.has("--json")),
       isNameChosen_(arguments.has("--event") || context.settings->textIfPresent("eventName")) {
     if (output_.empty()) throw UsageError("where to? -o OUT.fcpxml is missing");
@@ -113,7 +77,13 @@ DocumentOutput::DocumentOutput(Context& context, const Arguments& arguments)
     document.eventName = arguments.value("--event");
     if (document.eventName && document.eventName->empty()) throw UsageError("--event needs a name");
     if (arguments.has("--no-multicam")) document.generateMulticam = false;
-    checkOutput(output_);
+    if (output_ == standardOutput) return;
+    try {
+        OutputGuard(OutputKind::document, inputs_, permission_).check(output_);
+    } catch (const OutputRefused& refused) {
+        if (refused.reason() == OutputRefused::Reason::nameOfMedia) throw UsageError(refused.what());
+        throw;
+    }
 }
 
 void DocumentOutput::write(const ImportController& controller, const std::function<void()>& written) const {
@@ -124,7 +94,9 @@ void DocumentOutput::write(const ImportController& controller, const std::functi
         const std::string& text = result.fcpxmlString;
         context_.out.write(text.data(), static_cast<std::streamsize>(text.size()));
     } else {
-        writeDocument(controller, result, output_);
+        RunInputs inputs = inputs_;
+        inputs.add(controller.inputs());
+        OutputGuard(OutputKind::document, std::move(inputs), permission_).write(output_, result.fcpxmlString);
     }
     written();
     addOwnWarnings(controller, result);

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncCLI/Context.h"
+#include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 
 #include <functional>
 #include <optional>
@@ -13,18 +14,16 @@ namespace orvane::cli {
 /// What all commands take that write a document.
 const std::vector<Option>& documentOptions();
 
-/// Writes the document whole or not at all. Throws FileError, and UsageError or CommandError for a place that
-/// cannot take it, that of a media file above all.
-void writeDocument(const ImportController& controller, const ExportResult& result, const std::string& path);
 /// What people should know beside the exporter's own warnings.
 void addOwnWarnings(const ImportController& controller, ExportResult& result);
 
 /// Where the document of a command goes, and what kind of document it is to be.
 class DocumentOutput {
   public:
-    /// Throws UsageError, and CommandError for a place that cannot be written to: a long scan must not end at
-    /// a folder that is not there.
-    DocumentOutput(Context& context, const Arguments& arguments);
+    /// `inputs`: what the command line names to be read; what the controller reads is added when the document
+    /// is written. Throws UsageError, and OutputRefused for a place that cannot take the document: a long
+    /// scan must not end at a folder that is not there.
+    DocumentOutput(Context& context, const Arguments& arguments, RunInputs inputs = {});
 
     ImportController::ExportOptions document;
     /// What people have been told before; JSON repeats it.
@@ -33,14 +32,15 @@ class DocumentOutput {
     std::optional<SmartAudioMode> smartAudioMode;
 
     /// Exports the open work and tells what was written. `written` is called before anything is told. Throws
-    /// as the export does, FileError, and CommandError where the document would take the place of a media
-    /// file.
+    /// as the export does, OutputRefused and FileError.
     void write(
         const ImportController& controller, const std::function<void()>& written = [] {}) const;
 
   private:
     Context& context_;
     std::string output_;
+    RunInputs inputs_;
+    OutputPermission permission_;
     std::optional<fcpxml::FCPXMLVersion> version_;
     bool asJSON_;
     bool isNameChosen_;

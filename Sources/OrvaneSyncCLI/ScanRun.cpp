@@ -58,6 +58,15 @@ const std::vector<Option>& scanOptions() {
     return options;
 }
 
+RunInputs inputsOf(const Arguments& arguments) {
+    RunInputs inputs;
+    for (const std::string& folder : arguments.positionals()) inputs.addFolder(folder);
+    for (const char* option : {"--video", "--audio"})
+        for (const std::string& folder : arguments.values(option)) inputs.addFolder(folder);
+    for (const std::string& report : arguments.values("--report")) inputs.addFile(report, "the report");
+    return inputs;
+}
+
 ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
     : context_(context), loop_(platform::RunLoop::create()), progress_(context, arguments.has("--quiet")) {
     ImportController::Dependencies dependencies;

@@ -15,6 +15,9 @@ namespace orvane::cli {
 /// What `scan` and `sync` take alike.
 const std::vector<Option>& scanOptions();
 
+/// What these name to be read.
+RunInputs inputsOf(const Arguments& arguments);
+
 /// One controller on a run loop of its own, driven through a scan.
 class ScanRun {
   public:

@@ -8,14 +8,6 @@
 
 namespace orvane::cli {
 
-namespace {
-
-double seconds(const platform::AudioFile& file, std::int64_t frames) {
-    return file.sampleRate() > 0 ? static_cast<double>(frames) / file.sampleRate() : 0;
-}
-
-} // namespace
-
 std::unique_ptr<platform::AudioFile> openSound(const std::string& path) {
     if (const std::string why = whyUnreadable(path, false); !why.empty())
         throw CommandError("can't read '" + path + "': " + why);
@@ -27,8 +19,11 @@ std::unique_ptr<platform::AudioFile> openSound(const std::string& path) {
                                   : "it holds no sound that can be decoded"));
 }
 
-double secondsOf(const platform::AudioFile& file) { return seconds(file, file.frameCount()); }
-double promisedSecondsOf(const platform::AudioFile& file) { return seconds(file, file.promisedFrames()); }
+double secondsOf(const platform::AudioFile& file, std::int64_t frames) {
+    return file.sampleRate() > 0 ? static_cast<double>(frames) / file.sampleRate() : 0;
+}
+double secondsOf(const platform::AudioFile& file) { return secondsOf(file, file.frameCount()); }
+double promisedSecondsOf(const platform::AudioFile& file) { return secondsOf(file, file.promisedFrames()); }
 
 std::function<void(double share)> hearing(ProgressLine& line, double seconds) {
     constexpr double longest = 1e9;

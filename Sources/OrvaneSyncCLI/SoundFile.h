@@ -3,6 +3,7 @@
 #include "OrvaneSyncCLI/Context.h"
 #include "Platform/AudioFile.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -17,6 +18,7 @@ std::unique_ptr<platform::AudioFile> openSound(const std::string& path);
 
 /// Seconds that are there, and those that the header promises; 0 without a rate.
 double secondsOf(const platform::AudioFile& file);
+double secondsOf(const platform::AudioFile& file, std::int64_t frames);
 double promisedSecondsOf(const platform::AudioFile& file);
 
 /// Shows on the line how many of so many seconds were heard; takes the share of them.

@@ -11,11 +11,6 @@ namespace {
 
 constexpr std::uint64_t largestSettingsFile = std::uint64_t{64} << 20U; // bytes
 
-std::string folderOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "." : path.substr(0, std::max<std::size_t>(slash, 1));
-}
-
 } // namespace
 
 SettingsFile parseSettings(std::string_view contents) {
@@ -59,7 +54,7 @@ SettingsFile FileSettingsStore::load() const {
 
 SettingsStore::Values FileSettingsStore::persist(const Changes& changes) {
     constexpr unsigned ownerOnly = 0700; // as the base directory rules want it
-    if (!files::exists(folderOf(path_))) files::createDirectories(folderOf(path_), ownerOnly);
+    if (!files::exists(files::folderOf(path_))) files::createDirectories(files::folderOf(path_), ownerOnly);
     const FileLock lock = FileLock::ofFile(path_ + ".lock");
 
     const SettingsFile file = load();

@@ -64,25 +64,6 @@ bool writeAll(const Descriptor& file, std::string_view contents) {
     return true;
 }
 
-std::string folderOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos) return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
-/// The file that a write to `path` must replace: a link is followed to where it leads, also when nothing is
-/// there.
-std::string behindLinks(std::string path) {
-    std::array<char, PATH_MAX> target;
-    for (int i = 0; i < mostLinks; ++i) {
-        const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
-        if (length < 0 || static_cast<std::size_t>(length) == target.size()) break;
-        const std::string next(target.data(), static_cast<std::size_t>(length));
-        path = next.starts_with('/') ? next : folderOf(path) + "/" + next;
-    }
-    return path;
-}
-
 /// A name in the same folder that nobody else uses: a process number comes again, in every container and on
 /// every machine that shares the folder.
 std::string temporaryName(const std::string& path) {
@@ -139,6 +120,14 @@ void copyOwnership(const Descriptor& to, const struct stat& from) {
     if (::fchown(to.get(), from.st_uid, from.st_gid) != 0 &&
         ::fchown(to.get(), static_cast<uid_t>(-1), from.st_gid) != 0)
         errno = 0;
+}
+
+/// False with errno, EEXIST where a file has the name.
+bool renameToFreeName(const std::string& from, const std::string& to) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+    // A file system that can't look and rename in one step.
+    if (errno != EINVAL && errno != ENOSYS) return false;
+    return ::rename(from.c_str(), to.c_str()) == 0;
 }
 
 void writeInto(const std::string& path, std::string_view contents) {
@@ -217,6 +206,11 @@ std::string readText(const std::string& path, std::uint64_t limitBytes) {
 }
 
 void writeAtomically(const std::string& path, std::string_view contents) {
+    writeAtomically(path, contents, nullptr);
+}
+
+void writeAtomically(const std::string& path, std::string_view contents,
+                     const std::function<Existing()>& decide) {
     struct stat old {};
     const bool replaces = ::stat(path.c_str(), &old) == 0;
     // A terminal, a pipe or /dev/null is written to; replacing it would break it for everybody.
@@ -237,9 +231,44 @@ void writeAtomically(const std::string& path, std::string_view contents) {
         if (::fchmod(file.get(), old.st_mode & 07777U) != 0) errno = 0;
     }
     if (!writeAll(file, contents) || !reachedTheDisk(file) || !file.close()) fail("can't write", path, errno);
-    if (::rename(temporary.c_str(), target.c_str()) != 0) fail("can't write", path, errno);
+    const bool takesPlace = decide && decide() == Existing::keep
+                                ? renameToFreeName(temporary, target)
+                                : ::rename(temporary.c_str(), target.c_str()) == 0;
+    if (!takesPlace) fail("can't write", path, errno);
     discard.disarm();
     syncFolder(folderOf(target));
+}
+
+std::string folderOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string behindLinks(std::string path) {
+    std::array<char, PATH_MAX> target;
+    for (int i = 0; i < mostLinks; ++i) {
+        const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
+        if (length < 0 || static_cast<std::size_t>(length) == target.size()) break;
+        const std::string next(target.data(), static_cast<std::size_t>(length));
+        path = next.starts_with('/') ? next : folderOf(path) + "/" + next;
+    }
+    return path;
+}
+
+bool isReadOnly(const std::string& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) return false;
+    return (status.st_mode & S_IWUSR) == 0 || ::access(path.c_str(), W_OK) != 0;
+}
+
+std::string whyNoNewFile(const std::string& folder) {
+    const auto there = attributes(folder);
+    const int reason = !there                                       ? errno
+                       : !there->isDirectory                        ? ENOTDIR
+                       : ::access(folder.c_str(), W_OK | X_OK) != 0 ? errno
+                                                                    : 0;
+    return reason == 0 ? "" : std::generic_category().message(reason);
 }
 
 std::string keepBeside(const std::string& path, std::string_view suffix) {

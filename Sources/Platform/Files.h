@@ -42,6 +42,25 @@ std::string readText(const std::string& path, std::uint64_t limitBytes = std::ui
 /// to directly. Throws FileError; then the old file stands as it was and no temporary file is left.
 void writeAtomically(const std::string& path, std::string_view contents);
 
+/// Whether a write may take the place of a file that is there, or needs a free name.
+enum class Existing { replace, keep };
+/// The same for a place that others may use meanwhile: `decide` is called when the new file is whole and has
+/// only to take its place. What it throws passes through; then, and where a name that is to be kept has been
+/// taken, nothing has changed.
+void writeAtomically(const std::string& path, std::string_view contents,
+                     const std::function<Existing()>& decide);
+
+/// The file that a write to `path` would replace or make: where the links that it names lead, also when
+/// nothing is there. One of a loop of links is itself.
+std::string behindLinks(std::string path);
+/// Whether the file's owner has taken the permission to write from it, or this process may not write to it.
+/// Permissions alone would not keep root from writing.
+bool isReadOnly(const std::string& path);
+/// The system's reason why no file can be made in the folder; empty when one can.
+std::string whyNoNewFile(const std::string& folder);
+/// The folder that an entry lies in; "." for a bare name.
+std::string folderOf(const std::string& path);
+
 /// Removes the temporary files of writes that are under way, for a program that is about to end at once.
 /// Nothing may be written after this. Any thread.
 void discardTemporaries();

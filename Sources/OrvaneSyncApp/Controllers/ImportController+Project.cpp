@@ -2,6 +2,8 @@
 
 #include "Platform/Files.h"
 
+#include <algorithm>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 
@@ -23,12 +25,41 @@ void keepUnapplied(const OrvaneSyncProject& unapplied, OrvaneSyncProject& projec
 
 } // namespace
 
-void ImportController::saveProject(const FileURL& url) {
+RunInputs ImportController::inputs() const {
     assertOnMainThread();
+    RunInputs inputs = inputsOfScan();
+    if (project_.currentURL) inputs.addFile(project_.currentURL->path, "the project");
+    return inputs;
+}
+
+RunInputs ImportController::inputsOfScan() const {
+    RunInputs inputs;
+    for (const auto& folder : {videoFolderURL_, audioFolderURL_})
+        if (folder) inputs.addFolder(folder->path);
+    if (aleFileURL_) inputs.addFile(aleFileURL_->path, "the report");
+    // Media has standard paths already, and there may be tens of thousands of files.
+    std::unordered_set<std::string_view> known;
+    const auto add = [&](const FileURL& media) {
+        if (known.insert(media.path).second) inputs.files.push_back({media.path, "the media file"});
+    };
+    if (discoveryResult_)
+        for (const auto* urls : {&discoveryResult_->videoURLs, &discoveryResult_->audioURLs})
+            std::ranges::for_each(*urls, add);
+    for (const SyncGroup& group : syncGroups_) {
+        add(group.video.url);
+        for (const AudioMatch& match : group.audioMatches) add(match.audio->url);
+    }
+    for (const WildTrack& track : wildTracks_) add(track.audio.url);
+    return inputs;
+}
+
+void ImportController::saveProject(const FileURL& url, OutputPermission permission) {
+    assertOnMainThread();
+    const OutputGuard guard(OutputKind::project, inputsOfScan(), permission);
     OrvaneSyncProject project =
         projectService_.snapshot(videoFolderURL_, audioFolderURL_, aleFileURL_, syncGroups_, clock_->date());
     if (project_.unapplied) keepUnapplied(*project_.unapplied, project);
-    projectService_.save(project, url);
+    projectService_.save(project, url, guard);
     project_.currentURL = url;
     project_.hasUnsavedChanges = false;
     notify(ImportField::project);

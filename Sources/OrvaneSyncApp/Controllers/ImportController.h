@@ -141,9 +141,12 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     // The project file (ImportController+Project.cpp).
 
     const ProjectFileState& project() const { return project_; }
-    /// Also keeps what an opened project says of clips that were not found. Throws FileError or ProjectError;
-    /// the old file then stands.
-    void saveProject(const FileURL& url);
+    /// Also keeps what an opened project says of clips that were not found. Throws OutputRefused, FileError
+    /// or ProjectError; the old file then stands.
+    void saveProject(const FileURL& url, OutputPermission permission = {});
+    /// What the open work was read from: folders, media, the report and the project. No output may lie there,
+    /// but a project is saved to the place that it was opened from.
+    RunInputs inputs() const;
     /// Scans the project's folders and lays its edits over the clips. Where a folder is not there, no scan
     /// runs, the clips stay as they were, and the edits wait for the next scan. The task ends with a
     /// FileError or ProjectError when the file can't be opened; then nothing has changed.
@@ -321,6 +324,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     void clearMetadata(const UndoStep& step, const std::function<bool(SyncGroupList&)>& clear);
     // ImportController+Project.cpp
     static platform::Task openProject(std::weak_ptr<ImportController> weak, FileURL url);
+    RunInputs inputsOfScan() const;
     void abandonScan();
     void applyProjectEdits();
     void layEditsOverClipsThatStayed();

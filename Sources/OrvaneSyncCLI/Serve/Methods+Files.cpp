@@ -5,6 +5,8 @@
 #include "OrvaneSyncCLI/Serve/Methods.h"
 #include "Platform/Files.h"
 
+#include <functional>
+
 namespace orvane::cli::rpc {
 
 namespace {
@@ -12,6 +14,7 @@ namespace {
 using enum Parameter::Kind;
 
 const Parameter groupID{"groupID", id};
+const Parameter overwrite{"overwrite", boolean, true};
 
 JSON loadALE(Desk& desk, const Call& call) {
     const FileURL file = readableFile(call.text("path"));
@@ -31,21 +34,32 @@ ExportSettings exportSettings(Desk& desk, const Call& call) {
     return desk.controller->exportSettings(options);
 }
 
-JSON written(const ImportController& controller, ExportResult result, const std::string& output) {
-    writeDocument(controller, result, output);
+OutputPermission permission(const Call& call) {
+    return {call.has(overwrite.name) && call.boolean(overwrite.name), "overwrite: true"};
+}
+
+/// Asks for the place before it asks for the document.
+JSON written(const ImportController& controller, const Call& call,
+             const std::function<ExportResult()>& exported) {
+    const std::string& output = call.text("output");
+    const OutputGuard guard(OutputKind::document, controller.inputs(), permission(call));
+    guard.check(output);
+    ExportResult result = exported();
+    guard.write(output, result.fcpxmlString);
     addOwnWarnings(controller, result);
     return exportJSON(controller, result, output);
 }
 
 JSON exportFCPXML(Desk& desk, const Call& call) {
     const ImportController& controller = *desk.controller;
-    return written(controller, controller.exportFCPXML(exportSettings(desk, call)), call.text("output"));
+    return written(controller, call, [&] { return controller.exportFCPXML(exportSettings(desk, call)); });
 }
 
 JSON exportSingleClip(Desk& desk, const Call& call) {
     const ImportController& controller = *desk.controller;
-    return written(controller, controller.exportSingleClip(call.id("groupID"), exportSettings(desk, call)),
-                   call.text("output"));
+    return written(controller, call, [&] {
+        return controller.exportSingleClip(call.id("groupID"), exportSettings(desk, call));
+    });
 }
 
 /// An operation on one clip that opens its own undo step, and one on all clips.
@@ -77,17 +91,19 @@ std::vector<Method> reportMethods() {
 
 std::vector<Method> fileMethods() {
     return {
-        Method("saveProject", {{"path", path}},
+        Method("saveProject", {{"path", path}, overwrite},
                [](Desk& desk, const Call& call) {
-                   desk.controller->saveProject({platform::files::standardized(call.text("path"))});
+                   desk.controller->saveProject({platform::files::standardized(call.text("path"))},
+                                                permission(call));
                    return JSON();
                }),
         Method::later("loadProject", {{"path", path}},
                       [](Desk& desk, const Call& call, const std::shared_ptr<JSON>&) {
                           return desk.controller->loadProject(readableFile(call.text("path")));
                       }),
-        Method("exportFCPXML", {{"output", path}, {"eventName", text, true}}, exportFCPXML),
-        Method("exportSingleClip", {groupID, {"output", path}, {"eventName", text, true}}, exportSingleClip),
+        Method("exportFCPXML", {{"output", path}, {"eventName", text, true}, overwrite}, exportFCPXML),
+        Method("exportSingleClip", {groupID, {"output", path}, {"eventName", text, true}, overwrite},
+               exportSingleClip),
     };
 }
 

@@ -52,11 +52,12 @@ OrvaneSyncProject ProjectService::decoded(std::string_view text) {
     }
 }
 
-void ProjectService::save(const OrvaneSyncProject& project, const FileURL& url) const {
+void ProjectService::save(const OrvaneSyncProject& project, const FileURL& url,
+                          const OutputGuard& guard) const {
     const std::string text = encoded(project);
     // A number without a JSON form would make a file that nobody can open.
     decoded(text);
-    files::writeAtomically(url.path, text);
+    guard.write(url.path, text);
 }
 
 OrvaneSyncProject ProjectService::load(const FileURL& url) const {

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/OrvaneSyncProject.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
+#include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 
 #include <stdexcept>
 #include <string>
@@ -32,9 +33,10 @@ struct ProjectService {
                                const std::optional<FileURL>& audioFolder,
                                const std::optional<FileURL>& aleFile, const SyncGroupList& groups,
                                Date savedAt) const;
-    /// The whole file or nothing. Throws FileError, or ProjectError where the project holds a number that no
-    /// file can hold; the old file then stands.
-    void save(const OrvaneSyncProject& project, const FileURL& url) const;
+    /// The whole file or nothing. Throws OutputRefused, FileError, or ProjectError where the project holds a
+    /// number that no file can hold; the old file then stands.
+    void save(const OrvaneSyncProject& project, const FileURL& url,
+              const OutputGuard& guard = OutputGuard(OutputKind::project)) const;
     /// Throws FileError or ProjectError.
     OrvaneSyncProject load(const FileURL& url) const;
     /// Finds each clip's entry by the path of its video; of several with one path the last counts. Clips

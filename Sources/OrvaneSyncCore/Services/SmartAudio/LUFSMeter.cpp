@@ -49,10 +49,13 @@ class MeterListener : public AudioListener {
     explicit MeterListener(LUFSMeter& meter) : meter_(meter) {}
     void samples(std::span<const float* const> channels, std::size_t frames) override {
         meter_.add(channels, frames);
+        frames_ += static_cast<std::int64_t>(frames);
     }
+    std::int64_t frames() const { return frames_; }
 
   private:
     LUFSMeter& meter_;
+    std::int64_t frames_ = 0;
 };
 
 } // namespace
@@ -142,11 +145,11 @@ std::optional<double> LUFSMeter::integratedLUFS() const {
 
 std::optional<double> LUFSMeter::measureIntegratedLUFS(const FileURL& url) {
     const auto file = platform::AudioFile::open(url.path);
-    return file ? measureIntegratedLUFS(*file) : std::nullopt;
+    return file ? measureFile(*file).integratedLUFS : std::nullopt;
 }
 
-std::optional<double> LUFSMeter::measureIntegratedLUFS(platform::AudioFile& file,
-                                                       const std::function<void(double share)>& progress) {
+LUFSMeter::FileLoudness LUFSMeter::measureFile(platform::AudioFile& file,
+                                               const std::function<void(double share)>& progress) {
     LUFSMeter meter(file.channelCount(), file.sampleRate());
     MeterListener listener(meter);
     std::array<AudioListener*, 1> listeners{&listener};
@@ -154,7 +157,7 @@ std::optional<double> LUFSMeter::measureIntegratedLUFS(platform::AudioFile& file
               .windowFrames = wholeSamples(hopSeconds, file.sampleRate()),
               .progress = progress}
         .run(file, listeners);
-    return meter.integratedLUFS();
+    return {meter.integratedLUFS(), listener.frames()};
 }
 
 std::optional<double> LUFSMeter::measureBuffer(std::span<const float* const> channels, std::size_t frameCount,

@@ -4,6 +4,7 @@
 #include "Platform/AudioFile.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -30,9 +31,13 @@ class LUFSMeter {
 
     /// Of a whole file, all its channels, streamed. Nothing when it cannot be read. Any thread.
     static std::optional<double> measureIntegratedLUFS(const FileURL& url);
+    struct FileLoudness {
+        std::optional<double> integratedLUFS;
+        std::int64_t heardFrames = 0; ///< fewer than the file promises where it is cut off or damaged
+    };
     /// The same of a file that is open. `progress` as that of `AudioPass`, on the caller's thread.
-    static std::optional<double>
-    measureIntegratedLUFS(platform::AudioFile& file, const std::function<void(double share)>& progress = {});
+    static FileLoudness measureFile(platform::AudioFile& file,
+                                    const std::function<void(double share)>& progress = {});
     /// `channels` has `channelCount` arrays of `frameCount` samples.
     static std::optional<double> measureBuffer(std::span<const float* const> channels, std::size_t frameCount,
                                                int channelCount, double sampleRate);

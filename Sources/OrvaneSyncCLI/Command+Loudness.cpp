@@ -27,7 +27,7 @@ void loudness(Context& context, const Arguments& arguments) {
         JSON json;
         json.set("integratedLUFS", measured ? JSON(*measured) : JSON());
         json.set("heardSeconds", heard);
-        json.set("promisedSeconds", promised);
+        if (promised > 0) json.set("promisedSeconds", promised);
         context.out << json.dump(JSON::Layout::pretty) << "\n";
         return;
     }

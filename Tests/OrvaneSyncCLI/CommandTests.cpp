@@ -52,6 +52,7 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     check({"sync", folder.path()}, 2, "-o OUT.fcpxml is missing");
     check({"sync", folder.path(), "-o", "-", "--json"}, 2, "both want standard output");
     check({"sync", folder.path(), "-o", folder.path("take.wav")}, 2, "names a media file");
+    check({"sync", folder.path(), "-o", folder.path("t.R3D")}, 2, "names a media file");
     check({"sync", folder.path(), "-o", folder.path("no/where.fcpxml")}, 1, "No such file or directory");
     check({"sync", folder.path(), "-o", folder.path()}, 1, "it is a folder");
     check({"sync", folder.path(), "-o", "x", "--fcpxml-version", "2.0"}, 2, "1.6 to 1.14");
@@ -247,12 +248,36 @@ TEST_F(ShootTest, aMediaFileIsNeverOverwritten) {
     for (const bool isHardLink : {false, true}) {
         isHardLink ? std::filesystem::create_hard_link(clip, link)
                    : std::filesystem::create_symlink(clip, link);
-        const Outcome outcome = runWith({"sync", folder_.path(), "-o", link, "--no-smart-audio"});
+        const Outcome outcome = runWith({"sync", folder_.path(), "-o", link, "--no-smart-audio", "--force"});
         EXPECT_EQ(outcome.status, failed);
-        EXPECT_NE(outcome.err.find("it leads to the media file"), std::string::npos) << outcome.err;
+        EXPECT_NE(outcome.err.find("media file"), std::string::npos) << outcome.err;
         EXPECT_EQ(folder_.read("camera/A001C001_261120_R1AB.mov"), before);
         std::filesystem::remove(link);
     }
+    // A damaged file of the scan, which only the scan can tell from others.
+    folder_.write("camera/B009C001_261120_R1AB.mov", "torn");
+    std::filesystem::create_hard_link(folder_.path("camera/B009C001_261120_R1AB.mov"), link);
+    const Outcome outcome = runWith({"sync", folder_.path(), "-o", link, "--no-smart-audio", "--force"});
+    EXPECT_NE(outcome.err.find("it is the media file '"), std::string::npos) << outcome.err;
+    EXPECT_EQ(folder_.read("out.fcpxml"), "torn");
+}
+
+TEST_F(ShootTest, aDocumentDestroysNothing) {
+    const std::string report = folder_.write("DAY1.csv", "Name,Scene\nA001C001_261120_R1AB,7\n");
+    const std::string notes = folder_.write("notes.txt", "mine"), out = folder_.path("out.fcpxml");
+    const auto sync = [&](const std::string& output, const std::vector<std::string>& more) {
+        std::vector<std::string> words{"sync", folder_.path(), "-o", output, "--no-smart-audio"};
+        words.insert(words.end(), more.begin(), more.end());
+        return runWith(words);
+    };
+    EXPECT_EQ(sync(report, {"--report", report, "--force"}).status, failed);
+    EXPECT_TRUE(folder_.read("DAY1.csv").starts_with("Name,Scene"));
+    const Outcome other = sync(notes, {"--set", "ltc.enabled=true"});
+    EXPECT_EQ(other.status, failed);
+    EXPECT_NE(other.err.find("--force to replace it"), std::string::npos) << other.err;
+    EXPECT_EQ(folder_.read("notes.txt"), "mine");
+    EXPECT_EQ(sync(notes, {"--force"}).status, done);
+    for (int time = 0; time < 2; ++time) EXPECT_EQ(sync(out, {}).status, done); // its own
 }
 
 TEST_F(ShootTest, aReportReachesTheClipsAndTheDocument) {
@@ -420,6 +445,10 @@ TEST_F(ShootTest, analyzeTellsMicrophonesApartAndDrawsTheTake) {
         EXPECT_NE(runWith({command, cut}).err.find("cut.wav' ends early: 0:06 of the 0:12 that its header"),
                   std::string::npos)
             << command;
+    const JSON measured = runWith({"loudness", cut, "--json"}).json();
+    EXPECT_NEAR(*measured.find("heardSeconds")->number(), 6, 0.01);
+    EXPECT_EQ(measured.find("promisedSeconds")->number(), 12);
+    EXPECT_NEAR(*measured.find("integratedLUFS")->number(), *loudness, 1);
 
     const std::string silence = folder_.path("sound/DAY1_T01.WAV");
     EXPECT_TRUE(runWith({"loudness", silence, "--json"}).json().find("integratedLUFS")->isNull());

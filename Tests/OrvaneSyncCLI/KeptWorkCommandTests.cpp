@@ -102,6 +102,10 @@ TEST_F(KeptWork, projectsAreShownAndExported) {
     EXPECT_EQ(exported.json().find("smartAudio")->find("clipsNotAnalyzed")->integer(), 2);
     EXPECT_NE(folder_.read("out.fcpxml").find("Hero"), std::string::npos);
 
+    const std::string before = folder_.read("day.orvanesync");
+    EXPECT_EQ(runWith({"project", "export", project_, "-o", project_, "--force"}).status, failed);
+    EXPECT_EQ(folder_.read("day.orvanesync"), before);
+
     std::filesystem::remove(output_);
     std::filesystem::rename(folder_.path("sound"), folder_.path("away"));
     const Outcome gone = runWith({"project", "export", project_, "-o", output_});

@@ -175,7 +175,11 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
         {"loadProject", R"({"path":"/no/where"})",
          "1 can't read the file '/no/where': No such file or directory"},
         {"exportFCPXML", R"({"output":")" + sound + "\"}",
-         "1 -o " + sound + " names a media file; it would be overwritten"},
+         "1 can't write '" + sound + "': it names a media file; give the document another name"},
+        {"saveProject", R"({"overwrite":true,"path":")" + sound + "\"}",
+         "1 can't write '" + sound + "': it names a media file; give the project another name"},
+        {"exportFCPXML", R"({"overwrite":1,"output":")" + folder_.path("x") + "\"}",
+         "-32602 exportFCPXML: overwrite must be true or false"},
         {"setSetting", R"({"key":"trimMode","value":"longest"})",
          "-32602 the setting 'trimMode' takes one of common, video, none; not 'longest'"},
     };
@@ -213,6 +217,29 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
         for (const auto& [method, params] : calls)
             EXPECT_EQ(failure(method, "{" + params + nobody + "}"), why) << method;
     EXPECT_TRUE(everything() == before); // what was taken back can still be brought back
+}
+
+TEST_F(ServeTest, anotherFileIsReplacedOnRequestAlone) {
+    scan();
+    const std::string other = folder_.write("notes.txt", "mine"), project = folder_.path("day.orvanesync");
+    call("saveProject", R"({"path":")" + project + "\"}");
+    call("saveProject", R"({"path":")" + project + "\"}"); // where it was saved before
+    EXPECT_NE(failure("exportFCPXML", R"({"overwrite":true,"output":")" + project + "\"}").find("1 can't"),
+              std::string::npos);
+    const std::pair<const char*, std::string> calls[] = {
+        {"saveProject", R"({"path":")" + other + "\""},
+        {"exportFCPXML", R"({"output":")" + other + "\""},
+        {"exportSingleClip", R"({"groupID":")" + groupID_ + R"(","output":")" + other + "\""}};
+    for (const auto& [method, arguments] : calls) {
+        folder_.write("notes.txt", "mine");
+        const std::string refused = failure(method, arguments + "}");
+        EXPECT_TRUE(refused.starts_with("1 can't write '") &&
+                    refused.ends_with("or overwrite: true to replace it"))
+            << refused;
+        EXPECT_EQ(folder_.read("notes.txt"), "mine");
+        call(method, arguments + R"(,"overwrite":true})");
+        EXPECT_NE(folder_.read("notes.txt"), "mine") << method;
+    }
 }
 
 TEST_F(ServeTest, aFolderIsNamedLeftOrTakenAway) {

@@ -75,6 +75,24 @@ TEST(Files, aFailedWriteLeavesNothingAndSaysWhy) {
     }
 }
 
+TEST(Files, aFileThatCameMeanwhileStays) {
+    const TemporaryDirectory folder;
+    const std::string path = folder.path("a");
+    const auto write = [&](files::Existing answer, bool throws) {
+        files::writeAtomically(path, "new", [&] {
+            folder.write("a", "came meanwhile");
+            if (throws) throw std::invalid_argument("refused");
+            return answer;
+        });
+    };
+    EXPECT_THROW(write(files::Existing::keep, false), FileError);
+    EXPECT_THROW(write(files::Existing::replace, true), std::invalid_argument);
+    EXPECT_EQ(folder.read("a"), "came meanwhile");
+    EXPECT_EQ(walked(folder.path(), files::Hidden::include), std::set<std::string>{"a"});
+    write(files::Existing::replace, false);
+    EXPECT_EQ(folder.read("a"), "new");
+}
+
 TEST(Files, whatIsKeptBesideAFileIsKeptOnceAndNeverReplaced) {
     const TemporaryDirectory folder;
     const std::string path = folder.path("a");

@@ -1,8 +1,12 @@
+#include "Platform/ByteCursor.h"
 #include "Platform/MediaLibrary/LibraryReaders.h"
 
 #include <sndfile.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
 #include <vector>
 
 namespace orvane::platform {
@@ -17,11 +21,12 @@ class SndfileAudio : public AudioFile {
         void operator()(SNDFILE* file) const { sf_close(file); }
     };
     SndfileAudio(std::unique_ptr<SNDFILE, Close> file, const SF_INFO& info)
-        : file_(std::move(file)), info_(info) {}
+        : file_(std::move(file)), info_(info), promised_(promisedBy(*file_, info)) {}
 
     double sampleRate() const override { return info_.samplerate; }
     int channelCount() const override { return info_.channels; }
     std::int64_t frameCount() const override { return info_.frames; }
+    std::int64_t promisedFrames() const override { return promised_; }
 
     bool seek(std::int64_t frame) override {
         if (frame < 0 || frame > info_.frames) return false;
@@ -45,8 +50,30 @@ class SndfileAudio : public AudioFile {
     }
 
   private:
+    static std::int64_t promisedBy(SNDFILE& file, const SF_INFO& info) {
+        // The length of a file that ends in its middle, where only the end states a length.
+        if (info.frames == SF_COUNT_MAX) return 0;
+        const bool isAIFF = (info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_AIFF;
+        return isAIFF ? std::max(info.frames, framesOfAIFF(file)) : info.frames;
+    }
+
+    /// What the common chunk states. The library counts the frames that are there.
+    static sf_count_t framesOfAIFF(SNDFILE& file) {
+        constexpr std::size_t framesAt = 2, commonBytes = 18;
+        SF_CHUNK_INFO chunk{};
+        std::memcpy(chunk.id, "COMM", 4);
+        chunk.id_size = 4;
+        SF_CHUNK_ITERATOR* const at = sf_get_chunk_iterator(&file, &chunk);
+        std::array<std::byte, commonBytes> body{};
+        chunk.datalen = commonBytes;
+        chunk.data = body.data();
+        if (at == nullptr || sf_get_chunk_data(at, &chunk) != SF_ERR_NO_ERROR) return 0;
+        return ByteCursor(body).u32be(framesAt).value_or(0);
+    }
+
     std::unique_ptr<SNDFILE, Close> file_;
     SF_INFO info_;
+    std::int64_t promised_; ///< frames
     std::vector<float> block_;
 };
 

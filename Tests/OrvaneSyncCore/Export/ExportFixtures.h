@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+#include "OrvaneSyncCore/Services/Persistence/OutputMarks.h"
 #include "Platform/Files.h"
 #include "Support/Assets.h"
 #include "Support/Test.h"
@@ -61,6 +62,8 @@ inline void expectGolden(const std::string& name, const std::string& document) {
         std::string(ORVANE_SOURCE_DIR) + "/Tests/OrvaneSyncCore/Export/Golden/" + name + ending;
     if (std::getenv("ORVANE_UPDATE_GOLDEN") != nullptr) platform::files::writeAtomically(file, document);
     EXPECT_EQ(document, platform::files::readText(file)) << name;
+    // Or the program would not write its own document again.
+    if (file.ends_with(".fcpxml")) EXPECT_TRUE(beginsAsOwnDocument(document)) << name;
 }
 
 /// The lines of a document that hold the text, without the blanks in front.

@@ -58,6 +58,20 @@ class Document {
         }
     }
 
+    /// Curves that go forward, within their channel's file.
+    void checkCurves() const {
+        for (const Node* channel : root_.all("audio")) {
+            const Node* volume = channel->child("adjust-volume");
+            if (volume == nullptr) continue;
+            Time before = *channel->time("start") - Time(1, 1000);
+            for (const Node* keyframe : volume->all("keyframe")) {
+                EXPECT_GT(*keyframe->time("time"), before);
+                before = *keyframe->time("time");
+            }
+            EXPECT_LE(before, *channel->time("start") + *channel->time("duration"));
+        }
+    }
+
     void checkCounts() const {
         int clips = 0, multicams = 0;
         for (const Node& event : root_.child("library")->children)
@@ -227,6 +241,7 @@ TEST(ExporterProperties, DocumentsOfAShootSayWhatTheShootSays) {
         if (!document) continue;
         document->checkReferences();
         document->checkCounts();
+        document->checkCurves();
         document->checkPictures();
         document->checkSound();
         document->checkMulticams();
@@ -247,6 +262,7 @@ TEST(ExporterProperties, NumbersThatNoShootHasBreakNothing) {
         if (!document) continue;
         document->checkReferences();
         document->checkCounts();
+        document->checkCurves();
         if (HasFailure()) return;
     }
 }

@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+#include "OrvaneSyncCore/Services/Export/VolumeCurves.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -57,15 +58,19 @@ class RoleEntries {
     std::vector<std::string> roles_;
 };
 
-double twoDecimals(double value) { return std::round(value * 100) / 100; }
+/// The controls of the effects go from 0 to 100 and have no fractions. `amount` is 0 to 1; none is 0.
+double wholePercent(std::optional<float> amount) {
+    const double percent = std::round(static_cast<double>(amount.value_or(0.0F)) * 100);
+    return std::isnan(percent) ? 0 : std::clamp(percent, 0.0, 100.0);
+}
 
 AdjustAudioEnhanced enhancement(const TrackAdjustment& track) {
     AdjustAudioEnhanced adjust;
     if (track.voiceIsolationAmount)
-        adjust.voiceIsolation = AdjustVoiceIsolation{twoDecimals(*track.voiceIsolationAmount)};
+        adjust.voiceIsolation = AdjustVoiceIsolation{wholePercent(track.voiceIsolationAmount)};
     if (track.loudnessAmount)
-        adjust.loudness = AdjustLoudness{twoDecimals(*track.loudnessAmount),
-                                         twoDecimals(track.loudnessUniformity.value_or(0.0F))};
+        adjust.loudness =
+            AdjustLoudness{wholePercent(track.loudnessAmount), wholePercent(track.loudnessUniformity)};
     return adjust;
 }
 
@@ -90,11 +95,16 @@ bool isActive(int number, const SyncGroup& group, const SmartAudioResult* result
 /// own times stay, so that an offset slides the sound against the picture and its first sample is still its
 /// first.
 Clip firstFile(const Placement& file, const Time& offset, const std::string& formatID, TcFormat tcFormat,
-               RoleEntries& roles) {
-    Audio first = file.channel(1, std::nullopt, roles.add(1, file.audio));
+               RoleEntries& roles, const VolumeCurves& curves) {
+    const auto channel = [&](int track, std::optional<int> lane) {
+        Audio element = file.channel(track, lane, roles.add(track, file.audio));
+        element.adjust.volume = curves.of(track, {0, file.start, file.duration});
+        return element;
+    };
+    Audio first = channel(1, std::nullopt);
     first.anchored.reserve(static_cast<std::size_t>(file.channels - 1));
     for (int track = 2; track <= file.channels; ++track)
-        first.anchored.emplace_back(file.channel(track, 1 - track, roles.add(track, file.audio)));
+        first.anchored.emplace_back(channel(track, 1 - track));
 
     Clip clip;
     clip.lane = -1;
@@ -127,13 +137,15 @@ AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string
     const auto found = settings.smartAudioResults.find(group.id);
     const SmartAudioResult* result = found == settings.smartAudioResults.end() ? nullptr : &found->second;
 
+    const VolumeCurves curves =
+        settings.volumeKeyframes && result != nullptr ? VolumeCurves(group, *result) : VolumeCurves();
     RoleEntries roles(settings);
     const Placement first(group.audioMatches[0].audio, audioAssetIDs[0], fps, settings);
     const Time offset = first.start + manualOffsetTime(group.manualAudioOffsetSeconds, fps) +
                         manualOffsetTime(effectiveGlobalAudioOffset(group, settings, fps), fps);
     chain.anchored.reserve(files);
-    chain.anchored.emplace_back(
-        firstFile(first, offset, audioFormatID, isDropFrame(fps) ? TcFormat::df : TcFormat::ndf, roles));
+    chain.anchored.emplace_back(firstFile(first, offset, audioFormatID,
+                                          isDropFrame(fps) ? TcFormat::df : TcFormat::ndf, roles, curves));
     int lane = -first.channels;
     for (std::size_t i = 1; i < files; ++i) {
         const Placement file(group.audioMatches[i].audio, audioAssetIDs[i], fps, settings);

@@ -115,11 +115,6 @@ std::string documentText(ExportWalk& walk) {
     document.resources.items = walk.resources.take();
     XMLDocument tree = std::move(document).toXMLDocument();
     FCPXMLDTDFixer::fix(tree);
-    if (walk.settings.experimentalVolumeKeyframes &&
-        !injectVolumeKeyframes(
-            tree, walk.groups.filtered([](const SyncGroup& group) { return group.matchStatus.isSettled(); }),
-            walk.settings))
-        walk.result.warnings.emplace_back("Volume keyframes left out: too many clips share their roles");
     return tree.text();
 }
 

@@ -181,11 +181,14 @@ TEST(ExporterAudio, EnhancementsGoToTheirRole) {
                     <audio-role-source role="dialogue.Lav 2"/>
                 )");
 
-    // Two tracks under one name: the later one counts, for both.
+    // Two tracks under one name: each has a role of its own, and its own adjustments.
     group.audioMatches[0].audio.edit().channelCount = 2;
     group.audioMatches[0].audio.edit().ixmlData = ixml("1", "1", {"Anna", "Anna"});
+    EXPECT_EQ(linesWith(exported(group, settings), "o-role-source role"),
+              (Lines{"<audio-role-source role=\"dialogue.Anna\">",
+                     "<audio-role-source role=\"dialogue.Anna 2\">"}));
     EXPECT_EQ(linesWith(exported(group, settings), "adjust-voiceIsolation"),
-              Lines(2, "<adjust-voiceIsolation amount=\"26\"/>"));
+              (Lines{"<adjust-voiceIsolation amount=\"30\"/>", "<adjust-voiceIsolation amount=\"26\"/>"}));
 }
 
 TEST(ExporterNotes, PictureAndSoundShareTheField) {

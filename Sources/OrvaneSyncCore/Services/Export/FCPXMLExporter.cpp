@@ -74,9 +74,11 @@ ClipResources addClipResources(ExportWalk& walk, const SyncGroup& group) {
     picture.duration = durationTime(group.video.durationSeconds, fps);
     walk.resources.add(std::move(picture));
 
-    for (const AudioMatch& match : group.audioMatches) {
-        ids.audioAssetIDs.push_back(walk.resources.nextID());
-        walk.resources.add(recordingAsset(match.audio, ids.audioAssetIDs.back(), settings));
+    ids.audioAssetIDs.resize(group.audioMatches.size());
+    for (const std::size_t match : writtenMatches(group, settings)) {
+        ids.audioAssetIDs[match] = walk.resources.nextID();
+        walk.resources.add(
+            recordingAsset(group.audioMatches[match].audio, ids.audioAssetIDs[match], settings));
     }
     walk.videoAssetIDByGroup[group.id] = ids.videoAssetID;
     walk.formatIDByGroup[group.id] = ids.nativeFormatID;

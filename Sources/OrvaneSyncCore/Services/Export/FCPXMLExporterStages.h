@@ -80,6 +80,9 @@ std::optional<fcpxml::SyncClip> buildProjectRateSyncClip(const SyncGroup& group,
                                                          const std::string& fcpName,
                                                          const ExportSettings& settings);
 
+/// The places among the audio matches of those that the document holds: copies of another one are left out.
+std::vector<std::size_t> writtenMatches(const SyncGroup& group, const ExportSettings& settings);
+
 /// The asset that stands for each recording, by the id of its file: the first of its clips' that has one.
 std::unordered_map<UUID, std::string>
 rawMediaReusableAudioAssetIDs(const SyncGroupList& groups,

@@ -64,7 +64,7 @@ constexpr std::array<SettingGroup, 6> mostChanged{{
       "offspeed.autoKeyword"}},
     {"sound",
      {"smartAudioMode", "smartAudio.blockMode", "smartAudio.loudness", "globalAudioOffset.frames",
-      "audioBaseRole"}},
+      "audioBaseRole", "export.volumeKeyframes"}},
 }};
 
 } // namespace

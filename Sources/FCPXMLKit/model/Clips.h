@@ -110,6 +110,7 @@ struct Audio {
     std::optional<AudioRole> role;
     std::vector<int> srcCh; ///< from 1
     std::optional<std::string> outCh;
+    AdjustAudio adjust;
     std::vector<AnchorItem> anchored;
 
     template <class Writer>
@@ -162,6 +163,7 @@ void Audio::slots(Writer& writer) const {
     writer.attribute("role", role);
     writer.always("srcCh", srcCh);
     writer.attribute("outCh", outCh);
+    writer.embedded(adjust);
     writer.children(anchored);
 }
 

@@ -27,7 +27,7 @@ struct SmartAudioBlockSettings {
     bool operator==(const SmartAudioBlockSettings&) const = default;
 };
 
-/// Levels of the adjustments of a track. Amounts are 0 to 1, here and in the document.
+/// Levels of the adjustments of a track. Amounts are 0 to 1; the document has them in percent.
 struct SmartAudioConfig {
     float voiceIsolationAmount = 0;
     float voiceIsolationSNRThreshold = 20; ///< dB; only tracks below it need isolation, but in mode custom

@@ -131,7 +131,9 @@ TEST(ExportSettings, EachKeyChangesTheDocument) {
     check("export.wrapMOSInSyncClip", false, "keyword value=\"MOS\"");
     check("export.splitEventsByScene", true, "<event");
     check("export.eventNamePattern", "S{scene}", "event name=\"S12A\"", {split});
+    check("export.volumeKeyframes", true, "<keyframe ");
     check("export.experimentalVolumeKeyframes", true, "<keyframe ");
+    check("export.volumeKeyframes", false, "<keyframe ", {{"export.experimentalVolumeKeyframes", true}});
     check("export.generateRawMediaEvent", false, "event name=\"Source Media\"");
     check("export.rawMediaEventName", "Bin", "event name=\"Bin\"");
     check("offspeed.generateNativeMOS", true, "offspeed.isNativeMOS");

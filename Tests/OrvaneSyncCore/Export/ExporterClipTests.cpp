@@ -158,6 +158,8 @@ TEST(ExporterAudio, EnhancementsGoToTheirRole) {
     tracks.resize(4);
     for (int i = 0; i < 4; ++i) tracks[static_cast<std::size_t>(i)].trackIndex = i + 1;
     tracks[0].voiceIsolationAmount = 0.304F;
+    tracks[0].loudnessAmount = 1.5F;
+    tracks[0].loudnessUniformity = -0.1F;
     tracks[1].loudnessAmount = 0.5F;
     tracks[1].voiceIsolationAmount = 0.256F;
     tracks[2].loudnessUniformity = 0.9F;
@@ -168,21 +170,25 @@ TEST(ExporterAudio, EnhancementsGoToTheirRole) {
     EXPECT_EQ(document.substr(from, document.find("</sync-source") - from),
               R"(<sync-source sourceID="connected">
                     <audio-role-source role="dialogue.Mix">
-                        <adjust-voiceIsolation amount="0.3"/>
+                        <adjust-loudness amount="100" uniformity="0"/>
+                        <adjust-voiceIsolation amount="30"/>
                     </audio-role-source>
                     <audio-role-source role="dialogue.Boom">
-                        <adjust-loudness amount="0.5" uniformity="0"/>
-                        <adjust-voiceIsolation amount="0.26"/>
+                        <adjust-loudness amount="50" uniformity="0"/>
+                        <adjust-voiceIsolation amount="26"/>
                     </audio-role-source>
                     <audio-role-source role="dialogue.Lav 1"/>
                     <audio-role-source role="dialogue.Lav 2"/>
                 )");
 
-    // Two tracks under one name: the later one counts, for both.
+    // Two tracks under one name: each has a role of its own, and its own adjustments.
     group.audioMatches[0].audio.edit().channelCount = 2;
     group.audioMatches[0].audio.edit().ixmlData = ixml("1", "1", {"Anna", "Anna"});
+    EXPECT_EQ(linesWith(exported(group, settings), "o-role-source role"),
+              (Lines{"<audio-role-source role=\"dialogue.Anna\">",
+                     "<audio-role-source role=\"dialogue.Anna 2\">"}));
     EXPECT_EQ(linesWith(exported(group, settings), "adjust-voiceIsolation"),
-              Lines(2, "<adjust-voiceIsolation amount=\"0.26\"/>"));
+              (Lines{"<adjust-voiceIsolation amount=\"30\"/>", "<adjust-voiceIsolation amount=\"26\"/>"}));
 }
 
 TEST(ExporterNotes, PictureAndSoundShareTheField) {

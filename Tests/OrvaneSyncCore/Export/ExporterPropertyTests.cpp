@@ -1,7 +1,10 @@
 #include "OrvaneSyncCore/Export/DocumentReader.h"
 #include "OrvaneSyncCore/Export/RandomShoot.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Platform/Text.h"
 #include "Support/Test.h"
+
+#include <set>
 
 namespace orvane {
 namespace {
@@ -58,6 +61,20 @@ class Document {
         }
     }
 
+    /// Curves that go forward, within their channel's file.
+    void checkCurves() const {
+        for (const Node* channel : root_.all("audio")) {
+            const Node* volume = channel->child("adjust-volume");
+            if (volume == nullptr) continue;
+            Time before = *channel->time("start") - Time(1, 1000);
+            for (const Node* keyframe : volume->all("keyframe")) {
+                EXPECT_GT(*keyframe->time("time"), before);
+                before = *keyframe->time("time");
+            }
+            EXPECT_LE(before, *channel->time("start") + *channel->time("duration"));
+        }
+    }
+
     void checkCounts() const {
         int clips = 0, multicams = 0;
         for (const Node& event : root_.child("library")->children)
@@ -78,9 +95,17 @@ class Document {
     }
 
     void checkSound() const {
-        for (const Node* picture : root_.all("asset-clip"))
-            if (const Node* sound = picture->child("clip"))
-                checkAnchored(*picture, *sound, *groupOf(*picture, shoot_.groups));
+        for (const Node* picture : root_.all("asset-clip")) {
+            const SyncGroup* group = groupOf(*picture, shoot_.groups);
+            for (const Node& sound : picture->children)
+                if (sound.name == "clip" || sound.name == "audio")
+                    checkAnchored(*picture, sound, *group, matchOf(sound, *group));
+        }
+        for (const Node* source : root_.all("sync-source")) {
+            std::set<std::string> roles;
+            for (const Node& role : source->children)
+                EXPECT_TRUE(roles.insert(role.text("role")).second) << role.text("role");
+        }
     }
 
     void checkMulticams() const {
@@ -155,8 +180,17 @@ class Document {
         return FCPXMLExporter::usableRate(group.video.projectFrameRate, shoot_.settings.projectFrameRate);
     }
 
-    void checkAnchored(const Node& picture, const Node& sound, const SyncGroup& group) const {
-        const MediaAsset& audio = group.audioMatches.front().audio;
+    const AudioMatch& matchOf(const Node& sound, const SyncGroup& group) const {
+        const Node& channel = sound.name == "clip" ? *sound.child("audio") : sound;
+        const std::string name = resource(channel.text("ref")).text("name");
+        return *std::ranges::find_if(group.audioMatches, [&](const AudioMatch& match) {
+            return platform::text::lowercased(match.audio->filenameStem()) == name;
+        });
+    }
+
+    void checkAnchored(const Node& picture, const Node& sound, const SyncGroup& group,
+                       const AudioMatch& match) const {
+        const MediaAsset& audio = match.audio;
         const double fps = projectRate(group);
         const Time frame = FCPXMLExporter::frameDurationTime(fps);
         const Time start = *sound.time("start"), slide = *sound.time("offset") - start;
@@ -178,7 +212,7 @@ class Document {
         const double matched = TimecodeUtils::tcToSeconds(
             timecode, group.video.projectFrameRate.value_or(group.video.frameRate.value_or(24)));
         const double shown = TimecodeUtils::tcToSeconds(timecode, fps);
-        double said = matched - shown + group.audioMatches.front().syncOffsetSeconds + manual + global;
+        double said = matched - shown + match.syncOffsetSeconds + manual + global;
         // Nothing but what is cut from each time by itself may be lost.
         said += cutOff(shown, fps) - cutOff(manual, fps) - cutOff(global, fps);
         if (!isCounted) {
@@ -227,6 +261,7 @@ TEST(ExporterProperties, DocumentsOfAShootSayWhatTheShootSays) {
         if (!document) continue;
         document->checkReferences();
         document->checkCounts();
+        document->checkCurves();
         document->checkPictures();
         document->checkSound();
         document->checkMulticams();
@@ -247,6 +282,7 @@ TEST(ExporterProperties, NumbersThatNoShootHasBreakNothing) {
         if (!document) continue;
         document->checkReferences();
         document->checkCounts();
+        document->checkCurves();
         if (HasFailure()) return;
     }
 }

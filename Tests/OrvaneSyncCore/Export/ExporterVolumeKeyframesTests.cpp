@@ -1,5 +1,6 @@
-#include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+#include "OrvaneSyncCore/Services/Export/VolumeCurves.h"
 
+#include "OrvaneSyncCore/Export/DocumentReader.h"
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
 
 #include <limits>
@@ -8,28 +9,29 @@ namespace orvane {
 namespace {
 
 using namespace test;
-using Lines = std::vector<std::string>;
+
+BlockDecision block(double start, double end, int track, double gain = 1.0) {
+    BlockDecision made;
+    made.startSeconds = start;
+    made.endSeconds = end;
+    made.activeTrack = track;
+    made.gainMultiplier = gain;
+    return made;
+}
 
 std::vector<BlockDecision> blocks(const std::vector<std::pair<double, int>>& endsAndTracks,
                                   double gain = 1.0) {
     std::vector<BlockDecision> made;
-    for (const auto& [end, track] : endsAndTracks) {
-        BlockDecision block;
-        block.startSeconds = made.empty() ? 0 : made.back().endSeconds;
-        block.endSeconds = end;
-        block.activeTrack = track;
-        block.gainMultiplier = gain;
-        made.push_back(block);
-    }
+    for (const auto& [end, track] : endsAndTracks)
+        made.push_back(block(made.empty() ? 0 : made.back().endSeconds, end, track, gain));
     return made;
 }
 
-/// Such as "0:1 easeOut, 9.875:1 easeOut".
+/// Such as "0:1 9.875:1".
 std::string text(const std::vector<FCPXMLExporter::VolumeKeyframe>& keyframes) {
     std::ostringstream out;
     for (const auto& keyframe : keyframes)
-        out << (out.tellp() > 0 ? ", " : "") << keyframe.time << ":" << keyframe.value << " "
-            << keyframe.interp;
+        out << (out.tellp() > 0 ? " " : "") << keyframe.time << ":" << keyframe.value;
     return out.str();
 }
 
@@ -39,13 +41,13 @@ TEST(VolumeKeyframes, OpenOnATracksBlocksAndCloseOnTheOthers) {
         EXPECT_EQ(text(FCPXMLExporter::keyframesFromBlocks(blocks, 1, 0.25)), keyframes) << name;
     };
     check("none", {}, "");
-    check("one", blocks({{8, 1}}), "0:1 easeOut, 8:1 easeOut");
-    check("two", blocks({{10, 1}, {20, 2}}), "0:1 easeOut, 9.875:1 easeOut, 10.125:0 easeIn, 20:0 easeOut");
-    check("a boundary near the start", blocks({{0.05, 2}, {20, 1}}, 0.5),
-          "0:0 easeOut, 0:0 easeOut, 0.175:0.5 easeIn, 20:0.5 easeOut");
-    check("others among themselves", blocks({{10, 2}, {20, 3}, {30, 0}}), "0:0 easeOut, 30:0 easeOut");
-    check("an end inside the ramp", blocks({{10, 2}, {10.1, 1}}),
-          "0:0 easeOut, 9.875:0 easeOut, 10.125:1 easeIn");
+    check("one", blocks({{8, 1}}), "0:1 8:1");
+    check("two", blocks({{10, 1}, {20, 2}}), "0:1 9.875:1 10.125:0 20:0");
+    check("a boundary near the start", blocks({{0.05, 2}, {20, 1}}, 0.5), "0:0 0.175:0.5 20:0.5");
+    check("others among themselves", blocks({{10, 2}, {20, 3}, {30, 0}}), "0:0 30:0");
+    check("an end inside the ramp", blocks({{10, 2}, {10.125, 1}}), "0:0 9.875:0 10.125:1");
+    check("shorter than a ramp", blocks({{10, 2}, {10.125, 1}, {20, 3}}),
+          "0:0 9.875:0 10.0625:1 10.25:0 20:0");
 }
 
 TEST(VolumeKeyframes, FollowTheBestTrackWhereThereAreNoBlocks) {
@@ -53,63 +55,78 @@ TEST(VolumeKeyframes, FollowTheBestTrackWhereThereAreNoBlocks) {
                            const std::string& keyframes) {
         EXPECT_EQ(text(FCPXMLExporter::keyframesFromLegacySegments(segments, 1, 0.1)), keyframes) << name;
     };
-    check("never", {{0, 10, 2}, {10, 20, 3}}, "0:0 linear");
-    check("from the start", {{0, 10, 1}, {10, 20, 2}},
-          "0:0 linear, 0.05:1 linear, 10:1 linear, 10.05:0 linear");
-    check("later", {{0, 10, 2}, {10, 20, 1}}, "0:0 linear, 10:0 linear, 10.05:1 linear");
-    check("behind a pause", {{5, 10, 1}, {12, 20, 2}},
-          "0:1 linear, 4.95:0 linear, 5.05:1 linear, 11.95:1 linear, 12.05:0 linear");
+    check("never", {{0, 10, 2}, {10, 20, 3}}, "0:0");
+    check("from the start", {{0, 10, 1}, {10, 20, 2}}, "0:0 0.05:1 10:1 10.05:0");
+    check("later", {{0, 10, 2}, {10, 20, 1}}, "0:0 10:0 10.05:1");
+    check("behind a pause", {{5, 10, 1}, {12, 20, 2}}, "0:1 4.95:0 5.05:1 11.95:1 12.05:0");
+    check("shorter than the change", {{0, 10, 2}, {10, 10.02, 1}, {10.02, 20, 2}},
+          "0:0 10:0 10.05:1 10.07:0");
 }
 
-TEST(VolumeKeyframes, ReachTheChannelsOfTheirRole) {
-    MediaAsset named = recording(3);
-    named.ixmlData = ixml("1", "1", {"Boom", "Anna", "Boom"});
-    const SyncGroup first = matched(picture("a.mov"), {named}), second = matched(picture("b.mov"), {named});
-    const SyncGroup unheard = matched(picture("c.mov"), {named});
-    ExportSettings settings = settingsAt(25);
-    settings.generateMulticam = false; // an angle would hold its clip's channels once more
-    settings.smartAudioResults[first.id].blocks = blocks({{1.2349, 2}, {4, 3}}, 0.5);
-    settings.smartAudioResults[second.id].windowedBestTracks = {{0, 2, 1}};
-    settings.smartAudioResults[unheard.id] = {};
-    const auto document = [&] {
-        return FCPXMLExporter::exportDocument({first, second, unheard}, {}, settings).fcpxmlString;
+/// What each channel of each clip goes through, such as "Anna 35999.5:0 36002:-96; ".
+std::string curvesOf(const Node& root) {
+    std::string text;
+    for (const Node* channel : root.all("audio")) {
+        const Node* volume = channel->child("adjust-volume");
+        if (volume == nullptr) continue;
+        EXPECT_EQ(&channel->children.front(), volume);
+        EXPECT_EQ(volume->text("amount"), "0dB");
+        EXPECT_EQ(volume->child("param")->text("name"), "amount");
+        text += channel->text("role").substr(channel->text("role").find('.') + 1);
+        for (const Node* keyframe : volume->child("param")->child("keyframeAnimation")->all("keyframe")) {
+            EXPECT_EQ(keyframe->text("interp"), "linear");
+            text += " " + keyframe->text("time") + ":" + keyframe->text("value");
+        }
+        text += "; ";
+    }
+    return text;
+}
+
+TEST(VolumeCurves, BelongToTheChannelsOfTheirOwnRecording) {
+    constexpr double none = std::numeric_limits<double>::quiet_NaN();
+    MediaAsset named = recording(2); // begins at 35999.5 s
+    named.ixmlData = ixml("1", "1", {"Boom", "Anna"});
+    // `change`: to the first of two clips that share the names of their channels; the other has no verdict.
+    const auto check = [&](const char* name, const std::vector<BlockDecision>& blocks,
+                           const std::string& curves,
+                           const std::function<void(SyncGroup&, SmartAudioResult&)>& change = {}) {
+        SyncGroup first = matched(picture("a.mov"), {named});
+        const SyncGroup second = matched(picture("b.mov"), {named});
+        ExportSettings settings = settingsAt(25);
+        settings.generateMulticam = false; // an angle would hold its clip's channels once more
+        SmartAudioResult& result = settings.smartAudioResults[first.id];
+        result.blocks = blocks;
+        if (change) change(first, result);
+        const auto document = [&] {
+            return FCPXMLExporter::exportDocument({first, second}, {}, settings).fcpxmlString;
+        };
+        EXPECT_EQ(countOf(document(), "<keyframe "), 0U) << name;
+        settings.volumeKeyframes = true;
+        EXPECT_EQ(curvesOf(readDocument(document())), curves) << name;
     };
-    EXPECT_EQ(countOf(document(), "<param"), 0U);
-    settings.experimentalVolumeKeyframes = true;
-    const std::string curves = document();
-    EXPECT_EQ(countOf(curves, "<param name=\"volume\" key=\"volume\">"), 3U * 3U * 2U)
-        << "each channel of each clip has the curve of its role in both";
-    const auto from = curves.find("role=\"dialogue.Anna\"");
-    const std::string anna = curves.substr(from, curves.find("</audio>", from) - from);
-    EXPECT_EQ(linesWith(anna, "<keyframe "),
-              (Lines{
-                  R"(<keyframe time="0/1000s" value="0.500" interp="easeOut"/>)",
-                  R"(<keyframe time="1109/1000s" value="0.500" interp="easeOut"/>)",
-                  R"(<keyframe time="1359/1000s" value="0.000" interp="easeIn"/>)",
-                  R"(<keyframe time="4000/1000s" value="0.000" interp="easeOut"/>)",
-                  R"(<keyframe time="0/1000s" value="0.000" interp="linear"/>)",
-              }));
-    // Channels 1 and 3 share a role: the curve is that of channel 1, which is never heard in the first clip.
-    const auto boom = curves.find("role=\"dialogue.Boom\"");
-    EXPECT_EQ(linesWith(curves.substr(boom, 2000), "4000/1000s").front(),
-              R"(<keyframe time="4000/1000s" value="0.000" interp="easeOut"/>)");
-
-    // What a hand-edited session holds that is no number is left out, and a curve of nothing else with it.
-    ExportSettings odd = settings;
-    odd.smartAudioResults.at(first.id).blocks.front().gainMultiplier =
-        std::numeric_limits<double>::infinity();
-    const std::string oddCurves = FCPXMLExporter::exportDocument({first}, {}, odd).fcpxmlString;
-    EXPECT_GT(countOf(oddCurves, "<keyframe "), 0U);
-    EXPECT_EQ(countOf(oddCurves, "inf\"") + countOf(oddCurves, "nan\""), 0U);
-
-    fcpxml::XMLDocument tree;
-    EXPECT_TRUE(FCPXMLExporter::injectVolumeKeyframes(tree, {first}, settings)) << "nothing to do";
-    tree.makeRoot("audio").setAttribute("role", "dialogue.Anna");
-    const std::string before = tree.text();
-    EXPECT_FALSE(FCPXMLExporter::injectVolumeKeyframes(tree, {first, second}, settings, 4));
-    EXPECT_EQ(tree.text(), before);
-    EXPECT_TRUE(FCPXMLExporter::injectVolumeKeyframes(tree, {first, second}, settings, 5));
-    EXPECT_EQ(countOf(tree.text(), "<keyframe "), 5U);
+    check("two blocks", blocks({{10, 1}, {40, 2}}, 0.5),
+          "Boom 71999/2s:-6.02dB 288075/8s:-6.02dB 288077/8s:-96dB 72059/2s:-96dB; "
+          "Anna 71999/2s:-96dB 288075/8s:-96dB 288077/8s:-6.02dB 72059/2s:-6.02dB; ");
+    check("moments to a thousandth, levels as the control has them", blocks({{1.2349, 1}, {4, 2}}, 10),
+          "Boom 71999/2s:12dB 36000609/1000s:12dB 36000859/1000s:-96dB 72007/2s:-96dB; "
+          "Anna 71999/2s:-96dB 36000609/1000s:-96dB 36000859/1000s:12dB 72007/2s:12dB; ");
+    check("nothing known", {}, "");
+    check("the best track alone", {}, "Boom 71999/2s:-96dB 719991/20s:0dB; Anna 71999/2s:-96dB; ",
+          [](SyncGroup&, SmartAudioResult& result) {
+              result.windowedBestTracks = {{0, 2, 1}};
+          });
+    check("blocks without a length, out of order, overlapping, of no number",
+          {block(10, 20, 2), block(5, 5, 2), block(none, 7, 2), block(0, 12, 1, none)},
+          "Boom 71999/2s:0dB 288075/8s:0dB 288077/8s:-96dB 72039/2s:-96dB; "
+          "Anna 71999/2s:-96dB 288075/8s:-96dB 288077/8s:0dB 72039/2s:0dB; ");
+    const auto byHand = [](std::set<int> tracks) {
+        return [=](SyncGroup& group, SmartAudioResult&) { group.manualActiveTracks = tracks; };
+    };
+    check("a microphone that was switched off leaves no hole", blocks({{10, 1}, {20, 2}}),
+          "Boom 71999/2s:0dB 72019/2s:0dB; Anna 71999/2s:-96dB 72019/2s:-96dB; ", byHand({1}));
+    check("one that was switched on is heard", blocks({{10, 1}, {20, 1}}), "Boom 71999/2s:0dB 72039/2s:0dB; ",
+          byHand({1, 2}));
+    check("none of those that were chosen is on", blocks({{10, 1}}), "", byHand({2}));
 }
 
 } // namespace

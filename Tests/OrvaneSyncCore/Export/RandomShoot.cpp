@@ -78,7 +78,7 @@ class Maker {
              {&s.generateMulticam, &s.generateSyncClips, &s.wrapMOSInSyncClip,
               &s.generateNativeMOSForOffspeed, &s.separateEventForNativeMOS, &s.wrapNativeMOSInSyncClip,
               &s.generateProjectRateForOffspeed, &s.separateEventForProjectRate, &s.offspeedAutoKeyword,
-              &s.generateRawMediaEvent, &s.splitEventsByScene, &s.experimentalVolumeKeyframes})
+              &s.generateRawMediaEvent, &s.splitEventsByScene, &s.volumeKeyframes})
             *flag = chance(65);
         choose(s.videoResolution,
                {VideoResolutionMode::useVideoFrameSize, VideoResolutionMode::useAlternateFrameSize});

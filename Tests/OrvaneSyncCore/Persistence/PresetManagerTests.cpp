@@ -30,10 +30,10 @@ class Persistence : public testing::Test {
     MemorySettingsStore store;
 };
 
-TEST_F(Persistence, thereAre73ManagedKeys) {
+TEST_F(Persistence, thereAre74ManagedKeys) {
     const auto& keys = PresetManager::managedKeys();
-    EXPECT_EQ(std::set<std::string>(keys.begin(), keys.end()).size(), 73U);
-    EXPECT_EQ(keys.size(), 73U);
+    EXPECT_EQ(std::set<std::string>(keys.begin(), keys.end()).size(), 74U);
+    EXPECT_EQ(keys.size(), 74U);
     EXPECT_EQ(keys.front(), "eventName");
     EXPECT_EQ(keys.back(), "atmo.includeInExport");
     EXPECT_EQ(SettingsCatalogue::find("developerMode"), nullptr);

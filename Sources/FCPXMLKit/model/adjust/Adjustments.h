@@ -3,6 +3,8 @@
 #include "FCPXMLKit/model/Values.h"
 
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace orvane::fcpxml {
 
@@ -22,20 +24,59 @@ inline std::string_view attributeText(AdjustConform::Type type) {
     return type == AdjustConform::Type::fill ? "fill" : type == AdjustConform::Type::none ? "none" : "fit";
 }
 
+/// A point of an animated level. The line to the next point is straight, in decibels.
+struct Keyframe {
+    static constexpr std::string_view elementName = "keyframe";
+    Time time; ///< on the time axis of the element that is adjusted, which begins at its `start`
+    Decibels value;
+
+    template <class Writer>
+    void slots(Writer& writer) const {
+        writer.always("time", time);
+        writer.always("value", value);
+        writer.always("interp", std::string_view("linear"));
+    }
+};
+
+struct KeyframeAnimation {
+    static constexpr std::string_view elementName = "keyframeAnimation";
+    std::vector<Keyframe> keyframes; ///< their times ascend strictly
+
+    template <class Writer>
+    void slots(Writer& writer) const {
+        writer.children(keyframes);
+    }
+};
+
+/// A parameter of an adjustment that changes over time.
+struct Param {
+    static constexpr std::string_view elementName = "param";
+    std::string name;
+    std::optional<KeyframeAnimation> animation;
+
+    template <class Writer>
+    void slots(Writer& writer) const {
+        writer.always("name", name);
+        writer.child(animation);
+    }
+};
+
 struct AdjustVolume {
     static constexpr std::string_view elementName = "adjust-volume";
     Decibels amount;
+    std::vector<Param> params{};
 
     template <class Writer>
     void slots(Writer& writer) const {
         writer.always("amount", amount);
+        writer.children(params);
     }
 };
 
 struct AdjustLoudness {
     static constexpr std::string_view elementName = "adjust-loudness";
-    double amount = 0;
-    double uniformity = 0;
+    double amount = 0;     ///< percent
+    double uniformity = 0; ///< percent
 
     template <class Writer>
     void slots(Writer& writer) const {
@@ -46,7 +87,7 @@ struct AdjustLoudness {
 
 struct AdjustVoiceIsolation {
     static constexpr std::string_view elementName = "adjust-voiceIsolation";
-    double amount = 0;
+    double amount = 0; ///< percent
 
     template <class Writer>
     void slots(Writer& writer) const {

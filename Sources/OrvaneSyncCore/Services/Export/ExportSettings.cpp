@@ -150,7 +150,8 @@ ExportSettings ExportSettings::fromUserDefaults(const platform::SettingsStore& d
     settings.overrideAnamorphic = reader.boolean("overrideAnamorphic");
     settings.trimMode = reader.rawValued<TrimMode>("trimMode");
     settings.multicamCodec = reader.rawValued<MulticamCodec>("multicam.codec");
-    settings.experimentalVolumeKeyframes = reader.boolean("export.experimentalVolumeKeyframes");
+    settings.volumeKeyframes =
+        defaults.boolean("export.volumeKeyframes", reader.boolean("export.experimentalVolumeKeyframes"));
     return settings;
 }
 

@@ -115,7 +115,7 @@ struct ExportSettings {
     GroupNaming::Source clipNamingSource = GroupNaming::Source::sceneTake;
     std::optional<std::string> customNamingPattern;
     std::string namingSeparator = "-";
-    bool experimentalVolumeKeyframes = false;
+    bool volumeKeyframes = false; ///< Smart Audio's choice over time, as volumes of the channels
 
     /// What the settings store does not hold.
     struct Request {

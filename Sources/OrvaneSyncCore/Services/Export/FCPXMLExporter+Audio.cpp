@@ -1,4 +1,6 @@
+#include "OrvaneSyncCore/Services/Export/ChannelRoles.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+#include "OrvaneSyncCore/Services/Export/VolumeCurves.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -18,67 +20,39 @@ constexpr int mostChannels = 65535;
 struct Placement {
     const MediaAsset& audio;
     const std::string& assetID;
+    const TakeFile& file;
     Time start;
     Time duration;
-    int channels;
 
-    Placement(const MediaAsset& file, const std::string& id, double fps, const ExportSettings& settings)
-        : audio(file), assetID(id), start(audioStartTime(file).value_or(Time::zero())),
-          duration(durationTime(file.durationSeconds, fps).value_or(fallbackDuration(fps))),
-          channels(channelCountOf(file, settings)) {}
-
-    Audio channel(int track, std::optional<int> lane, const std::string& role) const {
-        Audio element;
-        element.ref = {assetID};
-        element.lane = lane;
-        element.offset = start;
-        element.start = start;
-        element.duration = duration;
-        element.role = AudioRole{{role}};
-        element.srcCh = {track};
-        return element;
-    }
+    Placement(const SyncGroup& group, const TakeFile& takeFile, const std::string& id, double fps)
+        : audio(group.audioMatches[takeFile.matchIndex].audio), assetID(id), file(takeFile),
+          start(audioStartTime(audio).value_or(Time::zero())),
+          duration(durationTime(audio.durationSeconds, fps).value_or(fallbackDuration(fps))) {}
 };
 
-/// Names the channels of all files of a clip, one after the other.
-class RoleEntries {
-  public:
-    explicit RoleEntries(const ExportSettings& settings) : settings_(settings) {}
-
-    const std::string& add(int track, const MediaAsset& audio) {
-        roles_.push_back(audioRoleName(track, audio, settings_));
-        return roles_.back();
-    }
-    /// The place in the list, from 1, is the running number of the channel.
-    const std::vector<std::string>& roles() const { return roles_; }
-
-  private:
-    const ExportSettings& settings_;
-    std::vector<std::string> roles_;
-};
-
-double twoDecimals(double value) { return std::round(value * 100) / 100; }
+/// The controls of the effects go from 0 to 100 and have no fractions. `amount` is 0 to 1; none is 0.
+double wholePercent(std::optional<float> amount) {
+    const double percent = std::round(static_cast<double>(amount.value_or(0.0F)) * 100);
+    return std::isnan(percent) ? 0 : std::clamp(percent, 0.0, 100.0);
+}
 
 AdjustAudioEnhanced enhancement(const TrackAdjustment& track) {
     AdjustAudioEnhanced adjust;
     if (track.voiceIsolationAmount)
-        adjust.voiceIsolation = AdjustVoiceIsolation{twoDecimals(*track.voiceIsolationAmount)};
+        adjust.voiceIsolation = AdjustVoiceIsolation{wholePercent(track.voiceIsolationAmount)};
     if (track.loudnessAmount)
-        adjust.loudness = AdjustLoudness{twoDecimals(*track.loudnessAmount),
-                                         twoDecimals(track.loudnessUniformity.value_or(0.0F))};
+        adjust.loudness =
+            AdjustLoudness{wholePercent(track.loudnessAmount), wholePercent(track.loudnessUniformity)};
     return adjust;
 }
 
-using EnhancementByRole = std::unordered_map<std::string, AdjustAudioEnhanced>;
-
-EnhancementByRole enhancements(const SmartAudioResult* result, const MediaAsset& firstFile,
-                               const ExportSettings& settings) {
-    EnhancementByRole byRole;
-    if (result == nullptr) return byRole;
+/// By running number.
+std::unordered_map<int, AdjustAudioEnhanced> enhancements(const SmartAudioResult* result) {
+    std::unordered_map<int, AdjustAudioEnhanced> byNumber;
+    if (result == nullptr) return byNumber;
     for (const TrackAdjustment& track : result->tracks)
-        if (track.hasAdjustment())
-            byRole[audioRoleName(track.trackIndex, firstFile, settings)] = enhancement(track);
-    return byRole;
+        if (track.hasAdjustment()) byNumber[track.trackIndex] = enhancement(track);
+    return byNumber;
 }
 
 bool isActive(int number, const SyncGroup& group, const SmartAudioResult* result) {
@@ -86,35 +60,44 @@ bool isActive(int number, const SyncGroup& group, const SmartAudioResult* result
     return result == nullptr || !result->bestTrackIndex || *result->bestTrackIndex == number;
 }
 
-/// The file that the clip was matched to first: a clip of its own, which carries the offsets. The channel's
-/// own times stay, so that an offset slides the sound against the picture and its first sample is still its
-/// first.
-Clip firstFile(const Placement& file, const Time& offset, const std::string& formatID, TcFormat tcFormat,
-               RoleEntries& roles) {
-    Audio first = file.channel(1, std::nullopt, roles.add(1, file.audio));
-    first.anchored.reserve(static_cast<std::size_t>(file.channels - 1));
-    for (int track = 2; track <= file.channels; ++track)
-        first.anchored.emplace_back(file.channel(track, 1 - track, roles.add(track, file.audio)));
-
-    Clip clip;
-    clip.lane = -1;
-    clip.offset = offset;
-    clip.name = file.audio.filename;
-    clip.start = file.start;
-    clip.duration = file.duration;
-    clip.format = IDREF{formatID};
-    clip.tcFormat = tcFormat;
-    clip.items.emplace_back(std::move(first));
-    return clip;
+/// The first channel of a file, which carries the others on the lanes below it. `lane` is that of the first
+/// channel.
+Audio channelsOf(const Placement& placed, std::optional<int> lane, const ChannelRoles& roles,
+                 const VolumeCurves& curves) {
+    const TakeFile& file = placed.file;
+    const auto channel = [&](int track, std::optional<int> itsLane) {
+        const int number = file.firstChannel + track - 1;
+        Audio element;
+        element.ref = {placed.assetID};
+        element.lane = itsLane;
+        element.offset = placed.start;
+        element.start = placed.start;
+        element.duration = placed.duration;
+        element.role = AudioRole{{roles.of(number)}};
+        element.srcCh = {track};
+        // What Smart Audio decided is decided over the take: it has not heard other recordings of the clip.
+        if (isHeard(file.role))
+            element.adjust.volume = curves.of(number, {file.startSeconds, placed.start, placed.duration});
+        return element;
+    };
+    Audio first = channel(1, lane);
+    first.anchored.reserve(static_cast<std::size_t>(file.channelCount - 1));
+    for (int track = 2; track <= file.channelCount; ++track)
+        first.anchored.emplace_back(channel(track, lane.value_or(0) - track + 1));
+    return first;
 }
 
-/// A further file: its first channel hangs under the picture and carries the others. `lane` is that of the
-/// first channel, and afterwards that of the next file.
-Audio furtherFile(const Placement& file, int& lane, RoleEntries& roles) {
-    Audio first = file.channel(1, lane--, roles.add(1, file.audio));
-    for (int track = 2; track <= file.channels; ++track)
-        first.anchored.emplace_back(file.channel(track, lane--, roles.add(track, file.audio)));
-    return first;
+/// The take's first file is a clip of its own.
+Clip firstFile(const Placement& placed, Audio channels, const std::string& formatID, TcFormat tcFormat) {
+    Clip clip;
+    clip.lane = -1;
+    clip.name = placed.audio.filename;
+    clip.start = placed.start;
+    clip.duration = placed.duration;
+    clip.format = IDREF{formatID};
+    clip.tcFormat = tcFormat;
+    clip.items.emplace_back(std::move(channels));
+    return clip;
 }
 
 } // namespace
@@ -122,32 +105,43 @@ Audio furtherFile(const Placement& file, int& lane, RoleEntries& roles) {
 AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string>& audioAssetIDs,
                            const std::string& audioFormatID, double fps, const ExportSettings& settings) {
     AudioChain chain;
-    const std::size_t files = std::min(group.audioMatches.size(), audioAssetIDs.size());
-    if (files == 0) return chain;
+    if (audioAssetIDs.size() < group.audioMatches.size()) return chain;
     const auto found = settings.smartAudioResults.find(group.id);
     const SmartAudioResult* result = found == settings.smartAudioResults.end() ? nullptr : &found->second;
 
-    RoleEntries roles(settings);
-    const Placement first(group.audioMatches[0].audio, audioAssetIDs[0], fps, settings);
-    const Time offset = first.start + manualOffsetTime(group.manualAudioOffsetSeconds, fps) +
-                        manualOffsetTime(effectiveGlobalAudioOffset(group, settings, fps), fps);
-    chain.anchored.reserve(files);
-    chain.anchored.emplace_back(
-        firstFile(first, offset, audioFormatID, isDropFrame(fps) ? TcFormat::df : TcFormat::ndf, roles));
-    int lane = -first.channels;
-    for (std::size_t i = 1; i < files; ++i) {
-        const Placement file(group.audioMatches[i].audio, audioAssetIDs[i], fps, settings);
-        chain.anchored.emplace_back(furtherFile(file, lane, roles));
+    const Take take = takeOf(group, settings.defaultAudioTracks);
+    const ChannelRoles roles(group, take, settings);
+    const VolumeCurves curves =
+        settings.volumeKeyframes && result != nullptr ? VolumeCurves(group, *result) : VolumeCurves();
+    // Every file keeps its own times and moves by its offset on the picture's axis: the sound slides against
+    // the picture, and its first sample is still its first.
+    const Time shift = manualOffsetTime(group.manualAudioOffsetSeconds, fps) +
+                       manualOffsetTime(effectiveGlobalAudioOffset(group, settings, fps), fps);
+    chain.anchored.reserve(take.files.size());
+    int lane = 0;
+    for (const TakeFile& file : take.files) {
+        if (file.role == TakeRole::mirror) continue;
+        const Placement placed(group, file, audioAssetIDs[file.matchIndex], fps);
+        const bool isFirst = chain.anchored.empty();
+        Audio channels = channelsOf(placed, isFirst ? std::nullopt : std::optional(lane), roles, curves);
+        if (isFirst) {
+            chain.anchored.emplace_back(firstFile(placed, std::move(channels), audioFormatID,
+                                                  isDropFrame(fps) ? TcFormat::df : TcFormat::ndf));
+        } else {
+            chain.anchored.emplace_back(std::move(channels));
+        }
+        std::visit([&](auto& item) { item.offset = placed.start + shift; }, chain.anchored.back());
+        lane -= file.channelCount;
     }
 
-    const EnhancementByRole byRole = enhancements(result, first.audio, settings);
-    chain.roleSources.reserve(roles.roles().size());
-    for (const std::string& role : roles.roles()) {
+    const auto byNumber = enhancements(result);
+    chain.roleSources.reserve(static_cast<std::size_t>(roles.count()));
+    for (int number = 1; number <= roles.count(); ++number) {
         AudioRoleSource source;
-        source.role = {{role}};
-        source.active = isActive(static_cast<int>(chain.roleSources.size()) + 1, group, result);
-        const auto adjust = byRole.find(role);
-        if (adjust != byRole.end()) source.adjust = adjust->second;
+        source.role = {{roles.of(number)}};
+        source.active = isActive(number, group, result);
+        const auto adjust = byNumber.find(number);
+        if (adjust != byNumber.end()) source.adjust = adjust->second;
         chain.roleSources.push_back(std::move(source));
     }
     return chain;
@@ -155,21 +149,6 @@ AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string
 
 int channelCountOf(const MediaAsset& audio, const ExportSettings& settings) {
     return std::clamp(audio.channelCount.value_or(settings.defaultAudioTracks), 1, mostChannels);
-}
-
-std::string audioRoleName(int track, const MediaAsset& audio, const ExportSettings& settings) {
-    std::string role = settings.audioBaseRole;
-    role += '.';
-    if (audio.ixmlData && settings.useIXMLTrackNames)
-        for (const IXMLTrack& named : audio.ixmlData->tracks)
-            if (named.channelIndex == track && !named.name.empty()) return role += named.name;
-    const auto subrole = settings.subroleMap.find(track);
-    return role += subrole == settings.subroleMap.end() ? defaultSubrole(track) : subrole->second;
-}
-
-std::string defaultSubrole(int track) {
-    if (track == 1) return "Mix";
-    return track == 2 ? "Boom" : "Lav " + std::to_string(std::int64_t{track} - 2);
 }
 
 double effectiveGlobalAudioOffset(const SyncGroup& group, const ExportSettings& settings, double fps) {

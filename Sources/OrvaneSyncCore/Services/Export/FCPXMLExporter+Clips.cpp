@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 #include "OrvaneSyncCore/Services/Naming/OffspeedNaming.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 
 #include <algorithm>
 #include <cmath>
@@ -58,20 +59,17 @@ AssetClip pictureClip(const SyncGroup& group, const Picture& picture, const std:
     return clip;
 }
 
-/// Compares the lengths of the files, not their overlap.
-Time trimmedDuration(const SyncGroup& group, const Picture& picture, TrimMode mode) {
+/// Compares the lengths of picture and take, not their overlap.
+Time trimmedDuration(const SyncGroup& group, const Picture& picture, const ExportSettings& settings) {
+    if (settings.trimMode == TrimMode::videoDuration) return picture.duration;
     double seconds = group.video.durationSeconds.value_or(0);
-    switch (mode) {
-    case TrimMode::videoDuration:
-        return picture.duration;
-    case TrimMode::commonDuration:
-        if (const MediaAsset* audio = group.primaryAudio(); audio != nullptr && audio->durationSeconds)
-            seconds = std::min(seconds, *audio->durationSeconds);
-        break;
-    case TrimMode::noTrim:
+    const double take = takeOf(group, settings.defaultAudioTracks).durationSeconds;
+    if (settings.trimMode == TrimMode::commonDuration) {
+        if (take > 0) seconds = std::min(seconds, take);
+    } else {
+        seconds = std::max(seconds, take);
         for (const AudioMatch& match : group.audioMatches)
             seconds = std::max(seconds, match.audio->durationSeconds.value_or(0));
-        break;
     }
     return durationTime(seconds, picture.fps).value_or(picture.duration);
 }
@@ -108,7 +106,7 @@ SyncClip container(const SyncGroup& group, const Picture& picture, AssetClip ite
     clip.offset = picture.start;
     clip.name = fcpName;
     clip.start = picture.start;
-    clip.duration = trimmedDuration(group, picture, settings.trimMode);
+    clip.duration = trimmedDuration(group, picture, settings);
     clip.format = IDREF{altFormat};
     clip.tcFormat = picture.tcFormat;
     clip.adjust = syncClipMasterGainAdjust(group);

@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace orvane::FCPXMLExporter {
@@ -22,6 +24,14 @@ AssetClip wholeFile(const MediaAsset& file, std::string assetID, Time start, Tim
 
 } // namespace
 
+std::vector<std::size_t> writtenMatches(const SyncGroup& group, const ExportSettings& settings) {
+    std::vector<std::size_t> matches;
+    for (const TakeFile& file : takeOf(group, settings.defaultAudioTracks).files)
+        if (file.role != TakeRole::mirror) matches.push_back(file.matchIndex);
+    std::ranges::sort(matches);
+    return matches;
+}
+
 std::unordered_map<UUID, std::string> rawMediaReusableAudioAssetIDs(
     const SyncGroupList& groups,
     const std::unordered_map<UUID, std::vector<std::string>>& audioAssetIDsByGroup) {
@@ -31,7 +41,8 @@ std::unordered_map<UUID, std::string> rawMediaReusableAudioAssetIDs(
         if (ids == audioAssetIDsByGroup.end()) continue;
         const std::size_t files = std::min(group.audioMatches.size(), ids->second.size());
         for (std::size_t i = 0; i < files; ++i)
-            reusable.try_emplace(group.audioMatches[i].audio->id, ids->second[i]);
+            if (!ids->second[i].empty())
+                reusable.try_emplace(group.audioMatches[i].audio->id, ids->second[i]);
     }
     return reusable;
 }
@@ -86,7 +97,8 @@ void addRawMedia(ExportWalk& walk) {
             walk.rawItems.emplace_back(rawAudioAssetClip(audio, reusable, walk.resources, walk.settings));
     };
     for (const SyncGroup& group : walk.groups)
-        for (const AudioMatch& match : group.audioMatches) addOnce(match.audio);
+        for (const std::size_t match : writtenMatches(group, walk.settings))
+            addOnce(group.audioMatches[match].audio);
     for (const WildTrack& track : walk.wildTracks) addOnce(track.audio);
     walk.result.sourceMediaCount = static_cast<int>(walk.rawItems.size());
 }

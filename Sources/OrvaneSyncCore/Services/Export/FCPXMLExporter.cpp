@@ -74,9 +74,11 @@ ClipResources addClipResources(ExportWalk& walk, const SyncGroup& group) {
     picture.duration = durationTime(group.video.durationSeconds, fps);
     walk.resources.add(std::move(picture));
 
-    for (const AudioMatch& match : group.audioMatches) {
-        ids.audioAssetIDs.push_back(walk.resources.nextID());
-        walk.resources.add(recordingAsset(match.audio, ids.audioAssetIDs.back(), settings));
+    ids.audioAssetIDs.resize(group.audioMatches.size());
+    for (const std::size_t match : writtenMatches(group, settings)) {
+        ids.audioAssetIDs[match] = walk.resources.nextID();
+        walk.resources.add(
+            recordingAsset(group.audioMatches[match].audio, ids.audioAssetIDs[match], settings));
     }
     walk.videoAssetIDByGroup[group.id] = ids.videoAssetID;
     walk.formatIDByGroup[group.id] = ids.nativeFormatID;
@@ -115,11 +117,6 @@ std::string documentText(ExportWalk& walk) {
     document.resources.items = walk.resources.take();
     XMLDocument tree = std::move(document).toXMLDocument();
     FCPXMLDTDFixer::fix(tree);
-    if (walk.settings.experimentalVolumeKeyframes &&
-        !injectVolumeKeyframes(
-            tree, walk.groups.filtered([](const SyncGroup& group) { return group.matchStatus.isSettled(); }),
-            walk.settings))
-        walk.result.warnings.emplace_back("Volume keyframes left out: too many clips share their roles");
     return tree.text();
 }
 

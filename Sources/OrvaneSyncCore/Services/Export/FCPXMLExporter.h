@@ -108,7 +108,7 @@ int audioRate(const MediaAsset& audio);
 /// The resources that a clip refers to.
 struct ClipResources {
     std::string videoAssetID;
-    std::vector<std::string> audioAssetIDs; ///< one per audio match, in order
+    std::vector<std::string> audioAssetIDs; ///< one per audio match, in order; empty for a copy of another
     std::string altFormatID;                ///< the container's
     std::string nativeFormatID;             ///< the clip's own
     std::string audioFormatID;
@@ -128,14 +128,14 @@ fcpxml::AdjustAudioVideo syncClipMasterGainAdjust(const SyncGroup& group);
 /// The sound side of a clip.
 struct AudioChain {
     std::vector<fcpxml::AnchorItem> anchored;         ///< under the picture
-    std::vector<fcpxml::AudioRoleSource> roleSources; ///< one per channel of every file
+    std::vector<fcpxml::AudioRoleSource> roleSources; ///< one per running number of the clip's channels
 };
 /// `fps` is the rate of the clip's positions.
 AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string>& audioAssetIDs,
                            const std::string& audioFormatID, double fps, const ExportSettings& settings);
 /// From 1 up to what a file can hold.
 int channelCountOf(const MediaAsset& audio, const ExportSettings& settings);
-/// Such as "dialogue.Boom". `track` counts from 1.
+/// Such as "dialogue.Boom": what a file by itself says of its channel. `track` counts from 1.
 std::string audioRoleName(int track, const MediaAsset& audio, const ExportSettings& settings);
 /// "Mix", "Boom", "Lav 1", "Lav 2" and so on.
 std::string defaultSubrole(int track);

@@ -80,6 +80,9 @@ std::optional<fcpxml::SyncClip> buildProjectRateSyncClip(const SyncGroup& group,
                                                          const std::string& fcpName,
                                                          const ExportSettings& settings);
 
+/// The places among the audio matches of those that the document holds: copies of another one are left out.
+std::vector<std::size_t> writtenMatches(const SyncGroup& group, const ExportSettings& settings);
+
 /// The asset that stands for each recording, by the id of its file: the first of its clips' that has one.
 std::unordered_map<UUID, std::string>
 rawMediaReusableAudioAssetIDs(const SyncGroupList& groups,
@@ -106,29 +109,6 @@ void addRawMedia(ExportWalk& walk);
 void addNativeMOSClips(ExportWalk& walk);
 void addProjectRateClips(ExportWalk& walk);
 std::vector<fcpxml::Event> assembleEvents(ExportWalk& walk);
-
-/// A point of a volume curve.
-struct VolumeKeyframe {
-    double time = 0;  ///< seconds from the start of the audio file
-    double value = 0; ///< linear; 0 is silence
-    std::string_view interp;
-
-    bool operator==(const VolumeKeyframe&) const = default;
-};
-/// The curve of one track (from 1): open on its own blocks, closed on the others. `rampSeconds` is the length
-/// of the change between two blocks, half of it on either side of their boundary.
-std::vector<VolumeKeyframe> keyframesFromBlocks(const std::vector<BlockDecision>& blocks, int trackIndex,
-                                                double rampSeconds);
-/// The same where only the best track of each stretch is known.
-std::vector<VolumeKeyframe> keyframesFromLegacySegments(const std::vector<WindowedBestSegment>& segments,
-                                                        int trackIndex, double rampSeconds);
-/// Gives every channel of the finished tree the curve of its role in each clip. The role is all that links a
-/// channel to a clip: where clips share a role, each of their channels gets the curves of all of them. That
-/// grows with the square of the clips; beyond `mostKeyframes` the tree stays as it is, and the result is
-/// false.
-inline constexpr std::size_t mostKeyframes = 2'000'000;
-bool injectVolumeKeyframes(fcpxml::XMLDocument& document, const SyncGroupList& groups,
-                           const ExportSettings& settings, std::size_t limit = mostKeyframes);
 
 /// Final Cut Pro wants the type of what the user may edit; the document model has no other path for it.
 /// Quotes inside values are escaped, so the pattern is always an attribute. Works in place, from the end: a

@@ -10,14 +10,6 @@ namespace orvane::SplitRecordingDetector {
 
 namespace {
 
-/// Only two known values can tell files apart: a blank one is no value.
-bool areKnownToDiffer(const std::optional<std::string>& a, const std::optional<std::string>& b) {
-    if (!a || !b) return false;
-    const std::string x = platform::text::lowercased(platform::text::trimmed(*a));
-    const std::string y = platform::text::lowercased(platform::text::trimmed(*b));
-    return !x.empty() && !y.empty() && x != y;
-}
-
 bool continues(const Candidate& previous, const Candidate& current) {
     return follows(previous.range, current.range) &&
            !areKnownToDiffer(previous.bextOriginator, current.bextOriginator) &&
@@ -28,6 +20,14 @@ bool continues(const Candidate& previous, const Candidate& current) {
 
 bool follows(const SyncEngine::TCRange& previous, const SyncEngine::TCRange& current) {
     return !(std::abs(current.startSeconds - previous.endSeconds) > contiguityToleranceSeconds);
+}
+
+// A blank value is none.
+bool areKnownToDiffer(const std::optional<std::string>& a, const std::optional<std::string>& b) {
+    if (!a || !b) return false;
+    const std::string x = platform::text::lowercased(platform::text::trimmed(*a));
+    const std::string y = platform::text::lowercased(platform::text::trimmed(*b));
+    return !x.empty() && !y.empty() && x != y;
 }
 
 bool isContinuousChain(std::vector<Candidate> candidates) {

@@ -24,6 +24,10 @@ constexpr double contiguityToleranceSeconds = 0.5;
 /// Whether a file begins where the one before it ends.
 bool follows(const SyncEngine::TCRange& previous, const SyncEngine::TCRange& current);
 
+/// Whether two statements of a recorder or of a sound roll tell files apart: only two known values can, case
+/// and blanks around them aside.
+bool areKnownToDiffer(const std::optional<std::string>& a, const std::optional<std::string>& b);
+
 /// Whether each file begins where the one before ends, with nothing known that tells their recorders or their
 /// sound rolls apart. In any order; fewer than two are no chain.
 bool isContinuousChain(std::vector<Candidate> candidates);

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
 #include "OrvaneSyncCore/Services/Matching/RangeIndex.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
+#include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
 #include "Platform/Text.h"
 
@@ -167,6 +168,19 @@ bool isOneRecording(const Parts& parts) {
     return SplitRecordingDetector::isContinuousChain(std::move(candidates));
 }
 
+/// Whether a recording beside the take of the best hit has so little in common with the clip that it may not
+/// belong there. The files of the take itself, and copies, are not in question: the last part of a recording
+/// may be as short as it likes.
+bool isInDoubt(const std::vector<Hit>& hits, const Parts& files) {
+    const double least = hits.front().overlapSeconds * ambiguityShare;
+    if (hits.back().overlapSeconds >= least) return false;
+    std::vector<TakeMembership::Candidate> candidates;
+    candidates.reserve(files.size());
+    for (const Recording* file : files) candidates.push_back({&*file->asset, file->range});
+    return std::ranges::any_of(TakeMembership::of(candidates).alternates,
+                               [&](std::size_t alternate) { return hits[alternate].overlapSeconds < least; });
+}
+
 /// The hits best first.
 MatchStatus status(const MediaAsset& video, const std::vector<Hit>& hits,
                    const std::vector<Recording>& recordings) {
@@ -179,8 +193,7 @@ MatchStatus status(const MediaAsset& video, const std::vector<Hit>& hits,
     parts.reserve(hits.size());
     for (const Hit& hit : hits) parts.push_back(&recordings[hit.item]);
     if (isOneRecording(parts)) return MatchStatus::splitRecording(count);
-    const double least = hits.front().overlapSeconds * ambiguityShare;
-    return hits.back().overlapSeconds >= least ? MatchStatus::matched() : MatchStatus::ambiguous(count);
+    return isInDoubt(hits, parts) ? MatchStatus::ambiguous(count) : MatchStatus::matched();
 }
 
 /// `overlapping` gives the hits of a range, in the order of the candidates.

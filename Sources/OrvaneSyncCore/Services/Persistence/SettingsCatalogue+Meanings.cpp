@@ -13,7 +13,7 @@ struct Meaning {
 };
 
 // In the order of the catalogue.
-constexpr std::array<Meaning, 73> table{{
+constexpr std::array<Meaning, 74> table{{
     {"eventName", "name of the event that the clips go to"},
     {"generateSyncClips", "put the single synchronized clips into the document"},
     {"generateMulticam", "join cameras that rolled together into multicam clips"},
@@ -36,7 +36,9 @@ constexpr std::array<Meaning, 73> table{{
     {"export.splitEventsByScene", "one event a scene"},
     {"export.eventNamePattern", "name of a scene's event; {scene:3} is the scene with three digits"},
     {"export.experimentalVolumeKeyframes",
-     "write what Smart Audio heard as volume keyframes, 2,000,000 at most, else none"},
+     "an older name of export.volumeKeyframes; counts where that has no value"},
+    {"export.volumeKeyframes",
+     "each channel's volume opens where Smart Audio chose its microphone and closes elsewhere"},
     {"export.generateRawMediaEvent", "add an event that holds every source file"},
     {"export.rawMediaEventName", "name of that event"},
     {"offspeed.generateNativeMOS", "also a silent clip at the sensor's rate for off-speed material"},

@@ -18,9 +18,10 @@ using Kind = SettingDescription::Kind;
 // The order is the order in which presets take the keys and lists show them. Without a reader default: maps
 // that only hold what the user changed, start points that only count under their mode, and the switch that
 // the room tone builder asks for itself. The smart audio mode is "custom" where it is shown; a scan without a
-// stored one runs no analysis.
+// stored one runs no analysis. Presets and folders of any age hold the experimental key of the volume
+// keyframes; its reader takes it where the other one is absent.
 // clang-format off
-constexpr std::array<SettingDescription, 73> table{{
+constexpr std::array<SettingDescription, 74> table{{
     {"eventName", Kind::text, "Synced"sv, "Project and naming"},
     {"generateSyncClips", Kind::boolean, true, "Project and naming"},
     {"generateMulticam", Kind::boolean, true, "Project and naming"},
@@ -43,6 +44,7 @@ constexpr std::array<SettingDescription, 73> table{{
     {"export.splitEventsByScene", Kind::boolean, false, "Export"},
     {"export.eventNamePattern", Kind::text, "{eventName} {scene:3}"sv, "Export"},
     {"export.experimentalVolumeKeyframes", Kind::boolean, false, "Export"},
+    {"export.volumeKeyframes", Kind::boolean, false, "Export"},
     {"export.generateRawMediaEvent", Kind::boolean, true, "Export"},
     {"export.rawMediaEventName", Kind::text, "Source Media"sv, "Export"},
     {"offspeed.generateNativeMOS", Kind::boolean, false, "Offspeed"},

@@ -54,6 +54,10 @@ Routing computeBlocks(std::span<const PerWindowFrame> frames, double windowSecon
                                                         candidateTracks, minBlockSeconds, diagnosticFile);
     routing.blocks = snapBoundariesToSilence(std::move(routing.blocks), frames, windowSeconds,
                                              snapToleranceSeconds, stemMetrics);
+    // Both boundaries of a short block may snap to one window. Nobody hears such a block, and its track must
+    // not be switched on for it.
+    std::erase_if(routing.blocks,
+                  [](const BlockDecision& block) { return !(block.endSeconds > block.startSeconds); });
     applyBlockGain(routing.blocks, frames, windowSeconds, settings, stemMetrics);
 
     if (!diagnosticFile.empty())

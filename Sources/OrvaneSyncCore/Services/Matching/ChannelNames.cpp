@@ -1,0 +1,79 @@
+#include "OrvaneSyncCore/Services/Matching/ChannelNames.h"
+
+#include "OrvaneSyncCore/Utilities/FilenameUtils.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::size_t mostDigits = 2; // three or more count takes and the parts of a recording
+
+/// What stands before the number of a channel, or for one.
+constexpr std::array<std::string_view, 34> channelWords{
+    "",     "ch",   "chan",  "channel", "tr",  "trk",  "track", "in",    "input", "iso",  "mic", "mix",
+    "mixl", "mixr", "mixlr", "boom",    "bm",  "lav",  "lv",    "radio", "rf",    "wl",   "l",   "r",
+    "lr",   "left", "right", "ms",      "mid", "side", "trl",   "trr",   "trlr",  "trmic"};
+
+std::vector<std::string> piecesOf(std::string_view text) {
+    constexpr std::string_view separators = "_- .";
+    std::vector<std::string> pieces;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find_first_of(separators), text.size());
+        if (end > 0) pieces.emplace_back(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return pieces;
+}
+
+bool isChannelPiece(std::string_view piece) {
+    const std::size_t lastOfWord = piece.find_last_not_of("0123456789");
+    const std::size_t word = lastOfWord == std::string_view::npos ? 0 : lastOfWord + 1;
+    return piece.size() - word <= mostDigits &&
+           std::ranges::find(channelWords, piece.substr(0, word)) != channelWords.end();
+}
+
+} // namespace
+
+ChannelName::ChannelName(const MediaAsset& recording) {
+    for (std::string& text : piecesOf(recording.normalizedName())) {
+        const bool namesChannel = isChannelPiece(text);
+        pieces_.push_back({std::move(text), namesChannel});
+    }
+    if (!recording.ixmlData) return;
+    // A recorder may put the name that was given to the track behind that of the take.
+    for (const IXMLTrack& track : recording.ixmlData->tracks) {
+        const auto name = piecesOf(platform::text::lowercased(track.name));
+        if (name.empty() || name.size() >= pieces_.size()) continue;
+        const auto tail = pieces_.end() - static_cast<std::ptrdiff_t>(name.size());
+        if (std::equal(tail, pieces_.end(), name.begin(),
+                       [](const Piece& piece, const std::string& text) { return piece.text == text; }))
+            std::for_each(tail, pieces_.end(), [](Piece& piece) { piece.namesChannel = true; });
+    }
+}
+
+bool ChannelName::differsOnlyInChannel(const ChannelName& other) const {
+    const auto [own, others] = std::ranges::mismatch(pieces_, other.pieces_);
+    if (own == pieces_.begin() || (own == pieces_.end() && others == other.pieces_.end())) return false;
+    auto ownEnd = pieces_.end();
+    auto otherEnd = other.pieces_.end();
+    while (ownEnd != own && otherEnd != others && *(ownEnd - 1) == *(otherEnd - 1)) {
+        --ownEnd;
+        --otherEnd;
+    }
+    return std::all_of(own, ownEnd, [](const Piece& piece) { return piece.namesChannel; }) &&
+           std::all_of(others, otherEnd, [](const Piece& piece) { return piece.namesChannel; });
+}
+
+std::size_t ChannelName::piecesInCommon(const ChannelName& other) const {
+    std::size_t common = 0;
+    for (std::size_t i = 0; i < std::min(pieces_.size(), other.pieces_.size()); ++i)
+        common += pieces_[i] == other.pieces_[i] ? 1U : 0U;
+    return common;
+}
+
+} // namespace orvane

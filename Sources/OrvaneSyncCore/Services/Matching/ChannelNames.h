@@ -1,0 +1,34 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/MediaAsset.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+/// The name of a recording in pieces, by which the files of one take are told from others: recorders that
+/// write a file a channel put the channel at the end of the name, as in T01_1.WAV, T01-CH2.WAV or
+/// T01_Boom.WAV. Pure; any thread.
+class ChannelName {
+  public:
+    explicit ChannelName(const MediaAsset& recording);
+
+    /// Whether both begin alike and the pieces in which they differ all name a channel. One of the two may
+    /// lack them: T01.WAV lies beside T01_MIX.WAV. Two equal names do not differ.
+    bool differsOnlyInChannel(const ChannelName& other) const;
+    /// In how many pieces the two agree, place by place.
+    std::size_t piecesInCommon(const ChannelName& other) const;
+
+  private:
+    struct Piece {
+        std::string text; ///< lower case
+        bool namesChannel = false;
+
+        bool operator==(const Piece& other) const { return text == other.text; }
+    };
+    std::vector<Piece> pieces_;
+};
+
+} // namespace orvane

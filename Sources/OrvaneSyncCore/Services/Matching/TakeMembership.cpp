@@ -1,0 +1,258 @@
+#include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
+
+#include "OrvaneSyncCore/Services/Matching/ChannelNames.h"
+#include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <numeric>
+#include <optional>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using Candidate = TakeMembership::Candidate;
+using Indices = std::vector<std::size_t>;
+using SplitRecordingDetector::areKnownToDiffer;
+
+constexpr double startToleranceSeconds = SplitRecordingDetector::contiguityToleranceSeconds;
+constexpr double sameStartSeconds = 0.001; // the same count of samples, whatever the arithmetic made of it
+
+std::string_view folderOf(const MediaAsset& file) {
+    const std::string_view path = file.url.path;
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+template <class Value>
+bool differ(const std::optional<Value>& a, const std::optional<Value>& b) {
+    return a && b && *a != *b;
+}
+
+std::optional<std::string> stated(const MediaAsset& file, std::optional<std::string> IXMLData::*field) {
+    return file.ixmlData ? *file.ixmlData.*field : std::nullopt;
+}
+
+bool mayBeOfOneRecorder(const MediaAsset& a, const MediaAsset& b) {
+    return !differ(a.sampleRate, b.sampleRate) && !areKnownToDiffer(a.bextOriginator, b.bextOriginator) &&
+           !areKnownToDiffer(stated(a, &IXMLData::tape), stated(b, &IXMLData::tape));
+}
+
+bool isSaid(const std::optional<std::string>& text) {
+    return text && !platform::text::trimmed(*text).empty();
+}
+
+bool isOfOneTake(const MediaAsset& a, const MediaAsset& b) {
+    // Two recorders that count alike, or a copy that was cut short: not another channel.
+    if (a.normalizedName() == b.normalizedName()) return false;
+    bool bothSayAll = true;
+    for (const auto field : {&IXMLData::scene, &IXMLData::take}) {
+        const auto own = stated(a, field), other = stated(b, field);
+        if (areKnownToDiffer(own, other)) return false;
+        bothSayAll = bothSayAll && isSaid(own) && isSaid(other);
+    }
+    return bothSayAll || ChannelName(a).differsOnlyInChannel(ChannelName(b));
+}
+
+bool isCopy(const MediaAsset& a, const MediaAsset& b) {
+    if (folderOf(a) == folderOf(b) || differ(a.channelCount, b.channelCount) || !mayBeOfOneRecorder(a, b))
+        return false;
+    if (a.fileSizeBytes && b.fileSizeBytes) return *a.fileSizeBytes == *b.fileSizeBytes;
+    const auto samples = [](const MediaAsset& file) {
+        return file.durationSeconds.value_or(0) * file.sampleRate.value_or(1);
+    };
+    return std::abs(samples(a) - samples(b)) < 0.5;
+}
+
+/// Finds the members of the take of the first candidate.
+class Finder {
+  public:
+    explicit Finder(std::span<const Candidate> candidates) : files_(candidates), byStart_(candidates.size()) {
+        std::iota(byStart_.begin(), byStart_.end(), std::size_t{0});
+        std::ranges::stable_sort(byStart_, {}, [this](std::size_t i) { return start(i); });
+    }
+
+    TakeMembership find() {
+        std::vector<bool> isUsed = copies();
+        TakeMembership result;
+        for (std::size_t i = 0; i < files_.size(); ++i)
+            if (isUsed[i]) result.mirrors.push_back(i);
+
+        isUsed_ = std::move(isUsed);
+        const Indices primary = section(0);
+        for (const std::size_t file : primary) lanes_.push_back({file});
+        for (Indices edge = primary; !edge.empty(); edge = later(edge)) {
+        }
+        for (Indices edge = primary; !edge.empty(); edge = earlier(edge)) {
+        }
+
+        for (std::size_t lane = 0; lane < lanes_.size(); ++lane) {
+            std::ranges::stable_sort(lanes_[lane], {}, [this](std::size_t i) { return start(i); });
+            for (const std::size_t file : lanes_[lane]) result.members.push_back({file, lane});
+        }
+        for (std::size_t i = 0; i < files_.size(); ++i)
+            if (!isUsed_[i]) result.alternates.push_back(i);
+        return result;
+    }
+
+  private:
+    const MediaAsset& asset(std::size_t i) const { return *files_[i].audio; }
+    double start(std::size_t i) const { return files_[i].range.startSeconds; }
+    double end(std::size_t i) const { return files_[i].range.endSeconds; }
+
+    /// The files that start within the tolerance of a moment, in the order of their starts.
+    std::span<const std::size_t> startingNear(double seconds, double tolerance) const {
+        const auto at = [this](std::size_t i) { return start(i); };
+        const auto first = std::ranges::lower_bound(byStart_, seconds - tolerance, {}, at);
+        const auto last = std::ranges::upper_bound(byStart_, seconds + tolerance, {}, at);
+        return first < last ? std::span(first, last) : std::span<const std::size_t>();
+    }
+
+    void sortByPath(Indices& files) const {
+        if (files.size() < 2) return;
+        std::vector<std::string> keys(files_.size());
+        for (const std::size_t i : files)
+            keys[i] = platform::text::localizedStandardSortKey(asset(i).url.pathText());
+        std::ranges::stable_sort(files, {}, [&](std::size_t i) -> const std::string& { return keys[i]; });
+    }
+
+    /// Of equal files the primary one stays, else that in its folder, else the first path.
+    std::vector<bool> copies() const {
+        std::vector<bool> isCopyOfOther(files_.size(), false);
+        for (auto run = byStart_.begin(); run != byStart_.end();) {
+            auto next = run + 1;
+            while (next != byStart_.end() && start(*next) - start(*run) < sameStartSeconds) ++next;
+            if (next - run > 1) markCopies(Indices(run, next), isCopyOfOther);
+            run = next;
+        }
+        return isCopyOfOther;
+    }
+    void markCopies(Indices run, std::vector<bool>& isCopyOfOther) const {
+        std::map<std::string, Indices> byName;
+        for (const std::size_t i : run) byName[platform::text::lowercased(asset(i).filename)].push_back(i);
+        for (auto& [name, same] : byName) {
+            if (same.size() < 2) continue;
+            sortByPath(same);
+            std::ranges::stable_sort(same, {}, [this](std::size_t i) {
+                return std::pair(i != 0, folderOf(asset(i)) != folderOf(asset(0)));
+            });
+            Indices kept;
+            for (const std::size_t i : same) {
+                isCopyOfOther[i] = std::ranges::any_of(
+                    kept, [&](std::size_t other) { return isCopy(asset(other), asset(i)); });
+                if (!isCopyOfOther[i]) kept.push_back(i);
+            }
+        }
+    }
+
+    /// The file and what lies beside it, in the order of their paths; all of it is used then.
+    Indices section(std::size_t seed) {
+        Indices found{seed};
+        isUsed_[seed] = true;
+        for (const std::size_t i : startingNear(start(seed), startToleranceSeconds)) {
+            if (isUsed_[i] || !mayBeOfOneRecorder(asset(seed), asset(i)) ||
+                !isOfOneTake(asset(seed), asset(i)))
+                continue;
+            isUsed_[i] = true;
+            found.push_back(i);
+        }
+        sortByPath(found);
+        return found;
+    }
+
+    bool isPart(std::size_t i, std::size_t neighbour) const {
+        return !isUsed_[i] && end(i) > start(i) && mayBeOfOneRecorder(asset(neighbour), asset(i));
+    }
+
+    Indices later(const Indices& edge) {
+        std::optional<Link> best;
+        for (const std::size_t own : withDistinct(&SyncEngine::TCRange::endSeconds, edge))
+            for (const std::size_t i : startingNear(end(own), startToleranceSeconds))
+                if (isPart(i, own)) offer(best, own, i, std::abs(start(i) - end(own)));
+        return attached(best, edge);
+    }
+    Indices earlier(const Indices& edge) {
+        std::optional<Link> best;
+        for (const std::size_t own : withDistinct(&SyncEngine::TCRange::startSeconds, edge))
+            for (const std::size_t i : byStart_) {
+                if (start(i) >= start(own)) break;
+                const double gap = std::abs(start(own) - end(i));
+                if (gap <= startToleranceSeconds && isPart(i, own)) offer(best, own, i, gap);
+            }
+        return attached(best, edge);
+    }
+    /// One of the files for each end, or start: what lies side by side is of one recorder, and mostly equally
+    /// long.
+    Indices withDistinct(double SyncEngine::TCRange::*moment, const Indices& edge) const {
+        Indices distinct;
+        for (const std::size_t i : edge)
+            if (distinct.empty() ||
+                std::abs(files_[i].range.*moment - files_[distinct.back()].range.*moment) > sameStartSeconds)
+                distinct.push_back(i);
+        return distinct;
+    }
+
+    /// How well a file continues another: first by what its name has in common, then by the gap.
+    struct Link {
+        std::size_t file;
+        std::size_t common;
+        double gap;
+    };
+    void offer(std::optional<Link>& best, std::size_t own, std::size_t i, double gap) const {
+        const std::size_t common = ChannelName(asset(own)).piecesInCommon(ChannelName(asset(i)));
+        if (!best || std::tuple(common, -gap) > std::tuple(best->common, -best->gap))
+            best = Link{i, common, gap};
+    }
+
+    /// The section of the part that was found, each file put on the lane of the channels that it continues.
+    Indices attached(const std::optional<Link>& best, const Indices& edge) {
+        if (!best) return {};
+        Indices found = section(best->file);
+        std::vector<bool> isTaken(lanes_.size(), false);
+        for (const std::size_t file : found) {
+            const ChannelName name(asset(file));
+            std::optional<std::size_t> lane;
+            std::pair<bool, std::size_t> closest;
+            for (std::size_t i = 0; i < lanes_.size(); ++i) {
+                const auto neighbour = std::ranges::find_first_of(lanes_[i], edge);
+                const std::size_t other = neighbour == lanes_[i].end() ? lanes_[i].back() : *neighbour;
+                const std::pair likeness(haveEqualTracks(asset(file), asset(other)),
+                                         name.piecesInCommon(ChannelName(asset(other))));
+                if (isTaken[i] || (lane && likeness <= closest)) continue;
+                lane = i;
+                closest = likeness;
+            }
+            if (!lane) {
+                lane = lanes_.size();
+                lanes_.emplace_back();
+                isTaken.push_back(false);
+            }
+            lanes_[*lane].push_back(file);
+            isTaken[*lane] = true;
+        }
+        return found;
+    }
+    static bool haveEqualTracks(const MediaAsset& a, const MediaAsset& b) {
+        return a.ixmlData && b.ixmlData && !a.ixmlData->tracks.empty() &&
+               a.ixmlData->tracks == b.ixmlData->tracks;
+    }
+
+    std::span<const Candidate> files_;
+    Indices byStart_;
+    std::vector<bool> isUsed_; ///< a copy, or found to belong
+    std::vector<Indices> lanes_;
+};
+
+} // namespace
+
+TakeMembership TakeMembership::of(std::span<const Candidate> candidates) {
+    if (candidates.empty()) return {};
+    return Finder(candidates).find();
+}
+
+} // namespace orvane

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+namespace orvane {
+
+/// Which of the files that meet one clip hold one recording. A recorder writes one file with all channels, or
+/// one a channel, or a next one when a file is full, and may write all of it to a second card.
+///
+/// Side by side lie files that start within half a second of each other and are of one take, by the scene and
+/// take in both files' metadata, else by names that differ only in the channel (`ChannelName`). One after the
+/// other lie files of which each begins within half a second of the end of the one before. In both cases
+/// nothing known tells their recorders, their sound rolls or their sample rates apart. A copy is a file of
+/// the same name, size and start in another folder; where a size is not known, of as many samples and
+/// channels.
+struct TakeMembership {
+    struct Candidate {
+        const MediaAsset* audio = nullptr;
+        SyncEngine::TCRange range; ///< on any axis that is common to all
+    };
+    struct Member {
+        std::size_t candidate;
+        /// Files that hold the same channels one after the other share a lane. From 0, in the order of the
+        /// paths.
+        std::size_t lane;
+    };
+
+    std::vector<Member> members;         ///< of the take of the first candidate; by lane, then by start
+    std::vector<std::size_t> alternates; ///< other recordings, in the order of the candidates
+    std::vector<std::size_t> mirrors; ///< copies of members or of alternates, in the order of the candidates
+
+    /// The first candidate is the clip's primary recording. Pure; any thread.
+    static TakeMembership of(std::span<const Candidate> candidates);
+};
+
+} // namespace orvane

@@ -1,0 +1,166 @@
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
+#include "Support/Assets.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <sstream>
+
+namespace orvane {
+namespace {
+
+/// One file as a row names it; the path is below "/media".
+struct File {
+    const char* path;
+    double start; ///< seconds after 10:00:00
+    double seconds;
+    int channels = 1;
+    const char* recorder = "";
+    const char* scene = "";
+    double rate = 48000;
+    std::uint64_t bytes = 0;
+};
+
+MediaAsset asset(const File& file) {
+    MediaAsset made(FileURL{std::string("/media/") + file.path}, AssetKind::audio);
+    made.durationSeconds = file.seconds;
+    made.channelCount = file.channels;
+    made.sampleRate = file.rate;
+    made.bextTimeReference = static_cast<std::uint64_t>(std::llround((36000 + file.start) * file.rate));
+    made.bextOriginator = file.recorder;
+    if (file.bytes > 0) made.fileSizeBytes = file.bytes;
+    return *file.scene == 0 ? made : test::slated(made, file.scene, "1");
+}
+
+/// The clip that the matcher makes of a minute from 10:00:00 and the files.
+SyncGroup clipOf(const std::vector<File>& files) {
+    std::vector<MediaAsset> audios;
+    for (const File& file : files) audios.push_back(asset(file));
+    return SyncEngine().match({test::video("V.mov")}, audios).front();
+}
+
+/// Such as "A/T01.WAV part 1-2 @0": path, role, channels, start on the take's axis.
+std::string text(const SyncGroup& clip) {
+    std::ostringstream text;
+    for (const TakeFile& file : takeOf(clip, 2).files) {
+        if (text.tellp() > 0) text << ", ";
+        text << clip.audioMatches[file.matchIndex].audio->url.path.substr(7) << ' ' << name(file.role) << ' '
+             << file.firstChannel;
+        if (file.channelCount > 1) text << '-' << file.firstChannel + file.channelCount - 1;
+        text << " @" << file.startSeconds;
+    }
+    return text.str();
+}
+
+TEST(Take, rolesAndRunningNumbers) {
+    struct Case {
+        const char* name;
+        std::vector<File> files;
+        const char* take;
+        const char* status;
+    };
+    const std::vector<Case> cases{
+        {"one file", {{"T.WAV", 1, 9, 3}}, "T.WAV part 1-3 @0", "Matched"},
+        {"a file a channel, counted as people count",
+         {{"T_1.WAV", 0, 60}, {"T_10.WAV", 0.02, 60}, {"T_2.WAV", 0, 60}},
+         "T_1.WAV channel 1 @0, T_2.WAV channel 2 @0, T_10.WAV channel 3 @0.02",
+         "Matched"},
+        {"named channels, one of them short",
+         {{"T-CH1.WAV", 0, 60}, {"T-CH2.WAV", 0, 60}, {"T_Boom.WAV", 0, 20}, {"T.WAV", 0, 60, 2}},
+         "T_Boom.WAV channel 1 @0, T-CH1.WAV channel 2 @0, T-CH2.WAV channel 3 @0, T.WAV channel 4-5 @0",
+         "Matched"},
+        {"what starts later, or at another rate, or has another name, is another recording",
+         {{"T_1.WAV", 0, 60}, {"T_2.WAV", 0.6, 50}, {"T_3.WAV", 0, 60, 1, "", "", 96000}, {"U_4.WAV", 0, 60}},
+         "T_1.WAV part 1 @0, T_3.WAV alternate 2 @0, U_4.WAV alternate 3 @0, T_2.WAV alternate 4 @0.6",
+         "Matched"},
+        {"another recorder, though the slate is the same",
+         {{"A.WAV", 0, 60, 2, "a", "12"}, {"B.WAV", 0, 60, 2, "b", "12"}, {"C.WAV", 0, 60, 1, "A ", "12"}},
+         "A.WAV channel 1-2 @0, C.WAV channel 3 @0, B.WAV alternate 4-5 @0",
+         "Matched"},
+        {"another slate, though the name is that of a channel",
+         {{"T_1.WAV", 0, 60, 1, "", "12"}, {"T_2.WAV", 0, 60, 1, "", "13"}},
+         "T_1.WAV part 1 @0, T_2.WAV alternate 2 @0",
+         "Matched"},
+        {"a recorder that counts alike on its own card",
+         {{"A/T.WAV", 0, 60, 2, "", "", 48000, 7}, {"B/T.WAV", 0, 60, 2, "", "", 48000, 9}},
+         "A/T.WAV part 1-2 @0, B/T.WAV alternate 3-4 @0",
+         "Matched"},
+        {"parts share their channels; the longest is no more than the others",
+         {{"T-001.WAV", -50, 60, 2}, {"T-002.WAV", 10, 45, 2}, {"T-003.WAV", 55.3, 60, 2}},
+         "T-001.WAV part 1-2 @0, T-002.WAV part 1-2 @60, T-003.WAV part 1-2 @105.3",
+         "Split Recording (3)"},
+        {"a short last part beside a second recorder",
+         {{"T-1.WAV", 0, 55, 2, "a"}, {"T-2.WAV", 55, 60, 2, "a"}, {"S.WAV", 0, 60, 2, "b"}},
+         "S.WAV part 1-2 @0, T-1.WAV alternate 3-4 @0, T-2.WAV alternate 5-6 @55",
+         "Ambiguous (3)"},
+        {"mono files, each in two parts, the last part short",
+         {{"T_1-001.WAV", -5, 60}, {"T_2-001.WAV", -5, 60}, {"T_2-002.WAV", 55, 9}, {"T_1-002.WAV", 55, 9}},
+         "T_1-001.WAV part 1 @0, T_1-002.WAV part 1 @60, T_2-001.WAV part 2 @0, T_2-002.WAV part 2 @60",
+         "Matched"},
+        {"a channel whose next part is missing",
+         {{"T_1-001.WAV", 0, 50}, {"T_2-001.WAV", 0, 50}, {"T_2-002.WAV", 50, 9}},
+         "T_1-001.WAV channel 1 @0, T_2-001.WAV part 2 @0, T_2-002.WAV part 2 @50",
+         "Matched"},
+        {"copies, of parts and of what is no part; sizes, else lengths, tell",
+         {{"B/T-1.WAV", 0, 50, 1, "", "", 48000, 5},
+          {"A/T-1.WAV", 0, 50, 1, "", "", 48000, 5},
+          {"A/T-2.WAV", 50, 9},
+          {"B/T-2.WAV", 50, 9},
+          {"A/S.WAV", 3, 40},
+          {"B/S.WAV", 3, 40}},
+         "B/T-1.WAV part 1 @0, B/T-2.WAV part 1 @50, B/S.WAV alternate 2 @3, A/T-1.WAV mirror 0 @0, "
+         "A/S.WAV mirror 0 @3, A/T-2.WAV mirror 0 @50",
+         "Matched"},
+        {"another take is in doubt as ever",
+         {{"T_1.WAV", 0, 50}, {"U.WAV", 55, 9}},
+         "T_1.WAV part 1 @0, U.WAV alternate 2 @55",
+         "Ambiguous (2)"},
+    };
+    for (const Case& row : cases) {
+        const SyncGroup clip = clipOf(row.files);
+        EXPECT_EQ(text(clip), row.take) << row.name;
+        EXPECT_EQ(clip.matchStatus.label(), row.status) << row.name;
+    }
+}
+
+TEST(Take, axisAndLength) {
+    const Take chain =
+        takeOf(clipOf({{"T-1.WAV", -50, 55, 2}, {"T-2.WAV", 5.2, 55, 4}, {"U.WAV", -70, 99}}), 2);
+    EXPECT_DOUBLE_EQ(chain.offsetSeconds, -50);
+    EXPECT_DOUBLE_EQ(chain.primaryStartSeconds, 55.2); // the second part has more of the clip
+    EXPECT_DOUBLE_EQ(chain.durationSeconds, 110.2);
+    EXPECT_EQ(chain.channelCount, 4);
+    EXPECT_EQ(chain.runningChannelCount(), 5);
+    EXPECT_TRUE(takeOf(clipOf({}), 2).isEmpty());
+}
+
+TEST(Take, namesOfChannels) {
+    const auto named = [](MediaAsset file, std::vector<IXMLTrack> tracks) {
+        file.ixmlData = IXMLData();
+        file.ixmlData->tracks = std::move(tracks);
+        return file;
+    };
+    const auto check = [](const char* name, std::vector<MediaAsset> audios,
+                          const std::vector<IXMLTrack>& expected) {
+        const SyncGroup clip = SyncEngine().match({test::video("V.mov")}, audios).front();
+        EXPECT_EQ(namedChannels(clip, takeOf(clip, 2)), expected) << name;
+    };
+    const MediaAsset one = asset({"T_1.WAV", 0, 60}), two = asset({"T_2.WAV", 0, 60});
+    check("a file alone keeps its own", {named(one, {{3, "Boom"}})}, {{3, "Boom"}});
+    check("each its own track, whatever its number", {named(one, {{3, "Boom"}}), named(two, {{1, "Lav"}})},
+          {{1, "Boom"}, {2, "Lav"}});
+    check("the track that names the file",
+          {named(asset({"T_Boom.WAV", 0, 60}), {{1, "Boom"}}),
+           named(asset({"T_Ann K.WAV", 0, 60}), {{1, "Ann K"}})},
+          {{1, "Ann K"}, {2, "Boom"}});
+    check("all tracks in every file",
+          {named(one, {{1, "Boom"}, {5, "Lav"}}), named(two, {{1, "Boom"}, {5, "Lav"}})},
+          {{1, "Boom"}, {2, "Lav"}});
+    check("a file of two beside one",
+          {named(asset({"T.WAV", 0, 60, 2}), {{2, "R"}, {9, "none"}}), named(two, {{1, "Lav"}})},
+          {{1, "Lav"}, {3, "R"}});
+}
+
+} // namespace
+} // namespace orvane

@@ -86,7 +86,7 @@ constexpr std::array<Meaning, 73> table{{
     {"globalAudioOffset.startFromTC", "timecode of the first such clip"},
     {"ltc.enabled", "read timecode from a sound track where a file has no other"},
     {"ltc.channelIndex",
-     "that channel, counted from 0 over all sound tracks; -1: the first that carries timecode"},
+     "its channel, counted from 0; -1: the first that carries timecode"},
     {"atmo.duration", "seconds of room tone; 0 makes it 180"},
     {"atmo.audioRole", "role of the room tone"},
     {"atmo.includeInExport", "put the room tone into the document"},

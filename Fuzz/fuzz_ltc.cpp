@@ -1,37 +1,58 @@
-#include "OrvaneSyncCore/Services/Ingest/LTCDecoder.h"
+#include "OrvaneSyncCore/Services/Ingest/LTCReading.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <string>
 #include <vector>
 
-// The bytes as samples (floats of any kind, and a signal that changes its level after so many samples as a
-// byte says) and as bits. What is read is a time of day.
+// The bytes as samples (floats of any kind), as a signal that changes its level after so many samples as a
+// byte says, and as the bits of timecode that is well formed but for what they say: words of eight bytes,
+// each with its sync word. What is read is a time of day, in the order of the samples.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvane;
+    constexpr std::size_t halfBit = 3, wordBytes = 8;
+    constexpr double sampleRate = 14400; // of half bits of that many samples at 30 frames a second
     std::vector<float> anything(size / sizeof(float));
     if (!anything.empty()) std::memcpy(anything.data(), data, anything.size() * sizeof(float));
-    std::vector<float> signal;
-    std::string bits;
+
+    std::vector<float> signal, timecode;
     float level = 1;
-    for (std::size_t i = 0; i < size; ++i) {
-        signal.insert(signal.end(), data[i] % 64U, level);
+    const auto hold = [&level](std::vector<float>& samples, std::size_t count) {
+        samples.insert(samples.end(), count, level);
         level = -level;
-        for (unsigned k = 0; k < 8; ++k) bits += (data[i] >> k) % 2U == 1 ? '1' : '0';
-    }
-    const auto check = [](const std::string& digits) {
-        const auto tc = LTCDecoder::parseSMPTEFrame(digits);
-        if (tc && (tc->size() != 11 || tc->substr(0, 2) > "23" || tc->substr(3, 2) > "59" ||
-                   tc->substr(6, 2) > "59"))
-            std::abort();
     };
-    for (const auto& samples : {anything, signal})
-        if (const auto found = LTCDecoder::collectBits(samples)) {
-            if (found->size() < 80 || found->size() > samples.size()) std::abort();
-            check(*found);
+    const auto send = [&](std::uint8_t byte) {
+        for (unsigned k = 0; k < 8; ++k) {
+            const bool isOne = (byte >> k) % 2U == 1;
+            if (isOne) hold(timecode, halfBit);
+            hold(timecode, isOne ? halfBit : 2 * halfBit);
         }
-    check(bits);
+    };
+    for (std::size_t i = 0; i < size; ++i) hold(signal, data[i] % 64U);
+    for (std::size_t i = 0; i < size; ++i) {
+        send(data[i]);
+        if (i % wordBytes != wordBytes - 1) continue;
+        send(0xFC);
+        send(0xBF);
+    }
+    hold(timecode, 1);
+
+    for (const auto& samples : {anything, signal, timecode}) {
+        LTCWordReader reader(sampleRate);
+        reader.hear(samples);
+        reader.finish();
+        double end = 0;
+        for (const LTCWord& word : reader.words()) {
+            if (word.hours > 23 || word.minutes > 59 || word.seconds > 59 || word.frames > 39) std::abort();
+            if (!(word.beginsAt >= 0 && word.beginsAt < word.endsAt && word.endsAt > end)) std::abort();
+            end = word.endsAt;
+        }
+        if (end > static_cast<double>(samples.size())) std::abort();
+        const auto reading = readLTC(reader.words(), sampleRate, std::nullopt);
+        if (!reading || !reading->start) continue;
+        const double seconds = reading->start->seconds();
+        if (!(seconds >= 0 && seconds < 86490) || reading->start->timecode().size() != 11) std::abort();
+    }
     return 0;
 }

@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(g++ cmake ninja-build pkg-config ccache git
     libexpat1-dev libicu-dev libsimdjson-dev libsndfile1-dev
     libavformat-dev libavcodec-dev libavutil-dev libswresample-dev
-    libgtest-dev libxml2-utils espeak-ng ffmpeg python3 tzdata)
+    libgtest-dev libltc-dev libxml2-utils espeak-ng ffmpeg python3 tzdata)
 for group in "$@"; do
     case "$group" in
         build) ;;

@@ -8,10 +8,11 @@
 
 namespace orvane::cli {
 
-std::unique_ptr<platform::AudioFile> openSound(const std::string& path) {
+std::unique_ptr<platform::AudioFile> openSound(const std::string& path, SoundTracks tracks) {
     if (const std::string why = whyUnreadable(path, false); !why.empty())
         throw CommandError("can't read '" + path + "': " + why);
-    auto file = platform::AudioFile::open(path);
+    using platform::AudioFile;
+    auto file = tracks == SoundTracks::all ? AudioFile::openAllTracks(path) : AudioFile::open(path);
     if (file && file->frameCount() > 0 && file->channelCount() > 0) return file;
     const bool noLibrary = !file && platform::mediaLibraryWasMissed();
     throw CommandError("can't read '" + path + "': " +

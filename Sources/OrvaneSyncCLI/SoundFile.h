@@ -12,9 +12,13 @@ namespace orvane::cli {
 
 class ProgressLine;
 
+/// Of a file with several sound tracks: the one that players take, or all side by side.
+enum class SoundTracks { main, all };
+
 /// The sound of a file that a command was given. Throws CommandError where there is nothing to read or
 /// nothing in it can be heard.
-std::unique_ptr<platform::AudioFile> openSound(const std::string& path);
+std::unique_ptr<platform::AudioFile> openSound(const std::string& path,
+                                               SoundTracks tracks = SoundTracks::main);
 
 /// Seconds that are there, and those that the header promises; 0 without a rate.
 double secondsOf(const platform::AudioFile& file);

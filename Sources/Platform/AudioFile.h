@@ -16,6 +16,10 @@ class AudioFile {
     static std::unique_ptr<AudioFile> open(const std::string& path);
     /// The same through the media libraries alone, also for what this program reads by itself: for comparing.
     static std::unique_ptr<AudioFile> openWithLibraries(const std::string& path);
+    /// The channels of all sound tracks side by side, in the order of the file: cameras write a track a
+    /// channel, of which `open` reads one. Tracks of another sample rate than the first are left out; where
+    /// one ends early there is silence.
+    static std::unique_ptr<AudioFile> openAllTracks(const std::string& path);
     virtual ~AudioFile() = default;
 
     virtual double sampleRate() const = 0; ///< Hz

@@ -230,7 +230,7 @@ TEST_F(ShootTest, probeKeepsTheOrderAndTheOtherFiles) {
 }
 
 TEST_F(ShootTest, ltcReadsAChannelOrSaysThatThereIsNone) {
-    const auto signal = test::LTCSignal{}.samples(25LL * 3723, 1.0);
+    const auto signal = test::LTCSignal{}.samples(25.0 * 3723 - 0.5, 1.0);
     std::vector<float> stereo;
     for (const float sample : signal) stereo.insert(stereo.end(), {0.0F, sample});
     test::WaveMaker().format({.channels = 2}).samples(stereo).writeTo(folder_.path("ltc.wav"));

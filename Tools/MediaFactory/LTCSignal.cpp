@@ -1,17 +1,23 @@
 #include "MediaFactory/LTCSignal.h"
 
+#include "Timecode/Timecode.h"
+
+#include <cmath>
 #include <cstddef>
 
 namespace orvane::test {
 
 namespace {
 
-constexpr std::size_t bitsPerFrame = 80;
+constexpr double bitsPerFrame = 80;
 
-std::string bitsOf(std::int64_t frame, int framesPerSecond) {
-    const auto seconds = static_cast<int>(frame / framesPerSecond);
-    return ltcBits(seconds / 3600 % 24, seconds / 60 % 60, seconds % 60,
-                   static_cast<int>(frame % framesPerSecond));
+std::string bitsOf(std::int64_t frame, TimecodeFrameRate rate) {
+    constexpr std::size_t dropFlag = 10;
+    const auto time = Timecode::fromFrameCount(frame, rate).components();
+    std::string bits = ltcBits(static_cast<int>(time.hours), static_cast<int>(time.minutes),
+                               static_cast<int>(time.seconds), static_cast<int>(time.frames));
+    if (timecodeRate::isDrop(rate)) bits[dropFlag] = '1';
+    return bits;
 }
 
 } // namespace
@@ -47,14 +53,23 @@ std::vector<float> ltcSignal(const std::string& bits, double samplesPerBit, floa
     return samples;
 }
 
-std::vector<float> LTCSignal::samples(std::int64_t firstFrame, double seconds) const {
-    const auto lead = static_cast<std::size_t>(leadInBits);
-    std::string bits = bitsOf(firstFrame - 1, framesPerSecond).substr(bitsPerFrame - lead);
-    const double frames = seconds * framesPerSecond + 1;
-    for (int i = 0; i < frames; ++i) bits += bitsOf(firstFrame + i, framesPerSecond);
-    const double samplesPerBit = static_cast<double>(sampleRate) / framesPerSecond / bitsPerFrame;
-    std::vector<float> signal = ltcSignal(bits, samplesPerBit, level);
-    signal.resize(static_cast<std::size_t>(seconds * sampleRate));
+std::vector<float> LTCSignal::samples(double startFrames, double seconds) const {
+    const double framesPerSecond = timecodeRate::frameRateForRealTimeCalculation(rate) * speed;
+    const double samplesPerBit = sampleRate / framesPerSecond / bitsPerFrame;
+    const auto firstFrame = static_cast<std::int64_t>(std::floor(startFrames));
+    double at = (static_cast<double>(firstFrame) - startFrames) * bitsPerFrame * samplesPerBit;
+    std::vector<float> signal;
+    float now = level;
+    const auto hold = [&](double length) {
+        at += length;
+        while (static_cast<double>(signal.size()) < at) signal.push_back(now);
+        now = -now;
+    };
+    const auto wanted = static_cast<std::size_t>(seconds * sampleRate);
+    for (std::int64_t frame = firstFrame; signal.size() < wanted; ++frame)
+        for (const char bit : bitsOf(frame, rate))
+            for (int half = bit == '1' ? 2 : 1, parts = half; half > 0; --half) hold(samplesPerBit / parts);
+    signal.resize(wanted);
     return signal;
 }
 

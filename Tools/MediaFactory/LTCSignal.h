@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Timecode/TimecodeFrameRate.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -16,14 +18,12 @@ std::vector<float> ltcSignal(const std::string& bits, double samplesPerBit, floa
 /// Linear timecode as a recorder hears it, one frame after the other.
 struct LTCSignal {
     std::uint32_t sampleRate = 48000;
-    int framesPerSecond = 25;
+    TimecodeFrameRate rate = TimecodeFrameRate::fps25;
     float level = 0.5F; ///< linear, full scale 1.0
-    /// Of the frame before the first one: a recording starts in the middle of one, and a decoder loses the
-    /// first bit.
-    int leadInBits = 8;
+    double speed = 1;   ///< of the tape
 
-    /// `seconds` of signal whose first whole frame is `firstFrame`, counted from midnight.
-    std::vector<float> samples(std::int64_t firstFrame, double seconds) const;
+    /// `seconds` of signal that begin so many frames after midnight, at any place within a frame.
+    std::vector<float> samples(double startFrames, double seconds) const;
 };
 
 } // namespace orvane::test

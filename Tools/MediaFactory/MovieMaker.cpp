@@ -123,7 +123,9 @@ MovieMaker& MovieMaker::audio(const AudioSpec& spec) {
                   .timescale = static_cast<std::uint32_t>(spec.sampleRate),
                   .duration = spec.samples,
                   .sampleEntry = atom(spec.codec, soundEntry(spec) + spec.entryAtoms),
-                  .timeToSample = {{spec.samples, 1}}});
+                  .timeToSample = {{spec.samples, 1}},
+                  .sampleSize = spec.sound.empty() ? 1 : 2 * static_cast<std::uint32_t>(spec.channels),
+                  .sample = spec.sound});
 }
 
 MovieMaker& MovieMaker::timecode(const TimecodeSpec& spec) {

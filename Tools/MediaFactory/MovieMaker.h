@@ -37,6 +37,7 @@ struct AudioSpec {
     std::uint32_t samples = 480000;
     int version = 0; ///< of the QuickTime sound description: 0, 1 or 2
     std::string entryAtoms = {};
+    std::string sound = {}; ///< 16-bit samples that the media data holds, as the codec "twos" has them
 };
 
 struct TimecodeSpec {

@@ -199,23 +199,59 @@ class LibavAudio : public AudioFile {
     bool hasEnded_ = false;
 };
 
-} // namespace
-
-std::unique_ptr<AudioFile> openWithLibav(const std::string& path) {
-    bool hindered = false;
-    auto file = LibavFile::open(path, hindered);
-    if (!file) return nullptr;
-    file->findStreamInfo();
+/// The sound stream of that number; what players take where it is negative.
+std::unique_ptr<AudioFile> openStream(LibavFile file, int wanted) {
     const AVCodec* codec = nullptr;
-    const int index = av_find_best_stream(file->get(), AVMEDIA_TYPE_AUDIO, -1, -1, &codec, 0);
+    const int index = av_find_best_stream(file.get(), AVMEDIA_TYPE_AUDIO, wanted, -1, &codec, 0);
     if (index < 0 || codec == nullptr) return nullptr;
-    AVStream& stream = *(*file)->streams[index];
+    // Nobody looks at the others, of which the picture is the largest by far.
+    for (unsigned i = 0; i < file->nb_streams; ++i)
+        if (i != static_cast<unsigned>(index)) file->streams[i]->discard = AVDISCARD_ALL;
+    AVStream& stream = *file->streams[index];
     Owned<AVCodecContext> decoder(avcodec_alloc_context3(codec));
     if (!decoder || avcodec_parameters_to_context(decoder.get(), stream.codecpar) < 0) return nullptr;
     decoder->pkt_timebase = stream.time_base;
     if (avcodec_open2(decoder.get(), codec, nullptr) < 0) return nullptr;
     if (decoder->ch_layout.nb_channels <= 0 || decoder->sample_rate <= 0) return nullptr;
-    return std::make_unique<LibavAudio>(std::move(*file), stream, std::move(decoder));
+    return std::make_unique<LibavAudio>(std::move(file), stream, std::move(decoder));
+}
+
+std::optional<LibavFile> openFile(const std::string& path) {
+    bool hindered = false;
+    auto file = LibavFile::open(path, hindered);
+    if (file) file->findStreamInfo();
+    return file;
+}
+
+std::vector<int> soundStreams(const LibavFile& file) {
+    std::vector<int> indices;
+    for (unsigned i = 0; i < file->nb_streams; ++i)
+        if (file->streams[i]->codecpar->codec_type == AVMEDIA_TYPE_AUDIO)
+            indices.push_back(static_cast<int>(i));
+    return indices;
+}
+
+} // namespace
+
+std::unique_ptr<AudioFile> openWithLibav(const std::string& path) {
+    auto file = openFile(path);
+    return file ? openStream(std::move(*file), -1) : nullptr;
+}
+
+std::vector<std::unique_ptr<AudioFile>> openTracksWithLibav(const std::string& path) {
+    std::vector<std::unique_ptr<AudioFile>> tracks;
+    auto file = openFile(path);
+    if (!file) return tracks;
+    // A movie that claims thousands of tracks is opened as often.
+    constexpr std::size_t most = 32;
+    for (const int index : soundStreams(*file)) {
+        if (tracks.size() == most) break;
+        if (!file) file = openFile(path);
+        if (!file) break;
+        if (auto track = openStream(std::move(*file), index)) tracks.push_back(std::move(track));
+        file.reset();
+    }
+    return tracks;
 }
 
 } // namespace orvane::platform

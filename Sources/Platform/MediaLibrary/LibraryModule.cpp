@@ -33,6 +33,18 @@ std::unique_ptr<AudioFile> openAudio(const std::string& path) noexcept {
     }
 }
 
+std::vector<std::unique_ptr<AudioFile>> openAudioTracks(const std::string& path) noexcept {
+    try {
+        auto tracks = openTracksWithLibav(path);
+        if (tracks.size() > 1) return tracks;
+        tracks.clear();
+        if (auto file = openAudio(path)) tracks.push_back(std::move(file));
+        return tracks;
+    } catch (...) {
+        return {};
+    }
+}
+
 std::string versions() noexcept {
     const auto text = [](const char* name, unsigned version) {
         return std::string(name) + " " + std::to_string(version >> 16U) + "." +
@@ -54,7 +66,8 @@ extern "C" __attribute__((visibility("default"))) const orvane::platform::MediaL
     using namespace orvane::platform;
     static const MediaLibrary library = [] {
         silenceLibav();
-        return MediaLibrary{MediaLibrary::currentVersion, inspect, openAudio, versions, canDecode};
+        return MediaLibrary{
+            MediaLibrary::currentVersion, inspect, openAudio, openAudioTracks, versions, canDecode};
     }();
     return &library;
 }

@@ -155,6 +155,36 @@ TEST_F(Probe, linearTimecodeIsTheLastResort) {
     EXPECT_EQ(start(48000), "00:00:01:00");
 }
 
+TEST_F(Probe, linearTimecodeGivesTheStartOfTheFile) {
+    settings.set("ltc.enabled", true);
+    settings.set("ltc.channelIndex", std::int64_t{-1});
+    constexpr double start = 24 * 36000 + 5.4;
+    const auto sound = test::LTCSignal{.rate = TimecodeFrameRate::fps24}.samples(start, 1.5);
+    const MediaAsset recording = probed(WaveMaker().format({}).samples(sound), "a.wav");
+    EXPECT_EQ(recording.startTimecodeString, "10:00:00:05");
+    EXPECT_EQ(recording.timecodeFrameRate, TimecodeFrameRate::fps24);
+    EXPECT_NEAR(static_cast<double>(recording.bextTimeReference.value_or(0)), start * 2000, 1);
+
+    std::string bytes;
+    for (const float sample : sound)
+        bytes += test::be16(static_cast<std::uint16_t>(std::lround(sample * 32767)));
+    const auto samples = static_cast<std::uint32_t>(sound.size());
+    const MovieMaker silent = MovieMaker()
+                                  .video({.frames = 36})
+                                  .audio({.channels = 1,
+                                          .codec = "twos",
+                                          .samples = samples,
+                                          .sound = std::string(bytes.size(), '\0')});
+    const MovieMaker movie =
+        MovieMaker(silent).audio({.channels = 1, .codec = "twos", .samples = samples, .sound = bytes});
+    const MediaAsset clip = probed(movie, "a.mov");
+    EXPECT_EQ(clip.startTimecodeString, "10:00:00:05") << "on the second of its sound tracks";
+    EXPECT_EQ(clip.timecodeFrameRate, TimecodeFrameRate::fps24);
+    EXPECT_FALSE(clip.bextTimeReference || clip.projectFrameRate);
+    EXPECT_FALSE(probed(silent, "b.mov").startTimecodeString.has_value());
+    EXPECT_EQ(probed(MovieMaker(movie).timecode({25, 1, 90000}), "c.mov").startTimecodeString, "01:00:00:00");
+}
+
 TEST_F(Probe, anyFileGivesAnAsset) {
     camera().writeTo(folder.path("real.mov"));
     const std::string whole = folder.read("real.mov");

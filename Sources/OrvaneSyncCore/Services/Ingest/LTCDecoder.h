@@ -1,32 +1,38 @@
 #pragma once
 
+#include "OrvaneSyncCore/Services/Ingest/LTCReading.h"
 #include "Platform/AudioFile.h"
 
 #include <optional>
-#include <span>
 #include <string>
-#include <string_view>
 
 namespace orvane {
 
-/// Listens to the first two seconds of a channel that carries linear timecode (SMPTE 12M, biphase mark) and
-/// reads one frame. Neither the frame rate nor the sample rate is needed. Stateless; any thread.
+/// Listens to the first two seconds of a sound for linear timecode (SMPTE 12M, biphase mark), which a
+/// recorder or a camera may carry on one of its channels. Stateless; any thread.
 namespace LTCDecoder {
 
+/// Every channel is listened to, and the lowest that carries timecode is taken.
+inline constexpr int anyChannel = -1;
+/// As many channels as a search hears.
+inline constexpr int mostChannels = 128;
+
 struct Frame {
-    std::string tc;       ///< HH:MM:SS:FF
-    double atSeconds = 0; ///< where the block of samples that completed the frame begins in the file
+    std::string tc;                ///< HH:MM:SS:FF, the label of the first whole frame
+    double atSeconds = 0;          ///< where the block of samples that completed the frame begins in the file
+    double beginsAtSeconds = 0;    ///< where the frame itself begins in the file
+    int channelIndex = 0;          ///< from 0
+    std::optional<LTCStart> start; ///< of the file; absent where the rate of the timecode stays unknown
 };
 
-/// Channels count from 0; one beyond the last means the last, a negative one the first. An open file must
-/// stand at its start, and stands somewhere behind it afterwards.
-std::optional<Frame> decodeFirstFrame(const std::string& path, int channelIndex);
-std::optional<Frame> decodeFirstFrame(platform::AudioFile& file, int channelIndex);
-
-/// The bits of the signal as a text of the digits 0 and 1. Nothing for less than one frame of signal.
-std::optional<std::string> collectBits(std::span<const float> samples);
-/// The time of the 80 bits that end with the first sync word.
-std::optional<std::string> parseSMPTEFrame(std::string_view bits);
+/// Channels count from 0, over all sound tracks of a movie in their order; one beyond the last means the
+/// last, and a negative one other than `anyChannel` the first. `stated` is the rate that the file names, for
+/// where the signal leaves two open. An open file must stand at its start, and stands somewhere behind it
+/// afterwards.
+std::optional<Frame> decodeFirstFrame(const std::string& path, int channelIndex,
+                                      std::optional<TimecodeFrameRate> stated = std::nullopt);
+std::optional<Frame> decodeFirstFrame(platform::AudioFile& file, int channelIndex,
+                                      std::optional<TimecodeFrameRate> stated = std::nullopt);
 
 } // namespace LTCDecoder
 } // namespace orvane

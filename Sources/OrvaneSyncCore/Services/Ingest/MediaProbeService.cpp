@@ -118,6 +118,20 @@ bool mayHoldTimecodeTrack(std::string_view extension) {
     return extension == "mov" || extension == "mp4" || extension == "m4v";
 }
 
+/// The rate of a recorder's timecode, or that of the picture.
+std::optional<TimecodeFrameRate> statedRate(const MediaAsset& asset) {
+    if (asset.ixmlData)
+        if (const auto rate = TimecodeUtils::timecodeFrameRateFromIXML(asset.ixmlData->timecodeRate))
+            return rate;
+    const auto pictureRate = asset.frameRate;
+    return pictureRate ? std::optional(TimecodeUtils::frameRate(*pictureRate)) : std::nullopt;
+}
+
+/// A recording is one whatever its header says.
+bool mayHoldSound(const MediaAsset& asset) {
+    return asset.kind == AssetKind::audio || asset.channelCount.value_or(0) > 0;
+}
+
 bool mayHoldBroadcastChunks(std::string_view extension) { return extension == "wav" || extension == "bwf"; }
 
 } // namespace
@@ -188,12 +202,14 @@ void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, std::vec
     });
 }
 
-/// A recording without timecode may have been probed while its sound was not to be listened to.
+/// A file without timecode may have been probed while its sound was not to be listened to.
 bool MediaProbeService::mayStandFor(const MediaAsset& cached, AssetKind kind) const {
-    if (cached.kind != kind) return false;
-    const bool mayHoldLTC = mayHoldBroadcastChunks(cached.url.lowercasedExtension()) &&
-                            !cached.startTimecodeString && !cached.bextTimeReference;
-    return !mayHoldLTC || !settings_.boolean("ltc.enabled");
+    return cached.kind == kind && !isToBeHeard(cached);
+}
+
+bool MediaProbeService::isToBeHeard(const MediaAsset& asset) const {
+    const bool hasStart = asset.startTimecodeString || asset.bextTimeReference;
+    return !hasStart && mayHoldSound(asset) && settings_.boolean("ltc.enabled");
 }
 
 /// Later steps overwrite and read what earlier ones wrote. The file is opened once, by its path, and
@@ -224,6 +240,7 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
     if (kind == AssetKind::video)
         asset.offspeedConfidence = offspeedConfidence(asset, rateFromTimecodeTrack, vendorConfirmed);
     if (mayHoldBroadcastChunks(extension)) readBroadcastMetadata(asset, *file);
+    if (isToBeHeard(asset)) listenForTimecode(asset);
     return probed;
 }
 
@@ -236,26 +253,32 @@ void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFil
     if (asset.startTimecodeString) return;
 
     if (asset.bextTimeReference) {
-        const auto stated = asset.ixmlData
-                                ? TimecodeUtils::timecodeFrameRateFromIXML(asset.ixmlData->timecodeRate)
-                                : std::nullopt;
-        const auto assumed =
-            asset.frameRate ? TimecodeUtils::frameRate(*asset.frameRate) : TimecodeFrameRate::fps24;
         const double seconds = TimecodeUtils::bextToSeconds(*asset.bextTimeReference,
                                                             asset.sampleRate.value_or(assumedSampleRate));
         // A rate of a few Hz makes ages of a count of samples, and what no timecode can count would be
         // midnight.
-        const TimecodeFrameRate rate = stated.value_or(assumed);
+        const TimecodeFrameRate rate = statedRate(asset).value_or(TimecodeFrameRate::fps24);
         if (seconds * timecodeRate::frameRateForRealTimeCalculation(rate) < Timecode::frameCountLimit)
             asset.startTimecodeString = TimecodeUtils::secondsToTC(seconds, rate);
-    } else if (settings_.boolean("ltc.enabled")) {
-        const std::int64_t channel = settings_.integer("ltc.channelIndex");
-        constexpr std::int64_t lowest = std::numeric_limits<int>::min(),
-                               highest = std::numeric_limits<int>::max();
-        if (auto frame = LTCDecoder::decodeFirstFrame(asset.url.path,
-                                                      static_cast<int>(std::clamp(channel, lowest, highest))))
-            asset.startTimecodeString = std::move(frame->tc);
     }
+}
+
+/// The picture of a camera begins with a frame, so its start is the nearest one. A recording begins anywhere
+/// within a frame and is stated to the sample.
+void MediaProbeService::listenForTimecode(MediaAsset& asset) const {
+    const std::int64_t channel = settings_.integer("ltc.channelIndex");
+    constexpr std::int64_t lowest = std::numeric_limits<int>::min(),
+                           highest = std::numeric_limits<int>::max();
+    const auto frame = LTCDecoder::decodeFirstFrame(
+        asset.url.path, static_cast<int>(std::clamp(channel, lowest, highest)), statedRate(asset));
+    if (!frame) return;
+    asset.startTimecodeString = frame->start ? frame->start->timecode() : frame->tc;
+    if (!frame->start) return;
+    asset.timecodeFrameRate = frame->start->rate;
+    const double samples = frame->start->seconds() * asset.sampleRate.value_or(assumedSampleRate);
+    constexpr double most = 1e15; // of a day at any rate of samples
+    if (asset.kind == AssetKind::audio && samples >= 1 && samples < most)
+        asset.bextTimeReference = static_cast<std::uint64_t>(std::llround(samples));
 }
 
 } // namespace orvane

@@ -50,6 +50,9 @@ class MediaProbeService {
     bool mayStandFor(const MediaAsset& cached, AssetKind kind) const;
     Probed probeFile(const FileURL& url, AssetKind kind) const;
     void readBroadcastMetadata(MediaAsset& asset, platform::RandomAccessFile& file) const;
+    /// It has no start of its own, and linear timecode is wanted.
+    bool isToBeHeard(const MediaAsset& asset) const;
+    void listenForTimecode(MediaAsset& asset) const;
 
     const platform::SettingsStore& settings_;
     const std::shared_ptr<ProbeCache> cache_;

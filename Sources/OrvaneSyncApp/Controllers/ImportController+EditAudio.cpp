@@ -162,6 +162,7 @@ std::vector<const MediaAsset*> ImportController::audioPool() const {
             if (seen.insert(match.audio->id).second) pool.push_back(&*match.audio);
     for (const WildTrack& track : wildTracks_)
         if (seen.insert(track.id).second) pool.push_back(&track.audio);
+    sortByPath(pool);
     return pool;
 }
 
@@ -227,8 +228,9 @@ std::vector<std::string> ImportController::clipNames(UUID usingAudioID) const {
 
 std::string ImportController::rawFilesMenuLabel(const MediaAsset& audio) const {
     const auto& clips = clipsUsing(audio.id);
-    if (clips.empty()) return audio.filename;
-    return audio.filename + "  ·  also on " +
+    const std::string name = fileNames().of(audio);
+    if (clips.empty()) return name;
+    return name + "  ·  also on " +
            (clips.size() == 1 ? syncGroups_[clips.front()].clipName
                               : std::to_string(clips.size()) + " clips");
 }

@@ -230,9 +230,10 @@ std::string ImportController::rawFilesMenuLabel(const MediaAsset& audio) const {
     const auto& clips = clipsUsing(audio.id);
     const std::string name = fileNames().of(audio);
     if (clips.empty()) return name;
-    return name + "  ·  also on " +
-           (clips.size() == 1 ? syncGroups_[clips.front()].clipName
-                              : std::to_string(clips.size()) + " clips");
+    const SyncGroup& first = syncGroups_[clips.front()];
+    const std::string only =
+        first.clipName == first.video.filename ? fileNames().of(first.video) : first.clipName;
+    return name + "  ·  also on " + (clips.size() == 1 ? only : std::to_string(clips.size()) + " clips");
 }
 
 } // namespace orvane

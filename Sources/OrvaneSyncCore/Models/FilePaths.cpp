@@ -47,13 +47,38 @@ class PathKeys {
     std::unordered_map<std::string_view, std::string> folders_; ///< names are parts of the sorted paths
 };
 
+/// The order of the keys, of two paths alone.
+bool isBefore(const std::string& a, const std::string& b) {
+    // From the first folder on whose name differs.
+    const auto apart = static_cast<std::size_t>(std::ranges::mismatch(a, b).in1 - a.begin());
+    const std::size_t slash = apart == 0 ? std::string::npos : a.rfind('/', apart - 1);
+    const std::size_t common = slash == std::string::npos ? 0 : slash + 1;
+    std::string_view leftA = std::string_view(a).substr(common), leftB = std::string_view(b).substr(common);
+    while (!leftA.empty() && !leftB.empty()) {
+        const std::string_view nameA = leftA.substr(0, leftA.find('/')),
+                               nameB = leftB.substr(0, leftB.find('/'));
+        const bool isFileA = nameA.size() == leftA.size(), isFileB = nameB.size() == leftB.size();
+        if (const int order = platform::text::compareLocalizedStandard(nameA, nameB); order != 0)
+            return order < 0;
+        if (isFileA != isFileB) return isFileA;
+        leftA.remove_prefix(std::min(nameA.size() + 1, leftA.size()));
+        leftB.remove_prefix(std::min(nameB.size() + 1, leftB.size()));
+    }
+    return a < b;
+}
+
 template <class Item, class PathOf>
 void sortByKeys(std::vector<Item>& items, PathOf pathOf) {
+    // A camera counts its files in numbers of one width; then the bytes give the order at a tenth of the
+    // cost, which a look at the neighbours proves.
+    std::ranges::sort(items, {}, pathOf);
+    const auto isUnordered = [&](const Item& a, const Item& b) { return isBefore(pathOf(b), pathOf(a)); };
+    if (std::ranges::adjacent_find(items, isUnordered) == items.end()) return;
+
     PathKeys keys;
     std::vector<std::pair<std::string, std::size_t>> order;
     order.reserve(items.size());
     for (const Item& item : items) order.emplace_back(keys.of(pathOf(item)), order.size());
-    if (std::ranges::is_sorted(order)) return;
     std::ranges::sort(order);
     std::vector<Item> sorted;
     sorted.reserve(items.size());

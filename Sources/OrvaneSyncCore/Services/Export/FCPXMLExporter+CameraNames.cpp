@@ -24,19 +24,31 @@ std::optional<std::string> nameByFile(const MediaAsset& from) {
     return "Cam " + std::string(characters[0]);
 }
 
-/// Of a folder such as "CAM_B", "Camera B" or "B-Cam"; the one nearest to the file.
+bool isSeparator(char c) { return c == ' ' || c == '_' || c == '-'; }
+
+/// The letter in front of or behind the word, such as "B" in "CAM_B", "CamB" and "B-Cam". Without a separator
+/// only a capital of a usual camera: "cams" and "CAMP" are words.
+std::optional<char> letterBeside(std::string_view word, std::string_view folder) {
+    const std::string upper = platform::text::uppercased(folder);
+    if (upper.size() != folder.size() || upper.size() <= word.size()) return std::nullopt;
+    const bool isInFront = upper.starts_with(word);
+    if (!isInFront && !upper.ends_with(word)) return std::nullopt;
+    std::string_view rest =
+        isInFront ? folder.substr(word.size()) : folder.substr(0, folder.size() - word.size());
+    constexpr char lastUsual = 'H';
+    if (rest.size() == 1)
+        return rest[0] >= 'A' && rest[0] <= lastUsual ? std::optional(rest[0]) : std::nullopt;
+    if (rest.size() != 2 || !isSeparator(isInFront ? rest[0] : rest[1])) return std::nullopt;
+    const char letter = isInFront ? upper.back() : upper.front();
+    return letter >= 'A' && letter <= 'Z' ? std::optional(letter) : std::nullopt;
+}
+
+/// By the folder nearest to the file that is called after a camera.
 std::optional<std::string> nameByFolder(const MediaAsset& from) {
     const auto folders = folderNames(from.url);
-    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
-        std::string name = platform::text::uppercased(*folder);
-        std::erase_if(name, [](char c) { return c == ' ' || c == '_' || c == '-'; });
-        for (const std::string_view word : {"CAMERA", "CAM"}) {
-            if (name.size() != word.size() + 1) continue;
-            const char letter = name.starts_with(word) ? name.back() : name.front();
-            if ((name.starts_with(word) || name.ends_with(word)) && letter >= 'A' && letter <= 'Z')
-                return std::string("Cam ") + letter;
-        }
-    }
+    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder)
+        for (const std::string_view word : {"CAMERA", "CAM"})
+            if (const auto letter = letterBeside(word, *folder)) return std::string("Cam ") + *letter;
     return std::nullopt;
 }
 

@@ -47,9 +47,10 @@ void show(Context& context, const std::string& file, bool asJSON) {
     addPlace(places, "report", project.aleFilePath);
     context.out << places.text(context.mayColour) << "\n";
     Table clips({{"CLIP"}, {"CAMERA FILE"}, {"MATCH"}, {"EDITS"}});
+    FileNames files;
+    for (const PersistedGroup& group : project.groups) files.add(group.videoPath);
     for (const PersistedGroup& group : project.groups)
-        clips.add(
-            {group.clipName, group.videoPath.lastPathComponent(), group.matchStatusRaw, editsText(group)});
+        clips.add({group.clipName, files.of(group.videoPath), group.matchStatusRaw, editsText(group)});
     if (!clips.empty()) context.out << clips.text(context.mayColour) << "\n";
     context.out << counted(static_cast<long long>(project.groups.size()), "clip", "clips") << ".\n";
 }

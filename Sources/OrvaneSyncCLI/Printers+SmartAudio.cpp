@@ -32,17 +32,18 @@ bool isTimecode(const std::string& trackName) {
     return isWordOf(name, "ltc") || isWordOf(name, "tc") || isWordOf(name, "timecode");
 }
 
-std::optional<std::string> unheardWarning(const SyncGroup& group, const SmartAudioResult& result) {
+std::optional<std::string> unheardWarning(const SyncGroup& group, const SmartAudioResult& result,
+                                          const std::string& filename) {
     if (isHeard(result)) return std::nullopt;
-    std::string warning = "Smart Audio can't hear " + group.primaryAudio()->filename + "; ";
+    std::string warning = "Smart Audio can't hear " + filename + "; ";
     if (!group.manualActiveTracks.empty()) return warning + "its channels stay as they were chosen";
     if (result.tracks.empty() || !result.bestTrackIndex) return warning + "all its channels stay switched on";
     return warning + "only its channel " + std::to_string(*result.bestTrackIndex) + " stays switched on";
 }
 
-std::optional<std::string> lengthWarning(const SyncGroup& group, const SmartAudioResult& result) {
+std::optional<std::string> lengthWarning(const SyncGroup& /*group*/, const SmartAudioResult& result,
+                                         const std::string& filename) {
     constexpr double most = SmartAudioRouter::mostSeconds;
-    const std::string& filename = group.primaryAudio()->filename;
     if (!isHeard(result)) return std::nullopt;
     if (SmartAudioRouter::endsEarly(result))
         return earlyEndWarning(filename, result.heardSeconds, result.promisedSeconds);
@@ -52,7 +53,8 @@ std::optional<std::string> lengthWarning(const SyncGroup& group, const SmartAudi
 }
 
 /// The steadiest channel wins, and nothing is steadier than timecode.
-std::optional<std::string> timecodeWarning(const SyncGroup& group, const SmartAudioResult& result) {
+std::optional<std::string> timecodeWarning(const SyncGroup& group, const SmartAudioResult& result,
+                                           const std::string& filename) {
     const MediaAsset& audio = *group.primaryAudio();
     if (!isHeard(result) || !audio.ixmlData || group.manualActiveTracks.empty()) return std::nullopt;
     std::set<int> timecode;
@@ -60,7 +62,7 @@ std::optional<std::string> timecodeWarning(const SyncGroup& group, const SmartAu
         if (isTimecode(track.name)) timecode.insert(track.channelIndex);
     const auto& active = group.manualActiveTracks;
     if (!std::ranges::includes(timecode, active)) return std::nullopt;
-    return "of " + audio.filename + " only channel " + std::to_string(*active.begin()) +
+    return "of " + filename + " only channel " + std::to_string(*active.begin()) +
            " is switched on, by its name timecode; --no-smart-audio leaves every channel on";
 }
 
@@ -101,8 +103,9 @@ std::vector<std::string> smartAudioWarnings(const ImportController& controller) 
     for (const SyncGroup& group : controller.syncGroups()) {
         const auto result = results.find(group.id);
         if (result == results.end() || group.isMOS()) continue;
+        const std::string filename = controller.fileNames().of(*group.primaryAudio());
         for (const auto about : {&unheardWarning, &lengthWarning, &timecodeWarning}) {
-            auto warning = about(group, result->second);
+            auto warning = about(group, result->second, filename);
             // Cameras may share the recording.
             if (warning && said.insert(*warning).second) warnings.push_back(*std::move(warning));
         }

@@ -24,10 +24,10 @@ std::string channelsText(const MediaAsset& audio) {
     return audio.channelCount ? " (" + std::to_string(*audio.channelCount) + " ch)" : "";
 }
 
-std::string soundText(const SyncGroup& group) {
+std::string soundText(const SyncGroup& group, const FileNames& names) {
     const MediaAsset* audio = group.primaryAudio();
     if (audio == nullptr) return "-";
-    std::string text = audio->filename + channelsText(*audio);
+    std::string text = names.of(*audio) + channelsText(*audio);
     if (group.audioMatches.size() > 1)
         text += " + " + std::to_string(group.audioMatches.size() - 1) + " more";
     return text;
@@ -85,10 +85,12 @@ std::string clipsText(const ImportController& controller, bool bold) {
                  {"SOUND"},
                  {"SOUND BEGINS", Table::Align::right}});
     const auto names = controller.displayNames();
+    const FileNames& files = controller.fileNames();
     for (const auto& bundle : sharedAudioBundles(filtered(controller.syncGroups(), FilterMode::matched)))
         for (const SyncGroup& group : bundle.cams)
-            table.add({names.at(group.id), group.video.filename, startText(group.video),
-                       lengthText(group.video), matchText(group), soundText(group), beginsText(group)});
+            table.add({names.at(group.id), files.of(group.video), startText(group.video),
+                       lengthText(group.video), matchText(group), soundText(group, files),
+                       beginsText(group)});
     return table.empty() ? "" : table.text(bold) + "\n";
 }
 
@@ -96,11 +98,12 @@ std::string clipsText(const ImportController& controller, bool bold) {
 std::string issuesText(const ImportController& controller, bool bold) {
     Table table({{"NOT MATCHED"}, {"STARTS"}, {"LENGTH", Table::Align::right}, {"WHY"}});
     const bool anySound = hasSound(controller);
+    const FileNames& files = controller.fileNames();
     for (const SyncGroup& group : filtered(controller.syncGroups(), FilterMode::issues)) {
-        table.add({group.video.filename, startText(group.video), lengthText(group.video),
+        table.add({files.of(group.video), startText(group.video), lengthText(group.video),
                    whyUnmatched(group, anySound)});
         for (const AudioMatch& match : group.audioMatches)
-            table.add({"  " + match.audio->filename + channelsText(match.audio), startText(match.audio),
+            table.add({"  " + files.of(match.audio) + channelsText(match.audio), startText(match.audio),
                        lengthText(match.audio), "overlaps " + secondsText(match.overlapDurationSeconds)});
     }
     return table.empty() ? "" : table.text(bold) + "\n";
@@ -109,11 +112,13 @@ std::string issuesText(const ImportController& controller, bool bold) {
 std::string wildTracksText(const ImportController& controller, bool bold) {
     std::vector<const MediaAsset*> recordings;
     for (const WildTrack& track : controller.wildTracks()) recordings.push_back(&track.audio);
-    std::ranges::sort(recordings, [](const MediaAsset* a, const MediaAsset* b) {
+    sortByPath(recordings);
+    std::ranges::stable_sort(recordings, [](const MediaAsset* a, const MediaAsset* b) {
         if (a->startTimecodeString != b->startTimecodeString)
             return a->startTimecodeString < b->startTimecodeString;
         return platform::text::compareLocalizedStandard(a->filename, b->filename) < 0;
     });
+    const FileNames& files = controller.fileNames();
     Table table({{"SOUND WITHOUT PICTURE"}, {"STARTS"}, {"LENGTH", Table::Align::right}, {"WHY"}});
     for (const MediaAsset* audio : recordings) {
         const bool hasStart = audio->startTimecodeString || audio->bextTimeReference;
@@ -121,7 +126,7 @@ std::string wildTracksText(const ImportController& controller, bool bold) {
                           : nothingIsKnown(*audio) ? "the file can't be read"
                           : !hasStart              ? "no timecode"
                                                    : "no clip at that time";
-        table.add({audio->filename + channelsText(*audio), startText(*audio), lengthText(*audio), why});
+        table.add({files.of(*audio) + channelsText(*audio), startText(*audio), lengthText(*audio), why});
     }
     return table.empty() ? "" : table.text(bold) + "\n";
 }
@@ -166,6 +171,8 @@ std::string stateText(const ImportController& controller, bool bold) {
         (scan->scanDuration < 1 ? formatted("%.0f ms", scan->scanDuration * 1000)
                                 : formatted("%.1f s", scan->scanDuration)) +
         ".\n";
+    if (const auto proxies = scan->proxies.size(); proxies > 0)
+        text += counted(static_cast<long long>(proxies), "proxy", "proxies") + " left out.\n";
     if (controller.aleMatchStatus()) text += platform::text::printable(*controller.aleMatchStatus()) + ".\n";
     return text;
 }
@@ -174,7 +181,7 @@ std::vector<std::string> leftOutWarnings(const ImportController& controller) {
     std::vector<std::string> warnings;
     const bool anySound = hasSound(controller);
     for (const SyncGroup& group : filtered(controller.syncGroups(), FilterMode::issues))
-        warnings.push_back("not in the document: " + group.video.filename + " (" +
+        warnings.push_back("not in the document: " + controller.fileNames().of(group.video) + " (" +
                            whyUnmatched(group, anySound) + ")");
     return warnings;
 }

@@ -6,6 +6,8 @@
 
 #include <cmath>
 #include <map>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace orvane::cli {
 
@@ -34,6 +36,32 @@ bool isUsualSensorRate(double framesPerSecond) {
     return framesPerSecond >= slowest && framesPerSecond <= fastest;
 }
 
+void addProxies(const ImportController& controller, std::vector<std::string>& warnings) {
+    if (!controller.scanResult() || controller.scanResult()->proxies.empty()) return;
+    Names proxies;
+    for (const ProxyFile& proxy : controller.scanResult()->proxies) proxies.push_back(proxy.url.path);
+    warnings.push_back("left out as proxies of files that are here: " + firstAndMore(proxies));
+}
+
+/// A report names files without their folders: its row goes to each file of the name.
+void addFilesThatAReportMixesUp(const ImportController& controller, std::vector<std::string>& warnings) {
+    if (!controller.aleFile()) return;
+    std::unordered_map<std::string, const MediaAsset*> firstOfName;
+    std::unordered_set<std::string> said;
+    Names names;
+    for (const SyncGroup& group : controller.syncGroups()) {
+        if (!group.hasALEMetadata()) continue;
+        std::string name = group.video.normalizedName();
+        const auto [first, isNew] = firstOfName.try_emplace(name, &group.video);
+        if (!isNew && first->second->url != group.video.url && said.insert(std::move(name)).second)
+            names.push_back(group.video.filename);
+    }
+    if (!names.empty())
+        warnings.push_back("the report can't tell files of one name in different folders apart, and each has "
+                           "the same row: " +
+                           firstAndMore(names));
+}
+
 } // namespace
 
 std::vector<std::string> scanWarnings(const ImportController& controller) {
@@ -47,14 +75,16 @@ std::vector<std::string> scanWarnings(const ImportController& controller) {
             warnings.push_back("links that lead nowhere: " + firstAndMore(links) +
                                "; what they stand for is missing here");
     }
+    addProxies(controller, warnings);
+    addFilesThatAReportMixesUp(controller, warnings);
     std::map<std::pair<double, double>, Names> otherRates; // by the stated rate and the one that is taken
     std::map<double, Names> sensorRates;
     for (const SyncGroup& group : controller.syncGroups()) {
         const MediaAsset& video = group.video;
         if (const auto read = otherRateOfTimecode(video))
-            otherRates[{*video.projectFrameRate, *read}].push_back(video.filename);
+            otherRates[{*video.projectFrameRate, *read}].push_back(controller.fileNames().of(video));
         if (video.sensorFrameRate && !isUsualSensorRate(*video.sensorFrameRate))
-            sensorRates[*video.sensorFrameRate].push_back(video.filename);
+            sensorRates[*video.sensorFrameRate].push_back(controller.fileNames().of(video));
     }
     for (const auto& [rates, names] : otherRates)
         warnings.push_back("the timecode of " + firstAndMore(names) + " counts " +

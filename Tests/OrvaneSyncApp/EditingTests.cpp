@@ -215,7 +215,7 @@ TEST_F(EditingTest, filesToAttachAreThoseOfThePoolThatLieNowhere) {
         return text;
     };
     controller_->removeAudioMatch(id(), group().audioMatches[1].id);
-    EXPECT_EQ(names(controller_->availableAudioPool()), "one three four two ");
+    EXPECT_EQ(names(controller_->availableAudioPool()), "four one three two ");
     EXPECT_EQ(names(controller_->rawFilesAvailableToAttach(id(2))), "four one three ");
     EXPECT_EQ(names(controller_->rawFilesAvailableToAttach(id(1))), "one three ");
 

@@ -68,6 +68,33 @@ TEST_F(ProjectTest, aNewScanGetsTheEditsBack) {
     EXPECT_EQ(clip().matchStatus, MatchStatus::matched());
 }
 
+TEST_F(ProjectTest, cardsWithTheSameFileNamesStayApart) {
+    const auto document = [&](const char* video, const char* audio) {
+        scan(folder(video), folder(audio));
+        return controller_->exportFCPXML(controller_->exportSettings({})).fcpxmlString;
+    };
+    test::makeSmallShoot(folder_.path("cards/1"));
+    test::makeSmallShoot(folder_.path("cards/2"));
+    const std::string inOrder = document("cards/1", "cards/2");
+    EXPECT_EQ(document("cards/2", "cards/1"), inOrder) << "whatever comes first";
+    for (const char* name : {"Cam A 1", "Cam A 2", "Cam B 1", "Cam B 2"})
+        EXPECT_NE(inOrder.find("<mc-angle name=\"" + std::string(name)), std::string::npos) << name;
+
+    const auto& groups = controller_->syncGroups();
+    ASSERT_EQ(groups.size(), 8U);
+    ASSERT_EQ(groups[0].video.filename, groups[1].video.filename);
+    EXPECT_LT(groups[0].video.url, groups[1].video.url);
+    EXPECT_LT(groups[0].audioMatches.at(0).audio->url, groups[0].audioMatches.at(1).audio->url);
+    EXPECT_EQ(controller_->rawFilesMenuLabel(groups[0].audioMatches[1].audio),
+              "2/DAY1_T01.WAV  ·  also on 4 clips");
+    controller_->setManualClipName(groups[1].id, "Second");
+    controller_->saveProject(file_);
+    controller_ = make(nullptr);
+    EXPECT_EQ(ended(controller_->loadProject(file_)), "");
+    EXPECT_EQ(controller_->syncGroups()[0].manualClipName, std::nullopt);
+    EXPECT_EQ(controller_->syncGroups()[1].manualClipName, "Second");
+}
+
 TEST_F(ProjectTest, withAFolderGoneTheEditsWaitAndAreKept) {
     controller_->saveProject(file_);
     fs::rename(folder_.path("sound"), folder_.path("away"));

@@ -170,6 +170,36 @@ TEST_F(ShootTest, scanShowsATableToPeople) {
     EXPECT_EQ(runWith({"scan", folder_.path(), "--quiet"}, true).err, "");
 }
 
+TEST_F(ShootTest, scanSaysWhatNamesDoNotTell) {
+    const test::TemporaryDirectory cards;
+    test::makeSmallShoot(cards.path("1"));
+    test::makeSmallShoot(cards.path("2"));
+    const auto small = test::MovieMaker()
+                           .video({.width = 640, .height = 360, .frames = 200})
+                           .timecode({.firstFrame = 36002 * 25});
+    std::filesystem::create_directory(cards.path("1/camera/Proxy"));
+    small.writeTo(cards.path("1/camera/Proxy/A001C001_261120_R1AB.mov"));
+    const std::string report = cards.write("report.csv", "Name,Scene\nA001C001_261120_R1AB,7\n");
+    const std::vector<std::string> words{"scan", cards.path(), "--report", report};
+    const Outcome outcome = runWith(words);
+    for (const char* piece :
+         {"12A-3 Cam A 1 ", "2/A001C001_261120_R1AB.mov", "1/DAY1_T01.WAV (6 ch) + 1 more",
+          "2/DAY1_ROOMTONE.WAV", "1 proxy left out.", "8 clips"})
+        EXPECT_NE(outcome.out.find(piece), std::string::npos) << piece << " in\n" << outcome.out;
+    for (const char* piece : {"left out as proxies of files that are here: '",
+                              "each has the same row: 'A001C001_261120_R1AB.mov'\n"})
+        EXPECT_NE(outcome.err.find(piece), std::string::npos) << piece << " in\n" << outcome.err;
+    std::vector<std::string> asJSON = words;
+    asJSON.emplace_back("--json");
+    const JSON proxies = *runWith(asJSON).json().find("scanResult")->find("proxies");
+    ASSERT_EQ(proxies.elements()->size(), 1U);
+    EXPECT_TRUE(proxies.elements()
+                    ->front()
+                    .find("originalURL")
+                    ->string()
+                    ->ends_with("/1/camera/A001C001_261120_R1AB.mov"));
+}
+
 TEST_F(ShootTest, syncWritesTheDocument) {
     const std::string output = folder_.path("out.fcpxml");
     const Outcome outcome =

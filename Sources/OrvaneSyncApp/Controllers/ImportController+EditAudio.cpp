@@ -162,6 +162,7 @@ std::vector<const MediaAsset*> ImportController::audioPool() const {
             if (seen.insert(match.audio->id).second) pool.push_back(&*match.audio);
     for (const WildTrack& track : wildTracks_)
         if (seen.insert(track.id).second) pool.push_back(&track.audio);
+    sortByPath(pool);
     return pool;
 }
 
@@ -227,10 +228,12 @@ std::vector<std::string> ImportController::clipNames(UUID usingAudioID) const {
 
 std::string ImportController::rawFilesMenuLabel(const MediaAsset& audio) const {
     const auto& clips = clipsUsing(audio.id);
-    if (clips.empty()) return audio.filename;
-    return audio.filename + "  ·  also on " +
-           (clips.size() == 1 ? syncGroups_[clips.front()].clipName
-                              : std::to_string(clips.size()) + " clips");
+    const std::string name = fileNames().of(audio);
+    if (clips.empty()) return name;
+    const SyncGroup& first = syncGroups_[clips.front()];
+    const std::string only =
+        first.clipName == first.video.filename ? fileNames().of(first.video) : first.clipName;
+    return name + "  ·  also on " + (clips.size() == 1 ? only : std::to_string(clips.size()) + " clips");
 }
 
 } // namespace orvane

@@ -1,5 +1,7 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
+#include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Services/Matching/ProxyFiles.h"
 #include "Platform/Files.h"
 
 #include <chrono>
@@ -11,11 +13,12 @@ namespace orvane {
 
 namespace {
 
-/// One form for every file, and each file once: the folders may be the same, or one inside the other. The way
-/// to a folder is looked up once, whatever it holds.
+/// One form for every file, and each file once: the folders may be the same, or one inside the other. In the
+/// order of the paths, on which the order of clips, matches and wild tracks rests. The way to a folder is
+/// looked up once, whatever it holds.
 class Standardization {
   public:
-    std::vector<FileURL> withoutDuplicates(const std::vector<FileURL>& urls) {
+    std::vector<FileURL> sortedWithoutDuplicates(const std::vector<FileURL>& urls) {
         std::unordered_set<FileURL> seen;
         std::vector<FileURL> result;
         result.reserve(urls.size());
@@ -23,6 +26,7 @@ class Standardization {
             FileURL standard = standardized(url);
             if (seen.insert(standard).second) result.push_back(std::move(standard));
         }
+        sortByPath(result);
         return result;
     }
 
@@ -47,9 +51,10 @@ class Standardization {
 DiscoveryResult discover(const FileDiscoveryService& service, const std::vector<std::string>& folders) {
     const DiscoveryResult found = service.discover(folders);
     Standardization standard;
-    return {standard.withoutDuplicates(found.videoURLs), standard.withoutDuplicates(found.audioURLs),
-            standard.withoutDuplicates(found.unreadableFolders),
-            standard.withoutDuplicates(found.brokenLinks)};
+    return {standard.sortedWithoutDuplicates(found.videoURLs),
+            standard.sortedWithoutDuplicates(found.audioURLs),
+            standard.sortedWithoutDuplicates(found.unreadableFolders),
+            standard.sortedWithoutDuplicates(found.brokenLinks)};
 }
 
 double secondsBetween(std::chrono::nanoseconds start, std::chrono::nanoseconds end) {
@@ -114,6 +119,7 @@ platform::Task ImportController::scan(std::weak_ptr<ImportController> weak, std:
         self = stillScanning(weak, scanNumber);
         if (!self) co_return;
     }
+    result.proxies = ProxyFiles::takeOut(result.videoAssets);
     result.scanDuration = secondsBetween(start, self->clock_->now());
     self->set(self->scanResult_, std::move(result), ImportField::scanResult);
 

@@ -1,7 +1,6 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
-#include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
-#include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
+#include "OrvaneSyncCore/Services/Naming/ClipNames.h"
 #include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
 
 #include <algorithm>
@@ -38,6 +37,7 @@ void ImportController::assertOnMainThread() const { assert(mainThread_->isCurren
 
 void ImportController::notify(ImportField field) {
     if (field == ImportField::syncGroups) clipsByAudio_.reset();
+    if (field == ImportField::syncGroups || field == ImportField::wildTracks) fileNames_.reset();
     if (changesUnderWay_ > 0) {
         if (std::ranges::find(untold_, field) == untold_.end()) untold_.push_back(field);
         return;
@@ -77,13 +77,25 @@ std::map<UUID, std::string> ImportController::displayNames() const {
     const SettingsReader settings(*settings_);
     const auto source = GroupNaming::sourceFrom(settings.text("clipNamingSource"));
     const std::optional<std::string> pattern = settings.text("customNamingPattern");
-    const std::string separator = settings.text("namingSeparator");
-    const SyncClustering::Index clusters(syncGroups_, source, pattern);
+    std::vector<std::string> texts =
+        ClipNames::of(syncGroups_, source, pattern, settings.text("namingSeparator"));
     std::map<UUID, std::string> names;
     for (std::size_t i = 0; i < syncGroups_.size(); ++i)
-        names[syncGroups_[i].id] = GroupNaming::fcpClipName(
-            syncGroups_[i], source, pattern, static_cast<int>(clusters.siblingCount(i)), separator, true);
+        names[syncGroups_[i].id] = GroupNaming::appendingOffspeedTag(std::move(texts[i]), syncGroups_[i]);
     return names;
+}
+
+const FileNames& ImportController::fileNames() const {
+    assertOnMainThread();
+    if (!fileNames_) {
+        fileNames_.emplace();
+        for (const SyncGroup& group : syncGroups_) {
+            fileNames_->add(group.video);
+            for (const AudioMatch& match : group.audioMatches) fileNames_->add(match.audio);
+        }
+        for (const WildTrack& track : wildTracks_) fileNames_->add(track.audio);
+    }
+    return *fileNames_;
 }
 
 } // namespace orvane

@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/Controllers/SmartAudioState.h"
 #include "OrvaneSyncApp/Controllers/UndoStack.h"
 #include "OrvaneSyncCore/Models/ALEFile.h"
+#include "OrvaneSyncCore/Models/FilePaths.h"
 #include "OrvaneSyncCore/Models/ScanModels.h"
 #include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
@@ -163,6 +164,8 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
 
     /// The name of every clip in Final Cut, by group, by the naming settings.
     std::map<UUID, std::string> displayNames() const;
+    /// What to call the files of the clips and wild tracks. Valid until these change.
+    const FileNames& fileNames() const;
 
     // Taking back (ImportController+Undo.cpp).
 
@@ -244,7 +247,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     void renameWildTrack(UUID id, std::string_view name);
     void toggleWildTrackApproved(UUID id);
 
-    /// The audio of the scan; without one that of the clips and wild tracks.
+    /// The audio of the scan; without one that of the clips and wild tracks. In the order of the paths.
     std::vector<MediaAsset> availableAudioPool() const;
     /// One of the pool; null when it is not in it. Valid until the clips change.
     const MediaAsset* audioInPool(const UUID& id) const;
@@ -398,6 +401,8 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     /// Where in `syncGroups_` each audio is used. Absent until somebody asks, and after every change.
     mutable std::optional<std::unordered_map<UUID, std::vector<std::size_t>>> clipsByAudio_;
     std::vector<WildTrack> wildTracks_;
+    /// Absent until somebody asks, and after every change of the files.
+    mutable std::optional<FileNames> fileNames_;
     std::optional<FileURL> aleFileURL_;
     std::optional<ALEFile> aleFile_;
     std::optional<std::string> aleImportError_;

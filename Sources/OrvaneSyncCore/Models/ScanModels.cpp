@@ -41,12 +41,20 @@ JSON toJSON(const ScanError& error) {
     return json;
 }
 
+JSON toJSON(const ProxyFile& proxy) {
+    JSON json;
+    json.set("url", toJSON(proxy.url));
+    json.set("originalURL", toJSON(proxy.originalURL));
+    return json;
+}
+
 JSON toJSON(const ScanResult& result) {
     JSON json;
     json.set("videoAssets", toJSONArray(result.videoAssets));
     json.set("audioAssets", toJSONArray(result.audioAssets));
     json.set("scanDuration", result.scanDuration);
     json.set("errors", toJSONArray(result.errors));
+    json.set("proxies", toJSONArray(result.proxies));
     return json;
 }
 

@@ -7,7 +7,7 @@
 
 namespace orvane {
 
-/// The media files below one or more folders, told by their extensions alone, in no particular order.
+/// The media files below one or more folders, told by their extensions alone.
 struct DiscoveryResult {
     std::vector<FileURL> videoURLs;
     std::vector<FileURL> audioURLs;
@@ -27,12 +27,19 @@ struct ScanError {
     std::string message;
 };
 
-/// The assets of one scan, in the order in which they were probed.
+/// A small copy of a camera file that lies beside it.
+struct ProxyFile {
+    FileURL url;
+    FileURL originalURL;
+};
+
+/// The assets of one scan, in the order of their paths.
 struct ScanResult {
     std::vector<MediaAsset> videoAssets;
     std::vector<MediaAsset> audioAssets;
     double scanDuration = 0; ///< seconds
     std::vector<ScanError> errors;
+    std::vector<ProxyFile> proxies; ///< found and left out; not among the assets
 
     std::size_t totalFiles() const { return videoAssets.size() + audioAssets.size(); }
     bool hasErrors() const { return !errors.empty(); }
@@ -60,6 +67,7 @@ struct ScanProgress {
 
 JSON toJSON(const DiscoveryResult& result);
 JSON toJSON(const ScanError& error);
+JSON toJSON(const ProxyFile& proxy);
 JSON toJSON(const ScanResult& result);
 
 } // namespace orvane

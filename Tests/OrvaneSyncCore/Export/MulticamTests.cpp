@@ -146,6 +146,28 @@ TEST(MulticamClips, CamerasAreNamedByTheirFilesElseByTheirPlace) {
     check("clip.mov", 0xD800 - 65, "Cam 55232");
 }
 
+TEST(MulticamClips, NoTwoCamerasHaveOneNameOrOneAngle) {
+    const auto check = [&](const Names& paths, const Names& names) {
+        std::vector<MediaAsset> videos;
+        std::vector<const MediaAsset*> pointers;
+        for (const std::string& path : paths) videos.emplace_back(FileURL{"/s/" + path}, AssetKind::video);
+        for (const MediaAsset& video : videos) pointers.push_back(&video);
+        EXPECT_EQ(FCPXMLExporter::cameraNames(pointers), names) << testing::PrintToString(paths);
+    };
+    check({"x/A001C001.mov", "y/B001C001.mov", "y/c.mov"}, {"Cam A", "Cam B", "Cam C"});
+    check({"CARD_1/A001C001.mov", "CARD_2/A001C001.mov"}, {"Cam A CARD_1", "Cam A CARD_2"});
+    check({"1/D/A001C001.mov", "B001C001.mov", "2/D/A001C007.mov"}, {"Cam A 1", "Cam B", "Cam A 2"});
+    check({"A1.mov", "A2.mov", "A3.mov"}, {"Cam A", "Cam A 2", "Cam A 3"});
+    check({"1/A1.mov", "1/A2.mov", "2/A3.mov"}, {"Cam A 1", "Cam A 1 2", "Cam A 2"});
+    check({"Card/A1.mov", "card/A1.mov"}, {"Cam A Card", "Cam A card 2"}); // ids are lower case
+    check({"B001C001.mov", "clip.mov", "clip2.mov"}, {"Cam B", "Cam C", "Cam D"});
+    check({"CAM_B/clip.mov", "C Camera/clip.mov", "x/clip.mov"}, {"Cam B", "Cam C", "Cam D"});
+    check({"cams/clip.mov", "CamC/clip.mov", "CAMP/clip.mov"},
+          {"Cam A", "Cam C", "Cam D"}); // words are no cameras
+    check({"cam a/c0.mov", "cam a/c1.mov"}, {"Cam A", "Cam B"});
+    check({"Cam-A/clip.mov", "x/A001C001.mov"}, {"Cam B", "Cam A"});
+}
+
 TEST(MulticamClips, AreRenderedToTheCodecOfMostSources) {
     const auto check = [&](MulticamCodec requested, const std::vector<std::optional<std::string>>& sources,
                            const char* codec) {

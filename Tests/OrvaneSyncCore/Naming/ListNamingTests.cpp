@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
+#include "OrvaneSyncCore/Services/Naming/ClipNames.h"
 #include "OrvaneSyncCore/Services/Naming/PatternEditor.h"
 #include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "OrvaneSyncCore/Services/Naming/SidebarOutline.h"
@@ -36,6 +37,36 @@ Names files(const SyncGroupList& groups) {
     Names names;
     for (const SyncGroup& group : groups) names.push_back(group.video.filename);
     return names;
+}
+
+TEST(ClipNames, TheFolderTellsTwoCamerasOfOneNameApart) {
+    struct File {
+        const char *path, *start;
+    };
+    const auto check = [](const std::vector<File>& files, Source source, const Names& names) {
+        SyncGroupList groups;
+        for (const File& file : files)
+            groups.append(clip(video(file.path, file.start), slated(audio("MIX.wav"), "12", "3")));
+        EXPECT_EQ(ClipNames::of(groups, source, std::nullopt, "-"), names) << files.front().path;
+        const auto outline = SidebarOutline::build(groups, source, std::nullopt);
+        const bool isMulticam = outline.front().isMulticam;
+        EXPECT_EQ(isMulticam ? outline.front().children[0].label : names[0], names[0]);
+    };
+    const char *ten = "10:00:00:00", *soon = "10:00:30:00", *later = "10:02:00:00";
+    check({{"1/A001C001.mov", ten}, {"2/A001C001.mov", later}}, Source::sceneTake,
+          {"12-3 Cam A 1", "12-3 Cam A 2"});
+    check({{"1/A001C001.mov", ten}, {"2/A001C001.mov", later}}, Source::video,
+          {"A001C001 Cam A 1", "A001C001 Cam A 2"});
+    check({{"1/A001C001.mov", ten}, {"2/A001C005.mov", soon}, {"1/A001C002.mov", later}}, Source::sceneTake,
+          {"12-3 Cam A 1", "12-3 Cam A 2", "12-3 Cam A 1"});
+    check({{"1/go.mov", ten}, {"2/pro.mov", soon}}, Source::sceneTake, {"12-3 1", "12-3 2"});
+    // One camera that went on, on its next card or on the same.
+    check({{"1/A001C009.mov", ten}, {"2/A002C001.mov", later}}, Source::sceneTake,
+          {"12-3 Cam A", "12-3 Cam A"});
+    check({{"1/A001C001.mov", ten}, {"1/A001C002.mov", soon}}, Source::sceneTake,
+          {"12-3 Cam A", "12-3 Cam A"});
+    check({{"1/A001C001.mov", ten}, {"2/B001C001.mov", ten}}, Source::sceneTake,
+          {"12-3 Cam A", "12-3 Cam B"});
 }
 
 TEST(SyncClustering, clustersAndSiblings) {

@@ -10,23 +10,15 @@ using namespace fcpxml;
 
 namespace {
 
-constexpr std::size_t shortestCameraFilename = 4; // characters; a letter, a number and something behind them
-
-std::string angleID(const std::string& cameraName) {
-    std::string id = "angle_" + platform::text::lowercased(cameraName);
-    std::ranges::replace(id, ' ', '_');
-    return id;
-}
-
 /// How much later than the first camera this one began to roll.
 Time delay(const SyncClip& clip, const Time& earliest) {
     return clip.start ? *clip.start - earliest : Time::zero();
 }
 
-MCAngle angle(CameraClip camera, std::size_t index, const Time& earliest) {
+MCAngle angle(CameraClip camera, std::string name, const Time& earliest) {
     MCAngle angle;
-    angle.name = deriveCameraName(camera.group->video, index);
-    angle.angleID = angleID(*angle.name);
+    angle.angleID = angleID(name);
+    angle.name = std::move(name);
     camera.clip.offset = delay(camera.clip, earliest);
     if (*camera.clip.offset > Time::zero()) {
         Gap gap;
@@ -49,16 +41,6 @@ std::string joinedName(const std::vector<CameraClip>& cameras, const NamesByGrou
 }
 
 } // namespace
-
-std::string deriveCameraName(const MediaAsset& from, std::size_t index) {
-    const std::string filename = platform::text::uppercased(from.filename);
-    const auto characters = platform::text::characters(filename);
-    if (characters.size() >= shortestCameraFilename && platform::text::isLetter(characters[0]) &&
-        platform::text::isNumber(characters[1]))
-        return "Cam " + std::string(characters[0]);
-    const auto letter = platform::text::utf8('A' + index);
-    return "Cam " + letter.value_or(std::to_string(index + 1));
-}
 
 std::string resolveMulticamCodec(MulticamCodec requested, const std::vector<const MediaAsset*>& sources) {
     if (requested != MulticamCodec::automatic) return std::string(rawValue(requested));
@@ -120,8 +102,11 @@ std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, cons
     built.media.id = {resources.nextID()};
     built.media.name = joinedName(cameras, clipNames);
     multicam.angles.reserve(cameras.size());
-    for (CameraClip& camera : cameras)
-        multicam.angles.push_back(angle(std::move(camera), multicam.angles.size(), earliest));
+    std::vector<std::string> names = cameraNames(videos);
+    for (CameraClip& camera : cameras) {
+        const std::size_t place = multicam.angles.size();
+        multicam.angles.push_back(angle(std::move(camera), std::move(names[place]), earliest));
+    }
     built.clip.sources.emplace_back().angleID = multicam.angles.front().angleID;
     built.media.item = std::move(multicam);
     built.clip.ref = {built.media.id.value};
@@ -156,8 +141,10 @@ std::optional<UUID> multicamBucketGroupID(const std::vector<const SyncGroup*>& g
         std::vector<std::string> names;
         for (const Bucket& bucket : buckets) names.push_back(*bucket.name);
         std::ranges::sort(names);
+        FileNames files;
+        for (const SyncGroup* group : groups) files.add(group->video);
         std::vector<std::string> filenames;
-        for (const SyncGroup* group : groups) filenames.push_back(group->video.filename);
+        for (const SyncGroup* group : groups) filenames.push_back(files.of(group->video));
         warnings.push_back("Multicam angles span different scenes (" + platform::text::joined(names, ", ") +
                            "): " + platform::text::joined(filenames, ", ") +
                            " — placed in the first angle's scene event.");

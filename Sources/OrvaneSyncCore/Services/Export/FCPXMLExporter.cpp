@@ -36,8 +36,8 @@ void warnOfOtherRate(ExportWalk& walk, const SyncGroup& group) {
     const double own = group.video.projectFrameRate.value_or(0), project = walk.settings.projectFrameRate;
     if (!group.matchStatus.isSettled() || !(own > 0) || !(project > 0)) return;
     if (!(std::max(own, project) / std::min(own, project) - 1 > rateMismatch)) return;
-    walk.result.warnings.push_back("Project rate mismatch: " + group.video.filename + " is " +
-                                   threeDigits(own) + " fps, project is " + threeDigits(project) + " fps");
+    walk.warn("Project rate mismatch: ", group,
+              " is " + threeDigits(own) + " fps, project is " + threeDigits(project) + " fps");
 }
 
 std::string eventClipName(const ExportWalk& walk, const SyncGroup& group) {
@@ -56,7 +56,7 @@ void addClipWithoutAudio(ExportWalk& walk, const SyncGroup& group) {
             return;
         }
     }
-    walk.result.warnings.push_back("MOS (no audio): " + group.video.filename);
+    walk.warn("MOS (no audio): ", group);
 }
 
 /// The picture's format and asset, and an asset for each of its recordings. Nothing is shared between clips.
@@ -105,7 +105,7 @@ void addGroup(ExportWalk& walk, const SyncGroup& group) {
     if (group.isMOS())
         addClipWithoutAudio(walk, group);
     else if (!group.matchStatus.isSettled())
-        walk.result.warnings.push_back("Skipped (not matched): " + group.video.filename);
+        walk.warn("Skipped (not matched): ", group);
     else
         addClip(walk, group);
 }
@@ -141,6 +141,14 @@ void giveEditableItemsTheirType(std::string& text) {
         std::copy(addition.begin(), addition.end(), place(to));
         from = ends.back();
     }
+}
+
+void ExportWalk::warn(std::string_view before, const SyncGroup& group, std::string_view behind) {
+    if (!fileNames) {
+        fileNames.emplace();
+        for (const SyncGroup& other : groups) fileNames->add(other.video);
+    }
+    result.warnings.push_back(std::string(before) + fileNames->of(group.video) + std::string(behind));
 }
 
 void ExportWalk::place(EventItem item, const SyncGroup* group) {

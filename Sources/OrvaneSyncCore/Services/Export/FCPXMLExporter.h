@@ -165,6 +165,13 @@ std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, cons
 /// Such as "Cam A": by the letter that the camera gave its file, else by the place, from 0. Two cameras may
 /// get the same name.
 std::string deriveCameraName(const MediaAsset& from, std::size_t index);
+/// The angle of a camera: "angle_" and its name, lower case, blanks as "_".
+std::string angleID(const std::string& cameraName);
+/// The names of the cameras of one multicam clip, no two with one name or one angle. Where files state one
+/// letter, their folders tell them apart ("Cam A CARD_2"), in one folder a number ("Cam A 2"). Where a file
+/// states none, a folder such as "CAM_B" names the camera; without one it takes its place, or the next place
+/// whose letter no other camera has.
+std::vector<std::string> cameraNames(const std::vector<const MediaAsset*>& videos);
 /// What Final Cut Pro is to render to; where the choice is left open, the codec that most sources have.
 std::string resolveMulticamCodec(MulticamCodec requested, const std::vector<const MediaAsset*>& sources);
 /// The clip whose scene event takes the multicam clip: that of the scene with the most angles, the earliest

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/FilePaths.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 
 #include <optional>
@@ -46,7 +47,10 @@ struct ExportWalk {
     std::unordered_map<UUID, std::vector<std::string>> audioAssetIDsByGroup;
     NamesByGroup clipNames;
     NamesByGroup sceneEventNames;
+    std::optional<FileNames> fileNames; ///< of all camera files; from the first warning on
 
+    /// Adds a line on the clip's camera file.
+    void warn(std::string_view before, const SyncGroup& group, std::string_view behind = {});
     /// Puts an item into the main events; `group` decides its scene, null for none.
     void place(fcpxml::EventItem item, const SyncGroup* group);
     /// Once for each clip: a copy where it stands in an event as well.

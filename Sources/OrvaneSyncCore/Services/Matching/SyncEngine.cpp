@@ -220,12 +220,18 @@ SyncGroup group(const MediaAsset& video, const std::vector<Recording>& recording
 
 /// The videos' places in the list, in the order of file names.
 std::vector<std::size_t> orderByName(const std::vector<MediaAsset>& videos) {
+    std::vector<std::size_t> order(videos.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    // The files of one card come in this order.
+    const auto isUnordered = [](const MediaAsset& a, const MediaAsset& b) {
+        return platform::text::compareLocalizedStandard(a.filename, b.filename) > 0;
+    };
+    if (std::ranges::adjacent_find(videos, isUnordered) == videos.end()) return order;
+
     std::vector<std::string> keys;
     keys.reserve(videos.size());
     for (const MediaAsset& video : videos)
         keys.push_back(platform::text::localizedStandardSortKey(video.filename));
-    std::vector<std::size_t> order(videos.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
     std::ranges::stable_sort(order, {}, [&](std::size_t i) -> const std::string& { return keys[i]; });
     return order;
 }

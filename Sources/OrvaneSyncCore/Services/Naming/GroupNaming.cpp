@@ -101,11 +101,12 @@ std::string prefillClipNameFieldValue(const SyncGroup& group, Source source,
 
 std::string fcpClipName(const SyncGroup& group, Source source,
                         const std::optional<std::string>& customPattern, int siblingCount,
-                        std::string_view separator, bool includeOffspeedTag) {
+                        std::string_view separator, bool includeOffspeedTag, std::string_view cameraFolder) {
     auto manual = manualName(group);
     std::string name = manual ? *std::move(manual) : baseName(group, source, customPattern, separator);
     if (siblingCount >= 2)
         if (const auto letter = cameraLetter(group.video)) name += " Cam " + *letter;
+    if (!cameraFolder.empty()) name.append(" ").append(cameraFolder);
     if (group.isPickup) name += " PU";
     return includeOffspeedTag ? appendingOffspeedTag(std::move(name), group) : name;
 }

@@ -79,10 +79,12 @@ std::string prefillClipNameFieldValue(const SyncGroup& group, Source source,
                                       const std::optional<std::string>& customPattern,
                                       std::string_view separator);
 
-/// The name that is shown: manual or base name, camera (with two siblings or more), pickup, offspeed tag.
+/// The name that is shown: manual or base name, camera (with two siblings or more), the folder of the camera
+/// where one is given, pickup, offspeed tag.
 std::string fcpClipName(const SyncGroup& group, Source source,
                         const std::optional<std::string>& customPattern, int siblingCount,
-                        std::string_view separator, bool includeOffspeedTag);
+                        std::string_view separator, bool includeOffspeedTag,
+                        std::string_view cameraFolder = {});
 
 /// The rate of the sensor, such as "120fps", on a clip that is treated as offspeed.
 std::optional<std::string> offspeedTag(const SyncGroup& group);

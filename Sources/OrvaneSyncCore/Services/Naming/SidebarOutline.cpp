@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Services/Naming/SidebarOutline.h"
 
+#include "OrvaneSyncCore/Services/Naming/ClipNames.h"
+
 #include <algorithm>
 #include <unordered_map>
 #include <utility>
@@ -51,10 +53,13 @@ std::vector<SidebarNode> build(const SyncGroupList& groups, GroupNaming::Source 
             return GroupNaming::cameraLetter(group->video).value_or("Z");
         });
         SidebarNode parent{bundle.key + "__multicam", bundle.key, nullptr, {}, true};
-        for (const auto& group : bundle.groups)
+        SyncGroupList cameras;
+        for (auto& group : bundle.groups) cameras.append(std::move(group));
+        const std::vector<std::string> names =
+            ClipNames::of(cameras, source, customPattern, GroupNaming::defaultSeparator);
+        for (std::size_t i = 0; i < cameras.size(); ++i)
             parent.children.push_back(
-                leaf(group, GroupNaming::fcpClipName(*group, source, customPattern, 2,
-                                                     GroupNaming::defaultSeparator, true)));
+                leaf(cameras.element(i), GroupNaming::appendingOffspeedTag(names[i], cameras[i])));
         nodes.push_back(std::move(parent));
     }
     return nodes;

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Review/SiblingSuggestion.h"
 
+#include "OrvaneSyncCore/Services/Naming/ClipNames.h"
 #include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
 
 #include <algorithm>
@@ -13,6 +14,11 @@ namespace {
 long long whole(double value) {
     constexpr double most = 1e15;
     return std::isnan(value) ? 0 : static_cast<long long>(std::clamp(value, -most, most));
+}
+
+std::string cameraText(const SyncGroup& group) {
+    const auto letter = GroupNaming::cameraLetter(group.video);
+    return letter ? "Cam " + *letter : group.video.filename;
 }
 
 } // namespace
@@ -33,14 +39,16 @@ std::optional<SiblingSuggestion> activeSiblingSuggestion(const SyncGroup& group,
         constexpr double milliseconds = 1000;
         std::string key = siblings[i].id.text() + ":" + std::to_string(whole(offset * milliseconds));
         if (dismissedKeys.contains(key)) continue;
-        return SiblingSuggestion{siblings.element(i), offset, std::move(key)};
+        SiblingSuggestion suggestion{siblings.element(i), offset, std::move(key)};
+        if (cameraText(siblings[i]) == cameraText(group))
+            suggestion.folder = ClipNames::cameraFolders({&siblings[i], &group}).front();
+        return suggestion;
     }
     return std::nullopt;
 }
 
 std::string SiblingSuggestion::text(double frameRate) const {
-    const auto letter = GroupNaming::cameraLetter(sibling->video);
-    return (letter ? "Cam " + *letter : sibling->video.filename) + " was shifted " +
+    return cameraText(*sibling) + (folder.empty() ? "" : " " + folder) + " was shifted " +
            formatOffset(offsetSeconds, frameRate) + " — apply the same to this cam?";
 }
 

@@ -2,6 +2,7 @@
 
 #include "Timecode/Timecode.h"
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -35,23 +36,44 @@ Fraction shortestFraction(double number) {
     return {n1, d1};
 }
 
+/// Nothing where none is near enough.
+std::optional<TimecodeFrameRate> nearestOfTable(double fps) {
+    static const auto numbers = [] {
+        std::array<double, timecodeFrameRateCount> values{};
+        for (const TimecodeFrameRate rate : timecodeRate::all())
+            values[static_cast<std::size_t>(rate)] = timecodeRate::rate(rate).doubleValue();
+        return values;
+    }();
+    double least = std::numeric_limits<double>::infinity();
+    std::size_t nearest = 0;
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        const double distance = std::abs(fps - numbers[i]) / numbers[i];
+        if (!(distance < least)) continue;
+        least = distance;
+        nearest = i;
+    }
+    return least <= sameRate ? std::optional(static_cast<TimecodeFrameRate>(nearest)) : std::nullopt;
+}
+
 } // namespace
 
 Fraction exactRate(double fps) {
     if (!std::isfinite(fps) || !(fps > 0)) return fallback;
-    double least = std::numeric_limits<double>::infinity();
-    Fraction nearest = fallback;
-    for (const TimecodeFrameRate known : timecodeRate::all()) {
-        const Fraction rate = timecodeRate::rate(known);
-        const double distance = std::abs(fps / rate.doubleValue() - 1);
-        if (distance < least) {
-            least = distance;
-            nearest = rate;
-        }
-    }
-    if (least <= sameRate) return nearest;
+    if (const auto known = nearestOfTable(fps)) return timecodeRate::rate(*known);
     const Fraction own = shortestFraction(fps);
     return own.numerator() > 0 && own.denominator() > 0 ? own : fallback;
+}
+
+double exactRateValue(double fps) {
+    const auto known = nearestOfTable(fps);
+    return known ? timecodeRate::rate(*known).doubleValue() : fps;
+}
+
+std::optional<TimecodeFrameRate> timecodeRate::nearest(double fps, bool drop) {
+    const auto known = nearestOfTable(fps);
+    if (!known) return std::nullopt;
+    const auto counted = from(rate(*known), drop);
+    return counted ? counted : from(rate(*known), false);
 }
 
 std::optional<std::int64_t> truncatedFrames(double frames) {

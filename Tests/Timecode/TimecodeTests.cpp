@@ -40,7 +40,9 @@ TEST(ExactRate, theTableWithinHalfAPermilleElseTheNumberItself) {
         EXPECT_EQ(exactRate(exactRate(fps).doubleValue()), rate) << fps << " twice";
     }
     // A variable rate has no short form; what stands for it drifts by less than a frame in a day.
-    EXPECT_NEAR(exactRateValue(27.182818284590452), 27.182818284590452, 1e-12);
+    EXPECT_NEAR(exactRate(27.182818284590452).doubleValue(), 27.182818284590452, 1e-12);
+    EXPECT_EQ(exactRateValue(59.95), 60000.0 / 1001);
+    EXPECT_EQ(exactRateValue(-1e300), -1e300);
 }
 
 TEST(ExactRate, cutsToFramesAfterTheNudge) {

@@ -32,6 +32,7 @@ JSON toJSON(const IXMLData& data) {
     json.setIfPresent("circled", data.circled);
     json.setIfPresent("wildTrack", data.wildTrack);
     json.setIfPresent("timecodeRate", data.timecodeRate);
+    json.setIfPresent("timecodeFlag", data.timecodeFlag);
     json.set("tracks", toJSONArray(data.tracks));
     return json;
 }
@@ -54,6 +55,7 @@ IXMLData decodedData(const Json& json) {
     data.circled = optional<std::string>(json, "circled");
     data.wildTrack = optional<std::string>(json, "wildTrack");
     data.timecodeRate = optional<std::string>(json, "timecodeRate");
+    data.timecodeFlag = optional<std::string>(json, "timecodeFlag");
     data.tracks = requiredArray<IXMLTrack>(json, "tracks");
     return data;
 }

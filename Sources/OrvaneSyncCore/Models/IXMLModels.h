@@ -26,6 +26,7 @@ struct IXMLData {
     std::optional<std::string> circled;      ///< the recorder's flag, as text
     std::optional<std::string> wildTrack;    ///< the recorder's flag, as text
     std::optional<std::string> timecodeRate; ///< such as 30000/1001 or 25/1
+    std::optional<std::string> timecodeFlag; ///< "DF" or "NDF"
     std::vector<IXMLTrack> tracks;           ///< in document order
 
     bool isCircled() const;

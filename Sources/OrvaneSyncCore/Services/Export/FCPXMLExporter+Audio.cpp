@@ -19,13 +19,17 @@ struct Placement {
     const MediaAsset& audio;
     const std::string& assetID;
     Time start;
+    Time place; ///< on the clip's axis, without the offsets
     Time duration;
     int channels;
 
-    Placement(const MediaAsset& file, const std::string& id, double fps, const ExportSettings& settings)
-        : audio(file), assetID(id), start(audioStartTime(file).value_or(Time::zero())),
-          duration(durationTime(file.durationSeconds, fps).value_or(fallbackDuration(fps))),
-          channels(channelCountOf(file, settings)) {}
+    Placement(const SyncGroup& group, std::size_t index, const std::string& id, double fps,
+              const ExportSettings& settings)
+        : audio(group.audioMatches[index].audio), assetID(id),
+          start(audioStartTime(audio).value_or(Time::zero())),
+          place(audioPlaceTime(group, group.audioMatches[index], fps)),
+          duration(soundLength(soundDuration(audio.durationSeconds, audioRate(audio)), fps)),
+          channels(channelCountOf(audio, settings)) {}
 
     Audio channel(int track, std::optional<int> lane, const std::string& role) const {
         Audio element;
@@ -128,15 +132,14 @@ AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string
     const SmartAudioResult* result = found == settings.smartAudioResults.end() ? nullptr : &found->second;
 
     RoleEntries roles(settings);
-    const Placement first(group.audioMatches[0].audio, audioAssetIDs[0], fps, settings);
-    const Time offset = first.start + manualOffsetTime(group.manualAudioOffsetSeconds, fps) +
+    const Placement first(group, 0, audioAssetIDs[0], fps, settings);
+    const Time offset = first.place + manualOffsetTime(group.manualAudioOffsetSeconds, fps) +
                         manualOffsetTime(effectiveGlobalAudioOffset(group, settings, fps), fps);
     chain.anchored.reserve(files);
-    chain.anchored.emplace_back(
-        firstFile(first, offset, audioFormatID, isDropFrame(fps) ? TcFormat::df : TcFormat::ndf, roles));
+    chain.anchored.emplace_back(firstFile(first, offset, audioFormatID, tcFormat(group.video, fps), roles));
     int lane = -first.channels;
     for (std::size_t i = 1; i < files; ++i) {
-        const Placement file(group.audioMatches[i].audio, audioAssetIDs[i], fps, settings);
+        const Placement file(group, i, audioAssetIDs[i], fps, settings);
         chain.anchored.emplace_back(furtherFile(file, lane, roles));
     }
 
@@ -181,8 +184,8 @@ double effectiveGlobalAudioOffset(const SyncGroup& group, const ExportSettings& 
         return 0;
     const auto& fromTC = settings.globalAudioOffsetStartingFromTC;
     if (fromTC && !fromTC->empty()) {
-        const auto first = timecodeToTime(fromTC, fps);
-        const auto own = timecodeToTime(group.video.startTimecodeString, fps);
+        const auto first = timecodeToTime(fromTC, fps, group.video.timecodeFrameRate);
+        const auto own = pictureStartTime(group.video, fps);
         if (first && own && *own < *first) return 0;
     }
     return offset;

@@ -93,6 +93,7 @@ class IXMLParserDelegate final : public platform::XMLStreamHandler {
 
     void endInSpeed(std::string_view element, std::string_view text) {
         if (element == "TIMECODE_RATE") keep(data_.timecodeRate, text);
+        if (element == "TIMECODE_FLAG") keep(data_.timecodeFlag, text);
     }
 
     void endOutside(std::string_view element, std::string_view text) {

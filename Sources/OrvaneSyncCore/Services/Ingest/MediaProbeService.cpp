@@ -7,6 +7,7 @@
 #include "Platform/MainThread.h"
 #include "Platform/MediaInspector.h"
 #include "Platform/Text.h"
+#include "Timecode/ExactRate.h"
 
 #include <algorithm>
 #include <array>
@@ -85,7 +86,7 @@ bool takeVendorRates(MediaAsset& asset, const std::vector<MediaMetadataItem>& me
         const auto rate = numberOf(item);
         if (!rate) continue;
         if (isSensorRate) asset.sensorFrameRate = rate;
-        if (isProjectRate) asset.projectFrameRate = rate;
+        if (isProjectRate) asset.projectFrameRate = exactRateValue(*rate);
         confirmed = confirmed || isProjectRate;
     }
     if (!std::isfinite(OffspeedDetector::slowMotionFactor(asset.sensorFrameRate, asset.projectFrameRate)))
@@ -102,6 +103,15 @@ std::optional<OffspeedConfidence> offspeedConfidence(const MediaAsset& asset, bo
                               asset.sensorFrameRate && *asset.sensorFrameRate > 0;
     if (!knowsNothing) return std::nullopt;
     return OffspeedConfidence::suspectedUnconfirmed(1.0);
+}
+
+/// Recorders name the kind of count in the text of the rate, which goes first, or beside it.
+std::optional<TimecodeFrameRate> statedRate(const IXMLData& ixml) {
+    const auto rate = TimecodeUtils::timecodeFrameRateFromIXML(ixml.timecodeRate);
+    if (!rate || !ixml.timecodeFlag ||
+        platform::text::uppercased(*ixml.timecodeRate).find("DF") != std::string::npos)
+        return rate;
+    return TimecodeUtils::timecodeFrameRateFromIXML(*ixml.timecodeRate + " " + *ixml.timecodeFlag);
 }
 
 /// Work so small that handing it out one by one would cost more than doing it.
@@ -217,10 +227,13 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
         if (auto start = TimecodeTrackReader::read(*file)) {
             asset.startTimecodeString = std::move(start->timecode);
             asset.projectFrameRate = start->projectFrameRate;
+            asset.timecodeFrameRate = start->timecodeFrameRate;
             rateFromTimecodeTrack = start->projectFrameRate.has_value();
         }
     }
     const bool vendorConfirmed = takeVendorRates(asset, inspection.metadata);
+    if (!vendorConfirmed && OffspeedDetector::isHalfRate(asset.projectFrameRate, asset.frameRate))
+        asset.projectFrameRate = exactRateValue(*asset.frameRate);
     if (kind == AssetKind::video)
         asset.offspeedConfidence = offspeedConfidence(asset, rateFromTimecodeTrack, vendorConfirmed);
     if (mayHoldBroadcastChunks(extension)) readBroadcastMetadata(asset, *file);
@@ -236,11 +249,9 @@ void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFil
     if (asset.startTimecodeString) return;
 
     if (asset.bextTimeReference) {
-        const auto stated = asset.ixmlData
-                                ? TimecodeUtils::timecodeFrameRateFromIXML(asset.ixmlData->timecodeRate)
-                                : std::nullopt;
-        const auto assumed =
-            asset.frameRate ? TimecodeUtils::frameRate(*asset.frameRate) : TimecodeFrameRate::fps24;
+        const auto stated = asset.ixmlData ? statedRate(*asset.ixmlData) : std::nullopt;
+        const auto assumed = asset.frameRate ? TimecodeUtils::frameRate(exactRateValue(*asset.frameRate))
+                                             : TimecodeFrameRate::fps24;
         const double seconds = TimecodeUtils::bextToSeconds(*asset.bextTimeReference,
                                                             asset.sampleRate.value_or(assumedSampleRate));
         // A rate of a few Hz makes ages of a count of samples, and what no timecode can count would be
@@ -248,6 +259,7 @@ void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFil
         const TimecodeFrameRate rate = stated.value_or(assumed);
         if (seconds * timecodeRate::frameRateForRealTimeCalculation(rate) < Timecode::frameCountLimit)
             asset.startTimecodeString = TimecodeUtils::secondsToTC(seconds, rate);
+        asset.timecodeFrameRate = stated;
     } else if (settings_.boolean("ltc.enabled")) {
         const std::int64_t channel = settings_.integer("ltc.channelIndex");
         constexpr std::int64_t lowest = std::numeric_limits<int>::min(),

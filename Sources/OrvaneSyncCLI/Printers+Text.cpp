@@ -16,6 +16,11 @@ std::string secondsText(double seconds) { return formatted("%.3f s", seconds); }
 
 std::string startText(const MediaAsset& asset) { return asset.startTimecodeString.value_or("-"); }
 
+std::string timecodeRateText(TimecodeFrameRate rate) {
+    return formatted("%.6g fps", timecodeRate::frameRateForRealTimeCalculation(rate)) +
+           (timecodeRate::isDrop(rate) ? ", drop frame" : ", non-drop");
+}
+
 std::string lengthText(const MediaAsset& asset) {
     return asset.durationSeconds ? clockText(*asset.durationSeconds) : "-";
 }
@@ -196,7 +201,9 @@ std::string assetText(const MediaAsset& asset, bool bold) {
     addFact(table, "codec", asset.videoCodecFourCC);
     if (asset.frameRate) addFact(table, "frame rate", formatted("%.6g fps", *asset.frameRate));
     if (asset.projectFrameRate)
-        addFact(table, "timecode or project rate", formatted("%.6g fps", *asset.projectFrameRate));
+        addFact(table, "project rate", formatted("%.6g fps", *asset.projectFrameRate));
+    if (asset.timecodeFrameRate)
+        addFact(table, "timecode counts", timecodeRateText(*asset.timecodeFrameRate));
     if (asset.isOffspeed() && asset.sensorFrameRate)
         addFact(table, "off-speed", "sensor at " + formatted("%.6g fps", *asset.sensorFrameRate));
     if (asset.channelCount) addFact(table, "channels", std::to_string(*asset.channelCount));

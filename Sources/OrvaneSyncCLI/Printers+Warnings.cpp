@@ -2,7 +2,7 @@
 
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
-#include "Timecode/TimecodeFrameRate.h"
+#include "Timecode/ExactRate.h"
 
 #include <cmath>
 #include <map>
@@ -24,9 +24,10 @@ std::string firstAndMore(const Names& names) {
 /// The rate at which frames are counted where the table of timecodes does not know that of the file.
 std::optional<double> otherRateOfTimecode(const MediaAsset& video) {
     constexpr double sameRate = 0.01; // of the rate
-    if (!video.startTimecodeString || !video.projectFrameRate) return std::nullopt;
+    if (!video.startTimecodeString || video.timecodeFrameRate || !video.projectFrameRate) return std::nullopt;
     const double stated = *video.projectFrameRate;
-    const double read = timecodeRate::frameRateForRealTimeCalculation(TimecodeUtils::frameRate(stated));
+    const double read =
+        timecodeRate::frameRateForRealTimeCalculation(TimecodeUtils::frameRate(exactRateValue(stated)));
     return std::abs(stated - read) > sameRate * stated ? std::optional(read) : std::nullopt;
 }
 

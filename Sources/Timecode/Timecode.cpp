@@ -10,9 +10,6 @@ namespace orvane {
 
 namespace {
 
-// Keeps a value that should land exactly on a frame from truncating to the frame before it.
-constexpr double elapsedNudge = 0.00001;
-
 /// Exact: the product is checked against its own rounding error.
 std::int64_t truncatedProduct(double fraction, int factor) {
     const double product = std::trunc(fraction * factor);
@@ -114,7 +111,7 @@ bool readGroups(std::string_view text, Groups& groups) {
 
 Timecode Timecode::fromRealTime(double seconds, TimecodeFrameRate rate) {
     double elapsed = seconds / (1.0 / timecodeRate::frameRateForRealTimeCalculation(rate));
-    elapsed += std::copysign(elapsedNudge, elapsed);
+    elapsed += std::copysign(Timecode::elapsedNudge, elapsed);
     if (!(std::abs(elapsed) < Timecode::frameCountLimit)) return {Components{}, rate};
     double whole = 0;
     const double fraction = std::modf(std::abs(elapsed), &whole);

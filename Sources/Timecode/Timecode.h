@@ -19,6 +19,8 @@ class Timecode {
         bool operator==(const Components&) const = default;
     };
     static constexpr int subFramesPerFrame = 100;
+    /// Of a frame. Keeps a value that should land exactly on a frame from truncating to the frame before it.
+    static constexpr double elapsedNudge = 0.00001;
     /// Frame counts of this size and beyond give zero: with the dropped numbers added they would leave 64
     /// bits.
     static constexpr double frameCountLimit = 4.0e18;

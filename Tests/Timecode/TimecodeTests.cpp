@@ -1,4 +1,5 @@
 #include "Support/Test.h"
+#include "Timecode/ExactRate.h"
 #include "Timecode/Timecode.h"
 
 namespace orvane {
@@ -15,6 +16,47 @@ TEST(Fraction, comparesByValue) {
     EXPECT_FALSE(Fraction(30000, 1001) == Fraction(2997, 100));
     EXPECT_FALSE(Fraction(1, 0) == Fraction(0, 1));
     EXPECT_FALSE(Fraction(lowest, -1) == Fraction(lowest, 1)) << "without leaving 64 bits";
+}
+
+TEST(ExactRate, theTableWithinHalfAPermilleElseTheNumberItself) {
+    const struct {
+        double fps;
+        Fraction rate;
+    } cases[] = {
+        {23.976, {24000, 1001}}, {23.98, {24000, 1001}},
+        {24, {24, 1}},           {23.99, {24, 1}}, // between the two, nearer to 24
+        {24.02, {1201, 50}},     {29.97003, {30000, 1001}},
+        {29.97F, {30000, 1001}}, {59.95, {60000, 1001}},
+        {47.95, {48000, 1001}},  {119.88, {120000, 1001}},
+        {12.5, {25, 2}},         {24.5, {49, 2}},
+        {29.7, {297, 10}},       {14.985, {2997, 200}},
+        {240, {240, 1}},         {0.04, {1, 25}},
+        {1e-12, {24, 1}},        {1e12, {24, 1}},
+        {-25, {24, 1}},          {0, {24, 1}},
+        {std::nan(""), {24, 1}}, {HUGE_VAL, {24, 1}},
+    };
+    for (const auto& [fps, rate] : cases) {
+        EXPECT_EQ(exactRate(fps), rate) << fps;
+        EXPECT_EQ(exactRate(exactRate(fps).doubleValue()), rate) << fps << " twice";
+    }
+    // A variable rate has no short form; what stands for it drifts by less than a frame in a day.
+    EXPECT_NEAR(exactRate(27.182818284590452).doubleValue(), 27.182818284590452, 1e-12);
+    EXPECT_EQ(exactRateValue(59.95), 60000.0 / 1001);
+    EXPECT_EQ(exactRateValue(-1e300), -1e300);
+}
+
+TEST(ExactRate, cutsToFramesAfterTheNudge) {
+    const std::pair<double, std::optional<std::int64_t>> cases[] = {
+        {23.99998, 23},
+        {864049.9999999999, 864050},
+        {-1.999995, -2},
+        {-1.99998, -1},
+        {-0.5, 0},
+        {0, 0},
+        {1e16, std::nullopt},
+        {std::nan(""), std::nullopt},
+    };
+    for (const auto& [frames, whole] : cases) EXPECT_EQ(truncatedFrames(frames), whole) << frames;
 }
 
 TEST(TimecodeFrameRate, table) {

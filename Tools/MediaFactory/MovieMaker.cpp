@@ -130,7 +130,7 @@ MovieMaker& MovieMaker::audio(const AudioSpec& spec) {
 
 MovieMaker& MovieMaker::timecode(const TimecodeSpec& spec) {
     const std::uint32_t frames = spec.frameDuration == 0 ? 0 : spec.timescale / spec.frameDuration;
-    const std::string entry = field("", 6) + be16(1) + be32(0) + be32(0) + be32(spec.timescale) +
+    const std::string entry = field("", 6) + be16(1) + be32(0) + be32(spec.flags) + be32(spec.timescale) +
                               be32(spec.frameDuration) + std::string(1, static_cast<char>(frames)) +
                               std::string(1, '\0');
     return track({.handler = "tmcd",

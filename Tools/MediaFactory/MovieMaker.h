@@ -48,6 +48,7 @@ struct TimecodeSpec {
     std::string format = "tmcd";
     bool wideOffset = false;                        ///< "co64" instead of "stco"
     std::optional<std::uint64_t> sampleOffset = {}; ///< a position that lies
+    std::uint32_t flags = 0;                        ///< 1 is drop frame
 };
 
 /// A track of any kind.

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
 #include "OrvaneSyncCore/Models/OffspeedDetector.h"
+#include "Timecode/ExactRate.h"
 
 #include <cmath>
 #include <unordered_map>
@@ -17,6 +18,14 @@ OffspeedConfidence confidence(double sensor, double project) {
                                          sensor / project);
 }
 
+/// Whoever names the rate of the file as that of the sensor, where the timecode counts half as many frames,
+/// means that the clip is to be shown at the rate of the timecode.
+bool isShownAtHalfSpeed(const MediaAsset& video, double sensor) {
+    return video.timecodeFrameRate && !OffspeedDetector::ratesDifferSignificantly(sensor, video.frameRate) &&
+           OffspeedDetector::isHalfRate(
+               timecodeRate::frameRateForRealTimeCalculation(*video.timecodeFrameRate), video.frameRate);
+}
+
 } // namespace
 
 void ImportController::setManualSensorFrameRate(UUID groupID, std::optional<double> fps) {
@@ -30,7 +39,10 @@ void ImportController::setManualSensorFrameRate(UUID groupID, std::optional<doub
             video.offspeedConfidence = OffspeedConfidence::suspectedUnconfirmed(1.0);
             return;
         }
-        if (!video.projectFrameRate) video.projectFrameRate = inferred;
+        if (isShownAtHalfSpeed(video, *fps))
+            video.projectFrameRate = timecodeRate::frameRateForRealTimeCalculation(*video.timecodeFrameRate);
+        else if (!video.projectFrameRate)
+            video.projectFrameRate = inferred;
         video.offspeedConfidence = confidence(*fps, *video.projectFrameRate);
     });
     removeRenderedAudio(groupID);
@@ -48,7 +60,7 @@ double ImportController::inferredProjectFrameRate(UUID excluding) const {
     Votes most;
     for (std::size_t i = 0; i < syncGroups_.size(); ++i) {
         const SyncGroup& group = syncGroups_[i];
-        const double rate = group.video.projectFrameRate.value_or(0);
+        const double rate = exactRateValue(group.video.projectFrameRate.value_or(0));
         if (group.id == excluding || !(rate > 0)) continue;
         Votes& own = votes.try_emplace(rate, Votes{0, i}).first->second;
         ++own.count;

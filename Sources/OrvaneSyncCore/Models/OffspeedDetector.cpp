@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Models/OffspeedDetector.h"
 
+#include "Timecode/ExactRate.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -20,11 +22,16 @@ bool OffspeedDetector::ratesDifferSignificantly(std::optional<double> a, std::op
 }
 
 double OffspeedDetector::slowMotionFactor(std::optional<double> sensor, std::optional<double> project) {
-    return sensor && project && *project > 0 ? *sensor / *project : 1.0;
+    return sensor && project && *project > 0 ? exactRateValue(*sensor) / exactRateValue(*project) : 1.0;
 }
 
 bool OffspeedDetector::isOffspeed(std::optional<double> sensor, std::optional<double> project) {
     return sensor && project && *project > 0 && std::abs(*sensor / *project - 1) > offspeedThreshold;
+}
+
+bool OffspeedDetector::isHalfRate(std::optional<double> counted, std::optional<double> picture) {
+    constexpr double sameFactor = 0.002; // relative; a counter of 30 goes with 59.94 as with 60
+    return counted && picture && *counted > 0 && std::abs(*picture / *counted / 2 - 1) <= sameFactor;
 }
 
 // A vendor's word alone, without both rates, says nothing that could be used.

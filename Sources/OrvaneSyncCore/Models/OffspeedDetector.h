@@ -40,6 +40,9 @@ constexpr double offspeedThreshold = 0.05;
 
 bool ratesDifferSignificantly(std::optional<double> a, std::optional<double> b);
 double slowMotionFactor(std::optional<double> sensor, std::optional<double> project);
+/// Whether a timecode counts each second frame of a picture (25 of 50, 29.97 or 30 of 59.94), as cameras do
+/// that have no timecode of more than 30 frames a second. That is no slow motion.
+bool isHalfRate(std::optional<double> counted, std::optional<double> picture);
 /// |sensor / project - 1| above `offspeedThreshold`, both rates present and the project rate above 0.
 bool isOffspeed(std::optional<double> sensor, std::optional<double> project);
 std::optional<OffspeedConfidence> classify(std::optional<double> sensorFrameRate,

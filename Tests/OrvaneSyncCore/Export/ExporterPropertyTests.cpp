@@ -1,8 +1,10 @@
+#include "FrameCheck/FrameCheck.h"
 #include "OrvaneSyncCore/Export/DocumentReader.h"
 #include "OrvaneSyncCore/Export/RandomShoot.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Text.h"
 #include "Support/Test.h"
+#include "Timecode/ExactRate.h"
 
 #include <set>
 
@@ -108,6 +110,20 @@ class Document {
         }
     }
 
+    /// Importers refuse what begins before its file or ends behind it.
+    void checkInsideFiles() const {
+        for (const Node* node : root_.all("")) {
+            if (node->name != "asset-clip" && node->name != "audio") continue;
+            const Node& asset = resource(node->text("ref"));
+            const Time first = asset.time("start").value_or(Time::zero()), start = *node->time("start");
+            EXPECT_GE(start, first) << node->text("name");
+            if (asset.has("duration")) {
+                EXPECT_LE(start + *node->time("duration"), first + *asset.time("duration"))
+                    << node->name << " " << node->text("name");
+            }
+        }
+    }
+
     void checkMulticams() const {
         for (const Node* clip : root_.all("mc-clip")) {
             const Node& multicam = resource(clip->text("ref")).children.front();
@@ -177,7 +193,7 @@ class Document {
     }
 
     double projectRate(const SyncGroup& group) const {
-        return FCPXMLExporter::usableRate(group.video.projectFrameRate, shoot_.settings.projectFrameRate);
+        return FCPXMLExporter::clipRate(group.video, shoot_.settings);
     }
 
     const AudioMatch& matchOf(const Node& sound, const SyncGroup& group) const {
@@ -206,27 +222,33 @@ class Document {
         }
         const double global = FCPXMLExporter::effectiveGlobalAudioOffset(group, shoot_.settings, fps);
         const double manual = group.manualAudioOffsetSeconds;
-        // The matcher reads the timecode of a picture without a project rate at the rate of its file, and the
-        // document at that of the project.
-        const std::string timecode = group.video.startTimecodeString.value_or("");
-        const double matched = TimecodeUtils::tcToSeconds(
-            timecode, group.video.projectFrameRate.value_or(group.video.frameRate.value_or(24)));
-        const double shown = TimecodeUtils::tcToSeconds(timecode, fps);
+        // The matcher reads the timecode of a picture without any rate at 24, and the document at that of the
+        // project.
+        const auto& video = group.video;
+        const double matched =
+            secondsOf(video, video.projectFrameRate.value_or(video.frameRate.value_or(24)));
+        const double shown = secondsOf(video, fps);
         double said = matched - shown + match.syncOffsetSeconds + manual + global;
         // Nothing but what is cut from each time by itself may be lost.
         said += cutOff(shown, fps) - cutOff(manual, fps) - cutOff(global, fps);
         if (!isCounted) {
-            const double soundRate = audio.frameRate.value_or(24);
-            said -= cutOff(TimecodeUtils::tcToSeconds(audio.startTimecodeString.value_or(""), soundRate),
-                           soundRate);
+            const double soundRate = exactRateValue(audio.frameRate.value_or(24));
+            said -= cutOff(secondsOf(audio, soundRate), soundRate);
         }
         EXPECT_NEAR((*sound.time("offset") - *picture.time("start")).toDouble(), said, frame.toDouble() / 2);
     }
 
-    /// What a time loses that is cut to whole frames, in seconds: they are counted at the nominal rate and
-    /// last as long as the true one says, so that one at 23.976 loses two frames by the evening.
+    static double secondsOf(const MediaAsset& asset, double fps) {
+        const auto timecode =
+            Timecode::fromString(asset.startTimecodeString.value_or(""),
+                                 asset.timecodeFrameRate.value_or(TimecodeUtils::frameRate(fps)));
+        return timecode ? timecode->realTimeValue() : 0;
+    }
+
+    /// What a time loses that is cut to whole frames, in seconds.
     static double cutOff(double seconds, double fps) {
-        return seconds - std::trunc(seconds * fps) * FCPXMLExporter::frameDurationTime(fps).toDouble();
+        const double frames = seconds * fps;
+        return (frames - std::trunc(frames + std::copysign(0.00001, frames))) / fps;
     }
 
     /// The same clip, but for its place in the angle.
@@ -264,6 +286,7 @@ TEST(ExporterProperties, DocumentsOfAShootSayWhatTheShootSays) {
         document->checkCurves();
         document->checkPictures();
         document->checkSound();
+        document->checkInsideFiles();
         document->checkMulticams();
         EXPECT_EQ(documentOf(shoot)->text(), document->text()) << "the same again";
         if (HasFailure()) return;
@@ -272,6 +295,13 @@ TEST(ExporterProperties, DocumentsOfAShootSayWhatTheShootSays) {
     }
     EXPECT_GT(std::min(multicams, sounds), static_cast<int>(documents / 6))
         << "the shoots are worth the test";
+}
+
+TEST(ExporterProperties, NoTimeIsAFrameOff) {
+    const auto report = frameCheck::checkRandomClips(400, 11);
+    EXPECT_EQ(report.faults, std::vector<std::string>());
+    EXPECT_GT(report.multicams, 20U);
+    EXPECT_GE(report.clips, 400U + report.multicams * 2) << "each clip, and again as an angle";
 }
 
 TEST(ExporterProperties, NumbersThatNoShootHasBreakNothing) {

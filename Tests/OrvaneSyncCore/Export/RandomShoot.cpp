@@ -10,7 +10,9 @@ namespace {
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double oddNumbers[] = {0, -0.0, -1, 1e-300, 0.4, 1e300, -1e300, 1e9, infinity, -infinity, NAN};
 constexpr int oddIntegers[] = {0, -1, 300, std::numeric_limits<int>::min()};
-constexpr double rates[] = {23.976, 24000.0 / 1001, 24, 25, 29.97, 30000.0 / 1001, 30, 47.952, 50, 59.94, 60};
+constexpr double rates[] = {
+    23.976, 24000.0 / 1001, 24,  25,  29.97, 30000.0 / 1001, 30, 47.952, 50, 59.94, 60, 90, 96,
+    100,    119.88,         120, 12.5};
 
 class Maker {
   public:
@@ -133,7 +135,11 @@ class Maker {
         if (chance(40)) made.sensorFrameRate = number(oneOf(sensors));
         made.frameRate = maybe(number(chance(50) ? fps : made.sensorFrameRate.value_or(fps)));
         // Close to each other, so that cameras meet.
-        made.startTimecodeString = maybe(timecode(36000 + between(0, 60), fps));
+        const double start = 36000 + between(0, 60);
+        if (chance(50)) made.timecodeFrameRate = timecodeRate::all().at(static_cast<std::size_t>(below(23)));
+        made.startTimecodeString =
+            maybe(made.timecodeFrameRate && !any_ ? TimecodeUtils::secondsToTC(start, *made.timecodeFrameRate)
+                                                  : timecode(start, fps));
         made.durationSeconds = maybe(number(between(0.01, 40)));
         made.width = maybe(integer(3840));
         made.height = maybe(integer(2160));
@@ -184,8 +190,10 @@ class Maker {
     static double startOf(const MediaAsset& asset) {
         if (asset.bextTimeReference.value_or(0) != 0)
             return TimecodeUtils::bextToSeconds(*asset.bextTimeReference, asset.sampleRate.value_or(48000));
-        return TimecodeUtils::tcToSeconds(asset.startTimecodeString.value_or(""),
-                                          asset.projectFrameRate.value_or(asset.frameRate.value_or(24)));
+        const auto rate = asset.timecodeFrameRate.value_or(
+            TimecodeUtils::frameRate(asset.projectFrameRate.value_or(asset.frameRate.value_or(24))));
+        const auto timecode = Timecode::fromString(asset.startTimecodeString.value_or(""), rate);
+        return timecode ? timecode->realTimeValue() : 0;
     }
 
     SyncGroup group(int index, ExportSettings& settings) {

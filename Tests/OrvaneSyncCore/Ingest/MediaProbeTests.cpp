@@ -45,7 +45,7 @@ TEST_F(Probe, aCameraFile) {
     JSON json = toJSON(asset);
     for (const char* key : {"id", "url"}) json.remove(key);
     EXPECT_EQ(json, JSON::parse(R"({"kind":"video","filename":"A001.mov","startTimecodeString":"01:00:00:00",
-        "durationSeconds":10.0,"width":1920,"height":1080,"frameRate":25.0,"sensorFrameRate":25.0,
+        "timecodeFrameRate":"fps25","durationSeconds":10.0,"width":1920,"height":1080,"frameRate":25.0,"sensorFrameRate":25.0,
         "projectFrameRate":25.0,"videoCodecFourCC":"avc1","channelCount":2,"sampleRate":48000.0,
         "contentCreatedDate":"2024-05-17T08:00:00Z"})"));
 }
@@ -86,6 +86,17 @@ TEST_F(Probe, offspeed) {
     check("no picture", MovieMaker().audio({}), none, none, {});
     check("vendor keys", with("com.acme.sensorFPS", 120.0, "projectFPS", std::int64_t{24}), 120.0, 24.0,
           Confidence::confirmed(true, 5.0));
+    const auto picture = [](std::uint32_t timescale, std::uint32_t step) {
+        return MovieMaker().video({.timescale = timescale, .frameDuration = step});
+    };
+    const std::tuple<std::uint32_t, std::uint32_t, test::TimecodeSpec> halfRates[] = {
+        {50, 1, {25, 1, 0}}, {60000, 1001, {30000, 1001, 0}}, {60, 1, {30, 1, 0}}, {60000, 1001, {30, 1, 0}}};
+    for (const auto& [rate, step, counter] : halfRates) {
+        const MediaAsset asset = probed(picture(rate, step).timecode(counter), "half.mov");
+        EXPECT_NEAR(asset.projectFrameRate.value_or(0), double(rate) / step, 1e-9) << "half-rate timecode";
+        EXPECT_FALSE(asset.isOffspeed() || asset.offspeedConfidence);
+    }
+    EXPECT_EQ(probed(with("projectFPS", "23.976"), "ntsc.mov").projectFrameRate, 24000.0 / 1001);
     check("as text, over the timecode track",
           with("com.acme.CaptureFrameRate", "50", "masterFPS", "+25.0").timecode({25, 1, 0}), 50.0, 25.0,
           Confidence::confirmed(true, 2.0));
@@ -120,6 +131,15 @@ TEST_F(Probe, aRecording) {
     EXPECT_FALSE(asset.offspeedConfidence.has_value());
 
     EXPECT_EQ(probed(recording(172'800'000, "30000/1001"), "df.bwf").startTimecodeString, "01:00:00;00");
+    const MediaAsset stated = probed(recording(172'800'000, "29.97 NDF"), "ndf.wav");
+    EXPECT_EQ(stated.startTimecodeString, "00:59:56:12");
+    EXPECT_EQ(stated.timecodeFrameRate, TimecodeFrameRate::fps29_97);
+    std::string ixml = test::IXMLText{.timecodeRate = "30000/1001"}.text();
+    ixml.insert(ixml.find("</SPEED>"), "<TIMECODE_FLAG>NDF</TIMECODE_FLAG>");
+    EXPECT_EQ(probed(WaveMaker().bext({.timeReference = 172'800'000}).iXML(ixml).silence(48), "flag.wav")
+                  .startTimecodeString,
+              "01:00:00;00")
+        << "the text of the rate alone says how frames are counted";
     EXPECT_EQ(probed(recording(172'802'000, ""), "24.wav").startTimecodeString, "01:00:00:01");
     EXPECT_EQ(probed(recording(172'802'000, "nonsense"), "24.wav").startTimecodeString, "01:00:00:01");
     EXPECT_FALSE(probed(recording(0, "25/1"), "none.wav").startTimecodeString.has_value());

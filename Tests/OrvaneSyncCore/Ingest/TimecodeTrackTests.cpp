@@ -23,23 +23,39 @@ MovieMaker movie(const TimecodeSpec& spec) { return MovieMaker().video({}).audio
 
 TEST(TimecodeTrack, rateAndFirstSampleGiveTheStart) {
     const auto check = [&](const char* name, const TimecodeSpec& spec, const char* timecode,
-                           std::optional<double> rate) {
+                           std::optional<double> rate,
+                           std::optional<TimecodeFrameRate> counted = TimecodeFrameRate::fps25) {
         SCOPED_TRACE(name);
         const auto start = readBytes(movie(spec).mediaBytes(64).bytes());
         ASSERT_TRUE(start.has_value());
         EXPECT_EQ(start->timecode, timecode);
         EXPECT_EQ(start->projectFrameRate, rate);
+        EXPECT_EQ(start->timecodeFrameRate, rate ? counted : std::nullopt);
     };
     check("25 frames", {25, 1, 90000}, "01:00:00:00", 25.0);
-    check("fractional rates near 30 drop", {30000, 1001, 1800}, "00:01:00;02", 30000.0 / 1001);
-    check("23.976", {24000, 1001, 86400}, "01:00:00:00", 24000.0 / 1001);
-    check("a rate that is no timecode's counts at 24", {120, 1, 86400}, "01:00:00:00", 120.0);
+    using enum TimecodeFrameRate;
+    const auto drop = [](std::uint32_t timescale, std::uint32_t duration, std::uint32_t first) {
+        return TimecodeSpec{
+            .timescale = timescale, .frameDuration = duration, .firstFrame = first, .flags = 1};
+    };
+    check("drop frame by its flag", drop(30000, 1001, 1800), "00:01:00;02", 30000.0 / 1001, fps29_97d);
+    check("no flag, no drop", {30000, 1001, 1800}, "00:01:00:00", 30000.0 / 1001, fps29_97);
+    check("59.94 in drop", drop(60000, 1001, 3600), "00:01:00;04", 60000.0 / 1001, fps59_94d);
+    check("a flag at a rate without drop", drop(25, 1, 90000), "01:00:00:00", 25.0);
+    check("23.976", {24000, 1001, 86400}, "01:00:00:00", 24000.0 / 1001, fps23_976);
+    check("23.98 in hundredths", {2398, 100, 86400}, "01:00:00:00", 24000.0 / 1001, fps23_976);
+    check("47.952", {48000, 1001, 172800}, "01:00:00:00", 48000.0 / 1001, fps47_952);
+    check("50", {50, 1, 180049}, "01:00:00:49", 50.0, fps50);
+    check("100", {100, 1, 360099}, "01:00:00:99", 100.0, fps100);
+    check("120", {120, 1, 432119}, "01:00:00:119", 120.0, fps120);
+    check("119.88 in drop", drop(120000, 1001, 7200), "00:01:00;008", 120000.0 / 1001, fps119_88d);
+    check("a rate that is no timecode's counts at 24", {15, 1, 86400}, "01:00:00:00", 15.0, std::nullopt);
     check("beyond a day", {25, 1, 25U * 86400}, "1 00:00:00:00", 25.0);
     check("a negative count", {25, 1, 0xFFFFFFFF}, "00:00:00:01", 25.0);
     check("the lowest count", {25, 1, 0x80000000}, "994 04:55:45:23", 25.0);
     check("no scale", {0, 1, 86400}, "01:00:00:00", std::nullopt);
     check("no frame duration", {25, 0, 86400}, "01:00:00:00", std::nullopt);
-    check("240 is the highest rate", {240, 1, 24}, "00:00:01:00", 240.0);
+    check("240 is the highest rate", {240, 1, 24}, "00:00:01:00", 240.0, std::nullopt);
     check("above 240", {241, 1, 24}, "00:00:01:00", std::nullopt);
     check("at 24 without a rate, hours go on", {0, 0, 86400 * 30}, "30:00:00:00", std::nullopt);
     check("another format", {.firstFrame = 86400, .format = "tc64"}, "01:00:00:00", std::nullopt);

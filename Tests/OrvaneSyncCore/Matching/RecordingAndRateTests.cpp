@@ -57,7 +57,7 @@ TEST(ProjectFrameRateResolver, resolve) {
           "detected (2 of 4 clips)", {"a", "c"});
     check("the user", {voter("a", 25, {}), voter("b", 30, {})}, 30, 30, "user setting", {"a"});
     check("the first of a kind names it", {voter("a", 23.976, {}), voter("b", 24, {}), voter("c", 24, {})}, 0,
-          23.976, "detected (3 of 3 clips)", {});
+          24000.0 / 1001, "detected (3 of 3 clips)", {});
     check("clips that are not exported",
           {excluded, voter("a", 50, {}, {}, MatchStatus::unmatched()),
            voter("b", 50, {}, {}, MatchStatus::ambiguous(2)), voter("c", 25, {}, {}, MatchStatus::mos())},

@@ -22,12 +22,14 @@ struct Placement {
     const std::string& assetID;
     const TakeFile& file;
     Time start;
+    Time place; ///< on the clip's axis, without the offsets
     Time duration;
 
     Placement(const SyncGroup& group, const TakeFile& takeFile, const std::string& id, double fps)
         : audio(group.audioMatches[takeFile.matchIndex].audio), assetID(id), file(takeFile),
           start(audioStartTime(audio).value_or(Time::zero())),
-          duration(durationTime(audio.durationSeconds, fps).value_or(fallbackDuration(fps))) {}
+          place(audioPlaceTime(group, group.audioMatches[takeFile.matchIndex], fps)),
+          duration(soundLength(soundDuration(audio.durationSeconds, audioRate(audio)), fps)) {}
 };
 
 /// The controls of the effects go from 0 to 100 and have no fractions. `amount` is 0 to 1; none is 0.
@@ -125,12 +127,12 @@ AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string
         const bool isFirst = chain.anchored.empty();
         Audio channels = channelsOf(placed, isFirst ? std::nullopt : std::optional(lane), roles, curves);
         if (isFirst) {
-            chain.anchored.emplace_back(firstFile(placed, std::move(channels), audioFormatID,
-                                                  isDropFrame(fps) ? TcFormat::df : TcFormat::ndf));
+            chain.anchored.emplace_back(
+                firstFile(placed, std::move(channels), audioFormatID, tcFormat(group.video, fps)));
         } else {
             chain.anchored.emplace_back(std::move(channels));
         }
-        std::visit([&](auto& item) { item.offset = placed.start + shift; }, chain.anchored.back());
+        std::visit([&](auto& item) { item.offset = placed.place + shift; }, chain.anchored.back());
         lane -= file.channelCount;
     }
 
@@ -160,8 +162,8 @@ double effectiveGlobalAudioOffset(const SyncGroup& group, const ExportSettings& 
         return 0;
     const auto& fromTC = settings.globalAudioOffsetStartingFromTC;
     if (fromTC && !fromTC->empty()) {
-        const auto first = timecodeToTime(fromTC, fps);
-        const auto own = timecodeToTime(group.video.startTimecodeString, fps);
+        const auto first = timecodeToTime(fromTC, fps, group.video.timecodeFrameRate);
+        const auto own = pictureStartTime(group.video, fps);
         if (first && own && *own < *first) return 0;
     }
     return offset;

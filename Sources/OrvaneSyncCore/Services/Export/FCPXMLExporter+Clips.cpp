@@ -38,10 +38,9 @@ struct Picture {
     TcFormat tcFormat;
 
     Picture(const MediaAsset& video, const ExportSettings& settings)
-        : fps(usableRate(video.projectFrameRate, settings.projectFrameRate)),
-          start(timecodeToTime(video.startTimecodeString, fps).value_or(Time::zero())),
+        : fps(clipRate(video, settings)), start(pictureStartTime(video, fps).value_or(Time::zero())),
           duration(durationTime(video.durationSeconds, fps).value_or(fallbackDuration(fps))),
-          tcFormat(isDropFrame(fps) ? TcFormat::df : TcFormat::ndf) {}
+          tcFormat(FCPXMLExporter::tcFormat(video, fps)) {}
 };
 
 AssetClip pictureClip(const SyncGroup& group, const Picture& picture, const std::string& assetID,
@@ -169,10 +168,9 @@ std::optional<SyncClip> buildMOSSyncClipWrapper(const SyncGroup& group, Resource
     if (!durationTime(group.video.durationSeconds, picture.fps)) return std::nullopt;
     const std::string assetID = resources.nextID();
     const std::string formatID = resources.nextID();
-    resources.add(nativeFormat(group.video, formatID, picture.fps, settings));
+    resources.add(nativeFormat(group.video, formatID, settings));
     Asset asset = videoAsset(group.video, assetID, formatID, settings);
     asset.start = picture.start;
-    asset.duration = picture.duration;
     resources.add(std::move(asset));
 
     const MappedItems mapped = lockitMappedItems(group, settings);

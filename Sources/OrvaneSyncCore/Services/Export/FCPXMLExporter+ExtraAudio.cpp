@@ -2,8 +2,6 @@
 
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
 
-#include <cmath>
-
 namespace orvane::FCPXMLExporter {
 
 using namespace fcpxml;
@@ -36,12 +34,9 @@ void addRoomTone(ExportWalk& walk) {
     Asset asset = audioAsset(file, walk.resources.nextID(), 1, settings);
     asset.name = file.filenameStem();
     asset.start = Time::zero();
-    asset.duration = Time(truncated(seconds * roomToneSampleRate), roomToneSampleRate);
+    asset.duration = soundDuration(seconds, roomToneSampleRate).value_or(Time::zero());
 
-    const double rate = usableRate(settings.frameRate);
-    AssetClip clip = soundClip(
-        asset, durationTime(seconds, rate).value_or(Time(truncated(seconds * rate), std::llround(rate))),
-        settings);
+    AssetClip clip = soundClip(asset, soundLength(asset.duration, usableRate(settings.frameRate)), settings);
     clip.lane = roomToneLane;
     walk.resources.add(std::move(asset));
     walk.place(std::move(clip), nullptr);
@@ -54,8 +49,9 @@ void addWildTracks(ExportWalk& walk) {
         asset.name = track.customName;
         asset.start = Time::zero();
         asset.duration =
-            durationTime(track.audio.durationSeconds, walk.settings.frameRate).value_or(Time::zero());
-        AssetClip clip = soundClip(asset, *asset.duration, walk.settings);
+            soundDuration(track.audio.durationSeconds, audioRate(track.audio)).value_or(Time::zero());
+        AssetClip clip =
+            soundClip(asset, soundLength(asset.duration, usableRate(walk.settings.frameRate)), walk.settings);
         walk.resources.add(std::move(asset));
         walk.place(std::move(clip), nullptr);
     }

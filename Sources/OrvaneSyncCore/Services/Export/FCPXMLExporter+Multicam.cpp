@@ -79,7 +79,7 @@ std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, cons
                                            const NamesByGroup& clipNames, const ExportSettings& settings,
                                            ResourceList& resources) {
     if (cameras.size() < fewestCameras) return std::nullopt;
-    const double fps = usableRate(cameras.front().group->video.frameRate, settings.frameRate);
+    const MediaAsset& firstVideo = cameras.front().group->video;
     std::optional<Time> firstStart;
     for (const CameraClip& camera : cameras)
         if (camera.clip.start && (!firstStart || *camera.clip.start < *firstStart))
@@ -95,7 +95,10 @@ std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, cons
     Multicam multicam;
     multicam.format = IDREF{altFormat};
     multicam.tcStart = earliest;
-    multicam.tcFormat = isDropFrame(fps) ? TcFormat::df : TcFormat::ndf;
+    // Where the timecode does not say how it counts, the file's own rate does.
+    multicam.tcFormat = tcFormat(firstVideo, firstVideo.timecodeFrameRate
+                                                 ? clipRate(firstVideo, settings)
+                                                 : usableRate(firstVideo.frameRate, settings.frameRate));
     multicam.renderFormat = resolveMulticamCodec(settings.multicamCodec, videos);
 
     BuiltMulticam built;

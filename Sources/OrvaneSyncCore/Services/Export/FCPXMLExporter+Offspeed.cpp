@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 #include "OrvaneSyncCore/Services/Naming/OffspeedNaming.h"
 #include "OrvaneSyncCore/Utilities/RateText.h"
+#include "Timecode/ExactRate.h"
 
 #include <array>
 #include <charconv>
@@ -64,6 +65,22 @@ void placeVariant(ExportWalk& walk, EventItem item, const SyncGroup& group, bool
         ownItems.push_back(std::move(item));
 }
 
+/// Frames of the sensor, as many as the clip's asset holds, whose own length is counted at the clip's rate.
+Time nativeDuration(const MediaAsset& video, double rate, const ExportSettings& settings) {
+    const auto asset = durationTime(video.durationSeconds, clipRate(video, settings));
+    const auto own = durationTime(video.durationSeconds, rate);
+    if (!asset || !own) return fallbackDuration(rate);
+    return std::min(*own, asset->toFrame(frameDurationTime(rate), FrameSampling::floor));
+}
+
+/// The number as it is stated, which the rate stands for.
+double statedRate(const MediaAsset& video, double rate) {
+    // No time can be counted at a rate that rounds to 0, but a time-lapse has one.
+    const double sensor = video.sensorFrameRate.value_or(0);
+    if (sensor > 0 && (sensor < 1 || exactRateValue(sensor) == rate)) return sensor;
+    return video.frameRate && exactRateValue(*video.frameRate) == rate ? *video.frameRate : rate;
+}
+
 } // namespace
 
 std::optional<TimeMap> buildTimeMap(const SyncGroup& group, double projectFPS) {
@@ -71,8 +88,9 @@ std::optional<TimeMap> buildTimeMap(const SyncGroup& group, double projectFPS) {
     if (!video.isOffspeed() || video.sourceRateDomain() != SourceRateDomain::sensorRate) return std::nullopt;
     const auto real = video.realDurationSeconds();
     if (!real || !(*real > 0)) return std::nullopt;
-    const auto value = durationTime(real, projectFPS);
-    const auto time = durationTime(video.slowMotionFactor() * *real, projectFPS);
+    const double fps = usableRate(projectFPS);
+    const auto value = durationTime(real, fps);
+    const auto time = durationTime(video.slowMotionFactor() * *real, fps);
     if (!value || !time) return std::nullopt;
 
     constexpr auto linear = Timept::InterpolationType::linear;
@@ -99,16 +117,14 @@ AssetClip buildNativeMOSClip(const SyncGroup& group, const std::string& videoAss
                              const std::string& fcpName, const ExportSettings& settings) {
     const MediaAsset& video = group.video;
     const double rate = usableRate(video.sensorFrameRate, video.frameRate);
-    // No time can be counted at a rate that rounds to 0, but a time-lapse has one.
-    const double sensor = video.sensorFrameRate.value_or(0);
-    const double saidRate = sensor > 0 && sensor < 1 ? sensor : rate;
+    const double saidRate = statedRate(video, rate);
     AssetClip clip;
     clip.ref = {videoAssetID};
     clip.name = OffspeedNaming::resolveNativeMOSName(
         fcpName, group.nativeMOSNameSuffix.value_or(settings.nativeMOSSuffix), saidRate);
-    clip.start = timecodeToTime(video.startTimecodeString, rate).value_or(Time::zero());
+    clip.start = pictureStartTime(video, clipRate(video, settings)).value_or(Time::zero());
     clip.offset = clip.start;
-    clip.duration = durationTime(video.durationSeconds, rate).value_or(fallbackDuration(rate));
+    clip.duration = nativeDuration(video, rate, settings);
     clip.tcFormat = TcFormat::ndf; // sensors do not count drop-frame
     clip.videoRole = VideoRole{{"video"}};
     addOffspeedKeywords(clip.markers, group, "Native MOS", settings);

@@ -51,8 +51,8 @@ AssetClip rawVideoAssetClip(const SyncGroup& group,
                             const std::unordered_map<UUID, std::string>& videoAssetIDByGroup,
                             ResourceList& resources, const ExportSettings& settings) {
     const MediaAsset& video = group.video;
-    const double fps = usableRate(video.frameRate, settings.frameRate);
-    const Time start = timecodeToTime(video.startTimecodeString, fps).value_or(Time::zero());
+    const double fps = clipRate(video, settings);
+    const Time start = pictureStartTime(video, fps).value_or(Time::zero());
     const Time duration = durationTime(video.durationSeconds, fps).value_or(fallbackDuration(fps));
     std::string assetID;
     if (const auto known = videoAssetIDByGroup.find(group.id); known != videoAssetIDByGroup.end()) {
@@ -60,20 +60,19 @@ AssetClip rawVideoAssetClip(const SyncGroup& group,
     } else {
         const std::string formatID = resources.nextID();
         assetID = resources.nextID();
-        resources.add(nativeFormat(video, formatID, fps, settings));
+        resources.add(nativeFormat(video, formatID, settings));
         Asset asset = videoAsset(video, assetID, formatID, settings);
         asset.start = start;
         asset.duration = duration;
         resources.add(std::move(asset));
     }
     AssetClip clip = wholeFile(video, std::move(assetID), start, duration);
-    clip.tcFormat = isDropFrame(fps) ? TcFormat::df : TcFormat::ndf;
+    clip.tcFormat = tcFormat(video, fps);
     return clip;
 }
 
 AssetClip rawAudioAssetClip(const MediaAsset& audio, const std::unordered_map<UUID, std::string>& reusableIDs,
                             ResourceList& resources, const ExportSettings& settings) {
-    const double fps = settings.frameRate;
     std::string assetID;
     if (const auto known = reusableIDs.find(audio.id); known != reusableIDs.end()) {
         assetID = known->second;
@@ -81,8 +80,9 @@ AssetClip rawAudioAssetClip(const MediaAsset& audio, const std::unordered_map<UU
         assetID = resources.nextID();
         resources.add(recordingAsset(audio, assetID, settings));
     }
-    return wholeFile(audio, std::move(assetID), audioStartTime(audio).value_or(Time::zero()),
-                     durationTime(audio.durationSeconds, fps).value_or(fallbackDuration(fps)));
+    return wholeFile(
+        audio, std::move(assetID), audioStartTime(audio).value_or(Time::zero()),
+        soundLength(soundDuration(audio.durationSeconds, audioRate(audio)), usableRate(settings.frameRate)));
 }
 
 void addRawMedia(ExportWalk& walk) {

@@ -25,14 +25,17 @@ Asset videoAsset(const MediaAsset& video, std::string id, std::string formatID,
     asset.hasVideo = true;
     asset.format = IDREF{std::move(formatID)};
     asset.videoSources = 1;
+    const double fps = clipRate(video, settings);
+    asset.start = pictureStartTime(video, fps);
+    asset.duration = durationTime(video.durationSeconds, fps);
     setMedia(asset, video.url, settings);
     return asset;
 }
 
-Format nativeFormat(const MediaAsset& video, std::string id, double fps, const ExportSettings& settings) {
+Format nativeFormat(const MediaAsset& video, std::string id, const ExportSettings& settings) {
     Format format;
     format.id = {std::move(id)};
-    format.frameDuration = frameDurationTime(fps);
+    format.frameDuration = frameDurationTime(usableRate(video.frameRate, clipRate(video, settings)));
     format.width = video.width.value_or(settings.outputWidth);
     format.height = video.height.value_or(settings.outputHeight);
     return format;
@@ -54,7 +57,7 @@ Asset recordingAsset(const MediaAsset& audio, std::string id, const ExportSettin
     Asset asset = audioAsset(audio, std::move(id), settings.defaultAudioTracks, settings);
     asset.name = audio.normalizedName();
     asset.start = audioStartTime(audio).value_or(Time::zero());
-    asset.duration = durationTime(audio.durationSeconds, settings.frameRate);
+    asset.duration = soundDuration(audio.durationSeconds, audioRate(audio));
     return asset;
 }
 

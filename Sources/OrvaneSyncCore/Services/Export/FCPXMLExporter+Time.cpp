@@ -1,70 +1,82 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Timecode/ExactRate.h"
 
 #include <cmath>
 
 namespace orvane::FCPXMLExporter {
 
-using fcpxml::Time;
+using namespace fcpxml;
 
 namespace {
 
 constexpr double fallbackRate = 24.0;
 constexpr double highestRate = 1.0e6;
-constexpr double fractionalTolerance = 0.01;
 constexpr double smallestOffsetSeconds = 0.0001;
 constexpr int defaultSampleRate = 48000;
 constexpr double highestSampleRate = 1.0e9;
 constexpr std::int64_t fallbackFrames = 1000;
-// Beyond it a double no longer counts single frames; times 1001 it still fits 64 bits.
-constexpr double frameLimit = 9007199254740992.0; // 2^53
+constexpr double sampleLimit = 9007199254740992.0; // 2^53, beyond it a double no longer counts single samples
 
 bool isUsable(double fps) { return std::isfinite(fps) && std::round(fps) >= 1 && fps <= highestRate; }
 
-/// A rate as the format states it: whole, or a whole rate times 1000/1001.
-struct ExactRate {
-    std::int64_t rounded;
-    bool fractional;
+double orFallback(double fps) { return isUsable(fps) ? fps : fallbackRate; }
 
-    explicit ExactRate(double fps)
-        : rounded(std::llround(fps)), fractional(std::abs(fps - std::round(fps)) > fractionalTolerance) {}
-    Time duration(std::int64_t frames) const {
-        return fractional ? Time(frames * 1001, rounded * 1000) : Time(frames, rounded);
-    }
-};
+/// The length of so many frames, of the exact rate that the number stands for.
+Time framesTime(std::int64_t frames, double fps) {
+    const Fraction rate = exactRate(fps);
+    return Time(frames, 1) * BFraction(BInt(rate.denominator()), BInt(rate.numerator()));
+}
 
+/// The product is taken with the number as it stands: who means an exact rate passes one.
 std::optional<Time> wholeFrames(double seconds, double fps) {
-    const double frames = std::trunc(seconds * fps);
-    if (!(std::abs(frames) < frameLimit)) return std::nullopt;
-    return ExactRate(fps).duration(static_cast<std::int64_t>(frames));
+    const auto frames = truncatedFrames(seconds * fps);
+    return frames ? std::optional(framesTime(*frames, fps)) : std::nullopt;
+}
+
+std::optional<Time> wholeSamples(double seconds, int sampleRate) {
+    const double samples = std::round(seconds * sampleRate);
+    if (!(std::abs(samples) < sampleLimit)) return std::nullopt;
+    return Time(static_cast<std::int64_t>(samples), sampleRate);
 }
 
 } // namespace
 
-double usableRate(std::optional<double> first, std::optional<double> second) {
-    if (first && isUsable(*first)) return *first;
-    return second && isUsable(*second) ? *second : fallbackRate;
+double usableRate(std::optional<double> first, std::optional<double> second, std::optional<double> third) {
+    for (const auto& rate : {first, second, third})
+        if (rate && isUsable(*rate)) return exactRateValue(*rate);
+    return fallbackRate;
 }
 
-Time frameDurationTime(double fps) { return ExactRate(usableRate(fps)).duration(1); }
+double clipRate(const MediaAsset& video, const ExportSettings& settings) {
+    return usableRate(video.projectFrameRate, video.frameRate, settings.projectFrameRate);
+}
+
+Time frameDurationTime(double fps) { return framesTime(1, orFallback(fps)); }
 
 std::optional<Time> durationTime(std::optional<double> seconds, double fps) {
     if (!seconds || !(*seconds > 0)) return std::nullopt;
-    return wholeFrames(*seconds, usableRate(fps));
+    return wholeFrames(*seconds, orFallback(fps));
 }
 
-std::optional<Time> timecodeToTime(const std::optional<std::string>& text, double fps) {
+std::optional<Time> timecodeToTime(const std::optional<std::string>& text, double fps,
+                                   std::optional<TimecodeFrameRate> counted) {
     if (!text) return std::nullopt;
-    const double rate = usableRate(fps);
-    const auto timecode = Timecode::fromString(*text, TimecodeUtils::frameRate(rate));
+    const double rate = orFallback(fps);
+    const auto timecode =
+        Timecode::fromString(*text, counted.value_or(TimecodeUtils::frameRate(exactRateValue(rate))));
     if (!timecode) return std::nullopt;
     return wholeFrames(timecode->realTimeValue(), rate);
 }
 
+std::optional<Time> pictureStartTime(const MediaAsset& video, double fps) {
+    return timecodeToTime(video.startTimecodeString, fps, video.timecodeFrameRate);
+}
+
 Time manualOffsetTime(double seconds, double fps) {
     if (!(std::abs(seconds) >= smallestOffsetSeconds)) return Time::zero();
-    return wholeFrames(seconds, usableRate(fps)).value_or(Time::zero());
+    return wholeFrames(seconds, orFallback(fps)).value_or(Time::zero());
 }
 
 int audioRate(const MediaAsset& audio) {
@@ -75,16 +87,43 @@ int audioRate(const MediaAsset& audio) {
 std::optional<Time> audioStartTime(const MediaAsset& asset) {
     if (asset.bextTimeReference.value_or(0) != 0)
         return Time(BFraction(BInt::fromMagnitude(false, {*asset.bextTimeReference}), audioRate(asset)));
-    return timecodeToTime(asset.startTimecodeString, usableRate(asset.frameRate));
+    const double own = asset.timecodeFrameRate
+                           ? timecodeRate::frameRateForRealTimeCalculation(*asset.timecodeFrameRate)
+                           : usableRate(asset.frameRate);
+    return timecodeToTime(asset.startTimecodeString, own, asset.timecodeFrameRate);
+}
+
+Time audioPlaceTime(const SyncGroup& group, const AudioMatch& match, double fps) {
+    if (const auto own = audioStartTime(match.audio)) return *own;
+    return pictureStartTime(group.video, fps).value_or(Time::zero()) +
+           wholeSamples(match.syncOffsetSeconds, audioRate(match.audio)).value_or(Time::zero());
+}
+
+std::optional<Time> soundDuration(std::optional<double> seconds, int sampleRate) {
+    if (!seconds || !(*seconds > 0)) return std::nullopt;
+    return wholeSamples(*seconds, sampleRate);
+}
+
+Time soundLength(const std::optional<Time>& duration, double fps) {
+    if (!duration) return fallbackDuration(fps);
+    return duration->toFrame(frameDurationTime(fps), FrameSampling::floor);
 }
 
 bool isDropFrame(double fps) {
     if (!isUsable(fps)) return false;
-    const ExactRate rate(fps);
-    return rate.fractional && (rate.rounded == 30 || rate.rounded == 60);
+    const Fraction rate = exactRate(fps);
+    return rate == Fraction(30000, 1001) || rate == Fraction(60000, 1001);
 }
 
-Time fallbackDuration(double fps) { return {fallbackFrames, ExactRate(usableRate(fps)).rounded}; }
+TcFormat tcFormat(const MediaAsset& video, double fps) {
+    const bool isDrop =
+        !video.timecodeFrameRate ||
+        (timecodeRate::isDrop(*video.timecodeFrameRate) &&
+         isDropFrame(timecodeRate::frameRateForRealTimeCalculation(*video.timecodeFrameRate)));
+    return isDrop && isDropFrame(fps) ? TcFormat::df : TcFormat::ndf;
+}
+
+Time fallbackDuration(double fps) { return {fallbackFrames, std::llround(orFallback(fps))}; }
 
 std::int64_t truncated(double value) {
     constexpr double limit = 9223372036854775808.0; // 2^63

@@ -62,17 +62,13 @@ void addClipWithoutAudio(ExportWalk& walk, const SyncGroup& group) {
 /// The picture's format and asset, and an asset for each of its recordings. Nothing is shared between clips.
 ClipResources addClipResources(ExportWalk& walk, const SyncGroup& group) {
     const ExportSettings& settings = walk.settings;
-    const double fps = usableRate(group.video.frameRate, settings.frameRate);
     ClipResources ids;
     ids.videoAssetID = walk.resources.nextID();
     ids.nativeFormatID = walk.resources.nextID();
     ids.altFormatID = altFormatID;
     ids.audioFormatID = audioFormatID;
-    walk.resources.add(nativeFormat(group.video, ids.nativeFormatID, fps, settings));
-    Asset picture = videoAsset(group.video, ids.videoAssetID, ids.nativeFormatID, settings);
-    picture.start = timecodeToTime(group.video.startTimecodeString, fps);
-    picture.duration = durationTime(group.video.durationSeconds, fps);
-    walk.resources.add(std::move(picture));
+    walk.resources.add(nativeFormat(group.video, ids.nativeFormatID, settings));
+    walk.resources.add(videoAsset(group.video, ids.videoAssetID, ids.nativeFormatID, settings));
 
     ids.audioAssetIDs.resize(group.audioMatches.size());
     for (const std::size_t match : writtenMatches(group, settings)) {

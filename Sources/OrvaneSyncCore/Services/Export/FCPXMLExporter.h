@@ -54,23 +54,43 @@ ExportResult exportDocument(const SyncGroupList& groups, const std::vector<WildT
 using NamesByGroup = std::unordered_map<UUID, std::string>;
 NamesByGroup exportClipNames(const SyncGroupList& groups, const ExportSettings& settings);
 
-// Times. A product of seconds and rate is cut to whole frames, never rounded up to the next one.
+// Times. A product of seconds and rate is cut to whole frames after 0.00001 of a frame was added with its
+// sign, never rounded up to the next one. It is taken with the number as it is passed; what a frame lasts is
+// that of the exact rate which the number stands for. So rates come from `usableRate` or `clipRate`, which
+// are exact: at 23.976 itself a second and a thousandth has 23 frames.
 
 fcpxml::Time frameDurationTime(double fps);
 /// Nothing for an absent duration, one not above 0, and one beyond 2^53 frames.
 std::optional<fcpxml::Time> durationTime(std::optional<double> seconds, double fps);
-/// Nothing for an absent text and one that does not parse.
-std::optional<fcpxml::Time> timecodeToTime(const std::optional<std::string>& text, double fps);
+/// Nothing for an absent text and one that does not parse. `counted` is the rate of the timecode; absent:
+/// that of `fps`, fractional rates near 30 and 60 counting in drop frame.
+std::optional<fcpxml::Time> timecodeToTime(const std::optional<std::string>& text, double fps,
+                                           std::optional<TimecodeFrameRate> counted = std::nullopt);
+/// Where the picture begins on the timecode axis, on a frame of `fps`.
+std::optional<fcpxml::Time> pictureStartTime(const MediaAsset& video, double fps);
 /// Zero below a whole frame; negative for an earlier moment.
 fcpxml::Time manualOffsetTime(double seconds, double fps);
 /// Exact to the sample where the file has a time reference.
 std::optional<fcpxml::Time> audioStartTime(const MediaAsset& asset);
-/// By the rate alone, never by the separator of a timecode.
+/// Where the first sample lies on the clip's axis, without manual and global offset: at the recording's own
+/// start, else by the sync offset, to the sample, from the start of the picture.
+fcpxml::Time audioPlaceTime(const SyncGroup& group, const AudioMatch& match, double fps);
+/// All samples of a file of sound, exactly. Nothing for an absent duration and one not above 0.
+std::optional<fcpxml::Time> soundDuration(std::optional<double> seconds, int sampleRate);
+/// What a clip takes of a sound asset of that duration: its whole frames, so that no clip ends behind its
+/// asset.
+fcpxml::Time soundLength(const std::optional<fcpxml::Time>& duration, double fps);
+/// 29.97 and 59.94, by the rate alone.
 bool isDropFrame(double fps);
+/// By the timecode's own rate where the file states it, else by that of the clip's times.
+fcpxml::TcFormat tcFormat(const MediaAsset& video, double fps);
 /// 1000 frames: what a file without a duration gets.
 fcpxml::Time fallbackDuration(double fps);
-/// The first of the rates that a document can hold, else 24.
-double usableRate(std::optional<double> first, std::optional<double> second = std::nullopt);
+/// The first of the rates that a document can hold, exactly, else 24.
+double usableRate(std::optional<double> first, std::optional<double> second = std::nullopt,
+                  std::optional<double> third = std::nullopt);
+/// The one rate of all times of a clip, of its asset and of what hangs on it, exactly.
+double clipRate(const MediaAsset& video, const ExportSettings& settings);
 
 // Resources.
 
@@ -91,10 +111,11 @@ class ResourceList {
 
 /// The file behind an asset, in the form that the document's version has for it.
 void setMedia(fcpxml::Asset& asset, const FileURL& url, const ExportSettings& settings);
+/// On its own timecode, in frames of `clipRate`.
 fcpxml::Asset videoAsset(const MediaAsset& video, std::string id, std::string formatID,
                          const ExportSettings& settings);
-fcpxml::Format nativeFormat(const MediaAsset& video, std::string id, double fps,
-                            const ExportSettings& settings);
+/// The file's own rate and size.
+fcpxml::Format nativeFormat(const MediaAsset& video, std::string id, const ExportSettings& settings);
 /// Without name, start and duration.
 fcpxml::Asset audioAsset(const MediaAsset& audio, std::string id, int channelsIfUnknown,
                          const ExportSettings& settings);

@@ -7,6 +7,7 @@
 #include "Platform/MainThread.h"
 #include "Platform/MediaInspector.h"
 #include "Platform/Text.h"
+#include "Timecode/ExactRate.h"
 
 #include <algorithm>
 #include <array>
@@ -85,7 +86,7 @@ bool takeVendorRates(MediaAsset& asset, const std::vector<MediaMetadataItem>& me
         const auto rate = numberOf(item);
         if (!rate) continue;
         if (isSensorRate) asset.sensorFrameRate = rate;
-        if (isProjectRate) asset.projectFrameRate = rate;
+        if (isProjectRate) asset.projectFrameRate = exactRateValue(*rate);
         confirmed = confirmed || isProjectRate;
     }
     if (!std::isfinite(OffspeedDetector::slowMotionFactor(asset.sensorFrameRate, asset.projectFrameRate)))
@@ -118,13 +119,17 @@ bool mayHoldTimecodeTrack(std::string_view extension) {
     return extension == "mov" || extension == "mp4" || extension == "m4v";
 }
 
+/// What a recorder states of its timecode.
+std::optional<TimecodeFrameRate> recorderRate(const MediaAsset& asset) {
+    return asset.ixmlData ? TimecodeUtils::timecodeFrameRateFromIXML(asset.ixmlData->timecodeRate)
+                          : std::nullopt;
+}
+
 /// The rate of a recorder's timecode, or that of the picture.
 std::optional<TimecodeFrameRate> statedRate(const MediaAsset& asset) {
-    if (asset.ixmlData)
-        if (const auto rate = TimecodeUtils::timecodeFrameRateFromIXML(asset.ixmlData->timecodeRate))
-            return rate;
-    const auto pictureRate = asset.frameRate;
-    return pictureRate ? std::optional(TimecodeUtils::frameRate(*pictureRate)) : std::nullopt;
+    if (const auto rate = recorderRate(asset)) return rate;
+    return asset.frameRate ? std::optional(TimecodeUtils::frameRate(exactRateValue(*asset.frameRate)))
+                           : std::nullopt;
 }
 
 /// A recording is one whatever its header says.
@@ -233,10 +238,13 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
         if (auto start = TimecodeTrackReader::read(*file)) {
             asset.startTimecodeString = std::move(start->timecode);
             asset.projectFrameRate = start->projectFrameRate;
+            asset.timecodeFrameRate = start->timecodeFrameRate;
             rateFromTimecodeTrack = start->projectFrameRate.has_value();
         }
     }
     const bool vendorConfirmed = takeVendorRates(asset, inspection.metadata);
+    if (!vendorConfirmed && OffspeedDetector::isHalfRate(asset.projectFrameRate, asset.frameRate))
+        asset.projectFrameRate = exactRateValue(*asset.frameRate);
     if (kind == AssetKind::video)
         asset.offspeedConfidence = offspeedConfidence(asset, rateFromTimecodeTrack, vendorConfirmed);
     if (mayHoldBroadcastChunks(extension)) readBroadcastMetadata(asset, *file);
@@ -260,6 +268,7 @@ void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFil
         const TimecodeFrameRate rate = statedRate(asset).value_or(TimecodeFrameRate::fps24);
         if (seconds * timecodeRate::frameRateForRealTimeCalculation(rate) < Timecode::frameCountLimit)
             asset.startTimecodeString = TimecodeUtils::secondsToTC(seconds, rate);
+        asset.timecodeFrameRate = recorderRate(asset);
     }
 }
 

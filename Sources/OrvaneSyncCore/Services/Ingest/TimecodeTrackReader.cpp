@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/MovieTail.h"
+#include "Timecode/ExactRate.h"
 
 #include <algorithm>
 #include <array>
@@ -23,6 +24,7 @@ constexpr std::uint64_t wideHeaderBytes = 16;
 constexpr std::uint64_t smallestMovie = 9;
 constexpr std::uint32_t smallestSample = 4;
 constexpr double highestRate = 240;
+constexpr std::uint32_t dropFrameFlag = 1;
 
 /// A stretch of the file; positions count from its start.
 struct Range {
@@ -75,6 +77,7 @@ void eachAtom(RandomAccessFile& file, Range range, std::string_view type, Visit 
 struct TimecodeParseResult {
     std::optional<std::uint64_t> chunkOffset; ///< file position of the track's first sample
     std::optional<std::uint32_t> sampleSize;  ///< the uniform size; the table of single sizes is not read
+    std::uint32_t flags = 0;                  ///< of the timecode
     std::uint32_t timescale = 0;              ///< 0 when not seen
     std::uint32_t frameDuration = 0;          ///< 0 when not seen
 };
@@ -103,6 +106,7 @@ void parseSampleTable(RandomAccessFile& file, const Atom& table, TimecodeParseRe
         } else if (atom.is("stsd") && atom.size >= descriptionBytes) {
             const auto format = body.slice(20, 4);
             if (format && format->text() == "tmcd") {
+                keep(result.flags, body.u32be(36));
                 keep(result.timescale, body.u32be(40));
                 keep(result.frameDuration, body.u32be(44));
             }
@@ -172,11 +176,14 @@ std::optional<TimecodeTrackReader::Start> readSample(RandomAccessFile& file,
 
     if (samples.timescale > 0 && samples.frameDuration > 0) {
         const double fps = static_cast<double>(samples.timescale) / samples.frameDuration;
-        if (fps <= highestRate)
-            return TimecodeTrackReader::Start{TimecodeUtils::framesToTC(n, TimecodeUtils::frameRate(fps)),
-                                              fps};
+        if (fps <= highestRate) {
+            const auto rate = timecodeRate::nearest(fps, (samples.flags & dropFrameFlag) != 0);
+            return TimecodeTrackReader::Start{
+                TimecodeUtils::framesToTC(n, rate.value_or(TimecodeUtils::frameRate(fps))),
+                exactRateValue(fps), rate};
+        }
     }
-    return TimecodeTrackReader::Start{plainTimecode(n), std::nullopt};
+    return TimecodeTrackReader::Start{plainTimecode(n), std::nullopt, std::nullopt};
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/RandomAccessFile.h"
+#include "Timecode/TimecodeFrameRate.h"
 
 #include <optional>
 #include <string>
@@ -13,9 +14,11 @@ namespace TimecodeTrackReader {
 
 struct Start {
     std::string timecode; ///< such as 01:00:00:00; ";" before the frames at a drop-frame rate
-    /// Frames per second of the track; absent when the track states none that is usable, and then the
-    /// timecode was counted at 24.
+    /// Frames per second of the track, exactly; absent when the track states none that is usable, and then
+    /// the timecode was counted at 24.
     std::optional<double> projectFrameRate;
+    /// The same as a rate of timecode, drop frame or not as the track says; absent when the table has none.
+    std::optional<TimecodeFrameRate> timecodeFrameRate;
 };
 
 /// Nothing when there is no timecode track or its first sample cannot be read. One thread a file.

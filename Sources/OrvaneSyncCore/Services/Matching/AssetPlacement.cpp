@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
 
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Timecode/ExactRate.h"
 
 namespace orvane {
 
@@ -16,6 +17,7 @@ AssetPlacement::AssetPlacement(const MediaAsset& asset) {
     durationSeconds_ = *asset.durationSeconds;
     // Slow motion stretches the file; the timecode counts the time in which it was shot.
     if (asset.kind == AssetKind::video && asset.isOffspeed()) durationSeconds_ /= asset.slowMotionFactor();
+    timecodeFrameRate_ = asset.timecodeFrameRate;
     frameRate_ = asset.projectFrameRate.value_or(asset.frameRate.value_or(defaultFrameRate));
 
     // A count of zero samples is what recorders write that know no time.
@@ -34,7 +36,8 @@ std::optional<SyncEngine::TCRange> AssetPlacement::range(std::optional<double> f
     if (const auto* seconds = std::get_if<Samples>(&start_)) {
         start = *seconds;
     } else if (const auto* clock = std::get_if<Clock>(&start_)) {
-        const auto rate = TimecodeUtils::frameRate(fallbackFrameRate.value_or(frameRate_));
+        const auto rate = timecodeFrameRate_.value_or(
+            TimecodeUtils::frameRate(exactRateValue(fallbackFrameRate.value_or(frameRate_))));
         start = Timecode(*clock, rate).realTimeValue();
     } else {
         return std::nullopt;

@@ -23,7 +23,8 @@ class AssetPlacement {
 
     std::variant<std::monostate, Samples, Clock> start_; ///< nothing: the file has no place
     double durationSeconds_ = 0;                         ///< on the axis, not on the file's own timeline
-    double frameRate_ = 0;                               ///< by which the clock runs without a fallback
+    std::optional<TimecodeFrameRate> timecodeFrameRate_; ///< by which the clock runs where the file says it
+    double frameRate_ = 0;                               ///< else, without a fallback
 };
 
 } // namespace orvane

@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Services/Matching/ProjectFrameRateResolver.h"
 
+#include "Timecode/ExactRate.h"
+
 #include <algorithm>
 
 namespace orvane::ProjectFrameRateResolver {
@@ -43,6 +45,7 @@ Resolution choose(const std::vector<const SyncGroup*>& voters, double userSettin
 Resolution resolve(const SyncGroupList& groups, double userSetting) {
     const auto voters = eligible(groups);
     Resolution resolution = choose(voters, userSetting);
+    resolution.fps = exactRateValue(resolution.fps);
     for (const SyncGroup* group : voters)
         if (OffspeedDetector::ratesDifferSignificantly(group->video.projectFrameRate, resolution.fps))
             resolution.disagreeingClips.push_back(group->clipName);

@@ -13,7 +13,7 @@ namespace orvane {
 namespace ProjectFrameRateResolver {
 
 struct Resolution {
-    double fps = 24;                           ///< frames per second
+    double fps = 24;                           ///< frames per second, exactly
     std::string source;                        ///< where the rate comes from, for people
     std::vector<std::string> disagreeingClips; ///< `clipName` of the clips that were shot for another rate
 };

@@ -3,6 +3,8 @@
 #include "OrvaneSyncCore/Services/Naming/ClipNames.h"
 #include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
 
+#include "Timecode/ExactRate.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -29,12 +31,14 @@ std::optional<SiblingSuggestion> activeSiblingSuggestion(const SyncGroup& group,
                                                          double frameRate,
                                                          const std::set<std::string>& dismissedKeys) {
     if (!(frameRate > 0)) return std::nullopt;
-    const double frame = 1 / frameRate; // seconds
+    const auto isFrame = [rate = exactRateValue(frameRate)](double seconds) {
+        return std::abs(truncatedFrames(seconds * rate).value_or(1)) >= 1;
+    };
     const SyncGroupList siblings = SyncClustering::siblings(group, groups, source, customPattern);
     for (std::size_t i = 0; i < siblings.size(); ++i) {
         const double offset = siblings[i].manualAudioOffsetSeconds;
-        if (siblings[i].id == group.id || !(std::abs(offset) >= frame) ||
-            !(std::abs(offset - group.manualAudioOffsetSeconds) >= frame))
+        if (siblings[i].id == group.id || !isFrame(offset) ||
+            !isFrame(offset - group.manualAudioOffsetSeconds))
             continue;
         constexpr double milliseconds = 1000;
         std::string key = siblings[i].id.text() + ":" + std::to_string(whole(offset * milliseconds));
@@ -54,7 +58,8 @@ std::string SiblingSuggestion::text(double frameRate) const {
 
 std::string formatOffset(double seconds, double frameRate) {
     constexpr double leastSeconds = 0.001;
-    const long long frames = std::abs(seconds) < leastSeconds ? 0 : whole(std::round(seconds * frameRate));
+    const long long frames =
+        std::abs(seconds) < leastSeconds ? 0 : whole(std::round(seconds * exactRateValue(frameRate)));
     return (frames < 0 ? "" : "+") + std::to_string(frames) + "f";
 }
 

@@ -72,7 +72,7 @@ bool hasSound(const ImportController& controller) {
 double coveredSeconds(const SyncGroup& group, const Take& take) {
     if (take.heardFileCount() == 1) return group.audioMatches.front().overlapDurationSeconds;
     const double end = std::min(take.offsetSeconds + take.durationSeconds, *group.video.durationSeconds);
-    return end - std::max(take.offsetSeconds, 0.0);
+    return std::max(end - std::max(take.offsetSeconds, 0.0), 0.0);
 }
 
 std::string matchText(const SyncGroup& group, const Take& take) {

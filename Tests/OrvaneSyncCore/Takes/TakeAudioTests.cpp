@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <random>
 
 namespace orvane {
 namespace {
@@ -112,27 +111,24 @@ TEST_F(TakeAudioTest, laysFilesOutToTheSample) {
 }
 
 TEST_F(TakeAudioTest, readsTheSameFromAnywhereAndOnAnyReader) {
-    const auto take = sound({file('a', 1, 2, 0, 5000), file('b', 1, 2, 5, 3000), file('c', 3, 1, 0.1, 9000)});
-    const auto audio = openTake(take);
+    const auto audio =
+        openTake(sound({file('a', 1, 2, 0, 5000), file('b', 1, 2, 5, 3000), file('c', 3, 1, 0.1, 9000)}));
     const auto whole = read(*audio, 4096);
-    std::mt19937 random(11);
     const auto other = audio->another();
     ASSERT_NE(other, nullptr);
     EXPECT_EQ(read(*other, 777), whole);
-    for (int i = 0; i < 200; ++i) {
-        const auto at = random() % whole[0].size();
-        const std::size_t count = random() % 3000, channels = 1 + random() % 3;
-        std::vector<std::vector<float>> some(channels, std::vector<float>(count));
-        std::vector<float*> into;
-        for (auto& channel : some) into.push_back(channel.data());
+    std::vector<float> first(3000), third(3000);
+    const std::vector<float*> into{first.data(), first.data(), third.data()};
+    for (const std::size_t at : {8000U, 4990U, 0U, 99U, 6500U, 9099U}) {
         ASSERT_TRUE(other->seek(static_cast<std::int64_t>(at)));
-        const std::size_t got = other->read(into, count);
-        ASSERT_EQ(got, std::min(count, whole[0].size() - at));
-        for (std::size_t channel = 0; channel < channels; ++channel)
-            ASSERT_TRUE(std::equal(some[channel].begin(),
-                                   some[channel].begin() + static_cast<std::ptrdiff_t>(got),
-                                   whole[channel].begin() + static_cast<std::ptrdiff_t>(at)))
-                << at;
+        const std::size_t got = other->read(into, third.size());
+        ASSERT_EQ(got, std::min(third.size(), whole[2].size() - at));
+        EXPECT_TRUE(std::equal(third.begin(), third.begin() + static_cast<long>(got),
+                               whole[2].begin() + static_cast<long>(at)));
+        ASSERT_TRUE(other->seek(static_cast<std::int64_t>(at)));
+        other->read(std::span(into).first(1), first.size());
+        EXPECT_TRUE(std::equal(first.begin(), first.begin() + static_cast<long>(got),
+                               whole[0].begin() + static_cast<long>(at)));
     }
     EXPECT_FALSE(other->seek(audio->frameCount() + 1));
     EXPECT_EQ(openTake(sound({{{folder_.path("x")}, 1, 1, 0, 1}, {{folder_.path("y")}, 2, 1, 0, 1}})),

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OrvaneSyncCore/Models/FileURL.h"
+#include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 #include "Platform/AudioFile.h"
 
 #include <cstddef>
@@ -29,8 +29,8 @@ class LUFSMeter {
     /// is above the absolute gate.
     std::optional<double> integratedLUFS() const;
 
-    /// Of a whole file, all its channels, streamed. Nothing when it cannot be read. Any thread.
-    static std::optional<double> measureIntegratedLUFS(const FileURL& url);
+    /// Of a whole recording, all its channels, streamed. Nothing when it cannot be read. Any thread.
+    static std::optional<double> measureIntegratedLUFS(const TakeSound& sound);
     struct FileLoudness {
         std::optional<double> integratedLUFS;
         std::int64_t heardFrames = 0; ///< fewer than the file promises where it is cut off or damaged

@@ -119,9 +119,9 @@ Take takeOf(const SyncGroup& group, int channelsIfUnknown) {
     return Builder(group, channelsIfUnknown).build();
 }
 
-std::string filesText(const SyncGroup& group, const Take& take) {
+std::string filesText(const SyncGroup& group, const Take& take, const FileNames& names) {
     if (take.isEmpty()) return "";
-    std::string text = group.audioMatches[take.files.front().matchIndex].audio->filename;
+    std::string text = names.of(*group.audioMatches[take.files.front().matchIndex].audio);
     const std::size_t others = take.heardFileCount() - 1;
     if (others > 0) text += " + " + std::to_string(others) + (others == 1 ? " file" : " files");
     return text;

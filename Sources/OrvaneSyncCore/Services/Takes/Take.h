@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/FilePaths.h"
 #include "OrvaneSyncCore/Models/SyncGroup.h"
 
 #include <cstddef>
@@ -64,7 +65,8 @@ Take takeOf(const SyncGroup& group, int channelsIfUnknown);
 /// of a chain the first that names a channel counts.
 std::vector<IXMLTrack> namedChannels(const SyncGroup& group, const Take& take);
 
-/// The take's files as people name them: "T01.WAV", or "T01_1.WAV + 3 files".
-std::string filesText(const SyncGroup& group, const Take& take);
+/// The take's files as people name them: "T01.WAV", or "T01_1.WAV + 3 files". `names`: of the files that are
+/// shown beside it.
+std::string filesText(const SyncGroup& group, const Take& take, const FileNames& names);
 
 } // namespace orvane

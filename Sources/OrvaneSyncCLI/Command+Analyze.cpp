@@ -168,9 +168,9 @@ void analyze(Context& context, const Arguments& arguments) {
     request.candidateTracks = candidates(arguments);
     const auto askedChannels = channelCount(arguments);
     const auto file = openSound(path);
-    request.audioURL = {platform::files::standardized(path)};
-    const MediaAsset asset =
-        MediaProbeService(*context.settings, nullptr).probe(request.audioURL, AssetKind::audio);
+    const FileURL url{platform::files::standardized(path)};
+    request.sound = url;
+    const MediaAsset asset = MediaProbeService(*context.settings, nullptr).probe(url, AssetKind::audio);
     request.channelCount = askedChannels.value_or(asset.channelCount.value_or(file->channelCount()));
     checkCandidates(context, request);
     if (asset.ixmlData) request.ixmlTracks = asset.ixmlData->tracks;

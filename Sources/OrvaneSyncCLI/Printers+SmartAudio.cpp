@@ -2,6 +2,7 @@
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Export/ExportPreview.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -32,36 +33,55 @@ bool isTimecode(const std::string& trackName) {
     return isWordOf(name, "ltc") || isWordOf(name, "tc") || isWordOf(name, "timecode");
 }
 
-std::optional<std::string> unheardWarning(const SyncGroup& group, const SmartAudioResult& result) {
-    if (isHeard(result)) return std::nullopt;
-    std::string warning = "Smart Audio can't hear " + group.primaryAudio()->filename + "; ";
-    if (!group.manualActiveTracks.empty()) return warning + "its channels stay as they were chosen";
-    if (result.tracks.empty() || !result.bestTrackIndex) return warning + "all its channels stay switched on";
-    return warning + "only its channel " + std::to_string(*result.bestTrackIndex) + " stays switched on";
+/// What Smart Audio made of one clip.
+struct Verdict {
+    const SyncGroup& group;
+    const SmartAudioResult& result;
+    Take take = takeOf(group, assumedChannels);
+    std::string files = filesText(group, take); ///< as people name them
+};
+using Warnings = std::vector<std::string>;
+
+Warnings unheardWarnings(const Verdict& verdict) {
+    const auto& [group, result, take, files] = verdict;
+    if (isHeard(result)) return {};
+    std::string warning = "Smart Audio can't hear " + files + "; ";
+    if (!group.manualActiveTracks.empty()) return {warning + "its channels stay as they were chosen"};
+    if (result.tracks.empty() || !result.bestTrackIndex)
+        return {warning + "all its channels stay switched on"};
+    return {warning + "only its channel " + std::to_string(*result.bestTrackIndex) + " stays switched on"};
 }
 
-std::optional<std::string> lengthWarning(const SyncGroup& group, const SmartAudioResult& result) {
+Warnings lengthWarnings(const Verdict& verdict) {
     constexpr double most = SmartAudioRouter::mostSeconds;
-    const std::string& filename = group.primaryAudio()->filename;
-    if (!isHeard(result)) return std::nullopt;
+    const auto& [group, result, take, files] = verdict;
+    if (!isHeard(result)) return {};
+    Warnings warnings;
+    for (const IncompleteFile& file : result.incompleteFiles) {
+        if (file.heardSeconds <= 0)
+            warnings.push_back(file.filename + " can't be read; its place in " + files + " is silent");
+        else if (SmartAudioRouter::endsEarly(file.heardSeconds, file.promisedSeconds))
+            warnings.push_back(earlyEndWarning(file.filename, file.heardSeconds, file.promisedSeconds));
+    }
+    if (!warnings.empty()) return warnings;
     if (SmartAudioRouter::endsEarly(result))
-        return earlyEndWarning(filename, result.heardSeconds, result.promisedSeconds);
-    if (result.promisedSeconds < most + smartAudioWindowSeconds) return std::nullopt;
-    return "Smart Audio heard only the first " + clockText(most) + " of the " +
-           clockText(result.promisedSeconds) + " of " + filename;
+        return {earlyEndWarning(files, result.heardSeconds, result.promisedSeconds)};
+    if (result.promisedSeconds < most + smartAudioWindowSeconds) return {};
+    return {"Smart Audio heard only the first " + clockText(most) + " of the " +
+            clockText(result.promisedSeconds) + " of " + files};
 }
 
 /// The steadiest channel wins, and nothing is steadier than timecode.
-std::optional<std::string> timecodeWarning(const SyncGroup& group, const SmartAudioResult& result) {
-    const MediaAsset& audio = *group.primaryAudio();
-    if (!isHeard(result) || !audio.ixmlData || group.manualActiveTracks.empty()) return std::nullopt;
+Warnings timecodeWarnings(const Verdict& verdict) {
+    const auto& [group, result, take, files] = verdict;
+    if (!isHeard(result) || group.manualActiveTracks.empty()) return {};
     std::set<int> timecode;
-    for (const IXMLTrack& track : audio.ixmlData->tracks)
+    for (const IXMLTrack& track : namedChannels(group, take))
         if (isTimecode(track.name)) timecode.insert(track.channelIndex);
     const auto& active = group.manualActiveTracks;
-    if (!std::ranges::includes(timecode, active)) return std::nullopt;
-    return "of " + audio.filename + " only channel " + std::to_string(*active.begin()) +
-           " is switched on, by its name timecode; --no-smart-audio leaves every channel on";
+    if (!std::ranges::includes(timecode, active)) return {};
+    return {"of " + files + " only channel " + std::to_string(*active.begin()) +
+            " is switched on, by its name timecode; --no-smart-audio leaves every channel on"};
 }
 
 /// What Smart Audio made of all clips.
@@ -101,11 +121,11 @@ std::vector<std::string> smartAudioWarnings(const ImportController& controller) 
     for (const SyncGroup& group : controller.syncGroups()) {
         const auto result = results.find(group.id);
         if (result == results.end() || group.isMOS()) continue;
-        for (const auto about : {&unheardWarning, &lengthWarning, &timecodeWarning}) {
-            auto warning = about(group, result->second);
-            // Cameras may share the recording.
-            if (warning && said.insert(*warning).second) warnings.push_back(*std::move(warning));
-        }
+        const Verdict verdict{group, result->second};
+        for (const auto about : {&unheardWarnings, &lengthWarnings, &timecodeWarnings})
+            for (std::string& warning : about(verdict))
+                // Cameras may share the recording.
+                if (said.insert(warning).second) warnings.push_back(std::move(warning));
     }
     return warnings;
 }

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Naming/ResultsList.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -24,19 +25,24 @@ std::string channelsText(const MediaAsset& audio) {
     return audio.channelCount ? " (" + std::to_string(*audio.channelCount) + " ch)" : "";
 }
 
-std::string soundText(const SyncGroup& group) {
-    const MediaAsset* audio = group.primaryAudio();
-    if (audio == nullptr) return "-";
-    std::string text = audio->filename + channelsText(*audio);
-    if (group.audioMatches.size() > 1)
-        text += " + " + std::to_string(group.audioMatches.size() - 1) + " more";
+/// A take is one sound, however many files it has.
+std::string soundText(const SyncGroup& group, const Take& take) {
+    if (take.isEmpty()) return "-";
+    std::string text = filesText(group, take);
+    const bool areChannelsKnown = std::ranges::all_of(take.files, [&](const TakeFile& file) {
+        return !isHeard(file.role) || group.audioMatches[file.matchIndex].audio->channelCount;
+    });
+    if (areChannelsKnown) text += " (" + std::to_string(take.channelCount) + " ch)";
+    const auto count = [&](TakeRole role) { return std::ranges::count(take.files, role, &TakeFile::role); };
+    if (const auto others = count(TakeRole::alternate)) text += " + " + std::to_string(others) + " more";
+    if (const auto copies = count(TakeRole::mirror)) text += " + " + counted(copies, "copy", "copies");
     return text;
 }
 
 /// Where the sound begins, seen from the first frame of the picture.
-std::string beginsText(const SyncGroup& group) {
-    if (group.audioMatches.empty()) return "-";
-    const double offset = group.audioMatches.front().syncOffsetSeconds + group.manualAudioOffsetSeconds;
+std::string beginsText(const SyncGroup& group, const Take& take) {
+    if (take.isEmpty()) return "-";
+    const double offset = take.offsetSeconds + group.manualAudioOffsetSeconds;
     constexpr double atOnce = 0.0005;
     if (std::abs(offset) < atOnce) return "with picture";
     return secondsText(std::abs(offset)) + (offset > 0 ? " after" : " before");
@@ -62,13 +68,20 @@ bool hasSound(const ImportController& controller) {
                                    : controller.matchedCount() > controller.mosCount();
 }
 
-std::string matchText(const SyncGroup& group) {
+/// Seconds of the clip that have sound.
+double coveredSeconds(const SyncGroup& group, const Take& take) {
+    if (take.heardFileCount() == 1) return group.audioMatches.front().overlapDurationSeconds;
+    const double end = std::min(take.offsetSeconds + take.durationSeconds, *group.video.durationSeconds);
+    return std::max(end - std::max(take.offsetSeconds, 0.0), 0.0);
+}
+
+std::string matchText(const SyncGroup& group, const Take& take) {
     std::string text = group.matchStatus.label();
     if (group.video.isOffspeed()) text += ", off-speed";
     const auto& length = group.video.durationSeconds;
     if (group.audioMatches.empty() || !length) return text;
     // Any overlap is a match; one that leaves picture without sound is worth a look.
-    const double covered = group.audioMatches.front().overlapDurationSeconds;
+    const double covered = coveredSeconds(group, take);
     constexpr double worthSaying = 0.5; // seconds
     if (!group.video.isOffspeed() && *length - covered > worthSaying)
         text += ", covers " + formatted("%.1f", covered) + " of " + formatted("%.1f s", *length);
@@ -86,9 +99,12 @@ std::string clipsText(const ImportController& controller, bool bold) {
                  {"SOUND BEGINS", Table::Align::right}});
     const auto names = controller.displayNames();
     for (const auto& bundle : sharedAudioBundles(filtered(controller.syncGroups(), FilterMode::matched)))
-        for (const SyncGroup& group : bundle.cams)
+        for (const SyncGroup& group : bundle.cams) {
+            const Take take = takeOf(group, assumedChannels);
             table.add({names.at(group.id), group.video.filename, startText(group.video),
-                       lengthText(group.video), matchText(group), soundText(group), beginsText(group)});
+                       lengthText(group.video), matchText(group, take), soundText(group, take),
+                       beginsText(group, take)});
+        }
     return table.empty() ? "" : table.text(bold) + "\n";
 }
 

@@ -1,5 +1,9 @@
 #include "OrvaneSyncCLI/Printers.h"
 
+#include "OrvaneSyncCore/Services/Takes/Take.h"
+
+#include <utility>
+
 namespace orvane::cli {
 
 namespace {
@@ -8,6 +12,26 @@ JSON textsJSON(const std::vector<std::string>& texts) {
     JSON::Array array;
     for (const std::string& text : texts) array.emplace_back(text);
     return array;
+}
+
+/// The files of each clip's take in their order.
+JSON takesJSON(const SyncGroupList& groups) {
+    JSON::Object takes;
+    for (const SyncGroup& group : groups) {
+        if (group.isMOS()) continue;
+        JSON::Array files;
+        for (const TakeFile& file : takeOf(group, assumedChannels).files) {
+            JSON one;
+            one.set("url", toJSON(group.audioMatches[file.matchIndex].audio->url));
+            one.set("role", name(file.role));
+            if (file.role != TakeRole::mirror) one.set("firstChannel", file.firstChannel);
+            one.set("channelCount", file.channelCount);
+            one.set("startSeconds", file.startSeconds);
+            files.push_back(std::move(one));
+        }
+        takes.emplace_back(group.id.text(), std::move(files));
+    }
+    return takes;
 }
 
 std::vector<std::string> stateWarnings(const ImportController& controller) {
@@ -39,6 +63,7 @@ JSON stateJSON(const ImportController& controller, std::optional<SmartAudioMode>
     state.set("syncGroups", toJSONArray(controller.syncGroups()));
     state.set("wildTracks", toJSONArray(controller.wildTracks()));
     state.set("displayNames", std::move(names));
+    state.set("takes", takesJSON(controller.syncGroups()));
     state.set("counts", countsJSON(controller));
     state.setIfPresent("aleMatchStatus", controller.aleMatchStatus());
     state.setIfPresent("aleImportError", controller.aleImportError());

@@ -5,6 +5,8 @@
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
 #include "Support/Test.h"
 
+#include <filesystem>
+
 namespace orvane {
 namespace {
 
@@ -34,19 +36,33 @@ class SmartAudioDriverTest : public test::ControllerTest {
     }
 
     void makeRecording(const std::string& name, std::uint32_t start, int channels) {
+        std::vector<int> tracks;
+        for (int track = 1; track <= channels; ++track) tracks.push_back(track);
+        writeRecording(name, std::uint64_t{tenOClock + start} * sampleRate, tracks, 0, seconds * sampleRate);
+    }
+
+    /// Some tracks of a recording, from one frame to another.
+    void writeRecording(const std::string& name, std::uint64_t start, const std::vector<int>& tracks,
+                        std::uint32_t first, std::uint32_t end) {
+        const std::vector<std::string> all{"Boom", "Lav Anna", "Lav Ben"};
+        std::vector<std::string> names;
+        for (const int track : tracks)
+            if (track <= std::ssize(all)) names.push_back(all[static_cast<std::size_t>(track - 1)]);
         std::vector<float> samples;
-        for (std::uint32_t i = 0; i < seconds * sampleRate; ++i) {
+        for (std::uint32_t i = first; i < end; ++i) {
             const double time = static_cast<double>(i) / sampleRate;
             const auto hiss = static_cast<float>(0.0005 * std::sin(i * 2.1));
             const double burst = std::fmod(time, 1.0) < 0.6 ? 0.3 : 0;
-            for (int track = 1; track <= channels; ++track)
+            for (const int track : tracks)
                 samples.push_back(track == 2 ? hiss + static_cast<float>(burst * std::sin(1885 * time))
                                              : hiss);
         }
         test::WaveMaker()
-            .format({.channels = channels, .sampleRate = sampleRate, .samples = test::SampleFormat::pcm16})
-            .bext({.date = "2026-11-20", .timeReference = std::uint64_t{tenOClock + start} * sampleRate})
-            .iXML(test::IXMLText{.tracks = {"Boom", "Lav Anna", "Lav Ben"}}.text())
+            .format({.channels = static_cast<int>(tracks.size()),
+                     .sampleRate = sampleRate,
+                     .samples = test::SampleFormat::pcm16})
+            .bext({.date = "2026-11-20", .timeReference = start + first})
+            .iXML(test::IXMLText{.tracks = names}.text())
             .samples(samples)
             .writeTo(folder_.write("shoot/" + name, ""));
     }
@@ -139,6 +155,43 @@ TEST_F(SmartAudioDriverTest, aRequestForOneClipAlwaysHearsItAndMeasuresItsLoudne
     analyse(UUID::random());
     analyse(clip("C_MOS")->id);
     EXPECT_EQ(controller_->smartAudio().results.size(), 2U);
+}
+
+/// The same sound as one file, and as a file a channel, each in two parts, with a copy and a second recorder.
+TEST_F(SmartAudioDriverTest, hearsATakeInSeveralFilesAsOneRecording) {
+    const std::uint64_t start = std::uint64_t{tenOClock + 1800} * sampleRate;
+    constexpr std::uint32_t end = seconds * sampleRate, cut = end / 2 - 321;
+    makeClip("P001", 3600);
+    makeRecording("poly.WAV", 3600, 3);
+    makeClip("M001", 1800);
+    for (const int track : {3, 2, 1})
+        for (const char* card : {"A/", "B/"}) {
+            const std::string name = card + std::string("M_") + std::to_string(track);
+            writeRecording(name + "-001.WAV", start, {track}, 0, cut);
+            writeRecording(name + "-002.WAV", start, {track}, cut, end);
+        }
+    writeRecording("other.WAV", start, {2, 2}, 0, end);
+    scan(folder("shoot"), std::nullopt);
+    ASSERT_EQ(clip("M001")->audioMatches.size(), 13U);
+    // The second recorder overlaps most; the editor takes it off.
+    const UUID id = clip("M001")->id;
+    controller_->removeAudioMatch(id, clip("M001")->audioMatches.front().id);
+    EXPECT_EQ(clip("M001")->matchStatus, MatchStatus::manual()); // what is left is one recording
+    analyse(id);
+    analyse(clip("P001")->id);
+    ASSERT_NE(result("M001"), nullptr);
+    EXPECT_EQ(*result("M001"), *result("P001"));
+    EXPECT_EQ(active("M001"), Tracks{2});
+    EXPECT_EQ(clip("M001")->measuredLUFS, clip("P001")->measuredLUFS);
+
+    finish(controller_->toggleAlgorithmInclusion(id, 2)); // by its running number
+    EXPECT_FALSE(blockTracks("M001").contains(2));
+    const std::string& path = clip("M001")->primaryAudio()->url.path;
+    std::filesystem::remove(path.substr(0, path.rfind('/')) + "/M_3-002.WAV");
+    finish(controller_->toggleAlgorithmInclusion(id, 2));
+    ASSERT_EQ(result("M001")->incompleteFiles.size(), 1U);
+    EXPECT_EQ(result("M001")->incompleteFiles.front().filename, "M_3-002.WAV");
+    EXPECT_EQ(blockTracks("M001"), Tracks{2});
 }
 
 TEST_F(SmartAudioDriverTest, keepsTheEditorsHandUnlessTold) {

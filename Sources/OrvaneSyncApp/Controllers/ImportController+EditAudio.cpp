@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -12,9 +13,13 @@ namespace orvane {
 
 namespace {
 
-MatchStatus statusAfterRemoval(std::size_t matchesLeft) {
-    if (matchesLeft == 0) return MatchStatus::unmatched();
-    return matchesLeft == 1 ? MatchStatus::manual() : MatchStatus::ambiguous(static_cast<int>(matchesLeft));
+/// The files of one take are no choice to be made, however many are left.
+MatchStatus statusAfterRemoval(const SyncGroup& group) {
+    if (group.isMOS()) return MatchStatus::unmatched();
+    const Take take = takeOf(group, assumedChannels);
+    if (std::ranges::find(take.files, TakeRole::alternate, &TakeFile::role) == take.files.end())
+        return MatchStatus::manual();
+    return MatchStatus::ambiguous(static_cast<int>(group.audioMatches.size()));
 }
 
 /// Where the timecodes lay the audio; at the start of the clip where one of the two has no place.
@@ -76,7 +81,7 @@ void ImportController::removeAudioMatch(UUID groupID, UUID matchID) {
     const std::vector<AudioMatch> released{*match};
     syncGroups_.update(groupID, [&](SyncGroup& own) {
         std::erase_if(own.audioMatches, [&](const AudioMatch& one) { return one.id == matchID; });
-        own.matchStatus = statusAfterRemoval(own.audioMatches.size());
+        own.matchStatus = statusAfterRemoval(own);
     });
     clipsLetGoOf(released);
     removeSmartAudioCaches(groupID);

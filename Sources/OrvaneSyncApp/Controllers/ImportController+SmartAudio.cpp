@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/ManualOverrides.h"
 #include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
+#include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 
 #include <algorithm>
 #include <exception>
@@ -13,7 +14,6 @@ namespace orvane {
 namespace {
 
 constexpr std::string_view modeKey = "smartAudioMode";
-constexpr int channelsWhenUnknown = 2;
 /// Linear RMS that music is compared with when it decides how boldly to route.
 constexpr float musicSourceLevel = 0.05F;
 
@@ -24,10 +24,11 @@ std::optional<SmartAudioMode> storedMode(const platform::SettingsStore& settings
 }
 
 /// How long a recording takes to hear, in any unit.
-double effortOf(const MediaAsset& audio) {
-    return std::max(audio.durationSeconds.value_or(0), 1.0) *
-           std::max(audio.channelCount.value_or(channelsWhenUnknown), 1);
+double effortOf(const Take& take) {
+    return std::max(take.durationSeconds, 1.0) * std::max(take.channelCount, 1);
 }
+
+TakeSound soundOf(const SyncGroup& group) { return {group, takeOf(group, assumedChannels)}; }
 
 /// Tracks that the analysis may use; empty: all.
 std::set<int> candidateTracks(const SyncGroup& group, int channelCount) {
@@ -39,12 +40,11 @@ std::set<int> candidateTracks(const SyncGroup& group, int channelCount) {
 }
 
 /// Stems of a recording take their place here; without a separator there are none.
-std::optional<SeparatedStems> stemsOf(const MediaAsset& /*audio*/) { return std::nullopt; }
+std::optional<SeparatedStems> stemsOf(const TakeSound& /*recording*/) { return std::nullopt; }
 
 /// Whether both would hear the same: their terms are those of one run.
 bool asksTheSame(const SmartAudioRequest& a, const SmartAudioRequest& b) {
-    return a.audioURL == b.audioURL && a.channelCount == b.channelCount &&
-           a.candidateTracks == b.candidateTracks;
+    return a.sound == b.sound && a.channelCount == b.channelCount && a.candidateTracks == b.candidateTracks;
 }
 
 /// On the router's queue. What cannot be heard gives the empty result.
@@ -62,7 +62,7 @@ SmartAudioResult listen(const SmartAudioRouter& router, SmartAudioRequest reques
 }
 
 /// LUFS. A recording that cannot be measured counts as all but silent.
-double loudnessOf(const FileURL& recording) {
+double loudnessOf(const TakeSound& recording) {
     try {
         return LUFSMeter::measureIntegratedLUFS(recording).value_or(MasterGain::unmeasuredLUFS);
     } catch (const std::exception&) {
@@ -91,21 +91,20 @@ struct ImportController::AnalysisRun {
     std::optional<platform::Task> task; ///< of a renewed analysis, for all whose changes it takes in
 
     const SmartAudioResult* heardBefore(const SmartAudioRequest& request) const {
-        const auto found = heard.find({request.audioURL.path, request.candidateTracks});
+        const auto found = heard.find({request.sound, request.candidateTracks});
         return found == heard.end() ? nullptr : &found->second;
     }
     /// Keeps the result as long as clips of the recording are still to come.
     void keep(const SmartAudioRequest& request, const SmartAudioResult& result) {
-        const std::string& path = request.audioURL.path;
-        if (--clipsLeft[path] > 0)
-            heard.insert_or_assign({path, request.candidateTracks}, result);
+        if (--clipsLeft[request.sound] > 0)
+            heard.insert_or_assign({request.sound, request.candidateTracks}, result);
         else
-            std::erase_if(heard, [&](const auto& one) { return one.first.first == path; });
+            std::erase_if(heard, [&](const auto& one) { return one.first.first == request.sound; });
     }
 
-    std::unordered_map<std::string, int> clipsLeft;                          ///< by recording
-    std::map<std::pair<std::string, std::set<int>>, SmartAudioResult> heard; ///< by recording and candidates
-    std::unordered_map<std::string, double> loudness;                        ///< LUFS, by recording
+    std::map<TakeSound, int> clipsLeft;
+    std::map<std::pair<TakeSound, std::set<int>>, SmartAudioResult> heard; ///< by recording and candidates
+    std::map<TakeSound, double> loudness;                                  ///< LUFS
 };
 
 std::shared_ptr<ImportController::AnalysisRun>
@@ -144,9 +143,10 @@ platform::Task ImportController::analyseEach(std::weak_ptr<ImportController> wea
     auto self = weak.lock();
     if (!self || groups.empty()) co_return;
     run->progress.total = static_cast<int>(groups.size());
-    for (const SyncGroup& group : groups)
-        if (run->clipsLeft[group.primaryAudio()->url.path]++ == 0)
-            run->effort += effortOf(*group.primaryAudio());
+    for (const SyncGroup& group : groups) {
+        const Take take = takeOf(group, assumedChannels);
+        if (run->clipsLeft[{group, take}]++ == 0) run->effort += effortOf(take);
+    }
     self->analysisBegan(run);
     for (const SyncGroup& group : groups) {
         self->nextClip(*run, group);
@@ -192,28 +192,28 @@ void ImportController::nextClip(AnalysisRun& run, const SyncGroup& group) {
     run.forgotten = timesForgotten(group.id);
     run.isAwaitingVerdict = true;
     ++run.progress.current;
-    run.progress.phase = "Listening to " + group.primaryAudio()->filename;
+    run.progress.phase = "Listening to " + filesText(group, takeOf(group, assumedChannels));
     showAnalysisProgress(run, run.progress);
 }
 
 SmartAudioRequest ImportController::analysisRequest(const SyncGroup& group, const AnalysisRun& run) const {
-    const MediaAsset& audio = *group.primaryAudio();
+    const Take take = takeOf(group, assumedChannels);
     SmartAudioRequest request;
-    request.audioURL = audio.url;
-    request.channelCount = audio.channelCount.value_or(channelsWhenUnknown);
+    request.sound = {group, take};
+    request.channelCount = take.channelCount;
     request.mode = run.terms.mode;
     request.config = run.terms.config;
-    if (audio.ixmlData) request.ixmlTracks = audio.ixmlData->tracks;
+    request.ixmlTracks = namedChannels(group, take);
     request.blockSettings = run.terms.blockSettings;
-    request.stems = stemsOf(audio);
+    request.stems = stemsOf(request.sound);
     request.candidateTracks = candidateTracks(group, request.channelCount);
     return request;
 }
 
 std::function<void(double)> ImportController::analysisReport(const std::shared_ptr<AnalysisRun>& run,
-                                                             const MediaAsset& audio) {
+                                                             double effort) {
     return [weak = weak_from_this(), main = mainThread_, run = std::weak_ptr(run), before = run->progress,
-            share = effortOf(audio) / run->effort](double heard) {
+            share = effort / run->effort](double heard) {
         SmartAudioProgress progress = before;
         progress.fraction = std::min(progress.fraction + heard * share, 1.0);
         main->post([weak, run, progress] {
@@ -231,8 +231,9 @@ platform::Task ImportController::analyseClip(std::weak_ptr<ImportController> wea
         const SyncGroup* group = self ? self->stillAsked(groupID, *run) : nullptr;
         if (group == nullptr) break;
         SmartAudioRequest request = self->analysisRequest(*group, *run);
-        request.progress = self->analysisReport(run, *group->primaryAudio());
-        const double share = effortOf(*group->primaryAudio()) / run->effort;
+        const double effort = effortOf(takeOf(*group, assumedChannels));
+        request.progress = self->analysisReport(run, effort);
+        const double share = effort / run->effort;
         const SmartAudioResult* known = run->heardBefore(request);
         SmartAudioResult result;
         if (known != nullptr) {
@@ -299,8 +300,8 @@ platform::Task ImportController::measureLoudness(std::weak_ptr<ImportController>
         auto self = weak.lock();
         const SyncGroup* group = self ? self->stillAsked(groupID, *run) : nullptr;
         if (group == nullptr) co_return;
-        const FileURL recording = group->primaryAudio()->url;
-        if (const auto measured = run->loudness.find(recording.path); measured != run->loudness.end()) {
+        const TakeSound recording = soundOf(*group);
+        if (const auto measured = run->loudness.find(recording); measured != run->loudness.end()) {
             self->syncGroups_.update(groupID, [&](SyncGroup& own) {
                 own.measuredLUFS = measured->second;
                 if (own.masterGainAuto) own.masterGainDB = self->automaticMasterGainDB(measured->second);
@@ -311,7 +312,7 @@ platform::Task ImportController::measureLoudness(std::weak_ptr<ImportController>
         auto measuring = platform::onQueue(*self->loudnessQueue_, *self->mainThread_,
                                            [recording] { return loudnessOf(recording); });
         self.reset();
-        run->loudness[recording.path] = co_await measuring;
+        run->loudness[recording] = co_await measuring;
     }
 }
 

@@ -1,5 +1,7 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
+#include "OrvaneSyncCore/Services/Takes/Take.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -8,12 +10,7 @@ namespace orvane {
 namespace {
 
 /// Channels of all recordings of a clip; one of an unknown count has one.
-int channelTotal(const SyncGroup& group) {
-    int total = 0;
-    for (const AudioMatch& match : group.audioMatches)
-        total += std::max(match.audio->channelCount.value_or(1), 0);
-    return total;
-}
+int channelTotal(const SyncGroup& group) { return takeOf(group, 1).runningChannelCount(); }
 
 std::set<int> tracksUpTo(int count) {
     std::set<int> tracks;

@@ -339,8 +339,7 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     std::shared_ptr<AnalysisRun> newRun(SmartAudioMode mode, bool forceOverwriteManualTracks) const;
     std::shared_ptr<AnalysisRun> newRunForOneClip(bool forceOverwriteManualTracks) const;
     SmartAudioRequest analysisRequest(const SyncGroup& group, const AnalysisRun& run) const;
-    std::function<void(double)> analysisReport(const std::shared_ptr<AnalysisRun>& run,
-                                               const MediaAsset& audio);
+    std::function<void(double)> analysisReport(const std::shared_ptr<AnalysisRun>& run, double effort);
     void nextClip(AnalysisRun& run, const SyncGroup& group);
     const SyncGroup* stillAsked(const UUID& groupID, const AnalysisRun& run) const;
     std::uint64_t timesForgotten(const UUID& groupID) const;

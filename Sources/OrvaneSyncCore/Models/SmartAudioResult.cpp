@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace orvane {
 
@@ -99,6 +100,17 @@ JSON toJSON(const SmartAudioResult& result) {
     if (result.stemMetrics) json.set("stemMetrics", toJSON(*result.stemMetrics));
     json.set("heardSeconds", result.heardSeconds);
     json.set("promisedSeconds", result.promisedSeconds);
+    if (!result.incompleteFiles.empty()) {
+        JSON::Array files;
+        for (const IncompleteFile& file : result.incompleteFiles) {
+            JSON one;
+            one.set("filename", file.filename);
+            one.set("heardSeconds", file.heardSeconds);
+            one.set("promisedSeconds", file.promisedSeconds);
+            files.push_back(std::move(one));
+        }
+        json.set("incompleteFiles", std::move(files));
+    }
     return json;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/IncompleteFile.h"
 #include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 
 #include <optional>
@@ -8,8 +9,9 @@
 
 namespace orvane {
 
-// The records of one analysis of one recording. A track is one channel of the audio file, numbered from 1;
-// 0 means no track. Times are seconds from the start of the audio file (audio time).
+// The records of one analysis of one recording. A track is one channel of the recording, numbered from 1
+// through all its files; 0 means no track. Times are seconds from the recording's first sample (take time;
+// audio time where the recording is one file).
 
 /// What the classifier decided for one track.
 struct ChannelClassification {
@@ -103,6 +105,8 @@ struct SmartAudioResult {
     std::optional<StemMetrics> stemMetrics; ///< only where stems were given
     double heardSeconds = 0;                ///< of the recording, from its beginning
     double promisedSeconds = 0;             ///< the length of the recording by its header
+    /// Of a recording in several files: those that are not all there, in whose place there was silence.
+    std::vector<IncompleteFile> incompleteFiles;
 
     bool hasAdjustments() const;
     bool operator==(const SmartAudioResult&) const = default;

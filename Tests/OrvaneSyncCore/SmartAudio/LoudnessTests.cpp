@@ -153,11 +153,11 @@ TEST(LUFSMeter, streamsFiles) {
     for (std::size_t i = 0; i < left.size(); ++i) interleaved.insert(interleaved.end(), {left[i], right[i]});
     const std::string bytes =
         WaveMaker().format({.channels = 2, .samples = SampleFormat::float32}).samples(interleaved).bytes();
-    EXPECT_EQ(LUFSMeter::measureIntegratedLUFS({folder.write("a.wav", bytes)}),
+    EXPECT_EQ(LUFSMeter::measureIntegratedLUFS(FileURL{folder.write("a.wav", bytes)}),
               measured({left, right}, 48000));
-    EXPECT_TRUE(LUFSMeter::measureIntegratedLUFS({folder.write("cut.wav", bytes.substr(0, 900'000))}));
-    EXPECT_FALSE(LUFSMeter::measureIntegratedLUFS({folder.write("short.wav", bytes.substr(0, 1000))}));
-    EXPECT_FALSE(LUFSMeter::measureIntegratedLUFS({folder.path("missing.wav")}));
+    EXPECT_TRUE(LUFSMeter::measureIntegratedLUFS(FileURL{folder.write("cut.wav", bytes.substr(0, 900'000))}));
+    EXPECT_FALSE(LUFSMeter::measureIntegratedLUFS(FileURL{folder.write("short.wav", bytes.substr(0, 1000))}));
+    EXPECT_FALSE(LUFSMeter::measureIntegratedLUFS(FileURL{folder.path("missing.wav")}));
 }
 
 TrackAnalysis track(const std::vector<float>& levels, float zeroCrossingRate = 0.1F) {

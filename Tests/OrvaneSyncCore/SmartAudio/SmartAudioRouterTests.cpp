@@ -113,7 +113,7 @@ class SmartAudioRouterTest : public testing::Test {
         return SmartAudioRouter(threads, folder.path()).analyze(request);
     }
     SmartAudioRequest request(const std::string& wave, int channelCount) const {
-        return {.audioURL = {folder.write("take.wav", wave)},
+        return {.sound = FileURL{folder.write("take.wav", wave)},
                 .channelCount = channelCount,
                 .blockSettings = SmartAudioBlockSettings{}};
     }
@@ -195,7 +195,7 @@ TEST_F(SmartAudioRouterTest, answersToAnythingThatAFileHolds) {
             EXPECT_EQ(toJSON(result).dump().find("null"), std::string::npos);
             EXPECT_EQ(SmartAudioRouter::endsEarly(result), one.end == 4.75);
         }
-    EXPECT_EQ(analyze({.audioURL = {folder.path("missing.wav")}, .channelCount = 2}), SmartAudioResult{});
+    EXPECT_EQ(analyze({.sound = FileURL{folder.path("missing.wav")}, .channelCount = 2}), SmartAudioResult{});
     EXPECT_EQ(SmartAudioResult{}.windowDurationSeconds, 0.25);
 }
 

@@ -127,9 +127,9 @@ TEST(Take, rolesAndRunningNumbers) {
 TEST(Take, axisAndLength) {
     const Take chain =
         takeOf(clipOf({{"T-1.WAV", -50, 55, 2}, {"T-2.WAV", 5.2, 55, 4}, {"U.WAV", -70, 99}}), 2);
-    EXPECT_DOUBLE_EQ(chain.offsetSeconds, -50);
-    EXPECT_DOUBLE_EQ(chain.primaryStartSeconds, 55.2); // the second part has more of the clip
-    EXPECT_DOUBLE_EQ(chain.durationSeconds, 110.2);
+    EXPECT_NEAR(chain.offsetSeconds, -50, 1e-9);
+    EXPECT_NEAR(chain.primaryStartSeconds, 55.2, 1e-9); // the second part has more of the clip
+    EXPECT_NEAR(chain.durationSeconds, 110.2, 1e-9);
     EXPECT_EQ(chain.channelCount, 4);
     EXPECT_EQ(chain.runningChannelCount(), 5);
     EXPECT_TRUE(takeOf(clipOf({}), 2).isEmpty());

@@ -181,9 +181,11 @@ void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, std::vec
         auto asset = cache_->resolve(candidates[i], known[i].attributes);
         if (!asset) return;
         known[i].isHit = mayStandFor(*asset, assets[i].kind);
-        if (known[i].isHit)
+        if (known[i].isHit) {
             assets[i] = std::move(*asset);
-        else if (asset->kind == assets[i].kind)
+            // The size is what the entry is found by; one that was stored without it is as good.
+            assets[i].fileSizeBytes = known[i].attributes->size;
+        } else if (asset->kind == assets[i].kind)
             known[i].earlierID = asset->id;
     });
 }
@@ -203,6 +205,7 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
     MediaAsset& asset = probed.asset;
     auto file = RandomAccessFile::open(url.path);
     if (!file) return probed;
+    asset.fileSizeBytes = file->size();
 
     bool hindered = false;
     const MediaInspection inspection =

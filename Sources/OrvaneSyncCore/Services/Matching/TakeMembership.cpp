@@ -165,8 +165,10 @@ class Finder {
         return found;
     }
 
+    /// What has no length, as a file that says nothing of it, has no place in a chain.
     bool isPart(std::size_t i, std::size_t neighbour) const {
-        return !isUsed_[i] && end(i) > start(i) && mayBeOfOneRecorder(asset(neighbour), asset(i));
+        return !isUsed_[i] && end(i) > start(i) && end(neighbour) > start(neighbour) &&
+               mayBeOfOneRecorder(asset(neighbour), asset(i));
     }
 
     Indices later(const Indices& edge) {

@@ -140,8 +140,8 @@ std::optional<double> LUFSMeter::integratedLUFS() const {
     return meanAbove(gate, blocks).value_or(*ungated);
 }
 
-std::optional<double> LUFSMeter::measureIntegratedLUFS(const FileURL& url) {
-    const auto file = platform::AudioFile::open(url.path);
+std::optional<double> LUFSMeter::measureIntegratedLUFS(const TakeSound& sound) {
+    const auto file = openTake(sound);
     return file ? measureIntegratedLUFS(*file) : std::nullopt;
 }
 

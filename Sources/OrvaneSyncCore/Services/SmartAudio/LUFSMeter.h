@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OrvaneSyncCore/Models/FileURL.h"
+#include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 #include "Platform/AudioFile.h"
 
 #include <cstddef>
@@ -28,8 +28,8 @@ class LUFSMeter {
     /// is above the absolute gate.
     std::optional<double> integratedLUFS() const;
 
-    /// Of a whole file, all its channels, streamed. Nothing when it cannot be read. Any thread.
-    static std::optional<double> measureIntegratedLUFS(const FileURL& url);
+    /// Of a whole recording, all its channels, streamed. Nothing when it cannot be read. Any thread.
+    static std::optional<double> measureIntegratedLUFS(const TakeSound& sound);
     /// The same of a file that is open. `progress` as that of `AudioPass`, on the caller's thread.
     static std::optional<double>
     measureIntegratedLUFS(platform::AudioFile& file, const std::function<void(double share)>& progress = {});

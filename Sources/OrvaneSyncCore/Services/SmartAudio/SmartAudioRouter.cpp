@@ -65,10 +65,13 @@ std::vector<TrackAnalysis> SmartAudioRouter::listen(platform::AudioFile& file, i
 }
 
 bool SmartAudioRouter::endsEarly(const SmartAudioResult& result) {
+    return endsEarly(result.heardSeconds, std::min(result.promisedSeconds, mostSeconds));
+}
+
+bool SmartAudioRouter::endsEarly(double heardSeconds, double promisedSeconds) {
     // The last window of a whole recording is often begun, and never heard.
     constexpr double unheardOfWhole = 2 * smartAudioWindowSeconds;
-    return result.heardSeconds > 0 &&
-           std::min(result.promisedSeconds, mostSeconds) - result.heardSeconds > unheardOfWhole;
+    return heardSeconds > 0 && promisedSeconds - heardSeconds > unheardOfWhole;
 }
 
 SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request) {
@@ -79,9 +82,9 @@ SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request) {
 
 SmartAudioResult SmartAudioRouter::analyzeOnQueue(const SmartAudioRequest& request) const {
     SmartAudioResult result;
-    const auto file = platform::AudioFile::open(request.audioURL.path);
+    const auto file = openTake(request.sound, &result.incompleteFiles);
     const int tracks = std::min(request.channelCount, mostTracks);
-    if (!file || file->frameCount() < 1 || tracks < 1) return result;
+    if (!file || file->frameCount() < 1 || tracks < 1) return {};
 
     const std::vector<TrackAnalysis> analyses = listen(*file, tracks, concurrency_, request.progress);
     const double rate = file->sampleRate();

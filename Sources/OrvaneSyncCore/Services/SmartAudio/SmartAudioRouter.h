@@ -1,11 +1,11 @@
 #pragma once
 
-#include "OrvaneSyncCore/Models/FileURL.h"
 #include "OrvaneSyncCore/Models/IXMLModels.h"
 #include "OrvaneSyncCore/Models/SmartAudioConfig.h"
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
 #include "OrvaneSyncCore/Services/SmartAudio/StemMeasurement.h"
 #include "OrvaneSyncCore/Services/SmartAudio/WindowAnalysis.h"
+#include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 #include "Platform/AudioFile.h"
 #include "Platform/MainThread.h"
 
@@ -21,8 +21,8 @@ namespace orvane {
 
 /// What is asked of one analysis.
 struct SmartAudioRequest {
-    FileURL audioURL;
-    int channelCount = 0; ///< tracks to analyse, up to the router's most; may differ from what the file has
+    TakeSound sound;
+    int channelCount = 0; ///< tracks to analyse, up to the router's most; may differ from what the files have
     SmartAudioMode mode = SmartAudioMode::standard;
     std::optional<SmartAudioConfig> config = {}; ///< absent: the preset of `mode`
     std::vector<IXMLTrack> ixmlTracks = {};
@@ -33,8 +33,8 @@ struct SmartAudioRequest {
     std::function<void(double share)> progress = {};
 };
 
-/// Listens to one recording once and gives the verdict. Never fails: a file that cannot be read gives the
-/// empty result.
+/// Listens to one recording once and gives the verdict. Never fails: a recording that cannot be read gives
+/// the empty result.
 class SmartAudioRouter {
   public:
     /// The rest of a longer recording is not heard.
@@ -61,6 +61,8 @@ class SmartAudioRouter {
     /// Whether a recording of which something was heard ended before its header says, and not because the
     /// rest is never heard.
     static bool endsEarly(const SmartAudioResult& result);
+    /// The same of one file of it.
+    static bool endsEarly(double heardSeconds, double promisedSeconds);
 
     /// The reading alone: one analysis a track that is asked for. Tracks that the file does not have stay
     /// without windows. Any thread.

@@ -1,0 +1,206 @@
+#include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using platform::AudioFile;
+
+/// The same for all clips of a take, whose offsets differ in the last bits, and finer than any sample.
+double wholeMicroseconds(double seconds) {
+    constexpr double perSecond = 1e6;
+    return std::round(seconds * perSecond) / perSecond;
+}
+
+/// A stretch of a lane that one file fills, in frames of the take.
+struct Piece {
+    std::size_t file;
+    std::int64_t fileStart; ///< where the file's first frame lies
+    std::int64_t begin;     ///< behind `fileStart` where the part before reaches into this one
+    std::int64_t end;
+};
+
+/// The files that hold the same channels, one after the other.
+struct Lane {
+    std::size_t firstChannel = 0; ///< from 0
+    std::size_t channelCount = 0;
+    std::vector<Piece> pieces; ///< in order, without overlap
+};
+
+/// What all readers of one take share. Does not change once it is made.
+struct Layout {
+    /// Files up to this many stay open, so that a reader for another thread costs no opening.
+    static constexpr std::size_t mostOpenFiles = 256;
+
+    TakeSound sound;
+    std::vector<std::unique_ptr<AudioFile>> openFiles; ///< beside `sound.files`; empty where none is kept
+    std::vector<Lane> lanes;
+    double sampleRate = 0;
+    std::size_t channelCount = 0;
+    std::int64_t frames = 0;
+    std::int64_t promised = 0;
+    bool canShare = true; ///< each file gives further readers
+
+    /// A reader of a file of its own, at its start; nothing when it cannot be read any more.
+    std::unique_ptr<AudioFile> reader(std::size_t file) const {
+        if (openFiles[file])
+            if (auto reader = openFiles[file]->another()) return reader;
+        return AudioFile::open(sound.files[file].url.path);
+    }
+};
+
+class TakeAudio : public AudioFile {
+  public:
+    explicit TakeAudio(std::shared_ptr<const Layout> layout)
+        : layout_(std::move(layout)), hands_(layout_->lanes.size()) {}
+
+    double sampleRate() const override { return layout_->sampleRate; }
+    int channelCount() const override { return static_cast<int>(layout_->channelCount); }
+    std::int64_t frameCount() const override { return layout_->frames; }
+    std::int64_t promisedFrames() const override { return layout_->promised; }
+
+    bool seek(std::int64_t frame) override {
+        if (frame < 0 || frame > layout_->frames) return false;
+        at_ = frame;
+        return true;
+    }
+
+    std::size_t read(std::span<float* const> channels, std::size_t frames) override {
+        const auto left = static_cast<std::uint64_t>(layout_->frames - at_);
+        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(frames, left));
+        for (float* channel : channels.first(std::min(channels.size(), layout_->channelCount)))
+            std::fill_n(channel, count, 0.0F);
+        for (std::size_t lane = 0; lane < hands_.size(); ++lane) readLane(lane, channels, count);
+        at_ += static_cast<std::int64_t>(count);
+        return count;
+    }
+
+    std::unique_ptr<AudioFile> another() const override {
+        return layout_->canShare ? std::make_unique<TakeAudio>(layout_) : nullptr;
+    }
+
+  private:
+    /// What one lane is being read with.
+    struct Hand {
+        std::size_t piece = 0;
+        std::unique_ptr<AudioFile> file; ///< of that piece
+        std::int64_t at = 0;             ///< the file's own next frame
+    };
+
+    void readLane(std::size_t which, std::span<float* const> channels, std::size_t count) {
+        const Lane& lane = layout_->lanes[which];
+        if (lane.firstChannel >= channels.size()) return;
+        channels = channels.subspan(lane.firstChannel,
+                                    std::min(lane.channelCount, channels.size() - lane.firstChannel));
+        const std::int64_t end = at_ + static_cast<std::int64_t>(count);
+        auto piece = std::ranges::upper_bound(lane.pieces, at_, {}, &Piece::end);
+        for (; piece != lane.pieces.end() && piece->begin < end; ++piece) {
+            const std::int64_t from = std::max(at_, piece->begin);
+            const std::int64_t to = std::min(end, piece->end);
+            Hand& hand = hands_[which];
+            if (!moveTo(hand, static_cast<std::size_t>(piece - lane.pieces.begin()), *piece, from)) continue;
+            targets_.clear();
+            for (float* channel : channels) targets_.push_back(channel + (from - at_));
+            hand.at +=
+                static_cast<std::int64_t>(hand.file->read(targets_, static_cast<std::size_t>(to - from)));
+        }
+    }
+
+    /// Moves only where reading does not go on by itself: a compressed file is slow to move in.
+    bool moveTo(Hand& hand, std::size_t which, const Piece& piece, std::int64_t frame) {
+        if (!hand.file || hand.piece != which) {
+            hand.file = layout_->reader(piece.file);
+            hand.piece = which;
+            hand.at = 0;
+        }
+        const std::int64_t own = frame - piece.fileStart;
+        if (hand.file && hand.at != own) hand.at = hand.file->seek(own) ? own : -1;
+        return hand.file && hand.at == own;
+    }
+
+    std::shared_ptr<const Layout> layout_;
+    std::vector<Hand> hands_; ///< one a lane
+    std::int64_t at_ = 0;
+    std::vector<float*> targets_; ///< of the read under way
+};
+
+/// Lays out the files that can be read, at the rate of the first of them.
+class LayoutMaker {
+  public:
+    LayoutMaker(const TakeSound& sound, std::vector<IncompleteFile>* incomplete) : incomplete_(incomplete) {
+        layout_.sound = sound;
+    }
+
+    /// Nothing when no file can be read.
+    std::shared_ptr<const Layout> make() {
+        std::vector<std::unique_ptr<AudioFile>> opened;
+        for (const TakeSound::File& file : layout_.sound.files) {
+            auto audio = AudioFile::open(file.url.path);
+            if (audio && layout_.sampleRate <= 0) layout_.sampleRate = audio->sampleRate();
+            if (audio && audio->sampleRate() != layout_.sampleRate) audio.reset();
+            opened.push_back(std::move(audio));
+        }
+        if (!(layout_.sampleRate > 0)) return nullptr;
+        for (std::size_t i = 0; i < opened.size(); ++i) {
+            add(i, opened[i].get());
+            if (opened[i] && !opened[i]->another()) layout_.canShare = false;
+            if (i >= Layout::mostOpenFiles) opened[i].reset();
+        }
+        layout_.openFiles = std::move(opened);
+        return std::make_shared<const Layout>(std::move(layout_));
+    }
+
+  private:
+    void add(std::size_t i, const AudioFile* audio) {
+        const TakeSound::File& file = layout_.sound.files[i];
+        const auto framesIn = [&](double seconds) { return std::llround(seconds * layout_.sampleRate); };
+        const std::int64_t start = framesIn(file.startSeconds);
+        const std::int64_t own = audio != nullptr ? audio->frameCount() : 0;
+        const std::int64_t promised =
+            audio != nullptr ? audio->promisedFrames() : framesIn(file.durationSeconds);
+        layout_.channelCount = std::max(layout_.channelCount,
+                                        static_cast<std::size_t>(file.firstChannel - 1 + file.channelCount));
+        layout_.frames = std::max(layout_.frames, start + own);
+        layout_.promised = std::max(layout_.promised, start + promised);
+        if (incomplete_ != nullptr && (audio == nullptr || promised > own))
+            incomplete_->push_back({file.url.lastPathComponent(),
+                                    static_cast<double>(own) / layout_.sampleRate,
+                                    static_cast<double>(promised) / layout_.sampleRate});
+
+        const auto firstChannel = static_cast<std::size_t>(file.firstChannel - 1);
+        if (layout_.lanes.empty() || layout_.lanes.back().firstChannel != firstChannel)
+            layout_.lanes.push_back({firstChannel, 0, {}});
+        Lane& lane = layout_.lanes.back();
+        lane.channelCount = std::max(lane.channelCount, static_cast<std::size_t>(file.channelCount));
+        const std::int64_t begin = lane.pieces.empty() ? start : std::max(start, lane.pieces.back().end);
+        if (begin < start + own) lane.pieces.push_back({i, start, begin, start + own});
+    }
+
+    Layout layout_;
+    std::vector<IncompleteFile>* incomplete_;
+};
+
+} // namespace
+
+TakeSound::TakeSound(const SyncGroup& group, const Take& take) {
+    for (const TakeFile& file : take.files)
+        if (isHeard(file.role))
+            files.push_back({group.audioMatches[file.matchIndex].audio->url, file.firstChannel,
+                             file.channelCount, wholeMicroseconds(file.startSeconds), file.durationSeconds});
+}
+
+std::unique_ptr<AudioFile> openTake(const TakeSound& sound, std::vector<IncompleteFile>* incomplete) {
+    if (sound.files.empty()) return nullptr;
+    if (sound.files.size() == 1) return AudioFile::open(sound.files.front().url.path);
+    auto layout = LayoutMaker(sound, incomplete).make();
+    return layout ? std::make_unique<TakeAudio>(std::move(layout)) : nullptr;
+}
+
+} // namespace orvane

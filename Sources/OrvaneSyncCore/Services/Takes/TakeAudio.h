@@ -1,0 +1,50 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/FileURL.h"
+#include "OrvaneSyncCore/Models/IncompleteFile.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
+#include "Platform/AudioFile.h"
+
+#include <compare>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace orvane {
+
+/// The files that hold one take, and where each lies in it: all that is needed to read it, and what tells one
+/// take's sound from another's. Two cameras of one take have equal sound.
+struct TakeSound {
+    struct File {
+        FileURL url;
+        int firstChannel = 1; ///< running number, from 1
+        int channelCount = 1;
+        double startSeconds = 0;    ///< on the take's axis, in whole microseconds
+        double durationSeconds = 0; ///< as the file says; 0 where it does not
+
+        auto operator<=>(const File&) const = default;
+    };
+
+    TakeSound() = default;
+    /// A file alone, with whatever channels it has.
+    TakeSound(FileURL file) : files{{std::move(file)}} {} // NOLINT: a file is a take
+    /// What is heard of a clip's take.
+    TakeSound(const SyncGroup& group, const Take& take);
+
+    std::vector<File> files; ///< by channel, then by start
+    auto operator<=>(const TakeSound&) const = default;
+};
+
+/// Opens a take as one recording: its channels by their running numbers, from the take's first sample to its
+/// last. Where no file has sound there is silence: in the gap between two parts, behind a channel that ended
+/// earlier than others, in the place of a file that is missing, is at another sample rate, or breaks off.
+/// Each file lies at its place to the sample; where two parts overlap, the earlier is read to its end. A
+/// single file is read as it is.
+///
+/// Nothing when no file can be read. As any reader it belongs to one thread at a time; `another` gives one
+/// for the next thread. A channel that is read holds one file open and no sound. `incomplete`, where given,
+/// is told of the files of a take of several that are not all there.
+std::unique_ptr<platform::AudioFile> openTake(const TakeSound& sound,
+                                              std::vector<IncompleteFile>* incomplete = nullptr);
+
+} // namespace orvane

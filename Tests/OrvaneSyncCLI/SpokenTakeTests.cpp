@@ -178,12 +178,12 @@ TEST_F(SpokenTakeTest, theDocumentOpensTheMicrophonesOfWhoSpeaks) {
             outcome_.out.find("Smart Audio: 2 clips heard, 3 of 8 channels chosen.") != std::string::npos;
         EXPECT_EQ(saysSo, !loudness.empty()) << outcome_.out;
     };
-    check({}, lavs, {"Mix"}, "amount=\"0.3\"");
-    check({"--set", "smartAudioMode=studio"}, lavs, {"Mix"}, "amount=\"0.5\"");
-    check({"--set", "smartAudioMode=studio", "--smart-audio", "Cinematic"}, lavs, {"Mix"}, "amount=\"0.6\"");
+    check({}, lavs, {"Mix"}, "amount=\"30\"");
+    check({"--set", "smartAudioMode=studio"}, lavs, {"Mix"}, "amount=\"50\"");
+    check({"--set", "smartAudioMode=studio", "--smart-audio", "Cinematic"}, lavs, {"Mix"}, "amount=\"60\"");
     check({"--set", "smartAudioMode=custom", "--set", "smartAudio.loudness=0.42"}, lavs, {"Mix"},
-          "amount=\"0.42\"");
-    check({"--set", "smartAudioMode=loud"}, lavs, {"Mix"}, "amount=\"0.3\"");
+          "amount=\"42\"");
+    check({"--set", "smartAudioMode=loud"}, lavs, {"Mix"}, "amount=\"30\"");
     check({"--set", "smartAudioMode=off"}, all, all, "");
     check({"--set", "smartAudioMode=studio", "--no-smart-audio"}, all, all, "");
     check({"--smart-audio", "off"}, all, all, "");

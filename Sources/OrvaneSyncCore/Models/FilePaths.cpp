@@ -69,8 +69,8 @@ bool isBefore(const std::string& a, const std::string& b) {
 
 template <class Item, class PathOf>
 void sortByKeys(std::vector<Item>& items, PathOf pathOf) {
-    // A camera counts its files in numbers of one width; then the bytes give the order at a tenth of the
-    // cost, which a look at the neighbours proves.
+    // A camera counts its files in numbers of one width. Then the bytes give the order, which a look at the
+    // neighbours proves, at less than the cost of the keys.
     std::ranges::sort(items, {}, pathOf);
     const auto isUnordered = [&](const Item& a, const Item& b) { return isBefore(pathOf(b), pathOf(a)); };
     if (std::ranges::adjacent_find(items, isUnordered) == items.end()) return;

@@ -164,7 +164,7 @@ TEST(MulticamClips, NoTwoCamerasHaveOneNameOrOneAngle) {
     check({"CAM_B/clip.mov", "C Camera/clip.mov", "x/clip.mov"}, {"Cam B", "Cam C", "Cam D"});
     check({"cams/clip.mov", "CamC/clip.mov", "CAMP/clip.mov"},
           {"Cam A", "Cam C", "Cam D"}); // words are no cameras
-    check({"cam a/c0.mov", "cam a/c1.mov"}, {"Cam A", "Cam B"});
+    check({"cam a/go.mov", "cam a/pro.mov"}, {"Cam A", "Cam B"});
     check({"Cam-A/clip.mov", "x/A001C001.mov"}, {"Cam B", "Cam A"});
 }
 

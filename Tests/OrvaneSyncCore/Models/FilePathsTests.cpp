@@ -17,6 +17,12 @@ TEST(FilePaths, standInOneOrderHoweverTheyAreListed) {
                                             "/s/\xFE.mov",     "/s/\xFF.mov"};
     std::vector<FileURL> files;
     for (const std::string& path : expected) files.push_back({path});
+    for (std::size_t later = 1; later < files.size(); ++later)
+        for (std::size_t sooner = 0; sooner < later; ++sooner) {
+            std::vector<FileURL> pair{files[later], files[sooner]};
+            sortByPath(pair);
+            EXPECT_EQ(pair.front(), files[sooner]) << files[sooner].path << " and " << files[later].path;
+        }
     for (unsigned seed = 1; seed <= 50; ++seed) {
         std::ranges::shuffle(files, std::mt19937(seed));
         sortByPath(files);

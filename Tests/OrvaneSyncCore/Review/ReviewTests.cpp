@@ -58,6 +58,9 @@ TEST(SiblingSuggestion, isDismissedUntilTheSiblingMovesAgain) {
     const auto again =
         activeSiblingSuggestion(cameras[0], cameras, GroupNaming::Source::sceneTake, {}, rate, {});
     EXPECT_EQ(again->text(rate), "Cam B was shifted -25f — apply the same to this cam?");
+    const SyncGroupList cards{camera("1/A001C001.mov", 0), camera("2/A001C001.mov", 1)};
+    const auto card = activeSiblingSuggestion(cards[0], cards, GroupNaming::Source::sceneTake, {}, rate, {});
+    EXPECT_EQ(card->text(rate), "Cam A 2 was shifted +25f — apply the same to this cam?");
     EXPECT_EQ((SiblingSuggestion{cameras.element(2), 2, ""}.text(rate)),
               "C.mov was shifted +50f — apply the same to this cam?");
 }

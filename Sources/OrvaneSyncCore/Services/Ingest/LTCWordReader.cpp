@@ -11,7 +11,7 @@ namespace {
 
 constexpr double halfWindowSeconds = 0.004;                        // over 6 bits at 24 frames a second
 constexpr double usualSampleRate = 48000, highestSampleRate = 1e6; // Hz
-constexpr double margin = 0.5;                                     // of the deviation
+constexpr double marginShare = 0.5;                                // of the deviation
 /// Below this mean square (-120 dBFS) there is silence, and what rounding leaves of louder sounds before.
 constexpr double silence = 1e-12;
 /// Float files may hold anything; beyond this nothing is sound.
@@ -98,7 +98,7 @@ void LTCWordReader::measureUpTo(std::size_t end) {
         const auto count = static_cast<double>(windowEnd_ - windowBegin_);
         const double mean = sum_ / count, meanSquare = sumOfSquares_ / count - mean * mean;
         if (meanSquare < silence) continue;
-        take(samples_[next_ - firstKept_] - mean, margin * std::sqrt(meanSquare), next_);
+        take(samples_[next_ - firstKept_] - mean, marginShare * std::sqrt(meanSquare), next_);
     }
 }
 

@@ -227,9 +227,9 @@ TEST_F(ServeTest, anotherFileIsReplacedOnRequestAlone) {
     EXPECT_NE(failure("exportFCPXML", R"({"overwrite":true,"output":")" + project + "\"}").find("1 can't"),
               std::string::npos);
     const std::pair<const char*, std::string> calls[] = {
-        {"saveProject", R"({"path":")" + other + "\""},
         {"exportFCPXML", R"({"output":")" + other + "\""},
-        {"exportSingleClip", R"({"groupID":")" + groupID_ + R"(","output":")" + other + "\""}};
+        {"exportSingleClip", R"({"groupID":")" + groupID_ + R"(","output":")" + other + "\""},
+        {"saveProject", R"({"path":")" + other + "\""}};
     for (const auto& [method, arguments] : calls) {
         folder_.write("notes.txt", "mine");
         const std::string refused = failure(method, arguments + "}");

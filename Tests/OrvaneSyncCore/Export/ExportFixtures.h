@@ -63,7 +63,7 @@ inline void expectGolden(const std::string& name, const std::string& document) {
     if (std::getenv("ORVANE_UPDATE_GOLDEN") != nullptr) platform::files::writeAtomically(file, document);
     EXPECT_EQ(document, platform::files::readText(file)) << name;
     // Or the program would not write its own document again.
-    if (file.ends_with(".fcpxml")) EXPECT_TRUE(beginsAsOwnDocument(document)) << name;
+    EXPECT_EQ(beginsAsOwnDocument(document), file.ends_with(".fcpxml")) << name;
 }
 
 /// The lines of a document that hold the text, without the blanks in front.

@@ -22,14 +22,18 @@ class OutputGuardTest : public testing::Test {
         inputs.addFolder(folder_.path("card"));
         inputs.addFile(folder_.path("day.csv"), "the report");
         const std::string path = folder_.path(name);
-        const bool isFile = fs::is_regular_file(path);
+        const auto isFileThere = [&] {
+            std::error_code loop;
+            return fs::is_regular_file(path, loop);
+        };
+        const bool isFile = isFileThere();
         const std::string before = isFile ? folder_.read(name) : "";
         try {
             OutputGuard(kind, inputs, {.replacesOthers = force}).write(path, "written");
             EXPECT_EQ(folder_.read(name), "written");
             return "";
         } catch (const OutputRefused& error) {
-            EXPECT_EQ(fs::is_regular_file(path), isFile) << name;
+            EXPECT_EQ(isFileThere(), isFile) << name;
             EXPECT_EQ(isFile ? folder_.read(name) : "", before) << name;
             return error.what();
         }
@@ -83,15 +87,15 @@ TEST_F(OutputGuardTest, noPermissionOpensThesePlaces) {
 }
 
 TEST_F(OutputGuardTest, ownOutputsOfTheKindAreWrittenAgainAndOthersWithPermission) {
-    const std::string document =
+    const std::string ours =
         "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n<!DOCTYPE fcpxml>\n"
         "<fcpxml version=\"1.14\">\n    <resources>\n        <format id=\"r1\" "
         "frameDuration=\"1/25s\"/>\n        <format id=\"r2\" "
         "name=\"FFVideoFormatRateUndefined\"/>\n";
     const std::string foreign = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE fcpxml>\n\n"
                                 "<fcpxml version=\"1.14\">\n    <resources>\n";
-    const std::string project = ProjectService::encoded({});
-    std::string later = project;
+    const std::string saved = ProjectService::encoded({});
+    std::string later = saved;
     later.replace(later.find("\"version\": 1"), 12, "\"version\": 2");
     const auto wave = [](const char* by) {
         return test::WaveMaker().format({}).bext({.originator = by}).silence(10).bytes();
@@ -114,14 +118,14 @@ TEST_F(OutputGuardTest, ownOutputsOfTheKindAreWrittenAgainAndOthersWithPermissio
         OutputKind kind;
         std::string there;
         Outcome outcome;
-    } cases[] = {{"x.fcpxml", OutputKind::document, document, always},
-                 {"of another program.fcpxml", OutputKind::document, foreign, withPermission},
-                 {"empty.fcpxml", OutputKind::document, "", withPermission},
-                 {"a project.fcpxml", OutputKind::document, project, withPermission},
-                 {"x.orvanesync", OutputKind::project, project, always},
-                 {"later.orvanesync", OutputKind::project, later, withPermission},
-                 {"damaged.orvanesync", OutputKind::project, project.substr(0, 20), withPermission},
-                 {"a document.orvanesync", OutputKind::project, document, withPermission},
+    } cases[] = {{"x.fcpxml", document, ours, always},
+                 {"of another program.fcpxml", document, foreign, withPermission},
+                 {"empty.fcpxml", document, "", withPermission},
+                 {"a project.fcpxml", document, saved, withPermission},
+                 {"x.orvanesync", project, saved, always},
+                 {"later.orvanesync", project, later, withPermission},
+                 {"damaged.orvanesync", project, saved.substr(0, 20), withPermission},
+                 {"a document.orvanesync", project, ours, withPermission},
                  {"x.tsv", table, std::string(reviewTableHeader) + "\r\n", always},
                  {"a report.tsv", table, "clip\tcamera_file\n", withPermission},
                  {"x.wav", rendering, wave("OrvaneSync"), always},
@@ -131,7 +135,7 @@ TEST_F(OutputGuardTest, ownOutputsOfTheKindAreWrittenAgainAndOthersWithPermissio
                  {"x.png", picture, png("Software\0OrvaneSync"s), always},
                  {"still.png", picture, png("Software\0Camera"s), never},
                  {"as media.mp4", rendering, "text", never},
-                 {"a rendering", OutputKind::document, wave("OrvaneSync"), never}};
+                 {"a rendering", document, wave("OrvaneSync"), never}};
     for (const auto& [name, kind, there, outcome] : cases)
         for (const bool force : {false, true}) {
             folder_.write(name, there);

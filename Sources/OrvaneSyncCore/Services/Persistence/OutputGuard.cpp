@@ -98,8 +98,7 @@ void OutputGuard::write(const std::string& path, std::string_view contents) cons
 OutputGuard::There OutputGuard::look(const std::string& path) const {
     const std::string kind(name(kind_));
     if (isForeignMediaName(kind_, path))
-        refuse(nameOfMedia, path,
-               "it names a media file; give the " + kind + " another name");
+        refuse(nameOfMedia, path, "it names a media file; give the " + kind + " another name");
     if (path.empty() || path.ends_with('/')) refuse(place, path, "it names a folder, not a file");
 
     const auto there = files::attributes(path);

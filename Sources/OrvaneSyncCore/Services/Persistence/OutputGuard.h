@@ -1,8 +1,8 @@
 #pragma once
 
 #include "OrvaneSyncCore/Services/Persistence/OutputMarks.h"
+#include "Platform/Files.h"
 
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,14 +10,13 @@
 namespace orvane {
 
 /// A write that was refused. Says which file it would have gone to, why it is refused, and what helps.
-class OutputRefused : public std::runtime_error {
+class OutputRefused : public platform::FileError {
   public:
     enum class Reason {
         nameOfMedia, ///< the name alone, whatever the disk holds
         place        ///< what lies there, or where it leads
     };
-    OutputRefused(Reason reason, const std::string& description)
-        : std::runtime_error(description), reason_(reason) {}
+    OutputRefused(Reason reason, const std::string& description) : FileError(description), reason_(reason) {}
     Reason reason() const { return reason_; }
 
   private:
@@ -62,7 +61,7 @@ class OutputGuard {
     /// Throws OutputRefused.
     void check(const std::string& path) const;
     /// Checks, writes the whole file or nothing, and checks again right before the new file takes its place.
-    /// Throws OutputRefused and FileError; then everything is as it was.
+    /// Throws FileError, OutputRefused among them; then everything is as it was.
     void write(const std::string& path, std::string_view contents) const;
 
   private:

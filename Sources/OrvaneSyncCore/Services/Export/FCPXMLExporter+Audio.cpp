@@ -116,6 +116,7 @@ Clip firstFile(const Placement& file, const Time& offset, const std::string& for
 /// first channel, and afterwards that of the next file.
 Audio furtherFile(const Placement& file, int& lane, RoleEntries& roles) {
     Audio first = file.channel(1, lane--, roles.add(1, file.audio));
+    first.offset = file.place;
     for (int track = 2; track <= file.channels; ++track)
         first.anchored.emplace_back(file.channel(track, lane--, roles.add(track, file.audio)));
     return first;

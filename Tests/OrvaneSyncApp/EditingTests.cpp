@@ -131,6 +131,15 @@ TEST_F(EditingTest, aSensorRateByHandIsConfirmedUntilItIsTakenBack) {
     controller_->setManualSensorFrameRate(id(), std::nullopt);
     EXPECT_EQ(group().video.offspeedConfidence, OffspeedConfidence::suspectedUnconfirmed(1));
     EXPECT_FALSE(group().video.sensorFrameRate || group().video.projectFrameRate);
+
+    change(0, [](SyncGroup& group) {
+        group.video.frameRate = group.video.projectFrameRate = 50;
+        group.video.timecodeFrameRate = TimecodeFrameRate::fps25;
+    });
+    controller_->setManualSensorFrameRate(id(), 100);
+    EXPECT_EQ(group().video.projectFrameRate, 50);
+    controller_->setManualSensorFrameRate(id(), 50);
+    EXPECT_EQ(group().video.projectFrameRate, 25) << "half-rate timecode by the editor's word";
 }
 
 TEST_F(EditingTest, anAmbiguousClipIsConfirmedUnlessItIsLocked) {

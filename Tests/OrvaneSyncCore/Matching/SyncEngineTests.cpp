@@ -52,6 +52,12 @@ TEST(SyncEngine, placesFilesOnTheAxis) {
     check("by its text", ten, {}, 3600, 3610);
     check("the project's rate before the file's", atProjectRate, {}, 1.5, 61.5);
     check("the fallback before both", atProjectRate, 48, 1.25, 61.25);
+    MediaAsset counting = atProjectRate;
+    counting.timecodeFrameRate = TimecodeFrameRate::fps50;
+    check("the timecode's own rate before all", counting, 48, 1.24, 61.24);
+    counting = video("a.mov", "01:00:00:00", 10);
+    counting.timecodeFrameRate = TimecodeFrameRate::fps29_97;
+    check("without drop it falls behind the clock", counting, 29.97, 3603.6, 3613.6);
     check("a count of samples before the text", counted(audio("a.wav"), 96000, 48000), 30, 2, 62);
     check("48 kHz where no rate is stated", counted(audio("a.wav"), 96000, {}), {}, 2, 62);
     check("a count of 0 is none", counted(audio("a.wav", "00:00:05:00"), 0, 48000), {}, 5, 65);

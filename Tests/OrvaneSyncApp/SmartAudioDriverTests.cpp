@@ -125,7 +125,7 @@ TEST_F(SmartAudioDriverTest, hearsEverySettledClipWithSound) {
     const auto document = controller_->exportFCPXML(controller_->exportSettings({})).fcpxmlString;
     EXPECT_NE(document.find("role=\"dialogue.Boom\" active=\"0\""), std::string::npos) << document;
     EXPECT_EQ(document.find("role=\"dialogue.Lav Anna\" active"), std::string::npos);
-    EXPECT_NE(document.find("<adjust-loudness amount=\"0.3\""), std::string::npos);
+    EXPECT_NE(document.find("<adjust-loudness amount=\"30\""), std::string::npos);
     EXPECT_EQ(document.find("<adjust-volume"), std::string::npos);
 
     analyseAll(true, SmartAudioMode::off);

@@ -254,6 +254,8 @@ class Finder {
 
 TakeMembership TakeMembership::of(std::span<const Candidate> candidates) {
     if (candidates.empty()) return {};
+    // Most clips, and an export asks for each several times.
+    if (candidates.size() == 1) return {{{0, 0}}, {}, {}};
     return Finder(candidates).find();
 }
 

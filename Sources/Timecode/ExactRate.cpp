@@ -38,16 +38,16 @@ Fraction shortestFraction(double number) {
 
 /// Nothing where none is near enough.
 std::optional<TimecodeFrameRate> nearestOfTable(double fps) {
-    static const auto numbers = [] {
+    static const auto lengths = [] { // of a frame, in seconds
         std::array<double, timecodeFrameRateCount> values{};
         for (const TimecodeFrameRate rate : timecodeRate::all())
-            values[static_cast<std::size_t>(rate)] = timecodeRate::rate(rate).doubleValue();
+            values[static_cast<std::size_t>(rate)] = 1 / timecodeRate::rate(rate).doubleValue();
         return values;
     }();
     double least = std::numeric_limits<double>::infinity();
     std::size_t nearest = 0;
-    for (std::size_t i = 0; i < numbers.size(); ++i) {
-        const double distance = std::abs(fps - numbers[i]) / numbers[i];
+    for (std::size_t i = 0; i < lengths.size(); ++i) {
+        const double distance = std::abs(fps * lengths[i] - 1);
         if (!(distance < least)) continue;
         least = distance;
         nearest = i;

@@ -26,6 +26,8 @@ double orFallback(double fps) { return isUsable(fps) ? fps : fallbackRate; }
 /// The length of so many frames, of the exact rate that the number stands for.
 Time framesTime(std::int64_t frames, double fps) {
     const Fraction rate = exactRate(fps);
+    constexpr std::int64_t plain = std::int64_t{1} << 31; // times a term of the rate within 64 bits
+    if (std::abs(frames) < plain) return {frames * rate.denominator(), rate.numerator()};
     return Time(frames, 1) * BFraction(BInt(rate.denominator()), BInt(rate.numerator()));
 }
 

@@ -63,6 +63,7 @@ struct Model {
         for (const SyncGroup& group : groups)
             for (const AudioMatch& match : group.audioMatches) add(*match.audio);
         for (const WildTrack& track : wild) add(track.audio);
+        std::ranges::sort(result, {}, [](const MediaAsset& audio) { return audio.url.path; });
         return result;
     }
 

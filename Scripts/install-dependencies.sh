@@ -5,8 +5,8 @@ set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config ccache git
     libexpat1-dev libicu-dev libsimdjson-dev libsndfile1-dev
-    libavformat-dev libavcodec-dev libavutil-dev libswresample-dev
-    libgtest-dev libltc-dev libxml2-utils espeak-ng ffmpeg python3 tzdata)
+    libavformat-dev libavcodec-dev libavutil-dev libswresample-dev libcurl4-openssl-dev
+    libgtest-dev libcpp-httplib-dev openssl libltc-dev libxml2-utils espeak-ng ffmpeg python3 tzdata)
 for group in "$@"; do
     case "$group" in
         build) ;;
@@ -29,5 +29,11 @@ if [ "$(id -u)" -ne 0 ]; then
     sudo="sudo"
 fi
 export DEBIAN_FRONTEND=noninteractive
-$sudo apt-get update -qq
-$sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+# Another package manager may be at work: wait for it. The time limit of apt covers its lock for installing alone.
+until message=$($sudo apt-get update -qq 2>&1); do
+    case "$message" in
+        *"Could not get lock"*) sleep 3 ;;
+        *) echo "$message" >&2; exit 1 ;;
+    esac
+done
+$sudo env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=600 install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Checks the formatting of every source file, and with --tidy runs the linter over the whole tree (some minutes).
+# Checks the formatting of every source file and the includes among the modules, and with --tidy runs the linter over the whole tree (some minutes).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 case "${1:-}" in
@@ -9,6 +9,7 @@ esac
 
 Scripts/install-dependencies.sh lint
 mapfile -t sources < <(git ls-files --cached --others --exclude-standard '*.h' '*.cpp')
+Scripts/check-includes.py
 clang-format --dry-run --Werror "${sources[@]}"
 [ $# -gt 0 ] || exit 0
 

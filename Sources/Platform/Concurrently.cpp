@@ -1,4 +1,5 @@
 #include "Platform/MainThread.h"
+#include "Platform/Realtime/Threads.h"
 
 #include <algorithm>
 #include <atomic>
@@ -119,7 +120,9 @@ void concurrently(std::size_t count, std::size_t concurrency, const std::functio
     // The caller works too, so that a call from within a call gets on even when no thread of the pool is
     // free.
     const auto task = std::make_shared<Share>(count, work);
-    const std::size_t hands = std::min({count, concurrency, Pool::shared().limit()});
+    std::size_t hands = std::min({count, concurrency, Pool::shared().limit()});
+    if (PlaybackActivity::isUnderWay())
+        hands = std::min(hands, std::max<std::size_t>(std::thread::hardware_concurrency(), 2) - 1);
     for (std::size_t i = 1; i < hands; ++i) Pool::shared().post([task] { task->help(); });
     task->takeIndices();
     task->close();

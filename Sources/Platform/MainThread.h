@@ -70,7 +70,7 @@ class SerialQueue {
 /// Runs `work(i)` for every i below `count` on up to `concurrency` threads, the caller's and those of a
 /// shared pool (four for each processor), and returns when all have ended. Indices are started in ascending
 /// order. After an exception no further index is started, and the first exception passes through. May be
-/// called from within its own work.
+/// called from within its own work. While something plays, one processor is left to it.
 void concurrently(std::size_t count, std::size_t concurrency, const std::function<void(std::size_t)>& work);
 
 } // namespace orvane::platform

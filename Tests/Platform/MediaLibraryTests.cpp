@@ -2,6 +2,7 @@
 #include "Platform/AudioFile.h"
 #include "Platform/Media/MediaLibraryLoader.h"
 #include "Platform/MediaInspectionText.h"
+#include "Platform/Modules.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -45,9 +46,12 @@ std::vector<float> readAll(platform::AudioFile& file, int channel, std::size_t b
 TEST(MediaLibrary, isFoundBesideTheProgramOrMissedQuietly) {
     ASSERT_NE(platform::mediaLibrary(), nullptr);
     const TemporaryDirectory folder;
-    const std::array paths = {folder.path("missing.so"), folder.write("text.so", "no module"),
-                              std::string("libm.so.6")};
-    EXPECT_EQ(platform::loadMediaLibrary(paths), nullptr);
+    // A text under the name of a module; a bare name would be searched for in the system's folders.
+    folder.write(platform::MediaLibrary::fileName, "no module");
+    const std::array folders = {folder.path("missing"), folder.path()};
+    EXPECT_EQ(platform::modules::load<platform::MediaLibrary>(folders), nullptr);
+    const std::array names = {std::string("libm.so.6")};
+    EXPECT_EQ(platform::modules::entryPoint(names, "cos"), nullptr);
 }
 
 TEST(MediaLibrary, tellsWhenItsAnswerDependsOnTheMoment) {

@@ -2,7 +2,6 @@
 
 #include "Platform/MediaLibrary/MediaLibrary.h"
 
-#include <span>
 #include <string>
 
 namespace orvane::platform {
@@ -11,9 +10,6 @@ namespace orvane::platform {
 /// folder, and kept for the life of the process. Null when it is not there or of another version; the program
 /// then reads what its own walks can read. Any thread.
 const MediaLibrary* mediaLibrary();
-
-/// Loads the first of these files that is a module of this version; null when none is.
-const MediaLibrary* loadMediaLibrary(std::span<const std::string> paths);
 
 /// `inspectMedia` with a library that is only fetched when it is needed.
 std::optional<MediaInspection> inspectMediaWith(const MediaLibrary* (*library)(), const std::string& path,

@@ -1,0 +1,85 @@
+#!/usr/bin/env python3
+"""Checks that includes under Sources follow the layers.
+
+Each folder with a CMakeLists.txt is a module; what its target links (PUBLIC, through to the end) is what its files may
+include. The link step alone does not notice an include of a header that needs no library. Headers outside
+Sources/Platform may include the standard library and this project only.
+"""
+import pathlib
+import re
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+SOURCES = ROOT / "Sources"
+STANDARD = re.compile(r"^[a-z_]+$")  # <vector>, <cmath>; other libraries' headers bear a folder or an ending
+
+
+def modules():
+    """Folder below Sources -> target, and target -> targets it links publicly."""
+    folders, links = {}, {}
+    for file in sorted(SOURCES.rglob("CMakeLists.txt")):
+        text = re.sub(r"#.*", "", file.read_text())
+        folder = file.parent.relative_to(SOURCES).as_posix()
+        found = re.search(r"orvane_(?:room|module)\((\w+)([^)]*)\)", text)
+        if found:
+            public = re.search(r"PUBLIC\s+(.*?)(?:PRIVATE|$)", found.group(2), re.S)
+            folders[folder] = found.group(1)
+            links[found.group(1)] = public.group(1).split() if public else []
+        for target, named in re.findall(r"target_link_libraries\((\w+)\s+([^)]*)\)", text):
+            links.setdefault(target, []).extend(named.split())
+            if not found and re.search(rf"add_(?:library|executable)\({target}\b", text):
+                folders.setdefault(folder, target)
+    return folders, links
+
+
+def reachable(target, links):
+    seen, waiting = set(), [target]
+    while waiting:
+        one = waiting.pop()
+        if one not in seen:
+            seen.add(one)
+            waiting.extend(links.get(one, []))
+    return seen
+
+
+def module_of(path, folders):
+    """The target of the nearest folder above that is a module."""
+    for folder in path.parents:
+        if folder.as_posix() in folders:
+            return folders[folder.as_posix()]
+    return None
+
+
+def main():
+    folders, links = modules()
+    allowed = {target: reachable(target, links) for target in set(folders.values())}
+    # Loadable modules implement the headers of the platform; the platform includes the records that they fill.
+    platform = folders["Platform"]
+    loaded = {target for folder, target in folders.items() if folder.startswith("Platform/")}
+    for target in loaded:
+        allowed[target] |= {platform}
+    allowed[platform] = allowed[platform] | loaded
+    wrong = []
+    listed = subprocess.run(
+        ["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard", "Sources/*.h", "Sources/*.cpp"],
+        cwd=ROOT, check=True, capture_output=True, text=True).stdout
+    for name in filter(None, listed.split("\0")):
+        path = pathlib.PurePosixPath(name).relative_to("Sources")
+        if not (SOURCES / path).exists():
+            continue
+        own = module_of(path, folders)
+        for number, line in enumerate((SOURCES / path).read_text().splitlines(), 1):
+            ours = re.match(r'\s*#\s*include\s+"([^"]+)"', line)
+            other = re.match(r"\s*#\s*include\s+<([^>]+)>", line)
+            if ours:
+                theirs = module_of(pathlib.PurePosixPath(ours.group(1)), folders)
+                if theirs is None or theirs not in allowed.get(own, set()):
+                    wrong.append(f"{name}:{number}: {own} does not link {theirs or 'any module'} ({ours.group(1)})")
+            elif other and path.suffix == ".h" and path.parts[0] != "Platform" and not STANDARD.match(other.group(1)):
+                wrong.append(f"{name}:{number}: <{other.group(1)}> in a header outside Platform")
+    print("\n".join(wrong) or f"includes: {len(allowed)} modules in order")
+    return 1 if wrong else 0
+
+
+sys.exit(main())

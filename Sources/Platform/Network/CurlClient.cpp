@@ -1,0 +1,330 @@
+#include "Platform/Network/CurlClient.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+#include <curl/curl.h>
+#include <fcntl.h>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace orvane::platform {
+
+namespace {
+
+using Kind = HTTPError::Kind;
+
+/// The library frees each of its handles by a function of its own.
+template <auto Function>
+struct Frees {
+    void operator()(auto* handle) const { Function(handle); }
+};
+using Easy = std::unique_ptr<CURL, Frees<curl_easy_cleanup>>;
+using Multi = std::unique_ptr<CURLM, Frees<curl_multi_cleanup>>;
+using List = std::unique_ptr<curl_slist, Frees<curl_slist_free_all>>;
+using URLHandle = std::unique_ptr<CURLU, Frees<curl_url_cleanup>>;
+
+std::string part(CURLU* url, CURLUPart which) {
+    char* text = nullptr;
+    if (curl_url_get(url, which, &text, 0) != CURLUE_OK) return {};
+    std::string value(text);
+    curl_free(text);
+    return value;
+}
+
+/// What may be said of a request in a message, and whether it may be sent.
+struct Destination {
+    std::string host;
+    bool isPlain = false; ///< http
+
+    explicit Destination(const std::string& text) {
+        const URLHandle url(curl_url());
+        if (!url || curl_url_set(url.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK)
+            throw HTTPError(Kind::invalidURL, "The address is no URL");
+        host = part(url.get(), CURLUPART_HOST);
+        const std::string scheme = part(url.get(), CURLUPART_SCHEME);
+        isPlain = scheme == "http";
+        if (scheme != "https" && !(isPlain && isThisMachine()))
+            throw HTTPError(Kind::invalidURL,
+                            "The address of " + host +
+                                " is not secure: only https is allowed, and http to this machine");
+    }
+
+  private:
+    bool isThisMachine() const {
+        if (host == "localhost" || host == "[::1]") return true;
+        // Four numbers beginning with 127: a name such as "127.example.com" is none.
+        return host.starts_with("127.") && std::ranges::count(host, '.') == 3 &&
+               std::ranges::all_of(host, [](unsigned char c) { return std::isdigit(c) != 0 || c == '.'; });
+    }
+};
+
+/// The file of a download while it is incomplete.
+class PartialFile {
+  public:
+    explicit PartialFile(std::string path) : path_(std::move(path)), temporary_(path_ + ".XXXXXX") {
+        descriptor_ = mkstemp(temporary_.data());
+        if (descriptor_ < 0) fail("create");
+    }
+    ~PartialFile() {
+        if (descriptor_ >= 0) close(descriptor_);
+        if (!isComplete_) unlink(temporary_.c_str());
+    }
+    PartialFile(const PartialFile&) = delete;
+    PartialFile& operator=(const PartialFile&) = delete;
+
+    bool write(const char* data, std::size_t size) {
+        while (size > 0) {
+            const ssize_t written = ::write(descriptor_, data, size);
+            if (written < 0 && errno == EINTR) continue;
+            if (written <= 0) {
+                error_ = errno;
+                return false;
+            }
+            data += written;
+            size -= static_cast<std::size_t>(written);
+        }
+        return true;
+    }
+    bool hasFailed() const { return error_ != 0; }
+    void complete() {
+        if (hasFailed()) throwError("write");
+        if (fchmod(descriptor_, 0644) != 0 || fsync(descriptor_) != 0) fail("write");
+        if (::rename(temporary_.c_str(), path_.c_str()) != 0) fail("create");
+        isComplete_ = true;
+    }
+    [[noreturn]] void throwError(const char* doing) const {
+        throw HTTPError(Kind::file,
+                        std::string("Can't ") + doing + " " + path_ + ": " + std::strerror(error_));
+    }
+
+  private:
+    [[noreturn]] void fail(const char* doing) {
+        error_ = errno;
+        if (descriptor_ >= 0) close(std::exchange(descriptor_, -1));
+        if (!temporary_.ends_with("XXXXXX")) unlink(temporary_.c_str());
+        throwError(doing);
+    }
+
+    std::string path_;
+    std::string temporary_;
+    int descriptor_ = -1;
+    int error_ = 0;
+    bool isComplete_ = false;
+};
+
+/// One request on its way.
+class Exchange {
+  public:
+    Exchange(const HTTPRequest& request, PartialFile* file, const HTTPClient::Progress& progress)
+        : request_(request), destination_(request.url), file_(file), progress_(progress),
+          easy_(curl_easy_init()), multi_(curl_multi_init()) {
+        if (!easy_ || !multi_) throw std::bad_alloc();
+        for (const auto& [name, value] : request.headers) addHeader(name + ": " + value);
+        // Without it the library asks the server first whether a long body is welcome, and waits.
+        addHeader("Expect:");
+        set(CURLOPT_URL, request.url.c_str());
+        set(CURLOPT_CUSTOMREQUEST, request.method.c_str());
+        set(CURLOPT_HTTPHEADER, headers_.get());
+        if (request.method == "HEAD") set(CURLOPT_NOBODY, 1L);
+        if (!request.body.empty() || request.method == "POST" || request.method == "PUT") {
+            set(CURLOPT_POSTFIELDS, request.body.data());
+            set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
+        }
+        set(CURLOPT_PROTOCOLS_STR, destination_.isPlain ? "http" : "https");
+        set(CURLOPT_NOPROXY, destination_.isPlain ? "*" : "");
+        set(CURLOPT_FOLLOWLOCATION, 0L);
+        set(CURLOPT_SSL_VERIFYPEER, 1L);
+        set(CURLOPT_SSL_VERIFYHOST, 2L);
+        set(CURLOPT_NOSIGNAL, 1L);
+        set(CURLOPT_USERAGENT, "OrvaneSync/" ORVANE_VERSION);
+        set(CURLOPT_CONNECTTIMEOUT_MS, milliseconds(request.connectTimeoutSeconds));
+        set(CURLOPT_TIMEOUT_MS, milliseconds(request.timeoutSeconds));
+        set(CURLOPT_WRITEFUNCTION, &receivedBody);
+        set(CURLOPT_WRITEDATA, this);
+        set(CURLOPT_HEADERFUNCTION, &receivedHeader);
+        set(CURLOPT_HEADERDATA, this);
+    }
+
+    HTTPResponse run(const std::stop_token& stop) {
+        if (stop.stop_requested()) fail(Kind::cancelled);
+        curl_multi_add_handle(multi_.get(), easy_.get());
+        CURLcode result = CURLE_OK;
+        {
+            const std::stop_callback wake(stop, [this] { curl_multi_wakeup(multi_.get()); });
+            result = perform(stop);
+        }
+        curl_multi_remove_handle(multi_.get(), easy_.get());
+        if (stop.stop_requested() && result != CURLE_OK) fail(Kind::cancelled);
+        if (file_ != nullptr && file_->hasFailed()) file_->throwError("write");
+        if (isTooLarge_) fail(Kind::tooLarge);
+        if (raised_) std::rethrow_exception(raised_);
+        if (result != CURLE_OK) fail(kindOf(result));
+        response_.status = static_cast<int>(status());
+        return std::move(response_);
+    }
+
+  private:
+    static long milliseconds(double seconds) {
+        constexpr double most = 1.0e9;
+        return static_cast<long>(std::clamp(seconds * 1000, 1.0, most));
+    }
+
+    template <class Value>
+    void set(CURLoption option, Value value) {
+        curl_easy_setopt(easy_.get(), option, value);
+    }
+
+    void addHeader(const std::string& line) {
+        if (line.find_first_of("\r\n") != std::string::npos)
+            throw HTTPError(Kind::invalidURL, "A header of the request holds a line end");
+        curl_slist* const longer = curl_slist_append(headers_.get(), line.c_str());
+        if (longer == nullptr) throw std::bad_alloc();
+        static_cast<void>(headers_.release());
+        headers_.reset(longer);
+    }
+
+    CURLcode perform(const std::stop_token& stop) {
+        constexpr int longestWaitMilliseconds = 1000;
+        int running = 1;
+        while (running > 0) {
+            if (stop.stop_requested()) return CURLE_ABORTED_BY_CALLBACK;
+            if (curl_multi_perform(multi_.get(), &running) != CURLM_OK) return CURLE_OUT_OF_MEMORY;
+            if (running > 0) curl_multi_poll(multi_.get(), nullptr, 0, longestWaitMilliseconds, nullptr);
+        }
+        int left = 0;
+        const CURLMsg* message = curl_multi_info_read(multi_.get(), &left);
+        return message == nullptr ? CURLE_RECV_ERROR : message->data.result;
+    }
+
+    long status() const {
+        long status = 0;
+        curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &status);
+        return status;
+    }
+
+    static std::size_t receivedHeader(const char* data, std::size_t /*one*/, std::size_t size, void* self) {
+        constexpr std::size_t mostHeaders = 1000;
+        auto& exchange = *static_cast<Exchange*>(self);
+        try {
+            const std::string_view line(data, size);
+            if (line.starts_with("HTTP/")) exchange.response_.headers.clear(); // one of an interim answer
+            const std::size_t colon = line.find(':');
+            if (colon == std::string_view::npos || exchange.response_.headers.size() == mostHeaders)
+                return size;
+            const auto trimmed = [](std::string_view text) {
+                const std::size_t first = text.find_first_not_of(" \t\r\n");
+                if (first == std::string_view::npos) return std::string();
+                return std::string(text.substr(first, text.find_last_not_of(" \t\r\n") + 1 - first));
+            };
+            exchange.response_.headers.emplace_back(trimmed(line.substr(0, colon)),
+                                                    trimmed(line.substr(colon + 1)));
+            return size;
+        } catch (...) {
+            exchange.raised_ = std::current_exception();
+            return 0;
+        }
+    }
+
+    static std::size_t receivedBody(const char* data, std::size_t /*one*/, std::size_t size, void* self) {
+        auto& exchange = *static_cast<Exchange*>(self);
+        try {
+            return exchange.receive(data, size) ? size : (size == 0 ? 1 : 0);
+        } catch (...) {
+            exchange.raised_ = std::current_exception();
+            return 0;
+        }
+    }
+
+    bool receive(const char* data, std::size_t size) {
+        received_ += size;
+        isTooLarge_ = received_ > request_.mostBodyBytes;
+        if (isTooLarge_) return false;
+        if (file_ == nullptr || status() != 200) {
+            response_.body.append(data, size);
+            return true;
+        }
+        if (!file_->write(data, size)) return false;
+        if (progress_) progress_(received_, total());
+        return true;
+    }
+
+    std::optional<std::uint64_t> total() const {
+        curl_off_t length = -1;
+        curl_easy_getinfo(easy_.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+        return length < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(length));
+    }
+
+    static Kind kindOf(CURLcode result) {
+        switch (result) {
+        case CURLE_OPERATION_TIMEDOUT:
+            return Kind::timedOut;
+        case CURLE_PEER_FAILED_VERIFICATION:
+        case CURLE_SSL_CACERT_BADFILE:
+        case CURLE_SSL_ISSUER_ERROR:
+            return Kind::insecure;
+        case CURLE_URL_MALFORMAT:
+        case CURLE_UNSUPPORTED_PROTOCOL:
+            return Kind::invalidURL;
+        default:
+            return Kind::unreachable;
+        }
+    }
+
+    [[noreturn]] void fail(Kind kind) const {
+        const std::string& host = destination_.host;
+        switch (kind) {
+        case Kind::timedOut:
+            throw HTTPError(kind, host + " did not answer in time");
+        case Kind::insecure:
+            throw HTTPError(kind, "The certificate of " + host + " is not valid");
+        case Kind::invalidURL:
+            throw HTTPError(kind, "The address of " + host + " is no URL");
+        case Kind::cancelled:
+            throw HTTPError(kind, "The request was cancelled");
+        case Kind::tooLarge:
+            throw HTTPError(kind, "The answer of " + host + " is larger than expected");
+        default:
+            throw HTTPError(kind, host + " can't be reached, or the connection broke");
+        }
+    }
+
+    const HTTPRequest& request_;
+    const Destination destination_;
+    PartialFile* const file_;
+    const HTTPClient::Progress& progress_;
+    List headers_;
+    Easy easy_;
+    Multi multi_;
+    HTTPResponse response_;
+    std::uint64_t received_ = 0;
+    bool isTooLarge_ = false;
+    std::exception_ptr raised_;
+};
+
+class CurlClient final : public HTTPClient {
+  public:
+    HTTPResponse send(const HTTPRequest& request, std::stop_token stop) override {
+        return Exchange(request, nullptr, {}).run(stop);
+    }
+    HTTPResponse download(const HTTPRequest& request, const std::string& path, const Progress& progress,
+                          std::stop_token stop) override {
+        PartialFile file(path);
+        HTTPResponse response = Exchange(request, &file, progress).run(stop);
+        if (response.status == 200) file.complete();
+        return response;
+    }
+};
+
+} // namespace
+
+std::shared_ptr<HTTPClient> curlClient() {
+    static const CURLcode initialised = curl_global_init(CURL_GLOBAL_DEFAULT);
+    if (initialised != CURLE_OK)
+        throw HTTPError(Kind::unavailable, "The network library can't be initialised");
+    return std::make_shared<CurlClient>();
+}
+
+} // namespace orvane::platform

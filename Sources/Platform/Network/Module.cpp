@@ -1,0 +1,14 @@
+#include "Platform/Network/CurlClient.h"
+#include "Platform/Network/NetworkModule.h"
+
+#include <curl/curl.h>
+
+extern "C" __attribute__((visibility("default"))) const orvane::platform::NetworkModule*
+orvaneNetworkModule() {
+    using orvane::platform::NetworkModule;
+    static const NetworkModule module{NetworkModule::currentVersion, orvane::platform::curlClient, [] {
+                                          return std::string("libcurl ") +
+                                                 curl_version_info(CURLVERSION_NOW)->version;
+                                      }};
+    return &module;
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Platform/HTTPClient.h"
+
+#include <memory>
+#include <string>
+
+namespace orvane::platform {
+
+/// What the loadable module of network libraries offers.
+struct NetworkModule {
+    static constexpr unsigned currentVersion = 1;
+    static constexpr const char* entryPoint = "orvaneNetworkModule";
+    static constexpr const char* fileName = "liborvane_network.so";
+
+    unsigned version = currentVersion;
+    std::shared_ptr<HTTPClient> (*httpClient)() = nullptr;
+    /// For people, such as "libcurl 7.88.1".
+    std::string (*versions)() = nullptr;
+};
+
+} // namespace orvane::platform

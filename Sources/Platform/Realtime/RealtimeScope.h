@@ -1,0 +1,25 @@
+#pragma once
+
+namespace orvane::platform {
+
+/// Marks code of this thread that runs on the time of an audio device: while it lives, the thread must not
+/// allocate, free, lock or wait. Costs a counter; the tests replace the allocator and the locks by ones that
+/// report a call made under this mark.
+class RealtimeScope {
+  public:
+    RealtimeScope() noexcept { ++depth(); }
+    ~RealtimeScope() { --depth(); }
+    RealtimeScope(const RealtimeScope&) = delete;
+    RealtimeScope& operator=(const RealtimeScope&) = delete;
+
+    /// Whether the calling thread is in such code.
+    static bool isActive() noexcept { return depth() > 0; }
+
+  private:
+    static int& depth() noexcept {
+        static constinit thread_local int depth = 0;
+        return depth;
+    }
+};
+
+} // namespace orvane::platform

@@ -1,0 +1,90 @@
+#include "Support/RealtimeWatch.h"
+
+#include "Platform/Realtime/RealtimeScope.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <new>
+#include <pthread.h>
+#include <semaphore.h>
+#include <time.h>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define ORVANE_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define ORVANE_SANITIZED 1
+#endif
+#endif
+
+namespace orvane::test {
+
+namespace {
+
+std::atomic<const char*> violation = nullptr;
+
+void report(const char* call) noexcept {
+    if (!platform::RealtimeScope::isActive()) return;
+    const char* none = nullptr;
+    violation.compare_exchange_strong(none, call);
+}
+
+void* allocated(std::size_t size) {
+    report("operator new");
+    void* memory = std::malloc(size == 0 ? 1 : size);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+
+} // namespace
+
+bool RealtimeWatch::seesLocks() {
+#ifdef ORVANE_SANITIZED
+    return false;
+#else
+    return true;
+#endif
+}
+
+std::string RealtimeWatch::firstViolation() {
+    const char* call = violation;
+    return call == nullptr ? "" : call;
+}
+
+void RealtimeWatch::reset() { violation = nullptr; }
+
+} // namespace orvane::test
+
+void* operator new(std::size_t size) { return orvane::test::allocated(size); }
+void* operator new[](std::size_t size) { return orvane::test::allocated(size); }
+void operator delete(void* memory) noexcept {
+    orvane::test::report("operator delete");
+    std::free(memory);
+}
+void operator delete[](void* memory) noexcept { operator delete(memory); }
+void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { operator delete(memory); }
+
+#ifndef ORVANE_SANITIZED
+
+// The program's own definition comes before that of the C library, for all code of the process.
+#define ORVANE_WATCHED(name, parameters, arguments)                                                          \
+    extern "C" int name parameters {                                                                         \
+        using Function = int(*) parameters;                                                                  \
+        static const auto next = reinterpret_cast<Function>(dlsym(RTLD_NEXT, #name));                        \
+        orvane::test::report(#name);                                                                         \
+        return next arguments;                                                                               \
+    }
+
+ORVANE_WATCHED(pthread_mutex_lock, (pthread_mutex_t * mutex), (mutex))
+ORVANE_WATCHED(pthread_cond_signal, (pthread_cond_t * condition), (condition))
+ORVANE_WATCHED(pthread_cond_broadcast, (pthread_cond_t * condition), (condition))
+ORVANE_WATCHED(pthread_cond_wait, (pthread_cond_t * condition, pthread_mutex_t* mutex), (condition, mutex))
+ORVANE_WATCHED(pthread_rwlock_rdlock, (pthread_rwlock_t * lock), (lock))
+ORVANE_WATCHED(pthread_rwlock_wrlock, (pthread_rwlock_t * lock), (lock))
+ORVANE_WATCHED(sem_wait, (sem_t * semaphore), (semaphore))
+ORVANE_WATCHED(nanosleep, (const timespec* wanted, timespec* left), (wanted, left))
+
+#endif

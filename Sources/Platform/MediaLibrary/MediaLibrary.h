@@ -12,7 +12,7 @@ namespace orvane::platform {
 /// What the loadable module of media libraries offers. The program and the module are built together; the
 /// version catches a module that was left over from another build.
 struct MediaLibrary {
-    static constexpr unsigned currentVersion = 3;
+    static constexpr unsigned currentVersion = 4;
     static constexpr const char* entryPoint = "orvaneMediaLibrary";
     static constexpr const char* fileName = "liborvane_media_library.so";
     using EntryPoint = const MediaLibrary* (*)();

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 
 #include "OrvaneSyncCore/Services/Ingest/LTCDecoder.h"
+#include "OrvaneSyncCore/Services/Ingest/StartSources.h"
 #include "OrvaneSyncCore/Services/Ingest/TimecodeTrackReader.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Files.h"
@@ -118,7 +119,22 @@ bool mayHoldTimecodeTrack(std::string_view extension) {
     return extension == "mov" || extension == "mp4" || extension == "m4v";
 }
 
-bool mayHoldBroadcastChunks(std::string_view extension) { return extension == "wav" || extension == "bwf"; }
+bool mayHoldBroadcastChunks(std::string_view extension) {
+    return extension == "wav" || extension == "bwf" || extension == "aif" || extension == "aiff";
+}
+
+/// Samples of the file's own rate: a recorder that was slowed down or sped up counts at another.
+std::optional<std::uint64_t> samplesOf(const std::optional<IXMLReader::Timestamp>& timestamp,
+                                       std::optional<double> sampleRate) {
+    if (!timestamp) return std::nullopt;
+    const double own = sampleRate.value_or(assumedSampleRate);
+    const double samples =
+        static_cast<double>(timestamp->samples) * own / timestamp->sampleRate.value_or(own);
+    constexpr double most = 9.0e18;
+    if (!(samples >= 1) || samples > most) return std::nullopt;
+    return timestamp->sampleRate.value_or(own) == own ? timestamp->samples
+                                                      : static_cast<std::uint64_t>(std::llround(samples));
+}
 
 } // namespace
 
@@ -136,7 +152,8 @@ MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
     const std::lock_guard operation(oneAtATime_);
     std::vector<MediaAsset> assets(urls.size(), MediaAsset(UUID(), FileURL(), kind));
     std::vector<Known> known(urls.size());
-    if (cache_) takeFromCache(urls, known, assets);
+    SideFiles sideFiles;
+    if (cache_) takeFromCache(urls, sideFiles, known, assets);
 
     std::mutex progressMutex;
     int completed = 0;
@@ -156,7 +173,7 @@ MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
         const std::size_t i = missing[which];
         bool isProbed = false;
         try {
-            Probed probed = probeFile(urls[i], kind);
+            Probed probed = probeFile(urls[i], kind, sideFiles);
             if (known[i].earlierID) probed.asset.id = *known[i].earlierID;
             assets[i] = std::move(probed.asset);
             isProbed = true;
@@ -172,15 +189,15 @@ MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
 
 /// The attributes are read before any file is, so that an entry for one that changes during its probe is
 /// stale from the start; and while the cache may still be loading.
-void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, std::vector<Known>& known,
-                                      std::vector<MediaAsset>& assets) const {
+void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, SideFiles& sideFiles,
+                                      std::vector<Known>& known, std::vector<MediaAsset>& assets) const {
     inBlocks(urls.size(), maxConcurrentProbes,
              [&](std::size_t i) { known[i].attributes = platform::files::attributes(urls[i].path); });
     const auto candidates = cache_->candidates(urls);
     inBlocks(urls.size(), std::thread::hardware_concurrency(), [&](std::size_t i) {
         auto asset = cache_->resolve(candidates[i], known[i].attributes);
         if (!asset) return;
-        known[i].isHit = mayStandFor(*asset, assets[i].kind);
+        known[i].isHit = mayStandFor(*asset, assets[i].kind, sideFiles);
         if (known[i].isHit)
             assets[i] = std::move(*asset);
         else if (asset->kind == assets[i].kind)
@@ -188,9 +205,12 @@ void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, std::vec
     });
 }
 
-/// A recording without timecode may have been probed while its sound was not to be listened to.
-bool MediaProbeService::mayStandFor(const MediaAsset& cached, AssetKind kind) const {
-    if (cached.kind != kind) return false;
+/// A recording without timecode may have been probed while its sound was not to be listened to. A clip that
+/// states no start of its own hangs on the files beside it, which come, change and go without it.
+bool MediaProbeService::mayStandFor(const MediaAsset& cached, AssetKind kind, SideFiles& sideFiles) const {
+    if (cached.kind != kind || cached.timecodeSideFile) return false;
+    if (kind == AssetKind::video && !cached.startTimecodeString && sideFiles.areBeside(cached.url.path))
+        return false;
     const bool mayHoldLTC = mayHoldBroadcastChunks(cached.url.lowercasedExtension()) &&
                             !cached.startTimecodeString && !cached.bextTimeReference;
     return !mayHoldLTC || !settings_.boolean("ltc.enabled");
@@ -198,7 +218,8 @@ bool MediaProbeService::mayStandFor(const MediaAsset& cached, AssetKind kind) co
 
 /// Later steps overwrite and read what earlier ones wrote. The file is opened once, by its path, and
 /// everything but its sound is read through that.
-MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, AssetKind kind) const {
+MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, AssetKind kind,
+                                                       SideFiles& sideFiles) const {
     Probed probed{MediaAsset(url, kind)};
     MediaAsset& asset = probed.asset;
     auto file = RandomAccessFile::open(url.path);
@@ -210,6 +231,7 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
     probed.isFact = !hindered;
     takeTracks(asset, inspection);
     asset.contentCreatedDate = creationDate(inspection.metadata);
+    asset.headerDate = StartSources::headerDate(inspection);
 
     const std::string extension = url.lowercasedExtension();
     bool rateFromTimecodeTrack = false;
@@ -219,18 +241,24 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
             asset.projectFrameRate = start->projectFrameRate;
             rateFromTimecodeTrack = start->projectFrameRate.has_value();
         }
+    } else if (inspection.startTimecode) {
+        rateFromTimecodeTrack = StartSources::takeCounted(asset, *inspection.startTimecode);
     }
     const bool vendorConfirmed = takeVendorRates(asset, inspection.metadata);
     if (kind == AssetKind::video)
         asset.offspeedConfidence = offspeedConfidence(asset, rateFromTimecodeTrack, vendorConfirmed);
-    if (mayHoldBroadcastChunks(extension)) readBroadcastMetadata(asset, *file);
+    const bool isRecording = mayHoldBroadcastChunks(extension);
+    if (isRecording) readBroadcastMetadata(asset, *file);
+    if (!asset.startTimecodeString) StartSources::readEmbedded(asset, *file);
+    if (!asset.startTimecodeString && kind == AssetKind::video) StartSources::readSideFile(asset, sideFiles);
+    if (!asset.startTimecodeString && !asset.bextTimeReference && isRecording) listenForTimecode(asset);
     return probed;
 }
 
 void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFile& file) const {
-    auto [ixml, bext] = ixmlReader_.readBroadcast(file);
+    auto [ixml, timestamp, bext] = ixmlReader_.readBroadcast(file);
     asset.ixmlData = std::move(ixml);
-    asset.bextTimeReference = bext.timeRef;
+    asset.bextTimeReference = bext.timeRef ? bext.timeRef : samplesOf(timestamp, asset.sampleRate);
     asset.bextOriginator = std::move(bext.originator);
     if (bext.originationDate) asset.contentCreatedDate = bext.originationDate;
     if (asset.startTimecodeString) return;
@@ -246,16 +274,21 @@ void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFil
         // A rate of a few Hz makes ages of a count of samples, and what no timecode can count would be
         // midnight.
         const TimecodeFrameRate rate = stated.value_or(assumed);
-        if (seconds * timecodeRate::frameRateForRealTimeCalculation(rate) < Timecode::frameCountLimit)
+        if (seconds * timecodeRate::frameRateForRealTimeCalculation(rate) < Timecode::frameCountLimit) {
             asset.startTimecodeString = TimecodeUtils::secondsToTC(seconds, rate);
-    } else if (settings_.boolean("ltc.enabled")) {
-        const std::int64_t channel = settings_.integer("ltc.channelIndex");
-        constexpr std::int64_t lowest = std::numeric_limits<int>::min(),
-                               highest = std::numeric_limits<int>::max();
-        if (auto frame = LTCDecoder::decodeFirstFrame(asset.url.path,
-                                                      static_cast<int>(std::clamp(channel, lowest, highest))))
-            asset.startTimecodeString = std::move(frame->tc);
+            asset.timecodeFrameRate = stated;
+        }
     }
+}
+
+void MediaProbeService::listenForTimecode(MediaAsset& asset) const {
+    if (!settings_.boolean("ltc.enabled")) return;
+    const std::int64_t channel = settings_.integer("ltc.channelIndex");
+    constexpr std::int64_t lowest = std::numeric_limits<int>::min(),
+                           highest = std::numeric_limits<int>::max();
+    if (auto frame = LTCDecoder::decodeFirstFrame(asset.url.path,
+                                                  static_cast<int>(std::clamp(channel, lowest, highest))))
+        asset.startTimecodeString = std::move(frame->tc);
 }
 
 } // namespace orvane

@@ -31,6 +31,8 @@ TEST(MXF, theStartThatCounts) {
     check("the file's where that is absent", {.packages = {{}, {{{500}}}}}, "500 at 25/1");
     check("the tape's, at the clip's place on it", {.packages = {{{{0}}}, {{}, 750}, {{{90000}}}}},
           "90750 at 25/1");
+    check("a tape that counts from 0", {.packages = {{{{0}}}, {{}, 750}, {{{0}}}}}, "750 at 25/1");
+    check("a midnight with frames in front", {.packages = {{{{0}}, 10}, {{{0}}}}}, "0 at 25/1");
     check("a stated midnight", {.packages = {{{{0}}}, {{{0}}}}}, "0 at 25/1");
     check("none at all", {.packages = {{}, {}}}, "no start");
     check("drop frame",

@@ -167,6 +167,15 @@ std::vector<Label> Set::labels(std::uint16_t tag) const {
     return result;
 }
 
+Rate Set::rate(std::uint16_t tag) const {
+    const ByteCursor value = property(tag);
+    return {value.u32be(0).value_or(0), value.u32be(4).value_or(1)};
+}
+
+std::int64_t Set::position(std::uint16_t tag) const {
+    return static_cast<std::int64_t>(property(tag).u64be(0).value_or(0));
+}
+
 std::optional<Header> readHeader(RandomAccessFile& file) {
     const auto first = findFirstPartition(file);
     if (!first) return std::nullopt;

@@ -16,6 +16,14 @@ namespace orvane::platform::mxf {
 /// A label or an identity of 16 bytes.
 using Label = std::string;
 
+struct Rate {
+    std::uint32_t numerator = 0, denominator = 1; ///< per second
+
+    double value() const {
+        return denominator == 0 ? 0 : static_cast<double>(numerator) / static_cast<double>(denominator);
+    }
+};
+
 /// One local set of the header metadata (SMPTE ST 377-1): properties under local tags of two bytes.
 struct Set {
     std::uint8_t kind = 0; ///< byte 14 of its key, such as `timecodeComponent`
@@ -27,6 +35,9 @@ struct Set {
     Label label(std::uint16_t tag) const;
     /// The labels of an array or batch.
     std::vector<Label> labels(std::uint16_t tag) const;
+    Rate rate(std::uint16_t tag) const;
+    /// A position or a length in edit units; 0 where there is none.
+    std::int64_t position(std::uint16_t tag) const;
 };
 
 /// The kinds of sets that matter here, by byte 14 of their keys.

@@ -84,8 +84,8 @@ TEST(FFprobe, saysTheSameOfFilesThatFFmpegWrites) {
     for (const Case& one : cases) {
         SCOPED_TRACE(one.name);
         const std::string path = folder.path(one.name), rate = one.rate, label = one.timecode;
-        output("ffmpeg -v error -y -f lavfi -i testsrc=s=320x240:d=1:r=" + rate +
-               " -f lavfi -i sine=d=1:r=48000 " + one.codecs +
+        output("ffmpeg -v error -y -threads 1 -f lavfi -i color=s=96x64:d=1:r=" + rate +
+               " -f lavfi -i sine=d=1:r=48000 -threads 1 " + one.codecs +
                (label.empty() ? "" : " -timecode '" + label + "'") + " '" + path + "' 2>&1");
         const std::string facts = output(
             "ffprobe -v error -of default -show_entries format=duration:format_tags=timecode:stream=width,"

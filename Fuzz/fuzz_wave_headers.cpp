@@ -1,3 +1,4 @@
+#include "Platform/Media/AIFFHeaders.h"
 #include "Platform/Media/WaveHeaders.h"
 
 #include <cmath>
@@ -5,11 +6,12 @@
 #include <cstdint>
 #include <cstdlib>
 
-// A wave file of any bytes: what it says about its sound can be true.
+// A WAVE or AIFF file of any bytes: what it says about its sound can be true.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvane::platform;
     auto file = RandomAccessFile::overBytes(std::as_bytes(std::span(data, size)));
-    const auto wave = inspectWave(file);
+    auto wave = inspectWave(file);
+    if (!wave) wave = inspectAIFF(file);
     if (!wave) return 0;
     if (wave->durationSeconds && !(std::isfinite(*wave->durationSeconds) && *wave->durationSeconds >= 0))
         std::abort();

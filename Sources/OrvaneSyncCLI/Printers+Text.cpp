@@ -209,6 +209,7 @@ std::vector<std::string> leftOutWarnings(const ImportController& controller) {
 std::string assetText(const MediaAsset& asset, bool bold) {
     Table table({{asset.filename}, {""}});
     addFact(table, "starts", asset.startTimecodeString);
+    addFact(table, "start stated in", asset.timecodeSideFile);
     if (asset.durationSeconds)
         addFact(table, "length", secondsText(*asset.durationSeconds) + " (" + lengthText(asset) + ")");
     if (asset.width && asset.height)

@@ -2,6 +2,7 @@
 
 #include "Platform/RandomAccessFile.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,6 +19,13 @@ struct MediaMetadataItem {
 
 /// Hz. What claims more is no sample rate.
 constexpr double highestSampleRate = 10'000'000;
+
+/// The timecode of the first frame, as a container counts it.
+struct CountedTimecode {
+    std::int64_t frames = 0; ///< since midnight; drop frame skips labels, not frames
+    std::uint32_t rateNumerator = 0, rateDenominator = 1; ///< frames per second of the count
+    bool isDrop = false;
+};
 
 /// What the headers of a media file say. Whatever a file does not say is absent. Cover art and timecode
 /// tracks are no video tracks.
@@ -39,10 +47,14 @@ struct MediaInspection {
     std::vector<VideoTrack> videoTracks;
     std::vector<AudioTrack> audioTracks;
     std::vector<MediaMetadataItem> metadata;
+    /// Of an MXF. The timecode track of a movie is a track with samples, and not read here.
+    std::optional<CountedTimecode> startTimecode;
+    /// Seconds since 1970 UTC: when the header of a movie, or the package of an MXF, says that it was made.
+    std::optional<std::int64_t> headerTime;
 };
 
-/// Inspects a file without reading media data. QuickTime/MP4 and WAV are read from their headers alone;
-/// everything else, and a movie that our own walk cannot read, goes through the media library. Nothing when
+/// Inspects a file without reading media data. QuickTime/MP4, WAVE, AIFF and MXF are read from their headers
+/// alone; everything else, and what our own walks cannot read, goes through the media library. Nothing when
 /// nobody can read it. Throws nothing but std::bad_alloc; any thread. `path` is in the bytes of the file
 /// system.
 std::optional<MediaInspection> inspectMedia(const std::string& path);

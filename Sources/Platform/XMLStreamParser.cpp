@@ -54,10 +54,15 @@ struct Reading {
 
 Reading& reading(void* userData) { return *static_cast<Reading*>(userData); }
 
-void XMLCALL startElement(void* userData, const XML_Char* name, const XML_Char**) {
+void XMLCALL startElement(void* userData, const XML_Char* name, const XML_Char** attributes) {
     const std::string_view text(name);
     if (++reading(userData).depth > deepestElement) return reading(userData).stop();
     reading(userData).tell(text.size(), [text](XMLStreamHandler& handler) { handler.startElement(text); });
+    for (; attributes[0] != nullptr && attributes[1] != nullptr; attributes += 2) {
+        const std::string_view key(attributes[0]), value(attributes[1]);
+        reading(userData).tell(key.size() + value.size(),
+                               [key, value](XMLStreamHandler& handler) { handler.attribute(key, value); });
+    }
 }
 
 void XMLCALL endElement(void* userData, const XML_Char* name) {

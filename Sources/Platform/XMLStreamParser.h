@@ -9,6 +9,8 @@ class XMLStreamHandler {
   public:
     virtual ~XMLStreamHandler() = default;
     virtual void startElement(std::string_view name) = 0;
+    /// Each attribute of an element, behind its start and in no order.
+    virtual void attribute(std::string_view /*name*/, std::string_view /*value*/) {}
     virtual void endElement(std::string_view name) = 0;
     /// A run of text may come in several pieces.
     virtual void characters(std::string_view text) = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
 #include "MediaFactory/Bytes.h"
+#include "MediaFactory/MXFMaker.h"
 #include "MediaFactory/MovieMaker.h"
 #include "MediaFactory/WaveMaker.h"

@@ -31,10 +31,13 @@ std::string sampleTable(const TrackSpec& track, std::uint64_t offset) {
         runs += be32(count) + be32(length);
     }
     const bool empty = track.sampleEntry.empty();
+    std::string sizes;
+    for (const std::uint32_t size : track.sizeTable) sizes += be32(size);
+    if (!track.sizeTable.empty()) samples = static_cast<std::uint32_t>(track.sizeTable.size());
     return atom("stbl", fullAtom("stsd", be32(empty ? 0 : 1) + track.sampleEntry) +
                             fullAtom("stts", be32(track.timeToSample.size()) + runs) +
                             fullAtom("stsc", be32(1) + be32(1) + be32(std::max(samples, 1U)) + be32(1)) +
-                            fullAtom("stsz", be32(track.sampleSize) + be32(samples)) +
+                            fullAtom("stsz", be32(track.sampleSize) + be32(samples) + sizes) +
                             (track.wideOffset ? fullAtom("co64", be32(1) + be64(offset))
                                               : fullAtom("stco", be32(1) + be32(offset))));
 }
@@ -57,7 +60,7 @@ std::string trackAtom(const TrackSpec& track, std::size_t number, std::uint64_t 
         atom("minf", mediaHeaderAtom(track.handler) +
                          atom("dinf", fullAtom("dref", be32(1) + fullAtom("url ", "", 0, 1))) +
                          sampleTable(track, offset));
-    return atom("trak", header + atom("mdia", media));
+    return atom("trak", header + track.trackAtoms + atom("mdia", media));
 }
 
 std::string soundEntry(const AudioSpec& spec) {
@@ -141,7 +144,9 @@ MovieMaker& MovieMaker::timecode(const TimecodeSpec& spec) {
                   .sampleSize = spec.sampleSize,
                   .wideOffset = spec.wideOffset,
                   .sampleOffset = spec.sampleOffset,
-                  .sample = be32(spec.firstFrame)});
+                  .sample = be32(spec.firstFrame),
+                  .sizeTable = spec.sizeTable,
+                  .trackAtoms = spec.trackAtoms});
 }
 
 MovieMaker& MovieMaker::track(const TrackSpec& spec) {
@@ -188,6 +193,11 @@ MovieMaker& MovieMaker::duration(std::uint64_t units, std::uint32_t timescale) {
     return *this;
 }
 
+MovieMaker& MovieMaker::created(std::uint32_t time) {
+    created_ = time;
+    return *this;
+}
+
 MovieMaker& MovieMaker::movieFirst() {
     movieFirst_ = true;
     return *this;
@@ -229,8 +239,9 @@ std::string MovieMaker::movie(std::uint64_t mediaStart) const {
         samplesAt += tracks_[i].sample.size();
     }
     const auto [units, timescale] = duration_.value_or(std::pair(longest, movieTimescale));
-    std::string header = be64(0) + be32(timescale) + be32(units) + be32(0x10000) + be16(0x100) +
-                         field("", 10) + unityMatrix() + field("", 24) + be32(tracks_.size() + 1);
+    std::string header = be32(created_) + be32(0) + be32(timescale) + be32(units) + be32(0x10000) +
+                         be16(0x100) + field("", 10) + unityMatrix() + field("", 24) +
+                         be32(tracks_.size() + 1);
     std::string body = fullAtom("mvhd", header) + tracks;
     if (!metadata_.empty()) {
         std::string keys, list;

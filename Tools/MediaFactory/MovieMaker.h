@@ -49,6 +49,8 @@ struct TimecodeSpec {
     bool wideOffset = false;                        ///< "co64" instead of "stco"
     std::optional<std::uint64_t> sampleOffset = {}; ///< a position that lies
     std::uint32_t flags = 0;                        ///< 1 is drop frame
+    std::vector<std::uint32_t> sizeTable = {};      ///< of single sizes, behind a `sampleSize` of 0
+    std::string trackAtoms = {};                    ///< whole atoms in front of the media, such as "edts"
 };
 
 /// A track of any kind.
@@ -64,6 +66,8 @@ struct TrackSpec {
     bool wideOffset = false;
     std::optional<std::uint64_t> sampleOffset = {}; ///< absent: the start of the media data
     std::string sample = {};                        ///< bytes that the media data then holds for this track
+    std::vector<std::uint32_t> sizeTable = {};
+    std::string trackAtoms = {};
 };
 
 using MetadataValue = std::variant<std::string, std::int64_t, double>;
@@ -90,6 +94,8 @@ class MovieMaker {
     MovieMaker& trailingAtom(const std::string& bytes);
     /// Replaces the duration of the movie header, which is that of the longest track.
     MovieMaker& duration(std::uint64_t units, std::uint32_t timescale);
+    /// The creation time of the movie header, seconds since 1904.
+    MovieMaker& created(std::uint32_t time);
     /// "moov" in front of "mdat" (behind it otherwise).
     MovieMaker& movieFirst();
     /// Zeros in the media data, behind the samples that matter.
@@ -118,6 +124,7 @@ class MovieMaker {
     std::optional<std::pair<std::uint64_t, std::uint32_t>> duration_;
     bool movieFirst_ = false, wideMedia_ = false, endlessMedia_ = false;
     std::uint64_t mediaBytes_ = 0;
+    std::uint32_t created_ = 0;
 };
 
 } // namespace orvane::test

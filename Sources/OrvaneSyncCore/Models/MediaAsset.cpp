@@ -149,8 +149,10 @@ JSON toJSON(const MediaAsset& asset) {
     json.set("filename", asset.filename);
     json.setIfPresent("startTimecodeString", asset.startTimecodeString);
     if (asset.timecodeFrameRate) json.set("timecodeFrameRate", timecodeRate::name(*asset.timecodeFrameRate));
+    json.setIfPresent("timecodeSideFile", asset.timecodeSideFile);
     json.setIfPresent("durationSeconds", asset.durationSeconds);
     if (asset.contentCreatedDate) json.set("contentCreatedDate", toJSON(*asset.contentCreatedDate));
+    if (asset.headerDate) json.set("headerDate", toJSON(*asset.headerDate));
     json.setIfPresent("frameRate", asset.frameRate);
     json.setIfPresent("width", asset.width);
     json.setIfPresent("height", asset.height);
@@ -180,8 +182,10 @@ MediaAsset decoded(const Json& json) {
     // A rate that this version does not know is as good as none.
     if (const auto rate = optional<std::string>(json, "timecodeFrameRate"))
         asset.timecodeFrameRate = timecodeRate::fromName(*rate);
+    asset.timecodeSideFile = optional<std::string>(json, "timecodeSideFile");
     asset.durationSeconds = optional<double>(json, "durationSeconds");
     asset.contentCreatedDate = optional<Date>(json, "contentCreatedDate");
+    asset.headerDate = optional<Date>(json, "headerDate");
     asset.frameRate = optional<double>(json, "frameRate");
     asset.width = optional<int>(json, "width");
     asset.height = optional<int>(json, "height");

@@ -31,8 +31,13 @@ struct MediaAsset {
     std::optional<std::string> startTimecodeString;
     /// The rate at which `startTimecodeString` counts, where the file states it; absent: that of the picture.
     std::optional<TimecodeFrameRate> timecodeFrameRate;
+    /// Name of the file beside this one that stated `startTimecodeString`; absent: this file's own.
+    std::optional<std::string> timecodeSideFile;
     std::optional<double> durationSeconds; ///< on the file's own timeline
     std::optional<Date> contentCreatedDate;
+    /// The time in the header of the container. Many cameras and every copying program write their own clock
+    /// there, so it ranks candidates and never decides about a shoot day.
+    std::optional<Date> headerDate;
     std::optional<double> frameRate; ///< the rate the video file plays at, frames per second
     std::optional<int> width;        ///< pixels
     std::optional<int> height;       ///< pixels

@@ -1,5 +1,7 @@
 #include "Platform/MediaInspector.h"
 
+#include "Platform/Media/AIFFHeaders.h"
+#include "Platform/Media/MXFHeaders.h"
 #include "Platform/Media/MediaLibraryLoader.h"
 #include "Platform/Media/MovieHeaders.h"
 #include "Platform/Media/WaveHeaders.h"
@@ -24,11 +26,37 @@ std::optional<MediaInspection> inspectWithLibrary(const MediaLibrary* library, c
     return result;
 }
 
+/// What our own walks say, and whether a media library may know more of the file.
+struct OwnInspection {
+    std::optional<MediaInspection> facts;
+    bool isComplete = false;
+};
+
+/// The library's facts, where the header says nothing more definite.
+MediaInspection joined(MediaInspection own, MediaInspection library) {
+    if (!own.durationSeconds || library.durationSeconds.value_or(0) > 0)
+        own.durationSeconds = library.durationSeconds;
+    if (!library.videoTracks.empty()) own.videoTracks = std::move(library.videoTracks);
+    if (!library.audioTracks.empty()) own.audioTracks = std::move(library.audioTracks);
+    own.metadata = std::move(library.metadata);
+    return own;
+}
+
+OwnInspection inspectHeaders(RandomAccessFile& file) {
+    if (auto wave = inspectWave(file)) return {std::move(wave), true};
+    if (auto aiff = inspectAIFF(file)) return {std::move(aiff), true};
+    // The first bytes of an MXF mean nothing as an atom, and only rarely something else lies in front of it.
+    const bool beginsAsMXF = file.peek(0, 4).text() == "\x06\x0E\x2B\x34";
+    if (!beginsAsMXF)
+        if (auto movie = inspectMovie(file)) return {std::move(movie), true};
+    if (auto mxf = inspectMXF(file)) return {std::move(mxf->facts), mxf->isComplete};
+    return {};
+}
+
 } // namespace
 
 std::optional<MediaInspection> inspectMediaHeaders(RandomAccessFile& file) {
-    if (auto wave = inspectWave(file)) return wave;
-    return inspectMovie(file);
+    return inspectHeaders(file).facts;
 }
 
 std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAccessFile& file, bool& hindered) {
@@ -37,9 +65,13 @@ std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAcces
 
 std::optional<MediaInspection> inspectMediaWith(const MediaLibrary* (*library)(), const std::string& path,
                                                 RandomAccessFile& file, bool& hindered) {
-    if (auto result = inspectMediaHeaders(file)) return result;
+    OwnInspection own = inspectHeaders(file);
+    if (own.isComplete) return std::move(own.facts);
     // No container has an empty header, and an empty file should not cost the loading of the library.
-    return file.size() == 0 ? std::nullopt : inspectWithLibrary(library(), path, hindered);
+    if (file.size() == 0) return std::nullopt;
+    auto result = inspectWithLibrary(library(), path, hindered);
+    if (!own.facts) return result;
+    return result ? joined(std::move(*own.facts), std::move(*result)) : std::move(own.facts);
 }
 
 std::optional<MediaInspection> inspectMedia(const std::string& path) {

@@ -59,6 +59,16 @@ TimeSpan readTimeSpan(RandomAccessFile& file, const Atom& atom) {
     return {body.u32be(isWide ? 20 : 12).value_or(0), readUnits(body, isWide ? 24 : 16, isWide)};
 }
 
+/// The creation time of "mvhd", which counts from 1904. Nothing where it says 0.
+std::optional<std::int64_t> readCreationTime(RandomAccessFile& file, const Atom& mvhd) {
+    constexpr std::int64_t secondsFrom1904To1970 = 2'082'844'800;
+    const ByteCursor body = peekBody(file, mvhd, headerBytes);
+    const std::uint64_t time =
+        body.u8(0) == 1 ? body.u64be(4).value_or(0) : std::uint64_t{body.u32be(4).value_or(0)};
+    if (time == 0 || time > INT64_MAX) return std::nullopt;
+    return static_cast<std::int64_t>(time) - secondsFrom1904To1970;
+}
+
 double seconds(double units, std::uint32_t timescale) { return timescale == 0 ? 0 : units / timescale; }
 double seconds(const TimeSpan& span) { return seconds(static_cast<double>(span.units), span.timescale); }
 
@@ -140,6 +150,7 @@ class MovieReader {
             switch (atom->type) {
             case fourCC("mvhd"):
                 movie_.header = readTimeSpan(file_, *atom);
+                result_.headerTime = readCreationTime(file_, *atom);
                 movie_.hasHeader = true;
                 break;
             case fourCC("trak"):

@@ -7,8 +7,8 @@
 
 namespace orvane::platform {
 
-/// What the movie header of a QuickTime or MP4 file says, fragments included, without its media data and
-/// never the header's own time fields. Nothing when there is no movie header that the walk can find.
+/// What the movie header of a QuickTime or MP4 file says, fragments included, without its media data. Nothing
+/// when there is no movie header that the walk can find.
 std::optional<MediaInspection> inspectMovie(RandomAccessFile& file);
 
 } // namespace orvane::platform

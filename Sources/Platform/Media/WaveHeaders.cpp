@@ -11,8 +11,6 @@ namespace orvane::platform {
 
 namespace {
 
-constexpr std::uint32_t sizeElsewhere =
-    0xFFFFFFFF; ///< RF64 keeps the real size in "ds64"; others did not finish
 constexpr std::uint16_t formatPCM = 1;
 constexpr std::uint16_t formatFloat = 3;
 constexpr std::uint16_t formatExtensible = 0xFFFE;
@@ -34,8 +32,7 @@ struct Chunks {
     std::optional<std::uint64_t> dataBytes; ///< what is really there
     std::uint64_t claimedBytes = 0;         ///< by the header
     std::uint64_t dataAt = 0;               ///< position in the file
-    std::optional<std::uint64_t> largeDataBytes;
-    std::optional<std::uint64_t> frames; ///< the "fact" of a compressed recording
+    std::optional<std::uint64_t> frames;    ///< the "fact" of a compressed recording
     std::optional<std::string> creationDate;
 };
 
@@ -75,7 +72,7 @@ class ChunkReader {
         WaveChunks walk(file_);
         while (const auto chunk = walk.next()) {
             if (chunk->is("data"))
-                walk.correctSize(takeData(*chunk));
+                walk.correctSize(takeData(*chunk, walk.largeFormSize()));
             else
                 take(*chunk);
         }
@@ -85,14 +82,9 @@ class ChunkReader {
   private:
     void take(const WaveChunks::Chunk& chunk) {
         constexpr std::size_t formatBytes = 40;
-        constexpr std::size_t sizesBytes = 24;
-        const auto body = [&](std::size_t most) {
-            return file_.peek(chunk.body, std::min<std::size_t>(chunk.size, most));
-        };
+        const auto body = [&](std::size_t most) { return file_.peek(chunk.body, chunk.bounded(most)); };
         if (chunk.is("fmt ")) {
             if (!chunks_.format) chunks_.format = readFormat(body(formatBytes));
-        } else if (chunk.is("ds64")) {
-            chunks_.largeDataBytes = body(sizesBytes).u64le(8);
         } else if (chunk.is("fact")) {
             if (const auto frames = body(4).u32le(0)) chunks_.frames = *frames;
         } else if (chunk.is("LIST")) {
@@ -101,12 +93,12 @@ class ChunkReader {
     }
 
     /// Returns the length of the sound, which may claim more than there is.
-    std::uint64_t takeData(const WaveChunks::Chunk& data) {
+    std::uint64_t takeData(const WaveChunks::Chunk& data, std::optional<std::uint64_t> largeFormSize) {
         const std::uint64_t rest = file_.size() - data.body;
         std::uint64_t claimed = data.size;
-        if (data.size == sizeElsewhere) claimed = chunks_.largeDataBytes.value_or(rest);
+        if (data.size == WaveChunks::sizeElsewhere) claimed = rest;
         // A recorder that lost its power never wrote the size: all that follows is sound.
-        if (data.size == 0 && !isFinished(data.body)) claimed = rest;
+        if (data.size == 0 && !isFinished(data.body, largeFormSize)) claimed = rest;
         if (!chunks_.dataBytes) {
             chunks_.dataBytes = std::min(claimed, rest);
             chunks_.claimedBytes = claimed;
@@ -116,14 +108,16 @@ class ChunkReader {
     }
 
     /// Whether the recorder wrote its sizes, and a chunk behind the empty sound.
-    bool isFinished(std::uint64_t behindData) {
-        const std::uint64_t formSize = file_.peek(0, 8).u32le(4).value_or(0) + std::uint64_t{8};
-        if (formSize != file_.size() && formSize + 1 != file_.size()) return false;
+    bool isFinished(std::uint64_t behindData, std::optional<std::uint64_t> largeFormSize) {
+        const std::uint32_t narrowSize = file_.peek(0, 8).u32le(4).value_or(0);
+        const std::uint64_t size =
+            narrowSize == WaveChunks::sizeElsewhere ? largeFormSize.value_or(narrowSize) : narrowSize;
+        if (size > file_.size() || (size + 8 != file_.size() && size + 9 != file_.size())) return false;
         const ByteCursor header = file_.peek(behindData, WaveChunks::headerBytes);
-        const auto size = header.u32le(4);
+        const auto following = header.u32le(4);
         const auto isInName = [](char c) { return c >= ' ' && c < '\x7F'; };
-        return size && std::ranges::all_of(header.text().substr(0, 4), isInName) &&
-               *size <= file_.size() - behindData - WaveChunks::headerBytes;
+        return following && std::ranges::all_of(header.text().substr(0, 4), isInName) &&
+               *following <= file_.size() - behindData - WaveChunks::headerBytes;
     }
 
     RandomAccessFile& file_;
@@ -140,11 +134,7 @@ std::optional<double> duration(const Format& format, const Chunks& chunks) {
     return std::nullopt;
 }
 
-bool isWave(const ByteCursor& header) {
-    if (header.size() < WaveChunks::formBytes) return false;
-    const std::string_view form = header.text().substr(0, 4);
-    return (form == "RIFF" || form == "RF64" || form == "BW64") && header.text().substr(8, 4) == "WAVE";
-}
+bool isWave(RandomAccessFile& file) { return WaveChunks::formOf(file) == WaveChunks::Form::wave; }
 
 bool isUsable(const std::optional<Format>& format) {
     return format && format->sampleRate != 0 && format->sampleRate <= highestSampleRate &&
@@ -154,7 +144,7 @@ bool isUsable(const std::optional<Format>& format) {
 } // namespace
 
 std::optional<MediaInspection> inspectWave(RandomAccessFile& file) {
-    if (!isWave(file.peek(0, WaveChunks::formBytes))) return std::nullopt;
+    if (!isWave(file)) return std::nullopt;
     const Chunks chunks = ChunkReader(file).read();
     MediaInspection result;
     if (chunks.creationDate)
@@ -167,7 +157,7 @@ std::optional<MediaInspection> inspectWave(RandomAccessFile& file) {
 }
 
 std::optional<WaveSamples> locateWaveSamples(RandomAccessFile& file) {
-    if (!isWave(file.peek(0, WaveChunks::formBytes))) return std::nullopt;
+    if (!isWave(file)) return std::nullopt;
     const Chunks chunks = ChunkReader(file).read();
     const auto& format = chunks.format;
     if (!isUsable(format) || !format->isLinear() || !chunks.dataBytes) return std::nullopt;

@@ -53,9 +53,28 @@ TEST(ChunkWalk, isBounded) {
 TEST(ChunkWalk, otherFilesHaveNoChunks) {
     std::string good = wave().bext({.timeReference = 5}).iXML(document).bytes();
     for (const std::string& bytes : {std::string(), good.substr(0, 11), "RIFX" + good.substr(4),
-                                     wave().bext({.timeReference = 5}).rf64().silence(4).bytes(),
                                      good.substr(0, 8) + "AVI " + good.substr(12)})
         EXPECT_FALSE(readBytes(bytes).bext.timeRef.has_value()) << bytes.substr(0, 12);
+}
+
+TEST(ChunkWalk, largeFilesHaveTheirSizesInFront) {
+    const test::TemporaryDirectory folder;
+    const std::string path = folder.path("large.wav");
+    wave().rf64().bext({.timeReference = 9}).silence(2'000'000'000).iXML(document).writeTo(path);
+    const auto file = platform::RandomAccessFile::open(path);
+    ASSERT_TRUE(file.has_value());
+    EXPECT_GT(file->size(), std::uint64_t{1} << 32U);
+    EXPECT_EQ(IXMLReader().readAll(path).bextTimeRef, 9U);
+    EXPECT_TRUE(IXMLReader().readAll(path).ixml.has_value()) << "behind more than 4 GB of sound";
+
+    // BW64 may have a long description of its objects, whose size stands in the table of "ds64".
+    const std::string ds64 =
+        test::le64(0) + test::le64(4) + test::le64(0) + test::le32(1) + "axml" + test::le64(6);
+    const std::string bytes = "BW64" + test::le32(0xFFFFFFFF) + "WAVEds64" + test::le32(ds64.size()) + ds64 +
+                              "data" + test::le32(0xFFFFFFFF) + "1234axml" + test::le32(0xFFFFFFFF) +
+                              "<adm/>" + "iXML" + test::le32(document.size()) + document;
+    EXPECT_TRUE(readBytes(bytes).ixml.has_value());
+    EXPECT_FALSE(readBytes(bytes.substr(0, 40)).ixml.has_value());
 }
 
 TEST(ChunkWalk, readsNoMoreThanThereIs) {

@@ -145,7 +145,7 @@ TEST_F(Probe, aRecording) {
     EXPECT_EQ(probed(recording(172'802'000, ""), "24.wav").startTimecodeString, "01:00:00:01");
     EXPECT_EQ(probed(recording(172'802'000, "nonsense"), "24.wav").startTimecodeString, "01:00:00:01");
     EXPECT_FALSE(probed(recording(0, "25/1"), "none.wav").startTimecodeString.has_value());
-    EXPECT_FALSE(probed(recording(5, "25/1"), "renamed.aif").bextTimeReference.has_value());
+    EXPECT_EQ(probed(recording(5, "25/1"), "renamed.aif").bextTimeReference, 5U);
     EXPECT_EQ(probed(WaveMaker().bext({.timeReference = 48000}), "headless.wav").startTimecodeString,
               "00:00:01:00")
         << "48 kHz where the file does not say";

@@ -2,6 +2,7 @@
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 #include "Support/Samples.h"
 #include "Support/Test.h"
+#include "Timecode/Timecode.h"
 
 #include <fstream>
 
@@ -102,9 +103,15 @@ TEST_F(RealSamples, recordingsSayWhatOtherToolsRead) {
         {"wav/SD_A101_1.WAV", "12:39:59:00"}};              // 45644.599 s at 24000/1001: frame 1094376
     for (const auto& [name, timecode] : expected)
         EXPECT_EQ(assets.at(name).startTimecodeString, timecode) << name;
-    // The one movie with a timecode track states its sample's size in the table, which is not read.
-    for (const auto& [name, asset] : assets)
-        EXPECT_TRUE(asset.kind == AssetKind::audio || !asset.startTimecodeString) << name;
+
+    // By ffprobe 15:44:35:10, not drop frame; the other by its own XMP, as it has no timecode track.
+    const MediaAsset& action = assets.at("movie/gopro_max-heromode.mp4");
+    const auto rate = action.timecodeFrameRate.value_or(TimecodeFrameRate::fps29_97d);
+    const auto start = Timecode::fromString(action.startTimecodeString.value_or(""), rate);
+    ASSERT_TRUE(start.has_value());
+    EXPECT_NEAR(start->realTimeValue(), ((15 * 3600 + 44 * 60 + 35) * 30 + 10) * 1001 / 30000.0, 1e-3);
+    EXPECT_EQ(assets.at("movie/xmp480qt.mov").startTimecodeString, "12:59:21:18");
+    EXPECT_EQ(assets.at("movie/xmp480qt.mov").timecodeFrameRate, TimecodeFrameRate::fps29_97);
 }
 
 } // namespace

@@ -60,13 +60,33 @@ TEST(TimecodeTrack, rateAndFirstSampleGiveTheStart) {
     check("at 24 without a rate, hours go on", {0, 0, 86400 * 30}, "30:00:00:00", std::nullopt);
     check("another format", {.firstFrame = 86400, .format = "tc64"}, "01:00:00:00", std::nullopt);
     check("64-bit offsets", {.firstFrame = 25, .wideOffset = true}, "00:00:01:00", 25.0);
+    check("a table of one size", {.firstFrame = 25, .sampleSize = 0, .sizeTable = {4}}, "00:00:01:00", 25.0);
+    check("the first of several", {.firstFrame = 25, .sampleSize = 0, .sizeTable = {4, 4, 4}}, "00:00:01:00",
+          25.0);
+    const auto edits = [](std::string_view entries, int version = 0) {
+        return test::atom("edts", test::fullAtom("elst", entries, version));
+    };
+    const auto entry = [](std::int64_t time) {
+        return test::be32(600) + test::be32(static_cast<std::uint64_t>(time)) + test::be32(0x10000);
+    };
+    check("a trimmed copy", {.firstFrame = 25, .trackAtoms = edits(test::be32(1) + entry(50))}, "00:00:03:00",
+          25.0);
+    check("a delay in front", {.firstFrame = 25, .trackAtoms = edits(test::be32(2) + entry(-1) + entry(50))},
+          "00:00:03:00", 25.0);
+    check("an edit list of 64 bits",
+          {.firstFrame = 25,
+           .trackAtoms = edits(test::be32(1) + test::be64(600) + test::be64(50) + test::be32(0x10000), 1)},
+          "00:00:03:00", 25.0);
+    check("an edit list that was cut off", {.firstFrame = 25, .trackAtoms = edits(test::be32(9))},
+          "00:00:01:00", 25.0);
     check("a sample that claims more than is read", {.firstFrame = 25, .sampleSize = 12}, "00:00:01:00",
           25.0);
 }
 
 TEST(TimecodeTrack, aSampleThatIsNotThereGivesNothing) {
     const std::pair<const char*, TimecodeSpec> cases[] = {
-        {"table of single sizes", {.sampleSize = 0}},
+        {"a table that is not there", {.sampleSize = 0}},
+        {"a first sample that is too short", {.sampleSize = 0, .sizeTable = {2, 4}}},
         {"shorter than a count", {.sampleSize = 3}},
         {"longer than the file", {.sampleSize = 0xFFFFFFFF}},
         {"behind the file", {.sampleOffset = 1'000'000}},

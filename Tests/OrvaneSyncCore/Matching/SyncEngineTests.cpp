@@ -277,5 +277,28 @@ TEST(SyncEngine, holdsItsPromisesForACrowd) {
     }
 }
 
+/// Two days of shooting with free-run timecode look alike to a clip without a date.
+TEST(SyncEngine, theDayOfTheHeaderRanksEqualOverlaps) {
+    const auto on = [](MediaAsset asset, int day) {
+        asset.contentCreatedDate = calendar::date({2024, 5, day, 12, 0, 0});
+        return asset;
+    };
+    const std::vector<MediaAsset> recordings{
+        audio("undated.wav", "01:00:00:00", 100), on(audio("other.wav", "01:00:00:00", 100), 2),
+        on(audio("eve.wav", "01:00:00:00", 100), 16), on(audio("own.wav", "01:00:00:00", 100), 17),
+        on(audio("short.wav", "01:00:00:00", 30), 17)};
+    MediaAsset clip = video("a.mov", "01:00:00:00", 60);
+    using Names = std::vector<std::string>;
+    EXPECT_EQ(names(matched(clip, recordings).audioMatches),
+              (Names{"undated.wav", "other.wav", "eve.wav", "own.wav", "short.wav"}));
+    clip.headerDate = calendar::date({2024, 5, 17, 20, 0, 0});
+    EXPECT_EQ(names(matched(clip, recordings).audioMatches),
+              (Names{"own.wav", "eve.wav", "undated.wav", "other.wav", "short.wav"}))
+        << "none is left out, and the best overlap comes first";
+    clip = on(clip, 2);
+    EXPECT_EQ(names(matched(clip, recordings).audioMatches), (Names{"other.wav", "undated.wav"}))
+        << "a date of the content decides alone";
+}
+
 } // namespace
 } // namespace orvane

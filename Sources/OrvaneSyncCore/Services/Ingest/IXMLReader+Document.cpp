@@ -74,6 +74,14 @@ class IXMLParserDelegate final : public platform::XMLStreamHandler {
 
     IXMLData takeData() { return std::move(data_); }
 
+    std::optional<IXMLReader::Timestamp> timestamp() const {
+        constexpr std::uint64_t mostOfAHalf = 0xFFFFFFFF;
+        if (!lowSamples_ || *lowSamples_ > mostOfAHalf || highSamples_ > mostOfAHalf) return std::nullopt;
+        const std::uint64_t samples = highSamples_ << 32U | *lowSamples_;
+        if (samples == 0) return std::nullopt;
+        return IXMLReader::Timestamp{samples, timestampRate_};
+    }
+
   private:
     void endInTrack(std::string_view element, std::string_view text) {
         if (element == "CHANNEL_INDEX") {
@@ -92,7 +100,21 @@ class IXMLParserDelegate final : public platform::XMLStreamHandler {
     }
 
     void endInSpeed(std::string_view element, std::string_view text) {
-        if (element == "TIMECODE_RATE") keep(data_.timecodeRate, text);
+        if (element == "TIMECODE_RATE") {
+            keep(data_.timecodeRate, text);
+        } else if (element == "TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_LO") {
+            lowSamples_ = samplesIn(text);
+        } else if (element == "TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_HI") {
+            highSamples_ = samplesIn(text).value_or(0);
+        } else if (element == "TIMESTAMP_SAMPLE_RATE") {
+            const auto rate = platform::text::decimalNumber(text);
+            timestampRate_ = rate && *rate > 0 ? rate : std::nullopt;
+        }
+    }
+
+    static std::optional<std::uint64_t> samplesIn(std::string_view text) {
+        const auto number = platform::text::decimalInteger(text);
+        return number && *number >= 0 ? std::optional(static_cast<std::uint64_t>(*number)) : std::nullopt;
     }
 
     void endOutside(std::string_view element, std::string_view text) {
@@ -120,16 +142,24 @@ class IXMLParserDelegate final : public platform::XMLStreamHandler {
     std::optional<int> currentChannelIndex_;
     std::optional<int> currentInterleaveIndex_;
     std::optional<std::string> currentTrackName_;
+    std::optional<std::uint64_t> lowSamples_; ///< the lower 32 bits
+    std::uint64_t highSamples_ = 0;           ///< the upper ones
+    std::optional<double> timestampRate_;
 };
 
 } // namespace
 
-std::optional<IXMLData> IXMLReader::parseIXMLContent(std::string_view bytes) {
+std::optional<IXMLReader::Document> IXMLReader::parseDocument(std::string_view bytes) {
     const std::string_view document = bytes.substr(0, bytes.find('\0'));
     if (declaresEntities(document)) return std::nullopt;
     IXMLParserDelegate delegate;
     if (!platform::parseXMLStream(document, delegate)) return std::nullopt;
-    return delegate.takeData();
+    return Document{delegate.takeData(), delegate.timestamp()};
+}
+
+std::optional<IXMLData> IXMLReader::parseIXMLContent(std::string_view bytes) {
+    auto document = parseDocument(bytes);
+    return document ? std::optional(std::move(document->data)) : std::nullopt;
 }
 
 } // namespace orvane

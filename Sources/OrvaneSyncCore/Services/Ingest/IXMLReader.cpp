@@ -16,7 +16,7 @@ using platform::RandomAccessFile;
 using platform::WaveChunks;
 
 /// The last field that is used ends at byte 346; a long coding history behind it is never loaded.
-constexpr std::uint64_t bextBytesRead = 512;
+constexpr std::size_t bextBytesRead = 512;
 constexpr std::uint64_t documentPiece = std::uint64_t{1} << 18U;
 /// No recorder writes a document anywhere near this size, and several files are read at once.
 constexpr std::size_t largestDocument = std::size_t{1} << 26U;
@@ -49,14 +49,12 @@ void readDocument(RandomAccessFile& file, std::uint64_t at, std::uint64_t size, 
 }
 
 void readChunks(RandomAccessFile& file, Chunks& chunks) {
-    const ByteCursor riff = file.peek(0, WaveChunks::formBytes);
-    if (riff.size() < WaveChunks::formBytes) return;
-    if (riff.text().substr(0, 4) != "RIFF" || riff.text().substr(8, 4) != "WAVE") return;
-
-    WaveChunks walk(file);
+    const auto form = WaveChunks::formOf(file);
+    if (!form) return;
+    WaveChunks walk(file, *form);
     while (const auto chunk = chunks.isComplete() ? std::nullopt : walk.next()) {
         if (chunk->is("bext") && chunks.wantsBext && chunks.bext.empty())
-            chunks.bext = file.read(chunk->body, std::min<std::uint64_t>(chunk->size, bextBytesRead));
+            chunks.bext = file.read(chunk->body, chunk->bounded(bextBytesRead));
         else if (chunk->is("iXML") && chunks.wantsIXML && !chunks.hasIXML)
             readDocument(file, chunk->body, chunk->size, chunks);
     }
@@ -109,23 +107,28 @@ IXMLReader::Bext parseBext(const ByteCursor& chunk) {
     return result;
 }
 
-IXMLReader::Broadcast readWanted(RandomAccessFile& file, bool wantsBext, bool wantsIXML) {
+} // namespace
+
+IXMLReader::Broadcast IXMLReader::readWanted(RandomAccessFile& file, bool wantsBext, bool wantsIXML) {
     Chunks chunks;
     chunks.wantsBext = wantsBext;
     chunks.wantsIXML = wantsIXML;
     readChunks(file, chunks);
-    IXMLReader::Broadcast result;
-    if (chunks.hasIXML) result.ixml = IXMLReader::parseIXMLContent(chunks.ixml);
+    Broadcast result;
+    if (chunks.hasIXML) {
+        if (auto document = parseDocument(chunks.ixml)) {
+            result.ixml = std::move(document->data);
+            result.timestamp = document->timestamp;
+        }
+    }
     result.bext = parseBext(ByteCursor(chunks.bext));
     return result;
 }
 
-IXMLReader::Broadcast readWanted(const std::string& path, bool wantsBext, bool wantsIXML) {
+IXMLReader::Broadcast IXMLReader::readWanted(const std::string& path, bool wantsBext, bool wantsIXML) {
     auto file = RandomAccessFile::open(path);
-    return file ? readWanted(*file, wantsBext, wantsIXML) : IXMLReader::Broadcast();
+    return file ? readWanted(*file, wantsBext, wantsIXML) : Broadcast();
 }
-
-} // namespace
 
 std::optional<IXMLData> IXMLReader::read(const std::string& path) const {
     return readWanted(path, false, true).ixml;

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 
 #include "OrvaneSyncCore/Services/Ingest/LTCDecoder.h"
+#include "OrvaneSyncCore/Services/Ingest/StartSources.h"
 #include "OrvaneSyncCore/Services/Ingest/TimecodeTrackReader.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Files.h"
@@ -137,7 +138,22 @@ bool mayHoldSound(const MediaAsset& asset) {
     return asset.kind == AssetKind::audio || asset.channelCount.value_or(0) > 0;
 }
 
-bool mayHoldBroadcastChunks(std::string_view extension) { return extension == "wav" || extension == "bwf"; }
+bool mayHoldBroadcastChunks(std::string_view extension) {
+    return extension == "wav" || extension == "bwf" || extension == "aif" || extension == "aiff";
+}
+
+/// Samples of the file's own rate: a recorder that was slowed down or sped up counts at another.
+std::optional<std::uint64_t> samplesOf(const std::optional<IXMLReader::Timestamp>& timestamp,
+                                       std::optional<double> sampleRate) {
+    if (!timestamp) return std::nullopt;
+    const double own = sampleRate.value_or(assumedSampleRate);
+    const double samples =
+        static_cast<double>(timestamp->samples) * own / timestamp->sampleRate.value_or(own);
+    constexpr double most = 9.0e18;
+    if (!(samples >= 1) || samples > most) return std::nullopt;
+    return timestamp->sampleRate.value_or(own) == own ? timestamp->samples
+                                                      : static_cast<std::uint64_t>(std::llround(samples));
+}
 
 } // namespace
 
@@ -155,7 +171,8 @@ MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
     const std::lock_guard operation(oneAtATime_);
     std::vector<MediaAsset> assets(urls.size(), MediaAsset(UUID(), FileURL(), kind));
     std::vector<Known> known(urls.size());
-    if (cache_) takeFromCache(urls, known, assets);
+    SideFiles sideFiles;
+    if (cache_) takeFromCache(urls, sideFiles, known, assets);
 
     std::mutex progressMutex;
     int completed = 0;
@@ -175,7 +192,7 @@ MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
         const std::size_t i = missing[which];
         bool isProbed = false;
         try {
-            Probed probed = probeFile(urls[i], kind);
+            Probed probed = probeFile(urls[i], kind, sideFiles);
             if (known[i].earlierID) probed.asset.id = *known[i].earlierID;
             assets[i] = std::move(probed.asset);
             isProbed = true;
@@ -191,15 +208,15 @@ MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
 
 /// The attributes are read before any file is, so that an entry for one that changes during its probe is
 /// stale from the start; and while the cache may still be loading.
-void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, std::vector<Known>& known,
-                                      std::vector<MediaAsset>& assets) const {
+void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, SideFiles& sideFiles,
+                                      std::vector<Known>& known, std::vector<MediaAsset>& assets) const {
     inBlocks(urls.size(), maxConcurrentProbes,
              [&](std::size_t i) { known[i].attributes = platform::files::attributes(urls[i].path); });
     const auto candidates = cache_->candidates(urls);
     inBlocks(urls.size(), std::thread::hardware_concurrency(), [&](std::size_t i) {
         auto asset = cache_->resolve(candidates[i], known[i].attributes);
         if (!asset) return;
-        known[i].isHit = mayStandFor(*asset, assets[i].kind);
+        known[i].isHit = mayStandFor(*asset, assets[i].kind, sideFiles);
         if (known[i].isHit) {
             assets[i] = std::move(*asset);
             // The size is what the entry is found by; one that was stored without it is as good.
@@ -209,9 +226,13 @@ void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, std::vec
     });
 }
 
-/// A file without timecode may have been probed while its sound was not to be listened to.
-bool MediaProbeService::mayStandFor(const MediaAsset& cached, AssetKind kind) const {
-    return cached.kind == kind && !isToBeHeard(cached);
+/// A file without timecode may have been probed while its sound was not to be listened to. A clip that states
+/// no start of its own hangs on the files beside it, which come, change and go without it.
+bool MediaProbeService::mayStandFor(const MediaAsset& cached, AssetKind kind, SideFiles& sideFiles) const {
+    if (cached.kind != kind || cached.timecodeSideFile) return false;
+    if (kind == AssetKind::video && !cached.startTimecodeString && sideFiles.areBeside(cached.url.path))
+        return false;
+    return !isToBeHeard(cached);
 }
 
 bool MediaProbeService::isToBeHeard(const MediaAsset& asset) const {
@@ -221,7 +242,8 @@ bool MediaProbeService::isToBeHeard(const MediaAsset& asset) const {
 
 /// Later steps overwrite and read what earlier ones wrote. The file is opened once, by its path, and
 /// everything but its sound is read through that.
-MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, AssetKind kind) const {
+MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, AssetKind kind,
+                                                       SideFiles& sideFiles) const {
     Probed probed{MediaAsset(url, kind)};
     MediaAsset& asset = probed.asset;
     auto file = RandomAccessFile::open(url.path);
@@ -234,6 +256,7 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
     probed.isFact = !hindered;
     takeTracks(asset, inspection);
     asset.contentCreatedDate = creationDate(inspection.metadata);
+    asset.headerDate = StartSources::headerDate(inspection);
 
     const std::string extension = url.lowercasedExtension();
     bool rateFromTimecodeTrack = false;
@@ -244,6 +267,8 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
             asset.timecodeFrameRate = start->timecodeFrameRate;
             rateFromTimecodeTrack = start->projectFrameRate.has_value();
         }
+    } else if (inspection.startTimecode) {
+        rateFromTimecodeTrack = StartSources::takeCounted(asset, *inspection.startTimecode);
     }
     const bool vendorConfirmed = takeVendorRates(asset, inspection.metadata);
     if (!vendorConfirmed && OffspeedDetector::isHalfRate(asset.projectFrameRate, asset.frameRate))
@@ -251,14 +276,16 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
     if (kind == AssetKind::video)
         asset.offspeedConfidence = offspeedConfidence(asset, rateFromTimecodeTrack, vendorConfirmed);
     if (mayHoldBroadcastChunks(extension)) readBroadcastMetadata(asset, *file);
+    if (!asset.startTimecodeString) StartSources::readEmbedded(asset, *file);
+    if (!asset.startTimecodeString && kind == AssetKind::video) StartSources::readSideFile(asset, sideFiles);
     if (isToBeHeard(asset)) listenForTimecode(asset);
     return probed;
 }
 
 void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFile& file) const {
-    auto [ixml, bext] = ixmlReader_.readBroadcast(file);
+    auto [ixml, timestamp, bext] = ixmlReader_.readBroadcast(file);
     asset.ixmlData = std::move(ixml);
-    asset.bextTimeReference = bext.timeRef;
+    asset.bextTimeReference = bext.timeRef ? bext.timeRef : samplesOf(timestamp, asset.sampleRate);
     asset.bextOriginator = std::move(bext.originator);
     if (bext.originationDate) asset.contentCreatedDate = bext.originationDate;
     if (asset.startTimecodeString) return;
@@ -269,9 +296,10 @@ void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFil
         // A rate of a few Hz makes ages of a count of samples, and what no timecode can count would be
         // midnight.
         const TimecodeFrameRate rate = statedRate(asset).value_or(TimecodeFrameRate::fps24);
-        if (seconds * timecodeRate::frameRateForRealTimeCalculation(rate) < Timecode::frameCountLimit)
+        if (seconds * timecodeRate::frameRateForRealTimeCalculation(rate) < Timecode::frameCountLimit) {
             asset.startTimecodeString = TimecodeUtils::secondsToTC(seconds, rate);
-        asset.timecodeFrameRate = recorderRate(asset);
+            asset.timecodeFrameRate = recorderRate(asset);
+        }
     }
 }
 

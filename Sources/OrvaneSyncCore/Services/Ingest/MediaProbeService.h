@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Models/MediaAsset.h"
 #include "OrvaneSyncCore/Services/Ingest/IXMLReader.h"
 #include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
+#include "OrvaneSyncCore/Services/Ingest/SideFiles.h"
 #include "Platform/RandomAccessFile.h"
 #include "Platform/SettingsStore.h"
 
@@ -45,10 +46,10 @@ class MediaProbeService {
         /// when a library was missing or ran out of time.
         bool isFact = false;
     };
-    void takeFromCache(const std::vector<FileURL>& urls, std::vector<Known>& known,
+    void takeFromCache(const std::vector<FileURL>& urls, SideFiles& sideFiles, std::vector<Known>& known,
                        std::vector<MediaAsset>& assets) const;
-    bool mayStandFor(const MediaAsset& cached, AssetKind kind) const;
-    Probed probeFile(const FileURL& url, AssetKind kind) const;
+    bool mayStandFor(const MediaAsset& cached, AssetKind kind, SideFiles& sideFiles) const;
+    Probed probeFile(const FileURL& url, AssetKind kind, SideFiles& sideFiles) const;
     void readBroadcastMetadata(MediaAsset& asset, platform::RandomAccessFile& file) const;
     /// It has no start of its own, and linear timecode is wanted.
     bool isToBeHeard(const MediaAsset& asset) const;

@@ -76,14 +76,16 @@ void eachAtom(RandomAccessFile& file, Range range, std::string_view type, Visit 
 
 struct TimecodeParseResult {
     std::optional<std::uint64_t> chunkOffset; ///< file position of the track's first sample
-    std::optional<std::uint32_t> sampleSize;  ///< the uniform size; the table of single sizes is not read
+    std::optional<std::uint32_t> sampleSize;  ///< of the first sample
     std::uint32_t flags = 0;                  ///< of the timecode
     std::uint32_t timescale = 0;              ///< 0 when not seen
     std::uint32_t frameDuration = 0;          ///< 0 when not seen
+    double skippedSeconds = 0;                ///< of the track in front of the movie's start
 };
 
 struct MdiaParseResult {
     bool isTimecodeTrack = false;
+    std::uint32_t mediaTimescale = 0; ///< units per second of the track's own time; 0 when not seen
     TimecodeParseResult samples;
 };
 
@@ -93,7 +95,8 @@ void keep(T& field, const std::optional<std::uint32_t>& value) {
 }
 
 void parseSampleTable(RandomAccessFile& file, const Atom& table, TimecodeParseResult& result) {
-    constexpr std::uint64_t offsetTableBytes = 20, wideOffsetTableBytes = 24, sizesBytes = 20;
+    constexpr std::uint64_t offsetTableBytes = 20, wideOffsetTableBytes = 24, sizesBytes = 20,
+                            sizeTableBytes = 24;
     constexpr std::uint64_t descriptionBytes = 50;
     walkAtoms(file, table.contents(), [&](const Atom& atom) {
         const ByteCursor body = file.peek(atom.position, descriptionBytes);
@@ -102,7 +105,11 @@ void parseSampleTable(RandomAccessFile& file, const Atom& table, TimecodeParseRe
         } else if (atom.is("co64") && atom.size >= wideOffsetTableBytes) {
             if (const auto offset = body.u64be(16)) result.chunkOffset = *offset;
         } else if (atom.is("stsz") && atom.size >= sizesBytes) {
-            keep(result.sampleSize, body.u32be(12));
+            // One size for all samples, or 0 and a table. Many cameras write a table, even of one entry.
+            std::optional<std::uint32_t> size = body.u32be(12);
+            if (size == 0U && body.u32be(16).value_or(0) > 0 && atom.size >= sizeTableBytes)
+                size = body.u32be(20);
+            keep(result.sampleSize, size);
         } else if (atom.is("stsd") && atom.size >= descriptionBytes) {
             const auto format = body.slice(20, 4);
             if (format && format->text() == "tmcd") {
@@ -117,9 +124,15 @@ void parseSampleTable(RandomAccessFile& file, const Atom& table, TimecodeParseRe
 
 MdiaParseResult parseMedia(RandomAccessFile& file, const Atom& media) {
     constexpr std::uint64_t handlerBytes = 20;
+    constexpr std::size_t mediaHeaderBytes = 32; ///< up to the timescale, in either form
     MdiaParseResult result;
     walkAtoms(file, media.contents(), [&](const Atom& atom) {
-        if (atom.is("hdlr") && atom.size >= handlerBytes) {
+        if (atom.is("mdhd")) {
+            const ByteCursor header =
+                file.peek(atom.position, atom.size < mediaHeaderBytes ? static_cast<std::size_t>(atom.size)
+                                                                      : mediaHeaderBytes);
+            keep(result.mediaTimescale, header.u32be(header.u8(headerBytes) == 1 ? 28 : 20));
+        } else if (atom.is("hdlr") && atom.size >= handlerBytes) {
             if (file.peek(atom.position + 16, 4).text() == "tmcd") result.isTimecodeTrack = true;
         } else if (atom.is("minf")) {
             eachAtom(file, atom.contents(), "stbl",
@@ -130,14 +143,45 @@ MdiaParseResult parseMedia(RandomAccessFile& file, const Atom& media) {
     return result;
 }
 
+/// Where in the track the movie begins, in units of the track's own time: a trimmed copy keeps all samples
+/// and an edit list that begins behind the first. Edits that show nothing delay the picture with the
+/// timecode.
+std::uint64_t firstMediaTime(RandomAccessFile& file, const Atom& edits) {
+    std::uint64_t first = 0;
+    eachAtom(file, edits.contents(), "elst", [&](const Atom& list) {
+        constexpr std::uint64_t listHeaderBytes = 16, mostEntries = 16;
+        const bool isWide = file.peek(list.position + headerBytes, 1).u8(0) == 1;
+        const std::uint64_t entryBytes = isWide ? 20 : 12;
+        const std::uint32_t claimed = file.peek(list.position + 12, 4).u32be(0).value_or(0);
+        for (std::uint64_t i = 0; i < std::min<std::uint64_t>(claimed, mostEntries); ++i) {
+            const std::uint64_t at = listHeaderBytes + i * entryBytes;
+            if (at + entryBytes > list.size) return;
+            const ByteCursor entry = file.peek(list.position + at, entryBytes);
+            const std::int64_t time =
+                isWide ? static_cast<std::int64_t>(entry.u64be(8).value_or(0))
+                       : std::int64_t{static_cast<std::int32_t>(entry.u32be(4).value_or(0))};
+            if (time < 0) continue;
+            first = static_cast<std::uint64_t>(time);
+            return;
+        }
+    });
+    return first;
+}
+
 std::optional<TimecodeParseResult> parseMovie(RandomAccessFile& file, Range movie) {
     std::optional<TimecodeParseResult> found;
     walkAtoms(file, movie, [&](const Atom& track) {
         if (!track.is("trak")) return true;
         MdiaParseResult media;
         eachAtom(file, track.contents(), "mdia", [&](const Atom& atom) { media = parseMedia(file, atom); });
-        if (media.isTimecodeTrack && media.samples.chunkOffset) found = media.samples;
-        return !found;
+        if (!media.isTimecodeTrack || !media.samples.chunkOffset) return true;
+        found = media.samples;
+        if (media.mediaTimescale > 0)
+            eachAtom(file, track.contents(), "edts", [&](const Atom& edits) {
+                found->skippedSeconds =
+                    static_cast<double>(firstMediaTime(file, edits)) / media.mediaTimescale;
+            });
+        return false;
     });
     return found;
 }
@@ -164,6 +208,12 @@ std::string plainTimecode(std::int64_t n) {
     return text.data();
 }
 
+/// Whole frames; nothing for an edit list that begins days later.
+std::int64_t skippedFrames(double seconds, double fps) {
+    constexpr double secondsPerDay = 86400, rounding = 1e-5; // of a frame
+    return seconds < secondsPerDay ? static_cast<std::int64_t>(seconds * fps + rounding) : 0;
+}
+
 std::optional<TimecodeTrackReader::Start> readSample(RandomAccessFile& file,
                                                      const TimecodeParseResult& samples) {
     if (!samples.chunkOffset || !samples.sampleSize || *samples.sampleSize < smallestSample)
@@ -178,8 +228,9 @@ std::optional<TimecodeTrackReader::Start> readSample(RandomAccessFile& file,
         const double fps = static_cast<double>(samples.timescale) / samples.frameDuration;
         if (fps <= highestRate) {
             const auto rate = timecodeRate::nearest(fps, (samples.flags & dropFrameFlag) != 0);
+            const std::int64_t first = n + skippedFrames(samples.skippedSeconds, fps);
             return TimecodeTrackReader::Start{
-                TimecodeUtils::framesToTC(n, rate.value_or(TimecodeUtils::frameRate(fps))),
+                TimecodeUtils::framesToTC(first, rate.value_or(TimecodeUtils::frameRate(fps))),
                 exactRateValue(fps), rate};
         }
     }

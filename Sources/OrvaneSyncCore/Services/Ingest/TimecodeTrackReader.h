@@ -8,7 +8,8 @@
 
 namespace orvane {
 
-/// Reads the first sample of the timecode ("tmcd") track of a QuickTime or MP4 file. A walk of its own over
+/// Reads the first sample of the timecode ("tmcd") track of a QuickTime or MP4 file, moved by what an edit
+/// list leaves out in front of the movie's start. A walk of its own over
 /// the atoms, so that a timecode is also found in files that no media library opens.
 namespace TimecodeTrackReader {
 

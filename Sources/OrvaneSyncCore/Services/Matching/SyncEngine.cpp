@@ -92,18 +92,23 @@ class RecordingIndex {
             const auto day = recordings[i].asset->shootDay(starts);
             (day ? days_[*day] : undated_).add(recordings[i].range, i);
             all_.add(recordings[i].range, i);
+            dayOf_.push_back(day);
         }
         for (auto& [day, lane] : days_) lane.finish();
         undated_.finish();
         all_.finish();
     }
-    /// First the dated recordings in their order, then the undated ones; for a video without a day all in
-    /// their order. Equal overlaps keep this order.
-    std::vector<Hit> overlapping(const TCRange& range, std::optional<Date> day) const {
+    /// First the dated recordings in their order, then the undated ones; for a video without a day all,
+    /// nearest to the day of its header first, else in their order. Equal overlaps keep this order.
+    std::vector<Hit> overlapping(const TCRange& range, std::optional<Date> day,
+                                 std::optional<Date> headerDay) const {
         std::vector<Hit> hits;
         if (!day) {
             all_.appendOverlapping(range, hits);
             sortByRecording(hits.begin(), hits.end());
+            if (headerDay)
+                std::ranges::stable_sort(hits, {},
+                                         [&](const Hit& hit) { return distance(hit.item, *headerDay); });
             return hits;
         }
         const auto last = days_.upper_bound(*day + neighbouringDay);
@@ -117,9 +122,18 @@ class RecordingIndex {
     }
 
   private:
+    /// The same day, a neighbour (the header counts in UTC), no day at all, any other.
+    int distance(std::size_t recording, Date headerDay) const {
+        const auto day = dayOf_[recording];
+        if (!day) return 2;
+        if (*day == headerDay) return 0;
+        return std::chrono::abs(*day - headerDay) <= neighbouringDay ? 1 : 3;
+    }
+
     std::map<Date, RangeIndex> days_;
     RangeIndex undated_;
     RangeIndex all_;
+    std::vector<std::optional<Date>> dayOf_; ///< by recording
 };
 
 /// Files of what may be a recording in parts.
@@ -248,7 +262,9 @@ SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos,
     groups.reserve(videos.size());
     for (const std::size_t i : orderByName(videos))
         groups.push_back(group(videos[i], recordings, ids, [&](const TCRange& range) {
-            return index.overlapping(range, videos[i].shootDay(starts));
+            const auto header = videos[i].headerDate;
+            return index.overlapping(range, videos[i].shootDay(starts),
+                                     header ? std::optional(starts.of(*header)) : std::nullopt);
         }));
     return SyncGroupList(std::move(groups));
 }

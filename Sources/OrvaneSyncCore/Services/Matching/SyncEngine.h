@@ -23,6 +23,8 @@ class SyncEngine {
 
     /// One group per video, in the order of file names. A video meets the recordings of its shoot day, of the
     /// day before and of the day after, and those without a day; a video without a day meets all of them.
+    /// Best overlap first; of equal ones of a video without a day those nearest to the day of its header
+    /// first.
     SyncGroupList match(const std::vector<MediaAsset>& videos, const std::vector<MediaAsset>& audios) const;
 
     /// One group per video, in the order given, every video against every recording, whatever their days.

@@ -154,7 +154,7 @@ TEST_F(ShootTest, scanShowsTheWholeState) {
 }
 
 TEST_F(ShootTest, scanShowsATableToPeople) {
-    const std::string cacheFile = folder_.path("cache/probe-cache.json");
+    const std::string cacheFile = folder_.path("cache/probe-cache.bin");
     const Outcome outcome = runWith({"scan", folder_.path()}, false, cacheFile);
     ASSERT_EQ(outcome.status, done) << outcome.err;
     for (const char* piece :

@@ -33,6 +33,8 @@ struct ScanResult {
     std::vector<MediaAsset> audioAssets;
     double scanDuration = 0; ///< seconds
     std::vector<ScanError> errors;
+    /// Files that could not be read to the end, for a warning; not part of the JSON form.
+    std::vector<FileURL> unreadFiles;
 
     std::size_t totalFiles() const { return videoAssets.size() + audioAssets.size(); }
     bool hasErrors() const { return !errors.empty(); }

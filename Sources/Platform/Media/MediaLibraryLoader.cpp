@@ -1,6 +1,7 @@
 #include "Platform/Media/MediaLibraryLoader.h"
 
 #include "Platform/MediaInspector.h"
+#include "Platform/ReadErrorWatch.h"
 
 #include <dlfcn.h>
 
@@ -19,7 +20,9 @@ const MediaLibrary* loadMediaLibrary(std::span<const std::string> paths) {
         const auto entry =
             reinterpret_cast<MediaLibrary::EntryPoint>(::dlsym(module, MediaLibrary::entryPoint));
         const MediaLibrary* library = entry == nullptr ? nullptr : entry();
-        if (library != nullptr && library->version == MediaLibrary::currentVersion) return library;
+        if (library == nullptr || library->version != MediaLibrary::currentVersion) continue;
+        library->reportReadErrorsTo(ReadErrorWatch::report);
+        return library;
     }
     return nullptr;
 }

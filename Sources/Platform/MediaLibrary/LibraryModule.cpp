@@ -1,3 +1,4 @@
+#include "Platform/MediaLibrary/FileInput.h"
 #include "Platform/MediaLibrary/LibavFile.h"
 #include "Platform/MediaLibrary/LibraryReaders.h"
 #include "Platform/MediaLibrary/MediaLibrary.h"
@@ -54,7 +55,8 @@ extern "C" __attribute__((visibility("default"))) const orvane::platform::MediaL
     using namespace orvane::platform;
     static const MediaLibrary library = [] {
         silenceLibav();
-        return MediaLibrary{MediaLibrary::currentVersion, inspect, openAudio, versions, canDecode};
+        return MediaLibrary{MediaLibrary::currentVersion, inspect, openAudio, versions, canDecode,
+                            FileInput::reportErrorsTo};
     }();
     return &library;
 }

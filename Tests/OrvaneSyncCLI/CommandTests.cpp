@@ -360,7 +360,7 @@ TEST_F(ShootTest, reportShowsWhatAMergeWouldTake) {
 }
 
 TEST_F(ShootTest, aReportThatCanGiveTheClipsNothingSaysWhy) {
-    const std::string padded = folder_.write("padded.csv", "Day 1;;\nName;Scene;\nA;1;\n");
+    const std::string padded = folder_.write("padded.csv", "Day 1;;\nWho;What;\nA;1;\n");
     const std::string bare = folder_.write("bare.csv", "Name,Scene\n");
     const auto check = [&](const std::vector<std::string>& words, const char* says) {
         const Outcome outcome = runWith(words);

@@ -48,7 +48,7 @@ bool isOfChannel(std::string_view name) {
 
 std::string normalised(std::string_view name) {
     std::string result = platform::text::lowercased(name);
-    std::erase_if(result, [](char c) { return c == ' ' || c == '_'; });
+    std::erase_if(result, [](char c) { return c == ' ' || c == '_' || c == '\n'; });
     return result;
 }
 

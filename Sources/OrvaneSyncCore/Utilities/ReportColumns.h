@@ -5,11 +5,11 @@
 
 namespace orvane {
 
-/// What the names of a report's columns say. Case, blanks and "_" do not count: "File Name", "FILE_NAME" and
-/// "filename" are one. Pure; any thread.
+/// What the names of a report's columns say. Case, blanks, line ends and "_" do not count: "File Name",
+/// "FILE_NAME" and "filename" are one. Pure; any thread.
 namespace ReportColumns {
 
-/// In lower case, without blanks and "_".
+/// In lower case and without those.
 std::string normalised(std::string_view name);
 /// Whether camera and sound reports have columns of this name.
 bool isKnown(std::string_view name);

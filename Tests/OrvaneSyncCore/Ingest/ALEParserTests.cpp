@@ -61,8 +61,8 @@ TEST(ALEParser, readsTablesAndSections) {
           {{{"a", "5 lens,2"}}, {{"a", "x"}, {"b", "y"}}});
     check("a quote that another cell's would close closes nothing", "a,b\n\"1,2\n\"\",4\n\"5\",6\n",
           {"a", "b"}, {{{"a", "1,2"}}, {{"a", ""}, {"b", "4"}}, {{"a", "5"}, {"b", "6"}}});
-    check("line ends in a quoted header", "\"Clip\nName\",b\n1,2\n", {"Clip\nName", "b"},
-          {{{"Clip\nName", "1"}, {"b", "2"}}});
+    check("line ends in a quoted header", "Roll,\"1\"\r\n\"Clip\r\nName\",Reel\r\n1,2\r\n",
+          {"Clip\nName", "Reel"}, {{{"Clip\nName", "1"}, {"Reel", "2"}}});
     check("the header stands behind the preamble of a sound report",
           "SOUND REPORT\rProject:,\"Film\",Sound Mixer:,\"N. N.\",Roll:,\"\"\rDate,2026-11-20\r\r"
           "File Name,Tape,T1\r\"A_1.WAV\",\"SR1\",Boom\r",

@@ -52,21 +52,23 @@ void splitAtTabs(std::string_view line, Use use) {
 }
 
 /// Takes one record of a table apart. A quote switches the quoted state and is no part of the cell; a
-/// delimiter inside quotes is. `extend` gets the pieces of a cell, `end` is called behind each cell, the last
-/// one too.
+/// delimiter inside quotes is, and so is a line end, as a line feed. `extend` gets the pieces of a cell,
+/// `end` is called behind each cell, the last one too.
 template <class Extend, class End>
 void splitLine(std::string_view line, char delimiter, Extend extend, End end) {
     bool isQuoted = false;
     std::size_t start = 0;
     for (std::size_t at = 0; at < line.size(); ++at) {
         const char c = line[at];
-        const bool isQuote = c == '"';
-        if (!isQuote && (isQuoted || c != delimiter)) continue;
+        const bool isQuote = c == '"', isReturn = c == '\r';
+        if (!isQuote && !isReturn && (isQuoted || c != delimiter)) continue;
         extend(line.substr(start, at - start));
         start = at + 1;
-        if (isQuote)
+        if (isReturn && !line.substr(start).starts_with('\n'))
+            extend("\n");
+        else if (isQuote)
             isQuoted = !isQuoted;
-        else
+        else if (!isReturn)
             end();
     }
     extend(line.substr(start));
@@ -139,16 +141,6 @@ Header headerOf(std::string_view text, char detected) {
     for (const char delimiter : delimiters)
         if (auto header = knownHeader(text, delimiter, delimiterLines)) return *std::move(header);
     return firstWideRecord(text, detected);
-}
-
-/// Adds a piece of a cell, each line end in it as a line feed.
-void extendCell(ALEFile::Builder& report, std::string_view piece) {
-    for (std::size_t at = piece.find('\r'); at != std::string_view::npos; at = piece.find('\r')) {
-        report.extendCell(piece.substr(0, at));
-        piece.remove_prefix(at + 1);
-        if (!piece.starts_with('\n')) report.extendCell("\n");
-    }
-    report.extendCell(piece);
 }
 
 /// Counted from 1, as editors count.
@@ -300,7 +292,7 @@ ALEFile ALEParser::parseDelimited(std::string_view text) {
     while (const auto record = records.nextFilled()) {
         report.beginRow();
         splitLine(
-            *record, header.delimiter, [&](std::string_view piece) { extendCell(report, piece); },
+            *record, header.delimiter, [&](std::string_view piece) { report.extendCell(piece); },
             [&] { report.endCell(); });
     }
     if (records.openQuotes() > 0)

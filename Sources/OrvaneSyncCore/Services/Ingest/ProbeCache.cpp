@@ -115,7 +115,7 @@ std::optional<ProbeCache::Known>
 ProbeCache::Snapshot::known(const FileURL& url, const platform::FileAttributes& attributes) const {
     const auto record = find(url.path);
     if (!record || !record->isOf(attributes)) return std::nullopt;
-    std::optional<Known> known(std::in_place, record->id, record->kind);
+    std::optional known(Known{record->id, record->kind, std::nullopt});
     if (record->readerVersion == readerVersion_) known->asset = decodedAsset(*record);
     return known;
 }

@@ -138,7 +138,7 @@ int main(int argc, char** argv) {
     const std::string self = argv[0], program = argv[1], folder = argv[2];
     std::cout << "Making files in " << folder << " ...\n" << std::flush;
     const MediaCorpus corpus = mediaCorpus(folder + "/media");
-    registerCoreBenchmarks(corpus, folder + "/probe-cache.json");
+    registerCoreBenchmarks(corpus, folder + "/probe-cache.bin");
     registerReportBenchmarks(folder);
     registerSoundBenchmarks();
     registerSessionBenchmarks(folder);

@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
+#include "OrvaneSyncCore/Services/Ingest/ReportRecords.h"
 #include "OrvaneSyncCore/Services/Metadata/MetadataMerger.h"
 #include "Platform/Text.h"
 
@@ -78,19 +79,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto report = parsed(text);
 
     // How lines end makes no difference.
+    if (text.size() > ReportRecords::mostCellBytes / 2) return 0; // where it may end a cell
     std::string otherEnds;
-    for (const char c : text)
-        otherEnds += c == '\r' ? std::string("\n") : c == '\n' ? "\r\n" : std::string(1, c);
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool isPair = text.compare(i, 2, "\r\n") == 0;
+        otherEnds += text[i] == '\r' ? std::string("\n") : text[i] == '\n' ? "\r\n" : std::string(1, text[i]);
+        i += isPair ? 1 : 0;
+    }
     const auto again = parsed(otherEnds);
     demand(report.has_value() == again.has_value());
     if (!report) return 0;
-    demand(report->clipCount() == again->clipCount());
+    demand(report->clipCount() == again->clipCount() && report->openQuotes() == again->openQuotes());
     demand(isALE ? !report->columns().empty() : report->columns().size() >= 2);
     constexpr std::size_t fewCells = 1U << 16U; // the check is quadratic, the parser is not
     if (report->columns().size() * report->clipCount() > fewCells) return 0;
     for (std::size_t row = 0; row < report->clipCount(); ++row) {
         demand(report->clip(row).fields() == again->clip(row).fields());
-        checkRow(*report, report->clip(row), isALE ? "\t\r\n" : "\"\r\n");
+        checkRow(*report, report->clip(row), isALE ? "\t\r\n" : "\"\r");
     }
     checkMerge(*report, text);
     return 0;

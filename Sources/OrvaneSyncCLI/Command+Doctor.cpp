@@ -43,7 +43,7 @@ Check cacheCheck(const Context& context) {
     const std::string folder = AppStorageHelper::probeCacheDirectory();
     if (::access(folder.c_str(), W_OK | X_OK) != 0)
         return {"known files", "problem", "can't write to " + folder};
-    const std::string file = folder + "/probe-cache.json";
+    const std::string file = ProbeCache::sharedPath();
     if (platform::files::exists(file) && ::access(file.c_str(), R_OK) != 0)
         return {"known files", "problem", "can't read " + file};
     const auto cache = context.openProbeCache();

@@ -4,16 +4,23 @@
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 #include "Platform/Files.h"
 
+#include <utility>
+
 namespace orvane::cli {
 
 namespace {
 
 /// A file whose extension no scan would take is shown as what it seems to hold.
 MediaAsset probe(Context& context, MediaProbeService& service, const FileURL& url, bool isReadable) {
-    if (const auto kind = assetKindFrom(url)) return service.probe(url, *kind);
+    bool isSaid = !isReadable;
+    const auto unread = [&](const FileURL& file) {
+        if (!std::exchange(isSaid, true))
+            context.warn("can't read all of '" + file.path + "'; what is known of it may not be all");
+    };
+    if (const auto kind = assetKindFrom(url)) return service.probe(url, *kind, unread);
     if (isReadable) context.warn(url.lastPathComponent() + ": a scan passes over files of this extension");
-    MediaAsset asset = service.probe(url, AssetKind::video);
-    return asset.width ? asset : service.probe(url, AssetKind::audio);
+    MediaAsset asset = service.probe(url, AssetKind::video, unread);
+    return asset.width ? asset : service.probe(url, AssetKind::audio, unread);
 }
 
 void probeFiles(Context& context, const Arguments& arguments) {

@@ -65,8 +65,10 @@ std::vector<std::string> columnsToShow(const ALEFile& report, std::string_view m
 }
 
 std::string shortened(std::string_view cell) {
-    if (cell.size() <= mostCellBytes) return std::string(cell);
-    return std::string(platform::text::beginning(cell, mostCellBytes)) + "…";
+    std::string text(platform::text::beginning(cell, mostCellBytes));
+    if (text.size() < cell.size()) text += "…";
+    std::ranges::replace(text, '\n', ' ');
+    return text;
 }
 
 std::string headingText(const ALEFile& report, bool bold) {
@@ -119,7 +121,7 @@ void report(Context& context, const Arguments& arguments) {
     else
         context.out << reportText(report, context.settings->text("ale.matchColumn", "Tape"),
                                   context.mayColour);
-    if (const auto doubt = reportDoubt(report, *context.settings)) context.warn(*doubt);
+    for (const std::string& doubt : reportDoubts(report, *context.settings)) context.warn(doubt);
 }
 
 } // namespace

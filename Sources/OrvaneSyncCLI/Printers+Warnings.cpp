@@ -78,6 +78,12 @@ std::vector<std::string> scanWarnings(const ImportController& controller) {
     }
     addProxies(controller, warnings);
     addFilesThatAReportMixesUp(controller, warnings);
+    if (const auto& scan = controller.scanResult(); scan && !scan->unreadFiles.empty()) {
+        Names files;
+        for (const FileURL& file : scan->unreadFiles) files.push_back(file.path);
+        warnings.push_back("can't read all of " + firstAndMore(files) +
+                           "; what is known of such a file may not be all, and the next scan reads it again");
+    }
     std::map<std::pair<double, double>, Names> otherRates; // by the stated rate and the one that is taken
     std::map<double, Names> sensorRates;
     for (const SyncGroup& group : controller.syncGroups()) {

@@ -1,8 +1,10 @@
 #include "OrvaneSyncCLI/ReportDoubt.h"
 
 #include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 #include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
+#include "OrvaneSyncCore/Utilities/ReportColumns.h"
 #include "Platform/Files.h"
 #include "Platform/Text.h"
 
@@ -35,7 +37,7 @@ std::string whyNoReport(const std::string& path) {
     return isTooLarge ? "it is larger than 1 GB" : whyUnreadable(path, false);
 }
 
-std::optional<std::string> reportDoubt(const ALEFile& report, const platform::SettingsStore& settings) {
+std::vector<std::string> reportDoubts(const ALEFile& report, const platform::SettingsStore& settings) {
     const SettingsReader reader(settings);
     const std::string chosen = reader.text("ale.matchColumn");
     const bool byColumn =
@@ -43,13 +45,23 @@ std::optional<std::string> reportDoubt(const ALEFile& report, const platform::Se
     const std::string wanted = byColumn ? chosen : "Name";
     const PackedTexts& columns = report.columns();
     bool isThere = false;
-    for (const std::string_view column : columns) isThere = isThere || column == wanted;
+    for (const std::string_view column : columns)
+        isThere = isThere || column == wanted || (column != "Name" && ReportColumns::namesFiles(column));
+    std::vector<std::string> doubts;
     if (!isThere)
-        return "the report has no column '" + platform::text::printable(wanted) + "'; its columns are " +
-               namesOf(columns) + ". The setting " + (byColumn ? "ale.matchColumn" : "ale.matchField") +
-               " says which one names the clips";
-    if (report.clipCount() == 0) return "the report has no rows below the names of its columns";
-    return std::nullopt;
+        doubts.push_back("the report has no column '" + platform::text::printable(wanted) +
+                         "'; its columns are " + namesOf(columns) + ". The setting " +
+                         (byColumn ? "ale.matchColumn" : "ale.matchField") +
+                         " says which one names the clips");
+    else if (report.clipCount() == 0)
+        doubts.emplace_back("the report has no rows below the names of its columns");
+    if (report.openQuotes() > 0)
+        doubts.push_back(
+            "the report has " +
+            counted(static_cast<long long>(report.openQuotes()), "quotation mark", "quotation marks") +
+            " that nothing closes, the first in line " + std::to_string(report.firstOpenQuoteLine()) +
+            "; each is taken to end with its line");
+    return doubts;
 }
 
 } // namespace orvane::cli

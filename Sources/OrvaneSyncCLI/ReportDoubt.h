@@ -3,16 +3,17 @@
 #include "OrvaneSyncCore/Models/ALEFile.h"
 #include "Platform/SettingsStore.h"
 
-#include <optional>
 #include <string>
+#include <vector>
 
 namespace orvane::cli {
 
 /// Why a file can't be read as a report, whatever it holds; empty when it may be one.
 std::string whyNoReport(const std::string& path);
 
-/// Why a report that was read will give the clips nothing: it has no rows, or not the column that the
-/// settings `ale.matchField` and `ale.matchColumn` look for. Nothing for a report that may.
-std::optional<std::string> reportDoubt(const ALEFile& report, const platform::SettingsStore& settings);
+/// Why a report that was read may give the clips nothing or too little: it has no rows, or neither the column
+/// that the settings `ale.matchField` and `ale.matchColumn` look for nor one of sound files, or quotation
+/// marks that are not closed.
+std::vector<std::string> reportDoubts(const ALEFile& report, const platform::SettingsStore& settings);
 
 } // namespace orvane::cli

@@ -96,7 +96,7 @@ void ScanRun::loadReport(const std::string& path) {
     if (const auto& error = controller_->aleImportError())
         warn(*error);
     else if (const auto& report = controller_->aleFile())
-        if (auto doubt = reportDoubt(*report, *context_.settings)) warn(*std::move(doubt));
+        for (std::string& doubt : reportDoubts(*report, *context_.settings)) warn(std::move(doubt));
 }
 
 void ScanRun::warn(std::string message) {

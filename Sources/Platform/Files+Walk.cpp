@@ -1,10 +1,13 @@
 #include "Platform/Files.h"
 
+#include "Platform/ReadErrorWatch.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 #include <set>
 #include <utility>
@@ -85,10 +88,18 @@ bool walk(const std::string& folder, const std::function<void(const std::string&
 
 std::optional<std::vector<std::string>> childNames(const std::string& folder) {
     const Directory directory(::opendir(folder.c_str()));
-    if (!directory) return std::nullopt;
+    if (!directory) {
+        ReadErrorWatch::reportUnlessAbsent(errno);
+        return std::nullopt;
+    }
     std::vector<std::string> names;
-    while (const dirent* entry = ::readdir(directory.get()))
+    for (;;) {
+        errno = 0; // only this tells an error from the end
+        const dirent* entry = ::readdir(directory.get());
+        if (entry == nullptr) break;
         if (!isItselfOrParent(entry->d_name)) names.emplace_back(entry->d_name);
+    }
+    if (errno != 0) ReadErrorWatch::report();
     return names;
 }
 

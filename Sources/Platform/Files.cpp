@@ -1,5 +1,6 @@
 #include "Platform/Files.h"
 #include "Platform/Random.h"
+#include "Platform/ReadErrorWatch.h"
 #include "Platform/Text.h"
 
 #include <fcntl.h>
@@ -177,7 +178,11 @@ bool exists(const std::string& path) { return attributes(path).has_value(); }
 
 std::string readText(const std::string& path, std::uint64_t limitBytes) {
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (!file.isOpen()) fail("can't read", path, errno);
+    if (!file.isOpen()) {
+        const int reason = errno;
+        ReadErrorWatch::reportUnlessAbsent(reason);
+        fail("can't read", path, reason);
+    }
     struct stat status {};
     if (::fstat(file.get(), &status) != 0) fail("can't read", path, errno);
     if (S_ISDIR(status.st_mode)) fail("can't read", path, EISDIR);
@@ -195,7 +200,11 @@ std::string readText(const std::string& path, std::uint64_t limitBytes) {
     for (;;) {
         const ssize_t count = ::read(file.get(), contents.data() + used, contents.size() - used);
         if (count < 0 && errno == EINTR) continue;
-        if (count < 0) fail("can't read", path, errno);
+        if (count < 0) {
+            const int reason = errno;
+            ReadErrorWatch::report();
+            fail("can't read", path, reason);
+        }
         if (count == 0) break;
         used += static_cast<std::size_t>(count);
         if (used > limitBytes) fail("can't read", path, EFBIG);

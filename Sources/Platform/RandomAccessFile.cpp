@@ -1,5 +1,7 @@
 #include "Platform/RandomAccessFile.h"
 
+#include "Platform/ReadErrorWatch.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -12,13 +14,15 @@ namespace orvane::platform {
 
 namespace {
 
-/// Up to the wanted bytes; fewer at the end of the file or on an error, which a header walk treats alike.
+/// Up to the wanted bytes; fewer at the end of the file or on an error, which a header walk treats alike: who
+/// must know keeps a ReadErrorWatch.
 std::size_t readAt(int descriptor, std::uint64_t position, std::span<std::byte> into) {
     std::size_t done = 0;
     while (done < into.size()) {
         const ssize_t count =
             ::pread(descriptor, into.data() + done, into.size() - done, static_cast<off_t>(position + done));
         if (count < 0 && errno == EINTR) continue;
+        if (count < 0) ReadErrorWatch::report();
         if (count <= 0) break;
         done += static_cast<std::size_t>(count);
     }
@@ -56,7 +60,10 @@ RandomAccessFile::~RandomAccessFile() = default;
 std::optional<RandomAccessFile> RandomAccessFile::open(const std::string& path) {
     // O_NONBLOCK: a named pipe called take.wav must not hold up a scan.
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) return std::nullopt;
+    if (descriptor < 0) {
+        ReadErrorWatch::reportUnlessAbsent(errno);
+        return std::nullopt;
+    }
     std::unique_ptr<State> state(new State); // not make_unique, which would clear the window
     state->descriptor = descriptor;
     struct stat attributes {};

@@ -116,7 +116,7 @@ TEST_F(ImportControllerTest, survivesFilesThatCannotBeRead) {
 
 TEST_F(ImportControllerTest, aRescanReplacesTheClipsAndKeepsKnownAssets) {
     test::makeSmallShoot(folder_.path());
-    controller_ = make(std::make_shared<ProbeCache>(folder_.path("cache/probe-cache.json")));
+    controller_ = make(std::make_shared<ProbeCache>(folder_.path("cache/probe-cache.bin")));
     scan(folder("camera"), folder("sound"));
     const UUID group = clip("A001C001")->id, asset = clip("A001C001")->video.id;
     const UUID wild = controller_->wildTracks().front().id;

@@ -155,7 +155,7 @@ TEST_F(ShootTest, scanShowsTheWholeState) {
 }
 
 TEST_F(ShootTest, scanShowsATableToPeople) {
-    const std::string cacheFile = folder_.path("cache/probe-cache.json");
+    const std::string cacheFile = folder_.path("cache/probe-cache.bin");
     const Outcome outcome = runWith({"scan", folder_.path()}, false, cacheFile);
     ASSERT_EQ(outcome.status, done) << outcome.err;
     for (const char* piece :
@@ -419,7 +419,7 @@ TEST_F(ShootTest, reportShowsWhatAMergeWouldTake) {
 }
 
 TEST_F(ShootTest, aReportThatCanGiveTheClipsNothingSaysWhy) {
-    const std::string padded = folder_.write("padded.csv", "Day 1;;\nName;Scene;\nA;1;\n");
+    const std::string padded = folder_.write("padded.csv", "Day 1;;\nWho;What;\nA;1;\n");
     const std::string bare = folder_.write("bare.csv", "Name,Scene\n");
     const auto check = [&](const std::vector<std::string>& words, const char* says) {
         const Outcome outcome = runWith(words);

@@ -113,9 +113,16 @@ platform::Task ImportController::scan(std::weak_ptr<ImportController> weak, std:
         auto probing = platform::onQueue(
             *self->serviceQueue_, *self->mainThread_,
             [service = self->probeService_, urls = isVideo ? found.videoURLs : found.audioURLs, kind,
-             report = std::move(report)] { return service->probeAll(urls, kind, report); });
+             report = std::move(report)] {
+                std::vector<FileURL> unread;
+                auto assets =
+                    service->probeAll(urls, kind, report, [&](const FileURL& url) { unread.push_back(url); });
+                return std::pair(std::move(assets), std::move(unread));
+            });
         self.reset();
-        (isVideo ? result.videoAssets : result.audioAssets) = co_await probing;
+        auto [assets, unread] = co_await probing;
+        (isVideo ? result.videoAssets : result.audioAssets) = std::move(assets);
+        result.unreadFiles.insert(result.unreadFiles.end(), unread.begin(), unread.end());
         self = stillScanning(weak, scanNumber);
         if (!self) co_return;
     }
@@ -126,8 +133,9 @@ platform::Task ImportController::scan(std::weak_ptr<ImportController> weak, std:
     self->set(self->scanState_, ScanState::matching, ImportField::scanState);
     self->set(self->progress_, ScanProgress{"Matching by timecode", 0, 0}, ImportField::progress);
     if (self->scanNumber_ != scanNumber) co_return; // somebody who was told has reset the work
-    const auto& assets = *self->scanResult_;
-    self->adoptMatches(self->syncEngine_.match(assets.videoAssets, assets.audioAssets), assets.audioAssets);
+    const auto& scanned = *self->scanResult_;
+    self->adoptMatches(self->syncEngine_.match(scanned.videoAssets, scanned.audioAssets),
+                       scanned.audioAssets);
     self->mergeLoadedReport();
     self->applyProjectEdits();
     if (self->scanNumber_ != scanNumber) co_return;

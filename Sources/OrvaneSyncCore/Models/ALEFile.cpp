@@ -63,6 +63,11 @@ void ALEFile::Builder::setColumns(PackedTexts columns) {
     std::ranges::sort(order, {}, [&](std::uint32_t index) { return std::pair(names[index], index); });
 }
 
+void ALEFile::Builder::setOpenQuotes(std::size_t count, std::size_t firstLine) {
+    file_.openQuotes_ = count;
+    file_.firstOpenQuoteLine_ = firstLine;
+}
+
 void ALEFile::Builder::reserve(std::size_t rows, std::size_t cells, std::size_t bytes) {
     file_.rowStarts_.reserve(rows);
     file_.cells_.reserve(cells, bytes);

@@ -46,6 +46,10 @@ class ALEFile {
     /// The names of the columns in the order of the file. A name may come twice.
     const PackedTexts& columns() const { return columns_; }
     std::size_t clipCount() const { return rowStarts_.size(); }
+    /// Quotation marks that nothing closes, each of which ended with its line, and the line of the first
+    /// (from 1; 0 without any).
+    std::size_t openQuotes() const { return openQuotes_; }
+    std::size_t firstOpenQuoteLine() const { return firstOpenQuoteLine_; }
     /// By column: whether a row has anything but blanks there.
     std::vector<bool> columnsWithText() const;
     /// The rows in the order of the file.
@@ -66,6 +70,8 @@ class ALEFile {
     std::vector<std::uint32_t> columnsByName_;
     PackedTexts cells_;                    ///< row by row
     std::vector<std::uint32_t> rowStarts_; ///< index of the first cell of each row
+    std::size_t openQuotes_ = 0;
+    std::size_t firstOpenQuoteLine_ = 0;
 };
 
 /// Puts a report together, cell by cell.
@@ -74,6 +80,7 @@ class ALEFile::Builder {
     void setHeading(std::string key, std::string value);
     /// Once, in front of the rows that belong to these columns.
     void setColumns(PackedTexts columns);
+    void setOpenQuotes(std::size_t count, std::size_t firstLine);
     bool hasColumns() const { return !file_.columns_.empty(); }
     /// Makes room for what will come.
     void reserve(std::size_t rows, std::size_t cells, std::size_t bytes);

@@ -40,6 +40,8 @@ struct ScanResult {
     double scanDuration = 0; ///< seconds
     std::vector<ScanError> errors;
     std::vector<ProxyFile> proxies; ///< found and left out; not among the assets
+    /// Files that could not be read to the end, for a warning; not part of the JSON form.
+    std::vector<FileURL> unreadFiles;
 
     std::size_t totalFiles() const { return videoAssets.size() + audioAssets.size(); }
     bool hasErrors() const { return !errors.empty(); }

@@ -2,6 +2,7 @@
 
 #include "Platform/MediaInspector.h"
 #include "Platform/Modules.h"
+#include "Platform/ReadErrorWatch.h"
 
 #include <atomic>
 
@@ -14,7 +15,11 @@ std::atomic<bool> wasMissed = false;
 bool mediaLibraryWasMissed() { return wasMissed; }
 
 const MediaLibrary* mediaLibrary() {
-    const MediaLibrary* const library = modules::own<MediaLibrary>();
+    static const MediaLibrary* const library = [] {
+        const MediaLibrary* own = modules::own<MediaLibrary>();
+        if (own != nullptr) own->reportReadErrorsTo(ReadErrorWatch::report);
+        return own;
+    }();
     if (library == nullptr) wasMissed = true;
     return library;
 }

@@ -1,5 +1,6 @@
 #include "Platform/MediaLibrary/LibavFile.h"
 
+#include <cerrno>
 #include <string_view>
 
 namespace orvane::platform {
@@ -8,6 +9,8 @@ namespace {
 
 /// For a disk that hangs and a file that leads the demuxer in circles.
 constexpr std::chrono::seconds longestRead{10};
+
+constexpr int inputBufferBytes = 32768;
 
 constexpr const char* containers =
     "mov,mp4,mxf,aiff,wav,w64,caf,matroska,webm,avi,mpegts,mpeg,dv,gxf,asf,flac,ogg";
@@ -32,20 +35,24 @@ void silenceLibav() {
 
 std::optional<LibavFile> LibavFile::open(const std::string& path, bool& hindered) {
     LibavFile file;
-    file.watch_ = std::make_unique<Watch>();
+    file.source_ = std::make_unique<Source>();
+    file.source_->file = FileInput::open(path);
+    if (!file.source_->file) return std::nullopt;
     file.extendDeadline();
 
-    AVFormatContext* context = avformat_alloc_context();
+    auto* buffer = static_cast<unsigned char*>(av_malloc(inputBufferBytes));
+    file.input_.reset(
+        avio_alloc_context(buffer, inputBufferBytes, 0, file.source_.get(), readPacket, nullptr, seek));
+    if (!file.input_) av_free(buffer);
+    AVFormatContext* context = file.input_ ? avformat_alloc_context() : nullptr;
     if (context == nullptr) {
         hindered = true;
         return std::nullopt;
     }
-    context->interrupt_callback.opaque = file.watch_.get();
-    context->interrupt_callback.callback = [](void* opaque) {
-        auto& watch = *static_cast<Watch*>(opaque);
-        const bool isLate = Clock::now() > watch.deadline;
-        watch.hasFired = watch.hasFired || isLate;
-        return isLate ? 1 : 0;
+    context->pb = file.input_.get();
+    context->interrupt_callback.opaque = &file.source_->watch;
+    context->interrupt_callback.callback = [](void* watch) {
+        return static_cast<Watch*>(watch)->isLate() ? 1 : 0;
     };
     Options options;
     for (const auto& [key, value] : {std::pair{"protocol_whitelist", "file"},
@@ -66,12 +73,37 @@ std::optional<LibavFile> LibavFile::open(const std::string& path, bool& hindered
     return file;
 }
 
+bool LibavFile::Watch::isLate() {
+    const bool isLate = Clock::now() > deadline;
+    hasFired = hasFired || isLate;
+    return isLate;
+}
+
+void LibavFile::CloseInput::operator()(AVIOContext* input) const {
+    av_freep(&input->buffer); // the library may have put another one in its place
+    avio_context_free(&input);
+}
+
+int LibavFile::readPacket(void* opaque, std::uint8_t* into, int size) noexcept {
+    auto& source = *static_cast<Source*>(opaque);
+    if (source.watch.isLate()) return AVERROR_EXIT;
+    const auto count = source.file->read(into, static_cast<std::size_t>(size));
+    if (count < 0) return AVERROR(EIO);
+    return count == 0 ? AVERROR_EOF : static_cast<int>(count);
+}
+
+std::int64_t LibavFile::seek(void* opaque, std::int64_t offset, int whence) noexcept {
+    FileInput& file = *static_cast<Source*>(opaque)->file;
+    const std::int64_t position = whence == AVSEEK_SIZE ? file.size() : file.seek(offset, whence);
+    return position < 0 ? AVERROR(EINVAL) : position;
+}
+
 void LibavFile::findStreamInfo() {
     extendDeadline();
     avformat_find_stream_info(context_.get(), nullptr);
 }
 
-void LibavFile::extendDeadline() { watch_->deadline = Clock::now() + longestRead; }
+void LibavFile::extendDeadline() { source_->watch.deadline = Clock::now() + longestRead; }
 
 bool LibavFile::isMovie() const { return std::string_view(context_->iformat->name).starts_with("mov,"); }
 

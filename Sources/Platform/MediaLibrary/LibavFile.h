@@ -1,6 +1,9 @@
 #pragma once
 
+#include "Platform/MediaLibrary/FileInput.h"
+
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,7 +31,7 @@ class LibavFile {
     /// Gives the next reads their full time again.
     void extendDeadline();
     /// A read was given up because it took too long.
-    bool ranOutOfTime() const { return watch_->hasFired; }
+    bool ranOutOfTime() const { return source_->watch.hasFired; }
     /// The demuxer for QuickTime and MP4 has opened it.
     bool isMovie() const;
 
@@ -40,11 +43,23 @@ class LibavFile {
     struct Watch {
         Clock::time_point deadline;
         bool hasFired = false;
+        bool isLate();
+    };
+    /// What libavformat reads through.
+    struct Source {
+        std::unique_ptr<FileInput> file;
+        Watch watch;
+    };
+    struct CloseInput {
+        void operator()(AVIOContext* input) const;
     };
     LibavFile() = default;
+    static int readPacket(void* source, std::uint8_t* into, int size) noexcept;
+    static std::int64_t seek(void* source, std::int64_t offset, int whence) noexcept;
 
-    // The context keeps a pointer to the watch and goes first.
-    std::unique_ptr<Watch> watch_;
+    // Each keeps a pointer to the one above and goes first.
+    std::unique_ptr<Source> source_;
+    std::unique_ptr<AVIOContext, CloseInput> input_;
     std::unique_ptr<AVFormatContext, Close> context_;
 };
 

@@ -1,3 +1,4 @@
+#include "Platform/MediaLibrary/FileInput.h"
 #include "Platform/MediaLibrary/LibavFile.h"
 #include "Platform/MediaLibrary/LibraryReaders.h"
 #include "Platform/MediaLibrary/MediaLibrary.h"
@@ -67,7 +68,8 @@ extern "C" __attribute__((visibility("default"))) const orvane::platform::MediaL
     static const MediaLibrary library = [] {
         silenceLibav();
         return MediaLibrary{
-            MediaLibrary::currentVersion, inspect, openAudio, openAudioTracks, versions, canDecode};
+            MediaLibrary::currentVersion, inspect, openAudio, openAudioTracks, versions, canDecode,
+            FileInput::reportErrorsTo};
     }();
     return &library;
 }

@@ -13,7 +13,7 @@ namespace orvane::platform {
 /// What the loadable module of media libraries offers. The program and the module are built together; the
 /// version catches a module that was left over from another build.
 struct MediaLibrary {
-    static constexpr unsigned currentVersion = 4;
+    static constexpr unsigned currentVersion = 5;
     static constexpr const char* entryPoint = "orvaneMediaLibrary";
     static constexpr const char* fileName = "liborvane_media_library.so";
     using EntryPoint = const MediaLibrary* (*)();
@@ -30,6 +30,9 @@ struct MediaLibrary {
     std::string (*versions)() noexcept = nullptr;
     /// Whether the libraries can decode what libavcodec calls by this name, such as "prores".
     bool (*canDecode)(const std::string& codec) noexcept = nullptr;
+    /// Called once, before any file is opened: who is told, on the reading thread, when the system fails to
+    /// read.
+    void (*reportReadErrorsTo)(void (*report)() noexcept) noexcept = nullptr;
 };
 
 } // namespace orvane::platform

@@ -1,4 +1,5 @@
 #include "Platform/ByteCursor.h"
+#include "Platform/MediaLibrary/FileInput.h"
 #include "Platform/MediaLibrary/LibraryReaders.h"
 
 #include <sndfile.h>
@@ -20,8 +21,9 @@ class SndfileAudio : public AudioFile {
     struct Close {
         void operator()(SNDFILE* file) const { sf_close(file); }
     };
-    SndfileAudio(std::unique_ptr<SNDFILE, Close> file, const SF_INFO& info)
-        : file_(std::move(file)), info_(info), promised_(promisedBy(*file_, info)) {}
+    SndfileAudio(std::unique_ptr<FileInput> input, std::unique_ptr<SNDFILE, Close> file, const SF_INFO& info)
+        : input_(std::move(input)), file_(std::move(file)), info_(info), promised_(promisedBy(*file_, info)) {
+    }
 
     double sampleRate() const override { return info_.samplerate; }
     int channelCount() const override { return info_.channels; }
@@ -71,19 +73,41 @@ class SndfileAudio : public AudioFile {
         return ByteCursor(body).u32be(framesAt).value_or(0);
     }
 
+    std::unique_ptr<FileInput> input_; ///< what `file_` reads from
     std::unique_ptr<SNDFILE, Close> file_;
     SF_INFO info_;
     std::int64_t promised_; ///< frames
     std::vector<float> block_;
 };
 
+FileInput& input(void* user) { return *static_cast<FileInput*>(user); }
+
+/// The library's own access to files would not tell a bad disk from the end of the file.
+SF_VIRTUAL_IO readOnlyAccess() {
+    SF_VIRTUAL_IO access{};
+    access.get_filelen = [](void* user) -> sf_count_t { return input(user).size(); };
+    access.seek = [](sf_count_t offset, int whence, void* user) -> sf_count_t {
+        return input(user).seek(offset, whence);
+    };
+    access.read = [](void* into, sf_count_t count, void* user) -> sf_count_t {
+        return std::max<sf_count_t>(input(user).read(into, static_cast<std::size_t>(count)), 0);
+    };
+    access.write = [](const void*, sf_count_t, void*) -> sf_count_t { return 0; };
+    access.tell = [](void* user) -> sf_count_t { return input(user).position(); };
+    return access;
+}
+
 } // namespace
 
 std::unique_ptr<AudioFile> openWithSndfile(const std::string& path) {
+    auto input = FileInput::open(path);
+    if (!input) return nullptr;
     SF_INFO info{};
-    std::unique_ptr<SNDFILE, SndfileAudio::Close> file(sf_open(path.c_str(), SFM_READ, &info));
+    SF_VIRTUAL_IO access = readOnlyAccess();
+    std::unique_ptr<SNDFILE, SndfileAudio::Close> file(
+        sf_open_virtual(&access, SFM_READ, &info, input.get()));
     if (!file || info.channels <= 0 || info.samplerate <= 0) return nullptr;
-    return std::make_unique<SndfileAudio>(std::move(file), info);
+    return std::make_unique<SndfileAudio>(std::move(input), std::move(file), info);
 }
 
 } // namespace orvane::platform

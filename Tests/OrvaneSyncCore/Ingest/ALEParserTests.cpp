@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 
+#include "OrvaneSyncCore/Services/Ingest/ReportRecords.h"
+
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -50,6 +52,30 @@ TEST(ALEParser, readsTablesAndSections) {
           {{{"a", "x;y"}, {"b", "z"}}, {{"a", "say hi, you"}, {"b", "2"}}});
     check("a quote that is never closed holds up its own line only", "a,b\n\"1,2\n3,4\n", {"a", "b"},
           {{{"a", "1,2"}}, {{"a", "3"}, {"b", "4"}}});
+    check("a quoted cell holds line ends, each as a line feed", "a,b\r\n\"1\r\n2\r\n\",x\r\n3,\"4\n\r,5\"",
+          {"a", "b"}, {{{"a", "1\n2\n"}, {"b", "x"}}, {{"a", "3"}, {"b", "4\n\n,5"}}});
+    check("and quotes in it, and another such cell behind it",
+          "a,b\n\"say \"\"hi\"\"\n\"\"\",\"x\ny\"\n3,4\n", {"a", "b"},
+          {{{"a", "say hi\n"}, {"b", "x\ny"}}, {{"a", "3"}, {"b", "4"}}});
+    check("an inch inside a cell holds up its own line only", "a,b\n5\" lens,2\n\"x\",\"y\"\n", {"a", "b"},
+          {{{"a", "5 lens,2"}}, {{"a", "x"}, {"b", "y"}}});
+    check("a quote that another cell's would close closes nothing", "a,b\n\"1,2\n\"\",4\n\"5\",6\n",
+          {"a", "b"}, {{{"a", "1,2"}}, {{"a", ""}, {"b", "4"}}, {{"a", "5"}, {"b", "6"}}});
+    check("line ends in a quoted header", "Roll,\"1\"\r\n\"Clip\r\nName\",Reel\r\n1,2\r\n",
+          {"Clip\nName", "Reel"}, {{{"Clip\nName", "1"}, {"Reel", "2"}}});
+    check("the header stands behind the preamble of a sound report",
+          "SOUND REPORT\rProject:,\"Film\",Sound Mixer:,\"N. N.\",Roll:,\"\"\rDate,2026-11-20\r\r"
+          "File Name,Tape,T1\r\"A_1.WAV\",\"SR1\",Boom\r",
+          {"File Name", "Tape", "T1"}, {{{"File Name", "A_1.WAV"}, {"Tape", "SR1"}, {"T1", "Boom"}}});
+    check("also a preamble that alone would choose the delimiter",
+          [] {
+              std::string text;
+              for (char c = 'a'; c <= 'k'; ++c) text += std::string(1, c) + ",Berlin, Mitte\n";
+              return text + "Scene;FILE_NAME\n1;a.wav\n";
+          }(),
+          {"Scene", "FILE_NAME"}, {{{"Scene", "1"}, {"FILE_NAME", "a.wav"}}});
+    check("one known name is a value", "Date,Roll\nName,x\nTake,y\n", {"Date", "Roll"},
+          {{{"Date", "Name"}, {"Roll", "x"}}, {{"Date", "Take"}, {"Roll", "y"}}});
     check("rows may be too short or too long, and empty cells are cells", "a,b,c\n1\n1,2,3,4\n,,\n",
           {"a", "b", "c"},
           {{{"a", "1"}}, {{"a", "1"}, {"b", "2"}, {"c", "3"}}, {{"a", ""}, {"b", ""}, {"c", ""}}});
@@ -155,7 +181,7 @@ TEST(ALEParser, findsOutEncodingAndDelimiter) {
     check("UTF-16 little-endian", wide("", false), "Türe");
     check("UTF-16 big-endian", wide("", true), "Türe");
     check("Mac OS Roman", narrow("\x9F"), "Türe");
-    check("Windows, which reads as Mac OS Roman", narrow("\xFC"), "T\u00B8re");
+    check("Windows-1252", narrow("\xFC"), "Türe");
 }
 
 TEST(ALEParser, takesItsTimeAndMemoryFromWhatIsThere) {
@@ -185,6 +211,19 @@ TEST(ALEParser, takesItsTimeAndMemoryFromWhatIsThere) {
     EXPECT_EQ(ALEParser().parse(std::string(oneLine, ',')).columns().size(), oneLine + 1);
     EXPECT_THROW(ALEParser().parse(std::string(oneLine, '"')), ALEParserError);
     EXPECT_EQ(ALEParser().parse("a,b\n" + std::string(oneLine, '\r')).clipCount(), 0U);
+    const auto cellOf = [](std::size_t length) {
+        return ALEParser().parse("a,b\n\"" + std::string(length, '\n') + "\",x\n");
+    };
+    constexpr std::size_t most = ReportRecords::mostCellBytes;
+    EXPECT_EQ(cellOf(most - 2).clip(0).cell("a")->size(), most - 2);
+    EXPECT_EQ(cellOf(most - 2).openQuotes(), 0U);
+    EXPECT_EQ(cellOf(most).openQuotes(), 2U) << "no cell is that long, and the other quote opens one";
+    EXPECT_EQ(cellOf(most).firstOpenQuoteLine(), 2U);
+    // What would take hours if each line looked through those that follow.
+    std::string markers, quotes;
+    for (std::size_t i = 0; i < oneLine; ++i) markers += "Data\n", quotes += "\"\"\",\"\n";
+    EXPECT_EQ(ALEParser().parse("Column\na\n" + markers).clipCount(), 0U);
+    EXPECT_GT(ALEParser().parse("a,b\n" + quotes).clipCount(), 0U);
     EXPECT_EQ(ALEParser().parse("a,b\n\"" + std::string(oneLine, ',')).clip(0).cell("a")->size(), oneLine);
 }
 

@@ -67,6 +67,36 @@ TEST(MetadataMerger, pairsARowWithItsClip) {
     check("an empty prefix is no reel", column("Tape"), {{"Tape"}, {""}, {"_"}}, "_X.mov", {});
 }
 
+TEST(MetadataMerger, aRowMayNameTheSound) {
+    const auto check = [](const char* rule, const ALEMatchStrategy& strategy, const Rows& rows,
+                          const std::vector<std::string>& recordings,
+                          const std::optional<std::string>& note) {
+        SCOPED_TRACE(rule);
+        SyncGroup group = clipOf("A001.mov");
+        for (const std::string& name : recordings)
+            group.audioMatches.emplace_back(test::audio(name), 0.0, 10.0);
+        SyncGroupList groups{clipOf("T1.mov"), group};
+        MetadataMerger().merge(report(rows), groups, strategy);
+        EXPECT_FALSE(groups[0].aleMetadata) << "its own name is no recording's";
+        const auto& found = groups[1].aleMetadata;
+        EXPECT_EQ(found ? std::optional(found->at("Note")) : std::nullopt, note);
+    };
+    const auto name = ALEMatchStrategy::name(), tape = ALEMatchStrategy::column("Tape");
+    check("any file of the take, whatever the case", name, {{"File Name", "Note"}, {"t2.WAV", "x"}},
+          {"T1.wav", "T2.wav"}, "x");
+    check("the main one first", name, {{"Filename", "Note"}, {"T2.wav", "y"}, {"T1.wav", "x"}},
+          {"T1.wav", "T2.wav"}, "x");
+    check("by every strategy", tape, {{"clip", "Note"}, {"T1.bwf", "x"}}, {"T1.wav"}, "x");
+    check("the camera's row first", name,
+          {{"Name", "Clip", "Note"}, {"A001", "", "camera"}, {"x", "T1.wav", "sound"}}, {"T1.wav"}, "camera");
+    check("without an extension, in a folder", name, {{"FILE_NAME", "Note"}, {"D:\\SR1\\T1.2", "x"}},
+          {"T1.2.wav"}, "x");
+    check("one name for the files of all channels", name, {{"File Name", "Note"}, {"T1_X.WAV", "x"}},
+          {"T1_3.wav"}, "x");
+    check("a camera's file is no recording", name, {{"File Name", "Note"}, {"T1.mov", "x"}}, {"T1.wav"}, {});
+    check("a take is no file", name, {{"Take", "Note"}, {"T1.wav", "x"}}, {"T1.wav"}, {});
+}
+
 TEST(MetadataMerger, appliesNameAndSensorRate) {
     // `rows`: a column and its cell each
     const auto check = [&](Rows rows, const std::string& clipName, std::optional<double> rate) {

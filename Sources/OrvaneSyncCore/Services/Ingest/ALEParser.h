@@ -24,16 +24,16 @@ class ALEParserError : public std::runtime_error {
 };
 
 /// Reads camera and sound reports: Avid Log Exchange files and tables delimited by commas, semicolons or
-/// tabs, in whatever encoding they come. A line ends at a line feed, a carriage return, or both. Holds no
-/// state; any thread.
+/// tabs, in whatever encoding they come. A line ends at a line feed, a carriage return, or both; in the
+/// quoted cells of a table each becomes a line feed. Holds no state; any thread.
 class ALEParser {
   public:
     /// A larger file is unreadable. The text as UTF-8 stays below 4 GB.
     static constexpr std::int64_t mostBytes = std::int64_t{1} << 30U;
 
-    /// The encoding is found out: a byte order mark counts, then zero bytes tell UTF-16, then UTF-8, Mac OS
-    /// Roman and ISO Latin 1 are tried in this order. Throws ALEParserError, also for a file that cannot be
-    /// read. Takes some three times the size of the file.
+    /// The encoding is found out: a byte order mark counts, then zero bytes tell UTF-16, then comes UTF-8;
+    /// any other text is Windows-1252 or Mac OS Roman, by which reads as words. Throws ALEParserError, also
+    /// for a file that cannot be read. Takes some three times the size of the file.
     ALEFile parse(const FileURL& url) const;
     /// The same for a text in UTF-8. Throws ALEParserError.
     ALEFile parse(std::string_view content) const;

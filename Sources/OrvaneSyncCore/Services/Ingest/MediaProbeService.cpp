@@ -7,6 +7,7 @@
 #include "Platform/Files.h"
 #include "Platform/MainThread.h"
 #include "Platform/MediaInspector.h"
+#include "Platform/ReadErrorWatch.h"
 #include "Platform/Text.h"
 #include "Timecode/ExactRate.h"
 
@@ -161,13 +162,14 @@ MediaProbeService::MediaProbeService(const platform::SettingsStore& settings,
                                      std::shared_ptr<ProbeCache> cache)
     : settings_(settings), cache_(std::move(cache)) {}
 
-MediaAsset MediaProbeService::probe(const FileURL& url, AssetKind kind) {
-    return std::move(probeAll({url}, kind, nullptr).front());
+MediaAsset MediaProbeService::probe(const FileURL& url, AssetKind kind, const Unread& unread) {
+    return std::move(probeAll({url}, kind, nullptr, unread).front());
 }
 
 std::vector<MediaAsset>
 MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
-                            const std::function<void(int completed, int total)>& progress) {
+                            const std::function<void(int completed, int total)>& progress,
+                            const Unread& unread) {
     const std::lock_guard operation(oneAtATime_);
     std::vector<MediaAsset> assets(urls.size(), MediaAsset(UUID(), FileURL(), kind));
     std::vector<Known> known(urls.size());
@@ -188,41 +190,46 @@ MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
         else
             missing.push_back(i);
     }
+    std::vector<char> isRead(missing.size()); // not of bool, whose elements share bytes
     platform::concurrently(missing.size(), maxConcurrentProbes, [&](std::size_t which) {
         const std::size_t i = missing[which];
         bool isProbed = false;
         try {
+            const platform::ReadErrorWatch watch;
             Probed probed = probeFile(urls[i], kind, sideFiles);
+            const bool isWhole = probed.isOpened && !watch.hasSeenError();
+            isRead[which] = isWhole ? 1 : 0;
             if (known[i].earlierID) probed.asset.id = *known[i].earlierID;
             assets[i] = std::move(probed.asset);
             isProbed = true;
-            if (cache_ && known[i].attributes && probed.isFact)
+            // What an error hid would stay hidden as long as the file is the same.
+            if (cache_ && known[i].attributes && isWhole && probed.isFact)
                 cache_->store(assets[i], *known[i].attributes);
         } catch (const std::exception&) { // one file took all the memory; the others go on
             if (!isProbed) assets[i] = MediaAsset(urls[i], kind);
         }
         report();
     });
+    for (std::size_t which = 0; which < missing.size(); ++which)
+        if (unread && isRead[which] == 0) unread(urls[missing[which]]);
     return assets;
 }
 
 /// The attributes are read before any file is, so that an entry for one that changes during its probe is
-/// stale from the start; and while the cache may still be loading.
+/// stale from the start.
 void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, SideFiles& sideFiles,
                                       std::vector<Known>& known, std::vector<MediaAsset>& assets) const {
-    inBlocks(urls.size(), maxConcurrentProbes,
-             [&](std::size_t i) { known[i].attributes = platform::files::attributes(urls[i].path); });
-    const auto candidates = cache_->candidates(urls);
+    const ProbeCache::Snapshot snapshot = cache_->snapshot();
     inBlocks(urls.size(), std::thread::hardware_concurrency(), [&](std::size_t i) {
-        auto asset = cache_->resolve(candidates[i], known[i].attributes);
-        if (!asset) return;
-        known[i].isHit = mayStandFor(*asset, assets[i].kind, sideFiles);
-        if (known[i].isHit) {
-            assets[i] = std::move(*asset);
-            // The size is what the entry is found by; one that was stored without it is as good.
-            assets[i].fileSizeBytes = known[i].attributes->size;
-        } else if (asset->kind == assets[i].kind)
-            known[i].earlierID = asset->id;
+        known[i].attributes = platform::files::attributes(urls[i].path);
+        if (!known[i].attributes) return;
+        auto cached = snapshot.known(urls[i], *known[i].attributes);
+        if (!cached) return;
+        known[i].isHit = cached->asset && mayStandFor(*cached->asset, assets[i].kind, sideFiles);
+        if (known[i].isHit)
+            assets[i] = *std::move(cached->asset);
+        else if (cached->kind == assets[i].kind)
+            known[i].earlierID = cached->id;
     });
 }
 
@@ -249,6 +256,7 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
     auto file = RandomAccessFile::open(url.path);
     if (!file) return probed;
     asset.fileSizeBytes = file->size();
+    probed.isOpened = true;
 
     bool hindered = false;
     const MediaInspection inspection =

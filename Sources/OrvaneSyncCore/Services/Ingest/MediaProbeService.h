@@ -26,11 +26,17 @@ class MediaProbeService {
     /// means that every file is probed.
     MediaProbeService(const platform::SettingsStore& settings, std::shared_ptr<ProbeCache> cache);
 
-    MediaAsset probe(const FileURL& url, AssetKind kind);
+    /// Told of each file that could not be opened, or met an error of the system while it was read. Its asset
+    /// holds what there was, and is not remembered.
+    using Unread = std::function<void(const FileURL& url)>;
+
+    MediaAsset probe(const FileURL& url, AssetKind kind, const Unread& unread = {});
     /// In the order of the input. What the cache knows comes first, then the others are probed. `progress`
     /// comes from several threads, but one call at a time, with the number of files done, ascending by one.
+    /// `unread` comes at the end, on the caller's thread, in the order of the input.
     std::vector<MediaAsset> probeAll(const std::vector<FileURL>& urls, AssetKind kind,
-                                     const std::function<void(int completed, int total)>& progress);
+                                     const std::function<void(int completed, int total)>& progress,
+                                     const Unread& unread = {});
 
   private:
     /// What is known of a file before it is opened.
@@ -42,8 +48,9 @@ class MediaProbeService {
     };
     struct Probed {
         MediaAsset asset;
-        /// Whether another probe of the same file would tell the same: not when it could not be opened, nor
-        /// when a library was missing or ran out of time.
+        bool isOpened = false;
+        /// Whether another probe of the same file would tell the same, as far as it could be read: not when a
+        /// library was missing or ran out of time.
         bool isFact = false;
     };
     void takeFromCache(const std::vector<FileURL>& urls, SideFiles& sideFiles, std::vector<Known>& known,

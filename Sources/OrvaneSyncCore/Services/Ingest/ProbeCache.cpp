@@ -2,11 +2,8 @@
 
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 
-#include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <filesystem>
-#include <memory>
 #include <mutex>
 #include <utility>
 
@@ -15,15 +12,40 @@ namespace orvane {
 namespace {
 
 constexpr const char* queueLabel = "com.orvanelabs.OrvaneSync.ProbeCache";
-constexpr const char* fileName = "probe-cache.json";
+constexpr const char* fileName = "probe-cache.bin";
+/// The form of earlier versions, beside the file: a JSON object of entries by path.
+constexpr const char* earlierFileName = "probe-cache.json";
+constexpr std::uint32_t earlierReaderVersion = 0;
 constexpr std::chrono::seconds saveDelay{1};
-/// Some file systems keep coarser dates than others, and a copy of a file rounds its date.
-constexpr double dateTolerance = 1.0; // seconds
 
-bool isOf(const platform::JSONView& entry, const platform::FileAttributes& file) {
-    const auto date = required<double>(entry, "modificationDate");
-    return std::abs(file.modificationSinceReference - date) < dateTolerance &&
-           required<std::int64_t>(entry, "fileSize") == file.size;
+std::string earlierPath(const std::string& path) {
+    return (std::filesystem::path(path).parent_path() / earlierFileName).string();
+}
+
+void removeIfThere(const std::string& path) {
+    try {
+        platform::files::remove(path);
+    } catch (const platform::FileError&) {
+        // It was not there, or it cannot be removed; then the next save replaces it.
+    }
+}
+
+/// The record of an entry without its asset, which the versions that wrote it read less of. Empty for one
+/// that holds something else.
+std::string recordOfEarlierForm(const FileURL& url, const platform::JSONView& entry) {
+    try {
+        const platform::JSONView asset = requiredMember(entry, "asset");
+        ProbeRecord record;
+        record.path = url.path;
+        record.modificationSinceReference = required<double>(entry, "modificationDate");
+        record.size = required<std::int64_t>(entry, "fileSize");
+        record.readerVersion = earlierReaderVersion;
+        record.id = required<UUID>(asset, "id");
+        record.kind = required<AssetKind>(asset, "kind");
+        return record.bytes();
+    } catch (const DecodingError&) {
+        return {};
+    }
 }
 
 } // namespace
@@ -31,77 +53,77 @@ bool isOf(const platform::JSONView& entry, const platform::FileAttributes& file)
 ProbeCache::ProbeCache(std::string path)
     : ProbeCache(std::move(path), platform::SerialQueue::create(queueLabel)) {}
 
-ProbeCache::ProbeCache(std::string path, std::unique_ptr<platform::SerialQueue> queue)
-    : path_(std::move(path)), queue_(std::move(queue)) {
+ProbeCache::ProbeCache(std::string path, std::unique_ptr<platform::SerialQueue> queue,
+                       std::uint32_t readerVersion)
+    : path_(std::move(path)), readerVersion_(readerVersion), queue_(std::move(queue)) {
     queue_->post([this] { load(); });
 }
+
+std::string ProbeCache::sharedPath() { return AppStorageHelper::probeCacheDirectory() + "/" + fileName; }
 
 std::shared_ptr<ProbeCache> ProbeCache::shared() {
     static std::mutex mutex;
     static std::weak_ptr<ProbeCache> held;
     const std::lock_guard lock(mutex);
     auto cache = held.lock();
-    if (!cache)
-        held = cache = std::make_shared<ProbeCache>(AppStorageHelper::probeCacheDirectory() + "/" + fileName);
+    if (!cache) held = cache = std::make_shared<ProbeCache>(sharedPath());
     return cache;
 }
 
 void ProbeCache::load() {
     try {
-        auto text = std::make_shared<std::string>(platform::files::readText(path_));
-        platform::forEachRecord(*text, [&](std::string_view key, std::string_view record) {
-            Candidate& entry = entries_[std::string(key)];
-            entry.text_ = text;
-            entry.record_ = record;
-        });
-        loaded_ = std::move(text);
+        loaded_ = ProbeCacheFile::fromBytes(platform::files::readText(path_, ProbeCacheFile::mostBytes));
     } catch (const platform::FileError&) {
-        // Nothing was kept so far.
-    } catch (const platform::JSONError&) {
-        entries_.clear();
+        loadEarlierForm();
     }
 }
 
-std::vector<ProbeCache::Candidate> ProbeCache::candidates(const std::vector<FileURL>& urls) {
-    std::vector<Candidate> result(urls.size());
+void ProbeCache::loadEarlierForm() {
+    try {
+        std::string text = platform::files::readText(earlierPath(path_));
+        platform::JSONParser parser;
+        platform::forEachRecord(text, [&](std::string_view key, std::string_view entry) {
+            const auto url = FileURL::fromPathText(key);
+            if (!url) return;
+            if (auto record = recordOfEarlierForm(*url, parser.parse(entry)); !record.empty())
+                stored_->insert_or_assign(url->path, std::move(record));
+        });
+    } catch (const platform::FileError&) {
+        // Nothing was kept so far.
+    } catch (const platform::JSONError&) {
+        stored_->clear();
+    }
+}
+
+ProbeCache::Snapshot ProbeCache::snapshot() {
+    Snapshot result;
+    result.readerVersion_ = readerVersion_;
     queue_->sync([&] {
-        for (std::size_t i = 0; i < urls.size(); ++i)
-            if (const auto found = entries_.find(urls[i].pathText()); found != entries_.end())
-                result[i] = found->second;
+        result.loaded_ = loaded_;
+        result.stored_ = stored_;
     });
     return result;
 }
 
-std::optional<MediaAsset> ProbeCache::resolve(const Candidate& candidate,
-                                              const std::optional<platform::FileAttributes>& attributes) {
-    if (candidate.record_.empty() || !attributes) return std::nullopt;
-    thread_local platform::JSONParser parser;
-    try {
-        const platform::JSONView entry = parser.parse(candidate.record_);
-        if (!isOf(entry, *attributes)) return std::nullopt;
-        return required<MediaAsset>(entry, "asset");
-    } catch (const platform::JSONError&) {
-        forgetLoaded(candidate.text_);
-    } catch (const DecodingError&) {
-        forgetLoaded(candidate.text_);
-    }
-    return std::nullopt;
+std::optional<ProbeRecord> ProbeCache::Snapshot::find(const std::string& path) const {
+    if (const auto entry = stored_->find(path); entry != stored_->end())
+        return ProbeRecord::fromBytes(entry->second);
+    return loaded_ ? loaded_->find(path) : std::nullopt;
+}
+
+std::optional<ProbeCache::Known>
+ProbeCache::Snapshot::known(const FileURL& url, const platform::FileAttributes& attributes) const {
+    const auto record = find(url.path);
+    if (!record || !record->isOf(attributes)) return std::nullopt;
+    std::optional known(Known{record->id, record->kind, std::nullopt});
+    if (record->readerVersion == readerVersion_) known->asset = decodedAsset(*record);
+    return known;
 }
 
 std::optional<MediaAsset> ProbeCache::lookup(const FileURL& url) {
-    return resolve(candidates({url}).front(), platform::files::attributes(url.path));
-}
-
-/// Where one record cannot be decoded, the file comes from another build, and none of it counts. It is
-/// written anew without them, or the same record would empty the cache in every run.
-void ProbeCache::forgetLoaded(const std::shared_ptr<const std::string>& text) {
-    queue_->post([this, text] {
-        if (loaded_ != text) return;
-        loaded_.reset();
-        std::erase_if(entries_, [&text](const auto& entry) { return entry.second.text_ == text; });
-        changed_ = true;
-        scheduleSave();
-    });
+    const auto attributes = platform::files::attributes(url.path);
+    auto known = attributes ? snapshot().known(url, *attributes) : std::nullopt;
+    return known ? std::move(known->asset) : std::nullopt;
 }
 
 void ProbeCache::store(const MediaAsset& asset) {
@@ -109,17 +131,18 @@ void ProbeCache::store(const MediaAsset& asset) {
 }
 
 void ProbeCache::store(const MediaAsset& asset, const platform::FileAttributes& attributes) {
-    JSON record;
-    record.set("asset", toJSON(asset));
-    record.set("modificationDate", attributes.modificationSinceReference);
-    record.set("fileSize", attributes.size);
-    Candidate entry;
-    entry.text_ = std::make_shared<const std::string>(record.dump());
-    entry.record_ = *entry.text_;
-    // A value that JSON cannot hold would make the file unreadable for the next run.
-    if (!resolve(entry, attributes)) return;
-    queue_->post([this, key = asset.url.pathText(), entry = std::move(entry)] {
-        entries_[key] = entry;
+    const std::string body = encodedAsset(asset);
+    const ProbeRecord record{asset.url.path,
+                             attributes.modificationSinceReference,
+                             attributes.size,
+                             readerVersion_,
+                             asset.id,
+                             asset.kind,
+                             body};
+    queue_->post([this, path = asset.url.path, bytes = record.bytes()]() mutable {
+        // A snapshot that somebody holds stays as it is.
+        if (stored_.use_count() > 1) stored_ = std::make_shared<Snapshot::Records>(*stored_);
+        stored_->insert_or_assign(std::move(path), std::move(bytes));
         changed_ = true;
         scheduleSave();
     });
@@ -134,58 +157,43 @@ void ProbeCache::scheduleSave() {
     });
 }
 
+/// What was read and not stored since goes back as it was, so that a file that nobody asked for is kept.
+std::vector<std::string> ProbeCache::records() const {
+    std::vector<std::string> result;
+    for (std::size_t i = 0; loaded_ && i < loaded_->count(); ++i)
+        if (const auto record = loaded_->record(i); record && !stored_->contains(std::string(record->path)))
+            result.push_back(record->bytes());
+    for (const auto& [path, bytes] : *stored_) result.push_back(bytes);
+    return result;
+}
+
 void ProbeCache::write() {
     if (!changed_) return;
     // Where something else stands at the path, such as a named pipe, a write could wait for ever.
     if (const auto there = platform::files::attributes(path_); there && !there->isRegularFile) return;
     try {
         platform::files::createDirectories(std::filesystem::path(path_).parent_path().string());
-        platform::files::writeAtomically(path_, encoded());
+        platform::files::writeAtomically(path_, ProbeCacheFile::bytes(records()));
         changed_ = false;
+        removeIfThere(earlierPath(path_));
     } catch (const platform::FileError&) {
         // The entries stay, and the next save tries again.
     }
 }
 
-/// The records as they are, one a line.
-std::string ProbeCache::encoded() const {
-    std::vector<const std::pair<const std::string, Candidate>*> sorted;
-    sorted.reserve(entries_.size());
-    std::size_t size = 0;
-    constexpr std::size_t punctuation = 8;
-    for (const auto& entry : entries_) {
-        sorted.push_back(&entry);
-        size += entry.first.size() + entry.second.record_.size() + punctuation;
-    }
-    std::ranges::sort(sorted, {}, [](const auto* entry) -> const std::string& { return entry->first; });
-    std::string text;
-    text.reserve(size);
-    for (const auto* entry : sorted) {
-        text += text.empty() ? "{\n" : ",\n";
-        text += JSON(entry->first).dump();
-        text += ':';
-        text += entry->second.record_;
-    }
-    text += text.empty() ? "{}\n" : "\n}\n";
-    return text;
-}
-
 void ProbeCache::clear() {
     queue_->sync([this] {
-        entries_.clear();
         loaded_.reset();
+        stored_ = std::make_shared<Snapshot::Records>();
         changed_ = false;
-        try {
-            platform::files::remove(path_);
-        } catch (const platform::FileError&) {
-            // It was not there, or it cannot be removed; then the next save replaces it.
-        }
+        removeIfThere(path_);
+        removeIfThere(earlierPath(path_));
     });
 }
 
 std::size_t ProbeCache::count() {
     std::size_t result = 0;
-    queue_->sync([&] { result = entries_.size(); });
+    queue_->sync([&] { result = records().size(); });
     return result;
 }
 

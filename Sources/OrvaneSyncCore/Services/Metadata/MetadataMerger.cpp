@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Metadata/MetadataMerger.h"
 
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
+#include "OrvaneSyncCore/Utilities/ReportColumns.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -16,7 +17,7 @@ namespace {
 
 using Fields = std::map<std::string, std::string>;
 
-/// Columns that may tell the sensor's rate, the surest first, as `normalisedColumn` makes them.
+/// Columns that may tell the sensor's rate, the surest first, as `ReportColumns::normalised` makes them.
 constexpr std::array<std::string_view, 13> sensorColumns{
     "sensorfps",        "sensorframerate",   "camerafps",          "shootfps",     "shootingrate",
     "shootingfps",      "recordingrate",     "recordingframerate", "recordingfps", "capturefps",
@@ -24,12 +25,6 @@ constexpr std::array<std::string_view, 13> sensorColumns{
 
 std::string normalisedFilename(std::string_view name) {
     return platform::text::lowercased(FilenameUtils::withoutExtension(name));
-}
-
-std::string normalisedColumn(std::string_view name) {
-    std::string normalised = platform::text::lowercased(name);
-    std::erase_if(normalised, [](char c) { return c == ' ' || c == '_'; });
-    return normalised;
 }
 
 /// Empty where the row has no such cell.
@@ -108,12 +103,60 @@ class RowsByColumn {
     std::unordered_map<std::string, Entry> entries_;
 };
 
+/// The rows of a report by the recording that each names.
+class RowsBySound {
+  public:
+    explicit RowsBySound(const ALEFile& report) : report_(report) {}
+
+    std::optional<Fields> fieldsFor(const SyncGroup& group) {
+        if (group.audioMatches.empty()) return std::nullopt;
+        if (!rows_) rows_ = rowsByRecording();
+        for (const AudioMatch& match : group.audioMatches) {
+            const std::string name = match.audio->normalizedName();
+            for (const std::string& key : {name, name.substr(0, name.rfind('_')) + "_x"})
+                if (const auto row = rows_->find(key); row != rows_->end())
+                    return report_.clip(row->second).fields();
+        }
+        return std::nullopt;
+    }
+
+  private:
+    using Rows = std::unordered_map<std::string, std::size_t>;
+
+    Rows rowsByRecording() const {
+        std::vector<std::string> columns;
+        for (const std::string_view column : report_.columns())
+            if (ReportColumns::namesFiles(column)) columns.emplace_back(column);
+        Rows rows;
+        for (std::size_t row = 0; row < report_.clipCount(); ++row)
+            for (const std::string& column : columns)
+                if (std::string name = recordingName(report_.clip(row).cell(column).value_or(""));
+                    !name.empty())
+                    rows[std::move(name)] = row;
+        return rows;
+    }
+
+    /// Empty for the name of a camera file. Recorders also leave the extension out, and a point in a name
+    /// begins none then.
+    static std::string recordingName(std::string_view cell) {
+        const FileURL file{std::string(platform::text::trimmed(cell.substr(cell.find_last_of("/\\") + 1)))};
+        const auto kind = assetKindFrom(file);
+        if (kind == AssetKind::video) return {};
+        return kind ? normalisedFilename(file.path) : platform::text::lowercased(file.path);
+    }
+
+    const ALEFile& report_;
+    std::optional<Rows> rows_; ///< made when a clip asks that no other row belongs to
+};
+
 template <class Rows>
-MetadataMerger::MergeResult mergeRows(Rows rows, SyncGroupList& groups) {
+MetadataMerger::MergeResult mergeRows(const ALEFile& report, Rows rows, SyncGroupList& groups) {
+    RowsBySound rowsBySound(report);
     std::optional<Fields> fields; // of the group under way: each is changed before the next is tested
     const std::size_t matched = groups.updateWhere(
         [&](const SyncGroup& group) {
             fields = rows.fieldsFor(group);
+            if (!fields) fields = rowsBySound.fieldsFor(group);
             return fields.has_value();
         },
         [&](SyncGroup& group) { applyFields(group, *std::move(fields)); });
@@ -126,14 +169,14 @@ MetadataMerger::MergeResult MetadataMerger::merge(const ALEFile& aleFile, SyncGr
                                                   const ALEMatchStrategy& strategy) const {
     const bool byColumn = strategy.kind == ALEMatchStrategy::Kind::column &&
                           !platform::text::trimmed(strategy.columnName).empty();
-    return byColumn ? mergeRows(RowsByColumn(aleFile, strategy.columnName), groups)
-                    : mergeRows(RowsByName(aleFile), groups);
+    return byColumn ? mergeRows(aleFile, RowsByColumn(aleFile, strategy.columnName), groups)
+                    : mergeRows(aleFile, RowsByName(aleFile), groups);
 }
 
 std::optional<double> MetadataMerger::lookupSensorFPS(const Fields& fields) {
     std::array<std::optional<double>, sensorColumns.size()> rates;
     for (const auto& [column, cell] : fields) {
-        const auto known = std::ranges::find(sensorColumns, normalisedColumn(column));
+        const auto known = std::ranges::find(sensorColumns, ReportColumns::normalised(column));
         if (known == sensorColumns.end()) continue;
         auto& rate = rates[static_cast<std::size_t>(known - sensorColumns.begin())];
         const auto number = platform::text::decimalNumber(platform::text::trimmed(cell));

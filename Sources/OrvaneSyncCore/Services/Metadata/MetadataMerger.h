@@ -34,6 +34,10 @@ class MetadataMerger {
         bool operator==(const MergeResult&) const = default;
     };
 
+    /// A clip to which no row belongs by the strategy gets the row that names one of its recordings, the main
+    /// one first, in a column of file names (ReportColumns::namesFiles). A name that ends in "_X" stands for
+    /// the files of the channels of one take ("_1", "_2" ...).
+    ///
     /// By `name`: a row belongs to the clip whose file the column "Name" names; of several, the last counts.
     /// By `column`: that column names the clip's file, or its reel, the part of the file's name in front of
     /// the first "_"; rows with one reel are laid over each other. A column's name of blanks means `name`.

@@ -1,0 +1,179 @@
+#include "OrvaneSyncCore/Services/Ingest/ProbeRecord.h"
+
+#include "OrvaneSyncCore/Utilities/PackedBytes.h"
+
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <type_traits>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+/// Some file systems keep coarser dates than others, and a copy of a file rounds its date.
+constexpr double dateTolerance = 1.0; // seconds
+
+template <class T>
+constexpr std::size_t caseCount = 2;
+template <>
+constexpr std::size_t caseCount<TimecodeFrameRate> = timecodeFrameRateCount;
+
+template <class T>
+struct IsOptional : std::false_type {};
+template <class T>
+struct IsOptional<std::optional<T>> : std::true_type {};
+
+/// Hands each field of a record to `use`. The names stand for all members in their order: one that is missing
+/// here does not compile, so that none is lost on the way through the cache.
+template <class Asset, class Use>
+void fieldsOfAsset(Asset& asset, Use use) {
+    auto& [id, url, kind, filename, startTimecodeString, timecodeFrameRate, timecodeSideFile, durationSeconds,
+           contentCreatedDate, headerDate, frameRate, width, height, channelCount, sampleRate,
+           videoCodecFourCC, sensorFrameRate, projectFrameRate, offspeedConfidence, sourceRateDomainOverride,
+           ixmlData, bextTimeReference, bextOriginator, fileSizeBytes] = asset;
+    // The first three stand in the head.
+    use(filename), use(startTimecodeString), use(timecodeFrameRate), use(timecodeSideFile);
+    use(durationSeconds), use(contentCreatedDate), use(headerDate), use(frameRate), use(width), use(height),
+        use(channelCount), use(sampleRate);
+    use(videoCodecFourCC), use(sensorFrameRate), use(projectFrameRate), use(offspeedConfidence);
+    use(sourceRateDomainOverride), use(ixmlData), use(bextTimeReference), use(bextOriginator);
+    use(fileSizeBytes);
+}
+
+template <class Record, class Use>
+void fieldsOf(Record& record, Use use) {
+    using Plain = std::remove_const_t<Record>;
+    if constexpr (std::is_same_v<Plain, OffspeedConfidence>) {
+        auto& [kind, isOffspeed, factor] = record;
+        use(kind), use(isOffspeed), use(factor);
+    } else if constexpr (std::is_same_v<Plain, IXMLTrack>) {
+        auto& [channelIndex, name] = record;
+        use(channelIndex), use(name);
+    } else {
+        static_assert(std::is_same_v<Plain, IXMLData>, "a record that the cache does not know");
+        auto& [scene, take, tape, note, project, circled, wildTrack, timecodeRate, tracks] = record;
+        use(scene), use(take), use(tape), use(note), use(project), use(circled), use(wildTrack);
+        use(timecodeRate), use(tracks);
+    }
+}
+
+template <class T>
+void put(std::string& out, const T& value) {
+    if constexpr (IsOptional<T>::value) {
+        appendPlain(out, value.has_value());
+        if (value) put(out, *value);
+    } else if constexpr (std::is_same_v<T, std::string>) {
+        appendText(out, value);
+    } else if constexpr (std::is_same_v<T, Date>) {
+        appendPlain(out, static_cast<std::int64_t>(value.time_since_epoch().count()));
+    } else if constexpr (std::is_enum_v<T>) {
+        appendPlain(out, static_cast<std::uint8_t>(value));
+    } else if constexpr (std::is_arithmetic_v<T>) {
+        appendPlain(out, value);
+    } else if constexpr (std::is_same_v<T, std::vector<IXMLTrack>>) {
+        appendPlain(out, static_cast<std::uint32_t>(value.size()));
+        for (const IXMLTrack& track : value) put(out, track);
+    } else {
+        fieldsOf(value, [&out](const auto& field) { put(out, field); });
+    }
+}
+
+template <class T>
+void take(PackedReader& in, T& value) {
+    if constexpr (IsOptional<T>::value) {
+        if (in.plain<bool>()) take(in, value.emplace());
+    } else if constexpr (std::is_same_v<T, std::string>) {
+        value = in.text();
+    } else if constexpr (std::is_same_v<T, Date>) {
+        value = Date(Date::duration(in.plain<std::int64_t>()));
+    } else if constexpr (std::is_enum_v<T>) {
+        const auto number = in.plain<std::uint8_t>();
+        if (number < caseCount<T>)
+            value = static_cast<T>(number);
+        else
+            in.fail();
+    } else if constexpr (std::is_arithmetic_v<T>) {
+        value = in.plain<T>();
+    } else if constexpr (std::is_same_v<T, std::vector<IXMLTrack>>) {
+        const auto count = in.plain<std::uint32_t>();
+        // Each takes eight bytes at least, so that no count asks for more memory than the record warrants.
+        constexpr std::size_t leastBytes = 8;
+        if (count > in.left() / leastBytes) return in.fail();
+        value.resize(count);
+        for (IXMLTrack& track : value) take(in, track);
+    } else {
+        fieldsOf(value, [&in](auto& field) { take(in, field); });
+    }
+}
+
+} // namespace
+
+std::uint64_t quickHash(std::string_view bytes) {
+    constexpr std::uint64_t factor = 0x9E3779B97F4A7C15; // 2^64 over the golden ratio
+    constexpr unsigned half = 32;
+    std::uint64_t hash = bytes.size() * factor;
+    const auto add = [&](std::string_view word) {
+        std::uint64_t value = 0;
+        std::memcpy(&value, word.data(), word.size());
+        hash = (hash ^ value) * factor;
+        hash ^= hash >> half;
+    };
+    constexpr std::size_t step = sizeof(std::uint64_t);
+    for (; bytes.size() >= step; bytes.remove_prefix(step)) add(bytes.substr(0, step));
+    if (!bytes.empty()) add(bytes);
+    return hash * factor;
+}
+
+std::string ProbeRecord::bytes() const {
+    std::string out(sizeof(std::uint64_t), '\0');
+    appendPlain(out, readerVersion);
+    appendPlain(out, modificationSinceReference);
+    appendPlain(out, size);
+    appendPlain(out, static_cast<std::uint8_t>(kind));
+    out.append(reinterpret_cast<const char*>(id.bytes.data()), id.bytes.size());
+    appendText(out, path);
+    appendText(out, body);
+    const std::uint64_t checksum = quickHash(std::string_view(out).substr(sizeof checksum));
+    std::memcpy(out.data(), &checksum, sizeof checksum);
+    return out;
+}
+
+std::optional<ProbeRecord> ProbeRecord::fromBytes(std::string_view bytes) {
+    PackedReader in(bytes);
+    const auto checksum = in.plain<std::uint64_t>();
+    if (in.hasFailed() || checksum != quickHash(bytes.substr(sizeof checksum))) return std::nullopt;
+    ProbeRecord record;
+    record.readerVersion = in.plain<std::uint32_t>();
+    record.modificationSinceReference = in.plain<double>();
+    record.size = in.plain<std::int64_t>();
+    take(in, record.kind);
+    const std::string_view id = in.bytes(record.id.bytes.size());
+    std::memcpy(record.id.bytes.data(), id.data(), id.size());
+    record.path = in.text();
+    record.body = in.text();
+    return in.hasFailed() ? std::nullopt : std::optional(record);
+}
+
+bool ProbeRecord::isOf(const platform::FileAttributes& file) const {
+    return std::abs(file.modificationSinceReference - modificationSinceReference) < dateTolerance &&
+           file.size == size;
+}
+
+std::string encodedAsset(const MediaAsset& asset) {
+    std::string out;
+    fieldsOfAsset(asset, [&out](const auto& field) { put(out, field); });
+    return out;
+}
+
+std::optional<MediaAsset> decodedAsset(const ProbeRecord& record) {
+    std::optional<MediaAsset> asset(std::in_place, record.id, FileURL(), record.kind);
+    asset->url.path = record.path;
+    PackedReader in(record.body);
+    fieldsOfAsset(*asset, [&in](auto& field) { take(in, field); });
+    if (in.hasFailed() || in.left() > 0) asset.reset();
+    return asset;
+}
+
+} // namespace orvane

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/MediaAsset.h"
+#include "Platform/Files.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+/// What the cache keeps of one file, as bytes: a head that every version can read, and the asset in the form
+/// of the reader that made it. Little-endian; the first eight bytes are a checksum over all others.
+struct ProbeRecord {
+    std::string_view path; ///< in the bytes of the file system
+    /// Of the file, when it was probed.
+    double modificationSinceReference = 0; ///< seconds since 1 January 2001 00:00 UTC
+    std::int64_t size = 0;                 ///< bytes
+    std::uint32_t readerVersion = 0;
+    UUID id;
+    AssetKind kind = AssetKind::video;
+    std::string_view body; ///< of `encodedAsset`
+
+    std::string bytes() const;
+    /// A view into the bytes. Nothing for bytes that are no record or were changed since.
+    static std::optional<ProbeRecord> fromBytes(std::string_view bytes);
+
+    bool isOf(const platform::FileAttributes& file) const;
+};
+
+/// All of an asset but its identity, kind and place. Only the same version of the program reads it.
+std::string encodedAsset(const MediaAsset& asset);
+/// Nothing when the bytes do not hold one.
+std::optional<MediaAsset> decodedAsset(const ProbeRecord& record);
+
+/// Of eight bytes a step, for finding and for seeing damage; no defence against forgery.
+std::uint64_t quickHash(std::string_view bytes);
+
+} // namespace orvane

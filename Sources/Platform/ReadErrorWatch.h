@@ -1,0 +1,27 @@
+#pragma once
+
+namespace orvane::platform {
+
+/// Sees the errors that the system gives back while its thread reads files, through whatever reader of this
+/// program or of the media libraries: a worn card, a share that went away. A file that is not there or ends
+/// early is no error. Watches nest; the last one made on a thread goes first.
+class ReadErrorWatch {
+  public:
+    ReadErrorWatch();
+    ~ReadErrorWatch();
+    ReadErrorWatch(const ReadErrorWatch&) = delete;
+    ReadErrorWatch& operator=(const ReadErrorWatch&) = delete;
+
+    bool hasSeenError() const { return hasSeenError_; }
+
+    /// For readers: the system has refused to read, on this thread.
+    static void report() noexcept;
+    /// For who opens a file that may be absent: reports what `errno` says, unless nothing is there.
+    static void reportUnlessAbsent(int errorNumber) noexcept;
+
+  private:
+    ReadErrorWatch* const outer_;
+    bool hasSeenError_ = false;
+};
+
+} // namespace orvane::platform

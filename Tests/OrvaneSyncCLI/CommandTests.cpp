@@ -183,7 +183,7 @@ TEST_F(ShootTest, scanSaysWhatNamesDoNotTell) {
     const std::vector<std::string> words{"scan", cards.path(), "--report", report};
     const Outcome outcome = runWith(words);
     for (const char* piece :
-         {"12A-3 Cam A 1 ", "2/A001C001_261120_R1AB.mov", "1/DAY1_T01.WAV (6 ch) + 1 more",
+         {"12A-3 Cam A 1 ", "2/A001C001_261120_R1AB.mov", "1/DAY1_T01.WAV (6 ch) + 1 copy",
           "2/DAY1_ROOMTONE.WAV", "1 proxy left out.", "8 clips"})
         EXPECT_NE(outcome.out.find(piece), std::string::npos) << piece << " in\n" << outcome.out;
     for (const char* piece : {"left out as proxies of files that are here: '",

@@ -1,5 +1,6 @@
 #include "CoreBenchmarks.h"
 
+#include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 #include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
@@ -10,11 +11,15 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <exception>
 #include <fcntl.h>
+#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace orvane::bench {
 
@@ -80,6 +85,25 @@ void rescan(benchmark::State& state, const MediaCorpus& corpus, const std::strin
         const auto videos = service.probeAll(found.videoURLs, AssetKind::video, {});
         const auto audios = service.probeAll(found.audioURLs, AssetKind::audio, {});
         if (videos.size() + audios.size() != corpus.size()) state.SkipWithError("files are missing");
+    }
+}
+
+/// A first scan as the program does it: find the files, probe them, match them.
+void scanTwoCards(benchmark::State& state, const MediaCorpus& cards) {
+    for (auto _ : state) {
+        const auto loop = platform::RunLoop::create();
+        ImportController::Dependencies dependencies;
+        dependencies.mainThread = loop;
+        dependencies.settings = std::make_shared<platform::MemorySettingsStore>();
+        const auto controller = ImportController::create(std::move(dependencies));
+        controller->setVideoFolderURL(FileURL{cards.folder});
+        const platform::Task scan = controller->startScan();
+        scan.whenDone([&](const std::exception_ptr&) { loop->quit(); });
+        loop->run();
+        const SyncGroupList& clips = controller->syncGroups();
+        const bool haveSound =
+            std::ranges::all_of(clips, [](const SyncGroup& clip) { return clip.audioMatches.size() >= 4; });
+        if (clips.size() != cards.videos.size() || !haveSound) state.SkipWithError("clips are missing");
     }
 }
 
@@ -166,12 +190,15 @@ void exportClips(benchmark::State& state) {
 
 } // namespace
 
-void registerCoreBenchmarks(const MediaCorpus& corpus, const std::string& cacheFile) {
+void registerCoreBenchmarks(const MediaCorpus& corpus, const MediaCorpus& cards,
+                            const std::string& cacheFile) {
     const auto add = [](const char* name, auto&& function) {
         return benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond)->UseRealTime();
     };
     add("headersFloor", [&corpus](benchmark::State& state) { headersFloor(state, corpus); });
     add("probe", [&corpus](benchmark::State& state) { probeHeaders(state, corpus); });
+    add("cardsFloor", [&cards](benchmark::State& state) { headersFloor(state, cards); });
+    add("scanTwoCards", [&cards](benchmark::State& state) { scanTwoCards(state, cards); });
     add("statFloor", [&corpus](benchmark::State& state) { statFloor(state, corpus); });
     add("rescan", [&corpus, cacheFile](benchmark::State& state) { rescan(state, corpus, cacheFile); });
     constexpr int hoursOfTheirOwn = 30240; // seconds; longer than a day's work

@@ -50,18 +50,25 @@ void writeMovie(const std::string& path, int take) {
     maker.writeTo(path);
 }
 
-void writeWave(const std::string& path, int take) {
-    const test::IXMLText ixml{.scene = std::to_string(take / 10 + 1),
-                              .take = std::to_string(take % 10 + 1),
+struct TakeOfSound {
+    int number = 0;
+    int startsAt = 0; ///< seconds since midnight
+    int seconds = 0;
+    std::vector<std::string> tracks;
+};
+
+void writeWave(const std::string& path, const TakeOfSound& take) {
+    const test::IXMLText ixml{.scene = std::to_string(take.number / 10 + 1),
+                              .take = std::to_string(take.number % 10 + 1),
                               .tape = "SR001",
                               .note = "quiet please",
                               .project = "Bench",
-                              .tracks = trackNames()};
+                              .tracks = take.tracks};
     test::WaveMaker()
-        .format({.channels = channels, .sampleRate = sampleRate})
-        .bext({.timeReference = static_cast<std::uint64_t>(startOf(take, takesADay) - 2) * sampleRate})
+        .format({.channels = static_cast<int>(take.tracks.size()), .sampleRate = sampleRate})
+        .bext({.timeReference = static_cast<std::uint64_t>(take.startsAt) * sampleRate})
         .iXML(ixml.text())
-        .silence(static_cast<std::uint64_t>(clipSeconds + 5) * sampleRate)
+        .silence(static_cast<std::uint64_t>(take.seconds) * sampleRate)
         .writeTo(path);
 }
 
@@ -108,9 +115,40 @@ MediaCorpus mediaCorpus(const std::string& folder) {
         const std::string movie = folder + "/" + formatted("A001C%03d_260309_R%d.mov", i, i);
         const std::string wave = folder + "/" + formatted("SR001_260309_T%04d-%d.WAV", i, 1);
         if (!platform::files::exists(movie)) writeMovie(movie, i);
-        if (!platform::files::exists(wave)) writeWave(wave, i);
+        if (!platform::files::exists(wave))
+            writeWave(wave, {i, startOf(i, takesADay) - 2, clipSeconds + 5, trackNames()});
         corpus.videos.push_back({movie});
         corpus.audios.push_back({wave});
+    }
+    return corpus;
+}
+
+MediaCorpus twoCards(const std::string& folder) {
+    constexpr int takes = 60, fewestChannels = 4, differentCounts = 5;
+    constexpr int clipsATake = (clipsACard + takes - 1) / takes;
+    MediaCorpus corpus;
+    corpus.folder = folder;
+    for (const std::string card : {"/CARD_1", "/CARD_2"}) {
+        platform::files::createDirectories(folder + card);
+        for (int i = 0; i < clipsACard; ++i) {
+            const std::string movie = folder + card + "/" + formatted("A001C%03d_260309_R%d.mov", i, 1);
+            if (!platform::files::exists(movie)) writeMovie(movie, i);
+            corpus.videos.push_back({movie});
+        }
+    }
+    platform::files::createDirectories(folder + "/SOUND");
+    for (int take = 0; take < takes; ++take) {
+        const int count = fewestChannels + take % differentCounts;
+        for (int channel = 1; channel <= count; ++channel) {
+            const std::string wave =
+                folder + "/SOUND/" + formatted("SR001_260309_T%03d_%d.WAV", take, channel);
+            if (!platform::files::exists(wave))
+                writeWave(wave, {.number = take,
+                                 .startsAt = startOf(take * clipsATake, takesADay) - 2,
+                                 .seconds = clipsATake * secondsBetweenTakes,
+                                 .tracks = {trackNames().at(static_cast<std::size_t>(channel - 1))}});
+            corpus.audios.push_back({wave});
+        }
     }
     return corpus;
 }

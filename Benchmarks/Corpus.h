@@ -22,6 +22,11 @@ inline constexpr int filesOfAKind = 1000;
 /// Makes the files below the folder unless they are there already.
 MediaCorpus mediaCorpus(const std::string& folder);
 
+inline constexpr int clipsACard = 250;
+/// Two cameras that roll together, each with a card of its own and both with the same file names, and takes
+/// of four to eight mono files, each of which covers some of the clips. Made as above.
+MediaCorpus twoCards(const std::string& folder);
+
 /// Probed assets as a shoot of many days gives them, without files: each video overlaps one recording of its
 /// day. Each day begins so many seconds later than the one before; with 0 a clip also meets recordings of the
 /// neighbouring days.

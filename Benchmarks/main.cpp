@@ -100,6 +100,8 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printHeading();
     printRatio("probe 2,000 files, headers", ms("probe"), ms("headersFloor"), "bare reads", 3);
     printPeers(program, corpus);
+    printRatio("scan 500 clips on two cards, 60 takes of mono files", ms("scanTwoCards"), ms("cardsFloor"),
+               "bare reads", 3);
     printRatio("rescan 2,000 files from the cache", ms("rescan"), ms("statFloor"), "bare stat", 3);
     printMatchingRow(results, "match 10,000 + 10,000, days at other hours", "match");
     printMatchingRow(results, "match 10,000 + 10,000, days at the same hours", "matchSameHours");
@@ -138,7 +140,8 @@ int main(int argc, char** argv) {
     const std::string self = argv[0], program = argv[1], folder = argv[2];
     std::cout << "Making files in " << folder << " ...\n" << std::flush;
     const MediaCorpus corpus = mediaCorpus(folder + "/media");
-    registerCoreBenchmarks(corpus, folder + "/probe-cache.bin");
+    const MediaCorpus cards = twoCards(folder + "/cards");
+    registerCoreBenchmarks(corpus, cards, folder + "/probe-cache.bin");
     registerReportBenchmarks(folder);
     registerSoundBenchmarks();
     registerSessionBenchmarks(folder);

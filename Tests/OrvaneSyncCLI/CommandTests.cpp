@@ -10,6 +10,7 @@
 #include "OrvaneSyncCLI/Table.h"
 #include "Platform/JSON.h"
 #include "Support/Assets.h"
+#include "Support/BadDisk.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -368,16 +369,17 @@ TEST_F(ShootTest, whatTheScanDoubtsIsALineAndInTheJSON) {
     std::filesystem::create_symlink("nowhere.mov", camera + "gone.mov");
     std::filesystem::create_symlink("nowhere", camera + "card 2");
     std::filesystem::create_symlink("nowhere", camera + "notes.txt");
-    for (const char* name : {"F001.mov", "F002.mov"})
+    for (const char* name : {"F001.mov", "F002.mov", "worn.mov"})
         test::MovieMaker()
             .video({.timescale = 15, .frames = 15})
             .timecode({.timescale = 15, .firstFrame = 15})
             .writeTo(camera + name);
+    const test::BadDisk disk(camera + "worn.mov");
     const std::string report =
         folder_.write("day.csv", "Name,Sensor FPS\nA001C001_261120_R1AB,1e300\n"
                                  "A001C002_261120_MOS,0.001\nA001C003_261120_R1AB,0.1\n");
     const std::vector<std::string> starts{
-        "links that lead nowhere: '" + camera,
+        "links that lead nowhere: '" + camera, "can't read all of '" + camera + "worn.mov'; ",
         "the timecode of 'F001.mov' and 1 more counts 15 frames a second and is read as if it counted 24;",
         "a sensor rate of 0.001 fps is unusual and stretches the clip; check it: 'A001C002_261120_MOS.mov'",
         "a sensor rate of 1e+300 fps"};

@@ -3,34 +3,11 @@
 #include "ManualQueue.h"
 #include "MediaFactory/LTCSignal.h"
 #include "MediaFactory/MediaFactory.h"
+#include "Support/BadDisk.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
-#include <atomic>
-#include <cerrno>
 #include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
-namespace {
-
-/// The file whose reads fail, and how many of them go well before.
-std::atomic<ino_t> badFile = 0;
-std::atomic<int> goodReads = 0;
-std::atomic<bool> hasFailed = false;
-
-} // namespace
-
-/// Takes the place of the system's own in this program: every reader of ours goes through it.
-extern "C" ssize_t pread(int file, void* into, size_t count, off_t at) {
-    struct stat status {};
-    if (badFile != 0 && ::fstat(file, &status) == 0 && status.st_ino == badFile && goodReads-- <= 0) {
-        hasFailed = true;
-        errno = EIO;
-        return -1;
-    }
-    return ::syscall(SYS_pread64, file, into, count, at);
-}
 
 namespace orvane {
 namespace {
@@ -65,8 +42,6 @@ TEST(ReadErrors, areNeverRemembered) {
     for (const char* name : {"movie.mov", "cut.mov", "take.wav", "ltc.wav", "sound.aif"}) {
         const std::vector<FileURL> urls{{folder.path(name)}, {folder.path("neighbour.mov")}};
         const JSON whole = withoutID(MediaProbeService(settings, nullptr).probe(urls[0], AssetKind::video));
-        struct stat status {};
-        ASSERT_EQ(::stat(urls[0].path.c_str(), &status), 0);
         int failures = 0;
         for (bool wentWrong = true; wentWrong; ++failures) {
             SCOPED_TRACE(name + std::string(", reads that go well: ") + std::to_string(failures));
@@ -75,12 +50,12 @@ TEST(ReadErrors, areNeverRemembered) {
                 std::make_shared<ProbeCache>(folder.path("c"), std::make_unique<test::ManualQueue>());
             MediaProbeService service(settings, cache);
             std::vector<FileURL> unread;
-            hasFailed = false;
-            goodReads = failures;
-            badFile = status.st_ino;
-            service.probeAll(urls, AssetKind::video, {}, [&](const FileURL& url) { unread.push_back(url); });
-            badFile = 0;
-            wentWrong = hasFailed;
+            {
+                const test::BadDisk disk(urls[0].path, failures);
+                service.probeAll(urls, AssetKind::video, {},
+                                 [&](const FileURL& url) { unread.push_back(url); });
+                wentWrong = disk.hasFailed();
+            }
             EXPECT_EQ(unread, wentWrong ? std::vector{urls[0]} : std::vector<FileURL>());
             EXPECT_EQ(cache->lookup(urls[0]).has_value(), !wentWrong);
             EXPECT_TRUE(cache->lookup(urls[1]).has_value());

@@ -1,8 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 
+#include "OrvaneSyncCore/Services/Ingest/ReportHeader.h"
 #include "OrvaneSyncCore/Services/Ingest/ReportLines.h"
-#include "OrvaneSyncCore/Services/Ingest/ReportRecords.h"
-#include "OrvaneSyncCore/Utilities/ReportColumns.h"
 #include "Platform/Files.h"
 #include "Platform/Text.h"
 #include "Platform/WesternText.h"
@@ -21,8 +20,6 @@ using platform::text::trimmed;
 
 constexpr std::size_t sampleBytes = 2048;
 constexpr std::size_t zeroShare = 5; ///< more than one zero byte in so many tells UTF-16
-constexpr int delimiterLines = 10;
-constexpr std::string_view delimiters = ",;\t";
 
 /// The encoding that zero bytes in the first bytes tell: text of the Western world has one in every pair.
 std::optional<Encoding> utf16ByZeroBytes(std::string_view bytes) {
@@ -49,98 +46,6 @@ void splitAtTabs(std::string_view line, Use use) {
         if (tab == std::string_view::npos) return;
         line.remove_prefix(tab + 1);
     }
-}
-
-/// Takes one record of a table apart. A quote switches the quoted state and is no part of the cell; a
-/// delimiter inside quotes is, and so is a line end, as a line feed. `extend` gets the pieces of a cell,
-/// `end` is called behind each cell, the last one too.
-template <class Extend, class End>
-void splitLine(std::string_view line, char delimiter, Extend extend, End end) {
-    bool isQuoted = false;
-    std::size_t start = 0;
-    for (std::size_t at = 0; at < line.size(); ++at) {
-        const char c = line[at];
-        const bool isQuote = c == '"', isReturn = c == '\r';
-        if (!isQuote && !isReturn && (isQuoted || c != delimiter)) continue;
-        extend(line.substr(start, at - start));
-        start = at + 1;
-        if (isReturn && !line.substr(start).starts_with('\n'))
-            extend("\n");
-        else if (isQuote)
-            isQuoted = !isQuoted;
-        else if (!isReturn)
-            end();
-    }
-    extend(line.substr(start));
-    end();
-}
-
-/// The fields of a record without blanks around them. A record may be the whole file, so they are held once
-/// and never copied as they grow.
-PackedTexts trimmedFields(std::string_view record, char delimiter) {
-    PackedTexts fields;
-    fields.reserve(static_cast<std::size_t>(std::ranges::count(record, delimiter)) + 1, 0);
-    std::string field;
-    splitLine(
-        record, delimiter, [&](std::string_view piece) { field += piece; },
-        [&] {
-            fields.append(trimmed(field));
-            field.clear();
-        });
-    return fields;
-}
-
-/// Whether these are names of columns beyond doubt: two that reports have, one of which tells rows apart.
-bool areKnownColumns(const PackedTexts& fields) {
-    constexpr std::size_t mostLookedAt = 256, longestName = 40; // a field may be a whole file, too
-    int known = 0;
-    bool tellsRowsApart = false;
-    for (std::size_t i = 0; i < std::min(fields.size(), mostLookedAt); ++i) {
-        if (fields[i].empty() || fields[i].size() > longestName || !ReportColumns::isKnown(fields[i]))
-            continue;
-        ++known;
-        tellsRowsApart = tellsRowsApart || ReportColumns::tellsRowsApart(fields[i]);
-    }
-    return known > 1 && tellsRowsApart;
-}
-
-struct Header {
-    PackedTexts columns;
-    ReportRecords below; ///< the records that follow it
-    char delimiter = ',';
-};
-
-/// A sound report begins with the production, the date and the roll, in lines of several fields. Its header
-/// is the first record of known columns that lies within these many, `from` of them passed over.
-std::optional<Header> knownHeader(std::string_view text, char delimiter, int from) {
-    constexpr int mostRecords = 64;
-    ReportRecords records(text, {&delimiter, 1});
-    for (int i = 0; i < mostRecords; ++i) {
-        const auto record = records.nextFilled();
-        if (!record) break;
-        if (i < from) continue;
-        if (PackedTexts fields = trimmedFields(*record, delimiter); areKnownColumns(fields))
-            return Header{std::move(fields), std::move(records), delimiter};
-    }
-    return std::nullopt;
-}
-
-/// Of a table whose columns nobody knows: the first record of more than one field. Those above it, such as a
-/// title, are passed over.
-Header firstWideRecord(std::string_view text, char delimiter) {
-    ReportRecords records(text, {&delimiter, 1});
-    while (const auto record = records.nextFilled())
-        if (PackedTexts fields = trimmedFields(*record, delimiter); fields.size() > 1)
-            return {std::move(fields), std::move(records), delimiter};
-    throw ALEParserError::noColumns();
-}
-
-Header headerOf(std::string_view text, char detected) {
-    if (auto header = knownHeader(text, detected, 0)) return *std::move(header);
-    // So long a preamble that it alone chose the delimiter.
-    for (const char delimiter : delimiters)
-        if (auto header = knownHeader(text, delimiter, delimiterLines)) return *std::move(header);
-    return firstWideRecord(text, detected);
 }
 
 /// Counted from 1, as editors count.
@@ -238,8 +143,8 @@ bool ALEParser::looksLikeALE(std::string_view text) {
 
 char ALEParser::detectDelimiter(std::string_view text) {
     std::size_t commas = 0, semicolons = 0, tabs = 0;
-    ReportRecords records(text, delimiters);
-    for (int i = 0; i < delimiterLines; ++i) {
+    ReportRecords records(text, reportDelimiters);
+    for (int i = 0; i < delimiterRecords; ++i) {
         const auto record = records.nextFilled();
         if (!record) break;
         bool isQuoted = false;
@@ -284,14 +189,16 @@ ALEFile ALEParser::parseALESections(std::string_view text) {
 }
 
 ALEFile ALEParser::parseDelimited(std::string_view text) {
-    Header header = headerOf(text, detectDelimiter(text));
+    auto found = findReportHeader(text, detectDelimiter(text));
+    if (!found) throw ALEParserError::noColumns();
+    ReportHeader& header = *found;
     ReportRecords& records = header.below;
     ALEFile::Builder report;
     report.setColumns(std::move(header.columns));
     reserveFor(report, records.rest(), header.delimiter);
     while (const auto record = records.nextFilled()) {
         report.beginRow();
-        splitLine(
+        forEachCell(
             *record, header.delimiter, [&](std::string_view piece) { report.extendCell(piece); },
             [&] { report.endCell(); });
     }

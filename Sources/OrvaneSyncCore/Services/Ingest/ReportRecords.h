@@ -46,4 +46,28 @@ class ReportRecords {
     std::size_t firstOpenQuote_ = std::string_view::npos;
 };
 
+/// Takes one record of a table apart. A quote switches the quoted state and is no part of the cell; a
+/// delimiter inside quotes is, and so is a line end, as a line feed. `extend` gets the pieces of a cell,
+/// `end` is called behind each cell, the last one too.
+template <class Extend, class End>
+void forEachCell(std::string_view record, char delimiter, Extend extend, End end) {
+    bool isQuoted = false;
+    std::size_t start = 0;
+    for (std::size_t at = 0; at < record.size(); ++at) {
+        const char c = record[at];
+        const bool isQuote = c == '"', isReturn = c == '\r';
+        if (!isQuote && !isReturn && (isQuoted || c != delimiter)) continue;
+        extend(record.substr(start, at - start));
+        start = at + 1;
+        if (isReturn && !record.substr(start).starts_with('\n'))
+            extend("\n");
+        else if (isQuote)
+            isQuoted = !isQuoted;
+        else if (!isReturn)
+            end();
+    }
+    extend(record.substr(start));
+    end();
+}
+
 } // namespace orvane

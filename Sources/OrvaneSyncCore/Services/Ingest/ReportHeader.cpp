@@ -1,0 +1,77 @@
+#include "OrvaneSyncCore/Services/Ingest/ReportHeader.h"
+
+#include "OrvaneSyncCore/Utilities/ReportColumns.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+/// The fields of a record without blanks around them. A record may be the whole file, so they are held once
+/// and never copied as they grow.
+PackedTexts trimmedFields(std::string_view record, char delimiter) {
+    PackedTexts fields;
+    fields.reserve(static_cast<std::size_t>(std::ranges::count(record, delimiter)) + 1, 0);
+    std::string field;
+    forEachCell(
+        record, delimiter, [&](std::string_view piece) { field += piece; },
+        [&] {
+            fields.append(platform::text::trimmed(field));
+            field.clear();
+        });
+    return fields;
+}
+
+/// Whether these are names of columns beyond doubt: two that reports have, one of which tells rows apart.
+bool areKnownColumns(const PackedTexts& fields) {
+    constexpr std::size_t mostLookedAt = 256, longestName = 40; // a field may be a whole file, too
+    int known = 0;
+    bool tellsRowsApart = false;
+    for (std::size_t i = 0; i < std::min(fields.size(), mostLookedAt); ++i) {
+        if (fields[i].empty() || fields[i].size() > longestName || !ReportColumns::isKnown(fields[i]))
+            continue;
+        ++known;
+        tellsRowsApart = tellsRowsApart || ReportColumns::tellsRowsApart(fields[i]);
+    }
+    return known > 1 && tellsRowsApart;
+}
+
+/// Within the first records, `from` of them passed over.
+std::optional<ReportHeader> knownHeader(std::string_view text, char delimiter, int from) {
+    constexpr int mostRecords = 64;
+    ReportRecords records(text, {&delimiter, 1});
+    for (int i = 0; i < mostRecords; ++i) {
+        const auto record = records.nextFilled();
+        if (!record) break;
+        if (i < from) continue;
+        if (PackedTexts fields = trimmedFields(*record, delimiter); areKnownColumns(fields))
+            return ReportHeader{std::move(fields), std::move(records), delimiter};
+    }
+    return std::nullopt;
+}
+
+/// Of a table whose columns nobody knows. Records of one field, such as a title, are passed over.
+std::optional<ReportHeader> firstWideRecord(std::string_view text, char delimiter) {
+    ReportRecords records(text, {&delimiter, 1});
+    while (const auto record = records.nextFilled())
+        if (PackedTexts fields = trimmedFields(*record, delimiter); fields.size() > 1)
+            return ReportHeader{std::move(fields), std::move(records), delimiter};
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<ReportHeader> findReportHeader(std::string_view text, char detected) {
+    if (auto header = knownHeader(text, detected, 0)) return header;
+    // So long a preamble that it alone chose the delimiter.
+    for (const char delimiter : reportDelimiters)
+        if (auto header = knownHeader(text, delimiter, delimiterRecords)) return header;
+    return firstWideRecord(text, detected);
+}
+
+} // namespace orvane

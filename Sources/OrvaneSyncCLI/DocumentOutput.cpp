@@ -72,6 +72,7 @@ DocumentOutput::DocumentOutput(Context& context, const Arguments& arguments, Run
       inputs_(std::move(inputs)), permission_{.replacesOthers = arguments.has("--force")},
       version_(documentVersion(arguments)), asJSON_(arguments.has("--json")),
       isNameChosen_(arguments.has("--event") || context.settings->textIfPresent("eventName")) {
+    if (output_ == "/dev/stdout") output_ = standardOutput;
     if (output_.empty()) throw UsageError("where to? -o OUT.fcpxml is missing");
     if (output_ == standardOutput && asJSON_) throw UsageError("-o - and --json both want standard output");
     document.eventName = arguments.value("--event");

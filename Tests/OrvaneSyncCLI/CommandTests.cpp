@@ -52,6 +52,7 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     check({"scan", folder.path("take.wav")}, 1, "it is not a folder");
     check({"sync", folder.path()}, 2, "-o OUT.fcpxml is missing");
     check({"sync", folder.path(), "-o", "-", "--json"}, 2, "both want standard output");
+    check({"sync", folder.path(), "-o", "/dev/stdout", "--json"}, 2, "both want standard output");
     check({"sync", folder.path(), "-o", folder.path("take.wav")}, 2, "names a media file");
     check({"sync", folder.path(), "-o", folder.path("t.R3D")}, 2, "names a media file");
     check({"sync", folder.path(), "-o", folder.path("no/where.fcpxml")}, 1, "No such file or directory");

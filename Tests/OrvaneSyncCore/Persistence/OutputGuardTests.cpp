@@ -84,6 +84,9 @@ TEST_F(OutputGuardTest, noPermissionOpensThesePlaces) {
     }
     for (const char* name : {"card/new.fcpxml", "new", "data/Orvane Tandrel Copy/groups.json"})
         EXPECT_EQ(refused(OutputKind::document, name, true), "") << name;
+    EXPECT_NO_THROW(OutputGuard(OutputKind::document).write("/dev/null", "gone"));
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+    EXPECT_THROW(OutputGuard(OutputKind::document).write("/dev/zero", "gone"), OutputRefused);
 }
 
 TEST_F(OutputGuardTest, ownOutputsOfTheKindAreWrittenAgainAndOthersWithPermission) {

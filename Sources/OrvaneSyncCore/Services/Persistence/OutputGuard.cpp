@@ -23,6 +23,7 @@ namespace {
 
 using enum OutputRefused::Reason;
 
+constexpr std::string_view nullDevice = "/dev/null";
 constexpr std::string_view otherName = "; give the output another name";
 
 [[noreturn]] void refuse(OutputRefused::Reason reason, const std::string& path, const std::string& why) {
@@ -105,6 +106,8 @@ OutputGuard::There OutputGuard::look(const std::string& path) const {
     if (const int reason = errno; !there && reason != ENOENT)
         refuse(place, path, std::generic_category().message(reason));
     const std::string target = files::standardized(files::behindLinks(path));
+    // Other devices may hold something: a tape is one, too.
+    if (there && !there->isRegularFile && target == nullDevice) return There::nothing;
     if (isForeignMediaName(kind_, target))
         refuse(place, path, "it leads to the media file '" + target + "'" + std::string(otherName));
     if (const std::string folder = files::folderOf(target), why = files::whyNoNewFile(folder); !why.empty())
@@ -123,7 +126,7 @@ OutputGuard::There OutputGuard::look(const std::string& path) const {
     const auto holdsMedia = isMedia(path);
     if (!isOwn && !holdsMedia) refuse(place, path, "what is there can't be read" + std::string(otherName));
     if (!isOwn && *holdsMedia)
-        refuse(place, path, "it leads to a media file, and media is never replaced" + std::string(otherName));
+        refuse(place, path, "a media file is there, and media is never replaced" + std::string(otherName));
     if (files::isReadOnly(path)) refuse(place, path, "the file there is read-only" + std::string(otherName));
     if (isOwn) return There::replaceable;
     const bool isScanned = std::ranges::any_of(

@@ -52,8 +52,8 @@ struct OutputPermission {
 /// Refused whatever the permission: the run's inputs (the same file by any name, links followed), the
 /// program's own files, media wherever it lies (by its name or by its first bytes; a rendering or picture
 /// with this program's mark may be rendered again), a name of media for an output that is none, a read-only
-/// file, and what is no regular file. Any other file is replaced if it is this program's own output of the
-/// same kind, or with permission. Any thread.
+/// file, and what is no regular file; /dev/null takes everything. Any other file is replaced if it is this
+/// program's own output of the same kind, or with permission. Any thread.
 class OutputGuard {
   public:
     explicit OutputGuard(OutputKind kind, RunInputs inputs = {}, OutputPermission permission = {});

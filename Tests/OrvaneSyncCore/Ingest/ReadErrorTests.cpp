@@ -46,8 +46,10 @@ TEST(ReadErrors, areNeverRemembered) {
         for (bool wentWrong = true; wentWrong; ++failures) {
             SCOPED_TRACE(name + std::string(", reads that go well: ") + std::to_string(failures));
             ASSERT_LT(failures, 1000);
+            // A folder each: what the last attempt read well must not be known to the next.
             const auto cache =
-                std::make_shared<ProbeCache>(folder.path("c"), std::make_unique<test::ManualQueue>());
+                std::make_shared<ProbeCache>(folder.path(std::string(name) + std::to_string(failures)),
+                                             std::make_unique<test::ManualQueue>());
             MediaProbeService service(settings, cache);
             std::vector<FileURL> unread;
             {

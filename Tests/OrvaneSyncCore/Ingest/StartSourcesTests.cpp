@@ -122,7 +122,8 @@ TEST_F(Starts, documentsWithinAFile) {
     check("box.mp4", camera().trailingAtom(test::atom("uuid", identity + packet)).bytes(),
           "01:00:00:00 fps25");
     check("camera.mp4", camera().trailingAtom(camerasOwn).bytes(), "02:00:00:00 fps25");
-    check("track first.mp4", camera().timecode({25, 1, 250}).trailingAtom(camerasOwn).bytes(), "00:00:10:00");
+    check("track first.mp4", camera().timecode({25, 1, 250}).trailingAtom(camerasOwn).bytes(),
+          "00:00:10:00 fps25");
     check("xmp.wav", WaveMaker().format({}).silence(8).chunk("_PMX", packet).bytes(), "01:00:00:00 fps25");
     check("xmp.aif", aiff(chunk("APPL", "XMP " + packet)), "01:00:00:00 fps25");
     check("ixml.aiff", aiff(chunk("iXML", ixml)), "01:00:00:00 fps25");

@@ -1,9 +1,12 @@
 #include "OrvaneSyncCLI/Printers.h"
 
 #include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Utilities/FilenameUtils.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Platform/Text.h"
 #include "Timecode/ExactRate.h"
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <unordered_map>
@@ -44,6 +47,21 @@ void addProxies(const ImportController& controller, std::vector<std::string>& wa
     warnings.push_back("left out as proxies of files that are here: " + firstAndMore(proxies));
 }
 
+/// The file by which the clip got its row; null where the row was found by a reel.
+const MediaAsset* fileOfRow(const SyncGroup& group) {
+    std::unordered_set<std::string> named; // as `normalizedName` has it
+    for (const auto& [column, cell] : *group.aleMetadata)
+        named.insert(platform::text::lowercased(
+            FilenameUtils::withoutExtension(cell.substr(cell.find_last_of("/\\") + 1))));
+    if (named.contains(group.video.normalizedName())) return &group.video;
+    for (const AudioMatch& match : group.audioMatches) {
+        const std::string name = match.audio->normalizedName();
+        if (named.contains(name) || named.contains(name.substr(0, name.rfind('_')) + "_x"))
+            return &*match.audio;
+    }
+    return nullptr;
+}
+
 /// A report names files without their folders: its row goes to each file of the name.
 void addFilesThatAReportMixesUp(const ImportController& controller, std::vector<std::string>& warnings) {
     if (!controller.aleFile()) return;
@@ -51,11 +69,12 @@ void addFilesThatAReportMixesUp(const ImportController& controller, std::vector<
     std::unordered_set<std::string> said;
     Names names;
     for (const SyncGroup& group : controller.syncGroups()) {
-        if (!group.hasALEMetadata()) continue;
-        std::string name = group.video.normalizedName();
-        const auto [first, isNew] = firstOfName.try_emplace(name, &group.video);
-        if (!isNew && first->second->url != group.video.url && said.insert(std::move(name)).second)
-            names.push_back(group.video.filename);
+        const MediaAsset* file = group.hasALEMetadata() ? fileOfRow(group) : nullptr;
+        if (!file) continue;
+        std::string name = file->normalizedName();
+        const auto [first, isNew] = firstOfName.try_emplace(name, file);
+        if (!isNew && first->second->url != file->url && said.insert(std::move(name)).second)
+            names.push_back(file->filename);
     }
     if (!names.empty())
         warnings.push_back("the report can't tell files of one name in different folders apart, and each has "
@@ -74,7 +93,7 @@ std::vector<std::string> scanWarnings(const ImportController& controller) {
         for (const FileURL& link : found->brokenLinks) links.push_back(link.path);
         if (!links.empty())
             warnings.push_back("links that lead nowhere: " + firstAndMore(links) +
-                               "; what they stand for is missing here");
+                               "; what they lead to is missing here");
     }
     addProxies(controller, warnings);
     addFilesThatAReportMixesUp(controller, warnings);

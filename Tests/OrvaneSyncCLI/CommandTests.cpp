@@ -53,6 +53,8 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     check({"sync", folder.path()}, 2, "-o OUT.fcpxml is missing");
     check({"sync", folder.path(), "-o", "-", "--json"}, 2, "both want standard output");
     check({"sync", folder.path(), "-o", "/dev/stdout", "--json"}, 2, "both want standard output");
+    check({"report", folder.write("sound.csv", test::WaveMaker().format({}).silence(10).bytes())}, 1,
+          "it is a media file");
     check({"sync", folder.path(), "-o", folder.path("take.wav")}, 2, "names a media file");
     check({"sync", folder.path(), "-o", folder.path("t.R3D")}, 2, "names a media file");
     check({"sync", folder.path(), "-o", folder.path("no/where.fcpxml")}, 1, "No such file or directory");
@@ -398,8 +400,41 @@ TEST_F(ShootTest, whatTheScanDoubtsIsALineAndInTheJSON) {
             EXPECT_EQ(std::ranges::count_if(warnings, [&](auto& w) { return w.starts_with(start); }), 1)
                 << start;
         }
-        EXPECT_NE(outcome.err.find("' and 1 more; what they stand for"), std::string::npos) << outcome.err;
+        EXPECT_NE(outcome.err.find("' and 1 more; what they lead to"), std::string::npos) << outcome.err;
     }
+}
+
+TEST(Reports, sayWhichFilesOfOneNameTheyMixUp) {
+    const test::TemporaryDirectory folder;
+    const auto clip = [&](const char* name, std::uint32_t hour) {
+        test::MovieMaker()
+            .video({.frames = 50})
+            .timecode({.firstFrame = hour * 90'000})
+            .writeTo(folder.path(name));
+    };
+    const auto sound = [&](const char* name, std::uint64_t hour) {
+        folder.write(name, test::WaveMaker()
+                               .format({})
+                               .bext({.timeReference = hour * 3600 * 48'000})
+                               .silence(48'000)
+                               .bytes());
+    };
+    clip("1/A001.mov", 10);
+    clip("2/A001.mov", 10);
+    clip("2/A002.mov", 11);
+    sound("1/T01.WAV", 10);
+    sound("2/T01.WAV", 11);
+    sound("2/T02.WAV", 11);
+    const auto mixedUp = [&](const std::string& rows) {
+        const std::string said = runWith({"scan", folder.path(), "--no-cache", "--report",
+                                          folder.write("r.csv", "Name,File Name,Scene,Take\n" + rows)})
+                                     .err;
+        const auto at = said.find("can't tell files of one name");
+        return at == std::string::npos ? "" : said.substr(said.find("row: ", at) + 5);
+    };
+    EXPECT_EQ(mixedUp("A001.mov,,1,1\n"), "'A001.mov'\n");
+    EXPECT_EQ(mixedUp(",T01.WAV,1,1\n"), "'T01.WAV'\n");
+    EXPECT_EQ(mixedUp(",T02.WAV,1,1\n"), "");
 }
 
 TEST_F(ShootTest, reportShowsWhatAMergeWouldTake) {

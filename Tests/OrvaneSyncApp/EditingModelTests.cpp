@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/ControllerTest.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "Support/Assets.h"
 #include "Support/Test.h"
 
@@ -90,17 +91,21 @@ struct Model {
             match.overlapDurationSeconds = std::max(0.0, std::min(a->endSeconds, b->endSeconds) -
                                                              std::max(a->startSeconds, b->startSeconds));
         }
+        const SyncGroup before = group;
         group.audioMatches.push_back(match);
         group.matchStatus = MatchStatus::manual();
+        carryDecisions(group, before);
     }
     void detach(SyncGroup& group, std::size_t at) {
         if (group.isLocked || at >= group.audioMatches.size()) return;
+        const SyncGroup before = group;
         const MediaAsset audio = group.audioMatches[at].audio;
         group.audioMatches.erase(group.audioMatches.begin() + static_cast<std::ptrdiff_t>(at));
         const int left = static_cast<int>(group.audioMatches.size());
         group.matchStatus = left == 0   ? MatchStatus::unmatched()
                             : left == 1 ? MatchStatus::manual()
                                         : MatchStatus::ambiguous(left);
+        carryDecisions(group, before);
         release(audio);
     }
     void confirm(SyncGroup& group) {
@@ -115,9 +120,11 @@ struct Model {
     }
     void resync(SyncGroup& group) {
         if (pool().empty()) return;
+        const SyncGroup before = group;
         const auto result = SyncEngine().match({group.video}, pool());
         group.audioMatches = result.front().audioMatches;
         group.matchStatus = result.front().matchStatus;
+        carryDecisions(group, before);
     }
     void resyncAll() {
         const auto audio = pool();
@@ -127,8 +134,10 @@ struct Model {
         for (const SyncGroup& result : SyncEngine().match(videos, audio))
             for (SyncGroup& group : groups)
                 if (group.video.url == result.video.url) {
+                    const SyncGroup before = group;
                     group.audioMatches = result.audioMatches;
                     group.matchStatus = result.matchStatus;
+                    carryDecisions(group, before);
                 }
     }
     void reset(SyncGroup& group, bool everything) {

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
+#include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -47,8 +48,10 @@ void ImportController::attachAudioToGroup(UUID groupID, MediaAsset audio) {
     const bool wasWild =
         std::erase_if(wildTracks_, [&](const WildTrack& track) { return track.id == audio.id; });
     edit(groupID, [&](SyncGroup& own) {
+        const SyncGroup before = own;
         own.audioMatches.push_back(matchByTimecode(own.video, audio));
         own.matchStatus = MatchStatus::manual();
+        carryDecisions(own, before);
     });
     if (wasWild) notify(ImportField::wildTracks);
     removeSmartAudioCaches(groupID);
@@ -80,8 +83,10 @@ void ImportController::removeAudioMatch(UUID groupID, UUID matchID) {
     if (match == group->audioMatches.end()) return;
     const std::vector<AudioMatch> released{*match};
     syncGroups_.update(groupID, [&](SyncGroup& own) {
+        const SyncGroup before = own;
         std::erase_if(own.audioMatches, [&](const AudioMatch& one) { return one.id == matchID; });
         own.matchStatus = statusAfterRemoval(own);
+        carryDecisions(own, before);
     });
     clipsLetGoOf(released);
     removeSmartAudioCaches(groupID);
@@ -127,8 +132,10 @@ void ImportController::resyncClip(UUID groupID) {
     if (pool.empty()) return;
     const SyncGroupList matched = syncEngine_.match({group->video}, pool);
     edit(groupID, [&](SyncGroup& own) {
+        const SyncGroup before = own;
         own.audioMatches = matched.front().audioMatches;
         own.matchStatus = matched.front().matchStatus;
+        carryDecisions(own, before);
     });
     removeSmartAudioCaches(groupID);
 }
@@ -146,8 +153,10 @@ void ImportController::resyncAllClips() {
     syncGroups_.updateWhere([](const SyncGroup&) { return true; },
                             [&](SyncGroup& own) {
                                 const SyncGroup& result = *byPath.at(own.video.url.path);
+                                const SyncGroup before = own;
                                 own.audioMatches = result.audioMatches;
                                 own.matchStatus = result.matchStatus;
+                                carryDecisions(own, before);
                             });
     notify(ImportField::syncGroups);
     invalidateCachesAfterUndo();

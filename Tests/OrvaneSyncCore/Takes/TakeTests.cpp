@@ -1,11 +1,14 @@
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
+#include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "Support/Assets.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <set>
 #include <sstream>
+#include <tuple>
 
 namespace orvane {
 namespace {
@@ -112,6 +115,10 @@ TEST(Take, rolesAndRunningNumbers) {
          "B/T-1.WAV part 1 @0, B/T-2.WAV part 1 @50, B/S.WAV alternate 2 @3, A/T-1.WAV mirror 0 @0, "
          "A/S.WAV mirror 0 @3, A/T-2.WAV mirror 0 @50",
          "Matched"},
+        {"copies of mono files that were cut short are no channels",
+         {{"A/T_1.WAV", 0, 60}, {"A/T_2.WAV", 0, 30}, {"B/T_1.WAV", 0, 50}, {"B/T_2.WAV", 0, 50}},
+         "A/T_1.WAV channel 1 @0, B/T_2.WAV channel 2 @0, B/T_1.WAV alternate 3 @0, A/T_2.WAV alternate 4 @0",
+         "Matched"},
         {"another take is in doubt as ever",
          {{"T_1.WAV", 0, 50}, {"U.WAV", 55, 9}},
          "T_1.WAV part 1 @0, U.WAV alternate 2 @55",
@@ -133,6 +140,32 @@ TEST(Take, axisAndLength) {
     EXPECT_EQ(chain.channelCount, 4);
     EXPECT_EQ(chain.runningChannelCount(), 5);
     EXPECT_TRUE(takeOf(clipOf({}), 2).isEmpty());
+}
+
+TEST(Take, decisionsFollowTheirChannels) {
+    const std::vector<File> files{{"A/T_1.WAV", 0, 60},
+                                  {"A/T_2.WAV", 0, 60},
+                                  {"A/T_3.WAV", 0, 60},
+                                  {"B/T_2.WAV", 0, 60},
+                                  {"U.WAV", 9, 50, 2}};
+    const SyncGroup before = clipOf(files);
+    const auto carried = [&](std::vector<File> now) {
+        SyncGroup clip = clipOf(now);
+        clip.manualActiveTracks = {2, 3, 5};
+        clip.manualBlockOverrides = {{{}, 1, 4, 3}};
+        carryDecisions(clip, before);
+        const auto& ranges = clip.manualBlockOverrides;
+        return std::tuple(clip.manualActiveTracks, ranges.empty() ? 0 : ranges[0].trackIndex,
+                          ranges.empty() ? 0 : ranges[0].startSeconds);
+    };
+    using Tracks = std::set<int>;
+    EXPECT_EQ(carried({files[1], files[2], files[4]}), std::tuple(Tracks{1, 2, 4}, 2, 1.0));
+    EXPECT_EQ(carried({files[0], files[2], files[3], files[4]}), std::tuple(Tracks{2, 3, 5}, 2, 1.0));
+    EXPECT_EQ(carried({files[0], files[1]}), std::tuple(Tracks{2}, 0, 0.0));
+    EXPECT_EQ(std::get<0>(carried({})), (Tracks{2, 3, 5}));
+    auto joined = files;
+    joined.push_back({"A/T_0.WAV", -0.25, 60});
+    EXPECT_EQ(carried(joined), std::tuple(Tracks{3, 4, 6}, 4, 1.25));
 }
 
 TEST(Take, namesOfChannels) {

@@ -9,6 +9,7 @@
 #include <map>
 #include <numeric>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <tuple>
 #include <utility>
@@ -150,19 +151,33 @@ class Finder {
         }
     }
 
-    /// The file and what lies beside it, in the order of their paths; all of it is used then.
+    /// The file and what lies beside it, in the order of their paths; all of it is used then. Of files of one
+    /// name, as a copy that was cut short has it, one belongs: it would be the same channel twice.
     Indices section(std::size_t seed) {
         Indices found{seed};
         isUsed_[seed] = true;
-        for (const std::size_t i : startingNear(start(seed), startToleranceSeconds)) {
-            if (isUsed_[i] || !mayBeOfOneRecorder(asset(seed), asset(i)) ||
-                !isOfOneTake(asset(seed), asset(i)))
-                continue;
-            isUsed_[i] = true;
-            found.push_back(i);
+        Indices near;
+        for (const std::size_t i : startingNear(start(seed), startToleranceSeconds))
+            if (!isUsed_[i] && mayBeOfOneRecorder(asset(seed), asset(i)) &&
+                isOfOneTake(asset(seed), asset(i)))
+                near.push_back(i);
+        std::ranges::stable_partition(
+            near, [&](std::size_t i) { return folderOf(asset(i)) == folderOf(asset(seed)); });
+        std::map<std::string, std::size_t> byName;
+        for (const std::size_t i : near) {
+            const auto [same, isNew] = byName.try_emplace(asset(i).normalizedName(), i);
+            if (!isNew && isFullerCopy(i, same->second)) same->second = i;
+        }
+        for (const auto& [name, file] : byName) {
+            isUsed_[file] = true;
+            found.push_back(file);
         }
         sortByPath(found);
         return found;
+    }
+    /// Two recorders that count alike do not start on one sample.
+    bool isFullerCopy(std::size_t i, std::size_t other) const {
+        return std::abs(start(i) - start(other)) < sameStartSeconds && end(i) > end(other) + sameStartSeconds;
     }
 
     /// What has no length, as a file that says nothing of it, has no place in a chain.

@@ -1,0 +1,91 @@
+#include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
+
+#include "OrvaneSyncCore/Services/Takes/Take.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <set>
+#include <utility>
+#include <vector>
+
+namespace orvane {
+
+namespace {
+
+/// Which running number of `after` a number of `before` has; none for a channel that is gone.
+class Renumbering {
+  public:
+    Renumbering(const SyncGroup& before, const Take& takeBefore, const SyncGroup& after,
+                const Take& takeAfter) {
+        for (const TakeFile& file : takeBefore.files) {
+            const MediaAsset& own = *before.audioMatches[file.matchIndex].audio;
+            if (file.role == TakeRole::mirror) continue;
+            const TakeFile* now =
+                fileOf(after, takeAfter, [&](const MediaAsset& one) { return one.url == own.url; });
+            // Its copy may have been left out until it was gone.
+            if (now == nullptr)
+                now = fileOf(after, takeAfter, [&](const MediaAsset& one) {
+                    return one.filename == own.filename && wasCopy(before, takeBefore, one);
+                });
+            for (int channel = 0; channel < file.channelCount; ++channel) {
+                auto& number = numbers_[file.firstChannel + channel];
+                if (!number && now != nullptr && channel < now->channelCount)
+                    number = now->firstChannel + channel;
+            }
+        }
+    }
+    std::optional<int> of(int number) const {
+        const auto found = numbers_.find(number);
+        return found == numbers_.end() ? std::optional(number) : found->second;
+    }
+    std::set<int> of(const std::set<int>& numbers) const {
+        std::set<int> result;
+        for (const int number : numbers)
+            if (const auto own = of(number)) result.insert(*own);
+        return result;
+    }
+
+  private:
+    template <class Condition>
+    static const TakeFile* fileOf(const SyncGroup& group, const Take& take, Condition holds) {
+        const auto found = std::ranges::find_if(take.files, [&](const TakeFile& file) {
+            return file.role != TakeRole::mirror && holds(*group.audioMatches[file.matchIndex].audio);
+        });
+        return found == take.files.end() ? nullptr : &*found;
+    }
+    static bool wasCopy(const SyncGroup& before, const Take& take, const MediaAsset& audio) {
+        return std::ranges::any_of(take.files, [&](const TakeFile& file) {
+            return file.role == TakeRole::mirror &&
+                   before.audioMatches[file.matchIndex].audio->url == audio.url;
+        });
+    }
+
+    std::map<int, std::optional<int>> numbers_;
+};
+
+} // namespace
+
+void carryDecisions(SyncGroup& group, const SyncGroup& before) {
+    if (group.manualActiveTracks.empty() && group.algorithmExcludedTracks.empty() &&
+        group.manualBlockOverrides.empty())
+        return;
+    const Take was = takeOf(before, assumedChannels), is = takeOf(group, assumedChannels);
+    if (was.isEmpty() || is.isEmpty()) return;
+    const Renumbering renumbered(before, was, group, is);
+    group.manualActiveTracks = renumbered.of(group.manualActiveTracks);
+    group.algorithmExcludedTracks = renumbered.of(group.algorithmExcludedTracks);
+    const double later = was.offsetSeconds - is.offsetSeconds;
+    std::vector<BlockOverride> ranges;
+    for (BlockOverride range : group.manualBlockOverrides) {
+        const auto number = renumbered.of(range.trackIndex);
+        if (!number || range.endSeconds + later <= 0) continue;
+        range.trackIndex = *number;
+        range.startSeconds = std::max(0.0, range.startSeconds + later);
+        range.endSeconds += later;
+        ranges.push_back(range);
+    }
+    group.manualBlockOverrides = std::move(ranges);
+}
+
+} // namespace orvane

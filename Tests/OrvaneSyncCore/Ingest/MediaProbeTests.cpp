@@ -284,6 +284,11 @@ TEST_F(Probe, aHitIsOfTheKindAskedForAndStillTheWholeTruth) {
     const MediaAsset heard = service.probe(url, AssetKind::audio);
     EXPECT_EQ(heard.startTimecodeString, "10:00:00:00") << "its sound was not listened to before";
     EXPECT_EQ(heard.id, first.id) << "the file is the same";
+    settings.set("ltc.enabled", false);
+    const MediaAsset unheard = service.probe(url, AssetKind::audio);
+    EXPECT_FALSE(unheard.startTimecodeString || unheard.bextTimeReference)
+        << "the settings decide, not the cache";
+    EXPECT_EQ(unheard.id, first.id);
     const MediaAsset other = service.probe(url, AssetKind::video);
     EXPECT_EQ(other.kind, AssetKind::video);
     EXPECT_NE(other.id, first.id);

@@ -197,14 +197,16 @@ MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
         try {
             const platform::ReadErrorWatch watch;
             Probed probed = probeFile(urls[i], kind, sideFiles);
+            if (known[i].earlierID) probed.asset.id = *known[i].earlierID;
+            assets[i] = probed.asset;
+            isProbed = true;
+            if (probed.isOpened && isToBeHeard(assets[i])) listenForTimecode(assets[i]);
             const bool isWhole = probed.isOpened && !watch.hasSeenError();
             isRead[which] = isWhole ? 1 : 0;
-            if (known[i].earlierID) probed.asset.id = *known[i].earlierID;
-            assets[i] = std::move(probed.asset);
-            isProbed = true;
-            // What an error hid would stay hidden as long as the file is the same.
+            // What an error hid would stay hidden as long as the file is the same. A start that was heard is
+            // not remembered: it hangs on the settings, which change without the file.
             if (cache_ && known[i].attributes && isWhole && probed.isFact)
-                cache_->store(assets[i], *known[i].attributes);
+                cache_->store(probed.asset, *known[i].attributes);
         } catch (const std::exception&) { // one file took all the memory; the others go on
             if (!isProbed) assets[i] = MediaAsset(urls[i], kind);
         }
@@ -286,7 +288,6 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
     if (mayHoldBroadcastChunks(extension)) readBroadcastMetadata(asset, *file);
     if (!asset.startTimecodeString) StartSources::readEmbedded(asset, *file);
     if (!asset.startTimecodeString && kind == AssetKind::video) StartSources::readSideFile(asset, sideFiles);
-    if (isToBeHeard(asset)) listenForTimecode(asset);
     return probed;
 }
 

@@ -11,7 +11,7 @@ namespace orvane::platform {
 /// more than eight. In a movie the documents of a top-level "meta" ("xml ", where cameras keep what they also
 /// write into a file beside the clip), then XMP packets: "XMP_" in the user data, and the box with XMP's
 /// identity at the top level or in "moov". In WAVE the chunk "_PMX", in AIFF the application chunk "XMP "
-/// (places by the XMP specification, part 3). Any thread.
+/// (places by ISO 16684 and the XMP documents on storage in files). Any thread.
 std::vector<std::string> readEmbeddedXML(RandomAccessFile& file);
 
 } // namespace orvane::platform

@@ -8,7 +8,7 @@
 namespace orvane {
 
 /// Reads the start timecode that an XML document about a clip states, in one of three forms:
-/// - XMP (specification, part 2): `altTimecode`, which counts instead of `startTimecode` where both stand,
+/// - XMP (its dynamic media schema): `altTimecode`, which counts instead of `startTimecode` where both stand,
 /// with
 ///   `timeValue` and `timeFormat`, in the description of the file itself and not of what it was made of. A
 ///   start of 0 is what editing programs write that know none, and is none.

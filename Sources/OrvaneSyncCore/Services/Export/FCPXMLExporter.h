@@ -73,8 +73,7 @@ fcpxml::Time manualOffsetTime(double seconds, double fps);
 /// Exact to the sample where the file has a time reference.
 std::optional<fcpxml::Time> audioStartTime(const MediaAsset& asset);
 /// Where the first sample lies on the clip's axis, without manual and global offset: at the recording's own
-/// start where the picture has one too, else by the sync offset, to the sample, from the start of the
-/// picture.
+/// start, else by the sync offset, to the sample, from the start of the picture.
 fcpxml::Time audioPlaceTime(const SyncGroup& group, const AudioMatch& match, double fps);
 /// All samples of a file of sound, exactly. Nothing for an absent duration and one not above 0.
 std::optional<fcpxml::Time> soundDuration(std::optional<double> seconds, int sampleRate);

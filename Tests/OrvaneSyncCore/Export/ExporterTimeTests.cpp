@@ -90,27 +90,5 @@ TEST(ExporterTime, SoundStartsOnItsSample) {
     EXPECT_EQ(audioStartTime(audio)->description(), "18446744073709551615s");
 }
 
-TEST(ExporterTime, SoundLiesWhereBothStartsOrTheSyncOffsetPutIt) {
-    const auto place = [](const std::optional<std::string>& picture, std::optional<std::uint64_t> sound) {
-        MediaAsset video = test::picture(), audio = test::recording(2);
-        video.startTimecodeString = picture;
-        audio.startTimecodeString.reset();
-        audio.bextTimeReference = sound;
-        const SyncGroup group(video, {AudioMatch(audio, 1.5, 0)}, MatchStatus::manual());
-        return audioPlaceTime(group, group.audioMatches[0], 25);
-    };
-    EXPECT_EQ(place("01:00:00:00", 48000 * 3602), Time(3602, 1));
-    EXPECT_EQ(place("01:00:00:00", std::nullopt), Time(7203, 2));
-    EXPECT_EQ(place(std::nullopt, 48000 * 3602), Time(3, 2)) << "not an hour behind the picture";
-    EXPECT_EQ(place(std::nullopt, std::nullopt), Time(3, 2));
-
-    MediaAsset video = test::picture(), next = test::recording(2, "MIX_013.WAV");
-    video.startTimecodeString.reset();
-    *next.bextTimeReference += 48000ULL * 30;
-    const std::string document = test::exported(
-        {video, {AudioMatch(test::recording(2), 1.5, 0), AudioMatch(next, 0, 0)}, MatchStatus::manual()});
-    EXPECT_NE(document.find("offset=\"63/2s\""), std::string::npos) << "the next part follows the first";
-}
-
 } // namespace
 } // namespace orvane

@@ -16,15 +16,6 @@ constexpr double smallestGlobalOffsetSeconds = 0.0001;
 // What a wave file's header can state; a larger count is a fault of the file.
 constexpr int mostChannels = 65535;
 
-/// The files of a take keep their distances under a picture that has no start either.
-Time placeOf(const SyncGroup& group, const TakeFile& file, double fps) {
-    const AudioMatch &match = group.audioMatches[file.matchIndex], &first = group.audioMatches.front();
-    const auto own = audioStartTime(match.audio), firstStart = audioStartTime(first.audio);
-    if (isHeard(file.role) && own && firstStart && !pictureStartTime(group.video, fps))
-        return audioPlaceTime(group, first, fps) + (*own - *firstStart);
-    return audioPlaceTime(group, match, fps);
-}
-
 /// One file of a clip on its own time axis.
 struct Placement {
     const MediaAsset& audio;
@@ -36,7 +27,8 @@ struct Placement {
 
     Placement(const SyncGroup& group, const TakeFile& takeFile, const std::string& id, double fps)
         : audio(group.audioMatches[takeFile.matchIndex].audio), assetID(id), file(takeFile),
-          start(audioStartTime(audio).value_or(Time::zero())), place(placeOf(group, takeFile, fps)),
+          start(audioStartTime(audio).value_or(Time::zero())),
+          place(audioPlaceTime(group, group.audioMatches[takeFile.matchIndex], fps)),
           duration(soundLength(soundDuration(audio.durationSeconds, audioRate(audio)), fps)) {}
 };
 

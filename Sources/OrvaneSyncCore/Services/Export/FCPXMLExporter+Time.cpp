@@ -96,10 +96,8 @@ std::optional<Time> audioStartTime(const MediaAsset& asset) {
 }
 
 Time audioPlaceTime(const SyncGroup& group, const AudioMatch& match, double fps) {
-    const auto picture = pictureStartTime(group.video, fps);
-    const auto own = audioStartTime(match.audio);
-    if (picture && own) return *own;
-    return picture.value_or(Time::zero()) +
+    if (const auto own = audioStartTime(match.audio)) return *own;
+    return pictureStartTime(group.video, fps).value_or(Time::zero()) +
            wholeSamples(match.syncOffsetSeconds, audioRate(match.audio)).value_or(Time::zero());
 }
 

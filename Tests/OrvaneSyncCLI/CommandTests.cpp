@@ -407,10 +407,8 @@ TEST_F(ShootTest, whatTheScanDoubtsIsALineAndInTheJSON) {
 TEST(Reports, sayWhichFilesOfOneNameTheyMixUp) {
     const test::TemporaryDirectory folder;
     const auto clip = [&](const char* name, std::uint32_t hour) {
-        test::MovieMaker()
-            .video({.frames = 50})
-            .timecode({.firstFrame = hour * 90'000})
-            .writeTo(folder.path(name));
+        folder.write(
+            name, test::MovieMaker().video({.frames = 50}).timecode({.firstFrame = hour * 90'000}).bytes());
     };
     const auto sound = [&](const char* name, std::uint64_t hour) {
         folder.write(name, test::WaveMaker()

@@ -19,6 +19,12 @@
 #endif
 #endif
 
+#ifdef ORVANE_SANITIZED
+// Of the sanitizer's runtime; not every compiler brings the header that declares it.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*, std::size_t),
+                                                         void (*)(const volatile void*));
+#endif
+
 namespace orvane::test {
 
 namespace {
@@ -31,12 +37,26 @@ void report(const char* call) noexcept {
     violation.compare_exchange_strong(none, call);
 }
 
+constexpr const char* allocation = "allocation";
+constexpr const char* release = "release";
+
+#ifdef ORVANE_SANITIZED
+
+// A sanitizer has an allocator of its own and tells of its calls.
+const int hooks =
+    __sanitizer_install_malloc_and_free_hooks([](const volatile void*, std::size_t) { report(allocation); },
+                                              [](const volatile void*) { report(release); });
+
+#else
+
 void* allocated(std::size_t size) {
-    report("operator new");
+    report(allocation);
     void* memory = std::malloc(size == 0 ? 1 : size);
     if (memory == nullptr) throw std::bad_alloc();
     return memory;
 }
+
+#endif
 
 } // namespace
 
@@ -57,17 +77,17 @@ void RealtimeWatch::reset() { violation = nullptr; }
 
 } // namespace orvane::test
 
+#ifndef ORVANE_SANITIZED
+
 void* operator new(std::size_t size) { return orvane::test::allocated(size); }
 void* operator new[](std::size_t size) { return orvane::test::allocated(size); }
 void operator delete(void* memory) noexcept {
-    orvane::test::report("operator delete");
+    orvane::test::report(orvane::test::release);
     std::free(memory);
 }
 void operator delete[](void* memory) noexcept { operator delete(memory); }
 void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { operator delete(memory); }
-
-#ifndef ORVANE_SANITIZED
 
 // The program's own definition comes before that of the C library, for all code of the process.
 #define ORVANE_WATCHED(name, parameters, arguments)                                                          \

@@ -59,7 +59,9 @@ class OpenSession {
     OpenSession& operator=(const OpenSession&) = delete;
 
     UUID id() const { return *manager->currentSessionId(); }
-    void changeOne() { controller->toggleApproved(controller->syncGroups()[++at_ % clips].id); }
+    void changeOne() {
+        controller->clips().toggleApproved(controller->work().syncGroups()[++at_ % clips].id);
+    }
     void finishWrites() {
         manager->flush().whenDone([this](const std::exception_ptr&) { loop_->quit(); });
         loop_->run();

@@ -11,24 +11,24 @@ TEST_F(SessionManagerTest, reopensAllThatTheEditorDecided) {
     manager_->start(controller_);
     const UUID id = newSession();
     bringClips(3);
-    const UUID clip = controller_->syncGroups().front().id;
+    const UUID clip = controller_->work().syncGroups().front().id;
     controller_->withUndo({"Edit"}, [&] {
-        controller_->adjustAudioOffset(clip, -0.25);
-        controller_->setMasterGain(clip, 4.5, false);
-        controller_->toggleLocked(clip);
+        controller_->clips().adjustAudioOffset(clip, -0.25);
+        controller_->tracks().setMasterGain(clip, 4.5, false);
+        controller_->clips().toggleLocked(clip);
     });
     flush();
     EXPECT_EQ(manager_->lastSaveError(), std::nullopt);
     EXPECT_EQ(names(id), (std::set<std::string>{"folders.json", "groups.json", "session.json"}));
 
     manager_ = makeManager();
-    const JSON before = toJSONArray(controller_->syncGroups());
+    const JSON before = toJSONArray(controller_->work().syncGroups());
     controller_ = makeController();
     manager_->loadMostRecentSession(*controller_);
     EXPECT_EQ(manager_->currentSessionId(), id);
-    EXPECT_TRUE(toJSONArray(controller_->syncGroups()) == before);
-    EXPECT_EQ(controller_->videoFolderURL(), FileURL{"/media/Day 1"});
-    EXPECT_FALSE(controller_->undoState().canUndo);
+    EXPECT_TRUE(toJSONArray(controller_->work().syncGroups()) == before);
+    EXPECT_EQ(controller_->work().videoFolderURL(), FileURL{"/media/Day 1"});
+    EXPECT_FALSE(controller_->work().undoState().canUndo);
     const SessionInfo& info = *manager_->session(id);
     EXPECT_EQ(std::tuple(info.name, info.groupCount, info.lockedCount), std::tuple("Day 1", 3, 1));
     manager_->load(UUID::random(), *controller_); // there is no such session
@@ -59,10 +59,10 @@ TEST_F(SessionManagerTest, namesFollowTheFoldersUntilSomebodyNamesThem) {
     const auto name = [&] { return manager_->sessions().front().name; };
     const UUID id = newSession();
     EXPECT_EQ(name(), "Session 17.05.2024");
-    controller_->setAudioFolderURL(FileURL{"/x/Sound Day 3"});
+    controller_->scan().setAudioFolderURL(FileURL{"/x/Sound Day 3"});
     manager_->save(*controller_);
     EXPECT_EQ(name(), "Sound Day 3");
-    controller_->setVideoFolderURL(FileURL{"/x/Cam/"});
+    controller_->scan().setVideoFolderURL(FileURL{"/x/Cam/"});
     manager_->save(*controller_);
     EXPECT_EQ(name(), "Cam");
     manager_->rename(id, "Mine");
@@ -110,8 +110,9 @@ TEST_F(SessionManagerTest, savesAfterChangesByTheTimerAndWhenLeft) {
     EXPECT_EQ(onDisk(id).groups.size(), 2U);
     bringClips(1);
     const auto takeOut = [&] {
-        controller_->withUndo(
-            {"Take out"}, [&] { controller_->removeVideoFromSync(controller_->syncGroups().front().id); });
+        controller_->withUndo({"Take out"}, [&] {
+            controller_->recordings().removeVideoFromSync(controller_->work().syncGroups().front().id);
+        });
     };
     takeOut();
     flush();
@@ -132,11 +133,11 @@ TEST_F(SessionManagerTest, savesAfterChangesByTheTimerAndWhenLeft) {
     // Before the first step lies work that was not there yet, and no decision.
     newSession();
     controller_->withUndo({"Nothing"}, [] {});
-    controller_->setVideoFolderURL(FileURL{"/media/Day 1"});
+    controller_->scan().setVideoFolderURL(FileURL{"/media/Day 1"});
     flush();
-    EXPECT_FALSE(controller_->isEmptiedByEdit());
+    EXPECT_FALSE(controller_->work().isEmptiedByEdit());
     controller_->undo();
-    EXPECT_FALSE(controller_->isEmptiedByEdit());
+    EXPECT_FALSE(controller_->work().isEmptiedByEdit());
 }
 
 TEST_F(SessionManagerTest, theNewestSaveWinsAndNoneIsLostToAnother) {
@@ -163,7 +164,7 @@ TEST_F(SessionManagerTest, theNewestSaveWinsAndNoneIsLostToAnother) {
          [&](const UUID& id, const UUID& other) {
              manager_->load(other, *controller_);
              manager_->load(id, *controller_);
-             EXPECT_TRUE(controller_->syncGroups().front().isApproved);
+             EXPECT_TRUE(controller_->work().syncGroups().front().isApproved);
          }},
         {"a new session right after the edit",
          [&](const UUID&, const UUID&) { manager_->newSession(*controller_); }},

@@ -108,9 +108,10 @@ SessionInfoChange SessionManager::changeBySave(const Work& work, std::optional<s
 /// Folders are changed by choosing others: work without them does not take away those that the session has. A
 /// bookmark, of another platform, goes with the path it was made of.
 SessionManager::Work SessionManager::workOf(const ImportController& controller) const {
-    Work work{controller.syncGroups(), controller.isEmptiedByEdit(), {.folders = knownFolders_}};
-    const auto& video = controller.videoFolderURL();
-    const auto& audio = controller.audioFolderURL();
+    Work work{
+        controller.work().syncGroups(), controller.work().isEmptiedByEdit(), {.folders = knownFolders_}};
+    const auto& video = controller.work().videoFolderURL();
+    const auto& audio = controller.work().audioFolderURL();
     SessionFoldersChange& folders = work.folders;
     folders.hasVideo = video && video != knownFolders_.videoFolder;
     folders.hasAudio = audio && audio != knownFolders_.audioFolder;
@@ -186,7 +187,7 @@ void SessionManager::autosaveIfNeeded() {
         deletionProblem_ = "Another program has deleted this session; the next change saves it anew";
         return tellProblem();
     }
-    if (!controller->syncGroups().empty() || controller->isEmptiedByEdit()) save(*controller);
+    if (!controller->work().syncGroups().empty() || controller->work().isEmptiedByEdit()) save(*controller);
 }
 
 /// And nothing of it waits to be written here.

@@ -20,18 +20,18 @@ JSON loadALE(Desk& desk, const Call& call) {
     const FileURL file = readableFile(call.text("path"));
     if (const std::string why = whyNoReport(file.path); !why.empty())
         throw Error(ErrorCode::operationFailed, "can't read the report '" + file.path + "': " + why);
-    desk.controller->loadALE(file);
-    if (const auto& problem = desk.controller->aleImportError())
+    desk.controller->reports().loadALE(file);
+    if (const auto& problem = desk.controller->reports().aleImportError())
         throw Error(ErrorCode::operationFailed, *problem);
     return {};
 }
 
 ExportSettings exportSettings(Desk& desk, const Call& call) {
-    ImportController::ExportOptions options;
+    ExportController::Options options;
     options.eventName = call.textIfPresent("eventName");
     if (const auto& session = desk.sessions->currentSessionId())
         options.metadataPrefix = desk.sessions->metadataPrefix(*session).value_or("");
-    return desk.controller->exportSettings(options);
+    return desk.controller->exporting().exportSettings(options);
 }
 
 OutputPermission permission(const Call& call) {
@@ -42,7 +42,7 @@ OutputPermission permission(const Call& call) {
 JSON written(const ImportController& controller, const Call& call,
              const std::function<ExportResult()>& exported) {
     const std::string& output = call.text("output");
-    const OutputGuard guard(OutputKind::document, controller.inputs(), permission(call));
+    const OutputGuard guard(OutputKind::document, controller.project().inputs(), permission(call));
     guard.check(output);
     ExportResult result = exported();
     guard.write(output, result.fcpxmlString);
@@ -52,26 +52,27 @@ JSON written(const ImportController& controller, const Call& call,
 
 JSON exportFCPXML(Desk& desk, const Call& call) {
     const ImportController& controller = *desk.controller;
-    return written(controller, call, [&] { return controller.exportFCPXML(exportSettings(desk, call)); });
+    return written(controller, call,
+                   [&] { return controller.exporting().exportFCPXML(exportSettings(desk, call)); });
 }
 
 JSON exportSingleClip(Desk& desk, const Call& call) {
     const ImportController& controller = *desk.controller;
     return written(controller, call, [&] {
-        return controller.exportSingleClip(call.id("groupID"), exportSettings(desk, call));
+        return controller.exporting().exportSingleClip(call.id("groupID"), exportSettings(desk, call));
     });
 }
 
 /// An operation on one clip that opens its own undo step, and one on all clips.
-Method onGroup(std::string_view name, void (ImportController::*operation)(UUID)) {
+Method onGroup(std::string_view name, void (ReportController::*operation)(UUID)) {
     return {name, {groupID}, [operation](Desk& desk, const Call& call) {
-                (*desk.controller.*operation)(call.id("groupID"));
+                (desk.controller->reports().*operation)(call.id("groupID"));
                 return JSON();
             }};
 }
-Method onAll(std::string_view name, void (ImportController::*operation)()) {
+Method onAll(std::string_view name, void (ReportController::*operation)()) {
     return {name, {}, [operation](Desk& desk, const Call&) {
-                (*desk.controller.*operation)();
+                (desk.controller->reports().*operation)();
                 return JSON();
             }};
 }
@@ -79,13 +80,12 @@ Method onAll(std::string_view name, void (ImportController::*operation)()) {
 } // namespace
 
 std::vector<Method> reportMethods() {
-    using Controller = ImportController;
     return {
         Method("loadALE", {{"path", path}}, loadALE),
-        onGroup("clearALEMetadata", &Controller::clearALEMetadata),
-        onGroup("clearLockitMetadata", &Controller::clearLockitMetadata),
-        onAll("clearALEMetadataForAllClips", &Controller::clearALEMetadataForAllClips),
-        onAll("clearLockitMetadataForAllClips", &Controller::clearLockitMetadataForAllClips),
+        onGroup("clearALEMetadata", &ReportController::clearALEMetadata),
+        onGroup("clearLockitMetadata", &ReportController::clearLockitMetadata),
+        onAll("clearALEMetadataForAllClips", &ReportController::clearALEMetadataForAllClips),
+        onAll("clearLockitMetadataForAllClips", &ReportController::clearLockitMetadataForAllClips),
     };
 }
 
@@ -93,13 +93,13 @@ std::vector<Method> fileMethods() {
     return {
         Method("saveProject", {{"path", path}, overwrite},
                [](Desk& desk, const Call& call) {
-                   desk.controller->saveProject({platform::files::standardized(call.text("path"))},
-                                                permission(call));
+                   desk.controller->project().saveProject({platform::files::standardized(call.text("path"))},
+                                                          permission(call));
                    return JSON();
                }),
         Method::later("loadProject", {{"path", path}},
                       [](Desk& desk, const Call& call, const std::shared_ptr<JSON>&) {
-                          return desk.controller->loadProject(readableFile(call.text("path")));
+                          return desk.controller->project().loadProject(readableFile(call.text("path")));
                       }),
         Method("exportFCPXML", {{"output", path}, {"eventName", text, true}, overwrite}, exportFCPXML),
         Method("exportSingleClip", {groupID, {"output", path}, {"eventName", text, true}, overwrite},

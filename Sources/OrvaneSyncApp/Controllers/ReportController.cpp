@@ -1,4 +1,4 @@
-#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/Controllers/ReportController.h"
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/Metadata/ImportedMetadataClearing.h"
@@ -25,12 +25,9 @@ std::function<bool(SyncGroupList&)> inOneGroup(UUID groupID, bool (*clear)(SyncG
 
 } // namespace
 
-void ImportController::loadALE(const FileURL& url) {
-    assertOnMainThread();
-    aleFileURL_.reset();
-    aleFile_.reset();
-    aleImportError_.reset();
-    aleMatchStatus_.reset();
+void ReportController::loadALE(const FileURL& url) {
+    work_.notices.assertOnMainThread();
+    forget();
     try {
         aleFile_ = aleParser_.parse(url);
         aleFileURL_ = url;
@@ -39,27 +36,42 @@ void ImportController::loadALE(const FileURL& url) {
     } catch (const std::exception&) { // a huge file may ask for more memory than there is
         aleImportError_ = url.lastPathComponent() + ": " + ALEParserError::unreadable().what();
     }
-    notify(ImportField::report);
+    work_.notify(ImportField::report);
     mergeLoadedReport();
 }
 
-void ImportController::mergeLoadedReport() {
-    if (!aleFile_ || syncGroups_.empty()) return;
-    const ALEMatchStrategy strategy = aleMatchStrategyFromDefaults();
-    const auto result = metadataMerger_.merge(*aleFile_, syncGroups_, strategy);
-    aleMatchStatus_ = aleMatchStatusMessage(result, strategy);
-    notify(ImportField::syncGroups);
-    notify(ImportField::report);
+void ReportController::forget() {
+    aleFileURL_.reset();
+    aleFile_.reset();
+    aleImportError_.reset();
+    aleMatchStatus_.reset();
 }
 
-ALEMatchStrategy ImportController::aleMatchStrategyFromDefaults() const {
-    const SettingsReader settings(*settings_);
+void ReportController::clear() {
+    forget();
+    work_.notify(ImportField::report);
+}
+
+void ReportController::mergeLoadedReport() {
+    if (!aleFile_ || work_.syncGroups().empty()) return;
+    const ALEMatchStrategy strategy = aleMatchStrategyFromDefaults();
+    work_.notices.together([&] {
+        work_.changeClips([&](SyncGroupList& groups) {
+            const auto result = metadataMerger_.merge(*aleFile_, groups, strategy);
+            aleMatchStatus_ = aleMatchStatusMessage(result, strategy);
+        });
+        work_.notify(ImportField::report);
+    });
+}
+
+ALEMatchStrategy ReportController::aleMatchStrategyFromDefaults() const {
+    const SettingsReader settings(*work_.environment.settings);
     return settings.text("ale.matchField") == "column"
                ? ALEMatchStrategy::column(settings.text("ale.matchColumn"))
                : ALEMatchStrategy::name();
 }
 
-std::string ImportController::aleMatchStatusMessage(const MetadataMerger::MergeResult& result,
+std::string ReportController::aleMatchStatusMessage(const MetadataMerger::MergeResult& result,
                                                     const ALEMatchStrategy& strategy) {
     std::string message = "ALE geladen: " + std::to_string(result.matched) + " von " +
                           std::to_string(result.total) + " Clips zugeordnet";
@@ -71,43 +83,44 @@ std::string ImportController::aleMatchStatusMessage(const MetadataMerger::MergeR
 }
 
 /// The list is cheap to copy, so that the step is opened only where there is something to take back.
-void ImportController::clearMetadata(const UndoStep& step, const std::function<bool(SyncGroupList&)>& clear) {
-    assertOnMainThread();
-    SyncGroupList cleared = syncGroups_;
+void ReportController::clearMetadata(const UndoStep& step, const std::function<bool(SyncGroupList&)>& clear) {
+    work_.notices.assertOnMainThread();
+    SyncGroupList cleared = work_.syncGroups();
     if (!clear(cleared)) return;
-    withUndo(step, [&] { set(syncGroups_, std::move(cleared), ImportField::syncGroups); });
+    work_.withUndo(step,
+                   [&] { work_.changeClips([&](SyncGroupList& groups) { groups = std::move(cleared); }); });
 }
 
-void ImportController::clearALEMetadata(UUID groupID) {
+void ReportController::clearALEMetadata(UUID groupID) {
     clearMetadata(undoSteps::clearALEMetadata,
                   inOneGroup(groupID, ImportedMetadataClearing::clearALEMetadata));
 }
 
-void ImportController::clearLockitMetadata(UUID groupID) {
+void ReportController::clearLockitMetadata(UUID groupID) {
     clearMetadata(undoSteps::clearLockitMetadata,
                   inOneGroup(groupID, ImportedMetadataClearing::clearLockitMetadata));
 }
 
-void ImportController::clearALEMetadataForAllClips() {
+void ReportController::clearALEMetadataForAllClips() {
     clearMetadata(undoSteps::clearALEMetadataForAllClips, [](SyncGroupList& groups) {
         return ImportedMetadataClearing::clearALEMetadataForAllClips(groups) > 0;
     });
 }
 
-void ImportController::clearLockitMetadataForAllClips() {
+void ReportController::clearLockitMetadataForAllClips() {
     clearMetadata(undoSteps::clearLockitMetadataForAllClips, [](SyncGroupList& groups) {
         return ImportedMetadataClearing::clearLockitMetadataForAllClips(groups) > 0;
     });
 }
 
-int ImportController::aleMetadataClipCount() const {
-    return static_cast<int>(
-        std::ranges::count_if(syncGroups_.begin(), syncGroups_.end(), &SyncGroup::hasALEMetadata));
+int ReportController::aleMetadataClipCount() const {
+    return static_cast<int>(std::ranges::count_if(work_.syncGroups().begin(), work_.syncGroups().end(),
+                                                  &SyncGroup::hasALEMetadata));
 }
 
-int ImportController::lockitMetadataClipCount() const {
-    return static_cast<int>(
-        std::ranges::count_if(syncGroups_.begin(), syncGroups_.end(), &SyncGroup::hasLockitMetadata));
+int ReportController::lockitMetadataClipCount() const {
+    return static_cast<int>(std::ranges::count_if(work_.syncGroups().begin(), work_.syncGroups().end(),
+                                                  &SyncGroup::hasLockitMetadata));
 }
 
 } // namespace orvane

@@ -1,4 +1,4 @@
-#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/Controllers/ScanController.h"
 
 #include "OrvaneSyncCore/Models/FilePaths.h"
 #include "OrvaneSyncCore/Services/Matching/ProxyFiles.h"
@@ -63,33 +63,57 @@ double secondsBetween(std::chrono::nanoseconds start, std::chrono::nanoseconds e
 
 } // namespace
 
-platform::Task ImportController::startScan() {
-    assertOnMainThread();
+ScanController::ScanController(OpenWork& work, SmartAudioController& smartAudio, ReportController& reports,
+                               std::shared_ptr<ProbeCache> probeCache)
+    : work_(work), smartAudio_(smartAudio), reports_(reports),
+      probeService_(std::make_shared<MediaProbeService>(*work.environment.settings, std::move(probeCache))),
+      queue_(platform::SerialQueue::create("services")) {}
+
+void ScanController::setVideoFolderURL(std::optional<FileURL> folder) {
+    work_.setVideoFolderURL(std::move(folder));
+}
+
+void ScanController::setAudioFolderURL(std::optional<FileURL> folder) {
+    work_.setAudioFolderURL(std::move(folder));
+}
+
+bool ScanController::canScan() const { return work_.videoFolderURL() || work_.audioFolderURL(); }
+
+platform::Task ScanController::probeAudio(FileURL file, std::shared_ptr<std::optional<MediaAsset>> result) const {
+    auto probing = platform::onQueue(*queue_, *work_.environment.mainThread,
+                                     [service = probeService_, file = std::move(file)] {
+                                         return service->probe(file, AssetKind::audio);
+                                     });
+    *result = co_await probing;
+}
+
+platform::Task ScanController::startScan() {
+    work_.notices.assertOnMainThread();
     if (runningScan_ && !runningScan_->isDone()) return *runningScan_;
-    runningScan_ = scan(weak_from_this(), ++scanNumber_);
+    runningScan_ = scan(work_.weak(this), ++scanNumber_);
     return *runningScan_;
 }
 
 /// Null when the controller is gone, or a reset or another scan has taken this scan's place.
-std::shared_ptr<ImportController> ImportController::stillScanning(const std::weak_ptr<ImportController>& weak,
-                                                                  std::uint64_t scanNumber) {
+std::shared_ptr<ScanController> ScanController::stillScanning(const std::weak_ptr<ScanController>& weak,
+                                                              std::uint64_t scanNumber) {
     auto self = weak.lock();
     return self && self->scanNumber_ == scanNumber ? self : nullptr;
 }
 
-platform::Task ImportController::scan(std::weak_ptr<ImportController> weak, std::uint64_t scanNumber) {
+platform::Task ScanController::scan(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber) {
     auto self = weak.lock();
     if (!self || !self->canScan()) co_return;
-    const auto start = self->clock_->now();
+    const auto start = self->work_.environment.clock->now();
     self->set(self->scanState_, ScanState::discovering, ImportField::scanState);
     self->set(self->progress_, ScanProgress::idle(), ImportField::progress);
 
     std::vector<std::string> folders;
-    for (const auto& folder : {self->videoFolderURL_, self->audioFolderURL_})
+    for (const auto& folder : {self->work_.videoFolderURL(), self->work_.audioFolderURL()})
         if (folder && (folders.empty() || folders.front() != folder->path)) folders.push_back(folder->path);
     // Every wait lets go of the controller, so that an abandoned one is not kept alive by its scan.
     auto discovery = platform::onQueue(
-        *self->serviceQueue_, *self->mainThread_,
+        *self->queue_, *self->work_.environment.mainThread,
         [service = self->discoveryService_, folders] { return discover(service, folders); });
     self.reset();
     const DiscoveryResult found = co_await discovery;
@@ -111,7 +135,7 @@ platform::Task ImportController::scan(std::weak_ptr<ImportController> weak, std:
         auto report = isVideo ? self->progressReport(scanNumber, "Probing video files", 0, total)
                               : self->progressReport(scanNumber, "Probing audio files", videoCount, total);
         auto probing = platform::onQueue(
-            *self->serviceQueue_, *self->mainThread_,
+            *self->queue_, *self->work_.environment.mainThread,
             [service = self->probeService_, urls = isVideo ? found.videoURLs : found.audioURLs, kind,
              report = std::move(report)] {
                 std::vector<FileURL> unread;
@@ -127,27 +151,27 @@ platform::Task ImportController::scan(std::weak_ptr<ImportController> weak, std:
         if (!self) co_return;
     }
     result.proxies = ProxyFiles::takeOut(result.videoAssets);
-    result.scanDuration = secondsBetween(start, self->clock_->now());
+    result.scanDuration = secondsBetween(start, self->work_.environment.clock->now());
     self->set(self->scanResult_, std::move(result), ImportField::scanResult);
 
     self->set(self->scanState_, ScanState::matching, ImportField::scanState);
     self->set(self->progress_, ScanProgress{"Matching by timecode", 0, 0}, ImportField::progress);
-    if (self->scanNumber_ != scanNumber) co_return; // somebody who was told has reset the work
+    if (self->scanNumber_ != scanNumber) co_return; // somebody has reset the work on this notice
     const auto& scanned = *self->scanResult_;
     self->adoptMatches(self->syncEngine_.match(scanned.videoAssets, scanned.audioAssets),
                        scanned.audioAssets);
-    self->mergeLoadedReport();
-    self->applyProjectEdits();
+    self->reports_.mergeLoadedReport();
+    if (self->whenMatched) self->whenMatched();
     if (self->scanNumber_ != scanNumber) co_return;
     self->set(self->scanState_, ScanState::done, ImportField::scanState);
     self->set(self->progress_, ScanProgress::idle(), ImportField::progress);
-    if (self->scanNumber_ == scanNumber) self->startAnalysisAfterScan();
+    if (self->scanNumber_ == scanNumber) self->smartAudio_.startAnalysisAfterScan();
 }
 
-std::function<void(int, int)> ImportController::progressReport(std::uint64_t scanNumber, std::string phase,
-                                                               int before, int total) {
-    return [weak = weak_from_this(), main = mainThread_, scanNumber, phase = std::move(phase), before,
-            total](int current, int) {
+std::function<void(int, int)> ScanController::progressReport(std::uint64_t scanNumber, std::string phase,
+                                                             int before, int total) {
+    return [weak = work_.weak(this), main = work_.environment.mainThread, scanNumber,
+            phase = std::move(phase), before, total](int current, int) {
         main->post([weak, scanNumber, progress = ScanProgress{phase, before + current, total}] {
             if (const auto self = stillScanning(weak, scanNumber))
                 self->set(self->progress_, progress, ImportField::progress);
@@ -156,13 +180,12 @@ std::function<void(int, int)> ImportController::progressReport(std::uint64_t sca
 }
 
 /// The old groups go; wild tracks keep their names and approvals where the probe gave the same asset again.
-void ImportController::adoptMatches(SyncGroupList groups, const std::vector<MediaAsset>& audioAssets) {
-    groups.makeIndex();
+void ScanController::adoptMatches(SyncGroupList groups, const std::vector<MediaAsset>& audioAssets) {
     std::unordered_set<UUID> claimed;
     for (const SyncGroup& group : groups)
         for (const AudioMatch& match : group.audioMatches) claimed.insert(match.audio->id);
     std::unordered_map<UUID, const WildTrack*> before;
-    for (const WildTrack& track : wildTracks_) before[track.id] = &track;
+    for (const WildTrack& track : work_.wildTracks()) before[track.id] = &track;
 
     std::vector<WildTrack> wild;
     for (const MediaAsset& asset : audioAssets) {
@@ -173,38 +196,26 @@ void ImportController::adoptMatches(SyncGroupList groups, const std::vector<Medi
         track.customName = old->second->customName;
         track.isApproved = old->second->isApproved;
     }
-    // Both first: clips and wild tracks are two halves of one state.
-    syncGroups_ = std::move(groups);
-    isEmptiedByEdit_ = false;
-    wildTracks_ = std::move(wild);
-    forgetSmartAudio();
-    notify(ImportField::syncGroups);
-    notify(ImportField::wildTracks);
-    notify(ImportField::smartAudio);
+    work_.notices.together([&] {
+        work_.replace(std::move(groups), std::move(wild));
+        smartAudio_.caches().removeAll();
+    });
 }
 
-void ImportController::reset() {
-    assertOnMainThread();
+void ScanController::clear() {
     abandonScan();
-    project_.unapplied.reset();
-    videoFolderURL_.reset();
-    audioFolderURL_.reset();
     discoveryResult_.reset();
     scanResult_.reset();
-    aleFileURL_.reset();
-    aleFile_.reset();
-    aleImportError_.reset();
-    aleMatchStatus_.reset();
-    syncGroups_ = {};
-    isEmptiedByEdit_ = false;
-    wildTracks_.clear();
-    forgetSmartAudio();
     scanState_ = ScanState::idle;
     progress_ = ScanProgress::idle();
     using enum ImportField;
-    for (const ImportField field : {videoFolderURL, audioFolderURL, discoveryResult, scanResult, report,
-                                    syncGroups, wildTracks, smartAudio, scanState, progress})
-        notify(field);
+    for (const ImportField field : {discoveryResult, scanResult, scanState, progress}) work_.notify(field);
+}
+
+/// A scan that runs finds out that its work is no longer asked for.
+void ScanController::abandonScan() {
+    ++scanNumber_;
+    runningScan_.reset();
 }
 
 } // namespace orvane

@@ -13,7 +13,7 @@ constexpr std::chrono::seconds longestRead{10};
 constexpr int inputBufferBytes = 32768;
 
 constexpr const char* containers =
-    "mov,mp4,mxf,aiff,wav,w64,caf,matroska,webm,avi,mpegts,mpeg,dv,gxf,asf,flac,ogg";
+    "mov,mp4,mxf,aiff,wav,w64,caf,matroska,webm,avi,mpegts,mpeg,dv,gxf,asf,flac,ogg,mp3";
 constexpr const char* mostProbed =
     "131072"; ///< bytes to tell the container by; an MXF may begin with 64 KB of other things
 constexpr const char* mostAnalyzed = "2000000";    ///< bytes of media data

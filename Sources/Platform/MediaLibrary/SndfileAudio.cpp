@@ -7,8 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <vector>
 
@@ -82,18 +80,6 @@ class SndfileAudio : public AudioFile {
     std::vector<float> block_;
 };
 
-/// The decoder for MPEG audio below this library writes to the terminal of whatever it does not like; the
-/// other media library reads the same files in silence. Tags of MP3 stand in front of other forms as well,
-/// which that one tells apart.
-bool isMPEGAudio(FileInput& file) {
-    std::array<unsigned char, 3> head{};
-    const bool isRead = file.read(head.data(), head.size()) == std::int64_t{head.size()};
-    file.seek(0, SEEK_SET);
-    constexpr unsigned char sync = 0xFF, restOfSync = 0xE0;
-    return isRead && ((head[0] == sync && (head[1] & restOfSync) == restOfSync) ||
-                      std::memcmp(head.data(), "ID3", head.size()) == 0);
-}
-
 FileInput& input(void* user) { return *static_cast<FileInput*>(user); }
 
 /// The library's own access to files would not tell a bad disk from the end of the file.
@@ -115,7 +101,9 @@ SF_VIRTUAL_IO readOnlyAccess() {
 
 std::unique_ptr<AudioFile> openWithSndfile(const std::string& path) {
     auto input = FileInput::open(path);
-    if (!input || isMPEGAudio(*input)) return nullptr;
+    // The decoder of MPEG audio below this library writes to the terminal; the other media library reads it
+    // in silence.
+    if (!input || input->beginsAsMPEGAudio()) return nullptr;
     SF_INFO info{};
     SF_VIRTUAL_IO access = readOnlyAccess();
     std::unique_ptr<SNDFILE, SndfileAudio::Close> file(

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/FilePaths.h"
 #include "OrvaneSyncCore/Services/Matching/ProxyFiles.h"
+#include "OrvaneSyncCore/Services/Matching/TakeStarts.h"
 #include "Platform/Files.h"
 
 #include <chrono>
@@ -127,6 +128,7 @@ platform::Task ImportController::scan(std::weak_ptr<ImportController> weak, std:
         if (!self) co_return;
     }
     result.proxies = ProxyFiles::takeOut(result.videoAssets);
+    if (self->settings_->boolean("ltc.enabled")) TakeStarts::share(result.audioAssets);
     result.scanDuration = secondsBetween(start, self->clock_->now());
     self->set(self->scanResult_, std::move(result), ImportField::scanResult);
 

@@ -17,8 +17,9 @@ class AudioFile {
     /// The same through the media libraries alone, also for what this program reads by itself: for comparing.
     static std::unique_ptr<AudioFile> openWithLibraries(const std::string& path);
     /// The channels of all sound tracks side by side, in the order of the file: cameras write a track a
-    /// channel, of which `open` reads one. Tracks of another sample rate than the first are left out; where
-    /// one ends early there is silence.
+    /// channel, of which `open` reads one. Frame 0 is where the file begins: where a track begins later than
+    /// the picture, and where one ends early, there is silence. Tracks of another sample rate than the first
+    /// are left out.
     static std::unique_ptr<AudioFile> openAllTracks(const std::string& path);
     virtual ~AudioFile() = default;
 

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/FilePaths.h"
 #include "OrvaneSyncCore/Services/Matching/ProxyFiles.h"
+#include "OrvaneSyncCore/Services/Matching/TakeStarts.h"
 #include "Platform/Files.h"
 
 #include <chrono>
@@ -151,6 +152,7 @@ platform::Task ScanController::scan(std::weak_ptr<ScanController> weak, std::uin
         if (!self) co_return;
     }
     result.proxies = ProxyFiles::takeOut(result.videoAssets);
+    if (self->work_.environment.settings->boolean("ltc.enabled")) TakeStarts::share(result.audioAssets);
     result.scanDuration = secondsBetween(start, self->work_.environment.clock->now());
     self->set(self->scanResult_, std::move(result), ImportField::scanResult);
 

@@ -55,6 +55,8 @@ std::string problemOf(const JSON& value, Parameter::Kind kind) {
     if (!isOfKind(value, kind)) return "must be " + std::string(kindText(kind));
     if (kind != Parameter::Kind::path) return {};
     if (value.string()->empty()) return "is empty";
+    // Standard input and output hold the requests and answers.
+    if (*value.string() == "-") return "must name a file or a folder, and '-' is none here";
     return value.string()->find('\0') == std::string::npos ? "" : "holds a NUL character";
 }
 

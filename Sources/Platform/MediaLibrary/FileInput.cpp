@@ -1,7 +1,9 @@
 #include "Platform/MediaLibrary/FileInput.h"
 
+#include <array>
 #include <atomic>
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <limits>
 #include <sys/stat.h>
@@ -46,6 +48,16 @@ std::int64_t FileInput::seek(std::int64_t offset, int whence) {
     if (from < 0 || (offset > 0 && from > std::numeric_limits<std::int64_t>::max() - offset)) return -1;
     if (from + offset < 0) return -1;
     return position_ = from + offset;
+}
+
+bool FileInput::beginsAsMPEGAudio() {
+    std::array<unsigned char, 3> head{};
+    seek(0, SEEK_SET);
+    const bool isRead = read(head.data(), head.size()) == std::int64_t{head.size()};
+    seek(0, SEEK_SET);
+    constexpr unsigned char sync = 0xFF, restOfSync = 0xE0;
+    const bool isSynchronous = head[0] == sync && (head[1] & restOfSync) == restOfSync;
+    return isRead && (isSynchronous || std::memcmp(head.data(), "ID3", head.size()) == 0);
 }
 
 std::int64_t FileInput::read(void* into, std::size_t count) {

@@ -22,6 +22,9 @@ class FileInput {
     std::int64_t position() const { return position_; }
     /// `whence` as of lseek. The new position; -1, and nothing moves, for one before the start.
     std::int64_t seek(std::int64_t offset, int whence);
+    /// Whether the file begins with MPEG audio (a sync word), or with tags of MP3, which may stand in front
+    /// of other sound as well. The position is the start afterwards.
+    bool beginsAsMPEGAudio();
     /// How many bytes were read from the position on: 0 at the end, -1 on an error, which is reported.
     std::int64_t read(void* into, std::size_t count);
 

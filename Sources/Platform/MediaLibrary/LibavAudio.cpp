@@ -8,6 +8,7 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 namespace orvane::platform {
@@ -32,20 +33,24 @@ constexpr double preroll = 0.25;
 
 class LibavAudio : public AudioFile {
   public:
-    LibavAudio(LibavFile file, AVStream& stream, Owned<AVCodecContext> decoder)
+    /// So many frames of silence stand in front of the stream.
+    LibavAudio(LibavFile file, AVStream& stream, Owned<AVCodecContext> decoder, std::int64_t silence)
         : file_(std::move(file)), stream_(stream), decoder_(std::move(decoder)), packet_(av_packet_alloc()),
           frame_(av_frame_alloc()), sampleRate_(decoder_->sample_rate),
-          pending_(static_cast<std::size_t>(decoder_->ch_layout.nb_channels)) {}
+          pending_(static_cast<std::size_t>(decoder_->ch_layout.nb_channels)), silence_(silence),
+          silenceLeft_(silence) {}
 
     double sampleRate() const override { return sampleRate_; }
     int channelCount() const override { return static_cast<int>(pending_.size()); }
     std::int64_t frameCount() const override {
-        if (stream_.duration > 0) return samples(stream_.duration);
+        if (stream_.duration > 0) return silence_ + samples(stream_.duration);
         return file_->duration > 0 ? av_rescale(file_->duration, sampleRate_, AV_TIME_BASE) : 0;
     }
 
     bool seek(std::int64_t frame) override {
         if (frame < 0 || frame > frameCount()) return false;
+        silenceLeft_ = std::max<std::int64_t>(silence_ - frame, 0);
+        frame = std::max<std::int64_t>(frame - silence_, 0);
         const auto early = static_cast<std::int64_t>(preroll * sampleRate_);
         // In front of the start too: that is where the packet lies that only primes the decoder.
         if (!seekPacket(frame - early) && !seekPacket(0)) return false;
@@ -60,7 +65,9 @@ class LibavAudio : public AudioFile {
 
     std::size_t read(std::span<float* const> channels, std::size_t frames) override {
         file_.extendDeadline();
-        std::size_t done = 0;
+        std::size_t done = std::min(frames, static_cast<std::size_t>(silenceLeft_));
+        for (float* const channel : channels) std::fill_n(channel, done, 0.0F);
+        silenceLeft_ -= static_cast<std::int64_t>(done);
         while (done < frames) {
             const std::size_t ready = pending_.front().size() - pendingAt_;
             if (ready == 0) {
@@ -195,12 +202,14 @@ class LibavAudio : public AudioFile {
     FrameKind converted_;
     std::vector<std::vector<float>> pending_; ///< decoded and not yet handed out, one array a channel
     std::size_t pendingAt_ = 0;
-    std::int64_t wanted_ = -1; ///< the frame to go on at after a seek; -1 when there is nothing to skip
+    std::int64_t wanted_ = -1;   ///< the frame to go on at after a seek; -1 when there is nothing to skip
+    const std::int64_t silence_; ///< frames
+    std::int64_t silenceLeft_;   ///< of them, those in front of what is read next
     bool hasEnded_ = false;
 };
 
-/// The sound stream of that number; what players take where it is negative.
-std::unique_ptr<AudioFile> openStream(LibavFile file, int wanted) {
+/// The sound stream of that number; what players take where it is negative. Before it there is silence.
+std::unique_ptr<AudioFile> openStream(LibavFile file, int wanted, double secondsOfSilence) {
     const AVCodec* codec = nullptr;
     const int index = av_find_best_stream(file.get(), AVMEDIA_TYPE_AUDIO, wanted, -1, &codec, 0);
     if (index < 0 || codec == nullptr) return nullptr;
@@ -213,7 +222,28 @@ std::unique_ptr<AudioFile> openStream(LibavFile file, int wanted) {
     decoder->pkt_timebase = stream.time_base;
     if (avcodec_open2(decoder.get(), codec, nullptr) < 0) return nullptr;
     if (decoder->ch_layout.nb_channels <= 0 || decoder->sample_rate <= 0) return nullptr;
-    return std::make_unique<LibavAudio>(std::move(file), stream, std::move(decoder));
+    const std::int64_t silence = std::llround(secondsOfSilence * decoder->sample_rate);
+    return std::make_unique<LibavAudio>(std::move(file), stream, std::move(decoder), silence);
+}
+
+double startSeconds(const AVStream& stream) {
+    return stream.start_time == AV_NOPTS_VALUE
+               ? 0
+               : av_q2d(stream.time_base) * static_cast<double>(stream.start_time);
+}
+
+/// How much later than the first picture or sound of the file the stream begins: an edit list may delay a
+/// track. A file that lies somewhere in a longer stream begins with what it holds.
+double delaySeconds(const LibavFile& file, int index) {
+    constexpr double most = 86400;
+    double first = most;
+    for (unsigned i = 0; i < file->nb_streams; ++i) {
+        const AVMediaType type = file->streams[i]->codecpar->codec_type;
+        if (type == AVMEDIA_TYPE_AUDIO || type == AVMEDIA_TYPE_VIDEO)
+            first = std::min(first, startSeconds(*file->streams[i]));
+    }
+    const double delay = startSeconds(*file->streams[index]) - std::max(first, 0.0);
+    return delay < most ? std::max(delay, 0.0) : 0;
 }
 
 std::optional<LibavFile> openFile(const std::string& path) {
@@ -235,7 +265,7 @@ std::vector<int> soundStreams(const LibavFile& file) {
 
 std::unique_ptr<AudioFile> openWithLibav(const std::string& path) {
     auto file = openFile(path);
-    return file ? openStream(std::move(*file), -1) : nullptr;
+    return file ? openStream(std::move(*file), -1, 0) : nullptr;
 }
 
 std::vector<std::unique_ptr<AudioFile>> openTracksWithLibav(const std::string& path) {
@@ -248,7 +278,8 @@ std::vector<std::unique_ptr<AudioFile>> openTracksWithLibav(const std::string& p
         if (tracks.size() == most) break;
         if (!file) file = openFile(path);
         if (!file) break;
-        if (auto track = openStream(std::move(*file), index)) tracks.push_back(std::move(track));
+        const double delay = delaySeconds(*file, index);
+        if (auto track = openStream(std::move(*file), index, delay)) tracks.push_back(std::move(track));
         file.reset();
     }
     return tracks;

@@ -14,6 +14,9 @@ constexpr int inputBufferBytes = 32768;
 
 constexpr const char* containers =
     "mov,mp4,mxf,aiff,wav,w64,caf,matroska,webm,avi,mpegts,mpeg,dv,gxf,asf,flac,ogg";
+/// Garbage may look like MPEG audio somewhere, so it is looked for where a file begins with it.
+constexpr const char* containersAndMPEGAudio =
+    "mov,mp4,mxf,aiff,wav,w64,caf,matroska,webm,avi,mpegts,mpeg,dv,gxf,asf,flac,ogg,mp3";
 constexpr const char* mostProbed =
     "131072"; ///< bytes to tell the container by; an MXF may begin with 64 KB of other things
 constexpr const char* mostAnalyzed = "2000000";    ///< bytes of media data
@@ -54,12 +57,14 @@ std::optional<LibavFile> LibavFile::open(const std::string& path, bool& hindered
     context->interrupt_callback.callback = [](void* watch) {
         return static_cast<Watch*>(watch)->isLate() ? 1 : 0;
     };
+    const bool mayBeMPEGAudio = file.source_->file->beginsAsMPEGAudio();
     Options options;
-    for (const auto& [key, value] : {std::pair{"protocol_whitelist", "file"},
-                                     {"format_whitelist", containers},
-                                     {"formatprobesize", mostProbed},
-                                     {"probesize", mostAnalyzed},
-                                     {"analyzeduration", longestAnalysis}})
+    for (const auto& [key, value] :
+         {std::pair{"protocol_whitelist", "file"},
+          {"format_whitelist", mayBeMPEGAudio ? containersAndMPEGAudio : containers},
+          {"formatprobesize", mostProbed},
+          {"probesize", mostAnalyzed},
+          {"analyzeduration", longestAnalysis}})
         av_dict_set(&options.dictionary, key, value, 0);
     // The scheme in front keeps a path with a colon from being taken for one. On failure the context is
     // freed.

@@ -38,8 +38,10 @@ std::vector<std::unique_ptr<AudioFile>> openAudioTracks(const std::string& path)
     try {
         auto tracks = openTracksWithLibav(path);
         if (tracks.size() > 1) return tracks;
-        tracks.clear();
-        if (auto file = openAudio(path)) tracks.push_back(std::move(file));
+        if (auto file = openWithSndfile(path); file && file->frameCount() > 0) {
+            tracks.clear();
+            tracks.push_back(std::move(file));
+        }
         return tracks;
     } catch (...) {
         return {};

@@ -101,7 +101,9 @@ SF_VIRTUAL_IO readOnlyAccess() {
 
 std::unique_ptr<AudioFile> openWithSndfile(const std::string& path) {
     auto input = FileInput::open(path);
-    if (!input) return nullptr;
+    // The decoder of MPEG audio below this library writes to the terminal; the other media library reads it
+    // in silence.
+    if (!input || input->beginsAsMPEGAudio()) return nullptr;
     SF_INFO info{};
     SF_VIRTUAL_IO access = readOnlyAccess();
     std::unique_ptr<SNDFILE, SndfileAudio::Close> file(

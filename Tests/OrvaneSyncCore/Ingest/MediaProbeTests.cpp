@@ -205,6 +205,25 @@ TEST_F(Probe, linearTimecodeGivesTheStartOfTheFile) {
     EXPECT_FALSE(clip.bextTimeReference || clip.projectFrameRate);
     EXPECT_FALSE(probed(silent, "b.mov").startTimecodeString.has_value());
     EXPECT_EQ(probed(MovieMaker(movie).timecode({25, 1, 90000}), "c.mov").startTimecodeString, "01:00:00:00");
+
+    // Nothing for 250 of 1000 units, then all of the track.
+    const std::string edits = test::be32(2) + test::be32(250) + test::be32(~0U) + test::be32(0x10000) +
+                              test::be32(1500) + test::be32(0) + test::be32(0x10000);
+    const std::string sixteenBits = std::string(6, '\0') + test::be16(1) + std::string(8, '\0') +
+                                    test::be16(1) + test::be16(16) + test::be32(0) +
+                                    test::be32(48000U << 16U);
+    const MovieMaker late = MovieMaker()
+                                .video({.frames = 36})
+                                .track({.handler = "soun",
+                                        .timescale = 48000,
+                                        .duration = samples,
+                                        .sampleEntry = test::atom("twos", sixteenBits),
+                                        .timeToSample = {{samples, 1}},
+                                        .sampleSize = 2,
+                                        .sample = bytes,
+                                        .trackAtoms = test::atom("edts", test::fullAtom("elst", edits))})
+                                .duration(1750, 1000);
+    EXPECT_EQ(probed(late, "d.mov").startTimecodeString, "09:59:59:23") << "six frames before its sound";
 }
 
 TEST_F(Probe, anyFileGivesAnAsset) {

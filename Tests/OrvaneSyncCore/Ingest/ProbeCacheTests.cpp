@@ -223,6 +223,29 @@ TEST_F(Cache, aFolderThatCannotBeWrittenIsTriedAgain) {
     EXPECT_TRUE(holds(asset));
 }
 
+TEST_F(Cache, keepsWhatAnotherProcessWroteMeanwhile) {
+    const MediaAsset known = stored("known.wav");
+    open();
+    ProbeCache other(folder.path(cacheFile));
+    const MediaAsset theirs = media("theirs.wav"), ours = stored("ours.wav");
+    for (int run = 0; run < 2; ++run) { // each writes twice, over what the other has written
+        stored("ours " + std::to_string(run));
+        queue->advance(1s);
+        ProbeCache(folder.path(cacheFile)).store(run == 0 ? theirs : media("theirs 1"));
+    }
+    EXPECT_EQ(other.count(), 1U) << "reads it when it writes itself";
+    stored("last.wav");
+    open();
+    for (const MediaAsset& asset : {known, theirs, ours}) EXPECT_TRUE(holds(asset));
+    EXPECT_EQ(cache->count(), 7U);
+    other.store(theirs);
+    other.clear();
+    const MediaAsset afterwards = stored("afterwards.wav");
+    open();
+    EXPECT_TRUE(holds(afterwards));
+    EXPECT_FALSE(holds(known)) << "the other has cleared the cache";
+}
+
 TEST_F(Cache, clearForgetsAllAndRemovesTheFile) {
     const MediaAsset asset = stored("a.wav");
     queue->advance(1s);

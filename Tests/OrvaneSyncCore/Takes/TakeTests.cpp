@@ -23,6 +23,7 @@ struct File {
     const char* scene = "";
     double rate = 48000;
     std::uint64_t bytes = 0;
+    int day = 0; ///< of some month; 0: not known
 };
 
 MediaAsset asset(const File& file) {
@@ -32,6 +33,7 @@ MediaAsset asset(const File& file) {
     made.sampleRate = file.rate;
     made.bextTimeReference = static_cast<std::uint64_t>(std::llround((36000 + file.start) * file.rate));
     made.bextOriginator = file.recorder;
+    if (file.day > 0) made.contentCreatedDate = Date(std::chrono::days(20'000 + file.day));
     if (file.bytes > 0) made.fileSizeBytes = file.bytes;
     return *file.scene == 0 ? made : test::slated(made, file.scene, "1");
 }
@@ -83,6 +85,10 @@ TEST(Take, rolesAndRunningNumbers) {
          "Matched"},
         {"another slate, though the name is that of a channel",
          {{"T_1.WAV", 0, 60, 1, "", "12"}, {"T_2.WAV", 0, 60, 1, "", "13"}},
+         "T_1.WAV part 1 @0, T_2.WAV alternate 2 @0",
+         "Matched"},
+        {"another day at the same time, where the clip has no date",
+         {{"T_1.WAV", 0, 60, 1, "", "", 48000, 0, 1}, {"T_2.WAV", 0, 60, 1, "", "", 48000, 0, 2}},
          "T_1.WAV part 1 @0, T_2.WAV alternate 2 @0",
          "Matched"},
         {"a recorder that counts alike on its own card",

@@ -1,10 +1,12 @@
 #include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
 
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "Platform/FileLock.h"
 
 #include <chrono>
 #include <filesystem>
 #include <mutex>
+#include <tuple>
 #include <utility>
 
 namespace orvane {
@@ -71,11 +73,29 @@ std::shared_ptr<ProbeCache> ProbeCache::shared() {
 }
 
 void ProbeCache::load() {
+    readFile();
+    if (!seen_) loadEarlierForm();
+}
+
+/// The attributes come first: a file that is replaced meanwhile is then another one at the next look.
+void ProbeCache::readFile() {
+    loaded_.reset();
+    seen_ = platform::files::attributes(path_);
+    if (!seen_) return;
     try {
         loaded_ = ProbeCacheFile::fromBytes(platform::files::readText(path_, ProbeCacheFile::mostBytes));
     } catch (const platform::FileError&) {
-        loadEarlierForm();
+        // Its files are probed again.
     }
+}
+
+void ProbeCache::takeWhatOthersWrote() {
+    const auto there = platform::files::attributes(path_);
+    const auto mark = [](const std::optional<platform::FileAttributes>& file) {
+        return file ? std::tuple(file->identity, file->size, file->modificationSinceReference)
+                    : std::tuple<decltype(file->identity), std::int64_t, double>();
+    };
+    if (mark(there) != mark(seen_)) readFile();
 }
 
 void ProbeCache::loadEarlierForm() {
@@ -172,8 +192,12 @@ void ProbeCache::write() {
     // Where something else stands at the path, such as a named pipe, a write could wait for ever.
     if (const auto there = platform::files::attributes(path_); there && !there->isRegularFile) return;
     try {
-        platform::files::createDirectories(std::filesystem::path(path_).parent_path().string());
+        const std::string folder = std::filesystem::path(path_).parent_path().string();
+        platform::files::createDirectories(folder);
+        const auto lock = platform::FileLock::ofFolder(folder);
+        takeWhatOthersWrote();
         platform::files::writeAtomically(path_, ProbeCacheFile::bytes(records()));
+        seen_ = platform::files::attributes(path_);
         changed_ = false;
         removeIfThere(earlierPath(path_));
     } catch (const platform::FileError&) {

@@ -79,11 +79,16 @@ class ProbeCache {
     std::vector<std::string> records() const;
     void scheduleSave();
     void write();
+    /// Under the lock of the folder: what another process has written since the file was read or written
+    /// here.
+    void takeWhatOthersWrote();
+    void readFile();
 
     const std::string path_;
     const std::uint32_t readerVersion_;
     std::shared_ptr<const ProbeCacheFile> loaded_;
     std::shared_ptr<Snapshot::Records> stored_ = std::make_shared<Snapshot::Records>();
+    std::optional<platform::FileAttributes> seen_; ///< of the file as it was last read or written here
     bool saveScheduled_ = false;
     bool changed_ = false; ///< `stored_` holds what the file does not
     /// Everything above runs on it. Last, so that it ends, with a pending save, while all else still stands.

@@ -57,6 +57,18 @@ ChannelName::ChannelName(const MediaAsset& recording) {
 }
 
 bool ChannelName::differsOnlyInChannel(const ChannelName& other) const {
+    return differsOnlyIn([](const Piece& piece) { return piece.namesChannel; }, other);
+}
+
+bool ChannelName::differsOnlyInChannelWord(const ChannelName& other) const {
+    return differsOnlyIn(
+        [](const Piece& piece) {
+            return piece.namesChannel && piece.text.find_first_not_of("0123456789") != std::string::npos;
+        },
+        other);
+}
+
+bool ChannelName::differsOnlyIn(bool (*isAccepted)(const Piece&), const ChannelName& other) const {
     const auto [own, others] = std::ranges::mismatch(pieces_, other.pieces_);
     if (own == pieces_.begin() || (own == pieces_.end() && others == other.pieces_.end())) return false;
     auto ownEnd = pieces_.end();
@@ -65,8 +77,7 @@ bool ChannelName::differsOnlyInChannel(const ChannelName& other) const {
         --ownEnd;
         --otherEnd;
     }
-    return std::all_of(own, ownEnd, [](const Piece& piece) { return piece.namesChannel; }) &&
-           std::all_of(others, otherEnd, [](const Piece& piece) { return piece.namesChannel; });
+    return std::all_of(own, ownEnd, isAccepted) && std::all_of(others, otherEnd, isAccepted);
 }
 
 std::size_t ChannelName::piecesInCommon(const ChannelName& other) const {

@@ -18,6 +18,8 @@ class ChannelName {
     /// Whether both begin alike and the pieces in which they differ all name a channel. One of the two may
     /// lack them: T01.WAV lies beside T01_MIX.WAV. Two equal names do not differ.
     bool differsOnlyInChannel(const ChannelName& other) const;
+    /// The same without those of which a piece is a number alone: 01 and 02 may be takes or parts as well.
+    bool differsOnlyInChannelWord(const ChannelName& other) const;
     /// In how many pieces the two agree, place by place.
     std::size_t piecesInCommon(const ChannelName& other) const;
 
@@ -28,6 +30,10 @@ class ChannelName {
 
         bool operator==(const Piece& other) const { return text == other.text; }
     };
+    /// Whether all pieces are accepted in which the two differ; false where they begin with another one, and
+    /// for equal names.
+    bool differsOnlyIn(bool (*isAccepted)(const Piece&), const ChannelName& other) const;
+
     std::vector<Piece> pieces_;
 };
 

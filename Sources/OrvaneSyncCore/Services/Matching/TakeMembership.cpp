@@ -5,6 +5,7 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <map>
 #include <numeric>
@@ -39,8 +40,16 @@ std::optional<std::string> stated(const MediaAsset& file, std::optional<std::str
     return file.ixmlData ? *file.ixmlData.*field : std::nullopt;
 }
 
+/// A clip without a date meets the recordings of all days, and timecode comes again each day.
+bool areOfDifferentDays(const MediaAsset& a, const MediaAsset& b) {
+    constexpr std::chrono::hours halfADay{12};
+    return a.contentCreatedDate && b.contentCreatedDate &&
+           std::chrono::abs(*a.contentCreatedDate - *b.contentCreatedDate) > halfADay;
+}
+
 bool mayBeOfOneRecorder(const MediaAsset& a, const MediaAsset& b) {
-    return !differ(a.sampleRate, b.sampleRate) && !areKnownToDiffer(a.bextOriginator, b.bextOriginator) &&
+    return !differ(a.sampleRate, b.sampleRate) && !areOfDifferentDays(a, b) &&
+           !areKnownToDiffer(a.bextOriginator, b.bextOriginator) &&
            !areKnownToDiffer(stated(a, &IXMLData::tape), stated(b, &IXMLData::tape));
 }
 

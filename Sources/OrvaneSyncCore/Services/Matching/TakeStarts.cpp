@@ -1,0 +1,64 @@
+#include "OrvaneSyncCore/Services/Matching/TakeStarts.h"
+
+#include "OrvaneSyncCore/Services/Matching/ChannelNames.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <tuple>
+
+namespace orvane::TakeStarts {
+
+namespace {
+
+bool hasStart(const MediaAsset& recording) {
+    return recording.startTimecodeString || recording.bextTimeReference;
+}
+
+/// Folder, sample rate and length in samples: what one recorder writes side by side is equal in all three.
+using Form = std::tuple<std::string, double, std::int64_t>;
+
+std::optional<Form> formOf(const MediaAsset& recording) {
+    const double rate = recording.sampleRate.value_or(0);
+    const double samples = recording.durationSeconds.value_or(0) * rate;
+    constexpr double most = 1e15;
+    if (!(samples >= 1) || samples > most) return std::nullopt;
+    const std::string& path = recording.url.path;
+    return Form(path.substr(0, path.rfind('/') + 1), rate, std::llround(samples));
+}
+
+} // namespace
+
+void share(std::vector<MediaAsset>& recordings) {
+    struct Side {
+        std::vector<const MediaAsset*> started;
+        std::vector<MediaAsset*> others;
+    };
+    std::map<Form, Side> sides;
+    for (MediaAsset& recording : recordings) {
+        const auto form = formOf(recording);
+        if (!form) continue;
+        Side& side = sides[*form];
+        if (hasStart(recording))
+            side.started.push_back(&recording);
+        else
+            side.others.push_back(&recording);
+    }
+    for (auto& [form, side] : sides)
+        for (MediaAsset* const recording : side.others) {
+            const ChannelName name(*recording);
+            const auto found = std::ranges::find_if(side.started, [&name](const MediaAsset* started) {
+                return name.differsOnlyInChannelWord(ChannelName(*started));
+            });
+            if (found == side.started.end()) continue;
+            recording->startTimecodeString = (*found)->startTimecodeString;
+            recording->timecodeFrameRate = (*found)->timecodeFrameRate;
+            recording->bextTimeReference = (*found)->bextTimeReference;
+        }
+}
+
+} // namespace orvane::TakeStarts

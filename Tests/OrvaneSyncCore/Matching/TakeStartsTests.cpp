@@ -1,0 +1,43 @@
+#include "OrvaneSyncCore/Services/Matching/TakeStarts.h"
+#include "Support/Assets.h"
+
+#include <gtest/gtest.h>
+
+namespace orvane {
+namespace {
+
+MediaAsset recording(const char* name, const char* start, double seconds = 60) {
+    MediaAsset made = test::audio(name, start, seconds);
+    made.sampleRate = 48000;
+    return made;
+}
+
+TEST(TakeStarts, AreThoseOfTheFileThatCarriesTheTimecode) {
+    MediaAsset heard = recording("DAY1/Z0001_Tr1.WAV", "10:00:00:05");
+    heard.bextTimeReference = 1'728'009'600;
+    heard.timecodeFrameRate = TimecodeFrameRate::fps25;
+    MediaAsset otherRate = recording("DAY1/Z0001_Tr4.WAV", "");
+    otherRate.sampleRate = 96000;
+    const struct {
+        MediaAsset file;
+        bool isGiven;
+    } cases[] = {
+        {recording("DAY1/Z0001_Tr2.WAV", ""), true},          {recording("DAY1/Z0001_TrLR.WAV", ""), true},
+        {recording("DAY1/Z0001_01.WAV", ""), false}, // may be a part of a recording
+        {recording("DAY1/Z0002_Tr2.WAV", ""), false},         {recording("DAY2/Z0001_Tr2.WAV", ""), false},
+        {recording("DAY1/Z0001_Tr3.WAV", "", 60.001), false}, {otherRate, false},
+    };
+    for (const auto& [file, isGiven] : cases) {
+        SCOPED_TRACE(file.url.path);
+        std::vector<MediaAsset> all{file, recording("DAY1/Z0001_Tr9.WAV", "", 0), heard};
+        TakeStarts::share(all);
+        EXPECT_EQ(all[0].startTimecodeString.has_value(), isGiven);
+        EXPECT_EQ(all[0].bextTimeReference, isGiven ? heard.bextTimeReference : std::nullopt);
+        EXPECT_EQ(all[0].timecodeFrameRate, isGiven ? heard.timecodeFrameRate : std::nullopt);
+        EXPECT_FALSE(all[1].startTimecodeString.has_value());
+        EXPECT_EQ(all[2].startTimecodeString, heard.startTimecodeString);
+    }
+}
+
+} // namespace
+} // namespace orvane

@@ -82,10 +82,30 @@ void addFilesThatAReportMixesUp(const ImportController& controller, std::vector<
                            firstAndMore(names));
 }
 
+/// What of an opened project stands on no clip.
+void addUnusedOfProject(const ImportController& controller, std::vector<std::string>& warnings) {
+    const ProjectFileState& project = controller.project();
+    if (project.unapplied && !project.unapplied->groups.empty()) {
+        Names clips;
+        for (const PersistedGroup& entry : project.unapplied->groups) clips.push_back(entry.videoPath.path);
+        warnings.push_back(counted(static_cast<long long>(clips.size()), "clip", "clips") +
+                           " of the project can't be found: " + firstAndMore(clips) +
+                           "; the edits are kept for a scan with the files where they were when the "
+                           "project was saved");
+    }
+    if (project.tracksLeftOut.empty()) return;
+    Names clips;
+    for (const FileURL& video : project.tracksLeftOut) clips.push_back(controller.fileNames().of(video));
+    warnings.push_back("the project's choice of tracks is left out of " + firstAndMore(clips) +
+                       ": it was made for recordings that are not here; bring them back and open the "
+                       "project again, or choose the tracks anew before it is saved");
+}
+
 } // namespace
 
 std::vector<std::string> scanWarnings(const ImportController& controller) {
     std::vector<std::string> warnings;
+    addUnusedOfProject(controller, warnings);
     if (const auto& found = controller.discoveryResult()) {
         for (const FileURL& folder : found->unreadableFolders)
             warnings.push_back("can't read the folder '" + folder.path + "'; its files are missing here");

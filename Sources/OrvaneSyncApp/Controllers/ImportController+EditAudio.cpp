@@ -23,20 +23,20 @@ MatchStatus statusAfterRemoval(const SyncGroup& group) {
     return MatchStatus::ambiguous(static_cast<int>(group.audioMatches.size()));
 }
 
-/// Where the timecodes lay the audio; at the start of the clip where one of the two has no place.
-AudioMatch matchByTimecode(const MediaAsset& video, const MediaAsset& audio) {
-    const auto videoRange = SyncEngine::tcRange(video), audioRange = SyncEngine::tcRange(audio);
-    if (!videoRange || !audioRange) return {audio, 0, 0};
-    return {audio, audioRange->startSeconds - videoRange->startSeconds,
-            SyncEngine::overlapDuration(*videoRange, *audioRange).value_or(0)};
-}
-
 bool uses(const SyncGroup& group, const UUID& audioID) {
     return std::ranges::any_of(group.audioMatches,
                                [&](const AudioMatch& match) { return match.audio->id == audioID; });
 }
 
 } // namespace
+
+/// Where the timecodes lay the audio; at the start of the clip where one of the two has no place.
+AudioMatch ImportController::matchByTimecode(const MediaAsset& video, const MediaAsset& audio) {
+    const auto videoRange = SyncEngine::tcRange(video), audioRange = SyncEngine::tcRange(audio);
+    if (!videoRange || !audioRange) return {audio, 0, 0};
+    return {audio, audioRange->startSeconds - videoRange->startSeconds,
+            SyncEngine::overlapDuration(*videoRange, *audioRange).value_or(0)};
+}
 
 void ImportController::attachAudioToGroup(UUID groupID, MediaAsset audio) {
     const SyncGroup* group = unlockedGroup(groupID);

@@ -1,9 +1,12 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
+#include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "Platform/Files.h"
 
 #include <algorithm>
+#include <set>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -21,6 +24,20 @@ void keepUnapplied(const OrvaneSyncProject& unapplied, OrvaneSyncProject& projec
     for (const PersistedGroup& entry : project.groups) present.insert(entry.videoPath);
     for (const PersistedGroup& entry : unapplied.groups)
         if (!present.contains(entry.videoPath)) project.groups.push_back(entry);
+}
+
+bool hasTrackDecisions(const SyncGroup& group) {
+    return !group.manualActiveTracks.empty() || !group.algorithmExcludedTracks.empty() ||
+           !group.manualBlockOverrides.empty();
+}
+
+/// By their names: a card may have moved.
+bool hasRecordings(const SyncGroup& group, const std::vector<FileURL>& recordings) {
+    std::multiset<std::string> own, others;
+    for (const AudioMatch& match : group.audioMatches) own.insert(match.audio->normalizedName());
+    for (const FileURL& recording : recordings)
+        others.insert(MediaAsset(recording, AssetKind::audio).normalizedName());
+    return own == others;
 }
 
 } // namespace
@@ -101,8 +118,9 @@ void ImportController::abandonScan() {
 
 /// Where a project waits for its clips, its edits go over those that a scan has made; the others wait on.
 void ImportController::applyProjectEdits() {
+    project_.tracksLeftOut.clear();
     if (!project_.unapplied) return;
-    projectService_.applyEdits(*project_.unapplied, syncGroups_);
+    layProjectOverClips();
     std::unordered_set<FileURL> found;
     for (const SyncGroup& group : syncGroups_) found.insert(group.video.url);
     auto& waiting = project_.unapplied->groups;
@@ -111,12 +129,41 @@ void ImportController::applyProjectEdits() {
     notify(ImportField::syncGroups);
 }
 
+void ImportController::layProjectOverClips() {
+    projectService_.applyEdits(*project_.unapplied, syncGroups_);
+    std::unordered_map<FileURL, const PersistedGroup*> entries;
+    for (const PersistedGroup& entry : project_.unapplied->groups) entries[entry.videoPath] = &entry;
+    std::unordered_map<FileURL, const MediaAsset*> known;
+    for (const MediaAsset* audio : audioPool()) known[audio->url] = audio;
+    const auto countsOtherChannels = [&](const SyncGroup& group) {
+        const auto entry = entries.find(group.video.url);
+        return entry != entries.end() && hasTrackDecisions(group) && !group.isMOS() &&
+               !hasRecordings(group, entry->second->audioPaths);
+    };
+    // Where all the recordings that the tracks were counted in are known, each choice goes to its own
+    // channel. Else none is taken over: it would switch on another microphone.
+    syncGroups_.updateWhere(countsOtherChannels, [&](SyncGroup& group) {
+        SyncGroup before = group;
+        before.audioMatches.clear();
+        const auto& recordings = entries.at(group.video.url)->audioPaths;
+        for (const FileURL& recording : recordings)
+            if (const auto audio = known.find(recording); audio != known.end())
+                before.audioMatches.push_back(matchByTimecode(group.video, *audio->second));
+        if (!recordings.empty() && before.audioMatches.size() == recordings.size())
+            return carryDecisions(group, before);
+        group.manualActiveTracks.clear();
+        group.algorithmExcludedTracks.clear();
+        group.manualBlockOverrides.clear();
+        project_.tracksLeftOut.push_back(group.video.url);
+    });
+}
+
 /// A scan that finds no file at all leaves the clips of earlier work. They get the project's edits, which
 /// still wait for their media.
 void ImportController::layEditsOverClipsThatStayed() {
     if (!project_.unapplied || !discoveryResult_ || !discoveryResult_->isEmpty() || syncGroups_.empty())
         return;
-    projectService_.applyEdits(*project_.unapplied, syncGroups_);
+    layProjectOverClips();
     notify(ImportField::syncGroups);
 }
 

@@ -187,6 +187,7 @@ void ImportController::reset() {
     assertOnMainThread();
     abandonScan();
     project_.unapplied.reset();
+    project_.tracksLeftOut.clear();
     videoFolderURL_.reset();
     audioFolderURL_.reset();
     discoveryResult_.reset();

@@ -330,6 +330,8 @@ class ImportController : public std::enable_shared_from_this<ImportController> {
     RunInputs inputsOfScan() const;
     void abandonScan();
     void applyProjectEdits();
+    void layProjectOverClips();
+    static AudioMatch matchByTimecode(const MediaAsset& video, const MediaAsset& audio);
     void layEditsOverClipsThatStayed();
     // ImportController+SmartAudio.cpp
     struct AnalysisRun;

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Models/OrvaneSyncProject.h"
 
 #include <optional>
+#include <vector>
 
 namespace orvane {
 
@@ -14,6 +15,9 @@ struct ProjectFileState {
     /// was not in. They wait for a scan that finds the clips, and every save keeps them. Absent when none
     /// waits.
     std::optional<OrvaneSyncProject> unapplied;
+    /// Clips, by their video, whose choice of tracks was left out: its numbers count the channels of
+    /// recordings that the scan has not found.
+    std::vector<FileURL> tracksLeftOut;
 };
 
 } // namespace orvane

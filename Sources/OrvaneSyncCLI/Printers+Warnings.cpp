@@ -82,10 +82,29 @@ void addFilesThatAReportMixesUp(const ImportController& controller, std::vector<
                            firstAndMore(names));
 }
 
+/// What of an opened project stands on no clip.
+void addUnusedOfProject(const ImportController& controller, std::vector<std::string>& warnings) {
+    Names clips;
+    for (const FileURL& video : controller.project().clipsNotFound()) clips.push_back(video.path);
+    if (!clips.empty())
+        warnings.push_back(counted(static_cast<long long>(clips.size()), "clip", "clips") +
+                           " of the project can't be found: " + firstAndMore(clips) +
+                           "; the edits are kept for a scan with the files where they were when the "
+                           "project was saved");
+    const auto& leftOut = controller.project().tracksLeftOut();
+    if (leftOut.empty()) return;
+    clips.clear();
+    for (const FileURL& video : leftOut) clips.push_back(controller.work().fileNames().of(video));
+    warnings.push_back("the project's choice of tracks is left out of " + firstAndMore(clips) +
+                       ": it was made for recordings that are not here; bring them back and open the "
+                       "project again, or choose the tracks anew before it is saved");
+}
+
 } // namespace
 
 std::vector<std::string> scanWarnings(const ImportController& controller) {
     std::vector<std::string> warnings;
+    addUnusedOfProject(controller, warnings);
     if (const auto& found = controller.scan().discoveryResult()) {
         for (const FileURL& folder : found->unreadableFolders)
             warnings.push_back("can't read the folder '" + folder.path + "'; its files are missing here");

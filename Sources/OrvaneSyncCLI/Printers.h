@@ -22,7 +22,8 @@ JSON exportJSON(const ImportController& controller, const ExportResult& result, 
 /// How many clips Smart Audio heard, what it chose, and what it could not hear.
 JSON smartAudioJSON(const ImportController& controller, std::optional<SmartAudioMode> mode);
 
-/// What the last scan could not find, and rates that can hardly be right; a line for each.
+/// What the last scan could not find, what of an opened project stands on no clip, and rates that can hardly
+/// be right; a line for each.
 std::vector<std::string> scanWarnings(const ImportController& controller);
 
 /// One line for each clip that the document does not hold, and why.

@@ -187,6 +187,30 @@ TEST_F(ProjectTest, aScanThatFindsNothingLeavesTheClipsAndLaysTheEditsOverThem) 
     EXPECT_EQ(clip().manualClipName, "Hero");
 }
 
+TEST_F(ProjectTest, tracksStayWithTheRecordingsThatTheyWereChosenIn) {
+    const std::string own = folder_.path("sound/DAY1_T01.WAV"), other = folder_.path("sound/A.WAV");
+    const auto reopen = [&] {
+        controller_ = make();
+        EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
+        return clip().manualActiveTracks;
+    };
+    finish(controller_->tracks().soloTrackActive(clip().id, 3));
+    controller_->project().saveProject(file_);
+    fs::copy(own, other); // six more channels of the take, in front
+    EXPECT_EQ(reopen(), std::set<int>{9});
+    EXPECT_TRUE(controller_->project().tracksLeftOut().empty());
+    controller_->project().saveProject(file_);
+    fs::rename(folder_.path("sound"), folder_.path("sound 1"));
+    auto moved = ProjectService().load(file_);
+    moved.audioFolderPath = folder("sound 1");
+    ProjectService().save(moved, file_);
+    EXPECT_EQ(reopen(), std::set<int>{9});
+    fs::remove(folder_.path("sound 1/A.WAV"));
+    EXPECT_EQ(reopen(), std::set<int>{});
+    EXPECT_EQ(controller_->project().tracksLeftOut(), std::vector{clip().video.url});
+    EXPECT_EQ(clip().manualClipName, "Hero");
+}
+
 TEST_F(ProjectTest, whatCannotBeOpenedChangesNothing) {
     controller_->project().saveProject(file_);
     const std::string bad = folder_.write("bad.orvanesync", "{\"version\": 2}");

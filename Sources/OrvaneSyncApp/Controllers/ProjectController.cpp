@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/ProjectController.h"
 
+#include "OrvaneSyncApp/Controllers/ProjectTracks.h"
 #include "Platform/Files.h"
 
 #include <algorithm>
@@ -100,10 +101,36 @@ platform::Task ProjectController::open(std::weak_ptr<ProjectController> weak, Fi
     self->setCurrentURL(std::move(url));
 }
 
+std::vector<FileURL> ProjectController::clipsNotFound() const {
+    std::vector<FileURL> videos;
+    if (unapplied_)
+        for (const PersistedGroup& entry : unapplied_->groups) videos.push_back(entry.videoPath);
+    return videos;
+}
+
+void ProjectController::clear() {
+    unapplied_.reset();
+    tracksLeftOut_.clear();
+}
+
+void ProjectController::layOverClips() {
+    work_.changeClips([&](SyncGroupList& groups) {
+        projectService_.applyEdits(*unapplied_, groups);
+        AudioByURL known;
+        for (const SyncGroup& group : groups)
+            for (const AudioMatch& match : group.audioMatches) known[match.audio->url] = &*match.audio;
+        for (const WildTrack& track : work_.wildTracks()) known[track.audio.url] = &track.audio;
+        if (const auto& scanned = scan_.scanResult())
+            for (const MediaAsset& audio : scanned->audioAssets) known[audio.url] = &audio;
+        tracksLeftOut_ = fitTracksToRecordings(*unapplied_, groups, known);
+    });
+}
+
 /// Where a project waits for its clips, its edits go over those that a scan has made; the others wait on.
 void ProjectController::applyEdits() {
+    tracksLeftOut_.clear();
     if (!unapplied_) return;
-    work_.changeClips([&](SyncGroupList& groups) { projectService_.applyEdits(*unapplied_, groups); });
+    layOverClips();
     std::unordered_set<FileURL> found;
     for (const SyncGroup& group : work_.syncGroups()) found.insert(group.video.url);
     auto& waiting = unapplied_->groups;
@@ -116,7 +143,7 @@ void ProjectController::applyEdits() {
 void ProjectController::layEditsOverClipsThatStayed() {
     const auto& found = scan_.discoveryResult();
     if (!unapplied_ || !found || !found->isEmpty() || work_.syncGroups().empty()) return;
-    work_.changeClips([&](SyncGroupList& groups) { projectService_.applyEdits(*unapplied_, groups); });
+    layOverClips();
 }
 
 } // namespace orvane

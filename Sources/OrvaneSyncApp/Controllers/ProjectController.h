@@ -9,6 +9,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace orvane {
 
@@ -26,8 +27,13 @@ class ProjectController {
     /// runs, the clips stay as they were, and the edits wait for the next scan. The task ends with a
     /// FileError or ProjectError when the file can't be opened; then nothing has changed.
     platform::Task loadProject(FileURL url);
+    /// The clips, by their video, whose edits wait for a scan that finds them.
+    std::vector<FileURL> clipsNotFound() const;
+    /// The clips, by their video, whose choice of tracks was left out: its numbers count the channels of
+    /// recordings that the scan has not found.
+    const std::vector<FileURL>& tracksLeftOut() const { return tracksLeftOut_; }
     /// Edits that wait for their clips wait no longer.
-    void clear() { unapplied_.reset(); }
+    void clear();
 
     /// What the open work was read from: folders, media, the report and the project. No output may lie there,
     /// but a project is saved to the place that it was opened from.
@@ -38,6 +44,7 @@ class ProjectController {
     RunInputs inputsOfScan() const;
     void setCurrentURL(FileURL url);
     void applyEdits();
+    void layOverClips();
     void layEditsOverClipsThatStayed();
 
     OpenWork& work_;
@@ -48,6 +55,7 @@ class ProjectController {
     /// was not in. They wait for a scan that finds the clips, and every save keeps them. Absent when none
     /// waits.
     std::optional<OrvaneSyncProject> unapplied_;
+    std::vector<FileURL> tracksLeftOut_;
     const ProjectService projectService_{};
 };
 

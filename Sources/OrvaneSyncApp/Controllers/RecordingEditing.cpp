@@ -23,14 +23,6 @@ MatchStatus statusAfterRemoval(const SyncGroup& group) {
     return MatchStatus::ambiguous(static_cast<int>(group.audioMatches.size()));
 }
 
-/// Where the timecodes lay the audio; at the start of the clip where one of the two has no place.
-AudioMatch matchByTimecode(const MediaAsset& video, const MediaAsset& audio) {
-    const auto videoRange = SyncEngine::tcRange(video), audioRange = SyncEngine::tcRange(audio);
-    if (!videoRange || !audioRange) return {audio, 0, 0};
-    return {audio, audioRange->startSeconds - videoRange->startSeconds,
-            SyncEngine::overlapDuration(*videoRange, *audioRange).value_or(0)};
-}
-
 bool uses(const SyncGroup& group, const UUID& audioID) {
     return std::ranges::any_of(group.audioMatches,
                                [&](const AudioMatch& match) { return match.audio->id == audioID; });
@@ -49,7 +41,7 @@ void RecordingEditing::attachAudioToGroup(UUID groupID, MediaAsset audio) {
     work_.notices.together([&] {
         work_.edit(groupID, [&](SyncGroup& own) {
             const SyncGroup before = own;
-            own.audioMatches.push_back(matchByTimecode(own.video, audio));
+            own.audioMatches.push_back(SyncEngine::matchByTimecode(own.video, audio));
             own.matchStatus = MatchStatus::manual();
             carryDecisions(own, before);
         });
@@ -126,7 +118,8 @@ void RecordingEditing::addReleasedToWildTracks(const std::vector<AudioMatch>& re
     };
     for (const AudioMatch& match : released)
         if (!isUsed(match.audio->id) && !isWild(match.audio->id))
-            work_.changeWildTracks([&](std::vector<WildTrack>& tracks) { tracks.emplace_back(*match.audio); });
+            work_.changeWildTracks(
+                [&](std::vector<WildTrack>& tracks) { tracks.emplace_back(*match.audio); });
 }
 
 void RecordingEditing::resyncClip(UUID groupID) {

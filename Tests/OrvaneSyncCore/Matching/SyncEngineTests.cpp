@@ -119,6 +119,7 @@ TEST(SyncEngine, decidesTheStatus) {
     check("they only touch", 1, {{"10:00:01:00"}}, unmatched, 0);
     check("exactly half as good", 60, {{"10:00:00:00"}, {"10:00:30:00"}}, matchedStatus, 2);
     check("less than half", 60, {{"10:00:00:00"}, {"10:00:30:03"}}, ambiguous, 2);
+    check("a copy that was cut short", 60, {{"10:00:00:00"}, {"10:00:00:00", 20}}, matchedStatus, 2);
     check("one recording in parts", 60, {{"10:00:00:00", 50}, {"10:00:50:05"}}, split, 2);
     check("parts too far apart", 60, {{"10:00:00:00", 50}, {"10:00:51:00"}}, ambiguous, 2);
     check("sounds without a place", 60, {{""}, {"10:00:00:00", 0}}, unmatched, 0);

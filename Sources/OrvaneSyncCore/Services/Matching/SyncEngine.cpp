@@ -183,16 +183,22 @@ bool isOneRecording(const Parts& parts) {
 }
 
 /// Whether a recording beside the take of the best hit has so little in common with the clip that it may not
-/// belong there. The files of the take itself, and copies, are not in question: the last part of a recording
-/// may be as short as it likes.
+/// belong there. The files of the take itself, and copies, whole or cut short, are not in question: the last
+/// part of a recording may be as short as it likes.
 bool isInDoubt(const std::vector<Hit>& hits, const Parts& files) {
     const double least = hits.front().overlapSeconds * ambiguityShare;
     if (hits.back().overlapSeconds >= least) return false;
     std::vector<TakeMembership::Candidate> candidates;
     candidates.reserve(files.size());
     for (const Recording* file : files) candidates.push_back({&*file->asset, file->range});
-    return std::ranges::any_of(TakeMembership::of(candidates).alternates,
-                               [&](std::size_t alternate) { return hits[alternate].overlapSeconds < least; });
+    const auto isCutShort = [&](std::size_t file) {
+        return std::ranges::any_of(candidates, [&](const auto& other) {
+            return TakeMembership::isCutShort(candidates[file], other);
+        });
+    };
+    return std::ranges::any_of(TakeMembership::of(candidates).alternates, [&](std::size_t alternate) {
+        return hits[alternate].overlapSeconds < least && !isCutShort(alternate);
+    });
 }
 
 /// The hits best first.
@@ -296,6 +302,13 @@ std::optional<double> SyncEngine::overlapDuration(const TCRange& a, const TCRang
     const double overlap = std::min(a.endSeconds, b.endSeconds) - std::max(a.startSeconds, b.startSeconds);
     if (!(overlap > 0)) return std::nullopt;
     return overlap;
+}
+
+AudioMatch SyncEngine::matchByTimecode(const MediaAsset& video, const MediaAsset& audio) {
+    const auto videoRange = tcRange(video), audioRange = tcRange(audio);
+    if (!videoRange || !audioRange) return {audio, 0, 0};
+    return {audio, audioRange->startSeconds - videoRange->startSeconds,
+            overlapDuration(*videoRange, *audioRange).value_or(0)};
 }
 
 bool SyncEngine::isSplitRecording(const std::vector<AudioMatch>& matches) {

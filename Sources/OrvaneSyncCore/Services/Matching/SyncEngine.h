@@ -39,6 +39,9 @@ class SyncEngine {
     /// Seconds in common; absent when there are none.
     static std::optional<double> overlapDuration(const TCRange& a, const TCRange& b);
 
+    /// The audio where the timecodes lay it; at the start of the clip where one of the two has no place.
+    static AudioMatch matchByTimecode(const MediaAsset& video, const MediaAsset& audio);
+
     /// Whether the recorder cut one recording into these files, as opposed to recordings that compete.
     static bool isSplitRecording(const std::vector<AudioMatch>& matches);
 

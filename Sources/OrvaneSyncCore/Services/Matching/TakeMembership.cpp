@@ -283,4 +283,12 @@ TakeMembership TakeMembership::of(std::span<const Candidate> candidates) {
     return Finder(candidates).find();
 }
 
+bool TakeMembership::isCutShort(const Candidate& file, const Candidate& other) {
+    return std::abs(file.range.startSeconds - other.range.startSeconds) < sameStartSeconds &&
+           file.range.endSeconds + sameStartSeconds < other.range.endSeconds &&
+           file.audio->normalizedName() == other.audio->normalizedName() &&
+           !differ(file.audio->channelCount, other.audio->channelCount) &&
+           mayBeOfOneRecorder(*file.audio, *other.audio);
+}
+
 } // namespace orvane

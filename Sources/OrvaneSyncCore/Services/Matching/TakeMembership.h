@@ -35,6 +35,9 @@ struct TakeMembership {
 
     /// The first candidate is the clip's primary recording. Pure; any thread.
     static TakeMembership of(std::span<const Candidate> candidates);
+    /// Whether a file may be a copy of another one that was cut short: it has the name, the start and as far
+    /// as known the recorder of the other, and ends earlier.
+    static bool isCutShort(const Candidate& file, const Candidate& other);
 };
 
 } // namespace orvane

@@ -1,7 +1,7 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -177,10 +177,9 @@ platform::Task ImportController::resetAllClipsToAutoSync() {
 
 void ImportController::applyBatchRename(const BatchRenamer& renamer) {
     assertOnMainThread();
-    const SettingsReader settings(*settings_);
-    const auto names = renamer.newNames(
-        syncGroups_, {GroupNaming::sourceFrom(settings.text("clipNamingSource")),
-                      settings.text("customNamingPattern"), settings.text("namingSeparator")});
+    const auto names = renamer.newNames(syncGroups_, {settings_->get(settings::clipNamingSource),
+                                                      settings_->get(settings::customNamingPattern),
+                                                      settings_->get(settings::namingSeparator)});
     if (names.empty()) return;
     withUndo(undoSteps::setManualClipName, [&] {
         for (const auto& [id, name] : names) setManualClipName(id, name);

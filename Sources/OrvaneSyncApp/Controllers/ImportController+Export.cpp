@@ -1,6 +1,6 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
-#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 
 #include <algorithm>
 
@@ -23,9 +23,8 @@ int ImportController::projectedMulticamCount() const {
 ExportSettings ImportController::exportSettings(const ExportOptions& options) const {
     assertOnMainThread();
     ExportSettings::Request request;
-    const SettingsReader settings(*settings_);
-    request.eventName = options.eventName.value_or(settings.text("eventName"));
-    request.generateMulticam = options.generateMulticam.value_or(settings.boolean("generateMulticam"));
+    request.eventName = options.eventName.value_or(settings_->get(settings::eventName));
+    request.generateMulticam = options.generateMulticam.value_or(settings_->get(settings::generateMulticam));
     request.groups = syncGroups_;
     request.smartAudioResults = smartAudio_.results;
     request.metadataPrefix = options.metadataPrefix;

@@ -1,8 +1,8 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Metadata/ImportedMetadataClearing.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
 
 #include <algorithm>
 #include <exception>
@@ -53,9 +53,8 @@ void ImportController::mergeLoadedReport() {
 }
 
 ALEMatchStrategy ImportController::aleMatchStrategyFromDefaults() const {
-    const SettingsReader settings(*settings_);
-    return settings.text("ale.matchField") == "column"
-               ? ALEMatchStrategy::column(settings.text("ale.matchColumn"))
+    return settings_->get(settings::reportMatchField) == ReportMatchField::column
+               ? ALEMatchStrategy::column(settings_->get(settings::reportMatchColumn))
                : ALEMatchStrategy::name();
 }
 

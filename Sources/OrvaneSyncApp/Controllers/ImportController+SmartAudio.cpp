@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/ManualOverrides.h"
 #include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
@@ -13,15 +14,8 @@ namespace orvane {
 
 namespace {
 
-constexpr std::string_view modeKey = "smartAudioMode";
 /// Linear RMS that music is compared with when it decides how boldly to route.
 constexpr float musicSourceLevel = 0.05F;
-
-/// Nothing where the setting was never written, or to no mode.
-std::optional<SmartAudioMode> storedMode(const platform::SettingsStore& settings) {
-    const auto tag = settings.textIfPresent(modeKey);
-    return tag ? smartAudioModeFromUITag(*tag) : std::nullopt;
-}
 
 /// How long a recording takes to hear, in any unit.
 double effortOf(const Take& take) {
@@ -171,7 +165,7 @@ platform::Task ImportController::analyseEach(std::weak_ptr<ImportController> wea
 std::shared_ptr<ImportController::AnalysisRun>
 ImportController::newRunForOneClip(bool forceOverwriteManualTracks) const {
     // A request for one clip always analyses.
-    const auto stored = storedMode(*settings_);
+    const auto stored = settings_->find(settings::smartAudioMode);
     const SmartAudioMode mode =
         stored.value_or(SmartAudioMode::off) == SmartAudioMode::off ? SmartAudioMode::standard : *stored;
     return newRun(mode, forceOverwriteManualTracks);
@@ -344,7 +338,7 @@ platform::Task ImportController::reanalyseIfKnown(const UUID& groupID) {
 // Only a mode that was stored counts: a scan by itself analyses nothing that nobody asked for.
 void ImportController::startAnalysisAfterScan() {
     analysisAfterScan_.reset();
-    const auto stored = storedMode(*settings_);
+    const auto stored = settings_->find(settings::smartAudioMode);
     if (analysesAfterScan_ && stored && *stored != SmartAudioMode::off)
         analysisAfterScan_ = runSmartAudioAnalysis(*stored, false);
 }

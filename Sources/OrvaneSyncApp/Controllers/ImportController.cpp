@@ -1,7 +1,7 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Naming/ClipNames.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
 
 #include <algorithm>
 #include <cassert>
@@ -74,11 +74,10 @@ int ImportController::mosCount() const {
 
 std::map<UUID, std::string> ImportController::displayNames() const {
     assertOnMainThread();
-    const SettingsReader settings(*settings_);
-    const auto source = GroupNaming::sourceFrom(settings.text("clipNamingSource"));
-    const std::optional<std::string> pattern = settings.text("customNamingPattern");
+    const auto source = settings_->get(settings::clipNamingSource);
+    const std::optional<std::string> pattern = settings_->get(settings::customNamingPattern);
     std::vector<std::string> texts =
-        ClipNames::of(syncGroups_, source, pattern, settings.text("namingSeparator"));
+        ClipNames::of(syncGroups_, source, pattern, settings_->get(settings::namingSeparator));
     std::map<UUID, std::string> names;
     for (std::size_t i = 0; i < syncGroups_.size(); ++i)
         names[syncGroups_[i].id] = GroupNaming::appendingOffspeedTag(std::move(texts[i]), syncGroups_[i]);

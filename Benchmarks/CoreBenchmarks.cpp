@@ -1,12 +1,12 @@
 #include "CoreBenchmarks.h"
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 #include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 #include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
 #include "Platform/Files.h"
 
 #include <benchmark/benchmark.h>

@@ -1,9 +1,9 @@
 #include "OrvaneSyncCLI/Serve/Desk.h"
 #include "OrvaneSyncCLI/Serve/Methods.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
 
 #include <algorithm>
 #include <cstddef>

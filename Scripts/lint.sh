@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Checks the formatting of every source file and the includes among the modules.
+# Checks the formatting of every source file, the includes among the modules and the keys of the settings.
 #   --tidy                also runs the linter over the whole tree (some 20 minutes)
 #   --tidy-changed [REF]  over the files that differ from REF: from where the branch left origin/main, or without
 #                         one, from the commit before
@@ -13,6 +13,13 @@ esac
 Scripts/install-dependencies.sh lint
 mapfile -t sources < <(git ls-files --cached --others --exclude-standard '*.h' '*.cpp')
 Scripts/check-includes.py
+# A key of a setting is written in its declaration alone; everybody else names the declaration.
+keys=$(grep -Pzo '\{\s*"\K[A-Za-z]+(\.[A-Za-z0-9]+)+(?=",)' Sources/OrvaneSyncCore/Models/Settings.h | tr '\0' '\n')
+if grep -rnE "\"[^\"]*\\b($(paste -sd'|' <<<"${keys//./\\.}"))\\b" Sources --include='*.cpp' --include='*.h' |
+    grep -v '^Sources/OrvaneSyncCore/Models/Settings.h:'; then
+    echo "the keys above belong to Sources/OrvaneSyncCore/Models/Settings.h" >&2
+    exit 1
+fi
 clang-format --dry-run --Werror "${sources[@]}"
 [ $# -gt 0 ] || exit 0
 

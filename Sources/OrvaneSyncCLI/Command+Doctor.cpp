@@ -1,7 +1,7 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "OrvaneSyncCore/Services/Persistence/StandardSettings.h"
 #include "Platform/Files.h"
 #include "Platform/JSON.h"
 #include "Platform/MediaInspector.h"

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/SoundFile.h"
 #include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Ingest/LTCDecoder.h"
 
 #include <algorithm>
@@ -12,7 +13,7 @@ namespace {
 
 int channelIndex(const Context& context, const Arguments& arguments) {
     const long long channel =
-        arguments.integer("--channel").value_or(context.settings->integer("ltc.channelIndex", 0));
+        arguments.integer("--channel").value_or(context.settings->get(settings::ltcChannelIndex));
     if (channel < LTCDecoder::anyChannel || channel > std::numeric_limits<int>::max())
         throw UsageError("--channel counts from 0, or is -1 for any, and '" + std::to_string(channel) +
                          "' is no channel");
@@ -68,14 +69,16 @@ void ltc(Context& context, const Arguments& arguments) {
 } // namespace
 
 const Command& ltcCommand() {
+    static const std::string channelHelp = "the channel that carries the signal, counted from 0 over all "
+                                           "sound tracks, or -1 for the first that does "
+                                           "(default: " +
+                                           std::string(settings::ltcChannelIndex.key) + ")";
     static const Command command{
         "ltc",
         "FILE [--channel N] [options]",
         "Read a linear timecode from the first two seconds of a recording or of a camera's sound.",
         "orvanesync ltc demo/shoot/sound/DAY1_ROOMTONE.WAV --channel 5",
-        {{"--channel", "N",
-          "the channel that carries the signal, counted from 0 over all sound tracks, or -1 for the first "
-          "that does (default: ltc.channelIndex)"}},
+        {{"--channel", "N", channelHelp}},
         ltc};
     return command;
 }

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/ReportDoubt.h"
 #include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 #include "OrvaneSyncCore/Services/Metadata/MetadataMerger.h"
 #include "Platform/Files.h"
@@ -119,7 +120,7 @@ void report(Context& context, const Arguments& arguments) {
     if (arguments.has("--json"))
         printJSON(context.out, report);
     else
-        context.out << reportText(report, context.settings->text("ale.matchColumn", "Tape"),
+        context.out << reportText(report, context.settings->get(settings::reportMatchColumn),
                                   context.mayColour);
     for (const std::string& doubt : reportDoubts(report, *context.settings)) context.warn(doubt);
 }

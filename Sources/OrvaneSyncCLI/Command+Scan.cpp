@@ -1,6 +1,7 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 
 namespace orvane::cli {
 
@@ -14,7 +15,7 @@ void scan(Context& context, const Arguments& arguments) {
     if (arguments.has("--json")) {
         std::vector<std::string> warnings = run.warnings();
         warnings.insert(warnings.end(), unheard.begin(), unheard.end());
-        const auto mode = smartAudioModeFromUITag(context.settings->text("smartAudioMode"));
+        const auto mode = context.settings->find(settings::smartAudioMode);
         context.out
             << stateJSON(controller, mode.value_or(SmartAudioMode::off), warnings).dump(JSON::Layout::pretty)
             << "\n";

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/SettingValues.h"
 #include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 
 namespace orvane::cli {
 
@@ -18,18 +19,18 @@ JSON describedJSON(const Context& context, const SettingDescription& setting) {
     if (const JSON standard = defaultInUse(setting); !standard.isNull()) json.set("default", standard);
     if (const JSON value = presentValue(context, setting); !value.isNull()) json.set("value", value);
     json.set("stored", context.settings->storedValue(setting.key).has_value());
-    if (const auto words = SettingsCatalogue::choices(setting.key); !words.empty()) {
+    if (const auto words = setting.choices; !words.empty()) {
         JSON::Array list;
         for (const std::string_view word : words) list.emplace_back(std::string(word));
         json.set("choices", std::move(list));
     }
-    json.set("meaning", std::string(SettingsCatalogue::meaning(setting.key)));
+    json.set("meaning", std::string(setting.meaning));
     return json;
 }
 
 std::string meaningText(const SettingDescription& setting) {
-    std::string text(SettingsCatalogue::meaning(setting.key));
-    const auto words = SettingsCatalogue::choices(setting.key);
+    std::string text(setting.meaning);
+    const auto words = setting.choices;
     for (std::size_t i = 0; i < words.size(); ++i) text.append(i == 0 ? " (" : " | ").append(words[i]);
     return words.empty() ? text : text + ")";
 }
@@ -37,13 +38,14 @@ std::string meaningText(const SettingDescription& setting) {
 void list(Context& context, bool asJSON) {
     if (asJSON) {
         JSON::Array all;
-        for (const auto& setting : SettingsCatalogue::all()) all.push_back(describedJSON(context, setting));
+        for (const SettingDescription& setting : SettingsCatalogue::all())
+            all.push_back(describedJSON(context, setting));
         context.out << JSON(std::move(all)).dump(JSON::Layout::pretty) << "\n";
         return;
     }
     std::string_view family;
     Table table({{"KEY"}, {"TYPE"}, {"DEFAULT"}, {"NOW"}, {"MEANING"}});
-    for (const auto& setting : SettingsCatalogue::all()) {
+    for (const SettingDescription& setting : SettingsCatalogue::all()) {
         if (!family.empty() && setting.family != family) table.add({"", "", "", "", ""});
         family = setting.family;
         const std::string standard = settingText(defaultInUse(setting));
@@ -88,10 +90,12 @@ void settings(Context& context, const Arguments& arguments) {
 } // namespace
 
 const Command& settingsCommand() {
+    static const std::string example =
+        "orvanesync settings set " + std::string(settings::splitEventsByScene.key) + " true";
     static const Command command{"settings",
                                  "[get KEY | set KEY VALUE | unset KEY] [options]",
                                  "List the settings, or read, change and forget one.",
-                                 "orvanesync settings set export.splitEventsByScene true",
+                                 example,
                                  {},
                                  settings};
     return command;

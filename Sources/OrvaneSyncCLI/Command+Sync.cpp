@@ -4,6 +4,7 @@
 #include "OrvaneSyncCLI/ScanRun.h"
 #include "OrvaneSyncCLI/SettingValues.h"
 #include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 
 namespace orvane::cli {
 
@@ -20,8 +21,7 @@ SmartAudioMode smartAudioMode(const Context& context, const Arguments& arguments
         throw UsageError("--smart-audio takes off, standard, studio, cinematic or custom, not '" + *named +
                          "'");
     }
-    const std::string stored = context.settings->text("smartAudioMode");
-    return smartAudioModeFromUITag(stored).value_or(SmartAudioMode::standard);
+    return context.settings->find(settings::smartAudioMode).value_or(SmartAudioMode::standard);
 }
 
 /// Says what was scanned, also where nothing of it can be exported.

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/Text.h"
 
 namespace orvane::cli {
@@ -64,15 +65,16 @@ void addOwnWarnings(const ImportController& controller, ExportResult& result) {
     for (auto* warnings : {&leftOutWarnings, &smartAudioWarnings})
         for (std::string& warning : (*warnings)(controller)) result.warnings.push_back(std::move(warning));
     if (result.syncClipCount + result.multicamCount == 0)
-        result.warnings.emplace_back("the document holds no clip; look at the settings generateSyncClips and "
-                                     "export.wrapMOSInSyncClip");
+        result.warnings.push_back("the document holds no clip; look at the settings " +
+                                  std::string(settings::generateSyncClips.key) + " and " +
+                                  std::string(settings::wrapMOSInSyncClip.key));
 }
 
 DocumentOutput::DocumentOutput(Context& context, const Arguments& arguments, RunInputs inputs)
     : context_(context), output_(arguments.value("--output").value_or("")),
       inputs_(std::move(inputs)), permission_{.replacesOthers = arguments.has("--force")},
       version_(documentVersion(arguments)), asJSON_(arguments.has("--json")),
-      isNameChosen_(arguments.has("--event") || context.settings->textIfPresent("eventName")) {
+      isNameChosen_(arguments.has("--event") || context.settings->find(settings::eventName)) {
     if (output_ == "/dev/stdout") output_ = standardOutput;
     if (output_.empty()) throw UsageError("where to? -o OUT.fcpxml is missing");
     if (output_ == standardOutput && asJSON_) throw UsageError("-o - and --json both want standard output");

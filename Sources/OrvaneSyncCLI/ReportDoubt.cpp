@@ -2,8 +2,8 @@
 
 #include "OrvaneSyncCLI/ScanRun.h"
 #include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
 #include "OrvaneSyncCore/Utilities/ReportColumns.h"
 #include "Platform/Files.h"
 #include "Platform/MediaRecognition.h"
@@ -43,11 +43,10 @@ std::string whyNoReport(const std::string& path) {
     return content && platform::beginsAsMedia(*content) ? "it is a media file" : "";
 }
 
-std::vector<std::string> reportDoubts(const ALEFile& report, const platform::SettingsStore& settings) {
-    const SettingsReader reader(settings);
-    const std::string chosen = reader.text("ale.matchColumn");
-    const bool byColumn =
-        reader.text("ale.matchField") == "column" && !platform::text::trimmed(chosen).empty();
+std::vector<std::string> reportDoubts(const ALEFile& report, const platform::SettingsStore& store) {
+    const std::string chosen = store.get(settings::reportMatchColumn);
+    const bool byColumn = store.get(settings::reportMatchField) == ReportMatchField::column &&
+                          !platform::text::trimmed(chosen).empty();
     const std::string wanted = byColumn ? chosen : "Name";
     const PackedTexts& columns = report.columns();
     bool isThere = false;
@@ -55,10 +54,11 @@ std::vector<std::string> reportDoubts(const ALEFile& report, const platform::Set
         isThere = isThere || column == wanted || (column != "Name" && ReportColumns::namesFiles(column));
     std::vector<std::string> doubts;
     if (!isThere)
-        doubts.push_back("the report has no column '" + platform::text::printable(wanted) +
-                         "'; its columns are " + namesOf(columns) + ". The setting " +
-                         (byColumn ? "ale.matchColumn" : "ale.matchField") +
-                         " says which one names the clips");
+        doubts.push_back(
+            "the report has no column '" + platform::text::printable(wanted) + "'; its columns are " +
+            namesOf(columns) + ". The setting " +
+            std::string(byColumn ? settings::reportMatchColumn.key : settings::reportMatchField.key) +
+            " says which one names the clips");
     else if (report.clipCount() == 0)
         doubts.emplace_back("the report has no rows below the names of its columns");
     if (report.openQuotes() > 0)

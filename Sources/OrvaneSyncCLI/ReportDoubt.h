@@ -14,6 +14,6 @@ std::string whyNoReport(const std::string& path);
 /// Why a report that was read may give the clips nothing or too little: it has no rows, or neither the column
 /// that the settings `ale.matchField` and `ale.matchColumn` look for nor one of sound files, or quotation
 /// marks that are not closed.
-std::vector<std::string> reportDoubts(const ALEFile& report, const platform::SettingsStore& settings);
+std::vector<std::string> reportDoubts(const ALEFile& report, const platform::SettingsStore& store);
 
 } // namespace orvane::cli

@@ -1,7 +1,7 @@
 #include "OrvaneSyncCLI/SettingValues.h"
 
 #include "OrvaneSyncCLI/Arguments.h"
-#include "OrvaneSyncCore/Models/SmartAudioKinds.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -15,62 +15,37 @@ namespace {
 
 using Kind = SettingDescription::Kind;
 
-constexpr std::string_view smartAudioModeKey = "smartAudioMode";
-
 std::string kindText(Kind kind) { return (kind == Kind::integer ? "an " : "a ") + std::string(name(kind)); }
-
-/// A value that reads the same against two defaults is one that the store understands.
-bool isUnderstood(const SettingDescription& setting, const platform::JSON& value) {
-    platform::MemorySettingsStore store;
-    const auto key = setting.key;
-    store.setOverride(key, value);
-    switch (setting.kind) {
-    case Kind::boolean:
-        return store.boolean(key, false) == store.boolean(key, true);
-    case Kind::integer:
-        return store.integer(key, 0) == store.integer(key, 1);
-    case Kind::number:
-        return store.number(key, 0) == store.number(key, 1);
-    case Kind::text:
-        return store.textIfPresent(key).has_value();
-    case Kind::map:
-        return value.isObject();
-    }
-    return false;
-}
-
-/// Of an effect of Final Cut Pro, where beyond 0 to 1 there is nothing.
-bool isAmount(std::string_view key) {
-    return key == "smartAudio.voiceIso" || key == "smartAudio.loudness" ||
-           key == "smartAudio.loudnessUniformity";
-}
 
 struct SettingGroup {
     std::string_view title;
-    std::array<std::string_view, 7> keys; ///< fewer leave the last ones empty
+    std::array<const SettingDescription*, 7> settings; ///< fewer leave the last ones empty
 };
 
 constexpr std::array<SettingGroup, 6> mostChanged{{
-    {"names", {"eventName", "clipNamingSource", "customNamingPattern", "namingSeparator", "notes.source"}},
+    {"names",
+     {&settings::eventName, &settings::clipNamingSource, &settings::customNamingPattern,
+      &settings::namingSeparator, &settings::notesSource}},
     {"events and clips",
-     {"export.splitEventsByScene", "export.eventNamePattern", "export.generateRawMediaEvent",
-      "export.wrapMOSInSyncClip", "generateSyncClips"}},
+     {&settings::splitEventsByScene, &settings::eventNamePattern, &settings::generateRawMediaEvent,
+      &settings::wrapMOSInSyncClip, &settings::generateSyncClips}},
     {"picture",
-     {"project.targetFrameRate", "trimMode", "videoResolution", "container.aspectRatio", "spatialConform"}},
-    {"multicam", {"generateMulticam", "multicam.codec"}},
+     {&settings::targetFrameRate, &settings::trimMode, &settings::videoResolution, &settings::aspectRatio,
+      &settings::spatialConform}},
+    {"multicam", {&settings::generateMulticam, &settings::multicamCodec}},
     {"off-speed material",
-     {"offspeed.generateNativeMOS", "offspeed.suffix", "offspeed.separateEvent",
-      "offspeed.generateProjectRate", "offspeed.projectRateSuffix", "offspeed.projectRateSeparateEvent",
-      "offspeed.autoKeyword"}},
+     {&settings::generateNativeMOS, &settings::nativeMOSSuffix, &settings::nativeMOSSeparateEvent,
+      &settings::generateProjectRate, &settings::projectRateSuffix, &settings::projectRateSeparateEvent,
+      &settings::offspeedAutoKeyword}},
     {"sound",
-     {"smartAudioMode", "smartAudio.blockMode", "smartAudio.loudness", "globalAudioOffset.frames",
-      "audioBaseRole", "export.volumeKeyframes"}},
+     {&settings::smartAudioMode, &settings::smartAudioBlockMode, &settings::smartAudioLoudness,
+      &settings::globalAudioOffsetFrames, &settings::audioBaseRole, &settings::volumeKeyframes}},
 }};
 
 } // namespace
 
 platform::JSON defaultInUse(const SettingDescription& setting) {
-    return setting.key == smartAudioModeKey ? platform::JSON() : setting.defaultValue();
+    return setting.details.absenceVaries ? platform::JSON() : setting.defaultValue();
 }
 
 std::string settingText(const platform::JSON& value) {
@@ -90,17 +65,16 @@ platform::JSON settingValue(const SettingDescription& setting, const std::string
 
 std::optional<std::string> whyUseless(const SettingDescription& setting, const platform::JSON& value) {
     const std::string takes = "the setting '" + std::string(setting.key) + "' takes ";
-    if (!isUnderstood(setting, value))
+    if (!setting.understands(value))
         return takes + kindText(setting.kind) + ", not '" + settingText(value) + "'";
-    if (isAmount(setting.key)) {
-        const double amount = value.number().value_or(0);
-        if (amount >= 0 && amount <= 1) return std::nullopt;
-        return takes + "a number from 0 to 1, not '" + settingText(value) + "'";
+    if (const auto range = setting.details.range) {
+        const double number = value.number().value_or(0);
+        if (number >= range->lowest && number <= range->highest) return std::nullopt;
+        return takes + "a number from " + settingText(range->lowest) + " to " + settingText(range->highest) +
+               ", not '" + settingText(value) + "'";
     }
-    const auto words = SettingsCatalogue::choices(setting.key);
-    if (words.empty() || std::ranges::find(words, settingText(value)) != words.end()) return std::nullopt;
-    // Who reads this one is not particular about case and blanks.
-    if (setting.key == smartAudioModeKey && smartAudioModeFromUITag(settingText(value))) return std::nullopt;
+    const auto words = setting.choices;
+    if (words.empty() || setting.choiceIndex(settingText(value))) return std::nullopt;
     std::string list;
     for (const std::string_view word : words) list.append(list.empty() ? "" : ", ").append(word);
     return takes + "one of " + list + "; not '" + settingText(value) + "'";
@@ -110,12 +84,11 @@ std::string exportSettingsHelp() {
     std::string help = "settings (--set KEY=VALUE; with their defaults; 'orvanesync settings' lists all):\n";
     for (const SettingGroup& group : mostChanged) {
         help.append("  ").append(group.title).append("\n");
-        for (const std::string_view key : group.keys) {
-            if (key.empty()) break;
-            const SettingDescription* setting = SettingsCatalogue::find(key);
-            std::string line = "    " + std::string(key) + "=" + settingText(defaultInUse(*setting));
+        for (const SettingDescription* setting : group.settings) {
+            if (setting == nullptr) break;
+            std::string line = "    " + std::string(setting->key) + "=" + settingText(defaultInUse(*setting));
             line.resize(std::max<std::size_t>(line.size() + 2, 48), ' ');
-            help.append(line).append(SettingsCatalogue::meaning(key)).append("\n");
+            help.append(line).append(setting->meaning).append("\n");
         }
     }
     return help;
@@ -124,7 +97,7 @@ std::string exportSettingsHelp() {
 const SettingDescription& knownSetting(std::string_view key) {
     if (const SettingDescription* setting = SettingsCatalogue::find(key)) return *setting;
     std::vector<std::string_view> keys;
-    for (const auto& setting : SettingsCatalogue::all()) keys.push_back(setting.key);
+    for (const SettingDescription& setting : SettingsCatalogue::all()) keys.push_back(setting.key);
     std::string message = "no setting is called '" + platform::text::printable(key) + "'";
     if (const auto meant = nearest(key, keys)) message += " (did you mean '" + std::string(*meant) + "'?)";
     throw UsageError(message + "; 'orvanesync settings' lists them");

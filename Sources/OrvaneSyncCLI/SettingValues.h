@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "Platform/JSON.h"
 
 #include <optional>

@@ -1,5 +1,5 @@
 #include "OrvaneSyncCLI/Command.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "OrvaneSyncCore/Services/Persistence/StandardSettings.h"
 #include "Platform/Interrupt.h"
 #include "Platform/Terminal.h"
 

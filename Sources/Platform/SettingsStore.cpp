@@ -1,47 +1,8 @@
 #include "Platform/SettingsStore.h"
-#include "Platform/Text.h"
 
 #include <algorithm>
-#include <cmath>
-#include <set>
 
 namespace orvane::platform {
-
-namespace {
-
-std::optional<bool> asBoolean(const JSON& value) {
-    if (const auto flag = value.boolean()) return flag;
-    if (const auto number = value.number()) {
-        if (*number == 0) return false;
-        if (*number == 1) return true;
-    }
-    if (const std::string* written = value.string()) {
-        const std::string word = text::lowercased(*written);
-        if (word == "true" || word == "yes" || word == "1") return true;
-        if (word == "false" || word == "no" || word == "0") return false;
-    }
-    return std::nullopt;
-}
-
-std::optional<std::int64_t> asInteger(const JSON& value) {
-    if (const std::string* written = value.string()) return text::decimalInteger(text::trimmed(*written));
-    return value.integer();
-}
-
-std::optional<double> asNumber(const JSON& value) {
-    const std::string* written = value.string();
-    const auto number = written ? text::decimalNumber(text::trimmed(*written)) : value.number();
-    return number && std::isfinite(*number) ? number : std::nullopt;
-}
-
-/// A number stands for its digits: an event may be called 2024.
-std::optional<std::string> asText(const JSON& value) {
-    if (const std::string* text = value.string()) return *text;
-    if (const auto whole = value.integer()) return std::to_string(*whole);
-    return value.number() ? std::optional(value.dump()) : std::nullopt;
-}
-
-} // namespace
 
 std::optional<JSON> SettingsStore::value(std::string_view key) const {
     const std::lock_guard lock(mutex_);
@@ -54,30 +15,6 @@ std::optional<JSON> SettingsStore::storedValue(std::string_view key) const {
     const std::lock_guard lock(mutex_);
     const auto found = stored_.find(key);
     return found == stored_.end() ? std::nullopt : std::optional(found->second);
-}
-
-bool SettingsStore::boolean(std::string_view key, bool defaultValue) const {
-    const auto held = value(key);
-    return held ? asBoolean(*held).value_or(defaultValue) : defaultValue;
-}
-
-std::int64_t SettingsStore::integer(std::string_view key, std::int64_t defaultValue) const {
-    const auto held = value(key);
-    return held ? asInteger(*held).value_or(defaultValue) : defaultValue;
-}
-
-double SettingsStore::number(std::string_view key, double defaultValue) const {
-    const auto held = value(key);
-    return held ? asNumber(*held).value_or(defaultValue) : defaultValue;
-}
-
-std::string SettingsStore::text(std::string_view key, std::string_view defaultValue) const {
-    return textIfPresent(key).value_or(std::string(defaultValue));
-}
-
-std::optional<std::string> SettingsStore::textIfPresent(std::string_view key) const {
-    const auto held = value(key);
-    return held ? asText(*held) : std::nullopt;
 }
 
 void SettingsStore::set(std::string_view key, JSON value) {

@@ -2,8 +2,8 @@
 
 #include "Platform/JSON.h"
 #include "Platform/Listeners.h"
+#include "Platform/Setting.h"
 
-#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -28,14 +28,18 @@ class SettingsStore {
     /// The stored value alone, without this run's overrides and registered defaults.
     std::optional<JSON> storedValue(std::string_view key) const;
 
-    /// Each gives the default when the key is absent or holds another kind. A boolean also reads from the
-    /// numbers 0 and 1 and the texts "true"/"yes"/"1" and "false"/"no"/"0"; a number also from a text that is
-    /// one, and a text also from a number.
-    bool boolean(std::string_view key, bool defaultValue = false) const;
-    std::int64_t integer(std::string_view key, std::int64_t defaultValue = 0) const;
-    double number(std::string_view key, double defaultValue = 0) const;
-    std::string text(std::string_view key, std::string_view defaultValue = {}) const;
-    std::optional<std::string> textIfPresent(std::string_view key) const;
+    /// The value of a setting; its default where the key is absent or holds what is none of its values.
+    template <class T>
+    T get(const Setting<T>& setting) const {
+        auto found = find(setting);
+        return found ? std::move(*found) : setting.standard();
+    }
+    /// As above, without the default.
+    template <class T>
+    std::optional<T> find(const Setting<T>& setting) const {
+        const auto held = value(setting.key);
+        return held ? setting.read(*held) : std::nullopt;
+    }
 
     /// A null value removes the key. Throws FileError when the store cannot be written; the old file stands.
     void set(std::string_view key, JSON value);

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 #include "Support/VirtualMainThread.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/Files.h"
 #include "Support/Assets.h"
 #include "Support/TemporaryDirectory.h"

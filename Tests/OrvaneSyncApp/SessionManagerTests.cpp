@@ -314,9 +314,9 @@ TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {
     settings_->set("eventName", "one");
     mainThread_->advance(1s);
     manager_->load(second, *controller_);
-    EXPECT_EQ(settings_->text("eventName"), "late");
+    EXPECT_EQ(settings_->get(settings::eventName), "late");
     manager_->load(first, *controller_);
-    EXPECT_EQ(settings_->text("eventName"), "one");
+    EXPECT_EQ(settings_->get(settings::eventName), "one");
 }
 
 } // namespace

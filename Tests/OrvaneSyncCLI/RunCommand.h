@@ -1,7 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCLI/Command.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "Platform/JSON.h"
 #include "Support/TemporaryDirectory.h"
 

@@ -3,7 +3,7 @@
 #include "OrvaneSyncCLI/Serve/Desk.h"
 #include "OrvaneSyncCLI/Serve/Methods.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "Platform/Files.h"
 #include "Support/Assets.h"
 #include "Support/TemporaryDirectory.h"

@@ -15,10 +15,9 @@ struct SettingsCommand : testing::Test {
 
 TEST_F(SettingsCommand, listsEveryKeyWithAMeaningThatFitsALine) {
     const std::string table = settings({}).out;
-    for (const auto& setting : SettingsCatalogue::all()) {
+    for (const SettingDescription& setting : SettingsCatalogue::all()) {
         EXPECT_NE(table.find(std::string(setting.key) + " "), std::string::npos) << setting.key;
-        const auto meaning = SettingsCatalogue::meaning(setting.key);
-        EXPECT_TRUE(!meaning.empty() && meaning.size() <= 80) << setting.key;
+        EXPECT_TRUE(!setting.meaning.empty() && setting.meaning.size() <= 80) << setting.key;
     }
     const auto json = settings({"--json"}).json();
     ASSERT_EQ(json.elements()->size(), SettingsCatalogue::all().size());

@@ -8,6 +8,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <limits>
 #include <thread>
 
 namespace orvane::platform {
@@ -15,15 +17,17 @@ namespace {
 
 using test::TemporaryDirectory;
 
+constexpr Setting<int> a{"a"}, b{"b"}, k{"k", 9};
+
 TEST(SettingsStore, overridesThenStoredThenRegistered) {
     MemorySettingsStore store;
     store.registerDefaults({{"k", 1}});
-    EXPECT_EQ(store.integer("k", 9), 1);
+    EXPECT_EQ(store.get(k), 1);
     EXPECT_EQ(store.storedValue("k"), std::nullopt);
     store.set("k", 2);
-    EXPECT_EQ(store.integer("k", 9), 2);
+    EXPECT_EQ(store.get(k), 2);
     store.setOverride("k", 3);
-    EXPECT_EQ(store.integer("k", 9), 3);
+    EXPECT_EQ(store.get(k), 3);
     EXPECT_EQ(store.storedValue("k"), JSON(2));
     store.set("k", nullptr);
     EXPECT_EQ(store.storedValue("k"), std::nullopt);
@@ -36,24 +40,35 @@ TEST(SettingsStore, readsNeighbouringKinds) {
                   {"two", 2},
                   {"rate", " 23.976 "},
                   {"list", JSON::array()},
-                  {"flag", true}});
-    EXPECT_TRUE(store.boolean("yes"));
-    EXPECT_FALSE(store.boolean("zero", true));
-    EXPECT_TRUE(store.boolean("two", true)) << "neither 0 nor 1";
-    EXPECT_EQ(store.number("rate"), 23.976);
-    EXPECT_EQ(store.number("two"), 2.0);
-    EXPECT_EQ(store.integer("rate", 7), 7);
-    EXPECT_EQ(store.integer("list", 7), 7);
-    EXPECT_EQ(store.number("flag", 7), 7);
-    EXPECT_EQ(store.text("two", "default"), "2") << "a number stands for its digits";
-    EXPECT_EQ(store.textIfPresent("absent"), std::nullopt);
+                  {"flag", true},
+                  {"huge", 3e9},
+                  {"size", " Large"}});
+    EXPECT_TRUE(store.get(Setting<bool>("yes")));
+    EXPECT_FALSE(store.get(Setting<bool>("zero", true)));
+    EXPECT_TRUE(store.get(Setting<bool>("two", true))) << "neither 0 nor 1";
+    EXPECT_EQ(store.get(Setting<double>("rate")), 23.976);
+    EXPECT_EQ(store.get(Setting<double>("two")), 2.0);
+    EXPECT_EQ(store.get(Setting<int>("huge")), std::numeric_limits<int>::max());
+    for (const char* key : {"rate", "list"}) EXPECT_EQ(store.get(Setting<int>(key, 7)), 7) << key;
+    EXPECT_EQ(store.get(Setting<double>("flag", 7)), 7);
+    EXPECT_EQ(store.get(Setting<std::string>("two", "default")), "2") << "a number stands for its digits";
+    EXPECT_EQ(store.find(Setting<std::string>("absent", "default")), std::nullopt);
+    enum class Size { small, large };
+    static constexpr std::array<std::string_view, 2> sizes{"small", "large"};
+    Setting<Size> size("size", Size::small, sizes);
+    EXPECT_EQ(store.find(size), std::nullopt) << "case and blanks count";
+    size.details.choicesInAnyCase = true;
+    EXPECT_EQ(store.get(size), Size::large);
+    store.set(size.key, size.write(Size::small));
+    EXPECT_EQ(store.storedValue("size"), JSON("small"));
 }
 
 TEST(SettingsStore, tellsOfChangesOutsideTheLock) {
     MemorySettingsStore store;
     std::vector<std::string> heard;
-    auto subscription = store.onChange(
-        [&](const std::string& key) { heard.push_back(key + "=" + std::to_string(store.integer(key, -1))); });
+    auto subscription = store.onChange([&](const std::string& key) {
+        heard.push_back(key + "=" + std::to_string(store.get(Setting<int>(key, -1))));
+    });
     store.set("a", 1);
     store.set("a", 1);
     store.setOverride("b", 2);
@@ -74,12 +89,12 @@ TEST(FileSettingsStore, staysAndSeesOtherWriters) {
     const auto subscription = second.onChange([&](const std::string& key) { heard.push_back(key); });
     second.set("b", "text");
     EXPECT_EQ(heard, (std::vector<std::string>{"a", "b"}));
-    EXPECT_EQ(second.number("a"), 1.5);
+    EXPECT_EQ(second.storedValue("a"), JSON(1.5));
     EXPECT_EQ(folder.read("new/folder/settings.json"), "{\n  \"a\": 1.5,\n  \"b\": \"text\"\n}\n");
     struct stat status {};
     ASSERT_EQ(::stat(folder.path("new/folder").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0700U);
-    EXPECT_EQ(FileSettingsStore(path).text("b"), "text");
+    EXPECT_EQ(FileSettingsStore(path).storedValue("b"), JSON("text"));
 }
 
 TEST(FileSettingsStore, processesAndThreadsLoseNothing) {
@@ -116,7 +131,7 @@ TEST(FileSettingsStore, keepsAFileThatItCannotUnderstand) {
         EXPECT_EQ(folder.read("settings.json.unreadable"), "an older one");
         EXPECT_EQ(folder.read("settings.json.unreadable-2"), contents);
         EXPECT_NE(store.problem()->find("settings.json.unreadable-2"), std::string::npos);
-        EXPECT_EQ(FileSettingsStore(path).integer("b"), 2);
+        EXPECT_EQ(FileSettingsStore(path).get(b), 2);
     }
 }
 
@@ -134,7 +149,7 @@ TEST(FileSettingsStore, throwsWhereItCannotWrite) {
     ASSERT_EQ(::chmod(folder.path("locked").c_str(), 0500), 0);
     FileSettingsStore locked(path);
     EXPECT_THROW(locked.set("a", 2), FileError);
-    EXPECT_EQ(locked.integer("a"), 1);
+    EXPECT_EQ(locked.get(a), 1);
 }
 
 } // namespace

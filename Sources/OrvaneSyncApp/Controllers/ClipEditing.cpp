@@ -1,7 +1,7 @@
 #include "OrvaneSyncApp/Controllers/ClipEditing.h"
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -160,10 +160,10 @@ platform::Task ClipEditing::resetAllClipsToAutoSync() {
 
 void ClipEditing::applyBatchRename(const BatchRenamer& renamer) {
     work_.notices.assertOnMainThread();
-    const SettingsReader settings(*work_.environment.settings);
-    const auto names = renamer.newNames(
-        work_.syncGroups(), {GroupNaming::sourceFrom(settings.text("clipNamingSource")),
-                             settings.text("customNamingPattern"), settings.text("namingSeparator")});
+    const platform::SettingsStore& store = *work_.environment.settings;
+    const auto names = renamer.newNames(work_.syncGroups(), {store.get(settings::clipNamingSource),
+                                                             store.get(settings::customNamingPattern),
+                                                             store.get(settings::namingSeparator)});
     if (names.empty()) return;
     work_.withUndo(undoSteps::setManualClipName, [&] {
         for (const auto& [id, name] : names) setManualClipName(id, name);

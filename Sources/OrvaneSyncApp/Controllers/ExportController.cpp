@@ -1,6 +1,6 @@
 #include "OrvaneSyncApp/Controllers/ExportController.h"
 
-#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 
 #include <algorithm>
 
@@ -23,9 +23,9 @@ int ExportController::projectedMulticamCount() const {
 ExportSettings ExportController::exportSettings(const Options& options) const {
     work_.notices.assertOnMainThread();
     ExportSettings::Request request;
-    const SettingsReader settings(*work_.environment.settings);
-    request.eventName = options.eventName.value_or(settings.text("eventName"));
-    request.generateMulticam = options.generateMulticam.value_or(settings.boolean("generateMulticam"));
+    const platform::SettingsStore& store = *work_.environment.settings;
+    request.eventName = options.eventName.value_or(store.get(settings::eventName));
+    request.generateMulticam = options.generateMulticam.value_or(store.get(settings::generateMulticam));
     request.groups = work_.syncGroups();
     request.smartAudioResults = smartAudio_.state().results;
     request.metadataPrefix = options.metadataPrefix;

@@ -1,7 +1,7 @@
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
 
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Naming/ClipNames.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
 
 #include <algorithm>
 #include <utility>
@@ -53,11 +53,11 @@ int OpenWork::mosCount() const {
 
 std::map<UUID, std::string> OpenWork::displayNames() const {
     notices.assertOnMainThread();
-    const SettingsReader settings(*environment.settings);
-    const auto source = GroupNaming::sourceFrom(settings.text("clipNamingSource"));
-    const std::optional<std::string> pattern = settings.text("customNamingPattern");
+    const platform::SettingsStore& store = *environment.settings;
+    const auto source = store.get(settings::clipNamingSource);
+    const std::optional<std::string> pattern = store.get(settings::customNamingPattern);
     std::vector<std::string> texts =
-        ClipNames::of(syncGroups_, source, pattern, settings.text("namingSeparator"));
+        ClipNames::of(syncGroups_, source, pattern, store.get(settings::namingSeparator));
     std::map<UUID, std::string> names;
     for (std::size_t i = 0; i < syncGroups_.size(); ++i)
         names[syncGroups_[i].id] = GroupNaming::appendingOffspeedTag(std::move(texts[i]), syncGroups_[i]);

@@ -1,8 +1,8 @@
 #include "OrvaneSyncApp/Controllers/ReportController.h"
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Metadata/ImportedMetadataClearing.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
 
 #include <algorithm>
 #include <exception>
@@ -65,9 +65,9 @@ void ReportController::mergeLoadedReport() {
 }
 
 ALEMatchStrategy ReportController::aleMatchStrategyFromDefaults() const {
-    const SettingsReader settings(*work_.environment.settings);
-    return settings.text("ale.matchField") == "column"
-               ? ALEMatchStrategy::column(settings.text("ale.matchColumn"))
+    const platform::SettingsStore& store = *work_.environment.settings;
+    return store.get(settings::reportMatchField) == ReportMatchField::column
+               ? ALEMatchStrategy::column(store.get(settings::reportMatchColumn))
                : ALEMatchStrategy::name();
 }
 

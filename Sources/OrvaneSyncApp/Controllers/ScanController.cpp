@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/ScanController.h"
 
 #include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Matching/ProxyFiles.h"
 #include "OrvaneSyncCore/Services/Matching/TakeStarts.h"
 #include "Platform/Files.h"
@@ -80,11 +81,11 @@ void ScanController::setAudioFolderURL(std::optional<FileURL> folder) {
 
 bool ScanController::canScan() const { return work_.videoFolderURL() || work_.audioFolderURL(); }
 
-platform::Task ScanController::probeAudio(FileURL file, std::shared_ptr<std::optional<MediaAsset>> result) const {
-    auto probing = platform::onQueue(*queue_, *work_.environment.mainThread,
-                                     [service = probeService_, file = std::move(file)] {
-                                         return service->probe(file, AssetKind::audio);
-                                     });
+platform::Task ScanController::probeAudio(FileURL file,
+                                          std::shared_ptr<std::optional<MediaAsset>> result) const {
+    auto probing = platform::onQueue(
+        *queue_, *work_.environment.mainThread,
+        [service = probeService_, file = std::move(file)] { return service->probe(file, AssetKind::audio); });
     *result = co_await probing;
 }
 
@@ -152,7 +153,7 @@ platform::Task ScanController::scan(std::weak_ptr<ScanController> weak, std::uin
         if (!self) co_return;
     }
     result.proxies = ProxyFiles::takeOut(result.videoAssets);
-    if (self->work_.environment.settings->boolean("ltc.enabled")) TakeStarts::share(result.audioAssets);
+    if (self->work_.environment.settings->get(settings::ltcEnabled)) TakeStarts::share(result.audioAssets);
     result.scanDuration = secondsBetween(start, self->work_.environment.clock->now());
     self->set(self->scanResult_, std::move(result), ImportField::scanResult);
 

@@ -1,19 +1,13 @@
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
 
+#include "OrvaneSyncCore/Models/Settings.h"
+
 #include <string_view>
 #include <utility>
 
 namespace orvane {
 
 namespace {
-
-constexpr std::string_view modeKey = "smartAudioMode";
-
-/// Nothing where the setting was never written, or to no mode.
-std::optional<SmartAudioMode> storedMode(const platform::SettingsStore& settings) {
-    const auto tag = settings.textIfPresent(modeKey);
-    return tag ? smartAudioModeFromUITag(*tag) : std::nullopt;
-}
 
 using Loudness = SmartAudioRuns::Loudness;
 
@@ -33,7 +27,7 @@ SmartAudioTerms SmartAudioController::terms(SmartAudioMode mode) const {
 
 /// A request for one clip always analyses.
 SmartAudioTerms SmartAudioController::termsForOneClip() const {
-    const auto stored = storedMode(*work_.environment.settings);
+    const auto stored = work_.environment.settings->find(settings::smartAudioMode);
     return terms(stored.value_or(SmartAudioMode::off) == SmartAudioMode::off ? SmartAudioMode::standard
                                                                              : *stored);
 }
@@ -74,7 +68,7 @@ platform::Task SmartAudioController::reanalyseAll() {
 // Only a mode that was stored counts: a scan by itself analyses nothing that nobody asked for.
 void SmartAudioController::startAnalysisAfterScan() {
     analysisAfterScan_.reset();
-    const auto stored = storedMode(*work_.environment.settings);
+    const auto stored = work_.environment.settings->find(settings::smartAudioMode);
     if (analysesAfterScan_ && stored && *stored != SmartAudioMode::off)
         analysisAfterScan_ = runSmartAudioAnalysis(*stored, false);
 }

@@ -2,8 +2,7 @@
 #include "OrvaneSyncCLI/Serve/Desk.h"
 #include "OrvaneSyncCLI/Serve/Methods.h"
 #include "OrvaneSyncCore/Models/RawValues.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 
 #include <algorithm>
 
@@ -78,13 +77,12 @@ MediaAsset audio(const Controller& controller, const Call& call) {
 
 /// By the names that the clips have by the settings, where the call does not say by which.
 JSON lockCluster(Desk& desk, const Call& call) {
-    const SettingsReader settings(*desk.settings);
-    const std::string source = call.textIfPresent("source").value_or(settings.text("clipNamingSource"));
-    const auto known = SettingsCatalogue::choices("clipNamingSource");
-    if (call.has("source") && std::ranges::find(known, source) == known.end())
+    const std::string source = call.textIfPresent("source").value_or(
+        std::string(rawValue(desk.settings->get(settings::clipNamingSource))));
+    if (call.has("source") && !fromRawValue<ClipNamingSource>(source))
         throw Error(ErrorCode::invalidParams, "lockAllInCluster: there is no source '" + source + "'");
     const std::string pattern =
-        call.textIfPresent("customPattern").value_or(settings.text("customNamingPattern"));
+        call.textIfPresent("customPattern").value_or(desk.settings->get(settings::customNamingPattern));
     desk.controller->withUndo(undoSteps::lockAllInCluster, [&] {
         desk.controller->clips().lockAllInCluster(call.id("of"), GroupNaming::sourceFrom(source), pattern);
     });

@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Models/SmartAudioConfig.h"
 
+#include "OrvaneSyncCore/Models/Settings.h"
+
 #include <algorithm>
 #include <limits>
 
@@ -9,40 +11,19 @@ namespace {
 
 using platform::SettingsStore;
 
-constexpr std::string_view aggressivenessKey = "smartAudio.aggressiveness";
-constexpr std::string_view blockModeKey = "smartAudio.blockMode";
-constexpr std::string_view loudnessTargetKey = "smartAudio.loudnessTargetDB";
-constexpr std::string_view voiceIsolationKey = "smartAudio.voiceIso";
-constexpr std::string_view voiceIsolationSNRKey = "smartAudio.voiceIsoSNR";
-constexpr std::string_view loudnessKey = "smartAudio.loudness";
-constexpr std::string_view loudnessUniformityKey = "smartAudio.loudnessUniformity";
-constexpr std::string_view humFrequencyKey = "smartAudio.humFreq";
-constexpr std::string_view autoHumKey = "smartAudio.autoHum";
-
-constexpr double defaultLoudnessTargetDB = -8.0;
-constexpr double defaultAmount = 0.5;
-constexpr double defaultSNRThreshold = 20.0;
-constexpr int defaultHumFrequency = 50;
-
-float floatSetting(const SettingsStore& store, std::string_view key, double defaultValue) {
+float floatSetting(const SettingsStore& store, const platform::Setting<double>& setting) {
     constexpr double largest = std::numeric_limits<float>::max();
-    return static_cast<float>(std::clamp(store.number(key, defaultValue), -largest, largest));
-}
-
-int intSetting(const SettingsStore& store, std::string_view key, int defaultValue) {
-    return static_cast<int>(std::clamp<std::int64_t>(
-        store.integer(key, defaultValue), std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+    return static_cast<float>(std::clamp(store.get(setting), -largest, largest));
 }
 
 } // namespace
 
 SmartAudioBlockSettings SmartAudioBlockSettings::fromUserDefaults(const SettingsStore& store) {
-    SmartAudioBlockSettings settings;
-    settings.aggressiveness =
-        fromRawValue<Aggressiveness>(store.text(aggressivenessKey)).value_or(Aggressiveness::balanced);
-    settings.blockMode = fromRawValue<BlockMode>(store.text(blockModeKey)).value_or(BlockMode::adaptive);
-    settings.loudnessTargetDB = store.number(loudnessTargetKey, defaultLoudnessTargetDB);
-    return settings;
+    SmartAudioBlockSettings block;
+    block.aggressiveness = store.get(settings::smartAudioAggressiveness);
+    block.blockMode = store.get(settings::smartAudioBlockMode);
+    block.loudnessTargetDB = store.get(settings::smartAudioLoudnessTargetDB);
+    return block;
 }
 
 SmartAudioBlockSettings SmartAudioBlockSettings::consideringMusic(float musicProbability) const {
@@ -70,25 +51,25 @@ SmartAudioConfig SmartAudioConfig::preset(SmartAudioMode mode) {
 }
 
 SmartAudioConfig SmartAudioConfig::fromUserDefaults(const SettingsStore& store) {
-    return {floatSetting(store, voiceIsolationKey, defaultAmount),
-            floatSetting(store, voiceIsolationSNRKey, defaultSNRThreshold),
-            floatSetting(store, loudnessKey, defaultAmount),
-            floatSetting(store, loudnessUniformityKey, defaultAmount),
-            floatSetting(store, loudnessTargetKey, defaultLoudnessTargetDB),
-            intSetting(store, humFrequencyKey, defaultHumFrequency),
-            store.boolean(autoHumKey, true)};
+    return {floatSetting(store, settings::smartAudioVoiceIso),
+            floatSetting(store, settings::smartAudioVoiceIsoSNR),
+            floatSetting(store, settings::smartAudioLoudness),
+            floatSetting(store, settings::smartAudioLoudnessUniformity),
+            floatSetting(store, settings::smartAudioLoudnessTargetDB),
+            store.get(settings::smartAudioHumFreq),
+            store.get(settings::smartAudioAutoHum)};
 }
 
 void SmartAudioConfig::moveSliders(SettingsStore& store, SmartAudioMode mode) {
     if (mode == SmartAudioMode::off || mode == SmartAudioMode::custom) return;
     const SmartAudioConfig config = preset(mode);
     SettingsStore::Values values;
-    values[std::string(voiceIsolationKey)] = toJSON(config.voiceIsolationAmount);
-    values[std::string(voiceIsolationSNRKey)] = toJSON(config.voiceIsolationSNRThreshold);
-    values[std::string(loudnessKey)] = toJSON(config.loudnessAmount);
-    values[std::string(loudnessUniformityKey)] = toJSON(config.loudnessUniformity);
-    values[std::string(humFrequencyKey)] = config.humFrequency;
-    values[std::string(autoHumKey)] = config.autoHumReduction;
+    values[std::string(settings::smartAudioVoiceIso.key)] = toJSON(config.voiceIsolationAmount);
+    values[std::string(settings::smartAudioVoiceIsoSNR.key)] = toJSON(config.voiceIsolationSNRThreshold);
+    values[std::string(settings::smartAudioLoudness.key)] = toJSON(config.loudnessAmount);
+    values[std::string(settings::smartAudioLoudnessUniformity.key)] = toJSON(config.loudnessUniformity);
+    values[std::string(settings::smartAudioHumFreq.key)] = config.humFrequency;
+    values[std::string(settings::smartAudioAutoHum.key)] = config.autoHumReduction;
     store.setAll(values);
 }
 

@@ -61,17 +61,22 @@ struct SmartAudioPreset {
     int voiceIsolation = 0;
     int loudness = 0;
     int uniformity = 0;
-    std::string label = "None";
+    std::string label{rawValue(SmartAudioLook::none)};
 
-    static SmartAudioPreset cinematic() { return {40, 15, 10, "Cinematic"}; }
-    static SmartAudioPreset drama() { return {40, 25, 25, "Drama"}; }
-    static SmartAudioPreset documentary() { return {50, 35, 50, "Documentary"}; }
+    static SmartAudioPreset cinematic() { return looking(SmartAudioLook::cinematic, 40, 15, 10); }
+    static SmartAudioPreset drama() { return looking(SmartAudioLook::drama, 40, 25, 25); }
+    static SmartAudioPreset documentary() { return looking(SmartAudioLook::documentary, 50, 35, 50); }
     /// In the order of the menu; the last does nothing.
     static std::array<SmartAudioPreset, 4> all();
     /// Such as "Drama · VI 40, L 25, U 25"; the label alone for the preset that does nothing.
     std::string menuText() const;
 
     bool operator==(const SmartAudioPreset&) const = default;
+
+  private:
+    static SmartAudioPreset looking(SmartAudioLook look, int isolation, int loudness, int uniformity) {
+        return {isolation, loudness, uniformity, std::string(rawValue(look))};
+    }
 };
 
 /// One entry of a menu of numbers.

@@ -1,6 +1,6 @@
 #include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 
-#include "Platform/Text.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 
 #include <cmath>
 
@@ -40,16 +40,10 @@ constexpr std::array<BlockModeRow, 4> blockModeRows{{
     {"Coarse", 4.0, "Coarse — 4 s · interview"},
 }};
 
-struct BestChannelRow {
-    std::string_view description;
-    std::string_view settingValue;
-};
-constexpr std::array<BestChannelRow, 4> bestChannelRows{{
-    {"All tracks active — no automatic routing", "off"},
-    {"App picks one best track for the entire clip", "perClip"},
-    {"Volume keyframes fade between tracks where each is cleanest", "perWindow"},
-    {"Choose per-clip yourself in the detail view", "manual"},
-}};
+constexpr std::array<std::string_view, 4> bestChannelDescriptions{
+    "All tracks active — no automatic routing", "App picks one best track for the entire clip",
+    "Volume keyframes fade between tracks where each is cleanest",
+    "Choose per-clip yourself in the detail view"};
 
 struct SmartAudioModeRow {
     std::string_view description;
@@ -90,18 +84,16 @@ std::string badgeLabel(BlockMode mode, std::optional<MaterialCharacter> detected
     return std::string(name) + " · " + std::to_string(seconds) + "s blocks";
 }
 
-std::string_view description(BestChannelMode mode) { return rowOf(bestChannelRows, mode).description; }
-std::string_view settingValue(BestChannelMode mode) { return rowOf(bestChannelRows, mode).settingValue; }
+std::string_view description(BestChannelMode mode) {
+    return bestChannelDescriptions.at(static_cast<std::size_t>(mode));
+}
 
 std::string_view description(SmartAudioMode mode) { return rowOf(smartAudioModeRows, mode).description; }
 std::string_view sectionText(SmartAudioMode mode) { return rowOf(smartAudioModeRows, mode).sectionText; }
 
 std::optional<SmartAudioMode> smartAudioModeFromUITag(std::string_view tag) {
-    const std::string wanted = platform::text::lowercased(platform::text::trimmed(tag));
-    for (std::size_t i = 0; i < RawValues<SmartAudioMode>::texts.size(); ++i)
-        if (platform::text::lowercased(RawValues<SmartAudioMode>::texts.at(i)) == wanted)
-            return static_cast<SmartAudioMode>(i);
-    return std::nullopt;
+    const auto index = settings::smartAudioMode.choiceIndex(tag);
+    return index ? std::optional(static_cast<SmartAudioMode>(*index)) : std::nullopt;
 }
 
 template <>

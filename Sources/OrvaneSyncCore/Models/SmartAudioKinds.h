@@ -62,8 +62,8 @@ struct RawValues<BestChannelMode> {
     static constexpr std::array<std::string_view, 4> texts{"Off", "Per Clip", "Per Window", "Manual"};
 };
 std::string_view description(BestChannelMode mode);
-/// The text under which the settings hold the mode, such as "perClip".
-std::string_view settingValue(BestChannelMode mode);
+/// The texts under which the settings hold the modes.
+inline constexpr std::array<std::string_view, 4> bestChannelModeTags{"off", "perClip", "perWindow", "manual"};
 
 /// The recommendation level.
 enum class SmartAudioMode { off, standard, studio, cinematic, custom };
@@ -75,8 +75,18 @@ struct RawValues<SmartAudioMode> {
 std::string_view description(SmartAudioMode mode);
 /// What the settings screen says below the chosen mode.
 std::string_view sectionText(SmartAudioMode mode);
+/// The tags under which the settings hold the modes.
+inline constexpr std::array<std::string_view, 5> smartAudioModeTags{"off", "standard", "studio", "cinematic",
+                                                                    "custom"};
 /// The mode of a stored or typed tag, whatever its case and the blanks around it; nothing for any other word.
 std::optional<SmartAudioMode> smartAudioModeFromUITag(std::string_view tag);
+
+/// The look of a project.
+enum class SmartAudioLook { cinematic, drama, documentary, none };
+template <>
+struct RawValues<SmartAudioLook> {
+    static constexpr std::array<std::string_view, 4> texts{"Cinematic", "Drama", "Documentary", "None"};
+};
 
 template <>
 ChannelKind fromJSON<ChannelKind>(const JSON& json);

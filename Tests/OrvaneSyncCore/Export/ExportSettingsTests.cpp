@@ -1,6 +1,6 @@
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "OrvaneSyncCore/Services/Export/AspectRatioHelper.h"
 #include "OrvaneSyncCore/Services/Export/ExportSettings.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
 
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
 #include "Support/Test.h"

@@ -27,7 +27,7 @@ SyncGroup silentClip() { return {video("A003C012_x.mov"), {}, MatchStatus::mos()
 
 TEST(GroupNaming, sourcesAndTokens) {
     for (const Source source : GroupNaming::allSources)
-        EXPECT_EQ(GroupNaming::sourceFrom(GroupNaming::stored(source)), source);
+        EXPECT_EQ(GroupNaming::sourceFrom(rawValue(source)), source);
     EXPECT_EQ(GroupNaming::sourceFrom("Video"), Source::sceneTake);
     EXPECT_EQ(GroupNaming::label(Source::sceneTake), "Scene-Take");
     EXPECT_EQ(GroupNaming::label(GroupNaming::TokenInfo::Category::date), "Date / Time");

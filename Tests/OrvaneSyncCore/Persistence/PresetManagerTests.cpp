@@ -1,8 +1,9 @@
 #include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
 
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Persistence/AnyCodable.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "OrvaneSyncCore/Services/Persistence/StandardSettings.h"
 #include "Platform/Files.h"
 #include "Support/TemporaryDirectory.h"
 
@@ -38,15 +39,8 @@ TEST_F(Persistence, thereAre74ManagedKeys) {
     EXPECT_EQ(keys.back(), "atmo.includeInExport");
     EXPECT_EQ(SettingsCatalogue::find("developerMode"), nullptr);
     for (const SettingDescription& setting : SettingsCatalogue::all()) {
-        using Kind = SettingDescription::Kind;
-        const JSON value = setting.defaultValue();
-        if (value.isNull()) continue;
-        const bool fits =
-            setting.kind == Kind::boolean   ? value.boolean().has_value()
-            : setting.kind == Kind::integer ? std::holds_alternative<std::int64_t>(setting.readerDefault)
-            : setting.kind == Kind::number  ? std::holds_alternative<double>(setting.readerDefault)
-                                            : value.string() != nullptr;
-        EXPECT_TRUE(fits) << setting.key;
+        EXPECT_TRUE(setting.defaultValue().isNull() || setting.understands(setting.defaultValue()))
+            << setting.key;
     }
 }
 
@@ -62,8 +56,8 @@ TEST_F(Persistence, aSnapshotHoldsStoredManagedValuesAlone) {
 TEST_F(Persistence, aPresetNeverClearsASetting) {
     store.setAll({{"eventName", "kept"}, {"trimMode", "none"}});
     presets.applySnapshot(R"({"trimMode":"video","someone.elses":[1]})", store);
-    EXPECT_EQ(store.text("eventName"), "kept");
-    EXPECT_EQ(store.text("trimMode"), "video");
+    EXPECT_EQ(store.get(settings::eventName), "kept");
+    EXPECT_EQ(store.get(settings::trimMode), TrimMode::videoDuration);
     EXPECT_EQ(store.value("someone.elses"), JSON(JSON::Array{1}));
 }
 
@@ -97,7 +91,7 @@ TEST_F(Persistence, presetFilesBearSafeNames) {
     EXPECT_TRUE(presets.exists("24:00/A"));
     store.set("trimMode", "none");
     presets.load("24:00/A", store);
-    EXPECT_EQ(store.text("trimMode"), "video");
+    EXPECT_EQ(store.get(settings::trimMode), TrimMode::videoDuration);
 
     for (const char* name : {"Preset 10", "Preset 2", ".hidden"}) presets.save(name, store);
     home.write("data/Orvane Tandrel/Presets/notes.txt", "");
@@ -135,9 +129,9 @@ TEST_F(Persistence, foldersAreMadeAndFailuresIgnored) {
 
 TEST_F(Persistence, theAccountsSettings) {
     EXPECT_FALSE(openStandardSettings()->problem().has_value());
-    EXPECT_TRUE(openStandardSettings()->boolean("offspeed.autoKeyword"));
+    EXPECT_TRUE(openStandardSettings()->get(settings::offspeedAutoKeyword));
     openStandardSettings()->set("offspeed.autoKeyword", false);
-    EXPECT_FALSE(openStandardSettings()->boolean("offspeed.autoKeyword", true));
+    EXPECT_FALSE(openStandardSettings()->get(settings::offspeedAutoKeyword));
     EXPECT_TRUE(platform::files::exists(home.path("config/Orvane Tandrel/settings.json")));
 }
 

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/ExportKinds.h"
+
 #include <array>
 #include <optional>
+#include <span>
 #include <string_view>
 
 namespace orvane {
@@ -9,10 +12,10 @@ namespace orvane {
 /// Shapes of a container, by the identifiers under which they are stored.
 namespace AspectRatioHelper {
 
-inline constexpr std::array<std::string_view, 8> presetIdentifiers{"16:9",   "1.85:1", "2:1", "2.35:1",
-                                                                   "2.39:1", "4:3",    "1:1", "9:16"};
+inline constexpr std::span<const std::string_view, 8> presetIdentifiers =
+    std::span(aspectRatioIdentifiers).first<8>();
 /// The identifier that stands for a size given in pixels; it has no ratio.
-inline constexpr std::string_view customIdentifier = "custom";
+inline constexpr std::string_view customIdentifier = aspectRatioIdentifiers.back();
 
 /// What the settings screen offers, in its order.
 struct Choice {

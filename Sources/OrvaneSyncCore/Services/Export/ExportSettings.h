@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FCPXMLKit/model/FCPXMLVersion.h"
+#include "OrvaneSyncCore/Models/ExportKinds.h"
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
@@ -13,54 +14,6 @@
 #include <unordered_map>
 
 namespace orvane {
-
-/// Which frame size the main format takes.
-enum class VideoResolutionMode { useVideoFrameSize, useAlternateFrameSize };
-template <>
-struct RawValues<VideoResolutionMode> {
-    static constexpr std::array<std::string_view, 2> texts{"video", "alternate"};
-};
-std::string_view displayText(VideoResolutionMode mode);
-
-/// How a picture of another size fits its frame.
-enum class SpatialConformType { fill, fit, none };
-template <>
-struct RawValues<SpatialConformType> {
-    static constexpr std::array<std::string_view, 3> texts{"fill", "fit", "none"};
-};
-std::string_view displayText(SpatialConformType type);
-
-/// The duration of a synchronized clip.
-enum class TrimMode { commonDuration, videoDuration, noTrim };
-template <>
-struct RawValues<TrimMode> {
-    static constexpr std::array<std::string_view, 3> texts{"common", "video", "none"};
-};
-std::string_view displayText(TrimMode mode);
-
-/// What the notes field of a clip receives.
-enum class NotesSource { video, audio, both, none };
-template <>
-struct RawValues<NotesSource> {
-    static constexpr std::array<std::string_view, 4> texts{"video", "audio", "both", "none"};
-};
-std::string_view displayText(NotesSource source);
-
-/// What Final Cut Pro renders a multicam clip to.
-enum class MulticamCodec { automatic, proRes422HQ, proRes422, proRes422LT, proRes422Proxy, proRes4444, h264 };
-template <>
-struct RawValues<MulticamCodec> {
-    static constexpr std::array<std::string_view, 7> texts{
-        "auto",
-        "Apple ProRes 422 HQ",
-        "Apple ProRes 422",
-        "Apple ProRes 422 LT",
-        "Apple ProRes 422 Proxy",
-        "Apple ProRes 4444",
-        "H.264",
-    };
-};
-std::string_view displayText(MulticamCodec codec);
 
 /// Every decision of an export: the exporter reads nothing else. The defaults are those of an empty store.
 struct ExportSettings {
@@ -132,7 +85,7 @@ struct ExportSettings {
     };
 
     /// Sets every field. A text that names no case reads as the default.
-    static ExportSettings fromUserDefaults(const platform::SettingsStore& defaults, const Request& request);
+    static ExportSettings fromUserDefaults(const platform::SettingsStore& store, const Request& request);
 };
 
 } // namespace orvane

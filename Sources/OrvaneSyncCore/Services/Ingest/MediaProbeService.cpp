@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Ingest/LTCDecoder.h"
 #include "OrvaneSyncCore/Services/Ingest/StartSources.h"
 #include "OrvaneSyncCore/Services/Ingest/TimecodeTrackReader.h"
@@ -246,7 +247,7 @@ bool MediaProbeService::mayStandFor(const MediaAsset& cached, AssetKind kind, Si
 
 bool MediaProbeService::isToBeHeard(const MediaAsset& asset) const {
     const bool hasStart = asset.startTimecodeString || asset.bextTimeReference;
-    return !hasStart && mayHoldSound(asset) && settings_.boolean("ltc.enabled");
+    return !hasStart && mayHoldSound(asset) && settings_.get(settings::ltcEnabled);
 }
 
 /// Later steps overwrite and read what earlier ones wrote. The file is opened once, by its path, and
@@ -315,11 +316,8 @@ void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFil
 /// The picture of a camera begins with a frame, so its start is the nearest one. A recording begins anywhere
 /// within a frame and is stated to the sample.
 void MediaProbeService::listenForTimecode(MediaAsset& asset) const {
-    const std::int64_t channel = settings_.integer("ltc.channelIndex");
-    constexpr std::int64_t lowest = std::numeric_limits<int>::min(),
-                           highest = std::numeric_limits<int>::max();
-    const auto frame = LTCDecoder::decodeFirstFrame(
-        asset.url.path, static_cast<int>(std::clamp(channel, lowest, highest)), statedRate(asset));
+    const auto frame = LTCDecoder::decodeFirstFrame(asset.url.path, settings_.get(settings::ltcChannelIndex),
+                                                    statedRate(asset));
     if (!frame) return;
     asset.startTimecodeString = frame->start ? frame->start->timecode() : frame->tc;
     if (!frame->start) return;

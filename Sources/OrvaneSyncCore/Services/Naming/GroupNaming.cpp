@@ -9,19 +9,8 @@ namespace orvane::GroupNaming {
 
 namespace {
 
-struct SourceRow {
-    std::string_view stored;
-    std::string_view label;
-};
-
-constexpr std::array<SourceRow, allSources.size()> sourceRows{{
-    {"video", "Video Filename"},
-    {"audio", "Audio Filename"},
-    {"sceneTake", "Scene-Take"},
-    {"custom", "Custom"},
-}};
-
-const SourceRow& row(Source source) { return sourceRows.at(static_cast<std::size_t>(source)); }
+constexpr std::array<std::string_view, allSources.size()> sourceLabels{"Video Filename", "Audio Filename",
+                                                                       "Scene-Take", "Custom"};
 
 /// The scene's words, with the separator for whatever the recorder put between them.
 std::string joinedWords(std::string_view scene, std::string_view separator) {
@@ -46,14 +35,9 @@ std::string customName(const SyncGroup& group, const std::optional<std::string>&
 
 } // namespace
 
-std::string_view stored(Source source) { return row(source).stored; }
-std::string_view label(Source source) { return row(source).label; }
+std::string_view label(Source source) { return sourceLabels.at(static_cast<std::size_t>(source)); }
 
-Source sourceFrom(std::string_view text) {
-    for (const Source source : allSources)
-        if (row(source).stored == text) return source;
-    return Source::sceneTake;
-}
+Source sourceFrom(std::string_view text) { return fromRawValue<Source>(text).value_or(Source::sceneTake); }
 
 std::optional<std::string> sceneTakeName(const SyncGroup& group, std::string_view separator) {
     const MediaAsset* audio = group.primaryAudio();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/ExportKinds.h"
 #include "OrvaneSyncCore/Models/SyncGroup.h"
 
 #include <array>
@@ -16,11 +17,9 @@ namespace orvane {
 /// name.
 namespace GroupNaming {
 
-enum class Source { video, audio, sceneTake, custom };
+using Source = ClipNamingSource;
 inline constexpr std::array<Source, 4> allSources{Source::video, Source::audio, Source::sceneTake,
                                                   Source::custom};
-/// The stored text, such as "sceneTake".
-std::string_view stored(Source source);
 std::string_view label(Source source);
 /// A text that is none of the stored ones reads as `sceneTake`.
 Source sourceFrom(std::string_view stored);

@@ -1,8 +1,8 @@
 #include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
 
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "OrvaneSyncCore/Services/Persistence/AnyCodable.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
 #include "Platform/Files.h"
 #include "Platform/Text.h"
 

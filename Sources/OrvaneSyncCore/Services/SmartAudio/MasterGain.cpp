@@ -1,24 +1,29 @@
 #include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
 
-#include <string>
+#include "OrvaneSyncCore/Models/Settings.h"
 
 namespace orvane {
 
 namespace {
 
-constexpr std::string_view presetKey = "smartAudio.preset";
-constexpr std::string_view targetKey = "smartAudio.targetLUFS";
-
-SmartAudioPreset presetLabelled(const std::string& label) {
-    for (const SmartAudioPreset& preset : {SmartAudioPreset::cinematic(), SmartAudioPreset::documentary()})
-        if (preset.label == label) return preset;
+/// "None" is no look of a mix to aim at.
+SmartAudioPreset presetOf(SmartAudioLook look) {
+    switch (look) {
+    case SmartAudioLook::cinematic:
+        return SmartAudioPreset::cinematic();
+    case SmartAudioLook::documentary:
+        return SmartAudioPreset::documentary();
+    case SmartAudioLook::drama:
+    case SmartAudioLook::none:
+        break;
+    }
     return SmartAudioPreset::drama();
 }
 
 } // namespace
 
 MasterGain::Target MasterGain::Target::fromUserDefaults(const platform::SettingsStore& store) {
-    return {presetLabelled(store.text(presetKey)), store.number(targetKey, Target{}.targetLUFS)};
+    return {presetOf(store.get(settings::smartAudioPreset)), store.get(settings::smartAudioTargetLUFS)};
 }
 
 double MasterGain::gainDB(double measuredLUFS, const Target& target, const SmartAudioPredictor& predictor) {

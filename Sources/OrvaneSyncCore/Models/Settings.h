@@ -1,0 +1,245 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/ExportKinds.h"
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
+#include "OrvaneSyncCore/Models/SmartAudioKinds.h"
+
+#include <array>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+template <>
+inline constexpr std::span<const std::string_view> settingTexts<BestChannelMode>{bestChannelModeTags};
+template <>
+inline constexpr std::span<const std::string_view> settingTexts<SmartAudioMode>{smartAudioModeTags};
+
+} // namespace orvane
+
+/// Every setting of the user, each declared once: key, type and default, heading, meaning, and where it has
+/// them choices and range. Readers ask `store.get(settings::trimMode)`; lists, presets, checks and the help
+/// go over `SettingsCatalogue::all()`, which has them in the order of this file.
+///
+/// Without a default: maps that only hold what the user changed, start points that only count under their
+/// mode, and the switch that the room tone builder asks for itself. Presets and folders of any age hold the
+/// experimental key of the volume keyframes; its reader takes it where the other one is absent.
+namespace orvane::settings {
+
+namespace family {
+inline constexpr std::string_view projectAndNaming = "Project and naming";
+inline constexpr std::string_view frameSize = "Frame size";
+inline constexpr std::string_view notes = "Notes";
+inline constexpr std::string_view multicam = "Multicam";
+inline constexpr std::string_view exporting = "Export";
+inline constexpr std::string_view offspeed = "Offspeed";
+inline constexpr std::string_view reports = "Reports";
+inline constexpr std::string_view lockitFields = "LockitNetwork fields";
+inline constexpr std::string_view roles = "Roles";
+inline constexpr std::string_view smartAudio = "Smart Audio";
+inline constexpr std::string_view playback = "Playback";
+inline constexpr std::string_view globalAudioOffset = "Global audio offset";
+inline constexpr std::string_view linearTimecode = "Linear timecode";
+inline constexpr std::string_view atmo = "Atmo";
+} // namespace family
+
+/// Of an effect of Final Cut Pro, where beyond 0 to 1 there is nothing.
+inline constexpr platform::SettingDescription::Range anAmount{0, 1};
+
+inline const Declared<std::string> eventName{"eventName", "Synced", family::projectAndNaming,
+                                             "name of the event that the clips go to"};
+inline const Declared<bool> generateSyncClips{"generateSyncClips", true, family::projectAndNaming,
+                                              "put the single synchronized clips into the document"};
+inline const Declared<bool> generateMulticam{"generateMulticam", true, family::projectAndNaming,
+                                             "join cameras that rolled together into multicam clips"};
+inline const Declared<double> targetFrameRate{
+    "project.targetFrameRate", 0.0, family::projectAndNaming,
+    "frames per second of the project; 0 takes the rate of most clips"};
+inline const Declared<ClipNamingSource> clipNamingSource{
+    "clipNamingSource", ClipNamingSource::sceneTake, family::projectAndNaming, "what a clip is named after"};
+inline const Declared<std::string> customNamingPattern{
+    "customNamingPattern", "{scene}-{take}", family::projectAndNaming,
+    "the name's pattern when clips are named by a custom one"};
+inline const Declared<std::string> namingSeparator{"namingSeparator", "-", family::projectAndNaming,
+                                                   "stands between scene and take in names"};
+
+inline const Declared<VideoResolutionMode> videoResolution{
+    "videoResolution", VideoResolutionMode::useVideoFrameSize, family::frameSize,
+    "frame size of the document: that of the clips or the alternate one"};
+inline const Declared<int> alternateWidth{"alternateWidth", 1920, family::frameSize,
+                                          "pixels, where the aspect ratio is custom"};
+inline const Declared<int> alternateHeight{"alternateHeight", 1080, family::frameSize,
+                                           "pixels, where the aspect ratio is custom"};
+inline const Declared<std::string> aspectRatio{"container.aspectRatio", "16:9", aspectRatioIdentifiers,
+                                               family::frameSize, "shape of the alternate frame"};
+inline const Declared<SpatialConformType> spatialConform{"spatialConform", SpatialConformType::fill,
+                                                         family::frameSize,
+                                                         "how pictures of another shape fill the frame"};
+inline const Declared<bool> overrideAnamorphic{"overrideAnamorphic", false, family::frameSize,
+                                               "reserved; without effect"};
+inline const Declared<TrimMode> trimMode{
+    "trimMode", TrimMode::commonDuration, family::frameSize,
+    "length of a clip: where picture and sound overlap, the picture, or the longest"};
+
+inline const Declared<NotesSource> notesSource{"notes.source", NotesSource::both, family::notes,
+                                               "whose notes the Notes field takes"};
+inline const Declared<std::string> notesVideoPrefix{"notes.videoPrefix", "V:", family::notes,
+                                                    "stands before the camera's notes"};
+inline const Declared<std::string> notesAudioPrefix{"notes.audioPrefix", "A:", family::notes,
+                                                    "stands before the sound recordist's notes"};
+
+inline const Declared<MulticamCodec> multicamCodec{"multicam.codec", MulticamCodec::automatic,
+                                                   family::multicam, "render format of multicam clips"};
+
+inline const Declared<bool> wrapMOSInSyncClip{"export.wrapMOSInSyncClip", true, family::exporting,
+                                              "a clip without sound becomes a synchronized clip too"};
+inline const Declared<bool> splitEventsByScene{"export.splitEventsByScene", false, family::exporting,
+                                               "one event a scene"};
+inline const Declared<std::string> eventNamePattern{
+    "export.eventNamePattern", "{eventName} {scene:3}", family::exporting,
+    "name of a scene's event; {scene:3} is the scene with three digits"};
+inline const Declared<bool> experimentalVolumeKeyframes{
+    "export.experimentalVolumeKeyframes", false, family::exporting,
+    "an older name; counts where export.volumeKeyframes has no value"};
+inline const Declared<bool> volumeKeyframes{"export.volumeKeyframes", false, family::exporting,
+                                            "volumes of the channels follow Smart Audio's choice over time"};
+inline const Declared<bool> generateRawMediaEvent{"export.generateRawMediaEvent", true, family::exporting,
+                                                  "add an event that holds every source file"};
+inline const Declared<std::string> rawMediaEventName{"export.rawMediaEventName", "Source Media",
+                                                     family::exporting, "name of that event"};
+
+inline const Declared<bool> generateNativeMOS{
+    "offspeed.generateNativeMOS", false, family::offspeed,
+    "also a silent clip at the sensor's rate for off-speed material"};
+inline const Declared<std::string> nativeMOSSuffix{"offspeed.suffix", "[{fps} FPS]", family::offspeed,
+                                                   "stands behind its name; {fps} is the sensor's rate"};
+inline const Declared<bool> nativeMOSSeparateEvent{"offspeed.separateEvent", false, family::offspeed,
+                                                   "those clips go into an event of their own"};
+inline const Declared<std::string> nativeMOSEventName{"offspeed.eventName", "Native MOS", family::offspeed,
+                                                      "name of that event"};
+inline const Declared<bool> generateProjectRate{
+    "offspeed.generateProjectRate", false, family::offspeed,
+    "also a clip conformed to the project's rate for off-speed material"};
+inline const Declared<std::string> projectRateSuffix{"offspeed.projectRateSuffix", "{fps}fps",
+                                                     family::offspeed,
+                                                     "stands behind its name; {fps} is the project's rate"};
+inline const Declared<bool> projectRateSeparateEvent{"offspeed.projectRateSeparateEvent", false,
+                                                     family::offspeed,
+                                                     "those clips go into an event of their own"};
+inline const Declared<std::string> projectRateEventName{"offspeed.projectRateEventName", "Project Rate",
+                                                        family::offspeed, "name of that event"};
+inline const Declared<bool> wrapNativeMOSInSyncClip{"offspeed.wrapNativeMOSInSyncClip", false,
+                                                    family::offspeed,
+                                                    "the silent clips become synchronized clips too"};
+inline const Declared<bool> offspeedAutoKeyword{"offspeed.autoKeyword", true, family::offspeed,
+                                                "mark off-speed clips with keywords"};
+
+inline const Declared<ReportMatchField> reportMatchField{
+    "ale.matchField", ReportMatchField::name, family::reports,
+    "match a report's lines by the clip's name or by one of its columns"};
+inline const Declared<std::string> reportMatchColumn{"ale.matchColumn", "Tape", family::reports,
+                                                     "that column"};
+
+inline const Declared<platform::JSON> lockitFieldMapping{"lockit.fieldMapping.v1", std::nullopt,
+                                                         family::lockitFields,
+                                                         "where metadata fields go in Final Cut Pro"};
+inline const Declared<platform::JSON> lockitCustomKeys{"lockit.fieldMapping.customKeys.v1", std::nullopt,
+                                                       family::lockitFields, "metadata keys of your own"};
+
+inline const Declared<std::string> audioBaseRole{"audioBaseRole", "dialogue", family::roles,
+                                                 "main role of all recorded sound"};
+/// Of the first tracks, in their order.
+inline const std::array<Declared<std::string>, 8> defaultSubroles{{
+    {"defaultSubrole1", "Mix", family::roles, "role of track 1 where the recorder names none"},
+    {"defaultSubrole2", "Boom", family::roles, "role of track 2"},
+    {"defaultSubrole3", "Lav 1", family::roles, "role of track 3"},
+    {"defaultSubrole4", "Lav 2", family::roles, "role of track 4"},
+    {"defaultSubrole5", "Lav 3", family::roles, "role of track 5"},
+    {"defaultSubrole6", "Lav 4", family::roles, "role of track 6"},
+    {"defaultSubrole7", "Lav 5", family::roles, "role of track 7"},
+    {"defaultSubrole8", "Lav 6", family::roles, "role of track 8"},
+}};
+inline const Declared<bool> useIXMLTrackNames{"useIXMLTrackNames", true, family::roles,
+                                              "name tracks as the recorder does"};
+
+inline const Declared<SmartAudioMode> smartAudioMode{
+    "smartAudioMode",
+    SmartAudioMode::custom,
+    family::smartAudio,
+    "how Smart Audio chooses microphones; unset: standard in sync, none in scan",
+    {.choicesInAnyCase = true, .absenceVaries = true}};
+inline const Declared<BestChannelMode> bestChannelMode{"bestChannelMode", BestChannelMode::perWindow,
+                                                       family::smartAudio,
+                                                       "kept for other programs; no choice depends on it"};
+inline const Declared<double> smartAudioVoiceIso{"smartAudio.voiceIso",
+                                                 0.5,
+                                                 family::smartAudio,
+                                                 "voice isolation that is recommended, 0 to 1 (mode custom)",
+                                                 {.range = anAmount}};
+inline const Declared<double> smartAudioVoiceIsoSNR{
+    "smartAudio.voiceIsoSNR", 20.0, family::smartAudio,
+    "dB of SNR below which it is recommended; mode custom always does"};
+inline const Declared<double> smartAudioLoudness{
+    "smartAudio.loudness",
+    0.5,
+    family::smartAudio,
+    "loudness correction that is recommended, 0 to 1 (mode custom)",
+    {.range = anAmount}};
+inline const Declared<double> smartAudioLoudnessUniformity{
+    "smartAudio.loudnessUniformity",
+    0.5,
+    family::smartAudio,
+    "uniformity of that correction, 0 to 1 (mode custom)",
+    {.range = anAmount}};
+inline const Declared<int> smartAudioHumFreq{"smartAudio.humFreq", 50, family::smartAudio,
+                                             "mains hum in Hz, 50 or 60 (mode custom)"};
+inline const Declared<bool> smartAudioAutoHum{"smartAudio.autoHum", true, family::smartAudio,
+                                              "recommend hum removal where hum is heard (mode custom)"};
+inline const Declared<Aggressiveness> smartAudioAggressiveness{
+    "smartAudio.aggressiveness", Aggressiveness::balanced, family::smartAudio,
+    "kept for other programs; no choice depends on it"};
+inline const Declared<BlockMode> smartAudioBlockMode{"smartAudio.blockMode", BlockMode::adaptive,
+                                                     family::smartAudio, "how short a stretch may be"};
+inline const Declared<double> smartAudioLoudnessTargetDB{
+    "smartAudio.loudnessTargetDB", -8.0, family::smartAudio,
+    "dBFS that the speech peaks of a stretch are brought to; 0 leaves levels alone"};
+inline const Declared<double> smartAudioTargetLUFS{
+    "smartAudio.targetLUFS", -27.0, family::smartAudio,
+    "LUFS that the master gain aims at, where one clip is analysed; not in sync"};
+inline const Declared<SmartAudioLook> smartAudioPreset{"smartAudio.preset", SmartAudioLook::drama,
+                                                       family::smartAudio, "the project's look"};
+inline const Declared<bool> smartAudioBanditEnabled{"smartAudio.banditEnabled", false, family::smartAudio,
+                                                    "separate speech, music and effects before choosing"};
+
+inline const Declared<bool> playbackAppliesSmartAudio{"playback.applySmartAudio", true, family::playback,
+                                                      "hear the choice while playing"};
+inline const Declared<bool> playbackAudioScrubbing{"playback.audioScrubbing", true, family::playback,
+                                                   "sound while scrubbing"};
+
+inline const Declared<int> globalAudioOffsetFrames{"globalAudioOffset.frames", 0, family::globalAudioOffset,
+                                                   "frames that all sound is moved by, later if positive"};
+inline const Declared<GlobalOffsetStart> globalAudioOffsetStartMode{
+    "globalAudioOffset.startMode", GlobalOffsetStart::all, family::globalAudioOffset, "from which clip on"};
+inline const Declared<std::string> globalAudioOffsetStartFromFilename{"globalAudioOffset.startFromFilename",
+                                                                      std::nullopt, family::globalAudioOffset,
+                                                                      "name of the first such clip"};
+inline const Declared<std::string> globalAudioOffsetStartFromTC{"globalAudioOffset.startFromTC", std::nullopt,
+                                                                family::globalAudioOffset,
+                                                                "timecode of the first such clip"};
+
+inline const Declared<bool> ltcEnabled{"ltc.enabled", false, family::linearTimecode,
+                                       "read timecode from a sound track where a file has no other"};
+inline const Declared<int> ltcChannelIndex{
+    "ltc.channelIndex", 0, family::linearTimecode,
+    "its channel, counted from 0; -1: the first that carries timecode"};
+
+inline const Declared<double> atmoDuration{"atmo.duration", 0.0, family::atmo,
+                                           "seconds of room tone; 0 makes it 180"};
+inline const Declared<std::string> atmoAudioRole{"atmo.audioRole", "effects.atmosphere", family::atmo,
+                                                 "role of the room tone"};
+inline const Declared<bool> atmoIncludeInExport{"atmo.includeInExport", std::nullopt, family::atmo,
+                                                "put the room tone into the document"};
+
+} // namespace orvane::settings

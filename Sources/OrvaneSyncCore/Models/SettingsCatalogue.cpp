@@ -1,0 +1,38 @@
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
+
+#include "OrvaneSyncCore/Models/Settings.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace orvane {
+
+namespace {
+
+std::vector<SettingsCatalogue::Entry>& entries() {
+    static std::vector<SettingsCatalogue::Entry> list;
+    return list;
+}
+
+std::string_view keyOf(const SettingDescription& setting) { return setting.key; }
+
+} // namespace
+
+std::span<const SettingsCatalogue::Entry> SettingsCatalogue::all() { return entries(); }
+
+const SettingDescription* SettingsCatalogue::find(std::string_view key) {
+    const auto found = std::ranges::find(entries(), key, keyOf);
+    return found == entries().end() ? nullptr : &found->get();
+}
+
+void SettingsCatalogue::add(const SettingDescription& setting) { entries().emplace_back(setting); }
+
+void registerStandardDefaults(platform::SettingsStore& store) {
+    platform::SettingsStore::Values values;
+    for (const auto* setting : {&settings::playbackAppliesSmartAudio, &settings::wrapMOSInSyncClip,
+                                &settings::offspeedAutoKeyword, &settings::generateRawMediaEvent})
+        values[std::string(setting->key)] = setting->defaultValue();
+    store.registerDefaults(std::move(values));
+}
+
+} // namespace orvane

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/RawValues.h"
+#include "Platform/Setting.h"
+#include "Platform/SettingsStore.h"
+
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace orvane {
+
+using SettingDescription = platform::SettingDescription;
+
+namespace SettingsCatalogue {
+
+using Entry = std::reference_wrapper<const SettingDescription>;
+
+/// All settings, heading by heading: the order in which presets take the keys and lists show them.
+std::span<const Entry> all();
+/// Null for a key that is none of them.
+const SettingDescription* find(std::string_view key);
+/// For `Declared`.
+void add(const SettingDescription& setting);
+
+} // namespace SettingsCatalogue
+
+/// Registers the four switches whose absence reads as true also for readers that only ask for a boolean.
+void registerStandardDefaults(platform::SettingsStore& store);
+
+/// The texts under which the settings hold an enumeration; where they are others than its raw values, this is
+/// specialised beside it.
+template <RawValued E>
+inline constexpr std::span<const std::string_view> settingTexts{RawValues<E>::texts};
+
+/// A setting that joins the catalogue. The object lives for the whole run; it is made before `main`.
+template <class T>
+struct Declared : platform::Setting<T> {
+    using Details = SettingDescription::Details;
+    using Default = std::conditional_t<std::is_same_v<T, std::string>, std::string_view, T>;
+
+    Declared(std::string_view theKey, std::optional<Default> standard, std::string_view under,
+             std::string_view says, Details more = {}) requires(!RawValued<T>)
+        : platform::Setting<T>(theKey, standard) {
+        join(under, says, more);
+    }
+    /// A text of a list that no enumeration stands for.
+    Declared(std::string_view theKey, Default standard, std::span<const std::string_view> texts,
+             std::string_view under, std::string_view says) requires std::is_same_v<T, std::string>
+        : platform::Setting<T>(theKey, standard, texts) {
+        join(under, says, {});
+    }
+    Declared(std::string_view theKey, T standard, std::string_view under, std::string_view says,
+             Details more = {}) requires RawValued<T>
+        : platform::Setting<T>(theKey, standard, settingTexts<T>) {
+        join(under, says, more);
+    }
+    ~Declared() = default;
+    Declared(const Declared&) = delete;
+    Declared& operator=(const Declared&) = delete;
+
+  private:
+    void join(std::string_view under, std::string_view says, Details more) {
+        this->family = under;
+        this->meaning = says;
+        this->details = more;
+        SettingsCatalogue::add(*this);
+    }
+};
+
+} // namespace orvane

@@ -1,0 +1,123 @@
+#pragma once
+
+#include "Platform/JSON.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <variant>
+
+namespace orvane::platform {
+
+/// What one key of the settings store is, whatever its type: all that lists, presets, checks and help need.
+struct SettingDescription {
+    enum class Kind { boolean, integer, number, text, map };
+    using Default = std::variant<std::monostate, bool, std::int64_t, double, std::string_view>;
+    struct Range {
+        double lowest, highest; ///< both allowed
+    };
+    /// What few settings have.
+    struct Details {
+        std::optional<Range> range{}; ///< of a number
+        /// The stored text of a choice counts in any case and with blanks around it.
+        bool choicesInAnyCase = false;
+        /// Where nothing is stored, commands differ; the default is what the settings screen shows.
+        bool absenceVaries = false;
+    };
+
+    std::string_view key;
+    Kind kind = Kind::text;
+    Default readerDefault;                       ///< none where absence has a meaning of its own
+    std::span<const std::string_view> choices{}; ///< the texts that it takes; empty for any text
+    std::string_view family{};                   ///< the heading that it stands under
+    std::string_view meaning{};                  ///< one line for people, at most 80 characters
+    Details details{};
+
+    /// Null when there is none.
+    JSON defaultValue() const;
+    /// Whether the value is of this kind, by the rules of `readAs`. Choices and range are not looked at.
+    bool understands(const JSON& value) const;
+    /// Where among the choices the text stands.
+    std::optional<std::size_t> choiceIndex(std::string_view text) const;
+};
+
+/// "boolean", "integer", "number", "text" or "map".
+std::string_view name(SettingDescription::Kind kind);
+
+/// A stored value as a type of a setting; nothing where it is of another kind. A boolean also reads from the
+/// numbers 0 and 1 and the texts "true"/"yes"/"1" and "false"/"no"/"0"; a number also from a text that is
+/// one, and a text also from a number. An integer is cut to the range of its type.
+template <class T>
+std::optional<T> readAs(const JSON& value);
+template <>
+std::optional<bool> readAs<bool>(const JSON& value);
+template <>
+std::optional<int> readAs<int>(const JSON& value);
+template <>
+std::optional<double> readAs<double>(const JSON& value);
+template <>
+std::optional<std::string> readAs<std::string>(const JSON& value);
+template <>
+std::optional<JSON> readAs<JSON>(const JSON& value); ///< a map
+
+/// The key of a setting together with its type: `bool`, `int`, `double`, `std::string`, `JSON` for a map, or
+/// an enumeration whose cases are the choices in their order.
+template <class T>
+struct Setting : SettingDescription {
+    /// Without a default where there is none.
+    constexpr explicit Setting(std::string_view theKey, std::optional<T> standard = std::nullopt) requires(
+        !std::is_enum_v<T> && !std::is_same_v<T, std::string>)
+        : SettingDescription{theKey, kindOf(), defaultOf(standard)} {}
+    constexpr explicit Setting(
+        std::string_view theKey, std::optional<std::string_view> standard = std::nullopt,
+        std::span<const std::string_view> theChoices = {}) requires std::is_same_v<T, std::string>
+        : SettingDescription{theKey, Kind::text, defaultOf(standard), theChoices} {}
+    constexpr Setting(std::string_view theKey, T standard,
+                      std::span<const std::string_view> theChoices) requires std::is_enum_v<T>
+        : SettingDescription{theKey, Kind::text, theChoices[static_cast<std::size_t>(standard)], theChoices} {
+    }
+
+    /// Nothing for a value of another kind and for a text that is none of an enumeration's choices.
+    std::optional<T> read(const JSON& value) const {
+        if constexpr (std::is_enum_v<T>) {
+            const auto text = readAs<std::string>(value);
+            const auto index = text ? choiceIndex(*text) : std::nullopt;
+            return index ? std::optional(static_cast<T>(*index)) : std::nullopt;
+        } else {
+            return readAs<T>(value);
+        }
+    }
+    /// The default, or an empty value where there is none.
+    T standard() const { return read(defaultValue()).value_or(T{}); }
+    JSON write(const T& value) const {
+        if constexpr (std::is_enum_v<T>)
+            return choices[static_cast<std::size_t>(value)];
+        else
+            return JSON(value);
+    }
+
+  private:
+    static constexpr Kind kindOf() {
+        if constexpr (std::is_same_v<T, bool>) return Kind::boolean;
+        if constexpr (std::is_same_v<T, int>) return Kind::integer;
+        if constexpr (std::is_same_v<T, double>) return Kind::number;
+        return Kind::map;
+    }
+    template <class V>
+    static constexpr Default defaultOf(const std::optional<V>& standard) {
+        if constexpr (std::is_same_v<V, int>) {
+            if (standard) return std::int64_t{*standard};
+        } else if constexpr (!std::is_same_v<V, JSON>) {
+            if (standard) return *standard;
+        }
+        return {};
+    }
+};
+
+} // namespace orvane::platform

@@ -205,6 +205,8 @@ TEST_F(Probe, linearTimecodeGivesTheStartOfTheFile) {
     EXPECT_FALSE(clip.bextTimeReference || clip.projectFrameRate);
     EXPECT_FALSE(probed(silent, "b.mov").startTimecodeString.has_value());
     EXPECT_EQ(probed(MovieMaker(movie).timecode({25, 1, 90000}), "c.mov").startTimecodeString, "01:00:00:00");
+    EXPECT_EQ(probed(MovieMaker(movie).timecode({25, 1, 0}), "d.mov").startTimecodeString, "10:00:00:05");
+    EXPECT_EQ(probed(MovieMaker(silent).timecode({25, 1, 0}), "e.mov").startTimecodeString, "00:00:00:00");
 }
 
 TEST_F(Probe, anyFileGivesAnAsset) {

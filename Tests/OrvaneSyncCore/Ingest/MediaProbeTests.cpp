@@ -205,6 +205,8 @@ TEST_F(Probe, linearTimecodeGivesTheStartOfTheFile) {
     EXPECT_FALSE(clip.bextTimeReference || clip.projectFrameRate);
     EXPECT_FALSE(probed(silent, "b.mov").startTimecodeString.has_value());
     EXPECT_EQ(probed(MovieMaker(movie).timecode({25, 1, 90000}), "c.mov").startTimecodeString, "01:00:00:00");
+    EXPECT_EQ(probed(MovieMaker(movie).timecode({25, 1, 0}), "e.mov").startTimecodeString, "10:00:00:05");
+    EXPECT_EQ(probed(MovieMaker(silent).timecode({25, 1, 0}), "f.mov").startTimecodeString, "00:00:00:00");
 
     // Nothing for 250 of 1000 units, then all of the track.
     const std::string edits = test::be32(2) + test::be32(250) + test::be32(~0U) + test::be32(0x10000) +

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 
+#include "OrvaneSyncCore/Services/Export/ExportPreview.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 #include "OrvaneSyncCore/Utilities/RateText.h"
@@ -106,6 +107,17 @@ void addGroup(ExportWalk& walk, const SyncGroup& group) {
         addClip(walk, group);
 }
 
+/// What Smart Audio heard is kept in memory alone.
+void warnOfMissingCurves(ExportWalk& walk) {
+    if (!walk.settings.volumeKeyframes) return;
+    const int clips =
+        ExportPreview::smartAudioCoverage(walk.groups, walk.settings.smartAudioResults).unanalyzed;
+    if (clips > 0)
+        walk.result.warnings.push_back("Volume curves are missing: Smart Audio has not heard " +
+                                       std::to_string(clips) + (clips == 1 ? " clip" : " clips") +
+                                       "; analyze and export again");
+}
+
 std::string documentText(ExportWalk& walk) {
     FCPXML document;
     document.version = walk.settings.fcpxmlVersion;
@@ -180,6 +192,7 @@ ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<Wi
     walk.audioAssetIDsByGroup.reserve(groups.size());
     addMainFormats(walk);
     for (const SyncGroup& group : groups) addGroup(walk, group);
+    warnOfMissingCurves(walk);
     if (settings.generateMulticam && walk.syncClips.size() >= 2) addMulticamClips(walk);
     addRoomTone(walk);
     addWildTracks(walk);

@@ -43,6 +43,13 @@ std::optional<int> wholePixels(std::optional<double> pixels) {
     return static_cast<int>(*pixels);
 }
 
+/// Movies of cameras and programs that know no time begin at midnight. What is sent on a sound track is
+/// better known.
+bool mayBeUnset(const MediaAsset& asset) {
+    return asset.kind == AssetKind::video &&
+           asset.startTimecodeString->find_first_of("123456789") == std::string::npos;
+}
+
 void takeTracks(MediaAsset& asset, const MediaInspection& inspection) {
     asset.durationSeconds = inspection.durationSeconds;
     if (!inspection.videoTracks.empty()) {
@@ -246,7 +253,7 @@ bool MediaProbeService::mayStandFor(const MediaAsset& cached, AssetKind kind, Si
 }
 
 bool MediaProbeService::isToBeHeard(const MediaAsset& asset) const {
-    const bool hasStart = asset.startTimecodeString || asset.bextTimeReference;
+    const bool hasStart = (asset.startTimecodeString && !mayBeUnset(asset)) || asset.bextTimeReference;
     return !hasStart && mayHoldSound(asset) && settings_.get(settings::ltcEnabled);
 }
 

@@ -77,7 +77,11 @@ platform::Task ImportController::openProject(std::weak_ptr<ImportController> wea
     self->abandonScan();
     self->set(self->videoFolderURL_, project.videoFolderPath, ImportField::videoFolderURL);
     self->set(self->audioFolderURL_, project.audioFolderPath, ImportField::audioFolderURL);
-    if (project.aleFilePath) self->loadALE(*project.aleFilePath);
+    if (project.aleFilePath) {
+        self->loadALE(*project.aleFilePath);
+        // Also where it can't be read just now: a save keeps its path, and no output goes over it.
+        self->aleFileURL_ = project.aleFilePath;
+    }
     self->project_.unapplied = std::move(project);
     if (isThere(self->videoFolderURL_) && isThere(self->audioFolderURL_) && self->canScan()) {
         const auto scanning = self->startScan();

@@ -87,7 +87,7 @@ platform::Task ProjectController::open(std::weak_ptr<ProjectController> weak, Fi
     self->scan_.abandonScan();
     work.setVideoFolderURL(project.videoFolderPath);
     work.setAudioFolderURL(project.audioFolderPath);
-    if (project.aleFilePath) self->reports_.loadALE(*project.aleFilePath);
+    if (project.aleFilePath) self->reports_.loadALEOfProject(*project.aleFilePath);
     self->unapplied_ = std::move(project);
     if (isThere(work.videoFolderURL()) && isThere(work.audioFolderURL()) && self->scan_.canScan()) {
         const auto scanning = self->scan_.startScan();

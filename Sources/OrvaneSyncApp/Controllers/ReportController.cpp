@@ -40,6 +40,11 @@ void ReportController::loadALE(const FileURL& url) {
     mergeLoadedReport();
 }
 
+void ReportController::loadALEOfProject(const FileURL& url) {
+    loadALE(url);
+    aleFileURL_ = url;
+}
+
 void ReportController::forget() {
     aleFileURL_.reset();
     aleFile_.reset();

@@ -28,6 +28,9 @@ class ReportController {
     /// Reads a report and lays it over the clips; with no clips yet, the next scan does. A failure leaves
     /// `aleImportError`, and forgets an earlier report.
     void loadALE(const FileURL& url);
+    /// The same for a report that a project names. Its URL stays also where it can't be read just now: a save
+    /// keeps its path, and no output goes over it.
+    void loadALEOfProject(const FileURL& url);
     /// Lays the report over the clips again, where there is one.
     void mergeLoadedReport();
     /// Forgets the report; what it said of the clips stays.

@@ -65,10 +65,11 @@ platform::Task ImportController::chooseAndAttachAudio(UUID groupID, FileURL file
 platform::Task ImportController::attachFile(std::weak_ptr<ImportController> weak, UUID groupID,
                                             FileURL file) {
     auto self = weak.lock();
-    auto probing = platform::onQueue(*self->serviceQueue_, *self->mainThread_,
-                                     [service = self->probeService_, file = std::move(file)] {
-                                         return service->probe(file, AssetKind::audio);
-                                     });
+    auto probing = platform::onQueue(
+        *self->serviceQueue_, self->mainThread_,
+        [service = self->probeService_, file = std::move(file)](const std::stop_token& stop) {
+            return service->probe(file, AssetKind::audio, {}, stop);
+        });
     self.reset();
     const MediaAsset audio = co_await probing;
     self = weak.lock();

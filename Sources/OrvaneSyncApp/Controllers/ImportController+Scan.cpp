@@ -48,8 +48,9 @@ class Standardization {
 };
 
 /// Video folders may hold audio and audio folders video.
-DiscoveryResult discover(const FileDiscoveryService& service, const std::vector<std::string>& folders) {
-    const DiscoveryResult found = service.discover(folders);
+DiscoveryResult discover(const FileDiscoveryService& service, const std::vector<std::string>& folders,
+                         const std::stop_token& stop) {
+    const DiscoveryResult found = service.discover(folders, stop);
     Standardization standard;
     return {standard.sortedWithoutDuplicates(found.videoURLs),
             standard.sortedWithoutDuplicates(found.audioURLs),
@@ -88,9 +89,11 @@ platform::Task ImportController::scan(std::weak_ptr<ImportController> weak, std:
     for (const auto& folder : {self->videoFolderURL_, self->audioFolderURL_})
         if (folder && (folders.empty() || folders.front() != folder->path)) folders.push_back(folder->path);
     // Every wait lets go of the controller, so that an abandoned one is not kept alive by its scan.
-    auto discovery = platform::onQueue(
-        *self->serviceQueue_, *self->mainThread_,
-        [service = self->discoveryService_, folders] { return discover(service, folders); });
+    auto discovery =
+        platform::onQueue(*self->serviceQueue_, self->mainThread_,
+                          [service = self->discoveryService_, folders](const std::stop_token& stop) {
+                              return discover(service, folders, stop);
+                          });
     self.reset();
     const DiscoveryResult found = co_await discovery;
     self = stillScanning(weak, scanNumber);
@@ -111,12 +114,12 @@ platform::Task ImportController::scan(std::weak_ptr<ImportController> weak, std:
         auto report = isVideo ? self->progressReport(scanNumber, "Probing video files", 0, total)
                               : self->progressReport(scanNumber, "Probing audio files", videoCount, total);
         auto probing = platform::onQueue(
-            *self->serviceQueue_, *self->mainThread_,
+            *self->serviceQueue_, self->mainThread_,
             [service = self->probeService_, urls = isVideo ? found.videoURLs : found.audioURLs, kind,
-             report = std::move(report)] {
+             report = std::move(report)](const std::stop_token& stop) {
                 std::vector<FileURL> unread;
-                auto assets =
-                    service->probeAll(urls, kind, report, [&](const FileURL& url) { unread.push_back(url); });
+                const auto notRead = [&](const FileURL& url) { unread.push_back(url); };
+                auto assets = service->probeAll(urls, kind, report, notRead, stop);
                 return std::pair(std::move(assets), std::move(unread));
             });
         self.reset();

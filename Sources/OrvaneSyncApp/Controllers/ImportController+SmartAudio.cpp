@@ -48,23 +48,24 @@ bool asksTheSame(const SmartAudioRequest& a, const SmartAudioRequest& b) {
 }
 
 /// On the router's queue. What cannot be heard gives the empty result.
-SmartAudioResult listen(const SmartAudioRouter& router, SmartAudioRequest request) {
+SmartAudioResult listen(const SmartAudioRouter::Means& means, SmartAudioRequest request,
+                        const std::stop_token& stop) {
     try {
         if (request.stems) {
             const auto metrics =
-                computeStemMetrics(*request.stems, smartAudioWindowSeconds, musicSourceLevel);
+                computeStemMetrics(*request.stems, smartAudioWindowSeconds, musicSourceLevel, stop);
             request.blockSettings = request.blockSettings->consideringMusic(metrics.musicProbability);
         }
-        return router.analyzeOnQueue(request);
+        return SmartAudioRouter::analyze(request, means, stop);
     } catch (const std::exception&) {
         return {};
     }
 }
 
 /// LUFS. A recording that cannot be measured counts as all but silent.
-double loudnessOf(const TakeSound& recording) {
+double loudnessOf(const TakeSound& recording, const std::stop_token& stop) {
     try {
-        return LUFSMeter::measureIntegratedLUFS(recording).value_or(MasterGain::unmeasuredLUFS);
+        return LUFSMeter::measureIntegratedLUFS(recording, stop).value_or(MasterGain::unmeasuredLUFS);
     } catch (const std::exception&) {
         return MasterGain::unmeasuredLUFS;
     }
@@ -239,9 +240,10 @@ platform::Task ImportController::analyseClip(std::weak_ptr<ImportController> wea
         if (known != nullptr) {
             result = *known;
         } else {
-            auto listening = platform::onQueue(
-                self->smartAudioRouter_->queue(), *self->mainThread_,
-                [router = self->smartAudioRouter_.get(), request] { return listen(*router, request); });
+            auto listening =
+                platform::onQueue(self->smartAudioRouter_->queue(), self->mainThread_,
+                                  [means = self->smartAudioRouter_->means(), request](
+                                      const std::stop_token& stop) { return listen(means, request, stop); });
             self.reset();
             result = co_await listening;
             run->progress.fraction = std::min(run->progress.fraction + share, 1.0);
@@ -309,8 +311,9 @@ platform::Task ImportController::measureLoudness(std::weak_ptr<ImportController>
             self->notify(ImportField::syncGroups);
             co_return;
         }
-        auto measuring = platform::onQueue(*self->loudnessQueue_, *self->mainThread_,
-                                           [recording] { return loudnessOf(recording); });
+        auto measuring = platform::onQueue(
+            *self->loudnessQueue_, self->mainThread_,
+            [recording](const std::stop_token& stop) { return loudnessOf(recording, stop); });
         self.reset();
         run->loudness[recording] = co_await measuring;
     }

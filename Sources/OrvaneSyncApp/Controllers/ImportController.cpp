@@ -26,7 +26,7 @@ std::shared_ptr<ImportController> ImportController::create(Dependencies dependen
 ImportController::ImportController(Dependencies dependencies)
     : mainThread_(std::move(dependencies.mainThread)), settings_(std::move(dependencies.settings)),
       clock_(std::move(dependencies.clock)),
-      probeService_(std::make_shared<MediaProbeService>(*settings_, std::move(dependencies.probeCache))),
+      probeService_(std::make_shared<MediaProbeService>(settings_, std::move(dependencies.probeCache))),
       serviceQueue_(platform::SerialQueue::create("services")),
       smartAudioRouter_(std::make_unique<SmartAudioRouter>()),
       loudnessQueue_(platform::SerialQueue::create("loudness")) {}

@@ -96,11 +96,11 @@ void scanTwoCards(benchmark::State& state, const MediaCorpus& cards) {
         dependencies.mainThread = loop;
         dependencies.settings = std::make_shared<platform::MemorySettingsStore>();
         const auto controller = ImportController::create(std::move(dependencies));
-        controller->setVideoFolderURL(FileURL{cards.folder});
-        const platform::Task scan = controller->startScan();
+        controller->scan().setVideoFolderURL(FileURL{cards.folder});
+        const platform::Task scan = controller->scan().startScan();
         scan.whenDone([&](const std::exception_ptr&) { loop->quit(); });
         loop->run();
-        const SyncGroupList& clips = controller->syncGroups();
+        const SyncGroupList& clips = controller->work().syncGroups();
         const bool haveSound =
             std::ranges::all_of(clips, [](const SyncGroup& clip) { return clip.audioMatches.size() >= 4; });
         if (clips.size() != cards.videos.size() || !haveSound) state.SkipWithError("clips are missing");

@@ -32,9 +32,9 @@ class HastyClock final : public platform::Clock {
 };
 
 /// A controller with clips of two recordings each.
-class OpenWork {
+class EditedWork {
   public:
-    explicit OpenWork(int count) {
+    explicit EditedWork(int count) {
         ImportController::Dependencies dependencies;
         dependencies.mainThread = platform::RunLoop::create();
         dependencies.settings = std::make_shared<platform::MemorySettingsStore>();
@@ -53,9 +53,10 @@ class OpenWork {
     /// Always another clip, in no order.
     void nudge() {
         constexpr std::size_t stride = 7919;
-        at_ = (at_ + stride) % controller->syncGroups().size();
-        const UUID id = controller->syncGroups()[at_].id;
-        controller->withUndo(undoSteps::adjustAudioOffset, [&] { controller->adjustAudioOffset(id, 0.04); });
+        at_ = (at_ + stride) % controller->work().syncGroups().size();
+        const UUID id = controller->work().syncGroups()[at_].id;
+        controller->withUndo(undoSteps::adjustAudioOffset,
+                             [&] { controller->clips().adjustAudioOffset(id, 0.04); });
     }
 
     std::shared_ptr<ImportController> controller;
@@ -65,30 +66,30 @@ class OpenWork {
 };
 
 void nudge(benchmark::State& state) {
-    OpenWork work(clips);
+    EditedWork work(clips);
     for (auto _ : state) work.nudge();
 }
 
 void copyClips(benchmark::State& state) {
-    const SyncGroupList groups = OpenWork(clips).controller->syncGroups();
+    const SyncGroupList groups = EditedWork(clips).controller->work().syncGroups();
     for (auto _ : state) benchmark::DoNotOptimize(std::vector<SyncGroup>(groups.begin(), groups.end()));
 }
 
 void editEveryClip(benchmark::State& state) {
-    OpenWork work(clips);
+    EditedWork work(clips);
     std::vector<UUID> ids;
-    for (const SyncGroup& group : work.controller->syncGroups()) ids.push_back(group.id);
+    for (const SyncGroup& group : work.controller->work().syncGroups()) ids.push_back(group.id);
     for (auto _ : state)
-        for (const UUID& id : ids) work.controller->toggleApproved(id);
+        for (const UUID& id : ids) work.controller->clips().toggleApproved(id);
 }
 
 void attachMenu(benchmark::State& state) {
-    OpenWork work(static_cast<int>(state.range(0)));
-    const UUID id = work.controller->syncGroups()[0].id;
+    EditedWork work(static_cast<int>(state.range(0)));
+    const UUID id = work.controller->work().syncGroups()[0].id;
     for (auto _ : state) {
         work.nudge(); // the clips have changed since it was last opened
-        for (const MediaAsset& file : work.controller->rawFilesAvailableToAttach(id))
-            benchmark::DoNotOptimize(work.controller->rawFilesMenuLabel(file));
+        for (const MediaAsset& file : work.controller->recordings().rawFilesAvailableToAttach(id))
+            benchmark::DoNotOptimize(work.controller->recordings().rawFilesMenuLabel(file));
     }
 }
 
@@ -98,7 +99,7 @@ double allocatedBytes() {
 }
 
 void printUndoMemory() {
-    OpenWork work(clips);
+    EditedWork work(clips);
     const double before = allocatedBytes();
     for (int step = 0; step < steps; ++step) work.nudge();
     constexpr double megabyte = 1e6, most = 20;

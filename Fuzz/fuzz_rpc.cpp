@@ -116,14 +116,15 @@ class Served {
         demand(!desk_.sessions->lastSaveError());
         const auto kept = SessionStore(AppStorageHelper::sessionsDirectory()).readGroups(*session);
         demand(!kept.problem);
-        if (!desk_.controller->syncGroups().empty())
-            demand(toJSONArray(kept.groups).dump() == toJSONArray(desk_.controller->syncGroups()).dump());
+        if (!desk_.controller->work().syncGroups().empty())
+            demand(toJSONArray(kept.groups).dump() ==
+                   toJSONArray(desk_.controller->work().syncGroups()).dump());
     }
 
   private:
     std::string state() const {
-        const UndoState undo = desk_.controller->undoState();
-        return toJSONArray(desk_.controller->syncGroups()).dump() + undo.undoActionName.value_or("-") +
+        const UndoState undo = desk_.controller->work().undoState();
+        return toJSONArray(desk_.controller->work().syncGroups()).dump() + undo.undoActionName.value_or("-") +
                undo.redoActionName.value_or("-");
     }
 

@@ -67,10 +67,10 @@ JSON progressJSON(std::string_view phase, int current, int total, double fractio
 
 /// How far the operation is that now runs; nothing when the change was of something else.
 std::optional<JSON> progressJSON(const ImportController& controller, ImportField field) {
-    const ScanProgress& scan = controller.progress();
+    const ScanProgress& scan = controller.scan().progress();
     if (field == ImportField::progress && scan.isActive())
         return progressJSON(scan.phase, scan.current, scan.total, scan.fraction());
-    const SmartAudioProgress& hearing = controller.smartAudio().progress;
+    const SmartAudioProgress& hearing = controller.smartAudio().state().progress;
     if (field == ImportField::smartAudio && hearing.total > 0)
         return progressJSON(hearing.phase, hearing.current, hearing.total, hearing.fraction);
     return std::nullopt;

@@ -27,16 +27,17 @@ SmartAudioMode smartAudioMode(const Context& context, const Arguments& arguments
 /// Says what was scanned, also where nothing of it can be exported.
 [[noreturn]] void failWithoutClips(Context& context, const ImportController& controller, bool asJSON) {
     std::string folders;
-    for (const auto& folder : {controller.videoFolderURL(), controller.audioFolderURL()})
+    for (const auto& folder : {controller.work().videoFolderURL(), controller.work().audioFolderURL()})
         if (folder && folders.find("'" + folder->path + "'") == std::string::npos)
             folders += (folders.empty() ? "'" : " and '") + folder->path + "'";
-    if (controller.scanResult()->totalFiles() == 0)
+    if (controller.scan().scanResult()->totalFiles() == 0)
         throw CommandError("no video or audio files in " + folders);
-    if (controller.syncGroups().empty()) throw CommandError("no video files in " + folders);
+    if (controller.work().syncGroups().empty()) throw CommandError("no video files in " + folders);
     if (!asJSON) context.err << stateText(controller, false) << "\n";
-    throw CommandError("nothing to export from " + folders + ": " +
-                       counted(static_cast<long long>(controller.syncGroups().size()), "clip", "clips") +
-                       ", none of them matched");
+    throw CommandError(
+        "nothing to export from " + folders + ": " +
+        counted(static_cast<long long>(controller.work().syncGroups().size()), "clip", "clips") +
+        ", none of them matched");
 }
 
 void sync(Context& context, const Arguments& arguments) {
@@ -44,10 +45,11 @@ void sync(Context& context, const Arguments& arguments) {
     const SmartAudioMode smartAudio = smartAudioMode(context, arguments);
     ScanRun run(context, arguments);
     ImportController& controller = run.controller();
-    controller.setAnalysesAfterScan(false); // once is enough, in the mode of this command
+    controller.smartAudio().setAnalysesAfterScan(false); // once is enough, in the mode of this command
     run.scan();
-    if (controller.matchedCount() == 0) failWithoutClips(context, controller, arguments.has("--json"));
-    if (smartAudio != SmartAudioMode::off) run.wait(controller.runSmartAudioAnalysis(smartAudio, false));
+    if (controller.work().matchedCount() == 0) failWithoutClips(context, controller, arguments.has("--json"));
+    if (smartAudio != SmartAudioMode::off)
+        run.wait(controller.smartAudio().runSmartAudioAnalysis(smartAudio, false));
     run.show("Writing the document...");
     output.smartAudioMode = smartAudio;
     output.warnedAlready = run.warnings();

@@ -22,7 +22,7 @@ std::string writtenText(const ImportController& controller, const ExportResult& 
     std::string text = "Wrote " + platform::text::printable(output) + ": " +
                        counted(result.syncClipCount, "synchronized clip", "synchronized clips");
     // Settings may keep single clips, or those without sound, out of the document.
-    const int withSound = controller.syncClipCount(), mos = controller.mosCount();
+    const int withSound = controller.work().syncClipCount(), mos = controller.work().mosCount();
     if (result.syncClipCount == withSound + mos)
         text += " (" + std::to_string(withSound) + " with sound, " + std::to_string(mos) + " MOS)";
     const struct {
@@ -39,8 +39,9 @@ std::string writtenText(const ImportController& controller, const ExportResult& 
     text += ", in " + counted(result.eventCount, "event", "events");
     if (result.sceneEventCount > 0) text += " (" + std::to_string(result.sceneEventCount) + " by scene)";
     text += ".";
-    if (controller.unmatchedCount() > 0)
-        text += " Not in it: " + counted(controller.unmatchedCount(), "clip", "clips") + " without a match.";
+    if (controller.work().unmatchedCount() > 0)
+        text += " Not in it: " + counted(controller.work().unmatchedCount(), "clip", "clips") +
+                " without a match.";
     return text + "\n";
 }
 
@@ -88,15 +89,15 @@ DocumentOutput::DocumentOutput(Context& context, const Arguments& arguments, Run
 }
 
 void DocumentOutput::write(const ImportController& controller, const std::function<void()>& written) const {
-    ExportSettings settings = controller.exportSettings(document);
+    ExportSettings settings = controller.exporting().exportSettings(document);
     if (version_) settings.fcpxmlVersion = *version_;
-    ExportResult result = controller.exportFCPXML(settings);
+    ExportResult result = controller.exporting().exportFCPXML(settings);
     if (output_ == standardOutput) {
         const std::string& text = result.fcpxmlString;
         context_.out.write(text.data(), static_cast<std::streamsize>(text.size()));
     } else {
         RunInputs inputs = inputs_;
-        inputs.add(controller.inputs());
+        inputs.add(controller.project().inputs());
         OutputGuard(OutputKind::document, std::move(inputs), permission_).write(output_, result.fcpxmlString);
     }
     written();
@@ -110,7 +111,7 @@ void DocumentOutput::write(const ImportController& controller, const std::functi
     if (output_ != standardOutput)
         context_.out << stateText(controller, context_.mayColour) << smartAudioText(controller) << "\n"
                      << writtenText(controller, result, output_)
-                     << exportPreviewText(controller.syncGroups(), settings, isNameChosen_,
+                     << exportPreviewText(controller.work().syncGroups(), settings, isNameChosen_,
                                           smartAudioMode != SmartAudioMode::off);
     for (const std::string& warning : result.warnings) context_.warn(warning);
 }

@@ -25,7 +25,7 @@ class DocumentOutput {
     /// scan must not end at a folder that is not there.
     DocumentOutput(Context& context, const Arguments& arguments, RunInputs inputs = {});
 
-    ImportController::ExportOptions document;
+    ExportController::Options document;
     /// What people have been told before; JSON repeats it.
     std::vector<std::string> warnedAlready;
     /// The one that was asked of Smart Audio; absent where the command knows of none.

@@ -93,8 +93,8 @@ struct Heard {
 
 Heard heardBy(const ImportController& controller) {
     Heard heard;
-    const auto& results = controller.smartAudio().results;
-    for (const SyncGroup& group : controller.syncGroups()) {
+    const auto& results = controller.smartAudio().state().results;
+    for (const SyncGroup& group : controller.work().syncGroups()) {
         const auto result = results.find(group.id);
         if (result == results.end() || group.isMOS()) continue;
         if (!isHeard(result->second)) {
@@ -118,11 +118,11 @@ std::string earlyEndWarning(const std::string& filename, double heardSeconds, do
 std::vector<std::string> smartAudioWarnings(const ImportController& controller) {
     std::vector<std::string> warnings;
     std::set<std::string> said;
-    const auto& results = controller.smartAudio().results;
-    for (const SyncGroup& group : controller.syncGroups()) {
+    const auto& results = controller.smartAudio().state().results;
+    for (const SyncGroup& group : controller.work().syncGroups()) {
         const auto result = results.find(group.id);
         if (result == results.end() || group.isMOS()) continue;
-        const Verdict verdict{group, result->second, controller.fileNames()};
+        const Verdict verdict{group, result->second, controller.work().fileNames()};
         for (const auto about : {&unheardWarnings, &lengthWarnings, &timecodeWarnings})
             for (std::string& warning : about(verdict))
                 // Cameras may share the recording.
@@ -132,7 +132,7 @@ std::vector<std::string> smartAudioWarnings(const ImportController& controller) 
 }
 
 std::string smartAudioText(const ImportController& controller) {
-    if (controller.smartAudio().results.empty()) return "";
+    if (controller.smartAudio().state().results.empty()) return "";
     const Heard heard = heardBy(controller);
     std::string text = "Smart Audio: " + counted(heard.clips, "clip", "clips") + " heard, " +
                        std::to_string(heard.chosen) + " of " +
@@ -150,9 +150,9 @@ JSON smartAudioJSON(const ImportController& controller, std::optional<SmartAudio
     JSON json;
     if (mode) json.set("mode", platform::text::lowercased(rawValue(*mode)));
     json.set("clipsHeard", heard.clips);
-    json.set("clipsNotAnalyzed",
-             ExportPreview::smartAudioCoverage(controller.syncGroups(), controller.smartAudio().results)
-                 .unanalyzed);
+    json.set("clipsNotAnalyzed", ExportPreview::smartAudioCoverage(controller.work().syncGroups(),
+                                                                   controller.smartAudio().state().results)
+                                     .unanalyzed);
     json.set("channels", heard.channels);
     json.set("channelsChosen", heard.chosen);
     json.set("problems", std::move(problems));

@@ -69,8 +69,8 @@ std::string whyUnmatched(const SyncGroup& group, bool anySound) {
 
 /// Work that was kept has no scan; then its clips tell.
 bool hasSound(const ImportController& controller) {
-    return controller.scanResult() ? !controller.scanResult()->audioAssets.empty()
-                                   : controller.matchedCount() > controller.mosCount();
+    return controller.scan().scanResult() ? !controller.scan().scanResult()->audioAssets.empty()
+                                          : controller.work().matchedCount() > controller.work().mosCount();
 }
 
 /// Seconds of the clip that have sound.
@@ -102,9 +102,10 @@ std::string clipsText(const ImportController& controller, bool bold) {
                  {"MATCH"},
                  {"SOUND"},
                  {"SOUND BEGINS", Table::Align::right}});
-    const auto names = controller.displayNames();
-    const FileNames& files = controller.fileNames();
-    for (const auto& bundle : sharedAudioBundles(filtered(controller.syncGroups(), FilterMode::matched)))
+    const auto names = controller.work().displayNames();
+    const FileNames& files = controller.work().fileNames();
+    for (const auto& bundle :
+         sharedAudioBundles(filtered(controller.work().syncGroups(), FilterMode::matched)))
         for (const SyncGroup& group : bundle.cams) {
             const Take take = takeOf(group, assumedChannels);
             table.add({names.at(group.id), files.of(group.video), startText(group.video),
@@ -118,8 +119,8 @@ std::string clipsText(const ImportController& controller, bool bold) {
 std::string issuesText(const ImportController& controller, bool bold) {
     Table table({{"NOT MATCHED"}, {"STARTS"}, {"LENGTH", Table::Align::right}, {"WHY"}});
     const bool anySound = hasSound(controller);
-    const FileNames& files = controller.fileNames();
-    for (const SyncGroup& group : filtered(controller.syncGroups(), FilterMode::issues)) {
+    const FileNames& files = controller.work().fileNames();
+    for (const SyncGroup& group : filtered(controller.work().syncGroups(), FilterMode::issues)) {
         table.add({files.of(group.video), startText(group.video), lengthText(group.video),
                    whyUnmatched(group, anySound)});
         for (const AudioMatch& match : group.audioMatches)
@@ -131,14 +132,14 @@ std::string issuesText(const ImportController& controller, bool bold) {
 
 std::string wildTracksText(const ImportController& controller, bool bold) {
     std::vector<const MediaAsset*> recordings;
-    for (const WildTrack& track : controller.wildTracks()) recordings.push_back(&track.audio);
+    for (const WildTrack& track : controller.work().wildTracks()) recordings.push_back(&track.audio);
     sortByPath(recordings);
     std::ranges::stable_sort(recordings, [](const MediaAsset* a, const MediaAsset* b) {
         if (a->startTimecodeString != b->startTimecodeString)
             return a->startTimecodeString < b->startTimecodeString;
         return platform::text::compareLocalizedStandard(a->filename, b->filename) < 0;
     });
-    const FileNames& files = controller.fileNames();
+    const FileNames& files = controller.work().fileNames();
     Table table({{"SOUND WITHOUT PICTURE"}, {"STARTS"}, {"LENGTH", Table::Align::right}, {"WHY"}});
     for (const MediaAsset* audio : recordings) {
         const bool hasStart = audio->startTimecodeString || audio->bextTimeReference;
@@ -175,33 +176,35 @@ void addRecorderFacts(Table& table, const MediaAsset& asset) {
 } // namespace
 
 std::string stateText(const ImportController& controller, bool bold) {
-    const auto& scan = controller.scanResult();
-    if (controller.syncGroups().empty() && (!scan || scan->totalFiles() == 0))
+    const auto& scan = controller.scan().scanResult();
+    if (controller.work().syncGroups().empty() && (!scan || scan->totalFiles() == 0))
         return scan ? "No video or audio files found.\n" : "No clips.\n";
     std::string text =
         clipsText(controller, bold) + issuesText(controller, bold) + wildTracksText(controller, bold);
-    text += counted(static_cast<long long>(controller.syncGroups().size()), "clip", "clips") + ": " +
-            std::to_string(controller.syncClipCount()) + " with sound, " +
-            std::to_string(controller.mosCount()) + " MOS, " + std::to_string(controller.unmatchedCount()) +
-            " not matched";
+    text += counted(static_cast<long long>(controller.work().syncGroups().size()), "clip", "clips") + ": " +
+            std::to_string(controller.work().syncClipCount()) + " with sound, " +
+            std::to_string(controller.work().mosCount()) + " MOS, " +
+            std::to_string(controller.work().unmatchedCount()) + " not matched";
     if (!scan) return text + ".\n";
     text +=
-        "; " + counted(static_cast<long long>(controller.wildTracks().size()), "recording", "recordings") +
+        "; " +
+        counted(static_cast<long long>(controller.work().wildTracks().size()), "recording", "recordings") +
         " without picture. " + counted(static_cast<long long>(scan->totalFiles()), "file", "files") + " in " +
         (scan->scanDuration < 1 ? formatted("%.0f ms", scan->scanDuration * 1000)
                                 : formatted("%.1f s", scan->scanDuration)) +
         ".\n";
     if (const auto proxies = scan->proxies.size(); proxies > 0)
         text += counted(static_cast<long long>(proxies), "proxy", "proxies") + " left out.\n";
-    if (controller.aleMatchStatus()) text += platform::text::printable(*controller.aleMatchStatus()) + ".\n";
+    if (controller.reports().aleMatchStatus())
+        text += platform::text::printable(*controller.reports().aleMatchStatus()) + ".\n";
     return text;
 }
 
 std::vector<std::string> leftOutWarnings(const ImportController& controller) {
     std::vector<std::string> warnings;
     const bool anySound = hasSound(controller);
-    for (const SyncGroup& group : filtered(controller.syncGroups(), FilterMode::issues))
-        warnings.push_back("not in the document: " + controller.fileNames().of(group.video) + " (" +
+    for (const SyncGroup& group : filtered(controller.work().syncGroups(), FilterMode::issues))
+        warnings.push_back("not in the document: " + controller.work().fileNames().of(group.video) + " (" +
                            whyUnmatched(group, anySound) + ")");
     return warnings;
 }

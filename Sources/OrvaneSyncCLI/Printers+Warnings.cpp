@@ -41,9 +41,9 @@ bool isUsualSensorRate(double framesPerSecond) {
 }
 
 void addProxies(const ImportController& controller, std::vector<std::string>& warnings) {
-    if (!controller.scanResult() || controller.scanResult()->proxies.empty()) return;
+    if (!controller.scan().scanResult() || controller.scan().scanResult()->proxies.empty()) return;
     Names proxies;
-    for (const ProxyFile& proxy : controller.scanResult()->proxies) proxies.push_back(proxy.url.path);
+    for (const ProxyFile& proxy : controller.scan().scanResult()->proxies) proxies.push_back(proxy.url.path);
     warnings.push_back("left out as proxies of files that are here: " + firstAndMore(proxies));
 }
 
@@ -64,11 +64,11 @@ const MediaAsset* fileOfRow(const SyncGroup& group) {
 
 /// A report names files without their folders: its row goes to each file of the name.
 void addFilesThatAReportMixesUp(const ImportController& controller, std::vector<std::string>& warnings) {
-    if (!controller.aleFile()) return;
+    if (!controller.reports().aleFile()) return;
     std::unordered_map<std::string, const MediaAsset*> firstOfName;
     std::unordered_set<std::string> said;
     Names names;
-    for (const SyncGroup& group : controller.syncGroups()) {
+    for (const SyncGroup& group : controller.work().syncGroups()) {
         const MediaAsset* file = group.hasALEMetadata() ? fileOfRow(group) : nullptr;
         if (!file) continue;
         std::string name = file->normalizedName();
@@ -86,7 +86,7 @@ void addFilesThatAReportMixesUp(const ImportController& controller, std::vector<
 
 std::vector<std::string> scanWarnings(const ImportController& controller) {
     std::vector<std::string> warnings;
-    if (const auto& found = controller.discoveryResult()) {
+    if (const auto& found = controller.scan().discoveryResult()) {
         for (const FileURL& folder : found->unreadableFolders)
             warnings.push_back("can't read the folder '" + folder.path + "'; its files are missing here");
         Names links;
@@ -97,7 +97,7 @@ std::vector<std::string> scanWarnings(const ImportController& controller) {
     }
     addProxies(controller, warnings);
     addFilesThatAReportMixesUp(controller, warnings);
-    if (const auto& scan = controller.scanResult(); scan && !scan->unreadFiles.empty()) {
+    if (const auto& scan = controller.scan().scanResult(); scan && !scan->unreadFiles.empty()) {
         Names files;
         for (const FileURL& file : scan->unreadFiles) files.push_back(file.path);
         warnings.push_back("can't read all of " + firstAndMore(files) +
@@ -105,12 +105,12 @@ std::vector<std::string> scanWarnings(const ImportController& controller) {
     }
     std::map<std::pair<double, double>, Names> otherRates; // by the stated rate and the one that is taken
     std::map<double, Names> sensorRates;
-    for (const SyncGroup& group : controller.syncGroups()) {
+    for (const SyncGroup& group : controller.work().syncGroups()) {
         const MediaAsset& video = group.video;
         if (const auto read = otherRateOfTimecode(video))
-            otherRates[{*video.projectFrameRate, *read}].push_back(controller.fileNames().of(video));
+            otherRates[{*video.projectFrameRate, *read}].push_back(controller.work().fileNames().of(video));
         if (video.sensorFrameRate && !isUsualSensorRate(*video.sensorFrameRate))
-            sensorRates[*video.sensorFrameRate].push_back(controller.fileNames().of(video));
+            sensorRates[*video.sensorFrameRate].push_back(controller.work().fileNames().of(video));
     }
     for (const auto& [rates, names] : otherRates)
         warnings.push_back("the timecode of " + firstAndMore(names) + " counts " +

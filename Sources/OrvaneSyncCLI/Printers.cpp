@@ -44,29 +44,30 @@ std::vector<std::string> stateWarnings(const ImportController& controller) {
 
 JSON countsJSON(const ImportController& controller) {
     JSON counts;
-    counts.set("matched", controller.matchedCount());
-    counts.set("unmatched", controller.unmatchedCount());
-    counts.set("syncClips", controller.syncClipCount());
-    counts.set("mos", controller.mosCount());
-    counts.set("projectedMulticam", controller.projectedMulticamCount());
+    counts.set("matched", controller.work().matchedCount());
+    counts.set("unmatched", controller.work().unmatchedCount());
+    counts.set("syncClips", controller.work().syncClipCount());
+    counts.set("mos", controller.work().mosCount());
+    counts.set("projectedMulticam", controller.exporting().projectedMulticamCount());
     return counts;
 }
 
 JSON stateJSON(const ImportController& controller, std::optional<SmartAudioMode> mode,
                const std::optional<std::vector<std::string>>& warnings) {
     JSON::Object names;
-    for (const auto& [id, name] : controller.displayNames()) names.emplace_back(id.text(), name);
+    for (const auto& [id, name] : controller.work().displayNames()) names.emplace_back(id.text(), name);
     JSON state;
-    state.set("scanState", name(controller.scanState()));
-    if (controller.discoveryResult()) state.set("discoveryResult", toJSON(*controller.discoveryResult()));
-    if (controller.scanResult()) state.set("scanResult", toJSON(*controller.scanResult()));
-    state.set("syncGroups", toJSONArray(controller.syncGroups()));
-    state.set("wildTracks", toJSONArray(controller.wildTracks()));
+    state.set("scanState", name(controller.scan().scanState()));
+    if (controller.scan().discoveryResult())
+        state.set("discoveryResult", toJSON(*controller.scan().discoveryResult()));
+    if (controller.scan().scanResult()) state.set("scanResult", toJSON(*controller.scan().scanResult()));
+    state.set("syncGroups", toJSONArray(controller.work().syncGroups()));
+    state.set("wildTracks", toJSONArray(controller.work().wildTracks()));
     state.set("displayNames", std::move(names));
-    state.set("takes", takesJSON(controller.syncGroups()));
+    state.set("takes", takesJSON(controller.work().syncGroups()));
     state.set("counts", countsJSON(controller));
-    state.setIfPresent("aleMatchStatus", controller.aleMatchStatus());
-    state.setIfPresent("aleImportError", controller.aleImportError());
+    state.setIfPresent("aleMatchStatus", controller.reports().aleMatchStatus());
+    state.setIfPresent("aleImportError", controller.reports().aleImportError());
     state.set("smartAudio", smartAudioJSON(controller, mode));
     state.set("warnings", textsJSON(warnings ? *warnings : stateWarnings(controller)));
     return state;
@@ -86,7 +87,7 @@ JSON exportJSON(const ImportController& controller, const ExportResult& result, 
     json.set("warnings", textsJSON(result.warnings));
     json.set("smartAudio", smartAudioJSON(controller, mode));
     json.set("counts", countsJSON(controller));
-    json.setIfPresent("aleMatchStatus", controller.aleMatchStatus());
+    json.setIfPresent("aleMatchStatus", controller.reports().aleMatchStatus());
     return json;
 }
 

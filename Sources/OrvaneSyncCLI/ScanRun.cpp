@@ -32,8 +32,8 @@ void chooseFolders(ImportController& controller, const Arguments& arguments) {
         audio = folders.back();
     }
     if (!video && !audio) throw UsageError("which folder?");
-    if (video) controller.setVideoFolderURL(folder(*video));
-    if (audio) controller.setAudioFolderURL(folder(*audio));
+    if (video) controller.scan().setVideoFolderURL(folder(*video));
+    if (audio) controller.scan().setAudioFolderURL(folder(*audio));
 }
 
 } // namespace
@@ -78,11 +78,11 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
     if (folders == Folders::ofArguments) chooseFolders(*controller_, arguments);
     if (const auto report = arguments.value("--report")) loadReport(*report);
     subscription_ = controller_->onChange([this](ImportField field) {
-        if (field == ImportField::scanState && controller_->scanState() != ScanState::done)
-            show(progressText(controller_->scanState()));
-        if (field == ImportField::progress && controller_->progress().isActive())
-            progress_.show(controller_->progress());
-        const SmartAudioProgress& heard = controller_->smartAudio().progress;
+        if (field == ImportField::scanState && controller_->scan().scanState() != ScanState::done)
+            show(progressText(controller_->scan().scanState()));
+        if (field == ImportField::progress && controller_->scan().progress().isActive())
+            progress_.show(controller_->scan().progress());
+        const SmartAudioProgress& heard = controller_->smartAudio().state().progress;
         if (field == ImportField::smartAudio && heard.total > 0)
             progress_.show({heard.phase, heard.current, heard.total}, heard.fraction);
     });
@@ -92,10 +92,10 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
 void ScanRun::loadReport(const std::string& path) {
     if (const std::string why = whyNoReport(path); !why.empty())
         return warn("can't read the report '" + path + "': " + why);
-    controller_->loadALE({platform::files::standardized(path)});
-    if (const auto& error = controller_->aleImportError())
+    wait(controller_->reports().loadALE({platform::files::standardized(path)}));
+    if (const auto& error = controller_->reports().aleImportError())
         warn(*error);
-    else if (const auto& report = controller_->aleFile())
+    else if (const auto& report = controller_->reports().aleFile())
         for (std::string& doubt : reportDoubts(*report, *context_.settings)) warn(std::move(doubt));
 }
 
@@ -107,20 +107,20 @@ void ScanRun::warn(std::string message) {
 void ScanRun::show(std::string_view phase) { progress_.show({std::string(phase), 0, 0}); }
 
 void ScanRun::scan() {
-    wait(controller_->startScan());
-    wait(controller_->waitForAnalysisAfterScan());
+    wait(controller_->scan().startScan());
+    wait(controller_->smartAudio().waitForAnalysisAfterScan());
     warnOfTheScan();
 }
 
 void ScanRun::open(const std::string& projectFile) {
-    controller_->setAnalysesAfterScan(false); // the tracks are those that the project holds
-    wait(controller_->loadProject({platform::files::standardized(projectFile)}));
-    for (const auto& folder : {controller_->videoFolderURL(), controller_->audioFolderURL()})
+    controller_->smartAudio().setAnalysesAfterScan(false); // the tracks are those that the project holds
+    wait(controller_->project().loadProject({platform::files::standardized(projectFile)}));
+    for (const auto& folder : {controller_->work().videoFolderURL(), controller_->work().audioFolderURL()})
         if (folder)
             if (const std::string why = whyUnreadable(folder->path, true); !why.empty())
                 throw CommandError("can't read the project's folder '" + folder->path + "': " + why);
-    if (!controller_->canScan()) throw CommandError("the project names no folders");
-    if (const auto& error = controller_->aleImportError())
+    if (!controller_->scan().canScan()) throw CommandError("the project names no folders");
+    if (const auto& error = controller_->reports().aleImportError())
         warn("the project's report can't be read: " + *error);
     warnOfTheScan();
 }

@@ -119,6 +119,22 @@ struct Task::promise_type {
 
 inline Task Task::ended() { co_return; }
 
+/// The operations of one owner that are under way, for stopping all of them. Interface thread.
+class RunningTasks {
+  public:
+    Task add(Task task) {
+        std::erase_if(tasks_, [](const Task& one) { return one.isDone(); });
+        if (!task.isDone()) tasks_.push_back(task);
+        return task;
+    }
+    void requestStop() const {
+        for (const Task& task : tasks_) task.requestStop();
+    }
+
+  private:
+    std::vector<Task> tasks_;
+};
+
 /// `co_await OwnStopToken()` gives the token of the operation that asks, without a wait.
 struct OwnStopToken {
     std::stop_token token = {};

@@ -26,10 +26,15 @@ class Throttle : public std::enable_shared_from_this<Throttle<Value>> {
     }
 
     void post(Value value) {
-        const std::lock_guard lock(mutex_);
+        std::unique_lock lock(mutex_);
         waiting_ = std::move(value);
-        if (std::exchange(isUnderWay_, true)) return;
+        if (isUnderWay_) return;
         const auto rest = last_ ? *last_ + interval_ - clock_->now() : std::chrono::nanoseconds(0);
+        if (rest <= std::chrono::nanoseconds(0) && mainThread_->isCurrent()) {
+            lock.unlock();
+            return flush();
+        }
+        isUnderWay_ = true;
         auto handOn = [weak = this->weak_from_this()] {
             const auto self = weak.lock();
             if (!self) return;
@@ -53,13 +58,15 @@ class Throttle : public std::enable_shared_from_this<Throttle<Value>> {
             value = std::exchange(waiting_, std::nullopt);
             if (value) last_ = clock_->now();
         }
-        if (value) give_(*std::move(value));
+        if (value && give_) give_(*std::move(value));
     }
     /// Forgets what waits. Interface thread.
     void drop() {
         const std::lock_guard lock(mutex_);
         waiting_.reset();
     }
+    /// Hands on nothing more, whoever still posts. Interface thread.
+    void close() { give_ = nullptr; }
 
   private:
     Throttle(std::shared_ptr<MainThread> mainThread, std::shared_ptr<const Clock> clock,
@@ -70,7 +77,7 @@ class Throttle : public std::enable_shared_from_this<Throttle<Value>> {
     const std::shared_ptr<MainThread> mainThread_;
     const std::shared_ptr<const Clock> clock_;
     const std::chrono::nanoseconds interval_;
-    const Give give_;
+    Give give_; ///< of the interface thread
     std::mutex mutex_;
     std::optional<Value> waiting_;
     bool isUnderWay_ = false; ///< a call on the interface thread is on its way

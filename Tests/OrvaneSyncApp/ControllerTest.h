@@ -29,9 +29,9 @@ class ControllerTest : public testing::Test {
     FileURL folder(std::string_view below) const { return {folder_.path(below)}; }
 
     void scan(std::optional<FileURL> video, std::optional<FileURL> audio) {
-        controller_->setVideoFolderURL(std::move(video));
-        controller_->setAudioFolderURL(std::move(audio));
-        finish(controller_->startScan());
+        controller_->scan().setVideoFolderURL(std::move(video));
+        controller_->scan().setAudioFolderURL(std::move(audio));
+        finish(controller_->scan().startScan());
     }
 
     void finish(const platform::Task& task) {
@@ -40,7 +40,7 @@ class ControllerTest : public testing::Test {
     }
 
     const SyncGroup* clip(std::string_view filenamePrefix) const {
-        const auto& groups = controller_->syncGroups();
+        const auto& groups = controller_->work().syncGroups();
         const auto found = std::find_if(groups.begin(), groups.end(), [&](const SyncGroup& group) {
             return group.video.filename.starts_with(filenamePrefix);
         });

@@ -274,9 +274,16 @@ class EditingModelTest : public test::ControllerTest {
                 }};
     }
     template <class Change_>
-    Change flag(const UndoStep& step, void (ImportController::*operation)(UUID), Change_ change) {
+    Change flag(const UndoStep& step, void (ClipEditing::*operation)(UUID), Change_ change) {
         return onClip(
-            step, [=](ImportController& controller, const UUID& id) { (controller.*operation)(id); },
+            step, [=](ImportController& controller, const UUID& id) { (controller.clips().*operation)(id); },
+            [=](Model& model, SyncGroup& group) { change(model, group); });
+    }
+    template <class Change_>
+    Change flag(const UndoStep& step, void (RecordingEditing::*operation)(UUID), Change_ change) {
+        return onClip(
+            step,
+            [=](ImportController& controller, const UUID& id) { (controller.recordings().*operation)(id); },
             [=](Model& model, SyncGroup& group) { change(model, group); });
     }
     Change decision();
@@ -300,61 +307,64 @@ Change EditingModelTest::decision() {
     case 1:
         return onClip(
             undoSteps::adjustAudioOffset,
-            [=](C& c, const UUID& id) { c.adjustAudioOffset(id, value / 25.0); },
+            [=](C& c, const UUID& id) { c.clips().adjustAudioOffset(id, value / 25.0); },
             [=](Model&, G& g) { g.manualAudioOffsetSeconds += value / 25.0; });
     case 2: {
         const auto anchor = value < 0 ? std::nullopt : std::optional<double>(value);
         return onClip(
-            undoSteps::setAudioAnchor, [=](C& c, const UUID& id) { c.setAudioAnchor(id, anchor); },
+            undoSteps::setAudioAnchor, [=](C& c, const UUID& id) { c.clips().setAudioAnchor(id, anchor); },
             [=](Model&, G& g) { g.audioAnchorOffsetInAudioSeconds = anchor; });
     }
     case 3:
-        return flag(undoSteps::resetAudioOffset, &C::resetAudioOffset,
+        return flag(undoSteps::resetAudioOffset, &ClipEditing::resetAudioOffset,
                     [](Model&, G& g) { g.manualAudioOffsetSeconds = 0; });
     case 4:
-        return flag(undoSteps::toggleApproved, &C::toggleApproved,
+        return flag(undoSteps::toggleApproved, &ClipEditing::toggleApproved,
                     [](Model&, G& g) { g.isApproved = !g.isApproved; });
     case 5:
-        return flag(undoSteps::toggleLocked, &C::toggleLocked,
+        return flag(undoSteps::toggleLocked, &ClipEditing::toggleLocked,
                     [](Model& m, G& g) { g.isLocked ? m.unlock(g) : m.lock(g); });
     case 6:
-        return flag(undoSteps::toggleMOS, &C::toggleMOS, [](Model&, G& g) {
+        return flag(undoSteps::toggleMOS, &ClipEditing::toggleMOS, [](Model&, G& g) {
             if (!g.audioMatches.empty()) return;
             g.matchStatus =
                 g.matchStatus.kind == MatchStatus::Kind::mos ? MatchStatus::unmatched() : MatchStatus::mos();
         });
     case 7:
-        return flag(undoSteps::togglePickup, &C::togglePickup,
+        return flag(undoSteps::togglePickup, &ClipEditing::togglePickup,
                     [](Model&, G& g) { g.isPickup = !g.isPickup; });
     case 8:
-        return flag(undoSteps::toggleExcludedFromExport, &C::toggleExcludedFromExport,
+        return flag(undoSteps::toggleExcludedFromExport, &ClipEditing::toggleExcludedFromExport,
                     [](Model&, G& g) { g.isExcludedFromExport = !g.isExcludedFromExport; });
     case 9:
-        return flag(undoSteps::toggleExcludedFromMulticam, &C::toggleExcludedFromMulticam, [](Model&, G& g) {
-            g.isExcludedFromMulticamFlag = !g.isExcludedFromMulticamFlag.value_or(false);
-        });
+        return flag(undoSteps::toggleExcludedFromMulticam, &ClipEditing::toggleExcludedFromMulticam,
+                    [](Model&, G& g) {
+                        g.isExcludedFromMulticamFlag = !g.isExcludedFromMulticamFlag.value_or(false);
+                    });
     case 10:
         return onClip(
             undoSteps::setManualClipName,
-            [=](C& c, const UUID& id) { c.setManualClipName(id, value < 0 ? " \n" : " Hero\t"); },
+            [=](C& c, const UUID& id) { c.clips().setManualClipName(id, value < 0 ? " \n" : " Hero\t"); },
             [=](Model&, G& g) { g.manualClipName = value < 0 ? std::nullopt : std::optional("Hero"); });
     case 11:
         return onClip(
-            undoSteps::setSyncMethod, [](C& c, const UUID& id) { c.setSyncMethod(id, SyncMethod::clap); },
+            undoSteps::setSyncMethod,
+            [](C& c, const UUID& id) { c.clips().setSyncMethod(id, SyncMethod::clap); },
             [](Model&, G& g) { g.syncMethod = SyncMethod::clap; });
     case 12:
         return onClip(
             undoSteps::setGenerateNativeMOS,
-            [=](C& c, const UUID& id) { c.setGenerateNativeMOS(id, value > 0); },
+            [=](C& c, const UUID& id) { c.clips().setGenerateNativeMOS(id, value > 0); },
             [=](Model&, G& g) { g.generateNativeMOSClip = value > 0; });
     case 13:
         return onClip(
             undoSteps::setGenerateProjectRateClip,
-            [=](C& c, const UUID& id) { c.setGenerateProjectRateClip(id, value > 0); },
+            [=](C& c, const UUID& id) { c.clips().setGenerateProjectRateClip(id, value > 0); },
             [=](Model&, G& g) { g.generateProjectRateClipFlag = value > 0; });
     case 14:
         return onClip(
-            undoSteps::setMasterGain, [=](C& c, const UUID& id) { c.setMasterGain(id, value, value > 0); },
+            undoSteps::setMasterGain,
+            [=](C& c, const UUID& id) { c.tracks().setMasterGain(id, value, value > 0); },
             [=](Model&, G& g) {
                 g.masterGainDB = value;
                 g.masterGainAuto = value > 0;
@@ -364,7 +374,7 @@ Change EditingModelTest::decision() {
         const double start = draw(40) / 4.0, end = start + lengths[draw(6)];
         return onClip(
             undoSteps::addBlockOverride,
-            [=](C& c, const UUID& id) { c.addBlockOverride(id, start, end, value + 4); },
+            [=](C& c, const UUID& id) { c.tracks().addBlockOverride(id, start, end, value + 4); },
             [=](Model& m, G& g) { m.override(g, start, end, value + 4); });
     }
     case 16: {
@@ -372,9 +382,9 @@ Change EditingModelTest::decision() {
         return onClip(
             undoSteps::removeBlockOverride,
             [=](C& c, const UUID& id) {
-                const SyncGroup* group = c.syncGroups().find(id);
+                const SyncGroup* group = c.work().syncGroups().find(id);
                 const bool isThere = group != nullptr && at < group->manualBlockOverrides.size();
-                c.removeBlockOverride(id, isThere ? group->manualBlockOverrides[at].id : UUID{});
+                c.tracks().removeBlockOverride(id, isThere ? group->manualBlockOverrides[at].id : UUID{});
             },
             [=](Model&, G& g) {
                 auto& all = g.manualBlockOverrides;
@@ -386,7 +396,7 @@ Change EditingModelTest::decision() {
         const auto fps = draw(8) == 0 ? std::nullopt : std::optional(rates[value + 3]);
         return onClip(
             undoSteps::setManualSensorFrameRate,
-            [=](C& c, const UUID& id) { c.setManualSensorFrameRate(id, fps); },
+            [=](C& c, const UUID& id) { c.clips().setManualSensorFrameRate(id, fps); },
             [=](Model& m, G& g) { m.setRate(g, fps); });
     }
     }
@@ -402,7 +412,8 @@ Change EditingModelTest::structure() {
     case 2: {
         const MediaAsset audio = sounds_[static_cast<std::size_t>(draw(6))];
         return onClip(
-            undoSteps::attachAudioToGroup, [=](C& c, const UUID& id) { c.attachAudioToGroup(id, audio); },
+            undoSteps::attachAudioToGroup,
+            [=](C& c, const UUID& id) { c.recordings().attachAudioToGroup(id, audio); },
             [=](Model& m, G& g) { m.attach(g, audio); });
     }
     case 3:
@@ -410,29 +421,31 @@ Change EditingModelTest::structure() {
         return onClip(
             undoSteps::removeAudioMatch,
             [=](C& c, const UUID& id) {
-                const SyncGroup* group = c.syncGroups().find(id);
+                const SyncGroup* group = c.work().syncGroups().find(id);
                 const bool isThere = group != nullptr && at < group->audioMatches.size();
-                c.removeAudioMatch(id, isThere ? group->audioMatches[at].id : UUID{});
+                c.recordings().removeAudioMatch(id, isThere ? group->audioMatches[at].id : UUID{});
             },
             [=](Model& m, G& g) { m.detach(g, at); });
     case 5:
-        return flag(undoSteps::confirmAmbiguousMatch, &C::confirmAmbiguousMatch,
+        return flag(undoSteps::confirmAmbiguousMatch, &RecordingEditing::confirmAmbiguousMatch,
                     [](Model& m, G& g) { m.confirm(g); });
     case 6:
-        return at > 0 ? flag(undoSteps::resyncClip, &C::resyncClip, [](Model& m, G& g) { m.resync(g); })
-                      : flag(undoSteps::removeVideoFromSync, &C::removeVideoFromSync,
+        return at > 0 ? flag(undoSteps::resyncClip, &RecordingEditing::resyncClip,
+                             [](Model& m, G& g) { m.resync(g); })
+                      : flag(undoSteps::removeVideoFromSync, &RecordingEditing::removeVideoFromSync,
                              [](Model& m, G& g) { m.removeVideo(g.id); });
     case 7:
-        return {undoSteps::resyncAllClips, [](C& c) { c.resyncAllClips(); }, [](Model& m) { m.resyncAll(); }};
+        return {undoSteps::resyncAllClips, [](C& c) { c.recordings().resyncAllClips(); },
+                [](Model& m) { m.resyncAll(); }};
     case 8:
-        return at > 0 ? flag(undoSteps::resetClipToAutoSync, &C::resetClipToAutoSync,
+        return at > 0 ? flag(undoSteps::resetClipToAutoSync, &ClipEditing::resetClipToAutoSync,
                              [](Model& m, G& g) { m.reset(g, true); })
-                      : flag(undoSteps::markScenePickupFromHere, &C::markScenePickupFromHere,
+                      : flag(undoSteps::markScenePickupFromHere, &ClipEditing::markScenePickupFromHere,
                              [](Model& m, G& g) { m.pickups(g); });
     default:
         return onClip(
             undoSteps::lockAllInCluster,
-            [](C& c, const UUID& id) { c.lockAllInCluster(id, namingSource, std::nullopt); },
+            [](C& c, const UUID& id) { c.clips().lockAllInCluster(id, namingSource, std::nullopt); },
             [](Model& m, G& g) { m.lockCluster(g); });
     }
 }
@@ -449,24 +462,25 @@ Change EditingModelTest::wildTrack() {
     };
     if (draw(2) == 0)
         return {undoSteps::toggleWildTrackApproved,
-                [=](ImportController& controller) { controller.toggleWildTrackApproved(id); },
+                [=](ImportController& controller) { controller.recordings().toggleWildTrackApproved(id); },
                 change([](WildTrack& track) { track.isApproved = !track.isApproved; })};
     return {undoSteps::renameWildTrack,
-            [=](ImportController& controller) { controller.renameWildTrack(id, name); },
+            [=](ImportController& controller) { controller.recordings().renameWildTrack(id, name); },
             change([=](WildTrack& track) { track.customName = WildTrack(track.audio, name).customName; })};
 }
 
 void EditingModelTest::compare(const std::string& trace) {
-    ASSERT_EQ(realText_(toJSONArray(controller_->syncGroups())), modelText_(toJSONArray(model_.groups)))
+    ASSERT_EQ(realText_(toJSONArray(controller_->work().syncGroups())),
+              modelText_(toJSONArray(model_.groups)))
         << trace;
-    ASSERT_EQ(realText_(toJSONArray(controller_->wildTracks())), modelText_(toJSONArray(model_.wild)))
+    ASSERT_EQ(realText_(toJSONArray(controller_->work().wildTracks())), modelText_(toJSONArray(model_.wild)))
         << trace;
     const auto name = [](const std::vector<Model::Step>& steps) {
         return steps.empty() ? std::nullopt : std::optional(steps.back().name);
     };
     const UndoState expected{!model_.undoable.empty(), !model_.redoable.empty(), name(model_.undoable),
                              name(model_.redoable)};
-    ASSERT_EQ(controller_->undoState(), expected) << trace;
+    ASSERT_EQ(controller_->work().undoState(), expected) << trace;
 }
 
 TEST_F(EditingModelTest, anyCourseOfEditsAndUndosIsThatOfTheModel) {
@@ -487,7 +501,7 @@ TEST_F(EditingModelTest, anyCourseOfEditsAndUndosIsThatOfTheModel) {
             model_.travel(model_.redoable, model_.undoable);
         } else if (kind == 5 && draw(10) == 0) {
             what = "reset all";
-            controller_->resetAllClipsToAutoSync();
+            controller_->clips().resetAllClipsToAutoSync();
             for (SyncGroup& group : model_.groups) model_.reset(group, false);
         } else {
             const Change change = kind < 14 ? decision() : kind < 19 ? structure() : wildTrack();

@@ -25,20 +25,23 @@ class EditingTest : public test::ControllerTest {
     void open(std::vector<SyncGroup> groups) {
         controller_->openStoredWork({{}, {}, SyncGroupList(std::move(groups))});
     }
-    const SyncGroup& group(std::size_t position = 0) const { return controller_->syncGroups()[position]; }
+    const SyncGroup& group(std::size_t position = 0) const {
+        return controller_->work().syncGroups()[position];
+    }
     UUID id(std::size_t position = 0) const { return group(position).id; }
     void change(std::size_t position, const std::function<void(SyncGroup&)>& how) {
-        std::vector<SyncGroup> groups(controller_->syncGroups().begin(), controller_->syncGroups().end());
+        std::vector<SyncGroup> groups(controller_->work().syncGroups().begin(),
+                                      controller_->work().syncGroups().end());
         how(groups[position]);
         open(std::move(groups));
     }
     void nudge() {
         controller_->withUndo(undoSteps::adjustAudioOffset,
-                              [&] { controller_->adjustAudioOffset(id(), 0.04); });
+                              [&] { controller_->clips().adjustAudioOffset(id(), 0.04); });
     }
     int stepsToUndo() {
         int steps = 0;
-        for (; controller_->undoState().canUndo; ++steps) controller_->undo();
+        for (; controller_->work().undoState().canUndo; ++steps) controller_->undo();
         return steps;
     }
 };
@@ -46,7 +49,7 @@ class EditingTest : public test::ControllerTest {
 TEST_F(EditingTest, nudgesBelongTogetherWithinTheWindow) {
     // `gaps`: between nudges
     const auto check = [&](const char* name, const std::vector<std::chrono::milliseconds>& gaps, int steps) {
-        controller_->clearUndo();
+        open({controller_->work().syncGroups().begin(), controller_->work().syncGroups().end()});
         const double before = group().manualAudioOffsetSeconds;
         nudge();
         for (const auto gap : gaps) {
@@ -63,37 +66,37 @@ TEST_F(EditingTest, nudgesBelongTogetherWithinTheWindow) {
     check("a fourth one 0.6 s later", {100ms, 100ms, 600ms}, 2);
     check("the window is open at its end", {500ms}, 2);
     check("time that stands still", {0ms, 0ms}, 1);
-    controller_->clearUndo();
+    open({controller_->work().syncGroups().begin(), controller_->work().syncGroups().end()});
     nudge();
-    controller_->withUndo(undoSteps::toggleApproved, [&] { controller_->toggleApproved(id()); });
+    controller_->withUndo(undoSteps::toggleApproved, [&] { controller_->clips().toggleApproved(id()); });
     nudge();
-    controller_->withUndo(undoSteps::toggleApproved, [&] { controller_->toggleApproved(id()); });
-    controller_->withUndo(undoSteps::toggleApproved, [&] { controller_->toggleApproved(id()); });
+    controller_->withUndo(undoSteps::toggleApproved, [&] { controller_->clips().toggleApproved(id()); });
+    controller_->withUndo(undoSteps::toggleApproved, [&] { controller_->clips().toggleApproved(id()); });
     EXPECT_EQ(stepsToUndo(), 5) << "another name between two, and steps without a window";
 }
 
 TEST_F(EditingTest, whatIsNoClipNoNumberOrNoPoolChangesNothing) {
     constexpr double none = std::numeric_limits<double>::quiet_NaN(),
                      infinity = std::numeric_limits<double>::infinity();
-    const std::string before = toJSONArray(controller_->syncGroups()).dump();
-    controller_->adjustAudioOffset(id(), none);
-    controller_->setAudioAnchor(id(), infinity);
-    controller_->setMasterGain(id(), -infinity, true);
-    controller_->setManualSensorFrameRate(id(), none);
-    controller_->addBlockOverride(id(), 5, infinity, 9);
-    EXPECT_EQ(toJSONArray(controller_->syncGroups()).dump(), before);
-    controller_->adjustAudioOffset(id(), 1e308);
-    controller_->adjustAudioOffset(id(), 1e308);
+    const std::string before = toJSONArray(controller_->work().syncGroups()).dump();
+    controller_->clips().adjustAudioOffset(id(), none);
+    controller_->clips().setAudioAnchor(id(), infinity);
+    controller_->tracks().setMasterGain(id(), -infinity, true);
+    controller_->clips().setManualSensorFrameRate(id(), none);
+    controller_->tracks().addBlockOverride(id(), 5, infinity, 9);
+    EXPECT_EQ(toJSONArray(controller_->work().syncGroups()).dump(), before);
+    controller_->clips().adjustAudioOffset(id(), 1e308);
+    controller_->clips().adjustAudioOffset(id(), 1e308);
     EXPECT_EQ(group().manualAudioOffsetSeconds, 1e308);
 
     SyncGroup alone(test::video("C.mov"), {}, MatchStatus::manual());
     alone.video.projectFrameRate = 0;
     open({alone});
-    EXPECT_EQ(controller_->inferredProjectFrameRate(id()), 24) << "without any other";
-    controller_->resyncClip(id());
-    controller_->resyncAllClips();
+    EXPECT_EQ(controller_->clips().inferredProjectFrameRate(id()), 24) << "without any other";
+    controller_->recordings().resyncClip(id());
+    controller_->recordings().resyncAllClips();
     EXPECT_EQ(group().matchStatus, MatchStatus::manual());
-    controller_->setManualSensorFrameRate(id(), 50);
+    controller_->clips().setManualSensorFrameRate(id(), 50);
     EXPECT_EQ(group().video.offspeedConfidence, OffspeedConfidence::confirmed(false, 1));
 }
 
@@ -102,7 +105,7 @@ TEST_F(EditingTest, rangeOverridesMakeRoom) {
     const auto check = [&](double start, double end, const char* result, bool keepsFirst) {
         const UUID first = UUID::random();
         change(0, [&](SyncGroup& group) { group.manualBlockOverrides = {{first, 1, 20, 1}}; });
-        controller_->addBlockOverride(id(), start, end, 9);
+        controller_->tracks().addBlockOverride(id(), start, end, 9);
         std::string text; // in tenths of seconds
         for (const BlockOverride& one : group().manualBlockOverrides)
             text += std::to_string(std::lround(10 * one.startSeconds)) + "-" +
@@ -124,11 +127,11 @@ TEST_F(EditingTest, rangeOverridesMakeRoom) {
 TEST_F(EditingTest, aSensorRateByHandIsConfirmedUntilItIsTakenBack) {
     change(0, [](SyncGroup& group) { group.video.projectFrameRate = 25; });
     for (const auto& [fps, isOffspeed] : {std::pair(25.45, false), {25.55, true}, {24.45, true}}) {
-        controller_->setManualSensorFrameRate(id(), fps);
+        controller_->clips().setManualSensorFrameRate(id(), fps);
         EXPECT_EQ(group().video.offspeedConfidence, OffspeedConfidence::confirmed(isOffspeed, fps / 25))
             << fps;
     }
-    controller_->setManualSensorFrameRate(id(), std::nullopt);
+    controller_->clips().setManualSensorFrameRate(id(), std::nullopt);
     EXPECT_EQ(group().video.offspeedConfidence, OffspeedConfidence::suspectedUnconfirmed(1));
     EXPECT_FALSE(group().video.sensorFrameRate || group().video.projectFrameRate);
 
@@ -136,9 +139,9 @@ TEST_F(EditingTest, aSensorRateByHandIsConfirmedUntilItIsTakenBack) {
         group.video.frameRate = group.video.projectFrameRate = 50;
         group.video.timecodeFrameRate = TimecodeFrameRate::fps25;
     });
-    controller_->setManualSensorFrameRate(id(), 100);
+    controller_->clips().setManualSensorFrameRate(id(), 100);
     EXPECT_EQ(group().video.projectFrameRate, 50);
-    controller_->setManualSensorFrameRate(id(), 50);
+    controller_->clips().setManualSensorFrameRate(id(), 50);
     EXPECT_EQ(group().video.projectFrameRate, 25) << "half-rate timecode by the editor's word";
 }
 
@@ -146,9 +149,9 @@ TEST_F(EditingTest, anAmbiguousClipIsConfirmedUnlessItIsLocked) {
     for (const bool byAttaching : {false, true}) {
         change(0, [](SyncGroup& group) { group.matchStatus = MatchStatus::ambiguous(3); });
         for (const bool isLocked : {true, false}) {
-            controller_->toggleLocked(id());
-            byAttaching ? controller_->attachAudioToGroup(id(), *group().audioMatches[1].audio)
-                        : controller_->confirmAmbiguousMatch(id());
+            controller_->clips().toggleLocked(id());
+            byAttaching ? controller_->recordings().attachAudioToGroup(id(), *group().audioMatches[1].audio)
+                        : controller_->recordings().confirmAmbiguousMatch(id());
             EXPECT_EQ(group().matchStatus, isLocked ? MatchStatus::ambiguous(3) : MatchStatus::manual());
             EXPECT_EQ(group().audioMatches.size(), 3U);
         }
@@ -156,11 +159,11 @@ TEST_F(EditingTest, anAmbiguousClipIsConfirmedUnlessItIsLocked) {
 }
 
 TEST_F(EditingTest, anAssetMayLieInTheListThatLosesIt) {
-    controller_->removeAudioMatch(id(), group().audioMatches[1].id);
-    controller_->attachAudioToGroup(id(2), controller_->wildTracks()[0].audio);
+    controller_->recordings().removeAudioMatch(id(), group().audioMatches[1].id);
+    controller_->recordings().attachAudioToGroup(id(2), controller_->work().wildTracks()[0].audio);
     EXPECT_EQ(group(2).primaryAudio()->filename, "two.wav");
     EXPECT_EQ(group(2).audioMatches[0].overlapDurationSeconds, 0) << "the clip has no place";
-    EXPECT_TRUE(controller_->wildTracks().empty());
+    EXPECT_TRUE(controller_->work().wildTracks().empty());
 }
 
 TEST_F(EditingTest, pickupsRunFromATakeToTheEndOfItsScene) {
@@ -170,30 +173,30 @@ TEST_F(EditingTest, pickupsRunFromATakeToTheEndOfItsScene) {
         groups.push_back(test::clip(test::video("V.mov"), test::slated(test::audio("T.wav"), scene, take)));
     groups.push_back(test::clip(test::video("V.mov"), test::audio("T.wav")));
     open(groups);
-    controller_->markScenePickupFromHere(id(3)); // no whole number
-    controller_->markScenePickupFromHere(id(6)); // no take
+    controller_->clips().markScenePickupFromHere(id(3)); // no whole number
+    controller_->clips().markScenePickupFromHere(id(6)); // no take
     std::string flags;
     const auto read = [&] {
         flags.clear();
-        for (const SyncGroup& one : controller_->syncGroups()) flags += one.isPickup ? 'x' : '.';
+        for (const SyncGroup& one : controller_->work().syncGroups()) flags += one.isPickup ? 'x' : '.';
         return flags;
     };
     EXPECT_EQ(read(), ".......");
-    controller_->markScenePickupFromHere(id(1));
+    controller_->clips().markScenePickupFromHere(id(1));
     EXPECT_EQ(read(), ".xx..x.");
 }
 
 TEST_F(EditingTest, masterGainGoesBackToTheMeasurement) {
     change(0, [](SyncGroup& group) { group.measuredLUFS = -30; });
-    controller_->setMasterGain(id(), 6, false);
+    controller_->tracks().setMasterGain(id(), 6, false);
     EXPECT_EQ(group().masterGainDB, 6);
     settings_->set("smartAudio.targetLUFS", -20.0);
     settings_->set("smartAudio.preset", "Documentary");
-    controller_->resetMasterGain(id());
+    controller_->tracks().resetMasterGain(id());
     EXPECT_DOUBLE_EQ(group().masterGainDB, 10);
     EXPECT_TRUE(group().masterGainAuto);
-    controller_->setMasterGain(id(1), 6, false);
-    controller_->resetMasterGain(id(1));
+    controller_->tracks().setMasterGain(id(1), 6, false);
+    controller_->tracks().resetMasterGain(id(1));
     EXPECT_EQ(group(1).masterGainDB, 6) << "nothing was measured";
 }
 
@@ -205,15 +208,15 @@ TEST_F(EditingTest, batchRenamingIsOneStepAndOneNotice) {
         if (field == ImportField::syncGroups) ++notices;
     });
     settings_->set("clipNamingSource", "audio");
-    controller_->applyBatchRename(renamer);
+    controller_->clips().applyBatchRename(renamer);
     EXPECT_EQ(notices, 1);
     EXPECT_EQ(group(0).manualClipName, "X one");
     EXPECT_EQ(group(1).manualClipName, "X four");
     EXPECT_EQ(group(2).manualClipName, std::nullopt) << "bears its camera's name";
     mainThread_->advance(2s);
-    controller_->clearAllManualNames();
+    controller_->clips().clearAllManualNames();
     EXPECT_EQ(group(0).manualClipName, std::nullopt);
-    controller_->clearAllManualNames();
+    controller_->clips().clearAllManualNames();
     EXPECT_EQ(stepsToUndo(), 2) << "clearing nothing is no step";
 }
 
@@ -223,44 +226,45 @@ TEST_F(EditingTest, filesToAttachAreThoseOfThePoolThatLieNowhere) {
         for (const MediaAsset& file : files) text += file.filenameStem() + " ";
         return text;
     };
-    controller_->removeAudioMatch(id(), group().audioMatches[1].id);
-    EXPECT_EQ(names(controller_->availableAudioPool()), "four one three two ");
-    EXPECT_EQ(names(controller_->rawFilesAvailableToAttach(id(2))), "four one three ");
-    EXPECT_EQ(names(controller_->rawFilesAvailableToAttach(id(1))), "one three ");
+    controller_->recordings().removeAudioMatch(id(), group().audioMatches[1].id);
+    EXPECT_EQ(names(controller_->recordings().availableAudioPool()), "four one three two ");
+    EXPECT_EQ(names(controller_->recordings().rawFilesAvailableToAttach(id(2))), "four one three ");
+    EXPECT_EQ(names(controller_->recordings().rawFilesAvailableToAttach(id(1))), "one three ");
 
-    const MediaAsset one = *group().audioMatches[0].audio, unused = controller_->wildTracks()[0].audio;
-    EXPECT_EQ(controller_->rawFilesMenuLabel(unused), "two.wav");
-    EXPECT_EQ(controller_->rawFilesMenuLabel(one), "one.wav  ·  also on A.mov");
-    controller_->attachAudioToGroup(id(2), one);
-    EXPECT_EQ(controller_->rawFilesMenuLabel(one), "one.wav  ·  also on 2 clips");
-    EXPECT_EQ(controller_->clipNames(one.id), (std::vector<std::string>{"A.mov", "C.mov"}));
-    controller_->removeVideoFromSync(id());
-    EXPECT_EQ(controller_->rawFilesMenuLabel(one), "one.wav  ·  also on C.mov");
-    for (const MediaAsset& audio : controller_->availableAudioPool())
-        EXPECT_EQ(controller_->audioInPool(audio.id)->url, audio.url);
-    ASSERT_NE(controller_->audioInPool(unused.id), nullptr);
-    EXPECT_EQ(controller_->audioInPool(unused.id)->filename, "two.wav");
-    EXPECT_EQ(controller_->audioInPool(UUID::random()), nullptr);
+    const MediaAsset one = *group().audioMatches[0].audio, unused = controller_->work().wildTracks()[0].audio;
+    EXPECT_EQ(controller_->recordings().rawFilesMenuLabel(unused), "two.wav");
+    EXPECT_EQ(controller_->recordings().rawFilesMenuLabel(one), "one.wav  ·  also on A.mov");
+    controller_->recordings().attachAudioToGroup(id(2), one);
+    EXPECT_EQ(controller_->recordings().rawFilesMenuLabel(one), "one.wav  ·  also on 2 clips");
+    EXPECT_EQ(controller_->recordings().clipNames(one.id), (std::vector<std::string>{"A.mov", "C.mov"}));
+    controller_->recordings().removeVideoFromSync(id());
+    EXPECT_EQ(controller_->recordings().rawFilesMenuLabel(one), "one.wav  ·  also on C.mov");
+    for (const MediaAsset& audio : controller_->recordings().availableAudioPool())
+        EXPECT_EQ(controller_->recordings().audioInPool(audio.id)->url, audio.url);
+    ASSERT_NE(controller_->recordings().audioInPool(unused.id), nullptr);
+    EXPECT_EQ(controller_->recordings().audioInPool(unused.id)->filename, "two.wav");
+    EXPECT_EQ(controller_->recordings().audioInPool(UUID::random()), nullptr);
 
     test::makeSmallShoot(folder_.path());
     scan(folder("camera"), folder("sound"));
-    EXPECT_EQ(controller_->availableAudioPool().size(), 2U) << "after a scan, what it found";
-    EXPECT_NE(controller_->audioInPool(controller_->availableAudioPool().back().id), nullptr);
-    EXPECT_EQ(controller_->rawFilesAvailableToAttach(clip("A001C002")->id).size(), 1U);
+    EXPECT_EQ(controller_->recordings().availableAudioPool().size(), 2U) << "after a scan, what it found";
+    EXPECT_NE(controller_->recordings().audioInPool(controller_->recordings().availableAudioPool().back().id),
+              nullptr);
+    EXPECT_EQ(controller_->recordings().rawFilesAvailableToAttach(clip("A001C002")->id).size(), 1U);
 }
 
 TEST_F(EditingTest, aChosenFileIsReadAndAttachedAsAStep) {
     test::makeSmallShoot(folder_.path());
     scan(std::nullopt, folder("sound"));
-    const FileURL file = controller_->wildTracks()[0].audio.url;
+    const FileURL file = controller_->work().wildTracks()[0].audio.url;
     open({SyncGroup(test::video("C.mov"), {}, MatchStatus::unmatched())});
-    finish(controller_->chooseAndAttachAudio(id(), file));
+    finish(controller_->recordings().chooseAndAttachAudio(id(), file));
     ASSERT_EQ(group().audioMatches.size(), 1U);
     EXPECT_EQ(group().primaryAudio()->url, file);
     EXPECT_TRUE(group().primaryAudio()->durationSeconds);
-    EXPECT_EQ(controller_->undoState().undoActionName, "Attach Audio");
+    EXPECT_EQ(controller_->work().undoState().undoActionName, "Attach Audio");
 
-    const auto abandoned = controller_->chooseAndAttachAudio(id(), file);
+    const auto abandoned = controller_->recordings().chooseAndAttachAudio(id(), file);
     controller_.reset();
     finish(abandoned);
 }
@@ -273,17 +277,17 @@ TEST_F(EditingTest, storedWorkReplacesEverythingAndIsToldWhenItStands) {
     std::vector<ImportField> told;
     auto subscription = controller_->onChange([&](ImportField field) {
         told.push_back(field);
-        EXPECT_EQ(controller_->syncGroups().size(), 1U);
-        EXPECT_EQ(controller_->videoFolderURL(), FileURL{"/elsewhere"});
-        EXPECT_EQ(controller_->undoState(), UndoState{});
+        EXPECT_EQ(controller_->work().syncGroups().size(), 1U);
+        EXPECT_EQ(controller_->work().videoFolderURL(), FileURL{"/elsewhere"});
+        EXPECT_EQ(controller_->work().undoState(), UndoState{});
     });
     controller_->openStoredWork({FileURL{"/elsewhere"}, {}, SyncGroupList{stored}});
     subscription.reset();
     EXPECT_EQ(std::ranges::count(told, ImportField::syncGroups), 1);
     EXPECT_EQ(std::ranges::count(told, ImportField::undoState), 1);
-    EXPECT_TRUE(controller_->wildTracks().empty());
-    EXPECT_FALSE(controller_->scanResult());
-    EXPECT_FALSE(controller_->audioFolderURL());
+    EXPECT_TRUE(controller_->work().wildTracks().empty());
+    EXPECT_FALSE(controller_->scan().scanResult());
+    EXPECT_FALSE(controller_->work().audioFolderURL());
     nudge();
     EXPECT_EQ(stepsToUndo(), 1);
     EXPECT_EQ(group().id, stored.id);

@@ -15,9 +15,9 @@ class ProjectTest : public test::ControllerTest {
     ProjectTest() {
         test::makeSmallShoot(folder_.path());
         scan(folder("camera"), folder("sound"));
-        controller_->setManualClipName(clip().id, "Hero");
-        controller_->adjustAudioOffset(clip().id, 0.5);
-        controller_->toggleLocked(clip().id);
+        controller_->clips().setManualClipName(clip().id, "Hero");
+        controller_->clips().adjustAudioOffset(clip().id, 0.5);
+        controller_->clips().toggleLocked(clip().id);
     }
 
     /// Waits for the end; what went wrong, or nothing.
@@ -40,30 +40,28 @@ class ProjectTest : public test::ControllerTest {
 };
 
 TEST_F(ProjectTest, aNewScanGetsTheEditsBack) {
-    controller_->saveProject(file_);
-    EXPECT_EQ(controller_->project().currentURL, file_);
-    EXPECT_FALSE(controller_->project().hasUnsavedChanges);
+    controller_->project().saveProject(file_);
+    EXPECT_EQ(controller_->project().currentURL(), file_);
     const UUID before = clip().id;
-    controller_->togglePickup(before);
+    controller_->clips().togglePickup(before);
 
     controller_ = make(nullptr);
-    EXPECT_EQ(ended(controller_->loadProject(file_)), "");
-    EXPECT_EQ(controller_->scanState(), ScanState::done);
+    EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
+    EXPECT_EQ(controller_->scan().scanState(), ScanState::done);
     EXPECT_EQ(clip().manualClipName, "Hero");
     EXPECT_EQ(clip().manualAudioOffsetSeconds, 0.5);
     EXPECT_FALSE(clip().isLocked);
     EXPECT_FALSE(clip().isPickup);
     EXPECT_NE(clip().id, before);
-    EXPECT_EQ(controller_->project().currentURL, file_);
-    EXPECT_FALSE(controller_->project().hasUnsavedChanges);
+    EXPECT_EQ(controller_->project().currentURL(), file_);
 
     // A re-scan drops edits; the project's come with the project alone.
-    EXPECT_EQ(ended(controller_->startScan()), "");
+    EXPECT_EQ(ended(controller_->scan().startScan()), "");
     EXPECT_EQ(clip().manualClipName, std::nullopt);
     // Opened while a scan runs, its folders are scanned, and not those of the scan.
-    controller_->setAudioFolderURL(std::nullopt);
-    const auto scanning = controller_->startScan();
-    EXPECT_EQ(ended(controller_->loadProject(file_)), "");
+    controller_->scan().setAudioFolderURL(std::nullopt);
+    const auto scanning = controller_->scan().startScan();
+    EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
     EXPECT_EQ(clip().manualClipName, "Hero");
     EXPECT_EQ(clip().matchStatus, MatchStatus::matched());
 }
@@ -71,7 +69,9 @@ TEST_F(ProjectTest, aNewScanGetsTheEditsBack) {
 TEST_F(ProjectTest, cardsWithTheSameFileNamesStayApart) {
     const auto document = [&](const char* video, const char* audio) {
         scan(folder(video), folder(audio));
-        return controller_->exportFCPXML(controller_->exportSettings({})).fcpxmlString;
+        return controller_->exporting()
+            .exportFCPXML(controller_->exporting().exportSettings({}))
+            .fcpxmlString;
     };
     test::makeSmallShoot(folder_.path("cards/1"));
     test::makeSmallShoot(folder_.path("cards/2"));
@@ -80,44 +80,44 @@ TEST_F(ProjectTest, cardsWithTheSameFileNamesStayApart) {
     for (const char* name : {"Cam A 1", "Cam A 2", "Cam B 1", "Cam B 2"})
         EXPECT_NE(inOrder.find("<mc-angle name=\"" + std::string(name)), std::string::npos) << name;
 
-    const auto& groups = controller_->syncGroups();
+    const auto& groups = controller_->work().syncGroups();
     ASSERT_EQ(groups.size(), 8U);
     ASSERT_EQ(groups[0].video.filename, groups[1].video.filename);
     EXPECT_LT(groups[0].video.url, groups[1].video.url);
     EXPECT_LT(groups[0].audioMatches.at(0).audio->url, groups[0].audioMatches.at(1).audio->url);
-    EXPECT_EQ(controller_->rawFilesMenuLabel(groups[0].audioMatches[1].audio),
+    EXPECT_EQ(controller_->recordings().rawFilesMenuLabel(groups[0].audioMatches[1].audio),
               "2/DAY1_T01.WAV  ·  also on 4 clips");
-    controller_->setManualClipName(groups[1].id, "Second");
-    controller_->saveProject(file_);
+    controller_->clips().setManualClipName(groups[1].id, "Second");
+    controller_->project().saveProject(file_);
     controller_ = make(nullptr);
-    EXPECT_EQ(ended(controller_->loadProject(file_)), "");
-    EXPECT_EQ(controller_->syncGroups()[0].manualClipName, std::nullopt);
-    EXPECT_EQ(controller_->syncGroups()[1].manualClipName, "Second");
+    EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
+    EXPECT_EQ(controller_->work().syncGroups()[0].manualClipName, std::nullopt);
+    EXPECT_EQ(controller_->work().syncGroups()[1].manualClipName, "Second");
 }
 
 TEST_F(ProjectTest, withAFolderGoneTheEditsWaitAndAreKept) {
-    controller_->saveProject(file_);
+    controller_->project().saveProject(file_);
     fs::rename(folder_.path("sound"), folder_.path("away"));
-    const std::size_t clipsBefore = controller_->syncGroups().size();
-    EXPECT_EQ(ended(controller_->loadProject(file_)), "");
-    EXPECT_EQ(controller_->syncGroups().size(), clipsBefore); // as they were
-    EXPECT_EQ(controller_->project().currentURL, file_);
+    const std::size_t clipsBefore = controller_->work().syncGroups().size();
+    EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
+    EXPECT_EQ(controller_->work().syncGroups().size(), clipsBefore); // as they were
+    EXPECT_EQ(controller_->project().currentURL(), file_);
 
     controller_ = make(nullptr);
-    EXPECT_EQ(ended(controller_->loadProject(file_)), "");
-    EXPECT_TRUE(controller_->syncGroups().empty());
-    controller_->saveProject(file_);
+    EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
+    EXPECT_TRUE(controller_->work().syncGroups().empty());
+    controller_->project().saveProject(file_);
     EXPECT_EQ(ProjectService().load(file_).groups.size(), clipsBefore);
     // The card comes back.
     fs::rename(folder_.path("away"), folder_.path("sound"));
-    EXPECT_EQ(ended(controller_->startScan()), "");
+    EXPECT_EQ(ended(controller_->scan().startScan()), "");
     EXPECT_EQ(clip().manualClipName, "Hero");
-    controller_->saveProject(file_);
+    controller_->project().saveProject(file_);
     EXPECT_EQ(ProjectService().load(file_).groups.size(), clipsBefore);
 }
 
 TEST_F(ProjectTest, entriesThatMetNoClipStayInTheFileUntilItTurnsUp) {
-    controller_->saveProject(file_);
+    controller_->project().saveProject(file_);
     const std::string saved = folder_.read("day.orvanesync"), video = clip().video.url.path;
     const auto entry = [&](const FileURL& file) {
         std::string texts;
@@ -139,64 +139,65 @@ TEST_F(ProjectTest, entriesThatMetNoClipStayInTheFileUntilItTurnsUp) {
         fs::rename(card.gone, card.keptAs);
         fs::create_directories(folder_.path("camera"));
         controller_ = make();
-        EXPECT_EQ(ended(controller_->loadProject(file_)), "");
-        EXPECT_EQ(controller_->syncGroups().size(), card.clips);
+        EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
+        EXPECT_EQ(controller_->work().syncGroups().size(), card.clips);
         for (int time = 0; time < 2; ++time) {
-            controller_->saveProject(file_);
+            controller_->project().saveProject(file_);
             EXPECT_EQ(entry(file_), hero);
             EXPECT_EQ(ProjectService().load(file_).groups.size(), 4U);
         }
-        EXPECT_EQ(ended(controller_->startScan()), "");
-        controller_->saveProject(file_);
+        EXPECT_EQ(ended(controller_->scan().startScan()), "");
+        controller_->project().saveProject(file_);
         EXPECT_EQ(entry(file_), hero) << "a scan that does not find it either";
 
         if (card.clips == 0) fs::remove(folder_.path("camera"));
         fs::rename(card.keptAs, card.gone);
-        EXPECT_EQ(ended(controller_->startScan()), "");
+        EXPECT_EQ(ended(controller_->scan().startScan()), "");
         EXPECT_EQ(clip().manualClipName, "Hero");
-        controller_->setManualClipName(clip().id, "Changed");
-        controller_->saveProject(file_);
+        controller_->clips().setManualClipName(clip().id, "Changed");
+        controller_->project().saveProject(file_);
         EXPECT_NE(entry(file_).find("Changed"), std::string::npos);
         EXPECT_EQ(ProjectService().load(file_).groups.size(), 4U);
     }
     // Another project, and none at all.
     fs::remove(video);
-    EXPECT_EQ(ended(controller_->loadProject(file_)), "");
+    EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
     auto other = ProjectService().load(file_);
     std::erase_if(other.groups, [&](const PersistedGroup& group) { return group.videoPath.path == video; });
     const FileURL otherFile{folder_.path("other.orvanesync")};
     ProjectService().save(other, otherFile);
-    EXPECT_EQ(ended(controller_->loadProject(otherFile)), "");
-    controller_->saveProject(otherFile);
+    EXPECT_EQ(ended(controller_->project().loadProject(otherFile)), "");
+    controller_->project().saveProject(otherFile);
     EXPECT_EQ(entry(otherFile), "");
-    EXPECT_EQ(ended(controller_->loadProject(file_)), "");
+    EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
     controller_->reset();
-    controller_->saveProject(otherFile);
+    controller_->project().saveProject(otherFile);
     EXPECT_TRUE(ProjectService().load(otherFile).groups.empty());
 }
 
 TEST_F(ProjectTest, aScanThatFindsNothingLeavesTheClipsAndLaysTheEditsOverThem) {
-    controller_->saveProject(file_);
-    controller_->setManualClipName(clip().id, "Other");
+    controller_->project().saveProject(file_);
+    controller_->clips().setManualClipName(clip().id, "Other");
     fs::rename(folder_.path("camera"), folder_.path("card1"));
     fs::rename(folder_.path("sound"), folder_.path("card2"));
     fs::create_directories(folder_.path("camera"));
     fs::create_directories(folder_.path("sound"));
-    EXPECT_EQ(ended(controller_->loadProject(file_)), "");
-    EXPECT_EQ(controller_->syncGroups().size(), 4U);
+    EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
+    EXPECT_EQ(controller_->work().syncGroups().size(), 4U);
     EXPECT_EQ(clip().manualClipName, "Hero");
 }
 
 TEST_F(ProjectTest, whatCannotBeOpenedChangesNothing) {
-    controller_->saveProject(file_);
+    controller_->project().saveProject(file_);
     const std::string bad = folder_.write("bad.orvanesync", "{\"version\": 2}");
-    EXPECT_EQ(ended(controller_->loadProject({bad})), "Project version 2 is not supported (current: 1)");
+    EXPECT_EQ(ended(controller_->project().loadProject({bad})),
+              "Project version 2 is not supported (current: 1)");
     EXPECT_EQ(folder_.read("bad.orvanesync"), "{\"version\": 2}");
-    EXPECT_NE(ended(controller_->loadProject({folder_.path("none")})), "");
-    EXPECT_EQ(controller_->project().currentURL, file_);
+    EXPECT_NE(ended(controller_->project().loadProject({folder_.path("none")})), "");
+    EXPECT_EQ(controller_->project().currentURL(), file_);
     EXPECT_EQ(clip().manualClipName, "Hero");
-    EXPECT_THROW(controller_->saveProject({folder_.path("no/where")}), platform::FileError);
-    EXPECT_EQ(controller_->project().currentURL, file_);
+    EXPECT_THROW(controller_->project().saveProject({folder_.path("no/where")}), platform::FileError);
+    EXPECT_EQ(controller_->project().currentURL(), file_);
     // No folders at all: open, without a scan.
     auto project = ProjectService().load(file_);
     project.videoFolderPath.reset();
@@ -204,20 +205,20 @@ TEST_F(ProjectTest, whatCannotBeOpenedChangesNothing) {
     project.aleFilePath = FileURL{folder_.path("gone.ale")};
     const FileURL bare{folder_.path("bare.orvanesync")};
     ProjectService().save(project, bare);
-    EXPECT_EQ(ended(controller_->loadProject(bare)), "");
-    EXPECT_EQ(controller_->project().currentURL, bare);
-    EXPECT_EQ(controller_->videoFolderURL(), std::nullopt);
-    EXPECT_TRUE(controller_->aleImportError());
+    EXPECT_EQ(ended(controller_->project().loadProject(bare)), "");
+    EXPECT_EQ(controller_->project().currentURL(), bare);
+    EXPECT_EQ(controller_->work().videoFolderURL(), std::nullopt);
+    EXPECT_TRUE(controller_->reports().aleImportError());
 }
 
 TEST_F(ProjectTest, aResetWhileItScansLeavesNothingOfIt) {
-    controller_->saveProject(file_);
+    controller_->project().saveProject(file_);
     controller_ = make(nullptr);
-    const auto loading = controller_->loadProject(file_);
+    const auto loading = controller_->project().loadProject(file_);
     controller_->reset();
     EXPECT_EQ(ended(loading), "");
-    EXPECT_TRUE(controller_->syncGroups().empty());
-    EXPECT_EQ(controller_->project().currentURL, std::nullopt);
+    EXPECT_TRUE(controller_->work().syncGroups().empty());
+    EXPECT_EQ(controller_->project().currentURL(), std::nullopt);
 }
 
 } // namespace

@@ -32,9 +32,9 @@ TEST_F(SessionKeepingTest, clipsThatCannotBeReadAreNeverOverwritten) {
         folder_.write(file(id, "groups.json"), text);
         manager_ = makeManager();
         manager_->start(controller_);
-        manager_->load(id, *controller_);
+        finish(manager_->load(id, controller_));
         EXPECT_EQ(manager_->currentSessionId(), id);
-        EXPECT_TRUE(controller_->syncGroups().empty());
+        EXPECT_TRUE(controller_->work().syncGroups().empty());
         ASSERT_TRUE(manager_->problem());
         EXPECT_NE(manager_->problem()->find("can't be read"), std::string::npos);
         // Nothing by itself.
@@ -53,7 +53,7 @@ TEST_F(SessionKeepingTest, clipsThatCannotBeReadAreNeverOverwritten) {
         EXPECT_EQ(names(id).size(), 3U + static_cast<std::size_t>(kept)); // once each
     }
     fs::remove(folder_.path(file(id, "groups.json")));
-    manager_->load(id, *controller_);
+    finish(manager_->load(id, controller_));
     EXPECT_EQ(manager_->problem(), std::nullopt); // none is no damage
     EXPECT_EQ(manager_->currentSessionId(), id);
 }
@@ -62,7 +62,7 @@ TEST_F(SessionKeepingTest, clipsThatNoFileCanHoldLeaveTheOldOnes) {
     const UUID id = newSession();
     bringClips(2);
     finish(manager_->save(*controller_));
-    SyncGroupList broken = controller_->syncGroups();
+    SyncGroupList broken = controller_->work().syncGroups();
     broken.update(broken.front().id, [](SyncGroup& group) {
         group.measuredLUFS = -std::numeric_limits<double>::infinity(); // absent, when it is read
         group.isApproved = true;
@@ -115,7 +115,8 @@ TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
         const auto isOnDisk = [&] {
             const SessionInfo info = SessionStore(folder_.path()).list().front();
             return info.name == obstacle.name && info.folder == obstacle.name &&
-                   onDisk(id).groups.front().isApproved == controller_->syncGroups().front().isApproved;
+                   onDisk(id).groups.front().isApproved ==
+                       controller_->work().syncGroups().front().isApproved;
         };
         obstacle.put();
         manager_->rename(id, obstacle.name);
@@ -137,7 +138,7 @@ TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
         mainThread_->advance(5s);
         ASSERT_TRUE(mainThread_->waitUntil([&] { return !manager_->lastSaveError(); }));
         manager_->deleteSession(*manager_->currentSessionId());
-        manager_->load(id, *controller_);
+        finish(manager_->load(id, controller_));
         EXPECT_TRUE(isOnDisk());
     }
     fs::remove_all(place); // gone altogether: it is made anew, with everything
@@ -156,7 +157,7 @@ TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
     fs::rename(folder_.path("aside"), place);
     flush();
     EXPECT_EQ(manager_->saveError(id), std::nullopt);
-    EXPECT_EQ(onDisk(id).groups.front().isApproved, controller_->syncGroups().front().isApproved);
+    EXPECT_EQ(onDisk(id).groups.front().isApproved, controller_->work().syncGroups().front().isApproved);
     EXPECT_FALSE(fs::exists(inTheWay));
 }
 
@@ -167,7 +168,7 @@ TEST_F(SessionKeepingTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) 
     flush();
     const auto theirController = makeController();
     auto theirs = makeManager();
-    theirs->load(id, *theirController);
+    finish(theirs->load(id, theirController));
     const auto media = [&] {
         const SessionFolders folders = *SessionStore(folder_.path()).readFolders(id).record;
         return folders.videoFolder->pathText() + " " + folders.audioFolder->pathText() + " " +
@@ -178,16 +179,16 @@ TEST_F(SessionKeepingTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) 
         flush();
     };
     // The folders of the media, and the name that comes of them.
-    theirController->setVideoFolderURL(FileURL{"/theirs/Day 2"});
+    theirController->scan().setVideoFolderURL(FileURL{"/theirs/Day 2"});
     finish(theirs->save(*theirController));
     lookOn();
     EXPECT_EQ(media(), "/theirs/Day 2 /media/Sound Day 2");
-    controller_->setAudioFolderURL(FileURL{"/ours/Sound"});
+    controller_->scan().setAudioFolderURL(FileURL{"/ours/Sound"});
     lookOn();
     EXPECT_EQ(media(), "/theirs/Day 2 /ours/Sound Day 2");
     EXPECT_EQ(manager_->session(id)->name, "Day 2");
-    theirController->setManualClipName(theirController->syncGroups().front().id, "theirs");
-    theirController->setAudioFolderURL(FileURL{"/theirs/Sound"});
+    theirController->clips().setManualClipName(theirController->work().syncGroups().front().id, "theirs");
+    theirController->scan().setAudioFolderURL(FileURL{"/theirs/Sound"});
     finish(theirs->save(*theirController));
     lookOn();
     EXPECT_EQ(media(), "/theirs/Day 2 /theirs/Sound Day 2");
@@ -195,7 +196,7 @@ TEST_F(SessionKeepingTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) 
     lookOn();
     EXPECT_EQ(media(), "/theirs/Day 2 /theirs/Sound Day 2");
     // What was kept of theirs is told also when nobody has the session open any more.
-    theirController->toggleApproved(theirController->syncGroups().front().id);
+    theirController->clips().toggleApproved(theirController->work().syncGroups().front().id);
     finish(theirs->save(*theirController));
     approveFirst();
     const UUID next = newSession();
@@ -207,7 +208,7 @@ TEST_F(SessionKeepingTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) 
     theirs->createFolder("Reel");
     theirs->setMetadataPrefix("Reel", "r.");
     theirs->setFolder(next, "Reel");
-    manager_->load(id, *controller_);
+    finish(manager_->load(id, controller_));
     manager_->setFolder(id, "Reel");
     EXPECT_EQ(manager_->metadataPrefix(id), "r.");
     folder_.write("folders.json", "[");
@@ -243,8 +244,8 @@ TEST_F(SessionKeepingTest, twoProgramsKeepBothSidesWork) {
     flush();
     const auto theirController = makeController();
     auto theirs = makeManager();
-    theirs->load(id, *theirController);
-    theirController->setManualClipName(theirController->syncGroups().front().id, "theirs");
+    finish(theirs->load(id, theirController));
+    theirController->clips().setManualClipName(theirController->work().syncGroups().front().id, "theirs");
     finish(theirs->save(*theirController));
     // Without edits of our own theirs stand, whatever the timer does.
     mainThread_->advance(20s);
@@ -275,7 +276,7 @@ TEST_F(SessionKeepingTest, twoProgramsKeepBothSidesWork) {
         EXPECT_EQ(onDisk(id).groups.front().manualClipName, std::nullopt);
         EXPECT_NE(folder_.read(file(id, kept.back())).find("theirs"), std::string::npos);
         ASSERT_TRUE(manager_->problem());
-        theirController->toggleApproved(theirController->syncGroups().front().id);
+        theirController->clips().toggleApproved(theirController->work().syncGroups().front().id);
         finish(theirs->save(*theirController));
         kept.push_back("groups.json.other-" + std::to_string(2 * turn - 2));
         EXPECT_EQ(folder_.read(file(id, kept.back())).find("theirs"), std::string::npos);
@@ -315,7 +316,7 @@ TEST_F(SessionKeepingTest, recordsThatCannotBeReadAreToldOfAndNotReplacedByGuess
         folder_.write(file(id, record), text);
         manager_ = makeManager();
         manager_->start(controller_);
-        manager_->load(id, *controller_);
+        finish(manager_->load(id, controller_));
         mainThread_->advance(6s);
         approveFirst();
         flush();
@@ -326,7 +327,7 @@ TEST_F(SessionKeepingTest, recordsThatCannotBeReadAreToldOfAndNotReplacedByGuess
     EXPECT_EQ(manager_->session(id)->name, "Day 1");
     ASSERT_TRUE(manager_->problem());
     EXPECT_NE(manager_->problem()->find("media folders of this session can't be read"), std::string::npos);
-    controller_->setVideoFolderURL(FileURL{"/media/Day 2"});
+    controller_->scan().setVideoFolderURL(FileURL{"/media/Day 2"});
     flush();
     EXPECT_EQ(folder_.read(file(id, "folders.json.unreadable")), "{\"videoFolder\": ");
     EXPECT_EQ(manager_->session(id)->name, "Day 2");
@@ -340,7 +341,7 @@ TEST_F(SessionKeepingTest, recordsThatCannotBeReadAreToldOfAndNotReplacedByGuess
     // Of another platform: held for as long as the path is that of the folder.
     reopen("folders.json",
            R"({"videoFolder":"/v","videoBookmark":"AAEC","audioFolder":"/a","audioBookmark":"AwQF"})");
-    controller_->setAudioFolderURL(FileURL{"/b"});
+    controller_->scan().setAudioFolderURL(FileURL{"/b"});
     flush();
     const SessionFolders folders = *SessionStore(folder_.path()).readFolders(id).record;
     EXPECT_EQ(folders.videoBookmark, std::string("\0\1\2", 3));

@@ -56,7 +56,7 @@ class SessionManagerTest : public testing::Test {
     }
     void flush() { finish(manager_->flush()); }
 
-    void approveFirst() { controller_->toggleApproved(controller_->syncGroups().front().id); }
+    void approveFirst() { controller_->clips().toggleApproved(controller_->work().syncGroups().front().id); }
 
     std::string file(const UUID& id, const std::string& name) const {
         return id.text() + ".orvanesync/" + name;

@@ -11,27 +11,27 @@ TEST_F(SessionManagerTest, reopensAllThatTheEditorDecided) {
     manager_->start(controller_);
     const UUID id = newSession();
     bringClips(3);
-    const UUID clip = controller_->syncGroups().front().id;
+    const UUID clip = controller_->work().syncGroups().front().id;
     controller_->withUndo({"Edit"}, [&] {
-        controller_->adjustAudioOffset(clip, -0.25);
-        controller_->setMasterGain(clip, 4.5, false);
-        controller_->toggleLocked(clip);
+        controller_->clips().adjustAudioOffset(clip, -0.25);
+        controller_->tracks().setMasterGain(clip, 4.5, false);
+        controller_->clips().toggleLocked(clip);
     });
     flush();
     EXPECT_EQ(manager_->lastSaveError(), std::nullopt);
     EXPECT_EQ(names(id), (std::set<std::string>{"folders.json", "groups.json", "session.json"}));
 
     manager_ = makeManager();
-    const JSON before = toJSONArray(controller_->syncGroups());
+    const JSON before = toJSONArray(controller_->work().syncGroups());
     controller_ = makeController();
-    manager_->loadMostRecentSession(*controller_);
+    finish(manager_->loadMostRecentSession(controller_));
     EXPECT_EQ(manager_->currentSessionId(), id);
-    EXPECT_TRUE(toJSONArray(controller_->syncGroups()) == before);
-    EXPECT_EQ(controller_->videoFolderURL(), FileURL{"/media/Day 1"});
-    EXPECT_FALSE(controller_->undoState().canUndo);
+    EXPECT_TRUE(toJSONArray(controller_->work().syncGroups()) == before);
+    EXPECT_EQ(controller_->work().videoFolderURL(), FileURL{"/media/Day 1"});
+    EXPECT_FALSE(controller_->work().undoState().canUndo);
     const SessionInfo& info = *manager_->session(id);
     EXPECT_EQ(std::tuple(info.name, info.groupCount, info.lockedCount), std::tuple("Day 1", 3, 1));
-    manager_->load(UUID::random(), *controller_); // there is no such session
+    finish(manager_->load(UUID::random(), controller_)); // there is no such session
     EXPECT_EQ(manager_->currentSessionId(), id);
 }
 
@@ -59,10 +59,10 @@ TEST_F(SessionManagerTest, namesFollowTheFoldersUntilSomebodyNamesThem) {
     const auto name = [&] { return manager_->sessions().front().name; };
     const UUID id = newSession();
     EXPECT_EQ(name(), "Session 17.05.2024");
-    controller_->setAudioFolderURL(FileURL{"/x/Sound Day 3"});
+    controller_->scan().setAudioFolderURL(FileURL{"/x/Sound Day 3"});
     manager_->save(*controller_);
     EXPECT_EQ(name(), "Sound Day 3");
-    controller_->setVideoFolderURL(FileURL{"/x/Cam/"});
+    controller_->scan().setVideoFolderURL(FileURL{"/x/Cam/"});
     manager_->save(*controller_);
     EXPECT_EQ(name(), "Cam");
     manager_->rename(id, "Mine");
@@ -110,8 +110,9 @@ TEST_F(SessionManagerTest, savesAfterChangesByTheTimerAndWhenLeft) {
     EXPECT_EQ(onDisk(id).groups.size(), 2U);
     bringClips(1);
     const auto takeOut = [&] {
-        controller_->withUndo(
-            {"Take out"}, [&] { controller_->removeVideoFromSync(controller_->syncGroups().front().id); });
+        controller_->withUndo({"Take out"}, [&] {
+            controller_->recordings().removeVideoFromSync(controller_->work().syncGroups().front().id);
+        });
     };
     takeOut();
     flush();
@@ -132,11 +133,11 @@ TEST_F(SessionManagerTest, savesAfterChangesByTheTimerAndWhenLeft) {
     // Before the first step lies work that was not there yet, and no decision.
     newSession();
     controller_->withUndo({"Nothing"}, [] {});
-    controller_->setVideoFolderURL(FileURL{"/media/Day 1"});
+    controller_->scan().setVideoFolderURL(FileURL{"/media/Day 1"});
     flush();
-    EXPECT_FALSE(controller_->isEmptiedByEdit());
+    EXPECT_FALSE(controller_->work().isEmptiedByEdit());
     controller_->undo();
-    EXPECT_FALSE(controller_->isEmptiedByEdit());
+    EXPECT_FALSE(controller_->work().isEmptiedByEdit());
 }
 
 TEST_F(SessionManagerTest, theNewestSaveWinsAndNoneIsLostToAnother) {
@@ -158,12 +159,12 @@ TEST_F(SessionManagerTest, theNewestSaveWinsAndNoneIsLostToAnother) {
              manager_->setFolder(id, " Dreh \n");
          }},
         {"another session right after the edit",
-         [&](const UUID&, const UUID& other) { manager_->load(other, *controller_); }},
+         [&](const UUID&, const UUID& other) { finish(manager_->load(other, controller_)); }},
         {"another session and back",
          [&](const UUID& id, const UUID& other) {
-             manager_->load(other, *controller_);
-             manager_->load(id, *controller_);
-             EXPECT_TRUE(controller_->syncGroups().front().isApproved);
+             finish(manager_->load(other, controller_));
+             finish(manager_->load(id, controller_));
+             EXPECT_TRUE(controller_->work().syncGroups().front().isApproved);
          }},
         {"a new session right after the edit",
          [&](const UUID&, const UUID&) { manager_->newSession(*controller_); }},
@@ -211,7 +212,7 @@ TEST_F(SessionManagerTest, listsWhatCanBeReadNewestFirst) {
     std::ranges::transform(upper, upper.begin(), [](char ch) { return static_cast<char>(std::toupper(ch)); });
     EXPECT_EQ(ids, (std::vector{b, a, upper})); // the folder's name, not the record, is the id
     EXPECT_TRUE(manager_->sessions().front().nameAutoDerived);
-    manager_->load(*UUID::fromText(c), *controller_);
+    finish(manager_->load(*UUID::fromText(c), controller_));
     EXPECT_EQ(manager_->currentSessionId(), UUID::fromText(c));
     manager_->deleteSession(*UUID::fromText(c));
     EXPECT_EQ(manager_->currentSessionId(), std::nullopt);
@@ -308,13 +309,16 @@ TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {
     mainThread_->advance(100ms);
     EXPECT_EQ(captured("Two"), R"({"eventName":"two","trimMode":"video"})");
     settings_->set("eventName", "late");
-    manager_->load(first, *controller_); // does not wait for the moment
+    finish(manager_->load(first, controller_)); // does not wait for the moment
     EXPECT_EQ(captured("Two"), R"({"eventName":"late","trimMode":"video"})");
     settings_->set("eventName", "one");
     mainThread_->advance(1s);
-    manager_->load(second, *controller_);
+    finish(manager_->load(second, controller_));
     EXPECT_EQ(settings_->text("eventName"), "late");
-    manager_->load(first, *controller_);
+    const auto overtaken = manager_->load(second, controller_);
+    finish(manager_->load(first, controller_));
+    EXPECT_TRUE(overtaken.isDone());
+    EXPECT_EQ(manager_->currentSessionId(), first);
     EXPECT_EQ(settings_->text("eventName"), "one");
 }
 

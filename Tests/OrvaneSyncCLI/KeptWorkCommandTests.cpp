@@ -24,11 +24,12 @@ class KeptWork : public testing::Test {
             ASSERT_TRUE(mainThread->waitUntil([&] { return task.isDone(); }));
         };
         manager->newSession(*controller);
-        controller->setVideoFolderURL(FileURL{folder_.path("camera")});
-        controller->setAudioFolderURL(FileURL{folder_.path("sound")});
-        finish(controller->startScan());
-        for (const SyncGroup& group : controller->syncGroups())
-            if (group.video.filename.starts_with("A001C001")) controller->setManualClipName(group.id, "Hero");
+        controller->scan().setVideoFolderURL(FileURL{folder_.path("camera")});
+        controller->scan().setAudioFolderURL(FileURL{folder_.path("sound")});
+        finish(controller->scan().startScan());
+        for (const SyncGroup& group : controller->work().syncGroups())
+            if (group.video.filename.starts_with("A001C001"))
+                controller->clips().setManualClipName(group.id, "Hero");
         manager->setFolder(*manager->currentSessionId(), "Dreh");
         manager->save(*controller);
         finish(manager->flush());
@@ -37,7 +38,7 @@ class KeptWork : public testing::Test {
         manager->captureActiveSettingsSnapshot();
         settings_->remove("eventName");
         session_ = manager->currentSessionId()->text();
-        controller->saveProject({project_});
+        controller->project().saveProject({project_});
     }
 
     test::TemporaryDirectory folder_;

@@ -245,8 +245,8 @@ TEST_F(ServeTest, anotherFileIsReplacedOnRequestAlone) {
 TEST_F(ServeTest, aFolderIsNamedLeftOrTakenAway) {
     scan();
     call("setFolders", R"({"audioFolder":null})");
-    EXPECT_EQ(desk_.controller->videoFolderURL(), FileURL{folder_.path("camera")});
-    EXPECT_EQ(desk_.controller->audioFolderURL(), std::nullopt);
+    EXPECT_EQ(desk_.controller->work().videoFolderURL(), FileURL{folder_.path("camera")});
+    EXPECT_EQ(desk_.controller->work().audioFolderURL(), std::nullopt);
 }
 
 TEST_F(ServeTest, anEditAnswersWhenTheClipHasBeenAnalysedAgain) {
@@ -277,7 +277,7 @@ TEST_F(ServeTest, anEditAnswersWhenTheClipHasBeenAnalysedAgain) {
     };
     for (const auto& [method, params] : edits) {
         call(method, params);
-        EXPECT_FALSE(desk_.controller->smartAudio().isAnalyzing) << method;
+        EXPECT_FALSE(desk_.controller->smartAudio().state().isAnalyzing) << method;
         EXPECT_EQ(tracks(), "9") << method;
     }
     const std::string range = first("manualBlockOverrides").elements()->front().find("id")->dump();

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCLI/ScanRun.h"
 #include "OrvaneSyncCLI/Serve/RPCMethod.h"
 #include "Platform/Files.h"
+#include "Platform/InterfaceThread.h"
 
 #include <algorithm>
 
@@ -11,6 +12,7 @@ namespace orvane::cli::rpc {
 namespace {
 
 FileURL readable(const std::string& path, bool isFolder) {
+    const platform::MayBlock caller; // waits for the answer, and for nothing else
     if (const std::string why = whyUnreadable(path, isFolder); !why.empty())
         throw Error(ErrorCode::operationFailed, std::string("can't read the ") +
                                                     (isFolder ? "folder" : "file") + " '" + path +
@@ -26,7 +28,7 @@ void Desk::expectKnown(const Call& call) const {
             std::ranges::none_of(list, [&](const auto& element) { return element.id == call.id(name); }))
             throw Error(ErrorCode::operationFailed, std::string(what) + " not found");
     };
-    if (call.has("id")) expect(controller->wildTracks(), "id", "Wild track");
+    if (call.has("id")) expect(controller->work().wildTracks(), "id", "Wild track");
     const char* const clip = call.has("of") ? "of" : "groupID";
     if (!call.has(clip)) return;
     const SyncGroup& known = group(call.id(clip));
@@ -41,7 +43,7 @@ platform::Task Desk::withUndo(const UndoStep& step, const std::function<platform
 }
 
 const SyncGroup& Desk::group(const UUID& id) const {
-    if (const SyncGroup* group = controller->syncGroups().find(id)) return *group;
+    if (const SyncGroup* group = controller->work().syncGroups().find(id)) return *group;
     throw GroupNotFound();
 }
 

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
 
 namespace orvane::cli::rpc {
 
@@ -27,6 +28,19 @@ class Desk {
     /// Throws GroupNotFound.
     const SyncGroup& group(const UUID& id) const;
 };
+
+/// The controller of a topic of the work.
+template <class Topic>
+Topic& topic(ImportController& controller) {
+    if constexpr (std::is_same_v<Topic, ClipEditing>)
+        return controller.clips();
+    else if constexpr (std::is_same_v<Topic, RecordingEditing>)
+        return controller.recordings();
+    else if constexpr (std::is_same_v<Topic, ReportController>)
+        return controller.reports();
+    else
+        return controller.tracks();
+}
 
 /// What a caller named, as an absolute location. Throws Error when it cannot be read.
 FileURL readableFile(const std::string& path);

@@ -9,7 +9,6 @@ namespace orvane::cli::rpc {
 namespace {
 
 using enum Parameter::Kind;
-using Controller = ImportController;
 
 const Parameter groupID{"groupID", id};
 const Parameter overwrite{"forceOverwriteManualTracks", boolean};
@@ -24,13 +23,13 @@ int trackOf(const SyncGroup& group, const Call& call) {
 }
 
 Method onTrack(std::string_view name, const UndoStep& step,
-               platform::Task (Controller::*operation)(const UUID&, int)) {
+               platform::Task (TrackEditing::*operation)(const UUID&, int)) {
     return Method::later(name, {groupID, {"trackIndex", integer}},
                          [step, operation](Desk& desk, const Call& call, const std::shared_ptr<JSON>&) {
                              const UUID group = call.id("groupID");
                              const int track = trackOf(desk.group(group), call);
                              return desk.withUndo(
-                                 step, [&] { return (*desk.controller.*operation)(group, track); });
+                                 step, [&] { return (desk.controller->tracks().*operation)(group, track); });
                          });
 }
 
@@ -39,12 +38,13 @@ platform::Task runAnalysis(Desk& desk, const Call& call, const std::shared_ptr<J
     if (!mode)
         throw Error(ErrorCode::invalidParams,
                     "runSmartAudioAnalysis: mode is off, standard, studio, cinematic or custom");
-    return desk.controller->runSmartAudioAnalysis(*mode, call.boolean("forceOverwriteManualTracks"));
+    return desk.controller->smartAudio().runSmartAudioAnalysis(*mode,
+                                                               call.boolean("forceOverwriteManualTracks"));
 }
 
 /// Null for a clip that was not analysed.
 JSON smartAudioResult(Desk& desk, const Call& call) {
-    const auto& results = desk.controller->smartAudio().results;
+    const auto& results = desk.controller->smartAudio().state().results;
     const auto found = results.find(desk.group(call.id("groupID")).id);
     return found == results.end() ? JSON() : toJSON(found->second);
 }
@@ -57,15 +57,16 @@ std::vector<Method> audioMethods() {
         Method::later("runSmartAudioAnalysis", {{"mode", text}, overwrite}, runAnalysis),
         Method::later("runSmartAudioForGroup", {groupID, overwrite},
                       [](Desk& desk, const Call& call, const std::shared_ptr<JSON>&) {
-                          return desk.controller->runSmartAudioForGroup(
+                          return desk.controller->smartAudio().runSmartAudioForGroup(
                               call.id("groupID"), call.boolean("forceOverwriteManualTracks"));
                       }),
         Method("smartAudioResult", {groupID}, smartAudioResult),
-        onTrack("toggleTrackActive", steps::toggleTrackActive, &Controller::toggleTrackActive),
-        onTrack("soloTrackActive", steps::soloTrackActive, &Controller::soloTrackActive),
+        onTrack("toggleTrackActive", steps::toggleTrackActive, &TrackEditing::toggleTrackActive),
+        onTrack("soloTrackActive", steps::soloTrackActive, &TrackEditing::soloTrackActive),
         onTrack("toggleAlgorithmInclusion", steps::toggleAlgorithmInclusion,
-                &Controller::toggleAlgorithmInclusion),
-        onTrack("soloAlgorithmInclusion", steps::soloAlgorithmInclusion, &Controller::soloAlgorithmInclusion),
+                &TrackEditing::toggleAlgorithmInclusion),
+        onTrack("soloAlgorithmInclusion", steps::soloAlgorithmInclusion,
+                &TrackEditing::soloAlgorithmInclusion),
     };
 }
 

@@ -37,16 +37,17 @@ Method editAndListen(std::string_view name, const UndoStep& step, std::vector<Pa
                          });
 }
 
-Method onGroup(std::string_view name, const UndoStep& step, void (Controller::*operation)(UUID)) {
+template <class Topic>
+Method onGroup(std::string_view name, const UndoStep& step, void (Topic::*operation)(UUID)) {
     return edit(name, step, {groupID}, [operation](Controller& controller, const Call& call) {
-        (controller.*operation)(call.id("groupID"));
+        (topic<Topic>(controller).*operation)(call.id("groupID"));
     });
 }
 
-Method switching(std::string_view name, const UndoStep& step, void (Controller::*operation)(UUID, bool)) {
+Method switching(std::string_view name, const UndoStep& step, void (ClipEditing::*operation)(UUID, bool)) {
     return edit(name, step, {groupID, {"enabled", boolean}},
                 [operation](Controller& controller, const Call& call) {
-                    (controller.*operation)(call.id("groupID"), call.boolean("enabled"));
+                    (controller.clips().*operation)(call.id("groupID"), call.boolean("enabled"));
                 });
 }
 
@@ -64,7 +65,8 @@ MediaAsset audio(const Controller& controller, const Call& call) {
     const JSON given = call.any("audio");
     if (const std::string* text = given.string()) {
         const auto wanted = UUID::fromText(*text);
-        if (const MediaAsset* asset = wanted ? controller.audioInPool(*wanted) : nullptr) return *asset;
+        if (const MediaAsset* asset = wanted ? controller.recordings().audioInPool(*wanted) : nullptr)
+            return *asset;
         throw Error(ErrorCode::operationFailed, "attachAudioToGroup: no audio has this identifier");
     }
     try {
@@ -84,7 +86,7 @@ JSON lockCluster(Desk& desk, const Call& call) {
     const std::string pattern =
         call.textIfPresent("customPattern").value_or(settings.text("customNamingPattern"));
     desk.controller->withUndo(undoSteps::lockAllInCluster, [&] {
-        desk.controller->lockAllInCluster(call.id("of"), GroupNaming::sourceFrom(source), pattern);
+        desk.controller->clips().lockAllInCluster(call.id("of"), GroupNaming::sourceFrom(source), pattern);
     });
     return {};
 }
@@ -92,23 +94,23 @@ JSON lockCluster(Desk& desk, const Call& call) {
 std::vector<Method> flagMethods() {
     using namespace undoSteps;
     return {
-        onGroup("resetAudioOffset", resetAudioOffset, &Controller::resetAudioOffset),
-        onGroup("toggleApproved", toggleApproved, &Controller::toggleApproved),
-        onGroup("toggleLocked", toggleLocked, &Controller::toggleLocked),
-        onGroup("toggleMOS", toggleMOS, &Controller::toggleMOS),
-        onGroup("togglePickup", togglePickup, &Controller::togglePickup),
-        onGroup("markScenePickupFromHere", markScenePickupFromHere, &Controller::markScenePickupFromHere),
-        onGroup("toggleExcludedFromExport", toggleExcludedFromExport, &Controller::toggleExcludedFromExport),
+        onGroup("resetAudioOffset", resetAudioOffset, &ClipEditing::resetAudioOffset),
+        onGroup("toggleApproved", toggleApproved, &ClipEditing::toggleApproved),
+        onGroup("toggleLocked", toggleLocked, &ClipEditing::toggleLocked),
+        onGroup("toggleMOS", toggleMOS, &ClipEditing::toggleMOS),
+        onGroup("togglePickup", togglePickup, &ClipEditing::togglePickup),
+        onGroup("markScenePickupFromHere", markScenePickupFromHere, &ClipEditing::markScenePickupFromHere),
+        onGroup("toggleExcludedFromExport", toggleExcludedFromExport, &ClipEditing::toggleExcludedFromExport),
         onGroup("toggleExcludedFromMulticam", toggleExcludedFromMulticam,
-                &Controller::toggleExcludedFromMulticam),
-        onGroup("confirmAmbiguousMatch", confirmAmbiguousMatch, &Controller::confirmAmbiguousMatch),
-        onGroup("removeVideoFromSync", removeVideoFromSync, &Controller::removeVideoFromSync),
-        onGroup("resyncClip", resyncClip, &Controller::resyncClip),
-        onGroup("resetClipToAutoSync", resetClipToAutoSync, &Controller::resetClipToAutoSync),
-        onGroup("resetMasterGain", resetMasterGain, &Controller::resetMasterGain),
-        switching("setGenerateNativeMOS", setGenerateNativeMOS, &Controller::setGenerateNativeMOS),
+                &ClipEditing::toggleExcludedFromMulticam),
+        onGroup("confirmAmbiguousMatch", confirmAmbiguousMatch, &RecordingEditing::confirmAmbiguousMatch),
+        onGroup("removeVideoFromSync", removeVideoFromSync, &RecordingEditing::removeVideoFromSync),
+        onGroup("resyncClip", resyncClip, &RecordingEditing::resyncClip),
+        onGroup("resetClipToAutoSync", resetClipToAutoSync, &ClipEditing::resetClipToAutoSync),
+        onGroup("resetMasterGain", resetMasterGain, &TrackEditing::resetMasterGain),
+        switching("setGenerateNativeMOS", setGenerateNativeMOS, &ClipEditing::setGenerateNativeMOS),
         switching("setGenerateProjectRateClip", setGenerateProjectRateClip,
-                  &Controller::setGenerateProjectRateClip),
+                  &ClipEditing::setGenerateProjectRateClip),
     };
 }
 
@@ -117,43 +119,47 @@ std::vector<Method> valueMethods() {
     return {
         edit("adjustAudioOffset", adjustAudioOffset, {groupID, {"deltaSeconds", number}},
              [](Controller& controller, const Call& call) {
-                 controller.adjustAudioOffset(call.id("groupID"), call.number("deltaSeconds"));
+                 controller.clips().adjustAudioOffset(call.id("groupID"), call.number("deltaSeconds"));
              }),
         edit("setAudioAnchor", setAudioAnchor, {groupID, {"secondsInAudio", number, true}},
              [](Controller& controller, const Call& call) {
-                 controller.setAudioAnchor(call.id("groupID"), call.numberIfPresent("secondsInAudio"));
+                 controller.clips().setAudioAnchor(call.id("groupID"),
+                                                   call.numberIfPresent("secondsInAudio"));
              }),
         Method("lockAllInCluster", {{"of", id}, {"source", text, true}, {"customPattern", text, true}},
                lockCluster),
         edit("setManualClipName", setManualClipName, {groupID, {"name", text}},
              [](Controller& controller, const Call& call) {
-                 controller.setManualClipName(call.id("groupID"), call.text("name"));
+                 controller.clips().setManualClipName(call.id("groupID"), call.text("name"));
              }),
         Method("setSyncMethod", {groupID, {"method", text}},
                [](Desk& desk, const Call& call) {
                    const SyncMethod method = syncMethod(call);
-                   desk.controller->withUndo(
-                       setSyncMethod, [&] { desk.controller->setSyncMethod(call.id("groupID"), method); });
+                   desk.controller->withUndo(setSyncMethod, [&] {
+                       desk.controller->clips().setSyncMethod(call.id("groupID"), method);
+                   });
                    return JSON();
                }),
         edit("setManualSensorFrameRate", setManualSensorFrameRate, {groupID, {"fps", number, true}},
              [](Controller& controller, const Call& call) {
-                 controller.setManualSensorFrameRate(call.id("groupID"), call.numberIfPresent("fps"));
+                 controller.clips().setManualSensorFrameRate(call.id("groupID"), call.numberIfPresent("fps"));
              }),
         editAndListen("addBlockOverride", addBlockOverride,
                       {groupID, {"startSeconds", number}, {"endSeconds", number}, {"trackIndex", integer}},
                       [](Controller& controller, const Call& call) {
-                          return controller.addBlockOverride(call.id("groupID"), call.number("startSeconds"),
-                                                             call.number("endSeconds"),
-                                                             call.integer("trackIndex"));
+                          return controller.tracks().addBlockOverride(
+                              call.id("groupID"), call.number("startSeconds"), call.number("endSeconds"),
+                              call.integer("trackIndex"));
                       }),
         editAndListen("removeBlockOverride", removeBlockOverride, {groupID, {"overrideID", id}},
                       [](Controller& controller, const Call& call) {
-                          return controller.removeBlockOverride(call.id("groupID"), call.id("overrideID"));
+                          return controller.tracks().removeBlockOverride(call.id("groupID"),
+                                                                         call.id("overrideID"));
                       }),
         edit("setMasterGain", setMasterGain, {groupID, {"gainDB", number}, {"auto", boolean}},
              [](Controller& controller, const Call& call) {
-                 controller.setMasterGain(call.id("groupID"), call.number("gainDB"), call.boolean("auto"));
+                 controller.tracks().setMasterGain(call.id("groupID"), call.number("gainDB"),
+                                                   call.boolean("auto"));
              }),
     };
 }
@@ -165,32 +171,32 @@ std::vector<Method> audioListMethods() {
                [](Desk& desk, const Call& call) {
                    const MediaAsset asset = audio(*desk.controller, call);
                    desk.controller->withUndo(attachAudioToGroup, [&] {
-                       desk.controller->attachAudioToGroup(call.id("groupID"), asset);
+                       desk.controller->recordings().attachAudioToGroup(call.id("groupID"), asset);
                    });
                    return JSON();
                }),
         Method::later("chooseAndAttachAudio", {groupID, {"path", path}},
                       [](Desk& desk, const Call& call, const std::shared_ptr<JSON>&) {
-                          return desk.controller->chooseAndAttachAudio(call.id("groupID"),
-                                                                       readableFile(call.text("path")));
+                          return desk.controller->recordings().chooseAndAttachAudio(
+                              call.id("groupID"), readableFile(call.text("path")));
                       }),
         edit("removeAudioMatch", removeAudioMatch, {groupID, {"matchID", id}},
              [](Controller& controller, const Call& call) {
-                 controller.removeAudioMatch(call.id("groupID"), call.id("matchID"));
+                 controller.recordings().removeAudioMatch(call.id("groupID"), call.id("matchID"));
              }),
         edit("resyncAllClips", resyncAllClips, {},
-             [](Controller& controller, const Call&) { controller.resyncAllClips(); }),
+             [](Controller& controller, const Call&) { controller.recordings().resyncAllClips(); }),
         Method::later("resetAllClipsToAutoSync", {},
                       [](Desk& desk, const Call&, const std::shared_ptr<JSON>&) {
-                          return desk.controller->resetAllClipsToAutoSync();
+                          return desk.controller->clips().resetAllClipsToAutoSync();
                       }),
         edit("renameWildTrack", renameWildTrack, {{"id", id}, {"to", text}},
              [](Controller& controller, const Call& call) {
-                 controller.renameWildTrack(call.id("id"), call.text("to"));
+                 controller.recordings().renameWildTrack(call.id("id"), call.text("to"));
              }),
         edit("toggleWildTrackApproved", toggleWildTrackApproved, {{"id", id}},
              [](Controller& controller, const Call& call) {
-                 controller.toggleWildTrackApproved(call.id("id"));
+                 controller.recordings().toggleWildTrackApproved(call.id("id"));
              }),
     };
 }
@@ -217,7 +223,7 @@ std::vector<Method> undoMethods() {
                    return JSON();
                }),
         Method("undoState", {},
-               [](Desk& desk, const Call&) { return undoStateJSON(desk.controller->undoState()); }),
+               [](Desk& desk, const Call&) { return undoStateJSON(desk.controller->work().undoState()); }),
     };
 }
 

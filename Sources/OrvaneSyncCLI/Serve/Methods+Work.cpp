@@ -15,15 +15,15 @@ std::optional<FileURL> folder(const Call& call, std::string_view name) {
 /// A folder that is not named stays, a null takes it away. Both are looked at before either is taken.
 JSON setFolders(Desk& desk, const Call& call) {
     const auto video = folder(call, "videoFolder"), audio = folder(call, "audioFolder");
-    if (call.mentions("videoFolder")) desk.controller->setVideoFolderURL(video);
-    if (call.mentions("audioFolder")) desk.controller->setAudioFolderURL(audio);
+    if (call.mentions("videoFolder")) desk.controller->scan().setVideoFolderURL(video);
+    if (call.mentions("audioFolder")) desk.controller->scan().setAudioFolderURL(audio);
     return {};
 }
 
 /// Done when the clips stand and the analysis has ended that the settings may ask for.
 platform::Task startScan(Desk& desk, Call, std::shared_ptr<JSON>) {
-    co_await desk.controller->startScan();
-    co_await desk.controller->waitForAnalysisAfterScan();
+    co_await desk.controller->scan().startScan();
+    co_await desk.controller->smartAudio().waitForAnalysisAfterScan();
 }
 
 } // namespace

@@ -297,9 +297,9 @@ TEST_F(Probe, aHitIsOfTheKindAskedForAndStillTheWholeTruth) {
 
 TEST_F(Probe, oneFileThatTakesAllTheMemoryLeavesTheOthers) {
     struct FullQueue : test::ManualQueue {
-        void post(std::function<void()> work) override {
+        void post(std::function<void()> work, std::stop_token stop) override {
             if (full) throw std::bad_alloc();
-            ManualQueue::post(std::move(work));
+            ManualQueue::post(std::move(work), std::move(stop));
         }
         std::atomic<bool> full = false;
     };

@@ -1,4 +1,4 @@
-#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/Controllers/ClipEditing.h"
 
 #include "OrvaneSyncCore/Models/OffspeedDetector.h"
 #include "Timecode/ExactRate.h"
@@ -28,10 +28,10 @@ bool isShownAtHalfSpeed(const MediaAsset& video, double sensor) {
 
 } // namespace
 
-void ImportController::setManualSensorFrameRate(UUID groupID, std::optional<double> fps) {
-    if (unlockedGroup(groupID) == nullptr || (fps && !std::isfinite(*fps))) return;
+void ClipEditing::setManualSensorFrameRate(UUID groupID, std::optional<double> fps) {
+    if (work_.unlockedGroup(groupID) == nullptr || (fps && !std::isfinite(*fps))) return;
     const double inferred = inferredProjectFrameRate(groupID);
-    edit(groupID, [&](SyncGroup& own) {
+    work_.edit(groupID, [&](SyncGroup& own) {
         MediaAsset& video = own.video;
         video.sensorFrameRate = fps;
         if (!fps) {
@@ -45,11 +45,11 @@ void ImportController::setManualSensorFrameRate(UUID groupID, std::optional<doub
             video.projectFrameRate = inferred;
         video.offspeedConfidence = confidence(*fps, *video.projectFrameRate);
     });
-    removeRenderedAudio(groupID);
+    smartAudio_.caches().removeRenderedAudio(groupID);
 }
 
-double ImportController::inferredProjectFrameRate(UUID excluding) const {
-    assertOnMainThread();
+double ClipEditing::inferredProjectFrameRate(UUID excluding) const {
+    work_.notices.assertOnMainThread();
     constexpr double withoutAnyOther = 24.0;
     struct Votes {
         std::size_t count = 0;
@@ -58,8 +58,8 @@ double ImportController::inferredProjectFrameRate(UUID excluding) const {
     std::unordered_map<double, Votes> votes;
     double winner = withoutAnyOther;
     Votes most;
-    for (std::size_t i = 0; i < syncGroups_.size(); ++i) {
-        const SyncGroup& group = syncGroups_[i];
+    for (std::size_t i = 0; i < work_.syncGroups().size(); ++i) {
+        const SyncGroup& group = work_.syncGroups()[i];
         const double rate = exactRateValue(group.video.projectFrameRate.value_or(0));
         if (group.id == excluding || !(rate > 0)) continue;
         Votes& own = votes.try_emplace(rate, Votes{0, i}).first->second;

@@ -1,0 +1,182 @@
+#include "OrvaneSyncApp/Controllers/ClipEditing.h"
+
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+namespace orvane {
+
+namespace {
+
+void lock(SyncGroup& group) {
+    group.isLocked = true;
+    group.lockedAtAudioAnchor = group.audioAnchorOffsetInAudioSeconds;
+    group.lockedAtPictureAnchor = group.pictureClapAnchorSeconds;
+    group.lockedAtManualOffset = group.manualAudioOffsetSeconds;
+}
+
+void unlock(SyncGroup& group) {
+    group.isLocked = false;
+    group.lockedAtAudioAnchor.reset();
+    group.lockedAtPictureAnchor.reset();
+    group.lockedAtManualOffset.reset();
+}
+
+/// A take of a scene, where the recorder wrote both and the take is a whole number.
+struct Slate {
+    std::string_view scene;
+    std::int64_t take = 0;
+};
+
+std::optional<Slate> slateOf(const SyncGroup& group) {
+    const MediaAsset* audio = group.primaryAudio();
+    if (audio == nullptr || !audio->ixmlData || !audio->ixmlData->scene || !audio->ixmlData->take)
+        return std::nullopt;
+    const auto take = platform::text::decimalInteger(*audio->ixmlData->take);
+    return take ? std::optional(Slate{*audio->ixmlData->scene, *take}) : std::nullopt;
+}
+
+/// What both resets clear.
+void clearDecisions(SyncGroup& group) {
+    group.manualActiveTracks.clear();
+    group.tracksManuallyEdited.reset();
+    group.manualAudioOffsetSeconds = 0;
+    group.audioAnchorOffsetInAudioSeconds.reset();
+    group.pictureClapAnchorSeconds.reset();
+    unlock(group);
+    group.isApproved = false;
+}
+
+} // namespace
+
+void ClipEditing::adjustAudioOffset(UUID groupID, double deltaSeconds) {
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    if (group == nullptr || !std::isfinite(group->manualAudioOffsetSeconds + deltaSeconds)) return;
+    work_.edit(groupID, [&](SyncGroup& own) { own.manualAudioOffsetSeconds += deltaSeconds; });
+}
+
+void ClipEditing::setAudioAnchor(UUID groupID, std::optional<double> secondsInAudio) {
+    if (secondsInAudio && !std::isfinite(*secondsInAudio)) return;
+    work_.edit(groupID, [&](SyncGroup& group) { group.audioAnchorOffsetInAudioSeconds = secondsInAudio; });
+}
+
+void ClipEditing::resetAudioOffset(UUID groupID) {
+    work_.edit(groupID, [](SyncGroup& group) { group.manualAudioOffsetSeconds = 0; });
+}
+
+void ClipEditing::toggleLocked(UUID groupID) {
+    work_.edit(groupID, [](SyncGroup& group) { group.isLocked ? unlock(group) : lock(group); });
+}
+
+void ClipEditing::lockAllInCluster(UUID groupID, GroupNaming::Source source,
+                                   const std::optional<std::string>& customPattern) {
+    work_.notices.assertOnMainThread();
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    if (group == nullptr) return;
+    const auto nameOf = [&](const SyncGroup& one) {
+        return GroupNaming::baseName(one, source, customPattern, GroupNaming::defaultSeparator);
+    };
+    const std::string name = nameOf(*group);
+    work_.editWhere([&](const SyncGroup& one) { return !one.isLocked && nameOf(one) == name; }, lock);
+}
+
+void ClipEditing::toggleApproved(UUID groupID) {
+    work_.edit(groupID, [](SyncGroup& group) { group.isApproved = !group.isApproved; });
+}
+
+void ClipEditing::toggleMOS(UUID groupID) {
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    if (group == nullptr || !group->audioMatches.empty()) return;
+    work_.edit(groupID, [](SyncGroup& own) {
+        own.matchStatus =
+            own.matchStatus == MatchStatus::mos() ? MatchStatus::unmatched() : MatchStatus::mos();
+    });
+}
+
+void ClipEditing::togglePickup(UUID groupID) {
+    work_.edit(groupID, [](SyncGroup& group) { group.isPickup = !group.isPickup; });
+}
+
+void ClipEditing::markScenePickupFromHere(UUID groupID) {
+    work_.notices.assertOnMainThread();
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    const auto from = group == nullptr ? std::nullopt : slateOf(*group);
+    if (!from) return;
+    const std::string scene(from->scene); // the group may be replaced on the way
+    const auto isPickup = [&](const SyncGroup& one) {
+        const auto slate = slateOf(one);
+        return slate && slate->scene == scene && slate->take >= from->take;
+    };
+    work_.editWhere(isPickup, [](SyncGroup& one) { one.isPickup = true; });
+}
+
+void ClipEditing::toggleExcludedFromExport(UUID groupID) {
+    work_.edit(groupID, [](SyncGroup& group) { group.isExcludedFromExport = !group.isExcludedFromExport; });
+}
+
+void ClipEditing::toggleExcludedFromMulticam(UUID groupID) {
+    work_.edit(groupID,
+               [](SyncGroup& group) { group.isExcludedFromMulticamFlag = !group.isExcludedFromMulticam(); });
+}
+
+void ClipEditing::setManualClipName(UUID groupID, std::string_view name) {
+    const std::string_view trimmed = platform::text::trimmed(name);
+    work_.edit(groupID, [&](SyncGroup& group) {
+        group.manualClipName = trimmed.empty() ? std::nullopt : std::optional<std::string>(trimmed);
+    });
+}
+
+void ClipEditing::setSyncMethod(UUID groupID, SyncMethod method) {
+    work_.edit(groupID, [&](SyncGroup& group) { group.syncMethod = method; });
+}
+
+void ClipEditing::setGenerateNativeMOS(UUID groupID, bool enabled) {
+    work_.edit(groupID, [&](SyncGroup& group) { group.generateNativeMOSClip = enabled; });
+}
+
+void ClipEditing::setGenerateProjectRateClip(UUID groupID, bool enabled) {
+    work_.edit(groupID, [&](SyncGroup& group) { group.generateProjectRateClipFlag = enabled; });
+}
+
+void ClipEditing::resetClipToAutoSync(UUID groupID) {
+    const bool found = work_.edit(groupID, [](SyncGroup& group) {
+        clearDecisions(group);
+        group.manualBlockOverrides.clear();
+        group.algorithmExcludedTracks.clear();
+    });
+    if (found) smartAudio_.caches().removeSmartAudioCaches(groupID);
+}
+
+platform::Task ClipEditing::resetAllClipsToAutoSync() {
+    work_.notices.assertOnMainThread();
+    work_.editWhere([](const SyncGroup&) { return true; }, clearDecisions);
+    return smartAudio_.reanalyseAll();
+}
+
+void ClipEditing::applyBatchRename(const BatchRenamer& renamer) {
+    work_.notices.assertOnMainThread();
+    const SettingsReader settings(*work_.environment.settings);
+    const auto names = renamer.newNames(
+        work_.syncGroups(), {GroupNaming::sourceFrom(settings.text("clipNamingSource")),
+                             settings.text("customNamingPattern"), settings.text("namingSeparator")});
+    if (names.empty()) return;
+    work_.withUndo(undoSteps::setManualClipName, [&] {
+        for (const auto& [id, name] : names) setManualClipName(id, name);
+    });
+}
+
+void ClipEditing::clearAllManualNames() {
+    work_.notices.assertOnMainThread();
+    const auto named = BatchRenamer::manuallyNamed(work_.syncGroups());
+    if (named.empty()) return;
+    work_.withUndo(undoSteps::setManualClipName, [&] {
+        for (const UUID& id : named) setManualClipName(id, "");
+    });
+}
+
+} // namespace orvane

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/Notices.h"
+#include "OrvaneSyncApp/Controllers/UndoStack.h"
+#include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Models/SyncGroupList.h"
+#include "OrvaneSyncCore/Models/WildTrack.h"
+#include "Platform/SettingsStore.h"
+#include "Platform/Task.h"
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace orvane {
+
+/// An operation named a clip that is not in the list.
+class GroupNotFound : public std::runtime_error {
+  public:
+    static constexpr int code = 404;
+    GroupNotFound() : std::runtime_error("Group not found") {}
+};
+
+/// The state that the controllers of the open work share: folders, clips, wild tracks, and the steps to take
+/// back. The controllers change it, each change notifying; everybody else reads it. Interface thread.
+class OpenWork {
+  public:
+    struct Environment {
+        std::shared_ptr<platform::MainThread> mainThread;
+        std::shared_ptr<platform::SettingsStore> settings;
+        std::shared_ptr<const platform::Clock> clock;
+    };
+    explicit OpenWork(Environment theEnvironment);
+
+    const Environment environment;
+    Notices notices;
+    /// Operations under way; they stop with the work that they belong to.
+    platform::RunningTasks running;
+    /// For reports, projects and exports, one after the other.
+    const std::unique_ptr<platform::SerialQueue> documents;
+
+    const std::optional<FileURL>& videoFolderURL() const { return videoFolderURL_; }
+    const std::optional<FileURL>& audioFolderURL() const { return audioFolderURL_; }
+    const SyncGroupList& syncGroups() const { return syncGroups_; }
+    /// Audio that no video claims, room tone included.
+    const std::vector<WildTrack>& wildTracks() const { return wildTracks_; }
+    /// There are no clips because the editor took the last one out, and not because nothing is open or found.
+    bool isEmptiedByEdit() const { return isEmptiedByEdit_; }
+    UndoState undoState() const { return undoStack_.state(); }
+
+    int matchedCount() const;   ///< settled clips, without audio too
+    int unmatchedCount() const; ///< ambiguous and unmatched ones
+    int syncClipCount() const;  ///< settled clips with audio
+    int mosCount() const;       ///< settled clips without audio
+    /// The name of every clip in Final Cut, by group, by the naming settings.
+    std::map<UUID, std::string> displayNames() const;
+    /// What to call the files of the clips and wild tracks. Valid until these change.
+    const FileNames& fileNames() const;
+    /// Where in the list of clips the audio is used, ascending. Valid until the clips change.
+    const std::vector<std::size_t>& clipsUsing(const UUID& audioID) const;
+    /// Null when there is no such clip, or it is locked.
+    const SyncGroup* unlockedGroup(const UUID& groupID) const;
+
+    // For the controllers.
+
+    void notify(ImportField field);
+    void setVideoFolderURL(std::optional<FileURL> folder);
+    void setAudioFolderURL(std::optional<FileURL> folder);
+    /// False when there is no such clip.
+    bool edit(UUID groupID, const std::function<void(SyncGroup&)>& change);
+    /// Notifies where there is such a clip.
+    void editWhere(const std::function<bool(const SyncGroup&)>& test,
+                   const std::function<void(SyncGroup&)>& change);
+    void changeClips(const std::function<void(SyncGroupList&)>& change);
+    void changeWildTracks(const std::function<void(std::vector<WildTrack>&)>& change);
+    /// Clips and wild tracks of other work: that there are none is then no edit.
+    void replace(SyncGroupList groups, std::vector<WildTrack> wildTracks);
+
+    void withUndo(const UndoStep& step, const std::function<void()>& mutation);
+    void undo() { travel(&UndoStack<SyncGroupList>::undo); }
+    void redo() { travel(&UndoStack<SyncGroupList>::redo); }
+    void clearUndo();
+    /// Called within every undo and redo that changed the clips: for what was derived from them.
+    std::function<void()> whenTakenBack;
+
+    /// How an operation that waits holds its controller: weakly, and while it is locked with all of the work.
+    template <class Controller>
+    std::weak_ptr<Controller> weak(Controller* controller) const {
+        return std::shared_ptr<Controller>(owner.lock(), controller);
+    }
+    std::weak_ptr<const void> owner;
+
+  private:
+    using UndoTravel = bool (UndoStack<SyncGroupList>::*)(SyncGroupList&, std::chrono::nanoseconds);
+    void travel(UndoTravel direction);
+
+    std::optional<FileURL> videoFolderURL_;
+    std::optional<FileURL> audioFolderURL_;
+    SyncGroupList syncGroups_;
+    std::vector<WildTrack> wildTracks_;
+    UndoStack<SyncGroupList> undoStack_;
+    bool isEmptiedByEdit_ = false;
+    bool isEmptinessRedone_ = false; ///< redoing to a list without clips is an edit
+    // Absent until somebody asks, and after every change of the clips or files.
+    mutable std::optional<std::unordered_map<UUID, std::vector<std::size_t>>> clipsByAudio_;
+    mutable std::optional<FileNames> fileNames_;
+};
+
+} // namespace orvane

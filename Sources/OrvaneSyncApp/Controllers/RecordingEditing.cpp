@@ -1,0 +1,270 @@
+#include "OrvaneSyncApp/Controllers/RecordingEditing.h"
+
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
+#include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+/// The files of one take are no choice to be made, however many are left.
+MatchStatus statusAfterRemoval(const SyncGroup& group) {
+    if (group.isMOS()) return MatchStatus::unmatched();
+    const Take take = takeOf(group, assumedChannels);
+    if (std::ranges::find(take.files, TakeRole::alternate, &TakeFile::role) == take.files.end())
+        return MatchStatus::manual();
+    return MatchStatus::ambiguous(static_cast<int>(group.audioMatches.size()));
+}
+
+/// Where the timecodes lay the audio; at the start of the clip where one of the two has no place.
+AudioMatch matchByTimecode(const MediaAsset& video, const MediaAsset& audio) {
+    const auto videoRange = SyncEngine::tcRange(video), audioRange = SyncEngine::tcRange(audio);
+    if (!videoRange || !audioRange) return {audio, 0, 0};
+    return {audio, audioRange->startSeconds - videoRange->startSeconds,
+            SyncEngine::overlapDuration(*videoRange, *audioRange).value_or(0)};
+}
+
+bool uses(const SyncGroup& group, const UUID& audioID) {
+    return std::ranges::any_of(group.audioMatches,
+                               [&](const AudioMatch& match) { return match.audio->id == audioID; });
+}
+
+} // namespace
+
+void RecordingEditing::attachAudioToGroup(UUID groupID, MediaAsset audio) {
+    const SyncGroup* group = work_.unlockedGroup(groupID);
+    if (group == nullptr) return;
+    if (uses(*group, audio.id)) {
+        confirmAmbiguousMatch(groupID);
+        return;
+    }
+    const auto isIt = [&](const WildTrack& track) { return track.id == audio.id; };
+    work_.notices.together([&] {
+        work_.edit(groupID, [&](SyncGroup& own) {
+            const SyncGroup before = own;
+            own.audioMatches.push_back(matchByTimecode(own.video, audio));
+            own.matchStatus = MatchStatus::manual();
+            carryDecisions(own, before);
+        });
+        if (std::ranges::any_of(work_.wildTracks(), isIt))
+            work_.changeWildTracks([&](std::vector<WildTrack>& tracks) { std::erase_if(tracks, isIt); });
+        smartAudio_.caches().removeSmartAudioCaches(groupID);
+    });
+}
+
+platform::Task RecordingEditing::chooseAndAttachAudio(UUID groupID, FileURL file) {
+    work_.notices.assertOnMainThread();
+    return work_.running.add(attachFile(work_.weak(this), groupID, std::move(file)));
+}
+
+platform::Task RecordingEditing::attachFile(std::weak_ptr<RecordingEditing> weak, UUID groupID,
+                                            FileURL file) {
+    const auto audio = std::make_shared<std::optional<MediaAsset>>();
+    auto self = weak.lock();
+    const platform::Task probing = self->scan_.probeAudio(std::move(file), audio);
+    self.reset();
+    co_await probing;
+    self = weak.lock();
+    if (!self) co_return;
+    self->work_.withUndo(undoSteps::attachAudioToGroup, [&] { self->attachAudioToGroup(groupID, **audio); });
+}
+
+void RecordingEditing::removeAudioMatch(UUID groupID, UUID matchID) {
+    const SyncGroup* group = work_.unlockedGroup(groupID);
+    if (group == nullptr) return;
+    const auto match = std::ranges::find(group->audioMatches, matchID, &AudioMatch::id);
+    if (match == group->audioMatches.end()) return;
+    const std::vector<AudioMatch> released{*match};
+    work_.notices.together([&] {
+        work_.edit(groupID, [&](SyncGroup& own) {
+            const SyncGroup before = own;
+            std::erase_if(own.audioMatches, [&](const AudioMatch& one) { return one.id == matchID; });
+            own.matchStatus = statusAfterRemoval(own);
+            carryDecisions(own, before);
+        });
+        addReleasedToWildTracks(released);
+        smartAudio_.caches().removeSmartAudioCaches(groupID);
+    });
+}
+
+void RecordingEditing::confirmAmbiguousMatch(UUID groupID) {
+    const SyncGroup* group = work_.unlockedGroup(groupID);
+    if (group == nullptr || group->matchStatus.kind != MatchStatus::Kind::ambiguous) return;
+    work_.edit(groupID, [](SyncGroup& own) { own.matchStatus = MatchStatus::manual(); });
+}
+
+void RecordingEditing::removeVideoFromSync(UUID groupID) {
+    const SyncGroup* group = work_.unlockedGroup(groupID);
+    if (group == nullptr) return;
+    const std::vector<AudioMatch> released = group->audioMatches;
+    work_.notices.together([&] {
+        work_.changeClips([&](SyncGroupList& groups) {
+            groups = groups.filtered([&](const SyncGroup& one) { return one.id != groupID; });
+            groups.makeIndex();
+        });
+        addReleasedToWildTracks(released);
+        smartAudio_.caches().removeSmartAudioCaches(groupID);
+    });
+}
+
+/// Of a clip that has given them up: audio that no clip uses any more.
+void RecordingEditing::addReleasedToWildTracks(const std::vector<AudioMatch>& released) {
+    const SyncGroupList& groups = work_.syncGroups();
+    const auto isUsed = [&](const UUID& audioID) {
+        return std::any_of(groups.begin(), groups.end(),
+                           [&](const SyncGroup& group) { return uses(group, audioID); });
+    };
+    const auto isWild = [&](const UUID& audioID) {
+        return std::ranges::find(work_.wildTracks(), audioID, &WildTrack::id) != work_.wildTracks().end();
+    };
+    for (const AudioMatch& match : released)
+        if (!isUsed(match.audio->id) && !isWild(match.audio->id))
+            work_.changeWildTracks(
+                [&](std::vector<WildTrack>& tracks) { tracks.emplace_back(*match.audio); });
+}
+
+void RecordingEditing::resyncClip(UUID groupID) {
+    work_.notices.assertOnMainThread();
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    if (group == nullptr) return;
+    std::vector<MediaAsset> gathered;
+    const auto* scanned = scannedAudio();
+    if (scanned == nullptr) gathered = availableAudioPool();
+    const auto& pool = scanned != nullptr ? *scanned : gathered;
+    if (pool.empty()) return;
+    const SyncGroupList matched = syncEngine_.match({group->video}, pool);
+    work_.edit(groupID, [&](SyncGroup& own) {
+        const SyncGroup before = own;
+        own.audioMatches = matched.front().audioMatches;
+        own.matchStatus = matched.front().matchStatus;
+        carryDecisions(own, before);
+    });
+    smartAudio_.caches().removeSmartAudioCaches(groupID);
+}
+
+void RecordingEditing::resyncAllClips() {
+    work_.notices.assertOnMainThread();
+    const auto pool = availableAudioPool();
+    if (pool.empty()) return;
+    std::vector<MediaAsset> videos;
+    videos.reserve(work_.syncGroups().size());
+    for (const SyncGroup& group : work_.syncGroups()) videos.push_back(group.video);
+    const SyncGroupList matched = syncEngine_.match(videos, pool);
+    std::unordered_map<std::string_view, const SyncGroup*> byPath;
+    for (const SyncGroup& result : matched) byPath.try_emplace(result.video.url.path, &result);
+    work_.notices.together([&] {
+        work_.editWhere([](const SyncGroup&) { return true; },
+                        [&](SyncGroup& own) {
+                            const SyncGroup& result = *byPath.at(own.video.url.path);
+                            const SyncGroup before = own;
+                            own.audioMatches = result.audioMatches;
+                            own.matchStatus = result.matchStatus;
+                            carryDecisions(own, before);
+                        });
+        smartAudio_.caches().invalidateCachesAfterUndo();
+    });
+}
+
+const std::vector<MediaAsset>* RecordingEditing::scannedAudio() const {
+    const auto& scanned = scan_.scanResult();
+    return scanned && !scanned->audioAssets.empty() ? &scanned->audioAssets : nullptr;
+}
+
+/// Valid until the clips change.
+std::vector<const MediaAsset*> RecordingEditing::audioPool() const {
+    work_.notices.assertOnMainThread();
+    std::vector<const MediaAsset*> pool;
+    if (const auto* scanned = scannedAudio()) {
+        for (const MediaAsset& audio : *scanned) pool.push_back(&audio);
+        return pool;
+    }
+    std::unordered_set<UUID> seen;
+    for (const SyncGroup& group : work_.syncGroups())
+        for (const AudioMatch& match : group.audioMatches)
+            if (seen.insert(match.audio->id).second) pool.push_back(&*match.audio);
+    for (const WildTrack& track : work_.wildTracks())
+        if (seen.insert(track.id).second) pool.push_back(&track.audio);
+    sortByPath(pool);
+    return pool;
+}
+
+std::vector<MediaAsset> RecordingEditing::availableAudioPool() const {
+    std::vector<MediaAsset> pool;
+    for (const MediaAsset* audio : audioPool()) pool.push_back(*audio);
+    return pool;
+}
+
+const MediaAsset* RecordingEditing::audioInPool(const UUID& id) const {
+    work_.notices.assertOnMainThread();
+    if (const auto* scanned = scannedAudio()) {
+        const auto found = std::ranges::find(*scanned, id, &MediaAsset::id);
+        return found == scanned->end() ? nullptr : &*found;
+    }
+    if (const auto& clips = work_.clipsUsing(id); !clips.empty())
+        for (const AudioMatch& match : work_.syncGroups()[clips.front()].audioMatches)
+            if (match.audio->id == id) return &*match.audio;
+    const auto& wild = work_.wildTracks();
+    const auto track = std::ranges::find(wild, id, &WildTrack::id);
+    return track == wild.end() ? nullptr : &track->audio;
+}
+
+std::vector<MediaAsset> RecordingEditing::rawFilesAvailableToAttach(UUID excludingGroupID) const {
+    std::unordered_set<UUID> left;
+    for (const WildTrack& track : work_.wildTracks()) left.insert(track.id);
+    if (const SyncGroup* group = work_.syncGroups().find(excludingGroupID))
+        for (const AudioMatch& match : group->audioMatches) left.insert(match.audio->id);
+
+    std::vector<std::pair<std::string, const MediaAsset*>> files; // with the key of the order
+    for (const MediaAsset* audio : audioPool())
+        if (!left.contains(audio->id))
+            files.emplace_back(platform::text::localizedStandardSortKey(audio->filename), audio);
+    std::ranges::stable_sort(files, {}, [](const auto& file) -> const std::string& { return file.first; });
+    std::vector<MediaAsset> result;
+    result.reserve(files.size());
+    for (const auto& [key, audio] : files) result.push_back(*audio);
+    return result;
+}
+
+std::vector<std::string> RecordingEditing::clipNames(UUID usingAudioID) const {
+    std::vector<std::string> names;
+    for (const std::size_t position : work_.clipsUsing(usingAudioID))
+        names.push_back(work_.syncGroups()[position].clipName);
+    std::ranges::sort(names);
+    return names;
+}
+
+std::string RecordingEditing::rawFilesMenuLabel(const MediaAsset& audio) const {
+    const auto& clips = work_.clipsUsing(audio.id);
+    const std::string name = work_.fileNames().of(audio);
+    if (clips.empty()) return name;
+    const SyncGroup& first = work_.syncGroups()[clips.front()];
+    const std::string only =
+        first.clipName == first.video.filename ? work_.fileNames().of(first.video) : first.clipName;
+    return name + "  ·  also on " + (clips.size() == 1 ? only : std::to_string(clips.size()) + " clips");
+}
+
+void RecordingEditing::editWildTrack(UUID id, const std::function<void(WildTrack&)>& change) {
+    const auto isIt = [&](const WildTrack& track) { return track.id == id; };
+    if (std::ranges::none_of(work_.wildTracks(), isIt)) return;
+    work_.changeWildTracks(
+        [&](std::vector<WildTrack>& tracks) { change(*std::ranges::find_if(tracks, isIt)); });
+}
+
+void RecordingEditing::renameWildTrack(UUID id, std::string_view name) {
+    editWildTrack(id, [&](WildTrack& track) {
+        track.customName = name.empty() ? track.audio.filenameStem() : std::string(name);
+    });
+}
+
+void RecordingEditing::toggleWildTrackApproved(UUID id) {
+    editWildTrack(id, [](WildTrack& track) { track.isApproved = !track.isApproved; });
+}
+
+} // namespace orvane

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/OpenWork.h"
+#include "OrvaneSyncApp/Controllers/ScanController.h"
+#include "OrvaneSyncApp/Controllers/SmartAudioController.h"
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "Platform/Task.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvane {
+
+/// Which recordings lie under which clip, and those that no clip uses. Undo steps and clips that are not
+/// there: as in ClipEditing. Interface thread.
+class RecordingEditing {
+  public:
+    RecordingEditing(OpenWork& work, ScanController& scan, SmartAudioController& smartAudio)
+        : work_(work), scan_(scan), smartAudio_(smartAudio) {}
+
+    /// Unless locked: adds the audio behind the others and takes it from the wild tracks. Audio that an
+    /// ambiguous clip has already is thereby confirmed.
+    void attachAudioToGroup(UUID groupID, MediaAsset audio);
+    /// Reads the chosen file and attaches it, in an undo step of its own.
+    platform::Task chooseAndAttachAudio(UUID groupID, FileURL file);
+    void removeAudioMatch(UUID groupID, UUID matchID); ///< unless locked
+    void confirmAmbiguousMatch(UUID groupID);          ///< unless locked
+    void removeVideoFromSync(UUID groupID);            ///< unless locked
+    /// Match anew against the pool, whatever was locked; manual decisions stay.
+    void resyncClip(UUID groupID);
+    void resyncAllClips();
+
+    void renameWildTrack(UUID id, std::string_view name);
+    void toggleWildTrackApproved(UUID id);
+
+    /// The audio of the scan; without one that of the clips and wild tracks. In the order of the paths.
+    std::vector<MediaAsset> availableAudioPool() const;
+    /// One of the pool; null when it is not in it. Valid until the clips change.
+    const MediaAsset* audioInPool(const UUID& id) const;
+    /// The pool without wild tracks and the clip's own audio, in the order of a file browser.
+    std::vector<MediaAsset> rawFilesAvailableToAttach(UUID excludingGroupID) const;
+    /// The stored names of the clips with this audio, ascending.
+    std::vector<std::string> clipNames(UUID usingAudioID) const;
+    /// How the attach menu lists a file, such as "a.wav  ·  also on 2 clips".
+    std::string rawFilesMenuLabel(const MediaAsset& audio) const;
+
+  private:
+    static platform::Task attachFile(std::weak_ptr<RecordingEditing> weak, UUID groupID, FileURL file);
+    void editWildTrack(UUID id, const std::function<void(WildTrack&)>& change);
+    void addReleasedToWildTracks(const std::vector<AudioMatch>& released);
+    /// Null: the scan read none.
+    const std::vector<MediaAsset>* scannedAudio() const;
+    std::vector<const MediaAsset*> audioPool() const;
+
+    OpenWork& work_;
+    ScanController& scan_;
+    SmartAudioController& smartAudio_;
+    const SyncEngine syncEngine_{};
+};
+
+} // namespace orvane

@@ -1,0 +1,188 @@
+#include "OrvaneSyncApp/Controllers/ReportController.h"
+
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Services/Metadata/ImportedMetadataClearing.h"
+#include "OrvaneSyncCore/Services/Persistence/SettingsReader.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+/// Fewer of all clips than this, and the report may be matched by the wrong column.
+constexpr double fewClips = 0.25;
+
+std::function<bool(SyncGroupList&)> inOneGroup(UUID groupID, bool (*clear)(SyncGroup&)) {
+    return [=](SyncGroupList& groups) {
+        bool hadSome = false;
+        groups.update(groupID, [&](SyncGroup& group) { hadSome = clear(group); });
+        return hadSome;
+    };
+}
+
+/// A report, or why there is none.
+struct Reading {
+    std::shared_ptr<const ALEFile> report;
+    std::optional<std::string> problem;
+};
+
+Reading read(const FileURL& url, const std::stop_token& stop) {
+    const auto failed = [&](const std::exception& error) {
+        return Reading{nullptr, url.lastPathComponent() + ": " + error.what()};
+    };
+    try {
+        return {std::make_shared<const ALEFile>(ALEParser().parse(url, stop)), std::nullopt};
+    } catch (const ALEParserError& error) {
+        return failed(error);
+    } catch (const std::exception&) { // a huge file may ask for more memory than there is
+        return failed(ALEParserError::unreadable());
+    }
+}
+
+} // namespace
+
+platform::Task ReportController::loadALE(FileURL url) {
+    work_.notices.assertOnMainThread();
+    if (loading_) loading_->requestStop(); // its file is no longer asked for
+    loading_ = work_.running.add(load(work_.weak(this), std::move(url)));
+    return *loading_;
+}
+
+platform::Task ReportController::load(std::weak_ptr<ReportController> weak, FileURL url) {
+    auto self = weak.lock();
+    auto reading = platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
+                                     [url](const std::stop_token& stop) { return read(url, stop); });
+    self.reset();
+    Reading result = co_await reading;
+    self = weak.lock();
+    if (!self) co_return;
+    self->forget();
+    self->aleFile_ = std::move(result.report);
+    if (self->aleFile_) self->aleFileURL_ = std::move(url);
+    self->aleImportError_ = std::move(result.problem);
+    self->work_.notify(ImportField::report);
+    self.reset();
+    const platform::Task merging = merge(weak);
+    co_await merging;
+}
+
+void ReportController::forget() {
+    aleFileURL_.reset();
+    aleFile_.reset();
+    aleImportError_.reset();
+    aleMatchStatus_.reset();
+}
+
+void ReportController::clear() {
+    if (loading_) loading_->requestStop();
+    forget();
+    work_.notify(ImportField::report);
+}
+
+std::optional<std::string> ReportController::Merging::lay(SyncGroupList& groups,
+                                                          const std::stop_token& stop) const {
+    if (!report || groups.empty()) return std::nullopt;
+    return aleMatchStatusMessage(MetadataMerger().merge(*report, groups, strategy, stop), strategy);
+}
+
+ReportController::Merging ReportController::merging() const {
+    return {aleFile_, aleMatchStrategyFromDefaults()};
+}
+
+void ReportController::merged(const Merging& merging, std::optional<std::string> status) {
+    if (merging.report != aleFile_) {
+        work_.running.add(merge(work_.weak(this))); // another one was loaded meanwhile
+    } else if (status) {
+        aleMatchStatus_ = std::move(status);
+        work_.notify(ImportField::report);
+    }
+}
+
+/// An edit that comes while the rows are looked up stays: the report is laid over the clips as they then are.
+platform::Task ReportController::merge(std::weak_ptr<ReportController> weak) {
+    for (;;) {
+        auto self = weak.lock();
+        if (!self || !self->aleFile_ || self->work_.syncGroups().empty()) co_return;
+        const SyncGroupList before = self->work_.syncGroups();
+        const Merging merging = self->merging();
+        auto laying = platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
+                                        [merging, groups = before](const std::stop_token& stop) mutable {
+                                            auto status = merging.lay(groups, stop);
+                                            return std::pair(std::move(groups), std::move(status));
+                                        });
+        self.reset();
+        auto [groups, status] = co_await laying;
+        self = weak.lock();
+        if (!self || self->aleFile_ != merging.report) co_return;
+        if (!self->work_.syncGroups().changesSince(before).empty()) continue;
+        self->work_.notices.together([&, &made = groups] {
+            self->work_.changeClips([&](SyncGroupList& clips) { clips = std::move(made); });
+            self->merged(merging, std::move(status));
+        });
+        co_return;
+    }
+}
+
+ALEMatchStrategy ReportController::aleMatchStrategyFromDefaults() const {
+    const SettingsReader settings(*work_.environment.settings);
+    return settings.text("ale.matchField") == "column"
+               ? ALEMatchStrategy::column(settings.text("ale.matchColumn"))
+               : ALEMatchStrategy::name();
+}
+
+std::string ReportController::aleMatchStatusMessage(const MetadataMerger::MergeResult& result,
+                                                    const ALEMatchStrategy& strategy) {
+    std::string message = "ALE geladen: " + std::to_string(result.matched) + " von " +
+                          std::to_string(result.total) + " Clips zugeordnet";
+    if (result.total < 1 || result.matched >= fewClips * result.total) return message;
+    message += " — Match-Einstellung prüfen (aktuell: ";
+    message += strategy.kind == ALEMatchStrategy::Kind::column ? "Spalte „" + strategy.columnName + "“)"
+                                                               : "Dateiname ⇄ ALE-Spalte „Name“)";
+    return message;
+}
+
+/// The list is cheap to copy, so that the step is opened only where there is something to take back.
+void ReportController::clearMetadata(const UndoStep& step, const std::function<bool(SyncGroupList&)>& clear) {
+    work_.notices.assertOnMainThread();
+    SyncGroupList cleared = work_.syncGroups();
+    if (!clear(cleared)) return;
+    work_.withUndo(step,
+                   [&] { work_.changeClips([&](SyncGroupList& groups) { groups = std::move(cleared); }); });
+}
+
+void ReportController::clearALEMetadata(UUID groupID) {
+    clearMetadata(undoSteps::clearALEMetadata,
+                  inOneGroup(groupID, ImportedMetadataClearing::clearALEMetadata));
+}
+
+void ReportController::clearLockitMetadata(UUID groupID) {
+    clearMetadata(undoSteps::clearLockitMetadata,
+                  inOneGroup(groupID, ImportedMetadataClearing::clearLockitMetadata));
+}
+
+void ReportController::clearALEMetadataForAllClips() {
+    clearMetadata(undoSteps::clearALEMetadataForAllClips, [](SyncGroupList& groups) {
+        return ImportedMetadataClearing::clearALEMetadataForAllClips(groups) > 0;
+    });
+}
+
+void ReportController::clearLockitMetadataForAllClips() {
+    clearMetadata(undoSteps::clearLockitMetadataForAllClips, [](SyncGroupList& groups) {
+        return ImportedMetadataClearing::clearLockitMetadataForAllClips(groups) > 0;
+    });
+}
+
+int ReportController::aleMetadataClipCount() const {
+    return static_cast<int>(std::ranges::count_if(work_.syncGroups().begin(), work_.syncGroups().end(),
+                                                  &SyncGroup::hasALEMetadata));
+}
+
+int ReportController::lockitMetadataClipCount() const {
+    return static_cast<int>(std::ranges::count_if(work_.syncGroups().begin(), work_.syncGroups().end(),
+                                                  &SyncGroup::hasLockitMetadata));
+}
+
+} // namespace orvane

@@ -1,0 +1,38 @@
+#include "OrvaneSyncApp/Controllers/SmartAudioCaches.h"
+
+namespace orvane {
+
+void SmartAudioCaches::removeSmartAudioCaches(const UUID& groupID) {
+    ++removals_[groupID];
+    state.results.erase(groupID);
+    state.soloMonitorTracks.erase(groupID);
+    state.soloMonitorURLs.erase(groupID);
+    removeRenderedAudio(groupID);
+}
+
+void SmartAudioCaches::removeRenderedAudio(const UUID& groupID) {
+    state.mixdownURLs.erase(groupID);
+    state.viProcessedURLs.erase(groupID);
+    work_.notify(ImportField::smartAudio);
+}
+
+void SmartAudioCaches::invalidateCachesAfterUndo() {
+    ++removalsOfAll_;
+    state.results.clear();
+    state.mixdownURLs.clear();
+    state.soloMonitorURLs.clear();
+    state.soloMonitorTracks.clear();
+    work_.notify(ImportField::smartAudio);
+}
+
+void SmartAudioCaches::removeAll() {
+    state.viProcessedURLs.clear();
+    invalidateCachesAfterUndo();
+}
+
+std::uint64_t SmartAudioCaches::removals(const UUID& groupID) const {
+    const auto own = removals_.find(groupID);
+    return removalsOfAll_ + (own == removals_.end() ? 0 : own->second);
+}
+
+} // namespace orvane

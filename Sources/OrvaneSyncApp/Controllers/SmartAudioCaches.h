@@ -1,0 +1,35 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/OpenWork.h"
+#include "OrvaneSyncApp/Controllers/SmartAudioState.h"
+
+#include <cstdint>
+#include <unordered_map>
+
+namespace orvane {
+
+/// What Smart Audio knows of the clips, and when it is thrown away. Each removal notifies.
+class SmartAudioCaches {
+  public:
+    explicit SmartAudioCaches(OpenWork& work) : work_(work) {}
+
+    SmartAudioState state;
+
+    /// All that is known of the clip, and all that was rendered from it.
+    void removeSmartAudioCaches(const UUID& groupID);
+    void removeRenderedAudio(const UUID& groupID);
+    /// Previews of Voice Isolation stay: they depend on nothing that undoing brings back.
+    void invalidateCachesAfterUndo();
+    /// The clips that they belong to are no more.
+    void removeAll();
+
+    /// How often the results of the clip were thrown away: tells a verdict that comes after that.
+    std::uint64_t removals(const UUID& groupID) const;
+
+  private:
+    OpenWork& work_;
+    std::uint64_t removalsOfAll_ = 0;
+    std::unordered_map<UUID, std::uint64_t> removals_;
+};
+
+} // namespace orvane

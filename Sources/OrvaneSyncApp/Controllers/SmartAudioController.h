@@ -1,0 +1,50 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/SmartAudioRuns.h"
+
+#include <optional>
+
+namespace orvane {
+
+/// Smart Audio of the open work: which clips are analysed when, and what is known of them. An analysis never
+/// fails. Interface thread.
+class SmartAudioController {
+  public:
+    explicit SmartAudioController(OpenWork& work);
+
+    const SmartAudioState& state() const { return caches_.state; }
+    SmartAudioCaches& caches() { return caches_; }
+
+    /// Analyses all settled clips that have sound, one after the other. `off` forgets all results.
+    platform::Task runSmartAudioAnalysis(SmartAudioMode mode, bool forceOverwriteManualTracks);
+    /// Analyses one clip, whatever its status, in the stored mode (`standard` for `off`), and measures its
+    /// loudness and master gain.
+    platform::Task runSmartAudioForGroup(const UUID& groupID, bool forceOverwriteManualTracks);
+    /// Analyses a clip again that was analysed before, with the editor's choice of tracks kept: for every
+    /// change that the verdict depends on. The task ends with the analysis that takes the change in, which
+    /// may be one that ran before.
+    platform::Task reanalyseIfKnown(const UUID& groupID);
+    /// The same for all clips that were analysed.
+    platform::Task reanalyseAll();
+
+    /// Whether a scan starts an analysis by itself where the setting `smartAudioMode` was written. On at
+    /// first; for a face that runs the analysis on terms of its own.
+    void setAnalysesAfterScan(bool doesSo) { analysesAfterScan_ = doesSo; }
+    void startAnalysisAfterScan();
+    /// Whatever runs ends without a verdict.
+    void stop() { runs_.stop(); }
+    /// Waits for the analysis that the last scan started by itself, if it did.
+    platform::Task waitForAnalysisAfterScan() const;
+
+  private:
+    SmartAudioTerms terms(SmartAudioMode mode) const;
+    SmartAudioTerms termsForOneClip() const;
+
+    OpenWork& work_;
+    SmartAudioCaches caches_;
+    SmartAudioRuns runs_;
+    bool analysesAfterScan_ = true;
+    std::optional<platform::Task> analysisAfterScan_;
+};
+
+} // namespace orvane

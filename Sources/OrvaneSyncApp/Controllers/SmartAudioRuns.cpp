@@ -1,0 +1,352 @@
+#include "OrvaneSyncApp/Controllers/SmartAudioRuns.h"
+
+#include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
+#include "OrvaneSyncCore/Services/SmartAudio/ManualOverrides.h"
+#include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
+#include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
+
+#include <algorithm>
+#include <exception>
+#include <set>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+/// Linear RMS that music is compared with when it decides how boldly to route.
+constexpr float musicSourceLevel = 0.05F;
+
+/// How long a recording takes to hear, in any unit.
+double effortOf(const Take& take) {
+    return std::max(take.durationSeconds, 1.0) * std::max(take.channelCount, 1);
+}
+
+TakeSound soundOf(const SyncGroup& group) { return {group, takeOf(group, assumedChannels)}; }
+
+/// Tracks that the analysis may use; empty: all.
+std::set<int> candidateTracks(const SyncGroup& group, int channelCount) {
+    std::set<int> candidates;
+    if (group.algorithmExcludedTracks.empty()) return candidates;
+    for (int track = 1; track <= channelCount; ++track)
+        if (!group.algorithmExcludedTracks.contains(track)) candidates.insert(track);
+    return candidates;
+}
+
+/// Stems of a recording take their place here; without a separator there are none.
+std::optional<SeparatedStems> stemsOf(const TakeSound& /*recording*/) { return std::nullopt; }
+
+/// Whether both would hear the same: their terms are those of one run.
+bool asksTheSame(const SmartAudioRequest& a, const SmartAudioRequest& b) {
+    return a.sound == b.sound && a.channelCount == b.channelCount && a.candidateTracks == b.candidateTracks;
+}
+
+/// On the router's queue. What cannot be heard gives the empty result.
+SmartAudioResult listen(const SmartAudioRouter::Means& means, SmartAudioRequest request,
+                        const std::stop_token& stop) {
+    try {
+        if (request.stems) {
+            const auto metrics =
+                computeStemMetrics(*request.stems, smartAudioWindowSeconds, musicSourceLevel, stop);
+            request.blockSettings = request.blockSettings->consideringMusic(metrics.musicProbability);
+        }
+        return SmartAudioRouter::analyze(request, means, stop);
+    } catch (const std::exception&) {
+        return {};
+    }
+}
+
+/// LUFS. A recording that cannot be measured counts as all but silent.
+double loudnessOf(const TakeSound& recording, const std::stop_token& stop) {
+    try {
+        return LUFSMeter::measureIntegratedLUFS(recording, stop).value_or(MasterGain::unmeasuredLUFS);
+    } catch (const std::exception&) {
+        return MasterGain::unmeasuredLUFS;
+    }
+}
+
+/// A recording's loudness, and the calibration at that time.
+struct Measured {
+    double lufs = 0;
+    SmartAudioPredictor predictor;
+};
+
+} // namespace
+
+/// One analysis, and what it has heard: the cameras of one recording share one reading.
+struct SmartAudioRuns::Run {
+    SmartAudioTerms terms;
+    bool forceOverwriteManualTracks = false;
+
+    SmartAudioProgress progress{"", 0, 1, 0}; ///< before the clip under way
+    double effort = 0;                        ///< of all recordings of the run
+    std::uint64_t removals = 0;               ///< of the results of the clip under way, when its turn came
+    bool isAwaitingVerdict = false;           ///< on a clip that the run has yet to judge as it then stands
+    std::optional<platform::Task> task;       ///< of a renewed analysis, for all whose changes it takes in
+
+    const SmartAudioResult* heardBefore(const SmartAudioRequest& request) const {
+        const auto found = heard.find({request.sound, request.candidateTracks});
+        return found == heard.end() ? nullptr : &found->second;
+    }
+    /// Keeps the result as long as clips of the recording are still to come.
+    void keep(const SmartAudioRequest& request, const SmartAudioResult& result) {
+        if (--clipsLeft[request.sound] > 0)
+            heard.insert_or_assign({request.sound, request.candidateTracks}, result);
+        else
+            std::erase_if(heard, [&](const auto& one) { return one.first.first == request.sound; });
+    }
+
+    std::map<TakeSound, int> clipsLeft;
+    std::map<std::pair<TakeSound, std::set<int>>, SmartAudioResult> heard; ///< by recording and candidates
+    std::map<TakeSound, Measured> loudness;
+};
+
+SmartAudioRuns::SmartAudioRuns(OpenWork& work, SmartAudioCaches& caches)
+    : work_(work), caches_(caches),
+      shown_(platform::Throttle<Shown>::create(work.environment.mainThread, work.environment.clock,
+                                               platform::progressInterval,
+                                               [this](const Shown& latest) {
+                                                   const auto run = latest.first.lock();
+                                                   // Of several runs the one that began first is shown, so
+                                                   // that the fraction never goes back and forth.
+                                                   if (!run || underWay_.empty() || underWay_.front() != run)
+                                                       return;
+                                                   caches_.state.progress = latest.second;
+                                                   work_.notify(ImportField::smartAudio);
+                                               })),
+      router_(std::make_unique<SmartAudioRouter>()),
+      loudnessQueue_(platform::SerialQueue::create("loudness")) {}
+
+SmartAudioRuns::~SmartAudioRuns() { shown_->close(); }
+
+SmartAudioRuns::RunPointer SmartAudioRuns::newRun(SmartAudioTerms terms, bool forceOverwriteManualTracks) {
+    auto run = std::make_shared<Run>();
+    run->terms = std::move(terms);
+    run->forceOverwriteManualTracks = forceOverwriteManualTracks;
+    return run;
+}
+
+platform::Task SmartAudioRuns::analyse(SyncGroupList groups, SmartAudioTerms terms,
+                                       bool forceOverwriteManualTracks, Loudness loudness) {
+    return start(std::move(groups), newRun(std::move(terms), forceOverwriteManualTracks), loudness);
+}
+
+platform::Task SmartAudioRuns::start(SyncGroupList groups, const RunPointer& run, Loudness loudness) {
+    return work_.running.add(running_.add(analyseEach(work_.weak(this), std::move(groups), run, loudness)));
+}
+
+platform::Task SmartAudioRuns::analyseEach(std::weak_ptr<SmartAudioRuns> weak, SyncGroupList groups,
+                                           RunPointer run, Loudness loudness) {
+    auto self = weak.lock();
+    if (!self || groups.empty()) co_return;
+    run->progress.total = static_cast<int>(groups.size());
+    for (const SyncGroup& group : groups) {
+        const Take take = takeOf(group, assumedChannels);
+        if (run->clipsLeft[{group, take}]++ == 0) run->effort += effortOf(take);
+    }
+    self->began(run);
+    self.reset();
+    const platform::Task clips = analyseClips(weak, groups, run, loudness);
+    std::exception_ptr stopped;
+    try {
+        co_await clips;
+    } catch (const platform::Stopped&) {
+        stopped = std::current_exception();
+    }
+    run->isAwaitingVerdict = false;
+    self = weak.lock();
+    if (self) self->ended(run);
+    if (stopped) std::rethrow_exception(stopped);
+    if (!self || loudness == Loudness::leave) co_return;
+    for (const SyncGroup& group : groups) {
+        const auto result = self->caches_.state.results.find(group.id);
+        if (result == self->caches_.state.results.end() || result->second.blocks.empty()) continue;
+        self.reset();
+        co_await renderMixdown(weak, group.id);
+        self = weak.lock();
+        if (!self) co_return;
+    }
+}
+
+platform::Task SmartAudioRuns::analyseClips(std::weak_ptr<SmartAudioRuns> weak, SyncGroupList groups,
+                                            RunPointer run, Loudness loudness) {
+    for (const SyncGroup& group : groups) {
+        auto self = weak.lock();
+        if (!self) co_return;
+        self->nextClip(run, group);
+        self.reset();
+        co_await analyseClip(weak, group.id, run);
+        if (loudness == Loudness::measure) co_await measureLoudness(weak, group.id, run);
+    }
+}
+
+void SmartAudioRuns::nextClip(const RunPointer& run, const SyncGroup& group) {
+    run->removals = caches_.removals(group.id);
+    run->isAwaitingVerdict = true;
+    ++run->progress.current;
+    run->progress.phase = "Listening to " + filesText(group, takeOf(group, assumedChannels), FileNames());
+    show(run, run->progress);
+}
+
+SmartAudioRequest SmartAudioRuns::request(const SyncGroup& group, const Run& run) const {
+    const Take take = takeOf(group, assumedChannels);
+    SmartAudioRequest request;
+    request.sound = {group, take};
+    request.channelCount = take.channelCount;
+    request.mode = run.terms.mode;
+    request.config = run.terms.config;
+    request.ixmlTracks = namedChannels(group, take);
+    request.blockSettings = run.terms.blockSettings;
+    request.stems = stemsOf(request.sound);
+    request.candidateTracks = candidateTracks(group, request.channelCount);
+    return request;
+}
+
+std::function<void(double)> SmartAudioRuns::report(const RunPointer& run, double effort) {
+    return [shown = std::weak_ptr(shown_), run = std::weak_ptr(run), before = run->progress,
+            share = effort / run->effort](double heard) {
+        SmartAudioProgress progress = before;
+        progress.fraction = std::min(progress.fraction + heard * share, 1.0);
+        if (const auto own = shown.lock()) own->post({run, std::move(progress)});
+    };
+}
+
+platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run) {
+    for (;;) {
+        auto self = weak.lock();
+        const SyncGroup* group = self ? self->stillAsked(groupID, *run) : nullptr;
+        if (group == nullptr) break;
+        SmartAudioRequest request = self->request(*group, *run);
+        const double effort = effortOf(takeOf(*group, assumedChannels));
+        request.progress = self->report(run, effort);
+        const double share = effort / run->effort;
+        const SmartAudioResult* known = run->heardBefore(request);
+        SmartAudioResult result;
+        if (known != nullptr) {
+            result = *known;
+        } else {
+            auto listening =
+                platform::onQueue(self->router_->queue(), self->work_.environment.mainThread,
+                                  [means = self->router_->means(), request](const std::stop_token& stop) {
+                                      return listen(means, request, stop);
+                                  });
+            self.reset();
+            result = co_await listening;
+            run->progress.fraction = std::min(run->progress.fraction + share, 1.0);
+            self = weak.lock();
+            if (!self) break;
+        }
+        run->keep(request, result);
+        group = self->stillAsked(groupID, *run);
+        // Another recording, or other channels to choose from: the question has changed, so it is asked anew.
+        if (group != nullptr && !asksTheSame(self->request(*group, *run), request)) continue;
+        run->isAwaitingVerdict = false;
+        if (group != nullptr) self->adoptVerdict(groupID, std::move(result), run->forceOverwriteManualTracks);
+        break;
+    }
+    run->isAwaitingVerdict = false;
+}
+
+/// The clip as long as it is there with sound and its results were not thrown away since its turn came: a
+/// verdict that comes after that would bring back what the editor took back.
+const SyncGroup* SmartAudioRuns::stillAsked(const UUID& groupID, const Run& run) const {
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    const bool isAsked = group != nullptr && !group->isMOS() && caches_.removals(groupID) == run.removals;
+    return isAsked ? group : nullptr;
+}
+
+/// The editor's ranges and choice are those of now, not of when the reading began.
+void SmartAudioRuns::adoptVerdict(const UUID& groupID, SmartAudioResult result,
+                                  bool forceOverwriteManualTracks) {
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    if (group == nullptr) return;
+    result.blocks =
+        SmartAudioBlockRouter::applyOverrides(std::move(result.blocks), group->manualBlockOverrides);
+    std::set<int> active;
+    for (const BlockDecision& block : result.blocks)
+        if (block.activeTrack > 0) active.insert(block.activeTrack);
+    const bool isTaken = !active.empty() && (forceOverwriteManualTracks || !group->hasManualTrackEdits());
+
+    work_.notices.together([&] {
+        caches_.state.results.insert_or_assign(groupID, std::move(result));
+        work_.notify(ImportField::smartAudio);
+        if (!isTaken) return;
+        work_.edit(groupID, [&](SyncGroup& own) {
+            own.manualActiveTracks = std::move(active);
+            own.tracksManuallyEdited = false;
+        });
+    });
+}
+
+platform::Task SmartAudioRuns::measureLoudness(std::weak_ptr<SmartAudioRuns> weak, UUID groupID,
+                                               RunPointer run) {
+    for (;;) {
+        auto self = weak.lock();
+        const SyncGroup* group = self ? self->stillAsked(groupID, *run) : nullptr;
+        if (group == nullptr) co_return;
+        const TakeSound recording = soundOf(*group);
+        if (const auto measured = run->loudness.find(recording); measured != run->loudness.end()) {
+            self->work_.edit(groupID, [&](SyncGroup& own) {
+                own.measuredLUFS = measured->second.lufs;
+                if (own.masterGainAuto)
+                    own.masterGainDB = MasterGain::gainDB(
+                        measured->second.lufs,
+                        MasterGain::Target::fromUserDefaults(*self->work_.environment.settings),
+                        measured->second.predictor);
+            });
+            co_return;
+        }
+        auto measuring = platform::onQueue(
+            *self->loudnessQueue_, self->work_.environment.mainThread,
+            [recording](const std::stop_token& stop) {
+                return Measured{loudnessOf(recording, stop), SmartAudioPredictor::loadingFromDisk()};
+            });
+        self.reset();
+        run->loudness.insert_or_assign(recording, co_await measuring);
+    }
+}
+
+double automaticMasterGainDB(double measuredLUFS, const platform::SettingsStore& settings) {
+    return MasterGain::gainDB(measuredLUFS, MasterGain::Target::fromUserDefaults(settings),
+                              SmartAudioPredictor::loadingFromDisk());
+}
+
+// The rendering of a clip's blocks takes its place here; nothing is rendered yet, so nothing is to be played.
+platform::Task SmartAudioRuns::renderMixdown(std::weak_ptr<SmartAudioRuns> /*weak*/, UUID /*groupID*/) {
+    co_return;
+}
+
+platform::Task SmartAudioRuns::analyseAgain(const UUID& groupID, const SmartAudioTerms& terms) {
+    std::erase_if(again_, [](const auto& one) { return !one.second->isAwaitingVerdict; });
+    const auto pending = again_.find(groupID);
+    if (pending != again_.end() && pending->second->terms == terms &&
+        pending->second->removals == caches_.removals(groupID))
+        return pending->second->task.value_or(platform::Task::ended());
+    const auto run = newRun(terms, false);
+    again_.insert_or_assign(groupID, run);
+    SyncGroupList one = work_.syncGroups().filtered(
+        [&](const SyncGroup& group) { return group.id == groupID && !group.isMOS(); });
+    run->task = start(std::move(one), run, Loudness::measure);
+    return *run->task;
+}
+
+/// Noticed with its first clip.
+void SmartAudioRuns::began(const RunPointer& run) {
+    underWay_.push_back(run);
+    caches_.state.isAnalyzing = true;
+}
+
+void SmartAudioRuns::ended(const RunPointer& run) {
+    shown_->flush();
+    std::erase(underWay_, run);
+    caches_.state.isAnalyzing = !underWay_.empty();
+    caches_.state.progress = underWay_.empty() ? SmartAudioProgress{} : underWay_.front()->progress;
+    work_.notify(ImportField::smartAudio);
+}
+
+void SmartAudioRuns::show(const RunPointer& run, SmartAudioProgress progress) {
+    if (!underWay_.empty() && underWay_.front() == run) shown_->post({run, std::move(progress)});
+}
+
+} // namespace orvane

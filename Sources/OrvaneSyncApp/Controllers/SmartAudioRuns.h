@@ -1,0 +1,81 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/SmartAudioCaches.h"
+#include "OrvaneSyncCore/Models/SmartAudioKinds.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
+#include "Platform/Task.h"
+#include "Platform/Throttle.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace orvane {
+
+/// What one analysis asks of every clip.
+struct SmartAudioTerms {
+    SmartAudioMode mode = SmartAudioMode::standard;
+    std::optional<SmartAudioConfig> config;
+    SmartAudioBlockSettings blockSettings;
+
+    bool operator==(const SmartAudioTerms&) const = default;
+};
+
+/// The analyses under way. Each reads the first recording of its clips once, leaves the verdicts in the
+/// caches and switches on the tracks of their blocks, unless the editor chose tracks by hand. None fails.
+class SmartAudioRuns {
+  public:
+    SmartAudioRuns(OpenWork& work, SmartAudioCaches& caches);
+    ~SmartAudioRuns();
+
+    enum class Loudness : bool { leave, measure };
+    /// Clips with sound, as they stand at the call. `measure`: also their loudness and master gain.
+    platform::Task analyse(SyncGroupList groups, SmartAudioTerms terms, bool forceOverwriteManualTracks,
+                           Loudness loudness);
+    /// Analyses the clip again with the editor's choice of tracks kept. The task may be that of an analysis
+    /// that runs on the same terms: it judges the clip as it stands in the end.
+    platform::Task analyseAgain(const UUID& groupID, const SmartAudioTerms& terms);
+    /// All that run.
+    void stop() { running_.requestStop(); }
+
+  private:
+    struct Run;
+    using RunPointer = std::shared_ptr<Run>;
+    static RunPointer newRun(SmartAudioTerms terms, bool forceOverwriteManualTracks);
+    platform::Task start(SyncGroupList groups, const RunPointer& run, Loudness loudness);
+    static platform::Task analyseEach(std::weak_ptr<SmartAudioRuns> weak, SyncGroupList groups,
+                                      RunPointer run, Loudness loudness);
+    static platform::Task analyseClips(std::weak_ptr<SmartAudioRuns> weak, SyncGroupList groups,
+                                       RunPointer run, Loudness loudness);
+    static platform::Task analyseClip(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run);
+    static platform::Task measureLoudness(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run);
+    static platform::Task renderMixdown(std::weak_ptr<SmartAudioRuns> weak, UUID groupID);
+
+    void nextClip(const RunPointer& run, const SyncGroup& group);
+    SmartAudioRequest request(const SyncGroup& group, const Run& run) const;
+    std::function<void(double)> report(const RunPointer& run, double effort);
+    const SyncGroup* stillAsked(const UUID& groupID, const Run& run) const;
+    void adoptVerdict(const UUID& groupID, SmartAudioResult result, bool forceOverwriteManualTracks);
+    void began(const RunPointer& run);
+    void ended(const RunPointer& run);
+    void show(const RunPointer& run, SmartAudioProgress progress);
+
+    OpenWork& work_;
+    SmartAudioCaches& caches_;
+    /// Of which run, and how far.
+    using Shown = std::pair<std::weak_ptr<Run>, SmartAudioProgress>;
+    const std::shared_ptr<platform::Throttle<Shown>> shown_;
+    platform::RunningTasks running_;
+    std::vector<RunPointer> underWay_; ///< by when they began
+    std::map<UUID, RunPointer> again_; ///< the latest of each clip, if not yet judged
+    const std::unique_ptr<SmartAudioRouter> router_;
+    const std::unique_ptr<platform::SerialQueue> loudnessQueue_;
+};
+
+/// dB; by the settings and the calibration.
+double automaticMasterGainDB(double measuredLUFS, const platform::SettingsStore& settings);
+
+} // namespace orvane

@@ -1,0 +1,134 @@
+#include "OrvaneSyncApp/Controllers/TrackEditing.h"
+
+#include "OrvaneSyncCore/Services/Takes/Take.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+namespace orvane {
+
+namespace {
+
+/// Channels of all recordings of a clip; one of an unknown count has one.
+int channelTotal(const SyncGroup& group) { return takeOf(group, 1).runningChannelCount(); }
+
+std::set<int> tracksUpTo(int count) {
+    std::set<int> tracks;
+    for (int track = 1; track <= count; ++track) tracks.insert(tracks.end(), track);
+    return tracks;
+}
+
+void toggle(std::set<int>& tracks, int track) {
+    if (tracks.erase(track) == 0) tracks.insert(track);
+}
+
+constexpr double shortestOverrideSeconds = 0.1;
+
+/// The overrides without the stretch from `low` to `high`: what sticks out on either side stays.
+std::vector<BlockOverride> cleared(const std::vector<BlockOverride>& overrides, double low, double high) {
+    std::vector<BlockOverride> result;
+    for (const BlockOverride& one : overrides) {
+        if (one.endSeconds <= low || one.startSeconds >= high) {
+            result.push_back(one);
+            continue;
+        }
+        if (one.startSeconds < low) result.push_back({one.id, one.startSeconds, low, one.trackIndex});
+        if (high < one.endSeconds) result.push_back({UUID::random(), high, one.endSeconds, one.trackIndex});
+    }
+    return result;
+}
+
+} // namespace
+
+/// A change of a clip that its analysis depends on. The id is a copy: the caller may have it from the clip
+/// that is replaced.
+platform::Task TrackEditing::editTracks(UUID groupID, const std::function<void(SyncGroup&)>& change) {
+    work_.notices.assertOnMainThread();
+    return work_.edit(groupID, change) ? smartAudio_.reanalyseIfKnown(groupID) : platform::Task::ended();
+}
+
+/// What the editor sees switched on while nothing was chosen by hand.
+std::set<int> TrackEditing::visibleActiveTracks(const SyncGroup& group) const {
+    const auto found = smartAudio_.state().results.find(group.id);
+    if (found != smartAudio_.state().results.end()) {
+        std::set<int> tracks;
+        for (const BlockDecision& block : found->second.blocks)
+            if (block.activeTrack > 0) tracks.insert(block.activeTrack);
+        if (tracks.empty() && found->second.bestTrackIndex) tracks.insert(*found->second.bestTrackIndex);
+        if (!tracks.empty()) return tracks;
+    }
+    return tracksUpTo(std::max(channelTotal(group), 1));
+}
+
+platform::Task TrackEditing::toggleTrackActive(const UUID& groupID, int trackIndex) {
+    return editTracks(groupID, [&](SyncGroup& group) {
+        if (group.manualActiveTracks.empty()) group.manualActiveTracks = visibleActiveTracks(group);
+        toggle(group.manualActiveTracks, trackIndex);
+        group.tracksManuallyEdited = true;
+    });
+}
+
+platform::Task TrackEditing::soloTrackActive(const UUID& groupID, int trackIndex) {
+    return editTracks(groupID, [&](SyncGroup& group) {
+        group.manualActiveTracks = {trackIndex};
+        group.tracksManuallyEdited = true;
+    });
+}
+
+platform::Task TrackEditing::toggleAlgorithmInclusion(const UUID& groupID, int trackIndex) {
+    return editTracks(groupID, [&](SyncGroup& group) { toggle(group.algorithmExcludedTracks, trackIndex); });
+}
+
+platform::Task TrackEditing::soloAlgorithmInclusion(const UUID& groupID, int trackIndex) {
+    work_.notices.assertOnMainThread();
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    const int total = group == nullptr ? 0 : channelTotal(*group);
+    if (total < 1) return platform::Task::ended();
+    return editTracks(groupID, [&](SyncGroup& own) {
+        own.algorithmExcludedTracks = tracksUpTo(total);
+        own.algorithmExcludedTracks.erase(trackIndex);
+    });
+}
+
+platform::Task TrackEditing::addBlockOverride(UUID groupID, double startSeconds, double endSeconds,
+                                              int trackIndex) {
+    const auto [low, high] = std::minmax(startSeconds, endSeconds);
+    if (!std::isfinite(low) || !std::isfinite(high) || high - low < shortestOverrideSeconds)
+        return platform::Task::ended();
+    const BlockOverride added{UUID::random(), low, high, trackIndex};
+    const bool found = work_.edit(groupID, [&](SyncGroup& group) {
+        auto& overrides = group.manualBlockOverrides;
+        overrides = cleared(overrides, added.startSeconds, added.endSeconds);
+        overrides.push_back(added);
+        std::ranges::stable_sort(overrides, {}, &BlockOverride::startSeconds);
+    });
+    return found ? smartAudio_.reanalyseIfKnown(groupID) : platform::Task::ended();
+}
+
+platform::Task TrackEditing::removeBlockOverride(UUID groupID, UUID overrideID) {
+    const bool found = work_.edit(groupID, [&](SyncGroup& group) {
+        std::erase_if(group.manualBlockOverrides,
+                      [&](const BlockOverride& one) { return one.id == overrideID; });
+    });
+    return found ? smartAudio_.reanalyseIfKnown(groupID) : platform::Task::ended();
+}
+
+void TrackEditing::setMasterGain(UUID groupID, double gainDB, bool automatic) {
+    if (!std::isfinite(gainDB)) return;
+    work_.edit(groupID, [&](SyncGroup& group) {
+        group.masterGainDB = gainDB;
+        group.masterGainAuto = automatic;
+    });
+}
+
+void TrackEditing::resetMasterGain(UUID groupID) {
+    work_.edit(groupID, [&](SyncGroup& group) {
+        group.masterGainAuto = true;
+        if (group.measuredLUFS)
+            group.masterGainDB = automaticMasterGainDB(*group.measuredLUFS, *work_.environment.settings);
+    });
+}
+
+} // namespace orvane

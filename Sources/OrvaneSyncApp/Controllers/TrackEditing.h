@@ -1,0 +1,42 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/OpenWork.h"
+#include "OrvaneSyncApp/Controllers/SmartAudioController.h"
+#include "Platform/Task.h"
+
+#include <functional>
+#include <set>
+
+namespace orvane {
+
+/// The editor's choice of tracks, ranges and level. A task here is that of the analysis which the change sets
+/// off. Undo steps and clips that are not there: as in ClipEditing. Interface thread.
+class TrackEditing {
+  public:
+    TrackEditing(OpenWork& work, SmartAudioController& smartAudio) : work_(work), smartAudio_(smartAudio) {}
+
+    /// The channel's activation box: switches one track of the export on or off, starting from the tracks
+    /// that are heard without a choice by hand.
+    platform::Task toggleTrackActive(const UUID& groupID, int trackIndex);
+    platform::Task soloTrackActive(const UUID& groupID, int trackIndex);
+    /// The channel's box that lets the analysis use it.
+    platform::Task toggleAlgorithmInclusion(const UUID& groupID, int trackIndex);
+    platform::Task soloAlgorithmInclusion(const UUID& groupID, int trackIndex);
+
+    /// In seconds of clip time, in either order; overrides below it make room. Under 0.1 s: nothing.
+    platform::Task addBlockOverride(UUID groupID, double startSeconds, double endSeconds, int trackIndex);
+    platform::Task removeBlockOverride(UUID groupID, UUID overrideID);
+
+    void setMasterGain(UUID groupID, double gainDB, bool automatic);
+    /// Back to the gain that follows the measured loudness.
+    void resetMasterGain(UUID groupID);
+
+  private:
+    platform::Task editTracks(UUID groupID, const std::function<void(SyncGroup&)>& change);
+    std::set<int> visibleActiveTracks(const SyncGroup& group) const;
+
+    OpenWork& work_;
+    SmartAudioController& smartAudio_;
+};
+
+} // namespace orvane

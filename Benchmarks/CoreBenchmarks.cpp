@@ -58,7 +58,7 @@ void headersFloor(benchmark::State& state, const MediaCorpus& corpus) {
 }
 
 void probeHeaders(benchmark::State& state, const MediaCorpus& corpus) {
-    platform::MemorySettingsStore settings;
+    const auto settings = std::make_shared<platform::MemorySettingsStore>();
     MediaProbeService service(settings, nullptr);
     for (auto _ : state) probeAll(service, corpus);
 }
@@ -73,7 +73,7 @@ void statFloor(benchmark::State& state, const MediaCorpus& corpus) {
 
 /// A new run of the program on a known folder: find the files, load the cache, ask it for each.
 void rescan(benchmark::State& state, const MediaCorpus& corpus, const std::string& cacheFile) {
-    platform::MemorySettingsStore settings;
+    const auto settings = std::make_shared<platform::MemorySettingsStore>();
     {
         MediaProbeService service(settings, std::make_shared<ProbeCache>(cacheFile));
         probeAll(service, corpus);

@@ -34,9 +34,13 @@ void makeReport(const std::string& path) {
 
 } // namespace
 
+std::string reportOf100MB(const std::string& folder) {
+    makeReport(reportPath(folder));
+    return reportPath(folder);
+}
+
 void registerReportBenchmarks(const std::string& folder) {
-    const std::string path = reportPath(folder);
-    makeReport(path);
+    const std::string path = reportOf100MB(folder);
     const auto add = [](const char* name, auto&& function) {
         benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond)->UseRealTime();
     };

@@ -62,8 +62,9 @@ class OpenSession {
     void changeOne() {
         controller->clips().toggleApproved(controller->work().syncGroups()[++at_ % clips].id);
     }
-    void finishWrites() {
-        manager->flush().whenDone([this](const std::exception_ptr&) { loop_->quit(); });
+    void finishWrites() { finish(manager->flush()); }
+    void finish(const platform::Task& task) {
+        task.whenDone([this](const std::exception_ptr&) { loop_->quit(); });
         loop_->run();
     }
 
@@ -108,7 +109,7 @@ void encodeAll(benchmark::State& state) {
 void openSession(benchmark::State& state, const std::string& folder) {
     OpenSession session(folder);
     const UUID id = session.id();
-    for (auto _ : state) session.manager->load(id, *session.controller);
+    for (auto _ : state) session.finish(session.manager->load(id, session.controller));
 }
 
 /// What any reader must do at least: read the file and find out that it is JSON.

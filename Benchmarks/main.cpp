@@ -4,6 +4,7 @@
 #include "ReportBenchmarks.h"
 #include "SessionBenchmarks.h"
 #include "SoundBenchmarks.h"
+#include "StopBenchmarks.h"
 #include "Table.h"
 
 #include "Platform/Files.h"
@@ -112,6 +113,7 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printSoundRows(results, self, program, folder);
     printSessionRows(results);
     printEditingRows(results);
+    printStopRows(results);
     const auto version = medianRun({program, "--version"}, 51);
     const auto nothing = medianRun({"/bin/true"}, 51);
     constexpr double mostMilliseconds = 20;
@@ -146,6 +148,7 @@ int main(int argc, char** argv) {
     registerSoundBenchmarks();
     registerSessionBenchmarks(folder);
     registerEditingBenchmarks();
+    registerStopBenchmarks(corpus, folder);
 
     std::vector<char*> options{argv[0]};
     std::string repetitions = "--benchmark_repetitions=5", quiet = "--benchmark_report_aggregates_only=true",

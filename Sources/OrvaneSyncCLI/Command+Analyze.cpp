@@ -170,7 +170,7 @@ void analyze(Context& context, const Arguments& arguments) {
     const auto file = openSound(path);
     const FileURL url{platform::files::standardized(path)};
     request.sound = url;
-    const MediaAsset asset = MediaProbeService(*context.settings, nullptr).probe(url, AssetKind::audio);
+    const MediaAsset asset = MediaProbeService(context.settings, nullptr).probe(url, AssetKind::audio);
     request.channelCount = askedChannels.value_or(asset.channelCount.value_or(file->channelCount()));
     checkCandidates(context, request);
     if (asset.ixmlData) request.ixmlTracks = asset.ixmlData->tracks;

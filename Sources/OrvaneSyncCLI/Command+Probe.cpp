@@ -26,7 +26,7 @@ MediaAsset probe(Context& context, MediaProbeService& service, const FileURL& ur
 void probeFiles(Context& context, const Arguments& arguments) {
     const auto& paths = arguments.positionals();
     if (paths.empty()) throw UsageError("which file?");
-    MediaProbeService service(*context.settings,
+    MediaProbeService service(context.settings,
                               arguments.has("--no-cache") ? nullptr : context.openProbeCache());
     std::size_t unreadable = 0;
     int done = 0;

@@ -92,7 +92,7 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
 void ScanRun::loadReport(const std::string& path) {
     if (const std::string why = whyNoReport(path); !why.empty())
         return warn("can't read the report '" + path + "': " + why);
-    controller_->reports().loadALE({platform::files::standardized(path)});
+    wait(controller_->reports().loadALE({platform::files::standardized(path)}));
     if (const auto& error = controller_->reports().aleImportError())
         warn(*error);
     else if (const auto& report = controller_->reports().aleFile())

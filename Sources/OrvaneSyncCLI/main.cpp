@@ -1,6 +1,7 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCore/Services/Persistence/StandardSettings.h"
 #include "Platform/Interrupt.h"
+#include "Platform/MainThread.h"
 #include "Platform/Terminal.h"
 
 #include <cstdlib>
@@ -44,5 +45,8 @@ int main(int argc, char** argv) {
     if (argc > 0) context.programName = argv[0];
     context.settings = openStandardSettings();
     const std::vector<std::string> words(argv + 1, argv + argc);
-    return withOutputWritten(cli::run(words, context));
+    const int status = withOutputWritten(cli::run(words, context));
+    // A read that hangs may still come back, to objects that would be gone.
+    if (platform::SerialQueue::hasAbandonedWork()) std::_Exit(status);
+    return status;
 }

@@ -1,6 +1,7 @@
 #include "Platform/AudioFile.h"
 
 #include "Platform/Files.h"
+#include "Platform/InterfaceThread.h"
 #include "Platform/Media/MediaLibraryLoader.h"
 #include "Platform/Media/WaveAudio.h"
 
@@ -66,16 +67,19 @@ const MediaLibrary* libraryFor(const std::string& path) {
 } // namespace
 
 std::unique_ptr<AudioFile> AudioFile::open(const std::string& path) {
+    assertMayBlock("decoding");
     if (auto wave = openWaveAudio(path)) return wave;
     return openWithLibraries(path);
 }
 
 std::unique_ptr<AudioFile> AudioFile::openWithLibraries(const std::string& path) {
+    assertMayBlock("decoding");
     const MediaLibrary* library = libraryFor(path);
     return library == nullptr ? nullptr : library->openAudio(path);
 }
 
 std::unique_ptr<AudioFile> AudioFile::openAllTracks(const std::string& path) {
+    assertMayBlock("decoding");
     if (auto wave = openWaveAudio(path)) return wave;
     const MediaLibrary* library = libraryFor(path);
     if (library == nullptr) return nullptr;

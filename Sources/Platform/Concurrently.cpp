@@ -1,5 +1,7 @@
+#include "Platform/InterfaceThread.h"
 #include "Platform/MainThread.h"
 #include "Platform/Realtime/Threads.h"
+#include "Platform/Stop.h"
 
 #include <algorithm>
 #include <atomic>
@@ -69,7 +71,8 @@ class Pool {
 /// One call of `concurrently`: the caller and its helpers take indices from it until none is left.
 class Share {
   public:
-    Share(std::size_t count, const std::function<void(std::size_t)>& work) : count_(count), work_(&work) {}
+    Share(std::size_t count, const std::function<void(std::size_t)>& work, std::stop_token stop)
+        : count_(count), work_(&work), stop_(std::move(stop)) {}
 
     /// A helper that comes after the caller has closed the task does nothing.
     void help() {
@@ -87,6 +90,7 @@ class Share {
     void takeIndices() {
         for (std::size_t i = next_++; i < count_; i = next_++) {
             try {
+                throwIfStopped(stop_);
                 (*work_)(i);
             } catch (...) {
                 next_ = count_;
@@ -106,6 +110,7 @@ class Share {
   private:
     const std::size_t count_;
     const std::function<void(std::size_t)>* const work_;
+    const std::stop_token stop_;
     std::atomic<std::size_t> next_ = 0;
     std::mutex mutex_;
     std::condition_variable changed_;
@@ -116,10 +121,12 @@ class Share {
 
 } // namespace
 
-void concurrently(std::size_t count, std::size_t concurrency, const std::function<void(std::size_t)>& work) {
+void concurrently(std::size_t count, std::size_t concurrency, const std::function<void(std::size_t)>& work,
+                  const std::stop_token& stop) {
+    assertMayBlock("waiting for other threads");
     // The caller works too, so that a call from within a call gets on even when no thread of the pool is
     // free.
-    const auto task = std::make_shared<Share>(count, work);
+    const auto task = std::make_shared<Share>(count, work, stop);
     std::size_t hands = std::min({count, concurrency, Pool::shared().limit()});
     if (PlaybackActivity::isUnderWay())
         hands = std::min(hands, std::max<std::size_t>(std::thread::hardware_concurrency(), 2) - 1);

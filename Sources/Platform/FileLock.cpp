@@ -1,6 +1,7 @@
 #include "Platform/FileLock.h"
 
 #include "Platform/Files.h"
+#include "Platform/InterfaceThread.h"
 #include "Platform/Text.h"
 
 #include <fcntl.h>
@@ -36,10 +37,12 @@ int lockWithin(int file, std::chrono::milliseconds longest) {
 } // namespace
 
 FileLock FileLock::ofFile(const std::string& path, std::chrono::milliseconds longest) {
+    assertMayBlock("waiting for a file lock");
     return {path, ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, ownerOnly), longest};
 }
 
 FileLock FileLock::ofFolder(const std::string& path, std::chrono::milliseconds longest) {
+    assertMayBlock("waiting for a file lock");
     return {path, ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), longest};
 }
 

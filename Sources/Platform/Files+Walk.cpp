@@ -1,5 +1,6 @@
 #include "Platform/Files.h"
 
+#include "Platform/InterfaceThread.h"
 #include "Platform/ReadErrorWatch.h"
 
 #include <dirent.h>
@@ -53,6 +54,7 @@ bool isItselfOrParent(std::string_view name) { return name == "." || name == "..
 bool walk(const std::string& folder, const std::function<void(const std::string&, WalkEntry)>& visit,
           const std::function<bool(const std::string&)>& descend, Hidden hidden,
           const std::function<void(const std::string&)>& unreadable) {
+    assertMayBlock("reading a folder");
     std::set<std::pair<dev_t, ino_t>> entered;
     std::vector<std::string> pending{folder};
     bool isTop = true;
@@ -87,6 +89,7 @@ bool walk(const std::string& folder, const std::function<void(const std::string&
 }
 
 std::optional<std::vector<std::string>> childNames(const std::string& folder) {
+    assertMayBlock("reading a folder");
     const Directory directory(::opendir(folder.c_str()));
     if (!directory) {
         ReadErrorWatch::reportUnlessAbsent(errno);

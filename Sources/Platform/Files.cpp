@@ -1,6 +1,8 @@
 #include "Platform/Files.h"
+#include "Platform/InterfaceThread.h"
 #include "Platform/Random.h"
 #include "Platform/ReadErrorWatch.h"
+#include "Platform/Stop.h"
 #include "Platform/Text.h"
 
 #include <fcntl.h>
@@ -161,6 +163,7 @@ std::string baseDirectory(const char* variable, const char* belowHome) {
 } // namespace
 
 std::optional<FileAttributes> attributes(const std::string& path) {
+    assertMayBlock("file access");
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0) return std::nullopt;
     FileAttributes result;
@@ -176,7 +179,8 @@ std::optional<FileAttributes> attributes(const std::string& path) {
 
 bool exists(const std::string& path) { return attributes(path).has_value(); }
 
-std::string readText(const std::string& path, std::uint64_t limitBytes) {
+std::string readText(const std::string& path, std::uint64_t limitBytes, const std::stop_token& stop) {
+    assertMayBlock("reading a file");
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file.isOpen()) {
         const int reason = errno;
@@ -195,10 +199,13 @@ std::string readText(const std::string& path, std::uint64_t limitBytes) {
     // steps need not move the text to where there is room behind it.
     constexpr std::size_t step = std::size_t{1} << 16U;
     constexpr std::size_t room = 64;
+    constexpr std::size_t mostAtOnce = std::size_t{4} << 20U; // a stop is noticed between two reads
     std::string contents(static_cast<std::size_t>(claimed) + room, '\0');
     std::size_t used = 0;
     for (;;) {
-        const ssize_t count = ::read(file.get(), contents.data() + used, contents.size() - used);
+        throwIfStopped(stop);
+        const ssize_t count =
+            ::read(file.get(), contents.data() + used, std::min(contents.size() - used, mostAtOnce));
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) {
             const int reason = errno;
@@ -220,6 +227,7 @@ void writeAtomically(const std::string& path, std::string_view contents) {
 
 void writeAtomically(const std::string& path, std::string_view contents,
                      const std::function<Existing()>& decide) {
+    assertMayBlock("writing a file");
     struct stat old {};
     const bool replaces = ::stat(path.c_str(), &old) == 0;
     // A terminal, a pipe or /dev/null is written to; replacing it would break it for everybody.
@@ -255,6 +263,7 @@ std::string folderOf(const std::string& path) {
 }
 
 std::string behindLinks(std::string path) {
+    assertMayBlock("file access");
     std::array<char, PATH_MAX> target;
     for (int i = 0; i < mostLinks; ++i) {
         const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
@@ -266,12 +275,14 @@ std::string behindLinks(std::string path) {
 }
 
 bool isReadOnly(const std::string& path) {
+    assertMayBlock("file access");
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0) return false;
     return (status.st_mode & S_IWUSR) == 0 || ::access(path.c_str(), W_OK) != 0;
 }
 
 std::string whyNoNewFile(const std::string& folder) {
+    assertMayBlock("file access");
     const auto there = attributes(folder);
     const int reason = !there                                       ? errno
                        : !there->isDirectory                        ? ENOTDIR
@@ -281,6 +292,7 @@ std::string whyNoNewFile(const std::string& folder) {
 }
 
 std::string keepBeside(const std::string& path, std::string_view suffix) {
+    assertMayBlock("writing a file");
     const auto kept = attributes(path);
     const std::string first = path + std::string(suffix);
     std::string name = first;
@@ -302,6 +314,7 @@ std::string keepBeside(const std::string& path, std::string_view suffix) {
 }
 
 void syncFolder(const std::string& folder) {
+    assertMayBlock("writing a file");
     // The file is in its place already; a file system that can't sync a folder is no reason to say otherwise.
     const Descriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (directory.isOpen()) ::fsync(directory.get());
@@ -326,6 +339,7 @@ void discardTemporaries() {
 }
 
 void createDirectories(const std::string& path, unsigned mode) {
+    assertMayBlock("file access");
     for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
         const std::string folder = path.substr(0, end);
         if (::mkdir(folder.c_str(), static_cast<mode_t>(mode)) != 0) {
@@ -339,20 +353,24 @@ void createDirectories(const std::string& path, unsigned mode) {
 }
 
 void remove(const std::string& path) {
+    assertMayBlock("file access");
     if (::remove(path.c_str()) != 0) fail("can't remove", path, errno);
 }
 
 void removeTree(const std::string& path) {
+    assertMayBlock("file access");
     std::error_code error;
     fs::remove_all(path, error);
     if (error) fail("can't remove", path, error.value());
 }
 
 void rename(const std::string& from, const std::string& to) {
+    assertMayBlock("file access");
     if (::rename(from.c_str(), to.c_str()) != 0) fail("can't rename", from, errno);
 }
 
 std::string standardized(const std::string& path) {
+    assertMayBlock("file access");
     std::error_code error;
     fs::path absolute = fs::absolute(path.empty() ? "." : path, error);
     if (error) return path;

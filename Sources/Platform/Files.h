@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <stdexcept>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -34,7 +35,9 @@ bool exists(const std::string& path);
 
 /// The whole of a regular file. Throws FileError for anything else (a named pipe would hold up its reader)
 /// and when the file is larger than `limitBytes`.
-std::string readText(const std::string& path, std::uint64_t limitBytes = std::uint64_t{1} << 30U);
+/// Throws Stopped.
+std::string readText(const std::string& path, std::uint64_t limitBytes = std::uint64_t{1} << 30U,
+                     const std::stop_token& stop = {});
 
 /// Writes the whole file or nothing: a temporary file in the same folder, fsync, rename, fsync of the folder.
 /// An existing file keeps its permissions; a new one gets the process's defaults. Where the path is a link,

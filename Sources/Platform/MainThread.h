@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <stop_token>
 
 namespace orvane::platform {
 
@@ -53,11 +54,18 @@ class RunLoop : public MainThread {
 
 /// Runs one operation at a time, in order, on a thread of its own or of one that waits in `sync`. Destroying
 /// it waits for what was posted.
+///
+/// Work that was posted with a stop token gets a thread of its own while the queue waits for it, and owns
+/// what it uses. It is not begun once its token is stopped. Work that was stopped has `patience` to notice;
+/// after that nobody waits for it, neither the queue, which goes on to the next piece, nor its destruction,
+/// nor the end of the process: a call to the system may hang for as long as a network share is away.
 class SerialQueue {
   public:
+    static constexpr std::chrono::milliseconds patience{50};
+
     virtual ~SerialQueue() = default;
     /// The work must not throw.
-    virtual void post(std::function<void()> work) = 0;
+    virtual void post(std::function<void()> work, std::stop_token stop = {}) = 0;
     /// Runs the work after what was posted before, and waits for it; its exception passes through. Never from
     /// the queue itself.
     virtual void sync(const std::function<void()>& work) = 0;
@@ -65,12 +73,18 @@ class SerialQueue {
     /// nothing that was promised is lost. Work that always asks for more would never let the queue end.
     virtual void after(std::chrono::nanoseconds delay, std::function<void()> work) = 0;
     static std::unique_ptr<SerialQueue> create(const char* label);
+
+    /// Whether stopped work that nobody waits for still runs, in any queue. The process then ends without
+    /// destroying static objects.
+    static bool hasAbandonedWork();
 };
 
 /// Runs `work(i)` for every i below `count` on up to `concurrency` threads, the caller's and those of a
 /// shared pool (four for each processor), and returns when all have ended. Indices are started in ascending
-/// order. After an exception no further index is started, and the first exception passes through. May be
-/// called from within its own work. While something plays, one processor is left to it.
-void concurrently(std::size_t count, std::size_t concurrency, const std::function<void(std::size_t)>& work);
+/// order. After an exception no further index is started, and the first exception passes through; once
+/// `stop` is requested that is Stopped. May be called from within its own work. While something plays, one
+/// processor is left to it.
+void concurrently(std::size_t count, std::size_t concurrency, const std::function<void(std::size_t)>& work,
+                  const std::stop_token& stop = {});
 
 } // namespace orvane::platform

@@ -1,5 +1,6 @@
 #include "Platform/RandomAccessFile.h"
 
+#include "Platform/InterfaceThread.h"
 #include "Platform/ReadErrorWatch.h"
 
 #include <algorithm>
@@ -58,6 +59,7 @@ RandomAccessFile& RandomAccessFile::operator=(RandomAccessFile&&) noexcept = def
 RandomAccessFile::~RandomAccessFile() = default;
 
 std::optional<RandomAccessFile> RandomAccessFile::open(const std::string& path) {
+    assertMayBlock("reading a file");
     // O_NONBLOCK: a named pipe called take.wav must not hold up a scan.
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {

@@ -1,12 +1,17 @@
 #pragma once
 
+#include "Platform/InterfaceThread.h"
 #include "Platform/MainThread.h"
+#include "Platform/Stop.h"
 
 #include <coroutine>
 #include <exception>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
+#include <source_location>
+#include <stop_token>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -33,6 +38,9 @@ class Resumption {
 /// It starts at once, runs on the interface thread only, and gives the thread up where it waits. Throwing the
 /// Task away does not end the operation. An operation that belongs to an object holds it weakly and looks for
 /// it again after every wait.
+///
+/// An operation that was asked to stop ends with Stopped, thrown where it waits for work that can be stopped;
+/// a task that it waits for is asked too.
 class Task {
   public:
     struct promise_type;
@@ -48,43 +56,57 @@ class Task {
         else
             state_->callbacks.push_back(std::move(callback));
     }
-
-    /// `co_await task` waits for its end; its exception passes through.
-    auto operator co_await() const {
-        struct Awaiter {
-            std::shared_ptr<State> state;
-            bool await_ready() const { return state->done; }
-            void await_suspend(std::coroutine_handle<> waiting) const {
-                auto resumption = std::make_shared<Resumption>(waiting);
-                state->callbacks.emplace_back(
-                    [resumption](const std::exception_ptr&) { resumption->resume(); });
-            }
-            void await_resume() const {
-                if (state->raised) std::rethrow_exception(state->raised);
-            }
-        };
-        return Awaiter{state_};
-    }
+    /// On the interface thread. The operation ends when that thread comes to it, not within this call.
+    void requestStop() const { state_->stop.request_stop(); }
 
   private:
     struct State {
         bool done = false;
         std::exception_ptr raised;
         std::vector<std::function<void(std::exception_ptr)>> callbacks;
+        std::stop_source stop;
+    };
+    struct Awaiter {
+        std::shared_ptr<State> state;
+        std::shared_ptr<std::stop_callback<std::function<void()>>> link = nullptr;
+
+        bool await_ready() const { return state->done; }
+        template <class Promise>
+        void await_suspend(std::coroutine_handle<Promise> waiting) {
+            auto resumption = std::make_shared<Resumption>(waiting);
+            state->callbacks.emplace_back([resumption](const std::exception_ptr&) { resumption->resume(); });
+            link = std::make_shared<std::stop_callback<std::function<void()>>>(
+                waiting.promise().stopToken(), [own = state] { own->stop.request_stop(); });
+        }
+        void await_resume() {
+            link.reset();
+            if (state->raised) std::rethrow_exception(state->raised);
+        }
     };
     explicit Task(std::shared_ptr<State> state) : state_(std::move(state)) {}
 
     std::shared_ptr<State> state_;
+
+  public:
+    /// `co_await task` waits for its end; its exception passes through.
+    Awaiter operator co_await() const { return Awaiter{state_}; }
 };
 
 struct Task::promise_type {
     std::shared_ptr<State> state = std::make_shared<State>();
+
+    // Who waits for an operation that was thrown away with its queue is thrown away too.
+    ~promise_type() { std::exchange(state->callbacks, {}); }
+    promise_type() = default;
+    promise_type(const promise_type&) = delete;
+    promise_type& operator=(const promise_type&) = delete;
 
     Task get_return_object() { return Task(state); }
     std::suspend_never initial_suspend() noexcept { return {}; }
     std::suspend_never final_suspend() noexcept { return {}; }
     void return_void() { end(nullptr); }
     void unhandled_exception() { end(std::current_exception()); }
+    std::stop_token stopToken() const { return state->stop.get_token(); }
 
   private:
     void end(std::exception_ptr raised) {
@@ -97,11 +119,69 @@ struct Task::promise_type {
 
 inline Task Task::ended() { co_return; }
 
+/// The operations of one owner that are under way, for stopping all of them. Interface thread.
+class RunningTasks {
+  public:
+    Task add(Task task) {
+        std::erase_if(tasks_, [](const Task& one) { return one.isDone(); });
+        if (!task.isDone()) tasks_.push_back(task);
+        return task;
+    }
+    void requestStop() const {
+        for (const Task& task : tasks_) task.requestStop();
+    }
+
+  private:
+    std::vector<Task> tasks_;
+};
+
+/// `co_await OwnStopToken()` gives the token of the operation that asks, without a wait.
+struct OwnStopToken {
+    std::stop_token token = {};
+
+    bool await_ready() const { return false; }
+    template <class Promise>
+    bool await_suspend(std::coroutine_handle<Promise> asking) {
+        token = asking.promise().stopToken();
+        return false;
+    }
+    std::stop_token await_resume() { return std::move(token); }
+};
+
+/// A suspended operation on its way back to the interface thread, by whoever takes it first: the work that it
+/// waits for, or a stop.
+class ReturnWay {
+  public:
+    explicit ReturnWay(std::coroutine_handle<> waiting) : waiting_(std::make_shared<Resumption>(waiting)) {}
+    std::shared_ptr<Resumption> take() {
+        const std::lock_guard lock(mutex_);
+        return std::exchange(waiting_, nullptr);
+    }
+    /// `operation` names what goes on there.
+    static void post(MainThread& mainThread, std::shared_ptr<Resumption> waiting, const char* operation) {
+        mainThread.post([waiting = std::move(waiting), operation] {
+            nameInterfaceWork(operation);
+            waiting->resume();
+        });
+    }
+
+  private:
+    std::mutex mutex_;
+    std::shared_ptr<Resumption> waiting_;
+};
+
 /// `co_await onQueue(queue, mainThread, work)`: runs the work on the queue and comes back to the interface
 /// thread with what it gave. Its exception passes through.
+///
+/// Work that takes a std::stop_token gets that of the operation and can be stopped: the operation then goes
+/// on at once, with Stopped, and what the work gives is thrown away. Such work owns all that it uses, as the
+/// queue may abandon it. Work without one is carried to its end whatever happens.
 template <class Work>
-auto onQueue(SerialQueue& queue, MainThread& mainThread, Work work) {
-    using Result = std::invoke_result_t<Work&>;
+auto onQueue(SerialQueue& queue, const std::shared_ptr<MainThread>& mainThread, Work work,
+             std::source_location where = std::source_location::current()) {
+    constexpr bool canStop = std::is_invocable_v<Work&, std::stop_token>;
+    using Result = typename std::conditional_t<canStop, std::invoke_result<Work&, std::stop_token>,
+                                               std::invoke_result<Work&>>::type;
     using Kept = std::conditional_t<std::is_void_v<Result>, bool, Result>;
     struct Outcome {
         std::optional<Kept> value;
@@ -109,36 +189,74 @@ auto onQueue(SerialQueue& queue, MainThread& mainThread, Work work) {
     };
     struct Awaiter {
         SerialQueue& queue;
-        MainThread& mainThread;
+        std::weak_ptr<MainThread> mainThread;
         std::shared_ptr<Work> work;
+        const char* operation;
         std::shared_ptr<Outcome> outcome = std::make_shared<Outcome>();
+        std::shared_ptr<std::stop_callback<std::function<void()>>> whenStopped = nullptr;
+
+        static Outcome outcomeOf(Work& work, [[maybe_unused]] const std::stop_token& stop) {
+            Outcome result;
+            try {
+                const auto call = [&]() -> Result {
+                    if constexpr (canStop)
+                        return work(stop);
+                    else
+                        return work();
+                };
+                if constexpr (std::is_void_v<Result>) {
+                    call();
+                    result.value = true;
+                } else {
+                    result.value.emplace(call());
+                }
+            } catch (...) {
+                result.raised = std::current_exception();
+            }
+            return result;
+        }
 
         bool await_ready() const { return false; }
-        void await_suspend(std::coroutine_handle<> waiting) {
-            auto resumption = std::make_shared<Resumption>(waiting);
-            // Copies only: the coroutine, and this awaiter in it, may be gone before the work has run.
-            queue.post([&main = mainThread, todo = std::move(work), kept = outcome,
-                        resumption = std::move(resumption)]() mutable {
-                try {
-                    if constexpr (std::is_void_v<Result>) {
-                        (*todo)();
-                        kept->value = true;
-                    } else {
-                        kept->value.emplace((*todo)());
-                    }
-                } catch (...) {
-                    kept->raised = std::current_exception();
-                }
-                todo.reset();
-                main.post([resumption = std::move(resumption)] { resumption->resume(); });
-            });
+        bool await_suspend(std::coroutine_handle<Task::promise_type> waiting) {
+            const std::stop_token stop = canStop ? waiting.promise().stopToken() : std::stop_token();
+            if (stop.stop_requested()) {
+                outcome->raised = std::make_exception_ptr(Stopped());
+                return false;
+            }
+            // Copies only: the coroutine, and this awaiter in it, may be gone before the work has run. The
+            // work alone holds the way back, so that both end with the queue.
+            const auto way = std::make_shared<ReturnWay>(waiting);
+            if (canStop)
+                whenStopped = std::make_shared<std::stop_callback<std::function<void()>>>(
+                    stop, [main = mainThread, kept = outcome, way = std::weak_ptr(way), name = operation] {
+                        const auto own = way.lock();
+                        auto resumption = own ? own->take() : nullptr;
+                        const auto thread = main.lock();
+                        if (!resumption || !thread) return;
+                        kept->raised = std::make_exception_ptr(Stopped());
+                        ReturnWay::post(*thread, std::move(resumption), name);
+                    });
+            queue.post(
+                [main = mainThread, todo = std::move(work), kept = outcome, way, stop,
+                 name = operation]() mutable {
+                    Outcome result = outcomeOf(*todo, stop);
+                    todo.reset();
+                    auto resumption = way->take();
+                    const auto thread = main.lock();
+                    if (!resumption || !thread) return;
+                    *kept = std::move(result);
+                    ReturnWay::post(*thread, std::move(resumption), name);
+                },
+                stop);
+            return true;
         }
         Result await_resume() {
+            whenStopped.reset();
             if (outcome->raised) std::rethrow_exception(outcome->raised);
             if constexpr (!std::is_void_v<Result>) return std::move(*outcome->value);
         }
     };
-    return Awaiter{queue, mainThread, std::make_shared<Work>(std::move(work))};
+    return Awaiter{queue, mainThread, std::make_shared<Work>(std::move(work)), where.function_name()};
 }
 
 } // namespace orvane::platform

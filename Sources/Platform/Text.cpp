@@ -1,5 +1,7 @@
 #include "Platform/Text.h"
 
+#include "Platform/Stop.h"
+
 #include <simdjson.h>
 #include <unicode/brkiter.h>
 #include <unicode/bytestream.h>
@@ -274,7 +276,8 @@ std::string decoded(std::string_view bytes, Encoding encoding) {
     return icu::UnicodeString(bytes.data(), count, icuName(encoding)).toUTF8String(result);
 }
 
-std::optional<std::string> strictlyDecoded(std::string_view bytes, Encoding encoding) {
+std::optional<std::string> strictlyDecoded(std::string_view bytes, Encoding encoding,
+                                           const std::stop_token& stop) {
     UErrorCode status = U_ZERO_ERROR;
     const icu::LocalUConverterPointer from(ucnv_open(icuName(encoding), &status));
     const icu::LocalUConverterPointer to(ucnv_open("UTF-8", &status));
@@ -288,6 +291,7 @@ std::optional<std::string> strictlyDecoded(std::string_view bytes, Encoding enco
     std::string result;
     bool isFirst = true;
     do {
+        throwIfStopped(stop);
         char* target = piece.data();
         status = U_ZERO_ERROR;
         ucnv_convertEx(to.getAlias(), from.getAlias(), &target, piece.data() + piece.size(), &source,

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,8 +37,9 @@ enum class Encoding { utf16BE, utf16LE, macRoman, latin1 };
 /// Bytes of another encoding as UTF-8. What is no character there becomes U+FFFD.
 std::string decoded(std::string_view bytes, Encoding encoding);
 /// The same for bytes that are text throughout, of any length; nothing when some are no character there, such
-/// as half a pair of UTF-16 or a last odd byte.
-std::optional<std::string> strictlyDecoded(std::string_view bytes, Encoding encoding);
+/// as half a pair of UTF-16 or a last odd byte. Throws Stopped.
+std::optional<std::string> strictlyDecoded(std::string_view bytes, Encoding encoding,
+                                           const std::stop_token& stop = {});
 
 /// Without white space (Unicode, line ends included) at both ends.
 std::string_view trimmed(std::string_view text);

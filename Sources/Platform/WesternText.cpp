@@ -1,5 +1,6 @@
 #include "Platform/WesternText.h"
 
+#include "Platform/Stop.h"
 #include "Platform/Text.h"
 
 #include <unicode/uchar.h>
@@ -108,6 +109,8 @@ Kind kindOf(char16_t c) {
     return u_iscntrl(c) != 0 ? Kind::nothing : Kind::sign;
 }
 
+constexpr std::size_t bytesBetweenChecks = std::size_t{1} << 18U;
+
 using Kinds = std::array<Kind, 256>;
 
 Kinds kindsOf(WesternEncoding encoding) {
@@ -195,22 +198,27 @@ class Reading {
 
 } // namespace
 
-WesternEncoding westernEncoding(std::string_view bytes) {
+WesternEncoding westernEncoding(std::string_view bytes, const std::stop_token& stop) {
     static const Kinds windowsKinds = kindsOf(WesternEncoding::windows1252);
     static const Kinds macKinds = kindsOf(WesternEncoding::macRoman);
     const Reading windows(bytes, windowsKinds), mac(bytes, macKinds);
     std::int64_t lead = 0; // of Windows
-    for (std::size_t at = 0; at < bytes.size(); ++at)
+    StopCheck check(stop, bytesBetweenChecks);
+    for (std::size_t at = 0; at < bytes.size(); ++at) {
+        check();
         if (static_cast<unsigned char>(bytes[at]) >= firstAbove) lead += windows.score(at) - mac.score(at);
+    }
     return lead >= 0 ? WesternEncoding::windows1252 : WesternEncoding::macRoman;
 }
 
-std::string decoded(std::string_view bytes, WesternEncoding encoding) {
+std::string decoded(std::string_view bytes, WesternEncoding encoding, const std::stop_token& stop) {
     std::array<std::string, 256 - firstAbove> texts;
     for (std::size_t i = 0; i < texts.size(); ++i) texts.at(i) = *utf8(tableOf(encoding).at(i));
     std::string result;
     result.reserve(bytes.size() + bytes.size() / 8);
+    StopCheck check(stop, bytesBetweenChecks);
     for (const char c : bytes) {
+        check();
         const auto byte = static_cast<unsigned char>(c);
         if (byte < firstAbove)
             result += c;

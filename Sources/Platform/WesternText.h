@@ -1,5 +1,6 @@
 #pragma once
 
+#include <stop_token>
 #include <string>
 #include <string_view>
 
@@ -13,9 +14,9 @@ enum class WesternEncoding { windows1252, macRoman };
 /// a quotation mark at the edge of a word, the apostrophe of "don't" and "l'eau", a dash between blanks, a
 /// degree behind a number. Against it speaks a letter whose case does not fit, a sign between two letters,
 /// and a byte that stands for nothing. Windows-1252 where they are equal. Takes time by the length of the
-/// text.
-WesternEncoding westernEncoding(std::string_view bytes);
+/// text. Throws Stopped, as the next.
+WesternEncoding westernEncoding(std::string_view bytes, const std::stop_token& stop = {});
 /// As UTF-8. The bytes that Windows-1252 leaves open become control characters.
-std::string decoded(std::string_view bytes, WesternEncoding encoding);
+std::string decoded(std::string_view bytes, WesternEncoding encoding, const std::stop_token& stop = {});
 
 } // namespace orvane::platform::text

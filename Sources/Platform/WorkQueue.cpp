@@ -1,5 +1,7 @@
 #include "Platform/WorkQueue.h"
 
+#include "Platform/InterfaceThread.h"
+
 namespace orvane::platform {
 
 /// Holds the work until it is run or called off, whichever comes first.
@@ -32,6 +34,7 @@ std::shared_ptr<Timer> WorkQueue::after(std::chrono::nanoseconds delay, std::fun
 }
 
 void WorkQueue::sync(const std::function<void()>& work) {
+    assertMayBlock("waiting for a queue");
     bool isDone = false;
     std::exception_ptr raised;
     Lock lock(mutex_);

@@ -23,8 +23,8 @@ TEST_F(ImportControllerTest, turnsTwoFoldersIntoClipsAndWildTracks) {
     using enum ScanState;
     EXPECT_EQ(states, (std::vector{discovering, probing, matching, done}));
     EXPECT_EQ(progressText(probing), "Reading metadata...");
-    ASSERT_EQ(steps.size(), 6U); // one a file, over one total
-    EXPECT_EQ(steps.front(), (ScanProgress{"Probing video files", 1, 6}));
+    ASSERT_FALSE(steps.empty()); // as often as it is worth showing, the last always
+    EXPECT_EQ(steps.front().phase, "Probing video files");
     EXPECT_EQ(steps.back(), (ScanProgress{"Probing audio files", 6, 6}));
     EXPECT_TRUE(std::ranges::is_sorted(steps, {}, &ScanProgress::current));
     EXPECT_EQ(controller_->scan().progress(), ScanProgress::idle());
@@ -174,7 +174,7 @@ TEST_F(ImportControllerTest, mergesAReportBeforeAndAfterAScan) {
     int notices = 0;
     const auto subscription =
         controller_->onChange([&](ImportField field) { notices += field == ImportField::report ? 1 : 0; });
-    controller_->reports().loadALE(report);
+    finish(controller_->reports().loadALE(report));
     EXPECT_EQ(controller_->reports().aleFileURL(), report);
     EXPECT_FALSE(controller_->reports().aleMatchStatus()); // no clips yet
     EXPECT_EQ(notices, 1);
@@ -182,16 +182,16 @@ TEST_F(ImportControllerTest, mergesAReportBeforeAndAfterAScan) {
     EXPECT_EQ(clip("A001C001")->clipName, "77-1");
     EXPECT_EQ(controller_->reports().aleMatchStatus(), "ALE geladen: 1 von 4 Clips zugeordnet");
 
-    controller_->reports().loadALE(other);
+    finish(controller_->reports().loadALE(other));
     EXPECT_EQ(controller_->reports().aleMetadataClipCount(), 2); // what an earlier report said stays
-    controller_->reports().loadALE(folder("gone.csv"));
+    finish(controller_->reports().loadALE(folder("gone.csv")));
     EXPECT_FALSE(controller_->reports().aleFile());
     EXPECT_FALSE(controller_->reports().aleFileURL());
     EXPECT_FALSE(controller_->reports().aleMatchStatus());
     EXPECT_TRUE(controller_->reports().aleImportError()->starts_with("gone.csv: Could not read the file"));
     EXPECT_EQ(controller_->reports().aleMetadataClipCount(), 2);
 
-    controller_->reports().loadALE(report);
+    finish(controller_->reports().loadALE(report));
     EXPECT_FALSE(controller_->reports().aleImportError());
     controller_->reports().clearALEMetadata(UUID::random());
     controller_->reports().clearALEMetadata(clip("A001C002")->id);

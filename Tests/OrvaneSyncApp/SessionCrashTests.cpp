@@ -66,7 +66,7 @@ SyncGroupList state(const std::string& writer, int number) {
 /// Never returns: somebody kills it.
 void writeForEver(const std::string& folder, const UUID& id, const std::string& writer, Progress& progress) {
     const Work work(folder);
-    work.manager->load(id, *work.controller);
+    work.finish(work.manager->load(id, work.controller));
     work.manager->start(work.controller);
     for (int number = progress.begun + 1;; ++number) {
         progress.begun = number;

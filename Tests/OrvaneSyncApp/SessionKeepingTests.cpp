@@ -32,7 +32,7 @@ TEST_F(SessionKeepingTest, clipsThatCannotBeReadAreNeverOverwritten) {
         folder_.write(file(id, "groups.json"), text);
         manager_ = makeManager();
         manager_->start(controller_);
-        manager_->load(id, *controller_);
+        finish(manager_->load(id, controller_));
         EXPECT_EQ(manager_->currentSessionId(), id);
         EXPECT_TRUE(controller_->work().syncGroups().empty());
         ASSERT_TRUE(manager_->problem());
@@ -53,7 +53,7 @@ TEST_F(SessionKeepingTest, clipsThatCannotBeReadAreNeverOverwritten) {
         EXPECT_EQ(names(id).size(), 3U + static_cast<std::size_t>(kept)); // once each
     }
     fs::remove(folder_.path(file(id, "groups.json")));
-    manager_->load(id, *controller_);
+    finish(manager_->load(id, controller_));
     EXPECT_EQ(manager_->problem(), std::nullopt); // none is no damage
     EXPECT_EQ(manager_->currentSessionId(), id);
 }
@@ -138,7 +138,7 @@ TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
         mainThread_->advance(5s);
         ASSERT_TRUE(mainThread_->waitUntil([&] { return !manager_->lastSaveError(); }));
         manager_->deleteSession(*manager_->currentSessionId());
-        manager_->load(id, *controller_);
+        finish(manager_->load(id, controller_));
         EXPECT_TRUE(isOnDisk());
     }
     fs::remove_all(place); // gone altogether: it is made anew, with everything
@@ -168,7 +168,7 @@ TEST_F(SessionKeepingTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) 
     flush();
     const auto theirController = makeController();
     auto theirs = makeManager();
-    theirs->load(id, *theirController);
+    finish(theirs->load(id, theirController));
     const auto media = [&] {
         const SessionFolders folders = *SessionStore(folder_.path()).readFolders(id).record;
         return folders.videoFolder->pathText() + " " + folders.audioFolder->pathText() + " " +
@@ -208,7 +208,7 @@ TEST_F(SessionKeepingTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) 
     theirs->createFolder("Reel");
     theirs->setMetadataPrefix("Reel", "r.");
     theirs->setFolder(next, "Reel");
-    manager_->load(id, *controller_);
+    finish(manager_->load(id, controller_));
     manager_->setFolder(id, "Reel");
     EXPECT_EQ(manager_->metadataPrefix(id), "r.");
     folder_.write("folders.json", "[");
@@ -244,7 +244,7 @@ TEST_F(SessionKeepingTest, twoProgramsKeepBothSidesWork) {
     flush();
     const auto theirController = makeController();
     auto theirs = makeManager();
-    theirs->load(id, *theirController);
+    finish(theirs->load(id, theirController));
     theirController->clips().setManualClipName(theirController->work().syncGroups().front().id, "theirs");
     finish(theirs->save(*theirController));
     // Without edits of our own theirs stand, whatever the timer does.
@@ -316,7 +316,7 @@ TEST_F(SessionKeepingTest, recordsThatCannotBeReadAreToldOfAndNotReplacedByGuess
         folder_.write(file(id, record), text);
         manager_ = makeManager();
         manager_->start(controller_);
-        manager_->load(id, *controller_);
+        finish(manager_->load(id, controller_));
         mainThread_->advance(6s);
         approveFirst();
         flush();

@@ -24,14 +24,14 @@ TEST_F(SessionManagerTest, reopensAllThatTheEditorDecided) {
     manager_ = makeManager();
     const JSON before = toJSONArray(controller_->work().syncGroups());
     controller_ = makeController();
-    manager_->loadMostRecentSession(*controller_);
+    finish(manager_->loadMostRecentSession(controller_));
     EXPECT_EQ(manager_->currentSessionId(), id);
     EXPECT_TRUE(toJSONArray(controller_->work().syncGroups()) == before);
     EXPECT_EQ(controller_->work().videoFolderURL(), FileURL{"/media/Day 1"});
     EXPECT_FALSE(controller_->work().undoState().canUndo);
     const SessionInfo& info = *manager_->session(id);
     EXPECT_EQ(std::tuple(info.name, info.groupCount, info.lockedCount), std::tuple("Day 1", 3, 1));
-    manager_->load(UUID::random(), *controller_); // there is no such session
+    finish(manager_->load(UUID::random(), controller_)); // there is no such session
     EXPECT_EQ(manager_->currentSessionId(), id);
 }
 
@@ -159,11 +159,11 @@ TEST_F(SessionManagerTest, theNewestSaveWinsAndNoneIsLostToAnother) {
              manager_->setFolder(id, " Dreh \n");
          }},
         {"another session right after the edit",
-         [&](const UUID&, const UUID& other) { manager_->load(other, *controller_); }},
+         [&](const UUID&, const UUID& other) { finish(manager_->load(other, controller_)); }},
         {"another session and back",
          [&](const UUID& id, const UUID& other) {
-             manager_->load(other, *controller_);
-             manager_->load(id, *controller_);
+             finish(manager_->load(other, controller_));
+             finish(manager_->load(id, controller_));
              EXPECT_TRUE(controller_->work().syncGroups().front().isApproved);
          }},
         {"a new session right after the edit",
@@ -212,7 +212,7 @@ TEST_F(SessionManagerTest, listsWhatCanBeReadNewestFirst) {
     std::ranges::transform(upper, upper.begin(), [](char ch) { return static_cast<char>(std::toupper(ch)); });
     EXPECT_EQ(ids, (std::vector{b, a, upper})); // the folder's name, not the record, is the id
     EXPECT_TRUE(manager_->sessions().front().nameAutoDerived);
-    manager_->load(*UUID::fromText(c), *controller_);
+    finish(manager_->load(*UUID::fromText(c), controller_));
     EXPECT_EQ(manager_->currentSessionId(), UUID::fromText(c));
     manager_->deleteSession(*UUID::fromText(c));
     EXPECT_EQ(manager_->currentSessionId(), std::nullopt);
@@ -309,13 +309,16 @@ TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {
     mainThread_->advance(100ms);
     EXPECT_EQ(captured("Two"), R"({"eventName":"two","trimMode":"video"})");
     settings_->set("eventName", "late");
-    manager_->load(first, *controller_); // does not wait for the moment
+    finish(manager_->load(first, controller_)); // does not wait for the moment
     EXPECT_EQ(captured("Two"), R"({"eventName":"late","trimMode":"video"})");
     settings_->set("eventName", "one");
     mainThread_->advance(1s);
-    manager_->load(second, *controller_);
+    finish(manager_->load(second, controller_));
     EXPECT_EQ(settings_->get(settings::eventName), "late");
-    manager_->load(first, *controller_);
+    const auto overtaken = manager_->load(second, controller_);
+    finish(manager_->load(first, controller_));
+    EXPECT_TRUE(overtaken.isDone());
+    EXPECT_EQ(manager_->currentSessionId(), first);
     EXPECT_EQ(settings_->get(settings::eventName), "one");
 }
 

@@ -116,7 +116,7 @@ TEST_F(SmartAudioDriverTest, hearsEverySettledClipWithSound) {
     EXPECT_TRUE(active("D001").empty());
     EXPECT_TRUE(wasAnalyzing);
     EXPECT_FALSE(controller_->smartAudio().state().isAnalyzing);
-    ASSERT_GT(steps.size(), 3U); // within a recording too
+    ASSERT_GE(steps.size(), 2U); // the first and the last always
     EXPECT_EQ(steps.front(), (SmartAudioProgress{"Listening to T01.WAV", 1, 2, 0}));
     EXPECT_EQ(steps.back().current, 2);
     EXPECT_EQ(steps.back().fraction, 1); // the second clip needs no reading
@@ -358,7 +358,7 @@ TEST_F(SmartAudioDriverTest, oneReadingAnswersAllChangesMadeBeforeIt) {
     EXPECT_EQ(active("A001"), (Tracks{2, 3, 4, 5, 6}));
     EXPECT_FALSE(blockTracks("A001").contains(2)) << "the last change counts too";
 
-    ASSERT_GT(steps.size(), 2U);
+    ASSERT_FALSE(steps.empty());
     for (const auto& step : steps) {
         EXPECT_EQ(step.phase, "Listening to T01.WAV");
         EXPECT_EQ(step.current, 1);

@@ -41,7 +41,9 @@ struct RPCServer : testing::Test {
         void await_resume() {}
     };
     platform::Task untilReleased(std::shared_ptr<JSON> result) {
+        const auto stop = co_await platform::OwnStopToken();
         co_await Gate{held};
+        platform::throwIfStopped(stop);
         *result = "waited";
     }
     void release() {
@@ -126,6 +128,32 @@ TEST_F(RPCServer, servesOneMessageAtATimeInOrder) {
     ASSERT_EQ(said.size(), 1001U);
     EXPECT_EQ(said.front(), R"({"id":1,"jsonrpc":"2.0","result":"waited"})");
     EXPECT_EQ(said.back(), R"({"id":2,"jsonrpc":"2.0","result":1000})");
+}
+
+/// One that runs, one that waits, one that is neither; the answers keep their turns.
+TEST_F(RPCServer, cancelsAtOnceAndAnswersInTurn) {
+    const auto cancel = [&](const std::string& id) {
+        return answerTo(R"({"jsonrpc":"2.0","id":"c","method":"cancel","params":{"id":)" + id + "}}");
+    };
+    const auto cancelled = [](const std::string& id) {
+        return R"({"error":{"code":2,"message":"cancelled"},"id":)" + id + R"(,"jsonrpc":"2.0"})";
+    };
+    const std::string yes = R"({"id":"c","jsonrpc":"2.0","result":true})",
+                      no = R"({"id":"c","jsonrpc":"2.0","result":false})";
+    EXPECT_EQ(cancel("1"), no);
+    server.receive(R"({"jsonrpc":"2.0","id":1,"method":"wait"})");
+    server.receive(R"({"jsonrpc":"2.0","id":"1","method":"add","params":{"number":1}})");
+    server.receive(
+        R"([{"jsonrpc":"2.0","id":3,"method":"wait"},{"jsonrpc":"2.0","id":4,"method":"add","params":{"number":2}}])");
+    EXPECT_EQ(cancel("2"), no);
+    EXPECT_EQ(cancel("null"), no);
+    EXPECT_EQ(cancel("3"), yes);
+    EXPECT_EQ(cancel("1"), yes);
+    said.clear();
+    release();
+    EXPECT_EQ(said,
+              (std::vector<std::string>{cancelled("1"), R"({"id":"1","jsonrpc":"2.0","result":1})",
+                                        "[" + cancelled("3") + R"(,{"id":4,"jsonrpc":"2.0","result":3}])"}));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "Platform/JSON.h"
+#include "Support/InterfaceWatching.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <memory>
@@ -12,6 +13,8 @@
 #include <vector>
 
 namespace orvane::cli {
+
+inline const bool isInterfaceWatched = test::watchInterfaceThreads();
 
 struct Outcome {
     int status = 0;

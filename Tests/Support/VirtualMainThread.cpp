@@ -1,9 +1,16 @@
 #include "Support/VirtualMainThread.h"
 
+#include "Platform/InterfaceThread.h"
+#include "Support/InterfaceWatching.h"
+
 #include <algorithm>
 #include <utility>
 
 namespace orvane::test {
+
+namespace {
+[[maybe_unused]] const bool isWatched = watchInterfaceThreads();
+}
 
 std::chrono::nanoseconds ManualClock::now() const {
     const std::lock_guard lock(mutex_);
@@ -69,7 +76,7 @@ std::size_t VirtualMainThread::runPosted() {
         const auto work = std::move(ready_.front());
         ready_.pop_front();
         lock.unlock();
-        work();
+        platform::runAsInterfaceWork(work);
     }
 }
 
@@ -85,7 +92,7 @@ void VirtualMainThread::advance(std::chrono::nanoseconds by) {
             timer = std::move(timers_.begin()->second);
             timers_.erase(timers_.begin());
         }
-        if (const auto work = timer->take()) work();
+        if (const auto work = timer->take()) platform::runAsInterfaceWork(work);
         runPosted();
     }
     clock_->set(end);

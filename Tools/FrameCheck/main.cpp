@@ -29,7 +29,7 @@ bool print(const char* what, const frameCheck::Report& report) {
 
 bool checkFolder(const std::string& folder, unsigned seed) {
     const DiscoveryResult found = FileDiscoveryService().discover(folder);
-    platform::MemorySettingsStore settings;
+    const auto settings = std::make_shared<platform::MemorySettingsStore>();
     MediaProbeService service(settings, nullptr);
     std::vector<MediaAsset> pictures;
     for (MediaAsset& video : service.probeAll(found.videoURLs, AssetKind::video, nullptr)) {

@@ -4,9 +4,9 @@
 
 namespace orvane::fcpxml {
 
-XMLDocument FCPXML::toXMLDocument(std::optional<FCPXMLVersion> wanted) && {
+XMLDocument FCPXML::toXMLDocument(std::optional<FCPXMLVersion> wanted, std::stop_token stop) && {
     const FCPXMLVersion documentVersion = wanted.value_or(version);
-    XMLDocument document;
+    XMLDocument document(std::move(stop));
     XMLElement& root = document.makeRoot(elementName);
     SlotWriter::write(*this, root, documentVersion);
     root.setAttribute("version", attributeText(documentVersion));

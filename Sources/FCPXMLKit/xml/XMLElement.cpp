@@ -1,5 +1,7 @@
 #include "FCPXMLKit/xml/XMLElement.h"
 
+#include "Platform/Stop.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -95,6 +97,7 @@ std::size_t plainSize(const XMLElement& element, std::size_t depth) {
 }
 
 void print(std::string& out, const XMLElement& element, std::size_t depth) {
+    platform::throwIfStopped(element.arena().stopToken());
     out.append(depth * indentWidth, ' ').append("<").append(element.name());
     for (const auto& attribute : element.attributes()) {
         out.append(" ").append(attribute.name).append("=\"");
@@ -141,6 +144,7 @@ std::string_view XMLArena::copy(std::string_view text) {
 void* XMLArena::allocateBytes(std::size_t size, std::size_t alignment) {
     void* place = next_;
     if (std::align(alignment, size, place, left_) == nullptr) {
+        platform::throwIfStopped(stop_);
         left_ = std::max(blockSize, size + alignment);
         blocks_.push_back(std::make_unique_for_overwrite<std::byte[]>(left_));
         place = blocks_.back().get();

@@ -5,8 +5,10 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace orvane::fcpxml {
@@ -15,6 +17,10 @@ namespace orvane::fcpxml {
 /// has a million texts, most of them seen a moment before: a repeated text is stored once.
 class XMLArena {
   public:
+    /// Who builds a tree in it is asked to stop at every few kilobytes, and at every element that is printed.
+    explicit XMLArena(std::stop_token stop = {}) : stop_(std::move(stop)) {}
+    const std::stop_token& stopToken() const { return stop_; }
+
     /// A copy that lives as long as the arena.
     std::string_view copy(std::string_view text);
     template <class T>
@@ -26,6 +32,7 @@ class XMLArena {
   private:
     void* allocateBytes(std::size_t size, std::size_t alignment);
 
+    std::stop_token stop_;
     std::vector<std::unique_ptr<std::byte[]>> blocks_;
     std::byte* next_ = nullptr;
     std::size_t left_ = 0;
@@ -81,7 +88,7 @@ class XMLElement {
     /// The same children in another order.
     void reorderChildren(std::span<XMLElement* const> order);
 
-    XMLArena& arena() { return *arena_; }
+    XMLArena& arena() const { return *arena_; }
 
   private:
     XMLArena* arena_;
@@ -99,7 +106,8 @@ std::vector<XMLElement*> findElements(XMLElement& in, std::string_view named);
 /// A tree of elements with its memory.
 class XMLDocument {
   public:
-    XMLDocument() : arena_(std::make_unique<XMLArena>()) {}
+    /// Building and printing it throws platform::Stopped.
+    explicit XMLDocument(std::stop_token stop = {}) : arena_(std::make_unique<XMLArena>(std::move(stop))) {}
 
     /// Null in an empty document.
     XMLElement* root() const { return root_; }

@@ -36,18 +36,35 @@ ExportSettings ExportController::exportSettings(const Options& options) const {
     return ExportSettings::fromUserDefaults(*work_.environment.settings, request);
 }
 
-ExportResult ExportController::exportFCPXML(const ExportSettings& settings) const {
+ExportController::Material ExportController::material(const std::optional<UUID>& groupID,
+                                                      ExportSettings settings) const {
     work_.notices.assertOnMainThread();
-    return FCPXMLExporter::exportDocument(settledGroups(work_.syncGroups()), work_.wildTracks(), settings);
+    if (!groupID) return {work_.syncGroups(), work_.wildTracks(), std::move(settings), false};
+    const SyncGroup* group = work_.syncGroups().find(*groupID);
+    if (group == nullptr) throw GroupNotFound();
+    settings.generateMulticam = false;
+    return {SyncGroupList{*group}, {}, std::move(settings), true};
+}
+
+ExportResult ExportController::Material::document(const std::stop_token& stop) const {
+    return FCPXMLExporter::exportDocument(isOneClip ? groups : settledGroups(groups), wildTracks, settings,
+                                          stop);
+}
+
+platform::Task ExportController::exportInBackground(std::optional<UUID> groupID, ExportSettings settings,
+                                                    std::shared_ptr<ExportResult> result) const {
+    auto making = platform::onQueue(*work_.documents, work_.environment.mainThread,
+                                    [all = material(groupID, std::move(settings))](
+                                        const std::stop_token& stop) { return all.document(stop); });
+    *result = co_await making;
+}
+
+ExportResult ExportController::exportFCPXML(const ExportSettings& settings) const {
+    return material(std::nullopt, settings).document();
 }
 
 ExportResult ExportController::exportSingleClip(const UUID& groupID, ExportSettings settings) const {
-    work_.notices.assertOnMainThread();
-    const auto found =
-        work_.syncGroups().filtered([&](const SyncGroup& group) { return group.id == groupID; });
-    if (found.empty()) throw GroupNotFound();
-    settings.generateMulticam = false;
-    return FCPXMLExporter::exportDocument(found, {}, settings);
+    return material(groupID, std::move(settings)).document();
 }
 
 } // namespace orvane

@@ -3,9 +3,13 @@
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+#include "Platform/Task.h"
 
+#include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
+#include <vector>
 
 namespace orvane {
 
@@ -25,12 +29,30 @@ class ExportController {
     /// Multicam clips that an export would build.
     int projectedMulticamCount() const;
 
+    /// Makes the document off the interface thread, of the clips as they are at the call, and leaves it in
+    /// `result`. `groupID`: of that clip alone. Ends with what the two below throw, or Stopped.
+    platform::Task exportInBackground(std::optional<UUID> groupID, ExportSettings settings,
+                                      std::shared_ptr<ExportResult> result) const;
+
+    // The same for a program that keeps no interface waiting.
+
     /// All settled clips and the wild tracks as one document. Throws ExportError or FCPXMLError.
     ExportResult exportFCPXML(const ExportSettings& settings) const;
     /// One clip alone, without multicam. Throws GroupNotFound too.
     ExportResult exportSingleClip(const UUID& groupID, ExportSettings settings) const;
 
   private:
+    /// What one document is made of. Shares the clips; any thread.
+    struct Material {
+        SyncGroupList groups;
+        std::vector<WildTrack> wildTracks;
+        ExportSettings settings;
+        bool isOneClip = false;
+
+        ExportResult document(const std::stop_token& stop = {}) const;
+    };
+    Material material(const std::optional<UUID>& groupID, ExportSettings settings) const;
+
     const OpenWork& work_;
     const SmartAudioController& smartAudio_;
 };

@@ -20,9 +20,9 @@ ImportController::ImportController(Dependencies dependencies)
     work_.whenTakenBack = [this] { smartAudio_.caches().invalidateCachesAfterUndo(); };
 }
 
-ImportController::~ImportController() = default;
+ImportController::~ImportController() { work_.running.requestStop(); }
 
-platform::Subscription ImportController::onChange(std::function<void(ImportField)> callback) {
+platform::Subscription ImportController::onChange(std::function<void(const ImportChange&)> callback) {
     return work_.notices.onChange(std::move(callback));
 }
 
@@ -35,6 +35,7 @@ void ImportController::undo() { work_.undo(); }
 void ImportController::redo() { work_.redo(); }
 
 void ImportController::reset() {
+    work_.running.requestStop();
     work_.notices.together([&] {
         work_.setVideoFolderURL(std::nullopt);
         work_.setAudioFolderURL(std::nullopt);

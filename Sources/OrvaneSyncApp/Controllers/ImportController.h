@@ -20,7 +20,8 @@ namespace orvane {
 /// face and the desktop shell are faces of it.
 ///
 /// Lives on the interface thread and asserts so; long work runs elsewhere and comes back. Held by a shared
-/// pointer, as that work holds it weakly.
+/// pointer, as that work holds it weakly. Destroying it stops what runs and waits for it at most as long as
+/// SerialQueue says.
 class ImportController {
   public:
     struct Dependencies {
@@ -35,7 +36,7 @@ class ImportController {
 
     const OpenWork& work() const { return work_; }
     /// Calls back after every change, on the interface thread, once the change is whole.
-    platform::Subscription onChange(std::function<void(ImportField)> callback);
+    platform::Subscription onChange(std::function<void(const ImportChange&)> callback);
 
     ScanController& scan() { return scan_; }
     const ScanController& scan() const { return scan_; }
@@ -59,7 +60,7 @@ class ImportController {
     void undo();
     void redo();
 
-    /// Back to the empty state. A scan that runs ends without a trace.
+    /// Back to the empty state. Whatever runs stops, and leaves no trace.
     void reset();
     /// Work as it was stored: what stands in place of everything that was open before.
     struct StoredWork {

@@ -7,19 +7,29 @@
 
 namespace orvane {
 
-Notices::Notices(std::shared_ptr<platform::MainThread> mainThread) : mainThread_(std::move(mainThread)) {}
+Notices::Notices(std::shared_ptr<platform::MainThread> mainThread, const SyncGroupList& clips)
+    : mainThread_(std::move(mainThread)), clips_(clips) {}
 
 void Notices::assertOnMainThread() const { assert(mainThread_->isCurrent()); }
 
-platform::Subscription Notices::onChange(std::function<void(ImportField)> callback) {
+platform::Subscription Notices::onChange(std::function<void(const ImportChange&)> callback) {
     assertOnMainThread();
     return listeners_.add(std::move(callback));
 }
 
 void Notices::notify(ImportField field) {
     assertOnMainThread();
-    if (changesUnderWay_ == 0) return listeners_.tell(field);
+    if (changesUnderWay_ == 0) return tell(field);
     if (std::ranges::find(heldBack_, field) == heldBack_.end()) heldBack_.push_back(field);
+}
+
+void Notices::tell(ImportField field) {
+    ImportChange change{field};
+    if (field == ImportField::syncGroups) {
+        change.clips = clips_;
+        change.clipsBefore = std::exchange(clipsNoticed_, clips_);
+    }
+    listeners_.tell(change);
 }
 
 void Notices::together(const std::function<void()>& change) {

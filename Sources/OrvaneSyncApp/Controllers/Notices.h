@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "Platform/Listeners.h"
 #include "Platform/MainThread.h"
 
@@ -26,12 +27,27 @@ enum class ImportField : std::uint8_t {
     project
 };
 
-/// Calls back after changes of the open work, on the interface thread.
+/// A change of the open work. A listener that asks for no more may take an ImportField in its place.
+struct ImportChange {
+    ImportField field;
+    /// Of `syncGroups`: the clips at the notice before this one, and now. They share all that has not
+    /// changed.
+    SyncGroupList clipsBefore = {};
+    SyncGroupList clips = {};
+
+    operator ImportField() const { return field; } // NOLINT: see above
+    /// Which rows of a list of clips are to be painted anew. Made when asked for; costs nothing before.
+    SyncGroupChanges clipChanges() const { return clips.changesSince(clipsBefore); }
+};
+
+/// Calls back after changes of the open work, on the interface thread. A listener that changes the work
+/// itself gets the notices of that before the others get the one that it answers.
 class Notices {
   public:
-    explicit Notices(std::shared_ptr<platform::MainThread> mainThread);
+    /// `clips`: the list that `syncGroups` stands for; must outlive this.
+    Notices(std::shared_ptr<platform::MainThread> mainThread, const SyncGroupList& clips);
 
-    platform::Subscription onChange(std::function<void(ImportField)> callback);
+    platform::Subscription onChange(std::function<void(const ImportChange&)> callback);
     void notify(ImportField field);
     /// Runs a change of several fields. Its notices are held back until it is whole, also where it throws,
     /// and then each field's is given once.
@@ -40,8 +56,12 @@ class Notices {
     void assertOnMainThread() const;
 
   private:
+    void tell(ImportField field);
+
     const std::shared_ptr<platform::MainThread> mainThread_;
-    platform::Listeners<ImportField> listeners_;
+    const SyncGroupList& clips_;
+    SyncGroupList clipsNoticed_;
+    platform::Listeners<const ImportChange&> listeners_;
     int changesUnderWay_ = 0;
     std::vector<ImportField> heldBack_; ///< what they have changed so far
 };

@@ -19,7 +19,8 @@ bool isSettled(const SyncGroup& group) { return group.matchStatus.isSettled(); }
 } // namespace
 
 OpenWork::OpenWork(Environment theEnvironment)
-    : environment(std::move(theEnvironment)), notices(environment.mainThread) {}
+    : environment(std::move(theEnvironment)), notices(environment.mainThread, syncGroups_),
+      documents(platform::SerialQueue::create("documents")) {}
 
 void OpenWork::notify(ImportField field) {
     if (field == ImportField::syncGroups) clipsByAudio_.reset();

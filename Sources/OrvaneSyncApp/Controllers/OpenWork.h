@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Models/WildTrack.h"
 #include "Platform/SettingsStore.h"
+#include "Platform/Task.h"
 
 #include <cstddef>
 #include <functional>
@@ -39,6 +40,10 @@ class OpenWork {
 
     const Environment environment;
     Notices notices;
+    /// Operations under way; they stop with the work that they belong to.
+    platform::RunningTasks running;
+    /// For reports, projects and exports, one after the other.
+    const std::unique_ptr<platform::SerialQueue> documents;
 
     const std::optional<FileURL>& videoFolderURL() const { return videoFolderURL_; }
     const std::optional<FileURL>& audioFolderURL() const { return audioFolderURL_; }

@@ -24,11 +24,34 @@ void keepUnapplied(const OrvaneSyncProject& unapplied, OrvaneSyncProject& projec
         if (!present.contains(entry.videoPath)) project.groups.push_back(entry);
 }
 
+/// A project as it was read, and whether a scan of its folders can begin.
+struct Opened {
+    std::shared_ptr<const OrvaneSyncProject> project;
+    bool hasFolders = false;
+};
+
+/// Returns the videos of the clips that lost their choice of tracks.
+std::vector<FileURL> lay(const ProjectService& service, const OrvaneSyncProject& project,
+                         SyncGroupList& groups, const std::vector<MediaAsset>& otherAudio) {
+    service.applyEdits(project, groups);
+    AudioByURL known;
+    for (const SyncGroup& group : groups)
+        for (const AudioMatch& match : group.audioMatches) known[match.audio->url] = &*match.audio;
+    for (const MediaAsset& audio : otherAudio) known[audio.url] = &audio;
+    return fitTracksToRecordings(project, groups, known);
+}
+
+Opened read(const FileURL& url) {
+    const auto project = std::make_shared<const OrvaneSyncProject>(ProjectService().load(url));
+    return {project, isThere(project->videoFolderPath) && isThere(project->audioFolderPath)};
+}
+
 } // namespace
 
 ProjectController::ProjectController(OpenWork& work, ScanController& scan, ReportController& reports)
     : work_(work), scan_(scan), reports_(reports) {
-    scan_.whenMatched = [this] { applyEdits(); };
+    scan_.editsOfClips = [this] { return edits(); };
+    scan_.whenMatched = [this] { takeOverFromScan(); };
 }
 
 RunInputs ProjectController::inputs() const {
@@ -76,20 +99,30 @@ void ProjectController::setCurrentURL(FileURL url) {
 
 platform::Task ProjectController::loadProject(FileURL url) {
     work_.notices.assertOnMainThread();
-    return open(work_.weak(this), std::move(url));
+    return work_.running.add(open(work_.weak(this), std::move(url)));
 }
 
 platform::Task ProjectController::open(std::weak_ptr<ProjectController> weak, FileURL url) {
-    OrvaneSyncProject project = ProjectService().load(url); // on failure nothing has changed
     auto self = weak.lock();
+    auto reading = platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
+                                     [url](const std::stop_token& /*stop*/) { return read(url); });
+    self.reset();
+    const Opened opened = co_await reading; // on failure nothing has changed
+    self = weak.lock();
     if (!self) co_return;
-    OpenWork& work = self->work_;
     self->scan_.abandonScan();
-    work.setVideoFolderURL(project.videoFolderPath);
-    work.setAudioFolderURL(project.audioFolderPath);
-    if (project.aleFilePath) self->reports_.loadALEOfProject(*project.aleFilePath);
-    self->unapplied_ = std::move(project);
-    if (isThere(work.videoFolderURL()) && isThere(work.audioFolderURL()) && self->scan_.canScan()) {
+    const auto scanBefore = self->scan_.scanNumber();
+    self->work_.setVideoFolderURL(opened.project->videoFolderPath);
+    self->work_.setAudioFolderURL(opened.project->audioFolderPath);
+    self->unapplied_ = opened.project;
+    if (opened.project->aleFilePath) {
+        const platform::Task loading = self->reports_.loadALEOfProject(*opened.project->aleFilePath);
+        self.reset();
+        co_await loading;
+        self = weak.lock();
+        if (!self || self->scan_.scanNumber() != scanBefore) co_return;
+    }
+    if (opened.hasFolders && self->scan_.canScan()) {
         const auto scanning = self->scan_.startScan();
         const auto scanNumber = self->scan_.scanNumber();
         self.reset();
@@ -113,29 +146,26 @@ void ProjectController::clear() {
     tracksLeftOut_.clear();
 }
 
-void ProjectController::layOverClips() {
-    work_.changeClips([&](SyncGroupList& groups) {
-        projectService_.applyEdits(*unapplied_, groups);
-        AudioByURL known;
-        for (const SyncGroup& group : groups)
-            for (const AudioMatch& match : group.audioMatches) known[match.audio->url] = &*match.audio;
-        for (const WildTrack& track : work_.wildTracks()) known[track.audio.url] = &track.audio;
-        if (const auto& scanned = scan_.scanResult())
-            for (const MediaAsset& audio : scanned->audioAssets) known[audio.url] = &audio;
-        tracksLeftOut_ = fitTracksToRecordings(*unapplied_, groups, known);
-    });
+/// Where a project waits for its clips, its edits go over those that a scan has made.
+ScanController::EditOfClips ProjectController::edits() {
+    tracksLeftOutByScan_ = std::make_shared<std::vector<FileURL>>();
+    if (!unapplied_) return nullptr;
+    return [service = projectService_, project = unapplied_, leftOut = tracksLeftOutByScan_](
+               SyncGroupList& groups, const std::vector<MediaAsset>& scannedAudio) {
+        *leftOut = lay(service, *project, groups, scannedAudio);
+    };
 }
 
-/// Where a project waits for its clips, its edits go over those that a scan has made; the others wait on.
-void ProjectController::applyEdits() {
-    tracksLeftOut_.clear();
+/// Entries whose clips are still not there wait on.
+void ProjectController::takeOverFromScan() {
+    tracksLeftOut_ = std::move(*tracksLeftOutByScan_);
     if (!unapplied_) return;
-    layOverClips();
     std::unordered_set<FileURL> found;
     for (const SyncGroup& group : work_.syncGroups()) found.insert(group.video.url);
-    auto& waiting = unapplied_->groups;
-    std::erase_if(waiting, [&](const PersistedGroup& entry) { return found.contains(entry.videoPath); });
-    if (waiting.empty()) unapplied_.reset();
+    auto waiting = std::make_shared<OrvaneSyncProject>(*unapplied_);
+    std::erase_if(waiting->groups,
+                  [&](const PersistedGroup& entry) { return found.contains(entry.videoPath); });
+    unapplied_ = waiting->groups.empty() ? nullptr : std::move(waiting);
 }
 
 /// A scan that finds no file at all leaves the clips of earlier work. They get the project's edits, which
@@ -143,7 +173,10 @@ void ProjectController::applyEdits() {
 void ProjectController::layEditsOverClipsThatStayed() {
     const auto& found = scan_.discoveryResult();
     if (!unapplied_ || !found || !found->isEmpty() || work_.syncGroups().empty()) return;
-    layOverClips();
+    std::vector<MediaAsset> wild;
+    for (const WildTrack& track : work_.wildTracks()) wild.push_back(track.audio);
+    work_.changeClips(
+        [&](SyncGroupList& groups) { tracksLeftOut_ = lay(projectService_, *unapplied_, groups, wild); });
 }
 
 } // namespace orvane

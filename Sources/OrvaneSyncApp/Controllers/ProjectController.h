@@ -7,6 +7,7 @@
 #include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
 #include "Platform/Task.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -43,8 +44,8 @@ class ProjectController {
     static platform::Task open(std::weak_ptr<ProjectController> weak, FileURL url);
     RunInputs inputsOfScan() const;
     void setCurrentURL(FileURL url);
-    void applyEdits();
-    void layOverClips();
+    ScanController::EditOfClips edits();
+    void takeOverFromScan();
     void layEditsOverClipsThatStayed();
 
     OpenWork& work_;
@@ -54,8 +55,10 @@ class ProjectController {
     /// The opened project with those entries whose clips no scan has found yet: a folder was gone, or a card
     /// was not in. They wait for a scan that finds the clips, and every save keeps them. Absent when none
     /// waits.
-    std::optional<OrvaneSyncProject> unapplied_;
+    std::shared_ptr<const OrvaneSyncProject> unapplied_;
     std::vector<FileURL> tracksLeftOut_;
+    /// Written by the scan under way, on its thread, before it calls back.
+    std::shared_ptr<std::vector<FileURL>> tracksLeftOutByScan_;
     const ProjectService projectService_{};
 };
 

@@ -53,7 +53,7 @@ void RecordingEditing::attachAudioToGroup(UUID groupID, MediaAsset audio) {
 
 platform::Task RecordingEditing::chooseAndAttachAudio(UUID groupID, FileURL file) {
     work_.notices.assertOnMainThread();
-    return attachFile(work_.weak(this), groupID, std::move(file));
+    return work_.running.add(attachFile(work_.weak(this), groupID, std::move(file)));
 }
 
 platform::Task RecordingEditing::attachFile(std::weak_ptr<RecordingEditing> weak, UUID groupID,

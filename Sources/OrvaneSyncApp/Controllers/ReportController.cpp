@@ -23,26 +23,56 @@ std::function<bool(SyncGroupList&)> inOneGroup(UUID groupID, bool (*clear)(SyncG
     };
 }
 
-} // namespace
+/// A report, or why there is none.
+struct Reading {
+    std::shared_ptr<const ALEFile> report;
+    std::optional<std::string> problem;
+};
 
-void ReportController::loadALE(const FileURL& url) {
-    work_.notices.assertOnMainThread();
-    forget();
+Reading read(const FileURL& url, const std::stop_token& stop) {
+    const auto failed = [&](const std::exception& error) {
+        return Reading{nullptr, url.lastPathComponent() + ": " + error.what()};
+    };
     try {
-        aleFile_ = aleParser_.parse(url);
-        aleFileURL_ = url;
+        return {std::make_shared<const ALEFile>(ALEParser().parse(url, stop)), std::nullopt};
     } catch (const ALEParserError& error) {
-        aleImportError_ = url.lastPathComponent() + ": " + error.what();
+        return failed(error);
     } catch (const std::exception&) { // a huge file may ask for more memory than there is
-        aleImportError_ = url.lastPathComponent() + ": " + ALEParserError::unreadable().what();
+        return failed(ALEParserError::unreadable());
     }
-    work_.notify(ImportField::report);
-    mergeLoadedReport();
 }
 
-void ReportController::loadALEOfProject(const FileURL& url) {
-    loadALE(url);
-    aleFileURL_ = url;
+} // namespace
+
+platform::Task ReportController::loadALE(FileURL url) { return start(std::move(url), UnreadURL::forget); }
+
+platform::Task ReportController::loadALEOfProject(FileURL url) {
+    return start(std::move(url), UnreadURL::keep);
+}
+
+platform::Task ReportController::start(FileURL url, UnreadURL unread) {
+    work_.notices.assertOnMainThread();
+    if (loading_) loading_->requestStop(); // its file is no longer asked for
+    loading_ = work_.running.add(load(work_.weak(this), std::move(url), unread));
+    return *loading_;
+}
+
+platform::Task ReportController::load(std::weak_ptr<ReportController> weak, FileURL url, UnreadURL unread) {
+    auto self = weak.lock();
+    auto reading = platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
+                                     [url](const std::stop_token& stop) { return read(url, stop); });
+    self.reset();
+    Reading result = co_await reading;
+    self = weak.lock();
+    if (!self) co_return;
+    self->forget();
+    self->aleFile_ = std::move(result.report);
+    if (self->aleFile_ || unread == UnreadURL::keep) self->aleFileURL_ = std::move(url);
+    self->aleImportError_ = std::move(result.problem);
+    self->work_.notify(ImportField::report);
+    self.reset();
+    const platform::Task merging = merge(weak);
+    co_await merging;
 }
 
 void ReportController::forget() {
@@ -53,20 +83,53 @@ void ReportController::forget() {
 }
 
 void ReportController::clear() {
+    if (loading_) loading_->requestStop();
     forget();
     work_.notify(ImportField::report);
 }
 
-void ReportController::mergeLoadedReport() {
-    if (!aleFile_ || work_.syncGroups().empty()) return;
-    const ALEMatchStrategy strategy = aleMatchStrategyFromDefaults();
-    work_.notices.together([&] {
-        work_.changeClips([&](SyncGroupList& groups) {
-            const auto result = metadataMerger_.merge(*aleFile_, groups, strategy);
-            aleMatchStatus_ = aleMatchStatusMessage(result, strategy);
-        });
+std::optional<std::string> ReportController::Merging::lay(SyncGroupList& groups,
+                                                          const std::stop_token& stop) const {
+    if (!report || groups.empty()) return std::nullopt;
+    return aleMatchStatusMessage(MetadataMerger().merge(*report, groups, strategy, stop), strategy);
+}
+
+ReportController::Merging ReportController::merging() const {
+    return {aleFile_, aleMatchStrategyFromDefaults()};
+}
+
+void ReportController::merged(const Merging& merging, std::optional<std::string> status) {
+    if (merging.report != aleFile_) {
+        work_.running.add(merge(work_.weak(this))); // another one was loaded meanwhile
+    } else if (status) {
+        aleMatchStatus_ = std::move(status);
         work_.notify(ImportField::report);
-    });
+    }
+}
+
+/// An edit that comes while the rows are looked up stays: the report is laid over the clips as they then are.
+platform::Task ReportController::merge(std::weak_ptr<ReportController> weak) {
+    for (;;) {
+        auto self = weak.lock();
+        if (!self || !self->aleFile_ || self->work_.syncGroups().empty()) co_return;
+        const SyncGroupList before = self->work_.syncGroups();
+        const Merging merging = self->merging();
+        auto laying = platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
+                                        [merging, groups = before](const std::stop_token& stop) mutable {
+                                            auto status = merging.lay(groups, stop);
+                                            return std::pair(std::move(groups), std::move(status));
+                                        });
+        self.reset();
+        auto [groups, status] = co_await laying;
+        self = weak.lock();
+        if (!self || self->aleFile_ != merging.report) co_return;
+        if (!self->work_.syncGroups().changesSince(before).empty()) continue;
+        self->work_.notices.together([&, &made = groups] {
+            self->work_.changeClips([&](SyncGroupList& clips) { clips = std::move(made); });
+            self->merged(merging, std::move(status));
+        });
+        co_return;
+    }
 }
 
 ALEMatchStrategy ReportController::aleMatchStrategyFromDefaults() const {

@@ -4,9 +4,12 @@
 #include "OrvaneSyncCore/Models/ALEFile.h"
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 #include "OrvaneSyncCore/Services/Metadata/MetadataMerger.h"
+#include "Platform/Task.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 
 namespace orvane {
@@ -18,7 +21,7 @@ class ReportController {
 
     /// The report that is loaded, and where it lies; `ImportField::report` is the change of any of these
     /// four.
-    const std::optional<ALEFile>& aleFile() const { return aleFile_; }
+    const std::shared_ptr<const ALEFile>& aleFile() const { return aleFile_; }
     const std::optional<FileURL>& aleFileURL() const { return aleFileURL_; }
     /// Why the last report could not be loaded, with the file's name; absent when it was.
     const std::optional<std::string>& aleImportError() const { return aleImportError_; }
@@ -26,13 +29,25 @@ class ReportController {
     const std::optional<std::string>& aleMatchStatus() const { return aleMatchStatus_; }
 
     /// Reads a report and lays it over the clips; with no clips yet, the next scan does. A failure leaves
-    /// `aleImportError`, and forgets an earlier report.
-    void loadALE(const FileURL& url);
+    /// `aleImportError`, and forgets an earlier report. Never fails; one that is stopped leaves all as it
+    /// was.
+    platform::Task loadALE(FileURL url);
     /// The same for a report that a project names. Its URL stays also where it can't be read just now: a save
     /// keeps its path, and no output goes over it.
-    void loadALEOfProject(const FileURL& url);
-    /// Lays the report over the clips again, where there is one.
-    void mergeLoadedReport();
+    platform::Task loadALEOfProject(FileURL url);
+
+    /// The loaded report and how it finds its clips, for another thread.
+    struct Merging {
+        std::shared_ptr<const ALEFile> report; ///< null: none
+        ALEMatchStrategy strategy;
+
+        /// Changes the clips that a row belongs to; gives what to say of it, nothing without a report. Throws
+        /// Stopped.
+        std::optional<std::string> lay(SyncGroupList& groups, const std::stop_token& stop) const;
+    };
+    Merging merging() const;
+    /// For a scan: its clips stand, with what this made of them.
+    void merged(const Merging& merging, std::optional<std::string> status);
     /// Forgets the report; what it said of the clips stays.
     void clear();
 
@@ -51,16 +66,19 @@ class ReportController {
                                              const ALEMatchStrategy& strategy);
 
   private:
+    enum class UnreadURL : bool { forget, keep };
+    platform::Task start(FileURL url, UnreadURL unread);
+    static platform::Task load(std::weak_ptr<ReportController> weak, FileURL url, UnreadURL unread);
+    static platform::Task merge(std::weak_ptr<ReportController> weak);
     void forget();
     void clearMetadata(const UndoStep& step, const std::function<bool(SyncGroupList&)>& clear);
 
     OpenWork& work_;
     std::optional<FileURL> aleFileURL_;
-    std::optional<ALEFile> aleFile_;
+    std::shared_ptr<const ALEFile> aleFile_;
     std::optional<std::string> aleImportError_;
     std::optional<std::string> aleMatchStatus_;
-    const ALEParser aleParser_{};
-    const MetadataMerger metadataMerger_{};
+    std::optional<platform::Task> loading_;
 };
 
 } // namespace orvane

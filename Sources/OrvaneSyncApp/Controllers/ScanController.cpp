@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/Matching/ProxyFiles.h"
 #include "OrvaneSyncCore/Services/Matching/TakeStarts.h"
 #include "Platform/Files.h"
+#include "Platform/Stop.h"
 
 #include <chrono>
 #include <unordered_map>
@@ -20,11 +21,14 @@ namespace {
 /// looked up once, whatever it holds.
 class Standardization {
   public:
+    explicit Standardization(std::stop_token stop) : stop_(std::move(stop)) {}
+
     std::vector<FileURL> sortedWithoutDuplicates(const std::vector<FileURL>& urls) {
         std::unordered_set<FileURL> seen;
         std::vector<FileURL> result;
         result.reserve(urls.size());
         for (const FileURL& url : urls) {
+            platform::throwIfStopped(stop_);
             FileURL standard = standardized(url);
             if (seen.insert(standard).second) result.push_back(std::move(standard));
         }
@@ -46,17 +50,36 @@ class Standardization {
         return {folder->second + url.path.substr(slash + 1)};
     }
 
+    const std::stop_token stop_;
     std::unordered_map<std::string, std::string> folders_;
 };
 
 /// Video folders may hold audio and audio folders video.
-DiscoveryResult discover(const FileDiscoveryService& service, const std::vector<std::string>& folders) {
-    const DiscoveryResult found = service.discover(folders);
-    Standardization standard;
+DiscoveryResult discover(const FileDiscoveryService& service, const std::vector<std::string>& folders,
+                         const std::stop_token& stop) {
+    const DiscoveryResult found = service.discover(folders, stop);
+    Standardization standard(stop);
     return {standard.sortedWithoutDuplicates(found.videoURLs),
             standard.sortedWithoutDuplicates(found.audioURLs),
             standard.sortedWithoutDuplicates(found.unreadableFolders),
             standard.sortedWithoutDuplicates(found.brokenLinks)};
+}
+
+/// What the matching of a scan gives.
+struct Matches {
+    SyncGroupList groups;
+    std::vector<WildTrack> wild;
+    std::optional<std::string> reportStatus;
+};
+
+std::vector<WildTrack> unclaimed(const std::vector<MediaAsset>& audioAssets, const SyncGroupList& groups) {
+    std::unordered_set<UUID> claimed;
+    for (const SyncGroup& group : groups)
+        for (const AudioMatch& match : group.audioMatches) claimed.insert(match.audio->id);
+    std::vector<WildTrack> wild;
+    for (const MediaAsset& asset : audioAssets)
+        if (!claimed.contains(asset.id)) wild.emplace_back(asset);
+    return wild;
 }
 
 double secondsBetween(std::chrono::nanoseconds start, std::chrono::nanoseconds end) {
@@ -68,8 +91,16 @@ double secondsBetween(std::chrono::nanoseconds start, std::chrono::nanoseconds e
 ScanController::ScanController(OpenWork& work, SmartAudioController& smartAudio, ReportController& reports,
                                std::shared_ptr<ProbeCache> probeCache)
     : work_(work), smartAudio_(smartAudio), reports_(reports),
-      probeService_(std::make_shared<MediaProbeService>(*work.environment.settings, std::move(probeCache))),
+      shown_(platform::Throttle<ScanStep>::create(work.environment.mainThread, work.environment.clock,
+                                                  platform::progressInterval,
+                                                  [this](const ScanStep& step) {
+                                                      if (step.first == scanNumber_)
+                                                          set(progress_, step.second, ImportField::progress);
+                                                  })),
+      probeService_(std::make_shared<MediaProbeService>(work.environment.settings, std::move(probeCache))),
       queue_(platform::SerialQueue::create("services")) {}
+
+ScanController::~ScanController() { shown_->close(); }
 
 void ScanController::setVideoFolderURL(std::optional<FileURL> folder) {
     work_.setVideoFolderURL(std::move(folder));
@@ -83,16 +114,19 @@ bool ScanController::canScan() const { return work_.videoFolderURL() || work_.au
 
 platform::Task ScanController::probeAudio(FileURL file,
                                           std::shared_ptr<std::optional<MediaAsset>> result) const {
-    auto probing = platform::onQueue(
-        *queue_, *work_.environment.mainThread,
-        [service = probeService_, file = std::move(file)] { return service->probe(file, AssetKind::audio); });
+    auto probing =
+        platform::onQueue(*queue_, work_.environment.mainThread,
+                          [service = probeService_, file = std::move(file)](const std::stop_token& stop) {
+                              return service->probe(file, AssetKind::audio, {}, stop);
+                          });
     *result = co_await probing;
 }
 
 platform::Task ScanController::startScan() {
     work_.notices.assertOnMainThread();
     if (runningScan_ && !runningScan_->isDone()) return *runningScan_;
-    runningScan_ = scan(work_.weak(this), ++scanNumber_);
+    if (canScan()) smartAudio_.stop();
+    runningScan_ = work_.running.add(scan(work_.weak(this), ++scanNumber_));
     return *runningScan_;
 }
 
@@ -106,6 +140,30 @@ std::shared_ptr<ScanController> ScanController::stillScanning(const std::weak_pt
 platform::Task ScanController::scan(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber) {
     auto self = weak.lock();
     if (!self || !self->canScan()) co_return;
+    Earlier earlier{self->scanState_, self->discoveryResult_, self->scanResult_};
+    self.reset();
+    const platform::Task steps = scanSteps(weak, scanNumber);
+    try {
+        co_await steps;
+    } catch (const platform::Stopped&) {
+        if ((self = stillScanning(weak, scanNumber))) self->restore(std::move(earlier));
+        throw;
+    }
+}
+
+void ScanController::restore(Earlier earlier) {
+    shown_->drop();
+    work_.notices.together([&] {
+        set(discoveryResult_, std::move(earlier.discoveryResult), ImportField::discoveryResult);
+        set(scanResult_, std::move(earlier.scanResult), ImportField::scanResult);
+        set(scanState_, earlier.scanState, ImportField::scanState);
+        set(progress_, ScanProgress::idle(), ImportField::progress);
+    });
+}
+
+platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber) {
+    auto self = weak.lock();
+    if (!self) co_return;
     const auto start = self->work_.environment.clock->now();
     self->set(self->scanState_, ScanState::discovering, ImportField::scanState);
     self->set(self->progress_, ScanProgress::idle(), ImportField::progress);
@@ -114,9 +172,11 @@ platform::Task ScanController::scan(std::weak_ptr<ScanController> weak, std::uin
     for (const auto& folder : {self->work_.videoFolderURL(), self->work_.audioFolderURL()})
         if (folder && (folders.empty() || folders.front() != folder->path)) folders.push_back(folder->path);
     // Every wait lets go of the controller, so that an abandoned one is not kept alive by its scan.
-    auto discovery = platform::onQueue(
-        *self->queue_, *self->work_.environment.mainThread,
-        [service = self->discoveryService_, folders] { return discover(service, folders); });
+    auto discovery =
+        platform::onQueue(*self->queue_, self->work_.environment.mainThread,
+                          [service = self->discoveryService_, folders](const std::stop_token& stop) {
+                              return discover(service, folders, stop);
+                          });
     self.reset();
     const DiscoveryResult found = co_await discovery;
     self = stillScanning(weak, scanNumber);
@@ -124,48 +184,55 @@ platform::Task ScanController::scan(std::weak_ptr<ScanController> weak, std::uin
     self->set(self->discoveryResult_, std::optional(found), ImportField::discoveryResult);
     if (found.isEmpty()) {
         self->set(self->scanState_, ScanState::done, ImportField::scanState);
-        self->set(self->scanResult_, ScanResult{}, ImportField::scanResult);
+        self->set(self->scanResult_, std::make_shared<const ScanResult>(), ImportField::scanResult);
         co_return;
     }
 
     self->set(self->scanState_, ScanState::probing, ImportField::scanState);
     const int videoCount = static_cast<int>(found.videoCount());
     const int total = static_cast<int>(found.totalCount());
-    ScanResult result;
+    const auto result = std::make_shared<ScanResult>();
     for (const AssetKind kind : {AssetKind::video, AssetKind::audio}) {
         const bool isVideo = kind == AssetKind::video;
         auto report = isVideo ? self->progressReport(scanNumber, "Probing video files", 0, total)
                               : self->progressReport(scanNumber, "Probing audio files", videoCount, total);
         auto probing = platform::onQueue(
-            *self->queue_, *self->work_.environment.mainThread,
+            *self->queue_, self->work_.environment.mainThread,
             [service = self->probeService_, urls = isVideo ? found.videoURLs : found.audioURLs, kind,
-             report = std::move(report)] {
-                std::vector<FileURL> unread;
-                auto assets =
-                    service->probeAll(urls, kind, report, [&](const FileURL& url) { unread.push_back(url); });
-                return std::pair(std::move(assets), std::move(unread));
+             sharesStarts = self->work_.environment.settings->get(settings::ltcEnabled),
+             report = std::move(report)](const std::stop_token& stop) {
+                ScanResult part;
+                const auto notRead = [&](const FileURL& url) { part.unreadFiles.push_back(url); };
+                auto assets = service->probeAll(urls, kind, report, notRead, stop);
+                if (kind == AssetKind::video) part.proxies = ProxyFiles::takeOut(assets);
+                if (kind == AssetKind::audio && sharesStarts) TakeStarts::share(assets);
+                (kind == AssetKind::video ? part.videoAssets : part.audioAssets) = std::move(assets);
+                return part;
             });
         self.reset();
-        auto [assets, unread] = co_await probing;
-        (isVideo ? result.videoAssets : result.audioAssets) = std::move(assets);
-        result.unreadFiles.insert(result.unreadFiles.end(), unread.begin(), unread.end());
+        ScanResult part = co_await probing;
+        if (isVideo) {
+            result->videoAssets = std::move(part.videoAssets);
+            result->proxies = std::move(part.proxies);
+        } else {
+            result->audioAssets = std::move(part.audioAssets);
+        }
+        result->unreadFiles.insert(result->unreadFiles.end(), part.unreadFiles.begin(),
+                                   part.unreadFiles.end());
         self = stillScanning(weak, scanNumber);
         if (!self) co_return;
+        self->shown_->flush();
     }
-    result.proxies = ProxyFiles::takeOut(result.videoAssets);
-    if (self->work_.environment.settings->get(settings::ltcEnabled)) TakeStarts::share(result.audioAssets);
-    result.scanDuration = secondsBetween(start, self->work_.environment.clock->now());
-    self->set(self->scanResult_, std::move(result), ImportField::scanResult);
+    result->scanDuration = secondsBetween(start, self->work_.environment.clock->now());
+    self->set(self->scanResult_, result, ImportField::scanResult);
 
     self->set(self->scanState_, ScanState::matching, ImportField::scanState);
     self->set(self->progress_, ScanProgress{"Matching by timecode", 0, 0}, ImportField::progress);
-    if (self->scanNumber_ != scanNumber) co_return; // somebody has reset the work on this notice
-    const auto& scanned = *self->scanResult_;
-    self->adoptMatches(self->syncEngine_.match(scanned.videoAssets, scanned.audioAssets),
-                       scanned.audioAssets);
-    self->reports_.mergeLoadedReport();
-    if (self->whenMatched) self->whenMatched();
-    if (self->scanNumber_ != scanNumber) co_return;
+    self.reset();
+    const platform::Task matching = match(weak, scanNumber);
+    co_await matching;
+    self = stillScanning(weak, scanNumber); // somebody may have reset the work on one of these notices
+    if (!self) co_return;
     self->set(self->scanState_, ScanState::done, ImportField::scanState);
     self->set(self->progress_, ScanProgress::idle(), ImportField::progress);
     if (self->scanNumber_ == scanNumber) self->smartAudio_.startAnalysisAfterScan();
@@ -173,28 +240,46 @@ platform::Task ScanController::scan(std::weak_ptr<ScanController> weak, std::uin
 
 std::function<void(int, int)> ScanController::progressReport(std::uint64_t scanNumber, std::string phase,
                                                              int before, int total) {
-    return [weak = work_.weak(this), main = work_.environment.mainThread, scanNumber,
-            phase = std::move(phase), before, total](int current, int) {
-        main->post([weak, scanNumber, progress = ScanProgress{phase, before + current, total}] {
-            if (const auto self = stillScanning(weak, scanNumber))
-                self->set(self->progress_, progress, ImportField::progress);
-        });
+    return [shown = std::weak_ptr(shown_), scanNumber, phase = std::move(phase), before, total](int current,
+                                                                                                int) {
+        if (const auto own = shown.lock())
+            own->post({scanNumber, ScanProgress{phase, before + current, total}});
     };
 }
 
+platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber) {
+    auto self = stillScanning(weak, scanNumber);
+    if (!self) co_return;
+    const auto merging = self->reports_.merging();
+    auto matching = platform::onQueue(
+        *self->queue_, self->work_.environment.mainThread,
+        [engine = self->syncEngine_, scanned = self->scanResult_, merging,
+         edit = self->editsOfClips ? self->editsOfClips() : nullptr](const std::stop_token& stop) {
+            Matches made;
+            made.groups = engine.match(scanned->videoAssets, scanned->audioAssets, stop);
+            made.wild = unclaimed(scanned->audioAssets, made.groups);
+            made.reportStatus = merging.lay(made.groups, stop);
+            if (edit) edit(made.groups, scanned->audioAssets);
+            made.groups.makeIndex();
+            return made;
+        });
+    self.reset();
+    Matches made = co_await matching;
+    self = stillScanning(weak, scanNumber);
+    if (!self) co_return;
+    self->work_.notices.together([&] {
+        self->adoptMatches(std::move(made.groups), std::move(made.wild));
+        self->reports_.merged(merging, std::move(made.reportStatus));
+        if (self->whenMatched) self->whenMatched();
+    });
+}
+
 /// The old groups go; wild tracks keep their names and approvals where the probe gave the same asset again.
-void ScanController::adoptMatches(SyncGroupList groups, const std::vector<MediaAsset>& audioAssets) {
-    std::unordered_set<UUID> claimed;
-    for (const SyncGroup& group : groups)
-        for (const AudioMatch& match : group.audioMatches) claimed.insert(match.audio->id);
+void ScanController::adoptMatches(SyncGroupList groups, std::vector<WildTrack> wild) {
     std::unordered_map<UUID, const WildTrack*> before;
     for (const WildTrack& track : work_.wildTracks()) before[track.id] = &track;
-
-    std::vector<WildTrack> wild;
-    for (const MediaAsset& asset : audioAssets) {
-        if (claimed.contains(asset.id)) continue;
-        WildTrack& track = wild.emplace_back(asset);
-        const auto old = before.find(asset.id);
+    for (WildTrack& track : wild) {
+        const auto old = before.find(track.id);
         if (old == before.end()) continue;
         track.customName = old->second->customName;
         track.isApproved = old->second->isApproved;
@@ -215,9 +300,10 @@ void ScanController::clear() {
     for (const ImportField field : {discoveryResult, scanResult, scanState, progress}) work_.notify(field);
 }
 
-/// A scan that runs finds out that its work is no longer asked for.
 void ScanController::abandonScan() {
     ++scanNumber_;
+    shown_->drop();
+    if (runningScan_) runningScan_->requestStop();
     runningScan_.reset();
 }
 

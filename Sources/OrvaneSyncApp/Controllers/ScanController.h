@@ -8,12 +8,14 @@
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "Platform/Task.h"
+#include "Platform/Throttle.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -25,20 +27,21 @@ class ScanController {
     /// Null cache: probe results are neither looked up nor kept.
     ScanController(OpenWork& work, SmartAudioController& smartAudio, ReportController& reports,
                    std::shared_ptr<ProbeCache> probeCache);
+    ~ScanController();
 
     ScanState scanState() const { return scanState_; }
     const ScanProgress& progress() const { return progress_; }
     /// What the last scan found, and what it read from that.
     const std::optional<DiscoveryResult>& discoveryResult() const { return discoveryResult_; }
-    const std::optional<ScanResult>& scanResult() const { return scanResult_; }
+    const std::shared_ptr<const ScanResult>& scanResult() const { return scanResult_; }
 
     void setVideoFolderURL(std::optional<FileURL> folder);
     void setAudioFolderURL(std::optional<FileURL> folder);
     /// At least one folder is set.
     bool canScan() const;
-    /// Replaces all clips. Files that cannot be read stay in the work with what is known of them. Never
-    /// fails. Done when the clips stand; Smart Audio starts after that by itself. A second call while a scan
-    /// runs waits for that scan.
+    /// Replaces all clips, and stops the analyses of those before. Files that cannot be read stay in the work
+    /// with what is known of them. Never fails. Done when the clips stand; Smart Audio starts after that by
+    /// itself. A second call while a scan runs waits for that scan. One that is stopped leaves all as it was.
     platform::Task startScan();
     /// A scan that runs ends without a trace.
     void abandonScan();
@@ -47,7 +50,11 @@ class ScanController {
 
     /// Differs after every start and every end of asking for the work.
     std::uint64_t scanNumber() const { return scanNumber_; }
-    /// Called when the clips of a scan stand and a report lies over them.
+    /// Asked before the clips of a scan are made: what to do with them on another thread, before they stand;
+    /// null for nothing.
+    using EditOfClips = std::function<void(SyncGroupList&, const std::vector<MediaAsset>& scannedAudio)>;
+    std::function<EditOfClips()> editsOfClips;
+    /// Called when the clips of a scan stand, with report and edits.
     std::function<void()> whenMatched;
     /// Reads one file, behind what is being read; leaves it in `result`.
     platform::Task probeAudio(FileURL file, std::shared_ptr<std::optional<MediaAsset>> result) const;
@@ -59,12 +66,24 @@ class ScanController {
         field = std::move(value);
         work_.notify(name);
     }
+    /// What a scan replaces.
+    struct Earlier {
+        ScanState scanState;
+        std::optional<DiscoveryResult> discoveryResult;
+        std::shared_ptr<const ScanResult> scanResult;
+    };
+    using ScanStep = std::pair<std::uint64_t, ScanProgress>; ///< by number of the scan
+
     static platform::Task scan(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber);
+    static platform::Task scanSteps(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber);
+    static platform::Task match(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber);
+    void restore(Earlier earlier);
     static std::shared_ptr<ScanController> stillScanning(const std::weak_ptr<ScanController>& weak,
                                                          std::uint64_t scanNumber);
     std::function<void(int, int)> progressReport(std::uint64_t scanNumber, std::string phase, int before,
                                                  int total);
-    void adoptMatches(SyncGroupList groups, const std::vector<MediaAsset>& audioAssets);
+    /// `unclaimed`: the audio that no clip uses.
+    void adoptMatches(SyncGroupList groups, std::vector<WildTrack> unclaimed);
 
     OpenWork& work_;
     SmartAudioController& smartAudio_;
@@ -72,7 +91,8 @@ class ScanController {
     ScanState scanState_ = ScanState::idle;
     ScanProgress progress_;
     std::optional<DiscoveryResult> discoveryResult_;
-    std::optional<ScanResult> scanResult_;
+    std::shared_ptr<const ScanResult> scanResult_;
+    const std::shared_ptr<platform::Throttle<ScanStep>> shown_;
     /// Lets a scan see that another scan or a reset has taken its place.
     std::uint64_t scanNumber_ = 0;
     std::optional<platform::Task> runningScan_;

@@ -40,14 +40,14 @@ platform::Task SessionManager::write(std::weak_ptr<SessionManager> weak, UUID id
     auto self = weak.lock();
     if (!self) co_return;
     // Waits for the writes before it. What is saved meanwhile takes this one's place.
-    auto turn = platform::onQueue(*self->queue_, *self->mainThread_, [] {});
+    auto turn = platform::onQueue(*self->queue_, self->mainThread_, [] {});
     self.reset();
     co_await turn;
     self = weak.lock();
     if (!self || !self->isNewest(id, token)) co_return;
 
     const auto data = std::make_shared<const Unwritten>(self->unwritten_.at(id));
-    auto writing = platform::onQueue(*self->queue_, *self->mainThread_,
+    auto writing = platform::onQueue(*self->queue_, self->mainThread_,
                                      [store = self->store_, writer = self->groupsWriter_, data, id] {
                                          Outcome outcome;
                                          writeWork(store, *writer, id, *data, outcome);
@@ -60,7 +60,7 @@ platform::Task SessionManager::write(std::weak_ptr<SessionManager> weak, UUID id
     self->tellOfKeptFiles(std::exchange(outcome.kept, {}));
     if (!self->isNewest(id, token)) co_return;
 
-    auto listing = platform::onQueue(*self->queue_, *self->mainThread_,
+    auto listing = platform::onQueue(*self->queue_, self->mainThread_,
                                      [store = self->store_, data, outcome = std::move(outcome)] {
                                          Outcome whole = outcome;
                                          writeRecord(store, *data, whole);

@@ -235,31 +235,56 @@ void SessionManager::loadSessionList() {
     notify(SessionField::sessions);
 }
 
-void SessionManager::load(UUID sessionId, ImportController& controller) {
+struct SessionManager::Read {
+    SessionStore::Groups groups;
+    SessionStore::Stored<SessionFolders> folders;
+    std::optional<std::string> infoProblem;
+};
+
+platform::Task SessionManager::load(UUID sessionId, const std::shared_ptr<ImportController>& controller) {
     assertOnMainThread();
-    if (!store_.exists(sessionId)) return;
-    leaveSession();
-    loadFolderInfos();
-    captureActiveSettingsSnapshot();
-    writeNow(sessionId); // what is read must be the newest
-    auto read = store_.readGroups(sessionId);
-    const auto folders = store_.readFolders(sessionId);
-    queue_->post([writer = groupsWriter_, sessionId, read] { writer->opened(sessionId, read); });
-    SessionFolders media = folders.record.value_or(SessionFolders{});
+    return open(weak_from_this(), sessionId, controller, ++openings_);
+}
+
+platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID sessionId,
+                                    std::weak_ptr<ImportController> controller, std::uint64_t opening) {
+    auto self = weak.lock();
+    if (!self->store_.exists(sessionId)) co_return;
+    self->leaveSession();
+    self->loadFolderInfos();
+    self->captureActiveSettingsSnapshot();
+    self->writeNow(sessionId); // what is read must be the newest
+    auto reading = platform::onQueue(*self->queue_, self->mainThread_, [store = self->store_, sessionId] {
+        return Read{store.readGroups(sessionId), store.readFolders(sessionId),
+                    store.readInfo(sessionId).problem};
+    });
+    self.reset();
+    Read read = co_await reading;
+    self = weak.lock();
+    const auto work = controller.lock();
+    if (!self || !work || self->openings_ != opening) co_return;
+    self->leaveSession(); // what was edited meanwhile is saved where it belongs
+    self->open(sessionId, std::move(read), *work);
+}
+
+void SessionManager::open(const UUID& sessionId, Read read, ImportController& controller) {
+    queue_->post(
+        [writer = groupsWriter_, sessionId, groups = read.groups] { writer->opened(sessionId, groups); });
+    SessionFolders media = read.folders.record.value_or(SessionFolders{});
     const SessionFolders known = media;
     if (const auto newer = unwritten_.find(sessionId); newer != unwritten_.end() && newer->second.work) {
-        read.groups = newer->second.work->groups; // which the disk would not take
+        read.groups.groups = newer->second.work->groups; // which the disk would not take
         media = newer->second.work->folders.folders;
     }
     {
         const Restoring restoring(*this);
-        controller.openStoredWork({media.videoFolder, media.audioFolder, std::move(read.groups)});
+        controller.openStoredWork({media.videoFolder, media.audioFolder, std::move(read.groups.groups)});
     }
     const auto kept = std::exchange(keptWhileOpening_, {});
     setCurrentSession(sessionId);
     knownFolders_ = known;
-    areFoldersUnreadable_ = folders.problem.has_value();
-    for (const auto& problem : {store_.readInfo(sessionId).problem, folders.problem, read.problem})
+    areFoldersUnreadable_ = read.folders.problem.has_value();
+    for (const auto& problem : {read.infoProblem, read.folders.problem, read.groups.problem})
         if (problem) openingProblem_ = openingProblem_ ? *openingProblem_ + "; " + *problem : *problem;
     tellProblem();
     tellOfKeptFiles(kept);
@@ -272,13 +297,14 @@ void SessionManager::load(UUID sessionId, ImportController& controller) {
     }
 }
 
-void SessionManager::loadMostRecentSession(ImportController& controller) {
+platform::Task SessionManager::loadMostRecentSession(const std::shared_ptr<ImportController>& controller) {
     loadSessionList();
-    if (!sessions_.empty()) load(sessions_.front().id, controller);
+    return sessions_.empty() ? platform::Task::ended() : load(sessions_.front().id, controller);
 }
 
 platform::Task SessionManager::newSession(ImportController& controller) {
     assertOnMainThread();
+    ++openings_; // one that still reads is no longer asked for
     leaveSession();
     {
         const Restoring restoring(*this);

@@ -75,10 +75,11 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
 
     // Opening.
 
-    /// Replaces the controller's work by the session's. Nothing when there is no such session. A session
-    /// whose clips can't be read opens without any (`problem`), and their file is kept.
-    void load(UUID sessionId, ImportController& controller);
-    void loadMostRecentSession(ImportController& controller);
+    /// Reads the session's clips on the queue and then replaces the controller's work by them; the task ends
+    /// when they stand. Nothing when there is no such session. A session whose clips can't be read opens
+    /// without any (`problem`), and their file is kept. A later call takes the place of one that still reads.
+    platform::Task load(UUID sessionId, const std::shared_ptr<ImportController>& controller);
+    platform::Task loadMostRecentSession(const std::shared_ptr<ImportController>& controller);
     /// Empty work under a new id, saved at once. The task is that of `save`.
     platform::Task newSession(ImportController& controller);
     void loadSessionList();
@@ -158,6 +159,10 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     void tellOfKeptFiles(const std::vector<std::string>& kept);
     bool isDeletedByAnother() const;
     void leaveSession();
+    struct Read; ///< what the disk says of a session
+    static platform::Task open(std::weak_ptr<SessionManager> weak, UUID sessionId,
+                               std::weak_ptr<ImportController> controller, std::uint64_t opening);
+    void open(const UUID& sessionId, Read read, ImportController& controller);
     void scheduleSave();
     void saveScheduledChanges();
     void autosaveIfNeeded();
@@ -215,6 +220,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     std::shared_ptr<platform::Timer> settingsTimer_;
     bool isStarted_ = false;
     bool isRestoring_ = false;     ///< changes of the clips are those of a session that opens
+    std::uint64_t openings_ = 0;   ///< tells an opening that another has taken its place
     bool isSaveScheduled_ = false; ///< for the changes of this turn of the run loop
 
     /// The newest write token of each session: an older write stops where it finds another one.

@@ -31,6 +31,8 @@ class SmartAudioController {
     /// first; for a face that runs the analysis on terms of its own.
     void setAnalysesAfterScan(bool doesSo) { analysesAfterScan_ = doesSo; }
     void startAnalysisAfterScan();
+    /// Whatever runs ends without a verdict.
+    void stop() { runs_.stop(); }
     /// Waits for the analysis that the last scan started by itself, if it did.
     platform::Task waitForAnalysisAfterScan() const;
 

@@ -43,27 +43,34 @@ bool asksTheSame(const SmartAudioRequest& a, const SmartAudioRequest& b) {
 }
 
 /// On the router's queue. What cannot be heard gives the empty result.
-SmartAudioResult listen(const SmartAudioRouter& router, SmartAudioRequest request) {
+SmartAudioResult listen(const SmartAudioRouter::Means& means, SmartAudioRequest request,
+                        const std::stop_token& stop) {
     try {
         if (request.stems) {
             const auto metrics =
-                computeStemMetrics(*request.stems, smartAudioWindowSeconds, musicSourceLevel);
+                computeStemMetrics(*request.stems, smartAudioWindowSeconds, musicSourceLevel, stop);
             request.blockSettings = request.blockSettings->consideringMusic(metrics.musicProbability);
         }
-        return router.analyzeOnQueue(request);
+        return SmartAudioRouter::analyze(request, means, stop);
     } catch (const std::exception&) {
         return {};
     }
 }
 
 /// LUFS. A recording that cannot be measured counts as all but silent.
-double loudnessOf(const TakeSound& recording) {
+double loudnessOf(const TakeSound& recording, const std::stop_token& stop) {
     try {
-        return LUFSMeter::measureIntegratedLUFS(recording).value_or(MasterGain::unmeasuredLUFS);
+        return LUFSMeter::measureIntegratedLUFS(recording, stop).value_or(MasterGain::unmeasuredLUFS);
     } catch (const std::exception&) {
         return MasterGain::unmeasuredLUFS;
     }
 }
+
+/// A recording's loudness, and the calibration at that time.
+struct Measured {
+    double lufs = 0;
+    SmartAudioPredictor predictor;
+};
 
 } // namespace
 
@@ -92,14 +99,26 @@ struct SmartAudioRuns::Run {
 
     std::map<TakeSound, int> clipsLeft;
     std::map<std::pair<TakeSound, std::set<int>>, SmartAudioResult> heard; ///< by recording and candidates
-    std::map<TakeSound, double> loudness;                                  ///< LUFS
+    std::map<TakeSound, Measured> loudness;
 };
 
 SmartAudioRuns::SmartAudioRuns(OpenWork& work, SmartAudioCaches& caches)
-    : work_(work), caches_(caches), router_(std::make_unique<SmartAudioRouter>()),
+    : work_(work), caches_(caches),
+      shown_(platform::Throttle<Shown>::create(work.environment.mainThread, work.environment.clock,
+                                               platform::progressInterval,
+                                               [this](const Shown& latest) {
+                                                   const auto run = latest.first.lock();
+                                                   // Of several runs the one that began first is shown, so
+                                                   // that the fraction never goes back and forth.
+                                                   if (!run || underWay_.empty() || underWay_.front() != run)
+                                                       return;
+                                                   caches_.state.progress = latest.second;
+                                                   work_.notify(ImportField::smartAudio);
+                                               })),
+      router_(std::make_unique<SmartAudioRouter>()),
       loudnessQueue_(platform::SerialQueue::create("loudness")) {}
 
-SmartAudioRuns::~SmartAudioRuns() = default;
+SmartAudioRuns::~SmartAudioRuns() { shown_->close(); }
 
 SmartAudioRuns::RunPointer SmartAudioRuns::newRun(SmartAudioTerms terms, bool forceOverwriteManualTracks) {
     auto run = std::make_shared<Run>();
@@ -110,8 +129,11 @@ SmartAudioRuns::RunPointer SmartAudioRuns::newRun(SmartAudioTerms terms, bool fo
 
 platform::Task SmartAudioRuns::analyse(SyncGroupList groups, SmartAudioTerms terms,
                                        bool forceOverwriteManualTracks, Loudness loudness) {
-    return analyseEach(work_.weak(this), std::move(groups),
-                       newRun(std::move(terms), forceOverwriteManualTracks), loudness);
+    return start(std::move(groups), newRun(std::move(terms), forceOverwriteManualTracks), loudness);
+}
+
+platform::Task SmartAudioRuns::start(SyncGroupList groups, const RunPointer& run, Loudness loudness) {
+    return work_.running.add(running_.add(analyseEach(work_.weak(this), std::move(groups), run, loudness)));
 }
 
 platform::Task SmartAudioRuns::analyseEach(std::weak_ptr<SmartAudioRuns> weak, SyncGroupList groups,
@@ -124,16 +146,19 @@ platform::Task SmartAudioRuns::analyseEach(std::weak_ptr<SmartAudioRuns> weak, S
         if (run->clipsLeft[{group, take}]++ == 0) run->effort += effortOf(take);
     }
     self->began(run);
-    for (const SyncGroup& group : groups) {
-        self->nextClip(*run, group);
-        self.reset();
-        co_await analyseClip(weak, group.id, run);
-        if (loudness == Loudness::measure) co_await measureLoudness(weak, group.id, run);
-        self = weak.lock();
-        if (!self) co_return;
+    self.reset();
+    const platform::Task clips = analyseClips(weak, groups, run, loudness);
+    std::exception_ptr stopped;
+    try {
+        co_await clips;
+    } catch (const platform::Stopped&) {
+        stopped = std::current_exception();
     }
-    self->ended(run);
-    if (loudness == Loudness::leave) co_return;
+    run->isAwaitingVerdict = false;
+    self = weak.lock();
+    if (self) self->ended(run);
+    if (stopped) std::rethrow_exception(stopped);
+    if (!self || loudness == Loudness::leave) co_return;
     for (const SyncGroup& group : groups) {
         const auto result = self->caches_.state.results.find(group.id);
         if (result == self->caches_.state.results.end() || result->second.blocks.empty()) continue;
@@ -144,18 +169,24 @@ platform::Task SmartAudioRuns::analyseEach(std::weak_ptr<SmartAudioRuns> weak, S
     }
 }
 
-platform::Task SmartAudioRuns::analyseOne(const UUID& groupID, RunPointer run) {
-    SyncGroupList one = work_.syncGroups().filtered(
-        [&](const SyncGroup& group) { return group.id == groupID && !group.isMOS(); });
-    return analyseEach(work_.weak(this), std::move(one), std::move(run), Loudness::measure);
+platform::Task SmartAudioRuns::analyseClips(std::weak_ptr<SmartAudioRuns> weak, SyncGroupList groups,
+                                            RunPointer run, Loudness loudness) {
+    for (const SyncGroup& group : groups) {
+        auto self = weak.lock();
+        if (!self) co_return;
+        self->nextClip(run, group);
+        self.reset();
+        co_await analyseClip(weak, group.id, run);
+        if (loudness == Loudness::measure) co_await measureLoudness(weak, group.id, run);
+    }
 }
 
-void SmartAudioRuns::nextClip(Run& run, const SyncGroup& group) {
-    run.removals = caches_.removals(group.id);
-    run.isAwaitingVerdict = true;
-    ++run.progress.current;
-    run.progress.phase = "Listening to " + filesText(group, takeOf(group, assumedChannels), FileNames());
-    show(run, run.progress);
+void SmartAudioRuns::nextClip(const RunPointer& run, const SyncGroup& group) {
+    run->removals = caches_.removals(group.id);
+    run->isAwaitingVerdict = true;
+    ++run->progress.current;
+    run->progress.phase = "Listening to " + filesText(group, takeOf(group, assumedChannels), FileNames());
+    show(run, run->progress);
 }
 
 SmartAudioRequest SmartAudioRuns::request(const SyncGroup& group, const Run& run) const {
@@ -173,15 +204,11 @@ SmartAudioRequest SmartAudioRuns::request(const SyncGroup& group, const Run& run
 }
 
 std::function<void(double)> SmartAudioRuns::report(const RunPointer& run, double effort) {
-    return [weak = work_.weak(this), main = work_.environment.mainThread, run = std::weak_ptr(run),
-            before = run->progress, share = effort / run->effort](double heard) {
+    return [shown = std::weak_ptr(shown_), run = std::weak_ptr(run), before = run->progress,
+            share = effort / run->effort](double heard) {
         SmartAudioProgress progress = before;
         progress.fraction = std::min(progress.fraction + heard * share, 1.0);
-        main->post([weak, run, progress] {
-            const auto self = weak.lock();
-            const auto reporting = run.lock();
-            if (self && reporting) self->show(*reporting, progress);
-        });
+        if (const auto own = shown.lock()) own->post({run, std::move(progress)});
     };
 }
 
@@ -199,9 +226,11 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
         if (known != nullptr) {
             result = *known;
         } else {
-            auto listening = platform::onQueue(
-                self->router_->queue(), *self->work_.environment.mainThread,
-                [router = self->router_.get(), request] { return listen(*router, request); });
+            auto listening =
+                platform::onQueue(self->router_->queue(), self->work_.environment.mainThread,
+                                  [means = self->router_->means(), request](const std::stop_token& stop) {
+                                      return listen(means, request, stop);
+                                  });
             self.reset();
             result = co_await listening;
             run->progress.fraction = std::min(run->progress.fraction + share, 1.0);
@@ -259,17 +288,22 @@ platform::Task SmartAudioRuns::measureLoudness(std::weak_ptr<SmartAudioRuns> wea
         const TakeSound recording = soundOf(*group);
         if (const auto measured = run->loudness.find(recording); measured != run->loudness.end()) {
             self->work_.edit(groupID, [&](SyncGroup& own) {
-                own.measuredLUFS = measured->second;
+                own.measuredLUFS = measured->second.lufs;
                 if (own.masterGainAuto)
-                    own.masterGainDB =
-                        automaticMasterGainDB(measured->second, *self->work_.environment.settings);
+                    own.masterGainDB = MasterGain::gainDB(
+                        measured->second.lufs,
+                        MasterGain::Target::fromUserDefaults(*self->work_.environment.settings),
+                        measured->second.predictor);
             });
             co_return;
         }
-        auto measuring = platform::onQueue(*self->loudnessQueue_, *self->work_.environment.mainThread,
-                                           [recording] { return loudnessOf(recording); });
+        auto measuring = platform::onQueue(
+            *self->loudnessQueue_, self->work_.environment.mainThread,
+            [recording](const std::stop_token& stop) {
+                return Measured{loudnessOf(recording, stop), SmartAudioPredictor::loadingFromDisk()};
+            });
         self.reset();
-        run->loudness[recording] = co_await measuring;
+        run->loudness.insert_or_assign(recording, co_await measuring);
     }
 }
 
@@ -291,7 +325,9 @@ platform::Task SmartAudioRuns::analyseAgain(const UUID& groupID, const SmartAudi
         return pending->second->task.value_or(platform::Task::ended());
     const auto run = newRun(terms, false);
     again_.insert_or_assign(groupID, run);
-    run->task = analyseOne(groupID, run);
+    SyncGroupList one = work_.syncGroups().filtered(
+        [&](const SyncGroup& group) { return group.id == groupID && !group.isMOS(); });
+    run->task = start(std::move(one), run, Loudness::measure);
     return *run->task;
 }
 
@@ -302,17 +338,15 @@ void SmartAudioRuns::began(const RunPointer& run) {
 }
 
 void SmartAudioRuns::ended(const RunPointer& run) {
+    shown_->flush();
     std::erase(underWay_, run);
     caches_.state.isAnalyzing = !underWay_.empty();
     caches_.state.progress = underWay_.empty() ? SmartAudioProgress{} : underWay_.front()->progress;
     work_.notify(ImportField::smartAudio);
 }
 
-/// Of several runs the one that began first is shown, so that the fraction never goes back and forth.
-void SmartAudioRuns::show(const Run& run, SmartAudioProgress progress) {
-    if (underWay_.empty() || underWay_.front().get() != &run) return;
-    caches_.state.progress = std::move(progress);
-    work_.notify(ImportField::smartAudio);
+void SmartAudioRuns::show(const RunPointer& run, SmartAudioProgress progress) {
+    if (!underWay_.empty() && underWay_.front() == run) shown_->post({run, std::move(progress)});
 }
 
 } // namespace orvane

@@ -4,11 +4,13 @@
 #include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "Platform/Task.h"
+#include "Platform/Throttle.h"
 
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -36,29 +38,37 @@ class SmartAudioRuns {
     /// Analyses the clip again with the editor's choice of tracks kept. The task may be that of an analysis
     /// that runs on the same terms: it judges the clip as it stands in the end.
     platform::Task analyseAgain(const UUID& groupID, const SmartAudioTerms& terms);
+    /// All that run.
+    void stop() { running_.requestStop(); }
 
   private:
     struct Run;
     using RunPointer = std::shared_ptr<Run>;
     static RunPointer newRun(SmartAudioTerms terms, bool forceOverwriteManualTracks);
+    platform::Task start(SyncGroupList groups, const RunPointer& run, Loudness loudness);
     static platform::Task analyseEach(std::weak_ptr<SmartAudioRuns> weak, SyncGroupList groups,
                                       RunPointer run, Loudness loudness);
+    static platform::Task analyseClips(std::weak_ptr<SmartAudioRuns> weak, SyncGroupList groups,
+                                       RunPointer run, Loudness loudness);
     static platform::Task analyseClip(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run);
     static platform::Task measureLoudness(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run);
     static platform::Task renderMixdown(std::weak_ptr<SmartAudioRuns> weak, UUID groupID);
-    platform::Task analyseOne(const UUID& groupID, RunPointer run);
 
-    void nextClip(Run& run, const SyncGroup& group);
+    void nextClip(const RunPointer& run, const SyncGroup& group);
     SmartAudioRequest request(const SyncGroup& group, const Run& run) const;
     std::function<void(double)> report(const RunPointer& run, double effort);
     const SyncGroup* stillAsked(const UUID& groupID, const Run& run) const;
     void adoptVerdict(const UUID& groupID, SmartAudioResult result, bool forceOverwriteManualTracks);
     void began(const RunPointer& run);
     void ended(const RunPointer& run);
-    void show(const Run& run, SmartAudioProgress progress);
+    void show(const RunPointer& run, SmartAudioProgress progress);
 
     OpenWork& work_;
     SmartAudioCaches& caches_;
+    /// Of which run, and how far.
+    using Shown = std::pair<std::weak_ptr<Run>, SmartAudioProgress>;
+    const std::shared_ptr<platform::Throttle<Shown>> shown_;
+    platform::RunningTasks running_;
     std::vector<RunPointer> underWay_; ///< by when they began
     std::map<UUID, RunPointer> again_; ///< the latest of each clip, if not yet judged
     const std::unique_ptr<SmartAudioRouter> router_;

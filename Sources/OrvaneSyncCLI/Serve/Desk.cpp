@@ -3,6 +3,7 @@
 #include "OrvaneSyncCLI/ScanRun.h"
 #include "OrvaneSyncCLI/Serve/RPCMethod.h"
 #include "Platform/Files.h"
+#include "Platform/InterfaceThread.h"
 
 #include <algorithm>
 
@@ -11,6 +12,7 @@ namespace orvane::cli::rpc {
 namespace {
 
 FileURL readable(const std::string& path, bool isFolder) {
+    const platform::MayBlock caller; // waits for the answer, and for nothing else
     if (const std::string why = whyUnreadable(path, isFolder); !why.empty())
         throw Error(ErrorCode::operationFailed, std::string("can't read the ") +
                                                     (isFolder ? "folder" : "file") + " '" + path +

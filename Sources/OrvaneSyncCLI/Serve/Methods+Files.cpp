@@ -5,7 +5,8 @@
 #include "OrvaneSyncCLI/Serve/Methods.h"
 #include "Platform/Files.h"
 
-#include <functional>
+#include <memory>
+#include <optional>
 
 namespace orvane::cli::rpc {
 
@@ -16,14 +17,14 @@ using enum Parameter::Kind;
 const Parameter groupID{"groupID", id};
 const Parameter overwrite{"overwrite", boolean, true};
 
-JSON loadALE(Desk& desk, const Call& call) {
+platform::Task loadALE(Desk& desk, Call call, std::shared_ptr<JSON> /*result*/) {
     const FileURL file = readableFile(call.text("path"));
     if (const std::string why = whyNoReport(file.path); !why.empty())
         throw Error(ErrorCode::operationFailed, "can't read the report '" + file.path + "': " + why);
-    desk.controller->reports().loadALE(file);
+    const platform::Task loading = desk.controller->reports().loadALE(file);
+    co_await loading;
     if (const auto& problem = desk.controller->reports().aleImportError())
         throw Error(ErrorCode::operationFailed, *problem);
-    return {};
 }
 
 ExportSettings exportSettings(Desk& desk, const Call& call) {
@@ -39,28 +40,28 @@ OutputPermission permission(const Call& call) {
 }
 
 /// Asks for the place before it asks for the document.
-JSON written(const ImportController& controller, const Call& call,
-             const std::function<ExportResult()>& exported) {
-    const std::string& output = call.text("output");
-    const OutputGuard guard(OutputKind::document, controller.project().inputs(), permission(call));
-    guard.check(output);
-    ExportResult result = exported();
-    guard.write(output, result.fcpxmlString);
-    addOwnWarnings(controller, result);
-    return exportJSON(controller, result, output);
-}
-
-JSON exportFCPXML(Desk& desk, const Call& call) {
-    const ImportController& controller = *desk.controller;
-    return written(controller, call,
-                   [&] { return controller.exporting().exportFCPXML(exportSettings(desk, call)); });
-}
-
-JSON exportSingleClip(Desk& desk, const Call& call) {
-    const ImportController& controller = *desk.controller;
-    return written(controller, call, [&] {
-        return controller.exporting().exportSingleClip(call.id("groupID"), exportSettings(desk, call));
-    });
+platform::Task exported(Desk& desk, Call call, std::shared_ptr<JSON> answer) {
+    const std::shared_ptr<const ImportController> controller = desk.controller;
+    const auto& mainThread = controller->work().environment.mainThread;
+    platform::SerialQueue& queue = *controller->work().documents;
+    const std::string output = call.text("output");
+    const auto guard = std::make_shared<std::optional<OutputGuard>>();
+    auto checking = platform::onQueue(
+        queue, mainThread, [guard, output, inputs = controller->project().inputs(), may = permission(call)] {
+            guard->emplace(OutputKind::document, inputs, may);
+            (*guard)->check(output);
+        });
+    co_await checking;
+    const auto result = std::make_shared<ExportResult>();
+    const auto clip = call.has(groupID.name) ? std::optional(call.id(groupID.name)) : std::nullopt;
+    const platform::Task making =
+        controller->exporting().exportInBackground(clip, exportSettings(desk, call), result);
+    co_await making;
+    auto writing = platform::onQueue(
+        queue, mainThread, [guard, output, result] { (*guard)->write(output, result->fcpxmlString); });
+    co_await writing;
+    addOwnWarnings(*controller, *result);
+    *answer = exportJSON(*controller, *result, output);
 }
 
 /// An operation on one clip that opens its own undo step, and one on all clips.
@@ -81,7 +82,7 @@ Method onAll(std::string_view name, void (ReportController::*operation)()) {
 
 std::vector<Method> reportMethods() {
     return {
-        Method("loadALE", {{"path", path}}, loadALE),
+        Method::later("loadALE", {{"path", path}}, loadALE),
         onGroup("clearALEMetadata", &ReportController::clearALEMetadata),
         onGroup("clearLockitMetadata", &ReportController::clearLockitMetadata),
         onAll("clearALEMetadataForAllClips", &ReportController::clearALEMetadataForAllClips),
@@ -101,9 +102,9 @@ std::vector<Method> fileMethods() {
                       [](Desk& desk, const Call& call, const std::shared_ptr<JSON>&) {
                           return desk.controller->project().loadProject(readableFile(call.text("path")));
                       }),
-        Method("exportFCPXML", {{"output", path}, {"eventName", text, true}, overwrite}, exportFCPXML),
-        Method("exportSingleClip", {groupID, {"output", path}, {"eventName", text, true}, overwrite},
-               exportSingleClip),
+        Method::later("exportFCPXML", {{"output", path}, {"eventName", text, true}, overwrite}, exported),
+        Method::later("exportSingleClip", {groupID, {"output", path}, {"eventName", text, true}, overwrite},
+                      exported),
     };
 }
 

@@ -33,9 +33,10 @@ Method onSession(std::string_view name, std::vector<Parameter> more, Operation o
 }
 
 /// Also opens what lies on the disk and is not in the list.
-void loadSession(Desk& desk, const Call& call) {
+platform::Task loadSession(Desk& desk, Call call, std::shared_ptr<JSON> /*result*/) {
     const UUID session = call.id("sessionId");
-    desk.sessions->load(session, *desk.controller);
+    const platform::Task loading = desk.sessions->load(session, desk.controller);
+    co_await loading;
     if (desk.sessions->currentSessionId() != session) throw sessionNotFound();
 }
 
@@ -96,9 +97,11 @@ std::vector<Method> openingMethods() {
                           return saved(desk,
                                        desk.sessions->save(*desk.controller, call.textIfPresent("name")));
                       }),
-        doing("loadSession", {sessionId}, loadSession),
-        doing("loadMostRecentSession", {},
-              [](Desk& desk, const Call&) { desk.sessions->loadMostRecentSession(*desk.controller); }),
+        Method::later("loadSession", {sessionId}, loadSession),
+        Method::later("loadMostRecentSession", {},
+                      [](Desk& desk, const Call&, const std::shared_ptr<JSON>&) {
+                          return desk.sessions->loadMostRecentSession(desk.controller);
+                      }),
         onSession("renameSession", {{"name", text}},
                   [](Desk& desk, const UUID& session, const Call& call) {
                       desk.sessions->rename(session, call.text("name"));

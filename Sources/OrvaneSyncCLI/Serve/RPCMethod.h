@@ -17,13 +17,14 @@ namespace orvane::cli::rpc {
 
 using platform::JSON;
 
-/// Why a call failed, as JSON-RPC 2.0 numbers it; `operationFailed` is an error of the program's own.
+/// Why a call failed, as JSON-RPC 2.0 numbers it; the positive ones are the program's own.
 enum class ErrorCode : int {
     parseError = -32700,
     invalidRequest = -32600,
     methodNotFound = -32601,
     invalidParams = -32602,
-    operationFailed = 1
+    operationFailed = 1,
+    cancelled = 2 ///< by `cancel`
 };
 
 class Error : public std::runtime_error {

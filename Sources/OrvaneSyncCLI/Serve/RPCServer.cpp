@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCLI/Serve/Desk.h"
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -9,8 +10,11 @@ namespace orvane::cli::rpc {
 
 namespace {
 
-std::map<std::string_view, Method> byName(std::vector<Method> methods) {
+constexpr std::string_view cancelName = "cancel";
+
+std::map<std::string_view, Method> byName(std::vector<Method> methods, Method own) {
     std::map<std::string_view, Method> table;
+    methods.push_back(std::move(own));
     for (Method& method : methods) table.emplace(method.name, std::move(method));
     return table;
 }
@@ -70,13 +74,59 @@ JSON identifierOf(const JSON& message) {
     return id != nullptr && isIdentifier(*id) ? *id : JSON();
 }
 
+bool asksToCancel(const JSON& message) {
+    const JSON* method = message.isObject() ? message.find("method") : nullptr;
+    return method != nullptr && method->string() != nullptr && *method->string() == cancelName;
+}
+
+/// Also of one of a batch.
+bool isRequest(const JSON& message, const JSON& id) {
+    if (message.isArray())
+        return std::ranges::any_of(*message.elements(), [&](const JSON& one) { return isRequest(one, id); });
+    return identifierOf(message) == id;
+}
+
 } // namespace
 
 Server::Server(Desk& desk, std::vector<Method> methods, Write write)
-    : desk_(desk), methods_(byName(std::move(methods))), write_(std::move(write)) {}
+    : desk_(desk), methods_(byName(std::move(methods), cancelMethod())), write_(std::move(write)) {}
+
+Method Server::cancelMethod() {
+    return {cancelName, {{"id", Parameter::Kind::any}}, [this](Desk&, const Call& call) {
+                return JSON(cancel(call.any("id")));
+            }};
+}
+
+/// Null names no request.
+bool Server::cancel(const JSON& id) {
+    if (id.isNull()) return false;
+    bool isThere = false;
+    if (longOperation_ && idUnderWay_ == id) {
+        longOperation_->requestStop();
+        isThere = true;
+    }
+    for (const auto& message : waiting_) {
+        if (!message->message || !isRequest(*message->message, id)) continue;
+        message->cancelled.push_back(id);
+        isThere = true;
+    }
+    return isThere;
+}
 
 void Server::receive(std::string line, std::function<void()> whenServed) {
-    waiting_.push_back({std::move(line), std::move(whenServed)});
+    const auto waiting = std::make_shared<Waiting>();
+    waiting->whenServed = std::move(whenServed);
+    try {
+        if (line.find_first_not_of(" \t\r") != std::string::npos) waiting->message = JSON::parse(line);
+    } catch (const platform::JSONError& error) {
+        waiting->problem = error.what();
+    }
+    if (isServing_ && waiting->message && asksToCancel(*waiting->message)) {
+        serve(waiting); // waits for nothing, so it is done when this returns
+        if (waiting->whenServed) waiting->whenServed();
+        return;
+    }
+    waiting_.push_back(waiting);
     if (!isServing_) serveAll();
 }
 
@@ -99,31 +149,22 @@ void Server::whenIdle(std::function<void()> callback) {
 platform::Task Server::serveAll() {
     isServing_ = true;
     while (!waiting_.empty()) {
-        Waiting next = std::move(waiting_.front());
+        const auto next = std::move(waiting_.front());
         waiting_.pop_front();
-        co_await serve(std::move(next.line));
-        if (next.whenServed) next.whenServed();
+        co_await serve(next);
+        if (next->whenServed) next->whenServed();
     }
     isServing_ = false;
     if (whenIdle_) std::exchange(whenIdle_, nullptr)();
 }
 
-platform::Task Server::serve(std::string line) {
-    if (line.find_first_not_of(" \t\r") == std::string::npos) co_return;
-    JSON request;
-    std::string problem;
-    try {
-        request = JSON::parse(line);
-    } catch (const platform::JSONError& error) {
-        problem = error.what();
-    }
-    if (!problem.empty()) {
-        refuse(problem);
-        co_return;
-    }
+platform::Task Server::serve(std::shared_ptr<Waiting> waiting) {
+    if (!waiting->problem.empty()) refuse(waiting->problem);
+    if (!waiting->message) co_return;
+    JSON request = std::move(*waiting->message);
     const auto response = std::make_shared<std::optional<JSON>>();
     if (!request.isArray()) {
-        co_await answer(std::move(request), response);
+        co_await answer(std::move(request), waiting, response);
         if (*response) write(**response);
         co_return;
     }
@@ -134,31 +175,38 @@ platform::Task Server::serve(std::string line) {
     JSON::Array responses;
     for (JSON& element : *request.elements()) {
         response->reset();
-        co_await answer(std::move(element), response);
+        co_await answer(std::move(element), waiting, response);
         if (*response) responses.push_back(std::move(**response));
     }
     if (!responses.empty()) write(JSON(std::move(responses)));
 }
 
-platform::Task Server::finished(const Method& method, Call call, std::shared_ptr<JSON> result) {
+platform::Task Server::finished(const Method& method, Call call, JSON id, std::shared_ptr<JSON> result) {
     isWaitedFor_ = true;
+    idUnderWay_ = std::move(id);
     std::exception_ptr raised;
     try {
-        co_await method.whenDone(desk_, std::move(call), std::move(result));
+        longOperation_ = method.whenDone(desk_, std::move(call), std::move(result));
+        const platform::Task operation = *longOperation_;
+        co_await operation;
     } catch (...) {
         raised = std::current_exception();
     }
+    longOperation_.reset();
     isWaitedFor_ = false;
     if (raised) std::rethrow_exception(raised);
 }
 
-platform::Task Server::answer(JSON request, std::shared_ptr<std::optional<JSON>> response) {
+platform::Task Server::answer(JSON request, std::shared_ptr<const Waiting> waiting,
+                              std::shared_ptr<std::optional<JSON>> response) {
     bool isNotification = false;
     ErrorCode code = ErrorCode::operationFailed;
     std::string why;
     try {
         const Request parsed = parsedRequest(request);
         isNotification = parsed.isNotification;
+        if (std::ranges::find(waiting->cancelled, parsed.id) != waiting->cancelled.end())
+            throw platform::Stopped();
         const auto method = methods_.find(parsed.method);
         if (method == methods_.end())
             throw Error(ErrorCode::methodNotFound, "there is no method '" + parsed.method + "'");
@@ -168,7 +216,7 @@ platform::Task Server::answer(JSON request, std::shared_ptr<std::optional<JSON>>
         if (method->second.now)
             *result = method->second.now(desk_, call);
         else
-            co_await finished(method->second, call, result);
+            co_await finished(method->second, call, parsed.id, result);
         if (isNotification) co_return;
         JSON success = message();
         success.set("id", parsed.id);
@@ -178,6 +226,9 @@ platform::Task Server::answer(JSON request, std::shared_ptr<std::optional<JSON>>
     } catch (const Error& error) {
         code = error.code();
         why = error.what();
+    } catch (const platform::Stopped& stopped) {
+        code = ErrorCode::cancelled;
+        why = stopped.what();
     } catch (const std::exception& error) {
         why = error.what();
     }

@@ -5,6 +5,8 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +15,9 @@ namespace orvane::cli::rpc {
 
 /// JSON-RPC 2.0, one message a line. Messages are served one at a time, in the order in which they came; a
 /// long operation holds up those behind it. Interface thread. Must outlive what it serves.
+///
+/// A `cancel {id}` that comes by itself is answered at once, whatever waits: true when the request of that id
+/// runs or waits for its turn, and then that request is answered, in its turn, by the error `cancelled`.
 class Server {
   public:
     /// Takes one message without its line end.
@@ -32,23 +37,32 @@ class Server {
     void whenIdle(std::function<void()> callback);
 
   private:
+    struct Waiting {
+        std::optional<JSON> message; ///< absent for a blank line and for one that is no JSON
+        std::string problem;         ///< why it is none
+        std::function<void()> whenServed;
+        std::vector<JSON> cancelled; ///< identifiers of requests in the message that are not to run
+    };
+
     platform::Task serveAll();
-    platform::Task serve(std::string line);
-    platform::Task finished(const Method& method, Call call, std::shared_ptr<JSON> result);
+    platform::Task serve(std::shared_ptr<Waiting> waiting);
+    platform::Task finished(const Method& method, Call call, JSON id, std::shared_ptr<JSON> result);
+    /// Whether there was such a request.
+    bool cancel(const JSON& id);
+    Method cancelMethod();
     /// Leaves the response in `response`; nothing for a notification.
-    platform::Task answer(JSON request, std::shared_ptr<std::optional<JSON>> response);
+    platform::Task answer(JSON request, std::shared_ptr<const Waiting> waiting,
+                          std::shared_ptr<std::optional<JSON>> response);
     void write(const JSON& message) const { write_(message.dump()); }
 
     Desk& desk_;
     const std::map<std::string_view, Method> methods_;
     const Write write_;
-    struct Waiting {
-        std::string line;
-        std::function<void()> whenServed;
-    };
-    std::deque<Waiting> waiting_;
+    std::deque<std::shared_ptr<Waiting>> waiting_;
     bool isServing_ = false;
     bool isWaitedFor_ = false;
+    std::optional<platform::Task> longOperation_; ///< that a caller waits for
+    JSON idUnderWay_;                             ///< of its request; null for a notification
     std::function<void()> whenIdle_;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/SyncGroup.h"
+#include "OrvaneSyncCore/Models/SyncGroupChanges.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -96,6 +97,11 @@ class SyncGroupList {
         return result;
     }
 
+    /// What tells this list from an earlier state of it. Where clips have only changed, chunks that both
+    /// share are passed over, so that it costs a pointer for 64 clips. A clip counts as changed when it was
+    /// edited, whether or not the edit made a difference.
+    SyncGroupChanges changesSince(const SyncGroupList& before) const;
+
     /// Looks at all ids once, so that `find` need not, here and in every copy with the same groups. `update`
     /// does so by itself.
     void makeIndex();
@@ -108,6 +114,8 @@ class SyncGroupList {
     using Index = std::vector<std::uint32_t>;
     static constexpr std::uint32_t freeSlot = 0;
 
+    /// Nothing where the clips are not the same ones in the same order.
+    std::optional<SyncGroupChanges> changesInPlace(const SyncGroupList& before) const;
     std::optional<std::size_t> positionOf(const UUID& id) const;
     void replace(std::size_t position, Element group);
     template <class Change>

@@ -80,7 +80,8 @@ TEST(FFprobe, saysTheSameOfFilesThatFFmpegWrites) {
         {"big-endian.aiff", "25", "", "-vn -c:a pcm_s16be"},
     };
     const test::TemporaryDirectory folder;
-    const platform::MemorySettingsStore settings;
+    std::shared_ptr<platform::MemorySettingsStore> settings =
+        std::make_shared<platform::MemorySettingsStore>();
     for (const Case& one : cases) {
         SCOPED_TRACE(one.name);
         const std::string path = folder.path(one.name), rate = one.rate, label = one.timecode;

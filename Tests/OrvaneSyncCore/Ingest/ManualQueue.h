@@ -14,7 +14,7 @@ namespace orvane::test {
 class ManualQueue : public platform::SerialQueue {
   public:
     ~ManualQueue() override { advance(std::chrono::hours(1)); }
-    void post(std::function<void()> work) override { sync(work); }
+    void post(std::function<void()> work, std::stop_token /*stop*/) override { sync(work); }
     void sync(const std::function<void()>& work) override {
         const std::lock_guard lock(mutex_);
         work();

@@ -32,7 +32,8 @@ class Probe : public testing::Test {
     }
 
     test::TemporaryDirectory folder;
-    platform::MemorySettingsStore settings;
+    std::shared_ptr<platform::MemorySettingsStore> settings =
+        std::make_shared<platform::MemorySettingsStore>();
 };
 
 MovieMaker camera() { return MovieMaker().video({.timescale = 25, .frames = 250}).audio({.channels = 2}); }
@@ -168,18 +169,18 @@ TEST_F(Probe, linearTimecodeIsTheLastResort) {
             .startTimecodeString;
     };
     EXPECT_FALSE(start(0).has_value()) << "off unless it is wanted";
-    settings.set("ltc.enabled", true);
+    settings->set("ltc.enabled", true);
     EXPECT_FALSE(start(0).has_value()) << "the first channel unless another is chosen";
     for (const std::int64_t channel : {std::int64_t{1}, std::int64_t{7}, std::int64_t{1} << 40}) {
-        settings.set("ltc.channelIndex", channel);
+        settings->set("ltc.channelIndex", channel);
         EXPECT_EQ(start(0), "10:00:00:00") << channel;
     }
     EXPECT_EQ(start(48000), "00:00:01:00");
 }
 
 TEST_F(Probe, linearTimecodeGivesTheStartOfTheFile) {
-    settings.set("ltc.enabled", true);
-    settings.set("ltc.channelIndex", std::int64_t{-1});
+    settings->set("ltc.enabled", true);
+    settings->set("ltc.channelIndex", std::int64_t{-1});
     constexpr double start = 24 * 36000 + 5.4;
     const auto sound = test::LTCSignal{.rate = TimecodeFrameRate::fps24}.samples(start, 1.5);
     const MediaAsset recording = probed(WaveMaker().format({}).samples(sound), "a.wav");
@@ -238,7 +239,7 @@ TEST_F(Probe, anyFileGivesAnAsset) {
     folder.write("text.wav", "this is no sound");
     std::filesystem::create_symlink("loop.mov", folder.path("loop.mov"));
     ASSERT_EQ(::mkfifo(folder.path("pipe.wav").c_str(), 0600), 0);
-    settings.set("ltc.enabled", true);
+    settings->set("ltc.enabled", true);
     const auto cache = newCache();
     MediaProbeService service(settings, cache);
     for (const char* name : {"empty.mov", "noise.mov", "cut.mov", "folder.mov", "text.wav", "loop.mov",
@@ -301,11 +302,11 @@ TEST_F(Probe, aHitIsOfTheKindAskedForAndStillTheWholeTruth) {
     const MediaAsset first = service.probe(url, AssetKind::audio);
     EXPECT_EQ(service.probe(url, AssetKind::audio).id, first.id);
     EXPECT_FALSE(first.startTimecodeString.has_value());
-    settings.set("ltc.enabled", true);
+    settings->set("ltc.enabled", true);
     const MediaAsset heard = service.probe(url, AssetKind::audio);
     EXPECT_EQ(heard.startTimecodeString, "10:00:00:00") << "its sound was not listened to before";
     EXPECT_EQ(heard.id, first.id) << "the file is the same";
-    settings.set("ltc.enabled", false);
+    settings->set("ltc.enabled", false);
     const MediaAsset unheard = service.probe(url, AssetKind::audio);
     EXPECT_FALSE(unheard.startTimecodeString || unheard.bextTimeReference)
         << "the settings decide, not the cache";
@@ -317,9 +318,9 @@ TEST_F(Probe, aHitIsOfTheKindAskedForAndStillTheWholeTruth) {
 
 TEST_F(Probe, oneFileThatTakesAllTheMemoryLeavesTheOthers) {
     struct FullQueue : test::ManualQueue {
-        void post(std::function<void()> work) override {
+        void post(std::function<void()> work, std::stop_token stop) override {
             if (full) throw std::bad_alloc();
-            ManualQueue::post(std::move(work));
+            ManualQueue::post(std::move(work), std::move(stop));
         }
         std::atomic<bool> full = false;
     };

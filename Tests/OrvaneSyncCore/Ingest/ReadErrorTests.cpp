@@ -37,8 +37,9 @@ TEST(ReadErrors, areNeverRemembered) {
     folder.write("take.wav", test::WaveMaker().bext({.timeReference = 48000}).silence(48000).bytes());
     folder.write("ltc.wav", test::WaveMaker().format({}).samples(sound).bytes());
     folder.write("sound.aif", aiff());
-    platform::MemorySettingsStore settings;
-    settings.set("ltc.enabled", true);
+    std::shared_ptr<platform::MemorySettingsStore> settings =
+        std::make_shared<platform::MemorySettingsStore>();
+    settings->set("ltc.enabled", true);
     for (const char* name : {"movie.mov", "cut.mov", "take.wav", "ltc.wav", "sound.aif"}) {
         const std::vector<FileURL> urls{{folder.path(name)}, {folder.path("neighbour.mov")}};
         const JSON whole = withoutID(MediaProbeService(settings, nullptr).probe(urls[0], AssetKind::video));
@@ -74,7 +75,8 @@ TEST(ReadErrors, soAreFilesThatCannotBeOpened) {
     const std::vector<FileURL> urls{
         {folder.path("pipe.wav")}, {folder.path("vanished.mov")}, {folder.path("loop.mov")}};
     const auto cache = std::make_shared<ProbeCache>(folder.path("c"), std::make_unique<test::ManualQueue>());
-    platform::MemorySettingsStore settings;
+    std::shared_ptr<platform::MemorySettingsStore> settings =
+        std::make_shared<platform::MemorySettingsStore>();
     std::vector<FileURL> unread;
     MediaProbeService(settings, cache).probeAll(urls, AssetKind::video, {}, [&](const FileURL& url) {
         unread.push_back(url);

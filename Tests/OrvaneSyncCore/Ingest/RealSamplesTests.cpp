@@ -29,7 +29,8 @@ class RealSamples : public testing::Test {
     }
 
     const fs::path folder = test::samplesFolder();
-    platform::MemorySettingsStore settings;
+    std::shared_ptr<platform::MemorySettingsStore> settings =
+        std::make_shared<platform::MemorySettingsStore>();
 };
 
 /// What stands between a text of a line and the next one.

@@ -89,7 +89,8 @@ class Starts : public testing::Test {
     MovieMaker camera() const { return MovieMaker().video({.timescale = 25, .frames = 250}); }
 
     test::TemporaryDirectory folder;
-    platform::MemorySettingsStore settings;
+    std::shared_ptr<platform::MemorySettingsStore> settings =
+        std::make_shared<platform::MemorySettingsStore>();
     std::shared_ptr<ProbeCache> cache;
     MediaAsset asset{FileURL(), AssetKind::video};
 };

@@ -4,11 +4,14 @@
 #include "OrvaneSyncCore/Services/SmartAudio/KWeighting.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/WindowMeasurement.h"
+#include "Platform/Stop.h"
 #include "Support/MemoryAudio.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
+#include <atomic>
 #include <mutex>
+#include <stop_token>
 
 namespace orvane {
 namespace {
@@ -59,6 +62,29 @@ TEST(AudioPass, endsWhereTheFileDoes) {
     const MemoryAudio broken({std::vector<float>(1000, 0.5F)}, 48000, -1, 333);
     for (const std::size_t threads : {1U, 4U})
         EXPECT_EQ(measured(broken, 1, {.windowFrames = 10, .concurrency = threads}).at(0).totalWindows, 34);
+}
+
+/// In order and in shares, within a window that is longer than the whole test may take.
+TEST(AudioPass, hearsNothingMoreOnceStopped) {
+    struct Stopping final : AudioListener {
+        explicit Stopping(std::stop_source source) : stop(std::move(source)) {}
+        void samples(std::span<const float* const> /*channels*/, std::size_t /*frames*/) override {
+            if (++*pieces == 3) stop.request_stop();
+        }
+        std::unique_ptr<AudioListener> sibling() const override { return std::make_unique<Stopping>(*this); }
+        std::stop_source stop;
+        std::shared_ptr<std::atomic<int>> pieces = std::make_shared<std::atomic<int>>(0);
+    };
+    for (const std::size_t threads : {1U, 4U})
+        for (const std::size_t window : {1000U, 4'000'000U}) {
+            MemoryAudio file({std::vector<float>(4'000'000)}, 48000);
+            Stopping listener{{}};
+            std::array<AudioListener*, 1> listeners{&listener};
+            const AudioPass pass{
+                .windowFrames = window, .concurrency = threads, .stop = listener.stop.get_token()};
+            EXPECT_THROW(pass.run(file, listeners), platform::Stopped);
+            EXPECT_LT(*listener.pieces, 20) << threads << " " << window;
+        }
 }
 
 /// Windows longer and shorter than the pieces that are read, on one thread and on several.

@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+#include "Platform/Stop.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -161,6 +162,7 @@ void addMulticamClips(ExportWalk& walk) {
     std::vector<const SyncGroup*> groups;
     for (const BuiltClip& built : walk.syncClips) groups.push_back(built.group);
     for (const auto& cluster : multicamClusters(groups)) {
+        platform::throwIfStopped(walk.stop);
         std::vector<CameraClip> cameras;
         std::vector<const SyncGroup*> angles;
         for (const std::size_t member : cluster) {

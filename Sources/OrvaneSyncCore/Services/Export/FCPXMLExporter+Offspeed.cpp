@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 #include "OrvaneSyncCore/Services/Naming/OffspeedNaming.h"
 #include "OrvaneSyncCore/Utilities/RateText.h"
+#include "Platform/Stop.h"
 #include "Timecode/ExactRate.h"
 
 #include <array>
@@ -138,6 +139,7 @@ AssetClip buildNativeMOSClip(const SyncGroup& group, const std::string& videoAss
 void addNativeMOSClips(ExportWalk& walk) {
     const ExportSettings& settings = walk.settings;
     for (const SyncGroup& group : walk.groups) {
+        platform::throwIfStopped(walk.stop);
         if (!group.video.isOffspeed()) continue;
         if (!group.generateNativeMOSClip && !settings.generateNativeMOSForOffspeed) continue;
         const auto asset = walk.videoAssetIDByGroup.find(group.id);
@@ -153,6 +155,7 @@ void addNativeMOSClips(ExportWalk& walk) {
 void addProjectRateClips(ExportWalk& walk) {
     const ExportSettings& settings = walk.settings;
     for (const SyncGroup& group : walk.groups) {
+        platform::throwIfStopped(walk.stop);
         if (!group.video.isOffspeed()) continue;
         if (!group.shouldGenerateProjectRateClip() && !settings.generateProjectRateForOffspeed) continue;
         const auto video = walk.videoAssetIDByGroup.find(group.id);

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
+#include "Platform/Stop.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -87,12 +88,15 @@ AssetClip rawAudioAssetClip(const MediaAsset& audio, const std::unordered_map<UU
 
 void addRawMedia(ExportWalk& walk) {
     const auto reusable = rawMediaReusableAudioAssetIDs(walk.groups, walk.audioAssetIDsByGroup);
-    for (const SyncGroup& group : walk.groups)
+    for (const SyncGroup& group : walk.groups) {
+        platform::throwIfStopped(walk.stop);
         walk.rawItems.emplace_back(
             rawVideoAssetClip(group, walk.videoAssetIDByGroup, walk.resources, walk.settings));
+    }
 
     std::unordered_set<UUID> seen;
     const auto addOnce = [&](const MediaAsset& audio) {
+        platform::throwIfStopped(walk.stop);
         if (seen.insert(audio.id).second)
             walk.rawItems.emplace_back(rawAudioAssetClip(audio, reusable, walk.resources, walk.settings));
     };

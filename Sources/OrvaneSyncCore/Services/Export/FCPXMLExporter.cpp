@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 #include "OrvaneSyncCore/Utilities/RateText.h"
+#include "Platform/Stop.h"
 
 #include <algorithm>
 #include <functional>
@@ -98,6 +99,7 @@ void addClip(ExportWalk& walk, const SyncGroup& group) {
 }
 
 void addGroup(ExportWalk& walk, const SyncGroup& group) {
+    platform::throwIfStopped(walk.stop);
     warnOfOtherRate(walk, group);
     if (group.isMOS())
         addClipWithoutAudio(walk, group);
@@ -123,7 +125,7 @@ std::string documentText(ExportWalk& walk) {
     document.version = walk.settings.fcpxmlVersion;
     document.items.push_back({assembleEvents(walk)});
     document.resources.items = walk.resources.take();
-    XMLDocument tree = std::move(document).toXMLDocument();
+    XMLDocument tree = std::move(document).toXMLDocument(std::nullopt, walk.stop);
     FCPXMLDTDFixer::fix(tree);
     return tree.text();
 }
@@ -172,12 +174,12 @@ SyncClip ExportWalk::takeSyncClip(const BuiltClip& built) {
 }
 
 ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<WildTrack>& wildTracks,
-                            const ExportSettings& settings) {
+                            const ExportSettings& settings, const std::stop_token& stop) {
     const SyncGroupList groups =
         allGroups.filtered([](const SyncGroup& group) { return !group.isExcludedFromExport; });
     if (groups.empty()) throw ExportError::noGroups();
 
-    ExportWalk walk(groups, wildTracks, settings);
+    ExportWalk walk(groups, wildTracks, settings, stop);
     walk.clipNames = exportClipNames(groups, settings);
     if (settings.splitEventsByScene)
         for (const SyncGroup& group : groups)
@@ -200,6 +202,7 @@ ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<Wi
     addNativeMOSClips(walk);
     addProjectRateClips(walk);
     walk.result.fcpxmlString = documentText(walk);
+    platform::throwIfStopped(stop);
     giveEditableItemsTheirType(walk.result.fcpxmlString);
     return std::move(walk.result);
 }

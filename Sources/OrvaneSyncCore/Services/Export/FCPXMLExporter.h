@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <stdexcept>
+#include <stop_token>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -46,9 +47,9 @@ class ExportError : public std::runtime_error {
 namespace FCPXMLExporter {
 
 /// Clips that are excluded are left out; a clip that cannot be built becomes a warning. Throws ExportError
-/// when no clip is left, and fcpxml::FCPXMLError.
+/// when no clip is left, fcpxml::FCPXMLError, and Stopped, asked for at each clip.
 ExportResult exportDocument(const SyncGroupList& groups, const std::vector<WildTrack>& wildTracks,
-                            const ExportSettings& settings);
+                            const ExportSettings& settings, const std::stop_token& stop = {});
 
 /// The names in Final Cut Pro, by group, without the offspeed tag.
 using NamesByGroup = std::unordered_map<UUID, std::string>;

@@ -24,12 +24,13 @@ struct BuiltClip {
 /// What the walk over the groups has collected.
 struct ExportWalk {
     ExportWalk(const SyncGroupList& exported, const std::vector<WildTrack>& wild,
-               const ExportSettings& chosen)
-        : groups(exported), wildTracks(wild), settings(chosen) {}
+               const ExportSettings& chosen, std::stop_token asked = {})
+        : groups(exported), wildTracks(wild), settings(chosen), stop(std::move(asked)) {}
 
     const SyncGroupList& groups; ///< without those that are excluded
     const std::vector<WildTrack>& wildTracks;
     const ExportSettings& settings;
+    const std::stop_token stop; ///< asked at each clip
     ExportResult result;
 
     ResourceList resources;

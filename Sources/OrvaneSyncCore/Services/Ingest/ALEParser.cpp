@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Ingest/ReportHeader.h"
 #include "OrvaneSyncCore/Services/Ingest/ReportLines.h"
 #include "Platform/Files.h"
+#include "Platform/Stop.h"
 #include "Platform/Text.h"
 #include "Platform/WesternText.h"
 
@@ -31,8 +32,8 @@ std::optional<Encoding> utf16ByZeroBytes(std::string_view bytes) {
     return oddZeros < evenZeros ? Encoding::utf16BE : Encoding::utf16LE;
 }
 
-std::string decodedOrThrow(std::string_view bytes, Encoding encoding) {
-    auto text = platform::text::strictlyDecoded(bytes, encoding);
+std::string decodedOrThrow(std::string_view bytes, Encoding encoding, const std::stop_token& stop) {
+    auto text = platform::text::strictlyDecoded(bytes, encoding, stop);
     if (!text) throw ALEParserError::unreadable();
     return *std::move(text);
 }
@@ -95,44 +96,46 @@ ALEParserError ALEParserError::unreadable() {
                               "MacRoman, Latin-1)"};
 }
 
-ALEFile ALEParser::parse(const FileURL& url) const {
+ALEFile ALEParser::parse(const FileURL& url, const std::stop_token& stop) const {
     std::string bytes;
     try {
-        bytes = platform::files::readText(url.path, mostBytes);
+        bytes = platform::files::readText(url.path, mostBytes, stop);
     } catch (const platform::FileError&) {
         throw ALEParserError::unreadable();
     }
-    return parse(decodeText(std::move(bytes)));
+    return parse(decodeText(std::move(bytes), stop), stop);
 }
 
-ALEFile ALEParser::parse(std::string_view content) const {
+ALEFile ALEParser::parse(std::string_view content, const std::stop_token& stop) const {
     if (content.size() > PackedTexts::mostBytes) throw ALEParserError::unreadable();
-    return looksLikeALE(content) ? parseALESections(content) : parseDelimited(content);
+    return looksLikeALE(content, stop) ? parseALESections(content, stop) : parseDelimited(content, stop);
 }
 
-std::string ALEParser::decodeText(std::string bytes) {
+std::string ALEParser::decodeText(std::string bytes, const std::stop_token& stop) {
     constexpr std::string_view utf16LEMark = "\xFF\xFE", utf16BEMark = "\xFE\xFF", utf8Mark = "\xEF\xBB\xBF";
     const std::string_view view = bytes;
     // A mark is a promise: what breaks it is no text.
     if (view.starts_with(utf16LEMark))
-        return decodedOrThrow(view.substr(utf16LEMark.size()), Encoding::utf16LE);
+        return decodedOrThrow(view.substr(utf16LEMark.size()), Encoding::utf16LE, stop);
     if (view.starts_with(utf16BEMark))
-        return decodedOrThrow(view.substr(utf16BEMark.size()), Encoding::utf16BE);
+        return decodedOrThrow(view.substr(utf16BEMark.size()), Encoding::utf16BE, stop);
     if (view.starts_with(utf8Mark)) {
         if (!platform::text::isValidUTF8(view)) throw ALEParserError::unreadable();
         bytes.erase(0, utf8Mark.size());
         return bytes;
     }
     if (const auto encoding = utf16ByZeroBytes(view))
-        if (auto text = platform::text::strictlyDecoded(view, *encoding)) return *std::move(text);
+        if (auto text = platform::text::strictlyDecoded(view, *encoding, stop)) return *std::move(text);
     if (platform::text::isValidUTF8(view)) return bytes;
-    return platform::text::decoded(view, platform::text::westernEncoding(view));
+    return platform::text::decoded(view, platform::text::westernEncoding(view, stop), stop);
 }
 
-bool ALEParser::looksLikeALE(std::string_view text) {
+bool ALEParser::looksLikeALE(std::string_view text, const std::stop_token& stop) {
     bool hasColumn = false, hasData = false;
     ReportLines lines(text);
+    platform::StopCheck check(stop);
     while (const auto line = lines.next()) {
+        check();
         const std::string_view word = trimmed(*line);
         hasColumn = hasColumn || word == "Column";
         hasData = hasData || word == "Data";
@@ -160,13 +163,15 @@ char ALEParser::detectDelimiter(std::string_view text) {
     return semicolons > commas ? ';' : ',';
 }
 
-ALEFile ALEParser::parseALESections(std::string_view text) {
+ALEFile ALEParser::parseALESections(std::string_view text, const std::stop_token& stop) {
     enum class Section { none, heading, column, data };
     ALEFile::Builder report;
     Section section = Section::none;
     bool hasRoom = false;
     ReportLines lines(text);
+    platform::StopCheck check(stop);
     while (const auto line = lines.nextFilled()) {
+        check();
         const std::string_view word = trimmed(*line);
         if (word == "Heading") {
             section = Section::heading;
@@ -188,7 +193,7 @@ ALEFile ALEParser::parseALESections(std::string_view text) {
     return std::move(report).build();
 }
 
-ALEFile ALEParser::parseDelimited(std::string_view text) {
+ALEFile ALEParser::parseDelimited(std::string_view text, const std::stop_token& stop) {
     auto found = findReportHeader(text, detectDelimiter(text));
     if (!found) throw ALEParserError::noColumns();
     ReportHeader& header = *found;
@@ -196,7 +201,9 @@ ALEFile ALEParser::parseDelimited(std::string_view text) {
     ALEFile::Builder report;
     report.setColumns(std::move(header.columns));
     reserveFor(report, records.rest(), header.delimiter);
+    platform::StopCheck check(stop);
     while (const auto record = records.nextFilled()) {
+        check();
         report.beginRow();
         forEachCell(
             *record, header.delimiter, [&](std::string_view piece) { report.extendCell(piece); },

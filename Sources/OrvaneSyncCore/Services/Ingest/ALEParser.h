@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <stdexcept>
+#include <stop_token>
 #include <string>
 #include <string_view>
 
@@ -33,21 +34,21 @@ class ALEParser {
 
     /// The encoding is found out: a byte order mark counts, then zero bytes tell UTF-16, then comes UTF-8;
     /// any other text is Windows-1252 or Mac OS Roman, by which reads as words. Throws ALEParserError, also
-    /// for a file that cannot be read. Takes some three times the size of the file.
-    ALEFile parse(const FileURL& url) const;
-    /// The same for a text in UTF-8. Throws ALEParserError.
-    ALEFile parse(std::string_view content) const;
+    /// for a file that cannot be read, and Stopped. Takes some three times the size of the file.
+    ALEFile parse(const FileURL& url, const std::stop_token& stop = {}) const;
+    /// The same for a text in UTF-8.
+    ALEFile parse(std::string_view content, const std::stop_token& stop = {}) const;
 
-    /// The bytes of a file as UTF-8, without a byte order mark. Throws ALEParserError.
-    static std::string decodeText(std::string bytes);
+    /// The bytes of a file as UTF-8, without a byte order mark. Throws ALEParserError and Stopped.
+    static std::string decodeText(std::string bytes, const std::stop_token& stop = {});
     /// Whether the text has the sections of an Avid Log Exchange file.
-    static bool looksLikeALE(std::string_view text);
+    static bool looksLikeALE(std::string_view text, const std::stop_token& stop = {});
     /// ',', ';' or '\t', by what the first lines hold outside quotes.
     static char detectDelimiter(std::string_view text);
 
   private:
-    static ALEFile parseALESections(std::string_view text);
-    static ALEFile parseDelimited(std::string_view text);
+    static ALEFile parseALESections(std::string_view text, const std::stop_token& stop);
+    static ALEFile parseDelimited(std::string_view text, const std::stop_token& stop);
 };
 
 } // namespace orvane

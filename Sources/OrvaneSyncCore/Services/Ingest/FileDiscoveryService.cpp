@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
 
 #include "Platform/Files.h"
+#include "Platform/Stop.h"
 
 #include <algorithm>
 #include <array>
@@ -24,8 +25,9 @@ bool isPackage(const std::string& folder) {
     return std::ranges::find(packageExtensions, extension) != packageExtensions.end();
 }
 
-void discoverInto(DiscoveryResult& result, const std::string& folder) {
-    const auto visit = [&result](const std::string& path, platform::files::WalkEntry entry) {
+void discoverInto(DiscoveryResult& result, const std::string& folder, const std::stop_token& stop) {
+    const auto visit = [&](const std::string& path, platform::files::WalkEntry entry) {
+        platform::throwIfStopped(stop);
         FileURL url{path};
         const auto kind = assetKindFrom(url);
         if (entry == platform::files::WalkEntry::brokenLink) {
@@ -51,9 +53,10 @@ DiscoveryResult FileDiscoveryService::discover(const std::string& folder) const 
     return discover(std::vector<std::string>{folder});
 }
 
-DiscoveryResult FileDiscoveryService::discover(const std::vector<std::string>& folders) const {
+DiscoveryResult FileDiscoveryService::discover(const std::vector<std::string>& folders,
+                                               const std::stop_token& stop) const {
     DiscoveryResult result;
-    for (const std::string& folder : folders) discoverInto(result, folder);
+    for (const std::string& folder : folders) discoverInto(result, folder, stop);
     return result;
 }
 

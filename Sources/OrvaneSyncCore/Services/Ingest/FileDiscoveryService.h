@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/ScanModels.h"
 
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,7 @@ class FileDiscoveryService {
     /// Paths are the file system's own bytes; relative ones give relative locations.
     DiscoveryResult discover(const std::string& folder) const;
     /// Folder by folder, in the order given; what lies below two of them is listed twice.
-    DiscoveryResult discover(const std::vector<std::string>& folders) const;
+    DiscoveryResult discover(const std::vector<std::string>& folders, const std::stop_token& stop = {}) const;
 };
 
 } // namespace orvane

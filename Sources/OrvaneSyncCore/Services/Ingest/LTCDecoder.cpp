@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/LTCDecoder.h"
 
+#include "Platform/Stop.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -23,7 +25,7 @@ struct Listening {
     std::vector<LTCWordReader> readers;
 };
 
-Listening listen(platform::AudioFile& file, int channelIndex) {
+Listening listen(platform::AudioFile& file, int channelIndex, const std::stop_token& stop) {
     Listening result;
     const int last = file.channelCount() - 1;
     int count = 1;
@@ -44,6 +46,7 @@ Listening listen(platform::AudioFile& file, int channelIndex) {
         std::min(secondsHeard * file.sampleRate(), static_cast<double>(blockFrames) * mostBlocks));
     std::uint64_t position = 0;
     while (position < limit) {
+        platform::throwIfStopped(stop);
         const std::size_t got = std::min(file.read(targets, blockFrames), blockFrames);
         if (got == 0) break;
         for (std::size_t i = 0; i < heard; ++i)
@@ -64,10 +67,11 @@ std::string text(const LTCWord& word) {
 } // namespace
 
 std::optional<LTCDecoder::Frame> LTCDecoder::decodeFirstFrame(platform::AudioFile& file, int channelIndex,
-                                                              std::optional<TimecodeFrameRate> stated) {
+                                                              std::optional<TimecodeFrameRate> stated,
+                                                              const std::stop_token& stop) {
     const double sampleRate = file.sampleRate();
     if (!(sampleRate > 0) || file.channelCount() < 1) return std::nullopt;
-    const Listening heard = listen(file, channelIndex);
+    const Listening heard = listen(file, channelIndex, stop);
     for (std::size_t i = 0; i < heard.readers.size(); ++i) {
         const auto reading = readLTC(heard.readers[i].words(), sampleRate, stated);
         if (!reading) continue;
@@ -80,10 +84,11 @@ std::optional<LTCDecoder::Frame> LTCDecoder::decodeFirstFrame(platform::AudioFil
 }
 
 std::optional<LTCDecoder::Frame> LTCDecoder::decodeFirstFrame(const std::string& path, int channelIndex,
-                                                              std::optional<TimecodeFrameRate> stated) {
+                                                              std::optional<TimecodeFrameRate> stated,
+                                                              const std::stop_token& stop) {
     const auto file = platform::AudioFile::openAllTracks(path);
     if (!file) return std::nullopt;
-    return decodeFirstFrame(*file, channelIndex, stated);
+    return decodeFirstFrame(*file, channelIndex, stated, stop);
 }
 
 } // namespace orvane

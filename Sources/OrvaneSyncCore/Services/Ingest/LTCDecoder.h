@@ -4,6 +4,7 @@
 #include "Platform/AudioFile.h"
 
 #include <optional>
+#include <stop_token>
 #include <string>
 
 namespace orvane {
@@ -30,9 +31,11 @@ struct Frame {
 /// where the signal leaves two open. An open file must stand at its start, and stands somewhere behind it
 /// afterwards.
 std::optional<Frame> decodeFirstFrame(const std::string& path, int channelIndex,
-                                      std::optional<TimecodeFrameRate> stated = std::nullopt);
+                                      std::optional<TimecodeFrameRate> stated = std::nullopt,
+                                      const std::stop_token& stop = {});
 std::optional<Frame> decodeFirstFrame(platform::AudioFile& file, int channelIndex,
-                                      std::optional<TimecodeFrameRate> stated = std::nullopt);
+                                      std::optional<TimecodeFrameRate> stated = std::nullopt,
+                                      const std::stop_token& stop = {});
 
 } // namespace LTCDecoder
 } // namespace orvane

@@ -9,6 +9,7 @@
 #include "Platform/MainThread.h"
 #include "Platform/MediaInspector.h"
 #include "Platform/ReadErrorWatch.h"
+#include "Platform/Stop.h"
 #include "Platform/Text.h"
 #include "Timecode/ExactRate.h"
 
@@ -16,6 +17,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <mutex>
 #include <string_view>
 #include <thread>
 #include <tuple>
@@ -117,12 +119,13 @@ std::optional<OffspeedConfidence> offspeedConfidence(const MediaAsset& asset, bo
 
 /// Work so small that handing it out one by one would cost more than doing it.
 template <class Work>
-void inBlocks(std::size_t count, std::size_t concurrency, Work work) {
+void inBlocks(std::size_t count, std::size_t concurrency, const std::stop_token& stop, Work work) {
     constexpr std::size_t block = 32;
-    platform::concurrently((count + block - 1) / block, concurrency, [&](std::size_t which) {
+    const auto workOnBlock = [&](std::size_t which) {
         const std::size_t end = std::min(count, (which + 1) * block);
         for (std::size_t i = which * block; i < end; ++i) work(i);
-    });
+    };
+    platform::concurrently((count + block - 1) / block, concurrency, workOnBlock, stop);
 }
 
 bool mayHoldTimecodeTrack(std::string_view extension) {
@@ -166,23 +169,23 @@ std::optional<std::uint64_t> samplesOf(const std::optional<IXMLReader::Timestamp
 
 } // namespace
 
-MediaProbeService::MediaProbeService(const platform::SettingsStore& settings,
+MediaProbeService::MediaProbeService(std::shared_ptr<const platform::SettingsStore> settings,
                                      std::shared_ptr<ProbeCache> cache)
-    : settings_(settings), cache_(std::move(cache)) {}
+    : settings_(std::move(settings)), cache_(std::move(cache)) {}
 
-MediaAsset MediaProbeService::probe(const FileURL& url, AssetKind kind, const Unread& unread) {
-    return std::move(probeAll({url}, kind, nullptr, unread).front());
+MediaAsset MediaProbeService::probe(const FileURL& url, AssetKind kind, const Unread& unread,
+                                    const std::stop_token& stop) const {
+    return std::move(probeAll({url}, kind, nullptr, unread, stop).front());
 }
 
 std::vector<MediaAsset>
 MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
                             const std::function<void(int completed, int total)>& progress,
-                            const Unread& unread) {
-    const std::lock_guard operation(oneAtATime_);
+                            const Unread& unread, const std::stop_token& stop) const {
     std::vector<MediaAsset> assets(urls.size(), MediaAsset(UUID(), FileURL(), kind));
     std::vector<Known> known(urls.size());
     SideFiles sideFiles;
-    if (cache_) takeFromCache(urls, sideFiles, known, assets);
+    if (cache_) takeFromCache(urls, sideFiles, known, assets, stop);
 
     std::mutex progressMutex;
     int completed = 0;
@@ -199,7 +202,7 @@ MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
             missing.push_back(i);
     }
     std::vector<char> isRead(missing.size()); // not of bool, whose elements share bytes
-    platform::concurrently(missing.size(), maxConcurrentProbes, [&](std::size_t which) {
+    const auto probeOne = [&](std::size_t which) {
         const std::size_t i = missing[which];
         bool isProbed = false;
         try {
@@ -208,7 +211,7 @@ MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
             if (known[i].earlierID) probed.asset.id = *known[i].earlierID;
             assets[i] = probed.asset;
             isProbed = true;
-            if (probed.isOpened && isToBeHeard(assets[i])) listenForTimecode(assets[i]);
+            if (probed.isOpened && isToBeHeard(assets[i])) listenForTimecode(assets[i], stop);
             const bool isWhole = probed.isOpened && !watch.hasSeenError();
             isRead[which] = isWhole ? 1 : 0;
             // What an error hid would stay hidden as long as the file is the same. A start that was heard is
@@ -219,7 +222,8 @@ MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
             if (!isProbed) assets[i] = MediaAsset(urls[i], kind);
         }
         report();
-    });
+    };
+    platform::concurrently(missing.size(), maxConcurrentProbes, probeOne, stop);
     for (std::size_t which = 0; which < missing.size(); ++which)
         if (unread && isRead[which] == 0) unread(urls[missing[which]]);
     return assets;
@@ -228,9 +232,10 @@ MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
 /// The attributes are read before any file is, so that an entry for one that changes during its probe is
 /// stale from the start.
 void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, SideFiles& sideFiles,
-                                      std::vector<Known>& known, std::vector<MediaAsset>& assets) const {
+                                      std::vector<Known>& known, std::vector<MediaAsset>& assets,
+                                      const std::stop_token& stop) const {
     const ProbeCache::Snapshot snapshot = cache_->snapshot();
-    inBlocks(urls.size(), std::thread::hardware_concurrency(), [&](std::size_t i) {
+    inBlocks(urls.size(), std::thread::hardware_concurrency(), stop, [&](std::size_t i) {
         known[i].attributes = platform::files::attributes(urls[i].path);
         if (!known[i].attributes) return;
         auto cached = snapshot.known(urls[i], *known[i].attributes);
@@ -254,7 +259,7 @@ bool MediaProbeService::mayStandFor(const MediaAsset& cached, AssetKind kind, Si
 
 bool MediaProbeService::isToBeHeard(const MediaAsset& asset) const {
     const bool hasStart = (asset.startTimecodeString && !mayBeUnset(asset)) || asset.bextTimeReference;
-    return !hasStart && mayHoldSound(asset) && settings_.get(settings::ltcEnabled);
+    return !hasStart && mayHoldSound(asset) && settings_->get(settings::ltcEnabled);
 }
 
 /// Later steps overwrite and read what earlier ones wrote. The file is opened once, by its path, and
@@ -322,9 +327,9 @@ void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFil
 
 /// The picture of a camera begins with a frame, so its start is the nearest one. A recording begins anywhere
 /// within a frame and is stated to the sample.
-void MediaProbeService::listenForTimecode(MediaAsset& asset) const {
-    const auto frame = LTCDecoder::decodeFirstFrame(asset.url.path, settings_.get(settings::ltcChannelIndex),
-                                                    statedRate(asset));
+void MediaProbeService::listenForTimecode(MediaAsset& asset, const std::stop_token& stop) const {
+    const auto frame = LTCDecoder::decodeFirstFrame(asset.url.path, settings_->get(settings::ltcChannelIndex),
+                                                    statedRate(asset), stop);
     if (!frame) return;
     asset.startTimecodeString = frame->start ? frame->start->timecode() : frame->tc;
     if (!frame->start) return;

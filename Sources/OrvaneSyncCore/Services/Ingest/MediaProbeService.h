@@ -9,34 +9,36 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
+#include <stop_token>
 #include <vector>
 
 namespace orvane {
 
 /// Turns the location of a file into a filled `MediaAsset`. Never fails: what a file does not tell is absent,
-/// and a file that cannot be opened, or takes more memory than there is, gives its name, place and kind. Its
-/// operations run one at a time; call them from any thread that may wait, and not from within `progress`.
+/// and a file that cannot be opened, or takes more memory than there is, gives its name, place and kind. Call
+/// its operations from any thread that may wait, several at a time if need be.
 class MediaProbeService {
   public:
     static constexpr std::size_t maxConcurrentProbes = 8;
 
-    /// Reads `ltc.enabled` and `ltc.channelIndex` of the store, which must outlive the service. A null cache
-    /// means that every file is probed.
-    MediaProbeService(const platform::SettingsStore& settings, std::shared_ptr<ProbeCache> cache);
+    /// Reads `ltc.enabled` and `ltc.channelIndex` of the store. A null cache means that every file is probed.
+    MediaProbeService(std::shared_ptr<const platform::SettingsStore> settings,
+                      std::shared_ptr<ProbeCache> cache);
 
     /// Told of each file that could not be opened, or met an error of the system while it was read. Its asset
     /// holds what there was, and is not remembered.
     using Unread = std::function<void(const FileURL& url)>;
 
-    MediaAsset probe(const FileURL& url, AssetKind kind, const Unread& unread = {});
+    MediaAsset probe(const FileURL& url, AssetKind kind, const Unread& unread = {},
+                     const std::stop_token& stop = {}) const;
     /// In the order of the input. What the cache knows comes first, then the others are probed. `progress`
     /// comes from several threads, but one call at a time, with the number of files done, ascending by one.
-    /// `unread` comes at the end, on the caller's thread, in the order of the input.
+    /// `unread` comes at the end, on the caller's thread, in the order of the input. Throws nothing but
+    /// Stopped; what was probed by then stays in the cache.
     std::vector<MediaAsset> probeAll(const std::vector<FileURL>& urls, AssetKind kind,
                                      const std::function<void(int completed, int total)>& progress,
-                                     const Unread& unread = {});
+                                     const Unread& unread = {}, const std::stop_token& stop = {}) const;
 
   private:
     /// What is known of a file before it is opened.
@@ -54,18 +56,17 @@ class MediaProbeService {
         bool isFact = false;
     };
     void takeFromCache(const std::vector<FileURL>& urls, SideFiles& sideFiles, std::vector<Known>& known,
-                       std::vector<MediaAsset>& assets) const;
+                       std::vector<MediaAsset>& assets, const std::stop_token& stop) const;
     bool mayStandFor(const MediaAsset& cached, AssetKind kind, SideFiles& sideFiles) const;
     Probed probeFile(const FileURL& url, AssetKind kind, SideFiles& sideFiles) const;
     void readBroadcastMetadata(MediaAsset& asset, platform::RandomAccessFile& file) const;
     /// It has no start of its own, and linear timecode is wanted.
     bool isToBeHeard(const MediaAsset& asset) const;
-    void listenForTimecode(MediaAsset& asset) const;
+    void listenForTimecode(MediaAsset& asset, const std::stop_token& stop) const;
 
-    const platform::SettingsStore& settings_;
+    const std::shared_ptr<const platform::SettingsStore> settings_;
     const std::shared_ptr<ProbeCache> cache_;
     const IXMLReader ixmlReader_{};
-    std::mutex oneAtATime_;
 };
 
 } // namespace orvane

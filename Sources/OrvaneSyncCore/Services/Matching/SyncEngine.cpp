@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
+#include "Platform/Stop.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -44,12 +45,14 @@ struct Recording {
 
 /// The recordings among the files, in their order, that can match a picture: with a place in time, and no
 /// room tone.
-std::vector<Recording> recordingsAmong(const std::vector<MediaAsset>& audios) {
+std::vector<Recording> recordingsAmong(const std::vector<MediaAsset>& audios, const std::stop_token& stop) {
     std::vector<MediaAsset> takes;
     takes.reserve(audios.size());
     std::vector<AssetPlacement> placements;
     placements.reserve(audios.size());
+    platform::StopCheck check(stop);
     for (const MediaAsset& audio : audios) {
+        check();
         if (audio.isAtmo()) continue;
         const AssetPlacement placement(audio);
         if (!placement.range()) continue;
@@ -258,39 +261,44 @@ std::vector<std::size_t> orderByName(const std::vector<MediaAsset>& videos) {
 
 } // namespace
 
-SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos,
-                                const std::vector<MediaAsset>& audios) const {
-    const auto recordings = recordingsAmong(audios);
+SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos, const std::vector<MediaAsset>& audios,
+                                const std::stop_token& stop) const {
+    const auto recordings = recordingsAmong(audios, stop);
     calendar::DayStarts starts;
     const RecordingIndex index(recordings, starts);
     Identities ids;
     std::vector<SyncGroup> groups;
     groups.reserve(videos.size());
-    for (const std::size_t i : orderByName(videos))
+    for (const std::size_t i : orderByName(videos)) {
+        platform::throwIfStopped(stop);
         groups.push_back(group(videos[i], recordings, ids, [&](const TCRange& range) {
             const auto header = videos[i].headerDate;
             return index.overlapping(range, videos[i].shootDay(starts),
                                      header ? std::optional(starts.of(*header)) : std::nullopt);
         }));
+    }
     return SyncGroupList(std::move(groups));
 }
 
 SyncGroupList SyncEngine::matchWithinDay(const std::vector<MediaAsset>& videos,
-                                         const std::vector<MediaAsset>& audios) const {
-    const auto recordings = recordingsAmong(audios);
+                                         const std::vector<MediaAsset>& audios,
+                                         const std::stop_token& stop) const {
+    const auto recordings = recordingsAmong(audios, stop);
     RangeIndex lane;
     for (std::size_t i = 0; i < recordings.size(); ++i) lane.add(recordings[i].range, i);
     lane.finish();
     Identities ids;
     std::vector<SyncGroup> groups;
     groups.reserve(videos.size());
-    for (const MediaAsset& video : videos)
+    for (const MediaAsset& video : videos) {
+        platform::throwIfStopped(stop);
         groups.push_back(group(video, recordings, ids, [&](const TCRange& range) {
             std::vector<Hit> hits;
             lane.appendOverlapping(range, hits);
             sortByRecording(hits.begin(), hits.end());
             return hits;
         }));
+    }
     return SyncGroupList(std::move(groups));
 }
 

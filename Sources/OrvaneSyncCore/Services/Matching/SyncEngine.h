@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 
 #include <optional>
+#include <stop_token>
 #include <vector>
 
 namespace orvane {
@@ -25,11 +26,13 @@ class SyncEngine {
     /// day before and of the day after, and those without a day; a video without a day meets all of them.
     /// Best overlap first; of equal ones of a video without a day those nearest to the day of its header
     /// first.
-    SyncGroupList match(const std::vector<MediaAsset>& videos, const std::vector<MediaAsset>& audios) const;
+    /// Throws Stopped, as the next.
+    SyncGroupList match(const std::vector<MediaAsset>& videos, const std::vector<MediaAsset>& audios,
+                        const std::stop_token& stop = {}) const;
 
     /// One group per video, in the order given, every video against every recording, whatever their days.
-    SyncGroupList matchWithinDay(const std::vector<MediaAsset>& videos,
-                                 const std::vector<MediaAsset>& audios) const;
+    SyncGroupList matchWithinDay(const std::vector<MediaAsset>& videos, const std::vector<MediaAsset>& audios,
+                                 const std::stop_token& stop = {}) const;
 
     /// Absent without a duration or a start. The fallback rate (frames per second), where given, goes before
     /// the rates of the asset; it reads the timecode text only, never the count of samples.

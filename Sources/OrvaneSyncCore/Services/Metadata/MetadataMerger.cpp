@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
 #include "OrvaneSyncCore/Utilities/ReportColumns.h"
+#include "Platform/Stop.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -43,9 +44,12 @@ void applyFields(SyncGroup& group, Fields fields) {
 /// The rows of a report by the file that each names in the column "Name".
 class RowsByName {
   public:
-    explicit RowsByName(const ALEFile& report) : report_(report) {
-        for (std::size_t row = 0; row < report.clipCount(); ++row)
+    RowsByName(const ALEFile& report, const std::stop_token& stop) : report_(report) {
+        platform::StopCheck check(stop);
+        for (std::size_t row = 0; row < report.clipCount(); ++row) {
+            check();
             rows_[normalisedFilename(report.clip(row).cell("Name").value_or(""))] = row;
+        }
     }
 
     std::optional<Fields> fieldsFor(const SyncGroup& group) {
@@ -62,8 +66,11 @@ class RowsByName {
 /// The rows of a report by the file or reel that each names in a chosen column.
 class RowsByColumn {
   public:
-    RowsByColumn(const ALEFile& report, const std::string& column) : report_(report) {
+    RowsByColumn(const ALEFile& report, const std::string& column, const std::stop_token& stop)
+        : report_(report) {
+        platform::StopCheck check(stop);
         for (std::size_t row = 0; row < report.clipCount(); ++row) {
+            check();
             const std::string text(report.clip(row).cell(column).value_or(""));
             if (text.empty()) continue;
             std::string normalised = normalisedFilename(text);
@@ -106,7 +113,7 @@ class RowsByColumn {
 /// The rows of a report by the recording that each names.
 class RowsBySound {
   public:
-    explicit RowsBySound(const ALEFile& report) : report_(report) {}
+    RowsBySound(const ALEFile& report, std::stop_token stop) : report_(report), stop_(std::move(stop)) {}
 
     std::optional<Fields> fieldsFor(const SyncGroup& group) {
         if (group.audioMatches.empty()) return std::nullopt;
@@ -128,11 +135,14 @@ class RowsBySound {
         for (const std::string_view column : report_.columns())
             if (ReportColumns::namesFiles(column)) columns.emplace_back(column);
         Rows rows;
-        for (std::size_t row = 0; row < report_.clipCount(); ++row)
+        platform::StopCheck check(stop_);
+        for (std::size_t row = 0; row < report_.clipCount(); ++row) {
+            check();
             for (const std::string& column : columns)
                 if (std::string name = recordingName(report_.clip(row).cell(column).value_or(""));
                     !name.empty())
                     rows[std::move(name)] = row;
+        }
         return rows;
     }
 
@@ -146,15 +156,18 @@ class RowsBySound {
     }
 
     const ALEFile& report_;
+    const std::stop_token stop_;
     std::optional<Rows> rows_; ///< made when a clip asks that no other row belongs to
 };
 
 template <class Rows>
-MetadataMerger::MergeResult mergeRows(const ALEFile& report, Rows rows, SyncGroupList& groups) {
-    RowsBySound rowsBySound(report);
+MetadataMerger::MergeResult mergeRows(const ALEFile& report, Rows rows, SyncGroupList& groups,
+                                      const std::stop_token& stop) {
+    RowsBySound rowsBySound(report, stop);
     std::optional<Fields> fields; // of the group under way: each is changed before the next is tested
     const std::size_t matched = groups.updateWhere(
         [&](const SyncGroup& group) {
+            platform::throwIfStopped(stop);
             fields = rows.fieldsFor(group);
             if (!fields) fields = rowsBySound.fieldsFor(group);
             return fields.has_value();
@@ -166,11 +179,12 @@ MetadataMerger::MergeResult mergeRows(const ALEFile& report, Rows rows, SyncGrou
 } // namespace
 
 MetadataMerger::MergeResult MetadataMerger::merge(const ALEFile& aleFile, SyncGroupList& groups,
-                                                  const ALEMatchStrategy& strategy) const {
+                                                  const ALEMatchStrategy& strategy,
+                                                  const std::stop_token& stop) const {
     const bool byColumn = strategy.kind == ALEMatchStrategy::Kind::column &&
                           !platform::text::trimmed(strategy.columnName).empty();
-    return byColumn ? mergeRows(aleFile, RowsByColumn(aleFile, strategy.columnName), groups)
-                    : mergeRows(aleFile, RowsByName(aleFile), groups);
+    return byColumn ? mergeRows(aleFile, RowsByColumn(aleFile, strategy.columnName, stop), groups, stop)
+                    : mergeRows(aleFile, RowsByName(aleFile, stop), groups, stop);
 }
 
 std::optional<double> MetadataMerger::lookupSensorFPS(const Fields& fields) {

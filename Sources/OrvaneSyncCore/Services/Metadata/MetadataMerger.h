@@ -5,6 +5,7 @@
 
 #include <map>
 #include <optional>
+#include <stop_token>
 #include <string>
 
 namespace orvane {
@@ -41,7 +42,10 @@ class MetadataMerger {
     /// By `name`: a row belongs to the clip whose file the column "Name" names; of several, the last counts.
     /// By `column`: that column names the clip's file, or its reel, the part of the file's name in front of
     /// the first "_"; rows with one reel are laid over each other. A column's name of blanks means `name`.
-    MergeResult merge(const ALEFile& aleFile, SyncGroupList& groups, const ALEMatchStrategy& strategy) const;
+    ///
+    /// Throws Stopped; some of the clips are changed then.
+    MergeResult merge(const ALEFile& aleFile, SyncGroupList& groups, const ALEMatchStrategy& strategy,
+                      const std::stop_token& stop = {}) const;
 
     /// The rate of the sensor in frames per second, from the first of the columns that may tell it whose cell
     /// is a number above 0. Case, blanks and "_" in the columns' names do not count; of two columns whose

@@ -2,6 +2,7 @@
 
 #include "Platform/MainThread.h"
 #include "Platform/MediaInspector.h"
+#include "Platform/Stop.h"
 #include "Platform/VectorOps.h"
 
 #include <algorithm>
@@ -29,8 +30,9 @@ using Listeners = std::vector<std::unique_ptr<AudioListener>>;
 /// One thread's reading.
 class PieceReader {
   public:
-    PieceReader(platform::AudioFile& file, std::size_t channels, std::span<AudioListener* const> listeners)
-        : file_(file), listeners_(listeners),
+    PieceReader(platform::AudioFile& file, std::size_t channels, std::span<AudioListener* const> listeners,
+                const std::stop_token& stop)
+        : file_(file), listeners_(listeners), stop_(stop),
           framesPerPiece_(std::clamp<std::size_t>(mostSamplesPerPiece / channels, 1, mostFramesPerPiece)),
           samples_(channels * framesPerPiece_) {
         for (std::size_t channel = 0; channel < channels; ++channel)
@@ -41,6 +43,7 @@ class PieceReader {
     bool readWindow(std::size_t windowFrames) {
         std::size_t done = 0;
         while (done < windowFrames) {
+            platform::throwIfStopped(stop_);
             const std::size_t wanted = std::min(framesPerPiece_, windowFrames - done);
             const std::size_t got = std::min(file_.read(channels_, wanted), wanted);
             if (got > 0) tell(got);
@@ -60,6 +63,7 @@ class PieceReader {
 
     platform::AudioFile& file_;
     std::span<AudioListener* const> listeners_;
+    const std::stop_token& stop_;
     std::size_t framesPerPiece_;
     std::vector<float> samples_;
     std::vector<float*> channels_;
@@ -144,7 +148,7 @@ void AudioPass::run(platform::AudioFile& file, std::span<AudioListener* const> l
 
 void AudioPass::runInOrder(platform::AudioFile& file, std::span<AudioListener* const> listeners) const {
     if (!file.seek(0)) return;
-    PieceReader reader(file, channels, listeners);
+    PieceReader reader(file, channels, listeners, stop);
     std::size_t window = 0;
     while (window < windows && reader.readWindow(windowFrames)) ++window;
 }
@@ -152,7 +156,7 @@ void AudioPass::runInOrder(platform::AudioFile& file, std::span<AudioListener* c
 void AudioPass::runInShares(const platform::AudioFile& file, std::span<AudioListener* const> listeners,
                             std::size_t planned) const {
     std::vector<Share> heard(ceilingOf(planned, windowsPerShare));
-    platform::concurrently(heard.size(), concurrency, [&](std::size_t i) {
+    const auto hearShare = [&](std::size_t i) {
         Share& share = heard[i];
         share.listeners = siblings(listeners);
         std::vector<AudioListener*> own;
@@ -160,12 +164,13 @@ void AudioPass::runInShares(const platform::AudioFile& file, std::span<AudioList
         const auto hand = file.another();
         const std::size_t first = i * windowsPerShare;
         if (!hand->seek(static_cast<std::int64_t>(first * windowFrames))) return;
-        PieceReader reader(*hand, channels, own);
+        PieceReader reader(*hand, channels, own, stop);
         const std::size_t count = std::min(windowsPerShare, planned - first);
         std::size_t window = 0;
         while (window < count && reader.readWindow(windowFrames)) ++window;
         share.isWhole = window == count;
-    });
+    };
+    platform::concurrently(heard.size(), concurrency, hearShare, stop);
     for (Share& share : heard) {
         for (std::size_t i = 0; i < listeners.size(); ++i) listeners[i]->append(*share.listeners[i]);
         if (!share.isWhole) break;

@@ -7,6 +7,7 @@
 #include <limits>
 #include <memory>
 #include <span>
+#include <stop_token>
 
 namespace orvane {
 
@@ -35,9 +36,11 @@ struct AudioPass {
     /// Told which share of the pass was heard, at most a hundred times, ascending to 1; short of it where a
     /// file ends earlier than it claims. Called from the threads that read, one at a time.
     std::function<void(double share)> progress = {};
+    std::stop_token stop = {};
 
     /// Reads once, for all listeners, in bounded memory. The pass ends early where the file does; the window
     /// that was under way counts if it holds a frame. What a listener hears does not depend on `concurrency`.
+    /// Throws Stopped, asked for between two pieces of at most 4096 frames.
     void run(platform::AudioFile& file, std::span<AudioListener* const> listeners) const;
 
   private:

@@ -143,19 +143,21 @@ std::optional<double> LUFSMeter::integratedLUFS() const {
     return meanAbove(gate, blocks).value_or(*ungated);
 }
 
-std::optional<double> LUFSMeter::measureIntegratedLUFS(const TakeSound& sound) {
+std::optional<double> LUFSMeter::measureIntegratedLUFS(const TakeSound& sound, const std::stop_token& stop) {
     const OpenTake take = openTake(sound);
-    return take ? measureFile(*take.audio).integratedLUFS : std::nullopt;
+    return take ? measureFile(*take.audio, {}, stop).integratedLUFS : std::nullopt;
 }
 
 LUFSMeter::FileLoudness LUFSMeter::measureFile(platform::AudioFile& file,
-                                               const std::function<void(double share)>& progress) {
+                                               const std::function<void(double share)>& progress,
+                                               const std::stop_token& stop) {
     LUFSMeter meter(file.channelCount(), file.sampleRate());
     MeterListener listener(meter);
     std::array<AudioListener*, 1> listeners{&listener};
     AudioPass{.channels = static_cast<std::size_t>(std::max(file.channelCount(), 0)),
               .windowFrames = wholeSamples(hopSeconds, file.sampleRate()),
-              .progress = progress}
+              .progress = progress,
+              .stop = stop}
         .run(file, listeners);
     return {meter.integratedLUFS(), listener.frames()};
 }

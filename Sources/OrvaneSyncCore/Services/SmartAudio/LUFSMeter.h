@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <stop_token>
 
 namespace orvane {
 
@@ -29,15 +30,18 @@ class LUFSMeter {
     /// is above the absolute gate.
     std::optional<double> integratedLUFS() const;
 
-    /// Of a whole recording, all its channels, streamed. Nothing when it cannot be read. Any thread.
-    static std::optional<double> measureIntegratedLUFS(const TakeSound& sound);
+    /// Of a whole recording, all its channels, streamed. Nothing when it cannot be read. Any thread. Throws
+    /// Stopped.
+    static std::optional<double> measureIntegratedLUFS(const TakeSound& sound,
+                                                       const std::stop_token& stop = {});
     struct FileLoudness {
         std::optional<double> integratedLUFS;
         std::int64_t heardFrames = 0; ///< fewer than the file promises where it is cut off or damaged
     };
     /// The same of a file that is open. `progress` as that of `AudioPass`, on the caller's thread.
     static FileLoudness measureFile(platform::AudioFile& file,
-                                    const std::function<void(double share)>& progress = {});
+                                    const std::function<void(double share)>& progress = {},
+                                    const std::stop_token& stop = {});
     /// `channels` has `channelCount` arrays of `frameCount` samples.
     static std::optional<double> measureBuffer(std::span<const float* const> channels, std::size_t frameCount,
                                                int channelCount, double sampleRate);

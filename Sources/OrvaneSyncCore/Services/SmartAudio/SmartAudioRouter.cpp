@@ -7,6 +7,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioDiagnosticsLocation.h"
 #include "OrvaneSyncCore/Services/SmartAudio/TrackAdjustments.h"
 #include "OrvaneSyncCore/Services/SmartAudio/WindowMeasurement.h"
+#include "Platform/Stop.h"
 
 #include <algorithm>
 #include <array>
@@ -38,20 +39,22 @@ void routeInBlocks(const SmartAudioRequest& request, std::span<const TrackAnalys
 } // namespace
 
 SmartAudioRouter::SmartAudioRouter(std::size_t concurrency, std::optional<std::string> diagnosticsDirectory)
-    : concurrency_(concurrency > 0 ? concurrency : std::max(std::thread::hardware_concurrency(), 1U)),
-      diagnosticsDirectory_(std::move(diagnosticsDirectory)),
+    : means_{concurrency > 0 ? concurrency : std::max(std::thread::hardware_concurrency(), 1U),
+             std::move(diagnosticsDirectory)},
       queue_(platform::SerialQueue::create("smart audio")) {}
 
 SmartAudioRouter::~SmartAudioRouter() = default;
 
 std::vector<TrackAnalysis> SmartAudioRouter::listen(platform::AudioFile& file, int channelCount,
                                                     std::size_t concurrency,
-                                                    const std::function<void(double share)>& progress) {
+                                                    const std::function<void(double share)>& progress,
+                                                    const std::stop_token& stop) {
     AudioPass pass;
     pass.channels = static_cast<std::size_t>(std::clamp(file.channelCount(), 0, channelCount));
     pass.windowFrames = windowFrames(file.sampleRate());
     pass.concurrency = concurrency;
     pass.progress = progress;
+    pass.stop = stop;
     WindowMeasurement measurement(pass.channels);
     if (pass.windowFrames > 0) {
         const auto frames = static_cast<std::size_t>(file.frameCount());
@@ -76,17 +79,19 @@ bool SmartAudioRouter::endsEarly(double heardSeconds, double promisedSeconds) {
 
 SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request) {
     SmartAudioResult result;
-    queue_->sync([&] { result = analyzeOnQueue(request); });
+    queue_->sync([&] { result = analyze(request, means_, {}); });
     return result;
 }
 
-SmartAudioResult SmartAudioRouter::analyzeOnQueue(const SmartAudioRequest& request) const {
+SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request, const Means& means,
+                                           const std::stop_token& stop) {
     SmartAudioResult result;
     const OpenTake take = openTake(request.sound);
     const int tracks = std::min(request.channelCount, mostTracks);
     if (!take || take.audio->frameCount() < 1 || tracks < 1) return {};
 
-    const std::vector<TrackAnalysis> analyses = listen(*take.audio, tracks, concurrency_, request.progress);
+    const std::vector<TrackAnalysis> analyses =
+        listen(*take.audio, tracks, means.concurrency, request.progress, stop);
     result.incompleteFiles = take.incompleteFiles();
     const double rate = take.audio->sampleRate();
     if (rate > 0) {
@@ -94,6 +99,7 @@ SmartAudioResult SmartAudioRouter::analyzeOnQueue(const SmartAudioRequest& reque
         result.promisedSeconds = static_cast<double>(take.audio->promisedFrames()) / rate;
     }
 
+    platform::throwIfStopped(stop);
     const SmartAudioConfig config = request.config.value_or(SmartAudioConfig::preset(request.mode));
     result.tracks = TrackAdjustments::generateAdjustments(analyses, request.mode, config);
     result.bestTrackIndex = TrackAdjustments::bestTrackIndex(result.tracks);
@@ -102,11 +108,12 @@ SmartAudioResult SmartAudioRouter::analyzeOnQueue(const SmartAudioRequest& reque
         WindowAnalysis::computePerWindowBestSegments(analyses, smartAudioWindowSeconds, minSegmentSeconds);
     if (request.stems)
         result.stemMetrics =
-            computeStemMetrics(*request.stems, smartAudioWindowSeconds, analyses.front().averageRMS());
+            computeStemMetrics(*request.stems, smartAudioWindowSeconds, analyses.front().averageRMS(), stop);
+    platform::throwIfStopped(stop);
     if (request.blockSettings)
         routeInBlocks(request, analyses,
-                      diagnosticsDirectory_ ? *diagnosticsDirectory_
-                                            : SmartAudioDiagnosticsLocation::directory(),
+                      means.diagnosticsDirectory ? *means.diagnosticsDirectory
+                                                 : SmartAudioDiagnosticsLocation::directory(),
                       result);
     return result;
 }

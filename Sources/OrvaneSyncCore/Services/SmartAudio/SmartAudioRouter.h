@@ -14,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -44,8 +45,7 @@ class SmartAudioRouter {
     static constexpr int mostTracks = 65535;
 
     /// `concurrency`: threads that one analysis may use; 0: as many as the machine has. The result does not
-    /// depend on it. `diagnosticsDirectory`: where the text report of a routing goes; absent: the program's
-    /// own place for it.
+    /// depend on it. `diagnosticsDirectory`: that of `Means`.
     explicit SmartAudioRouter(std::size_t concurrency = 0,
                               std::optional<std::string> diagnosticsDirectory = std::nullopt);
     ~SmartAudioRouter();
@@ -54,9 +54,18 @@ class SmartAudioRouter {
     /// serves a run loop nor from that queue.
     SmartAudioResult analyze(const SmartAudioRequest& request);
 
-    /// For an asynchronous caller: work posted here calls `analyzeOnQueue`.
+    /// How an analysis is carried out, whatever it listens to.
+    struct Means {
+        std::size_t concurrency = 1;
+        /// Where the text report of a routing goes; absent: the program's own place for it.
+        std::optional<std::string> diagnosticsDirectory = {};
+    };
+    /// For an asynchronous caller: work posted to the queue calls `analyze` with a copy of the means, so that
+    /// it needs no router. Throws Stopped.
     platform::SerialQueue& queue() { return *queue_; }
-    SmartAudioResult analyzeOnQueue(const SmartAudioRequest& request) const;
+    const Means& means() const { return means_; }
+    static SmartAudioResult analyze(const SmartAudioRequest& request, const Means& means,
+                                    const std::stop_token& stop);
 
     /// Whether a recording of which something was heard ended before its header says, and not because the
     /// rest is never heard.
@@ -68,11 +77,11 @@ class SmartAudioRouter {
     /// without windows. Any thread.
     static std::vector<TrackAnalysis> listen(platform::AudioFile& file, int channelCount,
                                              std::size_t concurrency,
-                                             const std::function<void(double share)>& progress = {});
+                                             const std::function<void(double share)>& progress = {},
+                                             const std::stop_token& stop = {});
 
   private:
-    std::size_t concurrency_;
-    std::optional<std::string> diagnosticsDirectory_;
+    Means means_;
     std::unique_ptr<platform::SerialQueue> queue_;
 };
 

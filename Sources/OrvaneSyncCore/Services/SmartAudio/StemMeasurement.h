@@ -3,6 +3,8 @@
 #include "OrvaneSyncCore/Models/FileURL.h"
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
 
+#include <stop_token>
+
 namespace orvane {
 
 /// What the stem separator made of one recording.
@@ -18,6 +20,7 @@ struct SeparatedStems {
 
 /// Measures the dialogue and the music stem per window, on their first channel. `sourceAvgRMS` is the linear
 /// level that the music is compared with. A stem that cannot be read gives empty arrays. Any thread.
-StemMetrics computeStemMetrics(const SeparatedStems& stems, double windowSeconds, float sourceAvgRMS);
+StemMetrics computeStemMetrics(const SeparatedStems& stems, double windowSeconds, float sourceAvgRMS,
+                               const std::stop_token& stop = {});
 
 } // namespace orvane

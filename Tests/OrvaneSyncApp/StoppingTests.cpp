@@ -1,0 +1,143 @@
+#include "MediaFactory/MediaFactory.h"
+#include "MediaFactory/SmallShoot.h"
+#include "OrvaneSyncApp/ControllerTest.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+
+namespace orvane {
+namespace {
+
+class StoppingTest : public test::ControllerTest {
+  protected:
+    void SetUp() override {
+        test::makeSmallShoot(folder_.path());
+        scan(folder("camera"), folder("sound"));
+        ASSERT_EQ(controller_->work().syncGroups().size(), 4U);
+    }
+    static bool endedByStop(const platform::Task& task) {
+        bool isStopped = false;
+        task.whenDone([&](const std::exception_ptr& raised) {
+            try {
+                if (raised) std::rethrow_exception(raised);
+            } catch (const platform::Stopped&) {
+                isStopped = true;
+            }
+        });
+        return isStopped;
+    }
+};
+
+TEST_F(StoppingTest, aScanThatIsStoppedLeavesAllAsItWas) {
+    const SyncGroupList clips = controller_->work().syncGroups();
+    const auto found = controller_->scan().discoveryResult()->totalCount();
+    const auto read = controller_->scan().scanResult();
+    const platform::Task scanning = controller_->scan().startScan();
+    EXPECT_EQ(controller_->scan().scanState(), ScanState::discovering);
+    scanning.requestStop();
+    finish(scanning);
+    EXPECT_TRUE(endedByStop(scanning));
+    EXPECT_EQ(controller_->scan().scanState(), ScanState::done);
+    EXPECT_EQ(controller_->scan().progress(), ScanProgress::idle());
+    EXPECT_EQ(controller_->scan().discoveryResult()->totalCount(), found);
+    EXPECT_EQ(controller_->scan().scanResult(), read);
+    EXPECT_TRUE(controller_->work().syncGroups().changesSince(clips).empty());
+    finish(controller_->scan().startScan());
+    EXPECT_EQ(controller_->scan().scanState(), ScanState::done);
+    EXPECT_FALSE(controller_->work().syncGroups().changesSince(clips).empty())
+        << "the next one runs to its end";
+}
+
+/// What stops an analysis, a scan and the loading of a report, and that nothing of them is left.
+TEST_F(StoppingTest, otherWorkStopsWhatRuns) {
+    const FileURL report{folder_.write("day.csv", "Name,Scene,Take\nA001C001_261120_R1AB,77,1\n")};
+    const auto stops = [&](const char* what, const std::function<void()>& interrupt, bool alsoTheReport) {
+        const platform::Task analysing =
+            controller_->smartAudio().runSmartAudioAnalysis(SmartAudioMode::standard, true);
+        const platform::Task loading = controller_->reports().loadALE(report);
+        EXPECT_TRUE(controller_->smartAudio().state().isAnalyzing) << what;
+        interrupt();
+        finish(analysing);
+        finish(loading);
+        EXPECT_TRUE(endedByStop(analysing)) << what;
+        EXPECT_EQ(endedByStop(loading), alsoTheReport) << what;
+        if (!controller_) return;
+        EXPECT_FALSE(controller_->smartAudio().state().isAnalyzing) << what;
+        EXPECT_EQ(controller_->smartAudio().state().progress, SmartAudioProgress()) << what;
+        EXPECT_TRUE(controller_->smartAudio().state().results.empty()) << what;
+    };
+    stops(
+        "a new scan", [&] { finish(controller_->scan().startScan()); }, false);
+    stops(
+        "a reset", [&] { controller_->reset(); }, true);
+    EXPECT_FALSE(controller_->reports().aleFile());
+    scan(folder("camera"), folder("sound"));
+    stops(
+        "stored work", [&] { controller_->openStoredWork({}); }, true);
+    scan(folder("camera"), folder("sound"));
+    const platform::Task scanning = controller_->scan().startScan();
+    stops(
+        "the end", [&] { controller_.reset(); }, true);
+    finish(scanning);
+    EXPECT_TRUE(endedByStop(scanning));
+}
+
+TEST_F(StoppingTest, aReportThatIsStoppedLeavesTheOneBefore) {
+    finish(controller_->reports().loadALE(
+        {folder_.write("one.csv", "Name,Scene,Take\nA001C001_261120_R1AB,77,1\n")}));
+    const auto before = controller_->reports().aleFile();
+    const platform::Task loading =
+        controller_->reports().loadALE({folder_.write("two.csv", "Name,Scene\nB,1\n")});
+    loading.requestStop();
+    finish(loading);
+    EXPECT_TRUE(endedByStop(loading));
+    EXPECT_EQ(controller_->reports().aleFile(), before);
+    EXPECT_EQ(clip("A001C001")->clipName, "77-1");
+}
+
+/// An edit that is made while a report is laid over the clips stays, and so does the report.
+TEST_F(StoppingTest, aReportTakesInWhatIsEditedMeanwhile) {
+    const UUID a = clip("A001C001")->id;
+    const platform::Task loading = controller_->reports().loadALE(
+        {folder_.write("one.csv", "Name,Scene,Take\nA001C001_261120_R1AB,77,1\n")});
+    const auto subscription = controller_->onChange([&](ImportField field) {
+        if (field == ImportField::report && !clip("A001C001")->isApproved)
+            mainThread_->post([&] { controller_->clips().toggleApproved(a); });
+    });
+    finish(loading);
+    EXPECT_TRUE(clip("A001C001")->isApproved);
+    EXPECT_EQ(clip("A001C001")->clipName, "77-1");
+}
+
+TEST_F(StoppingTest, noticesSayWhichClipsChanged) {
+    std::vector<SyncGroupChanges> changes;
+    const auto subscription = controller_->onChange([&](const ImportChange& change) {
+        if (change.field == ImportField::syncGroups) changes.push_back(change.clipChanges());
+    });
+    const auto id = [&](std::size_t row) { return controller_->work().syncGroups()[row].id; };
+    controller_->clips().toggleApproved(id(2));
+    controller_->withUndo(undoSteps::toggleLocked, [&] {
+        controller_->clips().toggleLocked(id(0));
+        controller_->clips().toggleLocked(id(3));
+    });
+    controller_->undo();
+    controller_->recordings().removeVideoFromSync(id(1));
+    EXPECT_EQ(changes,
+              (std::vector<SyncGroupChanges>{
+                  {{}, {}, {}, {2}}, {{}, {}, {}, {0, 3}}, {{}, {}, {}, {0, 3}}, {{1}, {}, {}, {}}}));
+}
+
+/// The clock stands still, so that of the files of each kind the first and the last are seen.
+TEST_F(StoppingTest, progressIsGivenAsOftenAsItIsWorthShowing) {
+    for (int i = 0; i < 200; ++i) folder_.write("sound/X" + std::to_string(i) + ".wav", "");
+    std::vector<int> steps;
+    const auto subscription = controller_->onChange([&](ImportField field) {
+        if (field == ImportField::progress && controller_->scan().scanState() == ScanState::probing)
+            steps.push_back(controller_->scan().progress().current);
+    });
+    finish(controller_->scan().startScan());
+    EXPECT_LE(steps.size(), 4U);
+    EXPECT_TRUE(std::ranges::is_sorted(steps));
+    EXPECT_EQ(steps.back(), 206);
+}
+
+} // namespace
+} // namespace orvane

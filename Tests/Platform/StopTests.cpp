@@ -1,0 +1,124 @@
+#include "Platform/Stop.h"
+#include "Platform/Task.h"
+#include "Support/Test.h"
+#include "Support/VirtualMainThread.h"
+
+#include <atomic>
+#include <semaphore>
+#include <string>
+#include <thread>
+
+namespace orvane::platform {
+namespace {
+
+using test::VirtualMainThread;
+
+std::string endOf(const Task& task) {
+    std::string end = "runs";
+    task.whenDone([&](const std::exception_ptr& raised) {
+        end = "done";
+        try {
+            if (raised) std::rethrow_exception(raised);
+        } catch (const Stopped& stopped) {
+            end = stopped.what();
+        }
+    });
+    return end;
+}
+
+struct StoppingTasks : ::testing::Test {
+    std::shared_ptr<VirtualMainThread> main = std::make_shared<VirtualMainThread>();
+    std::unique_ptr<SerialQueue> queue = SerialQueue::create("stopped");
+    std::string order;
+
+    Task waitFor(Task child) {
+        co_await child;
+        order += "never";
+    }
+};
+
+/// Work that asks its token ends; so does who waits for it, and who waits for that.
+TEST_F(StoppingTasks, reachesTheWorkThroughTheTasksThatWait) {
+    std::binary_semaphore isUnderWay{0};
+    std::atomic<bool> hasNoticed = false;
+    const auto listen = [&]() -> Task {
+        auto listening = onQueue(*queue, main, [&](const std::stop_token& stop) {
+            isUnderWay.release();
+            while (!stop.stop_requested()) std::this_thread::yield();
+            hasNoticed = true;
+            throwIfStopped(stop);
+        });
+        co_await listening;
+        order += "never";
+    };
+    const Task child = listen();
+    const Task parent = waitFor(child);
+    isUnderWay.acquire();
+    parent.requestStop();
+    EXPECT_EQ(endOf(child), "runs") << "nothing goes on within the request";
+    main->runPosted();
+    EXPECT_EQ(endOf(child), "cancelled");
+    EXPECT_EQ(endOf(parent), "cancelled");
+    queue.reset();
+    EXPECT_TRUE(hasNoticed);
+    EXPECT_EQ(order, "");
+}
+
+/// A call of the system that hangs holds up neither the operation nor its queue nor the end of both.
+TEST_F(StoppingTasks, leavesWorkThatHangs) {
+    const auto share = std::make_shared<std::binary_semaphore>(0);
+    const std::weak_ptr<std::binary_semaphore> kept = share;
+    std::binary_semaphore isUnderWay{0};
+    const auto read = [&](std::shared_ptr<std::binary_semaphore> file) -> Task {
+        auto reading = onQueue(*queue, main, [file = std::move(file), &isUnderWay](std::stop_token /*stop*/) {
+            isUnderWay.release();
+            file->acquire();
+        });
+        co_await reading;
+    };
+    const Task hanging = read(share);
+    isUnderWay.acquire();
+    hanging.requestStop();
+    main->runPosted();
+    EXPECT_EQ(endOf(hanging), "cancelled");
+    queue->sync([&] { order += "next"; });
+    EXPECT_EQ(order, "next");
+    queue.reset();
+    EXPECT_TRUE(SerialQueue::hasAbandonedWork());
+    share->release();
+    while (SerialQueue::hasAbandonedWork()) std::this_thread::yield();
+    EXPECT_EQ(kept.use_count(), 1) << "what the work held is given back when it ends";
+}
+
+/// Work that takes no token, such as the writing of a file, is carried to its end; the stop comes after it.
+TEST_F(StoppingTasks, carriesOutWorkWithoutAToken) {
+    bool isBegun = false;
+    const auto save = [&]() -> Task {
+        auto writing = onQueue(*queue, main, [&] { order += "written "; });
+        co_await writing;
+        order += "back ";
+        auto next = onQueue(*queue, main, [&](const std::stop_token&) { isBegun = true; });
+        co_await next;
+    };
+    const Task task = save();
+    task.requestStop();
+    EXPECT_TRUE(main->waitUntil([&] { return task.isDone(); }));
+    EXPECT_EQ(order, "written back ");
+    EXPECT_EQ(endOf(task), "cancelled");
+    EXPECT_FALSE(isBegun);
+}
+
+TEST(Concurrently, beginsNothingMoreOnceStopped) {
+    for (const std::size_t threads : {1, 4}) {
+        std::stop_source stop;
+        std::atomic<int> begun = 0;
+        const auto work = [&](std::size_t) {
+            if (++begun == 5) stop.request_stop();
+        };
+        EXPECT_THROW(concurrently(100'000, threads, work, stop.get_token()), Stopped);
+        EXPECT_LT(begun, 100);
+    }
+}
+
+} // namespace
+} // namespace orvane::platform

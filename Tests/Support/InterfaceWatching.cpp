@@ -1,0 +1,35 @@
+#include "Support/InterfaceWatching.h"
+
+#include "Platform/InterfaceThread.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+namespace orvane::test {
+
+namespace {
+
+/// Unoptimised code and the sanitizers take many times the time of a program.
+#if defined(NDEBUG) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+constexpr int slowdown = 1;
+#else
+constexpr int slowdown = 20;
+#endif
+
+void hasBlocked(const char* what, const char* work) {
+    ADD_FAILURE() << "the interface thread is held up by " << what << " in " << work;
+}
+
+void hasRun(const char* work, std::chrono::nanoseconds used) {
+    EXPECT_LE(used, slowdown * platform::longestInterfaceWork) << "processor time in " << work;
+}
+
+} // namespace
+
+bool watchInterfaceThreads() {
+    platform::watchInterfaceWork({hasBlocked, hasRun});
+    return true;
+}
+
+} // namespace orvane::test

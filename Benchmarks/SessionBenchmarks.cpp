@@ -2,9 +2,8 @@
 
 #include "Corpus.h"
 
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
-#include "OrvaneSyncCLI/Serve/Desk.h"
-#include "OrvaneSyncCLI/Serve/Methods.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 #include "OrvaneSyncCore/Services/Persistence/GroupsCoding.h"
 #include "Platform/Files.h"
@@ -123,12 +122,12 @@ void parseSession(benchmark::State& state, const std::string& folder) {
 /// The whole answer of `serve` to a question for its state, up to the pipe.
 void serveState(benchmark::State& state, const std::string& folder) {
     OpenSession session(folder);
-    cli::rpc::Desk desk;
-    desk.controller = session.controller;
-    desk.sessions = session.manager;
-    desk.settings = std::make_shared<platform::MemorySettingsStore>();
+    commands::CommandContext context;
+    context.controller = session.controller;
+    context.sessions = session.manager;
+    context.settings = std::make_shared<platform::MemorySettingsStore>();
     std::size_t bytes = 0;
-    cli::rpc::Server server(desk, cli::rpc::allMethods(),
+    cli::rpc::Server server(context, commands::allCommands(),
                             [&](const std::string& line) { bytes += line.size(); });
     for (auto _ : state) server.receive(R"({"jsonrpc":"2.0","id":1,"method":"state"})");
     benchmark::DoNotOptimize(bytes);

@@ -1,5 +1,4 @@
-#include "OrvaneSyncCLI/Serve/Desk.h"
-#include "OrvaneSyncCLI/Serve/Methods.h"
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
@@ -70,13 +69,15 @@ SyncGroupList clips() {
 }
 
 /// No call reaches a file that it names; its arguments are looked at all the same.
-std::vector<Method> methods() {
-    std::vector<Method> methods = allMethods();
-    for (Method& method : methods)
-        if (std::ranges::find(method.parameters, Parameter::Kind::path, &Parameter::kind) !=
-            method.parameters.end())
-            method = Method(method.name, method.parameters, [](Desk&, const Call&) { return JSON(); });
-    return methods;
+std::vector<commands::Command> commandTable() {
+    std::vector<commands::Command> table = commands::allCommands();
+    for (commands::Command& command : table)
+        if (std::ranges::find(command.parameters, commands::Parameter::Kind::path,
+                              &commands::Parameter::kind) != command.parameters.end())
+            command =
+                commands::Command(command.id, command.title, command.parameters,
+                                  [](commands::CommandContext&, const commands::Call&) { return JSON(); });
+    return table;
 }
 
 /// `orvanesync serve` on the two clips, one message after the other.
@@ -84,11 +85,11 @@ class Served {
   public:
     Served() {
         registerStandardDefaults(*settings_);
-        desk_.controller = ImportController::create({loop_, settings_, nullptr});
-        desk_.sessions = SessionManager::create({loop_, settings_});
-        desk_.sessions->start(desk_.controller);
-        desk_.settings = settings_;
-        desk_.controller->openStoredWork({{}, {}, clips()});
+        context_.controller = ImportController::create({loop_, settings_, nullptr});
+        context_.sessions = SessionManager::create({loop_, settings_});
+        context_.sessions->start(context_.controller);
+        context_.settings = settings_;
+        context_.controller->openStoredWork({{}, {}, clips()});
     }
 
     void receive(const std::string& line) {
@@ -109,23 +110,23 @@ class Served {
 
     /// What is open has been saved, as it is.
     void end() {
-        desk_.sessions->flush().whenDone([this](const std::exception_ptr&) { loop_->quit(); });
+        context_.sessions->flush().whenDone([this](const std::exception_ptr&) { loop_->quit(); });
         loop_->run();
-        const auto session = desk_.sessions->currentSessionId();
+        const auto session = context_.sessions->currentSessionId();
         if (!session) return;
-        demand(!desk_.sessions->lastSaveError());
+        demand(!context_.sessions->lastSaveError());
         const auto kept = SessionStore(AppStorageHelper::sessionsDirectory()).readGroups(*session);
         demand(!kept.problem);
-        if (!desk_.controller->work().syncGroups().empty())
+        if (!context_.controller->work().syncGroups().empty())
             demand(toJSONArray(kept.groups).dump() ==
-                   toJSONArray(desk_.controller->work().syncGroups()).dump());
+                   toJSONArray(context_.controller->work().syncGroups()).dump());
     }
 
   private:
     std::string state() const {
-        const UndoState undo = desk_.controller->work().undoState();
-        return toJSONArray(desk_.controller->work().syncGroups()).dump() + undo.undoActionName.value_or("-") +
-               undo.redoActionName.value_or("-");
+        const UndoState undo = context_.controller->work().undoState();
+        return toJSONArray(context_.controller->work().syncGroups()).dump() +
+               undo.undoActionName.value_or("-") + undo.redoActionName.value_or("-");
     }
 
     static void check(const JSON& answer) {
@@ -149,9 +150,9 @@ class Served {
     const std::shared_ptr<platform::RunLoop> loop_ = platform::RunLoop::create();
     const std::shared_ptr<platform::MemorySettingsStore> settings_ =
         std::make_shared<platform::MemorySettingsStore>();
-    Desk desk_;
+    commands::CommandContext context_;
     std::vector<std::string> said_;
-    Server server_{desk_, methods(), [this](const std::string& line) { said_.push_back(line); }};
+    Server server_{context_, commandTable(), [this](const std::string& line) { said_.push_back(line); }};
 };
 
 } // namespace

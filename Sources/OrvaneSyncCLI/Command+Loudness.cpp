@@ -1,3 +1,4 @@
+#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ProgressLine.h"

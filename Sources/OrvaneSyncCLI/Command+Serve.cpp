@@ -1,7 +1,6 @@
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/LineReader.h"
-#include "OrvaneSyncCLI/Serve/Desk.h"
-#include "OrvaneSyncCLI/Serve/Methods.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 #include "Platform/Interrupt.h"
 #include "Platform/Text.h"
@@ -76,7 +75,8 @@ std::optional<JSON> progressJSON(const ImportController& controller, ImportField
     return std::nullopt;
 }
 
-rpc::Desk openDesk(Context& context, const Arguments& arguments, std::shared_ptr<platform::RunLoop> loop) {
+commands::CommandContext openWork(Context& context, const Arguments& arguments,
+                                  std::shared_ptr<platform::RunLoop> loop) {
     ImportController::Dependencies work;
     work.mainThread = loop;
     work.settings = context.settings;
@@ -86,12 +86,12 @@ rpc::Desk openDesk(Context& context, const Arguments& arguments, std::shared_ptr
     keeping.mainThread = loop;
     keeping.settings = context.settings;
     keeping.clock = context.clock;
-    rpc::Desk desk;
-    desk.controller = ImportController::create(std::move(work));
-    desk.sessions = SessionManager::create(std::move(keeping));
-    desk.settings = context.settings;
-    desk.sessions->start(desk.controller);
-    return desk;
+    commands::CommandContext opened;
+    opened.controller = ImportController::create(std::move(work));
+    opened.sessions = SessionManager::create(std::move(keeping));
+    opened.settings = context.settings;
+    opened.sessions->start(opened.controller);
+    return opened;
 }
 
 std::string notSaved(const std::string& failure) { return "the session could not be saved: " + failure; }
@@ -99,21 +99,21 @@ std::string notSaved(const std::string& failure) { return "the session could not
 void serve(Context& context, const Arguments& arguments) {
     if (!arguments.positionals().empty()) throw UsageError("serve takes no file");
     const auto loop = platform::RunLoop::create();
-    rpc::Desk desk = openDesk(context, arguments, loop);
-    rpc::Server server(desk, rpc::allMethods(),
+    commands::CommandContext work = openWork(context, arguments, loop);
+    rpc::Server server(work, commands::allCommands(),
                        [&](const std::string& line) { context.out << line << std::endl; });
-    const auto progressing = desk.controller->onChange([&](ImportField field) {
+    const auto progressing = work.controller->onChange([&](ImportField field) {
         if (!server.isWaitedFor()) return; // an analysis in the background
-        if (auto progress = progressJSON(*desk.controller, field)) server.notify("progress", *progress);
+        if (auto progress = progressJSON(*work.controller, field)) server.notify("progress", *progress);
     });
-    const auto keeping = desk.sessions->onChange([&](SessionField field) {
-        if (field == SessionField::problem && desk.sessions->problem())
-            context.warn(*desk.sessions->problem());
+    const auto keeping = work.sessions->onChange([&](SessionField field) {
+        if (field == SessionField::problem && work.sessions->problem())
+            context.warn(*work.sessions->problem());
     });
     platform::ignoreBrokenPipes(); // what a client that has died has asked for is still to be kept
-    if (desk.sessions->problem()) context.warn(*desk.sessions->problem());
+    if (work.sessions->problem()) context.warn(*work.sessions->problem());
     // Called on a thread of its own, at the very end of this function at the latest.
-    platform::beforeTermination([loop, weak = std::weak_ptr(desk.sessions)](const platform::EndProcess& end) {
+    platform::beforeTermination([loop, weak = std::weak_ptr(work.sessions)](const platform::EndProcess& end) {
         loop->post([weak, end] {
             const auto sessions = weak.lock();
             if (!sessions) return end("");
@@ -126,12 +126,12 @@ void serve(Context& context, const Arguments& arguments) {
     });
     {
         const MessageReader reader(context.in, loop, server, [&] {
-            desk.sessions->flush().whenDone([&](const std::exception_ptr&) { loop->quit(); });
+            work.sessions->flush().whenDone([&](const std::exception_ptr&) { loop->quit(); });
         });
         loop->run();
     }
     platform::beforeTermination(nullptr);
-    if (const auto& failure = desk.sessions->lastSaveError()) throw CommandError(notSaved(*failure));
+    if (const auto& failure = work.sessions->lastSaveError()) throw CommandError(notSaved(*failure));
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/DocumentOutput.h"
 #include "OrvaneSyncCLI/Printers.h"

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCLI/Command.h"
-#include "OrvaneSyncCLI/SettingValues.h"
 #include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCLI/TypedSettings.h"
+#include "OrvaneSyncCore/Models/SettingValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 
 namespace orvane::cli {

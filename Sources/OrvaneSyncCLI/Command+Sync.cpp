@@ -2,8 +2,8 @@
 #include "OrvaneSyncCLI/DocumentOutput.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ScanRun.h"
-#include "OrvaneSyncCLI/SettingValues.h"
 #include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCLI/TypedSettings.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 
 namespace orvane::cli {

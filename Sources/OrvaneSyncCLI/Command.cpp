@@ -1,6 +1,6 @@
 #include "OrvaneSyncCLI/Command.h"
 
-#include "OrvaneSyncCLI/SettingValues.h"
+#include "OrvaneSyncCLI/TypedSettings.h"
 #include "Platform/MediaInspector.h"
 #include "Platform/Text.h"
 

@@ -1,5 +1,7 @@
 #include "OrvaneSyncCLI/DocumentOutput.h"
 
+#include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Models/Settings.h"
@@ -59,15 +61,6 @@ const std::vector<Option>& documentOptions() {
          "(default 1.14)"},
     };
     return options;
-}
-
-void addOwnWarnings(const ImportController& controller, ExportResult& result) {
-    for (auto* warnings : {&leftOutWarnings, &smartAudioWarnings})
-        for (std::string& warning : (*warnings)(controller)) result.warnings.push_back(std::move(warning));
-    if (result.syncClipCount + result.multicamCount == 0)
-        result.warnings.push_back("the document holds no clip; look at the settings " +
-                                  std::string(settings::generateSyncClips.key) + " and " +
-                                  std::string(settings::wrapMOSInSyncClip.key));
 }
 
 DocumentOutput::DocumentOutput(Context& context, const Arguments& arguments, RunInputs inputs)

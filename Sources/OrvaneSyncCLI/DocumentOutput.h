@@ -14,9 +14,6 @@ namespace orvane::cli {
 /// What all commands take that write a document.
 const std::vector<Option>& documentOptions();
 
-/// What people should know beside the exporter's own warnings.
-void addOwnWarnings(const ImportController& controller, ExportResult& result);
-
 /// Where the document of a command goes, and what kind of document it is to be.
 class DocumentOutput {
   public:

@@ -1,5 +1,8 @@
 #include "OrvaneSyncCLI/Printers.h"
 
+#include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
+
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
@@ -53,26 +56,6 @@ std::string beginsText(const SyncGroup& group, const Take& take) {
     return secondsText(std::abs(offset)) + (offset > 0 ? " after" : " before");
 }
 
-bool nothingIsKnown(const MediaAsset& asset) {
-    return !asset.durationSeconds && !asset.width && !asset.sampleRate && !asset.startTimecodeString;
-}
-
-std::string whyUnmatched(const SyncGroup& group, bool anySound) {
-    const MediaAsset& video = group.video;
-    if (group.matchStatus.kind == MatchStatus::Kind::ambiguous)
-        return "several recordings, none of them clearly";
-    if (nothingIsKnown(video)) return "the file can't be read";
-    if (!video.startTimecodeString) return "no timecode";
-    if (!video.durationSeconds) return "no length";
-    return anySound ? "no sound at that time" : "no recordings given";
-}
-
-/// Work that was kept has no scan; then its clips tell.
-bool hasSound(const ImportController& controller) {
-    return controller.scan().scanResult() ? !controller.scan().scanResult()->audioAssets.empty()
-                                          : controller.work().matchedCount() > controller.work().mosCount();
-}
-
 /// Seconds of the clip that have sound.
 double coveredSeconds(const SyncGroup& group, const Take& take) {
     if (take.heardFileCount() == 1) return group.audioMatches.front().overlapDurationSeconds;
@@ -118,7 +101,7 @@ std::string clipsText(const ImportController& controller, bool bold) {
 /// The clips that wait for a decision, with the recordings to choose from.
 std::string issuesText(const ImportController& controller, bool bold) {
     Table table({{"NOT MATCHED"}, {"STARTS"}, {"LENGTH", Table::Align::right}, {"WHY"}});
-    const bool anySound = hasSound(controller);
+    const bool anySound = hasRecordings(controller);
     const FileNames& files = controller.work().fileNames();
     for (const SyncGroup& group : filtered(controller.work().syncGroups(), FilterMode::issues)) {
         table.add({files.of(group.video), startText(group.video), lengthText(group.video),
@@ -200,15 +183,6 @@ std::string stateText(const ImportController& controller, bool bold) {
     return text;
 }
 
-std::vector<std::string> leftOutWarnings(const ImportController& controller) {
-    std::vector<std::string> warnings;
-    const bool anySound = hasSound(controller);
-    for (const SyncGroup& group : filtered(controller.work().syncGroups(), FilterMode::issues))
-        warnings.push_back("not in the document: " + controller.work().fileNames().of(group.video) + " (" +
-                           whyUnmatched(group, anySound) + ")");
-    return warnings;
-}
-
 std::string assetText(const MediaAsset& asset, bool bold) {
     Table table({{asset.filename}, {""}});
     addFact(table, "starts", asset.startTimecodeString);
@@ -231,6 +205,17 @@ std::string assetText(const MediaAsset& asset, bool bold) {
     addRecorderFacts(table, asset);
     if (table.empty()) table.add({"nothing could be read", ""});
     return table.text(bold);
+}
+
+std::string smartAudioText(const ImportController& controller) {
+    if (controller.smartAudio().state().results.empty()) return "";
+    const SmartAudioCounts counts = smartAudioCounts(controller);
+    std::string text = "Smart Audio: " + counted(counts.clips, "clip", "clips") + " heard, " +
+                       std::to_string(counts.chosen) + " of " +
+                       counted(counts.channels, "channel", "channels") + " chosen";
+    if (counts.unheardRecordings > 0)
+        text += "; " + counted(counts.unheardRecordings, "recording", "recordings") + " can't be heard";
+    return text + ".\n";
 }
 
 } // namespace orvane::cli

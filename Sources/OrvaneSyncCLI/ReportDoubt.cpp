@@ -6,8 +6,6 @@
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 #include "OrvaneSyncCore/Utilities/ReportColumns.h"
 #include "Platform/Files.h"
-#include "Platform/MediaRecognition.h"
-#include "Platform/RandomAccessFile.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -32,16 +30,6 @@ std::string namesOf(const PackedTexts& columns) {
 }
 
 } // namespace
-
-std::string whyNoReport(const std::string& path) {
-    const auto file = platform::files::attributes(path);
-    const bool isRegular = file && file->isRegularFile;
-    if (isRegular && file->size > ALEParser::mostBytes) return "it is larger than 1 GB";
-    if (std::string why = whyUnreadable(path, false); !why.empty() || !isRegular) return why;
-    auto content = platform::RandomAccessFile::open(path);
-    // Its bytes would be read as text, and columns made of them.
-    return content && platform::beginsAsMedia(*content) ? "it is a media file" : "";
-}
 
 std::vector<std::string> reportDoubts(const ALEFile& report, const platform::SettingsStore& store) {
     const std::string chosen = store.get(settings::reportMatchColumn);

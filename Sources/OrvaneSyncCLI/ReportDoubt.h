@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/Commands/Readable.h"
 #include "OrvaneSyncCore/Models/ALEFile.h"
 #include "Platform/SettingsStore.h"
 
@@ -7,9 +8,6 @@
 #include <vector>
 
 namespace orvane::cli {
-
-/// Why a file can't be read as a report, whatever it holds; empty when it may be one.
-std::string whyNoReport(const std::string& path);
 
 /// Why a report that was read may give the clips nothing or too little: it has no rows, or neither the column
 /// that the settings `ale.matchField` and `ale.matchColumn` look for nor one of sound files, or quotation

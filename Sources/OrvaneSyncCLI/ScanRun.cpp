@@ -1,4 +1,5 @@
 #include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ReportDoubt.h"
@@ -37,16 +38,6 @@ void chooseFolders(ImportController& controller, const Arguments& arguments) {
 }
 
 } // namespace
-
-std::string whyUnreadable(const std::string& path, bool mustBeFolder) {
-    const auto attributes = platform::files::attributes(path);
-    if (!attributes) return std::generic_category().message(errno);
-    if (mustBeFolder && !attributes->isDirectory) return "it is not a folder";
-    if (!mustBeFolder && attributes->isDirectory) return "it is a folder";
-    if (!mustBeFolder && !attributes->isRegularFile) return "it is no regular file";
-    const int mode = mustBeFolder ? R_OK | X_OK : R_OK;
-    return ::access(path.c_str(), mode) == 0 ? "" : std::generic_category().message(errno);
-}
 
 const std::vector<Option>& scanOptions() {
     static const std::vector<Option> options{

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/Commands/Readable.h"
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncCLI/Context.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
@@ -53,8 +54,5 @@ class ScanRun {
     platform::Subscription subscription_;
     std::vector<std::string> warnings_;
 };
-
-/// The system's reason why a folder or file cannot be read; empty when it can.
-std::string whyUnreadable(const std::string& path, bool mustBeFolder);
 
 } // namespace orvane::cli

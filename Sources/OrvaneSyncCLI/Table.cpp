@@ -56,23 +56,6 @@ std::string Table::lineText(const std::vector<std::string>& cells, const std::ve
     return line;
 }
 
-std::string counted(long long count, std::string_view one, std::string_view many) {
-    return std::to_string(count) + " " + std::string(count == 1 ? one : many);
-}
-
-std::string clockText(double seconds) {
-    constexpr double longest = 1e9;
-    if (!(seconds >= 0 && seconds < longest)) return "";
-    const auto whole = static_cast<long long>(std::llround(seconds));
-    std::array<char, 48> text{};
-    if (whole >= 3600)
-        std::snprintf(text.data(), text.size(), "%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60,
-                      whole % 60);
-    else
-        std::snprintf(text.data(), text.size(), "%lld:%02lld", whole / 60, whole % 60);
-    return text.data();
-}
-
 std::string fitted(const std::string& text, int columns) {
     if (platform::text::displayWidth(text) <= columns) return text;
     std::string beginning;

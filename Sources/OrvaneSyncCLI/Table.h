@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Text.h"
 
 #include <string>
@@ -32,10 +33,6 @@ class Table {
 };
 
 using platform::text::formatted;
-/// "1 clip", "3 clips".
-std::string counted(long long count, std::string_view one, std::string_view many);
-/// Minutes and seconds, or hours too, such as "1:05" and "1:00:07"; empty for nothing.
-std::string clockText(double seconds);
 /// No wider on a terminal than that; what is cut off shows as an ellipsis.
 std::string fitted(const std::string& text, int columns);
 

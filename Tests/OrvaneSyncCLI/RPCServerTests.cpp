@@ -1,34 +1,37 @@
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
-
-#include "OrvaneSyncCLI/Serve/Desk.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
 namespace orvane::cli::rpc {
 namespace {
 
-/// A server with three methods of its own, on a thread that never waits.
+/// A server with three methods of its own and `cancel`, on a thread that never waits.
 struct RPCServer : testing::Test {
     std::vector<std::string> said;
     int sum = 0;
     std::vector<std::function<void()>> held;
-    Desk desk;
-    Server server{desk, methods(), [this](const std::string& line) { said.push_back(line); }};
+    CommandContext context;
+    Server server{context, commandTable(), [this](const std::string& line) { said.push_back(line); }};
 
-    std::vector<Method> methods() {
-        using enum Parameter::Kind;
+    std::vector<Command> commandTable() {
+        using enum commands::Parameter::Kind;
         return {
-            Method("add", {{"number", integer}, {"note", text, true}},
-                   [this](Desk&, const Call& call) { return JSON(sum += call.integer("number")); }),
-            Method("fail", {},
-                   [](Desk&, const Call&) -> JSON { throw std::runtime_error("Group not found"); }),
-            Method::later("wait", {{"groupID", id, true}},
-                          [this](Desk&, const Call&, std::shared_ptr<JSON> result) {
-                              return untilReleased(std::move(result));
-                          }),
+            *std::ranges::find(orvane::commands::allCommands(), "cancel", &Command::id),
+            Command(
+                "add", "Add", {{"number", integer}, {"note", text, true}},
+                [this](CommandContext&, const Call& call) { return JSON(sum += call.integer("number")); }),
+            Command(
+                "fail", "Fail", {},
+                [](CommandContext&, const Call&) -> JSON { throw std::runtime_error("Group not found"); }),
+            Command::later("wait", "Wait", {{"groupID", id, true}},
+                           [this](CommandContext&, const Call&, std::shared_ptr<JSON> result) {
+                               return untilReleased(std::move(result));
+                           }),
         };
     }
 

@@ -1,7 +1,6 @@
 #include "MediaFactory/SmallShoot.h"
 #include "MediaFactory/WaveMaker.h"
-#include "OrvaneSyncCLI/Serve/Desk.h"
-#include "OrvaneSyncCLI/Serve/Methods.h"
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "Platform/Files.h"
@@ -29,13 +28,13 @@ class ServeTest : public testing::Test {
         ImportController::Dependencies work;
         work.mainThread = loop_;
         work.settings = settings_;
-        desk_.controller = ImportController::create(std::move(work));
+        context_.controller = ImportController::create(std::move(work));
         SessionManager::Dependencies keeping;
         keeping.mainThread = loop_;
         keeping.settings = settings_;
-        desk_.sessions = SessionManager::create(std::move(keeping));
-        desk_.sessions->start(desk_.controller);
-        desk_.settings = settings_;
+        context_.sessions = SessionManager::create(std::move(keeping));
+        context_.sessions->start(context_.controller);
+        context_.settings = settings_;
     }
 
     JSON answer(const std::string& method, const std::string& params) {
@@ -84,9 +83,10 @@ class ServeTest : public testing::Test {
     std::shared_ptr<platform::RunLoop> loop_ = platform::RunLoop::create();
     std::shared_ptr<platform::MemorySettingsStore> settings_ =
         std::make_shared<platform::MemorySettingsStore>();
-    Desk desk_;
+    commands::CommandContext context_;
     std::vector<std::string> said_;
-    Server server_{desk_, allMethods(), [this](const std::string& line) { said_.push_back(line); }};
+    Server server_{context_, commands::allCommands(),
+                   [this](const std::string& line) { said_.push_back(line); }};
     std::string groupID_;
 };
 
@@ -245,8 +245,8 @@ TEST_F(ServeTest, anotherFileIsReplacedOnRequestAlone) {
 TEST_F(ServeTest, aFolderIsNamedLeftOrTakenAway) {
     scan();
     call("setFolders", R"({"audioFolder":null})");
-    EXPECT_EQ(desk_.controller->work().videoFolderURL(), FileURL{folder_.path("camera")});
-    EXPECT_EQ(desk_.controller->work().audioFolderURL(), std::nullopt);
+    EXPECT_EQ(context_.controller->work().videoFolderURL(), FileURL{folder_.path("camera")});
+    EXPECT_EQ(context_.controller->work().audioFolderURL(), std::nullopt);
 }
 
 TEST_F(ServeTest, anEditAnswersWhenTheClipHasBeenAnalysedAgain) {
@@ -259,7 +259,7 @@ TEST_F(ServeTest, anEditAnswersWhenTheClipHasBeenAnalysedAgain) {
         .writeTo(sound.url.path);
     const SyncGroup clip = test::clip(test::video("A.mov"), sound);
     groupID_ = clip.id.text();
-    desk_.controller->openStoredWork({{}, {}, SyncGroupList{clip}});
+    context_.controller->openStoredWork({{}, {}, SyncGroupList{clip}});
     call("runSmartAudioForGroup", onFirst(R"(,"forceOverwriteManualTracks":false)"));
     const auto tracks = [&] {
         std::string text;
@@ -277,7 +277,7 @@ TEST_F(ServeTest, anEditAnswersWhenTheClipHasBeenAnalysedAgain) {
     };
     for (const auto& [method, params] : edits) {
         call(method, params);
-        EXPECT_FALSE(desk_.controller->smartAudio().state().isAnalyzing) << method;
+        EXPECT_FALSE(context_.controller->smartAudio().state().isAnalyzing) << method;
         EXPECT_EQ(tracks(), "9") << method;
     }
     const std::string range = first("manualBlockOverrides").elements()->front().find("id")->dump();
@@ -318,6 +318,31 @@ TEST_F(ServeTest, keepsSessionsAndSettings) {
     call("loadPreset", R"({"name":"One"})");
     EXPECT_EQ(call("setting", R"({"key":"eventName"})").dump(), "\"Day 1\"");
     EXPECT_EQ(call("presets").dump(), "[\"One\"]");
+}
+
+TEST_F(ServeTest, listsItsCommandsAsTheGuideDoes) {
+    std::ostringstream guide;
+    guide << std::ifstream(std::filesystem::path(ORVANE_SOURCE_DIR) / "docs/automation.md").rdbuf();
+    for (const commands::Command& command : commands::allCommands())
+        EXPECT_NE(guide.str().find("`" + command.signature() + "`"), std::string::npos)
+            << command.signature();
+    const auto isEnabled = [&](const std::string& id, const std::string& params = "{}") {
+        const JSON listed = call("commands", params);
+        for (const JSON& command : *listed.find("commands")->elements())
+            if (*command.find("id")->string() == id) return *command.find("isEnabled")->boolean();
+        ADD_FAILURE() << id << " is not listed";
+        return false;
+    };
+    EXPECT_TRUE(isEnabled("setFolders"));
+    EXPECT_FALSE(isEnabled("startScan")) << "there is no folder";
+    EXPECT_FALSE(isEnabled("toggleApproved")) << "there is no clip";
+    scan();
+    EXPECT_TRUE(isEnabled("toggleApproved"));
+    EXPECT_FALSE(isEnabled("undo"));
+    call("toggleLocked", onFirst());
+    EXPECT_TRUE(isEnabled("undo"));
+    EXPECT_TRUE(isEnabled("attachAudioToGroup")) << "for another clip";
+    EXPECT_FALSE(isEnabled("attachAudioToGroup", onFirst())) << "it is locked";
 }
 
 /// The example of docs/automation.md, as it stands there.

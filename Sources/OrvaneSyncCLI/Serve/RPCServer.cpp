@@ -1,9 +1,8 @@
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 
-#include "OrvaneSyncCLI/Serve/Desk.h"
-
 #include <algorithm>
 #include <exception>
+#include <stdexcept>
 #include <utility>
 
 namespace orvane::cli::rpc {
@@ -12,10 +11,34 @@ namespace {
 
 constexpr std::string_view cancelName = "cancel";
 
-std::map<std::string_view, Method> byName(std::vector<Method> methods, Method own) {
-    std::map<std::string_view, Method> table;
-    methods.push_back(std::move(own));
-    for (Method& method : methods) table.emplace(method.name, std::move(method));
+/// What a response says of a failure; the positive numbers are the program's own.
+enum class ErrorCode : int {
+    parseError = -32700,
+    invalidRequest = -32600,
+    methodNotFound = -32601,
+    invalidParams = -32602,
+    operationFailed = 1,
+    cancelled = 2 ///< by `cancel`
+};
+
+/// A message that is no proper request.
+class Error : public std::runtime_error {
+  public:
+    Error(ErrorCode code, const std::string& message) : std::runtime_error(message), code_(code) {}
+    ErrorCode code() const { return code_; }
+
+  private:
+    ErrorCode code_;
+};
+
+ErrorCode codeOf(commands::Refusal refusal) {
+    return refusal == commands::Refusal::invalidArguments ? ErrorCode::invalidParams
+                                                          : ErrorCode::operationFailed;
+}
+
+std::map<std::string_view, Command> byName(std::vector<Command> commands) {
+    std::map<std::string_view, Command> table;
+    for (Command& command : commands) table.emplace(command.id, std::move(command));
     return table;
 }
 
@@ -88,14 +111,12 @@ bool isRequest(const JSON& message, const JSON& id) {
 
 } // namespace
 
-Server::Server(Desk& desk, std::vector<Method> methods, Write write)
-    : desk_(desk), methods_(byName(std::move(methods), cancelMethod())), write_(std::move(write)) {}
-
-Method Server::cancelMethod() {
-    return {cancelName, {{"id", Parameter::Kind::any}}, [this](Desk&, const Call& call) {
-                return JSON(cancel(call.any("id")));
-            }};
+Server::Server(CommandContext& context, std::vector<Command> commands, Write write)
+    : context_(context), commands_(byName(std::move(commands))), write_(std::move(write)) {
+    context_.cancelRequest = [this](const JSON& id) { return cancel(id); };
 }
+
+Server::~Server() { context_.cancelRequest = nullptr; }
 
 /// Null names no request.
 bool Server::cancel(const JSON& id) {
@@ -181,12 +202,12 @@ platform::Task Server::serve(std::shared_ptr<Waiting> waiting) {
     if (!responses.empty()) write(JSON(std::move(responses)));
 }
 
-platform::Task Server::finished(const Method& method, Call call, JSON id, std::shared_ptr<JSON> result) {
+platform::Task Server::finished(const Command& command, Call call, JSON id, std::shared_ptr<JSON> result) {
     isWaitedFor_ = true;
     idUnderWay_ = std::move(id);
     std::exception_ptr raised;
     try {
-        longOperation_ = method.whenDone(desk_, std::move(call), std::move(result));
+        longOperation_ = command.whenDone(context_, std::move(call), std::move(result));
         const platform::Task operation = *longOperation_;
         co_await operation;
     } catch (...) {
@@ -207,16 +228,17 @@ platform::Task Server::answer(JSON request, std::shared_ptr<const Waiting> waiti
         isNotification = parsed.isNotification;
         if (std::ranges::find(waiting->cancelled, parsed.id) != waiting->cancelled.end())
             throw platform::Stopped();
-        const auto method = methods_.find(parsed.method);
-        if (method == methods_.end())
+        const auto found = commands_.find(parsed.method);
+        if (found == commands_.end())
             throw Error(ErrorCode::methodNotFound, "there is no method '" + parsed.method + "'");
-        const Call call(method->second, parsed.params);
-        desk_.expectKnown(call);
+        const Command& command = found->second;
+        const Call call(command, parsed.params);
+        context_.expectKnown(call);
         const auto result = std::make_shared<JSON>();
-        if (method->second.now)
-            *result = method->second.now(desk_, call);
+        if (command.now)
+            *result = command.now(context_, call);
         else
-            co_await finished(method->second, call, parsed.id, result);
+            co_await finished(command, call, parsed.id, result);
         if (isNotification) co_return;
         JSON success = message();
         success.set("id", parsed.id);
@@ -225,6 +247,9 @@ platform::Task Server::answer(JSON request, std::shared_ptr<const Waiting> waiti
         co_return;
     } catch (const Error& error) {
         code = error.code();
+        why = error.what();
+    } catch (const commands::Error& error) {
+        code = codeOf(error.refusal());
         why = error.what();
     } catch (const platform::Stopped& stopped) {
         code = ErrorCode::cancelled;

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "OrvaneSyncCLI/Serve/RPCMethod.h"
+#include "OrvaneSyncApp/Controllers/Commands/Command.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 
 #include <deque>
 #include <functional>
@@ -13,8 +14,13 @@
 
 namespace orvane::cli::rpc {
 
+using commands::Call;
+using commands::Command;
+using commands::CommandContext;
+using platform::JSON;
+
 /// JSON-RPC 2.0, one message a line. Messages are served one at a time, in the order in which they came; a
-/// long operation holds up those behind it. Interface thread. Must outlive what it serves.
+/// long operation holds up those behind it. Interface thread. Outlived by the context.
 ///
 /// A `cancel {id}` that comes by itself is answered at once, whatever waits: true when the request of that id
 /// runs or waits for its turn, and then that request is answered, in its turn, by the error `cancelled`.
@@ -23,7 +29,10 @@ class Server {
     /// Takes one message without its line end.
     using Write = std::function<void(const std::string& line)>;
 
-    Server(Desk& desk, std::vector<Method> methods, Write write);
+    Server(CommandContext& context, std::vector<Command> commands, Write write);
+    ~Server();
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
 
     /// One message: a request, a notification or a batch of them. Calls back once it has been served.
     void receive(std::string line, std::function<void()> whenServed = nullptr);
@@ -46,17 +55,16 @@ class Server {
 
     platform::Task serveAll();
     platform::Task serve(std::shared_ptr<Waiting> waiting);
-    platform::Task finished(const Method& method, Call call, JSON id, std::shared_ptr<JSON> result);
+    platform::Task finished(const Command& command, Call call, JSON id, std::shared_ptr<JSON> result);
     /// Whether there was such a request.
     bool cancel(const JSON& id);
-    Method cancelMethod();
     /// Leaves the response in `response`; nothing for a notification.
     platform::Task answer(JSON request, std::shared_ptr<const Waiting> waiting,
                           std::shared_ptr<std::optional<JSON>> response);
     void write(const JSON& message) const { write_(message.dump()); }
 
-    Desk& desk_;
-    const std::map<std::string_view, Method> methods_;
+    CommandContext& context_;
+    const std::map<std::string_view, Command> commands_; ///< by the name of the method
     const Write write_;
     std::deque<std::shared_ptr<Waiting>> waiting_;
     bool isServing_ = false;

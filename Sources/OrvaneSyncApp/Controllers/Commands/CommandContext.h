@@ -9,16 +9,19 @@
 #include <string>
 #include <type_traits>
 
-namespace orvane::cli::rpc {
+namespace orvane::commands {
 
 class Call;
 
-/// What the methods work on: one controller, like the app.
-class Desk {
+/// What the commands work on.
+class CommandContext {
   public:
     std::shared_ptr<ImportController> controller;
     std::shared_ptr<SessionManager> sessions;
     std::shared_ptr<platform::SettingsStore> settings;
+    /// Stops the request of that identifier, and says whether there was one. Null where there are no
+    /// requests.
+    std::function<bool(const platform::JSON& id)> cancelRequest;
 
     /// Throws for a clip, recording, range or wild track that a call names and that is not there: before the
     /// call has done anything, so that there is nothing to take back.
@@ -42,8 +45,4 @@ Topic& topic(ImportController& controller) {
         return controller.tracks();
 }
 
-/// What a caller named, as an absolute location. Throws Error when it cannot be read.
-FileURL readableFile(const std::string& path);
-FileURL readableFolder(const std::string& path);
-
-} // namespace orvane::cli::rpc
+} // namespace orvane::commands

@@ -1,6 +1,8 @@
-#include "OrvaneSyncCLI/Printers.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 
-#include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Naming/ResultsList.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Text.h"
@@ -12,7 +14,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-namespace orvane::cli {
+namespace orvane {
 
 namespace {
 
@@ -141,4 +143,41 @@ std::vector<std::string> scanWarnings(const ImportController& controller) {
     return warnings;
 }
 
-} // namespace orvane::cli
+bool nothingIsKnown(const MediaAsset& asset) {
+    return !asset.durationSeconds && !asset.width && !asset.sampleRate && !asset.startTimecodeString;
+}
+
+std::string whyUnmatched(const SyncGroup& group, bool hasRecordings) {
+    const MediaAsset& video = group.video;
+    if (group.matchStatus.kind == MatchStatus::Kind::ambiguous)
+        return "several recordings, none of them clearly";
+    if (nothingIsKnown(video)) return "the file can't be read";
+    if (!video.startTimecodeString) return "no timecode";
+    if (!video.durationSeconds) return "no length";
+    return hasRecordings ? "no sound at that time" : "no recordings given";
+}
+
+bool hasRecordings(const ImportController& controller) {
+    return controller.scan().scanResult() ? !controller.scan().scanResult()->audioAssets.empty()
+                                          : controller.work().matchedCount() > controller.work().mosCount();
+}
+
+std::vector<std::string> leftOutWarnings(const ImportController& controller) {
+    std::vector<std::string> warnings;
+    const bool anySound = hasRecordings(controller);
+    for (const SyncGroup& group : filtered(controller.work().syncGroups(), FilterMode::issues))
+        warnings.push_back("not in the document: " + controller.work().fileNames().of(group.video) + " (" +
+                           whyUnmatched(group, anySound) + ")");
+    return warnings;
+}
+
+void addOwnWarnings(const ImportController& controller, ExportResult& result) {
+    for (auto* warnings : {&leftOutWarnings, &smartAudioWarnings})
+        for (std::string& warning : (*warnings)(controller)) result.warnings.push_back(std::move(warning));
+    if (result.syncClipCount + result.multicamCount == 0)
+        result.warnings.push_back("the document holds no clip; look at the settings " +
+                                  std::string(settings::generateSyncClips.key) + " and " +
+                                  std::string(settings::wrapMOSInSyncClip.key));
+}
+
+} // namespace orvane

@@ -1,10 +1,12 @@
-#include "OrvaneSyncCLI/Printers.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
+
+#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 
 #include <utility>
 
-namespace orvane::cli {
+namespace orvane {
 
 namespace {
 
@@ -91,4 +93,4 @@ JSON exportJSON(const ImportController& controller, const ExportResult& result, 
     return json;
 }
 
-} // namespace orvane::cli
+} // namespace orvane

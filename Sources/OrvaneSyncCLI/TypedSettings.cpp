@@ -1,6 +1,7 @@
-#include "OrvaneSyncCLI/SettingValues.h"
+#include "OrvaneSyncCLI/TypedSettings.h"
 
 #include "OrvaneSyncCLI/Arguments.h"
+#include "OrvaneSyncCore/Models/SettingValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/Text.h"
 
@@ -14,8 +15,6 @@ namespace orvane::cli {
 namespace {
 
 using Kind = SettingDescription::Kind;
-
-std::string kindText(Kind kind) { return (kind == Kind::integer ? "an " : "a ") + std::string(name(kind)); }
 
 struct SettingGroup {
     std::string_view title;
@@ -44,16 +43,6 @@ constexpr std::array<SettingGroup, 6> mostChanged{{
 
 } // namespace
 
-platform::JSON defaultInUse(const SettingDescription& setting) {
-    return setting.details.absenceVaries ? platform::JSON() : setting.defaultValue();
-}
-
-std::string settingText(const platform::JSON& value) {
-    if (const std::string* text = value.string()) return *text;
-    if (const auto whole = value.integer()) return std::to_string(*whole);
-    return value.isNull() ? "" : value.dump();
-}
-
 platform::JSON settingValue(const SettingDescription& setting, const std::string& typed) {
     try {
         platform::JSON value = platform::JSON::parse(typed);
@@ -61,23 +50,6 @@ platform::JSON settingValue(const SettingDescription& setting, const std::string
     } catch (const platform::JSONError&) {
         return typed;
     }
-}
-
-std::optional<std::string> whyUseless(const SettingDescription& setting, const platform::JSON& value) {
-    const std::string takes = "the setting '" + std::string(setting.key) + "' takes ";
-    if (!setting.understands(value))
-        return takes + kindText(setting.kind) + ", not '" + settingText(value) + "'";
-    if (const auto range = setting.details.range) {
-        const double number = value.number().value_or(0);
-        if (number >= range->lowest && number <= range->highest) return std::nullopt;
-        return takes + "a number from " + settingText(range->lowest) + " to " + settingText(range->highest) +
-               ", not '" + settingText(value) + "'";
-    }
-    const auto words = setting.choices;
-    if (words.empty() || setting.choiceIndex(settingText(value))) return std::nullopt;
-    std::string list;
-    for (const std::string_view word : words) list.append(list.empty() ? "" : ", ").append(word);
-    return takes + "one of " + list + "; not '" + settingText(value) + "'";
 }
 
 std::string exportSettingsHelp() {

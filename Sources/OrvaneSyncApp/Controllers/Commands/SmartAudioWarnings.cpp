@@ -1,8 +1,9 @@
-#include "OrvaneSyncCLI/Printers.h"
-#include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncCore/Services/Export/ExportPreview.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -11,7 +12,7 @@
 #include <set>
 #include <string_view>
 
-namespace orvane::cli {
+namespace orvane {
 
 namespace {
 
@@ -85,30 +86,26 @@ Warnings timecodeWarnings(const Verdict& verdict) {
             " is switched on, by its name timecode; --no-smart-audio leaves every channel on"};
 }
 
-/// What Smart Audio made of all clips.
-struct Heard {
-    std::int64_t clips = 0, channels = 0, chosen = 0;
-    std::set<std::string_view> unheard; ///< recordings, by path
-};
+} // namespace
 
-Heard heardBy(const ImportController& controller) {
-    Heard heard;
+SmartAudioCounts smartAudioCounts(const ImportController& controller) {
+    SmartAudioCounts counts;
+    std::set<std::string_view> unheard; // recordings, by path
     const auto& results = controller.smartAudio().state().results;
     for (const SyncGroup& group : controller.work().syncGroups()) {
         const auto result = results.find(group.id);
         if (result == results.end() || group.isMOS()) continue;
         if (!isHeard(result->second)) {
-            heard.unheard.insert(group.primaryAudio()->url.path);
+            unheard.insert(group.primaryAudio()->url.path);
             continue;
         }
-        ++heard.clips;
-        heard.channels += static_cast<std::int64_t>(result->second.tracks.size());
-        heard.chosen += static_cast<std::int64_t>(group.manualActiveTracks.size());
+        ++counts.clips;
+        counts.channels += static_cast<std::int64_t>(result->second.tracks.size());
+        counts.chosen += static_cast<std::int64_t>(group.manualActiveTracks.size());
     }
-    return heard;
+    counts.unheardRecordings = std::ssize(unheard);
+    return counts;
 }
-
-} // namespace
 
 std::string earlyEndWarning(const std::string& filename, double heardSeconds, double promisedSeconds) {
     return filename + " ends early: " + clockText(heardSeconds) + " of the " + clockText(promisedSeconds) +
@@ -131,32 +128,20 @@ std::vector<std::string> smartAudioWarnings(const ImportController& controller) 
     return warnings;
 }
 
-std::string smartAudioText(const ImportController& controller) {
-    if (controller.smartAudio().state().results.empty()) return "";
-    const Heard heard = heardBy(controller);
-    std::string text = "Smart Audio: " + counted(heard.clips, "clip", "clips") + " heard, " +
-                       std::to_string(heard.chosen) + " of " +
-                       counted(heard.channels, "channel", "channels") + " chosen";
-    if (!heard.unheard.empty())
-        text += "; " + counted(static_cast<long long>(heard.unheard.size()), "recording", "recordings") +
-                " can't be heard";
-    return text + ".\n";
-}
-
 JSON smartAudioJSON(const ImportController& controller, std::optional<SmartAudioMode> mode) {
-    const Heard heard = heardBy(controller);
+    const SmartAudioCounts counts = smartAudioCounts(controller);
     JSON::Array problems;
     for (const std::string& warning : smartAudioWarnings(controller)) problems.emplace_back(warning);
     JSON json;
     if (mode) json.set("mode", platform::text::lowercased(rawValue(*mode)));
-    json.set("clipsHeard", heard.clips);
+    json.set("clipsHeard", counts.clips);
     json.set("clipsNotAnalyzed", ExportPreview::smartAudioCoverage(controller.work().syncGroups(),
                                                                    controller.smartAudio().state().results)
                                      .unanalyzed);
-    json.set("channels", heard.channels);
-    json.set("channelsChosen", heard.chosen);
+    json.set("channels", counts.channels);
+    json.set("channelsChosen", counts.chosen);
     json.set("problems", std::move(problems));
     return json;
 }
 
-} // namespace orvane::cli
+} // namespace orvane

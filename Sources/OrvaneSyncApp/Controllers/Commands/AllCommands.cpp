@@ -1,0 +1,19 @@
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace orvane::commands {
+
+const std::vector<Command>& allCommands() {
+    static const std::vector<Command> all = [] {
+        std::vector<Command> commands;
+        for (auto* topic : {&workCommands, &editCommands, &smartAudioCommands, &reportCommands, &fileCommands,
+                            &sessionCommands, &settingCommands})
+            std::ranges::move((*topic)(), std::back_inserter(commands));
+        return commands;
+    }();
+    return all;
+}
+
+} // namespace orvane::commands

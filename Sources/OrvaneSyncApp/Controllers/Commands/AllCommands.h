@@ -1,0 +1,19 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/Commands/Command.h"
+
+#include <vector>
+
+namespace orvane::commands {
+
+/// The commands of each topic, a row each, and all of them.
+std::vector<Command> workCommands();
+std::vector<Command> editCommands();
+std::vector<Command> smartAudioCommands();
+std::vector<Command> reportCommands();
+std::vector<Command> fileCommands();
+std::vector<Command> sessionCommands();
+std::vector<Command> settingCommands();
+const std::vector<Command>& allCommands();
+
+} // namespace orvane::commands

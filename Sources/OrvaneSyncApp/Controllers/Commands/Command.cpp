@@ -1,0 +1,169 @@
+#include "OrvaneSyncApp/Controllers/Commands/Command.h"
+
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+namespace orvane::commands {
+
+namespace {
+
+std::string_view kindText(Parameter::Kind kind) {
+    using enum Parameter::Kind;
+    switch (kind) {
+    case id:
+        return "an identifier";
+    case text:
+    case path:
+        return "a text";
+    case number:
+        return "a number";
+    case integer:
+        return "a whole number";
+    case boolean:
+        return "true or false";
+    case any:
+        break;
+    }
+    return "a value";
+}
+
+bool isOfKind(const JSON& value, Parameter::Kind kind) {
+    using enum Parameter::Kind;
+    switch (kind) {
+    case id:
+        return value.string() != nullptr && UUID::fromText(*value.string());
+    case text:
+    case path:
+        return value.string() != nullptr;
+    case number:
+        return value.number().has_value();
+    case integer: {
+        const auto whole = value.integer();
+        return whole && *whole >= std::numeric_limits<int>::min() &&
+               *whole <= std::numeric_limits<int>::max();
+    }
+    case boolean:
+        return value.boolean().has_value();
+    case any:
+        break;
+    }
+    return true;
+}
+
+/// What is wrong with an argument; nothing when it is as the command wants it.
+std::string problemOf(const JSON& value, Parameter::Kind kind) {
+    if (!isOfKind(value, kind)) return "must be " + std::string(kindText(kind));
+    if (kind != Parameter::Kind::path) return {};
+    if (value.string()->empty()) return "is empty";
+    // Standard input and output hold the requests and answers.
+    if (*value.string() == "-") return "must name a file or a folder, and '-' is none here";
+    return value.string()->find('\0') == std::string::npos ? "" : "holds a NUL character";
+}
+
+} // namespace
+
+std::string_view name(Parameter::Kind kind) {
+    constexpr std::array<std::string_view, 7> names{"id",      "text",    "path", "number",
+                                                    "integer", "boolean", "any"};
+    return names[static_cast<std::size_t>(kind)];
+}
+
+Command Command::later(std::string_view id, std::string_view title, std::vector<Parameter> parameters,
+                       Later run) {
+    Command command(id, title, std::move(parameters), nullptr);
+    command.whenDone = std::move(run);
+    return command;
+}
+
+Command Command::undoneBy(const UndoStep& itsStep) && {
+    step = itsStep;
+    return std::move(*this);
+}
+
+Command Command::when(Enabled isEnabledNow) && {
+    enabled = std::move(isEnabledNow);
+    return std::move(*this);
+}
+
+Command Command::forClips(Applies appliesToClip) && {
+    applies = appliesToClip;
+    return std::move(*this);
+}
+
+bool Command::isOfOneClip() const {
+    return std::ranges::any_of(parameters, [](const Parameter& parameter) {
+        return parameter.kind == Parameter::Kind::id &&
+               (parameter.name == "groupID" || parameter.name == "of");
+    });
+}
+
+bool Command::isEnabled(const CommandContext& context, const SyncGroup* clip) const {
+    if (enabled && !enabled(context)) return false;
+    if (!isOfOneClip()) return true;
+    const auto canDo = [this](const SyncGroup& group) { return applies == nullptr || applies(group); };
+    return clip != nullptr ? canDo(*clip)
+                           : std::ranges::any_of(context.controller->work().syncGroups(), canDo);
+}
+
+std::string Command::signature() const {
+    std::string text(id);
+    for (const Parameter& parameter : parameters)
+        text.append(&parameter == &parameters.front() ? " {" : ", ")
+            .append(parameter.name)
+            .append(parameter.isOptional ? "?" : "");
+    return parameters.empty() ? text : text + "}";
+}
+
+Call::Call(const Command& command, const JSON* params) : command_(&command) {
+    const std::string said = std::string(command.id) + ": ";
+    if (params != nullptr) {
+        if (!params->isObject()) throw Error(Refusal::invalidArguments, said + "arguments go by name");
+        params_ = *params;
+    }
+    for (const Parameter& parameter : command.parameters) {
+        const JSON* value = find(parameter.name);
+        if (value == nullptr && !parameter.isOptional)
+            throw Error(Refusal::invalidArguments, said + std::string(parameter.name) + " is missing");
+        if (value == nullptr) continue;
+        if (const std::string problem = problemOf(*value, parameter.kind); !problem.empty())
+            throw Error(Refusal::invalidArguments, said + std::string(parameter.name) + " " + problem);
+    }
+    if (params_.members() == nullptr) return;
+    for (const auto& [name, value] : *params_.members())
+        if (std::ranges::find(command.parameters, name, &Parameter::name) == command.parameters.end())
+            throw Error(Refusal::invalidArguments, said + "takes no '" + name + "'");
+}
+
+const JSON* Call::find(std::string_view name) const {
+    const JSON* value = params_.find(name);
+    return value == nullptr || value->isNull() ? nullptr : value;
+}
+
+bool Call::names(std::string_view name) const {
+    const auto parameter = std::ranges::find(command_->parameters, name, &Parameter::name);
+    return parameter != command_->parameters.end() && parameter->kind == Parameter::Kind::id && has(name);
+}
+
+UUID Call::id(std::string_view name) const { return *UUID::fromText(text(name)); }
+const std::string& Call::text(std::string_view name) const { return *find(name)->string(); }
+double Call::number(std::string_view name) const { return *find(name)->number(); }
+int Call::integer(std::string_view name) const { return static_cast<int>(*find(name)->integer()); }
+bool Call::boolean(std::string_view name) const { return *find(name)->boolean(); }
+
+std::optional<std::string> Call::textIfPresent(std::string_view name) const {
+    return has(name) ? std::optional(text(name)) : std::nullopt;
+}
+
+std::optional<double> Call::numberIfPresent(std::string_view name) const {
+    return has(name) ? std::optional(number(name)) : std::nullopt;
+}
+
+JSON Call::any(std::string_view name) const {
+    const JSON* value = find(name);
+    return value == nullptr ? JSON() : *value;
+}
+
+} // namespace orvane::commands

@@ -1,0 +1,121 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/UndoStack.h"
+#include "OrvaneSyncCore/Models/SyncGroup.h"
+#include "OrvaneSyncCore/Models/UUID.h"
+#include "Platform/JSON.h"
+#include "Platform/Task.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace orvane::commands {
+
+using platform::JSON;
+
+/// Why a command did not run.
+enum class Refusal : std::uint8_t {
+    invalidArguments, ///< they are missing, of another kind, or name no known value
+    failed            ///< what was asked for could not be done
+};
+
+/// A command that did not run. The text is for people.
+class Error : public std::runtime_error {
+  public:
+    Error(Refusal refusal, const std::string& message) : std::runtime_error(message), refusal_(refusal) {}
+    Refusal refusal() const { return refusal_; }
+
+  private:
+    Refusal refusal_;
+};
+
+struct Parameter {
+    /// A path is a text that a file may be named by.
+    enum class Kind : std::uint8_t { id, text, path, number, integer, boolean, any };
+    std::string_view name;
+    Kind kind = Kind::text;
+    bool isOptional = false;
+    std::optional<int> lowest = {};                 ///< of a number
+    std::span<const std::string_view> choices = {}; ///< of a text that takes only these
+};
+std::string_view name(Parameter::Kind kind);
+
+struct Command;
+
+/// The arguments of one call, all of the kinds that the command takes. A null counts as absent. The command
+/// outlives it.
+class Call {
+  public:
+    /// Throws Error for arguments that are missing, of another kind, or unknown.
+    Call(const Command& command, const JSON* params);
+
+    bool has(std::string_view name) const { return find(name) != nullptr; }
+    /// Also when it is null.
+    bool mentions(std::string_view name) const { return params_.find(name) != nullptr; }
+    /// It is there, and an identifier by its kind.
+    bool names(std::string_view name) const;
+    // Each for a parameter of that kind which is there.
+    UUID id(std::string_view name) const;
+    const std::string& text(std::string_view name) const;
+    double number(std::string_view name) const;
+    int integer(std::string_view name) const;
+    bool boolean(std::string_view name) const;
+    // The same where it may be absent.
+    std::optional<std::string> textIfPresent(std::string_view name) const;
+    std::optional<double> numberIfPresent(std::string_view name) const;
+    /// Null for an absent one.
+    JSON any(std::string_view name) const;
+
+  private:
+    const JSON* find(std::string_view name) const;
+
+    const Command* command_;
+    JSON params_;
+};
+
+class CommandContext;
+
+/// One command of the program, as menus, keys, the JSON-RPC methods and the guide of these know it. Interface
+/// thread; what it throws is the caller's answer.
+struct Command {
+    using Now = std::function<JSON(CommandContext&, const Call&)>;
+    /// Leaves what it gives in `result` when it ends.
+    using Later = std::function<platform::Task(CommandContext&, Call, std::shared_ptr<JSON> result)>;
+    using Enabled = std::function<bool(const CommandContext&)>;
+    using Applies = bool (*)(const SyncGroup&);
+
+    Command(std::string_view theID, std::string_view theTitle, std::vector<Parameter> theParameters, Now run)
+        : id(theID), title(theTitle), parameters(std::move(theParameters)), now(std::move(run)) {}
+    static Command later(std::string_view id, std::string_view title, std::vector<Parameter> parameters,
+                         Later run);
+
+    // What else a row of the table says.
+    Command undoneBy(const UndoStep& itsStep) &&;
+    Command when(Enabled isEnabledNow) &&;
+    Command forClips(Applies appliesToClip) &&;
+
+    /// Whether it can do anything as the work stands: to this clip, or without one, to any.
+    bool isEnabled(const CommandContext& context, const SyncGroup* clip = nullptr) const;
+    bool isOfOneClip() const;
+    /// Such as "setFolders {videoFolder?, audioFolder?}".
+    std::string signature() const;
+
+    std::string_view id;    ///< also the name of the method
+    std::string_view title; ///< as a menu shows it
+    std::optional<UndoStep> step;
+    std::vector<Parameter> parameters;
+    Now now;                   ///< answers at once; null for a long one
+    Later whenDone;            ///< answers when it is done
+    Enabled enabled;           ///< null: always
+    Applies applies = nullptr; ///< of a command for one clip; null: to every one
+};
+
+} // namespace orvane::commands

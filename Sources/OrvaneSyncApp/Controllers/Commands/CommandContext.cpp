@@ -1,0 +1,35 @@
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+
+#include "OrvaneSyncApp/Controllers/Commands/Command.h"
+
+#include <algorithm>
+
+namespace orvane::commands {
+
+void CommandContext::expectKnown(const Call& call) const {
+    const auto expect = [&](const auto& list, std::string_view name, const char* what) {
+        if (call.names(name) &&
+            std::ranges::none_of(list, [&](const auto& element) { return element.id == call.id(name); }))
+            throw Error(Refusal::failed, std::string(what) + " not found");
+    };
+    expect(controller->work().wildTracks(), "id", "Wild track");
+    const char* const clip = call.names("of") ? "of" : "groupID";
+    if (!call.names(clip)) return;
+    const SyncGroup& known = group(call.id(clip));
+    expect(known.audioMatches, "matchID", "Audio match");
+    expect(known.manualBlockOverrides, "overrideID", "Range override");
+}
+
+platform::Task CommandContext::withUndo(const UndoStep& step,
+                                        const std::function<platform::Task()>& edit) const {
+    auto analysis = platform::Task::ended();
+    controller->withUndo(step, [&] { analysis = edit(); });
+    return analysis;
+}
+
+const SyncGroup& CommandContext::group(const UUID& id) const {
+    if (const SyncGroup* group = controller->work().syncGroups().find(id)) return *group;
+    throw GroupNotFound();
+}
+
+} // namespace orvane::commands

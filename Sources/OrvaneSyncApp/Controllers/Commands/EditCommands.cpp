@@ -1,0 +1,281 @@
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/Commands/Readable.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Models/RawValues.h"
+#include "OrvaneSyncCore/Models/Settings.h"
+
+#include <algorithm>
+#include <array>
+
+namespace orvane::commands {
+
+namespace {
+
+using enum Parameter::Kind;
+using Controller = ImportController;
+
+constexpr std::array<std::string_view, 3> syncMethodNames{"timecode", "clap", "manual"};
+
+const Parameter groupID{"groupID", id};
+
+/// An operation under its undo step; it answers null.
+template <class Operation>
+Command edit(std::string_view id, const UndoStep& step, std::vector<Parameter> parameters,
+             Operation operation) {
+    return Command(id, step.actionName, std::move(parameters),
+                   [step, operation](CommandContext& context, const Call& call) {
+                       Controller& controller = *context.controller;
+                       controller.withUndo(step, [&] { operation(controller, call); });
+                       return JSON();
+                   })
+        .undoneBy(step);
+}
+
+/// The same for an operation that has the clip analysed again, if it was; done when it has been.
+template <class Operation>
+Command editAndListen(std::string_view id, const UndoStep& step, std::vector<Parameter> parameters,
+                      Operation operation) {
+    return Command::later(
+               id, step.actionName, std::move(parameters),
+               [step, operation](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                   return context.withUndo(step, [&] { return operation(*context.controller, call); });
+               })
+        .undoneBy(step);
+}
+
+template <class Topic>
+Command onGroup(std::string_view id, const UndoStep& step, void (Topic::*operation)(UUID),
+                Command::Applies applies = nullptr) {
+    return edit(id, step, {groupID},
+                [operation](Controller& controller, const Call& call) {
+                    (topic<Topic>(controller).*operation)(call.id("groupID"));
+                })
+        .forClips(applies);
+}
+
+Command switching(std::string_view id, const UndoStep& step, void (ClipEditing::*operation)(UUID, bool)) {
+    return edit(id, step, {groupID, {"enabled", boolean}},
+                [operation](Controller& controller, const Call& call) {
+                    (controller.clips().*operation)(call.id("groupID"), call.boolean("enabled"));
+                });
+}
+
+bool isUnlocked(const SyncGroup& group) { return !group.isLocked; }
+bool isAmbiguousAndUnlocked(const SyncGroup& group) {
+    return isUnlocked(group) && group.matchStatus.kind == MatchStatus::Kind::ambiguous;
+}
+bool hasRecordingToTakeOff(const SyncGroup& group) { return isUnlocked(group) && !group.isMOS(); }
+bool isMOS(const SyncGroup& group) { return group.isMOS(); }
+bool hasRangeOverride(const SyncGroup& group) { return !group.manualBlockOverrides.empty(); }
+bool hasWildTracks(const CommandContext& context) { return !context.controller->work().wildTracks().empty(); }
+
+SyncMethod syncMethod(const Call& call) {
+    try {
+        return fromJSON<SyncMethod>(call.any("method"));
+    } catch (const DecodingError&) {
+        throw Error(Refusal::invalidArguments,
+                    "setSyncMethod: there is no method '" + call.text("method") + "'");
+    }
+}
+
+/// An asset of the pool by its identifier, or an asset as other commands give it.
+MediaAsset audio(const Controller& controller, const Call& call) {
+    const JSON given = call.any("audio");
+    if (const std::string* text = given.string()) {
+        const auto wanted = UUID::fromText(*text);
+        if (const MediaAsset* asset = wanted ? controller.recordings().audioInPool(*wanted) : nullptr)
+            return *asset;
+        throw Error(Refusal::failed, "attachAudioToGroup: no audio has this identifier");
+    }
+    try {
+        return fromJSON<MediaAsset>(given);
+    } catch (const DecodingError& error) {
+        throw Error(Refusal::invalidArguments, std::string("attachAudioToGroup: audio: ") + error.what());
+    }
+}
+
+/// By the names that the clips have by the settings, where the call does not say by which.
+JSON lockCluster(CommandContext& context, const Call& call) {
+    const std::string source = call.textIfPresent("source").value_or(
+        std::string(rawValue(context.settings->get(settings::clipNamingSource))));
+    if (call.has("source") && !fromRawValue<ClipNamingSource>(source))
+        throw Error(Refusal::invalidArguments, "lockAllInCluster: there is no source '" + source + "'");
+    const std::string pattern =
+        call.textIfPresent("customPattern").value_or(context.settings->get(settings::customNamingPattern));
+    context.controller->withUndo(undoSteps::lockAllInCluster, [&] {
+        context.controller->clips().lockAllInCluster(call.id("of"), GroupNaming::sourceFrom(source), pattern);
+    });
+    return {};
+}
+
+std::vector<Command> flagCommands() {
+    using namespace undoSteps;
+    return {
+        onGroup("resetAudioOffset", resetAudioOffset, &ClipEditing::resetAudioOffset),
+        onGroup("toggleApproved", toggleApproved, &ClipEditing::toggleApproved),
+        onGroup("toggleLocked", toggleLocked, &ClipEditing::toggleLocked),
+        onGroup("toggleMOS", toggleMOS, &ClipEditing::toggleMOS, isMOS),
+        onGroup("togglePickup", togglePickup, &ClipEditing::togglePickup),
+        onGroup("markScenePickupFromHere", markScenePickupFromHere, &ClipEditing::markScenePickupFromHere),
+        onGroup("toggleExcludedFromExport", toggleExcludedFromExport, &ClipEditing::toggleExcludedFromExport),
+        onGroup("toggleExcludedFromMulticam", toggleExcludedFromMulticam,
+                &ClipEditing::toggleExcludedFromMulticam),
+        onGroup("confirmAmbiguousMatch", confirmAmbiguousMatch, &RecordingEditing::confirmAmbiguousMatch,
+                isAmbiguousAndUnlocked),
+        onGroup("removeVideoFromSync", removeVideoFromSync, &RecordingEditing::removeVideoFromSync,
+                isUnlocked),
+        onGroup("resyncClip", resyncClip, &RecordingEditing::resyncClip),
+        onGroup("resetClipToAutoSync", resetClipToAutoSync, &ClipEditing::resetClipToAutoSync),
+        onGroup("resetMasterGain", resetMasterGain, &TrackEditing::resetMasterGain),
+        switching("setGenerateNativeMOS", setGenerateNativeMOS, &ClipEditing::setGenerateNativeMOS),
+        switching("setGenerateProjectRateClip", setGenerateProjectRateClip,
+                  &ClipEditing::setGenerateProjectRateClip),
+    };
+}
+
+std::vector<Command> valueCommands() {
+    using namespace undoSteps;
+    return {
+        edit("adjustAudioOffset", adjustAudioOffset, {groupID, {"deltaSeconds", number}},
+             [](Controller& controller, const Call& call) {
+                 controller.clips().adjustAudioOffset(call.id("groupID"), call.number("deltaSeconds"));
+             }),
+        edit("setAudioAnchor", setAudioAnchor, {groupID, {"secondsInAudio", number, true}},
+             [](Controller& controller, const Call& call) {
+                 controller.clips().setAudioAnchor(call.id("groupID"),
+                                                   call.numberIfPresent("secondsInAudio"));
+             }),
+        Command(
+            "lockAllInCluster", undoSteps::lockAllInCluster.actionName,
+            {{"of", id},
+             {.name = "source", .kind = text, .isOptional = true, .choices = settingTexts<ClipNamingSource>},
+             {"customPattern", text, true}},
+            lockCluster)
+            .undoneBy(lockAllInCluster),
+        edit("setManualClipName", setManualClipName, {groupID, {"name", text}},
+             [](Controller& controller, const Call& call) {
+                 controller.clips().setManualClipName(call.id("groupID"), call.text("name"));
+             }),
+        Command("setSyncMethod", undoSteps::setSyncMethod.actionName,
+                {groupID, {.name = "method", .kind = text, .choices = syncMethodNames}},
+                [](CommandContext& context, const Call& call) {
+                    const SyncMethod method = syncMethod(call);
+                    context.controller->withUndo(setSyncMethod, [&] {
+                        context.controller->clips().setSyncMethod(call.id("groupID"), method);
+                    });
+                    return JSON();
+                })
+            .undoneBy(setSyncMethod),
+        edit("setManualSensorFrameRate", setManualSensorFrameRate, {groupID, {"fps", number, true}},
+             [](Controller& controller, const Call& call) {
+                 controller.clips().setManualSensorFrameRate(call.id("groupID"), call.numberIfPresent("fps"));
+             })
+            .forClips(isUnlocked),
+        editAndListen("addBlockOverride", addBlockOverride,
+                      {groupID, {"startSeconds", number}, {"endSeconds", number}, {"trackIndex", integer}},
+                      [](Controller& controller, const Call& call) {
+                          return controller.tracks().addBlockOverride(
+                              call.id("groupID"), call.number("startSeconds"), call.number("endSeconds"),
+                              call.integer("trackIndex"));
+                      }),
+        editAndListen("removeBlockOverride", removeBlockOverride, {groupID, {"overrideID", id}},
+                      [](Controller& controller, const Call& call) {
+                          return controller.tracks().removeBlockOverride(call.id("groupID"),
+                                                                         call.id("overrideID"));
+                      })
+            .forClips(hasRangeOverride),
+        edit("setMasterGain", setMasterGain, {groupID, {"gainDB", number}, {"auto", boolean}},
+             [](Controller& controller, const Call& call) {
+                 controller.tracks().setMasterGain(call.id("groupID"), call.number("gainDB"),
+                                                   call.boolean("auto"));
+             }),
+    };
+}
+
+std::vector<Command> recordingCommands() {
+    using namespace undoSteps;
+    return {
+        Command("attachAudioToGroup", undoSteps::attachAudioToGroup.actionName, {groupID, {"audio", any}},
+                [](CommandContext& context, const Call& call) {
+                    const MediaAsset asset = audio(*context.controller, call);
+                    context.controller->withUndo(attachAudioToGroup, [&] {
+                        context.controller->recordings().attachAudioToGroup(call.id("groupID"), asset);
+                    });
+                    return JSON();
+                })
+            .undoneBy(attachAudioToGroup)
+            .forClips(isUnlocked),
+        Command::later("chooseAndAttachAudio", "Choose and Attach Audio…", {groupID, {"path", path}},
+                       [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                           return context.controller->recordings().chooseAndAttachAudio(
+                               call.id("groupID"), readableFile(call.text("path")));
+                       })
+            .undoneBy(attachAudioToGroup)
+            .forClips(isUnlocked),
+        edit("removeAudioMatch", removeAudioMatch, {groupID, {"matchID", id}},
+             [](Controller& controller, const Call& call) {
+                 controller.recordings().removeAudioMatch(call.id("groupID"), call.id("matchID"));
+             })
+            .forClips(hasRecordingToTakeOff),
+        edit("resyncAllClips", resyncAllClips, {},
+             [](Controller& controller, const Call&) { controller.recordings().resyncAllClips(); }),
+        Command::later("resetAllClipsToAutoSync", "Reset All Clips", {},
+                       [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
+                           return context.controller->clips().resetAllClipsToAutoSync();
+                       }),
+        edit("renameWildTrack", renameWildTrack, {{"id", id}, {"to", text}},
+             [](Controller& controller, const Call& call) {
+                 controller.recordings().renameWildTrack(call.id("id"), call.text("to"));
+             })
+            .when(hasWildTracks),
+        edit("toggleWildTrackApproved", toggleWildTrackApproved, {{"id", id}},
+             [](Controller& controller, const Call& call) {
+                 controller.recordings().toggleWildTrackApproved(call.id("id"));
+             })
+            .when(hasWildTracks),
+    };
+}
+
+JSON undoStateJSON(const UndoState& state) {
+    JSON json;
+    json.set("canUndo", state.canUndo);
+    json.set("canRedo", state.canRedo);
+    json.setIfPresent("undoActionName", state.undoActionName);
+    json.setIfPresent("redoActionName", state.redoActionName);
+    return json;
+}
+
+std::vector<Command> undoCommands() {
+    return {
+        Command("undo", "Undo", {},
+                [](CommandContext& context, const Call&) {
+                    context.controller->undo();
+                    return JSON();
+                })
+            .when(
+                [](const CommandContext& context) { return context.controller->work().undoState().canUndo; }),
+        Command("redo", "Redo", {},
+                [](CommandContext& context, const Call&) {
+                    context.controller->redo();
+                    return JSON();
+                })
+            .when(
+                [](const CommandContext& context) { return context.controller->work().undoState().canRedo; }),
+        Command("undoState", "What Can Be Undone", {},
+                [](CommandContext& context, const Call&) {
+                    return undoStateJSON(context.controller->work().undoState());
+                }),
+    };
+}
+
+} // namespace
+
+std::vector<Command> editCommands() {
+    std::vector<Command> commands;
+    for (auto* part : {&flagCommands, &valueCommands, &recordingCommands, &undoCommands})
+        std::ranges::move((*part)(), std::back_inserter(commands));
+    return commands;
+}
+
+} // namespace orvane::commands

@@ -1,0 +1,134 @@
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/Commands/Readable.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "Platform/Files.h"
+
+#include <memory>
+#include <optional>
+
+namespace orvane::commands {
+
+namespace {
+
+using enum Parameter::Kind;
+
+const Parameter groupID{"groupID", id};
+const Parameter overwrite{"overwrite", boolean, true};
+
+platform::Task loadALE(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
+    const FileURL file = readableFile(call.text("path"));
+    if (const std::string why = whyNoReport(file.path); !why.empty())
+        throw Error(Refusal::failed, "can't read the report '" + file.path + "': " + why);
+    const platform::Task loading = context.controller->reports().loadALE(file);
+    co_await loading;
+    if (const auto& problem = context.controller->reports().aleImportError())
+        throw Error(Refusal::failed, *problem);
+}
+
+ExportSettings exportSettings(CommandContext& context, const Call& call) {
+    ExportController::Options options;
+    options.eventName = call.textIfPresent("eventName");
+    if (const auto& session = context.sessions->currentSessionId())
+        options.metadataPrefix = context.sessions->metadataPrefix(*session).value_or("");
+    return context.controller->exporting().exportSettings(options);
+}
+
+OutputPermission permission(const Call& call) {
+    return {call.has(overwrite.name) && call.boolean(overwrite.name), "overwrite: true"};
+}
+
+/// Asks for the place before it asks for the document.
+platform::Task exported(CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
+    const std::shared_ptr<const ImportController> controller = context.controller;
+    const auto& mainThread = controller->work().environment.mainThread;
+    platform::SerialQueue& queue = *controller->work().documents;
+    const std::string output = call.text("output");
+    const auto guard = std::make_shared<std::optional<OutputGuard>>();
+    auto checking = platform::onQueue(
+        queue, mainThread, [guard, output, inputs = controller->project().inputs(), may = permission(call)] {
+            guard->emplace(OutputKind::document, inputs, may);
+            (*guard)->check(output);
+        });
+    co_await checking;
+    const auto result = std::make_shared<ExportResult>();
+    const auto clip = call.has(groupID.name) ? std::optional(call.id(groupID.name)) : std::nullopt;
+    const platform::Task making =
+        controller->exporting().exportInBackground(clip, exportSettings(context, call), result);
+    co_await making;
+    auto writing = platform::onQueue(
+        queue, mainThread, [guard, output, result] { (*guard)->write(output, result->fcpxmlString); });
+    co_await writing;
+    addOwnWarnings(*controller, *result);
+    *answer = exportJSON(*controller, *result, output);
+}
+
+/// An operation on one clip that opens its own undo step, and one on all clips.
+Command onGroup(std::string_view id, const UndoStep& step, void (ReportController::*operation)(UUID),
+                Command::Applies hasSome) {
+    return Command(id, step.actionName, {groupID},
+                   [operation](CommandContext& context, const Call& call) {
+                       (context.controller->reports().*operation)(call.id("groupID"));
+                       return JSON();
+                   })
+        .undoneBy(step)
+        .forClips(hasSome);
+}
+Command onAll(std::string_view id, const UndoStep& step, void (ReportController::*operation)(),
+              int (ReportController::*clipCount)() const) {
+    return Command(id, step.actionName, {},
+                   [operation](CommandContext& context, const Call&) {
+                       (context.controller->reports().*operation)();
+                       return JSON();
+                   })
+        .undoneBy(step)
+        .when([clipCount](const CommandContext& context) {
+            return (context.controller->reports().*clipCount)() > 0;
+        });
+}
+
+bool hasALEMetadata(const SyncGroup& group) { return group.hasALEMetadata(); }
+bool hasLockitMetadata(const SyncGroup& group) { return group.hasLockitMetadata(); }
+bool hasClips(const CommandContext& context) { return !context.controller->work().syncGroups().empty(); }
+
+} // namespace
+
+std::vector<Command> reportCommands() {
+    namespace steps = undoSteps;
+    return {
+        Command::later("loadALE", "Load Report…", {{"path", path}}, loadALE),
+        onGroup("clearALEMetadata", steps::clearALEMetadata, &ReportController::clearALEMetadata,
+                hasALEMetadata),
+        onGroup("clearLockitMetadata", steps::clearLockitMetadata, &ReportController::clearLockitMetadata,
+                hasLockitMetadata),
+        onAll("clearALEMetadataForAllClips", steps::clearALEMetadataForAllClips,
+              &ReportController::clearALEMetadataForAllClips, &ReportController::aleMetadataClipCount),
+        onAll("clearLockitMetadataForAllClips", steps::clearLockitMetadataForAllClips,
+              &ReportController::clearLockitMetadataForAllClips, &ReportController::lockitMetadataClipCount),
+    };
+}
+
+std::vector<Command> fileCommands() {
+    return {
+        Command("saveProject", "Save Project…", {{"path", path}, overwrite},
+                [](CommandContext& context, const Call& call) {
+                    context.controller->project().saveProject(
+                        {platform::files::standardized(call.text("path"))}, permission(call));
+                    return JSON();
+                }),
+        Command::later("loadProject", "Open Project…", {{"path", path}},
+                       [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                           return context.controller->project().loadProject(readableFile(call.text("path")));
+                       }),
+        Command::later("exportFCPXML", "Export FCPXML…",
+                       {{"output", path}, {"eventName", text, true}, overwrite}, exported)
+            .when(hasClips),
+        Command::later("exportSingleClip", "Export Single Clip…",
+                       {groupID, {"output", path}, {"eventName", text, true}, overwrite}, exported)
+            .when(hasClips),
+    };
+}
+
+} // namespace orvane::commands

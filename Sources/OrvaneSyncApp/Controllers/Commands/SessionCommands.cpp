@@ -1,0 +1,167 @@
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+
+namespace orvane::commands {
+
+namespace {
+
+using enum Parameter::Kind;
+
+bool hasSessions(const CommandContext& context) { return !context.sessions->sessions().empty(); }
+
+const Parameter sessionId{"sessionId", id};
+
+Error sessionNotFound() { return {Refusal::failed, "Session not found"}; }
+
+/// A command that gives nothing.
+template <class Operation>
+Command doing(std::string_view id, std::string_view title, std::vector<Parameter> parameters,
+              Operation operation) {
+    return {id, title, std::move(parameters), [operation](CommandContext& context, const Call& call) {
+                operation(context, call);
+                return JSON();
+            }};
+}
+
+/// The same for a session of the list.
+template <class Operation>
+Command onSession(std::string_view id, std::string_view title, std::vector<Parameter> more,
+                  Operation operation) {
+    std::vector<Parameter> parameters{sessionId};
+    for (Parameter& parameter : more) parameters.push_back(parameter);
+    return {id, title, std::move(parameters), [operation](CommandContext& context, const Call& call) {
+                const UUID session = call.id("sessionId");
+                if (context.sessions->session(session) == nullptr) throw sessionNotFound();
+                return operation(context, session, call);
+            }};
+}
+
+/// Also opens what lies on the disk and is not in the list.
+platform::Task loadSession(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
+    const UUID session = call.id("sessionId");
+    const platform::Task loading = context.sessions->load(session, context.controller);
+    co_await loading;
+    if (context.sessions->currentSessionId() != session) throw sessionNotFound();
+}
+
+/// Also one whose record can't be read.
+void deleteSession(CommandContext& context, const Call& call) {
+    const UUID session = call.id("sessionId");
+    if (!context.sessions->exists(session)) throw sessionNotFound();
+    context.sessions->deleteSession(session);
+}
+
+/// Ends when the session is on the disk; an error of the writing is the answer.
+platform::Task saved(CommandContext& context, platform::Task saving) {
+    const auto session = context.sessions->currentSessionId();
+    co_await saving;
+    co_await context.sessions->flush(); // an edit's own save may have taken the place of this one
+    if (!session) co_return;
+    if (const auto problem = context.sessions->saveError(*session)) throw Error(Refusal::failed, *problem);
+}
+
+/// Which session is open, and what people should know of it.
+JSON sessionState(CommandContext& context, const Call&) {
+    JSON json = JSON::object();
+    if (const auto& session = context.sessions->currentSessionId())
+        json.set("currentSessionId", session->text());
+    json.setIfPresent("lastSaveError", context.sessions->lastSaveError());
+    json.setIfPresent("problem", context.sessions->problem());
+    return json;
+}
+
+JSON folderNames(CommandContext& context, const Call&) {
+    JSON::Array names;
+    for (std::string& name : context.sessions->folderNames()) names.emplace_back(std::move(name));
+    return names;
+}
+
+JSON folderInfo(CommandContext& context, const Call& call) {
+    const FolderInfo* folder = context.sessions->folderInfo(call.text("name"));
+    return folder == nullptr ? JSON() : toJSON(*folder);
+}
+
+JSON suggestedName(CommandContext& context, const UUID& session, const Call&) {
+    const auto name = context.sessions->suggestedSessionName(session);
+    return name ? JSON(*name) : JSON();
+}
+
+std::vector<Command> openingCommands() {
+    return {
+        Command(
+            "sessions", "Sessions", {},
+            [](CommandContext& context, const Call&) { return toJSONArray(context.sessions->sessions()); }),
+        Command("sessionState", "State of the Session", {}, sessionState),
+        Command::later("newSession", "New Session", {},
+                       [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
+                           return saved(context, context.sessions->newSession(*context.controller));
+                       }),
+        Command::later("saveSession", "Save Session", {{"name", text, true}},
+                       [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                           return saved(context, context.sessions->save(*context.controller,
+                                                                        call.textIfPresent("name")));
+                       }),
+        Command::later("loadSession", "Open Session", {sessionId}, loadSession).when(hasSessions),
+        Command::later("loadMostRecentSession", "Open Most Recent Session", {},
+                       [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
+                           return context.sessions->loadMostRecentSession(context.controller);
+                       })
+            .when(hasSessions),
+        onSession("renameSession", "Rename Session", {{"name", text}},
+                  [](CommandContext& context, const UUID& session, const Call& call) {
+                      context.sessions->rename(session, call.text("name"));
+                      return JSON();
+                  })
+            .when(hasSessions),
+        onSession("setSessionFolder", "Move Session to Folder", {{"folder", text, true}},
+                  [](CommandContext& context, const UUID& session, const Call& call) {
+                      context.sessions->setFolder(session, call.textIfPresent("folder"));
+                      return JSON();
+                  })
+            .when(hasSessions),
+        doing("deleteSession", "Delete Session", {sessionId}, deleteSession).when(hasSessions),
+        onSession("suggestedSessionName", "Suggested Name of a Session", {}, suggestedName).when(hasSessions),
+    };
+}
+
+std::vector<Command> folderCommands() {
+    const Parameter forFolder{"forFolder", text};
+    return {
+        Command("folderNames", "Folders", {}, folderNames),
+        Command("createFolder", "New Folder", {{"name", text}},
+                [](CommandContext& context, const Call& call) {
+                    return JSON(context.sessions->createFolder(call.text("name")));
+                }),
+        Command("renameFolder", "Rename Folder", {{"from", text}, {"to", text}},
+                [](CommandContext& context, const Call& call) {
+                    return JSON(context.sessions->renameFolder(call.text("from"), call.text("to")));
+                }),
+        doing("deleteEmptyFolder", "Delete Empty Folder", {{"name", text}},
+              [](CommandContext& context, const Call& call) {
+                  context.sessions->deleteEmptyFolder(call.text("name"));
+              }),
+        Command("folderInfo", "One Folder", {{"name", text}}, folderInfo),
+        doing("setLockitProject", "Link Folder to a Lockit Project", {forFolder, {"projectID", text, true}},
+              [](CommandContext& context, const Call& call) {
+                  context.sessions->setLockitProject(call.text("forFolder"), call.textIfPresent("projectID"));
+              }),
+        doing("setMetadataPrefix", "Set Metadata Prefix of a Folder", {forFolder, {"prefix", text, true}},
+              [](CommandContext& context, const Call& call) {
+                  context.sessions->setMetadataPrefix(call.text("forFolder"), call.textIfPresent("prefix"));
+              }),
+        doing("setActivePreset", "Set Preset of a Folder", {forFolder, {"presetName", text, true}},
+              [](CommandContext& context, const Call& call) {
+                  context.sessions->setActivePreset(call.text("forFolder"), call.textIfPresent("presetName"));
+              }),
+    };
+}
+
+} // namespace
+
+std::vector<Command> sessionCommands() {
+    std::vector<Command> commands = openingCommands();
+    for (Command& command : folderCommands()) commands.push_back(std::move(command));
+    return commands;
+}
+
+} // namespace orvane::commands

@@ -1,0 +1,64 @@
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncCore/Models/SettingValues.h"
+#include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
+
+namespace orvane::commands {
+
+namespace {
+
+using enum Parameter::Kind;
+
+/// As its readers would find it: the stored value, else the default.
+JSON setting(CommandContext& context, const Call& call) {
+    const std::string& key = call.text("key");
+    if (auto value = context.settings->value(key)) return std::move(*value);
+    const SettingDescription* known = SettingsCatalogue::find(key);
+    return known == nullptr ? JSON() : defaultInUse(*known);
+}
+
+JSON setSetting(CommandContext& context, const Call& call) {
+    const std::string& key = call.text("key");
+    const JSON value = call.any("value");
+    if (value.isNull()) {
+        context.settings->remove(key);
+        return {};
+    }
+    if (const SettingDescription* known = SettingsCatalogue::find(key))
+        if (const auto problem = whyUseless(*known, value)) throw Error(Refusal::invalidArguments, *problem);
+    context.settings->set(key, value);
+    return {};
+}
+
+JSON presets(CommandContext&, const Call&) {
+    JSON::Array names;
+    for (std::string& name : PresetManager().list()) names.emplace_back(std::move(name));
+    return names;
+}
+
+} // namespace
+
+std::vector<Command> settingCommands() {
+    return {
+        Command("setting", "One Setting", {{"key", text}}, setting),
+        Command("setSetting", "Change a Setting", {{"key", text}, {"value", any, true}}, setSetting),
+        Command("presets", "Presets", {}, presets),
+        Command("savePreset", "Save Preset", {{"name", text}},
+                [](CommandContext& context, const Call& call) {
+                    PresetManager().save(call.text("name"), *context.settings);
+                    return JSON();
+                }),
+        Command("loadPreset", "Load Preset", {{"name", text}},
+                [](CommandContext& context, const Call& call) {
+                    PresetManager().load(call.text("name"), *context.settings);
+                    return JSON();
+                }),
+        Command("deletePreset", "Delete Preset", {{"name", text}},
+                [](CommandContext&, const Call& call) {
+                    PresetManager().deletePreset(call.text("name"));
+                    return JSON();
+                }),
+    };
+}
+
+} // namespace orvane::commands

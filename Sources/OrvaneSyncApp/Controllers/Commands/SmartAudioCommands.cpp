@@ -1,0 +1,83 @@
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+
+#include <algorithm>
+
+namespace orvane::commands {
+
+namespace {
+
+using enum Parameter::Kind;
+
+const Parameter groupID{"groupID", id};
+const Parameter overwrite{"forceOverwriteManualTracks", boolean};
+
+int trackOf(const SyncGroup& group, const Call& call) {
+    int channels = 0;
+    for (const AudioMatch& match : group.audioMatches) channels += match.audio->channelCount.value_or(1);
+    const int track = call.integer("trackIndex");
+    if (track >= 1 && track <= std::max(channels, 1)) return track;
+    throw Error(Refusal::invalidArguments,
+                "trackIndex: the clip has tracks 1 to " + std::to_string(std::max(channels, 1)));
+}
+
+bool hasSound(const SyncGroup& group) { return !group.isMOS(); }
+
+Command onTrack(std::string_view id, const UndoStep& step,
+                platform::Task (TrackEditing::*operation)(const UUID&, int)) {
+    return Command::later(
+               id, step.actionName, {groupID, {.name = "trackIndex", .kind = integer, .lowest = 1}},
+               [step, operation](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                   const UUID group = call.id("groupID");
+                   const int track = trackOf(context.group(group), call);
+                   return context.withUndo(
+                       step, [&] { return (context.controller->tracks().*operation)(group, track); });
+               })
+        .undoneBy(step)
+        .forClips(hasSound);
+}
+
+platform::Task runAnalysis(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+    const auto mode = smartAudioModeFromUITag(call.text("mode"));
+    if (!mode)
+        throw Error(Refusal::invalidArguments,
+                    "runSmartAudioAnalysis: mode is off, standard, studio, cinematic or custom");
+    return context.controller->smartAudio().runSmartAudioAnalysis(*mode,
+                                                                  call.boolean("forceOverwriteManualTracks"));
+}
+
+/// Null for a clip that was not analysed.
+JSON smartAudioResult(CommandContext& context, const Call& call) {
+    const auto& results = context.controller->smartAudio().state().results;
+    const auto found = results.find(context.group(call.id("groupID")).id);
+    return found == results.end() ? JSON() : toJSON(found->second);
+}
+
+} // namespace
+
+std::vector<Command> smartAudioCommands() {
+    namespace steps = undoSteps;
+    return {
+        Command::later("runSmartAudioAnalysis", "Run Smart Audio Analysis",
+                       {{.name = "mode", .kind = text, .choices = smartAudioModeTags}, overwrite},
+                       runAnalysis)
+            .when(
+                [](const CommandContext& context) { return context.controller->work().syncClipCount() > 0; }),
+        Command::later("runSmartAudioForGroup", "Run Smart Audio for This Clip", {groupID, overwrite},
+                       [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                           return context.controller->smartAudio().runSmartAudioForGroup(
+                               call.id("groupID"), call.boolean("forceOverwriteManualTracks"));
+                       })
+            .forClips(hasSound),
+        Command("smartAudioResult", "Smart Audio Result", {groupID}, smartAudioResult).forClips(hasSound),
+        onTrack("toggleTrackActive", steps::toggleTrackActive, &TrackEditing::toggleTrackActive),
+        onTrack("soloTrackActive", steps::soloTrackActive, &TrackEditing::soloTrackActive),
+        onTrack("toggleAlgorithmInclusion", steps::toggleAlgorithmInclusion,
+                &TrackEditing::toggleAlgorithmInclusion),
+        onTrack("soloAlgorithmInclusion", steps::soloAlgorithmInclusion,
+                &TrackEditing::soloAlgorithmInclusion),
+    };
+}
+
+} // namespace orvane::commands

@@ -1,0 +1,93 @@
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/Commands/Readable.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
+
+namespace orvane::commands {
+
+namespace {
+
+using enum Parameter::Kind;
+
+std::optional<FileURL> folder(const Call& call, std::string_view name) {
+    return call.has(name) ? std::optional(readableFolder(call.text(name))) : std::nullopt;
+}
+
+/// A folder that is not named stays, a null takes it away. Both are looked at before either is taken.
+JSON setFolders(CommandContext& context, const Call& call) {
+    const auto video = folder(call, "videoFolder"), audio = folder(call, "audioFolder");
+    if (call.mentions("videoFolder")) context.controller->scan().setVideoFolderURL(video);
+    if (call.mentions("audioFolder")) context.controller->scan().setAudioFolderURL(audio);
+    return {};
+}
+
+/// Done when the clips stand and the analysis has ended that the settings may ask for.
+platform::Task startScan(CommandContext& context, Call, std::shared_ptr<JSON>) {
+    co_await context.controller->scan().startScan();
+    co_await context.controller->smartAudio().waitForAnalysisAfterScan();
+}
+
+JSON parameterJSON(const Parameter& parameter) {
+    JSON json;
+    json.set("name", parameter.name);
+    json.set("type", name(parameter.kind));
+    json.set("required", !parameter.isOptional);
+    json.setIfPresent("lowest", parameter.lowest);
+    JSON::Array choices;
+    for (const std::string_view choice : parameter.choices) choices.emplace_back(std::string(choice));
+    if (!choices.empty()) json.set("choices", std::move(choices));
+    return json;
+}
+
+/// Enabled for the clip that is named, or without one, for any.
+JSON commandsJSON(CommandContext& context, const Call& call) {
+    const SyncGroup* clip = call.has("groupID") ? &context.group(call.id("groupID")) : nullptr;
+    JSON::Array list;
+    for (const Command& command : allCommands()) {
+        JSON json;
+        json.set("id", command.id);
+        json.set("title", command.title);
+        if (command.step) json.set("undoActionName", command.step->actionName);
+        JSON::Array parameters;
+        for (const Parameter& parameter : command.parameters) parameters.push_back(parameterJSON(parameter));
+        json.set("parameters", std::move(parameters));
+        json.set("isEnabled", command.isEnabled(context, clip));
+        list.push_back(std::move(json));
+    }
+    JSON json;
+    json.set("version", ORVANE_VERSION);
+    json.set("commands", std::move(list));
+    return json;
+}
+
+JSON cancel(CommandContext& context, const Call& call) {
+    return context.cancelRequest && context.cancelRequest(call.any("id"));
+}
+
+} // namespace
+
+std::vector<Command> workCommands() {
+    return {
+        Command("setFolders", "Choose Folders", {{"videoFolder", path, true}, {"audioFolder", path, true}},
+                setFolders),
+        Command::later("startScan", "Scan & Match", {}, startScan).when([](const CommandContext& context) {
+            return context.controller->scan().canScan();
+        }),
+        Command("reset", "Close", {},
+                [](CommandContext& context, const Call&) {
+                    context.controller->reset();
+                    return JSON();
+                }),
+        Command("state", "State of the Work", {},
+                [](CommandContext& context, const Call&) { return stateJSON(*context.controller); }),
+        Command("group", "One Clip", {{"groupID", id}},
+                [](CommandContext& context, const Call& call) {
+                    return toJSON(context.group(call.id("groupID")));
+                }),
+        Command("commands", "Commands", {{"groupID", id, true}}, commandsJSON),
+        Command("version", "Version", {}, [](CommandContext&, const Call&) { return JSON(ORVANE_VERSION); }),
+        Command("cancel", "Cancel", {{"id", any}}, cancel),
+    };
+}
+
+} // namespace orvane::commands

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "Platform/JSON.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+using platform::JSON;
+
+// The JSON forms of the open work, the same for every face that speaks JSON.
+
+/// How many clips came out how.
+JSON countsJSON(const ImportController& controller);
+/// Folders' files, assets, clips, wild tracks, names, counts, what Smart Audio heard, and warnings: those
+/// that are given, or those of the controller's state. `mode`: the one that was asked of Smart Audio.
+JSON stateJSON(const ImportController& controller, std::optional<SmartAudioMode> mode = std::nullopt,
+               const std::optional<std::vector<std::string>>& warnings = std::nullopt);
+JSON exportJSON(const ImportController& controller, const ExportResult& result, const std::string& output,
+                std::optional<SmartAudioMode> mode = std::nullopt);
+/// How many clips Smart Audio heard, what it chose, and what it could not hear.
+JSON smartAudioJSON(const ImportController& controller, std::optional<SmartAudioMode> mode);
+
+/// What Smart Audio made of all clips.
+struct SmartAudioCounts {
+    std::int64_t clips = 0, channels = 0, chosen = 0;
+    std::int64_t unheardRecordings = 0;
+};
+SmartAudioCounts smartAudioCounts(const ImportController& controller);
+
+} // namespace orvane

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+// What people should know of the open work, a line each.
+
+/// What the last scan could not find, what of an opened project stands on no clip, and rates that can hardly
+/// be right.
+std::vector<std::string> scanWarnings(const ImportController& controller);
+/// Each clip that the document does not hold, and why.
+std::vector<std::string> leftOutWarnings(const ImportController& controller);
+/// Each recording that Smart Audio could not hear, or not to its end, or of which it leaves nothing but
+/// timecode switched on.
+std::vector<std::string> smartAudioWarnings(const ImportController& controller);
+/// What people should know beside the exporter's own warnings.
+void addOwnWarnings(const ImportController& controller, ExportResult& result);
+/// Says that a recording ends before the length that its header promises.
+std::string earlyEndWarning(const std::string& filename, double heardSeconds, double promisedSeconds);
+
+/// Nothing of the file could be read but its name.
+bool nothingIsKnown(const MediaAsset& asset);
+/// Whether the work has recordings. Work that was kept has no scan; then its clips tell.
+bool hasRecordings(const ImportController& controller);
+/// Why a clip without a settled match has none.
+std::string whyUnmatched(const SyncGroup& group, bool hasRecordings);
+
+} // namespace orvane

@@ -1,0 +1,40 @@
+#include "OrvaneSyncCore/Models/SettingValues.h"
+
+namespace orvane {
+
+namespace {
+
+using Kind = SettingDescription::Kind;
+
+std::string kindText(Kind kind) { return (kind == Kind::integer ? "an " : "a ") + std::string(name(kind)); }
+
+} // namespace
+
+platform::JSON defaultInUse(const SettingDescription& setting) {
+    return setting.details.absenceVaries ? platform::JSON() : setting.defaultValue();
+}
+
+std::string settingText(const platform::JSON& value) {
+    if (const std::string* text = value.string()) return *text;
+    if (const auto whole = value.integer()) return std::to_string(*whole);
+    return value.isNull() ? "" : value.dump();
+}
+
+std::optional<std::string> whyUseless(const SettingDescription& setting, const platform::JSON& value) {
+    const std::string takes = "the setting '" + std::string(setting.key) + "' takes ";
+    if (!setting.understands(value))
+        return takes + kindText(setting.kind) + ", not '" + settingText(value) + "'";
+    if (const auto range = setting.details.range) {
+        const double number = value.number().value_or(0);
+        if (number >= range->lowest && number <= range->highest) return std::nullopt;
+        return takes + "a number from " + settingText(range->lowest) + " to " + settingText(range->highest) +
+               ", not '" + settingText(value) + "'";
+    }
+    const auto words = setting.choices;
+    if (words.empty() || setting.choiceIndex(settingText(value))) return std::nullopt;
+    std::string list;
+    for (const std::string_view word : words) list.append(list.empty() ? "" : ", ").append(word);
+    return takes + "one of " + list + "; not '" + settingText(value) + "'";
+}
+
+} // namespace orvane

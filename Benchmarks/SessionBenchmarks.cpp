@@ -124,6 +124,7 @@ void serveState(benchmark::State& state, const std::string& folder) {
     desk.controller = session.controller;
     desk.sessions = session.manager;
     desk.settings = std::make_shared<platform::MemorySettingsStore>();
+    desk.mainThread = platform::RunLoop::create();
     std::size_t bytes = 0;
     cli::rpc::Server server(desk, cli::rpc::allMethods(),
                             [&](const std::string& line) { bytes += line.size(); });

@@ -88,6 +88,7 @@ class Served {
         desk_.sessions = SessionManager::create({loop_, settings_});
         desk_.sessions->start(desk_.controller);
         desk_.settings = settings_;
+        desk_.mainThread = loop_;
         desk_.controller->openStoredWork({{}, {}, clips()});
     }
 

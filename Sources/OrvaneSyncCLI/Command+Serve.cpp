@@ -90,6 +90,8 @@ rpc::Desk openDesk(Context& context, const Arguments& arguments, std::shared_ptr
     desk.controller = ImportController::create(std::move(work));
     desk.sessions = SessionManager::create(std::move(keeping));
     desk.settings = context.settings;
+    desk.mainThread = loop;
+    if (auto* file = dynamic_cast<platform::FileSettingsStore*>(context.settings.get())) file->followOthers();
     desk.sessions->start(desk.controller);
     return desk;
 }

@@ -36,6 +36,7 @@ class ServeTest : public testing::Test {
         desk_.sessions = SessionManager::create(std::move(keeping));
         desk_.sessions->start(desk_.controller);
         desk_.settings = settings_;
+        desk_.mainThread = loop_;
     }
 
     JSON answer(const std::string& method, const std::string& params) {

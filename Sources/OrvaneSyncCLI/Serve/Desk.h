@@ -18,6 +18,7 @@ class Desk {
     std::shared_ptr<ImportController> controller;
     std::shared_ptr<SessionManager> sessions;
     std::shared_ptr<platform::SettingsStore> settings;
+    std::shared_ptr<platform::MainThread> mainThread;
 
     /// Throws for a clip, recording, range or wild track that a call names and that is not there: before the
     /// call has done anything, so that there is nothing to take back.

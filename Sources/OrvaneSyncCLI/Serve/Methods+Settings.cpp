@@ -17,17 +17,18 @@ JSON setting(Desk& desk, const Call& call) {
     return known == nullptr ? JSON() : defaultInUse(*known);
 }
 
-JSON setSetting(Desk& desk, const Call& call) {
+/// Answers when the value is on the disk, or with why it is not.
+platform::Task setSetting(Desk& desk, Call call, std::shared_ptr<JSON> /*result*/) {
     const std::string& key = call.text("key");
     const JSON value = call.any("value");
-    if (value.isNull()) {
-        desk.settings->remove(key);
-        return {};
-    }
-    if (const SettingDescription* known = SettingsCatalogue::find(key))
+    const SettingDescription* known = SettingsCatalogue::find(key);
+    if (known != nullptr && !value.isNull())
         if (const auto problem = whyUseless(*known, value)) throw Error(ErrorCode::invalidParams, *problem);
-    desk.settings->set(key, value);
-    return {};
+    co_await platform::written(desk.settings->set(key, value), *desk.mainThread);
+}
+
+platform::Task loadPreset(Desk& desk, Call call, std::shared_ptr<JSON> /*result*/) {
+    co_await platform::written(PresetManager().load(call.text("name"), *desk.settings), *desk.mainThread);
 }
 
 JSON presets(Desk&, const Call&) {
@@ -41,18 +42,14 @@ JSON presets(Desk&, const Call&) {
 std::vector<Method> settingMethods() {
     return {
         Method("setting", {{"key", text}}, setting),
-        Method("setSetting", {{"key", text}, {"value", any, true}}, setSetting),
+        Method::later("setSetting", {{"key", text}, {"value", any, true}}, setSetting),
         Method("presets", {}, presets),
         Method("savePreset", {{"name", text}},
                [](Desk& desk, const Call& call) {
                    PresetManager().save(call.text("name"), *desk.settings);
                    return JSON();
                }),
-        Method("loadPreset", {{"name", text}},
-               [](Desk& desk, const Call& call) {
-                   PresetManager().load(call.text("name"), *desk.settings);
-                   return JSON();
-               }),
+        Method::later("loadPreset", {{"name", text}}, loadPreset),
         Method("deletePreset", {{"name", text}},
                [](Desk&, const Call& call) {
                    PresetManager().deletePreset(call.text("name"));

@@ -60,17 +60,17 @@ SmartAudioConfig SmartAudioConfig::fromUserDefaults(const SettingsStore& store) 
             store.get(settings::smartAudioAutoHum)};
 }
 
-void SmartAudioConfig::moveSliders(SettingsStore& store, SmartAudioMode mode) {
-    if (mode == SmartAudioMode::off || mode == SmartAudioMode::custom) return;
-    const SmartAudioConfig config = preset(mode);
+platform::SettingsWrite SmartAudioConfig::moveSliders(SettingsStore& store, SmartAudioMode mode) {
     SettingsStore::Values values;
+    if (mode == SmartAudioMode::off || mode == SmartAudioMode::custom) return store.setAll(values);
+    const SmartAudioConfig config = preset(mode);
     values[std::string(settings::smartAudioVoiceIso.key)] = toJSON(config.voiceIsolationAmount);
     values[std::string(settings::smartAudioVoiceIsoSNR.key)] = toJSON(config.voiceIsolationSNRThreshold);
     values[std::string(settings::smartAudioLoudness.key)] = toJSON(config.loudnessAmount);
     values[std::string(settings::smartAudioLoudnessUniformity.key)] = toJSON(config.loudnessUniformity);
     values[std::string(settings::smartAudioHumFreq.key)] = config.humFrequency;
     values[std::string(settings::smartAudioAutoHum.key)] = config.autoHumReduction;
-    store.setAll(values);
+    return store.setAll(values);
 }
 
 std::array<SmartAudioPreset, 4> SmartAudioPreset::all() {

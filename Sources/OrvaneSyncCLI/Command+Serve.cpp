@@ -90,6 +90,7 @@ commands::CommandContext openWork(Context& context, const Arguments& arguments,
     opened.controller = ImportController::create(std::move(work));
     opened.sessions = SessionManager::create(std::move(keeping));
     opened.settings = context.settings;
+    if (auto* file = dynamic_cast<platform::FileSettingsStore*>(context.settings.get())) file->followOthers();
     opened.sessions->start(opened.controller);
     return opened;
 }

@@ -69,7 +69,7 @@ void get(Context& context, const SettingDescription& setting, bool asJSON) {
 void store(Context& context, const SettingDescription& setting, const std::string& typed) {
     JSON value = settingValue(setting, typed);
     if (const auto problem = whyUseless(setting, value)) throw UsageError(*problem);
-    context.settings->set(setting.key, std::move(value));
+    context.settings->set(setting.key, std::move(value)).wait();
 }
 
 void settings(Context& context, const Arguments& arguments) {
@@ -84,7 +84,7 @@ void settings(Context& context, const Arguments& arguments) {
                                        : "settings " + verb + " takes one key");
     const SettingDescription& setting = knownSetting(words[1]);
     if (verb == "set") store(context, setting, words[2]);
-    if (verb == "unset") context.settings->remove(setting.key);
+    if (verb == "unset") context.settings->remove(setting.key).wait();
     if (verb == "get" || asJSON) get(context, setting, asJSON);
 }
 

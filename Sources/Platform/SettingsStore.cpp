@@ -4,6 +4,40 @@
 
 namespace orvane::platform {
 
+void SettingsWrite::wait() const {
+    std::unique_lock lock(state_->mutex);
+    state_->ended.wait(lock, [this] { return state_->isDone; });
+    if (state_->raised) std::rethrow_exception(state_->raised);
+}
+
+bool SettingsWrite::isDone() const {
+    const std::lock_guard lock(state_->mutex);
+    return state_->isDone;
+}
+
+void SettingsWrite::whenDone(std::function<void(std::exception_ptr)> callback) const {
+    {
+        const std::lock_guard lock(state_->mutex);
+        if (!state_->isDone) {
+            state_->callbacks.push_back(std::move(callback));
+            return;
+        }
+    }
+    callback(state_->raised);
+}
+
+void SettingsWrite::end(const std::exception_ptr& raised) const {
+    std::vector<std::function<void(std::exception_ptr)>> callbacks;
+    {
+        const std::lock_guard lock(state_->mutex);
+        state_->isDone = true;
+        state_->raised = raised;
+        callbacks = std::exchange(state_->callbacks, {});
+    }
+    state_->ended.notify_all();
+    for (const auto& callback : callbacks) callback(raised);
+}
+
 std::optional<JSON> SettingsStore::value(std::string_view key) const {
     const std::lock_guard lock(mutex_);
     for (const Values* values : {&overrides_, &stored_, &registered_})
@@ -17,20 +51,20 @@ std::optional<JSON> SettingsStore::storedValue(std::string_view key) const {
     return found == stored_.end() ? std::nullopt : std::optional(found->second);
 }
 
-void SettingsStore::set(std::string_view key, JSON value) {
-    if (value.isNull())
-        remove(key);
-    else
-        change({{std::string(key), std::move(value)}});
+SettingsWrite SettingsStore::set(std::string_view key, JSON value) {
+    if (value.isNull()) return remove(key);
+    return change({{std::string(key), std::move(value)}});
 }
 
-void SettingsStore::remove(std::string_view key) { change({{std::string(key), std::nullopt}}); }
+SettingsWrite SettingsStore::remove(std::string_view key) {
+    return change({{std::string(key), std::nullopt}});
+}
 
-void SettingsStore::setAll(const Values& values) {
+SettingsWrite SettingsStore::setAll(const Values& values) {
     Changes changes;
     for (const auto& [key, value] : values)
         changes.emplace(key, value.isNull() ? std::nullopt : std::optional(value));
-    change(changes);
+    return change(std::move(changes));
 }
 
 void SettingsStore::registerDefaults(Values defaults) {
@@ -53,25 +87,40 @@ Subscription SettingsStore::onChange(std::function<void(const std::string& key)>
     return listeners_.add(std::move(callback));
 }
 
-void SettingsStore::adopt(Values stored) {
-    const std::lock_guard lock(mutex_);
-    stored_ = std::move(stored);
-}
-
-void SettingsStore::change(const Changes& changes) {
-    // What another process changed meanwhile comes in with the write, and is told of as well.
+void SettingsStore::adopt(const std::function<Values()>& current) {
     std::vector<std::string> changed;
     {
+        const std::lock_guard order(changing_);
+        Values stored = current();
         const std::lock_guard lock(mutex_);
-        Values now = persist(changes);
-        for (const auto& [name, held] : now)
+        for (const auto& [name, held] : stored)
             if (const auto before = stored_.find(name); before == stored_.end() || before->second != held)
                 changed.push_back(name);
         for (const auto& [name, held] : stored_)
-            if (!now.contains(name)) changed.push_back(name);
-        stored_ = std::move(now);
+            if (!stored.contains(name)) changed.push_back(name);
+        stored_ = std::move(stored);
     }
     notify(changed);
+}
+
+SettingsWrite SettingsStore::change(Changes changes) {
+    SettingsWrite write;
+    std::vector<std::string> changed;
+    {
+        const std::lock_guard order(changing_);
+        {
+            const std::lock_guard lock(mutex_);
+            for (const auto& [key, value] : changes) {
+                const auto held = stored_.find(key);
+                if (held == stored_.end() ? !value : value && held->second == *value) continue;
+                changed.push_back(key);
+            }
+            stored_ = applied(std::move(stored_), changes);
+        }
+        persist(std::move(changes), write);
+    }
+    notify(changed);
+    return write;
 }
 
 void SettingsStore::notify(const std::vector<std::string>& keys) {
@@ -93,9 +142,8 @@ SettingsStore::Values SettingsStore::applied(Values values, const Changes& chang
     return values;
 }
 
-SettingsStore::Values MemorySettingsStore::persist(const Changes& changes) {
-    values_ = applied(std::move(values_), changes);
-    return values_;
+void MemorySettingsStore::persist(Changes /*changes*/, const SettingsWrite& write) {
+    endWrite(write, nullptr);
 }
 
 } // namespace orvane::platform

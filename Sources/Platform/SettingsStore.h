@@ -3,7 +3,12 @@
 #include "Platform/JSON.h"
 #include "Platform/Listeners.h"
 #include "Platform/Setting.h"
+#include "Platform/Task.h"
 
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <exception>
 #include <functional>
 #include <map>
 #include <memory>
@@ -11,9 +16,35 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace orvane::platform {
+
+/// A change of settings on its way to the disk. In memory it holds at once. Any thread.
+class SettingsWrite {
+  public:
+    bool isDone() const;
+    /// Waits until it is written. Throws FileError when it could not be. Never on the interface thread of a
+    /// program with a window.
+    void wait() const;
+    /// Calls back when it is written, or could not be and why: at once where that is known, else on the
+    /// store's own thread.
+    void whenDone(std::function<void(std::exception_ptr)> callback) const;
+
+  private:
+    friend class SettingsStore;
+    struct State {
+        std::mutex mutex;
+        std::condition_variable ended;
+        bool isDone = false;
+        std::exception_ptr raised;
+        std::vector<std::function<void(std::exception_ptr)>> callbacks;
+    };
+    void end(const std::exception_ptr& raised) const;
+
+    std::shared_ptr<State> state_ = std::make_shared<State>();
+};
 
 /// A flat map from dotted keys to booleans, numbers, texts, lists and maps. Reading and writing from any
 /// thread. A value comes from the first of these that has the key: the overrides of this run, the stored
@@ -41,35 +72,40 @@ class SettingsStore {
         return held ? setting.read(*held) : std::nullopt;
     }
 
-    /// A null value removes the key. Throws FileError when the store cannot be written; the old file stands.
-    void set(std::string_view key, JSON value);
-    void remove(std::string_view key);
+    /// Holds at once for every reader, and is written afterwards, in the order of the changes. What could not
+    /// be written holds no longer once that is known. A null value removes the key.
+    SettingsWrite set(std::string_view key, JSON value);
+    SettingsWrite remove(std::string_view key);
     /// Several values in one write: all or none.
-    void setAll(const Values& values);
+    SettingsWrite setAll(const Values& values);
 
     /// Values that hold when nothing is stored. Never written to the store.
     void registerDefaults(Values defaults);
     /// Values for this process alone, above the stored ones. Never written to the store.
     void setOverride(std::string_view key, JSON value);
 
-    /// Calls back after every change, on the thread that made it, outside the store's lock. Also for keys
-    /// that another process changed, once a write here has seen them. Setting the value that a key has is no
-    /// change. A call that has begun on another thread may end after the subscription has gone.
+    /// Calls back after every change, outside the store's lock: on the thread that made it, or on the store's
+    /// own where another process made it or a write failed. Setting the value that a key has is no change. A
+    /// call that has begun on another thread may end after the subscription has gone.
     Subscription onChange(std::function<void(const std::string& key)> callback);
 
   protected:
     /// New values by key; absent removes the key.
     using Changes = std::map<std::string, std::optional<JSON>, std::less<>>;
-    /// Changes stored values durably, all or none, and returns all stored values as they then are, so that
-    /// another process's changes are seen. Called under the lock.
-    virtual Values persist(const Changes& changes) = 0;
+    /// Makes the change durable, now or later, and ends the write. Called outside the lock, in the order of
+    /// the changes.
+    virtual void persist(Changes changes, const SettingsWrite& write) = 0;
+    static void endWrite(const SettingsWrite& write, const std::exception_ptr& raised) { write.end(raised); }
     static Values applied(Values values, const Changes& changes);
-    void adopt(Values stored);
+    /// The stored values are what `current` gives, for which no change comes between: readers see them from
+    /// here on, and who listens is called.
+    void adopt(const std::function<Values()>& current);
 
   private:
-    void change(const Changes& changes);
+    SettingsWrite change(Changes changes);
     void notify(const std::vector<std::string>& keys);
 
+    std::mutex changing_; ///< held over a change and its handing over, so that both have one order
     mutable std::mutex mutex_;
     Values stored_;
     Values registered_;
@@ -85,35 +121,83 @@ struct SettingsFile {
 };
 SettingsFile parseSettings(std::string_view contents);
 
-/// The settings of the user account: one JSON file, written atomically, safe with two processes (a lock file
-/// beside it; every write reads the file again first). A file that is no JSON object is kept beside the new
-/// one, as
-/// "<name>.unreadable" (with a number when there is one already), at the first write, and `problem` says so.
-/// A file that may not be read is never replaced: then writing throws.
+/// The settings of the user account: one JSON file, written atomically by a thread of the store's own, safe
+/// with two processes (a lock file beside it; every write reads the file again first). Readers never wait for
+/// the disk; destruction waits for what is still to be written. A file that is no JSON object is kept beside
+/// the new one, as "<name>.unreadable" (with a number when there is one already), at the first write, and
+/// `problem` says so. A file that may not be read is never replaced: then writing fails.
 class FileSettingsStore final : public SettingsStore {
   public:
-    explicit FileSettingsStore(std::string path);
-    /// What is wrong with the file, for people; absent when it was read or is not there. Any thread.
+    /// How often `followOthers` looks at the file.
+    static constexpr std::chrono::milliseconds lookInterval{500};
+
+    /// Another queue is given by tests, which move the time of it.
+    explicit FileSettingsStore(std::string path, std::unique_ptr<SerialQueue> queue = nullptr);
+    ~FileSettingsStore() override;
+    /// What is wrong with the file, for people; absent when it was read and written or is not there. Any
+    /// thread.
     std::optional<std::string> problem() const;
+    /// From here on what another process writes is seen within `lookInterval`. Without it a program keeps the
+    /// values that it began with, but for what a write of its own reads.
+    void followOthers();
 
   protected:
-    Values persist(const Changes& changes) override;
+    void persist(Changes changes, const SettingsWrite& write) override;
 
   private:
+    struct Pending {
+        Changes changes;
+        SettingsWrite write;
+    };
+    /// Size, date and identity: another file, or another state of it, has another stamp.
+    using Stamp = std::optional<std::tuple<std::int64_t, double, std::uint64_t, std::uint64_t>>;
+
     SettingsFile load() const;
+    Stamp stamp() const;
+    SerialQueue& writing();
+    void writePending();
+    Values write(const Changes& changes);
+    void look();
+    void lookAgainLater(SerialQueue& queue);
+    /// What the disk holds with what is still to be written over it.
+    void adoptFromDisk(Values onDisk);
 
     std::string path_;
     mutable std::mutex problemMutex_;
     std::optional<std::string> problem_;
+    std::optional<std::string> writeProblem_; ///< of the last write
+    std::mutex pendingMutex_;
+    std::vector<Pending> pending_;
+    // Of the store's thread alone, once the constructor has ended.
+    Values onDisk_;
+    Stamp seen_;
+    std::atomic<bool> isEnding_ = false;
+    std::unique_ptr<SerialQueue> queue_; ///< made when it is needed
 };
 
 /// A store that lives and dies with the object.
 class MemorySettingsStore final : public SettingsStore {
   protected:
-    Values persist(const Changes& changes) override;
-
-  private:
-    Values values_;
+    void persist(Changes changes, const SettingsWrite& write) override;
 };
+
+/// `co_await written(write, mainThread)`: comes back to the interface thread when the change is on the disk;
+/// throws when it could not be written.
+inline auto written(SettingsWrite write, MainThread& mainThread) {
+    struct Awaiter {
+        SettingsWrite write;
+        MainThread& mainThread;
+
+        bool await_ready() const { return write.isDone(); }
+        void await_suspend(std::coroutine_handle<> waiting) const {
+            auto resumption = std::make_shared<Resumption>(waiting);
+            write.whenDone([&main = mainThread, resumption](const std::exception_ptr&) {
+                main.post([resumption] { resumption->resume(); });
+            });
+        }
+        void await_resume() const { write.wait(); }
+    };
+    return Awaiter{std::move(write), mainThread};
+}
 
 } // namespace orvane::platform

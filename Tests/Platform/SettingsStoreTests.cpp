@@ -9,7 +9,12 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
+#include <deque>
+#include <filesystem>
+#include <functional>
 #include <limits>
+#include <map>
 #include <thread>
 
 namespace orvane::platform {
@@ -84,11 +89,11 @@ TEST(FileSettingsStore, staysAndSeesOtherWriters) {
     const std::string path = folder.path("new/folder/settings.json");
     FileSettingsStore first(path), second(path);
     EXPECT_FALSE(files::exists(folder.path("new"))) << "reading makes nothing";
-    first.set("a", 1.5);
+    first.set("a", 1.5).wait();
     std::vector<std::string> heard;
     const auto subscription = second.onChange([&](const std::string& key) { heard.push_back(key); });
-    second.set("b", "text");
-    EXPECT_EQ(heard, (std::vector<std::string>{"a", "b"}));
+    second.set("b", "text").wait();
+    EXPECT_EQ(heard, (std::vector<std::string>{"b", "a"}));
     EXPECT_EQ(second.storedValue("a"), JSON(1.5));
     EXPECT_EQ(folder.read("new/folder/settings.json"), "{\n  \"a\": 1.5,\n  \"b\": \"text\"\n}\n");
     struct stat status {};
@@ -127,7 +132,7 @@ TEST(FileSettingsStore, keepsAFileThatItCannotUnderstand) {
         FileSettingsStore store(path);
         EXPECT_TRUE(store.problem().has_value());
         EXPECT_EQ(folder.read("settings.json"), contents) << "reading changes nothing";
-        store.set("b", 2);
+        store.set("b", 2).wait();
         EXPECT_EQ(folder.read("settings.json.unreadable"), "an older one");
         EXPECT_EQ(folder.read("settings.json.unreadable-2"), contents);
         EXPECT_NE(store.problem()->find("settings.json.unreadable-2"), std::string::npos);
@@ -139,17 +144,108 @@ TEST(FileSettingsStore, throwsWhereItCannotWrite) {
     const TemporaryDirectory folder;
     folder.write("file", "");
     FileSettingsStore store(folder.path("file/settings.json"));
-    EXPECT_THROW(store.set("a", 1), FileError);
+    EXPECT_THROW(store.set("a", 1).wait(), FileError);
     EXPECT_EQ(store.storedValue("a"), std::nullopt);
     FileSettingsStore onFolder(folder.path());
     EXPECT_TRUE(onFolder.problem().has_value());
-    EXPECT_THROW(onFolder.set("a", 1), FileError);
+    EXPECT_THROW(onFolder.set("a", 1).wait(), FileError);
     if (::geteuid() == 0) return; // root writes everywhere
     const std::string path = folder.write("locked/settings.json", "{\"a\":1}");
     ASSERT_EQ(::chmod(folder.path("locked").c_str(), 0500), 0);
     FileSettingsStore locked(path);
-    EXPECT_THROW(locked.set("a", 2), FileError);
+    EXPECT_THROW(locked.set("a", 2).wait(), FileError);
     EXPECT_EQ(locked.get(a), 1);
+}
+
+/// A queue that works when the test says so, in a time that the test moves.
+class ManualQueue final : public SerialQueue {
+  public:
+    ~ManualQueue() override {
+        run();
+        for (const auto& [moment, work] : std::exchange(later_, {})) work();
+    }
+    void post(std::function<void()> work) override { ready_.push_back(std::move(work)); }
+    void sync(const std::function<void()>& work) override {
+        run();
+        work();
+    }
+    void after(std::chrono::nanoseconds delay, std::function<void()> work) override {
+        later_.emplace(now_ + delay, std::move(work));
+    }
+    void run() {
+        for (; !ready_.empty(); ready_.pop_front()) ready_.front()();
+    }
+    void advance(std::chrono::nanoseconds by) {
+        now_ += by;
+        while (!later_.empty() && later_.begin()->first <= now_) later_.extract(later_.begin()).mapped()();
+    }
+
+  private:
+    std::deque<std::function<void()>> ready_;
+    std::multimap<std::chrono::nanoseconds, std::function<void()>> later_;
+    std::chrono::nanoseconds now_{};
+};
+
+struct QueuedSettings : testing::Test {
+    explicit QueuedSettings(const std::string& name = "settings.json")
+        : path(folder.path(name)), store(path, std::unique_ptr<SerialQueue>(queue)) {}
+
+    TemporaryDirectory folder;
+    std::string path;
+    ManualQueue* queue = new ManualQueue;
+    FileSettingsStore store;
+    std::vector<std::string> heard;
+    Subscription subscription = store.onChange([this](const std::string& key) {
+        heard.push_back(key + "=" + std::to_string(store.get(Setting<int>(key, -1))));
+    });
+};
+
+TEST_F(QueuedSettings, readersSeeAChangeBeforeTheDiskDoes) {
+    const SettingsWrite first = store.set("a", 1), second = store.set("a", 2);
+    EXPECT_EQ(store.get(a), 2);
+    EXPECT_FALSE(files::exists(path) || first.isDone());
+    queue->run();
+    EXPECT_TRUE(first.isDone() && second.isDone());
+    EXPECT_EQ(folder.read("settings.json"), "{\n  \"a\": 2\n}\n");
+    EXPECT_EQ(heard, (std::vector<std::string>{"a=1", "a=2"}));
+}
+
+TEST_F(QueuedSettings, whatCouldNotBeWrittenHoldsNoLonger) {
+    store.set("a", 1);
+    queue->run();
+    ASSERT_TRUE(std::filesystem::remove(path) && std::filesystem::create_directory(path));
+    std::exception_ptr raised;
+    const SettingsWrite refused = store.set("a", 2);
+    refused.whenDone([&](const std::exception_ptr& why) { raised = why; });
+    EXPECT_EQ(store.get(a), 2);
+    queue->run();
+    EXPECT_TRUE(raised && store.problem());
+    EXPECT_THROW(refused.wait(), FileError);
+    EXPECT_EQ(store.get(a), 1);
+    EXPECT_EQ(heard, (std::vector<std::string>{"a=1", "a=2", "a=1"}));
+    std::filesystem::remove(path);
+    store.set("a", 3);
+    queue->run();
+    EXPECT_EQ(store.problem(), std::nullopt);
+}
+
+TEST_F(QueuedSettings, followsWhatOthersWrite) {
+    store.followOthers();
+    FileSettingsStore(path).setAll({{"a", 1}, {"b", 1}});
+    EXPECT_EQ(store.get(a), 0);
+    queue->advance(FileSettingsStore::lookInterval);
+    EXPECT_EQ(store.get(a), 1);
+    EXPECT_EQ(heard, (std::vector<std::string>{"a=1", "b=1"}));
+    folder.write("settings.json", "{\"a\": 3");
+    queue->advance(FileSettingsStore::lookInterval);
+    EXPECT_EQ(store.get(a), 1) << "a file that somebody is still writing";
+    folder.write("settings.json", "{\"a\": 5, \"b\": 5}");
+    const SettingsWrite own = store.set("b", 7);
+    queue->advance(FileSettingsStore::lookInterval);
+    EXPECT_EQ(store.get(a), 5);
+    EXPECT_EQ(store.get(b), 7) << "a change of our own that is still to be written";
+    queue->run();
+    EXPECT_EQ(JSON::parse(folder.read("settings.json")), JSON::parse("{\"a\": 5, \"b\": 7}"));
 }
 
 } // namespace

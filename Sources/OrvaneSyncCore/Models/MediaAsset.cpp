@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Models/MediaAsset.h"
 
+#include "OrvaneSyncCore/Models/MediaAssetFields.h"
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
 #include "Platform/Text.h"
 
@@ -141,78 +142,16 @@ AssetKind fromJSON<AssetKind>(const JSON& json) {
     throw DecodingError("unknown case \"" + text + "\"");
 }
 
-JSON toJSON(const MediaAsset& asset) {
-    JSON json;
-    json.set("id", toJSON(asset.id));
-    json.set("url", toJSON(asset.url));
-    json.set("kind", toJSON(asset.kind));
-    json.set("filename", asset.filename);
-    json.setIfPresent("startTimecodeString", asset.startTimecodeString);
-    if (asset.timecodeFrameRate) json.set("timecodeFrameRate", timecodeRate::name(*asset.timecodeFrameRate));
-    json.setIfPresent("timecodeSideFile", asset.timecodeSideFile);
-    json.setIfPresent("durationSeconds", asset.durationSeconds);
-    if (asset.contentCreatedDate) json.set("contentCreatedDate", toJSON(*asset.contentCreatedDate));
-    if (asset.headerDate) json.set("headerDate", toJSON(*asset.headerDate));
-    json.setIfPresent("frameRate", asset.frameRate);
-    json.setIfPresent("width", asset.width);
-    json.setIfPresent("height", asset.height);
-    json.setIfPresent("channelCount", asset.channelCount);
-    json.setIfPresent("sampleRate", asset.sampleRate);
-    json.setIfPresent("videoCodecFourCC", asset.videoCodecFourCC);
-    json.setIfPresent("sensorFrameRate", asset.sensorFrameRate);
-    json.setIfPresent("projectFrameRate", asset.projectFrameRate);
-    if (asset.offspeedConfidence) json.set("offspeedConfidence", toJSON(*asset.offspeedConfidence));
-    if (asset.sourceRateDomainOverride)
-        json.set("sourceRateDomainOverride", toJSON(*asset.sourceRateDomainOverride));
-    if (asset.ixmlData) json.set("ixmlData", toJSON(*asset.ixmlData));
-    json.setIfPresent("bextTimeReference", asset.bextTimeReference);
-    json.setIfPresent("bextOriginator", asset.bextOriginator);
-    json.setIfPresent("fileSizeBytes", asset.fileSizeBytes);
-    return json;
-}
-
-namespace {
-
-template <class Json>
-MediaAsset decoded(const Json& json) {
-    MediaAsset asset(required<UUID>(json, "id"), FileURL(), required<AssetKind>(json, "kind"));
-    asset.url = required<FileURL>(json, "url");
-    asset.filename = required<std::string>(json, "filename");
-    asset.startTimecodeString = optional<std::string>(json, "startTimecodeString");
-    // A rate that this version does not know is as good as none.
-    if (const auto rate = optional<std::string>(json, "timecodeFrameRate"))
-        asset.timecodeFrameRate = timecodeRate::fromName(*rate);
-    asset.timecodeSideFile = optional<std::string>(json, "timecodeSideFile");
-    asset.durationSeconds = optional<double>(json, "durationSeconds");
-    asset.contentCreatedDate = optional<Date>(json, "contentCreatedDate");
-    asset.headerDate = optional<Date>(json, "headerDate");
-    asset.frameRate = optional<double>(json, "frameRate");
-    asset.width = optional<int>(json, "width");
-    asset.height = optional<int>(json, "height");
-    asset.channelCount = optional<int>(json, "channelCount");
-    asset.sampleRate = optional<double>(json, "sampleRate");
-    asset.videoCodecFourCC = optional<std::string>(json, "videoCodecFourCC");
-    asset.sensorFrameRate = optional<double>(json, "sensorFrameRate");
-    asset.projectFrameRate = optional<double>(json, "projectFrameRate");
-    asset.offspeedConfidence = optional<OffspeedConfidence>(json, "offspeedConfidence");
-    asset.sourceRateDomainOverride = optional<SourceRateDomain>(json, "sourceRateDomainOverride");
-    asset.ixmlData = optional<IXMLData>(json, "ixmlData");
-    asset.bextTimeReference = optional<std::uint64_t>(json, "bextTimeReference");
-    asset.bextOriginator = optional<std::string>(json, "bextOriginator");
-    asset.fileSizeBytes = optional<std::uint64_t>(json, "fileSizeBytes");
-    return asset;
-}
-
-} // namespace
+JSON toJSON(const MediaAsset& record) { return fieldsToJSON(record); }
 
 template <>
 MediaAsset fromJSON<MediaAsset>(const JSON& json) {
-    return decoded(json);
+    return filledFromJSON(json, MediaAsset(UUID(), FileURL(), AssetKind::video));
 }
 
 template <>
 MediaAsset fromJSON<MediaAsset>(const JSONView& json) {
-    return decoded(JSONMembers(json));
+    return filledFromJSON(JSONMembers(json), MediaAsset(UUID(), FileURL(), AssetKind::video));
 }
 
 } // namespace orvane

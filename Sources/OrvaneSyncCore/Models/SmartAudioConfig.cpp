@@ -1,11 +1,44 @@
 #include "OrvaneSyncCore/Models/SmartAudioConfig.h"
 
+#include "OrvaneSyncCore/Models/JSONFields.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 
 #include <algorithm>
 #include <limits>
 
 namespace orvane {
+
+template <>
+struct JSONFields<SmartAudioBlockSettings> {
+    static constexpr std::tuple list{
+        JSONField{"aggressiveness", &SmartAudioBlockSettings::aggressiveness},
+        JSONField{"blockMode", &SmartAudioBlockSettings::blockMode},
+        JSONField{"loudnessTargetDB", &SmartAudioBlockSettings::loudnessTargetDB},
+        JSONField{"maxBoostDB", &SmartAudioBlockSettings::maxBoostDB},
+        JSONField{"maxCutDB", &SmartAudioBlockSettings::maxCutDB},
+        JSONField{"truePeakCeilingDB", &SmartAudioBlockSettings::truePeakCeilingDB},
+        JSONField{"rampSeconds", &SmartAudioBlockSettings::rampSeconds}};
+};
+
+template <>
+struct JSONFields<SmartAudioConfig> {
+    static constexpr std::tuple list{
+        JSONField{"voiceIsolationAmount", &SmartAudioConfig::voiceIsolationAmount},
+        JSONField{"voiceIsolationSNRThreshold", &SmartAudioConfig::voiceIsolationSNRThreshold},
+        JSONField{"loudnessAmount", &SmartAudioConfig::loudnessAmount},
+        JSONField{"loudnessUniformity", &SmartAudioConfig::loudnessUniformity},
+        JSONField{"loudnessTargetDB", &SmartAudioConfig::loudnessTargetDB},
+        JSONField{"humFrequency", &SmartAudioConfig::humFrequency},
+        JSONField{"autoHumReduction", &SmartAudioConfig::autoHumReduction}};
+};
+
+template <>
+struct JSONFields<SmartAudioPreset> {
+    static constexpr std::tuple list{JSONField{"voiceIsolation", &SmartAudioPreset::voiceIsolation},
+                                     JSONField{"loudness", &SmartAudioPreset::loudness},
+                                     JSONField{"uniformity", &SmartAudioPreset::uniformity},
+                                     JSONField{"label", &SmartAudioPreset::label}};
+};
 
 namespace {
 
@@ -60,17 +93,17 @@ SmartAudioConfig SmartAudioConfig::fromUserDefaults(const SettingsStore& store) 
             store.get(settings::smartAudioAutoHum)};
 }
 
-void SmartAudioConfig::moveSliders(SettingsStore& store, SmartAudioMode mode) {
-    if (mode == SmartAudioMode::off || mode == SmartAudioMode::custom) return;
-    const SmartAudioConfig config = preset(mode);
+platform::SettingsWrite SmartAudioConfig::moveSliders(SettingsStore& store, SmartAudioMode mode) {
     SettingsStore::Values values;
+    if (mode == SmartAudioMode::off || mode == SmartAudioMode::custom) return store.setAll(values);
+    const SmartAudioConfig config = preset(mode);
     values[std::string(settings::smartAudioVoiceIso.key)] = toJSON(config.voiceIsolationAmount);
     values[std::string(settings::smartAudioVoiceIsoSNR.key)] = toJSON(config.voiceIsolationSNRThreshold);
     values[std::string(settings::smartAudioLoudness.key)] = toJSON(config.loudnessAmount);
     values[std::string(settings::smartAudioLoudnessUniformity.key)] = toJSON(config.loudnessUniformity);
     values[std::string(settings::smartAudioHumFreq.key)] = config.humFrequency;
     values[std::string(settings::smartAudioAutoHum.key)] = config.autoHumReduction;
-    store.setAll(values);
+    return store.setAll(values);
 }
 
 std::array<SmartAudioPreset, 4> SmartAudioPreset::all() {
@@ -83,63 +116,25 @@ std::string SmartAudioPreset::menuText() const {
            std::to_string(uniformity);
 }
 
-JSON toJSON(const SmartAudioBlockSettings& settings) {
-    JSON json;
-    json.set("aggressiveness", toJSON(settings.aggressiveness));
-    json.set("blockMode", toJSON(settings.blockMode));
-    json.set("loudnessTargetDB", settings.loudnessTargetDB);
-    json.set("maxBoostDB", settings.maxBoostDB);
-    json.set("maxCutDB", settings.maxCutDB);
-    json.set("truePeakCeilingDB", settings.truePeakCeilingDB);
-    json.set("rampSeconds", settings.rampSeconds);
-    return json;
-}
+JSON toJSON(const SmartAudioBlockSettings& record) { return fieldsToJSON(record); }
 
 template <>
 SmartAudioBlockSettings fromJSON<SmartAudioBlockSettings>(const JSON& json) {
-    return {required<Aggressiveness>(json, "aggressiveness"),
-            required<BlockMode>(json, "blockMode"),
-            required<double>(json, "loudnessTargetDB"),
-            required<double>(json, "maxBoostDB"),
-            required<double>(json, "maxCutDB"),
-            required<double>(json, "truePeakCeilingDB"),
-            required<double>(json, "rampSeconds")};
+    return madeFromJSON<SmartAudioBlockSettings>(json);
 }
 
-JSON toJSON(const SmartAudioConfig& config) {
-    JSON json;
-    json.set("voiceIsolationAmount", toJSON(config.voiceIsolationAmount));
-    json.set("voiceIsolationSNRThreshold", toJSON(config.voiceIsolationSNRThreshold));
-    json.set("loudnessAmount", toJSON(config.loudnessAmount));
-    json.set("loudnessUniformity", toJSON(config.loudnessUniformity));
-    json.set("loudnessTargetDB", toJSON(config.loudnessTargetDB));
-    json.set("humFrequency", config.humFrequency);
-    json.set("autoHumReduction", config.autoHumReduction);
-    return json;
-}
+JSON toJSON(const SmartAudioConfig& record) { return fieldsToJSON(record); }
 
 template <>
 SmartAudioConfig fromJSON<SmartAudioConfig>(const JSON& json) {
-    return {
-        required<float>(json, "voiceIsolationAmount"), required<float>(json, "voiceIsolationSNRThreshold"),
-        required<float>(json, "loudnessAmount"),       required<float>(json, "loudnessUniformity"),
-        required<float>(json, "loudnessTargetDB"),     required<int>(json, "humFrequency"),
-        required<bool>(json, "autoHumReduction")};
+    return madeFromJSON<SmartAudioConfig>(json);
 }
 
-JSON toJSON(const SmartAudioPreset& preset) {
-    JSON json;
-    json.set("voiceIsolation", preset.voiceIsolation);
-    json.set("loudness", preset.loudness);
-    json.set("uniformity", preset.uniformity);
-    json.set("label", preset.label);
-    return json;
-}
+JSON toJSON(const SmartAudioPreset& record) { return fieldsToJSON(record); }
 
 template <>
 SmartAudioPreset fromJSON<SmartAudioPreset>(const JSON& json) {
-    return {required<int>(json, "voiceIsolation"), required<int>(json, "loudness"),
-            required<int>(json, "uniformity"), required<std::string>(json, "label")};
+    return madeFromJSON<SmartAudioPreset>(json);
 }
 
 } // namespace orvane

@@ -47,7 +47,7 @@ struct SmartAudioConfig {
     static SmartAudioConfig fromUserDefaults(const platform::SettingsStore& store);
     /// What choosing a mode does to the sliders: `standard`, `studio` and `cinematic` move them all but the
     /// loudness target, the other modes none.
-    static void moveSliders(platform::SettingsStore& store, SmartAudioMode mode);
+    static platform::SettingsWrite moveSliders(platform::SettingsStore& store, SmartAudioMode mode);
 
     bool operator==(const SmartAudioConfig&) const = default;
 };

@@ -1,92 +1,87 @@
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
 
+#include "OrvaneSyncCore/Models/JSONFields.h"
+
 #include <algorithm>
 #include <utility>
 
 namespace orvane {
 
-namespace {
+template <>
+struct JSONFields<ChannelClassification> {
+    static constexpr std::tuple list{JSONField{"trackIndex", &ChannelClassification::trackIndex},
+                                     JSONField{"kind", &ChannelClassification::kind},
+                                     JSONField{"confidence", &ChannelClassification::confidence},
+                                     JSONField{"source", &ChannelClassification::source},
+                                     JSONField{"speakerName", &ChannelClassification::speakerName},
+                                     JSONField{"isPreMixed", &ChannelClassification::isPreMixed}};
+};
 
-void setFloat(JSON& json, std::string_view key, const std::optional<float>& value) {
-    if (value) json.set(key, toJSON(*value));
-}
+template <>
+struct JSONFields<BlockDecision> {
+    static constexpr std::tuple list{JSONField{"startSeconds", &BlockDecision::startSeconds},
+                                     JSONField{"endSeconds", &BlockDecision::endSeconds},
+                                     JSONField{"activeTrack", &BlockDecision::activeTrack},
+                                     JSONField{"secondaryTrack", &BlockDecision::secondaryTrack},
+                                     JSONField{"kind", &BlockDecision::kind},
+                                     JSONField{"gainMultiplier", &BlockDecision::gainMultiplier},
+                                     JSONField{"peakDB", &BlockDecision::peakDB},
+                                     JSONField{"reason", &BlockDecision::reason}};
+};
 
-} // namespace
+template <>
+struct JSONFields<StemMetrics> {
+    static constexpr std::tuple list{JSONField{"dialogPerWindowRMS", &StemMetrics::dialogPerWindowRMS},
+                                     JSONField{"dialogPerWindowPeak", &StemMetrics::dialogPerWindowPeak},
+                                     JSONField{"musicPerWindowRMS", &StemMetrics::musicPerWindowRMS},
+                                     JSONField{"musicProbability", &StemMetrics::musicProbability}};
+};
+
+template <>
+struct JSONFields<TrackAdjustment> {
+    static constexpr std::tuple list{
+        JSONField{"trackIndex", &TrackAdjustment::trackIndex},
+        JSONField{"voiceIsolationAmount", &TrackAdjustment::voiceIsolationAmount},
+        JSONField{"loudnessAmount", &TrackAdjustment::loudnessAmount},
+        JSONField{"loudnessUniformity", &TrackAdjustment::loudnessUniformity},
+        JSONField{"humReductionFrequency", &TrackAdjustment::humReductionFrequency},
+        JSONField{"volumeGainDB", &TrackAdjustment::volumeGainDB},
+        JSONField{"speechRatio", &TrackAdjustment::speechRatio},
+        JSONField{"estimatedSNR", &TrackAdjustment::estimatedSNR},
+        JSONField{"averageLevelDB", &TrackAdjustment::averageLevelDB},
+        JSONField{"bestSourceScore", &TrackAdjustment::bestSourceScore}};
+};
+
+template <>
+struct JSONFields<WindowedBestSegment> {
+    static constexpr std::tuple list{JSONField{"startSeconds", &WindowedBestSegment::startSeconds},
+                                     JSONField{"endSeconds", &WindowedBestSegment::endSeconds},
+                                     JSONField{"bestTrackIndex", &WindowedBestSegment::bestTrackIndex}};
+};
 
 bool SmartAudioResult::hasAdjustments() const {
     return std::ranges::any_of(tracks, &TrackAdjustment::hasAdjustment);
 }
 
-JSON toJSON(const ChannelClassification& classification) {
-    JSON json;
-    json.set("trackIndex", classification.trackIndex);
-    json.set("kind", toJSON(classification.kind));
-    json.set("confidence", toJSON(classification.confidence));
-    json.set("source", classification.source);
-    json.setIfPresent("speakerName", classification.speakerName);
-    json.set("isPreMixed", classification.isPreMixed);
-    return json;
-}
+JSON toJSON(const ChannelClassification& record) { return fieldsToJSON(record); }
 
 template <>
 ChannelClassification fromJSON<ChannelClassification>(const JSON& json) {
-    return {required<int>(json, "trackIndex"),          required<ChannelKind>(json, "kind"),
-            required<float>(json, "confidence"),        required<std::string>(json, "source"),
-            optional<std::string>(json, "speakerName"), required<bool>(json, "isPreMixed")};
+    return madeFromJSON<ChannelClassification>(json);
 }
 
-JSON toJSON(const BlockDecision& block) {
-    JSON json;
-    json.set("startSeconds", block.startSeconds);
-    json.set("endSeconds", block.endSeconds);
-    json.set("activeTrack", block.activeTrack);
-    json.setIfPresent("secondaryTrack", block.secondaryTrack);
-    json.set("kind", toJSON(block.kind));
-    json.set("gainMultiplier", block.gainMultiplier);
-    json.set("peakDB", block.peakDB);
-    json.set("reason", block.reason);
-    return json;
-}
+JSON toJSON(const BlockDecision& record) { return fieldsToJSON(record); }
 
 template <>
 BlockDecision fromJSON<BlockDecision>(const JSON& json) {
-    return {required<double>(json, "startSeconds"), required<double>(json, "endSeconds"),
-            required<int>(json, "activeTrack"),     optional<int>(json, "secondaryTrack"),
-            required<BlockKind>(json, "kind"),      required<double>(json, "gainMultiplier"),
-            required<double>(json, "peakDB"),       required<std::string>(json, "reason")};
+    return madeFromJSON<BlockDecision>(json);
 }
 
-JSON toJSON(const StemMetrics& metrics) {
-    JSON json;
-    json.set("dialogPerWindowRMS", toJSONArray(metrics.dialogPerWindowRMS));
-    json.set("dialogPerWindowPeak", toJSONArray(metrics.dialogPerWindowPeak));
-    json.set("musicPerWindowRMS", toJSONArray(metrics.musicPerWindowRMS));
-    json.set("musicProbability", toJSON(metrics.musicProbability));
-    return json;
-}
+JSON toJSON(const StemMetrics& record) { return fieldsToJSON(record); }
 
-JSON toJSON(const TrackAdjustment& adjustment) {
-    JSON json;
-    json.set("trackIndex", adjustment.trackIndex);
-    setFloat(json, "voiceIsolationAmount", adjustment.voiceIsolationAmount);
-    setFloat(json, "loudnessAmount", adjustment.loudnessAmount);
-    setFloat(json, "loudnessUniformity", adjustment.loudnessUniformity);
-    json.setIfPresent("humReductionFrequency", adjustment.humReductionFrequency);
-    setFloat(json, "volumeGainDB", adjustment.volumeGainDB);
-    json.set("speechRatio", toJSON(adjustment.speechRatio));
-    json.set("estimatedSNR", toJSON(adjustment.estimatedSNR));
-    json.set("averageLevelDB", toJSON(adjustment.averageLevelDB));
-    json.set("bestSourceScore", toJSON(adjustment.bestSourceScore));
-    return json;
-}
+JSON toJSON(const TrackAdjustment& record) { return fieldsToJSON(record); }
 
-JSON toJSON(const WindowedBestSegment& segment) {
-    JSON json;
-    json.set("startSeconds", segment.startSeconds);
-    json.set("endSeconds", segment.endSeconds);
-    json.set("bestTrackIndex", segment.bestTrackIndex);
-    return json;
-}
+JSON toJSON(const WindowedBestSegment& record) { return fieldsToJSON(record); }
 
 JSON toJSON(const SmartAudioResult& result) {
     JSON json;

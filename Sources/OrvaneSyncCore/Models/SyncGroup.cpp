@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Models/SyncGroup.h"
 
+#include "OrvaneSyncCore/Models/JSONFields.h"
+
 namespace orvane {
 
 namespace {
@@ -55,18 +57,76 @@ TextMap mapFromJSON(const JSON& json) {
 const JSON& tree(const JSON& json) { return json; }
 JSON tree(const JSONView& json) { return json.value(); }
 
-template <class Json>
-std::optional<TextMap> optionalMap(const Json& object, std::string_view key) {
-    const auto value = object.find(key);
-    if (!value || value->isNull()) return std::nullopt;
-    try {
-        return mapFromJSON(tree(*value));
-    } catch (const DecodingError& error) {
-        throw DecodingError(std::string(key) + ": " + error.what());
-    }
-}
-
 } // namespace
+
+template <>
+struct JSONForm<std::optional<TextMap>> {
+    static void put(JSON& json, std::string_view key, const std::optional<TextMap>& map) {
+        if (map) json.set(key, toJSONMap(*map));
+    }
+    template <class Json>
+    static std::optional<TextMap> taken(const Json& object, std::string_view key) {
+        const auto value = object.find(key);
+        if (!value || value->isNull()) return std::nullopt;
+        try {
+            return mapFromJSON(tree(*value));
+        } catch (const DecodingError& error) {
+            throw DecodingError(std::string(key) + ": " + error.what());
+        }
+    }
+};
+
+template <>
+struct JSONFields<AudioMatch> {
+    static constexpr std::tuple list{
+        JSONField{"id", &AudioMatch::id}, JSONField{"audio", &AudioMatch::audio},
+        JSONField{"syncOffsetSeconds", &AudioMatch::syncOffsetSeconds},
+        JSONField{"overlapDurationSeconds", &AudioMatch::overlapDurationSeconds}};
+};
+
+template <>
+struct JSONFields<BlockOverride> {
+    static constexpr std::tuple list{JSONField{"id", &BlockOverride::id},
+                                     JSONField{"startSeconds", &BlockOverride::startSeconds},
+                                     JSONField{"endSeconds", &BlockOverride::endSeconds},
+                                     JSONField{"trackIndex", &BlockOverride::trackIndex}};
+};
+
+template <>
+struct JSONFields<SyncGroup> {
+    static constexpr std::tuple list{
+        JSONField{"id", &SyncGroup::id},
+        JSONField{"video", &SyncGroup::video},
+        JSONField{"audioMatches", &SyncGroup::audioMatches},
+        JSONField{"matchStatus", &SyncGroup::matchStatus},
+        JSONField{"clipName", &SyncGroup::clipName},
+        JSONField{"aleMetadata", &SyncGroup::aleMetadata},
+        JSONField{"lockitMetadata", &SyncGroup::lockitMetadata},
+        JSONField{"algorithmExcludedTracks", &SyncGroup::algorithmExcludedTracks},
+        JSONField{"manualActiveTracks", &SyncGroup::manualActiveTracks},
+        JSONField{"tracksManuallyEdited", &SyncGroup::tracksManuallyEdited},
+        JSONField{"manualBlockOverrides", &SyncGroup::manualBlockOverrides},
+        JSONField{"manualAudioOffsetSeconds", &SyncGroup::manualAudioOffsetSeconds},
+        JSONField{"audioAnchorOffsetInAudioSeconds", &SyncGroup::audioAnchorOffsetInAudioSeconds},
+        JSONField{"isApproved", &SyncGroup::isApproved},
+        JSONField{"pictureClapAnchorSeconds", &SyncGroup::pictureClapAnchorSeconds},
+        JSONField{"isLocked", &SyncGroup::isLocked},
+        JSONField{"lockedAtAudioAnchor", &SyncGroup::lockedAtAudioAnchor},
+        JSONField{"lockedAtPictureAnchor", &SyncGroup::lockedAtPictureAnchor},
+        JSONField{"lockedAtManualOffset", &SyncGroup::lockedAtManualOffset},
+        JSONField{"syncMethod", &SyncGroup::syncMethod},
+        JSONField{"generateNativeMOSClip", &SyncGroup::generateNativeMOSClip},
+        JSONField{"nativeMOSNameSuffix", &SyncGroup::nativeMOSNameSuffix},
+        JSONField{"generateProjectRateClipFlag", &SyncGroup::generateProjectRateClipFlag},
+        JSONField{"projectRateNameSuffix", &SyncGroup::projectRateNameSuffix},
+        JSONField{"manualClipName", &SyncGroup::manualClipName},
+        JSONField{"isPickup", &SyncGroup::isPickup},
+        JSONField{"isExcludedFromExport", &SyncGroup::isExcludedFromExport},
+        JSONField{"isExcludedFromMulticamFlag", &SyncGroup::isExcludedFromMulticamFlag},
+        JSONField{"masterGainDB", &SyncGroup::masterGainDB},
+        JSONField{"measuredLUFS", &SyncGroup::measuredLUFS},
+        JSONField{"masterGainAuto", &SyncGroup::masterGainAuto}};
+};
 
 std::string MatchStatus::label() const {
     const StatusRow& r = row(kind);
@@ -125,132 +185,38 @@ SyncMethod fromJSON<SyncMethod>(const JSON& json) {
     throw DecodingError("unknown case \"" + text + "\"");
 }
 
-JSON toJSON(const AudioMatch& match) {
-    JSON json;
-    json.set("id", toJSON(match.id));
-    json.set("audio", toJSON(*match.audio));
-    json.set("syncOffsetSeconds", match.syncOffsetSeconds);
-    json.set("overlapDurationSeconds", match.overlapDurationSeconds);
-    return json;
-}
-
-namespace {
-
-template <class Json>
-AudioMatch decodedMatch(const Json& json) {
-    return {required<UUID>(json, "id"), required<MediaAsset>(json, "audio"),
-            required<double>(json, "syncOffsetSeconds"), required<double>(json, "overlapDurationSeconds")};
-}
-
-} // namespace
+JSON toJSON(const AudioMatch& record) { return fieldsToJSON(record); }
 
 template <>
 AudioMatch fromJSON<AudioMatch>(const JSON& json) {
-    return decodedMatch(json);
+    return madeFromJSON<AudioMatch>(json);
 }
 
 template <>
 AudioMatch fromJSON<AudioMatch>(const JSONView& json) {
-    return decodedMatch(json);
+    return madeFromJSON<AudioMatch>(json);
 }
 
-JSON toJSON(const BlockOverride& blockOverride) {
-    JSON json;
-    json.set("id", toJSON(blockOverride.id));
-    json.set("startSeconds", blockOverride.startSeconds);
-    json.set("endSeconds", blockOverride.endSeconds);
-    json.set("trackIndex", blockOverride.trackIndex);
-    return json;
-}
+JSON toJSON(const BlockOverride& record) { return fieldsToJSON(record); }
 
 template <>
 BlockOverride fromJSON<BlockOverride>(const JSON& json) {
-    return {required<UUID>(json, "id"), required<double>(json, "startSeconds"),
-            required<double>(json, "endSeconds"), required<int>(json, "trackIndex")};
+    return madeFromJSON<BlockOverride>(json);
 }
 
-JSON toJSON(const SyncGroup& group) {
-    JSON json;
-    json.set("id", toJSON(group.id));
-    json.set("video", toJSON(group.video));
-    json.set("audioMatches", toJSONArray(group.audioMatches));
-    json.set("matchStatus", toJSON(group.matchStatus));
-    json.set("clipName", group.clipName);
-    if (group.aleMetadata) json.set("aleMetadata", toJSONMap(*group.aleMetadata));
-    if (group.lockitMetadata) json.set("lockitMetadata", toJSONMap(*group.lockitMetadata));
-    json.set("algorithmExcludedTracks", toJSON(group.algorithmExcludedTracks));
-    json.set("manualActiveTracks", toJSON(group.manualActiveTracks));
-    json.setIfPresent("tracksManuallyEdited", group.tracksManuallyEdited);
-    json.set("manualBlockOverrides", toJSONArray(group.manualBlockOverrides));
-    json.set("manualAudioOffsetSeconds", group.manualAudioOffsetSeconds);
-    json.setIfPresent("audioAnchorOffsetInAudioSeconds", group.audioAnchorOffsetInAudioSeconds);
-    json.set("isApproved", group.isApproved);
-    json.setIfPresent("pictureClapAnchorSeconds", group.pictureClapAnchorSeconds);
-    json.set("isLocked", group.isLocked);
-    json.setIfPresent("lockedAtAudioAnchor", group.lockedAtAudioAnchor);
-    json.setIfPresent("lockedAtPictureAnchor", group.lockedAtPictureAnchor);
-    json.setIfPresent("lockedAtManualOffset", group.lockedAtManualOffset);
-    json.set("syncMethod", toJSON(group.syncMethod));
-    json.set("generateNativeMOSClip", group.generateNativeMOSClip);
-    json.setIfPresent("nativeMOSNameSuffix", group.nativeMOSNameSuffix);
-    json.setIfPresent("generateProjectRateClipFlag", group.generateProjectRateClipFlag);
-    json.setIfPresent("projectRateNameSuffix", group.projectRateNameSuffix);
-    json.setIfPresent("manualClipName", group.manualClipName);
-    json.set("isPickup", group.isPickup);
-    json.set("isExcludedFromExport", group.isExcludedFromExport);
-    json.setIfPresent("isExcludedFromMulticamFlag", group.isExcludedFromMulticamFlag);
-    json.set("masterGainDB", group.masterGainDB);
-    json.setIfPresent("measuredLUFS", group.measuredLUFS);
-    json.set("masterGainAuto", group.masterGainAuto);
-    return json;
-}
-
-namespace {
-
-template <class Json>
-SyncGroup decodedGroup(const Json& json) {
-    SyncGroup group(required<UUID>(json, "id"), required<MediaAsset>(json, "video"),
-                    requiredArray<AudioMatch>(json, "audioMatches"),
-                    required<MatchStatus>(json, "matchStatus"), required<std::string>(json, "clipName"));
-    group.aleMetadata = optionalMap(json, "aleMetadata");
-    group.lockitMetadata = optionalMap(json, "lockitMetadata");
-    group.algorithmExcludedTracks = requiredSet(json, "algorithmExcludedTracks");
-    group.manualActiveTracks = requiredSet(json, "manualActiveTracks");
-    group.tracksManuallyEdited = optional<bool>(json, "tracksManuallyEdited");
-    group.manualBlockOverrides = requiredArray<BlockOverride>(json, "manualBlockOverrides");
-    group.manualAudioOffsetSeconds = required<double>(json, "manualAudioOffsetSeconds");
-    group.audioAnchorOffsetInAudioSeconds = optional<double>(json, "audioAnchorOffsetInAudioSeconds");
-    group.isApproved = required<bool>(json, "isApproved");
-    group.pictureClapAnchorSeconds = optional<double>(json, "pictureClapAnchorSeconds");
-    group.isLocked = required<bool>(json, "isLocked");
-    group.lockedAtAudioAnchor = optional<double>(json, "lockedAtAudioAnchor");
-    group.lockedAtPictureAnchor = optional<double>(json, "lockedAtPictureAnchor");
-    group.lockedAtManualOffset = optional<double>(json, "lockedAtManualOffset");
-    group.syncMethod = required<SyncMethod>(json, "syncMethod");
-    group.generateNativeMOSClip = required<bool>(json, "generateNativeMOSClip");
-    group.nativeMOSNameSuffix = optional<std::string>(json, "nativeMOSNameSuffix");
-    group.generateProjectRateClipFlag = optional<bool>(json, "generateProjectRateClipFlag");
-    group.projectRateNameSuffix = optional<std::string>(json, "projectRateNameSuffix");
-    group.manualClipName = optional<std::string>(json, "manualClipName");
-    group.isPickup = required<bool>(json, "isPickup");
-    group.isExcludedFromExport = required<bool>(json, "isExcludedFromExport");
-    group.isExcludedFromMulticamFlag = optional<bool>(json, "isExcludedFromMulticamFlag");
-    group.masterGainDB = required<double>(json, "masterGainDB");
-    group.measuredLUFS = optional<double>(json, "measuredLUFS");
-    group.masterGainAuto = required<bool>(json, "masterGainAuto");
-    return group;
-}
-
-} // namespace
+JSON toJSON(const SyncGroup& record) { return fieldsToJSON(record); }
 
 template <>
 SyncGroup fromJSON<SyncGroup>(const JSON& json) {
-    return decodedGroup(json);
+    return filledFromJSON(
+        json, SyncGroup(UUID(), MediaAsset(UUID(), FileURL(), AssetKind::video), {}, MatchStatus()));
 }
 
 template <>
 SyncGroup fromJSON<SyncGroup>(const JSONView& json) {
-    return decodedGroup(JSONMembers(json));
+    return filledFromJSON(
+        JSONMembers(json),
+        SyncGroup(UUID(), MediaAsset(UUID(), FileURL(), AssetKind::video), {}, MatchStatus()));
 }
 
 } // namespace orvane

@@ -298,14 +298,10 @@ TEST(SmartAudioPredictor, loadsTheCalibrationThatDecodes) {
 }
 
 TEST(MasterGain, followsTheProjectsSettings) {
-    class Store : public platform::SettingsStore {
-        Values persist(const Changes& changes) override { return stored_ = applied(stored_, changes); }
-        Values stored_;
-    };
     // `gainDB`: for a clip at -30 LUFS
     const auto check = [&](const std::optional<JSON>& preset, const std::optional<JSON>& storedTarget,
                            const std::string& label, double lufs, double gainDB) {
-        Store store;
+        platform::MemorySettingsStore store;
         if (preset) store.set("smartAudio.preset", *preset);
         if (storedTarget) store.set("smartAudio.targetLUFS", *storedTarget);
         const auto target = MasterGain::Target::fromUserDefaults(store);

@@ -17,17 +17,20 @@ JSON setting(CommandContext& context, const Call& call) {
     return known == nullptr ? JSON() : defaultInUse(*known);
 }
 
-JSON setSetting(CommandContext& context, const Call& call) {
+/// Answers when the value is on the disk, or with why it is not.
+platform::Task setSetting(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
     const std::string& key = call.text("key");
     const JSON value = call.any("value");
-    if (value.isNull()) {
-        context.settings->remove(key);
-        return {};
-    }
-    if (const SettingDescription* known = SettingsCatalogue::find(key))
+    const SettingDescription* known = SettingsCatalogue::find(key);
+    if (known != nullptr && !value.isNull())
         if (const auto problem = whyUseless(*known, value)) throw Error(Refusal::invalidArguments, *problem);
-    context.settings->set(key, value);
-    return {};
+    const auto mainThread = context.controller->work().environment.mainThread;
+    co_await platform::written(context.settings->set(key, value), *mainThread);
+}
+
+platform::Task loadPreset(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
+    const auto mainThread = context.controller->work().environment.mainThread;
+    co_await platform::written(PresetManager().load(call.text("name"), *context.settings), *mainThread);
 }
 
 JSON presets(CommandContext&, const Call&) {
@@ -41,18 +44,14 @@ JSON presets(CommandContext&, const Call&) {
 std::vector<Command> settingCommands() {
     return {
         Command("setting", "One Setting", {{"key", text}}, setting),
-        Command("setSetting", "Change a Setting", {{"key", text}, {"value", any, true}}, setSetting),
+        Command::later("setSetting", "Change a Setting", {{"key", text}, {"value", any, true}}, setSetting),
         Command("presets", "Presets", {}, presets),
         Command("savePreset", "Save Preset", {{"name", text}},
                 [](CommandContext& context, const Call& call) {
                     PresetManager().save(call.text("name"), *context.settings);
                     return JSON();
                 }),
-        Command("loadPreset", "Load Preset", {{"name", text}},
-                [](CommandContext& context, const Call& call) {
-                    PresetManager().load(call.text("name"), *context.settings);
-                    return JSON();
-                }),
+        Command::later("loadPreset", "Load Preset", {{"name", text}}, loadPreset),
         Command("deletePreset", "Delete Preset", {{"name", text}},
                 [](CommandContext&, const Call& call) {
                     PresetManager().deletePreset(call.text("name"));

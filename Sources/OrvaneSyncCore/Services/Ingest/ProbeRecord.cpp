@@ -1,10 +1,12 @@
 #include "OrvaneSyncCore/Services/Ingest/ProbeRecord.h"
 
+#include "OrvaneSyncCore/Models/MediaAssetFields.h"
 #include "OrvaneSyncCore/Utilities/PackedBytes.h"
 
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -25,21 +27,12 @@ struct IsOptional : std::false_type {};
 template <class T>
 struct IsOptional<std::optional<T>> : std::true_type {};
 
-/// Hands each field of a record to `use`. The names stand for all members in their order: one that is missing
-/// here does not compile, so that none is lost on the way through the cache.
+/// Hands each field of an asset to `use`, but for identity, place and kind, which stand in the head.
 template <class Asset, class Use>
 void fieldsOfAsset(Asset& asset, Use use) {
-    auto& [id, url, kind, filename, startTimecodeString, timecodeFrameRate, timecodeSideFile, durationSeconds,
-           contentCreatedDate, headerDate, frameRate, width, height, channelCount, sampleRate,
-           videoCodecFourCC, sensorFrameRate, projectFrameRate, offspeedConfidence, sourceRateDomainOverride,
-           ixmlData, bextTimeReference, bextOriginator, fileSizeBytes] = asset;
-    // The first three stand in the head.
-    use(filename), use(startTimecodeString), use(timecodeFrameRate), use(timecodeSideFile);
-    use(durationSeconds), use(contentCreatedDate), use(headerDate), use(frameRate), use(width), use(height),
-        use(channelCount), use(sampleRate);
-    use(videoCodecFourCC), use(sensorFrameRate), use(projectFrameRate), use(offspeedConfidence);
-    use(sourceRateDomainOverride), use(ixmlData), use(bextTimeReference), use(bextOriginator);
-    use(fileSizeBytes);
+    std::apply([&](const auto& /*id*/, const auto& /*url*/, const auto& /*kind*/,
+                   const auto&... field) { (use(asset.*field.member), ...); },
+               JSONFields<MediaAsset>::list);
 }
 
 template <class Record, class Use>
@@ -48,14 +41,8 @@ void fieldsOf(Record& record, Use use) {
     if constexpr (std::is_same_v<Plain, OffspeedConfidence>) {
         auto& [kind, isOffspeed, factor] = record;
         use(kind), use(isOffspeed), use(factor);
-    } else if constexpr (std::is_same_v<Plain, IXMLTrack>) {
-        auto& [channelIndex, name] = record;
-        use(channelIndex), use(name);
     } else {
-        static_assert(std::is_same_v<Plain, IXMLData>, "a record that the cache does not know");
-        auto& [scene, take, tape, note, project, circled, wildTrack, timecodeRate, tracks] = record;
-        use(scene), use(take), use(tape), use(note), use(project), use(circled), use(wildTrack);
-        use(timecodeRate), use(tracks);
+        std::apply([&](const auto&... field) { (use(record.*field.member), ...); }, JSONFields<Plain>::list);
     }
 }
 

@@ -51,16 +51,17 @@ platform::SettingsStore::Values PresetManager::values(std::string_view data) con
     return result;
 }
 
-void PresetManager::applySnapshot(std::string_view data, platform::SettingsStore& defaults) const {
-    defaults.setAll(values(data));
+platform::SettingsWrite PresetManager::applySnapshot(std::string_view data,
+                                                     platform::SettingsStore& defaults) const {
+    return defaults.setAll(values(data));
 }
 
 void PresetManager::save(std::string_view name, const platform::SettingsStore& defaults) const {
     files::writeAtomically(presetPath(name), snapshotData(defaults));
 }
 
-void PresetManager::load(std::string_view name, platform::SettingsStore& defaults) const {
-    applySnapshot(files::readText(presetPath(name), largestPreset), defaults);
+platform::SettingsWrite PresetManager::load(std::string_view name, platform::SettingsStore& defaults) const {
+    return applySnapshot(files::readText(presetPath(name), largestPreset), defaults);
 }
 
 void PresetManager::deletePreset(std::string_view name) const { files::remove(presetPath(name)); }

@@ -26,12 +26,12 @@ class PresetManager {
     platform::SettingsStore::Values values(std::string_view data) const;
     /// Writes every entry to the store, all or none. Keys that the snapshot lacks stay as they are. Throws
     /// like `values`, and FileError; the store then is unchanged.
-    void applySnapshot(std::string_view data, platform::SettingsStore& defaults) const;
+    platform::SettingsWrite applySnapshot(std::string_view data, platform::SettingsStore& defaults) const;
 
     /// Replaces an older preset of that name. Throws FileError.
     void save(std::string_view name, const platform::SettingsStore& defaults) const;
     /// Throws like `applySnapshot`, and FileError when there is no such preset.
-    void load(std::string_view name, platform::SettingsStore& defaults) const;
+    platform::SettingsWrite load(std::string_view name, platform::SettingsStore& defaults) const;
     /// Throws FileError, also when there is no such preset.
     void deletePreset(std::string_view name) const;
     bool exists(std::string_view name) const;

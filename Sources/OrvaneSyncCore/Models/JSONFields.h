@@ -1,0 +1,125 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/JSONCoding.h"
+#include "OrvaneSyncCore/Models/Shared.h"
+
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace orvane {
+
+/// One field of a record's JSON form: its key and its member. A member that is optional may be absent, every
+/// other one must be there.
+template <class Record, class Value>
+struct JSONField {
+    std::string_view key;
+    Value Record::*member;
+};
+
+/// The JSON form of a record, as one list of its fields in their order, for reading and writing. Specialised
+/// where the record's form is defined:
+///
+///     template <> struct JSONFields<IXMLTrack> {
+///         static constexpr std::tuple list{JSONField{"channelIndex", &IXMLTrack::channelIndex}, ...};
+///     };
+template <class Record>
+struct JSONFields;
+
+/// How a member of a type stands in a record. Specialised for members with a form of their own.
+template <class T>
+struct JSONForm {
+    static void put(JSON& json, std::string_view key, const T& value) {
+        constexpr bool isPlain =
+            (std::is_arithmetic_v<T> && !std::is_same_v<T, float>) || std::is_same_v<T, std::string>;
+        if constexpr (isPlain)
+            json.set(key, value);
+        else
+            json.set(key, toJSON(value));
+    }
+    template <class Json>
+    static T taken(const Json& json, std::string_view key) {
+        return required<T>(json, key);
+    }
+};
+
+template <class T>
+struct JSONForm<std::optional<T>> {
+    static void put(JSON& json, std::string_view key, const std::optional<T>& value) {
+        if (value) JSONForm<T>::put(json, key, *value);
+    }
+    template <class Json>
+    static std::optional<T> taken(const Json& json, std::string_view key) {
+        return optional<T>(json, key);
+    }
+};
+
+template <class T>
+struct JSONForm<std::vector<T>> {
+    static void put(JSON& json, std::string_view key, const std::vector<T>& value) {
+        json.set(key, toJSONArray(value));
+    }
+    template <class Json>
+    static std::vector<T> taken(const Json& json, std::string_view key) {
+        return requiredArray<T>(json, key);
+    }
+};
+
+template <class T>
+struct JSONForm<Shared<T>> {
+    static void put(JSON& json, std::string_view key, const Shared<T>& value) {
+        JSONForm<T>::put(json, key, *value);
+    }
+    template <class Json>
+    static Shared<T> taken(const Json& json, std::string_view key) {
+        return required<T>(json, key);
+    }
+};
+
+template <>
+struct JSONForm<std::set<int>> {
+    static void put(JSON& json, std::string_view key, const std::set<int>& value) {
+        json.set(key, toJSON(value));
+    }
+    template <class Json>
+    static std::set<int> taken(const Json& json, std::string_view key) {
+        return requiredSet(json, key);
+    }
+};
+
+template <class Record>
+JSON fieldsToJSON(const Record& record) {
+    JSON json;
+    const auto put = [&]<class Value>(const JSONField<Record, Value>& field) {
+        JSONForm<Value>::put(json, field.key, record.*field.member);
+    };
+    std::apply([&](const auto&... field) { (put(field), ...); }, JSONFields<Record>::list);
+    return json;
+}
+
+/// A record that is made of its fields in their order.
+template <class Record, class Json>
+Record madeFromJSON(const Json& json) {
+    const auto taken = [&]<class Value>(const JSONField<Record, Value>& field) {
+        return JSONForm<Value>::taken(json, field.key);
+    };
+    return std::apply([&](const auto&... field) { return Record{taken(field)...}; },
+                      JSONFields<Record>::list);
+}
+
+/// A record whose fields are read into one that is there.
+template <class Record, class Json>
+Record filledFromJSON(const Json& json, Record record) {
+    const auto take = [&]<class Value>(const JSONField<Record, Value>& field) {
+        record.*field.member = JSONForm<Value>::taken(json, field.key);
+    };
+    std::apply([&](const auto&... field) { (take(field), ...); }, JSONFields<Record>::list);
+    return record;
+}
+
+} // namespace orvane

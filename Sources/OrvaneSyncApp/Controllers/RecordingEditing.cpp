@@ -126,7 +126,8 @@ void RecordingEditing::addReleasedToWildTracks(const std::vector<AudioMatch>& re
     };
     for (const AudioMatch& match : released)
         if (!isUsed(match.audio->id) && !isWild(match.audio->id))
-            work_.changeWildTracks([&](std::vector<WildTrack>& tracks) { tracks.emplace_back(*match.audio); });
+            work_.changeWildTracks(
+                [&](std::vector<WildTrack>& tracks) { tracks.emplace_back(*match.audio); });
 }
 
 void RecordingEditing::resyncClip(UUID groupID) {

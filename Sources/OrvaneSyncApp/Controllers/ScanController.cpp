@@ -79,11 +79,11 @@ void ScanController::setAudioFolderURL(std::optional<FileURL> folder) {
 
 bool ScanController::canScan() const { return work_.videoFolderURL() || work_.audioFolderURL(); }
 
-platform::Task ScanController::probeAudio(FileURL file, std::shared_ptr<std::optional<MediaAsset>> result) const {
-    auto probing = platform::onQueue(*queue_, *work_.environment.mainThread,
-                                     [service = probeService_, file = std::move(file)] {
-                                         return service->probe(file, AssetKind::audio);
-                                     });
+platform::Task ScanController::probeAudio(FileURL file,
+                                          std::shared_ptr<std::optional<MediaAsset>> result) const {
+    auto probing = platform::onQueue(
+        *queue_, *work_.environment.mainThread,
+        [service = probeService_, file = std::move(file)] { return service->probe(file, AssetKind::audio); });
     *result = co_await probing;
 }
 

@@ -144,8 +144,8 @@ std::optional<double> LUFSMeter::integratedLUFS() const {
 }
 
 std::optional<double> LUFSMeter::measureIntegratedLUFS(const TakeSound& sound) {
-    const auto file = openTake(sound);
-    return file ? measureFile(*file).integratedLUFS : std::nullopt;
+    const OpenTake take = openTake(sound);
+    return take ? measureFile(*take.audio).integratedLUFS : std::nullopt;
 }
 
 LUFSMeter::FileLoudness LUFSMeter::measureFile(platform::AudioFile& file,

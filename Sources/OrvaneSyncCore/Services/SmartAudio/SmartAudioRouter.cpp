@@ -82,15 +82,16 @@ SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request) {
 
 SmartAudioResult SmartAudioRouter::analyzeOnQueue(const SmartAudioRequest& request) const {
     SmartAudioResult result;
-    const auto file = openTake(request.sound, &result.incompleteFiles);
+    const OpenTake take = openTake(request.sound);
     const int tracks = std::min(request.channelCount, mostTracks);
-    if (!file || file->frameCount() < 1 || tracks < 1) return {};
+    if (!take || take.audio->frameCount() < 1 || tracks < 1) return {};
 
-    const std::vector<TrackAnalysis> analyses = listen(*file, tracks, concurrency_, request.progress);
-    const double rate = file->sampleRate();
+    const std::vector<TrackAnalysis> analyses = listen(*take.audio, tracks, concurrency_, request.progress);
+    result.incompleteFiles = take.incompleteFiles();
+    const double rate = take.audio->sampleRate();
     if (rate > 0) {
         result.heardSeconds = analyses.front().totalWindows * static_cast<double>(windowFrames(rate)) / rate;
-        result.promisedSeconds = static_cast<double>(file->promisedFrames()) / rate;
+        result.promisedSeconds = static_cast<double>(take.audio->promisedFrames()) / rate;
     }
 
     const SmartAudioConfig config = request.config.value_or(SmartAudioConfig::preset(request.mode));

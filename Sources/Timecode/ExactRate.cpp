@@ -2,10 +2,11 @@
 
 #include "Timecode/Timecode.h"
 
-#include <array>
+#include <algorithm>
 #include <cmath>
-#include <limits>
+#include <iterator>
 #include <utility>
+#include <vector>
 
 namespace orvane {
 
@@ -36,23 +37,36 @@ Fraction shortestFraction(double number) {
     return {n1, d1};
 }
 
-/// Nothing where none is near enough.
-std::optional<TimecodeFrameRate> nearestOfTable(double fps) {
-    static const auto lengths = [] { // of a frame, in seconds
-        std::array<double, timecodeFrameRateCount> values{};
-        for (const TimecodeFrameRate rate : timecodeRate::all())
-            values[static_cast<std::size_t>(rate)] = 1 / timecodeRate::rate(rate).doubleValue();
-        return values;
-    }();
-    double least = std::numeric_limits<double>::infinity();
-    std::size_t nearest = 0;
-    for (std::size_t i = 0; i < lengths.size(); ++i) {
-        const double distance = std::abs(fps * lengths[i] - 1);
-        if (!(distance < least)) continue;
-        least = distance;
-        nearest = i;
+struct TableRow {
+    double fps;
+    double frameSeconds; ///< length of a frame
+    TimecodeFrameRate rate;
+};
+
+/// The different rates of the table, ascending; of those that differ only in drop frame, the first.
+std::vector<TableRow> rowsByRate() {
+    std::vector<TableRow> rows;
+    for (const TimecodeFrameRate rate : timecodeRate::all()) {
+        const double fps = timecodeRate::rate(rate).doubleValue();
+        rows.push_back({fps, 1 / fps, rate});
     }
-    return least <= sameRate ? std::optional(static_cast<TimecodeFrameRate>(nearest)) : std::nullopt;
+    std::ranges::stable_sort(rows, {}, &TableRow::fps);
+    const auto repeated = std::ranges::unique(rows, {}, &TableRow::fps);
+    rows.erase(repeated.begin(), repeated.end());
+    return rows;
+}
+
+/// Nothing where none is near enough. An export asks some dozen times a clip.
+std::optional<TimecodeFrameRate> nearestOfTable(double fps) {
+    static const std::vector<TableRow> rows = rowsByRate();
+    const auto above = std::ranges::lower_bound(rows, fps, {}, &TableRow::fps);
+    // The rates lie further apart than twice the distance that counts as near, so one of two is it.
+    const auto isNear = [fps](const TableRow& row) {
+        return std::abs(fps * row.frameSeconds - 1) <= sameRate;
+    };
+    if (above != rows.end() && isNear(*above)) return above->rate;
+    if (above != rows.begin() && isNear(*std::prev(above))) return std::prev(above)->rate;
+    return std::nullopt;
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "BigInt/BFraction.h"
+#include "Support/RandomSeed.h"
 #include "Support/Test.h"
 
 #include <unordered_set>
@@ -56,7 +57,7 @@ TEST(BInt, truncatingDivision) {
 
 /// The laws of arithmetic over numbers of one to four limbs, many of them at the edges of a limb.
 TEST(BInt, keepsTheLaws) {
-    const auto seed = std::random_device{}();
+    const auto seed = test::randomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937_64 random(seed);
     const auto number = [&] {
@@ -115,7 +116,7 @@ TEST(BFraction, nearestDouble) {
     EXPECT_EQ(BFraction(power(2, 60) + BInt(129), BInt(1)).asDouble(), 0x1p60 + 256) << "just above the tie";
     EXPECT_EQ(BFraction(BInt(3), power(2, 1075)).asDouble(), 0x1p-1073) << "below the normal range";
 
-    const auto seed = std::random_device{}();
+    const auto seed = test::randomSeed();
     std::mt19937_64 random(seed);
     for (int i = 0; i < 300; ++i) {
         const double value = std::ldexp(static_cast<double>(static_cast<std::int64_t>(random())),

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 
 #include "Support/Assets.h"
+#include "Support/RandomSeed.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/VirtualMainThread.h"
 
@@ -174,7 +175,7 @@ void killWriters(const std::vector<std::string>& writers, int times, unsigned se
 // In a process of its own, which has no other threads when it makes writers of itself.
 TEST(SessionCrash, aWriterKilledAtAnyMomentLeavesASessionThatOpens) {
     if (std::getenv(inProcessOfItsOwn) != nullptr) {
-        const unsigned seed = std::random_device()();
+        const unsigned seed = test::randomSeed();
         killWriters({"one"}, 140, seed);
         killWriters({"one", "two"}, 60, seed);
         return;

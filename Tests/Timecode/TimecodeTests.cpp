@@ -1,3 +1,4 @@
+#include "Support/RandomSeed.h"
 #include "Support/Test.h"
 #include "Timecode/ExactRate.h"
 #include "Timecode/Timecode.h"
@@ -173,7 +174,7 @@ TEST(Timecode, tellsRealTime) {
 }
 
 TEST(Timecode, everyFrameComesBack) {
-    const auto seed = std::random_device{}();
+    const auto seed = test::randomSeed();
     std::mt19937_64 random(seed);
     for (const auto rate : timecodeRate::all())
         for (int i = 0; i < 400; ++i) {

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Export/RandomShoot.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Text.h"
+#include "Support/RandomSeed.h"
 #include "Support/Test.h"
 #include "Timecode/ExactRate.h"
 
@@ -276,7 +277,7 @@ std::optional<Document> documentOf(const Shoot& shoot) {
 
 TEST(ExporterProperties, DocumentsOfAShootSayWhatTheShootSays) {
     int multicams = 0, sounds = 0;
-    for (unsigned seed = 1; seed <= documents; ++seed) {
+    for (const unsigned seed : test::seeds(documents)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         const Shoot shoot = randomShoot(seed, Numbers::sane);
         const auto document = documentOf(shoot);
@@ -305,7 +306,7 @@ TEST(ExporterProperties, NoTimeIsAFrameOff) {
 }
 
 TEST(ExporterProperties, NumbersThatNoShootHasBreakNothing) {
-    for (unsigned seed = 1; seed <= documents; ++seed) {
+    for (const unsigned seed : test::seeds(documents)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         const Shoot shoot = randomShoot(seed, Numbers::any);
         const auto document = documentOf(shoot);

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
 #include "OrvaneSyncCore/Export/RandomShoot.h"
+#include "Support/RandomSeed.h"
 #include "Support/Samples.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
@@ -110,7 +111,7 @@ TEST_F(ExporterValidation, RandomShootsFollowTheTypeDefinition) {
     std::map<std::string, int> documentsWith{
         {"multicam", 0},     {"time map", 0},  {"wrapped native", 0},  {"source media", 0},
         {"scene events", 0}, {"room tone", 0}, {"volume keyframes", 0}};
-    for (unsigned seed = 1; seed <= sweepOfShoots; ++seed) {
+    for (const unsigned seed : test::seeds(sweepOfShoots)) {
         Shoot shoot = shootToValidate(seed);
         shoot.settings.volumeKeyframes = true;
         const ExportResult result =

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Support/RandomSeed.h"
 #include "Support/Test.h"
 
 namespace orvane {
@@ -100,7 +101,7 @@ TEST(MulticamClusters, AreTheSameAsThoseOfAPlainWalk) {
         const auto dayA = a.video.shootDay(), dayB = b.video.shootDay();
         return std::min(a1, b1) > std::max(a0, b0) && !(dayA && dayB && *dayA != *dayB);
     };
-    for (unsigned seed = 1; seed <= 60; ++seed) {
+    for (const unsigned seed : test::seeds(60)) {
         std::mt19937 random(seed);
         const auto below = [&](unsigned limit) { return static_cast<int>(random() % limit); };
         std::vector<SyncGroup> made;

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 
 #include "Support/Assets.h"
+#include "Support/RandomSeed.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -219,7 +220,7 @@ std::string clock(int seconds) {
 /// What must hold for a crowd of files whatever they are.
 TEST(SyncEngine, holdsItsPromisesForACrowd) {
     const test::ScopedEnvironment zone("TZ", "UTC");
-    const auto seed = std::random_device{}();
+    const auto seed = test::randomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     const auto below = [&](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };

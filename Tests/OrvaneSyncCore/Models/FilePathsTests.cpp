@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Models/FilePaths.h"
+#include "Support/RandomSeed.h"
 
 #include <gtest/gtest.h>
 
@@ -23,7 +24,7 @@ TEST(FilePaths, standInOneOrderHoweverTheyAreListed) {
             sortByPath(pair);
             EXPECT_EQ(pair.front(), files[sooner]) << files[sooner].path << " and " << files[later].path;
         }
-    for (unsigned seed = 1; seed <= 50; ++seed) {
+    for (const unsigned seed : test::seeds(50)) {
         std::ranges::shuffle(files, std::mt19937(seed));
         sortByPath(files);
         std::vector<std::string> sorted;

@@ -106,16 +106,18 @@ TEST(LUFSMeter, hasNoResultWhereThereIsNothingToMeasure) {
     EXPECT_TRUE(measured(samples(10000), 10)); // a hop of one sample
 }
 
-/// Levels on both sides of the gates, in several channels, at rates where a block is not four whole hops too.
+/// Levels on both sides of the gates, in several channels, at rates where a block is not four whole hops too;
+/// once so quiet that the absolute gate is the higher one.
 TEST(LUFSMeter, gatesAsDefinedHoweverTheSamplesAreCut) {
     std::mt19937 random(7);
     std::normal_distribution<float> noise(0, 1);
-    for (const double rate : {48000.0, 11025.0, 8003.0, 19.0}) {
-        SCOPED_TRACE(rate);
+    for (const auto& [rate, loudest] :
+         {std::pair{48000.0, 1.0F}, {48000.0, 0.0013F}, {11025.0, 1.0F}, {8003.0, 1.0F}, {19.0, 1.0F}}) {
+        SCOPED_TRACE(testing::Message() << rate << " Hz, " << loudest);
         Channels channels(3);
         for (const float level : {0.2F, 0.0001F, 0.0F, 0.1F, 0.02F, 0.3F, 0.0F, 0.0F})
             for (int i = 0; i < static_cast<int>(rate * 0.45) + 1; ++i)
-                for (auto& channel : channels) channel.push_back(level * noise(random));
+                for (auto& channel : channels) channel.push_back(loudest * level * noise(random));
         const auto whole = measured(channels, rate);
         ASSERT_TRUE(whole);
         EXPECT_NEAR(*whole, *byTheBook(channels, rate), 1e-9);

@@ -58,6 +58,10 @@ TEST(AudioPass, endsWhereTheFileDoes) {
     EXPECT_EQ(windows(25, {.windowFrames = 10, .windows = 2}), 2);
     EXPECT_EQ(windows(25, {.windowFrames = 0}), 0);
     EXPECT_EQ(windows(1000, {.windowFrames = 1, .windows = 1000, .concurrency = 4}), 25);
+    // What lies behind a place that can't be read is not joined to what lies before it.
+    const MemoryAudio broken({std::vector<float>(1000, 0.5F)}, 48000, -1, 333);
+    for (const std::size_t threads : {1U, 4U})
+        EXPECT_EQ(measured(broken, 1, {.windowFrames = 10, .concurrency = threads}).at(0).totalWindows, 34);
 }
 
 /// In order and in shares, within a window that is longer than the whole test may take.

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 
 namespace orvane {
 namespace {
@@ -88,12 +89,12 @@ TEST_F(TakeAudioTest, laysFilesOutToTheSample) {
          {{slow.url.lastPathComponent(), 0, 0.003}}},
     };
     for (const Case& row : cases) {
-        std::vector<IncompleteFile> incomplete;
-        const auto audio = openTake(sound(row.files), &incomplete);
+        const OpenTake take = openTake(sound(row.files));
+        const auto& audio = take.audio;
         ASSERT_NE(audio, nullptr) << row.name;
-        EXPECT_EQ(incomplete, row.incomplete) << row.name;
         EXPECT_EQ(audio->frameCount(), std::ssize(row.channels[0])) << row.name;
         const auto samples = read(*audio, 2);
+        EXPECT_EQ(take.incompleteFiles(), row.incomplete) << row.name;
         ASSERT_EQ(samples.size(), row.channels.size()) << row.name;
         for (std::size_t channel = 0; channel < samples.size(); ++channel)
             for (std::size_t i = 0; i < samples[channel].size(); ++i) {
@@ -111,8 +112,9 @@ TEST_F(TakeAudioTest, laysFilesOutToTheSample) {
 }
 
 TEST_F(TakeAudioTest, readsTheSameFromAnywhereAndOnAnyReader) {
-    const auto audio =
+    const OpenTake take =
         openTake(sound({file('a', 1, 2, 0, 5000), file('b', 1, 2, 5, 3000), file('c', 3, 1, 0.1, 9000)}));
+    const auto& audio = take.audio;
     const auto whole = read(*audio, 4096);
     const auto other = audio->another();
     ASSERT_NE(other, nullptr);
@@ -131,9 +133,21 @@ TEST_F(TakeAudioTest, readsTheSameFromAnywhereAndOnAnyReader) {
                                whole[0].begin() + static_cast<long>(at)));
     }
     EXPECT_FALSE(other->seek(audio->frameCount() + 1));
-    EXPECT_EQ(openTake(sound({{{folder_.path("x")}, 1, 1, 0, 1}, {{folder_.path("y")}, 2, 1, 0, 1}})),
-              nullptr);
-    EXPECT_EQ(openTake({}), nullptr);
+    EXPECT_FALSE(openTake(sound({{{folder_.path("x")}, 1, 1, 0, 1}, {{folder_.path("y")}, 2, 1, 0, 1}})));
+    EXPECT_FALSE(openTake({}));
+}
+
+TEST_F(TakeAudioTest, namesTheFileThatBreaksOffWhileItIsRead) {
+    const TakeSound::File cut = file('b', 2, 1, 0.5, 4000);
+    const OpenTake take = openTake(sound({file('a', 1, 1, 0, 5000), cut}));
+    EXPECT_EQ(take.incompleteFiles(), std::vector<IncompleteFile>());
+    std::filesystem::resize_file(cut.url.path, std::filesystem::file_size(cut.url.path) - 4 * 1500);
+    const auto other = take.audio->another();
+    const auto heard = read(*other, 4096);
+    EXPECT_EQ(heard[1][2999], base('b') + 2499);
+    EXPECT_EQ(heard[1][3001], 0) << "silent from there on";
+    EXPECT_EQ(heard[0].back(), base('a') + 4999) << "the others are heard to their ends";
+    EXPECT_EQ(take.incompleteFiles(), (std::vector<IncompleteFile>{{cut.url.lastPathComponent(), 2.5, 4}}));
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 
+#include <algorithm>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -34,8 +36,15 @@ std::string alternateRole(const TakeFile& file, int track, const MediaAsset& aud
                   tracks.size() == 1 ? Tracks{{file.firstChannel, tracks.front().name}} : Tracks(), settings);
 }
 
+bool areDistinct(const std::vector<std::string>& roles) {
+    std::vector<std::string_view> sorted(roles.begin(), roles.end());
+    std::ranges::sort(sorted);
+    return std::ranges::adjacent_find(sorted) == sorted.end();
+}
+
 /// A name that comes again gets a number, one that no channel has by itself.
 void makeDistinct(std::vector<std::string>& roles) {
+    if (areDistinct(roles)) return;
     std::unordered_set<std::string> taken(roles.begin(), roles.end());
     std::unordered_map<std::string, int> numbers;
     for (std::string& role : roles) {

@@ -143,11 +143,13 @@ std::optional<UUID> multicamBucketGroupID(const std::vector<const SyncGroup*>& g
     if (buckets.empty()) return std::nullopt;
     if (buckets.size() > 1) {
         std::vector<std::string> names;
+        names.reserve(buckets.size());
         for (const Bucket& bucket : buckets) names.push_back(*bucket.name);
         std::ranges::sort(names);
         FileNames files;
         for (const SyncGroup* group : groups) files.add(group->video);
         std::vector<std::string> filenames;
+        filenames.reserve(groups.size());
         for (const SyncGroup* group : groups) filenames.push_back(files.of(group->video));
         warnings.push_back("Multicam angles span different scenes (" + platform::text::joined(names, ", ") +
                            "): " + platform::text::joined(filenames, ", ") +

@@ -144,8 +144,8 @@ std::optional<double> LUFSMeter::integratedLUFS() const {
 }
 
 std::optional<double> LUFSMeter::measureIntegratedLUFS(const TakeSound& sound, const std::stop_token& stop) {
-    const auto file = openTake(sound);
-    return file ? measureFile(*file, {}, stop).integratedLUFS : std::nullopt;
+    const OpenTake take = openTake(sound);
+    return take ? measureFile(*take.audio, {}, stop).integratedLUFS : std::nullopt;
 }
 
 LUFSMeter::FileLoudness LUFSMeter::measureFile(platform::AudioFile& file,

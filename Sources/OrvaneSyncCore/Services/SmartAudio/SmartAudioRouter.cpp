@@ -86,16 +86,17 @@ SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request) {
 SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request, const Means& means,
                                            const std::stop_token& stop) {
     SmartAudioResult result;
-    const auto file = openTake(request.sound, &result.incompleteFiles);
+    const OpenTake take = openTake(request.sound);
     const int tracks = std::min(request.channelCount, mostTracks);
-    if (!file || file->frameCount() < 1 || tracks < 1) return {};
+    if (!take || take.audio->frameCount() < 1 || tracks < 1) return {};
 
     const std::vector<TrackAnalysis> analyses =
-        listen(*file, tracks, means.concurrency, request.progress, stop);
-    const double rate = file->sampleRate();
+        listen(*take.audio, tracks, means.concurrency, request.progress, stop);
+    result.incompleteFiles = take.incompleteFiles();
+    const double rate = take.audio->sampleRate();
     if (rate > 0) {
         result.heardSeconds = analyses.front().totalWindows * static_cast<double>(windowFrames(rate)) / rate;
-        result.promisedSeconds = static_cast<double>(file->promisedFrames()) / rate;
+        result.promisedSeconds = static_cast<double>(take.audio->promisedFrames()) / rate;
     }
 
     platform::throwIfStopped(stop);

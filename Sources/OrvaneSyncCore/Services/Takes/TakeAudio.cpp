@@ -1,9 +1,12 @@
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
+#include <limits>
 #include <span>
 #include <utility>
 
@@ -34,8 +37,11 @@ struct Lane {
     std::vector<Piece> pieces; ///< in order, without overlap
 };
 
-/// What all readers of one take share. Does not change once it is made.
-struct Layout {
+} // namespace
+
+/// What all readers of one take share. But for what reading finds missing, it does not change
+/// once it is made.
+struct TakeLayout {
     /// Files up to this many stay open, so that a reader for another thread costs no opening.
     static constexpr std::size_t mostOpenFiles = 256;
 
@@ -48,6 +54,22 @@ struct Layout {
     std::int64_t promised = 0;
     bool canShare = true; ///< each file gives further readers
 
+    /// What is known of a file's frames.
+    struct Extent {
+        bool isReadable = true;
+        std::int64_t own = 0;      ///< there, as far as the open file says
+        std::int64_t promised = 0; ///< by its header, or by what is known of a file that can't be opened
+        /// The first one that reading did not get.
+        std::atomic<std::int64_t> firstMissing = std::numeric_limits<std::int64_t>::max();
+    };
+    mutable std::deque<Extent> extents; ///< beside `sound.files`
+
+    void markMissing(std::size_t file, std::int64_t frame) const {
+        std::atomic<std::int64_t>& first = extents[file].firstMissing;
+        for (std::int64_t known = first; frame < known && !first.compare_exchange_weak(known, frame);) {
+        }
+    }
+
     /// A reader of a file of its own, at its start; nothing when it cannot be read any more.
     std::unique_ptr<AudioFile> reader(std::size_t file) const {
         if (openFiles[file])
@@ -56,9 +78,11 @@ struct Layout {
     }
 };
 
+namespace {
+
 class TakeAudio : public AudioFile {
   public:
-    explicit TakeAudio(std::shared_ptr<const Layout> layout)
+    explicit TakeAudio(std::shared_ptr<const TakeLayout> layout)
         : layout_(std::move(layout)), hands_(layout_->lanes.size()) {}
 
     double sampleRate() const override { return layout_->sampleRate; }
@@ -105,11 +129,15 @@ class TakeAudio : public AudioFile {
             const std::int64_t from = std::max(at_, piece->begin);
             const std::int64_t to = std::min(end, piece->end);
             Hand& hand = hands_[which];
-            if (!moveTo(hand, static_cast<std::size_t>(piece - lane.pieces.begin()), *piece, from)) continue;
-            targets_.clear();
-            for (float* channel : channels) targets_.push_back(channel + (from - at_));
-            hand.at +=
-                static_cast<std::int64_t>(hand.file->read(targets_, static_cast<std::size_t>(to - from)));
+            std::int64_t got = 0;
+            if (moveTo(hand, static_cast<std::size_t>(piece - lane.pieces.begin()), *piece, from)) {
+                targets_.clear();
+                for (float* channel : channels) targets_.push_back(channel + (from - at_));
+                got =
+                    static_cast<std::int64_t>(hand.file->read(targets_, static_cast<std::size_t>(to - from)));
+                hand.at += got;
+            }
+            if (got < to - from) layout_->markMissing(piece->file, from + got - piece->fileStart);
         }
     }
 
@@ -125,7 +153,7 @@ class TakeAudio : public AudioFile {
         return hand.file && hand.at == own;
     }
 
-    std::shared_ptr<const Layout> layout_;
+    std::shared_ptr<const TakeLayout> layout_;
     std::vector<Hand> hands_; ///< one a lane
     std::int64_t at_ = 0;
     std::vector<float*> targets_; ///< of the read under way
@@ -134,12 +162,10 @@ class TakeAudio : public AudioFile {
 /// Lays out the files that can be read, at the rate of the first of them.
 class LayoutMaker {
   public:
-    LayoutMaker(const TakeSound& sound, std::vector<IncompleteFile>* incomplete) : incomplete_(incomplete) {
-        layout_.sound = sound;
-    }
+    explicit LayoutMaker(const TakeSound& sound) { layout_.sound = sound; }
 
     /// Nothing when no file can be read.
-    std::shared_ptr<const Layout> make() {
+    std::shared_ptr<const TakeLayout> make() {
         std::vector<std::unique_ptr<AudioFile>> opened;
         for (const TakeSound::File& file : layout_.sound.files) {
             auto audio = AudioFile::open(file.url.path);
@@ -151,10 +177,10 @@ class LayoutMaker {
         for (std::size_t i = 0; i < opened.size(); ++i) {
             add(i, opened[i].get());
             if (opened[i] && !opened[i]->another()) layout_.canShare = false;
-            if (i >= Layout::mostOpenFiles) opened[i].reset();
+            if (i >= TakeLayout::mostOpenFiles) opened[i].reset();
         }
         layout_.openFiles = std::move(opened);
-        return std::make_shared<const Layout>(std::move(layout_));
+        return std::make_shared<const TakeLayout>(std::move(layout_));
     }
 
   private:
@@ -169,10 +195,10 @@ class LayoutMaker {
                                         static_cast<std::size_t>(file.firstChannel - 1 + file.channelCount));
         layout_.frames = std::max(layout_.frames, start + own);
         layout_.promised = std::max(layout_.promised, start + promised);
-        if (incomplete_ != nullptr && (audio == nullptr || promised > own))
-            incomplete_->push_back({file.url.lastPathComponent(),
-                                    static_cast<double>(own) / layout_.sampleRate,
-                                    static_cast<double>(promised) / layout_.sampleRate});
+        TakeLayout::Extent& extent = layout_.extents.emplace_back();
+        extent.isReadable = audio != nullptr;
+        extent.own = own;
+        extent.promised = promised;
 
         const auto firstChannel = static_cast<std::size_t>(file.firstChannel - 1);
         if (layout_.lanes.empty() || layout_.lanes.back().firstChannel != firstChannel)
@@ -183,8 +209,7 @@ class LayoutMaker {
         if (begin < start + own) lane.pieces.push_back({i, start, begin, start + own});
     }
 
-    Layout layout_;
-    std::vector<IncompleteFile>* incomplete_;
+    TakeLayout layout_;
 };
 
 } // namespace
@@ -196,11 +221,28 @@ TakeSound::TakeSound(const SyncGroup& group, const Take& take) {
                              file.channelCount, wholeMicroseconds(file.startSeconds), file.durationSeconds});
 }
 
-std::unique_ptr<AudioFile> openTake(const TakeSound& sound, std::vector<IncompleteFile>* incomplete) {
-    if (sound.files.empty()) return nullptr;
-    if (sound.files.size() == 1) return AudioFile::open(sound.files.front().url.path);
-    auto layout = LayoutMaker(sound, incomplete).make();
-    return layout ? std::make_unique<TakeAudio>(std::move(layout)) : nullptr;
+std::vector<IncompleteFile> OpenTake::incompleteFiles() const {
+    std::vector<IncompleteFile> found;
+    for (std::size_t i = 0; layout && i < layout->extents.size(); ++i) {
+        const TakeLayout::Extent& extent = layout->extents[i];
+        const auto seconds = [&](std::int64_t frames) {
+            return static_cast<double>(frames) / layout->sampleRate;
+        };
+        const std::int64_t heard = std::min(extent.own, extent.firstMissing.load());
+        const std::int64_t promised = std::max(extent.own, extent.promised);
+        if (!extent.isReadable || heard < promised)
+            found.push_back(
+                {layout->sound.files[i].url.lastPathComponent(), seconds(heard), seconds(promised)});
+    }
+    return found;
+}
+
+OpenTake openTake(const TakeSound& sound) {
+    if (sound.files.empty()) return {};
+    if (sound.files.size() == 1) return {AudioFile::open(sound.files.front().url.path), nullptr};
+    const auto layout = LayoutMaker(sound).make();
+    if (!layout) return {};
+    return {std::make_unique<TakeAudio>(layout), layout};
 }
 
 } // namespace orvane

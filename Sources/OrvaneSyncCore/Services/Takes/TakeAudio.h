@@ -35,16 +35,27 @@ struct TakeSound {
     auto operator<=>(const TakeSound&) const = default;
 };
 
+struct TakeLayout;
+
+/// A take that is open for reading.
+struct OpenTake {
+    std::unique_ptr<platform::AudioFile> audio; ///< nothing when no file can be read
+    std::shared_ptr<const TakeLayout> layout;   ///< of several files; nothing for a file alone
+
+    explicit operator bool() const { return audio != nullptr; }
+    /// The files of a take of several that are not all there, as they were opened and as far as they have
+    /// been read, by whichever reader. By channel, then by start. Any thread.
+    std::vector<IncompleteFile> incompleteFiles() const;
+};
+
 /// Opens a take as one recording: its channels by their running numbers, from the take's first sample to its
 /// last. Where no file has sound there is silence: in the gap between two parts, behind a channel that ended
 /// earlier than others, in the place of a file that is missing, is at another sample rate, or breaks off.
 /// Each file lies at its place to the sample; where two parts overlap, the earlier is read to its end. A
 /// single file is read as it is.
 ///
-/// Nothing when no file can be read. As any reader it belongs to one thread at a time; `another` gives one
-/// for the next thread. A channel that is read holds one file open and no sound. `incomplete`, where given,
-/// is told of the files of a take of several that are not all there.
-std::unique_ptr<platform::AudioFile> openTake(const TakeSound& sound,
-                                              std::vector<IncompleteFile>* incomplete = nullptr);
+/// As any reader `audio` belongs to one thread at a time; its `another` gives one for the next thread. A
+/// channel that is read holds one file open and no sound.
+OpenTake openTake(const TakeSound& sound);
 
 } // namespace orvane

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/TakeStatistics.h"
 #include "OrvaneSyncCore/SmartAudio/Routing/TakePatterns.h"
 #include "Platform/Files.h"
+#include "Support/RandomSeed.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -64,7 +65,7 @@ TEST(SmartAudioBlockRouter, WhateverTheLevelsBlocksCoverTheTakeAndEveryNumberIsF
                                 std::numeric_limits<float>::infinity(),
                                 std::numeric_limits<float>::max(),
                                 std::numeric_limits<float>::denorm_min()};
-    for (unsigned seed = 1; seed <= 60; ++seed) {
+    for (const unsigned seed : test::seeds(60)) {
         std::mt19937 random(seed);
         const auto below = [&](unsigned n) { return static_cast<int>(random() % n); };
         std::vector<PerWindowFrame> frames(static_cast<std::size_t>(1 + below(300)));

@@ -48,7 +48,9 @@ TEST(WindowRouting, OneWindowIsDecidedByItsScores) {
     check("else on the mix", {{lav, -70}, {mix, -80}}, {}, "T2 silence, nobody");
     check("else on the loudest, the first of equals", {{lav, -70}, {unknown, -60}, {lav, -60}}, {},
           "T2 silence, nobody");
-    check("speech below the floor of -45 dB", {{lav, -45.1}, {boom, -49}}, {}, "T2 silence, nobody");
+    check("speech below the floor of -45 dB", {{lav, -45.00001}, {boom, -49}}, {}, "T2 silence, nobody");
+    check("speech just above it", {{lav, -44.99999}, {boom, -49}}, {},
+          "T1 lav, score -49.0 [rms -45.0 · snr +10.0 · clean +0.0]");
     check("only tracks outside the candidates speak", {{lav, -20}, {lav, -70}}, {2}, "T2 silence, nobody");
     check("20 dB above its noise a track scores its level", {{boom, -35}}, {},
           "T1 boom, score -35.0 [rms -35.0 · snr +20.0 · clean +0.0]");
@@ -73,8 +75,8 @@ TEST(WindowRouting, OneWindowIsDecidedByItsScores) {
           "T1+2 multiActiveWarn, risk");
     check("a boom does not take over from two", {{boom, -20}, {lav, -25, "a"}, {lav, -29, "b"}}, {},
           "T2+3 multiActiveWarn, risk");
-    check("5.9 dB apart is similar", {{lav, -25}, {lav, -30.9}}, {}, "T1+2 multiActiveWarn, risk");
-    check("6.1 dB is not", {{lav, -25}, {lav, -31.1}}, {},
+    check("6 dB apart is similar", {{lav, -25}, {lav, -30.99999}}, {}, "T1+2 multiActiveWarn, risk");
+    check("more is not", {{lav, -25}, {lav, -31.00001}}, {},
           "T1 lav, score -21.0 [rms -25.0 · snr +30.0 · clean +0.0]");
     check("only the two loudest lavs are compared", {{lav, -40, "a"}, {lav, -20, "b"}, {lav, -39, "a"}}, {},
           "T2 lav, score -14.0 [rms -20.0 · snr +35.0 · clean +0.0]");

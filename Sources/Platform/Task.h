@@ -193,6 +193,7 @@ auto onQueue(SerialQueue& queue, const std::shared_ptr<MainThread>& mainThread, 
         std::shared_ptr<Work> work;
         const char* operation;
         std::shared_ptr<Outcome> outcome = std::make_shared<Outcome>();
+        std::stop_token token = {};
         std::shared_ptr<std::stop_callback<std::function<void()>>> whenStopped = nullptr;
 
         static Outcome outcomeOf(Work& work, [[maybe_unused]] const std::stop_token& stop) {
@@ -219,21 +220,18 @@ auto onQueue(SerialQueue& queue, const std::shared_ptr<MainThread>& mainThread, 
         bool await_ready() const { return false; }
         bool await_suspend(std::coroutine_handle<Task::promise_type> waiting) {
             const std::stop_token stop = canStop ? waiting.promise().stopToken() : std::stop_token();
-            if (stop.stop_requested()) {
-                outcome->raised = std::make_exception_ptr(Stopped());
-                return false;
-            }
+            token = stop;
+            if (stop.stop_requested()) return false;
             // Copies only: the coroutine, and this awaiter in it, may be gone before the work has run. The
             // work alone holds the way back, so that both end with the queue.
             const auto way = std::make_shared<ReturnWay>(waiting);
             if (canStop)
                 whenStopped = std::make_shared<std::stop_callback<std::function<void()>>>(
-                    stop, [main = mainThread, kept = outcome, way = std::weak_ptr(way), name = operation] {
+                    stop, [main = mainThread, way = std::weak_ptr(way), name = operation] {
                         const auto own = way.lock();
                         auto resumption = own ? own->take() : nullptr;
                         const auto thread = main.lock();
                         if (!resumption || !thread) return;
-                        kept->raised = std::make_exception_ptr(Stopped());
                         ReturnWay::post(*thread, std::move(resumption), name);
                     });
             queue.post(
@@ -252,6 +250,7 @@ auto onQueue(SerialQueue& queue, const std::shared_ptr<MainThread>& mainThread, 
         }
         Result await_resume() {
             whenStopped.reset();
+            throwIfStopped(token); // also where the work had just ended
             if (outcome->raised) std::rethrow_exception(outcome->raised);
             if constexpr (!std::is_void_v<Result>) return std::move(*outcome->value);
         }

@@ -29,6 +29,8 @@ class ProjectTest : public test::ControllerTest {
                 if (raised) std::rethrow_exception(raised);
             } catch (const std::exception& error) {
                 how = error.what();
+            } catch (const platform::Stopped& stopped) {
+                how = stopped.what();
             }
         });
         return how;
@@ -242,7 +244,7 @@ TEST_F(ProjectTest, aResetWhileItScansLeavesNothingOfIt) {
     controller_ = make(nullptr);
     const auto loading = controller_->project().loadProject(file_);
     controller_->reset();
-    EXPECT_EQ(ended(loading), "");
+    EXPECT_EQ(ended(loading), "cancelled");
     EXPECT_TRUE(controller_->work().syncGroups().empty());
     EXPECT_EQ(controller_->project().currentURL(), std::nullopt);
 }

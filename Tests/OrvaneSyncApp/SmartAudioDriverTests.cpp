@@ -278,6 +278,7 @@ TEST_F(SmartAudioDriverTest, startsByItselfOnlyWhereTheSettingWasWritten) {
 }
 
 TEST_F(SmartAudioDriverTest, passesOverWhatHasGoneWhileItListened) {
+    mainThread_->advance(platform::progressInterval);
     const auto all = controller_->smartAudio().runSmartAudioAnalysis(SmartAudioMode::standard, false);
     const auto one = controller_->smartAudio().runSmartAudioForGroup(clip("D001")->id, false);
     controller_->reset();
@@ -376,6 +377,7 @@ TEST_F(SmartAudioDriverTest, oneReadingAnswersAllChangesMadeBeforeIt) {
 
     // Of two runs the earlier is shown until it ends.
     steps.clear();
+    mainThread_->advance(platform::progressInterval);
     const auto all = controller_->smartAudio().runSmartAudioAnalysis(SmartAudioMode::standard, false);
     const auto one = controller_->smartAudio().runSmartAudioForGroup(clip("D001")->id, false);
     finish(all);

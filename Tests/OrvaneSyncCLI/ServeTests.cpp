@@ -148,6 +148,7 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
         return call("state").dump() + call("undoState").dump() + call("sessions").dump() +
                call("sessionState").dump();
     };
+    call("saveSession"); // what is still to be saved is no change
     const std::string before = everything();
     const std::string nobody = R"("33333333-3333-4333-8333-333333333333")";
     const std::string sound = folder_.path("sound") + "/DAY1_T01.WAV";

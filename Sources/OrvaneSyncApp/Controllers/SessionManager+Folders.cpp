@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 
+#include "Platform/InterfaceThread.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -132,6 +133,7 @@ void SessionManager::changeFolders(SessionStore::FolderChange change) {
 /// As it now is on the disk, with what is not there yet. A list that can't be read is no reason to forget
 /// one.
 void SessionManager::loadFolderInfos() {
+    const platform::MayBlock record;
     auto stored = store_.readFolderInfos();
     std::vector<FolderInfo> folders = stored.problem ? folderInfos_ : std::move(*stored.record);
     for (const auto& unsaved : unsavedFolderChanges_) unsaved(folders);
@@ -142,6 +144,7 @@ void SessionManager::loadFolderInfos() {
 }
 
 void SessionManager::writeFolderChanges() {
+    const platform::MayBlock record;
     if (unsavedFolderChanges_.empty()) return;
     const auto changeAll = [this](std::vector<FolderInfo>& folders) {
         for (const auto& unsaved : unsavedFolderChanges_) unsaved(folders);
@@ -162,6 +165,7 @@ void SessionManager::writeFolderChanges() {
 // Settings that follow the work.
 
 void SessionManager::captureActiveSettingsSnapshot() {
+    const platform::MayBlock record;
     assertOnMainThread();
     const auto folder = currentSessionFolderName();
     if (!folder) return;

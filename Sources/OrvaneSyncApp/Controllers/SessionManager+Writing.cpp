@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 
+#include "Platform/InterfaceThread.h"
 #include "Platform/Log.h"
 #include "Platform/Text.h"
 
@@ -145,6 +146,7 @@ void SessionManager::reportFailures() {
 
 /// Before the session is read again: nothing newer may be on its way.
 void SessionManager::writeNow(const UUID& id) {
+    const platform::MayBlock record;
     const auto waiting = unwritten_.find(id);
     if (waiting == unwritten_.end()) return;
     ++writeGeneration_[id];
@@ -198,6 +200,7 @@ platform::Task SessionManager::finishWrites(std::weak_ptr<SessionManager> weak) 
 /// Writes the record at once, under a fresh token so that a save on its way does not bring the old one back.
 /// The clips of that save go on their way again.
 void SessionManager::persistRecord(const UUID& id, SessionInfoChange change) {
+    const platform::MayBlock record;
     Unwritten& data = this->change(id, std::move(change));
     ++writeGeneration_[id];
     if (!data.work && store_.isDeleted(id)) { // by another process

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "Platform/InterfaceThread.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -82,11 +83,6 @@ platform::Task SessionManager::save(const ImportController& controller, std::opt
     assertOnMainThread();
     if (!currentSessionId_) return finishWrites({}); // nothing to wait for
     const UUID id = *currentSessionId_;
-    try {
-        store_.create(id);
-    } catch (const platform::FileError&) {
-        // Writing into it fails with a reason of its own.
-    }
     auto work = std::make_shared<const Work>(workOf(controller));
     change(id, changeBySave(*work, std::move(name))).work = std::move(work);
     return startWriting(id);
@@ -192,6 +188,7 @@ void SessionManager::autosaveIfNeeded() {
 
 /// And nothing of it waits to be written here.
 bool SessionManager::isDeletedByAnother() const {
+    const platform::MayBlock record;
     return !unwritten_.contains(*currentSessionId_) && store_.isDeleted(*currentSessionId_);
 }
 
@@ -223,6 +220,7 @@ void SessionManager::becomeActive() {
 // Opening.
 
 void SessionManager::loadSessionList() {
+    const platform::MayBlock record;
     assertOnMainThread();
     loadFolderInfos();
     sessions_ = store_.list();
@@ -249,7 +247,10 @@ platform::Task SessionManager::load(UUID sessionId, const std::shared_ptr<Import
 platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID sessionId,
                                     std::weak_ptr<ImportController> controller, std::uint64_t opening) {
     auto self = weak.lock();
-    if (!self->store_.exists(sessionId)) co_return;
+    {
+        const platform::MayBlock record;
+        if (!self->store_.exists(sessionId)) co_return;
+    }
     self->leaveSession();
     self->loadFolderInfos();
     self->captureActiveSettingsSnapshot();
@@ -372,6 +373,7 @@ void SessionManager::setFolder(const UUID& sessionId, const std::optional<std::s
 }
 
 void SessionManager::deleteSession(UUID sessionId) {
+    const platform::MayBlock record;
     assertOnMainThread();
     ++writeGeneration_[sessionId]; // writes on their way stop
     try {
@@ -391,6 +393,7 @@ void SessionManager::deleteSession(UUID sessionId) {
 }
 
 bool SessionManager::exists(const UUID& sessionId) const {
+    const platform::MayBlock record;
     return session(sessionId) != nullptr || store_.exists(sessionId);
 }
 

@@ -23,8 +23,9 @@ enum class SessionField : std::uint8_t { sessions, currentSessionId, lastSaveErr
 /// Keeps the open work: a session holds all clips with every edit, is saved in the background after every
 /// change, and opens again at once. Sessions lie in named folders, which carry settings.
 ///
-/// Lives on the interface thread and asserts so; files are written on a queue of its own, the newest save of
-/// a session winning. Destroying it writes what is not written yet. Held by a shared pointer, as its
+/// Lives on the interface thread and asserts so. The records of sessions and folders, a few hundred bytes
+/// each, are looked up at once; clips are read and all else is written on a queue of its own, the newest save
+/// of a session winning. Destroying it writes what is not written yet. Held by a shared pointer, as its
 /// background work holds it weakly.
 class SessionManager : public std::enable_shared_from_this<SessionManager> {
   public:

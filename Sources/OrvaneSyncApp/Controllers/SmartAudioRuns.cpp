@@ -346,7 +346,9 @@ void SmartAudioRuns::ended(const RunPointer& run) {
 }
 
 void SmartAudioRuns::show(const RunPointer& run, SmartAudioProgress progress) {
-    if (!underWay_.empty() && underWay_.front() == run) shown_->post({run, std::move(progress)});
+    if (underWay_.empty() || underWay_.front() != run) return;
+    caches_.state.progress = progress; // of which the notice may come a moment later
+    shown_->post({run, std::move(progress)});
 }
 
 } // namespace orvane

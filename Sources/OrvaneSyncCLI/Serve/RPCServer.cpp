@@ -118,9 +118,7 @@ Server::Server(CommandContext& context, std::vector<Command> commands, Write wri
 
 Server::~Server() { context_.cancelRequest = nullptr; }
 
-/// Null names no request.
 bool Server::cancel(const JSON& id) {
-    if (id.isNull()) return false;
     bool isThere = false;
     if (longOperation_ && idUnderWay_ == id) {
         longOperation_->requestStop();

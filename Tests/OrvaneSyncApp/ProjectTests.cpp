@@ -236,7 +236,8 @@ TEST_F(ProjectTest, whatCannotBeOpenedChangesNothing) {
     EXPECT_EQ(controller_->work().videoFolderURL(), std::nullopt);
     EXPECT_TRUE(controller_->reports().aleImportError());
     controller_->project().saveProject(bare);
-    EXPECT_EQ(ProjectService().load(bare).aleFilePath, project.aleFilePath) << "its disk may be back tomorrow";
+    EXPECT_EQ(ProjectService().load(bare).aleFilePath, project.aleFilePath)
+        << "its disk may be back tomorrow";
 }
 
 TEST_F(ProjectTest, aResetWhileItScansLeavesNothingOfIt) {

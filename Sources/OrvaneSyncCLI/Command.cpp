@@ -1,6 +1,7 @@
 #include "OrvaneSyncCLI/Command.h"
 
 #include "OrvaneSyncCLI/TypedSettings.h"
+#include "OrvaneSyncCore/Models/SettingValues.h"
 #include "Platform/MediaInspector.h"
 #include "Platform/Text.h"
 

@@ -75,7 +75,7 @@ std::vector<commands::Command> commandTable() {
         if (std::ranges::find(command.parameters, commands::Parameter::Kind::path,
                               &commands::Parameter::kind) != command.parameters.end())
             command =
-                commands::Command(command.id, command.title, command.parameters,
+                commands::Command(command.id, command.title, command.help, command.parameters,
                                   [](commands::CommandContext&, const commands::Call&) { return JSON(); });
     return table;
 }

@@ -18,10 +18,10 @@ if(ORVANE_FUZZ)
     target_compile_options(orvane_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# orvane_room(<target> [PUBLIC <targets>...] [PRIVATE <libraries>...])
+# orvane_layer_module(<target> [PUBLIC <targets>...] [PRIVATE <libraries>...])
 # One folder, one static library, holding every .cpp of the folder and of its subfolders that have no
-# CMakeLists.txt of their own. PUBLIC names the rooms it may call, PRIVATE the libraries it stands on.
-function(orvane_room target)
+# CMakeLists.txt of their own. PUBLIC names the modules whose headers it may include, PRIVATE the libraries it stands on.
+function(orvane_layer_module target)
     cmake_parse_arguments(ARG "" "" "PUBLIC;PRIVATE" ${ARGN})
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS *.cpp *.h)
     file(GLOB_RECURSE nested */CMakeLists.txt)
@@ -30,7 +30,7 @@ function(orvane_room target)
         list(FILTER sources EXCLUDE REGEX "^${folder}/")
     endforeach()
     if(NOT sources)
-        add_library(${target} INTERFACE) # a room that nobody has moved into yet
+        add_library(${target} INTERFACE) # nothing to build yet
         target_link_libraries(${target} INTERFACE orvane_options ${ARG_PUBLIC})
         return()
     endif()

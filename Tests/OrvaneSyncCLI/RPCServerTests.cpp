@@ -23,12 +23,12 @@ struct RPCServer : testing::Test {
         return {
             *std::ranges::find(orvane::commands::allCommands(), "cancel", &Command::id),
             Command(
-                "add", "Add", {{"number", integer}, {"note", text, true}},
+                "add", "Add", "", {{"number", integer}, {"note", text, true}},
                 [this](CommandContext&, const Call& call) { return JSON(sum += call.integer("number")); }),
             Command(
-                "fail", "Fail", {},
+                "fail", "Fail", "", {},
                 [](CommandContext&, const Call&) -> JSON { throw std::runtime_error("Group not found"); }),
-            Command::later("wait", "Wait", {{"groupID", id, true}},
+            Command::later("wait", "Wait", "", {{"groupID", id, true}},
                            [this](CommandContext&, const Call&, std::shared_ptr<JSON> result) {
                                return untilReleased(std::move(result));
                            }),

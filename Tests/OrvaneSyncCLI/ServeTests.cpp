@@ -324,9 +324,11 @@ TEST_F(ServeTest, keepsSessionsAndSettings) {
 TEST_F(ServeTest, listsItsCommandsAsTheGuideDoes) {
     std::ostringstream guide;
     guide << std::ifstream(std::filesystem::path(ORVANE_SOURCE_DIR) / "docs/automation.md").rdbuf();
-    for (const commands::Command& command : commands::allCommands())
+    for (const commands::Command& command : commands::allCommands()) {
         EXPECT_NE(guide.str().find("`" + command.signature() + "`"), std::string::npos)
             << command.signature();
+        EXPECT_TRUE(!command.title.empty() && command.help.ends_with('.')) << command.id;
+    }
     const auto isEnabled = [&](const std::string& id, const std::string& params = "{}") {
         const JSON listed = call("commands", params);
         for (const JSON& command : *listed.find("commands")->elements())

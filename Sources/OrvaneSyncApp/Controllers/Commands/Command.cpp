@@ -71,9 +71,9 @@ std::string_view name(Parameter::Kind kind) {
     return names[static_cast<std::size_t>(kind)];
 }
 
-Command Command::later(std::string_view id, std::string_view title, std::vector<Parameter> parameters,
-                       Later run) {
-    Command command(id, title, std::move(parameters), nullptr);
+Command Command::later(std::string_view id, std::string_view title, std::string_view help,
+                       std::vector<Parameter> parameters, Later run) {
+    Command command(id, title, help, std::move(parameters), nullptr);
     command.whenDone = std::move(run);
     return command;
 }

@@ -92,10 +92,12 @@ struct Command {
     using Enabled = std::function<bool(const CommandContext&)>;
     using Applies = bool (*)(const SyncGroup&);
 
-    Command(std::string_view theID, std::string_view theTitle, std::vector<Parameter> theParameters, Now run)
-        : id(theID), title(theTitle), parameters(std::move(theParameters)), now(std::move(run)) {}
-    static Command later(std::string_view id, std::string_view title, std::vector<Parameter> parameters,
-                         Later run);
+    Command(std::string_view theID, std::string_view theTitle, std::string_view theHelp,
+            std::vector<Parameter> theParameters, Now run)
+        : id(theID), title(theTitle), help(theHelp), parameters(std::move(theParameters)),
+          now(std::move(run)) {}
+    static Command later(std::string_view id, std::string_view title, std::string_view help,
+                         std::vector<Parameter> parameters, Later run);
 
     // What else a row of the table says.
     Command undoneBy(const UndoStep& itsStep) &&;
@@ -110,6 +112,7 @@ struct Command {
 
     std::string_view id;    ///< also the name of the method
     std::string_view title; ///< as a menu shows it
+    std::string_view help;  ///< a sentence
     std::optional<UndoStep> step;
     std::vector<Parameter> parameters;
     Now now;                   ///< answers at once; null for a long one

@@ -21,9 +21,9 @@ const Parameter groupID{"groupID", id};
 
 /// An operation under its undo step; it answers null.
 template <class Operation>
-Command edit(std::string_view id, const UndoStep& step, std::vector<Parameter> parameters,
-             Operation operation) {
-    return Command(id, step.actionName, std::move(parameters),
+Command edit(std::string_view id, std::string_view help, const UndoStep& step,
+             std::vector<Parameter> parameters, Operation operation) {
+    return Command(id, step.actionName, help, std::move(parameters),
                    [step, operation](CommandContext& context, const Call& call) {
                        Controller& controller = *context.controller;
                        controller.withUndo(step, [&] { operation(controller, call); });
@@ -34,10 +34,10 @@ Command edit(std::string_view id, const UndoStep& step, std::vector<Parameter> p
 
 /// The same for an operation that has the clip analysed again, if it was; done when it has been.
 template <class Operation>
-Command editAndListen(std::string_view id, const UndoStep& step, std::vector<Parameter> parameters,
-                      Operation operation) {
+Command editAndListen(std::string_view id, std::string_view help, const UndoStep& step,
+                      std::vector<Parameter> parameters, Operation operation) {
     return Command::later(
-               id, step.actionName, std::move(parameters),
+               id, step.actionName, help, std::move(parameters),
                [step, operation](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                    return context.withUndo(step, [&] { return operation(*context.controller, call); });
                })
@@ -45,17 +45,18 @@ Command editAndListen(std::string_view id, const UndoStep& step, std::vector<Par
 }
 
 template <class Topic>
-Command onGroup(std::string_view id, const UndoStep& step, void (Topic::*operation)(UUID),
-                Command::Applies applies = nullptr) {
-    return edit(id, step, {groupID},
+Command onGroup(std::string_view id, std::string_view help, const UndoStep& step,
+                void (Topic::*operation)(UUID), Command::Applies applies = nullptr) {
+    return edit(id, help, step, {groupID},
                 [operation](Controller& controller, const Call& call) {
                     (topic<Topic>(controller).*operation)(call.id("groupID"));
                 })
         .forClips(applies);
 }
 
-Command switching(std::string_view id, const UndoStep& step, void (ClipEditing::*operation)(UUID, bool)) {
-    return edit(id, step, {groupID, {"enabled", boolean}},
+Command switching(std::string_view id, std::string_view help, const UndoStep& step,
+                  void (ClipEditing::*operation)(UUID, bool)) {
+    return edit(id, help, step, {groupID, {"enabled", boolean}},
                 [operation](Controller& controller, const Call& call) {
                     (controller.clips().*operation)(call.id("groupID"), call.boolean("enabled"));
                 });
@@ -112,52 +113,69 @@ JSON lockCluster(CommandContext& context, const Call& call) {
 std::vector<Command> flagCommands() {
     using namespace undoSteps;
     return {
-        onGroup("resetAudioOffset", resetAudioOffset, &ClipEditing::resetAudioOffset),
-        onGroup("toggleApproved", toggleApproved, &ClipEditing::toggleApproved),
-        onGroup("toggleLocked", toggleLocked, &ClipEditing::toggleLocked),
-        onGroup("toggleMOS", toggleMOS, &ClipEditing::toggleMOS, isMOS),
-        onGroup("togglePickup", togglePickup, &ClipEditing::togglePickup),
-        onGroup("markScenePickupFromHere", markScenePickupFromHere, &ClipEditing::markScenePickupFromHere),
-        onGroup("toggleExcludedFromExport", toggleExcludedFromExport, &ClipEditing::toggleExcludedFromExport),
-        onGroup("toggleExcludedFromMulticam", toggleExcludedFromMulticam,
-                &ClipEditing::toggleExcludedFromMulticam),
-        onGroup("confirmAmbiguousMatch", confirmAmbiguousMatch, &RecordingEditing::confirmAmbiguousMatch,
-                isAmbiguousAndUnlocked),
-        onGroup("removeVideoFromSync", removeVideoFromSync, &RecordingEditing::removeVideoFromSync,
-                isUnlocked),
-        onGroup("resyncClip", resyncClip, &RecordingEditing::resyncClip),
-        onGroup("resetClipToAutoSync", resetClipToAutoSync, &ClipEditing::resetClipToAutoSync),
-        onGroup("resetMasterGain", resetMasterGain, &TrackEditing::resetMasterGain),
-        switching("setGenerateNativeMOS", setGenerateNativeMOS, &ClipEditing::setGenerateNativeMOS),
-        switching("setGenerateProjectRateClip", setGenerateProjectRateClip,
-                  &ClipEditing::setGenerateProjectRateClip),
+        onGroup("resetAudioOffset", "Puts the sound back to where the timecode lays it.", resetAudioOffset,
+                &ClipEditing::resetAudioOffset),
+        onGroup("toggleApproved", "Approves the clip, or takes the approval back.", toggleApproved,
+                &ClipEditing::toggleApproved),
+        onGroup("toggleLocked", "Locks the clip with its offset and anchors as they are, or unlocks it.",
+                toggleLocked, &ClipEditing::toggleLocked),
+        onGroup("toggleMOS", "Marks a clip without sound as meant to have none, or takes the mark away.",
+                toggleMOS, &ClipEditing::toggleMOS, isMOS),
+        onGroup("togglePickup", "Marks the clip as a pickup, or takes the mark away.", togglePickup,
+                &ClipEditing::togglePickup),
+        onGroup("markScenePickupFromHere", "Marks the takes of this scene from this one on as pickups.",
+                markScenePickupFromHere, &ClipEditing::markScenePickupFromHere),
+        onGroup("toggleExcludedFromExport", "Leaves the clip out of the export, or takes it in again.",
+                toggleExcludedFromExport, &ClipEditing::toggleExcludedFromExport),
+        onGroup("toggleExcludedFromMulticam", "Leaves the clip out of multicam clips, or takes it in again.",
+                toggleExcludedFromMulticam, &ClipEditing::toggleExcludedFromMulticam),
+        onGroup("confirmAmbiguousMatch", "Takes the recordings of an ambiguous clip as they are.",
+                confirmAmbiguousMatch, &RecordingEditing::confirmAmbiguousMatch, isAmbiguousAndUnlocked),
+        onGroup("removeVideoFromSync", "Takes the clip out of the list.", removeVideoFromSync,
+                &RecordingEditing::removeVideoFromSync, isUnlocked),
+        onGroup("resyncClip", "Matches the clip anew; manual decisions stay.", resyncClip,
+                &RecordingEditing::resyncClip),
+        onGroup("resetClipToAutoSync", "Takes back every manual decision about the clip but its matches.",
+                resetClipToAutoSync, &ClipEditing::resetClipToAutoSync),
+        onGroup("resetMasterGain", "Lets the master gain follow the measured loudness again.",
+                resetMasterGain, &TrackEditing::resetMasterGain),
+        switching("setGenerateNativeMOS",
+                  "Chooses whether an off-speed clip is also exported at its own rate.", setGenerateNativeMOS,
+                  &ClipEditing::setGenerateNativeMOS),
+        switching("setGenerateProjectRateClip",
+                  "Chooses whether an off-speed clip is also exported at the rate of the project.",
+                  setGenerateProjectRateClip, &ClipEditing::setGenerateProjectRateClip),
     };
 }
 
 std::vector<Command> valueCommands() {
     using namespace undoSteps;
     return {
-        edit("adjustAudioOffset", adjustAudioOffset, {groupID, {"deltaSeconds", number}},
+        edit("adjustAudioOffset", "Moves the sound of the clip by seconds.", adjustAudioOffset,
+             {groupID, {"deltaSeconds", number}},
              [](Controller& controller, const Call& call) {
                  controller.clips().adjustAudioOffset(call.id("groupID"), call.number("deltaSeconds"));
              }),
-        edit("setAudioAnchor", setAudioAnchor, {groupID, {"secondsInAudio", number, true}},
+        edit("setAudioAnchor", "Sets the anchor in the sound, in seconds of the recording, or takes it away.",
+             setAudioAnchor, {groupID, {"secondsInAudio", number, true}},
              [](Controller& controller, const Call& call) {
                  controller.clips().setAudioAnchor(call.id("groupID"),
                                                    call.numberIfPresent("secondsInAudio"));
              }),
         Command(
             "lockAllInCluster", undoSteps::lockAllInCluster.actionName,
+            "Locks every clip with the base name of this one.",
             {{"of", id},
              {.name = "source", .kind = text, .isOptional = true, .choices = settingTexts<ClipNamingSource>},
              {"customPattern", text, true}},
             lockCluster)
             .undoneBy(lockAllInCluster),
-        edit("setManualClipName", setManualClipName, {groupID, {"name", text}},
+        edit("setManualClipName", "Gives the clip a name of its own; a blank one removes it.",
+             setManualClipName, {groupID, {"name", text}},
              [](Controller& controller, const Call& call) {
                  controller.clips().setManualClipName(call.id("groupID"), call.text("name"));
              }),
-        Command("setSyncMethod", undoSteps::setSyncMethod.actionName,
+        Command("setSyncMethod", undoSteps::setSyncMethod.actionName, "Says by what the clip is in sync.",
                 {groupID, {.name = "method", .kind = text, .choices = syncMethodNames}},
                 [](CommandContext& context, const Call& call) {
                     const SyncMethod method = syncMethod(call);
@@ -167,25 +185,30 @@ std::vector<Command> valueCommands() {
                     return JSON();
                 })
             .undoneBy(setSyncMethod),
-        edit("setManualSensorFrameRate", setManualSensorFrameRate, {groupID, {"fps", number, true}},
+        edit("setManualSensorFrameRate",
+             "Sets the sensor rate of the clip in frames per second, or lets the file decide.",
+             setManualSensorFrameRate, {groupID, {"fps", number, true}},
              [](Controller& controller, const Call& call) {
                  controller.clips().setManualSensorFrameRate(call.id("groupID"), call.numberIfPresent("fps"));
              })
             .forClips(isUnlocked),
-        editAndListen("addBlockOverride", addBlockOverride,
+        editAndListen("addBlockOverride",
+                      "Chooses the track that is heard in a range of the clip, in seconds.", addBlockOverride,
                       {groupID, {"startSeconds", number}, {"endSeconds", number}, {"trackIndex", integer}},
                       [](Controller& controller, const Call& call) {
                           return controller.tracks().addBlockOverride(
                               call.id("groupID"), call.number("startSeconds"), call.number("endSeconds"),
                               call.integer("trackIndex"));
                       }),
-        editAndListen("removeBlockOverride", removeBlockOverride, {groupID, {"overrideID", id}},
+        editAndListen("removeBlockOverride", "Removes a range that was chosen by hand.", removeBlockOverride,
+                      {groupID, {"overrideID", id}},
                       [](Controller& controller, const Call& call) {
                           return controller.tracks().removeBlockOverride(call.id("groupID"),
                                                                          call.id("overrideID"));
                       })
             .forClips(hasRangeOverride),
-        edit("setMasterGain", setMasterGain, {groupID, {"gainDB", number}, {"auto", boolean}},
+        edit("setMasterGain", "Sets the master gain in dB.", setMasterGain,
+             {groupID, {"gainDB", number}, {"auto", boolean}},
              [](Controller& controller, const Call& call) {
                  controller.tracks().setMasterGain(call.id("groupID"), call.number("gainDB"),
                                                    call.boolean("auto"));
@@ -196,7 +219,8 @@ std::vector<Command> valueCommands() {
 std::vector<Command> recordingCommands() {
     using namespace undoSteps;
     return {
-        Command("attachAudioToGroup", undoSteps::attachAudioToGroup.actionName, {groupID, {"audio", any}},
+        Command("attachAudioToGroup", undoSteps::attachAudioToGroup.actionName,
+                "Adds a recording to the clip.", {groupID, {"audio", any}},
                 [](CommandContext& context, const Call& call) {
                     const MediaAsset asset = audio(*context.controller, call);
                     context.controller->withUndo(attachAudioToGroup, [&] {
@@ -206,30 +230,35 @@ std::vector<Command> recordingCommands() {
                 })
             .undoneBy(attachAudioToGroup)
             .forClips(isUnlocked),
-        Command::later("chooseAndAttachAudio", "Choose and Attach Audio…", {groupID, {"path", path}},
+        Command::later("chooseAndAttachAudio", "Choose and Attach Audio…",
+                       "Reads a sound file and adds it to the clip.", {groupID, {"path", path}},
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                            return context.controller->recordings().chooseAndAttachAudio(
                                call.id("groupID"), readableFile(call.text("path")));
                        })
             .undoneBy(attachAudioToGroup)
             .forClips(isUnlocked),
-        edit("removeAudioMatch", removeAudioMatch, {groupID, {"matchID", id}},
+        edit("removeAudioMatch", "Takes a recording from the clip.", removeAudioMatch,
+             {groupID, {"matchID", id}},
              [](Controller& controller, const Call& call) {
                  controller.recordings().removeAudioMatch(call.id("groupID"), call.id("matchID"));
              })
             .forClips(hasRecordingToTakeOff),
-        edit("resyncAllClips", resyncAllClips, {},
+        edit("resyncAllClips", "Matches all clips anew; manual decisions stay.", resyncAllClips, {},
              [](Controller& controller, const Call&) { controller.recordings().resyncAllClips(); }),
-        Command::later("resetAllClipsToAutoSync", "Reset All Clips", {},
+        Command::later("resetAllClipsToAutoSync", "Reset All Clips",
+                       "Takes back the manual decisions about all clips; cannot be taken back.", {},
                        [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                            return context.controller->clips().resetAllClipsToAutoSync();
                        }),
-        edit("renameWildTrack", renameWildTrack, {{"id", id}, {"to", text}},
+        edit("renameWildTrack", "Names a recording without picture.", renameWildTrack,
+             {{"id", id}, {"to", text}},
              [](Controller& controller, const Call& call) {
                  controller.recordings().renameWildTrack(call.id("id"), call.text("to"));
              })
             .when(hasWildTracks),
-        edit("toggleWildTrackApproved", toggleWildTrackApproved, {{"id", id}},
+        edit("toggleWildTrackApproved", "Approves a recording without picture, or takes the approval back.",
+             toggleWildTrackApproved, {{"id", id}},
              [](Controller& controller, const Call& call) {
                  controller.recordings().toggleWildTrackApproved(call.id("id"));
              })
@@ -248,21 +277,21 @@ JSON undoStateJSON(const UndoState& state) {
 
 std::vector<Command> undoCommands() {
     return {
-        Command("undo", "Undo", {},
+        Command("undo", "Undo", "Takes the last step back.", {},
                 [](CommandContext& context, const Call&) {
                     context.controller->undo();
                     return JSON();
                 })
             .when(
                 [](const CommandContext& context) { return context.controller->work().undoState().canUndo; }),
-        Command("redo", "Redo", {},
+        Command("redo", "Redo", "Makes the step again that was taken back last.", {},
                 [](CommandContext& context, const Call&) {
                     context.controller->redo();
                     return JSON();
                 })
             .when(
                 [](const CommandContext& context) { return context.controller->work().undoState().canRedo; }),
-        Command("undoState", "What Can Be Undone", {},
+        Command("undoState", "What Can Be Undone", "Says what can be taken back and made again.", {},
                 [](CommandContext& context, const Call&) {
                     return undoStateJSON(context.controller->work().undoState());
                 }),

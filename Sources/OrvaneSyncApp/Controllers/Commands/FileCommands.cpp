@@ -66,9 +66,9 @@ platform::Task exported(CommandContext& context, Call call, std::shared_ptr<JSON
 }
 
 /// An operation on one clip that opens its own undo step, and one on all clips.
-Command onGroup(std::string_view id, const UndoStep& step, void (ReportController::*operation)(UUID),
-                Command::Applies hasSome) {
-    return Command(id, step.actionName, {groupID},
+Command onGroup(std::string_view id, std::string_view help, const UndoStep& step,
+                void (ReportController::*operation)(UUID), Command::Applies hasSome) {
+    return Command(id, step.actionName, help, {groupID},
                    [operation](CommandContext& context, const Call& call) {
                        (context.controller->reports().*operation)(call.id("groupID"));
                        return JSON();
@@ -76,9 +76,9 @@ Command onGroup(std::string_view id, const UndoStep& step, void (ReportControlle
         .undoneBy(step)
         .forClips(hasSome);
 }
-Command onAll(std::string_view id, const UndoStep& step, void (ReportController::*operation)(),
-              int (ReportController::*clipCount)() const) {
-    return Command(id, step.actionName, {},
+Command onAll(std::string_view id, std::string_view help, const UndoStep& step,
+              void (ReportController::*operation)(), int (ReportController::*clipCount)() const) {
+    return Command(id, step.actionName, help, {},
                    [operation](CommandContext& context, const Call&) {
                        (context.controller->reports().*operation)();
                        return JSON();
@@ -98,34 +98,41 @@ bool hasClips(const CommandContext& context) { return !context.controller->work(
 std::vector<Command> reportCommands() {
     namespace steps = undoSteps;
     return {
-        Command::later("loadALE", "Load Report…", {{"path", path}}, loadALE),
-        onGroup("clearALEMetadata", steps::clearALEMetadata, &ReportController::clearALEMetadata,
-                hasALEMetadata),
-        onGroup("clearLockitMetadata", steps::clearLockitMetadata, &ReportController::clearLockitMetadata,
-                hasLockitMetadata),
-        onAll("clearALEMetadataForAllClips", steps::clearALEMetadataForAllClips,
-              &ReportController::clearALEMetadataForAllClips, &ReportController::aleMetadataClipCount),
-        onAll("clearLockitMetadataForAllClips", steps::clearLockitMetadataForAllClips,
-              &ReportController::clearLockitMetadataForAllClips, &ReportController::lockitMetadataClipCount),
+        Command::later("loadALE", "Load Report…",
+                       "Reads a camera or sound report and lays it over the clips.", {{"path", path}},
+                       loadALE),
+        onGroup("clearALEMetadata", "Removes what reports said of the clip.", steps::clearALEMetadata,
+                &ReportController::clearALEMetadata, hasALEMetadata),
+        onGroup("clearLockitMetadata", "Removes what LockitNetwork said of the clip.",
+                steps::clearLockitMetadata, &ReportController::clearLockitMetadata, hasLockitMetadata),
+        onAll("clearALEMetadataForAllClips", "Removes what reports said of all clips.",
+              steps::clearALEMetadataForAllClips, &ReportController::clearALEMetadataForAllClips,
+              &ReportController::aleMetadataClipCount),
+        onAll("clearLockitMetadataForAllClips", "Removes what LockitNetwork said of all clips.",
+              steps::clearLockitMetadataForAllClips, &ReportController::clearLockitMetadataForAllClips,
+              &ReportController::lockitMetadataClipCount),
     };
 }
 
 std::vector<Command> fileCommands() {
     return {
-        Command("saveProject", "Save Project…", {{"path", path}, overwrite},
+        Command("saveProject", "Save Project…", "Writes the decisions as a project file.",
+                {{"path", path}, overwrite},
                 [](CommandContext& context, const Call& call) {
                     context.controller->project().saveProject(
                         {platform::files::standardized(call.text("path"))}, permission(call));
                     return JSON();
                 }),
-        Command::later("loadProject", "Open Project…", {{"path", path}},
+        Command::later("loadProject", "Open Project…",
+                       "Scans the folders of a project and lays its decisions over the clips.",
+                       {{"path", path}},
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                            return context.controller->project().loadProject(readableFile(call.text("path")));
                        }),
-        Command::later("exportFCPXML", "Export FCPXML…",
+        Command::later("exportFCPXML", "Export FCPXML…", "Writes all settled clips as one document.",
                        {{"output", path}, {"eventName", text, true}, overwrite}, exported)
             .when(hasClips),
-        Command::later("exportSingleClip", "Export Single Clip…",
+        Command::later("exportSingleClip", "Export Single Clip…", "Writes one clip as a document.",
                        {groupID, {"output", path}, {"eventName", text, true}, overwrite}, exported)
             .when(hasClips),
     };

@@ -15,9 +15,9 @@ Error sessionNotFound() { return {Refusal::failed, "Session not found"}; }
 
 /// A command that gives nothing.
 template <class Operation>
-Command doing(std::string_view id, std::string_view title, std::vector<Parameter> parameters,
-              Operation operation) {
-    return {id, title, std::move(parameters), [operation](CommandContext& context, const Call& call) {
+Command doing(std::string_view id, std::string_view title, std::string_view help,
+              std::vector<Parameter> parameters, Operation operation) {
+    return {id, title, help, std::move(parameters), [operation](CommandContext& context, const Call& call) {
                 operation(context, call);
                 return JSON();
             }};
@@ -25,11 +25,11 @@ Command doing(std::string_view id, std::string_view title, std::vector<Parameter
 
 /// The same for a session of the list.
 template <class Operation>
-Command onSession(std::string_view id, std::string_view title, std::vector<Parameter> more,
-                  Operation operation) {
+Command onSession(std::string_view id, std::string_view title, std::string_view help,
+                  std::vector<Parameter> more, Operation operation) {
     std::vector<Parameter> parameters{sessionId};
     for (Parameter& parameter : more) parameters.push_back(parameter);
-    return {id, title, std::move(parameters), [operation](CommandContext& context, const Call& call) {
+    return {id, title, help, std::move(parameters), [operation](CommandContext& context, const Call& call) {
                 const UUID session = call.id("sessionId");
                 if (context.sessions->session(session) == nullptr) throw sessionNotFound();
                 return operation(context, session, call);
@@ -89,67 +89,85 @@ JSON suggestedName(CommandContext& context, const UUID& session, const Call&) {
 std::vector<Command> openingCommands() {
     return {
         Command(
-            "sessions", "Sessions", {},
+            "sessions", "Sessions", "Lists the sessions, most recently changed first.", {},
             [](CommandContext& context, const Call&) { return toJSONArray(context.sessions->sessions()); }),
-        Command("sessionState", "State of the Session", {}, sessionState),
-        Command::later("newSession", "New Session", {},
+        Command("sessionState", "State of the Session", "Says which session is open and how its saving goes.",
+                {}, sessionState),
+        Command::later("newSession", "New Session", "Opens empty work in a session of its own.", {},
                        [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                            return saved(context, context.sessions->newSession(*context.controller));
                        }),
-        Command::later("saveSession", "Save Session", {{"name", text, true}},
+        Command::later("saveSession", "Save Session",
+                       "Saves the open session now, under a name where one is given.", {{"name", text, true}},
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                            return saved(context, context.sessions->save(*context.controller,
                                                                         call.textIfPresent("name")));
                        }),
-        Command::later("loadSession", "Open Session", {sessionId}, loadSession).when(hasSessions),
-        Command::later("loadMostRecentSession", "Open Most Recent Session", {},
+        Command::later("loadSession", "Open Session", "Opens a session in place of the work that is open.",
+                       {sessionId}, loadSession)
+            .when(hasSessions),
+        Command::later("loadMostRecentSession", "Open Most Recent Session",
+                       "Opens the session that was changed last.", {},
                        [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                            return context.sessions->loadMostRecentSession(context.controller);
                        })
             .when(hasSessions),
-        onSession("renameSession", "Rename Session", {{"name", text}},
+        onSession("renameSession", "Rename Session", "Names a session.", {{"name", text}},
                   [](CommandContext& context, const UUID& session, const Call& call) {
                       context.sessions->rename(session, call.text("name"));
                       return JSON();
                   })
             .when(hasSessions),
-        onSession("setSessionFolder", "Move Session to Folder", {{"folder", text, true}},
+        onSession("setSessionFolder", "Move Session to Folder", "Puts a session into a folder, or out of it.",
+                  {{"folder", text, true}},
                   [](CommandContext& context, const UUID& session, const Call& call) {
                       context.sessions->setFolder(session, call.textIfPresent("folder"));
                       return JSON();
                   })
             .when(hasSessions),
-        doing("deleteSession", "Delete Session", {sessionId}, deleteSession).when(hasSessions),
-        onSession("suggestedSessionName", "Suggested Name of a Session", {}, suggestedName).when(hasSessions),
+        doing("deleteSession", "Delete Session", "Deletes a session; cannot be taken back.", {sessionId},
+              deleteSession)
+            .when(hasSessions),
+        onSession("suggestedSessionName", "Suggested Name of a Session",
+                  "Suggests the folder's name and the next shooting day.", {}, suggestedName)
+            .when(hasSessions),
     };
 }
 
 std::vector<Command> folderCommands() {
     const Parameter forFolder{"forFolder", text};
     return {
-        Command("folderNames", "Folders", {}, folderNames),
-        Command("createFolder", "New Folder", {{"name", text}},
+        Command("folderNames", "Folders", "Lists the folders of sessions.", {}, folderNames),
+        Command("createFolder", "New Folder", "Makes a folder for sessions; false where the name is taken.",
+                {{"name", text}},
                 [](CommandContext& context, const Call& call) {
                     return JSON(context.sessions->createFolder(call.text("name")));
                 }),
-        Command("renameFolder", "Rename Folder", {{"from", text}, {"to", text}},
+        Command("renameFolder", "Rename Folder",
+                "Renames a folder of sessions; false where the name is taken.",
+                {{"from", text}, {"to", text}},
                 [](CommandContext& context, const Call& call) {
                     return JSON(context.sessions->renameFolder(call.text("from"), call.text("to")));
                 }),
-        doing("deleteEmptyFolder", "Delete Empty Folder", {{"name", text}},
+        doing("deleteEmptyFolder", "Delete Empty Folder", "Deletes a folder without sessions.",
+              {{"name", text}},
               [](CommandContext& context, const Call& call) {
                   context.sessions->deleteEmptyFolder(call.text("name"));
               }),
-        Command("folderInfo", "One Folder", {{"name", text}}, folderInfo),
-        doing("setLockitProject", "Link Folder to a Lockit Project", {forFolder, {"projectID", text, true}},
+        Command("folderInfo", "One Folder", "Gives what is known of a folder of sessions.", {{"name", text}},
+                folderInfo),
+        doing("setLockitProject", "Link Folder to a Lockit Project",
+              "Connects a folder with a project of LockitNetwork.", {forFolder, {"projectID", text, true}},
               [](CommandContext& context, const Call& call) {
                   context.sessions->setLockitProject(call.text("forFolder"), call.textIfPresent("projectID"));
               }),
-        doing("setMetadataPrefix", "Set Metadata Prefix of a Folder", {forFolder, {"prefix", text, true}},
+        doing("setMetadataPrefix", "Set Metadata Prefix of a Folder",
+              "Sets the prefix of the metadata of a folder.", {forFolder, {"prefix", text, true}},
               [](CommandContext& context, const Call& call) {
                   context.sessions->setMetadataPrefix(call.text("forFolder"), call.textIfPresent("prefix"));
               }),
-        doing("setActivePreset", "Set Preset of a Folder", {forFolder, {"presetName", text, true}},
+        doing("setActivePreset", "Set Preset of a Folder", "Sets the preset that goes with a folder.",
+              {forFolder, {"presetName", text, true}},
               [](CommandContext& context, const Call& call) {
                   context.sessions->setActivePreset(call.text("forFolder"), call.textIfPresent("presetName"));
               }),

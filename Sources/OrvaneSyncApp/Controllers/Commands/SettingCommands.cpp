@@ -43,16 +43,19 @@ JSON presets(CommandContext&, const Call&) {
 
 std::vector<Command> settingCommands() {
     return {
-        Command("setting", "One Setting", {{"key", text}}, setting),
-        Command::later("setSetting", "Change a Setting", {{"key", text}, {"value", any, true}}, setSetting),
-        Command("presets", "Presets", {}, presets),
-        Command("savePreset", "Save Preset", {{"name", text}},
+        Command("setting", "One Setting", "Gives the value of a setting, or its default.", {{"key", text}},
+                setting),
+        Command::later("setSetting", "Change a Setting", "Stores the value of a setting; null removes it.",
+                       {{"key", text}, {"value", any, true}}, setSetting),
+        Command("presets", "Presets", "Lists the presets.", {}, presets),
+        Command("savePreset", "Save Preset", "Keeps the present settings under a name.", {{"name", text}},
                 [](CommandContext& context, const Call& call) {
                     PresetManager().save(call.text("name"), *context.settings);
                     return JSON();
                 }),
-        Command::later("loadPreset", "Load Preset", {{"name", text}}, loadPreset),
-        Command("deletePreset", "Delete Preset", {{"name", text}},
+        Command::later("loadPreset", "Load Preset", "Puts the settings of a preset in place.",
+                       {{"name", text}}, loadPreset),
+        Command("deletePreset", "Delete Preset", "Deletes a preset.", {{"name", text}},
                 [](CommandContext&, const Call& call) {
                     PresetManager().deletePreset(call.text("name"));
                     return JSON();

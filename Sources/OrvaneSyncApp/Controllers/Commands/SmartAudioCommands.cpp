@@ -24,10 +24,10 @@ int trackOf(const SyncGroup& group, const Call& call) {
 
 bool hasSound(const SyncGroup& group) { return !group.isMOS(); }
 
-Command onTrack(std::string_view id, const UndoStep& step,
+Command onTrack(std::string_view id, std::string_view help, const UndoStep& step,
                 platform::Task (TrackEditing::*operation)(const UUID&, int)) {
     return Command::later(
-               id, step.actionName, {groupID, {.name = "trackIndex", .kind = integer, .lowest = 1}},
+               id, step.actionName, help, {groupID, {.name = "trackIndex", .kind = integer, .lowest = 1}},
                [step, operation](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                    const UUID group = call.id("groupID");
                    const int track = trackOf(context.group(group), call);
@@ -59,24 +59,29 @@ JSON smartAudioResult(CommandContext& context, const Call& call) {
 std::vector<Command> smartAudioCommands() {
     namespace steps = undoSteps;
     return {
-        Command::later("runSmartAudioAnalysis", "Run Smart Audio Analysis",
-                       {{.name = "mode", .kind = text, .choices = smartAudioModeTags}, overwrite},
-                       runAnalysis)
+        Command::later(
+            "runSmartAudioAnalysis", "Run Smart Audio Analysis", "Analyses the sound of all settled clips.",
+            {{.name = "mode", .kind = text, .choices = smartAudioModeTags}, overwrite}, runAnalysis)
             .when(
                 [](const CommandContext& context) { return context.controller->work().syncClipCount() > 0; }),
-        Command::later("runSmartAudioForGroup", "Run Smart Audio for This Clip", {groupID, overwrite},
+        Command::later("runSmartAudioForGroup", "Run Smart Audio for This Clip",
+                       "Analyses the sound of the clip and measures its loudness.", {groupID, overwrite},
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                            return context.controller->smartAudio().runSmartAudioForGroup(
                                call.id("groupID"), call.boolean("forceOverwriteManualTracks"));
                        })
             .forClips(hasSound),
-        Command("smartAudioResult", "Smart Audio Result", {groupID}, smartAudioResult).forClips(hasSound),
-        onTrack("toggleTrackActive", steps::toggleTrackActive, &TrackEditing::toggleTrackActive),
-        onTrack("soloTrackActive", steps::soloTrackActive, &TrackEditing::soloTrackActive),
-        onTrack("toggleAlgorithmInclusion", steps::toggleAlgorithmInclusion,
-                &TrackEditing::toggleAlgorithmInclusion),
-        onTrack("soloAlgorithmInclusion", steps::soloAlgorithmInclusion,
-                &TrackEditing::soloAlgorithmInclusion),
+        Command("smartAudioResult", "Smart Audio Result", "Gives what Smart Audio found in the clip.",
+                {groupID}, smartAudioResult)
+            .forClips(hasSound),
+        onTrack("toggleTrackActive", "Switches a track of the export on or off.", steps::toggleTrackActive,
+                &TrackEditing::toggleTrackActive),
+        onTrack("soloTrackActive", "Switches all other tracks of the export off.", steps::soloTrackActive,
+                &TrackEditing::soloTrackActive),
+        onTrack("toggleAlgorithmInclusion", "Lets the analysis use a track, or keeps it out.",
+                steps::toggleAlgorithmInclusion, &TrackEditing::toggleAlgorithmInclusion),
+        onTrack("soloAlgorithmInclusion", "Lets the analysis use this track alone.",
+                steps::soloAlgorithmInclusion, &TrackEditing::soloAlgorithmInclusion),
     };
 }
 

@@ -47,6 +47,7 @@ JSON commandsJSON(CommandContext& context, const Call& call) {
         JSON json;
         json.set("id", command.id);
         json.set("title", command.title);
+        json.set("help", command.help);
         if (command.step) json.set("undoActionName", command.step->actionName);
         JSON::Array parameters;
         for (const Parameter& parameter : command.parameters) parameters.push_back(parameterJSON(parameter));
@@ -68,25 +69,29 @@ JSON cancel(CommandContext& context, const Call& call) {
 
 std::vector<Command> workCommands() {
     return {
-        Command("setFolders", "Choose Folders", {{"videoFolder", path, true}, {"audioFolder", path, true}},
-                setFolders),
-        Command::later("startScan", "Scan & Match", {}, startScan).when([](const CommandContext& context) {
-            return context.controller->scan().canScan();
-        }),
-        Command("reset", "Close", {},
+        Command("setFolders", "Choose Folders", "Chooses the folders of picture and sound.",
+                {{"videoFolder", path, true}, {"audioFolder", path, true}}, setFolders),
+        Command::later("startScan", "Scan & Match", "Reads the folders and matches what is in them.", {},
+                       startScan)
+            .when([](const CommandContext& context) { return context.controller->scan().canScan(); }),
+        Command("reset", "Close", "Goes back to empty work.", {},
                 [](CommandContext& context, const Call&) {
                     context.controller->reset();
                     return JSON();
                 }),
-        Command("state", "State of the Work", {},
+        Command("state", "State of the Work", "Gives the open work.", {},
                 [](CommandContext& context, const Call&) { return stateJSON(*context.controller); }),
-        Command("group", "One Clip", {{"groupID", id}},
+        Command("group", "One Clip", "Gives one clip.", {{"groupID", id}},
                 [](CommandContext& context, const Call& call) {
                     return toJSON(context.group(call.id("groupID")));
                 }),
-        Command("commands", "Commands", {{"groupID", id, true}}, commandsJSON),
-        Command("version", "Version", {}, [](CommandContext&, const Call&) { return JSON(ORVANE_VERSION); }),
-        Command("cancel", "Cancel", {{"id", any}}, cancel),
+        Command("commands", "Commands",
+                "Lists every command with what it takes and whether it is enabled now, and the version of "
+                "the program.",
+                {{"groupID", id, true}}, commandsJSON),
+        Command("version", "Version", "Gives the version of the program.", {},
+                [](CommandContext&, const Call&) { return JSON(ORVANE_VERSION); }),
+        Command("cancel", "Cancel", "Stops the request of an identifier.", {{"id", any}}, cancel),
     };
 }
 

@@ -4,7 +4,7 @@
 #include "Sound.h"
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
-#include "OrvaneSyncCore/Services/Persistence/SettingsCatalogue.h"
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "Platform/Files.h"
 
 #include <chrono>

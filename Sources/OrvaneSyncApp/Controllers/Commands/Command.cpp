@@ -95,7 +95,7 @@ Command Command::forClips(Applies appliesToClip) && {
 
 bool Command::isOfOneClip() const {
     return std::ranges::any_of(parameters, [](const Parameter& parameter) {
-        return parameter.kind == Parameter::Kind::id &&
+        return parameter.kind == Parameter::Kind::id && !parameter.isOptional &&
                (parameter.name == "groupID" || parameter.name == "of");
     });
 }

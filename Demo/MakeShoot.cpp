@@ -75,8 +75,7 @@ std::vector<std::string> trackNames(const Take& take) {
 
 void write(const std::string& folder, const Take& take) {
     const auto frames = static_cast<std::size_t>(take.seconds * sampleRate);
-    const auto timecode =
-        LTCSignal{}.samples(take.startSeconds * framesPerSecond, take.seconds);
+    const auto timecode = LTCSignal{}.samples(take.startSeconds * framesPerSecond, take.seconds);
     constexpr std::size_t clapAt = sampleRate;
     std::vector<float> samples(frames * channels);
     for (std::size_t i = 0; i < frames; ++i)

@@ -165,7 +165,9 @@ class ManualQueue final : public SerialQueue {
         run();
         for (const auto& [moment, work] : std::exchange(later_, {})) work();
     }
-    void post(std::function<void()> work, std::stop_token /*stop*/) override { ready_.push_back(std::move(work)); }
+    void post(std::function<void()> work, std::stop_token /*stop*/) override {
+        ready_.push_back(std::move(work));
+    }
     void sync(const std::function<void()>& work) override {
         run();
         work();

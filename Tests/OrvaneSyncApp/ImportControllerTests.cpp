@@ -120,10 +120,14 @@ TEST_F(ImportControllerTest, aRescanReplacesTheClipsAndKeepsKnownAssets) {
     scan(folder("camera"), folder("sound"));
     const UUID group = clip("A001C001")->id, asset = clip("A001C001")->video.id;
     const UUID wild = controller_->work().wildTracks().front().id;
+    controller_->recordings().renameWildTrack(wild, "Kitchen tone");
+    controller_->recordings().toggleWildTrackApproved(wild);
     finish(controller_->scan().startScan());
     EXPECT_NE(clip("A001C001")->id, group);
     EXPECT_EQ(clip("A001C001")->video.id, asset);
     EXPECT_EQ(controller_->work().wildTracks().front().id, wild);
+    EXPECT_EQ(controller_->work().wildTracks().front().customName, "Kitchen tone");
+    EXPECT_TRUE(controller_->work().wildTracks().front().isApproved);
 }
 
 TEST_F(ImportControllerTest, aScanThatIsOvertakenLeavesNoTrace) {

@@ -53,9 +53,13 @@ ExportResult ExportController::Material::document(const std::stop_token& stop) c
 
 platform::Task ExportController::exportInBackground(std::optional<UUID> groupID, ExportSettings settings,
                                                     std::shared_ptr<ExportResult> result) const {
-    auto making = platform::onQueue(*work_.documents, work_.environment.mainThread,
-                                    [all = material(groupID, std::move(settings))](
-                                        const std::stop_token& stop) { return all.document(stop); });
+    return work_.running.add(exportOnQueue(material(groupID, std::move(settings)), std::move(result)));
+}
+
+platform::Task ExportController::exportOnQueue(Material all, std::shared_ptr<ExportResult> result) const {
+    auto making =
+        platform::onQueue(*work_.documents, work_.environment.mainThread,
+                          [all = std::move(all)](const std::stop_token& stop) { return all.document(stop); });
     *result = co_await making;
 }
 

@@ -16,7 +16,7 @@ namespace orvane {
 /// The open work as a document for Final Cut Pro. Interface thread.
 class ExportController {
   public:
-    ExportController(const OpenWork& work, const SmartAudioController& smartAudio)
+    ExportController(OpenWork& work, const SmartAudioController& smartAudio)
         : work_(work), smartAudio_(smartAudio) {}
 
     struct Options {
@@ -52,8 +52,9 @@ class ExportController {
         ExportResult document(const std::stop_token& stop = {}) const;
     };
     Material material(const std::optional<UUID>& groupID, ExportSettings settings) const;
+    platform::Task exportOnQueue(Material all, std::shared_ptr<ExportResult> result) const;
 
-    const OpenWork& work_;
+    OpenWork& work_;
     const SmartAudioController& smartAudio_;
 };
 

@@ -47,6 +47,8 @@ struct Parameter {
     std::span<const std::string_view> choices = {}; ///< of a text that takes only these
 };
 std::string_view name(Parameter::Kind kind);
+/// The clip that a command is for.
+inline const Parameter groupID{"groupID", Parameter::Kind::id};
 
 struct Command;
 

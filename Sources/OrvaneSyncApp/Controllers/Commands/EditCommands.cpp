@@ -17,8 +17,6 @@ using Controller = ImportController;
 
 constexpr std::array<std::string_view, 3> syncMethodNames{"timecode", "clap", "manual"};
 
-const Parameter groupID{"groupID", id};
-
 /// An operation under its undo step; it answers null.
 template <class Operation>
 Command edit(std::string_view id, std::string_view help, const UndoStep& step,

@@ -15,7 +15,6 @@ namespace {
 
 using enum Parameter::Kind;
 
-const Parameter groupID{"groupID", id};
 const Parameter overwrite{"overwrite", boolean, true};
 
 platform::Task loadALE(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {

@@ -10,7 +10,6 @@ namespace {
 
 using enum Parameter::Kind;
 
-const Parameter groupID{"groupID", id};
 const Parameter overwrite{"forceOverwriteManualTracks", boolean};
 
 int trackOf(const SyncGroup& group, const Call& call) {

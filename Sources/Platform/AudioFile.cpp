@@ -2,8 +2,8 @@
 
 #include "Platform/Files.h"
 #include "Platform/InterfaceThread.h"
-#include "Platform/Media/MediaLibraryLoader.h"
 #include "Platform/Media/WaveAudio.h"
+#include "Platform/MediaHelper/MediaLibraryClient.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,11 +1,14 @@
 #include "MediaFactory/MediaFactory.h"
 #include "Platform/AudioFile.h"
-#include "Platform/Media/MediaLibraryLoader.h"
+#include "Platform/MediaHelper/MediaLibraryClient.h"
 #include "Platform/MediaInspectionText.h"
 #include "Platform/Modules.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
+#include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <sys/stat.h>
 
 namespace orvane::test {
@@ -43,13 +46,20 @@ std::vector<float> readAll(platform::AudioFile& file, int channel, std::size_t b
     return all;
 }
 
+struct TestModule {
+    static constexpr unsigned currentVersion = 1;
+    static constexpr const char* entryPoint = "testModule";
+    static constexpr const char* fileName = "libtest_module.so";
+    unsigned version = currentVersion;
+};
+
 TEST(MediaLibrary, isFoundBesideTheProgramOrMissedQuietly) {
     ASSERT_NE(platform::mediaLibrary(), nullptr);
     const TemporaryDirectory folder;
     // A text under the name of a module; a bare name would be searched for in the system's folders.
-    folder.write(platform::MediaLibrary::fileName, "no module");
+    folder.write(TestModule::fileName, "no module");
     const std::array folders = {folder.path("missing"), folder.path()};
-    EXPECT_EQ(platform::modules::load<platform::MediaLibrary>(folders), nullptr);
+    EXPECT_EQ(platform::modules::load<TestModule>(folders), nullptr);
     const std::array names = {std::string("libm.so.6")};
     EXPECT_EQ(platform::modules::entryPoint(names, "cos"), nullptr);
 }
@@ -114,6 +124,60 @@ TEST(MediaLibrary, givesNothingForWhatNobodyCanRead) {
     EXPECT_FALSE(platform::inspectMedia(folder.path()));
     EXPECT_EQ(platform::AudioFile::open(folder.path("missing.wav")), nullptr);
     EXPECT_EQ(platform::AudioFile::open("http://localhost/sound.wav"), nullptr);
+}
+
+/// Processes that this one has started, by the system's list.
+std::vector<pid_t> children() {
+    std::vector<pid_t> found;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::ifstream list(task.path() / "children");
+        for (pid_t child = 0; list >> child;) found.push_back(child);
+    }
+    return found;
+}
+
+/// The most memory that a process has had, in kilobytes.
+long mostMemory(pid_t process) {
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    for (std::string word; status >> word;)
+        if (long kilobytes = 0; word == "VmHWM:" && status >> kilobytes) return kilobytes;
+    return 0;
+}
+
+TEST(MediaLibrary, mayEndOverAFileWithoutHarm) {
+    const TemporaryDirectory folder;
+    const std::string sound = folder.write("a.aif", aiff(1, std::vector<int>(48000, 99)));
+    std::vector<std::unique_ptr<platform::AudioFile>> open;
+    for (int i = 0; i < 3; ++i) open.push_back(platform::AudioFile::open(sound));
+    EXPECT_EQ(readAll(*open[0], 0, 1000).size(), 48000U);
+    for (const pid_t helper : children()) ::kill(helper, SIGKILL);
+    for (const auto& file : open) {
+        EXPECT_TRUE(readAll(*file, 0, 1000).empty());
+        EXPECT_FALSE(file->seek(0));
+        EXPECT_EQ(file->sampleRate(), 48000);
+    }
+    const auto again = platform::AudioFile::open(sound);
+    ASSERT_NE(again, nullptr);
+    EXPECT_EQ(readAll(*again, 0, 1000).size(), 48000U);
+}
+
+TEST(MediaLibrary, takesBoundedMemoryForAHeaderThatClaimsMuch) {
+    const auto atom = [](const std::string& name, const std::string& body) {
+        return be32(body.size() + 8) + name + body;
+    };
+    const TemporaryDirectory folder;
+    const std::string sound = folder.write("a.aif", aiff(1, std::vector<int>(48000)));
+    for (const std::uint64_t claimed : {0x0F000000U, 0x70000000U, 0xFFFFFFFFU}) {
+        const std::string packed =
+            atom("dcom", "zlib") + atom("cmvd", be32(claimed) + std::string(100'000, 'x'));
+        const std::string movie =
+            atom("ftyp", "qt  " + be32(0) + "qt  ") + atom("moov", atom("cmov", packed));
+        const std::string path = folder.write("packed.mov", movie);
+        EXPECT_EQ(platform::AudioFile::open(path), nullptr);
+        platform::inspectMedia(path);
+        EXPECT_NE(platform::AudioFile::open(sound), nullptr) << "the next file is unharmed";
+        for (const pid_t helper : children()) EXPECT_LT(mostMemory(helper), 600'000) << claimed;
+    }
 }
 
 TEST(AudioFile, readsSamplesExactly) {

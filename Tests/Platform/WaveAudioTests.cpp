@@ -1,6 +1,6 @@
 #include "MediaFactory/MediaFactory.h"
-#include "Platform/Media/MediaLibraryLoader.h"
 #include "Platform/Media/WaveAudio.h"
+#include "Platform/MediaHelper/MediaLibraryClient.h"
 #include "Platform/VectorOps.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"

@@ -11,7 +11,7 @@ namespace orvane::test {
 namespace {
 
 /// Unoptimised code and the sanitizers take many times the time of a program.
-#if defined(NDEBUG) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#if defined(NDEBUG) && !defined(ORVANE_SANITIZED)
 constexpr int slowdown = 1;
 #else
 constexpr int slowdown = 20;

@@ -11,14 +11,6 @@
 #include <semaphore.h>
 #include <time.h>
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define ORVANE_SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define ORVANE_SANITIZED 1
-#endif
-#endif
-
 #ifdef ORVANE_SANITIZED
 // Of the sanitizer's runtime; not every compiler brings the header that declares it.
 extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*, std::size_t),

@@ -2,9 +2,9 @@
 
 #include "Platform/Media/AIFFHeaders.h"
 #include "Platform/Media/MXFHeaders.h"
-#include "Platform/Media/MediaLibraryLoader.h"
 #include "Platform/Media/MovieHeaders.h"
 #include "Platform/Media/WaveHeaders.h"
+#include "Platform/MediaHelper/MediaLibraryClient.h"
 #include "Platform/Text.h"
 
 namespace orvane::platform {
@@ -83,7 +83,8 @@ std::optional<MediaInspection> inspectMedia(const std::string& path) {
 
 std::optional<std::string> mediaLibraryVersions() {
     const MediaLibrary* library = mediaLibrary();
-    return library == nullptr ? std::nullopt : std::optional(library->versions());
+    std::string versions = library == nullptr ? "" : library->versions();
+    return versions.empty() ? std::nullopt : std::optional(std::move(versions));
 }
 
 std::vector<std::string> decodableCodecs(const std::vector<std::string>& codecs) {

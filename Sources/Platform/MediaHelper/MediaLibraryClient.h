@@ -1,14 +1,13 @@
 #pragma once
 
-#include "Platform/MediaLibrary/MediaLibrary.h"
+#include "Platform/Media/MediaLibrary.h"
 
 #include <string>
 
 namespace orvane::platform {
 
-/// The module of media libraries, loaded at the first call from beside the program or from ../lib beside its
-/// folder, and kept for the life of the process. Null when it is not there or of another version; the program
-/// then reads what its own walks can read. Any thread.
+/// The media libraries, in helper processes. Null when the helper's program is not beside this one or in
+/// ../lib beside its folder; the program then reads what its own readers can. Any thread.
 const MediaLibrary* mediaLibrary();
 
 /// `inspectMedia` with a library that is only fetched when it is needed.

@@ -1,0 +1,196 @@
+#pragma once
+
+#include "Platform/MediaInspector.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+/// What the program and its media helper say to each other: one message of bytes for each request and each
+/// answer, over a stream socket. Both are built together and run on one machine, so numbers have the
+/// machine's own form. The helper has read files that may be made to break it, so the program checks every
+/// length in an answer.
+namespace orvane::platform::helper {
+
+enum class Request : std::uint8_t {
+    inspect,   ///< path; answers `Inspected`
+    openAudio, ///< path, whether all tracks are wanted; answers a list of `Track`
+    seek,      ///< handle, frame; answers whether the file has it
+    read,      ///< handle, channels, frames; answers how many frames lie in the shared memory
+    close,     ///< handle
+    versions,  ///< answers a text
+    canDecode, ///< name of a codec; answers whether
+};
+
+struct Inspected {
+    bool isHindered = false;
+    std::optional<MediaInspection> facts;
+};
+
+/// A sound track that the helper holds open.
+struct Track {
+    std::uint32_t handle = 0;
+    double sampleRate = 0; ///< Hz
+    std::int32_t channelCount = 0;
+    std::int64_t frameCount = 0;
+    std::int64_t promisedFrames = 0;
+};
+
+/// The samples of an answer lie here, each channel by itself, one behind the other.
+constexpr std::size_t sharedSamples = std::size_t{1} << 20U;
+constexpr std::size_t sharedBytes = sharedSamples * sizeof(float);
+/// What a helper finds open when it starts.
+constexpr int messageDescriptor = 3;
+constexpr int samplesDescriptor = 4;
+
+constexpr std::size_t longestMessage = std::size_t{64} << 20U; ///< bytes
+
+/// No message of this form.
+class MessageError : public std::runtime_error {
+  public:
+    MessageError() : std::runtime_error("a message is damaged") {}
+};
+
+// The members of each record, in the order of the message. An archive takes each: it writes or reads it.
+template <class Archive>
+void exchange(Archive& archive, MediaMetadataItem& item) {
+    archive(item.key, item.commonKey, item.string, item.number);
+}
+template <class Archive>
+void exchange(Archive& archive, CountedTimecode& start) {
+    archive(start.frames, start.rateNumerator, start.rateDenominator, start.isDrop);
+}
+template <class Archive>
+void exchange(Archive& archive, MediaInspection::VideoTrack& track) {
+    archive(track.width, track.height, track.nominalFrameRate, track.codecFourCC);
+}
+template <class Archive>
+void exchange(Archive& archive, MediaInspection::AudioTrack& track) {
+    archive(track.channelCount, track.sampleRate);
+}
+template <class Archive>
+void exchange(Archive& archive, MediaInspection& facts) {
+    archive(facts.durationSeconds, facts.videoTracks, facts.audioTracks, facts.metadata, facts.startTimecode,
+            facts.headerTime);
+}
+template <class Archive>
+void exchange(Archive& archive, Inspected& answer) {
+    archive(answer.isHindered, answer.facts);
+}
+template <class Archive>
+void exchange(Archive& archive, Track& track) {
+    archive(track.handle, track.sampleRate, track.channelCount, track.frameCount, track.promisedFrames);
+}
+
+template <class T>
+concept Plain = std::is_arithmetic_v<T> || std::is_enum_v<T>;
+
+class MessageWriter {
+  public:
+    template <class... Values>
+    std::string operator()(Values&&... values) {
+        (put(values), ...);
+        return bytes_;
+    }
+
+  private:
+    template <Plain T>
+    void put(T value) {
+        bytes_.append(reinterpret_cast<const char*>(&value), sizeof value);
+    }
+    void put(const std::string& text) {
+        put(text.size());
+        bytes_ += text;
+    }
+    template <class T>
+    void put(const std::optional<T>& value) {
+        put(value.has_value());
+        if (value) put(*value);
+    }
+    template <class T>
+    void put(const std::vector<T>& list) {
+        put(list.size());
+        for (const T& value : list) put(value);
+    }
+    template <class Record>
+    requires(!Plain<Record>) void put(const Record& record) {
+        Members members{*this};
+        exchange(members, const_cast<Record&>(record)); // which only reads it
+    }
+    struct Members {
+        MessageWriter& writer;
+        template <class... Values>
+        void operator()(Values&... values) {
+            (writer.put(values), ...);
+        }
+    };
+
+    std::string bytes_;
+};
+
+/// Throws MessageError where the bytes end early or a length is wrong.
+class MessageReader {
+  public:
+    explicit MessageReader(std::string_view bytes) : rest_(bytes) {}
+
+    template <class T>
+    T next() {
+        T value{};
+        get(value);
+        return value;
+    }
+
+  private:
+    std::string_view take(std::size_t count) {
+        if (count > rest_.size()) throw MessageError();
+        const auto taken = rest_.substr(0, count);
+        rest_.remove_prefix(count);
+        return taken;
+    }
+    void get(bool& value) { value = next<std::uint8_t>() != 0; }
+    template <Plain T>
+    void get(T& value) {
+        std::memcpy(&value, take(sizeof value).data(), sizeof value);
+    }
+    void get(std::string& text) { text = take(next<std::size_t>()); }
+    template <class T>
+    void get(std::optional<T>& value) {
+        if (next<bool>()) value = next<T>();
+    }
+    template <class T>
+    void get(std::vector<T>& list) {
+        // Grows with what is there, not with what is claimed.
+        for (auto count = next<std::size_t>(); count > 0; --count) list.push_back(next<T>());
+    }
+    template <class Record>
+    requires(!Plain<Record>) void get(Record& record) {
+        Members members{*this};
+        exchange(members, record);
+    }
+    struct Members {
+        MessageReader& reader;
+        template <class... Values>
+        void operator()(Values&... values) {
+            (reader.get(values), ...);
+        }
+    };
+
+    std::string_view rest_;
+};
+
+/// False when the other side is gone.
+bool send(int descriptor, const std::string& message);
+/// Nothing when the other side is gone, says nothing in this time, or says too much. Without a limit it
+/// waits.
+std::optional<std::string> receive(int descriptor,
+                                   std::optional<std::chrono::milliseconds> limit = std::nullopt);
+
+} // namespace orvane::platform::helper

@@ -1,0 +1,192 @@
+#include "Platform/MediaHelper/HelperProcess.h"
+
+#include "Platform/Modules.h"
+#include "Platform/ReadErrorWatch.h"
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+
+extern char** environ; // NOLINT: the system's own name
+
+namespace orvane::platform::helper {
+
+namespace {
+
+/// Longer than the helper itself gives one read of a file (10 s).
+constexpr std::chrono::seconds longestRequest{20};
+/// Free helpers that are kept for the next file.
+constexpr std::size_t mostFree = 8;
+
+struct Pool {
+    std::mutex mutex;
+    std::vector<std::unique_ptr<Process>> free;
+    std::vector<pid_t> ended; ///< killed and not yet gone: one that waits for a disk goes when it answers
+};
+Pool& pool() {
+    static auto& pool = *new Pool; // files may be closed while the program ends
+    return pool;
+}
+
+void buryEnded() {
+    const std::lock_guard lock(pool().mutex);
+    std::erase_if(pool().ended, [](pid_t process) { return ::waitpid(process, nullptr, WNOHANG) != 0; });
+}
+
+/// Memory without a name that two processes see; -1 when there is none.
+int makeSharedMemory() {
+    const int memory = ::memfd_create("samples", MFD_CLOEXEC);
+    if (memory >= 0 && ::ftruncate(memory, sharedBytes) != 0) {
+        ::close(memory);
+        return -1;
+    }
+    return memory;
+}
+
+class SpawnActions {
+  public:
+    SpawnActions() {
+        ::posix_spawn_file_actions_init(&actions);
+        ::posix_spawnattr_init(&attributes);
+        // Its own process group: a Ctrl-C at the terminal is for the program, which ends its helpers itself.
+        ::posix_spawnattr_setflags(&attributes,
+                                   POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+        sigset_t signals{};
+        ::sigemptyset(&signals);
+        ::posix_spawnattr_setsigmask(&attributes, &signals);
+        ::sigfillset(&signals);
+        ::posix_spawnattr_setsigdefault(&attributes, &signals);
+    }
+    ~SpawnActions() {
+        ::posix_spawn_file_actions_destroy(&actions);
+        ::posix_spawnattr_destroy(&attributes);
+    }
+    SpawnActions(const SpawnActions&) = delete;
+    SpawnActions& operator=(const SpawnActions&) = delete;
+
+    posix_spawn_file_actions_t actions{};
+    posix_spawnattr_t attributes{};
+};
+
+/// 0 when the system starts none.
+pid_t startProgram(const std::string& path, int socket, int memory) {
+    SpawnActions spawn;
+    for (const int standard : {0, 1, 2}) // whatever a library prints
+        ::posix_spawn_file_actions_addopen(&spawn.actions, standard, "/dev/null", O_RDWR, 0);
+    ::posix_spawn_file_actions_adddup2(&spawn.actions, socket, messageDescriptor);
+    ::posix_spawn_file_actions_adddup2(&spawn.actions, memory, samplesDescriptor);
+    ::posix_spawn_file_actions_addclosefrom_np(&spawn.actions, samplesDescriptor + 1);
+    std::string name = path;
+    const std::array<char*, 2> arguments{name.data(), nullptr};
+    pid_t process = 0;
+    const int failure =
+        ::posix_spawn(&process, path.c_str(), &spawn.actions, &spawn.attributes, arguments.data(), environ);
+    return failure == 0 ? process : 0;
+}
+
+/// A descriptor above those that the helper gets, so that giving one does not close another.
+int movedUp(int descriptor) {
+    if (descriptor < 0 || descriptor > samplesDescriptor) return descriptor;
+    const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, samplesDescriptor + 1);
+    ::close(descriptor);
+    return moved;
+}
+
+void closeIfOpen(int descriptor) {
+    if (descriptor >= 0) ::close(descriptor);
+}
+
+} // namespace
+
+const std::string& programPath() {
+    static const std::string path = [] {
+        for (const std::string& folder : modules::programFolders())
+            if (std::string program = folder + "/orvane_media_helper"; ::access(program.c_str(), X_OK) == 0)
+                return program;
+        return std::string();
+    }();
+    return path;
+}
+
+std::shared_ptr<Process> Process::borrow() {
+    buryEnded();
+    std::unique_ptr<Process> process;
+    {
+        const std::lock_guard lock(pool().mutex);
+        while (!pool().free.empty() && !process) {
+            process = std::move(pool().free.back());
+            pool().free.pop_back();
+            if (process->owner_ != ::getpid()) process.reset();
+        }
+    }
+    if (!process) process = start();
+    if (!process) return nullptr;
+    return {process.release(), [](Process* returned) {
+                std::unique_ptr<Process> back(returned);
+                const std::lock_guard lock(pool().mutex);
+                if (back->isRunning() && back->owner_ == ::getpid() && pool().free.size() < mostFree)
+                    pool().free.push_back(std::move(back));
+            }};
+}
+
+std::unique_ptr<Process> Process::start() {
+    if (programPath().empty()) return nullptr;
+    std::array<int, 2> sockets{-1, -1};
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data()) != 0) return nullptr;
+    const int own = movedUp(sockets[0]), theirs = movedUp(sockets[1]), memory = movedUp(makeSharedMemory());
+    void* samples = memory < 0 ? MAP_FAILED : ::mmap(nullptr, sharedBytes, PROT_READ, MAP_SHARED, memory, 0);
+    const bool isReady = own >= 0 && theirs >= 0 && samples != MAP_FAILED;
+    const pid_t process = isReady ? startProgram(programPath(), theirs, memory) : 0;
+    closeIfOpen(theirs);
+    closeIfOpen(memory);
+    if (process == 0) {
+        closeIfOpen(own);
+        if (samples != MAP_FAILED) ::munmap(samples, sharedBytes);
+        return nullptr;
+    }
+    return std::unique_ptr<Process>(new Process(process, own, static_cast<const float*>(samples)));
+}
+
+Process::Process(pid_t process, int descriptor, const float* samples)
+    : owner_(::getpid()), process_(process), descriptor_(descriptor), samples_(samples) {}
+
+Process::~Process() {
+    end();
+    ::munmap(const_cast<float*>(samples_), sharedBytes);
+}
+
+void Process::end() {
+    if (descriptor_ < 0) return;
+    ::close(std::exchange(descriptor_, -1));
+    if (owner_ != ::getpid()) return;
+    ::kill(process_, SIGKILL);
+    {
+        const std::lock_guard lock(pool().mutex);
+        pool().ended.push_back(process_);
+    }
+    buryEnded();
+}
+
+std::optional<std::string> Process::ask(const std::string& request) {
+    const std::lock_guard lock(mutex_);
+    if (descriptor_ < 0 || owner_ != ::getpid()) return std::nullopt;
+    const auto start = std::chrono::steady_clock::now();
+    auto answer = send(descriptor_, request) ? receive(descriptor_, longestRequest) : std::nullopt;
+    if (!answer || answer->empty()) {
+        wasTooSlow_ = std::chrono::steady_clock::now() - start >= longestRequest;
+        end();
+        return std::nullopt;
+    }
+    if (answer->front() != 0) ReadErrorWatch::report();
+    answer->erase(0, 1);
+    return answer;
+}
+
+} // namespace orvane::platform::helper

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Platform/MediaHelper/HelperMessages.h"
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <string>
+#include <sys/types.h>
+
+namespace orvane::platform::helper {
+
+/// A process of the media helper's program, which reads what our own readers do not know. It may crash, hang
+/// or run out of memory over a file that is made for it; then it is gone, and nothing else is. Any thread.
+class Process {
+  public:
+    /// One that is free, or a new one, which goes back to the free ones with the last pointer to it. Null
+    /// when the program is not there or the system starts no process.
+    static std::shared_ptr<Process> borrow();
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    /// The answer; nothing when the process ended over this request, did not answer in time, or had ended
+    /// before. Reports to ReadErrorWatch what the helper reported of its reads.
+    std::optional<std::string> ask(const std::string& request);
+    /// The answer of type Answer, as `ask`; one that is damaged is none.
+    template <class Answer, class... Values>
+    std::optional<Answer> ask(Request request, const Values&... values) {
+        const auto answer = ask(MessageWriter()(request, values...));
+        if (!answer) return std::nullopt;
+        try {
+            return MessageReader(*answer).next<Answer>();
+        } catch (const MessageError&) {
+            end();
+            return std::nullopt;
+        }
+    }
+    /// Held from a request to read until its samples are copied.
+    std::recursive_mutex& mutex() { return mutex_; }
+    std::span<const float> samples() const { return {samples_, sharedSamples}; }
+
+    /// It did not answer in time, rather than ending.
+    bool wasTooSlow() const { return wasTooSlow_; }
+    bool isRunning() const { return descriptor_ >= 0; }
+
+  private:
+    Process(pid_t process, int descriptor, const float* samples);
+    static std::unique_ptr<Process> start();
+    void end();
+
+    std::recursive_mutex mutex_;
+    const pid_t owner_; ///< a child that was forked shares the socket and must not use it
+    const pid_t process_;
+    int descriptor_; ///< -1 after the end
+    const float* const samples_;
+    bool wasTooSlow_ = false;
+};
+
+/// The helper's program; empty when it is not beside this one.
+const std::string& programPath();
+
+} // namespace orvane::platform::helper

@@ -1,0 +1,146 @@
+#include "Platform/MediaHelper/MediaLibraryClient.h"
+
+#include "Platform/MediaHelper/HelperProcess.h"
+
+#include <algorithm>
+#include <atomic>
+#include <utility>
+
+namespace orvane::platform {
+
+namespace {
+
+using helper::Process;
+using helper::Request;
+
+std::atomic<bool> wasMissed = false;
+
+/// A track that a helper holds open. When the helper is gone it ends, as a file does that can no longer be
+/// read.
+class HelperAudio final : public AudioFile {
+  public:
+    HelperAudio(std::shared_ptr<Process> process, const helper::Track& track)
+        : process_(std::move(process)), track_(track) {}
+    ~HelperAudio() override { process_->ask<bool>(Request::close, track_.handle); }
+    HelperAudio(const HelperAudio&) = delete;
+    HelperAudio& operator=(const HelperAudio&) = delete;
+
+    double sampleRate() const override { return track_.sampleRate; }
+    int channelCount() const override { return track_.channelCount; }
+    std::int64_t frameCount() const override { return track_.frameCount; }
+    std::int64_t promisedFrames() const override { return track_.promisedFrames; }
+
+    bool seek(std::int64_t frame) override {
+        return process_->ask<bool>(Request::seek, track_.handle, frame).value_or(false);
+    }
+
+    std::size_t read(std::span<float* const> channels, std::size_t frames) override {
+        const std::size_t count =
+            std::clamp<std::size_t>(channels.size(), 1, static_cast<std::size_t>(track_.channelCount));
+        std::size_t done = 0;
+        while (done < frames) {
+            const std::size_t wanted = std::min(frames - done, helper::sharedSamples / count);
+            const std::size_t got = readSome(channels.first(std::min(count, channels.size())), done, wanted);
+            done += got;
+            if (got < wanted) break;
+        }
+        return done;
+    }
+
+    /// What cannot be true of a track.
+    static bool isSensible(const helper::Track& track) {
+        return track.sampleRate > 0 && track.sampleRate <= highestSampleRate && track.channelCount > 0 &&
+               static_cast<std::size_t>(track.channelCount) <= helper::sharedSamples &&
+               track.frameCount >= 0 && track.promisedFrames >= 0;
+    }
+
+  private:
+    std::size_t readSome(std::span<float* const> channels, std::size_t at, std::size_t wanted) {
+        const std::lock_guard lock(process_->mutex());
+        const auto answer = process_->ask<std::size_t>(Request::read, track_.handle, channels.size(), wanted);
+        const std::size_t got = std::min(answer.value_or(0), wanted);
+        for (std::size_t channel = 0; channel < channels.size(); ++channel)
+            std::copy_n(process_->samples().data() + channel * wanted, got, channels[channel] + at);
+        return got;
+    }
+
+    const std::shared_ptr<Process> process_;
+    const helper::Track track_;
+};
+
+std::optional<MediaInspection> inspect(const std::string& path, bool& hindered) noexcept {
+    try {
+        const auto process = Process::borrow();
+        if (!process) {
+            hindered = true;
+            return std::nullopt;
+        }
+        auto answer = process->ask<helper::Inspected>(Request::inspect, path);
+        // A file over which the helper ended will end the next one, too.
+        hindered = hindered || (answer ? answer->isHindered : process->wasTooSlow());
+        return answer ? std::move(answer->facts) : std::nullopt;
+    } catch (...) { // out of memory
+        hindered = true;
+        return std::nullopt;
+    }
+}
+
+std::vector<std::unique_ptr<AudioFile>> openTracks(const std::string& path, bool allTracks) {
+    std::vector<std::unique_ptr<AudioFile>> files;
+    const auto process = Process::borrow();
+    if (!process) return files;
+    const auto tracks = process->ask<std::vector<helper::Track>>(Request::openAudio, path, allTracks);
+    if (tracks)
+        for (const helper::Track& track : *tracks)
+            if (HelperAudio::isSensible(track))
+                files.push_back(std::make_unique<HelperAudio>(process, track));
+    return files;
+}
+
+std::unique_ptr<AudioFile> openAudio(const std::string& path) noexcept {
+    try {
+        auto files = openTracks(path, false);
+        return files.empty() ? nullptr : std::move(files.front());
+    } catch (...) { // out of memory
+        return nullptr;
+    }
+}
+
+std::vector<std::unique_ptr<AudioFile>> openAudioTracks(const std::string& path) noexcept {
+    try {
+        return openTracks(path, true);
+    } catch (...) { // out of memory
+        return {};
+    }
+}
+
+std::string versions() noexcept {
+    try {
+        const auto process = Process::borrow();
+        return process ? process->ask<std::string>(Request::versions).value_or("") : "";
+    } catch (...) { // out of memory
+        return {};
+    }
+}
+
+bool canDecode(const std::string& codec) noexcept {
+    try {
+        const auto process = Process::borrow();
+        return process && process->ask<bool>(Request::canDecode, codec).value_or(false);
+    } catch (...) { // out of memory
+        return false;
+    }
+}
+
+} // namespace
+
+bool mediaLibraryWasMissed() { return wasMissed; }
+
+const MediaLibrary* mediaLibrary() {
+    static const MediaLibrary library{inspect, openAudio, openAudioTracks, versions, canDecode};
+    if (!helper::programPath().empty()) return &library;
+    wasMissed = true;
+    return nullptr;
+}
+
+} // namespace orvane::platform

@@ -5,43 +5,137 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <unordered_map>
+#include <functional>
+#include <numeric>
+#include <vector>
 
 namespace orvane::platform {
 
 namespace {
 
 constexpr std::size_t depthLimit = 512;
-/// Up to here a linear look for a repeated key is cheaper than a table.
-constexpr std::size_t fewMembers = 24;
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
-JSON::Object members(simdjson::dom::object object) {
-    JSON::Object result;
-    result.reserve(object.size());
-    std::unordered_map<std::string_view, std::size_t> positions;
-    const bool many = object.size() > fewMembers;
-    for (const auto field : object) {
-        std::size_t at = result.size();
-        if (many) {
-            at = positions.try_emplace(field.key, result.size()).first->second;
-        } else {
-            const auto found = std::ranges::find(result, field.key, &JSON::Object::value_type::first);
-            at = static_cast<std::size_t>(found - result.begin());
-        }
-        if (at < result.size())
-            result[at].second = tree(field.value);
-        else
-            result.emplace_back(std::string(field.key), tree(field.value));
-    }
-    return result;
+namespace ondemand = simdjson::ondemand;
+
+/// Up to here it is cheaper to compare all keys of an object than to sort them.
+constexpr std::size_t fewMembers = 24;
+
+/// Growing leaves up to half of a list empty.
+template <class List>
+List fitted(List list) {
+    if (list.capacity() - list.size() > list.size() / 4) list.shrink_to_fit();
+    return list;
 }
 
-JSON::Array elements(simdjson::dom::array array) {
-    JSON::Array result;
-    result.reserve(array.size());
-    for (const auto element : array) result.push_back(tree(element));
-    return result;
+template <class T>
+T checked(simdjson::simdjson_result<T> result) {
+    T value;
+    if (const auto error = std::move(result).get(value)) throw JSONError(simdjson::error_message(error));
+    return value;
+}
+
+bool hasRepeated(const JSON::Object& object) {
+    for (std::size_t i = 1; i < object.size(); ++i)
+        for (std::size_t j = 0; j < i; ++j)
+            if (object[i].first == object[j].first) return true;
+    return false;
+}
+
+/// Of a key that occurs again the first member stays, with the last value.
+void joinRepeated(JSON::Object& object) {
+    if (object.size() <= fewMembers && !hasRepeated(object)) return;
+    std::vector<std::uint32_t> order(object.size());
+    std::iota(order.begin(), order.end(), 0U);
+    std::ranges::sort(order, [&](std::uint32_t a, std::uint32_t b) {
+        const int difference = object[a].first.compare(object[b].first);
+        return difference != 0 ? difference < 0 : a < b;
+    });
+    std::vector<std::uint32_t> repeated;
+    for (std::size_t i = 1, first = 0; i < order.size(); ++i) {
+        if (object[order[i]].first != object[order[first]].first) {
+            first = i;
+            continue;
+        }
+        object[order[first]].second = std::move(object[order[i]].second);
+        repeated.push_back(order[i]);
+    }
+    std::ranges::sort(repeated, std::greater{});
+    for (const std::uint32_t at : repeated) object.erase(object.begin() + at);
+}
+
+JSON treeOf(ondemand::value value, std::size_t depth);
+
+JSON::Object membersOf(ondemand::object members, std::size_t depth) {
+    JSON::Object object;
+    for (auto result : members) {
+        ondemand::field field = checked(std::move(result));
+        std::string key(checked(field.unescaped_key()));
+        object.emplace_back(std::move(key), treeOf(field.value(), depth + 1));
+    }
+    joinRepeated(object);
+    return fitted(std::move(object));
+}
+
+JSON::Array elementsOf(ondemand::array elements, std::size_t depth) {
+    JSON::Array array;
+    for (auto result : elements) array.push_back(treeOf(checked(std::move(result)), depth + 1));
+    return fitted(std::move(array));
+}
+
+JSON numberOf(ondemand::number number) {
+    switch (number.get_number_type()) {
+    case ondemand::number_type::signed_integer:
+        return number.get_int64();
+    case ondemand::number_type::unsigned_integer:
+        return number.get_uint64();
+    case ondemand::number_type::floating_point_number:
+        break;
+    }
+    return number.get_double();
+}
+
+JSON treeOf(ondemand::value value, std::size_t depth) {
+    if (depth > depthLimit) throw JSONError(simdjson::error_message(simdjson::DEPTH_ERROR));
+    switch (checked(value.type())) {
+    case ondemand::json_type::object:
+        return membersOf(checked(value.get_object()), depth);
+    case ondemand::json_type::array:
+        return elementsOf(checked(value.get_array()), depth);
+    case ondemand::json_type::string:
+        return checked(value.get_string());
+    case ondemand::json_type::number:
+        return numberOf(checked(value.get_number()));
+    case ondemand::json_type::boolean:
+        return checked(value.get_bool());
+    case ondemand::json_type::null:
+        if (checked(value.is_null())) return {};
+        break;
+    }
+    throw JSONError(simdjson::error_message(simdjson::TAPE_ERROR));
+}
+
+/// Values in the text, at the least: each begins behind one of these signs. Those in strings count for
+/// nothing.
+std::size_t countValues(std::string_view text) {
+    std::size_t count = 0;
+    bool isInString = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char sign = text[i];
+        if (sign == '"') isInString = !isInString;
+        if (!isInString)
+            count += sign == ',' || sign == '[' || sign == '{' ? 1U : 0U;
+        else if (sign == '\\')
+            ++i;
+    }
+    return count;
+}
+
+void refuseTinyValues(std::string_view text) {
+    if (text.size() <= JSON::fewValues) return;
+    const std::size_t most = std::max(JSON::fewValues, text.size() / JSON::densestText);
+    if (text.size() / 2 > most && countValues(text) > most)
+        throw JSONError("the text holds too many values for its size");
 }
 
 template <class Number>
@@ -118,6 +212,25 @@ std::vector<const JSON::Object::value_type*> sortedMembers(const JSON::Object& o
 
 } // namespace
 
+namespace {
+
+JSON::Object members(simdjson::dom::object members) {
+    JSON::Object object;
+    object.reserve(members.size());
+    for (const auto member : members) object.emplace_back(std::string(member.key), tree(member.value));
+    joinRepeated(object);
+    return object;
+}
+
+JSON::Array elements(simdjson::dom::array elements) {
+    JSON::Array array;
+    array.reserve(elements.size());
+    for (const auto element : elements) array.push_back(tree(element));
+    return array;
+}
+
+} // namespace
+
 JSON tree(simdjson::dom::element element) {
     using simdjson::dom::element_type;
     switch (element.type()) {
@@ -143,6 +256,7 @@ JSON tree(simdjson::dom::element element) {
 
 simdjson::dom::element parsed(simdjson::dom::parser& parser, std::string_view text) {
     if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
+    refuseTinyValues(text);
     simdjson::dom::element root;
     auto error = simdjson::SUCCESS;
     // The smallest capacity that simdjson takes is 32; `parse` copies the text to where it may read past its
@@ -155,8 +269,18 @@ simdjson::dom::element parsed(simdjson::dom::parser& parser, std::string_view te
 }
 
 JSON JSON::parse(std::string_view text) {
-    simdjson::dom::parser parser;
-    return tree(parsed(parser, text));
+    if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
+    refuseTinyValues(text);
+    const simdjson::padded_string padded(text);
+    ondemand::parser parser;
+    ondemand::document document = checked(parser.iterate(padded));
+    if (checked(document.is_scalar())) {
+        simdjson::dom::parser scalars; // the other reader has no number that stands alone as a value
+        return tree(parsed(scalars, text));
+    }
+    JSON result = treeOf(checked(document.get_value()), 1);
+    if (!document.current_location().error()) throw JSONError("there is text behind the value");
+    return result;
 }
 
 std::string JSON::dump(Layout layout, std::size_t depth) const {

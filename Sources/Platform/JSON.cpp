@@ -54,7 +54,7 @@ const JSON* JSON::find(std::string_view key) const {
 }
 
 void JSON::set(std::string_view key, JSON value) {
-    if (isNull()) value_ = Object{};
+    if (isNull()) *this = object();
     Object* object = members();
     assert(object != nullptr && "only an object has members");
     if (object == nullptr) return;
@@ -71,7 +71,7 @@ void JSON::remove(std::string_view key) {
 }
 
 void JSON::append(JSON value) {
-    if (isNull()) value_ = Array{};
+    if (isNull()) *this = array();
     Array* array = elements();
     assert(array != nullptr && "only an array takes elements");
     if (array != nullptr) array->push_back(std::move(value));

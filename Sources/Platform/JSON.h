@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -37,18 +38,22 @@ class JSON {
     JSON(std::uint64_t value) : value_(value) {}
     /// NaN and infinities have no JSON form and are written as null.
     JSON(double value) : value_(value) {}
-    JSON(const char* value) : value_(std::string(value)) {}
-    JSON(std::string_view value) : value_(std::string(value)) {}
-    JSON(std::string value) : value_(std::move(value)) {}
-    JSON(Array value) : value_(std::move(value)) {}
-    JSON(Object value) : value_(std::move(value)) {}
+    JSON(const char* value) : JSON(std::string(value)) {}
+    JSON(std::string_view value) : JSON(std::string(value)) {}
+    JSON(std::string value) : value_(Box(std::move(value))) {}
+    JSON(Array value) : value_(Box(std::move(value))) {}
+    JSON(Object value) : value_(Box(std::move(value))) {}
 
     static JSON object() { return JSON(Object{}); }
     static JSON array() { return JSON(Array{}); }
 
     /// The whole text must be one value. A key that occurs twice keeps its last value. Throws JSONError: also
-    /// for nesting deeper than 512, text that is not UTF-8, and numbers beyond 64-bit integers and doubles.
+    /// for nesting deeper than 512, text that is not UTF-8, numbers beyond 64-bit integers and doubles, and a
+    /// long text of tiny values alone, which would take many times its size (`densestText`).
     static JSON parse(std::string_view text);
+    /// Bytes a value, on the average, in a text of more than `fewValues`. Records of ours have 30 and more.
+    static constexpr std::size_t densestText = 20;
+    static constexpr std::size_t fewValues = 100'000;
 
     /// UTF-8, keys sorted by bytes; bytes that are not UTF-8 become U+FFFD. Doubles print in their shortest
     /// form that reads back equal, with ".0" where they are whole, so that they come back as doubles. `depth`
@@ -56,8 +61,8 @@ class JSON {
     std::string dump(Layout layout = Layout::compact, std::size_t depth = 0) const;
 
     bool isNull() const { return std::holds_alternative<std::monostate>(value_); }
-    bool isObject() const { return std::holds_alternative<Object>(value_); }
-    bool isArray() const { return std::holds_alternative<Array>(value_); }
+    bool isObject() const { return std::holds_alternative<Box<Object>>(value_); }
+    bool isArray() const { return std::holds_alternative<Box<Array>>(value_); }
 
     /// Each gives nothing when the value is of another kind.
     std::optional<bool> boolean() const;
@@ -66,11 +71,11 @@ class JSON {
     std::optional<std::uint64_t> unsignedInteger() const;
     /// Any number.
     std::optional<double> number() const;
-    const std::string* string() const { return std::get_if<std::string>(&value_); }
-    const Array* elements() const { return std::get_if<Array>(&value_); }
-    Array* elements() { return std::get_if<Array>(&value_); }
-    const Object* members() const { return std::get_if<Object>(&value_); }
-    Object* members() { return std::get_if<Object>(&value_); }
+    const std::string* string() const { return boxed<std::string>(*this); }
+    const Array* elements() const { return boxed<Array>(*this); }
+    Array* elements() { return boxed<Array>(*this); }
+    const Object* members() const { return boxed<Object>(*this); }
+    Object* members() { return boxed<Object>(*this); }
 
     /// The member of an object, or nothing.
     const JSON* find(std::string_view key) const;
@@ -89,9 +94,34 @@ class JSON {
     bool operator==(const JSON& other) const;
 
   private:
+    /// What is larger than a number lies elsewhere, so that a value takes 16 bytes.
+    template <class T>
+    class Box {
+      public:
+        explicit Box(T value) : value_(std::make_unique<T>(std::move(value))) {}
+        Box(const Box& other) : value_(other.value_ ? std::make_unique<T>(*other.value_) : nullptr) {}
+        Box(Box&&) noexcept = default;
+        Box& operator=(Box other) noexcept {
+            value_ = std::move(other.value_);
+            return *this;
+        }
+        ~Box() = default;
+
+        T* get() const { return value_.get(); }
+        bool operator==(const Box& other) const { return *value_ == *other.value_; }
+
+      private:
+        std::unique_ptr<T> value_; ///< null after it was moved from
+    };
+    template <class T>
+    static T* boxed(const JSON& json) {
+        const auto* box = std::get_if<Box<T>>(&json.value_);
+        return box == nullptr ? nullptr : box->get();
+    }
     void write(std::string& out, Layout layout, std::size_t depth) const;
 
-    std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, std::string, Array, Object>
+    std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, Box<std::string>, Box<Array>,
+                 Box<Object>>
         value_;
 };
 

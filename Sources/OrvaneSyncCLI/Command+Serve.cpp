@@ -111,7 +111,6 @@ void serve(Context& context, const Arguments& arguments) {
         if (field == SessionField::problem && work.sessions->problem())
             context.warn(*work.sessions->problem());
     });
-    platform::ignoreBrokenPipes(); // what a client that has died has asked for is still to be kept
     if (work.sessions->problem()) context.warn(*work.sessions->problem());
     // Called on a thread of its own, at the very end of this function at the latest.
     platform::beforeTermination([loop, weak = std::weak_ptr(work.sessions)](const platform::EndProcess& end) {

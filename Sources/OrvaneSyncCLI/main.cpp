@@ -5,6 +5,7 @@
 #include "Platform/Terminal.h"
 
 #include <cstdlib>
+#include <exception>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -27,11 +28,9 @@ int withOutputWritten(int status) {
     return orvane::cli::failed;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
+int runProgram(int argc, char** argv) {
     using namespace orvane;
-    std::ios::sync_with_stdio(false);
+    platform::failRefusedWrites();
     namespace terminal = platform::terminal;
     const bool errIsTerminal = terminal::isTerminal(standardError);
     // The line of the progress goes.
@@ -49,4 +48,16 @@ int main(int argc, char** argv) {
     // A read that hangs may still come back, to objects that would be gone.
     if (platform::SerialQueue::hasAbandonedWork()) std::_Exit(status);
     return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::ios::sync_with_stdio(false);
+    try {
+        return runProgram(argc, argv);
+    } catch (const std::exception& error) { // no memory, or no thread
+        std::cerr << "error: " << error.what() << "\n";
+        return orvane::cli::failed;
+    }
 }

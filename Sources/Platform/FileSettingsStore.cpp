@@ -118,8 +118,7 @@ void FileSettingsStore::writePending() {
 }
 
 SettingsStore::Values FileSettingsStore::write(const Changes& changes) {
-    constexpr unsigned ownerOnly = 0700; // as the base directory rules want it
-    if (!files::exists(files::folderOf(path_))) files::createDirectories(files::folderOf(path_), ownerOnly);
+    if (!files::exists(files::folderOf(path_))) files::createDirectories(files::folderOf(path_));
     const FileLock lock = FileLock::ofFile(path_ + ".lock");
 
     const SettingsFile file = load();

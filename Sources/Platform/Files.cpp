@@ -338,11 +338,12 @@ void discardTemporaries() {
     for (const std::string& path : temporaries.paths) ::unlink(path.c_str());
 }
 
-void createDirectories(const std::string& path, unsigned mode) {
+void createDirectories(const std::string& path) {
+    constexpr mode_t ownerOnly = 0700; // as the base directory rules want it
     assertMayBlock("file access");
     for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
         const std::string folder = path.substr(0, end);
-        if (::mkdir(folder.c_str(), static_cast<mode_t>(mode)) != 0) {
+        if (::mkdir(folder.c_str(), ownerOnly) != 0) {
             const int reason = errno;
             const auto there = attributes(folder);
             if (!there || !there->isDirectory)

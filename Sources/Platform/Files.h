@@ -80,9 +80,9 @@ void syncFolder(const std::string& folder);
 /// Removes temporary files that killed writers left in the folder: those that nobody has touched for a while.
 void removeAbandonedTemporaries(const std::string& folder);
 
-/// Makes the folder and the folders above it, each new one with these permissions (less the process's mask).
-/// Throws FileError.
-void createDirectories(const std::string& path, unsigned mode = 0777);
+/// Makes the folder and the folders above it, each new one for its owner alone: names of productions and
+/// clips are nobody else's business. Throws FileError.
+void createDirectories(const std::string& path);
 /// A file or an empty folder. Throws FileError, also when nothing is there.
 void remove(const std::string& path);
 /// A file or a folder with everything in it; links are not followed. Throws FileError.

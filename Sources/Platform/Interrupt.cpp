@@ -38,7 +38,10 @@ void beforeTermination(Farewell farewell) {
     storedFarewell = std::move(farewell);
 }
 
-void ignoreBrokenPipes() { ::signal(SIGPIPE, SIG_IGN); }
+void failRefusedWrites() {
+    ::signal(SIGPIPE, SIG_IGN);
+    ::signal(SIGXFSZ, SIG_IGN);
+}
 
 void exitOnInterrupt(std::string lastWords) {
     sigset_t signals;

@@ -17,7 +17,8 @@ void exitOnInterrupt(std::string lastWords);
 using EndProcess = std::function<void(const std::string& lastWords)>;
 void beforeTermination(std::function<void(const EndProcess& end)> farewell);
 
-/// Writing to a pipe that nobody reads is an error of the write from now on, not the end of the process.
-void ignoreBrokenPipes();
+/// Writing to a pipe that nobody reads, and past the largest file that the user may write, is an error of the
+/// write from now on, not the end of the process.
+void failRefusedWrites();
 
 } // namespace orvane::platform

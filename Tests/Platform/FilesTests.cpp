@@ -180,7 +180,7 @@ TEST(Files, baseDirectories) {
 
 TEST(Files, foldersAreMadeAndRemoved) {
     const TemporaryDirectory folder;
-    files::createDirectories(folder.path("a/b/c/"), 0700);
+    files::createDirectories(folder.path("a/b/c/"));
     EXPECT_EQ(permissions(folder.path("a/b")), 0700U);
     EXPECT_NO_THROW(files::createDirectories(folder.path("a/b")));
     folder.write("file", "kept");

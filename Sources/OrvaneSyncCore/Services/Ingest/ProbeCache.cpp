@@ -5,7 +5,9 @@
 
 #include <chrono>
 #include <filesystem>
+#include <map>
 #include <mutex>
+#include <set>
 #include <tuple>
 #include <utility>
 
@@ -49,6 +51,25 @@ std::string recordOfEarlierForm(const FileURL& url, const platform::JSONView& en
         return {};
     }
 }
+
+/// Files that were in a folder which holds other things today. The place at which a card is mounted stays,
+/// and is an empty folder without the card.
+class VanishedFiles {
+  public:
+    bool contains(const std::string& path) {
+        const std::string folder = platform::files::folderOf(path);
+        auto names = folders_.find(folder);
+        if (names == folders_.end()) {
+            const auto present = platform::files::childNames(folder).value_or(std::vector<std::string>());
+            names = folders_.emplace(folder, std::set(present.begin(), present.end())).first;
+        }
+        return !names->second.empty() &&
+               !names->second.contains(std::filesystem::path(path).filename().string());
+    }
+
+  private:
+    std::map<std::string, std::set<std::string>> folders_; ///< names of what lies in each
+};
 
 } // namespace
 
@@ -177,12 +198,17 @@ void ProbeCache::scheduleSave() {
     });
 }
 
-/// What was read and not stored since goes back as it was, so that a file that nobody asked for is kept.
+/// What was read and not stored since goes back as it was, so that a file that nobody asked for is kept. One
+/// that vanished from its folder is forgotten, and not one of a card that is not there.
 std::vector<std::string> ProbeCache::records() const {
     std::vector<std::string> result;
-    for (std::size_t i = 0; loaded_ && i < loaded_->count(); ++i)
-        if (const auto record = loaded_->record(i); record && !stored_->contains(std::string(record->path)))
-            result.push_back(record->bytes());
+    VanishedFiles vanished;
+    for (std::size_t i = 0; loaded_ && i < loaded_->count(); ++i) {
+        const auto record = loaded_->record(i);
+        if (!record) continue;
+        const std::string path(record->path);
+        if (!stored_->contains(path) && !vanished.contains(path)) result.push_back(record->bytes());
+    }
     for (const auto& [path, bytes] : *stored_) result.push_back(bytes);
     return result;
 }

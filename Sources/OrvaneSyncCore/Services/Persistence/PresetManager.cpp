@@ -17,11 +17,25 @@ namespace {
 constexpr std::string_view extension = ".json";
 constexpr std::uint64_t largestPreset = std::uint64_t{16} << 20U; // bytes
 
-std::string presetPath(std::string_view name) {
-    std::string fileName(name);
+/// As it is listed.
+std::string listedName(std::string_view name) {
+    std::string listed(name);
     std::ranges::replace_if(
-        fileName, [](char c) { return c == '/' || c == ':'; }, '-');
-    return AppStorageHelper::presetsDirectory() + "/" + fileName + std::string(extension);
+        listed, [](char c) { return c == '/' || c == ':'; }, '-');
+    return listed;
+}
+
+std::string presetPath(std::string_view name) {
+    return AppStorageHelper::presetsDirectory() + "/" + listedName(name) + std::string(extension);
+}
+
+void refuseUnfitName(std::string_view name) {
+    if (platform::text::trimmed(name).empty()) throw PresetNameError("a preset needs a name");
+    if (name.find('\0') != std::string_view::npos)
+        throw PresetNameError("the name of a preset can't hold the character NUL");
+    if (const std::string listed = listedName(name); listed != name && files::exists(presetPath(name)))
+        throw PresetNameError("the preset '" + std::string(name) + "' would replace '" + listed +
+                              "'; choose another name, or save it as '" + listed + "'");
 }
 
 } // namespace
@@ -57,6 +71,7 @@ platform::SettingsWrite PresetManager::applySnapshot(std::string_view data,
 }
 
 void PresetManager::save(std::string_view name, const platform::SettingsStore& defaults) const {
+    refuseUnfitName(name);
     files::writeAtomically(presetPath(name), snapshotData(defaults));
 }
 

@@ -2,11 +2,18 @@
 
 #include "Platform/SettingsStore.h"
 
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace orvane {
+
+/// A name under which no preset can be kept. The description says why.
+class PresetNameError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
 
 /// Keeps subsets of the settings as named files, one JSON object each, in
 /// `AppStorageHelper::presetsDirectory`; a folder's snapshot of its settings is the same object as bytes.
@@ -28,7 +35,8 @@ class PresetManager {
     /// like `values`, and FileError; the store then is unchanged.
     platform::SettingsWrite applySnapshot(std::string_view data, platform::SettingsStore& defaults) const;
 
-    /// Replaces an older preset of that name. Throws FileError.
+    /// Replaces an older preset of that name. Throws FileError, and PresetNameError for a name that is empty
+    /// or holds NUL, and for one with "/" or ":" whose file is that of another preset.
     void save(std::string_view name, const platform::SettingsStore& defaults) const;
     /// Throws like `applySnapshot`, and FileError when there is no such preset.
     platform::SettingsWrite load(std::string_view name, platform::SettingsStore& defaults) const;

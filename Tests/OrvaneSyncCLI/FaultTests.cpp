@@ -1,0 +1,190 @@
+#include "MediaFactory/SmallShoot.h"
+#include "Platform/Files.h"
+#include "Platform/JSON.h"
+#include "Support/RandomSeed.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
+
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace orvane::test {
+namespace {
+
+#ifdef ORVANE_SANITIZED
+constexpr bool canPreload = false; // the sanitizer's own library has to be the first
+#else
+constexpr bool canPreload = true;
+#endif
+
+struct Ended {
+    int status = 0; ///< above 128: by that signal
+    std::string out, err;
+    bool wasHit = false; ///< a call of it failed
+};
+
+/// The program itself, over a folder of its own that holds settings, work, caches and the shoot.
+class Machine {
+  public:
+    explicit Machine(std::string folder) : folder_(std::move(folder)) {
+        std::filesystem::create_directories(folder_);
+        makeSmallShoot(folder_ + "/shoot");
+    }
+    std::string path(const std::string& below) const { return folder_ + "/" + below; }
+
+    /// `fault` as the fault layer takes it, without the folder; empty for none.
+    Ended run(const std::string& arguments, const std::string& input = "",
+              const std::string& fault = "") const {
+        platform::files::writeAtomically(path("in"), input);
+        std::filesystem::remove(path("hits"));
+        std::string command;
+        for (const char* kind : {"CONFIG", "DATA", "CACHE"})
+            command += std::string("XDG_") + kind + "_HOME='" + path("home") + "' ";
+        if (!fault.empty())
+            command += "ORVANE_FAULT='" + fault + ":" + path("") + "' ORVANE_FAULT_REPORT='" + path("hits") +
+                       "' LD_PRELOAD='" ORVANE_FAULT_LAYER "' ";
+        command += "'" ORVANESYNC_PROGRAM "' " + arguments + " <'" + path("in") + "' >'" + path("out") +
+                   "' 2>'" + path("err") + "'";
+        const int status = std::system(command.c_str()); // NOLINT: one thread
+        return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status),
+                platform::files::readText(path("out")), platform::files::readText(path("err")),
+                std::filesystem::exists(path("hits"))};
+    }
+    /// What a run leaves behind goes, and the shoot stays.
+    void clear() const {
+        std::filesystem::remove_all(path("home"));
+        std::filesystem::remove_all(path("results"));
+        std::filesystem::create_directories(path("results"));
+    }
+    std::vector<std::string> results() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(path("results")))
+            names.push_back(entry.path().filename());
+        return names;
+    }
+
+  private:
+    std::string folder_;
+};
+
+/// Calls use(fault) for calls that fail one after the other, until one is beyond the last: each of the first
+/// ones, then fewer, at places that differ with the seed.
+template <class Use>
+void forEachFault(const std::string& kind, std::mt19937& random, Use use) {
+    constexpr int eachUpTo = 12, mostOfAKind = 40;
+    long number = 1;
+    for (int tried = 0; tried < mostOfAKind; ++tried) {
+        const std::string fault = kind + ":" + std::to_string(number);
+        SCOPED_TRACE("ORVANE_FAULT=" + fault);
+        if (!use(fault)) {
+            EXPECT_GT(tried, 0) << "no call of this kind comes through the layer";
+            return;
+        }
+        const long step = number < eachUpTo ? 1 : std::max<long>(number / 6, 1);
+        number += std::uniform_int_distribution<long>(1, step)(random);
+        if (testing::Test::HasFailure()) return;
+    }
+}
+
+/// Whichever call the system refuses: the command ends by itself and says so or does without, no half
+/// document and no other file stays behind, and the next run on a disk that is well gives what it always
+/// gives.
+TEST(Faults, leaveNothingHalfWrittenAndNothingFalseRemembered) {
+    if (!canPreload) GTEST_SKIP() << "not with sanitizers";
+    const TemporaryDirectory folder;
+    const Machine machine(folder.path("machine"));
+    const std::string sync =
+        "sync '" + machine.path("shoot") + "' -o '" + machine.path("results/out.fcpxml") + "'";
+    const auto document = [&] { return platform::files::readText(machine.path("results/out.fcpxml")); };
+    machine.clear();
+    ASSERT_EQ(machine.run(sync).status, 0);
+    const std::string whole = document();
+    std::mt19937 random(randomSeed());
+    for (const std::string kind : {"open", "read", "write", "rename", "sync", "memory"})
+        forEachFault(kind, random, [&](const std::string& fault) {
+            machine.clear();
+            const Ended ended = machine.run(sync, "", fault);
+            EXPECT_LE(ended.status, 1) << ended.err;
+            EXPECT_EQ(ended.status == 1, ended.err.find("error: ") != std::string::npos) << ended.err;
+            const auto results = machine.results();
+            if (ended.status == 0) {
+                EXPECT_EQ(results, std::vector<std::string>{"out.fcpxml"});
+                EXPECT_TRUE(document().ends_with("</fcpxml>\n"));
+                EXPECT_TRUE(document() == whole || ended.err.find("warning: ") != std::string::npos)
+                    << "a document that lacks something, without a word: " << ended.err;
+            } else {
+                EXPECT_TRUE(results.empty()) << results.front();
+            }
+            const Ended after = machine.run(sync);
+            EXPECT_EQ(after.status, 0) << after.err;
+            EXPECT_EQ(document(), whole) << "something false was remembered";
+            return ended.wasHit;
+        });
+}
+
+/// A session that is edited and saved while the disk refuses a call opens again as it was before or after an
+/// edit, and says what it could not save.
+TEST(Faults, neverTakeWorkThatWasSaved) {
+    if (!canPreload) GTEST_SKIP() << "not with sanitizers";
+    using platform::JSON;
+    const TemporaryDirectory folder;
+    const Machine machine(folder.path("machine"));
+    int number = 0;
+    const auto message = [&number](const std::string& method, const std::string& parameters) {
+        return R"({"jsonrpc":"2.0","id":)" + std::to_string(++number) + R"(,"method":")" + method +
+               R"(","params":)" + parameters + "}\n";
+    };
+    const std::string open = message("loadMostRecentSession", "{}") + message("state", "{}");
+    const auto names = [&](const Ended& ended) {
+        const std::string last = ended.out.substr(ended.out.find("\"syncGroups\""));
+        std::vector<std::string> found;
+        const JSON reply = JSON::parse(ended.out.substr(ended.out.rfind('\n', ended.out.size() - 2) + 1));
+        for (const JSON& group : *reply.find("result")->find("syncGroups")->elements()) {
+            const JSON* name = group.find("manualClipName");
+            found.push_back(name != nullptr ? *name->string() : "");
+        }
+        return found;
+    };
+    machine.clear();
+    const std::string shoot = "\"" + machine.path("shoot") + "\"";
+    const Ended first = machine.run(
+        "serve", message("setFolders", "{\"videoFolder\":" + shoot + ",\"audioFolder\":" + shoot + "}") +
+                     message("startScan", "{}") + message("saveSession", "{}") + message("state", "{}"));
+    ASSERT_EQ(first.status, 0) << first.err;
+    const JSON state = JSON::parse(first.out.substr(first.out.rfind('\n', first.out.size() - 2) + 1));
+    const std::string id =
+        *state.find("result")->find("syncGroups")->elements()->front().find("id")->string();
+    const std::vector<std::string> before = names(machine.run("serve", open));
+    const std::string saved = machine.path("saved");
+    std::filesystem::copy(machine.path("home"), saved, std::filesystem::copy_options::recursive);
+    std::mt19937 random(randomSeed());
+    for (const std::string kind : {"open", "read", "write", "rename", "sync", "memory"})
+        forEachFault(kind, random, [&](const std::string& fault) {
+            machine.clear();
+            std::filesystem::copy(saved, machine.path("home"), std::filesystem::copy_options::recursive);
+            const Ended ended = machine.run(
+                "serve",
+                message("loadMostRecentSession", "{}") +
+                    message("setManualClipName", "{\"groupID\":\"" + id + "\",\"name\":\"New\"}") +
+                    message("saveSession", "{}"),
+                fault);
+            EXPECT_LE(ended.status, 1) << ended.err;
+            const std::vector<std::string> after = names(machine.run("serve", open));
+            EXPECT_EQ(after.size(), before.size());
+            const bool isNew = !after.empty() && after.front() == "New";
+            EXPECT_TRUE(isNew || after == before);
+            EXPECT_TRUE(isNew || ended.wasHit);
+            EXPECT_TRUE(isNew || ended.err.find("error") != std::string::npos ||
+                        ended.out.find("\"error\"") != std::string::npos)
+                << "an edit was lost without a word";
+            return ended.wasHit;
+        });
+}
+
+} // namespace
+} // namespace orvane::test

@@ -3,6 +3,8 @@
 #include "Platform/JSONView.h"
 #include "Support/Test.h"
 
+#include <malloc.h>
+
 namespace orvane::platform {
 namespace {
 
@@ -48,6 +50,31 @@ TEST(JSON, writesTextsThatReadBack) {
     EXPECT_EQ(*JSON::parse(JSON("a\xFF\xC3").dump()).string(), "a\xEF\xBF\xBD\xEF\xBF\xBD");
     EXPECT_EQ(*JSON::parse(R"("\ud83c\udfac")").string(), "\xF0\x9F\x8E\xAC");
     EXPECT_EQ(*JSON::parse(JSON(std::string("a\0b", 3)).dump()).string(), std::string("a\0b", 3));
+}
+
+TEST(JSON, takesBoundedMemory) {
+    // As dense as a long text may be, with what takes most: members of short names and texts.
+    std::string text = "[";
+    for (int i = 0; i < 100'000; ++i) text += R"({"a name of a member":"v","the other name of it":"w"},)";
+    text.back() = ']';
+#ifndef ORVANE_SANITIZED // which count otherwise
+    const std::size_t before = ::mallinfo2().uordblks + ::mallinfo2().hblkhd;
+    const JSON tree = JSON::parse(text);
+    EXPECT_EQ(tree.elements()->size(), 100'000U);
+    EXPECT_LT(::mallinfo2().uordblks + ::mallinfo2().hblkhd - before, 8 * text.size());
+#endif
+    for (const char* tiny : {"0,", "[],", R"("",)", R"({"":0},)"}) {
+        std::string dense = "[";
+        for (std::size_t i = 0; i < 2 * JSON::fewValues; ++i) dense += tiny;
+        dense.back() = ']';
+        EXPECT_THROW(JSON::parse(dense), JSONError) << tiny;
+        JSONParser parser;
+        EXPECT_THROW(parser.parse(dense), JSONError) << tiny;
+        dense.resize(dense.size() / 4);
+        dense.resize(dense.rfind(',') + 1);
+        dense.back() = ']';
+        EXPECT_NO_THROW(JSON::parse(dense)) << tiny << ": few values may be tiny";
+    }
 }
 
 TEST(JSON, sortsMembersAndIndents) {

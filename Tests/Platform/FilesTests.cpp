@@ -112,12 +112,10 @@ TEST(Files, ofFilesKeptBesideTheOldestGo) {
     const TemporaryDirectory folder;
     const std::string path = folder.path("a");
     folder.write("a.other-x", "no number");
-    std::string last;
     for (int i = 1; i <= 12; ++i) {
         files::writeAtomically(path, std::to_string(i));
-        last = files::keepSomeBeside(path, files::otherSuffix, 5);
+        files::keepSomeBeside(path, files::otherSuffix, 5);
     }
-    EXPECT_EQ(last, path + ".other-12");
     std::string left;
     for (int i = 8; i <= 12; ++i) left += folder.read("a.other-" + std::to_string(i));
     EXPECT_EQ(left, "89101112");

@@ -240,7 +240,7 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
     self->set(self->progress_, ScanProgress{"Matching by timecode", 0, 0}, ImportField::progress);
     self.reset();
     const platform::Task matching =
-        match(weak, scanNumber, std::make_shared<const ScanOutcome>(found, result), of);
+        match(weak, scanNumber, std::make_shared<const ScanOutcome>(ScanOutcome{found, result}), of);
     co_await matching;
     self = stillScanning(weak, scanNumber); // somebody may have reset the work on one of these notices
     if (!self) co_return;

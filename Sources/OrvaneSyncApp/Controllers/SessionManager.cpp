@@ -88,6 +88,13 @@ platform::Task SessionManager::save(const ImportController& controller, std::opt
 platform::Task SessionManager::save(Work newWork, std::optional<std::string> name) {
     if (!currentSessionId_) return finishWrites({}); // nothing to wait for
     const UUID id = *currentSessionId_;
+    const auto waiting = unwritten_.find(id);
+    if (newWork.leavesClipsAlone && waiting != unwritten_.end() && waiting->second.work) {
+        const Work& earlier = *waiting->second.work; // whose clips are still to be written
+        newWork.groups = earlier.groups;
+        newWork.isEmptiedByEdit = earlier.isEmptiedByEdit;
+        newWork.leavesClipsAlone = earlier.leavesClipsAlone;
+    }
     auto work = std::make_shared<const Work>(std::move(newWork));
     change(id, changeBySave(*work, std::move(name))).work = std::move(work);
     return startWriting(id);
@@ -299,7 +306,8 @@ void SessionManager::open(const UUID& sessionId, Read read, ImportController& co
     std::vector<WildTrack> wildTracks = std::move(read.wildTracks.record).value_or(std::vector<WildTrack>());
     const auto knownWildTracks = std::make_shared<const std::vector<WildTrack>>(wildTracks);
     if (const auto newer = unwritten_.find(sessionId); newer != unwritten_.end() && newer->second.work) {
-        read.groups.groups = newer->second.work->groups; // which the disk would not take
+        if (!newer->second.work->leavesClipsAlone)
+            read.groups.groups = newer->second.work->groups; // which the disk would not take
         media = newer->second.work->folders.folders;
         if (const auto& tracks = newer->second.work->wildTracks.tracks) wildTracks = *tracks;
     }
@@ -355,18 +363,19 @@ void SessionManager::beginSessionOfProject() {
     ++openings_;
     autosaveIfNeeded();
     captureNowIfScheduled();
-    isProjectOpening_ = true;
     setCurrentSession(UUID::random());
+    isProjectOpening_ = true;
 }
 
-/// Or it was given up on the way, and maybe for another session.
+/// Or it was given up on the way. Not where another session was opened meanwhile.
 void SessionManager::projectIsOpen() {
-    isProjectOpening_ = false;
+    if (!std::exchange(isProjectOpening_, false)) return;
     if (const auto controller = autosaveController_.lock()) save(*controller);
 }
 
 void SessionManager::setCurrentSession(std::optional<UUID> id) {
     const auto before = std::exchange(currentSessionId_, id);
+    isProjectOpening_ = false;
     if (before && before != id && !unwritten_.contains(*before))
         queue_->post([writer = groupsWriter_, left = *before] { writer->closed(left); });
     knownFolders_ = {};

@@ -71,7 +71,10 @@ class OpenSession {
         dependencies.settings = context.settings;
         dependencies.clock = context.clock;
         controller_ = ImportController::create(std::move(dependencies));
-        controller_->openStoredWork({folders_.videoFolder, folders_.audioFolder, std::move(read.groups)});
+        auto wildTracks = store.readWildTracks(info_.id);
+        if (wildTracks.problem) context.warn(*wildTracks.problem);
+        controller_->openStoredWork({folders_.videoFolder, folders_.audioFolder, std::move(read.groups),
+                                     std::move(wildTracks.record).value_or(std::vector<WildTrack>())});
     }
 
     const SessionInfo& info() const { return info_; }

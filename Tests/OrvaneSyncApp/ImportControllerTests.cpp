@@ -1,6 +1,7 @@
 #include "MediaFactory/MovieMaker.h"
 #include "MediaFactory/SmallShoot.h"
 #include "OrvaneSyncApp/ControllerTest.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -128,6 +129,38 @@ TEST_F(ImportControllerTest, aRescanReplacesTheClipsAndKeepsKnownAssets) {
     EXPECT_EQ(controller_->work().wildTracks().front().id, wild);
     EXPECT_EQ(controller_->work().wildTracks().front().customName, "Kitchen tone");
     EXPECT_TRUE(controller_->work().wildTracks().front().isApproved);
+}
+
+TEST_F(ImportControllerTest, aScanOverDecisionsCanBeTakenBack) {
+    test::makeSmallShoot(folder_.path());
+    scan(folder("camera"), folder("sound"));
+    const UUID wild = controller_->work().wildTracks().front().id;
+    scan(folder("camera"), folder("sound"));
+    EXPECT_FALSE(controller_->work().undoState().canUndo) << "nothing was decided";
+    EXPECT_NE(controller_->work().wildTracks().front().id, wild);
+
+    const UUID group = clip("A001C001")->id;
+    const auto scanned = controller_->scan().scanResult();
+    controller_->withUndo(undoSteps::toggleApproved, [&] { controller_->clips().toggleApproved(group); });
+    controller_->recordings().renameWildTrack(controller_->work().wildTracks().front().id, "Kitchen tone");
+    scan(folder("camera"), std::nullopt);
+    EXPECT_EQ(controller_->work().undoState().undoActionName, "Scan & Match");
+    EXPECT_TRUE(controller_->work().wildTracks().empty());
+    controller_->undo();
+    EXPECT_TRUE(clip("A001C001")->isApproved);
+    EXPECT_EQ(controller_->scan().scanResult(), scanned);
+    EXPECT_EQ(controller_->work().wildTracks().front().customName, "Kitchen tone");
+    scan(folder("camera"), folder("sound"));
+    EXPECT_EQ(controller_->work().wildTracks().front().customName, "Kitchen tone") << "by its file";
+    for (int i = 0; i < 2; ++i) controller_->undo();
+    EXPECT_EQ(clip("A001C001")->id, group);
+    EXPECT_FALSE(clip("A001C001")->isApproved);
+    controller_->redo();
+    controller_->redo();
+    EXPECT_NE(clip("A001C001")->id, group);
+
+    controller_->reset();
+    EXPECT_EQ(controller_->work().undoState(), UndoState{});
 }
 
 TEST_F(ImportControllerTest, aScanThatIsOvertakenLeavesNoTrace) {

@@ -10,6 +10,7 @@
 namespace orvane {
 namespace {
 
+namespace fs = std::filesystem;
 using Tracks = std::set<int>;
 
 constexpr std::uint32_t sampleRate = 8000, tenOClock = 36000, seconds = 12;
@@ -338,6 +339,39 @@ TEST_F(SmartAudioDriverTest, aVerdictAnswersWhatTheClipIsWhenItComes) {
           true, {2});
     check("a range by hand", [&](const UUID& id) { controller_->tracks().addBlockOverride(id, 2, 4, 3); },
           true, {2, 3});
+}
+
+TEST_F(SmartAudioDriverTest, aRangeByHandKeepsItsPlaceInThePicture) {
+    const UUID a = clip("A001")->id;
+    analyse(a);
+    controller_->tracks().addBlockOverride(a, 2, 4, 3);
+    settle();
+    const auto byHand = [&] {
+        std::string text; // in tenths of a second of the recording
+        for (const BlockDecision& block : result("A001")->blocks)
+            if (block.activeTrack == 3)
+                text += std::to_string(std::lround(10 * block.startSeconds)) + "-" +
+                        std::to_string(std::lround(10 * block.endSeconds));
+        return text;
+    };
+    EXPECT_EQ(byHand(), "20-40");
+    const std::pair<double, const char*> nudges[] = {{0.5, "15-35"}, {-3, "45-65"}, {6, "0-5"}, {1, ""}};
+    for (const auto& [later, place] : nudges) {
+        controller_->clips().adjustAudioOffset(a, later);
+        EXPECT_EQ(byHand(), place) << later;
+        EXPECT_EQ(active("A001").contains(3), *place != '\0') << later;
+    }
+    controller_->clips().resetAudioOffset(a);
+    EXPECT_EQ(byHand(), "20-40");
+    EXPECT_EQ(clip("A001")->manualBlockOverrides.at(0).startSeconds, 2);
+
+    // A recording that begins a second into the clip.
+    fs::rename(folder_.path("shoot/T01.WAV"), folder_.path("away.WAV"));
+    makeRecording("T09.WAV", 1, 3);
+    finish(controller_->scan().startScan());
+    controller_->tracks().addBlockOverride(clip("A001")->id, 2, 4, 3);
+    analyse(clip("A001")->id);
+    EXPECT_EQ(byHand(), "10-30");
 }
 
 TEST_F(SmartAudioDriverTest, oneReadingAnswersAllChangesMadeBeforeIt) {

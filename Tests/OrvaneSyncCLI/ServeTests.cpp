@@ -160,6 +160,14 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
          "1 can't read the folder '/no/where': No such file or directory"},
         {"adjustAudioOffset", onFirst(R"(,"deltaSeconds":"far")"),
          "-32602 adjustAudioOffset: deltaSeconds must be a number"},
+        {"adjustAudioOffset", onFirst(R"(,"deltaSeconds":-86400.5)"),
+         "-32602 adjustAudioOffset: deltaSeconds must be -86400 to 86400"},
+        {"setMasterGain", onFirst(R"(,"gainDB":41,"auto":false)"),
+         "-32602 setMasterGain: gainDB must be -60 to 40"},
+        {"addBlockOverride", onFirst(R"(,"startSeconds":0,"endSeconds":1,"trackIndex":7)"),
+         "-32602 addBlockOverride: trackIndex: the clip's take has tracks 1 to 6"},
+        {"addBlockOverride", onFirst(R"(,"startSeconds":-1,"endSeconds":1,"trackIndex":1)"),
+         "-32602 addBlockOverride: startSeconds must be 0 or more"},
         {"setSyncMethod", onFirst(R"(,"method":"luck")"), "-32602 setSyncMethod: there is no method 'luck'"},
         {"attachAudioToGroup", onFirst(R"(,"audio":"33333333-3333-4333-8333-333333333333")"),
          "1 attachAudioToGroup: no audio has this identifier"},
@@ -271,7 +279,7 @@ TEST_F(ServeTest, anEditAnswersWhenTheClipHasBeenAnalysedAgain) {
     };
     const std::string heard = tracks();
     const std::pair<const char*, std::string> edits[] = {
-        {"addBlockOverride", onFirst(R"(,"startSeconds":0,"endSeconds":1000,"trackIndex":9)")},
+        {"addBlockOverride", onFirst(R"(,"startSeconds":0,"endSeconds":60,"trackIndex":2)")},
         {"toggleTrackActive", onFirst(R"(,"trackIndex":1)")},
         {"toggleAlgorithmInclusion", onFirst(R"(,"trackIndex":1)")},
         {"resetAllClipsToAutoSync", "{}"},
@@ -279,13 +287,13 @@ TEST_F(ServeTest, anEditAnswersWhenTheClipHasBeenAnalysedAgain) {
     for (const auto& [method, params] : edits) {
         call(method, params);
         EXPECT_FALSE(context_.controller->smartAudio().state().isAnalyzing) << method;
-        EXPECT_EQ(tracks(), "9") << method;
+        EXPECT_EQ(tracks(), "2") << method;
     }
     const std::string range = first("manualBlockOverrides").elements()->front().find("id")->dump();
     call("toggleAlgorithmInclusion", onFirst(R"(,"trackIndex":1)"));
     call("removeBlockOverride", onFirst(R"(,"overrideID":)" + range));
     EXPECT_EQ(tracks(), heard);
-    EXPECT_NE(heard, "9");
+    EXPECT_NE(heard, "2");
 }
 
 TEST_F(ServeTest, keepsSessionsAndSettings) {
@@ -319,6 +327,65 @@ TEST_F(ServeTest, keepsSessionsAndSettings) {
     call("loadPreset", R"({"name":"One"})");
     EXPECT_EQ(call("setting", R"({"key":"eventName"})").dump(), "\"Day 1\"");
     EXPECT_EQ(call("presets").dump(), "[\"One\"]");
+}
+
+TEST_F(ServeTest, whatTheDiskRefusesIsAnError) {
+    call("newSession");
+    const std::string id = *call("sessions").elements()->front().find("id")->string();
+    call("createFolder", R"({"name":"Old"})");
+    call("setSessionFolder", R"({"folder":"Old","sessionId":")" + id + "\"}");
+    const std::filesystem::path sessions = work_.path("Orvane Tandrel/Sessions");
+    const struct {
+        std::filesystem::path file;
+        std::vector<std::pair<const char*, std::string>> calls;
+    } cases[] = {
+        {sessions / "folders.json",
+         {{"createFolder", R"({"name":"New"})"}, {"renameFolder", R"({"from":"Old","to":"Older"})"}}},
+        {sessions / (id + ".orvanesync") / "session.json",
+         {{"renameSession", R"({"name":"Mine","sessionId":")" + id + "\"}"},
+          {"setSessionFolder", R"({"folder":"New","sessionId":")" + id + "\"}"}}}};
+    for (const auto& [file, calls] : cases) {
+        std::filesystem::rename(file, file.string() + ".aside");
+        std::filesystem::create_directories(file / "x"); // stops the superuser too
+        for (const auto& [method, params] : calls) {
+            const std::string refused = failure(method, params);
+            EXPECT_TRUE(refused.starts_with("1 ") && refused.ends_with("it is tried again until it succeeds"))
+                << method << ": " << refused;
+        }
+        std::filesystem::remove_all(file);
+        std::filesystem::rename(file.string() + ".aside", file);
+        call("saveSession");
+    }
+    EXPECT_EQ(call("folderNames").dump(), R"(["New","Older"])");
+    const SessionInfo kept = SessionStore(sessions).list().front();
+    EXPECT_EQ(kept.name, "Mine");
+    EXPECT_EQ(kept.folder, "New");
+}
+
+TEST_F(ServeTest, aProjectIsOpenedInASessionOfItsOwn) {
+    call("newSession");
+    scan();
+    const std::string project = R"({"path":")" + folder_.path("day.orvanesync") + "\"}";
+    call("saveProject", project);
+    call("toggleApproved", onFirst());
+    call("saveSession", R"({"name":"Day one"})");
+    const std::string before = *call("sessionState").find("currentSessionId")->string();
+    call("setFolders", R"({"audioFolder":null})");
+    EXPECT_EQ(*call("sessions").elements()->front().find("name")->string(), "Day one") << "it was given";
+    call("toggleLocked", onFirst());
+    call("loadProject", project);
+    const std::string own = *call("sessionState").find("currentSessionId")->string();
+    EXPECT_NE(own, before);
+    EXPECT_FALSE(*call("undoState").find("canUndo")->boolean());
+    call("saveSession");
+    EXPECT_EQ(call("sessions").elements()->size(), 2U);
+    const auto first = [&](const std::string& id) {
+        call("loadSession", R"({"sessionId":")" + id + "\"}");
+        groupID_ = *call("state").find("syncGroups")->elements()->front().find("id")->string();
+        return this->first("isApproved").dump() + this->first("isLocked").dump();
+    };
+    EXPECT_EQ(first(before), "truetrue");
+    EXPECT_EQ(first(own), "falsefalse");
 }
 
 TEST_F(ServeTest, listsItsCommandsAsTheGuideDoes) {

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
+#include <unordered_set>
 #include <utility>
 
 namespace orvane {
@@ -43,19 +44,22 @@ void ImportController::reset() {
         scan_.clear();
         project_.clear();
         reports_.clear();
-        work_.replace({}, {});
+        work_.openOtherWork({}, {});
         smartAudio_.caches().removeAll();
     });
 }
 
 void ImportController::openStoredWork(StoredWork work) {
+    std::unordered_set<UUID> used;
+    for (const SyncGroup& group : work.syncGroups)
+        for (const AudioMatch& match : group.audioMatches) used.insert(match.audio->id);
+    std::erase_if(work.wildTracks, [&](const WildTrack& track) { return used.contains(track.id); });
     work_.notices.together([&] {
-        work_.clearUndo();
         reset();
         work_.setVideoFolderURL(std::move(work.videoFolderURL));
         work_.setAudioFolderURL(std::move(work.audioFolderURL));
         work_.setSourceCorrections(std::move(work.sourceCorrections));
-        work_.replace(std::move(work.syncGroups), {});
+        work_.openOtherWork(std::move(work.syncGroups), std::move(work.wildTracks));
     });
 }
 

@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace orvane {
 
@@ -53,14 +54,15 @@ class ImportController {
     const ProjectController& project() const { return project_; }
     const ExportController& exporting() const { return export_; }
 
-    /// Runs a change of clips that the user can take back as one step. Steps hold the clips alone: what else
-    /// a change does, to wild tracks above all, stays when it is taken back.
+    /// Runs a change of clips that the user can take back as one step. Steps hold the clips, and which
+    /// recordings are wild tracks beside them; the names and approvals of these stay when a step is taken
+    /// back. A change that makes no difference is no step.
     void withUndo(const UndoStep& step, const std::function<void()>& mutation);
     /// Nothing when there is no step. What Smart Audio knows of the clips is forgotten with it.
     void undo();
     void redo();
 
-    /// Back to the empty state. Whatever runs stops, and leaves no trace.
+    /// Back to the empty state, with nothing to take back. Whatever runs stops, and leaves no trace.
     void reset();
     /// Work as it was stored: what stands in place of everything that was open before.
     struct StoredWork {
@@ -68,8 +70,9 @@ class ImportController {
         std::optional<FileURL> audioFolderURL;
         SyncGroupList syncGroups;
         SourceCorrections sourceCorrections = {};
+        std::vector<WildTrack> wildTracks = {}; ///< those that a clip uses are left out
     };
-    /// As `reset`, but with notices when the new work stands, and with nothing to take back.
+    /// As `reset`, but with notices when the new work stands.
     void openStoredWork(StoredWork work);
 
   private:

@@ -98,7 +98,11 @@ ScanController::ScanController(OpenWork& work, SmartAudioController& smartAudio,
                                                           set(progress_, step.second, ImportField::progress);
                                                   })),
       probeService_(std::make_shared<MediaProbeService>(work.environment.settings, std::move(probeCache))),
-      queue_(platform::SerialQueue::create("services")) {}
+      queue_(platform::SerialQueue::create("services")) {
+    work_.whenScanTakenBack = [this](const std::shared_ptr<const ScanOutcome>& outcome) {
+        show(outcome ? *outcome : ScanOutcome());
+    };
+}
 
 ScanController::~ScanController() { shown_->close(); }
 
@@ -122,11 +126,11 @@ platform::Task ScanController::probeAudio(FileURL file,
     *result = co_await probing;
 }
 
-platform::Task ScanController::startScan() {
+platform::Task ScanController::startScan(ScanOf of) {
     work_.notices.assertOnMainThread();
     if (runningScan_ && !runningScan_->isDone()) return *runningScan_;
     if (canScan()) smartAudio_.stop();
-    runningScan_ = work_.running.add(scan(work_.weak(this), ++scanNumber_));
+    runningScan_ = work_.running.add(scan(work_.weak(this), ++scanNumber_, of));
     return *runningScan_;
 }
 
@@ -137,18 +141,23 @@ std::shared_ptr<ScanController> ScanController::stillScanning(const std::weak_pt
     return self && self->scanNumber_ == scanNumber ? self : nullptr;
 }
 
-platform::Task ScanController::scan(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber) {
+platform::Task ScanController::scan(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber, ScanOf of) {
     auto self = weak.lock();
     if (!self || !self->canScan()) co_return;
     Earlier earlier{self->scanState_, self->discoveryResult_, self->scanResult_};
     self.reset();
-    const platform::Task steps = scanSteps(weak, scanNumber);
+    const platform::Task steps = scanSteps(weak, scanNumber, of);
     try {
         co_await steps;
     } catch (const platform::Stopped&) {
         if ((self = stillScanning(weak, scanNumber))) self->restore(std::move(earlier));
         throw;
     }
+}
+
+void ScanController::show(const ScanOutcome& outcome) {
+    set(discoveryResult_, outcome.discoveryResult, ImportField::discoveryResult);
+    set(scanResult_, outcome.scanResult, ImportField::scanResult);
 }
 
 void ScanController::restore(Earlier earlier) {
@@ -161,7 +170,8 @@ void ScanController::restore(Earlier earlier) {
     });
 }
 
-platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber) {
+platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber,
+                                         ScanOf of) {
     auto self = weak.lock();
     if (!self) co_return;
     const auto start = self->work_.environment.clock->now();
@@ -229,7 +239,8 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
     self->set(self->scanState_, ScanState::matching, ImportField::scanState);
     self->set(self->progress_, ScanProgress{"Matching by timecode", 0, 0}, ImportField::progress);
     self.reset();
-    const platform::Task matching = match(weak, scanNumber);
+    const platform::Task matching =
+        match(weak, scanNumber, std::make_shared<const ScanOutcome>(ScanOutcome{found, result}), of);
     co_await matching;
     self = stillScanning(weak, scanNumber); // somebody may have reset the work on one of these notices
     if (!self) co_return;
@@ -247,13 +258,14 @@ std::function<void(int, int)> ScanController::progressReport(std::uint64_t scanN
     };
 }
 
-platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber) {
+platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber,
+                                     std::shared_ptr<const ScanOutcome> outcome, ScanOf of) {
     auto self = stillScanning(weak, scanNumber);
     if (!self) co_return;
     const auto merging = self->reports_.merging();
     auto matching = platform::onQueue(
         *self->queue_, self->work_.environment.mainThread,
-        [engine = self->syncEngine_, scanned = self->scanResult_, merging,
+        [engine = self->syncEngine_, scanned = outcome->scanResult, merging,
          edit = self->editsOfClips ? self->editsOfClips() : nullptr](const std::stop_token& stop) {
             Matches made;
             made.groups = engine.match(scanned->videoAssets, scanned->audioAssets, stop);
@@ -268,25 +280,12 @@ platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::ui
     self = stillScanning(weak, scanNumber);
     if (!self) co_return;
     self->work_.notices.together([&] {
-        self->adoptMatches(std::move(made.groups), std::move(made.wild));
+        // An undo may have led to another one meanwhile.
+        if (self->scanResult_ != outcome->scanResult) self->show(*outcome);
+        self->work_.adoptScan(std::move(made.groups), std::move(made.wild), outcome, of);
+        self->smartAudio_.caches().removeAll();
         self->reports_.merged(merging, std::move(made.reportStatus));
         if (self->whenMatched) self->whenMatched();
-    });
-}
-
-/// The old groups go; wild tracks keep their names and approvals where the probe gave the same asset again.
-void ScanController::adoptMatches(SyncGroupList groups, std::vector<WildTrack> wild) {
-    std::unordered_map<UUID, const WildTrack*> before;
-    for (const WildTrack& track : work_.wildTracks()) before[track.id] = &track;
-    for (WildTrack& track : wild) {
-        const auto old = before.find(track.id);
-        if (old == before.end()) continue;
-        track.customName = old->second->customName;
-        track.isApproved = old->second->isApproved;
-    }
-    work_.notices.together([&] {
-        work_.replace(std::move(groups), std::move(wild));
-        smartAudio_.caches().removeAll();
     });
 }
 

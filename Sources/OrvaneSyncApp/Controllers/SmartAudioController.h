@@ -26,6 +26,8 @@ class SmartAudioController {
     platform::Task reanalyseIfKnown(const UUID& groupID);
     /// The same for all clips that were analysed.
     platform::Task reanalyseAll();
+    /// After the sound of a clip was moved: ranges by hand keep their place in the picture.
+    void layRangesAgain(const UUID& groupID) { runs_.layRangesAgain(groupID); }
 
     /// Whether a scan starts an analysis by itself where the setting `smartAudioMode` was written. On at
     /// first; for a face that runs the analysis on terms of its own.

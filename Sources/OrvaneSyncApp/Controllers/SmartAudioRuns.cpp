@@ -261,8 +261,9 @@ void SmartAudioRuns::adoptVerdict(const UUID& groupID, SmartAudioResult result,
                                   bool forceOverwriteManualTracks) {
     const SyncGroup* group = work_.syncGroups().find(groupID);
     if (group == nullptr) return;
-    result.blocks =
-        SmartAudioBlockRouter::applyOverrides(std::move(result.blocks), group->manualBlockOverrides);
+    caches_.routedBlocks.insert_or_assign(groupID, result.blocks);
+    result.blocks = SmartAudioBlockRouter::applyOverrides(std::move(result.blocks),
+                                                          SmartAudioBlockRouter::overridesInTakeTime(*group));
     std::set<int> active;
     for (const BlockDecision& block : result.blocks)
         if (block.activeTrack > 0) active.insert(block.activeTrack);
@@ -277,6 +278,19 @@ void SmartAudioRuns::adoptVerdict(const UUID& groupID, SmartAudioResult result,
             own.tracksManuallyEdited = false;
         });
     });
+}
+
+void SmartAudioRuns::layRangesAgain(const UUID& groupID) {
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    const auto known = caches_.state.results.find(groupID);
+    const auto routed = caches_.routedBlocks.find(groupID);
+    if (group == nullptr || group->manualBlockOverrides.empty() || known == caches_.state.results.end() ||
+        routed == caches_.routedBlocks.end())
+        return;
+    SmartAudioResult result = known->second;
+    result.blocks = routed->second;
+    caches_.state.mixdownURLs.erase(groupID);
+    adoptVerdict(groupID, std::move(result), false);
 }
 
 platform::Task SmartAudioRuns::measureLoudness(std::weak_ptr<SmartAudioRuns> weak, UUID groupID,

@@ -38,6 +38,9 @@ class SmartAudioRuns {
     /// Analyses the clip again with the editor's choice of tracks kept. The task may be that of an analysis
     /// that runs on the same terms: it judges the clip as it stands in the end.
     platform::Task analyseAgain(const UUID& groupID, const SmartAudioTerms& terms);
+    /// Lays the ranges that were chosen by hand over what was heard of the clip: they keep their place in the
+    /// picture when the sound is moved.
+    void layRangesAgain(const UUID& groupID);
     /// All that run.
     void stop() { running_.requestStop(); }
 

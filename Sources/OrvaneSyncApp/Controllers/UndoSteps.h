@@ -45,7 +45,8 @@ inline constexpr UndoStep resetMasterGain{"Reset Master Gain"};
 inline constexpr UndoStep renameWildTrack{"Rename Wild Track", typing};
 inline constexpr UndoStep toggleWildTrackApproved{"Toggle Wild Track Approved"};
 
-// Opened by the operations themselves, as there is no step where there is nothing to clear.
+// Opened by the operations themselves, as there is no step where there is nothing to take back.
+inline constexpr UndoStep scanAndMatch{"Scan & Match"};
 inline constexpr UndoStep clearALEMetadata{"Clear ALE Metadata"};
 inline constexpr UndoStep clearLockitMetadata{"Clear Lockit Metadata"};
 inline constexpr UndoStep clearALEMetadataForAllClips{"Clear ALE Metadata (All)"};

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/Command.h"
 
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <array>
@@ -53,10 +54,20 @@ bool isOfKind(const JSON& value, Parameter::Kind kind) {
     return true;
 }
 
+std::string rangeText(const Parameter& parameter) {
+    using platform::text::formatted;
+    if (!parameter.highest) return formatted("%g or more", *parameter.lowest);
+    if (!parameter.lowest) return formatted("%g or less", *parameter.highest);
+    return formatted("%g", *parameter.lowest) + formatted(" to %g", *parameter.highest);
+}
+
 /// What is wrong with an argument; nothing when it is as the command wants it.
-std::string problemOf(const JSON& value, Parameter::Kind kind) {
-    if (!isOfKind(value, kind)) return "must be " + std::string(kindText(kind));
-    if (kind != Parameter::Kind::path) return {};
+std::string problemOf(const JSON& value, const Parameter& parameter) {
+    if (!isOfKind(value, parameter.kind)) return "must be " + std::string(kindText(parameter.kind));
+    if (const auto number = value.number(); (parameter.lowest && *number < *parameter.lowest) ||
+                                            (parameter.highest && *number > *parameter.highest))
+        return "must be " + rangeText(parameter);
+    if (parameter.kind != Parameter::Kind::path) return {};
     if (value.string()->empty()) return "is empty";
     // Standard input and output hold the requests and answers.
     if (*value.string() == "-") return "must name a file or a folder, and '-' is none here";
@@ -128,7 +139,7 @@ Call::Call(const Command& command, const JSON* params) : command_(&command) {
         if (value == nullptr && !parameter.isOptional)
             throw Error(Refusal::invalidArguments, said + std::string(parameter.name) + " is missing");
         if (value == nullptr) continue;
-        if (const std::string problem = problemOf(*value, parameter.kind); !problem.empty())
+        if (const std::string problem = problemOf(*value, parameter); !problem.empty())
             throw Error(Refusal::invalidArguments, said + std::string(parameter.name) + " " + problem);
     }
     if (params_.members() == nullptr) return;

@@ -43,7 +43,8 @@ struct Parameter {
     std::string_view name;
     Kind kind = Kind::text;
     bool isOptional = false;
-    std::optional<int> lowest = {};                 ///< of a number
+    std::optional<double> lowest = {}; ///< of a number; both ends are allowed
+    std::optional<double> highest = {};
     std::span<const std::string_view> choices = {}; ///< of a text that takes only these
 };
 std::string_view name(Parameter::Kind kind);

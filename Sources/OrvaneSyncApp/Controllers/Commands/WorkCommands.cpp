@@ -27,12 +27,20 @@ platform::Task startScan(CommandContext& context, Call, std::shared_ptr<JSON>) {
     co_await context.controller->smartAudio().waitForAnalysisAfterScan();
 }
 
+/// A whole number stands without a point.
+std::optional<JSON> limitJSON(const std::optional<double>& limit) {
+    if (!limit) return std::nullopt;
+    const auto whole = JSON(*limit).integer();
+    return whole ? JSON(*whole) : JSON(*limit);
+}
+
 JSON parameterJSON(const Parameter& parameter) {
     JSON json;
     json.set("name", parameter.name);
     json.set("type", name(parameter.kind));
     json.set("required", !parameter.isOptional);
-    json.setIfPresent("lowest", parameter.lowest);
+    json.setIfPresent("lowest", limitJSON(parameter.lowest));
+    json.setIfPresent("highest", limitJSON(parameter.highest));
     JSON::Array choices;
     for (const std::string_view choice : parameter.choices) choices.emplace_back(std::string(choice));
     if (!choices.empty()) json.set("choices", std::move(choices));

@@ -38,6 +38,12 @@ void OpenWork::setAudioFolderURL(std::optional<FileURL> folder) {
     notify(ImportField::audioFolderURL);
 }
 
+void OpenWork::setSourceCorrections(SourceCorrections corrections) {
+    if (corrections == sourceCorrections_) return;
+    sourceCorrections_ = std::move(corrections);
+    notify(ImportField::sourceCorrections);
+}
+
 int OpenWork::matchedCount() const { return count(syncGroups_, isSettled); }
 
 int OpenWork::unmatchedCount() const {

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/Notices.h"
 #include "OrvaneSyncApp/Controllers/UndoStack.h"
 #include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Models/SourceCorrections.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Models/WildTrack.h"
 #include "Platform/SettingsStore.h"
@@ -47,6 +48,8 @@ class OpenWork {
 
     const std::optional<FileURL>& videoFolderURL() const { return videoFolderURL_; }
     const std::optional<FileURL>& audioFolderURL() const { return audioFolderURL_; }
+    /// What scans and every other matching of this work go by.
+    const SourceCorrections& sourceCorrections() const { return sourceCorrections_; }
     const SyncGroupList& syncGroups() const { return syncGroups_; }
     /// Audio that no video claims, room tone included.
     const std::vector<WildTrack>& wildTracks() const { return wildTracks_; }
@@ -72,6 +75,8 @@ class OpenWork {
     void notify(ImportField field);
     void setVideoFolderURL(std::optional<FileURL> folder);
     void setAudioFolderURL(std::optional<FileURL> folder);
+    /// Holds from the next matching on. Nothing for the ones that are there.
+    void setSourceCorrections(SourceCorrections corrections);
     /// False when there is no such clip.
     bool edit(UUID groupID, const std::function<void(SyncGroup&)>& change);
     /// Notifies where there is such a clip.
@@ -102,6 +107,7 @@ class OpenWork {
 
     std::optional<FileURL> videoFolderURL_;
     std::optional<FileURL> audioFolderURL_;
+    SourceCorrections sourceCorrections_;
     SyncGroupList syncGroups_;
     std::vector<WildTrack> wildTracks_;
     UndoStack<SyncGroupList> undoStack_;

@@ -9,6 +9,7 @@
 #include "OrvaneSyncApp/Controllers/ScanController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
 #include "OrvaneSyncApp/Controllers/TrackEditing.h"
+#include "OrvaneSyncApp/Controllers/WorkDoubts.h"
 
 #include <functional>
 #include <memory>
@@ -52,6 +53,8 @@ class ImportController {
     ProjectController& project() { return project_; }
     const ProjectController& project() const { return project_; }
     const ExportController& exporting() const { return export_; }
+    /// Why clips may not have the right sound, as `WorkDoubts::now`.
+    const SyncDoubts& doubts() const { return doubts_.now(); }
 
     /// Runs a change of clips that the user can take back as one step. Steps hold the clips alone: what else
     /// a change does, to wild tracks above all, stays when it is taken back.
@@ -84,6 +87,7 @@ class ImportController {
     RecordingEditing recordings_;
     TrackEditing tracks_;
     ExportController export_;
+    WorkDoubts doubts_;
 };
 
 } // namespace orvane

@@ -544,7 +544,7 @@ TEST(Settings, aValueThatNobodyTakesIsSaidButNoError) {
         EXPECT_EQ(outcome.status, done);
         EXPECT_NE(outcome.err.find(says), std::string::npos) << outcome.err;
     };
-    check("trimMode=vidoe", "takes one of common, video, none; not 'vidoe'");
+    check("trimMode=vidoe", "takes one of common, video, none, overlap; not 'vidoe'");
     check("alternateWidth=wide", "takes an integer, not 'wide'");
     check("ltc.enabled=maybe", "takes a boolean, not 'maybe'");
     check("smartAudio.voiceIso=7", "takes a number from 0 to 1, not '7'");

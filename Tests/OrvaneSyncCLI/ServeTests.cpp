@@ -190,7 +190,7 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
         {"exportFCPXML", R"({"overwrite":1,"output":")" + folder_.path("x") + "\"}",
          "-32602 exportFCPXML: overwrite must be true or false"},
         {"setSetting", R"({"key":"trimMode","value":"longest"})",
-         "-32602 the setting 'trimMode' takes one of common, video, none; not 'longest'"},
+         "-32602 the setting 'trimMode' takes one of common, video, none, overlap; not 'longest'"},
     };
     for (const Case& test : cases) EXPECT_EQ(failure(test.method, test.params), test.failure);
 

@@ -9,6 +9,7 @@
 #include "OrvaneSyncApp/Controllers/ScanController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
 #include "OrvaneSyncApp/Controllers/TrackEditing.h"
+#include "OrvaneSyncApp/Controllers/WorkDoubts.h"
 
 #include <functional>
 #include <memory>
@@ -53,6 +54,8 @@ class ImportController {
     ProjectController& project() { return project_; }
     const ProjectController& project() const { return project_; }
     const ExportController& exporting() const { return export_; }
+    /// Why clips may not have the right sound, as `WorkDoubts::now`.
+    const SyncDoubts& doubts() const { return doubts_.now(); }
 
     /// Runs a change of clips that the user can take back as one step. Steps hold the clips, and which
     /// recordings are wild tracks beside them; the names and approvals of these stay when a step is taken
@@ -69,8 +72,8 @@ class ImportController {
         std::optional<FileURL> videoFolderURL;
         std::optional<FileURL> audioFolderURL;
         SyncGroupList syncGroups;
-        SourceCorrections sourceCorrections = {};
         std::vector<WildTrack> wildTracks = {}; ///< those that a clip uses are left out
+        SourceCorrections sourceCorrections = {};
     };
     /// As `reset`, but with notices when the new work stands.
     void openStoredWork(StoredWork work);
@@ -87,6 +90,7 @@ class ImportController {
     RecordingEditing recordings_;
     TrackEditing tracks_;
     ExportController export_;
+    WorkDoubts doubts_;
 };
 
 } // namespace orvane

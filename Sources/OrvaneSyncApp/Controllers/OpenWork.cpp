@@ -26,6 +26,7 @@ OpenWork::OpenWork(Environment theEnvironment)
       documents(platform::SerialQueue::create("documents")) {}
 
 void OpenWork::notify(ImportField field) {
+    if (field != ImportField::progress) ++revision_;
     if (field == ImportField::syncGroups) clipsByAudio_.reset();
     if (field == ImportField::syncGroups || field == ImportField::wildTracks) fileNames_.reset();
     notices.notify(field);
@@ -45,6 +46,12 @@ void OpenWork::setSourceCorrections(SourceCorrections corrections) {
     if (corrections == sourceCorrections_) return;
     sourceCorrections_ = std::move(corrections);
     notify(ImportField::sourceCorrections);
+}
+
+MatchRules OpenWork::matchRules() const {
+    notices.assertOnMainThread();
+    return MatchRules::of(environment.settings->get(settings::matchingDays), sourceCorrections_,
+                          rateOfMostClips(syncGroups_));
 }
 
 int OpenWork::matchedCount() const { return count(syncGroups_, isSettled); }

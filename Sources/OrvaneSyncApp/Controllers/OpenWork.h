@@ -6,10 +6,12 @@
 #include "OrvaneSyncCore/Models/SourceCorrections.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Models/WildTrack.h"
+#include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 #include "Platform/SettingsStore.h"
 #include "Platform/Task.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -59,6 +61,9 @@ class OpenWork {
     const std::optional<FileURL>& audioFolderURL() const { return audioFolderURL_; }
     /// What scans and every other matching of this work go by.
     const SourceCorrections& sourceCorrections() const { return sourceCorrections_; }
+    /// The corrections and the setting of the days, for the clips that there are. Throws CorrectionError
+    /// where the frame of the sound offset does not exist at the rate of most clips.
+    MatchRules matchRules() const;
     const SyncGroupList& syncGroups() const { return syncGroups_; }
     /// Audio that no video claims, room tone included.
     const std::vector<WildTrack>& wildTracks() const { return *wildTracks_; }
@@ -66,6 +71,8 @@ class OpenWork {
     const std::shared_ptr<const std::vector<WildTrack>>& sharedWildTracks() const { return wildTracks_; }
     /// There are no clips because the editor took the last one out, and not because nothing is open or found.
     bool isEmptiedByEdit() const { return isEmptiedByEdit_; }
+    /// Differs after every change but those of a progress.
+    std::uint64_t revision() const { return revision_; }
     UndoState undoState() const { return undoStack_.state(); }
 
     int matchedCount() const;   ///< settled clips, without audio too
@@ -142,6 +149,7 @@ class OpenWork {
     std::optional<FileURL> videoFolderURL_;
     std::optional<FileURL> audioFolderURL_;
     SourceCorrections sourceCorrections_;
+    std::uint64_t revision_ = 0;
     SyncGroupList syncGroups_;
     WildTracks wildTracks_ = std::make_shared<const std::vector<WildTrack>>();
     std::shared_ptr<const ScanOutcome> scan_;

@@ -40,7 +40,8 @@ class RecordingEditing {
     std::vector<MediaAsset> availableAudioPool() const;
     /// One of the pool; null when it is not in it. Valid until the clips change.
     const MediaAsset* audioInPool(const UUID& id) const;
-    /// The pool without wild tracks and the clip's own audio, in the order of a file browser.
+    /// The pool without wild tracks and the clip's own audio, in the order of a file browser; recordings of
+    /// another day than the clip's behind all others.
     std::vector<MediaAsset> rawFilesAvailableToAttach(UUID excludingGroupID) const;
     /// The stored names of the clips with this audio, ascending.
     std::vector<std::string> clipNames(UUID usingAudioID) const;
@@ -54,6 +55,7 @@ class RecordingEditing {
     /// Null: the scan read none.
     const std::vector<MediaAsset>* scannedAudio() const;
     std::vector<const MediaAsset*> audioPool() const;
+    std::vector<MediaAsset> videosOfClips() const;
 
     OpenWork& work_;
     ScanController& scan_;

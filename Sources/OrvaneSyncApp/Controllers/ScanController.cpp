@@ -152,6 +152,9 @@ platform::Task ScanController::scan(std::weak_ptr<ScanController> weak, std::uin
     } catch (const platform::Stopped&) {
         if ((self = stillScanning(weak, scanNumber))) self->restore(std::move(earlier));
         throw;
+    } catch (const CorrectionError&) {
+        if ((self = stillScanning(weak, scanNumber))) self->restore(std::move(earlier));
+        throw;
     }
 }
 
@@ -266,9 +269,12 @@ platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::ui
     auto matching = platform::onQueue(
         *self->queue_, self->work_.environment.mainThread,
         [engine = self->syncEngine_, scanned = outcome->scanResult, merging,
+         days = self->work_.environment.settings->get(settings::matchingDays),
+         corrections = self->work_.sourceCorrections(),
          edit = self->editsOfClips ? self->editsOfClips() : nullptr](const std::stop_token& stop) {
             Matches made;
-            made.groups = engine.match(scanned->videoAssets, scanned->audioAssets, stop);
+            const auto rules = MatchRules::of(days, corrections, rateOfMostClips(scanned->videoAssets));
+            made.groups = engine.match(scanned->videoAssets, scanned->audioAssets, rules, stop);
             made.wild = unclaimed(scanned->audioAssets, made.groups);
             made.reportStatus = merging.lay(made.groups, stop);
             if (edit) edit(made.groups, scanned->audioAssets);

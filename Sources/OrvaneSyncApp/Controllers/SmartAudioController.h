@@ -14,6 +14,7 @@ class SmartAudioController {
 
     const SmartAudioState& state() const { return caches_.state; }
     SmartAudioCaches& caches() { return caches_; }
+    const SmartAudioCaches& caches() const { return caches_; }
 
     /// Analyses all settled clips that have sound, one after the other. `off` forgets all results.
     platform::Task runSmartAudioAnalysis(SmartAudioMode mode, bool forceOverwriteManualTracks);

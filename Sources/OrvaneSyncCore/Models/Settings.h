@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/ExportKinds.h"
+#include "OrvaneSyncCore/Models/MatchingDays.h"
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 
@@ -30,6 +31,7 @@ namespace orvane::settings {
 
 namespace family {
 inline constexpr std::string_view projectAndNaming = "Project and naming";
+inline constexpr std::string_view matching = "Matching";
 inline constexpr std::string_view frameSize = "Frame size";
 inline constexpr std::string_view notes = "Notes";
 inline constexpr std::string_view multicam = "Multicam";
@@ -65,6 +67,10 @@ inline const Declared<std::string> customNamingPattern{
 inline const Declared<std::string> namingSeparator{"namingSeparator", "-", family::projectAndNaming,
                                                    "stands between scene and take in names"};
 
+inline const Declared<MatchingDays> matchingDays{
+    "matching.days", MatchingDays::automatic, family::matching,
+    "days that meet: a clip's own, also across midnight, or by time of day the neighbouring ones too"};
+
 inline const Declared<VideoResolutionMode> videoResolution{
     "videoResolution", VideoResolutionMode::useVideoFrameSize, family::frameSize,
     "frame size of the document: that of the clips or the alternate one"};
@@ -81,7 +87,9 @@ inline const Declared<bool> overrideAnamorphic{"overrideAnamorphic", false, fami
                                                "reserved; without effect"};
 inline const Declared<TrimMode> trimMode{
     "trimMode", TrimMode::commonDuration, family::frameSize,
-    "length of a clip: where picture and sound overlap, the picture, or the longest"};
+    "length of a clip: the shorter of picture and sound, counted from the picture's start, wherever the "
+    "sound "
+    "lies; the picture; the longest; or exactly where picture and sound both are"};
 
 inline const Declared<NotesSource> notesSource{"notes.source", NotesSource::both, family::notes,
                                                "whose notes the Notes field takes"};

@@ -22,12 +22,12 @@ class CorrectionError : public std::invalid_argument {
 struct SourceCorrections {
     /// "[-]HH:MM:SS:FF", added to the start of every recording. Counted at `timecodeRate`, else at the rate
     /// of most clips.
-    std::optional<std::string> soundOffset;
+    std::optional<std::string> soundOffset = {};
     /// "YYYY-MM-DD", the shoot day of every recording, whatever its name and its header say.
-    std::optional<std::string> soundDate;
+    std::optional<std::string> soundDate = {};
     /// At which the labels of clips and recordings count, whatever the files say. A file whose label does
     /// not exist at this rate keeps its own. Starts in samples are no labels.
-    std::optional<TimecodeFrameRate> timecodeRate;
+    std::optional<TimecodeFrameRate> timecodeRate = {};
 
     bool isEmpty() const { return *this == SourceCorrections(); }
     bool operator==(const SourceCorrections&) const = default;

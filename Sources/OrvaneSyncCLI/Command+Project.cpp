@@ -44,6 +44,8 @@ void show(Context& context, const std::string& file, bool asJSON) {
     places.add({"saved", iso8601(project.savedAt)});
     addPlace(places, "video", project.videoFolderPath);
     addPlace(places, "audio", project.audioFolderPath);
+    for (const FileURL& folder : project.scanScope.moreFolders) addPlace(places, "more", folder);
+    for (const std::string& glob : project.scanScope.exclusions) places.add({"excluded", glob});
     addPlace(places, "report", project.aleFilePath);
     context.out << places.text(context.mayColour) << "\n";
     Table clips({{"CLIP"}, {"CAMERA FILE"}, {"MATCH"}, {"EDITS"}});

@@ -67,6 +67,7 @@ class ImportController {
         std::optional<FileURL> videoFolderURL;
         std::optional<FileURL> audioFolderURL;
         SyncGroupList syncGroups;
+        ScanScope scanScope{};
         SourceCorrections sourceCorrections = {};
     };
     /// As `reset`, but with notices when the new work stands, and with nothing to take back.

@@ -43,7 +43,8 @@ std::vector<FileURL> lay(const ProjectService& service, const OrvaneSyncProject&
 
 Opened read(const FileURL& url) {
     const auto project = std::make_shared<const OrvaneSyncProject>(ProjectService().load(url));
-    return {project, isThere(project->videoFolderPath) && isThere(project->audioFolderPath)};
+    return {project, isThere(project->videoFolderPath) && isThere(project->audioFolderPath) &&
+                         std::ranges::all_of(project->scanScope.moreFolders, isThere)};
 }
 
 } // namespace
@@ -63,8 +64,7 @@ RunInputs ProjectController::inputs() const {
 
 RunInputs ProjectController::inputsOfScan() const {
     RunInputs inputs;
-    for (const auto& folder : {work_.videoFolderURL(), work_.audioFolderURL()})
-        if (folder) inputs.addFolder(folder->path);
+    for (const FileURL& folder : work_.folders()) inputs.addFolder(folder.path);
     if (const auto& report = reports_.aleFileURL()) inputs.addFile(report->path, "the report");
     // Media has standard paths already, and there may be tens of thousands of files.
     std::unordered_set<std::string_view> known;
@@ -86,7 +86,7 @@ void ProjectController::saveProject(const FileURL& url, OutputPermission permiss
     const OutputGuard guard(OutputKind::project, inputsOfScan(), permission);
     OrvaneSyncProject project =
         projectService_.snapshot(work_.videoFolderURL(), work_.audioFolderURL(), reports_.aleFileURL(),
-                                 work_.syncGroups(), work_.environment.clock->date());
+                                 work_.syncGroups(), work_.environment.clock->date(), work_.scanScope());
     if (unapplied_) keepUnapplied(*unapplied_, project);
     projectService_.save(project, url, guard);
     setCurrentURL(url);
@@ -114,6 +114,7 @@ platform::Task ProjectController::open(std::weak_ptr<ProjectController> weak, Fi
     const auto scanBefore = self->scan_.scanNumber();
     self->work_.setVideoFolderURL(opened.project->videoFolderPath);
     self->work_.setAudioFolderURL(opened.project->audioFolderPath);
+    self->work_.setScanScope(opened.project->scanScope);
     self->unapplied_ = opened.project;
     if (opened.project->aleFilePath) {
         const platform::Task loading = self->reports_.loadALEOfProject(*opened.project->aleFilePath);

@@ -37,6 +37,7 @@ class ScanController {
 
     void setVideoFolderURL(std::optional<FileURL> folder);
     void setAudioFolderURL(std::optional<FileURL> folder);
+    void setScope(ScanScope scope);
     /// At least one folder is set.
     bool canScan() const;
     /// Replaces all clips, and stops the analyses of those before. Files that cannot be read stay in the work

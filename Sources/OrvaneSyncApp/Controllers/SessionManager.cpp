@@ -119,6 +119,9 @@ SessionManager::Work SessionManager::workOf(const ImportController& controller) 
         folders.folders.audioFolder = audio;
         folders.folders.audioBookmark.reset();
     }
+    const ScanScope& scope = controller.work().scanScope();
+    folders.hasScope = !controller.work().folders().empty() && scope != knownFolders_.scope;
+    if (folders.hasScope) folders.folders.scope = scope;
     return work;
 }
 
@@ -154,7 +157,7 @@ void SessionManager::start(const std::shared_ptr<ImportController>& controller) 
     autosaveController_ = controller;
     controllerObservation_ = controller->onChange([this](ImportField field) {
         if (field == ImportField::syncGroups || field == ImportField::videoFolderURL ||
-            field == ImportField::audioFolderURL)
+            field == ImportField::audioFolderURL || field == ImportField::scanScope)
             scheduleSave();
     });
     scheduleTimer();
@@ -279,7 +282,8 @@ void SessionManager::open(const UUID& sessionId, Read read, ImportController& co
     }
     {
         const Restoring restoring(*this);
-        controller.openStoredWork({media.videoFolder, media.audioFolder, std::move(read.groups.groups)});
+        controller.openStoredWork(
+            {media.videoFolder, media.audioFolder, std::move(read.groups.groups), media.scope});
     }
     const auto kept = std::exchange(keptWhileOpening_, {});
     setCurrentSession(sessionId);

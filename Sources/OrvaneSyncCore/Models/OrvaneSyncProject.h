@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/ScanScope.h"
 #include "OrvaneSyncCore/Models/SyncGroup.h"
 
 #include <optional>
@@ -42,6 +43,7 @@ struct OrvaneSyncProject {
     Date savedAt;
     std::optional<FileURL> videoFolderPath;
     std::optional<FileURL> audioFolderPath;
+    ScanScope scanScope;
     std::optional<FileURL> aleFilePath;
     std::vector<PersistedGroup> groups; ///< one a clip, in the order of the list
     /// Bytes by which another platform finds a folder again; none are made here.

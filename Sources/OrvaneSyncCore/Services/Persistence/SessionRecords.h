@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OrvaneSyncCore/Models/JSONCoding.h"
+#include "OrvaneSyncCore/Models/ScanScope.h"
 
 #include <optional>
 #include <string>
@@ -48,6 +48,7 @@ struct SessionFolders {
     /// Bytes by which another platform finds a folder again; none are made here.
     std::optional<std::string> videoBookmark;
     std::optional<std::string> audioBookmark;
+    ScanScope scope{};
 
     bool operator==(const SessionFolders&) const = default;
 };
@@ -57,8 +58,9 @@ struct SessionFoldersChange {
     SessionFolders folders{};
     bool hasVideo = false;
     bool hasAudio = false;
+    bool hasScope = false;
 
-    bool isEmpty() const { return !hasVideo && !hasAudio; }
+    bool isEmpty() const { return !hasVideo && !hasAudio && !hasScope; }
     void apply(SessionFolders& onDisk) const;
 };
 

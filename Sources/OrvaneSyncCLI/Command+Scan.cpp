@@ -13,7 +13,7 @@ namespace {
 void scan(Context& context, const Arguments& arguments) {
     const auto review = arguments.value("--review");
     const OutputPermission permission{.replacesOthers = arguments.has("--force")};
-    if (review && review->empty()) throw UsageError("--review needs a file");
+    if (review && (review->empty() || *review == "-")) throw UsageError("--review needs the name of a file");
     if (review) OutputGuard(OutputKind::table, inputsOf(arguments), permission).check(*review);
     ScanRun run(context, arguments);
     run.scan();
@@ -29,9 +29,9 @@ void scan(Context& context, const Arguments& arguments) {
         std::vector<std::string> warnings = run.warnings();
         warnings.insert(warnings.end(), unheard.begin(), unheard.end());
         const auto mode = context.settings->find(settings::smartAudioMode);
-        context.out
-            << stateJSON(controller, mode.value_or(SmartAudioMode::off), warnings).dump(JSON::Layout::pretty)
-            << "\n";
+        JSON state = stateJSON(controller, mode.value_or(SmartAudioMode::off), warnings);
+        state.setIfPresent("review", review);
+        context.out << state.dump(JSON::Layout::pretty) << "\n";
     } else {
         context.out << stateText(controller, context.mayColour) << smartAudioText(controller);
         if (review)

@@ -71,8 +71,8 @@ class OpenSession {
         dependencies.settings = context.settings;
         dependencies.clock = context.clock;
         controller_ = ImportController::create(std::move(dependencies));
-        controller_->openStoredWork(
-            {folders_.videoFolder, folders_.audioFolder, std::move(read.groups), folders_.scope});
+        controller_->openStoredWork({folders_.videoFolder, folders_.audioFolder, std::move(read.groups),
+                                     folders_.scope, folders_.corrections});
     }
 
     const SessionInfo& info() const { return info_; }

@@ -3,6 +3,7 @@
 
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ReportDoubt.h"
+#include "OrvaneSyncCLI/TypedSettings.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
 #include "Platform/Files.h"
 
@@ -61,6 +62,22 @@ void chooseFolders(ImportController& controller, const Arguments& arguments) {
     controller.scan().setVideoFolderURL(std::move(video));
     controller.scan().setAudioFolderURL(std::move(audio));
     controller.scan().setScope(std::move(scope));
+    try {
+        controller.scan().setCorrections(SourceCorrections::fromTexts(arguments.value("--sound-offset"),
+                                                                      arguments.value("--sound-date"),
+                                                                      arguments.value("--tc-rate")));
+    } catch (const CorrectionError& error) {
+        throw UsageError(error.what());
+    }
+}
+
+/// The same as its setting for this run.
+void chooseDays(Context& context, const Arguments& arguments) {
+    const auto days = arguments.value("--days");
+    if (!days) return;
+    const SettingDescription& setting = knownSetting("matching.days");
+    if (const auto problem = whyUseless(setting, *days)) throw UsageError("--days: " + *problem);
+    context.settings->setOverride(setting.key, *days);
 }
 
 } // namespace
@@ -72,6 +89,11 @@ const std::vector<Option>& scanOptions() {
         {"--exclude", "GLOB",
          "pass over files and folders of this name, or with a slash of this path below a FOLDER; may come "
          "again"},
+        {"--sound-offset", "[-]HH:MM:SS:FF", "how much later all recordings lie than they say"},
+        {"--sound-date", "YYYY-MM-DD", "the shoot day of all recordings, whatever they say"},
+        {"--tc-rate", "R",
+         "frames per second of all timecode, such as 23.976 or 29.97DF, whatever the files say"},
+        {"--days", "DAYS", "which days may meet: auto, same, midnight or neighbours"},
         {"--choose", "first", "settle clips with several recordings by the one that is listed first"},
         {"--report", "FILE", "a camera or sound report (ALE, CSV, TSV) to lay over the clips"},
         {"--no-cache", "", "read every file anew; neither use nor keep earlier results"},
@@ -98,6 +120,7 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
     if (!arguments.has("--no-cache")) dependencies.probeCache = context.openProbeCache();
     controller_ = ImportController::create(std::move(dependencies));
     if (folders == Folders::ofArguments) chooseFolders(*controller_, arguments);
+    chooseDays(context, arguments);
     if (const auto chosen = arguments.value("--choose"); chosen && *chosen != "first")
         throw UsageError("--choose takes first, not '" + *chosen + "'");
     choosesFirst_ = arguments.has("--choose");
@@ -132,7 +155,11 @@ void ScanRun::warn(std::string message) {
 void ScanRun::show(std::string_view phase) { progress_.show({std::string(phase), 0, 0}); }
 
 void ScanRun::scan(const std::vector<ReviewLine>* review) {
-    wait(controller_->scan().startScan());
+    try {
+        wait(controller_->scan().startScan());
+    } catch (const CorrectionError& error) { // the files decide at which rate it counts
+        throw UsageError(error.what());
+    }
     wait(controller_->smartAudio().waitForAnalysisAfterScan());
     warnOfTheScan();
     if (review != nullptr)

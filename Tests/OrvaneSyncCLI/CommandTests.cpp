@@ -43,6 +43,10 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     check({"scan", "--video"}, 2, "needs a value");
     check({"scan", "--json=1", "x"}, 2, "takes no value");
     check({"scan", folder.path(), "--exclude", ""}, 2, "--exclude needs a pattern");
+    check({"scan", folder.path(), "--sound-offset", "1h"}, 2, "[-]HH:MM:SS:FF");
+    check({"scan", folder.path(), "--tc-rate", "25", "--sound-offset", "-00:00:01:25"}, 2, "frames go to 24");
+    check({"scan", folder.path(), "--sound-date", "2026-02-30"}, 2, "no day");
+    check({"scan", folder.path(), "--tc-rate", "fast"}, 2, "is none");
     check({"scan", folder.path(), "--choose", "last"}, 2, "--choose takes first");
     check({"scan", folder.path(), "--report", folder.path("gone.csv")}, 2, "gone.csv': No such file");
     check({"scan", folder.path(), "--review", folder.path("take.wav")}, 1, "media");

@@ -251,14 +251,20 @@ TEST_F(ServeTest, aFolderIsNamedLeftOrTakenAway) {
     // Further folders and exclusions go into the project and come back with it.
     const std::string sound = folder_.path("sound"), project = folder_.path("day.orvanesync");
     call("setFolders", R"({"moreFolders":[")" + sound + R"("],"exclude":["B001*"]})");
+    call("setCorrections", R"({"soundDate":"2026-11-20","timecodeRate":"25"})");
+    call("setCorrections", R"({"soundDate":null})");
+    EXPECT_NE(failure("setCorrections", R"({"soundOffset":"01:00:00:25"})"), "") << "it counts at 25";
+    const SourceCorrections corrections{{}, {}, TimecodeFrameRate::fps25};
     call("startScan");
     EXPECT_EQ(context_.controller->work().syncGroups().size(), 3U);
     EXPECT_EQ(context_.controller->work().matchedCount(), 2);
     call("saveProject", R"({"path":")" + project + "\"}");
     call("reset");
     EXPECT_TRUE(context_.controller->work().scanScope().isEmpty());
+    EXPECT_TRUE(context_.controller->work().sourceCorrections().isEmpty());
     call("loadProject", R"({"path":")" + project + "\"}");
     EXPECT_EQ(context_.controller->work().scanScope(), (ScanScope{{FileURL{sound}}, {"B001*"}}));
+    EXPECT_EQ(context_.controller->work().sourceCorrections(), corrections);
     EXPECT_EQ(context_.controller->work().syncGroups().size(), 3U);
     for (const char* bad : {R"({"moreFolders":["/","/nowhere"]})", R"({"moreFolders":"/"})",
                             R"({"moreFolders":[""]})", R"({"exclude":[""]})", R"({"exclude":[1]})"})

@@ -87,6 +87,7 @@ void ProjectController::saveProject(const FileURL& url, OutputPermission permiss
     OrvaneSyncProject project =
         projectService_.snapshot(work_.videoFolderURL(), work_.audioFolderURL(), reports_.aleFileURL(),
                                  work_.syncGroups(), work_.environment.clock->date(), work_.scanScope());
+    project.sourceCorrections = work_.sourceCorrections();
     if (unapplied_) keepUnapplied(*unapplied_, project);
     projectService_.save(project, url, guard);
     setCurrentURL(url);
@@ -115,6 +116,7 @@ platform::Task ProjectController::open(std::weak_ptr<ProjectController> weak, Fi
     self->work_.setVideoFolderURL(opened.project->videoFolderPath);
     self->work_.setAudioFolderURL(opened.project->audioFolderPath);
     self->work_.setScanScope(opened.project->scanScope);
+    self->work_.setSourceCorrections(opened.project->sourceCorrections);
     self->unapplied_ = opened.project;
     if (opened.project->aleFilePath) {
         const platform::Task loading = self->reports_.loadALEOfProject(*opened.project->aleFilePath);

@@ -61,6 +61,10 @@ void ScanController::setAudioFolderURL(std::optional<FileURL> folder) {
 
 void ScanController::setScope(ScanScope scope) { work_.setScanScope(std::move(scope)); }
 
+void ScanController::setCorrections(SourceCorrections corrections) {
+    work_.setSourceCorrections(std::move(corrections));
+}
+
 bool ScanController::canScan() const { return !work_.folders().empty(); }
 
 platform::Task ScanController::probeAudio(FileURL file,

@@ -122,6 +122,9 @@ SessionManager::Work SessionManager::workOf(const ImportController& controller) 
     const ScanScope& scope = controller.work().scanScope();
     folders.hasScope = !controller.work().folders().empty() && scope != knownFolders_.scope;
     if (folders.hasScope) folders.folders.scope = scope;
+    const SourceCorrections& corrections = controller.work().sourceCorrections();
+    folders.hasCorrections = !controller.work().folders().empty() && corrections != knownFolders_.corrections;
+    if (folders.hasCorrections) folders.folders.corrections = corrections;
     return work;
 }
 
@@ -157,7 +160,8 @@ void SessionManager::start(const std::shared_ptr<ImportController>& controller) 
     autosaveController_ = controller;
     controllerObservation_ = controller->onChange([this](ImportField field) {
         if (field == ImportField::syncGroups || field == ImportField::videoFolderURL ||
-            field == ImportField::audioFolderURL || field == ImportField::scanScope)
+            field == ImportField::audioFolderURL || field == ImportField::scanScope ||
+            field == ImportField::sourceCorrections)
             scheduleSave();
     });
     scheduleTimer();
@@ -282,8 +286,8 @@ void SessionManager::open(const UUID& sessionId, Read read, ImportController& co
     }
     {
         const Restoring restoring(*this);
-        controller.openStoredWork(
-            {media.videoFolder, media.audioFolder, std::move(read.groups.groups), media.scope});
+        controller.openStoredWork({media.videoFolder, media.audioFolder, std::move(read.groups.groups),
+                                   media.scope, media.corrections});
     }
     const auto kept = std::exchange(keptWhileOpening_, {});
     setCurrentSession(sessionId);

@@ -103,7 +103,7 @@ ReviewLine reviewed(const std::string& file, const std::string& newName) {
 
 TEST(ReviewTable, comesBackFromEverySpreadsheet) {
     for (const char* text : {"=HYPERLINK(\"x\")", "+1", "-A", "@SUM(A1)", "'quoted'", "''", "plain",
-                             "a \"b\" c", "\"", "1, 2; 3", "\u00fcber", ""}) {
+                             "a \"b\" c", "\"", "1, 2; 3", "\uff1d1", ""}) {
         const std::string table = writtenReviewTable({reviewed("A001.mov", text)});
         const auto lines = readReviewTable(table);
         ASSERT_EQ(lines.size(), 1U) << table;
@@ -122,6 +122,9 @@ TEST(ReviewTable, comesBackFromEverySpreadsheet) {
          {"x \"y\""}},
         {"other columns, other case", "n\tCamera_File\tNAME\tname\n1\ta.mov\tfirst\tsecond\n", {"first"}},
         {"short and empty lines", "camera_file\tskip\tname\n\na.mov\n\t\t\nb.mov\t\tz", {"", "z"}},
+        {"more semicolons than tabs",
+         "camera_file\tname\na.mov\t1; 2; 3; 4\nb.mov\t;;;\n",
+         {"1; 2; 3; 4", ";;;"}},
         {"a line end in a cell", "camera_file,name\na.mov,\"two\nlines\"\n", {"two\nlines"}},
     };
     for (const Case& one : cases) {

@@ -37,6 +37,25 @@ JSON setFolders(CommandContext& context, const Call& call) {
     return {};
 }
 
+/// What is not named stays, a null takes it away.
+JSON setCorrections(CommandContext& context, const Call& call) {
+    const SourceCorrections& present = context.controller->work().sourceCorrections();
+    const auto rate = present.timecodeRate
+                          ? std::optional(std::string(timecodeRate::name(*present.timecodeRate)))
+                          : std::nullopt;
+    const auto text = [&](std::string_view name, const std::optional<std::string>& held) {
+        return call.mentions(name) ? call.textIfPresent(name) : held;
+    };
+    try {
+        context.controller->scan().setCorrections(
+            SourceCorrections::fromTexts(text("soundOffset", present.soundOffset),
+                                         text("soundDate", present.soundDate), text("timecodeRate", rate)));
+    } catch (const CorrectionError& error) {
+        throw Error(Refusal::invalidArguments, std::string("setCorrections: ") + error.what());
+    }
+    return {};
+}
+
 /// Done when the clips stand and the analysis has ended that the settings may ask for.
 platform::Task startScan(CommandContext& context, Call, std::shared_ptr<JSON>) {
     co_await context.controller->scan().startScan();
@@ -93,6 +112,11 @@ std::vector<Command> workCommands() {
                  {"moreFolders", paths, true},
                  {"exclude", texts, true}},
                 setFolders),
+        Command("setCorrections", "Correct the Sources",
+                "Says what the files say wrongly, for the next scan: how much later the sound lies, its day, "
+                "and the rate at which timecode counts.",
+                {{"soundOffset", text, true}, {"soundDate", text, true}, {"timecodeRate", text, true}},
+                setCorrections),
         Command::later("startScan", "Scan & Match", "Reads the folders and matches what is in them.", {},
                        startScan)
             .when([](const CommandContext& context) { return context.controller->scan().canScan(); }),

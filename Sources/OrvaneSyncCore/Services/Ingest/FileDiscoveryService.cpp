@@ -78,7 +78,7 @@ void discoverInto(DiscoveryResult& result, const std::string& folder, Exclusions
                 result.brokenLinks.push_back(std::move(url));
             return;
         }
-        if (!kind || isExcluded(path)) return;
+        if (isExcluded(path) || !kind) return;
         if (entry == WalkEntry::linkedFile) result.linkedFiles.push_back(url);
         auto& list = *kind == AssetKind::video ? result.videoURLs : result.audioURLs;
         list.push_back(std::move(url));

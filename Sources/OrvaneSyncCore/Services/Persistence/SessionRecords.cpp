@@ -63,6 +63,7 @@ void SessionFoldersChange::apply(SessionFolders& onDisk) const {
         onDisk.audioBookmark = folders.audioBookmark;
     }
     if (hasScope) onDisk.scope = folders.scope;
+    if (hasCorrections) onDisk.corrections = folders.corrections;
 }
 
 std::string defaultName(const SessionFolders& folders, Date day) {
@@ -111,14 +112,19 @@ JSON toJSON(const SessionFolders& folders) {
     setBytes(json, "videoBookmark", folders.videoBookmark);
     setBytes(json, "audioBookmark", folders.audioBookmark);
     setScanScope(json, folders.scope);
+    setSourceCorrections(json, folders.corrections);
     return json;
 }
 
 template <>
 SessionFolders fromJSON<SessionFolders>(const JSON& json) {
     if (!json.isObject()) throw DecodingError("expected an object");
-    return {optionalPath(json, "videoFolder"), optionalPath(json, "audioFolder"),
-            optionalBytes(json, "videoBookmark"), optionalBytes(json, "audioBookmark"), scanScopeFrom(json)};
+    return {optionalPath(json, "videoFolder"),
+            optionalPath(json, "audioFolder"),
+            optionalBytes(json, "videoBookmark"),
+            optionalBytes(json, "audioBookmark"),
+            scanScopeFrom(json),
+            sourceCorrectionsFrom(json)};
 }
 
 JSON toJSON(const FolderInfo& folder) {

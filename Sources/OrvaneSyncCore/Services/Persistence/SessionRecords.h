@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/ScanScope.h"
+#include "OrvaneSyncCore/Models/SourceCorrections.h"
 
 #include <optional>
 #include <string>
@@ -41,7 +42,7 @@ struct SessionInfoChange {
     std::optional<SessionInfoChange> decisions() const;
 };
 
-/// Where the media of a session lay.
+/// Where the media of a session lay, and how it was read.
 struct SessionFolders {
     std::optional<FileURL> videoFolder;
     std::optional<FileURL> audioFolder;
@@ -49,6 +50,7 @@ struct SessionFolders {
     std::optional<std::string> videoBookmark;
     std::optional<std::string> audioBookmark;
     ScanScope scope{};
+    SourceCorrections corrections{};
 
     bool operator==(const SessionFolders&) const = default;
 };
@@ -59,8 +61,9 @@ struct SessionFoldersChange {
     bool hasVideo = false;
     bool hasAudio = false;
     bool hasScope = false;
+    bool hasCorrections = false;
 
-    bool isEmpty() const { return !hasVideo && !hasAudio && !hasScope; }
+    bool isEmpty() const { return !hasVideo && !hasAudio && !hasScope && !hasCorrections; }
     void apply(SessionFolders& onDisk) const;
 };
 

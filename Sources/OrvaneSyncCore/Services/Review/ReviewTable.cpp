@@ -1,6 +1,5 @@
 #include "OrvaneSyncCore/Services/Review/ReviewTable.h"
 
-#include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 #include "OrvaneSyncCore/Services/Ingest/ReportRecords.h"
 #include "OrvaneSyncCore/Services/Persistence/OutputMarks.h"
 #include "Platform/Text.h"
@@ -15,16 +14,21 @@ namespace {
 
 namespace text = platform::text;
 
-/// What begins a formula in a spreadsheet; the apostrophe too, so that reading knows whose it is.
-constexpr std::string_view guarded = "=+-@'";
+/// What begins a formula in a spreadsheet, in full width too; and the apostrophe, so that reading knows whose
+/// it is.
+constexpr std::array<std::string_view, 9> guarded{
+    "=", "+", "-", "@", "'", "\xEF\xBC\x9D", "\xEF\xBC\x8B", "\xEF\xBC\x8D", "\xEF\xBC\xA0"};
+
+bool isGuarded(std::string_view cell) {
+    return std::ranges::any_of(guarded, [&](std::string_view begin) { return cell.starts_with(begin); });
+}
 
 constexpr std::array numberColumns{ReviewColumn::choice, ReviewColumn::offsetFrames};
 
 std::string writtenCell(std::string cell, bool isNumber) {
     std::ranges::replace_if(
         cell, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, ' ');
-    if (!isNumber && !cell.empty() && guarded.find(cell.front()) != std::string_view::npos)
-        cell.insert(0, "'");
+    if (!isNumber && isGuarded(cell)) cell.insert(0, "'");
     if (cell.find('"') == std::string::npos) return cell;
     std::string quoted = "\"";
     for (const char c : cell) quoted.append(c == '"' ? 2 : 1, c);
@@ -32,8 +36,7 @@ std::string writtenCell(std::string cell, bool isNumber) {
 }
 
 std::string readCell(std::string cell) {
-    if (cell.size() > 1 && cell.front() == '\'' && guarded.find(cell[1]) != std::string_view::npos)
-        cell.erase(0, 1);
+    if (cell.starts_with('\'') && isGuarded(std::string_view(cell).substr(1))) cell.erase(0, 1);
     return cell;
 }
 
@@ -80,6 +83,17 @@ std::vector<std::optional<std::size_t>> columnsOf(const std::vector<std::string>
     return columns;
 }
 
+/// By which the header falls into cells that name the clips' column: what other cells hold says nothing.
+std::optional<char> delimiterOf(std::string_view content) {
+    for (const char delimiter : {'\t', ';', ','}) {
+        const auto header = ReportRecords(content, std::string(1, delimiter)).next();
+        const auto columns = columnsOf(cellsOf(header.value_or(""), delimiter));
+        if (std::ranges::find(columns, static_cast<std::size_t>(ReviewColumn::cameraFile)) != columns.end())
+            return delimiter;
+    }
+    return std::nullopt;
+}
+
 std::string numberMark(std::size_t number) { return std::to_string(number) + ": "; }
 
 } // namespace
@@ -100,12 +114,11 @@ std::string writtenReviewTable(const std::vector<ReviewLine>& lines) {
 }
 
 std::vector<ReviewLine> readReviewTable(std::string_view content) {
-    const char delimiter = ALEParser::detectDelimiter(content);
+    const auto found = delimiterOf(content);
+    if (!found) throw ReviewTableError("it is no review table: its first line names no column 'camera_file'");
+    const char delimiter = *found;
     ReportRecords records(content, std::string(1, delimiter));
-    const auto header = records.next();
-    const auto columns = columnsOf(cellsOf(header.value_or(""), delimiter));
-    if (std::ranges::find(columns, static_cast<std::size_t>(ReviewColumn::cameraFile)) == columns.end())
-        throw ReviewTableError("it is no review table: its first line names no column 'camera_file'");
+    const auto columns = columnsOf(cellsOf(*records.next(), delimiter));
     std::vector<ReviewLine> lines;
     for (std::size_t number = 2; const auto record = records.next(); ++number) {
         if (text::trimmed(*record).empty()) continue;

@@ -256,6 +256,78 @@ TEST_F(ServeTest, aFolderIsNamedLeftOrTakenAway) {
     call("setFolders", R"({"audioFolder":null})");
     EXPECT_EQ(context_.controller->work().videoFolderURL(), FileURL{folder_.path("camera")});
     EXPECT_EQ(context_.controller->work().audioFolderURL(), std::nullopt);
+    // Further folders and exclusions go into the project and come back with it.
+    const std::string sound = folder_.path("sound"), project = folder_.path("day.orvanesync");
+    call("setFolders", R"({"moreFolders":[")" + sound + R"("],"exclude":["B001*"]})");
+    call("setCorrections", R"({"soundDate":"2026-11-20","timecodeRate":"25"})");
+    call("setCorrections", R"({"soundDate":null})");
+    EXPECT_NE(failure("setCorrections", R"({"soundOffset":"01:00:00:25"})"), "") << "it counts at 25";
+    const SourceCorrections corrections{{}, {}, TimecodeFrameRate::fps25};
+    call("startScan");
+    EXPECT_EQ(context_.controller->work().syncGroups().size(), 3U);
+    EXPECT_EQ(context_.controller->work().matchedCount(), 2);
+    call("saveProject", R"({"path":")" + project + "\"}");
+    call("reset");
+    EXPECT_TRUE(context_.controller->work().scanScope().isEmpty());
+    EXPECT_TRUE(context_.controller->work().sourceCorrections().isEmpty());
+    call("loadProject", R"({"path":")" + project + "\"}");
+    EXPECT_EQ(context_.controller->work().scanScope(), (ScanScope{{FileURL{sound}}, {"B001*"}}));
+    EXPECT_EQ(context_.controller->work().sourceCorrections(), corrections);
+    EXPECT_EQ(context_.controller->work().syncGroups().size(), 3U);
+    for (const char* bad : {R"({"moreFolders":["/","/nowhere"]})", R"({"moreFolders":"/"})",
+                            R"({"moreFolders":[""]})", R"({"exclude":[""]})", R"({"exclude":[1]})"})
+        EXPECT_NE(failure("setFolders", bad), "") << bad;
+    call("setFolders", R"({"moreFolders":null,"exclude":[]})");
+    EXPECT_TRUE(context_.controller->work().scanScope().isEmpty());
+}
+
+TEST_F(ServeTest, aReviewIsOneStep) {
+    scan();
+    const std::string table = folder_.path("review.tsv");
+    call("writeReview", R"({"output":")" + table + "\"}");
+    const std::string apply = R"({"path":")" + table + "\"}";
+    EXPECT_EQ(call("applyReview", apply).dump(), R"({"changedClips":0,"warnings":[]})");
+    EXPECT_FALSE(context_.controller->work().undoState().canUndo) << "nothing was asked for";
+    folder_.write("review.tsv", "camera_file\toffset_frames\tname\tskip\n"
+                                "camera/A001C001_261120_R1AB.mov\t12.5\tOne\tx\n"
+                                "B001C001_261120_R1CD.mov\t-1\n");
+    EXPECT_EQ(call("applyReview", apply).dump(), R"({"changedClips":2,"warnings":[]})");
+    const auto first = [&]() -> const SyncGroup& { return context_.controller->work().syncGroups().front(); };
+    EXPECT_EQ(first().manualAudioOffsetSeconds, 0.5);
+    EXPECT_EQ(first().manualClipName, "One");
+    EXPECT_TRUE(first().isExcludedFromExport);
+    EXPECT_EQ(call("applyReview", apply).dump(), R"({"changedClips":0,"warnings":[]})")
+        << "it is done already";
+    EXPECT_EQ(context_.controller->work().undoState().undoActionName, "Apply Review");
+    call("undo");
+    EXPECT_EQ(first().manualAudioOffsetSeconds, 0);
+    EXPECT_FALSE(first().manualClipName || first().isExcludedFromExport);
+}
+
+TEST_F(ServeTest, anotherRecordingCanBeChosen) {
+    scan();
+    SyncGroup group = test::clip(test::video("A.mov"), test::audio("first.wav"));
+    group.audioMatches.emplace_back(test::audio("second.wav", "10:00:30:00", 10), 30, 10);
+    group.matchStatus = MatchStatus::ambiguous(2);
+    SyncGroup other = group;
+    other.id = UUID::random();
+    const std::string second = group.audioMatches[1].id.text();
+    context_.controller->openStoredWork({{}, {}, SyncGroupList{group, other}});
+    const auto clip = [&](std::size_t i) -> const SyncGroup& {
+        return context_.controller->work().syncGroups()[i];
+    };
+    call("chooseRecording", R"({"groupID":")" + group.id.text() + R"(","matchID":")" + second + "\"}");
+    EXPECT_EQ(clip(0).primaryAudio()->filename, "second.wav");
+    EXPECT_EQ(clip(0).audioMatches.size(), 2U);
+    EXPECT_EQ(clip(0).matchStatus, MatchStatus::manual());
+    EXPECT_EQ(clip(1).matchStatus, MatchStatus::ambiguous(2));
+    call("chooseFirst");
+    EXPECT_EQ(clip(1).matchStatus, MatchStatus::manual());
+    EXPECT_EQ(clip(1).primaryAudio()->filename, "first.wav");
+    call("undo");
+    call("undo");
+    EXPECT_EQ(clip(0).primaryAudio()->filename, "first.wav");
+    EXPECT_EQ(clip(0).matchStatus, MatchStatus::ambiguous(2));
 }
 
 TEST_F(ServeTest, anEditAnswersWhenTheClipHasBeenAnalysedAgain) {

@@ -40,6 +40,7 @@ void ImportController::reset() {
     work_.notices.together([&] {
         work_.setVideoFolderURL(std::nullopt);
         work_.setAudioFolderURL(std::nullopt);
+        work_.setScanScope({});
         work_.setSourceCorrections({});
         scan_.clear();
         project_.clear();
@@ -58,6 +59,7 @@ void ImportController::openStoredWork(StoredWork work) {
         reset();
         work_.setVideoFolderURL(std::move(work.videoFolderURL));
         work_.setAudioFolderURL(std::move(work.audioFolderURL));
+        work_.setScanScope(std::move(work.scanScope));
         work_.setSourceCorrections(std::move(work.sourceCorrections));
         work_.openOtherWork(std::move(work.syncGroups), std::move(work.wildTracks));
     });

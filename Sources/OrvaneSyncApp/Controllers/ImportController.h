@@ -73,6 +73,7 @@ class ImportController {
         std::optional<FileURL> audioFolderURL;
         SyncGroupList syncGroups;
         std::vector<WildTrack> wildTracks = {}; ///< those that a clip uses are left out
+        ScanScope scanScope{};
         SourceCorrections sourceCorrections = {};
     };
     /// As `reset`, but with notices when the new work stands.

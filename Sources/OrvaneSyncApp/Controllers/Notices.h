@@ -15,6 +15,7 @@ namespace orvane {
 enum class ImportField : std::uint8_t {
     videoFolderURL,
     audioFolderURL,
+    scanScope,
     sourceCorrections,
     scanState,
     progress,

@@ -54,6 +54,22 @@ MatchRules OpenWork::matchRules() const {
                           rateOfMostClips(syncGroups_));
 }
 
+void OpenWork::setScanScope(ScanScope scope) {
+    scanScope_ = std::move(scope);
+    notify(ImportField::scanScope);
+}
+
+std::vector<FileURL> OpenWork::folders() const {
+    std::vector<FileURL> all;
+    const auto add = [&](const FileURL& folder) {
+        if (std::ranges::find(all, folder) == all.end()) all.push_back(folder);
+    };
+    if (videoFolderURL_) add(*videoFolderURL_);
+    if (audioFolderURL_) add(*audioFolderURL_);
+    std::ranges::for_each(scanScope_.moreFolders, add);
+    return all;
+}
+
 int OpenWork::matchedCount() const { return count(syncGroups_, isSettled); }
 
 int OpenWork::unmatchedCount() const {

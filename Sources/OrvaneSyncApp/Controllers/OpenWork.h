@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/Notices.h"
 #include "OrvaneSyncApp/Controllers/UndoStack.h"
 #include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Models/ScanScope.h"
 #include "OrvaneSyncCore/Models/SourceCorrections.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Models/WildTrack.h"
@@ -59,6 +60,9 @@ class OpenWork {
 
     const std::optional<FileURL>& videoFolderURL() const { return videoFolderURL_; }
     const std::optional<FileURL>& audioFolderURL() const { return audioFolderURL_; }
+    const ScanScope& scanScope() const { return scanScope_; }
+    /// All that a scan reads, each once: first the video folder, then the audio folder, then the others.
+    std::vector<FileURL> folders() const;
     /// What scans and every other matching of this work go by.
     const SourceCorrections& sourceCorrections() const { return sourceCorrections_; }
     /// The corrections and the setting of the days, for the clips that there are. Throws CorrectionError
@@ -93,6 +97,7 @@ class OpenWork {
     void notify(ImportField field);
     void setVideoFolderURL(std::optional<FileURL> folder);
     void setAudioFolderURL(std::optional<FileURL> folder);
+    void setScanScope(ScanScope scope);
     /// Holds from the next matching on. Nothing for the ones that are there.
     void setSourceCorrections(SourceCorrections corrections);
     /// False when there is no such clip.
@@ -148,6 +153,7 @@ class OpenWork {
 
     std::optional<FileURL> videoFolderURL_;
     std::optional<FileURL> audioFolderURL_;
+    ScanScope scanScope_;
     SourceCorrections sourceCorrections_;
     std::uint64_t revision_ = 0;
     SyncGroupList syncGroups_;

@@ -90,7 +90,8 @@ struct ProjectController::Opened {
 
 ProjectController::Opened ProjectController::read(const FileURL& url) {
     const auto project = std::make_shared<const OrvaneSyncProject>(ProjectService().load(url));
-    return {project, isThere(project->videoFolderPath) && isThere(project->audioFolderPath)};
+    return {project, isThere(project->videoFolderPath) && isThere(project->audioFolderPath) &&
+                         std::ranges::all_of(project->scanScope.moreFolders, isThere)};
 }
 
 ProjectController::ProjectController(OpenWork& work, ScanController& scan, ReportController& reports)
@@ -108,8 +109,7 @@ RunInputs ProjectController::inputs() const {
 
 RunInputs ProjectController::inputsOfScan() const {
     RunInputs inputs;
-    for (const auto& folder : {work_.videoFolderURL(), work_.audioFolderURL()})
-        if (folder) inputs.addFolder(folder->path);
+    for (const FileURL& folder : work_.folders()) inputs.addFolder(folder.path);
     if (const auto& report = reports_.aleFileURL()) inputs.addFile(report->path, "the report");
     // Media has standard paths already, and there may be tens of thousands of files.
     std::unordered_set<std::string_view> known;
@@ -136,19 +136,20 @@ platform::Task ProjectController::save(std::weak_ptr<ProjectController> weak, Fi
     auto self = weak.lock();
     const std::uint64_t clearings = self->clearings_;
     const OpenWork& work = self->work_;
-    auto writing = platform::onQueue(*work.documents, work.environment.mainThread,
-                                     [url, permission = std::move(permission), inputs = self->inputsOfScan(),
-                                      service = self->projectService_, video = work.videoFolderURL(),
-                                      audio = work.audioFolderURL(), report = self->reports_.aleFileURL(),
-                                      groups = work.syncGroups(), date = work.environment.clock->date(),
-                                      unapplied = self->unapplied_, leftOut = self->entriesLeftOut_] {
-                                         const OutputGuard guard(OutputKind::project, inputs, permission);
-                                         OrvaneSyncProject project =
-                                             service.snapshot(video, audio, report, groups, date);
-                                         keepLeftOut(*leftOut, groups, project);
-                                         if (unapplied) keepUnapplied(*unapplied, project);
-                                         service.save(project, url, guard);
-                                     });
+    auto writing = platform::onQueue(
+        *work.documents, work.environment.mainThread,
+        [url, permission = std::move(permission), inputs = self->inputsOfScan(),
+         service = self->projectService_, video = work.videoFolderURL(), audio = work.audioFolderURL(),
+         report = self->reports_.aleFileURL(), groups = work.syncGroups(), scope = work.scanScope(),
+         corrections = work.sourceCorrections(), date = work.environment.clock->date(),
+         unapplied = self->unapplied_, leftOut = self->entriesLeftOut_] {
+            const OutputGuard guard(OutputKind::project, inputs, permission);
+            OrvaneSyncProject project = service.snapshot(video, audio, report, groups, date, scope);
+            project.sourceCorrections = corrections;
+            keepLeftOut(*leftOut, groups, project);
+            if (unapplied) keepUnapplied(*unapplied, project);
+            service.save(project, url, guard);
+        });
     self.reset();
     co_await writing;
     self = weak.lock();
@@ -195,6 +196,8 @@ platform::Task ProjectController::openWork(std::weak_ptr<ProjectController> weak
     const auto scanBefore = self->scan_.scanNumber();
     self->work_.setVideoFolderURL(opened.project->videoFolderPath);
     self->work_.setAudioFolderURL(opened.project->audioFolderPath);
+    self->work_.setScanScope(opened.project->scanScope);
+    self->work_.setSourceCorrections(opened.project->sourceCorrections);
     self->clear();
     self->unapplied_ = opened.project;
     if (opened.project->aleFilePath) {

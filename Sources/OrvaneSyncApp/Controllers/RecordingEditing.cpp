@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
+#include "OrvaneSyncCore/Services/Takes/Recordings.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "Platform/Text.h"
@@ -102,6 +103,33 @@ void RecordingEditing::confirmAmbiguousMatch(UUID groupID) {
     const SyncGroup* group = work_.unlockedGroup(groupID);
     if (group == nullptr || group->matchStatus.kind != MatchStatus::Kind::ambiguous) return;
     work_.edit(groupID, [](SyncGroup& own) { own.matchStatus = MatchStatus::manual(); });
+}
+
+void RecordingEditing::confirmAllAmbiguousMatches() {
+    work_.editWhere(
+        [](const SyncGroup& group) {
+            return !group.isLocked && group.matchStatus.kind == MatchStatus::Kind::ambiguous;
+        },
+        [](SyncGroup& own) { own.matchStatus = MatchStatus::manual(); });
+}
+
+void RecordingEditing::chooseRecording(UUID groupID, UUID matchID) {
+    const SyncGroup* group = work_.unlockedGroup(groupID);
+    if (group == nullptr) return;
+    for (const auto& recording : recordingsOf(*group)) {
+        const auto holds = [&](std::size_t match) { return group->audioMatches[match].id == matchID; };
+        if (std::ranges::none_of(recording, holds)) continue;
+        work_.notices.together([&] {
+            work_.edit(groupID, [&](SyncGroup& own) {
+                const SyncGroup before = own;
+                putFirst(own, recording);
+                own.matchStatus = MatchStatus::manual();
+                carryDecisions(own, before);
+            });
+            smartAudio_.caches().removeSmartAudioCaches(groupID);
+        });
+        return;
+    }
 }
 
 void RecordingEditing::removeVideoFromSync(UUID groupID) {

@@ -28,7 +28,11 @@ class RecordingEditing {
     platform::Task chooseAndAttachAudio(UUID groupID, FileURL file);
     void removeAudioMatch(UUID groupID, UUID matchID); ///< unless locked
     void confirmAmbiguousMatch(UUID groupID);          ///< unless locked
-    void removeVideoFromSync(UUID groupID);            ///< unless locked
+    void confirmAllAmbiguousMatches();                 ///< but those of locked clips
+    /// Unless locked: the files of the recording that holds this match come first and the clip is settled;
+    /// the other recordings stay behind.
+    void chooseRecording(UUID groupID, UUID matchID);
+    void removeVideoFromSync(UUID groupID); ///< unless locked
     /// Match anew against the pool, whatever was locked; manual decisions stay.
     void resyncClip(UUID groupID);
     void resyncAllClips();

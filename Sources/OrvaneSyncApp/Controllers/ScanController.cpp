@@ -1,10 +1,8 @@
 #include "OrvaneSyncApp/Controllers/ScanController.h"
 
-#include "OrvaneSyncCore/Models/FilePaths.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Matching/ProxyFiles.h"
 #include "OrvaneSyncCore/Services/Matching/TakeStarts.h"
-#include "Platform/Files.h"
 #include "Platform/Stop.h"
 
 #include <chrono>
@@ -15,55 +13,6 @@
 namespace orvane {
 
 namespace {
-
-/// One form for every file, and each file once: the folders may be the same, or one inside the other. In the
-/// order of the paths, on which the order of clips, matches and wild tracks rests. The way to a folder is
-/// looked up once, whatever it holds.
-class Standardization {
-  public:
-    explicit Standardization(std::stop_token stop) : stop_(std::move(stop)) {}
-
-    std::vector<FileURL> sortedWithoutDuplicates(const std::vector<FileURL>& urls) {
-        std::unordered_set<FileURL> seen;
-        std::vector<FileURL> result;
-        result.reserve(urls.size());
-        for (const FileURL& url : urls) {
-            platform::throwIfStopped(stop_);
-            FileURL standard = standardized(url);
-            if (seen.insert(standard).second) result.push_back(std::move(standard));
-        }
-        sortByPath(result);
-        return result;
-    }
-
-  private:
-    FileURL standardized(const FileURL& url) {
-        const std::size_t slash = url.path.rfind('/');
-        if (slash == std::string::npos) return {platform::files::standardized(url.path)};
-        const auto [folder, isNew] = folders_.try_emplace(url.path.substr(0, slash));
-        if (isNew) {
-            // A link that is the last component stays, so the folder is asked for as the way to something in
-            // it.
-            const std::string inside = platform::files::standardized(folder->first + "/x");
-            folder->second = inside.substr(0, inside.size() - 1);
-        }
-        return {folder->second + url.path.substr(slash + 1)};
-    }
-
-    const std::stop_token stop_;
-    std::unordered_map<std::string, std::string> folders_;
-};
-
-/// Video folders may hold audio and audio folders video.
-DiscoveryResult discover(const FileDiscoveryService& service, const std::vector<std::string>& folders,
-                         const std::stop_token& stop) {
-    const DiscoveryResult found = service.discover(folders, stop);
-    Standardization standard(stop);
-    return {standard.sortedWithoutDuplicates(found.videoURLs),
-            standard.sortedWithoutDuplicates(found.audioURLs),
-            standard.sortedWithoutDuplicates(found.unreadableFolders),
-            standard.sortedWithoutDuplicates(found.brokenLinks)};
-}
 
 /// What the matching of a scan gives.
 struct Matches {
@@ -114,7 +63,13 @@ void ScanController::setAudioFolderURL(std::optional<FileURL> folder) {
     work_.setAudioFolderURL(std::move(folder));
 }
 
-bool ScanController::canScan() const { return work_.videoFolderURL() || work_.audioFolderURL(); }
+void ScanController::setScope(ScanScope scope) { work_.setScanScope(std::move(scope)); }
+
+void ScanController::setCorrections(SourceCorrections corrections) {
+    work_.setSourceCorrections(std::move(corrections));
+}
+
+bool ScanController::canScan() const { return !work_.folders().empty(); }
 
 platform::Task ScanController::probeAudio(FileURL file,
                                           std::shared_ptr<std::optional<MediaAsset>> result) const {
@@ -182,14 +137,12 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
     self->set(self->progress_, ScanProgress::idle(), ImportField::progress);
 
     std::vector<std::string> folders;
-    for (const auto& folder : {self->work_.videoFolderURL(), self->work_.audioFolderURL()})
-        if (folder && (folders.empty() || folders.front() != folder->path)) folders.push_back(folder->path);
+    for (const FileURL& folder : self->work_.folders()) folders.push_back(folder.path);
     // Every wait lets go of the controller, so that an abandoned one is not kept alive by its scan.
-    auto discovery =
-        platform::onQueue(*self->queue_, self->work_.environment.mainThread,
-                          [service = self->discoveryService_, folders](const std::stop_token& stop) {
-                              return discover(service, folders, stop);
-                          });
+    auto discovery = platform::onQueue(
+        *self->queue_, self->work_.environment.mainThread,
+        [service = self->discoveryService_, folders, exclusions = self->work_.scanScope().exclusions](
+            const std::stop_token& stop) { return service.discoverOnce(folders, stop, exclusions); });
     self.reset();
     const DiscoveryResult found = co_await discovery;
     self = stillScanning(weak, scanNumber);

@@ -43,6 +43,9 @@ class ScanController {
 
     void setVideoFolderURL(std::optional<FileURL> folder);
     void setAudioFolderURL(std::optional<FileURL> folder);
+    void setScope(ScanScope scope);
+    /// Holds from the next scan on.
+    void setCorrections(SourceCorrections corrections);
     /// At least one folder is set.
     bool canScan() const;
     /// Replaces all clips, and stops the analyses of those before. Files that cannot be read stay in the work

@@ -138,6 +138,12 @@ SessionManager::Work SessionManager::workOf(const ImportController& controller) 
         folders.folders.audioFolder = audio;
         folders.folders.audioBookmark.reset();
     }
+    const ScanScope& scope = controller.work().scanScope();
+    folders.hasScope = !controller.work().folders().empty() && scope != knownFolders_.scope;
+    if (folders.hasScope) folders.folders.scope = scope;
+    const SourceCorrections& corrections = controller.work().sourceCorrections();
+    folders.hasCorrections = !controller.work().folders().empty() && corrections != knownFolders_.corrections;
+    if (folders.hasCorrections) folders.folders.corrections = corrections;
     return work;
 }
 
@@ -173,7 +179,8 @@ void SessionManager::start(const std::shared_ptr<ImportController>& controller) 
     autosaveController_ = controller;
     controllerObservation_ = controller->onChange([this](ImportField field) {
         if (field == ImportField::syncGroups || field == ImportField::wildTracks ||
-            field == ImportField::videoFolderURL || field == ImportField::audioFolderURL)
+            field == ImportField::videoFolderURL || field == ImportField::audioFolderURL ||
+            field == ImportField::scanScope || field == ImportField::sourceCorrections)
             scheduleSave();
     });
     controller->project().whenOpening = [weak = weak_from_this()] {
@@ -313,8 +320,8 @@ void SessionManager::open(const UUID& sessionId, Read read, ImportController& co
     }
     {
         const Restoring restoring(*this);
-        controller.openStoredWork(
-            {media.videoFolder, media.audioFolder, std::move(read.groups.groups), std::move(wildTracks)});
+        controller.openStoredWork({media.videoFolder, media.audioFolder, std::move(read.groups.groups),
+                                   std::move(wildTracks), media.scope, media.corrections});
     }
     const auto kept = std::exchange(keptWhileOpening_, {});
     setCurrentSession(sessionId);

@@ -29,6 +29,8 @@ inline constexpr UndoStep setGenerateProjectRateClip{"Toggle Project Rate Clip"}
 inline constexpr UndoStep attachAudioToGroup{"Attach Audio"};
 inline constexpr UndoStep removeAudioMatch{"Remove Audio Match"};
 inline constexpr UndoStep confirmAmbiguousMatch{"Confirm Audio Matches"};
+inline constexpr UndoStep chooseRecording{"Choose Recording"};
+inline constexpr UndoStep applyReview{"Apply Review"};
 inline constexpr UndoStep removeVideoFromSync{"Remove Video From Sync"};
 inline constexpr UndoStep resyncClip{"Re-sync Clip"};
 inline constexpr UndoStep resyncAllClips{"Re-sync All Clips"};

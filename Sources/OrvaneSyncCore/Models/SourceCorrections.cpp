@@ -15,6 +15,8 @@ namespace orvane {
 
 namespace {
 
+constexpr std::string_view recordKey = "sourceCorrections";
+
 struct SignedLabel {
     bool isNegative = false;
     Timecode::Components clock;
@@ -138,6 +140,15 @@ SourceCorrections fromJSON<SourceCorrections>(const JSON& json) {
     if (auto offset = text("soundOffset")) keep({std::move(offset), std::nullopt, result.timecodeRate});
     if (auto date = text("soundDate")) keep({result.soundOffset, std::move(date), result.timecodeRate});
     return result;
+}
+
+void setSourceCorrections(JSON& record, const SourceCorrections& corrections) {
+    if (!corrections.isEmpty()) record.set(recordKey, toJSON(corrections));
+}
+
+SourceCorrections sourceCorrectionsFrom(const JSON& record) {
+    const JSON* stored = record.find(recordKey);
+    return stored == nullptr ? SourceCorrections{} : fromJSON<SourceCorrections>(*stored);
 }
 
 } // namespace orvane

@@ -55,5 +55,8 @@ JSON toJSON(const SourceCorrections& corrections);
 /// Values that cannot be understood are as good as none.
 template <>
 SourceCorrections fromJSON<SourceCorrections>(const JSON& json);
+/// The key `sourceCorrections` of a record, which is there where some are.
+void setSourceCorrections(JSON& record, const SourceCorrections& corrections);
+SourceCorrections sourceCorrectionsFrom(const JSON& record);
 
 } // namespace orvane

@@ -116,6 +116,10 @@ std::vector<std::string> scanWarnings(const ImportController& controller) {
             warnings.push_back("links that lead nowhere: " + firstAndMore(links) +
                                "; what they lead to is missing here");
     }
+    if (const auto& found = controller.scan().discoveryResult())
+        for (const std::string& glob : found->unusedExclusions)
+            warnings.push_back("the exclusion '" + glob +
+                               "' fits nothing in the folders; check how it is written");
     addProxies(controller, warnings);
     addFilesThatAReportMixesUp(controller, warnings);
     if (const auto& scan = controller.scan().scanResult(); scan && !scan->unreadFiles.empty()) {

@@ -59,6 +59,7 @@ void sync(Context& context, const Arguments& arguments) {
     if (controller.work().matchedCount() == 0) failWithoutClips(context, controller, arguments.has("--json"));
     if (smartAudio != SmartAudioMode::off)
         run.wait(controller.smartAudio().runSmartAudioAnalysis(smartAudio, false));
+    if (arguments.has("--loudness")) run.wait(controller.smartAudio().measureLoudness());
     run.show("Writing the document...");
     output.smartAudioMode = smartAudio;
     output.warnedAlready = run.warnings();
@@ -71,6 +72,7 @@ std::vector<Option> syncOptions() {
         {"--no-smart-audio", "", "leave every channel heard"},
         {"--apply", "IN.tsv",
          "do what a table says that scan --review has written and people have filled in"},
+        {"--loudness", "", "measure every clip and write the gain that brings it to the target loudness"},
     };
     options.insert(options.begin(), documentOptions().begin(), documentOptions().end());
     options.insert(options.end(), scanOptions().begin(), scanOptions().end());

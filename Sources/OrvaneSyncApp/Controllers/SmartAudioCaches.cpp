@@ -6,6 +6,7 @@ void SmartAudioCaches::removeSmartAudioCaches(const UUID& groupID) {
     ++removals_[groupID];
     state.results.erase(groupID);
     routedBlocks.erase(groupID);
+    state.passedOver.erase(groupID);
     state.soloMonitorTracks.erase(groupID);
     state.soloMonitorURLs.erase(groupID);
     removeRenderedAudio(groupID);
@@ -21,6 +22,7 @@ void SmartAudioCaches::invalidateCachesAfterUndo() {
     ++removalsOfAll_;
     state.results.clear();
     routedBlocks.clear();
+    state.passedOver.clear();
     state.mixdownURLs.clear();
     state.soloMonitorURLs.clear();
     state.soloMonitorTracks.clear();

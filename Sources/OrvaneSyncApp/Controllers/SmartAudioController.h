@@ -21,6 +21,9 @@ class SmartAudioController {
     /// Analyses one clip, whatever its status, in the stored mode (`standard` for `off`), and measures its
     /// loudness and master gain.
     platform::Task runSmartAudioForGroup(const UUID& groupID, bool forceOverwriteManualTracks);
+    /// Measures the loudness of all settled clips that have sound and writes their master gain, where the
+    /// editor has not set it by hand. A recording in which nothing is heard leaves the gain as it is.
+    platform::Task measureLoudness();
     /// Analyses a clip again that was analysed before, with the editor's choice of tracks kept: for every
     /// change that the verdict depends on. The task ends with the analysis that takes the change in, which
     /// may be one that ran before.
@@ -42,6 +45,8 @@ class SmartAudioController {
   private:
     SmartAudioTerms terms(SmartAudioMode mode) const;
     SmartAudioTerms termsForOneClip() const;
+    SyncGroupList settledClipsWithSound() const;
+    bool isKnown(const UUID& groupID) const;
 
     OpenWork& work_;
     SmartAudioCaches caches_;

@@ -210,12 +210,15 @@ inline const Declared<Aggressiveness> smartAudioAggressiveness{
     "kept for other programs; no choice depends on it"};
 inline const Declared<BlockMode> smartAudioBlockMode{"smartAudio.blockMode", BlockMode::adaptive,
                                                      family::smartAudio, "how short a stretch may be"};
+inline const Declared<SmartAudioRouting> smartAudioRouting{
+    "smartAudio.routing", SmartAudioRouting::automatic, family::smartAudio,
+    "follow one track of the take, or the lav of whoever speaks; auto: the latter without boom and mix"};
 inline const Declared<double> smartAudioLoudnessTargetDB{
     "smartAudio.loudnessTargetDB", -8.0, family::smartAudio,
     "dBFS that the speech peaks of a stretch are brought to; 0 leaves levels alone"};
 inline const Declared<double> smartAudioTargetLUFS{
     "smartAudio.targetLUFS", -27.0, family::smartAudio,
-    "LUFS that the master gain aims at, where one clip is analysed; not in sync"};
+    "LUFS that the master gain aims at, where loudness is measured"};
 inline const Declared<SmartAudioLook> smartAudioPreset{"smartAudio.preset", SmartAudioLook::drama,
                                                        family::smartAudio, "the project's look"};
 inline const Declared<bool> smartAudioBanditEnabled{"smartAudio.banditEnabled", false, family::smartAudio,

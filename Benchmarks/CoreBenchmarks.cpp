@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
+#include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 #include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
@@ -14,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <exception>
 #include <fcntl.h>
 #include <memory>
@@ -107,9 +109,24 @@ void scanTwoCards(benchmark::State& state, const MediaCorpus& cards) {
     }
 }
 
-void match(benchmark::State& state, int shiftOfADay) {
+void match(benchmark::State& state, int shiftOfADay, const MatchRules& rules) {
     const AssetCorpus corpus = assetCorpus(static_cast<int>(state.range(0)), clipsADay, shiftOfADay);
-    for (auto _ : state) benchmark::DoNotOptimize(SyncEngine().match(corpus.videos, corpus.audios));
+    for (auto _ : state) benchmark::DoNotOptimize(SyncEngine().match(corpus.videos, corpus.audios, rules));
+}
+
+/// Of days at the same hours; with a recorder that was set wrong, of clips without sound.
+void doubts(benchmark::State& state, std::uint64_t secondsOff) {
+    AssetCorpus corpus = assetCorpus(static_cast<int>(state.range(0)), clipsADay, 0);
+    for (MediaAsset& sound : corpus.audios)
+        *sound.bextTimeReference += secondsOff * static_cast<std::uint64_t>(*sound.sampleRate);
+    const MatchRules rules;
+    const SyncGroupList groups = SyncEngine().match(corpus.videos, corpus.audios, rules);
+    FileNames names;
+    for (const auto* files : {&corpus.videos, &corpus.audios})
+        for (const MediaAsset& file : *files) names.add(file);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(
+            SyncDoubts::of({groups, corpus.audios, rules, TrimMode::commonDuration, {}, names}));
 }
 
 /// What matching must at least do: every file stands in the result.
@@ -202,8 +219,13 @@ void registerCoreBenchmarks(const MediaCorpus& corpus, const MediaCorpus& cards,
     add("statFloor", [&corpus](benchmark::State& state) { statFloor(state, corpus); });
     add("rescan", [&corpus, cacheFile](benchmark::State& state) { rescan(state, corpus, cacheFile); });
     constexpr int hoursOfTheirOwn = 30240; // seconds; longer than a day's work
-    add("match", [](benchmark::State& state) { match(state, hoursOfTheirOwn); })->Arg(1000)->Arg(10000);
-    add("matchSameHours", [](benchmark::State& state) { match(state, 0); })->Arg(1000)->Arg(10000);
+    add("match", [](benchmark::State& state) { match(state, hoursOfTheirOwn, {}); })->Arg(1000)->Arg(10000);
+    add("matchSameHours", [](benchmark::State& state) { match(state, 0, MatchRules::neighbours()); })
+        ->Arg(1000)
+        ->Arg(10000);
+    constexpr std::uint64_t anHour = 3600;
+    add("doubts", [](benchmark::State& state) { doubts(state, 0); })->Arg(10000);
+    add("doubtsOfAWrongClock", [](benchmark::State& state) { doubts(state, anHour); })->Arg(10000);
     add("copyFiles", copyFiles)->Arg(1000)->Arg(10000);
     add("export", exportClips)->Arg(10000);
     add("exportAllVariants", exportAllVariants)->Arg(10000);

@@ -1,4 +1,5 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncCLI/Serve/LongIdentifiers.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
@@ -99,7 +100,7 @@ class Served {
         loop_->run();
         demand(said_.size() <= 1);
         if (said_.empty()) return demand(mayBeSilent(line));
-        const JSON answer = JSON::parse(said_.front());
+        const JSON answer = LongIdentifiers().parsed(said_.front());
         if (!answer.isArray()) {
             check(answer);
             if (answer.find("error") != nullptr) demand(state() == before);
@@ -142,7 +143,7 @@ class Served {
         const auto isNotification = [](const JSON& message) {
             return message.isObject() && message.find("id") == nullptr;
         };
-        const JSON message = JSON::parse(line);
+        const JSON message = LongIdentifiers().parsed(line);
         return message.isArray() ? std::ranges::all_of(*message.elements(), isNotification)
                                  : isNotification(message);
     }

@@ -44,6 +44,13 @@ void show(Context& context, const std::string& file, bool asJSON) {
     places.add({"saved", iso8601(project.savedAt)});
     addPlace(places, "video", project.videoFolderPath);
     addPlace(places, "audio", project.audioFolderPath);
+    for (const FileURL& folder : project.scanScope.moreFolders) addPlace(places, "more", folder);
+    for (const std::string& glob : project.scanScope.exclusions) places.add({"excluded", glob});
+    const SourceCorrections& corrections = project.sourceCorrections;
+    if (corrections.soundOffset) places.add({"sound offset", *corrections.soundOffset});
+    if (corrections.soundDate) places.add({"sound date", *corrections.soundDate});
+    if (corrections.timecodeRate)
+        places.add({"timecode rate", std::string(timecodeRate::name(*corrections.timecodeRate))});
     addPlace(places, "report", project.aleFilePath);
     context.out << places.text(context.mayColour) << "\n";
     Table clips({{"CLIP"}, {"CAMERA FILE"}, {"MATCH"}, {"EDITS"}});

@@ -71,7 +71,11 @@ class OpenSession {
         dependencies.settings = context.settings;
         dependencies.clock = context.clock;
         controller_ = ImportController::create(std::move(dependencies));
-        controller_->openStoredWork({folders_.videoFolder, folders_.audioFolder, std::move(read.groups)});
+        auto wildTracks = store.readWildTracks(info_.id);
+        if (wildTracks.problem) context.warn(*wildTracks.problem);
+        controller_->openStoredWork({folders_.videoFolder, folders_.audioFolder, std::move(read.groups),
+                                     std::move(wildTracks.record).value_or(std::vector<WildTrack>()),
+                                     folders_.scope, folders_.corrections});
     }
 
     const SessionInfo& info() const { return info_; }
@@ -97,6 +101,8 @@ void show(Context& context, const OpenSession& session, bool asJSON) {
     if (session.info().folder) table.add({"folder", *session.info().folder});
     table.add({"video", placeText(session.folders().videoFolder)});
     table.add({"audio", placeText(session.folders().audioFolder)});
+    for (const FileURL& folder : session.folders().scope.moreFolders) table.add({"more", placeText(folder)});
+    for (const std::string& glob : session.folders().scope.exclusions) table.add({"excluded", glob});
     table.add({"created", iso8601(session.info().created)});
     table.add({"modified", iso8601(session.info().modified)});
     table.add({"locked", std::to_string(session.info().lockedCount)});

@@ -27,9 +27,8 @@ SmartAudioMode smartAudioMode(const Context& context, const Arguments& arguments
 /// Says what was scanned, also where nothing of it can be exported.
 [[noreturn]] void failWithoutClips(Context& context, const ImportController& controller, bool asJSON) {
     std::string folders;
-    for (const auto& folder : {controller.work().videoFolderURL(), controller.work().audioFolderURL()})
-        if (folder && folders.find("'" + folder->path + "'") == std::string::npos)
-            folders += (folders.empty() ? "'" : " and '") + folder->path + "'";
+    for (const FileURL& folder : controller.work().folders())
+        folders += (folders.empty() ? "'" : " and '") + folder.path + "'";
     if (controller.scan().scanResult()->totalFiles() == 0)
         throw CommandError("no video or audio files in " + folders);
     if (controller.work().syncGroups().empty()) throw CommandError("no video files in " + folders);
@@ -40,16 +39,27 @@ SmartAudioMode smartAudioMode(const Context& context, const Arguments& arguments
         ", none of them matched");
 }
 
+std::vector<ReviewLine> readReview(const std::string& path) {
+    if (const std::string why = whyUnreadable(path, false); !why.empty())
+        throw UsageError("can't read the review '" + path + "': " + why);
+    return readReviewFile(path);
+}
+
 void sync(Context& context, const Arguments& arguments) {
-    DocumentOutput output(context, arguments, inputsOf(arguments));
+    RunInputs inputs = inputsOf(arguments);
+    const auto reviewFile = arguments.value("--apply");
+    if (reviewFile) inputs.addFile(*reviewFile, "the review");
+    DocumentOutput output(context, arguments, std::move(inputs));
+    const auto review = reviewFile ? std::optional(readReview(*reviewFile)) : std::nullopt;
     const SmartAudioMode smartAudio = smartAudioMode(context, arguments);
     ScanRun run(context, arguments);
     ImportController& controller = run.controller();
     controller.smartAudio().setAnalysesAfterScan(false); // once is enough, in the mode of this command
-    run.scan();
+    run.scan(review ? &*review : nullptr);
     if (controller.work().matchedCount() == 0) failWithoutClips(context, controller, arguments.has("--json"));
     if (smartAudio != SmartAudioMode::off)
         run.wait(controller.smartAudio().runSmartAudioAnalysis(smartAudio, false));
+    if (arguments.has("--loudness")) run.wait(controller.smartAudio().measureLoudness());
     run.show("Writing the document...");
     output.smartAudioMode = smartAudio;
     output.warnedAlready = run.warnings();
@@ -60,6 +70,9 @@ std::vector<Option> syncOptions() {
     std::vector<Option> options{
         {"--smart-audio", "MODE", "choose microphones by off, standard, studio, cinematic or custom"},
         {"--no-smart-audio", "", "leave every channel heard"},
+        {"--apply", "IN.tsv",
+         "do what a table says that scan --review has written and people have filled in"},
+        {"--loudness", "", "measure every clip and write the gain that brings it to the target loudness"},
     };
     options.insert(options.begin(), documentOptions().begin(), documentOptions().end());
     options.insert(options.end(), scanOptions().begin(), scanOptions().end());
@@ -72,7 +85,7 @@ const Command& syncCommand() {
     static const std::string settings = exportSettingsHelp();
     static const Command command{
         "sync",
-        "FOLDER [AUDIO_FOLDER] -o OUT.fcpxml [options]",
+        "FOLDER... -o OUT.fcpxml [options]",
         "The main job: scan, match, choose audio, write a document for Final Cut Pro.",
         "orvanesync sync demo/shoot/camera demo/shoot/sound -o demo/Synced.fcpxml",
         syncOptions(),

@@ -65,26 +65,27 @@ JSON rateOrNull(const std::optional<TimecodeFrameRate>& found) {
 
 void toSeconds(Context& context, const Arguments& arguments, const std::string& text) {
     const double fps = positiveRate(arguments, "--fps");
-    if (!Timecode::fromString(text, TimecodeUtils::frameRate(fps)))
-        context.warn("'" + text + "' is no timecode; it counts as midnight");
+    if (const std::string why = TimecodeUtils::whyNoTimecode(text, TimecodeUtils::frameRate(fps));
+        !why.empty())
+        throw UsageError("'" + text + "': " + why);
     answer(context, arguments, "seconds", TimecodeUtils::tcToSeconds(text, fps));
 }
 
-void warnBeyondTimecode(const Context& context, double frames) {
+void expectWithinTimecode(double frames) {
     if (!(std::abs(frames) < Timecode::frameCountLimit))
-        context.warn("that is more than a timecode can hold; it counts as zero");
+        throw UsageError("that is more than a timecode can hold");
 }
 
 void fromSeconds(Context& context, const Arguments& arguments, const std::string& text) {
     const double seconds = number(text);
     const TimecodeFrameRate frameRate = rate(arguments);
-    warnBeyondTimecode(context, seconds * timecodeRate::rate(frameRate).doubleValue());
+    expectWithinTimecode(seconds * timecodeRate::rate(frameRate).doubleValue());
     answer(context, arguments, "timecode", TimecodeUtils::secondsToTC(seconds, frameRate));
 }
 
 void fromFrames(Context& context, const Arguments& arguments, const std::string& text) {
     const std::int64_t frames = whole(text);
-    warnBeyondTimecode(context, static_cast<double>(frames));
+    expectWithinTimecode(static_cast<double>(frames));
     answer(context, arguments, "timecode", TimecodeUtils::framesToTC(frames, rate(arguments)));
 }
 

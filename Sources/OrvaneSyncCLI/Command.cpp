@@ -106,7 +106,7 @@ void applyOverrides(const Context& context, const Arguments& arguments) {
         const SettingDescription& setting = knownSetting(key);
         const platform::JSON value = settingValue(setting, text);
         context.settings->setOverride(key, value);
-        if (const auto problem = whyUseless(setting, value)) context.warn(*problem);
+        if (const auto problem = whyUseless(setting, value)) throw UsageError("--set: " + *problem);
     }
 }
 
@@ -125,6 +125,7 @@ int runCommand(const Command& command, std::span<const std::string> words, Conte
         applyOverrides(context, arguments);
         if (const auto* file = dynamic_cast<const platform::FileSettingsStore*>(context.settings.get()))
             if (const auto problem = file->problem()) context.warn(*problem);
+        for (const std::string& problem : uselessStoredValues(*context.settings)) context.warn(problem);
         command.run(context, arguments);
         if (platform::mediaLibraryWasMissed())
             context.warn("a file needs the media libraries, and their module is missing beside the program: "

@@ -208,14 +208,16 @@ std::string assetText(const MediaAsset& asset, bool bold) {
 }
 
 std::string smartAudioText(const ImportController& controller) {
-    if (controller.smartAudio().state().results.empty()) return "";
     const SmartAudioCounts counts = smartAudioCounts(controller);
+    const std::string loudness =
+        counts.measured > 0 ? "Loudness: " + counted(counts.measured, "clip", "clips") + " measured.\n" : "";
+    if (controller.smartAudio().state().results.empty()) return loudness;
     std::string text = "Smart Audio: " + counted(counts.clips, "clip", "clips") + " heard, " +
                        std::to_string(counts.chosen) + " of " +
                        counted(counts.channels, "channel", "channels") + " chosen";
     if (counts.unheardRecordings > 0)
         text += "; " + counted(counts.unheardRecordings, "recording", "recordings") + " can't be heard";
-    return text + ".\n";
+    return text + ".\n" + loudness;
 }
 
 } // namespace orvane::cli

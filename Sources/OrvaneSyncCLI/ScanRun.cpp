@@ -3,8 +3,11 @@
 
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ReportDoubt.h"
+#include "OrvaneSyncCLI/TypedSettings.h"
+#include "OrvaneSyncCore/Models/SettingValues.h"
 #include "Platform/Files.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <exception>
 #include <system_error>
@@ -21,28 +24,77 @@ FileURL folder(const std::string& path) {
     return {platform::files::standardized(path)};
 }
 
+using Folders = std::vector<FileURL>;
+
+Folders foldersNamed(const Arguments& arguments, std::string_view option) {
+    Folders folders;
+    for (const std::string& path : arguments.values(option)) folders.push_back(folder(path));
+    return folders;
+}
+
+std::optional<FileURL> takeFirst(Folders& folders) {
+    if (folders.empty()) return std::nullopt;
+    FileURL first = std::move(folders.front());
+    folders.erase(folders.begin());
+    return first;
+}
+
 void chooseFolders(ImportController& controller, const Arguments& arguments) {
-    const auto& folders = arguments.positionals();
-    if (folders.size() > 2) throw UsageError("more than two folders: " + folders[2]);
-    auto video = arguments.value("--video"), audio = arguments.value("--audio");
-    if (!folders.empty()) {
-        if (video || audio)
-            throw UsageError("give the folders by name (--video, --audio) or by place, not both");
-        // One folder stands for both kinds.
-        video = folders.front();
-        audio = folders.back();
+    Folders named = foldersNamed(arguments, "--video"), sounding = foldersNamed(arguments, "--audio");
+    Folders others;
+    for (const std::string& path : arguments.positionals()) others.push_back(folder(path));
+    std::optional<FileURL> video = takeFirst(named), audio = takeFirst(sounding);
+    // A folder without a kind stands for both: the first two for the kinds that no option names.
+    if (!video && !others.empty()) {
+        video = others.front();
+        if (audio || others.size() > 1) others.erase(others.begin());
     }
+    if (!audio) audio = takeFirst(others);
     if (!video && !audio) throw UsageError("which folder?");
-    if (video) controller.scan().setVideoFolderURL(folder(*video));
-    if (audio) controller.scan().setAudioFolderURL(folder(*audio));
+    ScanScope scope{.exclusions = arguments.values("--exclude")};
+    for (const Folders* more : {&named, &sounding, &others})
+        for (const FileURL& one : *more)
+            if (one != video && one != audio &&
+                std::ranges::find(scope.moreFolders, one) == scope.moreFolders.end())
+                scope.moreFolders.push_back(one);
+    if (std::ranges::find(scope.exclusions, std::string()) != scope.exclusions.end())
+        throw UsageError("--exclude needs a pattern, such as '*_proxy*'");
+    controller.scan().setVideoFolderURL(std::move(video));
+    controller.scan().setAudioFolderURL(std::move(audio));
+    controller.scan().setScope(std::move(scope));
+    try {
+        controller.scan().setCorrections(SourceCorrections::fromTexts(arguments.value("--sound-offset"),
+                                                                      arguments.value("--sound-date"),
+                                                                      arguments.value("--tc-rate")));
+    } catch (const CorrectionError& error) {
+        throw UsageError(error.what());
+    }
+}
+
+/// The same as its setting for this run.
+void chooseDays(Context& context, const Arguments& arguments) {
+    const auto days = arguments.value("--days");
+    if (!days) return;
+    const SettingDescription& setting = knownSetting("matching.days");
+    if (const auto problem = whyUseless(setting, *days)) throw UsageError("--days: " + *problem);
+    context.settings->setOverride(setting.key, *days);
 }
 
 } // namespace
 
 const std::vector<Option>& scanOptions() {
     static const std::vector<Option> options{
-        {"--video", "DIR", "the folder of the camera files alone"},
-        {"--audio", "DIR", "the folder of the recordings alone"},
+        {"--video", "DIR", "a folder of camera files; may come again"},
+        {"--audio", "DIR", "a folder of recordings; may come again"},
+        {"--exclude", "GLOB",
+         "pass over files and folders of this name, or with a slash of this path below a FOLDER; may come "
+         "again"},
+        {"--sound-offset", "[-]HH:MM:SS:FF", "how much later all recordings lie than they say"},
+        {"--sound-date", "YYYY-MM-DD", "the shoot day of all recordings, whatever they say"},
+        {"--tc-rate", "R",
+         "frames per second of all timecode, such as 23.976 or 29.97DF, whatever the files say"},
+        {"--days", "DAYS", "which days may meet: auto, same, midnight or neighbours"},
+        {"--choose", "first", "settle clips with several recordings by the one that is listed first"},
         {"--report", "FILE", "a camera or sound report (ALE, CSV, TSV) to lay over the clips"},
         {"--no-cache", "", "read every file anew; neither use nor keep earlier results"},
     };
@@ -59,7 +111,8 @@ RunInputs inputsOf(const Arguments& arguments) {
 }
 
 ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
-    : context_(context), loop_(platform::RunLoop::create()), progress_(context, arguments.has("--quiet")) {
+    : context_(context), loop_(platform::RunLoop::create()), progress_(context, arguments.has("--quiet")),
+      warnings_(uselessStoredValues(*context.settings)) {
     ImportController::Dependencies dependencies;
     dependencies.mainThread = loop_;
     dependencies.settings = context.settings;
@@ -67,6 +120,10 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
     if (!arguments.has("--no-cache")) dependencies.probeCache = context.openProbeCache();
     controller_ = ImportController::create(std::move(dependencies));
     if (folders == Folders::ofArguments) chooseFolders(*controller_, arguments);
+    chooseDays(context, arguments);
+    if (const auto chosen = arguments.value("--choose"); chosen && *chosen != "first")
+        throw UsageError("--choose takes first, not '" + *chosen + "'");
+    choosesFirst_ = arguments.has("--choose");
     if (const auto report = arguments.value("--report")) loadReport(*report);
     subscription_ = controller_->onChange([this](ImportField field) {
         if (field == ImportField::scanState && controller_->scan().scanState() != ScanState::done)
@@ -79,10 +136,10 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
     });
 }
 
-/// A report that cannot be read is a warning: the clips are worth having without it.
+/// A report without a table in it is a warning: the clips are worth having without it.
 void ScanRun::loadReport(const std::string& path) {
     if (const std::string why = whyNoReport(path); !why.empty())
-        return warn("can't read the report '" + path + "': " + why);
+        throw UsageError("can't read the report '" + path + "': " + why);
     wait(controller_->reports().loadALE({platform::files::standardized(path)}));
     if (const auto& error = controller_->reports().aleImportError())
         warn(*error);
@@ -97,19 +154,25 @@ void ScanRun::warn(std::string message) {
 
 void ScanRun::show(std::string_view phase) { progress_.show({std::string(phase), 0, 0}); }
 
-void ScanRun::scan() {
-    wait(controller_->scan().startScan());
+void ScanRun::scan(const std::vector<ReviewLine>* review) {
+    try {
+        wait(controller_->scan().startScan());
+    } catch (const CorrectionError& error) { // the files decide at which rate it counts
+        throw UsageError(error.what());
+    }
     wait(controller_->smartAudio().waitForAnalysisAfterScan());
     warnOfTheScan();
+    if (review != nullptr)
+        for (std::string& problem : applyReview(*controller_, *review).problems) warn(std::move(problem));
+    if (choosesFirst_) controller_->recordings().confirmAllAmbiguousMatches();
 }
 
 void ScanRun::open(const std::string& projectFile) {
     controller_->smartAudio().setAnalysesAfterScan(false); // the tracks are those that the project holds
     wait(controller_->project().loadProject({platform::files::standardized(projectFile)}));
-    for (const auto& folder : {controller_->work().videoFolderURL(), controller_->work().audioFolderURL()})
-        if (folder)
-            if (const std::string why = whyUnreadable(folder->path, true); !why.empty())
-                throw CommandError("can't read the project's folder '" + folder->path + "': " + why);
+    for (const FileURL& folder : controller_->work().folders())
+        if (const std::string why = whyUnreadable(folder.path, true); !why.empty())
+            throw CommandError("can't read the project's folder '" + folder.path + "': " + why);
     if (!controller_->scan().canScan()) throw CommandError("the project names no folders");
     if (const auto& error = controller_->reports().aleImportError())
         warn("the project's report can't be read: " + *error);

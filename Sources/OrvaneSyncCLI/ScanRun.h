@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkReview.h"
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncCLI/Context.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
@@ -31,8 +32,9 @@ class ScanRun {
     /// What was warned of so far, for JSON to repeat.
     const std::vector<std::string>& warnings() const { return warnings_; }
     /// Scans to the end, with progress, and waits for the analysis that the scan may start. Warns of what
-    /// could not be found, and of rates that can hardly be right.
-    void scan();
+    /// could not be found, and of rates that can hardly be right. Then settles what the review and the
+    /// arguments settle; null: no review.
+    void scan(const std::vector<ReviewLine>* review = nullptr);
     /// Says on the progress line what is being done, until the next wait ends.
     void show(std::string_view phase);
     void clearProgress() { progress_.clear(); }
@@ -53,6 +55,7 @@ class ScanRun {
     std::shared_ptr<ImportController> controller_;
     platform::Subscription subscription_;
     std::vector<std::string> warnings_;
+    bool choosesFirst_ = false;
 };
 
 } // namespace orvane::cli

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <memory>
+#include <queue>
 #include <set>
 #include <utility>
 #include <vector>
@@ -23,7 +24,7 @@ struct CloseDirectory {
 };
 using Directory = std::unique_ptr<DIR, CloseDirectory>;
 
-enum class Kind { file, folder, linkedFolder, brokenLink, other };
+enum class Kind { file, linkedFile, folder, linkedFolder, brokenLink, other };
 
 Kind kindOf(DIR* directory, const dirent& entry) {
     if (entry.d_type == DT_REG) return Kind::file;
@@ -37,13 +38,14 @@ Kind kindOf(DIR* directory, const dirent& entry) {
     };
     struct stat status {};
     if (::fstatat(parent, entry.d_name, &status, 0) != 0) return isLink() ? Kind::brokenLink : Kind::other;
-    if (S_ISREG(status.st_mode)) return Kind::file;
+    if (S_ISREG(status.st_mode)) return isLink() ? Kind::linkedFile : Kind::file;
     if (!S_ISDIR(status.st_mode)) return Kind::other;
     return isLink() ? Kind::linkedFolder : Kind::folder;
 }
 
 WalkEntry walkEntry(Kind kind) {
     if (kind == Kind::brokenLink) return WalkEntry::brokenLink;
+    if (kind == Kind::linkedFile) return WalkEntry::linkedFile;
     return kind == Kind::file ? WalkEntry::file : WalkEntry::directory;
 }
 
@@ -53,12 +55,17 @@ bool isItselfOrParent(std::string_view name) { return name == "." || name == "..
 
 bool walk(const std::string& folder, const std::function<void(const std::string&, WalkEntry)>& visit,
           const std::function<bool(const std::string&)>& descend, Hidden hidden,
-          const std::function<void(const std::string&)>& unreadable) {
+          const std::function<void(const std::string&)>& unreadable, LinkedFolders linkedFolders) {
     assertMayBlock("reading a folder");
     std::set<std::pair<dev_t, ino_t>> entered;
     std::vector<std::string> pending{folder};
+    std::queue<std::string> links;
     bool isTop = true;
-    while (!pending.empty()) {
+    while (!pending.empty() || !links.empty()) {
+        if (pending.empty()) {
+            pending.push_back(std::move(links.front()));
+            links.pop();
+        }
         const std::string path = std::move(pending.back());
         pending.pop_back();
         const Directory directory(::opendir(path.c_str()));
@@ -81,7 +88,11 @@ bool walk(const std::string& folder, const std::function<void(const std::string&
             if (kind == Kind::other) continue;
             std::string entryPath = prefix + entry->d_name;
             visit(entryPath, walkEntry(kind));
-            if (kind == Kind::folder && descend(entryPath)) pending.push_back(std::move(entryPath));
+            if (kind == Kind::folder && descend(entryPath))
+                pending.push_back(std::move(entryPath));
+            else if (kind == Kind::linkedFolder && linkedFolders == LinkedFolders::enter &&
+                     descend(entryPath))
+                links.push(std::move(entryPath));
         }
         std::reverse(pending.begin() + firstNew, pending.end());
     }

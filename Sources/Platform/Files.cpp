@@ -1,5 +1,6 @@
 #include "Platform/Files.h"
 #include "Platform/InterfaceThread.h"
+#include "Platform/KeptFiles.h"
 #include "Platform/Random.h"
 #include "Platform/ReadErrorWatch.h"
 #include "Platform/Stop.h"
@@ -12,12 +13,15 @@
 
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <climits>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <limits>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -291,15 +295,27 @@ std::string whyNoNewFile(const std::string& folder) {
     return reason == 0 ? "" : std::generic_category().message(reason);
 }
 
-std::string keepBeside(const std::string& path, std::string_view suffix) {
-    assertMayBlock("writing a file");
-    const auto kept = attributes(path);
-    const std::string first = path + std::string(suffix);
-    std::string name = first;
-    for (int i = 2; const auto there = attributes(name); ++i) {
-        if (kept && there->identity == kept->identity) return name; // before a write that failed
-        name = first + "-" + std::to_string(i);
+namespace {
+
+/// The files "<path><suffix>" and "<path><suffix>-2" and so on, by their numbers, of which the first is 1.
+std::map<std::uint64_t, std::string> keptBeside(const std::string& path, std::string_view suffix) {
+    const std::string first = path + std::string(suffix), folder = folderOf(path);
+    const std::string prefix = first.substr(first.rfind('/') + 1) + "-";
+    std::map<std::uint64_t, std::string> kept;
+    if (attributes(first)) kept[1] = first;
+    for (const std::string& name : childNames(folder).value_or(std::vector<std::string>())) {
+        if (!name.starts_with(prefix)) continue;
+        std::uint64_t number = 0;
+        const char* const end = name.data() + name.size();
+        const auto read = std::from_chars(name.data() + prefix.size(), end, number);
+        if (read.ec == std::errc() && read.ptr == end && number > 1)
+            kept[number] = first + name.substr(prefix.size() - 1);
     }
+    return kept;
+}
+
+/// The file under a second name, which nobody has.
+std::string keptAs(const std::string& path, const std::string& name) {
     const std::string temporary = temporaryName(name);
     Discard discard(temporary);
     // Followed where the path is a link, as a write to it is.
@@ -311,6 +327,28 @@ std::string keepBeside(const std::string& path, std::string_view suffix) {
     discard.disarm();
     syncFolder(folderOf(name));
     return name;
+}
+
+} // namespace
+
+std::string keepBeside(const std::string& path, std::string_view suffix) {
+    return keepSomeBeside(path, suffix, std::numeric_limits<std::size_t>::max());
+}
+
+std::string keepSomeBeside(const std::string& path, std::string_view suffix, std::size_t most) {
+    assertMayBlock("writing a file");
+    auto others = keptBeside(path, suffix);
+    const auto own = attributes(path);
+    for (const auto& [number, other] : others) {
+        const auto there = attributes(other);
+        if (own && there && there->identity == own->identity) return other; // before a write that failed
+    }
+    const std::uint64_t number = others.empty() ? 1 : others.rbegin()->first + 1;
+    const std::string name = path + std::string(suffix) + (number == 1 ? "" : "-" + std::to_string(number));
+    std::string kept = keptAs(path, name);
+    for (others[number] = kept; others.size() > most; others.erase(others.begin()))
+        ::unlink(others.begin()->second.c_str());
+    return kept;
 }
 
 void syncFolder(const std::string& folder) {

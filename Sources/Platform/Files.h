@@ -90,19 +90,22 @@ void removeTree(const std::string& path);
 /// Within one file system; replaces a file that has the new name. Throws FileError.
 void rename(const std::string& from, const std::string& to);
 
-enum class WalkEntry { file, directory, brokenLink };
+enum class WalkEntry { file, linkedFile, directory, brokenLink };
 enum class Hidden { skip, include };
+/// Whether links to folders are entered.
+enum class LinkedFolders { pass, enter };
 /// Visits every file and folder below the folder, to any depth, each folder's entries in the order of the
 /// file system. Hidden entries (names that begin with a dot) are passed over with everything below them. A
-/// link to a file is a file; a link to a folder is visited as a folder but not entered, so that a loop of
-/// links ends; a link that leads nowhere is visited as a broken one; devices, pipes and sockets are passed
-/// over. `descend` is asked about
-/// each folder that can be entered. A folder below that cannot be read is passed over, and `unreadable` told
-/// of it. Returns false when the top folder itself cannot be opened.
+/// link to a file is visited as a linked file, a link to a folder as a folder, one that leads nowhere as a
+/// broken one; devices, pipes and sockets are passed over. Each folder is entered once, by whatever links it
+/// is reached, so that a loop of links ends; links that are entered come behind everything that is no link.
+/// `descend` is asked about each folder that can be entered. A folder below that cannot be read is passed
+/// over, and `unreadable` told of it. Returns false when the top folder itself cannot be opened.
 bool walk(const std::string& folder,
           const std::function<void(const std::string& path, WalkEntry kind)>& visit,
           const std::function<bool(const std::string& path)>& descend, Hidden hidden = Hidden::skip,
-          const std::function<void(const std::string& path)>& unreadable = {});
+          const std::function<void(const std::string& path)>& unreadable = {},
+          LinkedFolders linkedFolders = LinkedFolders::pass);
 
 /// The names of all entries of one folder, hidden ones too, in no order. Nothing when it cannot be opened.
 std::optional<std::vector<std::string>> childNames(const std::string& folder);

@@ -18,6 +18,7 @@ class EditingTest : public test::ControllerTest {
         three.audioMatches.emplace_back(test::audio("two.wav"), 0, 60);
         three.audioMatches.emplace_back(test::audio("three.wav"), 0, 60);
         three.matchStatus = MatchStatus::ambiguous(3);
+        for (AudioMatch& match : three.audioMatches) match.audio.edit().channelCount = 9;
         open({three, test::clip(test::video("B.mov", "11:00:00:00"), test::audio("four.wav", "11:00:10:00")),
               SyncGroup(test::video("C.mov", ""), {}, MatchStatus::unmatched())});
     }
@@ -85,9 +86,6 @@ TEST_F(EditingTest, whatIsNoClipNoNumberOrNoPoolChangesNothing) {
     controller_->clips().setManualSensorFrameRate(id(), none);
     controller_->tracks().addBlockOverride(id(), 5, infinity, 9);
     EXPECT_EQ(toJSONArray(controller_->work().syncGroups()).dump(), before);
-    controller_->clips().adjustAudioOffset(id(), 1e308);
-    controller_->clips().adjustAudioOffset(id(), 1e308);
-    EXPECT_EQ(group().manualAudioOffsetSeconds, 1e308);
 
     SyncGroup alone(test::video("C.mov"), {}, MatchStatus::manual());
     alone.video.projectFrameRate = 0;
@@ -98,6 +96,82 @@ TEST_F(EditingTest, whatIsNoClipNoNumberOrNoPoolChangesNothing) {
     EXPECT_EQ(group().matchStatus, MatchStatus::manual());
     controller_->clips().setManualSensorFrameRate(id(), 50);
     EXPECT_EQ(group().video.offspeedConfidence, OffspeedConfidence::confirmed(false, 1));
+}
+
+TEST_F(EditingTest, whatMakesNoDifferenceIsNoStep) {
+    controller_->recordings().removeAudioMatch(id(), group().audioMatches[1].id);
+    controller_->recordings().resyncAllClips();
+    const UUID match = group().audioMatches.front().id, wild = controller_->work().wildTracks()[0].id;
+    nudge();
+    controller_->undo();
+    const UndoState before = controller_->work().undoState();
+    ASSERT_TRUE(before.canRedo);
+    const std::pair<const char*, std::function<void()>> edits[] = {
+        {"the name that it has", [&] { controller_->clips().setManualClipName(id(), " "); }},
+        {"the method that it has", [&] { controller_->clips().setSyncMethod(id(), SyncMethod::timecode); }},
+        {"there and back",
+         [&] {
+             for (int i = 0; i < 2; ++i) controller_->clips().toggleLocked(id());
+         }},
+        {"the same recordings", [&] { controller_->recordings().resyncClip(id()); }},
+        {"the same wild track", [&] { controller_->recordings().renameWildTrack(wild, ""); }},
+    };
+    for (const auto& [name, edit] : edits) {
+        controller_->withUndo({"Nothing"}, edit);
+        EXPECT_EQ(controller_->work().undoState(), before) << name;
+    }
+    EXPECT_EQ(group().audioMatches.front().id, match);
+}
+
+TEST_F(EditingTest, wildTracksGoAndComeWithTheirRecordings) {
+    const auto wild = [&] {
+        std::string text;
+        for (const WildTrack& track : controller_->work().wildTracks())
+            text += track.customName + (track.isApproved ? "! " : " ");
+        return text;
+    };
+    const auto step = [&](auto edit) { controller_->withUndo({"Edit"}, edit); };
+    RecordingEditing& recordings = controller_->recordings();
+    for (int i = 0; i < 2; ++i) recordings.removeAudioMatch(id(), group().audioMatches[1].id);
+    const MediaAsset two = controller_->work().wildTracks()[0].audio;
+    step([&] { recordings.renameWildTrack(two.id, "Birds"); });
+    step([&] { recordings.toggleWildTrackApproved(two.id); });
+    step([&] { recordings.attachAudioToGroup(id(2), two); });
+    EXPECT_EQ(wild(), "three ");
+    controller_->undo();
+    EXPECT_EQ(wild(), "Birds! three ");
+    controller_->redo();
+    step([&] { recordings.removeVideoFromSync(id(2)); });
+    EXPECT_EQ(wild(), "three two ");
+    recordings.renameWildTrack(two.id, "Wind");
+    controller_->undo();
+    EXPECT_EQ(wild(), "three ");
+    controller_->redo();
+    EXPECT_EQ(wild(), "three Wind ");
+    while (controller_->work().undoState().canUndo) controller_->undo();
+    EXPECT_EQ(wild(), "Birds! three ") << "names are no part of a step";
+}
+
+TEST_F(EditingTest, whatDoesNotExistIsRefused) {
+    const auto range = [&](std::size_t clip, double start, double end, int track) {
+        controller_->tracks().addBlockOverride(id(clip), start, end, track);
+    };
+    const std::pair<const char*, std::function<void()>> edits[] = {
+        {"a track below the first", [&] { range(0, 1, 2, 0); }},
+        {"a track behind the last", [&] { range(0, 1, 2, 10); }},
+        {"a clip without sound", [&] { range(2, 1, 2, 1); }},
+        {"before the clip", [&] { range(0, -0.01, 2, 1); }},
+        {"behind the clip", [&] { range(0, 59, 60.01, 1); }},
+        {"too quiet", [&] { controller_->tracks().setMasterGain(id(), -60.1, false); }},
+        {"too loud", [&] { controller_->tracks().setMasterGain(id(), 40.1, false); }},
+        {"more than a day", [&] { controller_->clips().adjustAudioOffset(id(), -0.01); }},
+    };
+    controller_->clips().adjustAudioOffset(id(), -86400);
+    range(0, 0, 60, 9);
+    controller_->tracks().setMasterGain(id(), 40, false);
+    const std::string before = toJSONArray(controller_->work().syncGroups()).dump();
+    for (const auto& [name, edit] : edits) EXPECT_THROW(edit(), OutOfRange) << name;
+    EXPECT_EQ(toJSONArray(controller_->work().syncGroups()).dump(), before);
 }
 
 TEST_F(EditingTest, rangeOverridesMakeRoom) {

@@ -1,6 +1,7 @@
 #include "MediaFactory/MovieMaker.h"
 #include "MediaFactory/SmallShoot.h"
 #include "OrvaneSyncApp/ControllerTest.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -130,6 +131,38 @@ TEST_F(ImportControllerTest, aRescanReplacesTheClipsAndKeepsKnownAssets) {
     EXPECT_TRUE(controller_->work().wildTracks().front().isApproved);
 }
 
+TEST_F(ImportControllerTest, aScanOverDecisionsCanBeTakenBack) {
+    test::makeSmallShoot(folder_.path());
+    scan(folder("camera"), folder("sound"));
+    const UUID wild = controller_->work().wildTracks().front().id;
+    scan(folder("camera"), folder("sound"));
+    EXPECT_FALSE(controller_->work().undoState().canUndo) << "nothing was decided";
+    EXPECT_NE(controller_->work().wildTracks().front().id, wild);
+
+    const UUID group = clip("A001C001")->id;
+    const auto scanned = controller_->scan().scanResult();
+    controller_->withUndo(undoSteps::toggleApproved, [&] { controller_->clips().toggleApproved(group); });
+    controller_->recordings().renameWildTrack(controller_->work().wildTracks().front().id, "Kitchen tone");
+    scan(folder("camera"), std::nullopt);
+    EXPECT_EQ(controller_->work().undoState().undoActionName, "Scan & Match");
+    EXPECT_TRUE(controller_->work().wildTracks().empty());
+    controller_->undo();
+    EXPECT_TRUE(clip("A001C001")->isApproved);
+    EXPECT_EQ(controller_->scan().scanResult(), scanned);
+    EXPECT_EQ(controller_->work().wildTracks().front().customName, "Kitchen tone");
+    scan(folder("camera"), folder("sound"));
+    EXPECT_EQ(controller_->work().wildTracks().front().customName, "Kitchen tone") << "by its file";
+    for (int i = 0; i < 2; ++i) controller_->undo();
+    EXPECT_EQ(clip("A001C001")->id, group);
+    EXPECT_FALSE(clip("A001C001")->isApproved);
+    controller_->redo();
+    controller_->redo();
+    EXPECT_NE(clip("A001C001")->id, group);
+
+    controller_->reset();
+    EXPECT_EQ(controller_->work().undoState(), UndoState{});
+}
+
 TEST_F(ImportControllerTest, aScanThatIsOvertakenLeavesNoTrace) {
     test::makeSmallShoot(folder_.path());
     controller_->scan().setVideoFolderURL(folder("camera"));
@@ -184,7 +217,7 @@ TEST_F(ImportControllerTest, mergesAReportBeforeAndAfterAScan) {
     EXPECT_EQ(notices, 1);
     scan(folder("camera"), folder("sound"));
     EXPECT_EQ(clip("A001C001")->clipName, "77-1");
-    EXPECT_EQ(controller_->reports().aleMatchStatus(), "ALE geladen: 1 von 4 Clips zugeordnet");
+    EXPECT_EQ(controller_->reports().aleMatchStatus(), "Report loaded: 1 of 4 clips matched");
 
     finish(controller_->reports().loadALE(other));
     EXPECT_EQ(controller_->reports().aleMetadataClipCount(), 2); // what an earlier report said stays
@@ -220,17 +253,17 @@ TEST_F(ImportControllerTest, mergesAReportBeforeAndAfterAScan) {
 
 TEST_F(ImportControllerTest, hintsAtAWrongStrategyBelowAQuarter) {
     const auto name = ALEMatchStrategy::name(), tape = ALEMatchStrategy::column("Tape");
-    const std::string byName = " — Match-Einstellung prüfen (aktuell: Dateiname ⇄ ALE-Spalte „Name“)";
+    const std::string byName = " — check the match setting (current: file name ⇄ ALE column “Name”)";
     const auto check = [&](const MetadataMerger::MergeResult& result, const ALEMatchStrategy& strategy,
                            const std::string& message) {
         EXPECT_EQ(ReportController::aleMatchStatusMessage(result, strategy), message);
     };
-    check({3, 10}, name, "ALE geladen: 3 von 10 Clips zugeordnet");
-    check({2, 10}, name, "ALE geladen: 2 von 10 Clips zugeordnet" + byName);
-    check({1, 4}, name, "ALE geladen: 1 von 4 Clips zugeordnet");
+    check({3, 10}, name, "Report loaded: 3 of 10 clips matched");
+    check({2, 10}, name, "Report loaded: 2 of 10 clips matched" + byName);
+    check({1, 4}, name, "Report loaded: 1 of 4 clips matched");
     check({0, 1}, tape,
-          "ALE geladen: 0 von 1 Clips zugeordnet — Match-Einstellung prüfen (aktuell: Spalte „Tape“)");
-    check({0, 0}, tape, "ALE geladen: 0 von 0 Clips zugeordnet");
+          "Report loaded: 0 of 1 clips matched — check the match setting (current: column “Tape”)");
+    check({0, 0}, tape, "Report loaded: 0 of 0 clips matched");
 }
 
 } // namespace

@@ -282,7 +282,8 @@ TEST_F(SessionKeepingTest, twoProgramsKeepBothSidesWork) {
         EXPECT_EQ(folder_.read(file(id, kept.back())).find("theirs"), std::string::npos);
         kept.push_back("groups.json.other-" + std::to_string(2 * turn - 1));
     }
-    EXPECT_NE(folder_.read(file(id, kept.front())).find("theirs"), std::string::npos);
+    EXPECT_EQ(names(id).size(), 3U + 5U);
+    EXPECT_FALSE(names(id).contains(kept.front())) << "the oldest goes";
     // Records that can't be read give way to nothing either.
     for (const char* record : {"folders.json", "session.json"})
         folder_.write(id.text() + ".orvanesync/" + record, "{");
@@ -305,6 +306,64 @@ TEST_F(SessionKeepingTest, twoProgramsKeepBothSidesWork) {
     manager_->rename(id, "Nobody's"); // of one that nobody has open nothing is left
     EXPECT_EQ(manager_->session(id), nullptr);
     EXPECT_EQ(manager_->lastSaveError(), std::nullopt);
+}
+
+TEST_F(SessionKeepingTest, wildTracksKeepTheirNamesWhoeverGaveThem) {
+    manager_->start(controller_);
+    const UUID id = newSession();
+    const auto track = [](const char* name) { return WildTrack(test::audio(name)); };
+    const WildTrack birds = track("birds.wav"), wind = track("wind.wav");
+    controller_->openStoredWork({{}, {}, {}, {birds, wind}}); // sound alone
+    controller_->recordings().renameWildTrack(birds.id, "Birds");
+    flush();
+    const auto theirController = makeController();
+    auto theirs = makeManager();
+    finish(theirs->load(id, theirController));
+    const auto shown = [](const ImportController& controller) {
+        std::string text;
+        for (const WildTrack& one : controller.work().wildTracks())
+            text += one.customName + (one.isApproved ? "! " : " ");
+        return text;
+    };
+    EXPECT_EQ(shown(*theirController), "Birds wind ");
+    theirController->recordings().toggleWildTrackApproved(wind.id);
+    finish(theirs->save(*theirController));
+    controller_->recordings().renameWildTrack(birds.id, "More birds");
+    flush();
+    finish(theirs->load(id, theirController));
+    EXPECT_EQ(shown(*theirController), "More birds wind! ");
+
+    // Clips that stand there are not emptied by a card without pictures.
+    bringClips(1);
+    flush();
+    controller_->openStoredWork({{}, {}, {}, {track("sea.wav")}});
+    flush();
+    EXPECT_EQ(onDisk(id).groups.size(), 1U);
+    EXPECT_EQ(manager_->session(id)->groupCount, 1);
+    finish(theirs->load(id, theirController));
+    EXPECT_EQ(shown(*theirController), "sea ");
+    folder_.write(file(id, "wild_tracks.json"), "[");
+    finish(theirs->load(id, theirController));
+    EXPECT_NE(theirs->problem()->find("wild tracks of this session can't be read"), std::string::npos);
+    controller_->recordings().toggleWildTrackApproved(controller_->work().wildTracks()[0].id);
+    flush();
+    EXPECT_EQ(folder_.read(file(id, "wild_tracks.json.unreadable")), "[");
+}
+
+TEST_F(SessionKeepingTest, aSessionDeletedDuringItsSaveStaysDeleted) {
+    manager_->start(controller_);
+    for (int turns = 0; turns < 8; ++turns) {
+        const UUID id = newSession();
+        bringClips(50);
+        const auto saving = manager_->save(*controller_);
+        for (int turn = 0; turn < turns; ++turn) mainThread_->runPosted();
+        manager_->deleteSession(id);
+        finish(saving);
+        flush();
+        EXPECT_TRUE(SessionStore(folder_.path()).isDeleted(id)) << turns;
+        EXPECT_EQ(manager_->session(id), nullptr);
+        EXPECT_EQ(manager_->lastSaveError(), std::nullopt);
+    }
 }
 
 TEST_F(SessionKeepingTest, recordsThatCannotBeReadAreToldOfAndNotReplacedByGuesses) {

@@ -1,6 +1,7 @@
 #include "MediaFactory/MovieMaker.h"
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncApp/ControllerTest.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
 #include "Support/Test.h"
@@ -10,6 +11,7 @@
 namespace orvane {
 namespace {
 
+namespace fs = std::filesystem;
 using Tracks = std::set<int>;
 
 constexpr std::uint32_t sampleRate = 8000, tenOClock = 36000, seconds = 12;
@@ -158,6 +160,55 @@ TEST_F(SmartAudioDriverTest, aRequestForOneClipAlwaysHearsItAndMeasuresItsLoudne
     analyse(UUID::random());
     analyse(clip("C_MOS")->id);
     EXPECT_EQ(controller_->smartAudio().state().results.size(), 2U);
+}
+
+TEST_F(SmartAudioDriverTest, measuresTheLoudnessOfAllClips) {
+    makeClip("S001", 1800);
+    test::WaveMaker()
+        .format({.sampleRate = sampleRate, .samples = test::SampleFormat::pcm16})
+        .bext({.date = "2026-11-20", .timeReference = std::uint64_t{tenOClock + 1800} * sampleRate})
+        .silence(seconds * sampleRate)
+        .writeTo(folder_.write("shoot/S01.WAV", ""));
+    scan(folder("shoot"), std::nullopt);
+    controller_->tracks().setMasterGain(clip("B001")->id, 3, false);
+    const auto measuring = controller_->smartAudio().measureLoudness();
+    EXPECT_EQ(controller_->smartAudio().state().progress.phase, "Measuring the loudness of T01.WAV");
+    finish(measuring);
+    const double lufs = clip("A001")->measuredLUFS.value_or(0);
+    EXPECT_EQ(clip("A001")->measuredLUFS,
+              LUFSMeter::measureIntegratedLUFS(clip("A001")->audioMatches.at(0).audio->url));
+    EXPECT_NEAR(clip("A001")->masterGainDB, -27 - (lufs - 2.25), 1e-9);
+    EXPECT_EQ(clip("B001")->measuredLUFS, lufs);
+    EXPECT_EQ(clip("B001")->masterGainDB, 3) << "set by hand";
+    EXPECT_EQ(clip("S001")->masterGainDB, 0) << "nothing to raise";
+    EXPECT_FALSE(clip("D001")->measuredLUFS) << "not settled";
+    EXPECT_TRUE(controller_->smartAudio().state().results.empty());
+    const auto warnings = smartAudioWarnings(*controller_);
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_TRUE(warnings[0].starts_with("no loudness could be measured for 'S001.mov': ")) << warnings[0];
+}
+
+TEST_F(SmartAudioDriverTest, leavesAClipAloneWhoseChannelsAreAllExcluded) {
+    analyseAll();
+    const UUID a = clip("A001")->id;
+    controller_->tracks().soloAlgorithmInclusion(a, 6);
+    settle();
+    finish(controller_->tracks().toggleAlgorithmInclusion(a, 6));
+    EXPECT_EQ(result("A001"), nullptr);
+    const Tracks before = active("A001");
+    EXPECT_FALSE(before.empty());
+    analyseAll(true);
+    EXPECT_EQ(result("A001"), nullptr);
+    EXPECT_EQ(active("A001"), before);
+    EXPECT_NE(result("B001"), nullptr) << "another camera of the recording";
+    const auto warnings = smartAudioWarnings(*controller_);
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_TRUE(warnings[0].starts_with("Smart Audio left out A001.mov: ")) << warnings[0];
+
+    finish(controller_->tracks().toggleAlgorithmInclusion(a, 2));
+    ASSERT_NE(result("A001"), nullptr) << "heard again once there is a channel";
+    EXPECT_EQ(blockTracks("A001"), Tracks{2});
+    EXPECT_TRUE(smartAudioWarnings(*controller_).empty());
 }
 
 /// The same sound as one file, and as a file a channel, each in two parts, with a copy and a second recorder.
@@ -338,6 +389,39 @@ TEST_F(SmartAudioDriverTest, aVerdictAnswersWhatTheClipIsWhenItComes) {
           true, {2});
     check("a range by hand", [&](const UUID& id) { controller_->tracks().addBlockOverride(id, 2, 4, 3); },
           true, {2, 3});
+}
+
+TEST_F(SmartAudioDriverTest, aRangeByHandKeepsItsPlaceInThePicture) {
+    const UUID a = clip("A001")->id;
+    analyse(a);
+    controller_->tracks().addBlockOverride(a, 2, 4, 3);
+    settle();
+    const auto byHand = [&] {
+        std::string text; // in tenths of a second of the recording
+        for (const BlockDecision& block : result("A001")->blocks)
+            if (block.activeTrack == 3)
+                text += std::to_string(std::lround(10 * block.startSeconds)) + "-" +
+                        std::to_string(std::lround(10 * block.endSeconds));
+        return text;
+    };
+    EXPECT_EQ(byHand(), "20-40");
+    const std::pair<double, const char*> nudges[] = {{0.5, "15-35"}, {-3, "45-65"}, {6, "0-5"}, {1, ""}};
+    for (const auto& [later, place] : nudges) {
+        controller_->clips().adjustAudioOffset(a, later);
+        EXPECT_EQ(byHand(), place) << later;
+        EXPECT_EQ(active("A001").contains(3), *place != '\0') << later;
+    }
+    controller_->clips().resetAudioOffset(a);
+    EXPECT_EQ(byHand(), "20-40");
+    EXPECT_EQ(clip("A001")->manualBlockOverrides.at(0).startSeconds, 2);
+
+    // A recording that begins a second into the clip.
+    fs::rename(folder_.path("shoot/T01.WAV"), folder_.path("away.WAV"));
+    makeRecording("T09.WAV", 1, 3);
+    finish(controller_->scan().startScan());
+    controller_->tracks().addBlockOverride(clip("A001")->id, 2, 4, 3);
+    analyse(clip("A001")->id);
+    EXPECT_EQ(byHand(), "10-30");
 }
 
 TEST_F(SmartAudioDriverTest, oneReadingAnswersAllChangesMadeBeforeIt) {

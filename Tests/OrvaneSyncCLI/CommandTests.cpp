@@ -39,11 +39,25 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     check({"snyc"}, 2, "did you mean 'sync'?");
     check({"--json", "scan", "x"}, 2, "the command comes first, and '--json' behind it");
     check({"scan"}, 2, "which folder?");
-    check({"scan", "a", "b", "c"}, 2, "more than two folders");
     check({"scan", "--vidoe", "x"}, 2, "did you mean '--video'?");
     check({"scan", "--video"}, 2, "needs a value");
     check({"scan", "--json=1", "x"}, 2, "takes no value");
-    check({"scan", "x", "--audio", "y"}, 2, "not both");
+    check({"scan", folder.path(), "--exclude", ""}, 2, "--exclude needs a pattern");
+    check({"scan", folder.path(), "--sound-offset", "1h"}, 2, "[-]HH:MM:SS:FF");
+    check({"scan", folder.path(), "--tc-rate", "25", "--sound-offset", "-00:00:01:25"}, 2, "frames go to 24");
+    check({"scan", folder.path(), "--sound-date", "2026-02-30"}, 2, "no day");
+    check({"scan", folder.path(), "--tc-rate", "fast"}, 2, "is none");
+    check({"scan", folder.path(), "--choose", "last"}, 2, "--choose takes first");
+    check({"scan", folder.path(), "--report", folder.path("gone.csv")}, 2, "gone.csv': No such file");
+    check({"scan", folder.path(), "--review", folder.path("take.wav")}, 1, "media");
+    check({"sync", folder.path(), "-o", "x", "--apply", folder.path("gone.tsv")}, 2, "No such file");
+    check({"sync", folder.path(), "-o", "x", "--apply", folder.path("empty/notes.txt")}, 1, "'camera_file'");
+    check({"scan", folder.path(), "--set", "trimMode=vidoe"}, 2, "takes one of common, video");
+    check({"timecode", "to-seconds", "01:00:00", "--fps", "25"}, 2, "it is no timecode");
+    check({"timecode", "to-seconds", "01:00:00:25", "--fps", "25"}, 2, "frames go to 24");
+    check({"timecode", "to-seconds", "01:01:00;01", "--fps", "29.97"}, 2, "drop frame leaves");
+    check({"timecode", "to-seconds", "01:60:00:00", "--fps", "25"}, 2, "go to 59");
+    check({"timecode", "from-seconds", "1e300", "--fps", "25"}, 2, "more than a timecode can hold");
     check({"scan", "--set", "novalue", "x"}, 2, "KEY=VALUE");
     check({"scan", ""}, 2, "name is empty");
     check({"sync", "x", "-o", "y", "--event", ""}, 2, "--event needs a name");
@@ -110,7 +124,7 @@ TEST(CommandLine, calculatesTimecodes) {
         EXPECT_TRUE(runWith(words).json() == expected) << runWith(words).out;
     };
     check({"to-seconds", "01:00:00;00", "--fps", "29.97"}, seconds(3599.9964000000004), "3599.9964000000004");
-    check({"to-seconds", "01:00:00", "--fps", "25"}, seconds(0), "0.0");
+    check({"to-seconds", "01:10:00;00", "--fps", "29.97"}, seconds(4199.995800000001), "4199.995800000001");
     check({"from-seconds", "3600", "--fps", "29.97"}, timecode("01:00:00;00"), "01:00:00;00");
     check({"from-seconds", "-1", "--rate", "fps25"}, timecode("00:00:-1:00"), "00:00:-1:00");
     check({"from-frames", "1800", "--rate", "fps29_97d"}, timecode("00:01:00;02"), "00:01:00;02");
@@ -327,13 +341,12 @@ TEST_F(ShootTest, aReportReachesTheClipsAndTheDocument) {
     const Outcome scan = runWith({"scan", folder_.path(), "--report", ale, "--json"});
     ASSERT_EQ(scan.status, done) << scan.err;
     const JSON state = scan.json();
-    EXPECT_EQ(*state.find("aleMatchStatus")->string(), "ALE geladen: 1 von 4 Clips zugeordnet");
+    EXPECT_EQ(*state.find("aleMatchStatus")->string(), "Report loaded: 1 of 4 clips matched");
     const JSON& group = state.find("syncGroups")->elements()->front();
     EXPECT_EQ(*group.find("aleMetadata")->find("Tape")->string(), "A001");
     EXPECT_EQ(group.find("video")->find("sensorFrameRate")->number(), 100);
     EXPECT_EQ(*state.find("displayNames")->find(*group.find("id")->string())->string(), "12A-3 Cam A 100fps");
-    EXPECT_NE(runWith({"scan", folder_.path(), "--report", ale}).out.find("1 von 4 Clips"),
-              std::string::npos);
+    EXPECT_NE(runWith({"scan", folder_.path(), "--report", ale}).out.find("1 of 4 clips"), std::string::npos);
 
     const Outcome sync = runWith(
         {"sync", folder_.path(), "-o", "-", "--report", ale, "--set", "export.splitEventsByScene=true"});
@@ -346,25 +359,20 @@ TEST_F(ShootTest, aReportReachesTheClipsAndTheDocument) {
     // By reel, and with so few clips that the column may be the wrong one.
     const Outcome hint = runWith({"scan", folder_.path(), "--report", ale, "--set", "ale.matchField=column",
                                   "--set", "ale.matchColumn=Scene"});
-    EXPECT_NE(hint.out.find("0 von 4 Clips zugeordnet — Match-Einstellung prüfen (aktuell: Spalte „Scene“)"),
+    EXPECT_NE(hint.out.find("0 of 4 clips matched — check the match setting (current: column “Scene”)"),
               std::string::npos)
         << hint.out;
 }
 
-TEST_F(ShootTest, aReportThatCannotBeReadIsAWarning) {
-    folder_.write("list.csv", "Name\nA\n");
-    for (const auto& [file, says] :
-         {std::pair{std::string("list.csv"), std::string("list.csv: No column header found in the file")},
-          {"gone.csv",
-           "can't read the report '" + folder_.path("gone.csv") + "': No such file or directory"}}) {
-        const Outcome outcome = runWith({"sync", folder_.path(), "-o", folder_.path("out.fcpxml"), "--report",
-                                         folder_.path(file), "--json"});
-        EXPECT_EQ(outcome.status, done);
-        EXPECT_EQ(outcome.err, "warning: " + says + "\n");
-        EXPECT_EQ(*outcome.json().find("warnings")->elements()->back().string(), says);
-        EXPECT_EQ(outcome.json().find("syncClipCount")->integer(), 3);
-        EXPECT_EQ(outcome.json().find("aleMatchStatus"), nullptr);
-    }
+TEST_F(ShootTest, aReportWithoutATableIsAWarning) {
+    const std::string says = "list.csv: No column header found in the file";
+    const Outcome outcome = runWith({"sync", folder_.path(), "-o", folder_.path("out.fcpxml"), "--report",
+                                     folder_.write("list.csv", "Name\nA\n"), "--json"});
+    EXPECT_EQ(outcome.status, done);
+    EXPECT_EQ(outcome.err, "warning: " + says + "\n");
+    EXPECT_EQ(*outcome.json().find("warnings")->elements()->back().string(), says);
+    EXPECT_EQ(outcome.json().find("syncClipCount")->integer(), 3);
+    EXPECT_EQ(outcome.json().find("aleMatchStatus"), nullptr);
 }
 
 TEST_F(ShootTest, whatTheScanDoubtsIsALineAndInTheJSON) {
@@ -538,13 +546,23 @@ TEST(ChannelStrip, showsWhoIsHeardWhen) {
     EXPECT_EQ(channelStrip({}, {"1"}, 18), "");
 }
 
-TEST(Settings, aValueThatNobodyTakesIsSaidButNoError) {
-    const auto check = [&](const char* assignment, const char* says) {
+TEST(Settings, aValueThatNobodyTakesIsAnErrorAndAWarningWhereItIsStored) {
+    const auto check = [&](const std::string& assignment, const std::string& says) {
         const Outcome outcome = runWith({"timecode", "rate-of", "25", "--set", assignment});
-        EXPECT_EQ(outcome.status, done);
+        EXPECT_EQ(outcome.status, wrongUsage);
         EXPECT_NE(outcome.err.find(says), std::string::npos) << outcome.err;
+
+        const auto store = std::make_shared<platform::MemorySettingsStore>();
+        const std::size_t equals = assignment.find('=');
+        const std::string key = assignment.substr(0, equals), value = assignment.substr(equals + 1);
+        store->set(key, value == "7" ? JSON(7) : value == "-0.1" ? JSON(-0.1) : JSON(value));
+        const Outcome stored = runWith({"timecode", "rate-of", "25"}, false, {}, store);
+        EXPECT_EQ(stored.status, done);
+        EXPECT_NE(stored.err.find("warning: stored settings: "), std::string::npos);
+        EXPECT_NE(stored.err.find(says + "; '"), std::string::npos) << stored.err;
+        EXPECT_NE(stored.err.find("' is used instead"), std::string::npos);
     };
-    check("trimMode=vidoe", "takes one of common, video, none; not 'vidoe'");
+    check("trimMode=vidoe", "takes one of common, video, none, overlap; not 'vidoe'");
     check("alternateWidth=wide", "takes an integer, not 'wide'");
     check("ltc.enabled=maybe", "takes a boolean, not 'maybe'");
     check("smartAudio.voiceIso=7", "takes a number from 0 to 1, not '7'");

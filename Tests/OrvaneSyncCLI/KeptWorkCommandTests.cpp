@@ -38,7 +38,7 @@ class KeptWork : public testing::Test {
         manager->captureActiveSettingsSnapshot();
         settings_->remove("eventName");
         session_ = manager->currentSessionId()->text();
-        controller->project().saveProject({project_});
+        finish(controller->project().saveProject({project_}));
     }
 
     test::TemporaryDirectory folder_;

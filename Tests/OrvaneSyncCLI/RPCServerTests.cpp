@@ -96,6 +96,10 @@ TEST_F(RPCServer, answersEveryMessageAsTheProtocolSays) {
          error("null", -32600, "id must be a text or a number")},
         {R"({"jsonrpc":"1.0","id":7,"method":"add"})", error("7", -32600, R"(jsonrpc must be \"2.0\")")},
         {R"({"jsonrpc":"2.0","id":7,"method":1})", error("7", -32600, "method must be a text")},
+        {R"({"jsonrpc":"2.0","id": 123456789012345678901234567890,"method":"add","params":{"number":0,"note":"\"id\":98765432109876543210"}})",
+         R"({"id":123456789012345678901234567890,"jsonrpc":"2.0","result":6})"},
+        {R"([{"id" : -98765432109876543210,"jsonrpc":"2.0","method":"sub"}])",
+         "[" + error("-98765432109876543210", -32601, "there is no method 'sub'") + "]"},
         {"1", error("null", -32600, "a request is an object")},
         {"[]", error("null", -32600, "the batch is empty")},
         {R"([1,{"jsonrpc":"2.0","method":"add","params":{"number":1}},{"jsonrpc":"2.0","id":2,"method":"add","params":{"number":1}}])",
@@ -144,6 +148,7 @@ TEST_F(RPCServer, cancelsAtOnceAndAnswersInTurn) {
     const std::string yes = R"({"id":"c","jsonrpc":"2.0","result":true})",
                       no = R"({"id":"c","jsonrpc":"2.0","result":false})";
     EXPECT_EQ(cancel("1"), no);
+    EXPECT_EQ(cancel("98765432109876543210"), no);
     server.receive(R"({"jsonrpc":"2.0","id":1,"method":"wait"})");
     server.receive(R"({"jsonrpc":"2.0","id":"1","method":"add","params":{"number":1}})");
     server.receive(

@@ -160,6 +160,14 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
          "1 can't read the folder '/no/where': No such file or directory"},
         {"adjustAudioOffset", onFirst(R"(,"deltaSeconds":"far")"),
          "-32602 adjustAudioOffset: deltaSeconds must be a number"},
+        {"adjustAudioOffset", onFirst(R"(,"deltaSeconds":-86400.5)"),
+         "-32602 adjustAudioOffset: deltaSeconds must be -86400 to 86400"},
+        {"setMasterGain", onFirst(R"(,"gainDB":41,"auto":false)"),
+         "-32602 setMasterGain: gainDB must be -60 to 40"},
+        {"addBlockOverride", onFirst(R"(,"startSeconds":0,"endSeconds":1,"trackIndex":7)"),
+         "-32602 addBlockOverride: trackIndex: the clip's take has tracks 1 to 6"},
+        {"addBlockOverride", onFirst(R"(,"startSeconds":-1,"endSeconds":1,"trackIndex":1)"),
+         "-32602 addBlockOverride: startSeconds must be 0 or more"},
         {"setSyncMethod", onFirst(R"(,"method":"luck")"), "-32602 setSyncMethod: there is no method 'luck'"},
         {"attachAudioToGroup", onFirst(R"(,"audio":"33333333-3333-4333-8333-333333333333")"),
          "1 attachAudioToGroup: no audio has this identifier"},
@@ -182,7 +190,7 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
         {"exportFCPXML", R"({"overwrite":1,"output":")" + folder_.path("x") + "\"}",
          "-32602 exportFCPXML: overwrite must be true or false"},
         {"setSetting", R"({"key":"trimMode","value":"longest"})",
-         "-32602 the setting 'trimMode' takes one of common, video, none; not 'longest'"},
+         "-32602 the setting 'trimMode' takes one of common, video, none, overlap; not 'longest'"},
     };
     for (const Case& test : cases) EXPECT_EQ(failure(test.method, test.params), test.failure);
 
@@ -248,6 +256,78 @@ TEST_F(ServeTest, aFolderIsNamedLeftOrTakenAway) {
     call("setFolders", R"({"audioFolder":null})");
     EXPECT_EQ(context_.controller->work().videoFolderURL(), FileURL{folder_.path("camera")});
     EXPECT_EQ(context_.controller->work().audioFolderURL(), std::nullopt);
+    // Further folders and exclusions go into the project and come back with it.
+    const std::string sound = folder_.path("sound"), project = folder_.path("day.orvanesync");
+    call("setFolders", R"({"moreFolders":[")" + sound + R"("],"exclude":["B001*"]})");
+    call("setCorrections", R"({"soundDate":"2026-11-20","timecodeRate":"25"})");
+    call("setCorrections", R"({"soundDate":null})");
+    EXPECT_NE(failure("setCorrections", R"({"soundOffset":"01:00:00:25"})"), "") << "it counts at 25";
+    const SourceCorrections corrections{{}, {}, TimecodeFrameRate::fps25};
+    call("startScan");
+    EXPECT_EQ(context_.controller->work().syncGroups().size(), 3U);
+    EXPECT_EQ(context_.controller->work().matchedCount(), 2);
+    call("saveProject", R"({"path":")" + project + "\"}");
+    call("reset");
+    EXPECT_TRUE(context_.controller->work().scanScope().isEmpty());
+    EXPECT_TRUE(context_.controller->work().sourceCorrections().isEmpty());
+    call("loadProject", R"({"path":")" + project + "\"}");
+    EXPECT_EQ(context_.controller->work().scanScope(), (ScanScope{{FileURL{sound}}, {"B001*"}}));
+    EXPECT_EQ(context_.controller->work().sourceCorrections(), corrections);
+    EXPECT_EQ(context_.controller->work().syncGroups().size(), 3U);
+    for (const char* bad : {R"({"moreFolders":["/","/nowhere"]})", R"({"moreFolders":"/"})",
+                            R"({"moreFolders":[""]})", R"({"exclude":[""]})", R"({"exclude":[1]})"})
+        EXPECT_NE(failure("setFolders", bad), "") << bad;
+    call("setFolders", R"({"moreFolders":null,"exclude":[]})");
+    EXPECT_TRUE(context_.controller->work().scanScope().isEmpty());
+}
+
+TEST_F(ServeTest, aReviewIsOneStep) {
+    scan();
+    const std::string table = folder_.path("review.tsv");
+    call("writeReview", R"({"output":")" + table + "\"}");
+    const std::string apply = R"({"path":")" + table + "\"}";
+    EXPECT_EQ(call("applyReview", apply).dump(), R"({"changedClips":0,"warnings":[]})");
+    EXPECT_FALSE(context_.controller->work().undoState().canUndo) << "nothing was asked for";
+    folder_.write("review.tsv", "camera_file\toffset_frames\tname\tskip\n"
+                                "camera/A001C001_261120_R1AB.mov\t12.5\tOne\tx\n"
+                                "B001C001_261120_R1CD.mov\t-1\n");
+    EXPECT_EQ(call("applyReview", apply).dump(), R"({"changedClips":2,"warnings":[]})");
+    const auto first = [&]() -> const SyncGroup& { return context_.controller->work().syncGroups().front(); };
+    EXPECT_EQ(first().manualAudioOffsetSeconds, 0.5);
+    EXPECT_EQ(first().manualClipName, "One");
+    EXPECT_TRUE(first().isExcludedFromExport);
+    EXPECT_EQ(call("applyReview", apply).dump(), R"({"changedClips":0,"warnings":[]})")
+        << "it is done already";
+    EXPECT_EQ(context_.controller->work().undoState().undoActionName, "Apply Review");
+    call("undo");
+    EXPECT_EQ(first().manualAudioOffsetSeconds, 0);
+    EXPECT_FALSE(first().manualClipName || first().isExcludedFromExport);
+}
+
+TEST_F(ServeTest, anotherRecordingCanBeChosen) {
+    scan();
+    SyncGroup group = test::clip(test::video("A.mov"), test::audio("first.wav"));
+    group.audioMatches.emplace_back(test::audio("second.wav", "10:00:30:00", 10), 30, 10);
+    group.matchStatus = MatchStatus::ambiguous(2);
+    SyncGroup other = group;
+    other.id = UUID::random();
+    const std::string second = group.audioMatches[1].id.text();
+    context_.controller->openStoredWork({{}, {}, SyncGroupList{group, other}});
+    const auto clip = [&](std::size_t i) -> const SyncGroup& {
+        return context_.controller->work().syncGroups()[i];
+    };
+    call("chooseRecording", R"({"groupID":")" + group.id.text() + R"(","matchID":")" + second + "\"}");
+    EXPECT_EQ(clip(0).primaryAudio()->filename, "second.wav");
+    EXPECT_EQ(clip(0).audioMatches.size(), 2U);
+    EXPECT_EQ(clip(0).matchStatus, MatchStatus::manual());
+    EXPECT_EQ(clip(1).matchStatus, MatchStatus::ambiguous(2));
+    call("chooseFirst");
+    EXPECT_EQ(clip(1).matchStatus, MatchStatus::manual());
+    EXPECT_EQ(clip(1).primaryAudio()->filename, "first.wav");
+    call("undo");
+    call("undo");
+    EXPECT_EQ(clip(0).primaryAudio()->filename, "first.wav");
+    EXPECT_EQ(clip(0).matchStatus, MatchStatus::ambiguous(2));
 }
 
 TEST_F(ServeTest, anEditAnswersWhenTheClipHasBeenAnalysedAgain) {
@@ -271,7 +351,7 @@ TEST_F(ServeTest, anEditAnswersWhenTheClipHasBeenAnalysedAgain) {
     };
     const std::string heard = tracks();
     const std::pair<const char*, std::string> edits[] = {
-        {"addBlockOverride", onFirst(R"(,"startSeconds":0,"endSeconds":1000,"trackIndex":9)")},
+        {"addBlockOverride", onFirst(R"(,"startSeconds":0,"endSeconds":60,"trackIndex":2)")},
         {"toggleTrackActive", onFirst(R"(,"trackIndex":1)")},
         {"toggleAlgorithmInclusion", onFirst(R"(,"trackIndex":1)")},
         {"resetAllClipsToAutoSync", "{}"},
@@ -279,13 +359,13 @@ TEST_F(ServeTest, anEditAnswersWhenTheClipHasBeenAnalysedAgain) {
     for (const auto& [method, params] : edits) {
         call(method, params);
         EXPECT_FALSE(context_.controller->smartAudio().state().isAnalyzing) << method;
-        EXPECT_EQ(tracks(), "9") << method;
+        EXPECT_EQ(tracks(), "2") << method;
     }
     const std::string range = first("manualBlockOverrides").elements()->front().find("id")->dump();
     call("toggleAlgorithmInclusion", onFirst(R"(,"trackIndex":1)"));
     call("removeBlockOverride", onFirst(R"(,"overrideID":)" + range));
     EXPECT_EQ(tracks(), heard);
-    EXPECT_NE(heard, "9");
+    EXPECT_NE(heard, "2");
 }
 
 TEST_F(ServeTest, keepsSessionsAndSettings) {
@@ -319,6 +399,65 @@ TEST_F(ServeTest, keepsSessionsAndSettings) {
     call("loadPreset", R"({"name":"One"})");
     EXPECT_EQ(call("setting", R"({"key":"eventName"})").dump(), "\"Day 1\"");
     EXPECT_EQ(call("presets").dump(), "[\"One\"]");
+}
+
+TEST_F(ServeTest, whatTheDiskRefusesIsAnError) {
+    call("newSession");
+    const std::string id = *call("sessions").elements()->front().find("id")->string();
+    call("createFolder", R"({"name":"Old"})");
+    call("setSessionFolder", R"({"folder":"Old","sessionId":")" + id + "\"}");
+    const std::filesystem::path sessions = work_.path("Orvane Tandrel/Sessions");
+    const struct {
+        std::filesystem::path file;
+        std::vector<std::pair<const char*, std::string>> calls;
+    } cases[] = {
+        {sessions / "folders.json",
+         {{"createFolder", R"({"name":"New"})"}, {"renameFolder", R"({"from":"Old","to":"Older"})"}}},
+        {sessions / (id + ".orvanesync") / "session.json",
+         {{"renameSession", R"({"name":"Mine","sessionId":")" + id + "\"}"},
+          {"setSessionFolder", R"({"folder":"New","sessionId":")" + id + "\"}"}}}};
+    for (const auto& [file, calls] : cases) {
+        std::filesystem::rename(file, file.string() + ".aside");
+        std::filesystem::create_directories(file / "x"); // stops the superuser too
+        for (const auto& [method, params] : calls) {
+            const std::string refused = failure(method, params);
+            EXPECT_TRUE(refused.starts_with("1 ") && refused.ends_with("it is tried again until it succeeds"))
+                << method << ": " << refused;
+        }
+        std::filesystem::remove_all(file);
+        std::filesystem::rename(file.string() + ".aside", file);
+        call("saveSession");
+    }
+    EXPECT_EQ(call("folderNames").dump(), R"(["New","Older"])");
+    const SessionInfo kept = SessionStore(sessions).list().front();
+    EXPECT_EQ(kept.name, "Mine");
+    EXPECT_EQ(kept.folder, "New");
+}
+
+TEST_F(ServeTest, aProjectIsOpenedInASessionOfItsOwn) {
+    call("newSession");
+    scan();
+    const std::string project = R"({"path":")" + folder_.path("day.orvanesync") + "\"}";
+    call("saveProject", project);
+    call("toggleApproved", onFirst());
+    call("saveSession", R"({"name":"Day one"})");
+    const std::string before = *call("sessionState").find("currentSessionId")->string();
+    call("setFolders", R"({"audioFolder":null})");
+    EXPECT_EQ(*call("sessions").elements()->front().find("name")->string(), "Day one") << "it was given";
+    call("toggleLocked", onFirst());
+    call("loadProject", project);
+    const std::string own = *call("sessionState").find("currentSessionId")->string();
+    EXPECT_NE(own, before);
+    EXPECT_FALSE(*call("undoState").find("canUndo")->boolean());
+    call("saveSession");
+    EXPECT_EQ(call("sessions").elements()->size(), 2U);
+    const auto first = [&](const std::string& id) {
+        call("loadSession", R"({"sessionId":")" + id + "\"}");
+        groupID_ = *call("state").find("syncGroups")->elements()->front().find("id")->string();
+        return this->first("isApproved").dump() + this->first("isLocked").dump();
+    };
+    EXPECT_EQ(first(before), "truetrue");
+    EXPECT_EQ(first(own), "falsefalse");
 }
 
 TEST_F(ServeTest, listsItsCommandsAsTheGuideDoes) {

@@ -38,7 +38,7 @@ TEST_F(SettingsCommand, keepsWhatItWasToldAndRefusesWhatNobodyReads) {
     check({"get", "trimMode"}, 0, "common\n");
     check({"set", "trimMode", "video"}, 0, "");
     check({"get", "trimMode"}, 0, "video\n");
-    check({"set", "trimMode", "longest"}, 2, "takes one of common, video, none; not 'longest'");
+    check({"set", "trimMode", "longest"}, 2, "takes one of common, video, none, overlap; not 'longest'");
     check({"get", "trimMode"}, 0, "video\n");
     check({"unset", "trimMode"}, 0, "");
     check({"get", "trimMode"}, 0, "common\n");

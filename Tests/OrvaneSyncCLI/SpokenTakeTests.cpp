@@ -183,7 +183,6 @@ TEST_F(SpokenTakeTest, theDocumentOpensTheMicrophonesOfWhoSpeaks) {
     check({"--set", "smartAudioMode=studio", "--smart-audio", "Cinematic"}, lavs, {"Mix"}, "amount=\"60\"");
     check({"--set", "smartAudioMode=custom", "--set", "smartAudio.loudness=0.42"}, lavs, {"Mix"},
           "amount=\"42\"");
-    check({"--set", "smartAudioMode=loud"}, lavs, {"Mix"}, "amount=\"30\"");
     check({"--set", "smartAudioMode=off"}, all, all, "");
     check({"--set", "smartAudioMode=studio", "--no-smart-audio"}, all, all, "");
     check({"--smart-audio", "off"}, all, all, "");

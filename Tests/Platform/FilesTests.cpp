@@ -1,4 +1,5 @@
 #include "Platform/Files.h"
+#include "Platform/KeptFiles.h"
 
 #include "Platform/FileLock.h"
 #include "Support/TemporaryDirectory.h"
@@ -105,6 +106,20 @@ TEST(Files, whatIsKeptBesideAFileIsKeptOnceAndNeverReplaced) {
     EXPECT_EQ(folder.read("a.other") + folder.read("a.other-2") + folder.read("a.other-3"), "older12");
     EXPECT_EQ(files::childNames(folder.path())->size(), 4U);
     EXPECT_THROW(files::keepBeside(folder.path("missing"), files::otherSuffix), FileError);
+}
+
+TEST(Files, ofFilesKeptBesideTheOldestGo) {
+    const TemporaryDirectory folder;
+    const std::string path = folder.path("a");
+    folder.write("a.other-x", "no number");
+    for (int i = 1; i <= 12; ++i) {
+        files::writeAtomically(path, std::to_string(i));
+        files::keepSomeBeside(path, files::otherSuffix, 5);
+    }
+    std::string left;
+    for (int i = 8; i <= 12; ++i) left += folder.read("a.other-" + std::to_string(i));
+    EXPECT_EQ(left, "89101112");
+    EXPECT_EQ(files::childNames(folder.path())->size(), 7U);
 }
 
 TEST(Files, aLockThatIsNeverLetGoIsAnError) {

@@ -57,7 +57,10 @@ void clearDecisions(SyncGroup& group) {
 void ClipEditing::adjustAudioOffset(UUID groupID, double deltaSeconds) {
     const SyncGroup* group = work_.syncGroups().find(groupID);
     if (group == nullptr || !std::isfinite(group->manualAudioOffsetSeconds + deltaSeconds)) return;
+    if (std::abs(group->manualAudioOffsetSeconds + deltaSeconds) > furthestOffsetSeconds)
+        throw OutOfRange("the sound can be moved by a day (86400 s) at most");
     work_.edit(groupID, [&](SyncGroup& own) { own.manualAudioOffsetSeconds += deltaSeconds; });
+    smartAudio_.layRangesAgain(groupID);
 }
 
 void ClipEditing::setAudioAnchor(UUID groupID, std::optional<double> secondsInAudio) {
@@ -67,6 +70,7 @@ void ClipEditing::setAudioAnchor(UUID groupID, std::optional<double> secondsInAu
 
 void ClipEditing::resetAudioOffset(UUID groupID) {
     work_.edit(groupID, [](SyncGroup& group) { group.manualAudioOffsetSeconds = 0; });
+    smartAudio_.layRangesAgain(groupID);
 }
 
 void ClipEditing::toggleLocked(UUID groupID) {

@@ -19,6 +19,8 @@ class ClipEditing {
   public:
     ClipEditing(OpenWork& work, SmartAudioController& smartAudio) : work_(work), smartAudio_(smartAudio) {}
 
+    static constexpr double furthestOffsetSeconds = 86400; ///< a day, either way
+    /// Throws OutOfRange where the offset would be further.
     void adjustAudioOffset(UUID groupID, double deltaSeconds);
     /// Absent: no anchor.
     void setAudioAnchor(UUID groupID, std::optional<double> secondsInAudio);

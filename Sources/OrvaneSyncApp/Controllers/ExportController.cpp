@@ -33,6 +33,10 @@ ExportSettings ExportController::exportSettings(const Options& options) const {
                                       [](const SyncGroup& group) { return group.matchStatus.isSettled(); });
     if (settled != work_.syncGroups().end()) request.sourceVideo = &settled->video;
     if (!work_.syncGroups().empty()) request.aspectAnchorWidth = work_.syncGroups().front().video.width;
+    try {
+        request.matchRules = work_.matchRules();
+    } catch (const CorrectionError&) { // nothing can have been matched by them
+    }
     return ExportSettings::fromUserDefaults(*work_.environment.settings, request);
 }
 

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
+#include <unordered_set>
 #include <utility>
 
 namespace orvane {
@@ -16,7 +17,7 @@ ImportController::ImportController(Dependencies dependencies)
       smartAudio_(work_), reports_(work_),
       scan_(work_, smartAudio_, reports_, std::move(dependencies.probeCache)),
       project_(work_, scan_, reports_), clips_(work_, smartAudio_), recordings_(work_, scan_, smartAudio_),
-      tracks_(work_, smartAudio_), export_(work_, smartAudio_) {
+      tracks_(work_, smartAudio_), export_(work_, smartAudio_), doubts_(work_, recordings_, smartAudio_) {
     work_.whenTakenBack = [this] { smartAudio_.caches().invalidateCachesAfterUndo(); };
 }
 
@@ -39,21 +40,28 @@ void ImportController::reset() {
     work_.notices.together([&] {
         work_.setVideoFolderURL(std::nullopt);
         work_.setAudioFolderURL(std::nullopt);
+        work_.setScanScope({});
+        work_.setSourceCorrections({});
         scan_.clear();
         project_.clear();
         reports_.clear();
-        work_.replace({}, {});
+        work_.openOtherWork({}, {});
         smartAudio_.caches().removeAll();
     });
 }
 
 void ImportController::openStoredWork(StoredWork work) {
+    std::unordered_set<UUID> used;
+    for (const SyncGroup& group : work.syncGroups)
+        for (const AudioMatch& match : group.audioMatches) used.insert(match.audio->id);
+    std::erase_if(work.wildTracks, [&](const WildTrack& track) { return used.contains(track.id); });
     work_.notices.together([&] {
-        work_.clearUndo();
         reset();
         work_.setVideoFolderURL(std::move(work.videoFolderURL));
         work_.setAudioFolderURL(std::move(work.audioFolderURL));
-        work_.replace(std::move(work.syncGroups), {});
+        work_.setScanScope(std::move(work.scanScope));
+        work_.setSourceCorrections(std::move(work.sourceCorrections));
+        work_.openOtherWork(std::move(work.syncGroups), std::move(work.wildTracks));
     });
 }
 

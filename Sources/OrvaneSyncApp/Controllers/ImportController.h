@@ -9,10 +9,12 @@
 #include "OrvaneSyncApp/Controllers/ScanController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
 #include "OrvaneSyncApp/Controllers/TrackEditing.h"
+#include "OrvaneSyncApp/Controllers/WorkDoubts.h"
 
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace orvane {
 
@@ -52,23 +54,29 @@ class ImportController {
     ProjectController& project() { return project_; }
     const ProjectController& project() const { return project_; }
     const ExportController& exporting() const { return export_; }
+    /// Why clips may not have the right sound, as `WorkDoubts::now`.
+    const SyncDoubts& doubts() const { return doubts_.now(); }
 
-    /// Runs a change of clips that the user can take back as one step. Steps hold the clips alone: what else
-    /// a change does, to wild tracks above all, stays when it is taken back.
+    /// Runs a change of clips that the user can take back as one step. Steps hold the clips, and which
+    /// recordings are wild tracks beside them; the names and approvals of these stay when a step is taken
+    /// back. A change that makes no difference is no step.
     void withUndo(const UndoStep& step, const std::function<void()>& mutation);
     /// Nothing when there is no step. What Smart Audio knows of the clips is forgotten with it.
     void undo();
     void redo();
 
-    /// Back to the empty state. Whatever runs stops, and leaves no trace.
+    /// Back to the empty state, with nothing to take back. Whatever runs stops, and leaves no trace.
     void reset();
     /// Work as it was stored: what stands in place of everything that was open before.
     struct StoredWork {
         std::optional<FileURL> videoFolderURL;
         std::optional<FileURL> audioFolderURL;
         SyncGroupList syncGroups;
+        std::vector<WildTrack> wildTracks = {}; ///< those that a clip uses are left out
+        ScanScope scanScope{};
+        SourceCorrections sourceCorrections = {};
     };
-    /// As `reset`, but with notices when the new work stands, and with nothing to take back.
+    /// As `reset`, but with notices when the new work stands.
     void openStoredWork(StoredWork work);
 
   private:
@@ -83,6 +91,7 @@ class ImportController {
     RecordingEditing recordings_;
     TrackEditing tracks_;
     ExportController export_;
+    WorkDoubts doubts_;
 };
 
 } // namespace orvane

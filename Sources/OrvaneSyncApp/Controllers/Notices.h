@@ -15,6 +15,8 @@ namespace orvane {
 enum class ImportField : std::uint8_t {
     videoFolderURL,
     audioFolderURL,
+    scanScope,
+    sourceCorrections,
     scanState,
     progress,
     discoveryResult,

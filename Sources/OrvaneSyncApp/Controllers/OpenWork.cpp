@@ -1,9 +1,12 @@
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
 
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Services/Naming/ClipNames.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 namespace orvane {
@@ -23,6 +26,7 @@ OpenWork::OpenWork(Environment theEnvironment)
       documents(platform::SerialQueue::create("documents")) {}
 
 void OpenWork::notify(ImportField field) {
+    if (field != ImportField::progress) ++revision_;
     if (field == ImportField::syncGroups) clipsByAudio_.reset();
     if (field == ImportField::syncGroups || field == ImportField::wildTracks) fileNames_.reset();
     notices.notify(field);
@@ -36,6 +40,34 @@ void OpenWork::setVideoFolderURL(std::optional<FileURL> folder) {
 void OpenWork::setAudioFolderURL(std::optional<FileURL> folder) {
     audioFolderURL_ = std::move(folder);
     notify(ImportField::audioFolderURL);
+}
+
+void OpenWork::setSourceCorrections(SourceCorrections corrections) {
+    if (corrections == sourceCorrections_) return;
+    sourceCorrections_ = std::move(corrections);
+    notify(ImportField::sourceCorrections);
+}
+
+MatchRules OpenWork::matchRules() const {
+    notices.assertOnMainThread();
+    return MatchRules::of(environment.settings->get(settings::matchingDays), sourceCorrections_,
+                          rateOfMostClips(syncGroups_));
+}
+
+void OpenWork::setScanScope(ScanScope scope) {
+    scanScope_ = std::move(scope);
+    notify(ImportField::scanScope);
+}
+
+std::vector<FileURL> OpenWork::folders() const {
+    std::vector<FileURL> all;
+    const auto add = [&](const FileURL& folder) {
+        if (std::ranges::find(all, folder) == all.end()) all.push_back(folder);
+    };
+    if (videoFolderURL_) add(*videoFolderURL_);
+    if (audioFolderURL_) add(*audioFolderURL_);
+    std::ranges::for_each(scanScope_.moreFolders, add);
+    return all;
 }
 
 int OpenWork::matchedCount() const { return count(syncGroups_, isSettled); }
@@ -73,7 +105,7 @@ const FileNames& OpenWork::fileNames() const {
             fileNames_->add(group.video);
             for (const AudioMatch& match : group.audioMatches) fileNames_->add(match.audio);
         }
-        for (const WildTrack& track : wildTracks_) fileNames_->add(track.audio);
+        for (const WildTrack& track : *wildTracks_) fileNames_->add(track.audio);
     }
     return *fileNames_;
 }
@@ -120,44 +152,130 @@ void OpenWork::changeClips(const std::function<void(SyncGroupList&)>& change) {
 
 void OpenWork::changeWildTracks(const std::function<void(std::vector<WildTrack>&)>& change) {
     notices.assertOnMainThread();
-    change(wildTracks_);
+    auto changed = std::make_shared<std::vector<WildTrack>>(*wildTracks_);
+    change(*changed);
+    wildTracks_ = std::move(changed);
     notify(ImportField::wildTracks);
 }
 
-void OpenWork::replace(SyncGroupList groups, std::vector<WildTrack> wildTracks) {
+void OpenWork::setClips(SyncGroupList groups, WildTracks wildTracks) {
+    syncGroups_ = std::move(groups);
+    syncGroups_.makeIndex();
+    notify(ImportField::syncGroups);
+    if (std::exchange(wildTracks_, std::move(wildTracks)) != wildTracks_) notify(ImportField::wildTracks);
+}
+
+void OpenWork::openOtherWork(SyncGroupList groups, std::vector<WildTrack> wildTracks) {
     notices.together([&] {
-        syncGroups_ = std::move(groups);
-        syncGroups_.makeIndex();
+        clearUndo();
+        isEdited_ = !groups.empty(); // by whom is not known
         isEmptiedByEdit_ = false;
-        wildTracks_ = std::move(wildTracks);
-        notify(ImportField::syncGroups);
-        notify(ImportField::wildTracks);
+        scan_.reset();
+        setClips(std::move(groups), std::make_shared<const std::vector<WildTrack>>(std::move(wildTracks)));
     });
+}
+
+bool OpenWork::mayHoldDecisions() const {
+    return isEdited_ || std::any_of(syncGroups_.begin(), syncGroups_.end(), holdsDecisions);
+}
+
+void OpenWork::adoptScan(SyncGroupList groups, std::vector<WildTrack> wildTracks,
+                         std::shared_ptr<const ScanOutcome> scan, ScanOf of) {
+    carryNamesAndApprovals(wildTracks, *wildTracks_);
+    notices.together([&] {
+        if (of == ScanOf::otherWork)
+            clearUndo();
+        else if (mayHoldDecisions() &&
+                 undoStack_.add(undoSteps::scanAndMatch, state(), environment.clock->now()))
+            notify(ImportField::undoState);
+        isEdited_ = false;
+        isEmptiedByEdit_ = false;
+        scan_ = std::move(scan);
+        setClips(std::move(groups), std::make_shared<const std::vector<WildTrack>>(std::move(wildTracks)));
+    });
+}
+
+/// Clips that were edited without a difference are other elements that say the same.
+bool OpenWork::differsFrom(const State& before) const {
+    const auto isSameTrack = [](const WildTrack& a, const WildTrack& b) {
+        return a.id == b.id && a.customName == b.customName && a.isApproved == b.isApproved;
+    };
+    if (before.wildTracks != wildTracks_ &&
+        !std::ranges::equal(*before.wildTracks, *wildTracks_, isSameTrack))
+        return true;
+    if (before.groups.size() != syncGroups_.size()) return true;
+    const SyncGroupChanges changes = syncGroups_.changesSince(before.groups);
+    if (!changes.came.empty() || !changes.moved.empty()) return true;
+    return std::ranges::any_of(
+        changes.changed, [&](std::size_t row) { return !saySame(before.groups[row], syncGroups_[row]); });
 }
 
 void OpenWork::withUndo(const UndoStep& step, const std::function<void()>& mutation) {
     notices.together([&] {
-        if (undoStack_.begin(step, syncGroups_, environment.clock->now())) notify(ImportField::undoState);
-        const bool wasEmpty = syncGroups_.empty();
+        State before = state();
         mutation();
-        if (!wasEmpty) isEmptiedByEdit_ = syncGroups_.empty();
+        if (!differsFrom(before)) {
+            syncGroups_ = std::move(before.groups);
+            wildTracks_ = std::move(before.wildTracks);
+            clipsByAudio_.reset();
+            fileNames_.reset();
+            return;
+        }
+        isEdited_ = true;
+        if (!before.groups.empty()) isEmptiedByEdit_ = syncGroups_.empty();
+        if (undoStack_.add(step, std::move(before), environment.clock->now())) notify(ImportField::undoState);
     });
 }
 
 void OpenWork::travel(UndoTravel direction) {
     notices.together([&] {
+        State target = state();
+        if (!(undoStack_.*direction)(target)) return;
         const bool wasEmpty = syncGroups_.empty();
-        if (!(undoStack_.*direction)(syncGroups_, environment.clock->now())) return;
         // A list without clips is the editor's where the step forward took them out; before the first step it
         // is that of work that was not there yet.
         if (wasEmpty) isEmptinessRedone_ = isEmptiedByEdit_;
-        isEmptiedByEdit_ =
-            syncGroups_.empty() && direction == &UndoStack<SyncGroupList>::redo && isEmptinessRedone_;
-        syncGroups_.makeIndex();
-        notify(ImportField::syncGroups);
+        const SyncGroupList clipsBefore = std::exchange(syncGroups_, target.groups);
+        isEmptiedByEdit_ = syncGroups_.empty() && direction == &UndoStack<State>::redo && isEmptinessRedone_;
+        isEdited_ = true;
+        WildTracks wildTracks = wildTracksOf(target, clipsBefore);
+        const bool isOfOtherScan = std::exchange(scan_, target.scan) != target.scan;
+        setClips(std::move(target.groups), std::move(wildTracks));
+        if (isOfOtherScan && whenScanTakenBack) whenScanTakenBack(scan_);
         if (whenTakenBack) whenTakenBack();
         notify(ImportField::undoState);
     });
+}
+
+/// The wild tracks as they go with the clips that now stand: what a clip uses is none, and what a clip has
+/// given up is one again if it was one at that time. Names and approvals are no part of a step, so those of
+/// tracks that are there stay. Only the clips of another scan bring all of theirs.
+OpenWork::WildTracks OpenWork::wildTracksOf(const State& target, const SyncGroupList& clipsBefore) const {
+    const bool isOfOtherScan = target.scan != scan_;
+    std::unordered_set<UUID> ours, theirs, wanted;
+    for (const WildTrack& track : *wildTracks_) ours.insert(track.id);
+    for (const WildTrack& track : *target.wildTracks) theirs.insert(track.id);
+    wanted = ours;
+    wanted.insert(theirs.begin(), theirs.end());
+    const auto usedBy = [&](const SyncGroupList& groups) {
+        std::unordered_set<UUID> used;
+        for (const SyncGroup& group : groups)
+            for (const AudioMatch& match : group.audioMatches)
+                if (wanted.contains(match.audio->id)) used.insert(match.audio->id);
+        return used;
+    };
+    const auto usedBefore = usedBy(clipsBefore), used = usedBy(syncGroups_);
+    std::vector<WildTrack> result;
+    for (const WildTrack& track : *target.wildTracks)
+        if (!used.contains(track.id) &&
+            (isOfOtherScan || ours.contains(track.id) || usedBefore.contains(track.id)))
+            result.push_back(track);
+    if (!isOfOtherScan)
+        for (const WildTrack& track : *wildTracks_)
+            if (!used.contains(track.id) && !theirs.contains(track.id)) result.push_back(track);
+    carryNamesAndApprovals(result, *wildTracks_);
+    if (std::ranges::equal(result, *wildTracks_, {}, &WildTrack::id, &WildTrack::id)) return wildTracks_;
+    return std::make_shared<const std::vector<WildTrack>>(std::move(result));
 }
 
 void OpenWork::clearUndo() {

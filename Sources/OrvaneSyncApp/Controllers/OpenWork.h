@@ -3,12 +3,16 @@
 #include "OrvaneSyncApp/Controllers/Notices.h"
 #include "OrvaneSyncApp/Controllers/UndoStack.h"
 #include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Models/ScanScope.h"
+#include "OrvaneSyncCore/Models/SourceCorrections.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Models/WildTrack.h"
+#include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 #include "Platform/SettingsStore.h"
 #include "Platform/Task.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -26,6 +30,15 @@ class GroupNotFound : public std::runtime_error {
     static constexpr int code = 404;
     GroupNotFound() : std::runtime_error("Group not found") {}
 };
+
+/// A decision was refused, as it is about something that does not exist or is out of its range. Says what is
+/// allowed.
+class OutOfRange : public std::invalid_argument {
+  public:
+    using std::invalid_argument::invalid_argument;
+};
+
+struct ScanOutcome;
 
 /// The state that the controllers of the open work share: folders, clips, wild tracks, and the steps to take
 /// back. The controllers change it, each change notifying; everybody else reads it. Interface thread.
@@ -47,11 +60,23 @@ class OpenWork {
 
     const std::optional<FileURL>& videoFolderURL() const { return videoFolderURL_; }
     const std::optional<FileURL>& audioFolderURL() const { return audioFolderURL_; }
+    const ScanScope& scanScope() const { return scanScope_; }
+    /// All that a scan reads, each once: first the video folder, then the audio folder, then the others.
+    std::vector<FileURL> folders() const;
+    /// What scans and every other matching of this work go by.
+    const SourceCorrections& sourceCorrections() const { return sourceCorrections_; }
+    /// The corrections and the setting of the days, for the clips that there are. Throws CorrectionError
+    /// where the frame of the sound offset does not exist at the rate of most clips.
+    MatchRules matchRules() const;
     const SyncGroupList& syncGroups() const { return syncGroups_; }
     /// Audio that no video claims, room tone included.
-    const std::vector<WildTrack>& wildTracks() const { return wildTracks_; }
+    const std::vector<WildTrack>& wildTracks() const { return *wildTracks_; }
+    /// The same for who keeps them: never changed, and another one after every change.
+    const std::shared_ptr<const std::vector<WildTrack>>& sharedWildTracks() const { return wildTracks_; }
     /// There are no clips because the editor took the last one out, and not because nothing is open or found.
     bool isEmptiedByEdit() const { return isEmptiedByEdit_; }
+    /// Differs after every change but those of a progress.
+    std::uint64_t revision() const { return revision_; }
     UndoState undoState() const { return undoStack_.state(); }
 
     int matchedCount() const;   ///< settled clips, without audio too
@@ -72,6 +97,9 @@ class OpenWork {
     void notify(ImportField field);
     void setVideoFolderURL(std::optional<FileURL> folder);
     void setAudioFolderURL(std::optional<FileURL> folder);
+    void setScanScope(ScanScope scope);
+    /// Holds from the next matching on. Nothing for the ones that are there.
+    void setSourceCorrections(SourceCorrections corrections);
     /// False when there is no such clip.
     bool edit(UUID groupID, const std::function<void(SyncGroup&)>& change);
     /// Notifies where there is such a clip.
@@ -79,15 +107,25 @@ class OpenWork {
                    const std::function<void(SyncGroup&)>& change);
     void changeClips(const std::function<void(SyncGroupList&)>& change);
     void changeWildTracks(const std::function<void(std::vector<WildTrack>&)>& change);
-    /// Clips and wild tracks of other work: that there are none is then no edit.
-    void replace(SyncGroupList groups, std::vector<WildTrack> wildTracks);
+    /// Clips and wild tracks of other work: that there are none is then no edit, and nothing of what was open
+    /// can be taken back.
+    void openOtherWork(SyncGroupList groups, std::vector<WildTrack> wildTracks);
+    /// What a scan has made, of the same work or of other work. Where the work before holds decisions, the
+    /// scan is a step. Wild tracks keep their names and approvals.
+    enum class ScanOf { sameWork, otherWork };
+    void adoptScan(SyncGroupList groups, std::vector<WildTrack> wildTracks,
+                   std::shared_ptr<const ScanOutcome> scan, ScanOf of);
 
+    /// Runs a change of clips as one step to take back. A change that makes no difference is no step, and
+    /// leaves clips and steps as they were.
     void withUndo(const UndoStep& step, const std::function<void()>& mutation);
-    void undo() { travel(&UndoStack<SyncGroupList>::undo); }
-    void redo() { travel(&UndoStack<SyncGroupList>::redo); }
+    void undo() { travel(&UndoStack<State>::undo); }
+    void redo() { travel(&UndoStack<State>::redo); }
     void clearUndo();
     /// Called within every undo and redo that changed the clips: for what was derived from them.
     std::function<void()> whenTakenBack;
+    /// Called within an undo or redo that leads to the clips of another scan; null: to clips of none.
+    std::function<void(const std::shared_ptr<const ScanOutcome>&)> whenScanTakenBack;
 
     /// How an operation that waits holds its controller: weakly, and while it is locked with all of the work.
     template <class Controller>
@@ -97,14 +135,33 @@ class OpenWork {
     std::weak_ptr<const void> owner;
 
   private:
-    using UndoTravel = bool (UndoStack<SyncGroupList>::*)(SyncGroupList&, std::chrono::nanoseconds);
+    using WildTracks = std::shared_ptr<const std::vector<WildTrack>>;
+    /// What a step holds.
+    struct State {
+        SyncGroupList groups;
+        WildTracks wildTracks;
+        std::shared_ptr<const ScanOutcome> scan; ///< which made the clips; null: none
+    };
+    using UndoTravel = bool (UndoStack<State>::*)(State&);
+
+    State state() const { return {syncGroups_, wildTracks_, scan_}; }
+    bool differsFrom(const State& before) const;
     void travel(UndoTravel direction);
+    WildTracks wildTracksOf(const State& target, const SyncGroupList& clipsBefore) const;
+    void setClips(SyncGroupList groups, WildTracks wildTracks);
+    bool mayHoldDecisions() const;
 
     std::optional<FileURL> videoFolderURL_;
     std::optional<FileURL> audioFolderURL_;
+    ScanScope scanScope_;
+    SourceCorrections sourceCorrections_;
+    std::uint64_t revision_ = 0;
     SyncGroupList syncGroups_;
-    std::vector<WildTrack> wildTracks_;
-    UndoStack<SyncGroupList> undoStack_;
+    WildTracks wildTracks_ = std::make_shared<const std::vector<WildTrack>>();
+    std::shared_ptr<const ScanOutcome> scan_;
+    UndoStack<State> undoStack_;
+    /// Since the clips were made, or they come from where somebody may have.
+    bool isEdited_ = false;
     bool isEmptiedByEdit_ = false;
     bool isEmptinessRedone_ = false; ///< redoing to a list without clips is an edit
     // Absent until somebody asks, and after every change of the clips or files.

@@ -4,7 +4,9 @@
 #include "Platform/Files.h"
 
 #include <algorithm>
+#include <exception>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -24,29 +26,73 @@ void keepUnapplied(const OrvaneSyncProject& unapplied, OrvaneSyncProject& projec
         if (!present.contains(entry.videoPath)) project.groups.push_back(entry);
 }
 
-/// A project as it was read, and whether a scan of its folders can begin.
-struct Opened {
-    std::shared_ptr<const OrvaneSyncProject> project;
-    bool hasFolders = false;
-};
+using EntriesByVideo = std::unordered_map<FileURL, const PersistedGroup*>;
 
-/// Returns the videos of the clips that lost their choice of tracks.
-std::vector<FileURL> lay(const ProjectService& service, const OrvaneSyncProject& project,
-                         SyncGroupList& groups, const std::vector<MediaAsset>& otherAudio) {
-    service.applyEdits(project, groups);
+EntriesByVideo byVideo(const std::vector<PersistedGroup>& entries) {
+    EntriesByVideo result;
+    for (const PersistedGroup& entry : entries) result.emplace(entry.videoPath, &entry);
+    return result;
+}
+
+/// Into a clip, or what is stored of one.
+template <class Clip>
+void takeTracks(const PersistedGroup& entry, Clip& other) {
+    other.manualActiveTracks = entry.manualActiveTracks;
+    other.algorithmExcludedTracks = entry.algorithmExcludedTracks;
+    other.manualBlockOverrides = entry.manualBlockOverrides;
+}
+
+/// Clips of which the editor has chosen no tracks since get back what could not be laid over them. `project`
+/// has an entry for each clip, in their order.
+void keepLeftOut(const std::vector<PersistedGroup>& leftOut, const SyncGroupList& groups,
+                 OrvaneSyncProject& project) {
+    const EntriesByVideo entries = byVideo(leftOut);
+    for (std::size_t i = 0; i < groups.size() && !entries.empty(); ++i) {
+        const SyncGroup& group = groups[i];
+        const auto entry = entries.find(group.video.url);
+        const bool isChosenAnew = group.hasManualTrackEdits() || !group.algorithmExcludedTracks.empty() ||
+                                  !group.manualBlockOverrides.empty();
+        if (entry == entries.end() || isChosenAnew) continue;
+        PersistedGroup& own = project.groups[i];
+        own.audioPaths = entry->second->audioPaths; // the numbers count their channels
+        takeTracks(*entry->second, own);
+    }
+}
+
+/// Lays the project over the clips, and of the entries that were left out their tracks. Returns the videos of
+/// the clips that lost their choice of tracks.
+std::vector<FileURL> lay(const ProjectService& service, const OrvaneSyncProject* project,
+                         const std::vector<PersistedGroup>& leftOut, SyncGroupList& groups,
+                         const std::vector<MediaAsset>& otherAudio) {
+    const EntriesByVideo entries = byVideo(leftOut);
+    groups.updateWhere([&](const SyncGroup& group) { return entries.contains(group.video.url); },
+                       [&](SyncGroup& group) { takeTracks(*entries.at(group.video.url), group); });
+    OrvaneSyncProject all;
+    all.groups = leftOut;
+    if (project != nullptr) {
+        service.applyEdits(*project, groups);
+        all.groups.insert(all.groups.end(), project->groups.begin(), project->groups.end());
+    }
     AudioByURL known;
     for (const SyncGroup& group : groups)
         for (const AudioMatch& match : group.audioMatches) known[match.audio->url] = &*match.audio;
     for (const MediaAsset& audio : otherAudio) known[audio.url] = &audio;
-    return fitTracksToRecordings(project, groups, known);
-}
-
-Opened read(const FileURL& url) {
-    const auto project = std::make_shared<const OrvaneSyncProject>(ProjectService().load(url));
-    return {project, isThere(project->videoFolderPath) && isThere(project->audioFolderPath)};
+    return fitTracksToRecordings(all, groups, known);
 }
 
 } // namespace
+
+/// A project as it was read, and whether a scan of its folders can begin.
+struct ProjectController::Opened {
+    std::shared_ptr<const OrvaneSyncProject> project;
+    bool hasFolders = false;
+};
+
+ProjectController::Opened ProjectController::read(const FileURL& url) {
+    const auto project = std::make_shared<const OrvaneSyncProject>(ProjectService().load(url));
+    return {project, isThere(project->videoFolderPath) && isThere(project->audioFolderPath) &&
+                         std::ranges::all_of(project->scanScope.moreFolders, isThere)};
+}
 
 ProjectController::ProjectController(OpenWork& work, ScanController& scan, ReportController& reports)
     : work_(work), scan_(scan), reports_(reports) {
@@ -63,8 +109,7 @@ RunInputs ProjectController::inputs() const {
 
 RunInputs ProjectController::inputsOfScan() const {
     RunInputs inputs;
-    for (const auto& folder : {work_.videoFolderURL(), work_.audioFolderURL()})
-        if (folder) inputs.addFolder(folder->path);
+    for (const FileURL& folder : work_.folders()) inputs.addFolder(folder.path);
     if (const auto& report = reports_.aleFileURL()) inputs.addFile(report->path, "the report");
     // Media has standard paths already, and there may be tens of thousands of files.
     std::unordered_set<std::string_view> known;
@@ -81,15 +126,34 @@ RunInputs ProjectController::inputsOfScan() const {
     return inputs;
 }
 
-void ProjectController::saveProject(const FileURL& url, OutputPermission permission) {
+platform::Task ProjectController::saveProject(FileURL url, OutputPermission permission) {
     work_.notices.assertOnMainThread();
-    const OutputGuard guard(OutputKind::project, inputsOfScan(), permission);
-    OrvaneSyncProject project =
-        projectService_.snapshot(work_.videoFolderURL(), work_.audioFolderURL(), reports_.aleFileURL(),
-                                 work_.syncGroups(), work_.environment.clock->date());
-    if (unapplied_) keepUnapplied(*unapplied_, project);
-    projectService_.save(project, url, guard);
-    setCurrentURL(url);
+    return work_.running.add(save(work_.weak(this), std::move(url), std::move(permission)));
+}
+
+platform::Task ProjectController::save(std::weak_ptr<ProjectController> weak, FileURL url,
+                                       OutputPermission permission) {
+    auto self = weak.lock();
+    const std::uint64_t clearings = self->clearings_;
+    const OpenWork& work = self->work_;
+    auto writing = platform::onQueue(
+        *work.documents, work.environment.mainThread,
+        [url, permission = std::move(permission), inputs = self->inputsOfScan(),
+         service = self->projectService_, video = work.videoFolderURL(), audio = work.audioFolderURL(),
+         report = self->reports_.aleFileURL(), groups = work.syncGroups(), scope = work.scanScope(),
+         corrections = work.sourceCorrections(), date = work.environment.clock->date(),
+         unapplied = self->unapplied_, leftOut = self->entriesLeftOut_] {
+            const OutputGuard guard(OutputKind::project, inputs, permission);
+            OrvaneSyncProject project = service.snapshot(video, audio, report, groups, date, scope);
+            project.sourceCorrections = corrections;
+            keepLeftOut(*leftOut, groups, project);
+            if (unapplied) keepUnapplied(*unapplied, project);
+            service.save(project, url, guard);
+        });
+    self.reset();
+    co_await writing;
+    self = weak.lock();
+    if (self && self->clearings_ == clearings) self->setCurrentURL(std::move(url));
 }
 
 void ProjectController::setCurrentURL(FileURL url) {
@@ -107,13 +171,34 @@ platform::Task ProjectController::open(std::weak_ptr<ProjectController> weak, Fi
     auto reading = platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
                                      [url](const std::stop_token& /*stop*/) { return read(url); });
     self.reset();
-    const Opened opened = co_await reading; // on failure nothing has changed
+    Opened opened = co_await reading; // on failure nothing has changed
     self = weak.lock();
     if (!self) co_return;
+    if (self->whenOpening) self->whenOpening();
+    self.reset();
+    const platform::Task opening = openWork(weak, std::move(opened), std::move(url));
+    std::exception_ptr raised;
+    try {
+        co_await opening;
+    } catch (...) {
+        raised = std::current_exception();
+    }
+    self = weak.lock();
+    if (self && self->whenOpened) self->whenOpened();
+    if (raised) std::rethrow_exception(raised);
+}
+
+platform::Task ProjectController::openWork(std::weak_ptr<ProjectController> weak, Opened opened,
+                                           FileURL url) {
+    auto self = weak.lock();
+    self->work_.clearUndo();
     self->scan_.abandonScan();
     const auto scanBefore = self->scan_.scanNumber();
     self->work_.setVideoFolderURL(opened.project->videoFolderPath);
     self->work_.setAudioFolderURL(opened.project->audioFolderPath);
+    self->work_.setScanScope(opened.project->scanScope);
+    self->work_.setSourceCorrections(opened.project->sourceCorrections);
+    self->clear();
     self->unapplied_ = opened.project;
     if (opened.project->aleFilePath) {
         const platform::Task loading = self->reports_.loadALEOfProject(*opened.project->aleFilePath);
@@ -123,7 +208,7 @@ platform::Task ProjectController::open(std::weak_ptr<ProjectController> weak, Fi
         if (!self || self->scan_.scanNumber() != scanBefore) co_return;
     }
     if (opened.hasFolders && self->scan_.canScan()) {
-        const auto scanning = self->scan_.startScan();
+        const auto scanning = self->scan_.startScan(OpenWork::ScanOf::otherWork);
         const auto scanNumber = self->scan_.scanNumber();
         self.reset();
         co_await scanning;
@@ -142,23 +227,43 @@ std::vector<FileURL> ProjectController::clipsNotFound() const {
 }
 
 void ProjectController::clear() {
+    ++clearings_;
     unapplied_.reset();
+    entriesLeftOut_ = std::make_shared<const Entries>();
     tracksLeftOut_.clear();
 }
 
 /// Where a project waits for its clips, its edits go over those that a scan has made.
 ScanController::EditOfClips ProjectController::edits() {
     tracksLeftOutByScan_ = std::make_shared<std::vector<FileURL>>();
-    if (!unapplied_) return nullptr;
-    return [service = projectService_, project = unapplied_, leftOut = tracksLeftOutByScan_](
-               SyncGroupList& groups, const std::vector<MediaAsset>& scannedAudio) {
-        *leftOut = lay(service, *project, groups, scannedAudio);
+    if (!unapplied_ && entriesLeftOut_->empty()) return nullptr;
+    return
+        [service = projectService_, project = unapplied_, entries = entriesLeftOut_,
+         leftOut = tracksLeftOutByScan_](SyncGroupList& groups, const std::vector<MediaAsset>& scannedAudio) {
+            *leftOut = lay(service, project.get(), *entries, groups, scannedAudio);
+        };
+}
+
+/// What was left out of clips that are there; of others it stays as it was.
+void ProjectController::adoptLeftOut(std::vector<FileURL> videos) {
+    std::unordered_set<FileURL> present;
+    for (const SyncGroup& group : work_.syncGroups()) present.insert(group.video.url);
+    const std::unordered_set<FileURL> leftOut(videos.begin(), videos.end());
+    Entries entries;
+    const auto add = [&](const PersistedGroup& entry) {
+        if (leftOut.contains(entry.videoPath) || !present.contains(entry.videoPath)) entries.push_back(entry);
     };
+    std::ranges::for_each(*entriesLeftOut_, add);
+    if (unapplied_)
+        for (const PersistedGroup& entry : unapplied_->groups)
+            if (present.contains(entry.videoPath)) add(entry);
+    entriesLeftOut_ = std::make_shared<const Entries>(std::move(entries));
+    tracksLeftOut_ = std::move(videos);
 }
 
 /// Entries whose clips are still not there wait on.
 void ProjectController::takeOverFromScan() {
-    tracksLeftOut_ = std::move(*tracksLeftOutByScan_);
+    adoptLeftOut(std::move(*tracksLeftOutByScan_));
     if (!unapplied_) return;
     std::unordered_set<FileURL> found;
     for (const SyncGroup& group : work_.syncGroups()) found.insert(group.video.url);
@@ -175,8 +280,11 @@ void ProjectController::layEditsOverClipsThatStayed() {
     if (!unapplied_ || !found || !found->isEmpty() || work_.syncGroups().empty()) return;
     std::vector<MediaAsset> wild;
     for (const WildTrack& track : work_.wildTracks()) wild.push_back(track.audio);
-    work_.changeClips(
-        [&](SyncGroupList& groups) { tracksLeftOut_ = lay(projectService_, *unapplied_, groups, wild); });
+    std::vector<FileURL> leftOut;
+    work_.changeClips([&](SyncGroupList& groups) {
+        leftOut = lay(projectService_, unapplied_.get(), *entriesLeftOut_, groups, wild);
+    });
+    adoptLeftOut(std::move(leftOut));
 }
 
 } // namespace orvane

@@ -7,6 +7,7 @@
 #include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
 #include "Platform/Task.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -21,13 +22,20 @@ class ProjectController {
 
     /// The file that the project was opened from or last saved to.
     const std::optional<FileURL>& currentURL() const { return currentURL_; }
-    /// Also keeps what an opened project says of clips that were not found. Throws OutputRefused, FileError
-    /// or ProjectError; the old file then stands.
-    void saveProject(const FileURL& url, OutputPermission permission = {});
+    /// Writes the decisions as they are at the call, on another thread. Also keeps what an opened project
+    /// says of clips that were not found, and choices of tracks that were left out, as long as nobody makes
+    /// another one. The task ends with OutputRefused, FileError or ProjectError when the file can't be
+    /// written; the old file then stands.
+    platform::Task saveProject(FileURL url, OutputPermission permission = {});
     /// Scans the project's folders and lays its edits over the clips. Where a folder is not there, no scan
     /// runs, the clips stay as they were, and the edits wait for the next scan. The task ends with a
     /// FileError or ProjectError when the file can't be opened; then nothing has changed.
+    ///
+    /// The work is then that of the project: no step of the work before can be taken back.
     platform::Task loadProject(FileURL url);
+    /// Called when a project was read and is about to take the place of the work, and when it has or was
+    /// given up: for who keeps the work.
+    std::function<void()> whenOpening, whenOpened;
     /// The clips, by their video, whose edits wait for a scan that finds them.
     std::vector<FileURL> clipsNotFound() const;
     /// The clips, by their video, whose choice of tracks was left out: its numbers count the channels of
@@ -41,11 +49,17 @@ class ProjectController {
     RunInputs inputs() const;
 
   private:
+    struct Opened;
+    static Opened read(const FileURL& url);
     static platform::Task open(std::weak_ptr<ProjectController> weak, FileURL url);
+    static platform::Task openWork(std::weak_ptr<ProjectController> weak, Opened opened, FileURL url);
+    static platform::Task save(std::weak_ptr<ProjectController> weak, FileURL url,
+                               OutputPermission permission);
     RunInputs inputsOfScan() const;
     void setCurrentURL(FileURL url);
     ScanController::EditOfClips edits();
     void takeOverFromScan();
+    void adoptLeftOut(std::vector<FileURL> videos);
     void layEditsOverClipsThatStayed();
 
     OpenWork& work_;
@@ -57,8 +71,13 @@ class ProjectController {
     /// waits.
     std::shared_ptr<const OrvaneSyncProject> unapplied_;
     std::vector<FileURL> tracksLeftOut_;
+    /// What the project says of the clips whose choice of tracks was left out: a scan that finds their
+    /// recordings gives it to them, and every save keeps it.
+    using Entries = std::vector<PersistedGroup>;
+    std::shared_ptr<const Entries> entriesLeftOut_ = std::make_shared<const Entries>();
     /// Written by the scan under way, on its thread, before it calls back.
     std::shared_ptr<std::vector<FileURL>> tracksLeftOutByScan_;
+    std::uint64_t clearings_ = 0; ///< tells a save that its work is no longer open
     const ProjectService projectService_{};
 };
 

@@ -1,11 +1,14 @@
 #include "OrvaneSyncApp/Controllers/RecordingEditing.h"
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Services/Matching/Recordings.h"
+#include "OrvaneSyncCore/Services/Takes/Recordings.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <tuple>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -28,6 +31,15 @@ bool uses(const SyncGroup& group, const UUID& audioID) {
                                [&](const AudioMatch& match) { return match.audio->id == audioID; });
 }
 
+/// Files that meet across midnight are of one day.
+bool areOfOtherDays(const FilePlace& clip, const std::optional<FilePlace>& sound) {
+    if (!clip.day || !sound || !sound->day || *clip.day == *sound->day) return false;
+    constexpr double secondsADay = 86400;
+    const double between = static_cast<double>(*sound->day - *clip.day) * secondsADay;
+    return !SyncEngine::overlapDuration(
+        clip.range, {sound->range.startSeconds + between, sound->range.endSeconds + between});
+}
+
 } // namespace
 
 void RecordingEditing::attachAudioToGroup(UUID groupID, MediaAsset audio) {
@@ -38,10 +50,11 @@ void RecordingEditing::attachAudioToGroup(UUID groupID, MediaAsset audio) {
         return;
     }
     const auto isIt = [&](const WildTrack& track) { return track.id == audio.id; };
+    const MatchRules rules = work_.matchRules();
     work_.notices.together([&] {
         work_.edit(groupID, [&](SyncGroup& own) {
             const SyncGroup before = own;
-            own.audioMatches.push_back(SyncEngine::matchByTimecode(own.video, audio));
+            own.audioMatches.push_back(SyncEngine::matchByTimecode(own.video, audio, rules));
             own.matchStatus = MatchStatus::manual();
             carryDecisions(own, before);
         });
@@ -92,6 +105,33 @@ void RecordingEditing::confirmAmbiguousMatch(UUID groupID) {
     work_.edit(groupID, [](SyncGroup& own) { own.matchStatus = MatchStatus::manual(); });
 }
 
+void RecordingEditing::confirmAllAmbiguousMatches() {
+    work_.editWhere(
+        [](const SyncGroup& group) {
+            return !group.isLocked && group.matchStatus.kind == MatchStatus::Kind::ambiguous;
+        },
+        [](SyncGroup& own) { own.matchStatus = MatchStatus::manual(); });
+}
+
+void RecordingEditing::chooseRecording(UUID groupID, UUID matchID) {
+    const SyncGroup* group = work_.unlockedGroup(groupID);
+    if (group == nullptr) return;
+    for (const auto& recording : recordingsOf(*group)) {
+        const auto holds = [&](std::size_t match) { return group->audioMatches[match].id == matchID; };
+        if (std::ranges::none_of(recording, holds)) continue;
+        work_.notices.together([&] {
+            work_.edit(groupID, [&](SyncGroup& own) {
+                const SyncGroup before = own;
+                putFirst(own, recording);
+                own.matchStatus = MatchStatus::manual();
+                carryDecisions(own, before);
+            });
+            smartAudio_.caches().removeSmartAudioCaches(groupID);
+        });
+        return;
+    }
+}
+
 void RecordingEditing::removeVideoFromSync(UUID groupID) {
     const SyncGroup* group = work_.unlockedGroup(groupID);
     if (group == nullptr) return;
@@ -131,11 +171,23 @@ void RecordingEditing::resyncClip(UUID groupID) {
     if (scanned == nullptr) gathered = availableAudioPool();
     const auto& pool = scanned != nullptr ? *scanned : gathered;
     if (pool.empty()) return;
-    const SyncGroupList matched = syncEngine_.match({group->video}, pool);
+    MatchRules rules = work_.matchRules();
+    const bool asksAllClips = rules.days == MatchingDays::automatic;
+    if (asksAllClips) rules.days = MatchingDays::midnight;
+    SyncGroupList matched = syncEngine_.match({group->video}, pool, rules);
+    if (asksAllClips && matched.front().isMOS()) {
+        // Whether a card's clock is wrong shows in what the other clips meet.
+        rules.days = MatchingDays::automatic;
+        matched = syncEngine_.match(videosOfClips(), pool, rules);
+    }
+    const SyncGroup* anew = nullptr;
+    for (const SyncGroup& one : matched)
+        if (one.video.id == group->video.id && one.video.url == group->video.url) anew = &one;
+    if (anew == nullptr) return;
     work_.edit(groupID, [&](SyncGroup& own) {
         const SyncGroup before = own;
-        own.audioMatches = matched.front().audioMatches;
-        own.matchStatus = matched.front().matchStatus;
+        own.audioMatches = anew->audioMatches;
+        own.matchStatus = anew->matchStatus;
         carryDecisions(own, before);
     });
     smartAudio_.caches().removeSmartAudioCaches(groupID);
@@ -145,10 +197,7 @@ void RecordingEditing::resyncAllClips() {
     work_.notices.assertOnMainThread();
     const auto pool = availableAudioPool();
     if (pool.empty()) return;
-    std::vector<MediaAsset> videos;
-    videos.reserve(work_.syncGroups().size());
-    for (const SyncGroup& group : work_.syncGroups()) videos.push_back(group.video);
-    const SyncGroupList matched = syncEngine_.match(videos, pool);
+    const SyncGroupList matched = syncEngine_.match(videosOfClips(), pool, work_.matchRules());
     std::unordered_map<std::string_view, const SyncGroup*> byPath;
     for (const SyncGroup& result : matched) byPath.try_emplace(result.video.url.path, &result);
     work_.notices.together([&] {
@@ -162,6 +211,13 @@ void RecordingEditing::resyncAllClips() {
                         });
         smartAudio_.caches().invalidateCachesAfterUndo();
     });
+}
+
+std::vector<MediaAsset> RecordingEditing::videosOfClips() const {
+    std::vector<MediaAsset> videos;
+    videos.reserve(work_.syncGroups().size());
+    for (const SyncGroup& group : work_.syncGroups()) videos.push_back(group.video);
+    return videos;
 }
 
 const std::vector<MediaAsset>* RecordingEditing::scannedAudio() const {
@@ -213,14 +269,25 @@ std::vector<MediaAsset> RecordingEditing::rawFilesAvailableToAttach(UUID excludi
     if (const SyncGroup* group = work_.syncGroups().find(excludingGroupID))
         for (const AudioMatch& match : group->audioMatches) left.insert(match.audio->id);
 
-    std::vector<std::pair<std::string, const MediaAsset*>> files; // with the key of the order
+    Places places(work_.matchRules());
+    const SyncGroup* own = work_.syncGroups().find(excludingGroupID);
+    const auto clip = own != nullptr ? places.of(own->video) : std::nullopt;
+    struct File {
+        bool isOfOtherDay;
+        std::string key; ///< of its name, for the order
+        const MediaAsset* audio;
+    };
+    std::vector<File> files;
     for (const MediaAsset* audio : audioPool())
         if (!left.contains(audio->id))
-            files.emplace_back(platform::text::localizedStandardSortKey(audio->filename), audio);
-    std::ranges::stable_sort(files, {}, [](const auto& file) -> const std::string& { return file.first; });
+            files.push_back({clip && areOfOtherDays(*clip, places.of(*audio)),
+                             platform::text::localizedStandardSortKey(audio->filename), audio});
+    std::ranges::stable_sort(files, [](const File& a, const File& b) {
+        return std::tie(a.isOfOtherDay, a.key) < std::tie(b.isOfOtherDay, b.key);
+    });
     std::vector<MediaAsset> result;
     result.reserve(files.size());
-    for (const auto& [key, audio] : files) result.push_back(*audio);
+    for (const File& file : files) result.push_back(*file.audio);
     return result;
 }
 

@@ -28,7 +28,11 @@ class RecordingEditing {
     platform::Task chooseAndAttachAudio(UUID groupID, FileURL file);
     void removeAudioMatch(UUID groupID, UUID matchID); ///< unless locked
     void confirmAmbiguousMatch(UUID groupID);          ///< unless locked
-    void removeVideoFromSync(UUID groupID);            ///< unless locked
+    void confirmAllAmbiguousMatches();                 ///< but those of locked clips
+    /// Unless locked: the files of the recording that holds this match come first and the clip is settled;
+    /// the other recordings stay behind.
+    void chooseRecording(UUID groupID, UUID matchID);
+    void removeVideoFromSync(UUID groupID); ///< unless locked
     /// Match anew against the pool, whatever was locked; manual decisions stay.
     void resyncClip(UUID groupID);
     void resyncAllClips();
@@ -40,7 +44,8 @@ class RecordingEditing {
     std::vector<MediaAsset> availableAudioPool() const;
     /// One of the pool; null when it is not in it. Valid until the clips change.
     const MediaAsset* audioInPool(const UUID& id) const;
-    /// The pool without wild tracks and the clip's own audio, in the order of a file browser.
+    /// The pool without wild tracks and the clip's own audio, in the order of a file browser; recordings of
+    /// another day than the clip's behind all others.
     std::vector<MediaAsset> rawFilesAvailableToAttach(UUID excludingGroupID) const;
     /// The stored names of the clips with this audio, ascending.
     std::vector<std::string> clipNames(UUID usingAudioID) const;
@@ -54,6 +59,7 @@ class RecordingEditing {
     /// Null: the scan read none.
     const std::vector<MediaAsset>* scannedAudio() const;
     std::vector<const MediaAsset*> audioPool() const;
+    std::vector<MediaAsset> videosOfClips() const;
 
     OpenWork& work_;
     ScanController& scan_;

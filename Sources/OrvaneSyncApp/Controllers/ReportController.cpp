@@ -141,12 +141,12 @@ ALEMatchStrategy ReportController::aleMatchStrategyFromDefaults() const {
 
 std::string ReportController::aleMatchStatusMessage(const MetadataMerger::MergeResult& result,
                                                     const ALEMatchStrategy& strategy) {
-    std::string message = "ALE geladen: " + std::to_string(result.matched) + " von " +
-                          std::to_string(result.total) + " Clips zugeordnet";
+    std::string message = "Report loaded: " + std::to_string(result.matched) + " of " +
+                          std::to_string(result.total) + " clips matched";
     if (result.total < 1 || result.matched >= fewClips * result.total) return message;
-    message += " — Match-Einstellung prüfen (aktuell: ";
-    message += strategy.kind == ALEMatchStrategy::Kind::column ? "Spalte „" + strategy.columnName + "“)"
-                                                               : "Dateiname ⇄ ALE-Spalte „Name“)";
+    message += " — check the match setting (current: ";
+    message += strategy.kind == ALEMatchStrategy::Kind::column ? "column “" + strategy.columnName + "”)"
+                                                               : "file name ⇄ ALE column “Name”)";
     return message;
 }
 

@@ -1,10 +1,8 @@
 #include "OrvaneSyncApp/Controllers/ScanController.h"
 
-#include "OrvaneSyncCore/Models/FilePaths.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Matching/ProxyFiles.h"
 #include "OrvaneSyncCore/Services/Matching/TakeStarts.h"
-#include "Platform/Files.h"
 #include "Platform/Stop.h"
 
 #include <chrono>
@@ -15,55 +13,6 @@
 namespace orvane {
 
 namespace {
-
-/// One form for every file, and each file once: the folders may be the same, or one inside the other. In the
-/// order of the paths, on which the order of clips, matches and wild tracks rests. The way to a folder is
-/// looked up once, whatever it holds.
-class Standardization {
-  public:
-    explicit Standardization(std::stop_token stop) : stop_(std::move(stop)) {}
-
-    std::vector<FileURL> sortedWithoutDuplicates(const std::vector<FileURL>& urls) {
-        std::unordered_set<FileURL> seen;
-        std::vector<FileURL> result;
-        result.reserve(urls.size());
-        for (const FileURL& url : urls) {
-            platform::throwIfStopped(stop_);
-            FileURL standard = standardized(url);
-            if (seen.insert(standard).second) result.push_back(std::move(standard));
-        }
-        sortByPath(result);
-        return result;
-    }
-
-  private:
-    FileURL standardized(const FileURL& url) {
-        const std::size_t slash = url.path.rfind('/');
-        if (slash == std::string::npos) return {platform::files::standardized(url.path)};
-        const auto [folder, isNew] = folders_.try_emplace(url.path.substr(0, slash));
-        if (isNew) {
-            // A link that is the last component stays, so the folder is asked for as the way to something in
-            // it.
-            const std::string inside = platform::files::standardized(folder->first + "/x");
-            folder->second = inside.substr(0, inside.size() - 1);
-        }
-        return {folder->second + url.path.substr(slash + 1)};
-    }
-
-    const std::stop_token stop_;
-    std::unordered_map<std::string, std::string> folders_;
-};
-
-/// Video folders may hold audio and audio folders video.
-DiscoveryResult discover(const FileDiscoveryService& service, const std::vector<std::string>& folders,
-                         const std::stop_token& stop) {
-    const DiscoveryResult found = service.discover(folders, stop);
-    Standardization standard(stop);
-    return {standard.sortedWithoutDuplicates(found.videoURLs),
-            standard.sortedWithoutDuplicates(found.audioURLs),
-            standard.sortedWithoutDuplicates(found.unreadableFolders),
-            standard.sortedWithoutDuplicates(found.brokenLinks)};
-}
 
 /// What the matching of a scan gives.
 struct Matches {
@@ -98,7 +47,11 @@ ScanController::ScanController(OpenWork& work, SmartAudioController& smartAudio,
                                                           set(progress_, step.second, ImportField::progress);
                                                   })),
       probeService_(std::make_shared<MediaProbeService>(work.environment.settings, std::move(probeCache))),
-      queue_(platform::SerialQueue::create("services")) {}
+      queue_(platform::SerialQueue::create("services")) {
+    work_.whenScanTakenBack = [this](const std::shared_ptr<const ScanOutcome>& outcome) {
+        show(outcome ? *outcome : ScanOutcome());
+    };
+}
 
 ScanController::~ScanController() { shown_->close(); }
 
@@ -110,7 +63,13 @@ void ScanController::setAudioFolderURL(std::optional<FileURL> folder) {
     work_.setAudioFolderURL(std::move(folder));
 }
 
-bool ScanController::canScan() const { return work_.videoFolderURL() || work_.audioFolderURL(); }
+void ScanController::setScope(ScanScope scope) { work_.setScanScope(std::move(scope)); }
+
+void ScanController::setCorrections(SourceCorrections corrections) {
+    work_.setSourceCorrections(std::move(corrections));
+}
+
+bool ScanController::canScan() const { return !work_.folders().empty(); }
 
 platform::Task ScanController::probeAudio(FileURL file,
                                           std::shared_ptr<std::optional<MediaAsset>> result) const {
@@ -122,11 +81,11 @@ platform::Task ScanController::probeAudio(FileURL file,
     *result = co_await probing;
 }
 
-platform::Task ScanController::startScan() {
+platform::Task ScanController::startScan(ScanOf of) {
     work_.notices.assertOnMainThread();
     if (runningScan_ && !runningScan_->isDone()) return *runningScan_;
     if (canScan()) smartAudio_.stop();
-    runningScan_ = work_.running.add(scan(work_.weak(this), ++scanNumber_));
+    runningScan_ = work_.running.add(scan(work_.weak(this), ++scanNumber_, of));
     return *runningScan_;
 }
 
@@ -137,18 +96,26 @@ std::shared_ptr<ScanController> ScanController::stillScanning(const std::weak_pt
     return self && self->scanNumber_ == scanNumber ? self : nullptr;
 }
 
-platform::Task ScanController::scan(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber) {
+platform::Task ScanController::scan(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber, ScanOf of) {
     auto self = weak.lock();
     if (!self || !self->canScan()) co_return;
     Earlier earlier{self->scanState_, self->discoveryResult_, self->scanResult_};
     self.reset();
-    const platform::Task steps = scanSteps(weak, scanNumber);
+    const platform::Task steps = scanSteps(weak, scanNumber, of);
     try {
         co_await steps;
     } catch (const platform::Stopped&) {
         if ((self = stillScanning(weak, scanNumber))) self->restore(std::move(earlier));
         throw;
+    } catch (const CorrectionError&) {
+        if ((self = stillScanning(weak, scanNumber))) self->restore(std::move(earlier));
+        throw;
     }
+}
+
+void ScanController::show(const ScanOutcome& outcome) {
+    set(discoveryResult_, outcome.discoveryResult, ImportField::discoveryResult);
+    set(scanResult_, outcome.scanResult, ImportField::scanResult);
 }
 
 void ScanController::restore(Earlier earlier) {
@@ -161,7 +128,8 @@ void ScanController::restore(Earlier earlier) {
     });
 }
 
-platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber) {
+platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber,
+                                         ScanOf of) {
     auto self = weak.lock();
     if (!self) co_return;
     const auto start = self->work_.environment.clock->now();
@@ -169,14 +137,12 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
     self->set(self->progress_, ScanProgress::idle(), ImportField::progress);
 
     std::vector<std::string> folders;
-    for (const auto& folder : {self->work_.videoFolderURL(), self->work_.audioFolderURL()})
-        if (folder && (folders.empty() || folders.front() != folder->path)) folders.push_back(folder->path);
+    for (const FileURL& folder : self->work_.folders()) folders.push_back(folder.path);
     // Every wait lets go of the controller, so that an abandoned one is not kept alive by its scan.
-    auto discovery =
-        platform::onQueue(*self->queue_, self->work_.environment.mainThread,
-                          [service = self->discoveryService_, folders](const std::stop_token& stop) {
-                              return discover(service, folders, stop);
-                          });
+    auto discovery = platform::onQueue(
+        *self->queue_, self->work_.environment.mainThread,
+        [service = self->discoveryService_, folders, exclusions = self->work_.scanScope().exclusions](
+            const std::stop_token& stop) { return service.discoverOnce(folders, stop, exclusions); });
     self.reset();
     const DiscoveryResult found = co_await discovery;
     self = stillScanning(weak, scanNumber);
@@ -229,7 +195,8 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
     self->set(self->scanState_, ScanState::matching, ImportField::scanState);
     self->set(self->progress_, ScanProgress{"Matching by timecode", 0, 0}, ImportField::progress);
     self.reset();
-    const platform::Task matching = match(weak, scanNumber);
+    const platform::Task matching =
+        match(weak, scanNumber, std::make_shared<const ScanOutcome>(ScanOutcome{found, result}), of);
     co_await matching;
     self = stillScanning(weak, scanNumber); // somebody may have reset the work on one of these notices
     if (!self) co_return;
@@ -247,16 +214,20 @@ std::function<void(int, int)> ScanController::progressReport(std::uint64_t scanN
     };
 }
 
-platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber) {
+platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber,
+                                     std::shared_ptr<const ScanOutcome> outcome, ScanOf of) {
     auto self = stillScanning(weak, scanNumber);
     if (!self) co_return;
     const auto merging = self->reports_.merging();
     auto matching = platform::onQueue(
         *self->queue_, self->work_.environment.mainThread,
-        [engine = self->syncEngine_, scanned = self->scanResult_, merging,
+        [engine = self->syncEngine_, scanned = outcome->scanResult, merging,
+         days = self->work_.environment.settings->get(settings::matchingDays),
+         corrections = self->work_.sourceCorrections(),
          edit = self->editsOfClips ? self->editsOfClips() : nullptr](const std::stop_token& stop) {
             Matches made;
-            made.groups = engine.match(scanned->videoAssets, scanned->audioAssets, stop);
+            const auto rules = MatchRules::of(days, corrections, rateOfMostClips(scanned->videoAssets));
+            made.groups = engine.match(scanned->videoAssets, scanned->audioAssets, rules, stop);
             made.wild = unclaimed(scanned->audioAssets, made.groups);
             made.reportStatus = merging.lay(made.groups, stop);
             if (edit) edit(made.groups, scanned->audioAssets);
@@ -268,25 +239,12 @@ platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::ui
     self = stillScanning(weak, scanNumber);
     if (!self) co_return;
     self->work_.notices.together([&] {
-        self->adoptMatches(std::move(made.groups), std::move(made.wild));
+        // An undo may have led to another one meanwhile.
+        if (self->scanResult_ != outcome->scanResult) self->show(*outcome);
+        self->work_.adoptScan(std::move(made.groups), std::move(made.wild), outcome, of);
+        self->smartAudio_.caches().removeAll();
         self->reports_.merged(merging, std::move(made.reportStatus));
         if (self->whenMatched) self->whenMatched();
-    });
-}
-
-/// The old groups go; wild tracks keep their names and approvals where the probe gave the same asset again.
-void ScanController::adoptMatches(SyncGroupList groups, std::vector<WildTrack> wild) {
-    std::unordered_map<UUID, const WildTrack*> before;
-    for (const WildTrack& track : work_.wildTracks()) before[track.id] = &track;
-    for (WildTrack& track : wild) {
-        const auto old = before.find(track.id);
-        if (old == before.end()) continue;
-        track.customName = old->second->customName;
-        track.isApproved = old->second->isApproved;
-    }
-    work_.notices.together([&] {
-        work_.replace(std::move(groups), std::move(wild));
-        smartAudio_.caches().removeAll();
     });
 }
 

@@ -20,6 +20,12 @@
 
 namespace orvane {
 
+/// What a scan found and read; the work is made of it.
+struct ScanOutcome {
+    std::optional<DiscoveryResult> discoveryResult;
+    std::shared_ptr<const ScanResult> scanResult;
+};
+
 /// From the folders to clips and wild tracks. Interface thread; files are read on a queue, one operation at a
 /// time.
 class ScanController {
@@ -37,12 +43,21 @@ class ScanController {
 
     void setVideoFolderURL(std::optional<FileURL> folder);
     void setAudioFolderURL(std::optional<FileURL> folder);
+    void setScope(ScanScope scope);
+    /// Holds from the next scan on.
+    void setCorrections(SourceCorrections corrections);
     /// At least one folder is set.
     bool canScan() const;
     /// Replaces all clips, and stops the analyses of those before. Files that cannot be read stay in the work
-    /// with what is known of them. Never fails. Done when the clips stand; Smart Audio starts after that by
-    /// itself. A second call while a scan runs waits for that scan. One that is stopped leaves all as it was.
-    platform::Task startScan();
+    /// with what is known of them. Done when the clips stand; Smart Audio starts after that by itself. Fails
+    /// with a CorrectionError, and leaves all as it was, where the work's sound offset has a frame that does
+    /// not exist at the rate of the clips. A second call while a scan runs waits for that scan. One that is
+    /// stopped leaves all as it was.
+    ///
+    /// Over work that holds decisions the scan is an undo step: taking it back brings the clips of before and
+    /// what was found then. `of`: whether the folders are those of the open work, or of other work that
+    /// takes its place, which clears the undo steps.
+    platform::Task startScan(OpenWork::ScanOf of = OpenWork::ScanOf::sameWork);
     /// A scan that runs ends without a trace.
     void abandonScan();
     /// Back to the state before any scan.
@@ -74,16 +89,17 @@ class ScanController {
     };
     using ScanStep = std::pair<std::uint64_t, ScanProgress>; ///< by number of the scan
 
-    static platform::Task scan(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber);
-    static platform::Task scanSteps(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber);
-    static platform::Task match(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber);
+    using ScanOf = OpenWork::ScanOf;
+    static platform::Task scan(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber, ScanOf of);
+    static platform::Task scanSteps(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber, ScanOf of);
+    static platform::Task match(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber,
+                                std::shared_ptr<const ScanOutcome> outcome, ScanOf of);
     void restore(Earlier earlier);
+    void show(const ScanOutcome& outcome);
     static std::shared_ptr<ScanController> stillScanning(const std::weak_ptr<ScanController>& weak,
                                                          std::uint64_t scanNumber);
     std::function<void(int, int)> progressReport(std::uint64_t scanNumber, std::string phase, int before,
                                                  int total);
-    /// `unclaimed`: the audio that no clip uses.
-    void adoptMatches(SyncGroupList groups, std::vector<WildTrack> unclaimed);
 
     OpenWork& work_;
     SmartAudioController& smartAudio_;

@@ -37,6 +37,7 @@ std::vector<std::string> SessionManager::folderNames() const {
 bool SessionManager::createFolder(std::string_view name) {
     assertOnMainThread();
     const std::string trimmed(platform::text::trimmed(name));
+    writeFolderChanges(); // who asks again wants to know whether it is written by now
     const auto taken = folderNames();
     if (trimmed.empty() || std::ranges::find(taken, trimmed) != taken.end()) return false;
     changeFolders([trimmed](std::vector<FolderInfo>& folders) { entryMade(folders, trimmed); });

@@ -78,10 +78,17 @@ void SessionManager::writeWork(const SessionStore& store, SessionGroupsWriter& w
     if (!data.work) return;
     attempt(outcome.failures, "groups.json", [&] {
         store.create(id); // somebody may have taken it away meanwhile
+        if (data.work->leavesClipsAlone) return;
         auto written = writer.write(id, data.work->groups, data.work->isEmptiedByEdit);
         if (written.kept) outcome.kept.push_back(std::move(*written.kept));
         outcome.areClipsOutdated = written.areOutdated;
     });
+    const WildTracksChange& wildTracks = data.work->wildTracks;
+    if (!wildTracks.isEmpty() || !store.hasWildTracks(id))
+        attempt(outcome.failures, "wild_tracks.json", [&] {
+            auto changed = store.changeWildTracks(id, wildTracks, outcome.areClipsOutdated);
+            if (changed.kept) outcome.kept.push_back(std::move(*changed.kept));
+        });
     const SessionFoldersChange& change = data.work->folders;
     auto onDisk = store.readFolders(id);
     outcome.folders = std::move(onDisk.record);
@@ -119,6 +126,7 @@ void SessionManager::finished(const UUID& id, Outcome outcome) {
             queue_->post([writer = groupsWriter_, id] { writer->closed(id); });
         } else if (const auto& work = written->second.work) {
             knownFolders_ = work->folders.folders;
+            knownWildTracks_ = work->wildTracks.tracks;
             areFoldersUnreadable_ = areFoldersUnreadable_ && work->folders.isEmpty();
             deletionProblem_.reset();
             tellProblem();

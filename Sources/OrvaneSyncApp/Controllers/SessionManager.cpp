@@ -10,6 +10,7 @@
 #include <charconv>
 #include <chrono>
 #include <cstdio>
+#include <exception>
 #include <utility>
 
 namespace orvane {
@@ -81,9 +82,20 @@ platform::Subscription SessionManager::onChange(std::function<void(SessionField)
 
 platform::Task SessionManager::save(const ImportController& controller, std::optional<std::string> name) {
     assertOnMainThread();
+    return save(workOf(controller), std::move(name));
+}
+
+platform::Task SessionManager::save(Work newWork, std::optional<std::string> name) {
     if (!currentSessionId_) return finishWrites({}); // nothing to wait for
     const UUID id = *currentSessionId_;
-    auto work = std::make_shared<const Work>(workOf(controller));
+    const auto waiting = unwritten_.find(id);
+    if (newWork.leavesClipsAlone && waiting != unwritten_.end() && waiting->second.work) {
+        const Work& earlier = *waiting->second.work; // whose clips are still to be written
+        newWork.groups = earlier.groups;
+        newWork.isEmptiedByEdit = earlier.isEmptiedByEdit;
+        newWork.leavesClipsAlone = earlier.leavesClipsAlone;
+    }
+    auto work = std::make_shared<const Work>(std::move(newWork));
     change(id, changeBySave(*work, std::move(name))).work = std::move(work);
     return startWriting(id);
 }
@@ -91,10 +103,13 @@ platform::Task SessionManager::save(const ImportController& controller, std::opt
 SessionInfoChange SessionManager::changeBySave(const Work& work, std::optional<std::string> name) const {
     const SyncGroupList& groups = work.groups;
     SessionInfoChange change;
+    if (name && platform::text::trimmed(*name).empty()) name.reset();
     // While nobody knows the folders of a session that has some, it keeps the name it has from them.
     if (!name && (!areFoldersUnreadable_ || !work.folders.isEmpty()))
         change.derivedName = defaultName(work.folders.folders, now());
+    if (name) change.nameAutoDerived = false;
     change.name = std::move(name);
+    if (work.leavesClipsAlone) return change;
     change.counts = {static_cast<int>(groups.size()),
                      static_cast<int>(std::count_if(groups.begin(), groups.end(),
                                                     [](const SyncGroup& group) { return group.isLocked; }))};
@@ -105,7 +120,11 @@ SessionInfoChange SessionManager::changeBySave(const Work& work, std::optional<s
 /// bookmark, of another platform, goes with the path it was made of.
 SessionManager::Work SessionManager::workOf(const ImportController& controller) const {
     Work work{
-        controller.work().syncGroups(), controller.work().isEmptiedByEdit(), {.folders = knownFolders_}};
+        .groups = controller.work().syncGroups(),
+        .isEmptiedByEdit = controller.work().isEmptiedByEdit(),
+        .folders = {.folders = knownFolders_},
+        .wildTracks = {controller.work().sharedWildTracks(), knownWildTracks_},
+    };
     const auto& video = controller.work().videoFolderURL();
     const auto& audio = controller.work().audioFolderURL();
     SessionFoldersChange& folders = work.folders;
@@ -119,6 +138,12 @@ SessionManager::Work SessionManager::workOf(const ImportController& controller) 
         folders.folders.audioFolder = audio;
         folders.folders.audioBookmark.reset();
     }
+    const ScanScope& scope = controller.work().scanScope();
+    folders.hasScope = !controller.work().folders().empty() && scope != knownFolders_.scope;
+    if (folders.hasScope) folders.folders.scope = scope;
+    const SourceCorrections& corrections = controller.work().sourceCorrections();
+    folders.hasCorrections = !controller.work().folders().empty() && corrections != knownFolders_.corrections;
+    if (folders.hasCorrections) folders.folders.corrections = corrections;
     return work;
 }
 
@@ -153,17 +178,24 @@ void SessionManager::start(const std::shared_ptr<ImportController>& controller) 
     if (std::exchange(isStarted_, true)) return;
     autosaveController_ = controller;
     controllerObservation_ = controller->onChange([this](ImportField field) {
-        if (field == ImportField::syncGroups || field == ImportField::videoFolderURL ||
-            field == ImportField::audioFolderURL)
+        if (field == ImportField::syncGroups || field == ImportField::wildTracks ||
+            field == ImportField::videoFolderURL || field == ImportField::audioFolderURL ||
+            field == ImportField::scanScope || field == ImportField::sourceCorrections)
             scheduleSave();
     });
+    controller->project().whenOpening = [weak = weak_from_this()] {
+        if (const auto self = weak.lock()) self->beginSessionOfProject();
+    };
+    controller->project().whenOpened = [weak = weak_from_this()] {
+        if (const auto self = weak.lock()) self->projectIsOpen();
+    };
     scheduleTimer();
     startObservingSettingsChanges();
 }
 
 /// One save for all the changes of a turn of the run loop.
 void SessionManager::scheduleSave() {
-    if (isRestoring_ || std::exchange(isSaveScheduled_, true)) return;
+    if (isRestoring_ || isProjectOpening_ || std::exchange(isSaveScheduled_, true)) return;
     mainThread_->post([weak = weak_from_this()] {
         if (const auto self = weak.lock()) self->saveScheduledChanges();
     });
@@ -178,12 +210,16 @@ void SessionManager::saveScheduledChanges() {
 void SessionManager::autosaveIfNeeded() {
     const bool isChanged = std::exchange(isSaveScheduled_, false);
     const auto controller = autosaveController_.lock();
-    if (!controller || !currentSessionId_) return;
+    if (!controller || !currentSessionId_ || isProjectOpening_) return;
     if (!isChanged && isDeletedByAnother()) {
         deletionProblem_ = "Another program has deleted this session; the next change saves it anew";
         return tellProblem();
     }
-    if (!controller->work().syncGroups().empty() || controller->work().isEmptiedByEdit()) save(*controller);
+    Work work = workOf(*controller);
+    work.leavesClipsAlone = work.groups.empty() && !work.isEmptiedByEdit;
+    // Without clips there may be sound, which has names.
+    if (!work.leavesClipsAlone || !controller->work().wildTracks().empty())
+        save(std::move(work), std::nullopt);
 }
 
 /// And nothing of it waits to be written here.
@@ -236,6 +272,7 @@ void SessionManager::loadSessionList() {
 struct SessionManager::Read {
     SessionStore::Groups groups;
     SessionStore::Stored<SessionFolders> folders;
+    SessionStore::Stored<std::vector<WildTrack>> wildTracks;
     std::optional<std::string> infoProblem;
 };
 
@@ -257,7 +294,7 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
     self->writeNow(sessionId); // what is read must be the newest
     auto reading = platform::onQueue(*self->queue_, self->mainThread_, [store = self->store_, sessionId] {
         return Read{store.readGroups(sessionId), store.readFolders(sessionId),
-                    store.readInfo(sessionId).problem};
+                    store.readWildTracks(sessionId), store.readInfo(sessionId).problem};
     });
     self.reset();
     Read read = co_await reading;
@@ -273,19 +310,26 @@ void SessionManager::open(const UUID& sessionId, Read read, ImportController& co
         [writer = groupsWriter_, sessionId, groups = read.groups] { writer->opened(sessionId, groups); });
     SessionFolders media = read.folders.record.value_or(SessionFolders{});
     const SessionFolders known = media;
+    std::vector<WildTrack> wildTracks = std::move(read.wildTracks.record).value_or(std::vector<WildTrack>());
+    const auto knownWildTracks = std::make_shared<const std::vector<WildTrack>>(wildTracks);
     if (const auto newer = unwritten_.find(sessionId); newer != unwritten_.end() && newer->second.work) {
-        read.groups.groups = newer->second.work->groups; // which the disk would not take
+        if (!newer->second.work->leavesClipsAlone)
+            read.groups.groups = newer->second.work->groups; // which the disk would not take
         media = newer->second.work->folders.folders;
+        if (const auto& tracks = newer->second.work->wildTracks.tracks) wildTracks = *tracks;
     }
     {
         const Restoring restoring(*this);
-        controller.openStoredWork({media.videoFolder, media.audioFolder, std::move(read.groups.groups)});
+        controller.openStoredWork({media.videoFolder, media.audioFolder, std::move(read.groups.groups),
+                                   std::move(wildTracks), media.scope, media.corrections});
     }
     const auto kept = std::exchange(keptWhileOpening_, {});
     setCurrentSession(sessionId);
     knownFolders_ = known;
+    knownWildTracks_ = knownWildTracks;
     areFoldersUnreadable_ = read.folders.problem.has_value();
-    for (const auto& problem : {read.infoProblem, read.folders.problem, read.groups.problem})
+    for (const auto& problem :
+         {read.infoProblem, read.folders.problem, read.wildTracks.problem, read.groups.problem})
         if (problem) openingProblem_ = openingProblem_ ? *openingProblem_ + "; " + *problem : *problem;
     tellProblem();
     tellOfKeptFiles(kept);
@@ -321,11 +365,28 @@ void SessionManager::leaveSession() {
     captureNowIfScheduled();
 }
 
+/// The clips of the work before may stand until those of the project do; they are kept where they belong.
+void SessionManager::beginSessionOfProject() {
+    ++openings_;
+    autosaveIfNeeded();
+    captureNowIfScheduled();
+    setCurrentSession(UUID::random());
+    isProjectOpening_ = true;
+}
+
+/// Or it was given up on the way. Not where another session was opened meanwhile.
+void SessionManager::projectIsOpen() {
+    if (!std::exchange(isProjectOpening_, false)) return;
+    if (const auto controller = autosaveController_.lock()) save(*controller);
+}
+
 void SessionManager::setCurrentSession(std::optional<UUID> id) {
     const auto before = std::exchange(currentSessionId_, id);
+    isProjectOpening_ = false;
     if (before && before != id && !unwritten_.contains(*before))
         queue_->post([writer = groupsWriter_, left = *before] { writer->closed(left); });
     knownFolders_ = {};
+    knownWildTracks_.reset();
     areFoldersUnreadable_ = false;
     openingProblem_.reset();
     deletionProblem_.reset();
@@ -377,7 +438,16 @@ void SessionManager::deleteSession(UUID sessionId) {
     assertOnMainThread();
     ++writeGeneration_[sessionId]; // writes on their way stop
     try {
-        store_.remove(sessionId);
+        // Behind a write under way, which would otherwise make the folder anew.
+        std::exception_ptr refused;
+        queue_->sync([&] {
+            try {
+                store_.remove(sessionId);
+            } catch (const platform::FileError&) {
+                refused = std::current_exception();
+            }
+        });
+        if (refused) std::rethrow_exception(refused);
     } catch (const platform::FileError&) {
         if (!store_.isDeleted(sessionId)) {
             if (unwritten_.contains(sessionId)) startWriting(sessionId);

@@ -49,6 +49,8 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     /// What people should know: what can't be read of the open session or of the list of folders, that
     /// another program has deleted the session, or which file was kept.
     const std::optional<std::string>& problem() const { return problem_; }
+    /// What the last writing of the list of folders failed at; absent once it is written.
+    const std::optional<std::string>& folderListError() const { return folderFailure_; }
     /// What the last writing of this session failed at; absent once it is written.
     std::optional<std::string> saveError(const UUID& sessionId) const;
     /// Sorted by name.
@@ -60,11 +62,12 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     // Saving.
 
     /// Saves the open session in the background; the task ends when it is on the disk, a later save has taken
-    /// its place, or it has failed (`lastSaveError`). Nothing without an open session. A session that was
-    /// never renamed is named after its media folders.
+    /// its place, or it has failed (`lastSaveError`). Nothing without an open session. A name that is given
+    /// stays; a session that nobody has named is named after its media folders.
     platform::Task save(const ImportController& controller, std::optional<std::string> name = std::nullopt);
-    /// From now on: saves after every change of clips or folders and every 5 seconds, and watches the
-    /// settings. A list without clips is saved only where the editor has emptied it. Once; later calls do
+    /// From now on: saves after every change of clips, wild tracks or folders and every 5 seconds, watches
+    /// the settings, and gives a project that is opened a session of its own, after that of the work before
+    /// was saved. A list without clips is saved only where the editor has emptied it. Once; later calls do
     /// nothing.
     void start(const std::shared_ptr<ImportController>& controller);
     /// The application is left, or comes back: saves; the timer rests in between.
@@ -126,6 +129,8 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
         SyncGroupList groups;
         bool isEmptiedByEdit = false;
         SessionFoldersChange folders;
+        WildTracksChange wildTracks;
+        bool leavesClipsAlone = false; ///< those on the disk stay
     };
     /// What of a session is not on the disk yet.
     struct Unwritten {
@@ -147,6 +152,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     void assertOnMainThread() const;
     Date now() const { return clock_->date(); }
 
+    platform::Task save(Work work, std::optional<std::string> name);
     SessionInfoChange changeBySave(const Work& work, std::optional<std::string> name) const;
     Work workOf(const ImportController& controller) const;
     /// Notes a change of a record as unwritten and shows it.
@@ -160,6 +166,8 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     void tellOfKeptFiles(const std::vector<std::string>& kept);
     bool isDeletedByAnother() const;
     void leaveSession();
+    void beginSessionOfProject();
+    void projectIsOpen();
     struct Read; ///< what the disk says of a session
     static platform::Task open(std::weak_ptr<SessionManager> weak, UUID sessionId,
                                std::weak_ptr<ImportController> controller, std::uint64_t opening);
@@ -220,16 +228,19 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     std::shared_ptr<platform::Timer> autosaveTimer_;
     std::shared_ptr<platform::Timer> settingsTimer_;
     bool isStarted_ = false;
-    bool isRestoring_ = false;     ///< changes of the clips are those of a session that opens
-    std::uint64_t openings_ = 0;   ///< tells an opening that another has taken its place
-    bool isSaveScheduled_ = false; ///< for the changes of this turn of the run loop
+    bool isRestoring_ = false;      ///< changes of the clips are those of a session that opens
+    std::uint64_t openings_ = 0;    ///< tells an opening that another has taken its place
+    bool isSaveScheduled_ = false;  ///< for the changes of this turn of the run loop
+    bool isProjectOpening_ = false; ///< what stands is no longer the session's, or not yet
 
     /// The newest write token of each session: an older write stops where it finds another one.
     std::map<UUID, std::uint64_t> writeGeneration_;
     std::map<UUID, Unwritten> unwritten_;
     std::map<UUID, std::string> failures_; ///< of sessions in `unwritten_`
-    SessionFolders knownFolders_;          ///< of the open session, as this process last read or wrote them
-    bool areFoldersUnreadable_ = false;    ///< those of the open session
+    // Of the open session, as this process last read or wrote them.
+    SessionFolders knownFolders_;
+    WildTracksChange::Tracks knownWildTracks_;
+    bool areFoldersUnreadable_ = false; ///< those of the open session
     std::vector<std::string> keptWhileOpening_;
     std::vector<platform::Task> writes_;
     /// Belongs to the queue.

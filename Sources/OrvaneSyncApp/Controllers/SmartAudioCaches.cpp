@@ -5,6 +5,8 @@ namespace orvane {
 void SmartAudioCaches::removeSmartAudioCaches(const UUID& groupID) {
     ++removals_[groupID];
     state.results.erase(groupID);
+    routedBlocks.erase(groupID);
+    state.passedOver.erase(groupID);
     state.soloMonitorTracks.erase(groupID);
     state.soloMonitorURLs.erase(groupID);
     removeRenderedAudio(groupID);
@@ -19,6 +21,8 @@ void SmartAudioCaches::removeRenderedAudio(const UUID& groupID) {
 void SmartAudioCaches::invalidateCachesAfterUndo() {
     ++removalsOfAll_;
     state.results.clear();
+    routedBlocks.clear();
+    state.passedOver.clear();
     state.mixdownURLs.clear();
     state.soloMonitorURLs.clear();
     state.soloMonitorTracks.clear();

@@ -4,7 +4,9 @@
 #include "OrvaneSyncApp/Controllers/SmartAudioState.h"
 
 #include <cstdint>
+#include <map>
 #include <unordered_map>
+#include <vector>
 
 namespace orvane {
 
@@ -14,6 +16,8 @@ class SmartAudioCaches {
     explicit SmartAudioCaches(OpenWork& work) : work_(work) {}
 
     SmartAudioState state;
+    /// The blocks of the results, in take time, without the ranges that were chosen by hand.
+    std::map<UUID, std::vector<BlockDecision>> routedBlocks;
 
     /// All that is known of the clip, and all that was rendered from it.
     void removeSmartAudioCaches(const UUID& groupID);

@@ -37,12 +37,26 @@ platform::Task SmartAudioController::runSmartAudioAnalysis(SmartAudioMode mode,
     work_.notices.assertOnMainThread();
     if (mode == SmartAudioMode::off) {
         caches_.state.results.clear();
+        caches_.state.passedOver.clear();
         work_.notify(ImportField::smartAudio);
         return platform::Task::ended();
     }
-    SyncGroupList groups = work_.syncGroups().filtered(
+    return runs_.analyse(settledClipsWithSound(), terms(mode), forceOverwriteManualTracks, Loudness::leave);
+}
+
+platform::Task SmartAudioController::measureLoudness() {
+    work_.notices.assertOnMainThread();
+    return runs_.measureLoudness(settledClipsWithSound());
+}
+
+SyncGroupList SmartAudioController::settledClipsWithSound() const {
+    return work_.syncGroups().filtered(
         [](const SyncGroup& group) { return group.matchStatus.isSettled() && !group.isMOS(); });
-    return runs_.analyse(std::move(groups), terms(mode), forceOverwriteManualTracks, Loudness::leave);
+}
+
+/// Whether an analysis has judged the clip, or would have but for its excluded tracks.
+bool SmartAudioController::isKnown(const UUID& groupID) const {
+    return state().results.contains(groupID) || state().passedOver.contains(groupID);
 }
 
 platform::Task SmartAudioController::runSmartAudioForGroup(const UUID& groupID,
@@ -55,13 +69,13 @@ platform::Task SmartAudioController::runSmartAudioForGroup(const UUID& groupID,
 
 platform::Task SmartAudioController::reanalyseIfKnown(const UUID& groupID) {
     work_.notices.assertOnMainThread();
-    if (!state().results.contains(groupID)) return platform::Task::ended();
+    if (!isKnown(groupID)) return platform::Task::ended();
     return runs_.analyseAgain(groupID, termsForOneClip());
 }
 
 platform::Task SmartAudioController::reanalyseAll() {
     SyncGroupList analysed = work_.syncGroups().filtered(
-        [this](const SyncGroup& group) { return state().results.contains(group.id) && !group.isMOS(); });
+        [this](const SyncGroup& group) { return isKnown(group.id) && !group.isMOS(); });
     return runs_.analyse(std::move(analysed), termsForOneClip(), false, Loudness::measure);
 }
 

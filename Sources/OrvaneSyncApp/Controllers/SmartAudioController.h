@@ -14,18 +14,24 @@ class SmartAudioController {
 
     const SmartAudioState& state() const { return caches_.state; }
     SmartAudioCaches& caches() { return caches_; }
+    const SmartAudioCaches& caches() const { return caches_; }
 
     /// Analyses all settled clips that have sound, one after the other. `off` forgets all results.
     platform::Task runSmartAudioAnalysis(SmartAudioMode mode, bool forceOverwriteManualTracks);
     /// Analyses one clip, whatever its status, in the stored mode (`standard` for `off`), and measures its
     /// loudness and master gain.
     platform::Task runSmartAudioForGroup(const UUID& groupID, bool forceOverwriteManualTracks);
+    /// Measures the loudness of all settled clips that have sound and writes their master gain, where the
+    /// editor has not set it by hand. A recording in which nothing is heard leaves the gain as it is.
+    platform::Task measureLoudness();
     /// Analyses a clip again that was analysed before, with the editor's choice of tracks kept: for every
     /// change that the verdict depends on. The task ends with the analysis that takes the change in, which
     /// may be one that ran before.
     platform::Task reanalyseIfKnown(const UUID& groupID);
     /// The same for all clips that were analysed.
     platform::Task reanalyseAll();
+    /// After the sound of a clip was moved: ranges by hand keep their place in the picture.
+    void layRangesAgain(const UUID& groupID) { runs_.layRangesAgain(groupID); }
 
     /// Whether a scan starts an analysis by itself where the setting `smartAudioMode` was written. On at
     /// first; for a face that runs the analysis on terms of its own.
@@ -39,6 +45,8 @@ class SmartAudioController {
   private:
     SmartAudioTerms terms(SmartAudioMode mode) const;
     SmartAudioTerms termsForOneClip() const;
+    SyncGroupList settledClipsWithSound() const;
+    bool isKnown(const UUID& groupID) const;
 
     OpenWork& work_;
     SmartAudioCaches caches_;

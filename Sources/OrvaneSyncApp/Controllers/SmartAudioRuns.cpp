@@ -58,9 +58,13 @@ SmartAudioResult listen(const SmartAudioRouter::Means& means, SmartAudioRequest 
 }
 
 /// LUFS. A recording that cannot be measured counts as all but silent.
-double loudnessOf(const TakeSound& recording, const std::stop_token& stop) {
+double loudnessOf(const TakeSound& recording, const std::function<void(double)>& progress,
+                  const std::stop_token& stop) {
     try {
-        return LUFSMeter::measureIntegratedLUFS(recording, stop).value_or(MasterGain::unmeasuredLUFS);
+        const OpenTake take = openTake(recording);
+        if (!take) return MasterGain::unmeasuredLUFS;
+        return LUFSMeter::measureFile(*take.audio, progress, stop)
+            .integratedLUFS.value_or(MasterGain::unmeasuredLUFS);
     } catch (const std::exception&) {
         return MasterGain::unmeasuredLUFS;
     }
@@ -132,6 +136,10 @@ platform::Task SmartAudioRuns::analyse(SyncGroupList groups, SmartAudioTerms ter
     return start(std::move(groups), newRun(std::move(terms), forceOverwriteManualTracks), loudness);
 }
 
+platform::Task SmartAudioRuns::measureLoudness(SyncGroupList groups) {
+    return start(std::move(groups), newRun({}, false), Loudness::only);
+}
+
 platform::Task SmartAudioRuns::start(SyncGroupList groups, const RunPointer& run, Loudness loudness) {
     return work_.running.add(running_.add(analyseEach(work_.weak(this), std::move(groups), run, loudness)));
 }
@@ -158,7 +166,7 @@ platform::Task SmartAudioRuns::analyseEach(std::weak_ptr<SmartAudioRuns> weak, S
     self = weak.lock();
     if (self) self->ended(run);
     if (stopped) std::rethrow_exception(stopped);
-    if (!self || loudness == Loudness::leave) co_return;
+    if (!self || loudness != Loudness::measure) co_return;
     for (const SyncGroup& group : groups) {
         const auto result = self->caches_.state.results.find(group.id);
         if (result == self->caches_.state.results.end() || result->second.blocks.empty()) continue;
@@ -174,18 +182,19 @@ platform::Task SmartAudioRuns::analyseClips(std::weak_ptr<SmartAudioRuns> weak, 
     for (const SyncGroup& group : groups) {
         auto self = weak.lock();
         if (!self) co_return;
-        self->nextClip(run, group);
+        self->nextClip(run, group,
+                       loudness == Loudness::only ? "Measuring the loudness of " : "Listening to ");
         self.reset();
-        co_await analyseClip(weak, group.id, run);
-        if (loudness == Loudness::measure) co_await measureLoudness(weak, group.id, run);
+        if (loudness != Loudness::only) co_await analyseClip(weak, group.id, run);
+        if (loudness != Loudness::leave) co_await measureClip(weak, group.id, run, loudness);
     }
 }
 
-void SmartAudioRuns::nextClip(const RunPointer& run, const SyncGroup& group) {
+void SmartAudioRuns::nextClip(const RunPointer& run, const SyncGroup& group, std::string_view verb) {
     run->removals = caches_.removals(group.id);
     run->isAwaitingVerdict = true;
     ++run->progress.current;
-    run->progress.phase = "Listening to " + filesText(group, takeOf(group, assumedChannels), FileNames());
+    run->progress.phase = std::string(verb) + filesText(group, takeOf(group, assumedChannels), FileNames());
     show(run, run->progress);
 }
 
@@ -217,6 +226,10 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
         auto self = weak.lock();
         const SyncGroup* group = self ? self->stillAsked(groupID, *run) : nullptr;
         if (group == nullptr) break;
+        if (hasNoCandidates(*group)) {
+            self->passOver(groupID);
+            break;
+        }
         SmartAudioRequest request = self->request(*group, *run);
         const double effort = effortOf(takeOf(*group, assumedChannels));
         request.progress = self->report(run, effort);
@@ -240,7 +253,9 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
         run->keep(request, result);
         group = self->stillAsked(groupID, *run);
         // Another recording, or other channels to choose from: the question has changed, so it is asked anew.
-        if (group != nullptr && !asksTheSame(self->request(*group, *run), request)) continue;
+        if (group != nullptr &&
+            (hasNoCandidates(*group) || !asksTheSame(self->request(*group, *run), request)))
+            continue;
         run->isAwaitingVerdict = false;
         if (group != nullptr) self->adoptVerdict(groupID, std::move(result), run->forceOverwriteManualTracks);
         break;
@@ -261,8 +276,9 @@ void SmartAudioRuns::adoptVerdict(const UUID& groupID, SmartAudioResult result,
                                   bool forceOverwriteManualTracks) {
     const SyncGroup* group = work_.syncGroups().find(groupID);
     if (group == nullptr) return;
-    result.blocks =
-        SmartAudioBlockRouter::applyOverrides(std::move(result.blocks), group->manualBlockOverrides);
+    caches_.routedBlocks.insert_or_assign(groupID, result.blocks);
+    result.blocks = SmartAudioBlockRouter::applyOverrides(std::move(result.blocks),
+                                                          SmartAudioBlockRouter::overridesInTakeTime(*group));
     std::set<int> active;
     for (const BlockDecision& block : result.blocks)
         if (block.activeTrack > 0) active.insert(block.activeTrack);
@@ -270,6 +286,7 @@ void SmartAudioRuns::adoptVerdict(const UUID& groupID, SmartAudioResult result,
 
     work_.notices.together([&] {
         caches_.state.results.insert_or_assign(groupID, std::move(result));
+        caches_.state.passedOver.erase(groupID);
         work_.notify(ImportField::smartAudio);
         if (!isTaken) return;
         work_.edit(groupID, [&](SyncGroup& own) {
@@ -279,8 +296,28 @@ void SmartAudioRuns::adoptVerdict(const UUID& groupID, SmartAudioResult result,
     });
 }
 
-platform::Task SmartAudioRuns::measureLoudness(std::weak_ptr<SmartAudioRuns> weak, UUID groupID,
-                                               RunPointer run) {
+void SmartAudioRuns::layRangesAgain(const UUID& groupID) {
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    const auto known = caches_.state.results.find(groupID);
+    const auto routed = caches_.routedBlocks.find(groupID);
+    if (group == nullptr || group->manualBlockOverrides.empty() || known == caches_.state.results.end() ||
+        routed == caches_.routedBlocks.end())
+        return;
+    SmartAudioResult result = known->second;
+    result.blocks = routed->second;
+    caches_.state.mixdownURLs.erase(groupID);
+    adoptVerdict(groupID, std::move(result), false);
+}
+
+/// What was known of the clip was heard on tracks that are out.
+void SmartAudioRuns::passOver(const UUID& groupID) {
+    caches_.state.results.erase(groupID);
+    caches_.state.passedOver.insert(groupID);
+    work_.notify(ImportField::smartAudio);
+}
+
+platform::Task SmartAudioRuns::measureClip(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run,
+                                           Loudness loudness) {
     for (;;) {
         auto self = weak.lock();
         const SyncGroup* group = self ? self->stillAsked(groupID, *run) : nullptr;
@@ -289,7 +326,11 @@ platform::Task SmartAudioRuns::measureLoudness(std::weak_ptr<SmartAudioRuns> wea
         if (const auto measured = run->loudness.find(recording); measured != run->loudness.end()) {
             self->work_.edit(groupID, [&](SyncGroup& own) {
                 own.measuredLUFS = measured->second.lufs;
-                if (own.masterGainAuto)
+                // Of a request for one clip people see what comes of it; of a thousand clips none shall get
+                // 40 dB because its recording is silent.
+                const bool isHeard =
+                    loudness == Loudness::measure || measured->second.lufs > MasterGain::unmeasuredLUFS;
+                if (own.masterGainAuto && isHeard)
                     own.masterGainDB = MasterGain::gainDB(
                         measured->second.lufs,
                         MasterGain::Target::fromUserDefaults(*self->work_.environment.settings),
@@ -297,14 +338,24 @@ platform::Task SmartAudioRuns::measureLoudness(std::weak_ptr<SmartAudioRuns> wea
             });
             co_return;
         }
-        auto measuring = platform::onQueue(
-            *self->loudnessQueue_, self->work_.environment.mainThread,
-            [recording](const std::stop_token& stop) {
-                return Measured{loudnessOf(recording, stop), SmartAudioPredictor::loadingFromDisk()};
-            });
+        const double effort = effortOf(takeOf(*group, assumedChannels));
+        std::function<void(double)> progress;
+        if (loudness == Loudness::only) progress = self->report(run, effort);
+        auto measuring = platform::onQueue(*self->loudnessQueue_, self->work_.environment.mainThread,
+                                           [recording, progress](const std::stop_token& stop) {
+                                               return Measured{loudnessOf(recording, progress, stop),
+                                                               SmartAudioPredictor::loadingFromDisk()};
+                                           });
         self.reset();
         run->loudness.insert_or_assign(recording, co_await measuring);
+        if (loudness == Loudness::only)
+            run->progress.fraction = std::min(run->progress.fraction + effort / run->effort, 1.0);
     }
+}
+
+bool hasNoCandidates(const SyncGroup& group) {
+    const int channels = takeOf(group, assumedChannels).channelCount;
+    return channels > 0 && !group.algorithmExcludedTracks.empty() && candidateTracks(group, channels).empty();
 }
 
 double automaticMasterGainDB(double measuredLUFS, const platform::SettingsStore& settings) {

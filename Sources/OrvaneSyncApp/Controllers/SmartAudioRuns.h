@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -31,13 +32,18 @@ class SmartAudioRuns {
     SmartAudioRuns(OpenWork& work, SmartAudioCaches& caches);
     ~SmartAudioRuns();
 
-    enum class Loudness : bool { leave, measure };
+    enum class Loudness { leave, measure, only };
     /// Clips with sound, as they stand at the call. `measure`: also their loudness and master gain.
     platform::Task analyse(SyncGroupList groups, SmartAudioTerms terms, bool forceOverwriteManualTracks,
                            Loudness loudness);
+    /// The loudness of clips with sound, and the master gain where something is heard.
+    platform::Task measureLoudness(SyncGroupList groups);
     /// Analyses the clip again with the editor's choice of tracks kept. The task may be that of an analysis
     /// that runs on the same terms: it judges the clip as it stands in the end.
     platform::Task analyseAgain(const UUID& groupID, const SmartAudioTerms& terms);
+    /// Lays the ranges that were chosen by hand over what was heard of the clip: they keep their place in the
+    /// picture when the sound is moved.
+    void layRangesAgain(const UUID& groupID);
     /// All that run.
     void stop() { running_.requestStop(); }
 
@@ -51,10 +57,12 @@ class SmartAudioRuns {
     static platform::Task analyseClips(std::weak_ptr<SmartAudioRuns> weak, SyncGroupList groups,
                                        RunPointer run, Loudness loudness);
     static platform::Task analyseClip(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run);
-    static platform::Task measureLoudness(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run);
+    static platform::Task measureClip(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run,
+                                      Loudness loudness);
     static platform::Task renderMixdown(std::weak_ptr<SmartAudioRuns> weak, UUID groupID);
 
-    void nextClip(const RunPointer& run, const SyncGroup& group);
+    void nextClip(const RunPointer& run, const SyncGroup& group, std::string_view verb);
+    void passOver(const UUID& groupID);
     SmartAudioRequest request(const SyncGroup& group, const Run& run) const;
     std::function<void(double)> report(const RunPointer& run, double effort);
     const SyncGroup* stillAsked(const UUID& groupID, const Run& run) const;
@@ -74,6 +82,9 @@ class SmartAudioRuns {
     const std::unique_ptr<SmartAudioRouter> router_;
     const std::unique_ptr<platform::SerialQueue> loudnessQueue_;
 };
+
+/// Whether the editor keeps every track of the clip's take out of the analysis.
+bool hasNoCandidates(const SyncGroup& group);
 
 /// dB; by the settings and the calibration.
 double automaticMasterGainDB(double measuredLUFS, const platform::SettingsStore& settings);

@@ -6,6 +6,7 @@
 
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace orvane {
 
@@ -23,6 +24,9 @@ struct SmartAudioProgress {
 struct SmartAudioState {
     /// The latest analysis of each clip, with the editor's ranges laid over its blocks.
     ExportSettings::SmartAudioResults results;
+    /// Clips that an analysis passed over, as the editor keeps all their tracks out of it. They have no
+    /// result.
+    std::unordered_set<UUID> passedOver;
     std::unordered_map<UUID, FileURL> viProcessedURLs; ///< previews of Voice Isolation
     std::unordered_map<UUID, FileURL> mixdownURLs;     ///< the blocks of a clip, rendered
     std::unordered_map<UUID, int> soloMonitorTracks;   ///< the track that the player plays alone

@@ -1,9 +1,11 @@
 #include "OrvaneSyncApp/Controllers/TrackEditing.h"
 
 #include "OrvaneSyncCore/Services/Takes/Take.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -25,6 +27,19 @@ void toggle(std::set<int>& tracks, int track) {
 }
 
 constexpr double shortestOverrideSeconds = 0.1;
+
+constexpr double sameMomentSeconds = 0.000001;
+
+void expectRange(const SyncGroup& group, double low, double high, int trackIndex) {
+    const int channels = takeOf(group, assumedChannels).channelCount;
+    if (channels == 0) throw OutOfRange("the clip has no sound");
+    if (trackIndex < 1 || trackIndex > channels)
+        throw OutOfRange("trackIndex: the clip's take has tracks 1 to " + std::to_string(channels));
+    const auto& duration = group.video.durationSeconds;
+    if (low < 0 || (duration && high > *duration + sameMomentSeconds))
+        throw OutOfRange("the range must lie within the clip" +
+                         (duration ? platform::text::formatted(", which lasts %.3f s", *duration) : ""));
+}
 
 /// The overrides without the stretch from `low` to `high`: what sticks out on either side stays.
 std::vector<BlockOverride> cleared(const std::vector<BlockOverride>& overrides, double low, double high) {
@@ -97,6 +112,7 @@ platform::Task TrackEditing::addBlockOverride(UUID groupID, double startSeconds,
     const auto [low, high] = std::minmax(startSeconds, endSeconds);
     if (!std::isfinite(low) || !std::isfinite(high) || high - low < shortestOverrideSeconds)
         return platform::Task::ended();
+    if (const SyncGroup* group = work_.syncGroups().find(groupID)) expectRange(*group, low, high, trackIndex);
     const BlockOverride added{UUID::random(), low, high, trackIndex};
     const bool found = work_.edit(groupID, [&](SyncGroup& group) {
         auto& overrides = group.manualBlockOverrides;
@@ -117,6 +133,9 @@ platform::Task TrackEditing::removeBlockOverride(UUID groupID, UUID overrideID) 
 
 void TrackEditing::setMasterGain(UUID groupID, double gainDB, bool automatic) {
     if (!std::isfinite(gainDB)) return;
+    if (gainDB < lowestGainDB || gainDB > highestGainDB)
+        throw OutOfRange(platform::text::formatted("gainDB must be %g", lowestGainDB) +
+                         platform::text::formatted(" to %g", highestGainDB));
     work_.edit(groupID, [&](SyncGroup& group) {
         group.masterGainDB = gainDB;
         group.masterGainAuto = automatic;

@@ -23,10 +23,14 @@ class TrackEditing {
     platform::Task toggleAlgorithmInclusion(const UUID& groupID, int trackIndex);
     platform::Task soloAlgorithmInclusion(const UUID& groupID, int trackIndex);
 
-    /// In seconds of clip time, in either order; overrides below it make room. Under 0.1 s: nothing.
+    /// In seconds of clip time, in either order; overrides below it make room. Under 0.1 s: nothing. Throws
+    /// OutOfRange for a track that the clip's take does not have, and for a range that is not within the
+    /// clip.
     platform::Task addBlockOverride(UUID groupID, double startSeconds, double endSeconds, int trackIndex);
     platform::Task removeBlockOverride(UUID groupID, UUID overrideID);
 
+    static constexpr double lowestGainDB = -60, highestGainDB = 40;
+    /// Throws OutOfRange for a gain outside of these.
     void setMasterGain(UUID groupID, double gainDB, bool automatic);
     /// Back to the gain that follows the measured loudness.
     void resetMasterGain(UUID groupID);

@@ -36,13 +36,13 @@ class UndoStack {
     /// Beyond these the oldest step is forgotten.
     static constexpr std::size_t levelsOfUndo = 50;
 
-    /// To be called before a change: keeps the present value, unless the change continues the last step. A
-    /// new step ends what could be redone. Gives whether there is a new step.
-    bool begin(const UndoStep& step, const Value& present, std::chrono::nanoseconds now) {
+    /// After a change that made a difference: keeps the value before it, unless the change continues the last
+    /// step. A new step ends what could be redone. Gives whether there is a new step.
+    bool add(const UndoStep& step, Value before, std::chrono::nanoseconds now) {
         const bool isNew = !continuesLastStep(step, now);
         if (isNew) {
             toRedo_.clear();
-            toUndo_.push_back({std::string(step.actionName), present});
+            toUndo_.push_back({std::string(step.actionName), std::move(before)});
             if (toUndo_.size() > levelsOfUndo) toUndo_.pop_front();
             lastActionName_ = step.actionName;
         }
@@ -52,8 +52,8 @@ class UndoStack {
 
     /// Swaps the value for the one before the last change, or after the last change that was taken back.
     /// False when there is none.
-    bool undo(Value& present, std::chrono::nanoseconds now) { return move(toUndo_, toRedo_, present, now); }
-    bool redo(Value& present, std::chrono::nanoseconds now) { return move(toRedo_, toUndo_, present, now); }
+    bool undo(Value& present) { return move(toUndo_, toRedo_, present); }
+    bool redo(Value& present) { return move(toRedo_, toUndo_, present); }
 
     void removeAllActions() { *this = {}; }
 
@@ -76,13 +76,11 @@ class UndoStack {
         return std::chrono::duration<double>(now - *lastRegistrationTime_).count() < step.coalescingWindow;
     }
 
-    /// Going back registers the way forward, and the other way round; the next change of the same name
-    /// within its window belongs to that.
-    bool move(std::deque<Snapshot>& from, std::deque<Snapshot>& to, Value& present,
-              std::chrono::nanoseconds now) {
+    /// Going back registers the way forward, and the other way round. The next change begins a step of its
+    /// own, so that it can be taken back without what came before it.
+    bool move(std::deque<Snapshot>& from, std::deque<Snapshot>& to, Value& present) {
         if (from.empty()) return false;
-        lastActionName_ = from.back().actionName;
-        lastRegistrationTime_ = now;
+        lastRegistrationTime_.reset();
         to.push_back(std::move(from.back()));
         from.pop_back();
         std::swap(to.back().value, present);
@@ -92,7 +90,7 @@ class UndoStack {
     std::deque<Snapshot> toUndo_;
     std::deque<Snapshot> toRedo_;
     std::optional<std::string> lastActionName_;
-    std::optional<std::chrono::nanoseconds> lastRegistrationTime_; ///< absent: long ago
+    std::optional<std::chrono::nanoseconds> lastRegistrationTime_; ///< absent: no step is continued
 };
 
 } // namespace orvane

@@ -29,6 +29,8 @@ inline constexpr UndoStep setGenerateProjectRateClip{"Toggle Project Rate Clip"}
 inline constexpr UndoStep attachAudioToGroup{"Attach Audio"};
 inline constexpr UndoStep removeAudioMatch{"Remove Audio Match"};
 inline constexpr UndoStep confirmAmbiguousMatch{"Confirm Audio Matches"};
+inline constexpr UndoStep chooseRecording{"Choose Recording"};
+inline constexpr UndoStep applyReview{"Apply Review"};
 inline constexpr UndoStep removeVideoFromSync{"Remove Video From Sync"};
 inline constexpr UndoStep resyncClip{"Re-sync Clip"};
 inline constexpr UndoStep resyncAllClips{"Re-sync All Clips"};
@@ -45,7 +47,8 @@ inline constexpr UndoStep resetMasterGain{"Reset Master Gain"};
 inline constexpr UndoStep renameWildTrack{"Rename Wild Track", typing};
 inline constexpr UndoStep toggleWildTrackApproved{"Toggle Wild Track Approved"};
 
-// Opened by the operations themselves, as there is no step where there is nothing to clear.
+// Opened by the operations themselves, as there is no step where there is nothing to take back.
+inline constexpr UndoStep scanAndMatch{"Scan & Match"};
 inline constexpr UndoStep clearALEMetadata{"Clear ALE Metadata"};
 inline constexpr UndoStep clearLockitMetadata{"Clear Lockit Metadata"};
 inline constexpr UndoStep clearALEMetadataForAllClips{"Clear ALE Metadata (All)"};

@@ -136,7 +136,8 @@ void Server::receive(std::string line, std::function<void()> whenServed) {
     const auto waiting = std::make_shared<Waiting>();
     waiting->whenServed = std::move(whenServed);
     try {
-        if (line.find_first_not_of(" \t\r") != std::string::npos) waiting->message = JSON::parse(line);
+        if (line.find_first_not_of(" \t\r") != std::string::npos)
+            waiting->message = identifiers_.parsed(line);
     } catch (const platform::JSONError& error) {
         waiting->problem = error.what();
     }

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/Commands/Command.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncCLI/Serve/LongIdentifiers.h"
 
 #include <deque>
 #include <functional>
@@ -61,11 +62,12 @@ class Server {
     /// Leaves the response in `response`; nothing for a notification.
     platform::Task answer(JSON request, std::shared_ptr<const Waiting> waiting,
                           std::shared_ptr<std::optional<JSON>> response);
-    void write(const JSON& message) const { write_(message.dump()); }
+    void write(const JSON& message) const { write_(identifiers_.text(message)); }
 
     CommandContext& context_;
     const std::map<std::string_view, Command> commands_; ///< by the name of the method
     const Write write_;
+    const LongIdentifiers identifiers_;
     std::deque<std::shared_ptr<Waiting>> waiting_;
     bool isServing_ = false;
     bool isWaitedFor_ = false;

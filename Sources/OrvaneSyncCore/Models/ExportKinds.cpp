@@ -12,8 +12,8 @@ std::string_view displayText(SpatialConformType type) {
 }
 
 std::string_view displayText(TrimMode mode) {
-    static constexpr std::array<std::string_view, 3> texts{"Common (trim to shortest)", "Video duration",
-                                                           "No trim (longest)"};
+    static constexpr std::array<std::string_view, 4> texts{
+        "Common (trim to shortest)", "Video duration", "No trim (longest)", "Overlap (picture and sound)"};
     return texts.at(static_cast<std::size_t>(mode));
 }
 

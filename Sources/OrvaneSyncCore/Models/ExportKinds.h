@@ -35,11 +35,16 @@ struct RawValues<SpatialConformType> {
 };
 std::string_view displayText(SpatialConformType type);
 
-/// The duration of a synchronized clip.
-enum class TrimMode { commonDuration, videoDuration, noTrim };
+/// The extent of a synchronized clip.
+enum class TrimMode {
+    commonDuration, ///< from the picture's start, as long as the shorter of picture and sound
+    videoDuration,
+    noTrim, ///< from the picture's start, as long as the longest
+    overlap ///< exactly where picture and sound both are
+};
 template <>
 struct RawValues<TrimMode> {
-    static constexpr std::array<std::string_view, 3> texts{"common", "video", "none"};
+    static constexpr std::array<std::string_view, 4> texts{"common", "video", "none", "overlap"};
 };
 std::string_view displayText(TrimMode mode);
 

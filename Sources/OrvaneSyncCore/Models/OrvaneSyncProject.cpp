@@ -110,6 +110,8 @@ JSON toJSON(const OrvaneSyncProject& project) {
     json.set("savedAt", toJSON(project.savedAt));
     if (project.videoFolderPath) json.set("videoFolderPath", project.videoFolderPath->pathText());
     if (project.audioFolderPath) json.set("audioFolderPath", project.audioFolderPath->pathText());
+    setScanScope(json, project.scanScope);
+    setSourceCorrections(json, project.sourceCorrections);
     if (project.aleFilePath) json.set("aleFilePath", project.aleFilePath->pathText());
     json.set("groups", toJSONArray(project.groups));
     if (project.videoFolderBookmark)
@@ -126,6 +128,8 @@ OrvaneSyncProject fromJSON<OrvaneSyncProject>(const JSON& json) {
     project.savedAt = required<Date>(json, "savedAt");
     project.videoFolderPath = optionalPath(json, "videoFolderPath");
     project.audioFolderPath = optionalPath(json, "audioFolderPath");
+    project.scanScope = scanScopeFrom(json);
+    project.sourceCorrections = sourceCorrectionsFrom(json);
     project.aleFilePath = optionalPath(json, "aleFilePath");
     project.groups = requiredArray<PersistedGroup>(json, "groups");
     project.videoFolderBookmark = optionalBytes(json, "videoFolderBookmark");

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/ScanScope.h"
+#include "OrvaneSyncCore/Models/SourceCorrections.h"
 #include "OrvaneSyncCore/Models/SyncGroup.h"
 
 #include <optional>
@@ -42,6 +44,8 @@ struct OrvaneSyncProject {
     Date savedAt;
     std::optional<FileURL> videoFolderPath;
     std::optional<FileURL> audioFolderPath;
+    ScanScope scanScope;
+    SourceCorrections sourceCorrections;
     std::optional<FileURL> aleFilePath;
     std::vector<PersistedGroup> groups; ///< one a clip, in the order of the list
     /// Bytes by which another platform finds a folder again; none are made here.

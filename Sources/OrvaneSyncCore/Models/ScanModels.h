@@ -14,6 +14,9 @@ struct DiscoveryResult {
     // What is missing here; not part of the JSON form.
     std::vector<FileURL> unreadableFolders;
     std::vector<FileURL> brokenLinks; ///< that bear the name of a media file or of a folder
+    std::vector<FileURL> linkedFiles; ///< those of the media files that are links; not part of the JSON form
+    /// Exclusions that have met nothing; not part of the JSON form.
+    std::vector<std::string> unusedExclusions;
 
     std::size_t videoCount() const { return videoURLs.size(); }
     std::size_t audioCount() const { return audioURLs.size(); }

@@ -37,4 +37,19 @@ std::optional<std::string> whyUseless(const SettingDescription& setting, const p
     return takes + "one of " + list + "; not '" + settingText(value) + "'";
 }
 
+std::vector<std::string> uselessStoredValues(const platform::SettingsStore& store) {
+    std::vector<std::string> problems;
+    for (const SettingDescription& setting : SettingsCatalogue::all()) {
+        const auto stored = store.storedValue(setting.key);
+        if (!stored || store.value(setting.key) != stored) continue;
+        const auto problem = whyUseless(setting, *stored);
+        if (!problem) continue;
+        const std::string standard = settingText(defaultInUse(setting));
+        problems.push_back(
+            "stored settings: " + *problem + "; " +
+            (standard.empty() ? "it counts as not set" : "'" + standard + "' is used instead"));
+    }
+    return problems;
+}
+
 } // namespace orvane

@@ -2,9 +2,11 @@
 
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "Platform/JSON.h"
+#include "Platform/SettingsStore.h"
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orvane {
 
@@ -17,5 +19,9 @@ std::string settingText(const platform::JSON& value);
 
 /// Why no reader of the setting would understand the value; absent when it is one that they take.
 std::optional<std::string> whyUseless(const SettingDescription& setting, const platform::JSON& value);
+
+/// For each stored value that no reader understands and that nothing of this run stands above: its key, the
+/// value, and what is used in its place.
+std::vector<std::string> uselessStoredValues(const platform::SettingsStore& store);
 
 } // namespace orvane

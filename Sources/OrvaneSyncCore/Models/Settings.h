@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/ExportKinds.h"
+#include "OrvaneSyncCore/Models/MatchingDays.h"
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 
@@ -30,6 +31,7 @@ namespace orvane::settings {
 
 namespace family {
 inline constexpr std::string_view projectAndNaming = "Project and naming";
+inline constexpr std::string_view matching = "Matching";
 inline constexpr std::string_view frameSize = "Frame size";
 inline constexpr std::string_view notes = "Notes";
 inline constexpr std::string_view multicam = "Multicam";
@@ -65,6 +67,10 @@ inline const Declared<std::string> customNamingPattern{
 inline const Declared<std::string> namingSeparator{"namingSeparator", "-", family::projectAndNaming,
                                                    "stands between scene and take in names"};
 
+inline const Declared<MatchingDays> matchingDays{
+    "matching.days", MatchingDays::automatic, family::matching,
+    "days that meet: a clip's own, also across midnight, or by time of day the neighbouring ones too"};
+
 inline const Declared<VideoResolutionMode> videoResolution{
     "videoResolution", VideoResolutionMode::useVideoFrameSize, family::frameSize,
     "frame size of the document: that of the clips or the alternate one"};
@@ -81,7 +87,9 @@ inline const Declared<bool> overrideAnamorphic{"overrideAnamorphic", false, fami
                                                "reserved; without effect"};
 inline const Declared<TrimMode> trimMode{
     "trimMode", TrimMode::commonDuration, family::frameSize,
-    "length of a clip: where picture and sound overlap, the picture, or the longest"};
+    "length of a clip: the shorter of picture and sound, counted from the picture's start, wherever the "
+    "sound "
+    "lies; the picture; the longest; or exactly where picture and sound both are"};
 
 inline const Declared<NotesSource> notesSource{"notes.source", NotesSource::both, family::notes,
                                                "whose notes the Notes field takes"};
@@ -202,12 +210,15 @@ inline const Declared<Aggressiveness> smartAudioAggressiveness{
     "kept for other programs; no choice depends on it"};
 inline const Declared<BlockMode> smartAudioBlockMode{"smartAudio.blockMode", BlockMode::adaptive,
                                                      family::smartAudio, "how short a stretch may be"};
+inline const Declared<SmartAudioRouting> smartAudioRouting{
+    "smartAudio.routing", SmartAudioRouting::automatic, family::smartAudio,
+    "follow one track of the take, or the lav of whoever speaks; auto: the latter without boom and mix"};
 inline const Declared<double> smartAudioLoudnessTargetDB{
     "smartAudio.loudnessTargetDB", -8.0, family::smartAudio,
     "dBFS that the speech peaks of a stretch are brought to; 0 leaves levels alone"};
 inline const Declared<double> smartAudioTargetLUFS{
     "smartAudio.targetLUFS", -27.0, family::smartAudio,
-    "LUFS that the master gain aims at, where one clip is analysed; not in sync"};
+    "LUFS that the master gain aims at, where loudness is measured"};
 inline const Declared<SmartAudioLook> smartAudioPreset{"smartAudio.preset", SmartAudioLook::drama,
                                                        family::smartAudio, "the project's look"};
 inline const Declared<bool> smartAudioBanditEnabled{"smartAudio.banditEnabled", false, family::smartAudio,

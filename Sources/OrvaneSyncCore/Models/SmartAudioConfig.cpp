@@ -56,6 +56,7 @@ SmartAudioBlockSettings SmartAudioBlockSettings::fromUserDefaults(const Settings
     block.aggressiveness = store.get(settings::smartAudioAggressiveness);
     block.blockMode = store.get(settings::smartAudioBlockMode);
     block.loudnessTargetDB = store.get(settings::smartAudioLoudnessTargetDB);
+    block.routing = store.get(settings::smartAudioRouting);
     return block;
 }
 

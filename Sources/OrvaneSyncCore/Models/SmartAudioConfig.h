@@ -18,8 +18,9 @@ struct SmartAudioBlockSettings {
     double maxCutDB = 6.0;           ///< largest cut, as a positive number
     double truePeakCeilingDB = -1.0; ///< dBFS
     double rampSeconds = 0.25;       ///< fade between blocks in the export
+    SmartAudioRouting routing = SmartAudioRouting::automatic; ///< no part of the JSON form
 
-    /// Reads the first three; the others are not for the user to set.
+    /// Reads the first three and the routing; the others are not for the user to set.
     static SmartAudioBlockSettings fromUserDefaults(const platform::SettingsStore& store);
     /// One step more careful for a clip whose stems say that there is music in it.
     SmartAudioBlockSettings consideringMusic(float musicProbability) const;

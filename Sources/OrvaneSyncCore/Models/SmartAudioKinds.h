@@ -37,6 +37,14 @@ double blockSeconds(BlockMode mode, std::optional<MaterialCharacter> detected);
 std::string menuLabel(BlockMode mode, std::optional<MaterialCharacter> detected);
 std::string badgeLabel(BlockMode mode, std::optional<MaterialCharacter> detected);
 
+/// By what the router chooses. `automatic`: `speaker` for takes without a boom or mix that qualifies as
+/// default, else `takeDefault`.
+enum class SmartAudioRouting { automatic, takeDefault, speaker };
+template <>
+struct RawValues<SmartAudioRouting> {
+    static constexpr std::array<std::string_view, 3> texts{"auto", "takeDefault", "speaker"};
+};
+
 /// Shown and stored; no routing step reads it.
 enum class Aggressiveness { conservative, balanced, inclusive };
 template <>

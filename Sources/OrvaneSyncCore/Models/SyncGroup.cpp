@@ -1,6 +1,9 @@
 #include "OrvaneSyncCore/Models/SyncGroup.h"
 
-#include "OrvaneSyncCore/Models/JSONFields.h"
+#include "OrvaneSyncCore/Models/MediaAssetFields.h"
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
+
+#include <algorithm>
 
 namespace orvane {
 
@@ -205,6 +208,42 @@ BlockOverride fromJSON<BlockOverride>(const JSON& json) {
 }
 
 JSON toJSON(const SyncGroup& record) { return fieldsToJSON(record); }
+
+namespace {
+
+bool isSame(const AudioMatch& a, const AudioMatch& b) {
+    return *a.audio == *b.audio && a.syncOffsetSeconds == b.syncOffsetSeconds &&
+           a.overlapDurationSeconds == b.overlapDurationSeconds;
+}
+
+template <class Record>
+bool haveSameFields(const Record& a, const Record& b) {
+    const auto isSameValue = []<class Value>(const Value& one, const Value& other) {
+        if constexpr (std::is_same_v<Value, MediaAsset>)
+            return haveSameFields(one, other);
+        else if constexpr (std::is_same_v<Value, std::vector<AudioMatch>>)
+            return std::ranges::equal(one, other, isSame);
+        else
+            return one == other;
+    };
+    return std::apply(
+        [&](const auto&... field) { return (isSameValue(a.*field.member, b.*field.member) && ...); },
+        JSONFields<Record>::list);
+}
+
+} // namespace
+
+bool saySame(const SyncGroup& a, const SyncGroup& b) { return haveSameFields(a, b); }
+
+bool holdsDecisions(const SyncGroup& group) {
+    return group.matchStatus == MatchStatus::manual() || group.manualAudioOffsetSeconds != 0 ||
+           group.audioAnchorOffsetInAudioSeconds || group.pictureClapAnchorSeconds || group.isApproved ||
+           group.isLocked || group.manualClipName || group.isPickup || group.isExcludedFromExport ||
+           group.isExcludedFromMulticam() || group.syncMethod != SyncMethod::timecode ||
+           group.generateNativeMOSClip || group.shouldGenerateProjectRateClip() ||
+           group.hasManualTrackEdits() || !group.algorithmExcludedTracks.empty() ||
+           !group.manualBlockOverrides.empty() || !group.masterGainAuto;
+}
 
 template <>
 SyncGroup fromJSON<SyncGroup>(const JSON& json) {

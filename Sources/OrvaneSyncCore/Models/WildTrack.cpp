@@ -1,10 +1,31 @@
 #include "OrvaneSyncCore/Models/WildTrack.h"
 
+#include <unordered_map>
+
 namespace orvane {
 
 WildTrack::WildTrack(MediaAsset asset, const std::optional<std::string>& name)
     : id(asset.id), audio(std::move(asset)),
       customName(name && !name->empty() ? *name : audio.filenameStem()) {}
+
+void carryNamesAndApprovals(std::vector<WildTrack>& tracks, const std::vector<WildTrack>& decided) {
+    std::unordered_map<UUID, const WildTrack*> byID;
+    std::unordered_map<FileURL, const WildTrack*> byFile;
+    for (const WildTrack& track : decided) {
+        byID.emplace(track.id, &track);
+        byFile.emplace(track.audio.url, &track);
+    }
+    for (WildTrack& track : tracks) {
+        const WildTrack* known = nullptr;
+        if (const auto same = byID.find(track.id); same != byID.end())
+            known = same->second;
+        else if (const auto file = byFile.find(track.audio.url); file != byFile.end())
+            known = file->second;
+        if (known == nullptr) continue;
+        track.customName = known->customName;
+        track.isApproved = known->isApproved;
+    }
+}
 
 JSON toJSON(const WildTrack& track) {
     JSON json;

@@ -2,6 +2,8 @@
 
 #include "OrvaneSyncCore/Models/MediaAsset.h"
 
+#include <vector>
+
 namespace orvane {
 
 /// An audio file that no video claims. Its identity is that of its audio.
@@ -14,6 +16,10 @@ struct WildTrack {
     std::string customName;  ///< shown and exported
     bool isApproved = false; ///< goes into the export
 };
+
+/// Gives the tracks the names and approvals that tracks of the same audio have in `decided`: of the same id,
+/// else of the same file, as a file that is probed anew may get another id.
+void carryNamesAndApprovals(std::vector<WildTrack>& tracks, const std::vector<WildTrack>& decided);
 
 JSON toJSON(const WildTrack& track);
 template <>

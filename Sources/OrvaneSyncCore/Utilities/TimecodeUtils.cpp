@@ -118,4 +118,19 @@ double tcToSeconds(std::string_view text, double fps) {
     return timecode ? timecode->realTimeValue() : 0.0;
 }
 
+std::string whyNoTimecode(std::string_view text, TimecodeFrameRate rate) {
+    const auto timecode = Timecode::fromString(text, rate);
+    if (!timecode) return "it is no timecode such as 01:02:03:04";
+    const Timecode::Components& at = timecode->components();
+    constexpr int sixty = 60;
+    if (at.minutes >= sixty || at.seconds >= sixty) return "minutes and seconds go to 59";
+    const int frames = timecodeRate::maxFrames(rate);
+    const std::string name(timecodeRate::name(rate));
+    if (at.frames >= frames) return "at " + name + " frames go to " + std::to_string(frames - 1);
+    constexpr int undroppedMinutes = 10;
+    const bool isDropped = at.minutes % undroppedMinutes != 0 && at.seconds == 0 &&
+                           at.frames < timecodeRate::framesDroppedPerMinute(rate);
+    return isDropped ? name + " has no such frame: drop frame leaves the number out" : "";
+}
+
 } // namespace orvane::TimecodeUtils

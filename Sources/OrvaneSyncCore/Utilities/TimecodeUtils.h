@@ -28,6 +28,8 @@ std::string secondsToTC(double seconds, TimecodeFrameRate rate);
 std::string secondsToTC(double seconds, double fps);
 /// Seconds on the wall clock; 0.0 for a malformed text, which a caller cannot tell from midnight.
 double tcToSeconds(std::string_view text, double fps);
+/// Why a text that a person typed names no frame of the rate; empty when it does. Hours may be any.
+std::string whyNoTimecode(std::string_view text, TimecodeFrameRate rate);
 
 } // namespace TimecodeUtils
 } // namespace orvane

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Export/DocumentReader.h"
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
+#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Support/Test.h"
 
 namespace orvane {
@@ -78,6 +79,43 @@ TEST(ExporterTakes, AreOneRecordingInTheDocument) {
     check("names that come again get a number that is free",
           {file("T1.WAV", 0, 30, 3, {{1, "Anna"}, {2, "Anna"}, {3, "Anna 2"}})},
           "20s clip@36000s Anna@36000s Anna 3@36000s Anna 2@36000s +Anna +Anna 3 +Anna 2 2");
+}
+
+TEST(ExporterTakes, OverlapIsWherePictureAndSoundBothAre) {
+    const auto check = [](const char* name, const std::vector<MediaAsset>& files, const char* extent,
+                          double manualOffset = 0) {
+        SyncGroup group = take(files);
+        group.manualAudioOffsetSeconds = manualOffset;
+        ExportSettings settings = settingsAt(25);
+        settings.trimMode = TrimMode::overlap;
+        const std::string clip = linesWith(exported(group, settings), "<sync-clip ").front();
+        EXPECT_EQ(attributeOf(clip, "start") + " " + attributeOf(clip, "duration"), extent) << name;
+    };
+    check("sound under all of it", {file("T1.WAV", -1, 30)}, "36000s 20s");
+    check("sound that begins later", {file("T1.WAV", 4, 30)}, "36004s 16s");
+    check("sound that ends earlier", {file("T1.WAV", -2, 10)}, "36000s 8s");
+    check("frames that have sound in part are left out", {file("T1.WAV", 4.01, 10)}, "900101/25s 249/25s");
+    check("all parts of a take", {file("T1_1.WAV", 4, 5), file("T1_2.WAV", 9, 5)}, "36004s 10s");
+    check("a nudge moves it", {file("T1.WAV", 4, 30)}, "36005s 15s", 1);
+    check("nothing in common", {file("T1.WAV", 40, 30)}, "36000s 20s");
+}
+
+TEST(ExporterTakes, LieWhereMatchingLaidThem) {
+    const auto placeOf = [](double pictureStart, double soundStart, double offset, double correction = 0) {
+        SyncGroup group = take({file("T1.WAV", soundStart - 36000, 60)});
+        group.video.startTimecodeString = TimecodeUtils::secondsToTC(pictureStart, 25.0);
+        group.audioMatches.front().syncOffsetSeconds = offset;
+        ExportSettings settings = settingsAt(25);
+        settings.matchRules.soundOffsetSeconds = correction;
+        const std::string clip = linesWith(exported(group, settings), "<clip ").front();
+        return attributeOf(clip, "offset") + " " + attributeOf(clip, "start");
+    };
+    EXPECT_EQ(placeOf(36000, 35998, -2), "35998s 35998s");
+    EXPECT_EQ(placeOf(1, 86395, -6), "-5s 86395s") << "from before midnight";
+    EXPECT_EQ(placeOf(86390, 5, 15), "86405s 5s") << "behind midnight";
+    EXPECT_EQ(placeOf(36000, 39598.5, -1.5, -3600), "71997/2s 79197/2s") << "an hour off";
+    EXPECT_EQ(placeOf(36000, 39598.5, 3598.5, -3600), "79197/2s 79197/2s") << "before it was corrected";
+    EXPECT_EQ(placeOf(36000, 35998, -2.04), "35998s 35998s") << "the picture has another rate by now";
 }
 
 TEST(ExporterTakes, CurvesLieInTheFileThatHoldsTheMoment) {

@@ -86,7 +86,8 @@ class Maker {
                {VideoResolutionMode::useVideoFrameSize, VideoResolutionMode::useAlternateFrameSize});
         choose(s.spatialConform,
                {SpatialConformType::fill, SpatialConformType::fit, SpatialConformType::none});
-        choose(s.trimMode, {TrimMode::commonDuration, TrimMode::videoDuration, TrimMode::noTrim});
+        choose(s.trimMode,
+               {TrimMode::commonDuration, TrimMode::videoDuration, TrimMode::noTrim, TrimMode::overlap});
         choose(s.notesSource, {NotesSource::video, NotesSource::audio, NotesSource::both, NotesSource::none});
         choose(s.multicamCodec, {MulticamCodec::automatic, MulticamCodec::proRes4444, MulticamCodec::h264});
         choose(s.clipNamingSource, {GroupNaming::Source::video, GroupNaming::Source::audio,

@@ -67,6 +67,29 @@ TEST_F(Discovery, namesDecide) {
     }
 }
 
+TEST_F(Discovery, linkedFoldersAreEnteredOnceAndFilesHaveOneName) {
+    touch({"card/a.mov", "card/b.mov", "nas/c.wav", "nas/x8812.mov", "Edit.fcpbundle/d.mov", ".store/e.mov"});
+    const auto link = [&](const char* to, const char* from) {
+        std::filesystem::create_symlink(folder.path(to), folder.path(from));
+    };
+    std::filesystem::create_directory(folder.path("shoot"));
+    for (const char* name : {"shoot/1", "shoot/2"}) link("card", name);
+    link("nas", "shoot/sound");
+    link("shoot", "nas/back");
+    link("Edit.fcpbundle", "shoot/edit");
+    link(".store", "shoot/kept");
+    link("card/a.mov", "shoot/again.mov");
+    link("nas/x8812.mov", "shoot/A001.mov");
+    link("nas/x8812.mov", "shoot/B001.mov");
+    const auto found = service.discoverOnce({folder.path("shoot"), folder.path("card")});
+    EXPECT_EQ(below(found.videoURLs), (Names{".store/e.mov", "card/a.mov", "card/b.mov", "nas/x8812.mov"}));
+    EXPECT_EQ(below(found.audioURLs), Names{"nas/c.wav"});
+    const auto named = service.discoverOnce({folder.path("shoot")}, {}, {"sound", "1", "2", "C.*"});
+    EXPECT_EQ(below(named.videoURLs), (Names{".store/e.mov", "shoot/A001.mov", "shoot/again.mov"}))
+        << "the first link stands for a file that is not found itself";
+    EXPECT_EQ(named.unusedExclusions, Names{"C.*"});
+}
+
 TEST_F(Discovery, loopsEnd) {
     touch({"real/a.mov"});
     std::filesystem::create_directory_symlink(folder.path(), folder.path("real/up"));

@@ -140,14 +140,16 @@ TEST(SmartAudioConfig, PresetsAndSliders) {
     EXPECT_EQ(stored.humFrequency, 60);
 }
 
-TEST(SmartAudioConfig, BlockSettingsReadThreeKeys) {
+TEST(SmartAudioConfig, BlockSettingsReadFourKeys) {
     platform::MemorySettingsStore store;
     EXPECT_EQ(SmartAudioBlockSettings::fromUserDefaults(store), SmartAudioBlockSettings{});
     store.set("smartAudio.aggressiveness", "wild");
     store.set("smartAudio.blockMode", "coarse");
     store.set("smartAudio.loudnessTargetDB", -12.5);
     store.set("smartAudio.maxBoostDB", 30);
+    store.set("smartAudio.routing", "speaker");
     SmartAudioBlockSettings expected;
+    expected.routing = SmartAudioRouting::speaker;
     expected.blockMode = BlockMode::coarse;
     expected.loudnessTargetDB = -12.5;
     EXPECT_EQ(SmartAudioBlockSettings::fromUserDefaults(store), expected);

@@ -194,6 +194,34 @@ TEST(SessionFiles, recordsComeBackAndSayWhatIsMissing) {
     }
 }
 
+TEST(ScanScopes, liveInProjectsAndSessionsAndLeaveTheOthersAlone) {
+    const ScanScope scope{{FileURL{"/b"}, FileURL{"/c\xFF"}}, {"Proxy", "**/*_p.mov"}};
+    OrvaneSyncProject without = project({}), with = without;
+    const auto corrections = SourceCorrections::fromTexts("-01:00:00:00", "2026-11-20", "29.97DF");
+    with.scanScope = scope;
+    with.sourceCorrections = corrections;
+    const OrvaneSyncProject read = ProjectService::decoded(ProjectService::encoded(with));
+    EXPECT_EQ(read.scanScope, scope);
+    EXPECT_EQ(read.sourceCorrections, corrections);
+    EXPECT_EQ(ProjectService::encoded(without).find("orrections"), std::string::npos);
+    EXPECT_EQ(ProjectService::encoded(without).find("more"), std::string::npos);
+    EXPECT_EQ(ProjectService::encoded(without).find("exclude"), std::string::npos);
+    SessionFolders folders;
+    folders.scope = scope;
+    folders.corrections = corrections;
+    EXPECT_EQ(defaultName(folders, Date{}), "b");
+    folders.videoFolder = FileURL{"/a"};
+    EXPECT_EQ(fromJSON<SessionFolders>(toJSON(folders)), folders);
+    EXPECT_THROW(scanScopeFrom(JSON::parse(R"({"moreFolders":["/a",7]})")), DecodingError);
+    // Who has not chosen the scope leaves it as it is on the disk.
+    SessionFoldersChange{.hasAudio = true}.apply(folders);
+    EXPECT_EQ(folders.scope, scope);
+    EXPECT_EQ(folders.corrections, corrections);
+    SessionFoldersChange{.hasScope = true, .hasCorrections = true}.apply(folders);
+    EXPECT_TRUE(folders.corrections.isEmpty());
+    EXPECT_TRUE(folders.scope.isEmpty());
+}
+
 TEST(Base64, comesBackForEveryLengthAndRefusesTheRest) {
     std::string bytes;
     for (int i = 0; i < 70; ++i) {

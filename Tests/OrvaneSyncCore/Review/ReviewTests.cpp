@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Review/AlternateAudio.h"
+#include "OrvaneSyncCore/Services/Review/ReviewTable.h"
 #include "OrvaneSyncCore/Services/Review/SiblingSuggestion.h"
 #include "Support/Assets.h"
 #include "Support/Test.h"
@@ -88,6 +89,70 @@ TEST(AlternateAudio, lanesOfAllButTheFirst) {
     group.audioMatches.emplace_back(test::audio("c.wav", "", 10), 5, 1);
     group.audioMatches.emplace_back(test::audio("d.wav", "", -3), 4, 1); // never ends before it starts
     EXPECT_EQ(alternateAudioLanes(group), (std::vector{0, 1, 0, 1}));
+}
+
+using enum ReviewColumn;
+
+ReviewLine reviewed(const std::string& file, const std::string& newName) {
+    ReviewLine line;
+    line[cameraFile] = file;
+    line[offsetFrames] = "-3";
+    line[name] = newName;
+    return line;
+}
+
+TEST(ReviewTable, comesBackFromEverySpreadsheet) {
+    for (const char* text : {"=HYPERLINK(\"x\")", "+1", "-A", "@SUM(A1)", "'quoted'", "''", "plain",
+                             "a \"b\" c", "\"", "1, 2; 3", "\uff1d1", ""}) {
+        const std::string table = writtenReviewTable({reviewed("A001.mov", text)});
+        const auto lines = readReviewTable(table);
+        ASSERT_EQ(lines.size(), 1U) << table;
+        EXPECT_EQ(lines[0][name], text);
+        EXPECT_EQ(lines[0][offsetFrames], "-3");
+        for (const std::string_view formula : {"\t=", "\t+", "\t@", "\t-A", "\t\"="})
+            EXPECT_EQ(table.find(formula), std::string::npos) << table;
+    }
+    struct Case {
+        const char *what, *table;
+        std::vector<std::string> names;
+    };
+    const Case cases[] = {
+        {"quoted, with semicolons and CRLF",
+         "\"name\";\"camera_file\"\r\n\"x \"\"y\"\"\";\"a.mov\"\r\n",
+         {"x \"y\""}},
+        {"other columns, other case", "n\tCamera_File\tNAME\tname\n1\ta.mov\tfirst\tsecond\n", {"first"}},
+        {"short and empty lines", "camera_file\tskip\tname\n\na.mov\n\t\t\nb.mov\t\tz", {"", "z"}},
+        {"more semicolons than tabs",
+         "camera_file\tname\na.mov\t1; 2; 3; 4\nb.mov\t;;;\n",
+         {"1; 2; 3; 4", ";;;"}},
+        {"a line end in a cell", "camera_file,name\na.mov,\"two\nlines\"\n", {"two\nlines"}},
+    };
+    for (const Case& one : cases) {
+        std::vector<std::string> names;
+        for (const ReviewLine& line : readReviewTable(one.table))
+            names.push_back(line[name].value_or("none"));
+        EXPECT_EQ(names, one.names) << one.what;
+    }
+    for (const char* none : {"", "clip\tname\n", "a.mov\tx\n"})
+        EXPECT_THROW(readReviewTable(none), ReviewTableError) << none;
+}
+
+TEST(ReviewTable, readsNumbersAndMarksInOtherForms) {
+    const std::pair<const char*, std::optional<double>> numbers[] = {
+        {"1.0", 1}, {" 2 ", 2},    {"-0,5", -0.5},    {"\u22123", -3},  {"'-4", -4},       {"+5", 5},
+        {"", {}},   {"1.2.3", {}}, {"1,234,567", {}}, {"5 frames", {}}, {"01.02.2026", {}}};
+    for (const auto& [cell, number] : numbers) EXPECT_EQ(reviewNumber(cell), number) << cell;
+    const std::pair<const char*, std::optional<bool>> marks[] = {
+        {"x", true}, {" X ", true}, {"TRUE", true}, {"1,0", true}, {"", false}, {"0", false}, {"maybe", {}}};
+    for (const auto& [cell, isSet] : marks) EXPECT_EQ(reviewSwitch(cell), isSet) << cell;
+    for (const auto& [frames, cell] :
+         {std::pair{3.0, "3"}, {-2.5, "-2.5"}, {1e-9, "0"}, {-1e-9, "0"}, {100.0, "100"}})
+        EXPECT_EQ(reviewFrames(frames), cell);
+    const std::string cell = numberedRecordings({"a; 3: b.wav", "c.wav + 3 files", "d.wav"});
+    EXPECT_EQ(recordingOfNumber(cell, 1), "a; 3: b.wav");
+    EXPECT_EQ(recordingOfNumber(cell, 2), "c.wav + 3 files");
+    EXPECT_EQ(recordingOfNumber(cell, 3), "d.wav");
+    for (const int none : {0, -1, 4}) EXPECT_FALSE(recordingOfNumber(cell, none));
 }
 
 } // namespace

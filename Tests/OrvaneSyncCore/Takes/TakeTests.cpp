@@ -171,7 +171,7 @@ TEST(Take, decisionsFollowTheirChannels) {
     EXPECT_EQ(std::get<0>(carried({})), (Tracks{2, 3, 5}));
     auto joined = files;
     joined.push_back({"A/T_0.WAV", -0.25, 60});
-    EXPECT_EQ(carried(joined), std::tuple(Tracks{3, 4, 6}, 4, 1.25));
+    EXPECT_EQ(carried(joined), std::tuple(Tracks{3, 4, 6}, 4, 1.0));
 }
 
 TEST(Take, namesOfChannels) {

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Utilities/ClusterTimelineAxis.h"
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
 #include "OrvaneSyncCore/Utilities/LaneLayout.h"
+#include "OrvaneSyncCore/Utilities/PathGlob.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Support/Test.h"
 
@@ -116,6 +117,42 @@ TEST(ClusterTimelineAxis, mapsWithinTheAxis) {
         EXPECT_EQ(x(30, noLength, 60), 0);
         EXPECT_EQ(x(30, 100, noLength), 0);
     }
+}
+
+TEST(PathGlob, matchesAsShellsDo) {
+    const struct {
+        const char *pattern, *path;
+        bool matches;
+    } cases[] = {
+        {"*_proxy.mov", "A/A001_proxy.mov", true},
+        {"Proxy", "A/Proxy/a.mov", true},
+        {"Proxy", "A/MyProxy/a.mov", false},
+        {"proxy", "Proxy/a.mov", false},
+        {"Proxy/", "A/Proxy", true},
+        {"A/*.mov", "A/a.mov", true},
+        {"A/*.mov", "A/B/a.mov", false},
+        {"A/*.mov", "x/A/a.mov", false},
+        {"/a.mov", "A/a.mov", false},
+        {"./A/**/a.mov", "A/a.mov", true},
+        {"A/**/a.mov", "A/B/C/a.mov", true},
+        {"**/DCIM/**", "x/y/DCIM", true},
+        {"**/b/*", "a/b", false},
+        {"T??.wav", "T01.wav", true},
+        {"T?.wav", "T\u00e9.wav", true},
+        {"T?.wav", "T.wav", false},
+        {"[A-C]0*", "B001.mov", true},
+        {"[!A-C]0*", "B001.mov", false},
+        {"[]x]a", "]a", true},
+        {"[a", "[a", true},
+        {"*a*b*c", "xaxxbxbxc", true},
+        {"*a*b*c", "xaxxcxb", false},
+        {"", "a.mov", false},
+        {"**", "a/b", true},
+    };
+    for (const auto& row : cases)
+        EXPECT_EQ(PathGlob(row.pattern).matches(row.path), row.matches) << row.pattern << " on " << row.path;
+    // A pattern that would take time without end by trying all ways.
+    EXPECT_FALSE(PathGlob("**/a*a*a*a*a*b/**/x/**/y").matches(std::string(2000, 'a') + "/x/x/x/x/x"));
 }
 
 } // namespace

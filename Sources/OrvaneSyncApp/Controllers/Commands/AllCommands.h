@@ -10,6 +10,7 @@ namespace orvane::commands {
 std::vector<Command> workCommands();
 std::vector<Command> editCommands();
 std::vector<Command> smartAudioCommands();
+std::vector<Command> reviewCommands();
 std::vector<Command> reportCommands();
 std::vector<Command> fileCommands();
 std::vector<Command> sessionCommands();

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/Command.h"
 
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <array>
@@ -24,6 +25,9 @@ std::string_view kindText(Parameter::Kind kind) {
         return "a whole number";
     case boolean:
         return "true or false";
+    case texts:
+    case paths:
+        return "a list of texts";
     case any:
         break;
     }
@@ -47,27 +51,51 @@ bool isOfKind(const JSON& value, Parameter::Kind kind) {
     }
     case boolean:
         return value.boolean().has_value();
+    case texts:
+    case paths: {
+        const auto* elements = value.elements();
+        return elements != nullptr &&
+               std::ranges::all_of(*elements, [](const JSON& one) { return one.string() != nullptr; });
+    }
     case any:
         break;
     }
     return true;
 }
 
-/// What is wrong with an argument; nothing when it is as the command wants it.
-std::string problemOf(const JSON& value, Parameter::Kind kind) {
-    if (!isOfKind(value, kind)) return "must be " + std::string(kindText(kind));
-    if (kind != Parameter::Kind::path) return {};
-    if (value.string()->empty()) return "is empty";
+std::string rangeText(const Parameter& parameter) {
+    using platform::text::formatted;
+    if (!parameter.highest) return formatted("%g or more", *parameter.lowest);
+    if (!parameter.lowest) return formatted("%g or less", *parameter.highest);
+    return formatted("%g", *parameter.lowest) + formatted(" to %g", *parameter.highest);
+}
+
+std::string problemOfPath(const std::string& path) {
+    if (path.empty()) return "is empty";
     // Standard input and output hold the requests and answers.
-    if (*value.string() == "-") return "must name a file or a folder, and '-' is none here";
-    return value.string()->find('\0') == std::string::npos ? "" : "holds a NUL character";
+    if (path == "-") return "must name a file or a folder, and '-' is none here";
+    return path.find('\0') == std::string::npos ? "" : "holds a NUL character";
+}
+
+/// What is wrong with an argument; nothing when it is as the command wants it.
+std::string problemOf(const JSON& value, const Parameter& parameter) {
+    if (!isOfKind(value, parameter.kind)) return "must be " + std::string(kindText(parameter.kind));
+    if (const auto number = value.number(); (parameter.lowest && *number < *parameter.lowest) ||
+                                            (parameter.highest && *number > *parameter.highest))
+        return "must be " + rangeText(parameter);
+    if (parameter.kind == Parameter::Kind::path) return problemOfPath(*value.string());
+    if (parameter.kind == Parameter::Kind::paths)
+        for (const JSON& path : *value.elements())
+            if (std::string problem = problemOfPath(*path.string()); !problem.empty())
+                return "holds a path that " + problem;
+    return {};
 }
 
 } // namespace
 
 std::string_view name(Parameter::Kind kind) {
-    constexpr std::array<std::string_view, 7> names{"id",      "text",    "path", "number",
-                                                    "integer", "boolean", "any"};
+    constexpr std::array<std::string_view, 9> names{"id",      "text", "path",  "number", "integer",
+                                                    "boolean", "any",  "texts", "paths"};
     return names[static_cast<std::size_t>(kind)];
 }
 
@@ -128,7 +156,7 @@ Call::Call(const Command& command, const JSON* params) : command_(&command) {
         if (value == nullptr && !parameter.isOptional)
             throw Error(Refusal::invalidArguments, said + std::string(parameter.name) + " is missing");
         if (value == nullptr) continue;
-        if (const std::string problem = problemOf(*value, parameter.kind); !problem.empty())
+        if (const std::string problem = problemOf(*value, parameter); !problem.empty())
             throw Error(Refusal::invalidArguments, said + std::string(parameter.name) + " " + problem);
     }
     if (params_.members() == nullptr) return;
@@ -149,6 +177,11 @@ bool Call::names(std::string_view name) const {
 
 UUID Call::id(std::string_view name) const { return *UUID::fromText(text(name)); }
 const std::string& Call::text(std::string_view name) const { return *find(name)->string(); }
+std::vector<std::string> Call::texts(std::string_view name) const {
+    std::vector<std::string> result;
+    for (const JSON& element : *find(name)->elements()) result.push_back(*element.string());
+    return result;
+}
 double Call::number(std::string_view name) const { return *find(name)->number(); }
 int Call::integer(std::string_view name) const { return static_cast<int>(*find(name)->integer()); }
 bool Call::boolean(std::string_view name) const { return *find(name)->boolean(); }

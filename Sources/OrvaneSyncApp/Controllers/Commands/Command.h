@@ -39,11 +39,12 @@ class Error : public std::runtime_error {
 
 struct Parameter {
     /// A path is a text that a file may be named by.
-    enum class Kind : std::uint8_t { id, text, path, number, integer, boolean, any };
+    enum class Kind : std::uint8_t { id, text, path, number, integer, boolean, any, texts, paths };
     std::string_view name;
     Kind kind = Kind::text;
     bool isOptional = false;
-    std::optional<int> lowest = {};                 ///< of a number
+    std::optional<double> lowest = {}; ///< of a number; both ends are allowed
+    std::optional<double> highest = {};
     std::span<const std::string_view> choices = {}; ///< of a text that takes only these
 };
 std::string_view name(Parameter::Kind kind);
@@ -67,6 +68,7 @@ class Call {
     // Each for a parameter of that kind which is there.
     UUID id(std::string_view name) const;
     const std::string& text(std::string_view name) const;
+    std::vector<std::string> texts(std::string_view name) const;
     double number(std::string_view name) const;
     int integer(std::string_view name) const;
     bool boolean(std::string_view name) const;

@@ -12,7 +12,7 @@ void CommandContext::expectKnown(const Call& call) const {
             std::ranges::none_of(list, [&](const auto& element) { return element.id == call.id(name); }))
             throw Error(Refusal::failed, std::string(what) + " not found");
     };
-    expect(controller->work().wildTracks(), "id", "Wild track");
+    if (call.names("id")) expect(controller->work().wildTracks(), "id", "Wild track");
     const char* const clip = call.names("of") ? "of" : "groupID";
     if (!call.names(clip)) return;
     const SyncGroup& known = group(call.id(clip));

@@ -17,14 +17,24 @@ using Controller = ImportController;
 
 constexpr std::array<std::string_view, 3> syncMethodNames{"timecode", "clap", "manual"};
 
+/// What an operation refuses is a mistake in the request.
+template <class Edit>
+auto checked(std::string_view id, const Edit& run) {
+    try {
+        return run();
+    } catch (const OutOfRange& refused) {
+        throw Error(Refusal::invalidArguments, std::string(id) + ": " + refused.what());
+    }
+}
+
 /// An operation under its undo step; it answers null.
 template <class Operation>
 Command edit(std::string_view id, std::string_view help, const UndoStep& step,
              std::vector<Parameter> parameters, Operation operation) {
     return Command(id, step.actionName, help, std::move(parameters),
-                   [step, operation](CommandContext& context, const Call& call) {
+                   [id, step, operation](CommandContext& context, const Call& call) {
                        Controller& controller = *context.controller;
-                       controller.withUndo(step, [&] { operation(controller, call); });
+                       checked(id, [&] { controller.withUndo(step, [&] { operation(controller, call); }); });
                        return JSON();
                    })
         .undoneBy(step);
@@ -34,11 +44,14 @@ Command edit(std::string_view id, std::string_view help, const UndoStep& step,
 template <class Operation>
 Command editAndListen(std::string_view id, std::string_view help, const UndoStep& step,
                       std::vector<Parameter> parameters, Operation operation) {
-    return Command::later(
-               id, step.actionName, help, std::move(parameters),
-               [step, operation](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
-                   return context.withUndo(step, [&] { return operation(*context.controller, call); });
-               })
+    return Command::later(id, step.actionName, help, std::move(parameters),
+                          [id, step, operation](CommandContext& context, const Call& call,
+                                                const std::shared_ptr<JSON>&) {
+                              return checked(id, [&] {
+                                  return context.withUndo(
+                                      step, [&] { return operation(*context.controller, call); });
+                              });
+                          })
         .undoneBy(step);
 }
 
@@ -150,7 +163,11 @@ std::vector<Command> valueCommands() {
     using namespace undoSteps;
     return {
         edit("adjustAudioOffset", "Moves the sound of the clip by seconds.", adjustAudioOffset,
-             {groupID, {"deltaSeconds", number}},
+             {groupID,
+              {.name = "deltaSeconds",
+               .kind = number,
+               .lowest = -ClipEditing::furthestOffsetSeconds,
+               .highest = ClipEditing::furthestOffsetSeconds}},
              [](Controller& controller, const Call& call) {
                  controller.clips().adjustAudioOffset(call.id("groupID"), call.number("deltaSeconds"));
              }),
@@ -191,8 +208,12 @@ std::vector<Command> valueCommands() {
              })
             .forClips(isUnlocked),
         editAndListen("addBlockOverride",
-                      "Chooses the track that is heard in a range of the clip, in seconds.", addBlockOverride,
-                      {groupID, {"startSeconds", number}, {"endSeconds", number}, {"trackIndex", integer}},
+                      "Chooses the track that is heard in a range of the clip, in seconds from its start.",
+                      addBlockOverride,
+                      {groupID,
+                       {.name = "startSeconds", .kind = number, .lowest = 0},
+                       {.name = "endSeconds", .kind = number, .lowest = 0},
+                       {.name = "trackIndex", .kind = integer, .lowest = 1}},
                       [](Controller& controller, const Call& call) {
                           return controller.tracks().addBlockOverride(
                               call.id("groupID"), call.number("startSeconds"), call.number("endSeconds"),
@@ -206,7 +227,12 @@ std::vector<Command> valueCommands() {
                       })
             .forClips(hasRangeOverride),
         edit("setMasterGain", "Sets the master gain in dB.", setMasterGain,
-             {groupID, {"gainDB", number}, {"auto", boolean}},
+             {groupID,
+              {.name = "gainDB",
+               .kind = number,
+               .lowest = TrackEditing::lowestGainDB,
+               .highest = TrackEditing::highestGainDB},
+              {"auto", boolean}},
              [](Controller& controller, const Call& call) {
                  controller.tracks().setMasterGain(call.id("groupID"), call.number("gainDB"),
                                                    call.boolean("auto"));

@@ -115,13 +115,12 @@ std::vector<Command> reportCommands() {
 
 std::vector<Command> fileCommands() {
     return {
-        Command("saveProject", "Save Project…", "Writes the decisions as a project file.",
-                {{"path", path}, overwrite},
-                [](CommandContext& context, const Call& call) {
-                    context.controller->project().saveProject(
-                        {platform::files::standardized(call.text("path"))}, permission(call));
-                    return JSON();
-                }),
+        Command::later("saveProject", "Save Project…", "Writes the decisions as a project file.",
+                       {{"path", path}, overwrite},
+                       [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                           return context.controller->project().saveProject(
+                               {platform::files::standardized(call.text("path"))}, permission(call));
+                       }),
         Command::later("loadProject", "Open Project…",
                        "Scans the folders of a project and lays its decisions over the clips.",
                        {{"path", path}},

@@ -60,6 +60,32 @@ platform::Task saved(CommandContext& context, platform::Task saving) {
     if (const auto problem = context.sessions->saveError(*session)) throw Error(Refusal::failed, *problem);
 }
 
+/// The change holds in the program, and what the disk refused is tried again every few seconds.
+Error refusedByDisk(const std::string& problem) {
+    return {Refusal::failed, problem + "; it is tried again until it succeeds"};
+}
+
+/// Ends when what was decided of these sessions and of the list of folders is on the disk.
+platform::Task decided(CommandContext& context, std::vector<UUID> changed) {
+    co_await context.sessions->flush();
+    for (const UUID& session : changed)
+        if (const auto problem = context.sessions->saveError(session)) throw refusedByDisk(*problem);
+    if (const auto& problem = context.sessions->folderListError()) throw refusedByDisk(*problem);
+}
+
+platform::Task createFolder(CommandContext& context, Call call, std::shared_ptr<JSON> result) {
+    *result = context.sessions->createFolder(call.text("name"));
+    co_await decided(context, {});
+}
+
+platform::Task renameFolder(CommandContext& context, Call call, std::shared_ptr<JSON> result) {
+    std::vector<UUID> moved;
+    for (const SessionInfo& info : context.sessions->sessions())
+        if (info.folder == call.text("from")) moved.push_back(info.id);
+    *result = context.sessions->renameFolder(call.text("from"), call.text("to"));
+    co_await decided(context, std::move(moved));
+}
+
 /// Which session is open, and what people should know of it.
 JSON sessionState(CommandContext& context, const Call&) {
     JSON json = JSON::object();
@@ -84,6 +110,20 @@ JSON folderInfo(CommandContext& context, const Call& call) {
 JSON suggestedName(CommandContext& context, const UUID& session, const Call&) {
     const auto name = context.sessions->suggestedSessionName(session);
     return name ? JSON(*name) : JSON();
+}
+
+/// A decision about a session of the list; it answers when that is on the disk.
+template <class Operation>
+Command deciding(std::string_view id, std::string_view title, std::string_view help, Parameter more,
+                 Operation operation) {
+    return Command::later(
+        id, title, help, {sessionId, more},
+        [operation](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+            const UUID session = call.id("sessionId");
+            if (context.sessions->session(session) == nullptr) throw sessionNotFound();
+            operation(context, session, call);
+            return decided(context, {session});
+        });
 }
 
 std::vector<Command> openingCommands() {
@@ -112,18 +152,16 @@ std::vector<Command> openingCommands() {
                            return context.sessions->loadMostRecentSession(context.controller);
                        })
             .when(hasSessions),
-        onSession("renameSession", "Rename Session", "Names a session.", {{"name", text}},
-                  [](CommandContext& context, const UUID& session, const Call& call) {
-                      context.sessions->rename(session, call.text("name"));
-                      return JSON();
-                  })
+        deciding("renameSession", "Rename Session", "Names a session.", {"name", text},
+                 [](CommandContext& context, const UUID& session, const Call& call) {
+                     context.sessions->rename(session, call.text("name"));
+                 })
             .when(hasSessions),
-        onSession("setSessionFolder", "Move Session to Folder", "Puts a session into a folder, or out of it.",
-                  {{"folder", text, true}},
-                  [](CommandContext& context, const UUID& session, const Call& call) {
-                      context.sessions->setFolder(session, call.textIfPresent("folder"));
-                      return JSON();
-                  })
+        deciding("setSessionFolder", "Move Session to Folder", "Puts a session into a folder, or out of it.",
+                 {"folder", text, true},
+                 [](CommandContext& context, const UUID& session, const Call& call) {
+                     context.sessions->setFolder(session, call.textIfPresent("folder"));
+                 })
             .when(hasSessions),
         doing("deleteSession", "Delete Session", "Deletes a session; cannot be taken back.", {sessionId},
               deleteSession)
@@ -138,17 +176,12 @@ std::vector<Command> folderCommands() {
     const Parameter forFolder{"forFolder", text};
     return {
         Command("folderNames", "Folders", "Lists the folders of sessions.", {}, folderNames),
-        Command("createFolder", "New Folder", "Makes a folder for sessions; false where the name is taken.",
-                {{"name", text}},
-                [](CommandContext& context, const Call& call) {
-                    return JSON(context.sessions->createFolder(call.text("name")));
-                }),
-        Command("renameFolder", "Rename Folder",
-                "Renames a folder of sessions; false where the name is taken.",
-                {{"from", text}, {"to", text}},
-                [](CommandContext& context, const Call& call) {
-                    return JSON(context.sessions->renameFolder(call.text("from"), call.text("to")));
-                }),
+        Command::later("createFolder", "New Folder",
+                       "Makes a folder for sessions; false where the name is taken.", {{"name", text}},
+                       createFolder),
+        Command::later("renameFolder", "Rename Folder",
+                       "Renames a folder of sessions; false where the name is taken.",
+                       {{"from", text}, {"to", text}}, renameFolder),
         doing("deleteEmptyFolder", "Delete Empty Folder", "Deletes a folder without sessions.",
               {{"name", text}},
               [](CommandContext& context, const Call& call) {

@@ -70,6 +70,16 @@ std::vector<Command> smartAudioCommands() {
                                call.id("groupID"), call.boolean("forceOverwriteManualTracks"));
                        })
             .forClips(hasSound),
+        Command::later(
+            "measureLoudness", "Measure Loudness",
+            "Measures the loudness of all settled clips and sets the master gain of those that have "
+            "none set by hand.",
+            {},
+            [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
+                return context.controller->smartAudio().measureLoudness();
+            })
+            .when(
+                [](const CommandContext& context) { return context.controller->work().syncClipCount() > 0; }),
         Command("smartAudioResult", "Smart Audio Result", "Gives what Smart Audio found in the clip.",
                 {groupID}, smartAudioResult)
             .forClips(hasSound),

@@ -1,6 +1,8 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Export/ExportPreview.h"
+#include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -86,11 +88,44 @@ Warnings timecodeWarnings(const Verdict& verdict) {
             " is switched on, by its name timecode; --no-smart-audio leaves every channel on"};
 }
 
+void addPassedOver(const ImportController& controller, Warnings& warnings) {
+    const auto& passedOver = controller.smartAudio().state().passedOver;
+    for (const SyncGroup& group : controller.work().syncGroups())
+        if (passedOver.contains(group.id) && !group.isMOS())
+            warnings.push_back("Smart Audio left out " + controller.work().fileNames().of(group.video) +
+                               ": all its channels are excluded from the analysis; include one to have it "
+                               "analyzed");
+}
+
+/// Of clips that were measured.
+void addLoudness(const ImportController& controller, Warnings& warnings) {
+    constexpr double riskyGainDB = 12;
+    std::vector<std::string> silent, raised;
+    for (const SyncGroup& group : controller.work().syncGroups()) {
+        if (!group.measuredLUFS || !group.masterGainAuto || group.isMOS()) continue;
+        const std::string name = controller.work().fileNames().of(group.video);
+        if (group.masterGainDB > riskyGainDB)
+            raised.push_back(name);
+        else if (*group.measuredLUFS <= MasterGain::unmeasuredLUFS)
+            silent.push_back(name);
+    }
+    if (!silent.empty())
+        warnings.push_back("no loudness could be measured for " + firstAndMore(silent) +
+                           ": the sound is silent or can't be read; the master gain stays as it is");
+    if (!raised.empty())
+        warnings.push_back("the master gain is above +12 dB for " + firstAndMore(raised) +
+                           ": the source is very quiet and may clip; consider the Documentary preset (" +
+                           std::string(settings::smartAudioPreset.key) + ") or another " +
+                           std::string(settings::smartAudioTargetLUFS.key));
+}
+
 } // namespace
 
 SmartAudioCounts smartAudioCounts(const ImportController& controller) {
     SmartAudioCounts counts;
     std::set<std::string_view> unheard; // recordings, by path
+    for (const SyncGroup& group : controller.work().syncGroups())
+        if (group.measuredLUFS && !group.isMOS()) ++counts.measured;
     const auto& results = controller.smartAudio().state().results;
     for (const SyncGroup& group : controller.work().syncGroups()) {
         const auto result = results.find(group.id);
@@ -125,6 +160,8 @@ std::vector<std::string> smartAudioWarnings(const ImportController& controller) 
                 // Cameras may share the recording.
                 if (said.insert(warning).second) warnings.push_back(std::move(warning));
     }
+    addPassedOver(controller, warnings);
+    addLoudness(controller, warnings);
     return warnings;
 }
 
@@ -140,6 +177,7 @@ JSON smartAudioJSON(const ImportController& controller, std::optional<SmartAudio
                                      .unanalyzed);
     json.set("channels", counts.channels);
     json.set("channelsChosen", counts.chosen);
+    json.set("clipsMeasured", counts.measured);
     json.set("problems", std::move(problems));
     return json;
 }

@@ -3,6 +3,8 @@
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 
+#include <algorithm>
+
 namespace orvane::commands {
 
 namespace {
@@ -13,11 +15,44 @@ std::optional<FileURL> folder(const Call& call, std::string_view name) {
     return call.has(name) ? std::optional(readableFolder(call.text(name))) : std::nullopt;
 }
 
-/// A folder that is not named stays, a null takes it away. Both are looked at before either is taken.
+/// What is not named stays, a null takes it away. All folders are looked at before one is taken.
 JSON setFolders(CommandContext& context, const Call& call) {
     const auto video = folder(call, "videoFolder"), audio = folder(call, "audioFolder");
+    ScanScope scope = context.controller->work().scanScope();
+    if (call.mentions("moreFolders")) {
+        scope.moreFolders.clear();
+        if (call.has("moreFolders"))
+            for (const std::string& path : call.texts("moreFolders"))
+                scope.moreFolders.push_back(readableFolder(path));
+    }
+    if (call.mentions("exclude")) {
+        scope.exclusions = call.has("exclude") ? call.texts("exclude") : std::vector<std::string>{};
+        if (std::ranges::find(scope.exclusions, std::string()) != scope.exclusions.end())
+            throw Error(Refusal::invalidArguments, "setFolders: exclude holds an empty pattern");
+    }
     if (call.mentions("videoFolder")) context.controller->scan().setVideoFolderURL(video);
     if (call.mentions("audioFolder")) context.controller->scan().setAudioFolderURL(audio);
+    if (scope != context.controller->work().scanScope())
+        context.controller->scan().setScope(std::move(scope));
+    return {};
+}
+
+/// What is not named stays, a null takes it away.
+JSON setCorrections(CommandContext& context, const Call& call) {
+    const SourceCorrections& present = context.controller->work().sourceCorrections();
+    const auto rate = present.timecodeRate
+                          ? std::optional(std::string(timecodeRate::name(*present.timecodeRate)))
+                          : std::nullopt;
+    const auto text = [&](std::string_view name, const std::optional<std::string>& held) {
+        return call.mentions(name) ? call.textIfPresent(name) : held;
+    };
+    try {
+        context.controller->scan().setCorrections(
+            SourceCorrections::fromTexts(text("soundOffset", present.soundOffset),
+                                         text("soundDate", present.soundDate), text("timecodeRate", rate)));
+    } catch (const CorrectionError& error) {
+        throw Error(Refusal::invalidArguments, std::string("setCorrections: ") + error.what());
+    }
     return {};
 }
 
@@ -27,12 +62,20 @@ platform::Task startScan(CommandContext& context, Call, std::shared_ptr<JSON>) {
     co_await context.controller->smartAudio().waitForAnalysisAfterScan();
 }
 
+/// A whole number stands without a point.
+std::optional<JSON> limitJSON(const std::optional<double>& limit) {
+    if (!limit) return std::nullopt;
+    const auto whole = JSON(*limit).integer();
+    return whole ? JSON(*whole) : JSON(*limit);
+}
+
 JSON parameterJSON(const Parameter& parameter) {
     JSON json;
     json.set("name", parameter.name);
     json.set("type", name(parameter.kind));
     json.set("required", !parameter.isOptional);
-    json.setIfPresent("lowest", parameter.lowest);
+    json.setIfPresent("lowest", limitJSON(parameter.lowest));
+    json.setIfPresent("highest", limitJSON(parameter.highest));
     JSON::Array choices;
     for (const std::string_view choice : parameter.choices) choices.emplace_back(std::string(choice));
     if (!choices.empty()) json.set("choices", std::move(choices));
@@ -69,8 +112,19 @@ JSON cancel(CommandContext& context, const Call& call) {
 
 std::vector<Command> workCommands() {
     return {
-        Command("setFolders", "Choose Folders", "Chooses the folders of picture and sound.",
-                {{"videoFolder", path, true}, {"audioFolder", path, true}}, setFolders),
+        Command("setFolders", "Choose Folders",
+                "Chooses the folders of picture and sound, further ones, and the patterns of what is passed "
+                "over in them.",
+                {{"videoFolder", path, true},
+                 {"audioFolder", path, true},
+                 {"moreFolders", paths, true},
+                 {"exclude", texts, true}},
+                setFolders),
+        Command("setCorrections", "Correct the Sources",
+                "Says what the files say wrongly, for the next scan: how much later the sound lies, its day, "
+                "and the rate at which timecode counts.",
+                {{"soundOffset", text, true}, {"soundDate", text, true}, {"timecodeRate", text, true}},
+                setCorrections),
         Command::later("startScan", "Scan & Match", "Reads the folders and matches what is in them.", {},
                        startScan)
             .when([](const CommandContext& context) { return context.controller->scan().canScan(); }),

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 
+#include "OrvaneSyncCore/Models/SettingValues.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 
 #include <utility>
@@ -37,7 +38,8 @@ JSON takesJSON(const SyncGroupList& groups) {
 }
 
 std::vector<std::string> stateWarnings(const ImportController& controller) {
-    std::vector<std::string> warnings = scanWarnings(controller);
+    std::vector<std::string> warnings = uselessStoredValues(*controller.work().environment.settings);
+    for (std::string& warning : scanWarnings(controller)) warnings.push_back(std::move(warning));
     for (std::string& warning : smartAudioWarnings(controller)) warnings.push_back(std::move(warning));
     return warnings;
 }

@@ -29,6 +29,7 @@ JSON smartAudioJSON(const ImportController& controller, std::optional<SmartAudio
 struct SmartAudioCounts {
     std::int64_t clips = 0, channels = 0, chosen = 0;
     std::int64_t unheardRecordings = 0;
+    std::int64_t measured = 0; ///< clips whose loudness is known
 };
 SmartAudioCounts smartAudioCounts(const ImportController& controller);
 

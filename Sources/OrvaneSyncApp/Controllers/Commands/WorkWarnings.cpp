@@ -20,12 +20,6 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-/// A card full of files of one kind is one line, not hundreds.
-std::string firstAndMore(const Names& names) {
-    const auto more = names.size() - 1;
-    return "'" + names.front() + "'" + (more > 0 ? " and " + std::to_string(more) + " more" : "");
-}
-
 /// The rate at which frames are counted where the table of timecodes does not know that of the file.
 std::optional<double> otherRateOfTimecode(const MediaAsset& video) {
     constexpr double sameRate = 0.01; // of the rate
@@ -104,6 +98,11 @@ void addUnusedOfProject(const ImportController& controller, std::vector<std::str
 
 } // namespace
 
+std::string firstAndMore(const std::vector<std::string>& names) {
+    const auto more = names.size() - 1;
+    return "'" + names.front() + "'" + (more > 0 ? " and " + std::to_string(more) + " more" : "");
+}
+
 std::vector<std::string> scanWarnings(const ImportController& controller) {
     std::vector<std::string> warnings;
     addUnusedOfProject(controller, warnings);
@@ -116,6 +115,10 @@ std::vector<std::string> scanWarnings(const ImportController& controller) {
             warnings.push_back("links that lead nowhere: " + firstAndMore(links) +
                                "; what they lead to is missing here");
     }
+    if (const auto& found = controller.scan().discoveryResult())
+        for (const std::string& glob : found->unusedExclusions)
+            warnings.push_back("the exclusion '" + glob +
+                               "' fits nothing in the folders; check how it is written");
     addProxies(controller, warnings);
     addFilesThatAReportMixesUp(controller, warnings);
     if (const auto& scan = controller.scan().scanResult(); scan && !scan->unreadFiles.empty()) {

@@ -15,13 +15,16 @@ std::vector<std::string> scanWarnings(const ImportController& controller);
 /// Each clip that the document does not hold, and why.
 std::vector<std::string> leftOutWarnings(const ImportController& controller);
 /// Each recording that Smart Audio could not hear, or not to its end, or of which it leaves nothing but
-/// timecode switched on.
+/// timecode switched on; clips that it left out; and measured clips that are silent or raised by far.
 std::vector<std::string> smartAudioWarnings(const ImportController& controller);
 /// What people should know beside the exporter's own warnings.
 void addOwnWarnings(const ImportController& controller, ExportResult& result);
 /// Says that a recording ends before the length that its header promises.
 std::string earlyEndWarning(const std::string& filename, double heardSeconds, double promisedSeconds);
 
+/// A card full of files of one kind is one line, not hundreds: the first name, and how many more. At least
+/// one.
+std::string firstAndMore(const std::vector<std::string>& names);
 /// Nothing of the file could be read but its name.
 bool nothingIsKnown(const MediaAsset& asset);
 /// Whether the work has recordings. Work that was kept has no scan; then its clips tell.

@@ -107,6 +107,7 @@ ExportSettings ExportSettings::fromUserDefaults(const SettingsStore& store, cons
     settings.generateMulticam = request.generateMulticam;
     settings.smartAudioResults = request.smartAudioResults;
     settings.metadataPrefix = request.metadataPrefix;
+    settings.matchRules = request.matchRules;
 
     const double chosenRate = store.get(settings::targetFrameRate);
     settings.frameRate = ProjectFrameRateResolver::resolve(request.groups, chosenRate).fps;

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Models/ExportKinds.h"
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
+#include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 #include "Platform/SettingsStore.h"
 
@@ -68,6 +69,7 @@ struct ExportSettings {
     GroupNaming::Source clipNamingSource = GroupNaming::Source::sceneTake;
     std::optional<std::string> customNamingPattern;
     std::string namingSeparator = "-";
+    MatchRules matchRules;        ///< by which the sound was laid against the pictures
     bool volumeKeyframes = false; ///< Smart Audio's choice over time, as volumes of the channels
 
     /// What the settings store does not hold.
@@ -82,6 +84,7 @@ struct ExportSettings {
         std::optional<std::string> atmoAudioRoleOverride; ///< wins over the stored one
         std::optional<double> atmoDurationOverride;       ///< seconds; wins over the stored one
         std::string metadataPrefix;
+        MatchRules matchRules;
     };
 
     /// Sets every field. A text that names no case reads as the default.

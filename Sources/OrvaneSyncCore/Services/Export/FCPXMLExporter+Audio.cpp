@@ -25,10 +25,11 @@ struct Placement {
     Time place; ///< on the clip's axis, without the offsets
     Time duration;
 
-    Placement(const SyncGroup& group, const TakeFile& takeFile, const std::string& id, double fps)
+    Placement(const SyncGroup& group, const TakeFile& takeFile, const std::string& id, double fps,
+              const ExportSettings& settings)
         : audio(group.audioMatches[takeFile.matchIndex].audio), assetID(id), file(takeFile),
           start(audioStartTime(audio).value_or(Time::zero())),
-          place(audioPlaceTime(group, group.audioMatches[takeFile.matchIndex], fps)),
+          place(audioPlaceTime(group, group.audioMatches[takeFile.matchIndex], fps, settings)),
           duration(soundLength(soundDuration(audio.durationSeconds, audioRate(audio)), fps)) {}
 };
 
@@ -117,13 +118,12 @@ AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string
         settings.volumeKeyframes && result != nullptr ? VolumeCurves(group, *result) : VolumeCurves();
     // Every file keeps its own times and moves by its offset on the picture's axis: the sound slides against
     // the picture, and its first sample is still its first.
-    const Time shift = manualOffsetTime(group.manualAudioOffsetSeconds, fps) +
-                       manualOffsetTime(effectiveGlobalAudioOffset(group, settings, fps), fps);
+    const Time shift = soundShift(group, settings, fps);
     chain.anchored.reserve(take.files.size());
     int lane = 0;
     for (const TakeFile& file : take.files) {
         if (file.role == TakeRole::mirror) continue;
-        const Placement placed(group, file, audioAssetIDs[file.matchIndex], fps);
+        const Placement placed(group, file, audioAssetIDs[file.matchIndex], fps, settings);
         const bool isFirst = chain.anchored.empty();
         Audio channels = channelsOf(placed, isFirst ? std::nullopt : std::optional(lane), roles, curves);
         if (isFirst) {
@@ -147,6 +147,11 @@ AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string
         chain.roleSources.push_back(std::move(source));
     }
     return chain;
+}
+
+Time soundShift(const SyncGroup& group, const ExportSettings& settings, double fps) {
+    return manualOffsetTime(group.manualAudioOffsetSeconds, fps) +
+           manualOffsetTime(effectiveGlobalAudioOffset(group, settings, fps), fps);
 }
 
 int channelCountOf(const MediaAsset& audio, const ExportSettings& settings) {

@@ -58,7 +58,38 @@ AssetClip pictureClip(const SyncGroup& group, const Picture& picture, const std:
     return clip;
 }
 
-/// Compares the lengths of picture and take, not their overlap.
+/// What a container shows, on the axis of its picture.
+struct Extent {
+    Time start;
+    Time duration;
+};
+
+/// Whole frames within which both the picture and a file of the take are; all of the picture where they have
+/// no frame in common.
+Extent commonExtent(const SyncGroup& group, const Picture& picture, const ExportSettings& settings) {
+    const Time shift = soundShift(group, settings, picture.fps);
+    std::optional<Time> first, last;
+    for (const TakeFile& file : takeOf(group, settings.defaultAudioTracks).files) {
+        if (!isHeard(file.role)) continue;
+        const AudioMatch& match = group.audioMatches[file.matchIndex];
+        const Time start = audioPlaceTime(group, match, picture.fps, settings) + shift - picture.start;
+        const Time end =
+            start +
+            soundDuration(match.audio->durationSeconds, audioRate(match.audio)).value_or(Time::zero());
+        first = first ? std::min(*first, start) : start;
+        last = last ? std::max(*last, end) : end;
+    }
+    if (!first) return {picture.start, picture.duration};
+    // Seconds from the picture's start, to which the frames are counted.
+    const Time frame = frameDurationTime(picture.fps);
+    Time from = std::max(*first, Time::zero()).toFrame(frame, FrameSampling::floor);
+    if (from < *first) from += frame;
+    const Time to = std::min(*last, picture.duration).toFrame(frame, FrameSampling::floor);
+    if (!(from < to)) return {picture.start, picture.duration};
+    return {picture.start + from, to - from};
+}
+
+/// But for `overlap`, compares the lengths of picture and take, not where they lie.
 Time trimmedDuration(const SyncGroup& group, const Picture& picture, const ExportSettings& settings) {
     if (settings.trimMode == TrimMode::videoDuration) return picture.duration;
     double seconds = group.video.durationSeconds.value_or(0);
@@ -98,14 +129,23 @@ void addKeyword(std::vector<MarkerItem>& markers, std::string value) {
     markers.emplace_back(Keyword{std::move(value)});
 }
 
+/// A retimed picture has no sound in its clip.
+Extent trimmed(const SyncGroup& group, const Picture& picture, bool isRetimed,
+               const ExportSettings& settings) {
+    if (settings.trimMode == TrimMode::overlap)
+        return isRetimed ? Extent{picture.start, picture.duration} : commonExtent(group, picture, settings);
+    return {picture.start, trimmedDuration(group, picture, settings)};
+}
+
 /// The container around a picture: in the format of the main container, the picture in its own.
 SyncClip container(const SyncGroup& group, const Picture& picture, AssetClip item,
                    const std::string& altFormat, const std::string& fcpName, const ExportSettings& settings) {
+    const Extent extent = trimmed(group, picture, item.timeMap.has_value(), settings);
     SyncClip clip;
-    clip.offset = picture.start;
+    clip.offset = extent.start;
     clip.name = fcpName;
-    clip.start = picture.start;
-    clip.duration = trimmedDuration(group, picture, settings);
+    clip.start = extent.start;
+    clip.duration = extent.duration;
     clip.format = IDREF{altFormat};
     clip.tcFormat = picture.tcFormat;
     clip.adjust = syncClipMasterGainAdjust(group);

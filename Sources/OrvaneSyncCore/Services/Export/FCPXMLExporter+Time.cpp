@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+#include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Timecode/ExactRate.h"
 
@@ -95,8 +97,44 @@ std::optional<Time> audioStartTime(const MediaAsset& asset) {
     return timecodeToTime(asset.startTimecodeString, own, asset.timecodeFrameRate);
 }
 
-Time audioPlaceTime(const SyncGroup& group, const AudioMatch& match, double fps) {
-    if (const auto own = audioStartTime(match.audio)) return *own;
+namespace {
+
+/// By how much matching laid the sound elsewhere than its own start says beside that of the picture: by
+/// corrections, and by a day where one of them began before midnight. The match tells which of these it was;
+/// its offset itself is rounded, and the picture may be read at another rate by now.
+double movedSeconds(const MediaAsset& video, const AudioMatch& match, const MatchRules& rules) {
+    constexpr double secondsADay = 86400;
+    const auto apart = [](const std::optional<SyncEngine::TCRange>& picture,
+                          const std::optional<SyncEngine::TCRange>& sound) -> std::optional<double> {
+        if (!picture || !sound) return std::nullopt;
+        return sound->startSeconds - picture->startSeconds;
+    };
+    const auto own = apart(SyncEngine::tcRange(video), SyncEngine::tcRange(match.audio));
+    if (!own || *own == match.syncOffsetSeconds) return 0;
+    double corrected = 0;
+    if (rules.soundOffsetSeconds != 0 || rules.timecodeRate) {
+        const auto range = [&](const MediaAsset& asset) {
+            return AssetPlacement(asset, rules.timecodeRate).range();
+        };
+        corrected = *apart(range(video), range(match.audio)) + rules.soundOffsetSeconds - *own;
+    }
+    double moved = 0;
+    for (const double correction : {0.0, corrected})
+        for (const double day : {0.0, secondsADay, -secondsADay})
+            if (std::abs(*own + correction + day - match.syncOffsetSeconds) <
+                std::abs(*own + moved - match.syncOffsetSeconds))
+                moved = correction + day;
+    return moved;
+}
+
+} // namespace
+
+Time audioPlaceTime(const SyncGroup& group, const AudioMatch& match, double fps,
+                    const ExportSettings& settings) {
+    if (const auto own = audioStartTime(match.audio))
+        return *own +
+               wholeSamples(movedSeconds(group.video, match, settings.matchRules), audioRate(match.audio))
+                   .value_or(Time::zero());
     return pictureStartTime(group.video, fps).value_or(Time::zero()) +
            wholeSamples(match.syncOffsetSeconds, audioRate(match.audio)).value_or(Time::zero());
 }

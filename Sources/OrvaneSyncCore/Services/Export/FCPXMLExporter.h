@@ -74,8 +74,10 @@ fcpxml::Time manualOffsetTime(double seconds, double fps);
 /// Exact to the sample where the file has a time reference.
 std::optional<fcpxml::Time> audioStartTime(const MediaAsset& asset);
 /// Where the first sample lies on the clip's axis, without manual and global offset: at the recording's own
-/// start, else by the sync offset, to the sample, from the start of the picture.
-fcpxml::Time audioPlaceTime(const SyncGroup& group, const AudioMatch& match, double fps);
+/// start, moved as matching moved it (by a day across midnight, by a correction), else by the sync offset, to
+/// the sample, from the start of the picture.
+fcpxml::Time audioPlaceTime(const SyncGroup& group, const AudioMatch& match, double fps,
+                            const ExportSettings& settings);
 /// All samples of a file of sound, exactly. Nothing for an absent duration and one not above 0.
 std::optional<fcpxml::Time> soundDuration(std::optional<double> seconds, int sampleRate);
 /// What a clip takes of a sound asset of that duration: its whole frames, so that no clip ends behind its
@@ -163,6 +165,8 @@ std::string audioRoleName(int track, const MediaAsset& audio, const ExportSettin
 std::string defaultSubrole(int track);
 /// Seconds; 0 for a clip before the first that the offset applies to.
 double effectiveGlobalAudioOffset(const SyncGroup& group, const ExportSettings& settings, double fps);
+/// By which all sound of a clip is later: its manual offset and the global one, each in whole frames.
+fcpxml::Time soundShift(const SyncGroup& group, const ExportSettings& settings, double fps);
 
 // Several cameras.
 

@@ -1,11 +1,16 @@
 #include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
 
+#include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Utilities/PathGlob.h"
 #include "Platform/Files.h"
 #include "Platform/Stop.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
 
 namespace orvane {
 
@@ -25,26 +30,117 @@ bool isPackage(const std::string& folder) {
     return std::ranges::find(packageExtensions, extension) != packageExtensions.end();
 }
 
-void discoverInto(DiscoveryResult& result, const std::string& folder, const std::stop_token& stop) {
-    const auto visit = [&](const std::string& path, platform::files::WalkEntry entry) {
+class Exclusions {
+  public:
+    explicit Exclusions(const std::vector<std::string>& globs) {
+        for (const std::string& glob : globs) rules_.push_back({glob, PathGlob(glob)});
+    }
+
+    bool cover(std::string_view pathBelowFolder) {
+        bool isCovered = false;
+        for (Rule& rule : rules_) {
+            if (!rule.glob.matches(pathBelowFolder)) continue;
+            rule.isUsed = isCovered = true;
+        }
+        return isCovered;
+    }
+
+    std::vector<std::string> unused() const {
+        std::vector<std::string> globs;
+        for (const Rule& rule : rules_)
+            if (!rule.isUsed) globs.push_back(rule.text);
+        return globs;
+    }
+
+  private:
+    struct Rule {
+        std::string text;
+        PathGlob glob;
+        bool isUsed = false;
+    };
+    std::vector<Rule> rules_;
+};
+
+void discoverInto(DiscoveryResult& result, const std::string& folder, Exclusions& exclusions,
+                  const std::stop_token& stop) {
+    using platform::files::WalkEntry;
+    const std::size_t above = folder.size() + (folder.ends_with('/') ? 0 : 1);
+    const auto isExcluded = [&](const std::string& path) {
+        return exclusions.cover(std::string_view(path).substr(above));
+    };
+    const auto visit = [&](const std::string& path, WalkEntry entry) {
         platform::throwIfStopped(stop);
         FileURL url{path};
         const auto kind = assetKindFrom(url);
-        if (entry == platform::files::WalkEntry::brokenLink) {
+        if (entry == WalkEntry::brokenLink) {
             // Without an extension it may have stood for a whole folder.
-            if (kind || url.lowercasedExtension().empty()) result.brokenLinks.push_back(std::move(url));
+            if ((kind || url.lowercasedExtension().empty()) && !isExcluded(path))
+                result.brokenLinks.push_back(std::move(url));
             return;
         }
-        if (!kind) return;
+        if (isExcluded(path) || !kind) return;
+        if (entry == WalkEntry::linkedFile) result.linkedFiles.push_back(url);
         auto& list = *kind == AssetKind::video ? result.videoURLs : result.audioURLs;
         list.push_back(std::move(url));
     };
     const auto unreadable = [&result](const std::string& path) {
         result.unreadableFolders.push_back({path});
     };
-    const auto descend = [](const std::string& path) { return !isPackage(path); };
-    if (!platform::files::walk(folder, visit, descend, platform::files::Hidden::skip, unreadable))
+    const auto descend = [&](const std::string& path) {
+        return !isPackage(path) && !isPackage(platform::files::behindLinks(path)) && !isExcluded(path);
+    };
+    if (!platform::files::walk(folder, visit, descend, platform::files::Hidden::skip, unreadable,
+                               platform::files::LinkedFolders::enter))
         unreadable(folder);
+}
+
+/// One form for every file. The way to a folder is looked up once, whatever it holds.
+class Standardization {
+  public:
+    explicit Standardization(std::stop_token stop) : stop_(std::move(stop)) {}
+
+    FileURL standardized(const FileURL& url) {
+        const std::size_t slash = url.path.rfind('/');
+        if (slash == std::string::npos) return {platform::files::standardized(url.path)};
+        const auto [folder, isNew] = folders_.try_emplace(url.path.substr(0, slash));
+        if (isNew) {
+            // A link that is the last component stays, so the folder is asked for as the way to something in
+            // it.
+            const std::string inside = platform::files::standardized(folder->first + "/x");
+            folder->second = inside.substr(0, inside.size() - 1);
+        }
+        return {folder->second + url.path.substr(slash + 1)};
+    }
+
+    /// Each once, in the order of the paths.
+    std::vector<FileURL> sortedWithoutDuplicates(const std::vector<FileURL>& urls) {
+        std::unordered_set<FileURL> seen;
+        std::vector<FileURL> result;
+        result.reserve(urls.size());
+        for (const FileURL& url : urls) {
+            platform::throwIfStopped(stop_);
+            FileURL standard = standardized(url);
+            if (seen.insert(standard).second) result.push_back(std::move(standard));
+        }
+        sortByPath(result);
+        return result;
+    }
+
+  private:
+    const std::stop_token stop_;
+    std::unordered_map<std::string, std::string> folders_;
+};
+
+/// Of several names of one file that of the file itself stays, else the first link. `links`: those among the
+/// files. All paths are standard ones.
+void leaveOutSecondNames(std::vector<FileURL>& files, const std::unordered_set<FileURL>& links) {
+    std::unordered_set<std::string> known;
+    for (const FileURL& file : files)
+        if (!links.contains(file)) known.insert(file.path);
+    std::erase_if(files, [&](const FileURL& file) {
+        return links.contains(file) &&
+               !known.insert(platform::files::standardized(platform::files::behindLinks(file.path))).second;
+    });
 }
 
 } // namespace
@@ -54,10 +150,27 @@ DiscoveryResult FileDiscoveryService::discover(const std::string& folder) const 
 }
 
 DiscoveryResult FileDiscoveryService::discover(const std::vector<std::string>& folders,
-                                               const std::stop_token& stop) const {
+                                               const std::stop_token& stop,
+                                               const std::vector<std::string>& exclusions) const {
     DiscoveryResult result;
-    for (const std::string& folder : folders) discoverInto(result, folder, stop);
+    Exclusions rules(exclusions);
+    for (const std::string& folder : folders) discoverInto(result, folder, rules, stop);
+    result.unusedExclusions = rules.unused();
     return result;
+}
+
+DiscoveryResult FileDiscoveryService::discoverOnce(const std::vector<std::string>& folders,
+                                                   const std::stop_token& stop,
+                                                   const std::vector<std::string>& exclusions) const {
+    DiscoveryResult found = discover(folders, stop, exclusions);
+    Standardization standard(stop);
+    for (auto* list : {&found.videoURLs, &found.audioURLs, &found.unreadableFolders, &found.brokenLinks,
+                       &found.linkedFiles})
+        *list = standard.sortedWithoutDuplicates(*list);
+    if (found.linkedFiles.empty()) return found;
+    const std::unordered_set<FileURL> links(found.linkedFiles.begin(), found.linkedFiles.end());
+    for (auto* list : {&found.videoURLs, &found.audioURLs}) leaveOutSecondNames(*list, links);
+    return found;
 }
 
 } // namespace orvane

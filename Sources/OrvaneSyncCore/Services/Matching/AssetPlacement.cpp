@@ -12,7 +12,7 @@ constexpr double defaultFrameRate = 24;
 
 } // namespace
 
-AssetPlacement::AssetPlacement(const MediaAsset& asset) {
+AssetPlacement::AssetPlacement(const MediaAsset& asset, std::optional<TimecodeFrameRate> timecodeRate) {
     if (!asset.durationSeconds || !(*asset.durationSeconds > 0)) return;
     durationSeconds_ = *asset.durationSeconds;
     // Slow motion stretches the file; the timecode counts the time in which it was shot.
@@ -27,7 +27,10 @@ AssetPlacement::AssetPlacement(const MediaAsset& asset) {
     } else if (asset.startTimecodeString) {
         // The rate takes no part in parsing. A malformed text is midnight.
         const auto parsed = Timecode::fromString(*asset.startTimecodeString, TimecodeFrameRate::fps24);
-        start_ = parsed ? parsed->components() : Clock{};
+        const Clock clock = parsed ? parsed->components() : Clock{};
+        if (timecodeRate && clock.frames < timecodeRate::maxFrames(*timecodeRate))
+            timecodeFrameRate_ = timecodeRate;
+        start_ = clock;
     }
 }
 

@@ -12,7 +12,9 @@ namespace orvane {
 /// here and nowhere else in matching: reading it at another rate is arithmetic.
 class AssetPlacement {
   public:
-    explicit AssetPlacement(const MediaAsset& asset);
+    /// A label counts at `timecodeRate`, where given and where it exists at that rate.
+    explicit AssetPlacement(const MediaAsset& asset,
+                            std::optional<TimecodeFrameRate> timecodeRate = std::nullopt);
 
     /// As `SyncEngine::tcRange` of the asset.
     std::optional<SyncEngine::TCRange> range(std::optional<double> fallbackFrameRate = std::nullopt) const;

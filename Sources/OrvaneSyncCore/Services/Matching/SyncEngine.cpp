@@ -1,7 +1,7 @@
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 
-#include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
-#include "OrvaneSyncCore/Services/Matching/RangeIndex.h"
+#include "OrvaneSyncCore/Services/Matching/RecordingIndex.h"
+#include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
@@ -9,9 +9,8 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
-#include <map>
-#include <memory>
 #include <numeric>
 #include <utility>
 
@@ -21,50 +20,9 @@ namespace {
 
 using TCRange = SyncEngine::TCRange;
 
-// A day, with a minute to spare for clocks that were corrected. A change from summer time makes a day of 25
-// hours, whose next day begins 90,000 s away and is then no neighbour.
-constexpr std::chrono::seconds neighbouringDay{86460};
-
 constexpr double defaultFrameRate = 24;
 // A match below this share of the best one's overlap makes the clip ambiguous.
 constexpr double ambiguityShare = 0.5;
-
-std::optional<double> rateOf(const MediaAsset& asset) {
-    return asset.projectFrameRate ? asset.projectFrameRate : asset.frameRate;
-}
-
-/// An audio file with what matching needs of it computed once: of the asset itself, which lies elsewhere,
-/// only a pointer is looked at for the thousands of times that a file is met.
-struct Recording {
-    Shared<MediaAsset> asset; ///< of all matches with it
-    AssetPlacement placement{*asset};
-    TCRange range = placement.range().value_or(TCRange());
-    std::optional<double> rate = rateOf(*asset);
-    bool isCounted = asset->bextTimeReference.value_or(0) != 0; ///< it states its start in samples
-};
-
-/// The recordings among the files, in their order, that can match a picture: with a place in time, and no
-/// room tone.
-std::vector<Recording> recordingsAmong(const std::vector<MediaAsset>& audios, const std::stop_token& stop) {
-    std::vector<MediaAsset> takes;
-    takes.reserve(audios.size());
-    std::vector<AssetPlacement> placements;
-    placements.reserve(audios.size());
-    platform::StopCheck check(stop);
-    for (const MediaAsset& audio : audios) {
-        check();
-        if (audio.isAtmo()) continue;
-        const AssetPlacement placement(audio);
-        if (!placement.range()) continue;
-        takes.push_back(audio);
-        placements.push_back(placement);
-    }
-    std::vector<Recording> recordings;
-    recordings.reserve(takes.size());
-    for (auto& take : Shared<MediaAsset>::together(std::move(takes)))
-        recordings.push_back({std::move(take), placements[recordings.size()]});
-    return recordings;
-}
 
 /// Asks the system for ids by the hundred.
 class Identities {
@@ -81,83 +39,31 @@ class Identities {
     std::vector<UUID> spare_;
 };
 
-using Hit = RangeIndex::Hit;
+constexpr double secondsADay = 86400;
 
-void sortByRecording(std::vector<Hit>::iterator first, std::vector<Hit>::iterator last) {
-    std::sort(first, last, [](const Hit& a, const Hit& b) { return a.item < b.item; });
-}
-
-/// Which recordings a video meets, by their shoot days.
-class RecordingIndex {
-  public:
-    RecordingIndex(const std::vector<Recording>& recordings, calendar::DayStarts& starts) {
-        for (std::size_t i = 0; i < recordings.size(); ++i) {
-            const auto day = recordings[i].asset->shootDay(starts);
-            (day ? days_[*day] : undated_).add(recordings[i].range, i);
-            all_.add(recordings[i].range, i);
-            dayOf_.push_back(day);
-        }
-        for (auto& [day, lane] : days_) lane.finish();
-        undated_.finish();
-        all_.finish();
-    }
-    /// First the dated recordings in their order, then the undated ones; for a video without a day all,
-    /// nearest to the day of its header first, else in their order. Equal overlaps keep this order.
-    std::vector<Hit> overlapping(const TCRange& range, std::optional<Date> day,
-                                 std::optional<Date> headerDay) const {
-        std::vector<Hit> hits;
-        if (!day) {
-            all_.appendOverlapping(range, hits);
-            sortByRecording(hits.begin(), hits.end());
-            if (headerDay)
-                std::ranges::stable_sort(hits, {},
-                                         [&](const Hit& hit) { return distance(hit.item, *headerDay); });
-            return hits;
-        }
-        const auto last = days_.upper_bound(*day + neighbouringDay);
-        for (auto near = days_.lower_bound(*day - neighbouringDay); near != last; ++near)
-            near->second.appendOverlapping(range, hits);
-        const auto dated = static_cast<std::ptrdiff_t>(hits.size());
-        undated_.appendOverlapping(range, hits);
-        sortByRecording(hits.begin(), hits.begin() + dated);
-        sortByRecording(hits.begin() + dated, hits.end());
-        return hits;
-    }
-
-  private:
-    /// The same day, a neighbour (the header counts in UTC), no day at all, any other.
-    int distance(std::size_t recording, Date headerDay) const {
-        const auto day = dayOf_[recording];
-        if (!day) return 2;
-        if (*day == headerDay) return 0;
-        return std::chrono::abs(*day - headerDay) <= neighbouringDay ? 1 : 3;
-    }
-
-    std::map<Date, RangeIndex> days_;
-    RangeIndex undated_;
-    RangeIndex all_;
-    std::vector<std::optional<Date>> dayOf_; ///< by recording
+/// A file of what may be a recording in parts.
+struct Part {
+    const Recording* file;
+    double shiftSeconds = 0; ///< whole days that bring it to the others
 };
-
-/// Files of what may be a recording in parts.
-using Parts = std::vector<const Recording*>;
+using Parts = std::vector<Part>;
 
 Parts partsOf(const std::vector<Recording>& recordings) {
     Parts parts;
     parts.reserve(recordings.size());
-    for (const Recording& recording : recordings) parts.push_back(&recording);
+    for (const Recording& recording : recordings) parts.push_back({&recording});
     return parts;
 }
 
 /// Whichever file of a recording happens to state a rate, all are read at it: first the file with a count of
 /// samples, else the earliest text.
 double sharedRate(const Parts& parts) {
-    const auto counted = std::ranges::find_if(parts, &Recording::isCounted);
-    if (counted != parts.end() && (*counted)->rate) return *(*counted)->rate;
+    const auto counted = std::ranges::find_if(parts, [](const Part& part) { return part.file->isCounted; });
+    if (counted != parts.end() && counted->file->rate) return *counted->file->rate;
 
     const Recording* earliest = nullptr;
     const auto text = [](const Recording& part) { return part.asset->startTimecodeString.value_or(""); };
-    for (const Recording* part : parts)
+    for (const auto& [part, shift] : parts)
         if (part->rate && (earliest == nullptr || text(*part) < text(*earliest))) earliest = part;
     return earliest != nullptr ? *earliest->rate : defaultFrameRate;
 }
@@ -166,9 +72,11 @@ bool isOneRecording(const Parts& parts) {
     const double rate = sharedRate(parts);
     std::vector<std::pair<TCRange, const Recording*>> placed;
     placed.reserve(parts.size());
-    for (const Recording* part : parts) {
-        const auto range = part->placement.range(rate);
+    for (const auto& [part, shift] : parts) {
+        auto range = part->placement.range(rate);
         if (!range) return false;
+        range->startSeconds += shift;
+        range->endSeconds += shift;
         placed.emplace_back(*range, part);
     }
     // Most recordings that meet one picture lie side by side, which their times tell alone.
@@ -188,12 +96,14 @@ bool isOneRecording(const Parts& parts) {
 /// Whether a recording beside the take of the best hit has so little in common with the clip that it may not
 /// belong there. The files of the take itself, and copies, whole or cut short, are not in question: the last
 /// part of a recording may be as short as it likes.
-bool isInDoubt(const std::vector<Hit>& hits, const Parts& files) {
+bool isInDoubt(const std::vector<Meeting>& hits, const Parts& files) {
     const double least = hits.front().overlapSeconds * ambiguityShare;
     if (hits.back().overlapSeconds >= least) return false;
     std::vector<TakeMembership::Candidate> candidates;
     candidates.reserve(files.size());
-    for (const Recording* file : files) candidates.push_back({&*file->asset, file->range});
+    for (const auto& [file, shift] : files)
+        candidates.push_back(
+            {&*file->asset, {file->place.range.startSeconds + shift, file->place.range.endSeconds + shift}});
     const auto isCutShort = [&](std::size_t file) {
         return std::ranges::any_of(candidates, [&](const auto& other) {
             return TakeMembership::isCutShort(candidates[file], other);
@@ -205,7 +115,7 @@ bool isInDoubt(const std::vector<Hit>& hits, const Parts& files) {
 }
 
 /// The hits best first.
-MatchStatus status(const MediaAsset& video, const std::vector<Hit>& hits,
+MatchStatus status(const MediaAsset& video, const TCRange& range, const std::vector<Meeting>& hits,
                    const std::vector<Recording>& recordings) {
     if (hits.empty())
         return FilenameUtils::isMOS(video.filename) ? MatchStatus::mos() : MatchStatus::unmatched();
@@ -214,31 +124,58 @@ MatchStatus status(const MediaAsset& video, const std::vector<Hit>& hits,
     const int count = static_cast<int>(hits.size());
     Parts parts;
     parts.reserve(hits.size());
-    for (const Hit& hit : hits) parts.push_back(&recordings[hit.item]);
+    for (const Meeting& hit : hits) {
+        const Recording& recording = recordings[hit.recording];
+        const double apart = recording.place.range.startSeconds - range.startSeconds;
+        parts.push_back({&recording, std::round((hit.offsetSeconds - apart) / secondsADay) * secondsADay});
+    }
     if (isOneRecording(parts)) return MatchStatus::splitRecording(count);
     return isInDoubt(hits, parts) ? MatchStatus::ambiguous(count) : MatchStatus::matched();
 }
 
-/// `overlapping` gives the hits of a range, in the order of the candidates.
-template <class Overlapping>
-SyncGroup group(const MediaAsset& video, const std::vector<Recording>& recordings, Identities& ids,
-                const Overlapping& overlapping) {
-    const auto range = AssetPlacement(video).range();
-    if (!range) return {ids.next(), video, {}, MatchStatus::unmatched()};
-
-    std::vector<Hit> hits = overlapping(*range);
-    std::ranges::stable_sort(hits, std::greater{}, &Hit::overlapSeconds);
+/// The hits in the order of the candidates.
+SyncGroup group(const MediaAsset& video, const TCRange& range, std::vector<Meeting> hits,
+                const std::vector<Recording>& recordings, Identities& ids) {
+    std::ranges::stable_sort(hits, std::greater{}, &Meeting::overlapSeconds);
     std::vector<AudioMatch> matches;
     matches.reserve(hits.size());
-    for (const Hit& hit : hits) {
-        const Recording& recording = recordings[hit.item];
-        const double offset = recording.range.startSeconds - range->startSeconds;
-        matches.emplace_back(ids.next(), recording.asset, offset, hit.overlapSeconds);
-    }
-    SyncGroup result(ids.next(), video, std::move(matches), status(video, hits, recordings));
+    for (const Meeting& hit : hits)
+        matches.emplace_back(ids.next(), recordings[hit.recording].asset, hit.offsetSeconds,
+                             hit.overlapSeconds);
+    SyncGroup result(ids.next(), video, std::move(matches), status(video, range, hits, recordings));
     // Timecode cannot align such a clip along its whole length.
     if (video.isOffspeed()) result.syncMethod = SyncMethod::clap;
     return result;
+}
+
+/// What every video meets, by the rule of the days.
+std::vector<std::vector<Meeting>> meetings(const std::vector<MediaAsset>& videos,
+                                           const std::vector<std::optional<FilePlace>>& places,
+                                           const std::vector<Recording>& recordings, const MatchRules& rules,
+                                           const std::stop_token& stop) {
+    std::vector<std::vector<Meeting>> all(videos.size());
+    const auto each = [&](const auto& meet) {
+        for (std::size_t i = 0; i < videos.size(); ++i) {
+            platform::throwIfStopped(stop);
+            if (places[i] && all[i].empty()) all[i] = meet(i, *places[i]);
+        }
+    };
+    if (rules.days == MatchingDays::neighbours) {
+        NeighbouringDays index(recordings, rules);
+        each([&](std::size_t i, const FilePlace& place) { return index.of(videos[i], place); });
+        return all;
+    }
+    const DayLine line(recordings, rules.days == MatchingDays::same);
+    each([&](std::size_t, const FilePlace& place) { return line.of(place); });
+    if (rules.days != MatchingDays::automatic) return all;
+
+    std::vector<bool> isMet(recordings.size());
+    for (std::size_t i = 0; i < videos.size(); ++i)
+        if (places[i] && places[i]->day)
+            for (const Meeting& meeting : all[i]) isMet[meeting.recording] = true;
+    const WrongClocks clocks(recordings, isMet);
+    each([&](std::size_t, const FilePlace& place) { return clocks.of(place); });
+    return all;
 }
 
 /// The videos' places in the list, in the order of file names.
@@ -262,20 +199,22 @@ std::vector<std::size_t> orderByName(const std::vector<MediaAsset>& videos) {
 } // namespace
 
 SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos, const std::vector<MediaAsset>& audios,
-                                const std::stop_token& stop) const {
-    const auto recordings = recordingsAmong(audios, stop);
-    calendar::DayStarts starts;
-    const RecordingIndex index(recordings, starts);
+                                const MatchRules& rules, const std::stop_token& stop) const {
+    Places places(rules);
+    const auto recordings = recordingsAmong(audios, places, stop);
+    std::vector<std::optional<FilePlace>> placed;
+    placed.reserve(videos.size());
+    for (const MediaAsset& video : videos) placed.push_back(places.of(video));
+    auto met = meetings(videos, placed, recordings, rules, stop);
     Identities ids;
     std::vector<SyncGroup> groups;
     groups.reserve(videos.size());
     for (const std::size_t i : orderByName(videos)) {
         platform::throwIfStopped(stop);
-        groups.push_back(group(videos[i], recordings, ids, [&](const TCRange& range) {
-            const auto header = videos[i].headerDate;
-            return index.overlapping(range, videos[i].shootDay(starts),
-                                     header ? std::optional(starts.of(*header)) : std::nullopt);
-        }));
+        if (placed[i])
+            groups.push_back(group(videos[i], placed[i]->range, std::move(met[i]), recordings, ids));
+        else
+            groups.emplace_back(ids.next(), videos[i], std::vector<AudioMatch>(), MatchStatus::unmatched());
     }
     return SyncGroupList(std::move(groups));
 }
@@ -283,21 +222,24 @@ SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos, const std
 SyncGroupList SyncEngine::matchWithinDay(const std::vector<MediaAsset>& videos,
                                          const std::vector<MediaAsset>& audios,
                                          const std::stop_token& stop) const {
-    const auto recordings = recordingsAmong(audios, stop);
-    RangeIndex lane;
-    for (std::size_t i = 0; i < recordings.size(); ++i) lane.add(recordings[i].range, i);
-    lane.finish();
+    Places places(MatchRules::neighbours());
+    const auto recordings = recordingsAmong(audios, places, stop);
+    TimeOfDayIndex index;
+    for (std::size_t i = 0; i < recordings.size(); ++i) index.add(recordings[i].place.range, i);
+    index.finish();
     Identities ids;
     std::vector<SyncGroup> groups;
     groups.reserve(videos.size());
     for (const MediaAsset& video : videos) {
         platform::throwIfStopped(stop);
-        groups.push_back(group(video, recordings, ids, [&](const TCRange& range) {
-            std::vector<Hit> hits;
-            lane.appendOverlapping(range, hits);
-            sortByRecording(hits.begin(), hits.end());
-            return hits;
-        }));
+        const auto range = tcRange(video);
+        if (!range) {
+            groups.emplace_back(ids.next(), video, std::vector<AudioMatch>(), MatchStatus::unmatched());
+            continue;
+        }
+        std::vector<Meeting> met;
+        index.append(*range, recordings, false, met);
+        groups.push_back(group(video, *range, std::move(met), recordings, ids));
     }
     return SyncGroupList(std::move(groups));
 }
@@ -312,24 +254,52 @@ std::optional<double> SyncEngine::overlapDuration(const TCRange& a, const TCRang
     return overlap;
 }
 
-AudioMatch SyncEngine::matchByTimecode(const MediaAsset& video, const MediaAsset& audio) {
-    const auto videoRange = tcRange(video), audioRange = tcRange(audio);
-    if (!videoRange || !audioRange) return {audio, 0, 0};
-    return {audio, audioRange->startSeconds - videoRange->startSeconds,
-            overlapDuration(*videoRange, *audioRange).value_or(0)};
+AudioMatch SyncEngine::matchByTimecode(const MediaAsset& video, const MediaAsset& audio,
+                                       const MatchRules& rules) {
+    Places places(rules);
+    const auto picture = places.of(video), sound = places.of(audio);
+    if (!picture || !sound) return {audio, 0, 0};
+    // By time of day, whatever their days: who attaches by hand knows better. Across midnight where they meet
+    // there and not within the day.
+    const TCRange& clip = picture->range;
+    double offset = sound->range.startSeconds - clip.startSeconds, overlap = 0;
+    const auto shifts = rules.days == MatchingDays::neighbours
+                            ? std::vector<double>{0}
+                            : std::vector<double>{0, secondsADay, -secondsADay};
+    for (const double shift : shifts) {
+        const TCRange laid{sound->range.startSeconds + shift, sound->range.endSeconds + shift};
+        const double common = overlapDuration(clip, laid).value_or(0);
+        if (!(common > overlap)) continue;
+        overlap = common;
+        offset = sound->range.startSeconds - clip.startSeconds + shift;
+    }
+    return {audio, offset, overlap};
 }
 
-bool SyncEngine::isSplitRecording(const std::vector<AudioMatch>& matches) {
+namespace {
+
+std::vector<Recording> recordingsOf(std::vector<Shared<MediaAsset>> assets) {
     std::vector<Recording> recordings;
-    recordings.reserve(matches.size());
-    for (const AudioMatch& match : matches) recordings.push_back({match.audio});
+    recordings.reserve(assets.size());
+    for (auto& asset : assets) {
+        const AssetPlacement placement(*asset);
+        recordings.push_back({std::move(asset), {}, placement});
+    }
+    return recordings;
+}
+
+} // namespace
+
+bool SyncEngine::isSplitRecording(const std::vector<AudioMatch>& matches) {
+    std::vector<Shared<MediaAsset>> assets;
+    assets.reserve(matches.size());
+    for (const AudioMatch& match : matches) assets.push_back(match.audio);
+    const auto recordings = recordingsOf(std::move(assets));
     return isOneRecording(partsOf(recordings));
 }
 
 double SyncEngine::sharedFallbackFrameRate(const std::vector<MediaAsset>& assets) {
-    std::vector<Recording> recordings;
-    recordings.reserve(assets.size());
-    for (const MediaAsset& asset : assets) recordings.push_back({asset});
+    const auto recordings = recordingsOf({assets.begin(), assets.end()});
     return sharedRate(partsOf(recordings));
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
+#include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 
 #include <optional>
 #include <stop_token>
@@ -22,12 +23,14 @@ class SyncEngine {
         bool operator==(const TCRange&) const = default;
     };
 
-    /// One group per video, in the order of file names. A video meets the recordings of its shoot day, of the
-    /// day before and of the day after, and those without a day; a video without a day meets all of them.
-    /// Best overlap first; of equal ones of a video without a day those nearest to the day of its header
-    /// first.
-    /// Throws Stopped, as the next.
+    /// One group per video, in the order of file names. By the rule `neighbours`, a video meets the
+    /// recordings of its shoot day, of the day before and of the day after, all by time of day, and those
+    /// without a day; a video without a day meets all of them. By the other rules a dated file lies at its
+    /// time of day plus its day, as `MatchingDays` says; files without a day meet all by time of day, across
+    /// midnight too. Best overlap first; of equal ones of a video without a day those nearest to the day of
+    /// its header first. Throws Stopped, as the next.
     SyncGroupList match(const std::vector<MediaAsset>& videos, const std::vector<MediaAsset>& audios,
+                        const MatchRules& rules = MatchRules::neighbours(),
                         const std::stop_token& stop = {}) const;
 
     /// One group per video, in the order given, every video against every recording, whatever their days.
@@ -42,8 +45,10 @@ class SyncEngine {
     /// Seconds in common; absent when there are none.
     static std::optional<double> overlapDuration(const TCRange& a, const TCRange& b);
 
-    /// The audio where the timecodes lay it; at the start of the clip where one of the two has no place.
-    static AudioMatch matchByTimecode(const MediaAsset& video, const MediaAsset& audio);
+    /// The audio where the timecodes lay it; at the start of the clip where one of the two has no place. By
+    /// time of day, and but for the rule `neighbours` across midnight too.
+    static AudioMatch matchByTimecode(const MediaAsset& video, const MediaAsset& audio,
+                                      const MatchRules& rules = MatchRules::neighbours());
 
     /// Whether the recorder cut one recording into these files, as opposed to recordings that compete.
     static bool isSplitRecording(const std::vector<AudioMatch>& matches);

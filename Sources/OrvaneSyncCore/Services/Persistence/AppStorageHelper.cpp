@@ -48,7 +48,7 @@ std::int64_t cacheSizeBytes() {
     files::walk(
         cachesDirectory(),
         [&total](const std::string& path, files::WalkEntry kind) {
-            if (kind != files::WalkEntry::file) return;
+            if (kind != files::WalkEntry::file && kind != files::WalkEntry::linkedFile) return;
             if (const auto attributes = files::attributes(path)) total += attributes->size;
         },
         [](const std::string&) { return true; }, files::Hidden::include);

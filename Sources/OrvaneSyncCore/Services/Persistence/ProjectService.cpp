@@ -3,6 +3,7 @@
 #include "Platform/Files.h"
 
 #include <unordered_map>
+#include <utility>
 
 namespace orvane {
 
@@ -21,11 +22,12 @@ ProjectError ProjectError::invalidFile(std::string_view reason) {
 OrvaneSyncProject ProjectService::snapshot(const std::optional<FileURL>& videoFolder,
                                            const std::optional<FileURL>& audioFolder,
                                            const std::optional<FileURL>& aleFile, const SyncGroupList& groups,
-                                           Date savedAt) const {
+                                           Date savedAt, ScanScope scope) const {
     OrvaneSyncProject project;
     project.savedAt = savedAt;
     project.videoFolderPath = videoFolder;
     project.audioFolderPath = audioFolder;
+    project.scanScope = std::move(scope);
     project.aleFilePath = aleFile;
     project.groups.reserve(groups.size());
     for (const SyncGroup& group : groups) project.groups.emplace_back(group);

@@ -32,7 +32,7 @@ struct ProjectService {
     OrvaneSyncProject snapshot(const std::optional<FileURL>& videoFolder,
                                const std::optional<FileURL>& audioFolder,
                                const std::optional<FileURL>& aleFile, const SyncGroupList& groups,
-                               Date savedAt) const;
+                               Date savedAt, ScanScope scope = {}) const;
     /// The whole file or nothing. Throws OutputRefused, FileError, or ProjectError where the project holds a
     /// number that no file can hold; the old file then stands.
     void save(const OrvaneSyncProject& project, const FileURL& url,

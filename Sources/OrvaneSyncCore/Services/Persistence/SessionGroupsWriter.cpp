@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Persistence/Rewriting.h"
 #include "Platform/FileLock.h"
+#include "Platform/KeptFiles.h"
 
 #include <utility>
 
@@ -57,20 +58,23 @@ SessionGroupsWriter::Written SessionGroupsWriter::write(const UUID& id, const Sy
 void SessionGroupsWriter::keepUnknown(Open& session, const std::string& path, bool isReplacedByNone) {
     const auto there = files::attributes(path);
     if (!there) return;
-    const auto keep = [&](std::string_view reason, std::string_view suffix) {
-        session.kept = std::string(reason) + " kept as " + files::keepBeside(path, suffix);
+    const auto keepAs = [&](std::string_view reason, const std::string& kept) {
+        session.kept = std::string(reason) + " kept as " + kept;
+    };
+    const auto keep = [&](std::string_view reason) {
+        keepAs(reason, files::keepSomeBeside(path, files::otherSuffix, mostOthersKept));
     };
     // Another process may have written good clips since this one found a file that it could not read.
     if (!session.file || !isSameFile(*session.file, *there))
-        keep("Another program has changed this session; its clips were", files::otherSuffix);
+        keep("Another program has changed this session; its clips were");
     else if (session.isUnreadable)
-        keep("The clips of this session could not be read; their file was", files::unreadableSuffix);
+        keepAs("The clips of this session could not be read; their file was",
+               files::keepBeside(path, files::unreadableSuffix));
     else if (isReplacedByNone && session.onDisk && !session.onDisk->empty())
-        keep("This session was saved without any clips; those it had were", files::otherSuffix);
+        keep("This session was saved without any clips; those it had were");
     else if (!session.isUnderstood && session.onDisk &&
              losesSomething(files::readText(path), session.encoder.encode(*session.onDisk)))
-        keep("The clips of this session hold what this version does not know; their file was",
-             files::otherSuffix);
+        keep("The clips of this session hold what this version does not know; their file was");
     session.isUnderstood = true;
     session.isUnreadable = false;
     session.file = there;

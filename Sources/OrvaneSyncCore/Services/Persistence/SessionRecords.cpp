@@ -62,14 +62,16 @@ void SessionFoldersChange::apply(SessionFolders& onDisk) const {
         onDisk.audioFolder = folders.audioFolder;
         onDisk.audioBookmark = folders.audioBookmark;
     }
+    if (hasScope) onDisk.scope = folders.scope;
+    if (hasCorrections) onDisk.corrections = folders.corrections;
 }
 
 std::string defaultName(const SessionFolders& folders, Date day) {
-    for (const auto* folder : {&folders.videoFolder, &folders.audioFolder}) {
-        if (!*folder) continue;
-        std::string name = (*folder)->lastPathComponent();
-        if (!name.empty()) return name;
-    }
+    std::vector<FileURL> places = folders.scope.moreFolders;
+    for (const auto* folder : {&folders.audioFolder, &folders.videoFolder})
+        if (*folder) places.insert(places.begin(), **folder);
+    for (const FileURL& place : places)
+        if (std::string name = place.lastPathComponent(); !name.empty()) return name;
     const auto local = calendar::fields(day);
     std::array<char, 48> text{};
     std::snprintf(text.data(), text.size(), "Session %02d.%02d.%04d", local.day, local.month, local.year);
@@ -109,14 +111,20 @@ JSON toJSON(const SessionFolders& folders) {
     setPath(json, "audioFolder", folders.audioFolder);
     setBytes(json, "videoBookmark", folders.videoBookmark);
     setBytes(json, "audioBookmark", folders.audioBookmark);
+    setScanScope(json, folders.scope);
+    setSourceCorrections(json, folders.corrections);
     return json;
 }
 
 template <>
 SessionFolders fromJSON<SessionFolders>(const JSON& json) {
     if (!json.isObject()) throw DecodingError("expected an object");
-    return {optionalPath(json, "videoFolder"), optionalPath(json, "audioFolder"),
-            optionalBytes(json, "videoBookmark"), optionalBytes(json, "audioBookmark")};
+    return {optionalPath(json, "videoFolder"),
+            optionalPath(json, "audioFolder"),
+            optionalBytes(json, "videoBookmark"),
+            optionalBytes(json, "audioBookmark"),
+            scanScopeFrom(json),
+            sourceCorrectionsFrom(json)};
 }
 
 JSON toJSON(const FolderInfo& folder) {

@@ -1,11 +1,17 @@
 #pragma once
 
-#include "OrvaneSyncCore/Models/JSONCoding.h"
+#include "OrvaneSyncCore/Models/ScanScope.h"
+#include "OrvaneSyncCore/Models/SourceCorrections.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
 namespace orvane {
+
+/// Of the files that other programs wrote and that are kept beside one of the session's, as many as this;
+/// the oldest goes.
+inline constexpr std::size_t mostOthersKept = 5;
 
 /// What the list of sessions shows of one.
 struct SessionInfo {
@@ -41,13 +47,15 @@ struct SessionInfoChange {
     std::optional<SessionInfoChange> decisions() const;
 };
 
-/// Where the media of a session lay.
+/// Where the media of a session lay, and how it was read.
 struct SessionFolders {
     std::optional<FileURL> videoFolder;
     std::optional<FileURL> audioFolder;
     /// Bytes by which another platform finds a folder again; none are made here.
     std::optional<std::string> videoBookmark;
     std::optional<std::string> audioBookmark;
+    ScanScope scope{};
+    SourceCorrections corrections{};
 
     bool operator==(const SessionFolders&) const = default;
 };
@@ -57,8 +65,10 @@ struct SessionFoldersChange {
     SessionFolders folders{};
     bool hasVideo = false;
     bool hasAudio = false;
+    bool hasScope = false;
+    bool hasCorrections = false;
 
-    bool isEmpty() const { return !hasVideo && !hasAudio; }
+    bool isEmpty() const { return !hasVideo && !hasAudio && !hasScope && !hasCorrections; }
     void apply(SessionFolders& onDisk) const;
 };
 

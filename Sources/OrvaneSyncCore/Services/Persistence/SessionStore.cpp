@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Persistence/GroupsCoding.h"
 #include "OrvaneSyncCore/Services/Persistence/Rewriting.h"
 #include "Platform/FileLock.h"
+#include "Platform/KeptFiles.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -18,7 +19,8 @@ namespace {
 
 constexpr std::string_view extension = ".orvanesync";
 constexpr std::string_view deletedExtension = ".deleted";
-constexpr std::uint64_t largestRecord = std::uint64_t{16} << 20U; // bytes
+constexpr std::uint64_t largestRecord = std::uint64_t{256}
+                                        << 20U; // bytes; wild tracks hold what is known of them
 
 /// Only what is not there counts as that: a file that can't be looked at may hold work.
 bool isMissing(const std::string& path) { return !files::attributes(path) && errno == ENOENT; }
@@ -72,7 +74,7 @@ SessionStore::Changed<Record> changeRecord(const std::string& path, const Change
         kept = "A file could not be read and was kept as " + files::keepBeside(path, files::unreadableSuffix);
     else if (file.record && losesSomething(file.text, recordText(*file.record)))
         kept = "A file holds what this version does not know and was kept as " +
-               files::keepBeside(path, files::otherSuffix);
+               files::keepSomeBeside(path, files::otherSuffix, mostOthersKept);
     Record record = change(std::move(file.record));
     const std::string text = recordText(record);
     if (file.problem || text != file.text) files::writeAtomically(path, text);
@@ -205,6 +207,27 @@ SessionStore::Changed<SessionFolders> SessionStore::changeFolders(const UUID& id
         if (!onDisk) return change.folders;
         change.apply(*onDisk);
         return std::move(*onDisk);
+    });
+}
+
+SessionStore::Stored<std::vector<WildTrack>> SessionStore::readWildTracks(const UUID& id) const {
+    auto tracks = readRecord<std::vector<WildTrack>>(wildTracksPath(id));
+    if (tracks.problem)
+        tracks.problem = "The wild tracks of this session can't be read (" + *tracks.problem + ")";
+    return tracks;
+}
+
+SessionStore::Changed<std::vector<WildTrack>> SessionStore::changeWildTracks(const UUID& id,
+                                                                             const WildTracksChange& change,
+                                                                             bool areOtherClipsOnDisk) const {
+    using Tracks = std::vector<WildTrack>;
+    const FileLock lock = FileLock::ofFolder(folderOf(id));
+    const std::string path = wildTracksPath(id);
+    if (isMissing(path) && (!change.tracks || change.tracks->empty())) return {};
+    return changeRecord<Tracks>(path, [&](std::optional<Tracks> onDisk) {
+        Tracks tracks = onDisk ? std::move(*onDisk) : Tracks();
+        change.apply(tracks, onDisk && areOtherClipsOnDisk);
+        return tracks;
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Services/Persistence/SessionRecords.h"
+#include "OrvaneSyncCore/Services/Persistence/SessionWildTracks.h"
 #include "Platform/Files.h"
 
 #include <functional>
@@ -63,6 +64,12 @@ class SessionStore {
     /// As above; where there are none that can be read, all of `change.folders`. Throws FileError.
     Changed<SessionFolders> changeFolders(const UUID& id, const SessionFoldersChange& change) const;
 
+    bool hasWildTracks(const UUID& id) const { return platform::files::exists(wildTracksPath(id)); }
+    Stored<std::vector<WildTrack>> readWildTracks(const UUID& id) const;
+    /// As above; without wild tracks no file is made. Throws FileError.
+    Changed<std::vector<WildTrack>> changeWildTracks(const UUID& id, const WildTracksChange& change,
+                                                     bool areOtherClipsOnDisk) const;
+
     using FolderChange = std::function<void(std::vector<FolderInfo>&)>;
     /// Sorted by name. Takes over the older form of the list where only that is there.
     Stored<std::vector<FolderInfo>> readFolderInfos() const;
@@ -73,6 +80,7 @@ class SessionStore {
   private:
     std::string infoPath(const UUID& id) const { return folderOf(id) + "/session.json"; }
     std::string foldersPath(const UUID& id) const { return folderOf(id) + "/folders.json"; }
+    std::string wildTracksPath(const UUID& id) const { return folderOf(id) + "/wild_tracks.json"; }
     std::string folderInfosPath() const { return directory_ + "/folders.json"; }
 
     std::string directory_;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace orvane {
 
@@ -15,22 +16,55 @@ constexpr std::size_t pieceFrames = 256;
 /// Far below anything that a measurement could show.
 constexpr double inaudible = 1e-100;
 
+/// What ITU-R BS.1770-4 prints, for the one rate that it prints.
+constexpr double printedRate = 48000;
+constexpr KWeighting::Coefficients printed{{1.53512485958697, -2.69169618940638, 1.19839281085285},
+                                           {-1.69065929318241, 0.73248077421585},
+                                           {-1.99004745483398, 0.99007225036621}};
+
+/// The analogue filters behind those numbers (B. De Man, "Evaluation of Implementations of the EBU R128
+/// Loudness Measurement", AES 2018). The bilinear transform of both at 48 kHz gives what the standard prints,
+/// to 11 digits.
+struct Analogue {
+    double hertz;   ///< of the corner
+    double quality; ///< Q
+};
+constexpr Analogue analogueShelf{1681.974450955533, 0.7071752369554196};
+constexpr Analogue analogueHighPass{38.13547087602444, 0.5003270373238773};
+constexpr double shelfGainDB = 3.999843853973347;
+constexpr double shelfCornerShare = 0.4996667741545416; ///< of the gain in dB, at the corner
+
+/// Corners from half the sample rate on do not exist; they are held just below, where the filter is stable.
+constexpr double highestCorner = 0.49; // of the sample rate
+
+/// The bilinear transform takes the tangent of half the angle for s, so that the corner stays where it is.
+double corner(const Analogue& filter, double sampleRate) {
+    return std::tan(std::numbers::pi * std::min(filter.hertz / sampleRate, highestCorner));
+}
+
+/// The denominator less its leading 1.
+std::array<double, 2> denominator(const Analogue& filter, double k) {
+    const double leading = 1 + k / filter.quality + k * k;
+    return {2 * (k * k - 1) / leading, (1 - k / filter.quality + k * k) / leading};
+}
+
 } // namespace
 
-const KWeighting::Coefficients KWeighting::coefficients48000{
-    {1.53512485958697, -2.69169618940638, 1.19839281085285},
-    {-1.69065929318241, 0.73248077421585},
-    {-1.99004745483398, 0.99007225036621}};
-
-const KWeighting::Coefficients KWeighting::coefficients44100{
-    {1.53084035300175, -2.65093929292214, 1.16904175313036},
-    {-1.66365511325602, 0.71259542607547},
-    {-1.98916967058681, 0.9891928641778}};
+KWeighting::Coefficients KWeighting::coefficients(double sampleRate) {
+    if (sampleRate == printedRate || !(sampleRate > 0)) return printed;
+    const double k = corner(analogueShelf, sampleRate);
+    const double leading = 1 + k / analogueShelf.quality + k * k;
+    const double high = std::pow(10, shelfGainDB / 20);
+    const double middle = std::pow(high, shelfCornerShare);
+    return {{(high + middle * k / analogueShelf.quality + k * k) / leading, 2 * (k * k - high) / leading,
+             (high - middle * k / analogueShelf.quality + k * k) / leading},
+            denominator(analogueShelf, k),
+            denominator(analogueHighPass, corner(analogueHighPass, sampleRate))};
+}
 
 KWeighting::KWeighting(std::size_t channels, double sampleRate)
-    : channels_(channels),
-      coefficients_(std::abs(sampleRate - 44100.0) <= 1.0 ? coefficients44100 : coefficients48000),
-      groups_((channels + lanes - 1) / lanes), interleaved_(pieceFrames) {}
+    : channels_(channels), coefficients_(coefficients(sampleRate)), groups_((channels + lanes - 1) / lanes),
+      interleaved_(pieceFrames) {}
 
 void KWeighting::add(std::span<const float* const> channels, std::size_t offset, std::size_t frames) {
     const auto& [shelfB, shelfA, highPassA] = coefficients_;

@@ -11,6 +11,16 @@ namespace orvane {
 /// 64 bits, for several channels side by side. Starts in silence. One thread at a time.
 class KWeighting {
   public:
+    /// Of a second-order section in direct form (its numerator and its denominator less the leading 1).
+    struct Coefficients {
+        std::array<double, 3> shelfB;
+        std::array<double, 2> shelfA;
+        std::array<double, 2> highPassA; ///< its numerator is 1, -2, 1
+    };
+    /// At 48 kHz those that the standard prints, at any other rate those of the same analogue filters.
+    /// `sampleRate`: Hz.
+    static Coefficients coefficients(double sampleRate);
+
     KWeighting(std::size_t channels, double sampleRate);
 
     /// Filters the next `frames` samples of each channel, from `offset` on, and adds up the squares of what
@@ -24,19 +34,10 @@ class KWeighting {
     static constexpr std::size_t lanes = 2; ///< more would not fit into the registers of every machine
     using Lanes = double __attribute__((vector_size(lanes * sizeof(double))));
 
-    /// Of a second-order section in direct form (its numerator and its denominator less the leading 1).
-    struct Coefficients {
-        std::array<double, 3> shelfB;
-        std::array<double, 2> shelfA;
-        std::array<double, 2> highPassA; ///< its numerator is 1, -2, 1
-    };
     /// The delayed values of both sections and the sum of squares, of one channel a lane.
     struct Group {
         Lanes shelf1{}, shelf2{}, highPass1{}, highPass2{}, energy{};
     };
-
-    static const Coefficients coefficients48000;
-    static const Coefficients coefficients44100;
 
     void settle();
 

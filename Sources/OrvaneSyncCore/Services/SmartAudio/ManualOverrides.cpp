@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/ManualOverrides.h"
 
+#include "OrvaneSyncCore/Services/Takes/Take.h"
+
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -55,6 +57,19 @@ std::vector<BlockDecision> applyOverrides(std::vector<BlockDecision> blocks,
     for (const BlockOverride& range : overrides) pieces.push_back(manualBlock(range));
     std::ranges::stable_sort(pieces, {}, &BlockDecision::startSeconds);
     return pieces;
+}
+
+std::vector<BlockOverride> overridesInTakeTime(const SyncGroup& group) {
+    const Take take = takeOf(group, assumedChannels);
+    const double offset = take.offsetSeconds + group.manualAudioOffsetSeconds;
+    std::vector<BlockOverride> ranges;
+    for (BlockOverride range : group.manualBlockOverrides) {
+        range.startSeconds = std::max(range.startSeconds - offset, 0.0);
+        range.endSeconds -= offset;
+        if (take.durationSeconds > 0) range.endSeconds = std::min(range.endSeconds, take.durationSeconds);
+        if (range.startSeconds < range.endSeconds) ranges.push_back(range);
+    }
+    return ranges;
 }
 
 } // namespace orvane::SmartAudioBlockRouter

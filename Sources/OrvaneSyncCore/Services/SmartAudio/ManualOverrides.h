@@ -17,4 +17,8 @@ inline constexpr std::string_view manualOverrideReason = "manual override";
 std::vector<BlockDecision> applyOverrides(std::vector<BlockDecision> blocks,
                                           std::vector<BlockOverride> overrides);
 
+/// The clip's ranges, which are stated in clip time, in take time, on which blocks lie: minus the offset of
+/// the take and the manual one. What lies outside of the recording is cut off.
+std::vector<BlockOverride> overridesInTakeTime(const SyncGroup& group);
+
 } // namespace orvane::SmartAudioBlockRouter

@@ -122,12 +122,13 @@ std::string windowReport(std::span<const PerWindowFrame> frames,
 }
 
 std::string blockReport(const std::vector<BlockDecision>& blocks, std::optional<int> takeDefault,
-                        const std::vector<ChannelClassification>& classifications) {
+                        bool isBySpeaker, const std::vector<ChannelClassification>& classifications) {
     const ClassificationByTrack classified = byTrack(classifications);
     std::string text(finalHeading);
     text += takeDefault ? "Take-default: " + trackName(*takeDefault) + " (" +
                               sourceOf(*takeDefault, classified) + ")\n"
-                        : "Take-default: NONE — fell through to per-window scoring\n";
+            : isBySpeaker ? "Take-default: NONE — routed by who speaks\n"
+                          : "Take-default: NONE — fell through to per-window scoring\n";
 
     const auto tracks = secondsByTrack(blocks);
     double total = 0;

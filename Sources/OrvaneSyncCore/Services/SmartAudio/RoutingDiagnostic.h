@@ -22,9 +22,9 @@ std::string windowReport(std::span<const PerWindowFrame> frames,
                          const TakeStatistics& channelStats, const std::set<int>& candidateTracks,
                          const std::vector<WindowDecision>& decisions);
 
-/// What came out in the end.
+/// What came out in the end, by whichever router.
 std::string blockReport(const std::vector<BlockDecision>& blocks, std::optional<int> takeDefault,
-                        const std::vector<ChannelClassification>& classifications);
+                        bool isBySpeaker, const std::vector<ChannelClassification>& classifications);
 
 // A report that cannot be written is no failure of the routing. An empty path writes nothing.
 

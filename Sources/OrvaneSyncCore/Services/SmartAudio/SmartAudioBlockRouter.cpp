@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/BlockSource.h"
 #include "OrvaneSyncCore/Services/SmartAudio/MaterialDetection.h"
 #include "OrvaneSyncCore/Services/SmartAudio/RoutingDiagnostic.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SpeakerRouter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/TakeDefault.h"
 #include "OrvaneSyncCore/Services/SmartAudio/TakeStatistics.h"
 #include "OrvaneSyncCore/Services/SmartAudio/WindowRouting.h"
@@ -47,13 +48,21 @@ Routing computeBlocks(std::span<const PerWindowFrame> frames, double windowSecon
         });
     const TakeStatistics channelStats = computeChannelStats(frames);
 
-    const std::optional<int> takeDefault = pickTakeDefault(candidateTracks, channelStats, classifications);
-    routing.blocks = takeDefault ? buildBlocksFromDefault(*takeDefault, frames, windowSeconds,
-                                                          classifications, minBlockSeconds)
-                                 : blocksWindowByWindow(frames, windowSeconds, classifications, channelStats,
-                                                        candidateTracks, minBlockSeconds, diagnosticFile);
-    routing.blocks = snapBoundariesToSilence(std::move(routing.blocks), frames, windowSeconds,
-                                             snapToleranceSeconds, stemMetrics);
+    std::optional<int> takeDefault;
+    if (isRoutedBySpeaker(settings.routing, channelStats, classifications))
+        routing.blocks = buildBlocksBySpeaker(personalTracks(channelStats, classifications), frames,
+                                              windowSeconds, minBlockSeconds);
+    const bool isBySpeaker = !routing.blocks.empty();
+    if (!isBySpeaker) {
+        takeDefault = pickTakeDefault(candidateTracks, channelStats, classifications);
+        routing.blocks = takeDefault
+                             ? buildBlocksFromDefault(*takeDefault, frames, windowSeconds, classifications,
+                                                      minBlockSeconds)
+                             : blocksWindowByWindow(frames, windowSeconds, classifications, channelStats,
+                                                    candidateTracks, minBlockSeconds, diagnosticFile);
+        routing.blocks = snapBoundariesToSilence(std::move(routing.blocks), frames, windowSeconds,
+                                                 snapToleranceSeconds, stemMetrics);
+    }
     // Both boundaries of a short block may snap to one window. Nobody hears such a block, and its track must
     // not be switched on for it.
     std::erase_if(routing.blocks,
@@ -61,7 +70,8 @@ Routing computeBlocks(std::span<const PerWindowFrame> frames, double windowSecon
     applyBlockGain(routing.blocks, frames, windowSeconds, settings, stemMetrics);
 
     if (!diagnosticFile.empty())
-        appendToReport(diagnosticFile, blockReport(routing.blocks, takeDefault, classifications));
+        appendToReport(diagnosticFile,
+                       blockReport(routing.blocks, takeDefault, isBySpeaker, classifications));
     return routing;
 }
 

@@ -14,7 +14,8 @@ namespace orvane {
 
 /// Decides which microphone is heard in each stretch of a take: one curated track throughout, left only where
 /// a lav is plainly better or that track falls silent. A take without such a track is decided window by
-/// window. Stateless; any thread. Results depend on the frames alone, to the last bit.
+/// window, and one that no boom or mix can carry goes to the lav of whoever speaks. Stateless; any thread.
+/// Results depend on the frames alone, to the last bit.
 namespace SmartAudioBlockRouter {
 
 struct Routing {

@@ -22,6 +22,12 @@ bool isIsolated(const ClassificationByTrack& classifications, int track) {
            platform::text::lowercased(found->second->source).find(isolatedWord) != std::string::npos;
 }
 
+bool qualifiesAsIsolated(const ChannelRouteStats& stats, const ClassificationByTrack& classifications) {
+    return stats.speechCoverage >= minIsolatedCoverage && isIsolated(classifications, stats.trackIndex);
+}
+
+bool qualifiesByCoverage(const ChannelRouteStats& stats) { return stats.speechCoverage >= minCoverage; }
+
 bool beats(const ChannelRouteStats& newcomer, const ChannelRouteStats& best) {
     if (std::abs(newcomer.speechCoverage - best.speechCoverage) > similarCoverage)
         return newcomer.speechCoverage > best.speechCoverage;
@@ -36,6 +42,10 @@ ClassificationByTrack byTrack(const std::vector<ChannelClassification>& classifi
     return found;
 }
 
+bool qualifiesAsDefault(const ChannelRouteStats& stats, const ClassificationByTrack& classifications) {
+    return qualifiesByCoverage(stats) || qualifiesAsIsolated(stats, classifications);
+}
+
 std::optional<int> pickTakeDefault(const std::set<int>& candidateTracks, const TakeStatistics& channelStats,
                                    const std::vector<ChannelClassification>& classifications) {
     const auto isCandidate = [&](int track) {
@@ -45,16 +55,14 @@ std::optional<int> pickTakeDefault(const std::set<int>& candidateTracks, const T
     const ClassificationByTrack classified = byTrack(classifications);
     const ChannelRouteStats* steadiest = nullptr;
     for (const auto& [track, stats] : channelStats)
-        if (isCandidate(track) && stats.speechCoverage >= minIsolatedCoverage &&
-            isIsolated(classified, track) &&
+        if (isCandidate(track) && qualifiesAsIsolated(stats, classified) &&
             (steadiest == nullptr || stats.rmsVarianceDB < steadiest->rmsVarianceDB))
             steadiest = &stats;
     if (steadiest != nullptr) return steadiest->trackIndex;
 
     const ChannelRouteStats* best = nullptr;
     for (const auto& [track, stats] : channelStats)
-        if (isCandidate(track) && stats.speechCoverage >= minCoverage &&
-            (best == nullptr || beats(stats, *best)))
+        if (isCandidate(track) && qualifiesByCoverage(stats) && (best == nullptr || beats(stats, *best)))
             best = &stats;
     if (best != nullptr) return best->trackIndex;
     return std::nullopt;

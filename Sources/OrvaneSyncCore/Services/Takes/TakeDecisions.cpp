@@ -75,14 +75,11 @@ void carryDecisions(SyncGroup& group, const SyncGroup& before) {
     const Renumbering renumbered(before, was, group, is);
     group.manualActiveTracks = renumbered.of(group.manualActiveTracks);
     group.algorithmExcludedTracks = renumbered.of(group.algorithmExcludedTracks);
-    const double later = was.offsetSeconds - is.offsetSeconds;
     std::vector<BlockOverride> ranges;
     for (BlockOverride range : group.manualBlockOverrides) {
         const auto number = renumbered.of(range.trackIndex);
-        if (!number || range.endSeconds + later <= 0) continue;
+        if (!number) continue;
         range.trackIndex = *number;
-        range.startSeconds = std::max(0.0, range.startSeconds + later);
-        range.endSeconds += later;
         ranges.push_back(range);
     }
     group.manualBlockOverrides = std::move(ranges);

@@ -5,10 +5,10 @@
 namespace orvane {
 
 /// Carries what was decided about channels over to the recordings that the clip has by now: the tracks that
-/// are switched on or excluded and the ranges of blocks, which are stated by running number and take time.
-/// Both move when a file joins or leaves the take. What was decided about a channel that is gone is dropped;
-/// a copy stands in for its original. `before`: the clip with its former recordings. Where either has none,
-/// nothing changes. Pure; any thread.
+/// are switched on or excluded and those of the ranges of blocks, which are stated by running numbers. These
+/// move when a file joins or leaves the take; a range keeps its place, which is that in the clip. What was
+/// decided about a channel that is gone is dropped; a copy stands in for its original. `before`: the clip
+/// with its former recordings. Where either has none, nothing changes. Pure; any thread.
 void carryDecisions(SyncGroup& group, const SyncGroup& before);
 
 } // namespace orvane

@@ -1,0 +1,219 @@
+#include "OrvaneSyncApp/Controllers/Commands/WorkReview.h"
+
+#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
+#include "OrvaneSyncCore/Services/Takes/Recordings.h"
+#include "Platform/Files.h"
+#include "Platform/Text.h"
+#include "Timecode/ExactRate.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using enum ReviewColumn;
+using platform::text::trimmed;
+
+constexpr double secondsOfDay = 86400;
+
+/// In which the column of offsets counts: the clip's own rate, frames per second.
+double rateOf(const MediaAsset& video) {
+    constexpr double unknown = 25;
+    for (const auto& rate : {video.projectFrameRate, video.frameRate})
+        if (rate && *rate > 0) return exactRateValue(*rate);
+    return unknown;
+}
+
+bool isChosen(const SyncGroup& group) { return group.matchStatus.isSettled() && !group.isMOS(); }
+
+std::vector<std::string> recordingTexts(const SyncGroup& group, const FileNames& names) {
+    std::vector<std::string> texts;
+    for (const auto& recording : recordingsOf(group)) texts.push_back(recordingText(group, recording, names));
+    return texts;
+}
+
+/// What the table says of a clip that the editor may decide about.
+void fillDecisions(ReviewLine& line, const SyncGroup& group) {
+    line[choice] = isChosen(group) ? "1" : "";
+    line[offsetFrames] = reviewFrames(group.manualAudioOffsetSeconds * rateOf(group.video));
+    line[name] = group.manualClipName.value_or("");
+    line[skip] = group.isExcludedFromExport ? "x" : "";
+}
+
+/// What a line asks for beyond what the clip has.
+struct Decision {
+    UUID groupID;
+    std::optional<UUID> matchID{}; ///< of the recording to be chosen
+    std::optional<double> offsetSeconds{};
+    std::optional<std::string> name{};
+    bool togglesSkip = false;
+
+    bool isEmpty() const { return !matchID && !offsetSeconds && !name && !togglesSkip; }
+};
+
+class Reading {
+  public:
+    explicit Reading(const ImportController& controller) : names_(controller.work().fileNames()) {
+        for (const SyncGroup& group : controller.work().syncGroups()) {
+            shown_[shownName(group)].push_back(&group);
+            byFilename_[trimmedText(group.video.url.lastPathComponent())].push_back(&group);
+        }
+    }
+
+    std::vector<Decision> decisions;
+    std::vector<std::string> problems;
+
+    void read(const ReviewLine& line) {
+        const SyncGroup* group = clipOf(line);
+        if (group == nullptr) return;
+        ReviewLine present;
+        fillDecisions(present, *group);
+        Decision decision{.groupID = group->id};
+        readChoice(line, *group, decision);
+        readOffset(line, present, *group, decision);
+        if (line[name] && trimmed(*line[name]) != trimmed(*present[name])) decision.name = line[name];
+        if (line[skip]) {
+            const auto skips = reviewSwitch(*line[skip]);
+            if (!skips) problem(line, "skip takes x or nothing, not '" + *line[skip] + "'");
+            decision.togglesSkip = skips && *skips != group->isExcludedFromExport;
+        }
+        if (!decision.isEmpty()) decisions.push_back(std::move(decision));
+    }
+
+  private:
+    static std::string trimmedText(std::string_view text) { return std::string(trimmed(text)); }
+    /// As a table shows it once it was written and read.
+    std::string shownName(const SyncGroup& group) const {
+        ReviewLine line;
+        line[cameraFile] = names_.of(group.video);
+        return trimmedText(*readReviewTable(writtenReviewTable({line})).front()[cameraFile]);
+    }
+    void problem(const ReviewLine& line, const std::string& what) {
+        problems.push_back("review, line " + std::to_string(line.number) + ": " + what);
+    }
+
+    const SyncGroup* clipOf(const ReviewLine& line) {
+        const std::string file = trimmedText(*line[cameraFile]);
+        std::vector<const SyncGroup*> found;
+        if (const auto exact = shown_.find(file); exact != shown_.end())
+            found = exact->second;
+        else if (const auto others = byFilename_.find(file.substr(file.rfind('/') + 1));
+                 others != byFilename_.end() && !file.empty())
+            std::ranges::copy_if(others->second, std::back_inserter(found), [&](const SyncGroup* group) {
+                const std::string path = platform::text::validUTF8(group->video.url.path);
+                return path == file || path.ends_with("/" + file);
+            });
+        if (found.size() == 1 && seen_.insert(found.front()->id).second) return found.front();
+        problem(line, (found.empty()       ? "there is no clip of the camera file '"
+                       : found.size() == 1 ? "a line before this one is for the same clip, '"
+                                           : "several clips have the camera file '") +
+                          file + "'; nothing of the line is used");
+        return nullptr;
+    }
+
+    void readChoice(const ReviewLine& line, const SyncGroup& group, Decision& decision) {
+        if (!line[choice] || trimmed(*line[choice]).empty()) return;
+        const auto number = reviewNumber(*line[choice]);
+        const auto recordings = recordingsOf(group);
+        const bool isWhole = number && *number == std::floor(*number) && *number >= 1 &&
+                             *number <= static_cast<double>(std::numeric_limits<int>::max());
+        if (!isWhole)
+            return problem(line, "choice takes the number of a recording, not '" + *line[choice] + "'");
+        std::size_t position = static_cast<std::size_t>(*number) - 1;
+        if (line[sound] && !trimmed(*line[sound]).empty()) {
+            // The numbers are those of the line: the clip may list its recordings in another order by now.
+            const auto wanted = recordingOfNumber(*line[sound], static_cast<int>(*number));
+            const auto texts = recordingTexts(group, names_);
+            const auto at = wanted ? std::ranges::find(texts, *wanted) : texts.end();
+            if (wanted && at == texts.end())
+                return problem(line, "the recording '" + *wanted + "' is none of the clip's");
+            position = wanted ? static_cast<std::size_t>(at - texts.begin()) : recordings.size();
+        }
+        if (position >= recordings.size())
+            return problem(line, "there is no recording number '" + *line[choice] + "'");
+        if (position == 0 && isChosen(group)) return;
+        if (group.isLocked)
+            return problem(line, "the clip is locked and keeps its recordings; unlock it first");
+        decision.matchID = group.audioMatches[recordings[position].front()].id;
+    }
+
+    void readOffset(const ReviewLine& line, const ReviewLine& present, const SyncGroup& group,
+                    Decision& decision) {
+        if (!line[offsetFrames]) return;
+        const std::string_view cell = trimmed(*line[offsetFrames]);
+        const auto frames = cell.empty() ? std::optional(0.0) : reviewNumber(cell);
+        if (!frames)
+            return problem(line, "offset_frames takes a number of frames, not '" + std::string(cell) + "'");
+        const double seconds = *frames / rateOf(group.video);
+        if (std::abs(seconds) > secondsOfDay)
+            return problem(line, "an offset of " + std::string(cell) + " frames is more than a day");
+        if (reviewFrames(*frames) != *present[offsetFrames]) decision.offsetSeconds = seconds;
+    }
+
+    const FileNames& names_;
+    std::unordered_map<std::string, std::vector<const SyncGroup*>> shown_, byFilename_;
+    std::unordered_set<UUID> seen_;
+};
+
+void carryOut(ImportController& controller, const Decision& decision) {
+    if (decision.matchID) controller.recordings().chooseRecording(decision.groupID, *decision.matchID);
+    if (decision.offsetSeconds) {
+        controller.clips().resetAudioOffset(
+            decision.groupID); // so that the sum is exactly what was asked for
+        controller.clips().adjustAudioOffset(decision.groupID, *decision.offsetSeconds);
+    }
+    if (decision.name) controller.clips().setManualClipName(decision.groupID, *decision.name);
+    if (decision.togglesSkip) controller.clips().toggleExcludedFromExport(decision.groupID);
+}
+
+} // namespace
+
+std::vector<ReviewLine> reviewLines(const ImportController& controller) {
+    const auto displayNames = controller.work().displayNames();
+    const FileNames& files = controller.work().fileNames();
+    const bool anySound = hasRecordings(controller);
+    std::vector<ReviewLine> lines;
+    for (const SyncGroup& group : controller.work().syncGroups()) {
+        ReviewLine line{.number = lines.size() + 2};
+        line[clip] = displayNames.at(group.id);
+        line[cameraFile] = files.of(group.video);
+        line[sound] = numberedRecordings(recordingTexts(group, files));
+        line[status] = std::string(group.matchStatus.name());
+        line[doubt] = group.matchStatus.isSettled() ? "" : whyUnmatched(group, anySound);
+        fillDecisions(line, group);
+        lines.push_back(std::move(line));
+    }
+    return lines;
+}
+
+ReviewOutcome applyReview(ImportController& controller, const std::vector<ReviewLine>& lines) {
+    Reading reading(controller);
+    for (const ReviewLine& line : lines) reading.read(line);
+    if (!reading.decisions.empty())
+        controller.withUndo(undoSteps::applyReview, [&] {
+            for (const Decision& decision : reading.decisions) carryOut(controller, decision);
+        });
+    return {static_cast<int>(reading.decisions.size()), std::move(reading.problems)};
+}
+
+std::vector<ReviewLine> readReviewFile(const std::string& path) {
+    const std::string where = "can't read the review '" + path + "': ";
+    try {
+        return readReviewTable(ALEParser::decodeText(platform::files::readText(path)));
+    } catch (const ReviewTableError& error) {
+        throw ReviewTableError(where + error.what());
+    } catch (const ALEParserError& error) {
+        throw ReviewTableError(where + error.what());
+    }
+}
+
+} // namespace orvane

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/RawValues.h"
+#include "OrvaneSyncCore/Models/UUID.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvane {
+
+/// Why a clip may not have the right sound, or not all of it, and what to do about it. Derived, never stored.
+struct SyncDoubt {
+    enum class Kind : std::uint8_t {
+        otherDay,       ///< its sound is, or may be, of another day
+        ambiguous,      ///< several recordings, none clearly best
+        otherDateFits,  ///< a recording of another date would fit
+        constantOffset, ///< all sound of a card is off by one time
+        timecodeRate,   ///< the labels count at another rate than they were read at
+        dropMix,        ///< drop frame and non-drop labels among files that meet
+        shortSound,     ///< the clip is longer than its sound
+        mutedSpeech,    ///< speech on a channel that is off, far above what is on
+        cutByTrim,      ///< the trim mode cuts the clip's length
+        splitGap,       ///< a gap between the parts of a split take
+    };
+
+    Kind kind = Kind::ambiguous;
+    std::string message; ///< one sentence for people, with the numbers and the file's name
+    std::string cure;    ///< what to do: an option as it is typed, or a decision of the editor
+
+    bool operator==(const SyncDoubt&) const = default;
+};
+template <>
+struct RawValues<SyncDoubt::Kind> {
+    static constexpr std::array<std::string_view, 10> texts{
+        "otherDay", "ambiguous",  "otherDateFits", "constantOffset", "timecodeRate",
+        "dropMix",  "shortSound", "mutedSpeech",   "cutByTrim",      "splitGap"};
+};
+
+/// A doubt about a whole card, with the clips that it concerns.
+struct CardDoubt {
+    SyncDoubt doubt;
+    std::vector<UUID> groupIDs; ///< in the order of the clips
+
+    bool operator==(const CardDoubt&) const = default;
+};
+
+JSON toJSON(const SyncDoubt& doubt);
+/// The keys of the doubt, and `groupIDs`.
+JSON toJSON(const CardDoubt& doubt);
+
+} // namespace orvane

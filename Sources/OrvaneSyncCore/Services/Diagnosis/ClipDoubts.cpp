@@ -1,0 +1,221 @@
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+#include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+#include "Platform/Stop.h"
+#include "Platform/Text.h"
+#include "Timecode/Timecode.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using Kind = SyncDoubt::Kind;
+
+// A camera that rolls a moment longer than the recorder is no fault.
+constexpr double missingSoundSeconds = 1;
+constexpr double cutSeconds = 0.5;
+// Starts by timecode are rounded to a frame at either side.
+constexpr double smallestGapSeconds = 0.1;
+// What is further apart are two takes.
+constexpr double largestGapSeconds = 60;
+constexpr double louderDB = 12;
+constexpr float someSpeech = 0.1F; // share of the windows
+
+std::string option(TrimMode mode) {
+    return "--set " + std::string(settings::trimMode.key) + "=" + std::string(rawValue(mode));
+}
+
+/// The doubts about one clip by itself.
+class ClipDoubts {
+  public:
+    ClipDoubts(const Shoot& shoot, const Shoot::Clip& clip)
+        : shoot_(shoot), clip_(clip), group_(*clip.group), name_(shoot.nameOf(clip.group->video)),
+          take_(takeOf(*clip.group, assumedChannels)) {}
+
+    std::vector<SyncDoubt> all() {
+        labelOutsideOfRate(group_.video);
+        if (group_.isMOS()) return std::move(doubts_);
+        labelOutsideOfRate(*group_.primaryAudio());
+        ambiguous();
+        dropMix();
+        if (group_.matchStatus.isSettled()) {
+            shortSound();
+            cutByTrim();
+            splitGap();
+            mutedSpeech();
+        }
+        return std::move(doubts_);
+    }
+
+  private:
+    void add(Kind kind, std::string message, std::string cure) {
+        doubts_.push_back({kind, std::move(message), std::move(cure)});
+    }
+    double length() const { return clip_.place ? clip_.place->range.durationSeconds() : 0; }
+    const MediaAsset& fileOf(const TakeFile& file) const {
+        return *group_.audioMatches[file.matchIndex].audio;
+    }
+
+    void labelOutsideOfRate(const MediaAsset& file) {
+        if (!file.startTimecodeString || file.bextTimeReference.value_or(0) != 0) return;
+        auto rate = labelRate(file);
+        const auto label = Timecode::fromString(*file.startTimecodeString, rate);
+        if (!label) return;
+        const auto frame = label->components().frames;
+        const auto& corrected = shoot_.input.rules.timecodeRate;
+        if (corrected && frame < timecodeRate::maxFrames(*corrected)) rate = *corrected;
+        if (frame < timecodeRate::maxFrames(rate)) return;
+        const int fitting = frame < 25 ? 25 : frame < 30 ? 30 : 60;
+        add(Kind::timecodeRate,
+            "the timecode " + *file.startTimecodeString + " of " + shoot_.nameOf(file) + " has frame " +
+                std::to_string(frame) + ", and it is read at " +
+                std::to_string(timecodeRate::maxFrames(rate)) + " frames a second",
+            "--tc-rate " + std::to_string(fitting) + ", or the rate at which the timecode was made");
+    }
+
+    void ambiguous() {
+        if (group_.matchStatus.kind != MatchStatus::Kind::ambiguous || clip_.isDecided) return;
+        std::string files;
+        constexpr std::size_t most = 3;
+        for (std::size_t i = 0; i < std::min(most, group_.audioMatches.size()); ++i) {
+            const AudioMatch& match = group_.audioMatches[i];
+            files += (i > 0 ? ", " : "") + shoot_.nameOf(*match.audio) + " has " +
+                     formatted("%.1f s", match.overlapDurationSeconds);
+        }
+        add(Kind::ambiguous,
+            std::to_string(group_.audioMatches.size()) + " recordings lie under " + name_ + " of " +
+                formatted("%.1f s", length()) + " and none is clearly best: " + files,
+            "choose in the table of 'scan --review', or take the first of each with --choose first");
+    }
+
+    /// Only what both files say of themselves counts: a rate without its flag is read as drop frame by habit.
+    void dropMix() {
+        const auto& own = group_.video.timecodeFrameRate;
+        const MediaAsset& sound = *group_.primaryAudio();
+        if (!own || !sound.timecodeFrameRate || !sound.ixmlData || !sound.ixmlData->timecodeRate) return;
+        if (platform::text::uppercased(*sound.ixmlData->timecodeRate).find("DF") == std::string::npos) return;
+        if (timecodeRate::maxFrames(*own) != timecodeRate::maxFrames(*sound.timecodeFrameRate) ||
+            timecodeRate::isDrop(*own) == timecodeRate::isDrop(*sound.timecodeFrameRate))
+            return;
+        const auto kind = [](TimecodeFrameRate rate) {
+            return timecodeRate::isDrop(rate) ? "drop frame" : "non-drop";
+        };
+        add(Kind::dropMix,
+            name_ + " counts " + kind(*own) + " and " + shoot_.nameOf(sound) + " " +
+                kind(*sound.timecodeFrameRate) + "; equal timecodes lie 3.6 s apart after each hour",
+            "--tc-rate 29.97DF or --tc-rate 29.97NDF, whichever all were meant to count");
+    }
+
+    void shortSound() {
+        if (!clip_.place || group_.video.isOffspeed() || take_.isEmpty()) return;
+        const double start = take_.offsetSeconds + group_.manualAudioOffsetSeconds;
+        const double before = std::clamp(start, 0.0, length());
+        const double after = std::clamp(length() - (start + take_.durationSeconds), 0.0, length());
+        if (before + after < missingSoundSeconds) return;
+        std::string where;
+        if (before > 0.05) where = formatted("the first %.1f s", before);
+        if (after > 0.05) where += (where.empty() ? "" : " and ") + formatted("the last %.1f s", after);
+        add(Kind::shortSound,
+            name_ + " lasts " + formatted("%.1f s", length()) + ", and " + where + " have no sound of " +
+                shoot_.nameOf(*group_.primaryAudio()),
+            "look for a recording that is missing on the cards, or cut to the sound with " +
+                option(TrimMode::overlap));
+    }
+
+    void cutByTrim() {
+        if (shoot_.input.trimMode != TrimMode::commonDuration || group_.video.isOffspeed()) return;
+        const double picture = group_.video.durationSeconds.value_or(0);
+        const double cut = picture - take_.durationSeconds;
+        if (take_.durationSeconds <= 0 || cut < cutSeconds) return;
+        add(Kind::cutByTrim,
+            name_ + " is cut from " + formatted("%.1f s", picture) + formatted(" to %.1f s,", picture - cut) +
+                " the length of its sound, counted from the picture's start",
+            option(TrimMode::videoDuration) + " keeps all of the picture, " + option(TrimMode::overlap) +
+                " what both have");
+    }
+
+    void splitGap() {
+        std::vector<const TakeFile*> files;
+        for (const TakeFile& file : take_.files)
+            if (file.role != TakeRole::mirror) files.push_back(&file);
+        std::ranges::stable_sort(files, {}, &TakeFile::startSeconds);
+        const TakeFile* before = nullptr; // of those so far, the one that ends last
+        const auto endOf = [](const TakeFile& file) { return file.startSeconds + file.durationSeconds; };
+        for (const TakeFile* file : files) {
+            if (before != nullptr) gap(*before, *file, file->startSeconds - endOf(*before));
+            if (before == nullptr || endOf(*file) > endOf(*before)) before = file;
+        }
+    }
+    void gap(const TakeFile& before, const TakeFile& after, double seconds) {
+        if (seconds < smallestGapSeconds || seconds > largestGapSeconds) return;
+        const double at = take_.offsetSeconds + group_.manualAudioOffsetSeconds + after.startSeconds;
+        if (at - seconds < 0 || at > length()) return;
+        const MediaAsset &first = fileOf(before), &second = fileOf(after);
+        if (SplitRecordingDetector::areKnownToDiffer(first.bextOriginator, second.bextOriginator)) return;
+        add(Kind::splitGap,
+            formatted("%.2f s", seconds) + " of sound are missing between " + shoot_.nameOf(first) + " and " +
+                shoot_.nameOf(second) + formatted(", %.1f s into ", at - seconds) + name_,
+            "copy the card again, or look for a part of the recording that is missing");
+    }
+
+    void mutedSpeech() {
+        const auto found = shoot_.input.smartAudioResults.find(group_.id);
+        if (found == shoot_.input.smartAudioResults.end()) return;
+        const SmartAudioResult& result = found->second;
+        const auto isOn = [&](const TrackAdjustment& track) {
+            if (!group_.manualActiveTracks.empty())
+                return group_.manualActiveTracks.contains(track.trackIndex);
+            return result.bestTrackIndex == track.trackIndex;
+        };
+        double loudestOn = -120;
+        const TrackAdjustment* muted = nullptr;
+        for (const TrackAdjustment& track : result.tracks) {
+            if (isOn(track))
+                loudestOn = std::max(loudestOn, static_cast<double>(track.averageLevelDB));
+            else if (track.speechRatio >= someSpeech &&
+                     (muted == nullptr || track.averageLevelDB > muted->averageLevelDB))
+                muted = &track;
+        }
+        if (muted == nullptr || static_cast<double>(muted->averageLevelDB) < loudestOn + louderDB) return;
+        add(Kind::mutedSpeech,
+            "channel " + std::to_string(muted->trackIndex) + channelName(muted->trackIndex) + " of " + name_ +
+                " is off and has speech " +
+                formatted("%.0f dB", static_cast<double>(muted->averageLevelDB) - loudestOn) +
+                " above what is on",
+            "listen to it and switch it on");
+    }
+    std::string channelName(int number) const {
+        for (const IXMLTrack& track : namedChannels(group_, take_))
+            if (track.channelIndex == number) return " (" + track.name + ")";
+        return "";
+    }
+
+    const Shoot& shoot_;
+    const Shoot::Clip& clip_;
+    const SyncGroup& group_;
+    std::string name_;
+    Take take_;
+    std::vector<SyncDoubt> doubts_;
+};
+
+} // namespace
+
+void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts) {
+    platform::StopCheck check(shoot.stop);
+    for (const Shoot::Clip& clip : shoot.clips) {
+        check();
+        if (clip.group->isExcludedFromExport) continue;
+        auto own = ClipDoubts(shoot, clip).all();
+        if (own.empty()) continue;
+        auto& all = doubts.byGroup[clip.group->id];
+        std::ranges::move(own, std::back_inserter(all));
+    }
+}
+
+} // namespace orvane

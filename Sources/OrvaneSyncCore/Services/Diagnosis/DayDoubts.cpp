@@ -1,0 +1,239 @@
+#include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+#include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
+#include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+#include "Platform/Stop.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using Kind = SyncDoubt::Kind;
+using TCRange = SyncEngine::TCRange;
+
+constexpr double secondsADay = 86400;
+// Of what one clip meets, two recordings that share less than this of the longer one were not made together.
+constexpr double togetherShare = 0.5;
+
+/// The name with one sign for each number, by which the files of one recorder are alike.
+std::string patternOf(const MediaAsset& asset) {
+    std::string pattern;
+    for (const char c : asset.normalizedName()) {
+        const bool isDigit = c >= '0' && c <= '9';
+        if (!isDigit)
+            pattern += c;
+        else if (pattern.empty() || pattern.back() != '#')
+            pattern += '#';
+    }
+    return pattern;
+}
+
+bool mayBeOneRecorder(const MediaAsset& a, const MediaAsset& b) {
+    const auto tape = [](const MediaAsset& asset) {
+        return asset.ixmlData ? asset.ixmlData->tape : std::optional<std::string>();
+    };
+    return a.sampleRate == b.sampleRate && a.channelCount == b.channelCount &&
+           !SplitRecordingDetector::areKnownToDiffer(a.bextOriginator, b.bextOriginator) &&
+           !SplitRecordingDetector::areKnownToDiffer(tape(a), tape(b)) && patternOf(a) == patternOf(b);
+}
+
+/// Whether the day of a clip's sound can be relied on, and what speaks against it.
+class DayDoubts {
+  public:
+    DayDoubts(const Shoot& shoot, SyncDoubts& doubts) : shoot_(shoot), doubts_(doubts) {}
+
+    void add() {
+        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
+            if (const auto day = shoot_.recordings[i].place.day)
+                byDay_[*day].add(shoot_.recordings[i].place.range, i);
+        for (auto& [day, cover] : byDay_) cover.finish();
+        daysMayBeMixed_ = daysShareHours() || undatedFilesCollide();
+        platform::StopCheck check(shoot_.stop);
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            check();
+            if (clip.isDecided || !clip.place) continue;
+            if (clip.primary)
+                otherDay(clip);
+            else if (clip.group->isMOS())
+                missesOtherDate(clip);
+        }
+        for (const Card& card : cardsOf(shoot_.clips)) wrongDateOf(card);
+    }
+
+  private:
+    const Recording& primaryOf(const Shoot::Clip& clip) const { return shoot_.recordings[*clip.primary]; }
+
+    void doubt(const Shoot::Clip& clip, Kind kind, std::string message, std::string cure) {
+        doubts_.byGroup[clip.group->id].push_back({kind, std::move(message), std::move(cure)});
+    }
+
+    void otherDay(const Shoot::Clip& clip) {
+        const Recording& sound = primaryOf(clip);
+        const std::string names = shoot_.nameOf(*sound.asset) + " under " + shoot_.nameOf(clip.group->video);
+        const auto recorded = sound.place.day, filmed = clip.likelyDay();
+        if (clip.place->day && recorded) {
+            const double apart = static_cast<double>(*recorded - *clip.place->day) * secondsADay +
+                                 sound.place.range.startSeconds - clip.place->range.startSeconds;
+            if (std::abs(apart - clip.group->audioMatches.front().syncOffsetSeconds) < 1) return;
+        } else if (recorded && filmed) {
+            if (*recorded == *filmed || !daysMayBeMixed_) return;
+        } else {
+            if (!daysMayBeMixed_) return;
+            const std::string undated = shoot_.nameOf(recorded ? clip.group->video : *sound.asset);
+            return doubt(clip, Kind::otherDay,
+                         names + " fits by the time of day alone: " + undated +
+                             " has no date, and the files here are of more than one day",
+                         "scan each day by itself, or give the recordings' day with --sound-date YYYY-MM-DD");
+        }
+        doubt(clip, Kind::otherDay,
+              names + " is of " + dayText(*recorded) + ", and the clip is of " + dayText(*filmed) +
+                  "; they fit by the time of day alone",
+              "--sound-date " + dayText(*filmed) +
+                  " if the recorder's date is wrong, --days same to leave such "
+                  "sound out");
+    }
+
+    void missesOtherDate(const Shoot::Clip& clip) {
+        if (!clip.place->day || clip.group->matchStatus.kind != MatchStatus::Kind::unmatched) return;
+        std::optional<std::size_t> best;
+        long distance = std::numeric_limits<long>::max();
+        for (const auto& [day, cover] : byDay_) {
+            if (std::abs(day - *clip.place->day) >= distance || day == *clip.place->day) continue;
+            if (const auto found = cover.of(clip.place->range)) {
+                best = found;
+                distance = std::abs(day - *clip.place->day);
+            }
+        }
+        if (!best) return;
+        const Recording& sound = shoot_.recordings[*best];
+        doubt(clip, Kind::otherDateFits,
+              shoot_.nameOf(clip.group->video) + " of " + dayText(*clip.place->day) + " has no sound, and " +
+                  shoot_.nameOf(*sound.asset) + " of " + dayText(*sound.place.day) +
+                  " lies under all of it by the time of day",
+              "--sound-date " + dayText(*clip.place->day) + " if the recorder's date is wrong, or " +
+                  (distance == 1 ? "--days neighbours" : "attach the recording by hand"));
+    }
+
+    /// Where the clips of a card fit the recordings of another day clearly better than those of their own,
+    /// one of the dates is wrong, whatever single clips have found.
+    void wrongDateOf(const Card& card) {
+        if (!card.day || byDay_.empty()) return;
+        struct Fit {
+            int clips = 0;
+            long day = 0;
+        };
+        std::vector<const Shoot::Clip*> clips;
+        double first = std::numeric_limits<double>::infinity(), last = -first;
+        for (const std::size_t file : card.files) {
+            const Shoot::Clip& clip = shoot_.clips[file];
+            if (clip.isDecided || clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
+            clips.push_back(&clip);
+            first = std::min(first, clip.place->range.startSeconds);
+            last = std::max(last, clip.place->range.endSeconds);
+        }
+        const auto fitOf = [&](long day, const Cover& cover) {
+            Fit fit{0, day};
+            for (const Shoot::Clip* clip : clips)
+                if (cover.of(clip->place->range)) ++fit.clips;
+            return fit;
+        };
+        Fit own{0, *card.day}, other;
+        constexpr long farthest = 2; // days whose recordings are all tried, however many days there are
+        for (const auto& [day, cover] : byDay_) {
+            if (day == *card.day) {
+                own = fitOf(day, cover);
+                continue;
+            }
+            if (std::abs(day - *card.day) > farthest && byDay_.size() > mostDays) continue;
+            const Fit fit = fitOf(day, cover);
+            if (fit.clips > other.clips) other = fit;
+        }
+        constexpr int fewest = 3;
+        constexpr double clearly = 1.5, majority = 0.6;
+        const int count = static_cast<int>(clips.size());
+        if (other.clips < fewest || other.clips < majority * count || other.clips <= clearly * own.clips)
+            return;
+        const double share = byDay_.at(other.day).shareOf(first, last);
+        if (chance::atLeast(other.clips, count, share) > chance::smallest) return;
+        addCardDoubt(doubts_,
+                     {Kind::otherDateFits,
+                      "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +
+                          std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
+                          " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
+                          " those of their own day",
+                      "--sound-date " + dayText(own.day) +
+                          ", in a scan of this day alone; one of the two dates is wrong"},
+                     clips);
+    }
+
+    /// Whether recordings of two days were made at the same hours, so that the time of day does not tell them
+    /// apart. A night that passes midnight is no such case.
+    bool daysShareHours() const {
+        std::map<long, TCRange> hours;
+        const auto add = [&](const std::optional<long>& day, const TCRange& range) {
+            if (!day) return;
+            const auto [known, isNew] = hours.try_emplace(*day, range);
+            if (isNew) return;
+            known->second.startSeconds = std::min(known->second.startSeconds, range.startSeconds);
+            known->second.endSeconds = std::max(known->second.endSeconds, range.endSeconds);
+        };
+        for (const Recording& recording : shoot_.recordings) add(recording.place.day, recording.place.range);
+        for (const Shoot::Clip& clip : shoot_.clips)
+            if (clip.place) add(clip.place->day, clip.place->range);
+        std::vector<TCRange> ranges;
+        for (const auto& [day, range] : hours) ranges.push_back(range);
+        std::ranges::sort(ranges, {}, &TCRange::startSeconds);
+        return std::ranges::adjacent_find(ranges, [](const TCRange& a, const TCRange& b) {
+                   return SyncEngine::overlapDuration(a, b).has_value();
+               }) != ranges.end();
+    }
+
+    /// One recorder cannot have made two recordings at one time: such files are of several days. Recorders
+    /// that roll together start and stop together.
+    bool undatedFilesCollide() const {
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            if (!clip.primary || clip.isDecided) continue;
+            const SyncGroup& group = *clip.group;
+            const MediaAsset& first = *group.audioMatches.front().audio;
+            const TCRange firstRange = rangeOf(group.audioMatches.front());
+            for (const AudioMatch& match : group.audioMatches) {
+                if (&match == &group.audioMatches.front()) continue;
+                const TCRange range = rangeOf(match);
+                const double longer = std::max(firstRange.durationSeconds(), range.durationSeconds());
+                const auto common = SyncEngine::overlapDuration(firstRange, range);
+                if (!common || *common <= SplitRecordingDetector::contiguityToleranceSeconds ||
+                    *common >= togetherShare * longer)
+                    continue;
+                const MediaAsset& other = *match.audio;
+                if (!mayBeOneRecorder(first, other) || (first.shootDay() && other.shootDay())) continue;
+                const TakeMembership::Candidate a{&first, firstRange}, b{&other, range};
+                if (!TakeMembership::isCutShort(a, b) && !TakeMembership::isCutShort(b, a)) return true;
+            }
+        }
+        return false;
+    }
+    static TCRange rangeOf(const AudioMatch& match) {
+        return {match.syncOffsetSeconds, match.syncOffsetSeconds + match.audio->durationSeconds.value_or(0)};
+    }
+
+    static constexpr std::size_t mostDays = 8;
+
+    const Shoot& shoot_;
+    SyncDoubts& doubts_;
+    std::map<long, Cover> byDay_; ///< of the recordings, seconds since midnight
+    bool daysMayBeMixed_ = false;
+};
+
+} // namespace
+
+void addDayDoubts(const Shoot& shoot, SyncDoubts& doubts) { DayDoubts(shoot, doubts).add(); }
+
+} // namespace orvane

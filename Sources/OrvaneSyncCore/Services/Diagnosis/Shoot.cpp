@@ -1,0 +1,145 @@
+#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+
+#include "OrvaneSyncCore/Utilities/CountText.h"
+#include "Platform/Stop.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <map>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using TCRange = SyncEngine::TCRange;
+
+std::string_view folderOf(const MediaAsset& asset) {
+    const std::string& path = asset.url.path;
+    return std::string_view(path).substr(0, path.rfind('/'));
+}
+
+template <class Items, class Describe>
+std::vector<Card> cards(const Items& items, const Describe& describe) {
+    std::map<std::pair<std::string_view, std::optional<long>>, std::vector<std::size_t>> byFolder;
+    for (std::size_t i = 0; i < items.size(); ++i)
+        if (const auto key = describe(items[i])) byFolder[*key].push_back(i);
+    std::vector<Card> result;
+    for (auto& [key, files] : byFolder)
+        result.push_back({std::string(key.first), key.second, std::move(files)});
+    return result;
+}
+
+using CardKey = std::optional<std::pair<std::string_view, std::optional<long>>>;
+
+/// By all files together: a take may have been cut into several.
+bool isCovered(const SyncGroup& group, double clipSeconds) {
+    std::vector<TCRange> ranges;
+    for (const AudioMatch& match : group.audioMatches)
+        ranges.push_back(
+            {match.syncOffsetSeconds, match.syncOffsetSeconds + match.audio->durationSeconds.value_or(0)});
+    std::ranges::sort(ranges, {}, &TCRange::startSeconds);
+    double heardTo = 0;
+    for (const TCRange& range : ranges)
+        if (range.startSeconds <= heardTo + coverSlackSeconds) heardTo = std::max(heardTo, range.endSeconds);
+    return heardTo >= clipSeconds - coverSlackSeconds && !ranges.empty();
+}
+
+} // namespace
+
+Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input(theInput), stop(theStop) {
+    Places places(input.rules);
+    recordings = recordingsAmong(input.recordings, places, stop);
+    std::unordered_map<UUID, std::size_t> byID;
+    for (std::size_t i = 0; i < recordings.size(); ++i) byID[recordings[i].asset->id] = i;
+    clips.reserve(input.groups.size());
+    platform::StopCheck check(stop);
+    for (const SyncGroup& group : input.groups) {
+        check();
+        Clip clip{.group = &group, .place = places.of(group.video), .primary = std::nullopt};
+        clip.isDecided = group.isLocked || group.isExcludedFromExport ||
+                         group.matchStatus.kind == MatchStatus::Kind::manual;
+        if (!group.audioMatches.empty())
+            if (const auto found = byID.find(group.audioMatches.front().audio->id); found != byID.end())
+                clip.primary = found->second;
+        if (clip.place) {
+            clip.isCovered = isCovered(group, clip.place->range.durationSeconds());
+        }
+        clips.push_back(std::move(clip));
+    }
+}
+
+void addCardDoubt(SyncDoubts& doubts, SyncDoubt doubt, const std::vector<const Shoot::Clip*>& clips) {
+    CardDoubt card{std::move(doubt), {}};
+    for (const Shoot::Clip* clip : clips) {
+        card.groupIDs.push_back(clip->group->id);
+        doubts.byGroup[clip->group->id].push_back(card.doubt);
+    }
+    doubts.cards.push_back(std::move(card));
+}
+
+bool covers(const TCRange& sound, const TCRange& clip) {
+    return sound.startSeconds <= clip.startSeconds + coverSlackSeconds &&
+           sound.endSeconds >= clip.endSeconds - coverSlackSeconds;
+}
+
+void Cover::finish() {
+    std::ranges::sort(ranges_, {}, [](const Range& one) { return one.range.startSeconds; });
+    for (std::size_t i = 0; i < ranges_.size(); ++i) {
+        ranges_[i].longest = i;
+        if (i == 0) continue;
+        const std::size_t before = ranges_[i - 1].longest;
+        if (ranges_[before].range.endSeconds > ranges_[i].range.endSeconds) ranges_[i].longest = before;
+    }
+}
+
+std::optional<std::size_t> Cover::of(const TCRange& clip) const {
+    const auto behind = std::ranges::upper_bound(ranges_, clip.startSeconds + coverSlackSeconds, {},
+                                                 [](const Range& one) { return one.range.startSeconds; });
+    if (behind == ranges_.begin()) return std::nullopt;
+    const Range& longest = ranges_[std::prev(behind)->longest];
+    return covers(longest.range, clip) ? std::optional(longest.item) : std::nullopt;
+}
+
+double Cover::shareOf(double first, double last) const {
+    double sound = 0, heardTo = first;
+    for (const Range& one : ranges_) {
+        const double from = std::max(one.range.startSeconds, heardTo),
+                     to = std::min(one.range.endSeconds, last);
+        if (to > from) sound += to - from;
+        heardTo = std::max(heardTo, to);
+    }
+    return last > first ? sound / (last - first) : 0;
+}
+
+std::vector<Card> cardsOf(const std::vector<Recording>& recordings) {
+    return cards(recordings, [](const Recording& recording) {
+        return CardKey({folderOf(*recording.asset), recording.place.day});
+    });
+}
+
+std::vector<Card> cardsOf(const std::vector<Shoot::Clip>& clips) {
+    return cards(clips, [](const Shoot::Clip& clip) {
+        return clip.place ? CardKey({folderOf(clip.group->video), clip.likelyDay()}) : CardKey();
+    });
+}
+
+std::string dayText(long sinceEpoch) {
+    const std::chrono::year_month_day day{std::chrono::sys_days(std::chrono::days(sinceEpoch))};
+    return formatted("%04.0f", static_cast<int>(day.year())) +
+           formatted("-%02.0f", static_cast<unsigned>(day.month())) +
+           formatted("-%02.0f", static_cast<unsigned>(day.day()));
+}
+
+std::string spanText(double seconds) {
+    constexpr double aMinute = 60, anHour = 3600;
+    if (seconds < aMinute) return formatted("%.1f s", seconds);
+    const double whole = std::round(seconds);
+    const std::string rest = formatted(" min %02.0f s", std::fmod(whole, aMinute));
+    const double minutes = std::floor(std::fmod(whole, anHour) / aMinute);
+    if (whole < anHour) return formatted("%.0f", minutes) + rest;
+    return formatted("%.0f h ", std::floor(whole / anHour)) + formatted("%02.0f", minutes) + rest;
+}
+
+} // namespace orvane

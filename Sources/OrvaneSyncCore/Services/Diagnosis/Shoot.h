@@ -1,0 +1,87 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
+#include "OrvaneSyncCore/Services/Matching/Recordings.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace orvane {
+
+/// The files of a work, each laid once. One thread at a time.
+struct Shoot {
+    struct Clip {
+        const SyncGroup* group;
+        std::optional<FilePlace> place;
+        /// In `recordings`, of the first match; absent for a clip without sound, and for sound without a
+        /// place.
+        std::optional<std::size_t> primary;
+        bool isDecided = false; ///< by the editor: no doubt about which recording it has
+        bool isCovered = false; ///< its sound lies under all of it
+
+        /// The day of the file, else that of its header.
+        std::optional<long> likelyDay() const { return place->day ? place->day : place->headerDay; }
+    };
+
+    explicit Shoot(const DoubtInput& theInput, const std::stop_token& theStop);
+
+    const DoubtInput& input;
+    const std::stop_token& stop;
+    std::vector<Clip> clips; ///< in the order of the groups
+    std::vector<Recording> recordings;
+
+    std::string nameOf(const MediaAsset& asset) const { return "'" + input.names.of(asset) + "'"; }
+};
+
+/// Puts a doubt down for each of the clips.
+void addCardDoubt(SyncDoubts& doubts, SyncDoubt doubt, const std::vector<const Shoot::Clip*>& clips);
+
+/// What a clip may begin earlier or end later than its sound and still be covered: a slow hand at the
+/// recorder is none of its clock.
+inline constexpr double coverSlackSeconds = 1;
+bool covers(const SyncEngine::TCRange& sound, const SyncEngine::TCRange& clip);
+
+/// Ranges of sound of which one may lie under all of a clip.
+class Cover {
+  public:
+    void add(const SyncEngine::TCRange& range, std::size_t item) { ranges_.push_back({range, item}); }
+    void finish();
+    /// The item of a range that covers the clip.
+    std::optional<std::size_t> of(const SyncEngine::TCRange& clip) const;
+    /// The share of the time from `first` to `last` during which there is sound.
+    double shareOf(double first, double last) const;
+    bool isEmpty() const { return ranges_.empty(); }
+
+  private:
+    struct Range {
+        SyncEngine::TCRange range;
+        std::size_t item;
+        std::size_t longest = 0; ///< of this and all before it, the one that ends last
+    };
+    std::vector<Range> ranges_;
+};
+
+/// What lies in one folder and is of one day.
+struct Card {
+    std::string folder;
+    std::optional<long> day;
+    std::vector<std::size_t> files; ///< by number of the clip or the recording
+};
+std::vector<Card> cardsOf(const std::vector<Recording>& recordings);
+/// By `likelyDay`. Clips without a place are on no card.
+std::vector<Card> cardsOf(const std::vector<Shoot::Clip>& clips);
+
+/// "2024-05-17".
+std::string dayText(long sinceEpoch);
+/// "12.3 s", "4 min 10 s", "1 h 00 min 02 s".
+std::string spanText(double seconds);
+
+void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts);
+void addDayDoubts(const Shoot& shoot, SyncDoubts& doubts);
+void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts);
+
+} // namespace orvane

@@ -1,0 +1,43 @@
+#include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
+
+#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orvane {
+
+SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) {
+    const Shoot shoot(input, stop);
+    SyncDoubts doubts;
+    addClipDoubts(shoot, doubts);
+    addDayDoubts(shoot, doubts);
+    addClockDoubts(shoot, doubts);
+    return doubts;
+}
+
+std::vector<CardDoubt> SyncDoubts::summary(const SyncGroupList& groups) const {
+    std::vector<CardDoubt> all = cards;
+    const auto isOfCard = [&](const SyncDoubt& doubt) {
+        return std::ranges::any_of(cards, [&](const CardDoubt& card) { return card.doubt == doubt; });
+    };
+    std::map<std::pair<SyncDoubt::Kind, std::string>, std::size_t> places;
+    for (const SyncGroup& group : groups) {
+        const auto own = byGroup.find(group.id);
+        if (own == byGroup.end()) continue;
+        for (const SyncDoubt& doubt : own->second) {
+            if (isOfCard(doubt)) continue;
+            const auto [place, isNew] = places.try_emplace({doubt.kind, doubt.cure}, all.size());
+            if (isNew) all.push_back({doubt, {}});
+            all[place->second].groupIDs.push_back(group.id);
+        }
+    }
+    for (std::size_t i = cards.size(); i < all.size(); ++i)
+        if (const auto more = all[i].groupIDs.size() - 1; more > 0)
+            all[i].doubt.message +=
+                "; likewise " + counted(static_cast<long long>(more), "more clip", "more clips");
+    return all;
+}
+
+} // namespace orvane

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/ExportKinds.h"
+#include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Models/SmartAudioResult.h"
+#include "OrvaneSyncCore/Models/SyncDoubt.h"
+#include "OrvaneSyncCore/Models/SyncGroupList.h"
+#include "OrvaneSyncCore/Services/Matching/MatchRules.h"
+
+#include <map>
+#include <stop_token>
+#include <unordered_map>
+#include <vector>
+
+namespace orvane {
+
+/// What doubts are derived from. The references must live as long as the call.
+struct DoubtInput {
+    const SyncGroupList& groups;
+    const std::vector<MediaAsset>& recordings; ///< all of the work, whether a clip uses them or not
+    const MatchRules& rules;                   ///< by which the clips were matched
+    TrimMode trimMode;
+    const std::unordered_map<UUID, SmartAudioResult>&
+        smartAudioResults;  ///< by group, as far as there are any
+    const FileNames& names; ///< of all files of the work
+};
+
+/// Why clips may not have the right sound. Derived anew from the state of the work; pure, any thread.
+struct SyncDoubts {
+    /// The doubts about each clip that has any, those about its card included.
+    std::map<UUID, std::vector<SyncDoubt>> byGroup;
+    /// What concerns a whole card, in the order of the cards' folders.
+    std::vector<CardDoubt> cards;
+
+    /// A clip that is locked, left out of the export or settled by hand raises no doubt about which recording
+    /// it has. Throws Stopped.
+    static SyncDoubts of(const DoubtInput& input, const std::stop_token& stop = {});
+    /// Each doubt once: those of cards, then those of single clips in the order of the clips, with the clips
+    /// that share kind and cure in one. The message is that of the first clip, and says how many more.
+    std::vector<CardDoubt> summary(const SyncGroupList& groups) const;
+};
+
+} // namespace orvane

@@ -1,0 +1,198 @@
+#include "OrvaneSyncCore/Services/Matching/RecordingIndex.h"
+
+#include <algorithm>
+#include <string_view>
+#include <unordered_map>
+
+namespace orvane {
+
+namespace {
+
+using TCRange = SyncEngine::TCRange;
+using Hit = RangeIndex::Hit;
+
+constexpr double secondsADay = 86400;
+// A day, with a minute to spare for clocks that were corrected. A change from summer time makes a day of 25
+// hours, whose next day begins 90,000 s away and is then no neighbour.
+constexpr std::chrono::seconds neighbouringDay{86460};
+
+TCRange moved(const TCRange& range, double seconds) {
+    return {range.startSeconds + seconds, range.endSeconds + seconds};
+}
+
+void sortByRecording(std::vector<Meeting>::iterator first, std::vector<Meeting>::iterator last) {
+    std::sort(first, last, [](const Meeting& a, const Meeting& b) { return a.recording < b.recording; });
+}
+
+/// The same day as the header's, a neighbour (the header counts in UTC), no day at all, any other.
+int distanceOf(bool isDated, bool isSame, bool isNeighbour) {
+    if (!isDated) return 2;
+    if (isSame) return 0;
+    return isNeighbour ? 1 : 3;
+}
+
+calendar::Day calendarDay(long sinceEpoch) {
+    const std::chrono::year_month_day day{std::chrono::sys_days(std::chrono::days(sinceEpoch))};
+    return {static_cast<int>(day.year()), static_cast<int>(static_cast<unsigned>(day.month())),
+            static_cast<int>(static_cast<unsigned>(day.day()))};
+}
+
+std::string_view folderOf(const Recording& recording) {
+    const std::string& path = recording.asset->url.path;
+    return std::string_view(path).substr(0, path.rfind('/') + 1);
+}
+
+} // namespace
+
+void TimeOfDayIndex::append(const TCRange& clip, const std::vector<Recording>& recordings,
+                            bool acrossMidnight, std::vector<Meeting>& meetings) const {
+    std::vector<Hit> hits;
+    const auto first = meetings.size();
+    const auto look = [&](double shift) {
+        hits.clear();
+        index_.appendOverlapping(moved(clip, -shift), hits);
+        for (const Hit& hit : hits) {
+            const double apart = recordings[hit.item].place.range.startSeconds - clip.startSeconds;
+            meetings.push_back({hit.item, hit.overlapSeconds, apart + shift});
+        }
+    };
+    look(0);
+    if (acrossMidnight) {
+        const auto sameDay = meetings.size();
+        look(secondsADay);
+        look(-secondsADay);
+        // Only a recording of almost a day meets a clip twice.
+        if (meetings.size() > sameDay) {
+            const auto own = meetings.begin() + static_cast<std::ptrdiff_t>(first);
+            std::sort(own, meetings.end(), [](const Meeting& a, const Meeting& b) {
+                return a.recording != b.recording ? a.recording < b.recording
+                                                  : a.overlapSeconds > b.overlapSeconds;
+            });
+            meetings.erase(
+                std::unique(own, meetings.end(),
+                            [](const Meeting& a, const Meeting& b) { return a.recording == b.recording; }),
+                meetings.end());
+            return;
+        }
+    }
+    sortByRecording(meetings.begin() + static_cast<std::ptrdiff_t>(first), meetings.end());
+}
+
+NeighbouringDays::NeighbouringDays(const std::vector<Recording>& recordings, const MatchRules& rules)
+    : recordings_(recordings) {
+    std::optional<Date> ofAll;
+    if (rules.soundDay) ofAll = starts_.of(calendarDay(*rules.soundDay));
+    for (std::size_t i = 0; i < recordings.size(); ++i) {
+        const auto day = ofAll ? ofAll : recordings[i].asset->shootDay(starts_);
+        (day ? days_[*day] : undated_).add(recordings[i].place.range, i);
+        all_.add(recordings[i].place.range, i);
+        dayOf_.push_back(day);
+    }
+    for (auto& [day, index] : days_) index.finish();
+    undated_.finish();
+    all_.finish();
+}
+
+std::vector<Meeting> NeighbouringDays::of(const MediaAsset& video, const FilePlace& place) {
+    std::vector<Meeting> meetings;
+    const auto day = video.shootDay(starts_);
+    if (!day) {
+        all_.append(place.range, recordings_, false, meetings);
+        if (video.headerDate) {
+            const Date headerDay = starts_.of(*video.headerDate);
+            std::ranges::stable_sort(
+                meetings, {}, [&](const Meeting& meeting) { return distance(meeting.recording, headerDay); });
+        }
+        return meetings;
+    }
+    const auto last = days_.upper_bound(*day + neighbouringDay);
+    for (auto near = days_.lower_bound(*day - neighbouringDay); near != last; ++near)
+        near->second.append(place.range, recordings_, false, meetings);
+    sortByRecording(meetings.begin(), meetings.end());
+    undated_.append(place.range, recordings_, false, meetings);
+    return meetings;
+}
+
+int NeighbouringDays::distance(std::size_t recording, Date headerDay) const {
+    const auto day = dayOf_[recording];
+    return distanceOf(day.has_value(), day == headerDay,
+                      day && std::chrono::abs(*day - headerDay) <= neighbouringDay);
+}
+
+DayLine::DayLine(const std::vector<Recording>& recordings, bool sameDayOnly)
+    : recordings_(recordings), sameDayOnly_(sameDayOnly) {
+    const auto dated = std::ranges::find_if(
+        recordings, [](const Recording& recording) { return recording.place.day.has_value(); });
+    if (dated != recordings.end()) firstDay_ = *dated->place.day;
+    for (std::size_t i = 0; i < recordings.size(); ++i) {
+        const FilePlace& place = recordings[i].place;
+        if (place.day)
+            dated_.add(moved(place.range, static_cast<double>(*place.day - firstDay_) * secondsADay), i);
+        else
+            undated_.add(place.range, i);
+        all_.add(place.range, i);
+    }
+    dated_.finish();
+    undated_.finish();
+    all_.finish();
+}
+
+std::vector<Meeting> DayLine::of(const FilePlace& clip) const {
+    std::vector<Meeting> meetings;
+    if (!clip.day) {
+        all_.append(clip.range, recordings_, true, meetings);
+        if (clip.headerDay)
+            std::ranges::stable_sort(meetings, {}, [&](const Meeting& meeting) {
+                return distance(meeting.recording, *clip.headerDay);
+            });
+        return meetings;
+    }
+    std::vector<Hit> hits;
+    dated_.appendOverlapping(moved(clip.range, static_cast<double>(*clip.day - firstDay_) * secondsADay),
+                             hits);
+    for (const Hit& hit : hits) {
+        const FilePlace& sound = recordings_[hit.item].place;
+        if (sameDayOnly_ && *sound.day != *clip.day) continue;
+        // Counted from the clip's own day, times keep the precision that they have within a day.
+        const double between = static_cast<double>(*sound.day - *clip.day) * secondsADay;
+        const auto overlap = SyncEngine::overlapDuration(moved(sound.range, between), clip.range);
+        if (overlap)
+            meetings.push_back(
+                {hit.item, *overlap, sound.range.startSeconds - clip.range.startSeconds + between});
+    }
+    sortByRecording(meetings.begin(), meetings.end());
+    undated_.append(clip.range, recordings_, true, meetings);
+    return meetings;
+}
+
+int DayLine::distance(std::size_t recording, long headerDay) const {
+    const auto day = recordings_[recording].place.day;
+    return distanceOf(day.has_value(), day == headerDay, day && std::abs(*day - headerDay) <= 1);
+}
+
+WrongClocks::WrongClocks(const std::vector<Recording>& recordings, const std::vector<bool>& isMet)
+    : recordings_(recordings) {
+    std::unordered_map<std::string_view, std::map<long, bool>> cards; // by folder and day, whether one is met
+    for (std::size_t i = 0; i < recordings.size(); ++i)
+        if (const auto day = recordings[i].place.day) {
+            bool& isOneMet = cards[folderOf(recordings[i])][*day];
+            isOneMet = isOneMet || isMet[i];
+        }
+    for (std::size_t i = 0; i < recordings.size(); ++i) {
+        const auto day = recordings[i].place.day;
+        if (day && !cards[folderOf(recordings[i])][*day]) days_[*day].add(recordings[i].place.range, i);
+    }
+    for (auto& [day, index] : days_) index.finish();
+}
+
+std::vector<Meeting> WrongClocks::of(const FilePlace& clip) const {
+    std::vector<Meeting> meetings;
+    if (!clip.day) return meetings;
+    for (const long day : {*clip.day - 1, *clip.day + 1})
+        if (const auto found = days_.find(day); found != days_.end())
+            found->second.append(clip.range, recordings_, false, meetings);
+    sortByRecording(meetings.begin(), meetings.end());
+    return meetings;
+}
+
+} // namespace orvane

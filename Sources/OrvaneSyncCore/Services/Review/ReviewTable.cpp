@@ -1,0 +1,184 @@
+#include "OrvaneSyncCore/Services/Review/ReviewTable.h"
+
+#include "OrvaneSyncCore/Services/Ingest/ReportRecords.h"
+#include "OrvaneSyncCore/Services/Persistence/OutputMarks.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+namespace text = platform::text;
+
+/// What begins a formula in a spreadsheet, in full width too; and the apostrophe, so that reading knows whose
+/// it is.
+constexpr std::array<std::string_view, 9> guarded{
+    "=", "+", "-", "@", "'", "\xEF\xBC\x9D", "\xEF\xBC\x8B", "\xEF\xBC\x8D", "\xEF\xBC\xA0"};
+
+bool isGuarded(std::string_view cell) {
+    return std::ranges::any_of(guarded, [&](std::string_view begin) { return cell.starts_with(begin); });
+}
+
+constexpr std::array numberColumns{ReviewColumn::choice, ReviewColumn::offsetFrames};
+
+std::string writtenCell(std::string cell, bool isNumber) {
+    std::ranges::replace_if(
+        cell, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, ' ');
+    if (!isNumber && isGuarded(cell)) cell.insert(0, "'");
+    if (cell.find('"') == std::string::npos) return cell;
+    std::string quoted = "\"";
+    for (const char c : cell) quoted.append(c == '"' ? 2 : 1, c);
+    return quoted + "\"";
+}
+
+std::string readCell(std::string cell) {
+    if (cell.starts_with('\'') && isGuarded(std::string_view(cell).substr(1))) cell.erase(0, 1);
+    return cell;
+}
+
+/// Two quotes within a quoted cell are one.
+std::vector<std::string> cellsOf(std::string_view record, char delimiter) {
+    std::vector<std::string> cells(1);
+    bool isQuoted = false;
+    for (std::size_t at = 0; at < record.size(); ++at) {
+        const char c = record[at];
+        if (c == '"' && isQuoted && record.substr(at + 1).starts_with('"')) {
+            cells.back() += c;
+            ++at;
+        } else if (c == '"' && (isQuoted || cells.back().empty())) {
+            isQuoted = !isQuoted;
+        } else if (c == delimiter && !isQuoted) {
+            cells.emplace_back();
+        } else {
+            cells.back() += c;
+        }
+    }
+    return cells;
+}
+
+std::vector<std::string_view> columnNames() {
+    std::vector<std::string_view> names;
+    for (std::string_view rest = reviewTableHeader; !rest.empty();) {
+        const std::size_t tab = std::min(rest.find('\t'), rest.size());
+        names.push_back(rest.substr(0, tab));
+        rest.remove_prefix(std::min(tab + 1, rest.size()));
+    }
+    return names;
+}
+
+/// For each column of the table which of ours it is; of two alike the first.
+std::vector<std::optional<std::size_t>> columnsOf(const std::vector<std::string>& header) {
+    const std::vector<std::string_view> names = columnNames();
+    std::vector<std::optional<std::size_t>> columns;
+    for (const std::string& cell : header) {
+        const auto name = std::ranges::find(names, text::lowercased(text::trimmed(cell)));
+        const auto column = static_cast<std::size_t>(name - names.begin());
+        const bool isOurs = name != names.end() && std::ranges::find(columns, column) == columns.end();
+        columns.push_back(isOurs ? std::optional(column) : std::nullopt);
+    }
+    return columns;
+}
+
+/// By which the header falls into cells that name the clips' column: what other cells hold says nothing.
+std::optional<char> delimiterOf(std::string_view content) {
+    for (const char delimiter : {'\t', ';', ','}) {
+        const auto header = ReportRecords(content, std::string(1, delimiter)).next();
+        const auto columns = columnsOf(cellsOf(header.value_or(""), delimiter));
+        if (std::ranges::find(columns, static_cast<std::size_t>(ReviewColumn::cameraFile)) != columns.end())
+            return delimiter;
+    }
+    return std::nullopt;
+}
+
+std::string numberMark(std::size_t number) { return std::to_string(number) + ": "; }
+
+} // namespace
+
+std::string writtenReviewTable(const std::vector<ReviewLine>& lines) {
+    std::string table(reviewTableHeader);
+    table += "\n";
+    for (const ReviewLine& line : lines) {
+        for (std::size_t i = 0; i < reviewColumnCount; ++i) {
+            const bool isNumber =
+                std::ranges::find(numberColumns, static_cast<ReviewColumn>(i)) != numberColumns.end();
+            if (i > 0) table += "\t";
+            table += writtenCell(line.cells[i].value_or(""), isNumber);
+        }
+        table += "\n";
+    }
+    return table;
+}
+
+std::vector<ReviewLine> readReviewTable(std::string_view content) {
+    const auto found = delimiterOf(content);
+    if (!found) throw ReviewTableError("it is no review table: its first line names no column 'camera_file'");
+    const char delimiter = *found;
+    ReportRecords records(content, std::string(1, delimiter));
+    const auto columns = columnsOf(cellsOf(*records.next(), delimiter));
+    std::vector<ReviewLine> lines;
+    for (std::size_t number = 2; const auto record = records.next(); ++number) {
+        if (text::trimmed(*record).empty()) continue;
+        ReviewLine line{.number = number};
+        std::vector<std::string> cells = cellsOf(*record, delimiter);
+        cells.resize(columns.size()); // spreadsheets leave empty cells out at the end of a line
+        for (std::size_t i = 0; i < columns.size(); ++i)
+            if (columns[i]) line.cells[*columns[i]] = readCell(std::move(cells[i]));
+        lines.push_back(std::move(line));
+    }
+    return lines;
+}
+
+std::optional<double> reviewNumber(std::string_view cell) {
+    constexpr std::string_view minus = "\xE2\x88\x92"; // U+2212
+    std::string number(text::trimmed(cell));
+    if (number.starts_with('\'')) number.erase(0, 1);
+    if (number.starts_with(minus)) number.replace(0, minus.size(), "-");
+    if (const std::size_t comma = number.find(','); comma != std::string::npos) number[comma] = '.';
+    return text::decimalNumber(number);
+}
+
+std::optional<bool> reviewSwitch(std::string_view cell) {
+    const std::string word = text::lowercased(text::trimmed(cell));
+    for (const std::string_view yes : {"x", "yes", "true", "1", "1.0", "1,0"})
+        if (word == yes) return true;
+    for (const std::string_view no : {"", "no", "false", "0", "0.0", "0,0"})
+        if (word == no) return false;
+    return std::nullopt;
+}
+
+std::string reviewFrames(double frames) {
+    if (!std::isfinite(frames)) return "";
+    std::string number = text::formatted("%.6f", frames);
+    number.erase(number.find_last_not_of('0') + 1);
+    if (number.ends_with('.')) number.pop_back();
+    return number == "-0" ? "0" : number;
+}
+
+std::string numberedRecordings(const std::vector<std::string>& recordings) {
+    std::string cell;
+    for (std::size_t i = 0; i < recordings.size(); ++i)
+        cell.append(i == 0 ? "" : "; ").append(numberMark(i + 1)).append(recordings[i]);
+    return cell;
+}
+
+std::optional<std::string> recordingOfNumber(std::string_view cell, int number) {
+    if (number < 1) return std::nullopt;
+    const auto wanted = static_cast<std::size_t>(number);
+    // Read from the front, so that a name that holds such a mark itself misleads only about itself.
+    std::size_t begin = 0;
+    for (std::size_t i = 1;; ++i) {
+        const std::string mark = numberMark(i);
+        if (!cell.substr(begin).starts_with(mark)) return std::nullopt;
+        begin += mark.size();
+        const std::size_t end = cell.find("; " + numberMark(i + 1), begin);
+        if (i == wanted) return std::string(text::trimmed(cell.substr(begin, end - begin)));
+        if (end == std::string_view::npos) return std::nullopt;
+        begin = end + 2;
+    }
+}
+
+} // namespace orvane

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace orvane::SmartAudioBlockRouter {
+
+/// What each choice costs in each window, and a switch in front of it.
+class SegmentCosts {
+  public:
+    SegmentCosts(std::size_t windows, std::size_t choices)
+        : choices_(choices), costs_(windows * choices), switches_(windows) {}
+
+    std::size_t windows() const { return switches_.size(); }
+    std::size_t choices() const { return choices_; }
+    double& at(std::size_t window, std::size_t choice) { return costs_[window * choices_ + choice]; }
+    double at(std::size_t window, std::size_t choice) const { return costs_[window * choices_ + choice]; }
+    double switchCost(std::size_t window) const { return switches_[window]; }
+    void setSwitchCost(std::size_t window, double cost) { switches_[window] = cost; }
+
+  private:
+    std::size_t choices_;
+    std::vector<double> costs_;
+    std::vector<double> switches_;
+};
+
+/// Windows `first` up to but not including `end`, with one choice.
+struct Segment {
+    std::size_t first = 0;
+    std::size_t end = 0;
+    std::size_t choice = 0;
+
+    bool operator==(const Segment&) const = default;
+};
+
+/// The segments of at least `shortest` windows that cost least in sum; neighbours differ in their choice. The
+/// first of equal choices. All windows in one segment where there are fewer than `shortest`. Time and memory
+/// grow with windows times choices.
+std::vector<Segment> cheapestSegments(const SegmentCosts& costs, std::size_t shortest);
+
+} // namespace orvane::SmartAudioBlockRouter

@@ -1,0 +1,176 @@
+#include "OrvaneSyncCore/Services/SmartAudio/SpeakerLevels.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <iterator>
+#include <utility>
+
+namespace orvane::SmartAudioBlockRouter {
+
+namespace {
+
+constexpr double noiseShare = 0.05; // of the windows, from the quietest: the noise of a track
+constexpr double gapDB = -100;     // dBFS; quieter windows are gaps of the recording and say nothing of noise
+constexpr double belowNoiseDB = 6; // what remains of a level below the noise
+
+// Above the noise of a track: where speech is possible, where it is sure, and where two tracks can be
+// compared.
+constexpr double possibleDB = 3;
+constexpr double sureDB = 10;
+constexpr double usableDB = 6;
+
+// While one person speaks, the difference of two lavs stays within a few decibels. It is told from knocks and
+// rustling, which are as loud but spread over all differences, by how many windows lie together.
+constexpr double togetherDB = 1.5; // on either side
+constexpr std::size_t fewestTogether = 5;
+constexpr double fewestShare = 0.1; // of those around the most frequent difference
+
+/// Two tracks that are further apart than this at one time than at another have different speakers.
+constexpr double differentDB = 5;
+constexpr double mostBalanceDB = 14; // more is no recording level, but a lav that hears nobody
+constexpr double clearLeadDB = 2;
+constexpr double farLeadDB = 60; // of one track alone, and negative of one that hears nothing
+
+using Levels = std::vector<double>; // by window
+
+/// The level that `share` of the windows do not exceed; silence where there are none.
+double quantile(Levels levels, double share) {
+    if (levels.empty()) return silentLevelDB;
+    const auto at =
+        levels.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(levels.size() - 1));
+    std::ranges::nth_element(levels, at);
+    return *at;
+}
+
+struct Track {
+    Levels raw;     // dBFS
+    Levels clean;   // the same without the noise, dBFS
+    double noiseDB; // dBFS
+};
+
+double withoutNoise(double levelDB, double noiseDB) {
+    const double power = std::pow(10, levelDB / 10) - std::pow(10, noiseDB / 10);
+    const double least = noiseDB - belowNoiseDB;
+    return power > 0 ? std::max(10 * std::log10(power), least) : least;
+}
+
+Track measured(int track, std::span<const PerWindowFrame> frames) {
+    Track measured{.raw = {}, .clean = {}, .noiseDB = 0};
+    for (const PerWindowFrame& frame : frames) {
+        const WindowMetrics* window = metricsOf(frame, track);
+        measured.raw.push_back(window != nullptr ? levelDB(window->rms, windowLevelFloor) : silentLevelDB);
+    }
+    Levels recorded;
+    std::ranges::copy_if(measured.raw, std::back_inserter(recorded),
+                         [](double level) { return level > gapDB; });
+    measured.noiseDB = quantile(std::move(recorded), noiseShare);
+    for (const double level : measured.raw) measured.clean.push_back(withoutNoise(level, measured.noiseDB));
+    return measured;
+}
+
+/// A track without any sound but its noise: unplugged, or humming throughout.
+bool hearsSomething(const Track& track) {
+    const auto usable =
+        std::ranges::count_if(track.raw, [&](double level) { return level - track.noiseDB > usableDB; });
+    return static_cast<std::size_t>(usable) > fewestTogether;
+}
+
+/// Counts of differences in steps of half a decibel.
+class Differences {
+  public:
+    void add(double decibels) {
+        const double held = std::clamp(decibels, -mostDB, mostDB);
+        ++counts_[static_cast<std::size_t>(std::lround((held + mostDB) * steps))];
+    }
+    /// The lowest and the highest difference that many others lie around.
+    std::optional<std::pair<double, double>> extremes() const {
+        std::array<std::size_t, places> together{};
+        for (std::size_t i = 0; i < places; ++i)
+            for (std::size_t k = i - std::min(i, reach); k <= std::min(i + reach, places - 1); ++k)
+                together[i] += counts_[k];
+        const auto share = fewestShare * static_cast<double>(*std::ranges::max_element(together));
+        const auto fewest = std::max(fewestTogether, static_cast<std::size_t>(std::ceil(share)));
+        std::optional<std::pair<double, double>> found;
+        for (std::size_t i = 0; i < places; ++i) {
+            if (counts_[i] == 0 || together[i] < fewest) continue;
+            const double decibels = static_cast<double>(i) / steps - mostDB;
+            found = {found ? found->first : decibels, decibels};
+        }
+        return found;
+    }
+
+  private:
+    static constexpr double mostDB = 60, steps = 2;
+    static constexpr auto reach = static_cast<std::size_t>(togetherDB * steps);
+    static constexpr auto places = static_cast<std::size_t>(2 * mostDB * steps) + 1;
+    std::array<std::size_t, places> counts_{};
+};
+
+/// What the one is louder by where both are as far from their speakers; 0 for two that hear the same people.
+double balanceDB(const Track& one, const Track& other) {
+    Differences differences;
+    for (std::size_t window = 0; window < one.raw.size(); ++window)
+        if (std::max(one.raw[window] - one.noiseDB, other.raw[window] - other.noiseDB) > usableDB)
+            differences.add(one.clean[window] - other.clean[window]);
+    const auto extremes = differences.extremes();
+    if (!extremes || extremes->second - extremes->first <= differentDB) return 0;
+    return std::clamp((extremes->first + extremes->second) / 2, -mostBalanceDB, mostBalanceDB);
+}
+
+} // namespace
+
+SpeakerLevels::SpeakerLevels(const std::vector<int>& tracks, std::span<const PerWindowFrame> frames)
+    : tracks_(tracks), presence_(frames.size()), leads_(frames.size() * tracks.size(), -farLeadDB) {
+    std::vector<Track> all;
+    std::vector<std::size_t> heard; // the persons whose tracks hear something
+    for (const int track : tracks) {
+        all.push_back(measured(track, frames));
+        if (hearsSomething(all.back())) heard.push_back(all.size() - 1);
+    }
+    hearAnybody_ = !heard.empty();
+    std::vector<double> balance(all.size() * all.size());
+    for (const std::size_t i : heard)
+        for (const std::size_t k : heard)
+            if (i < k) {
+                balance[i * all.size() + k] = balanceDB(all[i], all[k]);
+                balance[k * all.size() + i] = -balance[i * all.size() + k];
+            }
+    for (std::size_t window = 0; window < frames.size(); ++window) {
+        double above = 0;
+        for (const std::size_t i : heard) above = std::max(above, all[i].raw[window] - all[i].noiseDB);
+        presence_[window] = std::clamp((above - possibleDB) / (sureDB - possibleDB), 0.0, 1.0);
+        for (const std::size_t i : heard) {
+            double lead = farLeadDB;
+            for (const std::size_t k : heard)
+                if (k != i)
+                    lead = std::min(lead, all[i].clean[window] - all[k].clean[window] -
+                                              balance[i * all.size() + k]);
+            leads_[window * all.size() + i] = lead;
+        }
+    }
+}
+
+std::optional<WindowRange> SpeakerLevels::clearestStretch(std::size_t person, std::size_t fewest,
+                                                          const std::vector<bool>& isTaken) const {
+    std::optional<WindowRange> clearest;
+    double most = 0, sum = 0;
+    std::size_t first = 0;
+    for (std::size_t window = 0; window <= windows(); ++window) {
+        const bool leads = window < windows() && !isTaken[window] && presence(window) > 0.5 &&
+                           leadDB(window, person) > clearLeadDB;
+        if (leads) {
+            sum += leadDB(window, person);
+            continue;
+        }
+        if (window - first >= fewest && sum > most) {
+            most = sum;
+            clearest = WindowRange{first, window};
+        }
+        first = window + 1;
+        sum = 0;
+    }
+    return clearest;
+}
+
+} // namespace orvane::SmartAudioBlockRouter

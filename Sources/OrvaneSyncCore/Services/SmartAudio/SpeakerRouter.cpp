@@ -1,0 +1,162 @@
+#include "OrvaneSyncCore/Services/SmartAudio/SpeakerRouter.h"
+
+#include "OrvaneSyncCore/Services/SmartAudio/BlockSmoothing.h"
+#include "OrvaneSyncCore/Services/SmartAudio/RoutingWindows.h"
+#include "OrvaneSyncCore/Services/SmartAudio/Segmentation.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SpeakerLevels.h"
+#include "OrvaneSyncCore/Services/SmartAudio/TakeDefault.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace orvane::SmartAudioBlockRouter {
+
+namespace {
+
+constexpr std::size_t fewestPeople = 2;
+/// Each is compared with each other; a recording of more has other kinds of channels.
+constexpr std::size_t mostPeople = 32;
+
+/// A microphone that hears several people, whatever its role is called.
+bool isShared(const ChannelClassification& track) {
+    return track.kind == ChannelKind::boom || track.kind == ChannelKind::mix || track.isPreMixed;
+}
+
+// What a window costs, from 0 to 1: nothing on the lav of whoever speaks, 1 on one that is this far behind.
+constexpr double plainlyBehindDB = 6.0;
+/// Of a window in which nobody speaks, on any lav: a pause becomes a block of its own when it is long.
+constexpr double pauseCost = 0.08;
+// Of a switch, in windows: within a pause, and in the middle of speech on top.
+constexpr double switchCost = 1.5;
+constexpr double switchInSpeechCost = 1.5;
+/// Of passing over somebody who is heard nowhere else.
+constexpr double unheardCost = 50;
+// Somebody speaks who leads this clearly in this many windows.
+constexpr std::size_t fewestWindowsOfSpeaker = 2;
+
+std::string reasonOf(const SpeakerLevels& levels, std::size_t person, std::size_t first, std::size_t end) {
+    double sum = 0, weight = 0;
+    for (std::size_t window = first; window < end; ++window) {
+        sum += levels.presence(window) * levels.leadDB(window, person);
+        weight += levels.presence(window);
+    }
+    const std::string name = trackName(levels.track(person));
+    if (!(weight > 0)) return "speaker: " + name;
+    return "speaker: " + name + " leads by " + formatted("%+.1f", sum / weight) + " dB";
+}
+
+/// Costs by window and choice; the last choice is that nobody speaks.
+SegmentCosts costsOf(const SpeakerLevels& levels) {
+    const std::size_t people = levels.people();
+    SegmentCosts costs(levels.windows(), people + 1);
+    for (std::size_t window = 0; window < levels.windows(); ++window) {
+        const double presence = levels.presence(window);
+        double best = -1e9;
+        for (std::size_t person = 0; person < people; ++person)
+            best = std::max(best, levels.leadDB(window, person));
+        for (std::size_t person = 0; person < people; ++person) {
+            const double behind =
+                std::clamp((best - levels.leadDB(window, person)) / plainlyBehindDB, 0.0, 1.0);
+            costs.at(window, person) = presence * behind + (1 - presence) * pauseCost;
+        }
+        costs.at(window, people) = presence;
+        costs.setSwitchCost(window, switchCost + switchInSpeechCost * presence);
+    }
+    return costs;
+}
+
+/// Makes whoever speaks but has no block the only choice where they speak most clearly, a block's length away
+/// from others of whom that was required. Whether there was any such.
+bool requireTheUnheard(const SpeakerLevels& levels, const std::vector<Segment>& segments,
+                       std::size_t shortest, std::vector<bool>& isTaken, SegmentCosts& costs) {
+    bool isRequired = false;
+    for (std::size_t person = 0; person < levels.people(); ++person) {
+        if (std::ranges::any_of(segments, [&](const Segment& one) { return one.choice == person; })) continue;
+        const auto stretch = levels.clearestStretch(person, fewestWindowsOfSpeaker, isTaken);
+        if (!stretch) continue;
+        isRequired = true;
+        for (std::size_t window = stretch->first; window < stretch->end; ++window)
+            for (std::size_t other = 0; other <= levels.people(); ++other)
+                if (other != person) costs.at(window, other) += unheardCost;
+        const std::size_t end = std::min(stretch->end + shortest, isTaken.size());
+        for (std::size_t window = stretch->first - std::min(stretch->first, shortest); window < end; ++window)
+            isTaken[window] = true;
+    }
+    return isRequired;
+}
+
+/// A block for somebody may take another's only one, so it is asked again.
+std::vector<Segment> segmentsOf(const SpeakerLevels& levels, std::size_t shortest) {
+    constexpr int mostRounds = 4;
+    SegmentCosts costs = costsOf(levels);
+    std::vector<bool> isTaken(levels.windows());
+    std::vector<Segment> segments = cheapestSegments(costs, shortest);
+    for (int round = 0; round < mostRounds; ++round) {
+        if (!requireTheUnheard(levels, segments, shortest, isTaken, costs)) break;
+        segments = cheapestSegments(costs, shortest);
+    }
+    return segments;
+}
+
+} // namespace
+
+std::vector<int> personalTracks(const TakeStatistics& channelStats,
+                                const std::vector<ChannelClassification>& classifications) {
+    std::vector<int> tracks;
+    for (const ChannelClassification& one : classifications)
+        if (!isShared(one) && channelStats.contains(one.trackIndex)) tracks.push_back(one.trackIndex);
+    return tracks;
+}
+
+bool isRoutedBySpeaker(SmartAudioRouting routing, const TakeStatistics& channelStats,
+                       const std::vector<ChannelClassification>& classifications) {
+    if (routing == SmartAudioRouting::takeDefault) return false;
+    const std::size_t people = personalTracks(channelStats, classifications).size();
+    if (people < fewestPeople || people > mostPeople) return false;
+    if (routing == SmartAudioRouting::speaker) return true;
+    const ClassificationByTrack classified = byTrack(classifications);
+    return std::ranges::none_of(classifications, [&](const ChannelClassification& one) {
+        const auto stats = channelStats.find(one.trackIndex);
+        return isShared(one) && stats != channelStats.end() && qualifiesAsDefault(stats->second, classified);
+    });
+}
+
+std::vector<BlockDecision> buildBlocksBySpeaker(const std::vector<int>& tracks,
+                                                std::span<const PerWindowFrame> frames, double windowSeconds,
+                                                double minBlockSeconds) {
+    const SpeakerLevels levels(tracks, frames);
+    if (!levels.hearAnybody()) return {};
+    const std::vector<Segment> segments =
+        segmentsOf(levels, wholeWindows(minBlockSeconds, windowSeconds, frames.size()));
+
+    std::vector<BlockDecision> blocks;
+    blocks.reserve(segments.size());
+    // A pause in front keeps the track of whoever speaks first.
+    const auto isSpoken = [&](const Segment& one) { return one.choice < levels.people(); };
+    const auto firstSpoken = std::ranges::find_if(segments, isSpoken);
+    int track = levels.track(firstSpoken == segments.end() ? 0 : firstSpoken->choice);
+    for (const Segment& one : segments) {
+        if (isSpoken(one)) track = levels.track(one.choice);
+        blocks.push_back(
+            {.startSeconds = static_cast<double>(one.first) * windowSeconds,
+             .endSeconds = static_cast<double>(one.end) * windowSeconds,
+             .activeTrack = track,
+             .secondaryTrack = std::nullopt,
+             .kind = isSpoken(one) ? BlockKind::lav : BlockKind::silence,
+             .gainMultiplier = 1.0,
+             .peakDB = silentLevelDB,
+             .reason = isSpoken(one) ? reasonOf(levels, one.choice, one.first, one.end) : "nobody speaks"});
+    }
+    for (BlockDecision& block : blocks)
+        if (block.kind == BlockKind::silence) {
+            const WindowRange range =
+                windowsBetween(block.startSeconds, block.endSeconds, windowSeconds, frames.size());
+            block.peakDB =
+                levelDB(highestPeak(frames.subspan(range.first, range.end - range.first), block.activeTrack),
+                        windowLevelFloor);
+        }
+    return blocks;
+}
+
+} // namespace orvane::SmartAudioBlockRouter

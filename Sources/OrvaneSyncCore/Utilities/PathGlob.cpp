@@ -1,0 +1,134 @@
+#include "OrvaneSyncCore/Utilities/PathGlob.h"
+
+#include <cstddef>
+#include <optional>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::string_view anyFolders = "**";
+constexpr std::size_t none = std::string_view::npos;
+
+/// Without empty names and "."
+std::vector<std::string> namesOf(std::string_view path) {
+    std::vector<std::string> names;
+    while (!path.empty()) {
+        const std::size_t slash = path.find('/');
+        const std::string_view name = path.substr(0, slash);
+        if (!name.empty() && name != ".") names.emplace_back(name);
+        path.remove_prefix(slash == none ? path.size() : slash + 1);
+    }
+    return names;
+}
+
+/// Bytes of the character in front. A byte that begins none is one.
+std::size_t characterLength(std::string_view text) {
+    const auto first = static_cast<unsigned char>(text.front());
+    const std::size_t stated = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : first >= 0xC0 ? 2 : 1;
+    std::size_t length = 1;
+    while (length < stated && length < text.size() &&
+           (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80)
+        ++length;
+    return length;
+}
+
+std::string_view takeCharacter(std::string_view& text) {
+    const std::string_view character = text.substr(0, characterLength(text));
+    text.remove_prefix(character.size());
+    return character;
+}
+
+/// Whether the character is of the set in front of the pattern, "[...]", which is taken off. Nothing where
+/// the set has no end: its bracket then stands for itself. UTF-8 orders as its characters do.
+std::optional<bool> takeSet(std::string_view& pattern, std::string_view character) {
+    std::string_view rest = pattern.substr(1);
+    const bool isNegated = rest.starts_with('!') || rest.starts_with('^');
+    if (isNegated) rest.remove_prefix(1);
+    bool isIn = false;
+    for (bool isFirst = true; !rest.empty() && (isFirst || rest.front() != ']'); isFirst = false) {
+        const std::string_view from = takeCharacter(rest);
+        std::string_view to = from;
+        if (rest.size() > 1 && rest.front() == '-' && rest[1] != ']') {
+            rest.remove_prefix(1);
+            to = takeCharacter(rest);
+        }
+        isIn = isIn || (from <= character && character <= to);
+    }
+    if (rest.empty()) return std::nullopt;
+    pattern = rest.substr(1);
+    return isIn != isNegated;
+}
+
+/// Takes one character off both; false when they differ.
+bool takeOne(std::string_view& pattern, std::string_view& name) {
+    if (pattern.empty() || name.empty()) return false;
+    const std::string_view character = name.substr(0, characterLength(name));
+    name.remove_prefix(character.size());
+    if (pattern.front() == '[')
+        if (const auto isIn = takeSet(pattern, character)) return *isIn;
+    const std::string_view wanted = takeCharacter(pattern);
+    return wanted == "?" || wanted == character;
+}
+
+bool matchesName(std::string_view pattern, std::string_view name) {
+    // Where the last star stands, and how far it reaches: the only place to come back to.
+    std::string_view behindStar, behindReach;
+    bool hasStar = false;
+    for (;;) {
+        if (pattern.starts_with('*')) {
+            pattern.remove_prefix(1);
+            hasStar = true;
+            behindStar = pattern;
+            behindReach = name;
+        } else if (pattern.empty() && name.empty()) {
+            return true;
+        } else if (!takeOne(pattern, name)) {
+            if (!hasStar || behindReach.empty()) return false;
+            takeCharacter(behindReach);
+            pattern = behindStar;
+            name = behindReach;
+        }
+    }
+}
+
+} // namespace
+
+PathGlob::PathGlob(std::string_view pattern) {
+    while (pattern.ends_with('/')) pattern.remove_suffix(1);
+    isForWholePath_ = pattern.find('/') != none;
+    names_ = namesOf(pattern);
+}
+
+bool PathGlob::matches(std::string_view path) const {
+    const std::vector<std::string> names = namesOf(path);
+    if (names_.empty()) return false;
+    if (!isForWholePath_) {
+        for (const std::string& name : names)
+            if (matchesName(names_.front(), name)) return true;
+        return false;
+    }
+    // reached[i]: the names so far may be matched by the first i of the pattern.
+    std::vector<bool> reached(names_.size() + 1);
+    const auto skipFolders = [&] {
+        for (std::size_t i = 0; i < names_.size(); ++i)
+            if (reached[i] && names_[i] == anyFolders) reached[i + 1] = true;
+    };
+    reached[0] = true;
+    skipFolders();
+    for (const std::string& name : names) {
+        std::vector<bool> next(reached.size());
+        for (std::size_t i = 0; i < names_.size(); ++i) {
+            if (!reached[i]) continue;
+            if (names_[i] == anyFolders)
+                next[i] = true;
+            else if (matchesName(names_[i], name))
+                next[i + 1] = true;
+        }
+        reached = std::move(next);
+        skipFolders();
+    }
+    return reached.back();
+}
+
+} // namespace orvane

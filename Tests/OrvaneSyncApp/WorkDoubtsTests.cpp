@@ -1,0 +1,64 @@
+#include "ControllerTest.h"
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "Support/Assets.h"
+
+namespace orvane {
+namespace {
+
+using Kind = SyncDoubt::Kind;
+
+class WorkDoubtsTest : public test::ControllerTest {
+  protected:
+    void open(const MediaAsset& video, const MediaAsset& audio) {
+        controller_->openStoredWork(
+            {{}, {}, SyncEngine().match({video}, {audio}, MatchRules()), SourceCorrections()});
+    }
+    std::vector<Kind> kinds() const {
+        std::vector<Kind> result;
+        for (const auto& [id, own] : controller_->doubts().byGroup)
+            for (const SyncDoubt& doubt : own) result.push_back(doubt.kind);
+        return result;
+    }
+};
+
+TEST_F(WorkDoubtsTest, FollowTheWorkAndItsSettings) {
+    using Kinds = std::vector<Kind>;
+    EXPECT_EQ(kinds(), Kinds{});
+    open(test::video("A.mov", "10:00:00:00", 60), test::audio("T.wav", "09:59:50:00", 50));
+    EXPECT_EQ(kinds(), (Kinds{Kind::shortSound, Kind::cutByTrim}));
+    settings_->set(settings::trimMode.key, "overlap");
+    EXPECT_EQ(kinds(), Kinds{Kind::shortSound});
+    const UUID clip = controller_->work().syncGroups().front().id;
+    controller_->recordings().removeVideoFromSync(clip);
+    EXPECT_EQ(kinds(), Kinds{});
+}
+
+TEST_F(WorkDoubtsTest, MenuShowsSoundOfAnotherDayLast) {
+    open(test::video("A_240517.mov"), test::audio("Z_240517.wav"));
+    SyncGroup menu(test::video("B.mov"), {AudioMatch(test::audio("A_240518.wav"), 0, 1)},
+                   MatchStatus::manual());
+    menu.audioMatches.emplace_back(test::audio("B.wav"), 0, 1);
+    menu.audioMatches.emplace_back(test::audio("C_240517.wav"), 0, 1);
+    const SyncGroup clip = controller_->work().syncGroups().front();
+    controller_->openStoredWork({{}, {}, SyncGroupList({clip, menu}), SourceCorrections()});
+    std::string names;
+    for (const MediaAsset& audio : controller_->recordings().rawFilesAvailableToAttach(clip.id))
+        names += audio.filename + " ";
+    EXPECT_EQ(names, "B.wav C_240517.wav A_240518.wav ");
+}
+
+TEST_F(WorkDoubtsTest, CorrectionsHoldForEveryMatching) {
+    open(test::video("A.mov"), test::audio("T.wav", "11:00:00:00"));
+    EXPECT_TRUE(controller_->work().syncGroups().front().isMOS());
+    const UUID clip = controller_->work().syncGroups().front().id;
+    controller_->openStoredWork({{}, {}, controller_->work().syncGroups(), {.soundOffset = "-01:00:00:00"}});
+    controller_->recordings().attachAudioToGroup(clip, test::audio("T.wav", "11:00:02:00"));
+    EXPECT_EQ(controller_->work().syncGroups().front().audioMatches.front().syncOffsetSeconds, 2);
+    controller_->recordings().resyncClip(clip);
+    EXPECT_EQ(controller_->work().syncGroups().front().matchStatus, MatchStatus::matched());
+    controller_->reset();
+    EXPECT_TRUE(controller_->work().sourceCorrections().isEmpty());
+}
+
+} // namespace
+} // namespace orvane

@@ -1,0 +1,112 @@
+#include "OrvaneSyncCLI/RunCommand.h"
+
+#include "MediaFactory/SmallShoot.h"
+#include "MediaFactory/WaveMaker.h"
+#include "OrvaneSyncCore/Services/Review/ReviewTable.h"
+#include "Support/Test.h"
+
+#include <filesystem>
+
+namespace orvane::cli {
+namespace {
+
+using platform::JSON;
+
+/// The small shoot, with the files of camera B on a card of their own.
+class CardsTest : public testing::Test {
+  protected:
+    CardsTest() {
+        test::makeSmallShoot(folder_.path());
+        std::filesystem::create_directory(folder_.path("cardB"));
+        std::filesystem::rename(folder_.path("camera/B001C001_261120_R1CD.mov"),
+                                folder_.path("cardB/B001C001_261120_R1CD.mov"));
+    }
+    std::string at(const char* name) const { return folder_.path(name); }
+
+    /// A recorder that rolled at the end of both clips of the take, as their second choice.
+    void addSecondRecorder() {
+        constexpr std::uint64_t sampleRate = 48000, start = 36008;
+        test::WaveMaker()
+            .format({.channels = 1, .sampleRate = sampleRate})
+            .bext({.originator = "Other", .date = "2026-11-20", .timeReference = start * sampleRate})
+            .silence(10 * sampleRate)
+            .writeTo(at("sound/ISO.WAV"));
+    }
+
+    test::TemporaryDirectory folder_;
+    test::TemporaryDirectory work_;
+    test::ScopedEnvironment zone_{"TZ", "UTC"};
+    test::ScopedEnvironment dataHome_{"XDG_DATA_HOME", work_.path().c_str()};
+};
+
+TEST_F(CardsTest, anyNumberOfFoldersIsRead) {
+    const auto check = [&](std::vector<std::string> words, std::size_t videos, std::size_t audios) {
+        words.insert(words.begin(), "scan");
+        words.insert(words.end(), {"--json", "--no-cache"});
+        const Outcome outcome = runWith(words);
+        ASSERT_EQ(outcome.status, done) << outcome.err;
+        const JSON found = *outcome.json().find("discoveryResult");
+        EXPECT_EQ(found.find("videoURLs")->elements()->size(), videos) << outcome.out;
+        EXPECT_EQ(found.find("audioURLs")->elements()->size(), audios) << outcome.out;
+    };
+    check({at("camera"), at("cardB"), at("sound")}, 4, 2);
+    check({"--video", at("camera"), "--audio", at("sound"), "--video", at("cardB")}, 4, 2);
+    check({at("cardB"), "--audio", at("sound"), at("camera")}, 4, 2);
+    check({at("cardB"), at("sound"), "--video", at("camera")}, 4, 2);
+    check({"--video", at("cardB"), "--video", at("cardB") + "/../camera"}, 4, 0);
+    check({at("cardB"), at("cardB"), folder_.path()}, 4, 2);
+    check({folder_.path(), "--exclude", "cardB", "--exclude", "sound/*ROOMTONE*"}, 3, 1);
+    const Outcome typo = runWith({"scan", folder_.path(), "--exclude", "CardB"});
+    EXPECT_NE(typo.err.find("warning: the exclusion 'CardB' fits nothing"), std::string::npos) << typo.err;
+    const Outcome nothing =
+        runWith({"sync", at("cardB"), at("sound"), at("camera"), "-o", "-", "--exclude", "*"});
+    EXPECT_EQ(nothing.status, failed);
+    for (const char* name : {"cardB", "sound", "camera"})
+        EXPECT_NE(nothing.err.find("'" + at(name) + "'"), std::string::npos) << nothing.err;
+}
+
+TEST_F(CardsTest, aReviewComesBackFromASpreadsheet) {
+    addSecondRecorder();
+    const std::string table = at("review.tsv");
+    const Outcome scan = runWith({"scan", folder_.path(), "--review", table});
+    ASSERT_EQ(scan.status, done) << scan.err;
+    auto lines = readReviewTable(folder_.read("review.tsv"));
+    ASSERT_EQ(lines.size(), 4U);
+    using enum ReviewColumn;
+    EXPECT_EQ(lines[0][cameraFile], "A001C001_261120_R1AB.mov");
+    EXPECT_EQ(lines[0][status], "ambiguous");
+    EXPECT_EQ(lines[0][sound], "1: DAY1_T01.WAV; 2: ISO.WAV");
+    EXPECT_EQ(lines[0][choice], "");
+
+    const std::string row = "\t1: DAY1_T01.WAV; 2: ISO.WAV\t";
+    folder_.write("edited.tsv", "\xEF\xBB\xBFname\tsound\tchoice\tcamera_file\toffset_frames\tskip\r\n"
+                                "\"=Take \"\"A\"\"\"" +
+                                    row +
+                                    "2.0\tA001C001_261120_R1AB.mov\t-3,0\t\r\n"
+                                    "" +
+                                    row + "1\tcardB/B001C001_261120_R1CD.mov\t0\t\r\n" +
+                                    "\t\t\tA001C002_261120_MOS.mov\t\tX\r\n"
+                                    "gone\t\t\tZ.mov\t5\tx\r\n"
+                                    "twice\t\t\tA001C002_261120_MOS.mov\t5\tx\r\n"
+                                    "\t\t7\tA001C003_261120_R1AB.mov\tsoon\tmaybe\r\n");
+    const Outcome sync = runWith({"sync", folder_.path(), "-o", at("out.fcpxml"), "--apply", at("edited.tsv"),
+                                  "--json", "--no-smart-audio"});
+    ASSERT_EQ(sync.status, done) << sync.err;
+    for (const char* problem : {"line 5: there is no clip of the camera file 'Z.mov'",
+                                "line 6: a line before this one", "line 7: there is no recording number '7'",
+                                "line 7: offset_frames takes a number", "line 7: skip takes x"})
+        EXPECT_NE(sync.err.find(problem), std::string::npos) << problem << "\n" << sync.err;
+    EXPECT_EQ(sync.json().find("counts")->find("syncClips")->integer(), 2);
+    const std::string document = folder_.read("out.fcpxml");
+    EXPECT_NE(document.find("name=\"=Take &quot;A&quot;\""), std::string::npos);
+    EXPECT_EQ(sync.json().find("syncClipCount")->integer(), 2) << "one clip is skipped";
+
+    const Outcome first = runWith({"scan", folder_.path(), "--choose", "first", "--json"});
+    EXPECT_EQ(first.json().find("counts")->find("syncClips")->integer(), 2);
+    // Its own file, but never the table that is being taken back.
+    EXPECT_EQ(runWith({"scan", folder_.path(), "--review", table}).status, done);
+    EXPECT_EQ(runWith({"sync", folder_.path(), "-o", table, "--apply", table, "--force"}).status, failed);
+}
+
+} // namespace
+} // namespace orvane::cli

@@ -1,0 +1,298 @@
+#include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
+
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Support/Assets.h"
+#include "Support/RandomSeed.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
+
+namespace orvane {
+namespace {
+
+using Kind = SyncDoubt::Kind;
+using Random = std::mt19937;
+
+double within(Random& random, double from, double to) {
+    return std::uniform_real_distribution<double>(from, to)(random);
+}
+
+std::uint64_t samples(double seconds) { return static_cast<std::uint64_t>(std::llround(seconds * 48000)); }
+
+MediaAsset recordingAt(const std::string& path, double start, double seconds) {
+    MediaAsset made(FileURL{path}, AssetKind::audio);
+    made.bextTimeReference = samples(start);
+    made.sampleRate = 48000;
+    made.durationSeconds = seconds;
+    return made;
+}
+
+MediaAsset clipAt(const std::string& path, double start, double seconds,
+                  TimecodeFrameRate rate = TimecodeFrameRate::fps25) {
+    MediaAsset made(FileURL{path}, AssetKind::video);
+    made.startTimecodeString = TimecodeUtils::secondsToTC(start, rate);
+    made.timecodeFrameRate = rate;
+    made.durationSeconds = seconds;
+    return made;
+}
+
+/// A shoot, its matching and its doubts.
+struct Shot {
+    std::vector<MediaAsset> videos, audios;
+    std::map<std::string, std::string> soundOf; ///< by name of the clip; of clips that have sound
+
+    SyncGroupList groups = {};
+    SyncDoubts doubts = {};
+
+    void diagnose(const MatchRules& rules = {}, TrimMode trim = TrimMode::commonDuration) {
+        groups = SyncEngine().match(videos, audios, rules);
+        FileNames names;
+        for (const MediaAsset& file : videos) names.add(file);
+        for (const MediaAsset& file : audios) names.add(file);
+        doubts = SyncDoubts::of({groups, audios, rules, trim, {}, names});
+    }
+    int count(Kind kind) const {
+        int found = 0;
+        for (const auto& [id, own] : doubts.byGroup)
+            found += std::ranges::count(own, kind, &SyncDoubt::kind) > 0;
+        return found;
+    }
+    std::optional<CardDoubt> card(Kind kind) const {
+        for (const CardDoubt& card : doubts.cards)
+            if (card.doubt.kind == kind) return card;
+        return std::nullopt;
+    }
+};
+
+/// A day of takes with pauses between them. `soundShare`: of the clips.
+void shootADay(Shot& shot, Random& random, int takes, const std::string& name, double soundShare = 1) {
+    double at = within(random, 7, 9) * 3600;
+    for (int take = 1; take <= takes; ++take) {
+        const double seconds = within(random, 20, 90);
+        const std::string number = name + "_" + std::to_string(take);
+        shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, seconds));
+        if (within(random, 0, 1) < soundShare) {
+            const double before = within(random, 2, 15), after = within(random, 2, 15);
+            shot.audios.push_back(
+                recordingAt("/SOUND/T" + number + ".wav", at - before, seconds + before + after));
+            shot.soundOf["A" + number + ".mov"] = "T" + number + ".wav";
+        }
+        at += seconds + within(random, 40, 900);
+    }
+}
+
+enum class Dates { all, none, half, headersOnly, wrongRecorder, wrongCamera };
+
+TEST(SyncDoubts, TwoDaysNeverMixSilently) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    const Date first = *dateFromISO8601("2024-05-17T00:00:00Z");
+    int wrongInAll = 0;
+    for (const unsigned seed : test::seeds(20))
+        for (const Dates dates : {Dates::all, Dates::none, Dates::half, Dates::headersOnly,
+                                  Dates::wrongRecorder, Dates::wrongCamera}) {
+            Random random(seed);
+            Shot shot;
+            shootADay(shot, random, 60, "1", dates == Dates::all ? 1 : 0.85);
+            shootADay(shot, random, 60, "2", dates == Dates::all ? 1 : 0.85);
+            const auto date = [&](std::vector<MediaAsset>& files, bool isWrong) {
+                for (MediaAsset& file : files) {
+                    const bool isDated =
+                        dates != Dates::none && (dates != Dates::half || within(random, 0, 1) < 0.5);
+                    const auto start = file.bextTimeReference
+                                           ? static_cast<double>(*file.bextTimeReference) / 48000
+                                           : TimecodeUtils::tcToSeconds(*file.startTimecodeString, 25);
+                    const int day = (file.filename[1] == '2' ? 1 : 0) + (isWrong ? 1 : 0);
+                    const Date when =
+                        first + std::chrono::hours(24 * day) + std::chrono::seconds(std::llround(start));
+                    const bool inHeader = dates == Dates::headersOnly && file.kind == AssetKind::video;
+                    if (isDated) (inHeader ? file.headerDate : file.contentCreatedDate) = when;
+                }
+            };
+            date(shot.videos, dates == Dates::wrongCamera);
+            date(shot.audios, dates == Dates::wrongRecorder);
+            shot.diagnose();
+            int wrong = 0, silent = 0;
+            for (const SyncGroup& group : shot.groups) {
+                if (group.isMOS()) continue;
+                const auto truth = shot.soundOf.find(group.video.filename);
+                if (truth != shot.soundOf.end() && truth->second == group.primaryAudio()->filename) continue;
+                ++wrong;
+                const auto own = shot.doubts.byGroup.find(group.id);
+                const auto isOfDays = [](const SyncDoubt& doubt) {
+                    return doubt.kind == Kind::otherDay || doubt.kind == Kind::otherDateFits ||
+                           doubt.kind == Kind::ambiguous;
+                };
+                if (own == shot.doubts.byGroup.end() || std::ranges::none_of(own->second, isOfDays)) ++silent;
+            }
+            wrongInAll += wrong;
+            EXPECT_EQ(silent, 0) << "seed " << seed << ", dates " << static_cast<int>(dates);
+            if (dates != Dates::all) continue;
+            EXPECT_EQ(wrong, 0);
+            EXPECT_TRUE(shot.doubts.byGroup.empty() && shot.doubts.cards.empty())
+                << "a clean shoot: " << shot.doubts.byGroup.begin()->second.front().message;
+        }
+    EXPECT_GT(wrongInAll, 0) << "nothing was mixed up, so nothing was looked at";
+}
+
+TEST(SyncDoubts, FindsTheClockOfACard) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    for (const unsigned seed : test::seeds(30))
+        for (const double offset : {-3600.0, 1800.0, -36.0, 7200.0}) {
+            Random random(seed);
+            Shot shot;
+            const int takes = 5 + static_cast<int>(within(random, 0, 30));
+            shootADay(shot, random, takes, "1");
+            for (MediaAsset& file : shot.audios)
+                *file.bextTimeReference -= samples(1) * static_cast<int>(offset);
+            shot.diagnose();
+            const auto card = shot.card(Kind::constantOffset);
+            ASSERT_TRUE(card) << "seed " << seed << ", " << offset;
+            const std::string option = "--sound-offset ";
+            ASSERT_TRUE(card->doubt.cure.starts_with(option));
+            Shot cured = shot;
+            cured.diagnose(MatchRules::of(MatchingDays::automatic,
+                                          {.soundOffset = card->doubt.cure.substr(option.size())},
+                                          TimecodeFrameRate::fps25));
+            EXPECT_EQ(std::ranges::count_if(cured.groups, [](const auto& group) { return group.isMOS(); }), 0)
+                << "seed " << seed << ": " << card->doubt.message;
+            if (std::fmod(offset, 1800) == 0) {
+                EXPECT_EQ(card->doubt.cure, option + offsetText(offset, TimecodeFrameRate::fps25))
+                    << "seed " << seed << ": whole hours are preferred";
+            }
+        }
+}
+
+TEST(SyncDoubts, ClaimsNoClockByChance) {
+    int claimed = 0;
+    for (const unsigned seed : test::seeds(200)) {
+        Random random(seed);
+        Shot shot;
+        const int files = 3 + static_cast<int>(within(random, 0, 40));
+        const double hours = within(random, 0.5, 24);
+        for (int i = 0; i < files; ++i) {
+            const std::string number = std::to_string(i);
+            shot.videos.push_back(
+                clipAt("/CAM/A" + number + ".mov", within(random, 0, hours * 3600), within(random, 10, 60)));
+            shot.audios.push_back(recordingAt("/SOUND/T" + number + ".wav",
+                                              1 + within(random, 0, hours * 3600), within(random, 20, 90)));
+        }
+        shot.diagnose();
+        claimed += static_cast<int>(shot.doubts.cards.size());
+    }
+    EXPECT_EQ(claimed, 0);
+}
+
+TEST(SyncDoubts, FindsARateAndADate) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    Random random(7);
+    Shot film, dated;
+    shootADay(film, random, 30, "1");
+    for (MediaAsset& video : film.videos) {
+        // The labels count 23.976, and the file says 24.
+        const double start = TimecodeUtils::tcToSeconds(*video.startTimecodeString, 25);
+        video.startTimecodeString = TimecodeUtils::secondsToTC(start, TimecodeFrameRate::fps23_976);
+        video.timecodeFrameRate = TimecodeFrameRate::fps24;
+    }
+    film.diagnose();
+    ASSERT_TRUE(film.card(Kind::timecodeRate));
+    EXPECT_EQ(film.card(Kind::timecodeRate)->doubt.cure, "--tc-rate 23.976");
+    EXPECT_FALSE(film.card(Kind::constantOffset));
+
+    shootADay(dated, random, 8, "1");
+    for (MediaAsset& video : dated.videos) video.contentCreatedDate = dateFromISO8601("2024-05-17T12:00:00Z");
+    for (MediaAsset& audio : dated.audios) audio.contentCreatedDate = dateFromISO8601("2000-01-01T12:00:00Z");
+    dated.diagnose();
+    ASSERT_TRUE(dated.card(Kind::otherDateFits));
+    EXPECT_TRUE(dated.card(Kind::otherDateFits)->doubt.cure.starts_with("--sound-date 2024-05-17"));
+    EXPECT_EQ(dated.card(Kind::otherDateFits)->groupIDs.size(), 8U);
+}
+
+TEST(SyncDoubts, LooksAtEachClip) {
+    const auto with = [](MediaAsset asset, const auto& change) {
+        change(asset);
+        return asset;
+    };
+    const auto rate = [](TimecodeFrameRate own, const char* text = nullptr) {
+        return [=](MediaAsset& asset) {
+            asset.timecodeFrameRate = own;
+            if (text != nullptr) asset.ixmlData.emplace().timecodeRate = text;
+        };
+    };
+    const auto ten = clipAt("/C/A.mov", 36000, 60);
+    const auto sound = [](double start, double seconds, const char* name = "/S/T.wav") {
+        return recordingAt(name, start, seconds);
+    };
+    const auto dropped = clipAt("/C/A.mov", 36000, 60, TimecodeFrameRate::fps29_97d);
+    struct Case {
+        const char* name;
+        MediaAsset clip;
+        std::vector<MediaAsset> sounds;
+        std::set<Kind> kinds;
+    };
+    using enum Kind;
+    const std::vector<Case> cases{
+        {"sound under all of it", ten, {sound(35990, 90)}, {}},
+        {"half a second at either end", ten, {sound(36000.4, 59.6)}, {}},
+        {"a card that was pulled early", ten, {sound(35990, 40)}, {shortSound, cutByTrim}},
+        {"sound that begins late", ten, {sound(36004, 90)}, {shortSound}},
+        {"a gap between two parts",
+         ten,
+         {sound(35990, 40, "/S/T_1.wav"), sound(36030.3, 40, "/S/T_2.wav")},
+         {splitGap}},
+        {"parts that adjoin", ten, {sound(35990, 40, "/S/T_1.wav"), sound(36030, 40, "/S/T_2.wav")}, {}},
+        {"two recordings", ten, {sound(35990, 90), sound(36050, 90, "/S/U.wav")}, {ambiguous}},
+        {"frame 27 of 25",
+         with(ten, [](auto& a) { a.startTimecodeString = "10:00:00:27"; }),
+         {sound(35990, 90)},
+         {timecodeRate}},
+        {"drop frame and non-drop",
+         dropped,
+         {with(sound(35990, 90), rate(TimecodeFrameRate::fps29_97, "29.97ND"))},
+         {}},
+        {"drop frame and non-drop by both files",
+         dropped,
+         {with(sound(35990, 90), rate(TimecodeFrameRate::fps29_97, "30000/1001 NDF"))},
+         {dropMix}},
+        {"a clip by itself", ten, {}, {}},
+    };
+    for (const Case& one : cases) {
+        Shot shot{{one.clip}, one.sounds, {}};
+        shot.diagnose();
+        std::set<Kind> kinds;
+        for (const auto& [id, own] : shot.doubts.byGroup)
+            for (const SyncDoubt& doubt : own) {
+                kinds.insert(doubt.kind);
+                EXPECT_NE(doubt.message.find('\''), std::string::npos) << "names a file: " << doubt.message;
+                EXPECT_FALSE(doubt.cure.empty());
+            }
+        EXPECT_EQ(kinds, one.kinds) << one.name;
+    }
+}
+
+TEST(SyncDoubts, HearsSpeechOnAChannelThatIsOff) {
+    Shot shot{{clipAt("/C/A.mov", 36000, 60)}, {recordingAt("/S/T.wav", 35990, 90)}, {}};
+    shot.diagnose();
+    const auto found = [&](float offLevel, float speech, std::set<int> byHand) {
+        shot.groups.update(shot.groups.front().id,
+                           [&](SyncGroup& group) { group.manualActiveTracks = byHand; });
+        SmartAudioResult result;
+        result.bestTrackIndex = 1;
+        result.tracks.resize(2);
+        result.tracks[0].trackIndex = 1;
+        result.tracks[0].averageLevelDB = -40;
+        result.tracks[1].trackIndex = 2;
+        result.tracks[1].averageLevelDB = offLevel;
+        result.tracks[1].speechRatio = speech;
+        const std::unordered_map<UUID, SmartAudioResult> results{{shot.groups.front().id, result}};
+        return SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, results, FileNames()})
+                   .byGroup.size() == 1;
+    };
+    EXPECT_TRUE(found(-28, 0.3F, {}));
+    EXPECT_TRUE(found(-28, 0.3F, {1}));
+    EXPECT_FALSE(found(-28.5F, 0.3F, {})) << "11.5 dB";
+    EXPECT_FALSE(found(-28, 0.01F, {})) << "no speech";
+    EXPECT_FALSE(found(-28, 0.3F, {2})) << "it is on";
+}
+
+} // namespace
+} // namespace orvane

@@ -1,0 +1,186 @@
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+
+#include "Support/Assets.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
+
+#include <cmath>
+
+namespace orvane {
+namespace {
+
+using enum MatchingDays;
+
+MediaAsset in(const char* folder, MediaAsset asset) {
+    asset.url.path = std::string(folder) + "/" + asset.filename;
+    return asset;
+}
+
+MediaAsset created(MediaAsset asset, const char* date) {
+    asset.contentCreatedDate = dateFromISO8601(date);
+    return asset;
+}
+
+/// The offsets of the matches of the first video.
+std::vector<double> offsets(MatchRules rules, const std::vector<MediaAsset>& videos,
+                            const std::vector<MediaAsset>& audios) {
+    std::vector<double> result;
+    for (const SyncGroup& group : SyncEngine().match(videos, audios, rules))
+        if (group.video.id == videos.front().id)
+            for (const AudioMatch& match : group.audioMatches)
+                result.push_back(std::round(match.syncOffsetSeconds * 1000) / 1000);
+    return result;
+}
+
+using Offsets = std::vector<double>;
+
+TEST(Days, MeetByTheirRule) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    const auto video = [](const char* name, const char* start) { return test::video(name, start, 30); };
+    const auto audio = [](const char* name, const char* start) { return test::audio(name, start, 60); };
+    const MediaAsset early = video("A_240518.mov", "00:00:01:00"),
+                     late = audio("T_240517.wav", "23:59:55:00");
+    struct Case {
+        const char* name;
+        MatchingDays days;
+        MediaAsset clip;
+        std::vector<MediaAsset> sounds;
+        Offsets offsets;
+    };
+    const std::vector<Case> cases{
+        {"across midnight", midnight, early, {late}, {-6}},
+        {"across midnight by default", automatic, early, {late}, {-6}},
+        {"a recording of the evening before is of another day", same, early, {late}, {}},
+        {"the matcher's own rule knows no midnight", neighbours, early, {late}, {}},
+        {"another day at the same time",
+         midnight,
+         video("A_240518.mov", "10:00:00:00"),
+         {audio("T_240517.wav", "10:00:00:00")},
+         {}},
+        {"the neighbouring day at the same time",
+         neighbours,
+         video("A_240518.mov", "10:00:00:00"),
+         {audio("T_240517.wav", "10:00:00:00")},
+         {0}},
+        {"an undated recording across midnight", same, early, {audio("T.wav", "23:59:55:00")}, {-6}},
+        {"an undated clip across midnight", automatic, video("A.mov", "00:00:01:00"), {late}, {-6}},
+        {"an undated clip before midnight",
+         automatic,
+         video("A.mov", "23:59:50:00"),
+         {audio("T_240518.wav", "00:00:01:00")},
+         {11}},
+        {"a date from the end of the clip",
+         automatic,
+         created(video("A.mov", "23:59:50:00"), "2024-05-18T00:00:20Z"),
+         {late},
+         {5}},
+        {"such a date with a name that has one",
+         midnight,
+         created(video("A_240518.mov", "23:59:50:00"), "2024-05-18T00:00:20Z"),
+         {late},
+         {}},
+        {"a date without a time of day",
+         midnight,
+         created(video("A.mov", "23:59:50:00"), "2024-05-18T00:00:00Z"),
+         {late},
+         {}},
+        {"hours apart it is another zone",
+         automatic,
+         created(video("A.mov", "22:00:00:00"), "2024-05-18T00:00:20Z"),
+         {audio("T_240517.wav", "22:00:00:00")},
+         {0}}, // the card meets no clip of its own day
+    };
+    for (const Case& one : cases)
+        EXPECT_EQ(offsets({.days = one.days}, {one.clip}, one.sounds), one.offsets) << one.name;
+}
+
+TEST(Days, AWrongClockIsTriedOnlyWhereTheCardMeetsNothing) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    const MediaAsset clip = test::video("A_240518.mov"), other = test::video("B_240517.mov", "12:00:00:00");
+    const MediaAsset wrong = in("/S1", test::audio("T1_240517.wav"));
+    const MediaAsset sibling = in("/S1", test::audio("T2_240517.wav", "12:00:00:00"));
+    const MediaAsset elsewhere = in("/S2", sibling);
+    const MediaAsset own = test::audio("T3_240518.wav", "10:00:10:00", 10);
+    EXPECT_EQ(offsets({}, {clip}, {wrong}), Offsets{0});
+    EXPECT_EQ(offsets({}, {clip, other}, {wrong, elsewhere}), Offsets{0});
+    EXPECT_EQ(offsets({}, {clip, other}, {wrong, sibling}), Offsets{}) << "the card's clock is right";
+    EXPECT_EQ(offsets({}, {clip}, {wrong, own}), Offsets{10}) << "sound of its own day is better";
+    EXPECT_EQ(offsets({.days = midnight}, {clip}, {wrong}), Offsets{});
+    EXPECT_EQ(offsets({}, {clip}, {in("/S1", test::audio("T_240520.wav"))}), Offsets{}) << "no neighbour";
+}
+
+TEST(Days, PartsOfARecordingPassMidnight) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    const auto groups = SyncEngine().match(
+        {test::video("A_240517.mov", "23:59:30:00", 60)},
+        {test::audio("T_240517_1.wav", "23:59:00:00", 60), test::audio("T_240518_2.wav", "00:00:00:00", 60)},
+        MatchRules());
+    EXPECT_EQ(groups.front().matchStatus, MatchStatus::splitRecording(2));
+}
+
+TEST(Corrections, MoveWhereFilesLie) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    const auto rules = [](SourceCorrections corrections, double fps = 25) {
+        return MatchRules::of(automatic, corrections, rateOfMostClips({test::video("x", "", 1, fps)}));
+    };
+    MediaAsset counted = test::audio("T_240517.wav");
+    counted.bextTimeReference = 9 * 3600 * 48000ULL;
+    counted.sampleRate = 48000;
+    const MediaAsset clip = test::video("A_240517.mov");
+    EXPECT_EQ(offsets(rules({}), {clip}, {counted}), Offsets{});
+    EXPECT_EQ(offsets(rules({.soundOffset = "01:00:00:05"}), {clip}, {counted}), Offsets{0.2});
+    EXPECT_EQ(offsets(rules({.soundOffset = "-01:00:00:00"}), {clip}, {test::audio("T.wav", "11:00:10:00")}),
+              Offsets{10});
+    const MediaAsset old = test::audio("T_000101.wav");
+    EXPECT_EQ(offsets(rules({.soundDate = "2024-05-17"}), {clip}, {old}), Offsets{0});
+    MatchRules byNeighbours = rules({.soundDate = "2024-05-17"});
+    byNeighbours.days = neighbours;
+    EXPECT_EQ(offsets(byNeighbours, {clip}, {old}), Offsets{0});
+
+    MediaAsset film = test::video("A.mov", "10:00:00:00", 60, 23.976), stated = film;
+    stated.timecodeFrameRate = TimecodeFrameRate::fps25;
+    const MediaAsset slate = test::audio("T.wav", "10:00:00:00");
+    EXPECT_EQ(offsets(rules({}), {film}, {slate}), Offsets{-36.0}) << "25 frames a second against 23.976";
+    const auto at = [&](const char* rate) {
+        return rules(SourceCorrections::fromTexts({}, {}, rate), 23.976);
+    };
+    EXPECT_EQ(offsets(at("23.976"), {film}, {slate}), Offsets{0});
+    EXPECT_EQ(offsets(at("24"), {stated}, {slate}), Offsets{0});
+    EXPECT_EQ(offsets(at("24"), {test::video("A.mov", "10:00:00:24", 60)}, {slate}), Offsets{-0.96})
+        << "frame 24 does not exist at 24";
+}
+
+TEST(Corrections, AreCheckedAsTheyAreTyped) {
+    const auto message = [](std::optional<std::string> offset, std::optional<std::string> date,
+                            const std::optional<std::string>& rate) -> std::string {
+        try {
+            SourceCorrections::fromTexts(std::move(offset), std::move(date), rate);
+            return "";
+        } catch (const CorrectionError& error) {
+            return error.what();
+        }
+    };
+    EXPECT_EQ(message("-01:00:00:24", "2024-02-29", "25"), "");
+    EXPECT_EQ(message("01:00:00;02", {}, "fps29_97d"), "");
+    for (const char* offset : {"", "-", "1", "01:00:00", "01:60:00:00", "24:00:00:00", "01:00:00:120",
+                               "1 00:00:00:00", "01:00:00:00.5", "--01:00:00:00"})
+        EXPECT_NE(message(offset, {}, {}), "") << offset;
+    for (const char* date : {"", "2024-02-30", "24-02-03", "2024-2-3", "2024/02/03", "2024-02-03T10"})
+        EXPECT_NE(message({}, date, {}), "") << date;
+    EXPECT_NE(message({}, {}, "fast"), "");
+    EXPECT_NE(message("00:00:00:25", {}, "25").find("frames go to 24"), std::string::npos);
+    const SourceCorrections late{.soundOffset = "00:00:01:24"};
+    EXPECT_THROW(MatchRules::of(automatic, late, TimecodeFrameRate::fps24), CorrectionError);
+    for (const double seconds : {-3600.0, 3603.6, 0.2, -0.04})
+        EXPECT_NEAR(SourceCorrections{.soundOffset = offsetText(seconds, TimecodeFrameRate::fps23_976)}
+                        .soundOffsetSeconds(TimecodeFrameRate::fps23_976),
+                    seconds, 0.03);
+    const SourceCorrections all = SourceCorrections::fromTexts("-00:00:01:00", "2024-05-17", "29.97DF");
+    EXPECT_EQ(fromJSON<SourceCorrections>(toJSON(all)), all);
+    EXPECT_EQ(fromJSON<SourceCorrections>(
+                  JSON::parse(R"({"soundOffset":"x","soundDate":7,"timecodeRate":"fps7"})")),
+              SourceCorrections());
+}
+
+} // namespace
+} // namespace orvane

@@ -1,0 +1,153 @@
+#include "OrvaneSyncCore/Services/SmartAudio/Segmentation.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SmartAudioBlockRouter.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SpeakerRouter.h"
+#include "OrvaneSyncCore/SmartAudio/Routing/TakePatterns.h"
+#include "SpokenTakes/MicrophoneScore.h"
+#include "Support/RandomSeed.h"
+#include "Support/TemporaryDirectory.h"
+
+namespace orvane::test {
+namespace {
+
+using namespace SmartAudioBlockRouter;
+
+/// All ways to cut, one by one.
+double leastCost(const SegmentCosts& costs, std::size_t shortest, std::size_t from, std::size_t before) {
+    if (from == costs.windows()) return 0;
+    double least = 1e9;
+    for (std::size_t choice = 0; choice < costs.choices(); ++choice) {
+        if (choice == before) continue;
+        double sum = from > 0 ? costs.switchCost(from) : 0;
+        for (std::size_t end = from + 1; end <= costs.windows(); ++end) {
+            sum += costs.at(end - 1, choice);
+            if (end - from >= shortest)
+                least = std::min(least, sum + leastCost(costs, shortest, end, choice));
+        }
+    }
+    return least;
+}
+
+TEST(Segmentation, findsTheCheapestSegmentsOfAtLeastTheLength) {
+    for (const unsigned seed : seeds(60)) {
+        std::mt19937 random(seed);
+        const auto cost = [&](unsigned n) { return static_cast<double>(random() % n); };
+        const std::size_t windows = 1 + random() % 9, choices = 1 + random() % 3, shortest = 1 + random() % 4;
+        SegmentCosts costs(windows, choices);
+        for (std::size_t window = 0; window < windows; ++window) {
+            costs.setSwitchCost(window, cost(3));
+            for (std::size_t choice = 0; choice < choices; ++choice) costs.at(window, choice) = cost(5);
+        }
+        const auto segments = cheapestSegments(costs, shortest);
+        double sum = 0;
+        std::size_t end = 0;
+        for (const Segment& one : segments) {
+            ASSERT_EQ(one.first, end) << seed;
+            ASSERT_GE(one.end - one.first, std::min(shortest, windows)) << seed;
+            if (end > 0) sum += costs.switchCost(end);
+            for (; end < one.end; ++end) sum += costs.at(end, one.choice);
+        }
+        ASSERT_EQ(end, windows) << seed;
+        ASSERT_EQ(sum, leastCost(costs, std::min(shortest, windows), 0, choices)) << seed;
+    }
+}
+
+ChannelClassification lav(int track) { return classified(track, ChannelKind::lav, "iXML: Lav"); }
+
+TEST(SpeakerRouter, FollowsTheSpeakerWhereNoBoomOrMixCarriesTheTake) {
+    // Two people in turns on tracks 1 and 2; what hears both is track 3.
+    const std::vector<Pattern> people{{{6, -30}, {6, -45}}, {{6, -45}, {6, -30}}};
+    auto withBoom = people, withDeadBoom = people;
+    withBoom.push_back({{12, -35}});
+    withDeadBoom.push_back({{12, -90}});
+    const auto check = [&](const char* name, const std::vector<Pattern>& tracks,
+                           std::vector<ChannelClassification> roles, SmartAudioRouting routing,
+                           bool bySpeaker, const std::set<int>& candidates = {}) {
+        SmartAudioBlockSettings settings;
+        settings.routing = routing;
+        const auto blocks =
+            computeBlocks(take(tracks), window, std::move(roles), settings, {}, candidates).blocks;
+        EXPECT_EQ(blocks.front().reason.starts_with("speaker: "), bySpeaker)
+            << name << ": " << listed(blocks);
+        if (bySpeaker) {
+            EXPECT_EQ(listed(blocks), "0-6 T1 lav | 6-12 T2 lav") << name;
+        }
+    };
+    using enum SmartAudioRouting;
+    const auto boom = classified(3, ChannelKind::boom), mix = classified(3, ChannelKind::mix);
+    auto isoMix = lav(3);
+    isoMix.isPreMixed = true; // "ISO MIX", by its first word a lav
+    check("lavs alone", people, {lav(1), lav(2)}, automatic, true);
+    check("names without a role", people, {classified(1, ChannelKind::unknown), lav(2)}, automatic, true);
+    check("as it is asked for", people, {lav(1), lav(2)}, takeDefault, false);
+    check("a boom", withBoom, {lav(1), lav(2), boom}, automatic, false);
+    check("a mix", withBoom, {lav(1), lav(2), mix}, automatic, false);
+    check("a mix by another name", withBoom, {lav(1), lav(2), isoMix}, automatic, false);
+    check("a boom that hears nothing", withDeadBoom, {lav(1), lav(2), boom}, automatic, true);
+    check("a boom that is left out", withBoom, {lav(1), lav(2), boom}, automatic, true, {1, 2});
+    check("a boom, and lavs are asked for", withBoom, {lav(1), lav(2), boom}, speaker, true);
+    check("one person", {people[0]}, {lav(1)}, speaker, false);
+}
+
+TEST(SpeakerRouter, HearsWhoSpeaksWhateverTheLevels) {
+    const auto check = [&](const char* name, const std::vector<Pattern>& tracks, double minBlockSeconds,
+                           const char* expected) {
+        std::vector<int> numbers;
+        for (std::size_t i = 0; i < tracks.size(); ++i) numbers.push_back(static_cast<int>(i) + 1);
+        EXPECT_EQ(listed(buildBlocksBySpeaker(numbers, take(tracks), window, minBlockSeconds)), expected)
+            << name;
+    };
+    check("the second lav is recorded 12 dB softer, with 6 dB of bleed",
+          {{{2, -70}, {6, -20}, {6, -26}}, {{2, -70}, {6, -38}, {6, -32}}}, 2, "0-8 T1 lav | 8-14 T2 lav");
+    check("one who speaks for a moment has a block of the least length",
+          {{{1, -70}, {9, -30}, {1, -45}, {9, -30}}, {{1, -70}, {9, -45}, {1, -30}, {9, -45}}}, 4,
+          "0-8 T1 lav | 8-12 T2 lav | 12-20 T1 lav");
+    check("the cut lies in the pause, and a long pause is silence",
+          {{{5, -30}, {1, -70}, {5, -45}, {30, -70}}, {{5, -45}, {1, -70}, {5, -30}, {30, -70}}}, 2,
+          "0-5 T1 lav | 5-11 T2 lav | 11-41 T2 silence");
+    check("a lav that hums", {{{2, -70}, {6, -30}, {6, -45}}, {{14, -20}}, {{2, -70}, {6, -45}, {6, -30}}}, 2,
+          "0-8 T1 lav | 8-14 T3 lav");
+    check("nobody speaks", {{{5, -70}}, {{5, -70}}}, 2, "");
+}
+
+/// Real speech, on takes of lavs alone: as a rule that needs no router, or better where there is much bleed.
+TEST(SpeakerRouter, OpensTheLavOfWhoSpeaksOnSpokenTakes) {
+    const TemporaryDirectory folder;
+    const VoiceBank voices(folder.path());
+    const auto check = [&](const char* name, double atLeast, double betterBy,
+                           const std::function<void(TakePlan&)>& change) {
+        double ours = 0, loudest = 0;
+        int takes = 0;
+        for (const auto& [speakers, noise, speech] :
+             {std::tuple(2, -62.0, -28.0), {3, -42.0, -28.0}, {4, -42.0, -20.0}}) {
+            TakePlan plan{.seed = 77U + static_cast<unsigned>(speakers),
+                          .speakers = speakers,
+                          .noiseDB = noise,
+                          .speechDB = speech,
+                          .seconds = 45};
+            change(plan);
+            const SpokenTake take = voices.take(plan);
+            const auto score = scoreOf(take, analysed(take, {}, folder.path()).blocks);
+            EXPECT_EQ(score.heard, score.speakers) << name << ", " << speakers << " speakers";
+            ours += score.share();
+            loudest += scoreOf(take, loudestOfTwoSeconds(take)).share();
+            ++takes;
+        }
+        EXPECT_GE(ours / takes, std::max(atLeast, loudest / takes + betterBy))
+            << name << ", " << loudest / takes;
+    };
+    check("much bleed", 0.85, 0.03, [](TakePlan& plan) { plan.bleedDB = -6; });
+    check("little bleed", 0.85, 0, [](TakePlan& plan) { plan.bleedDB = -20; });
+    check("quick dialogue", 0.6, 0, [](TakePlan& plan) {
+        plan.shortestTurn = 0.8;
+        plan.longestTurn = 2;
+        plan.longestPause = 0.4;
+    });
+
+    // With a boom nothing changes.
+    const SpokenTake take = voices.take({.seed = 5, .seconds = 20, .boomDB = -34});
+    EXPECT_EQ(analysed(take, {}, folder.path()).blocks,
+              analysed(take, {.routing = SmartAudioRouting::takeDefault}, folder.path()).blocks);
+}
+
+} // namespace
+} // namespace orvane::test

@@ -33,7 +33,8 @@ void scan(Context& context, const Arguments& arguments) {
         state.setIfPresent("review", review);
         context.out << state.dump(JSON::Layout::pretty) << "\n";
     } else {
-        context.out << stateText(controller, context.mayColour) << smartAudioText(controller);
+        context.out << stateText(controller, context.mayColour) << smartAudioText(controller)
+                    << doubtsText(controller);
         if (review)
             context.out << "Wrote " << platform::text::printable(*review)
                         << ": decide there, then take it back with sync --apply.\n";

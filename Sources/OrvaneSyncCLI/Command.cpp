@@ -146,9 +146,9 @@ void Context::warn(std::string_view message) const {
 
 std::span<const Command* const> allCommands() {
     static const std::array<const Command*, 13> commands{
-        &syncCommand(),     &scanCommand(),   &probeCommand(),    &analyzeCommand(), &loudnessCommand(),
-        &ltcCommand(),      &reportCommand(), &timecodeCommand(), &sessionCommand(), &projectCommand(),
-        &settingsCommand(), &serveCommand(),  &doctorCommand()};
+        &syncCommand(),     &scanCommand(),     &diagnoseCommand(), &probeCommand(),    &analyzeCommand(),
+        &loudnessCommand(), &ltcCommand(),      &reportCommand(),   &timecodeCommand(), &sessionCommand(),
+        &projectCommand(),  &settingsCommand(), &serveCommand(),    &doctorCommand()};
     return commands;
 }
 

@@ -24,6 +24,7 @@ struct Command {
 
 const Command& syncCommand();
 const Command& scanCommand();
+const Command& diagnoseCommand();
 const Command& probeCommand();
 const Command& analyzeCommand();
 const Command& loudnessCommand();

@@ -220,4 +220,17 @@ std::string smartAudioText(const ImportController& controller) {
     return text + ".\n" + loudness;
 }
 
+std::string doubtsText(const ImportController& controller) {
+    const auto doubts = controller.doubts().summary(controller.work().syncGroups());
+    if (doubts.empty()) return "";
+    std::string text = counted(static_cast<long long>(doubts.size()), "doubt", "doubts") + ":\n";
+    for (const CardDoubt& doubt : doubts) {
+        text += "\n  " + platform::text::printable(doubt.doubt.message);
+        if (doubt.groupIDs.size() > 1)
+            text += " (" + counted(static_cast<long long>(doubt.groupIDs.size()), "clip", "clips") + ")";
+        text += "\n    cure: " + platform::text::printable(doubt.doubt.cure) + "\n";
+    }
+    return text;
+}
+
 } // namespace orvane::cli

@@ -15,6 +15,8 @@ struct DiscoveryResult {
     std::vector<FileURL> unreadableFolders;
     std::vector<FileURL> brokenLinks; ///< that bear the name of a media file or of a folder
     std::vector<FileURL> linkedFiles; ///< those of the media files that are links; not part of the JSON form
+    /// Picture and sound of kinds that no scan reads, by their extensions; not part of the JSON form.
+    std::vector<FileURL> unreadMedia;
     /// Exclusions that have met nothing; not part of the JSON form.
     std::vector<std::string> unusedExclusions;
 

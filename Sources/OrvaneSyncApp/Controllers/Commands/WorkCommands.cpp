@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkDiagnosis.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 
 #include <algorithm>
@@ -135,6 +136,8 @@ std::vector<Command> workCommands() {
                 }),
         Command("state", "State of the Work", "Gives the open work.", {},
                 [](CommandContext& context, const Call&) { return stateJSON(*context.controller); }),
+        Command("diagnose", "Diagnosis", "Gives what is on the cards, and each doubt with its cure.", {},
+                [](CommandContext& context, const Call&) { return diagnosisJSON(*context.controller); }),
         Command("group", "One Clip", "Gives one clip.", {{"groupID", id}},
                 [](CommandContext& context, const Call& call) {
                     return toJSON(context.group(call.id("groupID")));

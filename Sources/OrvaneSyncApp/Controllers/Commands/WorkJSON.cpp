@@ -37,6 +37,22 @@ JSON takesJSON(const SyncGroupList& groups) {
     return takes;
 }
 
+/// Each clip with the doubts about it.
+JSON groupsJSON(const ImportController& controller) {
+    const auto& doubts = controller.doubts().byGroup;
+    JSON::Array groups;
+    for (const SyncGroup& group : controller.work().syncGroups()) {
+        JSON one = toJSON(group);
+        if (const auto own = doubts.find(group.id); own != doubts.end()) {
+            JSON::Array list;
+            for (const SyncDoubt& doubt : own->second) list.push_back(toJSON(doubt));
+            one.set("doubts", std::move(list));
+        }
+        groups.push_back(std::move(one));
+    }
+    return groups;
+}
+
 std::vector<std::string> stateWarnings(const ImportController& controller) {
     std::vector<std::string> warnings = uselessStoredValues(*controller.work().environment.settings);
     for (std::string& warning : scanWarnings(controller)) warnings.push_back(std::move(warning));
@@ -65,7 +81,7 @@ JSON stateJSON(const ImportController& controller, std::optional<SmartAudioMode>
     if (controller.scan().discoveryResult())
         state.set("discoveryResult", toJSON(*controller.scan().discoveryResult()));
     if (controller.scan().scanResult()) state.set("scanResult", toJSON(*controller.scan().scanResult()));
-    state.set("syncGroups", toJSONArray(controller.work().syncGroups()));
+    state.set("syncGroups", groupsJSON(controller));
     state.set("wildTracks", toJSONArray(controller.work().wildTracks()));
     state.set("displayNames", std::move(names));
     state.set("takes", takesJSON(controller.work().syncGroups()));

@@ -60,6 +60,15 @@ struct Decision {
     bool isEmpty() const { return !matchID && !offsetSeconds && !name && !togglesSkip; }
 };
 
+/// Why the clip should be looked at; empty where nothing is in doubt.
+std::string doubtText(const SyncGroup& group, const SyncDoubts& doubts, bool anySound) {
+    std::vector<std::string> reasons;
+    if (const auto own = doubts.byGroup.find(group.id); own != doubts.byGroup.end())
+        for (const SyncDoubt& one : own->second) reasons.push_back(one.message);
+    if (reasons.empty() && !group.matchStatus.isSettled()) reasons.push_back(whyUnmatched(group, anySound));
+    return platform::text::joined(reasons, "; ");
+}
+
 class Reading {
   public:
     explicit Reading(const ImportController& controller) : names_(controller.work().fileNames()) {
@@ -181,6 +190,7 @@ std::vector<ReviewLine> reviewLines(const ImportController& controller) {
     const auto displayNames = controller.work().displayNames();
     const FileNames& files = controller.work().fileNames();
     const bool anySound = hasRecordings(controller);
+    const SyncDoubts& doubts = controller.doubts();
     std::vector<ReviewLine> lines;
     for (const SyncGroup& group : controller.work().syncGroups()) {
         ReviewLine line{.number = lines.size() + 2};
@@ -188,7 +198,7 @@ std::vector<ReviewLine> reviewLines(const ImportController& controller) {
         line[cameraFile] = files.of(group.video);
         line[sound] = numberedRecordings(recordingTexts(group, files));
         line[status] = std::string(group.matchStatus.name());
-        line[doubt] = group.matchStatus.isSettled() ? "" : whyUnmatched(group, anySound);
+        line[doubt] = doubtText(group, doubts, anySound);
         fillDecisions(line, group);
         lines.push_back(std::move(line));
     }

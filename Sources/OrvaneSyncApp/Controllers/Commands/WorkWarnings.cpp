@@ -43,6 +43,17 @@ void addProxies(const ImportController& controller, std::vector<std::string>& wa
     warnings.push_back("left out as proxies of files that are here: " + firstAndMore(proxies));
 }
 
+/// A card of a kind that no scan reads would otherwise look like an empty one.
+void addUnreadKinds(const ImportController& controller, std::vector<std::string>& warnings) {
+    if (!controller.scan().discoveryResult()) return;
+    std::map<std::string, Names> byKind;
+    for (const FileURL& file : controller.scan().discoveryResult()->unreadMedia)
+        byKind[platform::text::uppercased(file.lowercasedExtension())].push_back(file.path);
+    for (const auto& [kind, names] : byKind)
+        warnings.push_back(kind + " files can't be read: " + firstAndMore(names) +
+                           "; convert them to QuickTime, MP4, MXF, WAVE or AIFF");
+}
+
 /// The file by which the clip got its row; null where the row was found by a reel.
 const MediaAsset* fileOfRow(const SyncGroup& group) {
     std::unordered_set<std::string> named; // as `normalizedName` has it
@@ -119,6 +130,7 @@ std::vector<std::string> scanWarnings(const ImportController& controller) {
         for (const std::string& glob : found->unusedExclusions)
             warnings.push_back("the exclusion '" + glob +
                                "' fits nothing in the folders; check how it is written");
+    addUnreadKinds(controller, warnings);
     addProxies(controller, warnings);
     addFilesThatAReportMixesUp(controller, warnings);
     if (const auto& scan = controller.scan().scanResult(); scan && !scan->unreadFiles.empty()) {
@@ -174,8 +186,15 @@ std::vector<std::string> leftOutWarnings(const ImportController& controller) {
     return warnings;
 }
 
+std::vector<std::string> doubtWarnings(const ImportController& controller) {
+    std::vector<std::string> warnings;
+    for (const CardDoubt& doubt : controller.doubts().summary(controller.work().syncGroups()))
+        warnings.push_back(doubt.doubt.message + "; " + doubt.doubt.cure);
+    return warnings;
+}
+
 void addOwnWarnings(const ImportController& controller, ExportResult& result) {
-    for (auto* warnings : {&leftOutWarnings, &smartAudioWarnings})
+    for (auto* warnings : {&leftOutWarnings, &doubtWarnings, &smartAudioWarnings})
         for (std::string& warning : (*warnings)(controller)) result.warnings.push_back(std::move(warning));
     if (result.syncClipCount + result.multicamCount == 0)
         result.warnings.push_back("the document holds no clip; look at the settings " +

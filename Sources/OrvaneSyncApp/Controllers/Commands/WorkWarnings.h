@@ -17,6 +17,8 @@ std::vector<std::string> leftOutWarnings(const ImportController& controller);
 /// Each recording that Smart Audio could not hear, or not to its end, or of which it leaves nothing but
 /// timecode switched on; clips that it left out; and measured clips that are silent or raised by far.
 std::vector<std::string> smartAudioWarnings(const ImportController& controller);
+/// One line each doubt, with its cure, for who shows no list of them.
+std::vector<std::string> doubtWarnings(const ImportController& controller);
 /// What people should know beside the exporter's own warnings.
 void addOwnWarnings(const ImportController& controller, ExportResult& result);
 /// Says that a recording ends before the length that its header promises.

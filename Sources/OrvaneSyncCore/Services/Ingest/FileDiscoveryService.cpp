@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Models/FilePaths.h"
 #include "OrvaneSyncCore/Utilities/PathGlob.h"
 #include "Platform/Files.h"
+#include "Platform/MediaRecognition.h"
 #include "Platform/Stop.h"
 
 #include <algorithm>
@@ -28,6 +29,17 @@ constexpr std::array<std::string_view, 35> packageExtensions{
 bool isPackage(const std::string& folder) {
     const std::string extension = FileURL{folder}.lowercasedExtension();
     return std::ranges::find(packageExtensions, extension) != packageExtensions.end();
+}
+
+/// What cameras write beside their clips: thumbnails, photos, small copies for a phone.
+constexpr auto stillsAndProxies = std::to_array<std::string_view>(
+    {"3fr",  "arw", "avif", "bmp", "cr2", "cr3", "crw", "dcr",  "erf", "fff", "gif",  "gpr", "hdr",  "heic",
+     "heif", "hif", "iiq",  "j2c", "j2k", "jp2", "jpe", "jpeg", "jpf", "jpg", "jps",  "jpx", "jxl",  "jxs",
+     "kdc",  "lrf", "lrv",  "mef", "mos", "mrw", "nef", "nrw",  "orf", "pef", "png",  "pnm", "ppm",  "psb",
+     "psd",  "raf", "rw2",  "rwl", "sr2", "srf", "srw", "tga",  "thm", "tif", "tiff", "wdp", "webp", "x3f"});
+
+bool isStillOrProxy(const FileURL& url) {
+    return std::ranges::find(stillsAndProxies, url.lowercasedExtension()) != stillsAndProxies.end();
 }
 
 class Exclusions {
@@ -78,7 +90,12 @@ void discoverInto(DiscoveryResult& result, const std::string& folder, Exclusions
                 result.brokenLinks.push_back(std::move(url));
             return;
         }
-        if (isExcluded(path) || !kind) return;
+        if (isExcluded(path)) return;
+        if (!kind) {
+            if (platform::isMediaName(path) && !isStillOrProxy(url))
+                result.unreadMedia.push_back(std::move(url));
+            return;
+        }
         if (entry == WalkEntry::linkedFile) result.linkedFiles.push_back(url);
         auto& list = *kind == AssetKind::video ? result.videoURLs : result.audioURLs;
         list.push_back(std::move(url));
@@ -165,7 +182,7 @@ DiscoveryResult FileDiscoveryService::discoverOnce(const std::vector<std::string
     DiscoveryResult found = discover(folders, stop, exclusions);
     Standardization standard(stop);
     for (auto* list : {&found.videoURLs, &found.audioURLs, &found.unreadableFolders, &found.brokenLinks,
-                       &found.linkedFiles})
+                       &found.linkedFiles, &found.unreadMedia})
         *list = standard.sortedWithoutDuplicates(*list);
     if (found.linkedFiles.empty()) return found;
     const std::unordered_set<FileURL> links(found.linkedFiles.begin(), found.linkedFiles.end());

@@ -1,0 +1,62 @@
+#include "OrvaneSyncApp/Controllers/Commands/WorkDiagnosis.h"
+#include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/Printers.h"
+#include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+
+namespace orvane::cli {
+
+namespace {
+
+std::string unreadText(const CardContents& contents) {
+    std::vector<std::string> kinds;
+    for (const auto& [kind, count] : contents.unread) kinds.push_back(std::to_string(count) + " " + kind);
+    return kinds.empty() ? "-" : platform::text::joined(kinds, ", ");
+}
+
+std::string cardsText(const ImportController& controller, bool bold) {
+    Table table({{"CARD"}, {"CLIPS AND RECORDINGS", Table::Align::right}, {"CAN'T BE READ"}});
+    for (const CardContents& contents : cardContents(controller))
+        table.add({contents.path, std::to_string(contents.files), unreadText(contents)});
+    return table.text(bold) + "\n";
+}
+
+std::string countsText(const ImportController& controller) {
+    const OpenWork& work = controller.work();
+    return counted(static_cast<long long>(work.syncGroups().size()), "clip", "clips") + ": " +
+           std::to_string(work.syncClipCount()) + " with sound, " + std::to_string(work.mosCount()) +
+           " MOS, " + std::to_string(work.unmatchedCount()) + " not matched; " +
+           counted(static_cast<long long>(work.wildTracks().size()), "recording", "recordings") +
+           " without picture.\n";
+}
+
+void diagnose(Context& context, const Arguments& arguments) {
+    ScanRun run(context, arguments);
+    run.controller().smartAudio().setAnalysesAfterScan(false);
+    run.scan();
+    const ImportController& controller = run.controller();
+    if (arguments.has("--json"))
+        context.out << diagnosisJSON(controller).dump(JSON::Layout::pretty) << "\n";
+    else
+        context.out << cardsText(controller, context.mayColour) << countsText(controller)
+                    << (controller.doubts().byGroup.empty() ? "Nothing is in doubt.\n"
+                                                            : doubtsText(controller));
+}
+
+} // namespace
+
+const Command& diagnoseCommand() {
+    static const Command command{"diagnose",
+                                 "FOLDER... [options]",
+                                 "What is on the cards, what matches, what is in doubt, and what cures it.",
+                                 "orvanesync diagnose demo/shoot",
+                                 scanOptions(),
+                                 diagnose};
+    return command;
+}
+
+} // namespace orvane::cli

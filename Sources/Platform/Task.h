@@ -10,7 +10,6 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <source_location>
 #include <stop_token>
 #include <type_traits>
 #include <utility>
@@ -178,7 +177,7 @@ class ReturnWay {
 /// queue may abandon it. Work without one is carried to its end whatever happens.
 template <class Work>
 auto onQueue(SerialQueue& queue, const std::shared_ptr<MainThread>& mainThread, Work work,
-             std::source_location where = std::source_location::current()) {
+             const char* caller = __builtin_FUNCTION()) { // the one that both compilers have
     constexpr bool canStop = std::is_invocable_v<Work&, std::stop_token>;
     using Result = typename std::conditional_t<canStop, std::invoke_result<Work&, std::stop_token>,
                                                std::invoke_result<Work&>>::type;
@@ -255,7 +254,7 @@ auto onQueue(SerialQueue& queue, const std::shared_ptr<MainThread>& mainThread, 
             if constexpr (!std::is_void_v<Result>) return std::move(*outcome->value);
         }
     };
-    return Awaiter{queue, mainThread, std::make_shared<Work>(std::move(work)), where.function_name()};
+    return Awaiter{queue, mainThread, std::make_shared<Work>(std::move(work)), caller};
 }
 
 } // namespace orvane::platform

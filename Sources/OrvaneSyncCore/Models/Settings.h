@@ -212,7 +212,7 @@ inline const Declared<BlockMode> smartAudioBlockMode{"smartAudio.blockMode", Blo
                                                      family::smartAudio, "how short a stretch may be"};
 inline const Declared<SmartAudioRouting> smartAudioRouting{
     "smartAudio.routing", SmartAudioRouting::automatic, family::smartAudio,
-    "follow one track of the take, or the lav of whoever speaks; auto: the latter without boom and mix"};
+    "follow one track of the take, or whoever speaks; auto: without boom and mix"};
 inline const Declared<double> smartAudioLoudnessTargetDB{
     "smartAudio.loudnessTargetDB", -8.0, family::smartAudio,
     "dBFS that the speech peaks of a stretch are brought to; 0 leaves levels alone"};

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <iterator>
+#include <limits>
 #include <utility>
 
 namespace orvane::SmartAudioBlockRouter {
@@ -49,23 +50,28 @@ struct Track {
     double noiseDB; // dBFS
 };
 
-double withoutNoise(double levelDB, double noiseDB) {
-    const double power = std::pow(10, levelDB / 10) - std::pow(10, noiseDB / 10);
-    const double least = noiseDB - belowNoiseDB;
-    return power > 0 ? std::max(10 * std::log10(power), least) : least;
+/// Linear; no number counts as silence, infinity as the largest float.
+double powerOf(float rms) {
+    const double held = rms > 0 ? std::min(rms, std::numeric_limits<float>::max()) : 0.0F;
+    return held * held;
 }
 
 Track measured(int track, std::span<const PerWindowFrame> frames) {
     Track measured{.raw = {}, .clean = {}, .noiseDB = 0};
+    std::vector<double> powers;
     for (const PerWindowFrame& frame : frames) {
         const WindowMetrics* window = metricsOf(frame, track);
         measured.raw.push_back(window != nullptr ? levelDB(window->rms, windowLevelFloor) : silentLevelDB);
+        powers.push_back(window != nullptr ? powerOf(window->rms) : 0);
     }
     Levels recorded;
     std::ranges::copy_if(measured.raw, std::back_inserter(recorded),
                          [](double level) { return level > gapDB; });
     measured.noiseDB = quantile(std::move(recorded), noiseShare);
-    for (const double level : measured.raw) measured.clean.push_back(withoutNoise(level, measured.noiseDB));
+    const double noise = std::pow(10, measured.noiseDB / 10), least = measured.noiseDB - belowNoiseDB;
+    const double leastPower = std::pow(10, least / 10);
+    for (const double power : powers)
+        measured.clean.push_back(power - noise > leastPower ? 10 * std::log10(power - noise) : least);
     return measured;
 }
 

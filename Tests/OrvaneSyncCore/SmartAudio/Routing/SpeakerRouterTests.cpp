@@ -100,7 +100,7 @@ TEST(SpeakerRouter, HearsWhoSpeaksWhateverTheLevels) {
           {{{2, -70}, {6, -20}, {6, -26}}, {{2, -70}, {6, -38}, {6, -32}}}, 2, "0-8 T1 lav | 8-14 T2 lav");
     check("one who speaks for a moment has a block of the least length",
           {{{1, -70}, {9, -30}, {1, -45}, {9, -30}}, {{1, -70}, {9, -45}, {1, -30}, {9, -45}}}, 4,
-          "0-8 T1 lav | 8-12 T2 lav | 12-20 T1 lav");
+          "0-7 T1 lav | 7-11 T2 lav | 11-20 T1 lav");
     check("the cut lies in the pause, and a long pause is silence",
           {{{5, -30}, {1, -70}, {5, -45}, {30, -70}}, {{5, -45}, {1, -70}, {5, -30}, {30, -70}}}, 2,
           "0-5 T1 lav | 5-11 T2 lav | 11-41 T2 silence");

@@ -3,8 +3,8 @@
 
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ReportDoubt.h"
-#include "OrvaneSyncCLI/TypedSettings.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/Files.h"
 
 #include <algorithm>
@@ -75,7 +75,7 @@ void chooseFolders(ImportController& controller, const Arguments& arguments) {
 void chooseDays(Context& context, const Arguments& arguments) {
     const auto days = arguments.value("--days");
     if (!days) return;
-    const SettingDescription& setting = knownSetting("matching.days");
+    const SettingDescription& setting = settings::matchingDays;
     if (const auto problem = whyUseless(setting, *days)) throw UsageError("--days: " + *problem);
     context.settings->setOverride(setting.key, *days);
 }

@@ -2,7 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
-#include "OrvaneSyncCore/Services/Takes/Recordings.h"
+#include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "Platform/Text.h"

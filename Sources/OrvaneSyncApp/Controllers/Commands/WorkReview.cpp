@@ -3,7 +3,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
-#include "OrvaneSyncCore/Services/Takes/Recordings.h"
+#include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "Platform/Files.h"
 #include "Platform/Text.h"
 #include "Timecode/ExactRate.h"
@@ -47,6 +47,17 @@ void fillDecisions(ReviewLine& line, const SyncGroup& group) {
     line[offsetFrames] = reviewFrames(group.manualAudioOffsetSeconds * rateOf(group.video));
     line[name] = group.manualClipName.value_or("");
     line[skip] = group.isExcludedFromExport ? "x" : "";
+}
+
+/// Each doubt with its cure; where there is none, why the clip is not settled.
+std::string doubtText(const SyncGroup& group, const SyncDoubts& doubts, bool anySound) {
+    const auto own = doubts.byGroup.find(group.id);
+    if (own == doubts.byGroup.end() || own->second.empty())
+        return group.matchStatus.isSettled() ? "" : whyUnmatched(group, anySound);
+    std::vector<std::string> texts;
+    for (const SyncDoubt& one : own->second)
+        texts.push_back(one.cure.empty() ? one.message : one.message + " (" + one.cure + ")");
+    return platform::text::joined(texts, "; ");
 }
 
 /// What a line asks for beyond what the clip has.
@@ -189,6 +200,7 @@ void carryOut(ImportController& controller, const Decision& decision) {
 std::vector<ReviewLine> reviewLines(const ImportController& controller) {
     const auto displayNames = controller.work().displayNames();
     const FileNames& files = controller.work().fileNames();
+    const SyncDoubts& doubts = controller.doubts();
     const bool anySound = hasRecordings(controller);
     const SyncDoubts& doubts = controller.doubts();
     std::vector<ReviewLine> lines;

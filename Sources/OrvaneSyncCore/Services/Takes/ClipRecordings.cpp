@@ -1,4 +1,4 @@
-#include "OrvaneSyncCore/Services/Takes/Recordings.h"
+#include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 
 #include <algorithm>
 #include <numeric>

@@ -71,15 +71,6 @@ struct Decision {
     bool isEmpty() const { return !matchID && !offsetSeconds && !name && !togglesSkip; }
 };
 
-/// Why the clip should be looked at; empty where nothing is in doubt.
-std::string doubtText(const SyncGroup& group, const SyncDoubts& doubts, bool anySound) {
-    std::vector<std::string> reasons;
-    if (const auto own = doubts.byGroup.find(group.id); own != doubts.byGroup.end())
-        for (const SyncDoubt& one : own->second) reasons.push_back(one.message);
-    if (reasons.empty() && !group.matchStatus.isSettled()) reasons.push_back(whyUnmatched(group, anySound));
-    return platform::text::joined(reasons, "; ");
-}
-
 class Reading {
   public:
     explicit Reading(const ImportController& controller) : names_(controller.work().fileNames()) {
@@ -200,7 +191,6 @@ void carryOut(ImportController& controller, const Decision& decision) {
 std::vector<ReviewLine> reviewLines(const ImportController& controller) {
     const auto displayNames = controller.work().displayNames();
     const FileNames& files = controller.work().fileNames();
-    const SyncDoubts& doubts = controller.doubts();
     const bool anySound = hasRecordings(controller);
     const SyncDoubts& doubts = controller.doubts();
     std::vector<ReviewLine> lines;

@@ -36,8 +36,7 @@ std::string countsText(const ImportController& controller) {
 
 void diagnose(Context& context, const Arguments& arguments) {
     ScanRun run(context, arguments);
-    run.controller().smartAudio().setAnalysesAfterScan(false);
-    run.scan();
+    run.scan(ScanRun::Analysis::none);
     const ImportController& controller = run.controller();
     if (arguments.has("--json"))
         context.out << diagnosisJSON(controller).dump(JSON::Layout::pretty) << "\n";

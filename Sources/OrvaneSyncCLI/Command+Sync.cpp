@@ -54,8 +54,8 @@ void sync(Context& context, const Arguments& arguments) {
     const SmartAudioMode smartAudio = smartAudioMode(context, arguments);
     ScanRun run(context, arguments);
     ImportController& controller = run.controller();
-    controller.smartAudio().setAnalysesAfterScan(false); // once is enough, in the mode of this command
-    run.scan(review ? &*review : nullptr);
+    // Once is enough, in the mode of this command.
+    run.scan(ScanRun::Analysis::none, review ? &*review : nullptr);
     if (controller.work().matchedCount() == 0) failWithoutClips(context, controller, arguments.has("--json"));
     if (smartAudio != SmartAudioMode::off)
         run.wait(controller.smartAudio().runSmartAudioAnalysis(smartAudio, false));

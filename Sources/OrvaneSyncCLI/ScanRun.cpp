@@ -5,6 +5,7 @@
 #include "OrvaneSyncCLI/ReportDoubt.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Files.h"
 
 #include <algorithm>
@@ -124,6 +125,7 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
     if (const auto chosen = arguments.value("--choose"); chosen && *chosen != "first")
         throw UsageError("--choose takes first, not '" + *chosen + "'");
     choosesFirst_ = arguments.has("--choose");
+    isQuiet_ = arguments.has("--quiet");
     if (const auto report = arguments.value("--report")) loadReport(*report);
     subscription_ = controller_->onChange([this](ImportField field) {
         if (field == ImportField::scanState && controller_->scan().scanState() != ScanState::done)
@@ -154,17 +156,28 @@ void ScanRun::warn(std::string message) {
 
 void ScanRun::show(std::string_view phase) { progress_.show({std::string(phase), 0, 0}); }
 
-void ScanRun::scan(const std::vector<ReviewLine>* review) {
+void ScanRun::scan(Analysis analysis, const std::vector<ReviewLine>* review) {
+    SmartAudioController& smartAudio = controller_->smartAudio();
+    smartAudio.setAnalysesAfterScan(false); // it hears what is settled, and that is not decided yet
     try {
         wait(controller_->scan().startScan());
     } catch (const CorrectionError& error) { // the files decide at which rate it counts
         throw UsageError(error.what());
     }
-    wait(controller_->smartAudio().waitForAnalysisAfterScan());
     warnOfTheScan();
-    if (review != nullptr)
-        for (std::string& problem : applyReview(*controller_, *review).problems) warn(std::move(problem));
+    if (review != nullptr) apply(*review);
     if (choosesFirst_) controller_->recordings().confirmAllAmbiguousMatches();
+    if (analysis == Analysis::none) return;
+    smartAudio.setAnalysesAfterScan(true);
+    smartAudio.startAnalysisAfterScan();
+    wait(smartAudio.waitForAnalysisAfterScan());
+}
+
+void ScanRun::apply(const std::vector<ReviewLine>& review) {
+    ReviewOutcome outcome = applyReview(*controller_, review);
+    for (std::string& problem : outcome.problems) warn(std::move(problem));
+    if (!isQuiet_)
+        context_.err << "The review changes " << counted(outcome.changedClips, "clip", "clips") << ".\n";
 }
 
 void ScanRun::open(const std::string& projectFile) {

@@ -31,10 +31,11 @@ class ScanRun {
     ImportController& controller() { return *controller_; }
     /// What was warned of so far, for JSON to repeat.
     const std::vector<std::string>& warnings() const { return warnings_; }
-    /// Scans to the end, with progress, and waits for the analysis that the scan may start. Warns of what
-    /// could not be found, and of rates that can hardly be right. Then settles what the review and the
-    /// arguments settle; null: no review.
-    void scan(const std::vector<ReviewLine>* review = nullptr);
+    /// Scans to the end, with progress. Warns of what could not be found, and of rates that can hardly be
+    /// right. Then settles what the review and the arguments settle; null: no review. At last it waits for
+    /// the analysis that the settings ask for.
+    enum class Analysis { asStored, none };
+    void scan(Analysis analysis = Analysis::asStored, const std::vector<ReviewLine>* review = nullptr);
     /// Says on the progress line what is being done, until the next wait ends.
     void show(std::string_view phase);
     void clearProgress() { progress_.clear(); }
@@ -46,6 +47,7 @@ class ScanRun {
 
   private:
     void loadReport(const std::string& path);
+    void apply(const std::vector<ReviewLine>& review);
     void warn(std::string message);
     void warnOfTheScan();
 
@@ -56,6 +58,7 @@ class ScanRun {
     platform::Subscription subscription_;
     std::vector<std::string> warnings_;
     bool choosesFirst_ = false;
+    bool isQuiet_ = false;
 };
 
 } // namespace orvane::cli

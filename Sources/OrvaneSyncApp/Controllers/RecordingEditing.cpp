@@ -40,6 +40,17 @@ bool areOfOtherDays(const FilePlace& clip, const std::optional<FilePlace>& sound
         clip.range, {sound->range.startSeconds + between, sound->range.endSeconds + between});
 }
 
+/// Matching makes one piece of memory of all recordings that it is given, which lives as long as a match with
+/// one of them: fine for the matches of all clips, and a copy of the whole card for those of a single one.
+std::vector<AudioMatch> withAssetsOfTheirOwn(const std::vector<AudioMatch>& matches) {
+    std::vector<AudioMatch> result;
+    result.reserve(matches.size());
+    for (const AudioMatch& match : matches)
+        result.emplace_back(match.id, MediaAsset(*match.audio), match.syncOffsetSeconds,
+                            match.overlapDurationSeconds);
+    return result;
+}
+
 } // namespace
 
 void RecordingEditing::attachAudioToGroup(UUID groupID, MediaAsset audio) {
@@ -186,7 +197,7 @@ void RecordingEditing::resyncClip(UUID groupID) {
     if (anew == nullptr) return;
     work_.edit(groupID, [&](SyncGroup& own) {
         const SyncGroup before = own;
-        own.audioMatches = anew->audioMatches;
+        own.audioMatches = withAssetsOfTheirOwn(anew->audioMatches);
         own.matchStatus = anew->matchStatus;
         carryDecisions(own, before);
     });

@@ -69,7 +69,7 @@ inline const Declared<std::string> namingSeparator{"namingSeparator", "-", famil
 
 inline const Declared<MatchingDays> matchingDays{
     "matching.days", MatchingDays::automatic, family::matching,
-    "days that meet: a clip's own, also across midnight, or by time of day the neighbouring ones too"};
+    "days whose sound a clip meets; auto: its own day, and clocks that are a day off"};
 
 inline const Declared<VideoResolutionMode> videoResolution{
     "videoResolution", VideoResolutionMode::useVideoFrameSize, family::frameSize,
@@ -87,9 +87,7 @@ inline const Declared<bool> overrideAnamorphic{"overrideAnamorphic", false, fami
                                                "reserved; without effect"};
 inline const Declared<TrimMode> trimMode{
     "trimMode", TrimMode::commonDuration, family::frameSize,
-    "length of a clip: the shorter of picture and sound, counted from the picture's start, wherever the "
-    "sound "
-    "lies; the picture; the longest; or exactly where picture and sound both are"};
+    "common: the shorter length from the picture's start; overlap: where both are"};
 
 inline const Declared<NotesSource> notesSource{"notes.source", NotesSource::both, family::notes,
                                                "whose notes the Notes field takes"};

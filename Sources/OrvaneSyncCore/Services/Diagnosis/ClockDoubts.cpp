@@ -26,7 +26,7 @@ constexpr double majority = 0.6; // of the clips without sound
 // An explanation must find sound for so many times the clips that have theirs without it.
 constexpr double clearly = 1.5;
 // Clips times recordings of a card whose offsets are looked at; of more clips, some are enough to find it.
-constexpr std::size_t mostPairs = 50'000;
+constexpr std::size_t mostPairs = 10'000;
 // Nice offsets may serve a little fewer clips than the best one: a clip may begin before its sound.
 constexpr double nearlyAll = 0.9;
 
@@ -268,13 +268,21 @@ class ClockDoubts {
         return seconds;
     }
 
+    /// Of a card without a day, and clips without one, all.
+    static bool mayMeet(const Card& card, const Shoot::Clip& clip) {
+        return !card.day || !clip.place->day || *card.day == *clip.place->day;
+    }
+
     void offsetOf(const Card& card) {
-        const std::size_t step = uncovered_.size() * card.files.size() / mostPairs + 1;
+        std::vector<const Shoot::Clip*> clips;
+        for (const Shoot::Clip* clip : uncovered_)
+            if (mayMeet(card, *clip)) clips.push_back(clip);
+        const std::size_t step = clips.size() * card.files.size() / mostPairs + 1;
         std::vector<Window> windows;
         std::size_t looked = 0;
-        for (std::size_t i = 0; i < uncovered_.size(); i += step, ++looked)
+        for (std::size_t i = 0; i < clips.size(); i += step, ++looked)
             for (const std::size_t file : card.files) {
-                const FilePlace &clip = *uncovered_[i]->place, &sound = shoot_.recordings[file].place;
+                const FilePlace &clip = *clips[i]->place, &sound = shoot_.recordings[file].place;
                 const auto start = apart(clip, sound);
                 if (!start) continue;
                 const double spare = sound.range.durationSeconds() - clip.range.durationSeconds();
@@ -289,7 +297,7 @@ class ClockDoubts {
         const auto byChance = chanceOf(windows, best);
         const double niceShare = isNice ? std::min(1.0, best.widthSeconds / niceStepSeconds) : 1;
         if (byChance * niceShare > chance::smallest) return;
-        tellOffset(card, offset);
+        tellOffset(card, offset, static_cast<double>(clips.size()));
     }
 
     static constexpr double niceStepSeconds = 1800;
@@ -346,7 +354,7 @@ class ClockDoubts {
         return static_cast<double>(windows.size()) * chance::atLeast(best.depth - 1, mean);
     }
 
-    void tellOffset(const Card& card, double offset) {
+    void tellOffset(const Card& card, double offset, double withoutSound) {
         Cover as, shifted;
         for (const std::size_t file : card.files) {
             const TCRange range = onLine(shoot_.recordings[file].place);
@@ -363,6 +371,7 @@ class ClockDoubts {
         std::set<std::size_t> used;
         std::vector<const Shoot::Clip*> found;
         for (const Shoot::Clip* clip : clips_) {
+            if (!mayMeet(card, *clip)) continue;
             const FilePlace place = card.day ? *clip->place : FilePlace{clip->place->range, {}, {}};
             if (cover(as, place, card.day)) ++now;
             const auto sound = cover(shifted, place, card.day);
@@ -373,7 +382,7 @@ class ClockDoubts {
             used.insert(*sound);
         }
         if (std::cmp_less(used.size(), fewest) || all <= clearly * now ||
-            static_cast<double>(found.size()) < majority * static_cast<double>(uncovered_.size()))
+            static_cast<double>(found.size()) < majority * withoutSound)
             return;
         const std::string text = offsetText(offset + shoot_.input.rules.soundOffsetSeconds, rate_);
         addCardDoubt(doubts_,
@@ -381,7 +390,7 @@ class ClockDoubts {
                       "the recordings in '" + card.folder + "' are " + spanText(std::abs(offset)) +
                           (offset < 0 ? " late" : " early") + " against the clips: moved by that, " +
                           std::to_string(found.size()) + " of " +
-                          counted(static_cast<long long>(uncovered_.size()), "clip", "clips") +
+                          counted(static_cast<long long>(withoutSound), "clip", "clips") +
                           " without all of their sound would match",
                       "--sound-offset " + text},
                      found);

@@ -55,6 +55,15 @@ class DayDoubts {
             if (const auto day = shoot_.recordings[i].place.day)
                 byDay_[*day].add(shoot_.recordings[i].place.range, i);
         for (auto& [day, cover] : byDay_) cover.finish();
+        std::set<UUID> used;
+        for (const Shoot::Clip& clip : shoot_.clips)
+            for (const AudioMatch& match : clip.group->audioMatches) used.insert(match.audio->id);
+        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i) {
+            const Recording& recording = shoot_.recordings[i];
+            if (recording.place.day && !used.contains(recording.asset->id))
+                unused_[*recording.place.day].add(recording.place.range, i);
+        }
+        for (auto& [day, cover] : unused_) cover.finish();
         daysMayBeMixed_ = daysShareHours() || undatedFilesCollide();
         platform::StopCheck check(shoot_.stop);
         for (const Shoot::Clip& clip : shoot_.clips) {
@@ -102,10 +111,12 @@ class DayDoubts {
     }
 
     void missesOtherDate(const Shoot::Clip& clip) {
-        if (!clip.place->day || clip.group->matchStatus.kind != MatchStatus::Kind::unmatched) return;
+        if (!clip.place->day || clip.group->matchStatus.kind != MatchStatus::Kind::unmatched ||
+            hasClockDoubt(clip))
+            return;
         std::optional<std::size_t> best;
         long distance = std::numeric_limits<long>::max();
-        for (const auto& [day, cover] : byDay_) {
+        for (const auto& [day, cover] : unused_) {
             if (std::abs(day - *clip.place->day) >= distance || day == *clip.place->day) continue;
             if (const auto found = cover.of(clip.place->range)) {
                 best = found;
@@ -159,6 +170,9 @@ class DayDoubts {
         constexpr int fewest = 3;
         constexpr double clearly = 1.5, majority = 0.6;
         const int count = static_cast<int>(clips.size());
+        const auto explained =
+            std::ranges::count_if(clips, [&](const auto* clip) { return hasClockDoubt(*clip); });
+        if (explained >= other.clips) return;
         if (other.clips < fewest || other.clips < majority * count || other.clips <= clearly * own.clips)
             return;
         const double share = byDay_.at(other.day).shareOf(first, last);
@@ -172,6 +186,13 @@ class DayDoubts {
                       "--sound-date " + dayText(own.day) +
                           ", in a scan of this day alone; one of the two dates is wrong"},
                      clips);
+    }
+
+    bool hasClockDoubt(const Shoot::Clip& clip) const {
+        const auto own = doubts_.byGroup.find(clip.group->id);
+        return own != doubts_.byGroup.end() && std::ranges::any_of(own->second, [](const SyncDoubt& doubt) {
+                   return doubt.kind == Kind::constantOffset || doubt.kind == Kind::timecodeRate;
+               });
     }
 
     /// Whether recordings of two days were made at the same hours, so that the time of day does not tell them
@@ -228,7 +249,8 @@ class DayDoubts {
 
     const Shoot& shoot_;
     SyncDoubts& doubts_;
-    std::map<long, Cover> byDay_; ///< of the recordings, seconds since midnight
+    std::map<long, Cover> byDay_;  ///< of the recordings, seconds since midnight
+    std::map<long, Cover> unused_; ///< of those that no clip has
     bool daysMayBeMixed_ = false;
 };
 

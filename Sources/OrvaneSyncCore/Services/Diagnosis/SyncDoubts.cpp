@@ -12,8 +12,8 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     const Shoot shoot(input, stop);
     SyncDoubts doubts;
     addClipDoubts(shoot, doubts);
-    addDayDoubts(shoot, doubts);
     addClockDoubts(shoot, doubts);
+    addDayDoubts(shoot, doubts);
     return doubts;
 }
 

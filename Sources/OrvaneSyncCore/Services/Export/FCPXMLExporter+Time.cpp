@@ -126,7 +126,7 @@ double movedSeconds(const MediaAsset& video, const AudioMatch& match, const Matc
                 moved = correction + day;
     // Corrections that were changed since, without a scan: then the match alone knows. A label that is read
     // at another rate by now is less apart.
-    constexpr double rounding = 0.01, mostByRate = 120;
+    constexpr double rounding = 0.045, mostByRate = 120;
     const double unexplained = std::abs(*own + moved - match.syncOffsetSeconds);
     const bool areStartsExact = video.timecodeFrameRate && (match.audio->timecodeFrameRate ||
                                                             match.audio->bextTimeReference.value_or(0) != 0);

@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 
 seconds=${1:?usage: Scripts/fuzz.sh SECONDS [TARGET...]}
 shift
-Scripts/install-dependencies.sh build lint
+Scripts/install-dependencies.sh build sanitize
 cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz
 targets=("$@")

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what the build needs on Debian 12 and is not there yet. Asks nothing; does nothing on a second run.
-#   Scripts/install-dependencies.sh [build|bench|lint]...     build is always included
+#   Scripts/install-dependencies.sh [build|bench|lint|sanitize]...     build is always included
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config ccache git
@@ -11,8 +11,9 @@ for group in "$@"; do
     case "$group" in
         build) ;;
         bench) packages+=(libbenchmark-dev libebur128-dev mediainfo) ;;
-        lint) packages+=(clang clang-format clang-tidy libclang-rt-14-dev) ;;
-        *) echo "error: unknown package group '$group' (build, bench, lint)" >&2; exit 2 ;;
+        lint) packages+=(clang-format clang-tidy) ;;
+        sanitize) packages+=(clang-19 libclang-rt-19-dev) ;;
+        *) echo "error: unknown package group '$group' (build, bench, lint, sanitize)" >&2; exit 2 ;;
     esac
 done
 

@@ -31,6 +31,7 @@ int withOutputWritten(int status) {
 int runProgram(int argc, char** argv) {
     using namespace orvane;
     platform::failRefusedWrites();
+    platform::endWithoutMemory();
     namespace terminal = platform::terminal;
     const bool errIsTerminal = terminal::isTerminal(standardError);
     // The line of the progress goes.

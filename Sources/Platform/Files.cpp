@@ -14,6 +14,7 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <climits>
 #include <cstddef>
 #include <cstdio>
@@ -87,7 +88,7 @@ std::string temporaryName(const std::string& path) {
 
 /// The temporary files of writes under way. Never destroyed: a thread may write until the very end.
 struct Temporaries {
-    std::mutex mutex;
+    std::timed_mutex mutex;
     std::set<std::string> paths;
 
     static Temporaries& shared() {
@@ -370,9 +371,11 @@ void removeAbandonedTemporaries(const std::string& folder) {
 }
 
 void discardTemporaries() {
-    // The lock is kept: no write begins or ends after this.
+    // The lock is kept: no write begins or ends after this. A program that ends for want of memory may hold
+    // it.
+    constexpr std::chrono::seconds patience{1};
     auto& temporaries = Temporaries::shared();
-    temporaries.mutex.lock();
+    if (!temporaries.mutex.try_lock_for(patience)) return;
     for (const std::string& path : temporaries.paths) ::unlink(path.c_str());
 }
 

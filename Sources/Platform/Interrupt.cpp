@@ -3,8 +3,12 @@
 #include "Platform/Files.h"
 
 #include <csignal>
+#include <cstdlib>
+#include <exception>
 #include <functional>
 #include <mutex>
+#include <new>
+#include <string_view>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -36,6 +40,20 @@ Farewell takeFarewell() {
 void beforeTermination(Farewell farewell) {
     const std::scoped_lock lock(farewellMutex);
     storedFarewell = std::move(farewell);
+}
+
+void endWithoutMemory() {
+    std::set_terminate([] {
+        try {
+            if (std::current_exception()) std::rethrow_exception(std::current_exception());
+        } catch (const std::bad_alloc&) {
+            constexpr std::string_view message = "error: there is not enough memory\n";
+            files::discardTemporaries();
+            ::_exit(::write(STDERR_FILENO, message.data(), message.size()) < 0 ? 2 : 1);
+        } catch (...) { // a fault of the program
+        }
+        std::abort();
+    });
 }
 
 void failRefusedWrites() {

@@ -28,32 +28,32 @@ struct Ended {
     bool wasHit = false; ///< a call of it failed
 };
 
-/// The program itself, over a folder of its own that holds settings, work, caches and the shoot.
+/// The program itself, over a disk of its own that holds settings, work, caches and the shoot.
 class Machine {
   public:
     explicit Machine(std::string folder) : folder_(std::move(folder)) {
-        std::filesystem::create_directories(folder_);
-        makeSmallShoot(folder_ + "/shoot");
+        std::filesystem::create_directories(path(""));
+        makeSmallShoot(path("shoot"));
     }
-    std::string path(const std::string& below) const { return folder_ + "/" + below; }
+    std::string path(const std::string& below) const { return folder_ + "/disk/" + below; }
 
     /// `fault` as the fault layer takes it, without the folder; empty for none.
     Ended run(const std::string& arguments, const std::string& input = "",
               const std::string& fault = "") const {
-        platform::files::writeAtomically(path("in"), input);
-        std::filesystem::remove(path("hits"));
+        platform::files::writeAtomically(beside("in"), input);
+        std::filesystem::remove(beside("hits"));
         std::string command;
         for (const char* kind : {"CONFIG", "DATA", "CACHE"})
             command += std::string("XDG_") + kind + "_HOME='" + path("home") + "' ";
         if (!fault.empty())
-            command += "ORVANE_FAULT='" + fault + ":" + path("") + "' ORVANE_FAULT_REPORT='" + path("hits") +
-                       "' LD_PRELOAD='" ORVANE_FAULT_LAYER "' ";
-        command += "'" ORVANESYNC_PROGRAM "' " + arguments + " <'" + path("in") + "' >'" + path("out") +
-                   "' 2>'" + path("err") + "'";
+            command += "ORVANE_FAULT='" + fault + ":" + path("") + "' ORVANE_FAULT_REPORT='" +
+                       beside("hits") + "' LD_PRELOAD='" ORVANE_FAULT_LAYER "' ";
+        command += "'" ORVANESYNC_PROGRAM "' " + arguments + " <'" + beside("in") + "' >'" + beside("out") +
+                   "' 2>'" + beside("err") + "'";
         const int status = std::system(command.c_str()); // NOLINT: one thread
         return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status),
-                platform::files::readText(path("out")), platform::files::readText(path("err")),
-                std::filesystem::exists(path("hits"))};
+                platform::files::readText(beside("out")), platform::files::readText(beside("err")),
+                std::filesystem::exists(beside("hits"))};
     }
     /// What a run leaves behind goes, and the shoot stays.
     void clear() const {
@@ -69,6 +69,9 @@ class Machine {
     }
 
   private:
+    /// What the test itself writes and reads.
+    std::string beside(const std::string& name) const { return folder_ + "/" + name; }
+
     std::string folder_;
 };
 

@@ -31,10 +31,10 @@ class Persistence : public testing::Test {
     MemorySettingsStore store;
 };
 
-TEST_F(Persistence, thereAre75ManagedKeys) {
+TEST_F(Persistence, thereAre76ManagedKeys) {
     const auto& keys = PresetManager::managedKeys();
-    EXPECT_EQ(std::set<std::string>(keys.begin(), keys.end()).size(), 75U);
-    EXPECT_EQ(keys.size(), 75U);
+    EXPECT_EQ(std::set<std::string>(keys.begin(), keys.end()).size(), 76U);
+    EXPECT_EQ(keys.size(), 76U);
     EXPECT_EQ(keys.front(), "eventName");
     EXPECT_EQ(keys.back(), "atmo.includeInExport");
     EXPECT_EQ(SettingsCatalogue::find("developerMode"), nullptr);

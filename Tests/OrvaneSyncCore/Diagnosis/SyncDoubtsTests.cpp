@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
 
+#include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Support/Assets.h"
@@ -50,6 +51,18 @@ struct Shot {
         for (const MediaAsset& file : videos) names.add(file);
         for (const MediaAsset& file : audios) names.add(file);
         doubts = SyncDoubts::of({groups, audios, rules, trim, {}, names});
+        if (!settlesAll) return;
+        for (SyncGroup group : groups)
+            if (group.matchStatus.kind == MatchStatus::Kind::ambiguous) {
+                group.matchStatus = MatchStatus::manual();
+                groups.update(group.id, [&](SyncGroup& own) { own = group; });
+            }
+        doubts = SyncDoubts::of({groups, audios, rules, trim, {}, names});
+    }
+    bool settlesAll = false; ///< whatever is ambiguous, by what it lists first
+    void date(std::vector<MediaAsset>& files, const char* day, std::size_t from = 0) {
+        for (std::size_t i = from; i < files.size(); ++i)
+            files[i].contentCreatedDate = dateFromISO8601(std::string(day) + "T00:00:00Z");
     }
     int count(Kind kind) const {
         int found = 0;
@@ -110,7 +123,9 @@ TEST(SyncDoubts, TwoDaysNeverMixSilently) {
             };
             date(shot.videos, dates == Dates::wrongCamera);
             date(shot.audios, dates == Dates::wrongRecorder);
-            shot.diagnose();
+            const auto given = within(random, 0, 1) < 0.5 ? std::optional(dayNumber(first)) : std::nullopt;
+            shot.settlesAll = within(random, 0, 1) < 0.5;
+            shot.diagnose(dates == Dates::all ? MatchRules() : MatchRules{.soundDay = given});
             int wrong = 0, silent = 0;
             for (const SyncGroup& group : shot.groups) {
                 if (group.isMOS()) continue;
@@ -125,7 +140,8 @@ TEST(SyncDoubts, TwoDaysNeverMixSilently) {
                 if (own == shot.doubts.byGroup.end() || std::ranges::none_of(own->second, isOfDays)) ++silent;
             }
             wrongInAll += wrong;
-            EXPECT_EQ(silent, 0) << "seed " << seed << ", dates " << static_cast<int>(dates);
+            EXPECT_EQ(silent, 0) << "seed " << seed << ", dates " << static_cast<int>(dates)
+                                 << given.has_value() << shot.settlesAll;
             if (dates != Dates::all) continue;
             EXPECT_EQ(wrong, 0);
             EXPECT_TRUE(shot.doubts.byGroup.empty() && shot.doubts.cards.empty())
@@ -160,6 +176,64 @@ TEST(SyncDoubts, FindsTheClockOfACard) {
                     << "seed " << seed << ": whole hours are preferred";
             }
         }
+}
+
+TEST(SyncDoubts, FindsTheClockOfOneCardAmongOthers) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    constexpr double hour = 3600;
+    const auto takes = [](Shot& shot, const char* day, double from, const std::string& card, double ahead,
+                          double before = 10) {
+        const auto clips = shot.videos.size(), sounds = shot.audios.size();
+        for (int i = 0; i < 12; ++i) {
+            const double at = from * hour + 600.0 * i + (7.0 + static_cast<double>(sounds % 5)) * i * i;
+            const std::string name = card + "_" + std::to_string(i);
+            shot.videos.push_back(clipAt("/CAM/" + name + ".mov", at, 60));
+            shot.audios.push_back(
+                recordingAt("/S/" + card + "/" + name + ".wav", at - before + ahead * hour, 60 + 2 * before));
+        }
+        if (day == nullptr) return;
+        shot.date(shot.videos, day, clips);
+        shot.date(shot.audios, day, sounds);
+    };
+    const auto cureOf = [](Shot& shot, const MatchRules& rules = {}) {
+        shot.diagnose(rules);
+        const auto card = shot.card(Kind::constantOffset);
+        return card ? card->doubt.cure : "none";
+    };
+    Shot one, longer, undated, nine, dayOff, film;
+    takes(one, nullptr, 9, "A", 0);
+    takes(one, nullptr, 13, "B", -3);
+    EXPECT_EQ(cureOf(one), "--sound-offset 03:00:00:00 in a scan of this card alone (--exclude 'A')");
+    takes(longer, nullptr, 9, "A", 1, -10);
+    EXPECT_EQ(cureOf(longer), "--sound-offset -01:00:00:00") << "the camera rolls longer";
+    for (const char* day : {"2024-05-17", "2024-05-18", "2024-05-19"}) {
+        takes(undated, day, 9, day, 1);
+        takes(nine, day, 9, day, 9);
+        takes(nine, day, 17, day + std::string("e"), 9);
+        takes(dayOff, day, 9, day, -1);
+    }
+    for (MediaAsset& video : undated.videos) video.contentCreatedDate.reset();
+    for (Shot* shot : {&undated, &nine})
+        for (MediaAsset& audio : shot->audios) audio.url.path = "/S/" + audio.filename;
+    EXPECT_EQ(cureOf(undated), "--sound-offset -01:00:00:00") << "three days of one card";
+    for (MediaAsset& audio : nine.audios)
+        if (const auto aDay = samples(24 * hour); *audio.bextTimeReference >= aDay) {
+            *audio.bextTimeReference -= aDay;
+            *audio.contentCreatedDate += std::chrono::hours(24);
+        }
+    EXPECT_EQ(cureOf(nine), "--sound-offset -09:00:00:00") << "its midnight is another one";
+    for (MediaAsset& audio : dayOff.audios) *audio.contentCreatedDate -= std::chrono::hours(24);
+    EXPECT_EQ(cureOf(dayOff, {.soundOffsetSeconds = 20 * hour})
+                  .find("--sound-date 2024-05-17 --sound-offset 01:00:00:00"),
+              0U)
+        << "25 hours";
+    takes(film, nullptr, 9, "A", 1);
+    for (MediaAsset& video : film.videos) {
+        const double start = TimecodeUtils::tcToSeconds(*video.startTimecodeString, 25);
+        video.startTimecodeString = TimecodeUtils::secondsToTC(start, TimecodeFrameRate::fps23_976);
+    }
+    EXPECT_EQ(cureOf(film, {.timecodeRate = TimecodeFrameRate::fps23_976}), "--sound-offset -00:59:56:10")
+        << "counted as the option is read";
 }
 
 TEST(SyncDoubts, ClaimsNoClockByChance) {
@@ -205,6 +279,21 @@ TEST(SyncDoubts, FindsARateAndADate) {
     ASSERT_TRUE(dated.card(Kind::otherDateFits));
     EXPECT_TRUE(dated.card(Kind::otherDateFits)->doubt.cure.starts_with("--sound-date 2024-05-17"));
     EXPECT_EQ(dated.card(Kind::otherDateFits)->groupIDs.size(), 8U);
+
+    Shot clean; // silent pictures of the first day, at hours of the second one's sound
+    for (int i = 0; i < 16; ++i) {
+        const bool isSecond = i >= 8;
+        const double at = 36000 + 600 * (i % 8) + (isSecond ? 300 : 0);
+        const std::string name = std::to_string(i);
+        clean.videos.push_back(clipAt("/CAM/A" + name + ".mov", at, 60));
+        clean.audios.push_back(recordingAt("/S/T" + name + ".wav", at - 10, 80));
+        clean.date(clean.videos, isSecond ? "2024-05-18" : "2024-05-17", clean.videos.size() - 1);
+        clean.date(clean.audios, isSecond ? "2024-05-18" : "2024-05-17", clean.audios.size() - 1);
+        if (isSecond) clean.videos.push_back(clipAt("/BROLL/B" + name + ".mov", at + 5, 20));
+        if (isSecond) clean.date(clean.videos, "2024-05-17", clean.videos.size() - 1);
+    }
+    clean.diagnose();
+    EXPECT_EQ(clean.count(Kind::otherDateFits), 0);
 }
 
 TEST(SyncDoubts, LooksAtEachClip) {
@@ -228,6 +317,8 @@ TEST(SyncDoubts, LooksAtEachClip) {
         MediaAsset clip;
         std::vector<MediaAsset> sounds;
         std::set<Kind> kinds;
+        MatchRules rules = {};
+        TrimMode trim = TrimMode::commonDuration;
     };
     using enum Kind;
     const std::vector<Case> cases{
@@ -253,11 +344,36 @@ TEST(SyncDoubts, LooksAtEachClip) {
          dropped,
          {with(sound(35990, 90), rate(TimecodeFrameRate::fps29_97, "30000/1001 NDF"))},
          {dropMix}},
+        {"drop frame and non-drop, cured",
+         dropped,
+         {with(sound(35990, 90), rate(TimecodeFrameRate::fps29_97, "30000/1001 NDF"))},
+         {},
+         {.timecodeRate = TimecodeFrameRate::fps29_97d}},
+        {"cut to the sound", ten, {sound(35990, 40)}, {}, {}, TrimMode::overlap},
+        {"a gap while a second recorder ran",
+         ten,
+         {sound(35990, 40, "/S/T_1.wav"), sound(36030.3, 40, "/S/T_2.wav"),
+          with(sound(36000.8, 80, "/R/MIX.wav"), [](auto& a) { a.bextOriginator = "two"; })},
+         {splitGap}},
+        {"a gap on one of two channels",
+         ten,
+         {sound(35990, 40, "/S/T1-001_1.wav"), sound(35990, 40, "/S/T1-001_2.wav"),
+          sound(36030, 40, "/S/T1-002_1.wav"), sound(36030.3, 40, "/S/T1-002_2.wav")},
+         {splitGap}},
+        {"two takes under one clip",
+         ten,
+         {sound(35990, 35, "/S/T05.wav"), sound(36035, 40, "/S/T06.wav")},
+         {shortSound, cutByTrim}},
+        {"two takes that say so",
+         ten,
+         {test::slated(sound(35990, 35, "/S/T_5.wav"), "1", "5"),
+          test::slated(sound(36035, 40, "/S/T_6.wav"), "1", "6")},
+         {shortSound, cutByTrim}},
         {"a clip by itself", ten, {}, {}},
     };
     for (const Case& one : cases) {
         Shot shot{{one.clip}, one.sounds, {}};
-        shot.diagnose();
+        shot.diagnose(one.rules, one.trim);
         std::set<Kind> kinds;
         for (const auto& [id, own] : shot.doubts.byGroup)
             for (const SyncDoubt& doubt : own) {

@@ -109,6 +109,22 @@ TEST(Days, AWrongClockIsTriedOnlyWhereTheCardMeetsNothing) {
     EXPECT_EQ(offsets({}, {clip}, {in("/S1", test::audio("T_240520.wav"))}), Offsets{}) << "no neighbour";
 }
 
+TEST(Days, DatesOfACardMayCountAnotherZone) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    const auto clip = [](const char* name, const char* start, const char* date) {
+        return created(test::video(name, start), date);
+    };
+    const MediaAsset evening = clip("A2.mov", "17:30:00:00", "2024-05-18T00:30:40Z");
+    const std::vector<MediaAsset> sounds{test::audio("T1_240517.wav"),
+                                         test::audio("T2_240517.wav", "17:30:00:00")};
+    EXPECT_EQ(offsets({}, {evening, clip("A1.mov", "10:00:00:00", "2024-05-17T17:00:00Z")}, sounds),
+              Offsets{0})
+        << "seven hours ahead of the timecode, as the whole card is";
+    EXPECT_EQ(offsets({}, {evening, clip("A1.mov", "10:00:00:00", "2024-05-17T10:00:00Z")}, sounds),
+              Offsets{})
+        << "one clip shows no zone";
+}
+
 TEST(Days, PartsOfARecordingPassMidnight) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     const auto groups = SyncEngine().match(
@@ -133,6 +149,12 @@ TEST(Corrections, MoveWhereFilesLie) {
               Offsets{10});
     const MediaAsset old = test::audio("T_000101.wav");
     EXPECT_EQ(offsets(rules({.soundDate = "2024-05-17"}), {clip}, {old}), Offsets{0});
+    const std::vector<MediaAsset> night{test::audio("T1_000101.wav", "22:00:00:00"),
+                                        test::audio("T2_000102.wav", "01:00:00:00")};
+    EXPECT_EQ(
+        offsets(rules({.soundDate = "2024-05-17"}), {test::video("A_240518.mov", "01:00:00:00")}, night),
+        Offsets{0})
+        << "the night passes midnight";
     MatchRules byNeighbours = rules({.soundDate = "2024-05-17"});
     byNeighbours.days = neighbours;
     EXPECT_EQ(offsets(byNeighbours, {clip}, {old}), Offsets{0});

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace orvane {
@@ -25,7 +26,8 @@ constexpr double smallestGapSeconds = 0.1;
 // What is further apart are two takes.
 constexpr double largestGapSeconds = 60;
 constexpr double louderDB = 12;
-constexpr float someSpeech = 0.1F; // share of the windows
+constexpr double ambiguityShare = 0.5; // of the best overlap, as matching has it
+constexpr float someSpeech = 0.1F;     // share of the windows
 
 std::string option(TrimMode mode) {
     return "--set " + std::string(settings::trimMode.key) + "=" + std::string(rawValue(mode));
@@ -79,8 +81,22 @@ class ClipDoubts {
             "--tc-rate " + std::to_string(fitting) + ", or the rate at which the timecode was made");
     }
 
+    /// Nobody listened to clips that were settled all at once, and where a date is missing their first
+    /// recording may be another day's.
+    bool wasAmbiguous() const {
+        if (group_.matchStatus.kind != MatchStatus::Kind::manual || !clip_.place || !clip_.primary)
+            return false;
+        if (clip_.place->day && shoot_.recordings[*clip_.primary].place.day) return false;
+        const double least = group_.audioMatches.front().overlapDurationSeconds * ambiguityShare;
+        return std::ranges::any_of(take_.files, [&](const TakeFile& file) {
+            return file.role == TakeRole::alternate &&
+                   group_.audioMatches[file.matchIndex].overlapDurationSeconds < least;
+        });
+    }
     void ambiguous() {
-        if (group_.matchStatus.kind != MatchStatus::Kind::ambiguous || clip_.isDecided) return;
+        if (clip_.isDecided) return;
+        const bool isSettled = wasAmbiguous();
+        if (group_.matchStatus.kind != MatchStatus::Kind::ambiguous && !isSettled) return;
         std::string files;
         constexpr std::size_t most = 3;
         for (std::size_t i = 0; i < std::min(most, group_.audioMatches.size()); ++i) {
@@ -91,11 +107,14 @@ class ClipDoubts {
         add(Kind::ambiguous,
             std::to_string(group_.audioMatches.size()) + " recordings lie under " + name_ + " of " +
                 formatted("%.1f s", length()) + " and none is clearly best: " + files,
-            "choose in the table of 'scan --review', or take the first of each with --choose first");
+            isSettled
+                ? "take off what does not belong to it, or lock the clip"
+                : "choose in the table of 'scan --review', or take the first of each with --choose first");
     }
 
     /// Only what both files say of themselves counts: a rate without its flag is read as drop frame by habit.
     void dropMix() {
+        if (shoot_.input.rules.timecodeRate) return;
         const auto& own = group_.video.timecodeFrameRate;
         const MediaAsset& sound = *group_.primaryAudio();
         if (!own || !sound.timecodeFrameRate || !sound.ixmlData || !sound.ixmlData->timecodeRate) return;
@@ -113,6 +132,8 @@ class ClipDoubts {
     }
 
     void shortSound() {
+        // Whoever cuts to the sound knows that it is shorter.
+        if (shoot_.input.trimMode == TrimMode::overlap) return;
         if (!clip_.place || group_.video.isOffspeed() || take_.isEmpty()) return;
         const double start = take_.offsetSeconds + group_.manualAudioOffsetSeconds;
         const double before = std::clamp(start, 0.0, length());
@@ -140,28 +161,35 @@ class ClipDoubts {
                 " what both have");
     }
 
+    /// For each file the one of its recorder and its channels that it continues, whatever else was recorded
+    /// meanwhile.
     void splitGap() {
-        std::vector<const TakeFile*> files;
-        for (const TakeFile& file : take_.files)
-            if (file.role != TakeRole::mirror) files.push_back(&file);
-        std::ranges::stable_sort(files, {}, &TakeFile::startSeconds);
-        const TakeFile* before = nullptr; // of those so far, the one that ends last
+        if (group_.audioMatches.size() < 2) return;
         const auto endOf = [](const TakeFile& file) { return file.startSeconds + file.durationSeconds; };
-        for (const TakeFile* file : files) {
-            if (before != nullptr) gap(*before, *file, file->startSeconds - endOf(*before));
-            if (before == nullptr || endOf(*file) > endOf(*before)) before = file;
+        double toldAt = -std::numeric_limits<double>::infinity(); // the channels of a take in mono files miss
+                                                                  // the same moments
+        for (const TakeFile& after : take_.files) {
+            if (after.role == TakeRole::mirror) continue;
+            const TakeFile* before = nullptr; // the one that ends last
+            for (const TakeFile& file : take_.files)
+                if (file.role != TakeRole::mirror && file.startSeconds < after.startSeconds &&
+                    endOf(file) <= after.startSeconds + SplitRecordingDetector::contiguityToleranceSeconds &&
+                    (before == nullptr || endOf(file) > endOf(*before)) &&
+                    SplitRecordingDetector::mayContinue(fileOf(file), fileOf(after)))
+                    before = &file;
+            if (before == nullptr || std::abs(toldAt - endOf(*before)) < 1) continue;
+            if (gap(*before, after, after.startSeconds - endOf(*before))) toldAt = endOf(*before);
         }
     }
-    void gap(const TakeFile& before, const TakeFile& after, double seconds) {
-        if (seconds < smallestGapSeconds || seconds > largestGapSeconds) return;
+    bool gap(const TakeFile& before, const TakeFile& after, double seconds) {
+        if (seconds < smallestGapSeconds || seconds > largestGapSeconds) return false;
         const double at = take_.offsetSeconds + group_.manualAudioOffsetSeconds + after.startSeconds;
-        if (at - seconds < 0 || at > length()) return;
-        const MediaAsset &first = fileOf(before), &second = fileOf(after);
-        if (SplitRecordingDetector::areKnownToDiffer(first.bextOriginator, second.bextOriginator)) return;
+        if (at - seconds < 0 || at > length()) return false;
         add(Kind::splitGap,
-            formatted("%.2f s", seconds) + " of sound are missing between " + shoot_.nameOf(first) + " and " +
-                shoot_.nameOf(second) + formatted(", %.1f s into ", at - seconds) + name_,
+            formatted("%.2f s", seconds) + " of sound are missing between " + shoot_.nameOf(fileOf(before)) +
+                " and " + shoot_.nameOf(fileOf(after)) + formatted(", %.1f s into ", at - seconds) + name_,
             "copy the card again, or look for a part of the recording that is missing");
+        return true;
     }
 
     void mutedSpeech() {

@@ -112,7 +112,8 @@ class Covers {
 class ClockDoubts {
   public:
     ClockDoubts(const Shoot& shoot, SyncDoubts& doubts)
-        : shoot_(shoot), doubts_(doubts), rate_(rateOfMostClips(shoot.input.groups)) {
+        : shoot_(shoot), doubts_(doubts),
+          rate_(shoot.input.rules.timecodeRate.value_or(rateOfMostClips(shoot.input.groups))) {
         for (const Shoot::Clip& clip : shoot.clips) {
             if (!clip.place || clip.isDecided) continue;
             if (clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
@@ -127,11 +128,18 @@ class ClockDoubts {
         std::vector<bool> isRight(shoot_.recordings.size()); // it lies under all of a clip where it is
         for (const Shoot::Clip* clip : clips_)
             if (clip->isCovered && clip->primary) isRight[*clip->primary] = true;
-        for (const auto& card : cards()) {
-            platform::throwIfStopped(shoot_.stop);
+        std::vector<Card> wrong = cards();
+        std::erase_if(wrong, [&](const Card& card) {
             const auto right =
                 std::ranges::count_if(card.files, [&](std::size_t file) { return isRight[file]; });
-            if (std::cmp_less_equal(2 * right, card.files.size())) offsetOf(card);
+            return std::cmp_greater(2 * right, card.files.size());
+        });
+        isSuspected_.assign(shoot_.recordings.size(), false);
+        for (const Card& card : wrong)
+            for (const std::size_t file : card.files) isSuspected_[file] = true;
+        for (const Card& card : wrong) {
+            platform::throwIfStopped(shoot_.stop);
+            offsetOf(card);
         }
     }
 
@@ -176,12 +184,16 @@ class ClockDoubts {
         Places places(rules);
         Covers covers;
         for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
-            if (const auto place = places.of(*shoot_.recordings[i].asset)) covers.add(*place, i);
+            if (auto place = places.of(*shoot_.recordings[i].asset)) {
+                place->day = shoot_.recordings[i].place.day;
+                covers.add(*place, i);
+            }
         covers.finish();
         std::set<std::size_t> used;
         Found all, without;
         for (const Shoot::Clip* clip : clips_) {
-            const auto place = places.of(clip->group->video);
+            auto place = places.of(clip->group->video);
+            if (place) place->day = clip->place->day;
             const auto sound = place ? covers.of(*place) : std::nullopt;
             if (!sound) continue;
             ++all.clips;
@@ -227,11 +239,16 @@ class ClockDoubts {
     // --- a wrong clock
 
     /// What is in one folder and of one day, without the files that are copies or channels of others. Of
-    /// recorders that make a folder for each take, what lies in one folder above.
+    /// recorders that make a folder for each take, what lies in one folder above. Clips of which none has a
+    /// day meet the recordings of all days, which then make one card.
     std::vector<Card> cards() const {
+        const bool areClipsDated = std::ranges::any_of(
+            clips_, [](const Shoot::Clip* clip) { return clip->likelyDay().has_value(); });
         std::map<std::pair<std::string, std::optional<long>>, std::vector<std::size_t>> joined;
         std::vector<Card> result;
-        for (Card& card : cardsOf(shoot_.recordings)) {
+        std::vector<Card> all = cardsOf(shoot_.recordings);
+        if (!areClipsDated) all = withoutDays(std::move(all));
+        for (Card& card : all) {
             keepOneOfATake(card.files);
             if (std::cmp_less(card.files.size(), fewest)) {
                 auto& files = joined[{card.folder.substr(0, card.folder.rfind('/')), card.day}];
@@ -243,6 +260,16 @@ class ClockDoubts {
         for (auto& [key, files] : joined)
             if (std::cmp_greater_equal(files.size(), fewest))
                 result.push_back({key.first, key.second, std::move(files)});
+        return result;
+    }
+    static std::vector<Card> withoutDays(std::vector<Card> cards) {
+        std::vector<Card> result;
+        for (Card& card : cards) {
+            if (result.empty() || result.back().folder != card.folder)
+                result.push_back({std::move(card.folder), std::nullopt, {}});
+            auto& files = result.back().files;
+            files.insert(files.end(), card.files.begin(), card.files.end());
+        }
         return result;
     }
     void keepOneOfATake(std::vector<std::size_t>& files) const {
@@ -257,20 +284,53 @@ class ClockDoubts {
 
     /// What is to be added to the recording's place to come to the clip's; absent where their dates are a day
     /// and more apart.
-    static std::optional<double> apart(const FilePlace& clip, const FilePlace& sound) {
-        double seconds = clip.range.startSeconds - sound.range.startSeconds;
-        if (clip.day && sound.day) {
-            seconds += static_cast<double>(*clip.day - *sound.day) * secondsADay;
-            return std::abs(seconds) <= secondsADay ? std::optional(seconds) : std::nullopt;
+    static std::optional<double> apart(const Shoot::Clip& clip, const FilePlace& sound) {
+        double seconds = clip.place->range.startSeconds - sound.range.startSeconds;
+        const auto day = clip.likelyDay();
+        if (day && sound.day) {
+            seconds += static_cast<double>(*day - *sound.day) * secondsADay;
+            // By a whole day it is the date that is wrong.
+            return std::abs(seconds) < secondsADay - 1 ? std::optional(seconds) : std::nullopt;
         }
         if (seconds > halfADay) seconds -= secondsADay;
         if (seconds < -halfADay) seconds += secondsADay;
         return seconds;
     }
 
-    /// Of a card without a day, and clips without one, all.
+    /// Of a card without a day, and clips without one, all; else those of its day and of the days beside it:
+    /// a clock that is hours off changes its date at another time than the cameras do.
     static bool mayMeet(const Card& card, const Shoot::Clip& clip) {
-        return !card.day || !clip.place->day || *card.day == *clip.place->day;
+        const auto day = clip.likelyDay();
+        return !card.day || !day || std::abs(*card.day - *day) <= 1;
+    }
+    TCRange laid(const Card& card, std::size_t file) const {
+        const FilePlace& place = shoot_.recordings[file].place;
+        return card.day ? onLine(place) : place.range;
+    }
+    /// Where the clip may lie among what `laid` gives; by the time of day, midnight may lie between the two.
+    template <class Accept>
+    static bool anyPlace(const Card& card, const Shoot::Clip& clip, const Accept& accept) {
+        const TCRange& range = clip.place->range;
+        const auto day = clip.likelyDay();
+        if (card.day && day) return accept(moved(range, static_cast<double>(*day) * secondsADay));
+        const double near = static_cast<double>(card.day.value_or(0)) * secondsADay;
+        return accept(moved(range, near)) || accept(moved(range, near - secondsADay)) ||
+               accept(moved(range, near + secondsADay));
+    }
+    /// Whether the clip lies within the hours of the card.
+    static bool isWithin(const TCRange& hours, const Card& card, const Shoot::Clip& clip) {
+        return anyPlace(card, clip, [&](const TCRange& range) {
+            return SyncEngine::overlapDuration(hours, range).has_value();
+        });
+    }
+    TCRange hoursOf(const Card& card, double offset) const {
+        TCRange hours{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
+        for (const std::size_t file : card.files) {
+            const TCRange range = laid(card, file);
+            hours.startSeconds = std::min(hours.startSeconds, range.startSeconds);
+            hours.endSeconds = std::max(hours.endSeconds, range.endSeconds);
+        }
+        return moved(hours, offset);
     }
 
     void offsetOf(const Card& card) {
@@ -279,25 +339,32 @@ class ClockDoubts {
             if (mayMeet(card, *clip)) clips.push_back(clip);
         const std::size_t step = clips.size() * card.files.size() / mostPairs + 1;
         std::vector<Window> windows;
-        std::size_t looked = 0;
-        for (std::size_t i = 0; i < clips.size(); i += step, ++looked)
+        std::vector<const Shoot::Clip*> looked;
+        for (std::size_t i = 0; i < clips.size(); i += step) {
             for (const std::size_t file : card.files) {
-                const FilePlace &clip = *clips[i]->place, &sound = shoot_.recordings[file].place;
-                const auto start = apart(clip, sound);
+                const FilePlace& sound = shoot_.recordings[file].place;
+                const auto start = apart(*clips[i], sound);
                 if (!start) continue;
-                const double spare = sound.range.durationSeconds() - clip.range.durationSeconds();
-                const Window window{*start - spare - coverSlackSeconds, *start + coverSlackSeconds, looked};
-                if (window.first <= window.last) windows.push_back(window);
+                // From where one of the two lies under all of the other to where it does so last.
+                const double end =
+                    *start + clips[i]->place->range.durationSeconds() - sound.range.durationSeconds();
+                const auto [first, last] = std::minmax(*start, end);
+                windows.push_back({first - coverSlackSeconds, last + coverSlackSeconds, looked.size()});
             }
+            looked.push_back(clips[i]);
+        }
         if (windows.empty()) return;
-        const Offset best = deepest(windows, looked);
-        if (best.depth < fewest || best.depth < majority * static_cast<double>(looked)) return;
+        const Offset best = deepest(windows, looked.size());
+        const TCRange hours = hoursOf(card, best.seconds);
+        const auto expected = std::ranges::count_if(
+            looked, [&](const Shoot::Clip* clip) { return isWithin(hours, card, *clip); });
+        if (best.depth < fewest || best.depth < majority * static_cast<double>(expected)) return;
 
-        const auto [offset, isNice] = nicest(windows, looked, best);
+        const auto [offset, isNice] = nicest(windows, looked.size(), best);
         const auto byChance = chanceOf(windows, best);
         const double niceShare = isNice ? std::min(1.0, best.widthSeconds / niceStepSeconds) : 1;
         if (byChance * niceShare > chance::smallest) return;
-        tellOffset(card, offset, static_cast<double>(clips.size()));
+        tellOffset(card, offset);
     }
 
     static constexpr double niceStepSeconds = 1800;
@@ -354,27 +421,24 @@ class ClockDoubts {
         return static_cast<double>(windows.size()) * chance::atLeast(best.depth - 1, mean);
     }
 
-    void tellOffset(const Card& card, double offset, double withoutSound) {
+    void tellOffset(const Card& card, double offset) {
         Cover as, shifted;
         for (const std::size_t file : card.files) {
-            const TCRange range = onLine(shoot_.recordings[file].place);
-            as.add(range, file);
-            shifted.add(moved(range, offset), file);
-            // By the time of day, midnight may lie between the two.
-            if (shoot_.recordings[file].place.day) continue;
-            for (const double day : {-secondsADay, secondsADay})
-                shifted.add(moved(range, offset + day), file);
+            as.add(laid(card, file), file);
+            shifted.add(moved(laid(card, file), offset), file);
         }
         as.finish();
         shifted.finish();
+        const TCRange hours = hoursOf(card, offset);
         int now = 0, all = 0;
+        double withoutSound = 0;
         std::set<std::size_t> used;
         std::vector<const Shoot::Clip*> found;
         for (const Shoot::Clip* clip : clips_) {
             if (!mayMeet(card, *clip)) continue;
-            const FilePlace place = card.day ? *clip->place : FilePlace{clip->place->range, {}, {}};
-            if (cover(as, place, card.day)) ++now;
-            const auto sound = cover(shifted, place, card.day);
+            if (cover(as, card, *clip)) ++now;
+            if (!clip->isCovered && isWithin(hours, card, *clip)) ++withoutSound;
+            const auto sound = cover(shifted, card, *clip);
             if (!sound) continue;
             ++all;
             if (clip->isCovered) continue;
@@ -384,22 +448,64 @@ class ClockDoubts {
         if (std::cmp_less(used.size(), fewest) || all <= clearly * now ||
             static_cast<double>(found.size()) < majority * withoutSound)
             return;
-        const std::string text = offsetText(offset + shoot_.input.rules.soundOffsetSeconds, rate_);
-        addCardDoubt(doubts_,
-                     {Kind::constantOffset,
-                      "the recordings in '" + card.folder + "' are " + spanText(std::abs(offset)) +
-                          (offset < 0 ? " late" : " early") + " against the clips: moved by that, " +
-                          std::to_string(found.size()) + " of " +
-                          counted(static_cast<long long>(withoutSound), "clip", "clips") +
-                          " without all of their sound would match",
-                      "--sound-offset " + text},
-                     found);
+        const int lost = lostBy(offset);
+        addCardDoubt(
+            doubts_,
+            {Kind::constantOffset,
+             "the recordings in '" + card.folder + "' are " + spanText(std::abs(offset)) +
+                 (offset < 0 ? " late" : " early") + " against the clips: moved by that, " +
+                 std::to_string(found.size()) + " of " +
+                 counted(static_cast<long long>(withoutSound), "clip", "clips") +
+                 " without all of their sound would match" +
+                 (lost > 0 ? ", and " + counted(lost, "clip", "clips") + " would lose other sound" : ""),
+             cureOf(card, offset) + (lost > 0 ? inAScanOf(card) : "")},
+            found);
     }
-    static std::optional<std::size_t> cover(const Cover& sound, const FilePlace& clip,
-                                            const std::optional<long>& dayOfCard) {
-        FilePlace laid = clip;
-        if (!laid.day) laid.day = dayOfCard; // by the time of day
-        return sound.of(onLine(laid));
+    static std::optional<std::size_t> cover(const Cover& sound, const Card& card, const Shoot::Clip& clip) {
+        std::optional<std::size_t> found;
+        anyPlace(card, clip,
+                 [&](const TCRange& range) { return (found = sound.ofEither(range)).has_value(); });
+        return found;
+    }
+    /// How many clips would lose their sound if all recordings moved. What lies on a card whose clock is
+    /// wrong as well has its sound by chance.
+    int lostBy(double offset) const {
+        return static_cast<int>(std::ranges::count_if(clips_, [&](const Shoot::Clip* clip) {
+            return clip->isCovered && clip->primary && !isSuspected_[*clip->primary] &&
+                   !isCovered(*clip->group, clip->place->range.durationSeconds(), offset);
+        }));
+    }
+    /// Offsets are told up to a day; what is more goes into the date.
+    std::string cureOf(const Card& card, double offset) const {
+        double total = offset + shoot_.input.rules.soundOffsetSeconds;
+        const double halfAFrame = 0.5 / timecodeRate::frameRateForRealTimeCalculation(rate_);
+        std::string date;
+        if (std::abs(total) >= secondsADay - halfAFrame) {
+            const double days = std::round(total / secondsADay);
+            total -= days * secondsADay;
+            // Without a date the time of day is all that counts.
+            if (card.day) date = "--sound-date " + dayText(*card.day + static_cast<long>(days));
+            if (card.day && std::abs(total) < halfAFrame) return date;
+        }
+        return date + (date.empty() ? "" : " ") + "--sound-offset " + offsetText(total, rate_);
+    }
+    /// The folders of other recordings, by the names in which their paths begin to differ.
+    std::string inAScanOf(const Card& card) const {
+        std::set<std::string> others;
+        for (const Recording& recording : shoot_.recordings) {
+            const std::string& path = recording.asset->url.path;
+            const auto own = std::ranges::mismatch(card.folder + "/", path).in2;
+            const auto first = std::find(std::make_reverse_iterator(own), path.rend(), '/').base();
+            const auto last = std::find(first, path.end(), '/');
+            if (own != path.end() && last != path.end() && !path.starts_with(card.folder + "/"))
+                others.insert(std::string(first, last));
+        }
+        constexpr std::size_t most = 3;
+        std::string options;
+        for (const std::string& other : others)
+            if (options.empty() || others.size() <= most) options += " --exclude '" + other + "'";
+        if (options.empty() || others.size() > most) options = " --exclude with the folders of the others";
+        return " in a scan of this card alone (" + options.substr(1) + ")";
     }
 
     const Shoot& shoot_;
@@ -407,6 +513,7 @@ class ClockDoubts {
     TimecodeFrameRate rate_;
     std::vector<const Shoot::Clip*> clips_;
     std::vector<const Shoot::Clip*> uncovered_;
+    std::vector<bool> isSuspected_; ///< by recording, of a card that lies under few clips
 };
 
 } // namespace

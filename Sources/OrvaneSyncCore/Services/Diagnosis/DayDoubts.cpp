@@ -20,6 +20,8 @@ using Kind = SyncDoubt::Kind;
 using TCRange = SyncEngine::TCRange;
 
 constexpr double secondsADay = 86400;
+// A date is given to all recordings of a scan.
+constexpr const char* dayAlone = " in a scan of this day alone";
 // Of what one clip meets, two recordings that share less than this of the longer one were not made together.
 constexpr double togetherShare = 0.5;
 
@@ -64,7 +66,9 @@ class DayDoubts {
                 unused_[*recording.place.day].add(recording.place.range, i);
         }
         for (auto& [day, cover] : unused_) cover.finish();
-        daysMayBeMixed_ = daysShareHours() || undatedFilesCollide();
+        findFree();
+        daysMayBeMixed_ = daysShareHours(true) || undatedFilesCollide();
+        isDateGivenToSeveralShoots_ = givesDateToSeveralShoots();
         platform::StopCheck check(shoot_.stop);
         for (const Shoot::Clip& clip : shoot_.clips) {
             check();
@@ -88,6 +92,14 @@ class DayDoubts {
         const Recording& sound = primaryOf(clip);
         const std::string names = shoot_.nameOf(*sound.asset) + " under " + shoot_.nameOf(clip.group->video);
         const auto recorded = sound.place.day, filmed = clip.likelyDay();
+        if (isDateGivenToSeveralShoots_ && !(filmed && sound.place.statedDay == filmed))
+            return doubt(clip, Kind::otherDay,
+                         names + " has its date by --sound-date alone, and the files here are of more than " +
+                             "one shoot" +
+                             (sound.place.statedDay
+                                  ? ": the recording itself says " + dayText(*sound.place.statedDay)
+                                  : ""),
+                         "--sound-date " + (filmed ? dayText(*filmed) : "YYYY-MM-DD") + dayAlone);
         if (clip.place->day && recorded) {
             const double apart = static_cast<double>(*recorded - *clip.place->day) * secondsADay +
                                  sound.place.range.startSeconds - clip.place->range.startSeconds;
@@ -100,14 +112,14 @@ class DayDoubts {
             return doubt(clip, Kind::otherDay,
                          names + " fits by the time of day alone: " + undated +
                              " has no date, and the files here are of more than one day",
-                         "scan each day by itself, or give the recordings' day with --sound-date YYYY-MM-DD");
+                         "scan each day by itself, give the recordings' day with --sound-date YYYY-MM-DD" +
+                             std::string(dayAlone) + ", or lock the clip where it is right");
         }
         doubt(clip, Kind::otherDay,
               names + " is of " + dayText(*recorded) + ", and the clip is of " + dayText(*filmed) +
                   "; they fit by the time of day alone",
-              "--sound-date " + dayText(*filmed) +
-                  " if the recorder's date is wrong, --days same to leave such "
-                  "sound out");
+              "--sound-date " + dayText(*filmed) + dayAlone +
+                  " if the recorder's date is wrong, --days same to leave such sound out");
     }
 
     void missesOtherDate(const Shoot::Clip& clip) {
@@ -129,7 +141,8 @@ class DayDoubts {
               shoot_.nameOf(clip.group->video) + " of " + dayText(*clip.place->day) + " has no sound, and " +
                   shoot_.nameOf(*sound.asset) + " of " + dayText(*sound.place.day) +
                   " lies under all of it by the time of day",
-              "--sound-date " + dayText(*clip.place->day) + " if the recorder's date is wrong, or " +
+              "--sound-date " + dayText(*clip.place->day) + dayAlone +
+                  " if the recorder's date is wrong, or " +
                   (distance == 1 ? "--days neighbours" : "attach the recording by hand"));
     }
 
@@ -164,7 +177,7 @@ class DayDoubts {
                 continue;
             }
             if (std::abs(day - *card.day) > farthest && byDay_.size() > mostDays) continue;
-            const Fit fit = fitOf(day, cover);
+            const Fit fit = fitOf(day, soundOf(day));
             if (fit.clips > other.clips) other = fit;
         }
         constexpr int fewest = 3;
@@ -175,7 +188,7 @@ class DayDoubts {
         if (explained >= other.clips) return;
         if (other.clips < fewest || other.clips < majority * count || other.clips <= clearly * own.clips)
             return;
-        const double share = byDay_.at(other.day).shareOf(first, last);
+        const double share = soundOf(other.day).shareOf(first, last);
         if (chance::atLeast(other.clips, count, share) > chance::smallest) return;
         addCardDoubt(doubts_,
                      {Kind::otherDateFits,
@@ -183,9 +196,43 @@ class DayDoubts {
                           std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
                           " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
                           " those of their own day",
-                      "--sound-date " + dayText(own.day) +
-                          ", in a scan of this day alone; one of the two dates is wrong"},
+                      "--sound-date " + dayText(own.day) + dayAlone + "; one of the two dates is wrong"},
                      clips);
+    }
+
+    /// Of days whose recordings mostly lie under clips of that day, the date is right, and those recordings
+    /// are no sound for clips of another one.
+    void findFree() {
+        std::vector<bool> isMet(shoot_.recordings.size());
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            if (!clip.place || !clip.place->day || !clip.isCovered) continue;
+            for (const AudioMatch& match : clip.group->audioMatches)
+                if (const auto found = shoot_.recordingByID.find(match.audio->id);
+                    found != shoot_.recordingByID.end() &&
+                    shoot_.recordings[found->second].place.day == clip.place->day)
+                    isMet[found->second] = true;
+        }
+        struct Count {
+            int all = 0, met = 0;
+        };
+        std::map<long, Count> counts;
+        for (std::size_t i = 0; i < isMet.size(); ++i)
+            if (const auto day = shoot_.recordings[i].place.day) {
+                ++counts[*day].all;
+                counts[*day].met += isMet[i] ? 1 : 0;
+            }
+        constexpr double mostly = 2.0 / 3;
+        for (const auto& [day, count] : counts)
+            if (count.met >= mostly * count.all) free_[day];
+        for (std::size_t i = 0; i < isMet.size(); ++i)
+            if (const auto day = shoot_.recordings[i].place.day; day && !isMet[i] && free_.contains(*day))
+                free_[*day].add(shoot_.recordings[i].place.range, i);
+        for (auto& [day, cover] : free_) cover.finish();
+    }
+    /// What clips of another day may have for their sound.
+    const Cover& soundOf(long day) const {
+        const auto found = free_.find(day);
+        return found != free_.end() ? found->second : byDay_.at(day);
     }
 
     bool hasClockDoubt(const Shoot::Clip& clip) const {
@@ -197,7 +244,7 @@ class DayDoubts {
 
     /// Whether recordings of two days were made at the same hours, so that the time of day does not tell them
     /// apart. A night that passes midnight is no such case.
-    bool daysShareHours() const {
+    bool daysShareHours(bool withRecordings) const {
         std::map<long, TCRange> hours;
         const auto add = [&](const std::optional<long>& day, const TCRange& range) {
             if (!day) return;
@@ -206,7 +253,9 @@ class DayDoubts {
             known->second.startSeconds = std::min(known->second.startSeconds, range.startSeconds);
             known->second.endSeconds = std::max(known->second.endSeconds, range.endSeconds);
         };
-        for (const Recording& recording : shoot_.recordings) add(recording.place.day, recording.place.range);
+        if (withRecordings)
+            for (const Recording& recording : shoot_.recordings)
+                add(recording.place.day, recording.place.range);
         for (const Shoot::Clip& clip : shoot_.clips)
             if (clip.place) add(clip.place->day, clip.place->range);
         std::vector<TCRange> ranges;
@@ -215,6 +264,17 @@ class DayDoubts {
         return std::ranges::adjacent_find(ranges, [](const TCRange& a, const TCRange& b) {
                    return SyncEngine::overlapDuration(a, b).has_value();
                }) != ranges.end();
+    }
+
+    /// By the days that the recordings state themselves, and by the clips for recordings that state none.
+    bool givesDateToSeveralShoots() const {
+        const auto& given = shoot_.input.rules.soundDay;
+        if (!given) return false;
+        std::set<long> shoots; // by their first day
+        for (const Recording& recording : shoot_.recordings)
+            if (const auto stated = recording.place.statedDay)
+                shoots.insert(*stated - (*recording.place.day - *given));
+        return shoots.size() > 1 || daysShareHours(false);
     }
 
     /// One recorder cannot have made two recordings at one time: such files are of several days. Recorders
@@ -251,7 +311,9 @@ class DayDoubts {
     SyncDoubts& doubts_;
     std::map<long, Cover> byDay_;  ///< of the recordings, seconds since midnight
     std::map<long, Cover> unused_; ///< of those that no clip has
+    std::map<long, Cover> free_;   ///< of days with clips of their own, of those that lie under none
     bool daysMayBeMixed_ = false;
+    bool isDateGivenToSeveralShoots_ = false;
 };
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Stop.h"
 
@@ -33,12 +34,28 @@ std::vector<Card> cards(const Items& items, const Describe& describe) {
 
 using CardKey = std::optional<std::pair<std::string_view, std::optional<long>>>;
 
-/// By all files together: a take may have been cut into several.
-bool isCovered(const SyncGroup& group, double clipSeconds) {
+/// Locked, left out, or settled by one of its recordings: the others were taken off, or it was put in front
+/// of one with more in common. Clips that were settled all at once by what they list first are no such.
+bool isDecidedAlone(const SyncGroup& group) {
+    if (group.isLocked || group.isExcludedFromExport) return true;
+    if (group.matchStatus.kind != MatchStatus::Kind::manual) return false;
+    if (group.audioMatches.size() < 2) return true;
+    const auto best = std::ranges::max_element(group.audioMatches, {}, &AudioMatch::overlapDurationSeconds);
+    if (best->overlapDurationSeconds > group.audioMatches.front().overlapDurationSeconds) return true;
+    const Take take = takeOf(group, assumedChannels);
+    return std::ranges::find(take.files, TakeRole::alternate, &TakeFile::role) == take.files.end();
+}
+
+} // namespace
+
+bool isCovered(const SyncGroup& group, double clipSeconds, double movedBySeconds) {
     std::vector<TCRange> ranges;
-    for (const AudioMatch& match : group.audioMatches)
-        ranges.push_back(
-            {match.syncOffsetSeconds, match.syncOffsetSeconds + match.audio->durationSeconds.value_or(0)});
+    for (const AudioMatch& match : group.audioMatches) {
+        const double start = match.syncOffsetSeconds + movedBySeconds;
+        ranges.push_back({start, start + match.audio->durationSeconds.value_or(0)});
+        if (ranges.back().durationSeconds() > 0 && covers({0, clipSeconds}, ranges.back())) return true;
+    }
+    // By all files together: a take may have been cut into several.
     std::ranges::sort(ranges, {}, &TCRange::startSeconds);
     double heardTo = 0;
     for (const TCRange& range : ranges)
@@ -46,22 +63,20 @@ bool isCovered(const SyncGroup& group, double clipSeconds) {
     return heardTo >= clipSeconds - coverSlackSeconds && !ranges.empty();
 }
 
-} // namespace
-
 Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input(theInput), stop(theStop) {
     Places places(input.rules);
     recordings = recordingsAmong(input.recordings, places, stop);
-    std::unordered_map<UUID, std::size_t> byID;
-    for (std::size_t i = 0; i < recordings.size(); ++i) byID[recordings[i].asset->id] = i;
+    for (std::size_t i = 0; i < recordings.size(); ++i) recordingByID[recordings[i].asset->id] = i;
+    for (const SyncGroup& group : input.groups) places.learn(group.video);
     clips.reserve(input.groups.size());
     platform::StopCheck check(stop);
     for (const SyncGroup& group : input.groups) {
         check();
         Clip clip{.group = &group, .place = places.of(group.video), .primary = std::nullopt};
-        clip.isDecided = group.isLocked || group.isExcludedFromExport ||
-                         group.matchStatus.kind == MatchStatus::Kind::manual;
+        clip.isDecided = isDecidedAlone(group);
         if (!group.audioMatches.empty())
-            if (const auto found = byID.find(group.audioMatches.front().audio->id); found != byID.end())
+            if (const auto found = recordingByID.find(group.audioMatches.front().audio->id);
+                found != recordingByID.end())
                 clip.primary = found->second;
         if (clip.place) {
             clip.isCovered = isCovered(group, clip.place->range.durationSeconds());
@@ -92,6 +107,12 @@ void Cover::finish() {
         const std::size_t before = ranges_[i - 1].longest;
         if (ranges_[before].range.endSeconds > ranges_[i].range.endSeconds) ranges_[i].longest = before;
     }
+    for (std::size_t i = ranges_.size(); i-- > 0;) {
+        ranges_[i].soonest = i;
+        if (i + 1 == ranges_.size()) continue;
+        const std::size_t behind = ranges_[i + 1].soonest;
+        if (ranges_[behind].range.endSeconds < ranges_[i].range.endSeconds) ranges_[i].soonest = behind;
+    }
 }
 
 std::optional<std::size_t> Cover::of(const TCRange& clip) const {
@@ -100,6 +121,15 @@ std::optional<std::size_t> Cover::of(const TCRange& clip) const {
     if (behind == ranges_.begin()) return std::nullopt;
     const Range& longest = ranges_[std::prev(behind)->longest];
     return covers(longest.range, clip) ? std::optional(longest.item) : std::nullopt;
+}
+
+std::optional<std::size_t> Cover::ofEither(const TCRange& clip) const {
+    if (const auto found = of(clip)) return found;
+    const auto first = std::ranges::lower_bound(ranges_, clip.startSeconds - coverSlackSeconds, {},
+                                                [](const Range& one) { return one.range.startSeconds; });
+    if (first == ranges_.end()) return std::nullopt;
+    const Range& soonest = ranges_[first->soonest];
+    return covers(clip, soonest.range) ? std::optional(soonest.item) : std::nullopt;
 }
 
 double Cover::shareOf(double first, double last) const {

@@ -21,7 +21,7 @@ struct Shoot {
         /// place.
         std::optional<std::size_t> primary;
         bool isDecided = false; ///< by the editor: no doubt about which recording it has
-        bool isCovered = false; ///< its sound lies under all of it
+        bool isCovered = false; ///< as `isCovered` of its group
 
         /// The day of the file, else that of its header.
         std::optional<long> likelyDay() const { return place->day ? place->day : place->headerDay; }
@@ -33,6 +33,7 @@ struct Shoot {
     const std::stop_token& stop;
     std::vector<Clip> clips; ///< in the order of the groups
     std::vector<Recording> recordings;
+    std::unordered_map<UUID, std::size_t> recordingByID; ///< in `recordings`
 
     std::string nameOf(const MediaAsset& asset) const { return "'" + input.names.of(asset) + "'"; }
 };
@@ -44,6 +45,9 @@ void addCardDoubt(SyncDoubts& doubts, SyncDoubt doubt, const std::vector<const S
 /// recorder is none of its clock.
 inline constexpr double coverSlackSeconds = 1;
 bool covers(const SyncEngine::TCRange& sound, const SyncEngine::TCRange& clip);
+/// Whether the clip's sound, moved by that, lies under all of it, or one of its recordings all within it: a
+/// camera may roll longer than the recorder.
+bool isCovered(const SyncGroup& group, double clipSeconds, double movedBySeconds = 0);
 
 /// Ranges of sound of which one may lie under all of a clip.
 class Cover {
@@ -52,6 +56,8 @@ class Cover {
     void finish();
     /// The item of a range that covers the clip.
     std::optional<std::size_t> of(const SyncEngine::TCRange& clip) const;
+    /// The same, else that of one which the clip covers.
+    std::optional<std::size_t> ofEither(const SyncEngine::TCRange& clip) const;
     /// The share of the time from `first` to `last` during which there is sound.
     double shareOf(double first, double last) const;
     bool isEmpty() const { return ranges_.empty(); }
@@ -61,6 +67,7 @@ class Cover {
         SyncEngine::TCRange range;
         std::size_t item;
         std::size_t longest = 0; ///< of this and all before it, the one that ends last
+        std::size_t soonest = 0; ///< of this and all behind it, the one that ends first
     };
     std::vector<Range> ranges_;
 };

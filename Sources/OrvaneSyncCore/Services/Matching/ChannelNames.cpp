@@ -19,17 +19,6 @@ constexpr std::array<std::string_view, 34> channelWords{
     "mixl", "mixr", "mixlr", "boom",    "bm",  "lav",  "lv",    "radio", "rf",    "wl",   "l",   "r",
     "lr",   "left", "right", "ms",      "mid", "side", "trl",   "trr",   "trlr",  "trmic"};
 
-std::vector<std::string> piecesOf(std::string_view text) {
-    constexpr std::string_view separators = "_- .";
-    std::vector<std::string> pieces;
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find_first_of(separators), text.size());
-        if (end > 0) pieces.emplace_back(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
-    return pieces;
-}
-
 bool isChannelPiece(std::string_view piece) {
     const std::size_t lastOfWord = piece.find_last_not_of("0123456789");
     const std::size_t word = lastOfWord == std::string_view::npos ? 0 : lastOfWord + 1;
@@ -39,19 +28,30 @@ bool isChannelPiece(std::string_view piece) {
 
 } // namespace
 
-ChannelName::ChannelName(const MediaAsset& recording) {
-    for (std::string& text : piecesOf(recording.normalizedName())) {
-        const bool namesChannel = isChannelPiece(text);
-        pieces_.push_back({std::move(text), namesChannel});
+std::vector<std::string_view> piecesOfName(std::string_view text) {
+    constexpr std::string_view separators = "_- .";
+    std::vector<std::string_view> pieces;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find_first_of(separators), text.size());
+        if (end > 0) pieces.push_back(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
     }
+    return pieces;
+}
+
+ChannelName::ChannelName(const MediaAsset& recording) {
+    const std::string whole = recording.normalizedName();
+    for (const std::string_view text : piecesOfName(whole))
+        pieces_.push_back({std::string(text), isChannelPiece(text)});
     if (!recording.ixmlData) return;
     // A recorder may put the name that was given to the track behind that of the take.
     for (const IXMLTrack& track : recording.ixmlData->tracks) {
-        const auto name = piecesOf(platform::text::lowercased(track.name));
+        const std::string trackName = platform::text::lowercased(track.name);
+        const auto name = piecesOfName(trackName);
         if (name.empty() || name.size() >= pieces_.size()) continue;
         const auto tail = pieces_.end() - static_cast<std::ptrdiff_t>(name.size());
         if (std::equal(tail, pieces_.end(), name.begin(),
-                       [](const Piece& piece, const std::string& text) { return piece.text == text; }))
+                       [](const Piece& piece, std::string_view text) { return piece.text == text; }))
             std::for_each(tail, pieces_.end(), [](Piece& piece) { piece.namesChannel = true; });
     }
 }

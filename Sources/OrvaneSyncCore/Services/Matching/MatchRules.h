@@ -13,7 +13,7 @@ namespace orvane {
 struct MatchRules {
     MatchingDays days = MatchingDays::automatic;
     double soundOffsetSeconds = 0;                      ///< added to the start of every recording
-    std::optional<long> soundDay = {};                  ///< of every recording, days since 1970
+    std::optional<long> soundDay = {};                  ///< of the first recording of each shoot, since 1970
     std::optional<TimecodeFrameRate> timecodeRate = {}; ///< as `SourceCorrections::timecodeRate`
 
     /// The matcher's rule without corrections.

@@ -80,10 +80,9 @@ void TimeOfDayIndex::append(const TCRange& clip, const std::vector<Recording>& r
 
 NeighbouringDays::NeighbouringDays(const std::vector<Recording>& recordings, const MatchRules& rules)
     : recordings_(recordings) {
-    std::optional<Date> ofAll;
-    if (rules.soundDay) ofAll = starts_.of(calendarDay(*rules.soundDay));
     for (std::size_t i = 0; i < recordings.size(); ++i) {
-        const auto day = ofAll ? ofAll : recordings[i].asset->shootDay(starts_);
+        const auto day = rules.soundDay ? starts_.of(calendarDay(*recordings[i].place.day))
+                                        : recordings[i].asset->shootDay(starts_);
         (day ? days_[*day] : undated_).add(recordings[i].place.range, i);
         all_.add(recordings[i].place.range, i);
         dayOf_.push_back(day);

@@ -4,8 +4,12 @@
 #include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 
+#include <array>
+#include <functional>
+#include <map>
 #include <optional>
 #include <stop_token>
+#include <string>
 #include <vector>
 
 namespace orvane {
@@ -15,8 +19,9 @@ struct FilePlace {
     SyncEngine::TCRange range; ///< seconds since midnight
     /// Days since 1970, of the first sample or picture. That is the shoot day, unless the date in the file is
     /// that of the end of a clip which passed midnight.
-    std::optional<long> day;
-    std::optional<long> headerDay; ///< of the time in the container's header; of a clip without a day
+    std::optional<long> day = {};
+    std::optional<long> headerDay = {}; ///< of the time in the container's header; of a clip without a day
+    std::optional<long> statedDay = {}; ///< as `day`, by what the file says, whatever is corrected
 };
 
 /// Lays files by the rules; absent without a place in time. One thread at a time.
@@ -24,14 +29,26 @@ class Places {
   public:
     explicit Places(const MatchRules& rules) : rules_(rules) {}
 
+    /// Takes the dates of a card's files down, of which all together show that they count another time zone
+    /// than the timecode. All files before the first `of`.
+    void learn(const MediaAsset& asset);
     std::optional<FilePlace> of(const MediaAsset& asset);
     const MatchRules& rules() const { return rules_; }
 
   private:
+    /// The files of one folder whose dates have a time of day.
+    struct CardDates {
+        int files = 0;
+        std::map<int, int> byZone; ///< by quarters of an hour that the date is ahead of the timecode
+    };
+
     std::optional<long> dayOf(const MediaAsset& asset, const SyncEngine::TCRange& range);
+    /// In quarters of an hour; absent where the card's files do not agree.
+    std::optional<int> zoneOf(const MediaAsset& asset) const;
 
     MatchRules rules_;
     calendar::DayStarts starts_;
+    std::array<std::map<std::string, CardDates, std::less<>>, 2> cards_; ///< by kind, then by folder
 };
 
 /// The day of a date in the user's calendar, days since 1970.
@@ -48,7 +65,9 @@ struct Recording {
 };
 
 /// The recordings among the files, in their order, that can match a picture: with a place in time, and no
-/// room tone. Throws Stopped.
+/// room tone. Where the rules give a day, the earliest of recordings that follow each other within hours is
+/// of that day, and the others keep their distance: a night passes midnight whatever its date. Throws
+/// Stopped.
 std::vector<Recording> recordingsAmong(const std::vector<MediaAsset>& audios, Places& places,
                                        const std::stop_token& stop);
 

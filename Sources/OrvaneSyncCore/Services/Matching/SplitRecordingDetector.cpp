@@ -1,14 +1,20 @@
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 
+#include "OrvaneSyncCore/Services/Matching/ChannelNames.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <iterator>
+#include <string_view>
 #include <utility>
 
 namespace orvane::SplitRecordingDetector {
 
 namespace {
+
+constexpr std::string_view digits = "0123456789";
 
 bool continues(const Candidate& previous, const Candidate& current) {
     return follows(previous.range, current.range) &&
@@ -16,7 +22,53 @@ bool continues(const Candidate& previous, const Candidate& current) {
            !areKnownToDiffer(previous.tape, current.tape);
 }
 
+bool hasDigit(std::string_view text) { return text.find_first_of(digits) != std::string_view::npos; }
+
+/// The number at the end of a name's piece, and what stands before it.
+struct Counter {
+    std::string_view word;
+    std::optional<std::int64_t> number;
+};
+Counter counterOf(std::string_view piece) {
+    const std::size_t last = piece.find_last_not_of(digits);
+    const std::size_t word = last == std::string_view::npos ? 0 : last + 1;
+    return {piece.substr(0, word), platform::text::decimalInteger(piece.substr(word))};
+}
+
+/// `isOneTake`: by what the files state, so that any number may count the parts.
+bool namesCountOn(const std::string& previous, const std::string& current, bool isOneTake) {
+    const auto before = piecesOfName(previous), after = piecesOfName(current);
+    const auto [own, other] = std::ranges::mismatch(before, after);
+    constexpr std::size_t mostDigits = 2; // three or more count takes, unless another number stands before
+    const auto countsParts = [&](std::string_view piece, auto first, auto at) {
+        return isOneTake || (counterOf(piece).word.empty() &&
+                             (piece.size() <= mostDigits || std::any_of(first, at, hasDigit)));
+    };
+    if (own == before.end() && other != after.end())
+        return std::next(other) == after.end() && counterOf(*other).number &&
+               countsParts(*other, after.begin(), other);
+    if (own == before.end() || other == after.end() ||
+        !std::equal(std::next(own), before.end(), std::next(other), after.end()))
+        return false;
+    const Counter first = counterOf(*own), second = counterOf(*other);
+    return first.word == second.word && first.number && second.number && *first.number < *second.number &&
+           countsParts(*other, after.begin(), other);
+}
+
 } // namespace
+
+bool mayContinue(const MediaAsset& previous, const MediaAsset& current) {
+    static const IXMLData nothing;
+    const IXMLData& a = previous.ixmlData ? *previous.ixmlData : nothing;
+    const IXMLData& b = current.ixmlData ? *current.ixmlData : nothing;
+    if (previous.sampleRate != current.sampleRate || previous.channelCount != current.channelCount ||
+        areKnownToDiffer(previous.bextOriginator, current.bextOriginator) ||
+        areKnownToDiffer(a.tape, b.tape) || areKnownToDiffer(a.scene, b.scene) ||
+        areKnownToDiffer(a.take, b.take))
+        return false;
+    return namesCountOn(previous.normalizedName(), current.normalizedName(),
+                        a.scene && a.take && b.scene && b.take);
+}
 
 bool follows(const SyncEngine::TCRange& previous, const SyncEngine::TCRange& current) {
     return !(std::abs(current.startSeconds - previous.endSeconds) > contiguityToleranceSeconds);

@@ -28,6 +28,12 @@ bool follows(const SyncEngine::TCRange& previous, const SyncEngine::TCRange& cur
 /// and blanks around them aside.
 bool areKnownToDiffer(const std::optional<std::string>& a, const std::optional<std::string>& b);
 
+/// Whether a later file may be the next part of a recording, however long the gap between the two: nothing
+/// known tells their recorders, rolls, formats, scenes or takes apart, and the names count on in one of their
+/// numbers, such as T_1 and T_2 or T01 and T01_2. Numbers that stand for takes, as in T05 and T06 or in
+/// A_001 and A_002, do so only where both files state one scene and one take.
+bool mayContinue(const MediaAsset& previous, const MediaAsset& current);
+
 /// Whether each file begins where the one before ends, with nothing known that tells their recorders or their
 /// sound rolls apart. In any order; fewer than two are no chain.
 bool isContinuousChain(std::vector<Candidate> candidates);

@@ -204,6 +204,7 @@ SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos, const std
     const auto recordings = recordingsAmong(audios, places, stop);
     std::vector<std::optional<FilePlace>> placed;
     placed.reserve(videos.size());
+    for (const MediaAsset& video : videos) places.learn(video);
     for (const MediaAsset& video : videos) placed.push_back(places.of(video));
     auto met = meetings(videos, placed, recordings, rules, stop);
     Identities ids;

@@ -25,6 +25,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <set>
 #include <system_error>
 #include <utility>
@@ -92,7 +93,10 @@ struct Temporaries {
     std::set<std::string> paths;
 
     static Temporaries& shared() {
-        static auto* const temporaries = new Temporaries;
+        // Never destroyed, as files may be written while the program ends; and there without memory being
+        // asked for.
+        alignas(Temporaries) static std::array<std::byte, sizeof(Temporaries)> place;
+        static auto* const temporaries = new (place.data()) Temporaries;
         return *temporaries;
     }
 };

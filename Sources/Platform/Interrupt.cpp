@@ -4,12 +4,14 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <cxxabi.h>
 #include <exception>
 #include <functional>
 #include <mutex>
 #include <new>
 #include <string_view>
 #include <thread>
+#include <typeinfo>
 #include <unistd.h>
 #include <utility>
 
@@ -44,15 +46,12 @@ void beforeTermination(Farewell farewell) {
 
 void endWithoutMemory() {
     std::set_terminate([] {
-        try {
-            if (std::current_exception()) std::rethrow_exception(std::current_exception());
-        } catch (const std::bad_alloc&) {
-            constexpr std::string_view message = "error: there is not enough memory\n";
-            files::discardTemporaries();
-            ::_exit(::write(STDERR_FILENO, message.data(), message.size()) < 0 ? 2 : 1);
-        } catch (...) { // a fault of the program
-        }
-        std::abort();
+        // Throwing it again to look at it would take memory.
+        const std::type_info* type = abi::__cxa_current_exception_type();
+        if (type == nullptr || *type != typeid(std::bad_alloc)) std::abort(); // a fault of the program
+        constexpr std::string_view message = "error: there is not enough memory\n";
+        files::discardTemporaries();
+        ::_exit(::write(STDERR_FILENO, message.data(), message.size()) < 0 ? 2 : 1);
     });
 }
 

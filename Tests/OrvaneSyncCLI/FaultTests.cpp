@@ -144,7 +144,6 @@ TEST(Faults, neverTakeWorkThatWasSaved) {
     };
     const std::string open = message("loadMostRecentSession", "{}") + message("state", "{}");
     const auto names = [&](const Ended& ended) {
-        const std::string last = ended.out.substr(ended.out.find("\"syncGroups\""));
         std::vector<std::string> found;
         const JSON reply = JSON::parse(ended.out.substr(ended.out.rfind('\n', ended.out.size() - 2) + 1));
         for (const JSON& group : *reply.find("result")->find("syncGroups")->elements()) {
@@ -156,13 +155,15 @@ TEST(Faults, neverTakeWorkThatWasSaved) {
     machine.clear();
     const std::string shoot = "\"" + machine.path("shoot") + "\"";
     const Ended first = machine.run(
-        "serve", message("setFolders", "{\"videoFolder\":" + shoot + ",\"audioFolder\":" + shoot + "}") +
+        "serve", message("newSession", "{}") +
+                     message("setFolders", "{\"videoFolder\":" + shoot + ",\"audioFolder\":" + shoot + "}") +
                      message("startScan", "{}") + message("saveSession", "{}") + message("state", "{}"));
     ASSERT_EQ(first.status, 0) << first.err;
     const JSON state = JSON::parse(first.out.substr(first.out.rfind('\n', first.out.size() - 2) + 1));
     const std::string id =
         *state.find("result")->find("syncGroups")->elements()->front().find("id")->string();
     const std::vector<std::string> before = names(machine.run("serve", open));
+    ASSERT_FALSE(before.empty());
     const std::string saved = machine.path("saved");
     std::filesystem::copy(machine.path("home"), saved, std::filesystem::copy_options::recursive);
     std::mt19937 random(randomSeed());

@@ -145,7 +145,7 @@ void Context::warn(std::string_view message) const {
 }
 
 std::span<const Command* const> allCommands() {
-    static const std::array<const Command*, 13> commands{
+    static const std::array<const Command*, 14> commands{
         &syncCommand(),     &scanCommand(),     &diagnoseCommand(), &probeCommand(),    &analyzeCommand(),
         &loudnessCommand(), &ltcCommand(),      &reportCommand(),   &timecodeCommand(), &sessionCommand(),
         &projectCommand(),  &settingsCommand(), &serveCommand(),    &doctorCommand()};

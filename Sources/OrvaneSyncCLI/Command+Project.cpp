@@ -51,6 +51,7 @@ void show(Context& context, const std::string& file, bool asJSON) {
     if (corrections.soundDate) places.add({"sound date", *corrections.soundDate});
     if (corrections.timecodeRate)
         places.add({"timecode rate", std::string(timecodeRate::name(*corrections.timecodeRate))});
+    if (corrections.days) places.add({"days", std::string(rawValue(*corrections.days))});
     addPlace(places, "report", project.aleFilePath);
     context.out << places.text(context.mayColour) << "\n";
     Table clips({{"CLIP"}, {"CAMERA FILE"}, {"MATCH"}, {"EDITS"}});
@@ -76,6 +77,7 @@ void project(Context& context, const Arguments& arguments) {
     ScanRun run(context, arguments, ScanRun::Folders::ofProject);
     run.open(words[1]);
     run.show("Writing the document...");
+    output.matching = Matching::isDone;
     output.warnedAlready = run.warnings();
     output.write(run.controller(), [&] { run.clearProgress(); });
 }

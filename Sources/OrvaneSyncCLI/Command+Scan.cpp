@@ -21,8 +21,7 @@ void scan(Context& context, const Arguments& arguments) {
     if (review) {
         RunInputs inputs = inputsOf(arguments);
         inputs.add(controller.project().inputs());
-        OutputGuard(OutputKind::table, std::move(inputs), permission)
-            .write(*review, writtenReviewTable(reviewLines(controller)));
+        writeReviewFile(*review, reviewLines(controller), std::move(inputs), permission);
     }
     const std::vector<std::string> unheard = smartAudioWarnings(controller);
     if (arguments.has("--json")) {

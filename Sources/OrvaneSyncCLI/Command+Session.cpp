@@ -75,7 +75,7 @@ class OpenSession {
         if (wildTracks.problem) context.warn(*wildTracks.problem);
         controller_->openStoredWork({folders_.videoFolder, folders_.audioFolder, std::move(read.groups),
                                      std::move(wildTracks.record).value_or(std::vector<WildTrack>()),
-                                     folders_.scope, folders_.corrections});
+                                     folders_.scope, folders_.corrections, folders_.matchedBy});
     }
 
     const SessionInfo& info() const { return info_; }
@@ -154,6 +154,7 @@ void session(Context& context, const Arguments& arguments) {
         DocumentOutput output(context, arguments);
         const OpenSession opened(context, store, named(store, words[1]));
         useFolder(context, arguments, store, opened.info(), output);
+        output.matching = Matching::isDone;
         return output.write(opened.controller());
     }
     const SessionInfo info = named(store, words[1]);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncCLI/Context.h"
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
@@ -27,6 +28,9 @@ class DocumentOutput {
     std::vector<std::string> warnedAlready;
     /// The one that was asked of Smart Audio; absent where the command knows of none.
     std::optional<SmartAudioMode> smartAudioMode;
+
+    /// Work that was kept is not matched by the options of the command.
+    Matching matching = Matching::canChange;
 
     /// Exports the open work and tells what was written. `written` is called before anything is told. Throws
     /// as the export does, OutputRefused and FileError.

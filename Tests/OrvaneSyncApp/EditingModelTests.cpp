@@ -86,6 +86,10 @@ struct Model {
         if (!isUsed(audio.id) && std::ranges::find(wild, audio.id, &WildTrack::id) == wild.end())
             wild.emplace_back(audio);
     }
+    void settle(const std::vector<AudioMatch>& released) {
+        std::erase_if(wild, [&](const WildTrack& track) { return isUsed(track.id); });
+        for (const AudioMatch& match : released) release(*match.audio);
+    }
     std::vector<MediaAsset> pool() const {
         std::vector<MediaAsset> result;
         const auto add = [&](const MediaAsset& audio) {
@@ -155,10 +159,14 @@ struct Model {
         group.audioMatches = result.front().audioMatches;
         group.matchStatus = result.front().matchStatus;
         carryDecisions(group, before);
+        settle(before.audioMatches);
     }
     void resyncAll() {
         const auto audio = pool();
         if (audio.empty()) return;
+        std::vector<AudioMatch> released;
+        for (const SyncGroup& group : groups)
+            released.insert(released.end(), group.audioMatches.begin(), group.audioMatches.end());
         std::vector<MediaAsset> videos;
         for (const SyncGroup& group : groups) videos.push_back(group.video);
         for (const SyncGroup& result : SyncEngine().match(videos, audio))
@@ -169,6 +177,7 @@ struct Model {
                     group.matchStatus = result.matchStatus;
                     carryDecisions(group, before);
                 }
+        settle(released);
     }
     void reset(SyncGroup& group, bool everything) {
         group.manualActiveTracks.clear();

@@ -133,6 +133,15 @@ TEST_F(EditingTest, wildTracksGoAndComeWithTheirRecordings) {
     const auto step = [&](auto edit) { controller_->withUndo({"Edit"}, edit); };
     RecordingEditing& recordings = controller_->recordings();
     for (int i = 0; i < 2; ++i) recordings.removeAudioMatch(id(), group().audioMatches[1].id);
+    step([&] { recordings.resyncClip(id()); });
+    EXPECT_EQ(wild(), "") << "they are used again";
+    controller_->undo();
+    step([&] { recordings.attachAudioToGroup(id(2), controller_->work().wildTracks()[1].audio); });
+    step([&] { recordings.resyncAllClips(); });
+    EXPECT_EQ(group(2).audioMatches.size(), 0U);
+    EXPECT_EQ(wild(), "");
+    for (int i = 0; i < 2; ++i) controller_->undo();
+    EXPECT_EQ(wild(), "two three ");
     const MediaAsset two = controller_->work().wildTracks()[0].audio;
     step([&] { recordings.renameWildTrack(two.id, "Birds"); });
     step([&] { recordings.toggleWildTrackApproved(two.id); });

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/ControllerTest.h"
 
 #include "MediaFactory/SmallShoot.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/Files.h"
 #include "Support/Test.h"
 
@@ -228,6 +229,53 @@ TEST_F(ProjectTest, tracksStayWithTheRecordingsThatTheyWereChosenIn) {
     finish(controller_->tracks().soloTrackActive(clip().id, 2));
     save(file_);
     EXPECT_EQ(reopen(), std::set<int>{2});
+}
+
+TEST_F(ProjectTest, entriesWaitAgainWhenTheScanThatFoundTheirClipsIsTakenBack) {
+    save(file_);
+    const std::string video = clip().video.url.path;
+    fs::rename(video, folder_.path("away"));
+    controller_ = make();
+    EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
+    controller_->withUndo({"Edit"},
+                          [&] { controller_->clips().togglePickup(ControllerTest::clip("B001")->id); });
+    fs::rename(folder_.path("away"), video);
+    EXPECT_EQ(ended(controller_->scan().startScan()), "");
+    EXPECT_TRUE(controller_->project().clipsNotFound().empty());
+    controller_->undo();
+    EXPECT_EQ(controller_->project().clipsNotFound(), std::vector{FileURL{video}});
+    save(file_);
+    EXPECT_NE(folder_.read("day.orvanesync").find("Hero"), std::string::npos);
+}
+
+TEST_F(ProjectTest, aDocumentGoesByWhatItsClipsWereMatchedBy) {
+    const auto document = [&] {
+        return controller_->exporting()
+            .exportFCPXML(controller_->exporting().exportSettings({}))
+            .fcpxmlString;
+    };
+    controller_->scan().setCorrections({.soundOffset = "00:00:02:00"});
+    settings_->set(settings::matchingDays.key, "neighbours");
+    EXPECT_EQ(ended(controller_->scan().startScan()), "");
+    controller_->withUndo({"Edit"}, [&] { controller_->clips().togglePickup(clip().id); });
+    const std::string matched = document();
+    save(file_);
+    controller_->scan().setCorrections({});
+    EXPECT_EQ(document(), matched) << "corrections are for the next scan";
+    EXPECT_EQ(ended(controller_->scan().startScan()), "");
+    EXPECT_NE(document(), matched);
+    controller_->undo();
+    EXPECT_EQ(controller_->work().matchRules().soundOffsetSeconds, 2);
+    EXPECT_EQ(document(), matched);
+
+    // The days are the project's, until somebody chooses others.
+    settings_->remove(settings::matchingDays.key);
+    controller_ = make();
+    EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
+    EXPECT_EQ(controller_->work().matchRules().days, MatchingDays::neighbours);
+    settings_->set(settings::matchingDays.key, "same");
+    EXPECT_EQ(ended(controller_->scan().startScan()), "");
+    EXPECT_EQ(controller_->work().matchRules().days, MatchingDays::same);
 }
 
 TEST_F(ProjectTest, whatCannotBeOpenedChangesNothing) {

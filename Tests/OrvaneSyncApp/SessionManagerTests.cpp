@@ -35,6 +35,22 @@ TEST_F(SessionManagerTest, reopensAllThatTheEditorDecided) {
     EXPECT_EQ(manager_->currentSessionId(), id);
 }
 
+TEST_F(SessionManagerTest, clipsComeBackWithWhatTheyWereMatchedBy) {
+    manager_->start(controller_);
+    const UUID id = newSession();
+    const SourceCorrections later{.soundOffset = "00:00:02:00"}, sameDay{.days = MatchingDays::same};
+    controller_->openStoredWork({FileURL{"/media"}, {}, clips(1), {}, {}, later, sameDay});
+    finish(manager_->save(*controller_));
+    controller_->openStoredWork({});
+    finish(manager_->load(id, controller_));
+    EXPECT_EQ(controller_->work().sourceCorrections(), later);
+    EXPECT_EQ(controller_->work().matchRules().soundOffsetSeconds, 0);
+    EXPECT_EQ(controller_->work().matchRules().days, MatchingDays::same);
+    controller_->recordings().resyncAllClips();
+    EXPECT_EQ(controller_->work().matchRules().soundOffsetSeconds, 2);
+    EXPECT_EQ(controller_->work().keptMatchedBy(), std::nullopt);
+}
+
 TEST_F(SessionManagerTest, savingTwiceDiffersInTheTimeOnly) {
     const UUID id = newSession();
     bringClips(2);

@@ -79,7 +79,7 @@ class Machine {
 /// ones, then fewer, at places that differ with the seed.
 template <class Use>
 void forEachFault(const std::string& kind, std::mt19937& random, Use use) {
-    constexpr int eachUpTo = 12, mostOfAKind = 40;
+    constexpr int eachUpTo = 5, mostOfAKind = 14;
     long number = 1;
     for (int tried = 0; tried < mostOfAKind; ++tried) {
         const std::string fault = kind + ":" + std::to_string(number);
@@ -88,7 +88,7 @@ void forEachFault(const std::string& kind, std::mt19937& random, Use use) {
             EXPECT_GT(tried, 0) << "no call of this kind comes through the layer";
             return;
         }
-        const long step = number < eachUpTo ? 1 : std::max<long>(number / 6, 1);
+        const long step = number < eachUpTo ? 1 : std::max<long>(number, 1);
         number += std::uniform_int_distribution<long>(1, step)(random);
         if (testing::Test::HasFailure()) return;
     }

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCLI/RunCommand.h"
 
 #include "MediaFactory/SmallShoot.h"
+#include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
@@ -102,6 +103,17 @@ TEST_F(KeptWork, projectsAreShownAndExported) {
     EXPECT_EQ(exported.json().find("syncClipCount")->integer(), 3);
     EXPECT_EQ(exported.json().find("smartAudio")->find("clipsNotAnalyzed")->integer(), 2);
     EXPECT_NE(folder_.read("out.fcpxml").find("Hero"), std::string::npos);
+
+    // A second recorder: which of both it is can be chosen by a scan alone.
+    constexpr std::uint64_t sampleRate = 48000, start = 36008;
+    test::WaveMaker()
+        .format({.channels = 1, .sampleRate = sampleRate})
+        .bext({.originator = "Other", .date = "2026-11-20", .timeReference = start * sampleRate})
+        .silence(10 * sampleRate)
+        .writeTo(folder_.path("sound/ISO.WAV"));
+    const Outcome doubted = runWith({"project", "export", project_, "-o", output_});
+    EXPECT_NE(doubted.err.find("2 clips may have the wrong sound; 'orvanesync diagnose'"), std::string::npos);
+    EXPECT_EQ(doubted.err.find("--choose"), std::string::npos) << doubted.err;
 
     const std::string before = folder_.read("day.orvanesync");
     EXPECT_EQ(runWith({"project", "export", project_, "-o", project_, "--force"}).status, failed);

@@ -103,9 +103,29 @@ TEST_F(CardsTest, aReviewComesBackFromASpreadsheet) {
 
     const Outcome first = runWith({"scan", folder_.path(), "--choose", "first", "--json"});
     EXPECT_EQ(first.json().find("counts")->find("syncClips")->integer(), 2);
-    // Its own file, but never the table that is being taken back.
+    // A table that was only looked at is replaced, one that was filled in is not.
     EXPECT_EQ(runWith({"scan", folder_.path(), "--review", table}).status, done);
+    lines[1][note] = "ask the boom operator";
+    folder_.write("review.tsv", writtenReviewTable(lines));
+    const Outcome refused = runWith({"scan", folder_.path(), "--review", table});
+    EXPECT_EQ(refused.status, failed);
+    EXPECT_NE(refused.err.find("line 3 of the table there holds a decision or a note"), std::string::npos)
+        << refused.err;
+    EXPECT_NE(folder_.read("review.tsv").find("boom operator"), std::string::npos);
+    EXPECT_EQ(runWith({"scan", folder_.path(), "--review", table, "--force"}).status, done);
+    // Never the table that is being taken back.
     EXPECT_EQ(runWith({"sync", folder_.path(), "-o", table, "--apply", table, "--force"}).status, failed);
+}
+
+TEST_F(CardsTest, aTableOfOneCardIsGoodForTheWholeShoot) {
+    const std::string table = at("card.tsv");
+    ASSERT_EQ(runWith({"scan", at("cardB"), at("sound"), "--review", table}).status, done);
+    ASSERT_NE(folder_.read("card.tsv").find("1: DAY1_T01.WAV\tmatched"), std::string::npos);
+    std::filesystem::create_directory(at("day2"));
+    std::filesystem::copy(at("sound/DAY1_T01.WAV"), at("day2/DAY1_T01.WAV"));
+    const Outcome sync = runWith({"sync", folder_.path(), "-o", at("out.fcpxml"), "--apply", table,
+                                  "--exclude", "day2/*", "--no-smart-audio"});
+    EXPECT_EQ(sync.err, "The review changes 0 clips.\n");
 }
 
 } // namespace

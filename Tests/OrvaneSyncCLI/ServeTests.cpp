@@ -299,6 +299,11 @@ TEST_F(ServeTest, aReviewIsOneStep) {
     EXPECT_EQ(call("applyReview", apply).dump(), R"({"changedClips":0,"warnings":[]})")
         << "it is done already";
     EXPECT_EQ(context_.controller->work().undoState().undoActionName, "Apply Review");
+    call("setManualClipName", onFirst(R"(,"name":"Two\tTabs")"));
+    call("writeReview", R"({"output":")" + table + R"(","overwrite":true})");
+    EXPECT_EQ(call("applyReview", apply).dump(), R"({"changedClips":0,"warnings":[]})")
+        << "a table shows a blank for a tab";
+    call("undo");
     call("undo");
     EXPECT_EQ(first().manualAudioOffsetSeconds, 0);
     EXPECT_FALSE(first().manualClipName || first().isExcludedFromExport);

@@ -17,7 +17,7 @@ SyncGroupList settledGroups(const SyncGroupList& groups) {
 int ExportController::projectedMulticamCount() const {
     const auto withAudio = work_.syncGroups().filtered(
         [](const SyncGroup& group) { return group.matchStatus.isSettled() && !group.isMOS(); });
-    return static_cast<int>(FCPXMLExporter::findMulticamGroups(withAudio).size());
+    return static_cast<int>(FCPXMLExporter::findMulticamGroups(withAudio, work_.matchRules()).size());
 }
 
 ExportSettings ExportController::exportSettings(const Options& options) const {
@@ -33,10 +33,7 @@ ExportSettings ExportController::exportSettings(const Options& options) const {
                                       [](const SyncGroup& group) { return group.matchStatus.isSettled(); });
     if (settled != work_.syncGroups().end()) request.sourceVideo = &settled->video;
     if (!work_.syncGroups().empty()) request.aspectAnchorWidth = work_.syncGroups().front().video.width;
-    try {
-        request.matchRules = work_.matchRules();
-    } catch (const CorrectionError&) { // nothing can have been matched by them
-    }
+    request.matchRules = work_.matchRules();
     return ExportSettings::fromUserDefaults(*work_.environment.settings, request);
 }
 

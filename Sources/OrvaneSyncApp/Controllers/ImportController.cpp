@@ -45,7 +45,7 @@ void ImportController::reset() {
         scan_.clear();
         project_.clear();
         reports_.clear();
-        work_.openOtherWork({}, {});
+        work_.openOtherWork({}, {}, {});
         smartAudio_.caches().removeAll();
     });
 }
@@ -60,8 +60,9 @@ void ImportController::openStoredWork(StoredWork work) {
         work_.setVideoFolderURL(std::move(work.videoFolderURL));
         work_.setAudioFolderURL(std::move(work.audioFolderURL));
         work_.setScanScope(std::move(work.scanScope));
-        work_.setSourceCorrections(std::move(work.sourceCorrections));
-        work_.openOtherWork(std::move(work.syncGroups), std::move(work.wildTracks));
+        work_.setSourceCorrections(work.sourceCorrections);
+        work_.openOtherWork(std::move(work.syncGroups), std::move(work.wildTracks),
+                            work.matchedBy.value_or(work.sourceCorrections));
     });
 }
 

@@ -75,6 +75,7 @@ class ImportController {
         std::vector<WildTrack> wildTracks = {}; ///< those that a clip uses are left out
         ScanScope scanScope{};
         SourceCorrections sourceCorrections = {};
+        std::optional<SourceCorrections> matchedBy = {}; ///< absent: by the corrections
     };
     /// As `reset`, but with notices when the new work stands.
     void openStoredWork(StoredWork work);

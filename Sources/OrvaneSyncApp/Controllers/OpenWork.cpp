@@ -19,7 +19,16 @@ int count(const SyncGroupList& groups, bool (*test)(const SyncGroup&)) {
 
 bool isSettled(const SyncGroup& group) { return group.matchStatus.isSettled(); }
 
+SourceCorrections withoutStandardDays(SourceCorrections corrections) {
+    if (corrections.days == MatchingDays::automatic) corrections.days.reset();
+    return corrections;
+}
+
 } // namespace
+
+MatchedBy MatchedBy::of(const SourceCorrections& withDays, TimecodeFrameRate rateOfClips) {
+    return {withDays, MatchRules::of(withDays.days.value_or(MatchingDays::automatic), withDays, rateOfClips)};
+}
 
 OpenWork::OpenWork(Environment theEnvironment)
     : environment(std::move(theEnvironment)), notices(environment.mainThread, syncGroups_),
@@ -43,15 +52,33 @@ void OpenWork::setAudioFolderURL(std::optional<FileURL> folder) {
 }
 
 void OpenWork::setSourceCorrections(SourceCorrections corrections) {
+    daysOfSetting_ = environment.settings->get(settings::matchingDays);
     if (corrections == sourceCorrections_) return;
     sourceCorrections_ = std::move(corrections);
     notify(ImportField::sourceCorrections);
 }
 
-MatchRules OpenWork::matchRules() const {
+SourceCorrections OpenWork::nextCorrections() const {
     notices.assertOnMainThread();
-    return MatchRules::of(environment.settings->get(settings::matchingDays), sourceCorrections_,
-                          rateOfMostClips(syncGroups_));
+    SourceCorrections corrections = sourceCorrections_;
+    const MatchingDays setting = environment.settings->get(settings::matchingDays);
+    if (!corrections.days || setting != daysOfSetting_) corrections.days = setting;
+    return corrections;
+}
+
+SourceCorrections OpenWork::keptCorrections() const { return withoutStandardDays(nextCorrections()); }
+
+std::optional<SourceCorrections> OpenWork::keptMatchedBy() const {
+    auto kept = withoutStandardDays(matchedBy_.corrections);
+    return kept != keptCorrections() ? std::optional(std::move(kept)) : std::nullopt;
+}
+
+/// The days are the work's own from here on: other ones have to be chosen.
+void OpenWork::setMatchedBy(MatchedBy matchedBy) {
+    matchedBy_ = std::move(matchedBy);
+    SourceCorrections corrections = sourceCorrections_;
+    corrections.days = matchedBy_.corrections.days;
+    setSourceCorrections(withoutStandardDays(std::move(corrections)));
 }
 
 void OpenWork::setScanScope(ScanScope scope) {
@@ -165,8 +192,16 @@ void OpenWork::setClips(SyncGroupList groups, WildTracks wildTracks) {
     if (std::exchange(wildTracks_, std::move(wildTracks)) != wildTracks_) notify(ImportField::wildTracks);
 }
 
-void OpenWork::openOtherWork(SyncGroupList groups, std::vector<WildTrack> wildTracks) {
+void OpenWork::openOtherWork(SyncGroupList groups, std::vector<WildTrack> wildTracks,
+                             const SourceCorrections& matchedBy) {
     notices.together([&] {
+        SourceCorrections corrections = matchedBy;
+        if (!corrections.days) corrections.days = environment.settings->get(settings::matchingDays);
+        try {
+            matchedBy_ = MatchedBy::of(corrections, rateOfMostClips(groups));
+        } catch (const CorrectionError&) { // nothing can have been matched by them
+            matchedBy_ = MatchedBy::of({.days = corrections.days}, TimecodeFrameRate::fps24);
+        }
         clearUndo();
         isEdited_ = !groups.empty(); // by whom is not known
         isEmptiedByEdit_ = false;
@@ -179,7 +214,7 @@ bool OpenWork::mayHoldDecisions() const {
     return isEdited_ || std::any_of(syncGroups_.begin(), syncGroups_.end(), holdsDecisions);
 }
 
-void OpenWork::adoptScan(SyncGroupList groups, std::vector<WildTrack> wildTracks,
+void OpenWork::adoptScan(SyncGroupList groups, std::vector<WildTrack> wildTracks, MatchedBy matchedBy,
                          std::shared_ptr<const ScanOutcome> scan, ScanOf of) {
     carryNamesAndApprovals(wildTracks, *wildTracks_);
     notices.together([&] {
@@ -191,6 +226,7 @@ void OpenWork::adoptScan(SyncGroupList groups, std::vector<WildTrack> wildTracks
         isEdited_ = false;
         isEmptiedByEdit_ = false;
         scan_ = std::move(scan);
+        setMatchedBy(std::move(matchedBy));
         setClips(std::move(groups), std::make_shared<const std::vector<WildTrack>>(std::move(wildTracks)));
     });
 }
@@ -217,6 +253,7 @@ void OpenWork::withUndo(const UndoStep& step, const std::function<void()>& mutat
         if (!differsFrom(before)) {
             syncGroups_ = std::move(before.groups);
             wildTracks_ = std::move(before.wildTracks);
+            matchedBy_ = std::move(before.matchedBy);
             clipsByAudio_.reset();
             fileNames_.reset();
             return;
@@ -240,6 +277,8 @@ void OpenWork::travel(UndoTravel direction) {
         isEdited_ = true;
         WildTracks wildTracks = wildTracksOf(target, clipsBefore);
         const bool isOfOtherScan = std::exchange(scan_, target.scan) != target.scan;
+        matchedBy_ = std::move(target.matchedBy);
+        projectEntries_ = std::move(target.projectEntries);
         setClips(std::move(target.groups), std::move(wildTracks));
         if (isOfOtherScan && whenScanTakenBack) whenScanTakenBack(scan_);
         if (whenTakenBack) whenTakenBack();

@@ -39,6 +39,16 @@ class OutOfRange : public std::invalid_argument {
 };
 
 struct ScanOutcome;
+struct ProjectEntries;
+
+/// By what clips were matched.
+struct MatchedBy {
+    SourceCorrections corrections = {.days = MatchingDays::automatic}; ///< with their days
+    MatchRules rules;
+
+    /// Throws CorrectionError where the frame of the sound offset does not exist at the rate.
+    static MatchedBy of(const SourceCorrections& withDays, TimecodeFrameRate rateOfClips);
+};
 
 /// The state that the controllers of the open work share: folders, clips, wild tracks, and the steps to take
 /// back. The controllers change it, each change notifying; everybody else reads it. Interface thread.
@@ -63,11 +73,18 @@ class OpenWork {
     const ScanScope& scanScope() const { return scanScope_; }
     /// All that a scan reads, each once: first the video folder, then the audio folder, then the others.
     std::vector<FileURL> folders() const;
-    /// What scans and every other matching of this work go by.
+    /// What the next matching of all clips goes by, and the days where the work has some of its own.
     const SourceCorrections& sourceCorrections() const { return sourceCorrections_; }
-    /// The corrections and the setting of the days, for the clips that there are. Throws CorrectionError
-    /// where the frame of the sound offset does not exist at the rate of most clips.
-    MatchRules matchRules() const;
+    /// The same with the days: those of the work, unless the setting was changed since it has them.
+    SourceCorrections nextCorrections() const;
+    /// By what the clips that there are were matched, whatever corrections and settings say by now.
+    const MatchRules& matchRules() const { return matchedBy_.rules; }
+    /// What a file has to keep of the next corrections, and of those by which the clips were matched where
+    /// they are others. The standard days are left out.
+    SourceCorrections keptCorrections() const;
+    std::optional<SourceCorrections> keptMatchedBy() const;
+    /// What an opened project says that stands on no clip; null: nothing.
+    const std::shared_ptr<const ProjectEntries>& projectEntries() const { return projectEntries_; }
     const SyncGroupList& syncGroups() const { return syncGroups_; }
     /// Audio that no video claims, room tone included.
     const std::vector<WildTrack>& wildTracks() const { return *wildTracks_; }
@@ -98,8 +115,14 @@ class OpenWork {
     void setVideoFolderURL(std::optional<FileURL> folder);
     void setAudioFolderURL(std::optional<FileURL> folder);
     void setScanScope(ScanScope scope);
-    /// Holds from the next matching on. Nothing for the ones that are there.
+    /// Holds from the next matching of all clips on.
     void setSourceCorrections(SourceCorrections corrections);
+    /// After all clips were matched anew.
+    void setMatchedBy(MatchedBy matchedBy);
+    /// Steps hold them with the clips.
+    void setProjectEntries(std::shared_ptr<const ProjectEntries> entries) {
+        projectEntries_ = std::move(entries);
+    }
     /// False when there is no such clip.
     bool edit(UUID groupID, const std::function<void(SyncGroup&)>& change);
     /// Notifies where there is such a clip.
@@ -108,12 +131,14 @@ class OpenWork {
     void changeClips(const std::function<void(SyncGroupList&)>& change);
     void changeWildTracks(const std::function<void(std::vector<WildTrack>&)>& change);
     /// Clips and wild tracks of other work: that there are none is then no edit, and nothing of what was open
-    /// can be taken back.
-    void openOtherWork(SyncGroupList groups, std::vector<WildTrack> wildTracks);
+    /// can be taken back. `matchedBy`: by which the clips were matched; without days, by those of the
+    /// setting.
+    void openOtherWork(SyncGroupList groups, std::vector<WildTrack> wildTracks,
+                       const SourceCorrections& matchedBy);
     /// What a scan has made, of the same work or of other work. Where the work before holds decisions, the
     /// scan is a step. Wild tracks keep their names and approvals.
     enum class ScanOf { sameWork, otherWork };
-    void adoptScan(SyncGroupList groups, std::vector<WildTrack> wildTracks,
+    void adoptScan(SyncGroupList groups, std::vector<WildTrack> wildTracks, MatchedBy matchedBy,
                    std::shared_ptr<const ScanOutcome> scan, ScanOf of);
 
     /// Runs a change of clips as one step to take back. A change that makes no difference is no step, and
@@ -141,10 +166,12 @@ class OpenWork {
         SyncGroupList groups;
         WildTracks wildTracks;
         std::shared_ptr<const ScanOutcome> scan; ///< which made the clips; null: none
+        MatchedBy matchedBy;
+        std::shared_ptr<const ProjectEntries> projectEntries;
     };
     using UndoTravel = bool (UndoStack<State>::*)(State&);
 
-    State state() const { return {syncGroups_, wildTracks_, scan_}; }
+    State state() const { return {syncGroups_, wildTracks_, scan_, matchedBy_, projectEntries_}; }
     bool differsFrom(const State& before) const;
     void travel(UndoTravel direction);
     WildTracks wildTracksOf(const State& target, const SyncGroupList& clipsBefore) const;
@@ -155,6 +182,9 @@ class OpenWork {
     std::optional<FileURL> audioFolderURL_;
     ScanScope scanScope_;
     SourceCorrections sourceCorrections_;
+    MatchingDays daysOfSetting_ = MatchingDays::automatic; ///< when the corrections were taken
+    MatchedBy matchedBy_;
+    std::shared_ptr<const ProjectEntries> projectEntries_;
     std::uint64_t revision_ = 0;
     SyncGroupList syncGroups_;
     WildTracks wildTracks_ = std::make_shared<const std::vector<WildTrack>>();

@@ -63,7 +63,7 @@ void keepLeftOut(const std::vector<PersistedGroup>& leftOut, const SyncGroupList
 /// the clips that lost their choice of tracks.
 std::vector<FileURL> lay(const ProjectService& service, const OrvaneSyncProject* project,
                          const std::vector<PersistedGroup>& leftOut, SyncGroupList& groups,
-                         const std::vector<MediaAsset>& otherAudio) {
+                         const std::vector<MediaAsset>& otherAudio, const MatchRules& rules) {
     const EntriesByVideo entries = byVideo(leftOut);
     groups.updateWhere([&](const SyncGroup& group) { return entries.contains(group.video.url); },
                        [&](SyncGroup& group) { takeTracks(*entries.at(group.video.url), group); });
@@ -77,7 +77,7 @@ std::vector<FileURL> lay(const ProjectService& service, const OrvaneSyncProject*
     for (const SyncGroup& group : groups)
         for (const AudioMatch& match : group.audioMatches) known[match.audio->url] = &*match.audio;
     for (const MediaAsset& audio : otherAudio) known[audio.url] = &audio;
-    return fitTracksToRecordings(all, groups, known);
+    return fitTracksToRecordings(all, groups, known, rules);
 }
 
 } // namespace
@@ -141,13 +141,13 @@ platform::Task ProjectController::save(std::weak_ptr<ProjectController> weak, Fi
         [url, permission = std::move(permission), inputs = self->inputsOfScan(),
          service = self->projectService_, video = work.videoFolderURL(), audio = work.audioFolderURL(),
          report = self->reports_.aleFileURL(), groups = work.syncGroups(), scope = work.scanScope(),
-         corrections = work.sourceCorrections(), date = work.environment.clock->date(),
-         unapplied = self->unapplied_, leftOut = self->entriesLeftOut_] {
+         corrections = work.keptCorrections(), date = work.environment.clock->date(),
+         entries = self->entries()] {
             const OutputGuard guard(OutputKind::project, inputs, permission);
             OrvaneSyncProject project = service.snapshot(video, audio, report, groups, date, scope);
             project.sourceCorrections = corrections;
-            keepLeftOut(*leftOut, groups, project);
-            if (unapplied) keepUnapplied(*unapplied, project);
+            keepLeftOut(entries->leftOut, groups, project);
+            if (entries->unapplied) keepUnapplied(*entries->unapplied, project);
             service.save(project, url, guard);
         });
     self.reset();
@@ -199,7 +199,8 @@ platform::Task ProjectController::openWork(std::weak_ptr<ProjectController> weak
     self->work_.setScanScope(opened.project->scanScope);
     self->work_.setSourceCorrections(opened.project->sourceCorrections);
     self->clear();
-    self->unapplied_ = opened.project;
+    self->work_.setProjectEntries(
+        std::make_shared<const ProjectEntries>(ProjectEntries{.unapplied = opened.project}));
     if (opened.project->aleFilePath) {
         const platform::Task loading = self->reports_.loadALEOfProject(*opened.project->aleFilePath);
         self.reset();
@@ -219,29 +220,33 @@ platform::Task ProjectController::openWork(std::weak_ptr<ProjectController> weak
     self->setCurrentURL(std::move(url));
 }
 
+std::shared_ptr<const ProjectEntries> ProjectController::entries() const {
+    static const auto none = std::make_shared<const ProjectEntries>();
+    const auto& held = work_.projectEntries();
+    return held ? held : none;
+}
+
 std::vector<FileURL> ProjectController::clipsNotFound() const {
     std::vector<FileURL> videos;
-    if (unapplied_)
-        for (const PersistedGroup& entry : unapplied_->groups) videos.push_back(entry.videoPath);
+    if (const auto& project = entries()->unapplied)
+        for (const PersistedGroup& entry : project->groups) videos.push_back(entry.videoPath);
     return videos;
 }
 
 void ProjectController::clear() {
     ++clearings_;
-    unapplied_.reset();
-    entriesLeftOut_ = std::make_shared<const Entries>();
-    tracksLeftOut_.clear();
+    work_.setProjectEntries(nullptr);
 }
 
 /// Where a project waits for its clips, its edits go over those that a scan has made.
 ScanController::EditOfClips ProjectController::edits() {
     tracksLeftOutByScan_ = std::make_shared<std::vector<FileURL>>();
-    if (!unapplied_ && entriesLeftOut_->empty()) return nullptr;
-    return
-        [service = projectService_, project = unapplied_, entries = entriesLeftOut_,
-         leftOut = tracksLeftOutByScan_](SyncGroupList& groups, const std::vector<MediaAsset>& scannedAudio) {
-            *leftOut = lay(service, project.get(), *entries, groups, scannedAudio);
-        };
+    auto held = entries();
+    if (!held->unapplied && held->leftOut.empty()) return nullptr;
+    return [service = projectService_, held = std::move(held), leftOut = tracksLeftOutByScan_](
+               SyncGroupList& groups, const std::vector<MediaAsset>& scannedAudio, const MatchRules& rules) {
+        *leftOut = lay(service, held->unapplied.get(), held->leftOut, groups, scannedAudio, rules);
+    };
 }
 
 /// What was left out of clips that are there; of others it stays as it was.
@@ -249,40 +254,47 @@ void ProjectController::adoptLeftOut(std::vector<FileURL> videos) {
     std::unordered_set<FileURL> present;
     for (const SyncGroup& group : work_.syncGroups()) present.insert(group.video.url);
     const std::unordered_set<FileURL> leftOut(videos.begin(), videos.end());
-    Entries entries;
+    const auto held = entries();
+    auto adopted = std::make_shared<ProjectEntries>();
     const auto add = [&](const PersistedGroup& entry) {
-        if (leftOut.contains(entry.videoPath) || !present.contains(entry.videoPath)) entries.push_back(entry);
+        if (leftOut.contains(entry.videoPath) || !present.contains(entry.videoPath))
+            adopted->leftOut.push_back(entry);
     };
-    std::ranges::for_each(*entriesLeftOut_, add);
-    if (unapplied_)
-        for (const PersistedGroup& entry : unapplied_->groups)
+    std::ranges::for_each(held->leftOut, add);
+    if (held->unapplied)
+        for (const PersistedGroup& entry : held->unapplied->groups)
             if (present.contains(entry.videoPath)) add(entry);
-    entriesLeftOut_ = std::make_shared<const Entries>(std::move(entries));
-    tracksLeftOut_ = std::move(videos);
+    adopted->unapplied = held->unapplied;
+    adopted->tracksLeftOut = std::move(videos);
+    work_.setProjectEntries(std::move(adopted));
 }
 
 /// Entries whose clips are still not there wait on.
 void ProjectController::takeOverFromScan() {
     adoptLeftOut(std::move(*tracksLeftOutByScan_));
-    if (!unapplied_) return;
+    auto held = std::make_shared<ProjectEntries>(*entries());
+    if (!held->unapplied) return;
     std::unordered_set<FileURL> found;
     for (const SyncGroup& group : work_.syncGroups()) found.insert(group.video.url);
-    auto waiting = std::make_shared<OrvaneSyncProject>(*unapplied_);
+    auto waiting = std::make_shared<OrvaneSyncProject>(*held->unapplied);
     std::erase_if(waiting->groups,
                   [&](const PersistedGroup& entry) { return found.contains(entry.videoPath); });
-    unapplied_ = waiting->groups.empty() ? nullptr : std::move(waiting);
+    held->unapplied = waiting->groups.empty() ? nullptr : std::move(waiting);
+    work_.setProjectEntries(std::move(held));
 }
 
 /// A scan that finds no file at all leaves the clips of earlier work. They get the project's edits, which
 /// still wait for their media.
 void ProjectController::layEditsOverClipsThatStayed() {
     const auto& found = scan_.discoveryResult();
-    if (!unapplied_ || !found || !found->isEmpty() || work_.syncGroups().empty()) return;
+    const auto held = entries();
+    if (!held->unapplied || !found || !found->isEmpty() || work_.syncGroups().empty()) return;
     std::vector<MediaAsset> wild;
     for (const WildTrack& track : work_.wildTracks()) wild.push_back(track.audio);
     std::vector<FileURL> leftOut;
     work_.changeClips([&](SyncGroupList& groups) {
-        leftOut = lay(projectService_, unapplied_.get(), *entriesLeftOut_, groups, wild);
+        leftOut =
+            lay(projectService_, held->unapplied.get(), held->leftOut, groups, wild, work_.matchRules());
     });
     adoptLeftOut(std::move(leftOut));
 }

@@ -15,6 +15,17 @@
 
 namespace orvane {
 
+/// What an opened project says that stands on no clip.
+struct ProjectEntries {
+    /// The project with those entries whose clips no scan has found yet: a folder was gone, or a card was not
+    /// in. They wait for a scan that finds the clips, and every save keeps them. Null when none waits.
+    std::shared_ptr<const OrvaneSyncProject> unapplied = {};
+    /// What it says of the clips whose choice of tracks was left out: a scan that finds their recordings
+    /// gives it to them, and every save keeps it.
+    std::vector<PersistedGroup> leftOut = {};
+    std::vector<FileURL> tracksLeftOut = {}; ///< the videos of these clips that are there
+};
+
 /// The project file: the editor's decisions alone, laid over a new scan. Interface thread.
 class ProjectController {
   public:
@@ -40,7 +51,7 @@ class ProjectController {
     std::vector<FileURL> clipsNotFound() const;
     /// The clips, by their video, whose choice of tracks was left out: its numbers count the channels of
     /// recordings that the scan has not found.
-    const std::vector<FileURL>& tracksLeftOut() const { return tracksLeftOut_; }
+    const std::vector<FileURL>& tracksLeftOut() const { return entries()->tracksLeftOut; }
     /// Edits that wait for their clips wait no longer.
     void clear();
 
@@ -57,6 +68,8 @@ class ProjectController {
                                OutputPermission permission);
     RunInputs inputsOfScan() const;
     void setCurrentURL(FileURL url);
+    /// Of the open work, which steps back to them with the clips. Never null.
+    std::shared_ptr<const ProjectEntries> entries() const;
     ScanController::EditOfClips edits();
     void takeOverFromScan();
     void adoptLeftOut(std::vector<FileURL> videos);
@@ -66,15 +79,6 @@ class ProjectController {
     ScanController& scan_;
     ReportController& reports_;
     std::optional<FileURL> currentURL_;
-    /// The opened project with those entries whose clips no scan has found yet: a folder was gone, or a card
-    /// was not in. They wait for a scan that finds the clips, and every save keeps them. Absent when none
-    /// waits.
-    std::shared_ptr<const OrvaneSyncProject> unapplied_;
-    std::vector<FileURL> tracksLeftOut_;
-    /// What the project says of the clips whose choice of tracks was left out: a scan that finds their
-    /// recordings gives it to them, and every save keeps it.
-    using Entries = std::vector<PersistedGroup>;
-    std::shared_ptr<const Entries> entriesLeftOut_ = std::make_shared<const Entries>();
     /// Written by the scan under way, on its thread, before it calls back.
     std::shared_ptr<std::vector<FileURL>> tracksLeftOutByScan_;
     std::uint64_t clearings_ = 0; ///< tells a save that its work is no longer open

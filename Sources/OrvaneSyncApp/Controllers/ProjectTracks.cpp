@@ -27,7 +27,7 @@ bool hasRecordings(const SyncGroup& group, const std::vector<FileURL>& recording
 } // namespace
 
 std::vector<FileURL> fitTracksToRecordings(const OrvaneSyncProject& project, SyncGroupList& groups,
-                                           const AudioByURL& known) {
+                                           const AudioByURL& known, const MatchRules& rules) {
     std::unordered_map<FileURL, const PersistedGroup*> entries;
     for (const PersistedGroup& entry : project.groups) entries[entry.videoPath] = &entry;
     const auto countsOtherChannels = [&](const SyncGroup& group) {
@@ -42,7 +42,8 @@ std::vector<FileURL> fitTracksToRecordings(const OrvaneSyncProject& project, Syn
         const auto& recordings = entries.at(group.video.url)->audioPaths;
         for (const FileURL& recording : recordings)
             if (const auto audio = known.find(recording); audio != known.end())
-                before.audioMatches.push_back(SyncEngine::matchByTimecode(group.video, *audio->second));
+                before.audioMatches.push_back(
+                    SyncEngine::matchByTimecode(group.video, *audio->second, rules));
         if (!recordings.empty() && before.audioMatches.size() == recordings.size())
             return carryDecisions(group, before);
         group.manualActiveTracks.clear();

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Models/MediaAsset.h"
 #include "OrvaneSyncCore/Models/OrvaneSyncProject.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
+#include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 
 #include <unordered_map>
 #include <vector>
@@ -14,8 +15,9 @@ using AudioByURL = std::unordered_map<FileURL, const MediaAsset*>;
 
 /// The tracks that a project's edits chose in clips whose recordings are others than the project names: each
 /// choice goes to its own channel where all recordings that it was counted in are known. Else it is taken
-/// out, as it would switch on another microphone. Returns the videos of the clips that lost it.
+/// out, as it would switch on another microphone. Returns the videos of the clips that lost it. `rules`: by
+/// which the clips were matched.
 std::vector<FileURL> fitTracksToRecordings(const OrvaneSyncProject& project, SyncGroupList& groups,
-                                           const AudioByURL& known);
+                                           const AudioByURL& known, const MatchRules& rules);
 
 } // namespace orvane

@@ -105,7 +105,7 @@ void RecordingEditing::removeAudioMatch(UUID groupID, UUID matchID) {
             own.matchStatus = statusAfterRemoval(own);
             carryDecisions(own, before);
         });
-        addReleasedToWildTracks(released);
+        settleWildTracks(released);
         smartAudio_.caches().removeSmartAudioCaches(groupID);
     });
 }
@@ -152,25 +152,23 @@ void RecordingEditing::removeVideoFromSync(UUID groupID) {
             groups = groups.filtered([&](const SyncGroup& one) { return one.id != groupID; });
             groups.makeIndex();
         });
-        addReleasedToWildTracks(released);
+        settleWildTracks(released);
         smartAudio_.caches().removeSmartAudioCaches(groupID);
     });
 }
 
-/// Of a clip that has given them up: audio that no clip uses any more.
-void RecordingEditing::addReleasedToWildTracks(const std::vector<AudioMatch>& released) {
-    const SyncGroupList& groups = work_.syncGroups();
-    const auto isUsed = [&](const UUID& audioID) {
-        return std::any_of(groups.begin(), groups.end(),
-                           [&](const SyncGroup& group) { return uses(group, audioID); });
-    };
-    const auto isWild = [&](const UUID& audioID) {
-        return std::ranges::find(work_.wildTracks(), audioID, &WildTrack::id) != work_.wildTracks().end();
-    };
+/// What a clip uses is no wild track; of what clips have given up, that which no clip uses any more is one.
+void RecordingEditing::settleWildTracks(const std::vector<AudioMatch>& released) {
+    const auto isUsed = [&](const UUID& audioID) { return !work_.clipsUsing(audioID).empty(); };
+    std::unordered_set<UUID> known;
+    std::vector<WildTrack> tracks;
+    for (const WildTrack& track : work_.wildTracks())
+        if (known.insert(track.id).second && !isUsed(track.id)) tracks.push_back(track);
     for (const AudioMatch& match : released)
-        if (!isUsed(match.audio->id) && !isWild(match.audio->id))
-            work_.changeWildTracks(
-                [&](std::vector<WildTrack>& tracks) { tracks.emplace_back(*match.audio); });
+        if (!isUsed(match.audio->id) && known.insert(match.audio->id).second)
+            tracks.emplace_back(*match.audio);
+    if (!std::ranges::equal(tracks, work_.wildTracks(), {}, &WildTrack::id, &WildTrack::id))
+        work_.changeWildTracks([&](std::vector<WildTrack>& all) { all = std::move(tracks); });
 }
 
 void RecordingEditing::resyncClip(UUID groupID) {
@@ -183,6 +181,7 @@ void RecordingEditing::resyncClip(UUID groupID) {
     const auto& pool = scanned != nullptr ? *scanned : gathered;
     if (pool.empty()) return;
     MatchRules rules = work_.matchRules();
+    rules.days = *work_.nextCorrections().days;
     const bool asksAllClips = rules.days == MatchingDays::automatic;
     if (asksAllClips) rules.days = MatchingDays::midnight;
     SyncGroupList matched = syncEngine_.match({group->video}, pool, rules);
@@ -195,22 +194,30 @@ void RecordingEditing::resyncClip(UUID groupID) {
     for (const SyncGroup& one : matched)
         if (one.video.id == group->video.id && one.video.url == group->video.url) anew = &one;
     if (anew == nullptr) return;
-    work_.edit(groupID, [&](SyncGroup& own) {
-        const SyncGroup before = own;
-        own.audioMatches = withAssetsOfTheirOwn(anew->audioMatches);
-        own.matchStatus = anew->matchStatus;
-        carryDecisions(own, before);
+    const std::vector<AudioMatch> released = group->audioMatches;
+    work_.notices.together([&] {
+        work_.edit(groupID, [&](SyncGroup& own) {
+            const SyncGroup before = own;
+            own.audioMatches = withAssetsOfTheirOwn(anew->audioMatches);
+            own.matchStatus = anew->matchStatus;
+            carryDecisions(own, before);
+        });
+        settleWildTracks(released);
+        smartAudio_.caches().removeSmartAudioCaches(groupID);
     });
-    smartAudio_.caches().removeSmartAudioCaches(groupID);
 }
 
 void RecordingEditing::resyncAllClips() {
     work_.notices.assertOnMainThread();
     const auto pool = availableAudioPool();
     if (pool.empty()) return;
-    const SyncGroupList matched = syncEngine_.match(videosOfClips(), pool, work_.matchRules());
+    auto by = MatchedBy::of(work_.nextCorrections(), rateOfMostClips(work_.syncGroups()));
+    const SyncGroupList matched = syncEngine_.match(videosOfClips(), pool, by.rules);
     std::unordered_map<std::string_view, const SyncGroup*> byPath;
     for (const SyncGroup& result : matched) byPath.try_emplace(result.video.url.path, &result);
+    std::vector<AudioMatch> released;
+    for (const SyncGroup& group : work_.syncGroups())
+        released.insert(released.end(), group.audioMatches.begin(), group.audioMatches.end());
     work_.notices.together([&] {
         work_.editWhere([](const SyncGroup&) { return true; },
                         [&](SyncGroup& own) {
@@ -220,6 +227,8 @@ void RecordingEditing::resyncAllClips() {
                             own.matchStatus = result.matchStatus;
                             carryDecisions(own, before);
                         });
+        settleWildTracks(released);
+        work_.setMatchedBy(std::move(by));
         smartAudio_.caches().invalidateCachesAfterUndo();
     });
 }

@@ -55,7 +55,7 @@ class RecordingEditing {
   private:
     static platform::Task attachFile(std::weak_ptr<RecordingEditing> weak, UUID groupID, FileURL file);
     void editWildTrack(UUID id, const std::function<void(WildTrack&)>& change);
-    void addReleasedToWildTracks(const std::vector<AudioMatch>& released);
+    void settleWildTracks(const std::vector<AudioMatch>& released);
     /// Null: the scan read none.
     const std::vector<MediaAsset>* scannedAudio() const;
     std::vector<const MediaAsset*> audioPool() const;

@@ -18,6 +18,7 @@ namespace {
 struct Matches {
     SyncGroupList groups;
     std::vector<WildTrack> wild;
+    MatchedBy by;
     std::optional<std::string> reportStatus;
 };
 
@@ -222,15 +223,14 @@ platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::ui
     auto matching = platform::onQueue(
         *self->queue_, self->work_.environment.mainThread,
         [engine = self->syncEngine_, scanned = outcome->scanResult, merging,
-         days = self->work_.environment.settings->get(settings::matchingDays),
-         corrections = self->work_.sourceCorrections(),
+         corrections = self->work_.nextCorrections(),
          edit = self->editsOfClips ? self->editsOfClips() : nullptr](const std::stop_token& stop) {
             Matches made;
-            const auto rules = MatchRules::of(days, corrections, rateOfMostClips(scanned->videoAssets));
-            made.groups = engine.match(scanned->videoAssets, scanned->audioAssets, rules, stop);
+            made.by = MatchedBy::of(corrections, rateOfMostClips(scanned->videoAssets));
+            made.groups = engine.match(scanned->videoAssets, scanned->audioAssets, made.by.rules, stop);
             made.wild = unclaimed(scanned->audioAssets, made.groups);
             made.reportStatus = merging.lay(made.groups, stop);
-            if (edit) edit(made.groups, scanned->audioAssets);
+            if (edit) edit(made.groups, scanned->audioAssets, made.by.rules);
             made.groups.makeIndex();
             return made;
         });
@@ -241,7 +241,7 @@ platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::ui
     self->work_.notices.together([&] {
         // An undo may have led to another one meanwhile.
         if (self->scanResult_ != outcome->scanResult) self->show(*outcome);
-        self->work_.adoptScan(std::move(made.groups), std::move(made.wild), outcome, of);
+        self->work_.adoptScan(std::move(made.groups), std::move(made.wild), std::move(made.by), outcome, of);
         self->smartAudio_.caches().removeAll();
         self->reports_.merged(merging, std::move(made.reportStatus));
         if (self->whenMatched) self->whenMatched();

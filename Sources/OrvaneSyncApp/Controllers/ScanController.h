@@ -67,7 +67,8 @@ class ScanController {
     std::uint64_t scanNumber() const { return scanNumber_; }
     /// Asked before the clips of a scan are made: what to do with them on another thread, before they stand;
     /// null for nothing.
-    using EditOfClips = std::function<void(SyncGroupList&, const std::vector<MediaAsset>& scannedAudio)>;
+    using EditOfClips = std::function<void(SyncGroupList&, const std::vector<MediaAsset>& scannedAudio,
+                                           const MatchRules& rules)>;
     std::function<EditOfClips()> editsOfClips;
     /// Called when the clips of a scan stand, with report and edits.
     std::function<void()> whenMatched;

@@ -141,9 +141,15 @@ SessionManager::Work SessionManager::workOf(const ImportController& controller) 
     const ScanScope& scope = controller.work().scanScope();
     folders.hasScope = !controller.work().folders().empty() && scope != knownFolders_.scope;
     if (folders.hasScope) folders.folders.scope = scope;
-    const SourceCorrections& corrections = controller.work().sourceCorrections();
-    folders.hasCorrections = !controller.work().folders().empty() && corrections != knownFolders_.corrections;
-    if (folders.hasCorrections) folders.folders.corrections = corrections;
+    const SourceCorrections corrections = controller.work().keptCorrections();
+    const auto matchedBy = controller.work().keptMatchedBy();
+    folders.hasCorrections =
+        !controller.work().folders().empty() &&
+        (corrections != knownFolders_.corrections || matchedBy != knownFolders_.matchedBy);
+    if (folders.hasCorrections) {
+        folders.folders.corrections = corrections;
+        folders.folders.matchedBy = matchedBy;
+    }
     return work;
 }
 
@@ -321,7 +327,7 @@ void SessionManager::open(const UUID& sessionId, Read read, ImportController& co
     {
         const Restoring restoring(*this);
         controller.openStoredWork({media.videoFolder, media.audioFolder, std::move(read.groups.groups),
-                                   std::move(wildTracks), media.scope, media.corrections});
+                                   std::move(wildTracks), media.scope, media.corrections, media.matchedBy});
     }
     const auto kept = std::exchange(keptWhileOpening_, {});
     setCurrentSession(sessionId);

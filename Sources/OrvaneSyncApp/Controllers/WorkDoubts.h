@@ -17,14 +17,12 @@ class WorkDoubts {
                const SmartAudioController& smartAudio)
         : work_(work), recordings_(recordings), smartAudio_(smartAudio) {}
 
-    /// Valid until the next call after a change of the work, or of a setting that doubts depend on. Without
-    /// any where the corrections of the work are none at the rate of its clips.
+    /// Valid until the next call after a change of the work, or of a setting that doubts depend on.
     const SyncDoubts& now() const;
 
   private:
     struct Basis {
         std::uint64_t revision;
-        MatchingDays days;
         TrimMode trimMode;
 
         bool operator==(const Basis&) const = default;

@@ -118,6 +118,7 @@ JSON toJSON(const SourceCorrections& corrections) {
     if (corrections.soundOffset) json.set("soundOffset", *corrections.soundOffset);
     if (corrections.soundDate) json.set("soundDate", *corrections.soundDate);
     if (corrections.timecodeRate) json.set("timecodeRate", timecodeRate::name(*corrections.timecodeRate));
+    if (corrections.days) json.set("days", rawValue(*corrections.days));
     return json;
 }
 
@@ -139,6 +140,7 @@ SourceCorrections fromJSON<SourceCorrections>(const JSON& json) {
     if (const auto rate = text("timecodeRate")) result.timecodeRate = timecodeRate::fromName(*rate);
     if (auto offset = text("soundOffset")) keep({std::move(offset), std::nullopt, result.timecodeRate});
     if (auto date = text("soundDate")) keep({result.soundOffset, std::move(date), result.timecodeRate});
+    if (const auto days = text("days")) result.days = fromRawValue<MatchingDays>(*days);
     return result;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/JSONCoding.h"
+#include "OrvaneSyncCore/Models/MatchingDays.h"
 #include "Timecode/TimecodeFrameRate.h"
 
 #include <optional>
@@ -28,6 +29,8 @@ struct SourceCorrections {
     /// At which the labels of clips and recordings count, whatever the files say. A file whose label does
     /// not exist at this rate keeps its own. Starts in samples are no labels.
     std::optional<TimecodeFrameRate> timecodeRate = {};
+    /// Which days may meet; absent: those of the setting.
+    std::optional<MatchingDays> days = {};
 
     bool isEmpty() const { return *this == SourceCorrections(); }
     bool operator==(const SourceCorrections&) const = default;
@@ -50,7 +53,8 @@ struct SourceCorrections {
 /// The text of a signed duration of less than a day, as `soundOffset` has it, to the nearest frame.
 std::string offsetText(double seconds, TimecodeFrameRate rate);
 
-/// The keys are the names of the fields, the rate by the name of its case; absent values are left out.
+/// The keys are the names of the fields, the rate by the name of its case, the days as their setting has
+/// them; absent values are left out.
 JSON toJSON(const SourceCorrections& corrections);
 /// Values that cannot be understood are as good as none.
 template <>

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Support/RandomSeed.h"
+#include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
 namespace orvane {
@@ -22,9 +23,9 @@ SyncGroup changed(SyncGroup group, const std::function<void(SyncGroup&)>& change
 }
 
 /// The file names of the clusters, such as "a b | c d".
-std::string clustersOf(const SyncGroupList& groups) {
+std::string clustersOf(const SyncGroupList& groups, const MatchRules& rules = {}) {
     std::string text;
-    for (const auto& cluster : FCPXMLExporter::findMulticamGroups(groups)) {
+    for (const auto& cluster : FCPXMLExporter::findMulticamGroups(groups, rules)) {
         if (!text.empty()) text += " |";
         for (const UUID& id : cluster)
             text.append(text.empty() ? "" : " ").append(groups.find(id)->video.filenameStem());
@@ -88,6 +89,34 @@ TEST(MulticamClusters, AreClipsThatRolledAtTheSameMoment) {
           "a c");
     check("a rate that hardly differs", {changed(camera("a.mov"), rates(25.2, 25)), at("10:00:09:23")},
           "a b");
+}
+
+TEST(MulticamClusters, LieWhereMatchingLaysThem) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    const auto dated = [](const char* filename, const char* start, Date date) {
+        return changed(camera(filename, start, 20),
+                       [&](SyncGroup& group) { group.video.contentCreatedDate = date; });
+    };
+    const Date midnight = Date{} + std::chrono::hours(24);
+    EXPECT_EQ(clustersOf({dated("a.mov", "23:59:50:00", midnight + std::chrono::seconds(10)),
+                          dated("b.mov", "23:59:52:00", midnight - std::chrono::seconds(8)),
+                          dated("c.mov", "23:59:52:00", midnight + std::chrono::hours(23))}),
+              "a b")
+        << "dated by their ends and by their starts";
+
+    // Camera a states 29.97, and all counted at 25.
+    const SyncGroupList cameras{
+        changed(camera("a.mov"),
+                [](SyncGroup& group) { group.video.timecodeFrameRate = TimecodeFrameRate::fps29_97; }),
+        camera("b.mov", "10:00:02:00")};
+    EXPECT_EQ(clustersOf(cameras), "");
+    const MatchRules rules{.timecodeRate = TimecodeFrameRate::fps25};
+    EXPECT_EQ(clustersOf(cameras, rules), "a b");
+    ExportSettings settings = settingsAt(25);
+    settings.matchRules = rules;
+    const std::string gap =
+        linesWith(FCPXMLExporter::exportDocument(cameras, {}, settings).fcpxmlString, "<gap ").front();
+    EXPECT_EQ(attributeOf(gap, "duration"), "2s");
 }
 
 TEST(MulticamClusters, AreTheSameAsThoseOfAPlainWalk) {

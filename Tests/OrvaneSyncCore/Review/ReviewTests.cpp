@@ -139,8 +139,9 @@ TEST(ReviewTable, comesBackFromEverySpreadsheet) {
 
 TEST(ReviewTable, readsNumbersAndMarksInOtherForms) {
     const std::pair<const char*, std::optional<double>> numbers[] = {
-        {"1.0", 1}, {" 2 ", 2},    {"-0,5", -0.5},    {"\u22123", -3},  {"'-4", -4},       {"+5", 5},
-        {"", {}},   {"1.2.3", {}}, {"1,234,567", {}}, {"5 frames", {}}, {"01.02.2026", {}}};
+        {"1.0", 1},         {" 2 ", 2},    {"-0,5", -0.5},  {"\u22123", -3},   {"'-4", -4},
+        {"+5", 5},          {"", {}},      {"1.2.3", {}},   {"1,234,567", {}}, {"5 frames", {}},
+        {"01.02.2026", {}}, {"1,000", {}}, {"-12,500", {}}, {"0,125", 0.125},  {"1,25", 1.25}};
     for (const auto& [cell, number] : numbers) EXPECT_EQ(reviewNumber(cell), number) << cell;
     const std::pair<const char*, std::optional<bool>> marks[] = {
         {"x", true}, {" X ", true}, {"TRUE", true}, {"1,0", true}, {"", false}, {"0", false}, {"maybe", {}}};
@@ -153,6 +154,31 @@ TEST(ReviewTable, readsNumbersAndMarksInOtherForms) {
     EXPECT_EQ(recordingOfNumber(cell, 2), "c.wav + 3 files");
     EXPECT_EQ(recordingOfNumber(cell, 3), "d.wav");
     for (const int none : {0, -1, 4}) EXPECT_FALSE(recordingOfNumber(cell, none));
+}
+
+TEST(ReviewTable, knowsWhatANewOneWouldLose) {
+    const auto lines = [](const std::string& cells) {
+        return readReviewTable(
+            "camera_file\tstatus\tchoice\toffset_frames\tname\tskip\tnote\tsound\na.mov\t" + cells +
+            (cells.ends_with("WAV") ? "" : "\t1: A.WAV; 2: B.WAV"));
+    };
+    const char *matched = "matched\t1\t0\t\t\t", *open = "ambiguous\t\t0\t\t\t";
+    const struct {
+        const char *what, *old, *fresh;
+        bool isLost;
+    } cases[] = {
+        {"nothing decided", matched, open, false},
+        {"in other forms", "matched\t1.0\t0,0\t\tno\t", open, false},
+        {"a note", "matched\t1\t0\t\t\task", matched, true},
+        {"a choice", "ambiguous\t2\t0\t\t\t", open, true},
+        {"one that was taken over", "ambiguous\t2\t0\t\t\t", "manual\t1\t0\t\t\t\t1: B.WAV; 2: A.WAV", false},
+        {"an offset", "matched\t1\t-3\t\t\t", matched, true},
+        {"a name, taken over", "matched\t1\t0\tX\tX\t", "matched\t1\t0\tX\tx\t", false},
+    };
+    for (const auto& one : cases)
+        EXPECT_EQ(firstLostDecision(lines(one.old), lines(one.fresh)) != nullptr, one.isLost) << one.what;
+    EXPECT_FALSE(firstLostDecision(lines(matched), {})) << "a clip that is gone";
+    EXPECT_TRUE(firstLostDecision(lines("matched\t1\t0\t\tx\t"), {}));
 }
 
 } // namespace

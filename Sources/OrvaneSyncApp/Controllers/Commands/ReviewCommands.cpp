@@ -3,7 +3,6 @@
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkReview.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
-#include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 
 #include <algorithm>
 
@@ -20,7 +19,7 @@ platform::Task writeReview(CommandContext& context, Call call, std::shared_ptr<J
     auto writing = platform::onQueue(
         *controller.work().documents, controller.work().environment.mainThread,
         [lines, permission, output = call.text("output"), inputs = controller.project().inputs()] {
-            OutputGuard(OutputKind::table, inputs, permission).write(output, writtenReviewTable(lines));
+            writeReviewFile(output, lines, inputs, permission);
         });
     co_await writing;
     JSON json;

@@ -48,9 +48,11 @@ JSON setCorrections(CommandContext& context, const Call& call) {
         return call.mentions(name) ? call.textIfPresent(name) : held;
     };
     try {
-        context.controller->scan().setCorrections(
+        SourceCorrections corrections =
             SourceCorrections::fromTexts(text("soundOffset", present.soundOffset),
-                                         text("soundDate", present.soundDate), text("timecodeRate", rate)));
+                                         text("soundDate", present.soundDate), text("timecodeRate", rate));
+        corrections.days = context.controller->work().keptCorrections().days;
+        context.controller->scan().setCorrections(std::move(corrections));
     } catch (const CorrectionError& error) {
         throw Error(Refusal::invalidArguments, std::string("setCorrections: ") + error.what());
     }

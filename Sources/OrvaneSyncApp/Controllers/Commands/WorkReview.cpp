@@ -91,7 +91,9 @@ class Reading {
         Decision decision{.groupID = group->id};
         readChoice(line, *group, decision);
         readOffset(line, present, *group, decision);
-        if (line[name] && trimmed(*line[name]) != trimmed(*present[name])) decision.name = line[name];
+        if (line[name] && trimmed(*line[name]) != trimmed(*present[name]) &&
+            trimmed(*line[name]) != asRead(name, *present[name]))
+            decision.name = line[name];
         if (line[skip]) {
             const auto skips = reviewSwitch(*line[skip]);
             if (!skips) problem(line, "skip takes x or nothing, not '" + *line[skip] + "'");
@@ -102,11 +104,27 @@ class Reading {
 
   private:
     static std::string trimmedText(std::string_view text) { return std::string(trimmed(text)); }
-    /// As a table shows it once it was written and read.
-    std::string shownName(const SyncGroup& group) const {
+    /// As a table shows a cell once it was written and read.
+    static std::string asRead(ReviewColumn column, const std::string& cell) {
         ReviewLine line;
-        line[cameraFile] = names_.of(group.video);
-        return trimmedText(*readReviewTable(writtenReviewTable({line})).front()[cameraFile]);
+        line[clip] = "clip"; // lines that hold nothing are left out
+        line[column] = cell;
+        return trimmedText(*readReviewTable(writtenReviewTable({line})).front()[column]);
+    }
+    std::string shownName(const SyncGroup& group) const { return asRead(cameraFile, names_.of(group.video)); }
+    /// The place of a recording as a table names it, or as it was named in a smaller shoot, without folders
+    /// in front; nothing where none or several fit.
+    static std::optional<std::size_t> placeOf(const std::string& wanted,
+                                              const std::vector<std::string>& texts) {
+        if (const auto at = std::ranges::find(texts, wanted); at != texts.end())
+            return static_cast<std::size_t>(at - texts.begin());
+        std::optional<std::size_t> place;
+        for (std::size_t i = 0; i < texts.size(); ++i) {
+            if (!texts[i].ends_with("/" + wanted) && !wanted.ends_with("/" + texts[i])) continue;
+            if (place) return std::nullopt;
+            place = i;
+        }
+        return place;
     }
     void problem(const ReviewLine& line, const std::string& what) {
         problems.push_back("review, line " + std::to_string(line.number) + ": " + what);
@@ -144,10 +162,13 @@ class Reading {
             // The numbers are those of the line: the clip may list its recordings in another order by now.
             const auto wanted = recordingOfNumber(*line[sound], static_cast<int>(*number));
             const auto texts = recordingTexts(group, names_);
-            const auto at = wanted ? std::ranges::find(texts, *wanted) : texts.end();
-            if (wanted && at == texts.end())
-                return problem(line, "the recording '" + *wanted + "' is none of the clip's");
-            position = wanted ? static_cast<std::size_t>(at - texts.begin()) : recordings.size();
+            const auto place = wanted ? placeOf(*wanted, texts) : std::nullopt;
+            if (wanted && !place) {
+                if (!isChoiceOfTable(line))
+                    problem(line, "the recording '" + *wanted + "' is none of the clip's");
+                return;
+            }
+            position = place.value_or(recordings.size());
         }
         if (position >= recordings.size())
             return problem(line, "there is no recording number '" + *line[choice] + "'");
@@ -162,8 +183,13 @@ class Reading {
         if (!line[offsetFrames]) return;
         const std::string_view cell = trimmed(*line[offsetFrames]);
         const auto frames = cell.empty() ? std::optional(0.0) : reviewNumber(cell);
+        const auto byComma = reviewNumberByDecimalComma(cell);
+        if (!frames && byComma && reviewFrames(*byComma) == *present[offsetFrames]) return;
         if (!frames)
-            return problem(line, "offset_frames takes a number of frames, not '" + std::string(cell) + "'");
+            return problem(line, "offset_frames takes a number of frames, not '" + std::string(cell) + "'" +
+                                     (byComma ? ", which may be a thousand times as many; write it without "
+                                                "a comma"
+                                              : ""));
         const double seconds = *frames / rateOf(group.video);
         if (std::abs(seconds) > secondsOfDay)
             return problem(line, "an offset of " + std::string(cell) + " frames is more than a day");
@@ -215,6 +241,23 @@ ReviewOutcome applyReview(ImportController& controller, const std::vector<Review
             for (const Decision& decision : reading.decisions) carryOut(controller, decision);
         });
     return {static_cast<int>(reading.decisions.size()), std::move(reading.problems)};
+}
+
+void writeReviewFile(const std::string& path, const std::vector<ReviewLine>& lines, RunInputs inputs,
+                     const OutputPermission& permission) {
+    const OutputGuard guard(OutputKind::table, std::move(inputs), permission);
+    guard.check(path);
+    if (!permission.replacesOthers && isOwnOutput(OutputKind::table, path)) {
+        const std::vector<ReviewLine> there = readReviewFile(path);
+        if (const ReviewLine* lost = firstLostDecision(there, lines))
+            throw OutputRefused(
+                OutputRefused::Reason::place,
+                platform::text::validUTF8("can't write '" + path + "': line " + std::to_string(lost->number) +
+                                          " of the table there holds a decision or a note that the new one "
+                                          "would not; give the new table another name, or " +
+                                          std::string(permission.option) + " to replace it"));
+    }
+    guard.write(path, writtenReviewTable(lines));
 }
 
 std::vector<ReviewLine> readReviewFile(const std::string& path) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 #include "OrvaneSyncCore/Services/Review/ReviewTable.h"
 
 #include <string>
@@ -21,6 +22,12 @@ struct ReviewOutcome {
 /// is. A clip is found by its camera file, as tables and messages name it, or by the end of its path.
 /// Interface thread.
 ReviewOutcome applyReview(ImportController& controller, const std::vector<ReviewLine>& lines);
+
+/// Writes a table. One that is there is replaced without permission as long as no decision and no note of it
+/// gets lost. Throws OutputRefused, FileError, and ReviewTableError for a table that cannot be understood.
+/// Any thread but that of the interface.
+void writeReviewFile(const std::string& path, const std::vector<ReviewLine>& lines, RunInputs inputs,
+                     const OutputPermission& permission);
 
 /// A table from the disk. Throws FileError and ReviewTableError, which name the file. Any thread but that of
 /// the interface.

@@ -9,6 +9,7 @@
 #include "Timecode/ExactRate.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <map>
 #include <unordered_map>
@@ -186,16 +187,30 @@ std::vector<std::string> leftOutWarnings(const ImportController& controller) {
     return warnings;
 }
 
-std::vector<std::string> doubtWarnings(const ImportController& controller) {
+std::vector<std::string> doubtWarnings(const ImportController& controller, Matching matching) {
+    using enum SyncDoubt::Kind;
+    constexpr std::array aboutMatching{otherDay,       ambiguous,    otherDateFits,
+                                       constantOffset, timecodeRate, dropMix};
     std::vector<std::string> warnings;
-    for (const CardDoubt& doubt : controller.doubts().summary(controller.work().syncGroups()))
-        warnings.push_back(doubt.doubt.message + "; " + doubt.doubt.cure);
+    std::unordered_set<UUID> clips;
+    for (const CardDoubt& doubt : controller.doubts().summary(controller.work().syncGroups())) {
+        if (matching == Matching::isDone &&
+            std::ranges::find(aboutMatching, doubt.doubt.kind) != aboutMatching.end())
+            clips.insert(doubt.groupIDs.begin(), doubt.groupIDs.end());
+        else
+            warnings.push_back(doubt.doubt.message + "; " + doubt.doubt.cure);
+    }
+    if (!clips.empty())
+        warnings.push_back(counted(static_cast<long long>(clips.size()), "clip", "clips") +
+                           " may have the wrong sound; 'orvanesync diagnose' of the folders says why, and "
+                           "what 'scan' and 'sync' do about it");
     return warnings;
 }
 
-void addOwnWarnings(const ImportController& controller, ExportResult& result) {
-    for (auto* warnings : {&leftOutWarnings, &doubtWarnings, &smartAudioWarnings})
-        for (std::string& warning : (*warnings)(controller)) result.warnings.push_back(std::move(warning));
+void addOwnWarnings(const ImportController& controller, ExportResult& result, Matching matching) {
+    for (const auto& warnings :
+         {leftOutWarnings(controller), doubtWarnings(controller, matching), smartAudioWarnings(controller)})
+        result.warnings.insert(result.warnings.end(), warnings.begin(), warnings.end());
     if (result.syncClipCount + result.multicamCount == 0)
         result.warnings.push_back("the document holds no clip; look at the settings " +
                                   std::string(settings::generateSyncClips.key) + " and " +

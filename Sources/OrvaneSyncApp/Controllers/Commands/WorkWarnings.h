@@ -17,10 +17,15 @@ std::vector<std::string> leftOutWarnings(const ImportController& controller);
 /// Each recording that Smart Audio could not hear, or not to its end, or of which it leaves nothing but
 /// timecode switched on; clips that it left out; and measured clips that are silent or raised by far.
 std::vector<std::string> smartAudioWarnings(const ImportController& controller);
-/// One line each doubt, with its cure, for who shows no list of them.
-std::vector<std::string> doubtWarnings(const ImportController& controller);
+/// Whether who is warned can have the clips matched in another way.
+enum class Matching : bool { isDone, canChange };
+/// One line each doubt, with its cure, for who shows no list of them. Where the matching is done, doubts that
+/// another matching cures are one line together, which says where to look.
+std::vector<std::string> doubtWarnings(const ImportController& controller,
+                                       Matching matching = Matching::canChange);
 /// What people should know beside the exporter's own warnings.
-void addOwnWarnings(const ImportController& controller, ExportResult& result);
+void addOwnWarnings(const ImportController& controller, ExportResult& result,
+                    Matching matching = Matching::canChange);
 /// Says that a recording ends before the length that its header promises.
 std::string earlyEndWarning(const std::string& filename, double heardSeconds, double promisedSeconds);
 

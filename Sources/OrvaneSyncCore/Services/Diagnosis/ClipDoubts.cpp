@@ -216,7 +216,7 @@ class ClipDoubts {
                 " is off and has speech " +
                 formatted("%.0f dB", static_cast<double>(muted->averageLevelDB) - loudestOn) +
                 " above what is on",
-            "listen to it and switch it on");
+            "listen to it and switch it on, or leave every channel on with sync --no-smart-audio");
     }
     std::string channelName(int number) const {
         for (const IXMLTrack& track : namedChannels(group_, take_))

@@ -11,16 +11,23 @@ using namespace fcpxml;
 
 namespace {
 
-/// How much later than the first camera this one began to roll.
-Time delay(const SyncClip& clip, const Time& earliest) {
-    return clip.start ? *clip.start - earliest : Time::zero();
+/// Where the clip begins beside the others: at its own start, moved as a corrected rate moves that of the
+/// picture. Nothing for a clip without a start.
+std::optional<Time> startOnAxis(const CameraClip& camera, const ExportSettings& settings) {
+    const auto& corrected = settings.matchRules.timecodeRate;
+    if (!corrected || !camera.clip.start) return camera.clip.start;
+    const MediaAsset& video = camera.group->video;
+    const double fps = clipRate(video, settings);
+    const auto read = correctedPictureStartTime(video, fps, corrected), own = pictureStartTime(video, fps);
+    return read && own ? *camera.clip.start + (*read - *own) : *camera.clip.start;
 }
 
-MCAngle angle(CameraClip camera, std::string name, const Time& earliest) {
+/// `delay`: how much later than the first camera this one began to roll.
+MCAngle angle(CameraClip camera, std::string name, const Time& delay, const Time& earliest) {
     MCAngle angle;
     angle.angleID = angleID(name);
     angle.name = std::move(name);
-    camera.clip.offset = delay(camera.clip, earliest);
+    camera.clip.offset = delay;
     if (*camera.clip.offset > Time::zero()) {
         Gap gap;
         gap.offset = Time::zero();
@@ -82,14 +89,19 @@ std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, cons
     if (cameras.size() < fewestCameras) return std::nullopt;
     const MediaAsset& firstVideo = cameras.front().group->video;
     std::optional<Time> firstStart;
-    for (const CameraClip& camera : cameras)
-        if (camera.clip.start && (!firstStart || *camera.clip.start < *firstStart))
-            firstStart = camera.clip.start;
+    std::vector<std::optional<Time>> starts;
+    for (const CameraClip& camera : cameras) {
+        starts.push_back(startOnAxis(camera, settings));
+        if (starts.back() && (!firstStart || *starts.back() < *firstStart)) firstStart = starts.back();
+    }
     const Time earliest = firstStart.value_or(Time::zero());
     Time total = Time::zero();
+    std::vector<Time> delays;
     std::vector<const MediaAsset*> videos;
     for (const CameraClip& camera : cameras) {
-        total = std::max(total, delay(camera.clip, earliest) + camera.clip.duration.value_or(Time::zero()));
+        const auto& start = starts[delays.size()];
+        delays.push_back(start ? *start - earliest : Time::zero());
+        total = std::max(total, delays.back() + camera.clip.duration.value_or(Time::zero()));
         videos.push_back(&camera.group->video);
     }
 
@@ -109,7 +121,7 @@ std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, cons
     std::vector<std::string> names = cameraNames(videos);
     for (CameraClip& camera : cameras) {
         const std::size_t place = multicam.angles.size();
-        multicam.angles.push_back(angle(std::move(camera), std::move(names[place]), earliest));
+        multicam.angles.push_back(angle(std::move(camera), std::move(names[place]), delays[place], earliest));
     }
     built.clip.sources.emplace_back().angleID = multicam.angles.front().angleID;
     built.media.item = std::move(multicam);
@@ -161,7 +173,7 @@ std::optional<UUID> multicamBucketGroupID(const std::vector<const SyncGroup*>& g
 void addMulticamClips(ExportWalk& walk) {
     std::vector<const SyncGroup*> groups;
     for (const BuiltClip& built : walk.syncClips) groups.push_back(built.group);
-    for (const auto& cluster : multicamClusters(groups)) {
+    for (const auto& cluster : multicamClusters(groups, walk.settings.matchRules)) {
         platform::throwIfStopped(walk.stop);
         std::vector<CameraClip> cameras;
         std::vector<const SyncGroup*> angles;

@@ -78,6 +78,15 @@ std::optional<Time> pictureStartTime(const MediaAsset& video, double fps) {
     return timecodeToTime(video.startTimecodeString, fps, video.timecodeFrameRate);
 }
 
+std::optional<Time> correctedPictureStartTime(const MediaAsset& video, double fps,
+                                              std::optional<TimecodeFrameRate> corrected) {
+    const auto label = corrected && video.startTimecodeString
+                           ? Timecode::fromString(*video.startTimecodeString, *corrected)
+                           : std::nullopt;
+    const bool exists = label && label->components().frames < timecodeRate::maxFrames(*corrected);
+    return exists ? timecodeToTime(video.startTimecodeString, fps, corrected) : pictureStartTime(video, fps);
+}
+
 Time manualOffsetTime(double seconds, double fps) {
     if (!(std::abs(seconds) >= smallestOffsetSeconds)) return Time::zero();
     return wholeFrames(seconds, orFallback(fps)).value_or(Time::zero());

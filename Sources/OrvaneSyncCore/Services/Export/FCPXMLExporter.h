@@ -69,6 +69,10 @@ std::optional<fcpxml::Time> timecodeToTime(const std::optional<std::string>& tex
                                            std::optional<TimecodeFrameRate> counted = std::nullopt);
 /// Where the picture begins on the timecode axis, on a frame of `fps`.
 std::optional<fcpxml::Time> pictureStartTime(const MediaAsset& video, double fps);
+/// The same with the label read at a corrected rate, where one is given and the label exists at it: where the
+/// picture lies beside others, whatever the file says.
+std::optional<fcpxml::Time> correctedPictureStartTime(const MediaAsset& video, double fps,
+                                                      std::optional<TimecodeFrameRate> corrected);
 /// Zero below a whole frame; negative for an earlier moment.
 fcpxml::Time manualOffsetTime(double seconds, double fps);
 /// Exact to the sample where the file has a time reference.
@@ -183,7 +187,7 @@ struct BuiltMulticam {
 /// The clips, by id, that rolled at the same moment: the first of each list is the one that all others of it
 /// overlap; clips that only touch do not. A list keeps the order of the groups. A clip without a duration or
 /// a start is in no list.
-std::vector<std::vector<UUID>> findMulticamGroups(const SyncGroupList& groups);
+std::vector<std::vector<UUID>> findMulticamGroups(const SyncGroupList& groups, const MatchRules& rules = {});
 /// Nothing for fewer than two cameras.
 std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, const std::string& altFormatID,
                                            const NamesByGroup& clipNames, const ExportSettings& settings,

@@ -104,8 +104,10 @@ fcpxml::AssetClip rawAudioAssetClip(const MediaAsset& audio,
 /// A multicam clip has no fewer.
 inline constexpr std::size_t fewestCameras = 2;
 /// Which clips become the angles of one multicam clip, as ascending places in the list, each in one cluster
-/// at most. All members overlap the first one; whether they overlap each other does not matter.
-std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const SyncGroup*>& groups);
+/// at most. All members overlap the first one; whether they overlap each other does not matter. They lie
+/// where matching by the rules lays them.
+std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const SyncGroup*>& groups,
+                                                       const MatchRules& rules);
 
 void addMulticamClips(ExportWalk& walk);
 void addRoomTone(ExportWalk& walk);

@@ -63,7 +63,10 @@ void SessionFoldersChange::apply(SessionFolders& onDisk) const {
         onDisk.audioBookmark = folders.audioBookmark;
     }
     if (hasScope) onDisk.scope = folders.scope;
-    if (hasCorrections) onDisk.corrections = folders.corrections;
+    if (hasCorrections) {
+        onDisk.corrections = folders.corrections;
+        onDisk.matchedBy = folders.matchedBy;
+    }
 }
 
 std::string defaultName(const SessionFolders& folders, Date day) {
@@ -105,6 +108,8 @@ SessionInfo fromJSON<SessionInfo>(const JSON& json) {
     return info;
 }
 
+constexpr std::string_view matchedByKey = "matchedBy";
+
 JSON toJSON(const SessionFolders& folders) {
     JSON json = JSON::object();
     setPath(json, "videoFolder", folders.videoFolder);
@@ -113,18 +118,21 @@ JSON toJSON(const SessionFolders& folders) {
     setBytes(json, "audioBookmark", folders.audioBookmark);
     setScanScope(json, folders.scope);
     setSourceCorrections(json, folders.corrections);
+    if (folders.matchedBy) json.set(matchedByKey, toJSON(*folders.matchedBy));
     return json;
 }
 
 template <>
 SessionFolders fromJSON<SessionFolders>(const JSON& json) {
     if (!json.isObject()) throw DecodingError("expected an object");
+    const JSON* matchedBy = json.find(matchedByKey);
     return {optionalPath(json, "videoFolder"),
             optionalPath(json, "audioFolder"),
             optionalBytes(json, "videoBookmark"),
             optionalBytes(json, "audioBookmark"),
             scanScopeFrom(json),
-            sourceCorrectionsFrom(json)};
+            sourceCorrectionsFrom(json),
+            matchedBy != nullptr ? std::optional(fromJSON<SourceCorrections>(*matchedBy)) : std::nullopt};
 }
 
 JSON toJSON(const FolderInfo& folder) {

@@ -56,6 +56,8 @@ struct SessionFolders {
     std::optional<std::string> audioBookmark;
     ScanScope scope{};
     SourceCorrections corrections{};
+    /// By what the clips were matched, where these are others.
+    std::optional<SourceCorrections> matchedBy{};
 
     bool operator==(const SessionFolders&) const = default;
 };
@@ -66,7 +68,7 @@ struct SessionFoldersChange {
     bool hasVideo = false;
     bool hasAudio = false;
     bool hasScope = false;
-    bool hasCorrections = false;
+    bool hasCorrections = false; ///< or the clips were matched by others
 
     bool isEmpty() const { return !hasVideo && !hasAudio && !hasScope && !hasCorrections; }
     void apply(SessionFolders& onDisk) const;

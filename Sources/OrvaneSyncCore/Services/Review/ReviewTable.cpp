@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <map>
 #include <utility>
 
 namespace orvane {
@@ -96,6 +98,59 @@ std::optional<char> delimiterOf(std::string_view content) {
 
 std::string numberMark(std::size_t number) { return std::to_string(number) + ": "; }
 
+/// With a plain sign.
+std::string numberText(std::string_view cell) {
+    constexpr std::string_view minus = "\xE2\x88\x92"; // U+2212
+    std::string number(text::trimmed(cell));
+    if (number.starts_with('\'')) number.erase(0, 1);
+    if (number.starts_with(minus)) number.replace(0, minus.size(), "-");
+    return number;
+}
+
+/// A comma that may part thousands: in front of three digits, and behind some that do not begin with 0.
+bool mayHoldThousands(std::string_view number) {
+    number.remove_prefix(std::min(number.find_first_not_of("+-"), number.size()));
+    const std::size_t comma = number.find(',');
+    constexpr std::size_t group = 3;
+    return comma != std::string_view::npos && comma > 0 && number.front() != '0' &&
+           number.size() == comma + 1 + group &&
+           number.find_first_not_of("0123456789", comma + 1) == std::string_view::npos;
+}
+
+std::string cellOf(const ReviewLine& line, ReviewColumn column) {
+    return std::string(text::trimmed(line[column].value_or("")));
+}
+
+/// What a line decides in a column, in a form that equals that of the same decision; empty for none.
+std::string decisionIn(const ReviewLine& line, ReviewColumn column) {
+    using enum ReviewColumn;
+    std::string cell = cellOf(line, column);
+    if (column == choice) {
+        if (isChoiceOfTable(line)) return "";
+        const auto number = reviewNumber(cell);
+        const bool isPlace = number && *number >= 1 && *number <= std::numeric_limits<int>::max();
+        const auto named =
+            isPlace ? recordingOfNumber(cellOf(line, sound), static_cast<int>(*number)) : std::nullopt;
+        return named.value_or(cell);
+    }
+    if (column == offsetFrames)
+        if (const auto number = reviewNumber(cell)) return *number == 0 ? "" : reviewFrames(*number);
+    if (column == skip)
+        if (const auto skips = reviewSwitch(cell)) return *skips ? "x" : "";
+    return cell;
+}
+
+/// A decision of the old line that the new one has, too; what the new one states without being a decision
+/// counts, as the choice that was made meanwhile.
+bool isHeld(const ReviewLine& old, const ReviewLine* fresh, ReviewColumn column) {
+    const std::string decision = decisionIn(old, column);
+    if (decision.empty()) return true;
+    if (fresh == nullptr) return false;
+    if (column == ReviewColumn::choice && isChoiceOfTable(*fresh))
+        return recordingOfNumber(cellOf(*fresh, ReviewColumn::sound), 1) == decision;
+    return decisionIn(*fresh, column) == decision;
+}
+
 } // namespace
 
 std::string writtenReviewTable(const std::vector<ReviewLine>& lines) {
@@ -133,10 +188,30 @@ std::vector<ReviewLine> readReviewTable(std::string_view content) {
 }
 
 std::optional<double> reviewNumber(std::string_view cell) {
-    constexpr std::string_view minus = "\xE2\x88\x92"; // U+2212
-    std::string number(text::trimmed(cell));
-    if (number.starts_with('\'')) number.erase(0, 1);
-    if (number.starts_with(minus)) number.replace(0, minus.size(), "-");
+    return mayHoldThousands(numberText(cell)) ? std::nullopt : reviewNumberByDecimalComma(cell);
+}
+
+bool isChoiceOfTable(const ReviewLine& line) {
+    const std::string state = cellOf(line, ReviewColumn::status);
+    return reviewNumber(cellOf(line, ReviewColumn::choice)) == 1 && (state == "matched" || state == "manual");
+}
+
+const ReviewLine* firstLostDecision(const std::vector<ReviewLine>& old,
+                                    const std::vector<ReviewLine>& fresh) {
+    using enum ReviewColumn;
+    std::map<std::string, const ReviewLine*> byFile;
+    for (const ReviewLine& line : fresh) byFile.emplace(cellOf(line, cameraFile), &line);
+    for (const ReviewLine& line : old) {
+        const auto found = byFile.find(cellOf(line, cameraFile));
+        const ReviewLine* own = found == byFile.end() ? nullptr : found->second;
+        for (const ReviewColumn column : {choice, offsetFrames, name, skip, note})
+            if (!isHeld(line, own, column)) return &line;
+    }
+    return nullptr;
+}
+
+std::optional<double> reviewNumberByDecimalComma(std::string_view cell) {
+    std::string number = numberText(cell);
     if (const std::size_t comma = number.find(','); comma != std::string::npos) number[comma] = '.';
     return text::decimalNumber(number);
 }

@@ -58,9 +58,17 @@ std::string writtenReviewTable(const std::vector<ReviewLine>& lines);
 std::vector<ReviewLine> readReviewTable(std::string_view text);
 
 /// A cell with a number, by whatever habits it is written: "-3", "1.0", "1,5" or with a true minus sign.
+/// Nothing for "1,000", which may be one or a thousand.
 std::optional<double> reviewNumber(std::string_view cell);
+/// The number of a cell that may be two: with its comma as a decimal point.
+std::optional<double> reviewNumberByDecimalComma(std::string_view cell);
 /// A cell of the column `skip`; nothing when it says neither.
 std::optional<bool> reviewSwitch(std::string_view cell);
+/// The choice that a table states where nobody has made one: the first recording of a clip that is settled.
+bool isChoiceOfTable(const ReviewLine& line);
+/// Of a table that a new one would replace, the first line with a decision or a note that the new one does
+/// not hold; null: nothing would be lost.
+const ReviewLine* firstLostDecision(const std::vector<ReviewLine>& old, const std::vector<ReviewLine>& fresh);
 /// Frames as a cell states them, to a millionth.
 std::string reviewFrames(double frames);
 

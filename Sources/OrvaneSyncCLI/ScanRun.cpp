@@ -3,8 +3,9 @@
 
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ReportDoubt.h"
-#include "OrvaneSyncCLI/TypedSettings.h"
+#include "OrvaneSyncCLI/RunUntilDone.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/Files.h"
 
 #include <algorithm>
@@ -75,7 +76,7 @@ void chooseFolders(ImportController& controller, const Arguments& arguments) {
 void chooseDays(Context& context, const Arguments& arguments) {
     const auto days = arguments.value("--days");
     if (!days) return;
-    const SettingDescription& setting = knownSetting("matching.days");
+    const SettingDescription& setting = settings::matchingDays;
     if (const auto problem = whyUseless(setting, *days)) throw UsageError("--days: " + *problem);
     context.settings->setOverride(setting.key, *days);
 }
@@ -184,14 +185,13 @@ void ScanRun::warnOfTheScan() {
 }
 
 void ScanRun::wait(const platform::Task& operation) {
-    std::exception_ptr raised;
-    operation.whenDone([&](std::exception_ptr how) {
-        raised = std::move(how);
-        loop_->quit();
-    });
-    loop_->run();
+    try {
+        runUntilDone(*loop_, operation);
+    } catch (...) {
+        progress_.clear();
+        throw;
+    }
     progress_.clear();
-    if (raised) std::rethrow_exception(raised);
 }
 
 } // namespace orvane::cli

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCLI/TypedSettings.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Shortcuts/ShortcutSettings.h"
 
 namespace orvane::cli {
 
@@ -72,6 +73,12 @@ void store(Context& context, const SettingDescription& setting, const std::strin
     context.settings->set(setting.key, std::move(value)).wait();
 }
 
+/// What the program notes by itself can be read and forgotten.
+const SettingDescription& readableSetting(const std::string& key) {
+    const SettingDescription* own = shortcutSettings::find(key);
+    return own == nullptr ? knownSetting(key) : *own;
+}
+
 void settings(Context& context, const Arguments& arguments) {
     const auto& words = arguments.positionals();
     const bool asJSON = arguments.has("--json");
@@ -82,7 +89,10 @@ void settings(Context& context, const Arguments& arguments) {
     if (words.size() != (verb == "set" ? 3U : 2U))
         throw UsageError(verb == "set" ? "settings set takes a key and a value"
                                        : "settings " + verb + " takes one key");
-    const SettingDescription& setting = knownSetting(words[1]);
+    if (verb == "set" && shortcutSettings::find(words[1]) != nullptr)
+        throw UsageError("'" + words[1] +
+                         "' is noted by the program itself; 'orvanesync shortcuts' changes keys");
+    const SettingDescription& setting = readableSetting(words[1]);
     if (verb == "set") store(context, setting, words[2]);
     if (verb == "unset") context.settings->remove(setting.key).wait();
     if (verb == "get" || asJSON) get(context, setting, asJSON);

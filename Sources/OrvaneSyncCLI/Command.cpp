@@ -145,10 +145,10 @@ void Context::warn(std::string_view message) const {
 }
 
 std::span<const Command* const> allCommands() {
-    static const std::array<const Command*, 14> commands{
-        &syncCommand(),     &scanCommand(),     &diagnoseCommand(), &probeCommand(),    &analyzeCommand(),
-        &loudnessCommand(), &ltcCommand(),      &reportCommand(),   &timecodeCommand(), &sessionCommand(),
-        &projectCommand(),  &settingsCommand(), &serveCommand(),    &doctorCommand()};
+    static const auto commands = std::to_array<const Command*>(
+        {&syncCommand(), &scanCommand(), &diagnoseCommand(), &probeCommand(), &analyzeCommand(),
+         &loudnessCommand(), &ltcCommand(), &reportCommand(), &timecodeCommand(), &sessionCommand(),
+         &projectCommand(), &settingsCommand(), &shortcutsCommand(), &serveCommand(), &doctorCommand()});
     return commands;
 }
 

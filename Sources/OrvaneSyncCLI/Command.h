@@ -34,6 +34,7 @@ const Command& timecodeCommand();
 const Command& sessionCommand();
 const Command& projectCommand();
 const Command& settingsCommand();
+const Command& shortcutsCommand();
 const Command& serveCommand();
 const Command& doctorCommand();
 

@@ -3,6 +3,7 @@
 
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ReportDoubt.h"
+#include "OrvaneSyncCLI/RunUntilDone.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -197,14 +198,13 @@ void ScanRun::warnOfTheScan() {
 }
 
 void ScanRun::wait(const platform::Task& operation) {
-    std::exception_ptr raised;
-    operation.whenDone([&](std::exception_ptr how) {
-        raised = std::move(how);
-        loop_->quit();
-    });
-    loop_->run();
+    try {
+        runUntilDone(*loop_, operation);
+    } catch (...) {
+        progress_.clear();
+        throw;
+    }
     progress_.clear();
-    if (raised) std::rethrow_exception(raised);
 }
 
 } // namespace orvane::cli

@@ -465,6 +465,27 @@ TEST_F(ServeTest, aProjectIsOpenedInASessionOfItsOwn) {
     EXPECT_EQ(first(own), "falsefalse");
 }
 
+TEST_F(ServeTest, bindsKeys) {
+    const auto key = [](const JSON& listing, const char* action) {
+        return listing.find("bindings")->find(action)->dump();
+    };
+    EXPECT_EQ(key(call("setShortcut", R"({"action":"clapCheck","key":"x","modifiers":["shift","option"]})"),
+                  "clapCheck"),
+              R"({"key":"x","modifiers":6})");
+    EXPECT_EQ(call("saveShortcutProfile", R"({"name":"Night"})").dump(),
+              R"({"current":"Night","profiles":["Night"]})");
+    EXPECT_EQ(key(call("resetShortcuts"), "clapCheck"), R"({"key":"c","modifiers":0})");
+    call("loadShortcutProfile", R"({"name":"Night"})");
+    EXPECT_EQ(key(call("shortcuts"), "clapCheck"), R"({"key":"x","modifiers":6})");
+    EXPECT_EQ(call("decodeShortcut", R"({"code":43,"text":"<","modifiers":["shift"]})").dump(),
+              R"({"key":",","modifiers":2})");
+    EXPECT_TRUE(call("decodeShortcut", R"({"code":96})").isNull());
+    for (const char* bad : {R"({"action":"clap","key":"x"})", R"({"action":"clapCheck","key":"f5"})",
+                            R"({"action":"clapCheck","key":"x","modifiers":["hyper"]})"})
+        EXPECT_TRUE(failure("setShortcut", bad).starts_with("-32602")) << bad;
+    EXPECT_TRUE(failure("loadShortcutProfile", R"({"name":"none"})").starts_with("1 "));
+}
+
 TEST_F(ServeTest, listsItsCommandsAsTheGuideDoes) {
     std::ostringstream guide;
     guide << std::ifstream(std::filesystem::path(ORVANE_SOURCE_DIR) / "docs/automation.md").rdbuf();

@@ -137,6 +137,8 @@ TEST_F(OutputGuardTest, ownOutputsOfTheKindAreWrittenAgainAndOthersWithPermissio
                  {"shot.mov", rendering, movie("Lavf59"), never},
                  {"x.png", picture, png("Software\0OrvaneSync"s), always},
                  {"still.png", picture, png("Software\0Camera"s), never},
+                 {"keys.json", shortcuts, R"(["zoomFit",{"key":"0","modifiers":0}])", always},
+                 {"a setting.json", shortcuts, R"(["zoomFit","0"])", withPermission},
                  {"as media.mp4", rendering, "text", never},
                  {"a rendering", document, wave("OrvaneSync"), never}};
     for (const auto& [name, kind, there, outcome] : cases)

@@ -15,6 +15,7 @@ std::vector<Command> reportCommands();
 std::vector<Command> fileCommands();
 std::vector<Command> sessionCommands();
 std::vector<Command> settingCommands();
+std::vector<Command> shortcutCommands();
 const std::vector<Command>& allCommands();
 
 } // namespace orvane::commands

@@ -6,6 +6,12 @@
 
 namespace orvane::commands {
 
+const std::shared_ptr<ShortcutCenter>& CommandContext::shortcuts() {
+    if (!shortcuts_)
+        shortcuts_ = ShortcutCenter::create({controller->work().environment.mainThread, settings});
+    return shortcuts_;
+}
+
 void CommandContext::expectKnown(const Call& call) const {
     const auto expect = [&](const auto& list, std::string_view name, const char* what) {
         if (call.names(name) &&

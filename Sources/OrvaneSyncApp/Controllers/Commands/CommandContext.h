@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
+#include "OrvaneSyncCore/Services/Shortcuts/ShortcutCenter.h"
 #include "Platform/SettingsStore.h"
 
 #include <functional>
@@ -23,6 +24,9 @@ class CommandContext {
     /// requests.
     std::function<bool(const platform::JSON& id)> cancelRequest;
 
+    /// Begins to read them when they are first asked for.
+    const std::shared_ptr<ShortcutCenter>& shortcuts();
+
     /// Throws for a clip, recording, range or wild track that a call names and that is not there: before the
     /// call has done anything, so that there is nothing to take back.
     void expectKnown(const Call& call) const;
@@ -30,6 +34,9 @@ class CommandContext {
     platform::Task withUndo(const UndoStep& step, const std::function<platform::Task()>& edit) const;
     /// Throws GroupNotFound.
     const SyncGroup& group(const UUID& id) const;
+
+  private:
+    std::shared_ptr<ShortcutCenter> shortcuts_;
 };
 
 /// The controller of a topic of the work.

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
 #include "Platform/Files.h"
+#include "Platform/JSON.h"
 #include "Platform/MediaInspector.h"
 #include "Platform/RandomAccessFile.h"
 #include "Platform/WaveChunks.h"
@@ -78,6 +79,25 @@ bool isOwnProject(const std::string& path) {
     }
 }
 
+/// Texts and objects with a key and modifiers by turns.
+bool isOwnBindings(const std::string& path) {
+    constexpr std::uint64_t largest = std::uint64_t{1} << 20U; // bytes
+    try {
+        const auto json = platform::JSON::parse(platform::files::readText(path, largest));
+        const auto* list = json.elements();
+        if (list == nullptr || list->empty() || list->size() % 2 != 0) return false;
+        for (std::size_t i = 0; i < list->size(); i += 2) {
+            const platform::JSON& shortcut = (*list)[i + 1];
+            if ((*list)[i].string() == nullptr || shortcut.find("key") == nullptr ||
+                shortcut.find("modifiers") == nullptr)
+                return false;
+        }
+        return true;
+    } catch (const std::runtime_error&) {
+        return false;
+    }
+}
+
 /// Takes the piece from the front of the text.
 bool takes(std::string_view& text, std::string_view piece) {
     if (!text.starts_with(piece)) return false;
@@ -92,7 +112,8 @@ void takeAll(std::string_view& text, std::string_view characters) {
 } // namespace
 
 std::string_view name(OutputKind kind) {
-    constexpr std::array names{"document"sv, "project"sv, "table"sv, "rendering"sv, "picture"sv};
+    constexpr std::array names{"document"sv,  "project"sv, "table"sv,
+                               "rendering"sv, "picture"sv, "list of key bindings"sv};
     return names.at(static_cast<std::size_t>(kind));
 }
 
@@ -132,6 +153,8 @@ bool isOwnOutput(OutputKind kind, const std::string& path) {
         return isOwnWave(*file) || isOwnMovie(*file);
     case OutputKind::picture:
         return isOwnPicture(*file);
+    case OutputKind::shortcuts:
+        return isOwnBindings(path);
     }
     return false;
 }

@@ -12,7 +12,8 @@ enum class OutputKind : std::uint8_t {
     project,   ///< .orvanesync
     table,     ///< the clips to review, tab separated
     rendering, ///< sound or a movie: wav, mov
-    picture    ///< png
+    picture,   ///< png
+    shortcuts  ///< key bindings, a JSON list
 };
 
 /// What messages call such a file: "document".
@@ -25,9 +26,9 @@ inline constexpr std::string_view renderingMark = "OrvaneSync";
 inline constexpr std::string_view reviewTableHeader =
     "clip\tcamera_file\tsound\tstatus\tdoubt\tchoice\toffset_frames\tname\tskip\tnote";
 
-/// Whether the file is one that this program wrote as an output of the kind: a document, project or table by
-/// its form, a rendering or picture by its mark. False for what cannot be read. `path` is in the bytes of the
-/// file system.
+/// Whether the file is one that this program wrote as an output of the kind: a document, project, table or
+/// list of key bindings by its form, a rendering or picture by its mark. False for what cannot be read.
+/// `path` is in the bytes of the file system.
 bool isOwnOutput(OutputKind kind, const std::string& path);
 
 /// Whether the text begins as the documents of this program do, and those of other programs do not.

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Platform/MainThread.h"
+#include "Platform/Task.h"
+
+#include <exception>
+#include <utility>
+
+namespace orvane::cli {
+
+/// Serves the loop until the operation has ended; its exception passes through.
+inline void runUntilDone(platform::RunLoop& loop, const platform::Task& operation) {
+    std::exception_ptr raised;
+    operation.whenDone([&](std::exception_ptr how) {
+        raised = std::move(how);
+        loop.quit();
+    });
+    loop.run();
+    if (raised) std::rethrow_exception(raised);
+}
+
+} // namespace orvane::cli

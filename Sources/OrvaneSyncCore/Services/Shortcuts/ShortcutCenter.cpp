@@ -1,0 +1,283 @@
+#include "OrvaneSyncCore/Services/Shortcuts/ShortcutCenter.h"
+
+#include "OrvaneSyncCore/Services/Shortcuts/ShortcutSettings.h"
+#include "Platform/Files.h"
+
+#include <cassert>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+/// Of the default keys. An older one drops what was bound before.
+constexpr int schemaVersion = 1;
+
+std::string withoutBlanksAround(const std::string& name) {
+    constexpr std::string_view blanks = " \t";
+    const std::size_t first = name.find_first_not_of(blanks);
+    if (first == std::string::npos) return {};
+    return name.substr(first, name.find_last_not_of(blanks) - first + 1);
+}
+
+} // namespace
+
+std::shared_ptr<ShortcutCenter> ShortcutCenter::create(Dependencies dependencies) {
+    std::shared_ptr<ShortcutCenter> center(new ShortcutCenter(std::move(dependencies)));
+    center->assertOnMainThread();
+    center->ready_ = start(center);
+    return center;
+}
+
+ShortcutCenter::ShortcutCenter(Dependencies dependencies)
+    : mainThread_(std::move(dependencies.mainThread)), settings_(std::move(dependencies.settings)),
+      files_(std::move(dependencies.folder)),
+      currentProfileName_(settings_->find(shortcutSettings::currentProfile)),
+      queue_(platform::SerialQueue::create("shortcuts")) {}
+
+ShortcutCenter::~ShortcutCenter() = default;
+
+ShortcutCenter::Kept ShortcutCenter::read(const ShortcutFiles& files, bool withBindings) {
+    Kept kept;
+    kept.profiles = files.profiles();
+    const std::string& path = files.bindingsFile();
+    if (!withBindings || !platform::files::exists(path)) return kept;
+    try {
+        kept.bindings = ShortcutFiles::read(path);
+        return kept;
+    } catch (const std::runtime_error& error) {
+        kept.problem =
+            "the key bindings could not be read and the defaults are used: " + std::string(error.what());
+    }
+    try {
+        const std::string beside = platform::files::keepBeside(path, platform::files::unreadableSuffix);
+        *kept.problem += "; the file was kept as '" + beside + "'";
+    } catch (const platform::FileError&) {
+        // It is in the way of the new one all the same.
+    }
+    return kept;
+}
+
+platform::Task ShortcutCenter::start(Weak weak) {
+    auto self = weak.lock();
+    const bool isOfThisSchema =
+        self->settings_->get(shortcutSettings::defaultsSchemaVersion) >= schemaVersion;
+    auto reading =
+        platform::onQueue(*self->queue_, self->mainThread_,
+                          [files = self->files_, isOfThisSchema] { return read(files, isOfThisSchema); });
+    self.reset();
+    Kept kept = co_await reading;
+    self = weak.lock();
+    if (!self) co_return;
+    self->problem_ = std::move(kept.problem);
+    if (!isOfThisSchema) self->settings_->set(shortcutSettings::defaultsSchemaVersion.key, schemaVersion);
+    if (kept.bindings)
+        self->setBindings(std::move(*kept.bindings));
+    else
+        self->save();
+    self->setProfiles(std::move(kept.profiles));
+}
+
+void ShortcutCenter::assertOnMainThread() const { assert(mainThread_->isCurrent()); }
+
+platform::Subscription ShortcutCenter::onChange(std::function<void(ShortcutField)> callback) {
+    assertOnMainThread();
+    return listeners_.add(std::move(callback));
+}
+
+std::optional<ShortcutAction> ShortcutCenter::action(std::string_view forKey, ModifierSet modifiers) const {
+    assertOnMainThread();
+    return actionFor(bindings_, forKey, modifiers);
+}
+
+platform::Task ShortcutCenter::setBinding(Shortcut shortcut, ShortcutAction action) {
+    return change(weak_from_this(), [shortcut = std::move(shortcut), action](ShortcutBindings& bindings) {
+        bindings[action] = shortcut.isUnbound() ? Shortcut::unbound : shortcut;
+    });
+}
+
+platform::Task ShortcutCenter::resetToDefaults() {
+    return change(weak_from_this(), [](ShortcutBindings& bindings) { bindings = defaultBindings(); });
+}
+
+platform::Task ShortcutCenter::saveProfile(std::string named) {
+    assertOnMainThread();
+    std::string name = withoutBlanksAround(named);
+    return name.empty() ? platform::Task::ended() : saveProfile(weak_from_this(), std::move(name));
+}
+
+platform::Task ShortcutCenter::loadProfile(std::string named) {
+    assertOnMainThread();
+    return loadProfile(weak_from_this(), std::move(named));
+}
+
+platform::Task ShortcutCenter::deleteProfile(std::string named) {
+    assertOnMainThread();
+    return deleteProfile(weak_from_this(), std::move(named));
+}
+
+platform::Task ShortcutCenter::importBindings(std::string path) {
+    assertOnMainThread();
+    return importBindings(weak_from_this(), std::move(path));
+}
+
+platform::Task ShortcutCenter::exportBindings(std::string path, OutputPermission permission) {
+    assertOnMainThread();
+    return exportBindings(weak_from_this(), std::move(path), permission);
+}
+
+platform::Task ShortcutCenter::save() {
+    auto writing = platform::onQueue(*queue_, mainThread_,
+                                     [files = files_, bindings = bindings_] { files.save(bindings); });
+    co_await writing;
+}
+
+platform::Task ShortcutCenter::readyOf(const Weak& weak) { return weak.lock()->ready_; }
+
+platform::Task ShortcutCenter::change(Weak weak, std::function<void(ShortcutBindings&)> edit) {
+    co_await readyOf(weak);
+    auto self = weak.lock();
+    if (!self) co_return;
+    ShortcutBindings changed = self->bindings_;
+    edit(changed);
+    self->setBindings(std::move(changed));
+    const platform::Task saving = self->save();
+    self.reset();
+    co_await saving;
+}
+
+platform::Task ShortcutCenter::saveProfile(Weak weak, std::string name) {
+    co_await readyOf(weak);
+    auto self = weak.lock();
+    if (!self) co_return;
+    const auto mainThread = self->mainThread_;
+    auto writing = platform::onQueue(*self->queue_, mainThread,
+                                     [files = self->files_, name, bindings = self->bindings_] {
+                                         files.saveProfile(name, bindings);
+                                         return files.profiles();
+                                     });
+    self.reset();
+    std::vector<std::string> profiles = co_await writing;
+    self = weak.lock();
+    if (!self) co_return;
+    const platform::SettingsWrite write = self->setCurrentProfile(std::move(name));
+    self->setProfiles(std::move(profiles));
+    self.reset();
+    co_await platform::written(write, *mainThread);
+}
+
+platform::Task ShortcutCenter::loadProfile(Weak weak, std::string name) {
+    co_await readyOf(weak);
+    auto self = weak.lock();
+    if (!self) co_return;
+    const auto mainThread = self->mainThread_;
+    auto reading = platform::onQueue(*self->queue_, mainThread,
+                                     [files = self->files_, name] { return files.readProfile(name); });
+    self.reset();
+    ShortcutBindings bindings = co_await reading;
+    self = weak.lock();
+    if (!self) co_return;
+    self->setBindings(std::move(bindings));
+    const platform::SettingsWrite write = self->setCurrentProfile(std::move(name));
+    const platform::Task saving = self->save();
+    self.reset();
+    co_await saving;
+    co_await platform::written(write, *mainThread);
+}
+
+platform::Task ShortcutCenter::deleteProfile(Weak weak, std::string name) {
+    struct Outcome {
+        std::exception_ptr failure;
+        std::vector<std::string> profiles;
+    };
+    co_await readyOf(weak);
+    auto self = weak.lock();
+    if (!self) co_return;
+    const auto mainThread = self->mainThread_;
+    auto deleting = platform::onQueue(*self->queue_, mainThread, [files = self->files_, name] {
+        Outcome outcome;
+        try {
+            files.deleteProfile(name);
+        } catch (...) {
+            outcome.failure = std::current_exception();
+        }
+        outcome.profiles = files.profiles();
+        return outcome;
+    });
+    self.reset();
+    Outcome outcome = co_await deleting;
+    self = weak.lock();
+    if (!self) co_return;
+    std::optional<platform::SettingsWrite> write;
+    if (self->currentProfileName_ == name) write = self->setCurrentProfile(std::nullopt);
+    self->setProfiles(std::move(outcome.profiles));
+    self.reset();
+    if (write) co_await platform::written(*write, *mainThread);
+    if (outcome.failure) std::rethrow_exception(outcome.failure);
+}
+
+platform::Task ShortcutCenter::importBindings(Weak weak, std::string path) {
+    co_await readyOf(weak);
+    auto self = weak.lock();
+    if (!self) co_return;
+    auto reading = platform::onQueue(*self->queue_, self->mainThread_, [path] {
+        try {
+            return ShortcutFiles::read(path);
+        } catch (const std::runtime_error& error) {
+            throw ShortcutFileError(std::string(importFailure) + " " + error.what());
+        }
+    });
+    self.reset();
+    ShortcutBindings bindings = co_await reading;
+    self = weak.lock();
+    if (!self) co_return;
+    self->setBindings(std::move(bindings));
+    const platform::Task saving = self->save();
+    self.reset();
+    co_await saving;
+}
+
+platform::Task ShortcutCenter::exportBindings(Weak weak, std::string path, OutputPermission permission) {
+    co_await readyOf(weak);
+    auto self = weak.lock();
+    if (!self) co_return;
+    auto writing = platform::onQueue(*self->queue_, self->mainThread_,
+                                     [path, permission, text = ShortcutFiles::exported(self->bindings_)] {
+                                         OutputGuard(OutputKind::shortcuts, {}, permission).write(path, text);
+                                     });
+    self.reset();
+    co_await writing;
+}
+
+void ShortcutCenter::setBindings(ShortcutBindings bindings) {
+    assertOnMainThread();
+    if (bindings == bindings_) return;
+    bindings_ = std::move(bindings);
+    listeners_.tell(ShortcutField::bindings);
+}
+
+void ShortcutCenter::setProfiles(std::vector<std::string> profiles) {
+    if (profiles == availableProfiles_) return;
+    availableProfiles_ = std::move(profiles);
+    listeners_.tell(ShortcutField::availableProfiles);
+}
+
+platform::SettingsWrite ShortcutCenter::setCurrentProfile(std::optional<std::string> name) {
+    if (name != currentProfileName_) {
+        currentProfileName_ = name;
+        listeners_.tell(ShortcutField::currentProfileName);
+    }
+    const std::string_view key = shortcutSettings::currentProfile.key;
+    return name ? settings_->set(key, std::move(*name)) : settings_->remove(key);
+}
+
+JSON profilesListing(const ShortcutCenter& center) {
+    JSON::Array names;
+    for (const std::string& name : center.availableProfiles()) names.emplace_back(name);
+    JSON listing;
+    listing.set("profiles", std::move(names));
+    listing.setIfPresent("current", center.currentProfileName());
+    return listing;
+}
+
+} // namespace orvane

@@ -10,8 +10,7 @@ using Kind = SyncDoubt::Kind;
 class WorkDoubtsTest : public test::ControllerTest {
   protected:
     void open(const MediaAsset& video, const MediaAsset& audio) {
-        controller_->openStoredWork(
-            {{}, {}, SyncEngine().match({video}, {audio}, MatchRules()), SourceCorrections()});
+        controller_->openStoredWork({{}, {}, SyncEngine().match({video}, {audio}, MatchRules())});
     }
     std::vector<Kind> kinds() const {
         std::vector<Kind> result;
@@ -40,7 +39,7 @@ TEST_F(WorkDoubtsTest, MenuShowsSoundOfAnotherDayLast) {
     menu.audioMatches.emplace_back(test::audio("B.wav"), 0, 1);
     menu.audioMatches.emplace_back(test::audio("C_240517.wav"), 0, 1);
     const SyncGroup clip = controller_->work().syncGroups().front();
-    controller_->openStoredWork({{}, {}, SyncGroupList({clip, menu}), SourceCorrections()});
+    controller_->openStoredWork({{}, {}, SyncGroupList({clip, menu})});
     std::string names;
     for (const MediaAsset& audio : controller_->recordings().rawFilesAvailableToAttach(clip.id))
         names += audio.filename + " ";
@@ -51,7 +50,8 @@ TEST_F(WorkDoubtsTest, CorrectionsHoldForEveryMatching) {
     open(test::video("A.mov"), test::audio("T.wav", "11:00:00:00"));
     EXPECT_TRUE(controller_->work().syncGroups().front().isMOS());
     const UUID clip = controller_->work().syncGroups().front().id;
-    controller_->openStoredWork({{}, {}, controller_->work().syncGroups(), {.soundOffset = "-01:00:00:00"}});
+    controller_->openStoredWork(
+        {{}, {}, controller_->work().syncGroups(), {}, {}, {.soundOffset = "-01:00:00:00"}});
     controller_->recordings().attachAudioToGroup(clip, test::audio("T.wav", "11:00:02:00"));
     EXPECT_EQ(controller_->work().syncGroups().front().audioMatches.front().syncOffsetSeconds, 2);
     controller_->recordings().resyncClip(clip);

@@ -145,10 +145,11 @@ void Context::warn(std::string_view message) const {
 }
 
 std::span<const Command* const> allCommands() {
-    static const std::array<const Command*, 13> commands{
-        &syncCommand(),     &scanCommand(),     &diagnoseCommand(), &probeCommand(),    &analyzeCommand(),
-        &loudnessCommand(), &ltcCommand(),      &reportCommand(),   &timecodeCommand(), &sessionCommand(),
-        &projectCommand(),  &settingsCommand(), &serveCommand(),    &doctorCommand()};
+    static const std::array<const Command*, 17> commands{
+        &syncCommand(),     &scanCommand(),     &diagnoseCommand(), &probeCommand(),   &analyzeCommand(),
+        &loudnessCommand(), &ltcCommand(),      &clapCommand(),     &onsetsCommand(),  &waveformCommand(),
+        &reportCommand(),   &timecodeCommand(), &sessionCommand(),  &projectCommand(), &settingsCommand(),
+        &serveCommand(),    &doctorCommand()};
     return commands;
 }
 

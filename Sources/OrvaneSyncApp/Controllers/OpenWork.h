@@ -39,6 +39,7 @@ class OutOfRange : public std::invalid_argument {
 };
 
 struct ScanOutcome;
+class WaveformCache;
 
 /// The state that the controllers of the open work share: folders, clips, wild tracks, and the steps to take
 /// back. The controllers change it, each change notifying; everybody else reads it. Interface thread.
@@ -48,6 +49,7 @@ class OpenWork {
         std::shared_ptr<platform::MainThread> mainThread;
         std::shared_ptr<platform::SettingsStore> settings;
         std::shared_ptr<const platform::Clock> clock;
+        std::shared_ptr<WaveformCache> waveformCache = nullptr; ///< null: none are kept
     };
     explicit OpenWork(Environment theEnvironment);
 

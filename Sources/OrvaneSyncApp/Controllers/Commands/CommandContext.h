@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/Commands/Command.h"
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 #include "Platform/SettingsStore.h"
@@ -7,11 +8,10 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 namespace orvane::commands {
-
-class Call;
 
 /// What the commands work on.
 class CommandContext {
@@ -31,6 +31,16 @@ class CommandContext {
     /// Throws GroupNotFound.
     const SyncGroup& group(const UUID& id) const;
 };
+
+/// Runs an operation; what it refuses is a mistake in the request of that name.
+template <class Edit>
+auto checked(std::string_view id, const Edit& run) {
+    try {
+        return run();
+    } catch (const OutOfRange& refused) {
+        throw Error(Refusal::invalidArguments, std::string(id) + ": " + refused.what());
+    }
+}
 
 /// The controller of a topic of the work.
 template <class Topic>

@@ -2,6 +2,7 @@
 
 #include "Process.h"
 #include "Sound.h"
+#include "WaveformBenchmarks.h"
 
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioBlockRouter.h"
@@ -220,6 +221,7 @@ void printSoundRows(const Medians& results, const std::string& self, const std::
     // A low rate, as memory goes by the length and not by the bytes.
     makeRecording(longer, 90, 8000);
     printAnalysis(program, halfHour);
+    printWaveformRows(results, halfHour, folder);
     for (const char* command : {"analyze", "loudness"}) {
         printMemory(self, program, command, "30 minutes of 8 channels", halfHour);
         printMemory(self, program, command, "90 minutes of 8 channels", longer);

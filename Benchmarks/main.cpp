@@ -6,6 +6,7 @@
 #include "SoundBenchmarks.h"
 #include "StopBenchmarks.h"
 #include "Table.h"
+#include "WaveformBenchmarks.h"
 
 #include "Platform/Files.h"
 
@@ -150,6 +151,7 @@ int main(int argc, char** argv) {
     registerCoreBenchmarks(corpus, cards, folder + "/probe-cache.bin");
     registerReportBenchmarks(folder);
     registerSoundBenchmarks();
+    registerWaveformBenchmarks();
     registerSessionBenchmarks(folder);
     registerEditingBenchmarks();
     registerStopBenchmarks(corpus, folder);

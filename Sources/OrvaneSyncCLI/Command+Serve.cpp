@@ -81,7 +81,10 @@ commands::CommandContext openWork(Context& context, const Arguments& arguments,
     work.mainThread = loop;
     work.settings = context.settings;
     work.clock = context.clock;
-    if (!arguments.has("--no-cache")) work.probeCache = context.openProbeCache();
+    if (!arguments.has("--no-cache")) {
+        work.probeCache = context.openProbeCache();
+        work.waveformCache = context.openWaveformCache();
+    }
     SessionManager::Dependencies keeping;
     keeping.mainThread = loop;
     keeping.settings = context.settings;

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCLI/Arguments.h"
 #include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
+#include "OrvaneSyncCore/Services/Waveform/WaveformCache.h"
 #include "Platform/MainThread.h"
 #include "Platform/SettingsStore.h"
 
@@ -37,6 +38,7 @@ struct Context {
 
     /// Opens the results of earlier probes. Asked once, by a command that wants them.
     std::function<std::shared_ptr<ProbeCache>()> openProbeCache = ProbeCache::shared;
+    std::function<std::shared_ptr<WaveformCache>()> openWaveformCache = WaveformCache::shared;
 
     /// One line "warning: ..." on standard error.
     void warn(std::string_view message) const;

@@ -293,6 +293,36 @@ TEST_F(ShootTest, ltcReadsAChannelOrSaysThatThereIsNone) {
     EXPECT_EQ(runWith({"ltc", folder_.path("ltc.wav"), "--channel", "-2"}).status, wrongUsage);
 }
 
+TEST_F(ShootTest, aClapIsFoundDrawnAndNothingIsReplacedByThePicture) {
+    std::vector<float> samples(20 * 48'000, 0.001F);
+    samples[3 * 48'000 + 100] = 0.9F;
+    const std::string clap = folder_.write("clap.wav", test::WaveMaker().format({}).samples(samples).bytes());
+    EXPECT_EQ(runWith({"clap", clap, "--json"}).json().find("clapPointSeconds")->number(), 3);
+    const std::string silent = folder_.write("silent.wav", test::WaveMaker().format({}).silence(480).bytes());
+    EXPECT_TRUE(runWith({"clap", silent, "--json"}).json().isNull());
+    const JSON onsets = runWith({"onsets", clap, "--json"}).json();
+    ASSERT_EQ(onsets.find("onsets")->elements()->size(), 1U);
+    EXPECT_NEAR(*onsets.find("onsets")->elements()->front().number(), 3, 0.01);
+
+    const std::string picture = folder_.path("clap.png"), other = folder_.write("other.png", "a picture");
+    const std::vector<std::string> draw{"waveform", clap, "--bins", "100", "--png"};
+    const auto drawn = [&](const std::string& to, const char* more = "--quiet") {
+        std::vector<std::string> words = draw;
+        words.insert(words.end(), {to, more});
+        return runWith(words).status;
+    };
+    EXPECT_EQ(drawn(picture), 0);
+    EXPECT_EQ(drawn(picture), 0) << "its own may be drawn again";
+    EXPECT_EQ(drawn(other), 1);
+    EXPECT_EQ(folder_.read("other.png"), "a picture");
+    EXPECT_EQ(drawn(other, "--force"), 0);
+    EXPECT_EQ(drawn(clap, "--force"), 1);
+    EXPECT_EQ(runWith({"waveform", clap, "--bins", "0"}).status, 2);
+    const JSON waveform = runWith({"waveform", clap, "--bins", "100", "--json"}).json();
+    EXPECT_EQ(waveform.find("binsPerSecond")->number(), 5);
+    EXPECT_EQ(waveform.find("peaks")->elements()->size(), 100U);
+}
+
 TEST_F(ShootTest, aMediaFileIsNeverOverwritten) {
     const std::string clip = folder_.path("camera/A001C001_261120_R1AB.mov"),
                       link = folder_.path("out.fcpxml");

@@ -35,6 +35,7 @@ inline Outcome runWith(std::vector<std::string> words, bool onTerminal = false,
     context.openProbeCache = [&] {
         return std::make_shared<ProbeCache>(cacheFile.empty() ? folder.path("cache.json") : cacheFile);
     };
+    context.openWaveformCache = [&] { return std::make_shared<WaveformCache>(folder.path("waveforms")); };
     context.settings = settings ? std::move(settings) : std::make_shared<platform::MemorySettingsStore>();
     registerStandardDefaults(*context.settings);
     const int status = run(words, context);

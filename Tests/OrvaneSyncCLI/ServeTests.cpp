@@ -335,6 +335,59 @@ TEST_F(ServeTest, anotherRecordingCanBeChosen) {
     EXPECT_EQ(clip(0).matchStatus, MatchStatus::ambiguous(2));
 }
 
+/// The clip and its recording begin 2 s apart; the recording is longer than the clip.
+TEST_F(ServeTest, theTimelineMovesTheSound) {
+    scan();
+    call("timeline", onFirst(R"(,"viewportWidth":600)"));
+    const JSON timeline = call("timeline", onFirst());
+    const auto value = [&](const JSON& of, const char* key) { return *of.find(key)->number(); };
+    EXPECT_EQ(value(timeline, "viewportWidth"), 600);
+    EXPECT_EQ(value(timeline, "zoomScale"), 1);
+    const double seconds = value(timeline, "preRollSeconds") + value(timeline, "clipDuration") +
+                           value(timeline, "postRollSeconds");
+    EXPECT_DOUBLE_EQ(value(timeline, "pixelsPerSecond"), 600 / seconds);
+    const auto offset = [&] { return *first("manualAudioOffsetSeconds").number(); };
+    call("nudgeByFrames", onFirst(R"(,"frames":-3)"));
+    EXPECT_DOUBLE_EQ(offset(), -0.12);
+    call("undo");
+    const std::string aSecond = R"(,"points":)" + std::to_string(600 / seconds * 0.99);
+    call("dragAudio", onFirst(aSecond)); // a frame is 0.04 s
+    EXPECT_NEAR(offset(), 1, 1e-9);
+    call("toggleLocked", onFirst());
+    call("dragAudio", onFirst(aSecond));
+    call("setAnchor", onFirst(R"(,"secondsInAudio":1)"));
+    EXPECT_TRUE(first("audioAnchorOffsetInAudioSeconds").isNull());
+    EXPECT_NEAR(offset(), 1, 1e-9);
+    call("toggleLocked", onFirst());
+    call("setAnchor", onFirst(R"(,"secondsInAudio":-5)"));
+    EXPECT_EQ(first("audioAnchorOffsetInAudioSeconds").number(), 0);
+    EXPECT_TRUE(failure("dragAudio", onFirst(R"(,"points":1,"modifiers":["meta"])")).starts_with("-32602"));
+    EXPECT_TRUE(failure("nudgeByFrames", onFirst(R"(,"frames":9000000)")).starts_with("-32602"));
+
+    // The other camera of the take is offered the same move, until that is dismissed.
+    const JSON outline = call("outline");
+    const JSON& cameras = *outline.elements()->front().find("children");
+    const std::string other =
+        R"({"groupID":")" + *cameras.elements()->back().find("groupID")->string() + "\"}";
+    const JSON suggestion = call("siblingSuggestion", other);
+    EXPECT_EQ(*suggestion.find("text")->string(), "Cam A was shifted +25f — apply the same to this cam?");
+    call("dismissSiblingSuggestion", other);
+    EXPECT_TRUE(call("siblingSuggestion", other).isNull());
+    call("nudgeByFrames", onFirst(R"(,"frames":1)"));
+    call("applySiblingSuggestion", other);
+    EXPECT_NEAR(*call("group", other).find("manualAudioOffsetSeconds")->number(), 1.04, 1e-9);
+    EXPECT_TRUE(call("siblingSuggestion", other).isNull());
+
+    std::vector<std::int64_t> steps;
+    for (int i = 0; i < 4; ++i)
+        steps.push_back(*call("scrollFrames", R"({"deltaY":1,"isPrecise":true})").integer());
+    EXPECT_EQ(steps, (std::vector<std::int64_t>{0, 0, 0, 1}));
+    EXPECT_EQ(call("lanes", onFirst()), JSON::array());
+    const JSON waveform = call("waveform", onFirst(R"(,"bins":50)"));
+    EXPECT_GE(waveform.find("peaks")->elements()->size(), 50U);
+    EXPECT_EQ(waveform.find("peaksPerChannel")->elements()->size(), 6U);
+}
+
 TEST_F(ServeTest, anEditAnswersWhenTheClipHasBeenAnalysedAgain) {
     MediaAsset sound = test::audio("short.wav");
     sound.url = {folder_.write("short.wav", "")};

@@ -8,6 +8,7 @@
 #include "OrvaneSyncApp/Controllers/ReportController.h"
 #include "OrvaneSyncApp/Controllers/ScanController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
+#include "OrvaneSyncApp/Controllers/TimelineController.h"
 #include "OrvaneSyncApp/Controllers/TrackEditing.h"
 #include "OrvaneSyncApp/Controllers/WorkDoubts.h"
 
@@ -32,6 +33,8 @@ class ImportController {
         /// Null: probe results are neither looked up nor kept.
         std::shared_ptr<ProbeCache> probeCache;
         std::shared_ptr<const platform::Clock> clock = platform::systemClock();
+        /// Null: waveforms are reduced when they are shown, and not kept.
+        std::shared_ptr<WaveformCache> waveformCache = nullptr;
     };
     static std::shared_ptr<ImportController> create(Dependencies dependencies);
     ~ImportController();
@@ -49,6 +52,7 @@ class ImportController {
     TrackEditing& tracks() { return tracks_; }
     SmartAudioController& smartAudio() { return smartAudio_; }
     const SmartAudioController& smartAudio() const { return smartAudio_; }
+    TimelineController& timeline() { return timeline_; }
     ReportController& reports() { return reports_; }
     const ReportController& reports() const { return reports_; }
     ProjectController& project() { return project_; }
@@ -91,6 +95,7 @@ class ImportController {
     ClipEditing clips_;
     RecordingEditing recordings_;
     TrackEditing tracks_;
+    TimelineController timeline_;
     ExportController export_;
     WorkDoubts doubts_;
 };

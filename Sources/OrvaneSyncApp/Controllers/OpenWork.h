@@ -40,6 +40,7 @@ class OutOfRange : public std::invalid_argument {
 
 struct ScanOutcome;
 struct ProjectEntries;
+class WaveformCache;
 
 /// By what clips were matched.
 struct MatchedBy {
@@ -58,6 +59,7 @@ class OpenWork {
         std::shared_ptr<platform::MainThread> mainThread;
         std::shared_ptr<platform::SettingsStore> settings;
         std::shared_ptr<const platform::Clock> clock;
+        std::shared_ptr<WaveformCache> waveformCache = nullptr; ///< null: none are kept
     };
     explicit OpenWork(Environment theEnvironment);
 

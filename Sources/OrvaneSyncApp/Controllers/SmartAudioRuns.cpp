@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/ManualOverrides.h"
 #include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
+#include "OrvaneSyncCore/Services/Waveform/WaveformAlongside.h"
 
 #include <algorithm>
 #include <exception>
@@ -42,39 +43,58 @@ bool asksTheSame(const SmartAudioRequest& a, const SmartAudioRequest& b) {
     return a.sound == b.sound && a.channelCount == b.channelCount && a.candidateTracks == b.candidateTracks;
 }
 
+/// A recording's loudness, and the calibration at that time.
+struct Measured {
+    double lufs = 0; ///< a recording that cannot be measured counts as all but silent
+    SmartAudioPredictor predictor;
+};
+
+Measured measured(std::optional<double> lufs) {
+    return {lufs.value_or(MasterGain::unmeasuredLUFS), SmartAudioPredictor::loadingFromDisk()};
+}
+
+/// What one reading of a recording gives.
+struct Heard {
+    SmartAudioResult result = {};
+    /// Absent where it was not asked for, and where not all channels were heard.
+    std::optional<Measured> loudness = {};
+};
+
 /// On the router's queue. What cannot be heard gives the empty result.
-SmartAudioResult listen(const SmartAudioRouter::Means& means, SmartAudioRequest request,
-                        const std::stop_token& stop) {
+Heard listen(const SmartAudioRouter::Means& means, SmartAudioRequest request, bool measuresLoudness,
+             const std::shared_ptr<WaveformCache>& waveforms, const std::stop_token& stop) {
     try {
         if (request.stems) {
             const auto metrics =
                 computeStemMetrics(*request.stems, smartAudioWindowSeconds, musicSourceLevel, stop);
             request.blockSettings = request.blockSettings->consideringMusic(metrics.musicProbability);
         }
-        return SmartAudioRouter::analyze(request, means, stop);
+        WaveformAlongside waveform(request.sound, waveforms);
+        std::optional<LUFSListener> meter;
+        request.alongside = [&](const platform::AudioFile& file, std::size_t channels) {
+            auto listeners = waveform.listeners(file, channels);
+            if (measuresLoudness && std::cmp_equal(channels, file.channelCount()))
+                listeners.push_back(&meter.emplace(file));
+            return listeners;
+        };
+        Heard heard{.result = SmartAudioRouter::analyze(request, means, stop)};
+        if (heard.result.incompleteFiles.empty()) waveform.keep();
+        if (meter) heard.loudness = measured(meter->integratedLUFS());
+        return heard;
     } catch (const std::exception&) {
         return {};
     }
 }
 
-/// LUFS. A recording that cannot be measured counts as all but silent.
-double loudnessOf(const TakeSound& recording, const std::function<void(double)>& progress,
-                  const std::stop_token& stop) {
+Measured loudnessOf(const TakeSound& recording, const std::function<void(double)>& progress,
+                    const std::stop_token& stop) {
     try {
-        const OpenTake take = openTake(recording);
-        if (!take) return MasterGain::unmeasuredLUFS;
-        return LUFSMeter::measureFile(*take.audio, progress, stop)
-            .integratedLUFS.value_or(MasterGain::unmeasuredLUFS);
-    } catch (const std::exception&) {
-        return MasterGain::unmeasuredLUFS;
+        if (const OpenTake take = openTake(recording))
+            return measured(LUFSMeter::measureFile(*take.audio, progress, stop).integratedLUFS);
+    } catch (const std::exception&) { // as of one that cannot be opened
     }
+    return measured(std::nullopt);
 }
-
-/// A recording's loudness, and the calibration at that time.
-struct Measured {
-    double lufs = 0;
-    SmartAudioPredictor predictor;
-};
 
 } // namespace
 
@@ -185,7 +205,7 @@ platform::Task SmartAudioRuns::analyseClips(std::weak_ptr<SmartAudioRuns> weak, 
         self->nextClip(run, group,
                        loudness == Loudness::only ? "Measuring the loudness of " : "Listening to ");
         self.reset();
-        if (loudness != Loudness::only) co_await analyseClip(weak, group.id, run);
+        if (loudness != Loudness::only) co_await analyseClip(weak, group.id, run, loudness);
         if (loudness != Loudness::leave) co_await measureClip(weak, group.id, run, loudness);
     }
 }
@@ -221,7 +241,8 @@ std::function<void(double)> SmartAudioRuns::report(const RunPointer& run, double
     };
 }
 
-platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run) {
+platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run,
+                                           Loudness loudness) {
     for (;;) {
         auto self = weak.lock();
         const SyncGroup* group = self ? self->stillAsked(groupID, *run) : nullptr;
@@ -239,13 +260,17 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
         if (known != nullptr) {
             result = *known;
         } else {
-            auto listening =
-                platform::onQueue(self->router_->queue(), self->work_.environment.mainThread,
-                                  [means = self->router_->means(), request](const std::stop_token& stop) {
-                                      return listen(means, request, stop);
-                                  });
+            const bool measures = loudness == Loudness::measure && !run->loudness.contains(request.sound);
+            auto listening = platform::onQueue(
+                self->router_->queue(), self->work_.environment.mainThread,
+                [means = self->router_->means(), request, measures,
+                 waveforms = self->work_.environment.waveformCache](const std::stop_token& stop) {
+                    return listen(means, request, measures, waveforms, stop);
+                });
             self.reset();
-            result = co_await listening;
+            Heard heard = co_await listening;
+            result = std::move(heard.result);
+            if (heard.loudness) run->loudness.insert_or_assign(request.sound, *heard.loudness);
             run->progress.fraction = std::min(run->progress.fraction + share, 1.0);
             self = weak.lock();
             if (!self) break;
@@ -343,8 +368,7 @@ platform::Task SmartAudioRuns::measureClip(std::weak_ptr<SmartAudioRuns> weak, U
         if (loudness == Loudness::only) progress = self->report(run, effort);
         auto measuring = platform::onQueue(*self->loudnessQueue_, self->work_.environment.mainThread,
                                            [recording, progress](const std::stop_token& stop) {
-                                               return Measured{loudnessOf(recording, progress, stop),
-                                                               SmartAudioPredictor::loadingFromDisk()};
+                                               return loudnessOf(recording, progress, stop);
                                            });
         self.reset();
         run->loudness.insert_or_assign(recording, co_await measuring);

@@ -56,7 +56,8 @@ class SmartAudioRuns {
                                       RunPointer run, Loudness loudness);
     static platform::Task analyseClips(std::weak_ptr<SmartAudioRuns> weak, SyncGroupList groups,
                                        RunPointer run, Loudness loudness);
-    static platform::Task analyseClip(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run);
+    static platform::Task analyseClip(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run,
+                                      Loudness loudness);
     static platform::Task measureClip(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run,
                                       Loudness loudness);
     static platform::Task renderMixdown(std::weak_ptr<SmartAudioRuns> weak, UUID groupID);

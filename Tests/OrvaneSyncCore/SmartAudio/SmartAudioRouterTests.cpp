@@ -71,7 +71,9 @@ TEST(AudioPass, hearsNothingMoreOnceStopped) {
         void samples(std::span<const float* const> /*channels*/, std::size_t /*frames*/) override {
             if (++*pieces == 3) stop.request_stop();
         }
-        std::unique_ptr<AudioListener> sibling() const override { return std::make_unique<Stopping>(*this); }
+        std::unique_ptr<AudioListener> sibling(std::size_t /*firstFrame*/) const override {
+            return std::make_unique<Stopping>(*this);
+        }
         std::stop_source stop;
         std::shared_ptr<std::atomic<int>> pieces = std::make_shared<std::atomic<int>>(0);
     };

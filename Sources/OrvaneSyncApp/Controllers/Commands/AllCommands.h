@@ -11,6 +11,7 @@ std::vector<Command> workCommands();
 std::vector<Command> editCommands();
 std::vector<Command> smartAudioCommands();
 std::vector<Command> reviewCommands();
+std::vector<Command> timelineCommands();
 std::vector<Command> reportCommands();
 std::vector<Command> fileCommands();
 std::vector<Command> sessionCommands();

@@ -1,7 +1,5 @@
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 
-#include "OrvaneSyncApp/Controllers/Commands/Command.h"
-
 #include <algorithm>
 
 namespace orvane::commands {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/Commands/Command.h"
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutCenter.h"
@@ -8,11 +9,10 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 namespace orvane::commands {
-
-class Call;
 
 /// What the commands work on.
 class CommandContext {
@@ -38,6 +38,16 @@ class CommandContext {
   private:
     std::shared_ptr<ShortcutCenter> shortcuts_;
 };
+
+/// Runs an operation; what it refuses is a mistake in the request of that name.
+template <class Edit>
+auto checked(std::string_view id, const Edit& run) {
+    try {
+        return run();
+    } catch (const OutOfRange& refused) {
+        throw Error(Refusal::invalidArguments, std::string(id) + ": " + refused.what());
+    }
+}
 
 /// The controller of a topic of the work.
 template <class Topic>

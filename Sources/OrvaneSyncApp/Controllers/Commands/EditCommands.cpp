@@ -17,16 +17,6 @@ using Controller = ImportController;
 
 constexpr std::array<std::string_view, 3> syncMethodNames{"timecode", "clap", "manual"};
 
-/// What an operation refuses is a mistake in the request.
-template <class Edit>
-auto checked(std::string_view id, const Edit& run) {
-    try {
-        return run();
-    } catch (const OutOfRange& refused) {
-        throw Error(Refusal::invalidArguments, std::string(id) + ": " + refused.what());
-    }
-}
-
 /// An operation under its undo step; it answers null.
 template <class Operation>
 Command edit(std::string_view id, std::string_view help, const UndoStep& step,

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/ProbeCacheFile.h"
 
 #include "OrvaneSyncCore/Utilities/PackedBytes.h"
+#include "OrvaneSyncCore/Utilities/QuickHash.h"
 
 #include <algorithm>
 #include <utility>

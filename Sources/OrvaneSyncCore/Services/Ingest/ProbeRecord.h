@@ -34,7 +34,4 @@ std::string encodedAsset(const MediaAsset& asset);
 /// Nothing when the bytes do not hold one.
 std::optional<MediaAsset> decodedAsset(const ProbeRecord& record);
 
-/// Of eight bytes a step, for finding and for seeing damage; no defence against forgery.
-std::uint64_t quickHash(std::string_view bytes);
-
 } // namespace orvane

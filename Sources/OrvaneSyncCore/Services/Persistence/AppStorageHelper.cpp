@@ -41,6 +41,8 @@ std::string probeCacheDirectory() { return below(cachesDirectory(), "ProbeCache"
 
 std::string stemCacheDirectory() { return below(cachesDirectory(), "StemCache"); }
 
+std::string waveformCacheDirectory() { return below(cachesDirectory(), "WaveformCache"); }
+
 std::string voiceIsolationCacheDirectory() { return below(cachesDirectory(), "VoiceIsolation"); }
 
 std::int64_t cacheSizeBytes() {

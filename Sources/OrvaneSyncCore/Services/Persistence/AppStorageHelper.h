@@ -22,6 +22,7 @@ std::string calibrationDirectory();
 
 std::string probeCacheDirectory();
 std::string stemCacheDirectory();
+std::string waveformCacheDirectory();
 std::string voiceIsolationCacheDirectory();
 
 /// Total size in bytes of all files below `cachesDirectory`, hidden ones too.

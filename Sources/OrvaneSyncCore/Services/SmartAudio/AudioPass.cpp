@@ -77,7 +77,9 @@ class HeardWindows : public AudioListener {
 
     void samples(std::span<const float* const> /*channels*/, std::size_t /*frames*/) override {}
     void windowEnded() override { count_->add(); }
-    std::unique_ptr<AudioListener> sibling() const override { return std::make_unique<HeardWindows>(*this); }
+    std::unique_ptr<AudioListener> sibling(std::size_t /*firstFrame*/) const override {
+        return std::make_unique<HeardWindows>(*this);
+    }
 
   private:
     class Count {
@@ -116,10 +118,10 @@ std::size_t ceilingOf(std::size_t count, std::size_t size) {
     return count / size + (count % size == 0 ? 0 : 1);
 }
 
-Listeners siblings(std::span<AudioListener* const> listeners) {
+Listeners siblings(std::span<AudioListener* const> listeners, std::size_t firstFrame) {
     Listeners made;
     for (const AudioListener* listener : listeners) {
-        made.push_back(listener->sibling());
+        made.push_back(listener->sibling(firstFrame));
         if (!made.back()) return {};
     }
     return made;
@@ -132,22 +134,45 @@ std::size_t wholeSamples(double seconds, double sampleRate) {
     return static_cast<std::size_t>(seconds * sampleRate);
 }
 
+void FirstWindows::samples(std::span<const float* const> channels, std::size_t frames) {
+    if (windows_ > 0) listener_->samples(channels, frames);
+}
+
+void FirstWindows::windowEnded() {
+    if (windows_ == 0) return;
+    --windows_;
+    listener_->windowEnded();
+}
+
+std::unique_ptr<AudioListener> FirstWindows::sibling(std::size_t firstFrame) const {
+    auto inner = listener_->sibling(firstFrame);
+    if (!inner) return nullptr;
+    const std::size_t before = std::min(firstFrame / windowFrames_, windows_);
+    auto made = std::make_unique<FirstWindows>(*inner, windows_ - before, windowFrames_);
+    made->own_ = std::move(inner);
+    return made;
+}
+
+void FirstWindows::append(AudioListener& behind) {
+    listener_->append(*dynamic_cast<FirstWindows&>(behind).listener_);
+}
+
 void AudioPass::run(platform::AudioFile& file, std::span<AudioListener* const> listeners) const {
     if (windowFrames == 0 || channels == 0 || windows == 0 || listeners.empty()) return;
-    const auto frames = static_cast<std::size_t>(std::max<std::int64_t>(file.frameCount(), 0));
+    const auto frames = static_cast<std::size_t>(std::max<std::int64_t>(file.frameCount() - firstFrame, 0));
     const std::size_t planned = std::min(windows, ceilingOf(frames, windowFrames));
     HeardWindows heard(progress, std::max<std::size_t>(planned, 1));
     std::vector<AudioListener*> all(listeners.begin(), listeners.end());
     if (progress) all.push_back(&heard);
     const bool canShare = concurrency > 1 && planned > windowsPerShare && channels <= mostChannelsInShares;
-    if (canShare && file.another() && !siblings(all).empty())
+    if (canShare && file.another() && !siblings(all, 0).empty())
         runInShares(file, all, planned);
     else
         runInOrder(file, all);
 }
 
 void AudioPass::runInOrder(platform::AudioFile& file, std::span<AudioListener* const> listeners) const {
-    if (!file.seek(0)) return;
+    if (!file.seek(firstFrame)) return;
     PieceReader reader(file, channels, listeners, stop);
     std::size_t window = 0;
     while (window < windows && reader.readWindow(windowFrames)) ++window;
@@ -158,12 +183,12 @@ void AudioPass::runInShares(const platform::AudioFile& file, std::span<AudioList
     std::vector<Share> heard(ceilingOf(planned, windowsPerShare));
     const auto hearShare = [&](std::size_t i) {
         Share& share = heard[i];
-        share.listeners = siblings(listeners);
+        const std::size_t first = i * windowsPerShare;
+        share.listeners = siblings(listeners, first * windowFrames);
         std::vector<AudioListener*> own;
         for (const auto& listener : share.listeners) own.push_back(listener.get());
         const auto hand = file.another();
-        const std::size_t first = i * windowsPerShare;
-        if (!hand->seek(static_cast<std::int64_t>(first * windowFrames))) return;
+        if (!hand->seek(firstFrame + static_cast<std::int64_t>(first * windowFrames))) return;
         PieceReader reader(*hand, channels, own, stop);
         const std::size_t count = std::min(windowsPerShare, planned - first);
         std::size_t window = 0;

@@ -3,6 +3,7 @@
 #include "Platform/AudioFile.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -20,15 +21,35 @@ class AudioListener {
     virtual void samples(std::span<const float* const> channels, std::size_t frames) = 0;
     virtual void windowEnded() {}
 
-    /// A new listener of the kind, for windows that another thread reads. Nothing for one that has to hear
-    /// everything in order; the whole pass then goes over the file in order.
-    virtual std::unique_ptr<AudioListener> sibling() const { return nullptr; }
+    /// A new listener of the kind, for windows that another thread reads; the first begins at `firstFrame` of
+    /// the pass. Nothing for one that has to hear everything in order; the whole pass then goes over the file
+    /// in order.
+    virtual std::unique_ptr<AudioListener> sibling(std::size_t /*firstFrame*/) const { return nullptr; }
     /// Takes over what a sibling heard of the windows right behind this listener's own.
     virtual void append(AudioListener& /*behind*/) {}
 };
 
-/// What of a file a pass goes over, from its first frame on.
+/// Hands the first windows of a pass on to another listener, which outlives it and its siblings, and no more.
+class FirstWindows : public AudioListener {
+  public:
+    FirstWindows(AudioListener& listener, std::size_t windows, std::size_t windowFrames)
+        : listener_(&listener), windows_(windows), windowFrames_(windowFrames) {}
+
+    void samples(std::span<const float* const> channels, std::size_t frames) override;
+    void windowEnded() override;
+    std::unique_ptr<AudioListener> sibling(std::size_t firstFrame) const override;
+    void append(AudioListener& behind) override;
+
+  private:
+    std::unique_ptr<AudioListener> own_; ///< of a sibling
+    AudioListener* listener_;
+    std::size_t windows_; ///< still to come
+    std::size_t windowFrames_;
+};
+
+/// What of a file a pass goes over.
 struct AudioPass {
+    std::int64_t firstFrame = 0;  ///< of the file; counts as the first of the pass
     std::size_t channels = 1;     ///< the first ones; no more than the file has
     std::size_t windowFrames = 0; ///< length of a window; with 0 there is nothing to hear
     std::size_t windows = std::numeric_limits<std::size_t>::max(); ///< at most

@@ -1,6 +1,5 @@
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
 
-#include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
 #include "OrvaneSyncCore/Services/SmartAudio/KWeighting.h"
 
 #include <algorithm>
@@ -42,21 +41,6 @@ std::vector<double> channelWeights(std::size_t channels) {
     if (channels == 6) return {1.0, 1.0, 1.0, 0.0, surroundWeight, surroundWeight};
     return std::vector<double>(channels, 1.0);
 }
-
-/// Hands a pass's samples on.
-class MeterListener : public AudioListener {
-  public:
-    explicit MeterListener(LUFSMeter& meter) : meter_(meter) {}
-    void samples(std::span<const float* const> channels, std::size_t frames) override {
-        meter_.add(channels, frames);
-        frames_ += static_cast<std::int64_t>(frames);
-    }
-    std::int64_t frames() const { return frames_; }
-
-  private:
-    LUFSMeter& meter_;
-    std::int64_t frames_ = 0;
-};
 
 } // namespace
 
@@ -151,15 +135,14 @@ std::optional<double> LUFSMeter::measureIntegratedLUFS(const TakeSound& sound, c
 LUFSMeter::FileLoudness LUFSMeter::measureFile(platform::AudioFile& file,
                                                const std::function<void(double share)>& progress,
                                                const std::stop_token& stop) {
-    LUFSMeter meter(file.channelCount(), file.sampleRate());
-    MeterListener listener(meter);
+    LUFSListener listener(file);
     std::array<AudioListener*, 1> listeners{&listener};
     AudioPass{.channels = static_cast<std::size_t>(std::max(file.channelCount(), 0)),
               .windowFrames = wholeSamples(hopSeconds, file.sampleRate()),
               .progress = progress,
               .stop = stop}
         .run(file, listeners);
-    return {meter.integratedLUFS(), listener.frames()};
+    return {listener.integratedLUFS(), listener.heardFrames()};
 }
 
 std::optional<double> LUFSMeter::measureBuffer(std::span<const float* const> channels, std::size_t frameCount,

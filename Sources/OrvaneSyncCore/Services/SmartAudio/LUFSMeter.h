@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 #include "Platform/AudioFile.h"
 
@@ -49,6 +50,22 @@ class LUFSMeter {
   private:
     struct State;
     std::unique_ptr<State> state_;
+};
+
+/// Measures the loudness of a recording while a pass goes over all its channels, in order.
+class LUFSListener : public AudioListener {
+  public:
+    explicit LUFSListener(const platform::AudioFile& file) : meter_(file.channelCount(), file.sampleRate()) {}
+    void samples(std::span<const float* const> channels, std::size_t frames) override {
+        meter_.add(channels, frames);
+        frames_ += static_cast<std::int64_t>(frames);
+    }
+    std::optional<double> integratedLUFS() const { return meter_.integratedLUFS(); }
+    std::int64_t heardFrames() const { return frames_; }
+
+  private:
+    LUFSMeter meter_;
+    std::int64_t frames_ = 0;
 };
 
 } // namespace orvane

@@ -10,7 +10,7 @@
 #include "Platform/Stop.h"
 
 #include <algorithm>
-#include <array>
+#include <iterator>
 #include <thread>
 
 namespace orvane {
@@ -48,7 +48,8 @@ SmartAudioRouter::~SmartAudioRouter() = default;
 std::vector<TrackAnalysis> SmartAudioRouter::listen(platform::AudioFile& file, int channelCount,
                                                     std::size_t concurrency,
                                                     const std::function<void(double share)>& progress,
-                                                    const std::stop_token& stop) {
+                                                    const std::stop_token& stop,
+                                                    const ListenersAlongside& alongside) {
     AudioPass pass;
     pass.channels = static_cast<std::size_t>(std::clamp(file.channelCount(), 0, channelCount));
     pass.windowFrames = windowFrames(file.sampleRate());
@@ -58,8 +59,11 @@ std::vector<TrackAnalysis> SmartAudioRouter::listen(platform::AudioFile& file, i
     WindowMeasurement measurement(pass.channels);
     if (pass.windowFrames > 0) {
         const auto frames = static_cast<std::size_t>(file.frameCount());
-        pass.windows = std::min(frames / pass.windowFrames, mostWindows);
-        std::array<AudioListener*, 1> listeners{&measurement};
+        const std::size_t windows = std::min(frames / pass.windowFrames, mostWindows);
+        FirstWindows analysed(measurement, windows, pass.windowFrames);
+        std::vector<AudioListener*> listeners{&analysed};
+        if (alongside) std::ranges::copy(alongside(file, pass.channels), std::back_inserter(listeners));
+        if (listeners.size() == 1) pass.windows = windows; // nobody hears the rest
         pass.run(file, listeners);
     }
     std::vector<TrackAnalysis> analyses = measurement.take();
@@ -91,7 +95,7 @@ SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request, con
     if (!take || take.audio->frameCount() < 1 || tracks < 1) return {};
 
     const std::vector<TrackAnalysis> analyses =
-        listen(*take.audio, tracks, means.concurrency, request.progress, stop);
+        listen(*take.audio, tracks, means.concurrency, request.progress, stop, request.alongside);
     result.incompleteFiles = take.incompleteFiles();
     const double rate = take.audio->sampleRate();
     if (rate > 0) {

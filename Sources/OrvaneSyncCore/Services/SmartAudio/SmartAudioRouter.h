@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Models/IXMLModels.h"
 #include "OrvaneSyncCore/Models/SmartAudioConfig.h"
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
+#include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
 #include "OrvaneSyncCore/Services/SmartAudio/StemMeasurement.h"
 #include "OrvaneSyncCore/Services/SmartAudio/WindowAnalysis.h"
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
@@ -20,6 +21,11 @@
 
 namespace orvane {
 
+/// What else hears a recording while it is analysed, to its end: asked with the recording and how many of its
+/// channels are heard, which are all or the first ones. The listeners outlive the analysis.
+using ListenersAlongside =
+    std::function<std::vector<AudioListener*>(const platform::AudioFile& file, std::size_t channels)>;
+
 /// What is asked of one analysis.
 struct SmartAudioRequest {
     TakeSound sound;
@@ -32,6 +38,7 @@ struct SmartAudioRequest {
     std::set<int> candidateTracks = {}; ///< tracks that routing may use; empty: all
     /// Told which share of the recording was heard, 0 to 1, as that of `AudioPass`.
     std::function<void(double share)> progress = {};
+    ListenersAlongside alongside = {};
 };
 
 /// Listens to one recording once and gives the verdict. Never fails: a recording that cannot be read gives
@@ -78,7 +85,8 @@ class SmartAudioRouter {
     static std::vector<TrackAnalysis> listen(platform::AudioFile& file, int channelCount,
                                              std::size_t concurrency,
                                              const std::function<void(double share)>& progress = {},
-                                             const std::stop_token& stop = {});
+                                             const std::stop_token& stop = {},
+                                             const ListenersAlongside& alongside = {});
 
   private:
     Means means_;

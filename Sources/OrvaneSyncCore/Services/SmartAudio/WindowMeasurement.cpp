@@ -32,7 +32,7 @@ void WindowMeasurement::windowEnded() {
     }
 }
 
-std::unique_ptr<AudioListener> WindowMeasurement::sibling() const {
+std::unique_ptr<AudioListener> WindowMeasurement::sibling(std::size_t /*firstFrame*/) const {
     return std::make_unique<WindowMeasurement>(windows_.size());
 }
 

@@ -16,7 +16,7 @@ class WindowMeasurement : public AudioListener {
 
     void samples(std::span<const float* const> channels, std::size_t frames) override;
     void windowEnded() override;
-    std::unique_ptr<AudioListener> sibling() const override;
+    std::unique_ptr<AudioListener> sibling(std::size_t firstFrame) const override;
     void append(AudioListener& behind) override;
 
     /// One a channel of the pass.

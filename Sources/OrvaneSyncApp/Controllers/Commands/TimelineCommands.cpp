@@ -1,0 +1,218 @@
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Naming/SidebarOutline.h"
+#include "OrvaneSyncCore/Services/Review/AlternateAudio.h"
+#include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+
+namespace orvane::commands {
+
+namespace {
+
+using enum Parameter::Kind;
+
+JSON timelineJSON(CommandContext& context, const Call& call) {
+    TimelineController& timeline = context.controller->timeline();
+    timeline.show(call.id("groupID"));
+    if (const auto width = call.numberIfPresent("viewportWidth")) timeline.zoom().updateViewportWidth(*width);
+    const TimelineZoomState& zoom = timeline.zoom();
+    JSON json;
+    json.set("zoomScale", zoom.zoomScale);
+    json.set("scrollOffset", zoom.scrollOffset);
+    json.set("viewportWidth", zoom.viewportWidth);
+    json.set("clipDuration", zoom.clipDuration);
+    json.set("preRollSeconds", zoom.preRollSeconds);
+    json.set("postRollSeconds", zoom.postRollSeconds);
+    json.set("fitPixelsPerSecond", zoom.fitPixelsPerSecond());
+    json.set("pixelsPerSecond", zoom.pixelsPerSecond());
+    json.set("rulerInterval", timeline.rulerInterval());
+    return json;
+}
+
+platform::Task waveform(CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
+    const int bins =
+        call.has("bins") ? call.integer("bins") : static_cast<int>(WaveformReduction::reviewBins);
+    const auto result = std::make_shared<WaveformResult>();
+    const platform::Task reducing = context.controller->timeline().reduceWaveform(
+        call.id("groupID"), static_cast<std::size_t>(bins), result);
+    co_await reducing;
+    *answer = toJSON(*result, onsetMarkersOf(*result));
+}
+
+DragModifiers modifiersOf(const Call& call) {
+    constexpr std::array<std::string_view, 4> known{"command", "shift", "option", "control"};
+    DragModifiers modifiers;
+    if (!call.has("modifiers")) return modifiers;
+    for (const std::string& name : call.texts("modifiers")) {
+        if (std::ranges::find(known, name) == known.end())
+            throw Error(Refusal::invalidArguments,
+                        "modifiers: there is no key '" + name + "'; command, shift, option and control are");
+        modifiers.command = modifiers.command || name == "command";
+        modifiers.shift = modifiers.shift || name == "shift";
+    }
+    return modifiers;
+}
+
+platform::Task dragAudio(CommandContext& context, Call call, std::shared_ptr<JSON> /*answer*/) {
+    const platform::Task dragging = context.controller->timeline().dragAudio(
+        call.id("groupID"), call.number("points"), modifiersOf(call));
+    try {
+        co_await dragging;
+    } catch (const OutOfRange& refused) {
+        throw Error(Refusal::invalidArguments, std::string("dragAudio: ") + refused.what());
+    }
+}
+
+JSON lanesJSON(CommandContext& context, const Call& call) {
+    JSON::Array lanes;
+    for (const int lane : alternateAudioLanes(context.group(call.id("groupID")))) lanes.emplace_back(lane);
+    return lanes;
+}
+
+JSON suggestionJSON(CommandContext& context, const Call& call) {
+    const SyncGroup& group = context.group(call.id("groupID"));
+    const auto suggestion = context.controller->timeline().siblingSuggestion(group.id);
+    if (!suggestion) return {};
+    JSON json;
+    json.set("groupID", suggestion->sibling->id.text());
+    json.set("offset", suggestion->offsetSeconds);
+    json.set("text", suggestion->text(TimelineController::playerFrameRate(group)));
+    json.set("key", suggestion->dismissKey);
+    return json;
+}
+
+JSON outlineJSON(const std::vector<SidebarNode>& nodes) {
+    JSON::Array rows;
+    for (const SidebarNode& node : nodes) {
+        JSON row;
+        row.set("id", node.id);
+        row.set("label", node.label);
+        row.set("isMulticam", node.isMulticam);
+        if (node.group) row.set("groupID", node.group->id.text());
+        if (!node.children.empty()) row.set("children", outlineJSON(node.children));
+        rows.push_back(std::move(row));
+    }
+    return rows;
+}
+
+bool isUnlocked(const SyncGroup& group) { return !group.isLocked; }
+bool hasSound(const SyncGroup& group) { return !group.isMOS(); }
+bool mayGetAnchor(const SyncGroup& group) { return isUnlocked(group) && hasSound(group); }
+bool lacksAnchor(const SyncGroup& group) {
+    return mayGetAnchor(group) && !group.audioAnchorOffsetInAudioSeconds;
+}
+
+/// What the screen shows of a clip.
+std::vector<Command> viewCommands() {
+    return {
+        Command(
+            "timeline", "Show in the Timeline",
+            "Brings the clip into view and says how its seconds lie on the timeline.",
+            {groupID,
+             {.name = "viewportWidth", .kind = number, .isOptional = true, .lowest = 1, .highest = 100'000}},
+            timelineJSON),
+        Command::later("waveform", "Waveform", "Gives the sound of the clip as peaks, levels and onsets.",
+                       {groupID,
+                        {.name = "bins",
+                         .kind = integer,
+                         .isOptional = true,
+                         .lowest = 1,
+                         .highest = static_cast<double>(WaveformReduction::mostBins)}},
+                       waveform)
+            .forClips(hasSound),
+        Command("scrollFrames", "Scroll over the Picture",
+                "Takes scrolling over the picture and says how many frames it steps.",
+                {{"deltaY", number}, {"isPrecise", boolean}},
+                [](CommandContext& context, const Call& call) {
+                    return JSON(context.controller->timeline().scrolling().frames(call.number("deltaY"),
+                                                                                  call.boolean("isPrecise")));
+                }),
+        Command("lanes", "Lanes", "Gives the row of each recording of the clip but the first.", {groupID},
+                lanesJSON)
+            .forClips(hasSound),
+        Command("outline", "Clip List",
+                "Gives the clips as the side bar lists them, cameras of a take together.", {},
+                [](CommandContext& context, const Call&) {
+                    return outlineJSON(
+                        SidebarOutline::build(context.controller->work().syncGroups(),
+                                              context.settings->get(settings::clipNamingSource),
+                                              context.settings->get(settings::customNamingPattern)));
+                }),
+    };
+}
+
+std::vector<Command> moveCommands() {
+    namespace steps = undoSteps;
+    return {
+        Command("setAnchor", "Set Sync Anchor",
+                "Puts the clip's anchor at a second of its first recording, within it.",
+                {groupID, {"secondsInAudio", number}},
+                [](CommandContext& context, const Call& call) {
+                    context.controller->timeline().setAnchor(call.id("groupID"),
+                                                             call.number("secondsInAudio"));
+                    return JSON();
+                })
+            .undoneBy(steps::setAudioAnchor)
+            .forClips(mayGetAnchor),
+        Command::later(
+            "autoDetectAudioAnchor", "Detect Clap",
+            "Searches the first recording for a clap and puts the anchor there if there is none.", {groupID},
+            [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                return context.controller->timeline().autoDetectAudioAnchorIfMissing(call.id("groupID"));
+            })
+            .forClips(lacksAnchor),
+        Command("nudgeByFrames", "Nudge Audio", "Moves the sound of the clip by frames of its video.",
+                {groupID, {.name = "frames", .kind = integer, .lowest = -10'000'000, .highest = 10'000'000}},
+                [](CommandContext& context, const Call& call) {
+                    checked("nudgeByFrames", [&] {
+                        context.controller->timeline().nudgeByFrames(call.id("groupID"),
+                                                                     call.integer("frames"));
+                    });
+                    return JSON();
+                })
+            .undoneBy(steps::adjustAudioOffset),
+        Command::later("dragAudio", "Drag Audio", "Drags the sound of the clip by points of the timeline.",
+                       {groupID, {"points", number}, {"modifiers", texts, true}}, dragAudio)
+            .undoneBy(steps::adjustAudioOffset)
+            .forClips(isUnlocked),
+    };
+}
+
+std::vector<Command> suggestionCommands() {
+    return {
+        Command("siblingSuggestion", "Sibling Suggestion",
+                "Gives what another camera of the take was moved by, where this one was not.", {groupID},
+                suggestionJSON),
+        Command("applySiblingSuggestion", "Apply",
+                "Moves the sound of the clip as that of the suggested camera.", {groupID},
+                [](CommandContext& context, const Call& call) {
+                    checked("applySiblingSuggestion", [&] {
+                        context.controller->timeline().applySiblingSuggestion(call.id("groupID"));
+                    });
+                    return JSON();
+                })
+            .undoneBy(undoSteps::adjustAudioOffset),
+        Command("dismissSiblingSuggestion", "Dismiss suggestion",
+                "Hides the suggestion until the other camera is moved again.", {groupID},
+                [](CommandContext& context, const Call& call) {
+                    context.controller->timeline().dismissSiblingSuggestion(call.id("groupID"));
+                    return JSON();
+                }),
+    };
+}
+
+} // namespace
+
+std::vector<Command> timelineCommands() {
+    std::vector<Command> commands;
+    for (auto* part : {&viewCommands, &moveCommands, &suggestionCommands})
+        std::ranges::move((*part)(), std::back_inserter(commands));
+    return commands;
+}
+
+} // namespace orvane::commands

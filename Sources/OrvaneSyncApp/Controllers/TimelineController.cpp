@@ -1,0 +1,197 @@
+#include "OrvaneSyncApp/Controllers/TimelineController.h"
+
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
+#include "OrvaneSyncCore/Services/Timeline/TimelineRuler.h"
+#include "OrvaneSyncCore/Services/Waveform/ClapDetector.h"
+#include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
+#include "Timecode/ExactRate.h"
+
+#include <algorithm>
+#include <exception>
+#include <thread>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+std::size_t machineThreads() { return std::max(std::thread::hardware_concurrency(), 1U); }
+
+TakeSound soundOf(const SyncGroup& group) { return {group, takeOf(group, assumedChannels)}; }
+
+} // namespace
+
+TimelineController::TimelineController(OpenWork& work, ClipEditing& clips)
+    : work_(work), clips_(clips),
+      waveform_(WaveformState::create(work.environment.mainThread, work.environment.waveformCache)),
+      listening_(platform::SerialQueue::create("timeline")) {}
+
+double TimelineController::playerFrameRate(const SyncGroup& group) {
+    constexpr double usual = 24;
+    const double rate = group.video.frameRate.value_or(0);
+    return rate > 0 ? exactRateValue(rate) : usual;
+}
+
+void TimelineController::show(const UUID& groupID) {
+    work_.notices.assertOnMainThread();
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    if (group == nullptr) throw GroupNotFound();
+    if (shown_ != groupID) {
+        shown_ = groupID;
+        zoom_ = {.viewportWidth = zoom_.viewportWidth};
+        scrolling_ = {};
+        drag_ = {};
+        waveform_->reset();
+        waveformSound_.reset();
+    }
+    const Take take = takeOf(*group, assumedChannels);
+    zoom_.clipDuration = group->video.durationSeconds.value_or(0);
+    zoom_.sizePaddingForAudio(take.offsetSeconds + group->manualAudioOffsetSeconds, take.durationSeconds);
+    zoom_.scrollOffset = std::min(zoom_.scrollOffset, zoom_.largestScrollOffset());
+}
+
+double TimelineController::rulerInterval() const {
+    const double seconds = zoom_.contentSeconds();
+    return TimelineRuler::rulerInterval(seconds, seconds * zoom_.pixelsPerSecond());
+}
+
+platform::Task TimelineController::loadWaveform() {
+    const SyncGroup* group = shown_ ? work_.syncGroups().find(*shown_) : nullptr;
+    if (group == nullptr || group->isMOS()) return platform::Task::ended();
+    TakeSound sound = soundOf(*group);
+    if (waveformSound_ == sound && !waveform_->isLoading()) return platform::Task::ended();
+    waveformSound_ = sound;
+    return waveform_->load(std::move(sound), WaveformReduction::reviewBins, true);
+}
+
+platform::Task TimelineController::reduceWaveform(const UUID& groupID, std::size_t bins,
+                                                  std::shared_ptr<WaveformResult> result) {
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    if (group == nullptr || group->isMOS()) return platform::Task::ended();
+    return reduce(work_.weak(this), soundOf(*group), bins, std::move(result));
+}
+
+platform::Task TimelineController::reduce(std::weak_ptr<TimelineController> weak, TakeSound sound,
+                                          std::size_t bins, std::shared_ptr<WaveformResult> result) {
+    auto self = weak.lock();
+    auto reducing =
+        platform::onQueue(*self->listening_, self->work_.environment.mainThread,
+                          [sound = std::move(sound), bins,
+                           cache = self->work_.environment.waveformCache](const std::stop_token& stop) {
+                              return reducedWaveform(sound, bins, cache.get(), machineThreads(), stop);
+                          });
+    self.reset();
+    *result = co_await reducing;
+}
+
+void TimelineController::setAnchor(const UUID& groupID, double secondsInAudio) {
+    const SyncGroup* group = work_.unlockedGroup(groupID);
+    const MediaAsset* audio = group == nullptr ? nullptr : group->primaryAudio();
+    if (audio == nullptr || !audio->durationSeconds) return;
+    const double anchor = std::clamp(secondsInAudio, 0.0, std::max(*audio->durationSeconds, 0.0));
+    work_.withUndo(undoSteps::setAudioAnchor, [&] { clips_.setAudioAnchor(groupID, anchor); });
+}
+
+const SyncGroup* TimelineController::mayGetAnchor(const UUID& groupID) const {
+    const SyncGroup* group = work_.unlockedGroup(groupID);
+    const bool may = group != nullptr && !group->audioAnchorOffsetInAudioSeconds && !group->isMOS();
+    return may ? group : nullptr;
+}
+
+platform::Task TimelineController::autoDetectAudioAnchorIfMissing(const UUID& groupID) {
+    const SyncGroup* group = mayGetAnchor(groupID);
+    if (group == nullptr) return platform::Task::ended();
+    return work_.running.add(detectAnchor(work_.weak(this), groupID, group->primaryAudio()->url));
+}
+
+platform::Task TimelineController::detectAnchor(std::weak_ptr<TimelineController> weak, UUID groupID,
+                                                FileURL audio) {
+    auto self = weak.lock();
+    auto searching = platform::onQueue(*self->listening_, self->work_.environment.mainThread,
+                                       [audio](const std::stop_token& stop) -> std::optional<double> {
+                                           try {
+                                               return ClapDetector::detectClapPoint(audio, stop);
+                                           } catch (const std::exception&) {
+                                               return std::nullopt; // as of a file that cannot be read
+                                           }
+                                       });
+    self.reset();
+    const std::optional<double> clap = co_await searching;
+    self = weak.lock();
+    const SyncGroup* group = self && clap ? self->mayGetAnchor(groupID) : nullptr;
+    if (group != nullptr && group->primaryAudio()->url == audio) self->clips_.setAudioAnchor(groupID, clap);
+}
+
+void TimelineController::adjustOffset(const UUID& groupID, double deltaSeconds) {
+    work_.withUndo(undoSteps::adjustAudioOffset, [&] { clips_.adjustAudioOffset(groupID, deltaSeconds); });
+}
+
+void TimelineController::nudgeByFrames(const UUID& groupID, int frames) {
+    if (const SyncGroup* group = work_.syncGroups().find(groupID))
+        adjustOffset(groupID, frames / playerFrameRate(*group));
+}
+
+platform::Task TimelineController::dragAudio(const UUID& groupID, double points, DragModifiers modifiers) {
+    if (work_.unlockedGroup(groupID) == nullptr) return platform::Task::ended();
+    show(groupID);
+    return drag(work_.weak(this), groupID, points, modifiers);
+}
+
+platform::Task TimelineController::drag(std::weak_ptr<TimelineController> weak, UUID groupID, double points,
+                                        DragModifiers modifiers) {
+    auto self = weak.lock();
+    if (modifiers.shift && !modifiers.command) {
+        auto loading = self->loadWaveform();
+        self.reset();
+        co_await loading;
+        self = weak.lock();
+    }
+    if (!self || self->shown_ != groupID) co_return;
+    self->handleDragEnded();
+    self->handleContainerDrag(points, modifiers);
+    self->handleDragEnded();
+}
+
+void TimelineController::handleContainerDrag(double translation, DragModifiers modifiers) {
+    const SyncGroup* group = shown_ ? work_.unlockedGroup(*shown_) : nullptr;
+    if (group == nullptr) return;
+    AudioDrag::Timeline timeline{.pixelsPerSecond = zoom_.pixelsPerSecond(),
+                                 .frameRate = playerFrameRate(*group)};
+    if (group->audioAnchorOffsetInAudioSeconds)
+        timeline.anchorSeconds =
+            takeOf(*group, assumedChannels).primaryStartSeconds + *group->audioAnchorOffsetInAudioSeconds;
+    timeline.onsetMarkers = waveform_->waveform().onsetMarkers;
+    const auto change = drag_.move(translation, modifiers, timeline);
+    if (!change) return;
+    try {
+        adjustOffset(*shown_, *change);
+    } catch (const OutOfRange&) {
+        drag_.refuse(*change);
+        throw;
+    }
+}
+
+std::optional<SiblingSuggestion> TimelineController::siblingSuggestion(const UUID& groupID) const {
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    if (group == nullptr) return std::nullopt;
+    const platform::SettingsStore& store = *work_.environment.settings;
+    return activeSiblingSuggestion(*group, work_.syncGroups(), store.get(settings::clipNamingSource),
+                                   store.get(settings::customNamingPattern), playerFrameRate(*group),
+                                   dismissedKeys_);
+}
+
+void TimelineController::applySiblingSuggestion(const UUID& groupID) {
+    const auto suggestion = siblingSuggestion(groupID);
+    if (!suggestion) return;
+    const double own = work_.syncGroups().find(groupID)->manualAudioOffsetSeconds;
+    adjustOffset(groupID, suggestion->offsetSeconds - own);
+}
+
+void TimelineController::dismissSiblingSuggestion(const UUID& groupID) {
+    if (auto suggestion = siblingSuggestion(groupID))
+        dismissedKeys_.insert(std::move(suggestion->dismissKey));
+}
+
+} // namespace orvane

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/ClipEditing.h"
+#include "OrvaneSyncApp/Controllers/OpenWork.h"
+#include "OrvaneSyncCore/Services/Review/SiblingSuggestion.h"
+#include "OrvaneSyncCore/Services/Timeline/AudioDrag.h"
+#include "OrvaneSyncCore/Services/Timeline/FrameAccumulator.h"
+#include "OrvaneSyncCore/Services/Timeline/TimelineZoomState.h"
+#include "OrvaneSyncCore/Services/Waveform/WaveformState.h"
+#include "Platform/Task.h"
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+
+namespace orvane {
+
+/// The timeline of the clip in view, and what the editor does on it. Offsets and anchors are changed under
+/// undo steps of their own, and a locked clip or one that is not there stays as it is, except where it says
+/// otherwise. Interface thread.
+class TimelineController {
+  public:
+    TimelineController(OpenWork& work, ClipEditing& clips);
+
+    /// Brings a clip into view: another clip shows all of itself, at the width that is there. The padding
+    /// becomes that of its sound as it lies. Throws GroupNotFound.
+    void show(const UUID& groupID);
+    const TimelineZoomState& zoom() const { return zoom_; }
+    TimelineZoomState& zoom() { return zoom_; }
+    FrameAccumulator& scrolling() { return scrolling_; }
+    /// Seconds from tick to tick, over the whole content.
+    double rulerInterval() const;
+
+    /// Of the take of the clip in view, in take time.
+    const std::shared_ptr<WaveformState>& waveform() const { return waveform_; }
+    /// Loads the waveform of the clip in view unless it is there.
+    platform::Task loadWaveform();
+    /// Leaves in `result` the waveform of any clip's take, by any number of bins.
+    platform::Task reduceWaveform(const UUID& groupID, std::size_t bins,
+                                  std::shared_ptr<WaveformResult> result);
+
+    /// Within the first recording; nothing where its length is not known.
+    void setAnchor(const UUID& groupID, double secondsInAudio);
+    /// Searches the first recording for a clap and puts the anchor there, unless there is one by then. No
+    /// undo step.
+    platform::Task autoDetectAudioAnchorIfMissing(const UUID& groupID);
+    /// Also of a locked clip. Throws OutOfRange as ClipEditing does; so do the other moves.
+    void nudgeByFrames(const UUID& groupID, int frames);
+    /// Moves the sound of the clip in view by a drag that has come so many points since it began. Snaps only
+    /// where the waveform is loaded.
+    void handleContainerDrag(double translation, DragModifiers modifiers);
+    void handleDragEnded() { drag_ = {}; }
+    /// Seconds that the drag under way has moved the sound by; absent without one.
+    std::optional<double> liveDragSeconds() const { return drag_.liveDragSeconds(); }
+    /// A whole drag of a clip, which comes into view. Ends when the new offset is in force.
+    platform::Task dragAudio(const UUID& groupID, double points, DragModifiers modifiers);
+
+    std::optional<SiblingSuggestion> siblingSuggestion(const UUID& groupID) const;
+    /// Also of a locked clip.
+    void applySiblingSuggestion(const UUID& groupID);
+    /// Until the sibling is moved again. Forgotten with the program.
+    void dismissSiblingSuggestion(const UUID& groupID);
+
+    /// Frames per second at which a clip is played and counted.
+    static double playerFrameRate(const SyncGroup& group);
+
+  private:
+    static platform::Task reduce(std::weak_ptr<TimelineController> weak, TakeSound sound, std::size_t bins,
+                                 std::shared_ptr<WaveformResult> result);
+    static platform::Task detectAnchor(std::weak_ptr<TimelineController> weak, UUID groupID, FileURL audio);
+    static platform::Task drag(std::weak_ptr<TimelineController> weak, UUID groupID, double points,
+                               DragModifiers modifiers);
+    const SyncGroup* mayGetAnchor(const UUID& groupID) const;
+    void adjustOffset(const UUID& groupID, double deltaSeconds);
+
+    OpenWork& work_;
+    ClipEditing& clips_;
+    std::optional<UUID> shown_;
+    TimelineZoomState zoom_;
+    FrameAccumulator scrolling_;
+    AudioDrag drag_;
+    const std::shared_ptr<WaveformState> waveform_;
+    std::optional<TakeSound> waveformSound_; ///< of the newest load
+    std::set<std::string> dismissedKeys_;
+    const std::unique_ptr<platform::SerialQueue> listening_;
+};
+
+} // namespace orvane

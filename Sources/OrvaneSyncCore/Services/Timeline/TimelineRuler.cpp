@@ -1,0 +1,28 @@
+#include "OrvaneSyncCore/Services/Timeline/TimelineRuler.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace orvane {
+
+double TimelineRuler::rulerInterval(double duration, double width) {
+    constexpr double pointsPerTick = 60;
+    constexpr std::array intervals{0.5, 1.0, 2.0, 5.0, 10.0, 15.0, 30.0, 60.0, 120.0, 300.0};
+    constexpr double ofTheLongest = 60;
+    const double ideal = duration / (width / pointsPerTick);
+    const auto* found = std::ranges::find_if(intervals, [&](double one) { return one >= ideal; });
+    return found == intervals.end() ? ofTheLongest : *found;
+}
+
+std::string TimelineRuler::formatTime(double seconds) {
+    constexpr double most = 1e15;
+    constexpr long long perMinute = 60;
+    const auto whole = std::isnan(seconds) ? 0LL : static_cast<long long>(std::clamp(seconds, -most, most));
+    const long long magnitude = std::abs(whole);
+    const std::string rest = std::to_string(magnitude % perMinute);
+    return (whole < 0 ? "-" : "") + std::to_string(magnitude / perMinute) + ":" +
+           (rest.size() < 2 ? "0" : "") + rest;
+}
+
+} // namespace orvane

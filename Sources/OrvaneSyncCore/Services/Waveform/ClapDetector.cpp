@@ -1,0 +1,109 @@
+#include "OrvaneSyncCore/Services/Waveform/ClapDetector.h"
+
+#include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
+#include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
+#include "Platform/VectorOps.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace orvane {
+
+namespace {
+
+constexpr double searchedSeconds = 30;
+constexpr double blockSeconds = 0.01;
+/// Of the end where no clap is expected.
+constexpr double quietSeconds = 5;
+constexpr double timesTheQuiet = 5;
+
+/// Hears one stretch of a recording.
+class TransientSearch : public AudioListener {
+  public:
+    explicit TransientSearch(std::size_t hop) : hop_(hop) {}
+
+    void samples(std::span<const float* const> channels, std::size_t frames) override {
+        channels_ = channels.size();
+        const std::size_t before = levels_.size();
+        levels_.resize(before + frames);
+        for (const float* samples : channels)
+            for (std::size_t i = 0; i < frames; ++i) levels_[before + i] += std::abs(samples[i]);
+        for (std::size_t done = 0; done < frames;) {
+            const std::size_t some = std::min(frames - done, hop_ - (before + done) % hop_);
+            for (const float* samples : channels)
+                blockPeak_ = std::max(blockPeak_, platform::vector::maxMagnitude({samples + done, some}));
+            done += some;
+            if ((before + done) % hop_ == 0) endBlock(before + done - hop_);
+        }
+    }
+
+    /// The first frame of the clap's block; `quiet`: how many frames count as quiet, at the end of what was
+    /// heard or at its beginning.
+    std::optional<std::size_t> transient(ClapDetector::Part part, std::size_t quiet) const {
+        if (levels_.empty()) return std::nullopt;
+        const std::size_t count = std::min(quiet, levels_.size());
+        const auto region = part == ClapDetector::Part::tail ? std::span(levels_).first(count)
+                                                             : std::span(levels_).last(count);
+        double sum = 0;
+        for (const float level : region) sum += level;
+        const double divisor = static_cast<double>(std::max<std::size_t>(count, 1) * channels_);
+        const bool isClap = sum / divisor * timesTheQuiet < static_cast<double>(peak_);
+        return isClap ? std::optional(peakAt_) : std::nullopt;
+    }
+
+  private:
+    /// Of equal peaks the first stands.
+    void endBlock(std::size_t at) {
+        if (blockPeak_ > peak_) {
+            peak_ = blockPeak_;
+            peakAt_ = at;
+        }
+        blockPeak_ = 0;
+    }
+
+    std::size_t hop_; ///< frames of a block
+    std::size_t channels_ = 0;
+    std::vector<float> levels_; ///< of each frame, its magnitudes over all channels added up
+    float blockPeak_ = 0;       ///< of the block under way; one that the end cuts off does not count
+    float peak_ = 0;
+    std::size_t peakAt_ = 0;
+};
+
+} // namespace
+
+std::optional<double> ClapDetector::detectAudioTransient(platform::AudioFile& file, Part part,
+                                                         const std::stop_token& stop) {
+    const double rate = file.sampleRate();
+    const std::size_t hop = wholeSamples(blockSeconds, rate);
+    const auto length = static_cast<std::size_t>(std::max<std::int64_t>(file.frameCount(), 0));
+    const std::size_t window = std::min(length, wholeSamples(searchedSeconds, rate));
+    if (hop == 0 || window == 0 || file.channelCount() < 1) return std::nullopt;
+    const std::size_t start = part == Part::tail ? length - window : 0;
+    TransientSearch search(hop);
+    std::array<AudioListener*, 1> listeners{&search};
+    AudioPass{.firstFrame = static_cast<std::int64_t>(start),
+              .channels = static_cast<std::size_t>(file.channelCount()),
+              .windowFrames = window,
+              .windows = 1,
+              .stop = stop}
+        .run(file, listeners);
+    const auto found = search.transient(part, wholeSamples(quietSeconds, rate));
+    return found ? std::optional(static_cast<double>(start + *found) / rate) : std::nullopt;
+}
+
+std::optional<double> ClapDetector::detectClapPoint(platform::AudioFile& file, const std::stop_token& stop) {
+    const auto head = detectAudioTransient(file, Part::head, stop);
+    return head ? head : detectAudioTransient(file, Part::tail, stop);
+}
+
+std::optional<double> ClapDetector::detectClapPoint(const FileURL& audio, const std::stop_token& stop) {
+    const OpenTake take = openTake(audio);
+    return take ? detectClapPoint(*take.audio, stop) : std::nullopt;
+}
+
+} // namespace orvane

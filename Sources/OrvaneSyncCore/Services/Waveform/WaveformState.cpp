@@ -1,0 +1,94 @@
+#include "OrvaneSyncCore/Services/Waveform/WaveformState.h"
+
+#include "OrvaneSyncCore/Services/Waveform/WaveformCache.h"
+#include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
+#include "Platform/Stop.h"
+
+#include <algorithm>
+#include <exception>
+#include <thread>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+/// On the queue. What cannot be read gives an empty waveform.
+std::shared_ptr<const Waveform> loaded(const TakeSound& sound, std::size_t totalBins,
+                                       bool includePerChannelImages, WaveformCache* cache,
+                                       const std::stop_token& stop) {
+    auto waveform = std::make_shared<Waveform>();
+    WaveformResult& result = *waveform;
+    result =
+        reducedWaveform(sound, totalBins, cache, std::max(std::thread::hardware_concurrency(), 1U), stop);
+    waveform->clipDuration = result.durationSeconds;
+    waveform->onsetMarkers = onsetMarkersOf(result);
+    const float gain = displayGain(result);
+    waveform->cachedImage = drawnWaveform(result.peaks, result.rms, gain, totalBins);
+    if (includePerChannelImages)
+        for (std::size_t i = 0; i < result.peaksPerChannel.size(); ++i) {
+            platform::throwIfStopped(stop);
+            waveform->cachedImagesPerChannel.push_back(
+                drawnWaveform(result.peaksPerChannel[i], result.rmsPerChannel[i], gain, totalBins));
+        }
+    return waveform;
+}
+
+} // namespace
+
+std::shared_ptr<WaveformState> WaveformState::create(std::shared_ptr<platform::MainThread> mainThread,
+                                                     std::shared_ptr<WaveformCache> cache) {
+    return std::shared_ptr<WaveformState>(new WaveformState(std::move(mainThread), std::move(cache)));
+}
+
+WaveformState::WaveformState(std::shared_ptr<platform::MainThread> mainThread,
+                             std::shared_ptr<WaveformCache> cache)
+    : mainThread_(std::move(mainThread)), cache_(std::move(cache)),
+      queue_(platform::SerialQueue::create("waveforms")), waveform_(std::make_shared<const Waveform>()) {}
+
+WaveformState::~WaveformState() {
+    if (task_) task_->requestStop();
+}
+
+platform::Task WaveformState::load(TakeSound sound, std::size_t totalBins, bool includePerChannelImages) {
+    if (task_) task_->requestStop();
+    isLoading_ = true;
+    task_ = run(weak_from_this(), std::move(sound), totalBins, includePerChannelImages, ++loads_);
+    const platform::Task own = *task_;
+    changed_.tell();
+    return own;
+}
+
+platform::Task WaveformState::run(std::weak_ptr<WaveformState> weak, TakeSound sound, std::size_t totalBins,
+                                  bool includePerChannelImages, std::uint64_t load) {
+    auto self = weak.lock();
+    auto loading =
+        platform::onQueue(*self->queue_, self->mainThread_,
+                          [sound = std::move(sound), totalBins, includePerChannelImages,
+                           cache = self->cache_](const std::stop_token& stop) {
+                              return loaded(sound, totalBins, includePerChannelImages, cache.get(), stop);
+                          });
+    self.reset();
+    std::shared_ptr<const Waveform> waveform;
+    try {
+        waveform = co_await loading;
+    } catch (const std::exception&) {
+        waveform = std::make_shared<const Waveform>();
+    }
+    self = weak.lock();
+    if (!self || load != self->loads_) co_return;
+    self->waveform_ = std::move(waveform);
+    self->isLoading_ = false;
+    self->changed_.tell();
+}
+
+void WaveformState::reset() {
+    if (task_) task_->requestStop();
+    task_.reset();
+    ++loads_;
+    waveform_ = std::make_shared<const Waveform>();
+    isLoading_ = false;
+    changed_.tell();
+}
+
+} // namespace orvane

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
+#include "OrvaneSyncCore/Services/Waveform/WaveformImage.h"
+#include "OrvaneSyncCore/Services/Waveform/WaveformResult.h"
+#include "Platform/Listeners.h"
+#include "Platform/MainThread.h"
+#include "Platform/Task.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace orvane {
+
+class WaveformCache;
+
+/// What the timeline shows of a recording.
+struct Waveform : WaveformResult {
+    WaveformImage cachedImage;                         ///< of all channels; empty without bins
+    std::vector<WaveformImage> cachedImagesPerChannel; ///< if they were asked for
+    std::vector<double> onsetMarkers;                  ///< seconds of the recording
+    double clipDuration = 0;                           ///< the recording's length in seconds
+};
+
+/// The waveform of the recording that is open. It changes in one step, when a load has ended; a load that was
+/// overtaken by another or by `reset` changes nothing. Interface thread; held by a shared pointer, as loads
+/// hold it weakly.
+class WaveformState : public std::enable_shared_from_this<WaveformState> {
+  public:
+    /// `cache`: null for none.
+    static std::shared_ptr<WaveformState> create(std::shared_ptr<platform::MainThread> mainThread,
+                                                 std::shared_ptr<WaveformCache> cache);
+    ~WaveformState();
+
+    /// Stops the load before it. The task ends when this load is over, whatever came of it; it ends with
+    /// Stopped when the load was overtaken.
+    platform::Task load(TakeSound sound, std::size_t totalBins, bool includePerChannelImages);
+    void reset();
+
+    const Waveform& waveform() const { return *waveform_; }
+    /// The same for who draws it elsewhere: never changed, and another one after every load.
+    const std::shared_ptr<const Waveform>& sharedWaveform() const { return waveform_; }
+    bool isLoading() const { return isLoading_; }
+    /// Calls back whenever one of these is another.
+    platform::Subscription onChange(std::function<void()> callback) {
+        return changed_.add(std::move(callback));
+    }
+
+  private:
+    WaveformState(std::shared_ptr<platform::MainThread> mainThread, std::shared_ptr<WaveformCache> cache);
+    static platform::Task run(std::weak_ptr<WaveformState> weak, TakeSound sound, std::size_t totalBins,
+                              bool includePerChannelImages, std::uint64_t load);
+
+    const std::shared_ptr<platform::MainThread> mainThread_;
+    const std::shared_ptr<WaveformCache> cache_;
+    const std::unique_ptr<platform::SerialQueue> queue_;
+    std::shared_ptr<const Waveform> waveform_;
+    bool isLoading_ = false;
+    std::uint64_t loads_ = 0; ///< the number of the newest load, and of resets
+    std::optional<platform::Task> task_;
+    platform::Listeners<> changed_;
+};
+
+} // namespace orvane

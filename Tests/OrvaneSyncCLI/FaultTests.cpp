@@ -155,8 +155,7 @@ TEST(Faults, neverTakeWorkThatWasSaved) {
     machine.clear();
     const std::string shoot = "\"" + machine.path("shoot") + "\"";
     const Ended first = machine.run(
-        "serve", message("newSession", "{}") +
-                     message("setFolders", "{\"videoFolder\":" + shoot + ",\"audioFolder\":" + shoot + "}") +
+        "serve", message("setFolders", "{\"videoFolder\":" + shoot + ",\"audioFolder\":" + shoot + "}") +
                      message("startScan", "{}") + message("saveSession", "{}") + message("state", "{}"));
     ASSERT_EQ(first.status, 0) << first.err;
     const JSON state = JSON::parse(first.out.substr(first.out.rfind('\n', first.out.size() - 2) + 1));

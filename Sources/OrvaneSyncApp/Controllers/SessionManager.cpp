@@ -85,6 +85,13 @@ platform::Task SessionManager::save(const ImportController& controller, std::opt
     return save(workOf(controller), std::move(name));
 }
 
+void SessionManager::beginSessionOfOpenWork(const ImportController& controller) {
+    assertOnMainThread();
+    const OpenWork& work = controller.work();
+    if (!currentSessionId_ && !(work.syncGroups().empty() && work.wildTracks().empty()))
+        setCurrentSession(UUID::random());
+}
+
 platform::Task SessionManager::save(Work newWork, std::optional<std::string> name) {
     if (!currentSessionId_) return finishWrites({}); // nothing to wait for
     const UUID id = *currentSessionId_;

@@ -65,6 +65,8 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     /// its place, or it has failed (`lastSaveError`). Nothing without an open session. A name that is given
     /// stays; a session that nobody has named is named after its media folders.
     platform::Task save(const ImportController& controller, std::optional<std::string> name = std::nullopt);
+    /// Gives work that is open without a session one of its own; nothing where there is one, or no work.
+    void beginSessionOfOpenWork(const ImportController& controller);
     /// From now on: saves after every change of clips, wild tracks or folders and every 5 seconds, watches
     /// the settings, and gives a project that is opened a session of its own, after that of the work before
     /// was saved. A list without clips is saved only where the editor has emptied it. Once; later calls do

@@ -137,12 +137,16 @@ std::vector<Command> openingCommands() {
                        [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                            return saved(context, context.sessions->newSession(*context.controller));
                        }),
-        Command::later("saveSession", "Save Session",
-                       "Saves the open session now, under a name where one is given.", {{"name", text, true}},
-                       [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
-                           return saved(context, context.sessions->save(*context.controller,
-                                                                        call.textIfPresent("name")));
-                       }),
+        Command::later(
+            "saveSession", "Save Session",
+            "Saves the open session now, under a name where one is given; work without a session gets "
+            "one.",
+            {{"name", text, true}},
+            [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                context.sessions->beginSessionOfOpenWork(*context.controller);
+                return saved(context,
+                             context.sessions->save(*context.controller, call.textIfPresent("name")));
+            }),
         Command::later("loadSession", "Open Session", "Opens a session in place of the work that is open.",
                        {sessionId}, loadSession)
             .when(hasSessions),

@@ -41,7 +41,8 @@ void diagnose(Context& context, const Arguments& arguments) {
     if (arguments.has("--json"))
         context.out << diagnosisJSON(controller).dump(JSON::Layout::pretty) << "\n";
     else
-        context.out << cardsText(controller, context.mayColour) << countsText(controller)
+        context.out << cardsText(controller, context.mayColour) << issuesText(controller, context.mayColour)
+                    << countsText(controller)
                     << (controller.doubts().byGroup.empty() ? "Nothing is in doubt.\n"
                                                             : doubtsText(controller));
 }

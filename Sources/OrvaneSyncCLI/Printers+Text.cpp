@@ -98,21 +98,6 @@ std::string clipsText(const ImportController& controller, bool bold) {
     return table.empty() ? "" : table.text(bold) + "\n";
 }
 
-/// The clips that wait for a decision, with the recordings to choose from.
-std::string issuesText(const ImportController& controller, bool bold) {
-    Table table({{"NOT MATCHED"}, {"STARTS"}, {"LENGTH", Table::Align::right}, {"WHY"}});
-    const bool anySound = hasRecordings(controller);
-    const FileNames& files = controller.work().fileNames();
-    for (const SyncGroup& group : filtered(controller.work().syncGroups(), FilterMode::issues)) {
-        table.add({files.of(group.video), startText(group.video), lengthText(group.video),
-                   whyUnmatched(group, anySound)});
-        for (const AudioMatch& match : group.audioMatches)
-            table.add({"  " + files.of(match.audio) + channelsText(match.audio), startText(match.audio),
-                       lengthText(match.audio), "overlaps " + secondsText(match.overlapDurationSeconds)});
-    }
-    return table.empty() ? "" : table.text(bold) + "\n";
-}
-
 std::string wildTracksText(const ImportController& controller, bool bold) {
     std::vector<const MediaAsset*> recordings;
     for (const WildTrack& track : controller.work().wildTracks()) recordings.push_back(&track.audio);
@@ -157,6 +142,20 @@ void addRecorderFacts(Table& table, const MediaAsset& asset) {
 }
 
 } // namespace
+
+std::string issuesText(const ImportController& controller, bool bold) {
+    Table table({{"NOT MATCHED"}, {"STARTS"}, {"LENGTH", Table::Align::right}, {"WHY"}});
+    const bool anySound = hasRecordings(controller);
+    const FileNames& files = controller.work().fileNames();
+    for (const SyncGroup& group : filtered(controller.work().syncGroups(), FilterMode::issues)) {
+        table.add({files.of(group.video), startText(group.video), lengthText(group.video),
+                   whyUnmatched(group, anySound)});
+        for (const AudioMatch& match : group.audioMatches)
+            table.add({"  " + files.of(match.audio) + channelsText(match.audio), startText(match.audio),
+                       lengthText(match.audio), "overlaps " + secondsText(match.overlapDurationSeconds)});
+    }
+    return table.empty() ? "" : table.text(bold) + "\n";
+}
 
 std::string stateText(const ImportController& controller, bool bold) {
     const auto& scan = controller.scan().scanResult();

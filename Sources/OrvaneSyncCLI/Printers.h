@@ -11,6 +11,8 @@ namespace orvane::cli {
 
 /// The clips as a table, what was found without picture, and a line of counts.
 std::string stateText(const ImportController& controller, bool bold);
+/// The clips that wait for a decision, with the recordings to choose from; empty without any.
+std::string issuesText(const ImportController& controller, bool bold);
 /// A line on what Smart Audio did; empty where it did not run.
 std::string smartAudioText(const ImportController& controller);
 /// Each doubt about the clips with its cure, below how many there are; empty without any.

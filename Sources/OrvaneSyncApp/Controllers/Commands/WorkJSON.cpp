@@ -82,6 +82,8 @@ JSON stateJSON(const ImportController& controller, std::optional<SmartAudioMode>
         state.set("discoveryResult", toJSON(*controller.scan().discoveryResult()));
     if (controller.scan().scanResult()) state.set("scanResult", toJSON(*controller.scan().scanResult()));
     state.set("syncGroups", groupsJSON(controller));
+    if (!controller.work().sourceCorrections().isEmpty())
+        state.set("sourceCorrections", toJSON(controller.work().sourceCorrections()));
     state.set("wildTracks", toJSONArray(controller.work().wildTracks()));
     state.set("displayNames", std::move(names));
     state.set("takes", takesJSON(controller.work().syncGroups()));

@@ -47,12 +47,17 @@ void addProxies(const ImportController& controller, std::vector<std::string>& wa
 /// A card of a kind that no scan reads would otherwise look like an empty one.
 void addUnreadKinds(const ImportController& controller, std::vector<std::string>& warnings) {
     if (!controller.scan().discoveryResult()) return;
-    std::map<std::string, Names> byKind;
-    for (const FileURL& file : controller.scan().discoveryResult()->unreadMedia)
-        byKind[platform::text::uppercased(file.lowercasedExtension())].push_back(file.path);
-    for (const auto& [kind, names] : byKind)
-        warnings.push_back(kind + " files can't be read: " + firstAndMore(names) +
-                           "; convert them to QuickTime, MP4, MXF, WAVE or AIFF");
+    std::map<std::string, int> counts; // by kind
+    Names names;
+    for (const FileURL& file : controller.scan().discoveryResult()->unreadMedia) {
+        ++counts[platform::text::uppercased(file.lowercasedExtension())];
+        names.push_back(file.path);
+    }
+    if (names.empty()) return;
+    Names kinds;
+    for (const auto& [kind, count] : counts) kinds.push_back(std::to_string(count) + " " + kind);
+    warnings.push_back("files of kinds that can't be read: " + platform::text::joined(kinds, ", ") + "; " +
+                       firstAndMore(names) + "; convert them to QuickTime, MP4, MXF, WAVE or AIFF");
 }
 
 /// The file by which the clip got its row; null where the row was found by a reel.

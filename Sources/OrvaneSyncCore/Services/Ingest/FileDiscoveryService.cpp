@@ -92,7 +92,7 @@ void discoverInto(DiscoveryResult& result, const std::string& folder, Exclusions
         }
         if (isExcluded(path)) return;
         if (!kind) {
-            if (platform::isMediaName(path) && !isStillOrProxy(url))
+            if (entry != WalkEntry::directory && platform::isMediaName(path) && !isStillOrProxy(url))
                 result.unreadMedia.push_back(std::move(url));
             return;
         }

@@ -25,7 +25,8 @@ namespace orvane::platform {
 
 namespace {
 
-[[maybe_unused]] constexpr std::size_t mostMemory = std::size_t{512} << 20U;        ///< bytes, of all files that it has open
+[[maybe_unused]] constexpr std::size_t mostMemory = std::size_t{512}
+                                                    << 20U;        ///< bytes, of all files that it has open
 constexpr std::size_t largestAllocation = std::size_t{256} << 20U; ///< bytes, of libav
 /// Seconds. The program that asked gives up before that; this ends a helper whose program is gone.
 constexpr unsigned longestRequest = 30;

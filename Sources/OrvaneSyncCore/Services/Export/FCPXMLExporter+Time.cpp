@@ -133,13 +133,6 @@ double movedSeconds(const MediaAsset& video, const AudioMatch& match, const Matc
             if (std::abs(*own + correction + day - match.syncOffsetSeconds) <
                 std::abs(*own + moved - match.syncOffsetSeconds))
                 moved = correction + day;
-    // Corrections that were changed since, without a scan: then the match alone knows. A label that is read
-    // at another rate by now is less apart.
-    constexpr double rounding = 0.045, mostByRate = 120;
-    const double unexplained = std::abs(*own + moved - match.syncOffsetSeconds);
-    const bool areStartsExact = video.timecodeFrameRate && (match.audio->timecodeFrameRate ||
-                                                            match.audio->bextTimeReference.value_or(0) != 0);
-    if (unexplained > (areStartsExact ? rounding : mostByRate)) return match.syncOffsetSeconds - *own;
     return moved;
 }
 

@@ -94,7 +94,7 @@ void shootADay(Shot& shot, Random& random, int takes, const std::string& name, d
     }
 }
 
-enum class Dates { all, none, half, headersOnly, wrongRecorder, wrongCamera };
+enum class Dates { all, none, half, headersOnly, headersAlone, wrongRecorder, wrongCamera };
 
 TEST(SyncDoubts, TwoDaysNeverMixSilently) {
     const test::ScopedEnvironment zone("TZ", "UTC");
@@ -102,11 +102,13 @@ TEST(SyncDoubts, TwoDaysNeverMixSilently) {
     int wrongInAll = 0;
     for (const unsigned seed : test::seeds(20))
         for (const Dates dates : {Dates::all, Dates::none, Dates::half, Dates::headersOnly,
-                                  Dates::wrongRecorder, Dates::wrongCamera}) {
+                                  Dates::headersAlone, Dates::wrongRecorder, Dates::wrongCamera}) {
             Random random(seed);
             Shot shot;
-            shootADay(shot, random, 60, "1", dates == Dates::all ? 1 : 0.85);
-            shootADay(shot, random, 60, "2", dates == Dates::all ? 1 : 0.85);
+            const bool hasHeaders = dates == Dates::headersOnly || dates == Dates::headersAlone;
+            const int takes = dates == Dates::headersAlone ? 5 : 60; // too few for recordings to collide
+            shootADay(shot, random, takes, "1", dates == Dates::all ? 1 : 0.85);
+            shootADay(shot, random, takes, "2", dates == Dates::all ? 1 : 0.85);
             const auto date = [&](std::vector<MediaAsset>& files, bool isWrong) {
                 for (MediaAsset& file : files) {
                     const bool isDated =
@@ -117,7 +119,8 @@ TEST(SyncDoubts, TwoDaysNeverMixSilently) {
                     const int day = (file.filename[1] == '2' ? 1 : 0) + (isWrong ? 1 : 0);
                     const Date when =
                         first + std::chrono::hours(24 * day) + std::chrono::seconds(std::llround(start));
-                    const bool inHeader = dates == Dates::headersOnly && file.kind == AssetKind::video;
+                    const bool inHeader = hasHeaders && file.kind == AssetKind::video;
+                    if (dates == Dates::headersAlone && !inHeader) continue;
                     if (isDated) (inHeader ? file.headerDate : file.contentCreatedDate) = when;
                 }
             };
@@ -349,6 +352,14 @@ TEST(SyncDoubts, LooksAtEachClip) {
          {with(sound(35990, 90), rate(TimecodeFrameRate::fps29_97, "30000/1001 NDF"))},
          {},
          {.timecodeRate = TimecodeFrameRate::fps29_97d}},
+        {"24 and 23.976",
+         clipAt("/C/A.mov", 3600, 60, TimecodeFrameRate::fps24),
+         {with(sound(3590, 90), rate(TimecodeFrameRate::fps23_976, "24000/1001"))},
+         {timecodeRate}},
+        {"24 and 23.976 half a minute after midnight",
+         clipAt("/C/A.mov", 30, 60, TimecodeFrameRate::fps24),
+         {with(sound(20, 90), rate(TimecodeFrameRate::fps23_976, "24000/1001"))},
+         {}},
         {"cut to the sound", ten, {sound(35990, 40)}, {}, {}, TrimMode::overlap},
         {"a gap while a second recorder ran",
          ten,

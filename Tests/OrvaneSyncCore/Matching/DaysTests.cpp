@@ -92,6 +92,13 @@ TEST(Days, MeetByTheirRule) {
     };
     for (const Case& one : cases)
         EXPECT_EQ(offsets({.days = one.days}, {one.clip}, one.sounds), one.offsets) << one.name;
+
+    MediaAsset header = video("A.mov", "00:00:01:00");
+    header.headerDate = dateFromISO8601("2024-05-18T00:00:01Z");
+    const std::vector<MediaAsset> nights{late, audio("T_240516.wav", "23:59:56:00"),
+                                         audio("T_240517.wav", "00:00:10:00"), audio("T.wav", "00:00:15:00")};
+    EXPECT_EQ(offsets({}, {header}, nights), (Offsets{-6, 14})) << "other nights by the day of the header";
+    EXPECT_EQ(offsets({}, {header}, {nights[2]}), Offsets{9}) << "nothing of its day";
 }
 
 TEST(Days, AWrongClockIsTriedOnlyWhereTheCardMeetsNothing) {

@@ -46,6 +46,7 @@ class ClipDoubts {
         labelOutsideOfRate(*group_.primaryAudio());
         ambiguous();
         dropMix();
+        otherRate();
         if (group_.matchStatus.isSettled()) {
             shortSound();
             cutByTrim();
@@ -129,6 +130,28 @@ class ClipDoubts {
             name_ + " counts " + kind(*own) + " and " + shoot_.nameOf(sound) + " " +
                 kind(*sound.timecodeFrameRate) + "; equal timecodes lie 3.6 s apart after each hour",
             "--tc-rate 29.97DF or --tc-rate 29.97NDF, whichever all were meant to count");
+    }
+
+    /// Labels of one family that were counted at two rates drift apart from midnight on. A start in samples
+    /// was made from such a label at the recorder's rate.
+    void otherRate() {
+        if (shoot_.input.rules.timecodeRate || !clip_.place || clip_.isDecided) return;
+        const auto& own = group_.video.timecodeFrameRate;
+        const MediaAsset& sound = *group_.primaryAudio();
+        const auto& other = sound.timecodeFrameRate;
+        if (!own || !other || !sound.ixmlData || !sound.ixmlData->timecodeRate ||
+            timecodeRate::maxFrames(*own) != timecodeRate::maxFrames(*other))
+            return;
+        const double rate = timecodeRate::rate(*own).doubleValue();
+        const double start = clip_.place->range.startSeconds;
+        const double drift = start * std::abs(rate / timecodeRate::rate(*other).doubleValue() - 1);
+        if (drift * rate < 1) return;
+        add(Kind::timecodeRate,
+            name_ + " counts " + rateText(*own) + " frames a second and " + shoot_.nameOf(sound) + " " +
+                rateText(*other) + ": where they agree on the timecode, they lie " + spanText(drift) +
+                " apart at " + spanText(start) + " after midnight",
+            "--tc-rate " + rateText(*own) + " or --tc-rate " + rateText(*other) +
+                ", whichever all were meant to count");
     }
 
     void shortSound() {

@@ -228,13 +228,6 @@ class ClockDoubts {
                       "--tc-rate " + text},
                      uncovered_);
     }
-    static std::string rateText(TimecodeFrameRate rate) {
-        std::string text =
-            formatted("%.6g", std::round(timecodeRate::rate(rate).doubleValue() * 1000) / 1000);
-        if (text == "29.97" || text == "59.94" || text == "119.88")
-            text += timecodeRate::isDrop(rate) ? "DF" : "NDF";
-        return text;
-    }
 
     // --- a wrong clock
 

@@ -67,7 +67,7 @@ class DayDoubts {
         }
         for (auto& [day, cover] : unused_) cover.finish();
         findFree();
-        daysMayBeMixed_ = daysShareHours(true) || undatedFilesCollide();
+        daysMayBeMixed_ = daysShareHours() || clipsShareHours() || undatedFilesCollide();
         isDateGivenToSeveralShoots_ = givesDateToSeveralShoots();
         platform::StopCheck check(shoot_.stop);
         for (const Shoot::Clip& clip : shoot_.clips) {
@@ -242,28 +242,50 @@ class DayDoubts {
                });
     }
 
-    /// Whether recordings of two days were made at the same hours, so that the time of day does not tell them
-    /// apart. A night that passes midnight is no such case.
-    bool daysShareHours(bool withRecordings) const {
-        std::map<long, TCRange> hours;
-        const auto add = [&](const std::optional<long>& day, const TCRange& range) {
-            if (!day) return;
-            const auto [known, isNew] = hours.try_emplace(*day, range);
-            if (isNew) return;
-            known->second.startSeconds = std::min(known->second.startSeconds, range.startSeconds);
-            known->second.endSeconds = std::max(known->second.endSeconds, range.endSeconds);
-        };
-        if (withRecordings)
-            for (const Recording& recording : shoot_.recordings)
-                add(recording.place.day, recording.place.range);
-        for (const Shoot::Clip& clip : shoot_.clips)
-            if (clip.place) add(clip.place->day, clip.place->range);
+    using Hours = std::map<long, TCRange>; ///< by day, from its first file to its last
+
+    static void addHours(Hours& hours, const std::optional<long>& day, const TCRange& range) {
+        if (!day) return;
+        const auto [known, isNew] = hours.try_emplace(*day, range);
+        if (isNew) return;
+        known->second.startSeconds = std::min(known->second.startSeconds, range.startSeconds);
+        known->second.endSeconds = std::max(known->second.endSeconds, range.endSeconds);
+    }
+    static bool areShared(const Hours& hours) {
         std::vector<TCRange> ranges;
         for (const auto& [day, range] : hours) ranges.push_back(range);
         std::ranges::sort(ranges, {}, &TCRange::startSeconds);
         return std::ranges::adjacent_find(ranges, [](const TCRange& a, const TCRange& b) {
                    return SyncEngine::overlapDuration(a, b).has_value();
                }) != ranges.end();
+    }
+
+    /// Whether files of two days were made at the same hours, so that the time of day does not tell them
+    /// apart. A night that passes midnight is no such case.
+    bool daysShareHours() const {
+        Hours hours;
+        for (const Recording& recording : shoot_.recordings)
+            addHours(hours, recording.place.day, recording.place.range);
+        for (const Shoot::Clip& clip : shoot_.clips)
+            if (clip.place) addHours(hours, clip.place->day, clip.place->range);
+        return areShared(hours);
+    }
+    /// The same of clips alone, by the days of their headers too. Those may count another zone than the
+    /// recordings, but change their day at one time of day for all clips. Sound that lies under a part of its
+    /// clip may belong to the first or last clip of another day.
+    bool clipsShareHours() const {
+        Hours hours;
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            if (!clip.place) continue;
+            const TCRange& range = clip.place->range;
+            addHours(hours, clip.likelyDay(), range);
+            if (clip.isCovered || !clip.primary || (clip.place->day && primaryOf(clip).place.statedDay))
+                continue;
+            const TCRange sound = rangeOf(clip.group->audioMatches.front());
+            addHours(hours, clip.likelyDay(),
+                     {range.startSeconds + sound.startSeconds, range.startSeconds + sound.endSeconds});
+        }
+        return areShared(hours);
     }
 
     /// By the days that the recordings state themselves, and by the clips for recordings that state none.
@@ -274,7 +296,7 @@ class DayDoubts {
         for (const Recording& recording : shoot_.recordings)
             if (const auto stated = recording.place.statedDay)
                 shoots.insert(*stated - (*recording.place.day - *given));
-        return shoots.size() > 1 || daysShareHours(false);
+        return shoots.size() > 1 || clipsShareHours();
     }
 
     /// One recorder cannot have made two recordings at one time: such files are of several days. Recorders

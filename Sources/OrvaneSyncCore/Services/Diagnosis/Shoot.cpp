@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Stop.h"
+#include "Timecode/TimecodeFrameRate.h"
 
 #include <algorithm>
 #include <chrono>
@@ -170,6 +171,13 @@ std::string spanText(double seconds) {
     const double minutes = std::floor(std::fmod(whole, anHour) / aMinute);
     if (whole < anHour) return formatted("%.0f", minutes) + rest;
     return formatted("%.0f h ", std::floor(whole / anHour)) + formatted("%02.0f", minutes) + rest;
+}
+
+std::string rateText(TimecodeFrameRate rate) {
+    std::string text = formatted("%.6g", std::round(timecodeRate::rate(rate).doubleValue() * 1000) / 1000);
+    if (text == "29.97" || text == "59.94" || text == "119.88")
+        text += timecodeRate::isDrop(rate) ? "DF" : "NDF";
+    return text;
 }
 
 } // namespace orvane

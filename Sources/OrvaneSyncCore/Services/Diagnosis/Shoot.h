@@ -86,6 +86,8 @@ std::vector<Card> cardsOf(const std::vector<Shoot::Clip>& clips);
 std::string dayText(long sinceEpoch);
 /// "12.3 s", "4 min 10 s", "1 h 00 min 02 s".
 std::string spanText(double seconds);
+/// "23.976", "29.97DF", as `--tc-rate` reads it.
+std::string rateText(TimecodeFrameRate rate);
 
 void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addDayDoubts(const Shoot& shoot, SyncDoubts& doubts);

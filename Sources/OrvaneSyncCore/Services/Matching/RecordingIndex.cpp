@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Matching/RecordingIndex.h"
 
 #include <algorithm>
+#include <cmath>
 #include <string_view>
 #include <unordered_map>
 
@@ -144,6 +145,7 @@ std::vector<Meeting> DayLine::of(const FilePlace& clip) const {
             std::ranges::stable_sort(meetings, {}, [&](const Meeting& meeting) {
                 return distance(meeting.recording, *clip.headerDay);
             });
+        leaveOtherDaysOut(clip, meetings);
         return meetings;
     }
     std::vector<Hit> hits;
@@ -162,6 +164,22 @@ std::vector<Meeting> DayLine::of(const FilePlace& clip) const {
     sortByRecording(meetings.begin(), meetings.end());
     undated_.append(clip.range, recordings_, true, meetings);
     return meetings;
+}
+
+void DayLine::leaveOtherDaysOut(const FilePlace& clip, std::vector<Meeting>& meetings) const {
+    const auto best = std::ranges::max_element(meetings, {}, &Meeting::overlapSeconds); // the first of equals
+    if (!clip.headerDay || best == meetings.end()) return;
+    const auto isOfDay = [&](const Meeting& meeting) {
+        const FilePlace& sound = recordings_[meeting.recording].place;
+        if (!sound.day) return false;
+        const double apart = static_cast<double>(*sound.day - *clip.headerDay) * secondsADay +
+                             sound.range.startSeconds - clip.range.startSeconds;
+        return std::abs(apart - meeting.offsetSeconds) < 1;
+    };
+    if (!isOfDay(*best)) return;
+    std::erase_if(meetings, [&](const Meeting& meeting) {
+        return recordings_[meeting.recording].place.day && !isOfDay(meeting);
+    });
 }
 
 int DayLine::distance(std::size_t recording, long headerDay) const {

@@ -58,10 +58,12 @@ class DayLine {
     /// `sameDayOnly`: no dated clip meets a recording that began on another day.
     DayLine(const std::vector<Recording>& recordings, bool sameDayOnly);
 
-    /// As `NeighbouringDays::of`.
+    /// As `NeighbouringDays::of`, but a video without a day whose best recording lies on the day of its
+    /// header meets no recordings of other days beside it.
     std::vector<Meeting> of(const FilePlace& clip) const;
 
   private:
+    void leaveOtherDaysOut(const FilePlace& clip, std::vector<Meeting>& meetings) const;
     int distance(std::size_t recording, long headerDay) const;
 
     const std::vector<Recording>& recordings_;

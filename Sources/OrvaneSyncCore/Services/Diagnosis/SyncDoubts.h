@@ -32,8 +32,8 @@ struct SyncDoubts {
     /// What concerns a whole card, in the order of the cards' folders.
     std::vector<CardDoubt> cards;
 
-    /// A clip that is locked, left out of the export or settled by one of its recordings raises no doubt about
-    /// which one it has. Throws Stopped.
+    /// A clip that is locked, left out of the export or settled by one of its recordings raises no doubt
+    /// about which one it has. Throws Stopped.
     static SyncDoubts of(const DoubtInput& input, const std::stop_token& stop = {});
     /// Each doubt once: those of cards, then those of single clips in the order of the clips, with the clips
     /// that share kind and cure in one. The message is that of the first clip, and says how many more.

@@ -168,9 +168,12 @@ TEST(SyncDoubts, FindsTheClockOfACard) {
             ASSERT_TRUE(card) << "seed " << seed << ", " << offset;
             const std::string option = "--sound-offset ";
             ASSERT_TRUE(card->doubt.cure.starts_with(option));
+            const auto end = card->doubt.cure.find("; then check a clap");
+            EXPECT_EQ(end == std::string::npos, card->doubt.message.find("is known to") == std::string::npos);
+            const std::string cure = card->doubt.cure.substr(0, end);
             Shot cured = shot;
             cured.diagnose(MatchRules::of(MatchingDays::automatic,
-                                          {.soundOffset = card->doubt.cure.substr(option.size())},
+                                          {.soundOffset = cure.substr(option.size())},
                                           TimecodeFrameRate::fps25));
             EXPECT_EQ(std::ranges::count_if(cured.groups, [](const auto& group) { return group.isMOS(); }), 0)
                 << "seed " << seed << ": " << card->doubt.message;
@@ -230,6 +233,21 @@ TEST(SyncDoubts, FindsTheClockOfOneCardAmongOthers) {
                   .find("--sound-date 2024-05-17 --sound-offset 01:00:00:00"),
               0U)
         << "25 hours";
+    for (const double ahead : {1.0, 0.0}) { // of a second camera
+        Shot second;
+        takes(second, "2024-05-17", 9, "A", 0);
+        for (int i = 0; i < 12; ++i) {
+            const double start = TimecodeUtils::tcToSeconds(*second.videos[i].startTimecodeString, 25);
+            second.videos.push_back(
+                clipAt("/B CAM/B" + std::to_string(i) + ".mov", start + ahead * hour, 60));
+        }
+        second.date(second.videos, "2024-05-17");
+        const bool isHour = ahead == 1;
+        EXPECT_EQ(cureOf(second),
+                  isHour ? "--sound-offset 01:00:00:00 in a scan of this card alone (--exclude 'CAM')"
+                         : "none")
+            << ahead;
+    }
     takes(film, nullptr, 9, "A", 1);
     for (MediaAsset& video : film.videos) {
         const double start = TimecodeUtils::tcToSeconds(*video.startTimecodeString, 25);
@@ -282,6 +300,14 @@ TEST(SyncDoubts, FindsARateAndADate) {
     ASSERT_TRUE(dated.card(Kind::otherDateFits));
     EXPECT_TRUE(dated.card(Kind::otherDateFits)->doubt.cure.starts_with("--sound-date 2024-05-17"));
     EXPECT_EQ(dated.card(Kind::otherDateFits)->groupIDs.size(), 8U);
+    for (std::size_t i = 0; i < dated.videos.size(); ++i) { // a header in UTC changes its day among the clips
+        dated.videos[i].contentCreatedDate.reset();
+        dated.videos[i].headerDate = dateFromISO8601(i < 4 ? "2024-05-17T23:00:00Z" : "2024-05-18T01:00:00Z");
+    }
+    for (const char* given : {"2024-05-17T00:00:00Z", "2024-05-18T00:00:00Z"}) {
+        dated.diagnose({.soundDay = dayNumber(*dateFromISO8601(given))});
+        EXPECT_FALSE(dated.card(Kind::otherDateFits)) << given << " serves all clips";
+    }
 
     Shot clean; // silent pictures of the first day, at hours of the second one's sound
     for (int i = 0; i < 16; ++i) {

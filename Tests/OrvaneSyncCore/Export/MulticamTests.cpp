@@ -104,6 +104,21 @@ TEST(MulticamClusters, LieWhereMatchingLaysThem) {
               "a b")
         << "dated by their ends and by their starts";
 
+    const auto headed = [](const char* filename, const char* start, Date date) {
+        return changed(camera(filename, start, 20), [&](SyncGroup& group) { group.video.headerDate = date; });
+    };
+    const auto hours = [](int count) { return std::chrono::hours(count); };
+    EXPECT_EQ(clustersOf({headed("a.mov", "10:00:00:00", Date{} + hours(34)),
+                          headed("b.mov", "10:00:01:00", Date{} + hours(58)),
+                          dated("c.mov", "10:00:02:00", Date{} + hours(58)),
+                          dated("d.mov", "10:00:03:00", Date{} + hours(34)),
+                          headed("e.mov", "10:00:04:00", Date{} + hours(42))}),
+              "a d e | b c")
+        << "two days; e counts UTC";
+    EXPECT_EQ(clustersOf({headed("a.mov", "23:59:50:00", midnight + std::chrono::seconds(10)),
+                          headed("b.mov", "23:59:52:00", midnight - std::chrono::seconds(8))}),
+              "a b");
+
     // Camera a states 29.97, and all counted at 25.
     const SyncGroupList cameras{
         changed(camera("a.mov"),

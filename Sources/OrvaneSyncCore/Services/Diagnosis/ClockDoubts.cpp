@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/OffsetWindows.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Stop.h"
@@ -40,49 +41,11 @@ struct Found {
     int recordings = 0;
 };
 
-/// An offset of one card's recordings.
-struct Offset {
+/// An offset that is claimed, and how far it may be wrong.
+struct Claim {
     double seconds = 0;
-    int depth = 0;           ///< clips that it finds sound for, of those that were looked at
-    double widthSeconds = 0; ///< how far it may move and still find the same
+    double widthSeconds = 0; ///< 0 for what people set clocks wrong by
 };
-
-/// Offsets by which one recording comes to lie under one clip.
-struct Window {
-    double first, last;
-    std::size_t clip;
-};
-
-Offset deepest(const std::vector<Window>& windows, std::size_t clipCount) {
-    struct Edge {
-        double at;
-        bool isEnd;
-        std::size_t clip;
-    };
-    std::vector<Edge> edges;
-    edges.reserve(2 * windows.size());
-    for (const Window& window : windows) {
-        edges.push_back({window.first, false, window.clip});
-        edges.push_back({window.last, true, window.clip});
-    }
-    std::ranges::sort(
-        edges, [](const Edge& a, const Edge& b) { return a.at != b.at ? a.at < b.at : a.isEnd < b.isEnd; });
-    std::vector<int> open(clipCount);
-    Offset best;
-    int depth = 0;
-    for (std::size_t i = 0; i < edges.size(); ++i) {
-        int& count = open[edges[i].clip];
-        if (edges[i].isEnd) {
-            if (--count == 0) --depth;
-            continue;
-        }
-        if (count++ == 0) ++depth;
-        if (depth <= best.depth || i + 1 >= edges.size()) continue;
-        const double width = edges[i + 1].at - edges[i].at;
-        best = {edges[i].at + width / 2, depth, width};
-    }
-    return best;
-}
 
 TCRange onLine(const FilePlace& place) {
     return moved(place.range, static_cast<double>(place.day.value_or(0)) * secondsADay);
@@ -140,6 +103,10 @@ class ClockDoubts {
         for (const Card& card : wrong) {
             platform::throwIfStopped(shoot_.stop);
             offsetOf(card);
+        }
+        for (const Card& card : cardsOf(shoot_.clips)) {
+            platform::throwIfStopped(shoot_.stop);
+            offsetOfClips(card);
         }
     }
 
@@ -326,53 +293,125 @@ class ClockDoubts {
         return moved(hours, offset);
     }
 
-    void offsetOf(const Card& card) {
-        std::vector<const Shoot::Clip*> clips;
-        for (const Shoot::Clip* clip : uncovered_)
-            if (mayMeet(card, *clip)) clips.push_back(clip);
-        const std::size_t step = clips.size() * card.files.size() / mostPairs + 1;
-        std::vector<Window> windows;
+    /// From where one of the two lies under all of the other to where it does so last.
+    static std::optional<OffsetWindow> windowOf(const Shoot::Clip& clip, const FilePlace& sound,
+                                                std::size_t number) {
+        const auto start = apart(clip, sound);
+        if (!start) return std::nullopt;
+        const double end = *start + clip.place->range.durationSeconds() - sound.range.durationSeconds();
+        const auto [first, last] = std::minmax(*start, end);
+        return OffsetWindow{first - coverSlackSeconds, last + coverSlackSeconds, number};
+    }
+
+    /// What brings the recordings under the clips, where it is no chance. `expectedAt` gives, for an offset,
+    /// how many of the clips that are looked at ought to find sound.
+    template <class ExpectedAt>
+    std::optional<Claim> commonOffset(const std::vector<const Shoot::Clip*>& clips,
+                                      const std::vector<std::size_t>& files,
+                                      const ExpectedAt& expectedAt) const {
+        const std::size_t step = clips.size() * files.size() / mostPairs + 1;
+        std::vector<OffsetWindow> windows;
         std::vector<const Shoot::Clip*> looked;
         for (std::size_t i = 0; i < clips.size(); i += step) {
-            for (const std::size_t file : card.files) {
-                const FilePlace& sound = shoot_.recordings[file].place;
-                const auto start = apart(*clips[i], sound);
-                if (!start) continue;
-                // From where one of the two lies under all of the other to where it does so last.
-                const double end =
-                    *start + clips[i]->place->range.durationSeconds() - sound.range.durationSeconds();
-                const auto [first, last] = std::minmax(*start, end);
-                windows.push_back({first - coverSlackSeconds, last + coverSlackSeconds, looked.size()});
-            }
+            for (const std::size_t file : files)
+                if (const auto window = windowOf(*clips[i], shoot_.recordings[file].place, looked.size()))
+                    windows.push_back(*window);
             looked.push_back(clips[i]);
         }
-        if (windows.empty()) return;
-        const Offset best = deepest(windows, looked.size());
-        const TCRange hours = hoursOf(card, best.seconds);
-        const auto expected = std::ranges::count_if(
-            looked, [&](const Shoot::Clip* clip) { return isWithin(hours, card, *clip); });
-        if (best.depth < fewest || best.depth < majority * static_cast<double>(expected)) return;
+        if (windows.empty()) return std::nullopt;
+        const DeepestOffset best = deepest(windows, looked.size());
+        const auto expected = expectedAt(best.seconds, looked);
+        if (best.depth < fewest || best.depth < majority * static_cast<double>(expected)) return std::nullopt;
 
         const auto [offset, isNice] = nicest(windows, looked.size(), best);
         const auto byChance = chanceOf(windows, best);
         const double niceShare = isNice ? std::min(1.0, best.widthSeconds / niceStepSeconds) : 1;
-        if (byChance * niceShare > chance::smallest) return;
-        tellOffset(card, offset);
+        if (byChance * niceShare > chance::smallest) return std::nullopt;
+        return Claim{offset, isNice ? 0 : best.widthSeconds};
+    }
+
+    void offsetOf(const Card& card) {
+        std::vector<const Shoot::Clip*> clips;
+        for (const Shoot::Clip* clip : uncovered_)
+            if (mayMeet(card, *clip)) clips.push_back(clip);
+        const auto claim = commonOffset(
+            clips, card.files, [&](double offset, const std::vector<const Shoot::Clip*>& looked) {
+                const TCRange hours = hoursOf(card, offset);
+                return std::ranges::count_if(
+                    looked, [&](const Shoot::Clip* clip) { return isWithin(hours, card, *clip); });
+            });
+        if (claim) tellOffset(card, *claim);
+    }
+
+    /// A camera's clock against recordings that lie right under the clips of others.
+    void offsetOfClips(const Card& card) {
+        std::vector<const Shoot::Clip*> clips;
+        int covered = 0;
+        for (const std::size_t file : card.files) {
+            const Shoot::Clip& clip = shoot_.clips[file];
+            if (clip.isDecided || clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
+            const auto told = doubts_.byGroup.find(clip.group->id);
+            if (told != doubts_.byGroup.end() &&
+                std::ranges::count(told->second, Kind::constantOffset, &SyncDoubt::kind) > 0)
+                return;
+            if (clip.isCovered)
+                ++covered;
+            else
+                clips.push_back(&clip);
+        }
+        if (std::cmp_less(clips.size(), fewest)) return;
+        std::vector<std::size_t> files;
+        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
+            if (!isSuspected_[i]) files.push_back(i);
+        const auto claim =
+            commonOffset(clips, files,
+                         [](double, const std::vector<const Shoot::Clip*>& looked) { return looked.size(); });
+        if (!claim) return;
+        std::set<std::size_t> used;
+        std::vector<const Shoot::Clip*> found;
+        for (const Shoot::Clip* clip : clips) {
+            const auto sound = std::ranges::find_if(files, [&](std::size_t file) {
+                const auto window = windowOf(*clip, shoot_.recordings[file].place, 0);
+                return window && window->first <= claim->seconds && claim->seconds <= window->last;
+            });
+            if (sound == files.end()) continue;
+            found.push_back(clip);
+            used.insert(*sound);
+        }
+        if (std::cmp_less(used.size(), fewest) || static_cast<double>(found.size()) <= clearly * covered)
+            return;
+        std::vector<std::string> others;
+        for (const Shoot::Clip& clip : shoot_.clips) others.push_back(clip.group->video.url.path);
+        addCardDoubt(doubts_,
+                     {Kind::constantOffset,
+                      "the clips in '" + card.folder + "' are " + spanText(std::abs(claim->seconds)) +
+                          (claim->seconds > 0 ? " late" : " early") +
+                          " against recordings that fit other clips: with these moved by that, " +
+                          std::to_string(found.size()) + " of " +
+                          counted(static_cast<long long>(clips.size()), "clip", "clips") +
+                          " without all of their sound would match" + knownTo(*claim),
+                      cureOf({card.folder, std::nullopt, {}}, claim->seconds) + inAScanOf(card, others) +
+                          clapAfter(*claim)},
+                     found);
+    }
+
+    /// Of offsets that people do not set clocks by, all within the width fit as well.
+    bool isGuess(const Claim& claim) const {
+        return claim.widthSeconds * timecodeRate::frameRateForRealTimeCalculation(rate_) > 1;
+    }
+    std::string knownTo(const Claim& claim) const {
+        return isGuess(claim) ? "; the offset is known to " + spanText(claim.widthSeconds) + " only" : "";
+    }
+    std::string clapAfter(const Claim& claim) const {
+        return isGuess(claim) ? "; then check a clap and set the frames" : "";
     }
 
     static constexpr double niceStepSeconds = 1800;
 
-    static int depthAt(const std::vector<Window>& windows, std::size_t clipCount, double offset) {
-        std::vector<bool> isFound(clipCount);
-        for (const Window& window : windows)
-            if (window.first <= offset && offset <= window.last) isFound[window.clip] = true;
-        return static_cast<int>(std::ranges::count(isFound, true));
-    }
-
     /// Whole hours go before half ones, these before whole seconds: of all offsets that find sound for the
     /// same clips, what people set their clocks wrong by.
-    std::pair<double, bool> nicest(const std::vector<Window>& windows, std::size_t clipCount,
-                                   const Offset& best) const {
+    std::pair<double, bool> nicest(const std::vector<OffsetWindow>& windows, std::size_t clipCount,
+                                   const DeepestOffset& best) const {
         constexpr double anHour = 3600;
         const double hourOfLabels = labelSeconds(anHour);
         std::optional<std::pair<double, bool>> nice;
@@ -401,20 +440,8 @@ class ClockDoubts {
         return Timecode({0, 0, 0, count, 0, 0}, rate_).realTimeValue();
     }
 
-    /// That the best of all offsets finds sound for so many clips although the two have nothing to do with
-    /// each other: the windows would then lie anywhere.
-    static double chanceOf(const std::vector<Window>& windows, const Offset& best) {
-        double sum = 0, first = std::numeric_limits<double>::infinity(), last = -first;
-        for (const Window& window : windows) {
-            sum += window.last - window.first;
-            first = std::min(first, window.first);
-            last = std::max(last, window.last);
-        }
-        const double mean = last > first ? sum / (last - first) : static_cast<double>(windows.size());
-        return static_cast<double>(windows.size()) * chance::atLeast(best.depth - 1, mean);
-    }
-
-    void tellOffset(const Card& card, double offset) {
+    void tellOffset(const Card& card, const Claim& claim) {
+        const double offset = claim.seconds;
         Cover as, shifted;
         for (const std::size_t file : card.files) {
             as.add(laid(card, file), file);
@@ -450,8 +477,9 @@ class ClockDoubts {
                  std::to_string(found.size()) + " of " +
                  counted(static_cast<long long>(withoutSound), "clip", "clips") +
                  " without all of their sound would match" +
-                 (lost > 0 ? ", and " + counted(lost, "clip", "clips") + " would lose other sound" : ""),
-             cureOf(card, offset) + (lost > 0 ? inAScanOf(card) : "")},
+                 (lost > 0 ? ", and " + counted(lost, "clip", "clips") + " would lose other sound" : "") +
+                 knownTo(claim),
+             cureOf(card, offset) + (lost > 0 ? inAScanOf(card, recordingPaths()) : "") + clapAfter(claim)},
             found);
     }
     static std::optional<std::size_t> cover(const Cover& sound, const Card& card, const Shoot::Clip& clip) {
@@ -482,11 +510,15 @@ class ClockDoubts {
         }
         return date + (date.empty() ? "" : " ") + "--sound-offset " + offsetText(total, rate_);
     }
-    /// The folders of other recordings, by the names in which their paths begin to differ.
-    std::string inAScanOf(const Card& card) const {
+    std::vector<std::string> recordingPaths() const {
+        std::vector<std::string> paths;
+        for (const Recording& recording : shoot_.recordings) paths.push_back(recording.asset->url.path);
+        return paths;
+    }
+    /// With the folders of the other files, by the names in which their paths begin to differ.
+    static std::string inAScanOf(const Card& card, const std::vector<std::string>& paths) {
         std::set<std::string> others;
-        for (const Recording& recording : shoot_.recordings) {
-            const std::string& path = recording.asset->url.path;
+        for (const std::string& path : paths) {
             const auto own = std::ranges::mismatch(card.folder + "/", path).in2;
             const auto first = std::find(std::make_reverse_iterator(own), path.rend(), '/').base();
             const auto last = std::find(first, path.end(), '/');

@@ -159,6 +159,8 @@ class DayDoubts {
         for (const std::size_t file : card.files) {
             const Shoot::Clip& clip = shoot_.clips[file];
             if (clip.isDecided || clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
+            // Where a date was given, it has served what has its sound.
+            if (shoot_.input.rules.soundDay && clip.isCovered) continue;
             clips.push_back(&clip);
             first = std::min(first, clip.place->range.startSeconds);
             last = std::max(last, clip.place->range.endSeconds);

@@ -3,6 +3,8 @@
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cmath>
 
 namespace orvane::FCPXMLExporter {
 
@@ -11,25 +13,45 @@ namespace {
 /// A clip that can be an angle, where it lies.
 struct Candidate {
     std::optional<FilePlace> place;
+    std::optional<Date> when; ///< by the header, else by the day and the timecode
     bool isClaimed = false;
 
     bool maySharePlaceWith(const Candidate& other) const {
-        return !isClaimed && !other.isClaimed &&
-               (!place->day || !other.place->day || *place->day == *other.place->day);
+        return !isClaimed && !other.isClaimed && mayBeOfOneDay(other);
+    }
+
+  private:
+    /// A header may count another zone or lie behind midnight: between files that have no days to compare,
+    /// half a day tells two days from one.
+    bool mayBeOfOneDay(const Candidate& other) const {
+        if (place->day && other.place->day) return *place->day == *other.place->day;
+        return !when || !other.when || std::chrono::abs(*when - *other.when) < std::chrono::hours(12);
     }
 };
+
+std::optional<Date> whenShot(const MediaAsset& video, const FilePlace& place, calendar::DayStarts& starts) {
+    if (video.headerDate) return video.headerDate;
+    const auto stated = video.shootDay(starts);
+    if (!stated || !place.day) return std::nullopt;
+    constexpr long hoursADay = 24;
+    return *stated + std::chrono::hours(hoursADay * (*place.day - dayNumber(*stated))) +
+           std::chrono::seconds(std::lround(place.range.startSeconds));
+}
 
 } // namespace
 
 std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const SyncGroup*>& groups,
                                                        const MatchRules& rules) {
     Places places(rules);
+    calendar::DayStarts starts;
     std::vector<Candidate> candidates(groups.size());
     RangeIndex index;
     for (std::size_t i = 0; i < groups.size(); ++i) {
         if (groups[i]->isExcludedFromMulticam()) continue;
         candidates[i].place = places.of(groups[i]->video);
-        if (candidates[i].place) index.add(candidates[i].place->range, i);
+        if (!candidates[i].place) continue;
+        candidates[i].when = whenShot(groups[i]->video, *candidates[i].place, starts);
+        index.add(candidates[i].place->range, i);
     }
     index.finish();
 

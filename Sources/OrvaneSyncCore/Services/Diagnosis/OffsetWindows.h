@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace orvane {
+
+/// An offset of one card's recordings.
+struct DeepestOffset {
+    double seconds = 0;
+    int depth = 0;           ///< clips that it finds sound for, of those that were looked at
+    double widthSeconds = 0; ///< how far it may move and still find the same
+};
+
+/// Offsets by which one recording comes to lie under one clip.
+struct OffsetWindow {
+    double first, last;
+    std::size_t clip;
+};
+
+/// The offset in most clips' windows, in the middle of where they meet.
+DeepestOffset deepest(const std::vector<OffsetWindow>& windows, std::size_t clipCount);
+/// How many clips have a window there.
+int depthAt(const std::vector<OffsetWindow>& windows, std::size_t clipCount, double offset);
+/// That the best of all offsets finds sound for so many clips although the two have nothing to do with
+/// each other: the windows would then lie anywhere.
+double chanceOf(const std::vector<OffsetWindow>& windows, const DeepestOffset& best);
+
+} // namespace orvane

@@ -298,7 +298,10 @@ TEST(SyncDoubts, FindsARateAndADate) {
     for (MediaAsset& audio : dated.audios) audio.contentCreatedDate = dateFromISO8601("2000-01-01T12:00:00Z");
     dated.diagnose();
     ASSERT_TRUE(dated.card(Kind::otherDateFits));
-    EXPECT_TRUE(dated.card(Kind::otherDateFits)->doubt.cure.starts_with("--sound-date 2024-05-17"));
+    EXPECT_TRUE(dated.card(Kind::otherDateFits)
+                    ->doubt.cure.starts_with("--sound-date 2024-05-17 in a scan of this day alone "
+                                             "(--video '/CAM' --audio '/SOUND')"))
+        << dated.card(Kind::otherDateFits)->doubt.cure;
     EXPECT_EQ(dated.card(Kind::otherDateFits)->groupIDs.size(), 8U);
     for (std::size_t i = 0; i < dated.videos.size(); ++i) { // a header in UTC changes its day among the clips
         dated.videos[i].contentCreatedDate.reset();

@@ -20,8 +20,6 @@ using Kind = SyncDoubt::Kind;
 using TCRange = SyncEngine::TCRange;
 
 constexpr double secondsADay = 86400;
-// A date is given to all recordings of a scan.
-constexpr const char* dayAlone = " in a scan of this day alone";
 // Of what one clip meets, two recordings that share less than this of the longer one were not made together.
 constexpr double togetherShare = 0.5;
 
@@ -47,6 +45,13 @@ bool mayBeOneRecorder(const MediaAsset& a, const MediaAsset& b) {
            !SplitRecordingDetector::areKnownToDiffer(tape(a), tape(b)) && patternOf(a) == patternOf(b);
 }
 
+/// As a shell reads it.
+std::string quoted(std::string_view text) {
+    std::string result = "'";
+    for (const char c : text) result += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return result + "'";
+}
+
 /// Whether the day of a clip's sound can be relied on, and what speaks against it.
 class DayDoubts {
   public:
@@ -66,6 +71,11 @@ class DayDoubts {
                 unused_[*recording.place.day].add(recording.place.range, i);
         }
         for (auto& [day, cover] : unused_) cover.finish();
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            if (!clip.place) continue;
+            clipDays_[folderOf(clip.group->video)].insert(clip.likelyDay());
+            if (clip.primary) soundDays_[folderOf(*primaryOf(clip).asset)].insert(clip.likelyDay());
+        }
         findFree();
         daysMayBeMixed_ = daysShareHours() || clipsShareHours() || undatedFilesCollide();
         isDateGivenToSeveralShoots_ = givesDateToSeveralShoots();
@@ -82,6 +92,20 @@ class DayDoubts {
     }
 
   private:
+    using DaysByFolder = std::map<std::string_view, std::set<std::optional<long>>>;
+
+    /// A date is given to all recordings of a scan. Folders are named where they hold no other day; that of
+    /// the sound only where the sound says what day it is of.
+    std::string dayAlone(std::optional<long> day, std::string_view clips, std::string_view sound = {}) const {
+        const auto option = [&](const DaysByFolder& days, std::string_view folder, bool mayBeUnused) {
+            const auto found = days.find(folder);
+            const bool isOfDay = found == days.end() ? mayBeUnused : found->second == std::set{day};
+            return day && !folder.empty() && isOfDay ? quoted(folder) : std::string("FOLDER");
+        };
+        return " in a scan of this day alone (--video " + option(clipDays_, clips, false) + " --audio " +
+               option(soundDays_, sound, true) + ")";
+    }
+
     const Recording& primaryOf(const Shoot::Clip& clip) const { return shoot_.recordings[*clip.primary]; }
 
     void doubt(const Shoot::Clip& clip, Kind kind, std::string message, std::string cure) {
@@ -92,14 +116,15 @@ class DayDoubts {
         const Recording& sound = primaryOf(clip);
         const std::string names = shoot_.nameOf(*sound.asset) + " under " + shoot_.nameOf(clip.group->video);
         const auto recorded = sound.place.day, filmed = clip.likelyDay();
+        const std::string_view clips = folderOf(clip.group->video);
         if (isDateGivenToSeveralShoots_ && !(filmed && sound.place.statedDay == filmed))
-            return doubt(clip, Kind::otherDay,
-                         names + " has its date by --sound-date alone, and the files here are of more than " +
-                             "one shoot" +
-                             (sound.place.statedDay
-                                  ? ": the recording itself says " + dayText(*sound.place.statedDay)
-                                  : ""),
-                         "--sound-date " + (filmed ? dayText(*filmed) : "YYYY-MM-DD") + dayAlone);
+            return doubt(
+                clip, Kind::otherDay,
+                names + " has its date by --sound-date alone, and the files here are of more than " +
+                    "one shoot" +
+                    (sound.place.statedDay ? ": the recording itself says " + dayText(*sound.place.statedDay)
+                                           : ""),
+                "--sound-date " + (filmed ? dayText(*filmed) : "YYYY-MM-DD") + dayAlone(filmed, clips));
         if (clip.place->day && recorded) {
             const double apart = static_cast<double>(*recorded - *clip.place->day) * secondsADay +
                                  sound.place.range.startSeconds - clip.place->range.startSeconds;
@@ -113,12 +138,12 @@ class DayDoubts {
                          names + " fits by the time of day alone: " + undated +
                              " has no date, and the files here are of more than one day",
                          "scan each day by itself, give the recordings' day with --sound-date YYYY-MM-DD" +
-                             std::string(dayAlone) + ", or lock the clip where it is right");
+                             dayAlone(filmed, clips) + ", or lock the clip where it is right");
         }
         doubt(clip, Kind::otherDay,
               names + " is of " + dayText(*recorded) + ", and the clip is of " + dayText(*filmed) +
                   "; they fit by the time of day alone",
-              "--sound-date " + dayText(*filmed) + dayAlone +
+              "--sound-date " + dayText(*filmed) + dayAlone(filmed, clips, folderOf(*sound.asset)) +
                   " if the recorder's date is wrong, --days same to leave such sound out");
     }
 
@@ -141,7 +166,8 @@ class DayDoubts {
               shoot_.nameOf(clip.group->video) + " of " + dayText(*clip.place->day) + " has no sound, and " +
                   shoot_.nameOf(*sound.asset) + " of " + dayText(*sound.place.day) +
                   " lies under all of it by the time of day",
-              "--sound-date " + dayText(*clip.place->day) + dayAlone +
+              "--sound-date " + dayText(*clip.place->day) +
+                  dayAlone(clip.place->day, folderOf(clip.group->video), folderOf(*sound.asset)) +
                   " if the recorder's date is wrong, or " +
                   (distance == 1 ? "--days neighbours" : "attach the recording by hand"));
     }
@@ -190,16 +216,22 @@ class DayDoubts {
         if (explained >= other.clips) return;
         if (other.clips < fewest || other.clips < majority * count || other.clips <= clearly * own.clips)
             return;
+        std::set<std::string_view> folders;
+        for (const Recording& recording : shoot_.recordings)
+            if (recording.place.day == other.day) folders.insert(folderOf(*recording.asset));
         const double share = soundOf(other.day).shareOf(first, last);
         if (chance::atLeast(other.clips, count, share) > chance::smallest) return;
-        addCardDoubt(doubts_,
-                     {Kind::otherDateFits,
-                      "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +
-                          std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
-                          " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
-                          " those of their own day",
-                      "--sound-date " + dayText(own.day) + dayAlone + "; one of the two dates is wrong"},
-                     clips);
+        addCardDoubt(
+            doubts_,
+            {Kind::otherDateFits,
+             "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +
+                 std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
+                 " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
+                 " those of their own day",
+             "--sound-date " + dayText(own.day) +
+                 dayAlone(own.day, card.folder, folders.size() == 1 ? *folders.begin() : std::string_view()) +
+                 "; one of the two dates is wrong"},
+            clips);
     }
 
     /// Of days whose recordings mostly lie under clips of that day, the date is right, and those recordings
@@ -333,6 +365,8 @@ class DayDoubts {
 
     const Shoot& shoot_;
     SyncDoubts& doubts_;
+    DaysByFolder clipDays_;        ///< of the clips in it
+    DaysByFolder soundDays_;       ///< of the clips whose first recording is in it
     std::map<long, Cover> byDay_;  ///< of the recordings, seconds since midnight
     std::map<long, Cover> unused_; ///< of those that no clip has
     std::map<long, Cover> free_;   ///< of days with clips of their own, of those that lie under none

@@ -17,11 +17,6 @@ namespace {
 
 using TCRange = SyncEngine::TCRange;
 
-std::string_view folderOf(const MediaAsset& asset) {
-    const std::string& path = asset.url.path;
-    return std::string_view(path).substr(0, path.rfind('/'));
-}
-
 template <class Items, class Describe>
 std::vector<Card> cards(const Items& items, const Describe& describe) {
     std::map<std::pair<std::string_view, std::optional<long>>, std::vector<std::size_t>> byFolder;
@@ -48,6 +43,11 @@ bool isDecidedAlone(const SyncGroup& group) {
 }
 
 } // namespace
+
+std::string_view folderOf(const MediaAsset& asset) {
+    const std::string& path = asset.url.path;
+    return std::string_view(path).substr(0, path.rfind('/'));
+}
 
 bool isCovered(const SyncGroup& group, double clipSeconds, double movedBySeconds) {
     std::vector<TCRange> ranges;

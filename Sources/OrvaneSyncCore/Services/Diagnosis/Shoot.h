@@ -82,6 +82,8 @@ std::vector<Card> cardsOf(const std::vector<Recording>& recordings);
 /// By `likelyDay`. Clips without a place are on no card.
 std::vector<Card> cardsOf(const std::vector<Shoot::Clip>& clips);
 
+/// Without the file's name and the slash before it.
+std::string_view folderOf(const MediaAsset& asset);
 /// "2024-05-17".
 std::string dayText(long sinceEpoch);
 /// "12.3 s", "4 min 10 s", "1 h 00 min 02 s".

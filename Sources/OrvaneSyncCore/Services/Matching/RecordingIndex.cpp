@@ -168,7 +168,7 @@ std::vector<Meeting> DayLine::of(const FilePlace& clip) const {
 
 void DayLine::leaveOtherDaysOut(const FilePlace& clip, std::vector<Meeting>& meetings) const {
     const auto best = std::ranges::max_element(meetings, {}, &Meeting::overlapSeconds); // the first of equals
-    if (!clip.headerDay || best == meetings.end()) return;
+    if (!clip.isHeaderClose || best == meetings.end()) return;
     const auto isOfDay = [&](const Meeting& meeting) {
         const FilePlace& sound = recordings_[meeting.recording].place;
         if (!sound.day) return false;

@@ -141,7 +141,10 @@ std::optional<FilePlace> Places::of(const MediaAsset& asset) {
     FilePlace place;
     place.statedDay = dayOf(asset, *range);
     place.day = asset.kind == AssetKind::audio && rules_.soundDay ? rules_.soundDay : place.statedDay;
-    if (!place.day && asset.headerDate) place.headerDay = dayNumber(*asset.headerDate);
+    if (!place.day && asset.headerDate) {
+        place.headerDay = dayNumber(*asset.headerDate);
+        place.isHeaderClose = daysBefore(secondOfDay(*asset.headerDate), *range).has_value();
+    }
     if (asset.kind == AssetKind::audio) {
         range->startSeconds += rules_.soundOffsetSeconds;
         range->endSeconds += rules_.soundOffsetSeconds;

@@ -21,6 +21,7 @@ struct FilePlace {
     /// that of the end of a clip which passed midnight.
     std::optional<long> day = {};
     std::optional<long> headerDay = {}; ///< of the time in the container's header; of a clip without a day
+    bool isHeaderClose = false;         ///< the time of day of the header is that of the timecode
     std::optional<long> statedDay = {}; ///< as `day`, by what the file says, whatever is corrected
 };
 

@@ -125,7 +125,8 @@ TEST_F(CardsTest, aTableOfOneCardIsGoodForTheWholeShoot) {
     std::filesystem::copy(at("sound/DAY1_T01.WAV"), at("day2/DAY1_T01.WAV"));
     const Outcome sync = runWith({"sync", folder_.path(), "-o", at("out.fcpxml"), "--apply", table,
                                   "--exclude", "day2/*", "--no-smart-audio"});
-    EXPECT_EQ(sync.err, "The review changes 0 clips.\n");
+    EXPECT_TRUE(sync.err.starts_with("The review changes 0 clips.\nwarning: not in the document: "))
+        << sync.err;
 }
 
 } // namespace

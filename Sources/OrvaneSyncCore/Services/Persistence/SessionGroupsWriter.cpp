@@ -43,10 +43,6 @@ SessionGroupsWriter::Written SessionGroupsWriter::write(const UUID& id, const Sy
         if (const auto there = files::attributes(path))
             return {.areOutdated = !session.file || !isSameFile(*session.file, *there)};
 
-    // Clips that could not be read this time may be readable the next time, and there is nothing to say
-    // instead.
-    if (session.isUnreadable && groups.empty() && !isEmptiedByEdit && files::exists(path)) return {};
-
     const std::string folder = store_.folderOf(id);
     const platform::FileLock lock = platform::FileLock::ofFolder(folder);
     if (!session.isTidied) files::removeAbandonedTemporaries(folder);

@@ -62,13 +62,11 @@ void TimeOfDayIndex::append(const TCRange& clip, const std::vector<Recording>& r
         const auto sameDay = meetings.size();
         look(secondsADay);
         look(-secondsADay);
-        // Only a recording of almost a day meets a clip twice.
+        // Only a clip or a recording of almost a day meets the other twice; then on its own day.
         if (meetings.size() > sameDay) {
             const auto own = meetings.begin() + static_cast<std::ptrdiff_t>(first);
-            std::sort(own, meetings.end(), [](const Meeting& a, const Meeting& b) {
-                return a.recording != b.recording ? a.recording < b.recording
-                                                  : a.overlapSeconds > b.overlapSeconds;
-            });
+            std::stable_sort(own, meetings.end(),
+                             [](const Meeting& a, const Meeting& b) { return a.recording < b.recording; });
             meetings.erase(
                 std::unique(own, meetings.end(),
                             [](const Meeting& a, const Meeting& b) { return a.recording == b.recording; }),

@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Ingest/ProbeCacheFile.h"
+#include "OrvaneSyncCore/Utilities/QuickHash.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -14,16 +14,17 @@ namespace {
 using test::VirtualMainThread;
 
 std::string endOf(const Task& task) {
-    std::string end = "runs";
-    task.whenDone([&](const std::exception_ptr& raised) {
-        end = "done";
+    // A task that runs calls back later.
+    const auto end = std::make_shared<std::string>("runs");
+    task.whenDone([end](const std::exception_ptr& raised) {
+        *end = "done";
         try {
             if (raised) std::rethrow_exception(raised);
         } catch (const Stopped& stopped) {
-            end = stopped.what();
+            *end = stopped.what();
         }
     });
-    return end;
+    return *end;
 }
 
 struct StoppingTasks : ::testing::Test {

@@ -64,10 +64,10 @@ std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAcces
 /// What our own walks can tell, without the path and without a media library.
 std::optional<MediaInspection> inspectMediaHeaders(RandomAccessFile& file);
 
-/// The media libraries at hand, for people; nothing when their module is missing, and then only QuickTime,
-/// MP4 and WAVE files can be read.
+/// The media libraries at hand, for people; nothing when their helper program is missing, and then only
+/// QuickTime, MP4 and WAVE files can be read.
 std::optional<std::string> mediaLibraryVersions();
-/// Whether a file has asked for the media libraries while their module is missing. Any thread.
+/// Whether a file has asked for the media libraries while their helper program is missing. Any thread.
 bool mediaLibraryWasMissed();
 /// Those of the codecs, by the names that libavcodec gives them, that can be decoded.
 std::vector<std::string> decodableCodecs(const std::vector<std::string>& codecs);

@@ -1,0 +1,111 @@
+#pragma once
+
+#include "Platform/AudioFile.h"
+#include "Platform/Playback/MediaTime.h"
+#include "Platform/Playback/Picture.h"
+#include "Platform/Subscription.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvane::platform {
+
+/// How sound keeps or changes its pitch at other rates than 1.
+enum class PitchAlgorithm {
+    spectral,   ///< kept; for music and speech at up to twice the speed
+    timeDomain, ///< kept; the quickest
+    varispeed,  ///< follows the rate, as tape does
+};
+
+/// A composition of a picture and a sound that begins `soundOffset` later than the picture (earlier where
+/// negative: its head is not heard). It ends where the picture ends; where there is none, where the sound
+/// does.
+struct PlayerItem {
+    /// In the bytes of the file system; empty where there is sound alone.
+    std::string videoPath;
+    /// Opens the sound that takes the place of the video's own; called on a thread of the player. Empty: the
+    /// video's own sound, at offset 0 whatever `soundOffset` says.
+    std::function<std::unique_ptr<AudioFile>()> openSound;
+    MediaTime soundOffset;
+};
+
+struct PlayerFacts {
+    bool hasPicture = false;
+    bool hasSound = false;
+    MediaTime duration;
+    double nominalFrameRate = 0; ///< pictures per second; 0 where it is not known
+    int soundChannelCount = 0;
+};
+
+/// Level of one channel of the sound that is heard, linear, full scale at 1.
+struct ChannelPeak {
+    float peak = 0;
+    float rms = 0;
+};
+
+/// Plays a composition. Every operation belongs to the interface thread and returns at once; files are read
+/// and decoded on threads of the player. An operation without an item does nothing.
+class Player {
+  public:
+    virtual ~Player() = default;
+
+    /// Replaces the item: stops, keeps the volume and the size of pictures, and stands at 0. Calls back on
+    /// the interface thread when the item is open; a load that a newer one replaced never calls back.
+    virtual void load(PlayerItem item, std::function<void(const PlayerFacts&)> loaded) = 0;
+    virtual void unload() = 0;
+    virtual bool isLoaded() const = 0;
+    virtual const PlayerFacts& facts() const = 0;
+
+    /// The moment of the clip that is heard and seen; exact while the rate is 0.
+    virtual MediaTime currentTime() const = 0;
+    virtual double rate() const = 0; ///< signed, 0 at rest and after an end was reached
+    /// From -32 to 32. Reaching the end of the clip, or 0 in reverse, stops there and reports it once.
+    virtual void setRate(double rate) = 0;
+    /// Runs at `rate` so that `time` is heard at the moment `hostTime` of the system's clock (Clock::now):
+    /// the same moment for several players is the same frame of the output.
+    virtual void setRate(double rate, MediaTime time, std::chrono::nanoseconds hostTime) = 0;
+    /// The moment from which `setRate` with a host time counts.
+    virtual std::chrono::nanoseconds hostTime() const = 0;
+
+    /// Shows exactly the newest picture at or before `time`, which is brought within the clip. A newer seek
+    /// replaces an older one, which calls back with false; true when the picture is there. Goes on at the
+    /// rate that runs.
+    virtual void seek(MediaTime time, std::function<void(bool isShown)> completed = {}) = 0;
+
+    virtual void setPitchAlgorithm(PitchAlgorithm algorithm) = 0;
+    virtual void setVolume(float volume) = 0; ///< linear, 0 to 1; reached without a click
+    /// Under the running sound: it neither pauses nor seeks.
+    virtual void setSoundOffset(MediaTime offset) = 0;
+    /// Replaces the sound without touching picture and transport. An empty function: the video's own.
+    virtual void setSound(std::function<std::unique_ptr<AudioFile>()> openSound) = 0;
+
+    /// Pictures come no larger than this; 0 by 0 is without a limit.
+    virtual void setPictureSize(PictureSize limit) = 0;
+    /// The one that is shown now; nothing before the first is decoded and without pictures.
+    virtual std::optional<Picture> picture() const = 0;
+    /// Pictures that were due while playing and never shown, since the load.
+    virtual std::int64_t droppedPictures() const = 0;
+    /// Of each channel of the sound, over the last block heard; empty while nothing is heard.
+    virtual std::vector<ChannelPeak> levels() const = 0;
+
+    /// While the rate is not 0, at each picture of the nominal rate (at 25 a second without one), and after
+    /// a seek: the current time.
+    [[nodiscard]] virtual Subscription observeTime(std::function<void(MediaTime)> callback) = 0;
+    /// The end, or the start in reverse, was reached; the rate is 0 by then.
+    [[nodiscard]] virtual Subscription observeEnd(std::function<void()> callback) = 0;
+    /// Another picture is shown.
+    [[nodiscard]] virtual Subscription observePicture(std::function<void()> callback) = 0;
+};
+
+/// Makes the players of a program; all of them sound through one output. Interface thread.
+class PlayerSystem {
+  public:
+    virtual ~PlayerSystem() = default;
+    virtual std::unique_ptr<Player> makePlayer() = 0;
+};
+
+} // namespace orvane::platform

@@ -212,6 +212,7 @@ void VideoEngine::pause(bool silenceAudio) {
     endBlip();
     isSlowMotionScrubbing_ = false;
     player_->setRate(0);
+    if (transport_.isPlaying && !seekingTo_) setPlayhead(player_->currentTime());
     setPlaying(false);
     setRung(stopIndex);
     if (silenceAudio) apply(AudioRenderPlan::silent);

@@ -57,7 +57,8 @@ class Completion {
         }
     };
     static Task wait(std::shared_ptr<State> state, std::weak_ptr<MainThread> mainThread) {
-        co_await Awaiter{std::move(state), std::move(mainThread)};
+        Awaiter ending{std::move(state), std::move(mainThread)};
+        co_await ending;
     }
 
     const std::shared_ptr<State> state_ = std::make_shared<State>();

@@ -52,7 +52,8 @@ platform::Task pressKey(CommandContext& context, Call call, std::shared_ptr<JSON
                                                    "escape arrowUp arrowDown arrowLeft arrowRight");
     co_await players.shortcuts()->ready();
     players.keyboard().handle(*event);
-    co_await players.shown();
+    const platform::Task showing = players.shown();
+    co_await showing;
 }
 
 platform::Task advanceClock(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {

@@ -9,7 +9,7 @@ namespace orvane::platform {
 
 namespace {
 
-using Wide = __int128;
+__extension__ using Wide = __int128;
 
 constexpr std::int64_t nanoseconds = 1'000'000'000;
 

@@ -47,7 +47,7 @@ class FakePlayer final : public platform::Player {
     void setPictureSize(platform::PictureSize /*limit*/) override {}
     std::optional<platform::Picture> picture() const override { return std::nullopt; }
     std::int64_t droppedPictures() const override { return 0; }
-    std::vector<platform::ChannelPeak> levels() const override { return {}; }
+    std::vector<platform::ChannelPeak> levels() const override { return heard; }
     platform::Subscription observeTime(std::function<void(platform::MediaTime)> callback) override {
         return time_.add(std::move(callback));
     }
@@ -62,6 +62,7 @@ class FakePlayer final : public platform::Player {
     platform::PlayerItem item;
     platform::PitchAlgorithm pitch = platform::PitchAlgorithm::timeDomain;
     float volume = 1;
+    std::vector<platform::ChannelPeak> heard; ///< what `levels` gives
     std::vector<platform::MediaTime> offsets; ///< that the sound was moved to
     int sounds = 0;                           ///< how often it was replaced
     int seeks = 0;

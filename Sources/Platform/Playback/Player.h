@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/AudioFile.h"
+#include "Platform/MainThread.h"
 #include "Platform/Playback/MediaTime.h"
 #include "Platform/Playback/Picture.h"
 #include "Platform/Subscription.h"
@@ -106,6 +107,20 @@ class PlayerSystem {
   public:
     virtual ~PlayerSystem() = default;
     virtual std::unique_ptr<Player> makePlayer() = 0;
+    /// Runs the work on the interface thread once so much time of the players' clock has passed.
+    virtual std::shared_ptr<Timer> after(std::chrono::nanoseconds delay, std::function<void()> work) = 0;
+};
+
+/// Players whose time moves only when it is told to: what they show and play is exact and repeatable.
+class PulledPlayerSystem : public PlayerSystem {
+  public:
+    /// Moves the time on; each report acts before the next one comes. Calls back when all is done. One at a
+    /// time.
+    virtual void advance(double seconds, std::function<void()> done) = 0;
+    /// Takes the sound that would have gone to a device, from here on.
+    virtual void
+    hearSound(std::function<void(const float* left, const float* right, std::size_t frames)> hear) = 0;
+    virtual double sampleRate() const = 0; ///< Hz
 };
 
 } // namespace orvane::platform

@@ -54,11 +54,12 @@ def module_of(path, folders):
 def main():
     folders, links = modules()
     allowed = {target: reachable(target, links) for target in set(folders.values())}
-    # Loadable modules implement the headers of the platform; the platform includes the records that they fill.
+    # Loadable modules implement the headers of the platform and of its other parts, which include the records that
+    # they fill.
     platform = folders["Platform"]
     loaded = {target for folder, target in folders.items() if folder.startswith("Platform/")}
     for target in loaded:
-        allowed[target] |= {platform}
+        allowed[target] |= {platform} | loaded
     allowed[platform] = allowed[platform] | loaded
     wrong = []
     listed = subprocess.run(

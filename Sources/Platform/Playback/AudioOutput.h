@@ -1,9 +1,11 @@
 #pragma once
 
+#include "Platform/MainThread.h"
+
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -15,7 +17,8 @@ struct AudioBlock {
     float* left = nullptr;
     float* right = nullptr;
     std::size_t frames = 0;
-    /// Of the first frame, counted from the start of the output over its whole life.
+    /// Of the first frame, counted from the start of the output over its whole life. It may lie behind the
+    /// end of the block before: the frames between were never asked for.
     std::int64_t firstFrame = 0;
 };
 
@@ -27,13 +30,18 @@ class AudioRenderer {
 };
 
 /// Where sound goes: two channels, pulled. One thread at a time calls its operations, never the renderer.
+/// Its frames go on counting with the clock while it is stopped and while its device is away.
 class AudioOutput {
   public:
+    /// The machine's sound device, at 48 kHz; the clock stands in for it until it is open, while it is away
+    /// and where there is none. It is asked for again now and then.
+    static std::unique_ptr<AudioOutput> forDevice(std::shared_ptr<const Clock> clock);
+    /// Runs on the clock, heard by nobody.
+    static std::unique_ptr<AudioOutput> withoutDevice(std::shared_ptr<const Clock> clock);
+
     virtual ~AudioOutput() = default;
     virtual double sampleRate() const = 0; ///< Hz; stays for the life of the output
-    /// Begins to pull from the renderer; false where the device cannot be had. A device that vanishes
-    /// meanwhile is replaced by the machine's clock, and is taken again when it is back: frames go on
-    /// counting.
+    /// Begins to pull from the renderer, at once; a device is opened meanwhile. False where it cannot.
     virtual bool start(AudioRenderer& renderer) = 0;
     /// No call of the renderer is under way when it returns.
     virtual void stop() = 0;
@@ -41,8 +49,36 @@ class AudioOutput {
     virtual std::chrono::nanoseconds latency() const = 0;
     /// The frame that is heard at this moment, in fractions of a frame; never goes back. Any thread.
     virtual double heardFrame() const = 0;
-    /// For people: the name of the device, or that there is none.
+    /// For people: the name of the device, or that there is none. Any thread.
     virtual std::string description() const = 0;
 };
+
+/// Pulled by hand: its frames count with what is pulled, and are heard when they are pulled.
+class ManualAudioOutput final : public AudioOutput {
+  public:
+    explicit ManualAudioOutput(double sampleRate = 48000) : sampleRate_(sampleRate) {}
+
+    /// Fills both arrays with the next `frames` frames, with silence while it is stopped.
+    void pull(float* left, float* right, std::size_t frames);
+
+    double sampleRate() const override { return sampleRate_; }
+    bool start(AudioRenderer& renderer) override;
+    void stop() override;
+    std::chrono::nanoseconds latency() const override { return {}; }
+    double heardFrame() const override;
+    std::string description() const override { return "pulled by hand"; }
+
+  private:
+    const double sampleRate_;
+    AudioRenderer* renderer_ = nullptr;
+    std::atomic<std::int64_t> frames_ = 0;
+};
+
+/// What the machine plays sound on, such as "ALSA: default"; where there is nothing, why.
+struct AudioDeviceReport {
+    bool isThere = false;
+    std::string description;
+};
+AudioDeviceReport audioDeviceReport();
 
 } // namespace orvane::platform

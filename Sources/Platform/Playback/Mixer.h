@@ -15,18 +15,22 @@ class MixerSource {
 };
 
 /// The one stream that everything of the program sounds through, and the time axis of all that plays: frames
-/// of the output. It starts with the first source and stops when none has been there for some seconds; while
-/// it is stopped its frames go on counting with the clock.
+/// of the output. It starts with the first source and stops when none has been there for some seconds.
 class Mixer : public AudioRenderer {
   public:
     /// Sources that sound at once, at most; one more is refused.
     static constexpr std::size_t mostSources = 64;
 
-    static std::shared_ptr<Mixer> create(std::unique_ptr<AudioOutput> output);
+    /// How long the output runs on without a source.
+    static constexpr std::chrono::seconds idleTime{5};
+
+    /// `mainThread`: waits for the end of `idleTime`; with null the output never stops by itself.
+    static std::shared_ptr<Mixer> create(std::unique_ptr<AudioOutput> output,
+                                         std::shared_ptr<MainThread> mainThread = nullptr);
 
     virtual double sampleRate() const = 0; ///< Hz
-    /// Interface thread. False where there are too many. No call of the source is under way once `remove`
-    /// has returned, which waits for at most one block.
+    /// Interface thread. False where there are too many, or where it is there already. No call of the source
+    /// is under way once `remove` has returned, which waits for at most one block.
     virtual bool add(std::shared_ptr<MixerSource> source) = 0;
     virtual void remove(const MixerSource& source) = 0;
 

@@ -1,11 +1,11 @@
 #include "Platform/Realtime/ReadAheadAudio.h"
 
 #include "Platform/Realtime/Ring.h"
+#include "Platform/Realtime/Signal.h"
 #include "Platform/Realtime/Threads.h"
 
 #include <algorithm>
 #include <atomic>
-#include <semaphore.h>
 #include <vector>
 
 namespace orvane::platform {
@@ -14,24 +14,6 @@ namespace {
 
 constexpr std::size_t blockFrames = 1024;
 constexpr std::size_t fewestBlocks = 3;
-
-/// Posting it neither locks nor allocates, so that the consumer can wake the reading thread.
-class Signal {
-  public:
-    Signal() { sem_init(&semaphore_, 0, 0); }
-    ~Signal() { sem_destroy(&semaphore_); }
-    Signal(const Signal&) = delete;
-    Signal& operator=(const Signal&) = delete;
-    void post() noexcept { sem_post(&semaphore_); }
-    void wait() noexcept {
-        while (sem_wait(&semaphore_) != 0) {
-            // interrupted by a signal
-        }
-    }
-
-  private:
-    sem_t semaphore_{};
-};
 
 /// Where to read, and the number of that request: blocks of an earlier request are stale.
 struct Request {

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <string>
+
+namespace orvane::platform {
+
+/// Asked by a device for its next frames, on a thread of the device: neither locks nor allocates nor throws
+/// nor waits.
+class SoundDeviceCallback {
+  public:
+    virtual ~SoundDeviceCallback() = default;
+    /// `untilHeard`: from this moment to the one at which the first frame is heard.
+    virtual void fill(float* left, float* right, std::size_t frames,
+                      std::chrono::nanoseconds untilHeard) noexcept = 0;
+};
+
+/// An open device of two channels, which asks for sound as long as it lives; one that is away asks no more.
+/// Destroying it ends that, and waits for the system.
+class SoundDevice {
+  public:
+    virtual ~SoundDevice() = default;
+    virtual std::string name() const = 0; ///< for people
+};
+
+/// The devices of the machine. One thread at a time.
+class SoundDevices {
+  public:
+    virtual ~SoundDevices() = default;
+    /// Opens the one that the user made the default, and starts it; null where there is none or it refuses
+    /// the rate (Hz). `callback` outlives the device.
+    virtual std::unique_ptr<SoundDevice> openDefault(double sampleRate, SoundDeviceCallback& callback) = 0;
+    /// The name of the default device, for people; empty where there is none.
+    virtual std::string defaultName() = 0;
+};
+
+} // namespace orvane::platform

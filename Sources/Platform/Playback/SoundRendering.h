@@ -1,0 +1,76 @@
+#pragma once
+
+#include "Platform/Playback/SampleWindow.h"
+#include "Platform/Playback/SincResampler.h"
+#include "Platform/Playback/SoundBlocks.h"
+#include "Platform/Playback/SoundTrack.h"
+#include "Platform/Playback/TempoChange.h"
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace orvane::platform {
+
+/// How a recording lies under a clip and how the clip runs.
+struct SoundPlan {
+    SoundTransport transport;
+    double offsetSeconds = 0; ///< of the clip, at which the file's first frame is heard
+    double endSeconds = std::numeric_limits<double>::infinity(); ///< of the clip
+    /// The output had asked for the frames before this one when the plan was made.
+    std::int64_t askedFrames = 0;
+};
+
+/// Makes a recording into what is due at each frame of the output. Reads, converts and stretches within the
+/// call: one thread, never the callback's.
+///
+/// At the pitch of the file, or one that follows the rate, each frame is computed from its own place in the
+/// file, to the nearest sample where both rates are equal. Tempo is changed from the first frame on, which
+/// lies at its place; later ones are within the search window of the library, and do not drift.
+class SoundRendering {
+  public:
+    using MakeTempoChange = std::function<std::unique_ptr<TempoChange>(const TempoChange::Options&)>;
+    /// `makeTempoChange` may be empty or give null: pitch then follows the rate.
+    SoundRendering(std::unique_ptr<AudioFile> file, double outputRate, MakeTempoChange makeTempoChange);
+
+    const SampleWindow& file() const { return window_; }
+    /// The next block begins at this frame of the output.
+    void begin(const SoundPlan& plan, std::int64_t outputFrame);
+    std::int64_t position() const { return position_; }
+    /// Leaves out what lies before this frame.
+    void skipTo(std::int64_t outputFrame) { begin(plan_, outputFrame); }
+    /// Whether frames can be left out without a trace.
+    bool isDirect() const { return tempo_ == nullptr; }
+    /// Fills all but the generation. The last one is silent without an end.
+    void next(SoundBlock& block);
+
+  private:
+    double clipSecondsAt(std::int64_t outputFrame) const;
+    double placeAt(std::int64_t outputFrame) const;
+    bool isPast(std::int64_t outputFrame) const;
+    void sample(double place, float* left, float* right, std::size_t count);
+    void measure(std::int64_t first, std::size_t count);
+    void stretch(SoundBlock& block);
+    void fadeOut(SoundBlock& block) const;
+
+    SampleWindow window_;
+    const double outputRate_;
+    const MakeTempoChange makeTempoChange_;
+    SoundPlan plan_;
+    std::int64_t position_ = 0;
+    bool isReverse_ = false;
+    double step_ = 1; ///< frames of the file for each frame that `sample` gives; above 0
+    std::optional<SincResampler> resampler_;
+    std::unique_ptr<TempoChange> tempo_;
+    double feedPlace_ = 0; ///< of the file, from which the tempo change gets its next frames
+    std::vector<float> feed_;
+    std::array<float, SoundBlock::mostFrames> feedLeft_{}, feedRight_{};
+    std::size_t levelCount_ = 0;
+    std::array<ChannelPeak, SoundBlock::mostChannels> levels_{}; ///< of what `sample` took last
+};
+
+} // namespace orvane::platform

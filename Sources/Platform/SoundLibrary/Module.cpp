@@ -1,0 +1,9 @@
+#include "Platform/SoundLibrary/SoundLibraries.h"
+#include "Platform/SoundLibrary/SoundModule.h"
+
+extern "C" __attribute__((visibility("default"))) const orvane::platform::SoundModule* orvaneSoundModule() {
+    using namespace orvane::platform;
+    static const SoundModule module{SoundModule::currentVersion, portAudioDevices, soundTouchTempoChange,
+                                    [] { return portAudioVersion() + ", " + soundTouchVersion(); }};
+    return &module;
+}

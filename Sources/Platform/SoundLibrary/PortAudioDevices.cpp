@@ -1,0 +1,140 @@
+#include "Platform/SoundLibrary/SoundLibraries.h"
+
+#include <algorithm>
+#include <alsa/asoundlib.h>
+#include <chrono>
+#include <dlfcn.h>
+#include <portaudio.h>
+
+namespace orvane::platform {
+
+namespace {
+
+constexpr int channels = 2;
+constexpr unsigned long blockFrames = 512;
+// Servers of sound that stand between the program and the card lose blocks below this.
+constexpr double shortestLatencySeconds = 0.02;
+
+void dropALSAMessage(const char* /*file*/, int /*line*/, const char* /*function*/, int /*error*/,
+                     const char* /*format*/, ...) {}
+
+/// Looking for devices makes ALSA and JACK say on standard error what is not there.
+void silenceLibraries() {
+    snd_lib_error_set_handler(dropALSAMessage);
+    void* jack = ::dlopen("libjack.so.0", RTLD_NOW | RTLD_NOLOAD); // as far as PortAudio brought it
+    if (jack == nullptr) return;
+    using Handler = void (*)(const char*);
+    using SetHandler = void (*)(Handler);
+    for (const char* name : {"jack_set_error_function", "jack_set_info_function"})
+        if (const auto set = reinterpret_cast<SetHandler>(::dlsym(jack, name))) set([](const char*) {});
+    ::dlclose(jack);
+}
+
+/// PortAudio knows the devices that there were at its start: each use starts it anew.
+class PortAudioSession {
+  public:
+    PortAudioSession() {
+        silenceLibraries();
+        isStarted_ = Pa_Initialize() == paNoError;
+    }
+    ~PortAudioSession() {
+        if (isStarted_) Pa_Terminate();
+    }
+    PortAudioSession(const PortAudioSession&) = delete;
+    PortAudioSession& operator=(const PortAudioSession&) = delete;
+
+    /// Null where there is no device that plays two channels.
+    const PaDeviceInfo* defaultOutput() const {
+        if (!isStarted_) return nullptr;
+        const PaDeviceIndex index = Pa_GetDefaultOutputDevice();
+        const PaDeviceInfo* info = index == paNoDevice ? nullptr : Pa_GetDeviceInfo(index);
+        return info == nullptr || info->maxOutputChannels < channels ? nullptr : info;
+    }
+
+  private:
+    bool isStarted_ = false;
+};
+
+std::string nameOf(const PaDeviceInfo& info) {
+    const PaHostApiInfo* system = Pa_GetHostApiInfo(info.hostApi);
+    return system == nullptr ? info.name : std::string(system->name) + ": " + info.name;
+}
+
+class PortAudioDevice final : public SoundDevice {
+  public:
+    explicit PortAudioDevice(SoundDeviceCallback& callback) : callback_(callback) {}
+    ~PortAudioDevice() override {
+        if (stream_ == nullptr) return;
+        Pa_AbortStream(stream_);
+        Pa_CloseStream(stream_);
+    }
+    PortAudioDevice(const PortAudioDevice&) = delete;
+    PortAudioDevice& operator=(const PortAudioDevice&) = delete;
+
+    bool open(double sampleRate) {
+        const PaDeviceInfo* info = session_.defaultOutput();
+        if (info == nullptr) return false;
+        name_ = nameOf(*info);
+        PaStreamParameters parameters{};
+        parameters.device = Pa_GetDefaultOutputDevice();
+        parameters.channelCount = channels;
+        parameters.sampleFormat = paFloat32 | paNonInterleaved;
+        parameters.suggestedLatency = std::max(info->defaultLowOutputLatency, shortestLatencySeconds);
+        if (Pa_OpenStream(&stream_, nullptr, &parameters, sampleRate, blockFrames, paNoFlag, serve, this) !=
+            paNoError) {
+            stream_ = nullptr;
+            return false;
+        }
+        if (const PaStreamInfo* stream = Pa_GetStreamInfo(stream_))
+            usualLatency_ = std::chrono::duration<double>(stream->outputLatency);
+        return Pa_StartStream(stream_) == paNoError;
+    }
+
+    std::string name() const override { return name_; }
+
+  private:
+    static int serve(const void* /*input*/, void* output, unsigned long frames,
+                     const PaStreamCallbackTimeInfo* time, PaStreamCallbackFlags /*flags*/, void* user) {
+        auto& device = *static_cast<PortAudioDevice*>(user);
+        auto* const* arrays = static_cast<float* const*>(output);
+        std::chrono::duration<double> untilHeard = device.usualLatency_;
+        // Some systems give no times.
+        if (time != nullptr && time->outputBufferDacTime > time->currentTime && time->currentTime > 0)
+            untilHeard = std::chrono::duration<double>(time->outputBufferDacTime - time->currentTime);
+        device.callback_.fill(arrays[0], arrays[1], frames,
+                              std::chrono::duration_cast<std::chrono::nanoseconds>(untilHeard));
+        return paContinue;
+    }
+
+    SoundDeviceCallback& callback_;
+    PortAudioSession session_;
+    PaStream* stream_ = nullptr;
+    std::chrono::duration<double> usualLatency_{};
+    std::string name_;
+};
+
+class PortAudioDevices final : public SoundDevices {
+  public:
+    std::unique_ptr<SoundDevice> openDefault(double sampleRate, SoundDeviceCallback& callback) override {
+        auto device = std::make_unique<PortAudioDevice>(callback);
+        if (!device->open(sampleRate)) return nullptr;
+        return device;
+    }
+    std::string defaultName() override {
+        const PortAudioSession session;
+        const PaDeviceInfo* info = session.defaultOutput();
+        return info == nullptr ? std::string() : nameOf(*info);
+    }
+};
+
+} // namespace
+
+std::unique_ptr<SoundDevices> portAudioDevices() { return std::make_unique<PortAudioDevices>(); }
+
+std::string portAudioVersion() {
+    const PaVersionInfo* version = Pa_GetVersionInfo();
+    return "PortAudio " + std::to_string(version->versionMajor) + "." +
+           std::to_string(version->versionMinor) + "." + std::to_string(version->versionSubMinor);
+}
+
+} // namespace orvane::platform

@@ -1,0 +1,328 @@
+#include "Platform/Playback/SincResampler.h"
+#include "Platform/Playback/SoundTrack.h"
+#include "Support/MemoryAudio.h"
+#include "Support/RealtimeWatch.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <random>
+#include <thread>
+
+namespace orvane::platform {
+namespace {
+
+constexpr double outputRate = 48000;
+
+/// Silence with a sample of 1 at the start and at each quarter of a second, in every channel.
+std::unique_ptr<AudioFile> ticks(double rate, double seconds, std::size_t channels = 2) {
+    std::vector<float> samples(static_cast<std::size_t>(rate * seconds));
+    for (std::size_t i = 0; i < samples.size(); i += static_cast<std::size_t>(rate / 4)) samples[i] = 1;
+    return std::make_unique<test::MemoryAudio>(std::vector(channels, samples), rate);
+}
+
+std::unique_ptr<AudioFile> tone(double hertz, double rate, double seconds) {
+    std::vector<float> samples(static_cast<std::size_t>(rate * seconds));
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        samples[i] =
+            static_cast<float>(0.5 * std::sin(2 * std::numbers::pi * hertz * static_cast<double>(i) / rate));
+    return std::make_unique<test::MemoryAudio>(std::vector<std::vector<float>>{samples}, rate);
+}
+
+/// A track on an output that is pulled by hand.
+class SoundTrackTest : public testing::Test {
+  protected:
+    SoundTrackTest() {
+        test::RealtimeWatch::reset();
+        auto owned = std::make_unique<ManualAudioOutput>(outputRate);
+        output_ = owned.get();
+        mixer_ = Mixer::create(std::move(owned));
+    }
+    ~SoundTrackTest() override {
+        EXPECT_EQ(test::RealtimeWatch::firstViolation(), "");
+        if (track_) mixer_->remove(*track_);
+    }
+
+    SoundTrack& open(std::unique_ptr<AudioFile> file) {
+        if (track_) mixer_->remove(*track_);
+        track_ = SoundTrack::create(std::move(file), *mixer_);
+        mixer_->add(track_);
+        return *track_;
+    }
+    void play(double rate, double clipSeconds, PitchAlgorithm pitch = PitchAlgorithm::timeDomain,
+              std::int64_t later = 0) {
+        track_->setTransport({rate, clipSeconds, mixer_->renderedFrames() + later, pitch});
+    }
+    /// The left channel of what follows; the right one is the same.
+    std::vector<float> pull(double seconds) {
+        std::vector<float> left(static_cast<std::size_t>(seconds * outputRate)), right(left.size());
+        for (std::size_t at = 0; at < left.size();) {
+            const std::size_t some = std::min<std::size_t>(left.size() - at, 331);
+            track_->waitUntilReady(mixer_->renderedFrames() + static_cast<std::int64_t>(some));
+            output_->pull(left.data() + at, right.data() + at, some);
+            at += some;
+        }
+        EXPECT_EQ(left, right);
+        return left;
+    }
+    /// Seconds at which there are ticks.
+    static std::vector<double> ticksIn(const std::vector<float>& heard) {
+        std::vector<double> found;
+        for (std::size_t i = 0; i < heard.size(); ++i) {
+            const std::size_t from = i < 200 ? 0 : i - 200;
+            const auto window = std::span(heard).subspan(from, std::min(heard.size() - from, i - from + 200));
+            if (heard[i] > 0.05F && heard[i] == *std::ranges::max_element(window))
+                found.push_back(static_cast<double>(i) / outputRate);
+        }
+        return found;
+    }
+
+    ManualAudioOutput* output_ = nullptr;
+    std::shared_ptr<Mixer> mixer_;
+    std::shared_ptr<SoundTrack> track_;
+};
+
+TEST_F(SoundTrackTest, everyTickIsAtItsPlace) {
+    struct Case {
+        const char* name;
+        double fileRate, rate, offset, from;
+        PitchAlgorithm pitch;
+        double first, between, within, laterWithin; ///< seconds of the output; later ones may wander
+    };
+    constexpr auto kept = PitchAlgorithm::spectral, follows = PitchAlgorithm::varispeed;
+    constexpr double exact = 0.6 / outputRate;
+    for (const Case& test : {
+             Case{"as it is", 48000, 1, 0, 1.1, kept, 0.15, 0.25, exact, exact},
+             Case{"later by an odd offset", 48000, 1, 0.71234, 0, kept, 0.71234, 0.25, exact, exact},
+             Case{"its head cut", 48000, 1, -3.2, 0, kept, 0.05, 0.25, exact, exact},
+             Case{"another rate", 44100, 1, 0.1, 0.2, kept, 0.15, 0.25, exact, exact},
+             Case{"four times the rate", 192000, 1, 0.1, 0.2, kept, 0.15, 0.25, exact, exact},
+             Case{"backwards", 48000, -1, 0.1, 2.0, kept, 0.15, 0.25, exact, exact},
+             Case{"backwards at another rate", 44100, -1, -0.1, 2.0, kept, 0.1, 0.25, exact, exact},
+             Case{"slow", 48000, 0.25, 0, 0.95, follows, 0.2, 1, exact, exact},
+             Case{"slow, backwards", 48000, -0.25, 0, 1.55, follows, 0.2, 1, exact, exact},
+             Case{"twice, pitch follows", 48000, 2, 0, 0.95, follows, 0.025, 0.125, exact, exact},
+             Case{"twice, pitch kept", 48000, 2, 0, 0.95, kept, 0.025, 0.125, 0.001, 0.03},
+             Case{"1.5 times at another rate", 44100, 1.5, 0, 0.97, kept, 0.02, 0.25 / 1.5, 0.001, 0.03},
+             Case{"twice backwards, pitch kept", 48000, -2, 0, 1.55, kept, 0.025, 0.125, 0.001, 0.03},
+             Case{"half, pitch kept", 48000, 0.5, 0, 0.99, kept, 0.02, 0.5, 0.001, 0.03},
+         }) {
+        SCOPED_TRACE(test.name);
+        open(ticks(test.fileRate, 30, 1)).setOffset(test.offset);
+        pull(0.05);
+        play(test.rate, test.from, test.pitch);
+        const auto found = ticksIn(pull(1.9));
+        const auto expected = static_cast<std::size_t>((1.9 - test.first - 1e-4) / test.between) + 1;
+        // A stretched tick may be heard twice or not at all; the number holds on the whole.
+        EXPECT_NEAR(static_cast<double>(found.size()), static_cast<double>(expected),
+                    test.laterWithin > 0.01 ? 3 : 0);
+        ASSERT_FALSE(found.empty());
+        EXPECT_NEAR(found[0], test.first, test.within);
+        for (const double tick : found) {
+            const double number = std::round((tick - test.first) / test.between);
+            EXPECT_NEAR(tick, test.first + number * test.between, test.laterWithin);
+        }
+    }
+}
+
+TEST_F(SoundTrackTest, sixteenMinutesAtTwiceTheSpeedDoNotDrift) {
+    SoundTrack& track = open(ticks(8000, 130, 1));
+    track.setOffset(0);
+    play(2, 0, PitchAlgorithm::timeDomain);
+    const auto found = ticksIn(pull(60));
+    for (const double tick : found) EXPECT_NEAR(tick, std::round(tick / 0.125) * 0.125, 0.03);
+    EXPECT_GT(found.size(), 400U);
+}
+
+TEST_F(SoundTrackTest, changesPassOverWithoutAClick) {
+    SoundTrack& track = open(tone(100, 48000, 60));
+    track.setEnd(20);
+    const auto roughest = [](const std::vector<float>& heard) {
+        double most = 0;
+        for (std::size_t i = 1; i < heard.size(); ++i)
+            most = std::max<double>(most, std::abs(heard[i] - heard[i - 1]));
+        return most;
+    };
+    // The tone's own steps are 0.0066; a passage of 4 ms adds its share.
+    constexpr double smooth = 0.03;
+    std::vector<float> all = pull(0.1);
+    const auto hear = [&](double seconds) {
+        const auto more = pull(seconds);
+        all.insert(all.end(), more.begin(), more.end());
+    };
+    play(1, 0.0024);
+    hear(0.2);
+    for (int i = 0; i < 20; ++i) {
+        track.setOffset(0.0133 * i);
+        hear(0.02);
+    }
+    track.setVolume(0.3F);
+    hear(0.1);
+    track.setVolume(1);
+    play(-1, 5.0042);
+    hear(0.1);
+    play(4, 5);
+    hear(0.1);
+    play(1.5, 19.8042);
+    hear(0.4); // over the end
+    play(0, 3);
+    hear(0.05);
+    EXPECT_LT(roughest(all), smooth);
+    EXPECT_EQ(all.back(), 0);
+    EXPECT_TRUE(track.levels().empty());
+}
+
+TEST_F(SoundTrackTest, aChangedOffsetIsHeardInTheNextBlock) {
+    open(ticks(48000, 30)).setOffset(0);
+    play(1, 0);
+    pull(1.05);
+    track_->setOffset(0.1);
+    const auto found = ticksIn(pull(0.5));
+    ASSERT_EQ(found.size(), 2U);
+    EXPECT_NEAR(found[0], 0.05, 1 / outputRate);
+    EXPECT_NEAR(found[1], 0.3, 1 / outputRate);
+}
+
+TEST_F(SoundTrackTest, beginsAtItsFrameAndEndsWithTheClip) {
+    open(ticks(48000, 30)).setEnd(1.1);
+    play(1, 0.9, PitchAlgorithm::timeDomain, 30001);
+    const auto heard = pull(2);
+    // 1.0 is heard 0.1 s behind the start; 1.25 lies behind the end.
+    EXPECT_EQ(ticksIn(heard), std::vector<double>{(30001 + 4800) / outputRate});
+    const auto levels = track_->levels();
+    EXPECT_TRUE(levels.empty());
+    // While one transport runs, the next waits for its frame.
+    play(1, 0.0);
+    pull(0.1);
+    play(1, 0.9, PitchAlgorithm::timeDomain, 24000);
+    EXPECT_EQ(ticksIn(pull(1)), (std::vector<double>{0.15, 0.4, 0.6}));
+    // Before the clip's first frame nothing is heard either.
+    open(ticks(48000, 30)).setOffset(-1);
+    play(-1, 0.1);
+    EXPECT_EQ(ticksIn(pull(1)), std::vector<double>{0.1});
+}
+
+TEST_F(SoundTrackTest, filesOfAllKindsOfBadness) {
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    std::vector<float> wild(48000, 0.25F);
+    for (std::size_t i = 0; i < wild.size(); i += 7) wild[i] = i % 2 == 0 ? infinity : std::nanf("");
+    wild[700] = 3e38F;
+    struct Case {
+        const char* name;
+        std::unique_ptr<AudioFile> file;
+        double loudAt, silentAt; ///< seconds
+    };
+    const auto memory = [](std::vector<float> samples, double rate, std::int64_t claimed, std::size_t bad) {
+        return std::make_unique<test::MemoryAudio>(std::vector<std::vector<float>>{std::move(samples)}, rate,
+                                                   claimed, bad);
+    };
+    std::array cases{
+        Case{"no numbers", memory(wild, 48000, -1, SIZE_MAX), 0.5, 1.5},
+        Case{"the same at another rate", memory(wild, 44100, -1, SIZE_MAX), 0.5, 1.5},
+        Case{"ends early", memory(std::vector<float>(24000, 0.5F), 48000, 48000, SIZE_MAX), 0.4, 0.6},
+        Case{"cannot be read", memory(std::vector<float>(48000, 0.5F), 48000, -1, 24000), 0.4, 0.6},
+        Case{"claims nothing", memory(std::vector<float>(48000, 0.5F), 48000, 0, SIZE_MAX), -1, 0.6},
+        Case{"one sample", memory({0.5F}, 48000, -1, SIZE_MAX), -1, 0.6},
+    };
+    for (Case& test : cases) {
+        SCOPED_TRACE(test.name);
+        open(std::move(test.file));
+        for (const double rate : {1.0, 1.5, 0.25}) {
+            play(rate, 0, rate < 1 ? PitchAlgorithm::varispeed : PitchAlgorithm::spectral);
+            const auto heard = pull(2 / rate);
+            const auto around = [&](double seconds) {
+                const auto at = static_cast<std::ptrdiff_t>(seconds / rate * outputRate);
+                return *std::max_element(heard.begin() + at - 500, heard.begin() + at + 500);
+            };
+            for (const float sample : heard) ASSERT_LT(std::abs(sample), 20);
+            if (test.loudAt > 0) {
+                EXPECT_GT(around(test.loudAt), 0.2F);
+            }
+            EXPECT_LT(around(test.silentAt), 0.01F);
+        }
+    }
+}
+
+TEST_F(SoundTrackTest, levelsAreOfEveryChannel) {
+    std::vector<std::vector<float>> channels(8, std::vector<float>(96000));
+    for (std::size_t c = 0; c < channels.size(); ++c)
+        for (std::size_t i = 0; i < channels[c].size(); ++i)
+            channels[c][i] = (i % 2 == 0 ? 0.1F : -0.1F) * static_cast<float>(c);
+    open(std::make_unique<test::MemoryAudio>(channels, 48000));
+    EXPECT_EQ(track_->channelCount(), 8);
+    EXPECT_EQ(track_->durationSeconds(), 2);
+    EXPECT_TRUE(track_->levels().empty());
+    play(1, 0);
+    std::vector<float> left(4800), right(4800);
+    track_->waitUntilReady(4800);
+    output_->pull(left.data(), right.data(), left.size());
+    EXPECT_NEAR(right[4000], 0.1F, 1e-6);
+    const auto levels = track_->levels();
+    ASSERT_EQ(levels.size(), 8U);
+    for (std::size_t c = 0; c < levels.size(); ++c) {
+        EXPECT_NEAR(levels[c].peak, 0.1F * static_cast<float>(c), 1e-6);
+        EXPECT_NEAR(levels[c].rms, 0.1F * static_cast<float>(c), 1e-6);
+    }
+}
+
+TEST_F(SoundTrackTest, controlsMoveWhileADevicePulls) {
+    SoundTrack& track = open(tone(300, 44100, 20));
+    std::atomic<bool> isDone = false;
+    std::thread device([&] {
+        std::vector<float> left(256), right(256);
+        while (!isDone) {
+            output_->pull(left.data(), right.data(), left.size());
+            std::this_thread::yield();
+        }
+    });
+    std::mt19937 random(5);
+    for (int i = 0; i < 400; ++i) {
+        const double rate = std::array{0.0, 1.0, -1.0, 2.0, 0.25, -1.5, 8.0}[random() % 7];
+        play(rate, static_cast<double>(random() % 20), static_cast<PitchAlgorithm>(random() % 3));
+        track.setOffset(static_cast<double>(random() % 100) / 50 - 1);
+        track.setVolume(static_cast<float>(random() % 100) / 100);
+        EXPECT_LE(track.levels().size(), 1U);
+        if (i % 10 == 0) track.waitUntilReady(mixer_->renderedFrames());
+    }
+    isDone = true;
+    device.join();
+}
+
+TEST(SincResampler, imagesAndAliasesAreNinetyDecibelsDown) {
+    struct Case {
+        double inputRate, rate, hertz;
+        bool isHeard;
+    };
+    for (const Case& test :
+         {Case{44100, 48000, 50, true}, Case{44100, 48000, 997, true}, Case{44100, 48000, 10007, true},
+          Case{44100, 48000, 19800, true}, Case{48000, 44100, 997, true}, Case{48000, 44100, 19500, true},
+          Case{96000, 48000, 1000, true}, Case{96000, 48000, 30000, false}, Case{32000, 48000, 14000, true},
+          Case{192000, 48000, 60000, false}}) {
+        constexpr std::size_t count = 4000;
+        SincResampler resampler(test.inputRate / test.rate);
+        std::vector<float> input(2 * resampler.reach() + 8 +
+                                 static_cast<std::size_t>(count * test.inputRate / test.rate));
+        for (std::size_t i = 0; i < input.size(); ++i)
+            input[i] = static_cast<float>(
+                std::sin(2 * std::numbers::pi * test.hertz * static_cast<double>(i) / test.inputRate));
+        std::vector<float> output(count);
+        const std::array<const float*, 1> from{input.data()};
+        const std::array<float*, 1> to{output.data()};
+        const auto start = static_cast<double>(resampler.reach());
+        resampler.render(from, start, false, to, count);
+        double error = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            const double time = start / test.inputRate + static_cast<double>(i) / test.rate;
+            const double expected = test.isHeard ? std::sin(2 * std::numbers::pi * test.hertz * time) : 0;
+            error += (output[i] - expected) * (output[i] - expected);
+        }
+        EXPECT_LT(10 * std::log10(2 * error / count), -90)
+            << test.inputRate << " to " << test.rate << " at " << test.hertz;
+    }
+}
+
+} // namespace
+} // namespace orvane::platform

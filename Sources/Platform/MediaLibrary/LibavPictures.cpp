@@ -72,15 +72,30 @@ bool LibavPictures::load() {
     for (unsigned i = 0; i < (*file_)->nb_streams; ++i)
         if ((*file_)->streams[i] != stream_) (*file_)->streams[i]->discard = AVDISCARD_ALL;
     times_ = PictureTimes(*file_->get(), *stream_, file_->size());
+    if (file_->isMovie() && !times_.hasIndex()) learnOrigin();
     orientation_ = PictureOrientation::of(reinterpret_cast<const std::int32_t*>(
         av_stream_get_side_data(stream_, AV_PKT_DATA_DISPLAYMATRIX, nullptr)));
     return openDecoder(*avcodec_find_decoder(parameters.codec_id));
+}
+
+/// A movie in fragments does not say when its first picture is shown.
+void LibavPictures::learnOrigin() {
+    for (int packets = 0; packets < mostKeylessPackets; ++packets) {
+        if (av_read_frame(file_->get(), packet_.get()) < 0) return;
+        const bool isFirst = packet_->stream_index == stream_->index &&
+                             (packet_->flags & AV_PKT_FLAG_KEY) != 0 && packet_->pts != AV_NOPTS_VALUE;
+        if (isFirst) times_.beginWith(packet_->pts);
+        av_packet_unref(packet_.get());
+        if (isFirst) return;
+    }
 }
 
 bool LibavPictures::openDecoder(const AVCodec& codec) {
     decoder_.reset(avcodec_alloc_context3(&codec));
     if (!decoder_ || avcodec_parameters_to_context(decoder_.get(), stream_->codecpar) < 0) return false;
     decoder_->pkt_timebase = stream_->time_base;
+    // Concealed pictures rather than none; it also takes the end of an open group for damaged.
+    decoder_->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
     const bool isIntraOnly = times_.isEveryPictureKey();
     decoder_->thread_count = threadsFor(*stream_->codecpar, times_.nominalRate(), isIntraOnly);
     // Threads for several frames would hold as many pictures back after a seek.
@@ -155,11 +170,21 @@ LibavPictures::Outcome LibavPictures::find(MediaTime time, MediaTime tolerance, 
 
 LibavPictures::Step LibavPictures::seekAndDecode(MediaTime time, MediaTime tolerance,
                                                  const IsStopped& isStopped) {
+    bool mayTakeKey = tolerance > MediaTime{};
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
         if (!seekTo(time, attempt)) break;
-        Step step = Step::late;
-        if (tolerance > MediaTime{}) step = decodeKey(time, tolerance, isStopped);
-        if (step == Step::late && !isSeekNeeded_) step = decodeTo(time, tolerance, false, isStopped);
+        Step step = readKey(isStopped);
+        if (step == Step::picture && mayTakeKey) {
+            step = takeKey(time, tolerance);
+            if (step == Step::late && isSeekNeeded_) { // the decoder did not give it
+                mayTakeKey = false;
+                --attempt;
+                continue;
+            }
+            if (step == Step::picture) return step;
+            step = Step::picture;
+        }
+        if (step == Step::picture) step = decodeTo(time, tolerance, false, isStopped);
         if (step != Step::late || isAtStart_) return step;
     }
     return Step::late;
@@ -169,8 +194,9 @@ LibavPictures::Outcome LibavPictures::findKey(MediaTime time, const IsStopped& i
     file_->extendDeadline();
     time = std::max(time, MediaTime{});
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
-        if (!seekTo(time, attempt)) return Outcome::nothing;
-        const Step step = decodeKey(time, std::nullopt, isStopped);
+        if (!seekTo(time, attempt)) break;
+        Step step = readKey(isStopped);
+        if (step == Step::picture) step = takeKey(time, std::nullopt);
         if (step == Step::stopped) return Outcome::stopped;
         if (step == Step::picture) return Outcome::picture;
         if (isAtStart_) break;
@@ -199,26 +225,27 @@ LibavPictures::Outcome LibavPictures::findNext(const IsStopped& isStopped) {
 }
 
 bool LibavPictures::seekTo(MediaTime time, int attempt) {
-    std::int64_t target = times_.units(time);
-    if (attempt > 0) {
-        if (times_.hasIndex() && keyDecoding_ != AV_NOPTS_VALUE)
-            target = keyDecoding_ - 1;
-        else
-            target -= av_rescale_q(std::int64_t{1} << attempt, {1, 2}, stream_->time_base);
-    }
     const std::int64_t start = times_.units({}); // within the first picture
-    isAtStart_ = target <= start && attempt > 0;
-    if (isAtStart_ || av_seek_frame(file_->get(), stream_->index, target, AVSEEK_FLAG_BACKWARD) < 0) {
-        isAtStart_ = true;
-        if (!seekStart()) return false;
+    if (attempt == 0) {
+        seekTarget_ = times_.units(time);
+    } else if (const int key = av_index_search_timestamp(stream_, seekTarget_, AVSEEK_FLAG_BACKWARD);
+               times_.hasIndex() && key >= 0) {
+        seekTarget_ = avformat_index_get_entry(stream_, key)->timestamp - 1;
+    } else {
+        seekTarget_ -= av_rescale_q(std::int64_t{1} << attempt, {1, 2}, stream_->time_base);
     }
-    isAtStart_ = isAtStart_ || target <= start;
+    isAtStart_ = seekTarget_ <= start ||
+                 av_seek_frame(file_->get(), stream_->index, seekTarget_, AVSEEK_FLAG_BACKWARD) < 0;
+    if (isAtStart_ && !seekStart()) return false;
     standAfterSeek();
     if (!isAtStart_) latestKey_ = time;
     return true;
 }
 
 bool LibavPictures::seekStart() {
+    // Streams that are cut anywhere are searched for their time stamps, past the first ones.
+    const bool isSearched = ((*file_)->iformat->flags & AVFMT_TS_DISCONT) != 0;
+    if (isSearched) return av_seek_frame(file_->get(), -1, 0, AVSEEK_FLAG_BYTE) >= 0;
     if (av_seek_frame(file_->get(), stream_->index, times_.units({}), AVSEEK_FLAG_BACKWARD) >= 0) return true;
     return load(); // neither an index nor time stamps to go by
 }
@@ -230,7 +257,7 @@ void LibavPictures::standAfterSeek() {
     awaitsKey_ = true;
     keylessPackets_ = 0;
     isDrained_ = false;
-    keyTime_ = keyDecoding_ = lastPacket_ = AV_NOPTS_VALUE;
+    keyTime_ = lastPacket_ = AV_NOPTS_VALUE;
     lastTaken_.reset();
     latestKey_.reset();
     skipBefore_.reset();
@@ -239,24 +266,25 @@ void LibavPictures::standAfterSeek() {
 
 // Decoding.
 
-LibavPictures::Step LibavPictures::decodeKey(MediaTime time, std::optional<MediaTime> tolerance,
-                                             const IsStopped& isStopped) {
+/// `late`: decoding has to begin farther in front.
+LibavPictures::Step LibavPictures::readKey(const IsStopped& isStopped) {
     while (awaitsKey_) {
         if (isStopped()) return Step::stopped;
         if (!feed()) return Step::late;
     }
+    return Step::picture;
+}
+
+/// The key picture that was read, without those behind it; within the tolerance, where there is one.
+LibavPictures::Step LibavPictures::takeKey(MediaTime time, std::optional<MediaTime> tolerance) {
     const MediaTime place = times_.momentOf(keyTime_, 0).time;
     if (tolerance && time - place > *tolerance) return Step::late;
     isSeekNeeded_ = true;
     if (current_.isThere && current_.moment.time == place) return Step::picture;
-    // It comes out without the pictures behind it.
     isDrained_ = true;
     avcodec_send_packet(decoder_.get(), nullptr);
-    const Step step = decodeNext(spare_, isStopped);
-    if (step != Step::picture) {
-        avcodec_flush_buffers(decoder_.get());
-        return step == Step::stopped ? step : Step::late;
-    }
+    const Step step = decodeNext(spare_, [] { return false; });
+    if (step != Step::picture) return Step::late;
     std::swap(current_, spare_);
     if (facts_.isIntraOnly) { // the next packet can be decoded by itself
         avcodec_flush_buffers(decoder_.get());
@@ -310,13 +338,12 @@ bool LibavPictures::feed() {
             const bool isKey = (packet_->flags & AV_PKT_FLAG_KEY) != 0;
             if (isKey || ++keylessPackets_ > mostKeylessPackets) {
                 keyTime_ = packet_->pts != AV_NOPTS_VALUE ? packet_->pts : packet_->dts;
-                keyDecoding_ = packet_->dts != AV_NOPTS_VALUE ? packet_->dts : packet_->pts;
                 if (latestKey_ && times_.momentOf(keyTime_, 0).time > *latestKey_) {
                     av_packet_unref(packet_.get());
                     return false; // decoding has to begin farther in front
                 }
                 awaitsKey_ = false;
-                times_.beginAt(keyDecoding_);
+                times_.beginAt(packet_->dts != AV_NOPTS_VALUE ? packet_->dts : packet_->pts);
             }
         }
         if (!isOurs || awaitsKey_) {

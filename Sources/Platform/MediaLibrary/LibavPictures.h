@@ -47,6 +47,7 @@ class LibavPictures {
 
     explicit LibavPictures(std::string path) : path_(std::move(path)) {}
     bool load();
+    void learnOrigin();
     bool openDecoder(const AVCodec& codec);
     void readFacts();
 
@@ -56,7 +57,8 @@ class LibavPictures {
     bool isSeekQuicker(MediaTime time) const;
     bool covers(const Decoded& picture, MediaTime time) const;
     Step seekAndDecode(MediaTime time, MediaTime tolerance, const IsStopped& isStopped);
-    Step decodeKey(MediaTime time, std::optional<MediaTime> tolerance, const IsStopped& isStopped);
+    Step readKey(const IsStopped& isStopped);
+    Step takeKey(MediaTime time, std::optional<MediaTime> tolerance);
     Step decodeTo(MediaTime time, MediaTime tolerance, bool isGoingOn, const IsStopped& isStopped);
     Step decodeNext(Decoded& into, const IsStopped& isStopped);
     bool feed();
@@ -83,10 +85,10 @@ class LibavPictures {
     int keylessPackets_ = 0;                ///< dropped for that
     bool isDrained_ = false;                ///< the file has ended; the decoder gives what it holds
     std::int64_t keyTime_ = AV_NOPTS_VALUE; ///< of the key picture that decoding began at, in stream units
-    std::int64_t keyDecoding_ = AV_NOPTS_VALUE; ///< its decoding time
-    std::int64_t lastPacket_ = AV_NOPTS_VALUE;  ///< decoding time of the last packet
-    std::optional<MediaTime> lastTaken_;        ///< of the pictures since the seek
-    std::optional<MediaTime> latestKey_;        ///< decoding that begins behind it misses the picture
+    std::int64_t seekTarget_ = 0;           ///< in stream units
+    std::int64_t lastPacket_ = AV_NOPTS_VALUE; ///< decoding time of the last packet
+    std::optional<MediaTime> lastTaken_;       ///< of the pictures since the seek
+    std::optional<MediaTime> latestKey_;       ///< decoding that begins behind it misses the picture
     /// Pictures before that, to which no other refers, need not be decoded.
     std::optional<MediaTime> skipBefore_;
     bool maySkip_ = true;

@@ -36,9 +36,37 @@ struct Writer {
     Writer(const Writer&) = delete;
     Writer& operator=(const Writer&) = delete;
 
+    /// The software is named in front of the pixels.
+    void begin(std::string& bytes, std::uint32_t width, std::uint32_t height, int colourType,
+               std::string_view software) {
+        std::string key = "Software", value(software);
+        png_text text{};
+        text.compression = PNG_TEXT_COMPRESSION_NONE;
+        text.key = key.data();
+        text.text = value.data();
+        png_set_write_fn(png, &bytes, append, flush);
+        png_set_IHDR(png, info, width, height, 8, colourType, PNG_INTERLACE_NONE,
+                     PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+        png_set_text(png, info, &text, 1);
+    }
+
     png_structp png;
     png_infop info;
 };
+
+/// A colour as it is where it is opaque.
+png_byte unmultiplied(std::uint8_t colour, std::uint8_t alpha) {
+    constexpr unsigned opaque = 255;
+    return static_cast<png_byte>(std::min((colour * opaque + alpha / 2U) / alpha, opaque));
+}
+
+/// Red, green, blue and alpha of a pixel.
+void takePixel(const std::uint8_t* bgra, png_byte* rgba) {
+    const std::uint8_t alpha = bgra[3];
+    for (int channel = 0; channel < 3; ++channel)
+        rgba[channel] = alpha == 0 ? png_byte{0} : unmultiplied(bgra[2 - channel], alpha);
+    rgba[3] = alpha;
+}
 
 } // namespace
 
@@ -53,23 +81,33 @@ std::string encodedPNG(const IndexedPicture& picture, std::string_view software)
         colours.push_back({colour.red, colour.green, colour.blue});
         alphas.push_back(colour.alpha);
     }
-    std::string key = "Software", value(software);
-    png_text text{};
-    text.compression = PNG_TEXT_COMPRESSION_NONE;
-    text.key = key.data();
-    text.text = value.data();
-
     std::string bytes;
-    const Writer writer;
-    png_set_write_fn(writer.png, &bytes, append, flush);
-    png_set_IHDR(writer.png, writer.info, picture.width, picture.height, 8, PNG_COLOR_TYPE_PALETTE,
-                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    Writer writer;
+    writer.begin(bytes, picture.width, picture.height, PNG_COLOR_TYPE_PALETTE, software);
     png_set_PLTE(writer.png, writer.info, colours.data(), static_cast<int>(colours.size()));
     png_set_tRNS(writer.png, writer.info, alphas.data(), static_cast<int>(alphas.size()), nullptr);
-    png_set_text(writer.png, writer.info, &text, 1);
     png_write_info(writer.png, writer.info);
     for (std::uint32_t row = 0; row < picture.height; ++row)
         png_write_row(writer.png, picture.pixels.data() + std::size_t{row} * picture.width);
+    png_write_end(writer.png, writer.info);
+    return bytes;
+}
+
+std::string encodedPNG(const ColourPicture& picture, std::string_view software) {
+    constexpr std::size_t bytesPerPixel = 4;
+    const std::size_t rowBytes = bytesPerPixel * picture.width;
+    if (rowBytes == 0 || picture.height == 0 || picture.pixels.size() != rowBytes * picture.height)
+        throw std::runtime_error("can't make a picture: it has no pixels");
+    std::string bytes;
+    Writer writer;
+    writer.begin(bytes, picture.width, picture.height, PNG_COLOR_TYPE_RGBA, software);
+    png_write_info(writer.png, writer.info);
+    std::vector<png_byte> line(rowBytes);
+    for (std::uint32_t row = 0; row < picture.height; ++row) {
+        const std::uint8_t* pixels = picture.pixels.data() + row * rowBytes;
+        for (std::size_t at = 0; at < rowBytes; at += bytesPerPixel) takePixel(pixels + at, line.data() + at);
+        png_write_row(writer.png, line.data());
+    }
     png_write_end(writer.png, writer.info);
     return bytes;
 }

@@ -20,8 +20,16 @@ struct IndexedPicture {
     std::span<const Colour> palette; ///< up to 256; no pixel is beyond it
 };
 
+/// A picture of four bytes a pixel, rows from the top: blue, green, red and alpha, colours multiplied by
+/// alpha.
+struct ColourPicture {
+    std::uint32_t width = 0, height = 0; ///< above 0
+    std::span<const std::uint8_t> pixels;
+};
+
 /// The bytes of a PNG file that names `software` as what made it. Throws std::runtime_error for a picture
 /// that is none. Any thread.
 std::string encodedPNG(const IndexedPicture& picture, std::string_view software);
+std::string encodedPNG(const ColourPicture& picture, std::string_view software);
 
 } // namespace orvane::platform

@@ -90,6 +90,7 @@ struct PictureAnswer {
     std::int32_t width = 0, height = 0;
     Seconds time, duration;
     std::int64_t number = 0;
+    bool isLast = false; ///< decoding has shown that the file ends behind it
 };
 
 /// What a helper for pictures shares. Both sides write `stopped` alone at any time.
@@ -165,7 +166,8 @@ void exchange(Archive& archive, PictureWish& wish) {
 }
 template <class Archive>
 void exchange(Archive& archive, PictureAnswer& answer) {
-    archive(answer.outcome, answer.width, answer.height, answer.time, answer.duration, answer.number);
+    archive(answer.outcome, answer.width, answer.height, answer.time, answer.duration, answer.number,
+            answer.isLast);
 }
 
 template <class T>

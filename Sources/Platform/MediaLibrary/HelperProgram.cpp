@@ -211,6 +211,7 @@ class Helper {
         answer.time = {moment.time.value, moment.time.scale};
         answer.duration = {moment.duration.value, moment.duration.scale};
         answer.number = moment.number;
+        answer.isLast = video.isLast();
         return answer;
     }
 

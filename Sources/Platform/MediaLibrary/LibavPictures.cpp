@@ -145,8 +145,7 @@ LibavPictures::Outcome LibavPictures::find(MediaTime time, MediaTime tolerance, 
     file_->extendDeadline();
     time = std::max(time, MediaTime{});
     if (times_.count() > 0 && times_.constantRate())
-        time = std::min(time,
-                        facts_.duration - MediaTime{times_.constantRate()->den, times_.constantRate()->num});
+        time = std::min(time, times_.duration() - times_.pictureLength());
     if (covers(current_, time)) return Outcome::picture;
     if (current_.isThere && tolerance > MediaTime{} && current_.moment.time <= time &&
         time - current_.moment.time <= tolerance)
@@ -170,6 +169,7 @@ LibavPictures::Outcome LibavPictures::find(MediaTime time, MediaTime tolerance, 
 
 LibavPictures::Step LibavPictures::seekAndDecode(MediaTime time, MediaTime tolerance,
                                                  const IsStopped& isStopped) {
+    Step result = Step::late;
     bool mayTakeKey = tolerance > MediaTime{};
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
         if (!seekTo(time, attempt)) break;
@@ -185,9 +185,14 @@ LibavPictures::Step LibavPictures::seekAndDecode(MediaTime time, MediaTime toler
             step = Step::picture;
         }
         if (step == Step::picture) step = decodeTo(time, tolerance, false, isStopped);
-        if (step != Step::late || isAtStart_) return step;
+        if (step == Step::picture || step == Step::end) return step;
+        if (step == Step::stopped || isAtStart_) {
+            result = step;
+            break;
+        }
     }
-    return Step::late;
+    isSeekNeeded_ = true; // the decoder stands somewhere, and not behind `current_`
+    return result;
 }
 
 LibavPictures::Outcome LibavPictures::findKey(MediaTime time, const IsStopped& isStopped) {
@@ -197,8 +202,9 @@ LibavPictures::Outcome LibavPictures::findKey(MediaTime time, const IsStopped& i
         if (!seekTo(time, attempt)) break;
         Step step = readKey(isStopped);
         if (step == Step::picture) step = takeKey(time, std::nullopt);
-        if (step == Step::stopped) return Outcome::stopped;
         if (step == Step::picture) return Outcome::picture;
+        isSeekNeeded_ = true;
+        if (step == Step::stopped) return Outcome::stopped;
         if (isAtStart_) break;
     }
     return current_.isThere ? Outcome::picture : Outcome::nothing;
@@ -216,7 +222,10 @@ LibavPictures::Outcome LibavPictures::findNext(const IsStopped& isStopped) {
     if (!ahead_.isThere) {
         const Step step = decodeNext(ahead_, isStopped);
         if (step == Step::stopped) return Outcome::stopped;
-        if (step != Step::picture) return Outcome::end;
+        if (step != Step::picture) {
+            isLast_ = true;
+            return Outcome::end;
+        }
     }
     std::swap(current_, ahead_);
     ahead_.isThere = false;
@@ -302,9 +311,15 @@ LibavPictures::Step LibavPictures::decodeTo(MediaTime time, MediaTime tolerance,
         if (!ahead_.isThere) {
             const Step step = decodeNext(ahead_, isStopped);
             if (step == Step::stopped) return step;
-            if (step != Step::picture) return hasPicture ? Step::end : Step::late; // behind the last picture
+            if (step != Step::picture) { // behind the last picture
+                isLast_ = hasPicture;
+                return hasPicture ? Step::end : Step::late;
+            }
         }
-        if (ahead_.moment.time > time && hasPicture) return Step::picture;
+        if (ahead_.moment.time > time && hasPicture) { // pictures between them cannot be decoded
+            current_.moment.duration = ahead_.moment.time - current_.moment.time;
+            return Step::picture;
+        }
         std::swap(current_, ahead_);
         ahead_.isThere = false;
         hasPicture = true;
@@ -386,6 +401,7 @@ bool LibavPictures::take(Decoded& into) {
     }
     if (lastTaken_ && into.moment.time <= *lastTaken_) return false;
     lastTaken_ = into.moment.time;
+    isLast_ = false;
     into.isThere = true;
     return true;
 }

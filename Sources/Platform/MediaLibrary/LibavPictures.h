@@ -33,6 +33,8 @@ class LibavPictures {
     /// Finds the picture behind the one that was found last.
     Outcome findNext(const IsStopped& isStopped);
     const PictureMoment& moment() const { return current_.moment; }
+    /// Decoding came to the end of the file behind the picture that was found.
+    bool isLast() const { return isDrained_ && !isSeekNeeded_ && isLast_; }
     PictureSize sizeWithin(PictureSize limit) const;
     /// Writes the picture that was found.
     bool write(PictureSize size, std::uint8_t* into);
@@ -92,6 +94,7 @@ class LibavPictures {
     /// Pictures before that, to which no other refers, need not be decoded.
     std::optional<MediaTime> skipBefore_;
     bool maySkip_ = true;
+    bool isLast_ = false;     ///< no picture came behind `current_`
     bool hasSkipped_ = false; ///< since the seek
 };
 

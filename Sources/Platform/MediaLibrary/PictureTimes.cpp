@@ -46,7 +46,9 @@ PictureTimes::PictureTimes(const AVFormatContext& file, AVStream& stream, std::i
         duration_ = timeOf(origin_ + stream.duration);
     else if (file.duration > 0)
         duration_ = MediaTime{file.duration, AV_TIME_BASE};
-    if (rate_) count_ = std::llround(duration_.seconds() * nominalRate_);
+    if (!rate_) return;
+    count_ = std::llround(duration_.seconds() * nominalRate_);
+    duration_ = timeAt(*rate_, count_);
 }
 
 void PictureTimes::readIndex(std::int64_t fileBytes) {

@@ -30,6 +30,8 @@ class PictureTimes {
 
     /// Pictures per second where it is constant.
     const std::optional<AVRational>& constantRate() const { return rate_; }
+    /// Where the rate is constant.
+    MediaTime pictureLength() const { return {rate_->den, rate_->num}; }
     double nominalRate() const { return nominalRate_; }
     std::int64_t count() const { return count_; } ///< 0: not known
     const MediaTime& duration() const { return duration_; }

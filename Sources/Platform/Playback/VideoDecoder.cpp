@@ -16,6 +16,9 @@ using helper::Process;
 /// Blocks that wait to be used again.
 constexpr std::size_t mostFreeBlocks = 3;
 
+/// A second, of a file that tells no rate.
+constexpr double usualRate = 25;
+
 helper::Seconds message(MediaTime time) { return {time.value, time.scale}; }
 /// What a helper says of a time; it may say anything.
 MediaTime time(helper::Seconds seconds) {
@@ -118,7 +121,7 @@ VideoDecoder::Result VideoDecoder::ask(helper::PictureWish& wish, PictureSize li
         throwIfStopped(stop);
         return {};
     }
-    if (answer->outcome == helper::PictureOutcome::end) return {Outcome::end, std::nullopt};
+    if (answer->outcome == helper::PictureOutcome::end) return {Outcome::end, std::nullopt, false};
     const bool isPicture =
         answer->outcome == helper::PictureOutcome::picture && answer->width > 0 && answer->height > 0 &&
         static_cast<std::size_t>(answer->width) * static_cast<std::size_t>(answer->height) <=
@@ -128,11 +131,14 @@ VideoDecoder::Result VideoDecoder::ask(helper::PictureWish& wish, PictureSize li
     picture.size = {answer->width, answer->height};
     picture.time = time(answer->time);
     picture.duration = time(answer->duration);
+    if (picture.duration <= MediaTime{}) // nobody knows
+        picture.duration =
+            MediaTime::fromSeconds(1 / (facts_.nominalFrameRate > 0 ? facts_.nominalFrameRate : usualRate));
     picture.number = answer->number;
     const auto pixels = store_->get(store_, picture.bytes());
     std::memcpy(pixels.get(), process_->pixels(), picture.bytes());
     picture.pixels = pixels;
-    return {Outcome::picture, std::move(picture)};
+    return {Outcome::picture, std::move(picture), answer->isLast};
 }
 
 namespace {

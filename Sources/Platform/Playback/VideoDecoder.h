@@ -42,6 +42,7 @@ class VideoDecoder {
     struct Result {
         Outcome outcome = Outcome::nothing;
         std::optional<Picture> picture;
+        bool isLast = false; ///< the file ends behind it, as decoding has shown
     };
 
     /// Null when the file has no picture that can be decoded.

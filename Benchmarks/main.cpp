@@ -1,5 +1,6 @@
 #include "CoreBenchmarks.h"
 #include "EditingBenchmarks.h"
+#include "PictureBenchmarks.h"
 #include "Process.h"
 #include "ReportBenchmarks.h"
 #include "SessionBenchmarks.h"
@@ -27,6 +28,7 @@ using namespace orvane::bench;
 constexpr int clips = 10000;
 constexpr int channels = 8;
 constexpr const char *exportOption = "--export-once", *exportAllOption = "--export-all-once";
+constexpr const char* picturesOption = "--pictures"; ///< with a folder: the rows of the player alone
 
 std::vector<std::string> withFiles(std::vector<std::string> words, const MediaCorpus& corpus) {
     for (const auto* urls : {&corpus.videos, &corpus.audios})
@@ -119,6 +121,7 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printSessionRows(results);
     printEditingRows(results);
     printStopRows(results);
+    printPictureRows(folder);
     const auto version = medianRun({program, "--version"}, 51);
     const auto nothing = medianRun({"/bin/true"}, 51);
     constexpr double mostMilliseconds = 20;
@@ -138,6 +141,11 @@ int main(int argc, char** argv) {
     }
     if (argc > 2 && std::string(argv[1]) == peakOption) {
         printPeakOf({argv + 2, argv + argc});
+        return 0;
+    }
+    if (argc == 3 && std::string(argv[1]) == picturesOption) {
+        printHeading();
+        printPictureRows(argv[2]);
         return 0;
     }
     if (argc < 3) {

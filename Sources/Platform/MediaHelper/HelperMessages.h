@@ -2,6 +2,7 @@
 
 #include "Platform/MediaInspector.h"
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -28,7 +29,17 @@ enum class Request : std::uint8_t {
     close,     ///< handle
     versions,  ///< answers a text
     canDecode, ///< name of a codec; answers whether
+    // Of a helper for pictures.
+    openPictures,  ///< path; answers maybe a `VideoStream`
+    picture,       ///< `PictureWish`; answers a `PictureAnswer`, whose pixels lie in the shared memory
+    closePictures, ///< handle
 };
+
+/// What a helper is for. One for pictures may use more memory, and shares one picture of the largest size
+/// instead of samples.
+enum class Purpose : std::uint8_t { sound, pictures };
+/// The argument with which a helper for pictures starts.
+constexpr const char* picturesArgument = "pictures";
 
 struct Inspected {
     bool isHindered = false;
@@ -44,12 +55,62 @@ struct Track {
     std::int64_t promisedFrames = 0;
 };
 
+/// A time as value / scale seconds.
+struct Seconds {
+    std::int64_t value = 0;
+    std::int64_t scale = 1;
+};
+
+/// The pictures of a file that the helper holds open; as VideoFacts.
+struct VideoStream {
+    std::uint32_t handle = 0;
+    std::int32_t width = 0, height = 0;
+    Seconds duration;
+    double nominalFrameRate = 0;
+    std::int64_t pictureCount = 0;
+    bool isIntraOnly = false;
+};
+
+enum class PictureChoice : std::uint8_t {
+    at,   ///< as FrameReader::pictureAt
+    key,  ///< the newest one at or before the time that is decoded by itself
+    next, ///< the one behind the last one that was given
+};
+struct PictureWish {
+    std::uint32_t handle = 0;
+    std::uint64_t number = 0; ///< of the wish, ascending: for `PictureMemory::stopped`
+    PictureChoice choice = PictureChoice::at;
+    Seconds time, tolerance;
+    std::int32_t width = 0, height = 0; ///< the limit; 0: none
+};
+
+enum class PictureOutcome : std::uint8_t { picture, end, nothing, stopped };
+struct PictureAnswer {
+    PictureOutcome outcome = PictureOutcome::nothing;
+    std::int32_t width = 0, height = 0;
+    Seconds time, duration;
+    std::int64_t number = 0;
+    bool isLast = false; ///< decoding has shown that the file ends behind it
+};
+
+/// What a helper for pictures shares. Both sides write `stopped` alone at any time.
+struct PictureMemory {
+    /// The wishes up to this number are no longer wanted.
+    std::atomic<std::uint64_t> stopped;
+};
+static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
+/// The rows of a picture begin here, without gaps, 4 bytes a pixel.
+constexpr std::size_t pixelsOffset = 4096;
+/// Room for 8K. Memory that no picture has reached is not there.
+constexpr std::size_t mostPixels = std::size_t{8192} * 4320;
+constexpr std::size_t pictureMemoryBytes = pixelsOffset + 4 * mostPixels;
+
 /// The samples of an answer lie here, each channel by itself, one behind the other.
 constexpr std::size_t sharedSamples = std::size_t{1} << 20U;
 constexpr std::size_t sharedBytes = sharedSamples * sizeof(float);
 /// What a helper finds open when it starts.
 constexpr int messageDescriptor = 3;
-constexpr int samplesDescriptor = 4;
+constexpr int memoryDescriptor = 4;
 
 constexpr std::size_t longestMessage = std::size_t{64} << 20U; ///< bytes
 
@@ -88,6 +149,25 @@ void exchange(Archive& archive, Inspected& answer) {
 template <class Archive>
 void exchange(Archive& archive, Track& track) {
     archive(track.handle, track.sampleRate, track.channelCount, track.frameCount, track.promisedFrames);
+}
+
+template <class Archive>
+void exchange(Archive& archive, Seconds& time) {
+    archive(time.value, time.scale);
+}
+template <class Archive>
+void exchange(Archive& archive, VideoStream& stream) {
+    archive(stream.handle, stream.width, stream.height, stream.duration, stream.nominalFrameRate,
+            stream.pictureCount, stream.isIntraOnly);
+}
+template <class Archive>
+void exchange(Archive& archive, PictureWish& wish) {
+    archive(wish.handle, wish.number, wish.choice, wish.time, wish.tolerance, wish.width, wish.height);
+}
+template <class Archive>
+void exchange(Archive& archive, PictureAnswer& answer) {
+    archive(answer.outcome, answer.width, answer.height, answer.time, answer.duration, answer.number,
+            answer.isLast);
 }
 
 template <class T>

@@ -23,7 +23,9 @@ namespace {
 /// Longer than the helper itself gives one read of a file (10 s).
 constexpr std::chrono::seconds longestRequest{20};
 /// Free helpers that are kept for the next file.
-constexpr std::size_t mostFree = 8;
+constexpr std::ptrdiff_t mostFree = 8;
+/// They keep the memory that their largest file needed.
+constexpr std::ptrdiff_t mostFreeForPictures = 2;
 
 struct Pool {
     std::mutex mutex;
@@ -40,10 +42,14 @@ void buryEnded() {
     std::erase_if(pool().ended, [](pid_t process) { return ::waitpid(process, nullptr, WNOHANG) != 0; });
 }
 
+std::size_t bytesFor(Purpose purpose) {
+    return purpose == Purpose::pictures ? pictureMemoryBytes : sharedBytes;
+}
+
 /// Memory without a name that two processes see; -1 when there is none.
-int makeSharedMemory() {
+int makeSharedMemory(std::size_t bytes) {
     const int memory = ::memfd_create("samples", MFD_CLOEXEC);
-    if (memory >= 0 && ::ftruncate(memory, sharedBytes) != 0) {
+    if (memory >= 0 && ::ftruncate(memory, static_cast<off_t>(bytes)) != 0) {
         ::close(memory);
         return -1;
     }
@@ -76,15 +82,17 @@ class SpawnActions {
 };
 
 /// 0 when the system starts none.
-pid_t startProgram(const std::string& path, int socket, int memory) {
+pid_t startProgram(const std::string& path, Purpose purpose, int socket, int memory) {
     SpawnActions spawn;
     for (const int standard : {0, 1, 2}) // whatever a library prints
         ::posix_spawn_file_actions_addopen(&spawn.actions, standard, "/dev/null", O_RDWR, 0);
     ::posix_spawn_file_actions_adddup2(&spawn.actions, socket, messageDescriptor);
-    ::posix_spawn_file_actions_adddup2(&spawn.actions, memory, samplesDescriptor);
-    ::posix_spawn_file_actions_addclosefrom_np(&spawn.actions, samplesDescriptor + 1);
+    ::posix_spawn_file_actions_adddup2(&spawn.actions, memory, memoryDescriptor);
+    ::posix_spawn_file_actions_addclosefrom_np(&spawn.actions, memoryDescriptor + 1);
     std::string name = path;
-    const std::array<char*, 2> arguments{name.data(), nullptr};
+    std::string argument = picturesArgument;
+    const std::array<char*, 3> arguments{name.data(),
+                                         purpose == Purpose::pictures ? argument.data() : nullptr, nullptr};
     pid_t process = 0;
     const int failure =
         ::posix_spawn(&process, path.c_str(), &spawn.actions, &spawn.attributes, arguments.data(), environ);
@@ -93,8 +101,8 @@ pid_t startProgram(const std::string& path, int socket, int memory) {
 
 /// A descriptor above those that the helper gets, so that giving one does not close another.
 int movedUp(int descriptor) {
-    if (descriptor < 0 || descriptor > samplesDescriptor) return descriptor;
-    const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, samplesDescriptor + 1);
+    if (descriptor < 0 || descriptor > memoryDescriptor) return descriptor;
+    const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, memoryDescriptor + 1);
     ::close(descriptor);
     return moved;
 }
@@ -115,51 +123,60 @@ const std::string& programPath() {
     return path;
 }
 
-std::shared_ptr<Process> Process::borrow() {
+std::shared_ptr<Process> Process::borrow(Purpose purpose) {
     buryEnded();
     std::unique_ptr<Process> process;
     {
         const std::lock_guard lock(pool().mutex);
-        while (!pool().free.empty() && !process) {
-            process = std::move(pool().free.back());
-            pool().free.pop_back();
-            if (process->owner_ != ::getpid()) process.reset();
+        auto& free = pool().free;
+        std::erase_if(free, [](const auto& one) { return one->owner_ != ::getpid(); });
+        const auto found = std::find_if(free.rbegin(), free.rend(),
+                                        [=](const auto& one) { return one->purpose_ == purpose; });
+        if (found != free.rend()) {
+            process = std::move(*found);
+            free.erase(std::next(found).base());
         }
     }
-    if (!process) process = start();
+    if (!process) process = start(purpose);
     if (!process) return nullptr;
     return {process.release(), [](Process* returned) {
                 std::unique_ptr<Process> back(returned);
                 const std::lock_guard lock(pool().mutex);
-                if (back->isRunning() && back->owner_ == ::getpid() && pool().free.size() < mostFree)
+                const auto alike = std::ranges::count_if(
+                    pool().free, [&](const auto& one) { return one->purpose_ == back->purpose_; });
+                const auto most = back->purpose_ == Purpose::pictures ? mostFreeForPictures : mostFree;
+                if (back->isRunning() && back->owner_ == ::getpid() && alike < most)
                     pool().free.push_back(std::move(back));
             }};
 }
 
-std::unique_ptr<Process> Process::start() {
+std::unique_ptr<Process> Process::start(Purpose purpose) {
     if (programPath().empty()) return nullptr;
     std::array<int, 2> sockets{-1, -1};
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data()) != 0) return nullptr;
-    const int own = movedUp(sockets[0]), theirs = movedUp(sockets[1]), memory = movedUp(makeSharedMemory());
-    void* samples = memory < 0 ? MAP_FAILED : ::mmap(nullptr, sharedBytes, PROT_READ, MAP_SHARED, memory, 0);
-    const bool isReady = own >= 0 && theirs >= 0 && samples != MAP_FAILED;
-    const pid_t process = isReady ? startProgram(programPath(), theirs, memory) : 0;
+    const std::size_t bytes = bytesFor(purpose);
+    const int own = movedUp(sockets[0]), theirs = movedUp(sockets[1]);
+    const int memory = movedUp(makeSharedMemory(bytes));
+    const int access = purpose == Purpose::pictures ? PROT_READ | PROT_WRITE : PROT_READ;
+    void* shared = memory < 0 ? MAP_FAILED : ::mmap(nullptr, bytes, access, MAP_SHARED, memory, 0);
+    const bool isReady = own >= 0 && theirs >= 0 && shared != MAP_FAILED;
+    const pid_t process = isReady ? startProgram(programPath(), purpose, theirs, memory) : 0;
     closeIfOpen(theirs);
     closeIfOpen(memory);
     if (process == 0) {
         closeIfOpen(own);
-        if (samples != MAP_FAILED) ::munmap(samples, sharedBytes);
+        if (shared != MAP_FAILED) ::munmap(shared, bytes);
         return nullptr;
     }
-    return std::unique_ptr<Process>(new Process(process, own, static_cast<const float*>(samples)));
+    return std::unique_ptr<Process>(new Process(purpose, process, own, shared));
 }
 
-Process::Process(pid_t process, int descriptor, const float* samples)
-    : owner_(::getpid()), process_(process), descriptor_(descriptor), samples_(samples) {}
+Process::Process(Purpose purpose, pid_t process, int descriptor, void* memory)
+    : owner_(::getpid()), process_(process), descriptor_(descriptor), purpose_(purpose), memory_(memory) {}
 
 Process::~Process() {
     end();
-    ::munmap(const_cast<float*>(samples_), sharedBytes);
+    ::munmap(memory_, bytesFor(purpose_));
 }
 
 void Process::end() {

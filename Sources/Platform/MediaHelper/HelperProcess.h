@@ -17,7 +17,7 @@ class Process {
   public:
     /// One that is free, or a new one, which goes back to the free ones with the last pointer to it. Null
     /// when the program is not there or the system starts no process.
-    static std::shared_ptr<Process> borrow();
+    static std::shared_ptr<Process> borrow(Purpose purpose = Purpose::sound);
     ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
@@ -39,22 +39,26 @@ class Process {
     }
     /// Held from a request to read until its samples are copied.
     std::recursive_mutex& mutex() { return mutex_; }
-    std::span<const float> samples() const { return {samples_, sharedSamples}; }
+    std::span<const float> samples() const { return {static_cast<const float*>(memory_), sharedSamples}; }
+    PictureMemory& pictures() const { return *static_cast<PictureMemory*>(memory_); }
+    /// `mostPixels` of four bytes.
+    const std::uint8_t* pixels() const { return static_cast<const std::uint8_t*>(memory_) + pixelsOffset; }
 
     /// It did not answer in time, rather than ending.
     bool wasTooSlow() const { return wasTooSlow_; }
     bool isRunning() const { return descriptor_ >= 0; }
 
   private:
-    Process(pid_t process, int descriptor, const float* samples);
-    static std::unique_ptr<Process> start();
+    Process(Purpose purpose, pid_t process, int descriptor, void* memory);
+    static std::unique_ptr<Process> start(Purpose purpose);
     void end();
 
     std::recursive_mutex mutex_;
     const pid_t owner_; ///< a child that was forked shares the socket and must not use it
     const pid_t process_;
     int descriptor_; ///< -1 after the end
-    const float* const samples_;
+    const Purpose purpose_;
+    void* const memory_; ///< shared with it
     bool wasTooSlow_ = false;
 };
 

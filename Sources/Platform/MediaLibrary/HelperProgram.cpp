@@ -1,6 +1,7 @@
 #include "Platform/MediaHelper/HelperMessages.h"
 #include "Platform/MediaLibrary/FileInput.h"
 #include "Platform/MediaLibrary/LibavFile.h"
+#include "Platform/MediaLibrary/LibavPictures.h"
 #include "Platform/MediaLibrary/LibraryReaders.h"
 
 #include <sndfile.h>
@@ -11,7 +12,9 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <cmath>
 #include <map>
+#include <string_view>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -25,8 +28,9 @@ namespace orvane::platform {
 
 namespace {
 
-[[maybe_unused]] constexpr std::size_t mostMemory = std::size_t{512}
-                                                    << 20U;        ///< bytes, of all files that it has open
+/// Bytes, of all files that it has open. A decoder of long groups keeps up to 17 pictures.
+[[maybe_unused]] constexpr std::size_t mostMemory = std::size_t{512} << 20U;
+[[maybe_unused]] constexpr std::size_t mostMemoryForPictures = std::size_t{1} << 30U;
 constexpr std::size_t largestAllocation = std::size_t{256} << 20U; ///< bytes, of libav
 /// Seconds. The program that asked gives up before that; this ends a helper whose program is gone.
 constexpr unsigned longestRequest = 30;
@@ -39,13 +43,13 @@ void limit(__rlimit_resource resource, rlim_t value) {
     ::setrlimit(resource, &now);
 }
 
-void limitProcess() {
+void limitProcess([[maybe_unused]] std::size_t memory) {
     limit(RLIMIT_CORE, 0);
     limit(RLIMIT_FSIZE, 0); // it writes no file
     limit(RLIMIT_NOFILE, 64);
 #ifndef ORVANE_SANITIZED // sanitizers map terabytes
-    limit(RLIMIT_DATA, mostMemory);
-    limit(RLIMIT_AS, 4 * mostMemory); // where the system does not count data alone
+    limit(RLIMIT_DATA, memory);
+    limit(RLIMIT_AS, 4 * memory); // where the system does not count data alone
 #endif
     ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     av_max_alloc(largestAllocation);
@@ -56,7 +60,8 @@ bool hasSeenReadError = false;
 
 class Helper {
   public:
-    explicit Helper(float* samples) : samples_(samples) {}
+    explicit Helper(void* memory)
+        : samples_(static_cast<float*>(memory)), pictures_(static_cast<helper::PictureMemory*>(memory)) {}
 
     /// The answer to a request.
     std::string answer(const std::string& request) {
@@ -83,6 +88,12 @@ class Helper {
             return reply(versions());
         case helper::Request::canDecode:
             return reply(avcodec_find_decoder_by_name(reader.next<std::string>().c_str()) != nullptr);
+        case helper::Request::openPictures:
+            return openPictures(reader.next<std::string>());
+        case helper::Request::picture:
+            return reply(picture(reader.next<helper::PictureWish>()));
+        case helper::Request::closePictures:
+            return reply(videos_.erase(reader.next<std::uint32_t>()) > 0);
         }
         throw helper::MessageError();
     }
@@ -147,6 +158,63 @@ class Helper {
         return file.read(places, frames);
     }
 
+    std::string openPictures(const std::string& path) {
+        std::optional<helper::VideoStream> opened;
+        if (auto video = LibavPictures::open(path)) {
+            const VideoFacts& facts = video->facts();
+            opened = {next_,
+                      facts.size.width,
+                      facts.size.height,
+                      {facts.duration.value, facts.duration.scale},
+                      facts.nominalFrameRate,
+                      facts.pictureCount,
+                      facts.isIntraOnly};
+            videos_.emplace(next_++, std::move(video));
+        }
+        return reply(opened);
+    }
+
+    helper::PictureAnswer picture(const helper::PictureWish& wish) {
+        const auto found = videos_.find(wish.handle);
+        if (found == videos_.end() || wish.time.scale <= 0 || wish.tolerance.scale <= 0)
+            throw helper::MessageError();
+        LibavPictures& video = *found->second;
+        const auto isStopped = [&] { return pictures_->stopped >= wish.number; };
+        const MediaTime time{wish.time.value, wish.time.scale};
+        LibavPictures::Outcome outcome{};
+        switch (wish.choice) {
+        case helper::PictureChoice::at:
+            outcome = video.find(time, {wish.tolerance.value, wish.tolerance.scale}, isStopped);
+            break;
+        case helper::PictureChoice::key:
+            outcome = video.findKey(time, isStopped);
+            break;
+        case helper::PictureChoice::next:
+            outcome = video.findNext(isStopped);
+            break;
+        }
+        helper::PictureAnswer answer;
+        answer.outcome = static_cast<helper::PictureOutcome>(outcome);
+        if (outcome != LibavPictures::Outcome::picture) return answer;
+        PictureSize size = video.sizeWithin({wish.width, wish.height});
+        const auto pixels = static_cast<double>(size.width) * size.height;
+        if (pixels > static_cast<double>(helper::mostPixels)) {
+            const double scale = std::sqrt(static_cast<double>(helper::mostPixels) / pixels);
+            size = {std::max(static_cast<int>(size.width * scale), 1),
+                    std::max(static_cast<int>(size.height * scale), 1)};
+        }
+        auto* into = reinterpret_cast<std::uint8_t*>(pictures_) + helper::pixelsOffset;
+        if (!video.write(size, into)) answer.outcome = helper::PictureOutcome::nothing;
+        const PictureMoment& moment = video.moment();
+        answer.width = size.width;
+        answer.height = size.height;
+        answer.time = {moment.time.value, moment.time.scale};
+        answer.duration = {moment.duration.value, moment.duration.scale};
+        answer.number = moment.number;
+        answer.isLast = video.isLast();
+        return answer;
+    }
+
     static std::string versions() {
         const auto text = [](const char* name, unsigned version) {
             return std::string(name) + " " + std::to_string(version >> 16U) + "." +
@@ -162,19 +230,22 @@ class Helper {
         return *found->second;
     }
 
+    // One of them, by the purpose of the helper.
     float* const samples_;
+    helper::PictureMemory* const pictures_;
+    std::map<std::uint32_t, std::unique_ptr<LibavPictures>> videos_;
     std::map<std::uint32_t, std::unique_ptr<AudioFile>> files_;
     std::uint32_t next_ = 1;
 };
 
 /// Answers until the program that asks is gone.
-void serve() {
-    void* samples = ::mmap(nullptr, helper::sharedBytes, PROT_READ | PROT_WRITE, MAP_SHARED,
-                           helper::samplesDescriptor, 0);
-    if (samples == MAP_FAILED) return;
-    ::close(helper::samplesDescriptor);
+void serve(std::size_t sharedBytes) {
+    void* memory =
+        ::mmap(nullptr, sharedBytes, PROT_READ | PROT_WRITE, MAP_SHARED, helper::memoryDescriptor, 0);
+    if (memory == MAP_FAILED) return;
+    ::close(helper::memoryDescriptor);
     FileInput::reportErrorsTo([]() noexcept { hasSeenReadError = true; });
-    Helper helper(static_cast<float*>(samples));
+    Helper helper(memory);
     while (const auto request = helper::receive(helper::messageDescriptor)) {
         hasSeenReadError = false;
         ::alarm(longestRequest);
@@ -188,10 +259,13 @@ void serve() {
 
 } // namespace orvane::platform
 
-int main() {
+int main(int argumentCount, char** arguments) {
+    using namespace orvane::platform;
+    const bool isForPictures =
+        argumentCount > 1 && std::string_view(arguments[1]) == helper::picturesArgument;
     try {
-        orvane::platform::limitProcess();
-        orvane::platform::serve();
+        limitProcess(isForPictures ? mostMemoryForPictures : mostMemory);
+        serve(isForPictures ? helper::pictureMemoryBytes : helper::sharedBytes);
     } catch (...) { // out of memory, or a request that no program of this build makes
         ::_exit(1);
     }

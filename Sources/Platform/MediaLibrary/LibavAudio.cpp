@@ -1,8 +1,8 @@
 #include "Platform/MediaLibrary/LibavFile.h"
+#include "Platform/MediaLibrary/LibavOwned.h"
 #include "Platform/MediaLibrary/LibraryReaders.h"
 
 extern "C" {
-#include <libavcodec/avcodec.h>
 #include <libavutil/channel_layout.h>
 #include <libswresample/swresample.h>
 }
@@ -15,14 +15,9 @@ namespace orvane::platform {
 
 namespace {
 
-struct Free {
-    void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
-    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+struct FreeConverter {
     void operator()(SwrContext* context) const { swr_free(&context); }
 };
-template <class T>
-using Owned = std::unique_ptr<T, Free>;
 
 /// Packets without a single sound in a row, before a file counts as ended.
 constexpr int mostSilentPackets = 10000;
@@ -34,7 +29,7 @@ constexpr double preroll = 0.25;
 class LibavAudio : public AudioFile {
   public:
     /// So many frames of silence stand in front of the stream.
-    LibavAudio(LibavFile file, AVStream& stream, Owned<AVCodecContext> decoder, std::int64_t silence)
+    LibavAudio(LibavFile file, AVStream& stream, LibavOwned<AVCodecContext> decoder, std::int64_t silence)
         : file_(std::move(file)), stream_(stream), decoder_(std::move(decoder)), packet_(av_packet_alloc()),
           frame_(av_frame_alloc()), sampleRate_(decoder_->sample_rate),
           pending_(static_cast<std::size_t>(decoder_->ch_layout.nb_channels)), silence_(silence),
@@ -167,7 +162,7 @@ class LibavAudio : public AudioFile {
         if (swr_alloc_set_opts2(&made, &frame.ch_layout, AV_SAMPLE_FMT_FLTP, sampleRate_, &frame.ch_layout,
                                 static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr) < 0)
             return false;
-        Owned<SwrContext> owned(made);
+        std::unique_ptr<SwrContext, FreeConverter> owned(made);
         if (swr_init(made) < 0 || av_channel_layout_copy(&converted_.layout, &frame.ch_layout) < 0)
             return false;
         converted_.format = frame.format;
@@ -194,11 +189,11 @@ class LibavAudio : public AudioFile {
 
     LibavFile file_;
     AVStream& stream_;
-    Owned<AVCodecContext> decoder_;
-    Owned<AVPacket> packet_;
-    Owned<AVFrame> frame_;
+    LibavOwned<AVCodecContext> decoder_;
+    LibavOwned<AVPacket> packet_;
+    LibavOwned<AVFrame> frame_;
     const int sampleRate_; ///< Hz; what the decoder says may change with every frame
-    Owned<SwrContext> converter_;
+    std::unique_ptr<SwrContext, FreeConverter> converter_;
     FrameKind converted_;
     std::vector<std::vector<float>> pending_; ///< decoded and not yet handed out, one array a channel
     std::size_t pendingAt_ = 0;
@@ -217,7 +212,7 @@ std::unique_ptr<AudioFile> openStream(LibavFile file, int wanted, double seconds
     for (unsigned i = 0; i < file->nb_streams; ++i)
         if (i != static_cast<unsigned>(index)) file->streams[i]->discard = AVDISCARD_ALL;
     AVStream& stream = *file->streams[index];
-    Owned<AVCodecContext> decoder(avcodec_alloc_context3(codec));
+    LibavOwned<AVCodecContext> decoder(avcodec_alloc_context3(codec));
     if (!decoder || avcodec_parameters_to_context(decoder.get(), stream.codecpar) < 0) return nullptr;
     decoder->pkt_timebase = stream.time_base;
     if (avcodec_open2(decoder.get(), codec, nullptr) < 0) return nullptr;

@@ -36,6 +36,12 @@ void silenceLibav() {
     av_log_set_callback([](void*, int, const char*, va_list) {});
 }
 
+bool isPictureStream(const AVStream& stream) {
+    constexpr int still =
+        AV_DISPOSITION_ATTACHED_PIC | AV_DISPOSITION_TIMED_THUMBNAILS | AV_DISPOSITION_STILL_IMAGE;
+    return stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO && (stream.disposition & still) == 0;
+}
+
 std::optional<LibavFile> LibavFile::open(const std::string& path, bool& hindered) {
     LibavFile file;
     file.source_ = std::make_unique<Source>();

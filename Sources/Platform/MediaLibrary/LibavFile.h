@@ -17,6 +17,9 @@ namespace orvane::platform {
 /// libav writes no word to the terminal from here on.
 void silenceLibav();
 
+/// A stream of moving pictures, rather than the cover of an album or a thumbnail.
+bool isPictureStream(const AVStream& stream);
+
 /// A file opened by libavformat: local files only, containers only (a playlist could name other files), a
 /// bounded look at it, and an end to every read that takes too long.
 class LibavFile {
@@ -32,6 +35,8 @@ class LibavFile {
     void extendDeadline();
     /// A read was given up because it took too long.
     bool ranOutOfTime() const { return source_->watch.hasFired; }
+    /// Bytes, as of the moment; -1 when the system does not say.
+    std::int64_t size() const { return source_->file->size(); }
     /// The demuxer for QuickTime and MP4 has opened it.
     bool isMovie() const;
 

@@ -16,12 +16,6 @@ namespace {
 
 std::span<AVStream* const> streams(const LibavFile& file) { return {file->streams, file->nb_streams}; }
 
-bool isPicture(const AVStream& stream) {
-    constexpr int still =
-        AV_DISPOSITION_ATTACHED_PIC | AV_DISPOSITION_TIMED_THUMBNAILS | AV_DISPOSITION_STILL_IMAGE;
-    return stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO && (stream.disposition & still) == 0;
-}
-
 std::optional<double> duration(const AVStream& stream) {
     if (stream.duration == AV_NOPTS_VALUE || stream.duration < 0) return std::nullopt;
     return static_cast<double>(stream.duration) * av_q2d(stream.time_base);
@@ -98,7 +92,7 @@ std::optional<MediaInspection> inspectWithLibav(const std::string& path, bool& h
     result.durationSeconds = duration(*file);
     for (const AVStream* stream : streams(*file)) {
         const AVCodecParameters& parameters = *stream->codecpar;
-        if (isPicture(*stream)) {
+        if (isPictureStream(*stream)) {
             MediaInspection::VideoTrack track;
             if (parameters.width > 0 && parameters.height > 0) {
                 track.width = parameters.width;

@@ -51,6 +51,13 @@ MediaTime operator+(MediaTime a, MediaTime b) {
 
 MediaTime operator*(MediaTime a, std::int64_t factor) { return fitted(Wide{a.value} * factor, a.scale); }
 
+std::int64_t MediaTime::wholeUnits(MediaTime unit) const {
+    const Wide numerator = Wide{value} * unit.scale, denominator = Wide{scale} * unit.value;
+    const Wide whole = numerator / denominator - (numerator % denominator < 0 ? 1 : 0);
+    constexpr Wide most = std::numeric_limits<std::int64_t>::max();
+    return static_cast<std::int64_t>(std::clamp(whole, -most, most));
+}
+
 std::strong_ordering operator<=>(MediaTime a, MediaTime b) {
     return Wide{a.value} * b.scale <=> Wide{b.value} * a.scale;
 }

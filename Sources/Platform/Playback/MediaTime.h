@@ -20,6 +20,8 @@ struct MediaTime {
     friend MediaTime operator+(MediaTime a, MediaTime b);
     friend MediaTime operator-(MediaTime a, MediaTime b) { return a + -b; }
     friend MediaTime operator*(MediaTime a, std::int64_t factor);
+    /// How many whole units lie between 0 and this time; of a time below 0, minus the number that reaches it.
+    std::int64_t wholeUnits(MediaTime unit) const;
     friend std::strong_ordering operator<=>(MediaTime a, MediaTime b);
     friend bool operator==(MediaTime a, MediaTime b) { return (a <=> b) == 0; }
 };

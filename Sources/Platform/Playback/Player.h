@@ -15,6 +15,8 @@
 
 namespace orvane::platform {
 
+class Mixer;
+
 /// How sound keeps or changes its pitch at other rates than 1.
 enum class PitchAlgorithm {
     spectral,   ///< kept; for music and speech at up to twice the speed
@@ -105,8 +107,15 @@ class Player {
 /// Makes the players of a program; all of them sound through one output. Interface thread.
 class PlayerSystem {
   public:
+    /// On the machine's sound device, or on the clock alone where it has none.
+    static std::unique_ptr<PlayerSystem> create(std::shared_ptr<MainThread> mainThread,
+                                                std::shared_ptr<const Clock> clock = systemClock());
+
     virtual ~PlayerSystem() = default;
+    /// It may outlive the system.
     virtual std::unique_ptr<Player> makePlayer() = 0;
+    /// What all sound passes through; null where nothing sounds.
+    virtual std::shared_ptr<Mixer> mixer() { return nullptr; }
     /// Runs the work on the interface thread once so much time of the players' clock has passed.
     virtual std::shared_ptr<Timer> after(std::chrono::nanoseconds delay, std::function<void()> work) = 0;
 };
@@ -114,6 +123,8 @@ class PlayerSystem {
 /// Players whose time moves only when it is told to: what they show and play is exact and repeatable.
 class PulledPlayerSystem : public PlayerSystem {
   public:
+    static std::unique_ptr<PulledPlayerSystem> create(std::shared_ptr<MainThread> mainThread);
+
     /// Moves the time on; each report acts before the next one comes. Calls back when all is done. One at a
     /// time.
     virtual void advance(double seconds, std::function<void()> done) = 0;

@@ -1,0 +1,254 @@
+#include "PictureBenchmarks.h"
+
+#include "PlainDecoding.h"
+#include "Process.h"
+#include "Table.h"
+
+#include "Platform/MainThread.h"
+#include "Platform/Playback/Player.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <random>
+#include <sstream>
+#include <unistd.h>
+#include <vector>
+
+namespace orvane::bench {
+
+namespace {
+
+using namespace platform;
+
+constexpr double ms = 1000;
+constexpr double clipSeconds = 60;
+
+double secondsNow() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+/// The processes that this one has started and that still run.
+std::vector<std::string> children() {
+    std::vector<std::string> found;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::ifstream list(task.path() / "children");
+        for (std::string process; list >> process;) found.push_back(process);
+    }
+    return found;
+}
+
+/// Seconds of processor time of this process and its children, so far.
+double coreSeconds() {
+    timespec own{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &own);
+    double seconds = static_cast<double>(own.tv_sec) + static_cast<double>(own.tv_nsec) * 1e-9;
+    for (const std::string& process : children()) {
+        std::ifstream file("/proc/" + process + "/stat");
+        std::string text((std::istreambuf_iterator<char>(file)), {});
+        std::istringstream fields(text.substr(std::min(text.rfind(')') + 2, text.size())));
+        constexpr int before = 11; // fields between the name and the two times
+        std::string skipped;
+        for (int i = 0; i < before; ++i) fields >> skipped;
+        double user = 0, system = 0;
+        fields >> user >> system;
+        seconds += (user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
+    }
+    return seconds;
+}
+
+/// Bytes in memory of this process and its children; what several share is divided among them.
+double bytesInMemory() {
+    double kilobytes = 0;
+    auto processes = children();
+    processes.emplace_back("self");
+    for (const std::string& process : processes) {
+        std::ifstream file("/proc/" + process + "/smaps_rollup");
+        for (std::string word; file >> word;)
+            if (word == "Pss:") {
+                double own = 0;
+                file >> own;
+                kilobytes += own;
+                break;
+            }
+    }
+    return kilobytes * 1024;
+}
+
+double median(std::vector<double> values) {
+    std::ranges::sort(values);
+    return values[values.size() / 2];
+}
+
+bool makeVideo(const std::string& path, const std::string& encoding) {
+    if (std::filesystem::exists(path)) return true;
+    // Ten seconds are encoded and repeated.
+    const std::string part = path + ".part.mov";
+    const std::string make =
+        "ffmpeg -nostdin -v error -y -f lavfi -i testsrc2=s=1920x1080:r=25:d=10,noise=alls=12:allf=t "
+        "-f lavfi -i 'aevalsrc=" +
+        std::string("sin(440*t)|sin(550*t)|sin(660*t)|sin(770*t)|sin(880*t)|sin(990*t)|sin(1100*t)|"
+                    "sin(1210*t):s=48000:d=10:c=7.1'") +
+        " -c:a pcm_s24le " + encoding + " " + part;
+    const std::string repeat =
+        "ffmpeg -nostdin -v error -y -stream_loop 5 -i " + part + " -map 0 -c copy " + path;
+    const bool isMade = std::system(make.c_str()) == 0 && std::system(repeat.c_str()) == 0; // NOLINT
+    std::filesystem::remove(part);
+    return isMade;
+}
+
+/// A player in a loop of its own.
+class Bench {
+  public:
+    void run(const std::function<void()>& begin) {
+        loop->post(begin);
+        loop->run();
+    }
+    void wait(double seconds) {
+        loop->after(
+            std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(seconds)),
+            [this] { loop->quit(); });
+        loop->run();
+    }
+    std::unique_ptr<Player> load(const std::string& path) {
+        auto player = system->makePlayer();
+        run([&] { player->load({path, {}, {}}, [this](const PlayerFacts&) { loop->quit(); }); });
+        return player;
+    }
+    /// Seconds until the picture is there.
+    double seek(Player& player, MediaTime time) {
+        const double before = secondsNow();
+        run([&] { player.seek(time, [this](bool) { loop->quit(); }); });
+        return secondsNow() - before;
+    }
+
+    std::shared_ptr<RunLoop> loop = RunLoop::create();
+    std::unique_ptr<PlayerSystem> system = PlayerSystem::create(loop);
+};
+
+void printSeeks(Bench& bench, const std::string& work, const std::string& path, bool isIntra) {
+    std::mt19937 random(15); // NOLINT: the same places each time
+    std::vector<double> ours, floor;
+    const auto player = bench.load(path);
+    PlainDecoding plain(path);
+    for (int i = 0; i < 25; ++i) {
+        const int picture = std::uniform_int_distribution(0, static_cast<int>(clipSeconds * 25) - 30)(random);
+        const double before = secondsNow();
+        plain.seekTo(picture / 25.0);
+        floor.push_back(secondsNow() - before);
+        ours.push_back(bench.seek(*player, {picture, 25}));
+        bench.wait(0.1);
+    }
+    const double own = median(ours), other = median(floor);
+    if (isIntra)
+        printRow(work, text("%.1f ms", own * ms), text("%.1f ms libav", other * ms),
+                 text("+%.1f ms", (own - other) * ms), "<= +10 ms", own - other <= 0.010);
+    else
+        printRow(work, text("%.1f ms", own * ms), text("%.1f ms libav", other * ms),
+                 text("%.2f x", own / other), "<= 1.3 x", own <= 1.3 * other);
+}
+
+void printOpening(Bench& bench, const std::string& path) {
+    std::vector<double> ours, floor;
+    for (int i = 0; i < 7; ++i) {
+        constexpr MediaTime clap{109, 25};
+        double before = secondsNow();
+        PlainDecoding(path).seekTo(clap.seconds());
+        floor.push_back(secondsNow() - before);
+        before = secondsNow();
+        const auto player = bench.load(path);
+        bench.seek(*player, clap);
+        ours.push_back(secondsNow() - before);
+    }
+    const double own = median(ours), other = median(floor);
+    printRow("open a clip until its picture at the clap", text("%.1f ms", own * ms),
+             text("%.1f ms libav", other * ms), text("+%.1f ms", (own - other) * ms), "<= +40 ms",
+             own - other <= 0.040);
+}
+
+void printSteps(Bench& bench, const std::string& path) {
+    const auto player = bench.load(path);
+    for (const int direction : {1, -1}) {
+        bench.seek(*player, {400, 25});
+        std::vector<double> steps;
+        for (int i = 1; i <= 4; ++i) {
+            bench.wait(0.3); // as somebody who looks at each picture
+            steps.push_back(bench.seek(*player, {400 + direction * i, 25}));
+        }
+        const double own = median(steps);
+        printRow(direction > 0 ? "step one frame forward" : "step one frame backward",
+                 text("%.2f ms", own * ms), "", "", "<= 4 ms", own <= 0.004);
+    }
+}
+
+void printPlaying(Bench& bench, const std::string& path) {
+    PlainDecoding plain(path);
+    double before = coreSeconds();
+    plain.seekTo(0);
+    plain.decodeRest();
+    const double floor = coreSeconds() - before;
+    const auto player = bench.load(path);
+    bench.seek(*player, {});
+    before = coreSeconds();
+    player->setRate(1);
+    double most = 0;
+    for (int i = 0; i < static_cast<int>(clipSeconds) - 1; ++i) {
+        bench.wait(1);
+        most = std::max(most, bytesInMemory());
+    }
+    bench.wait(1.5);
+    const double own = coreSeconds() - before;
+    printRow("play H.264 with 8 channels for 60 s: dropped",
+             text("%.0f", static_cast<double>(player->droppedPictures())), "", "", "0",
+             player->droppedPictures() == 0);
+    printRow("the same, processor time", text("%.1f s", own), text("%.1f s libav", floor),
+             text("%.2f x", own / floor), "<= 1.5 x", own <= 1.5 * floor);
+    printRow("the same, memory with the helpers", text("%.0f MB", most / 1e6), "", "", "<= 300 MB",
+             most <= 300e6);
+}
+
+void printShown(Bench& bench, const std::string& work, const std::string& path, int count, PictureSize limit,
+                double rate) {
+    std::vector<std::unique_ptr<Player>> players;
+    for (int i = 0; i < count; ++i) {
+        players.push_back(bench.load(path));
+        players.back()->setPictureSize(limit);
+        bench.seek(*players.back(), {rate > 0 ? 0 : 40, 1});
+    }
+    const auto start = players.front()->hostTime() + std::chrono::milliseconds(50);
+    for (const auto& player : players) player->setRate(rate, {rate > 0 ? 0 : 40, 1}, start);
+    constexpr double seconds = 20;
+    double most = 0;
+    for (int i = 0; i < static_cast<int>(seconds); ++i) {
+        bench.wait(1);
+        most = std::max(most, bytesInMemory());
+    }
+    std::int64_t dropped = 0;
+    for (const auto& player : players) dropped += player->droppedPictures();
+    const double shown = 1 - static_cast<double>(dropped) / (seconds * 25 * count);
+    printRow(work, text("%.1f %%", 100 * shown), text("%.0f MB", most / 1e6), "", ">= 95 %", shown >= 0.95);
+}
+
+} // namespace
+
+void printPictureRows(const std::string& folder) {
+    const std::string group = folder + "/group.mov", intra = folder + "/intra.mov";
+    if (!makeVideo(group, "-c:v libx264 -preset veryfast -g 25 -bf 2 -b:v 12M -pix_fmt yuv420p") ||
+        !makeVideo(intra, "-c:v prores_ks -profile:v 2"))
+        return printFailure("pictures and the player", "no media tool");
+    Bench bench;
+    printOpening(bench, group);
+    printSeeks(bench, "seek to a random frame, groups of 1 s", group, false);
+    printSeeks(bench, "seek to a random frame, all-intra", intra, true);
+    printSteps(bench, group);
+    printPlaying(bench, group);
+    printShown(bench, "four cameras at quarter size, shown", group, 4, {480, 270}, 1);
+    printShown(bench, "reverse at 1, shown", group, 1, {}, -1);
+}
+
+} // namespace orvane::bench

@@ -1,0 +1,541 @@
+#include "Platform/InterfaceThread.h"
+#include "Platform/Listeners.h"
+#include "Platform/Playback/PictureTrack.h"
+#include "Platform/Playback/Player.h"
+#include "Platform/Playback/PlayerHost.h"
+#include "Platform/Playback/SoundTrack.h"
+#include "Platform/Realtime/Threads.h"
+
+#include <algorithm>
+#include <cmath>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+namespace orvane::platform {
+
+namespace {
+
+using OpenSound = std::function<std::unique_ptr<AudioFile>()>;
+
+constexpr double highestRate = 32;
+/// Reports a second where the file tells no rate of pictures.
+constexpr double usualRate = 25;
+/// From there on a report comes less often than at each picture: screens show no more.
+constexpr double mostReports = 120; ///< a second
+/// What is compared with the start of a picture is behind it by that much: it was brought to a frame of the
+/// output.
+constexpr MediaTime slack{1, 100'000};
+
+/// What one thread opened, on its way to another.
+template <class T>
+using Passed = std::shared_ptr<std::unique_ptr<T>>;
+template <class T>
+Passed<T> passed(std::unique_ptr<T> opened) {
+    return std::make_shared<std::unique_ptr<T>>(std::move(opened));
+}
+
+/// Ends on a thread of its own what waits for its own thread to end, which may wait for a disk.
+void endElsewhere(std::shared_ptr<void> ended) {
+    if (!ended) return;
+    try {
+        std::thread([ended = std::move(ended)]() mutable { ended.reset(); }).detach();
+    } catch (const std::system_error&) { // no thread left
+    }
+}
+
+/// How the clip runs along the frames of the output.
+struct Motion {
+    double rate = 0;
+    MediaTime time;
+    std::int64_t frame = 0; ///< at which `time` is heard; at rest, meaningless
+
+    MediaTime at(double heard, double sampleRate) const {
+        const double passed = heard - static_cast<double>(frame);
+        if (rate == 0 || passed <= 0) return time;
+        return time + MediaTime::fromSeconds(rate * passed / sampleRate);
+    }
+};
+
+class PlayerCore final : public HostedPlayer, public std::enable_shared_from_this<PlayerCore> {
+  public:
+    explicit PlayerCore(std::shared_ptr<PlayerHost> host) : host_(std::move(host)) {}
+    ~PlayerCore() override { dropItem(); }
+
+    // The item.
+
+    void load(PlayerItem item, std::function<void(const PlayerFacts&)> loaded) {
+        unload();
+        item_ = std::move(item);
+        loaded_ = std::move(loaded);
+        opening_ = std::stop_source();
+        waitsForPicture_ = !item_.videoPath.empty();
+        isLoading_ = waitsForSound_ = true;
+        openSound();
+        if (!waitsForPicture_) return;
+        post(
+            pictureQueue_, [path = item_.videoPath] { return passed(VideoDecoder::open(path)); },
+            [](PlayerCore& self, const Passed<VideoDecoder>& decoder) {
+                self.takePicture(std::move(*decoder));
+            });
+    }
+
+    void unload() {
+        opening_.request_stop();
+        soundOpening_.request_stop();
+        loaded_ = nullptr;
+        isLoaded_ = isLoading_ = false;
+        facts_ = {};
+        motion_ = previous_ = {};
+        dropItem();
+        item_ = {};
+        shown_.reset();
+        dropped_ = 0;
+        pitch_ = PitchAlgorithm::timeDomain;
+    }
+
+    bool isLoaded() const { return isLoaded_; }
+    const PlayerFacts& facts() const { return facts_; }
+
+    void setSound(OpenSound openSound) {
+        item_.openSound = std::move(openSound);
+        if (isLoaded_ || isLoading_) this->openSound();
+    }
+
+    // The transport.
+
+    MediaTime currentTime() const { return within(position(host_->mixer().heardFrame())); }
+    double rate() const { return motion_.rate; }
+
+    void setRate(double rate) {
+        if (!isLoaded_) return;
+        rate = std::isfinite(rate) ? std::clamp(rate, -highestRate, highestRate) : 0;
+        if (rate == motion_.rate) return;
+        if (rate == 0) {
+            const MediaTime now = currentTime();
+            return move({0, now, 0});
+        }
+        const std::int64_t start = host_->earliestStart();
+        move({rate, within(position(static_cast<double>(start))), start});
+    }
+
+    void setRate(double rate, MediaTime time, std::chrono::nanoseconds hostTime) {
+        if (!isLoaded_) return;
+        rate = std::isfinite(rate) ? std::clamp(rate, -highestRate, highestRate) : 0;
+        time = within(time);
+        abandonSeek();
+        if (rate == 0) {
+            move({0, time, 0});
+        } else {
+            const std::int64_t start = host_->frameAt(hostTime);
+            motion_ = {0, time, 0}; // until then it stands there
+            move({rate, time, start});
+        }
+        seekPicture(time);
+    }
+
+    std::chrono::nanoseconds hostTime() const { return host_->hostTime(); }
+
+    void seek(MediaTime time, std::function<void(bool)> completed) {
+        if (!isLoaded_) return;
+        time = within(time);
+        abandonSeek();
+        completed_ = std::move(completed);
+        const double rate = motion_.rate;
+        motion_ = {};
+        move({rate, time, rate == 0 ? 0 : host_->earliestStart()});
+        isSeeking_ = true;
+        seekPicture(time);
+        if (picture_) return;
+        // Nothing to wait for; its caller goes on first.
+        host_->mainThread().post([weak = weak_from_this(), number = seekNumber_] {
+            if (const auto self = weak.lock()) self->seekDone({number, true});
+        });
+    }
+
+    // Sound and picture.
+
+    void setPitchAlgorithm(PitchAlgorithm algorithm) {
+        if (std::exchange(pitch_, algorithm) != algorithm && motion_.rate != 0) tellSound();
+    }
+    void setVolume(float volume) {
+        volume_ = std::isfinite(volume) ? std::clamp(volume, 0.0F, 1.0F) : 0;
+        if (sound_) sound_->setVolume(volume_);
+    }
+    void setSoundOffset(MediaTime offset) {
+        item_.soundOffset = offset;
+        if (sound_) sound_->setOffset(soundOffset());
+        if (isLoaded_) findDuration();
+    }
+    void setPictureSize(PictureSize limit) {
+        limit_ = limit;
+        if (picture_) picture_->setLimit(limit);
+    }
+    const std::optional<Picture>& picture() const { return shown_; }
+    std::int64_t droppedPictures() const { return dropped_; }
+    std::vector<ChannelPeak> levels() const { return sound_ ? sound_->levels() : std::vector<ChannelPeak>(); }
+
+    Listeners<MediaTime> timeListeners;
+    Listeners<> endListeners;
+    Listeners<> pictureListeners;
+
+    std::function<void()> preparation(std::int64_t frame) override {
+        if (!isLoaded_ || (motion_.rate == 0 && !isSeeking_ && !isRefreshing_)) return nullptr;
+        const MediaTime time = within(position(static_cast<double>(frame)));
+        return [picture = picture_, sound = sound_, rate = motion_.rate, time, frame] {
+            if (sound && rate != 0) sound->waitUntilReady(frame);
+            if (picture) picture->waitUntilReady(time, rate);
+        };
+    }
+
+  private:
+    // Opening.
+
+    /// Runs `work` on the queue and hands what it gives to `then` on this thread, unless the item was
+    /// replaced meanwhile.
+    template <class Work, class Then>
+    void post(const std::unique_ptr<SerialQueue>& queue, Work work, Then then) {
+        postWith(opening_.get_token(), queue, std::move(work), std::move(then));
+    }
+    template <class Work, class Then>
+    void postWith(std::stop_token stop, const std::unique_ptr<SerialQueue>& queue, Work work, Then then) {
+        queue->post(
+            [weak = weak_from_this(), main = host_->sharedMainThread(), stop, work = std::move(work),
+             then = std::move(then)]() mutable {
+                auto result = work();
+                if (stop.stop_requested()) return; // it ends here, not on the interface thread
+                main->post([weak, stop, then = std::move(then), result = std::move(result)] {
+                    const auto self = weak.lock();
+                    if (self && !stop.stop_requested()) then(*self, result);
+                });
+            },
+            stop);
+    }
+
+    void openSound() {
+        soundOpening_.request_stop();
+        soundOpening_ = std::stop_source();
+        postWith(
+            soundOpening_.get_token(), soundQueue_,
+            [open = item_.openSound, path = item_.videoPath] {
+                std::unique_ptr<AudioFile> file = open ? open() : nullptr;
+                const bool isOwn = !file;
+                if (!file && !path.empty()) file = AudioFile::openAllTracks(path);
+                return std::pair(passed(std::move(file)), isOwn);
+            },
+            [](PlayerCore& self, const std::pair<Passed<AudioFile>, bool>& opened) {
+                self.takeSound(std::move(*opened.first), opened.second);
+            });
+    }
+
+    void takePicture(std::unique_ptr<VideoDecoder> decoder) {
+        waitsForPicture_ = false;
+        if (decoder) {
+            picture_ = std::make_shared<PictureTrack>(
+                std::move(decoder),
+                [weak = weak_from_this(), main = host_->sharedMainThread()](PictureTrack::Report report) {
+                    main->post([weak, report] {
+                        if (const auto self = weak.lock()) self->seekDone(report);
+                    });
+                });
+            picture_->setLimit(limit_);
+            facts_.hasPicture = true;
+            facts_.nominalFrameRate = picture_->facts().nominalFrameRate;
+        }
+        finishLoad();
+    }
+
+    void takeSound(std::unique_ptr<AudioFile> file, bool isOwn) {
+        waitsForSound_ = false;
+        dropSound();
+        isOwnSound_ = isOwn;
+        if (file && file->channelCount() > 0 && file->sampleRate() > 0) {
+            sound_ = SoundTrack::create(std::move(file), host_->mixer());
+            sound_->setVolume(volume_);
+            sound_->setOffset(soundOffset());
+            if (!host_->mixer().add(sound_)) sound_.reset();
+        }
+        facts_.hasSound = sound_ != nullptr;
+        facts_.soundChannelCount = sound_ ? sound_->channelCount() : 0;
+        if (!isLoaded_) return finishLoad();
+        findDuration();
+        tellSound();
+    }
+
+    void finishLoad() {
+        if (waitsForPicture_ || waitsForSound_) return;
+        isLoaded_ = true;
+        isLoading_ = false;
+        findDuration();
+        if (picture_) seekPicture({});
+        if (const auto loaded = std::exchange(loaded_, nullptr)) {
+            const PlayerFacts facts = facts_;
+            loaded(facts);
+        }
+    }
+
+    void findDuration() {
+        if (picture_)
+            facts_.duration = picture_->facts().duration;
+        else if (sound_)
+            facts_.duration =
+                std::max(MediaTime::fromSeconds(soundOffset() + sound_->durationSeconds()), MediaTime{});
+        if (sound_) sound_->setEnd(facts_.duration.seconds());
+    }
+
+    double soundOffset() const { return isOwnSound_ ? 0 : item_.soundOffset.seconds(); }
+
+    void dropSound() {
+        if (sound_) host_->mixer().remove(*sound_);
+        // The mixer outlives it.
+        using Kept = std::pair<std::shared_ptr<Mixer>, std::shared_ptr<SoundTrack>>;
+        if (sound_) endElsewhere(std::make_shared<Kept>(host_->sharedMixer(), std::move(sound_)));
+        sound_.reset();
+    }
+    void dropItem() {
+        if (timer_) timer_->cancel();
+        timer_.reset();
+        activity_.reset();
+        abandonSeek();
+        isSeeking_ = isRefreshing_ = false;
+        dropSound();
+        endElsewhere(std::move(picture_));
+    }
+
+    // Moving.
+
+    MediaTime position(double heard) const {
+        const Motion& motion =
+            heard < static_cast<double>(motion_.frame) && previous_.rate != 0 ? previous_ : motion_;
+        return motion.at(heard, host_->sampleRate());
+    }
+    MediaTime within(MediaTime time) const {
+        return std::clamp(time, MediaTime{}, std::max(facts_.duration, MediaTime{}));
+    }
+
+    void move(Motion motion) {
+        const bool wasMoving = motion_.rate != 0;
+        previous_ = wasMoving && motion.rate != 0 ? motion_ : Motion{};
+        motion_ = motion;
+        if (motion.rate == 0)
+            activity_.reset();
+        else if (!activity_)
+            activity_.emplace();
+        tellSound();
+        if (picture_) picture_->run(motion.time, motion.rate);
+        if (motion.rate == 0 && wasMoving && picture_) {
+            if (!picture_->nextChange(motion.time, 0)) seekPicture(motion.time);
+            showPicture(motion.time);
+        }
+        schedule();
+    }
+
+    void tellSound() {
+        if (sound_) sound_->setTransport({motion_.rate, motion_.time.seconds(), motion_.frame, pitch_});
+    }
+
+    void seekPicture(MediaTime time) {
+        if (!picture_) {
+            ++seekNumber_;
+            return;
+        }
+        isRefreshing_ = true;
+        picture_->seek(time, ++seekNumber_);
+    }
+
+    /// The one under way is replaced.
+    void abandonSeek() {
+        isSeeking_ = false;
+        if (auto completed = std::exchange(completed_, nullptr))
+            host_->mainThread().post([completed = std::move(completed)] { completed(false); });
+    }
+
+    void seekDone(PictureTrack::Report report) {
+        if (report.served < seekNumber_) return;
+        isRefreshing_ = false;
+        const auto self = shared_from_this();
+        showPicture(currentTime());
+        if (!std::exchange(isSeeking_, false)) return;
+        const auto completed = std::exchange(completed_, nullptr);
+        timeListeners.tell(currentTime());
+        if (completed) completed(true);
+    }
+
+    // Ticks.
+
+    /// At the next picture, or at the end.
+    void schedule() {
+        if (timer_) timer_->cancel();
+        timer_.reset();
+        if (motion_.rate == 0) return;
+        const double speed = std::abs(motion_.rate);
+        const double nominal = facts_.nominalFrameRate > 0 ? facts_.nominalFrameRate : usualRate;
+        const std::int64_t heard = static_cast<std::int64_t>(std::floor(host_->mixer().heardFrame()));
+        const MediaTime now = within(position(static_cast<double>(std::max(heard, motion_.frame))));
+        const double from = static_cast<double>(std::max(heard, motion_.frame));
+        std::optional<MediaTime> change;
+        if (picture_) change = picture_->nextChange(now, motion_.rate);
+        double clipSeconds = 1 / nominal;
+        if (change) clipSeconds = std::abs((*change - now).seconds());
+        double frames = clipSeconds / speed * host_->sampleRate();
+        const bool isStepwise = speed < PictureTrack::keyPicturesFromRate;
+        const double most = isStepwise ? mostReports : usualRate;
+        frames = std::max(frames, nominal * speed > most ? host_->sampleRate() / most : 1);
+        if (const double left = secondsLeft(now); left >= 0)
+            frames = std::min(frames, left / speed * host_->sampleRate());
+        // The first whole frame behind it; a picture that is left backwards ends in front of its start.
+        const auto due = static_cast<std::int64_t>(std::ceil(from + frames)) + (motion_.rate < 0 ? 1 : 0);
+        timer_ = host_->atFrame(due, [weak = weak_from_this()] {
+            if (const auto self = weak.lock()) self->tick();
+        });
+    }
+
+    /// Of the clip in the direction of the rate.
+    double secondsLeft(MediaTime now) const {
+        return motion_.rate > 0 ? (end() - now).seconds() : now.seconds();
+    }
+    MediaTime end() const {
+        MediaTime end = facts_.duration;
+        // A file may end long before what its header claims.
+        if (picture_ && !sound_)
+            if (const auto known = picture_->knownEnd()) end = std::min(end, *known);
+        return end;
+    }
+
+    void tick() {
+        const auto self = shared_from_this();
+        const double heard = host_->mixer().heardFrame();
+        const MediaTime now = within(position(heard));
+        const bool isEnd = heard >= static_cast<double>(motion_.frame) &&
+                           (motion_.rate > 0 ? now + slack >= end() : now <= slack);
+        if (isEnd) {
+            const MediaTime last = motion_.rate > 0 ? end() : MediaTime{};
+            move({0, last, 0});
+            timeListeners.tell(last);
+            endListeners.tell();
+            return;
+        }
+        if (picture_) {
+            picture_->run(now, motion_.rate);
+            showPicture(now);
+        }
+        const Motion before = motion_;
+        timeListeners.tell(now);
+        const bool isSame = motion_.rate == before.rate && motion_.frame == before.frame;
+        if (isSame && isLoaded_) schedule();
+    }
+
+    void showPicture(MediaTime now) {
+        if (!picture_) return;
+        auto picture = picture_->shownAt(now, motion_.rate);
+        if (!picture) return;
+        const bool isOther = !shown_ || shown_->time != picture->time || shown_->size != picture->size;
+        countDropped(now, *picture);
+        if (!isOther) return;
+        shown_ = std::move(picture);
+        pictureListeners.tell();
+    }
+
+    void countDropped(MediaTime now, const Picture& picture) {
+        constexpr double everyPictureUpTo = 2;
+        const bool isPlaying = motion_.rate != 0 && !isSeeking_ && !isRefreshing_;
+        if (!isPlaying) {
+            lastPlayed_.reset();
+            return;
+        }
+        const bool isEachDue = std::abs(motion_.rate) <= everyPictureUpTo;
+        if (isEachDue && lastPlayed_)
+            dropped_ += std::max<std::int64_t>(std::abs(picture.number - *lastPlayed_) - 1, 0);
+        else if (!isEachDue && std::abs(motion_.rate) < PictureTrack::keyPicturesFromRate &&
+                 (now + slack < picture.time || now > picture.time + picture.duration))
+            ++dropped_;
+        lastPlayed_ = picture.number;
+    }
+
+    const std::shared_ptr<PlayerHost> host_;
+    PlayerItem item_;
+    std::function<void(const PlayerFacts&)> loaded_;
+    bool isLoaded_ = false, isLoading_ = false;
+    bool waitsForPicture_ = false, waitsForSound_ = false;
+    bool isOwnSound_ = false;
+    PlayerFacts facts_;
+    std::shared_ptr<PictureTrack> picture_;
+    std::shared_ptr<SoundTrack> sound_;
+    float volume_ = 1;
+    PitchAlgorithm pitch_ = PitchAlgorithm::timeDomain;
+    PictureSize limit_;
+
+    Motion motion_;
+    Motion previous_; ///< until `motion_` begins; of rate 0 where there is none
+    std::shared_ptr<Timer> timer_;
+    std::optional<PlaybackActivity> activity_;
+
+    std::uint64_t seekNumber_ = 0;
+    bool isSeeking_ = false;    ///< somebody asked for it
+    bool isRefreshing_ = false; ///< the picture of `seekNumber_` is not there yet
+    std::function<void(bool)> completed_;
+    std::optional<Picture> shown_;
+    std::optional<std::int64_t> lastPlayed_; ///< number of the picture shown last while playing
+    std::int64_t dropped_ = 0;
+
+    // Last: what they run may come back here until they are gone.
+    std::stop_source opening_, soundOpening_;
+    std::unique_ptr<SerialQueue> pictureQueue_ = SerialQueue::create("open picture");
+    std::unique_ptr<SerialQueue> soundQueue_ = SerialQueue::create("open sound");
+};
+
+/// What its owner holds; the core lives on while one of its callbacks runs.
+class PlayerFront final : public Player {
+  public:
+    explicit PlayerFront(std::shared_ptr<PlayerCore> core) : core_(std::move(core)) {}
+    ~PlayerFront() override { core_->unload(); }
+    PlayerFront(const PlayerFront&) = delete;
+    PlayerFront& operator=(const PlayerFront&) = delete;
+
+    void load(PlayerItem item, std::function<void(const PlayerFacts&)> loaded) override {
+        core_->load(std::move(item), std::move(loaded));
+    }
+    void unload() override { core_->unload(); }
+    bool isLoaded() const override { return core_->isLoaded(); }
+    const PlayerFacts& facts() const override { return core_->facts(); }
+    MediaTime currentTime() const override { return core_->currentTime(); }
+    double rate() const override { return core_->rate(); }
+    void setRate(double rate) override { core_->setRate(rate); }
+    void setRate(double rate, MediaTime time, std::chrono::nanoseconds hostTime) override {
+        core_->setRate(rate, time, hostTime);
+    }
+    std::chrono::nanoseconds hostTime() const override { return core_->hostTime(); }
+    void seek(MediaTime time, std::function<void(bool)> completed) override {
+        core_->seek(time, std::move(completed));
+    }
+    void setPitchAlgorithm(PitchAlgorithm algorithm) override { core_->setPitchAlgorithm(algorithm); }
+    void setVolume(float volume) override { core_->setVolume(volume); }
+    void setSoundOffset(MediaTime offset) override { core_->setSoundOffset(offset); }
+    void setSound(OpenSound openSound) override { core_->setSound(std::move(openSound)); }
+    void setPictureSize(PictureSize limit) override { core_->setPictureSize(limit); }
+    std::optional<Picture> picture() const override { return core_->picture(); }
+    std::int64_t droppedPictures() const override { return core_->droppedPictures(); }
+    std::vector<ChannelPeak> levels() const override { return core_->levels(); }
+    Subscription observeTime(std::function<void(MediaTime)> callback) override {
+        return core_->timeListeners.add(std::move(callback));
+    }
+    Subscription observeEnd(std::function<void()> callback) override {
+        return core_->endListeners.add(std::move(callback));
+    }
+    Subscription observePicture(std::function<void()> callback) override {
+        return core_->pictureListeners.add(std::move(callback));
+    }
+
+  private:
+    const std::shared_ptr<PlayerCore> core_;
+};
+
+} // namespace
+
+std::unique_ptr<Player> makeHostedPlayer(const std::shared_ptr<PlayerHost>& host) {
+    auto core = std::make_shared<PlayerCore>(host);
+    host->add(core);
+    return std::make_unique<PlayerFront>(std::move(core));
+}
+
+} // namespace orvane::platform

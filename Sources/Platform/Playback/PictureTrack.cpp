@@ -1,0 +1,356 @@
+#include "Platform/Playback/PictureTrack.h"
+
+#include "Platform/InterfaceThread.h"
+#include "Platform/Realtime/Threads.h"
+#include "Platform/Stop.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <utility>
+
+namespace orvane::platform {
+
+namespace {
+
+/// Bytes of all pictures that are kept.
+constexpr std::size_t mostBytes = std::size_t{144} << 20U;
+constexpr std::size_t fewestPictures = 2;
+constexpr std::size_t mostPictures = 120;
+/// Pictures that are decoded in advance while playing, and on both sides at rest.
+constexpr std::size_t picturesAhead = 12;
+constexpr std::size_t picturesAheadAtRest = 4;
+constexpr std::size_t picturesBehindAtRest = 6;
+/// At rest, before pictures are decoded that nobody has asked for.
+constexpr std::chrono::milliseconds restBeforeAdvance{12};
+/// A time from a floating-point number may lie so much in front of the picture that it means.
+constexpr MediaTime slack{1, 100'000};
+/// Jobs without a picture in a row, before nothing is expected of the file any more.
+constexpr int mostFailures = 8;
+/// Around the moment of a seek.
+constexpr MediaTime neighbourhood{1, 1};
+constexpr MediaTime unknownLength{1, 25};
+/// In reverse a whole group should fit; pictures come in half the size where not even this many do.
+constexpr std::size_t fewestInReverse = 30;
+
+} // namespace
+
+PictureTrack::PictureTrack(std::unique_ptr<VideoDecoder> decoder, std::function<void(Report)> report)
+    : decoder_(std::move(decoder)), facts_(decoder_->facts()), report_(std::move(report)),
+      thread_(startThread("pictures", ThreadPriority::normal,
+                          [this](const std::stop_token& stop) { serve(stop); })) {}
+
+PictureTrack::~PictureTrack() {
+    thread_.request_stop();
+    {
+        const std::lock_guard lock(mutex_);
+        work_.request_stop();
+    }
+    changed_.notify_all();
+    thread_.join();
+}
+
+// What is asked for.
+
+void PictureTrack::stopWork() {
+    ++version_;
+    work_.request_stop();
+}
+
+void PictureTrack::seek(MediaTime time, std::uint64_t number) {
+    Report report;
+    {
+        const std::lock_guard lock(mutex_);
+        now_ = time;
+        lastSeek_ = number;
+        failures_ = 0;
+        if (covering(time) != cache_.end()) {
+            if (wish_) stopWork();
+            wish_.reset();
+            ++version_;
+            report = {servedSeek_ = number, true};
+        } else {
+            stopWork();
+            wish_ = Wish{time, false, number};
+            // Nothing of another place is shown meanwhile.
+            cache_.erase(cache_.upper_bound(time + slack), cache_.end());
+            if (!cache_.empty() && cache_.rbegin()->first + neighbourhood < time) cache_.clear();
+        }
+    }
+    changed_.notify_all();
+    if (report.served == 0) return;
+    served_.notify_all();
+    report_(report);
+}
+
+void PictureTrack::run(MediaTime now, double rate) {
+    {
+        const std::lock_guard lock(mutex_);
+        const bool isTurn = (rate < 0) != (rate_ < 0) || (rate > 0 && job_ == Kind::stretch);
+        now_ = now;
+        rate_ = rate;
+        ++version_;
+        if (isTurn && !wish_) work_.request_stop();
+        if (rate >= 0 && reduced_) dropPictures();
+        // Only the newest moment counts for key pictures; the seek under way goes first.
+        if (std::abs(rate) >= keyPicturesFromRate && (!wish_ || wish_->seek == 0)) wish_ = Wish{now, true, 0};
+        evict();
+    }
+    changed_.notify_all();
+}
+
+/// Those that are wanted are decoded again, in another size.
+void PictureTrack::dropPictures() {
+    ++generation_;
+    cache_.clear();
+    decodedTo_.reset();
+    reduced_.reset();
+    stopWork();
+    if (!wish_) wish_ = Wish{now_, false, 0};
+}
+
+void PictureTrack::setLimit(PictureSize limit) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (limit == limit_) return;
+        limit_ = limit;
+        dropPictures();
+    }
+    changed_.notify_all();
+}
+
+// What is there.
+
+PictureTrack::Cache::const_iterator PictureTrack::covering(MediaTime time) const {
+    auto behind = cache_.upper_bound(time + slack);
+    if (behind == cache_.begin()) {
+        // In front of the first picture that can be decoded.
+        return behind != cache_.end() && isFirst(behind->second) ? behind : cache_.end();
+    }
+    const auto found = std::prev(behind);
+    const Picture& picture = found->second;
+    const bool isLast = end_ && picture.time + picture.duration >= *end_;
+    return isLast || time + slack < picture.time + picture.duration ? found : cache_.end();
+}
+
+std::optional<Picture> PictureTrack::shownAt(MediaTime now, double rate) const {
+    const std::lock_guard lock(mutex_);
+    if (const auto exact = covering(now); exact != cache_.end()) return exact->second;
+    const auto behind = cache_.upper_bound(now + slack);
+    const bool isStepwise = std::abs(rate) < keyPicturesFromRate;
+    if (rate < 0 && isStepwise && behind != cache_.end()) return behind->second;
+    if (behind != cache_.begin()) return std::prev(behind)->second;
+    return std::nullopt;
+}
+
+std::optional<MediaTime> PictureTrack::nextChange(MediaTime now, double rate) const {
+    const std::lock_guard lock(mutex_);
+    const auto shown = covering(now);
+    if (shown == cache_.end()) return std::nullopt;
+    if (rate < 0) return shown->first; // below its start the one before is shown
+    return shown->second.time + shown->second.duration;
+}
+
+std::optional<MediaTime> PictureTrack::knownEnd() const {
+    const std::lock_guard lock(mutex_);
+    return end_;
+}
+
+void PictureTrack::waitUntilReady(MediaTime now, double rate) {
+    assertMayBlock("waiting for a picture");
+    std::unique_lock lock(mutex_);
+    now_ = now;
+    rate_ = rate;
+    const bool isKey = std::abs(rate) >= keyPicturesFromRate;
+    const auto isIdle = [&] { return !wish_ && servedSeek_ == lastSeek_; };
+    served_.wait(lock, isIdle);
+    if (rate == 0 || (!isKey && covering(now) != cache_.end())) return;
+    wish_ = Wish{now, isKey, 0};
+    stopWork();
+    changed_.notify_all();
+    served_.wait(lock, isIdle);
+}
+
+// The thread.
+
+MediaTime PictureTrack::pictureLength() const {
+    if (facts_.nominalFrameRate <= 0) return unknownLength;
+    return MediaTime::fromSeconds(1 / facts_.nominalFrameRate);
+}
+
+std::size_t PictureTrack::capacity() const {
+    const std::size_t bytes = cache_.empty() ? 0 : cache_.begin()->second.bytes();
+    return std::clamp(bytes == 0 ? picturesAhead : mostBytes / bytes, fewestPictures, mostPictures);
+}
+
+bool PictureTrack::isFirst(const Picture& picture) const {
+    return picture.number == 0 || (first_ && picture.time <= *first_);
+}
+
+bool PictureTrack::isFollowing(const Picture& first, const Picture& second) const {
+    return second.time <= first.time + first.duration + slack;
+}
+
+PictureTrack::Job PictureTrack::forwardJob(std::size_t wanted) const {
+    const auto shown = covering(now_);
+    if (shown == cache_.end()) return {Kind::at, now_ + slack, {}, false};
+    auto last = shown;
+    std::size_t ahead = 0;
+    for (auto next = std::next(last); next != cache_.end() && isFollowing(last->second, next->second);
+         ++next) {
+        last = next;
+        ++ahead;
+    }
+    const MediaTime behind = last->second.time + last->second.duration;
+    if (ahead >= std::min(wanted, capacity() - 1) || behind >= end_.value_or(facts_.duration)) return {};
+    if (decodedTo_ == last->first) return {Kind::next, {}, {}, false};
+    return {Kind::at, behind, {}, false};
+}
+
+PictureTrack::Job PictureTrack::reverseJob(std::size_t wanted) const {
+    const auto shown = covering(now_);
+    const std::size_t room = rate_ < 0 ? std::max<std::size_t>(capacity() / 2, 1) : wanted;
+    MediaTime end = now_ + slack + pictureLength();
+    std::size_t there = 0;
+    if (shown != cache_.end()) {
+        auto first = shown;
+        while (first != cache_.begin() && isFollowing(std::prev(first)->second, first->second)) {
+            --first;
+            ++there;
+        }
+        end = first->first;
+        if (isFirst(first->second)) return {};
+    }
+    if (there >= std::min(wanted, room)) return {};
+    const MediaTime start = end - pictureLength() * static_cast<std::int64_t>(room);
+    return {Kind::stretch, std::max(start, MediaTime{}), end, false};
+}
+
+PictureTrack::Job PictureTrack::nextJob() const {
+    if (wish_) return {wish_->isKey ? Kind::key : Kind::at, wish_->time + slack, {}, true};
+    if (failures_ >= mostFailures || std::abs(rate_) >= keyPicturesFromRate) return {};
+    if (rate_ > 0) return forwardJob(picturesAhead);
+    if (rate_ < 0) return reverseJob(picturesAhead);
+    if (covering(now_) == cache_.end()) return {};
+    const std::size_t room = (capacity() - 1) / 2; // on either side
+    if (const Job job = forwardJob(std::min(picturesAheadAtRest, room)); job.kind != Kind::none) return job;
+    return reverseJob(std::min(picturesBehindAtRest, room));
+}
+
+void PictureTrack::serve(const std::stop_token& stop) {
+    std::unique_lock lock(mutex_);
+    while (!stop.stop_requested()) {
+        const std::uint64_t seen = version_;
+        const auto isChanged = [&] { return version_ != seen; };
+        const Job job = nextJob();
+        if (job.kind == Kind::none) {
+            changed_.wait(lock, stop, isChanged);
+            continue;
+        }
+        const bool canWait = !job.isWish && rate_ == 0;
+        if (canWait && changed_.wait_for(lock, stop, restBeforeAdvance, isChanged)) continue;
+        if (stop.stop_requested()) return;
+        perform(job, lock);
+    }
+}
+
+void PictureTrack::perform(const Job& job, std::unique_lock<std::mutex>& lock) {
+    const std::optional<Wish> wish = job.isWish ? wish_ : std::nullopt;
+    if (wish && !wish->isKey && covering(wish->time) != cache_.end()) return finish(*wish, true, lock);
+    work_ = std::stop_source();
+    job_ = job.kind;
+    const std::uint64_t generation = generation_;
+    VideoDecoder::Outcome outcome{};
+    try {
+        outcome = decode(job, lock);
+    } catch (const Stopped&) {
+        job_ = Kind::none;
+        decodedTo_.reset();
+        return;
+    }
+    job_ = Kind::none;
+    if (generation != generation_) return;
+    if (outcome == VideoDecoder::Outcome::end && decodedTo_) {
+        const auto last = cache_.find(*decodedTo_);
+        if (last != cache_.end()) end_ = last->second.time + last->second.duration;
+    }
+    failures_ = outcome == VideoDecoder::Outcome::nothing ? failures_ + 1 : 0;
+    if (wish) finish(*wish, outcome == VideoDecoder::Outcome::picture, lock);
+}
+
+/// Lets go of the lock while the decoder works.
+VideoDecoder::Outcome PictureTrack::decode(const Job& job, std::unique_lock<std::mutex>& lock) {
+    const std::stop_token stop = work_.get_token();
+    const std::uint64_t generation = generation_;
+    if (job.kind == Kind::stretch && rate_ < 0 && !reduced_ && !facts_.isIntraOnly &&
+        capacity() < fewestInReverse) {
+        const PictureSize full = cache_.empty() ? facts_.size : cache_.begin()->second.size;
+        reduced_ = PictureSize{std::max(full.width / 2, 1), std::max(full.height / 2, 1)};
+    }
+    const PictureSize limit = job.kind == Kind::stretch ? reduced_.value_or(limit_) : limit_;
+    auto kind = job.kind;
+    for (;;) {
+        lock.unlock();
+        VideoDecoder::Result result;
+        try {
+            switch (kind) {
+            case Kind::key:
+                result = decoder_->keyAt(job.time, limit, stop);
+                break;
+            case Kind::next:
+                result = decoder_->next(limit, stop);
+                break;
+            default:
+                result = decoder_->at(job.time, {}, limit, stop);
+            }
+        } catch (const Stopped&) {
+            lock.lock();
+            throw;
+        }
+        lock.lock();
+        if (generation != generation_ || !result.picture) return result.outcome;
+        if (result.isLast) end_ = result.picture->time + result.picture->duration;
+        const MediaTime time = result.picture->time, behind = time + result.picture->duration;
+        const bool isFromStart = kind != Kind::next && kind != Kind::key && job.time <= slack;
+        if (isFromStart) first_ = time;
+        // What lies between cannot be decoded: the one before is shown for as long.
+        if (const auto before = decodedTo_ ? cache_.find(*decodedTo_) : cache_.end();
+            kind == Kind::next && before != cache_.end())
+            before->second.duration = time - before->first;
+        decodedTo_ = kind == Kind::key ? std::nullopt : std::optional(time);
+        cache_.insert_or_assign(time, std::move(*result.picture));
+        evict();
+        if (job.kind != Kind::stretch || behind >= job.end) return result.outcome;
+        if (stop.stop_requested()) throw Stopped();
+        kind = Kind::next;
+    }
+}
+
+void PictureTrack::finish(const Wish& wish, bool hasPicture, std::unique_lock<std::mutex>& lock) {
+    const bool isNewest = wish_ && wish_->seek == wish.seek && wish_->time == wish.time;
+    if (isNewest) wish_.reset();
+    if (isNewest && wish.seek != 0) servedSeek_ = wish.seek;
+    served_.notify_all();
+    const Report report{servedSeek_, hasPicture};
+    lock.unlock();
+    report_(report);
+    lock.lock();
+}
+
+/// Farthest from the moment first, those that were played before those that come.
+void PictureTrack::evict() {
+    const std::size_t most = capacity();
+    std::size_t bytes = 0;
+    for (const auto& one : cache_) bytes += one.second.bytes();
+    while (cache_.size() > fewestPictures && (cache_.size() > most || bytes > mostBytes)) {
+        const auto first = cache_.begin(), last = std::prev(cache_.end());
+        bool dropsFirst = now_ - first->first > last->first - now_;
+        if (rate_ > 0) dropsFirst = first->second.time + first->second.duration <= now_;
+        if (rate_ < 0) dropsFirst = last->first <= now_;
+        const auto dropped = dropsFirst ? first : last;
+        bytes -= dropped->second.bytes();
+        cache_.erase(dropped);
+    }
+}
+
+} // namespace orvane::platform

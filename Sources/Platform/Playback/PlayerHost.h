@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Platform/MainThread.h"
+#include "Platform/Playback/Mixer.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace orvane::platform {
+
+/// A player as its system sees it. Interface thread.
+class HostedPlayer {
+  public:
+    virtual ~HostedPlayer() = default;
+    /// What has to be done before time may come to this frame of the output: pictures decoded, sound read.
+    /// Carried out on another thread; null where there is nothing to wait for.
+    virtual std::function<void()> preparation(std::int64_t outputFrame) = 0;
+};
+
+/// What players have in common: the frames of one output as their time. Interface thread.
+class PlayerHost {
+  public:
+    virtual ~PlayerHost() = default;
+
+    Mixer& mixer() { return *mixer_; }
+    const std::shared_ptr<Mixer>& sharedMixer() const { return mixer_; }
+    MainThread& mainThread() { return *mainThread_; }
+    const std::shared_ptr<MainThread>& sharedMainThread() const { return mainThread_; }
+    double sampleRate() const { return mixer_->sampleRate(); }
+    void add(std::weak_ptr<HostedPlayer> player) { players_.push_back(std::move(player)); }
+
+    /// The first frame from which a change can be heard in full.
+    virtual std::int64_t earliestStart() const = 0;
+    /// Runs the work once this frame is heard.
+    virtual std::shared_ptr<Timer> atFrame(std::int64_t frame, std::function<void()> work) = 0;
+    virtual std::chrono::nanoseconds hostTime() const = 0;
+    /// The frame that is heard then; equal moments give equal frames.
+    virtual std::int64_t frameAt(std::chrono::nanoseconds hostTime) = 0;
+
+  protected:
+    PlayerHost(std::shared_ptr<MainThread> mainThread, std::shared_ptr<Mixer> mixer)
+        : mainThread_(std::move(mainThread)), mixer_(std::move(mixer)) {}
+
+    const std::shared_ptr<MainThread> mainThread_;
+    const std::shared_ptr<Mixer> mixer_;
+    std::vector<std::weak_ptr<HostedPlayer>> players_;
+};
+
+std::unique_ptr<class Player> makeHostedPlayer(const std::shared_ptr<PlayerHost>& host);
+
+} // namespace orvane::platform

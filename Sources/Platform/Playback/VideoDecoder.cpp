@@ -1,0 +1,166 @@
+#include "Platform/Playback/VideoDecoder.h"
+
+#include "Platform/InterfaceThread.h"
+#include "Platform/MediaHelper/HelperProcess.h"
+#include "Platform/Stop.h"
+
+#include <cmath>
+#include <cstring>
+
+namespace orvane::platform {
+
+namespace {
+
+using helper::Process;
+
+/// Blocks that wait to be used again.
+constexpr std::size_t mostFreeBlocks = 3;
+
+/// A second, of a file that tells no rate.
+constexpr double usualRate = 25;
+
+helper::Seconds message(MediaTime time) { return {time.value, time.scale}; }
+/// What a helper says of a time; it may say anything.
+MediaTime time(helper::Seconds seconds) {
+    constexpr std::int64_t most = std::int64_t{1} << 62U;
+    const bool isSensible = seconds.scale > 0 && seconds.value < most && seconds.value > -most;
+    return isSensible ? MediaTime{seconds.value, seconds.scale} : MediaTime{};
+}
+
+bool isSensible(const helper::VideoStream& stream) {
+    return stream.width > 0 && stream.height > 0 && stream.pictureCount >= 0 &&
+           std::isfinite(stream.nominalFrameRate) && stream.nominalFrameRate >= 0;
+}
+
+/// For the wishes of all decoders: a helper serves one after the other.
+std::uint64_t nextWish() {
+    static std::atomic<std::uint64_t> number = 0;
+    return ++number;
+}
+
+} // namespace
+
+std::shared_ptr<std::uint8_t[]> PixelStore::get(const std::shared_ptr<PixelStore>& self, std::size_t bytes) {
+    Block block;
+    {
+        const std::lock_guard lock(mutex_);
+        if (bytes != blockBytes_) {
+            free_.clear();
+            blockBytes_ = bytes;
+        } else if (!free_.empty()) {
+            block = std::move(free_.back());
+            free_.pop_back();
+        }
+    }
+    if (!block) block.reset(new std::uint8_t[bytes]);
+    return {block.release(), [self, bytes](std::uint8_t* back) {
+                Block returned(back);
+                const std::lock_guard lock(self->mutex_);
+                if (self->blockBytes_ == bytes && self->free_.size() < mostFreeBlocks)
+                    self->free_.push_back(std::move(returned));
+            }};
+}
+
+std::unique_ptr<VideoDecoder> VideoDecoder::open(const std::string& path) {
+    assertMayBlock("opening a video");
+    const auto process = Process::borrow(helper::Purpose::pictures);
+    if (!process) return nullptr;
+    const auto stream = process->ask<std::optional<helper::VideoStream>>(helper::Request::openPictures, path);
+    if (!stream || !*stream || !isSensible(**stream)) return nullptr;
+    return std::unique_ptr<VideoDecoder>(new VideoDecoder(process, **stream));
+}
+
+VideoDecoder::VideoDecoder(std::shared_ptr<Process> process, const helper::VideoStream& stream)
+    : process_(std::move(process)), handle_(stream.handle) {
+    facts_.size = {stream.width, stream.height};
+    facts_.duration = std::max(time(stream.duration), MediaTime{});
+    facts_.nominalFrameRate = stream.nominalFrameRate;
+    facts_.pictureCount = stream.pictureCount;
+    facts_.isIntraOnly = stream.isIntraOnly;
+}
+
+VideoDecoder::~VideoDecoder() { process_->ask<bool>(helper::Request::closePictures, handle_); }
+
+VideoDecoder::Result VideoDecoder::at(MediaTime when, MediaTime tolerance, PictureSize limit,
+                                      const std::stop_token& stop) {
+    helper::PictureWish wish;
+    wish.time = message(when);
+    wish.tolerance = message(tolerance);
+    return ask(wish, limit, stop);
+}
+
+VideoDecoder::Result VideoDecoder::keyAt(MediaTime when, PictureSize limit, const std::stop_token& stop) {
+    helper::PictureWish wish;
+    wish.choice = helper::PictureChoice::key;
+    wish.time = message(when);
+    return ask(wish, limit, stop);
+}
+
+VideoDecoder::Result VideoDecoder::next(PictureSize limit, const std::stop_token& stop) {
+    helper::PictureWish wish;
+    wish.choice = helper::PictureChoice::next;
+    return ask(wish, limit, stop);
+}
+
+VideoDecoder::Result VideoDecoder::ask(helper::PictureWish& wish, PictureSize limit,
+                                       const std::stop_token& stop) {
+    assertMayBlock("decoding a picture");
+    throwIfStopped(stop);
+    wish.handle = handle_;
+    wish.number = nextWish();
+    wish.width = limit.width;
+    wish.height = limit.height;
+    const std::lock_guard lock(process_->mutex());
+    std::optional<helper::PictureAnswer> answer;
+    {
+        const std::stop_callback whenStopped(stop, [&] { process_->pictures().stopped = wish.number; });
+        answer = process_->ask<helper::PictureAnswer>(helper::Request::picture, wish);
+    }
+    if (!answer) return {};
+    if (answer->outcome == helper::PictureOutcome::stopped) {
+        throwIfStopped(stop);
+        return {};
+    }
+    if (answer->outcome == helper::PictureOutcome::end) return {Outcome::end, std::nullopt, false};
+    const bool isPicture =
+        answer->outcome == helper::PictureOutcome::picture && answer->width > 0 && answer->height > 0 &&
+        static_cast<std::size_t>(answer->width) * static_cast<std::size_t>(answer->height) <=
+            helper::mostPixels;
+    if (!isPicture) return {};
+    Picture picture;
+    picture.size = {answer->width, answer->height};
+    picture.time = time(answer->time);
+    picture.duration = time(answer->duration);
+    if (picture.duration <= MediaTime{}) // nobody knows
+        picture.duration =
+            MediaTime::fromSeconds(1 / (facts_.nominalFrameRate > 0 ? facts_.nominalFrameRate : usualRate));
+    picture.number = answer->number;
+    const auto pixels = store_->get(store_, picture.bytes());
+    std::memcpy(pixels.get(), process_->pixels(), picture.bytes());
+    picture.pixels = pixels;
+    return {Outcome::picture, std::move(picture), answer->isLast};
+}
+
+namespace {
+
+class DecodingReader final : public FrameReader {
+  public:
+    explicit DecodingReader(std::unique_ptr<VideoDecoder> decoder) : decoder_(std::move(decoder)) {}
+    const VideoFacts& facts() const override { return decoder_->facts(); }
+    std::optional<Picture> pictureAt(MediaTime time, MediaTime tolerance, PictureSize limit,
+                                     const std::stop_token& stop) override {
+        return decoder_->at(time, tolerance, limit, stop).picture;
+    }
+
+  private:
+    const std::unique_ptr<VideoDecoder> decoder_;
+};
+
+} // namespace
+
+std::unique_ptr<FrameReader> FrameReader::open(const std::string& path) {
+    auto decoder = VideoDecoder::open(path);
+    return decoder ? std::make_unique<DecodingReader>(std::move(decoder)) : nullptr;
+}
+
+} // namespace orvane::platform

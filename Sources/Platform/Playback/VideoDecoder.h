@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Platform/Playback/FrameReader.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace orvane::platform {
+
+namespace helper {
+class Process;
+struct VideoStream;
+struct PictureWish;
+} // namespace helper
+
+/// Memory for pictures that is used again once nobody holds a picture, as touching new memory costs more than
+/// copying. Any thread.
+class PixelStore {
+  public:
+    static std::shared_ptr<PixelStore> create() { return std::make_shared<PixelStore>(); }
+    std::shared_ptr<std::uint8_t[]> get(const std::shared_ptr<PixelStore>& self, std::size_t bytes);
+
+  private:
+    using Block = std::unique_ptr<std::uint8_t[]>;
+    std::mutex mutex_;
+    std::size_t blockBytes_ = 0; ///< of those that are kept
+    std::vector<Block> free_;
+};
+
+/// Decodes the pictures of one file in a helper process of its own, one after the other or anywhere. One
+/// thread at a time, never the interface thread. When the process ends over the file there is no further
+/// picture.
+class VideoDecoder {
+  public:
+    enum class Outcome { picture, end, nothing };
+    struct Result {
+        Outcome outcome = Outcome::nothing;
+        std::optional<Picture> picture;
+        bool isLast = false; ///< the file ends behind it, as decoding has shown
+    };
+
+    /// Null when the file has no picture that can be decoded.
+    static std::unique_ptr<VideoDecoder> open(const std::string& path);
+    ~VideoDecoder();
+
+    const VideoFacts& facts() const { return facts_; }
+    /// As FrameReader::pictureAt. Throws Stopped, as the other two do.
+    Result at(MediaTime time, MediaTime tolerance, PictureSize limit, const std::stop_token& stop);
+    /// The newest picture at or before `time` that is decoded by itself.
+    Result keyAt(MediaTime time, PictureSize limit, const std::stop_token& stop);
+    /// The picture behind the one that was given last; the first at the beginning.
+    Result next(PictureSize limit, const std::stop_token& stop);
+
+  private:
+    VideoDecoder(std::shared_ptr<helper::Process> process, const helper::VideoStream& stream);
+    Result ask(helper::PictureWish& wish, PictureSize limit, const std::stop_token& stop);
+
+    const std::shared_ptr<helper::Process> process_;
+    const std::uint32_t handle_;
+    VideoFacts facts_;
+    std::shared_ptr<PixelStore> store_ = PixelStore::create();
+};
+
+} // namespace orvane::platform

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCLI/LineReader.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 #include "Platform/Interrupt.h"
+#include "Platform/Playback/Player.h"
 #include "Platform/Text.h"
 
 #include <cstddef>
@@ -93,6 +94,12 @@ commands::CommandContext openWork(Context& context, const Arguments& arguments,
     opened.controller = ImportController::create(std::move(work));
     opened.sessions = SessionManager::create(std::move(keeping));
     opened.settings = context.settings;
+    opened.openPlayers = [loop, clock = context.clock,
+                          isPulled =
+                              arguments.has("--virtual-clock")]() -> std::shared_ptr<platform::PlayerSystem> {
+        if (isPulled) return platform::PulledPlayerSystem::create(loop);
+        return platform::PlayerSystem::create(loop, clock);
+    };
     if (auto* file = dynamic_cast<platform::FileSettingsStore*>(context.settings.get())) file->followOthers();
     opened.sessions->start(opened.controller);
     return opened;
@@ -145,7 +152,8 @@ const Command& serveCommand() {
         "[options]",
         "Answer JSON-RPC 2.0 requests, one a line, on standard input and output.",
         "orvanesync serve",
-        {{"--no-cache", "", "read every file anew; neither use nor keep earlier results"}},
+        {{"--no-cache", "", "read every file anew; neither use nor keep earlier results"},
+         {"--virtual-clock", "", "players stand still until the method advanceClock moves their time"}},
         serve,
         "\nA request: {\"jsonrpc\": \"2.0\", \"id\": 1, \"method\": \"state\"}\n"
         "The methods, and a program that uses them: docs/automation.md\n"};

@@ -31,6 +31,7 @@ const Command& loudnessCommand();
 const Command& ltcCommand();
 const Command& clapCommand();
 const Command& frameCommand();
+const Command& playCommand();
 const Command& onsetsCommand();
 const Command& waveformCommand();
 const Command& reportCommand();

@@ -1,9 +1,9 @@
 #include "Platform/Files.h"
 #include "Platform/InterfaceThread.h"
 #include "Platform/KeptFiles.h"
-#include "Platform/Random.h"
 #include "Platform/ReadErrorWatch.h"
 #include "Platform/Stop.h"
+#include "Platform/TemporaryFiles.h"
 #include "Platform/Text.h"
 
 #include <fcntl.h>
@@ -14,19 +14,14 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
-#include <chrono>
 #include <climits>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <limits>
 #include <map>
 #include <memory>
-#include <mutex>
-#include <new>
-#include <set>
 #include <system_error>
 #include <utility>
 
@@ -37,115 +32,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr double referenceDateUnixSeconds = 978307200.0; // 1 January 2001 00:00 UTC
-constexpr std::string_view temporaryPrefix = ".orvane-", temporarySuffix = ".tmp";
-constexpr int mostLinks = 40; // as many as the kernel follows
-
-[[noreturn]] void fail(const char* deed, const std::string& path, int reason) {
-    throw FileError(std::string(deed) + " " + text::validUTF8(path) + ": " +
-                    std::generic_category().message(reason));
-}
-
-class Descriptor {
-  public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() {
-        if (number_ >= 0) ::close(number_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const { return number_; }
-    bool isOpen() const { return number_ >= 0; }
-    /// False with errno when the system reports a late write error.
-    bool close() { return ::close(std::exchange(number_, -1)) == 0; }
-
-  private:
-    int number_;
-};
-
-bool writeAll(const Descriptor& file, std::string_view contents) {
-    while (!contents.empty()) {
-        const ssize_t count = ::write(file.get(), contents.data(), contents.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return false;
-        contents.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
-}
-
-/// A name in the same folder that nobody else uses: a process number comes again, in every container and on
-/// every machine that shares the folder.
-std::string temporaryName(const std::string& path) {
-    std::array<std::byte, 8> random;
-    secureRandom(random);
-    std::string name = folderOf(path) + "/" + std::string(temporaryPrefix);
-    constexpr std::string_view digits = "0123456789abcdef";
-    for (const std::byte byte : random) {
-        name += digits[std::to_integer<std::size_t>(byte >> 4)];
-        name += digits[std::to_integer<std::size_t>(byte & std::byte{15})];
-    }
-    return name + std::string(temporarySuffix);
-}
-
-/// The temporary files of writes under way. Never destroyed: a thread may write until the very end.
-struct Temporaries {
-    std::timed_mutex mutex;
-    std::set<std::string> paths;
-
-    static Temporaries& shared() {
-        // Never destroyed, as files may be written while the program ends; and there without memory being
-        // asked for.
-        alignas(Temporaries) static std::array<std::byte, sizeof(Temporaries)> place;
-        static auto* const temporaries = new (place.data()) Temporaries;
-        return *temporaries;
-    }
-};
-
-/// Takes a new file away again unless it was put in its place.
-class Discard {
-  public:
-    explicit Discard(std::string path) : path_(std::move(path)) {
-        const std::lock_guard lock(Temporaries::shared().mutex);
-        Temporaries::shared().paths.insert(path_);
-    }
-    ~Discard() {
-        if (armed_) ::unlink(path_.c_str());
-        const std::lock_guard lock(Temporaries::shared().mutex);
-        Temporaries::shared().paths.erase(path_);
-    }
-    Discard(const Discard&) = delete;
-    Discard& operator=(const Discard&) = delete;
-    void disarm() { armed_ = false; }
-
-  private:
-    const std::string path_;
-    bool armed_ = true;
-};
-
-/// False with errno for an error of the disk; a file system that knows no fsync has no such error.
-bool reachedTheDisk(const Descriptor& file) {
-    return ::fsync(file.get()) == 0 || errno == EINVAL || errno == ENOTSUP;
-}
-
-void copyOwnership(const Descriptor& to, const struct stat& from) {
-    // Only root may give files away; for everybody else the new file is theirs.
-    if (::fchown(to.get(), from.st_uid, from.st_gid) != 0 &&
-        ::fchown(to.get(), static_cast<uid_t>(-1), from.st_gid) != 0)
-        errno = 0;
-}
-
-/// False with errno, EEXIST where a file has the name.
-bool renameToFreeName(const std::string& from, const std::string& to) {
-    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
-    // A file system that can't look and rename in one step.
-    if (errno != EINVAL && errno != ENOSYS) return false;
-    return ::rename(from.c_str(), to.c_str()) == 0;
-}
-
-void writeInto(const std::string& path, std::string_view contents) {
-    Descriptor device(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
-    if (!device.isOpen() || !writeAll(device, contents) || !device.close()) fail("can't write", path, errno);
-}
+constexpr int mostLinks = 40;                            // as many as the kernel follows
 
 std::string environment(const char* name) {
     const char* value = std::getenv(name);
@@ -230,41 +117,6 @@ std::string readText(const std::string& path, std::uint64_t limitBytes, const st
     return contents;
 }
 
-void writeAtomically(const std::string& path, std::string_view contents) {
-    writeAtomically(path, contents, nullptr);
-}
-
-void writeAtomically(const std::string& path, std::string_view contents,
-                     const std::function<Existing()>& decide) {
-    assertMayBlock("writing a file");
-    struct stat old {};
-    const bool replaces = ::stat(path.c_str(), &old) == 0;
-    // A terminal, a pipe or /dev/null is written to; replacing it would break it for everybody.
-    if (replaces && !S_ISREG(old.st_mode) && !S_ISDIR(old.st_mode)) return writeInto(path, contents);
-
-    const std::string target = behindLinks(path);
-    const std::string temporary = temporaryName(target);
-    Discard discard(temporary);
-    Descriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (!file.isOpen()) {
-        const int reason = errno;
-        discard.disarm(); // a file of that name is somebody else's
-        fail("can't write", path, reason);
-    }
-    if (replaces) {
-        if (old.st_uid != ::geteuid() || old.st_gid != ::getegid()) copyOwnership(file, old);
-        // A share that keeps no permissions is no reason not to write.
-        if (::fchmod(file.get(), old.st_mode & 07777U) != 0) errno = 0;
-    }
-    if (!writeAll(file, contents) || !reachedTheDisk(file) || !file.close()) fail("can't write", path, errno);
-    const bool takesPlace = decide && decide() == Existing::keep
-                                ? renameToFreeName(temporary, target)
-                                : ::rename(temporary.c_str(), target.c_str()) == 0;
-    if (!takesPlace) fail("can't write", path, errno);
-    discard.disarm();
-    syncFolder(folderOf(target));
-}
-
 std::string folderOf(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     if (slash == std::string::npos) return ".";
@@ -321,15 +173,14 @@ std::map<std::uint64_t, std::string> keptBeside(const std::string& path, std::st
 
 /// The file under a second name, which nobody has.
 std::string keptAs(const std::string& path, const std::string& name) {
-    const std::string temporary = temporaryName(name);
-    Discard discard(temporary);
+    TemporaryName temporary(name);
     // Followed where the path is a link, as a write to it is.
-    if (::linkat(AT_FDCWD, path.c_str(), AT_FDCWD, temporary.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+    if (::linkat(AT_FDCWD, path.c_str(), AT_FDCWD, temporary.path().c_str(), AT_SYMLINK_FOLLOW) != 0) {
         writeAtomically(name, readText(path));
         return name;
     }
-    if (::rename(temporary.c_str(), name.c_str()) != 0) fail("can't write", name, errno);
-    discard.disarm();
+    if (::rename(temporary.path().c_str(), name.c_str()) != 0) fail("can't write", name, errno);
+    temporary.keep();
     syncFolder(folderOf(name));
     return name;
 }
@@ -361,26 +212,6 @@ void syncFolder(const std::string& folder) {
     // The file is in its place already; a file system that can't sync a folder is no reason to say otherwise.
     const Descriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (directory.isOpen()) ::fsync(directory.get());
-}
-
-void removeAbandonedTemporaries(const std::string& folder) {
-    constexpr std::time_t longestWrite = 3600; // seconds
-    for (const std::string& name : childNames(folder).value_or(std::vector<std::string>())) {
-        if (!name.starts_with(temporaryPrefix) || !name.ends_with(temporarySuffix)) continue;
-        const std::string path = folder + "/" + name;
-        struct stat status {};
-        if (::lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
-        if (std::time(nullptr) - status.st_mtim.tv_sec > longestWrite) ::unlink(path.c_str());
-    }
-}
-
-void discardTemporaries() {
-    // The lock is kept: no write begins or ends after this. A program that ends for want of memory may hold
-    // it.
-    constexpr std::chrono::seconds patience{1};
-    auto& temporaries = Temporaries::shared();
-    if (!temporaries.mutex.try_lock_for(patience)) return;
-    for (const std::string& path : temporaries.paths) ::unlink(path.c_str());
 }
 
 void createDirectories(const std::string& path) {

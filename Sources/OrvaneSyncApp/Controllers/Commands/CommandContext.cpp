@@ -1,5 +1,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 
+#include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
+
 #include <algorithm>
 
 namespace orvane::commands {
@@ -10,9 +12,11 @@ const std::shared_ptr<ShortcutCenter>& CommandContext::shortcuts() {
 }
 
 ReviewPlayers& CommandContext::players() {
-    if (!players_) players_ = std::make_shared<ReviewPlayers>(controller, shortcuts(), playing);
+    if (!players_) players_ = std::make_shared<ReviewPlayers>(controller, shortcuts(), openPlayers);
     return *players_;
 }
+
+ReviewViewModel& CommandContext::review() { return *players().review(); }
 
 const std::shared_ptr<platform::MainThread>& CommandContext::mainThread() const {
     return controller->work().environment.mainThread;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/Commands/Command.h"
-#include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutCenter.h"
@@ -13,7 +12,16 @@
 #include <string_view>
 #include <type_traits>
 
+namespace orvane::platform {
+class PlayerSystem;
+}
+namespace orvane {
+class ReviewViewModel;
+}
+
 namespace orvane::commands {
+
+class ReviewPlayers;
 
 /// What the commands work on.
 class CommandContext {
@@ -25,13 +33,13 @@ class CommandContext {
     /// requests.
     std::function<bool(const platform::JSON& id)> cancelRequest;
 
-    /// What pictures and sound are played by. Without it nothing is.
-    ReviewPlayers::Playing playing{};
+    /// Opens what plays pictures and sound; null: nothing can be played.
+    std::function<std::shared_ptr<platform::PlayerSystem>()> openPlayers;
 
     /// Begins to read them when they are first asked for.
     const std::shared_ptr<ShortcutCenter>& shortcuts();
     ReviewPlayers& players();
-    ReviewViewModel& review() { return *players().review(); }
+    ReviewViewModel& review();
     const std::shared_ptr<platform::MainThread>& mainThread() const;
 
     /// Throws for a clip, recording, range or wild track that a call names and that is not there: before the

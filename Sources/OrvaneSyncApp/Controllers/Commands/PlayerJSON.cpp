@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/PlayerJSON.h"
 
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
+#include "OrvaneSyncCore/Services/Playback/AudioLevels.h"
 #include "Platform/PNG.h"
 
 namespace orvane::commands {
@@ -17,10 +18,15 @@ void setShownFrame(JSON& json, const VideoEngine& engine) {
 JSON levelsJSON(const platform::Player* player) {
     JSON::Array levels;
     if (player == nullptr) return levels;
-    for (const platform::ChannelPeak& channel : player->levels()) {
+    int number = 0;
+    for (const platform::ChannelPeak& peak : player->levels()) {
+        const ChannelLevel measured = ChannelLevel::measured(number++, peak);
         JSON level;
-        level.set("peak", static_cast<double>(channel.peak));
-        level.set("rms", static_cast<double>(channel.rms));
+        level.set("channel", measured.channel);
+        level.set("peak", static_cast<double>(measured.peak));
+        level.set("rms", static_cast<double>(measured.rms));
+        level.set("peakDB", static_cast<double>(measured.peakDB));
+        level.set("rmsDB", static_cast<double>(measured.rmsDB));
         levels.push_back(std::move(level));
     }
     return levels;
@@ -90,7 +96,7 @@ platform::Task writePicture(CommandContext& context, std::shared_ptr<VideoEngine
                                    platform::ColourPicture{static_cast<std::uint32_t>(picture.size.width),
                                                            static_cast<std::uint32_t>(picture.size.height),
                                                            {picture.pixels.get(), picture.bytes()}},
-                                   "OrvaneSync"));
+                                   renderingMark));
         });
     co_await writing;
     JSON json;

@@ -1,12 +1,15 @@
 #include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
 
+#include "OrvaneSyncCore/Services/Playback/ScrubAudioPlayer.h"
+
 #include <utility>
 
 namespace orvane::commands {
 
 ReviewPlayers::ReviewPlayers(std::shared_ptr<ImportController> controller,
-                             std::shared_ptr<ShortcutCenter> shortcuts, Playing playing)
-    : controller_(std::move(controller)), shortcuts_(std::move(shortcuts)), playing_(std::move(playing)),
+                             std::shared_ptr<ShortcutCenter> shortcuts, OpenPlayers openPlayers)
+    : controller_(std::move(controller)), shortcuts_(std::move(shortcuts)),
+      openPlayers_(std::move(openPlayers)),
       review_(ReviewViewModel::create(controller_, makeEngine(controller_->timeline().waveform()))),
       multicam_(MulticamViewModel::create(controller_,
                                           [this] {
@@ -24,13 +27,17 @@ std::shared_ptr<VideoEngine> ReviewPlayers::makeEngine(std::shared_ptr<WaveformS
     VideoEngine::Dependencies dependencies;
     dependencies.mainThread = controller_->work().environment.mainThread;
     dependencies.openPlayers = [this] { return players(); };
-    dependencies.makeBlips = playing_.makeBlips;
+    dependencies.makeBlips =
+        [](const std::shared_ptr<platform::PlayerSystem>& players) -> std::unique_ptr<FrameBlips> {
+        auto mixer = players->mixer();
+        return mixer ? std::make_unique<ScrubAudioPlayer>(std::move(mixer)) : nullptr;
+    };
     dependencies.waveform = std::move(waveform);
     return VideoEngine::create(std::move(dependencies));
 }
 
 const std::shared_ptr<platform::PlayerSystem>& ReviewPlayers::players() {
-    if (!players_ && playing_.open) players_ = playing_.open();
+    if (!players_ && openPlayers_) players_ = openPlayers_();
     return players_;
 }
 

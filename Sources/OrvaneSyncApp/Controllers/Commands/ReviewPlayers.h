@@ -2,7 +2,6 @@
 
 #include "OrvaneSyncApp/ViewModels/Review/MulticamViewModel.h"
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
-#include "OrvaneSyncCore/Services/Playback/FrameBlips.h"
 #include "OrvaneSyncCore/Services/Shortcuts/KeyboardMonitor.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutCenter.h"
 #include "Platform/Playback/Player.h"
@@ -16,13 +15,9 @@ namespace orvane::commands {
 /// screen in front. Interface thread.
 class ReviewPlayers {
   public:
-    /// Both may be null: then nothing is played, or frames are heard through the player.
-    struct Playing {
-        std::function<std::shared_ptr<platform::PlayerSystem>()> open;
-        std::function<std::unique_ptr<FrameBlips>(const std::shared_ptr<platform::PlayerSystem>&)> makeBlips;
-    };
+    using OpenPlayers = std::function<std::shared_ptr<platform::PlayerSystem>()>;
     ReviewPlayers(std::shared_ptr<ImportController> controller, std::shared_ptr<ShortcutCenter> shortcuts,
-                  Playing playing);
+                  OpenPlayers openPlayers);
 
     const std::shared_ptr<ReviewViewModel>& review() const { return review_; }
     const std::shared_ptr<MulticamViewModel>& multicam() const { return multicam_; }
@@ -41,7 +36,7 @@ class ReviewPlayers {
 
     const std::shared_ptr<ImportController> controller_;
     const std::shared_ptr<ShortcutCenter> shortcuts_;
-    const Playing playing_;
+    const OpenPlayers openPlayers_;
     std::shared_ptr<platform::PlayerSystem> players_;
     const std::shared_ptr<ReviewViewModel> review_;
     const std::shared_ptr<MulticamViewModel> multicam_;

@@ -1,0 +1,218 @@
+#include "Platform/NewFile.h"
+
+#include "Platform/InterfaceThread.h"
+#include "Platform/Random.h"
+#include "Platform/TemporaryFiles.h"
+#include "Platform/Text.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstddef>
+#include <cstdio>
+#include <ctime>
+#include <mutex>
+#include <new>
+#include <set>
+#include <system_error>
+#include <utility>
+
+namespace orvane::platform {
+
+namespace files {
+
+namespace {
+
+constexpr std::string_view temporaryPrefix = ".orvane-", temporarySuffix = ".tmp";
+
+/// In the same folder, so that it can be renamed. A process number comes again, in every container and on
+/// every machine that shares the folder.
+std::string temporaryName(const std::string& path) {
+    std::array<std::byte, 8> random;
+    secureRandom(random);
+    std::string name = folderOf(path) + "/" + std::string(temporaryPrefix);
+    constexpr std::string_view digits = "0123456789abcdef";
+    for (const std::byte byte : random) {
+        name += digits[std::to_integer<std::size_t>(byte >> 4)];
+        name += digits[std::to_integer<std::size_t>(byte & std::byte{15})];
+    }
+    return name + std::string(temporarySuffix);
+}
+
+/// The temporary files of writes under way. Never destroyed: a thread may write until the very end.
+struct Temporaries {
+    std::timed_mutex mutex;
+    std::set<std::string> paths;
+
+    static Temporaries& shared() {
+        // Never destroyed, as files may be written while the program ends; and there without memory being
+        // asked for.
+        alignas(Temporaries) static std::array<std::byte, sizeof(Temporaries)> place;
+        static auto* const temporaries = new (place.data()) Temporaries;
+        return *temporaries;
+    }
+};
+
+} // namespace
+
+void fail(const char* deed, const std::string& path, int reason) {
+    throw FileError(std::string(deed) + " " + text::validUTF8(path) + ": " +
+                    std::generic_category().message(reason));
+}
+
+Descriptor::~Descriptor() {
+    if (number_ >= 0) ::close(number_);
+}
+
+bool Descriptor::close() { return ::close(std::exchange(number_, -1)) == 0; }
+
+TemporaryName::TemporaryName(const std::string& path) : path_(temporaryName(path)) {
+    const std::lock_guard lock(Temporaries::shared().mutex);
+    Temporaries::shared().paths.insert(path_);
+}
+
+TemporaryName::~TemporaryName() {
+    if (!isKept_) ::unlink(path_.c_str());
+    const std::lock_guard lock(Temporaries::shared().mutex);
+    Temporaries::shared().paths.erase(path_);
+}
+
+void removeAbandonedTemporaries(const std::string& folder) {
+    constexpr std::time_t longestPause = 3600; // seconds between two writes to a file
+    for (const std::string& name : childNames(folder).value_or(std::vector<std::string>())) {
+        if (!name.starts_with(temporaryPrefix) || !name.ends_with(temporarySuffix)) continue;
+        const std::string path = folder + "/" + name;
+        struct stat status {};
+        if (::lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
+        if (std::time(nullptr) - status.st_mtim.tv_sec > longestPause) ::unlink(path.c_str());
+    }
+}
+
+void discardTemporaries() {
+    // The lock is kept: no write begins or ends after this. A program that ends for want of memory may hold
+    // it.
+    constexpr std::chrono::seconds patience{1};
+    auto& temporaries = Temporaries::shared();
+    if (!temporaries.mutex.try_lock_for(patience)) return;
+    for (const std::string& path : temporaries.paths) ::unlink(path.c_str());
+}
+
+void writeAtomically(const std::string& path, std::string_view contents) {
+    writeAtomically(path, contents, nullptr);
+}
+
+void writeAtomically(const std::string& path, std::string_view contents,
+                     const std::function<Existing()>& decide) {
+    NewFile file(path);
+    file.append(contents);
+    file.takePlace(decide);
+}
+
+} // namespace files
+
+namespace {
+
+using files::Descriptor;
+
+/// False with errno for an error of the disk; a file system that knows no fsync has no such error.
+bool reachedTheDisk(const Descriptor& file) {
+    return ::fsync(file.get()) == 0 || errno == EINVAL || errno == ENOTSUP;
+}
+
+void copyOwnership(const Descriptor& to, const struct stat& from) {
+    // Only root may give files away; for everybody else the new file is theirs.
+    if (::fchown(to.get(), from.st_uid, from.st_gid) != 0 &&
+        ::fchown(to.get(), static_cast<uid_t>(-1), from.st_gid) != 0)
+        errno = 0;
+}
+
+/// False with errno, EEXIST where a file has the name.
+bool renameToFreeName(const std::string& from, const std::string& to) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+    // A file system that can't look and rename in one step.
+    if (errno != EINVAL && errno != ENOSYS) return false;
+    return ::rename(from.c_str(), to.c_str()) == 0;
+}
+
+} // namespace
+
+struct NewFile::State {
+    std::string path;                                ///< as it was given, for messages
+    std::string target;                              ///< behind links
+    std::unique_ptr<files::TemporaryName> temporary; ///< null: written to directly
+    Descriptor file{-1};
+};
+
+NewFile::NewFile(const std::string& path) {
+    assertMayBlock("writing a file");
+    struct stat old {};
+    const bool replaces = ::stat(path.c_str(), &old) == 0;
+    // A terminal, a pipe or /dev/null is written to; replacing it would break it for everybody.
+    if (replaces && !S_ISREG(old.st_mode) && !S_ISDIR(old.st_mode)) {
+        state_ = std::make_unique<State>(
+            State{path, path, nullptr, Descriptor(::open(path.c_str(), O_WRONLY | O_CLOEXEC))});
+        if (!state_->file.isOpen()) files::fail("can't write", path, errno);
+        return;
+    }
+    std::string target = files::behindLinks(path);
+    auto temporary = std::make_unique<files::TemporaryName>(target);
+    Descriptor file(::open(temporary->path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!file.isOpen()) {
+        const int reason = errno;
+        temporary->keep(); // a file of that name is somebody else's
+        files::fail("can't write", path, reason);
+    }
+    if (replaces) {
+        if (old.st_uid != ::geteuid() || old.st_gid != ::getegid()) copyOwnership(file, old);
+        // A share that keeps no permissions is no reason not to write.
+        if (::fchmod(file.get(), old.st_mode & 07777U) != 0) errno = 0;
+    }
+    state_ = std::make_unique<State>(State{path, std::move(target), std::move(temporary), std::move(file)});
+}
+
+NewFile::~NewFile() = default;
+NewFile::NewFile(NewFile&&) noexcept = default;
+NewFile& NewFile::operator=(NewFile&&) noexcept = default;
+
+void NewFile::append(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(state_->file.get(), bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) files::fail("can't write", state_->path, errno);
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+}
+
+void NewFile::overwrite(std::uint64_t position, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count =
+            ::pwrite(state_->file.get(), bytes.data(), bytes.size(), static_cast<off_t>(position));
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0 && !state_->temporary && errno == ESPIPE) return;
+        if (count < 0) files::fail("can't write", state_->path, errno);
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+        position += static_cast<std::uint64_t>(count);
+    }
+}
+
+void NewFile::takePlace(const Decide& decide) {
+    const std::string& path = state_->path;
+    if (!state_->temporary) {
+        if (!state_->file.close()) files::fail("can't write", path, errno);
+        return;
+    }
+    if (!reachedTheDisk(state_->file) || !state_->file.close()) files::fail("can't write", path, errno);
+    const std::string &temporary = state_->temporary->path(), &target = state_->target;
+    const bool takesPlace = decide && decide() == files::Existing::keep
+                                ? renameToFreeName(temporary, target)
+                                : ::rename(temporary.c_str(), target.c_str()) == 0;
+    if (!takesPlace) files::fail("can't write", path, errno);
+    state_->temporary->keep();
+    files::syncFolder(files::folderOf(target));
+}
+
+} // namespace orvane::platform

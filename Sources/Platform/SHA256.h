@@ -1,0 +1,38 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <stop_token>
+#include <string>
+#include <string_view>
+
+namespace orvane::platform {
+
+/// SHA-256 of bytes that come in pieces (FIPS 180-4). One thread at a time.
+class SHA256 {
+  public:
+    static constexpr std::size_t bytes = 32;
+
+    SHA256();
+    ~SHA256();
+    SHA256(const SHA256&) = delete;
+    SHA256& operator=(const SHA256&) = delete;
+
+    void add(std::string_view piece);
+    /// Of all that was added. Nothing may be added after it.
+    std::array<std::uint8_t, bytes> digest();
+
+  private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+/// Two digits a byte, lower case.
+std::string hexadecimal(const std::array<std::uint8_t, SHA256::bytes>& digest);
+/// Of a whole file, read in pieces. Throws FileError and Stopped.
+std::array<std::uint8_t, SHA256::bytes> sha256OfFile(const std::string& path,
+                                                     const std::stop_token& stop = {});
+
+} // namespace orvane::platform

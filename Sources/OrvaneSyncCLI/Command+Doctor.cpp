@@ -5,6 +5,7 @@
 #include "Platform/Files.h"
 #include "Platform/JSON.h"
 #include "Platform/MediaInspector.h"
+#include "Platform/Playback/AudioOutput.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -71,6 +72,11 @@ Check codecCheck() {
     return {"codecs", "problem", "can't decode " + platform::text::joined(missing, ", ")};
 }
 
+Check audioOutputCheck() {
+    const auto report = platform::audioDeviceReport();
+    return {"audio output", report.isThere ? "ok" : "problem", report.description};
+}
+
 std::vector<Check> checks(const Context& context) {
     return {settingsCheck(context),
             folderCheck("work folder", AppStorageHelper::applicationSupportDirectory()),
@@ -78,7 +84,7 @@ std::vector<Check> checks(const Context& context) {
             cacheCheck(context),
             libraryCheck(),
             codecCheck(),
-            {"audio output", "unused", "this version plays no sound"},
+            audioOutputCheck(),
             {"text recognition", "unused", "this version reads no slates"},
             {"key store", "unused", "this version signs in nowhere"}};
 }

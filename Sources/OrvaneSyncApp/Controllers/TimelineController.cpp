@@ -2,13 +2,14 @@
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Models/Settings.h"
-#include "OrvaneSyncCore/Services/Takes/Take.h"
+#include "OrvaneSyncCore/Services/Takes/ClipSound.h"
 #include "OrvaneSyncCore/Services/Timeline/TimelineRuler.h"
 #include "OrvaneSyncCore/Services/Waveform/ClapDetector.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
 #include "Timecode/ExactRate.h"
 
 #include <algorithm>
+#include <cmath>
 #include <exception>
 #include <thread>
 #include <utility>
@@ -18,8 +19,6 @@ namespace orvane {
 namespace {
 
 std::size_t machineThreads() { return std::max(std::thread::hardware_concurrency(), 1U); }
-
-TakeSound soundOf(const SyncGroup& group) { return {group, takeOf(group, assumedChannels)}; }
 
 } // namespace
 
@@ -46,9 +45,9 @@ void TimelineController::show(const UUID& groupID) {
         waveform_->reset();
         waveformSound_.reset();
     }
-    const Take take = takeOf(*group, assumedChannels);
+    const ClipSound sound(*group);
     zoom_.clipDuration = group->video.durationSeconds.value_or(0);
-    zoom_.sizePaddingForAudio(take.offsetSeconds + group->manualAudioOffsetSeconds, take.durationSeconds);
+    zoom_.sizePaddingForAudio(sound.offsetSeconds, sound.durationSeconds);
     zoom_.scrollOffset = std::min(zoom_.scrollOffset, zoom_.largestScrollOffset());
 }
 
@@ -60,7 +59,7 @@ double TimelineController::rulerInterval() const {
 platform::Task TimelineController::loadWaveform() {
     const SyncGroup* group = shown_ ? work_.syncGroups().find(*shown_) : nullptr;
     if (group == nullptr || group->isMOS()) return platform::Task::ended();
-    TakeSound sound = soundOf(*group);
+    TakeSound sound = *ClipSound(*group).take;
     if (waveformSound_ == sound && !waveform_->isLoading()) return platform::Task::ended();
     waveformSound_ = sound;
     return waveform_->load(std::move(sound), WaveformReduction::reviewBins, true);
@@ -70,7 +69,7 @@ platform::Task TimelineController::reduceWaveform(const UUID& groupID, std::size
                                                   std::shared_ptr<WaveformResult> result) {
     const SyncGroup* group = work_.syncGroups().find(groupID);
     if (group == nullptr || group->isMOS()) return platform::Task::ended();
-    return reduce(work_.weak(this), soundOf(*group), bins, std::move(result));
+    return reduce(work_.weak(this), *ClipSound(*group).take, bins, std::move(result));
 }
 
 platform::Task TimelineController::reduce(std::weak_ptr<TimelineController> weak, TakeSound sound,
@@ -86,12 +85,13 @@ platform::Task TimelineController::reduce(std::weak_ptr<TimelineController> weak
     *result = co_await reducing;
 }
 
-void TimelineController::setAnchor(const UUID& groupID, double secondsInAudio) {
+std::optional<double> TimelineController::setAnchor(const UUID& groupID, double secondsInAudio) {
     const SyncGroup* group = work_.unlockedGroup(groupID);
     const MediaAsset* audio = group == nullptr ? nullptr : group->primaryAudio();
-    if (audio == nullptr || !audio->durationSeconds) return;
+    if (audio == nullptr || !audio->durationSeconds || std::isnan(secondsInAudio)) return std::nullopt;
     const double anchor = std::clamp(secondsInAudio, 0.0, std::max(*audio->durationSeconds, 0.0));
     work_.withUndo(undoSteps::setAudioAnchor, [&] { clips_.setAudioAnchor(groupID, anchor); });
+    return anchor;
 }
 
 const SyncGroup* TimelineController::mayGetAnchor(const UUID& groupID) const {
@@ -161,7 +161,7 @@ void TimelineController::handleContainerDrag(double translation, DragModifiers m
                                  .frameRate = playerFrameRate(*group)};
     if (group->audioAnchorOffsetInAudioSeconds)
         timeline.anchorSeconds =
-            takeOf(*group, assumedChannels).primaryStartSeconds + *group->audioAnchorOffsetInAudioSeconds;
+            ClipSound(*group).primaryStartSeconds + *group->audioAnchorOffsetInAudioSeconds;
     timeline.onsetMarkers = waveform_->waveform().onsetMarkers;
     const auto change = drag_.move(translation, modifiers, timeline);
     if (!change) return;

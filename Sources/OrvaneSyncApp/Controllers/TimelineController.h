@@ -27,6 +27,7 @@ class TimelineController {
     /// Brings a clip into view: another clip shows all of itself, at the width that is there. The padding
     /// becomes that of its sound as it lies. Throws GroupNotFound.
     void show(const UUID& groupID);
+    const std::optional<UUID>& shownGroupID() const { return shown_; }
     const TimelineZoomState& zoom() const { return zoom_; }
     TimelineZoomState& zoom() { return zoom_; }
     FrameAccumulator& scrolling() { return scrolling_; }
@@ -41,8 +42,8 @@ class TimelineController {
     platform::Task reduceWaveform(const UUID& groupID, std::size_t bins,
                                   std::shared_ptr<WaveformResult> result);
 
-    /// Within the first recording; nothing where its length is not known.
-    void setAnchor(const UUID& groupID, double secondsInAudio);
+    /// Within the first recording; nothing where its length is not known. Gives the anchor that was set.
+    std::optional<double> setAnchor(const UUID& groupID, double secondsInAudio);
     /// Searches the first recording for a clap and puts the anchor there, unless there is one by then. No
     /// undo step.
     platform::Task autoDetectAudioAnchorIfMissing(const UUID& groupID);

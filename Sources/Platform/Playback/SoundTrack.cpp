@@ -1,5 +1,6 @@
 #include "Platform/Playback/SoundTrack.h"
 
+#include "Platform/InterfaceThread.h"
 #include "Platform/MainThread.h"
 #include "Platform/Modules.h"
 #include "Platform/Playback/SoundBlocks.h"
@@ -156,7 +157,10 @@ class BlockMixer {
             noteLevels(to != nullptr ? to : from);
             if (fadeLeft_ > 0) {
                 fadeLeft_ -= until - frame;
-                if (fadeLeft_ == 0) generation_ = next_;
+                if (fadeLeft_ == 0) {
+                    generation_ = next_;
+                    hadFrom_ = hadTo_;
+                }
             }
             frame = until;
         }
@@ -182,10 +186,11 @@ class BlockMixer {
              const SoundBlock* to, float volume) noexcept {
         const auto at = static_cast<std::size_t>(frame - block.firstFrame);
         const bool isFading = fadeLeft_ > 0;
-        // Sound that begins or ends without a transition: from the last value to the new one in a ramp.
-        const bool isOn = sounds(from) || isFading;
-        const bool isBroken = isOn != wasOn_ && !(isFading && !wasOn_);
-        wasOn_ = isOn;
+        // Sound that begins or ends outside a passage: in a ramp from the last value to the new one.
+        const bool hasJustBegun = fadeLeft_ == fadeFrames_;
+        const bool isBroken = sounds(from) != hadFrom_ || (isFading && !hasJustBegun && sounds(to) != hadTo_);
+        hadFrom_ = sounds(from);
+        hadTo_ = sounds(to);
         for (std::int64_t i = 0; i < count; ++i) {
             Pair value = sampleOf(from, frame + i);
             if (isFading) {
@@ -229,7 +234,8 @@ class BlockMixer {
     std::int64_t fadeLeft_ = 0; ///< frames of that passage
     float volume_ = 1;
     bool isVolumeKnown_ = false;
-    bool wasOn_ = false;
+    bool hadFrom_ = false; ///< in the last piece
+    bool hadTo_ = false;
     Pair last_, step_;
     int stepLeft_ = 0;
     bool isHeard_ = false;
@@ -295,6 +301,7 @@ class ReadTrack final : public SoundTrack {
     }
 
     void waitUntilReady(std::int64_t untilOutputFrame) override {
+        assertMayBlock("wait for sound");
         Shared& shared = *shared_;
         std::unique_lock lock(shared.mutex);
         const std::uint64_t round = ++shared.roundsWanted;

@@ -60,7 +60,7 @@ class SoundTrackTest : public testing::Test {
     std::vector<float> pull(double seconds) {
         std::vector<float> left(static_cast<std::size_t>(seconds * outputRate)), right(left.size());
         for (std::size_t at = 0; at < left.size();) {
-            const std::size_t some = std::min<std::size_t>(left.size() - at, 331);
+            const std::size_t some = std::min<std::size_t>(left.size() - at, 1009);
             track_->waitUntilReady(mixer_->renderedFrames() + static_cast<std::int64_t>(some));
             output_->pull(left.data() + at, right.data() + at, some);
             at += some;
@@ -90,51 +90,82 @@ TEST_F(SoundTrackTest, everyTickIsAtItsPlace) {
         const char* name;
         double fileRate, rate, offset, from;
         PitchAlgorithm pitch;
-        double first, between, within, laterWithin; ///< seconds of the output; later ones may wander
+        double first, between; ///< seconds of the output
     };
-    constexpr auto kept = PitchAlgorithm::spectral, follows = PitchAlgorithm::varispeed;
-    constexpr double exact = 0.6 / outputRate;
+    constexpr auto kept = PitchAlgorithm::timeDomain, follows = PitchAlgorithm::varispeed;
     for (const Case& test : {
-             Case{"as it is", 48000, 1, 0, 1.1, kept, 0.15, 0.25, exact, exact},
-             Case{"later by an odd offset", 48000, 1, 0.71234, 0, kept, 0.71234, 0.25, exact, exact},
-             Case{"its head cut", 48000, 1, -3.2, 0, kept, 0.05, 0.25, exact, exact},
-             Case{"another rate", 44100, 1, 0.1, 0.2, kept, 0.15, 0.25, exact, exact},
-             Case{"four times the rate", 192000, 1, 0.1, 0.2, kept, 0.15, 0.25, exact, exact},
-             Case{"backwards", 48000, -1, 0.1, 2.0, kept, 0.15, 0.25, exact, exact},
-             Case{"backwards at another rate", 44100, -1, -0.1, 2.0, kept, 0.1, 0.25, exact, exact},
-             Case{"slow", 48000, 0.25, 0, 0.95, follows, 0.2, 1, exact, exact},
-             Case{"slow, backwards", 48000, -0.25, 0, 1.55, follows, 0.2, 1, exact, exact},
-             Case{"twice, pitch follows", 48000, 2, 0, 0.95, follows, 0.025, 0.125, exact, exact},
-             Case{"twice, pitch kept", 48000, 2, 0, 0.95, kept, 0.025, 0.125, 0.001, 0.03},
-             Case{"1.5 times at another rate", 44100, 1.5, 0, 0.97, kept, 0.02, 0.25 / 1.5, 0.001, 0.03},
-             Case{"twice backwards, pitch kept", 48000, -2, 0, 1.55, kept, 0.025, 0.125, 0.001, 0.03},
-             Case{"half, pitch kept", 48000, 0.5, 0, 0.99, kept, 0.02, 0.5, 0.001, 0.03},
+             Case{"as it is", 48000, 1, 0, 1.1, kept, 0.15, 0.25},
+             Case{"later by an odd offset", 48000, 1, 0.71234, 0, kept, 0.71234, 0.25},
+             Case{"its head cut", 48000, 1, -3.2, 0, kept, 0.05, 0.25},
+             Case{"another rate", 44100, 1, 0.1, 0.2, kept, 0.15, 0.25},
+             Case{"four times the rate", 192000, 1, 0.1, 0.2, kept, 0.15, 0.25},
+             Case{"backwards", 48000, -1, 0.1, 2.0, kept, 0.15, 0.25},
+             Case{"backwards at another rate", 44100, -1, -0.1, 2.0, kept, 0.1, 0.25},
+             Case{"slow", 48000, 0.25, 0, 0.95, follows, 0.2, 1},
+             Case{"slow, backwards", 48000, -0.25, 0, 1.55, follows, 0.2, 1},
+             Case{"twice, pitch follows", 48000, 2, 0, 0.95, follows, 0.025, 0.125},
          }) {
         SCOPED_TRACE(test.name);
         open(ticks(test.fileRate, 30, 1)).setOffset(test.offset);
         pull(0.05);
         play(test.rate, test.from, test.pitch);
-        const auto found = ticksIn(pull(1.9));
-        const auto expected = static_cast<std::size_t>((1.9 - test.first - 1e-4) / test.between) + 1;
-        // A stretched tick may be heard twice or not at all; the number holds on the whole.
-        EXPECT_NEAR(static_cast<double>(found.size()), static_cast<double>(expected),
-                    test.laterWithin > 0.01 ? 3 : 0);
-        ASSERT_FALSE(found.empty());
-        EXPECT_NEAR(found[0], test.first, test.within);
-        for (const double tick : found) {
-            const double number = std::round((tick - test.first) / test.between);
-            EXPECT_NEAR(tick, test.first + number * test.between, test.laterWithin);
-        }
+        constexpr double length = 1.31;
+        const auto found = ticksIn(pull(length));
+        EXPECT_EQ(found.size(), static_cast<std::size_t>((length - test.first) / test.between) + 1);
+        for (std::size_t i = 0; i < found.size(); ++i)
+            EXPECT_NEAR(found[i], test.first + static_cast<double>(i) * test.between, 0.6 / outputRate);
     }
 }
 
-TEST_F(SoundTrackTest, sixteenMinutesAtTwiceTheSpeedDoNotDrift) {
-    SoundTrack& track = open(ticks(8000, 130, 1));
-    track.setOffset(0);
-    play(2, 0, PitchAlgorithm::timeDomain);
-    const auto found = ticksIn(pull(60));
-    for (const double tick : found) EXPECT_NEAR(tick, std::round(tick / 0.125) * 0.125, 0.03);
-    EXPECT_GT(found.size(), 400U);
+/// Noise that is louder in every second second of the file.
+std::unique_ptr<AudioFile> noise(double rate, double seconds) {
+    std::mt19937 random(3);
+    std::uniform_real_distribution<float> value(-1, 1);
+    std::vector<float> samples(static_cast<std::size_t>(rate * seconds));
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        samples[i] = value(random) * (std::fmod(static_cast<double>(i) / rate, 2) < 1 ? 0.1F : 0.8F);
+    return std::make_unique<test::MemoryAudio>(std::vector<std::vector<float>>{samples}, rate);
+}
+
+TEST_F(SoundTrackTest, keptPitchBeginsAtItsPlaceAndDoesNotDrift) {
+    for (const auto& [fileRate, rate] : {std::pair(48000.0, 2.0), {44100, 1.5}, {48000, -2}}) {
+        SCOPED_TRACE(rate);
+        open(noise(fileRate, 60));
+        const double from = 30.3;
+        const auto hear = [&](double speed, double seconds) {
+            play(speed, from, PitchAlgorithm::spectral);
+            return pull(seconds);
+        };
+        // The first 20 ms, the passage apart, are those of normal speed: where do they fit best?
+        const auto plain = hear(rate < 0 ? -1 : 1, 0.05);
+        const auto heard = hear(rate, 8 / std::abs(rate));
+        const auto likeness = [&](std::ptrdiff_t lag) {
+            double sum = 0;
+            for (std::ptrdiff_t i = 500; i < 1400; ++i)
+                sum += static_cast<double>(plain[static_cast<std::size_t>(i)]) *
+                       static_cast<double>(heard[static_cast<std::size_t>(i + lag)]);
+            return sum;
+        };
+        std::ptrdiff_t best = -480;
+        for (std::ptrdiff_t lag = -480; lag <= 480; ++lag)
+            if (likeness(lag) > likeness(best)) best = lag;
+        EXPECT_LE(std::abs(best), 48);
+        // The loudness changes at each second of the file.
+        double level = 0;
+        bool isLoud = false;
+        std::vector<double> changes;
+        for (std::size_t i = 0; i < heard.size(); ++i) {
+            level += 0.005 * (std::abs(heard[i]) - level);
+            if (isLoud ? level > 0.15 : level < 0.3) continue;
+            isLoud = !isLoud;
+            if (i > 4800) changes.push_back(static_cast<double>(i) / outputRate);
+        }
+        EXPECT_NEAR(static_cast<double>(changes.size()), 8, 1);
+        for (const double change : changes) {
+            const double second = from + change * rate;
+            EXPECT_NEAR((second - std::round(second)) / rate, 0, 0.04);
+        }
+    }
 }
 
 TEST_F(SoundTrackTest, changesPassOverWithoutAClick) {
@@ -201,8 +232,8 @@ TEST_F(SoundTrackTest, beginsAtItsFrameAndEndsWithTheClip) {
     EXPECT_EQ(ticksIn(pull(1)), (std::vector<double>{0.15, 0.4, 0.6}));
     // Before the clip's first frame nothing is heard either.
     open(ticks(48000, 30)).setOffset(-1);
-    play(-1, 0.1);
-    EXPECT_EQ(ticksIn(pull(1)), std::vector<double>{0.1});
+    play(-1, 0.3);
+    EXPECT_EQ(ticksIn(pull(1)), std::vector<double>{0.05});
 }
 
 TEST_F(SoundTrackTest, filesOfAllKindsOfBadness) {
@@ -223,16 +254,16 @@ TEST_F(SoundTrackTest, filesOfAllKindsOfBadness) {
         Case{"no numbers", memory(wild, 48000, -1, SIZE_MAX), 0.5, 1.5},
         Case{"the same at another rate", memory(wild, 44100, -1, SIZE_MAX), 0.5, 1.5},
         Case{"ends early", memory(std::vector<float>(24000, 0.5F), 48000, 48000, SIZE_MAX), 0.4, 0.6},
-        Case{"cannot be read", memory(std::vector<float>(48000, 0.5F), 48000, -1, 24000), 0.4, 0.6},
+        Case{"a bad place", memory(std::vector<float>(48000, 0.5F), 48000, -1, 24000), 0.4, 1.5},
         Case{"claims nothing", memory(std::vector<float>(48000, 0.5F), 48000, 0, SIZE_MAX), -1, 0.6},
         Case{"one sample", memory({0.5F}, 48000, -1, SIZE_MAX), -1, 0.6},
     };
     for (Case& test : cases) {
         SCOPED_TRACE(test.name);
         open(std::move(test.file));
-        for (const double rate : {1.0, 1.5, 0.25}) {
+        for (const double rate : {1.0, 1.5, 0.5}) {
             play(rate, 0, rate < 1 ? PitchAlgorithm::varispeed : PitchAlgorithm::spectral);
-            const auto heard = pull(2 / rate);
+            const auto heard = pull(1.55 / rate);
             const auto around = [&](double seconds) {
                 const auto at = static_cast<std::ptrdiff_t>(seconds / rate * outputRate);
                 return *std::max_element(heard.begin() + at - 500, heard.begin() + at + 500);
@@ -279,7 +310,7 @@ TEST_F(SoundTrackTest, controlsMoveWhileADevicePulls) {
         }
     });
     std::mt19937 random(5);
-    for (int i = 0; i < 400; ++i) {
+    for (int i = 0; i < 150; ++i) {
         const double rate = std::array{0.0, 1.0, -1.0, 2.0, 0.25, -1.5, 8.0}[random() % 7];
         play(rate, static_cast<double>(random() % 20), static_cast<PitchAlgorithm>(random() % 3));
         track.setOffset(static_cast<double>(random() % 100) / 50 - 1);

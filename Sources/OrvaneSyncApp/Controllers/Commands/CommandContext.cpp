@@ -5,9 +5,30 @@
 namespace orvane::commands {
 
 const std::shared_ptr<ShortcutCenter>& CommandContext::shortcuts() {
-    if (!shortcuts_)
-        shortcuts_ = ShortcutCenter::create({controller->work().environment.mainThread, settings});
+    if (!shortcuts_) shortcuts_ = ShortcutCenter::create({mainThread(), settings});
     return shortcuts_;
+}
+
+ReviewPlayers& CommandContext::players() {
+    if (!players_) players_ = std::make_shared<ReviewPlayers>(controller, shortcuts(), playing);
+    return *players_;
+}
+
+const std::shared_ptr<platform::MainThread>& CommandContext::mainThread() const {
+    return controller->work().environment.mainThread;
+}
+
+ModifierSet modifiersOf(const Call& call) {
+    ModifierSet all;
+    if (!call.has("modifiers")) return all;
+    for (const std::string& name : call.texts("modifiers")) {
+        const auto modifier = modifierNamed(name);
+        if (!modifier)
+            throw Error(Refusal::invalidArguments,
+                        "modifiers: there is no key '" + name + "'; command, shift, option and control are");
+        all = all | *modifier;
+    }
+    return all;
 }
 
 void CommandContext::expectKnown(const Call& call) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/Commands/Command.h"
+#include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutCenter.h"
@@ -24,8 +25,14 @@ class CommandContext {
     /// requests.
     std::function<bool(const platform::JSON& id)> cancelRequest;
 
+    /// What pictures and sound are played by. Without it nothing is.
+    ReviewPlayers::Playing playing{};
+
     /// Begins to read them when they are first asked for.
     const std::shared_ptr<ShortcutCenter>& shortcuts();
+    ReviewPlayers& players();
+    ReviewViewModel& review() { return *players().review(); }
+    const std::shared_ptr<platform::MainThread>& mainThread() const;
 
     /// Throws for a clip, recording, range or wild track that a call names and that is not there: before the
     /// call has done anything, so that there is nothing to take back.
@@ -37,6 +44,7 @@ class CommandContext {
 
   private:
     std::shared_ptr<ShortcutCenter> shortcuts_;
+    std::shared_ptr<ReviewPlayers> players_;
 };
 
 /// Runs an operation; what it refuses is a mistake in the request of that name.
@@ -48,6 +56,9 @@ auto checked(std::string_view id, const Edit& run) {
         throw Error(Refusal::invalidArguments, std::string(id) + ": " + refused.what());
     }
 }
+
+/// The modifier keys that the call names. Throws Error for one that there is not.
+ModifierSet modifiersOf(const Call& call);
 
 /// The controller of a topic of the work.
 template <class Topic>

@@ -40,17 +40,6 @@ ShortcutAction actionOf(const Call& call) {
     throw Error(Refusal::invalidArguments, "there is no action '" + call.text("action") + "'");
 }
 
-ModifierSet modifiersOf(const Call& call) {
-    ModifierSet all;
-    if (!call.has("modifiers")) return all;
-    for (const std::string& name : call.texts("modifiers")) {
-        const auto modifier = modifierNamed(name);
-        if (!modifier) throw Error(Refusal::invalidArguments, "there is no modifier '" + name + "'");
-        all = all | *modifier;
-    }
-    return all;
-}
-
 Shortcut shortcutOf(const Call& call) {
     try {
         Shortcut shortcut = Shortcut::fromText(call.text("key"));

@@ -7,7 +7,6 @@
 #include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 
 namespace orvane::commands {
@@ -44,23 +43,11 @@ platform::Task waveform(CommandContext& context, Call call, std::shared_ptr<JSON
     *answer = toJSON(*result, onsetMarkersOf(*result));
 }
 
-DragModifiers modifiersOf(const Call& call) {
-    constexpr std::array<std::string_view, 4> known{"command", "shift", "option", "control"};
-    DragModifiers modifiers;
-    if (!call.has("modifiers")) return modifiers;
-    for (const std::string& name : call.texts("modifiers")) {
-        if (std::ranges::find(known, name) == known.end())
-            throw Error(Refusal::invalidArguments,
-                        "modifiers: there is no key '" + name + "'; command, shift, option and control are");
-        modifiers.command = modifiers.command || name == "command";
-        modifiers.shift = modifiers.shift || name == "shift";
-    }
-    return modifiers;
-}
-
 platform::Task dragAudio(CommandContext& context, Call call, std::shared_ptr<JSON> /*answer*/) {
-    const platform::Task dragging = context.controller->timeline().dragAudio(
-        call.id("groupID"), call.number("points"), modifiersOf(call));
+    const ModifierSet held = modifiersOf(call);
+    const platform::Task dragging = context.review().dragAudio(
+        call.id("groupID"), call.number("points"),
+        {.command = held.contains(ModifierSet::command), .shift = held.contains(ModifierSet::shift)});
     try {
         co_await dragging;
     } catch (const OutOfRange& refused) {
@@ -126,11 +113,11 @@ std::vector<Command> viewCommands() {
                        waveform)
             .forClips(hasSound),
         Command("scrollFrames", "Scroll over the Picture",
-                "Takes scrolling over the picture and says how many frames it steps.",
+                "Scrolls over the picture and says how many frames that stepped.",
                 {{"deltaY", number}, {"isPrecise", boolean}},
                 [](CommandContext& context, const Call& call) {
-                    return JSON(context.controller->timeline().scrolling().frames(call.number("deltaY"),
-                                                                                  call.boolean("isPrecise")));
+                    return JSON(
+                        context.review().scrollFrames(call.number("deltaY"), call.boolean("isPrecise")));
                 }),
         Command("lanes", "Lanes", "Gives the row of each recording of the clip but the first.", {groupID},
                 lanesJSON)
@@ -153,8 +140,7 @@ std::vector<Command> moveCommands() {
                 "Puts the clip's anchor at a second of its first recording, within it.",
                 {groupID, {"secondsInAudio", number}},
                 [](CommandContext& context, const Call& call) {
-                    context.controller->timeline().setAnchor(call.id("groupID"),
-                                                             call.number("secondsInAudio"));
+                    context.review().setAnchor(call.id("groupID"), call.number("secondsInAudio"));
                     return JSON();
                 })
             .undoneBy(steps::setAudioAnchor)
@@ -170,8 +156,7 @@ std::vector<Command> moveCommands() {
                 {groupID, {.name = "frames", .kind = integer, .lowest = -10'000'000, .highest = 10'000'000}},
                 [](CommandContext& context, const Call& call) {
                     checked("nudgeByFrames", [&] {
-                        context.controller->timeline().nudgeByFrames(call.id("groupID"),
-                                                                     call.integer("frames"));
+                        context.review().nudgeByFrames(call.id("groupID"), call.integer("frames"));
                     });
                     return JSON();
                 })

@@ -1,0 +1,149 @@
+#include "PlaybackBenchmarks.h"
+
+#include "Table.h"
+
+#include "Platform/MainThread.h"
+#include "Platform/Playback/SoundTrack.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <ctime>
+#include <functional>
+#include <semaphore>
+#include <thread>
+#include <vector>
+
+namespace orvane::bench {
+
+namespace {
+
+using namespace platform;
+using namespace std::chrono_literals;
+
+constexpr double ms = 1000;
+
+double coreSeconds(const std::function<void()>& work) {
+    const auto now = [] {
+        timespec time{};
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+    };
+    const double before = now();
+    work();
+    return now() - before;
+}
+
+void readAMinute(const std::string& recording) {
+    const auto file = AudioFile::open(recording);
+    std::vector<std::vector<float>> samples(static_cast<std::size_t>(file->channelCount()),
+                                            std::vector<float>(4096));
+    std::vector<float*> arrays;
+    for (auto& channel : samples) arrays.push_back(channel.data());
+    for (auto left = static_cast<std::size_t>(60 * file->sampleRate()); left > 0;) {
+        const std::size_t got = file->read(arrays, std::min<std::size_t>(left, 4096));
+        if (got == 0) break;
+        left -= got;
+    }
+}
+
+/// A minute of the output, in blocks of a device.
+void playAMinute(const std::string& recording, double rate, PitchAlgorithm pitch) {
+    auto owned = std::make_unique<ManualAudioOutput>();
+    ManualAudioOutput& output = *owned;
+    const auto mixer = Mixer::create(std::move(owned));
+    const auto track = SoundTrack::create(AudioFile::open(recording), *mixer);
+    mixer->add(track);
+    track->setTransport({rate, rate < 0 ? 120.0 : 0, 0, pitch});
+    std::array<float, 512> left{}, right{};
+    for (std::int64_t frame = 0; frame < 60 * 48000; frame += 512) {
+        track->waitUntilReady(frame + 512);
+        output.pull(left.data(), right.data(), left.size());
+    }
+    mixer->remove(*track);
+}
+
+/// Quiet for the first half of its minute, loud for the second.
+class TwoHalves final : public AudioFile {
+  public:
+    double sampleRate() const override { return 48000; }
+    int channelCount() const override { return 1; }
+    std::int64_t frameCount() const override { return 60 * 48000; }
+    bool seek(std::int64_t frame) override {
+        at_ = frame;
+        return true;
+    }
+    std::size_t read(std::span<float* const> channels, std::size_t frames) override {
+        for (std::size_t i = 0; i < frames; ++i)
+            channels[0][i] = at_ + static_cast<std::int64_t>(i) < frameCount() / 2 ? 0.1F : 0.5F;
+        at_ += static_cast<std::int64_t>(frames);
+        return frames;
+    }
+
+  private:
+    std::int64_t at_ = 0;
+};
+
+/// Hears what the sources before it give, and notes the frame at which that becomes loud or quiet.
+class Ear final : public MixerSource {
+  public:
+    std::binary_semaphore heard{0};
+    std::atomic<bool> isLoudWanted = false;
+    std::atomic<std::int64_t> frame = -1;
+
+    void addTo(const AudioBlock& block) noexcept override {
+        if (frame >= 0) return;
+        for (std::size_t i = 0; i < block.frames; ++i) {
+            if ((block.left[i] > 0.3F) != isLoudWanted) continue;
+            frame = block.firstFrame + static_cast<std::int64_t>(i);
+            heard.release();
+            return;
+        }
+    }
+};
+
+/// The longest of several nudges, in milliseconds until it is heard, less what the output holds.
+double worstNudge() {
+    const auto mixer = Mixer::create(AudioOutput::withoutDevice(systemClock()));
+    const auto track = SoundTrack::create(std::make_unique<TwoHalves>(), *mixer);
+    const auto ear = std::make_shared<Ear>();
+    mixer->add(track);
+    track->setTransport({1, 10, mixer->renderedFrames(), PitchAlgorithm::timeDomain});
+    mixer->add(ear);
+    ear->heard.acquire();
+    double worst = 0;
+    for (int i = 0; i < 20; ++i) {
+        std::this_thread::sleep_for(37ms);
+        ear->isLoudWanted = i % 2 == 0;
+        ear->frame = -1;
+        const double before = mixer->heardFrame();
+        track->setOffset(i % 2 == 0 ? -25 : 0);
+        ear->heard.acquire();
+        worst = std::max(worst, (static_cast<double>(ear->frame) - before) / mixer->sampleRate());
+    }
+    mixer->remove(*ear);
+    mixer->remove(*track);
+    return worst * ms - std::chrono::duration<double, std::milli>(mixer->output().latency()).count();
+}
+
+} // namespace
+
+void printPlayedSoundRows(const std::string& recording) {
+    readAMinute(recording); // so that nobody waits for the disk
+    const double floor = coreSeconds([&] { readAMinute(recording); });
+    const auto row = [&](const char* name, double rate, PitchAlgorithm pitch, double most) {
+        printRatio(name, coreSeconds([&] { playAMinute(recording, rate, pitch); }) * ms, floor * ms,
+                   "reading it", most);
+    };
+    // A share of the 60 seconds that it lasts is what counts; reading a wave is next to nothing.
+    row("playing 60 s of 8 channels, time of a core", 1, PitchAlgorithm::timeDomain, 10);
+    row("the same at twice the speed, pitch kept", 2, PitchAlgorithm::spectral, 60);
+    row("the same backwards in slow motion", -0.25, PitchAlgorithm::varispeed, 60);
+    constexpr double mostNudge = 50;
+    const double nudge = worstNudge();
+    printRow("a nudge until it is heard, beside the output's latency", text("%.1f ms", nudge), "", "",
+             text("< %.0f ms", mostNudge), nudge < mostNudge);
+}
+
+} // namespace orvane::bench

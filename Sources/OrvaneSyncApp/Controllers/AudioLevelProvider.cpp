@@ -1,0 +1,59 @@
+#include "OrvaneSyncApp/Controllers/AudioLevelProvider.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orvane {
+
+std::shared_ptr<AudioLevelProvider>
+AudioLevelProvider::create(std::shared_ptr<platform::MainThread> mainThread) {
+    return std::shared_ptr<AudioLevelProvider>(new AudioLevelProvider(std::move(mainThread)));
+}
+
+AudioLevelProvider::AudioLevelProvider(std::shared_ptr<platform::MainThread> mainThread)
+    : mainThread_(std::move(mainThread)) {}
+
+AudioLevelProvider::~AudioLevelProvider() {
+    if (timer_) timer_->cancel();
+}
+
+void AudioLevelProvider::attach(const platform::Player& player) {
+    detach();
+    if (!player.facts().hasSound) return;
+    player_ = &player;
+    channelCount_ = player.facts().soundChannelCount;
+    isActive_ = true;
+    waitForUpdate();
+    changed_.tell();
+}
+
+void AudioLevelProvider::waitForUpdate() {
+    timer_ = mainThread_->after(updateInterval, [weak = weak_from_this()] {
+        if (const auto self = weak.lock()) self->update();
+    });
+}
+
+void AudioLevelProvider::update() {
+    waitForUpdate();
+    auto measured = player_->levels();
+    // A player at rest measures nothing: as silence.
+    measured.resize(std::max(measured.size(), smoothed_.size()));
+    smooth(smoothed_, measured, smoothing);
+    levels_.channels = smoothed_;
+    levels_.channelCount = channelCount_;
+    levels_.timestamp = std::chrono::duration<double>(player_->hostTime()).count();
+    changed_.tell();
+}
+
+void AudioLevelProvider::detach() {
+    if (player_ == nullptr) return;
+    if (timer_) timer_->cancel();
+    timer_.reset();
+    player_ = nullptr;
+    isActive_ = false;
+    levels_ = AudioLevels::empty;
+    smoothed_.clear();
+    changed_.tell();
+}
+
+} // namespace orvane

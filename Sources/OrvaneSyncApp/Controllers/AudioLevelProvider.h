@@ -1,0 +1,54 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Playback/AudioLevels.h"
+#include "Platform/Listeners.h"
+#include "Platform/MainThread.h"
+#include "Platform/Playback/Player.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace orvane {
+
+/// The level meters of a player: 60 times a second what is heard of every channel, smoothed. Where nothing is
+/// heard they fall. Interface thread; held by a shared pointer, as its timer holds it weakly.
+class AudioLevelProvider : public std::enable_shared_from_this<AudioLevelProvider> {
+  public:
+    static constexpr std::chrono::nanoseconds updateInterval{
+        std::chrono::nanoseconds(std::chrono::seconds(1)) / 60};
+    /// Share of the old values that stays with each update.
+    static constexpr float smoothing = 0.85F;
+
+    static std::shared_ptr<AudioLevelProvider> create(std::shared_ptr<platform::MainThread> mainThread);
+    ~AudioLevelProvider();
+
+    /// `player` is loaded, and outlives this or `detach`. One without sound leaves the meters off.
+    void attach(const platform::Player& player);
+    void detach();
+
+    const AudioLevels& levels() const { return levels_; }
+    bool isActive() const { return isActive_; }
+    int channelCount() const { return channelCount_; }
+    /// Calls back whenever one of these is another.
+    platform::Subscription onChange(std::function<void()> callback) {
+        return changed_.add(std::move(callback));
+    }
+
+  private:
+    explicit AudioLevelProvider(std::shared_ptr<platform::MainThread> mainThread);
+    void waitForUpdate();
+    void update();
+
+    const std::shared_ptr<platform::MainThread> mainThread_;
+    const platform::Player* player_ = nullptr;
+    AudioLevels levels_;
+    bool isActive_ = false;
+    int channelCount_ = 0;
+    std::vector<ChannelLevel> smoothed_;
+    std::shared_ptr<platform::Timer> timer_;
+    platform::Listeners<> changed_;
+};
+
+} // namespace orvane

@@ -1,0 +1,147 @@
+#include "OrvaneSyncApp/Controllers/ClusterEngineBag.h"
+
+#include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
+#include "OrvaneSyncCore/Services/Takes/ClipSound.h"
+#include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace orvane {
+
+using platform::MediaTime;
+
+namespace {
+
+/// Leaves the calls time to reach every player.
+constexpr std::chrono::milliseconds lead{50};
+
+std::string labelOf(const SyncGroup& member) {
+    const auto letter = GroupNaming::cameraLetter(member.video);
+    return letter ? "Cam " + *letter : member.video.filename;
+}
+
+} // namespace
+
+platform::Task ClusterEngineBag::allOf(std::vector<platform::Task> tasks) {
+    for (const platform::Task& task : tasks) co_await task;
+}
+
+platform::Task ClusterEngineBag::load(const std::vector<SyncGroup>& members) {
+    const auto isMember = [&](const UUID& id) {
+        return std::ranges::find(members, id, &SyncGroup::id) != members.end();
+    };
+    std::erase_if(engines_, [&](const auto& entry) {
+        if (isMember(entry.first)) return false;
+        entry.second->cleanup();
+        return true;
+    });
+    memberSyncOffsets_.clear();
+    memberLabels_.clear();
+    std::vector<platform::Task> loading;
+    for (const SyncGroup& member : members) {
+        const ClipSound sound(member);
+        memberSyncOffsets_[member.id] = sound.offsetSeconds;
+        memberLabels_.emplace_back(member.id, labelOf(member));
+        const auto& engine = engineFor(member.id);
+        loading.push_back(engine->loadClip(member.video.url, sound.take, sound.offsetSeconds,
+                                           member.resolvedClapPointSeconds()));
+        if (!engine->waveform()) continue;
+        engine->waveform()->reset();
+        if (sound.take) engine->waveform()->load(*sound.take, WaveformReduction::reviewBins, true);
+    }
+    if (!audioSourceMemberID_ || !isMember(*audioSourceMemberID_))
+        audioSourceMemberID_ = members.empty() ? std::nullopt : std::optional(members.front().id);
+    routeAudio();
+    changed_.tell();
+    return allOf(std::move(loading));
+}
+
+const std::shared_ptr<VideoEngine>& ClusterEngineBag::engineFor(const UUID& memberID) {
+    auto& engine = engines_[memberID];
+    if (!engine) engine = makeEngine_();
+    return engine;
+}
+
+void ClusterEngineBag::setAudioSource(std::optional<UUID> memberID) {
+    audioSourceMemberID_ = memberID;
+    routeAudio();
+    changed_.tell();
+}
+
+void ClusterEngineBag::routeAudio() {
+    for (const auto& [id, engine] : engines_) engine->setVolume(id == audioSourceMemberID_ ? 1 : 0);
+}
+
+void ClusterEngineBag::follow(const SyncGroup& member) {
+    const auto found = memberSyncOffsets_.find(member.id);
+    if (found == memberSyncOffsets_.end()) return;
+    const ClipSound sound(member);
+    found->second = sound.offsetSeconds;
+    engineFor(member.id)->setAudio(sound.take);
+    engineFor(member.id)->setSyncOffsetSeconds(sound.offsetSeconds);
+}
+
+double ClusterEngineBag::offsetOf(const UUID& memberID) const {
+    const auto found = memberSyncOffsets_.find(memberID);
+    return found == memberSyncOffsets_.end() ? 0 : found->second;
+}
+
+bool ClusterEngineBag::isPlaying() const {
+    return std::ranges::any_of(engines_,
+                               [](const auto& entry) { return entry.second->transport().isPlaying; });
+}
+
+void ClusterEngineBag::playAll() {
+    std::optional<UUID> reference;
+    for (const auto& [id, label] : memberLabels_)
+        if (engines_.at(id)->player() != nullptr && (!reference || id == audioSourceMemberID_))
+            reference = id;
+    if (!reference) return;
+    const VideoEngine& leader = *engines_.at(*reference);
+    const MediaTime shared = leader.position() - MediaTime::fromSeconds(offsetOf(*reference));
+    const auto start = leader.player()->hostTime() + lead;
+    for (const auto& [id, engine] : engines_)
+        engine->play(std::max(shared + MediaTime::fromSeconds(offsetOf(id)), MediaTime()), start);
+    routeAudio();
+}
+
+void ClusterEngineBag::pauseAll() {
+    for (const auto& [id, engine] : engines_) engine->pause(true);
+}
+
+void ClusterEngineBag::pressJ() {
+    for (const auto& [id, engine] : engines_) engine->pressJ();
+}
+
+void ClusterEngineBag::pressL() {
+    for (const auto& [id, engine] : engines_) engine->pressL();
+}
+
+void ClusterEngineBag::stepAll(int frames, bool playBlip) {
+    for (const auto& [id, engine] : engines_) engine->stepFrames(frames, playBlip);
+}
+
+void ClusterEngineBag::seekAll(double toSeconds) {
+    for (const auto& [id, engine] : engines_) {
+        engine->pause(true);
+        engine->seek(MediaTime::fromSeconds(toSeconds) + MediaTime::fromSeconds(offsetOf(id)));
+    }
+}
+
+platform::Task ClusterEngineBag::shown() const {
+    std::vector<platform::Task> showing;
+    for (const auto& [id, engine] : engines_) showing.push_back(engine->shown());
+    return allOf(std::move(showing));
+}
+
+void ClusterEngineBag::cleanup() {
+    for (const auto& [id, engine] : engines_) engine->cleanup();
+    engines_.clear();
+    memberLabels_.clear();
+    memberSyncOffsets_.clear();
+    audioSourceMemberID_.reset();
+    changed_.tell();
+}
+
+} // namespace orvane

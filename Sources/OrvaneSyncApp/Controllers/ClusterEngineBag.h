@@ -1,0 +1,73 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/VideoEngine.h"
+#include "OrvaneSyncCore/Models/SyncGroup.h"
+#include "OrvaneSyncCore/Models/UUID.h"
+#include "Platform/Listeners.h"
+#include "Platform/Task.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvane {
+
+/// Plays the cameras of a take as one: an engine each, one shared time axis, one start, and the sound of one
+/// camera. A moment of shared time lies in a member's video at shared time + the member's offset: shared time
+/// is a place in the sound that they have in common. Interface thread.
+class ClusterEngineBag {
+  public:
+    using MakeEngine = std::function<std::shared_ptr<VideoEngine>()>;
+    explicit ClusterEngineBag(MakeEngine makeEngine) : makeEngine_(std::move(makeEngine)) {}
+
+    const std::map<UUID, std::shared_ptr<VideoEngine>>& engines() const { return engines_; }
+    const std::optional<UUID>& audioSourceMemberID() const { return audioSourceMemberID_; }
+    /// The members in order, each with what it is called.
+    const std::vector<std::pair<UUID, std::string>>& memberLabels() const { return memberLabels_; }
+    const std::map<UUID, double>& memberSyncOffsets() const { return memberSyncOffsets_; } ///< seconds
+    bool isPlaying() const;
+    /// Calls back when members, labels or the camera that is heard are others; engines tell by themselves.
+    platform::Subscription onChange(std::function<void()> callback) {
+        return changed_.add(std::move(callback));
+    }
+
+    /// Each member stands on its clap. The task ends when all are loaded.
+    platform::Task load(const std::vector<SyncGroup>& members);
+    /// A member's sound, or where it lies, may be another.
+    void follow(const SyncGroup& member);
+    /// The camera's sound alone is heard.
+    void setAudioSource(std::optional<UUID> memberID);
+    const std::shared_ptr<VideoEngine>& engineFor(const UUID& memberID);
+
+    void playAll();
+    void pauseAll();
+    void togglePlay() { isPlaying() ? pauseAll() : playAll(); }
+    void pressJ();
+    void pressL();
+    void stepForwardAll(bool playBlip) { stepAll(1, playBlip); }
+    void stepBackwardAll(bool playBlip) { stepAll(-1, playBlip); }
+    void stepAll(int frames, bool playBlip);
+    /// Shared time. Stops all.
+    void seekAll(double toSeconds);
+    /// Ends when the picture of each member's newest seek is shown.
+    platform::Task shown() const;
+    void cleanup();
+
+  private:
+    static platform::Task allOf(std::vector<platform::Task> tasks);
+    double offsetOf(const UUID& memberID) const;
+    void routeAudio();
+
+    const MakeEngine makeEngine_;
+    std::map<UUID, std::shared_ptr<VideoEngine>> engines_;
+    std::optional<UUID> audioSourceMemberID_;
+    std::vector<std::pair<UUID, std::string>> memberLabels_;
+    std::map<UUID, double> memberSyncOffsets_;
+    platform::Listeners<> changed_;
+};
+
+} // namespace orvane

@@ -1,0 +1,168 @@
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/Commands/PlayerJSON.h"
+#include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace orvane::commands {
+
+namespace {
+
+using enum Parameter::Kind;
+
+constexpr double longestSeconds = 604'800; ///< of a clip, a week
+constexpr double mostFrames = 1'000'000;
+
+VideoEngine& engineOf(CommandContext& context) { return *context.review().engine(); }
+
+void expectPlayers(CommandContext& context) {
+    if (context.players().players() == nullptr)
+        throw Error(Refusal::failed, "pictures and sound cannot be played; 'orvanesync doctor' says why");
+}
+
+/// A row that answers at once.
+Command row(std::string_view id, std::string_view title, std::string_view help,
+            std::vector<Parameter> parameters, void (*operation)(VideoEngine&, const Call&)) {
+    return {id, title, help, std::move(parameters), [operation](CommandContext& context, const Call& call) {
+                operation(engineOf(context), call);
+                return JSON();
+            }};
+}
+
+/// A row that answers when the picture that it led to is shown.
+Command shownRow(std::string_view id, std::string_view title, std::string_view help,
+                 std::vector<Parameter> parameters, void (*operation)(VideoEngine&, const Call&)) {
+    return Command::later(
+        id, title, help, std::move(parameters),
+        [operation](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+            operation(engineOf(context), call);
+            return engineOf(context).shown();
+        });
+}
+
+platform::Task pressKey(CommandContext& context, Call call, std::shared_ptr<JSON> /*answer*/) {
+    ReviewPlayers& players = context.players();
+    const auto event = keyEventNamed(call.text("key"), modifiersOf(call), call.boolean("isDown"),
+                                     call.has("isRepeat") && call.boolean("isRepeat"));
+    if (!event)
+        throw Error(Refusal::invalidArguments, "key: there is no key '" + call.text("key") +
+                                                   "'; one is a letter, 0 , . [ ] plus minus space return "
+                                                   "escape arrowUp arrowDown arrowLeft arrowRight");
+    co_await players.shortcuts()->ready();
+    players.keyboard().handle(*event);
+    co_await players.shown();
+}
+
+platform::Task advanceClock(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+    auto* const pulled = dynamic_cast<platform::PulledPlayerSystem*>(context.players().players().get());
+    if (pulled == nullptr)
+        throw Error(Refusal::failed, "the player runs on the clock of the machine; "
+                                     "'orvanesync serve --virtual-clock' gives one that is moved by hand");
+    const auto moved = std::make_shared<platform::Completion>(context.mainThread());
+    pulled->advance(call.number("seconds"), [moved] { moved->end(); });
+    return moved->task();
+}
+
+bool canPlay(const SyncGroup& /*group*/) { return true; }
+
+std::vector<Command> loadingCommands() {
+    return {
+        Command::later("playerLoad", "Open in the Review",
+                       "Opens the clip in the player, on its clap; searches for one where it has none.",
+                       {groupID},
+                       [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                           expectPlayers(context);
+                           return context.players().loadGroup(call.id("groupID"));
+                       })
+            .forClips(canPlay),
+        Command("playerState", "Player State", "Gives what the player stands at and does.", {},
+                [](CommandContext& context, const Call&) { return playerStateJSON(engineOf(context)); }),
+        Command::later("playerFrame", "Save Picture…", "Writes the picture that is shown as PNG.",
+                       {{"output", path}, {"overwrite", boolean, true}},
+                       [](CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
+                           return writePicture(context, context.review().engine(), std::move(call),
+                                               std::move(answer));
+                       }),
+        Command::later("advanceClock", "Advance Clock",
+                       "Moves the players' clock; answers when all that happens by then has happened.",
+                       {{.name = "seconds", .kind = number, .lowest = 0, .highest = 3600}}, advanceClock),
+    };
+}
+
+std::vector<Command> transportCommands() {
+    return {
+        row("playerPlay", "Play", "Plays at normal speed.", {},
+            [](VideoEngine& engine, const Call&) { engine.play(); }),
+        shownRow("playerPause", "Pause", "Stops, and is silent.", {},
+                 [](VideoEngine& engine, const Call&) { engine.pause(true); }),
+        shownRow("playerSeek", "Go to", "Goes to a second of the clip; answers when its picture is shown.",
+                 {{.name = "seconds", .kind = number, .lowest = -longestSeconds, .highest = longestSeconds}},
+                 [](VideoEngine& engine, const Call& call) {
+                     engine.noteUserMoved();
+                     engine.seek(call.number("seconds"));
+                 }),
+        shownRow("playerStep", "Step", "Steps by frames, backwards where negative.",
+                 {{.name = "count", .kind = integer, .lowest = -mostFrames, .highest = mostFrames},
+                  {"blip", boolean, true}},
+                 [](VideoEngine& engine, const Call& call) {
+                     engine.stepFrames(call.integer("count"), call.has("blip") && call.boolean("blip"));
+                 }),
+        row("playerPressJ", "Shuttle Backwards", "Plays backwards, faster each time.", {},
+            [](VideoEngine& engine, const Call&) { engine.pressJ(); }),
+        row("playerPressL", "Shuttle Forwards", "Plays forwards, faster each time.", {},
+            [](VideoEngine& engine, const Call&) { engine.pressL(); }),
+        row("playerSlowMotion", "Slow Motion", "Plays at a quarter of the speed.", {{"forward", boolean}},
+            [](VideoEngine& engine, const Call& call) { engine.slowMotionScrub(call.boolean("forward")); }),
+        row("playerLoop", "Loop", "Plays so many frames either side of a second again and again.",
+            {{.name = "aroundSeconds", .kind = number, .lowest = -longestSeconds, .highest = longestSeconds},
+             {.name = "frames", .kind = integer, .lowest = 1, .highest = mostFrames}},
+            [](VideoEngine& engine, const Call& call) {
+                engine.setLoopRegion(call.number("aroundSeconds"), call.integer("frames"));
+            }),
+        row("playerClearLoop", "Clear Loop", "Plays on beyond the end of the loop.", {},
+            [](VideoEngine& engine, const Call&) { engine.clearLoop(); }),
+        Command("playerClapCheck", "Clap Check Loop", "Loops around the clap, or ends the loop.", {},
+                [](CommandContext& context, const Call&) {
+                    context.review().clapCheck();
+                    return JSON();
+                }),
+        row("playerVolume", "Volume", "Sets how loud the clip is heard, from 0 to 1.",
+            {{.name = "volume", .kind = number, .lowest = 0, .highest = 1}},
+            [](VideoEngine& engine, const Call& call) {
+                engine.setVolume(static_cast<float>(call.number("volume")));
+            }),
+    };
+}
+
+std::vector<Command> handCommands() {
+    return {
+        Command::later(
+            "playerKey", "Press a Key", "Hands a key to the screen in front.",
+            {{"key", text}, {"modifiers", texts, true}, {"isDown", boolean}, {"isRepeat", boolean, true}},
+            pressKey),
+        Command::later("playerSkim", "Skim",
+                       "Shows where the pointer is; without a second, where the playhead was.",
+                       {{.name = "seconds",
+                         .kind = number,
+                         .isOptional = true,
+                         .lowest = -longestSeconds,
+                         .highest = longestSeconds}},
+                       [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                           context.review().handleSkim(call.numberIfPresent("seconds"));
+                           return engineOf(context).shown();
+                       }),
+    };
+}
+
+} // namespace
+
+std::vector<Command> playerCommands() {
+    std::vector<Command> commands;
+    for (auto* part : {&loadingCommands, &transportCommands, &handCommands})
+        std::ranges::move((*part)(), std::back_inserter(commands));
+    return commands;
+}
+
+} // namespace orvane::commands

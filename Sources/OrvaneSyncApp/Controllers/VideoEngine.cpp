@@ -1,0 +1,442 @@
+#include "OrvaneSyncApp/Controllers/VideoEngine.h"
+
+#include "OrvaneSyncCore/Services/Playback/ScrubBlipAudio.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace orvane {
+
+using platform::MediaTime;
+
+namespace {
+
+constexpr double leastOffsetChange = 0.0001; // seconds
+
+std::function<std::unique_ptr<platform::AudioFile>()> opener(const std::optional<TakeSound>& sound) {
+    if (!sound) return nullptr;
+    return [sound = *sound] { return openTake(sound).audio; };
+}
+
+std::string labelOf(float speed) {
+    if (speed == 0) return "STOP";
+    const std::string arrow = speed > 0 ? "▶" : "◀";
+    const int magnitude = static_cast<int>(std::abs(speed));
+    return magnitude == 1 ? arrow : arrow + " " + std::to_string(magnitude) + "×";
+}
+
+} // namespace
+
+std::shared_ptr<VideoEngine> VideoEngine::create(Dependencies dependencies) {
+    return std::shared_ptr<VideoEngine>(new VideoEngine(std::move(dependencies)));
+}
+
+VideoEngine::VideoEngine(Dependencies dependencies) : dependencies_(std::move(dependencies)) {}
+
+VideoEngine::~VideoEngine() {
+    if (blipTimer_) blipTimer_->cancel();
+}
+
+void VideoEngine::assertOnMainThread() const { assert(dependencies_.mainThread->isCurrent()); }
+
+const std::shared_ptr<platform::PlayerSystem>& VideoEngine::players() {
+    if (players_ || !dependencies_.openPlayers) return players_;
+    players_ = dependencies_.openPlayers();
+    if (players_ && dependencies_.makeBlips) blips_ = dependencies_.makeBlips(players_);
+    return players_;
+}
+
+std::optional<TakeSound> VideoEngine::audioSource() const {
+    return mixdown_ ? std::optional<TakeSound>(*mixdown_) : audio_;
+}
+
+// Loading
+
+platform::Task VideoEngine::loadClip(FileURL video, std::optional<TakeSound> audio, double syncOffsetSeconds,
+                                     std::optional<double> initialSeekSeconds) {
+    assertOnMainThread();
+    unload();
+    userHasMovedPlayhead_ = false;
+    video_ = std::move(video);
+    audio_ = std::move(audio);
+    mixdown_.reset();
+    appliedSound_ = audio_;
+    syncOffsetSeconds_ = appliedOffset_ = std::isfinite(syncOffsetSeconds) ? syncOffsetSeconds : 0;
+    playhead_ = {.time = MediaTime::fromSeconds(std::max(initialSeekSeconds.value_or(0), 0.0))};
+    tell(VideoEngineField::playhead);
+    if (players() == nullptr) return platform::Task::ended();
+    transport_.isLoading = true;
+    tell(VideoEngineField::transport);
+    if (!player_) {
+        player_ = players_->makePlayer();
+        observePlayer();
+    }
+    if (blips_) blips_->load(appliedSound_);
+    const auto loaded = std::make_shared<platform::Completion>(dependencies_.mainThread);
+    player_->load({.videoPath = video_->path,
+                   .openSound = opener(appliedSound_),
+                   .soundOffset = MediaTime::fromSeconds(appliedOffset_)},
+                  [weak = weak_from_this(), initialSeekSeconds, loaded](const platform::PlayerFacts& facts) {
+                      const auto self = weak.lock();
+                      if (!self) return;
+                      self->opened(facts, initialSeekSeconds);
+                      self->shown().whenDone([loaded](const std::exception_ptr&) { loaded->end(); });
+                  });
+    return loaded->task();
+}
+
+void VideoEngine::observePlayer() {
+    const auto report = [weak = weak_from_this()](auto react) {
+        return [weak, react](auto... what) {
+            if (const auto self = weak.lock()) react(*self, what...);
+        };
+    };
+    observers_ = {
+        player_->observeTime(report([](VideoEngine& self, MediaTime time) { self.timeReported(time); })),
+        player_->observeEnd(report([](VideoEngine& self) { self.endReported(); })),
+        player_->observePicture(report([](VideoEngine& self) { self.tell(VideoEngineField::picture); }))};
+}
+
+void VideoEngine::opened(const platform::PlayerFacts& facts, std::optional<double> initialSeekSeconds) {
+    transport_.isLoading = false;
+    if (facts.hasPicture || facts.hasSound) {
+        transport_.isLoaded = true;
+        transport_.duration = facts.duration;
+        playhead_.clipDuration = facts.duration.seconds();
+        if (facts.nominalFrameRate > 0) playhead_.frameRate = facts.nominalFrameRate;
+        player_->setVolume(volume_);
+        soundChanged();
+        setSyncOffsetSeconds(syncOffsetSeconds_);
+        seek(std::clamp(initialSeekSeconds.value_or(0), 0.0, playhead_.clipDuration));
+    } else {
+        player_->unload();
+    }
+    tell(VideoEngineField::transport);
+    tell(VideoEngineField::playhead);
+}
+
+void VideoEngine::unload() {
+    if (blipTimer_) blipTimer_->cancel();
+    blipTimer_.reset();
+    blipReturnsTo_.reset();
+    if (blips_) blips_->shutdown();
+    if (player_) player_->unload();
+    forgetSeek();
+    isSlowMotionScrubbing_ = isSkimming_ = isDucking_ = false;
+    jklSpeedIndex_ = stopIndex;
+    if (loop_ != LoopState()) {
+        loop_ = {};
+        tell(VideoEngineField::loop);
+    }
+    if (transport_ != TransportState()) {
+        transport_ = {};
+        tell(VideoEngineField::transport);
+    }
+}
+
+void VideoEngine::cleanup() {
+    assertOnMainThread();
+    unload();
+    observers_.clear();
+    player_.reset();
+    video_.reset();
+    audio_.reset();
+    mixdown_.reset();
+}
+
+void VideoEngine::setStartTimecode(double seconds, std::optional<TimecodeFrameRate> rate) {
+    playhead_.startTimecodeSeconds = seconds;
+    playhead_.timecodeRate = rate;
+    tell(VideoEngineField::playhead);
+}
+
+bool VideoEngine::correctInitialSeek(double toSeconds) {
+    constexpr double closeEnough = 0.001; // seconds
+    if (userHasMovedPlayhead_ || !transport_.isLoaded) return false;
+    double target = std::max(toSeconds, 0.0);
+    if (playhead_.clipDuration > 0) target = std::min(target, playhead_.clipDuration);
+    if (!(std::abs(playhead_.seconds() - target) > closeEnough)) return false;
+    seek(target);
+    return true;
+}
+
+// Reports of the player
+
+void VideoEngine::timeReported(MediaTime time) {
+    if (isSkimming_ || seekingTo_ || blipReturnsTo_) return;
+    setPlayhead(time);
+    if (transport_.isPlaying && loop_.isLooping && loop_.loopEnd <= time) seek(loop_.loopStart);
+}
+
+void VideoEngine::endReported() {
+    if (blipReturnsTo_) return; // its timer goes back
+    setPlaying(false);
+    if (loop_.isLooping) {
+        seek(loop_.loopStart);
+        return play();
+    }
+    isSlowMotionScrubbing_ = false;
+    setRung(stopIndex);
+    if (!isSkimming_ && !seekingTo_) setPlayhead(player_->currentTime());
+}
+
+// Transport
+
+void VideoEngine::play() { start(std::nullopt); }
+void VideoEngine::play(MediaTime time, std::chrono::nanoseconds hostTime) {
+    start(HostStart{time, hostTime});
+}
+
+void VideoEngine::start(const std::optional<HostStart>& at) {
+    assertOnMainThread();
+    if (!transport_.isLoaded) return;
+    endBlip();
+    userHasMovedPlayhead_ = true;
+    isSlowMotionScrubbing_ = false;
+    if (blips_) blips_->silence();
+    apply(AudioRenderPlan::normalSpeed);
+    setRung(stopIndex + 1);
+    setPlaying(true);
+    if (!at) return player_->setRate(1);
+    forgetSeek();
+    setPlayhead(at->time);
+    player_->setRate(1, at->time, at->hostTime);
+}
+
+void VideoEngine::pause(bool silenceAudio) {
+    assertOnMainThread();
+    if (!transport_.isLoaded) return;
+    endBlip();
+    isSlowMotionScrubbing_ = false;
+    player_->setRate(0);
+    if (transport_.isPlaying && !seekingTo_) setPlayhead(player_->currentTime());
+    setPlaying(false);
+    setRung(stopIndex);
+    if (silenceAudio) apply(AudioRenderPlan::silent);
+}
+
+void VideoEngine::playPause() { transport_.isPlaying ? pause(true) : play(); }
+
+void VideoEngine::seek(MediaTime time) {
+    assertOnMainThread();
+    if (!transport_.isLoaded) return;
+    endBlip();
+    time = std::max(time, MediaTime());
+    if (transport_.duration > MediaTime()) time = std::min(time, transport_.duration);
+    setPlayhead(time);
+    seekPlayer(time);
+}
+
+void VideoEngine::moveTo(double seconds) {
+    pause(true);
+    userHasMovedPlayhead_ = true;
+    seek(seconds);
+}
+
+void VideoEngine::seekPlayer(MediaTime time, std::function<void()> shown) {
+    seekingTo_ = time;
+    const std::uint64_t number = ++seeks_;
+    player_->seek(time, [weak = weak_from_this(), number, shown = std::move(shown)](bool isShown) {
+        const auto self = weak.lock();
+        if (!self || self->seeks_ != number) return;
+        self->seekingTo_.reset();
+        const auto waiting = std::exchange(self->whenShown_, {});
+        if (isShown && shown) shown();
+        for (const auto& one : waiting) one->end();
+    });
+}
+
+void VideoEngine::forgetSeek() {
+    ++seeks_;
+    seekingTo_.reset();
+    for (const auto& one : std::exchange(whenShown_, {})) one->end();
+}
+
+platform::Task VideoEngine::shown() {
+    if (!seekingTo_) return platform::Task::ended();
+    return whenShown_.emplace_back(std::make_shared<platform::Completion>(dependencies_.mainThread))->task();
+}
+
+MediaTime VideoEngine::position() const {
+    if (seekingTo_) return *seekingTo_;
+    return blipReturnsTo_ ? *blipReturnsTo_ : player_->currentTime();
+}
+
+void VideoEngine::press(Direction direction) {
+    assertOnMainThread();
+    if (!transport_.isLoaded) return;
+    userHasMovedPlayhead_ = true;
+    std::size_t index = jklSpeedIndex_;
+    if (direction == Direction::forward)
+        index = index < stopIndex ? stopIndex + 1 : std::min(index + 1, jklSpeeds.size() - 1);
+    else
+        index = index > stopIndex ? stopIndex - 1 : index - std::min<std::size_t>(index, 1);
+    isSlowMotionScrubbing_ = false;
+    const float speed = jklSpeeds[index];
+    setRung(index);
+    run(speed, ShuttleAudioEngine::planForShuttleRate(speed));
+}
+
+void VideoEngine::slowMotionScrub(bool forward) {
+    assertOnMainThread();
+    if (!transport_.isLoaded) return;
+    userHasMovedPlayhead_ = true;
+    isSlowMotionScrubbing_ = true;
+    setRung(stopIndex);
+    setLabel(forward ? "▶ SLOW" : "◀ SLOW");
+    run(forward ? slowMotionRate : -slowMotionRate, AudioRenderPlan::slowMotion);
+}
+
+void VideoEngine::run(double rate, const AudioRenderPlan& plan) {
+    endBlip();
+    if (blips_) blips_->silence();
+    wrapIfAtEnd(rate > 0);
+    apply(plan);
+    setPlaying(true);
+    player_->setRate(rate);
+}
+
+void VideoEngine::wrapIfAtEnd(bool isForward) {
+    if (transport_.duration <= MediaTime()) return;
+    if (isForward && position() >= transport_.duration) seek(MediaTime());
+    if (!isForward && position() <= MediaTime()) seek(transport_.duration);
+}
+
+void VideoEngine::apply(const AudioRenderPlan& plan) {
+    player_->setPitchAlgorithm(plan.algorithm);
+    if (isDucking_ != plan.isAudible) return;
+    isDucking_ = !plan.isAudible;
+    player_->setVolume(isDucking_ ? 0 : volume_);
+    tell(VideoEngineField::sound);
+}
+
+void VideoEngine::setLoopRegion(double aroundSeconds, int frames) {
+    assertOnMainThread();
+    if (!transport_.isLoaded || !std::isfinite(aroundSeconds)) return;
+    const MediaTime around = MediaTime::fromSeconds(aroundSeconds), delta = playhead_.frameLength() * frames;
+    userHasMovedPlayhead_ = true;
+    loop_.loopStart = std::max(around - delta, MediaTime());
+    loop_.loopEnd = std::min(around + delta, transport_.duration);
+    loop_.isLooping = true;
+    tell(VideoEngineField::loop);
+    seek(loop_.loopStart);
+    play();
+}
+
+void VideoEngine::clearLoop() {
+    if (!std::exchange(loop_.isLooping, false)) return;
+    tell(VideoEngineField::loop);
+}
+
+// Frames
+
+void VideoEngine::stepFrames(std::int64_t count, bool playBlip) {
+    assertOnMainThread();
+    if (!transport_.isLoaded || count == 0) return;
+    using Limits = std::numeric_limits<std::int32_t>;
+    userHasMovedPlayhead_ = true;
+    const MediaTime base = position();
+    const bool isHeardThroughPlayer = playBlip && !(blips_ && blips_->hasOpenFile());
+    pause(!isHeardThroughPlayer);
+    MediaTime target =
+        base + playhead_.frameLength() * std::clamp<std::int64_t>(count, Limits::min(), Limits::max());
+    if (transport_.duration > MediaTime()) target = std::min(target, transport_.duration);
+    target = std::max(target, MediaTime());
+    setPlayhead(target);
+    seekPlayer(target, [this, target, playBlip] {
+        if (playBlip && !transport_.isPlaying) playFrameBlip(target);
+    });
+}
+
+void VideoEngine::playFrameBlip(MediaTime at) {
+    if (!blips_ || !blips_->hasOpenFile()) return playBlipOnPlayer();
+    blips_->playBlip(ScrubBlipAudio::sourceSeconds(at.seconds(), syncOffsetSeconds_),
+                     ScrubBlipAudio::blipSeconds(playhead_.frameRate, ScrubBlipAudio::longestSeconds),
+                     volume_);
+}
+
+void VideoEngine::playBlipOnPlayer() {
+    endBlip();
+    blipReturnsTo_ = player_->currentTime();
+    apply(AudioRenderPlan::normalSpeed);
+    blipTimer_ = players_->after(legacyBlipHold, [weak = weak_from_this()] {
+        if (const auto self = weak.lock()) self->endBlip();
+    });
+    player_->setRate(1);
+}
+
+void VideoEngine::endBlip() {
+    if (!blipReturnsTo_) return;
+    const MediaTime back = *blipReturnsTo_;
+    blipReturnsTo_.reset();
+    std::exchange(blipTimer_, nullptr)->cancel();
+    player_->setRate(0);
+    apply(AudioRenderPlan::silent);
+    setPlayhead(back);
+    seekPlayer(back);
+}
+
+// Sound
+
+void VideoEngine::setVolume(float volume) {
+    volume_ = std::isfinite(volume) ? std::clamp(volume, 0.0F, 1.0F) : 0;
+    if (transport_.isLoaded && !isDucking_) player_->setVolume(volume_);
+    tell(VideoEngineField::sound);
+}
+
+void VideoEngine::setSyncOffsetSeconds(double seconds) {
+    assertOnMainThread();
+    if (!std::isfinite(seconds)) return;
+    syncOffsetSeconds_ = seconds;
+    tell(VideoEngineField::sound);
+    if (!transport_.isLoaded || !(std::abs(seconds - appliedOffset_) > leastOffsetChange)) return;
+    if (!transport_.isPlaying) pause(true);
+    appliedOffset_ = seconds;
+    player_->setSoundOffset(MediaTime::fromSeconds(seconds));
+}
+
+void VideoEngine::setAudio(std::optional<TakeSound> audio) {
+    audio_ = std::move(audio);
+    soundChanged();
+}
+
+void VideoEngine::setMixdownAudio(std::optional<FileURL> url) {
+    mixdown_ = std::move(url);
+    soundChanged();
+}
+
+void VideoEngine::soundChanged() {
+    assertOnMainThread();
+    if (!transport_.isLoaded || audioSource() == appliedSound_) return;
+    appliedSound_ = audioSource();
+    if (blips_) blips_->load(appliedSound_);
+    player_->setSound(opener(appliedSound_));
+}
+
+// What is observed
+
+void VideoEngine::setRung(std::size_t index) {
+    jklSpeedIndex_ = index;
+    setLabel(labelOf(jklSpeeds[index]));
+}
+
+void VideoEngine::setLabel(std::string label) {
+    if (label == loop_.jklLabel) return;
+    loop_.jklLabel = std::move(label);
+    tell(VideoEngineField::loop);
+}
+
+void VideoEngine::setPlayhead(MediaTime time) {
+    if (playhead_.time == time) return;
+    playhead_.time = time;
+    tell(VideoEngineField::playhead);
+}
+
+void VideoEngine::setPlaying(bool isPlaying) {
+    if (std::exchange(transport_.isPlaying, isPlaying) != isPlaying) tell(VideoEngineField::transport);
+}
+
+} // namespace orvane

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Platform/Playback/MediaTime.h"
+#include "Timecode/TimecodeFrameRate.h"
+
+#include <optional>
+#include <string>
+
+namespace orvane {
+
+/// Where in the loaded clip the playhead stands. Clip time.
+struct PlayheadState {
+    static constexpr double usualFrameRate = 24; ///< where the file says none
+
+    platform::MediaTime time;
+    double clipDuration = 0; ///< seconds of the video
+    double frameRate = usualFrameRate;
+    double startTimecodeSeconds = 0; ///< timecode of the first picture, as seconds on the wall clock
+    /// At which the file counts its timecode; absent: at that of its pictures.
+    std::optional<TimecodeFrameRate> timecodeRate{};
+
+    double seconds() const { return time.seconds(); }
+    /// The length of a frame.
+    platform::MediaTime frameLength() const;
+    /// "00:00:00:00" where there is no such moment.
+    std::string timecodeString() const;
+    bool operator==(const PlayheadState&) const = default;
+};
+
+/// Whether there is something to play, and whether it plays.
+struct TransportState {
+    bool isPlaying = false;
+    platform::MediaTime duration;
+    bool isLoaded = false;
+    bool isLoading = false;
+
+    bool operator==(const TransportState&) const = default;
+};
+
+/// The region that is played again and again, and what the screen says of the speed.
+struct LoopState {
+    std::string jklLabel = "STOP";
+    bool isLooping = false;
+    platform::MediaTime loopStart; ///< clip time
+    platform::MediaTime loopEnd;
+
+    bool operator==(const LoopState&) const = default;
+};
+
+} // namespace orvane

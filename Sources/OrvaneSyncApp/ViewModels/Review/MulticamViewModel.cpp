@@ -1,0 +1,76 @@
+#include "OrvaneSyncApp/ViewModels/Review/MulticamViewModel.h"
+
+#include "OrvaneSyncCore/Models/Settings.h"
+
+#include <utility>
+
+namespace orvane {
+
+std::shared_ptr<MulticamViewModel> MulticamViewModel::create(std::shared_ptr<ImportController> controller,
+                                                             ClusterEngineBag::MakeEngine makeEngine) {
+    std::shared_ptr<MulticamViewModel> model(
+        new MulticamViewModel(std::move(controller), std::move(makeEngine)));
+    model->following_ = model->controller_->onChange([weak = std::weak_ptr(model)](ImportField field) {
+        const auto self = weak.lock();
+        if (self && field == ImportField::syncGroups) self->follow();
+    });
+    return model;
+}
+
+platform::Task MulticamViewModel::load(std::vector<UUID> groupIDs) {
+    std::vector<SyncGroup> members;
+    for (const UUID& id : groupIDs) {
+        const SyncGroup* group = controller_->work().syncGroups().find(id);
+        if (group == nullptr) throw GroupNotFound();
+        members.push_back(*group);
+    }
+    members_ = std::move(groupIDs);
+    return bag_.load(members);
+}
+
+void MulticamViewModel::close() {
+    members_.clear();
+    bag_.cleanup();
+}
+
+/// A member that left the list of clips leaves the cluster; the others follow their clips.
+void MulticamViewModel::follow() {
+    std::vector<UUID> there;
+    for (const UUID& id : members_)
+        if (const SyncGroup* group = controller_->work().syncGroups().find(id)) {
+            there.push_back(id);
+            bag_.follow(*group);
+        }
+    if (there.size() == members_.size()) return;
+    if (there.empty()) return close();
+    load(std::move(there));
+}
+
+void MulticamViewModel::handleKeyAction(KeyAction action) {
+    const auto step = [&](int frames) {
+        bag_.stepAll(frames, controller_->work().environment.settings->get(settings::playbackAudioScrubbing));
+    };
+    switch (action) {
+    case KeyAction::playPause:
+    case KeyAction::shuttleStop:
+        return bag_.togglePlay();
+    case KeyAction::stepForward:
+    case KeyAction::stepForward5:
+    case KeyAction::audioOffsetPlus:
+        return step(1);
+    case KeyAction::stepBackward:
+    case KeyAction::stepBackward5:
+    case KeyAction::audioOffsetMinus:
+        return step(-1);
+    case KeyAction::shuttleForward:
+    case KeyAction::slowMoForward:
+        return bag_.pressL();
+    case KeyAction::shuttleReverse:
+    case KeyAction::slowMoReverse:
+        return bag_.pressJ();
+    default:
+        return;
+    }
+}
+
+} // namespace orvane

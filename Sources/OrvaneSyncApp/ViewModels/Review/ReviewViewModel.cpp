@@ -1,0 +1,316 @@
+#include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
+
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Timeline/ClipPlaces.h"
+#include "OrvaneSyncCore/Services/Waveform/OnsetDetector.h"
+#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Timecode/Timecode.h"
+
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+constexpr int clapCheckFrames = 12;          ///< on either side
+constexpr double clapCheckWithoutClap = 3.0; ///< seconds
+
+} // namespace
+
+std::shared_ptr<ReviewViewModel> ReviewViewModel::create(std::shared_ptr<ImportController> controller,
+                                                         std::shared_ptr<VideoEngine> engine) {
+    std::shared_ptr<ReviewViewModel> model(new ReviewViewModel(std::move(controller), std::move(engine)));
+    model->following_ = model->controller_->onChange([weak = std::weak_ptr(model)](ImportField field) {
+        const auto self = weak.lock();
+        if (self && field == ImportField::syncGroups) self->follow();
+    });
+    return model;
+}
+
+ReviewViewModel::ReviewViewModel(std::shared_ptr<ImportController> controller,
+                                 std::shared_ptr<VideoEngine> engine)
+    : controller_(std::move(controller)), timeline_(controller_->timeline()), engine_(std::move(engine)),
+      fullscreen_(engine_, controller_->work().environment.settings) {}
+
+const SyncGroup* ReviewViewModel::group() const {
+    return groupID_ ? controller_->work().syncGroups().find(*groupID_) : nullptr;
+}
+
+// The clip in view
+
+platform::Task ReviewViewModel::loadGroup(const UUID& groupID) {
+    timeline_.show(groupID);
+    groupID_ = groupID;
+    savedPlayheadBeforeSkim_.reset();
+    isDraggingAudio_ = false;
+    changed_.tell();
+    return load(weak_from_this(), groupID, ++loads_);
+}
+
+platform::Task ReviewViewModel::load(std::weak_ptr<ReviewViewModel> weak, UUID groupID,
+                                     std::uint64_t number) {
+    auto self = weak.lock();
+    const auto clipStillInView = [&]() -> const SyncGroup* {
+        self = weak.lock();
+        return self && self->loads_ == number ? self->group() : nullptr;
+    };
+    const SyncGroup* group = self->group();
+    const ClipSound sound(*group);
+    const platform::Task opening = self->engine_->loadClip(group->video.url, sound.take, sound.offsetSeconds,
+                                                           group->resolvedClapPointSeconds());
+    self.reset();
+    co_await opening;
+    group = clipStillInView();
+    if (group == nullptr) co_return;
+    self->setStartTimecode(*group);
+    const platform::Task waveform = self->timeline_.loadWaveform();
+    const platform::Task detecting = self->timeline_.autoDetectAudioAnchorIfMissing(groupID);
+    self.reset();
+    co_await detecting;
+    group = clipStillInView();
+    if (group == nullptr) co_return;
+    if (const auto clap = group->resolvedClapPointSeconds()) self->engine_->correctInitialSeek(*clap);
+    const platform::Task showing = self->engine_->shown();
+    self.reset();
+    co_await showing;
+    co_await waveform;
+}
+
+void ReviewViewModel::setStartTimecode(const SyncGroup& group) {
+    if (!group.video.startTimecodeString) return;
+    const auto rate =
+        group.video.timecodeFrameRate.value_or(TimecodeUtils::frameRate(engine_->playhead().frameRate));
+    const auto start = Timecode::fromString(*group.video.startTimecodeString, rate);
+    engine_->setStartTimecode(start ? start->realTimeValue() : 0, rate);
+}
+
+void ReviewViewModel::close() {
+    if (!groupID_) return;
+    ++loads_;
+    groupID_.reset();
+    savedPlayheadBeforeSkim_.reset();
+    isDraggingAudio_ = false;
+    fullscreen_.hide();
+    engine_->cleanup();
+    changed_.tell();
+}
+
+void ReviewViewModel::follow() {
+    if (!groupID_ || isDraggingAudio_) return;
+    const SyncGroup* clip = group();
+    if (clip == nullptr) return close();
+    ClipSound sound(*clip);
+    engine_->setAudio(std::move(sound.take));
+    engine_->setSyncOffsetSeconds(sound.offsetSeconds);
+    if (timeline_.shownGroupID() == groupID_) timeline_.show(*groupID_);
+}
+
+// Keys
+
+void ReviewViewModel::handleKeyAction(KeyAction action) {
+    switch (action) {
+    case KeyAction::playPause:
+    case KeyAction::shuttleStop:
+        return engine_->playPause();
+    case KeyAction::shuttleForward:
+        return engine_->pressL();
+    case KeyAction::shuttleReverse:
+        return engine_->pressJ();
+    case KeyAction::stepForward:
+        return step(1);
+    case KeyAction::stepBackward:
+        return step(-1);
+    case KeyAction::stepForward5:
+        return step(5); // NOLINT: as the action says
+    case KeyAction::stepBackward5:
+        return step(-5); // NOLINT
+    case KeyAction::slowMoForward:
+        return engine_->slowMotionScrub(true);
+    case KeyAction::slowMoReverse:
+        return engine_->slowMotionScrub(false);
+    case KeyAction::jumpPrevEdit:
+        return jumpToEdit(true);
+    case KeyAction::jumpNextEdit:
+        return jumpToEdit(false);
+    case KeyAction::zoomIn:
+        return applyZoom(TimelineZoomState::zoomInFactor);
+    case KeyAction::zoomOut:
+        return applyZoom(TimelineZoomState::zoomOutFactor);
+    case KeyAction::zoomFit:
+        return timeline_.zoom().zoomFit();
+    case KeyAction::clapCheck:
+        return clapCheck();
+    case KeyAction::clearLoop:
+        return engine_->clearLoop();
+    case KeyAction::toggleFullscreen:
+        return fullscreen_.toggleFullscreen();
+    case KeyAction::toggleAudioExpand:
+        isAudioExpanded_ = !isAudioExpanded_;
+        return changed_.tell();
+    case KeyAction::nextGroup:
+    case KeyAction::prevGroup:
+        if (moveInList) moveInList(action);
+        return;
+    default:
+        if (group() != nullptr) decide(action);
+    }
+}
+
+/// What a key decides about the clip in view.
+void ReviewViewModel::decide(KeyAction action) {
+    namespace steps = undoSteps;
+    switch (action) {
+    case KeyAction::audioOffsetPlus:
+    case KeyAction::nudgePeriodPlus:
+        return adjustOffset(1);
+    case KeyAction::audioOffsetMinus:
+    case KeyAction::nudgeCommaMinus:
+        return adjustOffset(-1);
+    case KeyAction::audioOffsetPlus5:
+        return adjustOffset(5); // NOLINT
+    case KeyAction::audioOffsetMinus5:
+        return adjustOffset(-5); // NOLINT
+    case KeyAction::nudgePeriodPlus10:
+        return adjustOffset(10); // NOLINT
+    case KeyAction::nudgeCommaMinus10:
+        return adjustOffset(-10); // NOLINT
+    case KeyAction::updateClapPoint:
+        return setAnchor(*groupID_,
+                         engine_->playhead().seconds() - ClipSound(*group()).primaryOffsetSeconds());
+    case KeyAction::toggleApproved:
+        return edit(steps::toggleApproved, &ClipEditing::toggleApproved);
+    case KeyAction::lockCurrent:
+        return edit(steps::toggleLocked, &ClipEditing::toggleLocked);
+    case KeyAction::lockAllInCluster:
+        return lockCluster();
+    default:
+        return;
+    }
+}
+
+void ReviewViewModel::step(int frames) {
+    engine_->stepFrames(frames,
+                        controller_->work().environment.settings->get(settings::playbackAudioScrubbing));
+}
+
+void ReviewViewModel::edit(const UndoStep& step, void (ClipEditing::*operation)(UUID)) {
+    controller_->withUndo(step, [&] { (controller_->clips().*operation)(*groupID_); });
+}
+
+void ReviewViewModel::lockCluster() {
+    const platform::SettingsStore& store = *controller_->work().environment.settings;
+    controller_->withUndo(undoSteps::lockAllInCluster, [&] {
+        controller_->clips().lockAllInCluster(*groupID_, store.get(settings::clipNamingSource),
+                                              store.get(settings::customNamingPattern));
+    });
+}
+
+void ReviewViewModel::jumpToEdit(bool previous) {
+    const SyncGroup* clip = group();
+    if (clip == nullptr || timeline_.shownGroupID() != groupID_) return;
+    const std::vector<double>& onsets = timeline_.waveform()->waveform().onsetMarkers;
+    const double offset = ClipSound(*clip).offsetSeconds, at = engine_->playhead().seconds() - offset;
+    const auto onset = previous ? OnsetDetector::nearestOnsetBefore(at, onsets, OnsetDetector::jumpGapSeconds)
+                                : OnsetDetector::nearestOnsetAfter(at, onsets, OnsetDetector::jumpGapSeconds);
+    if (onset) engine_->moveTo(ClipPlaces::ofAnchor(*onset, offset, engine_->playhead().clipDuration));
+}
+
+void ReviewViewModel::clapCheck() {
+    const SyncGroup* clip = group();
+    if (engine_->loop().isLooping) return engine_->clearLoop();
+    if (clip == nullptr) return;
+    engine_->setLoopRegion(clip->resolvedClapPointSeconds().value_or(clapCheckWithoutClap), clapCheckFrames);
+}
+
+void ReviewViewModel::applyZoom(double scaleDelta) {
+    TimelineZoomState& zoom = timeline_.zoom();
+    if (timeline_.shownGroupID() == groupID_) zoom.playheadSeconds = engine_->playhead().seconds();
+    zoom.applyZoom(scaleDelta);
+}
+
+// Where the sound lies
+
+void ReviewViewModel::adjustOffset(int byFrames) {
+    if (groupID_) nudgeByFrames(*groupID_, byFrames);
+}
+
+void ReviewViewModel::nudgeByFrames(const UUID& groupID, int frames) {
+    timeline_.nudgeByFrames(groupID, frames);
+    if (!shows(groupID) || engine_->transport().isPlaying) return;
+    const SyncGroup* clip = group();
+    if (clip != nullptr && clip->audioAnchorOffsetInAudioSeconds)
+        engine_->moveTo(*clip->audioAnchorOffsetInAudioSeconds + ClipSound(*clip).primaryOffsetSeconds());
+}
+
+void ReviewViewModel::setAnchor(const UUID& groupID, double atAudioSeconds) {
+    const auto anchor = timeline_.setAnchor(groupID, atAudioSeconds);
+    const SyncGroup* clip = anchor && shows(groupID) ? group() : nullptr;
+    if (clip != nullptr) engine_->moveTo(*anchor + ClipSound(*clip).primaryOffsetSeconds());
+}
+
+void ReviewViewModel::handleWaveformClick(double takeSeconds, ModifierSet modifiers) {
+    const SyncGroup* clip = group();
+    if (clip == nullptr) return;
+    const ClipSound sound(*clip);
+    if (modifiers.contains(ModifierSet::command | ModifierSet::option))
+        return setAnchor(*groupID_, takeSeconds - sound.primaryStartSeconds);
+    if (sound.durationSeconds > 0)
+        engine_->moveTo(ClipPlaces::ofClick(takeSeconds, sound.durationSeconds, sound.offsetSeconds));
+}
+
+void ReviewViewModel::seekVideoToAnchor() {
+    const SyncGroup* clip = group();
+    if (clip == nullptr || !clip->audioAnchorOffsetInAudioSeconds) return;
+    engine_->moveTo(ClipPlaces::ofAnchor(*clip->audioAnchorOffsetInAudioSeconds,
+                                         ClipSound(*clip).primaryOffsetSeconds(),
+                                         engine_->playhead().clipDuration));
+}
+
+void ReviewViewModel::handleSkim(std::optional<double> seconds) {
+    if (engine_->player() == nullptr) return;
+    if (seconds) {
+        if (!savedPlayheadBeforeSkim_) {
+            engine_->pause(true);
+            savedPlayheadBeforeSkim_ = engine_->position();
+            engine_->setSkimming(true);
+        }
+        engine_->seek(*seconds);
+    } else if (savedPlayheadBeforeSkim_) {
+        engine_->setSkimming(false);
+        engine_->seek(*std::exchange(savedPlayheadBeforeSkim_, std::nullopt));
+    }
+}
+
+void ReviewViewModel::handleContainerDrag(double translation, DragModifiers modifiers) {
+    if (!groupID_ || controller_->work().unlockedGroup(*groupID_) == nullptr) return;
+    if (!isDraggingAudio_) timeline_.show(*groupID_);
+    isDraggingAudio_ = true;
+    timeline_.handleContainerDrag(translation, modifiers);
+    seekVideoToAnchor();
+}
+
+void ReviewViewModel::handleDragEnded() {
+    timeline_.handleDragEnded();
+    isDraggingAudio_ = false;
+    follow();
+}
+
+platform::Task ReviewViewModel::dragAudio(const UUID& groupID, double points, DragModifiers modifiers) {
+    return drag(weak_from_this(), groupID, timeline_.dragAudio(groupID, points, modifiers));
+}
+
+platform::Task ReviewViewModel::drag(std::weak_ptr<ReviewViewModel> weak, UUID groupID,
+                                     platform::Task dragging) {
+    co_await dragging;
+    const auto self = weak.lock();
+    if (self && self->shows(groupID) && !self->group()->isLocked) self->seekVideoToAnchor();
+}
+
+int ReviewViewModel::scrollFrames(double deltaY, bool hasPreciseDeltas) {
+    const int frames = timeline_.scrolling().frames(deltaY, hasPreciseDeltas);
+    if (frames != 0) step(frames);
+    return frames;
+}
+
+} // namespace orvane

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/Controllers/VideoEngine.h"
+#include "OrvaneSyncApp/ViewModels/Review/FullscreenManager.h"
+#include "OrvaneSyncCore/Services/Shortcuts/ShortcutAction.h"
+#include "OrvaneSyncCore/Services/Takes/ClipSound.h"
+#include "Platform/Task.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace orvane {
+
+/// What the review screen does with a clip: what its keys, clicks and drags mean to the player, the timeline
+/// and the clip. The player follows the clip, whoever changes it. Interface thread; operations without a clip
+/// in view do nothing.
+class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
+  public:
+    static std::shared_ptr<ReviewViewModel> create(std::shared_ptr<ImportController> controller,
+                                                   std::shared_ptr<VideoEngine> engine);
+
+    const std::shared_ptr<VideoEngine>& engine() const { return engine_; }
+    FullscreenManager& fullscreen() { return fullscreen_; }
+    const std::optional<UUID>& groupID() const { return groupID_; } ///< of the clip in view
+    bool shows(const UUID& groupID) const { return groupID_ == groupID; }
+    bool isAudioExpanded() const { return isAudioExpanded_; } ///< a row a channel
+    bool isDraggingAudio() const { return isDraggingAudio_; }
+    /// Calls back when the clip in view or the rows of its sound are others.
+    platform::Subscription onChange(std::function<void()> callback) {
+        return changed_.add(std::move(callback));
+    }
+    /// To the next clip of the list, or the one before.
+    std::function<void(KeyAction)> moveInList;
+
+    /// Opens a clip on its clap, searches for one where it has none, and loads its waveform. The task ends
+    /// when all that is done, or another clip was opened. Throws GroupNotFound.
+    platform::Task loadGroup(const UUID& groupID);
+    void close();
+
+    void handleKeyAction(KeyAction action);
+    /// Clip time.
+    void jumpToEdit(bool previous);
+    void clapCheck();
+    /// Moves the sound; while it plays, under the sound that is heard. Throws OutOfRange.
+    void adjustOffset(int byFrames);
+    /// `takeSeconds`: place in the recording. With Command and Option the anchor is put there.
+    void handleWaveformClick(double takeSeconds, ModifierSet modifiers);
+    void seekVideoToAnchor();
+    /// Clip time that the pointer is at; absent once it has left the timeline.
+    void handleSkim(std::optional<double> seconds);
+    /// Points since the drag began. The player follows when it has ended. Throws OutOfRange.
+    void handleContainerDrag(double translation, DragModifiers modifiers);
+    void handleDragEnded();
+    /// Scrolling over the picture. Gives the frames that were stepped.
+    int scrollFrames(double deltaY, bool hasPreciseDeltas);
+    void applyZoom(double scaleDelta);
+
+    // The same for any clip; the player goes along where it is the one in view.
+
+    void setAnchor(const UUID& groupID, double atAudioSeconds);
+    void nudgeByFrames(const UUID& groupID, int frames);
+    platform::Task dragAudio(const UUID& groupID, double points, DragModifiers modifiers);
+
+  private:
+    ReviewViewModel(std::shared_ptr<ImportController> controller, std::shared_ptr<VideoEngine> engine);
+    static platform::Task load(std::weak_ptr<ReviewViewModel> weak, UUID groupID, std::uint64_t number);
+    static platform::Task drag(std::weak_ptr<ReviewViewModel> weak, UUID groupID, platform::Task dragging);
+    const SyncGroup* group() const;
+    void follow();
+    void decide(KeyAction action);
+    void step(int frames);
+    /// As one step to take back.
+    void edit(const UndoStep& step, void (ClipEditing::*operation)(UUID));
+    void lockCluster();
+    void setStartTimecode(const SyncGroup& group);
+
+    const std::shared_ptr<ImportController> controller_;
+    TimelineController& timeline_;
+    const std::shared_ptr<VideoEngine> engine_;
+    FullscreenManager fullscreen_;
+    platform::Listeners<> changed_;
+    platform::Subscription following_;
+    std::optional<UUID> groupID_;
+    std::uint64_t loads_ = 0; ///< the number of the newest
+    std::optional<platform::MediaTime> savedPlayheadBeforeSkim_;
+    bool isDraggingAudio_ = false;
+    bool isAudioExpanded_ = false;
+};
+
+} // namespace orvane

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Playback/FrameBlips.h"
+#include "Platform/MainThread.h"
+#include "Platform/Playback/Mixer.h"
+
+#include <memory>
+
+namespace orvane {
+
+/// Plays short pieces of a recording while the player stands. The recording is opened, read and converted to
+/// the rate of the output on a queue of its own; of blips that come faster than that, the newest is heard.
+/// It joins the mixer with its first blip: who never steps opens no device for it.
+class ScrubAudioPlayer final : public FrameBlips {
+  public:
+    explicit ScrubAudioPlayer(std::shared_ptr<platform::Mixer> mixer);
+    ~ScrubAudioPlayer() override;
+    ScrubAudioPlayer(const ScrubAudioPlayer&) = delete;
+    ScrubAudioPlayer& operator=(const ScrubAudioPlayer&) = delete;
+
+    void load(std::optional<TakeSound> sound) override;
+    /// Until it is known that the recording cannot be opened, it counts as open.
+    bool hasOpenFile() const override;
+    void playBlip(double atSourceSeconds, double seconds, float volume) override;
+    void silence() override;
+    void shutdown() override;
+
+    /// Waits for what was asked for. Not on the interface thread.
+    void waitUntilIdle();
+
+  private:
+    struct Reading;
+    class Source;
+    void leaveMixer();
+
+    const std::shared_ptr<platform::Mixer> mixer_;
+    const std::shared_ptr<Source> source_;
+    bool isInMixer_ = false;
+    std::optional<TakeSound> loaded_;
+    std::shared_ptr<Reading> reading_; ///< of what is loaded, shared with the queue
+    std::stop_source stop_;
+    std::unique_ptr<platform::SerialQueue> queue_;
+};
+
+} // namespace orvane

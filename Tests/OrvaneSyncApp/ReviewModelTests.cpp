@@ -1,0 +1,259 @@
+#include "ControllerTest.h"
+
+#include "MediaFactory/WaveMaker.h"
+#include "OrvaneSyncApp/ViewModels/Review/MulticamViewModel.h"
+#include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
+#include "Support/Assets.h"
+#include "Support/FakePlayer.h"
+
+namespace orvane::test {
+namespace {
+
+using platform::MediaTime;
+
+/// A clip of 20 s at 25 frames a second, and 1.5 s into it the start of a recording of 20 s that claps at 3 s
+/// and speaks from 10 s on.
+class ReviewModelTest : public ControllerTest {
+  protected:
+    ReviewModelTest() {
+        std::vector<float> samples(std::size_t{20} * 8000, 0.001F);
+        for (std::size_t i = 24'000; i < 24'400; ++i) samples[i] = i % 2 == 0 ? 0.9F : -0.9F;
+        for (std::size_t i = 80'000; i < 88'000; ++i) samples[i] = i % 2 == 0 ? 0.3F : -0.3F;
+        MediaAsset recording = audio("T.wav", "10:00:01:12", 20);
+        recording.url = FileURL{
+            folder_.write("T.wav", WaveMaker().format({.sampleRate = 8000}).samples(samples).bytes())};
+        recording.channelCount = 1;
+        SyncGroup group = test::clip(video("A001C001.mov", "10:00:00:00", 20), recording);
+        group.audioMatches.front().syncOffsetSeconds = 1.5;
+        SyncGroup other = test::clip(video("B001C001.mov", "10:00:03:00", 20), recording);
+        other.audioMatches.front().syncOffsetSeconds = -2;
+        SyncGroup broken = test::clip(video("C001C001.mov"), recording);
+        id_ = group.id;
+        other_ = other.id;
+        broken_ = broken.id;
+        system_->usual.duration = {20, 1};
+        system_->files[broken.video.url.path] = {};
+        system_->settle = [this] { mainThread_->runPosted(); };
+        controller_->openStoredWork({{}, {}, SyncGroupList({group, other, broken})});
+        engine_ = makeEngine();
+        model_ = ReviewViewModel::create(controller_, engine_);
+    }
+    std::shared_ptr<VideoEngine> makeEngine() {
+        return VideoEngine::create({.mainThread = mainThread_,
+                                    .openPlayers = [this] { return system_; },
+                                    .waveform = controller_->timeline().waveform()});
+    }
+    void load() { finish(model_->loadGroup(id_)); }
+    void press(KeyAction action) {
+        model_->handleKeyAction(action);
+        mainThread_->runPosted();
+    }
+    const SyncGroup& group() const { return *controller_->work().syncGroups().find(id_); }
+    FakePlayer& player() { return *system_->players.front(); }
+    double heardOffset() { return player().offsets.empty() ? 1.5 : player().offsets.back().seconds(); }
+    double at() { return engine_->playhead().seconds(); }
+    void run(double seconds) { system_->advance(seconds, nullptr); }
+
+    UUID id_, other_, broken_;
+    std::shared_ptr<FakePlayerSystem> system_ = std::make_shared<FakePlayerSystem>(mainThread_);
+    std::shared_ptr<VideoEngine> engine_;
+    std::shared_ptr<ReviewViewModel> model_;
+};
+
+TEST_F(ReviewModelTest, aClipOpensOnTheClapThatIsFound) {
+    load();
+    EXPECT_EQ(group().audioAnchorOffsetInAudioSeconds, 3);
+    EXPECT_DOUBLE_EQ(at(), 4.5);
+    EXPECT_EQ(engine_->playhead().timecodeString(), "10:00:04:12");
+    EXPECT_EQ(engine_->syncOffsetSeconds(), 1.5);
+    EXPECT_FALSE(controller_->work().undoState().canUndo);
+
+    controller_->clips().setAudioAnchor(id_, std::nullopt);
+    const auto opening = model_->loadGroup(id_);
+    ASSERT_TRUE(mainThread_->waitUntil([&] { return engine_->transport().isLoaded; }));
+    engine_->stepFrames(25, false);
+    finish(opening);
+    EXPECT_DOUBLE_EQ(at(), 1); // the user was faster than the search
+
+    const auto overtaken = model_->loadGroup(id_);
+    finish(model_->loadGroup(broken_));
+    finish(overtaken);
+    EXPECT_FALSE(engine_->transport().isLoaded);
+    EXPECT_TRUE(model_->shows(broken_));
+}
+
+TEST_F(ReviewModelTest, aNudgeGoesToTheAnchorAtRestAndIsHeardOnTheRun) {
+    load();
+    engine_->moveTo(9);
+    press(KeyAction::nudgePeriodPlus);
+    EXPECT_DOUBLE_EQ(at(), 4.54);
+    EXPECT_DOUBLE_EQ(heardOffset(), 1.54);
+    press(KeyAction::clapCheck);
+    run(0.2);
+    const int seeks = player().seeks;
+    for (const KeyAction action : {KeyAction::nudgeCommaMinus10, KeyAction::audioOffsetPlus5,
+                                   KeyAction::audioOffsetMinus, KeyAction::nudgePeriodPlus10})
+        press(action);
+    EXPECT_NEAR(heardOffset(), 1.54 + 0.16, 1e-9);
+    EXPECT_EQ(player().rate(), 1);
+    EXPECT_EQ(player().seeks, seeks);
+    controller_->undo(); // one step: no half second passed between them
+    EXPECT_DOUBLE_EQ(heardOffset(), 1.5);
+    EXPECT_EQ(player().rate(), 1);
+    press(KeyAction::clapCheck);
+    EXPECT_FALSE(engine_->loop().isLooping);
+    EXPECT_TRUE(engine_->transport().isPlaying);
+}
+
+TEST_F(ReviewModelTest, keysClicksAndSkimsMoveThePlayhead) {
+    load();
+    const auto expectAt = [&](double seconds, const char* why) {
+        mainThread_->runPosted();
+        EXPECT_NEAR(at(), seconds, 0.003) << why; // an onset is known to a bin
+        EXPECT_FALSE(engine_->transport().isPlaying) << why;
+    };
+    press(KeyAction::playPause);
+    press(KeyAction::jumpNextEdit);
+    expectAt(11.5, "next onset");
+    press(KeyAction::jumpNextEdit);
+    expectAt(11.5, "there is none behind");
+    press(KeyAction::jumpPrevEdit);
+    expectAt(4.5, "previous onset");
+    press(KeyAction::stepBackward5);
+    expectAt(4.3, "five frames back");
+    model_->handleSkim(8);
+    model_->handleSkim(9);
+    expectAt(9, "skims");
+    model_->handleSkim(std::nullopt);
+    expectAt(4.3, "the pointer has left");
+    EXPECT_EQ(model_->scrollFrames(4, true), 1);
+    expectAt(4.34, "scrolled");
+    model_->handleWaveformClick(30, ModifierSet::none);
+    expectAt(20, "a click behind the clip");
+    model_->handleWaveformClick(5, ModifierSet::none);
+    expectAt(6.5, "a click");
+    EXPECT_EQ(group().audioAnchorOffsetInAudioSeconds, 3);
+    model_->handleWaveformClick(7, ModifierSet::command | ModifierSet::option);
+    expectAt(8.5, "a click for the anchor");
+    EXPECT_EQ(group().audioAnchorOffsetInAudioSeconds, 7);
+    engine_->moveTo(6);
+    press(KeyAction::updateClapPoint);
+    EXPECT_DOUBLE_EQ(group().audioAnchorOffsetInAudioSeconds.value_or(0), 4.5);
+    press(KeyAction::lockCurrent);
+    engine_->moveTo(9);
+    press(KeyAction::updateClapPoint);
+    EXPECT_DOUBLE_EQ(group().audioAnchorOffsetInAudioSeconds.value_or(0), 4.5);
+    press(KeyAction::toggleApproved);
+    EXPECT_TRUE(group().isApproved);
+    EXPECT_EQ(controller_->work().undoState().undoActionName, "Toggle Approved");
+    TimelineZoomState& zoom = controller_->timeline().zoom();
+    press(KeyAction::zoomIn);
+    EXPECT_EQ(zoom.zoomScale, 1.25);
+    EXPECT_EQ(zoom.playheadSeconds, at());
+}
+
+TEST_F(ReviewModelTest, aDragIsHeardWhenItHasEnded) {
+    load();
+    const double points = controller_->timeline().zoom().pixelsPerSecond();
+    model_->handleContainerDrag(0.5 * points, {});
+    model_->handleContainerDrag(1.0 * points, {});
+    EXPECT_DOUBLE_EQ(group().manualAudioOffsetSeconds, 1);
+    EXPECT_DOUBLE_EQ(heardOffset(), 1.5);
+    EXPECT_DOUBLE_EQ(at(), 5.5);
+    model_->handleDragEnded();
+    EXPECT_DOUBLE_EQ(heardOffset(), 2.5);
+    press(KeyAction::lockCurrent);
+    model_->handleContainerDrag(3 * points, {});
+    EXPECT_FALSE(model_->isDraggingAudio());
+    EXPECT_DOUBLE_EQ(group().manualAudioOffsetSeconds, 1);
+    // Another recording is heard at once, and a clip that is gone is closed.
+    press(KeyAction::lockCurrent);
+    controller_->recordings().removeAudioMatch(id_, group().audioMatches.front().id);
+    EXPECT_EQ(player().sounds, 1);
+    controller_->recordings().removeVideoFromSync(id_);
+    EXPECT_FALSE(model_->groupID());
+    EXPECT_FALSE(engine_->transport().isLoaded);
+}
+
+TEST_F(ReviewModelTest, theFullscreenWindowFollowsTheScreensAndItsKeys) {
+    struct Shown final : FullscreenManager::Window {
+        explicit Shown(std::size_t& count) : open(count) { ++open; }
+        ~Shown() override { --open; }
+        std::size_t& open;
+    };
+    std::size_t open = 0;
+    FullscreenManager& fullscreen = model_->fullscreen();
+    fullscreen.desktop = {[] {
+                              return std::vector<Screen>{{"Laptop", 1920, 1080, true}, {"Wall", 3840, 2160}};
+                          },
+                          [&](std::size_t) { return std::make_unique<Shown>(open); }};
+    fullscreen.toggleFullscreen();
+    EXPECT_EQ(open, 0U); // nothing is loaded
+    load();
+    fullscreen.setPreferredScreen(7);
+    press(KeyAction::toggleFullscreen);
+    EXPECT_EQ(fullscreen.currentScreenIndex(), 1U);
+    const auto hit = [&](std::string_view key, ModifierSet modifiers = {}) {
+        const bool used = fullscreen.handle(*keyEventNamed(key, modifiers, true, false));
+        mainThread_->runPosted();
+        return used;
+    };
+    EXPECT_TRUE(hit("arrowRight", ModifierSet::shift));
+    EXPECT_DOUBLE_EQ(at(), 4.7);
+    EXPECT_TRUE(hit("l"));
+    EXPECT_EQ(player().rate(), 1);
+    EXPECT_TRUE(hit("k"));
+    EXPECT_EQ(player().rate(), 0);
+    EXPECT_FALSE(hit("c"));
+    EXPECT_TRUE(hit("f"));
+    EXPECT_EQ(open, 0U);
+    EXPECT_EQ(screenLabel({"Laptop", 1920, 1080, true}), "Laptop, 1920×1080 (Main)");
+    EXPECT_DOUBLE_EQ(FullscreenManager::hintOpacity(3.5), 0.3);
+}
+
+TEST_F(ReviewModelTest, theCamerasOfATakePlayAsOne) {
+    const auto cluster = MulticamViewModel::create(controller_, [this] { return makeEngine(); });
+    ClusterEngineBag& bag = cluster->bag();
+    finish(cluster->load({id_, other_, broken_}));
+    EXPECT_EQ(bag.memberLabels()[1].second, "Cam B");
+    const auto cameraAt = [&](const UUID& id) { return bag.engines().at(id)->position().seconds(); };
+    const auto volume = [&](std::size_t player) { return system_->players[player]->volume; };
+    const auto volumes = [&] { return std::pair(volume(0), volume(1)); };
+    bag.seekAll(4);
+    mainThread_->runPosted();
+    EXPECT_EQ(cameraAt(id_), 5.5);
+    EXPECT_EQ(cameraAt(other_), 2);
+    bag.setAudioSource(other_);
+    cluster->handleKeyAction(KeyAction::playPause);
+    EXPECT_EQ(system_->players[0]->startsAt, system_->now + std::chrono::milliseconds(50));
+    EXPECT_EQ(system_->players[1]->startsAt, system_->players[0]->startsAt);
+    EXPECT_EQ(volumes(), std::pair(0.0F, 1.0F));
+    run(1.05);
+    EXPECT_EQ(cameraAt(id_), 6.5);
+    EXPECT_EQ(cameraAt(other_), 3);
+    cluster->handleKeyAction(KeyAction::shuttleStop);
+    EXPECT_FALSE(bag.isPlaying());
+    EXPECT_EQ(volumes(), std::pair(0.0F, 0.0F));
+    bag.setAudioSource(id_);
+    bag.playAll();
+    EXPECT_EQ(volumes(), std::pair(1.0F, 0.0F));
+    // One whose time is not there yet starts at its beginning.
+    bag.seekAll(1);
+    mainThread_->runPosted();
+    bag.playAll();
+    EXPECT_EQ(cameraAt(other_), 0);
+    bag.pauseAll();
+    cluster->handleKeyAction(KeyAction::stepForward5);
+    mainThread_->runPosted();
+    EXPECT_DOUBLE_EQ(cameraAt(id_), 2.54);
+    controller_->clips().adjustAudioOffset(other_, 0.5);
+    EXPECT_DOUBLE_EQ(bag.memberSyncOffsets().at(other_), -1.5);
+    finish(cluster->load({other_, id_}));
+    EXPECT_EQ(bag.audioSourceMemberID(), id_); // the choice stays while its camera does
+    finish(cluster->load({other_}));
+    EXPECT_EQ(bag.audioSourceMemberID(), other_);
+    EXPECT_EQ(bag.engines().size(), 1U);
+}
+
+} // namespace
+} // namespace orvane::test

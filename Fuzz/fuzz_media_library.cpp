@@ -1,8 +1,10 @@
 #include "MemoryFile.h"
 #include "Platform/MediaLibrary/LibavFile.h"
+#include "Platform/MediaLibrary/LibavPictures.h"
 #include "Platform/MediaLibrary/LibraryReaders.h"
 
 #include <cstdlib>
+#include <vector>
 
 // A file of any bytes through the media libraries, as their helper process reads it.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -15,5 +17,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     tracks.push_back(platform::openWithSndfile(file.path()));
     for (const auto& track : tracks)
         if (track && !fuzz::readsWithinBounds(*track)) std::abort();
+    if (const auto pictures = platform::LibavPictures::open(file.path())) {
+        using Outcome = platform::LibavPictures::Outcome;
+        int packets = 0;
+        const auto isStopped = [&] { return ++packets > 200; }; // in time for the next input
+        Outcome outcome = pictures->find({1, 2}, {}, isStopped);
+        for (int i = 0; i < 3 && outcome == Outcome::picture; ++i) {
+            const auto size = pictures->sizeWithin({64, 64});
+            std::vector<std::uint8_t> pixels(std::size_t{4} *
+                                             static_cast<std::size_t>(size.width * size.height));
+            pictures->write(size, pixels.data());
+            outcome = i == 1 ? pictures->findKey({}, isStopped) : pictures->findNext(isStopped);
+        }
+    }
     return 0;
 }

@@ -226,6 +226,21 @@ TEST(FrameReader, makesTheBestOfDamagedFiles) {
         EXPECT_LE(gone->time, (MediaTime{118, 25}));
     }
 
+    // The second half in another size.
+    const std::string first = folder.path("first.ts"), second = folder.path("second.ts");
+    const std::string encoding = "-c:v libx264 -preset ultrafast -g 25";
+    ASSERT_TRUE((NumberedClip{50, "25", encoding}.make(first)));
+    ASSERT_TRUE((NumberedClip{50, "25", encoding + " -output_ts_offset 2", 384, 216}.make(second)));
+    const auto changing =
+        FrameReader::open(folder.write("changing.ts", folder.read("first.ts") + folder.read("second.ts")));
+    ASSERT_NE(changing, nullptr);
+    for (const int number : {49, 50, 75, 10}) {
+        const auto picture = changing->pictureAt({number, 25}, exactly, {});
+        ASSERT_TRUE(picture);
+        EXPECT_EQ(NumberedClip::numberIn(*picture), number % 50);
+        EXPECT_EQ(picture->size.width, number < 50 ? 256 : 384);
+    }
+
     std::stop_source stop;
     stop.request_stop();
     EXPECT_THROW(cut->pictureAt({}, exactly, {}, stop.get_token()), platform::Stopped);

@@ -1,5 +1,6 @@
 #include "Platform/Recognition/PageLayout.h"
 
+#include <climits>
 #include <cstddef>
 #include <iterator>
 #include <map>
@@ -153,6 +154,7 @@ Page pageOf(const Mask& ink) {
     Page page{{ink.width, ink.height}, 0, 0, {ink.width, ink.height, -1}, {}, {}, {}, 0};
     std::vector<bool> isRule(components.list.size());
     for (std::size_t i = 0; i < components.list.size(); ++i) isRule[i] = isRuling(components.list[i], ink);
+    if (std::ranges::none_of(components.list, isLetter)) return page;
     findCells(components, isRule, page);
 
     std::vector<std::size_t> letters, framed;
@@ -207,15 +209,55 @@ Page pageOf(const Mask& ink) {
 
 namespace {
 
-/// A label over its value: one word, or in smaller type.
-bool isLabelled(const std::vector<std::vector<Word>>& rows) {
-    constexpr std::size_t mostRows = 3;
+using Words = std::vector<Word>;
+
+bool isLabelOf(const Line& label, const Line& value) {
     constexpr double larger = 1.3; // times the height
+    return value.box.height() > larger * label.box.height();
+}
+bool isOneWordWithoutDigit(const Words& words) {
+    return words.size() == 1 && words.front().text.find_first_of("0123456789") == std::string::npos;
+}
+
+/// A label over its value: one word, or in smaller type.
+bool isLabelled(const std::vector<Words>& rows) {
+    constexpr std::size_t mostRows = 3;
     if (rows.size() < 2 || rows.size() > mostRows) return false;
-    const auto& label = rows.front();
-    const Line text = lineOf(label), value = lineOf(rows[1]);
-    const bool hasDigit = text.text.find_first_of("0123456789") != std::string::npos;
-    return value.box.height() > larger * text.box.height() || (label.size() == 1 && !hasDigit);
+    return isLabelOf(lineOf(rows[0]), lineOf(rows[1])) || isOneWordWithoutDigit(rows[0]);
+}
+
+/// Words of a row that stand side by side.
+std::vector<Words> groupsOf(const Words& row) {
+    constexpr double widestGap = 2; // times the height of the words
+    std::vector<Words> groups;
+    for (const Word& word : row) {
+        const Box* before = groups.empty() ? nullptr : &groups.back().back().box;
+        const bool isFar = before == nullptr || word.box.left - before->right >
+                                                    widestGap * std::min(word.box.height(), before->height());
+        if (isFar) groups.emplace_back();
+        groups.back().push_back(word);
+    }
+    return groups;
+}
+
+/// A row of labels in small type over a row of values, on a board without cells: each value goes to the last
+/// label that begins to its left, where that has no other.
+void joinValues(std::vector<Words>& labels, std::vector<Words>& values) {
+    constexpr double furthest = 1.5; // times the height of the value
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        if (!isOneWordWithoutDigit(labels[i])) continue;
+        const Line label = lineOf(labels[i]);
+        const int end = i + 1 < labels.size() ? labels[i + 1].front().box.left : INT_MAX;
+        const auto isBelow = [&](const Words& words) {
+            const Line value = lineOf(words);
+            return value.box.left >= label.box.left && value.box.left < end && isLabelOf(label, value) &&
+                   value.box.top - label.box.bottom < furthest * value.box.height();
+        };
+        const auto value = std::ranges::find_if(values, isBelow);
+        if (value == values.end() || std::find_if(value + 1, values.end(), isBelow) != values.end()) continue;
+        labels[i].insert(labels[i].end(), value->begin(), value->end());
+        values.erase(value);
+    }
 }
 
 /// Texture is taken for short words, and for longer ones with little confidence.
@@ -230,34 +272,23 @@ bool isBelievable(const Line& line, const std::vector<Word>& words) {
 } // namespace
 
 std::vector<Line> linesOf(std::vector<Word> words, const Page& page) {
-    constexpr double widestGap = 2; // times the height of the words
-    std::map<std::int32_t, std::vector<Word>> byCell;
+    std::map<std::int32_t, Words> byCell;
     for (Word& word : words) byCell[page.cellAt(word.box)].push_back(std::move(word));
     std::vector<Line> lines;
     for (auto& [cell, members] : byCell) {
         const auto rows = rowsOf(std::move(members));
+        std::vector<std::vector<Words>> groups;
         if (cell >= 0 && (rows.size() == 1 || isLabelled(rows))) {
-            std::vector<Word> all;
-            for (const auto& row : rows) all.insert(all.end(), row.begin(), row.end());
-            lines.push_back(lineOf(all));
-            continue;
+            groups.push_back({{}});
+            for (const Words& row : rows) std::ranges::copy(row, std::back_inserter(groups.back().back()));
+        } else {
+            for (const Words& row : rows) groups.push_back(groupsOf(row));
+            for (std::size_t i = 0; i + 1 < groups.size(); ++i) joinValues(groups[i], groups[i + 1]);
         }
-        for (const auto& row : rows) {
-            std::vector<Word> together;
-            const auto endLine = [&] {
-                Line line = lineOf(together);
-                if (cell >= 0 || isBelievable(line, together)) lines.push_back(std::move(line));
-                together.clear();
-            };
-            for (const Word& word : row) {
-                if (!together.empty() &&
-                    word.box.left - together.back().box.right >
-                        widestGap * std::min(word.box.height(), together.back().box.height()))
-                    endLine();
-                together.push_back(word);
-            }
-            endLine();
-        }
+        for (const auto& row : groups)
+            for (const Words& together : row)
+                if (Line line = lineOf(together); cell >= 0 || isBelievable(line, together))
+                    lines.push_back(std::move(line));
     }
     std::vector<Line> ordered;
     for (auto& row : rowsOf(std::move(lines))) std::ranges::move(row, std::back_inserter(ordered));

@@ -130,54 +130,85 @@ Ink inkOf(const Cleaned& picture) {
     return ink;
 }
 
+namespace {
+
+/// Numbers of pieces, and which of them turned out to be one.
+class Pieces {
+  public:
+    std::int32_t add() {
+        parents_.push_back(static_cast<std::int32_t>(parents_.size()));
+        return parents_.back();
+    }
+    /// The lower number stands for both.
+    void join(std::int32_t a, std::int32_t b) {
+        if (a == b) return;
+        a = root(a);
+        b = root(b);
+        parents_[static_cast<std::size_t>(std::max(a, b))] = std::min(a, b);
+    }
+    /// For each number the place of its piece, from 0 without gaps; and how many pieces there are.
+    std::pair<std::vector<std::int32_t>, std::size_t> places() {
+        std::vector<std::int32_t> places(parents_.size());
+        std::int32_t count = 0;
+        for (std::size_t i = 0; i < places.size(); ++i) {
+            const auto own = static_cast<std::int32_t>(i), first = root(own);
+            places[i] = first == own ? count++ : places[static_cast<std::size_t>(first)];
+        }
+        return {std::move(places), static_cast<std::size_t>(count)};
+    }
+
+  private:
+    std::int32_t root(std::int32_t number) {
+        while (parents_[static_cast<std::size_t>(number)] != number) {
+            auto& parent = parents_[static_cast<std::size_t>(number)];
+            number = parent = parents_[static_cast<std::size_t>(parent)];
+        }
+        return number;
+    }
+    std::vector<std::int32_t> parents_;
+};
+
+} // namespace
+
 Components componentsOf(const Mask& mask, Neighbours neighbours) {
     Components found{{mask.width, mask.height, -1}, {}};
     auto& labels = found.labels;
-    std::vector<std::int32_t> parents;
-    const auto root = [&](std::int32_t label) {
-        while (parents[static_cast<std::size_t>(label)] != label) {
-            auto& parent = parents[static_cast<std::size_t>(label)];
-            label = parent = parents[static_cast<std::size_t>(parent)];
-        }
-        return label;
-    };
+    Pieces pieces;
+    const bool isDiagonal = neighbours == Neighbours::eight;
     for (int y = 0; y < mask.height; ++y)
         for (int x = 0; x < mask.width; ++x) {
             if (mask.at(x, y) == 0) continue;
-            std::int32_t label = -1;
-            const auto join = [&](int fromX, int fromY) {
-                if (fromX < 0 || fromY < 0 || fromX >= mask.width || labels.at(fromX, fromY) < 0) return;
-                const std::int32_t other = root(labels.at(fromX, fromY));
-                if (label >= 0)
-                    parents[static_cast<std::size_t>(std::max(label, other))] = std::min(label, other);
-                label = label < 0 ? other : std::min(label, other);
+            const auto label = [&](int dx, int dy) {
+                const bool isInside = x + dx >= 0 && x + dx < mask.width && y + dy >= 0;
+                return isInside ? labels.at(x + dx, y + dy) : -1;
             };
-            join(x - 1, y);
-            join(x, y - 1);
-            if (neighbours == Neighbours::eight) {
-                join(x - 1, y - 1);
-                join(x + 1, y - 1);
+            std::int32_t& own = labels.at(x, y);
+            const std::int32_t left = label(-1, 0), up = label(0, -1);
+            own = up >= 0 ? up : left;
+            if (up >= 0 && left >= 0 && !isDiagonal) pieces.join(up, left);
+            if (isDiagonal && up < 0) { // what is above has been joined with all of its neighbours
+                const std::int32_t upRight = label(1, -1);
+                if (own < 0) own = label(-1, -1);
+                if (own >= 0 && upRight >= 0) pieces.join(own, upRight);
+                if (own < 0) own = upRight;
             }
-            if (label < 0) {
-                label = static_cast<std::int32_t>(parents.size());
-                parents.push_back(label);
-            }
-            labels.at(x, y) = label;
+            if (own < 0) own = pieces.add();
         }
-    std::vector<std::int32_t> places(parents.size(), -1);
+    const auto [places, count] = pieces.places();
+    found.list.resize(count, {{mask.width, mask.height, 0, 0}, 0});
     for (int y = 0; y < mask.height; ++y)
-        for (int x = 0; x < mask.width; ++x) {
-            std::int32_t& label = labels.at(x, y);
-            if (label < 0) continue;
-            std::int32_t& place = places[static_cast<std::size_t>(root(label))];
-            if (place < 0) {
-                place = static_cast<std::int32_t>(found.list.size());
-                found.list.push_back({{x, y, x + 1, y + 1}, 0});
+        for (int x = 0; x < mask.width;) {
+            const std::int32_t label = labels.at(x, y);
+            if (label < 0) {
+                ++x;
+                continue;
             }
-            label = place;
+            const std::int32_t place = places[static_cast<std::size_t>(label)];
+            const int start = x;
+            for (; x < mask.width && labels.at(x, y) == label; ++x) labels.at(x, y) = place;
             auto& component = found.list[static_cast<std::size_t>(place)];
-            component.box = component.box.joined({x, y, x + 1, y + 1});
-            ++component.pixels;
+            component.box = component.box.joined({start, y, x, y + 1});
+            component.pixels += x - start;
         }
     return found;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Playback/Picture.h"
+#include "Platform/TextRecognizer.h"
 
 #include <algorithm>
 #include <cstddef>

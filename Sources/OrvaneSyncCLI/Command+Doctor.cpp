@@ -6,6 +6,7 @@
 #include "Platform/JSON.h"
 #include "Platform/MediaInspector.h"
 #include "Platform/Text.h"
+#include "Platform/TextRecognizer.h"
 
 #include <algorithm>
 #include <string>
@@ -71,6 +72,11 @@ Check codecCheck() {
     return {"codecs", "problem", "can't decode " + platform::text::joined(missing, ", ")};
 }
 
+Check recognitionCheck() {
+    const platform::TextRecognitionState state = platform::textRecognitionState();
+    return {"text recognition", state.isAvailable ? "ok" : "problem", state.description};
+}
+
 std::vector<Check> checks(const Context& context) {
     return {settingsCheck(context),
             folderCheck("work folder", AppStorageHelper::applicationSupportDirectory()),
@@ -79,7 +85,7 @@ std::vector<Check> checks(const Context& context) {
             libraryCheck(),
             codecCheck(),
             {"audio output", "unused", "this version plays no sound"},
-            {"text recognition", "unused", "this version reads no slates"},
+            recognitionCheck(),
             {"key store", "unused", "this version signs in nowhere"}};
 }
 

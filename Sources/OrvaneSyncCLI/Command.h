@@ -30,6 +30,7 @@ const Command& analyzeCommand();
 const Command& loudnessCommand();
 const Command& ltcCommand();
 const Command& clapCommand();
+const Command& slateCommand();
 const Command& onsetsCommand();
 const Command& waveformCommand();
 const Command& reportCommand();

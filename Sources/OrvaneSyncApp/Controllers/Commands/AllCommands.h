@@ -12,6 +12,7 @@ std::vector<Command> editCommands();
 std::vector<Command> smartAudioCommands();
 std::vector<Command> reviewCommands();
 std::vector<Command> timelineCommands();
+std::vector<Command> slateCommands();
 std::vector<Command> reportCommands();
 std::vector<Command> fileCommands();
 std::vector<Command> sessionCommands();

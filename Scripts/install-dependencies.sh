@@ -7,6 +7,7 @@ packages=(g++ cmake ninja-build pkg-config ccache git
     libexpat1-dev libicu-dev libsimdjson-dev libsndfile1-dev libpng-dev libkissfft-dev
     libavformat-dev libavcodec-dev libavutil-dev libswresample-dev libswscale-dev libcurl4-openssl-dev libssl-dev
     portaudio19-dev libasound2-dev libsoundtouch-dev
+    libtesseract-dev tesseract-ocr-eng tesseract-ocr-deu fonts-dejavu-core
     libgtest-dev libcpp-httplib-dev openssl libltc-dev libxml2-utils espeak-ng ffmpeg python3 tzdata)
 for group in "$@"; do
     case "$group" in

@@ -7,6 +7,7 @@
 #include "Platform/MediaInspector.h"
 #include "Platform/Playback/AudioOutput.h"
 #include "Platform/Text.h"
+#include "Platform/TextRecognizer.h"
 
 #include <algorithm>
 #include <string>
@@ -77,6 +78,11 @@ Check audioOutputCheck() {
     return {"audio output", report.isThere ? "ok" : "problem", report.description};
 }
 
+Check recognitionCheck() {
+    const platform::TextRecognitionState state = platform::textRecognitionState();
+    return {"text recognition", state.isAvailable ? "ok" : "problem", state.description};
+}
+
 std::vector<Check> checks(const Context& context) {
     return {settingsCheck(context),
             folderCheck("work folder", AppStorageHelper::applicationSupportDirectory()),
@@ -85,7 +91,7 @@ std::vector<Check> checks(const Context& context) {
             libraryCheck(),
             codecCheck(),
             audioOutputCheck(),
-            {"text recognition", "unused", "this version reads no slates"},
+            recognitionCheck(),
             {"key store", "unused", "this version signs in nowhere"}};
 }
 

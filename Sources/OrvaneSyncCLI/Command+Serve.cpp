@@ -73,6 +73,9 @@ std::optional<JSON> progressJSON(const ImportController& controller, ImportField
     const SmartAudioProgress& hearing = controller.smartAudio().state().progress;
     if (field == ImportField::smartAudio && hearing.total > 0)
         return progressJSON(hearing.phase, hearing.current, hearing.total, hearing.fraction);
+    const SmartAudioProgress& looking = controller.slates().progress();
+    if (field == ImportField::slates && looking.total > 0)
+        return progressJSON(looking.phase, looking.current, looking.total, looking.fraction);
     return std::nullopt;
 }
 

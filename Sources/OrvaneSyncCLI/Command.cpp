@@ -146,10 +146,11 @@ void Context::warn(std::string_view message) const {
 
 std::span<const Command* const> allCommands() {
     static const auto commands = std::to_array<const Command*>(
-        {&syncCommand(),     &scanCommand(),     &diagnoseCommand(),  &probeCommand(),    &analyzeCommand(),
-         &loudnessCommand(), &ltcCommand(),      &clapCommand(),      &onsetsCommand(),   &waveformCommand(),
-         &frameCommand(),    &playCommand(),     &reportCommand(),    &timecodeCommand(), &sessionCommand(),
-         &projectCommand(),  &settingsCommand(), &shortcutsCommand(), &serveCommand(),    &doctorCommand()});
+        {&syncCommand(),     &scanCommand(),    &diagnoseCommand(), &probeCommand(),     &analyzeCommand(),
+         &loudnessCommand(), &ltcCommand(),     &clapCommand(),     &slateCommand(),     &onsetsCommand(),
+         &waveformCommand(), &frameCommand(),   &playCommand(),     &reportCommand(),    &timecodeCommand(),
+         &sessionCommand(),  &projectCommand(), &settingsCommand(), &shortcutsCommand(), &serveCommand(),
+         &doctorCommand()});
     return commands;
 }
 

@@ -32,6 +32,7 @@ const Command& ltcCommand();
 const Command& clapCommand();
 const Command& frameCommand();
 const Command& playCommand();
+const Command& slateCommand();
 const Command& onsetsCommand();
 const Command& waveformCommand();
 const Command& reportCommand();

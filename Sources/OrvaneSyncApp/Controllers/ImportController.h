@@ -7,6 +7,7 @@
 #include "OrvaneSyncApp/Controllers/RecordingEditing.h"
 #include "OrvaneSyncApp/Controllers/ReportController.h"
 #include "OrvaneSyncApp/Controllers/ScanController.h"
+#include "OrvaneSyncApp/Controllers/SlateController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
 #include "OrvaneSyncApp/Controllers/TimelineController.h"
 #include "OrvaneSyncApp/Controllers/TrackEditing.h"
@@ -35,6 +36,8 @@ class ImportController {
         std::shared_ptr<const platform::Clock> clock = platform::systemClock();
         /// Null: waveforms are reduced when they are shown, and not kept.
         std::shared_ptr<WaveformCache> waveformCache = nullptr;
+        /// Null: that of this machine.
+        std::shared_ptr<SlateDetector> slateDetector = nullptr;
     };
     static std::shared_ptr<ImportController> create(Dependencies dependencies);
     ~ImportController();
@@ -52,6 +55,8 @@ class ImportController {
     TrackEditing& tracks() { return tracks_; }
     SmartAudioController& smartAudio() { return smartAudio_; }
     const SmartAudioController& smartAudio() const { return smartAudio_; }
+    SlateController& slates() { return slates_; }
+    const SlateController& slates() const { return slates_; }
     TimelineController& timeline() { return timeline_; }
     ReportController& reports() { return reports_; }
     const ReportController& reports() const { return reports_; }
@@ -96,6 +101,7 @@ class ImportController {
     RecordingEditing recordings_;
     TrackEditing tracks_;
     TimelineController timeline_;
+    SlateController slates_;
     ExportController export_;
     WorkDoubts doubts_;
 };

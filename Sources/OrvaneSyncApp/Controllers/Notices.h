@@ -25,6 +25,7 @@ enum class ImportField : std::uint8_t {
     wildTracks,
     report,
     smartAudio,
+    slates,
     undoState,
     project
 };

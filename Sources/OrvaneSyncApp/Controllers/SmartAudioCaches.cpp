@@ -31,6 +31,7 @@ void SmartAudioCaches::invalidateCachesAfterUndo() {
 
 void SmartAudioCaches::removeAll() {
     state.viProcessedURLs.clear();
+    state.slateResults.clear();
     invalidateCachesAfterUndo();
 }
 

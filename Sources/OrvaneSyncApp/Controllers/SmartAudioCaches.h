@@ -22,7 +22,7 @@ class SmartAudioCaches {
     /// All that is known of the clip, and all that was rendered from it.
     void removeSmartAudioCaches(const UUID& groupID);
     void removeRenderedAudio(const UUID& groupID);
-    /// Previews of Voice Isolation stay: they depend on nothing that undoing brings back.
+    /// Previews of Voice Isolation and slates stay: they depend on nothing that undoing brings back.
     void invalidateCachesAfterUndo();
     /// The clips that they belong to are no more.
     void removeAll();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/FileURL.h"
+#include "OrvaneSyncCore/Models/SlateResult.h"
 #include "OrvaneSyncCore/Models/UUID.h"
 #include "OrvaneSyncCore/Services/Export/ExportSettings.h"
 
@@ -31,6 +32,8 @@ struct SmartAudioState {
     std::unordered_map<UUID, FileURL> mixdownURLs;     ///< the blocks of a clip, rendered
     std::unordered_map<UUID, int> soloMonitorTracks;   ///< the track that the player plays alone
     std::unordered_map<UUID, FileURL> soloMonitorURLs; ///< that track, rendered
+    /// The latest search for a clapper board in each clip.
+    std::unordered_map<UUID, SlateResult> slateResults;
     bool isAnalyzing = false;
     SmartAudioProgress progress;
 };

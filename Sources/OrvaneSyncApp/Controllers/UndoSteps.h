@@ -23,6 +23,8 @@ inline constexpr UndoStep toggleExcludedFromExport{"Toggle Excluded"};
 inline constexpr UndoStep toggleExcludedFromMulticam{"Toggle Multicam Exclude"};
 /// Batch renaming too, which thereby is one step.
 inline constexpr UndoStep setManualClipName{"Rename Clip", typing};
+inline constexpr UndoStep acceptSlate{"Accept Slate"};
+inline constexpr UndoStep acceptSlates{"Accept Slates"};
 inline constexpr UndoStep setSyncMethod{"Change Sync Method"};
 inline constexpr UndoStep setGenerateNativeMOS{"Toggle Native MOS"};
 inline constexpr UndoStep setGenerateProjectRateClip{"Toggle Project Rate Clip"};

@@ -14,6 +14,7 @@ std::vector<Command> reviewCommands();
 std::vector<Command> timelineCommands();
 std::vector<Command> playerCommands();
 std::vector<Command> clusterCommands();
+std::vector<Command> slateCommands();
 std::vector<Command> reportCommands();
 std::vector<Command> fileCommands();
 std::vector<Command> sessionCommands();

@@ -1,0 +1,11 @@
+#include "Platform/Recognition/RecognitionModule.h"
+#include "Platform/Recognition/TesseractRecognizer.h"
+
+extern "C" __attribute__((visibility("default"))) const orvane::platform::RecognitionModule*
+orvaneRecognitionModule() {
+    using orvane::platform::RecognitionModule;
+    static const RecognitionModule module{RecognitionModule::currentVersion,
+                                          orvane::platform::tesseractRecognizer,
+                                          orvane::platform::tesseractState};
+    return &module;
+}

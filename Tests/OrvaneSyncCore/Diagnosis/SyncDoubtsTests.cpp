@@ -420,6 +420,12 @@ TEST(SyncDoubts, ADateThatFitsTheClipMayBeWrong) {
                                            "(--video '/CAM/D1' --audio '/S/D1')");
     }
 
+    for (MediaAsset& video : shot.videos) std::swap(video.contentCreatedDate, video.headerDate);
+    shot.diagnose();
+    EXPECT_EQ(shot.count(Kind::otherDay), 2) << "cameras with dates: sound of the day before is left out";
+    ASSERT_TRUE(shot.card(Kind::otherDateFits));
+    EXPECT_EQ(shot.card(Kind::otherDateFits)->groupIDs.size(), 6U);
+
     Shot night; // dated by the evening before, beside the night before that
     night.videos.push_back(clipAt("/CAM/A.mov", 1803, 8));
     night.audios = {recordingAt("/S/T007.wav", 1800, 14), recordingAt("/S/T099.wav", 1801, 14)};

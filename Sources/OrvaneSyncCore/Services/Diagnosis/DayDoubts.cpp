@@ -77,10 +77,10 @@ class DayDoubts {
             clipDays_[folderOf(clip.group->video)].insert(clip.likelyDay());
             if (clip.primary) soundDays_[folderOf(*primaryOf(clip).asset)].insert(clip.likelyDay());
         }
-        findFree();
         daysMayBeMixed_ = daysShareHours() || clipsShareHours() || undatedFilesCollide();
         isDateGivenToSeveralShoots_ = givesDateToSeveralShoots();
         if (daysMayBeMixed_) findSuspected();
+        findFree();
         for (const Card& card : cardsOf(shoot_.clips)) wrongDateOf(card);
         platform::StopCheck check(shoot_.stop);
         for (const Shoot::Clip& clip : shoot_.clips) {
@@ -250,6 +250,8 @@ class DayDoubts {
         std::set<std::string_view> folders;
         for (const Recording& recording : shoot_.recordings)
             if (recording.place.day == other.day) folders.insert(folderOf(*recording.asset));
+        for (const auto& [sound, why] : suspected_)
+            if (sound.second == other.day && why.day == own.day) folders = {sound.first};
         const double share = soundOf(other.day).shareOf(first, last);
         if (chance::atLeast(other.clips, count, share) > chance::smallest) return;
         addCardDoubt(
@@ -288,11 +290,14 @@ class DayDoubts {
             }
         constexpr double mostly = 2.0 / 3;
         for (const auto& [day, count] : counts)
-            if (count.met >= mostly * count.all) free_[day];
+            if (count.met >= mostly * count.all && !isSuspected(day)) free_[day];
         for (std::size_t i = 0; i < isMet.size(); ++i)
             if (const auto day = shoot_.recordings[i].place.day; day && !isMet[i] && free_.contains(*day))
                 free_[*day].add(shoot_.recordings[i].place.range, i);
         for (auto& [day, cover] : free_) cover.finish();
+    }
+    bool isSuspected(long day) const {
+        return std::ranges::any_of(suspected_, [&](const auto& entry) { return entry.first.second == day; });
     }
     /// What clips of another day may have for their sound.
     const Cover& soundOf(long day) const {

@@ -99,6 +99,7 @@ TEST(Days, MeetByTheirRule) {
                                          audio("T_240517.wav", "00:00:10:00"), audio("T.wav", "00:00:15:00")};
     EXPECT_EQ(offsets({}, {header}, nights), (Offsets{-6, 14})) << "other nights by the day of the header";
     EXPECT_EQ(offsets({}, {header}, {nights[2]}), Offsets{9}) << "nothing of its day";
+    EXPECT_EQ(offsets({.days = same}, {header}, nights), Offsets{14}) << "the header's day is the clip's";
     header.headerDate = dateFromISO8601("2024-05-18T08:00:01Z");
     EXPECT_EQ(offsets({}, {header}, nights).size(), 4U) << "the header counts another zone";
 }

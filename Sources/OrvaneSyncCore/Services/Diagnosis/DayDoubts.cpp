@@ -107,8 +107,11 @@ class DayDoubts {
         const bool isSuspected = std::ranges::any_of(suspected_, [&](const auto& entry) {
             return entry.first.first == sound && entry.second.day == day;
         });
-        return " in a scan of this day alone (--video " + option(clipDays_, clips, false) + " --audio " +
-               (isSuspected ? quoted(sound) : option(soundDays_, sound, true)) + ")";
+        std::string folders = "--video " + option(clipDays_, clips, false) + " --audio " +
+                              (isSuspected ? quoted(sound) : option(soundDays_, sound, true));
+        if (folders.find(" FOLDER") != std::string::npos)
+            folders += ", FOLDER being where that day's files lie";
+        return " in a scan of this day alone (" + folders + ")";
     }
 
     const Recording& primaryOf(const Shoot::Clip& clip) const { return shoot_.recordings[*clip.primary]; }
@@ -151,7 +154,10 @@ class DayDoubts {
               names + " is of " + dayText(*recorded) + ", and the clip is of " + dayText(*filmed) +
                   "; they fit by the time of day alone",
               "--sound-date " + dayText(*filmed) + dayAlone(filmed, clips, folderOf(*sound.asset)) +
-                  " if the recorder's date is wrong, --days same to leave such sound out");
+                  " if the recorder's date is wrong, " +
+                  (clip.place->knownDay() ? "--days same to leave such sound out"
+                                          : "an x under 'skip' in the table of 'scan --review' to leave the "
+                                            "clip out"));
     }
 
     /// Sound whose date is that of the clip, which may be a wrong one all the same.

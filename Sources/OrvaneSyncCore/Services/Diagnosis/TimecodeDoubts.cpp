@@ -74,7 +74,7 @@ class TimecodeDoubts {
     void withoutTimecode(const Shoot::Clip& clip) {
         const MediaAsset& video = clip.group->video;
         const double length = video.durationSeconds.value_or(0);
-        if (!clip.group->isMOS() || !(length > 0) || video.startTimecodeString) return;
+        if (!clip.group->isMOS() || !(length > 0) || shoot_.recordings.empty()) return;
         std::string message = shoot_.nameOf(video) + " has no timecode, and no sound can be found for it";
         if (const auto seconds = secondsOf(video)) {
             message += "; it is dated " + momentText(*seconds);

@@ -452,11 +452,13 @@ class DayDoubts {
             if (!common || *common <= SplitRecordingDetector::contiguityToleranceSeconds ||
                 !mayBeOneRecorder(first, other) || (first.shootDay() && other.shootDay()) != areDated)
                 continue;
-            const double longer = std::max(firstRange.durationSeconds(), range.durationSeconds());
+            const auto [shorter, longer] =
+                std::minmax({firstRange.durationSeconds(), range.durationSeconds()});
             constexpr double sameStartSeconds = 0.5;
+            // What one recorder has in both of two takes is the sound from before the second one's start.
             const bool rollTogether =
                 areDated ? std::abs(firstRange.startSeconds - range.startSeconds) <= sameStartSeconds ||
-                               folderOf(first) != folderOf(other)
+                               folderOf(first) != folderOf(other) || *common < togetherShare * shorter
                          : *common >= togetherShare * longer;
             const TakeMembership::Candidate a{&first, firstRange}, b{&other, range};
             if (!rollTogether && !TakeMembership::isCutShort(a, b) && !TakeMembership::isCutShort(b, a))

@@ -91,17 +91,32 @@ void rescan(benchmark::State& state, const MediaCorpus& corpus, const std::strin
 }
 
 /// A first scan as the program does it: find the files, probe them, match them.
+std::shared_ptr<ImportController> scanned(const MediaCorpus& cards) {
+    const auto loop = platform::RunLoop::create();
+    ImportController::Dependencies dependencies;
+    dependencies.mainThread = loop;
+    dependencies.settings = std::make_shared<platform::MemorySettingsStore>();
+    const auto controller = ImportController::create(std::move(dependencies));
+    controller->scan().setVideoFolderURL(FileURL{cards.folder});
+    const platform::Task scan = controller->scan().startScan();
+    scan.whenDone([&](const std::exception_ptr&) { loop->quit(); });
+    loop->run();
+    return controller;
+}
+
+/// What `diagnose` does but for printing.
+void diagnose(benchmark::State& state, const MediaCorpus& cards) {
+    for (auto _ : state) {
+        const auto controller = scanned(cards);
+        const SyncGroupList& clips = controller->work().syncGroups();
+        if (clips.size() != cards.videos.size() || !controller->doubts().summary(clips).empty())
+            state.SkipWithError("clips are missing or in doubt");
+    }
+}
+
 void scanTwoCards(benchmark::State& state, const MediaCorpus& cards) {
     for (auto _ : state) {
-        const auto loop = platform::RunLoop::create();
-        ImportController::Dependencies dependencies;
-        dependencies.mainThread = loop;
-        dependencies.settings = std::make_shared<platform::MemorySettingsStore>();
-        const auto controller = ImportController::create(std::move(dependencies));
-        controller->scan().setVideoFolderURL(FileURL{cards.folder});
-        const platform::Task scan = controller->scan().startScan();
-        scan.whenDone([&](const std::exception_ptr&) { loop->quit(); });
-        loop->run();
+        const auto controller = scanned(cards);
         const SyncGroupList& clips = controller->work().syncGroups();
         const bool haveSound =
             std::ranges::all_of(clips, [](const SyncGroup& clip) { return clip.audioMatches.size() >= 4; });
@@ -207,7 +222,7 @@ void exportClips(benchmark::State& state) {
 
 } // namespace
 
-void registerCoreBenchmarks(const MediaCorpus& corpus, const MediaCorpus& cards,
+void registerCoreBenchmarks(const MediaCorpus& corpus, const MediaCorpus& cards, const MediaCorpus& week,
                             const std::string& cacheFile) {
     const auto add = [](const char* name, auto&& function) {
         return benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -216,6 +231,8 @@ void registerCoreBenchmarks(const MediaCorpus& corpus, const MediaCorpus& cards,
     add("probe", [&corpus](benchmark::State& state) { probeHeaders(state, corpus); });
     add("cardsFloor", [&cards](benchmark::State& state) { headersFloor(state, cards); });
     add("scanTwoCards", [&cards](benchmark::State& state) { scanTwoCards(state, cards); });
+    add("weekFloor", [&week](benchmark::State& state) { headersFloor(state, week); });
+    add("diagnose", [&week](benchmark::State& state) { diagnose(state, week); });
     add("statFloor", [&corpus](benchmark::State& state) { statFloor(state, corpus); });
     add("rescan", [&corpus, cacheFile](benchmark::State& state) { rescan(state, corpus, cacheFile); });
     constexpr int hoursOfTheirOwn = 30240; // seconds; longer than a day's work

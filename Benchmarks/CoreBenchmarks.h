@@ -7,7 +7,7 @@
 namespace orvane::bench {
 
 /// Registers the benchmarks that run in this process; their names are those that the table asks for.
-void registerCoreBenchmarks(const MediaCorpus& corpus, const MediaCorpus& cards,
+void registerCoreBenchmarks(const MediaCorpus& corpus, const MediaCorpus& cards, const MediaCorpus& week,
                             const std::string& cacheFile);
 
 /// Exports many clips once and returns the size of the document in bytes. For a process of its own, whose

@@ -153,6 +153,26 @@ MediaCorpus twoCards(const std::string& folder) {
     return corpus;
 }
 
+MediaCorpus weekOfCards(const std::string& folder) {
+    MediaCorpus corpus;
+    corpus.folder = folder;
+    for (int i = 0; i < clipsOfAWeek; ++i) {
+        const int day = i / takesADay + 1;
+        const std::string card = folder + formatted("/DAY_%d/CARD_%d", day, 1);
+        const std::string sound = folder + formatted("/DAY_%d/SOUND_%d", day, 1);
+        if (i % takesADay == 0)
+            for (const std::string& made : {card, sound}) platform::files::createDirectories(made);
+        const std::string movie = card + "/" + formatted("A001C%03d_26030%d_R1.mov", i % takesADay, day);
+        const std::string wave = sound + "/" + formatted("SR001_26030%d_T%04d.WAV", day, i % takesADay);
+        if (!platform::files::exists(movie)) writeMovie(movie, i);
+        if (!platform::files::exists(wave))
+            writeWave(wave, {i, startOf(i, takesADay) - 2, clipSeconds + 5, trackNames()});
+        corpus.videos.push_back({movie});
+        corpus.audios.push_back({wave});
+    }
+    return corpus;
+}
+
 AssetCorpus assetCorpus(int clips, int clipsADay, int shiftOfADay) {
     AssetCorpus corpus;
     for (int i = 0; i < clips; ++i) {

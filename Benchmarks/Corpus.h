@@ -27,6 +27,11 @@ inline constexpr int clipsACard = 250;
 /// of four to eight mono files, each of which covers some of the clips. Made as above.
 MediaCorpus twoCards(const std::string& folder);
 
+inline constexpr int clipsOfAWeek = 3750;
+/// A week's shoot, 600 clips a day at the same hours, each with a recording of its own, a folder for each
+/// day's picture and sound. Made as above.
+MediaCorpus weekOfCards(const std::string& folder);
+
 /// Probed assets as a shoot of many days gives them, without files: each video overlaps one recording of its
 /// day. Each day begins so many seconds later than the one before; with 0 a clip also meets recordings of the
 /// neighbouring days.

@@ -106,6 +106,7 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printPeers(program, corpus);
     printRatio("scan 500 clips on two cards, 60 takes of mono files", ms("scanTwoCards"), ms("cardsFloor"),
                "bare reads", 3);
+    printRatio("diagnose 7,500 files of seven days", ms("diagnose"), ms("weekFloor"), "bare reads", 3);
     printRatio("rescan 2,000 files from the cache", ms("rescan"), ms("statFloor"), "bare stat", 3);
     printMatchingRow(results, "match 10,000 + 10,000, days at other hours", "match");
     printMatchingRow(results, "match 10,000 + 10,000, days at the same hours", "matchSameHours");
@@ -156,7 +157,8 @@ int main(int argc, char** argv) {
     std::cout << "Making files in " << folder << " ...\n" << std::flush;
     const MediaCorpus corpus = mediaCorpus(folder + "/media");
     const MediaCorpus cards = twoCards(folder + "/cards");
-    registerCoreBenchmarks(corpus, cards, folder + "/probe-cache.bin");
+    const MediaCorpus week = weekOfCards(folder + "/week");
+    registerCoreBenchmarks(corpus, cards, week, folder + "/probe-cache.bin");
     registerReportBenchmarks(folder);
     registerSoundBenchmarks();
     registerWaveformBenchmarks();

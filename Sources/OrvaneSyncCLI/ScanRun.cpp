@@ -92,7 +92,8 @@ const std::vector<Option>& scanOptions() {
          "pass over files and folders of this name, or with a slash of this path below a FOLDER; may come "
          "again"},
         {"--sound-offset", "[-]HH:MM:SS:FF", "how much later all recordings lie than they say"},
-        {"--sound-date", "YYYY-MM-DD", "the shoot day of all recordings, whatever they say"},
+        {"--sound-date", "YYYY-MM-DD",
+         "the day on which the earliest recording of each shoot began; the others keep their distance"},
         {"--tc-rate", "R",
          "frames per second of all timecode, such as 23.976 or 29.97DF, whatever the files say"},
         {"--days", "DAYS", "which days may meet: auto, same, midnight or neighbours"},

@@ -1,6 +1,7 @@
 #include "ControllerTest.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "Support/Assets.h"
+#include "Support/TemporaryDirectory.h"
 
 namespace orvane {
 namespace {
@@ -33,6 +34,7 @@ TEST_F(WorkDoubtsTest, FollowTheWorkAndItsSettings) {
 }
 
 TEST_F(WorkDoubtsTest, MenuShowsSoundOfAnotherDayLast) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
     open(test::video("A_240517.mov"), test::audio("Z_240517.wav"));
     SyncGroup menu(test::video("B.mov"), {AudioMatch(test::audio("A_240518.wav"), 0, 1)},
                    MatchStatus::manual());
@@ -40,10 +42,21 @@ TEST_F(WorkDoubtsTest, MenuShowsSoundOfAnotherDayLast) {
     menu.audioMatches.emplace_back(test::audio("C_240517.wav"), 0, 1);
     const SyncGroup clip = controller_->work().syncGroups().front();
     controller_->openStoredWork({{}, {}, SyncGroupList({clip, menu})});
-    std::string names;
-    for (const MediaAsset& audio : controller_->recordings().rawFilesAvailableToAttach(clip.id))
-        names += audio.filename + " ";
-    EXPECT_EQ(names, "B.wav C_240517.wav A_240518.wav ");
+    const auto names = [&](const UUID& id) {
+        std::string text;
+        for (const MediaAsset& audio : controller_->recordings().rawFilesAvailableToAttach(id))
+            text += audio.filename + " ";
+        return text;
+    };
+    EXPECT_EQ(names(clip.id), "B.wav C_240517.wav A_240518.wav ");
+
+    // Two clips show together that their headers count eight hours ahead.
+    SyncGroup evening(test::video("E.mov", "16:30:00:00"), {}, MatchStatus::unmatched());
+    evening.video.headerDate = dateFromISO8601("2024-05-18T00:30:00Z");
+    menu.video.startTimecodeString = "15:10:00:00";
+    menu.video.headerDate = dateFromISO8601("2024-05-17T23:10:00Z");
+    controller_->openStoredWork({{}, {}, SyncGroupList({evening, menu})});
+    EXPECT_EQ(names(evening.id), "B.wav C_240517.wav A_240518.wav ");
 }
 
 TEST_F(WorkDoubtsTest, CorrectionsHoldForEveryMatching) {

@@ -2,10 +2,13 @@
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -80,13 +83,17 @@ void ClipEditing::toggleLocked(UUID groupID) {
 void ClipEditing::lockAllInCluster(UUID groupID, GroupNaming::Source source,
                                    const std::optional<std::string>& customPattern) {
     work_.notices.assertOnMainThread();
-    const SyncGroup* group = work_.syncGroups().find(groupID);
-    if (group == nullptr) return;
-    const auto nameOf = [&](const SyncGroup& one) {
-        return GroupNaming::baseName(one, source, customPattern, GroupNaming::defaultSeparator);
-    };
-    const std::string name = nameOf(*group);
-    work_.editWhere([&](const SyncGroup& one) { return !one.isLocked && nameOf(one) == name; }, lock);
+    const SyncGroupList clips = work_.syncGroups();
+    const SyncClustering::Index takes(clips, source, customPattern);
+    std::unordered_set<UUID> cluster;
+    std::optional<std::size_t> own;
+    for (std::size_t i = 0; i < clips.size() && !own; ++i)
+        if (clips[i].id == groupID) own = i;
+    if (!own) return;
+    for (std::size_t i = 0; i < clips.size(); ++i)
+        if (takes.key(i) == takes.key(*own) && takes.shoot(i) == takes.shoot(*own))
+            cluster.insert(clips[i].id);
+    work_.editWhere([&](const SyncGroup& one) { return !one.isLocked && cluster.contains(one.id); }, lock);
 }
 
 void ClipEditing::toggleApproved(UUID groupID) {

@@ -27,7 +27,7 @@ class ClipEditing {
     void resetAudioOffset(UUID groupID);
     /// Locking records offset and anchors as they are; unlocking forgets the record.
     void toggleLocked(UUID groupID);
-    /// Every clip with the base name of this one.
+    /// Every clip of this one's base name and shoot.
     void lockAllInCluster(UUID groupID, GroupNaming::Source source,
                           const std::optional<std::string>& customPattern);
     void toggleApproved(UUID groupID);

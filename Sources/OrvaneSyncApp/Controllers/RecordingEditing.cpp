@@ -33,9 +33,10 @@ bool uses(const SyncGroup& group, const UUID& audioID) {
 
 /// Files that meet across midnight are of one day.
 bool areOfOtherDays(const FilePlace& clip, const std::optional<FilePlace>& sound) {
-    if (!clip.day || !sound || !sound->day || *clip.day == *sound->day) return false;
+    const auto filmed = clip.knownDay();
+    if (!filmed || !sound || !sound->day || *filmed == *sound->day) return false;
     constexpr double secondsADay = 86400;
-    const double between = static_cast<double>(*sound->day - *clip.day) * secondsADay;
+    const double between = static_cast<double>(*sound->day - *filmed) * secondsADay;
     return !SyncEngine::overlapDuration(
         clip.range, {sound->range.startSeconds + between, sound->range.endSeconds + between});
 }
@@ -184,7 +185,7 @@ void RecordingEditing::resyncClip(UUID groupID) {
     rules.days = *work_.nextCorrections().days;
     const bool asksAllClips = rules.days == MatchingDays::automatic;
     if (asksAllClips) rules.days = MatchingDays::midnight;
-    SyncGroupList matched = syncEngine_.match({group->video}, pool, rules);
+    SyncGroupList matched = syncEngine_.match({group->video}, pool, rules, {}, &work_.syncGroups());
     if (asksAllClips && matched.front().isMOS()) {
         // Whether a card's clock is wrong shows in what the other clips meet.
         rules.days = MatchingDays::automatic;
@@ -289,7 +290,10 @@ std::vector<MediaAsset> RecordingEditing::rawFilesAvailableToAttach(UUID excludi
     if (const SyncGroup* group = work_.syncGroups().find(excludingGroupID))
         for (const AudioMatch& match : group->audioMatches) left.insert(match.audio->id);
 
+    const std::vector<const MediaAsset*> pool = audioPool();
     Places places(work_.matchRules());
+    for (const SyncGroup& group : work_.syncGroups()) places.learn(group.video);
+    for (const MediaAsset* audio : pool) places.learn(*audio);
     const SyncGroup* own = work_.syncGroups().find(excludingGroupID);
     const auto clip = own != nullptr ? places.of(own->video) : std::nullopt;
     struct File {
@@ -298,7 +302,7 @@ std::vector<MediaAsset> RecordingEditing::rawFilesAvailableToAttach(UUID excludi
         const MediaAsset* audio;
     };
     std::vector<File> files;
-    for (const MediaAsset* audio : audioPool())
+    for (const MediaAsset* audio : pool)
         if (!left.contains(audio->id))
             files.push_back({clip && areOfOtherDays(*clip, places.of(*audio)),
                              platform::text::localizedStandardSortKey(audio->filename), audio});

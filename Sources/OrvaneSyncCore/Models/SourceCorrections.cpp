@@ -8,7 +8,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <utility>
 
@@ -69,19 +68,6 @@ std::chrono::sys_days dayOf(const std::string& text) {
     throw CorrectionError("the sound date '" + text + "' is no day YYYY-MM-DD of the calendar");
 }
 
-/// Whether the number in a text is that of the rate; one without a number is a name.
-bool isNear(const std::string& text, TimecodeFrameRate rate) {
-    const char* begin = text.c_str();
-    char* end = nullptr;
-    double number = std::strtod(begin, &end);
-    if (end == begin) return true;
-    if (*end == '/')
-        if (const double divisor = std::strtod(end + 1, nullptr); divisor > 0) number /= divisor;
-    constexpr double sameRate = 0.001; // of the rate; 23.98 and 29.97 are no further from theirs
-    const double real = timecodeRate::frameRateForRealTimeCalculation(rate);
-    return std::abs(number - real) <= sameRate * real;
-}
-
 } // namespace
 
 SourceCorrections SourceCorrections::fromTexts(std::optional<std::string> soundOffset,
@@ -92,7 +78,7 @@ SourceCorrections SourceCorrections::fromTexts(std::optional<std::string> soundO
         result.timecodeRate = timecodeRate::fromName(*timecodeRate);
         if (!result.timecodeRate)
             result.timecodeRate = TimecodeUtils::timecodeFrameRateFromIXML(timecodeRate);
-        if (!result.timecodeRate || !isNear(*timecodeRate, *result.timecodeRate))
+        if (!result.timecodeRate)
             throw CorrectionError("the timecode rate '" + *timecodeRate +
                                   "' is none; give frames per second such as 23.976, 25 or 29.97DF");
     }

@@ -24,7 +24,8 @@ struct SourceCorrections {
     /// "[-]HH:MM:SS:FF", added to the start of every recording. Counted at `timecodeRate`, else at the rate
     /// of most clips.
     std::optional<std::string> soundOffset = {};
-    /// "YYYY-MM-DD", the shoot day of every recording, whatever its name and its header say.
+    /// "YYYY-MM-DD", on which the earliest recording of each shoot began, whatever its name and its header
+    /// say. The others keep their distance in days.
     std::optional<std::string> soundDate = {};
     /// At which the labels of clips and recordings count, whatever the files say. A file whose label does
     /// not exist at this rate keeps its own. Starts in samples are no labels.

@@ -24,6 +24,8 @@ struct SyncDoubt {
         mutedSpeech,    ///< speech on a channel that is off, far above what is on
         cutByTrim,      ///< the trim mode cuts the clip's length
         splitGap,       ///< a gap between the parts of a split take
+        notTimeOfDay,   ///< the timecode counts something else than the time of day
+        noTimecode,     ///< nothing says when the clip was filmed
     };
 
     Kind kind = Kind::ambiguous;
@@ -34,9 +36,9 @@ struct SyncDoubt {
 };
 template <>
 struct RawValues<SyncDoubt::Kind> {
-    static constexpr std::array<std::string_view, 10> texts{
-        "otherDay", "ambiguous",  "otherDateFits", "constantOffset", "timecodeRate",
-        "dropMix",  "shortSound", "mutedSpeech",   "cutByTrim",      "splitGap"};
+    static constexpr std::array<std::string_view, 12> texts{
+        "otherDay",   "ambiguous",   "otherDateFits", "constantOffset", "timecodeRate", "dropMix",
+        "shortSound", "mutedSpeech", "cutByTrim",     "splitGap",       "notTimeOfDay", "noTimecode"};
 };
 
 /// A doubt about a whole card, with the clips that it concerns.

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 
 #include "Platform/Text.h"
+#include "Timecode/ExactRate.h"
 
 #include <cmath>
 #include <vector>
@@ -76,17 +77,24 @@ std::optional<TimecodeFrameRate> timecodeFrameRateFromIXML(const std::optional<s
     const std::string_view rest = trimmed(body);
 
     TimecodeFrameRate nearest{};
+    double number = 0;
     if (rest.find('/') != std::string_view::npos) {
         const auto fraction = fractionFrom(rest);
         if (!fraction) return std::nullopt;
-        nearest = frameRate(fraction->doubleValue());
+        number = fraction->doubleValue();
+        nearest = frameRate(number);
         if (const auto exact = timecodeRate::from(*fraction, drop.value_or(timecodeRate::isDrop(nearest))))
             return exact;
     } else {
         const auto value = positiveNumber(rest);
         if (!value) return std::nullopt;
-        nearest = frameRate(*value);
+        number = *value;
+        nearest = frameRate(number);
     }
+    // 23.98 and 59.95 are near enough; what stands for another rate is that, and 24.4 is none.
+    constexpr double sameRate = 0.0011;
+    const double real = timecodeRate::frameRateForRealTimeCalculation(nearest);
+    if (std::abs(number - real) > sameRate * real) return timecodeRate::nearest(number, drop.value_or(false));
     if (!drop || *drop == timecodeRate::isDrop(nearest)) return nearest;
     return timecodeRate::from(timecodeRate::rate(nearest), *drop).value_or(nearest);
 }

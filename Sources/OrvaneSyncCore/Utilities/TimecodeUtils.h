@@ -17,7 +17,7 @@ namespace TimecodeUtils {
 /// near 30 and 60 are the drop-frame ones.
 TimecodeFrameRate frameRate(double fps);
 /// A recorder's rate text, such as "25", "29.97DF", "23.976 fps" or "30000/1001 NDF". Nothing when it says
-/// nothing.
+/// nothing, or a number that is no rate of timecode.
 std::optional<TimecodeFrameRate> timecodeFrameRateFromIXML(const std::optional<std::string>& text);
 
 double bextToSeconds(std::uint64_t samples, double sampleRate);

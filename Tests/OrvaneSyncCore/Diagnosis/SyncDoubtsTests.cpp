@@ -328,6 +328,116 @@ TEST(SyncDoubts, FindsARateAndADate) {
     EXPECT_EQ(clean.count(Kind::otherDateFits), 0);
 }
 
+TEST(SyncDoubts, TimecodeIsHeldAgainstTheDatesOfTheFiles) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    struct Clip {
+        const char* folder;
+        double timecode, header; ///< seconds since midnight; without timecode below 0
+    };
+    struct Case {
+        const char* name;
+        std::vector<Clip> clips;
+        Kind kind;
+        int doubted;
+    };
+    using Clips = std::vector<Clip>;
+    const Clips usual{{"A", 36000, 36001}, {"A", 36300, 36301}, {"A", 36700, 36702}, {"A", 37200, 37200}};
+    const auto with = [&](const Clips& more) {
+        Clips all = usual;
+        all.insert(all.end(), more.begin(), more.end());
+        return all;
+    };
+    using enum Kind;
+    const std::vector<Case> cases{
+        {"time of day", usual, notTimeOfDay, 0},
+        {"counted while the camera runs",
+         {{"A", 36000, 36001}, {"A", 36008, 36301}, {"A", 36016, 36700}, {"A", 36024, 37100}},
+         notTimeOfDay,
+         4},
+        {"two of such a card, and its headers in UTC",
+         {{"A", 36000, 28801}, {"A", 36008, 29401}},
+         notTimeOfDay,
+         2},
+        {"written anew, one after the other",
+         {{"A", 36000, 72000}, {"A", 36300, 72009}, {"A", 36700, 72018}, {"A", 37200, 72027}},
+         notTimeOfDay,
+         0},
+        {"written anew, in another order",
+         {{"A", 36300, 72000}, {"A", 36000, 72900}, {"A", 37200, 73800}, {"A", 36700, 74700}},
+         notTimeOfDay,
+         0},
+        {"one among others", with({{"B", 36900, 51500}}), notTimeOfDay, 1},
+        {"another camera with its header in UTC", with({{"B", 36900, 29700}}), notTimeOfDay, 0},
+        {"a phone", with({{"P", -1, 36310}}), noTimecode, 1},
+    };
+    for (const Case& one : cases) {
+        Shot shot;
+        shot.audios.push_back(recordingAt("/S/T.wav", 35990, 3600));
+        for (const Clip& clip : one.clips) {
+            shot.videos.push_back(
+                clipAt(std::string("/") + clip.folder + "/" + std::to_string(shot.videos.size()) + ".mov",
+                       std::max(clip.timecode, 0.0), 8));
+            if (clip.timecode < 0) shot.videos.back().startTimecodeString.reset();
+            shot.videos.back().headerDate =
+                *dateFromISO8601("2024-05-17T00:00:00Z") + std::chrono::seconds(std::llround(clip.header));
+        }
+        shot.date(shot.audios, "2024-05-17");
+        shot.diagnose();
+        EXPECT_EQ(shot.count(one.kind), one.doubted) << one.name;
+        EXPECT_EQ(std::ssize(shot.doubts.byGroup), one.doubted) << one.name;
+        if (one.kind == noTimecode) {
+            EXPECT_NE(shot.doubts.summary(shot.groups).front().doubt.message.find("'T.wav' was recorded"),
+                      std::string::npos);
+        }
+    }
+}
+
+TEST(SyncDoubts, ADateThatFitsTheClipMayBeWrong) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    Shot shot; // the second day's recorder still has the first day's date, and two clips lost their sound
+    for (const int day : {0, 1})
+        for (int i = 0; i < 6; ++i) {
+            const double at = 36000 + 300 * i + 4 * day;
+            const std::string name = std::to_string(day + 1) + std::to_string(i);
+            shot.videos.push_back(clipAt("/CAM/D" + std::to_string(day) + "/A" + name + ".mov", at, 8));
+            shot.videos.back().headerDate = *dateFromISO8601("2024-05-17T00:00:00Z") +
+                                            std::chrono::seconds(86400 * day + std::lround(at));
+            if (day == 0 && i > 3) continue;
+            shot.audios.push_back(
+                recordingAt("/S/D" + std::to_string(day) + "/T" + name + ".wav", at - 3, 14));
+        }
+    shot.date(shot.audios, "2024-05-17");
+    shot.diagnose();
+    for (const SyncGroup& group : shot.groups) {
+        const bool isRight = group.primaryAudio()->filename.substr(1, 2) == group.video.filename.substr(1, 2);
+        const auto own = shot.doubts.byGroup.find(group.id);
+        const bool isDoubted = own != shot.doubts.byGroup.end() &&
+                               std::ranges::count(own->second, Kind::otherDay, &SyncDoubt::kind) > 0;
+        EXPECT_TRUE(isRight || isDoubted) << group.video.filename << " " << group.primaryAudio()->filename;
+        EXPECT_FALSE(group.video.filename[1] == '1' && isRight && isDoubted) << group.video.filename;
+        if (group.video.filename != "A15.mov") continue;
+        EXPECT_EQ(own->second.back().cure, "--sound-date 2024-05-18 in a scan of this day alone "
+                                           "(--video '/CAM/D1' --audio '/S/D1')");
+    }
+
+    for (MediaAsset& video : shot.videos) std::swap(video.contentCreatedDate, video.headerDate);
+    shot.diagnose();
+    EXPECT_EQ(shot.count(Kind::otherDay), 2) << "cameras with dates: sound of the day before is left out";
+    ASSERT_TRUE(shot.card(Kind::otherDateFits));
+    EXPECT_EQ(shot.card(Kind::otherDateFits)->groupIDs.size(), 6U);
+
+    Shot night; // dated by the evening before, beside the night before that
+    night.videos.push_back(clipAt("/CAM/A.mov", 1803, 8));
+    night.audios = {recordingAt("/S/T007.wav", 1800, 14), recordingAt("/S/T099.wav", 1801, 14)};
+    for (const bool sameFolder : {true, false}) {
+        night.date(night.videos, "2024-05-17");
+        night.date(night.audios, "2024-05-17");
+        night.diagnose();
+        EXPECT_EQ(night.count(Kind::otherDay), sameFolder ? 1 : 0) << "a second recorder has its own folder";
+        night.audios.back().url.path = "/R/T099.wav";
+    }
+}
+
 TEST(SyncDoubts, LooksAtEachClip) {
     const auto with = [](MediaAsset asset, const auto& change) {
         change(asset);
@@ -381,6 +491,10 @@ TEST(SyncDoubts, LooksAtEachClip) {
          {with(sound(35990, 90), rate(TimecodeFrameRate::fps29_97, "30000/1001 NDF"))},
          {},
          {.timecodeRate = TimecodeFrameRate::fps29_97d}},
+        {"non-drop that was meant to be drop frame",
+         clipAt("/C/A.mov", 36036, 20, TimecodeFrameRate::fps29_97),
+         {with(sound(35990, 40), rate(TimecodeFrameRate::fps29_97d))},
+         {dropMix}},
         {"24 and 23.976",
          clipAt("/C/A.mov", 3600, 60, TimecodeFrameRate::fps24),
          {with(sound(3590, 90), rate(TimecodeFrameRate::fps23_976, "24000/1001"))},

@@ -99,6 +99,7 @@ TEST(Days, MeetByTheirRule) {
                                          audio("T_240517.wav", "00:00:10:00"), audio("T.wav", "00:00:15:00")};
     EXPECT_EQ(offsets({}, {header}, nights), (Offsets{-6, 14})) << "other nights by the day of the header";
     EXPECT_EQ(offsets({}, {header}, {nights[2]}), Offsets{9}) << "nothing of its day";
+    EXPECT_EQ(offsets({.days = same}, {header}, nights), Offsets{14}) << "the header's day is the clip's";
     header.headerDate = dateFromISO8601("2024-05-18T08:00:01Z");
     EXPECT_EQ(offsets({}, {header}, nights).size(), 4U) << "the header counts another zone";
 }
@@ -132,6 +133,28 @@ TEST(Days, DatesOfACardMayCountAnotherZone) {
     EXPECT_EQ(offsets({}, {evening, clip("A1.mov", "10:00:00:00", "2024-05-17T10:00:00Z")}, sounds),
               Offsets{})
         << "one clip shows no zone";
+
+    // Headers in UTC by UTC-8: what was filmed after 16:00 has the next day's date, and so has the second
+    // day.
+    std::vector<MediaAsset> clips, takes;
+    const auto film = [&](const char* name, const char* start, const char* date, const char* sound) {
+        clips.push_back(test::video(name, start, 30));
+        clips.back().headerDate = dateFromISO8601(date);
+        takes.push_back(test::audio(sound, start));
+    };
+    film("A1.mov", "16:30:00:00", "2024-05-18T00:30:02Z", "T1_240517.wav");
+    film("A2.mov", "15:10:00:00", "2024-05-17T23:10:02Z", "T2_240517.wav");
+    film("A3.mov", "15:10:05:00", "2024-05-18T23:10:07Z", "T3_240518.wav");
+    film("A4.mov", "16:30:05:00", "2024-05-19T00:30:07Z", "T4_240518.wav");
+    SyncGroupList card;
+    for (const SyncGroup& group : SyncEngine().match(clips, takes, MatchRules())) {
+        EXPECT_EQ(group.audioMatches.size(), 1U) << "none of the other day";
+        EXPECT_EQ(group.primaryAudio()->filename[1], group.video.filename[1]);
+        card.append(group);
+    }
+    const auto anew = SyncEngine().match({clips[0]}, takes, MatchRules(), {}, &card);
+    EXPECT_EQ(anew.front().primaryAudio()->filename, "T1_240517.wav") << "the whole card shows the zone";
+    EXPECT_EQ(anew.front().audioMatches.size(), 1U);
 }
 
 TEST(Days, PartsOfARecordingPassMidnight) {

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/Naming/SidebarOutline.h"
 #include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
 #include "Support/Assets.h"
+#include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
@@ -91,6 +92,47 @@ TEST(SyncClustering, clustersAndSiblings) {
     EXPECT_EQ(files(index.siblings(take("new.mov", "10", "1"))), (Names{"B001C001.mov", "A001C001.mov"}))
         << "not of the list itself";
     EXPECT_TRUE(index.siblings(take("new.mov", "11", "1")).empty());
+}
+
+TEST(SyncClustering, TakesOfTwoShootsAreTwo) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    const auto shot = [](const char* camera, const char* start, const char* header) {
+        SyncGroup group = clip(video(camera, start), slated(audio("MIX.wav"), "12", "3"));
+        if (header[0] != 0) group.video.headerDate = dateFromISO8601(header);
+        return group;
+    };
+    struct Case {
+        const char* name;
+        SyncGroupList clips;
+        std::vector<std::size_t> siblings; ///< by clip
+    };
+    const std::vector<Case> cases{
+        {"the same hour of two days",
+         {shot("A001.mov", "10:00:00:00", "2024-05-17T10:00:00Z"),
+          shot("A002.mov", "10:00:05:00", "2024-05-18T10:00:05Z"),
+          shot("B001.mov", "10:00:01:00", "2024-05-17T10:00:01Z")},
+         {2, 1, 2}},
+        {"across midnight",
+         {shot("A001.mov", "23:59:50:00", "2024-05-17T23:59:50Z"),
+          shot("B001.mov", "00:00:05:00", "2024-05-18T00:00:05Z")},
+         {2, 2}},
+        {"dates in the names, and one camera without",
+         {shot("A001_240517.mov", "10:00:00:00", ""), shot("A002_240518.mov", "10:00:00:00", ""),
+          shot("B001.mov", "10:00:00:00", "")},
+         {2, 1, 2}},
+    };
+    for (const Case& one : cases) {
+        const SyncClustering::Index index(one.clips, Source::sceneTake, std::nullopt);
+        std::size_t cameras = 0;
+        for (std::size_t i = 0; i < one.clips.size(); ++i) {
+            EXPECT_EQ(index.siblingCount(i), one.siblings[i]) << one.name << i;
+            EXPECT_EQ(index.siblings(one.clips[i]).size(), one.siblings[i]) << one.name << i;
+        }
+        for (const SidebarNode& node : SidebarOutline::build(one.clips, Source::sceneTake, std::nullopt))
+            cameras += node.isMulticam ? node.children.size() : 0;
+        EXPECT_EQ(cameras, 2U) << one.name;
+        EXPECT_EQ(SyncClustering::clusters(one.clips, Source::sceneTake, std::nullopt).size(), 1U);
+    }
 }
 
 TEST(SidebarOutline, build) {

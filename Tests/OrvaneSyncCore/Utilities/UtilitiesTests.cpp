@@ -38,10 +38,11 @@ TEST(TimecodeUtils, ratesOfRecorders) {
         {fps59_94, {"59.94 FPS NDF"}},
         {fps60, {"60 NDF"}},
         {fps119_88, {"120000 / 1001"}},
+        {fps120, {"120"}},
         {fps120d, {"120/1 DF"}},
         {std::nullopt,
          {"30000/1001-NDF", "", " ", "DF", "fast", "0", "-25", "25/0", "25/1/1", "25/", "/", "x/1",
-          "99999999999999999999/1", "25 25", "30 NDF DF"}}};
+          "99999999999999999999/1", "25 25", "30 NDF DF", "24.4", "1000", "17/1"}}};
     for (const auto& [rate, texts] : cases)
         for (const char* text : texts)
             EXPECT_EQ(TimecodeUtils::timecodeFrameRateFromIXML(text), rate) << text;

@@ -194,8 +194,8 @@ std::vector<std::string> leftOutWarnings(const ImportController& controller) {
 
 std::vector<std::string> doubtWarnings(const ImportController& controller, Matching matching) {
     using enum SyncDoubt::Kind;
-    constexpr std::array aboutMatching{otherDay,       ambiguous,    otherDateFits,
-                                       constantOffset, timecodeRate, dropMix};
+    constexpr std::array aboutMatching{otherDay,     ambiguous, otherDateFits, constantOffset,
+                                       timecodeRate, dropMix,   notTimeOfDay,  noTimecode};
     std::vector<std::string> warnings;
     std::unordered_set<UUID> clips;
     for (const CardDoubt& doubt : controller.doubts().summary(controller.work().syncGroups())) {

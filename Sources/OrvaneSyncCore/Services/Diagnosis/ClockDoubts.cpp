@@ -242,15 +242,14 @@ class ClockDoubts {
         files.erase(copies.begin(), copies.end());
     }
 
-    /// What is to be added to the recording's place to come to the clip's; absent where their dates are a day
-    /// and more apart.
+    /// What is to be added to the recording's place to come to the clip's; absent where they are two days and
+    /// more apart.
     static std::optional<double> apart(const Shoot::Clip& clip, const FilePlace& sound) {
         double seconds = clip.place->range.startSeconds - sound.range.startSeconds;
         const auto day = clip.likelyDay();
         if (day && sound.day) {
             seconds += static_cast<double>(*day - *sound.day) * secondsADay;
-            // By a whole day it is the date that is wrong.
-            return std::abs(seconds) < secondsADay - 1 ? std::optional(seconds) : std::nullopt;
+            return std::abs(seconds) < 2 * secondsADay ? std::optional(seconds) : std::nullopt;
         }
         if (seconds > halfADay) seconds -= secondsADay;
         if (seconds < -halfADay) seconds += secondsADay;
@@ -324,6 +323,8 @@ class ClockDoubts {
         if (best.depth < fewest || best.depth < majority * static_cast<double>(expected)) return std::nullopt;
 
         const auto [offset, isNice] = nicest(windows, looked.size(), best);
+        // By a whole day it is the date that is wrong.
+        if (std::abs(offset) > 1 && std::abs(std::remainder(offset, secondsADay)) <= 1) return std::nullopt;
         const auto byChance = chanceOf(windows, best);
         const double niceShare = isNice ? std::min(1.0, best.widthSeconds / niceStepSeconds) : 1;
         if (byChance * niceShare > chance::smallest) return std::nullopt;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <limits>
 #include <map>
 #include <set>
@@ -76,9 +77,11 @@ class DayDoubts {
             clipDays_[folderOf(clip.group->video)].insert(clip.likelyDay());
             if (clip.primary) soundDays_[folderOf(*primaryOf(clip).asset)].insert(clip.likelyDay());
         }
-        findFree();
         daysMayBeMixed_ = daysShareHours() || clipsShareHours() || undatedFilesCollide();
         isDateGivenToSeveralShoots_ = givesDateToSeveralShoots();
+        if (daysMayBeMixed_) findSuspected();
+        findFree();
+        for (const Card& card : cardsOf(shoot_.clips)) wrongDateOf(card);
         platform::StopCheck check(shoot_.stop);
         for (const Shoot::Clip& clip : shoot_.clips) {
             check();
@@ -88,22 +91,27 @@ class DayDoubts {
             else if (clip.group->isMOS())
                 missesOtherDate(clip);
         }
-        for (const Card& card : cardsOf(shoot_.clips)) wrongDateOf(card);
     }
 
   private:
     using DaysByFolder = std::map<std::string_view, std::set<std::optional<long>>>;
 
     /// A date is given to all recordings of a scan. Folders are named where they hold no other day; that of
-    /// the sound only where the sound says what day it is of.
+    /// the sound only where the sound says what day it is of, or fits that day rather than its own.
     std::string dayAlone(std::optional<long> day, std::string_view clips, std::string_view sound = {}) const {
         const auto option = [&](const DaysByFolder& days, std::string_view folder, bool mayBeUnused) {
             const auto found = days.find(folder);
             const bool isOfDay = found == days.end() ? mayBeUnused : found->second == std::set{day};
             return day && !folder.empty() && isOfDay ? quoted(folder) : std::string("FOLDER");
         };
-        return " in a scan of this day alone (--video " + option(clipDays_, clips, false) + " --audio " +
-               option(soundDays_, sound, true) + ")";
+        const bool isSuspected = std::ranges::any_of(suspected_, [&](const auto& entry) {
+            return entry.first.first == sound && entry.second.day == day;
+        });
+        std::string folders = "--video " + option(clipDays_, clips, false) + " --audio " +
+                              (isSuspected ? quoted(sound) : option(soundDays_, sound, true));
+        if (folders.find(" FOLDER") != std::string::npos)
+            folders += ", FOLDER being where that day's files lie";
+        return " in a scan of this day alone (" + folders + ")";
     }
 
     const Recording& primaryOf(const Shoot::Clip& clip) const { return shoot_.recordings[*clip.primary]; }
@@ -128,9 +136,11 @@ class DayDoubts {
         if (clip.place->day && recorded) {
             const double apart = static_cast<double>(*recorded - *clip.place->day) * secondsADay +
                                  sound.place.range.startSeconds - clip.place->range.startSeconds;
-            if (std::abs(apart - clip.group->audioMatches.front().syncOffsetSeconds) < 1) return;
+            if (std::abs(apart - clip.group->audioMatches.front().syncOffsetSeconds) < 1)
+                return sameDay(clip);
         } else if (recorded && filmed) {
-            if (*recorded == *filmed || !daysMayBeMixed_) return;
+            if (*recorded == *filmed) return sameDay(clip);
+            if (!daysMayBeMixed_) return;
         } else {
             if (!daysMayBeMixed_) return;
             const std::string undated = shoot_.nameOf(recorded ? clip.group->video : *sound.asset);
@@ -144,12 +154,37 @@ class DayDoubts {
               names + " is of " + dayText(*recorded) + ", and the clip is of " + dayText(*filmed) +
                   "; they fit by the time of day alone",
               "--sound-date " + dayText(*filmed) + dayAlone(filmed, clips, folderOf(*sound.asset)) +
-                  " if the recorder's date is wrong, --days same to leave such sound out");
+                  " if the recorder's date is wrong, " +
+                  (clip.place->knownDay() ? "--days same to leave such sound out"
+                                          : "an x under 'skip' in the table of 'scan --review' to leave the "
+                                            "clip out"));
+    }
+
+    /// Sound whose date is that of the clip, which may be a wrong one all the same.
+    void sameDay(const Shoot::Clip& clip) {
+        const Recording& sound = primaryOf(clip);
+        const std::string names = shoot_.nameOf(*sound.asset) + " under " + shoot_.nameOf(clip.group->video);
+        if (const AudioMatch* other = collision(clip, true))
+            return doubt(
+                clip, Kind::otherDay,
+                names + " was recorded while " + shoot_.nameOf(*other->audio) +
+                    " was, which one recorder can't do: the date of one of them is wrong",
+                "choose in the table of 'scan --review', or scan the two in folders of their own with "
+                "--sound-date YYYY-MM-DD");
+        const auto suspected = suspected_.find({folderOf(*sound.asset), *sound.place.day});
+        if (suspected == suspected_.end()) return;
+        const Suspicion& why = suspected->second;
+        doubt(clip, Kind::otherDay,
+              names + " is of the same date, but the recordings in '" + std::string(folderOf(*sound.asset)) +
+                  "' fit " + counted(why.clips, "clip", "clips") + " of " + dayText(why.day) +
+                  " that have no other sound, and " + std::to_string(why.own) +
+                  " of their own date: it may be wrong",
+              "--sound-date " + dayText(why.day) + dayAlone(why.day, why.folder, folderOf(*sound.asset)));
     }
 
     void missesOtherDate(const Shoot::Clip& clip) {
         if (!clip.place->day || clip.group->matchStatus.kind != MatchStatus::Kind::unmatched ||
-            hasClockDoubt(clip))
+            hasClockDoubt(clip) || hasDoubt(clip, {Kind::otherDateFits}))
             return;
         std::optional<std::size_t> best;
         long distance = std::numeric_limits<long>::max();
@@ -185,6 +220,8 @@ class DayDoubts {
         for (const std::size_t file : card.files) {
             const Shoot::Clip& clip = shoot_.clips[file];
             if (clip.isDecided || clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
+            // What writes files anew dates their headers by its own clock.
+            if (!clip.place->knownDay()) continue;
             // Where a date was given, it has served what has its sound.
             if (shoot_.input.rules.soundDay && clip.isCovered) continue;
             clips.push_back(&clip);
@@ -219,6 +256,8 @@ class DayDoubts {
         std::set<std::string_view> folders;
         for (const Recording& recording : shoot_.recordings)
             if (recording.place.day == other.day) folders.insert(folderOf(*recording.asset));
+        for (const auto& [sound, why] : suspected_)
+            if (sound.second == other.day && why.day == own.day) folders = {sound.first};
         const double share = soundOf(other.day).shareOf(first, last);
         if (chance::atLeast(other.clips, count, share) > chance::smallest) return;
         addCardDoubt(
@@ -257,11 +296,14 @@ class DayDoubts {
             }
         constexpr double mostly = 2.0 / 3;
         for (const auto& [day, count] : counts)
-            if (count.met >= mostly * count.all) free_[day];
+            if (count.met >= mostly * count.all && !isSuspected(day)) free_[day];
         for (std::size_t i = 0; i < isMet.size(); ++i)
             if (const auto day = shoot_.recordings[i].place.day; day && !isMet[i] && free_.contains(*day))
                 free_[*day].add(shoot_.recordings[i].place.range, i);
         for (auto& [day, cover] : free_) cover.finish();
+    }
+    bool isSuspected(long day) const {
+        return std::ranges::any_of(suspected_, [&](const auto& entry) { return entry.first.second == day; });
     }
     /// What clips of another day may have for their sound.
     const Cover& soundOf(long day) const {
@@ -269,11 +311,67 @@ class DayDoubts {
         return found != free_.end() ? found->second : byDay_.at(day);
     }
 
-    bool hasClockDoubt(const Shoot::Clip& clip) const {
+    /// What speaks against the date of the recordings of one folder and day.
+    struct Suspicion {
+        long day;                ///< that of the clips without sound of their day, which they fit
+        int clips, own;          ///< how many they fit there, and how many of their own day have them
+        std::string_view folder; ///< of those clips, where it is one
+    };
+    /// The recordings that fit clips of another day, which have no sound of that day, rather than their own.
+    void findSuspected() {
+        std::map<long, std::vector<const Shoot::Clip*>> lacking; // by day
+        std::map<std::pair<std::string_view, long>, int> users;  // by folder and date of the recordings
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            const auto day = clip.place ? clip.likelyDay() : std::nullopt;
+            if (!day || clip.isDecided) continue;
+            if (clip.primary && primaryOf(clip).place.day == day)
+                ++users[{folderOf(*primaryOf(clip).asset), *day}];
+            else
+                lacking[*day].push_back(&clip);
+        }
+        constexpr int fewest = 3;
+        constexpr double clearly = 1.5;
+        for (const Card& card : cardsOf(shoot_.recordings)) {
+            platform::throwIfStopped(shoot_.stop);
+            if (!card.day || std::cmp_less(card.files.size(), fewest)) continue;
+            const std::pair key{folderOf(*shoot_.recordings[card.files.front()].asset), *card.day};
+            const auto found = users.find(key);
+            if (found == users.end()) continue; // nobody believes the date
+            Cover sound;
+            for (const std::size_t file : card.files) sound.add(shoot_.recordings[file].place.range, file);
+            sound.finish();
+            int most = std::max(fewest - 1, static_cast<int>(clearly * found->second));
+            for (const auto& [day, clips] : lacking) {
+                const auto fitting = static_cast<int>(std::ranges::count_if(
+                    clips, [&](const auto* clip) { return sound.of(clip->place->range).has_value(); }));
+                if (day == *card.day || fitting <= most || isChance(fitting, clips, sound)) continue;
+                std::string_view folder = folderOf(clips.front()->group->video);
+                for (const auto* clip : clips)
+                    if (folderOf(clip->group->video) != folder) folder = {};
+                most = fitting;
+                suspected_.insert_or_assign(key, Suspicion{day, fitting, found->second, folder});
+            }
+        }
+    }
+    /// Whether so many clips would lie under such sound by chance.
+    static bool isChance(int fitting, const std::vector<const Shoot::Clip*>& clips, const Cover& sound) {
+        double first = std::numeric_limits<double>::infinity(), last = -first;
+        for (const auto* clip : clips) {
+            first = std::min(first, clip->place->range.startSeconds);
+            last = std::max(last, clip->place->range.endSeconds);
+        }
+        return chance::atLeast(fitting, static_cast<int>(clips.size()), sound.shareOf(first, last)) >
+               chance::smallest;
+    }
+
+    bool hasDoubt(const Shoot::Clip& clip, std::initializer_list<Kind> kinds) const {
         const auto own = doubts_.byGroup.find(clip.group->id);
-        return own != doubts_.byGroup.end() && std::ranges::any_of(own->second, [](const SyncDoubt& doubt) {
-                   return doubt.kind == Kind::constantOffset || doubt.kind == Kind::timecodeRate;
+        return own != doubts_.byGroup.end() && std::ranges::any_of(own->second, [&](const SyncDoubt& doubt) {
+                   return std::ranges::find(kinds, doubt.kind) != kinds.end();
                });
+    }
+    bool hasClockDoubt(const Shoot::Clip& clip) const {
+        return hasDoubt(clip, {Kind::constantOffset, Kind::timecodeRate});
     }
 
     using Hours = std::map<long, TCRange>; ///< by day, from its first file to its last
@@ -333,29 +431,40 @@ class DayDoubts {
         return shoots.size() > 1 || clipsShareHours();
     }
 
-    /// One recorder cannot have made two recordings at one time: such files are of several days. Recorders
-    /// that roll together start and stop together.
+    /// One recorder cannot have made two recordings at one time: such files are of several days.
     bool undatedFilesCollide() const {
-        for (const Shoot::Clip& clip : shoot_.clips) {
-            if (!clip.primary || clip.isDecided) continue;
-            const SyncGroup& group = *clip.group;
-            const MediaAsset& first = *group.audioMatches.front().audio;
-            const TCRange firstRange = rangeOf(group.audioMatches.front());
-            for (const AudioMatch& match : group.audioMatches) {
-                if (&match == &group.audioMatches.front()) continue;
-                const TCRange range = rangeOf(match);
-                const double longer = std::max(firstRange.durationSeconds(), range.durationSeconds());
-                const auto common = SyncEngine::overlapDuration(firstRange, range);
-                if (!common || *common <= SplitRecordingDetector::contiguityToleranceSeconds ||
-                    *common >= togetherShare * longer)
-                    continue;
-                const MediaAsset& other = *match.audio;
-                if (!mayBeOneRecorder(first, other) || (first.shootDay() && other.shootDay())) continue;
-                const TakeMembership::Candidate a{&first, firstRange}, b{&other, range};
-                if (!TakeMembership::isCutShort(a, b) && !TakeMembership::isCutShort(b, a)) return true;
-            }
+        return std::ranges::any_of(shoot_.clips, [&](const Shoot::Clip& clip) {
+            return clip.primary && !clip.isDecided && collision(clip, false) != nullptr;
+        });
+    }
+    /// What the recorder of the clip's first recording can't have made beside it. Recorders that roll
+    /// together start and stop together; where both files have dates (`areDated`), they keep folders of their
+    /// own.
+    const AudioMatch* collision(const Shoot::Clip& clip, bool areDated) const {
+        const AudioMatch& own = clip.group->audioMatches.front();
+        const MediaAsset& first = *own.audio;
+        const TCRange firstRange = rangeOf(own);
+        for (const AudioMatch& match : clip.group->audioMatches) {
+            if (&match == &own) continue;
+            const MediaAsset& other = *match.audio;
+            const TCRange range = rangeOf(match);
+            const auto common = SyncEngine::overlapDuration(firstRange, range);
+            if (!common || *common <= SplitRecordingDetector::contiguityToleranceSeconds ||
+                !mayBeOneRecorder(first, other) || (first.shootDay() && other.shootDay()) != areDated)
+                continue;
+            const auto [shorter, longer] =
+                std::minmax({firstRange.durationSeconds(), range.durationSeconds()});
+            constexpr double sameStartSeconds = 0.5;
+            // What one recorder has in both of two takes is the sound from before the second one's start.
+            const bool rollTogether =
+                areDated ? std::abs(firstRange.startSeconds - range.startSeconds) <= sameStartSeconds ||
+                               folderOf(first) != folderOf(other) || *common < togetherShare * shorter
+                         : *common >= togetherShare * longer;
+            const TakeMembership::Candidate a{&first, firstRange}, b{&other, range};
+            if (!rollTogether && !TakeMembership::isCutShort(a, b) && !TakeMembership::isCutShort(b, a))
+                return &match;
         }
-        return false;
+        return nullptr;
     }
     static TCRange rangeOf(const AudioMatch& match) {
         return {match.syncOffsetSeconds, match.syncOffsetSeconds + match.audio->durationSeconds.value_or(0)};
@@ -370,6 +479,8 @@ class DayDoubts {
     std::map<long, Cover> byDay_;  ///< of the recordings, seconds since midnight
     std::map<long, Cover> unused_; ///< of those that no clip has
     std::map<long, Cover> free_;   ///< of days with clips of their own, of those that lie under none
+    /// By folder and date of the recordings.
+    std::map<std::pair<std::string_view, long>, Suspicion> suspected_;
     bool daysMayBeMixed_ = false;
     bool isDateGivenToSeveralShoots_ = false;
 };

@@ -94,5 +94,6 @@ std::string rateText(TimecodeFrameRate rate);
 void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addDayDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts);
+void addTimecodeDoubts(const Shoot& shoot, SyncDoubts& doubts);
 
 } // namespace orvane

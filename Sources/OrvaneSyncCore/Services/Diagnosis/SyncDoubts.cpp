@@ -14,6 +14,7 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     addClipDoubts(shoot, doubts);
     addClockDoubts(shoot, doubts);
     addDayDoubts(shoot, doubts);
+    addTimecodeDoubts(shoot, doubts);
     return doubts;
 }
 

@@ -24,7 +24,8 @@ struct Candidate {
     /// A header may count another zone or lie behind midnight: between files that have no days to compare,
     /// half a day tells two days from one.
     bool mayBeOfOneDay(const Candidate& other) const {
-        if (place->day && other.place->day) return *place->day == *other.place->day;
+        const auto own = place->knownDay(), others = other.place->knownDay();
+        if (own && others) return *own == *others;
         return !when || !other.when || std::chrono::abs(*when - *other.when) < std::chrono::hours(12);
     }
 };
@@ -43,6 +44,7 @@ std::optional<Date> whenShot(const MediaAsset& video, const FilePlace& place, ca
 std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const SyncGroup*>& groups,
                                                        const MatchRules& rules) {
     Places places(rules);
+    for (const SyncGroup* group : groups) places.learn(group->video);
     calendar::DayStarts starts;
     std::vector<Candidate> candidates(groups.size());
     RangeIndex index;

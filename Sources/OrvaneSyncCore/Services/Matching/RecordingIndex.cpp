@@ -165,6 +165,10 @@ std::vector<Meeting> DayLine::of(const FilePlace& clip) const {
 }
 
 void DayLine::leaveOtherDaysOut(const FilePlace& clip, std::vector<Meeting>& meetings) const {
+    if (const auto own = clip.knownDay(); own && sameDayOnly_)
+        std::erase_if(meetings, [&](const Meeting& meeting) {
+            return recordings_[meeting.recording].place.day.value_or(*own) != *own;
+        });
     const auto best = std::ranges::max_element(meetings, {}, &Meeting::overlapSeconds); // the first of equals
     if (!clip.isHeaderClose || best == meetings.end()) return;
     const auto isOfDay = [&](const Meeting& meeting) {

@@ -55,7 +55,8 @@ class NeighbouringDays {
 /// all by time of day, across midnight too. Reads the recordings that it was made of.
 class DayLine {
   public:
-    /// `sameDayOnly`: no dated clip meets a recording that began on another day.
+    /// `sameDayOnly`: no clip whose day is known, by its header at least, meets a recording that began on
+    /// another day.
     DayLine(const std::vector<Recording>& recordings, bool sameDayOnly);
 
     /// As `NeighbouringDays::of`, but a video without a day whose best recording lies on the day of its

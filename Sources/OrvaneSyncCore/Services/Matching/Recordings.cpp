@@ -31,11 +31,6 @@ std::optional<long> daysBefore(double secondOfDay, const SyncEngine::TCRange& ra
     return std::nullopt;
 }
 
-double secondOfDay(Date date) {
-    const auto local = calendar::fields(date);
-    return local.hour * 3600.0 + local.minute * 60.0 + local.second;
-}
-
 constexpr double zoneStepSeconds = 900;
 // A camera whose date counts in UTC takes date and timecode from one clock.
 constexpr double zoneSlackSeconds = 120;
@@ -53,14 +48,6 @@ std::optional<int> quartersAhead(double secondOfDay, double other) {
     constexpr int halfADay = 48;
     const int count = static_cast<int>(quarters);
     return count == -halfADay ? halfADay : count;
-}
-
-/// A date may be that of the start or that of the end.
-std::array<std::optional<int>, 2> zonesOf(double secondOfDay, const SyncEngine::TCRange& range) {
-    const auto atStart = quartersAhead(secondOfDay, range.startSeconds);
-    auto atEnd = quartersAhead(secondOfDay, range.endSeconds);
-    if (atEnd == atStart) atEnd.reset();
-    return {atStart, atEnd};
 }
 
 std::string_view folderOf(const MediaAsset& asset) {
@@ -97,42 +84,80 @@ long dayNumber(Date date) {
     return day.time_since_epoch().count();
 }
 
+double secondOfDay(Date date) {
+    const auto local = calendar::fields(date);
+    return local.hour * 3600.0 + local.minute * 60.0 + local.second;
+}
+
+std::array<std::optional<int>, 2> zonesOf(double secondOfDay, const SyncEngine::TCRange& range) {
+    const auto atStart = quartersAhead(secondOfDay, range.startSeconds);
+    auto atEnd = quartersAhead(secondOfDay, range.endSeconds);
+    if (atEnd == atStart) atEnd.reset();
+    return {atStart, atEnd};
+}
+
+void Places::CardDates::add(double secondOfDay, const SyncEngine::TCRange& range) {
+    ++files;
+    for (const auto& zone : zonesOf(secondOfDay, range))
+        if (zone) ++byZone[*zone];
+}
+
+std::optional<int> Places::CardDates::zone() const {
+    if (files < fewestOfAZone) return std::nullopt;
+    for (const auto& [zone, count] : byZone)
+        if (count >= agreeingShare * files) return zone;
+    return std::nullopt;
+}
+
+Places::Source Places::sourceOf(const MediaAsset& asset) {
+    return asset.kind == AssetKind::audio ? Source::audioDate : Source::videoDate;
+}
+
+std::optional<long> Places::daysBefore(Source source, const MediaAsset& asset, double secondOfDay,
+                                       const SyncEngine::TCRange& range) const {
+    if (const auto before = orvane::daysBefore(secondOfDay, range)) return before;
+    const auto zone = zoneOf(source, asset);
+    const auto zones = zonesOf(secondOfDay, range);
+    if (!zone || secondOfDay == 0 || std::ranges::find(zones, zone) == zones.end()) return std::nullopt;
+    return std::lround((range.startSeconds + *zone * zoneStepSeconds - secondOfDay) / secondsADay);
+}
+
 std::optional<long> Places::dayOf(const MediaAsset& asset, const SyncEngine::TCRange& range) {
     const auto shootDay = asset.shootDay(starts_);
     if (!shootDay) return std::nullopt;
     const long day = dayNumber(*shootDay);
-    if (!asset.contentCreatedDate || starts_.of(*asset.contentCreatedDate) != *shootDay) return day;
+    if (!asset.contentCreatedDate || starts_.of(*asset.contentCreatedDate) != *shootDay ||
+        MediaAsset::shootDateFromFilename(asset.filename))
+        return day;
     const double second = secondOfDay(*asset.contentCreatedDate);
-    auto before = daysBefore(second, range);
-    if (const auto zone = zoneOf(asset); zone && !before) {
-        const auto zones = zonesOf(second, range);
-        if (std::ranges::find(zones, zone) != zones.end())
-            before = std::lround((range.startSeconds + *zone * zoneStepSeconds - second) / secondsADay);
-    }
-    if (before.value_or(0) == 0 || MediaAsset::shootDateFromFilename(asset.filename)) return day;
-    return day - *before;
+    return day - daysBefore(sourceOf(asset), asset, second, range).value_or(0);
 }
 
 void Places::learn(const MediaAsset& asset) {
-    if (!asset.contentCreatedDate) return;
+    if (!asset.contentCreatedDate && !asset.headerDate) return;
     const auto range = AssetPlacement(asset, rules_.timecodeRate).range();
-    const double second = secondOfDay(*asset.contentCreatedDate);
-    if (!range || second == 0) return;
-    auto& cards = cards_[static_cast<std::size_t>(asset.kind)];
-    auto card = cards.find(folderOf(asset));
-    if (card == cards.end()) card = cards.emplace(folderOf(asset), CardDates()).first;
-    ++card->second.files;
-    for (const auto& zone : zonesOf(second, *range))
-        if (zone) ++card->second.byZone[*zone];
+    if (!range) return;
+    if (asset.contentCreatedDate)
+        learn(sourceOf(asset), asset, secondOfDay(*asset.contentCreatedDate), *range);
+    if (asset.headerDate) learn(Source::header, asset, secondOfDay(*asset.headerDate), *range);
 }
 
-std::optional<int> Places::zoneOf(const MediaAsset& asset) const {
-    const auto& cards = cards_[static_cast<std::size_t>(asset.kind)];
-    const auto card = cards.find(folderOf(asset));
-    if (card == cards.end() || card->second.files < fewestOfAZone) return std::nullopt;
-    for (const auto& [zone, files] : card->second.byZone)
-        if (files >= agreeingShare * card->second.files) return zone;
-    return std::nullopt;
+void Places::learn(Source source, const MediaAsset& asset, double secondOfDay,
+                   const SyncEngine::TCRange& range) {
+    if (secondOfDay == 0) return;
+    Dates& dates = dates_[static_cast<std::size_t>(source)];
+    auto card = dates.byFolder.find(folderOf(asset));
+    if (card == dates.byFolder.end()) card = dates.byFolder.emplace(folderOf(asset), CardDates()).first;
+    card->second.add(secondOfDay, range);
+    dates.all.add(secondOfDay, range);
+}
+
+std::optional<int> Places::zoneOf(Source source, const MediaAsset& asset) const {
+    const Dates& dates = dates_[static_cast<std::size_t>(source)];
+    const auto card = dates.byFolder.find(folderOf(asset));
+    if (card == dates.byFolder.end()) return std::nullopt;
+    // Of cameras that make a folder for each clip, all together are the card.
+    return card->second.files < fewestOfAZone ? dates.all.zone() : card->second.zone();
 }
 
 std::optional<FilePlace> Places::of(const MediaAsset& asset) {
@@ -142,8 +167,9 @@ std::optional<FilePlace> Places::of(const MediaAsset& asset) {
     place.statedDay = dayOf(asset, *range);
     place.day = asset.kind == AssetKind::audio && rules_.soundDay ? rules_.soundDay : place.statedDay;
     if (!place.day && asset.headerDate) {
-        place.headerDay = dayNumber(*asset.headerDate);
-        place.isHeaderClose = daysBefore(secondOfDay(*asset.headerDate), *range).has_value();
+        const auto before = daysBefore(Source::header, asset, secondOfDay(*asset.headerDate), *range);
+        place.headerDay = dayNumber(*asset.headerDate) - before.value_or(0);
+        place.isHeaderClose = before.has_value();
     }
     if (asset.kind == AssetKind::audio) {
         range->startSeconds += rules_.soundOffsetSeconds;

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 
 #include <array>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
@@ -20,9 +21,14 @@ struct FilePlace {
     /// Days since 1970, of the first sample or picture. That is the shoot day, unless the date in the file is
     /// that of the end of a clip which passed midnight.
     std::optional<long> day = {};
-    std::optional<long> headerDay = {}; ///< of the time in the container's header; of a clip without a day
-    bool isHeaderClose = false;         ///< the time of day of the header is that of the timecode
+    /// Of the time in the container's header; of a clip without a day. As `day` where `isHeaderClose`, else
+    /// in whatever zone the header counts.
+    std::optional<long> headerDay = {};
+    bool isHeaderClose = false; ///< the header's time of day is that of the timecode, in the zone of its card
     std::optional<long> statedDay = {}; ///< as `day`, by what the file says, whatever is corrected
+
+    /// The day of the file, else that of a header that agrees with the timecode.
+    std::optional<long> knownDay() const { return day || !isHeaderClose ? day : headerDay; }
 };
 
 /// Lays files by the rules; absent without a place in time. One thread at a time.
@@ -37,23 +43,42 @@ class Places {
     const MatchRules& rules() const { return rules_; }
 
   private:
+    /// Which of the dates of a file.
+    enum class Source : std::uint8_t { videoDate, audioDate, header };
     /// The files of one folder whose dates have a time of day.
     struct CardDates {
         int files = 0;
         std::map<int, int> byZone; ///< by quarters of an hour that the date is ahead of the timecode
+        void add(double secondOfDay, const SyncEngine::TCRange& range);
+        /// In quarters of an hour; absent where the files do not agree.
+        std::optional<int> zone() const;
+    };
+    struct Dates {
+        std::map<std::string, CardDates, std::less<>> byFolder;
+        CardDates all;
     };
 
+    static Source sourceOf(const MediaAsset& asset);
+    void learn(Source source, const MediaAsset& asset, double secondOfDay, const SyncEngine::TCRange& range);
     std::optional<long> dayOf(const MediaAsset& asset, const SyncEngine::TCRange& range);
-    /// In quarters of an hour; absent where the card's files do not agree.
-    std::optional<int> zoneOf(const MediaAsset& asset) const;
+    /// How many days before the day of that date the file began, by the date's time of day: in the timecode's
+    /// zone, else in that of the card. Absent where the two have nothing to do with each other.
+    std::optional<long> daysBefore(Source source, const MediaAsset& asset, double secondOfDay,
+                                   const SyncEngine::TCRange& range) const;
+    std::optional<int> zoneOf(Source source, const MediaAsset& asset) const;
 
     MatchRules rules_;
     calendar::DayStarts starts_;
-    std::array<std::map<std::string, CardDates, std::less<>>, 2> cards_; ///< by kind, then by folder
+    std::array<Dates, 3> dates_; ///< by source
 };
 
 /// The day of a date in the user's calendar, days since 1970.
 long dayNumber(Date date);
+/// Its time of day in that calendar; 0 for a date without one.
+double secondOfDay(Date date);
+/// By how many quarters of an hour a time of day is ahead of the start of a file, and of its end where that
+/// differs: a date may be that of either. Absent where they are not whole ones apart, within two minutes.
+std::array<std::optional<int>, 2> zonesOf(double secondOfDay, const SyncEngine::TCRange& range);
 
 /// An audio file with what matching needs of it computed once: of the asset itself, which lies elsewhere,
 /// only a pointer is looked at for the thousands of times that a file is met.

@@ -199,12 +199,16 @@ std::vector<std::size_t> orderByName(const std::vector<MediaAsset>& videos) {
 } // namespace
 
 SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos, const std::vector<MediaAsset>& audios,
-                                const MatchRules& rules, const std::stop_token& stop) const {
+                                const MatchRules& rules, const std::stop_token& stop,
+                                const SyncGroupList* shoot) const {
     Places places(rules);
     const auto recordings = recordingsAmong(audios, places, stop);
     std::vector<std::optional<FilePlace>> placed;
     placed.reserve(videos.size());
-    for (const MediaAsset& video : videos) places.learn(video);
+    if (shoot != nullptr)
+        for (const SyncGroup& group : *shoot) places.learn(group.video);
+    else
+        for (const MediaAsset& video : videos) places.learn(video);
     for (const MediaAsset& video : videos) placed.push_back(places.of(video));
     auto met = meetings(videos, placed, recordings, rules, stop);
     Identities ids;

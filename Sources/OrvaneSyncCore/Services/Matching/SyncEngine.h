@@ -28,10 +28,11 @@ class SyncEngine {
     /// without a day; a video without a day meets all of them. By the other rules a dated file lies at its
     /// time of day plus its day, as `MatchingDays` says; files without a day meet all by time of day, across
     /// midnight too. Best overlap first; of equal ones of a video without a day those nearest to the day of
-    /// its header first. Throws Stopped, as the next.
+    /// its header first. The zones of dates show in all clips of `shoot` where given, else in `videos`.
+    /// Throws Stopped, as the next.
     SyncGroupList match(const std::vector<MediaAsset>& videos, const std::vector<MediaAsset>& audios,
-                        const MatchRules& rules = MatchRules::neighbours(),
-                        const std::stop_token& stop = {}) const;
+                        const MatchRules& rules = MatchRules::neighbours(), const std::stop_token& stop = {},
+                        const SyncGroupList* shoot = nullptr) const;
 
     /// One group per video, in the order given, every video against every recording, whatever their days.
     SyncGroupList matchWithinDay(const std::vector<MediaAsset>& videos, const std::vector<MediaAsset>& audios,

@@ -1,8 +1,10 @@
 #include "OrvaneSyncCore/Services/Naming/SidebarOutline.h"
 
 #include "OrvaneSyncCore/Services/Naming/ClipNames.h"
+#include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
 
 #include <algorithm>
+#include <string>
 #include <unordered_map>
 #include <utility>
 
@@ -10,7 +12,7 @@ namespace orvane::SidebarOutline {
 
 namespace {
 
-/// The clips under one key.
+/// The clips under one key: the cameras of one take, of one shoot.
 struct Bundle {
     std::string key;
     std::string label; ///< base name
@@ -22,11 +24,12 @@ std::vector<Bundle> bundles(const SyncGroupList& groups, GroupNaming::Source sou
                             const std::optional<std::string>& customPattern) {
     std::vector<Bundle> result;
     std::unordered_map<std::string, std::size_t> places;
+    const SyncClustering::Index takes(groups, source, customPattern);
     for (std::size_t i = 0; i < groups.size(); ++i) {
         const SyncGroup& group = groups[i];
-        std::string label =
-            GroupNaming::baseName(group, source, customPattern, GroupNaming::defaultSeparator);
+        std::string label = takes.key(i);
         std::string key = group.isExcludedFromMulticam() ? "__excluded__" + group.id.text() : label;
+        if (const std::size_t shoot = takes.shoot(i); shoot > 0) key += "__" + std::to_string(shoot + 1);
         const auto [place, isNew] = places.try_emplace(key, result.size());
         if (isNew) result.push_back({std::move(key), std::move(label), {}});
         result[place->second].groups.push_back(groups.element(i));
@@ -52,7 +55,7 @@ std::vector<SidebarNode> build(const SyncGroupList& groups, GroupNaming::Source 
         std::ranges::stable_sort(bundle.groups, {}, [](const SyncGroupList::Element& group) {
             return GroupNaming::cameraLetter(group->video).value_or("Z");
         });
-        SidebarNode parent{bundle.key + "__multicam", bundle.key, nullptr, {}, true};
+        SidebarNode parent{bundle.key + "__multicam", bundle.label, nullptr, {}, true};
         SyncGroupList cameras;
         for (auto& group : bundle.groups) cameras.append(std::move(group));
         const std::vector<std::string> names =

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
+#include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 
 #include <cstddef>
@@ -12,7 +13,8 @@
 
 namespace orvane {
 
-/// The cameras of one take: clips with the same base name.
+/// The cameras of one take: clips with the same base name of one shoot. Two clips whose days are known,
+/// differ and lie more than six hours apart are of two shoots.
 struct SyncCluster {
     std::string key;
     std::vector<UUID> memberIDs; ///< two or more, in the order of the clips
@@ -20,7 +22,7 @@ struct SyncCluster {
     bool operator==(const SyncCluster&) const = default;
 };
 
-/// Groups clips by name. Clips that are excluded from multicam stand alone. Pure; any thread.
+/// Groups clips by name and day. Clips that are excluded from multicam stand alone. Pure; any thread.
 namespace SyncClustering {
 
 /// The name by which a clip finds its siblings.
@@ -31,8 +33,9 @@ std::string key(const SyncGroup& group, GroupNaming::Source source,
 std::vector<SyncCluster> clusters(const SyncGroupList& groups, GroupNaming::Source source,
                                   const std::optional<std::string>& customPattern);
 
-/// The clips of the list with this clip's key, this clip among them where it stands in the list; an excluded
-/// clip has only itself. For one clip: it names every clip of the list. For many clips take an `Index`.
+/// The clips of the list with this clip's key and of its shoot, this clip among them where it stands in the
+/// list; an excluded clip has only itself. For one clip: it names every clip of the list. For many clips take
+/// an `Index`.
 SyncGroupList siblings(const SyncGroup& group, const SyncGroupList& groups, GroupNaming::Source source,
                        const std::optional<std::string>& customPattern);
 
@@ -46,6 +49,8 @@ class Index {
     const std::string& key(std::size_t position) const { return keys_.at(position); }
     /// What `siblings` would count for the clip at this place.
     std::size_t siblingCount(std::size_t position) const;
+    /// From 0, which of the shoots that have clips of its key the clip at this place belongs to.
+    std::size_t shoot(std::size_t position) const { return shoots_.at(position); }
     /// As `SyncClustering::siblings` in this list.
     SyncGroupList siblings(const SyncGroup& group) const;
 
@@ -56,8 +61,15 @@ class Index {
     SyncGroupList groups_;
     GroupNaming::Source source_;
     std::optional<std::string> customPattern_;
+    using Members = std::vector<std::size_t>; ///< places in the list
+
+    /// Parts the clips of one key by shoot: each part in the order of the list, the parts by time. Clips
+    /// without a day are of the first part.
+    std::vector<Members> shootsOf(const Members& members, Places& places) const;
+
     std::vector<std::string> keys_;
-    std::unordered_map<std::string, std::vector<std::size_t>> members_; ///< places, excluded clips left out
+    std::unordered_map<std::string, std::vector<Members>> takes_; ///< by key; excluded clips left out
+    std::vector<std::size_t> takeSizes_, shoots_;                 ///< by place
 };
 
 } // namespace SyncClustering

@@ -23,7 +23,9 @@ constexpr float demotedConfidence = 0.5F; ///< at least
 constexpr int multitrackChannels = 4; ///< from here on the recorder keeps its mix on channels 1 and 2
 constexpr int lastMixChannel = 2;
 constexpr int fewestRoleChannels = 3;
-constexpr float silentRMS = 0.0001F;  ///< linear, -80 dBFS
+constexpr float silentRMS = 0.0001F; ///< linear, -80 dBFS
+constexpr std::string_view guessed = "Heuristic: ";
+constexpr std::string_view wideReason = "wide spectrum → Boom", narrowReason = "narrow spectrum → Lav";
 constexpr float wideSpectrum = 0.18F; ///< crossings per sample; an open microphone hears the air too
 
 struct KeywordRule {
@@ -129,8 +131,9 @@ ChannelClassification classifyByName(int track, const std::string& name) {
 
 ChannelClassification classifyBySignal(int track, int channelCount, bool othersAreNamed,
                                        const ChannelStats& stats) {
-    const auto verdict = [track](ChannelKind kind, float confidence, const std::string& why) {
-        return ChannelClassification{track, kind, confidence, "Heuristic: " + why, std::nullopt, false};
+    const auto verdict = [track](ChannelKind kind, float confidence, std::string_view why) {
+        return ChannelClassification{track,        kind, confidence, std::string(guessed).append(why),
+                                     std::nullopt, false};
     };
     if (channelCount >= multitrackChannels && track <= lastMixChannel) {
         const std::string channel = "ch " + std::to_string(track);
@@ -141,9 +144,9 @@ ChannelClassification classifyBySignal(int track, int channelCount, bool othersA
     if (channelCount < fewestRoleChannels)
         return verdict(ChannelKind::unknown, 0.3F,
                        std::to_string(channelCount) + "-ch file — no role to assign");
-    if (stats.spectralWidth > wideSpectrum) return verdict(ChannelKind::boom, 0.55F, "wide spectrum → Boom");
+    if (stats.spectralWidth > wideSpectrum) return verdict(ChannelKind::boom, 0.55F, wideReason);
     if (othersAreNamed) return verdict(ChannelKind::lav, 0.55F, "no iXML on this ch — defaulting to Lav");
-    return verdict(ChannelKind::lav, 0.55F, "narrow spectrum → Lav");
+    return verdict(ChannelKind::lav, 0.55F, narrowReason);
 }
 
 /// A recording has one mix; what else looks like one is most likely a person's microphone.
@@ -187,6 +190,18 @@ ChannelClassifier::classify(int channelCount, const std::vector<IXMLTrack>& ixml
     }
     keepFirstMixOnly(classifications);
     return classifications;
+}
+
+bool ChannelClassifier::areGuessedBoomsAlone(const std::vector<ChannelClassification>& classifications) {
+    const auto reason = [](const ChannelClassification& one) {
+        const std::string_view source = one.source;
+        return source.starts_with(guessed) ? source.substr(guessed.size()) : std::string_view();
+    };
+    const auto isOther = [&](const ChannelClassification& one) {
+        return reason(one).empty() || reason(one) == narrowReason;
+    };
+    return std::ranges::none_of(classifications, isOther) &&
+           std::ranges::count(classifications, wideReason, reason) > 1;
 }
 
 std::optional<std::string> ChannelClassifier::extractSpeakerName(std::string_view trackName) {

@@ -31,6 +31,10 @@ namespace ChannelClassifier {
 std::vector<ChannelClassification> classify(int channelCount, const std::vector<IXMLTrack>& ixmlTracks,
                                             const std::vector<ChannelStats>& perChannelStats);
 
+/// Whether the roles of these tracks were guessed from the signal, and each track that was listened to came
+/// out as a boom: what is said of all tells none from another.
+bool areGuessedBoomsAlone(const std::vector<ChannelClassification>& classifications);
+
 /// Lower case. Nothing where the name only says what the microphone is.
 std::optional<std::string> extractSpeakerName(std::string_view trackName);
 

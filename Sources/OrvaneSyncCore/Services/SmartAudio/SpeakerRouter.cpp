@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/SpeakerRouter.h"
 
 #include "OrvaneSyncCore/Services/SmartAudio/BlockSmoothing.h"
+#include "OrvaneSyncCore/Services/SmartAudio/ChannelClassifier.h"
 #include "OrvaneSyncCore/Services/SmartAudio/RoutingWindows.h"
 #include "OrvaneSyncCore/Services/SmartAudio/Segmentation.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SpeakerLevels.h"
@@ -18,10 +19,20 @@ constexpr std::size_t fewestPeople = 2;
 /// Each is compared with each other; a recording of more has other kinds of channels.
 constexpr std::size_t mostPeople = 32;
 
-/// A microphone that hears several people, whatever its role is called.
-bool isShared(const ChannelClassification& track) {
-    return track.kind == ChannelKind::boom || track.kind == ChannelKind::mix || track.isPreMixed;
-}
+/// The microphones that hear several people, whatever their role is called.
+class SharedTracks {
+  public:
+    explicit SharedTracks(const std::vector<ChannelClassification>& classifications)
+        : boomsSayNothing_(ChannelClassifier::areGuessedBoomsAlone(classifications)) {}
+
+    bool contain(const ChannelClassification& track) const {
+        return (track.kind == ChannelKind::boom && !boomsSayNothing_) || track.kind == ChannelKind::mix ||
+               track.isPreMixed;
+    }
+
+  private:
+    bool boomsSayNothing_;
+};
 
 // What a window costs, from 0 to 1: nothing on the lav of whoever speaks, 1 on one that is this far behind.
 constexpr double plainlyBehindDB = 6.0;
@@ -103,9 +114,10 @@ std::vector<Segment> segmentsOf(const SpeakerLevels& levels, std::size_t shortes
 
 std::vector<int> personalTracks(const TakeStatistics& channelStats,
                                 const std::vector<ChannelClassification>& classifications) {
+    const SharedTracks shared(classifications);
     std::vector<int> tracks;
     for (const ChannelClassification& one : classifications)
-        if (!isShared(one) && channelStats.contains(one.trackIndex)) tracks.push_back(one.trackIndex);
+        if (!shared.contain(one) && channelStats.contains(one.trackIndex)) tracks.push_back(one.trackIndex);
     return tracks;
 }
 
@@ -116,9 +128,11 @@ bool isRoutedBySpeaker(SmartAudioRouting routing, const TakeStatistics& channelS
     if (people < fewestPeople || people > mostPeople) return false;
     if (routing == SmartAudioRouting::speaker) return true;
     const ClassificationByTrack classified = byTrack(classifications);
+    const SharedTracks shared(classifications);
     return std::ranges::none_of(classifications, [&](const ChannelClassification& one) {
         const auto stats = channelStats.find(one.trackIndex);
-        return isShared(one) && stats != channelStats.end() && qualifiesAsDefault(stats->second, classified);
+        return shared.contain(one) && stats != channelStats.end() &&
+               qualifiesAsDefault(stats->second, classified);
     });
 }
 

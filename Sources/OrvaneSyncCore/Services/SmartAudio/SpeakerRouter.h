@@ -15,7 +15,7 @@ namespace orvane::SmartAudioBlockRouter {
 // voice, so that neither a loud recording level nor bleed decides.
 
 /// The tracks of the take that can be one person's microphone, in the order of the classifications: lavs and
-/// tracks of unknown role, without mixes of several.
+/// tracks of unknown role, and booms where that was guessed of all; without mixes of several.
 std::vector<int> personalTracks(const TakeStatistics& channelStats,
                                 const std::vector<ChannelClassification>& classifications);
 

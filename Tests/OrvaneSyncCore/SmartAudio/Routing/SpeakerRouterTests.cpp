@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/SmartAudio/ChannelClassifier.h"
 #include "OrvaneSyncCore/Services/SmartAudio/Segmentation.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioBlockRouter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SpeakerRouter.h"
@@ -86,6 +87,18 @@ TEST(SpeakerRouter, FollowsTheSpeakerWhereNoBoomOrMixCarriesTheTake) {
     check("a boom that is left out", withBoom, {lav(1), lav(2), boom}, automatic, true, {1, 2});
     check("a boom, and lavs are asked for", withBoom, {lav(1), lav(2), boom}, speaker, true);
     check("one person", {people[0]}, {lav(1)}, speaker, false);
+    const auto guessed = [](float secondWidth) {
+        std::vector<ChannelStats> stats(3);
+        for (int i = 0; i < 3; ++i)
+            stats[static_cast<std::size_t>(i)] = {
+                .trackIndex = i + 1, .averageRMS = 0.1F, .spectralWidth = 0.2F};
+        stats[1].spectralWidth = secondWidth;
+        return ChannelClassifier::classify(3, {}, stats);
+    };
+    auto third = people;
+    third.push_back({{12, -70}});
+    check("no names, and each a boom by its sound", third, guessed(0.2F), automatic, true);
+    check("no names, and two of three booms by their sound", third, guessed(0.1F), automatic, false);
 }
 
 TEST(SpeakerRouter, HearsWhoSpeaksWhateverTheLevels) {

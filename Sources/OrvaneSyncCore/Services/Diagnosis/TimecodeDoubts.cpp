@@ -1,0 +1,226 @@
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Timecode/TimecodeFrameRate.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using Kind = SyncDoubt::Kind;
+using TCRange = SyncEngine::TCRange;
+
+constexpr double secondsADay = 86400;
+
+/// Whether timecode is the time of day at all. The files' own dates tell: each clip's, against its card's and
+/// against those of the other clips.
+class TimecodeDoubts {
+  public:
+    TimecodeDoubts(const Shoot& shoot, SyncDoubts& doubts) : shoot_(shoot), doubts_(doubts) {}
+
+    void add() {
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            if (clip.isDecided || clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
+            if (!clip.place)
+                withoutTimecode(clip);
+            else if (clip.group->isMOS())
+                otherCount(clip);
+            if (!clip.place) continue;
+            if (const auto dated = writtenOf(clip))
+                cards_[std::string(folderOf(clip.group->video))].push_back(*dated);
+        }
+        for (auto& [folder, clips] : cards_)
+            if (std::ranges::sort(clips, {}, &Written::seconds); standsStill(clips)) tellCard(folder, clips);
+        strays();
+    }
+
+  private:
+    /// A clip with the time of its own date, seconds since 1970 in the user's calendar.
+    struct Written {
+        const Shoot::Clip* clip;
+        double seconds;
+        double secondOfDay() const { return std::fmod(seconds, secondsADay); }
+        const TCRange& range() const { return clip->place->range; }
+    };
+
+    /// By the date of the file, else by that of its header. A date at midnight is one without a time of day.
+    static std::optional<double> secondsOf(const MediaAsset& video) {
+        for (const auto& date : {video.contentCreatedDate, video.headerDate})
+            if (date && secondOfDay(*date) != 0)
+                return static_cast<double>(dayNumber(*date)) * secondsADay + secondOfDay(*date);
+        return std::nullopt;
+    }
+    static std::optional<Written> writtenOf(const Shoot::Clip& clip) {
+        const auto seconds = secondsOf(clip.group->video);
+        return seconds ? std::optional(Written{&clip, *seconds}) : std::nullopt;
+    }
+    static std::string momentText(double seconds) {
+        const double day = std::floor(seconds / secondsADay);
+        const double rest = seconds - day * secondsADay;
+        return dayText(static_cast<long>(day)) + " " +
+               TimecodeUtils::secondsToTC(rest, TimecodeFrameRate::fps25).substr(0, 8);
+    }
+    void doubt(const Shoot::Clip& clip, Kind kind, std::string message, std::string cure) {
+        doubts_.byGroup[clip.group->id].push_back({kind, std::move(message), std::move(cure)});
+    }
+
+    void withoutTimecode(const Shoot::Clip& clip) {
+        const MediaAsset& video = clip.group->video;
+        const double length = video.durationSeconds.value_or(0);
+        if (!clip.group->isMOS() || !(length > 0) || shoot_.recordings.empty()) return;
+        std::string message = shoot_.nameOf(video) + " has no timecode, and no sound can be found for it";
+        if (const auto seconds = secondsOf(video)) {
+            message += "; it is dated " + momentText(*seconds);
+            if (const auto sound = soundAt(*seconds, length))
+                message += ", when " + shoot_.nameOf(*shoot_.recordings[*sound].asset) + " was recorded";
+        }
+        doubt(clip, Kind::noTimecode, std::move(message),
+              "attach its recording by hand; where timecode was recorded on a sound channel, --set " +
+                  std::string(settings::ltcEnabled.key) + "=true listens for it");
+    }
+    /// The recording under a clip of that length that begins or ends then.
+    std::optional<std::size_t> soundAt(double seconds, double length) {
+        if (cover_.isEmpty()) {
+            for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
+                if (const FilePlace& place = shoot_.recordings[i].place; place.day) {
+                    const double day = static_cast<double>(*place.day) * secondsADay;
+                    cover_.add({day + place.range.startSeconds, day + place.range.endSeconds}, i);
+                }
+            cover_.finish();
+        }
+        const auto found = cover_.of({seconds, seconds + length});
+        return found ? found : cover_.of({seconds - length, seconds});
+    }
+
+    /// Drop frame that was taken for non-drop, or the other way round, moves a clip by minutes: where a
+    /// recording that nothing else has then lies under it, that is worth a try.
+    void otherCount(const Shoot::Clip& clip) {
+        const MediaAsset& video = clip.group->video;
+        if (shoot_.input.rules.timecodeRate || !video.timecodeFrameRate) return;
+        const auto own = *video.timecodeFrameRate;
+        const bool isDrop = timecodeRate::isDrop(own);
+        const auto other = timecodeRate::from(timecodeRate::rate(own), !isDrop);
+        const auto range = other ? AssetPlacement(video, other).range() : std::nullopt;
+        if (!range) return;
+        if (used_.empty())
+            for (const Shoot::Clip& one : shoot_.clips)
+                for (const AudioMatch& match : one.group->audioMatches) used_.insert(match.audio->id);
+        for (const Recording& recording : shoot_.recordings) {
+            const auto filmed = clip.place->knownDay(), recorded = recording.place.day;
+            const auto& rate = recording.asset->timecodeFrameRate;
+            if (!rate || timecodeRate::maxFrames(*rate) != timecodeRate::maxFrames(own) ||
+                (filmed && recorded && *filmed != *recorded) || used_.contains(recording.asset->id) ||
+                !covers(recording.place.range, *range))
+                continue;
+            return doubt(clip, Kind::dropMix,
+                         shoot_.nameOf(video) + " counts " + (isDrop ? "drop frame" : "non-drop") +
+                             " and has no sound; counted as " + (isDrop ? "non-drop" : "drop frame") + ", " +
+                             shoot_.nameOf(*recording.asset) + " lies under all of it",
+                         "--tc-rate " + rateText(*other) +
+                             ", in a scan of such clips alone where others count "
+                             "otherwise");
+        }
+    }
+
+    /// Timecode that counts while the camera runs: between two clips more time passes by their dates than by
+    /// their timecode. Of files that were written anew, the dates follow each other faster than the clips
+    /// did.
+    static bool standsStill(const std::vector<Written>& clips) {
+        constexpr double sameSeconds = 10, farSeconds = 300, adjoiningSeconds = 0.1, mostly = 0.8;
+        int rising = 0, steady = 0;
+        bool adjoin = true;
+        double lost = 0;
+        for (std::size_t i = 1; i < clips.size(); ++i) {
+            const TCRange &before = clips[i - 1].range(), &range = clips[i].range();
+            const double written = clips[i].seconds - clips[i - 1].seconds;
+            const auto missing = [&](double from, double to) {
+                return std::remainder(written - (to - from), secondsADay);
+            };
+            const double atStart = missing(before.startSeconds, range.startSeconds),
+                         atEnd = missing(before.endSeconds, range.endSeconds);
+            const double least = std::abs(atStart) < std::abs(atEnd) ? atStart : atEnd;
+            if (std::abs(least) <= sameSeconds) {
+                ++steady;
+            } else if (least > 0 && range.startSeconds > before.startSeconds) {
+                ++rising;
+                lost += least;
+                adjoin = adjoin && std::abs(range.startSeconds - before.endSeconds) <= adjoiningSeconds;
+            }
+        }
+        const auto pairs = static_cast<double>(clips.size()) - 1;
+        return rising >= (adjoin ? 1 : 2) && rising >= steady && rising + steady >= mostly * pairs &&
+               lost > farSeconds;
+    }
+    void tellCard(const std::string& folder, const std::vector<Written>& clips) {
+        std::vector<const Shoot::Clip*> all;
+        for (const Written& one : clips) {
+            all.push_back(one.clip);
+            told_.insert(one.clip);
+        }
+        std::ranges::sort(all); // in the order of the clips
+        const double written = clips.back().seconds - clips.front().seconds;
+        const double labels = clips.back().range().startSeconds - clips.front().range().startSeconds;
+        addCardDoubt(doubts_,
+                     {Kind::notTimeOfDay,
+                      "the timecode of the clips in '" + folder + "' is not the time of day: from " +
+                          shoot_.nameOf(clips.front().clip->group->video) + " to " +
+                          shoot_.nameOf(clips.back().clip->group->video) + " it counts " +
+                          spanText(std::abs(labels)) + ", and their dates are " + spanText(written) +
+                          " apart; what lies under them by timecode is sound of another moment",
+                      leaveOut},
+                     all);
+    }
+
+    /// A clip whose date and timecode have nothing to do with each other where those of the others agree.
+    void strays() {
+        std::map<int, int> counts;
+        int files = 0;
+        for (const auto& [folder, clips] : cards_)
+            for (const Written& one : clips) {
+                ++files;
+                for (const auto& zone : zonesOf(one.secondOfDay(), one.range()))
+                    if (zone) ++counts[*zone];
+            }
+        constexpr int fewest = 3;
+        constexpr double mostly = 0.75;
+        const auto usual =
+            std::ranges::max_element(counts, {}, [](const auto& entry) { return entry.second; });
+        if (usual == counts.end() || usual->second < fewest || usual->second < mostly * files) return;
+        for (const auto& [folder, clips] : cards_)
+            for (const Written& one : clips) {
+                const auto zones = zonesOf(one.secondOfDay(), one.range());
+                const bool isOfZone = std::ranges::any_of(zones, [](const auto& z) { return z.has_value(); });
+                if (isOfZone || told_.contains(one.clip) || !one.clip->primary) continue;
+                doubt(*one.clip, Kind::notTimeOfDay,
+                      shoot_.nameOf(one.clip->group->video) + " is dated " + momentText(one.seconds) +
+                          ", and its timecode is " +
+                          one.clip->group->video.startTimecodeString.value_or("another") + "; of the other " +
+                          counted(usual->second, "clip", "clips") + " date and timecode agree",
+                      leaveOut);
+            }
+    }
+
+    static constexpr const char* leaveOut =
+        "attach the right recordings by hand, or leave the clips out with an x under 'skip' in the table of "
+        "'scan --review'; lock those whose sound is right";
+
+    const Shoot& shoot_;
+    SyncDoubts& doubts_;
+    std::map<std::string, std::vector<Written>> cards_; ///< by folder
+    std::set<const Shoot::Clip*> told_;
+    std::set<UUID> used_; ///< recordings that a clip has
+    Cover cover_;         ///< of the dated recordings, seconds since 1970
+};
+
+} // namespace
+
+void addTimecodeDoubts(const Shoot& shoot, SyncDoubts& doubts) { TimecodeDoubts(shoot, doubts).add(); }
+
+} // namespace orvane

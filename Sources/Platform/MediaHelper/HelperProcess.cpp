@@ -127,7 +127,7 @@ std::shared_ptr<Process> Process::borrow() {
         }
     }
     if (!process) process = start();
-    if (!process) return nullptr;
+    if (!process || process->about_.version != ORVANE_VERSION) return nullptr;
     return {process.release(), [](Process* returned) {
                 std::unique_ptr<Process> back(returned);
                 const std::lock_guard lock(pool().mutex);
@@ -151,7 +151,17 @@ std::unique_ptr<Process> Process::start() {
         if (samples != MAP_FAILED) ::munmap(samples, sharedBytes);
         return nullptr;
     }
-    return std::unique_ptr<Process>(new Process(process, own, static_cast<const float*>(samples)));
+    std::unique_ptr<Process> started(new Process(process, own, static_cast<const float*>(samples)));
+    // A library that the program lacks shows here.
+    auto about = started->ask<About>(Request::about);
+    if (!about) return nullptr;
+    started->about_ = std::move(*about);
+    return started;
+}
+
+std::optional<About> tryToStart() {
+    const auto process = Process::start();
+    return process ? std::optional(process->about_) : std::nullopt;
 }
 
 Process::Process(pid_t process, int descriptor, const float* samples)

@@ -76,8 +76,8 @@ TEST(Take, rolesAndRunningNumbers) {
           {"REC_0001S2.WAV", 0, 60},
           {"REC_0002S3.WAV", 0, 60},
           {"12S1.WAV", 0, 9}},
-         "REC_0001S1.WAV channel 1 @0, REC_0001S2.WAV channel 2 @0, 12S1.WAV alternate 3 @0, "
-         "REC_0002S3.WAV alternate 4 @0",
+         "REC_0001S1.WAV channel 1 @0, REC_0001S2.WAV channel 2 @0, REC_0002S3.WAV alternate 3 @0, "
+         "12S1.WAV alternate 4 @0",
          "Matched"},
         {"named channels, one of them short",
          {{"T-CH1.WAV", 0, 60}, {"T-CH2.WAV", 0, 60}, {"T_Boom.WAV", 0, 20}, {"T.WAV", 0, 60, 2}},

@@ -14,10 +14,10 @@ namespace {
 constexpr std::size_t mostDigits = 2; // three or more count takes and the parts of a recording
 
 /// What stands before the number of a channel, or for one.
-constexpr std::array<std::string_view, 35> channelWords{
-    "",    "s",    "ch",   "chan",  "channel", "tr",  "trk",  "track", "in",    "input", "iso",  "mic",
-    "mix", "mixl", "mixr", "mixlr", "boom",    "bm",  "lav",  "lv",    "radio", "rf",    "wl",   "l",
-    "r",   "lr",   "left", "right", "ms",      "mid", "side", "trl",   "trr",   "trlr",  "trmic"};
+constexpr std::array<std::string_view, 34> channelWords{
+    "",     "ch",   "chan",  "channel", "tr",  "trk",  "track", "in",    "input", "iso",  "mic", "mix",
+    "mixl", "mixr", "mixlr", "boom",    "bm",  "lav",  "lv",    "radio", "rf",    "wl",   "l",   "r",
+    "lr",   "left", "right", "ms",      "mid", "side", "trl",   "trr",   "trlr",  "trmic"};
 
 bool isChannelPiece(std::string_view piece) {
     const std::size_t lastOfWord = piece.find_last_not_of("0123456789");
@@ -57,8 +57,9 @@ ChannelName::ChannelName(const MediaAsset& recording) {
     const std::string whole = recording.normalizedName();
     for (const std::string_view text : piecesOfName(whole)) {
         const std::size_t channel = channelBehindNumber(text);
-        for (const std::string_view piece : {text.substr(0, channel), text.substr(channel)})
-            if (!piece.empty()) pieces_.push_back({std::string(piece), isChannelPiece(piece)});
+        const std::string_view name = text.substr(0, channel), behind = text.substr(channel);
+        pieces_.push_back({std::string(name), isChannelPiece(name)});
+        if (!behind.empty()) pieces_.push_back({std::string(behind), true});
     }
     if (!recording.ixmlData) return;
     // A recorder may put the name that was given to the track behind that of the take.

@@ -1,5 +1,6 @@
 #include "CoreBenchmarks.h"
 #include "EditingBenchmarks.h"
+#include "HelperBenchmarks.h"
 #include "PictureBenchmarks.h"
 #include "Process.h"
 #include "ReportBenchmarks.h"
@@ -119,6 +120,7 @@ void printTable(const Medians& results, const std::string& self, const std::stri
                     "exportAllVariants/10000", exportAllOption);
     printReportRows(results, self, program, folder);
     printSoundRows(results, self, program, folder);
+    printHelperRows(results);
     printSessionRows(results);
     printEditingRows(results);
     printStopRows(results);
@@ -162,6 +164,7 @@ int main(int argc, char** argv) {
     registerReportBenchmarks(folder);
     registerSoundBenchmarks();
     registerWaveformBenchmarks();
+    registerHelperBenchmarks(folder);
     registerSessionBenchmarks(folder);
     registerEditingBenchmarks();
     registerStopBenchmarks(corpus, folder);

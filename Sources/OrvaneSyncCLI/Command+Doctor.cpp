@@ -55,11 +55,30 @@ Check cacheCheck(const Context& context) {
             counted(static_cast<long long>(cache->count()), "file", "files") + " probed before" + size};
 }
 
-Check libraryCheck() {
-    const auto versions = platform::mediaLibraryVersions();
-    if (versions) return {"media libraries", "ok", *versions};
-    return {"media libraries", "problem",
-            "their module is missing beside the program; only QuickTime, MP4 and WAVE files can be read"};
+/// The program that runs the media libraries, which are only known once it runs.
+Check helperCheck(const platform::MediaHelper& helper) {
+    constexpr const char* name = "media helper";
+    if (helper.path.empty())
+        return {name, "problem",
+                "orvane_media_helper is missing beside the program and in 'lib' beside its folder; install "
+                "OrvaneSync again with it"};
+    if (helper.version.empty())
+        return {name, "problem",
+                helper.path +
+                    " does not start; install the libraries that it needs (on Debian: libavformat59, "
+                    "libavcodec59, libswresample4, libsndfile1)"};
+    if (helper.version != ORVANE_VERSION)
+        return {name, "problem",
+                helper.path + " is of version " + helper.version + "; install that of this version"};
+    return {name, "ok", helper.path + " (version " + helper.version + ")"};
+}
+
+Check libraryCheck(const platform::MediaHelper& helper) {
+    if (helper.version == ORVANE_VERSION) return {"media libraries", "ok", helper.libraries};
+    return {
+        "media libraries", "problem",
+        "without the media helper only the headers of QuickTime, MP4, MXF, WAVE and AIFF files and the sound "
+        "of WAVE files can be read"};
 }
 
 Check codecCheck() {
@@ -84,11 +103,13 @@ Check recognitionCheck() {
 }
 
 std::vector<Check> checks(const Context& context) {
+    const platform::MediaHelper helper = platform::mediaHelper();
     return {settingsCheck(context),
             folderCheck("work folder", AppStorageHelper::applicationSupportDirectory()),
             folderCheck("cache folder", AppStorageHelper::cachesDirectory()),
             cacheCheck(context),
-            libraryCheck(),
+            helperCheck(helper),
+            libraryCheck(helper),
             codecCheck(),
             audioOutputCheck(),
             recognitionCheck(),

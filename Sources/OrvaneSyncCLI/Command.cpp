@@ -128,8 +128,10 @@ int runCommand(const Command& command, std::span<const std::string> words, Conte
         for (const std::string& problem : uselessStoredValues(*context.settings)) context.warn(problem);
         command.run(context, arguments);
         if (platform::mediaLibraryWasMissed())
-            context.warn("a file needs the media libraries, and their module is missing beside the program: "
-                         "only QuickTime, MP4 and WAVE files could be read");
+            context.warn(
+                "a file needs the media libraries, and the program that runs them is missing or does not "
+                "start: only the headers of QuickTime, MP4, MXF, WAVE and AIFF files and the sound of "
+                "WAVE files could be read; 'orvanesync doctor' says what to install");
     } catch (const UsageError& error) {
         context.err << "error: " << platform::text::printable(error.what()) << "\n"
                     << usageLine(command) << "\n";

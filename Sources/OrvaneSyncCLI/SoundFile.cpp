@@ -16,7 +16,8 @@ std::unique_ptr<platform::AudioFile> openSound(const std::string& path, SoundTra
     if (file && file->frameCount() > 0 && file->channelCount() > 0) return file;
     const bool noLibrary = !file && platform::mediaLibraryWasMissed();
     throw CommandError("can't read '" + path + "': " +
-                       (noLibrary ? "the module of media libraries is missing beside the program"
+                       (noLibrary ? "the program that runs the media libraries is missing or does not start; "
+                                    "'orvanesync doctor' says what to install"
                                   : "it holds no sound that can be decoded"));
 }
 

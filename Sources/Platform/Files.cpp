@@ -96,10 +96,15 @@ std::string readText(const std::string& path, std::uint64_t limitBytes, const st
     constexpr std::size_t step = std::size_t{1} << 16U;
     constexpr std::size_t room = 64;
     constexpr std::size_t mostAtOnce = std::size_t{4} << 20U; // a stop is noticed between two reads
-    std::string contents(static_cast<std::size_t>(claimed) + room, '\0');
+    std::string contents;
+    contents.reserve(static_cast<std::size_t>(claimed) + room);
     std::size_t used = 0;
     for (;;) {
         throwIfStopped(stop);
+        if (used == contents.size()) { // in pieces, as clearing new memory takes longer than reading into it
+            const std::size_t left = contents.capacity() - used;
+            contents.resize(used + (left > 0 ? std::min(left, mostAtOnce) : step));
+        }
         const ssize_t count =
             ::read(file.get(), contents.data() + used, std::min(contents.size() - used, mostAtOnce));
         if (count < 0 && errno == EINTR) continue;
@@ -111,7 +116,6 @@ std::string readText(const std::string& path, std::uint64_t limitBytes, const st
         if (count == 0) break;
         used += static_cast<std::size_t>(count);
         if (used > limitBytes) fail("can't read", path, EFBIG);
-        if (used == contents.size()) contents.resize(used + step);
     }
     contents.resize(used);
     return contents;

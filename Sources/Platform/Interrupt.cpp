@@ -2,6 +2,7 @@
 
 #include "Platform/Files.h"
 
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <cxxabi.h>
@@ -44,14 +45,32 @@ void beforeTermination(Farewell farewell) {
     storedFarewell = std::move(farewell);
 }
 
+namespace {
+
+/// Allocates nothing, in as far as that is in our hands.
+[[noreturn]] void endForWantOfMemory() {
+    static std::atomic<bool> isEnding = false;
+    static thread_local bool isOurs = false;
+    if (isOurs) ::_exit(1);
+    while (isEnding.exchange(true)) ::pause(); // another thread is at it
+    isOurs = true;
+    constexpr std::string_view message = "error: there is not enough memory\n";
+    const bool isSaid = ::write(STDERR_FILENO, message.data(), message.size()) >= 0;
+    files::discardTemporaries();
+    ::_exit(isSaid ? 1 : 2);
+}
+
+} // namespace
+
 void endWithoutMemory() {
+    // At the allocation itself: what unwinds would have to start threads, resume coroutines and save work in
+    // the memory that is not there.
+    std::set_new_handler(endForWantOfMemory);
     std::set_terminate([] {
         // Throwing it again to look at it would take memory.
         const std::type_info* type = abi::__cxa_current_exception_type();
         if (type == nullptr || *type != typeid(std::bad_alloc)) std::abort(); // a fault of the program
-        constexpr std::string_view message = "error: there is not enough memory\n";
-        files::discardTemporaries();
-        ::_exit(::write(STDERR_FILENO, message.data(), message.size()) < 0 ? 2 : 1);
+        endForWantOfMemory();                                                 // a library's own allocation
     });
 }
 

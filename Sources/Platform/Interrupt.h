@@ -17,8 +17,8 @@ void exitOnInterrupt(std::string lastWords);
 using EndProcess = std::function<void(const std::string& lastWords)>;
 void beforeTermination(std::function<void(const EndProcess& end)> farewell);
 
-/// Where no memory is left and nobody has caught that, on whatever thread, the process ends with status 1, a
-/// line on standard error and no half-written file.
+/// Where no memory is left, on whatever thread, the process ends at that allocation with status 1, a line on
+/// standard error and no half-written file.
 void endWithoutMemory();
 
 /// Writing to a pipe that nobody reads, and past the largest file that the user may write, is an error of the

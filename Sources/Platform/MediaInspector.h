@@ -64,10 +64,17 @@ std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAcces
 /// What our own walks can tell, without the path and without a media library.
 std::optional<MediaInspection> inspectMediaHeaders(RandomAccessFile& file);
 
-/// The media libraries at hand, for people; nothing when their helper program is missing, and then only
-/// QuickTime, MP4 and WAVE files can be read.
-std::optional<std::string> mediaLibraryVersions();
-/// Whether a file has asked for the media libraries while their helper program is missing. Any thread.
+/// The program that runs the media libraries. Where it is missing or does not start, only the headers of
+/// QuickTime, MP4, MXF, WAVE and AIFF files and the sound of WAVE files can be read.
+struct MediaHelper {
+    std::string path;      ///< empty where it is not beside the program
+    std::string version;   ///< of OrvaneSync, ours where it is of any use; empty where it does not start
+    std::string libraries; ///< for people, such as "libavformat 59.27.100, libsndfile-1.2.0"
+};
+/// Starts it where none is running.
+MediaHelper mediaHelper();
+/// Whether a file has asked for the media libraries while their program is missing or does not start. Any
+/// thread.
 bool mediaLibraryWasMissed();
 /// Those of the codecs, by the names that libavcodec gives them, that can be decoded.
 std::vector<std::string> decodableCodecs(const std::vector<std::string>& codecs);

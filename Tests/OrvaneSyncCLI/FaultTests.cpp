@@ -87,7 +87,8 @@ class Machine {
 /// ones, then fewer, at places that differ with the seed.
 template <class Use>
 void forEachFault(const std::string& kind, std::mt19937& random, Use use) {
-    constexpr int eachUpTo = 5, mostOfAKind = 14;
+    constexpr int eachUpTo = 5;
+    const int mostOfAKind = kind == "memory" ? 24 : 14; // it counts to some thousands
     long number = 1;
     for (int tried = 0; tried < mostOfAKind; ++tried) {
         const std::string fault = kind + ":" + std::to_string(number);
@@ -116,7 +117,7 @@ TEST(Faults, leaveNothingHalfWrittenAndNothingFalseRemembered) {
     ASSERT_EQ(machine.run(sync).status, 0);
     const std::string whole = document();
     std::mt19937 random(randomSeed());
-    for (const std::string kind : {"open", "read", "write", "rename", "sync"})
+    for (const std::string kind : {"open", "read", "write", "rename", "sync", "memory"})
         forEachFault(kind, random, [&](const std::string& fault) {
             machine.clear();
             const Ended ended = machine.run(sync, "", fault);
@@ -129,7 +130,8 @@ TEST(Faults, leaveNothingHalfWrittenAndNothingFalseRemembered) {
                 EXPECT_TRUE(document() == whole || ended.err.find("warning: ") != std::string::npos)
                     << "a document that lacks something, without a word: " << ended.err;
             } else {
-                EXPECT_TRUE(results.empty()) << results.front();
+                // Memory may be short once the document is in its place.
+                EXPECT_TRUE(results.empty() || (kind == "memory" && document() == whole)) << results.front();
             }
             const Ended after = machine.run(sync);
             EXPECT_EQ(after.status, 0) << after.err;
@@ -174,7 +176,7 @@ TEST(Faults, neverTakeWorkThatWasSaved) {
     const std::string saved = machine.path("saved");
     std::filesystem::copy(machine.path("home"), saved, std::filesystem::copy_options::recursive);
     std::mt19937 random(randomSeed());
-    for (const std::string kind : {"open", "read", "write", "rename", "sync"})
+    for (const std::string kind : {"open", "read", "write", "rename", "sync", "memory"})
         forEachFault(kind, random, [&](const std::string& fault) {
             machine.clear();
             std::filesystem::copy(saved, machine.path("home"), std::filesystem::copy_options::recursive);

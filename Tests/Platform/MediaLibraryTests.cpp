@@ -225,6 +225,24 @@ TEST(AudioFile, readsRecordingsThatWereCutOff) {
     }
 }
 
+TEST(AudioFile, knowsWhatACutFileShouldHold) {
+    const TemporaryDirectory folder;
+    const std::string whole = folder.write("whole.wav", WaveMaker().format({}).silence(48000).bytes());
+    for (const std::string extension : {"caf", "w64", "aiff"}) {
+        SCOPED_TRACE(extension);
+        const std::string path = folder.path("cut." + extension);
+        if (!makeWithTool("-i " + whole + " -c:a " + (extension == "w64" ? "pcm_s24le " : "pcm_s24be ") +
+                          path))
+            GTEST_SKIP() << "no tool to make the file with";
+        std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);
+        const auto file = platform::AudioFile::open(path);
+        ASSERT_NE(file, nullptr);
+        EXPECT_EQ(file->promisedFrames(), 48000);
+        EXPECT_NEAR(static_cast<double>(file->frameCount()), 24000, 1500);
+        EXPECT_EQ(readAll(*file, 0, 1000).size(), file->frameCount());
+    }
+}
+
 /// Sound in a movie: the other library, whose decoder starts at packets that may overlap.
 TEST(AudioFile, readsSoundOfMoviesAtAnyFrame) {
     const TemporaryDirectory folder;

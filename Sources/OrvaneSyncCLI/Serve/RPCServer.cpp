@@ -138,6 +138,7 @@ void Server::receive(std::string line, std::function<void()> whenServed) {
     try {
         if (line.find_first_not_of(" \t\r") != std::string::npos)
             waiting->message = identifiers_.parsed(line);
+        line = std::string(); // what was made of it may take several times as much
     } catch (const platform::JSONError& error) {
         waiting->problem = error.what();
     }
@@ -222,6 +223,7 @@ platform::Task Server::answer(JSON request, std::shared_ptr<const Waiting> waiti
     bool isNotification = false;
     ErrorCode code = ErrorCode::operationFailed;
     std::string why;
+    const JSON id = identifierOf(request);
     try {
         const Request parsed = parsedRequest(request);
         isNotification = parsed.isNotification;
@@ -232,6 +234,7 @@ platform::Task Server::answer(JSON request, std::shared_ptr<const Waiting> waiti
             throw Error(ErrorCode::methodNotFound, "there is no method '" + parsed.method + "'");
         const Command& command = found->second;
         const Call call(command, parsed.params);
+        request = JSON(); // the call has its own
         context_.expectKnown(call);
         const auto result = std::make_shared<JSON>();
         if (command.now)
@@ -256,7 +259,7 @@ platform::Task Server::answer(JSON request, std::shared_ptr<const Waiting> waiti
     } catch (const std::exception& error) {
         why = error.what();
     }
-    if (!isNotification) response->emplace(failure(identifierOf(request), code, why));
+    if (!isNotification) response->emplace(failure(id, code, why));
 }
 
 } // namespace orvane::cli::rpc

@@ -81,12 +81,6 @@ std::optional<MediaInspection> inspectMedia(const std::string& path) {
     return inspectMedia(path, *file, hindered);
 }
 
-std::optional<std::string> mediaLibraryVersions() {
-    const MediaLibrary* library = mediaLibrary();
-    std::string versions = library == nullptr ? "" : library->versions();
-    return versions.empty() ? std::nullopt : std::optional(std::move(versions));
-}
-
 std::vector<std::string> decodableCodecs(const std::vector<std::string>& codecs) {
     std::vector<std::string> result;
     const MediaLibrary* library = mediaLibrary();

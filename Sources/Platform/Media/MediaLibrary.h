@@ -19,8 +19,6 @@ struct MediaLibrary {
     std::unique_ptr<AudioFile> (*openAudio)(const std::string& path) noexcept = nullptr;
     /// Every sound track by itself, in the order of the file; those that cannot be decoded are left out.
     std::vector<std::unique_ptr<AudioFile>> (*openAudioTracks)(const std::string& path) noexcept = nullptr;
-    /// For people, such as "libavformat 59.27.100, libsndfile-1.2.0"; empty when they cannot be started.
-    std::string (*versions)() noexcept = nullptr;
     /// Whether the libraries can decode what libavcodec calls by this name, such as "prores".
     bool (*canDecode)(const std::string& codec) noexcept = nullptr;
 };

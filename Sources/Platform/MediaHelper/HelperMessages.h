@@ -27,7 +27,7 @@ enum class Request : std::uint8_t {
     seek,      ///< handle, frame; answers whether the file has it
     read,      ///< handle, channels, frames; answers how many frames lie in the shared memory
     close,     ///< handle
-    versions,  ///< answers a text
+    about,     ///< answers `About`
     canDecode, ///< name of a codec; answers whether
     // Of a helper for pictures.
     openPictures,  ///< path; answers maybe a `VideoStream`
@@ -44,6 +44,12 @@ constexpr const char* picturesArgument = "pictures";
 struct Inspected {
     bool isHindered = false;
     std::optional<MediaInspection> facts;
+};
+
+/// The first answer of every helper: one that is left over from another build understands other messages.
+struct About {
+    std::string version; ///< of OrvaneSync
+    std::string libraries;
 };
 
 /// A sound track that the helper holds open.
@@ -145,6 +151,10 @@ void exchange(Archive& archive, MediaInspection& facts) {
 template <class Archive>
 void exchange(Archive& archive, Inspected& answer) {
     archive(answer.isHindered, answer.facts);
+}
+template <class Archive>
+void exchange(Archive& archive, About& about) {
+    archive(about.version, about.libraries);
 }
 template <class Archive>
 void exchange(Archive& archive, Track& track) {

@@ -138,7 +138,7 @@ std::shared_ptr<Process> Process::borrow(Purpose purpose) {
         }
     }
     if (!process) process = start(purpose);
-    if (!process) return nullptr;
+    if (!process || process->about_.version != ORVANE_VERSION) return nullptr;
     return {process.release(), [](Process* returned) {
                 std::unique_ptr<Process> back(returned);
                 const std::lock_guard lock(pool().mutex);
@@ -168,7 +168,17 @@ std::unique_ptr<Process> Process::start(Purpose purpose) {
         if (shared != MAP_FAILED) ::munmap(shared, bytes);
         return nullptr;
     }
-    return std::unique_ptr<Process>(new Process(purpose, process, own, shared));
+    std::unique_ptr<Process> started(new Process(purpose, process, own, shared));
+    // A library that the program lacks shows here.
+    auto about = started->ask<About>(Request::about);
+    if (!about) return nullptr;
+    started->about_ = std::move(*about);
+    return started;
+}
+
+std::optional<About> tryToStart() {
+    const auto process = Process::start(Purpose::sound);
+    return process ? std::optional(process->about_) : std::nullopt;
 }
 
 Process::Process(Purpose purpose, pid_t process, int descriptor, void* memory)

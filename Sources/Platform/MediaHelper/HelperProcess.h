@@ -16,7 +16,7 @@ namespace orvane::platform::helper {
 class Process {
   public:
     /// One that is free, or a new one, which goes back to the free ones with the last pointer to it. Null
-    /// when the program is not there or the system starts no process.
+    /// when the program is not there, is of another build or cannot be started.
     static std::shared_ptr<Process> borrow(Purpose purpose = Purpose::sound);
     ~Process();
     Process(const Process&) = delete;
@@ -53,14 +53,20 @@ class Process {
     static std::unique_ptr<Process> start(Purpose purpose);
     void end();
 
+    friend std::optional<About> tryToStart();
+
     std::recursive_mutex mutex_;
     const pid_t owner_; ///< a child that was forked shares the socket and must not use it
     const pid_t process_;
     int descriptor_; ///< -1 after the end
     const Purpose purpose_;
     void* const memory_; ///< shared with it
+    About about_;
     bool wasTooSlow_ = false;
 };
+
+/// What a new process says of itself, be it of another build; nothing when it does not start.
+std::optional<About> tryToStart();
 
 /// The helper's program; empty when it is not beside this one.
 const std::string& programPath();

@@ -15,6 +15,12 @@ using helper::Request;
 
 std::atomic<bool> wasMissed = false;
 
+std::shared_ptr<Process> borrowed() {
+    auto process = Process::borrow();
+    if (!process) wasMissed = true;
+    return process;
+}
+
 /// A track that a helper holds open. When the helper is gone it ends, as a file does that can no longer be
 /// read.
 class HelperAudio final : public AudioFile {
@@ -70,7 +76,7 @@ class HelperAudio final : public AudioFile {
 
 std::optional<MediaInspection> inspect(const std::string& path, bool& hindered) noexcept {
     try {
-        const auto process = Process::borrow();
+        const auto process = borrowed();
         if (!process) {
             hindered = true;
             return std::nullopt;
@@ -87,7 +93,7 @@ std::optional<MediaInspection> inspect(const std::string& path, bool& hindered) 
 
 std::vector<std::unique_ptr<AudioFile>> openTracks(const std::string& path, bool allTracks) {
     std::vector<std::unique_ptr<AudioFile>> files;
-    const auto process = Process::borrow();
+    const auto process = borrowed();
     if (!process) return files;
     const auto tracks = process->ask<std::vector<helper::Track>>(Request::openAudio, path, allTracks);
     if (tracks)
@@ -114,18 +120,9 @@ std::vector<std::unique_ptr<AudioFile>> openAudioTracks(const std::string& path)
     }
 }
 
-std::string versions() noexcept {
-    try {
-        const auto process = Process::borrow();
-        return process ? process->ask<std::string>(Request::versions).value_or("") : "";
-    } catch (...) { // out of memory
-        return {};
-    }
-}
-
 bool canDecode(const std::string& codec) noexcept {
     try {
-        const auto process = Process::borrow();
+        const auto process = borrowed();
         return process && process->ask<bool>(Request::canDecode, codec).value_or(false);
     } catch (...) { // out of memory
         return false;
@@ -136,8 +133,17 @@ bool canDecode(const std::string& codec) noexcept {
 
 bool mediaLibraryWasMissed() { return wasMissed; }
 
+MediaHelper mediaHelper() {
+    MediaHelper result{helper::programPath(), "", ""};
+    auto about = helper::tryToStart();
+    if (!about) return result;
+    result.version = std::move(about->version);
+    result.libraries = std::move(about->libraries);
+    return result;
+}
+
 const MediaLibrary* mediaLibrary() {
-    static const MediaLibrary library{inspect, openAudio, openAudioTracks, versions, canDecode};
+    static const MediaLibrary library{inspect, openAudio, openAudioTracks, canDecode};
     if (!helper::programPath().empty()) return &library;
     wasMissed = true;
     return nullptr;

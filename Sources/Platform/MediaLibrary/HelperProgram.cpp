@@ -1,4 +1,5 @@
 #include "Platform/MediaHelper/HelperMessages.h"
+#include "Platform/MediaLibrary/ClaimedFrames.h"
 #include "Platform/MediaLibrary/FileInput.h"
 #include "Platform/MediaLibrary/LibavFile.h"
 #include "Platform/MediaLibrary/LibavPictures.h"
@@ -84,8 +85,8 @@ class Helper {
         }
         case helper::Request::close:
             return reply(files_.erase(reader.next<std::uint32_t>()) > 0);
-        case helper::Request::versions:
-            return reply(versions());
+        case helper::Request::about:
+            return reply(helper::About{ORVANE_VERSION, libraries()});
         case helper::Request::canDecode:
             return reply(avcodec_find_decoder_by_name(reader.next<std::string>().c_str()) != nullptr);
         case helper::Request::openPictures:
@@ -117,10 +118,13 @@ class Helper {
     }
 
     std::string open(const std::string& path, bool allTracks) {
+        // Of containers whose readers give only what is there.
+        const auto input = FileInput::open(path);
+        const std::int64_t claimed = input ? claimedFrames(*input) : 0;
         std::vector<helper::Track> tracks;
         for (auto& file : allTracks ? allTracksOf(path) : trackOf(path)) {
             tracks.push_back({next_, file->sampleRate(), file->channelCount(), file->frameCount(),
-                              file->promisedFrames()});
+                              std::max(file->promisedFrames(), claimed)});
             files_.emplace(next_++, std::move(file));
         }
         return reply(tracks);
@@ -215,7 +219,7 @@ class Helper {
         return answer;
     }
 
-    static std::string versions() {
+    static std::string libraries() {
         const auto text = [](const char* name, unsigned version) {
             return std::string(name) + " " + std::to_string(version >> 16U) + "." +
                    std::to_string(version >> 8U & 0xFFU) + "." + std::to_string(version & 0xFFU);

@@ -189,6 +189,11 @@ TEST(ALEParser, takesItsTimeAndMemoryFromWhatIsThere) {
     using std::string_literals::operator""s;
     EXPECT_EQ(ALEParser::decodeText("a\0b\0\0"s), "a\0b\0\0"s);
     EXPECT_EQ(ALEParser::decodeText("a,b\n\0,2\n"s), "a,b\n\0,2\n"s);
+    // A character that lies where a long text is looked at in pieces.
+    for (const std::size_t before : {1, 2, 3, 4}) {
+        const std::string text = std::string((std::size_t{4} << 20U) - before, 'a') + "\U0001F3AC,";
+        EXPECT_TRUE(ALEParser::decodeText(text) == text) << before;
+    }
 
     constexpr std::size_t manyColumns = 10000;
     std::string header, row;

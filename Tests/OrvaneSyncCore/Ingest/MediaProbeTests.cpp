@@ -204,6 +204,13 @@ TEST_F(Probe, linearTimecodeGivesTheStartOfTheFile) {
     EXPECT_EQ(clip.startTimecodeString, "10:00:00:05") << "on the second of its sound tracks";
     EXPECT_EQ(clip.timecodeFrameRate, TimecodeFrameRate::fps24);
     EXPECT_FALSE(clip.bextTimeReference || clip.projectFrameRate);
+    const MediaAsset fast =
+        probed(MovieMaker()
+                   .video({.timescale = 48, .frames = 72})
+                   .audio({.channels = 1, .codec = "twos", .samples = samples, .sound = bytes}),
+               "fast.mov");
+    EXPECT_EQ(fast.startTimecodeString, "10:00:00:11") << "the nearest picture of two to a frame of timecode";
+    EXPECT_EQ(fast.timecodeFrameRate, TimecodeFrameRate::fps48);
     EXPECT_FALSE(probed(silent, "b.mov").startTimecodeString.has_value());
     EXPECT_EQ(probed(MovieMaker(movie).timecode({25, 1, 90000}), "c.mov").startTimecodeString, "01:00:00:00");
     EXPECT_EQ(probed(MovieMaker(movie).timecode({25, 1, 0}), "e.mov").startTimecodeString, "10:00:00:05");

@@ -73,7 +73,7 @@ std::string played(const std::string& events, const ShortcutBindings& bindings) 
     std::string action;
     KeyboardMonitor monitor(
         [&](std::string_view key, ModifierSet modifiers) { return actionFor(bindings, key, modifiers); },
-        [&](KeyAction delivered) { action += rawValue(shortcutAction(delivered)); });
+        [&](KeyAction delivered) { action += rawValue(delivered); });
     std::istringstream words(events);
     std::string result;
     for (std::string word; words >> word;) {

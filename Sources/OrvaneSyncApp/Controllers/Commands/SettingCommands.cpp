@@ -30,15 +30,36 @@ platform::Task setSetting(CommandContext& context, Call call, std::shared_ptr<JS
     co_await platform::written(context.settings->set(key, value), *mainThread);
 }
 
+/// Presets are files, which the interface thread does not wait for.
+template <class Work>
+auto onDocuments(const CommandContext& context, Work work) {
+    const auto& open = context.controller->work();
+    return platform::onQueue(*open.documents, open.environment.mainThread, std::move(work));
+}
+
+platform::Task presets(CommandContext& context, Call /*call*/, std::shared_ptr<JSON> result) {
+    auto listing = onDocuments(context, [] { return PresetManager().list(); });
+    std::vector<std::string> names = co_await listing;
+    *result = JSON::array();
+    for (std::string& name : names) result->append(std::move(name));
+}
+
+platform::Task savePreset(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
+    auto saving = onDocuments(context, [name = call.text("name"), settings = context.settings] {
+        PresetManager().save(name, *settings);
+    });
+    co_await saving;
+}
+
 platform::Task loadPreset(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
+    // Who watches the settings is called on the thread that changes them.
     const auto mainThread = context.controller->work().environment.mainThread;
     co_await platform::written(PresetManager().load(call.text("name"), *context.settings), *mainThread);
 }
 
-JSON presets(CommandContext&, const Call&) {
-    JSON::Array names;
-    for (std::string& name : PresetManager().list()) names.emplace_back(std::move(name));
-    return names;
+platform::Task deletePreset(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
+    auto deleting = onDocuments(context, [name = call.text("name")] { PresetManager().deletePreset(name); });
+    co_await deleting;
 }
 
 } // namespace
@@ -49,19 +70,12 @@ std::vector<Command> settingCommands() {
                 setting),
         Command::later("setSetting", "Change a Setting", "Stores the value of a setting; null removes it.",
                        {{"key", text}, {"value", any, true}}, setSetting),
-        Command("presets", "Presets", "Lists the presets.", {}, presets),
-        Command("savePreset", "Save Preset", "Keeps the present settings under a name.", {{"name", text}},
-                [](CommandContext& context, const Call& call) {
-                    PresetManager().save(call.text("name"), *context.settings);
-                    return JSON();
-                }),
+        Command::later("presets", "Presets", "Lists the presets.", {}, presets),
+        Command::later("savePreset", "Save Preset", "Keeps the present settings under a name.",
+                       {{"name", text}}, savePreset),
         Command::later("loadPreset", "Load Preset", "Puts the settings of a preset in place.",
                        {{"name", text}}, loadPreset),
-        Command("deletePreset", "Delete Preset", "Deletes a preset.", {{"name", text}},
-                [](CommandContext&, const Call& call) {
-                    PresetManager().deletePreset(call.text("name"));
-                    return JSON();
-                }),
+        Command::later("deletePreset", "Delete Preset", "Deletes a preset.", {{"name", text}}, deletePreset),
     };
 }
 

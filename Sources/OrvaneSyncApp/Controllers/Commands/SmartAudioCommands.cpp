@@ -23,10 +23,10 @@ int trackOf(const SyncGroup& group, const Call& call) {
 
 bool hasSound(const SyncGroup& group) { return !group.isMOS(); }
 
-Command onTrack(std::string_view id, std::string_view help, const UndoStep& step,
+Command onTrack(std::string_view id, std::string_view title, std::string_view help, const UndoStep& step,
                 platform::Task (TrackEditing::*operation)(const UUID&, int)) {
     return Command::later(
-               id, step.actionName, help, {groupID, {.name = "trackIndex", .kind = integer, .lowest = 1}},
+               id, title, help, {groupID, {.name = "trackIndex", .kind = integer, .lowest = 1}},
                [step, operation](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                    const UUID group = call.id("groupID");
                    const int track = trackOf(context.group(group), call);
@@ -83,13 +83,14 @@ std::vector<Command> smartAudioCommands() {
         Command("smartAudioResult", "Smart Audio Result", "Gives what Smart Audio found in the clip.",
                 {groupID}, smartAudioResult)
             .forClips(hasSound),
-        onTrack("toggleTrackActive", "Switches a track of the export on or off.", steps::toggleTrackActive,
-                &TrackEditing::toggleTrackActive),
-        onTrack("soloTrackActive", "Switches all other tracks of the export off.", steps::soloTrackActive,
-                &TrackEditing::soloTrackActive),
-        onTrack("toggleAlgorithmInclusion", "Lets the analysis use a track, or keeps it out.",
-                steps::toggleAlgorithmInclusion, &TrackEditing::toggleAlgorithmInclusion),
-        onTrack("soloAlgorithmInclusion", "Lets the analysis use this track alone.",
+        onTrack("toggleTrackActive", "Toggle Audio Track", "Switches a track of the export on or off.",
+                steps::toggleTrackActive, &TrackEditing::toggleTrackActive),
+        onTrack("soloTrackActive", "Solo Audio Track", "Switches all other tracks of the export off.",
+                steps::soloTrackActive, &TrackEditing::soloTrackActive),
+        onTrack("toggleAlgorithmInclusion", "Toggle Algo Inclusion",
+                "Lets the analysis use a track, or keeps it out.", steps::toggleAlgorithmInclusion,
+                &TrackEditing::toggleAlgorithmInclusion),
+        onTrack("soloAlgorithmInclusion", "Solo Algo Inclusion", "Lets the analysis use this track alone.",
                 steps::soloAlgorithmInclusion, &TrackEditing::soloAlgorithmInclusion),
     };
 }

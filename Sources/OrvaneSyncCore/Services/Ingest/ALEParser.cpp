@@ -57,11 +57,39 @@ std::size_t lineOf(std::string_view text, std::size_t position) {
     return line + (position == 0 || text[position - 1] == '\n' || text[position - 1] == '\r' ? 1 : 0);
 }
 
+/// Hands on a text of any length piece by piece, each within some milliseconds. Throws Stopped.
+template <class Use>
+void inPieces(std::string_view text, const std::stop_token& stop, Use use) {
+    constexpr std::size_t length = std::size_t{4} << 20U; // bytes
+    while (!text.empty()) {
+        platform::throwIfStopped(stop);
+        std::size_t end = std::min(length, text.size());
+        // Not within a character of UTF-8.
+        for (int i = 0;
+             i < 3 && end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U; ++i)
+            --end;
+        use(text.substr(0, end));
+        text.remove_prefix(end);
+    }
+}
+
+bool isUTF8(std::string_view text, const std::stop_token& stop) {
+    bool isValid = true;
+    inPieces(text, stop,
+             [&](std::string_view piece) { isValid = isValid && platform::text::isValidUTF8(piece); });
+    return isValid;
+}
+
 /// Counts what is really there, so that the memory of millions of cells is not copied as it grows.
-void reserveFor(ALEFile::Builder& report, std::string_view rows, char delimiter) {
-    const auto count = [rows](char c) { return static_cast<std::size_t>(std::ranges::count(rows, c)); };
-    const std::size_t lines = count('\n') + count('\r') + 1;
-    report.reserve(lines, count(delimiter) + lines, rows.size());
+void reserveFor(ALEFile::Builder& report, std::string_view rows, char delimiter,
+                const std::stop_token& stop) {
+    std::size_t lines = 1, delimiters = 0;
+    inPieces(rows, stop, [&](std::string_view piece) {
+        const auto count = [piece](char c) { return static_cast<std::size_t>(std::ranges::count(piece, c)); };
+        lines += count('\n') + count('\r');
+        delimiters += count(delimiter);
+    });
+    report.reserve(lines, delimiters + lines, rows.size());
 }
 
 /// One line of the section `Heading`: a key, a tab and a value.
@@ -120,13 +148,13 @@ std::string ALEParser::decodeText(std::string bytes, const std::stop_token& stop
     if (view.starts_with(utf16BEMark))
         return decodedOrThrow(view.substr(utf16BEMark.size()), Encoding::utf16BE, stop);
     if (view.starts_with(utf8Mark)) {
-        if (!platform::text::isValidUTF8(view)) throw ALEParserError::unreadable();
+        if (!isUTF8(view, stop)) throw ALEParserError::unreadable();
         bytes.erase(0, utf8Mark.size());
         return bytes;
     }
     if (const auto encoding = utf16ByZeroBytes(view))
         if (auto text = platform::text::strictlyDecoded(view, *encoding, stop)) return *std::move(text);
-    if (platform::text::isValidUTF8(view)) return bytes;
+    if (isUTF8(view, stop)) return bytes;
     return platform::text::decoded(view, platform::text::westernEncoding(view, stop), stop);
 }
 
@@ -180,7 +208,7 @@ ALEFile ALEParser::parseALESections(std::string_view text, const std::stop_token
         } else if (word == "Data") {
             section = Section::data;
             // Once: a text may be nothing but such lines.
-            if (!std::exchange(hasRoom, true)) reserveFor(report, lines.rest(), '\t');
+            if (!std::exchange(hasRoom, true)) reserveFor(report, lines.rest(), '\t', stop);
         } else if (section == Section::heading) {
             readHeading(report, *line);
         } else if (section == Section::column && !report.hasColumns()) {
@@ -200,7 +228,7 @@ ALEFile ALEParser::parseDelimited(std::string_view text, const std::stop_token& 
     ReportRecords& records = header.below;
     ALEFile::Builder report;
     report.setColumns(std::move(header.columns));
-    reserveFor(report, records.rest(), header.delimiter);
+    reserveFor(report, records.rest(), header.delimiter, stop);
     platform::StopCheck check(stop);
     while (const auto record = records.nextFilled()) {
         check();

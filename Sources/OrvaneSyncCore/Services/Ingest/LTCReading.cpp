@@ -121,6 +121,17 @@ std::int64_t frameCount(const LTCWord& word, Rate rate) {
 
 std::string LTCStart::timecode() const { return Timecode::fromFrameCount(nearestFrame, rate).stringValue(); }
 
+std::optional<LTCStart> LTCStart::inFramesOf(const Fraction& pictureRate) const {
+    const Fraction own = timecodeRate::rate(rate);
+    const auto times = std::llround(pictureRate.doubleValue() / own.doubleValue());
+    const auto finer = timecodeRate::from(pictureRate, timecodeRate::isDrop(rate));
+    if (times < 2 || Fraction(own.numerator() * times, own.denominator()) != pictureRate || !finer)
+        return std::nullopt;
+    const double start = (static_cast<double>(nearestFrame) + remainder) * static_cast<double>(times);
+    const std::int64_t nearest = std::llround(start), day = frameCount(Timecode({.hours = 24}, *finer));
+    return LTCStart{*finer, (nearest % day + day) % day, start - static_cast<double>(nearest)};
+}
+
 double LTCStart::seconds() const {
     return std::max(0.0, static_cast<double>(nearestFrame) + remainder) /
            timecodeRate::frameRateForRealTimeCalculation(rate);

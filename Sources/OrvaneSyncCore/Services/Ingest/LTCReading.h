@@ -18,6 +18,9 @@ struct LTCStart {
 
     /// The nearest frame as text.
     std::string timecode() const;
+    /// The same in frames of a picture whose rate is a whole multiple of the timecode's, such as 50 for 25;
+    /// nothing for another rate.
+    std::optional<LTCStart> inFramesOf(const Fraction& pictureRate) const;
     /// Seconds on the wall clock, exact beyond the frame; not below 0.
     double seconds() const;
 };

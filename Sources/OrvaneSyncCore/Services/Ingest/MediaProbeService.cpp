@@ -325,16 +325,21 @@ void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFil
     }
 }
 
-/// The picture of a camera begins with a frame, so its start is the nearest one. A recording begins anywhere
-/// within a frame and is stated to the sample.
+/// The picture of a camera begins with a frame, so its start is the nearest one, of the picture where it has
+/// several to a frame of the timecode. A recording begins anywhere within a frame and is stated to the
+/// sample.
 void MediaProbeService::listenForTimecode(MediaAsset& asset, const std::stop_token& stop) const {
     const auto frame = LTCDecoder::decodeFirstFrame(asset.url.path, settings_->get(settings::ltcChannelIndex),
                                                     statedRate(asset), stop);
     if (!frame) return;
-    asset.startTimecodeString = frame->start ? frame->start->timecode() : frame->tc;
+    asset.startTimecodeString = frame->tc;
     if (!frame->start) return;
-    asset.timecodeFrameRate = frame->start->rate;
-    const double samples = frame->start->seconds() * asset.sampleRate.value_or(assumedSampleRate);
+    LTCStart start = *frame->start;
+    if (asset.kind == AssetKind::video && asset.frameRate)
+        if (const auto finer = start.inFramesOf(exactRate(*asset.frameRate))) start = *finer;
+    asset.startTimecodeString = start.timecode();
+    asset.timecodeFrameRate = start.rate;
+    const double samples = start.seconds() * asset.sampleRate.value_or(assumedSampleRate);
     constexpr double most = 1e15; // of a day at any rate of samples
     if (asset.kind == AssetKind::audio && samples >= 1 && samples < most)
         asset.bextTimeReference = static_cast<std::uint64_t>(std::llround(samples));

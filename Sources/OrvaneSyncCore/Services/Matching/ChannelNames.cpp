@@ -26,6 +26,20 @@ bool isChannelPiece(std::string_view piece) {
            std::ranges::find(channelWords, piece.substr(0, word)) != channelWords.end();
 }
 
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+/// Where the channel begins that stands straight behind the number of the take, as in "0001s12"; the end
+/// where there is none. Fewer digits may be a scene, and "12s1" a shot of it.
+std::size_t channelBehindNumber(std::string_view piece) {
+    constexpr std::size_t digitsOfTake = 4;
+    const auto letter = std::ranges::find_if_not(piece, isDigit);
+    const auto before = static_cast<std::size_t>(letter - piece.begin());
+    const std::string_view rest = piece.substr(before);
+    const bool isChannel = rest.size() > 1 && rest.size() <= 1 + mostDigits && rest.front() == 's' &&
+                           std::ranges::all_of(rest.substr(1), isDigit);
+    return before == digitsOfTake && isChannel ? before : piece.size();
+}
+
 } // namespace
 
 std::vector<std::string_view> piecesOfName(std::string_view text) {
@@ -41,8 +55,12 @@ std::vector<std::string_view> piecesOfName(std::string_view text) {
 
 ChannelName::ChannelName(const MediaAsset& recording) {
     const std::string whole = recording.normalizedName();
-    for (const std::string_view text : piecesOfName(whole))
-        pieces_.push_back({std::string(text), isChannelPiece(text)});
+    for (const std::string_view text : piecesOfName(whole)) {
+        const std::size_t channel = channelBehindNumber(text);
+        const std::string_view name = text.substr(0, channel), behind = text.substr(channel);
+        pieces_.push_back({std::string(name), isChannelPiece(name)});
+        if (!behind.empty()) pieces_.push_back({std::string(behind), true});
+    }
     if (!recording.ixmlData) return;
     // A recorder may put the name that was given to the track behind that of the take.
     for (const IXMLTrack& track : recording.ixmlData->tracks) {

@@ -41,55 +41,76 @@ void applyFields(SyncGroup& group, Fields fields) {
     group.aleMetadata = std::move(fields);
 }
 
+// A report may have a million rows, and a shoot some thousand clips: each index below holds the names that
+// clips ask for, and of the rows those that bear one.
+
+/// The row of each name that is asked for, of several the last.
+using Rows = std::unordered_map<std::string, std::optional<std::size_t>>;
+
+std::optional<Fields> fieldsOf(const ALEFile& report, const Rows& rows, const std::string& name) {
+    const auto row = rows.find(name);
+    if (row == rows.end() || !row->second) return std::nullopt;
+    return report.clip(*row->second).fields();
+}
+
 /// The rows of a report by the file that each names in the column "Name".
 class RowsByName {
   public:
-    RowsByName(const ALEFile& report, const std::stop_token& stop) : report_(report) {
+    RowsByName(const ALEFile& report, const SyncGroupList& groups, const std::stop_token& stop)
+        : report_(report) {
+        for (const SyncGroup& group : groups) rows_.try_emplace(group.video.normalizedName());
         platform::StopCheck check(stop);
         for (std::size_t row = 0; row < report.clipCount(); ++row) {
             check();
-            rows_[normalisedFilename(report.clip(row).cell("Name").value_or(""))] = row;
+            const auto asked = rows_.find(normalisedFilename(report.clip(row).cell("Name").value_or("")));
+            if (asked != rows_.end()) asked->second = row;
         }
     }
 
     std::optional<Fields> fieldsFor(const SyncGroup& group) {
-        const auto row = rows_.find(group.video.normalizedName());
-        if (row == rows_.end()) return std::nullopt;
-        return report_.clip(row->second).fields();
+        return fieldsOf(report_, rows_, group.video.normalizedName());
     }
 
   private:
     const ALEFile& report_;
-    std::unordered_map<std::string, std::size_t> rows_;
+    Rows rows_;
 };
 
 /// The rows of a report by the file or reel that each names in a chosen column.
 class RowsByColumn {
   public:
-    RowsByColumn(const ALEFile& report, const std::string& column, const std::stop_token& stop)
+    RowsByColumn(const ALEFile& report, const SyncGroupList& groups, const std::string& column,
+                 const std::stop_token& stop)
         : report_(report) {
+        for (const SyncGroup& group : groups)
+            for (std::string& key : keysOf(group)) entries_.try_emplace(std::move(key));
+        const auto add = [this](const std::string& key, std::size_t row) {
+            if (const auto asked = entries_.find(key); asked != entries_.end())
+                asked->second.rows.push_back(row);
+        };
         platform::StopCheck check(stop);
         for (std::size_t row = 0; row < report.clipCount(); ++row) {
             check();
             const std::string text(report.clip(row).cell(column).value_or(""));
             if (text.empty()) continue;
-            std::string normalised = normalisedFilename(text);
-            if (normalised != text) entries_[std::move(normalised)].rows.push_back(row);
-            entries_[text].rows.push_back(row);
+            if (const std::string normalised = normalisedFilename(text); normalised != text)
+                add(normalised, row);
+            add(text, row);
         }
     }
 
     std::optional<Fields> fieldsFor(const SyncGroup& group) {
-        const std::string stem = group.video.filenameStem();
-        const std::string reel = stem.substr(0, stem.find('_'));
-        for (const std::string& key : {group.video.normalizedName(), group.video.filename, reel}) {
-            const auto entry = entries_.find(key);
-            if (!key.empty() && entry != entries_.end()) return merged(entry->second);
-        }
+        for (const std::string& key : keysOf(group))
+            if (Entry& entry = entries_.at(key); !key.empty() && !entry.rows.empty()) return merged(entry);
         return std::nullopt;
     }
 
   private:
+    /// Its name, its file and its reel.
+    static std::array<std::string, 3> keysOf(const SyncGroup& group) {
+        const std::string stem = group.video.filenameStem();
+        return {group.video.normalizedName(), group.video.filename, stem.substr(0, stem.find('_'))};
+    }
     struct Entry {
         std::vector<std::size_t> rows; ///< in file order
         std::optional<Fields> merged;
@@ -113,35 +134,41 @@ class RowsByColumn {
 /// The rows of a report by the recording that each names.
 class RowsBySound {
   public:
-    RowsBySound(const ALEFile& report, std::stop_token stop) : report_(report), stop_(std::move(stop)) {}
+    RowsBySound(const ALEFile& report, SyncGroupList groups, std::stop_token stop)
+        : report_(report), groups_(std::move(groups)), stop_(std::move(stop)) {}
 
     std::optional<Fields> fieldsFor(const SyncGroup& group) {
         if (group.audioMatches.empty()) return std::nullopt;
         if (!rows_) rows_ = rowsByRecording();
-        for (const AudioMatch& match : group.audioMatches) {
-            const std::string name = match.audio->normalizedName();
-            for (const std::string& key : {name, name.substr(0, name.rfind('_')) + "_x"})
-                if (const auto row = rows_->find(key); row != rows_->end())
-                    return report_.clip(row->second).fields();
-        }
+        for (const AudioMatch& match : group.audioMatches)
+            for (const std::string& key : keysOf(match))
+                if (auto fields = fieldsOf(report_, *rows_, key)) return fields;
         return std::nullopt;
     }
 
   private:
-    using Rows = std::unordered_map<std::string, std::size_t>;
+    /// The name of the recording, and that of the take whose channels lie in files of their own.
+    static std::array<std::string, 2> keysOf(const AudioMatch& match) {
+        const std::string name = match.audio->normalizedName();
+        return {name, name.substr(0, name.rfind('_')) + "_x"};
+    }
 
     Rows rowsByRecording() const {
         std::vector<std::string> columns;
         for (const std::string_view column : report_.columns())
             if (ReportColumns::namesFiles(column)) columns.emplace_back(column);
         Rows rows;
+        for (const SyncGroup& group : groups_)
+            for (const AudioMatch& match : group.audioMatches)
+                for (std::string& key : keysOf(match)) rows.try_emplace(std::move(key));
         platform::StopCheck check(stop_);
         for (std::size_t row = 0; row < report_.clipCount(); ++row) {
             check();
-            for (const std::string& column : columns)
-                if (std::string name = recordingName(report_.clip(row).cell(column).value_or(""));
-                    !name.empty())
-                    rows[std::move(name)] = row;
+            for (const std::string& column : columns) {
+                const std::string name = recordingName(report_.clip(row).cell(column).value_or(""));
+                const auto asked = name.empty() ? rows.end() : rows.find(name);
+                if (asked != rows.end()) asked->second = row;
+            }
         }
         return rows;
     }
@@ -156,6 +183,7 @@ class RowsBySound {
     }
 
     const ALEFile& report_;
+    const SyncGroupList groups_;
     const std::stop_token stop_;
     std::optional<Rows> rows_; ///< made when a clip asks that no other row belongs to
 };
@@ -163,7 +191,7 @@ class RowsBySound {
 template <class Rows>
 MetadataMerger::MergeResult mergeRows(const ALEFile& report, Rows rows, SyncGroupList& groups,
                                       const std::stop_token& stop) {
-    RowsBySound rowsBySound(report, stop);
+    RowsBySound rowsBySound(report, groups, stop);
     std::optional<Fields> fields; // of the group under way: each is changed before the next is tested
     const std::size_t matched = groups.updateWhere(
         [&](const SyncGroup& group) {
@@ -183,8 +211,9 @@ MetadataMerger::MergeResult MetadataMerger::merge(const ALEFile& aleFile, SyncGr
                                                   const std::stop_token& stop) const {
     const bool byColumn = strategy.kind == ALEMatchStrategy::Kind::column &&
                           !platform::text::trimmed(strategy.columnName).empty();
-    return byColumn ? mergeRows(aleFile, RowsByColumn(aleFile, strategy.columnName, stop), groups, stop)
-                    : mergeRows(aleFile, RowsByName(aleFile, stop), groups, stop);
+    return byColumn
+               ? mergeRows(aleFile, RowsByColumn(aleFile, groups, strategy.columnName, stop), groups, stop)
+               : mergeRows(aleFile, RowsByName(aleFile, groups, stop), groups, stop);
 }
 
 std::optional<double> MetadataMerger::lookupSensorFPS(const Fields& fields) {

@@ -140,11 +140,6 @@ const ActionDescription& description(ShortcutAction action) {
     return descriptions.at(static_cast<std::size_t>(action));
 }
 
-// The key actions are the first of the actions.
-static_assert(static_cast<int>(KeyAction::lockAllInCluster) ==
-              static_cast<int>(ShortcutAction::lockAllInCluster));
-static_assert(static_cast<int>(KeyAction::lockAllInCluster) + 1 == static_cast<int>(ShortcutAction::undo));
-
 } // namespace
 
 std::string_view label(ShortcutCategory category) {
@@ -167,9 +162,7 @@ bool repeatsWhenHeld(ShortcutAction action) { return description(action).repeats
 
 std::optional<KeyAction> keyAction(ShortcutAction action) {
     if (action >= ShortcutAction::undo) return std::nullopt;
-    return static_cast<KeyAction>(action);
+    return action;
 }
-
-ShortcutAction shortcutAction(KeyAction action) { return static_cast<ShortcutAction>(action); }
 
 } // namespace orvane

@@ -110,44 +110,9 @@ Shortcut defaultShortcut(ShortcutAction action);
 /// Whether a key that is held down does it again and again.
 bool repeatsWhenHeld(ShortcutAction action);
 
-/// What the keyboard monitor delivers: the actions but those of the menus, under the same names.
-enum class KeyAction : std::uint8_t {
-    playPause,
-    shuttleForward,
-    shuttleReverse,
-    shuttleStop,
-    stepForward,
-    stepBackward,
-    stepForward5,
-    stepBackward5,
-    slowMoForward,
-    slowMoReverse,
-    jumpPrevEdit,
-    jumpNextEdit,
-    audioOffsetPlus,
-    audioOffsetMinus,
-    audioOffsetPlus5,
-    audioOffsetMinus5,
-    nudgeCommaMinus,
-    nudgePeriodPlus,
-    nudgeCommaMinus10,
-    nudgePeriodPlus10,
-    nextGroup,
-    prevGroup,
-    toggleApproved,
-    clearLoop,
-    toggleAudioExpand,
-    toggleFullscreen,
-    zoomIn,
-    zoomOut,
-    zoomFit,
-    clapCheck,
-    updateClapPoint,
-    lockCurrent,
-    lockAllInCluster
-};
+/// What the keyboard monitor delivers: every action but those of the menus.
+using KeyAction = ShortcutAction;
 /// Nothing for an action of the menus.
 std::optional<KeyAction> keyAction(ShortcutAction action);
-ShortcutAction shortcutAction(KeyAction action);
 
 } // namespace orvane

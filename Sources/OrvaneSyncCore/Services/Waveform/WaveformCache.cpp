@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Waveform/WaveformCache.h"
 
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "OrvaneSyncCore/Services/Waveform/WaveformFile.h"
 #include "OrvaneSyncCore/Utilities/PackedBytes.h"
 #include "OrvaneSyncCore/Utilities/QuickHash.h"
 #include "Platform/Files.h"
@@ -8,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cstring>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -19,58 +19,7 @@ namespace files = platform::files;
 
 namespace {
 
-constexpr std::string_view name = "ORVWAVE1"; ///< the last digit is that of the layout
 constexpr std::string_view suffix = ".waveform";
-
-void append(std::string& out, const std::vector<float>& values) {
-    out.append(reinterpret_cast<const char*>(values.data()), values.size() * sizeof(float));
-}
-
-std::vector<float> takeValues(PackedReader& in, std::size_t count) {
-    if (count > in.left() / sizeof(float)) {
-        in.fail();
-        return {};
-    }
-    std::vector<float> values(count);
-    const std::string_view bytes = in.bytes(count * sizeof(float));
-    std::memcpy(values.data(), bytes.data(), bytes.size());
-    return values;
-}
-
-/// `name`, the hash of all that follows, the key, the numbers, and the values list by list.
-std::string encoded(const std::string& key, const WaveformResult& waveform) {
-    std::string body;
-    appendText(body, key);
-    appendPlain(body, waveform.binsPerSecond);
-    appendPlain(body, waveform.durationSeconds);
-    appendPlain(body, static_cast<std::uint32_t>(waveform.peaks.size()));
-    appendPlain(body, static_cast<std::uint32_t>(waveform.peaksPerChannel.size()));
-    append(body, waveform.peaks);
-    append(body, waveform.rms);
-    for (const auto& channel : waveform.peaksPerChannel) append(body, channel);
-    for (const auto& channel : waveform.rmsPerChannel) append(body, channel);
-    std::string out(name);
-    appendPlain(out, quickHash(body));
-    return out + body;
-}
-
-std::optional<WaveformResult> decoded(std::string_view bytes, const std::string& key) {
-    PackedReader in(bytes);
-    if (in.bytes(name.size()) != name) return std::nullopt;
-    const auto hash = in.plain<std::uint64_t>();
-    if (in.hasFailed() || quickHash(bytes.substr(bytes.size() - in.left())) != hash || in.text() != key)
-        return std::nullopt;
-    WaveformResult waveform;
-    waveform.binsPerSecond = in.plain<double>();
-    waveform.durationSeconds = in.plain<double>();
-    const auto bins = in.plain<std::uint32_t>(), channels = in.plain<std::uint32_t>();
-    if (channels > WaveformResult::mostChannels) return std::nullopt;
-    waveform.peaks = takeValues(in, bins);
-    waveform.rms = takeValues(in, bins);
-    for (auto* lists : {&waveform.peaksPerChannel, &waveform.rmsPerChannel})
-        for (std::uint32_t i = 0; i < channels; ++i) lists->push_back(takeValues(in, bins));
-    return in.hasFailed() || in.left() > 0 ? std::nullopt : std::optional(std::move(waveform));
-}
 
 } // namespace
 
@@ -110,7 +59,7 @@ bool WaveformCache::contains(const Place& place) const { return files::exists(pa
 std::optional<WaveformResult> WaveformCache::find(const Place& place) const {
     if (!contains(place)) return std::nullopt;
     try {
-        return decoded(files::readText(path(place)), place.key);
+        return waveformFromBytes(files::readText(path(place)), place.key);
     } catch (const platform::FileError&) {
         return std::nullopt;
     }
@@ -120,7 +69,7 @@ void WaveformCache::store(const Place& place, const TakeSound& sound, std::size_
                           const WaveformResult& waveform) {
     const auto after = placeOf(sound, totalBins);
     if (!after || after->key != place.key) return;
-    const std::string bytes = encoded(place.key, waveform);
+    const std::string bytes = waveformBytes(place.key, waveform);
     const std::lock_guard lock(mutex_);
     try {
         files::createDirectories(folder_);

@@ -1,0 +1,78 @@
+#include "Platform/Files.h"
+#include "Platform/JSON.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+namespace orvane::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// What `doctor` says of the media helper, and what a command says of a file that needs it, where the helper
+/// is missing, does not start, belongs to another build, or is there.
+TEST(Doctor, saysWhatTheMediaHelperLacks) {
+    const TemporaryDirectory folder;
+    const fs::path program = folder.path("bin/orvanesync"), helper = folder.path("lib/orvane_media_helper");
+    fs::create_directories(program.parent_path());
+    fs::create_directories(helper.parent_path());
+    fs::copy_file(ORVANESYNC_PROGRAM, program);
+    const std::string recording = folder.write("take.aiff", "FORM");
+    const auto run = [&](const std::string& arguments) {
+        const std::string homes = "XDG_CONFIG_HOME='" + folder.path("home") + "' XDG_DATA_HOME='" +
+                                  folder.path("home") + "' XDG_CACHE_HOME='" + folder.path("home") + "' ";
+        const std::string out = folder.path("out");
+        std::system((homes + program.string() + " " + arguments + " >'" + out + "' 2>&1").c_str()); // NOLINT
+        return platform::files::readText(out);
+    };
+    const auto script = [&](const char* text) {
+        folder.write("lib/orvane_media_helper", text);
+        fs::permissions(helper, fs::perms::owner_exec, fs::perm_options::add);
+    };
+    struct Case {
+        const char* name;
+        std::function<void()> prepare;
+        const char* status;
+        const char* says;
+    };
+    const std::vector<Case> cases{
+        {"missing", [] {}, "problem", "missing beside the program"},
+        {"a library of it is missing", [&] { script("#!/bin/sh\nexit 127\n"); }, "problem", "libavformat59"},
+        {"left over from another build",
+         // The length of the answer, no read error, and two texts behind their lengths.
+         [&] {
+             script(R"(#!/bin/sh
+printf '\022\0\0\0\0\001\0\0\0\0\0\0\0009\0\0\0\0\0\0\0\0' >&3
+cat <&3
+)");
+         },
+         "problem", "is of version 9"},
+        {"there",
+         [&] {
+             fs::remove(helper);
+             fs::copy_file(ORVANE_MEDIA_HELPER, helper);
+         },
+         "ok", "(version " ORVANE_VERSION ")"}};
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.name);
+        one.prepare();
+        const platform::JSON report = platform::JSON::parse(run("doctor --json"));
+        for (const platform::JSON& check : *report.find("checks")->elements()) {
+            if (*check.find("name")->string() != "media helper") continue;
+            EXPECT_EQ(*check.find("status")->string(), one.status);
+            EXPECT_NE(check.find("detail")->string()->find(one.says), std::string::npos) << check.dump();
+        }
+        EXPECT_NE(run("loudness '" + recording + "'")
+                      .find(std::string_view(one.status) == "ok"
+                                ? "no sound that can be decoded"
+                                : "'orvanesync doctor' says what to install"),
+                  std::string::npos);
+    }
+}
+
+} // namespace
+} // namespace orvane::test

@@ -51,7 +51,7 @@ MetadataFieldGrouping::grouped(const std::map<std::string, std::string>& fields)
     return result;
 }
 
-JSON toJSON(const MetadataFieldGrouping::Group& group) {
+JSON MetadataFieldGrouping::toJSON(const Group& group) {
     JSON rows = JSON::array();
     for (const auto& [key, value] : group.rows) {
         JSON row;
@@ -60,7 +60,7 @@ JSON toJSON(const MetadataFieldGrouping::Group& group) {
         rows.append(std::move(row));
     }
     JSON json;
-    json.set("group", rawValue(group.group));
+    json.set("group", orvane::rawValue(group.group));
     json.set("rows", std::move(rows));
     return json;
 }

@@ -30,8 +30,8 @@ struct Group {
 /// Groups in the order of display, without those that would be empty; entries without a value are left out.
 std::vector<Group> grouped(const std::map<std::string, std::string>& fields);
 
-} // namespace MetadataFieldGrouping
+JSON toJSON(const Group& group);
 
-JSON toJSON(const MetadataFieldGrouping::Group& group);
+} // namespace MetadataFieldGrouping
 
 } // namespace orvane

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/Commands/Command.h"
 #include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/Controllers/LockitOAuthService.h"
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutCenter.h"
 #include "Platform/SettingsStore.h"
@@ -24,8 +25,13 @@ class CommandContext {
     /// requests.
     std::function<bool(const platform::JSON& id)> cancelRequest;
 
+    /// Shows a page to the user for signing in, and says whether it could; on a thread that waits.
+    std::function<bool(const std::string& url)> showPage = platform::BrowserSession::openInDesktop;
+
     /// Begins to read them when they are first asked for.
     const std::shared_ptr<ShortcutCenter>& shortcuts();
+    /// Of LockitNetwork; begins to look up who is signed in when it is first asked for.
+    const std::shared_ptr<LockitOAuthService>& account();
 
     /// Throws for a clip, recording, range or wild track that a call names and that is not there: before the
     /// call has done anything, so that there is nothing to take back.
@@ -37,6 +43,7 @@ class CommandContext {
 
   private:
     std::shared_ptr<ShortcutCenter> shortcuts_;
+    std::shared_ptr<LockitOAuthService> account_;
 };
 
 /// Runs an operation; what it refuses is a mistake in the request of that name.

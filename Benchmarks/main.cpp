@@ -1,5 +1,6 @@
 #include "CoreBenchmarks.h"
 #include "EditingBenchmarks.h"
+#include "LockitBenchmarks.h"
 #include "Process.h"
 #include "ReportBenchmarks.h"
 #include "SessionBenchmarks.h"
@@ -119,6 +120,7 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printSessionRows(results);
     printEditingRows(results);
     printStopRows(results);
+    printLockitRows(results);
     const auto version = medianRun({program, "--version"}, 51);
     const auto nothing = medianRun({"/bin/true"}, 51);
     constexpr double mostMilliseconds = 20;
@@ -155,6 +157,7 @@ int main(int argc, char** argv) {
     registerSessionBenchmarks(folder);
     registerEditingBenchmarks();
     registerStopBenchmarks(corpus, folder);
+    registerLockitBenchmarks();
 
     std::vector<char*> options{argv[0]};
     std::string repetitions = "--benchmark_repetitions=5", quiet = "--benchmark_report_aggregates_only=true",

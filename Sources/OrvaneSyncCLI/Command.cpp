@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCLI/TypedSettings.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
+#include "Platform/BrowserSession.h"
 #include "Platform/MediaInspector.h"
 #include "Platform/Text.h"
 
@@ -146,10 +147,14 @@ void Context::warn(std::string_view message) const {
 
 std::span<const Command* const> allCommands() {
     static const auto commands = std::to_array<const Command*>(
-        {&syncCommand(), &scanCommand(), &diagnoseCommand(), &probeCommand(), &analyzeCommand(),
-         &loudnessCommand(), &ltcCommand(), &clapCommand(), &onsetsCommand(), &waveformCommand(),
-         &reportCommand(), &timecodeCommand(), &sessionCommand(), &projectCommand(), &settingsCommand(),
-         &shortcutsCommand(), &serveCommand(), &doctorCommand()});
+        {&syncCommand(),       &scanCommand(),     &diagnoseCommand(), &probeCommand(),   &analyzeCommand(),
+         &loudnessCommand(),   &ltcCommand(),      &clapCommand(),     &onsetsCommand(),  &waveformCommand(),
+         &reportCommand(),     &timecodeCommand(), &sessionCommand(),  &projectCommand(), &settingsCommand(),
+         &shortcutsCommand(),  &lockitCommand(),   &serveCommand(),    &doctorCommand(),
+#ifdef ORVANE_DEMO
+         &serviceDemoCommand()
+#endif
+        });
     return commands;
 }
 
@@ -173,6 +178,7 @@ int run(std::span<const std::string> words, Context& context) {
             printVersion(context.out);
             return done;
         }
+        if (first == platform::BrowserSession::callbackCommand) return handOverCallback(words, context);
         const Command* command = findCommand(first);
         if (command == nullptr) {
             context.err << "error: " << unknownCommand(first)

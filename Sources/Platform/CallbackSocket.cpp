@@ -16,7 +16,6 @@ namespace orvane::platform {
 
 namespace {
 
-constexpr mode_t ownerOnly = 0700;
 constexpr std::size_t longestMessage = std::size_t{64} << 10U;
 constexpr timeval patience{1, 0};
 

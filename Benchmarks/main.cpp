@@ -1,6 +1,7 @@
 #include "CoreBenchmarks.h"
 #include "EditingBenchmarks.h"
 #include "HelperBenchmarks.h"
+#include "LockitBenchmarks.h"
 #include "PictureBenchmarks.h"
 #include "Process.h"
 #include "ReportBenchmarks.h"
@@ -125,6 +126,7 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printEditingRows(results);
     printStopRows(results);
     printPictureRows(folder);
+    printLockitRows(results);
     const auto version = medianRun({program, "--version"}, 51);
     const auto nothing = medianRun({"/bin/true"}, 51);
     constexpr double mostMilliseconds = 20;
@@ -168,6 +170,7 @@ int main(int argc, char** argv) {
     registerSessionBenchmarks(folder);
     registerEditingBenchmarks();
     registerStopBenchmarks(corpus, folder);
+    registerLockitBenchmarks();
 
     std::vector<char*> options{argv[0]};
     std::string repetitions = "--benchmark_repetitions=5", quiet = "--benchmark_report_aggregates_only=true",

@@ -1,7 +1,9 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "OrvaneSyncCore/Services/Persistence/ServiceConfiguration.h"
 #include "OrvaneSyncCore/Services/Persistence/StandardSettings.h"
+#include "Platform/CredentialStore.h"
 #include "Platform/Files.h"
 #include "Platform/JSON.h"
 #include "Platform/MediaInspector.h"
@@ -102,6 +104,21 @@ Check recognitionCheck() {
     return {"text recognition", state.isAvailable ? "ok" : "problem", state.description};
 }
 
+Check serviceCheck() {
+    const auto service = ServiceConfiguration::load();
+    if (service.problem) return {"metadata service", "problem", *service.problem};
+    if (service.hasLockit()) return {"metadata service", "ok", *service.baseURL};
+    return {"metadata service", "unused", "none is configured in " + ServiceConfiguration::path()};
+}
+
+Check keyStoreCheck() {
+    const auto kept = platform::CredentialStore::create(AppStorageHelper::credentialFile())->describe();
+    if (kept.isEncrypted) return {"key store", "ok", kept.where};
+    return {"key store", "problem",
+            "the desktop has none that answers; secrets are kept in " + kept.where +
+                ", which you alone can read and which is not encrypted"};
+}
+
 std::vector<Check> checks(const Context& context) {
     const platform::MediaHelper helper = platform::mediaHelper();
     return {settingsCheck(context),
@@ -113,7 +130,8 @@ std::vector<Check> checks(const Context& context) {
             codecCheck(),
             audioOutputCheck(),
             recognitionCheck(),
-            {"key store", "unused", "this version signs in nowhere"}};
+            serviceCheck(),
+            keyStoreCheck()};
 }
 
 void doctor(Context& context, const Arguments& arguments) {

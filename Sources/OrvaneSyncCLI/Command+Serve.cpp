@@ -70,6 +70,10 @@ std::optional<JSON> progressJSON(const ImportController& controller, ImportField
     const ScanProgress& scan = controller.scan().progress();
     if (field == ImportField::progress && scan.isActive())
         return progressJSON(scan.phase, scan.current, scan.total, scan.fraction());
+    const LockitController::Progress& asked = controller.lockit().progress();
+    if (field == ImportField::lockit && controller.lockit().isSyncingLockit() && asked.days > 0)
+        return progressJSON("LockitNetwork", asked.day, asked.days,
+                            static_cast<double>(asked.day) / asked.days);
     const SmartAudioProgress& hearing = controller.smartAudio().state().progress;
     if (field == ImportField::smartAudio && hearing.total > 0)
         return progressJSON(hearing.phase, hearing.current, hearing.total, hearing.fraction);
@@ -116,6 +120,11 @@ void serve(Context& context, const Arguments& arguments) {
     commands::CommandContext work = openWork(context, arguments, loop);
     rpc::Server server(work, commands::allCommands(),
                        [&](const std::string& line) { context.out << line << std::endl; });
+    // Called where the sign-in waits.
+    work.showPage = [loop, &server](const std::string& url) {
+        loop->post([&server, url] { server.notify("openURL", JSON::Object{{"url", url}}); });
+        return true;
+    };
     const auto progressing = work.controller->onChange([&](ImportField field) {
         if (!server.isWaitedFor()) return; // an analysis in the background
         if (auto progress = progressJSON(*work.controller, field)) server.notify("progress", *progress);

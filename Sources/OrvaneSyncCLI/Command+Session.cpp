@@ -2,6 +2,7 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/DocumentOutput.h"
 #include "OrvaneSyncCLI/Printers.h"
+#include "OrvaneSyncCLI/SessionNamed.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
@@ -11,6 +12,23 @@
 #include <algorithm>
 
 namespace orvane::cli {
+
+SessionInfo sessionNamed(const SessionStore& store, const std::string& words) {
+    const auto sessions = store.list();
+    const std::string wanted = platform::text::uppercased(words);
+    std::vector<SessionInfo> found;
+    for (const SessionInfo& info : sessions) {
+        if (info.id.text() == wanted) return info;
+        if (info.id.text().starts_with(wanted) || info.name == words) found.push_back(info);
+    }
+    // One whose record can't be read is in no list.
+    if (const auto id = UUID::fromText(wanted); id && found.empty() && store.exists(*id)) return {.id = *id};
+    if (words.empty() || found.empty()) throw CommandError("there is no session '" + words + "'");
+    if (found.size() > 1)
+        throw CommandError("'" + words + "' means " + std::to_string(found.size()) +
+                           " sessions; orvanesync session list tells their ids");
+    return found.front();
+}
 
 namespace {
 
@@ -36,24 +54,6 @@ void list(Context& context, const SessionStore& store, bool asJSON) {
         table.add({info.id.text(), info.name, info.folder.value_or(""), std::to_string(info.groupCount),
                    std::to_string(info.lockedCount), iso8601(info.modified)});
     context.out << table.text(context.mayColour);
-}
-
-/// By its id or the beginning of it, or by its name, as long as only one answers to it.
-SessionInfo named(const SessionStore& store, const std::string& words) {
-    const auto sessions = store.list();
-    const std::string wanted = platform::text::uppercased(words);
-    std::vector<SessionInfo> found;
-    for (const SessionInfo& info : sessions) {
-        if (info.id.text() == wanted) return info;
-        if (info.id.text().starts_with(wanted) || info.name == words) found.push_back(info);
-    }
-    // One whose record can't be read is in no list.
-    if (const auto id = UUID::fromText(wanted); id && found.empty() && store.exists(*id)) return {.id = *id};
-    if (words.empty() || found.empty()) throw CommandError("there is no session '" + words + "'");
-    if (found.size() > 1)
-        throw CommandError("'" + words + "' means " + std::to_string(found.size()) +
-                           " sessions; orvanesync session list tells their ids");
-    return found.front();
 }
 
 /// A session opened to be looked at: nothing on the disk changes.
@@ -149,15 +149,16 @@ void session(Context& context, const Arguments& arguments) {
     if (verb != "show" && verb != "export" && verb != "delete")
         throw UsageError("session takes list, show, export or delete, not '" + verb + "'");
     if (words.size() != 2) throw UsageError("session " + verb + " takes one session");
-    if (verb == "show") return show(context, OpenSession(context, store, named(store, words[1])), asJSON);
+    if (verb == "show")
+        return show(context, OpenSession(context, store, sessionNamed(store, words[1])), asJSON);
     if (verb == "export") {
         DocumentOutput output(context, arguments);
-        const OpenSession opened(context, store, named(store, words[1]));
+        const OpenSession opened(context, store, sessionNamed(store, words[1]));
         useFolder(context, arguments, store, opened.info(), output);
         output.matching = Matching::isDone;
         return output.write(opened.controller());
     }
-    const SessionInfo info = named(store, words[1]);
+    const SessionInfo info = sessionNamed(store, words[1]);
     store.remove(info.id);
     if (asJSON)
         context.out << toJSON(info).dump(JSON::Layout::pretty) << "\n";

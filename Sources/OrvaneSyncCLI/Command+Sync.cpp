@@ -5,6 +5,9 @@
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCLI/TypedSettings.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
 
 namespace orvane::cli {
 
@@ -45,6 +48,24 @@ std::vector<ReviewLine> readReview(const std::string& path) {
     return readReviewFile(path);
 }
 
+/// Metadata that was asked for and can't be had is an error: a document without it would pass for one with
+/// it.
+void layLockitMetadata(Context& context, ScanRun& run, const std::string& project,
+                       const Arguments& arguments) {
+    const OpenWork::Environment& environment = run.controller().work().environment;
+    const auto account =
+        LockitOAuthService::create({.mainThread = environment.mainThread, .clock = context.clock});
+    LockitController& lockit = run.controller().lockit();
+    run.wait(lockit.syncLockitNetwork(account, project));
+    std::string status = lockit.lockitSyncStatus().value_or("");
+    std::ranges::replace(status, '\n', ' ');
+    if (lockit.lastSyncEnd() == LockitController::SyncEnd::failed) throw CommandError(status);
+    if (lockit.lastSyncEnd() == LockitController::SyncEnd::noMatches)
+        run.warn(std::move(status));
+    else if (!arguments.has("--quiet"))
+        context.err << platform::text::printable(status) << "\n";
+}
+
 void sync(Context& context, const Arguments& arguments) {
     RunInputs inputs = inputsOf(arguments);
     const auto reviewFile = arguments.value("--apply");
@@ -57,6 +78,8 @@ void sync(Context& context, const Arguments& arguments) {
     // Once is enough, in the mode of this command.
     run.scan(ScanRun::Analysis::none, review ? &*review : nullptr);
     if (controller.work().matchedCount() == 0) failWithoutClips(context, controller, arguments.has("--json"));
+    if (const auto project = arguments.value("--lockit"))
+        layLockitMetadata(context, run, *project, arguments);
     if (smartAudio != SmartAudioMode::off)
         run.wait(controller.smartAudio().runSmartAudioAnalysis(smartAudio, false));
     if (arguments.has("--loudness")) run.wait(controller.smartAudio().measureLoudness());
@@ -72,6 +95,8 @@ std::vector<Option> syncOptions() {
         {"--no-smart-audio", "", "leave every channel heard"},
         {"--apply", "IN.tsv",
          "do what a table says that scan --review has written and people have filled in"},
+        {"--lockit", "PROJECT",
+         "lay over the clips what LockitNetwork says of them; orvanesync lockit projects lists the projects"},
         {"--loudness", "", "measure every clip and write the gain that brings it to the target loudness"},
     };
     options.insert(options.begin(), documentOptions().begin(), documentOptions().end());

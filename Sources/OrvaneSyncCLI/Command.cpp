@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCLI/TypedSettings.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
+#include "Platform/BrowserSession.h"
 #include "Platform/MediaInspector.h"
 #include "Platform/Text.h"
 
@@ -148,11 +149,15 @@ void Context::warn(std::string_view message) const {
 
 std::span<const Command* const> allCommands() {
     static const auto commands = std::to_array<const Command*>(
-        {&syncCommand(),     &scanCommand(),    &diagnoseCommand(), &probeCommand(),     &analyzeCommand(),
-         &loudnessCommand(), &ltcCommand(),     &clapCommand(),     &slateCommand(),     &onsetsCommand(),
-         &waveformCommand(), &frameCommand(),   &playCommand(),     &reportCommand(),    &timecodeCommand(),
-         &sessionCommand(),  &projectCommand(), &settingsCommand(), &shortcutsCommand(), &serveCommand(),
-         &doctorCommand()});
+        {&syncCommand(),       &scanCommand(),    &diagnoseCommand(), &probeCommand(),     &analyzeCommand(),
+         &loudnessCommand(),   &ltcCommand(),     &clapCommand(),     &slateCommand(),     &onsetsCommand(),
+         &waveformCommand(),   &frameCommand(),   &playCommand(),     &reportCommand(),    &timecodeCommand(),
+         &sessionCommand(),    &projectCommand(), &settingsCommand(), &shortcutsCommand(), &lockitCommand(),
+         &serveCommand(),      &doctorCommand(),
+#ifdef ORVANE_DEMO
+         &serviceDemoCommand()
+#endif
+        });
     return commands;
 }
 
@@ -176,6 +181,7 @@ int run(std::span<const std::string> words, Context& context) {
             printVersion(context.out);
             return done;
         }
+        if (first == platform::BrowserSession::callbackCommand) return handOverCallback(words, context);
         const Command* command = findCommand(first);
         if (command == nullptr) {
             context.err << "error: " << unknownCommand(first)

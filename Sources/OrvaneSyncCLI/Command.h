@@ -41,11 +41,18 @@ const Command& sessionCommand();
 const Command& projectCommand();
 const Command& settingsCommand();
 const Command& shortcutsCommand();
+const Command& lockitCommand();
 const Command& serveCommand();
 const Command& doctorCommand();
 
 /// All commands, in the order in which the help lists them.
 std::span<const Command* const> allCommands();
+
+#ifdef ORVANE_DEMO
+const Command& serviceDemoCommand();
+#endif
+/// What the desktop runs with the address that a sign-in leads to; in no list.
+int handOverCallback(std::span<const std::string> words, Context& context);
 
 /// Runs a whole command line (without the program's name) and returns its exit status.
 int run(std::span<const std::string> words, Context& context);

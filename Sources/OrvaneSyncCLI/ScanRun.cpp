@@ -134,6 +134,9 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
             show(progressText(controller_->scan().scanState()));
         if (field == ImportField::progress && controller_->scan().progress().isActive())
             progress_.show(controller_->scan().progress());
+        const LockitController::Progress& asked = controller_->lockit().progress();
+        if (field == ImportField::lockit && controller_->lockit().isSyncingLockit() && asked.days > 0)
+            progress_.show({"LockitNetwork", asked.day, asked.days});
         const SmartAudioProgress& heard = controller_->smartAudio().state().progress;
         if (field == ImportField::smartAudio && heard.total > 0)
             progress_.show({heard.phase, heard.current, heard.total}, heard.fraction);

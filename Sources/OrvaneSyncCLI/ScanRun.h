@@ -44,11 +44,12 @@ class ScanRun {
     void open(const std::string& projectFile);
     /// Waits for an operation of the controller; its exception passes through.
     void wait(const platform::Task& operation);
+    /// On standard error, and for JSON to repeat.
+    void warn(std::string message);
 
   private:
     void loadReport(const std::string& path);
     void apply(const std::vector<ReviewLine>& review);
-    void warn(std::string message);
     void warnOfTheScan();
 
     Context& context_;

@@ -1,10 +1,13 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCore/Services/Persistence/StandardSettings.h"
+#include "Platform/BrowserSession.h"
 #include "Platform/Interrupt.h"
 #include "Platform/MainThread.h"
 #include "Platform/Terminal.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <iostream>
 #include <string>
@@ -28,6 +31,12 @@ int withOutputWritten(int status) {
     return orvane::cli::failed;
 }
 
+/// The list of processes is for every user to see, and the address that a sign-in leads to is not.
+void hideCallback(int argc, char** argv) {
+    if (argc < 3 || argv[1] != orvane::platform::BrowserSession::callbackCommand) return;
+    for (int i = 2; i < argc; ++i) std::fill_n(argv[i], std::strlen(argv[i]), '*');
+}
+
 int runProgram(int argc, char** argv) {
     using namespace orvane;
     platform::failRefusedWrites();
@@ -45,6 +54,7 @@ int runProgram(int argc, char** argv) {
     if (argc > 0) context.programName = argv[0];
     context.settings = openStandardSettings();
     const std::vector<std::string> words(argv + 1, argv + argc);
+    hideCallback(argc, argv);
     const int status = withOutputWritten(cli::run(words, context));
     // A read that hangs may still come back, to objects that would be gone.
     if (platform::SerialQueue::hasAbandonedWork()) std::_Exit(status);

@@ -26,6 +26,8 @@ struct HTTPRequest {
     double connectTimeoutSeconds = 15;
     /// From the request to the last byte of the answer.
     double timeoutSeconds = 60;
+    /// The longest time in which nothing comes or goes; 0: as long as the others allow.
+    double idleTimeoutSeconds = 0;
     /// A longer answer fails. Of a download, the size of the file.
     std::uint64_t mostBodyBytes = std::uint64_t{64} << 20U;
 };

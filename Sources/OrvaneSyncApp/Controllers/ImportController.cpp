@@ -14,7 +14,7 @@ std::shared_ptr<ImportController> ImportController::create(Dependencies dependen
 ImportController::ImportController(Dependencies dependencies)
     : work_({std::move(dependencies.mainThread), std::move(dependencies.settings),
              std::move(dependencies.clock), std::move(dependencies.waveformCache)}),
-      smartAudio_(work_), reports_(work_),
+      smartAudio_(work_), reports_(work_), lockit_(work_),
       scan_(work_, smartAudio_, reports_, std::move(dependencies.probeCache)),
       project_(work_, scan_, reports_), clips_(work_, smartAudio_), recordings_(work_, scan_, smartAudio_),
       tracks_(work_, smartAudio_), timeline_(work_, clips_),

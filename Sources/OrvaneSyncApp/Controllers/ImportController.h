@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/ClipEditing.h"
 #include "OrvaneSyncApp/Controllers/ExportController.h"
+#include "OrvaneSyncApp/Controllers/LockitController.h"
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
 #include "OrvaneSyncApp/Controllers/ProjectController.h"
 #include "OrvaneSyncApp/Controllers/RecordingEditing.h"
@@ -60,6 +61,8 @@ class ImportController {
     TimelineController& timeline() { return timeline_; }
     ReportController& reports() { return reports_; }
     const ReportController& reports() const { return reports_; }
+    LockitController& lockit() { return lockit_; }
+    const LockitController& lockit() const { return lockit_; }
     ProjectController& project() { return project_; }
     const ProjectController& project() const { return project_; }
     const ExportController& exporting() const { return export_; }
@@ -95,6 +98,7 @@ class ImportController {
     OpenWork work_;
     SmartAudioController smartAudio_;
     ReportController reports_;
+    LockitController lockit_;
     ScanController scan_;
     ProjectController project_;
     ClipEditing clips_;

@@ -27,7 +27,8 @@ enum class ImportField : std::uint8_t {
     smartAudio,
     slates,
     undoState,
-    project
+    project,
+    lockit
 };
 
 /// A change of the open work. A listener that asks for no more may take an ImportField in its place.

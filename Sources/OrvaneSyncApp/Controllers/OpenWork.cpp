@@ -317,6 +317,25 @@ OpenWork::WildTracks OpenWork::wildTracksOf(const State& target, const SyncGroup
     return std::make_shared<const std::vector<WildTrack>>(std::move(result));
 }
 
+std::vector<SyncGroupList> OpenWork::clipsOfStepsSince(std::uint64_t mark) {
+    std::vector<SyncGroupList> clips;
+    undoStack_.forEachSince(mark, [&](const State& state) { clips.push_back(state.groups); });
+    return clips;
+}
+
+void OpenWork::addStepSince(std::uint64_t mark, const UndoStep& step, std::vector<SyncGroupList> clipsOfSteps,
+                            SyncGroupList clipsBefore) {
+    notices.assertOnMainThread();
+    std::size_t next = 0;
+    undoStack_.forEachSince(mark, [&](State& state) {
+        if (next < clipsOfSteps.size()) state.groups = std::move(clipsOfSteps[next++]);
+    });
+    State before = state();
+    before.groups = std::move(clipsBefore);
+    isEdited_ = true;
+    if (undoStack_.add(step, std::move(before), environment.clock->now())) notify(ImportField::undoState);
+}
+
 void OpenWork::clearUndo() {
     undoStack_.removeAllActions();
     notify(ImportField::undoState);

@@ -149,6 +149,16 @@ class OpenWork {
     void undo() { travel(&UndoStack<State>::undo); }
     void redo() { travel(&UndoStack<State>::redo); }
     void clearUndo();
+    /// For a change that is made in pieces while the editor goes on working, and becomes one step at its end,
+    /// on top of those that came meanwhile: where the steps stand when it begins;
+    std::uint64_t undoMark() const { return undoStack_.mark(); }
+    /// whether they were all forgotten since, as those of other work;
+    bool isUndoClearedSince(std::uint64_t mark) const { return undoStack_.isClearedSince(mark); }
+    /// the clips of the steps that came since, oldest first;
+    std::vector<SyncGroupList> clipsOfStepsSince(std::uint64_t mark);
+    /// and the end: these clips of theirs, and the present ones, without the change.
+    void addStepSince(std::uint64_t mark, const UndoStep& step, std::vector<SyncGroupList> clipsOfSteps,
+                      SyncGroupList clipsBefore);
     /// Called within every undo and redo that changed the clips: for what was derived from them.
     std::function<void()> whenTakenBack;
     /// Called within an undo or redo that leads to the clips of another scan; null: to clips of none.

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <optional>
 #include <string>
@@ -42,7 +43,7 @@ class UndoStack {
         const bool isNew = !continuesLastStep(step, now);
         if (isNew) {
             toRedo_.clear();
-            toUndo_.push_back({std::string(step.actionName), std::move(before)});
+            toUndo_.push_back({std::string(step.actionName), std::move(before), ++captures_});
             if (toUndo_.size() > levelsOfUndo) toUndo_.pop_front();
             lastActionName_ = step.actionName;
         }
@@ -55,7 +56,22 @@ class UndoStack {
     bool undo(Value& present) { return move(toUndo_, toRedo_, present); }
     bool redo(Value& present) { return move(toRedo_, toUndo_, present); }
 
-    void removeAllActions() { *this = {}; }
+    /// Forgets all steps; earlier marks stay earlier.
+    void removeAllActions() {
+        const std::uint64_t captures = captures_;
+        *this = {};
+        captures_ = clearedAt_ = captures + 1;
+    }
+
+    /// For `forEachSince`: what is kept from here on comes later.
+    std::uint64_t mark() const { return captures_; }
+    bool isClearedSince(std::uint64_t mark) const { return clearedAt_ > mark; }
+    /// The values that were kept since then, and can be gone back to, oldest step first.
+    template <class Visit>
+    void forEachSince(std::uint64_t mark, Visit&& visit) {
+        for (Snapshot& snapshot : toUndo_)
+            if (snapshot.capture > mark) visit(snapshot.value);
+    }
 
     UndoState state() const {
         const auto name = [](const std::deque<Snapshot>& snapshots) {
@@ -68,6 +84,7 @@ class UndoStack {
     struct Snapshot {
         std::string actionName;
         Value value;
+        std::uint64_t capture = 0; ///< ascends in the order in which the values came to be kept
     };
 
     bool continuesLastStep(const UndoStep& step, std::chrono::nanoseconds now) const {
@@ -84,11 +101,14 @@ class UndoStack {
         to.push_back(std::move(from.back()));
         from.pop_back();
         std::swap(to.back().value, present);
+        to.back().capture = ++captures_;
         return true;
     }
 
     std::deque<Snapshot> toUndo_;
     std::deque<Snapshot> toRedo_;
+    std::uint64_t captures_ = 0;
+    std::uint64_t clearedAt_ = 0;
     std::optional<std::string> lastActionName_;
     std::optional<std::chrono::nanoseconds> lastRegistrationTime_; ///< absent: no step is continued
 };

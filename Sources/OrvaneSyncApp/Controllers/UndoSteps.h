@@ -51,6 +51,7 @@ inline constexpr UndoStep toggleWildTrackApproved{"Toggle Wild Track Approved"};
 
 // Opened by the operations themselves, as there is no step where there is nothing to take back.
 inline constexpr UndoStep scanAndMatch{"Scan & Match"};
+inline constexpr UndoStep syncLockitNetwork{"Sync LockitNetwork"};
 inline constexpr UndoStep clearALEMetadata{"Clear ALE Metadata"};
 inline constexpr UndoStep clearLockitMetadata{"Clear Lockit Metadata"};
 inline constexpr UndoStep clearALEMetadataForAllClips{"Clear ALE Metadata (All)"};

@@ -9,8 +9,6 @@ namespace orvane::cli::rpc {
 
 namespace {
 
-constexpr std::string_view cancelName = "cancel";
-
 /// What a response says of a failure; the positive numbers are the program's own.
 enum class ErrorCode : int {
     parseError = -32700,
@@ -97,11 +95,6 @@ JSON identifierOf(const JSON& message) {
     return id != nullptr && isIdentifier(*id) ? *id : JSON();
 }
 
-bool asksToCancel(const JSON& message) {
-    const JSON* method = message.isObject() ? message.find("method") : nullptr;
-    return method != nullptr && method->string() != nullptr && *method->string() == cancelName;
-}
-
 /// Also of one of a batch.
 bool isRequest(const JSON& message, const JSON& id) {
     if (message.isArray())
@@ -117,6 +110,13 @@ Server::Server(CommandContext& context, std::vector<Command> commands, Write wri
 }
 
 Server::~Server() { context_.cancelRequest = nullptr; }
+
+bool Server::goesAhead(const JSON& message) const {
+    const JSON* method = message.isObject() ? message.find("method") : nullptr;
+    if (method == nullptr || method->string() == nullptr) return false;
+    const auto command = commands_.find(*method->string());
+    return command != commands_.end() && command->second.goesAhead;
+}
 
 bool Server::cancel(const JSON& id) {
     bool isThere = false;
@@ -142,7 +142,7 @@ void Server::receive(std::string line, std::function<void()> whenServed) {
     } catch (const platform::JSONError& error) {
         waiting->problem = error.what();
     }
-    if (isServing_ && waiting->message && asksToCancel(*waiting->message)) {
+    if (isServing_ && waiting->message && goesAhead(*waiting->message)) {
         serve(waiting); // waits for nothing, so it is done when this returns
         if (waiting->whenServed) waiting->whenServed();
         return;

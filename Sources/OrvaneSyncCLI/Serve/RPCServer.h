@@ -23,8 +23,9 @@ using platform::JSON;
 /// JSON-RPC 2.0, one message a line. Messages are served one at a time, in the order in which they came; a
 /// long operation holds up those behind it. Interface thread. Outlived by the context.
 ///
-/// A `cancel {id}` that comes by itself is answered at once, whatever waits: true when the request of that id
-/// runs or waits for its turn, and then that request is answered, in its turn, by the error `cancelled`.
+/// A call that comes by itself of a command that goes ahead is answered at once, whatever waits, such as
+/// `cancel {id}`: true when the request of that id runs or waits for its turn, and then that request is
+/// answered, in its turn, by the error `cancelled`.
 class Server {
   public:
     /// Takes one message without its line end.
@@ -57,6 +58,8 @@ class Server {
     platform::Task serveAll();
     platform::Task serve(std::shared_ptr<Waiting> waiting);
     platform::Task finished(const Command& command, Call call, JSON id, std::shared_ptr<JSON> result);
+    /// One that is not held up by those before it.
+    bool goesAhead(const JSON& message) const;
     /// Whether there was such a request.
     bool cancel(const JSON& id);
     /// Leaves the response in `response`; nothing for a notification.

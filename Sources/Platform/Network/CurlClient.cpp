@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <curl/curl.h>
 #include <fcntl.h>
@@ -142,6 +143,10 @@ class Exchange {
         set(CURLOPT_USERAGENT, "OrvaneSync/" ORVANE_VERSION);
         set(CURLOPT_CONNECTTIMEOUT_MS, milliseconds(request.connectTimeoutSeconds));
         set(CURLOPT_TIMEOUT_MS, milliseconds(request.timeoutSeconds));
+        if (request.idleTimeoutSeconds > 0) {
+            set(CURLOPT_LOW_SPEED_LIMIT, 1L); // bytes per second
+            set(CURLOPT_LOW_SPEED_TIME, static_cast<long>(std::ceil(request.idleTimeoutSeconds)));
+        }
         set(CURLOPT_WRITEFUNCTION, &receivedBody);
         set(CURLOPT_WRITEDATA, this);
         set(CURLOPT_HEADERFUNCTION, &receivedHeader);

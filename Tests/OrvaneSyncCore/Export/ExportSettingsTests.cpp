@@ -96,7 +96,9 @@ TEST(ExportSettings, EachKeyChangesTheDocument) {
         native{"offspeed.generateNativeMOS", true}, rate{"offspeed.generateProjectRate", true},
         alternate{"videoResolution", "alternate"}, pixels{"container.aspectRatio", "custom"},
         frames{"globalAudioOffset.frames", 12};
-    const ExportSettings::Request request = oneOfEach();
+    ExportSettings::Request request = oneOfEach();
+    request.groups.update(request.groups.front().id,
+                          [](SyncGroup& group) { group.lockitMetadata.emplace()["tags"] = "print"; });
     std::set<std::string, std::less<>> seen;
     // `text`: stands in the document another number of times. `with`: without it the key has nothing to say.
     const auto check = [&](const std::string& key, const JSON& value, const std::string& text,
@@ -147,6 +149,9 @@ TEST(ExportSettings, EachKeyChangesTheDocument) {
     check("offspeed.projectRateEventName", "Own", "event name=\"Own\"",
           {rate, {"offspeed.projectRateSeparateEvent", true}});
     check("offspeed.autoKeyword", false, "value=\"Offspeed 125fps\"");
+    check("lockit.fieldMapping.v1", JSON::Object{{"tags", "keyword"}}, "keyword value=\"print\"");
+    check("lockit.fieldMapping.customKeys.v1", JSON::Object{{"tags", "k"}}, "key=\"k\"",
+          {{"lockit.fieldMapping.v1", JSON::Object{{"tags", "custom"}}}});
     check("audioBaseRole", "voice", "role=\"voice.Mix\"");
     check("useIXMLTrackNames", false, "role=\"dialogue.Anna\"");
     check("globalAudioOffset.frames", 12, "offset=\"1799999/50s\"");
@@ -165,8 +170,8 @@ TEST(ExportSettings, EachKeyChangesTheDocument) {
     // from elsewhere.
     seen.insert(
         {"eventName", "generateMulticam", "overrideAnamorphic", "notes.videoPrefix", "atmo.includeInExport"});
-    const std::set<std::string_view> others{"Reports",  "LockitNetwork fields", "Smart Audio",
-                                            "Playback", "Linear timecode",      "Matching"};
+    const std::set<std::string_view> others{"Reports", "Smart Audio", "Playback", "Linear timecode",
+                                            "Matching"};
     for (const SettingDescription& setting : SettingsCatalogue::all())
         EXPECT_TRUE(others.contains(setting.family) || seen.contains(setting.key))
             << setting.key << " does nothing";

@@ -20,6 +20,7 @@ std::vector<Command> fileCommands();
 std::vector<Command> sessionCommands();
 std::vector<Command> settingCommands();
 std::vector<Command> shortcutCommands();
+std::vector<Command> lockitCommands();
 const std::vector<Command>& allCommands();
 
 } // namespace orvane::commands

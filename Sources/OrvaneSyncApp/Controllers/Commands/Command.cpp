@@ -121,6 +121,11 @@ Command Command::forClips(Applies appliesToClip) && {
     return std::move(*this);
 }
 
+Command Command::ahead() && {
+    goesAhead = true;
+    return std::move(*this);
+}
+
 bool Command::isOfOneClip() const {
     return std::ranges::any_of(parameters, [](const Parameter& parameter) {
         return parameter.kind == Parameter::Kind::id && !parameter.isOptional &&

@@ -107,6 +107,7 @@ struct Command {
     Command undoneBy(const UndoStep& itsStep) &&;
     Command when(Enabled isEnabledNow) &&;
     Command forClips(Applies appliesToClip) &&;
+    Command ahead() &&;
 
     /// Whether it can do anything as the work stands: to this clip, or without one, to any.
     bool isEnabled(const CommandContext& context, const SyncGroup* clip = nullptr) const;
@@ -123,6 +124,8 @@ struct Command {
     Later whenDone;            ///< answers when it is done
     Enabled enabled;           ///< null: always
     Applies applies = nullptr; ///< of a command for one clip; null: to every one
+    /// Is about an operation that others wait for: where calls are served in turn, this one is not held up.
+    bool goesAhead = false;
 };
 
 } // namespace orvane::commands

@@ -35,6 +35,15 @@ ModifierSet modifiersOf(const Call& call) {
     return all;
 }
 
+const std::shared_ptr<LockitOAuthService>& CommandContext::account() {
+    if (!account_) {
+        const OpenWork::Environment& environment = controller->work().environment;
+        account_ = LockitOAuthService::create(
+            {.mainThread = environment.mainThread, .openPage = showPage, .clock = environment.clock});
+    }
+    return account_;
+}
+
 void CommandContext::expectKnown(const Call& call) const {
     const auto expect = [&](const auto& list, std::string_view name, const char* what) {
         if (call.names(name) &&

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/Commands/Command.h"
 #include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/Controllers/LockitOAuthService.h"
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutCenter.h"
 #include "Platform/SettingsStore.h"
@@ -36,8 +37,13 @@ class CommandContext {
     /// Opens what plays pictures and sound; null: nothing can be played.
     std::function<std::shared_ptr<platform::PlayerSystem>()> openPlayers;
 
+    /// Shows a page to the user for signing in, and says whether it could; on a thread that waits.
+    std::function<bool(const std::string& url)> showPage = platform::BrowserSession::openInDesktop;
+
     /// Begins to read them when they are first asked for.
     const std::shared_ptr<ShortcutCenter>& shortcuts();
+    /// Of LockitNetwork; begins to look up who is signed in when it is first asked for.
+    const std::shared_ptr<LockitOAuthService>& account();
     ReviewPlayers& players();
     ReviewViewModel& review();
     const std::shared_ptr<platform::MainThread>& mainThread() const;
@@ -53,6 +59,7 @@ class CommandContext {
   private:
     std::shared_ptr<ShortcutCenter> shortcuts_;
     std::shared_ptr<ReviewPlayers> players_;
+    std::shared_ptr<LockitOAuthService> account_;
 };
 
 /// Runs an operation; what it refuses is a mistake in the request of that name.

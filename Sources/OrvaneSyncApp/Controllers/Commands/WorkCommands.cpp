@@ -150,7 +150,7 @@ std::vector<Command> workCommands() {
                 {{"groupID", id, true}}, commandsJSON),
         Command("version", "Version", "Gives the version of the program.", {},
                 [](CommandContext&, const Call&) { return JSON(ORVANE_VERSION); }),
-        Command("cancel", "Cancel", "Stops the request of an identifier.", {{"id", any}}, cancel),
+        Command("cancel", "Cancel", "Stops the request of an identifier.", {{"id", any}}, cancel).ahead(),
     };
 }
 

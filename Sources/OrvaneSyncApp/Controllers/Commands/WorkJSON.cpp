@@ -113,4 +113,18 @@ JSON exportJSON(const ImportController& controller, const ExportResult& result, 
     return json;
 }
 
+JSON lockitStatusJSON(const LockitOAuthService& account, const LockitController& lockit) {
+    JSON json;
+    json.set("isSignedIn", account.isSignedIn());
+    json.setIfPresent("accountEmail", account.accountEmail());
+    json.set("isSyncingLockit", lockit.isSyncingLockit());
+    json.setIfPresent("lockitSyncStatus", lockit.lockitSyncStatus());
+    try {
+        account.configuration().requireLockit();
+    } catch (const ServiceNotConfigured& error) {
+        json.set("configurationProblem", error.what());
+    }
+    return json;
+}
+
 } // namespace orvane

@@ -25,6 +25,10 @@ JSON exportJSON(const ImportController& controller, const ExportResult& result, 
 /// How many clips Smart Audio heard, what it chose, and what it could not hear.
 JSON smartAudioJSON(const ImportController& controller, std::optional<SmartAudioMode> mode);
 
+/// Who is signed in to LockitNetwork, and what came of the last sync; why that can't be where no service is
+/// configured. The account must be ready.
+JSON lockitStatusJSON(const LockitOAuthService& account, const LockitController& lockit);
+
 /// What Smart Audio made of all clips.
 struct SmartAudioCounts {
     std::int64_t clips = 0, channels = 0, chosen = 0;

@@ -97,6 +97,7 @@ void readNaming(ExportSettings& settings, const SettingsStore& store) {
     settings.notesSource = store.get(settings::notesSource);
     settings.notesVideoPrefix = store.get(settings::notesVideoPrefix);
     settings.notesAudioPrefix = store.get(settings::notesAudioPrefix);
+    settings.lockitFieldMapping = LockitFieldMapping::current(store);
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Models/SmartAudioResult.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Services/Matching/MatchRules.h"
+#include "OrvaneSyncCore/Services/Metadata/LockitFieldMapping.h"
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 #include "Platform/SettingsStore.h"
 
@@ -61,6 +62,7 @@ struct ExportSettings {
     std::string notesVideoPrefix = "V:";
     std::string notesAudioPrefix = "A:";
     std::string metadataPrefix; ///< of every mapped metadata value
+    LockitFieldMapping lockitFieldMapping;
     MulticamCodec multicamCodec = MulticamCodec::automatic;
     double globalAudioOffsetSeconds = 0; ///< added to all audio of the export
     /// The first clip that the offset applies to, by name or by timecode; absent: to every clip.

@@ -37,6 +37,10 @@ std::string modelStorageDirectory() { return below(applicationSupportDirectory()
 
 std::string calibrationDirectory() { return below(applicationSupportDirectory(), "Calibration"); }
 
+std::string credentialFile() {
+    return files::dataHome() + "/" + std::string(appFolderName) + "/credentials.json";
+}
+
 std::string probeCacheDirectory() { return below(cachesDirectory(), "ProbeCache"); }
 
 std::string stemCacheDirectory() { return below(cachesDirectory(), "StemCache"); }

@@ -20,6 +20,9 @@ std::string presetsDirectory();
 std::string modelStorageDirectory();
 std::string calibrationDirectory();
 
+/// Of secrets where the system has no key store. The file and its folder may be missing.
+std::string credentialFile();
+
 std::string probeCacheDirectory();
 std::string stemCacheDirectory();
 std::string waveformCacheDirectory();

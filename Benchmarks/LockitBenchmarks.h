@@ -1,0 +1,13 @@
+#pragma once
+
+#include "Table.h"
+
+namespace orvane::bench {
+
+/// A sync of many clips with a LockitNetwork on this machine, and the same requests by nothing but the
+/// library.
+void registerLockitBenchmarks();
+
+void printLockitRows(const Medians& results);
+
+} // namespace orvane::bench

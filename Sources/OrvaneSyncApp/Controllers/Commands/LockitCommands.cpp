@@ -1,0 +1,141 @@
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Services/Metadata/LockitFieldMapping.h"
+#include "OrvaneSyncCore/Services/Metadata/MetadataFieldGrouping.h"
+
+namespace orvane::commands {
+
+namespace {
+
+using enum Parameter::Kind;
+
+platform::Task status(CommandContext& context, Call /*call*/, std::shared_ptr<JSON> result) {
+    const auto account = context.account();
+    auto gettingReady = account->readiness();
+    co_await gettingReady;
+    *result = lockitStatusJSON(*account, context.controller->lockit());
+}
+
+platform::Task signIn(CommandContext& context, Call /*call*/, std::shared_ptr<JSON> /*result*/) {
+    return context.account()->signIn();
+}
+
+JSON completeSignIn(CommandContext& context, const Call& call) {
+    if (!context.account()->isAuthenticating())
+        throw Error(Refusal::failed, "No sign-in waits for a callback");
+    if (!context.account()->completeSignIn(call.text("callbackURL")))
+        throw Error(Refusal::invalidArguments, std::string("completeSignIn: callbackURL must begin with ") +
+                                                   LockitOAuthService::callbackURLScheme + "://");
+    return {};
+}
+
+platform::Task signOut(CommandContext& context, Call /*call*/, std::shared_ptr<JSON> /*result*/) {
+    return context.account()->signOut();
+}
+
+platform::Task projects(CommandContext& context, Call /*call*/, std::shared_ptr<JSON> result) {
+    const auto found = std::make_shared<std::vector<LockitProject>>();
+    const platform::Task loading = LockitController::loadProjects(context.account(), found);
+    co_await loading;
+    *result = toJSONArray(*found);
+}
+
+platform::Task days(CommandContext& context, Call call, std::shared_ptr<JSON> result) {
+    const auto found = std::make_shared<std::vector<LockitShootingDay>>();
+    const platform::Task loading =
+        LockitController::loadShootingDays(context.account(), call.text("projectID"), found);
+    co_await loading;
+    *result = toJSONArray(*found);
+}
+
+platform::Task syncLockit(CommandContext& context, Call /*call*/, std::shared_ptr<JSON> result) {
+    const auto controller = context.controller;
+    const auto session = context.sessions->currentSessionId();
+    const platform::Task syncing = controller->lockit().syncLockitNetwork(
+        context.account(), session ? context.sessions->lockitProjectID(*session) : std::nullopt);
+    co_await syncing;
+    *result = controller->lockit().lockitSyncStatus().value_or("");
+}
+
+LockitField fieldOf(const Call& call) {
+    if (const auto field = fromRawValue<LockitField>(call.text("field"))) return *field;
+    throw Error(Refusal::invalidArguments, "there is no field '" + call.text("field") + "'");
+}
+
+FCPMetaTarget targetOf(const Call& call) {
+    if (const auto target = fromRawValue<FCPMetaTarget>(call.text("target"))) return *target;
+    throw Error(Refusal::invalidArguments, "there is no target '" + call.text("target") + "'");
+}
+
+/// Answers when it is on the disk.
+platform::Task setFieldMapping(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
+    const LockitField field = fieldOf(call);
+    const FCPMetaTarget target = targetOf(call);
+    const auto customKey = call.textIfPresent("customKey");
+    const auto mainThread = context.controller->work().environment.mainThread;
+    co_await platform::written(customKey
+                                   ? LockitFieldMapping::set(*context.settings, target, *customKey, field)
+                                   : LockitFieldMapping::set(*context.settings, target, field),
+                               *mainThread);
+}
+
+platform::Task resetFieldMapping(CommandContext& context, Call /*call*/, std::shared_ptr<JSON> /*result*/) {
+    const auto mainThread = context.controller->work().environment.mainThread;
+    co_await platform::written(LockitFieldMapping::resetToDefaults(*context.settings), *mainThread);
+}
+
+JSON groupedMetadata(CommandContext& context, const Call& call) {
+    const SyncGroup& group = context.group(call.id("groupID"));
+    const auto grouped = [](const std::optional<std::map<std::string, std::string>>& fields) {
+        return toJSONArray(
+            MetadataFieldGrouping::grouped(fields.value_or(std::map<std::string, std::string>())));
+    };
+    JSON json;
+    json.set("aleMetadata", grouped(group.aleMetadata));
+    json.set("lockitMetadata", grouped(group.lockitMetadata));
+    return json;
+}
+
+} // namespace
+
+std::vector<Command> lockitCommands() {
+    return {
+        Command::later("lockitStatus", "State of LockitNetwork",
+                       "Gives who is signed in, and what came of the last sync.", {}, status),
+        Command::later(
+            "signIn", "Sign In with LockitNetwork",
+            "Signs in: says openURL with the page to show, and answers when the user has come back "
+            "from it.",
+            {}, signIn),
+        Command("completeSignIn", "Paste the Callback",
+                "Hands the address that the page has led to to the sign-in that waits; is not held up by it.",
+                {{"callbackURL", text}}, completeSignIn)
+            .ahead(),
+        Command::later("signOut", "Sign Out", "Forgets who is signed in.", {}, signOut),
+        Command::later("lockitProjects", "Projects of LockitNetwork", "Lists the projects of the account.",
+                       {}, projects),
+        Command::later("lockitDays", "Shooting Days of a Project", "Lists the shooting days of a project.",
+                       {{"projectID", text}}, days),
+        Command::later("syncLockitNetwork", "Sync LockitNetwork",
+                       "Lays what LockitNetwork says over the clips, day by day; gives what came of it.", {},
+                       syncLockit)
+            .undoneBy(undoSteps::syncLockitNetwork),
+        Command("fieldMapping", "Field Mapping", "Gives where each field of LockitNetwork goes.", {},
+                [](CommandContext& context, const Call&) {
+                    return toJSON(LockitFieldMapping::current(*context.settings));
+                }),
+        Command::later("setFieldMapping", "Map a Field", "Says where a field of LockitNetwork goes.",
+                       {{.name = "field", .choices = RawValues<LockitField>::texts},
+                        {.name = "target", .choices = RawValues<FCPMetaTarget>::texts},
+                        {"customKey", text, true}},
+                       setFieldMapping),
+        Command::later("resetFieldMapping", "Reset the Field Mapping", "Gives each field its default target.",
+                       {}, resetFieldMapping),
+        Command("groupedMetadata", "Metadata of a Clip",
+                "Gives the imported metadata of a clip by what it is about.", {groupID}, groupedMetadata),
+    };
+}
+
+} // namespace orvane::commands

@@ -1,0 +1,348 @@
+#include "OrvaneSyncApp/Controllers/LockitController.h"
+
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Services/Network/LockitMatches.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+namespace orvane {
+
+using platform::Task;
+
+namespace {
+
+constexpr const char* noProject =
+    "No Lockit project assigned. Assign one to the folder (= production) first, via the “Lockit” pill on the "
+    "folder header.";
+constexpr const char* notSignedIn =
+    "Not signed in to LockitNetwork. Settings → Metadata → “Sign In with LockitNetwork”.";
+constexpr const char* noDays = "The Lockit project has no shooting days (projectdays). Sync not possible.";
+constexpr const char* rejected = "Not authorized (401). Please sign in again in Settings → Metadata.";
+constexpr const char* notSignedInToChoose =
+    "Not signed in to LockitNetwork.\n\nSettings → Metadata → “Sign In with LockitNetwork”, then pick a "
+    "project here.";
+constexpr const char* signInRequired = "Sign in to LockitNetwork is required.";
+
+bool isRejection(const std::exception_ptr& raised) {
+    try {
+        std::rethrow_exception(raised);
+    } catch (const LockitError& error) {
+        return error.kind() == LockitError::Kind::unauthorized;
+    } catch (...) {
+        return false;
+    }
+}
+
+std::string descriptionOf(const std::exception_ptr& raised) {
+    try {
+        std::rethrow_exception(raised);
+    } catch (const std::exception& error) {
+        return error.what();
+    } catch (const platform::Stopped& stopped) {
+        return stopped.what();
+    }
+}
+
+/// For a token that the service rejects: it is of no use, whether or not it can be forgotten.
+Task signedOut(std::shared_ptr<LockitOAuthService> account) {
+    const Task leaving = account->signOut();
+    try {
+        co_await leaving;
+    } catch (const platform::CredentialError&) { // see above
+    }
+}
+
+/// An answer of the service for a screen that asks for it; `what` it could not load.
+Task answered(std::shared_ptr<LockitOAuthService> account, std::string what,
+              std::function<Task(const LockitNetworkClient&)> ask) {
+    auto gettingReady = account->readiness();
+    co_await gettingReady;
+    account->configuration().requireLockit();
+    const Task revalidating = account->revalidateSignInState();
+    co_await revalidating;
+    if (!account->isSignedIn()) throw LockitRefusal(notSignedInToChoose);
+    std::exception_ptr raised;
+    try {
+        const Task asking = ask(account->makeClient());
+        co_await asking;
+        co_return;
+    } catch (const std::exception&) {
+        raised = std::current_exception();
+    }
+    if (!isRejection(raised)) throw LockitRefusal("Could not load " + what + ": " + descriptionOf(raised));
+    const Task leaving = signedOut(account);
+    co_await leaving;
+    throw LockitRefusal(signInRequired);
+}
+
+} // namespace
+
+struct LockitController::Sync {
+    Sync(LockitNetworkClient itsClient, std::string project, std::uint64_t undoMark, SyncGroupList clips)
+        : client(std::move(itsClient)), projectID(std::move(project)), mark(undoMark), before(clips),
+          layer(std::make_shared<LockitLayer>(std::move(clips))) {}
+
+    const LockitNetworkClient client;
+    const std::string projectID;
+    const std::uint64_t mark; ///< where the steps stood
+    const SyncGroupList before;
+    /// Used by one piece of work at a time, off the interface thread.
+    std::shared_ptr<LockitLayer> layer;
+    std::shared_ptr<const std::vector<std::string>> filenames;
+    std::size_t dayCount = 0;
+    std::vector<std::string> matchingDays; ///< labels
+    int clipsWithMetadata = 0;             ///< after the last day
+    int clipsOfDay = 0;                    ///< updated by the last day
+    SyncGroupList lastLaid;                ///< the clips after it
+};
+
+Task LockitController::syncLockitNetwork(std::shared_ptr<LockitOAuthService> account,
+                                         std::optional<std::string> projectID) {
+    work_.notices.assertOnMainThread();
+    if (!syncing_ || syncing_->isDone())
+        syncing_ = work_.running.add(sync(work_.weak(this), std::move(account), std::move(projectID)));
+    return *syncing_;
+}
+
+Task LockitController::sync(Weak weak, std::shared_ptr<LockitOAuthService> account,
+                            std::optional<std::string> projectID) {
+    auto gettingReady = account->readiness();
+    co_await gettingReady;
+    if (!account->configuration().hasLockit()) {
+        try {
+            account->configuration().requireLockit();
+        } catch (const ServiceNotConfigured& error) {
+            if (auto self = weak.lock()) self->end(SyncEnd::failed, error.what());
+        }
+        co_return;
+    }
+    if (projectID.value_or("").empty()) {
+        if (auto self = weak.lock()) self->end(SyncEnd::failed, noProject);
+        co_return;
+    }
+    const Task revalidating = account->revalidateSignInState();
+    co_await revalidating;
+    auto self = weak.lock();
+    if (!self) co_return;
+    if (!account->isSignedIn()) {
+        self->end(SyncEnd::failed, notSignedIn);
+        co_return;
+    }
+    self->isSyncingLockit_ = true;
+    self->progress_ = {};
+    self->work_.notify(ImportField::lockit);
+    const auto sync = std::make_shared<Sync>(account->makeClient(), std::move(*projectID),
+                                             self->work_.undoMark(), self->work_.syncGroups());
+    self.reset();
+    std::exception_ptr raised;
+    bool isStopped = false;
+    try {
+        const Task asking = askDayByDay(weak, sync);
+        co_await asking;
+    } catch (const platform::Stopped&) {
+        raised = std::current_exception();
+        isStopped = true;
+    } catch (const std::exception&) {
+        raised = std::current_exception();
+    }
+    if (sync->dayCount > 0 && sync->filenames) {
+        const Task making = makeStep(weak, sync);
+        co_await making;
+    }
+    if (raised && isRejection(raised)) {
+        const Task leaving = signedOut(account);
+        co_await leaving;
+    }
+    self = weak.lock();
+    if (!self) co_return;
+    if (raised)
+        self->endFailed(raised);
+    else
+        self->endDone(*sync);
+    // What is large goes elsewhere.
+    self->work_.documents->post([layer = std::move(sync->layer), names = std::move(sync->filenames)] {});
+    if (isStopped) std::rethrow_exception(raised);
+}
+
+Task LockitController::askDayByDay(Weak weak, std::shared_ptr<Sync> sync) {
+    const auto days = std::make_shared<std::vector<LockitShootingDay>>();
+    const Task listing = sync->client.listShootingDays(sync->projectID, days);
+    co_await listing;
+    sync->dayCount = days->size();
+    if (days->empty()) co_return;
+    auto self = weak.lock();
+    if (!self) co_return;
+    auto naming = platform::onQueue(
+        *self->work_.documents, self->work_.environment.mainThread, [groups = self->work_.syncGroups()] {
+            auto names = std::make_shared<std::vector<std::string>>();
+            names->reserve(groups.size());
+            for (const SyncGroup& group : groups) names->push_back(group.video.filename);
+            return std::shared_ptr<const std::vector<std::string>>(std::move(names));
+        });
+    self.reset();
+    sync->filenames = co_await naming;
+    for (std::size_t i = 0; i < days->size(); ++i) {
+        self = weak.lock();
+        if (!self) co_return;
+        self->progress_ = {static_cast<int>(i), static_cast<int>(days->size())};
+        self->work_.notify(ImportField::lockit);
+        self.reset();
+        const LockitShootingDay& day = (*days)[i];
+        const auto response = std::make_shared<ClipMatchResponse>();
+        const Task matching = sync->client.matchClips(sync->projectID, day.uuid, sync->filenames, response);
+        co_await matching;
+        const Task laying = layDay(weak, sync, response);
+        co_await laying;
+        if (sync->clipsOfDay > 0) sync->matchingDays.push_back(day.label());
+        self = weak.lock();
+        if (!self) co_return;
+        self->work_.documents->post([response] { *response = {}; }); // it may be large
+        const bool isComplete =
+            static_cast<std::size_t>(sync->clipsWithMetadata) == self->work_.syncGroups().size();
+        self.reset();
+        if (isComplete) co_return;
+    }
+}
+
+/// An edit that comes while the clips are looked up stays: the day is laid over them as they then are.
+Task LockitController::layDay(Weak weak, std::shared_ptr<Sync> sync,
+                              std::shared_ptr<ClipMatchResponse> response) {
+    for (;;) {
+        auto self = weak.lock();
+        if (!self) co_return;
+        const SyncGroupList before = self->work_.syncGroups();
+        struct Laid {
+            SyncGroupList groups;
+            int updated = 0;
+            int withMetadata = 0;
+        };
+        auto laying = platform::onQueue(
+            *self->work_.documents, self->work_.environment.mainThread,
+            [layer = sync->layer, response, groups = before](const std::stop_token& stop) mutable {
+                layer->layAgain(groups);
+                const int updated = layer->lay(groups, *response, stop);
+                const int withMetadata = lockitClipCount(groups);
+                return Laid{std::move(groups), updated, withMetadata};
+            });
+        self.reset();
+        Laid laid = co_await laying;
+        self = weak.lock();
+        if (!self) co_return;
+        if (!self->work_.syncGroups().changesSince(before).empty()) continue;
+        sync->clipsOfDay = laid.updated;
+        sync->clipsWithMetadata = laid.withMetadata;
+        sync->lastLaid = laid.groups;
+        if (!laid.groups.changesSince(before).empty())
+            self->work_.changeClips([&](SyncGroupList& clips) { clips = std::move(laid.groups); });
+        co_return;
+    }
+}
+
+/// The whole sync as one step on top of the edits that were made meanwhile: going back from it leaves these,
+/// and going back further meets nothing of the sync.
+Task LockitController::makeStep(Weak weak, std::shared_ptr<Sync> sync) {
+    for (;;) {
+        auto self = weak.lock();
+        if (!self || self->work_.isUndoClearedSince(sync->mark)) co_return; // other work
+        const SyncGroupList present = self->work_.syncGroups();
+        std::vector<SyncGroupList> ofSteps = self->work_.clipsOfStepsSince(sync->mark);
+        const std::uint64_t markNow = self->work_.undoMark();
+        struct Step {
+            bool isOne = false;
+            SyncGroupList present, before;
+            std::vector<SyncGroupList> ofSteps;
+        };
+        auto making = platform::onQueue(
+            *self->work_.documents, self->work_.environment.mainThread,
+            [layer = sync->layer, start = sync->before, lastLaid = sync->lastLaid, present,
+             ofSteps = std::move(ofSteps)]() mutable {
+                Step step;
+                step.present = present;
+                layer->layAgain(step.present);
+                // Where nobody else has changed anything, the clips of the beginning are shared.
+                const bool isAlone = ofSteps.empty() && present.changesSince(lastLaid).empty();
+                step.before = isAlone ? std::move(start) : layer->without(step.present);
+                step.isOne = !layer->isEmpty() && !step.before.changesSince(step.present).empty();
+                for (SyncGroupList& groups : ofSteps)
+                    step.ofSteps.push_back(layer->without(std::move(groups)));
+                return step;
+            });
+        self.reset();
+        Step step = co_await making;
+        self = weak.lock();
+        if (!self) co_return;
+        if (self->work_.undoMark() != markNow || !self->work_.syncGroups().changesSince(present).empty())
+            continue;
+        if (!step.isOne) co_return;
+        self->work_.notices.together([&] {
+            if (!step.present.changesSince(present).empty())
+                self->work_.changeClips([&](SyncGroupList& clips) { clips = std::move(step.present); });
+            self->work_.addStepSince(sync->mark, undoSteps::syncLockitNetwork, std::move(step.ofSteps),
+                                     std::move(step.before));
+        });
+        co_return;
+    }
+}
+
+void LockitController::end(SyncEnd how, std::string status) {
+    isSyncingLockit_ = false;
+    lastSyncEnd_ = how;
+    lockitSyncStatus_ = std::move(status);
+    work_.notify(ImportField::lockit);
+}
+
+void LockitController::endFailed(const std::exception_ptr& raised) {
+    if (isRejection(raised)) return end(SyncEnd::failed, rejected);
+    try {
+        std::rethrow_exception(raised);
+    } catch (const LockitError& error) {
+        if (error.kind() == LockitError::Kind::httpError)
+            return end(SyncEnd::failed,
+                       "LockitNetwork server error HTTP " + std::to_string(error.status()) + ".");
+    } catch (...) { // below
+    }
+    end(SyncEnd::failed, "Lockit sync failed: " + descriptionOf(raised));
+}
+
+void LockitController::endDone(const Sync& sync) {
+    if (sync.dayCount == 0) return end(SyncEnd::failed, noDays);
+    const std::string days = std::to_string(sync.dayCount);
+    if (sync.clipsWithMetadata > 0)
+        return end(SyncEnd::matched, "✓ Matched " + std::to_string(sync.clipsWithMetadata) + " of " +
+                                         std::to_string(work_.syncGroups().size()) +
+                                         " clips with LockitNetwork (shooting day(s): " +
+                                         platform::text::joined(sync.matchingDays, ", ") + "; checked " +
+                                         days + " days).");
+    end(SyncEnd::noMatches,
+        "No matches across all " + days +
+            " shooting days.\n• Clips sent: " + std::to_string(sync.filenames->size()) +
+            ", example: " + (sync.filenames->empty() ? "—" : sync.filenames->front()) +
+            "\nSince not a single day matched, it's a filename-format mismatch: Lockit likely knows the "
+            "clips "
+            "under different names (e.g. without extension, or .mxf instead of .mov). Tell me how a clip is "
+            "named in LockitNetwork and I'll adjust the matching.");
+}
+
+Task LockitController::loadProjects(std::shared_ptr<LockitOAuthService> account,
+                                    std::shared_ptr<std::vector<LockitProject>> projects) {
+    const Task loading =
+        answered(std::move(account), "projects",
+                 [projects](const LockitNetworkClient& client) { return client.listProjects(projects); });
+    co_await loading;
+    std::ranges::stable_sort(*projects, [](const LockitProject& a, const LockitProject& b) {
+        return platform::text::compareLocalizedStandard(a.name, b.name) < 0;
+    });
+}
+
+Task LockitController::loadShootingDays(std::shared_ptr<LockitOAuthService> account, std::string projectID,
+                                        std::shared_ptr<std::vector<LockitShootingDay>> days) {
+    return answered(std::move(account), "the shooting days",
+                    [projectID = std::move(projectID), days](const LockitNetworkClient& client) {
+                        return client.listShootingDays(projectID, days);
+                    });
+}
+
+} // namespace orvane

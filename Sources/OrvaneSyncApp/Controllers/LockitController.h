@@ -1,0 +1,82 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/LockitOAuthService.h"
+#include "OrvaneSyncApp/Controllers/OpenWork.h"
+#include "OrvaneSyncCore/Services/Network/LockitRecords.h"
+#include "Platform/Task.h"
+
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+/// What was asked of LockitNetwork is not to be had. The description is the message of the screen that asks.
+class LockitRefusal : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Metadata of LockitNetwork for the clips of the open work. Interface thread.
+class LockitController {
+  public:
+    explicit LockitController(OpenWork& work) : work_(work) {}
+
+    // The state; `ImportField::lockit` is the change of any of it.
+
+    bool isSyncingLockit() const { return isSyncingLockit_; }
+    /// What came of the last sync, for people; absent before the first.
+    const std::optional<std::string>& lockitSyncStatus() const { return lockitSyncStatus_; }
+    /// The same for programs.
+    enum class SyncEnd : std::uint8_t { none, matched, noMatches, failed };
+    SyncEnd lastSyncEnd() const { return lastSyncEnd_; }
+    /// Shooting days that the sync under way has asked about, and all of the project.
+    struct Progress {
+        int day = 0;
+        int days = 0;
+    };
+    const Progress& progress() const { return progress_; }
+
+    /// Asks the service about every clip, day by day, and lays what it says over them; the outcome is
+    /// `lockitSyncStatus`. Days that were laid before a failure or a stop stay. All of it is one step to take
+    /// back, which touches nothing but this metadata. Fails only with Stopped. A call while one runs waits
+    /// for the same. `projectID`: of the folder in which the session lies; absent where there is none.
+    platform::Task syncLockitNetwork(std::shared_ptr<LockitOAuthService> account,
+                                     std::optional<std::string> projectID);
+
+    // For choosing a project. Each fails with LockitRefusal and ServiceNotConfigured; a token that the
+    // service rejects signs the user out.
+
+    /// Sorted by name.
+    static platform::Task loadProjects(std::shared_ptr<LockitOAuthService> account,
+                                       std::shared_ptr<std::vector<LockitProject>> projects);
+    static platform::Task loadShootingDays(std::shared_ptr<LockitOAuthService> account, std::string projectID,
+                                           std::shared_ptr<std::vector<LockitShootingDay>> days);
+
+  private:
+    using Weak = std::weak_ptr<LockitController>;
+    struct Sync; ///< one under way
+
+    static platform::Task sync(Weak weak, std::shared_ptr<LockitOAuthService> account,
+                               std::optional<std::string> projectID);
+    static platform::Task askDayByDay(Weak weak, std::shared_ptr<Sync> sync);
+    static platform::Task layDay(Weak weak, std::shared_ptr<Sync> sync,
+                                 std::shared_ptr<ClipMatchResponse> response);
+    static platform::Task makeStep(Weak weak, std::shared_ptr<Sync> sync);
+    void end(SyncEnd how, std::string status);
+    void endFailed(const std::exception_ptr& raised);
+    void endDone(const Sync& sync);
+
+    OpenWork& work_;
+    bool isSyncingLockit_ = false;
+    std::optional<std::string> lockitSyncStatus_;
+    SyncEnd lastSyncEnd_ = SyncEnd::none;
+    Progress progress_;
+    std::optional<platform::Task> syncing_;
+};
+
+} // namespace orvane

@@ -1,0 +1,437 @@
+#include "OrvaneSyncApp/Controllers/LockitOAuthService.h"
+
+#include "OrvaneSyncCore/Models/UUID.h"
+#include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "OrvaneSyncCore/Utilities/Base64.h"
+#include "Platform/InterfaceThread.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <chrono>
+#include <exception>
+#include <utility>
+
+namespace orvane {
+
+using platform::Secret;
+using platform::Task;
+using Kind = OAuthError::Kind;
+
+namespace {
+
+constexpr const char* accessTokenItem = "lockit.accessToken";
+constexpr const char* refreshTokenItem = "lockit.refreshToken";
+constexpr const char* expiresAtItem = "lockit.expiresAt";
+constexpr const char* accountEmailItem = "lockit.accountEmail";
+
+constexpr double expirySlack = 60; ///< seconds ahead of its end in which a token is refreshed
+constexpr std::int64_t usualLifetime = 604800;
+constexpr std::int64_t longestLifetime = 2592000;
+
+std::shared_ptr<platform::BrowserSession> ownBrowser(std::function<bool(const std::string&)> open) {
+    return platform::BrowserSession::create(
+        {.callbackScheme = LockitOAuthService::callbackURLScheme, .open = std::move(open)});
+}
+
+/// The object of a coroutine after a wait; the coroutine ends where it is gone.
+std::shared_ptr<LockitOAuthService> found(const std::weak_ptr<LockitOAuthService>& weak) {
+    if (auto self = weak.lock()) return self;
+    throw platform::Stopped();
+}
+
+/// A credential of the client itself, as the token endpoint wants it.
+std::string basicAuthorization(const ServiceConfiguration& service) {
+    return "Basic " + base64::encoded(*service.clientID + ":" + service.clientSecret.value_or(""));
+}
+
+} // namespace
+
+struct LockitOAuthService::Kept {
+    std::optional<Secret> accessToken;
+    std::optional<Secret> refreshToken;
+    std::optional<std::string> expiresAt;
+    std::optional<std::string> accountEmail;
+};
+
+std::shared_ptr<LockitOAuthService> LockitOAuthService::create(Dependencies dependencies) {
+    std::shared_ptr<LockitOAuthService> service(new LockitOAuthService(std::move(dependencies)));
+    service->ready_ = start(service);
+    return service;
+}
+
+LockitOAuthService::LockitOAuthService(Dependencies dependencies)
+    : mainThread_(std::move(dependencies.mainThread)), clock_(std::move(dependencies.clock)),
+      http_(std::move(dependencies.http)),
+      credentials_(dependencies.credentials
+                       ? std::move(dependencies.credentials)
+                       : platform::CredentialStore::create(AppStorageHelper::credentialFile())),
+      browser_(dependencies.browser ? std::move(dependencies.browser)
+                                    : ownBrowser(std::move(dependencies.openPage))),
+      needsConfiguration_(!dependencies.configuration),
+      configuration_(dependencies.configuration.value_or(ServiceConfiguration())),
+      keeping_(platform::SerialQueue::create("key store")),
+      browsing_(platform::SerialQueue::create("browser")),
+      requesting_(platform::SerialQueue::create("tokens")) {}
+
+LockitOAuthService::~LockitOAuthService() { running_.requestStop(); }
+
+platform::Subscription LockitOAuthService::onChange(std::function<void()> callback) {
+    return listeners_.add(std::move(callback));
+}
+
+Task LockitOAuthService::start(Weak weak) {
+    auto self = found(weak);
+    // Reading a file and loading a library.
+    auto loading = platform::onQueue(*self->keeping_, self->mainThread_,
+                                     [loads = self->needsConfiguration_, makes = self->http_ == nullptr] {
+                                         return std::pair(loads ? std::optional(ServiceConfiguration::load())
+                                                                : std::nullopt,
+                                                          makes ? platform::HTTPClient::create() : nullptr);
+                                     });
+    self.reset();
+    auto [configuration, http] = co_await loading;
+    self = found(weak);
+    if (configuration) self->configuration_ = std::move(*configuration);
+    if (http) self->http_ = std::move(http);
+    self.reset();
+    const auto kept = std::make_shared<Kept>();
+    const Task reading = read(weak, kept);
+    co_await reading;
+    self = found(weak);
+    self->setSignedIn(kept->accessToken.has_value());
+    self->setAccountEmail(kept->accountEmail);
+    if (self->isSignedIn_ && !kept->accountEmail && self->configuration_.hasLockit())
+        self->accountEmailRefreshed_ = self->running_.add(askForAccountEmail(weak));
+}
+
+// Signing in.
+
+Task LockitOAuthService::signIn() {
+    if (!signingIn_ || signingIn_->isDone()) signingIn_ = running_.add(authenticate(weak_from_this()));
+    return *signingIn_;
+}
+
+bool LockitOAuthService::completeSignIn(const std::string& callbackURL) {
+    return browser_->complete(callbackURL);
+}
+
+void LockitOAuthService::cancelSignIn() { browser_->cancel(); }
+
+/// However the sign-in ends, it is over for those who watch.
+Task LockitOAuthService::authenticate(Weak weak) {
+    auto self = found(weak);
+    self->isAuthenticating_ = true;
+    self->lastError_.reset();
+    self->listeners_.tell();
+    const Task exchanging = exchange(weak);
+    self.reset();
+    std::exception_ptr raised;
+    std::optional<std::string> why;
+    try {
+        co_await exchanging;
+    } catch (const std::exception& error) {
+        raised = std::current_exception();
+        why = error.what();
+    } catch (...) { // stopped
+        raised = std::current_exception();
+    }
+    self = weak.lock();
+    if (self) {
+        self->isAuthenticating_ = false;
+        self->lastError_ = std::move(why);
+        self->listeners_.tell();
+    }
+    if (raised) std::rethrow_exception(raised);
+}
+
+Task LockitOAuthService::exchange(Weak weak) {
+    auto self = found(weak);
+    auto gettingReady = self->readiness();
+    self.reset();
+    co_await gettingReady;
+    self = found(weak);
+    const ServiceConfiguration service = self->configuration_;
+    service.requireLockit();
+    // The hash is that of a library, which may have to be loaded.
+    auto proving =
+        platform::onQueue(*self->requesting_, self->mainThread_, [] { return oauth::PKCE::generate(); });
+    self.reset();
+    const auto proof = co_await proving;
+    if (!proof)
+        throw platform::HTTPError(platform::HTTPError::Kind::unavailable,
+                                  "This installation has no network module");
+    const std::string state = UUID::random().text();
+    const std::string url = *service.baseURL + "/oauth/authorize?" +
+                            oauth::form({{"response_type", "code"},
+                                         {"client_id", *service.clientID},
+                                         {"state", state},
+                                         {"redirect_uri", redirectURI},
+                                         {"code_challenge", proof->challenge},
+                                         {"code_challenge_method", "S256"}});
+    const auto callback = std::make_shared<std::string>();
+    const Task showing = show(weak, url, callback);
+    co_await showing;
+    if (callback->empty()) throw OAuthError(Kind::unknown);
+    const auto answered = oauth::queryItem(*callback, "state");
+    if (!answered || Secret(*answered) != Secret(state)) throw OAuthError(Kind::stateMismatch);
+    const auto code = oauth::queryItem(*callback, "code");
+    if (!code || code->empty()) throw OAuthError(Kind::missingAuthCode);
+
+    const auto response = std::make_shared<oauth::TokenResponse>();
+    const Task requesting = requestTokens(weak,
+                                          {{"grant_type", "authorization_code"},
+                                           {"code", *code},
+                                           {"redirect_uri", redirectURI},
+                                           {"code_verifier", proof->verifier.reveal()}},
+                                          response);
+    co_await requesting;
+    ++found(weak)->generation_;
+    const Task keeping = persist(weak, response);
+    co_await keeping;
+    const Task revalidating = revalidate(weak);
+    co_await revalidating;
+    self = found(weak);
+    if (!self->isSignedIn_) throw OAuthError(Kind::keychainWriteFailed);
+    self->accountEmailRefreshed_ = self->running_.add(askForAccountEmail(weak));
+}
+
+Task LockitOAuthService::show(Weak weak, std::string url, std::shared_ptr<std::string> callback) {
+    auto self = found(weak);
+    auto showing = platform::onQueue(
+        *self->browsing_, self->mainThread_,
+        [browser = self->browser_, url](const std::stop_token& stop) { return browser->run(url, stop); });
+    self.reset();
+    try {
+        *callback = co_await showing;
+    } catch (const platform::BrowserSessionError& error) {
+        if (error.kind() != platform::BrowserSessionError::Kind::cancelled) throw;
+        throw OAuthError(Kind::userCancelled);
+    }
+}
+
+Task LockitOAuthService::requestTokens(Weak weak, oauth::Fields fields,
+                                       std::shared_ptr<oauth::TokenResponse> response) {
+    auto self = found(weak);
+    platform::HTTPRequest request;
+    request.method = "POST";
+    request.url = *self->configuration_.baseURL + "/oauth/access-token";
+    request.headers = {{"Content-Type", "application/x-www-form-urlencoded"},
+                       {"Accept", "application/json"},
+                       {"Authorization", basicAuthorization(self->configuration_)}};
+    request.body = oauth::form(fields);
+    auto sending = platform::onQueue(
+        *self->requesting_, self->mainThread_,
+        [http = self->http_, request = std::move(request), fields = std::move(fields),
+         secret = Secret(self->configuration_.clientSecret.value_or("")),
+         response = std::move(response)](const std::stop_token& stop) mutable {
+            constexpr int good = 200;
+            platform::HTTPResponse answer = http->send(request, stop);
+            if (answer.status != good) {
+                std::vector<std::string_view> sent{secret.reveal(), request.headers.back().second};
+                for (const auto& [name, value] : fields)
+                    if (name != "grant_type" && name != "redirect_uri") sent.push_back(value);
+                throw OAuthError::tokenRequestFailed(answer.status, oauth::withoutSecrets(answer.body, sent));
+            }
+            *response = oauth::decodedTokens(answer.body);
+            Secret::wipe(answer.body);
+            Secret::wipe(request.body);
+        });
+    self.reset();
+    co_await sending;
+}
+
+/// The access token decides: what else can't be written makes a later refresh necessary, or impossible.
+Task LockitOAuthService::persist(Weak weak, std::shared_ptr<oauth::TokenResponse> response) {
+    auto self = found(weak);
+    const std::int64_t lifetime =
+        std::min(response->expiresInSeconds.value_or(usualLifetime), longestLifetime);
+    const double expiresAt = self->now() + static_cast<double>(lifetime);
+    auto keeping = platform::onQueue(
+        *self->keeping_, self->mainThread_, [store = self->credentials_, response, expiresAt] {
+            try {
+                store->save(accessTokenItem, response->accessToken);
+            } catch (const platform::CredentialError&) {
+                throw OAuthError(Kind::keychainWriteFailed);
+            }
+            const auto saveIfPossible = [&](const char* item, const Secret& value) {
+                try {
+                    store->save(item, value);
+                } catch (const platform::CredentialError&) { // as above
+                }
+            };
+            if (!response->refreshToken.empty()) saveIfPossible(refreshTokenItem, response->refreshToken);
+            saveIfPossible(expiresAtItem, Secret(JSON(expiresAt).dump()));
+        });
+    self.reset();
+    co_await keeping;
+}
+
+// Tokens.
+
+Task LockitOAuthService::read(Weak weak, std::shared_ptr<Kept> kept) {
+    auto self = found(weak);
+    auto reading = platform::onQueue(*self->keeping_, self->mainThread_,
+                                     [store = self->credentials_, kept = std::move(kept)] {
+                                         const auto text = [&](const char* item) {
+                                             const auto value = store->read(item);
+                                             return value ? std::optional(value->reveal()) : std::nullopt;
+                                         };
+                                         kept->accessToken = store->read(accessTokenItem);
+                                         kept->refreshToken = store->read(refreshTokenItem);
+                                         kept->expiresAt = text(expiresAtItem);
+                                         kept->accountEmail = text(accountEmailItem);
+                                     });
+    self.reset();
+    co_await reading;
+}
+
+bool LockitOAuthService::isExpired(const Kept& kept) const {
+    const auto expiresAt = platform::text::decimalNumber(kept.expiresAt.value_or(""));
+    return !expiresAt || *expiresAt <= now() + expirySlack;
+}
+
+Task LockitOAuthService::currentBearerToken(std::shared_ptr<Secret> token) {
+    return bearer(weak_from_this(), std::move(token));
+}
+
+Task LockitOAuthService::bearer(Weak weak, std::shared_ptr<Secret> token) {
+    auto self = found(weak);
+    auto gettingReady = self->readiness();
+    self.reset();
+    co_await gettingReady;
+    for (bool isRefreshed = false;; isRefreshed = true) {
+        const auto kept = std::make_shared<Kept>();
+        const std::uint64_t refreshesBefore = found(weak)->refreshes_;
+        const Task reading = read(weak, kept);
+        co_await reading;
+        self = found(weak);
+        if (!kept->accessToken) {
+            self->setSignedIn(false);
+            throw OAuthError(Kind::notSignedIn);
+        }
+        // A token that was just made is given whatever the store says of its end.
+        if (isRefreshed || !self->isExpired(*kept)) {
+            *token = std::move(*kept->accessToken);
+            co_return;
+        }
+        // Another caller may have refreshed it while the store was read.
+        if (self->refreshes_ != refreshesBefore) continue;
+        if (!self->refreshing_ || self->refreshing_->isDone())
+            self->refreshing_ = self->running_.add(refresh(weak));
+        auto refreshing = platform::shared(*self->refreshing_, self->mainThread_);
+        self.reset();
+        co_await refreshing;
+    }
+}
+
+/// Goes on where those who wait for it have given up: the service may have made the old refresh token
+/// useless by then.
+Task LockitOAuthService::refresh(Weak weak) {
+    const auto kept = std::make_shared<Kept>();
+    const Task reading = read(weak, kept);
+    co_await reading;
+    if (!kept->refreshToken) throw OAuthError(Kind::notSignedIn);
+    auto self = found(weak);
+    self->configuration_.requireLockit();
+    const std::uint64_t generation = self->generation_;
+    self.reset();
+    const auto response = std::make_shared<oauth::TokenResponse>();
+    const Task requesting = requestTokens(
+        weak, {{"grant_type", "refresh_token"}, {"refresh_token", kept->refreshToken->reveal()}}, response);
+    co_await requesting;
+    if (found(weak)->generation_ != generation) throw OAuthError(Kind::notSignedIn);
+    const Task keeping = persist(weak, response);
+    co_await keeping;
+    ++found(weak)->refreshes_;
+}
+
+Task LockitOAuthService::signOut() {
+    ++generation_;
+    setSignedIn(false);
+    setAccountEmail(std::nullopt);
+    return running_.add(forget(weak_from_this()));
+}
+
+Task LockitOAuthService::forget(Weak weak) {
+    auto self = found(weak);
+    auto forgetting = platform::onQueue(*self->keeping_, self->mainThread_, [store = self->credentials_] {
+        std::exception_ptr raised;
+        for (const char* item : {accessTokenItem, refreshTokenItem, expiresAtItem, accountEmailItem}) {
+            try {
+                store->remove(item);
+            } catch (const platform::CredentialError&) {
+                raised = std::current_exception();
+            }
+        }
+        if (raised) std::rethrow_exception(raised);
+    });
+    self.reset();
+    co_await forgetting;
+}
+
+Task LockitOAuthService::revalidateSignInState() { return revalidate(weak_from_this()); }
+
+Task LockitOAuthService::revalidate(Weak weak) {
+    const auto kept = std::make_shared<Kept>();
+    const Task reading = read(weak, kept);
+    co_await reading;
+    found(weak)->setSignedIn(kept->accessToken.has_value());
+}
+
+// The account.
+
+Task LockitOAuthService::refreshAccountEmail() {
+    accountEmailRefreshed_ = running_.add(askForAccountEmail(weak_from_this()));
+    return accountEmailRefreshed_;
+}
+
+Task LockitOAuthService::askForAccountEmail(Weak weak) {
+    auto self = found(weak);
+    if (!self->isSignedIn_) co_return;
+    const auto user = std::make_shared<LockitUser>();
+    const std::uint64_t generation = self->generation_;
+    try {
+        const Task asking = self->makeClient().currentUser(user);
+        self.reset();
+        co_await asking;
+    } catch (...) { // there is no text then, and nobody misses it
+        co_return;
+    }
+    self = found(weak);
+    const std::string email = user->email.value_or("");
+    const std::string text = platform::text::trimmed(email).empty() ? user->login.value_or("") : email;
+    if (text.empty() || self->generation_ != generation) co_return;
+    self->setAccountEmail(text);
+    auto keeping = platform::onQueue(*self->keeping_, self->mainThread_, [store = self->credentials_, text] {
+        try {
+            store->save(accountEmailItem, Secret(text));
+        } catch (const platform::CredentialError&) { // asked for again at the next start
+        }
+    });
+    self.reset();
+    co_await keeping;
+}
+
+LockitNetworkClient LockitOAuthService::makeClient() {
+    configuration_.requireLockit();
+    return LockitNetworkClient({mainThread_, http_, *configuration_.baseURL,
+                                [weak = weak_from_this()](std::shared_ptr<Secret> token) {
+                                    return bearer(weak, std::move(token));
+                                }});
+}
+
+// State.
+
+void LockitOAuthService::setSignedIn(bool isSignedIn) {
+    if (std::exchange(isSignedIn_, isSignedIn) != isSignedIn) listeners_.tell();
+}
+
+void LockitOAuthService::setAccountEmail(std::optional<std::string> email) {
+    if (std::exchange(accountEmail_, email) != email) listeners_.tell();
+}
+
+double LockitOAuthService::now() const {
+    return std::chrono::duration<double>(clock_->date().time_since_epoch()).count();
+}
+
+} // namespace orvane

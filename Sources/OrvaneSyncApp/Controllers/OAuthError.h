@@ -1,0 +1,39 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+/// Why somebody is not signed in to LockitNetwork.
+class OAuthError : public std::runtime_error {
+  public:
+    enum class Kind {
+        tokenRequestFailed,
+        notSignedIn,
+        userCancelled,
+        stateMismatch,
+        missingAuthCode,
+        keychainWriteFailed,
+        unknown
+    };
+
+    /// `body` without anything secret; `status` is 0 where there was no answer of HTTP.
+    static OAuthError tokenRequestFailed(int status, std::string_view body) {
+        return {Kind::tokenRequestFailed,
+                "Lockit token endpoint returned HTTP " + std::to_string(status) + ": " + std::string(body)};
+    }
+    /// Of any other kind.
+    explicit OAuthError(Kind kind) : OAuthError(kind, text(kind)) {}
+
+    Kind kind() const { return kind_; }
+
+  private:
+    OAuthError(Kind kind, const std::string& description) : std::runtime_error(description), kind_(kind) {}
+    static std::string text(Kind kind);
+
+    Kind kind_;
+};
+
+} // namespace orvane

@@ -1,0 +1,123 @@
+#include "OrvaneSyncCore/Services/Network/LockitMatches.h"
+
+#include "OrvaneSyncCore/Models/LockitField.h"
+#include "Platform/Stop.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using Text = std::optional<std::string>;
+
+Text decimal(const std::optional<std::int64_t>& number) {
+    return number ? Text(std::to_string(*number)) : std::nullopt;
+}
+
+/// The first that is there, also where it is blank.
+Text firstPresent(Text first, Text otherwise) { return first ? std::move(first) : std::move(otherwise); }
+
+Text trimmedOrNone(const Text& text) {
+    std::string trimmed(platform::text::trimmed(text.value_or("")));
+    return trimmed.empty() ? std::nullopt : Text(std::move(trimmed));
+}
+
+template <class Record>
+const Record& orEmpty(const std::optional<Record>& record) {
+    static const Record empty;
+    return record ? *record : empty;
+}
+
+} // namespace
+
+Text composedTake(const Text& shot, const Text& take) {
+    Text composed = trimmedOrNone(shot);
+    Text number = trimmedOrNone(take);
+    if (!composed) return number;
+    if (number) *composed += "-" + *number;
+    return composed;
+}
+
+std::map<std::string, std::string> lockitFields(const LockitClip& clip) {
+    const LockitPreformatted& texts = orEmpty(clip.preformatted);
+    const LockitClipScene& scene = orEmpty(clip.scene);
+    const LockitClipTake& take = orEmpty(clip.take);
+    const LockitClipEpisode& episode = orEmpty(clip.episode);
+    const LockitCamera& camera = orEmpty(clip.camera);
+    const auto& sets = orEmpty(scene.sets);
+    std::map<std::string, std::string> fields;
+    const auto add = [&](LockitField field, const Text& value) {
+        if (auto text = trimmedOrNone(value)) fields[std::string(rawValue(field))] = std::move(*text);
+    };
+    add(LockitField::scene, firstPresent(texts.scene, decimal(scene.number)));
+    add(LockitField::take, composedTake(texts.shot, firstPresent(texts.take, decimal(take.number))));
+    add(LockitField::shotDescription, orEmpty(clip.slate).comment);
+    add(LockitField::takeComment, firstPresent(take.comment, texts.takeComment));
+    add(LockitField::intExtDayNight, scene.insideOutside);
+    add(LockitField::sceneContent, scene.content);
+    add(LockitField::setName, sets.empty() ? std::nullopt : sets.front().name);
+    if (texts.tags) add(LockitField::tags, platform::text::joined(*texts.tags, ", "));
+    add(LockitField::episode, firstPresent(decimal(episode.number), texts.episode));
+    add(LockitField::cameraName, firstPresent(camera.name, camera.label));
+    return fields;
+}
+
+int LockitLayer::lay(SyncGroupList& groups, const ClipMatchResponse& answer, const std::stop_token& stop) {
+    if (!answer.matches) return 0;
+    platform::StopCheck check(stop);
+    int count = 0;
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        check();
+        const SyncGroup& group = groups[i];
+        const auto match = answer.matches->find(group.video.filename);
+        if (match == answer.matches->end() || !match->second) continue;
+        Fields fields = lockitFields(*match->second);
+        if (fields.empty()) continue;
+        ++count;
+        if (group.lockitMetadata == fields) continue;
+        laid_[group.id].push_back(fields);
+        groups.update(group.id, [&](SyncGroup& changed) { changed.lockitMetadata = std::move(fields); });
+    }
+    return count;
+}
+
+void LockitLayer::layAgain(SyncGroupList& groups) const {
+    const Fields* fields = nullptr;
+    groups.updateWhere(
+        [&](const SyncGroup& group) {
+            const auto laid = laid_.find(group.id);
+            if (laid == laid_.end()) return false;
+            fields = &laid->second.back();
+            return group.lockitMetadata != *fields;
+        },
+        [&](SyncGroup& group) { group.lockitMetadata = *fields; });
+}
+
+SyncGroupList LockitLayer::without(SyncGroupList groups) const {
+    groups.updateWhere(
+        [&](const SyncGroup& group) {
+            const auto laid = laid_.find(group.id);
+            return laid != laid_.end() && group.lockitMetadata &&
+                   std::ranges::find(laid->second, *group.lockitMetadata) != laid->second.end();
+        },
+        [&](SyncGroup& group) {
+            const SyncGroup* earlier = before_.find(group.id);
+            group.lockitMetadata = earlier == nullptr ? std::nullopt : earlier->lockitMetadata;
+        });
+    return groups;
+}
+
+int applyLockitMatches(SyncGroupList& groups, const ClipMatchResponse& answer) {
+    return LockitLayer(groups).lay(groups, answer);
+}
+
+int lockitClipCount(const SyncGroupList& groups) {
+    return static_cast<int>(std::count_if(groups.begin(), groups.end(),
+                                          [](const SyncGroup& group) { return group.hasLockitMetadata(); }));
+}
+
+} // namespace orvane

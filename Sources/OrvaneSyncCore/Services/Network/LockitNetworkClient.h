@@ -1,0 +1,57 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Network/LockitError.h"
+#include "OrvaneSyncCore/Services/Network/LockitRecords.h"
+#include "Platform/HTTPClient.h"
+#include "Platform/Secret.h"
+#include "Platform/Task.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+/// The four requests of LockitNetwork. Made anew for each use; keeps nothing between requests, repeats none
+/// and follows no redirect. Requests of one client run one after the other, off the interface thread;
+/// several clients may work at once. A stop ends a request at once. Interface thread.
+class LockitNetworkClient {
+  public:
+    /// Leaves a valid access token in `token` when it ends, or fails.
+    using BearerProvider = std::function<platform::Task(std::shared_ptr<platform::Secret> token)>;
+    struct Dependencies {
+        std::shared_ptr<platform::MainThread> mainThread;
+        std::shared_ptr<platform::HTTPClient> http;
+        std::string baseURL; ///< paths are appended to it
+        BearerProvider bearerProvider;
+        double idleTimeoutSeconds = 60;
+        double resourceTimeoutSeconds = 120; ///< of a whole answer
+    };
+    explicit LockitNetworkClient(Dependencies dependencies);
+
+    // Each leaves its answer in the last argument. They fail with LockitError, DecodingError,
+    // platform::JSONError, platform::HTTPError, and with what the bearer provider fails with, in which case
+    // nothing is sent.
+
+    platform::Task currentUser(std::shared_ptr<LockitUser> user) const;
+    platform::Task listProjects(std::shared_ptr<std::vector<LockitProject>> projects) const;
+    platform::Task listShootingDays(const std::string& projectID,
+                                    std::shared_ptr<std::vector<LockitShootingDay>> days) const;
+    /// The answer is made and may be large: whoever takes it apart does so off the interface thread.
+    platform::Task matchClips(const std::string& projectID, const std::string& shootingDayID,
+                              std::shared_ptr<const std::vector<std::string>> filenames,
+                              std::shared_ptr<ClipMatchResponse> response) const;
+
+  private:
+    struct Connection;
+    /// Runs on the queue.
+    using Body = std::function<std::string()>;
+    using Decode = std::function<void(const std::string& body)>;
+    static platform::Task request(std::shared_ptr<const Connection> connection, std::string path, Body body,
+                                  Decode decode);
+
+    std::shared_ptr<const Connection> connection_;
+};
+
+} // namespace orvane

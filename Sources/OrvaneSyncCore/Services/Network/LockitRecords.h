@@ -1,0 +1,137 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/JSONCoding.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace orvane {
+
+// The records of LockitNetwork, as its answers hold them. What is optional may be missing or null; any other
+// departure (a missing field, a value of another kind) makes the whole answer undecodable.
+
+struct LockitUser {
+    std::string uuid;
+    std::optional<std::string> email;
+    std::optional<std::string> login;
+};
+
+struct LockitProject {
+    std::string uuid;
+    std::string name;
+    std::optional<bool> isSeries;
+    std::optional<bool> isPremium;
+    std::optional<std::string> productionCompany;
+};
+
+struct LockitDate {
+    std::int64_t year = 0;
+    std::int64_t month = 0;
+    std::int64_t day = 0;
+};
+
+struct LockitShootingDay {
+    std::string uuid;
+    std::optional<std::int64_t> day;
+    std::optional<std::string> prefix;
+    std::optional<std::string> suffix;
+    std::optional<LockitDate> date;
+
+    /// Such as "S12b"; "?" stands for a number that is not known.
+    std::string label() const;
+};
+
+struct LockitSet {
+    std::optional<std::string> name;
+};
+
+struct LockitClipScene {
+    std::optional<std::int64_t> number;
+    std::optional<std::string> additional;
+    std::optional<std::string> content;
+    std::optional<std::string> comment;
+    std::optional<std::string> dayNight;
+    std::optional<std::string> insideOutside;
+    std::optional<std::vector<LockitSet>> sets;
+};
+
+struct LockitClipSlate {
+    std::optional<std::int64_t> number;
+    std::optional<std::string> additional;
+    std::optional<std::string> comment;
+};
+
+struct LockitClipTake {
+    std::optional<std::int64_t> number;
+    std::optional<std::string> comment;
+    std::optional<bool> isPickup;
+};
+
+struct LockitClipEpisode {
+    std::optional<std::int64_t> number;
+    std::optional<std::string> name;
+};
+
+struct LockitCamera {
+    std::optional<std::string> name;
+    std::optional<std::string> label;
+    std::optional<std::string> model;
+};
+
+/// Texts as the service itself would print them.
+struct LockitPreformatted {
+    std::optional<std::string> episode;
+    std::optional<std::string> scene;
+    std::optional<std::string> shot;
+    std::optional<std::string> take;
+    std::optional<std::string> takeComment;
+    std::optional<std::vector<std::string>> tags;
+};
+
+struct LockitClip {
+    std::optional<std::string> uuid;
+    std::optional<std::string> clipName;
+    std::optional<std::string> camRoll;
+    std::optional<std::string> fileName;
+    std::optional<LockitClipScene> scene;
+    std::optional<LockitClipSlate> slate;
+    std::optional<LockitClipTake> take;
+    std::optional<LockitClipEpisode> episode;
+    std::optional<LockitCamera> camera;
+    std::optional<LockitPreformatted> preformatted;
+};
+
+struct ClipMatchResponse {
+    /// By the file name that was sent; a name without a clip is one that the service does not know.
+    std::optional<std::unordered_map<std::string, std::optional<LockitClip>>> matches;
+    /// Clips of the day that matched no name; of no use here.
+    std::optional<std::vector<LockitClip>> unmatched;
+};
+
+// Each throws DecodingError, and platform::JSONError for what is no JSON.
+
+/// The answer that holds one record.
+template <class Record>
+Record decodedAnswer(std::string_view body);
+/// The answer that is a list of them.
+template <class Record>
+std::vector<Record> decodedList(std::string_view body);
+
+template <>
+LockitUser decodedAnswer<LockitUser>(std::string_view body);
+template <>
+ClipMatchResponse decodedAnswer<ClipMatchResponse>(std::string_view body);
+template <>
+std::vector<LockitProject> decodedList<LockitProject>(std::string_view body);
+template <>
+std::vector<LockitShootingDay> decodedList<LockitShootingDay>(std::string_view body);
+
+JSON toJSON(const LockitProject& project);
+/// With its label.
+JSON toJSON(const LockitShootingDay& day);
+
+} // namespace orvane

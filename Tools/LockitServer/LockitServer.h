@@ -1,0 +1,85 @@
+#pragma once
+
+#include "Platform/JSON.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace orvane::test {
+
+/// A LockitNetwork of its own on the loopback interface: the whole protocol with sign-in (the challenge of
+/// PKCE is checked), projects, days and clips, and whatever can go wrong on the way. Any thread.
+class LockitServer {
+  public:
+    struct Options {
+        std::string clientID = "test-client";
+        std::string clientSecret = "test-client-secret-0123456789";
+        std::int64_t lifetimeSeconds = 3600; ///< what it says of its tokens
+        int port = 0;                        ///< 0: a free one
+        std::string email = "script@example.com";
+    };
+    LockitServer();
+    explicit LockitServer(Options options);
+    ~LockitServer();
+    LockitServer(const LockitServer&) = delete;
+    LockitServer& operator=(const LockitServer&) = delete;
+
+    std::string baseURL() const;
+    /// What a service.json has to say to use it.
+    platform::JSON serviceFile() const;
+
+    /// What the service knows of a clip, by file name, in its own form.
+    using Clips = std::map<std::string, platform::JSON>;
+    void addProject(const std::string& uuid, platform::JSON project);
+    /// `day` is the record; it has to have a uuid.
+    void addDay(const std::string& project, platform::JSON day, Clips clips);
+
+    /// What the user's browser does with the page of the sign-in: the address that it is sent to.
+    std::string callbackFor(const std::string& authorizeURL) const;
+    /// A token that the service takes, without a sign-in.
+    std::string validToken() const;
+    /// From here on the service takes no token that it has given so far.
+    void rejectTokens();
+
+    enum class Fault : std::uint8_t {
+        status,    ///< the status that is given, with an empty body
+        cut,       ///< the connection breaks in the middle
+        never,     ///< no answer until the server goes
+        wrongJSON, ///< an answer of another form
+        elsewhere, ///< a redirect to another address of this server
+        body       ///< the body that is given, with the status that is given
+    };
+    struct Failure {
+        std::string path = {}; ///< its end, such as "/projects"
+        Fault fault = Fault::status;
+        int status = 500;
+        std::string body = {};
+        int after = 0; ///< requests that go well before
+        int times = 1 << 30;
+    };
+    void fail(Failure failure);
+
+    struct Seen {
+        std::string method, path, body;
+        std::multimap<std::string, std::string> headers;
+    };
+    /// Every request so far.
+    std::vector<Seen> seen() const;
+    int countOf(std::string_view pathEnd) const;
+    /// Waits until a request of that path has come.
+    void waitUntilAsked(const std::string& pathEnd) const;
+
+  private:
+    class Machine;
+    std::unique_ptr<Machine> machine_;
+};
+
+/// A production for tests and measurements: days of clips with names such as "A001C0001.mov".
+LockitServer::Clips numberedClips(int first, int count);
+
+} // namespace orvane::test

@@ -45,6 +45,7 @@ inline constexpr std::string_view playback = "Playback";
 inline constexpr std::string_view globalAudioOffset = "Global audio offset";
 inline constexpr std::string_view linearTimecode = "Linear timecode";
 inline constexpr std::string_view atmo = "Atmo";
+inline constexpr std::string_view caches = "Caches";
 } // namespace family
 
 /// Of an effect of Final Cut Pro, where beyond 0 to 1 there is nothing.
@@ -250,5 +251,11 @@ inline const Declared<std::string> atmoAudioRole{"atmo.audioRole", "effects.atmo
                                                  "role of the room tone"};
 inline const Declared<bool> atmoIncludeInExport{"atmo.includeInExport", std::nullopt, family::atmo,
                                                 "put the room tone into the document"};
+
+inline const Declared<double> cachesLimitGB{"caches.limitGB",
+                                            20.0,
+                                            family::caches,
+                                            "10^9 bytes that rendered sound may take; the oldest goes first",
+                                            {.range = SettingDescription::Range{0, 1'000'000}}};
 
 } // namespace orvane::settings

@@ -39,11 +39,11 @@ std::string calibrationDirectory() { return below(applicationSupportDirectory(),
 
 std::string probeCacheDirectory() { return below(cachesDirectory(), "ProbeCache"); }
 
-std::string stemCacheDirectory() { return below(cachesDirectory(), "StemCache"); }
+std::string stemCacheDirectory() { return below(cachesDirectory(), stemsFolderName); }
 
 std::string waveformCacheDirectory() { return below(cachesDirectory(), "WaveformCache"); }
 
-std::string voiceIsolationCacheDirectory() { return below(cachesDirectory(), "VoiceIsolation"); }
+std::string voiceIsolationCacheDirectory() { return below(cachesDirectory(), voiceIsolationFolderName); }
 
 std::int64_t cacheSizeBytes() {
     std::int64_t total = 0;

@@ -11,6 +11,10 @@
 namespace orvane::AppStorageHelper {
 
 inline constexpr std::string_view appFolderName = "Orvane Tandrel";
+// Folders of rendered sound below `cachesDirectory`.
+inline constexpr std::string_view mixdownsFolderName = "mixdowns";
+inline constexpr std::string_view voiceIsolationFolderName = "VoiceIsolation";
+inline constexpr std::string_view stemsFolderName = "StemCache";
 
 std::string applicationSupportDirectory();
 std::string cachesDirectory();

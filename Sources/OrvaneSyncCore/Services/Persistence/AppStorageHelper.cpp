@@ -37,6 +37,8 @@ std::string modelStorageDirectory() { return below(applicationSupportDirectory()
 
 std::string calibrationDirectory() { return below(applicationSupportDirectory(), "Calibration"); }
 
+std::string atmoDirectory() { return below(applicationSupportDirectory(), "Atmo"); }
+
 std::string probeCacheDirectory() { return below(cachesDirectory(), "ProbeCache"); }
 
 std::string stemCacheDirectory() { return below(cachesDirectory(), stemsFolderName); }

@@ -23,6 +23,8 @@ std::string sessionsDirectory();
 std::string presetsDirectory();
 std::string modelStorageDirectory();
 std::string calibrationDirectory();
+/// Room tone, in a folder for each work.
+std::string atmoDirectory();
 
 std::string probeCacheDirectory();
 std::string stemCacheDirectory();

@@ -20,6 +20,14 @@ namespace {
 
 using Folder = RenderedAudioStore::Folder;
 
+constexpr std::array renderedFolders{Folder::mixdowns, Folder::voiceIsolation, Folder::stems};
+
+/// A file of settings may hold any number.
+double limitGB(const platform::SettingsStore& settings) {
+    constexpr double most = 1e6;
+    return std::clamp(settings.get(settings::cachesLimitGB), 0.0, most);
+}
+
 std::string_view nameOf(Folder folder) {
     switch (folder) {
     case Folder::mixdowns:
@@ -98,9 +106,8 @@ RenderedAudioStore::keep(Folder folder, const std::string& name, platform::Audio
 }
 
 std::uint64_t RenderedAudioStore::limitBytes() const {
-    constexpr double gigabyte = 1e9, most = 1e6; // a file may hold any number
-    return static_cast<std::uint64_t>(std::clamp(settings_->get(settings::cachesLimitGB), 0.0, most) *
-                                      gigabyte);
+    constexpr double gigabyte = 1e9;
+    return static_cast<std::uint64_t>(limitGB(*settings_) * gigabyte);
 }
 
 void RenderedAudioStore::makeRoom(const std::string& used) const {
@@ -111,7 +118,7 @@ void RenderedAudioStore::makeRoom(const std::string& used) const {
     };
     std::vector<Entry> entries;
     std::uint64_t total = 0;
-    for (const Folder folder : {Folder::mixdowns, Folder::voiceIsolation, Folder::stems}) {
+    for (const Folder folder : renderedFolders) {
         const std::string path = cachesDirectory_ + "/" + std::string(nameOf(folder));
         files::removeAbandonedTemporaries(path);
         for (const std::string& name : files::childNames(path).value_or(std::vector<std::string>())) {
@@ -134,16 +141,40 @@ void RenderedAudioStore::makeRoom(const std::string& used) const {
     }
 }
 
-std::vector<CacheFolder> cacheFolders() {
-    const std::string caches = AppStorageHelper::cachesDirectory();
-    std::vector<CacheFolder> folders;
-    for (const std::string& name : files::childNames(caches).value_or(std::vector<std::string>())) {
-        const std::string path = caches + "/" + name;
+CacheReport cacheReport(const platform::SettingsStore& settings) {
+    CacheReport report;
+    report.folder = AppStorageHelper::cachesDirectory();
+    report.limitGB = limitGB(settings);
+    for (const std::string& name : files::childNames(report.folder).value_or(std::vector<std::string>())) {
+        const std::string path = report.folder + "/" + name;
         const auto [count, bytes] = sizeOf(path);
-        if (count > 0) folders.push_back({name, path, count, bytes});
+        if (count == 0) continue;
+        report.folders.push_back({name, path, count, bytes});
+        report.bytes += bytes;
+        const auto isOf = [&](Folder folder) { return nameOf(folder) == name; };
+        if (std::ranges::any_of(renderedFolders, isOf)) report.renderedBytes += bytes;
     }
-    std::ranges::sort(folders, {}, &CacheFolder::name);
-    return folders;
+    std::ranges::sort(report.folders, {}, &CacheFolder::name);
+    return report;
+}
+
+platform::JSON toJSON(const CacheReport& report) {
+    platform::JSON::Array folders;
+    for (const CacheFolder& folder : report.folders) {
+        platform::JSON row;
+        row.set("name", folder.name);
+        row.set("path", folder.path);
+        row.set("files", folder.files);
+        row.set("bytes", folder.bytes);
+        folders.push_back(std::move(row));
+    }
+    platform::JSON json;
+    json.set("folder", report.folder);
+    json.set("limitGB", report.limitGB);
+    json.set("renderedBytes", report.renderedBytes);
+    json.set("bytes", report.bytes);
+    json.set("folders", std::move(folders));
+    return json;
 }
 
 platform::AudioFileWriter::Broadcast renderingBroadcast(std::string_view description) {

@@ -53,8 +53,16 @@ struct CacheFolder {
     std::int64_t files = 0;
     std::int64_t bytes = 0;
 };
-/// All folders of the user's caches that hold something, by name.
-std::vector<CacheFolder> cacheFolders();
+struct CacheReport {
+    std::string folder;               ///< with all of them
+    double limitGB = 0;               ///< of rendered sound, 10^9 bytes
+    std::int64_t renderedBytes = 0;   ///< of rendered sound
+    std::int64_t bytes = 0;           ///< of all
+    std::vector<CacheFolder> folders; ///< those that hold something, by name
+};
+/// Of the user account.
+CacheReport cacheReport(const platform::SettingsStore& settings);
+platform::JSON toJSON(const CacheReport& report);
 
 /// Who made a file, as the program's renderings say it. The description may be empty.
 platform::AudioFileWriter::Broadcast renderingBroadcast(std::string_view description = {});

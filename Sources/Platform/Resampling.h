@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+namespace orvane::platform {
+
+/// A sound at another sample rate: `frames` samples, silence where it ends earlier. A windowed sinc (Kaiser,
+/// 32 zero crossings on either side) with a pass band up to nine tenths of the lower of the two Nyquist
+/// frequencies; nothing is delayed. Both rates in Hz, above 0. Pure; any thread.
+///
+/// `firstAt`: where among `samples` the first one of the result lies.
+std::vector<float> resampled(std::span<const float> samples, double fromRate, double toRate,
+                             std::size_t frames, double firstAt = 0);
+
+} // namespace orvane::platform

@@ -1,6 +1,7 @@
 #include "SoundBenchmarks.h"
 
 #include "Process.h"
+#include "RenderedAudioBenchmarks.h"
 #include "Sound.h"
 #include "WaveformBenchmarks.h"
 
@@ -222,6 +223,7 @@ void printSoundRows(const Medians& results, const std::string& self, const std::
     makeRecording(longer, 90, 8000);
     printAnalysis(program, halfHour);
     printWaveformRows(results, halfHour, folder);
+    printRenderedAudioRows(self, program, halfHour, folder);
     for (const char* command : {"analyze", "loudness"}) {
         printMemory(self, program, command, "30 minutes of 8 channels", halfHour);
         printMemory(self, program, command, "90 minutes of 8 channels", longer);

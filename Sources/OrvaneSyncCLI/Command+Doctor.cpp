@@ -1,7 +1,9 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Services/Persistence/StandardSettings.h"
+#include "OrvaneSyncCore/Services/Stems/BanditStemSeparator.h"
 #include "Platform/Files.h"
 #include "Platform/JSON.h"
 #include "Platform/MediaInspector.h"
@@ -53,6 +55,24 @@ Check cacheCheck(const Context& context) {
             counted(static_cast<long long>(cache->count()), "file", "files") + " probed before" + size};
 }
 
+Check renderedCheck(const Context& context) {
+    constexpr double megabyte = 1e6;
+    const CacheReport report = cacheReport(*context.settings);
+    return {"rendered sound", "ok",
+            formatted("%.1f MB", static_cast<double>(report.renderedBytes) / megabyte) +
+                formatted(" of the %g GB that it may take; ", report.limitGB) +
+                formatted("%.1f MB in all caches", static_cast<double>(report.bytes) / megabyte)};
+}
+
+Check stemsCheck(const Context& context) {
+    if (!context.settings->get(settings::smartAudioBanditEnabled))
+        return {"stems", "unused", "switched off in the settings"};
+    BanditStemSeparator separator;
+    separator.prepare();
+    if (!separator.isAvailable()) return {"stems", "problem", separator.whyUnavailable()};
+    return {"stems", "ok", BanditStemSeparator::installedModelPath() + ", " + separator.runtimeText()};
+}
+
 Check libraryCheck() {
     const auto versions = platform::mediaLibraryVersions();
     if (versions) return {"media libraries", "ok", *versions};
@@ -76,6 +96,8 @@ std::vector<Check> checks(const Context& context) {
             folderCheck("work folder", AppStorageHelper::applicationSupportDirectory()),
             folderCheck("cache folder", AppStorageHelper::cachesDirectory()),
             cacheCheck(context),
+            renderedCheck(context),
+            stemsCheck(context),
             libraryCheck(),
             codecCheck(),
             {"audio output", "unused", "this version plays no sound"},

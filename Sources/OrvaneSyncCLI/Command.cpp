@@ -146,10 +146,11 @@ void Context::warn(std::string_view message) const {
 
 std::span<const Command* const> allCommands() {
     static const auto commands = std::to_array<const Command*>(
-        {&syncCommand(), &scanCommand(), &diagnoseCommand(), &probeCommand(), &analyzeCommand(),
-         &loudnessCommand(), &ltcCommand(), &clapCommand(), &onsetsCommand(), &waveformCommand(),
-         &reportCommand(), &timecodeCommand(), &sessionCommand(), &projectCommand(), &settingsCommand(),
-         &shortcutsCommand(), &serveCommand(), &doctorCommand()});
+        {&syncCommand(),     &scanCommand(),      &diagnoseCommand(), &probeCommand(),   &analyzeCommand(),
+         &loudnessCommand(), &ltcCommand(),       &clapCommand(),     &onsetsCommand(),  &waveformCommand(),
+         &mixdownCommand(),  &soloCommand(),      &previewCommand(),  &atmoCommand(),    &calibrateCommand(),
+         &cachesCommand(),   &reportCommand(),    &timecodeCommand(), &sessionCommand(), &projectCommand(),
+         &settingsCommand(), &shortcutsCommand(), &serveCommand(),    &doctorCommand()});
     return commands;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/AtmoController.h"
+#include "OrvaneSyncApp/Controllers/CalibrationController.h"
 #include "OrvaneSyncApp/Controllers/ClipEditing.h"
 #include "OrvaneSyncApp/Controllers/ExportController.h"
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
@@ -35,6 +37,10 @@ class ImportController {
         std::shared_ptr<const platform::Clock> clock = platform::systemClock();
         /// Null: waveforms are reduced when they are shown, and not kept.
         std::shared_ptr<WaveformCache> waveformCache = nullptr;
+        /// Null: no sound is rendered for the player.
+        std::shared_ptr<const RenderedAudioStore> renderedAudio = nullptr;
+        /// Null: recordings are analysed without stems.
+        std::shared_ptr<StemCache> stems = nullptr;
     };
     static std::shared_ptr<ImportController> create(Dependencies dependencies);
     ~ImportController();
@@ -52,6 +58,10 @@ class ImportController {
     TrackEditing& tracks() { return tracks_; }
     SmartAudioController& smartAudio() { return smartAudio_; }
     const SmartAudioController& smartAudio() const { return smartAudio_; }
+    AtmoController& atmo() { return atmo_; }
+    const AtmoController& atmo() const { return atmo_; }
+    CalibrationController& calibration() { return calibration_; }
+    const CalibrationController& calibration() const { return calibration_; }
     TimelineController& timeline() { return timeline_; }
     ReportController& reports() { return reports_; }
     const ReportController& reports() const { return reports_; }
@@ -95,6 +105,8 @@ class ImportController {
     ClipEditing clips_;
     RecordingEditing recordings_;
     TrackEditing tracks_;
+    AtmoController atmo_;
+    CalibrationController calibration_;
     TimelineController timeline_;
     ExportController export_;
     WorkDoubts doubts_;

@@ -25,6 +25,8 @@ enum class ImportField : std::uint8_t {
     wildTracks,
     report,
     smartAudio,
+    atmo,
+    calibration,
     undoState,
     project
 };

@@ -33,6 +33,7 @@ struct SmartAudioState {
     std::unordered_map<UUID, FileURL> soloMonitorURLs; ///< that track, rendered
     bool isAnalyzing = false;
     SmartAudioProgress progress;
+    SmartAudioProgress rendering; ///< of the sound file that is being rendered
 };
 
 } // namespace orvane

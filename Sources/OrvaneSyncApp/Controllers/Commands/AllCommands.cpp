@@ -10,7 +10,8 @@ const std::vector<Command>& allCommands() {
         std::vector<Command> commands;
         for (auto* topic :
              {&workCommands, &editCommands, &reviewCommands, &timelineCommands, &smartAudioCommands,
-              &reportCommands, &fileCommands, &sessionCommands, &settingCommands, &shortcutCommands})
+              &renderedAudioCommands, &atmoCommands, &calibrationCommands, &reportCommands, &fileCommands,
+              &sessionCommands, &settingCommands, &shortcutCommands})
             std::ranges::move((*topic)(), std::back_inserter(commands));
         return commands;
     }();

@@ -113,4 +113,14 @@ JSON exportJSON(const ImportController& controller, const ExportResult& result, 
     return json;
 }
 
+JSON candidatesJSON(const AtmoController::Candidates& candidates) {
+    JSON json = JSON::Object{};
+    for (const auto& [scene, found] : candidates) {
+        JSON::Array list;
+        for (const AtmoCandidate& candidate : found) list.push_back(toJSON(candidate));
+        json.set(scene, std::move(list));
+    }
+    return json;
+}
+
 } // namespace orvane

@@ -25,6 +25,9 @@ JSON exportJSON(const ImportController& controller, const ExportResult& result, 
 /// How many clips Smart Audio heard, what it chose, and what it could not hear.
 JSON smartAudioJSON(const ImportController& controller, std::optional<SmartAudioMode> mode);
 
+/// A list for each scene.
+JSON candidatesJSON(const AtmoController::Candidates& candidates);
+
 /// What Smart Audio made of all clips.
 struct SmartAudioCounts {
     std::int64_t clips = 0, channels = 0, chosen = 0;

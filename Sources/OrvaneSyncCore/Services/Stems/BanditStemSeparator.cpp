@@ -115,8 +115,9 @@ std::string BanditStemSeparator::installedModelPath() {
 }
 
 std::string BanditStemSeparator::whyUnavailable() const {
+    if (isReady_) return ""; // without waiting for a separation
     const std::lock_guard lock(mutex_);
-    return isReady_ ? "" : problem_;
+    return problem_;
 }
 
 std::string BanditStemSeparator::runtimeText() const {
@@ -125,6 +126,7 @@ std::string BanditStemSeparator::runtimeText() const {
 }
 
 void BanditStemSeparator::prepare() {
+    if (isReady_) return; // without waiting for a separation
     const std::lock_guard lock(mutex_);
     if (isReady_) return;
     if (!platform::files::exists(modelPath_)) {

@@ -114,6 +114,8 @@ TEST_F(RenderedAudioControllerTest, editsAndUndoTakeAwayWhatTheyMakeStale) {
     finish(stopped);
     EXPECT_TRUE(state().soloMonitorURLs.empty());
     EXPECT_EQ(state().rendering, SmartAudioProgress());
+    finish(rendered().toggleSoloMonitor(id_, 2));
+    EXPECT_EQ(plays(), "solo_ch1") << "the press that was stopped does not count";
 }
 
 TEST_F(RenderedAudioControllerTest, theClipOnScreenIsKeptUpToDate) {

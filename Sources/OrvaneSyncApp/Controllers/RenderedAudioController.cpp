@@ -152,12 +152,18 @@ platform::Task RenderedAudioController::renderSolo(Weak weak, UUID groupID, int 
         },
         rendered);
     self.reset();
-    co_await rendering;
+    std::exception_ptr stopped;
+    try {
+        co_await rendering;
+    } catch (const platform::Stopped&) {
+        stopped = std::current_exception();
+    }
     self = weak.lock();
     group = self ? self->work_.syncGroups().find(groupID) : nullptr;
     const auto* wanted = self ? findIn(self->soloWanted_, groupID) : nullptr;
     if (wanted == nullptr || *wanted != trackIndex) co_return; // another press came after this one
     self->soloWanted_.erase(groupID);
+    if (stopped) std::rethrow_exception(stopped);
     if (group == nullptr || !*rendered || soundOf(*group) != sound) co_return;
     self->caches_.state.soloMonitorTracks.insert_or_assign(groupID, trackIndex);
     self->caches_.state.soloMonitorURLs.insert_or_assign(groupID, (*rendered)->url);

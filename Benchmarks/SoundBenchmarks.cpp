@@ -2,6 +2,7 @@
 
 #include "PlaybackBenchmarks.h"
 #include "Process.h"
+#include "RenderedAudioBenchmarks.h"
 #include "Sound.h"
 #include "WaveformBenchmarks.h"
 
@@ -224,6 +225,7 @@ void printSoundRows(const Medians& results, const std::string& self, const std::
     printAnalysis(program, halfHour);
     printWaveformRows(results, halfHour, folder);
     printPlayedSoundRows(halfHour);
+    printRenderedAudioRows(self, program, halfHour, folder);
     for (const char* command : {"analyze", "loudness"}) {
         printMemory(self, program, command, "30 minutes of 8 channels", halfHour);
         printMemory(self, program, command, "90 minutes of 8 channels", longer);

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what the build needs on Debian 12 and is not there yet. Asks nothing; does nothing on a second run.
-#   Scripts/install-dependencies.sh [build|bench|lint|sanitize]...     build is always included
+#   Scripts/install-dependencies.sh [build|bench|lint|sanitize|models]...     build is always included
+# models: ONNX Runtime into /usr/local/lib, for the tests that run a model; the program finds it there too.
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config ccache git
@@ -9,27 +10,44 @@ packages=(g++ cmake ninja-build pkg-config ccache git
     portaudio19-dev libasound2-dev libsoundtouch-dev
     libtesseract-dev tesseract-ocr-eng tesseract-ocr-deu fonts-dejavu-core
     libgtest-dev libcpp-httplib-dev openssl libltc-dev libxml2-utils espeak-ng ffmpeg python3 tzdata)
+wants_models=""
 for group in "$@"; do
     case "$group" in
         build) ;;
         bench) packages+=(libbenchmark-dev libebur128-dev mediainfo) ;;
         lint) packages+=(clang-format clang-tidy) ;;
+        models) packages+=(npm); wants_models=yes ;;
         sanitize) packages+=(clang-19 libclang-rt-19-dev) ;;
-        *) echo "error: unknown package group '$group' (build, bench, lint, sanitize)" >&2; exit 2 ;;
+        *) echo "error: unknown package group '$group' (build, bench, lint, sanitize, models)" >&2; exit 2 ;;
     esac
 done
+
+sudo=""
+if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
+
+# The library alone, out of the Node package that holds it (MIT); none of the package's scripts is run.
+install_models() {
+    local library=/usr/local/lib/libonnxruntime.so.1 machine=x64 folder
+    if [ "$(uname -m)" = aarch64 ]; then machine=arm64; fi
+    [ -e "$library" ] && return
+    folder=$(mktemp -d)
+    npm install --prefix "$folder" --ignore-scripts --no-audit --no-fund --silent onnxruntime-node@1.30.0
+    $sudo install -m 644 "$folder"/node_modules/onnxruntime-node/bin/napi-v6/linux/$machine/libonnxruntime.so.1 "$library"
+    rm -rf "$folder"
+}
 
 missing=()
 for package in "${packages[@]}"; do
     dpkg-query -W -f='${db:Status-Abbrev}' "$package" 2>/dev/null | grep -q '^ii' || missing+=("$package")
 done
-[ ${#missing[@]} -eq 0 ] && exit 0
+if [ ${#missing[@]} -eq 0 ]; then
+    if [ -n "$wants_models" ]; then install_models; fi
+    exit 0
+fi
 
 echo "Installing: ${missing[*]}"
-sudo=""
-if [ "$(id -u)" -ne 0 ]; then
+if [ -n "$sudo" ]; then
     command -v sudo >/dev/null || { echo "error: run as root, or install: ${missing[*]}" >&2; exit 1; }
-    sudo="sudo"
 fi
 export DEBIAN_FRONTEND=noninteractive
 # Another package manager may be at work: wait for it. The time limit of apt covers its lock for installing alone.
@@ -40,3 +58,4 @@ until message=$($sudo apt-get update -qq 2>&1); do
     esac
 done
 $sudo env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=600 install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+if [ -n "$wants_models" ]; then install_models; fi

@@ -1,11 +1,11 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncCLI/ChannelStrip.h"
 #include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCLI/FileAnalysis.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
 #include "OrvaneSyncCLI/SoundFile.h"
 #include "OrvaneSyncCLI/Table.h"
-#include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 #include "OrvaneSyncCore/Services/SmartAudio/ChannelReadingDiagnostic.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "Platform/Files.h"
@@ -164,21 +164,14 @@ void analyze(Context& context, const Arguments& arguments) {
     if (arguments.positionals().size() != 1) throw UsageError("one file, please");
     const std::string& path = arguments.positionals().front();
     if (arguments.has("--diagnose")) return compareReadings(context, arguments, path);
-    SmartAudioRequest request;
-    request.mode = mode(arguments);
-    request.candidateTracks = candidates(arguments);
+    const SmartAudioMode asked = mode(arguments);
     const auto askedChannels = channelCount(arguments);
+    const std::set<int> askedCandidates = candidates(arguments);
     const auto file = openSound(path);
-    const FileURL url{platform::files::standardized(path)};
-    request.sound = url;
-    const MediaAsset asset = MediaProbeService(context.settings, nullptr).probe(url, AssetKind::audio);
-    request.channelCount = askedChannels.value_or(asset.channelCount.value_or(file->channelCount()));
+    auto [request, asset] = fileAnalysis(context, path, *file, asked, askedChannels);
+    request.candidateTracks = askedCandidates;
     checkCandidates(context, request);
-    if (asset.ixmlData) request.ixmlTracks = asset.ixmlData->tracks;
-    if (request.mode == SmartAudioMode::custom)
-        request.config = SmartAudioConfig::fromUserDefaults(*context.settings);
-    if (!arguments.has("--no-blocks"))
-        request.blockSettings = SmartAudioBlockSettings::fromUserDefaults(*context.settings);
+    if (arguments.has("--no-blocks")) request.blockSettings.reset();
 
     ProgressLine progress(context, arguments.has("--quiet"));
     request.progress = hearing(progress, std::min(secondsOf(*file), SmartAudioRouter::mostSeconds));

@@ -1,8 +1,10 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Services/Persistence/ServiceConfiguration.h"
 #include "OrvaneSyncCore/Services/Persistence/StandardSettings.h"
+#include "OrvaneSyncCore/Services/Stems/BanditStemSeparator.h"
 #include "Platform/CredentialStore.h"
 #include "Platform/Files.h"
 #include "Platform/JSON.h"
@@ -55,6 +57,24 @@ Check cacheCheck(const Context& context) {
     const std::string size = formatted(" (%.1f MB)", static_cast<double>(cache->sizeBytes()) / megabyte);
     return {"known files", "ok",
             counted(static_cast<long long>(cache->count()), "file", "files") + " probed before" + size};
+}
+
+Check renderedCheck(const Context& context) {
+    constexpr double megabyte = 1e6;
+    const CacheReport report = cacheReport(*context.settings);
+    return {"rendered sound", "ok",
+            formatted("%.1f MB", static_cast<double>(report.renderedBytes) / megabyte) +
+                formatted(" of the %g GB that it may take; ", report.limitGB) +
+                formatted("%.1f MB in all caches", static_cast<double>(report.bytes) / megabyte)};
+}
+
+Check stemsCheck(const Context& context) {
+    if (!context.settings->get(settings::smartAudioBanditEnabled))
+        return {"stems", "unused", "switched off in the settings"};
+    BanditStemSeparator separator;
+    separator.prepare();
+    if (!separator.isAvailable()) return {"stems", "problem", separator.whyUnavailable()};
+    return {"stems", "ok", BanditStemSeparator::installedModelPath() + ", " + separator.runtimeText()};
 }
 
 /// The program that runs the media libraries, which are only known once it runs.
@@ -125,6 +145,8 @@ std::vector<Check> checks(const Context& context) {
             folderCheck("work folder", AppStorageHelper::applicationSupportDirectory()),
             folderCheck("cache folder", AppStorageHelper::cachesDirectory()),
             cacheCheck(context),
+            renderedCheck(context),
+            stemsCheck(context),
             helperCheck(helper),
             libraryCheck(helper),
             codecCheck(),

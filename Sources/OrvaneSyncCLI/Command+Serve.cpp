@@ -80,6 +80,12 @@ std::optional<JSON> progressJSON(const ImportController& controller, ImportField
     const SmartAudioProgress& looking = controller.slates().progress();
     if (field == ImportField::slates && looking.total > 0)
         return progressJSON(looking.phase, looking.current, looking.total, looking.fraction);
+    const SmartAudioProgress& rendering = controller.smartAudio().state().rendering;
+    if (field == ImportField::smartAudio && rendering.total > 0)
+        return progressJSON(rendering.phase, rendering.current, rendering.total, rendering.fraction);
+    const SmartAudioProgress& seeking = controller.atmo().state().progress;
+    if (field == ImportField::atmo && seeking.total > 0)
+        return progressJSON(seeking.phase, seeking.current, seeking.total, seeking.fraction);
     return std::nullopt;
 }
 
@@ -89,6 +95,8 @@ commands::CommandContext openWork(Context& context, const Arguments& arguments,
     work.mainThread = loop;
     work.settings = context.settings;
     work.clock = context.clock;
+    work.renderedAudio = context.openRenderedAudio(context.settings);
+    work.stems = context.openStems();
     if (!arguments.has("--no-cache")) {
         work.probeCache = context.openProbeCache();
         work.waveformCache = context.openWaveformCache();

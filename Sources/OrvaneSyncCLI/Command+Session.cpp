@@ -1,8 +1,8 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/DocumentOutput.h"
+#include "OrvaneSyncCLI/OpenSession.h"
 #include "OrvaneSyncCLI/Printers.h"
-#include "OrvaneSyncCLI/SessionNamed.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
@@ -12,23 +12,6 @@
 #include <algorithm>
 
 namespace orvane::cli {
-
-SessionInfo sessionNamed(const SessionStore& store, const std::string& words) {
-    const auto sessions = store.list();
-    const std::string wanted = platform::text::uppercased(words);
-    std::vector<SessionInfo> found;
-    for (const SessionInfo& info : sessions) {
-        if (info.id.text() == wanted) return info;
-        if (info.id.text().starts_with(wanted) || info.name == words) found.push_back(info);
-    }
-    // One whose record can't be read is in no list.
-    if (const auto id = UUID::fromText(wanted); id && found.empty() && store.exists(*id)) return {.id = *id};
-    if (words.empty() || found.empty()) throw CommandError("there is no session '" + words + "'");
-    if (found.size() > 1)
-        throw CommandError("'" + words + "' means " + std::to_string(found.size()) +
-                           " sessions; orvanesync session list tells their ids");
-    return found.front();
-}
 
 namespace {
 
@@ -55,38 +38,6 @@ void list(Context& context, const SessionStore& store, bool asJSON) {
                    std::to_string(info.lockedCount), iso8601(info.modified)});
     context.out << table.text(context.mayColour);
 }
-
-/// A session opened to be looked at: nothing on the disk changes.
-class OpenSession {
-  public:
-    OpenSession(const Context& context, const SessionStore& store, SessionInfo info)
-        : info_(std::move(info)) {
-        const auto folders = store.readFolders(info_.id);
-        if (folders.problem) context.warn(*folders.problem);
-        folders_ = folders.record.value_or(SessionFolders{});
-        auto read = store.readGroups(info_.id);
-        if (read.problem) throw CommandError(*read.problem);
-        ImportController::Dependencies dependencies;
-        dependencies.mainThread = platform::RunLoop::create();
-        dependencies.settings = context.settings;
-        dependencies.clock = context.clock;
-        controller_ = ImportController::create(std::move(dependencies));
-        auto wildTracks = store.readWildTracks(info_.id);
-        if (wildTracks.problem) context.warn(*wildTracks.problem);
-        controller_->openStoredWork({folders_.videoFolder, folders_.audioFolder, std::move(read.groups),
-                                     std::move(wildTracks.record).value_or(std::vector<WildTrack>()),
-                                     folders_.scope, folders_.corrections, folders_.matchedBy});
-    }
-
-    const SessionInfo& info() const { return info_; }
-    const SessionFolders& folders() const { return folders_; }
-    const ImportController& controller() const { return *controller_; }
-
-  private:
-    SessionInfo info_;
-    SessionFolders folders_;
-    std::shared_ptr<ImportController> controller_;
-};
 
 void show(Context& context, const OpenSession& session, bool asJSON) {
     if (asJSON) {

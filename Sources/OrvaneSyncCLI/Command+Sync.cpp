@@ -1,6 +1,7 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/DocumentOutput.h"
 #include "OrvaneSyncCLI/Printers.h"
+#include "OrvaneSyncCLI/RoomTone.h"
 #include "OrvaneSyncCLI/ScanRun.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCLI/TypedSettings.h"
@@ -83,6 +84,9 @@ void sync(Context& context, const Arguments& arguments) {
     if (smartAudio != SmartAudioMode::off)
         run.wait(controller.smartAudio().runSmartAudioAnalysis(smartAudio, false));
     if (arguments.has("--loudness")) run.wait(controller.smartAudio().measureLoudness());
+    if (arguments.has("--atmo")) {
+        for (const std::string& problem : buildRoomTone(run, {}).problems) run.warn(problem);
+    }
     run.show("Writing the document...");
     output.smartAudioMode = smartAudio;
     output.warnedAlready = run.warnings();
@@ -97,6 +101,7 @@ std::vector<Option> syncOptions() {
          "do what a table says that scan --review has written and people have filled in"},
         {"--lockit", "PROJECT",
          "lay over the clips what LockitNetwork says of them; orvanesync lockit projects lists the projects"},
+        {"--atmo", "", "build room tone of the quiet stretches of each scene, and put it into the document"},
         {"--loudness", "", "measure every clip and write the gain that brings it to the target loudness"},
     };
     options.insert(options.begin(), documentOptions().begin(), documentOptions().end());

@@ -2,6 +2,8 @@
 
 #include "OrvaneSyncCLI/Arguments.h"
 #include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
+#include "OrvaneSyncCore/Services/RenderedAudio/RenderedAudioStore.h"
+#include "OrvaneSyncCore/Services/Stems/StemCache.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformCache.h"
 #include "Platform/MainThread.h"
 #include "Platform/SettingsStore.h"
@@ -39,6 +41,12 @@ struct Context {
     /// Opens the results of earlier probes. Asked once, by a command that wants them.
     std::function<std::shared_ptr<ProbeCache>()> openProbeCache = ProbeCache::shared;
     std::function<std::shared_ptr<WaveformCache>()> openWaveformCache = WaveformCache::shared;
+    std::function<std::shared_ptr<const RenderedAudioStore>(std::shared_ptr<const platform::SettingsStore>)>
+        openRenderedAudio = RenderedAudioStore::shared;
+    /// The stems of recordings, by the settings.
+    std::shared_ptr<StemCache> openStems() const {
+        return StemCache::bySettings(*settings, openRenderedAudio(settings));
+    }
 
     /// One line "warning: ..." on standard error.
     void warn(std::string_view message) const;

@@ -120,6 +120,7 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
     dependencies.mainThread = loop_;
     dependencies.settings = context.settings;
     dependencies.clock = context.clock;
+    dependencies.stems = context.openStems();
     if (!arguments.has("--no-cache")) dependencies.probeCache = context.openProbeCache();
     controller_ = ImportController::create(std::move(dependencies));
     if (folders == Folders::ofArguments) chooseFolders(*controller_, arguments);
@@ -140,6 +141,9 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
         const SmartAudioProgress& heard = controller_->smartAudio().state().progress;
         if (field == ImportField::smartAudio && heard.total > 0)
             progress_.show({heard.phase, heard.current, heard.total}, heard.fraction);
+        const SmartAudioProgress& sought = controller_->atmo().state().progress;
+        if (field == ImportField::atmo && sought.total > 0)
+            progress_.show({sought.phase, sought.current, sought.total}, sought.fraction);
     });
 }
 

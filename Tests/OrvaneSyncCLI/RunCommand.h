@@ -36,6 +36,9 @@ inline Outcome runWith(std::vector<std::string> words, bool onTerminal = false,
         return std::make_shared<ProbeCache>(cacheFile.empty() ? folder.path("cache.json") : cacheFile);
     };
     context.openWaveformCache = [&] { return std::make_shared<WaveformCache>(folder.path("waveforms")); };
+    context.openRenderedAudio = [&](auto store) {
+        return std::make_shared<const RenderedAudioStore>(folder.path("rendered"), std::move(store));
+    };
     context.settings = settings ? std::move(settings) : std::make_shared<platform::MemorySettingsStore>();
     registerStandardDefaults(*context.settings);
     const int status = run(words, context);

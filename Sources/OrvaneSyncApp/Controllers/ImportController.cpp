@@ -13,11 +13,12 @@ std::shared_ptr<ImportController> ImportController::create(Dependencies dependen
 
 ImportController::ImportController(Dependencies dependencies)
     : work_({std::move(dependencies.mainThread), std::move(dependencies.settings),
-             std::move(dependencies.clock), std::move(dependencies.waveformCache)}),
+             std::move(dependencies.clock), std::move(dependencies.waveformCache),
+             std::move(dependencies.renderedAudio), std::move(dependencies.stems)}),
       smartAudio_(work_), reports_(work_), lockit_(work_),
       scan_(work_, smartAudio_, reports_, std::move(dependencies.probeCache)),
       project_(work_, scan_, reports_), clips_(work_, smartAudio_), recordings_(work_, scan_, smartAudio_),
-      tracks_(work_, smartAudio_), timeline_(work_, clips_),
+      tracks_(work_, smartAudio_), atmo_(work_), calibration_(work_), timeline_(work_, clips_),
       slates_(work_, smartAudio_.caches(), std::move(dependencies.slateDetector)),
       export_(work_, smartAudio_), doubts_(work_, recordings_, smartAudio_) {
     work_.whenTakenBack = [this] { smartAudio_.caches().invalidateCachesAfterUndo(); };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/AtmoController.h"
+#include "OrvaneSyncApp/Controllers/CalibrationController.h"
 #include "OrvaneSyncApp/Controllers/ClipEditing.h"
 #include "OrvaneSyncApp/Controllers/ExportController.h"
 #include "OrvaneSyncApp/Controllers/LockitController.h"
@@ -39,6 +41,10 @@ class ImportController {
         std::shared_ptr<WaveformCache> waveformCache = nullptr;
         /// Null: that of this machine.
         std::shared_ptr<SlateDetector> slateDetector = nullptr;
+        /// Null: no sound is rendered for the player.
+        std::shared_ptr<const RenderedAudioStore> renderedAudio = nullptr;
+        /// Null: recordings are analysed without stems.
+        std::shared_ptr<StemCache> stems = nullptr;
     };
     static std::shared_ptr<ImportController> create(Dependencies dependencies);
     ~ImportController();
@@ -58,6 +64,10 @@ class ImportController {
     const SmartAudioController& smartAudio() const { return smartAudio_; }
     SlateController& slates() { return slates_; }
     const SlateController& slates() const { return slates_; }
+    AtmoController& atmo() { return atmo_; }
+    const AtmoController& atmo() const { return atmo_; }
+    CalibrationController& calibration() { return calibration_; }
+    const CalibrationController& calibration() const { return calibration_; }
     TimelineController& timeline() { return timeline_; }
     ReportController& reports() { return reports_; }
     const ReportController& reports() const { return reports_; }
@@ -104,6 +114,8 @@ class ImportController {
     ClipEditing clips_;
     RecordingEditing recordings_;
     TrackEditing tracks_;
+    AtmoController atmo_;
+    CalibrationController calibration_;
     TimelineController timeline_;
     SlateController slates_;
     ExportController export_;

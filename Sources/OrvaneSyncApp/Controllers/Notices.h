@@ -26,6 +26,8 @@ enum class ImportField : std::uint8_t {
     report,
     smartAudio,
     slates,
+    atmo,
+    calibration,
     undoState,
     project,
     lockit

@@ -41,6 +41,8 @@ class OutOfRange : public std::invalid_argument {
 struct ScanOutcome;
 struct ProjectEntries;
 class WaveformCache;
+class RenderedAudioStore;
+class StemCache;
 
 /// By what clips were matched.
 struct MatchedBy {
@@ -60,6 +62,9 @@ class OpenWork {
         std::shared_ptr<platform::SettingsStore> settings;
         std::shared_ptr<const platform::Clock> clock;
         std::shared_ptr<WaveformCache> waveformCache = nullptr; ///< null: none are kept
+        /// Null: nothing is rendered.
+        std::shared_ptr<const RenderedAudioStore> renderedAudio = nullptr;
+        std::shared_ptr<StemCache> stems = nullptr; ///< null: analyses go without stems
     };
     explicit OpenWork(Environment theEnvironment);
 

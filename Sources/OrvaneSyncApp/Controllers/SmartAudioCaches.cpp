@@ -15,6 +15,16 @@ void SmartAudioCaches::removeSmartAudioCaches(const UUID& groupID) {
 void SmartAudioCaches::removeRenderedAudio(const UUID& groupID) {
     state.mixdownURLs.erase(groupID);
     state.viProcessedURLs.erase(groupID);
+    lastVIInput.erase(groupID);
+    work_.notify(ImportField::smartAudio);
+}
+
+void SmartAudioCaches::removeAllRenderedAudio() {
+    state.mixdownURLs.clear();
+    state.viProcessedURLs.clear();
+    state.soloMonitorTracks.clear();
+    state.soloMonitorURLs.clear();
+    lastVIInput.clear();
     work_.notify(ImportField::smartAudio);
 }
 
@@ -32,6 +42,7 @@ void SmartAudioCaches::invalidateCachesAfterUndo() {
 void SmartAudioCaches::removeAll() {
     state.viProcessedURLs.clear();
     state.slateResults.clear();
+    lastVIInput.clear();
     invalidateCachesAfterUndo();
 }
 

@@ -14,7 +14,7 @@ using Loudness = SmartAudioRuns::Loudness;
 } // namespace
 
 SmartAudioController::SmartAudioController(OpenWork& work)
-    : work_(work), caches_(work), runs_(work, caches_) {}
+    : work_(work), caches_(work), rendered_(work, caches_), runs_(work, caches_, rendered_) {}
 
 SmartAudioTerms SmartAudioController::terms(SmartAudioMode mode) const {
     const platform::SettingsStore& settings = *work_.environment.settings;
@@ -64,7 +64,7 @@ platform::Task SmartAudioController::runSmartAudioForGroup(const UUID& groupID,
     work_.notices.assertOnMainThread();
     SyncGroupList one = work_.syncGroups().filtered(
         [&](const SyncGroup& group) { return group.id == groupID && !group.isMOS(); });
-    return runs_.analyse(std::move(one), termsForOneClip(), forceOverwriteManualTracks, Loudness::measure);
+    return runs_.analyseOne(std::move(one), termsForOneClip(), forceOverwriteManualTracks);
 }
 
 platform::Task SmartAudioController::reanalyseIfKnown(const UUID& groupID) {

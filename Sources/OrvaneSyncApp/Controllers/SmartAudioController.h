@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/RenderedAudioController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioRuns.h"
 
 #include <optional>
@@ -15,6 +16,8 @@ class SmartAudioController {
     const SmartAudioState& state() const { return caches_.state; }
     SmartAudioCaches& caches() { return caches_; }
     const SmartAudioCaches& caches() const { return caches_; }
+    RenderedAudioController& rendered() { return rendered_; }
+    const RenderedAudioController& rendered() const { return rendered_; }
 
     /// Analyses all settled clips that have sound, one after the other. `off` forgets all results.
     platform::Task runSmartAudioAnalysis(SmartAudioMode mode, bool forceOverwriteManualTracks);
@@ -50,6 +53,7 @@ class SmartAudioController {
 
     OpenWork& work_;
     SmartAudioCaches caches_;
+    RenderedAudioController rendered_;
     SmartAudioRuns runs_;
     bool analysesAfterScan_ = true;
     std::optional<platform::Task> analysisAfterScan_;

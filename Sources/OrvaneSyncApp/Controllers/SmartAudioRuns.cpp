@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/ManualOverrides.h"
 #include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
+#include "OrvaneSyncCore/Services/Stems/StemCache.h"
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformAlongside.h"
 
@@ -35,8 +36,15 @@ std::set<int> candidateTracks(const SyncGroup& group, int channelCount) {
     return candidates;
 }
 
-/// Stems of a recording take their place here; without a separator there are none.
-std::optional<SeparatedStems> stemsOf(const TakeSound& /*recording*/) { return std::nullopt; }
+/// Nothing without a separator, and where it fails: the analysis then goes on without stems.
+std::optional<SeparatedStems> stemsOf(const TakeSound& recording, const std::shared_ptr<StemCache>& cache,
+                                      const std::stop_token& stop) {
+    try {
+        return cache ? cache->stems(recording, stop) : std::nullopt;
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+}
 
 /// Whether both would hear the same: their terms are those of one run.
 bool asksTheSame(const SmartAudioRequest& a, const SmartAudioRequest& b) {
@@ -62,8 +70,10 @@ struct Heard {
 
 /// On the router's queue. What cannot be heard gives the empty result.
 Heard listen(const SmartAudioRouter::Means& means, SmartAudioRequest request, bool measuresLoudness,
-             const std::shared_ptr<WaveformCache>& waveforms, const std::stop_token& stop) {
+             const std::shared_ptr<WaveformCache>& waveforms, const std::shared_ptr<StemCache>& stems,
+             const std::stop_token& stop) {
     try {
+        request.stems = stemsOf(request.sound, stems, stop);
         if (request.stems) {
             const auto metrics =
                 computeStemMetrics(*request.stems, smartAudioWindowSeconds, musicSourceLevel, stop);
@@ -102,6 +112,7 @@ Measured loudnessOf(const TakeSound& recording, const std::function<void(double)
 struct SmartAudioRuns::Run {
     SmartAudioTerms terms;
     bool forceOverwriteManualTracks = false;
+    bool rendersBlocks = false; ///< for the player
 
     SmartAudioProgress progress{"", 0, 1, 0}; ///< before the clip under way
     double effort = 0;                        ///< of all recordings of the run
@@ -126,8 +137,8 @@ struct SmartAudioRuns::Run {
     std::map<TakeSound, Measured> loudness;
 };
 
-SmartAudioRuns::SmartAudioRuns(OpenWork& work, SmartAudioCaches& caches)
-    : work_(work), caches_(caches),
+SmartAudioRuns::SmartAudioRuns(OpenWork& work, SmartAudioCaches& caches, RenderedAudioController& rendered)
+    : work_(work), caches_(caches), rendered_(rendered),
       shown_(platform::Throttle<Shown>::create(work.environment.mainThread, work.environment.clock,
                                                platform::progressInterval,
                                                [this](const Shown& latest) {
@@ -154,6 +165,13 @@ SmartAudioRuns::RunPointer SmartAudioRuns::newRun(SmartAudioTerms terms, bool fo
 platform::Task SmartAudioRuns::analyse(SyncGroupList groups, SmartAudioTerms terms,
                                        bool forceOverwriteManualTracks, Loudness loudness) {
     return start(std::move(groups), newRun(std::move(terms), forceOverwriteManualTracks), loudness);
+}
+
+platform::Task SmartAudioRuns::analyseOne(SyncGroupList group, SmartAudioTerms terms,
+                                          bool forceOverwriteManualTracks) {
+    const RunPointer run = newRun(std::move(terms), forceOverwriteManualTracks);
+    run->rendersBlocks = true;
+    return start(std::move(group), run, Loudness::measure);
 }
 
 platform::Task SmartAudioRuns::measureLoudness(SyncGroupList groups) {
@@ -186,15 +204,10 @@ platform::Task SmartAudioRuns::analyseEach(std::weak_ptr<SmartAudioRuns> weak, S
     self = weak.lock();
     if (self) self->ended(run);
     if (stopped) std::rethrow_exception(stopped);
-    if (!self || loudness != Loudness::measure) co_return;
-    for (const SyncGroup& group : groups) {
-        const auto result = self->caches_.state.results.find(group.id);
-        if (result == self->caches_.state.results.end() || result->second.blocks.empty()) continue;
-        self.reset();
-        co_await renderMixdown(weak, group.id);
-        self = weak.lock();
-        if (!self) co_return;
-    }
+    if (!self || !run->rendersBlocks) co_return;
+    const platform::Task rendering = self->rendered_.renderMixdown(groups.front().id);
+    self.reset();
+    co_await rendering;
 }
 
 platform::Task SmartAudioRuns::analyseClips(std::weak_ptr<SmartAudioRuns> weak, SyncGroupList groups,
@@ -227,7 +240,6 @@ SmartAudioRequest SmartAudioRuns::request(const SyncGroup& group, const Run& run
     request.config = run.terms.config;
     request.ixmlTracks = namedChannels(group, take);
     request.blockSettings = run.terms.blockSettings;
-    request.stems = stemsOf(request.sound);
     request.candidateTracks = candidateTracks(group, request.channelCount);
     return request;
 }
@@ -261,12 +273,13 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
             result = *known;
         } else {
             const bool measures = loudness == Loudness::measure && !run->loudness.contains(request.sound);
-            auto listening = platform::onQueue(
-                self->router_->queue(), self->work_.environment.mainThread,
-                [means = self->router_->means(), request, measures,
-                 waveforms = self->work_.environment.waveformCache](const std::stop_token& stop) {
-                    return listen(means, request, measures, waveforms, stop);
-                });
+            auto listening =
+                platform::onQueue(self->router_->queue(), self->work_.environment.mainThread,
+                                  [means = self->router_->means(), request, measures,
+                                   waveforms = self->work_.environment.waveformCache,
+                                   stems = self->work_.environment.stems](const std::stop_token& stop) {
+                                      return listen(means, request, measures, waveforms, stems, stop);
+                                  });
             self.reset();
             Heard heard = co_await listening;
             result = std::move(heard.result);
@@ -310,6 +323,10 @@ void SmartAudioRuns::adoptVerdict(const UUID& groupID, SmartAudioResult result,
     const bool isTaken = !active.empty() && (forceOverwriteManualTracks || !group->hasManualTrackEdits());
 
     work_.notices.together([&] {
+        // Of other blocks than those that are heard from now on.
+        const auto known = caches_.state.results.find(groupID);
+        if (known == caches_.state.results.end() || known->second.blocks != result.blocks)
+            caches_.state.mixdownURLs.erase(groupID);
         caches_.state.results.insert_or_assign(groupID, std::move(result));
         caches_.state.passedOver.erase(groupID);
         work_.notify(ImportField::smartAudio);
@@ -330,7 +347,6 @@ void SmartAudioRuns::layRangesAgain(const UUID& groupID) {
         return;
     SmartAudioResult result = known->second;
     result.blocks = routed->second;
-    caches_.state.mixdownURLs.erase(groupID);
     adoptVerdict(groupID, std::move(result), false);
 }
 
@@ -387,11 +403,6 @@ double automaticMasterGainDB(double measuredLUFS, const platform::SettingsStore&
                               SmartAudioPredictor::loadingFromDisk());
 }
 
-// The rendering of a clip's blocks takes its place here; nothing is rendered yet, so nothing is to be played.
-platform::Task SmartAudioRuns::renderMixdown(std::weak_ptr<SmartAudioRuns> /*weak*/, UUID /*groupID*/) {
-    co_return;
-}
-
 platform::Task SmartAudioRuns::analyseAgain(const UUID& groupID, const SmartAudioTerms& terms) {
     std::erase_if(again_, [](const auto& one) { return !one.second->isAwaitingVerdict; });
     const auto pending = again_.find(groupID);
@@ -399,6 +410,7 @@ platform::Task SmartAudioRuns::analyseAgain(const UUID& groupID, const SmartAudi
         pending->second->removals == caches_.removals(groupID))
         return pending->second->task.value_or(platform::Task::ended());
     const auto run = newRun(terms, false);
+    run->rendersBlocks = true;
     again_.insert_or_assign(groupID, run);
     SyncGroupList one = work_.syncGroups().filtered(
         [&](const SyncGroup& group) { return group.id == groupID && !group.isMOS(); });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/RenderedAudioController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioCaches.h"
 #include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
@@ -29,13 +30,15 @@ struct SmartAudioTerms {
 /// caches and switches on the tracks of their blocks, unless the editor chose tracks by hand. None fails.
 class SmartAudioRuns {
   public:
-    SmartAudioRuns(OpenWork& work, SmartAudioCaches& caches);
+    SmartAudioRuns(OpenWork& work, SmartAudioCaches& caches, RenderedAudioController& rendered);
     ~SmartAudioRuns();
 
     enum class Loudness { leave, measure, only };
     /// Clips with sound, as they stand at the call. `measure`: also their loudness and master gain.
     platform::Task analyse(SyncGroupList groups, SmartAudioTerms terms, bool forceOverwriteManualTracks,
                            Loudness loudness);
+    /// Of a single clip: also its loudness and master gain, and its blocks are rendered for the player.
+    platform::Task analyseOne(SyncGroupList group, SmartAudioTerms terms, bool forceOverwriteManualTracks);
     /// The loudness of clips with sound, and the master gain where something is heard.
     platform::Task measureLoudness(SyncGroupList groups);
     /// Analyses the clip again with the editor's choice of tracks kept. The task may be that of an analysis
@@ -60,7 +63,6 @@ class SmartAudioRuns {
                                       Loudness loudness);
     static platform::Task measureClip(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run,
                                       Loudness loudness);
-    static platform::Task renderMixdown(std::weak_ptr<SmartAudioRuns> weak, UUID groupID);
 
     void nextClip(const RunPointer& run, const SyncGroup& group, std::string_view verb);
     void passOver(const UUID& groupID);
@@ -74,6 +76,7 @@ class SmartAudioRuns {
 
     OpenWork& work_;
     SmartAudioCaches& caches_;
+    RenderedAudioController& rendered_;
     /// Of which run, and how far.
     using Shown = std::pair<std::weak_ptr<Run>, SmartAudioProgress>;
     const std::shared_ptr<platform::Throttle<Shown>> shown_;

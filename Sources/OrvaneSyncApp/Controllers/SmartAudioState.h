@@ -36,6 +36,7 @@ struct SmartAudioState {
     std::unordered_map<UUID, SlateResult> slateResults;
     bool isAnalyzing = false;
     SmartAudioProgress progress;
+    SmartAudioProgress rendering; ///< of the sound file that is being rendered
 };
 
 } // namespace orvane

@@ -45,6 +45,8 @@ inline constexpr std::string_view playback = "Playback";
 inline constexpr std::string_view globalAudioOffset = "Global audio offset";
 inline constexpr std::string_view linearTimecode = "Linear timecode";
 inline constexpr std::string_view atmo = "Atmo";
+inline constexpr std::string_view caches = "Caches";
+inline constexpr std::string_view calibration = "Calibration";
 } // namespace family
 
 /// Of an effect of Final Cut Pro, where beyond 0 to 1 there is nothing.
@@ -250,5 +252,15 @@ inline const Declared<std::string> atmoAudioRole{"atmo.audioRole", "effects.atmo
                                                  "role of the room tone"};
 inline const Declared<bool> atmoIncludeInExport{"atmo.includeInExport", std::nullopt, family::atmo,
                                                 "put the room tone into the document"};
+
+inline const Declared<double> cachesLimitGB{"caches.limitGB",
+                                            20.0,
+                                            family::caches,
+                                            "10^9 bytes that rendered sound may take; the oldest goes first",
+                                            {.range = SettingDescription::Range{0, 1'000'000}}};
+
+inline const Declared<std::string> calibInputAudio{
+    "calib.inputAudioURL", "", family::calibration,
+    "path of the recording that a calibration is made with; empty: made noise"};
 
 } // namespace orvane::settings

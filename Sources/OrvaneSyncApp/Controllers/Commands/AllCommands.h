@@ -10,6 +10,9 @@ namespace orvane::commands {
 std::vector<Command> workCommands();
 std::vector<Command> editCommands();
 std::vector<Command> smartAudioCommands();
+std::vector<Command> renderedAudioCommands();
+std::vector<Command> atmoCommands();
+std::vector<Command> calibrationCommands();
 std::vector<Command> reviewCommands();
 std::vector<Command> timelineCommands();
 std::vector<Command> playerCommands();

@@ -127,4 +127,14 @@ JSON lockitStatusJSON(const LockitOAuthService& account, const LockitController&
     return json;
 }
 
+JSON candidatesJSON(const AtmoController::Candidates& candidates) {
+    JSON json = JSON::Object{};
+    for (const auto& [scene, found] : candidates) {
+        JSON::Array list;
+        for (const AtmoCandidate& candidate : found) list.push_back(toJSON(candidate));
+        json.set(scene, std::move(list));
+    }
+    return json;
+}
+
 } // namespace orvane

@@ -40,14 +40,15 @@ std::string calibrationDirectory() { return below(applicationSupportDirectory(),
 std::string credentialFile() {
     return files::dataHome() + "/" + std::string(appFolderName) + "/credentials.json";
 }
+std::string atmoDirectory() { return below(applicationSupportDirectory(), "Atmo"); }
 
 std::string probeCacheDirectory() { return below(cachesDirectory(), "ProbeCache"); }
 
-std::string stemCacheDirectory() { return below(cachesDirectory(), "StemCache"); }
+std::string stemCacheDirectory() { return below(cachesDirectory(), stemsFolderName); }
 
 std::string waveformCacheDirectory() { return below(cachesDirectory(), "WaveformCache"); }
 
-std::string voiceIsolationCacheDirectory() { return below(cachesDirectory(), "VoiceIsolation"); }
+std::string voiceIsolationCacheDirectory() { return below(cachesDirectory(), voiceIsolationFolderName); }
 
 std::int64_t cacheSizeBytes() {
     std::int64_t total = 0;

@@ -11,6 +11,10 @@
 namespace orvane::AppStorageHelper {
 
 inline constexpr std::string_view appFolderName = "Orvane Tandrel";
+// Folders of rendered sound below `cachesDirectory`.
+inline constexpr std::string_view mixdownsFolderName = "mixdowns";
+inline constexpr std::string_view voiceIsolationFolderName = "VoiceIsolation";
+inline constexpr std::string_view stemsFolderName = "StemCache";
 
 std::string applicationSupportDirectory();
 std::string cachesDirectory();
@@ -19,6 +23,8 @@ std::string sessionsDirectory();
 std::string presetsDirectory();
 std::string modelStorageDirectory();
 std::string calibrationDirectory();
+/// Room tone, in a folder for each work.
+std::string atmoDirectory();
 
 /// Of secrets where the system has no key store. The file and its folder may be missing.
 std::string credentialFile();

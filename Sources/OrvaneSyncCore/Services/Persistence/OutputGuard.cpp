@@ -91,9 +91,11 @@ void OutputGuard::check(const std::string& path) const { look(path); }
 
 void OutputGuard::write(const std::string& path, std::string_view contents) const {
     look(path);
-    files::writeAtomically(path, contents, [&] {
-        return look(path) == There::replaceable ? files::Existing::replace : files::Existing::keep;
-    });
+    files::writeAtomically(path, contents, [&] { return decide(path); });
+}
+
+files::Existing OutputGuard::decide(const std::string& path) const {
+    return look(path) == There::replaceable ? files::Existing::replace : files::Existing::keep;
 }
 
 OutputGuard::There OutputGuard::look(const std::string& path) const {

@@ -63,6 +63,9 @@ class OutputGuard {
     /// Checks, writes the whole file or nothing, and checks again right before the new file takes its place.
     /// Throws FileError, OutputRefused among them; then everything is as it was.
     void write(const std::string& path, std::string_view contents) const;
+    /// For a file that is written piece by piece: checks again right before it takes its place. Throws
+    /// OutputRefused.
+    platform::files::Existing decide(const std::string& path) const;
 
   private:
     enum class There : bool { nothing, replaceable };

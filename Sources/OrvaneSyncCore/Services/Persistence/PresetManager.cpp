@@ -1,6 +1,6 @@
 #include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
 
-#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Persistence/AnyCodable.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "Platform/Files.h"
@@ -43,7 +43,12 @@ void refuseUnfitName(std::string_view name) {
 const std::vector<std::string>& PresetManager::managedKeys() {
     static const std::vector<std::string> keys = [] {
         std::vector<std::string> result;
-        for (const SettingDescription& setting : SettingsCatalogue::all()) result.emplace_back(setting.key);
+        // What is about this machine goes to no other one.
+        const auto isOfMachine = [](std::string_view family) {
+            return family == settings::family::caches || family == settings::family::calibration;
+        };
+        for (const SettingDescription& setting : SettingsCatalogue::all())
+            if (!isOfMachine(setting.family)) result.emplace_back(setting.key);
         return result;
     }();
     return keys;

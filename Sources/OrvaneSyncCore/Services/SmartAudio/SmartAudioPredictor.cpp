@@ -37,12 +37,16 @@ double distance(const CalibrationPerm& perm, const SmartAudioPreset& preset) {
 } // namespace
 
 SmartAudioPredictor SmartAudioPredictor::loadingFromDisk() {
-    const std::string path = AppStorageHelper::calibrationDirectory() + "/calibration.json";
     try {
-        return SmartAudioPredictor(fromJSON<CalibrationResult>(JSON::parse(platform::files::readText(path))));
+        return SmartAudioPredictor(
+            fromJSON<CalibrationResult>(JSON::parse(platform::files::readText(calibrationPath()))));
     } catch (const std::runtime_error&) { // not there, no JSON, or no calibration
         return SmartAudioPredictor();
     }
+}
+
+std::string SmartAudioPredictor::calibrationPath() {
+    return AppStorageHelper::calibrationDirectory() + "/calibration.json";
 }
 
 bool SmartAudioPredictor::isCalibrated() const { return calibration_ && !calibration_->measurements.empty(); }

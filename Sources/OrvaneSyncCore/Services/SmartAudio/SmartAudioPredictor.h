@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/CalibrationResult.h"
 
 #include <optional>
+#include <string>
 #include <utility>
 
 namespace orvane {
@@ -33,6 +34,9 @@ class SmartAudioPredictor {
     SmartAudioPrediction predict(double clipLUFS, const SmartAudioPreset& preset, double targetLUFS) const;
     double lookupLUFSDelta(const SmartAudioPreset& preset) const; ///< dB
     bool isCalibrated() const;
+    const std::optional<CalibrationResult>& calibration() const { return calibration_; }
+    /// Where the stored calibration lies.
+    static std::string calibrationPath();
 
   private:
     std::optional<CalibrationResult> calibration_;

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/OpenWork.h"
+#include "OrvaneSyncCore/Services/Calibration/SmartAudioCalibration.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+/// What the calibration panel shows.
+struct CalibrationState {
+    bool hasMatrixOnDisk = false; ///< the source and the document are there
+    bool isBuildingMatrix = false;
+    bool isMeasuring = false;
+    std::optional<SmartAudioCalibration::SourceInfo> sourceInfo;
+    std::optional<CalibrationResult> savedCalibration;
+    std::optional<CalibrationResult> measurement; ///< not stored yet
+    std::string problem;                          ///< for people; empty: none
+};
+
+/// One line of the results.
+struct CalibrationRow {
+    enum class Band { small, moderate, large }; ///< below 1 dB, below 6 dB, and above
+    struct Difference {
+        std::string text; ///< such as "+1.50"
+        Band band = Band::small;
+    };
+    CalibrationPerm perm;
+    Difference peak, rms, lufs;
+};
+/// By Voice Isolation, then loudness, then uniformity.
+std::vector<CalibrationRow> calibrationRows(const CalibrationResult& result);
+
+/// Measures what Final Cut Pro's effects do, step by step: building what is imported there, measuring what
+/// was bounced from there, and storing it for the forecasts. Belongs to no work. Interface thread.
+class CalibrationController {
+  public:
+    explicit CalibrationController(OpenWork& work);
+
+    const CalibrationState& state() const { return state_; }
+    /// Looks at the disk; measures the source there again where none is known.
+    platform::Task refreshState();
+    /// Builds the source, of the recording that the setting names, the picture and the document. A failure is
+    /// told in `state().problem`.
+    platform::Task buildMatrix(CalibrationMatrix matrix);
+    /// Measures a folder of bounced files against the source.
+    platform::Task measure(FileURL folder);
+    /// Stores what was measured.
+    platform::Task save();
+
+  private:
+    using Weak = std::weak_ptr<CalibrationController>;
+    static platform::Task refresh(Weak weak);
+    static platform::Task build(Weak weak, CalibrationMatrix matrix);
+    static platform::Task measureFolder(Weak weak, FileURL folder);
+    static platform::Task store(Weak weak);
+    void changed() const { work_.notify(ImportField::calibration); }
+
+    OpenWork& work_;
+    CalibrationState state_;
+    const std::unique_ptr<platform::SerialQueue> queue_;
+};
+
+} // namespace orvane

@@ -1,0 +1,245 @@
+#include "OrvaneSyncApp/Controllers/RenderedAudioController.h"
+
+#include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/RenderedAudio/SmartAudioMixdownRenderer.h"
+#include "OrvaneSyncCore/Services/RenderedAudio/VoiceIsolationProcessor.h"
+#include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
+
+#include <exception>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+constexpr double percent = 100;
+
+TakeSound soundOf(const SyncGroup& group) { return {group, takeOf(group, assumedChannels)}; }
+
+std::string phaseOf(std::string_view verb, const SyncGroup& group) {
+    return std::string(verb) + filesText(group, takeOf(group, assumedChannels), FileNames());
+}
+
+template <class Map>
+const typename Map::mapped_type* findIn(const Map& map, const UUID& id) {
+    const auto found = map.find(id);
+    return found == map.end() ? nullptr : &found->second;
+}
+
+} // namespace
+
+RenderedAudioController::RenderedAudioController(OpenWork& work, SmartAudioCaches& caches)
+    : work_(work), caches_(caches),
+      shown_(platform::Throttle<SmartAudioProgress>::create(
+          work.environment.mainThread, work.environment.clock, platform::progressInterval,
+          [this](const SmartAudioProgress& latest) {
+              if (underWay_ == 0) return;
+              caches_.state.rendering = latest;
+              work_.notify(ImportField::smartAudio);
+          })),
+      mixdowns_(platform::SerialQueue::create("mixdown")),
+      previews_(platform::SerialQueue::create("voice isolation")) {}
+
+RenderedAudioController::~RenderedAudioController() { shown_->close(); }
+
+RenderProgress RenderedAudioController::report(std::string phase) {
+    return [shown = std::weak_ptr(shown_), phase = std::move(phase)](double share) {
+        if (const auto own = shown.lock()) own->post({phase, 1, 1, share});
+    };
+}
+
+/// On the queue; a failure gives nothing.
+platform::Task RenderedAudioController::render(Weak weak, platform::SerialQueue* queue, std::string phase,
+                                               Rendering rendering, Rendered result) {
+    auto self = weak.lock();
+    if (!self || !self->work_.environment.renderedAudio) co_return;
+    ++self->underWay_;
+    auto waiting =
+        platform::onQueue(*queue, self->work_.environment.mainThread,
+                          [rendering = std::move(rendering), progress = self->report(std::move(phase))](
+                              const std::stop_token& stop) -> std::optional<RenderResult> {
+                              try {
+                                  return rendering(progress, stop);
+                              } catch (const std::exception&) {
+                                  return std::nullopt; // as of a recording that cannot be read
+                              }
+                          });
+    self.reset();
+    std::exception_ptr stopped;
+    try {
+        *result = co_await waiting;
+    } catch (const platform::Stopped&) {
+        stopped = std::current_exception();
+    }
+    if (self = weak.lock(); self && --self->underWay_ == 0) {
+        self->shown_->flush();
+        self->caches_.state.rendering = {};
+    }
+    if (stopped) std::rethrow_exception(stopped);
+}
+
+platform::Task RenderedAudioController::renderMixdown(const UUID& groupID, Rendered result) {
+    work_.notices.assertOnMainThread();
+    if (!work_.environment.renderedAudio) return platform::Task::ended();
+    return start(renderBlocks(work_.weak(this), groupID, std::move(result)));
+}
+
+platform::Task RenderedAudioController::renderBlocks(Weak weak, UUID groupID, Rendered result) {
+    for (;;) {
+        auto self = weak.lock();
+        const SyncGroup* group = self ? self->work_.syncGroups().find(groupID) : nullptr;
+        const auto* analysis = self ? findIn(self->caches_.state.results, groupID) : nullptr;
+        if (group == nullptr || group->isMOS() || analysis == nullptr || analysis->blocks.empty()) co_return;
+        const TakeSound sound = soundOf(*group);
+        const std::vector<BlockDecision> blocks = analysis->blocks;
+        const auto rendered = std::make_shared<std::optional<RenderResult>>();
+        auto rendering = render(
+            weak, self->mixdowns_.get(), phaseOf("Rendering what is heard of ", *group),
+            [sound, blocks, store = self->work_.environment.renderedAudio](const RenderProgress& progress,
+                                                                           const std::stop_token& stop) {
+                return SmartAudioMixdownRenderer(store).render(
+                    sound, blocks, SmartAudioMixdownRenderer::usualRampSeconds, progress, stop);
+            },
+            rendered);
+        self.reset();
+        co_await rendering;
+        self = weak.lock();
+        group = self ? self->work_.syncGroups().find(groupID) : nullptr;
+        analysis = self ? findIn(self->caches_.state.results, groupID) : nullptr;
+        if (group == nullptr || analysis == nullptr) co_return;
+        if (analysis->blocks != blocks || soundOf(*group) != sound) continue; // others are heard by now
+        auto& urls = self->caches_.state.mixdownURLs;
+        if (*rendered)
+            urls.insert_or_assign(groupID, (*rendered)->url);
+        else
+            urls.erase(groupID);
+        if (result) *result = *rendered;
+        self->work_.notify(ImportField::smartAudio);
+        co_return;
+    }
+}
+
+platform::Task RenderedAudioController::toggleSoloMonitor(const UUID& groupID, int trackIndex) {
+    work_.notices.assertOnMainThread();
+    const auto* pending = findIn(soloWanted_, groupID);
+    const auto* current = pending ? pending : findIn(caches_.state.soloMonitorTracks, groupID);
+    if (current != nullptr && *current == trackIndex) {
+        soloWanted_.erase(groupID);
+        caches_.state.soloMonitorTracks.erase(groupID);
+        caches_.state.soloMonitorURLs.erase(groupID);
+        work_.notify(ImportField::smartAudio);
+        return platform::Task::ended();
+    }
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    if (group == nullptr || group->isMOS()) return platform::Task::ended();
+    soloWanted_.insert_or_assign(groupID, trackIndex);
+    return start(renderSolo(work_.weak(this), groupID, trackIndex));
+}
+
+platform::Task RenderedAudioController::renderSolo(Weak weak, UUID groupID, int trackIndex) {
+    auto self = weak.lock();
+    const SyncGroup* group = self->work_.syncGroups().find(groupID);
+    const TakeSound sound = soundOf(*group);
+    const auto rendered = std::make_shared<std::optional<RenderResult>>();
+    auto rendering = render(
+        weak, self->mixdowns_.get(),
+        phaseOf("Rendering track " + std::to_string(trackIndex) + " of ", *group),
+        [sound, trackIndex, store = self->work_.environment.renderedAudio](const RenderProgress& progress,
+                                                                           const std::stop_token& stop) {
+            return SmartAudioMixdownRenderer(store).renderSolo(sound, trackIndex - 1, progress, stop);
+        },
+        rendered);
+    self.reset();
+    std::exception_ptr stopped;
+    try {
+        co_await rendering;
+    } catch (const platform::Stopped&) {
+        stopped = std::current_exception();
+    }
+    self = weak.lock();
+    group = self ? self->work_.syncGroups().find(groupID) : nullptr;
+    const auto* wanted = self ? findIn(self->soloWanted_, groupID) : nullptr;
+    if (wanted == nullptr || *wanted != trackIndex) co_return; // another press came after this one
+    self->soloWanted_.erase(groupID);
+    if (stopped) std::rethrow_exception(stopped);
+    if (group == nullptr || !*rendered || soundOf(*group) != sound) co_return;
+    self->caches_.state.soloMonitorTracks.insert_or_assign(groupID, trackIndex);
+    self->caches_.state.soloMonitorURLs.insert_or_assign(groupID, (*rendered)->url);
+    self->work_.notify(ImportField::smartAudio);
+}
+
+std::optional<VoiceIsolationInput> RenderedAudioController::previewInput(const SyncGroup& group) const {
+    const platform::SettingsStore& settings = *work_.environment.settings;
+    if (!settings.get(settings::playbackAppliesSmartAudio)) return std::nullopt;
+    const SmartAudioState& state = caches_.state;
+    VoiceIsolationInput input;
+    const auto* solo = findIn(state.soloMonitorURLs, group.id);
+    const auto* mixdown = findIn(state.mixdownURLs, group.id);
+    if (solo != nullptr && state.soloMonitorTracks.contains(group.id))
+        input.sound = *solo;
+    else if (mixdown != nullptr)
+        input.sound = *mixdown;
+    else if (!group.isMOS())
+        input.sound = soundOf(group);
+    else
+        return std::nullopt;
+    const SmartAudioPreset preset = MasterGain::Target::fromUserDefaults(settings).preset;
+    input.settings = {preset.voiceIsolation / percent, preset.loudness / percent, preset.uniformity / percent,
+                      group.masterGainDB};
+    return input;
+}
+
+platform::Task RenderedAudioController::runVoiceIsolationForGroup(const UUID& groupID) {
+    work_.notices.assertOnMainThread();
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    auto input = group == nullptr ? std::nullopt : previewInput(*group);
+    SmartAudioState& state = caches_.state;
+    if (!input) {
+        caches_.lastVIInput.erase(groupID);
+        if (state.viProcessedURLs.erase(groupID) > 0) work_.notify(ImportField::smartAudio);
+        return platform::Task::ended();
+    }
+    const auto* last = findIn(caches_.lastVIInput, groupID);
+    if (last != nullptr && *last == *input && state.viProcessedURLs.contains(groupID))
+        return platform::Task::ended();
+    return start(renderPreview(work_.weak(this), groupID, std::move(*input)));
+}
+
+platform::Task RenderedAudioController::renderPreview(Weak weak, UUID groupID, VoiceIsolationInput input) {
+    auto self = weak.lock();
+    const auto rendered = std::make_shared<std::optional<RenderResult>>();
+    auto rendering = render(
+        weak, self->previews_.get(),
+        phaseOf("Rendering the preview of ", *self->work_.syncGroups().find(groupID)),
+        [input, store = self->work_.environment.renderedAudio](const RenderProgress& progress,
+                                                               const std::stop_token& stop) {
+            return VoiceIsolationProcessor(store).process(input.sound, input.settings, progress, stop);
+        },
+        rendered);
+    self.reset();
+    co_await rendering;
+    self = weak.lock();
+    if (!self || self->work_.syncGroups().find(groupID) == nullptr) co_return;
+    auto& urls = self->caches_.state.viProcessedURLs;
+    if (*rendered)
+        urls.insert_or_assign(groupID, (*rendered)->url);
+    else
+        urls.erase(groupID);
+    self->caches_.lastVIInput.insert_or_assign(groupID, std::move(input));
+    self->work_.notify(ImportField::smartAudio);
+}
+
+std::optional<FileURL> RenderedAudioController::playbackAudioURL(const UUID& groupID) const {
+    const SmartAudioState& state = caches_.state;
+    const auto* preview = findIn(state.viProcessedURLs, groupID);
+    if (preview != nullptr && work_.environment.settings->get(settings::playbackAppliesSmartAudio))
+        return *preview;
+    const auto* solo = findIn(state.soloMonitorURLs, groupID);
+    if (solo != nullptr && state.soloMonitorTracks.contains(groupID)) return *solo;
+    const auto* mixdown = findIn(state.mixdownURLs, groupID);
+    return mixdown == nullptr ? std::nullopt : std::optional(*mixdown);
+}
+
+} // namespace orvane

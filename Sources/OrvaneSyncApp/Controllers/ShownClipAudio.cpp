@@ -1,0 +1,75 @@
+#include "OrvaneSyncApp/Controllers/ShownClipAudio.h"
+
+#include "OrvaneSyncCore/Models/Settings.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+/// Whether the preview is to be looked at again after a change of the setting.
+bool isHeard(const std::string& key) {
+    const std::array<std::string_view, 6> keys{
+        settings::playbackAppliesSmartAudio.key,    settings::smartAudioMode.key,
+        settings::smartAudioVoiceIso.key,           settings::smartAudioLoudness.key,
+        settings::smartAudioLoudnessUniformity.key, settings::smartAudioPreset.key};
+    return std::ranges::find(keys, key) != keys.end();
+}
+
+template <class Map>
+std::optional<typename Map::mapped_type> entry(const Map& map, const UUID& id) {
+    const auto found = map.find(id);
+    return found == map.end() ? std::nullopt : std::optional(found->second);
+}
+
+} // namespace
+
+ShownClipAudio::ShownClipAudio(std::shared_ptr<ImportController> controller,
+                               std::shared_ptr<platform::MainThread> mainThread,
+                               std::shared_ptr<platform::SettingsStore> settings, Play setMixdownAudio)
+    : controller_(std::move(controller)), play_(std::move(setMixdownAudio)),
+      self_(std::make_shared<ShownClipAudio*>(this)),
+      ofWork_(controller_->onChange([this](ImportField field) {
+          if (field == ImportField::smartAudio) followEntries();
+      })),
+      // Settings change on any thread.
+      ofSettings_(settings->onChange([weak = std::weak_ptr(self_), mainThread](const std::string& key) {
+          if (!isHeard(key)) return;
+          mainThread->post([weak] {
+              if (const auto self = weak.lock()) (*self)->refresh();
+          });
+      })) {}
+
+ShownClipAudio::~ShownClipAudio() = default;
+
+void ShownClipAudio::show(std::optional<UUID> groupID) {
+    shown_ = groupID;
+    entries_ = entries();
+    refresh();
+}
+
+ShownClipAudio::Entries ShownClipAudio::entries() const {
+    if (!shown_) return {};
+    const SmartAudioState& state = std::as_const(*controller_).smartAudio().state();
+    return {entry(state.mixdownURLs, *shown_), entry(state.viProcessedURLs, *shown_),
+            entry(state.soloMonitorTracks, *shown_), entry(state.soloMonitorURLs, *shown_)};
+}
+
+void ShownClipAudio::followEntries() {
+    if (Entries latest = entries(); latest != entries_) {
+        entries_ = std::move(latest);
+        refresh();
+    }
+}
+
+void ShownClipAudio::refresh() {
+    if (!shown_) return;
+    RenderedAudioController& rendered = controller_->smartAudio().rendered();
+    play_(rendered.playbackAudioURL(*shown_));
+    rendered.runVoiceIsolationForGroup(*shown_);
+}
+
+} // namespace orvane

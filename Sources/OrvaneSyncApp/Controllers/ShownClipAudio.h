@@ -1,0 +1,46 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "Platform/MainThread.h"
+#include "Platform/SettingsStore.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <tuple>
+
+namespace orvane {
+
+/// Keeps the sound of the clip on screen up to date: hands the player what it plays in the place of the
+/// recording, when the clip comes into view and after every change of it, and has the preview of Voice
+/// Isolation rendered when the clip comes into view and after every change that it depends on. Nothing is
+/// rendered for other clips. Interface thread.
+class ShownClipAudio {
+  public:
+    /// Nothing: the recording itself.
+    using Play = std::function<void(const std::optional<FileURL>& rendered)>;
+    ShownClipAudio(std::shared_ptr<ImportController> controller,
+                   std::shared_ptr<platform::MainThread> mainThread,
+                   std::shared_ptr<platform::SettingsStore> settings, Play setMixdownAudio);
+    ~ShownClipAudio();
+
+    void show(std::optional<UUID> groupID);
+
+  private:
+    /// The clip's entries in the maps of rendered sound.
+    using Entries = std::tuple<std::optional<FileURL>, std::optional<FileURL>, std::optional<int>,
+                               std::optional<FileURL>>;
+    Entries entries() const;
+    void refresh();
+    void followEntries();
+
+    std::shared_ptr<ImportController> controller_;
+    Play play_;
+    std::optional<UUID> shown_;
+    Entries entries_;
+    std::shared_ptr<ShownClipAudio*> self_; ///< null once this is gone
+    platform::Subscription ofWork_, ofSettings_;
+};
+
+} // namespace orvane

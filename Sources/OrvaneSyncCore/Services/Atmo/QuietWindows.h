@@ -1,0 +1,30 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace orvane {
+
+/// The level of each channel in windows that lie side by side from the start of each window of the pass; what
+/// is left at its end is dropped.
+class QuietWindows : public AudioListener {
+  public:
+    QuietWindows(std::size_t channels, std::size_t windowFrames)
+        : rms(channels), windowFrames_(windowFrames), sums_(channels, 0.0) {}
+
+    std::vector<std::vector<float>> rms; ///< linear, by channel and window
+
+    void samples(std::span<const float* const> channels, std::size_t frames) override;
+    void windowEnded() override;
+    std::unique_ptr<AudioListener> sibling(std::size_t firstFrame) const override;
+    void append(AudioListener& behind) override;
+
+  private:
+    std::size_t windowFrames_;
+    std::vector<double> sums_; ///< of squares, of the window under way
+    std::size_t inWindow_ = 0; ///< frames of it
+};
+
+} // namespace orvane

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/RenderedAudio/RenderedAudioStore.h"
+#include "OrvaneSyncCore/Services/RenderedAudio/VoiceIsolationChain.h"
+#include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
+
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <utility>
+
+namespace orvane {
+
+/// Renders the preview of Voice Isolation: the mean of a recording's channels through VoiceIsolationChain, as
+/// one channel, streamed. Kept in the store and found again for the same recording and settings. Nothing
+/// where the recording or the disk fails. Any thread that may wait; throws Stopped.
+class VoiceIsolationProcessor {
+  public:
+    using Settings = VoiceIsolationSettings;
+    using Result = RenderResult;
+
+    explicit VoiceIsolationProcessor(std::shared_ptr<const RenderedAudioStore> store)
+        : store_(std::move(store)) {}
+
+    /// On bypass the result is the input itself, and nothing where that has several files.
+    std::optional<Result> process(const TakeSound& input, const Settings& settings,
+                                  const RenderProgress& progress = nullptr,
+                                  const std::stop_token& stop = {}) const;
+    /// The same into a file of the caller's with one channel, as many frames as can be read. No bypass.
+    static void render(platform::AudioFile& input, const Settings& settings, platform::AudioFileWriter& out,
+                       const RenderProgress& progress = nullptr, const std::stop_token& stop = {});
+
+  private:
+    std::shared_ptr<const RenderedAudioStore> store_;
+};
+
+} // namespace orvane

@@ -110,6 +110,7 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     QTest::keyClick(window_.get(), Qt::Key_Return, Qt::ControlModifier);
     EXPECT_TRUE(clip("A001C001").isApproved && clip("A001C003").isApproved);
     EXPECT_EQ(window_->results().selectedClips().size(), 4U) << "the selection stays";
+    QCoreApplication::processEvents(); // menus follow in the next turn of the loop
     QTest::keyClick(window_.get(), Qt::Key_Z, Qt::ControlModifier);
     EXPECT_FALSE(clip("A001C001").isApproved || clip("A001C003").isApproved);
 

@@ -1,6 +1,5 @@
 #include "Platform/HTTPClient.h"
 
-#include "Platform/Hash.h"
 #include "Platform/Modules.h"
 #include "Platform/Network/NetworkModule.h"
 #include "Platform/Text.h"
@@ -32,11 +31,6 @@ std::optional<std::string> HTTPResponse::header(std::string_view name) const {
     for (const auto& [key, value] : headers)
         if (text::lowercased(key) == wanted) return value;
     return std::nullopt;
-}
-
-std::optional<std::array<std::byte, 32>> sha256(std::string_view bytes) {
-    const NetworkModule* module = modules::own<NetworkModule>();
-    return module == nullptr ? std::nullopt : std::optional(module->sha256(bytes));
 }
 
 std::shared_ptr<HTTPClient> HTTPClient::create() {

@@ -1,36 +1,26 @@
 #include "Platform/SHA256.h"
 
 #include "Platform/Files.h"
+#include "Platform/Modules.h"
+#include "Platform/Network/NetworkModule.h"
 #include "Platform/RandomAccessFile.h"
 #include "Platform/Stop.h"
 
-#include <openssl/evp.h>
-
-#include <new>
+#include <stdexcept>
 
 namespace orvane::platform {
 
-struct SHA256::State {
-    std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context{EVP_MD_CTX_new(), &EVP_MD_CTX_free};
-};
-
-// The library fails for want of memory alone.
-SHA256::SHA256() : state_(std::make_unique<State>()) {
-    if (!state_->context || EVP_DigestInit_ex(state_->context.get(), EVP_sha256(), nullptr) != 1)
-        throw std::bad_alloc();
+SHA256::SHA256() {
+    const NetworkModule* module = modules::own<NetworkModule>();
+    if (module == nullptr)
+        throw std::runtime_error(
+            "the network module is missing beside the program; install OrvaneSync again");
+    engine_ = module->sha256();
 }
 
-SHA256::~SHA256() = default;
+void SHA256::add(std::string_view piece) { engine_->add(piece); }
 
-void SHA256::add(std::string_view piece) {
-    if (EVP_DigestUpdate(state_->context.get(), piece.data(), piece.size()) != 1) throw std::bad_alloc();
-}
-
-std::array<std::uint8_t, SHA256::bytes> SHA256::digest() {
-    std::array<std::uint8_t, bytes> result{};
-    if (EVP_DigestFinal_ex(state_->context.get(), result.data(), nullptr) != 1) throw std::bad_alloc();
-    return result;
-}
+std::array<std::uint8_t, SHA256::bytes> SHA256::digest() { return engine_->digest(); }
 
 std::string hexadecimal(const std::array<std::uint8_t, SHA256::bytes>& digest) {
     constexpr std::string_view digits = "0123456789abcdef";

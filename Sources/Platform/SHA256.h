@@ -14,19 +14,23 @@ namespace orvane::platform {
 class SHA256 {
   public:
     static constexpr std::size_t bytes = 32;
+    /// What the library behind it does; it stands in the network module, which brings the library anyway.
+    class Engine {
+      public:
+        virtual ~Engine() = default;
+        virtual void add(std::string_view piece) = 0;
+        virtual std::array<std::uint8_t, bytes> digest() = 0;
+    };
 
+    /// Throws std::runtime_error where this installation lacks the network module.
     SHA256();
-    ~SHA256();
-    SHA256(const SHA256&) = delete;
-    SHA256& operator=(const SHA256&) = delete;
 
     void add(std::string_view piece);
     /// Of all that was added. Nothing may be added after it.
     std::array<std::uint8_t, bytes> digest();
 
   private:
-    struct State;
-    std::unique_ptr<State> state_;
+    std::unique_ptr<Engine> engine_;
 };
 
 /// Two digits a byte, lower case.

@@ -157,16 +157,13 @@ Task LockitOAuthService::exchange(Weak weak) {
         platform::onQueue(*self->requesting_, self->mainThread_, [] { return oauth::PKCE::generate(); });
     self.reset();
     const auto proof = co_await proving;
-    if (!proof)
-        throw platform::HTTPError(platform::HTTPError::Kind::unavailable,
-                                  "This installation has no network module");
     const std::string state = UUID::random().text();
     const std::string url = *service.baseURL + "/oauth/authorize?" +
                             oauth::form({{"response_type", "code"},
                                          {"client_id", *service.clientID},
                                          {"state", state},
                                          {"redirect_uri", redirectURI},
-                                         {"code_challenge", proof->challenge},
+                                         {"code_challenge", proof.challenge},
                                          {"code_challenge_method", "S256"}});
     const auto callback = std::make_shared<std::string>();
     const Task showing = show(weak, url, callback);
@@ -182,7 +179,7 @@ Task LockitOAuthService::exchange(Weak weak) {
                                           {{"grant_type", "authorization_code"},
                                            {"code", *code},
                                            {"redirect_uri", redirectURI},
-                                           {"code_verifier", proof->verifier.reveal()}},
+                                           {"code_verifier", proof.verifier.reveal()}},
                                           response);
     co_await requesting;
     ++found(weak)->generation_;

@@ -3,8 +3,8 @@
 #include "OrvaneSyncApp/Controllers/OAuthError.h"
 #include "OrvaneSyncCore/Models/JSONCoding.h"
 #include "OrvaneSyncCore/Utilities/Base64.h"
-#include "Platform/Hash.h"
 #include "Platform/Random.h"
+#include "Platform/SHA256.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -139,14 +139,14 @@ std::string base64URL(std::string_view bytes) {
     return text;
 }
 
-std::optional<PKCE> PKCE::generate() {
+PKCE PKCE::generate() {
     constexpr std::size_t length = 64;
     std::array<std::byte, length> bytes{};
     platform::secureRandom(bytes);
     PKCE made{platform::Secret(base64URL(characters(bytes))), {}};
-    const auto hash = platform::sha256(made.verifier.reveal());
-    if (!hash) return std::nullopt;
-    made.challenge = base64URL(characters(*hash));
+    platform::SHA256 hash;
+    hash.add(made.verifier.reveal());
+    made.challenge = base64URL(characters(std::as_bytes(std::span(hash.digest()))));
     return made;
 }
 

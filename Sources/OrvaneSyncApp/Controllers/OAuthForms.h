@@ -17,8 +17,8 @@ struct PKCE {
     platform::Secret verifier; ///< 86 characters
     std::string challenge;     ///< its SHA-256 hash
 
-    /// From 64 random bytes. Nothing where this installation can't hash.
-    static std::optional<PKCE> generate();
+    /// From 64 random bytes. Throws as SHA256 does.
+    static PKCE generate();
 };
 
 /// Base64 with the URL's alphabet, unpadded.

@@ -1,8 +1,8 @@
 #include "Platform/Network/CurlClient.h"
+#include "Platform/Network/Hashing.h"
 #include "Platform/Network/NetworkModule.h"
 
 #include <curl/curl.h>
-#include <openssl/sha.h>
 
 extern "C" __attribute__((visibility("default"))) const orvane::platform::NetworkModule*
 orvaneNetworkModule() {
@@ -10,11 +10,6 @@ orvaneNetworkModule() {
     static const NetworkModule module{
         NetworkModule::currentVersion, orvane::platform::curlClient,
         [] { return std::string("libcurl ") + curl_version_info(CURLVERSION_NOW)->version; },
-        [](std::string_view bytes) {
-            std::array<std::byte, SHA256_DIGEST_LENGTH> hash{};
-            SHA256(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(),
-                   reinterpret_cast<unsigned char*>(hash.data()));
-            return hash;
-        }};
+        orvane::platform::makeSHA256};
     return &module;
 }

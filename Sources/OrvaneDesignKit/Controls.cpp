@@ -1,0 +1,240 @@
+#include "OrvaneDesignKit/Controls.h"
+
+#include <QAction>
+#include <QButtonGroup>
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QVBoxLayout>
+#include <QWheelEvent>
+
+namespace orvane::design {
+
+namespace {
+
+constexpr int glyphSide = 16;
+constexpr int emptyGlyphSide = 56;
+constexpr int widestText = 560;
+
+QPixmap glyphPixmap(Glyph glyph, int side, const QColor& colour, double ratio) {
+    QPixmap pixmap(QSize(side, side) * ratio);
+    pixmap.setDevicePixelRatio(ratio);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    draw(painter, glyph, QRectF(0, 0, side, side), colour);
+    return pixmap;
+}
+
+} // namespace
+
+QPushButton* button(const QString& text, Weight weight) {
+    auto* made = new QPushButton(text);
+    made->setCursor(Qt::PointingHandCursor);
+    if (weight == Weight::primary) made->setProperty("primary", true);
+    if (weight == Weight::quiet) made->setProperty("quiet", true);
+    made->setAutoDefault(false);
+    return made;
+}
+
+QPushButton* button(const QString& text, Glyph glyph, Weight weight) {
+    QPushButton* made = button(text, weight);
+    made->setIcon(icon(glyph));
+    return made;
+}
+
+QLabel* title(const QString& text) {
+    auto* made = new QLabel(text);
+    made->setFont(titleFont());
+    return made;
+}
+
+QLabel* label(const QString& text) {
+    auto* made = new QLabel(text);
+    made->setWordWrap(true);
+    return made;
+}
+
+QLabel* facts(const QString& text) {
+    QLabel* made = label(text);
+    made->setFont(factsFont());
+    made->setProperty("facts", true);
+    return made;
+}
+
+QLineEdit* field(const QString& accessibleName, const QString& placeholder) {
+    auto* made = new QLineEdit;
+    made->setAccessibleName(accessibleName);
+    made->setPlaceholderText(placeholder);
+    return made;
+}
+
+QLineEdit* searchField(const QString& accessibleName, const QString& placeholder) {
+    QLineEdit* made = field(accessibleName, placeholder);
+    made->addAction(icon(Glyph::search), QLineEdit::LeadingPosition);
+    made->setClearButtonEnabled(true);
+    return made;
+}
+
+Choice::Choice(QWidget* parent) : QComboBox(parent) { setFocusPolicy(Qt::StrongFocus); }
+
+void Choice::paintEvent(QPaintEvent* event) {
+    QComboBox::paintEvent(event);
+    QPainter painter(this);
+    draw(painter, Glyph::unfolded,
+         QRectF(width() - glyphSide - space::small, (height() - glyphSide) / 2.0, glyphSide, glyphSide),
+         isEnabled() ? colours().facts : colours().disabled);
+}
+
+void Choice::wheelEvent(QWheelEvent* event) {
+    if (hasFocus())
+        QComboBox::wheelEvent(event);
+    else
+        event->ignore();
+}
+
+Badge::Badge(Signal signal, const QString& text, QWidget* parent) : QWidget(parent) {
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    show(signal, text);
+}
+
+void Badge::show(Signal signal, const QString& text) {
+    signal_ = signal;
+    text_ = text;
+    setAccessibleName(text);
+    updateGeometry();
+    update();
+}
+
+QSize Badge::sizeHint() const {
+    const QFontMetrics metrics(font());
+    return {glyphSide + space::tight + metrics.horizontalAdvance(text_) + space::tight,
+            std::max(metrics.height(), glyphSide) + space::tight};
+}
+
+int Badge::paint(QPainter& painter, const QRect& within, Signal signal, const QString& text,
+                 const QColor& textColour) {
+    int x = within.left();
+    if (signal != Signal::none) {
+        const QRectF square(x, within.center().y() - glyphSide / 2.0 + 0.5, glyphSide, glyphSide);
+        draw(painter, glyph(signal), square, colour(signal));
+        x += glyphSide + space::tight;
+    }
+    painter.setPen(textColour);
+    const QRect rest(x, within.top(), within.right() - x, within.height());
+    const QString shown = painter.fontMetrics().elidedText(text, Qt::ElideRight, rest.width());
+    painter.drawText(rest, Qt::AlignVCenter | Qt::AlignLeft, shown);
+    return x + painter.fontMetrics().horizontalAdvance(shown) - within.left();
+}
+
+void Badge::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    paint(painter, rect(), signal_, text_, colours().text);
+}
+
+Banner::Banner(QWidget* parent)
+    : QFrame(parent), glyph_(new QLabel), text_(label({})), action_(button({}, Weight::normal)) {
+    setProperty("banner", true);
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(space::medium, space::small, space::small, space::small);
+    row->setSpacing(space::small);
+    row->addWidget(glyph_);
+    row->addWidget(text_, 1);
+    row->addWidget(action_);
+    auto* close = button({}, Glyph::cross, Weight::quiet);
+    close->setAccessibleName(QObject::tr("Dismiss"));
+    close->setToolTip(QObject::tr("Dismiss"));
+    row->addWidget(close);
+    connect(action_, &QPushButton::clicked, this, [this] {
+        if (const auto run = run_) run();
+    });
+    connect(close, &QPushButton::clicked, this, [this] { clear(); });
+    setVisible(false);
+}
+
+void Banner::show(Signal signal, const QString& text, const QString& buttonText,
+                  std::function<void()> action) {
+    run_ = std::move(action);
+    glyph_->setVisible(signal != Signal::none);
+    if (signal != Signal::none)
+        glyph_->setPixmap(
+            glyphPixmap(glyph(signal), glyphSide + space::tight, colour(signal), devicePixelRatioF()));
+    text_->setText(text);
+    action_->setText(buttonText);
+    action_->setVisible(!buttonText.isEmpty());
+    setAccessibleName(text);
+    setVisible(!text.isEmpty());
+}
+
+void Banner::clear() { show(Signal::none, {}); }
+
+EmptyState::EmptyState(Glyph glyph, const QString& title, const QString& text, QWidget* parent)
+    : QWidget(parent), title_(design::title(title)), text_(label(text)), layout_(new QVBoxLayout(this)) {
+    auto* picture = new QLabel;
+    picture->setPixmap(glyphPixmap(glyph, emptyGlyphSide, colours().facts, devicePixelRatioF()));
+    picture->setAlignment(Qt::AlignCenter);
+    title_->setAlignment(Qt::AlignCenter);
+    text_->setAlignment(Qt::AlignCenter);
+    text_->setMaximumWidth(widestText);
+    text_->setProperty("facts", true);
+    layout_->setSpacing(space::medium);
+    layout_->addStretch(1);
+    layout_->addWidget(picture, 0, Qt::AlignHCenter);
+    layout_->addWidget(title_, 0, Qt::AlignHCenter);
+    layout_->addWidget(text_, 0, Qt::AlignHCenter);
+    layout_->addStretch(2);
+}
+
+void EmptyState::setTexts(const QString& title, const QString& text) {
+    title_->setText(title);
+    text_->setText(text);
+}
+
+void EmptyState::add(QWidget* control) {
+    layout_->insertWidget(layout_->count() - 1, control, 0, Qt::AlignHCenter);
+}
+
+SegmentedChoice::SegmentedChoice(const QString& accessibleName, const std::vector<QString>& choices,
+                                 std::function<void(int)> chosen, QWidget* parent)
+    : QWidget(parent) {
+    setAccessibleName(accessibleName);
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(2);
+    auto* group = new QButtonGroup(this);
+    for (const QString& choice : choices) {
+        QPushButton* one = button(choice);
+        one->setCheckable(true);
+        group->addButton(one, static_cast<int>(buttons_.size()));
+        buttons_.push_back(one);
+        row->addWidget(one);
+    }
+    if (!buttons_.empty()) buttons_.front()->setChecked(true);
+    connect(group, &QButtonGroup::idClicked, this, [call = std::move(chosen)](int index) { call(index); });
+}
+
+void SegmentedChoice::setText(int index, const QString& text) {
+    buttons_.at(static_cast<std::size_t>(index))->setText(text);
+}
+
+void SegmentedChoice::choose(int index) { buttons_.at(static_cast<std::size_t>(index))->setChecked(true); }
+
+int SegmentedChoice::chosen() const {
+    for (std::size_t i = 0; i < buttons_.size(); ++i)
+        if (buttons_[i]->isChecked()) return static_cast<int>(i);
+    return 0;
+}
+
+Section::Section(const QString& title, QWidget* parent) : QFrame(parent), layout_(new QVBoxLayout(this)) {
+    setProperty("panel", true);
+    layout_->setContentsMargins(space::medium, space::medium, space::medium, space::medium);
+    layout_->setSpacing(space::small);
+    QLabel* heading = label(title);
+    QFont bold = textFont();
+    bold.setWeight(QFont::DemiBold);
+    heading->setFont(bold);
+    layout_->addWidget(heading);
+}
+
+void Section::add(QWidget* control) { layout_->addWidget(control); }
+void Section::add(QLayout* controls) { layout_->addLayout(controls); }
+
+} // namespace orvane::design

@@ -1,0 +1,119 @@
+#pragma once
+
+#include "OrvaneDesignKit/Icons.h"
+
+#include <QComboBox>
+#include <QFrame>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include <functional>
+#include <vector>
+
+class QHBoxLayout;
+class QVBoxLayout;
+
+/// The controls of the windows. All text that they are given is ready for people. A callback runs on the
+/// interface thread.
+namespace orvane::design {
+
+enum class Weight { normal, primary, quiet };
+QPushButton* button(const QString& text, Weight weight = Weight::normal);
+QPushButton* button(const QString& text, Glyph glyph, Weight weight = Weight::normal);
+
+QLabel* title(const QString& text);
+QLabel* label(const QString& text);
+/// Smaller and of less weight.
+QLabel* facts(const QString& text);
+
+/// One line to type into.
+QLineEdit* field(const QString& accessibleName, const QString& placeholder = {});
+/// With a magnifying glass, and a cross that empties it.
+QLineEdit* searchField(const QString& accessibleName, const QString& placeholder);
+
+/// One of a list. A wheel over it scrolls what is around it, unless it has the focus.
+class Choice : public QComboBox {
+  public:
+    explicit Choice(QWidget* parent = nullptr);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+};
+
+/// A signal's glyph and word in its colour.
+class Badge : public QWidget {
+  public:
+    explicit Badge(Signal signal = Signal::none, const QString& text = {}, QWidget* parent = nullptr);
+    void show(Signal signal, const QString& text);
+    QSize sizeHint() const override;
+
+    /// For lists, which have no widget a row. Returns the width that it took.
+    static int paint(QPainter& painter, const QRect& within, Signal signal, const QString& text,
+                     const QColor& textColour);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    Signal signal_;
+    QString text_;
+};
+
+/// Says at the place itself what happened and what to do, with a button for it. Hidden without a text.
+class Banner : public QFrame {
+  public:
+    explicit Banner(QWidget* parent = nullptr);
+    /// Without a text for the button there is none.
+    void show(Signal signal, const QString& text, const QString& buttonText = {},
+              std::function<void()> action = {});
+    void clear();
+    QString text() const { return text_->text(); }
+
+  private:
+    QLabel* glyph_;
+    QLabel* text_;
+    QPushButton* action_;
+    std::function<void()> run_;
+};
+
+/// What an empty place shows: what it is for, and what to do next.
+class EmptyState : public QWidget {
+  public:
+    EmptyState(Glyph glyph, const QString& title, const QString& text, QWidget* parent = nullptr);
+    void setTexts(const QString& title, const QString& text);
+    /// Below the text.
+    void add(QWidget* control);
+
+  private:
+    QLabel* title_;
+    QLabel* text_;
+    QVBoxLayout* layout_;
+};
+
+/// One of a few, side by side.
+class SegmentedChoice : public QWidget {
+  public:
+    SegmentedChoice(const QString& accessibleName, const std::vector<QString>& choices,
+                    std::function<void(int)> chosen, QWidget* parent = nullptr);
+    void setText(int index, const QString& text);
+    void choose(int index);
+    int chosen() const;
+
+  private:
+    std::vector<QPushButton*> buttons_;
+};
+
+/// A titled part of a screen, its controls below each other.
+class Section : public QFrame {
+  public:
+    explicit Section(const QString& title, QWidget* parent = nullptr);
+    void add(QWidget* control);
+    void add(QLayout* controls);
+
+  private:
+    QVBoxLayout* layout_;
+};
+
+} // namespace orvane::design

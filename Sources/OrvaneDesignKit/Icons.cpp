@@ -1,0 +1,213 @@
+#include "OrvaneDesignKit/Icons.h"
+
+#include <QIconEngine>
+#include <QPainter>
+#include <QPainterPath>
+#include <QPixmap>
+
+#include <cmath>
+
+namespace orvane::design {
+
+namespace {
+
+constexpr double side = 24; ///< units of the square that paths are drawn in
+constexpr double lineWidth = 1.8;
+
+void moveAlong(QPainterPath& path, std::initializer_list<QPointF> points) {
+    auto next = points.begin();
+    path.moveTo(*next++);
+    for (; next != points.end(); ++next) path.lineTo(*next);
+}
+
+void padlock(QPainterPath& path, bool isOpen) {
+    path.addRoundedRect(5, 11, 14, 9, 1.5, 1.5);
+    path.moveTo(8, 11);
+    path.lineTo(8, 8);
+    path.arcTo(QRectF(8, 4, 8, 8), 180, isOpen ? -150 : -180);
+    if (!isOpen) path.lineTo(16, 11);
+}
+
+void arrowTurning(QPainterPath& path, bool isBack) {
+    const auto x = [isBack](double value) { return isBack ? value : side - value; };
+    moveAlong(path, {{x(8), 5}, {x(4), 9}, {x(8), 13}});
+    path.moveTo(x(4), 9);
+    path.lineTo(x(14), 9);
+    path.cubicTo(x(21), 9, x(21), 19, x(14), 19);
+    path.lineTo(x(8), 19);
+}
+
+/// Lines of the glyph; `filled` what is filled.
+void lay(Glyph glyph, QPainterPath& lines, QPainterPath& filled) {
+    switch (glyph) {
+    case Glyph::film:
+        lines.addRoundedRect(3, 5, 18, 14, 2, 2);
+        for (const double y : {8.5, 12.0, 15.5}) {
+            filled.addRect(5, y - 1, 2, 2);
+            filled.addRect(17, y - 1, 2, 2);
+        }
+        return;
+    case Glyph::sound:
+        moveAlong(lines, {{4, 10}, {8, 10}, {12, 6}, {12, 18}, {8, 14}, {4, 14}, {4, 10}});
+        lines.moveTo(15, 9);
+        lines.cubicTo(17, 11, 17, 13, 15, 15);
+        lines.moveTo(17.5, 6.5);
+        lines.cubicTo(21.5, 10, 21.5, 14, 17.5, 17.5);
+        return;
+    case Glyph::folder:
+        moveAlong(lines, {{3, 19}, {3, 5}, {9, 5}, {11, 8}, {21, 8}, {21, 19}, {3, 19}});
+        return;
+    case Glyph::search:
+        lines.addEllipse(QPointF(10.5, 10.5), 6, 6);
+        moveAlong(lines, {{15, 15}, {20.5, 20.5}});
+        return;
+    case Glyph::play:
+        moveAlong(filled, {{7, 4.5}, {19.5, 12}, {7, 19.5}, {7, 4.5}});
+        return;
+    case Glyph::pause:
+        filled.addRect(6.5, 5, 4, 14);
+        filled.addRect(13.5, 5, 4, 14);
+        return;
+    case Glyph::check:
+        moveAlong(lines, {{4.5, 12.5}, {10, 18}, {19.5, 6.5}});
+        return;
+    case Glyph::warning:
+        moveAlong(lines, {{12, 3.5}, {22, 20}, {2, 20}, {12, 3.5}});
+        moveAlong(lines, {{12, 9.5}, {12, 14}});
+        filled.addEllipse(QPointF(12, 17), 1.2, 1.2);
+        return;
+    case Glyph::cross:
+        moveAlong(lines, {{6, 6}, {18, 18}});
+        moveAlong(lines, {{18, 6}, {6, 18}});
+        return;
+    case Glyph::lock:
+        padlock(lines, false);
+        return;
+    case Glyph::unlock:
+        padlock(lines, true);
+        return;
+    case Glyph::approve:
+        lines.addEllipse(QPointF(12, 12), 9, 9);
+        moveAlong(lines, {{7.5, 12.5}, {11, 16}, {16.5, 8.5}});
+        return;
+    case Glyph::refresh:
+        lines.arcMoveTo(QRectF(4, 4, 16, 16), 40);
+        lines.arcTo(QRectF(4, 4, 16, 16), 40, 280);
+        moveAlong(lines, {{19, 3}, {18.5, 7.5}, {14, 7}});
+        return;
+    case Glyph::rename:
+        moveAlong(lines, {{4, 20}, {5, 15.5}, {16, 4.5}, {19.5, 8}, {8.5, 19}, {4, 20}});
+        return;
+    case Glyph::exportDocument:
+        moveAlong(lines, {{12, 15}, {12, 3.5}});
+        moveAlong(lines, {{7.5, 8}, {12, 3.5}, {16.5, 8}});
+        moveAlong(lines, {{4, 13}, {4, 20}, {20, 20}, {20, 13}});
+        return;
+    case Glyph::undo:
+        arrowTurning(lines, true);
+        return;
+    case Glyph::redo:
+        arrowTurning(lines, false);
+        return;
+    case Glyph::waveform: {
+        constexpr double heights[] = {2, 5, 8, 4, 7, 3};
+        for (int i = 0; i < 6; ++i)
+            moveAlong(lines, {{4.5 + 3 * i, 12 - heights[i]}, {4.5 + 3 * i, 12 + heights[i]}});
+        return;
+    }
+    case Glyph::report:
+        lines.addRoundedRect(5, 3, 14, 18, 1.5, 1.5);
+        for (const double y : {8.0, 12.0, 16.0}) moveAlong(lines, {{8.5, y}, {15.5, y}});
+        return;
+    case Glyph::reset:
+        moveAlong(lines, {{4, 7}, {20, 7}});
+        moveAlong(lines, {{6, 7}, {7, 20.5}, {17, 20.5}, {18, 7}});
+        moveAlong(lines, {{9, 7}, {9, 3.5}, {15, 3.5}, {15, 7}});
+        return;
+    case Glyph::plus:
+        moveAlong(lines, {{12, 5}, {12, 19}});
+        moveAlong(lines, {{5, 12}, {19, 12}});
+        return;
+    case Glyph::unfolded:
+        moveAlong(lines, {{6, 9}, {12, 15}, {18, 9}});
+        return;
+    case Glyph::folded:
+        moveAlong(lines, {{9, 6}, {15, 12}, {9, 18}});
+        return;
+    case Glyph::excluded:
+        lines.addEllipse(QPointF(12, 12), 8.5, 8.5);
+        moveAlong(lines, {{6, 18}, {18, 6}});
+        return;
+    case Glyph::gear:
+        lines.addEllipse(QPointF(12, 12), 3.2, 3.2);
+        lines.addEllipse(QPointF(12, 12), 6.5, 6.5);
+        for (int tooth = 0; tooth < 8; ++tooth) {
+            const double angle = tooth * M_PI / 4;
+            const QPointF out(std::cos(angle), std::sin(angle));
+            moveAlong(lines, {QPointF(12, 12) + out * 6.5, QPointF(12, 12) + out * 9.5});
+        }
+        return;
+    case Glyph::session:
+        lines.addRoundedRect(3, 6, 18, 13, 2, 2);
+        moveAlong(lines, {{6, 3.5}, {18, 3.5}});
+        return;
+    }
+}
+
+class GlyphEngine : public QIconEngine {
+  public:
+    explicit GlyphEngine(Glyph glyph) : glyph_(glyph) {}
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
+        const Colours& all = colours();
+        const QColor colour = mode == QIcon::Disabled   ? all.disabled
+                              : mode == QIcon::Selected ? all.onSelected
+                                                        : all.text;
+        draw(*painter, glyph_, rect, colour);
+    }
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+        QPixmap pixmap(size);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        paint(&painter, QRect(QPoint(0, 0), size), mode, state);
+        return pixmap;
+    }
+    QIconEngine* clone() const override { return new GlyphEngine(*this); }
+
+  private:
+    Glyph glyph_;
+};
+
+} // namespace
+
+void draw(QPainter& painter, Glyph glyph, const QRectF& square, const QColor& colour) {
+    QPainterPath lines;
+    QPainterPath filled;
+    lay(glyph, lines, filled);
+    const double scale = std::min(square.width(), square.height()) / side;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.translate(square.center() - QPointF(side, side) * scale / 2);
+    painter.scale(scale, scale);
+    painter.setPen(QPen(colour, lineWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(lines);
+    painter.fillPath(filled, colour);
+    painter.restore();
+}
+
+QIcon icon(Glyph glyph) { return QIcon(new GlyphEngine(glyph)); }
+
+Glyph glyph(Signal signal) {
+    switch (signal) {
+    case Signal::matched:
+        return Glyph::check;
+    case Signal::missing:
+        return Glyph::cross;
+    case Signal::doubtful:
+    case Signal::none:
+        break;
+    }
+    return Glyph::warning;
+}
+
+} // namespace orvane::design

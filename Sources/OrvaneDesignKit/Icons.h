@@ -1,0 +1,48 @@
+#pragma once
+
+#include "OrvaneDesignKit/Theme.h"
+
+#include <QIcon>
+#include <QRectF>
+
+class QPainter;
+
+namespace orvane::design {
+
+enum class Glyph {
+    film,
+    sound,
+    folder,
+    search,
+    play,
+    pause,
+    check,
+    warning,
+    cross,
+    lock,
+    unlock,
+    approve,
+    refresh,
+    rename,
+    exportDocument,
+    undo,
+    redo,
+    waveform,
+    report,
+    reset,
+    plus,
+    unfolded,
+    folded,
+    excluded,
+    gear,
+    session
+};
+
+/// Draws a glyph into a square, as lines of a width that suits its size.
+void draw(QPainter& painter, Glyph glyph, const QRectF& square, const QColor& colour);
+/// The same as an icon for any scale, with the theme's colours of what is enabled and what is not.
+QIcon icon(Glyph glyph);
+/// What stands beside a signal's word.
+Glyph glyph(Signal signal);
+
+} // namespace orvane::design

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+
+class QApplication;
+
+namespace orvane::design {
+
+/// Every colour of the windows. Neutral, so that nothing tints the picture beside it.
+struct Colours {
+    QColor window{0x1c, 0x1c, 0x1c};
+    QColor panel{0x24, 0x24, 0x24};
+    QColor raised{0x30, 0x30, 0x30}; ///< what can be pressed or typed into
+    QColor hovered{0x3c, 0x3c, 0x3c};
+    QColor line{0x42, 0x42, 0x42};
+    QColor text{0xea, 0xea, 0xea};
+    QColor facts{0xb4, 0xb4, 0xb4}; ///< of less weight than text
+    QColor disabled{0x80, 0x80, 0x80};
+    QColor selected{0x2c, 0x68, 0xc6}; ///< the one accent
+    QColor onSelected{0xff, 0xff, 0xff};
+    QColor focus{0x8a, 0xb8, 0xff};
+    // Signals, each shown beside a glyph or a word.
+    QColor matched{0x62, 0xc4, 0x73};
+    QColor doubtful{0xe6, 0xae, 0x45};
+    QColor missing{0xf4, 0x7c, 0x74};
+};
+const Colours& colours();
+
+/// What a badge, a banner or a row signals.
+enum class Signal { none, matched, doubtful, missing };
+QColor colour(Signal signal);
+
+/// Colours of sound channels, in their order; they repeat.
+QColor channelColour(int index);
+
+// The fonts: one size for text, one smaller for facts, digits of one width in both.
+QFont textFont();
+QFont factsFont();
+QFont titleFont();
+QFont timecodeFont();
+
+/// Distances in points.
+namespace space {
+inline constexpr int tight = 4;
+inline constexpr int small = 8;
+inline constexpr int medium = 16;
+inline constexpr int large = 32;
+} // namespace space
+
+/// Gives the application the theme. Before the first window.
+void applyTheme(QApplication& application);
+
+/// How much lighter one colour is than the other, 1 to 21, after the contrast ratio of WCAG 2.
+double contrast(const QColor& a, const QColor& b);
+
+} // namespace orvane::design

@@ -1,0 +1,68 @@
+#include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
+
+#include "OrvaneSyncCore/Utilities/CountText.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane {
+
+namespace {
+
+/// Seconds with milliseconds, as sync is judged by eye and ear.
+std::string secondsText(double seconds) { return formatted("%.3f s", seconds); }
+
+/// Seconds of the clip that have sound.
+double coveredSeconds(const SyncGroup& group, const Take& take) {
+    if (take.heardFileCount() == 1) return group.audioMatches.front().overlapDurationSeconds;
+    const double end = std::min(take.offsetSeconds + take.durationSeconds, *group.video.durationSeconds);
+    return std::max(end - std::max(take.offsetSeconds, 0.0), 0.0);
+}
+
+} // namespace
+
+std::string startText(const MediaAsset& asset) { return asset.startTimecodeString.value_or("-"); }
+
+std::string lengthText(const MediaAsset& asset) {
+    return asset.durationSeconds ? clockText(*asset.durationSeconds) : "-";
+}
+
+std::string channelsText(const MediaAsset& audio) {
+    return audio.channelCount ? " (" + std::to_string(*audio.channelCount) + " ch)" : "";
+}
+
+std::string soundText(const SyncGroup& group, const Take& take, const FileNames& names) {
+    if (take.isEmpty()) return "-";
+    std::string text = filesText(group, take, names);
+    const bool areChannelsKnown = std::ranges::all_of(take.files, [&](const TakeFile& file) {
+        return !isHeard(file.role) || group.audioMatches[file.matchIndex].audio->channelCount;
+    });
+    if (areChannelsKnown) text += " (" + std::to_string(take.channelCount) + " ch)";
+    const auto count = [&](TakeRole role) { return std::ranges::count(take.files, role, &TakeFile::role); };
+    if (const auto others = count(TakeRole::alternate)) text += " + " + std::to_string(others) + " more";
+    if (const auto copies = count(TakeRole::mirror)) text += " + " + counted(copies, "copy", "copies");
+    return text;
+}
+
+std::string beginsText(const SyncGroup& group, const Take& take) {
+    if (take.isEmpty()) return "-";
+    const double offset = take.offsetSeconds + group.manualAudioOffsetSeconds;
+    constexpr double atOnce = 0.0005;
+    if (std::abs(offset) < atOnce) return "with picture";
+    return secondsText(std::abs(offset)) + (offset > 0 ? " after" : " before");
+}
+
+std::string matchText(const SyncGroup& group, const Take& take) {
+    std::string text = group.matchStatus.label();
+    if (group.video.isOffspeed()) text += ", off-speed";
+    const auto& length = group.video.durationSeconds;
+    if (group.audioMatches.empty() || !length) return text;
+    // Any overlap is a match; one that leaves picture without sound is worth a look.
+    const double covered = coveredSeconds(group, take);
+    constexpr double worthSaying = 0.5; // seconds
+    if (!group.video.isOffspeed() && *length - covered > worthSaying)
+        text += ", covers " + formatted("%.1f", covered) + " of " + formatted("%.1f s", *length);
+    return text;
+}
+
+} // namespace orvane

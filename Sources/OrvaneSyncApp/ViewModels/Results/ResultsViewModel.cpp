@@ -1,0 +1,243 @@
+#include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
+
+#include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <sstream>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using Column = ResultsViewModel::Column;
+
+/// Sorted by a number rather than by its text.
+bool isNumber(Column column) {
+    return column == Column::length || column == Column::begins || column == Column::loudness;
+}
+
+std::string loudnessText(const SyncGroup& group) {
+    return group.measuredLUFS ? formatted("%.1f LUFS", *group.measuredLUFS) : "-";
+}
+
+} // namespace
+
+std::string_view ResultsViewModel::title(Column column) {
+    static constexpr std::array<std::string_view, columnCount> titles{
+        "Clip", "Camera file", "Starts", "Length", "Match", "Sound", "Sound begins", "Loudness"};
+    return titles[static_cast<std::size_t>(column)];
+}
+
+ResultsViewModel::ResultsViewModel(ImportController& controller) : controller_(controller) {
+    observation_ = controller.onChange([this](const ImportChange& change) { follow(change); });
+    layOut();
+}
+
+platform::Subscription ResultsViewModel::onChange(std::function<void(const Change&)> callback) {
+    return listeners_.add(std::move(callback));
+}
+
+void ResultsViewModel::setFilter(FilterMode filter) {
+    if (filter_ == filter) return;
+    filter_ = filter;
+    layOut();
+}
+
+void ResultsViewModel::setSearch(const std::string& text) {
+    std::istringstream words(platform::text::lowercased(text));
+    searchWords_.clear();
+    for (std::string word; words >> word;) searchWords_.push_back(word);
+    layOut();
+}
+
+void ResultsViewModel::setSorting(std::optional<Column> column, bool isAscending) {
+    sortColumn_ = column;
+    isAscending_ = isAscending;
+    layOut();
+}
+
+void ResultsViewModel::toggleFolded(std::size_t row) {
+    const std::string id = rows_.at(row).bundleID;
+    if (folded_.erase(id) == 0) folded_.insert(id);
+    layOut();
+}
+
+ResultsViewModel::Counts ResultsViewModel::counts() const {
+    const OpenWork& work = controller_.work();
+    return {work.syncGroups().size(), static_cast<std::size_t>(work.matchedCount()),
+            static_cast<std::size_t>(work.unmatchedCount())};
+}
+
+std::optional<std::size_t> ResultsViewModel::rowOf(const UUID& groupID) const {
+    const auto found = rowByGroup_.find(groupID);
+    return found == rowByGroup_.end() ? std::nullopt : std::optional(found->second);
+}
+
+ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
+    const Place& place = rows_.at(index);
+    const SyncGroup& group = *place.clip;
+    const FileNames& files = controller_.work().fileNames();
+    const Take take = takeOf(group, assumedChannels);
+    Row row;
+    row.texts = {names().at(group.id),    files.of(group.video),  startText(group.video),
+                 lengthText(group.video), matchText(group, take), soundText(group, take, files),
+                 beginsText(group, take), loudnessText(group)};
+    row.certainty = certainty(group);
+    const auto& doubts = controller_.doubts().byGroup;
+    if (const auto found = doubts.find(group.id); found != doubts.end())
+        for (const SyncDoubt& doubt : found->second)
+            row.doubts += (row.doubts.empty() ? "" : "\n") + doubt.message +
+                          (doubt.cure.empty() ? "" : "\n→ " + doubt.cure);
+    row.isApproved = group.isApproved;
+    row.isLocked = group.isLocked;
+    row.isExcluded = group.isExcludedFromExport;
+    row.isBelowAnother = place.isBelowAnother;
+    row.foldable = place.foldable;
+    row.isFolded = folded_.contains(place.bundleID);
+    return row;
+}
+
+ResultsViewModel::Certainty ResultsViewModel::certainty(const SyncGroup& group) const {
+    switch (group.matchStatus.kind) {
+    case MatchStatus::Kind::unmatched:
+        return Certainty::missing;
+    case MatchStatus::Kind::ambiguous:
+        return Certainty::doubtful;
+    case MatchStatus::Kind::mos:
+        return Certainty::silent;
+    default:
+        break;
+    }
+    return controller_.doubts().byGroup.contains(group.id) ? Certainty::doubtful : Certainty::settled;
+}
+
+std::vector<ResultsViewModel::Doubt> ResultsViewModel::doubts() const {
+    std::vector<Doubt> result;
+    for (CardDoubt& one : controller_.doubts().summary(controller_.work().syncGroups()))
+        result.push_back({std::move(one.doubt.message), std::move(one.doubt.cure), std::move(one.groupIDs)});
+    return result;
+}
+
+void ResultsViewModel::follow(const ImportChange& change) {
+    if (change.field != ImportField::syncGroups) {
+        // Names depend on the report, and doubts on what Smart Audio heard.
+        if (change.field == ImportField::report || change.field == ImportField::smartAudio) {
+            names_.reset();
+            Change all;
+            for (std::size_t i = 0; i < rows_.size(); ++i) all.rows.push_back(i);
+            listeners_.tell(all);
+        }
+        return;
+    }
+    names_.reset();
+    const SyncGroupChanges changes = change.clipChanges();
+    const bool mayMove = filter_ != FilterMode::all || !searchWords_.empty() || sortColumn_;
+    if (!changes.went.empty() || !changes.came.empty() || !changes.moved.empty() || mayMove) return layOut();
+    Change changed;
+    for (const std::size_t position : changes.changed) {
+        const auto& clip = change.clips.element(position);
+        const auto row = rowByGroup_.find(clip->id);
+        if (row == rowByGroup_.end()) continue;
+        // Another recording stands with other clips.
+        const MediaAsset* audio = clip->primaryAudio();
+        const MediaAsset* before = rows_[row->second].clip->primaryAudio();
+        const auto path = [](const MediaAsset* asset) {
+            return asset == nullptr ? std::string() : asset->url.path;
+        };
+        if (path(audio) != path(before) ||
+            clip->isExcludedFromMulticam() != rows_[row->second].clip->isExcludedFromMulticam())
+            return layOut();
+        rows_[row->second].clip = clip;
+        changed.rows.push_back(row->second);
+    }
+    if (!changed.rows.empty()) listeners_.tell(changed);
+}
+
+void ResultsViewModel::layOut() {
+    const SyncGroupList& all = controller_.work().syncGroups();
+    SyncGroupList shown = filtered(all, filter_);
+    if (!searchWords_.empty())
+        shown = shown.filtered([this](const SyncGroup& group) { return isFound(group); });
+    std::vector<SharedAudioBundle> bundles = sharedAudioBundles(shown);
+    if (sortColumn_) {
+        // A bundle stands where its first clip does.
+        using Key = std::pair<double, std::string>;
+        std::vector<std::pair<Key, std::size_t>> keys;
+        for (std::size_t i = 0; i < bundles.size(); ++i) {
+            const SyncGroup& first = bundles[i].cams.front();
+            keys.emplace_back(
+                isNumber(*sortColumn_) ? Key(sortKeyNumber(first), "") : Key(0, sortKeyText(first)), i);
+        }
+        std::ranges::stable_sort(keys, [this](const auto& a, const auto& b) {
+            const auto& [first, second] =
+                isAscending_ ? std::tie(a.first, b.first) : std::tie(b.first, a.first);
+            if (first.first != second.first) return first.first < second.first;
+            return platform::text::compareLocalizedStandard(first.second, second.second) < 0;
+        });
+        std::vector<SharedAudioBundle> sorted;
+        sorted.reserve(bundles.size());
+        for (const auto& key : keys) sorted.push_back(std::move(bundles[key.second]));
+        bundles = std::move(sorted);
+    }
+    rows_.clear();
+    rowByGroup_.clear();
+    for (const SharedAudioBundle& bundle : bundles) {
+        const std::size_t others = bundle.cams.size() - 1;
+        const bool isFolded = others > 0 && folded_.contains(bundle.id);
+        for (std::size_t i = 0; i < (isFolded ? 1 : bundle.cams.size()); ++i) {
+            rowByGroup_.emplace(bundle.cams[i].id, rows_.size());
+            rows_.push_back({bundle.cams.element(i), i > 0, i == 0 ? others : 0, bundle.id});
+        }
+    }
+    listeners_.tell(Change{.isLayoutChanged = true});
+}
+
+const std::map<UUID, std::string>& ResultsViewModel::names() const {
+    if (!names_) names_ = controller_.work().displayNames();
+    return *names_;
+}
+
+bool ResultsViewModel::isFound(const SyncGroup& group) const {
+    std::string text = names().at(group.id) + "\n" + group.video.filename;
+    for (const AudioMatch& match : group.audioMatches) {
+        text += "\n" + match.audio->filename;
+        if (match.audio->ixmlData && match.audio->ixmlData->scene)
+            text += "\n" + *match.audio->ixmlData->scene;
+    }
+    text = platform::text::lowercased(text);
+    return std::ranges::all_of(searchWords_,
+                               [&](const std::string& word) { return text.find(word) != std::string::npos; });
+}
+
+std::string ResultsViewModel::sortKeyText(const SyncGroup& group) const {
+    switch (*sortColumn_) {
+    case Column::name:
+        return names().at(group.id);
+    case Column::starts:
+        return startText(group.video);
+    case Column::match:
+        return group.matchStatus.label();
+    case Column::sound:
+        return group.isMOS() ? "" : group.audioMatches.front().audio->filename;
+    default:
+        return group.video.filename;
+    }
+}
+
+double ResultsViewModel::sortKeyNumber(const SyncGroup& group) const {
+    switch (*sortColumn_) {
+    case Column::length:
+        return group.video.durationSeconds.value_or(0);
+    case Column::loudness:
+        return group.measuredLUFS.value_or(-1000);
+    default:
+        return group.isMOS() ? 0
+                             : group.audioMatches.front().syncOffsetSeconds + group.manualAudioOffsetSeconds;
+    }
+}
+
+} // namespace orvane

@@ -1,0 +1,120 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncCore/Services/Naming/ResultsList.h"
+#include "Platform/Listeners.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+/// The list of results: which rows it has, in which order, and what each says. Rows of one recording stand
+/// together; the first of them folds the others away. Interface thread.
+class ResultsViewModel {
+  public:
+    enum class Column : std::uint8_t { name, cameraFile, starts, length, match, sound, begins, loudness };
+    static constexpr std::size_t columnCount = 8;
+    static std::string_view title(Column column);
+
+    /// How sure it is that a clip has its sound.
+    enum class Certainty : std::uint8_t {
+        settled,  ///< matched, without a doubt
+        doubtful, ///< matched with a doubt, or several recordings to choose from
+        missing,  ///< no sound, and nobody has said that there should be none
+        silent    ///< without sound by decision
+    };
+
+    /// A row as it is shown.
+    struct Row {
+        std::vector<std::string> texts; ///< by column
+        Certainty certainty = Certainty::missing;
+        std::string doubts; ///< messages and cures, a line each; empty without any
+        bool isApproved = false;
+        bool isLocked = false;
+        bool isExcluded = false;
+        bool isBelowAnother = false; ///< shares the recording of a row above it
+        std::size_t foldable = 0;    ///< rows that this one folds away
+        bool isFolded = false;
+    };
+
+    struct Counts {
+        std::size_t all = 0, matched = 0, issues = 0;
+
+        bool operator==(const Counts&) const = default;
+    };
+
+    /// What a view has to do after a change.
+    struct Change {
+        bool isLayoutChanged = false;    ///< which rows there are, or their order
+        std::vector<std::size_t> rows{}; ///< to be painted anew; without meaning where the layout changed
+    };
+
+    /// The controller outlives it.
+    explicit ResultsViewModel(ImportController& controller);
+
+    platform::Subscription onChange(std::function<void(const Change&)> callback);
+
+    FilterMode filter() const { return filter_; }
+    void setFilter(FilterMode filter);
+    /// Shows the clips of which a name, a file or a scene holds each of the words.
+    void setSearch(const std::string& text);
+    /// Absent: the order of the clips.
+    void setSorting(std::optional<Column> column, bool isAscending);
+    std::optional<Column> sortColumn() const { return sortColumn_; }
+    bool isAscending() const { return isAscending_; }
+    void toggleFolded(std::size_t row);
+
+    Counts counts() const;
+    std::size_t rowCount() const { return rows_.size(); }
+    const UUID& groupID(std::size_t row) const { return rows_.at(row).clip->id; }
+    /// Nothing where the clip is not among the rows.
+    std::optional<std::size_t> rowOf(const UUID& groupID) const;
+    Row row(std::size_t row) const;
+    /// The clip's file.
+    const FileURL& videoURL(std::size_t row) const { return rows_.at(row).clip->video.url; }
+
+    /// The doubts of the work, each with its cure, worst first; a sentence each.
+    struct Doubt {
+        std::string message;
+        std::string cure;
+        std::vector<UUID> groupIDs;
+    };
+    std::vector<Doubt> doubts() const;
+
+  private:
+    struct Place {
+        SyncGroupList::Element clip;
+        bool isBelowAnother = false;
+        std::size_t foldable = 0;
+        std::string bundleID;
+    };
+    /// Changed clips keep their rows where order and filter do not depend on what changed.
+    void follow(const ImportChange& change);
+    void layOut();
+    const std::map<UUID, std::string>& names() const;
+    bool isFound(const SyncGroup& group) const;
+    std::string sortKeyText(const SyncGroup& group) const;
+    double sortKeyNumber(const SyncGroup& group) const;
+    Certainty certainty(const SyncGroup& group) const;
+
+    ImportController& controller_;
+    platform::Listeners<const Change&> listeners_;
+    FilterMode filter_ = FilterMode::all;
+    std::vector<std::string> searchWords_; ///< lower case
+    std::optional<Column> sortColumn_;
+    bool isAscending_ = true;
+    std::set<std::string> folded_; ///< bundles
+    std::vector<Place> rows_;
+    std::map<UUID, std::size_t> rowByGroup_;
+    mutable std::optional<std::map<UUID, std::string>> names_; ///< absent until somebody asks
+    platform::Subscription observation_;
+};
+
+} // namespace orvane

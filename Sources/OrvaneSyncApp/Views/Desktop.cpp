@@ -1,0 +1,96 @@
+#include "OrvaneSyncApp/Views/Desktop.h"
+
+#include <algorithm>
+#include <exception>
+#include <stdexcept>
+
+namespace orvane::views {
+
+QString text(std::string_view utf8) {
+    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
+std::string utf8(const QString& text) { return text.toStdString(); }
+
+Desktop::Desktop(Dependencies dependencies) : mainThread_(dependencies.mainThread) {
+    ImportController::Dependencies work;
+    work.mainThread = mainThread_;
+    work.settings = dependencies.settings;
+    work.clock = dependencies.clock;
+    work.probeCache = std::move(dependencies.probeCache);
+    work.waveformCache = std::move(dependencies.waveformCache);
+    SessionManager::Dependencies keeping;
+    keeping.mainThread = mainThread_;
+    keeping.settings = dependencies.settings;
+    keeping.sessionsDir = std::move(dependencies.sessionsDir);
+    keeping.clock = dependencies.clock;
+    context_.controller = ImportController::create(std::move(work));
+    context_.sessions = SessionManager::create(std::move(keeping));
+    context_.settings = dependencies.settings;
+    context_.sessions->start(context_.controller);
+}
+
+const commands::Command& Desktop::command(std::string_view id) const {
+    const auto& table = commands::allCommands();
+    const auto found = std::ranges::find(table, id, &commands::Command::id);
+    if (found == table.end()) throw std::logic_error("no command " + std::string(id));
+    return *found;
+}
+
+bool Desktop::isEnabled(std::string_view id, const SyncGroup* clip) const {
+    return command(id).isEnabled(context_, clip);
+}
+
+void Desktop::run(std::string_view id, JSON arguments, Done done, Refused whenThisIsRefused) {
+    const commands::Command& row = command(id);
+    const auto refused = [this, own = std::move(whenThisIsRefused)](const std::exception& why) {
+        if (own)
+            own(text(why.what()));
+        else if (whenRefused)
+            whenRefused(text(why.what()));
+    };
+    try {
+        const commands::Call call(row, arguments.isNull() ? nullptr : &arguments);
+        context_.expectKnown(call);
+        if (row.now) {
+            const JSON answer = row.now(context_, call);
+            if (done) done(answer);
+            return;
+        }
+        const auto result = std::make_shared<JSON>();
+        row.whenDone(context_, call, result)
+            .whenDone([refused, result, done](const std::exception_ptr& raised) {
+                if (!raised) {
+                    if (done) done(*result);
+                    return;
+                }
+                try {
+                    std::rethrow_exception(raised);
+                } catch (const std::exception& why) {
+                    refused(why);
+                } catch (const platform::Stopped&) {
+                    return;
+                }
+            });
+    } catch (const std::exception& why) {
+        refused(why);
+    }
+}
+
+void Desktop::runForClips(std::string_view id, const std::vector<UUID>& groupIDs, JSON arguments) {
+    if (groupIDs.empty()) return;
+    const auto runEach = [&] {
+        for (const UUID& groupID : groupIDs) {
+            const SyncGroup* clip = controller().work().syncGroups().find(groupID);
+            if (clip == nullptr || !isEnabled(id, clip)) continue;
+            JSON each = arguments;
+            each.set("groupID", groupID.text());
+            run(id, std::move(each));
+        }
+    };
+    if (const auto& step = command(id).step; step && groupIDs.size() > 1)
+        controller().withUndo(*step, runEach);
+    else
+        runEach();
+}
+
+} // namespace orvane::views

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "Platform/MainThread.h"
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace orvane::views {
+
+QString text(std::string_view utf8);
+std::string utf8(const QString& text);
+
+/// The open work and its sessions as the windows use them: every action of a menu, a button or a key is a
+/// command of the table. Interface thread.
+class Desktop {
+  public:
+    struct Dependencies {
+        std::shared_ptr<platform::MainThread> mainThread;
+        std::shared_ptr<platform::SettingsStore> settings;
+        std::shared_ptr<ProbeCache> probeCache;
+        std::shared_ptr<WaveformCache> waveformCache;
+        std::shared_ptr<const platform::Clock> clock = platform::systemClock();
+        std::string sessionsDir{}; ///< empty: the user account's
+    };
+    explicit Desktop(Dependencies dependencies);
+
+    ImportController& controller() { return *context_.controller; }
+    SessionManager& sessions() { return *context_.sessions; }
+    const std::shared_ptr<ImportController>& sharedController() const { return context_.controller; }
+    platform::SettingsStore& settings() { return *context_.settings; }
+    const std::shared_ptr<platform::MainThread>& mainThread() const { return mainThread_; }
+
+    /// Must be in the table.
+    const commands::Command& command(std::string_view id) const;
+    bool isEnabled(std::string_view id, const SyncGroup* clip = nullptr) const;
+    using Done = std::function<void(const JSON& answer)>;
+    using Refused = std::function<void(const QString& why)>;
+    /// What the command answers goes to `done`, why it did not run to `refused`, or where there is none to
+    /// `whenRefused`. A command that was stopped calls none of them.
+    void run(std::string_view id, JSON arguments = {}, Done done = {}, Refused refused = {});
+    /// One command for several clips, as one step to take back where it is one.
+    void runForClips(std::string_view id, const std::vector<UUID>& groupIDs, JSON arguments = {});
+    /// A sentence for people.
+    Refused whenRefused;
+
+  private:
+    const std::shared_ptr<platform::MainThread> mainThread_;
+    commands::CommandContext context_;
+};
+
+} // namespace orvane::views

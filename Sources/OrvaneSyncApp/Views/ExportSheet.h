@@ -1,0 +1,41 @@
+#pragma once
+
+#include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/Views/Desktop.h"
+
+#include <QDialog>
+
+class QCheckBox;
+
+namespace orvane::views {
+
+/// What will be written, what will not and why, the options that people change most, and where to. Stays open
+/// with the warnings after the export.
+class ExportSheet : public QDialog {
+  public:
+    explicit ExportSheet(Desktop& desktop, QWidget* parent = nullptr);
+
+  private:
+    QWidget* makeOptions();
+    QWidget* makeDestination();
+    void showForecast();
+    void choosePlace();
+    void write();
+    void written(const JSON& answer);
+    void setOption(std::string_view key, JSON value);
+
+    Desktop& desktop_;
+    QLineEdit* event_;
+    QPushButton* suggestion_;
+    QLabel* forecast_;
+    QLabel* leftOut_;
+    QLineEdit* place_;
+    QCheckBox* openWhenDone_;
+    QPushButton* write_;
+    QPushButton* close_;
+    design::Banner* outcome_;
+    QLabel* warnings_;
+    bool mayReplace_ = false; ///< the user has agreed to replace this file
+};
+
+} // namespace orvane::views

@@ -1,0 +1,170 @@
+#include "OrvaneSyncApp/Views/ResultsModel.h"
+
+#include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/Views/Desktop.h"
+
+#include <QPainter>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+using Column = ResultsViewModel::Column;
+using Certainty = ResultsViewModel::Certainty;
+
+constexpr int rowHeight = 30;
+constexpr int markSide = 16;
+constexpr int foldWidth = 20;
+
+Signal signal(Certainty certainty) {
+    switch (certainty) {
+    case Certainty::settled:
+        return Signal::matched;
+    case Certainty::doubtful:
+        return Signal::doubtful;
+    case Certainty::missing:
+        return Signal::missing;
+    case Certainty::silent:
+        break;
+    }
+    return Signal::none;
+}
+
+bool isRightAligned(int column) {
+    return column == static_cast<int>(Column::length) || column == static_cast<int>(Column::begins) ||
+           column == static_cast<int>(Column::loudness);
+}
+
+QString marksText(const ResultsViewModel::Row& row) {
+    QStringList words;
+    if (row.isApproved) words << QObject::tr("approved");
+    if (row.isLocked) words << QObject::tr("locked");
+    if (row.isExcluded) words << QObject::tr("not exported");
+    return words.join(QStringLiteral(", "));
+}
+
+} // namespace
+
+ResultsModel::ResultsModel(ResultsViewModel& rows, QObject* parent)
+    : QAbstractTableModel(parent), rows_(rows) {
+    observation_ = rows.onChange([this](const ResultsViewModel::Change& change) { follow(change); });
+}
+
+int ResultsModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(rows_.rowCount());
+}
+
+int ResultsModel::columnCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : marksColumn + 1;
+}
+
+QVariant ResultsModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return {};
+    if (section == marksColumn) return tr("Marks");
+    return text(ResultsViewModel::title(static_cast<Column>(section)));
+}
+
+QVariant ResultsModel::data(const QModelIndex& index, int role) const {
+    const ResultsViewModel::Row& shown = row(index.row());
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::AccessibleTextRole:
+        return index.column() == marksColumn ? marksText(shown)
+                                             : text(shown.texts[static_cast<std::size_t>(index.column())]);
+    case Qt::ToolTipRole:
+        if (!shown.doubts.empty()) return text(shown.doubts);
+        return data(index, Qt::DisplayRole);
+    case Qt::TextAlignmentRole:
+        return static_cast<int>(Qt::AlignVCenter |
+                                (isRightAligned(index.column()) ? Qt::AlignRight : Qt::AlignLeft));
+    default:
+        return {};
+    }
+}
+
+void ResultsModel::sort(int column, Qt::SortOrder order) {
+    if (column >= marksColumn) return;
+    rows_.setSorting(column < 0 ? std::nullopt : std::optional(static_cast<Column>(column)),
+                     order == Qt::AscendingOrder);
+}
+
+const ResultsViewModel::Row& ResultsModel::row(int index) const {
+    const auto found = shown_.find(index);
+    if (found != shown_.end()) return found->second;
+    return shown_.emplace(index, rows_.row(static_cast<std::size_t>(index))).first->second;
+}
+
+void ResultsModel::follow(const ResultsViewModel::Change& change) {
+    if (change.isLayoutChanged) {
+        beginResetModel();
+        shown_.clear();
+        endResetModel();
+        return;
+    }
+    for (const std::size_t changed : change.rows) {
+        const int at = static_cast<int>(changed);
+        shown_.erase(at);
+        Q_EMIT dataChanged(index(at, 0), index(at, marksColumn));
+    }
+}
+
+void ResultsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                            const QModelIndex& index) const {
+    const auto* model = static_cast<const ResultsModel*>(index.model());
+    const ResultsViewModel::Row& row = model->row(index.row());
+    const bool isSelected = option.state.testFlag(QStyle::State_Selected);
+    const Colours& all = colours();
+    painter->save();
+    painter->fillRect(option.rect, isSelected                                       ? all.selected
+                                   : option.state.testFlag(QStyle::State_MouseOver) ? all.panel
+                                                                                    : all.window);
+    const bool isName = index.column() == static_cast<int>(Column::name);
+    const bool isTimecode = index.column() == static_cast<int>(Column::starts);
+    QColor textColour = isSelected ? all.onSelected : isName ? all.text : all.facts;
+    if (row.isExcluded && !isSelected) textColour = all.disabled;
+    painter->setFont(isTimecode ? timecodeFont() : isName ? textFont() : factsFont());
+    QRect inner = option.rect.adjusted(space::small, 0, -space::small, 0);
+    if (isName) {
+        if (row.foldable > 0)
+            draw(*painter, row.isFolded ? Glyph::folded : Glyph::unfolded,
+                 QRectF(inner.left() - 2, inner.center().y() - 7, 14, 14), textColour);
+        inner.setLeft(inner.left() + foldWidth + (row.isBelowAnother ? space::medium : 0));
+    }
+    if (index.column() == static_cast<int>(Column::match)) {
+        Badge::paint(*painter, inner, signal(row.certainty), index.data().toString(), textColour);
+    } else if (index.column() == ResultsModel::marksColumn) {
+        int x = inner.left();
+        for (const auto& [isSet, mark] :
+             {std::pair(row.isApproved, Glyph::approve), std::pair(row.isLocked, Glyph::lock),
+              std::pair(row.isExcluded, Glyph::excluded)}) {
+            if (!isSet) continue;
+            draw(*painter, mark, QRectF(x, inner.center().y() - markSide / 2.0, markSide, markSide),
+                 textColour);
+            x += markSide + space::tight;
+        }
+    } else {
+        QString shown = index.data().toString();
+        if (isName && row.isFolded) shown += QObject::tr("  +%1").arg(row.foldable);
+        painter->setPen(textColour);
+        painter->drawText(inner, static_cast<int>(index.data(Qt::TextAlignmentRole).toInt()),
+                          painter->fontMetrics().elidedText(shown, Qt::ElideMiddle, inner.width()));
+    }
+    if (option.state.testFlag(QStyle::State_HasFocus)) {
+        painter->setPen(all.focus);
+        painter->drawRect(option.rect.adjusted(0, 0, -1, -1));
+    }
+    painter->restore();
+}
+
+QSize ResultsDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const {
+    const QFontMetrics metrics(textFont());
+    return {metrics.horizontalAdvance(index.data().toString()) + space::medium, rowHeight};
+}
+
+bool ResultsDelegate::isFold(const QRect& cell, const QPoint& at) {
+    return at.x() < cell.left() + space::small + foldWidth;
+}
+
+} // namespace orvane::views

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
+
+#include <QAbstractTableModel>
+#include <QStyledItemDelegate>
+
+#include <cstddef>
+#include <unordered_map>
+
+namespace orvane::views {
+
+/// The rows of the results for a table. A row's texts are made when it is first shown.
+class ResultsModel : public QAbstractTableModel {
+  public:
+    /// Both outlive it.
+    explicit ResultsModel(ResultsViewModel& rows, QObject* parent = nullptr);
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    void sort(int column, Qt::SortOrder order) override;
+
+    const ResultsViewModel::Row& row(int index) const;
+    ResultsViewModel& rows() const { return rows_; }
+    /// Behind those of the rows: what was decided of the clip.
+    static constexpr int marksColumn = static_cast<int>(ResultsViewModel::columnCount);
+
+  private:
+    void follow(const ResultsViewModel::Change& change);
+
+    ResultsViewModel& rows_;
+    mutable std::unordered_map<int, ResultsViewModel::Row> shown_;
+    platform::Subscription observation_;
+};
+
+/// Paints the fold of a name, the signal of a match and the marks of a clip.
+class ResultsDelegate : public QStyledItemDelegate {
+  public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    /// Whether a click at this place of the cell folds or unfolds.
+    static bool isFold(const QRect& cell, const QPoint& at);
+};
+
+} // namespace orvane::views

@@ -1,0 +1,79 @@
+#include "OrvaneSyncApp/Views/ScanningView.h"
+
+#include "OrvaneSyncCore/Utilities/CountText.h"
+
+#include <QProgressBar>
+#include <QVBoxLayout>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+constexpr int barWidth = 480;
+constexpr int parts = 1000; ///< of the bar
+
+QString phaseText(ScanState state) {
+    switch (state) {
+    case ScanState::discovering:
+        return QObject::tr("Discovering files...");
+    case ScanState::probing:
+        return QObject::tr("Reading metadata...");
+    case ScanState::matching:
+        return QObject::tr("Matching timecodes...");
+    case ScanState::done:
+        return QObject::tr("Done");
+    case ScanState::idle:
+        break;
+    }
+    return {};
+}
+
+} // namespace
+
+ScanningView::ScanningView(Desktop& desktop, std::function<void()> cancel, QWidget* parent)
+    : QWidget(parent), desktop_(desktop), phase_(title({})), counts_(facts({})), bar_(new QProgressBar) {
+    auto* rows = new QVBoxLayout(this);
+    rows->setSpacing(space::medium);
+    rows->addStretch(1);
+    phase_->setAlignment(Qt::AlignCenter);
+    counts_->setAlignment(Qt::AlignCenter);
+    bar_->setRange(0, parts);
+    bar_->setTextVisible(false);
+    bar_->setFixedWidth(barWidth);
+    bar_->setAccessibleName(tr("Progress of the scan"));
+    auto* stop = button(tr("Cancel"));
+    connect(stop, &QPushButton::clicked, this, [call = std::move(cancel)] { call(); });
+    for (QWidget* one : std::initializer_list<QWidget*>{phase_, bar_, counts_, stop})
+        rows->addWidget(one, 0, Qt::AlignHCenter);
+    rows->addStretch(2);
+    observation_ = desktop_.controller().onChange([this](ImportField field) {
+        if (field == ImportField::scanState || field == ImportField::progress) showProgress();
+    });
+}
+
+void ScanningView::begin() {
+    began_ = platform::systemClock()->now();
+    showProgress();
+}
+
+void ScanningView::showProgress() {
+    const ScanController& scan = desktop_.controller().scan();
+    const ScanProgress& progress = scan.progress();
+    phase_->setText(phaseText(scan.scanState()));
+    // Without a count there is nothing to say but that it goes on.
+    bar_->setRange(0, progress.isActive() ? parts : 0);
+    bar_->setValue(static_cast<int>(progress.fraction() * parts));
+    QString counts;
+    if (progress.isActive()) {
+        counts = tr("%1: %2 of %3 files").arg(text(progress.phase)).arg(progress.current).arg(progress.total);
+        const double passed = std::chrono::duration<double>(platform::systemClock()->now() - began_).count();
+        constexpr double worthSaying = 3; // seconds
+        if (progress.fraction() > 0.05 && passed > worthSaying)
+            counts += tr(", %1 to go").arg(text(clockText(passed / progress.fraction() - passed)));
+    }
+    counts_->setText(counts);
+}
+
+} // namespace orvane::views

@@ -1,0 +1,153 @@
+#include "OrvaneSyncApp/Views/StartView.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QSignalBlocker>
+#include <QVBoxLayout>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+constexpr int widest = 720;
+
+} // namespace
+
+StartView::StartView(Desktop& desktop, std::function<void()> scan, QWidget* parent)
+    : QWidget(parent), desktop_(desktop), scan_(std::move(scan)) {
+    auto* outer = new QVBoxLayout(this);
+    outer->addStretch(1);
+    auto* column = new QWidget;
+    column->setMaximumWidth(widest);
+    auto* rows = new QVBoxLayout(column);
+    rows->setSpacing(space::medium);
+    rows->addWidget(title(tr("Sound under every clip")));
+    rows->addWidget(facts(
+        tr("Choose the camera and sound folders of a shooting day, or drop them anywhere in this window.\n"
+           "Every clip gets its recording by timecode; nothing is changed on the cards.\n"
+           "Look at what is in doubt, correct it, and export one document for Final Cut Pro.")));
+
+    auto* section = new Section(tr("Folders"));
+    mode_ = new SegmentedChoice(tr("Folders of the shoot"),
+                                {tr("One folder with both"), tr("Picture and sound apart")}, [this](int) {
+                                    showMode();
+                                    applyFields();
+                                });
+    section->add(mode_);
+    combined_ = field(tr("Folder with picture and sound"), tr("Folder with picture and sound"));
+    video_ = field(tr("Video folder"), tr("Video folder"));
+    audio_ = field(tr("Audio folder"), tr("Audio folder"));
+    section->add(combinedRow_ = folderRow(combined_, tr("Folder with picture and sound")));
+    section->add(videoRow_ = folderRow(video_, tr("Video folder")));
+    section->add(audioRow_ = folderRow(audio_, tr("Audio folder")));
+    section->add(more_ = facts({}));
+    rows->addWidget(section);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch(1);
+    start_ = button(tr("Scan && Match"), Weight::primary);
+    start_->setToolTip(tr("Scan and match media files"));
+    buttons->addWidget(start_);
+    rows->addLayout(buttons);
+    outer->addWidget(column, 0, Qt::AlignHCenter);
+    column->setMinimumWidth(std::min(widest, 600));
+    outer->addStretch(2);
+
+    connect(start_, &QPushButton::clicked, this, [this] { scan_(); });
+    for (QLineEdit* one : {combined_, video_, audio_}) {
+        connect(one, &QLineEdit::editingFinished, this, [this] { applyFields(); });
+        connect(one, &QLineEdit::returnPressed, this, [this] {
+            applyFields();
+            if (start_->isEnabled()) scan_();
+        });
+    }
+    observation_ = desktop_.controller().onChange([this](ImportField field) {
+        if (field == ImportField::videoFolderURL || field == ImportField::audioFolderURL ||
+            field == ImportField::scanScope)
+            showWhatIsSet();
+    });
+    showWhatIsSet();
+}
+
+QWidget* StartView::folderRow(QLineEdit* field, const QString& caption) {
+    auto* row = new QWidget;
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(field, 1);
+    auto* choose = button(tr("Choose…"), Glyph::folder);
+    choose->setAccessibleName(tr("Choose: %1").arg(caption));
+    layout->addWidget(choose);
+    connect(choose, &QPushButton::clicked, this, [this, field, caption] { chooseInto(field, caption); });
+    return row;
+}
+
+void StartView::chooseInto(QLineEdit* field, const QString& caption) {
+    const QString from = field->text().isEmpty() ? QDir::homePath() : field->text();
+    const QString chosen = QFileDialog::getExistingDirectory(this, caption, from);
+    if (chosen.isEmpty()) return;
+    field->setText(chosen);
+    applyFields();
+}
+
+void StartView::takeFolders(const QStringList& paths) {
+    if (paths.isEmpty()) return;
+    moreFolders_ = paths.mid(2);
+    if (paths.size() == 1) {
+        mode_->choose(0);
+        combined_->setText(paths.first());
+    } else {
+        mode_->choose(1);
+        video_->setText(paths[0]);
+        audio_->setText(paths[1]);
+    }
+    showMode();
+    applyFields();
+}
+
+void StartView::showMode() {
+    const bool isCombined = mode_->chosen() == 0;
+    combinedRow_->setVisible(isCombined);
+    videoRow_->setVisible(!isCombined);
+    audioRow_->setVisible(!isCombined);
+}
+
+void StartView::applyFields() {
+    const bool isCombined = mode_->chosen() == 0;
+    const QString video = (isCombined ? combined_ : video_)->text().trimmed();
+    const QString audio = (isCombined ? combined_ : audio_)->text().trimmed();
+    JSON arguments = JSON::object();
+    const auto path = [](const QString& text) {
+        return text.isEmpty() ? JSON() : JSON(utf8(QDir::cleanPath(text)));
+    };
+    arguments.set("videoFolder", path(video));
+    arguments.set("audioFolder", path(audio));
+    JSON::Array more;
+    for (const QString& one : moreFolders_) more.emplace_back(utf8(one));
+    arguments.set("moreFolders", JSON(std::move(more)));
+    desktop_.run("setFolders", std::move(arguments));
+    start_->setEnabled(desktop_.isEnabled("startScan"));
+}
+
+void StartView::showWhatIsSet() {
+    const OpenWork& work = desktop_.controller().work();
+    const auto path = [](const std::optional<FileURL>& url) {
+        return url ? text(url->pathText()) : QString();
+    };
+    const QString video = path(work.videoFolderURL());
+    const QString audio = path(work.audioFolderURL());
+    if (!video.isEmpty() || !audio.isEmpty()) mode_->choose(video == audio ? 0 : 1);
+    combined_->setText(video == audio ? video : combined_->text());
+    video_->setText(video);
+    audio_->setText(audio);
+    if (video.isEmpty() && audio.isEmpty()) combined_->clear();
+    const auto count = static_cast<int>(work.folders().size()) - (video == audio ? 1 : 2);
+    more_->setVisible(count > 0);
+    more_->setText(tr("and %n more folder(s)", nullptr, count));
+    showMode();
+    start_->setEnabled(desktop_.isEnabled("startScan"));
+}
+
+} // namespace orvane::views

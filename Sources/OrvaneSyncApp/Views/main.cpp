@@ -1,0 +1,81 @@
+#include "OrvaneDesignKit/Theme.h"
+#include "OrvaneSyncApp/Views/MainWindow.h"
+#include "OrvaneSyncApp/Views/QtMainThread.h"
+#include "OrvaneSyncApp/Views/ScreenWalk.h"
+#include "OrvaneSyncCore/Services/Persistence/StandardSettings.h"
+#include "OrvaneSyncCore/Services/Waveform/WaveformCache.h"
+#include "Platform/Interrupt.h"
+#include "Platform/MainThread.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+
+namespace {
+
+using namespace orvane;
+
+int runProgram(int argc, char** argv) {
+    platform::failRefusedWrites();
+    platform::endWithoutMemory();
+    QApplication application(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("Orvane Tandrel"));
+    QCoreApplication::setApplicationName(QStringLiteral("OrvaneSync"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
+    design::applyTheme(application);
+
+    QCommandLineParser arguments;
+    arguments.setApplicationDescription(
+        QStringLiteral("The window of OrvaneSync. Folders that are named are scanned."));
+    arguments.addHelpOption();
+    arguments.addVersionOption();
+    const QCommandLineOption pictures(QStringLiteral("screenshot"),
+                                      QStringLiteral("Write a picture of each screen into DIR and end."),
+                                      QStringLiteral("DIR"));
+    arguments.addOption(pictures);
+    arguments.addPositionalArgument(QStringLiteral("folders"), QStringLiteral("Folders, or one project."),
+                                    QStringLiteral("[FOLDER...|PROJECT]"));
+    arguments.process(application);
+
+    views::Desktop::Dependencies dependencies;
+    dependencies.mainThread = views::qtMainThread();
+    std::shared_ptr<platform::FileSettingsStore> settings = openStandardSettings();
+    settings->followOthers();
+    dependencies.settings = settings;
+    dependencies.probeCache = ProbeCache::shared();
+    dependencies.waveformCache = WaveformCache::shared();
+    views::Desktop desktop(std::move(dependencies));
+    views::MainWindow window(desktop);
+    window.show();
+
+    const QStringList named = arguments.positionalArguments();
+    if (named.size() == 1 && named.first().endsWith(QStringLiteral(".orvanesync")))
+        window.openProject(named.first());
+    else if (!named.isEmpty())
+        window.scanFolders(named);
+    if (arguments.isSet(pictures)) {
+        views::walkScreens(window, arguments.value(pictures), [] { QCoreApplication::quit(); });
+    }
+    // Nothing is lost: what is decided is on the disk before the program ends.
+    QApplication::setQuitOnLastWindowClosed(false);
+    QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application, [&desktop] {
+        desktop.sessions().flush().whenDone([](const std::exception_ptr&) { QCoreApplication::quit(); });
+    });
+    const int status = QApplication::exec();
+    if (platform::SerialQueue::hasAbandonedWork()) std::_Exit(status);
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return runProgram(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "error: %s\n", error.what());
+        return 1;
+    }
+}

@@ -48,3 +48,4 @@ fi
 echo
 echo "The document: $PWD/demo/Synced.fcpxml"
 echo "In Final Cut Pro: File > Import > XML. Here: less demo/Synced.fcpxml"
+echo "The same shoot in the window: $bin/orvanesync-app $shoot"

@@ -3,7 +3,7 @@
 
 Each folder with a CMakeLists.txt is a module; what its target links (PUBLIC, through to the end) is what its files may
 include. The link step alone does not notice an include of a header that needs no library. Headers outside
-Sources/Platform may include the standard library and this project only.
+Sources/Platform may include the standard library and this project only, those of the windows Qt as well.
 """
 import pathlib
 import re
@@ -13,6 +13,8 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SOURCES = ROOT / "Sources"
 STANDARD = re.compile(r"^[a-z_]+$")  # <vector>, <cmath>; other libraries' headers bear a folder or an ending
+QT = re.compile(r"^Q[A-Za-z]+$")
+WINDOWS = ("OrvaneDesignKit/", "OrvaneSyncApp/Views/")  # Qt's types stay in these
 
 
 def modules():
@@ -77,6 +79,9 @@ def main():
                 theirs = module_of(pathlib.PurePosixPath(ours.group(1)), folders)
                 if theirs is None or theirs not in allowed.get(own, set()):
                     wrong.append(f"{name}:{number}: {own} does not link {theirs or 'any module'} ({ours.group(1)})")
+            elif other and QT.match(other.group(1)):
+                if not path.as_posix().startswith(WINDOWS):
+                    wrong.append(f"{name}:{number}: <{other.group(1)}> outside the windows")
             elif other and path.suffix == ".h" and path.parts[0] != "Platform" and not STANDARD.match(other.group(1)):
                 wrong.append(f"{name}:{number}: <{other.group(1)}> in a header outside Platform")
     print("\n".join(wrong) or f"includes: {len(allowed)} modules in order")

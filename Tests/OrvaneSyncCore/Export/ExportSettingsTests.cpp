@@ -170,9 +170,8 @@ TEST(ExportSettings, EachKeyChangesTheDocument) {
     // from elsewhere.
     seen.insert(
         {"eventName", "generateMulticam", "overrideAnamorphic", "notes.videoPrefix", "atmo.includeInExport"});
-    const std::set<std::string_view> others{"Reports",  "Smart Audio",
-                                            "Playback", "Linear timecode",      "Matching",
-                                            "Caches",   "Calibration"};
+    const std::set<std::string_view> others{"Reports",  "Smart Audio", "Playback",   "Linear timecode",
+                                            "Matching", "Caches",      "Calibration"};
     for (const SettingDescription& setting : SettingsCatalogue::all())
         EXPECT_TRUE(others.contains(setting.family) || seen.contains(setting.key))
             << setting.key << " does nothing";

@@ -22,11 +22,13 @@ bool sendAll(int descriptor, const char* bytes, std::size_t count) {
     return true;
 }
 
-bool waitForBytes(int descriptor, std::optional<Clock::time_point> until) {
+constexpr Clock::time_point never = Clock::time_point::max();
+
+bool waitForBytes(int descriptor, Clock::time_point until) {
     for (;;) {
         int milliseconds = -1;
-        if (until) {
-            const auto left = std::chrono::ceil<std::chrono::milliseconds>(*until - Clock::now()).count();
+        if (until != never) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()).count();
             milliseconds = static_cast<int>(std::max<decltype(left)>(left, 0));
         }
         pollfd wanted{descriptor, POLLIN, 0};
@@ -36,7 +38,7 @@ bool waitForBytes(int descriptor, std::optional<Clock::time_point> until) {
     }
 }
 
-bool receiveAll(int descriptor, char* bytes, std::size_t count, std::optional<Clock::time_point> until) {
+bool receiveAll(int descriptor, char* bytes, std::size_t count, Clock::time_point until) {
     while (count > 0) {
         if (!waitForBytes(descriptor, until)) return false;
         const ssize_t got = ::recv(descriptor, bytes, count, 0);
@@ -58,7 +60,7 @@ bool send(int descriptor, const std::string& message) {
 }
 
 std::optional<std::string> receive(int descriptor, std::optional<std::chrono::milliseconds> limit) {
-    const auto until = limit ? std::optional(Clock::now() + *limit) : std::nullopt;
+    const auto until = limit ? Clock::now() + *limit : never;
     std::uint32_t length = 0;
     if (!receiveAll(descriptor, reinterpret_cast<char*>(&length), sizeof length, until) ||
         length > longestMessage)

@@ -87,13 +87,16 @@ void PictureTrack::run(MediaTime now, double rate) {
     {
         const std::lock_guard lock(mutex_);
         const bool isTurn = (rate < 0) != (rate_ < 0) || (rate > 0 && job_ == Kind::stretch);
+        const bool isKeys = std::abs(rate) >= keyPicturesFromRate;
+        // Pictures that happen to be there would show between the key pictures.
+        if (isKeys && std::abs(rate_) < keyPicturesFromRate) dropPictures();
         now_ = now;
         rate_ = rate;
         ++version_;
         if (isTurn && !wish_) work_.request_stop();
         if (rate >= 0 && reduced_) dropPictures();
         // Only the newest moment counts for key pictures; the seek under way goes first.
-        if (std::abs(rate) >= keyPicturesFromRate && (!wish_ || wish_->seek == 0)) wish_ = Wish{now, true, 0};
+        if (isKeys && (!wish_ || wish_->seek == 0)) wish_ = Wish{now, true, 0};
         evict();
     }
     changed_.notify_all();
@@ -327,14 +330,17 @@ VideoDecoder::Outcome PictureTrack::decode(const Job& job, std::unique_lock<std:
 }
 
 void PictureTrack::finish(const Wish& wish, bool hasPicture, std::unique_lock<std::mutex>& lock) {
-    const bool isNewest = wish_ && wish_->seek == wish.seek && wish_->time == wish.time;
-    if (isNewest) wish_.reset();
-    if (isNewest && wish.seek != 0) servedSeek_ = wish.seek;
-    served_.notify_all();
-    const Report report{servedSeek_, hasPicture};
+    const auto isNewest = [&] { return wish_ && wish_->seek == wish.seek && wish_->time == wish.time; };
+    if (!isNewest()) return;
+    const Report report{wish.seek != 0 ? wish.seek : servedSeek_, hasPicture};
+    // Who waits for it finds the report on its way.
     lock.unlock();
     report_(report);
     lock.lock();
+    if (!isNewest()) return;
+    wish_.reset();
+    servedSeek_ = report.served;
+    served_.notify_all();
 }
 
 /// Farthest from the moment first, those that were played before those that come.

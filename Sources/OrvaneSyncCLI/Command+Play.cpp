@@ -8,6 +8,7 @@
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 #include "OrvaneSyncCore/Services/Playback/ShuttleAudioEngine.h"
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/AudioFileWriter.h"
 #include "Platform/Completion.h"
 #include "Platform/Text.h"

@@ -33,6 +33,11 @@ double vector::sumOfSquares(std::span<const float> samples) {
     return sum;
 }
 
+float vector::rms(std::span<const float> samples) {
+    if (samples.empty()) return 0;
+    return static_cast<float>(std::sqrt(sumOfSquares(samples) / static_cast<double>(samples.size())));
+}
+
 float vector::maxMagnitude(std::span<const float> samples) {
     // Magnitudes of floats are ordered as their bits are, and 4 integers are what every machine compares at
     // once; left to itself the compiler takes one float at a time.

@@ -10,6 +10,8 @@ namespace orvane::platform::vector {
 
 /// In 64 bits, so that the largest floats do not overflow.
 double sumOfSquares(std::span<const float> samples);
+/// Root mean square, rounded once to 32 bits; 0 for no samples.
+float rms(std::span<const float> samples);
 /// Largest magnitude; 0 for no samples. The samples are finite.
 float maxMagnitude(std::span<const float> samples);
 /// Positions at which a sample and the one before it lie on two sides of zero; 0 itself is positive.

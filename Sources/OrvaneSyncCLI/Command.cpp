@@ -148,9 +148,8 @@ std::span<const Command* const> allCommands() {
     static const auto commands = std::to_array<const Command*>(
         {&syncCommand(), &scanCommand(), &diagnoseCommand(), &probeCommand(), &analyzeCommand(),
          &loudnessCommand(), &ltcCommand(), &clapCommand(), &onsetsCommand(), &waveformCommand(),
-         &frameCommand(),
-         &reportCommand(), &timecodeCommand(), &sessionCommand(), &projectCommand(), &settingsCommand(),
-         &shortcutsCommand(), &serveCommand(), &doctorCommand()});
+         &frameCommand(), &reportCommand(), &timecodeCommand(), &sessionCommand(), &projectCommand(),
+         &settingsCommand(), &shortcutsCommand(), &serveCommand(), &doctorCommand()});
     return commands;
 }
 

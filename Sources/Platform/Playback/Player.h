@@ -75,8 +75,8 @@ class Player {
     virtual std::chrono::nanoseconds hostTime() const = 0;
 
     /// Shows exactly the newest picture at or before `time`, which is brought within the clip. A newer seek
-    /// replaces an older one, which calls back with false; true when the picture is there. Goes on at the
-    /// rate that runs.
+    /// replaces an older one, which calls back with false; true when the picture is there, or is known to be
+    /// missing. Goes on at the rate that runs.
     virtual void seek(MediaTime time, std::function<void(bool isShown)> completed = {}) = 0;
 
     virtual void setPitchAlgorithm(PitchAlgorithm algorithm) = 0;

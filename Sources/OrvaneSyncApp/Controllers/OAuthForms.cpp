@@ -146,7 +146,8 @@ PKCE PKCE::generate() {
     PKCE made{platform::Secret(base64URL(characters(bytes))), {}};
     platform::SHA256 hash;
     hash.add(made.verifier.reveal());
-    made.challenge = base64URL(characters(std::as_bytes(std::span(hash.digest()))));
+    const auto digest = hash.digest();
+    made.challenge = base64URL(characters(std::as_bytes(std::span(digest))));
     return made;
 }
 

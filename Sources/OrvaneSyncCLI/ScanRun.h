@@ -38,8 +38,6 @@ class ScanRun {
     void scan(Analysis analysis = Analysis::asStored, const std::vector<ReviewLine>* review = nullptr);
     /// Says on the progress line what is being done, until the next wait ends.
     void show(std::string_view phase);
-    /// Once, and for JSON to repeat.
-    void warn(std::string message);
     void clearProgress() { progress_.clear(); }
     /// The same with the folders and edits of a project file. Throws FileError, ProjectError, and
     /// CommandError when the folders are not there.

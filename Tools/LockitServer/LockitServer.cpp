@@ -2,7 +2,7 @@
 
 #include "OrvaneSyncCore/Models/UUID.h"
 #include "OrvaneSyncCore/Utilities/Base64.h"
-#include "Platform/Hash.h"
+#include "Platform/SHA256.h"
 
 #include <httplib.h>
 
@@ -23,8 +23,10 @@ namespace {
 constexpr int unauthorized = 401, badRequest = 400, notFound = 404, found = 302;
 
 std::string challengeOf(const std::string& verifier) {
-    const auto hash = platform::sha256(verifier).value();
-    std::string text = base64::encoded({reinterpret_cast<const char*>(hash.data()), hash.size()});
+    platform::SHA256 hash;
+    hash.add(verifier);
+    const auto digest = hash.digest();
+    std::string text = base64::encoded({reinterpret_cast<const char*>(digest.data()), digest.size()});
     std::ranges::replace(text, '+', '-');
     std::ranges::replace(text, '/', '_');
     std::erase(text, '=');

@@ -78,7 +78,7 @@ TEST(Take, rolesAndRunningNumbers) {
           {"12S1.WAV", 0, 9}},
          "REC_0001S1.WAV channel 1 @0, REC_0001S2.WAV channel 2 @0, REC_0002S3.WAV alternate 3 @0, "
          "12S1.WAV alternate 4 @0",
-         "Matched"},
+         "Ambiguous (4)"},
         {"named channels, one of them short",
          {{"T-CH1.WAV", 0, 60}, {"T-CH2.WAV", 0, 60}, {"T_Boom.WAV", 0, 20}, {"T.WAV", 0, 60, 2}},
          "T_Boom.WAV channel 1 @0, T-CH1.WAV channel 2 @0, T-CH2.WAV channel 3 @0, T.WAV channel 4-5 @0",

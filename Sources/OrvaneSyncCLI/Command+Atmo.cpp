@@ -71,7 +71,7 @@ void tell(Context& context, const RoomTone& roomTone, bool asJSON) {
 }
 
 void atmo(Context& context, const Arguments& arguments) {
-    RoomToneOrder order{.scene = arguments.value("--scene"), .directory = arguments.value("-o")};
+    RoomToneOrder order{.scene = arguments.value("--scene"), .directory = arguments.value("--output")};
     order.seconds = arguments.number("--duration").value_or(order.seconds);
     constexpr double longest = 3600;
     if (order.seconds < 1 || order.seconds > longest)

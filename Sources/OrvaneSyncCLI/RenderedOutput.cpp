@@ -15,7 +15,7 @@ namespace orvane::cli {
 namespace {
 
 std::string outputOf(const Arguments& arguments) {
-    const std::string path = arguments.value("-o").value_or("");
+    const std::string path = arguments.value("--output").value_or("");
     if (path.empty() || path == "-") throw UsageError("-o needs the name of a file");
     if (FileURL{path}.lowercasedExtension() == "mov")
         throw UsageError("-o: the sound is a WAVE file; give it a name that ends in .wav");

@@ -259,6 +259,7 @@ class ReadTrack final : public SoundTrack {
     ReadTrack& operator=(const ReadTrack&) = delete;
 
     void addTo(const AudioBlock& block) noexcept override {
+        if (block.frames == 0) return; // an output that is pulled by hand: what was heard last still counts
         heard_.addTo(block, shared_->blocks, volume_.load(std::memory_order_relaxed));
         shared_->asked = block.firstFrame + static_cast<std::int64_t>(block.frames);
         shared_->wake.post();

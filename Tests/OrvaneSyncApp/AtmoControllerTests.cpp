@@ -67,8 +67,8 @@ TEST_F(AtmoControllerTest, aSceneHasOneRoomToneInTheDocument) {
     finish(controller_->exporting().exportInBackground(
         std::nullopt, controller_->exporting().exportSettings(options), document));
     const std::string& text = document->fcpxmlString;
-    EXPECT_EQ(text.find("12A=Atmo.wav"), text.rfind("12A=Atmo.wav"));
-    EXPECT_NE(text.find("12A=Atmo.wav"), std::string::npos);
+    EXPECT_EQ(text.find("/12A=Atmo.wav"), text.rfind("/12A=Atmo.wav"));
+    EXPECT_NE(text.find("/12A=Atmo.wav"), std::string::npos);
 }
 
 TEST_F(AtmoControllerTest, aFailureIsToldAndChangesNothing) {

@@ -96,8 +96,8 @@ TEST_F(RenderedSoundCommand, roomToneReachesTheDocumentOnce) {
     ASSERT_EQ(runs({"sync", folder_.path("shoot"), "-o", document, "--atmo"}).status, 0);
     const std::string text = folder_.read("out.fcpxml");
     EXPECT_NE(text.find("Orvane%20Tandrel/Atmo/"), std::string::npos);
-    EXPECT_NE(text.find("12A=Atmo.wav"), std::string::npos);
-    EXPECT_EQ(text.find("12A=Atmo.wav"), text.rfind("12A=Atmo.wav"));
+    EXPECT_NE(text.find("/12A=Atmo.wav"), std::string::npos);
+    EXPECT_EQ(text.find("/12A=Atmo.wav"), text.rfind("/12A=Atmo.wav"));
 }
 
 TEST_F(RenderedSoundCommand, calibrationAndCachesAnswer) {

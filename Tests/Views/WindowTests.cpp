@@ -136,7 +136,7 @@ TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
                 return QTest::mouseClick(button, Qt::LeftButton);
         FAIL() << "no button " << name.toStdString();
     };
-    auto* outcome = sheet.findChild<design::Banner*>();
+    auto* outcome = static_cast<design::Banner*>(sheet.findChild<QFrame*>(QStringLiteral("outcome")));
     ASSERT_NE(outcome, nullptr);
     folder_.write("out.fcpxml", "somebody else's");
     press("Export");

@@ -74,6 +74,7 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
     rows->addWidget(makeOptions());
     rows->addWidget(makeDestination());
     rows->addWidget(outcome_ = new Banner);
+    outcome_->setObjectName(QStringLiteral("outcome"));
     rows->addWidget(warnings_ = facts({}));
     warnings_->hide();
 

@@ -139,7 +139,7 @@ class LockitNetworkClientTest : public testing::Test {
 };
 
 TEST_F(LockitNetworkClientTest, sendsFilenamesAndTakesTheDaysAnswer) {
-    server.addProject("p 1", JSON::Object{{"name", "Film"}});
+    server.addProject("p", JSON::Object{{"name", "Film"}});
     server.addDay("p", JSON::Object{{"uuid", "d"}}, {{"ä\".mov", JSON::Object{{"clipName", "x"}}}});
     const auto response = std::make_shared<ClipMatchResponse>();
     EXPECT_EQ(outcome([&](const LockitNetworkClient& client) {

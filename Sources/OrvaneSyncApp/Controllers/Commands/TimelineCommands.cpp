@@ -113,13 +113,15 @@ std::vector<Command> viewCommands() {
                          .highest = static_cast<double>(WaveformReduction::mostBins)}},
                        waveform)
             .forClips(hasSound),
-        Command("scrollFrames", "Scroll over the Picture",
-                "Scrolls over the picture and says how many frames that stepped.",
-                {{"deltaY", number}, {"isPrecise", boolean}},
-                [](CommandContext& context, const Call& call) {
-                    return JSON(
-                        context.review().scrollFrames(call.number("deltaY"), call.boolean("isPrecise")));
-                }),
+        Command::later("scrollFrames", "Scroll over the Picture",
+                       "Scrolls over the picture and says how many frames that stepped; answers when the "
+                       "picture is shown.",
+                       {{"deltaY", number}, {"isPrecise", boolean}},
+                       [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>& frames) {
+                           *frames = context.review().scrollFrames(call.number("deltaY"),
+                                                                   call.boolean("isPrecise"));
+                           return context.review().engine()->shown();
+                       }),
         Command("lanes", "Lanes", "Gives the row of each recording of the clip but the first.", {groupID},
                 lanesJSON)
             .forClips(hasSound),

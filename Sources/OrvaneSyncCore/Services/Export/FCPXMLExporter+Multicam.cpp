@@ -22,14 +22,7 @@ std::optional<Time> startOnAxis(const CameraClip& camera, const ExportSettings& 
     return read && own ? *camera.clip.start + (*read - *own) : *camera.clip.start;
 }
 
-/// How much later than `earliest` a camera began to roll, in whole frames of the multicam: an importer
-/// complains of an angle between two of them, as cameras of other rates and phases would have it.
-Time delayOf(const std::optional<Time>& start, const Time& earliest, const ExportSettings& settings) {
-    if (!start) return Time::zero();
-    return (*start - earliest).toFrame(frameDurationTime(settings.frameRate), FrameSampling::nearestNeighbor);
-}
-
-/// `delay`: how much later than the first camera this one begins.
+/// `delay`: how much later than the first camera this one began to roll.
 MCAngle angle(CameraClip camera, std::string name, const Time& delay, const Time& earliest) {
     MCAngle angle;
     angle.angleID = angleID(name);
@@ -107,7 +100,7 @@ std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, cons
     std::vector<const MediaAsset*> videos;
     for (const CameraClip& camera : cameras) {
         const auto& start = starts[delays.size()];
-        delays.push_back(delayOf(start, earliest, settings));
+        delays.push_back(start ? *start - earliest : Time::zero());
         total = std::max(total, delays.back() + camera.clip.duration.value_or(Time::zero()));
         videos.push_back(&camera.group->video);
     }

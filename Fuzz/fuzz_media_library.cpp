@@ -23,10 +23,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const auto isStopped = [&] { return ++packets > 200; }; // in time for the next input
         Outcome outcome = pictures->find({1, 2}, {}, isStopped);
         for (int i = 0; i < 3 && outcome == Outcome::picture; ++i) {
-            const auto size = pictures->sizeWithin({64, 64});
+            const auto shown = pictures->sizeWithin({64, 64});
             std::vector<std::uint8_t> pixels(std::size_t{4} *
-                                             static_cast<std::size_t>(size.width * size.height));
-            pictures->write(size, pixels.data());
+                                             static_cast<std::size_t>(shown.width * shown.height));
+            pictures->write(shown, pixels.data());
             outcome = i == 1 ? pictures->findKey({}, isStopped) : pictures->findNext(isStopped);
         }
     }

@@ -23,7 +23,7 @@ struct Colours {
     // Signals, each shown beside a glyph or a word.
     QColor matched{0x62, 0xc4, 0x73};
     QColor doubtful{0xe6, 0xae, 0x45};
-    QColor missing{0xf4, 0x7c, 0x74};
+    QColor missing{0xff, 0x93, 0x8b};
 };
 const Colours& colours();
 

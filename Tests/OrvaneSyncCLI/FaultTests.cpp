@@ -88,7 +88,7 @@ class Machine {
 template <class Use>
 void forEachFault(const std::string& kind, std::mt19937& random, Use use) {
     constexpr int eachUpTo = 5;
-    const int mostOfAKind = kind == "memory" ? 14 : 10; // it counts to some thousands
+    const int mostOfAKind = kind == "memory" ? 9 : 7; // it counts to some thousands
     long number = 1;
     for (int tried = 0; tried < mostOfAKind; ++tried) {
         const std::string fault = kind + ":" + std::to_string(number);

@@ -1,6 +1,7 @@
 #include "MediaFactory/MovieMaker.h"
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCLI/RunCommand.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/AudioFile.h"
 #include "Support/Test.h"
 
@@ -93,7 +94,10 @@ TEST_F(RenderedSoundCommand, roomToneReachesTheDocumentOnce) {
     EXPECT_EQ(runs({"atmo", folder_.path("shoot"), "--scene", "13"}).status, 1);
 
     const std::string document = folder_.path("out.fcpxml");
-    ASSERT_EQ(runs({"sync", folder_.path("shoot"), "-o", document, "--atmo"}).status, 0);
+    ASSERT_EQ(runs({"sync", folder_.path("shoot"), "-o", document, "--atmo", "--set",
+                    std::string(orvane::settings::generateRawMediaEvent.key) + "=false"})
+                  .status,
+              0);
     const std::string text = folder_.read("out.fcpxml");
     EXPECT_NE(text.find("Orvane%20Tandrel/Atmo/"), std::string::npos);
     EXPECT_NE(text.find("/12A=Atmo.wav"), std::string::npos);

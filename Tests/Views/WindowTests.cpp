@@ -10,6 +10,7 @@
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
+#include <QAbstractSpinBox>
 #include <QApplication>
 #include <QComboBox>
 #include <QElapsedTimer>
@@ -174,6 +175,8 @@ bool isCut(const QWidget& widget) {
 }
 
 bool takesFocusUnnamed(const QWidget& widget) {
+    if (qobject_cast<const QAbstractSpinBox*>(widget.parentWidget()) != nullptr)
+        return false; // which has one
     if (widget.focusPolicy() == Qt::NoFocus || !widget.accessibleName().isEmpty()) return false;
     if (const auto* button = qobject_cast<const QAbstractButton*>(&widget)) return button->text().isEmpty();
     return qobject_cast<const QLineEdit*>(&widget) != nullptr ||

@@ -46,10 +46,10 @@ const std::vector<Tab>& tabs() {
     return all;
 }
 
-/// As a sentence begins.
+/// As a sentence begins; a unit such as dB stays.
 QString sentence(std::string_view meaning) {
     QString shown = text(meaning);
-    if (!shown.isEmpty()) shown[0] = shown[0].toUpper();
+    if (shown.size() > 1 && !shown[1].isUpper()) shown[0] = shown[0].toUpper();
     return shown;
 }
 

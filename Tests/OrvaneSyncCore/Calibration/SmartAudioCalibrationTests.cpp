@@ -56,8 +56,8 @@ class CalibrationTest : public testing::Test {
 };
 
 TEST_F(CalibrationTest, theSourceIsTheLoudestMinute) {
-    std::vector<double> levels(66, -30);
-    std::fill(levels.begin() + 4, levels.begin() + 64, -12);
+    std::vector<double> levels(90, -30);
+    std::fill(levels.begin() + 18, levels.begin() + 78, -12);
     for (const std::uint32_t rate : {48000U, 96000U}) {
         const auto window = extractWindow(recording("long.wav", levels, rate));
         ASSERT_TRUE(window);

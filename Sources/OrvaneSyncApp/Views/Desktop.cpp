@@ -26,6 +26,7 @@ Desktop::Desktop(Dependencies dependencies) : mainThread_(dependencies.mainThrea
     context_.controller = ImportController::create(std::move(work));
     context_.sessions = SessionManager::create(std::move(keeping));
     context_.settings = dependencies.settings;
+    context_.openPlayers = std::move(dependencies.openPlayers);
     context_.sessions->start(context_.controller);
 }
 

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
 #include "Platform/MainThread.h"
 
 #include <QString>
@@ -27,6 +28,8 @@ class Desktop {
         std::shared_ptr<WaveformCache> waveformCache;
         std::shared_ptr<const platform::Clock> clock = platform::systemClock();
         std::string sessionsDir{}; ///< empty: the user account's
+        /// What plays pictures and sound; null: nothing can be played.
+        commands::ReviewPlayers::OpenPlayers openPlayers = nullptr;
     };
     explicit Desktop(Dependencies dependencies);
 
@@ -35,6 +38,10 @@ class Desktop {
     const std::shared_ptr<ImportController>& sharedController() const { return context_.controller; }
     platform::SettingsStore& settings() { return *context_.settings; }
     const std::shared_ptr<platform::MainThread>& mainThread() const { return mainThread_; }
+    /// The players, the keyboard and the models of the screens that play.
+    commands::ReviewPlayers& players() { return context_.players(); }
+    /// For what a screen asks of an account, of shortcuts or of the table.
+    commands::CommandContext& context() { return context_; }
 
     /// Must be in the table.
     const commands::Command& command(std::string_view id) const;

@@ -1,11 +1,11 @@
 #include "OrvaneSyncApp/Views/MainWindow.h"
 
 #include "OrvaneDesignKit/Controls.h"
-#include "OrvaneSyncApp/Views/ExportSheet.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/ScanningView.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
-#include "OrvaneSyncApp/Views/SettingsWindow.h"
+#include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
+#include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 #include "OrvaneSyncApp/Views/StartView.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 

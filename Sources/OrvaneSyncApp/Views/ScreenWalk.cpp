@@ -1,9 +1,9 @@
 #include "OrvaneSyncApp/Views/ScreenWalk.h"
 
-#include "OrvaneSyncApp/Views/ExportSheet.h"
 #include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
-#include "OrvaneSyncApp/Views/SettingsWindow.h"
+#include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
+#include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 
 #include <QDir>
 #include <QStackedWidget>

@@ -1,4 +1,4 @@
-#include "OrvaneSyncApp/Views/SettingsWindow.h"
+#include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
 
 #include "OrvaneSyncCore/Models/SettingValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"

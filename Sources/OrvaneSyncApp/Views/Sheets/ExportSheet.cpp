@@ -1,4 +1,4 @@
-#include "OrvaneSyncApp/Views/ExportSheet.h"
+#include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncCore/Models/Settings.h"

@@ -1,6 +1,7 @@
 #include "Platform/FileUse.h"
 
 #include "Platform/InterfaceThread.h"
+#include "Platform/ReferenceDate.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -10,17 +11,6 @@
 #include <cerrno>
 
 namespace orvane::platform::files {
-
-namespace {
-
-constexpr double referenceDateUnixSeconds = 978307200.0; // 1 January 2001 00:00 UTC
-
-double seconds(const struct timespec& time) {
-    return static_cast<double>(time.tv_sec) - referenceDateUnixSeconds +
-           static_cast<double>(time.tv_nsec) * 1e-9;
-}
-
-} // namespace
 
 void markUsed(const std::string& path) {
     assertMayBlock("file access");
@@ -33,7 +23,7 @@ double lastUsed(const std::string& path) {
     assertMayBlock("file access");
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0) return 0;
-    return std::max(seconds(status.st_atim), seconds(status.st_mtim));
+    return std::max(sinceReferenceDate(status.st_atim), sinceReferenceDate(status.st_mtim));
 }
 
 } // namespace orvane::platform::files

@@ -2,6 +2,7 @@
 #include "Platform/InterfaceThread.h"
 #include "Platform/KeptFiles.h"
 #include "Platform/ReadErrorWatch.h"
+#include "Platform/ReferenceDate.h"
 #include "Platform/Stop.h"
 #include "Platform/TemporaryFiles.h"
 #include "Platform/Text.h"
@@ -31,8 +32,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr double referenceDateUnixSeconds = 978307200.0; // 1 January 2001 00:00 UTC
-constexpr int mostLinks = 40;                            // as many as the kernel follows
+constexpr int mostLinks = 40; // as many as the kernel follows
 
 std::string environment(const char* name) {
     const char* value = std::getenv(name);
@@ -64,9 +64,7 @@ std::optional<FileAttributes> attributes(const std::string& path) {
     if (::stat(path.c_str(), &status) != 0) return std::nullopt;
     FileAttributes result;
     result.size = status.st_size;
-    result.modificationSinceReference = static_cast<double>(status.st_mtim.tv_sec) -
-                                        referenceDateUnixSeconds +
-                                        static_cast<double>(status.st_mtim.tv_nsec) * 1e-9;
+    result.modificationSinceReference = sinceReferenceDate(status.st_mtim);
     result.isRegularFile = S_ISREG(status.st_mode);
     result.isDirectory = S_ISDIR(status.st_mode);
     result.identity = {status.st_dev, status.st_ino};

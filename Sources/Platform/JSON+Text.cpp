@@ -28,13 +28,6 @@ List fitted(List list) {
     return list;
 }
 
-template <class T>
-T checked(simdjson::simdjson_result<T> result) {
-    T value;
-    if (const auto error = std::move(result).get(value)) throw JSONError(simdjson::error_message(error));
-    return value;
-}
-
 bool hasRepeated(const JSON::Object& object) {
     for (std::size_t i = 1; i < object.size(); ++i)
         for (std::size_t j = 0; j < i; ++j)

@@ -14,13 +14,6 @@ namespace {
 /// A parser that has read a giant does not keep its memory for the small ones that follow.
 constexpr std::size_t largestKept = std::size_t{1} << 20U;
 
-template <class T>
-T checked(simdjson::simdjson_result<T> result) {
-    T value;
-    if (const auto error = std::move(result).get(value)) throw JSONError(simdjson::error_message(error));
-    return value;
-}
-
 } // namespace
 
 template <class Element>

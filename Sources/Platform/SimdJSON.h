@@ -5,6 +5,7 @@
 #include <simdjson.h>
 
 #include <string_view>
+#include <utility>
 
 // What the readers of JSON share. For the sources of this folder alone: the library stays behind our headers.
 namespace orvane::platform {
@@ -13,5 +14,13 @@ namespace orvane::platform {
 simdjson::dom::element parsed(simdjson::dom::parser& parser, std::string_view text);
 /// A value with all that is in it.
 JSON tree(simdjson::dom::element element);
+
+/// The value of a step of reading. Throws JSONError.
+template <class T>
+T checked(simdjson::simdjson_result<T> result) {
+    T value;
+    if (const auto error = std::move(result).get(value)) throw JSONError(simdjson::error_message(error));
+    return value;
+}
 
 } // namespace orvane::platform

@@ -158,11 +158,15 @@ TEST_F(LockitOAuthTest, aRefreshThatEndsAfterTheSignOutLeavesNothing) {
     EXPECT_EQ(outcome(account->signIn()), "done");
     finish(account->accountEmailRefreshed());
     mainThread_->advance(std::chrono::hours(1));
+    server_.fail({tokenPath, Fault::late, 0, "", 0, 1});
     const auto token = std::make_shared<Secret>();
     const auto asking = account->currentBearerToken(token);
     ASSERT_TRUE(mainThread_->waitUntil([&] { return server_.countOf(tokenPath) == 2; }));
-    finish(account->signOut());
+    const auto signingOut = account->signOut();
+    server_.answerLate();
+    finish(signingOut);
     EXPECT_NE(outcome(asking), "done");
+    EXPECT_TRUE(token->reveal().empty());
     EXPECT_TRUE(credentials_->items.empty());
 }
 

@@ -97,7 +97,7 @@ class LockitServer::Machine {
     int port_ = 0;
     mutable std::mutex mutex_;
     mutable std::condition_variable changed_;
-    bool isOver_ = false;
+    bool isOver_ = false, isLateAnswered_ = false;
     std::map<std::string, Project> projects_; ///< not changed while requests come
     std::set<std::string> tokens_, refreshTokens_;
     std::map<std::string, std::string> challenges_; ///< by code
@@ -150,6 +150,9 @@ class LockitServer::Machine {
             changed_.wait(lock, [this] { return isOver_; });
             response.status = 503;
             break;
+        case Fault::late:
+            changed_.wait(lock, [this] { return isOver_ || isLateAnswered_; });
+            return Handled::Unhandled;
         case Fault::wrongJSON:
             response.set_content("[{\"uuid\": 1}]", "application/json");
             break;
@@ -297,6 +300,14 @@ void LockitServer::rejectTokens() {
 void LockitServer::fail(Failure failure) {
     const std::lock_guard lock(machine_->mutex_);
     machine_->failures_.push_back(std::move(failure));
+}
+
+void LockitServer::answerLate() {
+    {
+        const std::lock_guard lock(machine_->mutex_);
+        machine_->isLateAnswered_ = true;
+    }
+    machine_->changed_.notify_all();
 }
 
 std::vector<LockitServer::Seen> LockitServer::seen() const {

@@ -50,6 +50,7 @@ class LockitServer {
         status,    ///< the status that is given, with an empty body
         cut,       ///< the connection breaks in the middle
         never,     ///< no answer until the server goes
+        late,      ///< the right answer, but only once `answerLate` was called
         wrongJSON, ///< an answer of another form
         elsewhere, ///< a redirect to another address of this server
         body       ///< the body that is given, with the status that is given
@@ -63,6 +64,7 @@ class LockitServer {
         int times = 1 << 30;
     };
     void fail(Failure failure);
+    void answerLate();
 
     struct Seen {
         std::string method, path, body;

@@ -1,13 +1,13 @@
 #include "FCPXMLKit/model/Time.h"
 
+#include "FCPXMLKit/model/Digits.h"
+
 #include <array>
 #include <charconv>
 
 namespace orvane::fcpxml {
 
 namespace {
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 std::size_t digitsAt(std::string_view text, std::size_t at) {
     std::size_t count = 0;

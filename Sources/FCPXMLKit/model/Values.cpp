@@ -1,5 +1,7 @@
 #include "FCPXMLKit/model/Values.h"
 
+#include "FCPXMLKit/model/Digits.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -12,8 +14,6 @@ namespace {
 
 constexpr std::size_t mostDecimals = 10;
 constexpr double smallestFormattedDecibels = 0.00001;
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 /// Digits with an optional fraction; false when there is no digit where one must be.
 bool takeDigits(std::string_view& text) {

@@ -293,6 +293,7 @@ Task LockitOAuthService::currentBearerToken(std::shared_ptr<Secret> token) {
 
 Task LockitOAuthService::bearer(Weak weak, std::shared_ptr<Secret> token) {
     auto self = found(weak);
+    const std::uint64_t generation = self->generation_;
     auto gettingReady = self->readiness();
     self.reset();
     co_await gettingReady;
@@ -302,6 +303,7 @@ Task LockitOAuthService::bearer(Weak weak, std::shared_ptr<Secret> token) {
         const Task reading = read(weak, kept);
         co_await reading;
         self = found(weak);
+        if (self->generation_ != generation) throw OAuthError(Kind::notSignedIn);
         if (!kept->accessToken) {
             self->setSignedIn(false);
             throw OAuthError(Kind::notSignedIn);

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -35,7 +36,6 @@ bool uses(const SyncGroup& group, const UUID& audioID) {
 bool areOfOtherDays(const FilePlace& clip, const std::optional<FilePlace>& sound) {
     const auto filmed = clip.knownDay();
     if (!filmed || !sound || !sound->day || *filmed == *sound->day) return false;
-    constexpr double secondsADay = 86400;
     const double between = static_cast<double>(*sound->day - *filmed) * secondsADay;
     return !SyncEngine::overlapDuration(
         clip.range, {sound->range.startSeconds + between, sound->range.endSeconds + between});

@@ -12,7 +12,7 @@ using namespace design;
 
 namespace {
 
-constexpr int widest = 720;
+constexpr int widestForm = 720;
 
 } // namespace
 
@@ -21,7 +21,7 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, QWidget* pare
     auto* outer = new QVBoxLayout(this);
     outer->addStretch(1);
     auto* column = new QWidget;
-    column->setMaximumWidth(widest);
+    column->setMaximumWidth(widestForm);
     auto* rows = new QVBoxLayout(column);
     rows->setSpacing(space::medium);
     rows->addWidget(title(tr("Sound under every clip")));
@@ -53,7 +53,7 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, QWidget* pare
     buttons->addWidget(start_);
     rows->addLayout(buttons);
     outer->addWidget(column, 0, Qt::AlignHCenter);
-    column->setMinimumWidth(std::min(widest, 600));
+    column->setMinimumWidth(std::min(widestForm, 600));
     outer->addStretch(2);
 
     connect(start_, &QPushButton::clicked, this, [this] { scan_(); });

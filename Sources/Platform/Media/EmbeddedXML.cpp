@@ -18,9 +18,9 @@ constexpr std::uint64_t longestDocument = std::uint64_t{1} << 20U;
 constexpr std::size_t mostDocuments = 8;
 constexpr auto xmpIdentity = "\xBE\x7A\xCF\xCB\x97\xA9\x42\xE8\x9C\x71\x99\x94\x91\xE3\xAF\xAC"sv;
 
-class Reader {
+class XMLFinder {
   public:
-    explicit Reader(RandomAccessFile& file) : file_(file) {}
+    explicit XMLFinder(RandomAccessFile& file) : file_(file) {}
 
     std::vector<std::string> read() {
         if (const auto form = WaveChunks::formOf(file_))
@@ -92,6 +92,6 @@ class Reader {
 
 } // namespace
 
-std::vector<std::string> readEmbeddedXML(RandomAccessFile& file) { return Reader(file).read(); }
+std::vector<std::string> readEmbeddedXML(RandomAccessFile& file) { return XMLFinder(file).read(); }
 
 } // namespace orvane::platform

@@ -35,7 +35,7 @@ enum Tag : std::uint16_t {
 
 /// By the first bytes of the codec's label, what QuickTime calls it. Only what is named here is read without
 /// a media library.
-std::string codecOf(const Label& coding) {
+std::string codecOfLabel(const Label& coding) {
     using namespace std::string_view_literals;
     struct Codec {
         std::string_view family; ///< bytes 8 and following of the label
@@ -59,9 +59,9 @@ std::string codecOf(const Label& coding) {
     return {};
 }
 
-class Reader {
+class HeaderReader {
   public:
-    explicit Reader(const mxf::Header& header) : header_(header), packages_(header) {}
+    explicit HeaderReader(const mxf::Header& header) : header_(header), packages_(header) {}
 
     MXFInspection read() {
         result_.facts.durationSeconds = packages_.seconds();
@@ -128,7 +128,7 @@ class Reader {
             track.height = height;
         }
         if (rate.value() > 0) track.nominalFrameRate = static_cast<double>(static_cast<float>(rate.value()));
-        const std::string codec = codecOf(descriptor.label(pictureCoding));
+        const std::string codec = codecOfLabel(descriptor.label(pictureCoding));
         if (!codec.empty()) track.codecFourCC = codec;
         isKnown_ = isKnown_ && track.width && track.nominalFrameRate && track.codecFourCC;
         result_.facts.videoTracks.push_back(std::move(track));
@@ -154,7 +154,7 @@ class Reader {
 
 std::optional<MXFInspection> inspectMXF(RandomAccessFile& file) {
     const auto header = mxf::readHeader(file);
-    return header ? std::optional(Reader(*header).read()) : std::nullopt;
+    return header ? std::optional(HeaderReader(*header).read()) : std::nullopt;
 }
 
 } // namespace orvane::platform

@@ -19,7 +19,7 @@ constexpr int fragmentsForRate = 16;
 constexpr int mostFragments = 10000;
 constexpr std::size_t mostTracks = 1000;
 constexpr std::uint64_t smallHeaderBytes = 8; ///< of an atom whose size has 32 bits
-constexpr std::size_t headerBytes = 36;       ///< of a movie, media or track header, up to its duration
+constexpr std::size_t datedHeaderBytes = 36;  ///< of a movie, media or track header, up to its duration
 /// Runs of equal samples that are added up where a media header gives no duration.
 constexpr std::size_t mostTimeRuns = 65536;
 
@@ -54,7 +54,7 @@ std::uint64_t readUnits(const ByteCursor& body, std::size_t at, bool isWide) {
 
 /// The timescale and duration that "mvhd" and "mdhd" keep at the same places.
 TimeSpan readTimeSpan(RandomAccessFile& file, const Atom& atom) {
-    const ByteCursor body = peekBody(file, atom, headerBytes);
+    const ByteCursor body = peekBody(file, atom, datedHeaderBytes);
     const bool isWide = body.u8(0) == 1;
     return {body.u32be(isWide ? 20 : 12).value_or(0), readUnits(body, isWide ? 24 : 16, isWide)};
 }
@@ -62,7 +62,7 @@ TimeSpan readTimeSpan(RandomAccessFile& file, const Atom& atom) {
 /// The creation time of "mvhd", which counts from 1904. Nothing where it says 0.
 std::optional<std::int64_t> readCreationTime(RandomAccessFile& file, const Atom& mvhd) {
     constexpr std::int64_t secondsFrom1904To1970 = 2'082'844'800;
-    const ByteCursor body = peekBody(file, mvhd, headerBytes);
+    const ByteCursor body = peekBody(file, mvhd, datedHeaderBytes);
     const std::uint64_t time =
         body.u8(0) == 1 ? body.u64be(4).value_or(0) : std::uint64_t{body.u32be(4).value_or(0)};
     if (time == 0 || time > INT64_MAX) return std::nullopt;

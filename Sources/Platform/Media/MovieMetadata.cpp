@@ -85,9 +85,9 @@ void setValue(MediaMetadataItem& item, std::uint32_t type, const ByteCursor& val
     }
 }
 
-class Reader {
+class ItemReader {
   public:
-    Reader(RandomAccessFile& file, std::vector<MediaMetadataItem>& items) : file_(file), items_(items) {}
+    ItemReader(RandomAccessFile& file, std::vector<MediaMetadataItem>& items) : file_(file), items_(items) {}
 
     void meta(const Atom& atom) {
         // QuickTime's "meta" begins with its children, MPEG-4's with version and flags.
@@ -211,11 +211,11 @@ class Reader {
 } // namespace
 
 void readMetadata(RandomAccessFile& file, const Atom& meta, std::vector<MediaMetadataItem>& into) {
-    Reader(file, into).meta(meta);
+    ItemReader(file, into).meta(meta);
 }
 
 void readUserData(RandomAccessFile& file, const Atom& udta, std::vector<MediaMetadataItem>& into) {
-    Reader(file, into).userData(udta);
+    ItemReader(file, into).userData(udta);
 }
 
 } // namespace orvane::platform

@@ -11,7 +11,7 @@ namespace {
 
 __extension__ using Wide = __int128;
 
-constexpr std::int64_t nanoseconds = 1'000'000'000;
+constexpr std::int64_t nanosecondsASecond = 1'000'000'000;
 
 Wide greatestCommonDivisor(Wide a, Wide b) {
     while (b != 0) {
@@ -39,9 +39,9 @@ MediaTime MediaTime::fromSeconds(double seconds) {
     if (!std::isfinite(seconds)) return {};
     constexpr double longest = 9.0e9; // seconds whose billionths fit into 64 bits
     if (std::abs(seconds) >= longest) return {static_cast<std::int64_t>(std::copysign(longest, seconds)), 1};
-    const std::int64_t value = std::llround(seconds * nanoseconds);
-    const std::int64_t common = std::max<std::int64_t>(std::gcd(value, nanoseconds), 1);
-    return {value / common, nanoseconds / common};
+    const std::int64_t value = std::llround(seconds * nanosecondsASecond);
+    const std::int64_t common = std::max<std::int64_t>(std::gcd(value, nanosecondsASecond), 1);
+    return {value / common, nanosecondsASecond / common};
 }
 
 MediaTime operator+(MediaTime a, MediaTime b) {

@@ -24,7 +24,7 @@ constexpr std::size_t picturesBehindAtRest = 6;
 /// At rest, before pictures are decoded that nobody has asked for.
 constexpr std::chrono::milliseconds restBeforeAdvance{12};
 /// A time from a floating-point number may lie so much in front of the picture that it means.
-constexpr MediaTime slack{1, 100'000};
+constexpr MediaTime roundingSlack{1, 100'000};
 /// Jobs without a picture in a row, before nothing is expected of the file any more.
 constexpr int mostFailures = 8;
 /// Around the moment of a seek.
@@ -73,7 +73,7 @@ void PictureTrack::seek(MediaTime time, std::uint64_t number) {
             stopWork();
             wish_ = Wish{time, false, number};
             // Nothing of another place is shown meanwhile.
-            cache_.erase(cache_.upper_bound(time + slack), cache_.end());
+            cache_.erase(cache_.upper_bound(time + roundingSlack), cache_.end());
             if (!cache_.empty() && cache_.rbegin()->first + neighbourhood < time) cache_.clear();
         }
     }
@@ -125,7 +125,7 @@ void PictureTrack::setLimit(PictureSize limit) {
 // What is there.
 
 PictureTrack::Cache::const_iterator PictureTrack::covering(MediaTime time) const {
-    auto behind = cache_.upper_bound(time + slack);
+    auto behind = cache_.upper_bound(time + roundingSlack);
     if (behind == cache_.begin()) {
         // In front of the first picture that can be decoded.
         return behind != cache_.end() && isFirst(behind->second) ? behind : cache_.end();
@@ -133,13 +133,13 @@ PictureTrack::Cache::const_iterator PictureTrack::covering(MediaTime time) const
     const auto found = std::prev(behind);
     const Picture& picture = found->second;
     const bool isLast = end_ && picture.time + picture.duration >= *end_;
-    return isLast || time + slack < picture.time + picture.duration ? found : cache_.end();
+    return isLast || time + roundingSlack < picture.time + picture.duration ? found : cache_.end();
 }
 
 std::optional<Picture> PictureTrack::shownAt(MediaTime now, double rate) const {
     const std::lock_guard lock(mutex_);
     if (const auto exact = covering(now); exact != cache_.end()) return exact->second;
-    const auto behind = cache_.upper_bound(now + slack);
+    const auto behind = cache_.upper_bound(now + roundingSlack);
     const bool isStepwise = std::abs(rate) < keyPicturesFromRate;
     if (rate < 0 && isStepwise && behind != cache_.end()) return behind->second;
     if (behind != cache_.begin()) return std::prev(behind)->second;
@@ -191,12 +191,12 @@ bool PictureTrack::isFirst(const Picture& picture) const {
 }
 
 bool PictureTrack::isFollowing(const Picture& first, const Picture& second) const {
-    return second.time <= first.time + first.duration + slack;
+    return second.time <= first.time + first.duration + roundingSlack;
 }
 
 PictureTrack::Job PictureTrack::forwardJob(std::size_t wanted) const {
     const auto shown = covering(now_);
-    if (shown == cache_.end()) return {Kind::at, now_ + slack, {}, false};
+    if (shown == cache_.end()) return {Kind::at, now_ + roundingSlack, {}, false};
     auto last = shown;
     std::size_t ahead = 0;
     for (auto next = std::next(last); next != cache_.end() && isFollowing(last->second, next->second);
@@ -213,7 +213,7 @@ PictureTrack::Job PictureTrack::forwardJob(std::size_t wanted) const {
 PictureTrack::Job PictureTrack::reverseJob(std::size_t wanted) const {
     const auto shown = covering(now_);
     const std::size_t room = rate_ < 0 ? std::max<std::size_t>(capacity() / 2, 1) : wanted;
-    MediaTime end = now_ + slack + pictureLength();
+    MediaTime end = now_ + roundingSlack + pictureLength();
     std::size_t there = 0;
     if (shown != cache_.end()) {
         auto first = shown;
@@ -230,7 +230,7 @@ PictureTrack::Job PictureTrack::reverseJob(std::size_t wanted) const {
 }
 
 PictureTrack::Job PictureTrack::nextJob() const {
-    if (wish_) return {wish_->isKey ? Kind::key : Kind::at, wish_->time + slack, {}, true};
+    if (wish_) return {wish_->isKey ? Kind::key : Kind::at, wish_->time + roundingSlack, {}, true};
     if (failures_ >= mostFailures || std::abs(rate_) >= keyPicturesFromRate) return {};
     if (rate_ > 0) return forwardJob(picturesAhead);
     if (rate_ < 0) return reverseJob(picturesAhead);
@@ -314,7 +314,7 @@ VideoDecoder::Outcome PictureTrack::decode(const Job& job, std::unique_lock<std:
         if (generation != generation_ || !result.picture) return result.outcome;
         if (result.isLast) end_ = result.picture->time + result.picture->duration;
         const MediaTime time = result.picture->time, behind = time + result.picture->duration;
-        const bool isFromStart = kind != Kind::next && kind != Kind::key && job.time <= slack;
+        const bool isFromStart = kind != Kind::next && kind != Kind::key && job.time <= roundingSlack;
         if (isFromStart) first_ = time;
         // What lies between cannot be decoded: the one before is shown for as long.
         if (const auto before = decodedTo_ ? cache_.find(*decodedTo_) : cache_.end();

@@ -13,7 +13,7 @@
 namespace orvane {
 namespace {
 
-constexpr double rate = 48000;
+constexpr double sampleRate = 48000;
 
 double decibels(double linear) { return 20 * std::log10(linear); }
 
@@ -21,23 +21,23 @@ double decibels(double linear) { return 20 * std::log10(linear); }
 double responseDB(Biquad filter, double frequency) {
     std::complex<double> sum = 0;
     for (int i = 0; i < 200'000; ++i)
-        sum += filter(i == 0 ? 1 : 0) * std::polar(1.0, -2 * std::numbers::pi * frequency * i / rate);
+        sum += filter(i == 0 ? 1 : 0) * std::polar(1.0, -2 * std::numbers::pi * frequency * i / sampleRate);
     return decibels(std::abs(sum));
 }
 
 double tone(double frequency, std::size_t i) {
-    return std::sin(2 * std::numbers::pi * frequency * static_cast<double>(i) / rate);
+    return std::sin(2 * std::numbers::pi * frequency * static_cast<double>(i) / sampleRate);
 }
 
 TEST(Biquad, hasTheResponsesOfItsLaw) {
     for (const double frequency : {40.0, 110.0, 180.0}) {
-        const Biquad filter = Biquad::highPass(frequency, rate);
+        const Biquad filter = Biquad::highPass(frequency, sampleRate);
         EXPECT_NEAR(responseDB(filter, frequency), -3.01, 0.02);
         // 1 / sqrt(1 + (f0 / f)^4)
         EXPECT_NEAR(responseDB(filter, frequency / 4), -10 * std::log10(1 + 256), 0.1);
         EXPECT_NEAR(responseDB(filter, frequency * 20), 0, 0.01);
     }
-    const Biquad shelf = Biquad::highShelf(3000, 3, rate);
+    const Biquad shelf = Biquad::highShelf(3000, 3, sampleRate);
     EXPECT_NEAR(responseDB(shelf, 3000), 1.5, 0.01);
     EXPECT_NEAR(responseDB(shelf, 100), 0, 0.02);
     EXPECT_NEAR(responseDB(shelf, 23000), 3, 0.02);
@@ -47,7 +47,7 @@ TEST(Biquad, hasTheResponsesOfItsLaw) {
 
 /// Peak of the last second of a steady tone behind the compressor, in dBFS.
 double steadyOutputDB(const Compressor::Law& law, double levelDB) {
-    Compressor compressor(law, rate);
+    Compressor compressor(law, sampleRate);
     double peak = 0;
     for (std::size_t i = 0; i < 4 * 48000; ++i) {
         const double out = compressor(std::pow(10, levelDB / 20) * tone(1000, i));
@@ -70,8 +70,8 @@ TEST(Compressor, hasTheStaticCurveOfItsLaw) {
 TEST(Compressor, attacksAndReleasesWithItsTimeConstants) {
     for (const double u : {0.0, 1.0}) {
         const double attack = 0.005 + 0.015 * u, release = 0.05 + 0.45 * u;
-        Compressor compressor({-24, 4, attack, release, 0}, rate);
-        const auto second = static_cast<std::size_t>(rate);
+        Compressor compressor({-24, 4, attack, release, 0}, sampleRate);
+        const auto second = static_cast<std::size_t>(sampleRate);
         std::vector<double> reduction;
         for (std::size_t i = 0; i < 6 * second; ++i) {
             // Loud and then quiet at one frequency of which every fourth sample is a peak.
@@ -81,16 +81,16 @@ TEST(Compressor, attacksAndReleasesWithItsTimeConstants) {
         const double full = reduction[3 * second - 1], share = 1 - std::exp(-1);
         EXPECT_NEAR(full, 18, 0.01);
         const auto reached = std::ranges::find_if(reduction, [&](double r) { return r >= share * full; });
-        EXPECT_NEAR(static_cast<double>(reached - reduction.begin()) / rate, attack, 0.0005);
+        EXPECT_NEAR(static_cast<double>(reached - reduction.begin()) / sampleRate, attack, 0.0005);
         const auto left = std::find_if(reduction.begin() + 3 * second, reduction.end(),
                                        [&](double r) { return r <= (1 - share) * full; });
-        EXPECT_NEAR(static_cast<double>(left - reduction.begin()) / rate - 3,
+        EXPECT_NEAR(static_cast<double>(left - reduction.begin()) / sampleRate - 3,
                     release + Compressor::levelSeconds, 0.001);
     }
 }
 
 TEST(Limiter, holdsItsCeilingWithoutAStepAndLeavesTheRestAlone) {
-    Limiter limiter(0.012, 0.024, rate);
+    Limiter limiter(0.012, 0.024, sampleRate);
     ASSERT_EQ(limiter.latency(), 576U);
     std::vector<double> gains;
     for (std::size_t i = 0; i < 48000; ++i) {
@@ -108,7 +108,7 @@ TEST(Limiter, holdsItsCeilingWithoutAStepAndLeavesTheRestAlone) {
     for (std::size_t i = 1; i < gains.size(); ++i)
         EXPECT_LT(std::abs(gains[i] - gains[i - 1]), 0.75 / 570) << "a click at " << i;
     // The decay begins as the loud part leaves the window, and is averaged over an attack.
-    const double tau = 0.024 * rate, mean = tau / 576 * (std::exp(576 / tau) - 1);
+    const double tau = 0.024 * sampleRate, mean = tau / 576 * (std::exp(576 / tau) - 1);
     for (const std::size_t after : {1000U, 2000U, 4000U})
         EXPECT_NEAR(gains[20'000 + after], 1 - 0.75 * mean * std::exp(-static_cast<double>(after) / tau),
                     0.002);
@@ -124,7 +124,7 @@ TEST(VoiceIsolationChain, givesTheSameSamplesHoweverTheSoundIsCut) {
     whole[500] = 3e38F;
     const VoiceIsolationSettings settings{0.4, 0.25, 0.25, 7};
     std::vector<float> cut = whole;
-    VoiceIsolationChain first(settings, rate), second(settings, rate);
+    VoiceIsolationChain first(settings, sampleRate), second(settings, sampleRate);
     first.process(whole);
     for (std::size_t at = 0; at < cut.size();) {
         const std::size_t some = std::min<std::size_t>(random() % 3000, cut.size() - at);

@@ -1,4 +1,5 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/ClipConditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
@@ -63,11 +64,9 @@ Command switching(std::string_view id, std::string_view help, const UndoStep& st
                 });
 }
 
-bool isUnlocked(const SyncGroup& group) { return !group.isLocked; }
 bool isAmbiguousAndUnlocked(const SyncGroup& group) {
     return isUnlocked(group) && group.matchStatus.kind == MatchStatus::Kind::ambiguous;
 }
-bool hasRecordingToTakeOff(const SyncGroup& group) { return isUnlocked(group) && !group.isMOS(); }
 bool isMOS(const SyncGroup& group) { return group.isMOS(); }
 bool hasRangeOverride(const SyncGroup& group) { return !group.manualBlockOverrides.empty(); }
 bool hasWildTracks(const CommandContext& context) { return !context.controller->work().wildTracks().empty(); }
@@ -257,7 +256,7 @@ std::vector<Command> recordingCommands() {
              [](Controller& controller, const Call& call) {
                  controller.recordings().removeAudioMatch(call.id("groupID"), call.id("matchID"));
              })
-            .forClips(hasRecordingToTakeOff),
+            .forClips(hasUnlockedSound),
         edit("resyncAllClips", "Matches all clips anew; manual decisions stay.", resyncAllClips, {},
              [](Controller& controller, const Call&) { controller.recordings().resyncAllClips(); }),
         Command::later("resetAllClipsToAutoSync", "Reset All Clips",

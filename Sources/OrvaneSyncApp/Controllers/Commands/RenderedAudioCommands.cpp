@@ -1,4 +1,5 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/ClipConditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 
@@ -10,8 +11,6 @@ namespace orvane::commands {
 namespace {
 
 using enum Parameter::Kind;
-
-bool hasSound(const SyncGroup& group) { return !group.isMOS(); }
 
 RenderedAudioController& rendered(CommandContext& context) {
     return context.controller->smartAudio().rendered();

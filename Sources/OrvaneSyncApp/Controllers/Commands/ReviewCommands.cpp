@@ -1,4 +1,5 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/ClipConditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkReview.h"
@@ -51,8 +52,6 @@ bool hasAmbiguous(const CommandContext& context) {
     return std::any_of(groups.begin(), groups.end(), isAmbiguous);
 }
 bool hasClips(const CommandContext& context) { return !context.controller->work().syncGroups().empty(); }
-bool hasSound(const SyncGroup& group) { return !group.isLocked && !group.isMOS(); }
-
 } // namespace
 
 std::vector<Command> reviewCommands() {
@@ -89,7 +88,7 @@ std::vector<Command> reviewCommands() {
                 return JSON();
             })
             .undoneBy(steps::chooseRecording)
-            .forClips(hasSound),
+            .forClips(hasUnlockedSound),
     };
 }
 

@@ -1,4 +1,5 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/ClipConditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 
@@ -20,8 +21,6 @@ int trackOf(const SyncGroup& group, const Call& call) {
     throw Error(Refusal::invalidArguments,
                 "trackIndex: the clip has tracks 1 to " + std::to_string(std::max(channels, 1)));
 }
-
-bool hasSound(const SyncGroup& group) { return !group.isMOS(); }
 
 Command onTrack(std::string_view id, std::string_view title, std::string_view help, const UndoStep& step,
                 platform::Task (TrackEditing::*operation)(const UUID&, int)) {

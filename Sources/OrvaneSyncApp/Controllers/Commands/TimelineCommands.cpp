@@ -1,4 +1,5 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/ClipConditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
@@ -88,11 +89,8 @@ JSON outlineJSON(const std::vector<SidebarNode>& nodes) {
     return rows;
 }
 
-bool isUnlocked(const SyncGroup& group) { return !group.isLocked; }
-bool hasSound(const SyncGroup& group) { return !group.isMOS(); }
-bool mayGetAnchor(const SyncGroup& group) { return isUnlocked(group) && hasSound(group); }
 bool lacksAnchor(const SyncGroup& group) {
-    return mayGetAnchor(group) && !group.audioAnchorOffsetInAudioSeconds;
+    return hasUnlockedSound(group) && !group.audioAnchorOffsetInAudioSeconds;
 }
 
 /// What the screen shows of a clip.
@@ -147,7 +145,7 @@ std::vector<Command> moveCommands() {
                     return JSON();
                 })
             .undoneBy(steps::setAudioAnchor)
-            .forClips(mayGetAnchor),
+            .forClips(hasUnlockedSound),
         Command::later(
             "autoDetectAudioAnchor", "Detect Clap",
             "Searches the first recording for a clap and puts the anchor there if there is none.", {groupID},

@@ -2,6 +2,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetWindows.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
 #include "Timecode/Timecode.h"
 
@@ -20,7 +21,6 @@ namespace {
 using Kind = SyncDoubt::Kind;
 using TCRange = SyncEngine::TCRange;
 
-constexpr double secondsADay = 86400;
 constexpr double halfADay = 43200;
 constexpr int fewest = 3;        // of clips, and of recordings that they find
 constexpr double majority = 0.6; // of the clips without sound

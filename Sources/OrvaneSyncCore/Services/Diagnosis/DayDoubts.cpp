@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
 
 #include <algorithm>
@@ -20,7 +21,6 @@ namespace {
 using Kind = SyncDoubt::Kind;
 using TCRange = SyncEngine::TCRange;
 
-constexpr double secondsADay = 86400;
 // Of what one clip meets, two recordings that share less than this of the longer one were not made together.
 constexpr double togetherShare = 0.5;
 

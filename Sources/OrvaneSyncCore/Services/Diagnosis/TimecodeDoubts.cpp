@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Timecode/TimecodeFrameRate.h"
 
@@ -16,8 +17,6 @@ namespace {
 
 using Kind = SyncDoubt::Kind;
 using TCRange = SyncEngine::TCRange;
-
-constexpr double secondsADay = 86400;
 
 /// Whether timecode is the time of day at all. The files' own dates tell: each clip's, against its card's and
 /// against those of the other clips.

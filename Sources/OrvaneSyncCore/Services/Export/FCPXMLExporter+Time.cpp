@@ -2,6 +2,7 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 #include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Timecode/ExactRate.h"
 
@@ -112,7 +113,6 @@ namespace {
 /// corrections, and by a day where one of them began before midnight. The match tells which of these it was;
 /// its offset itself is rounded, and the picture may be read at another rate by now.
 double movedSeconds(const MediaAsset& video, const AudioMatch& match, const MatchRules& rules) {
-    constexpr double secondsADay = 86400;
     const auto apart = [](const std::optional<SyncEngine::TCRange>& picture,
                           const std::optional<SyncEngine::TCRange>& sound) -> std::optional<double> {
         if (!picture || !sound) return std::nullopt;

@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Services/Matching/RecordingIndex.h"
 
+#include "OrvaneSyncCore/Utilities/Day.h"
+
 #include <algorithm>
 #include <cmath>
 #include <string_view>
@@ -12,7 +14,6 @@ namespace {
 using TCRange = SyncEngine::TCRange;
 using Hit = RangeIndex::Hit;
 
-constexpr double secondsADay = 86400;
 // A day, with a minute to spare for clocks that were corrected. A change from summer time makes a day of 25
 // hours, whose next day begins 90,000 s away and is then no neighbour.
 constexpr std::chrono::seconds neighbouringDay{86460};

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
 
 #include <algorithm>
@@ -13,7 +14,6 @@ namespace orvane {
 
 namespace {
 
-constexpr double secondsADay = 86400;
 // Clocks of cameras differ from a timecode by time of day by minutes. A clock of another zone is hours away.
 constexpr double closeSeconds = 300;
 

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
 #include "Platform/Stop.h"
 #include "Platform/Text.h"
@@ -38,8 +39,6 @@ class Identities {
   private:
     std::vector<UUID> spare_;
 };
-
-constexpr double secondsADay = 86400;
 
 /// A file of what may be a recording in parts.
 struct Part {

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
 
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -70,7 +71,7 @@ Index::Index(SyncGroupList groups, GroupNaming::Source source, std::optional<std
 }
 
 std::vector<Index::Members> Index::shootsOf(const Members& members, Places& places) const {
-    constexpr double secondsADay = 86400, longestPauseSeconds = 21600;
+    constexpr double longestPauseSeconds = 21600;
     struct Moment {
         std::size_t member;
         std::optional<long> day;

@@ -16,7 +16,7 @@ namespace {
 using platform::AudioFileWriter;
 using Folder = RenderedAudioStore::Folder;
 
-constexpr std::size_t windowFrames = 8192;
+constexpr std::size_t isolatedFrames = 8192;
 
 /// Feeds the chain and takes its latency out again.
 class PreviewWriting : public AudioListener {
@@ -79,7 +79,7 @@ void VoiceIsolationProcessor::render(platform::AudioFile& input, const Settings&
     PreviewWriting writing(chain, out);
     AudioListener* const only = &writing;
     AudioPass{.channels = static_cast<std::size_t>(input.channelCount()),
-              .windowFrames = windowFrames,
+              .windowFrames = isolatedFrames,
               .progress = progress,
               .stop = stop}
         .run(input, std::span(&only, 1));

@@ -12,7 +12,7 @@ namespace orvane {
 namespace {
 
 // ITU-R BS.1770-4, 5.1 and annex 2.
-constexpr double blockSeconds = 0.4;
+constexpr double gatingBlockSeconds = 0.4;
 constexpr double hopSeconds = 0.1;
 constexpr double offsetLUFS = -0.691; ///< so that a full-scale 997 Hz sine on one channel reads -3.01
 constexpr double absoluteGateLUFS = -70.0;
@@ -49,7 +49,7 @@ std::vector<double> channelWeights(std::size_t channels) {
 /// no samples are kept. At the usual rates a block is four whole hops, and the first part is empty.
 struct LUFSMeter::State {
     State(std::size_t channelCount, double sampleRate)
-        : block(wholeSamples(blockSeconds, sampleRate)), hop(wholeSamples(hopSeconds, sampleRate)),
+        : block(wholeSamples(gatingBlockSeconds, sampleRate)), hop(wholeSamples(hopSeconds, sampleRate)),
           filter(channelCount, sampleRate), weights(channelWeights(channelCount)) {
         if (hop > 0) recent.resize(block / hop + 1);
     }

@@ -14,7 +14,7 @@ namespace orvane {
 
 namespace {
 
-constexpr std::string_view name = "ORVWAVE1"; ///< the last digit is that of the layout
+constexpr std::string_view magic = "ORVWAVE1"; ///< the last digit is that of the layout
 
 void append(std::string& out, const std::vector<float>& values) {
     out.append(reinterpret_cast<const char*>(values.data()), values.size() * sizeof(float));
@@ -50,14 +50,14 @@ std::string waveformBytes(const std::string& key, const WaveformResult& waveform
     append(body, waveform.rms);
     for (const auto& channel : waveform.peaksPerChannel) append(body, channel);
     for (const auto& channel : waveform.rmsPerChannel) append(body, channel);
-    std::string out(name);
+    std::string out(magic);
     appendPlain(out, quickHash(body));
     return out + body;
 }
 
 std::optional<WaveformResult> waveformFromBytes(std::string_view bytes, std::string_view key) {
     PackedReader in(bytes);
-    if (in.bytes(name.size()) != name) return std::nullopt;
+    if (in.bytes(magic.size()) != magic) return std::nullopt;
     const auto hash = in.plain<std::uint64_t>();
     if (in.hasFailed() || quickHash(bytes.substr(bytes.size() - in.left())) != hash || in.text() != key)
         return std::nullopt;

@@ -52,7 +52,7 @@ TEST(Segmentation, findsTheCheapestSegmentsOfAtLeastTheLength) {
     }
 }
 
-ChannelClassification lav(int track) { return classified(track, ChannelKind::lav, "iXML: Lav"); }
+ChannelClassification lavOf(int track) { return classified(track, ChannelKind::lav, "iXML: Lav"); }
 
 TEST(SpeakerRouter, FollowsTheSpeakerWhereNoBoomOrMixCarriesTheTake) {
     // Two people in turns on tracks 1 and 2; what hears both is track 3.
@@ -75,18 +75,18 @@ TEST(SpeakerRouter, FollowsTheSpeakerWhereNoBoomOrMixCarriesTheTake) {
     };
     using enum SmartAudioRouting;
     const auto boom = classified(3, ChannelKind::boom), mix = classified(3, ChannelKind::mix);
-    auto isoMix = lav(3);
+    auto isoMix = lavOf(3);
     isoMix.isPreMixed = true; // "ISO MIX", by its first word a lav
-    check("lavs alone", people, {lav(1), lav(2)}, automatic, true);
-    check("names without a role", people, {classified(1, ChannelKind::unknown), lav(2)}, automatic, true);
-    check("as it is asked for", people, {lav(1), lav(2)}, takeDefault, false);
-    check("a boom", withBoom, {lav(1), lav(2), boom}, automatic, false);
-    check("a mix", withBoom, {lav(1), lav(2), mix}, automatic, false);
-    check("a mix by another name", withBoom, {lav(1), lav(2), isoMix}, automatic, false);
-    check("a boom that hears nothing", withDeadBoom, {lav(1), lav(2), boom}, automatic, true);
-    check("a boom that is left out", withBoom, {lav(1), lav(2), boom}, automatic, true, {1, 2});
-    check("a boom, and lavs are asked for", withBoom, {lav(1), lav(2), boom}, speaker, true);
-    check("one person", {people[0]}, {lav(1)}, speaker, false);
+    check("lavs alone", people, {lavOf(1), lavOf(2)}, automatic, true);
+    check("names without a role", people, {classified(1, ChannelKind::unknown), lavOf(2)}, automatic, true);
+    check("as it is asked for", people, {lavOf(1), lavOf(2)}, takeDefault, false);
+    check("a boom", withBoom, {lavOf(1), lavOf(2), boom}, automatic, false);
+    check("a mix", withBoom, {lavOf(1), lavOf(2), mix}, automatic, false);
+    check("a mix by another name", withBoom, {lavOf(1), lavOf(2), isoMix}, automatic, false);
+    check("a boom that hears nothing", withDeadBoom, {lavOf(1), lavOf(2), boom}, automatic, true);
+    check("a boom that is left out", withBoom, {lavOf(1), lavOf(2), boom}, automatic, true, {1, 2});
+    check("a boom, and lavs are asked for", withBoom, {lavOf(1), lavOf(2), boom}, speaker, true);
+    check("one person", {people[0]}, {lavOf(1)}, speaker, false);
     const auto guessed = [](float secondWidth) {
         std::vector<ChannelStats> stats(3);
         for (int i = 0; i < 3; ++i)

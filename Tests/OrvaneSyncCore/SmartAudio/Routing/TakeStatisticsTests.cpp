@@ -9,7 +9,7 @@ namespace orvane::test {
 namespace {
 
 using namespace SmartAudioBlockRouter;
-constexpr double nearly = 1e-4; // the levels go through 32-bit floats
+constexpr double nearTo = 1e-4; // the levels go through 32-bit floats
 
 TEST(TakeStatistics, EachTrackIsMeasuredOverItsOwnWindows) {
     const auto check = [&](const char* name, const Pattern& pattern, double floorDB, double crestDB,
@@ -18,10 +18,10 @@ TEST(TakeStatistics, EachTrackIsMeasuredOverItsOwnWindows) {
         ASSERT_EQ(stats.size(), 1U) << name;
         const ChannelRouteStats& s = stats.at(1);
         EXPECT_EQ(s.trackIndex, 1);
-        EXPECT_NEAR(s.noiseFloorDB, floorDB, nearly) << name;
-        EXPECT_NEAR(s.typicalCrestFactorDB, crestDB, nearly) << name;
+        EXPECT_NEAR(s.noiseFloorDB, floorDB, nearTo) << name;
+        EXPECT_NEAR(s.typicalCrestFactorDB, crestDB, nearTo) << name;
         EXPECT_DOUBLE_EQ(s.speechCoverage, coverage) << name;
-        EXPECT_NEAR(s.rmsVarianceDB, varianceDB, nearly) << name;
+        EXPECT_NEAR(s.rmsVarianceDB, varianceDB, nearTo) << name;
         EXPECT_EQ(s.takeDominance, 0) << "alone, no track dominates";
     };
     check("no sound at all", {{10, silent}}, -65, 6, 0, 0);

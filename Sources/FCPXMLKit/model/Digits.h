@@ -1,0 +1,8 @@
+#pragma once
+
+namespace orvane::fcpxml {
+
+/// In any locale.
+inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+} // namespace orvane::fcpxml

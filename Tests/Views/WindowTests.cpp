@@ -9,14 +9,13 @@
 #include "Platform/Files.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
+#include "Views/Application.h"
 
 #include <QAbstractSpinBox>
-#include <QApplication>
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QStackedWidget>
-#include <QStandardPaths>
 #include <QTableView>
 #include <QTest>
 
@@ -25,22 +24,6 @@ namespace orvane::views {
 namespace {
 
 using test::TemporaryDirectory;
-
-/// One application for all tests of the program, without a screen.
-QApplication& application() {
-    static int count = 1;
-    static char name[] = "test";
-    static char* arguments[] = {name, nullptr};
-    static QApplication* const made = [] {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        QStandardPaths::setTestModeEnabled(true);
-        auto* one = new QApplication(count, arguments);
-        QCoreApplication::setOrganizationName(QStringLiteral("OrvaneSyncTests"));
-        design::applyTheme(*one);
-        return one;
-    }();
-    return *made;
-}
 
 class WindowTest : public testing::Test {
   protected:

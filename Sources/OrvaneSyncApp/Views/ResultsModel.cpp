@@ -18,20 +18,6 @@ constexpr int rowHeight = 30;
 constexpr int markSide = 16;
 constexpr int foldWidth = 20;
 
-Signal signal(Certainty certainty) {
-    switch (certainty) {
-    case Certainty::settled:
-        return Signal::matched;
-    case Certainty::doubtful:
-        return Signal::doubtful;
-    case Certainty::missing:
-        return Signal::missing;
-    case Certainty::silent:
-        break;
-    }
-    return Signal::none;
-}
-
 bool isRightAligned(int column) {
     return column == static_cast<int>(Column::length) || column == static_cast<int>(Column::begins) ||
            column == static_cast<int>(Column::loudness);
@@ -46,6 +32,20 @@ QString marksText(const ResultsViewModel::Row& row) {
 }
 
 } // namespace
+
+Signal signal(Certainty certainty) {
+    switch (certainty) {
+    case Certainty::settled:
+        return Signal::matched;
+    case Certainty::doubtful:
+        return Signal::doubtful;
+    case Certainty::missing:
+        return Signal::missing;
+    case Certainty::silent:
+        break;
+    }
+    return Signal::none;
+}
 
 ResultsModel::ResultsModel(ResultsViewModel& rows, QObject* parent)
     : QAbstractTableModel(parent), rows_(rows) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
 
 #include <QAbstractTableModel>
@@ -9,6 +10,9 @@
 #include <unordered_map>
 
 namespace orvane::views {
+
+/// In which colour and with which glyph a list shows it.
+design::Signal signal(ResultsViewModel::Certainty certainty);
 
 /// The rows of the results for a table. A row's texts are made when it is first shown.
 class ResultsModel : public QAbstractTableModel {

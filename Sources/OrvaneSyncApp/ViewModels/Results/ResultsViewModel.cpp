@@ -86,8 +86,8 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
     row.texts = {names().at(group.id),    files.of(group.video),  startText(group.video),
                  lengthText(group.video), matchText(group, take), soundText(group, take, files),
                  beginsText(group, take), loudnessText(group)};
-    row.certainty = certainty(group);
     const auto& doubts = controller_.doubts().byGroup;
+    row.certainty = certaintyOf(group, doubts.contains(group.id));
     if (const auto found = doubts.find(group.id); found != doubts.end())
         for (const SyncDoubt& doubt : found->second)
             row.doubts += (row.doubts.empty() ? "" : "\n") + doubt.message +
@@ -101,7 +101,7 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
     return row;
 }
 
-ResultsViewModel::Certainty ResultsViewModel::certainty(const SyncGroup& group) const {
+ResultsViewModel::Certainty ResultsViewModel::certaintyOf(const SyncGroup& group, bool hasDoubts) {
     switch (group.matchStatus.kind) {
     case MatchStatus::Kind::unmatched:
         return Certainty::missing;
@@ -112,7 +112,7 @@ ResultsViewModel::Certainty ResultsViewModel::certainty(const SyncGroup& group) 
     default:
         break;
     }
-    return controller_.doubts().byGroup.contains(group.id) ? Certainty::doubtful : Certainty::settled;
+    return hasDoubts ? Certainty::doubtful : Certainty::settled;
 }
 
 std::vector<ResultsViewModel::Doubt> ResultsViewModel::doubts() const {

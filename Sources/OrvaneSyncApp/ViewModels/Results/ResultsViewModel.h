@@ -31,6 +31,8 @@ class ResultsViewModel {
         silent    ///< without sound by decision
     };
 
+    static Certainty certaintyOf(const SyncGroup& group, bool hasDoubts);
+
     /// A row as it is shown.
     struct Row {
         std::vector<std::string> texts; ///< by column
@@ -102,7 +104,6 @@ class ResultsViewModel {
     bool isFound(const SyncGroup& group) const;
     std::string sortKeyText(const SyncGroup& group) const;
     double sortKeyNumber(const SyncGroup& group) const;
-    Certainty certainty(const SyncGroup& group) const;
 
     ImportController& controller_;
     platform::Listeners<const Change&> listeners_;

@@ -1,10 +1,114 @@
 #include "OrvaneSyncApp/Views/Inspector/InspectorView.h"
 
+#include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
+#include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
+#include "OrvaneSyncApp/Views/Inspector/ChannelsSection.h"
+#include "OrvaneSyncApp/Views/Inspector/ClipSections.h"
+#include "OrvaneSyncApp/Views/Inspector/RecordingsSection.h"
+#include "OrvaneSyncApp/Views/Inspector/SyncSection.h"
+#include "OrvaneSyncApp/Views/ResultsModel.h"
+
+#include <QEvent>
+#include <QScrollArea>
+#include <QStackedLayout>
+#include <QVBoxLayout>
+
 #include <utility>
 
 namespace orvane::views {
 
+using namespace design;
+
+namespace {
+
+constexpr int narrowest = 260;
+
+bool concernsAClip(ImportField field) {
+    switch (field) {
+    case ImportField::syncGroups:
+    case ImportField::wildTracks:
+    case ImportField::report:
+    case ImportField::smartAudio:
+    case ImportField::slates:
+    case ImportField::calibration:
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
 InspectorView::InspectorView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent)
-    : QWidget(parent), desktop_(desktop), review_(std::move(review)) {}
+    : QWidget(parent), desktop_(desktop), review_(std::move(review)) {
+    setObjectName(QStringLiteral("inspector"));
+    setMinimumWidth(narrowest);
+    pages_ = new QStackedLayout(this);
+    auto* all = new QWidget;
+    auto* column = new QVBoxLayout(all);
+    column->setContentsMargins(0, space::small, 0, space::medium);
+    column->setSpacing(space::tight);
+    auto* head = new QVBoxLayout;
+    head->setContentsMargins(space::medium, 0, space::small, 0);
+    head->setSpacing(space::tight);
+    head->addWidget(title_ = title({}));
+    title_->setWordWrap(true);
+    head->addWidget(status_ = new Badge);
+    column->addLayout(head);
+    sections_ = {
+        new DoubtsSection(desktop),   new SyncSection(desktop, review_), new RecordingsSection(desktop),
+        new ChannelsSection(desktop), new LoudnessSection(desktop),      new NameSection(desktop),
+        new SensorSection(desktop),   new NotesSection(desktop),         new MetadataSection(desktop)};
+    for (InspectorSection* section : sections_) column->addWidget(section);
+    column->addStretch(1);
+    auto* scroll = new QScrollArea;
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setVerticalScrollBarPolicy(
+        Qt::ScrollBarAlwaysOn); // so that texts do not wrap anew while one folds
+    scroll->setFocusPolicy(Qt::NoFocus);
+    scroll->setWidget(all);
+    pages_->addWidget(scroll);
+    pages_->addWidget(
+        new EmptyState(Glyph::film, tr("No clip"), tr("Choose a clip from the list at the left.")));
+
+    observations_.push_back(desktop.controller().onChange([this](ImportField field) {
+        if (concernsAClip(field)) scheduleRefresh();
+    }));
+    observations_.push_back(review_->onChange([this] { scheduleRefresh(); }));
+    refresh();
+}
+
+void InspectorView::scheduleRefresh() {
+    if (!isVisible() || std::exchange(isScheduled_, true)) return;
+    QMetaObject::invokeMethod(
+        this, [this] { refresh(); }, Qt::QueuedConnection);
+}
+
+void InspectorView::refresh() {
+    isScheduled_ = false;
+    const auto& id = review_->groupID();
+    const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
+    pages_->setCurrentIndex(clip == nullptr ? 1 : 0);
+    if (clip == nullptr) return;
+    const auto certainty =
+        ResultsViewModel::certaintyOf(*clip, desktop_.controller().doubts().byGroup.contains(clip->id));
+    title_->setText(
+        breakable(exportedName(desktop_.controller(), *clip, GroupNaming::manualName(*clip).value_or(""))));
+    status_->show(signal(certainty), text(clip->matchStatus.label()));
+    for (InspectorSection* section : sections_) section->showClip(*clip);
+}
+
+void InspectorView::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    refresh();
+}
+
+bool InspectorView::event(QEvent* event) {
+    // The settings may have changed in another window.
+    if (event->type() == QEvent::WindowActivate) scheduleRefresh();
+    return QWidget::event(event);
+}
 
 } // namespace orvane::views

@@ -1,22 +1,41 @@
 #pragma once
 
+#include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
 
 #include <QWidget>
 
-#include <functional>
 #include <memory>
+#include <vector>
+
+class QStackedLayout;
 
 namespace orvane::views {
 
-/// What is known of the clip in view, and where it is changed.
+class InspectorSection;
+
+/// What is known of the clip in view, and where it is changed: sections that fold, each about one thing.
+/// Follows the notices once a turn of the loop, and only while it is seen.
 class InspectorView : public QWidget {
   public:
     InspectorView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent = nullptr);
 
+  protected:
+    void showEvent(QShowEvent* event) override;
+    bool event(QEvent* event) override;
+
   private:
+    void scheduleRefresh();
+    void refresh();
+
     Desktop& desktop_;
     const std::shared_ptr<ReviewViewModel> review_;
+    QStackedLayout* pages_;
+    QLabel* title_;
+    design::Badge* status_;
+    std::vector<InspectorSection*> sections_;
+    bool isScheduled_ = false;
+    std::vector<platform::Subscription> observations_;
 };
 
 } // namespace orvane::views

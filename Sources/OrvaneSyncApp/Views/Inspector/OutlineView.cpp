@@ -1,12 +1,118 @@
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
 
+#include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/Views/Inspector/OutlineListModel.h"
+
+#include <QEvent>
+#include <QKeyEvent>
+#include <QListView>
+#include <QMouseEvent>
+#include <QVBoxLayout>
+
 #include <utility>
 
 namespace orvane::views {
 
-OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> leave, QWidget* parent)
-    : QWidget(parent), desktop_(desktop), choose_(std::move(choose)), leave_(std::move(leave)) {}
+using namespace design;
 
-void OutlineView::select(const UUID& /*groupID*/) {}
+namespace {
+
+constexpr int narrowest = 180;
+
+/// A click or Return opens a row; a click on the triangle, Left and Right fold it.
+class OutlineList : public QListView {
+  public:
+    std::function<void(int row)> open, fold;
+
+  protected:
+    void mousePressEvent(QMouseEvent* event) override {
+        const QModelIndex index = indexAt(event->pos());
+        if (!index.isValid() || event->button() != Qt::LeftButton) return;
+        setFocus(Qt::MouseFocusReason);
+        const bool isTake = static_cast<const OutlineListModel*>(model())->row(index.row()).isTake;
+        if (isTake && OutlineDelegate::isFold(visualRect(index), event->pos())) return fold(index.row());
+        setCurrentIndex(index);
+        open(index.row());
+    }
+    void keyPressEvent(QKeyEvent* event) override {
+        const QModelIndex index = currentIndex();
+        if (!index.isValid()) return QListView::keyPressEvent(event);
+        const auto& row = static_cast<const OutlineListModel*>(model())->row(index.row());
+        const int key = event->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space) return open(index.row());
+        const bool isFolding = key == (row.isFolded ? Qt::Key_Right : Qt::Key_Left);
+        if (row.isTake && isFolding) return fold(index.row());
+        QListView::keyPressEvent(event);
+    }
+};
+
+} // namespace
+
+OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> leave, QWidget* parent)
+    : QWidget(parent), rows_(desktop.controller()), choose_(std::move(choose)),
+      model_(new OutlineListModel(rows_, this)) {
+    setObjectName(QStringLiteral("outline"));
+    setMinimumWidth(narrowest);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(space::small, space::small, 0, 0);
+    column->setSpacing(space::small);
+    QPushButton* back = button(tr("‹  Results"), Weight::quiet);
+    back->setAccessibleName(tr("Back to the results"));
+    back->setToolTip(tr("Back to the list of all clips"));
+    connect(back, &QPushButton::clicked, this, [leave = std::move(leave)] { leave(); });
+    column->addWidget(back);
+    column->addWidget(search_ = searchField(tr("Search clips in the list"), tr("Name or file")));
+    connect(search_, &QLineEdit::textChanged, this,
+            [this](const QString& words) { rows_.setSearch(utf8(words)); });
+    column->addWidget(counts_ = facts({}));
+    auto* list = new OutlineList;
+    list_ = list;
+    list->setAccessibleName(tr("Clips"));
+    list->setModel(model_);
+    list->setItemDelegate(new OutlineDelegate(list));
+    list->setUniformItemSizes(true);
+    list->setMouseTracking(true);
+    list->setFrameShape(QFrame::NoFrame);
+    list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    list->open = [this](int row) { open(row); };
+    list->fold = [this](int row) { rows_.toggleFolded(static_cast<std::size_t>(row)); };
+    column->addWidget(list, 1);
+    observation_ = rows_.onChange([this](const ResultsViewModel::Change& change) {
+        showCounts();
+        // A list that was laid out anew has forgotten what was marked in it.
+        if (change.isLayoutChanged && selected_) select(*selected_);
+    });
+    showCounts();
+}
+
+OutlineView::~OutlineView() { observation_ = nullptr; }
+
+void OutlineView::select(const UUID& groupID) {
+    selected_ = groupID;
+    const auto row = rows_.rowOf(groupID);
+    const QModelIndex index = row ? model_->index(static_cast<int>(*row)) : QModelIndex();
+    list_->setCurrentIndex(index);
+    if (index.isValid()) list_->scrollTo(index);
+}
+
+void OutlineView::open(int row) {
+    const auto at = static_cast<std::size_t>(row);
+    if (const auto clip = rows_.groupID(at)) {
+        selected_ = clip;
+        choose_(*clip);
+    } else if (openTake) {
+        openTake(rows_.clipsOf(at));
+    }
+}
+
+void OutlineView::showCounts() { counts_->setText(text(rows_.counts().text())); }
+
+bool OutlineView::event(QEvent* event) {
+    // The settings by which clips are named may have changed in another window.
+    if (event->type() == QEvent::WindowActivate) rows_.followNaming();
+    return QWidget::event(event);
+}
 
 } // namespace orvane::views

@@ -1,12 +1,21 @@
 #pragma once
 
+#include "OrvaneSyncApp/ViewModels/Inspector/OutlineModel.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
 
 #include <QWidget>
 
 #include <functional>
+#include <optional>
+#include <vector>
+
+class QLabel;
+class QLineEdit;
+class QListView;
 
 namespace orvane::views {
+
+class OutlineListModel;
 
 /// The clips of the work, the cameras of a take under one parent, and the way back to the results.
 class OutlineView : public QWidget {
@@ -14,14 +23,33 @@ class OutlineView : public QWidget {
     using Choose = std::function<void(const UUID& groupID)>;
     /// `choose`: the user wants to see that clip.
     OutlineView(Desktop& desktop, Choose choose, std::function<void()> leave, QWidget* parent = nullptr);
+    ~OutlineView() override;
 
     /// Marks the clip without `choose`.
     void select(const UUID& groupID);
+    /// As `OutlineModel::neighbour`: for the keys that go from clip to clip.
+    std::optional<UUID> neighbour(const UUID& of, int step) const { return rows_.neighbour(of, step); }
+    /// The user wants to see all cameras of a take.
+    std::function<void(std::vector<UUID>)> openTake;
+
+    QLineEdit* search() const { return search_; }
+    QListView* list() const { return list_; }
+
+  protected:
+    bool event(QEvent* event) override;
 
   private:
-    Desktop& desktop_;
+    void showCounts();
+    void open(int row);
+
+    OutlineModel rows_;
     const Choose choose_;
-    const std::function<void()> leave_;
+    OutlineListModel* model_;
+    QLineEdit* search_;
+    QLabel* counts_;
+    QListView* list_;
+    std::optional<UUID> selected_;
+    platform::Subscription observation_;
 };
 
 } // namespace orvane::views

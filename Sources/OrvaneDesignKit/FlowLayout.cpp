@@ -1,0 +1,57 @@
+#include "OrvaneDesignKit/FlowLayout.h"
+
+#include "OrvaneDesignKit/Theme.h"
+
+#include <QWidget>
+
+#include <algorithm>
+
+namespace orvane::design {
+
+FlowLayout::FlowLayout(QWidget* parent) : QLayout(parent) {
+    setContentsMargins(0, 0, 0, 0);
+    setSpacing(space::tight);
+}
+
+FlowLayout::~FlowLayout() { qDeleteAll(items_); }
+
+void FlowLayout::addItem(QLayoutItem* item) { items_.append(item); }
+int FlowLayout::count() const { return static_cast<int>(items_.size()); }
+QLayoutItem* FlowLayout::itemAt(int index) const { return items_.value(index); }
+QLayoutItem* FlowLayout::takeAt(int index) {
+    return index >= 0 && index < count() ? items_.takeAt(index) : nullptr;
+}
+
+int FlowLayout::heightForWidth(int width) const { return place({0, 0, width, 0}, false); }
+QSize FlowLayout::sizeHint() const { return minimumSize(); }
+
+QSize FlowLayout::minimumSize() const {
+    QSize size;
+    for (const QLayoutItem* item : items_)
+        if (!item->isEmpty()) size = size.expandedTo(item->minimumSize());
+    return size;
+}
+
+void FlowLayout::setGeometry(const QRect& rect) {
+    QLayout::setGeometry(rect);
+    place(rect, true);
+}
+
+int FlowLayout::place(const QRect& within, bool isMeant) const {
+    int x = within.x(), y = within.y(), lineHeight = 0;
+    for (QLayoutItem* item : items_) {
+        if (item->isEmpty()) continue;
+        const QSize size(std::min(item->sizeHint().width(), within.width()), item->sizeHint().height());
+        if (x > within.x() && x + size.width() > within.x() + within.width()) {
+            x = within.x();
+            y += lineHeight + spacing();
+            lineHeight = 0;
+        }
+        if (isMeant) item->setGeometry({{x, y}, size});
+        x += size.width() + spacing();
+        lineHeight = std::max(lineHeight, size.height());
+    }
+    return y + lineHeight - within.y();
+}
+
+} // namespace orvane::design

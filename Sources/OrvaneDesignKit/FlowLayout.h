@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QLayout>
+#include <QList>
+
+namespace orvane::design {
+
+/// Controls beside each other, in as many lines as the width asks for.
+class FlowLayout : public QLayout {
+  public:
+    explicit FlowLayout(QWidget* parent = nullptr);
+    ~FlowLayout() override;
+
+    void addItem(QLayoutItem* item) override;
+    int count() const override;
+    QLayoutItem* itemAt(int index) const override;
+    QLayoutItem* takeAt(int index) override;
+    Qt::Orientations expandingDirections() const override { return {}; }
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
+    QSize sizeHint() const override;
+    QSize minimumSize() const override;
+    void setGeometry(const QRect& rect) override;
+
+  private:
+    /// Gives the height that the lines take.
+    int place(const QRect& within, bool isMeant) const;
+
+    QList<QLayoutItem*> items_;
+};
+
+} // namespace orvane::design

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QFrame>
+
+class QPushButton;
+class QVBoxLayout;
+
+namespace orvane::design {
+
+/// A titled part of a panel that folds to its title, with a word about it beside the title. Whether it is
+/// folded is kept in the user's QSettings under its name.
+class FoldableSection : public QFrame {
+  public:
+    /// `name`: for the settings, such as "sync".
+    FoldableSection(const QString& name, const QString& title, QWidget* parent = nullptr);
+
+    bool isFolded() const;
+    void setFolded(bool isFolded);
+    /// Behind the title; empty: none.
+    void setSummary(const QString& summary);
+
+  protected:
+    /// Where the controls go, below each other.
+    QVBoxLayout* body() { return bodyLayout_; }
+
+  private:
+    void showTitle();
+
+    const QString name_;
+    const QString title_;
+    QString summary_;
+    QPushButton* header_;
+    QWidget* body_;
+    QVBoxLayout* bodyLayout_;
+};
+
+} // namespace orvane::design

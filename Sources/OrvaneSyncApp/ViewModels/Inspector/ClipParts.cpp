@@ -1,0 +1,198 @@
+#include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
+
+#include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
+#include "OrvaneSyncCore/Models/LockitField.h"
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Naming/ClipNames.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+
+#include <algorithm>
+#include <array>
+
+namespace orvane {
+
+namespace {
+
+using Fields = std::map<std::string, std::string>;
+
+/// The first number in a text.
+std::optional<int> numberIn(std::string_view text) {
+    const std::size_t begin = text.find_first_of("0123456789");
+    if (begin == std::string_view::npos) return std::nullopt;
+    const std::size_t end = text.find_first_not_of("0123456789", begin);
+    const auto number = platform::text::decimalInteger(text.substr(begin, end - begin));
+    constexpr std::int64_t most = 1024;
+    if (!number || *number > most) return std::nullopt;
+    return static_cast<int>(*number);
+}
+
+platform::JSON forClip(const SyncGroup& group) {
+    platform::JSON arguments = platform::JSON::object();
+    arguments.set("groupID", group.id.text());
+    return arguments;
+}
+
+/// Steps that hold for one clip rather than for the whole shoot.
+void addOwnSteps(const SyncGroup& group, const SyncDoubt& doubt, DoubtsPart::Doubt& shown) {
+    if (doubt.kind == SyncDoubt::Kind::mutedSpeech) {
+        if (const auto channel = numberIn(doubt.message)) {
+            platform::JSON arguments = forClip(group);
+            arguments.set("trackIndex", *channel);
+            shown.steps.push_back({"Switch Channel " + std::to_string(*channel) + " On", "toggleTrackActive",
+                                   std::move(arguments), false});
+        }
+    } else if (doubt.kind == SyncDoubt::Kind::ambiguous) {
+        // One click on a recording below settles it; the whole shoot is not settled from a single clip.
+        shown.cure = "choose under Recordings, or lock the clip where it is right";
+        shown.steps.clear();
+    }
+}
+
+std::string valueOf(const std::optional<Fields>& fields, std::string_view key) {
+    if (!fields) return {};
+    const auto found = fields->find(std::string(key));
+    return found == fields->end() ? std::string() : found->second;
+}
+
+void addIfSaid(std::vector<std::pair<std::string, std::string>>& rows, std::string_view title,
+               const std::optional<std::string>& value) {
+    if (value && !platform::text::trimmed(*value).empty()) rows.emplace_back(title, *value);
+}
+
+} // namespace
+
+DoubtsPart DoubtsPart::of(const ImportController& controller, const SyncGroup& group) {
+    DoubtsPart part;
+    const auto& all = controller.doubts().byGroup;
+    const auto found = all.find(group.id);
+    if (found == all.end()) return part;
+    for (const SyncDoubt& doubt : found->second) {
+        Cure cure = cureInWords(doubt);
+        Doubt shown{doubt.message, std::move(cure.text), std::move(cure.steps)};
+        addOwnSteps(group, doubt, shown);
+        // Without folders nothing can be scanned again.
+        if (!controller.scan().canScan())
+            std::erase_if(shown.steps, [](const CureStep& step) { return step.scansAgain; });
+        part.doubts.push_back(std::move(shown));
+    }
+    return part;
+}
+
+NamePart NamePart::of(const ImportController& controller, const SyncGroup& group) {
+    const platform::SettingsStore& store = *controller.work().environment.settings;
+    NamePart part;
+    part.name = GroupNaming::manualName(group).value_or("");
+    part.automatic =
+        GroupNaming::baseName(group, store.get(settings::clipNamingSource),
+                              store.get(settings::customNamingPattern), store.get(settings::namingSeparator));
+    part.exported = exportedName(controller, group, part.name);
+    part.isPickup = group.isPickup;
+    part.isExcluded = group.isExcludedFromExport;
+    part.isExcludedFromMulticam = group.isExcludedFromMulticam();
+    part.isMOS = group.matchStatus.kind == MatchStatus::Kind::mos;
+    part.canBeMOS = group.isMOS();
+    return part;
+}
+
+std::string exportedName(const ImportController& controller, const SyncGroup& group, std::string_view name) {
+    const platform::SettingsStore& store = *controller.work().environment.settings;
+    SyncGroupList groups = controller.work().syncGroups();
+    groups.update(group.id, [&](SyncGroup& own) { own.manualClipName = std::string(name); });
+    const std::vector<std::string> names =
+        ClipNames::of(groups, store.get(settings::clipNamingSource), store.get(settings::customNamingPattern),
+                      store.get(settings::namingSeparator));
+    for (std::size_t i = 0; i < groups.size(); ++i)
+        if (groups[i].id == group.id) return GroupNaming::appendingOffspeedTag(names[i], groups[i]);
+    return {};
+}
+
+MetadataPart MetadataPart::of(const ImportController& controller, const SyncGroup& group) {
+    const FileNames& names = controller.work().fileNames();
+    MetadataPart part;
+    part.files = {{"Camera file", names.of(group.video)},
+                  {"Starts", startText(group.video)},
+                  {"Length", lengthText(group.video)},
+                  {"Picture", group.video.formatDescription()}};
+    addIfSaid(part.files, "Codec", group.video.videoCodecFourCC);
+    if (const MediaAsset* audio = group.primaryAudio()) {
+        part.files.emplace_back("Recording", names.of(*audio));
+        part.files.emplace_back("Sound", audio->formatDescription());
+        addIfSaid(part.files, "Recorder", audio->bextOriginator);
+        if (const auto& ixml = audio->ixmlData) {
+            addIfSaid(part.files, "Scene", ixml->scene);
+            addIfSaid(part.files, "Take", ixml->take);
+            addIfSaid(part.files, "Roll", ixml->tape);
+            addIfSaid(part.files, "Project", ixml->project);
+            if (ixml->isCircled()) part.files.emplace_back("Circled", "yes");
+        }
+    }
+    if (group.hasALEMetadata())
+        part.sources.push_back(
+            {"Report", "clearALEMetadata", MetadataFieldGrouping::grouped(*group.aleMetadata)});
+    if (group.hasLockitMetadata()) {
+        auto grouped = MetadataFieldGrouping::grouped(*group.lockitMetadata);
+        for (auto& one : grouped)
+            for (auto& [key, value] : one.rows)
+                if (const auto field = fromRawValue<LockitField>(key)) key = displayName(*field);
+        part.sources.push_back({"LockitNetwork", "clearLockitMetadata", std::move(grouped)});
+    }
+    return part;
+}
+
+bool MetadataPart::operator==(const MetadataPart& other) const {
+    return files == other.files &&
+           std::ranges::equal(sources, other.sources, [](const Source& a, const Source& b) {
+               return a.title == b.title &&
+                      std::ranges::equal(a.groups, b.groups, [](const auto& one, const auto& another) {
+                          return one.group == another.group && one.rows == another.rows;
+                      });
+           });
+}
+
+NotesPart NotesPart::of(const ImportController& controller, const SyncGroup& group) {
+    NotesPart part;
+    const MediaAsset* audio = group.primaryAudio();
+    if (audio != nullptr && audio->ixmlData) addIfSaid(part.notes, "Sound recordist", audio->ixmlData->note);
+    if (group.aleMetadata)
+        for (const auto& [key, value] : *group.aleMetadata) {
+            const std::string lower = platform::text::lowercased(key);
+            constexpr std::array<std::string_view, 4> written{"note", "comment", "description", "remark"};
+            if (std::ranges::any_of(
+                    written, [&](std::string_view word) { return lower.find(word) != std::string::npos; }))
+                addIfSaid(part.notes, "Report, " + key, value);
+        }
+    for (const LockitField field :
+         {LockitField::shotDescription, LockitField::takeComment, LockitField::tags})
+        addIfSaid(part.notes, displayName(field), valueOf(group.lockitMetadata, rawValue(field)));
+
+    const SlateResult* slate = controller.slates().result(group.id);
+    part.isSearched = slate != nullptr;
+    if (const std::string& phase = controller.slates().progress().phase; !phase.empty()) {
+        part.slate = phase + "…";
+        return part;
+    }
+    if (slate == nullptr) {
+        part.slate = "The clip was not searched for its slate.";
+        return part;
+    }
+    std::vector<std::string> found;
+    if (slate->ocrScene) found.push_back("scene " + *slate->ocrScene);
+    if (slate->ocrTake) found.push_back("take " + *slate->ocrTake);
+    if (slate->ocrRoll) found.push_back("roll " + *slate->ocrRoll);
+    if (slate->slateFrameTime) found.push_back(formatted("seen at %.1f s", *slate->slateFrameTime));
+    if (slate->clapPointSeconds)
+        found.push_back(formatted("clap at %.3f s", *slate->clapPointSeconds) +
+                        (slate->clapMethod ? " (" + std::string(rawValue(*slate->clapMethod)) + ")" : ""));
+    part.slate = found.empty() ? "No slate and no clap were found."
+                               : "On the slate: " + platform::text::joined(found, ", ");
+    if (const auto offered = controller.slates().proposal(group.id)) {
+        std::vector<std::string> taken;
+        if (offered->scene) taken.push_back("scene " + *offered->scene);
+        if (offered->take) taken.push_back("take " + *offered->take);
+        if (offered->clipName) taken.push_back("name “" + *offered->clipName + "”");
+        part.proposal = "Take over " + platform::text::joined(taken, ", ");
+    }
+    return part;
+}
+
+} // namespace orvane

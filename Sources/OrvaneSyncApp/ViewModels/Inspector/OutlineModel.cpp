@@ -1,0 +1,214 @@
+#include "OrvaneSyncApp/ViewModels/Inspector/OutlineModel.h"
+
+#include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Naming/SidebarOutline.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+
+#include <algorithm>
+#include <sstream>
+#include <tuple>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using Certainty = OutlineModel::Certainty;
+
+/// The higher, the more it wants to be looked at.
+int urgency(Certainty certainty) {
+    switch (certainty) {
+    case Certainty::missing:
+        return 3;
+    case Certainty::doubtful:
+        return 2;
+    case Certainty::settled:
+        return 1;
+    case Certainty::silent:
+        break;
+    }
+    return 0;
+}
+
+/// Whether both stand at the same place under the same name.
+bool areListedAlike(const SyncGroup& a, const SyncGroup& b) {
+    const auto listing = [](const SyncGroup& group) {
+        const MediaAsset* audio = group.primaryAudio();
+        return std::tuple(group.manualClipName, group.isPickup, group.isExcludedFromMulticam(),
+                          group.video.sensorFrameRate, group.video.projectFrameRate,
+                          audio == nullptr ? std::string() : audio->url.path);
+    };
+    return listing(a) == listing(b);
+}
+
+std::pair<ClipNamingSource, std::string> namingOf(const platform::SettingsStore& store) {
+    return {store.get(settings::clipNamingSource), store.get(settings::customNamingPattern)};
+}
+
+void addLine(std::string& text, const std::string& line) { text += (text.empty() ? "" : "\n") + line; }
+
+} // namespace
+
+std::string OutlineModel::Counts::text() const {
+    std::string text = shown == all ? "" : std::to_string(shown) + " of ";
+    text += counted(static_cast<long long>(all), "clip", "clips");
+    if (locked > 0) text += " · " + std::to_string(locked) + " locked";
+    if (issues > 0) text += " · " + std::to_string(issues) + " to decide";
+    return text;
+}
+
+OutlineModel::OutlineModel(ImportController& controller) : controller_(controller) {
+    observation_ = controller.onChange([this](const ImportChange& change) { follow(change); });
+    layOut();
+}
+
+void OutlineModel::setSearch(const std::string& text) {
+    std::istringstream words(platform::text::lowercased(text));
+    searchWords_.clear();
+    for (std::string word; words >> word;) searchWords_.push_back(word);
+    layOut();
+}
+
+void OutlineModel::followNaming() {
+    if (naming_ != namingOf(*controller_.work().environment.settings)) layOut();
+}
+
+void OutlineModel::toggleFolded(std::size_t row) {
+    if (!rows_.at(row).isTake) return;
+    if (folded_.erase(rows_[row].key) == 0) folded_.insert(rows_[row].key);
+    layOut();
+}
+
+OutlineModel::Row OutlineModel::row(std::size_t index) const {
+    const Place& place = rows_.at(index);
+    const auto& doubts = controller_.doubts().byGroup;
+    const auto all = [&](auto holds) {
+        return std::ranges::all_of(place.clips, [&](const auto& clip) { return holds(*clip); });
+    };
+    Row row;
+    row.label = place.label;
+    row.isTake = place.isTake;
+    row.isInTake = place.isInTake;
+    row.isFolded = place.isTake && folded_.contains(place.key);
+    row.isApproved = all([](const SyncGroup& clip) { return clip.isApproved; });
+    row.isLocked = all([](const SyncGroup& clip) { return clip.isLocked; });
+    row.isExcluded = all([](const SyncGroup& clip) { return clip.isExcludedFromExport; });
+    row.certainty = Certainty::silent;
+    for (const auto& clip : place.clips) {
+        const Certainty own = ResultsViewModel::certaintyOf(*clip, doubts.contains(clip->id));
+        if (urgency(own) > urgency(row.certainty)) row.certainty = own;
+    }
+    if (place.isTake) {
+        row.facts = counted(static_cast<long long>(place.clips.size()), "camera", "cameras");
+        row.status = "Open these cameras as multicam";
+        return row;
+    }
+    const SyncGroup& clip = *place.clips.front();
+    const std::string file = controller_.work().fileNames().of(clip.video);
+    // A clip that is named after its file says it once.
+    if (!file.starts_with(place.label)) row.facts = file;
+    row.status = file;
+    addLine(row.status, matchText(clip, takeOf(clip, assumedChannels)));
+    if (const auto found = doubts.find(clip.id); found != doubts.end())
+        for (const SyncDoubt& doubt : found->second) addLine(row.status, doubt.message);
+    return row;
+}
+
+std::optional<UUID> OutlineModel::groupID(std::size_t row) const {
+    return rows_.at(row).isTake ? std::nullopt : std::optional(rows_[row].clips.front()->id);
+}
+
+std::vector<UUID> OutlineModel::clipsOf(std::size_t row) const {
+    std::vector<UUID> ids;
+    for (const auto& clip : rows_.at(row).clips) ids.push_back(clip->id);
+    return ids;
+}
+
+std::optional<std::size_t> OutlineModel::rowOf(const UUID& groupID) const {
+    const auto found = rowByGroup_.find(groupID);
+    return found == rowByGroup_.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::optional<UUID> OutlineModel::neighbour(const UUID& of, int step) const {
+    if (order_.empty() || step == 0) return std::nullopt;
+    const auto found = placeInOrder_.find(of);
+    if (found == placeInOrder_.end()) return step > 0 ? order_.front() : order_.back();
+    const auto target = static_cast<std::ptrdiff_t>(found->second) + step;
+    if (target < 0 || target >= static_cast<std::ptrdiff_t>(order_.size())) return std::nullopt;
+    return order_[static_cast<std::size_t>(target)];
+}
+
+OutlineModel::Counts OutlineModel::counts() const {
+    const OpenWork& work = controller_.work();
+    Counts counts{work.syncGroups().size(), order_.size(), 0,
+                  static_cast<std::size_t>(work.unmatchedCount())};
+    for (const SyncGroup& group : work.syncGroups()) counts.locked += group.isLocked ? 1U : 0U;
+    return counts;
+}
+
+void OutlineModel::follow(const ImportChange& change) {
+    ResultsViewModel::Change changed;
+    if (change.field == ImportField::report) return layOut(); // names depend on it
+    if (change.field == ImportField::smartAudio) {            // doubts do
+        for (std::size_t i = 0; i < rows_.size(); ++i) changed.rows.push_back(i);
+        return listeners_.tell(changed);
+    }
+    if (change.field != ImportField::syncGroups) return;
+    const SyncGroupChanges changes = change.clipChanges();
+    if (!changes.went.empty() || !changes.came.empty() || !changes.moved.empty()) return layOut();
+    for (const std::size_t position : changes.changed)
+        if (!areListedAlike(change.clips[position], change.clipsBefore[position])) return layOut();
+    for (const std::size_t position : changes.changed) {
+        const auto& clip = change.clips.element(position);
+        for (std::size_t i = 0; i < rows_.size(); ++i)
+            for (auto& own : rows_[i].clips)
+                if (own->id == clip->id) {
+                    own = clip;
+                    changed.rows.push_back(i);
+                }
+    }
+    if (!changes.changed.empty()) listeners_.tell(changed);
+}
+
+void OutlineModel::layOut() {
+    const OpenWork& work = controller_.work();
+    naming_ = namingOf(*work.environment.settings);
+    rows_.clear();
+    order_.clear();
+    rowByGroup_.clear();
+    placeInOrder_.clear();
+    const auto add = [&](const SidebarNode& node, bool isInTake, bool isHidden) {
+        placeInOrder_[node.group->id] = order_.size();
+        order_.push_back(node.group->id);
+        if (!isHidden) rows_.push_back({{}, node.label, {node.group}, false, isInTake});
+        rowByGroup_[node.group->id] = rows_.size() - 1;
+    };
+    for (SidebarNode& node : SidebarOutline::build(work.syncGroups(), naming_.first, naming_.second)) {
+        if (node.group) {
+            node.label = GroupNaming::manualName(*node.group).value_or(node.label);
+            if (isFound(node.label, *node.group)) add(node, false, false);
+            continue;
+        }
+        std::erase_if(node.children, [&](const SidebarNode& child) {
+            return !isFound(node.label + " " + child.label, *child.group);
+        });
+        if (node.children.empty()) continue;
+        Place take{node.id, node.label, {}, true, false};
+        for (const SidebarNode& child : node.children) take.clips.push_back(child.group);
+        rows_.push_back(std::move(take));
+        for (const SidebarNode& child : node.children) add(child, true, folded_.contains(node.id));
+    }
+    listeners_.tell({.isLayoutChanged = true});
+}
+
+bool OutlineModel::isFound(const std::string& label, const SyncGroup& group) const {
+    if (searchWords_.empty()) return true;
+    std::string text = label + "\n" + group.video.filename;
+    for (const AudioMatch& match : group.audioMatches) text += "\n" + match.audio->filename;
+    text = platform::text::lowercased(text);
+    return std::ranges::all_of(searchWords_,
+                               [&](const std::string& word) { return text.find(word) != std::string::npos; });
+}
+
+} // namespace orvane

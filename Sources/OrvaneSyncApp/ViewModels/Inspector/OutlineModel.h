@@ -1,0 +1,92 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
+
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvane {
+
+/// The clips as the review lists them: in the order of the shoot, the cameras of one take below a row of
+/// their own, which folds them away. The controller outlives it. Interface thread.
+class OutlineModel {
+  public:
+    using Certainty = ResultsViewModel::Certainty;
+
+    struct Row {
+        std::string label;
+        std::string facts;                        ///< the camera file; of a take how many cameras
+        std::string status;                       ///< in words, with the doubts; a line each
+        Certainty certainty = Certainty::settled; ///< of a take that of its worst clip
+        bool isApproved = false;                  ///< of a take: every clip is; so are the next two
+        bool isLocked = false;
+        bool isExcluded = false;
+        bool isTake = false;
+        bool isInTake = false;
+        bool isFolded = false;
+
+        bool operator==(const Row&) const = default;
+    };
+    struct Counts {
+        std::size_t all = 0, shown = 0, locked = 0, issues = 0;
+
+        /// Such as "150 clips · 12 locked · 3 to decide".
+        std::string text() const;
+        bool operator==(const Counts&) const = default;
+    };
+
+    explicit OutlineModel(ImportController& controller);
+
+    platform::Subscription onChange(std::function<void(const ResultsViewModel::Change&)> callback) {
+        return listeners_.add(std::move(callback));
+    }
+    /// Shows the clips of which a name or a file holds each of the words.
+    void setSearch(const std::string& text);
+    void toggleFolded(std::size_t row);
+    /// The settings by which clips are named may have changed.
+    void followNaming();
+
+    std::size_t rowCount() const { return rows_.size(); }
+    Row row(std::size_t row) const;
+    /// Nothing for a take.
+    std::optional<UUID> groupID(std::size_t row) const;
+    /// Of a take all its cameras.
+    std::vector<UUID> clipsOf(std::size_t row) const;
+    /// That of the take where it folds the clip away; nothing for a clip that is not shown.
+    std::optional<std::size_t> rowOf(const UUID& groupID) const;
+    /// The clip so many clips further down (or up) in the order shown, those of folded takes included. Of a
+    /// clip that is not shown: the first or last one.
+    std::optional<UUID> neighbour(const UUID& of, int step) const;
+    Counts counts() const;
+
+  private:
+    struct Place {
+        std::string key; ///< of a take, for folding
+        std::string label;
+        std::vector<SyncGroupList::Element> clips; ///< one, or those of the take
+        bool isTake = false;
+        bool isInTake = false;
+    };
+    void follow(const ImportChange& change);
+    void layOut();
+    bool isFound(const std::string& label, const SyncGroup& group) const;
+
+    ImportController& controller_;
+    platform::Listeners<const ResultsViewModel::Change&> listeners_;
+    std::vector<std::string> searchWords_;            ///< lower case
+    std::set<std::string> folded_;                    ///< takes
+    std::pair<ClipNamingSource, std::string> naming_; ///< by which the rows are named
+    std::vector<Place> rows_;
+    std::vector<UUID> order_; ///< of the clips shown
+    std::map<UUID, std::size_t> rowByGroup_;
+    std::map<UUID, std::size_t> placeInOrder_;
+    platform::Subscription observation_;
+};
+
+} // namespace orvane

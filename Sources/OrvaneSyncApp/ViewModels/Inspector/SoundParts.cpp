@@ -1,0 +1,182 @@
+#include "OrvaneSyncApp/ViewModels/Inspector/SoundParts.h"
+
+#include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+namespace orvane {
+
+namespace {
+
+constexpr double percent = 100;
+
+std::string placeText(const AudioMatch& match, const SyncGroup& group) {
+    const double offset = match.syncOffsetSeconds + group.manualAudioOffsetSeconds;
+    constexpr double atOnce = 0.0005;
+    std::string text = std::abs(offset) < atOnce ? "begins with the picture"
+                                                 : "begins " + formatted("%.3f s", std::abs(offset)) +
+                                                       (offset > 0 ? " after it" : " before it");
+    if (group.video.durationSeconds)
+        text += ", covers " + formatted("%.1f", match.overlapDurationSeconds) +
+                formatted(" of %.1f s", *group.video.durationSeconds);
+    if (match.audio->channelCount) text += ", " + counted(*match.audio->channelCount, "channel", "channels");
+    return text;
+}
+
+std::string promptOf(const RecordingsPart& part, const SyncGroup& group) {
+    if (part.recordings.empty())
+        return part.isMeantSilent ? "The clip is meant to have no sound."
+                                  : "No recording lies under this clip. Attach one, or mark the clip as MOS.";
+    if (part.isAmbiguous && part.isLocked) return "Unlock sync to choose.";
+    if (part.isAmbiguous && part.recordings.size() > 1)
+        return counted(static_cast<long long>(part.recordings.size()), "recording", "recordings") +
+               " could belong to this clip. Choose one, or confirm them as they are.";
+    if (part.isAmbiguous)
+        return group.matchStatus.label() + ". Confirm what lies here, or take off what does not belong.";
+    return "";
+}
+
+/// Share of the take's routed time, by track.
+double shareOf(const SmartAudioResult& result, int track) {
+    double own = 0, all = 0;
+    for (const BlockDecision& block : result.blocks) {
+        const double seconds = block.endSeconds - block.startSeconds;
+        all += seconds;
+        if (block.activeTrack == track) own += seconds;
+    }
+    return all > 0 ? own / all : 0;
+}
+
+/// Those that are heard in the export.
+std::set<int> activeTracks(const SyncGroup& group, const SmartAudioResult* result) {
+    if (!group.manualActiveTracks.empty() || result == nullptr) return group.manualActiveTracks;
+    std::set<int> tracks;
+    for (const BlockDecision& block : result->blocks)
+        if (block.activeTrack > 0) tracks.insert(block.activeTrack);
+    if (tracks.empty() && result->bestTrackIndex) tracks.insert(*result->bestTrackIndex);
+    return tracks;
+}
+
+template <class Map>
+const typename Map::mapped_type* find(const Map& map, const UUID& id) {
+    const auto found = map.find(id);
+    return found == map.end() ? nullptr : &found->second;
+}
+
+std::string kindText(const ChannelClassification& classified) {
+    std::string text(rawValue(classified.kind));
+    if (!classified.source.empty()) text += " · " + classified.source;
+    return text;
+}
+
+} // namespace
+
+RecordingsPart RecordingsPart::of(const ImportController& controller, const SyncGroup& group) {
+    const FileNames& names = controller.work().fileNames();
+    RecordingsPart part;
+    part.isLocked = group.isLocked;
+    part.isAmbiguous = group.matchStatus.kind == MatchStatus::Kind::ambiguous;
+    part.isMeantSilent = group.matchStatus.kind == MatchStatus::Kind::mos;
+    for (const auto& positions : recordingsOf(group)) {
+        Recording recording{recordingText(group, positions, names), {}};
+        for (const std::size_t position : positions) {
+            const AudioMatch& match = group.audioMatches[position];
+            recording.files.push_back({match.id, names.of(*match.audio), placeText(match, group)});
+        }
+        part.recordings.push_back(std::move(recording));
+    }
+    part.prompt = promptOf(part, group);
+    return part;
+}
+
+std::vector<Attachable> attachableTo(const ImportController& controller, const UUID& groupID) {
+    std::vector<Attachable> all;
+    for (const WildTrack& track : controller.work().wildTracks())
+        all.push_back({track.audio.id, controller.work().fileNames().of(track.audio) + "  ·  on no clip"});
+    for (const MediaAsset& audio : controller.recordings().rawFilesAvailableToAttach(groupID))
+        all.push_back({audio.id, controller.recordings().rawFilesMenuLabel(audio)});
+    return all;
+}
+
+ChannelsPart ChannelsPart::of(const ImportController& controller, const SyncGroup& group) {
+    const SmartAudioState& state = controller.smartAudio().state();
+    const SmartAudioResult* result = find(state.results, group.id);
+    const int* solo = find(state.soloMonitorTracks, group.id);
+    const Take take = takeOf(group, assumedChannels);
+    const std::set<int> active = activeTracks(group, result);
+    const std::vector<IXMLTrack> names = namedChannels(group, take);
+    ChannelsPart part;
+    part.isAnalysed = result != nullptr;
+    part.isChosenByHand = group.hasManualTrackEdits();
+    for (int track = 1; track <= take.channelCount; ++track) {
+        Channel channel;
+        channel.track = track;
+        channel.name = std::to_string(track);
+        if (const auto named = std::ranges::find(names, track, &IXMLTrack::channelIndex);
+            named != names.end())
+            channel.name += "  " + named->name;
+        channel.isActive = active.empty() || active.contains(track);
+        channel.isAllowed = !group.algorithmExcludedTracks.contains(track);
+        channel.isSolo = solo != nullptr && *solo == track;
+        if (const auto count =
+                std::ranges::count(group.manualBlockOverrides, track, &BlockOverride::trackIndex))
+            channel.ranges = std::to_string(count) + " manual range override(s) on this channel";
+        if (result != nullptr) {
+            const auto& kinds = result->channelClassifications;
+            if (const auto kind = std::ranges::find(kinds, track, &ChannelClassification::trackIndex);
+                kind != kinds.end())
+                channel.kind = kindText(*kind);
+            if (!result->blocks.empty())
+                channel.share = "Algorithm picks this channel for " +
+                                formatted("%.0f", shareOf(*result, track) * percent) + "% of the take";
+            const auto own = std::ranges::find(result->tracks, track, &TrackAdjustment::trackIndex);
+            if (own != result->tracks.end() && own->volumeGainDB)
+                channel.gain = formatted("%+.1f dB", static_cast<double>(*own->volumeGainDB));
+        }
+        part.channels.push_back(std::move(channel));
+    }
+    const auto mode = controller.work().environment.settings->get(settings::bestChannelMode);
+    part.summary = result == nullptr ? "All tracks active — run Smart Audio for recommendation"
+                   : mode == BestChannelMode::perClip && result->bestTrackIndex
+                       ? "Smart Audio chose Track " + std::to_string(*result->bestTrackIndex)
+                       : "Smart Audio active";
+    if (result == nullptr && !group.manualActiveTracks.empty()) part.summary = "Tracks chosen by hand";
+    if (state.isAnalyzing && !state.progress.phase.empty()) part.summary = state.progress.phase + "…";
+    constexpr float musical = 0.3F;
+    if (result != nullptr && result->stemMetrics && result->stemMetrics->musicProbability > musical)
+        part.music = "Music detected (" +
+                     formatted("%.0f", static_cast<double>(result->stemMetrics->musicProbability) * percent) +
+                     "%) — using conservative routing";
+    return part;
+}
+
+LoudnessPart LoudnessPart::of(const SyncGroup& group, const MasterGain::Target& target,
+                              const SmartAudioPredictor& predictor) {
+    const double measured = group.measuredLUFS.value_or(MasterGain::unmeasuredLUFS);
+    const SmartAudioPrediction forecast = predictor.predict(measured, target.preset, target.targetLUFS);
+    LoudnessPart part;
+    part.isMeasured = group.measuredLUFS.has_value();
+    part.isAutomatic = group.masterGainAuto;
+    part.source = part.isMeasured ? formatted("%.0f LUFS", measured) : "not measured";
+    part.preset = target.preset.menuText();
+    part.target = formatted("%.0f LUFS", target.targetLUFS);
+    part.gainDB = group.masterGainDB;
+    part.gain = formatted("%+.1f dB", part.gainDB);
+    if (part.isMeasured) part.forecast = formatted("%.1f LUFS", forecast.postProcessingLUFS + part.gainDB);
+    constexpr double risky = 12;
+    if (part.gainDB > risky)
+        part.warning =
+            "Master Gain > +12 dB — risk of clipping. Source is very quiet; consider switching to the "
+            "Documentary preset.";
+    if (!predictor.isCalibrated())
+        part.estimation = "Smart Audio is using estimated values. Run Settings → Developer → Smart Audio "
+                          "Calibration once for production-accurate predictions.";
+    return part;
+}
+
+} // namespace orvane

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SmartAudioPredictor.h"
+
+#include <functional>
+#include <memory>
+
+namespace orvane {
+
+/// What forecasts are made by, as it lies on the disk. Read in the background when it is made and after every
+/// change of the calibration; until then forecasts are estimated. Interface thread.
+class StoredCalibration : public std::enable_shared_from_this<StoredCalibration> {
+  public:
+    static std::shared_ptr<StoredCalibration> create(ImportController& controller,
+                                                     std::function<void()> whenRead);
+
+    const SmartAudioPredictor& predictor() const { return predictor_; }
+
+  private:
+    StoredCalibration(const OpenWork& work, std::function<void()> whenRead);
+    static platform::Task read(std::weak_ptr<StoredCalibration> weak);
+
+    const std::shared_ptr<platform::MainThread> mainThread_;
+    const std::function<void()> whenRead_;
+    SmartAudioPredictor predictor_;
+    platform::Subscription following_;
+    const std::unique_ptr<platform::SerialQueue> queue_;
+};
+
+} // namespace orvane

@@ -1,0 +1,87 @@
+#include "OrvaneSyncApp/ViewModels/Inspector/SyncPart.h"
+
+#include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane {
+
+namespace {
+
+/// Without the unit, as a field shows it.
+std::string framesText(double seconds, double frameRate) {
+    std::string text = formatOffset(seconds, frameRate);
+    text.pop_back();
+    return text;
+}
+
+std::string beginsSentence(const SyncGroup& group) {
+    if (group.isMOS()) return "The clip has no sound. Attach a recording below.";
+    std::string begins = beginsText(group, takeOf(group, assumedChannels));
+    if (!begins.ends_with("picture")) begins += " picture";
+    return "Sound begins " + begins;
+}
+
+} // namespace
+
+SyncPart SyncPart::of(const SyncGroup& group) {
+    SyncPart part;
+    part.method = group.syncMethod;
+    part.hasSound = !group.isMOS();
+    part.isLocked = group.isLocked;
+    part.isApproved = group.isApproved;
+    part.frameRate = TimelineController::playerFrameRate(group);
+    part.offsetSeconds = group.manualAudioOffsetSeconds;
+    part.offsetFrames = framesText(part.offsetSeconds, part.frameRate);
+    part.offsetInSeconds = formatted("%+.3f", part.offsetSeconds);
+    part.begins = beginsSentence(group);
+    part.hasAnchor = group.audioAnchorOffsetInAudioSeconds.has_value();
+    part.anchor = part.hasAnchor ? formatted("Clap point %.3f s into the recording",
+                                             *group.audioAnchorOffsetInAudioSeconds)
+                                 : "No clap point yet";
+    if (group.pictureClapAnchorSeconds) // it goes before that of the sound
+        part.anchor += formatted("; in the picture at %.3f s", *group.pictureClapAnchorSeconds);
+    part.anchorHint = part.isLocked ? "Unlock sync to move the clap point"
+                                    : "⌘⌥ Click on the audio waveform to set the sync anchor";
+    part.updateAnchor = part.hasAnchor ? "Update Clap Point" : "Set Clap Point";
+    part.lock = part.isLocked ? "Unlock sync verification" : "Lock sync as verified";
+    if (part.isLocked && group.lockedAtManualOffset) {
+        const std::string locked = framesText(*group.lockedAtManualOffset, part.frameRate);
+        if (locked != part.offsetFrames) part.lockedAt = "It was locked at " + locked + " frames.";
+    }
+    return part;
+}
+
+std::string fpsText(double rate) {
+    const std::string text = formatted("%.3f", rate);
+    const std::size_t last = text.find_last_not_of('0');
+    return text.substr(0, text[last] == '.' ? last : last + 1);
+}
+
+SensorPart SensorPart::of(const SyncGroup& group) {
+    const MediaAsset& video = group.video;
+    SensorPart part;
+    part.rates.assign(offered.begin(), offered.end());
+    part.rate = video.sensorFrameRate ? video.sensorFrameRate : video.frameRate;
+    if (part.rate && std::ranges::find(part.rates, *part.rate) == part.rates.end())
+        part.rates.insert(std::ranges::lower_bound(part.rates, *part.rate), *part.rate);
+    part.reset = "Reset to detected";
+    if (video.frameRate) part.reset += " (" + formatted("%.3g", *video.frameRate) + ")";
+    part.isUnconfirmed = video.isSuspectedOffspeedUnconfirmed();
+    part.isLocked = group.isLocked;
+    part.isOffspeed = video.isOffspeed();
+    if (video.sensorFrameRate && video.projectFrameRate) {
+        part.speed = fpsText(*video.sensorFrameRate) + " fps in a project of " +
+                     fpsText(*video.projectFrameRate) + " fps";
+        if (part.isOffspeed)
+            part.speed += ": " + fpsText(std::round(video.slowMotionFactor() * 100) / 100) +
+                          (video.slowMotionFactor() > 1 ? " times slower" : " times the speed");
+    }
+    part.generatesNative = group.generateNativeMOSClip;
+    part.generatesProjectRate = group.shouldGenerateProjectRateClip();
+    return part;
+}
+
+} // namespace orvane

@@ -1,0 +1,163 @@
+#include "OrvaneSyncApp/Views/Inspector/ClipSections.h"
+
+#include <QGridLayout>
+#include <QLineEdit>
+#include <QPointer>
+#include <QVBoxLayout>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+QGridLayout* factsGrid() {
+    auto* grid = new QGridLayout;
+    grid->setHorizontalSpacing(space::small);
+    grid->setVerticalSpacing(space::tight);
+    return grid;
+}
+
+} // namespace
+
+DoubtsSection::DoubtsSection(Desktop& desktop)
+    : InspectorSection(desktop, QStringLiteral("doubts"), tr("Doubts")) {
+    rows_ = new QVBoxLayout;
+    rows_->setSpacing(space::small);
+    add(rows_);
+}
+
+void DoubtsSection::take(const CureStep& step) {
+    run(step.command, step.arguments,
+        [alive = QPointer<DoubtsSection>(this), scans = step.scansAgain](const JSON&) {
+            if (scans && alive != nullptr) alive->desktop().run("startScan");
+        });
+}
+
+void DoubtsSection::show(const SyncGroup& clip) {
+    DoubtsPart part = DoubtsPart::of(desktop().controller(), clip);
+    if (shown_ == part) return;
+    clear(rows_);
+    for (const DoubtsPart::Doubt& doubt : part.doubts) {
+        rows_->addWidget(new Badge(Signal::doubtful, tr("Doubtful")));
+        rows_->addWidget(label(breakable(doubt.message)));
+        if (!doubt.cure.empty()) rows_->addWidget(facts(tr("→ %1").arg(breakable(doubt.cure))));
+        if (doubt.steps.empty()) continue;
+        auto* buttons = new FlowLayout;
+        for (const CureStep& step : doubt.steps) {
+            QPushButton* cure = button(text(step.button));
+            cure->setToolTip(step.scansAgain ? tr("%1 The shoot is then scanned and matched again.")
+                                                   .arg(text(desktop().command(step.command).help))
+                                             : text(desktop().command(step.command).help));
+            connect(cure, &QPushButton::clicked, this, [this, step] { take(step); });
+            buttons->addWidget(cure);
+        }
+        rows_->addLayout(buttons);
+    }
+    setSummary(QString::number(part.doubts.size()));
+    setVisible(!part.doubts.empty());
+    shown_ = std::move(part);
+}
+
+NameSection::NameSection(Desktop& desktop)
+    : InspectorSection(desktop, QStringLiteral("name"), tr("Name and flags")) {
+    name_ = new EntryField(tr("Clip name"), [this](const QString& typed) {
+        JSON arguments = forClip();
+        arguments.set("name", utf8(typed));
+        return runFromField("setManualClipName", std::move(arguments));
+    });
+    name_->line()->setToolTip(tr("Empty: named by the rules of the settings"));
+    add(name_);
+    add(exported_ = facts({}));
+    connect(name_->line(), &QLineEdit::textChanged, this, [this](const QString& typed) { preview(typed); });
+    add(isPickup_ = commandBox("togglePickup", tr("Pickup")));
+    add(isExcluded_ = commandBox("toggleExcludedFromExport", tr("Leave out of the export")));
+    add(isOutOfMulticam_ = commandBox("toggleExcludedFromMulticam", tr("Leave out of multicam")));
+    auto* buttons = new FlowLayout;
+    buttons->addWidget(commandButton("markScenePickupFromHere"));
+    buttons->addWidget(commandButton("resetClipToAutoSync"));
+    add(buttons);
+}
+
+void NameSection::preview(const QString& name) {
+    const SyncGroup* now = clip();
+    if (now == nullptr) return;
+    exported_->setText(
+        tr("In Final Cut Pro: %1").arg(breakable(exportedName(desktop().controller(), *now, utf8(name)))));
+}
+
+void NameSection::show(const SyncGroup& clip) {
+    const NamePart part = NamePart::of(desktop().controller(), clip);
+    isPickup_->setChecked(part.isPickup);
+    isExcluded_->setChecked(part.isExcluded);
+    isOutOfMulticam_->setChecked(part.isExcludedFromMulticam);
+    if (shown_ == part) return;
+    shown_ = part;
+    name_->line()->setPlaceholderText(text(part.automatic));
+    name_->show(text(part.name));
+    if (!name_->line()->isModified())
+        exported_->setText(tr("In Final Cut Pro: %1").arg(breakable(part.exported)));
+    setSummary(part.isExcluded ? tr("not exported") : part.isPickup ? tr("pickup") : QString());
+}
+
+MetadataSection::MetadataSection(Desktop& desktop)
+    : InspectorSection(desktop, QStringLiteral("metadata"), tr("Metadata")) {
+    rows_ = new QVBoxLayout;
+    rows_->setSpacing(space::small);
+    add(rows_);
+    auto* buttons = new FlowLayout;
+    buttons->addWidget(clearReport_ = commandButton("clearALEMetadata"));
+    buttons->addWidget(clearLockit_ = commandButton("clearLockitMetadata"));
+    add(buttons);
+}
+
+void MetadataSection::show(const SyncGroup& clip) {
+    clearReport_->setVisible(clip.hasALEMetadata());
+    clearLockit_->setVisible(clip.hasLockitMetadata());
+    MetadataPart part = MetadataPart::of(desktop().controller(), clip);
+    if (shown_ == part) return;
+    clear(rows_);
+    QGridLayout* files = factsGrid();
+    for (const auto& [name, value] : part.files) addFact(files, name, value);
+    rows_->addLayout(files);
+    for (const MetadataPart::Source& source : part.sources)
+        for (const auto& group : source.groups) {
+            rows_->addWidget(facts(tr("%1 · %2").arg(text(source.title), text(rawValue(group.group)))));
+            QGridLayout* grid = factsGrid();
+            for (const auto& [key, value] : group.rows) addFact(grid, key, value);
+            rows_->addLayout(grid);
+        }
+    shown_ = std::move(part);
+}
+
+NotesSection::NotesSection(Desktop& desktop)
+    : InspectorSection(desktop, QStringLiteral("notes"), tr("Notes and slate")) {
+    rows_ = new QVBoxLayout;
+    rows_->setSpacing(space::tight);
+    add(rows_);
+    add(slate_ = label(QString()));
+    add(proposal_ = facts({}));
+    auto* buttons = new FlowLayout;
+    buttons->addWidget(accept_ = commandButton("acceptSlate"));
+    buttons->addWidget(detect_ = commandButton("detectSlate"));
+    add(buttons);
+}
+
+void NotesSection::show(const SyncGroup& clip) {
+    NotesPart part = NotesPart::of(desktop().controller(), clip);
+    accept_->setVisible(!part.proposal.empty());
+    if (shown_ == part) return;
+    clear(rows_);
+    if (part.notes.empty()) rows_->addWidget(facts(tr("Nobody wrote anything about this take.")));
+    for (const auto& [who, note] : part.notes) {
+        rows_->addWidget(facts(text(who)));
+        rows_->addWidget(label(breakable(note)));
+    }
+    slate_->setText(text(part.slate));
+    proposal_->setText(text(part.proposal));
+    proposal_->setVisible(!part.proposal.empty());
+    setSummary(part.notes.empty() ? QString() : QString::number(part.notes.size()));
+    shown_ = std::move(part);
+}
+
+} // namespace orvane::views

@@ -1,0 +1,110 @@
+#include "OrvaneSyncApp/Views/Inspector/InspectorSection.h"
+
+#include <QGridLayout>
+#include <QPointer>
+#include <QVBoxLayout>
+
+#include <memory>
+
+namespace orvane::views {
+
+using namespace design;
+
+InspectorSection::InspectorSection(Desktop& desktop, const QString& name, const QString& title)
+    : FoldableSection(QStringLiteral("inspector-") + name, title), desktop_(desktop), problem_(facts({})) {
+    QPalette red = problem_->palette();
+    red.setColor(QPalette::WindowText, colour(Signal::missing));
+    problem_->setProperty("facts", QVariant());
+    problem_->setPalette(red);
+    problem_->setVisible(false);
+    body()->addWidget(problem_);
+}
+
+void InspectorSection::showClip(const SyncGroup& clip) {
+    if (clip.id != clipID_) problem_->setVisible(false);
+    clipID_ = clip.id;
+    for (const auto& [control, id] : controls_) control->setEnabled(desktop_.isEnabled(id, &clip));
+    show(clip);
+}
+
+void InspectorSection::add(QWidget* control) { body()->insertWidget(body()->count() - 1, control); }
+void InspectorSection::add(QLayout* controls) { body()->insertLayout(body()->count() - 1, controls); }
+
+const SyncGroup* InspectorSection::clip() const {
+    return desktop_.controller().work().syncGroups().find(clipID_);
+}
+
+JSON InspectorSection::forClip() const {
+    JSON arguments = JSON::object();
+    arguments.set("groupID", clipID_.text());
+    return arguments;
+}
+
+void InspectorSection::run(std::string_view id, JSON arguments, Desktop::Done done) {
+    problem_->setVisible(false);
+    desktop_.run(id, std::move(arguments), std::move(done),
+                 [this, alive = QPointer<QWidget>(this), of = clipID_](const QString& why) {
+                     if (alive == nullptr || of != clipID_) return;
+                     problem_->setText(why);
+                     problem_->setVisible(true);
+                     if (const SyncGroup* now = clip()) showClip(*now); // a box has changed by itself
+                 });
+}
+
+QString InspectorSection::runFromField(std::string_view id, JSON arguments) {
+    // Those that change a clip answer at once.
+    const auto why = std::make_shared<QString>();
+    desktop_.run(id, std::move(arguments), {}, [why](const QString& text) { *why = text; });
+    return *why;
+}
+
+QPushButton* InspectorSection::commandButton(std::string_view id, const QString& text) {
+    const commands::Command& row = desktop_.command(id);
+    QPushButton* made = button(text.isEmpty() ? views::text(row.title) : text);
+    made->setToolTip(views::text(row.help));
+    connect(made, &QPushButton::clicked, this, [this, id] { run(id); });
+    controls_.emplace_back(made, id);
+    return made;
+}
+
+QCheckBox* InspectorSection::commandBox(std::string_view id, const QString& text) {
+    auto* made = new QCheckBox(text);
+    made->setToolTip(views::text(desktop_.command(id).help));
+    connect(made, &QCheckBox::clicked, this, [this, id] { run(id); });
+    controls_.emplace_back(made, id);
+    return made;
+}
+
+void addFact(QGridLayout* grid, const std::string& name, const std::string& value) {
+    const int row = grid->rowCount();
+    QLabel* left = facts(breakable(name));
+    QLabel* right = label(breakable(value));
+    right->setAccessibleName(text(name + ": " + value));
+    grid->addWidget(left, row, 0, Qt::AlignTop);
+    grid->addWidget(right, row, 1, Qt::AlignTop);
+    grid->setColumnStretch(1, 1);
+}
+
+QString breakable(std::string_view utf8) {
+    QString shown;
+    for (const QChar one : text(utf8)) {
+        shown += one;
+        if (QStringLiteral("_-./").contains(one)) shown += QChar(0x200b); // a place to break, of no width
+    }
+    return shown;
+}
+
+void clear(QLayout* layout) {
+    while (QLayoutItem* item = layout->takeAt(0)) {
+        if (QWidget* widget = item->widget()) {
+            widget->hide();
+            // Its own click may have led here.
+            widget->deleteLater();
+        } else if (QLayout* inner = item->layout()) {
+            clear(inner);
+        }
+        delete item;
+    }
+}
+
+} // namespace orvane::views

@@ -1,0 +1,144 @@
+#include "OrvaneSyncApp/Views/Inspector/OutlineListModel.h"
+
+#include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/ResultsModel.h"
+
+#include <QPainter>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+constexpr int rowHeight = 44;
+constexpr int glyphSide = 14;
+constexpr int foldWidth = 24;
+
+QString words(const OutlineModel::Row& row) {
+    QStringList all{text(row.label)};
+    if (!row.facts.empty()) all << text(row.facts);
+    if (row.isLocked) all << QObject::tr("locked");
+    if (row.isApproved) all << QObject::tr("approved");
+    if (row.isExcluded) all << QObject::tr("not exported");
+    return all.join(QStringLiteral(", "));
+}
+
+} // namespace
+
+OutlineListModel::OutlineListModel(OutlineModel& rows, QObject* parent)
+    : QAbstractListModel(parent), rows_(rows) {
+    observation_ = rows.onChange([this](const ResultsViewModel::Change& change) { follow(change); });
+}
+
+int OutlineListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(rows_.rowCount());
+}
+
+QVariant OutlineListModel::data(const QModelIndex& index, int role) const {
+    const OutlineModel::Row& shown = row(index.row());
+    switch (role) {
+    case Qt::DisplayRole:
+        return text(shown.label);
+    case Qt::AccessibleTextRole:
+        return words(shown);
+    case Qt::AccessibleDescriptionRole:
+    case Qt::ToolTipRole:
+        return text(shown.status);
+    default:
+        return {};
+    }
+}
+
+const OutlineModel::Row& OutlineListModel::row(int index) const {
+    const auto found = shown_.find(index);
+    if (found != shown_.end()) return found->second;
+    return shown_.emplace(index, rows_.row(static_cast<std::size_t>(index))).first->second;
+}
+
+void OutlineListModel::follow(const ResultsViewModel::Change& change) {
+    if (change.isLayoutChanged) {
+        beginResetModel();
+        shown_.clear();
+        endResetModel();
+        return;
+    }
+    for (const std::size_t changed : change.rows) {
+        const int at = static_cast<int>(changed);
+        const auto found = shown_.find(at);
+        if (found == shown_.end()) continue; // nobody has seen it
+        OutlineModel::Row row = rows_.row(changed);
+        if (row == found->second) continue;
+        found->second = std::move(row);
+        Q_EMIT dataChanged(index(at), index(at));
+    }
+}
+
+void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                            const QModelIndex& index) const {
+    const OutlineModel::Row& row = static_cast<const OutlineListModel*>(index.model())->row(index.row());
+    const Colours& all = colours();
+    const bool isSelected = option.state.testFlag(QStyle::State_Selected);
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->fillRect(option.rect, isSelected                                       ? all.selected
+                                   : option.state.testFlag(QStyle::State_MouseOver) ? all.panel
+                                                                                    : all.window);
+    const QColor strong = isSelected ? all.onSelected : row.isExcluded ? all.disabled : all.text;
+    const QColor weak = isSelected ? all.onSelected : row.isExcluded ? all.disabled : all.facts;
+    QRect inner = option.rect.adjusted(space::tight, 0, -space::small, 0);
+    if (row.isTake)
+        draw(*painter, row.isFolded ? Glyph::folded : Glyph::unfolded,
+             QRectF(inner.left() + 2, inner.center().y() - glyphSide / 2.0, glyphSide, glyphSide), weak);
+    inner.setLeft(inner.left() + foldWidth + (row.isInTake ? space::medium : 0));
+
+    // The glyph is not told by its colour alone.
+    const Signal sign = signal(row.certainty);
+    if (sign != Signal::none)
+        draw(*painter, glyph(sign),
+             QRectF(inner.left(), inner.center().y() - glyphSide / 2.0, glyphSide, glyphSide),
+             isSelected ? all.onSelected : colour(sign));
+    inner.setLeft(inner.left() + glyphSide + space::small);
+
+    int right = inner.right();
+    for (const auto& [isSet, mark] :
+         {std::pair(row.isExcluded, Glyph::excluded), std::pair(row.isLocked, Glyph::lock),
+          std::pair(row.isApproved, Glyph::approve)}) {
+        if (!isSet) continue;
+        right -= glyphSide;
+        draw(*painter, mark, QRectF(right, inner.center().y() - glyphSide / 2.0, glyphSide, glyphSide),
+             strong);
+        right -= space::tight;
+    }
+    inner.setRight(right);
+    const auto line = [&](const QRect& place, const QFont& font, const QColor& colour, const QString& shown) {
+        painter->setFont(font);
+        painter->setPen(colour);
+        painter->drawText(place, Qt::AlignVCenter | Qt::AlignLeft,
+                          QFontMetrics(font).elidedText(shown, Qt::ElideMiddle, place.width()));
+    };
+    if (row.facts.empty()) {
+        line(inner, textFont(), strong, text(row.label));
+    } else {
+        const int half = inner.height() / 2;
+        line({inner.left(), inner.top() + 2, inner.width(), half}, textFont(), strong, text(row.label));
+        line({inner.left(), inner.top() + half, inner.width(), half - 2}, factsFont(), weak, text(row.facts));
+    }
+    if (option.state.testFlag(QStyle::State_HasFocus)) {
+        painter->setRenderHint(QPainter::Antialiasing, false);
+        painter->setPen(all.focus);
+        painter->drawRect(option.rect.adjusted(0, 0, -1, -1));
+    }
+    painter->restore();
+}
+
+QSize OutlineDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const {
+    return {1, rowHeight};
+}
+
+bool OutlineDelegate::isFold(const QRect& row, const QPoint& at) {
+    return at.x() < row.left() + space::tight + foldWidth;
+}
+
+} // namespace orvane::views

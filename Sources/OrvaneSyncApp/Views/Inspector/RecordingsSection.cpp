@@ -1,0 +1,126 @@
+#include "OrvaneSyncApp/Views/Inspector/RecordingsSection.h"
+
+#include "OrvaneSyncApp/Views/Inspector/AttachSheet.h"
+
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+
+namespace orvane::views {
+
+using namespace design;
+
+RecordingsSection::RecordingsSection(Desktop& desktop)
+    : InspectorSection(desktop, QStringLiteral("recordings"), tr("Recordings")) {
+    add(prompt_ = label(QString()));
+    rows_ = new QVBoxLayout;
+    rows_->setSpacing(space::small);
+    add(rows_);
+    auto* buttons = new FlowLayout;
+    buttons->addWidget(confirm_ = commandButton("confirmAmbiguousMatch"));
+    buttons->addWidget(attach_ = button(tr("Attach…"), Glyph::plus));
+    attach_->setToolTip(tr("Adds a recording of this shoot to the clip"));
+    connect(attach_, &QPushButton::clicked, this, [this] { chooseFromPool(); });
+    buttons->addWidget(attachFile_ = button(tr("Attach File…")));
+    attachFile_->setToolTip(text(RecordingsPart::choosePrompt));
+    connect(attachFile_, &QPushButton::clicked, this, [this] { chooseFile(); });
+    buttons->addWidget(commandButton("resyncClip"));
+    buttons->addWidget(detach_ = commandButton("removeVideoFromSync"));
+    detach_->setToolTip(text(RecordingsPart::detachHint));
+    add(buttons);
+    add(isSilent_ = commandBox("toggleMOS", tr("MOS (no audio)")));
+}
+
+void RecordingsSection::show(const SyncGroup& clip) {
+    const RecordingsPart part = RecordingsPart::of(desktop().controller(), clip);
+    isSilent_->setChecked(part.isMeantSilent);
+    if (shown_ == part && shownClip_ == clip.id) return;
+    shownClip_ = clip.id;
+    fill(part);
+    shown_ = part;
+}
+
+void RecordingsSection::fill(const RecordingsPart& part) {
+    setSummary(part.recordings.empty() ? tr("none") : QString::number(part.recordings.size()));
+    prompt_->setText(text(part.prompt));
+    prompt_->setVisible(!part.prompt.empty());
+    clear(rows_);
+    for (std::size_t i = 0; i < part.recordings.size(); ++i) rows_->addWidget(recordingRow(part, i));
+    confirm_->setVisible(part.isAmbiguous);
+    isSilent_->setVisible(part.recordings.empty());
+    attach_->setEnabled(!part.isLocked);
+    attachFile_->setEnabled(!part.isLocked);
+}
+
+QWidget* RecordingsSection::recordingRow(const RecordingsPart& part, std::size_t index) {
+    const RecordingsPart::Recording& recording = part.recordings[index];
+    auto* panel = new QFrame;
+    panel->setProperty("banner", true);
+    auto* column = new QVBoxLayout(panel);
+    column->setContentsMargins(space::small, space::tight, space::tight, space::small);
+    column->setSpacing(space::tight);
+    for (const RecordingsPart::File& file : recording.files) {
+        auto* row = new QHBoxLayout;
+        row->setSpacing(space::tight);
+        QLabel* name = label(breakable(file.name));
+        name->setToolTip(text(file.name));
+        row->addWidget(name, 1);
+        QPushButton* remove = button({}, Glyph::cross, Weight::quiet);
+        remove->setAccessibleName(tr("Take %1 off the clip").arg(text(file.name)));
+        remove->setToolTip(text(desktop().command("removeAudioMatch").help));
+        remove->setEnabled(!part.isLocked);
+        connect(remove, &QPushButton::clicked, this, [this, id = file.matchID] {
+            JSON arguments = forClip();
+            arguments.set("matchID", id.text());
+            run("removeAudioMatch", std::move(arguments));
+        });
+        row->addWidget(remove, 0, Qt::AlignTop);
+        column->addLayout(row);
+        column->addWidget(facts(text(file.facts)));
+    }
+    const bool isHeard = index == 0 && !part.isAmbiguous;
+    if (isHeard && part.recordings.size() > 1)
+        column->addWidget(new Badge(Signal::matched, tr("Heard")));
+    else if (part.hasChoice()) {
+        QPushButton* choose =
+            button(tr("Use This Recording"), part.isAmbiguous ? Weight::primary : Weight::normal);
+        choose->setAccessibleName(tr("Use %1").arg(text(recording.title)));
+        choose->setToolTip(text(desktop().command("chooseRecording").help));
+        connect(choose, &QPushButton::clicked, this, [this, id = recording.files.front().matchID] {
+            JSON arguments = forClip();
+            arguments.set("matchID", id.text());
+            run("chooseRecording", std::move(arguments));
+        });
+        column->addWidget(choose, 0, Qt::AlignLeft);
+    }
+    return panel;
+}
+
+void RecordingsSection::chooseFromPool() {
+    auto* sheet = new AttachSheet(attachableTo(desktop().controller(), clipID()), this);
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->whenChosen = [this, arguments = forClip()](const UUID& audio) {
+        JSON call = arguments;
+        call.set("audio", audio.text());
+        run("attachAudioToGroup", std::move(call));
+    };
+    sheet->whenFileWanted = [this] { chooseFile(); };
+    sheet->open();
+}
+
+void RecordingsSection::chooseFile() {
+    auto* dialog = new QFileDialog(this, text(RecordingsPart::choosePrompt));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setNameFilters({tr("Sound (*.wav *.bwf *.aif *.aiff *.WAV *.BWF)"), tr("All files (*)")});
+    if (const SyncGroup* own = clip(); own != nullptr && own->primaryAudio() != nullptr)
+        dialog->setDirectory(QFileInfo(text(own->primaryAudio()->url.path)).path());
+    connect(dialog, &QFileDialog::fileSelected, this, [this, arguments = forClip()](const QString& path) {
+        JSON call = arguments;
+        call.set("path", utf8(path));
+        run("chooseAndAttachAudio", std::move(call));
+    });
+    dialog->open();
+}
+
+} // namespace orvane::views

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "OrvaneSyncApp/ViewModels/Inspector/SoundParts.h"
+#include "OrvaneSyncApp/Views/Inspector/InspectorSection.h"
+
+#include <optional>
+
+class QVBoxLayout;
+
+namespace orvane::views {
+
+/// Which recordings lie under the clip: choose, confirm, attach, take off.
+class RecordingsSection : public InspectorSection {
+  public:
+    explicit RecordingsSection(Desktop& desktop);
+
+  protected:
+    void show(const SyncGroup& clip) override;
+
+  private:
+    void fill(const RecordingsPart& part);
+    QWidget* recordingRow(const RecordingsPart& part, std::size_t index);
+    void chooseFromPool();
+    void chooseFile();
+
+    std::optional<RecordingsPart> shown_;
+    UUID shownClip_;
+    QLabel* prompt_;
+    QVBoxLayout* rows_;
+    QPushButton *confirm_, *attach_, *attachFile_, *detach_;
+    QCheckBox* isSilent_;
+};
+
+} // namespace orvane::views

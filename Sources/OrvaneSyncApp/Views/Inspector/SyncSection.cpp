@@ -1,0 +1,214 @@
+#include "OrvaneSyncApp/Views/Inspector/SyncSection.h"
+
+#include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
+
+#include <QGridLayout>
+#include <QLineEdit>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+constexpr double secondsStep = 0.01;
+
+QString methodName(SyncMethod method) { return text(label(method)); }
+
+} // namespace
+
+SyncSection::SyncSection(Desktop& desktop, std::shared_ptr<ReviewViewModel> review)
+    : InspectorSection(desktop, QStringLiteral("sync"), tr("Sync")), review_(std::move(review)) {
+    add(begins_ = label(QString()));
+    add(facts(tr("Sync Method")));
+    add(method_ = new Choice);
+    method_->setAccessibleName(tr("Sync Method"));
+    method_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    for (const SyncMethod method : allSyncMethods) {
+        method_->addItem(methodName(method));
+        method_->setItemData(method_->count() - 1, text(description(method)), Qt::ToolTipRole);
+    }
+    connect(method_, &QComboBox::activated, this, [this](int index) {
+        JSON arguments = forClip();
+        arguments.set("method", toJSON(allSyncMethods.at(static_cast<std::size_t>(index))));
+        run("setSyncMethod", std::move(arguments));
+    });
+    add(methodText_ = facts({}));
+    makeOffset();
+    makeAnchor();
+    makeDecisions();
+}
+
+void SyncSection::makeOffset() {
+    constexpr double furthest = ClipEditing::furthestOffsetSeconds;
+    frames_ = new EntryField(tr("Offset in frames"), [this](const QString& typed) {
+        return moveTo(offsetFromFrames(utf8(typed), shown_->frameRate, furthest));
+    });
+    frames_->setSteps(tr("1 frame"), [this](int direction) {
+        JSON arguments = forClip();
+        arguments.set("frames", direction);
+        run("nudgeByFrames", std::move(arguments));
+    });
+    seconds_ = new EntryField(tr("Offset in seconds"), [this](const QString& typed) {
+        return moveTo(offsetFromSeconds(utf8(typed), furthest));
+    });
+    seconds_->setSteps(tr("10 ms"), [this](int direction) { moveBy(direction * secondsStep); });
+    auto* grid = new QGridLayout;
+    grid->setHorizontalSpacing(space::small);
+    for (const auto& [row, name, field] :
+         {std::tuple(0, tr("Frames"), frames_), std::tuple(1, tr("Seconds"), seconds_)}) {
+        QLabel* left = facts(name);
+        left->setBuddy(field->line());
+        grid->addWidget(left, row, 0);
+        grid->addWidget(field, row, 1);
+    }
+    grid->setColumnStretch(1, 1);
+    add(facts(tr("Offset by hand, on top of the match")));
+    add(grid);
+    add(commandButton("resetAudioOffset"));
+}
+
+void SyncSection::makeAnchor() {
+    add(anchor_ = label(QString()));
+    auto* buttons = new FlowLayout;
+    buttons->addWidget(goToAnchor_ = button(tr("Go To")));
+    goToAnchor_->setAccessibleName(tr("Go to the clap point"));
+    goToAnchor_->setToolTip(tr("Moves the playhead to the clap point"));
+    connect(goToAnchor_, &QPushButton::clicked, this, [this] { review_->seekVideoToAnchor(); });
+    buttons->addWidget(updateAnchor_ = button({}));
+    updateAnchor_->setToolTip(text(helpText(ShortcutAction::updateClapPoint)));
+    connect(updateAnchor_, &QPushButton::clicked, this,
+            [this] { review_->handleKeyAction(KeyAction::updateClapPoint); });
+    buttons->addWidget(clearAnchor_ = button(tr("Clear")));
+    clearAnchor_->setAccessibleName(tr("Clear the clap point"));
+    clearAnchor_->setToolTip(text(desktop().command("setAudioAnchor").help));
+    connect(clearAnchor_, &QPushButton::clicked, this, [this] { run("setAudioAnchor"); });
+    buttons->addWidget(commandButton("autoDetectAudioAnchor"));
+    QPushButton* check = button(text(orvane::label(ShortcutAction::clapCheck)));
+    check->setToolTip(text(helpText(ShortcutAction::clapCheck)));
+    connect(check, &QPushButton::clicked, this, [this] { review_->handleKeyAction(KeyAction::clapCheck); });
+    buttons->addWidget(check);
+    add(buttons);
+    add(anchorHint_ = facts({}));
+}
+
+void SyncSection::makeDecisions() {
+    auto* buttons = new FlowLayout;
+    buttons->addWidget(lock_ = commandButton("toggleLocked", tr("Lock sync as verified")));
+    lock_->setToolTip(tr("Verify and lock the current clip's sync — locked clips no longer auto-recompute."));
+    QPushButton* lockAll = button(tr("Lock All Cams in Cluster"));
+    lockAll->setToolTip(tr("Lock every cam that shares this clip's scene/take."));
+    connect(lockAll, &QPushButton::clicked, this, [this] {
+        JSON arguments = JSON::object();
+        arguments.set("of", clipID().text());
+        run("lockAllInCluster", std::move(arguments));
+    });
+    buttons->addWidget(lockAll);
+    buttons->addWidget(
+        approve_ = commandButton("toggleApproved", text(orvane::label(ShortcutAction::toggleApproved))));
+    approve_->setToolTip(text(helpText(ShortcutAction::toggleApproved)));
+    approve_->setCheckable(true);
+    approve_->setIcon(icon(Glyph::approve));
+    add(buttons);
+    add(lockedAt_ = facts({}));
+}
+
+QString SyncSection::moveTo(const TypedNumber& typed) {
+    if (!typed.value) return text(typed.problem);
+    JSON arguments = forClip();
+    arguments.set("deltaSeconds", *typed.value - clip()->manualAudioOffsetSeconds);
+    return runFromField("adjustAudioOffset", std::move(arguments));
+}
+
+void SyncSection::moveBy(double seconds) {
+    JSON arguments = forClip();
+    arguments.set("deltaSeconds", seconds);
+    run("adjustAudioOffset", std::move(arguments));
+}
+
+void SyncSection::show(const SyncGroup& clip) {
+    const SyncPart part = SyncPart::of(clip);
+    approve_->setChecked(part.isApproved); // a click has changed it by itself
+    if (shown_ == part) return;
+    shown_ = part;
+    setSummary(part.isLocked ? tr("%1 f, locked").arg(text(part.offsetFrames))
+                             : tr("%1 f").arg(text(part.offsetFrames)));
+    begins_->setText(text(part.begins));
+    method_->setCurrentIndex(static_cast<int>(part.method));
+    methodText_->setText(text(description(part.method)));
+    frames_->show(text(part.offsetFrames));
+    seconds_->show(text(part.offsetInSeconds));
+    for (EntryField* field : {frames_, seconds_}) field->setEnabled(part.hasSound);
+    anchor_->setText(text(part.anchor));
+    goToAnchor_->setEnabled(part.hasAnchor);
+    updateAnchor_->setText(text(part.updateAnchor));
+    updateAnchor_->setEnabled(part.hasSound && !part.isLocked);
+    clearAnchor_->setEnabled(part.hasAnchor && !part.isLocked);
+    anchorHint_->setText(text(part.anchorHint));
+    lock_->setText(text(part.lock));
+    lock_->setIcon(icon(part.isLocked ? Glyph::unlock : Glyph::lock));
+    lockedAt_->setText(text(part.lockedAt));
+    lockedAt_->setVisible(!part.lockedAt.empty());
+}
+
+SensorSection::SensorSection(Desktop& desktop)
+    : InspectorSection(desktop, QStringLiteral("sensor"), tr("Speed")) {
+    auto* row = new QHBoxLayout;
+    QLabel* name = label(tr("Sensor FPS"));
+    name->setToolTip(text(SensorPart::hint));
+    row->addWidget(name);
+    row->addWidget(rate_ = new Choice, 1);
+    rate_->setAccessibleName(tr("Sensor FPS"));
+    rate_->setToolTip(text(SensorPart::hint));
+    rate_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    add(row);
+    add(unconfirmed_ = new Badge(Signal::doubtful, tr("unconfirmed")));
+    add(speed_ = facts({}));
+    add(note_ = facts(text(SensorPart::unconfirmedNote)));
+    add(native_ = new QCheckBox(tr("Also export at its own rate")));
+    add(projectRate_ = new QCheckBox(tr("Also export at project rate")));
+    for (const auto& [box, id] : {std::pair(native_, "setGenerateNativeMOS"),
+                                  std::pair(projectRate_, "setGenerateProjectRateClip")}) {
+        box->setToolTip(text(desktop.command(id).help));
+        connect(box, &QCheckBox::clicked, this, [this, command = id](bool isOn) {
+            JSON arguments = forClip();
+            arguments.set("enabled", isOn);
+            run(command, std::move(arguments));
+        });
+    }
+    connect(rate_, &QComboBox::activated, this, [this](int index) {
+        JSON arguments = forClip();
+        const QVariant rate = rate_->itemData(index);
+        if (rate.isValid()) arguments.set("fps", rate.toDouble());
+        run("setManualSensorFrameRate", std::move(arguments));
+        // The row says what the clip has, whatever became of the choice.
+        if (const SyncGroup* now = clip()) fill(SensorPart::of(*now));
+    });
+}
+
+void SensorSection::show(const SyncGroup& clip) {
+    const SensorPart part = SensorPart::of(clip);
+    native_->setChecked(part.generatesNative);
+    projectRate_->setChecked(part.generatesProjectRate);
+    if (shown_ == part) return;
+    fill(part);
+    shown_ = part;
+}
+
+void SensorSection::fill(const SensorPart& part) {
+    rate_->clear();
+    for (const double rate : part.rates) rate_->addItem(text(fpsText(rate)), rate);
+    rate_->insertSeparator(rate_->count());
+    rate_->addItem(text(part.reset));
+    rate_->setCurrentIndex(part.rate ? rate_->findData(*part.rate) : -1);
+    rate_->setEnabled(!part.isLocked);
+    unconfirmed_->setVisible(part.isUnconfirmed);
+    note_->setVisible(part.isUnconfirmed);
+    speed_->setText(text(part.speed));
+    speed_->setVisible(!part.speed.empty());
+    native_->setVisible(part.isOffspeed);
+    projectRate_->setVisible(part.isOffspeed);
+    setSummary(part.isUnconfirmed ? tr("unconfirmed") : part.isOffspeed ? tr("off-speed") : QString());
+}
+
+} // namespace orvane::views

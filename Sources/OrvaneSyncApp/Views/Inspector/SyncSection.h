@@ -1,0 +1,54 @@
+#pragma once
+
+#include "OrvaneDesignKit/EntryField.h"
+#include "OrvaneSyncApp/ViewModels/Inspector/SyncPart.h"
+#include "OrvaneSyncApp/ViewModels/Inspector/TypedValues.h"
+#include "OrvaneSyncApp/Views/Inspector/InspectorSection.h"
+
+#include <memory>
+#include <optional>
+
+namespace orvane::views {
+
+/// By what the clip is in sync, how far its sound was moved, its clap point, and whether that is verified.
+class SyncSection : public InspectorSection {
+  public:
+    SyncSection(Desktop& desktop, std::shared_ptr<ReviewViewModel> review);
+
+  protected:
+    void show(const SyncGroup& clip) override;
+
+  private:
+    void makeOffset();
+    void makeAnchor();
+    void makeDecisions();
+    QString moveTo(const TypedNumber& typed);
+    void moveBy(double seconds);
+
+    const std::shared_ptr<ReviewViewModel> review_;
+    std::optional<SyncPart> shown_;
+    design::Choice* method_;
+    QLabel *methodText_, *begins_, *anchor_, *anchorHint_, *lockedAt_;
+    design::EntryField *frames_, *seconds_;
+    QPushButton *goToAnchor_, *clearAnchor_, *updateAnchor_, *lock_, *approve_;
+};
+
+/// At which rate the sensor ran, and what is exported beside an off-speed clip.
+class SensorSection : public InspectorSection {
+  public:
+    explicit SensorSection(Desktop& desktop);
+
+  protected:
+    void show(const SyncGroup& clip) override;
+
+  private:
+    void fill(const SensorPart& part);
+
+    std::optional<SensorPart> shown_;
+    design::Choice* rate_;
+    design::Badge* unconfirmed_;
+    QLabel *speed_, *note_;
+    QCheckBox *native_, *projectRate_;
+};
+
+} // namespace orvane::views

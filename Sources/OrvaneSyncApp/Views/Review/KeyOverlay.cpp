@@ -1,0 +1,153 @@
+#include "OrvaneSyncApp/Views/Review/KeyOverlay.h"
+
+#include "OrvaneDesignKit/Theme.h"
+#include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QPainter>
+
+#include <algorithm>
+#include <utility>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+constexpr int rowHeight = 22;
+constexpr int columnWidth = 340;
+constexpr int keyWidth = 108;
+constexpr int shade = 235; ///< of 255: the screen below shines through a little
+
+bool editsText(const QWidget* widget) {
+    return widget != nullptr && widget->testAttribute(Qt::WA_InputMethodEnabled) &&
+           !widget->property("readOnly").toBool();
+}
+
+bool isModifier(int key) {
+    return key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt || key == Qt::Key_Meta ||
+           key == Qt::Key_AltGr;
+}
+
+int heightOf(const KeyGroup& group) { return (static_cast<int>(group.rows.size()) + 2) * rowHeight; }
+
+} // namespace
+
+KeyOverlay::KeyOverlay(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* over)
+    : QWidget(over), desktop_(desktop), review_(std::move(review)), over_(over) {
+    setObjectName(QStringLiteral("keyOverlay"));
+    setVisible(false);
+    qApp->installEventFilter(this);
+}
+
+KeyOverlay::~KeyOverlay() { qApp->removeEventFilter(this); }
+
+void KeyOverlay::open() {
+    groups_ = keyOverview(desktop_.context().shortcuts()->bindings(), situation());
+    setGeometry(over_->rect());
+    setAccessibleName(tr("Keys"));
+    setAccessibleDescription(spoken());
+    raise();
+    show();
+}
+
+QString KeyOverlay::spoken() const {
+    QStringList lines;
+    for (const KeyGroup& group : groups_)
+        for (const KeyGroup::Row& row : group.rows)
+            if (row.acts) lines << tr("%1: %2").arg(text(row.key), text(row.label));
+    return lines.join(QLatin1Char('\n'));
+}
+
+ReviewSituation KeyOverlay::situation() const {
+    const OpenWork& work = desktop_.controller().work();
+    const auto& id = review_->groupID();
+    const SyncGroup* clip = id ? work.syncGroups().find(*id) : nullptr;
+    const auto has = [&](int step) { return clip != nullptr && (!neighbour || neighbour(*id, step)); };
+    ReviewSituation now;
+    now.hasClip = clip != nullptr;
+    now.isLoaded = review_->engine()->transport().isLoaded;
+    now.hasSound = clip != nullptr && !clip->isMOS();
+    now.isLocked = clip != nullptr && clip->isLocked;
+    now.isLooping = review_->engine()->loop().isLooping;
+    now.hasNext = has(1);
+    now.hasPrevious = has(-1);
+    now.canUndo = work.undoState().canUndo;
+    now.canRedo = work.undoState().canRedo;
+    now.hasWork = !work.syncGroups().empty();
+    return now;
+}
+
+bool KeyOverlay::eventFilter(QObject* watched, QEvent* event) {
+    const auto type = event->type();
+    if (watched == over_ && type == QEvent::Resize) setGeometry(over_->rect());
+    if (type != QEvent::KeyPress && type != QEvent::ShortcutOverride) return false;
+    const auto* key = static_cast<QKeyEvent*>(event);
+    if (isVisible()) {
+        // The key that closes does nothing else, not as a shortcut either.
+        if (isModifier(key->key())) return false;
+        if (type == QEvent::ShortcutOverride)
+            event->accept();
+        else
+            hide();
+        return true;
+    }
+    if (type != QEvent::KeyPress || key->text() != QStringLiteral("?") || !over_->isVisible() ||
+        QApplication::activeWindow() != over_->window() || editsText(QApplication::focusWidget()))
+        return false;
+    open();
+    return true;
+}
+
+void KeyOverlay::mousePressEvent(QMouseEvent*) { hide(); }
+
+void KeyOverlay::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    const Colours& all = colours();
+    QColor ground = all.window;
+    ground.setAlpha(shade);
+    painter.fillRect(rect(), ground);
+    // Groups go into the columns one after the other, each into the first that has room.
+    const int top = space::large + 2 * rowHeight;
+    const int room = height() - top - space::medium;
+    const int columns = std::max(1, (width() - space::medium) / columnWidth);
+    std::vector<int> used(static_cast<std::size_t>(columns), 0);
+    const int left = std::max<int>((width() - columns * columnWidth) / 2, space::medium);
+    painter.setFont(titleFont());
+    painter.setPen(all.text);
+    painter.drawText(QRect(left, space::medium, width() - 2 * left, 2 * rowHeight), Qt::AlignVCenter,
+                     tr("Keys"));
+    painter.setFont(factsFont());
+    painter.setPen(all.facts);
+    painter.drawText(
+        QRect(left + keyWidth, space::medium, width() - left - keyWidth, 2 * rowHeight), Qt::AlignVCenter,
+        tr("Grey: does nothing at the moment. Any key closes this. Settings > Keyboard changes them."));
+    for (const KeyGroup& group : groups_) {
+        auto column = std::ranges::find_if(used, [&](int y) { return y + heightOf(group) <= room; });
+        if (column == used.end()) column = std::ranges::min_element(used);
+        const int x = left + static_cast<int>(column - used.begin()) * columnWidth;
+        int y = top + *column;
+        QFont bold = textFont();
+        bold.setWeight(QFont::DemiBold);
+        painter.setFont(bold);
+        painter.setPen(all.text);
+        painter.drawText(QRect(x, y, columnWidth, rowHeight), Qt::AlignVCenter, text(group.title));
+        y += rowHeight;
+        for (const KeyGroup::Row& row : group.rows) {
+            painter.setPen(row.acts ? all.text : all.disabled);
+            painter.setFont(factsFont());
+            painter.drawText(QRect(x, y, keyWidth, rowHeight), Qt::AlignVCenter, text(row.key));
+            painter.setFont(textFont());
+            const QRect place(x + keyWidth, y, columnWidth - keyWidth - space::medium, rowHeight);
+            painter.drawText(
+                place, Qt::AlignVCenter,
+                painter.fontMetrics().elidedText(text(row.label), Qt::ElideRight, place.width()));
+            y += rowHeight;
+        }
+        *column += heightOf(group);
+    }
+}
+
+} // namespace orvane::views

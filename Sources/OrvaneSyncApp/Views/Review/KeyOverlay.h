@@ -1,0 +1,42 @@
+#pragma once
+
+#include "OrvaneSyncApp/ViewModels/Inspector/KeyOverview.h"
+#include "OrvaneSyncApp/Views/Desktop.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace orvane::views {
+
+/// Lies over a screen and says what each key does there and at this moment; greyed what does nothing. "?"
+/// shows it while the screen is seen and no text is edited; any key and a click close it.
+class KeyOverlay : public QWidget {
+  public:
+    /// `over`: the screen that it covers.
+    KeyOverlay(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* over);
+    ~KeyOverlay() override;
+
+    /// The clip so many places away in the list, to say whether there is one; null: there always is.
+    std::function<std::optional<UUID>(const UUID& of, int step)> neighbour;
+    void open();
+    /// What it says, for reading aloud.
+    QString spoken() const;
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+
+  private:
+    ReviewSituation situation() const;
+
+    Desktop& desktop_;
+    const std::shared_ptr<ReviewViewModel> review_;
+    QWidget* over_;
+    std::vector<KeyGroup> groups_;
+};
+
+} // namespace orvane::views

@@ -1,0 +1,63 @@
+#include "OrvaneSyncApp/Views/Review/SiblingBanner.h"
+
+#include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
+
+#include <QHBoxLayout>
+
+#include <utility>
+
+namespace orvane::views {
+
+using namespace design;
+
+SiblingBanner::SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent)
+    : QFrame(parent), desktop_(desktop), review_(std::move(review)), text_(label(QString())) {
+    setObjectName(QStringLiteral("siblingBanner"));
+    setProperty("banner", true);
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(space::medium, space::tight, space::tight, space::tight);
+    row->setSpacing(space::small);
+    row->addWidget(text_, 1);
+    for (const auto& [id, glyph] : {std::pair("applySiblingSuggestion", Glyph::check),
+                                    std::pair("dismissSiblingSuggestion", Glyph::cross)}) {
+        const commands::Command& command = desktop.command(id);
+        const bool isApply = glyph == Glyph::check;
+        QPushButton* one = isApply ? button(views::text(command.title)) : button({}, glyph, Weight::quiet);
+        one->setAccessibleName(views::text(command.title));
+        one->setToolTip(views::text(isApply ? command.help : command.title));
+        connect(one, &QPushButton::clicked, this, [this, own = std::string_view(id)] { run(own); });
+        row->addWidget(one);
+    }
+    observations_.push_back(desktop.controller().onChange([this](ImportField field) {
+        if (field == ImportField::syncGroups) scheduleRefresh();
+    }));
+    observations_.push_back(review_->onChange([this] { scheduleRefresh(); }));
+    refresh();
+}
+
+void SiblingBanner::scheduleRefresh() {
+    if (std::exchange(isScheduled_, true)) return;
+    QMetaObject::invokeMethod(
+        this, [this] { refresh(); }, Qt::QueuedConnection);
+}
+
+void SiblingBanner::refresh() {
+    isScheduled_ = false;
+    const auto& id = review_->groupID();
+    const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
+    const auto suggestion =
+        clip == nullptr ? std::nullopt : desktop_.controller().timeline().siblingSuggestion(*id);
+    if (suggestion) text_->setText(views::text(suggestion->text(TimelineController::playerFrameRate(*clip))));
+    setAccessibleName(suggestion ? text_->text() : QString());
+    setVisible(suggestion.has_value());
+}
+
+void SiblingBanner::run(std::string_view id) {
+    if (!review_->groupID()) return;
+    JSON arguments = JSON::object();
+    arguments.set("groupID", review_->groupID()->text());
+    desktop_.run(id, std::move(arguments));
+    refresh(); // to dismiss changes no clip
+}
+
+} // namespace orvane::views

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/Views/Desktop.h"
+
+#include <memory>
+#include <vector>
+
+namespace orvane::views {
+
+/// Offers the clip in view the move that another camera of its take got. Hidden without such an offer.
+class SiblingBanner : public QFrame {
+  public:
+    SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent = nullptr);
+
+    QString text() const { return text_->text(); }
+
+  private:
+    void scheduleRefresh();
+    void refresh();
+    void run(std::string_view id);
+
+    Desktop& desktop_;
+    const std::shared_ptr<ReviewViewModel> review_;
+    QLabel* text_;
+    bool isScheduled_ = false;
+    std::vector<platform::Subscription> observations_;
+};
+
+} // namespace orvane::views

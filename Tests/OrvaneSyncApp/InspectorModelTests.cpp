@@ -1,0 +1,226 @@
+#include "ControllerTest.h"
+
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
+#include "OrvaneSyncApp/ViewModels/Inspector/KeyOverview.h"
+#include "OrvaneSyncApp/ViewModels/Inspector/OutlineModel.h"
+#include "OrvaneSyncApp/ViewModels/Inspector/SoundParts.h"
+#include "OrvaneSyncApp/ViewModels/Inspector/SyncPart.h"
+#include "OrvaneSyncApp/ViewModels/Inspector/TypedValues.h"
+#include "Support/Assets.h"
+
+#include <algorithm>
+
+namespace orvane::test {
+namespace {
+
+/// Two cameras of 12-3, one clip of 12-4 and one without sound.
+class InspectorModelTest : public ControllerTest {
+  protected:
+    InspectorModelTest() {
+        MediaAsset three = slated(audio("T3.wav"), "12", "3");
+        three.channelCount = 2;
+        const MediaAsset four = slated(audio("T4.wav", "11:00:00:00"), "12", "4");
+        SyncGroup b = test::clip(video("B001C001_x.mov"), three);
+        SyncGroup a = test::clip(video("A001C001_x.mov"), three);
+        SyncGroup next = test::clip(video("A001C002_x.mov", "11:00:00:00"), four);
+        SyncGroup silent(video("A001C003_x.mov", "12:00:00:00"), {}, MatchStatus::unmatched());
+        b_ = b.id, a_ = a.id, next_ = next.id, silent_ = silent.id;
+        controller_->openStoredWork({{}, {}, SyncGroupList({b, a, next, silent})});
+    }
+    const SyncGroup& group(const UUID& id) const { return *controller_->work().syncGroups().find(id); }
+    void change(const UUID& id, const std::function<void(SyncGroup&)>& how) {
+        std::vector<SyncGroup> groups(controller_->work().syncGroups().begin(),
+                                      controller_->work().syncGroups().end());
+        how(*std::ranges::find(groups, id, &SyncGroup::id));
+        controller_->openStoredWork({{}, {}, SyncGroupList(std::move(groups))});
+    }
+
+    UUID b_, a_, next_, silent_;
+};
+
+std::vector<std::string> labels(const OutlineModel& outline) {
+    std::vector<std::string> all;
+    for (std::size_t i = 0; i < outline.rowCount(); ++i) all.push_back(outline.row(i).label);
+    return all;
+}
+
+TEST_F(InspectorModelTest, theOutlineFollowsTheShootAndStepsOverTakes) {
+    OutlineModel outline(*controller_);
+    using Labels = std::vector<std::string>;
+    ASSERT_EQ(labels(outline), (Labels{"12-3", "12-3 Cam A", "12-3 Cam B", "12-4", "A001C003_x"}));
+    EXPECT_FALSE(outline.groupID(0));
+    EXPECT_EQ(outline.clipsOf(0), (std::vector{a_, b_}));
+    EXPECT_EQ(outline.row(4).certainty, OutlineModel::Certainty::missing);
+    EXPECT_EQ(outline.counts().text(), "4 clips · 1 to decide");
+
+    EXPECT_EQ(outline.neighbour(b_, 1), next_);
+    EXPECT_EQ(outline.neighbour(next_, -2), a_);
+    EXPECT_FALSE(outline.neighbour(silent_, 1));
+    outline.toggleFolded(0);
+    EXPECT_EQ(labels(outline), (Labels{"12-3", "12-4", "A001C003_x"}));
+    EXPECT_EQ(outline.rowOf(b_), 0U);
+    EXPECT_EQ(outline.neighbour(a_, 1), b_) << "folding a take does not hide it from the keys";
+    outline.setSearch("a001c00 12");
+    EXPECT_EQ(labels(outline), (Labels{"12-3", "12-4"})) << "the take of which one camera is found";
+    EXPECT_EQ(outline.neighbour(silent_, 1), a_) << "from a clip that is not shown to the first that is";
+}
+
+TEST_F(InspectorModelTest, theOutlinePaintsOnlyWhatChanged) {
+    OutlineModel outline(*controller_);
+    std::vector<std::size_t> rows;
+    bool isLayout = false;
+    const auto following = outline.onChange([&](const ResultsViewModel::Change& change) {
+        rows = change.rows;
+        isLayout = change.isLayoutChanged;
+    });
+    controller_->clips().toggleLocked(b_);
+    EXPECT_FALSE(isLayout);
+    EXPECT_EQ(rows, (std::vector<std::size_t>{0, 2})) << "the clip, and the take that counts it";
+    EXPECT_TRUE(outline.row(2).isLocked);
+    EXPECT_FALSE(outline.row(0).isLocked) << "not every camera is";
+    controller_->clips().setManualClipName(next_, "Hero");
+    EXPECT_TRUE(isLayout);
+    EXPECT_EQ(outline.row(3).label, "Hero");
+}
+
+TEST(TypedValuesTest, takesWhatPeopleTypeAndSaysWhatIsWrong) {
+    struct Case {
+        const char* typed;
+        std::optional<double> frames, seconds;
+    };
+    for (const Case& one : {Case{"+3", 0.12, 3},
+                            {" -12 f", -0.48, {}},
+                            {"−5", -0.2, -5},
+                            {"0,5", {}, 0.5},
+                            {"1.5 s", {}, 1.5},
+                            {"", {}, {}},
+                            {"abc", {}, {}},
+                            {"1e9", {}, {}},
+                            {"nan", {}, {}}}) {
+        const TypedNumber frames = offsetFromFrames(one.typed, 25, 86400);
+        const TypedNumber seconds = offsetFromSeconds(one.typed, 86400);
+        EXPECT_EQ(frames.value, one.frames) << one.typed;
+        EXPECT_EQ(seconds.value, one.seconds) << one.typed;
+        EXPECT_EQ(frames.problem.empty(), frames.value.has_value()) << one.typed;
+        EXPECT_EQ(seconds.problem.empty(), seconds.value.has_value()) << one.typed;
+    }
+    EXPECT_NEAR(*offsetFromFrames("24", 23.976, 86400).value, 1.001, 1e-9) << "24000/1001, not 23.976";
+    EXPECT_EQ(gainFromText("-3,5 dB", -60, 40).value, -3.5);
+    EXPECT_FALSE(gainFromText("41", -60, 40).value);
+}
+
+TEST_F(InspectorModelTest, syncSaysWhatTheClipHasAndWhatWasLocked) {
+    change(a_, [](SyncGroup& own) { own.audioMatches.front().syncOffsetSeconds = 1.5; });
+    controller_->clips().adjustAudioOffset(a_, -0.08);
+    controller_->clips().toggleLocked(a_);
+    SyncPart part = SyncPart::of(group(a_));
+    EXPECT_EQ(part.offsetFrames, "-2");
+    EXPECT_EQ(part.begins, "Sound begins 1.420 s after picture");
+    EXPECT_EQ(part.anchorHint, "Unlock sync to move the clap point");
+    EXPECT_EQ(part.lockedAt, "");
+    controller_->clips().adjustAudioOffset(a_, 0.04); // a lock does not keep the keys from moving the sound
+    part = SyncPart::of(group(a_));
+    EXPECT_EQ(part.lockedAt, "It was locked at -2 frames.");
+
+    MediaAsset slow = video("S.mov");
+    slow.sensorFrameRate = 47.952;
+    slow.projectFrameRate = 23.976;
+    const SensorPart sensor = SensorPart::of(SyncGroup(slow, {}, MatchStatus::unmatched()));
+    EXPECT_EQ(sensor.reset, "Reset to detected (25)");
+    EXPECT_EQ(sensor.rates.size(), SensorPart::offered.size() + 1) << "the rate of the file can be seen";
+    EXPECT_EQ(sensor.speed, "47.952 fps in a project of 23.976 fps: 2 times slower");
+}
+
+TEST_F(InspectorModelTest, recordingsCanBeChosenAndAttached) {
+    MediaAsset other = audio("OTHER.wav");
+    change(a_, [&](SyncGroup& own) {
+        own.audioMatches.emplace_back(other, 0, 60);
+        own.matchStatus = MatchStatus::ambiguous(2);
+    });
+    RecordingsPart part = RecordingsPart::of(*controller_, group(a_));
+    ASSERT_EQ(part.recordings.size(), 2U);
+    EXPECT_TRUE(part.isAmbiguous && part.hasChoice());
+    EXPECT_EQ(part.recordings[1].files.front().name, "OTHER.wav");
+    controller_->clips().toggleLocked(a_);
+    part = RecordingsPart::of(*controller_, group(a_));
+    EXPECT_FALSE(part.hasChoice());
+    EXPECT_EQ(part.prompt, "Unlock sync to choose.");
+
+    controller_->recordings().removeAudioMatch(next_, group(next_).audioMatches.front().id);
+    const auto offered = attachableTo(*controller_, a_);
+    ASSERT_EQ(offered.size(), 1U);
+    EXPECT_EQ(offered.front().label, "T4.wav  ·  on no clip");
+}
+
+TEST_F(InspectorModelTest, channelsAndLoudnessSayWhatIsHeard) {
+    ChannelsPart part = ChannelsPart::of(*controller_, group(a_));
+    ASSERT_EQ(part.channels.size(), 2U);
+    EXPECT_TRUE(part.channels[0].isActive && part.channels[1].isActive) << "without a choice all are heard";
+    finish(controller_->tracks().toggleTrackActive(a_, 1));
+    part = ChannelsPart::of(*controller_, group(a_));
+    EXPECT_FALSE(part.channels[0].isActive);
+    EXPECT_TRUE(part.channels[1].isActive && part.isChosenByHand);
+
+    const auto target = MasterGain::Target::fromUserDefaults(*settings_);
+    EXPECT_FALSE(LoudnessPart::of(group(a_), target, SmartAudioPredictor()).isMeasured);
+    change(a_, [](SyncGroup& own) { own.measuredLUFS = -31.2, own.masterGainDB = 12.5; });
+    const LoudnessPart loud = LoudnessPart::of(group(a_), target, SmartAudioPredictor());
+    EXPECT_EQ(loud.source, "-31 LUFS");
+    EXPECT_EQ(loud.gain, "+12.5 dB");
+    EXPECT_FALSE(loud.warning.empty()) << "above 12 dB it may clip";
+    EXPECT_NE(loud.estimation, "");
+}
+
+TEST_F(InspectorModelTest, namesMetadataAndDoubtsReadAsInTheWindow) {
+    EXPECT_EQ(exportedName(*controller_, group(b_), "Hero"), "Hero Cam B");
+    EXPECT_EQ(exportedName(*controller_, group(b_), " "), "12-3 Cam B");
+    change(next_, [](SyncGroup& own) {
+        own.aleMetadata = {{"Lens", "32mm"}, {"Comments", "boom in frame"}};
+        own.audioMatches.front().audio.edit().ixmlData->note = "plane";
+    });
+    const MetadataPart metadata = MetadataPart::of(*controller_, group(next_));
+    ASSERT_EQ(metadata.sources.size(), 1U);
+    EXPECT_EQ(metadata.sources[0].clearCommand, "clearALEMetadata");
+    const NotesPart notes = NotesPart::of(*controller_, group(next_));
+    using Notes = std::vector<std::pair<std::string, std::string>>;
+    EXPECT_EQ(notes.notes, (Notes{{"Sound recordist", "plane"}, {"Report, Comments", "boom in frame"}}));
+    EXPECT_FALSE(notes.isSearched);
+
+    change(a_, [](SyncGroup& own) {
+        own.audioMatches.emplace_back(audio("OTHER.wav"), 0, 60);
+        own.matchStatus = MatchStatus::ambiguous(2);
+        own.video.durationSeconds = 60;
+    });
+    const DoubtsPart doubts = DoubtsPart::of(*controller_, group(a_));
+    ASSERT_FALSE(doubts.doubts.empty());
+    for (const auto& doubt : doubts.doubts) {
+        EXPECT_EQ(doubt.cure.find("--"), std::string::npos) << doubt.cure;
+        EXPECT_TRUE(std::ranges::none_of(doubt.steps, &CureStep::scansAgain)) << "there is no folder to scan";
+    }
+}
+
+TEST(KeyOverviewTest, greysWhatDoesNothing) {
+    using enum ShortcutAction;
+    const auto row = [](const ReviewSituation& now, ShortcutAction action,
+                        const ShortcutBindings& bindings = defaultBindings()) {
+        for (const KeyGroup& group : keyOverview(bindings, now))
+            for (const KeyGroup::Row& one : group.rows)
+                if (one.action == action) return one;
+        throw std::logic_error("the action is not listed");
+    };
+    ReviewSituation now{.hasClip = true, .isLoaded = true, .hasSound = true, .isLocked = true};
+    EXPECT_TRUE(row(now, nudgePeriodPlus).acts) << "a lock leaves the nudges";
+    EXPECT_FALSE(row(now, updateClapPoint).acts);
+    EXPECT_FALSE(row(now, clearLoop).acts || row(now, audioOffsetPlus).acts || row(now, nextGroup).acts);
+    EXPECT_EQ(row(now, audioOffsetPlus).key, "—");
+    EXPECT_EQ(row(now, nudgePeriodPlus10).key, "Shift+.");
+    EXPECT_EQ(row(now, slowMoForward).key, "K held, L");
+    EXPECT_FALSE(row({}, playPause).acts);
+    auto bindings = defaultBindings();
+    bindings[zoomFit] = bindings[playPause];
+    EXPECT_FALSE(row(now, zoomFit, bindings).acts) << "another action has its key";
+}
+
+} // namespace
+} // namespace orvane::test

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "OrvaneDesignKit/Theme.h"
+
+#include <QApplication>
+#include <QStandardPaths>
+
+namespace orvane::views {
+
+/// One application for all tests of the program, without a screen.
+inline QApplication& application() {
+    static int count = 1;
+    static char name[] = "test";
+    static char* arguments[] = {name, nullptr};
+    static QApplication* const made = [] {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        QStandardPaths::setTestModeEnabled(true);
+        auto* one = new QApplication(count, arguments);
+        QCoreApplication::setOrganizationName(QStringLiteral("OrvaneSyncTests"));
+        design::applyTheme(*one);
+        return one;
+    }();
+    return *made;
+}
+
+} // namespace orvane::views

@@ -1,0 +1,301 @@
+#include "MediaFactory/SmallShoot.h"
+#include "OrvaneDesignKit/EntryField.h"
+#include "OrvaneDesignKit/FoldableSection.h"
+#include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
+#include "OrvaneSyncApp/Views/Inspector/InspectorView.h"
+#include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
+#include "OrvaneSyncApp/Views/QtMainThread.h"
+#include "OrvaneSyncApp/Views/Review/KeyOverlay.h"
+#include "OrvaneSyncApp/Views/Review/SiblingBanner.h"
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
+#include "Views/Application.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QSettings>
+#include <QTest>
+
+namespace orvane::views {
+namespace {
+
+constexpr int narrowest = 260;
+
+class InspectorTest : public testing::Test {
+  protected:
+    InspectorTest() {
+        application();
+        QSettings().clear();
+        registerStandardDefaults(*settings_);
+        test::makeSmallShoot(folder_.path("shoot"));
+        Desktop::Dependencies dependencies;
+        dependencies.mainThread = qtMainThread();
+        dependencies.settings = settings_;
+        dependencies.sessionsDir = folder_.path("sessions");
+        desktop_ = std::make_unique<Desktop>(std::move(dependencies));
+        desktop_->controller().scan().setVideoFolderURL(FileURL{folder_.path("shoot/camera")});
+        desktop_->controller().scan().setAudioFolderURL(FileURL{folder_.path("shoot/sound")});
+        const auto scan = desktop_->controller().scan().startScan();
+        EXPECT_TRUE(waitUntil([&] { return scan.isDone(); }));
+        review_ = desktop_->players().review();
+        inspector_ = std::make_unique<InspectorView>(*desktop_, review_);
+        inspector_->resize(narrowest, 900);
+        inspector_->show();
+        inspector_->activateWindow();
+    }
+    /// Serves the loop until the test holds; a failure after ten seconds.
+    static bool waitUntil(const std::function<bool()>& holds) { return QTest::qWaitFor(holds, 10'000); }
+    static void serve() { QCoreApplication::processEvents(); }
+
+    const SyncGroup& clip(std::string_view file) {
+        for (const SyncGroup& group : desktop_->controller().work().syncGroups())
+            if (group.video.filename.starts_with(file)) return group;
+        throw std::logic_error("no such clip");
+    }
+    void open(std::string_view file) {
+        review_->loadGroup(clip(file).id);
+        serve();
+    }
+    template <class Widget>
+    Widget& named(const QString& accessibleName, QWidget* in = nullptr) {
+        for (auto* one : (in == nullptr ? inspector_.get() : in)->findChildren<Widget*>())
+            if (one->accessibleName() == accessibleName) return *one;
+        throw std::logic_error("no " + accessibleName.toStdString());
+    }
+    QPushButton& button(const QString& text, QWidget* in = nullptr) {
+        for (auto* one : (in == nullptr ? inspector_.get() : in)->findChildren<QPushButton*>())
+            if (one->text() == text && !one->isHidden()) return *one;
+        throw std::logic_error("no button " + text.toStdString());
+    }
+    void type(QLineEdit& line, const QString& text) {
+        line.setFocus();
+        line.selectAll();
+        QTest::keyClicks(&line, text);
+    }
+    QString undoName() {
+        return views::text(desktop_->controller().work().undoState().undoActionName.value_or(""));
+    }
+
+    test::TemporaryDirectory folder_;
+    std::shared_ptr<platform::MemorySettingsStore> settings_ =
+        std::make_shared<platform::MemorySettingsStore>();
+    std::unique_ptr<Desktop> desktop_;
+    std::shared_ptr<ReviewViewModel> review_;
+    std::unique_ptr<InspectorView> inspector_;
+};
+
+TEST_F(InspectorTest, fieldsCommitOnReturnRestoreOnEscapeAndSayWhatIsWrong) {
+    open("A001C001");
+    auto& frames = named<QLineEdit>("Offset in frames");
+    type(frames, "3");
+    EXPECT_EQ(clip("A001C001").manualAudioOffsetSeconds, 0);
+    QTest::keyClick(&frames, Qt::Key_Return);
+    EXPECT_NEAR(clip("A001C001").manualAudioOffsetSeconds, 0.12, 1e-9);
+    serve();
+    EXPECT_EQ(frames.text(), "+3");
+    EXPECT_EQ(named<QLineEdit>("Offset in seconds").text(), "+0.120");
+    EXPECT_EQ(undoName(), "Adjust Audio Offset");
+    QTest::mouseClick(&named<QPushButton>("Offset in frames: 1 frame less"), Qt::LeftButton);
+    EXPECT_NEAR(clip("A001C001").manualAudioOffsetSeconds, 0.08, 1e-9);
+    serve();
+
+    auto* field = static_cast<design::EntryField*>(frames.parentWidget());
+    type(frames, "half");
+    QTest::keyClick(&frames, Qt::Key_Return);
+    EXPECT_FALSE(field->problem().isEmpty());
+    EXPECT_NEAR(clip("A001C001").manualAudioOffsetSeconds, 0.08, 1e-9);
+    QTest::keyClick(&frames, Qt::Key_Escape);
+    EXPECT_TRUE(field->problem().isEmpty());
+    EXPECT_EQ(frames.text(), "+2");
+
+    auto& name = named<QLineEdit>("Clip name");
+    type(name, "Hero");
+    const auto labels = inspector_->findChildren<QLabel*>();
+    EXPECT_TRUE(std::ranges::any_of(labels, [](QLabel* one) {
+        return one->text() == "In Final Cut Pro: Hero Cam A";
+    })) << "what is exported can be seen before it is decided";
+    named<QLineEdit>("Offset in seconds").setFocus(); // leaving a field commits too
+    EXPECT_EQ(clip("A001C001").manualClipName, "Hero");
+    desktop_->run("undo");
+    EXPECT_FALSE(clip("A001C001").manualClipName);
+}
+
+TEST_F(InspectorTest, boxesAndChoicesAreCommandsAndSectionsFoldForGood) {
+    open("A001C001");
+    auto& method = named<QComboBox>("Sync Method");
+    method.setCurrentIndex(2);
+    Q_EMIT method.activated(2);
+    EXPECT_EQ(clip("A001C001").syncMethod, SyncMethod::manual);
+    QTest::mouseClick(&button("Lock sync as verified"), Qt::LeftButton);
+    EXPECT_TRUE(clip("A001C001").isLocked);
+    serve();
+    EXPECT_FALSE(button("Attach…").isEnabled()) << "a locked clip keeps its recordings";
+    EXPECT_TRUE(named<QLineEdit>("Offset in frames").isEnabled()) << "and may be nudged all the same";
+    QCheckBox* export2 = nullptr;
+    for (auto* box : inspector_->findChildren<QCheckBox*>())
+        if (box->accessibleName().startsWith("Export channel 2")) export2 = box;
+    ASSERT_NE(export2, nullptr);
+    export2->click();
+    EXPECT_TRUE(clip("A001C001").hasManualTrackEdits());
+    EXPECT_EQ(undoName(), "Toggle Audio Track");
+
+    auto* section = inspector_->findChild<QFrame*>("inspector-notes");
+    auto* folding = static_cast<design::FoldableSection*>(section);
+    ASSERT_FALSE(folding->isFolded());
+    folding->findChild<QPushButton*>()->click();
+    const InspectorView again(*desktop_, review_);
+    EXPECT_TRUE(
+        static_cast<design::FoldableSection*>(again.findChild<QFrame*>("inspector-notes"))->isFolded());
+}
+
+TEST_F(InspectorTest, nothingIsCutAtItsNarrowestAndEveryControlHasAName) {
+    for (const char* file : {"A001C001", "A001C002", "A001C003"}) {
+        open(file);
+        serve();
+        for (auto* one : inspector_->findChildren<QWidget*>()) {
+            if (!one->isVisible() || one->focusPolicy() == Qt::NoFocus) continue;
+            const auto who = std::string(file) + " " + one->metaObject()->className() + " " +
+                             one->accessibleName().toStdString();
+            const QRect place(one->mapTo(inspector_.get(), QPoint()), one->size());
+            EXPECT_LE(place.right(), narrowest) << who;
+            if (const auto* pressed = qobject_cast<QAbstractButton*>(one))
+                EXPECT_FALSE(pressed->text().isEmpty() && pressed->accessibleName().isEmpty()) << who;
+            else
+                EXPECT_FALSE(one->accessibleName().isEmpty()) << who;
+        }
+    }
+}
+
+TEST_F(InspectorTest, theOutlineChoosesMarksAndGoesBack) {
+    std::optional<UUID> chosen;
+    bool isLeft = false;
+    OutlineView outline(
+        *desktop_, [&](const UUID& id) { chosen = id; }, [&] { isLeft = true; });
+    std::vector<UUID> take;
+    outline.openTake = [&](std::vector<UUID> clips) { take = std::move(clips); };
+    outline.resize(220, 600);
+    outline.show();
+    const auto click = [&](int row) {
+        const QRect place = outline.list()->visualRect(outline.list()->model()->index(row, 0));
+        QTest::mouseClick(outline.list()->viewport(), Qt::LeftButton, {}, place.center());
+    };
+    ASSERT_EQ(outline.list()->model()->rowCount(), 5) << "a take of two cameras, and two other clips";
+    click(0);
+    EXPECT_EQ(take, (std::vector{clip("A001C001").id, clip("B001C001").id}));
+    click(2);
+    EXPECT_EQ(chosen, clip("B001C001").id);
+    chosen.reset();
+    outline.select(clip("A001C001").id);
+    EXPECT_EQ(outline.list()->currentIndex().row(), 1);
+    EXPECT_FALSE(chosen);
+    int painted = 0;
+    QObject::connect(outline.list()->model(), &QAbstractItemModel::dataChanged, outline.list(),
+                     [&] { ++painted; });
+    outline.grab();
+    JSON arguments = JSON::object();
+    arguments.set("groupID", clip("A001C003").id.text());
+    desktop_->run("toggleApproved", arguments);
+    EXPECT_EQ(painted, 1) << "only the row of the clip";
+    button("‹  Results", &outline).click();
+    EXPECT_TRUE(isLeft);
+}
+
+TEST_F(InspectorTest, aSiblingsMoveIsOfferedAppliedAndDismissed) {
+    SiblingBanner banner(*desktop_, review_);
+    const UUID a = clip("A001C001").id, b = clip("B001C001").id;
+    open("B001C001");
+    EXPECT_TRUE(banner.isHidden());
+    desktop_->controller().clips().adjustAudioOffset(a, 0.12);
+    serve();
+    EXPECT_FALSE(banner.isHidden());
+    EXPECT_EQ(banner.text(), "Cam A was shifted +3f — apply the same to this cam?");
+    button("Apply", &banner).click();
+    EXPECT_NEAR(clip("B001C001").manualAudioOffsetSeconds, 0.12, 1e-9);
+    serve();
+    EXPECT_TRUE(banner.isHidden());
+    desktop_->controller().clips().adjustAudioOffset(a, 0.04);
+    serve();
+    EXPECT_FALSE(banner.isHidden());
+    named<QPushButton>("Dismiss suggestion", &banner).click();
+    EXPECT_TRUE(banner.isHidden());
+    EXPECT_NE(a, b);
+}
+
+TEST_F(InspectorTest, aQuestionMarkShowsTheKeysAndAnyKeyClosesThem) {
+    QWidget screen;
+    auto* line = new QLineEdit(&screen);
+    screen.resize(1200, 700);
+    KeyOverlay overlay(*desktop_, review_, &screen);
+    screen.show();
+    screen.activateWindow();
+    ASSERT_TRUE(waitUntil([&] { return QApplication::activeWindow() == &screen; }));
+    line->setFocus();
+    QTest::keyClicks(line, "?");
+    EXPECT_FALSE(overlay.isVisible()) << "a text field wins";
+    EXPECT_EQ(line->text(), "?");
+    line->clearFocus();
+    QTest::keyClick(&screen, Qt::Key_Question, Qt::ShiftModifier);
+    ASSERT_TRUE(overlay.isVisible());
+    EXPECT_FALSE(overlay.spoken().contains("Lock Current Clip")) << "there is no clip";
+    open("A001C001");
+    line->setFocus();
+    QTest::keyClicks(line, "x");
+    EXPECT_FALSE(overlay.isVisible());
+    EXPECT_EQ(line->text(), "?") << "the key that closes does nothing else";
+    overlay.open();
+    EXPECT_TRUE(overlay.spoken().contains("Lock Current Clip"));
+}
+
+/// Pictures for people to look at, where ORVANE_PICTURES names a folder.
+TEST_F(InspectorTest, canBeLookedAt) {
+    const QString folder = qEnvironmentVariable("ORVANE_PICTURES");
+    if (folder.isEmpty()) GTEST_SKIP() << "nobody wants to look";
+    QDir().mkpath(folder);
+    const auto grab = [&](QWidget& widget, const QString& name) {
+        serve();
+        ASSERT_TRUE(widget.grab().save(QDir(folder).filePath(name + ".png")));
+    };
+    const auto whole = [&](int width) {
+        auto* scroll = inspector_->findChild<QScrollArea*>();
+        inspector_->resize(width, 600);
+        serve();
+        inspector_->resize(width, scroll->widget()->heightForWidth(width - 12) + 20);
+    };
+    desktop_->controller().clips().adjustAudioOffset(clip("A001C001").id, 0.12);
+    for (const char* file : {"A001C001", "A001C002", "A001C003"})
+        for (const int width : {narrowest, 360}) {
+            open(file);
+            whole(width);
+            grab(*inspector_, QStringLiteral("inspector-%1-%2").arg(file).arg(width));
+        }
+    OutlineView outline(
+        *desktop_, [](const UUID&) {}, [] {});
+    outline.resize(240, 500);
+    outline.select(clip("B001C001").id);
+    outline.show();
+    grab(outline, "outline");
+    QWidget screen;
+    screen.resize(1440, 800);
+    KeyOverlay overlay(*desktop_, review_, &screen);
+    screen.show();
+    overlay.open();
+    grab(screen, "keys-1440");
+    screen.resize(1024, 700);
+    overlay.open();
+    grab(screen, "keys-1024");
+    open("B001C001");
+    SiblingBanner banner(*desktop_, review_);
+    banner.resize(600, banner.sizeHint().height());
+    banner.show();
+    grab(banner, "sibling");
+}
+
+} // namespace
+} // namespace orvane::views

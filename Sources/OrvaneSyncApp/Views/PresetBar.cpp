@@ -43,7 +43,8 @@ PresetBar::PresetBar(Desktop& desktop, QWidget* parent)
     heading->addWidget(delete_ = tool(Glyph::cross, tr("Delete the preset")));
     rows->addLayout(heading);
     presets_->setAccessibleName(tr("Preset of settings"));
-    presets_->setToolTip(tr("Puts the settings of a preset in place, and keeps them with the session's folder"));
+    presets_->setToolTip(
+        tr("Puts the settings of a preset in place, and keeps them with the session's folder"));
     presets_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     rows->addWidget(presets_);
     nameRow_ = new QWidget;
@@ -95,7 +96,8 @@ void PresetBar::list() {
 void PresetBar::show() {
     const auto folder = desktop_.sessions().currentSessionFolderName();
     const FolderInfo* info = folder ? desktop_.sessions().folderInfo(*folder) : nullptr;
-    const std::string active = folder ? (info != nullptr ? info->activePresetName.value_or("") : "") : active_;
+    const std::string active =
+        folder ? (info != nullptr ? info->activePresetName.value_or("") : "") : active_;
     presets_->clear();
     presets_->addItem(names_.empty() ? tr("No preset is saved") : tr("None"));
     for (const std::string& name : names_) presets_->addItem(text(name));

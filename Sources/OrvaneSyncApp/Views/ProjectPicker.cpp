@@ -23,7 +23,7 @@ constexpr int listHeight = 200;
 ProjectPicker::ProjectPicker(Desktop& desktop, std::string folder,
                              std::function<void(const Projects&)> loaded, QWidget* parent)
     : QFrame(parent, Qt::Popup), desktop_(desktop), folder_(std::move(folder)), loaded_(std::move(loaded)),
-      account_(desktop.context().account()), message_(label({})), list_(new QListWidget),
+      account_(desktop.context().account()), message_(label(QString())), list_(new QListWidget),
       retry_(button(tr("Retry"), Glyph::refresh)), remove_(button(tr("Remove assignment"))) {
     setAttribute(Qt::WA_DeleteOnClose);
     setProperty("panel", true);

@@ -61,6 +61,7 @@ enum class SettingPage : std::uint8_t {
     reports,
     metadata,
     keyboard,
+    models,
     calibration,
     developer
 };

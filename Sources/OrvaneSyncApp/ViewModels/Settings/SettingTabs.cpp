@@ -359,6 +359,7 @@ const std::vector<SettingTab>& settingTabs() {
         {SettingPage::keyboard,
          "Keyboard",
          {{"Stepping", {Row(playbackAudioScrubbing, "Sound while scrubbing and stepping")}}}},
+        {SettingPage::models, "Models", {}},
         {SettingPage::calibration,
          "Calibration",
          {{"Source",

@@ -70,7 +70,7 @@ QWidget* CalibrationPage::makeBuilding() {
     build_->setObjectName(QStringLiteral("buildMatrix"));
     section->add(row);
     section->add(source_ = facts({}));
-    section->add(progress_ = label({}));
+    section->add(progress_ = label(QString()));
     section->add(problem_ = new Remark);
     problem_->setObjectName(QStringLiteral("calibrationProblem"));
     connect(build_, &QPushButton::clicked, this, [this] { build(); });
@@ -81,7 +81,7 @@ QWidget* CalibrationPage::makeBuilding() {
 
 QWidget* CalibrationPage::makeMeasuring() {
     auto* section = new Section(tr("2  Bounce in Final Cut Pro, and measure"));
-    section->add(steps_ = label({}));
+    section->add(steps_ = label(QString()));
     auto* row = new QHBoxLayout;
     folder_ = field(tr("Folder with the bounced files"), tr("Folder with the bounced files"));
     QPushButton* choose = button(tr("Choose…"), Glyph::folder);
@@ -104,7 +104,7 @@ QWidget* CalibrationPage::makeMeasuring() {
 
 QWidget* CalibrationPage::makeResults() {
     auto* section = new Section(tr("3  Results"));
-    section->add(saved_ = label({}));
+    section->add(saved_ = label(QString()));
     const QStringList columns{tr("Voice Isolation"), tr("Loudness"), tr("Uniformity"),
                               tr("Peak, dB"),        tr("RMS, dB"),  tr("Loudness, LU")};
     results_ = new QTableWidget(0, static_cast<int>(columns.size()));

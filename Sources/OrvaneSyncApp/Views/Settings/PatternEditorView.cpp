@@ -33,7 +33,7 @@ QSpinBox* number(const QString& name, int highest) {
 PatternEditorView::PatternEditorView(Desktop& desktop, std::function<void(const std::string&)> changed,
                                      QWidget* parent)
     : QWidget(parent), desktop_(desktop), changed_(std::move(changed)), line_(field(tr("Pattern"))),
-      preview_(label({})) {
+      preview_(label(QString())) {
     auto* rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, space::tight, 0, 0);
     rows->addWidget(line_);

@@ -88,8 +88,8 @@ QWidget* RolesPage::makeLine(std::size_t track) {
         one->setSizePolicy(keepsPlace);
         row->addWidget(one);
     }
-    line.up->setVisible(track > 0);
-    line.down->setVisible(track + 1 < settings::defaultSubroles.size());
+    if (track == 0) line.up->hide();
+    if (track + 1 == settings::defaultSubroles.size()) line.down->hide();
     column->addLayout(row);
     column->addWidget(line.remark);
     connect(line.name, &QLineEdit::editingFinished, this, [this, track] { rename(track); });

@@ -5,11 +5,15 @@
 #include "OrvaneSyncApp/Views/Settings/DeveloperPage.h"
 #include "OrvaneSyncApp/Views/Settings/KeyboardPage.h"
 #include "OrvaneSyncApp/Views/Settings/MetadataPage.h"
+#include "OrvaneSyncApp/Views/Settings/ModelsPage.h"
 #include "OrvaneSyncApp/Views/Settings/RolesPage.h"
 #include "OrvaneSyncApp/Views/Settings/SettingRowView.h"
 
 #include <QScrollArea>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <string_view>
 
 namespace orvane::views {
 
@@ -75,6 +79,12 @@ void SettingsPage::refresh() {
         for (SettingRowView* row : part.rows) row->refresh();
 }
 
+bool hasPage(const SettingTab& tab) {
+    return tab.page != SettingPage::models ||
+           std::ranges::find(commands::allCommands(), std::string_view("models"), &commands::Command::id) !=
+               commands::allCommands().end();
+}
+
 SettingsPage* makeSettingsPage(Desktop& desktop, const SettingsModel& model, const SettingTab& tab) {
     switch (tab.page) {
     case SettingPage::roles:
@@ -83,6 +93,8 @@ SettingsPage* makeSettingsPage(Desktop& desktop, const SettingsModel& model, con
         return new MetadataPage(desktop, model, tab);
     case SettingPage::keyboard:
         return new KeyboardPage(desktop, model, tab);
+    case SettingPage::models:
+        return new ModelsPage(desktop, model, tab);
     case SettingPage::calibration:
         return new CalibrationPage(desktop, model, tab);
     case SettingPage::developer:

@@ -49,6 +49,8 @@ class SettingsPage : public QWidget {
     std::vector<Part> parts_;
 };
 
+/// Whether the table of commands has what the tab is for.
+bool hasPage(const SettingTab& tab);
 /// The page of a tab with all that belongs there.
 SettingsPage* makeSettingsPage(Desktop& desktop, const SettingsModel& model, const SettingTab& tab);
 

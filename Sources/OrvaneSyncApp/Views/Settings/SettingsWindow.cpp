@@ -35,6 +35,8 @@ SettingsWindow::SettingsWindow(Desktop& desktop, QWidget* parent)
     side->addWidget(tabs_, 1);
     pages_ = new QStackedWidget;
     for (const SettingTab& tab : settingTabs()) {
+        if (!hasPage(tab)) continue;
+        pageOrder_.push_back(tab.page);
         auto* item = new QListWidgetItem(text(tab.title), tabs_);
         item->setSizeHint({tabsWidth, 2 * space::medium});
         SettingsPage* page = makeSettingsPage(desktop, model_, tab);
@@ -74,8 +76,7 @@ int SettingsWindow::tabCount() const { return static_cast<int>(settingsPages_.si
 void SettingsWindow::showTab(int index) { tabs_->setCurrentRow(index); }
 
 void SettingsWindow::showTab(SettingPage page) {
-    const auto& tabs = settingTabs();
-    showTab(static_cast<int>(std::ranges::find(tabs, page, &SettingTab::page) - tabs.begin()));
+    showTab(static_cast<int>(std::ranges::find(pageOrder_, page) - pageOrder_.begin()));
 }
 
 void SettingsWindow::listen() {

@@ -39,6 +39,7 @@ class SettingsWindow : public QDialog {
     QStackedWidget* pages_;
     design::EmptyState* nothing_;
     std::vector<SettingsPage*> settingsPages_;
+    std::vector<SettingPage> pageOrder_;
     std::vector<bool> isOpened_;
     /// Work that another thread hands over finds out by it that the window has gone.
     std::shared_ptr<bool> isRefreshScheduled_ = std::make_shared<bool>(false);

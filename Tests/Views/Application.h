@@ -4,8 +4,11 @@
 
 #include <QApplication>
 #include <QStandardPaths>
+#include <QTest>
 
-namespace orvane::views {
+#include <functional>
+
+namespace orvane::test {
 
 /// One application for all tests of the program, without a screen.
 inline QApplication& application() {
@@ -23,4 +26,7 @@ inline QApplication& application() {
     return *made;
 }
 
-} // namespace orvane::views
+/// Serves the loop until the test holds; a failure after ten seconds.
+inline bool waitUntil(const std::function<bool()>& holds) { return QTest::qWaitFor(holds, 10'000); }
+
+} // namespace orvane::test

@@ -13,7 +13,6 @@
 
 #include <QAbstractSpinBox>
 #include <QComboBox>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QStackedWidget>
 #include <QTableView>
@@ -24,11 +23,12 @@ namespace orvane::views {
 namespace {
 
 using test::TemporaryDirectory;
+using test::waitUntil;
 
 class WindowTest : public testing::Test {
   protected:
     WindowTest() {
-        application();
+        test::application();
         registerStandardDefaults(*settings_);
         test::makeSmallShoot(folder_.path("shoot"));
         Desktop::Dependencies dependencies;
@@ -39,9 +39,6 @@ class WindowTest : public testing::Test {
         window_ = std::make_unique<MainWindow>(*desktop_);
         window_->show();
     }
-
-    /// Serves the loop until the test holds; a failure after ten seconds.
-    bool waitUntil(const std::function<bool()>& holds) { return QTest::qWaitFor(holds, 10'000); }
 
     void scan() {
         window_->scanFolders({text(folder_.path("shoot/camera")), text(folder_.path("shoot/sound"))});
@@ -130,19 +127,6 @@ TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
     ASSERT_TRUE(waitUntil([&] { return outcome->text().startsWith("Written"); }))
         << outcome->text().toStdString();
     EXPECT_NE(folder_.read("out.fcpxml").find("<fcpxml"), std::string::npos);
-}
-
-TEST_F(WindowTest, StoresASettingAndSaysWhatIsRefused) {
-    SettingsWindow window(*desktop_);
-    const auto choice = [&]() -> QComboBox* {
-        for (auto* one : window.findChildren<QComboBox*>())
-            if (one->toolTip() == text(settings::trimMode.key)) return one;
-        return nullptr;
-    }();
-    ASSERT_NE(choice, nullptr);
-    choice->setCurrentIndex(3);
-    Q_EMIT choice->textActivated(choice->currentText());
-    ASSERT_TRUE(waitUntil([&] { return settings_->get(settings::trimMode) == TrimMode::overlap; }));
 }
 
 namespace {

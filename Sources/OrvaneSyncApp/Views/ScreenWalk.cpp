@@ -7,7 +7,6 @@
 
 #include <QDir>
 #include <QStackedWidget>
-#include <QTabWidget>
 #include <QTableView>
 #include <QTimer>
 
@@ -61,9 +60,8 @@ void walkScreens(MainWindow& window, const QString& folder, std::function<void()
             }
             case 3: {
                 SettingsWindow settings(window.desktop(), &window);
-                auto* tabs = settings.findChild<QTabWidget*>();
-                for (int tab = 0; tab < tabs->count(); ++tab) {
-                    tabs->setCurrentIndex(tab);
+                for (int tab = 0; tab < settings.tabCount(); ++tab) {
+                    settings.showTab(tab);
                     grab(settings, folder, QStringLiteral("settings-%1").arg(tab));
                 }
                 return;

@@ -1,12 +1,20 @@
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
 
+#include "OrvaneSyncApp/ViewModels/Settings/LockitTexts.h"
+#include "OrvaneSyncApp/Views/PresetBar.h"
+#include "OrvaneSyncApp/Views/ProjectPicker.h"
+#include "OrvaneSyncApp/Views/Settings/Remark.h"
+
+#include <QAbstractItemDelegate>
 #include <QDateTime>
+#include <QDropEvent>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QInputDialog>
 #include <QLocale>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPointer>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -20,138 +28,301 @@ namespace {
 
 constexpr int idRole = Qt::UserRole;
 constexpr int folderRole = Qt::UserRole + 1;
+constexpr int badgeColumn = 1;
 
 QString dayText(Date date) {
     const auto time = QDateTime::fromMSecsSinceEpoch(date.time_since_epoch().count());
     return QLocale().toString(time, QLocale::ShortFormat);
 }
 
-JSON sessionArgument(const QTreeWidgetItem* item) {
+JSON sessionArgument(const QString& session) {
     JSON arguments = JSON::object();
-    arguments.set("sessionId", utf8(item->data(0, idRole).toString()));
+    arguments.set("sessionId", utf8(session));
     return arguments;
 }
 
+bool isSession(const QTreeWidgetItem* item) { return !item->data(0, idRole).isNull(); }
+QString sessionOf(const QTreeWidgetItem* item) { return item->data(0, idRole).toString(); }
+std::string folderOf(const QTreeWidgetItem* item) { return utf8(item->data(0, folderRole).toString()); }
+
 } // namespace
 
+/// Says where a session was dropped, and moves nothing itself: the list follows the sessions.
+class SessionsPanel::Tree : public QTreeWidget {
+  public:
+    /// `folder`: absent for no folder.
+    std::function<void(const QString& session, const std::optional<std::string>& folder)> dropped;
+
+    bool isEdited() const { return state() == EditingState; }
+
+  protected:
+    void dropEvent(QDropEvent* event) override {
+        QTreeWidgetItem* target = itemAt(event->position().toPoint());
+        if (target != nullptr && isSession(target)) target = target->parent();
+        const QList<QTreeWidgetItem*> dragged = selectedItems();
+        if (!dragged.isEmpty() && isSession(dragged.first()))
+            dropped(sessionOf(dragged.first()),
+                    target == nullptr ? std::nullopt : std::optional(folderOf(target)));
+        event->setDropAction(Qt::IgnoreAction);
+        event->accept();
+    }
+};
+
 SessionsPanel::SessionsPanel(Desktop& desktop, QWidget* parent)
-    : QWidget(parent), desktop_(desktop), tree_(new QTreeWidget), empty_(facts({})) {
+    : QWidget(parent), desktop_(desktop), tree_(new Tree), empty_(facts({})), problem_(new Remark) {
     auto* rows = new QVBoxLayout(this);
     rows->setContentsMargins(space::small, space::small, space::small, space::small);
     auto* heading = new QHBoxLayout;
+    heading->setSpacing(0);
     heading->addWidget(label(tr("Sessions")), 1);
-    auto* add = button({}, Glyph::plus, Weight::quiet);
-    add->setAccessibleName(tr("New session"));
-    add->setToolTip(tr("New session"));
-    heading->addWidget(add);
+    const auto tool = [&](Glyph glyph, const QString& name) {
+        QPushButton* made = button({}, glyph, Weight::quiet);
+        made->setAccessibleName(name);
+        made->setToolTip(name);
+        heading->addWidget(made);
+        return made;
+    };
+    connect(tool(Glyph::folder, tr("New folder")), &QPushButton::clicked, this, [this] { askForFolder(); });
+    connect(tool(Glyph::plus, tr("New session")), &QPushButton::clicked, this,
+            [this] { desktop_.run("newSession"); });
     rows->addLayout(heading);
     tree_->setHeaderHidden(true);
     tree_->setAccessibleName(tr("Sessions"));
-    tree_->setColumnCount(1);
+    tree_->setColumnCount(2);
+    tree_->header()->setStretchLastSection(false);
+    tree_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    tree_->header()->setSectionResizeMode(badgeColumn, QHeaderView::ResizeToContents);
     tree_->setIndentation(space::medium);
     tree_->setContextMenuPolicy(Qt::CustomContextMenu);
     tree_->setEditTriggers(QAbstractItemView::EditKeyPressed);
     tree_->setTextElideMode(Qt::ElideMiddle);
+    tree_->setDragDropMode(QAbstractItemView::InternalMove);
+    tree_->dropped = [this](const QString& session, const std::optional<std::string>& folder) {
+        move(session, folder);
+    };
     rows->addWidget(tree_, 1);
     empty_->setText(tr("Every scan is kept here and opens again at once, with all that was decided."));
     rows->addWidget(empty_);
-    connect(add, &QPushButton::clicked, this, [this] { desktop_.run("newSession"); });
+    rows->addWidget(problem_);
+    rows->addWidget(new PresetBar(desktop));
     connect(tree_, &QTreeWidget::itemActivated, this, [this](QTreeWidgetItem* item) { open(item); });
     connect(tree_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item) { renamed(item); });
     connect(tree_, &QTreeWidget::customContextMenuRequested, this,
             [this](const QPoint& at) { showMenu(at); });
+    connect(
+        tree_->itemDelegate(), &QAbstractItemDelegate::closeEditor, this,
+        [this] {
+            if (isFillAsked_) fill();
+        },
+        Qt::QueuedConnection);
     observation_ = desktop_.sessions().onChange([this](SessionField) { fill(); });
     fill();
 }
 
 void SessionsPanel::fill() {
+    // A name that is being typed is not lost; the list follows when it stands.
+    if (tree_->isEdited()) {
+        isFillAsked_ = true;
+        return;
+    }
+    isFillAsked_ = false;
     isFilling_ = true;
+    const QTreeWidgetItem* current = tree_->currentItem();
+    const QString chosen = current == nullptr ? QString() : sessionOf(current);
     tree_->clear();
     std::map<std::string, QTreeWidgetItem*> folders;
-    for (const std::string& name : desktop_.sessions().folderNames()) {
-        auto* item = new QTreeWidgetItem(tree_, {text(name)});
-        item->setData(0, folderRole, text(name));
-        item->setIcon(0, icon(Glyph::folder));
-        item->setExpanded(true);
-        folders[name] = item;
-    }
+    for (const std::string& name : desktop_.sessions().folderNames()) folders[name] = addFolder(name);
     for (const SessionInfo& session : desktop_.sessions().sessions()) {
         const auto folder = session.folder ? folders.find(*session.folder) : folders.end();
-        auto* item =
-            folder == folders.end() ? new QTreeWidgetItem(tree_) : new QTreeWidgetItem(folder->second);
-        item->setText(0, text(session.name));
-        item->setData(0, idRole, text(session.id.text()));
-        item->setIcon(0, icon(Glyph::session));
-        item->setFlags(item->flags() | Qt::ItemIsEditable);
-        item->setToolTip(0, tr("%1\n%2 clips, %3 locked\nchanged %4")
-                                .arg(text(session.name))
-                                .arg(session.groupCount)
-                                .arg(session.lockedCount)
-                                .arg(dayText(session.modified)));
-        if (desktop_.sessions().currentSessionId() == session.id) {
-            QFont bold = item->font(0);
-            bold.setBold(true);
-            item->setFont(0, bold);
-        }
+        addSession(session, folder == folders.end() ? nullptr : folder->second);
     }
+    if (QTreeWidgetItem* again = chosen.isEmpty() ? nullptr : itemWith(idRole, chosen))
+        tree_->setCurrentItem(again);
     tree_->setRootIsDecorated(!folders.empty());
     empty_->setVisible(desktop_.sessions().sessions().empty());
     isFilling_ = false;
 }
 
+QTreeWidgetItem* SessionsPanel::addFolder(const std::string& name) {
+    auto* item = new QTreeWidgetItem(tree_, {text(name)});
+    item->setData(0, folderRole, text(name));
+    item->setIcon(0, icon(Glyph::folder));
+    item->setFlags((item->flags() | Qt::ItemIsEditable) & ~Qt::ItemIsDragEnabled);
+    item->setExpanded(true);
+    QPushButton* badge = button(badgeOf(name), Weight::quiet);
+    badge->setFont(factsFont());
+    badge->setObjectName(QStringLiteral("badge ") + text(name));
+    badge->setToolTip(tr("Project of LockitNetwork, and prefix of the metadata"));
+    badge->setAccessibleName(tr("LockitNetwork project of “%1”: %2").arg(text(name), badge->text()));
+    connect(badge, &QPushButton::clicked, this, [this, name, badge] { pickProject(name, badge); });
+    tree_->setItemWidget(item, badgeColumn, badge);
+    return item;
+}
+
+void SessionsPanel::addSession(const SessionInfo& session, QTreeWidgetItem* folder) {
+    auto* item = folder == nullptr ? new QTreeWidgetItem(tree_) : new QTreeWidgetItem(folder);
+    item->setFirstColumnSpanned(true);
+    item->setText(0, text(session.name));
+    item->setData(0, idRole, text(session.id.text()));
+    item->setIcon(0, icon(Glyph::session));
+    item->setFlags((item->flags() | Qt::ItemIsEditable) & ~Qt::ItemIsDropEnabled);
+    item->setToolTip(0, tr("%1\n%2 clips, %3 locked\nchanged %4")
+                            .arg(text(session.name))
+                            .arg(session.groupCount)
+                            .arg(session.lockedCount)
+                            .arg(dayText(session.modified)));
+    if (desktop_.sessions().currentSessionId() == session.id) {
+        QFont bold = item->font(0);
+        bold.setBold(true);
+        item->setFont(0, bold);
+    }
+}
+
+QString SessionsPanel::badgeOf(const std::string& folder) {
+    const FolderInfo* info = desktop_.sessions().folderInfo(folder);
+    const std::optional<std::string> project = info == nullptr ? std::nullopt : info->lockitProjectID;
+    // The key store is only asked where the answer is shown.
+    if (project && !account_) {
+        account_ = desktop_.context().account();
+        accountObservation_ = account_->onChange([this] { fill(); });
+        account_->ready().whenDone([self = QPointer(this)](const std::exception_ptr&) {
+            if (self) self->fill();
+        });
+    }
+    return text(folderBadge(project, account_ && account_->isSignedIn(), projects_));
+}
+
+void SessionsPanel::pickProject(const std::string& folder, QWidget* below) {
+    auto* picker = new ProjectPicker(
+        desktop_, folder,
+        [self = QPointer(this)](const ProjectPicker::Projects& loaded) {
+            if (self) self->projects_ = loaded;
+        },
+        this);
+    connect(picker, &QObject::destroyed, this, [self = QPointer(this)] {
+        if (self) self->fill();
+    });
+    picker->move(below->mapToGlobal(QPoint(0, below->height())));
+    picker->show();
+}
+
+QTreeWidgetItem* SessionsPanel::itemWith(int role, const QString& value) const {
+    for (QTreeWidgetItemIterator at(tree_); *at != nullptr; ++at)
+        if ((*at)->data(0, role).toString() == value) return *at;
+    return nullptr;
+}
+
+void SessionsPanel::rename(QTreeWidgetItem* item) {
+    if (item != nullptr) tree_->editItem(item);
+}
+
 void SessionsPanel::open(QTreeWidgetItem* item) {
-    if (!item->data(0, idRole).isNull()) desktop_.run("loadSession", sessionArgument(item));
+    if (item != nullptr && isSession(item)) desktop_.run("loadSession", sessionArgument(sessionOf(item)));
 }
 
 void SessionsPanel::renamed(QTreeWidgetItem* item) {
-    if (isFilling_ || item->data(0, idRole).isNull()) return;
-    JSON arguments = sessionArgument(item);
-    arguments.set("name", utf8(item->text(0)));
-    desktop_.run("renameSession", std::move(arguments));
+    if (isFilling_) return;
+    const std::string name = utf8(item->text(0).trimmed());
+    if (isSession(item)) {
+        JSON arguments = sessionArgument(sessionOf(item));
+        arguments.set("name", name);
+        if (!name.empty()) return run("renameSession", std::move(arguments));
+    } else if (name != folderOf(item)) {
+        JSON arguments = JSON::object();
+        arguments.set("from", folderOf(item));
+        arguments.set("to", name);
+        return run(
+            "renameFolder", std::move(arguments), [self = QPointer(this), name](const JSON& isRenamed) {
+                if (!self || isRenamed.boolean() != false) return;
+                self->fill();
+                self->problem_->show(Signal::missing,
+                                     name.empty() ? tr("A folder needs a name.")
+                                                  : tr("There is a folder “%1” already.").arg(text(name)));
+            });
+    }
+    fill();
+}
+
+void SessionsPanel::move(const QString& session, const std::optional<std::string>& folder) {
+    JSON arguments = sessionArgument(session);
+    arguments.setIfPresent("folder", folder);
+    run("setSessionFolder", std::move(arguments));
+}
+
+void SessionsPanel::run(std::string_view id, JSON arguments, Desktop::Done done) {
+    problem_->show(Signal::none, {});
+    desktop_.run(id, std::move(arguments), std::move(done), [self = QPointer(this)](const QString& why) {
+        if (!self) return;
+        self->fill();
+        self->problem_->show(Signal::missing, why);
+    });
 }
 
 void SessionsPanel::showMenu(const QPoint& position) {
     QTreeWidgetItem* item = tree_->itemAt(position);
     QMenu menu(this);
-    if (item != nullptr && !item->data(0, idRole).isNull()) {
-        menu.addAction(tr("Open"), this, [this, item] { open(item); });
-        menu.addAction(tr("Rename"), this, [this, item] { tree_->editItem(item); });
-        QMenu* into = menu.addMenu(tr("Move to Folder"));
-        const auto move = [this, item](const JSON& folder) {
-            JSON arguments = sessionArgument(item);
-            arguments.set("folder", folder);
-            desktop_.run("setSessionFolder", std::move(arguments));
-        };
-        into->addAction(tr("None"), this, [move] { move(JSON()); });
-        for (const std::string& name : desktop_.sessions().folderNames())
-            into->addAction(text(name), this, [move, name] { move(JSON(name)); });
+    if (item != nullptr) {
+        if (isSession(item))
+            addSessionActions(menu, item);
+        else
+            addFolderActions(menu, item);
         menu.addSeparator();
-        menu.addAction(tr("Delete…"), this, [this, item] {
-            // It cannot be taken back, so it is asked for.
-            const auto answer = QMessageBox::question(
-                this, tr("Delete session"),
-                tr("Delete the session “%1” with all its decisions? The media stay as they are.")
-                    .arg(item->text(0)));
-            if (answer == QMessageBox::Yes) desktop_.run("deleteSession", sessionArgument(item));
-        });
-    } else if (item != nullptr) {
-        const std::string folder = utf8(item->data(0, folderRole).toString());
-        QAction* remove = menu.addAction(tr("Delete Empty Folder"), this, [this, folder] {
-            JSON arguments = JSON::object();
-            arguments.set("name", folder);
-            desktop_.run("deleteEmptyFolder", std::move(arguments));
-        });
-        remove->setEnabled(item->childCount() == 0);
     }
-    menu.addSeparator();
-    menu.addAction(tr("New Folder…"), this, [this] {
-        const QString name = QInputDialog::getText(this, tr("New folder"), tr("Name of the folder"));
-        if (name.trimmed().isEmpty()) return;
-        JSON arguments = JSON::object();
-        arguments.set("name", utf8(name));
-        desktop_.run("createFolder", std::move(arguments));
-    });
+    menu.addAction(tr("New Folder…"), this, [this] { askForFolder(); });
     menu.exec(tree_->viewport()->mapToGlobal(position));
+}
+
+void SessionsPanel::addSessionActions(QMenu& menu, QTreeWidgetItem* item) {
+    const QString session = sessionOf(item);
+    // The list may be filled anew while the menu is open.
+    menu.addAction(tr("Open"), this, [this, session] { open(itemWith(idRole, session)); });
+    menu.addAction(tr("Rename"), this, [this, session] { rename(itemWith(idRole, session)); });
+    if (const auto id = UUID::fromText(utf8(session)))
+        if (const auto name = desktop_.sessions().suggestedSessionName(*id))
+            menu.addAction(tr("Auto-name: %1").arg(text(*name)), this, [this, session, name] {
+                JSON arguments = sessionArgument(session);
+                arguments.set("name", *name);
+                run("renameSession", std::move(arguments));
+            });
+    QMenu* into = menu.addMenu(tr("Move to Folder"));
+    into->addAction(tr("None"), this, [this, session] { move(session, std::nullopt); });
+    for (const std::string& name : desktop_.sessions().folderNames())
+        into->addAction(text(name), this, [this, session, name] { move(session, name); });
+    menu.addSeparator();
+    menu.addAction(tr("Delete…"), this, [this, session, name = item->text(0)] {
+        // It cannot be taken back, so it is asked for.
+        const auto answer = QMessageBox::question(
+            this, tr("Delete session"),
+            tr("Delete the session “%1” with all its decisions? The media stay as they are.").arg(name));
+        if (answer == QMessageBox::Yes) run("deleteSession", sessionArgument(session));
+    });
+}
+
+void SessionsPanel::addFolderActions(QMenu& menu, QTreeWidgetItem* item) {
+    const std::string folder = folderOf(item);
+    menu.addAction(tr("Rename"), this, [this, folder] { rename(itemWith(folderRole, text(folder))); });
+    menu.addAction(tr("LockitNetwork Project…"), this, [this, folder] { pickProject(folder, tree_); });
+    QAction* remove = menu.addAction(tr("Delete Empty Folder"), this, [this, folder] {
+        JSON arguments = JSON::object();
+        arguments.set("name", folder);
+        run("deleteEmptyFolder", std::move(arguments));
+    });
+    remove->setEnabled(item->childCount() == 0);
+    if (item->childCount() > 0) {
+        menu.setToolTipsVisible(true);
+        remove->setToolTip(tr("Move or delete all sessions first"));
+    }
+}
+
+void SessionsPanel::askForFolder() {
+    const QString name = QInputDialog::getText(this, tr("New folder"), tr("Name of the folder"));
+    if (name.trimmed().isEmpty()) return;
+    JSON arguments = JSON::object();
+    arguments.set("name", utf8(name));
+    run("createFolder", std::move(arguments), [self = QPointer(this), name](const JSON& isMade) {
+        if (self && isMade.boolean() == false)
+            self->problem_->show(Signal::missing, tr("There is a folder “%1” already.").arg(name.trimmed()));
+    });
 }
 
 } // namespace orvane::views

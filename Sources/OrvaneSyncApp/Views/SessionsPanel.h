@@ -2,31 +2,59 @@
 
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncCore/Services/Network/LockitRecords.h"
 
 #include <QWidget>
 
+#include <memory>
+#include <string>
+#include <vector>
+
+class QMenu;
 class QTreeWidget;
 class QTreeWidgetItem;
 
 namespace orvane::views {
 
+class Remark;
+
 /// The kept sessions in their folders: opened by a double click or Return, renamed in place, dragged into a
-/// folder.
+/// folder; the badge of each folder's project of LockitNetwork, and the presets.
 class SessionsPanel : public QWidget {
   public:
     explicit SessionsPanel(Desktop& desktop, QWidget* parent = nullptr);
 
   private:
+    class Tree;
+
     void fill();
+    QTreeWidgetItem* addFolder(const std::string& name);
+    void addSession(const SessionInfo& session, QTreeWidgetItem* folder);
+    /// Null where there is none.
+    QTreeWidgetItem* itemWith(int role, const QString& value) const;
     void open(QTreeWidgetItem* item);
+    void rename(QTreeWidgetItem* item);
     void renamed(QTreeWidgetItem* item);
+    void move(const QString& session, const std::optional<std::string>& folder);
     void showMenu(const QPoint& position);
+    void addSessionActions(QMenu& menu, QTreeWidgetItem* item);
+    void addFolderActions(QMenu& menu, QTreeWidgetItem* item);
+    void askForFolder();
+    void pickProject(const std::string& folder, QWidget* below);
+    QString badgeOf(const std::string& folder);
+    /// What is refused stands below the list.
+    void run(std::string_view id, JSON arguments, Desktop::Done done = {});
 
     Desktop& desktop_;
-    QTreeWidget* tree_;
+    Tree* tree_;
     QLabel* empty_;
+    Remark* problem_;
     bool isFilling_ = false;
+    bool isFillAsked_ = false;                    ///< while a name was typed
+    std::vector<LockitProject> projects_;         ///< as far as they are loaded
+    std::shared_ptr<LockitOAuthService> account_; ///< null until a folder has a project
     platform::Subscription observation_;
+    platform::Subscription accountObservation_;
 };
 
 } // namespace orvane::views

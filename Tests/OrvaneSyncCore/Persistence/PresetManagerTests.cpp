@@ -101,6 +101,12 @@ TEST_F(Persistence, presetFilesBearSafeNames) {
     home.write("data/Orvane Tandrel/Presets/huge.json", "{" + std::string(20'000'000, ' ') + "}");
     EXPECT_THROW(presets.load("huge", store), platform::FileError);
 
+    EXPECT_THROW(presets.rename("24:00/A", "Preset 2"), PresetNameError) << "nothing is replaced unasked";
+    EXPECT_THROW(presets.rename("gone", "new"), platform::FileError);
+    presets.rename("24:00/A", "25:00");
+    EXPECT_FALSE(presets.exists("24-00-A"));
+    presets.rename("25-00", "24-00-A");
+
     presets.deletePreset("24-00-A");
     EXPECT_FALSE(presets.exists("24:00/A"));
     EXPECT_THROW(presets.deletePreset("24-00-A"), platform::FileError);

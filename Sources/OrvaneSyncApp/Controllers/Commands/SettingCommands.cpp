@@ -57,6 +57,12 @@ platform::Task loadPreset(CommandContext& context, Call call, std::shared_ptr<JS
     co_await platform::written(PresetManager().load(call.text("name"), *context.settings), *mainThread);
 }
 
+platform::Task renamePreset(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
+    auto renaming = onDocuments(
+        context, [from = call.text("from"), to = call.text("to")] { PresetManager().rename(from, to); });
+    co_await renaming;
+}
+
 platform::Task deletePreset(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
     auto deleting = onDocuments(context, [name = call.text("name")] { PresetManager().deletePreset(name); });
     co_await deleting;
@@ -75,6 +81,8 @@ std::vector<Command> settingCommands() {
                        {{"name", text}}, savePreset),
         Command::later("loadPreset", "Load Preset", "Puts the settings of a preset in place.",
                        {{"name", text}}, loadPreset),
+        Command::later("renamePreset", "Rename Preset", "Gives a preset another name.",
+                       {{"from", text}, {"to", text}}, renamePreset),
         Command::later("deletePreset", "Delete Preset", "Deletes a preset.", {{"name", text}}, deletePreset),
     };
 }

@@ -1,189 +1,117 @@
 #include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
 
-#include "OrvaneSyncCore/Models/SettingValues.h"
-#include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncApp/Views/Settings/SettingsPage.h"
 
-#include <QCheckBox>
-#include <QDoubleSpinBox>
-#include <QGridLayout>
-#include <QPointer>
-#include <QScrollArea>
-#include <QSpinBox>
-#include <QTabWidget>
+#include <QHBoxLayout>
+#include <QListWidget>
+#include <QSettings>
+#include <QStackedWidget>
 #include <QVBoxLayout>
-#include <QWheelEvent>
 
 #include <algorithm>
-#include <limits>
 
 namespace orvane::views {
 
 using namespace design;
-using platform::SettingDescription;
 
 namespace {
 
-constexpr QSize usual{860, 640};
-constexpr int controlWidth = 240;
-constexpr double widest = 1e6; ///< of a number without a range
-
-struct Tab {
-    const char* title;
-    std::vector<std::string_view> headings;
-};
-
-const std::vector<Tab>& tabs() {
-    namespace family = settings::family;
-    static const std::vector<Tab> all{
-        {"Output", {family::exporting, family::frameSize, family::multicam, family::globalAudioOffset}},
-        {"Naming", {family::projectAndNaming, family::notes}},
-        {"Audio roles", {family::roles}},
-        {"Smart Audio", {family::smartAudio}},
-        {"Off-speed", {family::offspeed}},
-        {"Reports and timecode", {family::matching, family::reports, family::linearTimecode}},
-        {"Playback", {family::playback, family::atmo}},
-    };
-    return all;
-}
-
-/// As a sentence begins; a unit such as dB stays.
-QString sentence(std::string_view meaning) {
-    QString shown = text(meaning);
-    if (shown.size() > 1 && !shown[1].isUpper()) shown[0] = shown[0].toUpper();
-    return shown;
-}
-
-/// A wheel over a page scrolls the page, and changes no value below the pointer.
-template <class Control>
-class Calm : public Control {
-  public:
-    Calm() { this->setFocusPolicy(Qt::StrongFocus); }
-
-  protected:
-    void wheelEvent(QWheelEvent* event) override {
-        if (this->hasFocus())
-            Control::wheelEvent(event);
-        else
-            event->ignore();
-    }
-};
+constexpr QSize usual{980, 700};
+constexpr int tabsWidth = 210;
+const QString lastTab = QStringLiteral("settingsTab");
 
 } // namespace
 
-SettingsWindow::SettingsWindow(Desktop& desktop, QWidget* parent) : QDialog(parent), desktop_(desktop) {
+SettingsWindow::SettingsWindow(Desktop& desktop, QWidget* parent)
+    : QDialog(parent), desktop_(desktop), model_(desktop.context().settings) {
     setWindowTitle(tr("Settings"));
     resize(usual);
-    auto* column = new QVBoxLayout(this);
-    column->addWidget(refusal_ = new Banner);
-    auto* pages = new QTabWidget;
-    pages->setAccessibleName(tr("Groups of settings"));
-    for (const Tab& tab : tabs()) pages->addTab(page(tab.headings), tr(tab.title));
-    column->addWidget(pages, 1);
+    auto* side = new QVBoxLayout;
+    side->addWidget(search_ = searchField(tr("Search the settings"), tr("Search")));
+    tabs_ = new QListWidget;
+    tabs_->setAccessibleName(tr("Groups of settings"));
+    tabs_->setFixedWidth(tabsWidth);
+    search_->setFixedWidth(tabsWidth);
+    side->addWidget(tabs_, 1);
+    pages_ = new QStackedWidget;
+    for (const SettingTab& tab : settingTabs()) {
+        if (!hasPage(tab)) continue;
+        pageOrder_.push_back(tab.page);
+        auto* item = new QListWidgetItem(text(tab.title), tabs_);
+        item->setSizeHint({tabsWidth, 2 * space::medium});
+        SettingsPage* page = makeSettingsPage(desktop, model_, tab);
+        settingsPages_.push_back(page);
+        pages_->addWidget(page);
+    }
+    isOpened_.resize(settingsPages_.size());
+    nothing_ = new EmptyState(Glyph::search, tr("No setting found"), tr("Try another word, or fewer."));
+    pages_->addWidget(nothing_);
+
+    auto* columns = new QHBoxLayout;
+    columns->addLayout(side);
+    columns->addWidget(pages_, 1);
+    auto* rows = new QVBoxLayout(this);
+    rows->addLayout(columns, 1);
     auto* close = button(tr("Done"), Weight::primary);
+    rows->addWidget(close, 0, Qt::AlignRight);
     connect(close, &QPushButton::clicked, this, [this] { accept(); });
-    column->addWidget(close, 0, Qt::AlignRight);
-}
-
-QWidget* SettingsWindow::page(const std::vector<std::string_view>& headings) {
-    auto* content = new QWidget;
-    auto* column = new QVBoxLayout(content);
-    column->setSpacing(space::medium);
-    for (const std::string_view heading : headings) {
-        auto* section = new Section(text(heading));
-        auto* rows = new QGridLayout;
-        rows->setColumnStretch(0, 1);
-        rows->setVerticalSpacing(space::small);
-        for (const SettingDescription& setting : SettingsCatalogue::all()) {
-            // A map has a table of its own.
-            if (setting.family != heading || setting.kind == SettingDescription::Kind::map) continue;
-            const int row = rows->rowCount();
-            QWidget* made = control(setting);
-            made->setToolTip(text(setting.key));
-            made->setAccessibleName(sentence(setting.meaning));
-            rows->addWidget(label(sentence(setting.meaning)), row, 0);
-            rows->addWidget(made, row, 1);
-        }
-        section->add(rows);
-        column->addWidget(section);
-    }
-    column->addStretch(1);
-    auto* scroll = new QScrollArea;
-    scroll->setWidget(content);
-    scroll->setWidgetResizable(true);
-    scroll->setFrameShape(QFrame::NoFrame);
-    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    return scroll;
-}
-
-JSON SettingsWindow::valueOf(const SettingDescription& setting) const {
-    if (auto value = desktop_.settings().value(std::string(setting.key));
-        value && setting.understands(*value))
-        return std::move(*value);
-    return setting.defaultValue();
-}
-
-QWidget* SettingsWindow::control(const SettingDescription& setting) {
-    const JSON value = valueOf(setting);
-    const double lowest = setting.details.range ? setting.details.range->lowest : -widest;
-    const double highest = setting.details.range ? setting.details.range->highest : widest;
-    switch (setting.kind) {
-    case SettingDescription::Kind::boolean: {
-        auto* box = new QCheckBox;
-        box->setChecked(platform::readAs<bool>(value).value_or(false));
-        connect(box, &QCheckBox::toggled, this, [this, &setting](bool isOn) { store(setting, isOn); });
-        return box;
-    }
-    case SettingDescription::Kind::integer: {
-        auto* number = new Calm<QSpinBox>;
-        number->setButtonSymbols(QAbstractSpinBox::NoButtons);
-        number->setRange(static_cast<int>(lowest), static_cast<int>(highest));
-        number->setValue(platform::readAs<int>(value).value_or(0));
-        number->setFixedWidth(controlWidth);
-        connect(number, &QSpinBox::valueChanged, this,
-                [this, &setting](int chosen) { store(setting, chosen); });
-        return number;
-    }
-    case SettingDescription::Kind::number: {
-        auto* number = new Calm<QDoubleSpinBox>;
-        number->setButtonSymbols(QAbstractSpinBox::NoButtons);
-        number->setRange(lowest, highest);
-        number->setDecimals(3);
-        number->setValue(platform::readAs<double>(value).value_or(0));
-        number->setFixedWidth(controlWidth);
-        connect(number, &QDoubleSpinBox::valueChanged, this,
-                [this, &setting](double chosen) { store(setting, chosen); });
-        return number;
-    }
-    default:
-        break;
-    }
-    const QString now = text(platform::readAs<std::string>(value).value_or(""));
-    if (!setting.choices.empty()) {
-        auto* choice = new Choice;
-        for (const std::string_view one : setting.choices) choice->addItem(text(one));
-        const auto index = setting.choiceIndex(utf8(now));
-        choice->setCurrentIndex(index ? static_cast<int>(*index) : 0);
-        choice->setFixedWidth(controlWidth);
-        connect(choice, &QComboBox::textActivated, this,
-                [this, &setting](const QString& chosen) { store(setting, utf8(chosen)); });
-        return choice;
-    }
-    QLineEdit* line = field({});
-    line->setText(now);
-    line->setFixedWidth(controlWidth);
-    connect(line, &QLineEdit::editingFinished, this,
-            [this, &setting, line] { store(setting, utf8(line->text())); });
-    return line;
-}
-
-void SettingsWindow::store(const SettingDescription& setting, JSON value) {
-    refusal_->clear();
-    JSON arguments = JSON::object();
-    arguments.set("key", setting.key);
-    arguments.set("value", std::move(value));
-    desktop_.run("setSetting", std::move(arguments), {}, [self = QPointer(this)](const QString& why) {
-        if (self) self->refusal_->show(Signal::missing, why);
+    connect(search_, &QLineEdit::textChanged, this, [this] { showMatching(); });
+    connect(tabs_, &QListWidget::currentRowChanged, this, [this](int row) {
+        if (row < 0) return;
+        pages_->setCurrentIndex(row);
+        const auto at = static_cast<std::size_t>(row);
+        if (!isOpened_[at]) settingsPages_[at]->open();
+        isOpened_[at] = true;
     });
+    listen();
+    tabs_->setCurrentRow(std::clamp(QSettings().value(lastTab, 0).toInt(), 0, tabCount() - 1));
+}
+
+SettingsWindow::~SettingsWindow() {
+    if (tabs_->currentRow() >= 0) QSettings().setValue(lastTab, tabs_->currentRow());
+}
+
+int SettingsWindow::tabCount() const { return static_cast<int>(settingsPages_.size()); }
+
+void SettingsWindow::showTab(int index) { tabs_->setCurrentRow(index); }
+
+void SettingsWindow::showTab(SettingPage page) {
+    showTab(static_cast<int>(std::ranges::find(pageOrder_, page) - pageOrder_.begin()));
+}
+
+void SettingsWindow::listen() {
+    // On the thread that changed the setting; many come at once, such as those of a preset.
+    observation_ = desktop_.settings().onChange([this, alive = std::weak_ptr(isRefreshScheduled_),
+                                                 mainThread = desktop_.mainThread()](const std::string&) {
+        mainThread->post([this, alive] {
+            const auto isScheduled = alive.lock();
+            if (!isScheduled || std::exchange(*isScheduled, true)) return;
+            desktop_.mainThread()->post([this, alive] {
+                const auto scheduled = alive.lock();
+                if (!scheduled) return;
+                *scheduled = false;
+                for (SettingsPage* page : settingsPages_) page->refresh();
+            });
+        });
+    });
+}
+
+void SettingsWindow::showMatching() {
+    int first = -1;
+    bool isCurrentLeft = false;
+    const int current = tabs_->currentRow();
+    for (int row = 0; row < tabCount(); ++row) {
+        const bool isLeft = settingsPages_[static_cast<std::size_t>(row)]->showMatching(search_->text());
+        tabs_->item(row)->setHidden(!isLeft);
+        if (isLeft && first < 0) first = row;
+        isCurrentLeft = isCurrentLeft || (isLeft && row == current);
+    }
+    if (first < 0) {
+        pages_->setCurrentWidget(nothing_);
+        return;
+    }
+    if (!isCurrentLeft) tabs_->setCurrentRow(first);
+    pages_->setCurrentIndex(tabs_->currentRow());
 }
 
 } // namespace orvane::views

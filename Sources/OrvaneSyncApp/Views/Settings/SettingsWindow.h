@@ -1,25 +1,49 @@
 #pragma once
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/ViewModels/Settings/SettingsModel.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
 
 #include <QDialog>
 
+#include <memory>
+#include <vector>
+
+class QListWidget;
+class QStackedWidget;
+
 namespace orvane::views {
 
-/// Every setting of the catalogue under its heading, changed at once, without a button to agree.
+class SettingsPage;
+
+/// Every setting in its tab, changed at once, without a button to agree. Shows what other windows and other
+/// programs change, and finds a row by its words over all tabs.
 class SettingsWindow : public QDialog {
   public:
     explicit SettingsWindow(Desktop& desktop, QWidget* parent = nullptr);
+    ~SettingsWindow() override;
+
+    int tabCount() const;
+    void showTab(int index);
+    void showTab(SettingPage page);
+    QLineEdit* search() { return search_; }
 
   private:
-    QWidget* page(const std::vector<std::string_view>& headings);
-    QWidget* control(const platform::SettingDescription& setting);
-    void store(const platform::SettingDescription& setting, JSON value);
-    JSON valueOf(const platform::SettingDescription& setting) const;
+    void listen();
+    void showMatching();
 
     Desktop& desktop_;
-    design::Banner* refusal_;
+    const SettingsModel model_;
+    QLineEdit* search_;
+    QListWidget* tabs_;
+    QStackedWidget* pages_;
+    design::EmptyState* nothing_;
+    std::vector<SettingsPage*> settingsPages_;
+    std::vector<SettingPage> pageOrder_;
+    std::vector<bool> isOpened_;
+    /// Work that another thread hands over finds out by it that the window has gone.
+    std::shared_ptr<bool> isRefreshScheduled_ = std::make_shared<bool>(false);
+    platform::Subscription observation_;
 };
 
 } // namespace orvane::views

@@ -84,6 +84,14 @@ platform::SettingsWrite PresetManager::load(std::string_view name, platform::Set
     return applySnapshot(files::readText(presetPath(name), largestPreset), defaults);
 }
 
+void PresetManager::rename(std::string_view from, std::string_view to) const {
+    if (listedName(from) == listedName(to)) return;
+    refuseUnfitName(to);
+    if (exists(to))
+        throw PresetNameError("there is a preset '" + listedName(to) + "' already; choose another name");
+    files::rename(presetPath(from), presetPath(to));
+}
+
 void PresetManager::deletePreset(std::string_view name) const { files::remove(presetPath(name)); }
 
 bool PresetManager::exists(std::string_view name) const { return files::exists(presetPath(name)); }

@@ -42,6 +42,9 @@ class PresetManager {
     platform::SettingsWrite load(std::string_view name, platform::SettingsStore& defaults) const;
     /// Throws FileError, also when there is no such preset.
     void deletePreset(std::string_view name) const;
+    /// Throws FileError, also when there is no such preset, and PresetNameError for a name that is taken or
+    /// unfit.
+    void rename(std::string_view from, std::string_view to) const;
     bool exists(std::string_view name) const;
     /// The names of all presets in the order of a file browser.
     std::vector<std::string> list() const;

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
+#include "Platform/JSON.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvane {
+
+/// One of the values that a row offers.
+struct SettingChoice {
+    std::string text;
+    platform::JSON value;
+};
+
+/// How the settings screen shows one setting. All texts are for people.
+struct SettingRow {
+    enum class Control : std::uint8_t {
+        toggle,
+        choice,
+        number,
+        amount, ///< 0 to 1, shown in percent
+        line,
+        pattern, ///< a line with the editor of naming patterns
+        file     ///< the path of a recording
+    };
+    std::reference_wrapper<const SettingDescription> setting;
+    Control control;
+    std::string label;
+    std::string hint;
+    std::vector<SettingChoice> choices{};
+    std::string unit{}; ///< behind a number, with its blank
+    double lowest = 0, highest = 0;
+    int decimals = 0;
+    /// Whether the setting has an effect as the others stand; null: always.
+    bool (*applies)(const platform::SettingsStore& store) = nullptr;
+    /// Why a text would not do what is meant by it; empty where it does.
+    std::string (*doubt)(std::string_view text) = nullptr;
+};
+
+struct SettingSection {
+    enum class Form : std::uint8_t {
+        rows,
+        roles ///< a list of tracks in their order
+    };
+    std::string title;
+    std::vector<SettingRow> rows;
+    Form form = Form::rows;
+};
+
+enum class SettingPage : std::uint8_t {
+    output,
+    naming,
+    roles,
+    smartAudio,
+    offspeed,
+    reports,
+    metadata,
+    keyboard,
+    models,
+    calibration,
+    developer
+};
+
+struct SettingTab {
+    SettingPage page;
+    std::string title;
+    std::vector<SettingSection> sections;
+};
+
+/// The tabs in their order. Every setting of the catalogue has one row, but those of `settingsWithoutRow`.
+const std::vector<SettingTab>& settingTabs();
+
+/// Those that only other programs or older presets use, the switch that the room tone builder shows itself,
+/// and the maps, which the table of fields shows.
+const std::vector<std::string_view>& settingsWithoutRow();
+
+} // namespace orvane

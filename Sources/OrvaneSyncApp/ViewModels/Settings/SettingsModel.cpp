@@ -1,0 +1,101 @@
+#include "OrvaneSyncApp/ViewModels/Settings/SettingsModel.h"
+
+#include "OrvaneSyncCore/Models/SettingValues.h"
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+
+namespace orvane {
+
+namespace {
+
+using platform::JSON;
+
+std::string quoted(std::string_view text) { return "“" + std::string(text) + "”"; }
+
+/// The words of a value, as the row shows it.
+std::string shown(const SettingRow& row, const JSON& value) {
+    const auto found = std::ranges::find(row.choices, value, &SettingChoice::value);
+    return found == row.choices.end() ? settingText(value) : found->text;
+}
+
+std::string outOf(const SettingRow& row) {
+    if (const auto range = row.setting.get().details.range)
+        return "a number from " + settingText(range->lowest) + " to " + settingText(range->highest);
+    return row.choices.empty() ? "a value of another kind" : "one of those that are offered";
+}
+
+/// A choice in the form in which it is offered, whatever case it was stored in.
+JSON canonical(const SettingDescription& setting, const JSON& value) {
+    if (setting.choices.empty()) return value;
+    const auto index = setting.choiceIndex(settingText(value));
+    return index ? JSON(setting.choices[*index]) : value;
+}
+
+} // namespace
+
+JSON SettingsModel::value(const SettingRow& row) const {
+    const SettingDescription& setting = row.setting;
+    if (const auto held = store_->value(setting.key); held && !whyUseless(setting, *held))
+        return canonical(setting, *held);
+    return setting.defaultValue();
+}
+
+std::vector<SettingChoice> SettingsModel::choices(const SettingRow& row) const {
+    std::vector<SettingChoice> all = row.choices;
+    const JSON now = value(row);
+    if (std::ranges::find(all, now, &SettingChoice::value) == all.end())
+        all.push_back({settingText(now) + row.unit, now});
+    return all;
+}
+
+std::size_t SettingsModel::chosen(const SettingRow& row, const std::vector<SettingChoice>& choices) const {
+    const auto found = std::ranges::find(choices, value(row), &SettingChoice::value);
+    return found == choices.end() ? 0 : static_cast<std::size_t>(found - choices.begin());
+}
+
+bool SettingsModel::isChanged(const SettingRow& row) const {
+    const auto stored = store_->storedValue(row.setting.get().key);
+    return stored && *stored != row.setting.get().defaultValue();
+}
+
+bool SettingsModel::isEnabled(const SettingRow& row) const {
+    return row.applies == nullptr || row.applies(*store_);
+}
+
+SettingRemark SettingsModel::remark(const SettingRow& row) const {
+    using enum SettingRemark::Kind;
+    const SettingDescription& setting = row.setting;
+    const JSON now = value(row);
+    if (const auto held = store_->value(setting.key); held && whyUseless(setting, *held))
+        return {mistake, quoted(settingText(*held)) + " is stored, and the setting takes " + outOf(row) +
+                             "; " + quoted(shown(row, now)) + " is used instead."};
+    if (row.doubt != nullptr && isEnabled(row)) {
+        std::string why = row.doubt(settingText(now));
+        if (!why.empty()) return {doubt, std::move(why)};
+    }
+    if (setting.key == settings::smartAudioMode.key)
+        return {fact, std::string(sectionText(store_->get(settings::smartAudioMode)))};
+    return {};
+}
+
+bool SettingsModel::matches(const SettingTab& tab, const SettingSection& section, const SettingRow& row,
+                            std::string_view words) {
+    std::string all = tab.title + " " + section.title + " " + row.label + " " + row.hint + " " +
+                      std::string(row.setting.get().key);
+    for (const SettingChoice& choice : row.choices) all += " " + choice.text;
+    return holdsWords(all, words);
+}
+
+bool holdsWords(std::string_view text, std::string_view words) {
+    const std::string in = platform::text::lowercased(text);
+    for (words = platform::text::trimmed(words); !words.empty(); words = platform::text::trimmed(words)) {
+        const std::size_t end = std::min(words.find(' '), words.size());
+        if (in.find(platform::text::lowercased(words.substr(0, end))) == std::string::npos) return false;
+        words.remove_prefix(end);
+    }
+    return true;
+}
+
+} // namespace orvane

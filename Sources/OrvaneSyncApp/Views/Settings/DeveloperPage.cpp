@@ -1,0 +1,195 @@
+#include "OrvaneSyncApp/Views/Settings/DeveloperPage.h"
+
+#include "OrvaneSyncApp/Controllers/SystemChecks.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QPointer>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+#include <string_view>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+constexpr int checksHeight = 330;
+constexpr int cachesHeight = 170;
+
+QString megabytes(const JSON* bytes) {
+    constexpr double megabyte = 1e6;
+    return text(formatted("%.1f MB", (bytes == nullptr ? 0 : bytes->number().value_or(0)) / megabyte));
+}
+
+QTableWidget* table(const QStringList& columns, const QString& name, int height) {
+    auto* made = new QTableWidget(0, static_cast<int>(columns.size()));
+    made->setHorizontalHeaderLabels(columns);
+    made->setAccessibleName(name);
+    made->verticalHeader()->hide();
+    made->horizontalHeader()->setStretchLastSection(true);
+    made->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    made->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    made->setSelectionBehavior(QAbstractItemView::SelectRows);
+    made->setShowGrid(false);
+    made->setWordWrap(true);
+    made->setFixedHeight(height);
+    return made;
+}
+
+Signal signalOf(std::string_view status) {
+    if (status == "ok") return Signal::matched;
+    return status == "problem" ? Signal::missing : Signal::none;
+}
+
+QString word(std::string_view status) {
+    if (status == "ok") return QObject::tr("✓ there");
+    return status == "problem" ? QObject::tr("✗ problem") : QObject::tr("not used");
+}
+
+} // namespace
+
+DeveloperPage::DeveloperPage(Desktop& desktop, const SettingsModel& model, const SettingTab& tab)
+    : SettingsPage(desktop, model, tab), queue_(platform::SerialQueue::create("diagnostics")) {
+    add(makeCaches(), tr("caches size clear"));
+    add(makeDiagnostics(), tr("diagnostics state subsystem doctor"));
+}
+
+DeveloperPage::~DeveloperPage() { stop_.request_stop(); }
+
+QWidget* DeveloperPage::makeCaches() {
+    auto* section = new Section(tr("What the caches hold"));
+    section->add(caches_ =
+                     table({tr("Cache"), tr("Files"), tr("Size"), tr("Folder")}, tr("Caches"), cachesHeight));
+    caches_->setObjectName(QStringLiteral("caches"));
+    auto* row = new QHBoxLayout;
+    row->addWidget(cachesSum_ = facts({}), 1);
+    row->addWidget(clear_ = button(tr("Clear Caches")));
+    clear_->setToolTip(
+        tr("Removes all that can be made again. Sessions, presets, models and the calibration stay."));
+    section->add(row);
+    section->add(cacheProblem_ = new Remark);
+    connect(clear_, &QPushButton::clicked, this, [this] { clearCaches(); });
+    return section;
+}
+
+QWidget* DeveloperPage::makeDiagnostics() {
+    auto* section = new Section(tr("Diagnostics"));
+    section->add(checks_ = table({tr("What"), tr("State"), tr("Detail")}, tr("Diagnostics"), checksHeight));
+    checks_->setObjectName(QStringLiteral("diagnostics"));
+    auto* row = new QHBoxLayout;
+    row->addWidget(progress_ = facts({}), 1);
+    row->addWidget(copy_ = button(tr("Copy")));
+    copy_->setToolTip(tr("Copies the table as text"));
+    copy_->setAccessibleName(tr("Copy the diagnostics"));
+    row->addWidget(again_ = button(tr("Look Again"), Glyph::refresh));
+    section->add(row);
+    connect(again_, &QPushButton::clicked, this, [this] { diagnose(); });
+    connect(copy_, &QPushButton::clicked, this, [this] { copyDiagnostics(); });
+    return section;
+}
+
+void DeveloperPage::open() {
+    lookAtCaches();
+    diagnose();
+}
+
+void DeveloperPage::lookAtCaches() {
+    desktop().run("caches", {}, [self = QPointer(this)](const JSON& report) {
+        if (!self) return;
+        const JSON* folders = report.find("folders");
+        const JSON::Array* list = folders == nullptr ? nullptr : folders->elements();
+        QTableWidget& table = *self->caches_;
+        table.setRowCount(list == nullptr ? 0 : static_cast<int>(list->size()));
+        for (int row = 0; row < table.rowCount(); ++row) {
+            const JSON& one = (*list)[static_cast<std::size_t>(row)];
+            const auto textOf = [&](const char* key) {
+                const JSON* value = one.find(key);
+                return value == nullptr || value->string() == nullptr ? QString() : text(*value->string());
+            };
+            const JSON* files = one.find("files");
+            table.setItem(row, 0, new QTableWidgetItem(textOf("name")));
+            auto* count =
+                new QTableWidgetItem(QString::number(files == nullptr ? 0 : files->integer().value_or(0)));
+            auto* size = new QTableWidgetItem(megabytes(one.find("bytes")));
+            for (QTableWidgetItem* number : {count, size})
+                number->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+            table.setItem(row, 1, count);
+            table.setItem(row, 2, size);
+            table.setItem(row, 3, new QTableWidgetItem(textOf("path")));
+        }
+        table.resizeColumnsToContents();
+        self->cachesSum_->setText(
+            tr("%1 in all; rendered sound takes %2.")
+                .arg(megabytes(report.find("bytes")), megabytes(report.find("renderedBytes"))));
+        self->clear_->setEnabled(table.rowCount() > 0);
+    });
+}
+
+void DeveloperPage::clearCaches() {
+    clear_->setEnabled(false);
+    cacheProblem_->show(Signal::none, {});
+    desktop().run(
+        "clearCaches", {},
+        [self = QPointer(this)](const JSON& answer) {
+            if (!self) return;
+            self->cacheProblem_->show(Signal::matched,
+                                      tr("Removed %1.").arg(megabytes(answer.find("removedBytes"))));
+            self->lookAtCaches();
+        },
+        [self = QPointer(this)](const QString& why) {
+            if (!self) return;
+            self->cacheProblem_->show(Signal::missing, why);
+            self->lookAtCaches();
+        });
+}
+
+void DeveloperPage::diagnose() {
+    again_->setEnabled(false);
+    copy_->setEnabled(false);
+    progress_->setText(tr("Looking…"));
+    queue_->post(
+        [self = QPointer(this), settings = desktop().context().settings,
+         mainThread = desktop().mainThread()] {
+            mainThread->post([self, found = systemChecks(*settings, ProbeCache::shared)] {
+                if (!self) return;
+                QTableWidget& table = *self->checks_;
+                table.setRowCount(static_cast<int>(found.size()));
+                for (int row = 0; row < table.rowCount(); ++row) {
+                    const SystemCheck& check = found[static_cast<std::size_t>(row)];
+                    auto* state = new QTableWidgetItem(word(check.status));
+                    state->setForeground(colour(signalOf(check.status)));
+                    auto* detail = new QTableWidgetItem(text(check.detail));
+                    detail->setToolTip(text(check.detail));
+                    table.setItem(row, 0, new QTableWidgetItem(text(check.name)));
+                    table.setItem(row, 1, state);
+                    table.setItem(row, 2, detail);
+                }
+                table.resizeColumnToContents(0);
+                table.resizeColumnToContents(1);
+                table.resizeRowsToContents();
+                self->again_->setEnabled(true);
+                self->copy_->setEnabled(true);
+                self->progress_->clear();
+            });
+        },
+        stop_.get_token());
+}
+
+void DeveloperPage::copyDiagnostics() {
+    QString lines = QStringLiteral("OrvaneSync " ORVANE_VERSION "\n");
+    for (int row = 0; row < checks_->rowCount(); ++row) {
+        QStringList cells;
+        for (int column = 0; column < checks_->columnCount(); ++column)
+            cells << checks_->item(row, column)->text();
+        lines += cells.join(QLatin1Char('\t')) + QLatin1Char('\n');
+    }
+    QGuiApplication::clipboard()->setText(lines);
+}
+
+} // namespace orvane::views

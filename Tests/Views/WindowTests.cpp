@@ -1,22 +1,18 @@
 #include "MediaFactory/SmallShoot.h"
 #include "OrvaneDesignKit/Controls.h"
-#include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 #include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/QtMainThread.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
+#include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/Files.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
+#include "Views/Application.h"
 
-#include <QAbstractSpinBox>
-#include <QApplication>
 #include <QComboBox>
-#include <QElapsedTimer>
-#include <QLabel>
 #include <QStackedWidget>
-#include <QStandardPaths>
 #include <QTableView>
 #include <QTest>
 
@@ -25,27 +21,12 @@ namespace orvane::views {
 namespace {
 
 using test::TemporaryDirectory;
-
-/// One application for all tests of the program, without a screen.
-QApplication& application() {
-    static int count = 1;
-    static char name[] = "test";
-    static char* arguments[] = {name, nullptr};
-    static QApplication* const made = [] {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        QStandardPaths::setTestModeEnabled(true);
-        auto* one = new QApplication(count, arguments);
-        QCoreApplication::setOrganizationName(QStringLiteral("OrvaneSyncTests"));
-        design::applyTheme(*one);
-        return one;
-    }();
-    return *made;
-}
+using test::waitUntil;
 
 class WindowTest : public testing::Test {
   protected:
     WindowTest() {
-        application();
+        test::application();
         registerStandardDefaults(*settings_);
         test::makeSmallShoot(folder_.path("shoot"));
         Desktop::Dependencies dependencies;
@@ -56,9 +37,6 @@ class WindowTest : public testing::Test {
         window_ = std::make_unique<MainWindow>(*desktop_);
         window_->show();
     }
-
-    /// Serves the loop until the test holds; a failure after ten seconds.
-    bool waitUntil(const std::function<bool()>& holds) { return QTest::qWaitFor(holds, 10'000); }
 
     void scan() {
         window_->scanFolders({text(folder_.path("shoot/camera")), text(folder_.path("shoot/sound"))});
@@ -160,46 +138,6 @@ TEST_F(WindowTest, StoresASettingAndSaysWhatIsRefused) {
     choice->setCurrentIndex(3);
     Q_EMIT choice->textActivated(choice->currentText());
     ASSERT_TRUE(waitUntil([&] { return settings_->get(settings::trimMode) == TrimMode::overlap; }));
-}
-
-namespace {
-
-/// Whether its text is cut off; labels that wrap, or that nobody sees, are not looked at.
-bool isCut(const QWidget& widget) {
-    if (const auto* label = qobject_cast<const QLabel*>(&widget))
-        return !label->wordWrap() && label->pixmap().isNull() &&
-               label->width() < label->sizeHint().width() - 1;
-    if (const auto* button = qobject_cast<const QPushButton*>(&widget))
-        return !button->text().isEmpty() && button->width() < button->minimumSizeHint().width() - 1;
-    return false;
-}
-
-bool takesFocusUnnamed(const QWidget& widget) {
-    if (qobject_cast<const QAbstractSpinBox*>(widget.parentWidget()) != nullptr)
-        return false; // which has one
-    if (widget.focusPolicy() == Qt::NoFocus || !widget.accessibleName().isEmpty()) return false;
-    if (const auto* button = qobject_cast<const QAbstractButton*>(&widget)) return button->text().isEmpty();
-    return qobject_cast<const QLineEdit*>(&widget) != nullptr ||
-           qobject_cast<const QComboBox*>(&widget) != nullptr;
-}
-
-} // namespace
-
-TEST_F(WindowTest, NoTextIsCutAndEveryControlHasAName) {
-    scan();
-    ExportSheet sheet(*desktop_, window_.get());
-    SettingsWindow settings(*desktop_, window_.get());
-    sheet.show();
-    settings.show();
-    window_->resize(1024, 700);
-    QCoreApplication::processEvents();
-    for (QWidget* top : std::initializer_list<QWidget*>{window_.get(), &sheet, &settings})
-        for (QWidget* one : top->findChildren<QWidget*>()) {
-            if (!one->isVisible() || one->window() != top) continue;
-            const auto name = one->objectName() + " " + one->metaObject()->className();
-            EXPECT_FALSE(isCut(*one)) << name.toStdString();
-            EXPECT_FALSE(takesFocusUnnamed(*one)) << name.toStdString() << one->toolTip().toStdString();
-        }
 }
 
 TEST(ThemeTest, TextIsReadableOnEveryGround) {

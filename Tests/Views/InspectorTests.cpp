@@ -31,7 +31,7 @@ constexpr int narrowest = 260;
 class InspectorTest : public testing::Test {
   protected:
     InspectorTest() {
-        application();
+        test::application();
         QSettings().clear();
         registerStandardDefaults(*settings_);
         test::makeSmallShoot(folder_.path("shoot"));

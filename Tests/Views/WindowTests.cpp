@@ -129,46 +129,6 @@ TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
     EXPECT_NE(folder_.read("out.fcpxml").find("<fcpxml"), std::string::npos);
 }
 
-namespace {
-
-/// Whether its text is cut off; labels that wrap, or that nobody sees, are not looked at.
-bool isCut(const QWidget& widget) {
-    if (const auto* label = qobject_cast<const QLabel*>(&widget))
-        return !label->wordWrap() && label->pixmap().isNull() &&
-               label->width() < label->sizeHint().width() - 1;
-    if (const auto* button = qobject_cast<const QPushButton*>(&widget))
-        return !button->text().isEmpty() && button->width() < button->minimumSizeHint().width() - 1;
-    return false;
-}
-
-bool takesFocusUnnamed(const QWidget& widget) {
-    if (qobject_cast<const QAbstractSpinBox*>(widget.parentWidget()) != nullptr)
-        return false; // which has one
-    if (widget.focusPolicy() == Qt::NoFocus || !widget.accessibleName().isEmpty()) return false;
-    if (const auto* button = qobject_cast<const QAbstractButton*>(&widget)) return button->text().isEmpty();
-    return qobject_cast<const QLineEdit*>(&widget) != nullptr ||
-           qobject_cast<const QComboBox*>(&widget) != nullptr;
-}
-
-} // namespace
-
-TEST_F(WindowTest, NoTextIsCutAndEveryControlHasAName) {
-    scan();
-    ExportSheet sheet(*desktop_, window_.get());
-    SettingsWindow settings(*desktop_, window_.get());
-    sheet.show();
-    settings.show();
-    window_->resize(1024, 700);
-    QCoreApplication::processEvents();
-    for (QWidget* top : std::initializer_list<QWidget*>{window_.get(), &sheet, &settings})
-        for (QWidget* one : top->findChildren<QWidget*>()) {
-            if (!one->isVisible() || one->window() != top) continue;
-            const auto name = one->objectName() + " " + one->metaObject()->className();
-            EXPECT_FALSE(isCut(*one)) << name.toStdString();
-            EXPECT_FALSE(takesFocusUnnamed(*one)) << name.toStdString() << one->toolTip().toStdString();
-        }
-}
-
 TEST(ThemeTest, TextIsReadableOnEveryGround) {
     const design::Colours& all = design::colours();
     constexpr double least = 4.5;

@@ -111,14 +111,23 @@ MovieMaker& MovieMaker::video(const VideoSpec& spec) {
         field("", 6) + be16(1) + field("", 16) + be16(static_cast<std::uint64_t>(spec.width)) +
         be16(static_cast<std::uint64_t>(spec.height)) + be32(0x480000) + be32(0x480000) + be32(0) + be16(1) +
         field("", 32) + be16(24) + be16(0xFFFF) + spec.entryAtoms;
+    std::string bytes;
+    std::vector<std::uint32_t> sizes;
+    for (const std::string& picture : spec.pictures) {
+        bytes += picture;
+        sizes.push_back(static_cast<std::uint32_t>(picture.size()));
+    }
     return track({.handler = "vide",
                   .timescale = spec.timescale,
                   .duration = std::uint64_t{spec.frames} * spec.frameDuration,
                   .sampleEntry = atom(spec.codec, entry),
                   .timeToSample = {{spec.frames, spec.frameDuration}},
+                  .sampleSize = spec.pictures.empty() ? 1U : 0U,
                   .width = static_cast<double>(spec.width),
                   .height = static_cast<double>(spec.height),
-                  .enabled = spec.enabled});
+                  .enabled = spec.enabled,
+                  .sample = std::move(bytes),
+                  .sizeTable = std::move(sizes)});
 }
 
 MovieMaker& MovieMaker::audio(const AudioSpec& spec) {

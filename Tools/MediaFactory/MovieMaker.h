@@ -28,6 +28,8 @@ struct VideoSpec {
     std::uint32_t frames = 250;
     std::string entryAtoms = {}; ///< behind the fields of the sample description
     bool enabled = true;
+    /// The bytes of each picture, which the media data then holds; as many as `frames`.
+    std::vector<std::string> pictures = {};
 };
 
 struct AudioSpec {

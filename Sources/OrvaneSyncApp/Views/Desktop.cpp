@@ -1,5 +1,7 @@
 #include "OrvaneSyncApp/Views/Desktop.h"
 
+#include "OrvaneSyncApp/Views/Translation.h"
+
 #include <algorithm>
 #include <exception>
 #include <stdexcept>
@@ -45,9 +47,9 @@ void Desktop::run(std::string_view id, JSON arguments, Done done, Refused whenTh
     const commands::Command& row = command(id);
     const auto refused = [this, own = std::move(whenThisIsRefused)](const std::exception& why) {
         if (own)
-            own(text(why.what()));
+            own(translatedSentence(why.what()));
         else if (whenRefused)
-            whenRefused(text(why.what()));
+            whenRefused(translatedSentence(why.what()));
     };
     try {
         const commands::Call call(row, arguments.isNull() ? nullptr : &arguments);

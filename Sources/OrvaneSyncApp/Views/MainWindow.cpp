@@ -1,12 +1,14 @@
 #include "OrvaneSyncApp/Views/MainWindow.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/Views/RecentPlaces.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/ScanningView.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
 #include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
-#include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
+#include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/StartView.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 
 #include <QAction>
@@ -17,7 +19,6 @@
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QSettings>
 #include <QSplitter>
@@ -82,6 +83,9 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     makeMenus();
     makeTools();
     results_->whenSelectionChanged = [this] { updateActions(); };
+    results_->whenScanWanted = [this] {
+        if (desktop_.isEnabled("startScan")) startScan();
+    };
     desktop_.whenRefused = [this](const QString& why) { banner_->show(Signal::missing, why); };
     workObservation_ = desktop_.controller().onChange([this](ImportField field) {
         if (field == ImportField::progress) return;
@@ -99,7 +103,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     });
     sessionObservation_ = desktop_.sessions().onChange([this](SessionField field) {
         if (field == SessionField::problem && desktop_.sessions().problem())
-            banner_->show(Signal::doubtful, text(*desktop_.sessions().problem()));
+            banner_->show(Signal::doubtful, translatedSentence(*desktop_.sessions().problem()));
         if (field == SessionField::lastSaveError && desktop_.sessions().lastSaveError())
             banner_->show(
                 Signal::missing,
@@ -116,9 +120,9 @@ MainWindow::~MainWindow() { desktop_.whenRefused = nullptr; }
 
 QAction* MainWindow::addCommand(QMenu* menu, std::string_view id, const QKeySequence& key, JSON arguments) {
     const commands::Command& row = desktop_.command(id);
-    QAction* action = menu->addAction(text(row.title));
+    QAction* action = menu->addAction(translated(row.title));
     action->setShortcut(key);
-    action->setStatusTip(text(row.help));
+    action->setStatusTip(translated(row.help));
     connect(action, &QAction::triggered, this, [this, id, arguments] { desktop_.run(id, arguments); });
     commandActions_.emplace_back(action, id);
     return action;
@@ -126,9 +130,9 @@ QAction* MainWindow::addCommand(QMenu* menu, std::string_view id, const QKeySequ
 
 QAction* MainWindow::addClipCommand(QMenu* menu, std::string_view id, const QKeySequence& key) {
     const commands::Command& row = desktop_.command(id);
-    QAction* action = menu->addAction(text(row.title));
+    QAction* action = menu->addAction(translated(row.title));
     action->setShortcut(key);
-    action->setStatusTip(text(row.help));
+    action->setStatusTip(translated(row.help));
     connect(action, &QAction::triggered, this, [this, id] { results_->runForSelection(id); });
     clipActions_.emplace_back(action, id);
     return action;
@@ -140,29 +144,31 @@ void MainWindow::makeMenus() {
         wantsStart_ = true;
         showPage();
     });
+    RecentPlaces::menu(file, [this](const QStringList& paths) { openPaths(paths); });
     QAction* newSession = addCommand(file, "newSession", QKeySequence::New);
     connect(newSession, &QAction::triggered, this, [this] { wantsStart_ = false; });
     file->addSeparator();
-    QAction* open = file->addAction(text(desktop_.command("loadProject").title));
+    QAction* open = file->addAction(translated(desktop_.command("loadProject").title));
     open->setShortcut(QKeySequence::Open);
     connect(open, &QAction::triggered, this, [this] {
         chooseAndRun("loadProject", tr("Open project"), tr("Projects (*.orvanesync);;All files (*)"), false);
     });
-    QAction* save = file->addAction(text(desktop_.command("saveProject").title));
+    QAction* save = file->addAction(translated(desktop_.command("saveProject").title));
     save->setShortcut(QKeySequence::SaveAs);
     connect(save, &QAction::triggered, this,
             [this] { chooseAndRun("saveProject", tr("Save project"), tr("Projects (*.orvanesync)"), true); });
     commandActions_.emplace_back(save, "exportFCPXML"); // there is work
-    QAction* report = file->addAction(text(desktop_.command("loadALE").title));
+    QAction* report = file->addAction(translated(desktop_.command("loadALE").title));
     report->setIcon(icon(Glyph::report));
     connect(report, &QAction::triggered, this, [this] {
         chooseAndRun("loadALE", tr("Load report"), tr("Reports (*.ale *.csv *.txt *.tsv);;All files (*)"),
                      false);
     });
     file->addSeparator();
-    export_ = file->addAction(icon(Glyph::exportDocument), text(desktop_.command("exportFCPXML").title));
+    export_ =
+        file->addAction(icon(Glyph::exportDocument), translated(desktop_.command("exportFCPXML").title));
     export_->setShortcut(QKeySequence(tr("Ctrl+E")));
-    connect(export_, &QAction::triggered, this, [this] { showExport(); });
+    connect(export_, &QAction::triggered, this, [this] { showExport(desktop_, this); });
     commandActions_.emplace_back(export_, "exportFCPXML");
     file->addSeparator();
     addCommand(file, "reset", QKeySequence::Close);
@@ -213,7 +219,7 @@ void MainWindow::makeMenus() {
     }
 
     QMenu* help = menuBar()->addMenu(tr("&Help"));
-    connect(help->addAction(tr("About OrvaneSync")), &QAction::triggered, this, [this] { showAbout(); });
+    sheetActions_ = addSheetActions(desktop_, this, clip, audio, help);
 }
 
 void MainWindow::makeTools() {
@@ -258,8 +264,11 @@ void MainWindow::startScan() {
         try {
             if (raised) std::rethrow_exception(raised);
             desktop_.sessions().beginSessionOfOpenWork(desktop_.controller());
+            QStringList scanned;
+            for (const FileURL& folder : desktop_.controller().work().folders()) scanned << text(folder.path);
+            RecentPlaces::add(scanned);
         } catch (const std::exception& why) {
-            banner_->show(Signal::missing, text(why.what()));
+            banner_->show(Signal::missing, translatedSentence(why.what()));
         } catch (const platform::Stopped&) {
             banner_->show(Signal::none, tr("The scan was cancelled; all is as it was."));
         }
@@ -269,11 +278,20 @@ void MainWindow::startScan() {
 }
 
 void MainWindow::scanFolders(const QStringList& paths) {
-    start_->takeFolders(paths);
+    QStringList absolute;
+    for (const QString& path : paths) absolute << QFileInfo(path).absoluteFilePath();
+    start_->takeFolders(absolute);
     if (desktop_.isEnabled("startScan")) startScan();
 }
 
+void MainWindow::openPaths(const QStringList& paths) {
+    if (paths.size() == 1 && paths.first().endsWith(QStringLiteral(".orvanesync")))
+        return openProject(paths.first());
+    if (const QStringList cards = folders(paths); !cards.isEmpty()) scanFolders(cards);
+}
+
 void MainWindow::openProject(const QString& path) {
+    RecentPlaces::add({QFileInfo(path).absoluteFilePath()});
     JSON arguments = JSON::object();
     arguments.set("path", utf8(QFileInfo(path).absoluteFilePath()));
     desktop_.run("loadProject", std::move(arguments));
@@ -309,8 +327,8 @@ void MainWindow::updateActions() {
     }
     rename_->setEnabled(areClipsShown && clips.size() == 1);
     const UndoState undo = desktop_.controller().work().undoState();
-    undo_->setText(undo.undoActionName ? tr("Undo %1").arg(text(*undo.undoActionName)) : tr("Undo"));
-    redo_->setText(undo.redoActionName ? tr("Redo %1").arg(text(*undo.redoActionName)) : tr("Redo"));
+    undo_->setText(undo.undoActionName ? tr("Undo %1").arg(translated(*undo.undoActionName)) : tr("Undo"));
+    redo_->setText(undo.redoActionName ? tr("Redo %1").arg(translated(*undo.redoActionName)) : tr("Redo"));
 }
 
 void MainWindow::updateStatus() {
@@ -344,20 +362,6 @@ void MainWindow::chooseAndRun(std::string_view id, const QString& caption, const
     }
     arguments.set("path", utf8(chosen));
     desktop_.run(id, std::move(arguments));
-}
-
-void MainWindow::showExport() {
-    auto* sheet = new ExportSheet(desktop_, this);
-    sheet->setAttribute(Qt::WA_DeleteOnClose);
-    sheet->open();
-}
-
-void MainWindow::showAbout() {
-    QMessageBox::about(
-        this, tr("About OrvaneSync"),
-        tr("OrvaneSync %1\n\nLays the right sound under every clip of a shooting day and writes it "
-           "for Final Cut Pro.")
-            .arg(QCoreApplication::applicationVersion()));
 }
 
 void MainWindow::restorePlaces() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/Sheets/SheetMenus.h"
 
 #include <QMainWindow>
 
@@ -33,6 +34,8 @@ class MainWindow : public QMainWindow {
     /// Sets the folders and scans them.
     void scanFolders(const QStringList& paths);
     void openProject(const QString& path);
+    /// One project, or folders.
+    void openPaths(const QStringList& paths);
     ResultsView& results() { return *results_; }
     Desktop& desktop() { return desktop_; }
     bool isScanning() const { return scan_.has_value(); }
@@ -53,8 +56,6 @@ class MainWindow : public QMainWindow {
     void updateActions();
     void updateStatus();
     void chooseAndRun(std::string_view id, const QString& caption, const QString& filter, bool isSaved);
-    void showExport();
-    void showAbout();
     void restorePlaces();
 
     Desktop& desktop_;
@@ -69,6 +70,7 @@ class MainWindow : public QMainWindow {
     bool wantsStart_ = false; ///< the user asked for another scan over open work
     std::vector<std::pair<QAction*, std::string_view>> commandActions_;
     std::vector<std::pair<QAction*, std::string_view>> clipActions_;
+    SheetActions sheetActions_{};
     QAction* undo_ = nullptr;
     QAction* redo_ = nullptr;
     QAction* export_ = nullptr;

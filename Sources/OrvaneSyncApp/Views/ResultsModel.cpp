@@ -2,8 +2,12 @@
 
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
+#include <QImage>
 #include <QPainter>
+
+#include <algorithm>
 
 namespace orvane::views {
 
@@ -14,13 +18,27 @@ namespace {
 using Column = ResultsViewModel::Column;
 using Certainty = ResultsViewModel::Certainty;
 
-constexpr int rowHeight = 30;
+constexpr int pictureWidth = 64, pictureHeight = 36;
 constexpr int markSide = 16;
 constexpr int foldWidth = 20;
 
 bool isRightAligned(int column) {
     return column == static_cast<int>(Column::length) || column == static_cast<int>(Column::begins) ||
            column == static_cast<int>(Column::loudness);
+}
+
+void drawPicture(QPainter& painter, const QRect& within, const platform::Picture* picture) {
+    painter.fillRect(within, colours().panel);
+    if (picture == nullptr || !picture->pixels)
+        return draw(painter, Glyph::film, QRectF(within).adjusted(0, 8, 0, -8), colours().line);
+    const QImage image(picture->pixels.get(), picture->size.width, picture->size.height,
+                       4 * picture->size.width, QImage::Format_ARGB32_Premultiplied);
+    QSizeF size = image.size();
+    size.scale(within.size(), Qt::KeepAspectRatio);
+    QRectF place(QPointF(0, 0), size);
+    place.moveCenter(QRectF(within).center());
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(place, image);
 }
 
 QString marksText(const ResultsViewModel::Row& row) {
@@ -47,8 +65,15 @@ Signal signal(Certainty certainty) {
     return Signal::none;
 }
 
-ResultsModel::ResultsModel(ResultsViewModel& rows, QObject* parent)
-    : QAbstractTableModel(parent), rows_(rows) {
+ResultsModel::ResultsModel(ResultsViewModel& rows, std::shared_ptr<Thumbnails> thumbnails, QObject* parent)
+    : QAbstractTableModel(parent), rows_(rows), thumbnails_(std::move(thumbnails)) {
+    decoded_ = thumbnails_->onChange([this](const std::string& path) {
+        for (const auto& [row, shown] : shown_) {
+            if (rows_.videoURL(static_cast<std::size_t>(row)).path != path) continue;
+            const QModelIndex cell = index(row, static_cast<int>(Column::name));
+            Q_EMIT dataChanged(cell, cell);
+        }
+    });
     observation_ = rows.onChange([this](const ResultsViewModel::Change& change) { follow(change); });
 }
 
@@ -63,7 +88,7 @@ int ResultsModel::columnCount(const QModelIndex& parent) const {
 QVariant ResultsModel::headerData(int section, Qt::Orientation orientation, int role) const {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return {};
     if (section == marksColumn) return tr("Marks");
-    return text(ResultsViewModel::title(static_cast<Column>(section)));
+    return translated(ResultsViewModel::title(static_cast<Column>(section)));
 }
 
 QVariant ResultsModel::data(const QModelIndex& index, int role) const {
@@ -84,6 +109,21 @@ QVariant ResultsModel::data(const QModelIndex& index, int role) const {
     }
 }
 
+const platform::Picture* ResultsModel::thumbnail(int index) const {
+    return thumbnails_->find(rows_.videoURL(static_cast<std::size_t>(index)).path);
+}
+
+void ResultsModel::wantThumbnails(int first, int last) {
+    std::vector<Thumbnails::Wish> inView;
+    for (int row = std::max(first, 0); row <= last && row < rowCount(); ++row) {
+        // A little behind the start, where a clip begins in black or on a slate.
+        constexpr double inside = 0.3; // of the clip
+        const auto at = static_cast<std::size_t>(row);
+        inView.push_back({rows_.videoURL(at).path, inside * rows_.videoSeconds(at)});
+    }
+    thumbnails_->want(std::move(inView));
+}
+
 void ResultsModel::sort(int column, Qt::SortOrder order) {
     if (column >= marksColumn) return;
     rows_.setSorting(column < 0 ? std::nullopt : std::optional(static_cast<Column>(column)),
@@ -93,7 +133,14 @@ void ResultsModel::sort(int column, Qt::SortOrder order) {
 const ResultsViewModel::Row& ResultsModel::row(int index) const {
     const auto found = shown_.find(index);
     if (found != shown_.end()) return found->second;
-    return shown_.emplace(index, rows_.row(static_cast<std::size_t>(index))).first->second;
+    ResultsViewModel::Row made = rows_.row(static_cast<std::size_t>(index));
+    // Names of clips and files are people's own; the rest is ours.
+    for (const Column column : {Column::match, Column::sound, Column::begins}) {
+        std::string& cell = made.texts[static_cast<std::size_t>(column)];
+        cell = utf8(translatedSentence(cell));
+    }
+    made.doubts = utf8(translatedSentence(made.doubts));
+    return shown_.emplace(index, std::move(made)).first->second;
 }
 
 void ResultsModel::follow(const ResultsViewModel::Change& change) {
@@ -131,9 +178,26 @@ void ResultsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
             draw(*painter, row.isFolded ? Glyph::folded : Glyph::unfolded,
                  QRectF(inner.left() - 2, inner.center().y() - 7, 14, 14), textColour);
         inner.setLeft(inner.left() + foldWidth + (row.isBelowAnother ? space::medium : 0));
+        drawPicture(*painter,
+                    QRect(inner.left(), inner.center().y() - pictureHeight / 2, pictureWidth, pictureHeight),
+                    model->thumbnail(index.row()));
+        inner.setLeft(inner.left() + pictureWidth + space::small);
     }
+    // What the neighbour says, where that has no column of its own.
+    QString below;
+    if (isCompact_ && (isName || isTimecode))
+        below = model->index(index.row(), index.column() + 1).data().toString();
     if (index.column() == static_cast<int>(Column::match)) {
-        Badge::paint(*painter, inner, signal(row.certainty), index.data().toString(), textColour);
+        // Below the status, why it is doubtful.
+        const QString why = text(row.doubts).section(QLatin1Char('\n'), 0, 0);
+        const int half = why.isEmpty() ? 0 : inner.height() / 2;
+        Badge::paint(*painter, inner.adjusted(0, half > 0 ? space::tight : 0, 0, -half),
+                     signal(row.certainty), index.data().toString(), textColour);
+        if (half > 0) {
+            painter->setPen(isSelected ? all.onSelected : all.facts);
+            painter->drawText(inner.adjusted(0, half, 0, -space::tight), Qt::AlignVCenter | Qt::AlignLeft,
+                              painter->fontMetrics().elidedText(why, Qt::ElideRight, inner.width()));
+        }
     } else if (index.column() == ResultsModel::marksColumn) {
         int x = inner.left();
         for (const auto& [isSet, mark] :
@@ -147,9 +211,17 @@ void ResultsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     } else {
         QString shown = index.data().toString();
         if (isName && row.isFolded) shown += QObject::tr("  +%1").arg(row.foldable);
+        const int alignment = index.data(Qt::TextAlignmentRole).toInt();
+        const int half = below.isEmpty() ? 0 : inner.height() / 2;
         painter->setPen(textColour);
-        painter->drawText(inner, static_cast<int>(index.data(Qt::TextAlignmentRole).toInt()),
+        painter->drawText(inner.adjusted(0, below.isEmpty() ? 0 : space::tight, 0, -half), alignment,
                           painter->fontMetrics().elidedText(shown, Qt::ElideMiddle, inner.width()));
+        if (!below.isEmpty()) {
+            painter->setFont(factsFont());
+            painter->setPen(isSelected ? all.onSelected : all.facts);
+            painter->drawText(inner.adjusted(0, half, 0, -space::tight), alignment,
+                              painter->fontMetrics().elidedText(below, Qt::ElideMiddle, inner.width()));
+        }
     }
     if (option.state.testFlag(QStyle::State_HasFocus)) {
         painter->setPen(all.focus);

@@ -2,6 +2,7 @@
 
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
+#include "OrvaneSyncApp/ViewModels/Results/Thumbnails.h"
 
 #include <QAbstractTableModel>
 #include <QStyledItemDelegate>
@@ -17,8 +18,8 @@ design::Signal signal(ResultsViewModel::Certainty certainty);
 /// The rows of the results for a table. A row's texts are made when it is first shown.
 class ResultsModel : public QAbstractTableModel {
   public:
-    /// Both outlive it.
-    explicit ResultsModel(ResultsViewModel& rows, QObject* parent = nullptr);
+    /// The rows outlive it.
+    ResultsModel(ResultsViewModel& rows, std::shared_ptr<Thumbnails> thumbnails, QObject* parent = nullptr);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
@@ -28,6 +29,10 @@ class ResultsModel : public QAbstractTableModel {
 
     const ResultsViewModel::Row& row(int index) const;
     ResultsViewModel& rows() const { return rows_; }
+    /// Of the row's clip; null while there is none.
+    const platform::Picture* thumbnail(int index) const;
+    /// Which pictures are in view.
+    void wantThumbnails(int first, int last);
     /// Behind those of the rows: what was decided of the clip.
     static constexpr int marksColumn = static_cast<int>(ResultsViewModel::columnCount);
 
@@ -35,19 +40,27 @@ class ResultsModel : public QAbstractTableModel {
     void follow(const ResultsViewModel::Change& change);
 
     ResultsViewModel& rows_;
+    const std::shared_ptr<Thumbnails> thumbnails_;
+    platform::Subscription decoded_;
     mutable std::unordered_map<int, ResultsViewModel::Row> shown_;
     platform::Subscription observation_;
 };
 
-/// Paints the fold of a name, the signal of a match and the marks of a clip.
+/// Paints the fold, the picture and the name of a clip, the signal of its match and its marks.
 class ResultsDelegate : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    static constexpr int rowHeight = 44;
+    /// Where there is no room for them beside each other, a cell holds its neighbour's text below its own.
+    void setCompact(bool isCompact) { isCompact_ = isCompact; }
     /// Whether a click at this place of the cell folds or unfolds.
     static bool isFold(const QRect& cell, const QPoint& at);
+
+  private:
+    bool isCompact_ = false;
 };
 
 } // namespace orvane::views

@@ -1,17 +1,20 @@
 #include "OrvaneSyncApp/Views/ResultsView.h"
 
-#include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
+#include "OrvaneSyncApp/Views/DoubtBar.h"
 #include "OrvaneSyncApp/Views/ResultsModel.h"
+#include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncApp/Views/WildTracksView.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QInputDialog>
-#include <QListWidget>
 #include <QMenu>
 #include <QMouseEvent>
+#include <QScrollBar>
 #include <QSplitter>
 #include <QStackedLayout>
 #include <QTableView>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -24,7 +27,29 @@ using namespace design;
 namespace {
 
 constexpr int searchWidth = 260;
-constexpr int wildTracksHeight = 150;
+constexpr int wildTracksHeight = 170;
+constexpr int scrollRest = 60;     ///< milliseconds
+constexpr int compactBelow = 1050; ///< points of width for the table
+constexpr platform::PictureSize thumbnailLimit{128, 72};
+
+// Of columns whose contents have one length, in points; the others share the rest by their weights.
+struct ColumnWidth {
+    ResultsViewModel::Column column;
+    int fixed;
+    int weight;
+    int least;
+};
+using Column = ResultsViewModel::Column;
+constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
+    {{Column::name, 0, 30, 190},
+     {Column::cameraFile, 0, 22, 120},
+     {Column::starts, 118, 0, 0},
+     {Column::length, 66, 0, 0},
+     {Column::match, 0, 24, 110},
+     {Column::sound, 0, 24, 110},
+     {Column::begins, 108, 0, 0},
+     {Column::loudness, 92, 0, 0}}};
+constexpr int marksWidth = 76;
 
 struct FilterChoice {
     FilterMode mode;
@@ -37,12 +62,17 @@ constexpr std::array<FilterChoice, 3> filters{
 class Table : public QTableView {
   public:
     std::function<bool(const QModelIndex&, const QPoint&)> fold;
+    std::function<void()> resized;
 
   protected:
     void mousePressEvent(QMouseEvent* event) override {
         const QModelIndex index = indexAt(event->pos());
         if (index.isValid() && fold(index, event->pos())) return;
         QTableView::mousePressEvent(event);
+    }
+    void resizeEvent(QResizeEvent* event) override {
+        QTableView::resizeEvent(event);
+        resized();
     }
 };
 
@@ -58,7 +88,12 @@ constexpr std::string_view clipCommands[] = {"toggleApproved",
 } // namespace
 
 ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
-    : QWidget(parent), desktop_(desktop), rows_(desktop.controller()), model_(new ResultsModel(rows_, this)) {
+    : QWidget(parent), desktop_(desktop), rows_(desktop.controller()),
+      model_(new ResultsModel(rows_, Thumbnails::create(desktop.mainThread(), thumbnailLimit), this)),
+      scrolled_(new QTimer(this)) {
+    scrolled_->setSingleShot(true);
+    scrolled_->setInterval(scrollRest);
+    connect(scrolled_, &QTimer::timeout, this, [this] { wantThumbnails(); });
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(space::medium, space::small, space::medium, space::small);
     column->setSpacing(space::small);
@@ -77,24 +112,37 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
             [this](const QString& words) { rows_.setSearch(utf8(words)); });
     top->addWidget(search_);
     column->addLayout(top);
-    column->addWidget(doubts_ = new Banner);
+    column->addWidget(doubts_ = new DoubtBar(desktop));
+    doubts_->whenClipsWanted = [this](const std::vector<UUID>& clips) {
+        filter_->choose(0);
+        rows_.setFilter(FilterMode::all);
+        search_->clear();
+        keepSelection(clips);
+    };
+    doubts_->whenScanWanted = [this] {
+        if (whenScanWanted) whenScanWanted();
+    };
+    doubts_->whenCured = [this] { showDoubts(); };
 
     auto* splitter = new QSplitter(Qt::Vertical);
     splitter->setChildrenCollapsible(false);
     splitter->addWidget(makeTable());
-    splitter->addWidget(wildSection_ = makeWildTracks());
+    splitter->addWidget(wildTracks_ = new WildTracksView(desktop));
     splitter->setStretchFactor(0, 1);
     splitter->setSizes({10 * wildTracksHeight, wildTracksHeight});
     column->addWidget(splitter, 1);
 
-    rowsObservation_ = rows_.onChange([this](const ResultsViewModel::Change&) { showCounts(); });
+    rowsObservation_ = rows_.onChange([this](const ResultsViewModel::Change&) {
+        showCounts();
+        if (!table_->isColumnHidden(static_cast<int>(Column::loudness)) != rows_.isLoudnessKnown())
+            fitColumns();
+        scrolled_->start();
+    });
     workObservation_ = desktop_.controller().onChange([this](ImportField field) {
-        if (field == ImportField::wildTracks) showWildTracks();
         if (field == ImportField::syncGroups || field == ImportField::smartAudio) showDoubts();
     });
     showCounts();
     showDoubts();
-    showWildTracks();
 }
 
 ResultsView::~ResultsView() { rowsObservation_ = nullptr; }
@@ -110,8 +158,12 @@ QWidget* ResultsView::makeTable() {
     };
     table->setAccessibleName(tr("Clips"));
     table->setModel(model_);
-    auto* delegate = new ResultsDelegate(table);
-    table->setItemDelegate(delegate);
+    table->setItemDelegate(delegate_ = new ResultsDelegate(table));
+    table->resized = [this] {
+        fitColumns();
+        scrolled_->start();
+    };
+    connect(table->verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { scrolled_->start(); });
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setSelectionMode(QAbstractItemView::ExtendedSelection);
     table->setShowGrid(false);
@@ -122,14 +174,15 @@ QWidget* ResultsView::makeTable() {
     table->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     table->setTabKeyNavigation(false);
     table->verticalHeader()->hide();
-    table->verticalHeader()->setDefaultSectionSize(delegate->sizeHint({}, {}).height());
+    table->verticalHeader()->setDefaultSectionSize(ResultsDelegate::rowHeight);
     table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     QHeaderView* header = table->horizontalHeader();
     header->setHighlightSections(false);
     header->setSectionsMovable(true);
-    header->setStretchLastSection(true);
-    constexpr std::array<int, ResultsViewModel::columnCount> widths{190, 230, 110, 70, 260, 230, 130, 90};
-    for (std::size_t i = 0; i < widths.size(); ++i) header->resizeSection(static_cast<int>(i), widths[i]);
+    header->setMinimumSectionSize(40);
+    for (const ColumnWidth& one : columnWidths)
+        header->resizeSection(static_cast<int>(one.column), std::max(one.fixed, 10 * one.weight));
+    header->resizeSection(ResultsModel::marksColumn, marksWidth);
     // Unsorted at first: the order of the shoot.
     header->setSortIndicator(-1, Qt::AscendingOrder);
     header->setSortIndicatorClearable(true);
@@ -146,23 +199,44 @@ QWidget* ResultsView::makeTable() {
     return pages;
 }
 
-QWidget* ResultsView::makeWildTracks() {
-    auto* section = new QWidget;
-    auto* rows = new QVBoxLayout(section);
-    rows->setContentsMargins(0, space::small, 0, 0);
-    rows->addWidget(wildTitle_ = facts({}));
-    wild_ = new QListWidget;
-    wild_->setAccessibleName(tr("Sound without picture"));
-    wild_->setFont(factsFont());
-    rows->addWidget(wild_, 1);
-    section->setMaximumHeight(wildTracksHeight);
-    connect(wild_, &QListWidget::itemChanged, this, [this](QListWidgetItem* item) {
-        if (isFillingWild_) return;
-        JSON arguments = JSON::object();
-        arguments.set("id", utf8(item->data(Qt::UserRole).toString()));
-        desktop_.run("toggleWildTrackApproved", std::move(arguments));
-    });
-    return section;
+void ResultsView::fitColumns() {
+    const int width = table_->viewport()->width();
+    const bool isCompact = width < compactBelow;
+    delegate_->setCompact(isCompact);
+    table_->setColumnHidden(static_cast<int>(Column::cameraFile), isCompact);
+    table_->setColumnHidden(static_cast<int>(Column::length), isCompact);
+    table_->setColumnHidden(static_cast<int>(Column::loudness), !rows_.isLoudnessKnown());
+    // Those that share the rest keep their proportions, also where somebody has changed them.
+    int rest = width - table_->columnWidth(ResultsModel::marksColumn);
+    int shared = 0;
+    for (const ColumnWidth& one : columnWidths) {
+        const int column = static_cast<int>(one.column);
+        if (table_->isColumnHidden(column)) continue;
+        if (one.weight == 0)
+            rest -= table_->columnWidth(column);
+        else
+            shared += table_->columnWidth(column);
+    }
+    if (shared == 0) return;
+    int left = rest;
+    int last = 0;
+    for (const ColumnWidth& one : columnWidths) {
+        const int column = static_cast<int>(one.column);
+        if (one.weight == 0 || table_->isColumnHidden(column)) continue;
+        const int fitted = std::max(one.least, rest * table_->columnWidth(column) / shared);
+        table_->setColumnWidth(column, fitted);
+        left -= fitted;
+        last = column;
+    }
+    // What rounding leaves over.
+    if (left > 0) table_->setColumnWidth(last, table_->columnWidth(last) + left);
+}
+
+void ResultsView::wantThumbnails() {
+    if (!table_->isVisible()) return;
+    const int first = table_->rowAt(0);
+    const int last = table_->rowAt(table_->viewport()->height() - 1);
+    if (first >= 0) model_->wantThumbnails(first, last < 0 ? model_->rowCount() - 1 : last);
 }
 
 void ResultsView::showCounts() {
@@ -183,24 +257,7 @@ void ResultsView::showCounts() {
         empty_->setTexts(tr("No clip is found"), tr("Change the search or the filter above."));
 }
 
-void ResultsView::showDoubts() {
-    const auto doubts = rows_.doubts();
-    if (doubts.empty()) return doubts_->clear();
-    shownDoubt_ %= doubts.size();
-    const ResultsViewModel::Doubt& first = doubts[shownDoubt_];
-    QString message = text(first.message);
-    if (!first.cure.empty()) message += QStringLiteral("\n→ ") + text(first.cure);
-    if (doubts.size() > 1) message = tr("%1 of %2: %3").arg(shownDoubt_ + 1).arg(doubts.size()).arg(message);
-    doubts_->show(Signal::doubtful, message, doubts.size() > 1 ? tr("Show Clips, Next") : tr("Show Clips"),
-                  [this, clips = first.groupIDs] {
-                      filter_->choose(0);
-                      rows_.setFilter(FilterMode::all);
-                      search_->clear();
-                      keepSelection(clips);
-                      ++shownDoubt_;
-                      showDoubts();
-                  });
-}
+void ResultsView::showDoubts() { doubts_->show(rows_.doubts()); }
 
 void ResultsView::keepSelection(const std::vector<UUID>& clips) {
     QItemSelection selection;
@@ -212,28 +269,6 @@ void ResultsView::keepSelection(const std::vector<UUID>& clips) {
         if (selection.size() == 1) table_->scrollTo(index, QAbstractItemView::PositionAtCenter);
     }
     table_->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
-}
-
-void ResultsView::showWildTracks() {
-    const auto& tracks = desktop_.controller().work().wildTracks();
-    isFillingWild_ = true;
-    wild_->clear();
-    for (const WildTrack& track : tracks) {
-        auto* item =
-            new QListWidgetItem(tr("%1   %2   %3%4")
-                                    .arg(text(track.customName), text(startText(track.audio)),
-                                         text(lengthText(track.audio)), text(channelsText(track.audio))),
-                                wild_);
-        item->setData(Qt::UserRole, text(track.id.text()));
-        item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
-        item->setCheckState(track.isApproved ? Qt::Checked : Qt::Unchecked);
-        item->setToolTip(
-            tr("Ticked recordings go into the document.\n%1").arg(text(track.audio.url.pathText())));
-    }
-    isFillingWild_ = false;
-    wildTitle_->setText(
-        tr("Sound without picture: %1. Ticked recordings go into the document.").arg(tracks.size()));
-    wildSection_->setVisible(!tracks.empty());
 }
 
 std::vector<UUID> ResultsView::selectedClips() const {
@@ -249,6 +284,31 @@ void ResultsView::runForSelection(std::string_view command) {
     const std::vector<UUID> clips = selectedClips();
     desktop_.runForClips(command, clips);
     keepSelection(clips);
+}
+
+void ResultsView::analyseSelection() {
+    JSON arguments = JSON::object();
+    arguments.set("forceOverwriteManualTracks", false);
+    const std::vector<UUID> clips = selectedClips();
+    desktop_.runForClips("runSmartAudioForGroup", clips, std::move(arguments));
+    keepSelection(clips);
+}
+
+void ResultsView::addRecordings(QMenu& menu, const UUID& clip) {
+    const auto candidates = rows_.candidates(clip);
+    if (candidates.empty()) return;
+    menu.addSection(tr("Recording of this clip"));
+    for (const ResultsViewModel::Candidate& one : candidates) {
+        QAction* action = menu.addAction(text(one.text), this, [this, clip, match = one.matchID] {
+            JSON arguments = JSON::object();
+            arguments.set("matchID", match.text());
+            desktop_.runForClips("chooseRecording", {clip}, std::move(arguments));
+            keepSelection({clip});
+        });
+        action->setCheckable(true);
+        action->setChecked(one.isFirst);
+    }
+    menu.addSeparator();
 }
 
 void ResultsView::renameSelection() {
@@ -271,15 +331,18 @@ void ResultsView::showMenu(const QPoint& position) {
     const std::vector<UUID> clips = selectedClips();
     if (clips.empty()) return;
     QMenu menu(this);
+    menu.setToolTipsVisible(true);
+    if (clips.size() == 1) addRecordings(menu, clips.front());
     for (const std::string_view id : clipCommands) {
         QAction* action =
-            menu.addAction(text(desktop_.command(id).title), this, [this, id] { runForSelection(id); });
-        action->setToolTip(text(desktop_.command(id).help));
+            menu.addAction(translated(desktop_.command(id).title), this, [this, id] { runForSelection(id); });
+        action->setToolTip(translated(desktop_.command(id).help));
         action->setEnabled(std::ranges::any_of(clips, [&](const UUID& clip) {
             const SyncGroup* group = desktop_.controller().work().syncGroups().find(clip);
             return group != nullptr && desktop_.isEnabled(id, group);
         }));
     }
+    menu.addAction(icon(Glyph::waveform), tr("Analyse Sound"), this, [this] { analyseSelection(); });
     menu.addSeparator();
     menu.addAction(tr("Rename…"), this, [this] { renameSelection(); })->setEnabled(clips.size() == 1);
     menu.exec(table_->viewport()->mapToGlobal(position));

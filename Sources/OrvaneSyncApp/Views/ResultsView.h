@@ -8,13 +8,17 @@
 
 #include <vector>
 
-class QListWidget;
+class QMenu;
 class QStackedLayout;
 class QTableView;
+class QTimer;
 
 namespace orvane::views {
 
+class DoubtBar;
+class ResultsDelegate;
 class ResultsModel;
+class WildTracksView;
 
 /// The clips with what was found for them: filter, search, sort, select, act. Above them what is in doubt and
 /// what cures it, below them the sound that no clip uses.
@@ -27,6 +31,10 @@ class ResultsView : public QWidget {
     std::vector<UUID> selectedClips() const;
     void runForSelection(std::string_view command);
     void renameSelection();
+    /// Has the selected clips listened to, one after the other.
+    void analyseSelection();
+    /// A cure has changed what is matched.
+    std::function<void()> whenScanWanted;
     /// Called after every change of the selection.
     std::function<void()> whenSelectionChanged;
     QLineEdit* search() const { return search_; }
@@ -34,10 +42,12 @@ class ResultsView : public QWidget {
 
   private:
     QWidget* makeTable();
-    QWidget* makeWildTracks();
     void showCounts();
     void showDoubts();
-    void showWildTracks();
+    /// Gives the columns the width that there is; in a narrow window two of them go below their neighbours.
+    void fitColumns();
+    void wantThumbnails();
+    void addRecordings(QMenu& menu, const UUID& clip);
     void showMenu(const QPoint& position);
     void keepSelection(const std::vector<UUID>& clips);
 
@@ -46,15 +56,13 @@ class ResultsView : public QWidget {
     ResultsModel* model_;
     design::SegmentedChoice* filter_;
     QLineEdit* search_;
-    design::Banner* doubts_;
-    std::size_t shownDoubt_ = 0;
+    DoubtBar* doubts_;
     QTableView* table_;
+    ResultsDelegate* delegate_;
     QStackedLayout* pages_;
     design::EmptyState* empty_;
-    QWidget* wildSection_;
-    QLabel* wildTitle_;
-    QListWidget* wild_;
-    bool isFillingWild_ = false;
+    WildTracksView* wildTracks_;
+    QTimer* scrolled_; ///< thumbnails are asked for when scrolling rests
     platform::Subscription rowsObservation_;
     platform::Subscription workObservation_;
 };

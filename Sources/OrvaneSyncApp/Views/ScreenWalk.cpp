@@ -3,8 +3,9 @@
 #include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
-#include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
+#include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 
+#include <QDialog>
 #include <QDir>
 #include <QStackedWidget>
 #include <QTableView>
@@ -15,10 +16,20 @@ namespace orvane::views {
 namespace {
 
 constexpr QSize sizes[] = {{1024, 700}, {1440, 800}, {2560, 1300}};
-constexpr int settled = 150; ///< milliseconds for a window to lay itself out
+constexpr int settled = 150;       ///< milliseconds for a window to lay itself out
+constexpr int sheetsFilled = 4000; ///< for what sheets look up
 
 void grab(QWidget& widget, const QString& folder, const QString& name) {
     widget.grab().save(QDir(folder).filePath(name + QStringLiteral(".png")));
+}
+
+/// Those that are open over the window, by their titles.
+void grabSheets(QWidget& window, const QString& folder) {
+    for (QDialog* sheet : window.findChildren<QDialog*>()) {
+        if (!sheet->isVisible()) continue;
+        grab(*sheet, folder, QStringLiteral("sheet-") + sheet->windowTitle().toLower().replace(' ', '-'));
+        sheet->close();
+    }
 }
 
 } // namespace
@@ -51,14 +62,20 @@ void walkScreens(MainWindow& window, const QString& folder, std::function<void()
             case 1:
                 grab(window, folder, QStringLiteral("selected"));
                 return;
-            case 2: {
-                ExportSheet sheet(window.desktop(), &window);
-                sheet.ensurePolished();
-                sheet.adjustSize();
-                grab(sheet, folder, QStringLiteral("export"));
+            case 2:
+                showExport(window.desktop(), &window);
+                showBatchRenamer(window.desktop(), &window);
+                showAtmoBuilder(window.desktop(), &window);
+                showDiagnostics(window.desktop(), &window);
+                showFeedback(window.desktop(), &window);
+                showAbout(&window);
+                timer->setInterval(sheetsFilled);
                 return;
-            }
-            case 3: {
+            case 3:
+                timer->setInterval(settled);
+                grabSheets(window, folder);
+                return;
+            case 4: {
                 SettingsWindow settings(window.desktop(), &window);
                 for (int tab = 0; tab < settings.tabCount(); ++tab) {
                     settings.showTab(tab);

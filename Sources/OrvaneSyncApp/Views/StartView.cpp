@@ -1,10 +1,16 @@
 #include "OrvaneSyncApp/Views/StartView.h"
 
+#include "OrvaneSyncApp/Views/DemoShoot.h"
+
+#include <QDateTime>
 #include <QDir>
 #include <QFileDialog>
 #include <QHBoxLayout>
-#include <QSignalBlocker>
+#include <QLocale>
+#include <QSettings>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace orvane::views {
 
@@ -25,10 +31,7 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, QWidget* pare
     auto* rows = new QVBoxLayout(column);
     rows->setSpacing(space::medium);
     rows->addWidget(title(tr("Sound under every clip")));
-    rows->addWidget(facts(
-        tr("Choose the camera and sound folders of a shooting day, or drop them anywhere in this window.\n"
-           "Every clip gets its recording by timecode; nothing is changed on the cards.\n"
-           "Look at what is in doubt, correct it, and export one document for Final Cut Pro.")));
+    rows->addWidget(welcome_ = makeWelcome());
 
     auto* section = new Section(tr("Folders"));
     mode_ = new SegmentedChoice(tr("Folders of the shoot"),
@@ -52,6 +55,7 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, QWidget* pare
     start_->setToolTip(tr("Scan and match media files"));
     buttons->addWidget(start_);
     rows->addLayout(buttons);
+    rows->addWidget(makeRecent());
     outer->addWidget(column, 0, Qt::AlignHCenter);
     column->setMinimumWidth(std::min(widestForm, 600));
     outer->addStretch(2);
@@ -69,7 +73,87 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, QWidget* pare
             field == ImportField::scanScope)
             showWhatIsSet();
     });
+    sessionObservation_ = desktop_.sessions().onChange([this](SessionField) { showRecent(); });
+    showRecent();
     showWhatIsSet();
+}
+
+QWidget* StartView::makeWelcome() {
+    auto* part = new QWidget;
+    auto* rows = new QVBoxLayout(part);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->addWidget(facts(
+        tr("Choose the camera and sound folders of a shooting day, or drop them anywhere in this window.\n"
+           "Every clip gets its recording by timecode; nothing is changed on the cards.\n"
+           "Look at what is in doubt, correct it, and export one document for Final Cut Pro.")));
+    auto* row = new QHBoxLayout;
+    if (DemoShoot::isAvailable()) {
+        row->addWidget(demo_ = button(tr("Try It with a Demo Shoot"), Glyph::film));
+        demo_->setToolTip(tr("Makes two cameras and a recorder of a small shooting day, and scans them"));
+        connect(demo_, &QPushButton::clicked, this, [this] { makeDemo(); });
+    }
+    row->addWidget(demoState_ = facts({}), 1);
+    rows->addLayout(row);
+    return part;
+}
+
+void StartView::makeDemo() {
+    demo_->setEnabled(false);
+    demoState_->setText(tr("Making the demo shoot…"));
+    DemoShoot::make(
+        this, [this](const QString& step) { demoState_->setText(tr("Making the demo shoot: %1").arg(step)); },
+        [this](const QString& folder, const QString& failure) {
+            demo_->setEnabled(true);
+            demoState_->setText(failure);
+            if (folder.isEmpty()) return;
+            takeFolders({folder});
+            if (start_->isEnabled()) scan_();
+        });
+}
+
+QWidget* StartView::makeRecent() {
+    recent_ = new Section(tr("Recent sessions"));
+    recent_->setObjectName(QStringLiteral("recent"));
+    return recent_;
+}
+
+void StartView::showRecent() {
+    constexpr std::size_t most = 5;
+    const auto& sessions = desktop_.sessions().sessions();
+    welcome_->setVisible(sessions.empty());
+    recent_->setVisible(!sessions.empty());
+    delete recentRows_;
+    recentRows_ = new QWidget;
+    auto* rows = new QVBoxLayout(recentRows_);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(0);
+    for (std::size_t i = 0; i < std::min(most, sessions.size()); ++i) {
+        const SessionInfo& session = sessions[i];
+        auto* row = new QHBoxLayout;
+        const QString name = text(session.name);
+        auto* open = button(fontMetrics()
+                                .elidedText(name, Qt::ElideMiddle, widest / 2)
+                                .replace(QLatin1Char('&'), QStringLiteral("&&")),
+                            Glyph::session, Weight::quiet);
+        open->setToolTip(tr("Opens the session “%1”").arg(name));
+        open->setAccessibleName(tr("Opens the session “%1”").arg(name));
+        row->addWidget(open, 1);
+        const auto changed = QDateTime::fromMSecsSinceEpoch(session.modified.time_since_epoch().count());
+        QLabel* about = facts(tr("%1, %2 clips, %3 locked")
+                                  .arg(QLocale().toString(changed, QLocale::ShortFormat))
+                                  .arg(session.groupCount)
+                                  .arg(session.lockedCount));
+        if (session.folder) about->setText(text(*session.folder) + QStringLiteral("  ·  ") + about->text());
+        about->setWordWrap(false);
+        row->addWidget(about);
+        rows->addLayout(row);
+        connect(open, &QPushButton::clicked, this, [this, id = session.id] {
+            JSON arguments = JSON::object();
+            arguments.set("sessionId", id.text());
+            desktop_.run("loadSession", std::move(arguments));
+        });
+    }
+    recent_->add(recentRows_);
 }
 
 QWidget* StartView::folderRow(QLineEdit* field, const QString& caption) {
@@ -85,9 +169,13 @@ QWidget* StartView::folderRow(QLineEdit* field, const QString& caption) {
 }
 
 void StartView::chooseInto(QLineEdit* field, const QString& caption) {
-    const QString from = field->text().isEmpty() ? QDir::homePath() : field->text();
+    QSettings places;
+    const QString key = QStringLiteral("lastCard");
+    const QString from =
+        field->text().isEmpty() ? places.value(key, QDir::homePath()).toString() : field->text();
     const QString chosen = QFileDialog::getExistingDirectory(this, caption, from);
     if (chosen.isEmpty()) return;
+    places.setValue(key, chosen);
     field->setText(chosen);
     applyFields();
 }

@@ -10,6 +10,7 @@
 namespace orvane::views {
 
 /// The folders of the next scan: two fields, or one for both, filled by hand, by a choice or by a drop.
+/// Beside them the newest sessions; where there are none, what the program is for and a shoot to try it with.
 class StartView : public QWidget {
   public:
     /// `scan` is asked for when the button is pressed, with the folders set.
@@ -21,6 +22,10 @@ class StartView : public QWidget {
   private:
     QWidget* folderRow(QLineEdit* field, const QString& caption);
     void chooseInto(QLineEdit* field, const QString& caption);
+    QWidget* makeWelcome();
+    QWidget* makeRecent();
+    void showRecent();
+    void makeDemo();
     void showMode();
     void showWhatIsSet();
     void applyFields();
@@ -36,8 +41,14 @@ class StartView : public QWidget {
     QWidget* audioRow_;
     QLabel* more_;
     QPushButton* start_;
+    QWidget* welcome_;
+    QPushButton* demo_ = nullptr; ///< absent where its maker is
+    QLabel* demoState_;
+    design::Section* recent_;
+    QWidget* recentRows_ = nullptr;
     QStringList moreFolders_;
     platform::Subscription observation_;
+    platform::Subscription sessionObservation_;
 };
 
 } // namespace orvane::views

@@ -1,7 +1,12 @@
+#include "OrvaneDesignKit/AppIcon.h"
 #include "OrvaneDesignKit/Theme.h"
+#include "OrvaneSyncApp/Views/Gallery.h"
 #include "OrvaneSyncApp/Views/MainWindow.h"
+#include "OrvaneSyncApp/Views/Notifier.h"
 #include "OrvaneSyncApp/Views/QtMainThread.h"
 #include "OrvaneSyncApp/Views/ScreenWalk.h"
+#include "OrvaneSyncApp/Views/SingleInstance.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Services/Persistence/StandardSettings.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformCache.h"
 #include "Platform/Interrupt.h"
@@ -9,6 +14,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QFileInfo>
 
 #include <cstdio>
 #include <cstdlib>
@@ -28,17 +34,42 @@ int runProgram(int argc, char** argv) {
     design::applyTheme(application);
 
     QCommandLineParser arguments;
-    arguments.setApplicationDescription(
-        QStringLiteral("The window of OrvaneSync. Folders that are named are scanned."));
+    arguments.setApplicationDescription(QStringLiteral(
+        "The window of OrvaneSync: folders with camera files and sound recordings in, one "
+        "FCPXML document out.\nFolders that are named are scanned at once. The demo shoot of "
+        "./demo.sh: orvanesync-app demo/shoot\nWhere a window is open already, it takes what is "
+        "named here."));
     arguments.addHelpOption();
     arguments.addVersionOption();
     const QCommandLineOption pictures(QStringLiteral("screenshot"),
                                       QStringLiteral("Write a picture of each screen into DIR and end."),
                                       QStringLiteral("DIR"));
     arguments.addOption(pictures);
+    const QCommandLineOption language(
+        QStringLiteral("language"),
+        QStringLiteral("The language of the window: %1. Without it, the desktop's.")
+            .arg(views::languages().join(QStringLiteral(", "))),
+        QStringLiteral("CODE"));
+    arguments.addOption(language);
+    const QCommandLineOption gallery(QStringLiteral("gallery"),
+                                     QStringLiteral("Show all controls that the windows are made of."));
+    arguments.addOption(gallery);
     arguments.addPositionalArgument(QStringLiteral("folders"), QStringLiteral("Folders, or one project."),
                                     QStringLiteral("[FOLDER...|PROJECT]"));
     arguments.process(application);
+    views::installLanguage(application, arguments.value(language));
+    QGuiApplication::setDesktopFileName(QStringLiteral("orvanesync"));
+    QApplication::setWindowIcon(design::appIcon());
+    if (arguments.isSet(gallery)) {
+        const std::unique_ptr<QWidget> controls(views::makeGallery());
+        controls->show();
+        return QApplication::exec();
+    }
+    QStringList named;
+    for (const QString& path : arguments.positionalArguments()) named << QFileInfo(path).absoluteFilePath();
+    // Two windows would keep the same sessions. Pictures are made beside a window that is open.
+    views::SingleInstance only;
+    if (!arguments.isSet(pictures) && only.handOver(named)) return 0;
 
     views::Desktop::Dependencies dependencies;
     dependencies.mainThread = views::qtMainThread();
@@ -50,15 +81,18 @@ int runProgram(int argc, char** argv) {
     views::Desktop desktop(std::move(dependencies));
     views::MainWindow window(desktop);
     window.show();
-
-    const QStringList named = arguments.positionalArguments();
-    if (named.size() == 1 && named.first().endsWith(QStringLiteral(".orvanesync")))
-        window.openProject(named.first());
-    else if (!named.isEmpty())
-        window.scanFolders(named);
-    if (arguments.isSet(pictures)) {
+    const views::Notifier notifier(desktop, window);
+    window.openPaths(named);
+    if (arguments.isSet(pictures))
         views::walkScreens(window, arguments.value(pictures), [] { QCoreApplication::quit(); });
-    }
+    else
+        only.listen([&window](const QStringList& paths) {
+            window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+            window.show();
+            window.raise();
+            window.activateWindow();
+            window.openPaths(paths);
+        });
     // Nothing is lost: what is decided is on the disk before the program ends.
     QApplication::setQuitOnLastWindowClosed(false);
     QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application, [&desktop] {

@@ -5,6 +5,7 @@
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Models/RawValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
 
 #include <algorithm>
 #include <array>
@@ -110,6 +111,19 @@ JSON lockCluster(CommandContext& context, const Call& call) {
     return {};
 }
 
+bool hasClips(const CommandContext& context) { return !context.controller->work().syncGroups().empty(); }
+
+JSON batchRename(CommandContext& context, const Call& call) {
+    BatchRenamer renamer;
+    renamer.find = call.textIfPresent("find").value_or("");
+    renamer.replace = call.textIfPresent("replace").value_or("");
+    renamer.padDigits = call.has("padDigits") ? call.integer("padDigits") : 0;
+    renamer.prefix = call.textIfPresent("prefix").value_or("");
+    renamer.suffix = call.textIfPresent("suffix").value_or("");
+    context.controller->clips().applyBatchRename(renamer);
+    return {};
+}
+
 std::vector<Command> flagCommands() {
     using namespace undoSteps;
     return {
@@ -179,6 +193,29 @@ std::vector<Command> valueCommands() {
              [](Controller& controller, const Call& call) {
                  controller.clips().setManualClipName(call.id("groupID"), call.text("name"));
              }),
+        Command("batchRename", "Rename Clips…",
+                "Gives all clips but those named by their camera's file another name: replaces a text, pads "
+                "numbers with zeros, puts texts before and behind.",
+                {{.name = "find", .kind = text, .isOptional = true},
+                 {.name = "replace", .kind = text, .isOptional = true},
+                 {.name = "padDigits",
+                  .kind = integer,
+                  .isOptional = true,
+                  .lowest = 0,
+                  .highest = BatchRenamer::mostPadDigits},
+                 {.name = "prefix", .kind = text, .isOptional = true},
+                 {.name = "suffix", .kind = text, .isOptional = true}},
+                batchRename)
+            .undoneBy(setManualClipName)
+            .when(hasClips),
+        Command("clearAllManualNames", "Clear All Manual Names",
+                "Takes every name back that was given by hand; the naming rules name the clips again.", {},
+                [](CommandContext& context, const Call&) {
+                    context.controller->clips().clearAllManualNames();
+                    return JSON();
+                })
+            .undoneBy(setManualClipName)
+            .when(hasClips),
         Command("setSyncMethod", undoSteps::setSyncMethod.actionName, "Says by what the clip is in sync.",
                 {groupID, {.name = "method", .kind = text, .choices = syncMethodNames}},
                 [](CommandContext& context, const Call& call) {

@@ -16,6 +16,9 @@ namespace {
 using enum Parameter::Kind;
 
 const Parameter overwrite{"overwrite", boolean, true};
+/// Of the document format; absent: the latest.
+const Parameter version{
+    .name = "version", .kind = text, .isOptional = true, .choices = fcpxml::fcpxmlVersionTexts};
 
 platform::Task loadALE(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
     const FileURL file = readableFile(call.text("path"));
@@ -32,7 +35,11 @@ ExportSettings exportSettings(CommandContext& context, const Call& call) {
     options.eventName = call.textIfPresent("eventName");
     if (const auto& session = context.sessions->currentSessionId())
         options.metadataPrefix = context.sessions->metadataPrefix(*session).value_or("");
-    return context.controller->exporting().exportSettings(options);
+    ExportSettings settings = context.controller->exporting().exportSettings(options);
+    if (call.has(version.name))
+        if (const auto named = fcpxml::fcpxmlVersionFrom(call.text(version.name)))
+            settings.fcpxmlVersion = *named;
+    return settings;
 }
 
 OutputPermission permission(const Call& call) {
@@ -128,10 +135,10 @@ std::vector<Command> fileCommands() {
                            return context.controller->project().loadProject(readableFile(call.text("path")));
                        }),
         Command::later("exportFCPXML", "Export FCPXML…", "Writes all settled clips as one document.",
-                       {{"output", path}, {"eventName", text, true}, overwrite}, exported)
+                       {{"output", path}, {"eventName", text, true}, version, overwrite}, exported)
             .when(hasClips),
         Command::later("exportSingleClip", "Export Single Clip…", "Writes one clip as a document.",
-                       {groupID, {"output", path}, {"eventName", text, true}, overwrite}, exported)
+                       {groupID, {"output", path}, {"eventName", text, true}, version, overwrite}, exported)
             .when(hasClips),
     };
 }

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
 
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
+#include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Text.h"
 
@@ -89,9 +90,11 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
     const auto& doubts = controller_.doubts().byGroup;
     row.certainty = certaintyOf(group, doubts.contains(group.id));
     if (const auto found = doubts.find(group.id); found != doubts.end())
-        for (const SyncDoubt& doubt : found->second)
-            row.doubts += (row.doubts.empty() ? "" : "\n") + doubt.message +
-                          (doubt.cure.empty() ? "" : "\n→ " + doubt.cure);
+        for (const SyncDoubt& doubt : found->second) {
+            const std::string cure = cureInWords(doubt).text;
+            row.doubts += (row.doubts.empty() ? "" : "\n") + messageInWords(doubt) +
+                          (cure.empty() ? "" : "\n→ " + cure);
+        }
     row.isApproved = group.isApproved;
     row.isLocked = group.isLocked;
     row.isExcluded = group.isExcludedFromExport;
@@ -99,6 +102,11 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
     row.foldable = place.foldable;
     row.isFolded = folded_.contains(place.bundleID);
     return row;
+}
+
+bool ResultsViewModel::isLoudnessKnown() const {
+    return std::ranges::any_of(rows_,
+                               [](const Place& place) { return place.clip->measuredLUFS.has_value(); });
 }
 
 ResultsViewModel::Certainty ResultsViewModel::certaintyOf(const SyncGroup& group, bool hasDoubts) {
@@ -118,8 +126,21 @@ ResultsViewModel::Certainty ResultsViewModel::certaintyOf(const SyncGroup& group
 std::vector<ResultsViewModel::Doubt> ResultsViewModel::doubts() const {
     std::vector<Doubt> result;
     for (CardDoubt& one : controller_.doubts().summary(controller_.work().syncGroups()))
-        result.push_back({std::move(one.doubt.message), std::move(one.doubt.cure), std::move(one.groupIDs)});
+        result.push_back({messageInWords(one.doubt), cureInWords(one.doubt), std::move(one.groupIDs)});
     return result;
+}
+
+std::vector<ResultsViewModel::Candidate> ResultsViewModel::candidates(const UUID& groupID) const {
+    const SyncGroup* group = controller_.work().syncGroups().find(groupID);
+    if (group == nullptr || group->isLocked) return {};
+    std::vector<Candidate> found;
+    for (const auto& recording : recordingsOf(*group)) {
+        const AudioMatch& first = group->audioMatches[recording.front()];
+        std::string text = recordingText(*group, recording, controller_.work().fileNames());
+        text += formatted(", %.1f s of ", first.overlapDurationSeconds) + lengthText(group->video);
+        found.push_back({first.id, std::move(text), found.empty()});
+    }
+    return found.size() > 1 ? found : std::vector<Candidate>();
 }
 
 void ResultsViewModel::follow(const ImportChange& change) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/ViewModels/Results/DoubtCures.h"
 #include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "Platform/Listeners.h"
 
@@ -81,14 +82,28 @@ class ResultsViewModel {
     Row row(std::size_t row) const;
     /// The clip's file.
     const FileURL& videoURL(std::size_t row) const { return rows_.at(row).clip->video.url; }
+    /// 0 where its length is not known.
+    double videoSeconds(std::size_t row) const {
+        return rows_.at(row).clip->video.durationSeconds.value_or(0);
+    }
+    /// Whether any clip's loudness is known.
+    bool isLoudnessKnown() const;
 
     /// The doubts of the work, each with its cure, worst first; a sentence each.
     struct Doubt {
         std::string message;
-        std::string cure;
+        Cure cure;
         std::vector<UUID> groupIDs;
     };
     std::vector<Doubt> doubts() const;
+
+    /// The recordings of a clip that holds several, one of which may be chosen.
+    struct Candidate {
+        UUID matchID; ///< of its first file
+        std::string text;
+        bool isFirst = false; ///< which is the one that is heard
+    };
+    std::vector<Candidate> candidates(const UUID& groupID) const;
 
   private:
     struct Place {

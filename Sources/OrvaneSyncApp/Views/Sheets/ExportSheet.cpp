@@ -1,6 +1,8 @@
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
+#include "OrvaneSyncApp/Views/Sheets/Sheets.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Export/ExportPreview.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -12,6 +14,7 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QPointer>
+#include <QSettings>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -26,6 +29,18 @@ namespace {
 constexpr int sheetWidth = 640;
 constexpr int mostLinesShown = 12;
 
+/// Who reads which version of the document; the newest first.
+struct Reader {
+    const char* version;
+    const char* who;
+};
+constexpr Reader readers[] = {
+    {"1.14", "read by the newest Final Cut Pro; nothing is left out"},
+    {"1.13", "read by Final Cut Pro 11 and later"},
+    {"1.10", "read by Final Cut Pro 10.6 and later, and by most other programs"},
+    {"1.9", "for older programs; what this version has no word for is left out"},
+};
+
 struct Switch {
     const char* title;
     const Declared<bool>* setting;
@@ -37,6 +52,9 @@ const Switch switches[] = {
     {"Volumes follow Smart Audio over time", &settings::volumeKeyframes},
 };
 
+const QString versionKey = QStringLiteral("exportVersion");
+const QString placeKey = QStringLiteral("exportFolder");
+
 QString listed(const std::vector<std::string>& lines) {
     QStringList shown;
     for (const std::string& line : lines) {
@@ -44,7 +62,7 @@ QString listed(const std::vector<std::string>& lines) {
             shown << QObject::tr("and %1 more").arg(lines.size() - mostLinesShown);
             break;
         }
-        shown << QStringLiteral("• ") + text(line);
+        shown << QStringLiteral("• ") + translatedSentence(line);
     }
     return shown.join(QLatin1Char('\n'));
 }
@@ -65,7 +83,7 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
     auto* eventRow = new QHBoxLayout;
     eventRow->addWidget(event_, 1);
     suggestion_ = button({}, Weight::quiet);
-    suggestion_->setToolTip(tr("Take this name"));
+    suggestion_->setToolTip(tr("Fill Event Name from the scene numbers in this export"));
     eventRow->addWidget(suggestion_);
     what->add(eventRow);
     what->add(forecast_ = label(QString()));
@@ -98,7 +116,8 @@ QWidget* ExportSheet::makeOptions() {
     length->setAccessibleName(tr("Length of the clips"));
     const ExportSettings now = desktop_.controller().exporting().exportSettings({});
     for (std::size_t i = 0; i < RawValues<TrimMode>::texts.size(); ++i)
-        length->addItem(text(displayText(static_cast<TrimMode>(i))), text(RawValues<TrimMode>::texts[i]));
+        length->addItem(translated(displayText(static_cast<TrimMode>(i))),
+                        text(RawValues<TrimMode>::texts[i]));
     length->setCurrentIndex(static_cast<int>(now.trimMode));
     connect(length, &QComboBox::activated, this, [this, length](int) {
         setOption(settings::trimMode.key, JSON(utf8(length->currentData().toString())));
@@ -107,6 +126,22 @@ QWidget* ExportSheet::makeOptions() {
     lengthRow->addWidget(label(tr("Trim clips to")));
     lengthRow->addWidget(length, 1);
     section->add(lengthRow);
+    version_ = new Choice;
+    version_->setAccessibleName(tr("Version of the document"));
+    for (const Reader& one : readers)
+        version_->addItem(QStringLiteral("FCPXML ") + QLatin1String(one.version));
+    version_->setCurrentIndex(
+        std::clamp(QSettings().value(versionKey, 0).toInt(), 0, static_cast<int>(std::size(readers)) - 1));
+    connect(version_, &QComboBox::activated, this, [this](int chosen) {
+        QSettings().setValue(versionKey, chosen);
+        showVersion();
+    });
+    auto* versionRow = new QHBoxLayout;
+    versionRow->addWidget(label(tr("Version")));
+    versionRow->addWidget(version_, 1);
+    section->add(versionRow);
+    section->add(versionNote_ = facts({}));
+    showVersion();
     for (const Switch& one : switches) {
         auto* box = new QCheckBox(tr(one.title));
         box->setChecked(desktop_.settings().get(*one.setting));
@@ -120,13 +155,24 @@ QWidget* ExportSheet::makeOptions() {
 QWidget* ExportSheet::makeDestination() {
     auto* section = new Section(tr("Where"));
     place_ = field(tr("Document"), tr("Document"));
-    const auto& folder = desktop_.controller().work().videoFolderURL();
-    const QString day = folder ? QFileInfo(text(folder->pathText())).fileName() : tr("Synced");
-    place_->setText(QDir::home().filePath(day + QStringLiteral(".fcpxml")));
+    // The event's name, until somebody gives the file another one.
+    const QString folder = QSettings().value(placeKey, QDir::homePath()).toString();
+    const auto propose = [this, folder](const QString& event) {
+        if (isPlaceGiven_) return;
+        mayReplace_ = false;
+        const QString name = event.trimmed().replace(QLatin1Char('/'), QLatin1Char('-'));
+        place_->setText(
+            QDir(folder).filePath((name.isEmpty() ? tr("Synced") : name) + QStringLiteral(".fcpxml")));
+    };
+    propose(text(desktop_.controller().exporting().exportSettings({}).eventName));
+    connect(event_, &QLineEdit::textChanged, this, propose);
     auto* choose = button(tr("Choose…"), Glyph::folder);
     choose->setAccessibleName(tr("Choose where the document goes"));
     connect(choose, &QPushButton::clicked, this, [this] { choosePlace(); });
-    connect(place_, &QLineEdit::textEdited, this, [this] { mayReplace_ = false; });
+    connect(place_, &QLineEdit::textEdited, this, [this] {
+        mayReplace_ = false;
+        isPlaceGiven_ = true;
+    });
     auto* row = new QHBoxLayout;
     row->addWidget(place_, 1);
     row->addWidget(choose);
@@ -150,22 +196,22 @@ void ExportSheet::showForecast() {
     const OpenWork& work = controller.work();
     const ExportSettings now = controller.exporting().exportSettings({});
     QString sentence = tr("%1 with sound, %2 without, %3")
-                           .arg(text(counted(work.syncClipCount(), "clip", "clips")))
+                           .arg(translatedSentence(counted(work.syncClipCount(), "clip", "clips")))
                            .arg(work.mosCount())
-                           .arg(text(counted(controller.exporting().projectedMulticamCount(), "multicam clip",
-                                             "multicam clips")));
+                           .arg(translatedSentence(counted(controller.exporting().projectedMulticamCount(),
+                                                           "multicam clip", "multicam clips")));
     if (now.splitEventsByScene)
-        sentence += tr(", in %1").arg(
-            text(counted(ExportPreview::projectedEventCount(work.syncGroups(), now), "event", "events")));
+        sentence += tr(", in %1").arg(translatedSentence(
+            counted(ExportPreview::projectedEventCount(work.syncGroups(), now), "event", "events")));
     const int tracks = static_cast<int>(std::ranges::count_if(work.wildTracks(), &WildTrack::isApproved));
     if (tracks > 0)
-        sentence +=
-            tr(", %1").arg(text(counted(tracks, "recording without picture", "recordings without picture")));
+        sentence += tr(", %1").arg(
+            translatedSentence(counted(tracks, "recording without picture", "recordings without picture")));
     forecast_->setText(sentence + tr("."));
     QStringList notes;
     if (const auto coverage =
             ExportPreview::smartAudioCoverage(work.syncGroups(), now.smartAudioResults).text())
-        notes << text(*coverage);
+        notes << translatedSentence(*coverage);
     if (const auto out = leftOutWarnings(controller); !out.empty()) notes << listed(out);
     leftOut_->setText(notes.join(QLatin1Char('\n')));
     leftOut_->setVisible(!notes.isEmpty());
@@ -174,10 +220,16 @@ void ExportSheet::showForecast() {
     if (suggested) suggestion_->setText(text(*suggested));
 }
 
+void ExportSheet::showVersion() { versionNote_->setText(tr(readers[version_->currentIndex()].who)); }
+
 void ExportSheet::choosePlace() {
+    const QString caption = openWhenDone_->isChecked()
+                                ? tr("Save FCPXML — will open with its default program")
+                                : tr("Save FCPXML");
     const QString chosen =
-        QFileDialog::getSaveFileName(this, tr("Export FCPXML"), place_->text(), tr("FCPXML (*.fcpxml)"));
+        QFileDialog::getSaveFileName(this, caption, place_->text(), tr("FCPXML (*.fcpxml)"));
     if (chosen.isEmpty()) return;
+    isPlaceGiven_ = true;
     place_->setText(chosen.endsWith(QStringLiteral(".fcpxml")) ? chosen : chosen + QStringLiteral(".fcpxml"));
     mayReplace_ = true; // the dialog has asked
 }
@@ -196,6 +248,7 @@ void ExportSheet::write() {
     JSON arguments = JSON::object();
     arguments.set("output", utf8(place));
     arguments.set("eventName", utf8(event_->text().trimmed()));
+    arguments.set("version", readers[version_->currentIndex()].version);
     if (mayReplace_) arguments.set("overwrite", true);
     write_->setEnabled(false);
     const QPointer self(this); // the sheet may be closed meanwhile
@@ -229,12 +282,21 @@ void ExportSheet::written(const JSON& answer) {
     if (const JSON* warnings = answer.find("warnings"); warnings != nullptr && warnings->isArray())
         for (const JSON& one : *warnings->elements())
             if (one.string() != nullptr) lines.push_back(*one.string());
-    warnings_->setText(listed(lines));
+    warnings_->setText(tr("Export finished with warnings") + QLatin1Char('\n') + listed(lines));
+    QSettings().setValue(placeKey, QFileInfo(place).absolutePath());
     warnings_->setVisible(!lines.empty());
     close_->setText(tr("Done"));
     write_->setEnabled(true);
     mayReplace_ = true; // what was just written
-    if (openWhenDone_->isChecked()) QDesktopServices::openUrl(QUrl::fromLocalFile(place));
+    if (openWhenDone_->isChecked() && !QDesktopServices::openUrl(QUrl::fromLocalFile(place)))
+        outcome_->show(Signal::doubtful,
+                       tr("Written, but no program opens such documents here: %1").arg(place));
+}
+
+void showExport(Desktop& desktop, QWidget* parent) {
+    auto* sheet = new ExportSheet(desktop, parent);
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->open();
 }
 
 } // namespace orvane::views

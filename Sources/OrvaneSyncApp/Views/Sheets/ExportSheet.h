@@ -6,6 +6,7 @@
 #include <QDialog>
 
 class QCheckBox;
+class QComboBox;
 
 namespace orvane::views {
 
@@ -19,6 +20,7 @@ class ExportSheet : public QDialog {
     QWidget* makeOptions();
     QWidget* makeDestination();
     void showForecast();
+    void showVersion();
     void choosePlace();
     void write();
     void written(const JSON& answer);
@@ -31,11 +33,14 @@ class ExportSheet : public QDialog {
     QLabel* leftOut_;
     QLineEdit* place_;
     QCheckBox* openWhenDone_;
+    QComboBox* version_;
+    QLabel* versionNote_;
     QPushButton* write_;
     QPushButton* close_;
     design::Banner* outcome_;
     QLabel* warnings_;
-    bool mayReplace_ = false; ///< the user has agreed to replace this file
+    bool isPlaceGiven_ = false; ///< by hand
+    bool mayReplace_ = false;   ///< the user has agreed to replace this file
 };
 
 } // namespace orvane::views

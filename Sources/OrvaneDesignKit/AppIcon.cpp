@@ -1,0 +1,68 @@
+#include "OrvaneDesignKit/AppIcon.h"
+
+#include "OrvaneDesignKit/Theme.h"
+
+#include <QIconEngine>
+#include <QPainter>
+#include <QPainterPath>
+
+#include <algorithm>
+
+namespace orvane::design {
+
+namespace {
+
+// On a square of 64. Packaging/icons has the same shape for the desktop's menu.
+constexpr double side = 64;
+constexpr double corner = 13;
+constexpr double frameTop = 14, frameHeight = 17, frameWidth = 14, frameGap = 3, firstFrame = 8;
+constexpr double waveMiddle = 45, barWidth = 3, barStep = 6.2, firstBar = 9.5;
+constexpr double barHeights[] = {3, 6, 10, 5, 8, 3.5, 7, 2.5};
+constexpr double lineAt = 32;
+
+class AppIconEngine : public QIconEngine {
+  public:
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode, QIcon::State) override {
+        drawAppIcon(*painter, rect);
+    }
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+        QPixmap pixmap(size);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        paint(&painter, QRect(QPoint(0, 0), size), mode, state);
+        return pixmap;
+    }
+    QIconEngine* clone() const override { return new AppIconEngine(*this); }
+};
+
+} // namespace
+
+void drawAppIcon(QPainter& painter, const QRectF& square) {
+    const Colours& all = colours();
+    const double scale = std::min(square.width(), square.height()) / side;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.translate(square.center() - QPointF(side, side) * scale / 2);
+    painter.scale(scale, scale);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(all.window);
+    painter.drawRoundedRect(QRectF(2, 2, side - 4, side - 4), corner, corner);
+    for (int i = 0; i < 3; ++i) {
+        painter.setBrush(i == 1 ? all.selected : all.hovered);
+        painter.drawRoundedRect(
+            QRectF(firstFrame + i * (frameWidth + frameGap), frameTop, frameWidth, frameHeight), 2, 2);
+    }
+    painter.setBrush(all.matched);
+    int bar = 0;
+    for (const double height : barHeights)
+        painter.drawRoundedRect(
+            QRectF(firstBar + barStep * bar++ - barWidth / 2, waveMiddle - height, barWidth, 2 * height), 1.5,
+            1.5);
+    painter.setPen(QPen(all.onSelected, 1.6));
+    painter.drawLine(QPointF(lineAt, 9), QPointF(lineAt, 55));
+    painter.restore();
+}
+
+QIcon appIcon() { return QIcon(new AppIconEngine); }
+
+} // namespace orvane::design

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QIcon>
+
+class QPainter;
+class QRectF;
+
+namespace orvane::design {
+
+/// The icon of the program: a waveform under a strip of picture. Drawn for any size.
+QIcon appIcon();
+void drawAppIcon(QPainter& painter, const QRectF& square);
+
+} // namespace orvane::design

@@ -1,0 +1,104 @@
+#include "OrvaneDesignKit/Sheet.h"
+
+#include <QHBoxLayout>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <QSpinBox>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <cmath>
+
+namespace orvane::design {
+
+Sheet::Sheet(const QString& title, QWidget* parent) : QDialog(parent) {
+    setWindowTitle(title);
+    setModal(true);
+    auto* rows = new QVBoxLayout(this);
+    rows->setContentsMargins(space::medium, space::medium, space::medium, space::medium);
+    rows->setSpacing(space::medium);
+    rows->addWidget(design::title(title));
+    contents_ = new QVBoxLayout;
+    contents_->setSpacing(space::medium);
+    rows->addLayout(contents_, 1);
+    rows->addWidget(outcome_ = new Banner);
+    outcome_->setObjectName(QStringLiteral("outcome"));
+    buttons_ = new QHBoxLayout;
+    buttons_->addStretch(1);
+    rows->addLayout(buttons_);
+}
+
+void Sheet::add(QWidget* control, int stretch) { contents_->addWidget(control, stretch); }
+void Sheet::add(QLayout* controls) { contents_->addLayout(controls); }
+void Sheet::addAside(QWidget* control) { buttons_->insertWidget(0, control); }
+
+QPushButton* Sheet::addButton(const QString& text, Weight weight) {
+    QPushButton* made = button(text, weight);
+    if (weight == Weight::primary) made->setDefault(true);
+    buttons_->addWidget(made);
+    return made;
+}
+
+QPushButton* Sheet::addClose(const QString& text) {
+    QPushButton* made = addButton(text);
+    connect(made, &QPushButton::clicked, this, [this] { accept(); });
+    return made;
+}
+
+void Sheet::present() {
+    setAttribute(Qt::WA_DeleteOnClose);
+    open();
+}
+
+SliderField::SliderField(const QString& accessibleName, Range range, const QString& unit,
+                         std::function<void(int)> changed, QWidget* parent)
+    : QWidget(parent), slider_(new QSlider(Qt::Horizontal)), field_(new QSpinBox), range_(range) {
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(space::small);
+    slider_->setRange(range.lowest, range.highest);
+    slider_->setSingleStep(range.step);
+    slider_->setPageStep(range.step);
+    slider_->setAccessibleName(accessibleName);
+    field_->setRange(range.lowest, range.highest);
+    field_->setSingleStep(range.step);
+    field_->setSuffix(unit.isEmpty() ? unit : QLatin1Char(' ') + unit);
+    field_->setAccessibleName(accessibleName);
+    field_->setKeyboardTracking(false);
+    row->addWidget(slider_, 1);
+    row->addWidget(field_);
+    const auto take = [this, call = std::move(changed)](int wanted) {
+        setValue(wanted);
+        call(value());
+    };
+    connect(slider_, &QSlider::valueChanged, this, take);
+    connect(field_, &QSpinBox::valueChanged, this, take);
+}
+
+void SliderField::setValue(int value) {
+    const QSignalBlocker slider(slider_);
+    const QSignalBlocker field(field_);
+    const int steps = static_cast<int>(std::lround(double(value - range_.lowest) / range_.step));
+    const int whole = std::clamp(range_.lowest + steps * range_.step, range_.lowest, range_.highest);
+    slider_->setValue(whole);
+    field_->setValue(whole);
+}
+
+int SliderField::value() const { return field_->value(); }
+
+void showToast(QWidget* window, const QString& text) {
+    constexpr int shownFor = 3000; // milliseconds
+    auto* toast = new QFrame(window);
+    toast->setObjectName(QStringLiteral("toast"));
+    toast->setProperty("banner", true);
+    toast->setAttribute(Qt::WA_TransparentForMouseEvents);
+    auto* row = new QHBoxLayout(toast);
+    row->addWidget(new QLabel(text));
+    toast->setAccessibleName(text);
+    toast->adjustSize();
+    toast->move((window->width() - toast->width()) / 2, window->height() - toast->height() - space::large);
+    toast->show();
+    QTimer::singleShot(shownFor, toast, [toast] { toast->deleteLater(); });
+}
+
+} // namespace orvane::design

@@ -1,0 +1,90 @@
+#include "OrvaneSyncApp/ViewModels/Results/Thumbnails.h"
+
+#include "Platform/Playback/FrameReader.h"
+#include "Platform/Stop.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orvane {
+
+std::shared_ptr<Thumbnails> Thumbnails::create(std::shared_ptr<platform::MainThread> mainThread,
+                                               platform::PictureSize limit, Decode decode) {
+    return std::shared_ptr<Thumbnails>(new Thumbnails(std::move(mainThread), limit, std::move(decode)));
+}
+
+Thumbnails::Thumbnails(std::shared_ptr<platform::MainThread> mainThread, platform::PictureSize limit,
+                       Decode decode)
+    : mainThread_(std::move(mainThread)), limit_(limit), decode_(std::move(decode)),
+      queue_(platform::SerialQueue::create("thumbnails")) {}
+
+Thumbnails::~Thumbnails() { stop_.request_stop(); }
+
+std::optional<platform::Picture> Thumbnails::decodeFile(const Wish& wish, platform::PictureSize limit,
+                                                        const std::stop_token& stop) {
+    const auto reader = platform::FrameReader::open(wish.path);
+    if (!reader) return std::nullopt;
+    // Any picture near it tells what the clip shows; the quickest one does.
+    constexpr double nearEnough = 2; // seconds
+    return reader->pictureAt(platform::MediaTime::fromSeconds(wish.seconds),
+                             platform::MediaTime::fromSeconds(nearEnough), limit, stop);
+}
+
+void Thumbnails::want(std::vector<Wish> inView) {
+    if (underWay_ && std::ranges::find(inView, *underWay_, &Wish::path) == inView.end()) stop_.request_stop();
+    const bool comes = !stop_.stop_requested();
+    std::erase_if(inView, [&](const Wish& one) {
+        return byPath_.contains(one.path) || (comes && underWay_ == one.path);
+    });
+    wanted_ = std::move(inView);
+    if (!underWay_) decodeNext();
+}
+
+const platform::Picture* Thumbnails::find(const std::string& path) const {
+    const auto found = byPath_.find(path);
+    return found == byPath_.end() || !found->second->picture ? nullptr : &*found->second->picture;
+}
+
+platform::Subscription Thumbnails::onChange(std::function<void(const std::string& path)> callback) {
+    return listeners_.add(std::move(callback));
+}
+
+void Thumbnails::decodeNext() {
+    if (wanted_.empty()) return;
+    Wish wish = std::move(wanted_.front());
+    wanted_.erase(wanted_.begin());
+    underWay_ = wish.path;
+    stop_ = {};
+    queue_->post([weak = weak_from_this(), main = std::weak_ptr(mainThread_), decode = decode_,
+                  limit = limit_, wish = std::move(wish), stop = stop_.get_token()] {
+        std::optional<platform::Picture> picture;
+        bool isStopped = false;
+        try {
+            picture = decode(wish, limit, stop);
+        } catch (const platform::Stopped&) {
+            isStopped = true;
+        }
+        const auto thread = main.lock();
+        if (!thread) return;
+        thread->post([weak, path = wish.path, picture = std::move(picture),
+                      isStopped = isStopped || stop.stop_requested()]() mutable {
+            const auto self = weak.lock();
+            if (!self) return;
+            self->underWay_.reset();
+            if (!isStopped) self->decoded(path, std::move(picture));
+            if (!self->underWay_) self->decodeNext();
+        });
+    });
+}
+
+void Thumbnails::decoded(const std::string& path, std::optional<platform::Picture> picture) {
+    kept_.push_front({path, std::move(picture)});
+    byPath_[path] = kept_.begin();
+    if (kept_.size() > mostKept) {
+        byPath_.erase(kept_.back().path);
+        kept_.pop_back();
+    }
+    listeners_.tell(path);
+}
+
+} // namespace orvane

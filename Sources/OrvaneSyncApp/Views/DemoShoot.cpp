@@ -1,0 +1,79 @@
+#include "OrvaneSyncApp/Views/DemoShoot.h"
+
+#include "OrvaneSyncApp/Views/Background.h"
+#include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "Platform/Modules.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
+
+namespace orvane::views::DemoShoot {
+
+namespace {
+
+QString maker() {
+    for (const std::string& folder : platform::modules::programFolders()) {
+        const QFileInfo tool(QDir(text(folder)).filePath(QStringLiteral("orvane_make_shoot")));
+        if (tool.isExecutable()) return tool.filePath();
+    }
+    return {};
+}
+
+} // namespace
+
+bool isAvailable() { return !maker().isEmpty(); }
+
+namespace {
+
+using Progress = std::function<void(const QString& step)>;
+using Done = std::function<void(const QString& folder, const QString& failure)>;
+
+void start(QObject* context, const QString& folder, Progress progress, Done done) {
+    auto* tool = new QProcess(context);
+    QObject::connect(tool, &QProcess::readyReadStandardOutput, context,
+                     [tool, progress = std::move(progress)] {
+                         const QStringList lines =
+                             QString::fromUtf8(tool->readAllStandardOutput()).split(QLatin1Char('\n'));
+                         if (lines.size() > 1) progress(lines[lines.size() - 2]);
+                     });
+    const auto end = [tool, folder, done = std::move(done)](const QString& failure) {
+        tool->deleteLater();
+        done(failure.isEmpty() ? folder : QString(), failure);
+    };
+    QObject::connect(tool, &QProcess::finished, context, [tool, end](int status, QProcess::ExitStatus how) {
+        const bool isMade = how == QProcess::NormalExit && status == 0;
+        end(isMade ? QString()
+                   : QObject::tr("The demo shoot could not be made: %1")
+                         .arg(QString::fromUtf8(tool->readAllStandardError()).trimmed()));
+    });
+    QObject::connect(tool, &QProcess::errorOccurred, context, [tool, end](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart)
+            end(QObject::tr("The demo shoot could not be made: %1").arg(tool->errorString()));
+    });
+    tool->start(maker(), {folder});
+}
+
+} // namespace
+
+void make(QObject* context, Progress progress, Done done) {
+    struct Place {
+        QString folder;
+        bool isMade = false;
+    };
+    inBackground(
+        context,
+        [] {
+            const QDir data(text(AppStorageHelper::applicationSupportDirectory()));
+            const QString folder = data.filePath(QStringLiteral("Demo Shoot"));
+            // The report is written last.
+            return Place{folder, QFileInfo::exists(QDir(folder).filePath(QStringLiteral("DAY1.csv")))};
+        },
+        [context, progress = std::move(progress), done = std::move(done)](const Place& place) {
+            if (place.isMade) return done(place.folder, {});
+            start(context, place.folder, progress, done);
+        });
+}
+
+} // namespace orvane::views::DemoShoot

@@ -1,0 +1,82 @@
+#include "OrvaneSyncApp/Views/DoubtBar.h"
+
+#include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/Views/Translation.h"
+
+#include <QHBoxLayout>
+#include <QPointer>
+#include <QVBoxLayout>
+
+namespace orvane::views {
+
+using namespace design;
+
+DoubtBar::DoubtBar(Desktop& desktop, QWidget* parent) : QFrame(parent), desktop_(desktop) {
+    setProperty("banner", true);
+    setObjectName(QStringLiteral("doubts"));
+    auto* rows = new QVBoxLayout(this);
+    rows->setContentsMargins(space::medium, space::small, space::small, space::small);
+    rows->setSpacing(space::small);
+    auto* top = new QHBoxLayout;
+    top->addWidget(new Badge(Signal::doubtful, {}), 0, Qt::AlignTop);
+    top->addWidget(text_ = label(QString()), 1);
+    rows->addLayout(top);
+    buttons_ = new QHBoxLayout;
+    buttons_->setSpacing(space::small);
+    auto* clips = button(tr("Show Clips"));
+    clips->setToolTip(tr("Selects the clips that this is about"));
+    buttons_->addWidget(clips);
+    buttons_->addStretch(1);
+    buttons_->addWidget(position_ = facts({}));
+    position_->setWordWrap(false);
+    buttons_->addWidget(next_ = button(tr("Next"), Weight::quiet));
+    next_->setToolTip(tr("Shows the next doubt"));
+    rows->addLayout(buttons_);
+    connect(clips, &QPushButton::clicked, this, [this] {
+        if (whenClipsWanted) whenClipsWanted(doubts_[shown_].groupIDs);
+    });
+    connect(next_, &QPushButton::clicked, this, [this] {
+        ++shown_;
+        showOne();
+    });
+    setVisible(false);
+}
+
+void DoubtBar::show(std::vector<ResultsViewModel::Doubt> doubts) {
+    doubts_ = std::move(doubts);
+    setVisible(!doubts_.empty());
+    if (!doubts_.empty()) showOne();
+}
+
+void DoubtBar::showOne() {
+    shown_ %= doubts_.size();
+    const ResultsViewModel::Doubt& doubt = doubts_[shown_];
+    QString message = translatedSentence(doubt.message);
+    if (!doubt.cure.text.empty()) message += QStringLiteral("\n→ ") + translatedSentence(doubt.cure.text);
+    text_->setText(message);
+    setAccessibleName(message);
+    position_->setText(tr("%1 of %2").arg(shown_ + 1).arg(doubts_.size()));
+    position_->setVisible(doubts_.size() > 1);
+    next_->setVisible(doubts_.size() > 1);
+    for (QPushButton* one : steps_) one->deleteLater();
+    steps_.clear();
+    for (const CureStep& step : doubt.cure.steps) {
+        QPushButton* made = button(translatedSentence(step.button));
+        made->setToolTip(step.scansAgain ? tr("Corrects this and scans again; can be taken back")
+                                         : tr("Corrects this at once; can be taken back"));
+        connect(made, &QPushButton::clicked, this, [this, step] { cure(step); });
+        buttons_->insertWidget(static_cast<int>(steps_.size()), made);
+        steps_.push_back(made);
+    }
+}
+
+void DoubtBar::cure(const CureStep& step) {
+    desktop_.run(step.command, step.arguments,
+                 [self = QPointer(this), scansAgain = step.scansAgain](const JSON&) {
+                     if (!self) return;
+                     if (scansAgain && self->whenScanWanted) self->whenScanWanted();
+                     if (self->whenCured) self->whenCured();
+                 });
+}
+
+} // namespace orvane::views

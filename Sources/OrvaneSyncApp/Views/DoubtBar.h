@@ -1,0 +1,40 @@
+#pragma once
+
+#include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
+#include "OrvaneSyncApp/Views/Desktop.h"
+
+#include <QFrame>
+
+class QHBoxLayout;
+class QLabel;
+class QPushButton;
+
+namespace orvane::views {
+
+/// The doubts of the work, one at a time, with the buttons that cure it. Hidden without a doubt.
+class DoubtBar : public QFrame {
+  public:
+    explicit DoubtBar(Desktop& desktop, QWidget* parent = nullptr);
+    void show(std::vector<ResultsViewModel::Doubt> doubts);
+
+    std::function<void(const std::vector<UUID>&)> whenClipsWanted;
+    /// A cure has changed what is matched.
+    std::function<void()> whenScanWanted;
+    /// A cure has done all that it does.
+    std::function<void()> whenCured;
+
+  private:
+    void showOne();
+    void cure(const CureStep& step);
+
+    Desktop& desktop_;
+    std::vector<ResultsViewModel::Doubt> doubts_;
+    std::size_t shown_ = 0;
+    QLabel* text_;
+    QLabel* position_;
+    QPushButton* next_;
+    QHBoxLayout* buttons_;
+    std::vector<QPushButton*> steps_;
+};
+
+} // namespace orvane::views

@@ -1,0 +1,47 @@
+#include "OrvaneSyncApp/Views/Sheets/SheetMenus.h"
+
+#include "OrvaneDesignKit/Icons.h"
+#include "OrvaneSyncApp/Views/Sheets/Sheets.h"
+#include "OrvaneSyncApp/Views/Translation.h"
+
+#include <QAction>
+#include <QDesktopServices>
+#include <QMenu>
+#include <QUrl>
+
+namespace orvane::views {
+
+SheetActions addSheetActions(Desktop& desktop, QWidget* window, QMenu* clip, QMenu* audio, QMenu* help) {
+    SheetActions actions{};
+    clip->addSeparator();
+    actions.renameClips =
+        clip->addAction(design::icon(design::Glyph::rename), translated(desktop.command("batchRename").title),
+                        window, [&desktop, window] { showBatchRenamer(desktop, window); });
+    actions.renameClips->setStatusTip(translated(desktop.command("batchRename").help));
+    audio->addSeparator();
+    actions.buildRoomTone = audio->addAction(QObject::tr("Build Room Tone…"), window,
+                                             [&desktop, window] { showAtmoBuilder(desktop, window); });
+    actions.buildRoomTone->setStatusTip(translated(desktop.command("buildAtmo").help));
+    const auto update = [&desktop, actions] {
+        actions.renameClips->setEnabled(desktop.isEnabled("batchRename"));
+        actions.buildRoomTone->setEnabled(desktop.isEnabled("scanAtmoCandidates"));
+    };
+    for (QMenu* menu : {clip, audio}) QObject::connect(menu, &QMenu::aboutToShow, window, update);
+
+    help->addAction(QObject::tr("Diagnostics…"), window,
+                    [&desktop, window] { showDiagnostics(desktop, window); });
+    help->addAction(QObject::tr("Send Feedback…"), window,
+                    [&desktop, window] { showFeedback(desktop, window); });
+    QAction* about = help->addSeparator();
+    help->addAction(QObject::tr("About OrvaneSync"), window, [window] { showAbout(window); });
+    findServices(window, [help, about](const ServiceConfiguration& found) {
+        if (!found.updatesURL) return;
+        auto* updates = new QAction(QObject::tr("Check for Updates…"), help);
+        QObject::connect(updates, &QAction::triggered, help,
+                         [url = text(*found.updatesURL)] { QDesktopServices::openUrl(QUrl(url)); });
+        help->insertAction(about, updates);
+    });
+    return actions;
+}
+
+} // namespace orvane::views

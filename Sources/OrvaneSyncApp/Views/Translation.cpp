@@ -1,0 +1,143 @@
+#include "OrvaneSyncApp/Views/Translation.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QHash>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLocale>
+#include <QRegularExpression>
+#include <QSet>
+#include <QTranslator>
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+namespace orvane::views {
+
+namespace {
+
+constexpr const char* folder = ":/translations/";
+
+/// The classes without a catalogue of their own by which Qt asks for texts of ours; its own texts have
+/// others.
+bool isOurs(const char* context) {
+    static const QSet<QByteArray> names{"",        "QWidget",     "QDialog",
+                                        "QObject", "QMainWindow", "QAbstractTableModel",
+                                        "QFrame",  "QTableView",  "QStyledItemDelegate"};
+    return names.contains(context);
+}
+
+/// A sentence with names in it, and what it is in the other language.
+struct Sentence {
+    QRegularExpression pattern;
+    QString form;
+};
+
+class Catalogue : public QTranslator {
+  public:
+    explicit Catalogue(const QString& language) : isEnglish_(language == QStringLiteral("en")) {
+        // What the windows say themselves, and what they say of the core's.
+        read(language);
+        read(language + QStringLiteral("-core"));
+        // The one with the most words of its own first: a short one may fit a longer one's text too.
+        std::ranges::sort(sentences_, [](const Sentence& a, const Sentence& b) {
+            return a.pattern.pattern().size() > b.pattern.pattern().size();
+        });
+    }
+    bool isEmpty() const override { return texts_.isEmpty(); }
+    QString translate(const char* context, const char* source, const char*, int n) const override {
+        const QString key = QString::fromUtf8(source);
+        const auto found = texts_.constFind(key);
+        if (found != texts_.constEnd()) return found->at(n == 1 || found->size() == 1 ? 0 : 1);
+        if (!isEnglish_ && isOurs(context) && !key.isEmpty()) missing_.insert(key);
+        return {};
+    }
+    QString line(const QString& english) const {
+        const auto found = texts_.constFind(english);
+        if (found != texts_.constEnd()) return found->first();
+        for (const Sentence& one : sentences_) {
+            const auto match = one.pattern.match(english);
+            if (!match.hasMatch()) continue;
+            QString form = one.form;
+            for (int i = 1; i <= 9; ++i) {
+                const QString place = QStringLiteral("%%1").arg(i);
+                if (form.contains(place))
+                    form.replace(place, line(match.captured(QStringLiteral("p%1").arg(i))));
+            }
+            return form;
+        }
+        return english;
+    }
+    QStringList missing() const { return {missing_.begin(), missing_.end()}; }
+
+  private:
+    void read(const QString& name) {
+        QFile file(folder + name + QStringLiteral(".json"));
+        if (!file.open(QIODevice::ReadOnly)) return;
+        const QJsonObject all = QJsonDocument::fromJson(file.readAll()).object();
+        const QJsonObject texts = all.value(QStringLiteral("texts")).toObject();
+        for (auto it = texts.begin(); it != texts.end(); ++it) {
+            QStringList forms;
+            if (it->isArray())
+                for (const auto& form : it->toArray()) forms << form.toString();
+            else
+                forms << it->toString();
+            texts_.insert(it.key(), forms);
+        }
+        const QJsonObject sentences = all.value(QStringLiteral("sentences")).toObject();
+        for (auto it = sentences.begin(); it != sentences.end(); ++it) {
+            QString pattern = QRegularExpression::escape(it.key());
+            for (int i = 1; i <= 9; ++i)
+                pattern.replace(QStringLiteral("\\%%1").arg(i), QStringLiteral("(?<p%1>.+?)").arg(i));
+            sentences_.push_back(
+                {QRegularExpression(QRegularExpression::anchoredPattern(pattern)), it.value().toString()});
+        }
+    }
+
+    const bool isEnglish_;
+    QHash<QString, QStringList> texts_;
+    std::vector<Sentence> sentences_;
+    mutable QSet<QString> missing_;
+};
+
+std::unique_ptr<Catalogue> installed;
+
+} // namespace
+
+QStringList languages() { return {QStringLiteral("en"), QStringLiteral("de")}; }
+
+void installLanguage(QCoreApplication& application, const QString& wanted) {
+    const QStringList known = languages();
+    QStringList asked = wanted.isEmpty() ? QLocale::system().uiLanguages() : QStringList{wanted};
+    QString language = known.first();
+    for (QString& one : asked) {
+        const QString code = one.section(QRegularExpression(QStringLiteral("[-_.]")), 0, 0).toLower();
+        if (!known.contains(code)) continue;
+        language = code;
+        break;
+    }
+    if (installed) application.removeTranslator(installed.get());
+    installed = std::make_unique<Catalogue>(language);
+    application.installTranslator(installed.get());
+    if (!wanted.isEmpty()) QLocale::setDefault(QLocale(wanted));
+}
+
+QString translated(std::string_view english) {
+    return QCoreApplication::translate("",
+                                       QByteArray(english.data(), static_cast<qsizetype>(english.size())));
+}
+
+QString translatedSentence(std::string_view english) {
+    const QString given = QString::fromUtf8(english.data(), static_cast<qsizetype>(english.size()));
+    if (!installed || installed->isEmpty()) return given;
+    QStringList lines;
+    for (const QString& line : given.split(QLatin1Char('\n'))) lines << installed->line(line);
+    return lines.join(QLatin1Char('\n'));
+}
+
+QStringList untranslatedTexts() { return installed ? installed->missing() : QStringList(); }
+
+} // namespace orvane::views

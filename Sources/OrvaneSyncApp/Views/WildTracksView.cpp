@@ -1,0 +1,154 @@
+#include "OrvaneSyncApp/Views/WildTracksView.h"
+
+#include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
+#include "OrvaneSyncCore/Services/Waveform/WaveformState.h"
+
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+enum Column { playColumn, nameColumn, fileColumn, startsColumn, lengthColumn, channelsColumn, approveColumn };
+constexpr int idRole = Qt::UserRole;
+constexpr int playWidth = 44;
+constexpr int startsWidth = 112, lengthWidth = 70, channelsWidth = 80, approveWidth = 176;
+
+} // namespace
+
+WildTracksView::WildTracksView(Desktop& desktop, QWidget* parent) : QWidget(parent), desktop_(desktop) {
+    auto* rows = new QVBoxLayout(this);
+    rows->setContentsMargins(0, space::small, 0, 0);
+    rows->addWidget(title_ = facts({}));
+    list_ = new QTreeWidget;
+    list_->setObjectName(QStringLiteral("wildTracks"));
+    list_->setAccessibleName(tr("Sound without picture"));
+    list_->setHeaderLabels({QString(), tr("Wild track name"), tr("Recording"), tr("Starts"), tr("Length"),
+                            tr("Channels"), tr("Approve for export")});
+    list_->setRootIsDecorated(false);
+    list_->setUniformRowHeights(true);
+    list_->setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::DoubleClicked);
+    QHeaderView* header = list_->header();
+    header->setStretchLastSection(false);
+    header->setSectionResizeMode(nameColumn, QHeaderView::Stretch);
+    header->setSectionResizeMode(fileColumn, QHeaderView::Stretch);
+    for (const auto& [column, width] :
+         {std::pair(playColumn, playWidth), std::pair(startsColumn, startsWidth),
+          std::pair(lengthColumn, lengthWidth), std::pair(channelsColumn, channelsWidth),
+          std::pair(approveColumn, approveWidth)})
+        header->resizeSection(column, width);
+    rows->addWidget(list_, 1);
+    connect(list_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* row, int column) {
+        if (!isFilling_) changed(*row, column);
+    });
+    connect(list_, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* row, int column) {
+        if (column == playColumn) play(*row);
+    });
+    list_->installEventFilter(this);
+    observation_ = desktop_.controller().onChange([this](ImportField field) {
+        if (field == ImportField::wildTracks) fill();
+    });
+    fill();
+}
+
+bool WildTracksView::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == list_ && event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space && list_->currentItem() != nullptr &&
+        list_->currentColumn() != approveColumn) {
+        play(*list_->currentItem());
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void WildTracksView::fill() {
+    const auto& tracks = desktop_.controller().work().wildTracks();
+    const QString current =
+        list_->currentItem() ? list_->currentItem()->data(0, idRole).toString() : QString();
+    isFilling_ = true;
+    list_->clear();
+    std::size_t approved = 0;
+    for (const WildTrack& track : tracks) {
+        auto* row =
+            new QTreeWidgetItem(list_, {QString(), text(track.customName),
+                                        text(desktop_.controller().work().fileNames().of(track.audio)),
+                                        text(startText(track.audio)), text(lengthText(track.audio)),
+                                        track.audio.channelCount ? QString::number(*track.audio.channelCount)
+                                                                 : QStringLiteral("-"),
+                                        QString()});
+        row->setData(0, idRole, text(track.id.text()));
+        row->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable |
+                      Qt::ItemIsEditable);
+        row->setCheckState(approveColumn, track.isApproved ? Qt::Checked : Qt::Unchecked);
+        row->setFont(startsColumn, timecodeFont());
+        row->setTextAlignment(lengthColumn, Qt::AlignRight | Qt::AlignVCenter);
+        row->setTextAlignment(channelsColumn, Qt::AlignRight | Qt::AlignVCenter);
+        row->setToolTip(playColumn, tr("Play or pause (Space)"));
+        row->setToolTip(nameColumn, tr("Double click or F2 names the recording"));
+        row->setToolTip(fileColumn, text(track.audio.url.pathText()));
+        row->setToolTip(approveColumn, tr("Ticked recordings go into the document."));
+        row->setData(playColumn, Qt::AccessibleTextRole, tr("Play or pause (Space)"));
+        if (text(track.id.text()) == current) list_->setCurrentItem(row);
+        if (track.isApproved) ++approved;
+    }
+    isFilling_ = false;
+    title_->setText(
+        tr("Sound without picture: %1, %2 approved for the document").arg(tracks.size()).arg(approved));
+    setVisible(!tracks.empty());
+    showPlaying();
+}
+
+void WildTracksView::changed(const QTreeWidgetItem& row, int column) {
+    JSON arguments = JSON::object();
+    arguments.set("id", utf8(row.data(0, idRole).toString()));
+    // The list is filled anew by what comes of it: not while it tells of the change.
+    if (column == approveColumn)
+        QMetaObject::invokeMethod(
+            this, [this, arguments] { desktop_.run("toggleWildTrackApproved", arguments); },
+            Qt::QueuedConnection);
+    if (column != nameColumn) {
+        if (column != approveColumn) fill();
+        return;
+    }
+    arguments.set("to", utf8(row.text(nameColumn).trimmed()));
+    QMetaObject::invokeMethod(
+        this, [this, arguments] { desktop_.run("renameWildTrack", arguments); }, Qt::QueuedConnection);
+}
+
+void WildTracksView::play(const QTreeWidgetItem& row) {
+    const auto id = UUID::fromText(utf8(row.data(0, idRole).toString()));
+    const auto& tracks = desktop_.controller().work().wildTracks();
+    const auto found = std::ranges::find(tracks, id, &WildTrack::id);
+    if (found == tracks.end()) return;
+    if (!player_) {
+        const auto& players = desktop_.players().players();
+        if (!players)
+            return desktop_.whenRefused(tr("Nothing can be played: this machine has no player for sound."));
+        const auto& environment = desktop_.controller().work().environment;
+        player_ = RawFileAudioPlayer::create(
+            players, WaveformState::create(environment.mainThread, environment.waveformCache));
+        playing_ = player_->onChange([this] { showPlaying(); });
+    }
+    player_->togglePlayback(found->audio);
+}
+
+void WildTracksView::showPlaying() {
+    const auto& tracks = desktop_.controller().work().wildTracks();
+    for (int i = 0; i < list_->topLevelItemCount(); ++i) {
+        const bool plays = player_ && player_->isPlaying() && static_cast<std::size_t>(i) < tracks.size() &&
+                           player_->currentAssetID() == tracks[static_cast<std::size_t>(i)].audio.id;
+        isFilling_ = true;
+        list_->topLevelItem(i)->setIcon(playColumn, icon(plays ? Glyph::pause : Glyph::play));
+        isFilling_ = false;
+    }
+}
+
+} // namespace orvane::views

@@ -1,0 +1,153 @@
+#include "MediaFactory/WaveMaker.h"
+#include "OrvaneSyncApp/ViewModels/Results/DoubtCures.h"
+#include "OrvaneSyncApp/ViewModels/Results/Thumbnails.h"
+#include "OrvaneSyncApp/ViewModels/Sheets/AtmoBuilderModel.h"
+#include "OrvaneSyncApp/ViewModels/Sheets/Feedback.h"
+#include "OrvaneSyncApp/ViewModels/Sheets/SegmentPlayer.h"
+#include "Platform/Stop.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
+#include "Support/VirtualMainThread.h"
+
+#include <atomic>
+#include <thread>
+
+namespace orvane {
+
+namespace {
+
+SyncDoubt doubt(const char* cure) { return {SyncDoubt::Kind::otherDay, "message", cure}; }
+
+AtmoCandidate candidate(double seconds) {
+    return {UUID::random(), {"/a.wav"}, 0, 48000, 48000 + static_cast<std::int64_t>(seconds * 48000),
+            48000,          0.0005F};
+}
+
+} // namespace
+
+TEST(DoubtCures, SayForTheWindowWhatTheTerminalHasOptionsFor) {
+    struct Case {
+        const char* cure;
+        const char* text;
+        std::vector<std::string> buttons;
+        bool scansAgain;
+    };
+    const Case cases[] = {
+        {"--tc-rate 29.97DF or --tc-rate 29.97NDF, whichever all were meant to count",
+         "count timecode at 29.97DF frames a second or count timecode at 29.97NDF frames a second, whichever "
+         "all "
+         "were meant to count",
+         {"Count at 29.97DF", "Count at 29.97NDF"},
+         true},
+        {"--sound-date 2026-11-21 --sound-offset -01:00:00:00",
+         "date the recordings 2026-11-21 and move all sound by -01:00:00:00",
+         {"Move and Date Sound"},
+         true},
+        {"choose in the table of 'scan --review', or take the first of each with --choose first",
+         "choose the recording in the clip's menu, or take the first of each with “Choose First Recordings”",
+         {"Choose First"},
+         false},
+        {"--sound-date 2026-11-21 in a scan of this day alone (--video '/a b/c' --audio FOLDER, FOLDER being "
+         "where "
+         "that day's files lie)",
+         "date the recordings 2026-11-21 in a scan of this day alone (picture: '/a b/c', sound: FOLDER, "
+         "FOLDER being "
+         "where that day's files lie)",
+         {},
+         false},
+        {"copy the card again", "copy the card again", {}, false},
+    };
+    for (const Case& one : cases) {
+        const Cure cure = cureInWords(doubt(one.cure));
+        EXPECT_EQ(cure.text, one.text);
+        std::vector<std::string> buttons;
+        for (const CureStep& step : cure.steps) {
+            buttons.push_back(step.button);
+            EXPECT_EQ(step.scansAgain, one.scansAgain) << step.button;
+        }
+        EXPECT_EQ(buttons, one.buttons) << one.cure;
+    }
+    const Cure moved = cureInWords(doubt(cases[1].cure));
+    EXPECT_NE(moved.steps.front().arguments.find("soundDate"), nullptr);
+    EXPECT_NE(moved.steps.front().arguments.find("soundOffset"), nullptr);
+}
+
+TEST(AtmoBuilderModel, PreselectsTheLongestAndBuildsWhatIsChosen) {
+    AtmoBuilderModel model({{"12", {candidate(40), candidate(30), candidate(20)}}, {"13", {}}});
+    ASSERT_EQ(model.scenes().size(), 1U) << "a scene without a stretch is not listed";
+    EXPECT_EQ(model.scenes()[0].selection.size(), 2U);
+    model.setTarget(0, 1000);
+    EXPECT_EQ(model.scenes()[0].targetSeconds, 300);
+    model.setTarget(0, 62);
+    const auto order = model.begin(0);
+    ASSERT_TRUE(order);
+    EXPECT_EQ(order->targetDuration, 60);
+    EXPECT_EQ(order->candidates.size(), 2U);
+    EXPECT_FALSE(model.begin(0)) << "one at a time";
+    model.failed(0, "no room");
+    EXPECT_EQ(model.scenes()[0].status, "✗ no room");
+    model.clear(0);
+    EXPECT_FALSE(model.begin(0)) << "nothing is chosen";
+    EXPECT_EQ(AtmoBuilderModel::startText({UUID::random(), {}, 0, 48000 * 125 + 14400, 0, 48000, 0}),
+              "02:05.30");
+}
+
+TEST(SegmentPlayer, GivesOneChannelOfTheStretchAlone) {
+    test::TemporaryDirectory folder;
+    std::vector<float> samples;
+    for (int i = 0; i < 1000; ++i) samples.insert(samples.end(), {0.5F, static_cast<float>(i) / 2000});
+    test::WaveMaker().format({.channels = 2}).samples(samples).writeTo(folder.path("a.wav"));
+    const auto segment = openSegment({UUID::random(), folder.path("a.wav"), 1, 300, 320});
+    ASSERT_NE(segment, nullptr);
+    EXPECT_EQ(segment->frameCount(), 20);
+    std::vector<float> read(64);
+    float* channel = read.data();
+    ASSERT_TRUE(segment->seek(5));
+    EXPECT_EQ(segment->read({&channel, 1}, 64), 15U) << "not beyond its end";
+    EXPECT_NEAR(read[0], 305.0F / 2000, 1e-4);
+    EXPECT_FALSE(segment->seek(21));
+}
+
+TEST(Feedback, HoldsWhatWasShownAndNothingElse) {
+    const Feedback feedback{"Grüße", "OrvaneSync 1\n", "\x89PNG bytes"};
+    const auto request = feedbackRequest("https://example.com/feedback", feedback);
+    EXPECT_EQ(request.method, "POST");
+    const std::string type = request.headers.front().second;
+    const std::string mark = type.substr(type.find('=') + 1);
+    EXPECT_TRUE(request.body.starts_with("--" + mark + "\r\n"));
+    EXPECT_TRUE(request.body.ends_with("--" + mark + "--\r\n"));
+    for (const char* part :
+         {"name=\"message\"", "Grüße", "name=\"report\"", "image/png\r\n\r\n\x89PNG bytes\r\n"})
+        EXPECT_NE(request.body.find(part), std::string::npos) << part;
+    EXPECT_EQ(feedbackRequest("", {"a", "b", ""}).body.find("screenshot"), std::string::npos);
+}
+
+TEST(Thumbnails, DecodeWhatIsInViewAndStopWhatIsScrolledAway) {
+    const auto thread = std::make_shared<test::VirtualMainThread>();
+    std::atomic<int> begun = 0, stopped = 0;
+    const auto thumbnails = Thumbnails::create(
+        thread, {64, 36},
+        [&](const Thumbnails::Wish& wish, platform::PictureSize, const std::stop_token& stop) {
+            ++begun;
+            if (wish.path == "slow") {
+                while (!stop.stop_requested()) std::this_thread::yield();
+                ++stopped;
+                throw platform::Stopped();
+            }
+            platform::Picture picture;
+            picture.size = {1, 1};
+            return wish.path == "none" ? std::nullopt : std::optional(picture);
+        });
+    thumbnails->want({{"slow"}, {"never"}});
+    ASSERT_TRUE(thread->waitUntil([&] { return begun == 1; }));
+    thumbnails->want({{"a"}, {"none"}});
+    ASSERT_TRUE(thread->waitUntil([&] { return begun == 3; }));
+    ASSERT_TRUE(thread->waitUntil([&] { return thumbnails->find("a") != nullptr; }));
+    EXPECT_EQ(stopped, 1);
+    EXPECT_EQ(thumbnails->find("none"), nullptr);
+    thumbnails->want({{"a"}, {"none"}});
+    thread->runPosted();
+    EXPECT_EQ(begun, 3) << "neither is decoded twice, nor what was never in view for long";
+}
+
+} // namespace orvane

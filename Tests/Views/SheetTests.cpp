@@ -1,0 +1,137 @@
+#include "MediaFactory/SmallShoot.h"
+#include "OrvaneSyncApp/Views/MainWindow.h"
+#include "OrvaneSyncApp/Views/Notifier.h"
+#include "OrvaneSyncApp/Views/QtMainThread.h"
+#include "OrvaneSyncApp/Views/Sheets/Sheets.h"
+#include "OrvaneSyncApp/Views/SingleInstance.h"
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
+#include "Views/Application.h"
+
+#include <QClipboard>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTreeWidget>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+namespace orvane::views {
+
+namespace {
+
+using test::waitUntil;
+
+class SheetTest : public testing::Test {
+  protected:
+    SheetTest() {
+        test::application();
+        registerStandardDefaults(*settings_);
+        test::makeSmallShoot(folder_.path("shoot"));
+        Desktop::Dependencies dependencies;
+        dependencies.mainThread = qtMainThread();
+        dependencies.settings = settings_;
+        dependencies.sessionsDir = folder_.path("sessions");
+        desktop_ = std::make_unique<Desktop>(std::move(dependencies));
+        window_ = std::make_unique<MainWindow>(*desktop_);
+        window_->show();
+        window_->scanFolders({text(folder_.path("shoot/camera")), text(folder_.path("shoot/sound"))});
+        EXPECT_TRUE(waitUntil([&] { return !window_->isScanning(); }));
+        QCoreApplication::processEvents();
+    }
+    QDialog* sheet() {
+        for (auto* one : window_->findChildren<QDialog*>())
+            if (one->isVisible()) return one;
+        return nullptr;
+    }
+    static void type(QWidget& in, const QString& field, const QString& words) {
+        for (auto* one : in.findChildren<QLineEdit*>())
+            if (one->accessibleName() == field) return QTest::keyClicks(one, words);
+        FAIL() << "no field " << field.toStdString();
+    }
+    static void press(QWidget& in, const QString& name) {
+        for (auto* one : in.findChildren<QPushButton*>())
+            if (one->text() == name && one->isVisible()) return QTest::mouseClick(one, Qt::LeftButton);
+        FAIL() << "no button " << name.toStdString();
+    }
+    const OpenWork& work() { return desktop_->controller().work(); }
+
+    test::TemporaryDirectory folder_;
+    std::shared_ptr<platform::MemorySettingsStore> settings_ =
+        std::make_shared<platform::MemorySettingsStore>();
+    std::unique_ptr<Desktop> desktop_;
+    std::unique_ptr<MainWindow> window_;
+};
+
+} // namespace
+
+TEST_F(SheetTest, RenamesAllClipsInOneStepAsThePreviewSays) {
+    showBatchRenamer(*desktop_, window_.get());
+    QDialog& renamer = *sheet();
+    auto* preview = renamer.findChild<QTreeWidget*>();
+    type(renamer, "Find", "12");
+    type(renamer, "Replace with", "99");
+    QString after;
+    for (int i = 0; i < preview->topLevelItemCount(); ++i)
+        if (preview->topLevelItem(i)->text(0).startsWith("12")) after = preview->topLevelItem(i)->text(1);
+    ASSERT_EQ(after, "99A-3");
+    press(renamer, "Apply");
+    EXPECT_EQ(std::ranges::count_if(work().syncGroups(),
+                                    [](const SyncGroup& clip) { return clip.manualClipName == "99A-3"; }),
+              2);
+    desktop_->run("undo");
+    EXPECT_TRUE(std::ranges::none_of(work().syncGroups(), [](const SyncGroup& clip) {
+        return clip.manualClipName.has_value();
+    })) << "one step for all of them";
+}
+
+TEST_F(SheetTest, TellsWhatThisMachineHasAndCopiesIt) {
+    showDiagnostics(*desktop_, window_.get());
+    QDialog& diagnostics = *sheet();
+    const auto copies = [&] {
+        const auto all = diagnostics.findChildren<QPushButton*>();
+        return std::ranges::any_of(all, [](auto* one) { return one->text() == "Copy" && one->isEnabled(); });
+    };
+    ASSERT_TRUE(waitUntil(copies));
+    press(diagnostics, "Copy");
+    EXPECT_TRUE(QGuiApplication::clipboard()->text().contains("media helper"));
+}
+
+TEST_F(SheetTest, NamesAndApprovesSoundWithoutPicture) {
+    auto* list = window_->findChild<QTreeWidget*>(QStringLiteral("wildTracks"));
+    ASSERT_EQ(work().wildTracks().size(), 1U);
+    ASSERT_FALSE(work().wildTracks()[0].isApproved);
+    list->topLevelItem(0)->setText(1, "Room of scene 12");
+    ASSERT_TRUE(waitUntil([&] { return work().wildTracks()[0].customName == "Room of scene 12"; }));
+    list->topLevelItem(0)->setCheckState(6, Qt::Checked);
+    EXPECT_TRUE(waitUntil([&] { return work().wildTracks()[0].isApproved; }));
+}
+
+TEST_F(SheetTest, TellsTheDesktopWhatEndedUnseen) {
+    QStringList told;
+    QWidget unseen;
+    const Notifier notifier(*desktop_, unseen, [&](const QString&, const QString& what) { told << what; });
+    window_->scanFolders({text(folder_.path("shoot"))});
+    ASSERT_TRUE(waitUntil([&] { return !window_->isScanning(); }));
+    EXPECT_EQ(told.filter("The scan is done").size(), 1) << told.join(", ").toStdString();
+}
+
+TEST(SingleInstanceTest, HandsItsWordsToTheFirstAndFindsNobodyOtherwise) {
+    test::application();
+    const QString name = QStringLiteral("orvanesync-test-%1").arg(QCoreApplication::applicationPid());
+    EXPECT_FALSE(SingleInstance(name).handOver({"alone"}));
+    QStringList taken;
+    SingleInstance first(name);
+    ASSERT_TRUE(first.listen([&](const QStringList& words) { taken = words; }));
+    std::atomic<int> answer = -1;
+    std::thread later([&] { answer = SingleInstance(name).handOver({"/a card", "/b"}) ? 1 : 0; });
+    EXPECT_TRUE(waitUntil([&] { return answer >= 0; }));
+    later.join();
+    EXPECT_EQ(answer, 1);
+    EXPECT_EQ(taken, (QStringList{"/a card", "/b"}));
+}
+
+} // namespace orvane::views

@@ -1,0 +1,221 @@
+#include "MediaFactory/SmallShoot.h"
+#include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/Views/Gallery.h"
+#include "OrvaneSyncApp/Views/MainWindow.h"
+#include "OrvaneSyncApp/Views/QtMainThread.h"
+#include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
+#include "OrvaneSyncApp/Views/Sheets/Sheets.h"
+#include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
+#include "Views/Application.h"
+
+#include <QAbstractSpinBox>
+#include <QCheckBox>
+#include <QDialog>
+#include <QHeaderView>
+#include <QMenu>
+#include <QTest>
+#include <QTreeView>
+
+#include <algorithm>
+#include <map>
+
+namespace orvane::views {
+
+namespace {
+
+/// What every window must keep, looked up in all that is shown of it.
+class Tree {
+  public:
+    explicit Tree(QWidget& top) : top_(top), image_(top.grab().toImage()) {
+        for (QWidget* one : top.findChildren<QWidget*>())
+            if (one->isVisible() && one->window() == &top && !one->visibleRegion().isEmpty()) shown_ << one;
+    }
+    void check() const {
+        for (const QWidget* one : shown_) {
+            SCOPED_TRACE((top_.windowTitle() + " " + one->metaObject()->className() + " " +
+                          one->objectName() + " " + textOf(*one) + one->accessibleName())
+                             .toStdString());
+            EXPECT_FALSE(isCut(*one));
+            EXPECT_FALSE(takesFocusUnnamed(*one));
+            expectReadable(*one);
+            expectApart(*one);
+        }
+        expectThemeAlone();
+    }
+
+  private:
+    static QString textOf(const QWidget& widget) {
+        if (const auto* label = qobject_cast<const QLabel*>(&widget)) return label->text();
+        if (const auto* button = qobject_cast<const QAbstractButton*>(&widget)) return button->text();
+        return {};
+    }
+    /// Labels that wrap take the room that they need.
+    static bool isCut(const QWidget& widget) {
+        if (const auto* label = qobject_cast<const QLabel*>(&widget)) {
+            if (!label->pixmap().isNull() || label->text().isEmpty()) return false;
+            if (label->wordWrap()) return label->height() < label->heightForWidth(label->width()) - 2;
+            return label->width() < label->sizeHint().width() - 1;
+        }
+        if (const auto* button = qobject_cast<const QPushButton*>(&widget))
+            return !button->text().isEmpty() && button->width() < button->minimumSizeHint().width() - 1;
+        if (const auto* header = qobject_cast<const QHeaderView*>(&widget)) {
+            for (int i = 0; header->orientation() == Qt::Horizontal && i < header->count(); ++i)
+                if (!header->isSectionHidden(i) &&
+                    header->sectionSize(i) < header->fontMetrics().horizontalAdvance(
+                                                 header->model()->headerData(i, Qt::Horizontal).toString()))
+                    return true;
+        }
+        return false;
+    }
+    static bool takesFocusUnnamed(const QWidget& widget) {
+        if (qobject_cast<const QAbstractSpinBox*>(widget.parentWidget()) != nullptr)
+            return false; // which has one
+        if (widget.focusPolicy() == Qt::NoFocus || !widget.accessibleName().isEmpty()) return false;
+        if (const auto* button = qobject_cast<const QAbstractButton*>(&widget))
+            return button->text().isEmpty();
+        return widget.inherits("QLineEdit") || widget.inherits("QComboBox") ||
+               widget.inherits("QAbstractSpinBox") || widget.inherits("QSlider") ||
+               widget.inherits("QPlainTextEdit") || widget.inherits("QAbstractItemView");
+    }
+    QRect placeOf(const QWidget& widget) const { return {widget.mapTo(&top_, QPoint(0, 0)), widget.size()}; }
+    /// The commonest colour below a text is its ground, and that which differs most from it the text's.
+    void expectReadable(const QWidget& widget) const {
+        const QString text = textOf(widget);
+        if (!widget.isEnabled() || text.trimmed().isEmpty() || widget.height() < 8) return;
+        const auto* label = qobject_cast<const QLabel*>(&widget);
+        if (label != nullptr && !label->pixmap().isNull()) return;
+        const QRect place = widget.visibleRegion().boundingRect().translated(placeOf(widget).topLeft());
+        std::map<QRgb, int> counts;
+        for (int y = place.top(); y <= place.bottom(); ++y)
+            for (int x = place.left(); x <= place.right(); ++x)
+                if (image_.valid(x, y)) ++counts[image_.pixel(x, y)];
+        if (counts.size() < 2) return;
+        const QColor ground =
+            std::ranges::max_element(counts, {}, [](const auto& one) { return one.second; })->first;
+        double best = 0;
+        for (const auto& [colour, count] : counts)
+            best = std::max(best, design::contrast(ground, QColor(colour)));
+        constexpr double least = 4.5;
+        EXPECT_GE(best, least) << ground.name().toStdString();
+    }
+    /// Controls in one place of a layout do not lie over each other.
+    void expectApart(const QWidget& widget) const {
+        if (!qobject_cast<const QAbstractButton*>(&widget) && !qobject_cast<const QLabel*>(&widget)) return;
+        for (const QWidget* other : shown_) {
+            if (other == &widget || other->parentWidget() != widget.parentWidget()) continue;
+            if (!qobject_cast<const QAbstractButton*>(other) && !qobject_cast<const QLabel*>(other)) continue;
+            EXPECT_FALSE(widget.geometry().adjusted(1, 1, -1, -1).intersects(other->geometry()))
+                << "over " << textOf(*other).toStdString();
+        }
+    }
+    /// A colour of a twentieth of the window and more is one of the theme's.
+    void expectThemeAlone() const {
+        const design::Colours& all = design::colours();
+        const QColor theme[] = {all.window, all.panel, all.raised,   all.hovered,   all.line,
+                                all.text,   all.facts, all.selected, all.onSelected};
+        std::map<QRgb, int> counts;
+        for (int y = 0; y < image_.height(); ++y)
+            for (int x = 0; x < image_.width(); ++x) ++counts[image_.pixel(x, y)];
+        for (const auto& [colour, count] : counts)
+            if (count > image_.width() * image_.height() / 20)
+                EXPECT_TRUE(std::ranges::any_of(
+                    theme, [rgb = colour](const QColor& one) { return one.rgb() == rgb; }))
+                    << top_.windowTitle().toStdString() << " " << QColor(colour).name().toStdString();
+    }
+
+    QWidget& top_;
+    const QImage image_;
+    QList<QWidget*> shown_;
+};
+
+/// All windows over a small shoot, in a language.
+class Windows {
+  public:
+    explicit Windows(const QString& language) {
+        installLanguage(test::application(), language);
+        registerStandardDefaults(*settings_);
+        test::makeSmallShoot(folder_.path("shoot"));
+        Desktop::Dependencies dependencies;
+        dependencies.mainThread = qtMainThread();
+        dependencies.settings = settings_;
+        dependencies.sessionsDir = folder_.path("sessions");
+        desktop_ = std::make_unique<Desktop>(std::move(dependencies));
+        window_ = std::make_unique<MainWindow>(*desktop_);
+        window_->resize(1024, 700);
+        window_->show();
+        QCoreApplication::processEvents();
+    }
+    ~Windows() { installLanguage(test::application(), QStringLiteral("en")); }
+
+    void scan() {
+        window_->scanFolders({text(folder_.path("shoot/camera")), text(folder_.path("shoot/sound"))});
+        EXPECT_TRUE(test::waitUntil([&] { return !window_->isScanning(); }));
+        QCoreApplication::processEvents();
+    }
+    void openSheets() {
+        showExport(*desktop_, window_.get());
+        showBatchRenamer(*desktop_, window_.get());
+        showAtmoBuilder(*desktop_, window_.get());
+        showDiagnostics(*desktop_, window_.get());
+        showFeedback(*desktop_, window_.get());
+        showAbout(window_.get());
+        auto* settings = new SettingsWindow(*desktop_, window_.get());
+        settings->show();
+        QCoreApplication::processEvents();
+    }
+    QList<QWidget*> tops() const {
+        QList<QWidget*> all{window_.get()};
+        for (QDialog* one : window_->findChildren<QDialog*>())
+            if (one->isVisible()) all << one;
+        return all;
+    }
+    MainWindow& window() { return *window_; }
+
+  private:
+    test::TemporaryDirectory folder_;
+    std::shared_ptr<platform::MemorySettingsStore> settings_ =
+        std::make_shared<platform::MemorySettingsStore>();
+    std::unique_ptr<Desktop> desktop_;
+    std::unique_ptr<MainWindow> window_;
+};
+
+class TreeTest : public testing::TestWithParam<const char*> {};
+
+} // namespace
+
+TEST_P(TreeTest, NothingIsCutUnnamedUnreadableOrOutsideTheTheme) {
+    Windows windows(QString::fromLatin1(GetParam()));
+    Tree(windows.window()).check(); // the start
+    windows.scan();
+    windows.openSheets();
+    for (QWidget* top : windows.tops()) Tree(*top).check();
+}
+INSTANTIATE_TEST_SUITE_P(Languages, TreeTest, testing::Values("en", "de"));
+
+TEST(GalleryTest, KeepsTheSame) {
+    installLanguage(test::application(), QStringLiteral("en"));
+    const std::unique_ptr<QWidget> gallery(makeGallery());
+    gallery->show();
+    QCoreApplication::processEvents();
+    Tree(*gallery).check();
+}
+
+TEST(TranslationTest, EveryTextOfTheWindowsIsThereInGerman) {
+    Windows windows(QStringLiteral("de"));
+    windows.scan();
+    windows.openSheets();
+    for (QMenu* menu : windows.window().findChildren<QMenu*>())
+        for (QAction* action : menu->actions())
+            if (!action->isSeparator()) EXPECT_FALSE(action->text().isEmpty());
+    QStringList missing = untranslatedTexts();
+    missing.sort();
+    EXPECT_EQ(missing.size(), 0) << missing.join(QStringLiteral("\n")).toStdString();
+    EXPECT_EQ(translated("Scan & Match"), QStringLiteral("Scannen & Zuordnen"));
+    EXPECT_EQ(translatedSentence("3.000 s after"), QStringLiteral("3.000 s danach"));
+    EXPECT_EQ(translatedSentence("A001.mov"), QStringLiteral("A001.mov"));
+}
+
+} // namespace orvane::views

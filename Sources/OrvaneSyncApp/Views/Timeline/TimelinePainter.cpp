@@ -7,8 +7,8 @@
 #include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 
 #include <QFontMetricsF>
-#include <QPainter>
 #include <QObject>
+#include <QPainter>
 
 #include <algorithm>
 #include <cmath>

@@ -25,6 +25,7 @@ namespace {
 
 constexpr int framePause = 16; ///< milliseconds
 constexpr int scrollStep = 40; ///< points
+constexpr QSize smallest{200, 150};
 
 QString skimSetting() { return QStringLiteral("timeline/skims"); }
 
@@ -75,6 +76,7 @@ QWidget* TimelineView::makeTools() {
     skim->setChecked(QSettings().value(skimSetting(), true).toBool());
     connect(skim, &QPushButton::toggled, this, [this](bool skims) {
         QSettings().setValue(skimSetting(), skims);
+        canvas_->setMinimumSize(smallest);
         canvas_->setSkims(skims);
     });
     const auto key = [this](QPushButton* made, KeyAction action) {
@@ -200,7 +202,7 @@ void TimelineView::showZoom() {
     zoom.scrollOffset = std::clamp(zoom.scrollOffset, 0.0, zoom.largestScrollOffset());
     {
         const QSignalBlocker quiet(across_);
-        across_->setRange(0, static_cast<int>(std::ceil(zoom.largestScrollOffset())));
+        across_->setRange(0, static_cast<int>(std::lround(zoom.largestScrollOffset())));
         across_->setPageStep(canvas_->width());
         across_->setValue(static_cast<int>(std::lround(zoom.scrollOffset)));
     }

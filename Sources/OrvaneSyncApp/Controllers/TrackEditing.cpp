@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/TrackEditing.h"
 
+#include "OrvaneSyncCore/Services/SmartAudio/ActiveTracks.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "Platform/Text.h"
 
@@ -66,15 +67,9 @@ platform::Task TrackEditing::editTracks(UUID groupID, const std::function<void(S
 
 /// What the editor sees switched on while nothing was chosen by hand.
 std::set<int> TrackEditing::visibleActiveTracks(const SyncGroup& group) const {
-    const auto found = smartAudio_.state().results.find(group.id);
-    if (found != smartAudio_.state().results.end()) {
-        std::set<int> tracks;
-        for (const BlockDecision& block : found->second.blocks)
-            if (block.activeTrack > 0) tracks.insert(block.activeTrack);
-        if (tracks.empty() && found->second.bestTrackIndex) tracks.insert(*found->second.bestTrackIndex);
-        if (!tracks.empty()) return tracks;
-    }
-    return tracksUpTo(std::max(channelTotal(group), 1));
+    const auto& results = smartAudio_.state().results;
+    const auto found = results.find(group.id);
+    return tracksHeardWithoutChoice(group, found == results.end() ? nullptr : &found->second);
 }
 
 platform::Task TrackEditing::toggleTrackActive(const UUID& groupID, int trackIndex) {

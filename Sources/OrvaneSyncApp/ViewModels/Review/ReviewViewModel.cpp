@@ -138,7 +138,8 @@ void ReviewViewModel::handleKeyAction(KeyAction action) {
     case KeyAction::zoomOut:
         return applyZoom(TimelineZoomState::zoomOutFactor);
     case KeyAction::zoomFit:
-        return timeline_.zoom().zoomFit();
+        timeline_.zoom().zoomFit();
+        return changed_.tell();
     case KeyAction::clapCheck:
         return clapCheck();
     case KeyAction::clearLoop:
@@ -227,6 +228,7 @@ void ReviewViewModel::applyZoom(double scaleDelta) {
     TimelineZoomState& zoom = timeline_.zoom();
     if (timeline_.shownGroupID() == groupID_) zoom.playheadSeconds = engine_->playhead().seconds();
     zoom.applyZoom(scaleDelta);
+    changed_.tell();
 }
 
 // Where the sound lies

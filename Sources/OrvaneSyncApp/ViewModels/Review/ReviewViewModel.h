@@ -28,7 +28,7 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     bool shows(const UUID& groupID) const { return groupID_ == groupID; }
     bool isAudioExpanded() const { return isAudioExpanded_; } ///< a row a channel
     bool isDraggingAudio() const { return isDraggingAudio_; }
-    /// Calls back when the clip in view or the rows of its sound are others.
+    /// Calls back when the clip in view, the rows of its sound or the zoom are others.
     platform::Subscription onChange(std::function<void()> callback) {
         return changed_.add(std::move(callback));
     }

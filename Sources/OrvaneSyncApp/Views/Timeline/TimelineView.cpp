@@ -1,10 +1,280 @@
 #include "OrvaneSyncApp/Views/Timeline/TimelineView.h"
 
+#include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/Views/Timeline/TimelineCanvas.h"
+#include "OrvaneSyncApp/Views/Timeline/TrackHeader.h"
+#include "OrvaneSyncCore/Services/Takes/ClipSound.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QScrollBar>
+#include <QSettings>
+#include <QSignalBlocker>
+#include <QStackedLayout>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace orvane::views {
 
+using namespace design;
+
+namespace {
+
+constexpr int framePause = 16; ///< milliseconds
+constexpr int scrollStep = 40; ///< points
+constexpr QSize smallest{200, 150};
+
+QString skimSetting() { return QStringLiteral("timeline/skims"); }
+
+QLabel* elidingFacts() {
+    auto* made = facts({});
+    made->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    return made;
+}
+
+} // namespace
+
 TimelineView::TimelineView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent)
-    : QWidget(parent), desktop_(desktop), review_(std::move(review)) {}
+    : QWidget(parent), desktop_(desktop), review_(std::move(review)), pages_(new QStackedLayout(this)),
+      playing_(new QTimer(this)) {
+    setObjectName(QStringLiteral("timeline"));
+    pages_->addWidget(
+        new EmptyState(Glyph::waveform, tr("No clip in view"),
+                       tr("Choose a clip in the list to see its picture and sound side by side.")));
+    auto* page = new QWidget;
+    auto* column = new QVBoxLayout(page);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(makeTools());
+    column->addWidget(makeRows(), 1);
+    pages_->addWidget(page);
+    playing_->setInterval(framePause);
+    playing_->setTimerType(Qt::PreciseTimer);
+    connect(playing_, &QTimer::timeout, this, [this] { showPosition(); });
+    follow();
+    refresh();
+}
+
+QWidget* TimelineView::makeTools() {
+    auto* tools = new QWidget;
+    auto* row = new QHBoxLayout(tools);
+    row->setContentsMargins(space::small, 2, space::small, 2);
+    row->setSpacing(space::tight);
+    row->addWidget(summary_ = elidingFacts(), 1);
+    const auto add = [&](const QString& words, const QString& name, const QString& tip) {
+        auto* made = button(words, Weight::quiet);
+        made->setAccessibleName(name);
+        made->setToolTip(tip);
+        row->addWidget(made);
+        return made;
+    };
+    const commands::Command& analysis = desktop_.command("runSmartAudioForGroup");
+    analyse_ = add(tr("Run Smart Audio"), text(analysis.title), text(analysis.help));
+    connect(analyse_, &QPushButton::clicked, this, [this] { runSmartAudio(); });
+    auto* skim = add(tr("Skim"), tr("Skim"), tr("Shows the picture under the pointer while nothing plays."));
+    skim->setCheckable(true);
+    skim->setChecked(QSettings().value(skimSetting(), true).toBool());
+    connect(skim, &QPushButton::toggled, this, [this](bool skims) {
+        QSettings().setValue(skimSetting(), skims);
+        canvas_->setMinimumSize(smallest);
+        canvas_->setSkims(skims);
+    });
+    const auto key = [this](QPushButton* made, KeyAction action) {
+        connect(made, &QPushButton::clicked, this, [this, action] { review_->handleKeyAction(action); });
+    };
+    key(add(QStringLiteral("−"), tr("Zoom Out"), tr("Zoom the timeline out (−).")), KeyAction::zoomOut);
+    key(add(tr("Fit"), tr("Zoom Fit"), tr("Reset the timeline zoom to fit the clip duration (0).")),
+        KeyAction::zoomFit);
+    key(add(QStringLiteral("+"), tr("Zoom In"), tr("Zoom the timeline in (+).")), KeyAction::zoomIn);
+    return tools;
+}
+
+QWidget* TimelineView::makeRows() {
+    auto* rows = new QWidget;
+    auto* grid = new QGridLayout(rows);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setSpacing(0);
+    grid->addWidget(header_ = new TrackHeader(
+                        desktop_, [this] { review_->handleKeyAction(KeyAction::toggleAudioExpand); }),
+                    0, 0);
+    grid->addWidget(canvas_ = new TimelineCanvas(desktop_, review_), 0, 1);
+    grid->addWidget(down_ = new QScrollBar(Qt::Vertical), 0, 2);
+    grid->addWidget(across_ = new QScrollBar(Qt::Horizontal), 1, 1);
+    grid->setColumnStretch(1, 1);
+    grid->setRowStretch(0, 1);
+    across_->setSingleStep(scrollStep);
+    down_->setSingleStep(scrollStep);
+    canvas_->setSkims(QSettings().value(skimSetting(), true).toBool());
+    canvas_->resized = [this] { changed(false); };
+    canvas_->zoomChanged = [this] { changed(false); };
+    canvas_->dragEnded = [this] { changed(true); };
+    canvas_->scrolledBy = [this](double points) { scrollRows(points); };
+    canvas_->canScrollVertically = [this] { return down_->maximum() > 0; };
+    header_->scrolledBy = [this](double points) { scrollRows(points); };
+    connect(across_, &QScrollBar::valueChanged, this, [this](int value) {
+        desktop_.controller().timeline().zoom().scrollOffset = value;
+        changed(false);
+    });
+    connect(down_, &QScrollBar::valueChanged, this, [this] { changed(false); });
+    return rows;
+}
+
+// Notices
+
+void TimelineView::follow() {
+    TimelineController& timeline = desktop_.controller().timeline();
+    following_.push_back(desktop_.controller().onChange([this](const ImportChange& change) {
+        if (!shown_) return;
+        // An edit shares the clips that it leaves alone.
+        const bool isEdited = change.field == ImportField::syncGroups &&
+                              change.clips.find(*shown_) != change.clipsBefore.find(*shown_);
+        if (isEdited || change.field == ImportField::smartAudio) changed(true);
+    }));
+    following_.push_back(review_->onChange([this] { changed(review_->groupID() != shown_); }));
+    following_.push_back(timeline.waveform()->onChange([this, &timeline] {
+        if (shown_ && shown_ == review_->groupID()) hasSoundBeenLoaded_ |= timeline.waveform()->isLoading();
+        changed(true);
+    }));
+    following_.push_back(review_->engine()->onChange([this](VideoEngineField field) {
+        if (field == VideoEngineField::playhead && !playing_->isActive()) showPosition();
+        if (field == VideoEngineField::transport) runWhilePlaying();
+        if (field != VideoEngineField::loop) return;
+        const LoopState& loop = review_->engine()->loop();
+        canvas_->showLoop(loop.isLooping
+                              ? std::optional(TimelineSpan{loop.loopStart.seconds(), loop.loopEnd.seconds()})
+                              : std::nullopt);
+    }));
+}
+
+void TimelineView::changed(bool rows) {
+    areRowsStale_ |= rows;
+    if (std::exchange(isRefreshScheduled_, true)) return;
+    QMetaObject::invokeMethod(
+        this, [this] { refresh(); }, Qt::QueuedConnection);
+}
+
+void TimelineView::refresh() {
+    isRefreshScheduled_ = false;
+    const auto& groupID = review_->groupID();
+    const SyncGroup* clip = groupID ? desktop_.controller().work().syncGroups().find(*groupID) : nullptr;
+    if (clip == nullptr) {
+        shown_.reset();
+        rows_.reset();
+        return pages_->setCurrentIndex(0);
+    }
+    TimelineController& timeline = desktop_.controller().timeline();
+    if (timeline.shownGroupID() != groupID) timeline.show(*groupID);
+    if (shown_ != groupID) {
+        shown_ = groupID;
+        areRowsStale_ = true;
+        hasSoundBeenLoaded_ = timeline.waveform()->isLoading();
+        canvas_->pictures().setVideo(
+            clip->video.url.path, static_cast<int>(std::lround(pictureSlotHeight() * devicePixelRatioF())));
+    }
+    if (areRowsStale_ && rows_ && rows_->groupID == *groupID && review_->isDraggingAudio()) {
+        moveRows(*clip); // the rest when the drag has ended
+    } else if (std::exchange(areRowsStale_, false) || !rows_) {
+        buildRows(*clip);
+    }
+    pages_->setCurrentIndex(1);
+    showZoom();
+    showPosition();
+}
+
+void TimelineView::buildRows(const SyncGroup& clip) {
+    ImportController& controller = desktop_.controller();
+    auto rows = std::make_shared<TimelineRows>(timelineRows(
+        clip, controller.smartAudio().state(), desktop_.settings(), controller.work().fileNames()));
+    const WaveformState& waveform = *controller.timeline().waveform();
+    if (rows->soundSeconds <= 0)
+        rows->soundSeconds = waveform.waveform().clipDuration; // the file did not say
+    rows_ = std::move(rows);
+    showSummary();
+    canvas_->tiles().setWaveform(waveform.sharedWaveform());
+    showSound();
+}
+
+void TimelineView::moveRows(const SyncGroup& clip) {
+    auto moved = std::make_shared<TimelineRows>(*rows_);
+    moved->moveSound(ClipSound(clip).offsetSeconds);
+    rows_ = std::move(moved);
+}
+
+void TimelineView::showSummary() {
+    summary_->setText(text(rows_->summary));
+    summary_->setToolTip(text(rows_->summary));
+    const SmartAudioState& state = desktop_.controller().smartAudio().state();
+    analyse_->setVisible(rows_->hasSound && !state.isAnalyzing && !state.results.contains(rows_->groupID));
+}
+
+void TimelineView::runSmartAudio() {
+    JSON arguments;
+    arguments.set("groupID", rows_->groupID.text());
+    arguments.set("forceOverwriteManualTracks", false);
+    desktop_.run("runSmartAudioForGroup", std::move(arguments));
+}
+
+void TimelineView::showSound() {
+    const WaveformState& waveform = *desktop_.controller().timeline().waveform();
+    QString hint;
+    if (rows_->hasSound && waveform.waveform().binsPerSecond <= 0)
+        hint = waveform.isLoading() || !hasSoundBeenLoaded_
+                   ? tr("Reading the sound…")
+                   : tr("The sound cannot be read. Look at the file, or attach another recording.");
+    canvas_->setSoundHint(hint);
+}
+
+void TimelineView::showZoom() {
+    TimelineZoomState& zoom = desktop_.controller().timeline().zoom();
+    zoom.updateViewportWidth(canvas_->width());
+    zoom.scrollOffset = std::clamp(zoom.scrollOffset, 0.0, zoom.largestScrollOffset());
+    {
+        const QSignalBlocker quiet(across_);
+        across_->setRange(0, static_cast<int>(std::lround(zoom.largestScrollOffset())));
+        across_->setPageStep(canvas_->width());
+        across_->setValue(static_cast<int>(std::lround(zoom.scrollOffset)));
+    }
+    const bool isExpanded = review_->isAudioExpanded();
+    const double all = TimelineLayout(rows_, zoom, isExpanded).height();
+    {
+        const QSignalBlocker quiet(down_);
+        down_->setRange(0, std::max(0, static_cast<int>(std::ceil(all)) - canvas_->height()));
+        down_->setPageStep(canvas_->height());
+    }
+    across_->setVisible(across_->maximum() > 0);
+    down_->setVisible(down_->maximum() > 0);
+    canvas_->show(rows_, zoom, isExpanded, down_->value());
+    header_->show(canvas_->layout(), isExpanded);
+}
+
+void TimelineView::scrollRows(double points) {
+    down_->setValue(down_->value() + static_cast<int>(std::lround(points)));
+}
+
+// The player
+
+void TimelineView::runWhilePlaying() {
+    const bool plays = review_->engine()->transport().isPlaying;
+    if (plays == playing_->isActive()) return;
+    plays ? playing_->start() : playing_->stop();
+    showPosition();
+}
+
+void TimelineView::showPosition() {
+    if (!rows_ || !canvas_->hasLayout()) return;
+    const VideoEngine& engine = *review_->engine();
+    const bool plays = playing_->isActive() && engine.player() != nullptr;
+    const double seconds = plays ? engine.player()->currentTime().seconds() : engine.playhead().seconds();
+    const auto offset = plays ? canvas_->layout().scrollFollowing(seconds) : std::nullopt;
+    if (offset) {
+        desktop_.controller().timeline().zoom().scrollOffset = *offset;
+        changed(false);
+    }
+    canvas_->showPlayhead(seconds);
+}
 
 } // namespace orvane::views

@@ -1,0 +1,131 @@
+#pragma once
+
+#include "OrvaneSyncApp/ViewModels/Timeline/TimelineRows.h"
+#include "OrvaneSyncCore/Services/Timeline/TimelineZoomState.h"
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+/// In points of the view, y downwards.
+struct TimelineRect {
+    double x = 0, y = 0, width = 0, height = 0;
+
+    double right() const { return x + width; }
+    double bottom() const { return y + height; }
+    bool contains(double atX, double atY) const {
+        return atX >= x && atX < right() && atY >= y && atY < bottom();
+    }
+};
+
+/// A stretch of clip time.
+struct TimelineSpan {
+    double startSeconds = 0, endSeconds = 0;
+    bool operator==(const TimelineSpan&) const = default;
+};
+
+/// Where everything of a clip's timeline lies. x is 0 at the left edge of the visible content, y at the top
+/// of the view; the ruler stays at the top while the rows below it scroll. A value; rows are shared and never
+/// change.
+class TimelineLayout {
+  public:
+    // Heights in points.
+    static constexpr double rulerHeight = 26, pictureHeight = 48, soundHeight = 66, channelHeight = 50,
+                            recordingHeight = 24;
+    static constexpr double stripHeight = 14, padding = 3;
+
+    /// `verticalScroll`: how far the rows are scrolled up. `isExpanded`: a row a channel.
+    TimelineLayout(std::shared_ptr<const TimelineRows> rows, const TimelineZoomState& zoom, bool isExpanded,
+                   double verticalScroll = 0);
+
+    enum class RowKind { picture, sound, channel, recordings };
+    struct Row {
+        RowKind kind;
+        int index; ///< of the channel or the lane, from 0
+        double y, height;
+    };
+    /// From the top.
+    const std::vector<Row>& rows() const { return placed_; }
+    const Row* row(RowKind kind, int index = 0) const;
+    const TimelineRows& content() const { return *rows_; }
+    const TimelineZoomState& zoom() const { return zoom_; }
+    /// Of the ruler and all rows.
+    double height() const { return height_; }
+    double width() const { return zoom_.viewportWidth; }
+    double x(double seconds) const { return zoom_.viewportX(seconds); }
+    /// Clip time.
+    double seconds(double x) const;
+
+    struct Tick {
+        double x;
+        bool isMajor;      ///< every interval; the others are frames
+        std::string label; ///< of some major ones
+    };
+    /// The visible ones. `interval`: seconds from one major tick to the next.
+    std::vector<Tick> ticks(double interval) const;
+
+    struct PictureSlot {
+        double x;       ///< of the left edge
+        double seconds; ///< of the picture there
+    };
+    /// Pictures side by side from the clip's first frame on, as far as they are visible.
+    std::vector<PictureSlot> pictureSlots(double slotWidth) const;
+
+    TimelineRect pictureRect() const;
+    /// The part of a row in which the sound lies; empty width where its length is not known.
+    TimelineRect soundRect(const Row& row) const;
+    TimelineRect waveformRect(const Row& row) const;
+    /// Across the whole width.
+    TimelineRect stripRect(const Row& row) const;
+    TimelineRect spanRect(const Row& row, double startSeconds, double endSeconds) const;
+    TimelineRect recordingRect(const TimelineRecording& recording, const Row& row) const;
+    /// Onsets of the take, in take time, as x; each column once.
+    std::vector<double> onsetPlaces(std::span<const double> onsets) const;
+
+    enum class Spot {
+        nothing,
+        ruler,
+        picture,
+        waveform,
+        strip,
+        tile,
+        range,
+        rangeStart,
+        rangeEnd,
+        anchor,
+        clap,
+        recording
+    };
+    struct Hit {
+        Spot spot = Spot::nothing;
+        double seconds = 0;                 ///< clip time under the point, also outside of the clip
+        std::optional<int> track{};         ///< of the row; absent: all
+        std::optional<std::size_t> index{}; ///< among the blocks, ranges or recordings
+    };
+    Hit hit(double x, double y) const;
+
+    /// What a drag along a strip chooses: in order and within the clip. Nothing where it is too short.
+    std::optional<TimelineSpan> span(double fromSeconds, double toSeconds) const;
+    static constexpr double shortestSpanSeconds = 0.1;
+
+    /// Where the view has to be scrolled to for a playhead that has left it while it plays; else nothing.
+    std::optional<double> scrollFollowing(double playheadSeconds) const;
+
+  private:
+    std::optional<Hit> hitOnStrip(const Row& row, double x, double y) const;
+
+    std::shared_ptr<const TimelineRows> rows_;
+    TimelineZoomState zoom_;
+    std::vector<Row> placed_;
+    double height_ = 0;
+};
+
+/// The words for what lies under a point; empty where there is nothing to say.
+std::string tooltipOf(const TimelineRows& rows, const TimelineLayout::Hit& hit);
+
+} // namespace orvane

@@ -44,6 +44,11 @@ class Table : public QTableView {
         if (index.isValid() && fold(index, event->pos())) return;
         QTableView::mousePressEvent(event);
     }
+    void mouseDoubleClickEvent(QMouseEvent* event) override {
+        const QModelIndex index = indexAt(event->pos());
+        if (index.isValid() && fold(index, event->pos())) return;
+        QTableView::mouseDoubleClickEvent(event);
+    }
 };
 
 constexpr std::string_view clipCommands[] = {"toggleApproved",
@@ -196,13 +201,13 @@ void ResultsView::showDoubts() {
                       filter_->choose(0);
                       rows_.setFilter(FilterMode::all);
                       search_->clear();
-                      keepSelection(clips);
+                      select(clips);
                       ++shownDoubt_;
                       showDoubts();
                   });
 }
 
-void ResultsView::keepSelection(const std::vector<UUID>& clips) {
+void ResultsView::select(const std::vector<UUID>& clips) {
     QItemSelection selection;
     for (const UUID& id : clips) {
         const auto row = rows_.rowOf(id);
@@ -248,13 +253,12 @@ std::vector<UUID> ResultsView::selectedClips() const {
 void ResultsView::runForSelection(std::string_view command) {
     const std::vector<UUID> clips = selectedClips();
     desktop_.runForClips(command, clips);
-    keepSelection(clips);
+    select(clips);
 }
 
-void ResultsView::renameSelection() {
-    const std::vector<UUID> clips = selectedClips();
-    if (clips.size() != 1) return;
-    const SyncGroup* clip = desktop_.controller().work().syncGroups().find(clips.front());
+void ResultsView::rename(const UUID& clipID) {
+    const std::vector<UUID> clips{clipID};
+    const SyncGroup* clip = desktop_.controller().work().syncGroups().find(clipID);
     if (clip == nullptr) return;
     bool isGiven = false;
     const QString name = QInputDialog::getText(
@@ -264,7 +268,7 @@ void ResultsView::renameSelection() {
     JSON arguments = JSON::object();
     arguments.set("name", utf8(name));
     desktop_.runForClips("setManualClipName", clips, std::move(arguments));
-    keepSelection(clips);
+    select(clips);
 }
 
 void ResultsView::showMenu(const QPoint& position) {
@@ -281,7 +285,11 @@ void ResultsView::showMenu(const QPoint& position) {
         }));
     }
     menu.addSeparator();
-    menu.addAction(tr("Rename…"), this, [this] { renameSelection(); })->setEnabled(clips.size() == 1);
+    menu.addAction(tr("Rename…"), this, [this, clip = clips.front()] { rename(clip); })
+        ->setEnabled(clips.size() == 1);
+    menu.addSeparator();
+    menu.addAction(tr("Review"), this, [this] { Q_EMIT table_->activated(table_->currentIndex()); });
+    menu.addAction(text(desktop_.command("clusterLoad").title), this, [this] { openMulticam(); });
     menu.exec(table_->viewport()->mapToGlobal(position));
 }
 

@@ -26,7 +26,11 @@ class ResultsView : public QWidget {
     /// In the order of the rows.
     std::vector<UUID> selectedClips() const;
     void runForSelection(std::string_view command);
-    void renameSelection();
+    void rename(const UUID& clip);
+    /// Those that are among the rows; the first comes into view.
+    void select(const std::vector<UUID>& clips);
+    /// Opens the cameras of what is selected beside each other.
+    std::function<void()> openMulticam;
     /// Called after every change of the selection.
     std::function<void()> whenSelectionChanged;
     QLineEdit* search() const { return search_; }
@@ -39,7 +43,6 @@ class ResultsView : public QWidget {
     void showDoubts();
     void showWildTracks();
     void showMenu(const QPoint& position);
-    void keepSelection(const std::vector<UUID>& clips);
 
     Desktop& desktop_;
     ResultsViewModel rows_;

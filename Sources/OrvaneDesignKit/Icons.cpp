@@ -147,6 +147,52 @@ void lay(Glyph glyph, QPainterPath& lines, QPainterPath& filled) {
             moveAlong(lines, {QPointF(12, 12) + out * 6.5, QPointF(12, 12) + out * 9.5});
         }
         return;
+    case Glyph::toStart:
+        moveAlong(filled, {{19, 5}, {8, 12}, {19, 19}, {19, 5}});
+        filled.addRect(5, 5, 2.2, 14);
+        return;
+    case Glyph::frameBack:
+        moveAlong(filled, {{14, 5}, {5, 12}, {14, 19}, {14, 5}});
+        filled.addRect(17, 5, 2.2, 14);
+        return;
+    case Glyph::frameForward:
+        moveAlong(filled, {{10, 5}, {19, 12}, {10, 19}, {10, 5}});
+        filled.addRect(4.8, 5, 2.2, 14);
+        return;
+    case Glyph::loop:
+        moveAlong(lines, {{4, 12}, {4, 8}, {19, 8}});
+        moveAlong(lines, {{16, 4.5}, {19.5, 8}, {16, 11.5}});
+        moveAlong(lines, {{20, 12}, {20, 16}, {5, 16}});
+        moveAlong(lines, {{8, 12.5}, {4.5, 16}, {8, 19.5}});
+        return;
+    case Glyph::clap:
+        lines.addRoundedRect(3.5, 11, 17, 9, 1, 1);
+        moveAlong(lines, {{3.5, 10.5}, {19, 5}});
+        for (const double x : {7.5, 12.0, 16.5}) moveAlong(lines, {{x, 11}, {x - 2, 14}});
+        return;
+    case Glyph::slow:
+        moveAlong(lines, {{4, 5}, {11, 12}, {4, 19}, {4, 5}});
+        for (const double x : {14.0, 17.0, 20.0}) moveAlong(lines, {{x, 8}, {x, 16}});
+        return;
+    case Glyph::lens:
+        lines.addEllipse(QPointF(10.5, 10.5), 7, 7);
+        moveAlong(lines, {{15.8, 15.8}, {20.5, 20.5}});
+        moveAlong(lines, {{10.5, 6.5}, {10.5, 14.5}});
+        return;
+    case Glyph::fullscreen:
+        moveAlong(lines, {{4, 9}, {4, 4}, {9, 4}});
+        moveAlong(lines, {{15, 4}, {20, 4}, {20, 9}});
+        moveAlong(lines, {{20, 15}, {20, 20}, {15, 20}});
+        moveAlong(lines, {{9, 20}, {4, 20}, {4, 15}});
+        return;
+    case Glyph::cameras:
+        for (const double x : {3.5, 13.0})
+            for (const double y : {5.0, 13.5}) lines.addRect(x, y, 7.5, 5.5);
+        return;
+    case Glyph::back:
+        moveAlong(lines, {{11, 5}, {4, 12}, {11, 19}});
+        moveAlong(lines, {{4, 12}, {20, 12}});
+        return;
     case Glyph::session:
         lines.addRoundedRect(3, 6, 18, 13, 2, 2);
         moveAlong(lines, {{6, 3.5}, {18, 3.5}});

@@ -35,7 +35,17 @@ enum class Glyph {
     folded,
     excluded,
     gear,
-    session
+    session,
+    toStart,
+    frameBack,
+    frameForward,
+    loop,
+    clap,
+    slow,
+    lens,
+    fullscreen,
+    cameras,
+    back
 };
 
 /// Draws a glyph into a square, as lines of a width that suits its size.

@@ -1,10 +1,12 @@
 #include "MediaFactory/MovieMaker.h"
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncApp/ControllerTest.h"
+#include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
 #include "OrvaneSyncApp/Controllers/ShownClipAudio.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/RenderedAudio/RenderedAudioStore.h"
+#include "Support/FakePlayer.h"
 
 #include <cmath>
 #include <filesystem>
@@ -136,6 +138,27 @@ TEST_F(RenderedAudioControllerTest, theClipOnScreenIsKeptUpToDate) {
     played.clear();
     analyse();
     EXPECT_TRUE(played.empty()) << "another clip than that on screen";
+}
+
+TEST_F(RenderedAudioControllerTest, theReviewHearsWhatIsRenderedAndNothingStale) {
+    const auto system = std::make_shared<test::FakePlayerSystem>(mainThread_);
+    commands::ReviewPlayers players(controller_, ShortcutCenter::create({mainThread_, settings_}),
+                                    [system] { return system; });
+    finish(players.loadGroup(id_));
+    ASSERT_TRUE(mainThread_->waitUntil([&] { return state().viProcessedURLs.contains(id_); }));
+    analyse();
+    ASSERT_TRUE(mainThread_->waitUntil(
+        [&] { return rendered().currentAudioURL(id_) == std::optional(state().viProcessedURLs.at(id_)); }));
+    const test::FakePlayer& player = *system->players.front();
+    const int seeks = player.seeks;
+    const int sounds = player.sounds;
+    EXPECT_GE(sounds, 2) << "the preview of the recording, then that of the blocks";
+    settings_->set(settings::smartAudioPreset.key, platform::JSON("Documentary"));
+    EXPECT_EQ(rendered().currentAudioURL(id_), state().mixdownURLs.at(id_))
+        << "until the preview is made anew";
+    ASSERT_TRUE(mainThread_->waitUntil([&] { return player.sounds == sounds + 2; }));
+    EXPECT_EQ(rendered().currentAudioURL(id_), state().viProcessedURLs.at(id_));
+    EXPECT_EQ(player.seeks, seeks) << "under the picture that runs";
 }
 
 } // namespace

@@ -208,34 +208,53 @@ platform::Task RenderedAudioController::runVoiceIsolationForGroup(const UUID& gr
 }
 
 platform::Task RenderedAudioController::renderPreview(Weak weak, UUID groupID, VoiceIsolationInput input) {
-    auto self = weak.lock();
-    const auto rendered = std::make_shared<std::optional<RenderResult>>();
-    auto rendering = render(
-        weak, self->previews_.get(),
-        phaseOf("Rendering the preview of ", *self->work_.syncGroups().find(groupID)),
-        [input, store = self->work_.environment.renderedAudio](const RenderProgress& progress,
-                                                               const std::stop_token& stop) {
-            return VoiceIsolationProcessor(store).process(input.sound, input.settings, progress, stop);
-        },
-        rendered);
-    self.reset();
-    co_await rendering;
-    self = weak.lock();
-    if (!self || self->work_.syncGroups().find(groupID) == nullptr) co_return;
-    auto& urls = self->caches_.state.viProcessedURLs;
-    if (*rendered)
-        urls.insert_or_assign(groupID, (*rendered)->url);
-    else
-        urls.erase(groupID);
-    self->caches_.lastVIInput.insert_or_assign(groupID, std::move(input));
-    self->work_.notify(ImportField::smartAudio);
+    for (;;) {
+        auto self = weak.lock();
+        const auto rendered = std::make_shared<std::optional<RenderResult>>();
+        auto rendering = render(
+            weak, self->previews_.get(),
+            phaseOf("Rendering the preview of ", *self->work_.syncGroups().find(groupID)),
+            [input, store = self->work_.environment.renderedAudio](const RenderProgress& progress,
+                                                                   const std::stop_token& stop) {
+                return VoiceIsolationProcessor(store).process(input.sound, input.settings, progress, stop);
+            },
+            rendered);
+        self.reset();
+        co_await rendering;
+        self = weak.lock();
+        const SyncGroup* group = self ? self->work_.syncGroups().find(groupID) : nullptr;
+        auto latest = group == nullptr ? std::nullopt : self->previewInput(*group);
+        if (!latest) co_return; // nobody wants one by now
+        if (*latest != input) {
+            input = std::move(*latest);
+            continue;
+        }
+        auto& urls = self->caches_.state.viProcessedURLs;
+        if (*rendered)
+            urls.insert_or_assign(groupID, (*rendered)->url);
+        else
+            urls.erase(groupID);
+        self->caches_.lastVIInput.insert_or_assign(groupID, std::move(input));
+        self->work_.notify(ImportField::smartAudio);
+        co_return;
+    }
 }
 
 std::optional<FileURL> RenderedAudioController::playbackAudioURL(const UUID& groupID) const {
+    return audioURL(groupID, work_.environment.settings->get(settings::playbackAppliesSmartAudio));
+}
+
+std::optional<FileURL> RenderedAudioController::currentAudioURL(const UUID& groupID) const {
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    const auto input = group == nullptr ? std::nullopt : previewInput(*group);
+    const auto* made = findIn(caches_.lastVIInput, groupID);
+    return audioURL(groupID, input && made != nullptr && *made == *input);
+}
+
+std::optional<FileURL> RenderedAudioController::audioURL(const UUID& groupID, bool withPreview) const {
     const SmartAudioState& state = caches_.state;
-    const auto* preview = findIn(state.viProcessedURLs, groupID);
-    if (preview != nullptr && work_.environment.settings->get(settings::playbackAppliesSmartAudio))
-        return *preview;
+    const auto* preview = withPreview ? findIn(state.viProcessedURLs, groupID) : nullptr;
+    if (preview != nullptr) return *preview;
     const auto* solo = findIn(state.soloMonitorURLs, groupID);
     if (solo != nullptr && state.soloMonitorTracks.contains(groupID)) return *solo;
     const auto* mixdown = findIn(state.mixdownURLs, groupID);

@@ -34,12 +34,15 @@ class RenderedAudioController {
     /// What the player plays in the place of the clip's recording: the preview, the track that is played
     /// alone, or the blocks. Nothing: the recording itself.
     std::optional<FileURL> playbackAudioURL(const UUID& groupID) const;
+    /// The same without a preview that was made from another sound or by other settings.
+    std::optional<FileURL> currentAudioURL(const UUID& groupID) const;
 
   private:
     using Rendering =
         std::function<std::optional<RenderResult>(const RenderProgress&, const std::stop_token&)>;
     /// What a clip's preview is to be made from.
     std::optional<VoiceIsolationInput> previewInput(const SyncGroup& group) const;
+    std::optional<FileURL> audioURL(const UUID& groupID, bool withPreview) const;
     RenderProgress report(std::string phase);
     platform::Task start(platform::Task task) { return work_.running.add(std::move(task)); }
     using Weak = std::weak_ptr<RenderedAudioController>;

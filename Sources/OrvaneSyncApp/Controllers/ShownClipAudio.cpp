@@ -66,10 +66,12 @@ void ShownClipAudio::followEntries() {
 }
 
 void ShownClipAudio::refresh() {
+    if (preview_) preview_->requestStop();
+    preview_.reset();
     if (!shown_) return;
     RenderedAudioController& rendered = controller_->smartAudio().rendered();
-    play_(rendered.playbackAudioURL(*shown_));
-    rendered.runVoiceIsolationForGroup(*shown_);
+    play_(rendered.currentAudioURL(*shown_));
+    preview_ = rendered.runVoiceIsolationForGroup(*shown_);
 }
 
 } // namespace orvane

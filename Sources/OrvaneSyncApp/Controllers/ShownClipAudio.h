@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "Platform/MainThread.h"
 #include "Platform/SettingsStore.h"
+#include "Platform/Task.h"
 
 #include <functional>
 #include <memory>
@@ -14,8 +15,9 @@ namespace orvane {
 
 /// Keeps the sound of the clip on screen up to date: hands the player what it plays in the place of the
 /// recording, when the clip comes into view and after every change of it, and has the preview of Voice
-/// Isolation rendered when the clip comes into view and after every change that it depends on. Nothing is
-/// rendered for other clips. Interface thread.
+/// Isolation rendered when the clip comes into view and after every change that it depends on. A preview of
+/// what holds no longer is not played. Nothing is rendered for other clips: what is under way for one stops
+/// when it leaves. Interface thread.
 class ShownClipAudio {
   public:
     /// Nothing: the recording itself.
@@ -39,6 +41,7 @@ class ShownClipAudio {
     Play play_;
     std::optional<UUID> shown_;
     Entries entries_;
+    std::optional<platform::Task> preview_; ///< the newest
     std::shared_ptr<ShownClipAudio*> self_; ///< null once this is gone
     platform::Subscription ofWork_, ofSettings_;
 };

@@ -20,6 +20,8 @@ Desktop::Desktop(Dependencies dependencies) : mainThread_(dependencies.mainThrea
     work.clock = dependencies.clock;
     work.probeCache = std::move(dependencies.probeCache);
     work.waveformCache = std::move(dependencies.waveformCache);
+    work.renderedAudio = std::move(dependencies.renderedAudio);
+    work.stems = std::move(dependencies.stems);
     SessionManager::Dependencies keeping;
     keeping.mainThread = mainThread_;
     keeping.settings = dependencies.settings;

@@ -26,6 +26,9 @@ class Desktop {
         std::shared_ptr<platform::SettingsStore> settings;
         std::shared_ptr<ProbeCache> probeCache;
         std::shared_ptr<WaveformCache> waveformCache;
+        /// Null: no sound is rendered for the player.
+        std::shared_ptr<const RenderedAudioStore> renderedAudio = nullptr;
+        std::shared_ptr<StemCache> stems = nullptr; ///< null: recordings are analysed without stems
         std::shared_ptr<const platform::Clock> clock = platform::systemClock();
         std::string sessionsDir{}; ///< empty: the user account's
         /// What plays pictures and sound; null: nothing can be played.

@@ -1,31 +1,28 @@
 #include "OrvaneSyncApp/Views/MainWindow.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/Views/MainMenus.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
+#include "OrvaneSyncApp/Views/Review/MulticamView.h"
+#include "OrvaneSyncApp/Views/Review/ReviewActions.h"
+#include "OrvaneSyncApp/Views/Review/ReviewKeys.h"
+#include "OrvaneSyncApp/Views/Review/ReviewView.h"
 #include "OrvaneSyncApp/Views/ScanningView.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
-#include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
-#include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/StartView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
-#include "OrvaneSyncCore/Models/Settings.h"
 
-#include <QAction>
 #include <QCloseEvent>
-#include <QCoreApplication>
 #include <QDragEnterEvent>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
-#include <QMenuBar>
 #include <QMimeData>
 #include <QSettings>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
 #include <QTableView>
-#include <QToolBar>
 #include <QVBoxLayout>
 
 namespace orvane::views {
@@ -71,6 +68,11 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
                           if (scan_) scan_->requestStop();
                       }));
     pages_->addWidget(results_ = new ResultsView(desktop));
+    reviewActions_ = new ReviewActions(desktop, this);
+    pages_->addWidget(review_ = new ReviewView(desktop, *reviewActions_, [this] { showResults(); }));
+    pages_->addWidget(multicam_ = new MulticamView(
+                          desktop, *reviewActions_, [this] { showResults(); },
+                          [this](const UUID& clip) { openReview(clip); }));
     column->addWidget(pages_, 1);
     splitter_ = new QSplitter;
     splitter_->addWidget(sessions_ = new SessionsPanel(desktop));
@@ -80,12 +82,51 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     splitter_->setSizes({sessionsWidth, usual.width() - sessionsWidth});
     setCentralWidget(splitter_);
 
-    makeMenus();
-    makeTools();
+    MainMenus::Screens screens;
+    screens.clips = [this] { return actedOn(); };
+    screens.runForClips = [this](std::string_view id) { runForClips(id); };
+    screens.renameClip = [this] {
+        if (const auto clips = actedOn(); clips.size() == 1) results_->rename(clips.front());
+    };
+    screens.openReview = [this] { openSelected(); };
+    screens.openMulticam = [this] { openCamerasOfSelected(); };
+    screens.showResults = [this] { showResults(); };
+    screens.newScan = [this] {
+        wantsStart_ = true;
+        showPage();
+    };
+    screens.leaveStart = [this] { wantsStart_ = false; };
+    screens.find = [this] {
+        showResults();
+        results_->search()->setFocus();
+    };
+    screens.isPlaying = [this] { return isPlayingScreen(); };
+    screens.openPaths = [this](const QStringList& paths) { openPaths(paths); };
+    screens.sessions = sessions_;
+    menus_ = new MainMenus(desktop_, *this, *reviewActions_, std::move(screens));
+    ReviewKeys::Screens playing;
+    playing.isInFront = [this] { return isPlayingScreen(); };
+    playing.handleFullscreen = [this](const KeyEvent& event) {
+        return screen_ == Screen::multicam ? multicam_->handleFullscreen(event)
+                                           : desktop_.players().review()->fullscreen().handle(event);
+    };
+    playing.leave = [this] { showResults(); };
+    keys_ = std::make_unique<ReviewKeys>(desktop_, *this, std::move(playing));
     results_->whenSelectionChanged = [this] { updateActions(); };
     results_->whenScanWanted = [this] {
         if (desktop_.isEnabled("startScan")) startScan();
     };
+    results_->openMulticam = [this] { openCamerasOfSelected(); };
+    connect(results_->table(), &QTableView::activated, this, [this] { openSelected(); });
+    observe();
+    reviewActions_->setInFront(false, false);
+    restorePlaces();
+    showPage();
+    updateActions();
+    updateStatus();
+}
+
+void MainWindow::observe() {
     desktop_.whenRefused = [this](const QString& why) { banner_->show(Signal::missing, why); };
     workObservation_ = desktop_.controller().onChange([this](ImportField field) {
         if (field == ImportField::progress) return;
@@ -110,146 +151,85 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
                 tr("The session could not be saved: %1").arg(text(*desktop_.sessions().lastSaveError())));
         updateStatus();
     });
-    restorePlaces();
+    // A clip that leaves the work leaves its screen.
+    reviewObservation_ = desktop_.players().review()->onChange([this] {
+        if (screen_ == Screen::review && !isOpening_ && !review_->clip()) showResults();
+    });
+    multicamObservation_ = desktop_.players().multicam()->bag().onChange([this] {
+        if (screen_ == Screen::multicam && !desktop_.players().multicam()->isOpen()) showResults();
+    });
+    review_->whenMoved = [this] { updateActions(); };
+}
+
+MainWindow::~MainWindow() {
+    desktop_.whenRefused = nullptr;
+    screen_ = Screen::results;
+    review_->leaveClip();
+    multicam_->leaveTake();
+}
+
+void MainWindow::openReview(const UUID& groupID) {
+    if (desktop_.controller().work().syncGroups().find(groupID) == nullptr) return;
+    showScreen(Screen::review);
+    review_->open(groupID);
+}
+
+void MainWindow::openMulticam(const std::vector<UUID>& groupIDs) {
+    if (groupIDs.size() < 2)
+        return banner_->show(
+            Signal::doubtful,
+            tr("The take has one camera. Select several clips to see them beside each other."));
+    isOpening_ = true;
+    multicam_->open(groupIDs);
+    isOpening_ = false;
+    if (desktop_.players().multicam()->isOpen()) showScreen(Screen::multicam);
+}
+
+void MainWindow::openSelected() {
+    if (const auto clips = actedOn(); !clips.empty()) openReview(clips.front());
+}
+
+void MainWindow::openCamerasOfSelected() {
+    openMulticam(MulticamViewModel::camerasFor(desktop_.controller().work(), actedOn()));
+}
+
+std::vector<UUID> MainWindow::actedOn() const {
+    if (screen_ == Screen::review) {
+        const auto& clip = review_->clip();
+        return clip ? std::vector{*clip} : std::vector<UUID>();
+    }
+    if (screen_ == Screen::multicam) return {};
+    return pages_->currentWidget() == results_ ? results_->selectedClips() : std::vector<UUID>();
+}
+
+void MainWindow::runForClips(std::string_view id) {
+    if (screen_ == Screen::results) return results_->runForSelection(id);
+    desktop_.runForClips(id, actedOn());
+}
+
+void MainWindow::showScreen(Screen screen) {
+    if (screen == screen_) return;
+    screen_ = screen;
+    // A screen that plays needs the room; the list gets the sessions back.
+    if (isPlayingScreen() && sessions_->isVisible()) {
+        areSessionsHidden_ = true;
+        sessions_->hide();
+    } else if (!isPlayingScreen() && std::exchange(areSessionsHidden_, false)) {
+        sessions_->show();
+    }
+    reviewActions_->setInFront(isPlayingScreen(), screen == Screen::review);
     showPage();
     updateActions();
-    updateStatus();
 }
 
-MainWindow::~MainWindow() { desktop_.whenRefused = nullptr; }
-
-QAction* MainWindow::addCommand(QMenu* menu, std::string_view id, const QKeySequence& key, JSON arguments) {
-    const commands::Command& row = desktop_.command(id);
-    QAction* action = menu->addAction(translated(row.title));
-    action->setShortcut(key);
-    action->setStatusTip(translated(row.help));
-    connect(action, &QAction::triggered, this, [this, id, arguments] { desktop_.run(id, arguments); });
-    commandActions_.emplace_back(action, id);
-    return action;
-}
-
-QAction* MainWindow::addClipCommand(QMenu* menu, std::string_view id, const QKeySequence& key) {
-    const commands::Command& row = desktop_.command(id);
-    QAction* action = menu->addAction(translated(row.title));
-    action->setShortcut(key);
-    action->setStatusTip(translated(row.help));
-    connect(action, &QAction::triggered, this, [this, id] { results_->runForSelection(id); });
-    clipActions_.emplace_back(action, id);
-    return action;
-}
-
-void MainWindow::makeMenus() {
-    QMenu* file = menuBar()->addMenu(tr("&File"));
-    connect(file->addAction(tr("New Scan…")), &QAction::triggered, this, [this] {
-        wantsStart_ = true;
-        showPage();
-    });
-    RecentPlaces::menu(file, [this](const QStringList& paths) { openPaths(paths); });
-    QAction* newSession = addCommand(file, "newSession", QKeySequence::New);
-    connect(newSession, &QAction::triggered, this, [this] { wantsStart_ = false; });
-    file->addSeparator();
-    QAction* open = file->addAction(translated(desktop_.command("loadProject").title));
-    open->setShortcut(QKeySequence::Open);
-    connect(open, &QAction::triggered, this, [this] {
-        chooseAndRun("loadProject", tr("Open project"), tr("Projects (*.orvanesync);;All files (*)"), false);
-    });
-    QAction* save = file->addAction(translated(desktop_.command("saveProject").title));
-    save->setShortcut(QKeySequence::SaveAs);
-    connect(save, &QAction::triggered, this,
-            [this] { chooseAndRun("saveProject", tr("Save project"), tr("Projects (*.orvanesync)"), true); });
-    commandActions_.emplace_back(save, "exportFCPXML"); // there is work
-    QAction* report = file->addAction(translated(desktop_.command("loadALE").title));
-    report->setIcon(icon(Glyph::report));
-    connect(report, &QAction::triggered, this, [this] {
-        chooseAndRun("loadALE", tr("Load report"), tr("Reports (*.ale *.csv *.txt *.tsv);;All files (*)"),
-                     false);
-    });
-    file->addSeparator();
-    export_ =
-        file->addAction(icon(Glyph::exportDocument), translated(desktop_.command("exportFCPXML").title));
-    export_->setShortcut(QKeySequence(tr("Ctrl+E")));
-    connect(export_, &QAction::triggered, this, [this] { showExport(desktop_, this); });
-    commandActions_.emplace_back(export_, "exportFCPXML");
-    file->addSeparator();
-    addCommand(file, "reset", QKeySequence::Close);
-    QAction* quit = file->addAction(tr("Quit"));
-    quit->setShortcut(QKeySequence::Quit);
-    connect(quit, &QAction::triggered, this, [this] { close(); });
-
-    QMenu* edit = menuBar()->addMenu(tr("&Edit"));
-    undo_ = addCommand(edit, "undo", QKeySequence::Undo);
-    undo_->setIcon(icon(Glyph::undo));
-    redo_ = addCommand(edit, "redo", QKeySequence::Redo);
-    redo_->setIcon(icon(Glyph::redo));
-    edit->addSeparator();
-    QAction* find = edit->addAction(tr("Find…"));
-    find->setShortcut(QKeySequence::Find);
-    connect(find, &QAction::triggered, this, [this] { results_->search()->setFocus(); });
-    QAction* settings = edit->addAction(icon(Glyph::gear), tr("Settings…"));
-    settings->setShortcut(QKeySequence(tr("Ctrl+,")));
-    connect(settings, &QAction::triggered, this, [this] { SettingsWindow(desktop_, this).exec(); });
-
-    QMenu* clip = menuBar()->addMenu(tr("&Clip"));
-    addClipCommand(clip, "toggleApproved", QKeySequence(tr("Ctrl+Return")))->setIcon(icon(Glyph::approve));
-    addClipCommand(clip, "toggleLocked", QKeySequence(tr("Ctrl+L")))->setIcon(icon(Glyph::lock));
-    addClipCommand(clip, "toggleExcludedFromExport")->setIcon(icon(Glyph::excluded));
-    addClipCommand(clip, "toggleExcludedFromMulticam");
-    addClipCommand(clip, "togglePickup");
-    clip->addSeparator();
-    rename_ = clip->addAction(icon(Glyph::rename), tr("Rename…"));
-    rename_->setShortcut(QKeySequence(Qt::Key_F2));
-    connect(rename_, &QAction::triggered, this, [this] { results_->renameSelection(); });
-    addClipCommand(clip, "confirmAmbiguousMatch");
-    addClipCommand(clip, "resyncClip", QKeySequence(tr("Ctrl+R")))->setIcon(icon(Glyph::refresh));
-    addClipCommand(clip, "resetClipToAutoSync");
-    clip->addSeparator();
-    addCommand(clip, "resyncAllClips")->setIcon(icon(Glyph::refresh));
-
-    QMenu* audio = menuBar()->addMenu(tr("&Audio"));
-    JSON mode = JSON::object();
-    mode.set("mode", settings::smartAudioMode.write(SmartAudioMode::standard));
-    mode.set("forceOverwriteManualTracks", false);
-    addCommand(audio, "runSmartAudioAnalysis", {}, mode)->setIcon(icon(Glyph::waveform));
-    for (const std::string_view other : settings::smartAudioMode.choices) {
-        mode.set("mode", other);
-        QAction* action = audio->addAction(tr("Smart Audio: %1").arg(text(other)));
-        connect(action, &QAction::triggered, this,
-                [this, mode] { desktop_.run("runSmartAudioAnalysis", mode); });
-        commandActions_.emplace_back(action, "runSmartAudioAnalysis");
-    }
-
-    QMenu* help = menuBar()->addMenu(tr("&Help"));
-    sheetActions_ = addSheetActions(desktop_, this, clip, audio, help);
-}
-
-void MainWindow::makeTools() {
-    auto* tools = addToolBar(tr("Tools"));
-    tools->setObjectName(QStringLiteral("tools"));
-    tools->setMovable(false);
-    tools->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    const auto actionOf = [this](std::string_view id) {
-        for (const auto& list : {commandActions_, clipActions_})
-            for (const auto& [action, command] : list)
-                if (command == id) return action;
-        return export_;
-    };
-    // Short, so that all of them stand beside each other in the narrowest window.
-    const auto add = [tools](QAction* action, const QString& word) {
-        action->setIconText(QLatin1Char(' ') + word);
-        tools->addAction(action);
-    };
-    add(undo_, tr("Undo"));
-    add(redo_, tr("Redo"));
-    tools->addSeparator();
-    add(actionOf("runSmartAudioAnalysis"), tr("Smart Audio"));
-    add(actionOf("toggleApproved"), tr("Approve"));
-    add(actionOf("toggleLocked"), tr("Lock"));
-    add(rename_, tr("Rename"));
-    add(actionOf("resyncAllClips"), tr("Re-sync"));
-    auto* stretch = new QWidget;
-    stretch->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    tools->addWidget(stretch);
-    add(export_, tr("Export"));
+void MainWindow::showResults() {
+    if (!isPlayingScreen()) return;
+    std::vector<UUID> seen = actedOn();
+    if (screen_ == Screen::multicam) seen = desktop_.players().multicam()->members();
+    showScreen(Screen::results);
+    review_->leaveClip();
+    multicam_->leaveTake();
+    results_->select(seen);
 }
 
 void MainWindow::startScan() {
@@ -306,30 +286,19 @@ void MainWindow::showPage() {
     if (isScanning)
         page = scanning_;
     else if (!wantsStart_ && (hasWork || state == ScanState::done))
-        page = results_;
+        page = screen_ == Screen::review     ? static_cast<QWidget*>(review_)
+               : screen_ == Screen::multicam ? static_cast<QWidget*>(multicam_)
+                                             : results_;
+    if (isPlayingScreen() && page != review_ && page != multicam_) return showResults();
     if (pages_->currentWidget() == page) return;
     pages_->setCurrentWidget(page);
-    if (page == results_) results_->table()->setFocus();
+    if (page == results_)
+        results_->table()->setFocus();
+    else
+        page->setFocus();
 }
 
-void MainWindow::updateActions() {
-    for (const auto& [action, id] : commandActions_) action->setEnabled(desktop_.isEnabled(id));
-    const bool areClipsShown = pages_->currentWidget() == results_;
-    const std::vector<UUID> clips = results_->selectedClips();
-    const SyncGroupList& groups = desktop_.controller().work().syncGroups();
-    for (const auto& [action, id] : clipActions_) {
-        bool applies = false;
-        for (const UUID& clip : clips) {
-            const SyncGroup* group = groups.find(clip);
-            applies = applies || (group != nullptr && desktop_.isEnabled(id, group));
-        }
-        action->setEnabled(areClipsShown && applies);
-    }
-    rename_->setEnabled(areClipsShown && clips.size() == 1);
-    const UndoState undo = desktop_.controller().work().undoState();
-    undo_->setText(undo.undoActionName ? tr("Undo %1").arg(translated(*undo.undoActionName)) : tr("Undo"));
-    redo_->setText(undo.redoActionName ? tr("Redo %1").arg(translated(*undo.redoActionName)) : tr("Redo"));
-}
+void MainWindow::updateActions() { menus_->update(); }
 
 void MainWindow::updateStatus() {
     const OpenWork& work = desktop_.controller().work();
@@ -345,23 +314,6 @@ void MainWindow::updateStatus() {
     const SessionInfo* session = id ? desktop_.sessions().session(*id) : nullptr;
     setWindowTitle(session != nullptr ? tr("%1 – OrvaneSync").arg(text(session->name))
                                       : QStringLiteral("OrvaneSync"));
-}
-
-void MainWindow::chooseAndRun(std::string_view id, const QString& caption, const QString& filter,
-                              bool isSaved) {
-    QSettings places;
-    const QString from = places.value(QStringLiteral("lastFolder")).toString();
-    QString chosen = isSaved ? QFileDialog::getSaveFileName(this, caption, from, filter)
-                             : QFileDialog::getOpenFileName(this, caption, from, filter);
-    if (chosen.isEmpty()) return;
-    places.setValue(QStringLiteral("lastFolder"), QFileInfo(chosen).absolutePath());
-    JSON arguments = JSON::object();
-    if (isSaved) {
-        if (QFileInfo(chosen).suffix().isEmpty()) chosen += QStringLiteral(".orvanesync");
-        arguments.set("overwrite", true); // the dialog has asked
-    }
-    arguments.set("path", utf8(chosen));
-    desktop_.run(id, std::move(arguments));
 }
 
 void MainWindow::restorePlaces() {
@@ -391,9 +343,11 @@ void MainWindow::dropEvent(QDropEvent* event) {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+    showResults(); // a picture in fullscreen would keep the program
     QSettings places;
     places.setValue(QStringLiteral("window"), saveGeometry());
     places.setValue(QStringLiteral("sessions"), splitter_->saveState());
+    review_->savePlaces();
     places.setValue(QStringLiteral("columns"), results_->table()->horizontalHeader()->saveState());
     event->accept();
 }

@@ -5,11 +5,10 @@
 
 #include <QMainWindow>
 
+#include <memory>
 #include <optional>
-#include <utility>
 #include <vector>
 
-class QAction;
 class QSplitter;
 class QStackedWidget;
 
@@ -19,7 +18,12 @@ class Banner;
 
 namespace orvane::views {
 
+class MainMenus;
+class MulticamView;
 class ResultsView;
+class ReviewActions;
+class ReviewKeys;
+class ReviewView;
 class ScanningView;
 class SessionsPanel;
 class StartView;
@@ -37,6 +41,11 @@ class MainWindow : public QMainWindow {
     /// One project, or folders.
     void openPaths(const QStringList& paths);
     ResultsView& results() { return *results_; }
+    ReviewView& review() { return *review_; }
+    /// Opens a clip on its clap.
+    void openReview(const UUID& groupID);
+    /// Opens the cameras beside each other. Says so where there are not several.
+    void openMulticam(const std::vector<UUID>& groupIDs);
     Desktop& desktop() { return desktop_; }
     bool isScanning() const { return scan_.has_value(); }
 
@@ -46,16 +55,22 @@ class MainWindow : public QMainWindow {
     void closeEvent(QCloseEvent* event) override;
 
   private:
-    void makeMenus();
-    void makeTools();
-    /// A row of the table in a menu.
-    QAction* addCommand(QMenu* menu, std::string_view id, const QKeySequence& key = {}, JSON arguments = {});
-    QAction* addClipCommand(QMenu* menu, std::string_view id, const QKeySequence& key = {});
+    /// What is shown of work that is there.
+    enum class Screen { results, review, multicam };
+    void observe();
     void startScan();
     void showPage();
-    void updateActions();
+    void showScreen(Screen screen);
+    /// Back to the list, on the clip that was in view.
+    void showResults();
+    void openSelected();
+    void openCamerasOfSelected();
+    /// What menus and keys act on: the selection of the list, or the clip in view.
+    std::vector<UUID> actedOn() const;
+    void runForClips(std::string_view id);
+    bool isPlayingScreen() const { return screen_ != Screen::results; }
     void updateStatus();
-    void chooseAndRun(std::string_view id, const QString& caption, const QString& filter, bool isSaved);
+    void updateActions();
     void restorePlaces();
 
     Desktop& desktop_;
@@ -63,20 +78,23 @@ class MainWindow : public QMainWindow {
     StartView* start_;
     ScanningView* scanning_;
     ResultsView* results_;
+    ReviewActions* reviewActions_;
+    ReviewView* review_;
+    MulticamView* multicam_;
     QStackedWidget* pages_;
     QSplitter* splitter_;
     design::Banner* banner_;
+    MainMenus* menus_;
+    std::unique_ptr<ReviewKeys> keys_;
+    Screen screen_ = Screen::results;
+    bool isOpening_ = false;         ///< one screen gives way to another
+    bool areSessionsHidden_ = false; ///< by a screen that plays
     std::optional<platform::Task> scan_;
     bool wantsStart_ = false; ///< the user asked for another scan over open work
-    std::vector<std::pair<QAction*, std::string_view>> commandActions_;
-    std::vector<std::pair<QAction*, std::string_view>> clipActions_;
-    SheetActions sheetActions_{};
-    QAction* undo_ = nullptr;
-    QAction* redo_ = nullptr;
-    QAction* export_ = nullptr;
-    QAction* rename_ = nullptr;
     platform::Subscription workObservation_;
     platform::Subscription sessionObservation_;
+    platform::Subscription reviewObservation_;
+    platform::Subscription multicamObservation_;
     bool isUpdateScheduled_ = false;
 };
 

@@ -74,6 +74,11 @@ class Table : public QTableView {
         QTableView::resizeEvent(event);
         resized();
     }
+    void mouseDoubleClickEvent(QMouseEvent* event) override {
+        const QModelIndex index = indexAt(event->pos());
+        if (index.isValid() && fold(index, event->pos())) return;
+        QTableView::mouseDoubleClickEvent(event);
+    }
 };
 
 constexpr std::string_view clipCommands[] = {"toggleApproved",
@@ -117,7 +122,7 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
         filter_->choose(0);
         rows_.setFilter(FilterMode::all);
         search_->clear();
-        keepSelection(clips);
+        select(clips);
     };
     doubts_->whenScanWanted = [this] {
         if (whenScanWanted) whenScanWanted();
@@ -259,7 +264,7 @@ void ResultsView::showCounts() {
 
 void ResultsView::showDoubts() { doubts_->show(rows_.doubts()); }
 
-void ResultsView::keepSelection(const std::vector<UUID>& clips) {
+void ResultsView::select(const std::vector<UUID>& clips) {
     QItemSelection selection;
     for (const UUID& id : clips) {
         const auto row = rows_.rowOf(id);
@@ -283,7 +288,7 @@ std::vector<UUID> ResultsView::selectedClips() const {
 void ResultsView::runForSelection(std::string_view command) {
     const std::vector<UUID> clips = selectedClips();
     desktop_.runForClips(command, clips);
-    keepSelection(clips);
+    select(clips);
 }
 
 void ResultsView::analyseSelection() {
@@ -291,7 +296,7 @@ void ResultsView::analyseSelection() {
     arguments.set("forceOverwriteManualTracks", false);
     const std::vector<UUID> clips = selectedClips();
     desktop_.runForClips("runSmartAudioForGroup", clips, std::move(arguments));
-    keepSelection(clips);
+    select(clips);
 }
 
 void ResultsView::addRecordings(QMenu& menu, const UUID& clip) {
@@ -303,7 +308,7 @@ void ResultsView::addRecordings(QMenu& menu, const UUID& clip) {
             JSON arguments = JSON::object();
             arguments.set("matchID", match.text());
             desktop_.runForClips("chooseRecording", {clip}, std::move(arguments));
-            keepSelection({clip});
+            select({clip});
         });
         action->setCheckable(true);
         action->setChecked(one.isFirst);
@@ -311,10 +316,9 @@ void ResultsView::addRecordings(QMenu& menu, const UUID& clip) {
     menu.addSeparator();
 }
 
-void ResultsView::renameSelection() {
-    const std::vector<UUID> clips = selectedClips();
-    if (clips.size() != 1) return;
-    const SyncGroup* clip = desktop_.controller().work().syncGroups().find(clips.front());
+void ResultsView::rename(const UUID& clipID) {
+    const std::vector<UUID> clips{clipID};
+    const SyncGroup* clip = desktop_.controller().work().syncGroups().find(clipID);
     if (clip == nullptr) return;
     bool isGiven = false;
     const QString name = QInputDialog::getText(
@@ -324,7 +328,7 @@ void ResultsView::renameSelection() {
     JSON arguments = JSON::object();
     arguments.set("name", utf8(name));
     desktop_.runForClips("setManualClipName", clips, std::move(arguments));
-    keepSelection(clips);
+    select(clips);
 }
 
 void ResultsView::showMenu(const QPoint& position) {
@@ -344,7 +348,11 @@ void ResultsView::showMenu(const QPoint& position) {
     }
     menu.addAction(icon(Glyph::waveform), tr("Analyse Sound"), this, [this] { analyseSelection(); });
     menu.addSeparator();
-    menu.addAction(tr("Rename…"), this, [this] { renameSelection(); })->setEnabled(clips.size() == 1);
+    menu.addAction(tr("Rename…"), this, [this, clip = clips.front()] { rename(clip); })
+        ->setEnabled(clips.size() == 1);
+    menu.addSeparator();
+    menu.addAction(tr("Review"), this, [this] { Q_EMIT table_->activated(table_->currentIndex()); });
+    menu.addAction(text(desktop_.command("clusterLoad").title), this, [this] { openMulticam(); });
     menu.exec(table_->viewport()->mapToGlobal(position));
 }
 

@@ -30,11 +30,15 @@ class ResultsView : public QWidget {
     /// In the order of the rows.
     std::vector<UUID> selectedClips() const;
     void runForSelection(std::string_view command);
-    void renameSelection();
     /// Has the selected clips listened to, one after the other.
     void analyseSelection();
     /// A cure has changed what is matched.
     std::function<void()> whenScanWanted;
+    void rename(const UUID& clip);
+    /// Those that are among the rows; the first comes into view.
+    void select(const std::vector<UUID>& clips);
+    /// Opens the cameras of what is selected beside each other.
+    std::function<void()> openMulticam;
     /// Called after every change of the selection.
     std::function<void()> whenSelectionChanged;
     QLineEdit* search() const { return search_; }
@@ -49,7 +53,6 @@ class ResultsView : public QWidget {
     void wantThumbnails();
     void addRecordings(QMenu& menu, const UUID& clip);
     void showMenu(const QPoint& position);
-    void keepSelection(const std::vector<UUID>& clips);
 
     Desktop& desktop_;
     ResultsViewModel rows_;

@@ -2,94 +2,209 @@
 
 #include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
+#include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
+#include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
+#include "OrvaneSyncApp/Views/Review/PictureView.h"
+#include "OrvaneSyncApp/Views/Review/ReviewView.h"
+#include "OrvaneSyncApp/Views/Review/SyncLensView.h"
 #include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 
+#include <QAction>
+#include <QApplication>
 #include <QDialog>
 #include <QDir>
-#include <QStackedWidget>
+#include <QTabWidget>
 #include <QTableView>
 #include <QTimer>
+
+#include <deque>
 
 namespace orvane::views {
 
 namespace {
 
 constexpr QSize sizes[] = {{1024, 700}, {1440, 800}, {2560, 1300}};
-constexpr int settled = 150;       ///< milliseconds for a window to lay itself out
+constexpr int settled = 150;  ///< milliseconds for a window to lay itself out
 constexpr int sheetsFilled = 4000; ///< for what sheets look up
+constexpr int patience = 200; ///< rounds that something is waited for
 
-void grab(QWidget& widget, const QString& folder, const QString& name) {
-    widget.grab().save(QDir(folder).filePath(name + QStringLiteral(".png")));
-}
-
-/// Those that are open over the window, by their titles.
-void grabSheets(QWidget& window, const QString& folder) {
-    for (QDialog* sheet : window.findChildren<QDialog*>()) {
-        if (!sheet->isVisible()) continue;
-        grab(*sheet, folder, QStringLiteral("sheet-") + sheet->windowTitle().toLower().replace(' ', '-'));
-        sheet->close();
+/// Steps one after the other, each with time for the window to lay itself out before it.
+class Walk : public QTimer {
+  public:
+    Walk(MainWindow& window, QString folder, std::function<void()> done)
+        : QTimer(&window), window_(window), folder_(std::move(folder)), done_(std::move(done)) {
+        connect(this, &QTimer::timeout, this, [this] { next(); });
+        waitUntil([this] { return !window_.isScanning(); });
+        atEachSize(QStringLiteral("window"));
+        lists();
+        review();
+        multicam();
+        start(settled);
     }
-}
+
+  private:
+    void then(std::function<void()> act) {
+        steps_.push_back([act = std::move(act)] {
+            act();
+            return true;
+        });
+    }
+    void waitUntil(std::function<bool()> holds) { steps_.push_back(std::move(holds)); }
+
+    void grab(QWidget& widget, const QString& name) {
+        widget.grab().save(QDir(folder_).filePath(name + QStringLiteral(".png")));
+    }
+
+    void atEachSize(const QString& name) {
+        for (const QSize size : sizes) {
+            then([this, size] { window_.resize(size); });
+            then([] {});
+            then([this, size, name] { grab(window_, QStringLiteral("%1-%2").arg(name).arg(size.width())); });
+        }
+    }
+
+    void lists() {
+        then([this] {
+            window_.resize(sizes[1]);
+            window_.results().table()->selectRow(0);
+        });
+        then([this] { grab(window_, QStringLiteral("selected")); });
+        then([this] {
+            showExport(window_.desktop(), &window_);
+            showBatchRenamer(window_.desktop(), &window_);
+            showAtmoBuilder(window_.desktop(), &window_);
+            showDiagnostics(window_.desktop(), &window_);
+            showFeedback(window_.desktop(), &window_);
+            showAbout(&window_);
+            setInterval(sheetsFilled);
+        });
+        then([this] {
+            setInterval(settled);
+            // Those that are open, by their titles.
+            for (QDialog* sheet : window_.findChildren<QDialog*>()) {
+                if (!sheet->isVisible()) continue;
+                grab(*sheet, QStringLiteral("sheet-") + sheet->windowTitle().toLower().replace(' ', '-'));
+                sheet->close();
+            }
+        });
+        then([this] {
+            SettingsWindow settings(window_.desktop(), &window_);
+            auto* tabs = settings.findChild<QTabWidget*>();
+            for (int tab = 0; tab < tabs->count(); ++tab) {
+                tabs->setCurrentIndex(tab);
+                grab(settings, QStringLiteral("settings-%1").arg(tab));
+            }
+        });
+    }
+
+    const OpenWork& work() { return window_.desktop().controller().work(); }
+    /// Of the first clip that has sound; none, no review.
+    std::optional<UUID> clipWithSound() {
+        for (const SyncGroup& clip : work().syncGroups())
+            if (!clip.isMOS()) return clip.id;
+        return std::nullopt;
+    }
+    bool isPictureThere() {
+        const auto& transport = window_.desktop().players().review()->engine()->transport();
+        return !transport.isLoading &&
+               (!transport.isLoaded || window_.review().picture().canvas().hasPicture());
+    }
+    void toggleLens() {
+        for (QAction* action : window_.findChildren<QAction*>())
+            if (action->shortcut() == QKeySequence(Qt::Key_S)) action->toggle();
+    }
+    void toggleLock() {
+        JSON arguments = JSON::object();
+        arguments.set("groupID", window_.review().clip()->text());
+        window_.desktop().run("toggleLocked", std::move(arguments));
+    }
+
+    void review() {
+        const auto shown = [this](auto act) {
+            then([this, act] {
+                if (window_.review().clip()) act();
+            });
+        };
+        then([this] {
+            if (const auto clip = clipWithSound()) window_.openReview(*clip);
+        });
+        waitUntil([this] { return isPictureThere(); });
+        atEachSize(QStringLiteral("review"));
+        shown([this] {
+            window_.resize(sizes[1]);
+            toggleLens();
+        });
+        waitUntil([this] { return !window_.review().picture().lens().isLoading(); });
+        shown([this] { grab(window_, QStringLiteral("review-lens")); });
+        shown([this] {
+            toggleLens();
+            toggleLock();
+        });
+        shown([this] { grab(window_, QStringLiteral("review-locked")); });
+        shown([this] {
+            toggleLock();
+            window_.desktop().players().review()->fullscreen().toggleFullscreen();
+        });
+        then([] {});
+        shown([this] {
+            for (QWidget* one : QApplication::topLevelWidgets())
+                if (FullscreenWindow::isOne(one) && one->isVisible())
+                    grab(*one, QStringLiteral("fullscreen"));
+            window_.desktop().players().review()->fullscreen().hide();
+        });
+    }
+
+    void multicam() {
+        then([this] {
+            for (const SyncGroup& clip : work().syncGroups()) {
+                const auto cameras = MulticamViewModel::camerasFor(work(), {clip.id});
+                if (cameras.size() < 2) continue;
+                window_.openMulticam(cameras);
+                return;
+            }
+        });
+        waitUntil([this] {
+            for (const auto& [id, engine] : window_.desktop().players().multicam()->bag().engines())
+                if (engine->transport().isLoading ||
+                    (engine->player() != nullptr && !engine->player()->picture()))
+                    return false;
+            return true;
+        });
+        const QString name = QStringLiteral("multicam");
+        for (const QSize size : sizes) {
+            then([this, size] { window_.resize(size); });
+            then([] {});
+            then([this, size, name] {
+                if (window_.desktop().players().multicam()->isOpen())
+                    grab(window_, QStringLiteral("%1-%2").arg(name).arg(size.width()));
+            });
+        }
+    }
+
+    void next() {
+        if (!steps_.empty()) {
+            if (!steps_.front()() && ++tries_ < patience) return;
+            tries_ = 0;
+            steps_.pop_front();
+            return;
+        }
+        stop();
+        done_();
+    }
+
+    MainWindow& window_;
+    const QString folder_;
+    const std::function<void()> done_;
+    std::deque<std::function<bool()>> steps_;
+    int tries_ = 0;
+};
 
 } // namespace
 
 void walkScreens(MainWindow& window, const QString& folder, std::function<void()> done) {
     QDir().mkpath(folder);
-    auto* timer = new QTimer(&window);
-    // Steps that each end in a picture; the first waits for the scan.
-    auto step = std::make_shared<int>(0);
-    QObject::connect(
-        timer, &QTimer::timeout, &window, [&window, folder, done = std::move(done), timer, step] {
-            auto* pages = window.findChild<QStackedWidget*>();
-            if (*step == 0 && window.isScanning()) return;
-            constexpr int sizeCount = std::size(sizes);
-            const int at = (*step)++;
-            if (at < 2 * sizeCount) {
-                const QSize size = sizes[at / 2];
-                if (at % 2 == 0)
-                    window.resize(size);
-                else
-                    grab(window, folder,
-                         QStringLiteral("window-%1-%2").arg(pages->currentIndex()).arg(size.width()));
-                return;
-            }
-            switch (at - 2 * sizeCount) {
-            case 0:
-                window.resize(sizes[1]);
-                window.results().table()->selectRow(0);
-                return;
-            case 1:
-                grab(window, folder, QStringLiteral("selected"));
-                return;
-            case 2:
-                showExport(window.desktop(), &window);
-                showBatchRenamer(window.desktop(), &window);
-                showAtmoBuilder(window.desktop(), &window);
-                showDiagnostics(window.desktop(), &window);
-                showFeedback(window.desktop(), &window);
-                showAbout(&window);
-                timer->setInterval(sheetsFilled);
-                return;
-            case 3:
-                timer->setInterval(settled);
-                grabSheets(window, folder);
-                return;
-            case 4: {
-                SettingsWindow settings(window.desktop(), &window);
-                for (int tab = 0; tab < settings.tabCount(); ++tab) {
-                    settings.showTab(tab);
-                    grab(settings, folder, QStringLiteral("settings-%1").arg(tab));
-                }
-                return;
-            }
-            default:
-                break;
-            }
-            timer->stop();
-            done();
-        });
-    timer->start(settled);
+    new Walk(window, folder, std::move(done));
 }
 
 } // namespace orvane::views

@@ -8,8 +8,11 @@
 #include "OrvaneSyncApp/Views/SingleInstance.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Services/Persistence/StandardSettings.h"
+#include "OrvaneSyncCore/Services/RenderedAudio/RenderedAudioStore.h"
+#include "OrvaneSyncCore/Services/Stems/StemCache.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformCache.h"
 #include "Platform/Interrupt.h"
+#include "Platform/KeyRepeat.h"
 #include "Platform/MainThread.h"
 
 #include <QApplication>
@@ -32,6 +35,9 @@ int runProgram(int argc, char** argv) {
     QCoreApplication::setApplicationName(QStringLiteral("OrvaneSync"));
     QCoreApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
     design::applyTheme(application);
+    // Elsewhere the window system's own mark tells a repeat from a press.
+    if (const auto* x11 = application.nativeInterface<QNativeInterface::QX11Application>())
+        platform::askForDetectableKeyRepeat(x11->display());
 
     QCommandLineParser arguments;
     arguments.setApplicationDescription(QStringLiteral(
@@ -78,6 +84,11 @@ int runProgram(int argc, char** argv) {
     dependencies.settings = settings;
     dependencies.probeCache = ProbeCache::shared();
     dependencies.waveformCache = WaveformCache::shared();
+    dependencies.renderedAudio = RenderedAudioStore::shared(settings);
+    dependencies.stems = StemCache::bySettings(*settings, dependencies.renderedAudio);
+    dependencies.openPlayers = [thread = dependencies.mainThread, clock = dependencies.clock] {
+        return std::shared_ptr(platform::PlayerSystem::create(thread, clock));
+    };
     views::Desktop desktop(std::move(dependencies));
     views::MainWindow window(desktop);
     window.show();

@@ -17,11 +17,21 @@ ReviewPlayers::ReviewPlayers(std::shared_ptr<ImportController> controller,
                                               return makeEngine(WaveformState::create(
                                                   environment.mainThread, environment.waveformCache));
                                           })),
+      heard_(controller_, controller_->work().environment.mainThread,
+             controller_->work().environment.settings,
+             [engine = review_->engine()](const std::optional<FileURL>& rendered) {
+                 engine->setMixdownAudio(rendered);
+             }),
+      whenClosed_(review_->onChange([this] {
+          if (!review_->groupID()) heard_.show(std::nullopt);
+      })),
       keyboard_(
           [this](std::string_view key, ModifierSet modifiers) { return shortcuts_->action(key, modifiers); },
-          [this](KeyAction action) {
-              multicam_->isOpen() ? multicam_->handleKeyAction(action) : review_->handleKeyAction(action);
-          }) {}
+          [this](KeyAction action) { handleKeyAction(action); }) {}
+
+void ReviewPlayers::handleKeyAction(KeyAction action) {
+    multicam_->isOpen() ? multicam_->handleKeyAction(action) : review_->handleKeyAction(action);
+}
 
 std::shared_ptr<VideoEngine> ReviewPlayers::makeEngine(std::shared_ptr<WaveformState> waveform) {
     VideoEngine::Dependencies dependencies;
@@ -43,7 +53,10 @@ const std::shared_ptr<platform::PlayerSystem>& ReviewPlayers::players() {
 
 platform::Task ReviewPlayers::loadGroup(const UUID& groupID) {
     multicam_->close();
-    return review_->loadGroup(groupID);
+    platform::Task loading = review_->loadGroup(groupID);
+    // Behind the load, which begins with the recording.
+    heard_.show(groupID);
+    return loading;
 }
 
 platform::Task ReviewPlayers::loadCluster(std::vector<UUID> groupIDs) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/ShownClipAudio.h"
 #include "OrvaneSyncApp/ViewModels/Review/MulticamViewModel.h"
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
 #include "OrvaneSyncCore/Services/Shortcuts/KeyboardMonitor.h"
@@ -12,7 +13,8 @@
 namespace orvane::commands {
 
 /// The players of the review and of the multicam screen, each made when it is first asked for. Keys go to the
-/// screen in front. Interface thread.
+/// screen in front. What is rendered of the clip in view is heard in the place of its recording. Interface
+/// thread.
 class ReviewPlayers {
   public:
     using OpenPlayers = std::function<std::shared_ptr<platform::PlayerSystem>()>;
@@ -26,6 +28,8 @@ class ReviewPlayers {
     /// Null where nothing can be played.
     const std::shared_ptr<platform::PlayerSystem>& players();
 
+    /// Does on the screen in front what the key does. Throws OutOfRange.
+    void handleKeyAction(KeyAction action);
     platform::Task loadGroup(const UUID& groupID);
     platform::Task loadCluster(std::vector<UUID> groupIDs);
     /// Ends when the screen in front shows what its newest seek asked for.
@@ -40,6 +44,8 @@ class ReviewPlayers {
     std::shared_ptr<platform::PlayerSystem> players_;
     const std::shared_ptr<ReviewViewModel> review_;
     const std::shared_ptr<MulticamViewModel> multicam_;
+    ShownClipAudio heard_;
+    platform::Subscription whenClosed_; ///< the clip left the review
     KeyboardMonitor keyboard_;
 };
 

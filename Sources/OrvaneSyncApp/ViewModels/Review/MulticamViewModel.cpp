@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/ViewModels/Review/MulticamViewModel.h"
 
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
 
 #include <utility>
 
@@ -15,6 +16,19 @@ std::shared_ptr<MulticamViewModel> MulticamViewModel::create(std::shared_ptr<Imp
         if (self && field == ImportField::syncGroups) self->follow();
     });
     return model;
+}
+
+std::vector<UUID> MulticamViewModel::camerasFor(const OpenWork& work, const std::vector<UUID>& chosen) {
+    if (chosen.size() != 1) return chosen;
+    const SyncGroup* clip = work.syncGroups().find(chosen.front());
+    if (clip == nullptr) return {};
+    const platform::SettingsStore& settings = *work.environment.settings;
+    std::vector<UUID> cameras;
+    for (const SyncGroup& camera :
+         SyncClustering::siblings(*clip, work.syncGroups(), settings.get(settings::clipNamingSource),
+                                  settings.get(settings::customNamingPattern)))
+        cameras.push_back(camera.id);
+    return cameras;
 }
 
 platform::Task MulticamViewModel::load(std::vector<UUID> groupIDs) {
@@ -68,6 +82,9 @@ void MulticamViewModel::handleKeyAction(KeyAction action) {
     case KeyAction::shuttleReverse:
     case KeyAction::slowMoReverse:
         return bag_.pressJ();
+    case KeyAction::toggleFullscreen:
+        if (toggleFullscreen) toggleFullscreen();
+        return;
     default:
         return;
     }

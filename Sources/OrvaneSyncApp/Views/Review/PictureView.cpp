@@ -1,10 +1,250 @@
 #include "OrvaneSyncApp/Views/Review/PictureView.h"
 
+#include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
+#include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
+#include "OrvaneSyncApp/Views/Review/LevelMeters.h"
+#include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
+#include "OrvaneSyncApp/Views/Review/ReviewActions.h"
+#include "OrvaneSyncApp/Views/Review/SyncLensView.h"
+#include "Platform/Playback/AudioOutput.h"
+
+#include <QAction>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <QStackedLayout>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <cmath>
 #include <utility>
 
 namespace orvane::views {
 
-PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent)
-    : QWidget(parent), desktop_(desktop), review_(std::move(review)) {}
+using namespace design;
+
+namespace {
+
+constexpr int wholeVolume = 100;
+constexpr int volumeWidth = 84;
+constexpr int loopFrames = 12; ///< on either side of the playhead, as around the clap
+
+QLabel* timecodeLabel(const QString& name, Qt::Alignment alignment) {
+    auto* label = new QLabel(QStringLiteral("00:00:00:00"));
+    label->setFont(timecodeFont());
+    label->setMinimumWidth(QFontMetrics(timecodeFont()).horizontalAdvance(label->text()) + space::tight);
+    label->setAlignment(alignment | Qt::AlignVCenter);
+    label->setAccessibleName(name);
+    label->setToolTip(name);
+    return label;
+}
+
+} // namespace
+
+QToolButton* transportButton(QAction* action) {
+    auto* button = new QToolButton;
+    button->setDefaultAction(action);
+    button->setAccessibleName(action->iconText());
+    button->setFocusPolicy(Qt::TabFocus);
+    return button;
+}
+
+PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, ReviewActions& actions,
+                         QWidget* parent)
+    : QWidget(parent), desktop_(desktop), review_(std::move(review)), actions_(actions),
+      self_(std::make_shared<PictureView*>(this)), queue_(platform::SerialQueue::create("sound device")) {
+    auto* pages = new QWidget;
+    pages_ = new QStackedLayout(pages);
+    pages_->addWidget(canvas_ = new PictureCanvas);
+    pages_->addWidget(lens_ = new SyncLensView(desktop_, review_));
+    pages_->addWidget(note_ = new EmptyState(Glyph::film, {}, {}));
+    canvas_->setEngine(review_->engine());
+    canvas_->whenScrolled = [this](double deltaY, bool isPrecise) {
+        review_->scrollFrames(deltaY, isPrecise);
+    };
+    canvas_->whenDoubleClicked = [this] { review_->fullscreen().toggleFullscreen(); };
+    review_->fullscreen().desktop = FullscreenWindow::desktop(review_->engine());
+
+    auto* picture = new QHBoxLayout;
+    picture->setSpacing(1);
+    picture->addWidget(pages, 1);
+    picture->addWidget(meters_ = new LevelMeters(desktop_.mainThread(), review_->engine()));
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(device_ = new Banner);
+    column->addLayout(picture, 1);
+    column->addWidget(makeTimecodes());
+    column->addWidget(makeBar(actions));
+
+    connect(actions.lens(), &QAction::toggled, this, [this] { showPage(); });
+    ofEngine_ = review_->engine()->onChange([this](VideoEngineField field) { follow(field); });
+    ofReview_ = review_->onChange([this] {
+        if (std::exchange(shown_, review_->groupID()) != shown_) meters_->clear();
+        if (shown_) lookForDevice();
+        showPage();
+        showTimecodes();
+    });
+    ofFullscreen_ = review_->fullscreen().onChange(
+        [this] { canvas_->setAsksForSize(!review_->fullscreen().isShowing()); });
+    showPage();
+    showTransport();
+    showTimecodes();
+}
+
+PictureView::~PictureView() {
+    review_->fullscreen().hide();
+    review_->fullscreen().desktop = {};
+}
+
+const SyncGroup* PictureView::clip() const {
+    const auto& id = review_->groupID();
+    return id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
+}
+
+QWidget* PictureView::makeTimecodes() {
+    auto* line = new QWidget;
+    auto* row = new QHBoxLayout(line);
+    row->setContentsMargins(space::small, space::tight, space::small, 0);
+    row->setSpacing(space::tight);
+    const auto glyph = [row](Glyph what) {
+        auto* label = new QLabel;
+        label->setPixmap(icon(what).pixmap(space::medium, space::medium));
+        row->addWidget(label);
+    };
+    glyph(Glyph::film);
+    row->addWidget(pictureTimecode_ = timecodeLabel(tr("Timecode of the picture"), Qt::AlignLeft));
+    row->addStretch(1);
+    row->addWidget(shuttle_ = new QLabel);
+    shuttle_->setFont(timecodeFont());
+    shuttle_->setAlignment(Qt::AlignCenter);
+    shuttle_->setAccessibleName(tr("Speed"));
+    row->addStretch(1);
+    row->addWidget(soundTimecode_ = timecodeLabel(tr("Timecode of the sound"), Qt::AlignRight));
+    glyph(Glyph::sound);
+    return line;
+}
+
+QWidget* PictureView::makeBar(ReviewActions& actions) {
+    toStart_ = new QAction(icon(Glyph::toStart), tr("To the Start"), this);
+    toStart_->setToolTip(tr("To the Start of the Clip"));
+    connect(toStart_, &QAction::triggered, this, [this] {
+        JSON arguments = JSON::object();
+        arguments.set("seconds", 0.0);
+        desktop_.run("playerSeek", std::move(arguments));
+    });
+    loop_ = new QAction(icon(Glyph::loop), tr("Loop"), this);
+    loop_->setCheckable(true);
+    connect(loop_, &QAction::triggered, this, [this] { toggleLoop(); });
+
+    auto* bar = new QWidget;
+    auto* row = new QHBoxLayout(bar);
+    row->setContentsMargins(space::small, 0, space::small, space::tight);
+    row->setSpacing(1);
+    row->addStretch(1);
+    for (QAction* action :
+         {toStart_, actions.action(KeyAction::stepBackward), actions.action(KeyAction::playPause),
+          actions.action(KeyAction::stepForward), actions.action(KeyAction::slowMoForward), loop_,
+          actions.action(KeyAction::clapCheck), actions.lens(), actions.action(KeyAction::toggleFullscreen)})
+        row->addWidget(transportButton(action));
+    row->addStretch(1);
+    auto* loudspeaker = new QLabel;
+    loudspeaker->setPixmap(icon(Glyph::sound).pixmap(space::medium, space::medium));
+    row->addWidget(loudspeaker);
+    row->addWidget(volume_ = new QSlider(Qt::Horizontal));
+    volume_->setAccessibleName(tr("Volume"));
+    volume_->setToolTip(tr("Volume"));
+    volume_->setFocusPolicy(Qt::TabFocus);
+    volume_->setMaximum(wholeVolume);
+    volume_->setFixedWidth(volumeWidth);
+    connect(volume_, &QSlider::valueChanged, this, [this](int value) {
+        JSON arguments = JSON::object();
+        arguments.set("volume", static_cast<double>(value) / wholeVolume);
+        desktop_.run("playerVolume", std::move(arguments));
+    });
+    return bar;
+}
+
+void PictureView::toggleLoop() {
+    VideoEngine& engine = *review_->engine();
+    if (engine.loop().isLooping) {
+        desktop_.run("playerClearLoop");
+    } else {
+        JSON arguments = JSON::object();
+        arguments.set("aroundSeconds", engine.playhead().seconds());
+        arguments.set("frames", loopFrames);
+        desktop_.run("playerLoop", std::move(arguments));
+    }
+    showTransport(); // also where nothing came of it
+}
+
+void PictureView::follow(VideoEngineField field) {
+    switch (field) {
+    case VideoEngineField::playhead:
+        return showTimecodes();
+    case VideoEngineField::transport:
+        showPage();
+        [[fallthrough]];
+    case VideoEngineField::sound:
+        showTimecodes();
+        [[fallthrough]];
+    case VideoEngineField::loop:
+        return showTransport();
+    case VideoEngineField::picture:
+        return;
+    }
+}
+
+void PictureView::showPage() {
+    const auto note = pictureNote(clip(), *review_->engine());
+    if (note) note_->setTexts(text(note->title), text(note->text));
+    const bool isLens = actions_.lens()->isChecked() && clip() != nullptr;
+    pages_->setCurrentWidget(isLens ? static_cast<QWidget*>(lens_)
+                             : note ? static_cast<QWidget*>(note_)
+                                    : canvas_);
+}
+
+void PictureView::showTransport() {
+    const VideoEngine& engine = *review_->engine();
+    const bool isPlaying = engine.transport().isPlaying;
+    QAction* play = actions_.action(KeyAction::playPause);
+    play->setIcon(icon(isPlaying ? Glyph::pause : Glyph::play));
+    shuttle_->setText(text(engine.loop().jklLabel));
+    loop_->setChecked(engine.loop().isLooping);
+    loop_->setToolTip(engine.loop().isLooping
+                          ? tr("End the Loop")
+                          : tr("Loop %1 Frames Either Side of the Playhead").arg(loopFrames));
+    toStart_->setEnabled(engine.transport().isLoaded);
+    loop_->setEnabled(engine.transport().isLoaded);
+    const QSignalBlocker quiet(volume_);
+    volume_->setValue(static_cast<int>(std::lround(engine.volume() * wholeVolume)));
+}
+
+void PictureView::showTimecodes() {
+    const SyncGroup* shown = clip();
+    const PlayheadState& playhead = review_->engine()->playhead();
+    pictureTimecode_->setText(shown == nullptr ? QString() : text(playhead.timecodeString()));
+    soundTimecode_->setText(shown == nullptr ? QString() : text(soundTimecode(*shown, playhead)));
+}
+
+void PictureView::lookForDevice() {
+    if (std::exchange(hasLookedForDevice_, true)) return;
+    look(self_, *queue_, desktop_.mainThread());
+}
+
+/// Asking the system for its devices takes its time.
+platform::Task PictureView::look(std::weak_ptr<PictureView*> weak, platform::SerialQueue& queue,
+                                 std::shared_ptr<platform::MainThread> mainThread) {
+    auto asking = platform::onQueue(queue, mainThread, [] { return platform::audioDeviceReport(); });
+    const platform::AudioDeviceReport report = co_await asking;
+    const auto self = weak.lock();
+    if (!self || report.isThere) co_return;
+    (*self)->device_->show(
+        Signal::doubtful, tr("Nothing is heard: there is no sound device (%1). Connect one, or choose one in "
+                             "the system's settings; playing goes on through it by itself.")
+                              .arg(text(report.description)));
+}
 
 } // namespace orvane::views

@@ -4,19 +4,74 @@
 
 #include <QWidget>
 
-#include <functional>
 #include <memory>
+#include <optional>
+
+class QAction;
+class QLabel;
+class QSlider;
+class QStackedLayout;
+class QToolButton;
+
+namespace orvane::design {
+class Banner;
+class EmptyState;
+} // namespace orvane::design
 
 namespace orvane::views {
 
-/// The picture of the clip in view with its timecodes, meters and transport.
+class LevelMeters;
+class PictureCanvas;
+class ReviewActions;
+class SyncLensView;
+
+/// A button that does what the action does, with its glyph alone. It takes the focus by Tab only, so that a
+/// click leaves the keys to the review.
+QToolButton* transportButton(QAction* action);
+
+/// The picture of the clip in view, or the sync lens in its place, with timecodes, meters and transport.
 class PictureView : public QWidget {
   public:
-    PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent = nullptr);
+    PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, ReviewActions& actions,
+                QWidget* parent = nullptr);
+    ~PictureView() override;
+
+    PictureCanvas& canvas() { return *canvas_; }
+    SyncLensView& lens() { return *lens_; }
 
   private:
+    QWidget* makeBar(ReviewActions& actions);
+    QWidget* makeTimecodes();
+    void follow(VideoEngineField field);
+    void showPage();
+    void showTransport();
+    void showTimecodes();
+    void toggleLoop();
+    void lookForDevice();
+    static platform::Task look(std::weak_ptr<PictureView*> weak, platform::SerialQueue& queue,
+                               std::shared_ptr<platform::MainThread> mainThread);
+    const SyncGroup* clip() const;
+
     Desktop& desktop_;
     const std::shared_ptr<ReviewViewModel> review_;
+    ReviewActions& actions_;
+    PictureCanvas* canvas_;
+    SyncLensView* lens_;
+    design::EmptyState* note_;
+    design::Banner* device_;
+    QStackedLayout* pages_;
+    LevelMeters* meters_;
+    QLabel* pictureTimecode_;
+    QLabel* shuttle_;
+    QLabel* soundTimecode_;
+    QAction* toStart_;
+    QAction* loop_;
+    QSlider* volume_;
+    std::optional<UUID> shown_;
+    bool hasLookedForDevice_ = false;
+    std::shared_ptr<PictureView*> self_; ///< null once this is gone
+    std::unique_ptr<platform::SerialQueue> queue_;
+    platform::Subscription ofEngine_, ofReview_, ofFullscreen_;
 };
 
 } // namespace orvane::views

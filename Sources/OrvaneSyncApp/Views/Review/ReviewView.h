@@ -5,6 +5,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <optional>
 
 class QSplitter;
 
@@ -13,6 +14,7 @@ namespace orvane::views {
 class InspectorView;
 class OutlineView;
 class PictureView;
+class ReviewActions;
 class TimelineView;
 
 /// The clip in view: the list of clips at the left, its picture over its timeline, at the right what is known
@@ -20,12 +22,25 @@ class TimelineView;
 class ReviewView : public QWidget {
   public:
     /// `leave`: back to the list of results.
-    ReviewView(Desktop& desktop, std::function<void()> leave, QWidget* parent = nullptr);
+    ReviewView(Desktop& desktop, ReviewActions& actions, std::function<void()> leave,
+               QWidget* parent = nullptr);
+    ~ReviewView() override;
 
     /// Opens the clip on its clap. One that is not there any more leaves the screen as it is.
     void open(const UUID& groupID);
+    /// Leaves the clip; its player is at rest.
+    void leaveClip();
+    const std::optional<UUID>& clip() const { return desktop_.players().review()->groupID(); }
+    /// Called when another clip has come into view.
+    std::function<void()> whenMoved;
+    void savePlaces() const;
+    PictureView& picture() { return *picture_; }
 
   private:
+    void go(int step);
+    /// Of the clips in the order of the outline.
+    std::optional<UUID> neighbour(const UUID& of, int step) const;
+
     Desktop& desktop_;
     QSplitter* columns_;
     QSplitter* rows_;

@@ -1,0 +1,40 @@
+#include "OrvaneSyncApp/ViewModels/Review/CameraAxis.h"
+
+#include "OrvaneSyncCore/Utilities/ClusterTimelineAxis.h"
+
+#include <algorithm>
+
+namespace orvane {
+
+CameraAxis CameraAxis::of(const ClusterEngineBag& bag) {
+    CameraAxis axis;
+    for (const auto& [id, label] : bag.memberLabels()) {
+        const double start = -bag.memberSyncOffsets().at(id);
+        const double length = bag.engines().at(id)->playhead().clipDuration;
+        axis.cameras.push_back({id, label, start, start + length});
+    }
+    if (axis.cameras.empty()) return axis;
+    axis.startSeconds = std::ranges::min(axis.cameras, {}, &Camera::startSeconds).startSeconds;
+    axis.endSeconds = std::ranges::max(axis.cameras, {}, &Camera::endSeconds).endSeconds;
+    return axis;
+}
+
+double CameraAxis::x(double seconds, double width) const {
+    return ClusterTimelineAxis::x(seconds - startSeconds, width, endSeconds - startSeconds);
+}
+
+double CameraAxis::seconds(double x, double width) const {
+    return startSeconds + ClusterTimelineAxis::audioClockSeconds(x, width, endSeconds - startSeconds);
+}
+
+std::optional<double> sharedPlayhead(const ClusterEngineBag& bag) {
+    std::optional<UUID> leader;
+    for (const auto& [id, label] : bag.memberLabels()) {
+        if (bag.engines().at(id)->player() == nullptr) continue;
+        if (!leader || id == bag.audioSourceMemberID()) leader = id;
+    }
+    if (!leader) return std::nullopt;
+    return bag.engines().at(*leader)->playhead().seconds() - bag.memberSyncOffsets().at(*leader);
+}
+
+} // namespace orvane

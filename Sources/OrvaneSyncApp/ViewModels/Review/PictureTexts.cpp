@@ -1,0 +1,53 @@
+#include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
+
+#include "OrvaneSyncCore/Services/Takes/ClipSound.h"
+#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+
+namespace orvane {
+
+std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engine) {
+    if (clip == nullptr)
+        return PictureNote{"No clip is open", "Choose one at the left, or a take for all its cameras."};
+    if (engine.players() == nullptr)
+        return PictureNote{"Pictures and sound cannot be played", "'orvanesync doctor' says why."};
+    if (engine.transport().isLoading) return std::nullopt;
+    if (!engine.transport().isLoaded)
+        return PictureNote{"The clip cannot be played",
+                           clip->video.filename +
+                               " holds no picture and no sound that can be read, or is not there any more. "
+                               "Look for it in its folder, or export the clip as it is."};
+    if (!engine.player()->facts().hasPicture)
+        return PictureNote{"Sound only", clip->video.filename +
+                                             " holds no picture that can be decoded. Its sound plays, "
+                                             "and the document names the file all the same."};
+    return std::nullopt;
+}
+
+namespace {
+
+/// Seconds on the wall clock of the recording's first sample.
+std::optional<double> startSeconds(const MediaAsset& audio, TimecodeFrameRate rateOfPicture) {
+    if (audio.bextTimeReference && audio.sampleRate && *audio.sampleRate > 0)
+        return TimecodeUtils::bextToSeconds(*audio.bextTimeReference, *audio.sampleRate);
+    if (!audio.startTimecodeString) return std::nullopt;
+    const auto start =
+        Timecode::fromString(*audio.startTimecodeString, audio.timecodeFrameRate.value_or(rateOfPicture));
+    return start ? std::optional(start->realTimeValue()) : std::nullopt;
+}
+
+} // namespace
+
+std::string soundTimecode(const SyncGroup& clip, const PlayheadState& playhead) {
+    constexpr const char* none = "--:--:--:--";
+    const MediaAsset* audio = clip.primaryAudio();
+    if (audio == nullptr) return none;
+    const TimecodeFrameRate rate =
+        playhead.timecodeRate.value_or(TimecodeUtils::frameRate(playhead.frameRate));
+    const auto start = startSeconds(*audio, rate);
+    const double inAudio = playhead.seconds() - ClipSound(clip).primaryOffsetSeconds();
+    const bool isThere = inAudio >= 0 && (!audio->durationSeconds || inAudio <= *audio->durationSeconds);
+    if (!start || !isThere) return none;
+    return TimecodeUtils::secondsToTC(*start + inAudio, rate);
+}
+
+} // namespace orvane

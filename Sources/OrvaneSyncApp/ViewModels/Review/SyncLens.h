@@ -1,0 +1,87 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/VideoEngineState.h"
+#include "OrvaneSyncCore/Models/SyncGroup.h"
+#include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
+#include "Platform/Listeners.h"
+#include "Platform/MainThread.h"
+#include "Platform/Playback/Picture.h"
+#include "Platform/Task.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+/// What the sync lens looks at: the frame in which the clap is heard, the one before it and the one after,
+/// and the sound of the same time. Clip time.
+struct SyncLensPlan {
+    static constexpr std::size_t pictureCount = 3;
+
+    FileURL video;
+    std::optional<TakeSound> sound; ///< absent: the clip has no recording
+    double soundOffsetSeconds = 0;  ///< clip time of the sound's first sample
+    double clapSeconds = 0;
+    platform::MediaTime frameLength;
+    std::int64_t clapFrame = 0; ///< from 0
+
+    /// Where what it looks at begins; before 0 where the clap is in the first frame.
+    double startSeconds() const { return (frameLength * (clapFrame - 1)).seconds(); }
+    double endSeconds() const { return (frameLength * (clapFrame + 2)).seconds(); }
+    bool operator==(const SyncLensPlan&) const = default;
+};
+
+/// Nothing for a clip without a clap.
+std::optional<SyncLensPlan> syncLensPlan(const SyncGroup& clip, const PlayheadState& playhead);
+/// What stands below the picture of that place, from 0.
+std::string syncLensCaption(std::size_t picture);
+
+/// The pictures and the sound of a plan, read elsewhere; what a newer plan overtakes is never shown.
+/// Interface thread; held by a shared pointer, as loads hold it weakly.
+class SyncLens : public std::enable_shared_from_this<SyncLens> {
+  public:
+    /// Of a stretch of the sound, full scale at 1, over all channels.
+    struct Column {
+        float lowest = 0;
+        float highest = 0;
+    };
+    struct Seen {
+        std::array<std::optional<platform::Picture>, SyncLensPlan::pictureCount> pictures;
+        std::vector<Column> sound; ///< over the whole time of the plan; empty where none can be read
+    };
+    static std::shared_ptr<SyncLens> create(std::shared_ptr<platform::MainThread> mainThread);
+    ~SyncLens();
+
+    /// Reads it, unless it is what was asked for last. `columns`: of the sound.
+    void show(const SyncLensPlan& plan, platform::PictureSize limit, std::size_t columns);
+    void clear();
+
+    const std::optional<SyncLensPlan>& plan() const { return plan_; }
+    bool isLoading() const { return isLoading_; }
+    const Seen& seen() const { return seen_; }
+    platform::Subscription onChange(std::function<void()> callback) {
+        return changed_.add(std::move(callback));
+    }
+
+  private:
+    explicit SyncLens(std::shared_ptr<platform::MainThread> mainThread);
+    static platform::Task load(std::weak_ptr<SyncLens> weak, SyncLensPlan plan, platform::PictureSize limit,
+                               std::size_t columns);
+
+    const std::shared_ptr<platform::MainThread> mainThread_;
+    const std::unique_ptr<platform::SerialQueue> queue_;
+    std::optional<SyncLensPlan> plan_;
+    platform::PictureSize limit_;
+    std::size_t columns_ = 0;
+    std::optional<platform::Task> task_;
+    bool isLoading_ = false;
+    Seen seen_;
+    platform::Listeners<> changed_;
+};
+
+} // namespace orvane

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/Sheets/SheetMenus.h"
+
+#include <QKeySequence>
+#include <QObject>
+#include <QStringList>
+
+#include <functional>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+class QAction;
+class QMainWindow;
+class QMenu;
+
+namespace orvane::views {
+
+class ReviewActions;
+
+/// The menus and tools of the window. Each entry runs a command of the table, or shows something.
+class MainMenus : public QObject {
+  public:
+    /// What they ask of the screens.
+    struct Screens {
+        std::function<std::vector<UUID>()> clips; ///< that commands for clips act on
+        std::function<void(std::string_view)> runForClips;
+        std::function<void()> renameClip, openReview, openMulticam, showResults, newScan, leaveStart, find;
+        std::function<void(const QStringList& paths)> openPaths;
+        std::function<bool()> isPlaying; ///< a screen that plays is in front
+        QWidget* sessions;               ///< that can be hidden
+    };
+    MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& review, Screens screens);
+
+    /// After the work, the selection or the screen has changed.
+    void update();
+
+  private:
+    void makeFile();
+    void makeEdit();
+    void makeClip();
+    void makeAudio();
+    void makeReview(ReviewActions& review);
+    void makeView();
+    void makeHelp();
+    void makeTools();
+    /// A row of the table in a menu.
+    QAction* addCommand(QMenu* menu, std::string_view id, const QKeySequence& key = {}, JSON arguments = {});
+    QAction* addClipCommand(QMenu* menu, std::string_view id, const QKeySequence& key = {});
+    /// The actions of menus that have a key of the user's choice.
+    void showKeys();
+    void listScreens(QMenu* menu);
+    void chooseAndRun(std::string_view id, const QString& caption, const QString& filter, bool isSaved);
+    bool applies(std::string_view id, const std::vector<UUID>& clips) const;
+
+    Desktop& desktop_;
+    QMainWindow& window_;
+    const Screens screens_;
+    std::vector<std::pair<QAction*, std::string_view>> commandActions_;
+    std::vector<std::pair<QAction*, std::string_view>> clipActions_;
+    QMenu* clip_ = nullptr;
+    QMenu* audio_ = nullptr;
+    SheetActions sheets_{};
+    QAction* undo_ = nullptr;
+    QAction* redo_ = nullptr;
+    QAction* open_ = nullptr;
+    QAction* save_ = nullptr;
+    QAction* export_ = nullptr;
+    QAction* rename_ = nullptr;
+    QAction* review_ = nullptr;
+    QAction* multicam_ = nullptr;
+    QAction* results_ = nullptr;
+    platform::Subscription bindings_;
+};
+
+} // namespace orvane::views

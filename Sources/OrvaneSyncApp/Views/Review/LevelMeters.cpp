@@ -1,0 +1,152 @@
+#include "OrvaneSyncApp/Views/Review/LevelMeters.h"
+
+#include "OrvaneDesignKit/Theme.h"
+#include "OrvaneSyncApp/Views/Desktop.h"
+
+#include <QHelpEvent>
+#include <QPainter>
+#include <QToolTip>
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+constexpr int widestBar = 10, gap = 2, clipHeight = 10;
+constexpr int mostWidth = 132;
+constexpr double lowestDB = -60;      // the meter's range ends at full scale
+constexpr int updatesAfterRest = 180; // three seconds, until bars and peaks have fallen
+
+double share(double decibels) { return std::clamp(1 - decibels / lowestDB, 0.0, 1.0); }
+
+} // namespace
+
+LevelMeters::LevelMeters(const std::shared_ptr<platform::MainThread>& mainThread,
+                         std::shared_ptr<VideoEngine> engine, QWidget* parent)
+    : QWidget(parent), engine_(std::move(engine)), provider_(AudioLevelProvider::create(mainThread)) {
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
+    setAccessibleName(tr("Levels"));
+    setFont(factsFont());
+    ofEngine_ = engine_->onChange([this](VideoEngineField field) { follow(field); });
+    ofLevels_ = provider_->onChange([this] { measure(); });
+    follow(VideoEngineField::transport);
+}
+
+QSize LevelMeters::sizeHint() const {
+    const int channels = std::max(channels_, 2);
+    return {std::min(channels * (widestBar + gap) + 2 * space::tight, mostWidth), 120};
+}
+
+void LevelMeters::follow(VideoEngineField field) {
+    const platform::Player* player = engine_->player();
+    if (player == nullptr) {
+        provider_->detach();
+        if (channels_ != 0) clear();
+        channels_ = 0;
+        return;
+    }
+    if (field == VideoEngineField::transport || field == VideoEngineField::sound) {
+        channels_ = player->facts().soundChannelCount;
+        updateGeometry();
+        update();
+    }
+    // A step is heard as well as what plays.
+    if (field == VideoEngineField::picture || field == VideoEngineField::loop) return;
+    restUpdates_ = 0;
+    if (!provider_->isActive()) provider_->attach(*player);
+}
+
+void LevelMeters::measure() {
+    if (!provider_->isActive()) return;
+    const platform::Player* player = engine_->player();
+    if (player == nullptr) return;
+    constexpr double nanoseconds = 1e9;
+    held_.update(player->levels(), static_cast<double>(player->hostTime().count()) / nanoseconds);
+    const auto differs = [](const ChannelLevel& a, const ChannelLevel& b) {
+        constexpr float visible = 0.004F; // of the bar
+        return std::abs(a.peak - b.peak) > visible || std::abs(a.rms - b.rms) > visible;
+    };
+    const auto& levels = provider_->levels().channels;
+    if (!std::ranges::equal(levels, levels_, [&](const auto& a, const auto& b) { return !differs(a, b); }) ||
+        held_.channels() != painted_) {
+        levels_ = levels;
+        painted_ = held_.channels();
+        update();
+    }
+    if (engine_->transport().isPlaying || ++restUpdates_ < updatesAfterRest) return;
+    provider_->detach();
+}
+
+void LevelMeters::clear() {
+    held_.clear();
+    painted_.clear();
+    levels_.clear();
+    update();
+}
+
+void LevelMeters::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    const Colours& all = colours();
+    painter.fillRect(rect(), all.panel);
+    if (channels_ <= 0) return;
+    const double pitch = (width() - 2.0 * space::tight) / channels_;
+    const double bar = std::clamp(pitch - gap, 1.0, static_cast<double>(widestBar));
+    const double top = space::tight + clipHeight + gap, bottom = height() - space::tight;
+    for (int i = 0; i < channels_; ++i) {
+        const double left = space::tight + i * pitch;
+        const auto at = static_cast<std::size_t>(i);
+        const QRectF whole(left, top, bar, bottom - top);
+        painter.fillRect(whole, all.window);
+        if (at < levels_.size()) {
+            const QColor colour = channelColour(i);
+            const auto fill = [&](double level, const QColor& with) {
+                QRectF part = whole;
+                part.setTop(bottom - level * whole.height());
+                painter.fillRect(part, with);
+            };
+            fill(levels_[at].peak, colour.darker(180));
+            fill(levels_[at].rms, colour);
+        }
+        if (at >= painted_.size()) continue;
+        const double peak = share(painted_[at].peakDB);
+        if (peak > 0) painter.fillRect(QRectF(left, bottom - peak * whole.height(), bar, 1.5), all.text);
+        if (!painted_[at].isClipped) continue;
+        const QRectF mark(left, space::tight, bar, clipHeight);
+        painter.fillRect(mark, all.missing);
+        painter.setPen(all.window);
+        if (bar >= widestBar) painter.drawText(mark, Qt::AlignCenter, QStringLiteral("!"));
+    }
+    painter.setPen(all.line);
+    for (const double decibels : {-12.0, -24.0, -48.0}) {
+        const double y = bottom - share(decibels) * (bottom - top);
+        painter.drawLine(QPointF(0, y), QPointF(space::tight - 1, y));
+        painter.drawLine(QPointF(width() - space::tight + 1, y), QPointF(width(), y));
+    }
+}
+
+int LevelMeters::channelAt(int x) const {
+    const double pitch = (width() - 2.0 * space::tight) / std::max(channels_, 1);
+    return std::clamp(static_cast<int>((x - space::tight) / pitch), 0, std::max(channels_ - 1, 0));
+}
+
+bool LevelMeters::event(QEvent* event) {
+    if (event->type() != QEvent::ToolTip || channels_ == 0) return QWidget::event(event);
+    const auto* help = static_cast<QHelpEvent*>(event);
+    const int channel = channelAt(help->x());
+    QString words = text(AudioLevels::channelName(channel, channels_));
+    const auto at = static_cast<std::size_t>(channel);
+    if (at < painted_.size()) {
+        words += tr(": peak %1 dBFS").arg(std::max(painted_[at].peakDB, lowestDB), 0, 'f', 1);
+        if (painted_[at].isClipped) words += tr("\nReached full scale. A click takes the mark away.");
+    }
+    QToolTip::showText(help->globalPos(), words, this);
+    return true;
+}
+
+void LevelMeters::mousePressEvent(QMouseEvent*) { clear(); }
+
+} // namespace orvane::views

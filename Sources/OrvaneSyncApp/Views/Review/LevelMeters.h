@@ -1,0 +1,40 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/AudioLevelProvider.h"
+#include "OrvaneSyncApp/Controllers/VideoEngine.h"
+#include "OrvaneSyncApp/ViewModels/Review/PeakHold.h"
+
+#include <QWidget>
+
+namespace orvane::views {
+
+/// A bar a channel of what is heard, the highest peak of the last moments, and a mark on a channel that
+/// reached full scale; a click takes the marks away. It measures while sound runs and shortly after.
+class LevelMeters : public QWidget {
+  public:
+    LevelMeters(const std::shared_ptr<platform::MainThread>& mainThread, std::shared_ptr<VideoEngine> engine,
+                QWidget* parent = nullptr);
+    QSize sizeHint() const override;
+    void clear();
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    bool event(QEvent* event) override;
+
+  private:
+    void follow(VideoEngineField field);
+    void measure();
+    int channelAt(int x) const;
+
+    const std::shared_ptr<VideoEngine> engine_;
+    const std::shared_ptr<AudioLevelProvider> provider_;
+    PeakHold held_;
+    std::vector<PeakHold::Channel> painted_;
+    std::vector<ChannelLevel> levels_; ///< painted
+    int channels_ = 0;
+    int restUpdates_ = 0; ///< since the sound stood still
+    platform::Subscription ofEngine_, ofLevels_;
+};
+
+} // namespace orvane::views

@@ -1,0 +1,189 @@
+#include "OrvaneSyncApp/Views/Review/MulticamView.h"
+
+#include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/Views/Review/CameraStrip.h"
+#include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
+#include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
+#include "OrvaneSyncApp/Views/Review/PictureView.h"
+#include "OrvaneSyncApp/Views/Review/ReviewActions.h"
+
+#include <QAction>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <cmath>
+#include <utility>
+
+namespace orvane::views {
+
+using namespace design;
+
+/// One camera: its picture, its name, and whether it is heard.
+class MulticamView::Cell : public QFrame {
+  public:
+    Cell(const UUID& camera, const QString& name, const std::shared_ptr<VideoEngine>& engine,
+         const std::function<void(const UUID&)>& hear, const std::function<void(const UUID&)>& openClip)
+        : id(camera) {
+        setProperty("panel", true);
+        auto* column = new QVBoxLayout(this);
+        column->setContentsMargins(2, 2, 2, 2);
+        column->setSpacing(0);
+        canvas_ = new PictureCanvas;
+        canvas_->setEngine(engine);
+        canvas_->setToolTip(tr("A click hears this camera, a double click opens it alone."));
+        canvas_->whenClicked = [this, hear] { hear(id); };
+        canvas_->whenDoubleClicked = [this, openClip] { openClip(id); };
+        column->addWidget(canvas_, 1);
+        auto* row = new QHBoxLayout;
+        row->setContentsMargins(space::tight, 0, 0, 0);
+        auto* label = new QLabel(name);
+        row->addWidget(label, 1);
+        heard_ = button(tr("Hear"), Glyph::sound, Weight::quiet);
+        heard_->setCheckable(true);
+        heard_->setFocusPolicy(Qt::TabFocus);
+        heard_->setAccessibleName(tr("Hear %1").arg(name));
+        connect(heard_, &QPushButton::clicked, this, [this, hear] { hear(id); });
+        row->addWidget(heard_);
+        column->addLayout(row);
+    }
+    void showHeard(bool isHeard) {
+        heard_->setChecked(isHeard);
+        heard_->setText(isHeard ? tr("Heard") : tr("Hear"));
+    }
+    void setAsksForSize(bool asks) { canvas_->setAsksForSize(asks); }
+    const UUID id;
+
+  private:
+    PictureCanvas* canvas_;
+    QPushButton* heard_;
+};
+
+MulticamView::MulticamView(Desktop& desktop, ReviewActions& actions, std::function<void()> leave,
+                           std::function<void(const UUID&)> openClip, QWidget* parent)
+    : QWidget(parent), desktop_(desktop), multicam_(desktop.players().multicam()), actions_(actions),
+      openClip_(std::move(openClip)) {
+    setAccessibleName(tr("Multicam"));
+    setFocusPolicy(Qt::StrongFocus);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(space::small, space::small, space::small, space::small);
+    column->setSpacing(space::small);
+    auto* top = new QHBoxLayout;
+    QPushButton* back = button(tr("Results"), Glyph::back, Weight::quiet);
+    back->setFocusPolicy(Qt::TabFocus);
+    back->setToolTip(tr("Back to the Results (Esc)"));
+    connect(back, &QPushButton::clicked, this, [leave = std::move(leave)] { leave(); });
+    top->addWidget(back);
+    top->addStretch(1);
+    QLabel* hint = new QLabel(text(MulticamViewModel::hint));
+    hint->setFont(factsFont());
+    hint->setProperty("facts", true);
+    top->addWidget(hint);
+    column->addLayout(top);
+    auto* pictures = new QWidget;
+    grid_ = new QGridLayout(pictures);
+    grid_->setContentsMargins(0, 0, 0, 0);
+    grid_->setSpacing(space::tight);
+    column->addWidget(pictures, 1);
+    auto* transport = new QHBoxLayout;
+    transport->setSpacing(1);
+    transport->addStretch(1);
+    for (const KeyAction key :
+         {KeyAction::stepBackward, KeyAction::playPause, KeyAction::stepForward, KeyAction::toggleFullscreen})
+        transport->addWidget(transportButton(actions.action(key)));
+    transport->addStretch(1);
+    column->addLayout(transport);
+    column->addWidget(strip_ = new CameraStrip(desktop_, multicam_));
+    multicam_->toggleFullscreen = [this] { toggleFullscreen(); };
+    ofBag_ = multicam_->bag().onChange([this] { follow(); });
+}
+
+MulticamView::~MulticamView() { multicam_->toggleFullscreen = nullptr; }
+
+void MulticamView::toggleFullscreen() {
+    if (fullscreen_) {
+        fullscreen_.reset();
+    } else if (const auto& heard = multicam_->bag().audioSourceMemberID()) {
+        const auto& engine = multicam_->bag().engines().at(*heard);
+        fullscreen_ =
+            std::make_unique<FullscreenManager>(engine, desktop_.controller().work().environment.settings);
+        fullscreen_->desktop = FullscreenWindow::desktop(engine);
+        fullscreen_->toggleFullscreen();
+        if (!fullscreen_->isShowing()) fullscreen_.reset(); // nothing to show, or no screen
+    }
+    const auto& heard = multicam_->bag().audioSourceMemberID();
+    for (Cell* cell : cells_) cell->setAsksForSize(!fullscreen_ || cell->id != heard);
+}
+
+bool MulticamView::handleFullscreen(const KeyEvent& event) {
+    const auto& typed = event.charactersIgnoringModifiers;
+    const bool isBack = event.keyCode == Shortcut::KeyCode::escape || typed == "f" || typed == "F";
+    if (!fullscreen_ || !event.isDown || !isBack) return false;
+    toggleFullscreen();
+    return true;
+}
+
+void MulticamView::open(const std::vector<UUID>& groupIDs) {
+    JSON::Array ids;
+    for (const UUID& id : groupIDs) ids.emplace_back(id.text());
+    JSON arguments = JSON::object();
+    arguments.set("groupIDs", std::move(ids));
+    desktop_.run("clusterLoad", std::move(arguments));
+}
+
+void MulticamView::leaveTake() { multicam_->close(); }
+
+void MulticamView::follow() {
+    std::vector<UUID> members;
+    for (const auto& [id, label] : multicam_->bag().memberLabels()) members.push_back(id);
+    if (members != shown_) {
+        shown_ = std::move(members);
+        layOut();
+    }
+    const auto& heard = multicam_->bag().audioSourceMemberID();
+    for (Cell* cell : cells_) cell->showHeard(heard == cell->id);
+    strip_->follow();
+    strip_->followPlayhead();
+}
+
+void MulticamView::layOut() {
+    fullscreen_.reset();
+    ofEngines_.clear();
+    for (Cell* cell : cells_) {
+        grid_->removeWidget(cell);
+        cell->hide();
+        cell->deleteLater();
+    }
+    cells_.clear();
+    const auto count = static_cast<int>(shown_.size());
+    const int across = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(std::max(count, 1)))));
+    const auto hear = [this](const UUID& id) {
+        JSON arguments = JSON::object();
+        arguments.set("groupID", id.text());
+        desktop_.run("clusterAudioSource", std::move(arguments));
+    };
+    for (const auto& [id, label] : multicam_->bag().memberLabels()) {
+        const auto& engine = multicam_->bag().engines().at(id);
+        const SyncGroup* clip = desktop_.controller().work().syncGroups().find(id);
+        QString name = text(label);
+        if (clip != nullptr && label != clip->video.filename)
+            name += QStringLiteral("   ") + text(clip->video.filename);
+        auto* cell = new Cell(id, name, engine, hear, openClip_);
+        const auto at = static_cast<int>(cells_.size());
+        grid_->addWidget(cell, at / across, at % across);
+        cells_.push_back(cell);
+        ofEngines_.push_back(engine->onChange([this](VideoEngineField field) {
+            if (field == VideoEngineField::transport) {
+                actions_.action(KeyAction::playPause)
+                    ->setIcon(icon(multicam_->bag().isPlaying() ? Glyph::pause : Glyph::play));
+                strip_->follow();
+            }
+            if (field == VideoEngineField::playhead || field == VideoEngineField::transport)
+                strip_->followPlayhead();
+        }));
+    }
+}
+
+} // namespace orvane::views

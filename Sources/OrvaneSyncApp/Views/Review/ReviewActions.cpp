@@ -1,0 +1,112 @@
+#include "OrvaneSyncApp/Views/Review/ReviewActions.h"
+
+#include "OrvaneDesignKit/Icons.h"
+#include "OrvaneSyncApp/Views/Review/KeyEvents.h"
+
+#include <QAction>
+#include <QKeySequence>
+#include <QMenu>
+
+#include <array>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+struct Drawn {
+    KeyAction action;
+    Glyph glyph;
+};
+constexpr std::array<Drawn, 9> glyphs{{{KeyAction::playPause, Glyph::play},
+                                       {KeyAction::stepBackward, Glyph::frameBack},
+                                       {KeyAction::stepForward, Glyph::frameForward},
+                                       {KeyAction::slowMoForward, Glyph::slow},
+                                       {KeyAction::clapCheck, Glyph::clap},
+                                       {KeyAction::toggleFullscreen, Glyph::fullscreen},
+                                       {KeyAction::toggleApproved, Glyph::approve},
+                                       {KeyAction::lockCurrent, Glyph::lock},
+                                       {KeyAction::toggleAudioExpand, Glyph::waveform}}};
+
+bool isOfSync(KeyAction action) {
+    const ShortcutCategory category = orvane::category(action);
+    return category == ShortcutCategory::audioOffset || category == ShortcutCategory::sync ||
+           action == KeyAction::toggleApproved;
+}
+
+/// What all cameras of a take do together.
+bool isForCameras(KeyAction action) {
+    return action == KeyAction::toggleFullscreen ||
+           (category(action) == ShortcutCategory::playback && action != KeyAction::jumpNextEdit &&
+            action != KeyAction::jumpPrevEdit);
+}
+
+} // namespace
+
+ReviewActions::ReviewActions(Desktop& desktop, QObject* parent) : QObject(parent), desktop_(desktop) {
+    for (const ShortcutAction each : allShortcutActions()) {
+        const auto key = keyAction(each);
+        if (!key) continue;
+        auto* action = new QAction(text(label(*key)), this);
+        action->setIconText(text(label(*key)));
+        action->setStatusTip(text(helpText(*key)));
+        connect(action, &QAction::triggered, this, [this, key = *key] {
+            try {
+                desktop_.players().handleKeyAction(key);
+            } catch (const std::exception& why) {
+                if (desktop_.whenRefused) desktop_.whenRefused(text(why.what()));
+            }
+        });
+        actions_.emplace(*key, action);
+    }
+    for (const auto& [key, glyph] : glyphs) actions_.at(key)->setIcon(icon(glyph));
+    lens_ = new QAction(icon(Glyph::lens), tr("Sync Lens"), this);
+    lens_->setCheckable(true);
+    lens_->setShortcut(QKeySequence(Qt::Key_S));
+    lens_->setToolTip(tr("Sync Lens (S): the frames around the clap beside the sound"));
+    lens_->setStatusTip(
+        tr("Shows the frames before, at and after the clap beside the sound of that moment."));
+    bindings_ = desktop_.players().shortcuts()->onChange([this](ShortcutField field) {
+        if (field == ShortcutField::bindings) showKeys();
+    });
+    showKeys();
+}
+
+void ReviewActions::showKeys() {
+    const ShortcutBindings& bindings = desktop_.players().shortcuts()->bindings();
+    for (const auto& [key, action] : actions_) {
+        const QString name = text(label(key));
+        const auto found = bindings.find(key);
+        const QString keys = found == bindings.end() ? QString() : keyText(found->second);
+        action->setText(keys.isEmpty() ? name : name + QLatin1Char('\t') + keys);
+        action->setToolTip(keys.isEmpty() ? name : tr("%1 (%2)").arg(name, keys));
+    }
+}
+
+void ReviewActions::fillPlayback(QMenu& menu) const {
+    std::optional<ShortcutCategory> last;
+    for (const auto& [key, action] : actions_) {
+        if (isOfSync(key)) continue;
+        if (last && *last != category(key)) menu.addSeparator();
+        last = category(key);
+        menu.addAction(action);
+    }
+}
+
+void ReviewActions::fillSync(QMenu& menu) const {
+    for (const auto& [key, action] : actions_)
+        if (isOfSync(key) && category(key) != ShortcutCategory::audioOffset) menu.addAction(action);
+    menu.addAction(lens_);
+    menu.addSeparator();
+    for (const auto& [key, action] : actions_)
+        if (category(key) == ShortcutCategory::audioOffset) menu.addAction(action);
+}
+
+void ReviewActions::setInFront(bool isInFront, bool isReview) {
+    for (const auto& [key, action] : actions_)
+        action->setEnabled(isInFront && (isReview || isForCameras(key)));
+    lens_->setEnabled(isInFront && isReview);
+}
+
+} // namespace orvane::views

@@ -1,0 +1,113 @@
+#include "OrvaneSyncApp/Views/Review/ReviewKeys.h"
+
+#include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
+#include "OrvaneSyncApp/Views/Review/KeyEvents.h"
+
+#include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QAbstractSlider>
+#include <QAbstractSpinBox>
+#include <QApplication>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QTextEdit>
+
+namespace orvane::views {
+
+namespace {
+
+bool isTextEdited(const QWidget* focus) {
+    if (const auto* line = qobject_cast<const QLineEdit*>(focus)) return !line->isReadOnly();
+    if (const auto* page = qobject_cast<const QTextEdit*>(focus)) return !page->isReadOnly();
+    if (const auto* page = qobject_cast<const QPlainTextEdit*>(focus)) return !page->isReadOnly();
+    if (const auto* list = qobject_cast<const QComboBox*>(focus)) return list->isEditable();
+    return qobject_cast<const QAbstractSpinBox*>(focus) != nullptr;
+}
+
+/// Whether the control works by the key: it was reached by Tab, so its keys are meant for it.
+bool worksBy(const QWidget* control, int key) {
+    const bool isArrow =
+        key == Qt::Key_Left || key == Qt::Key_Right || key == Qt::Key_Up || key == Qt::Key_Down;
+    const bool isPress = key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter;
+    if (qobject_cast<const QAbstractButton*>(control) != nullptr) return key == Qt::Key_Space;
+    if (qobject_cast<const QAbstractSlider*>(control) != nullptr) return isArrow;
+    if (qobject_cast<const QComboBox*>(control) != nullptr ||
+        qobject_cast<const QAbstractItemView*>(control) != nullptr)
+        return isArrow || isPress;
+    return false;
+}
+
+} // namespace
+
+ReviewKeys::ReviewKeys(Desktop& desktop, QWidget& window, Screens screens)
+    : desktop_(desktop), window_(window), screens_(std::move(screens)) {
+    QApplication::instance()->installEventFilter(this);
+}
+
+ReviewKeys::~ReviewKeys() { QApplication::instance()->removeEventFilter(this); }
+
+bool ReviewKeys::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::FocusIn) {
+        const auto reason = static_cast<const QFocusEvent*>(event)->reason();
+        isFocusByTab_ = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason;
+        return false;
+    }
+    if (event->type() == QEvent::WindowDeactivate) {
+        // What is released in another window is not seen here.
+        if (watched == &window_) desktop_.players().keyboard().keyboardLost();
+        return false;
+    }
+    if (event->type() != QEvent::KeyPress && event->type() != QEvent::KeyRelease &&
+        event->type() != QEvent::ShortcutOverride)
+        return false;
+    const auto* receiver = qobject_cast<const QWidget*>(watched);
+    if (receiver == nullptr || !screens_.isInFront()) return false;
+    const bool isFullscreen = FullscreenWindow::isOne(receiver->window());
+    if (receiver->window() != &window_ && !isFullscreen) return false;
+    // An event that nobody took comes again for each parent.
+    const QWidget* focus = QApplication::focusWidget();
+    if (receiver != focus && receiver != receiver->window()) return false;
+    const auto& key = static_cast<const QKeyEvent&>(*event);
+    if (event->type() != QEvent::ShortcutOverride) return handle(key, isFullscreen);
+    const auto meant = keyEventOf(key);
+    if (!meant || isTextEdited(focus) || !isBound(*meant)) return false;
+    event->accept(); // before the shortcuts of menus
+    return true;
+}
+
+bool ReviewKeys::isBound(const KeyEvent& event) const {
+    using Code = Shortcut::KeyCode;
+    if (event.keyCode == Code::k || event.keyCode == Code::escape) return true;
+    KeyboardMonitor& keyboard = desktop_.players().keyboard();
+    if (keyboard.kHeld() && (event.keyCode == Code::j || event.keyCode == Code::l)) return true;
+    const auto shortcut = shortcutFor(event);
+    const auto action =
+        shortcut ? desktop_.players().shortcuts()->action(shortcut->key, shortcut->modifiers) : std::nullopt;
+    return action && keyAction(*action);
+}
+
+bool ReviewKeys::handle(const QKeyEvent& event, bool isFullscreen) {
+    const auto meant = keyEventOf(event);
+    if (!meant) return false;
+    const QWidget* focus = QApplication::focusWidget();
+    const bool isTyped = !isFullscreen && isTextEdited(focus);
+    if (!isFullscreen && isFocusByTab_ && worksBy(focus, event.key())) return false;
+    ReviewViewModel& review = *desktop_.players().review();
+    // Escape ends the loop that is under way, or else leaves the screen.
+    const bool leaves = !isFullscreen && !isTyped && meant->isDown && !meant->isRepeat &&
+                        meant->keyCode == Shortcut::KeyCode::escape &&
+                        meant->modifiers == ModifierSet::none && !review.engine()->loop().isLooping;
+    try {
+        if (isFullscreen && screens_.handleFullscreen(*meant)) return true;
+        const bool used = desktop_.players().keyboard().handle(*meant, isTyped);
+        if (leaves) screens_.leave();
+        return used || leaves;
+    } catch (const std::exception& why) {
+        if (desktop_.whenRefused) desktop_.whenRefused(text(why.what()));
+        return true;
+    }
+}
+
+} // namespace orvane::views

@@ -1,0 +1,146 @@
+#include "OrvaneSyncApp/Views/Review/SyncLensView.h"
+
+#include "OrvaneDesignKit/Theme.h"
+#include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
+
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+constexpr int gap = 2;
+constexpr int captionHeight = 20;
+constexpr double soundShare = 0.3; ///< of the height
+constexpr int pictures = static_cast<int>(SyncLensPlan::pictureCount);
+
+} // namespace
+
+SyncLensView::SyncLensView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent)
+    : QWidget(parent), desktop_(desktop), review_(std::move(review)),
+      lens_(SyncLens::create(desktop.mainThread())) {
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setAccessibleName(tr("Sync lens"));
+    setFont(factsFont());
+    ofLens_ = lens_->onChange([this] { update(); });
+    ofReview_ = review_->onChange([this] { look(); });
+    ofWork_ = desktop_.controller().onChange([this](ImportField field) {
+        if (field == ImportField::syncGroups) look();
+    });
+    ofEngine_ = review_->engine()->onChange([this](VideoEngineField field) {
+        if (field == VideoEngineField::transport) look();
+    });
+}
+
+void SyncLensView::look() {
+    if (!isVisible()) return;
+    const auto& id = review_->groupID();
+    const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
+    const VideoEngine& engine = *review_->engine();
+    const auto plan = clip != nullptr && engine.transport().isLoaded ? syncLensPlan(*clip, engine.playhead())
+                                                                     : std::nullopt;
+    if (!plan) {
+        lens_->clear();
+        return update();
+    }
+    const double ratio = devicePixelRatioF();
+    const QRect first = pictureRect(0);
+    lens_->show(*plan,
+                {static_cast<int>(std::lround(first.width() * ratio)),
+                 static_cast<int>(std::lround(first.height() * ratio))},
+                static_cast<std::size_t>(std::max(soundRect().width(), 1)));
+}
+
+void SyncLensView::resizeEvent(QResizeEvent*) { look(); }
+void SyncLensView::showEvent(QShowEvent*) { look(); }
+void SyncLensView::hideEvent(QHideEvent*) { lens_->clear(); }
+
+QRect SyncLensView::soundRect() const {
+    const int height = static_cast<int>(this->height() * soundShare);
+    return {0, this->height() - height, width(), height};
+}
+
+QRect SyncLensView::pictureRect(int index) const {
+    const int left = width() * index / pictures, right = width() * (index + 1) / pictures;
+    return {left, 0, right - left - (index + 1 < pictures ? gap : 0), soundRect().top() - captionHeight};
+}
+
+void SyncLensView::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    const Colours& all = colours();
+    painter.fillRect(rect(), all.picture);
+    if (!lens_->plan()) {
+        painter.setPen(all.text);
+        painter.drawText(rect().adjusted(space::large, 0, -space::large, 0),
+                         Qt::AlignCenter | Qt::TextWordWrap,
+                         tr("This clip has no clap yet. Put the playhead on the clap, by ear or by eye, and "
+                            "choose Sync > Update Clap Point."));
+        return;
+    }
+    const SyncLens::Seen& seen = lens_->seen();
+    for (int i = 0; i < pictures; ++i) {
+        const QRect place = pictureRect(i);
+        const auto& picture = seen.pictures.at(static_cast<std::size_t>(i));
+        if (picture)
+            paintFitted(painter, place, imageOf(*picture));
+        else {
+            painter.setPen(all.facts);
+            painter.drawText(place, Qt::AlignCenter,
+                             lens_->isLoading() ? tr("Reading…") : tr("No picture here"));
+        }
+        const bool isClap = i == 1;
+        const QRect caption(place.left(), place.bottom() + 1, place.width(), captionHeight);
+        painter.fillRect(caption, isClap ? all.selected : all.panel);
+        painter.setPen(isClap ? all.onSelected : all.facts);
+        painter.drawText(caption, Qt::AlignCenter, text(syncLensCaption(static_cast<std::size_t>(i))));
+    }
+    paintSound(painter);
+}
+
+void SyncLensView::paintSound(QPainter& painter) const {
+    const Colours& all = colours();
+    const SyncLens::Seen& seen = lens_->seen();
+    const SyncLensPlan& plan = *lens_->plan();
+    const QRect place = soundRect();
+    painter.fillRect(place, all.window);
+    painter.setPen(all.line);
+    for (int i = 1; i < pictures; ++i) {
+        const int x = pictureRect(i).left();
+        painter.drawLine(x, place.top(), x, place.bottom());
+    }
+    if (seen.sound.empty()) {
+        painter.setPen(all.facts);
+        painter.drawText(place, Qt::AlignCenter,
+                         lens_->isLoading() ? tr("Reading…")
+                                            : tr("No sound here. Attach a recording to compare with."));
+    } else {
+        const double middle = place.center().y() + 0.5;
+        // Blown up to the loudest moment: what counts is where it is.
+        float loudest = 1e-4F;
+        for (const SyncLens::Column& column : seen.sound)
+            loudest = std::max({loudest, column.highest, -column.lowest});
+        const double scale = (place.height() / 2.0 - 3) / loudest;
+        const double width = static_cast<double>(place.width()) / static_cast<double>(seen.sound.size());
+        const QColor colour = channelColour(0);
+        for (std::size_t i = 0; i < seen.sound.size(); ++i) {
+            const SyncLens::Column& column = seen.sound[i];
+            const double top = middle - column.highest * scale, bottom = middle - column.lowest * scale;
+            painter.fillRect(QRectF(place.left() + static_cast<double>(i) * width, top, width,
+                                    std::max(bottom - top, 1.0)),
+                             colour);
+        }
+    }
+    const double length = plan.endSeconds() - plan.startSeconds();
+    const double x = place.left() + place.width() * (plan.clapSeconds - plan.startSeconds()) / length;
+    painter.fillRect(QRectF(x - 0.75, place.top(), 1.5, place.height()), all.text);
+    const QString word = tr("Clap");
+    painter.setPen(all.text);
+    painter.drawText(QPointF(x + space::tight, place.top() + painter.fontMetrics().ascent() + 2), word);
+}
+
+} // namespace orvane::views

@@ -1,0 +1,71 @@
+#include "OrvaneSyncApp/ViewModels/Review/PeakHold.h"
+#include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
+#include "OrvaneSyncApp/ViewModels/Review/SyncLens.h"
+#include "Support/Assets.h"
+#include "Support/Test.h"
+
+namespace orvane {
+namespace {
+
+SyncGroup clipWithSound(double offset) {
+    SyncGroup clip =
+        test::clip(test::video("A.mov", "10:00:00:00", 20), test::audio("T.wav", "09:59:58:00", 10));
+    clip.audioMatches.front().syncOffsetSeconds = offset;
+    return clip;
+}
+
+PlayheadState playheadAt(double seconds) {
+    return {.time = platform::MediaTime::fromSeconds(seconds), .clipDuration = 20, .frameRate = 25};
+}
+
+} // namespace
+
+TEST(SyncLensTest, LooksAtTheFrameInWhichTheClapIsHeard) {
+    struct Case {
+        const char* name;
+        double offset, anchor;
+        std::int64_t frame; ///< -1: nothing to look at
+    };
+    const Case cases[] = {
+        {"within a frame", 0, 1.019, 25}, {"on the edge it is the frame that begins", 0, 0.36, 9},
+        {"in the first frame", 0, 0, 0},  {"moved by the offset", 2, 1, 75},
+        {"before the clip", -2, 1, -1},   {"behind the clip", 15, 6, -1}};
+    for (const Case& each : cases) {
+        SyncGroup clip = clipWithSound(each.offset);
+        clip.audioAnchorOffsetInAudioSeconds = each.anchor;
+        const auto plan = syncLensPlan(clip, playheadAt(0));
+        EXPECT_EQ(plan ? plan->clapFrame : -1, each.frame) << each.name;
+        if (!plan) continue;
+        EXPECT_NEAR(plan->endSeconds() - plan->startSeconds(), 3 / 25.0, 1e-9) << each.name;
+    }
+    EXPECT_FALSE(syncLensPlan(clipWithSound(0), playheadAt(0))) << "no clap";
+}
+
+TEST(PictureTextsTest, TimecodeOfTheSoundIsTheRecorders) {
+    EXPECT_EQ(soundTimecode(clipWithSound(-2), playheadAt(3)), "10:00:03:00");
+    EXPECT_EQ(soundTimecode(clipWithSound(1), playheadAt(1.4)), "09:59:58:10") << "by the sync, not the file";
+    EXPECT_EQ(soundTimecode(clipWithSound(2), playheadAt(1)), "--:--:--:--") << "before it begins";
+    EXPECT_EQ(soundTimecode(clipWithSound(0), playheadAt(11)), "--:--:--:--") << "behind its end";
+    SyncGroup exact = clipWithSound(0);
+    exact.audioMatches.front().audio.edit().bextTimeReference = 48'000 * 3600 + 23'040;
+    exact.audioMatches.front().audio.edit().sampleRate = 48'000;
+    EXPECT_EQ(soundTimecode(exact, playheadAt(0)), "01:00:00:12") << "its samples know more than its text";
+}
+
+TEST(PeakHoldTest, HoldsFallsAndKeepsTheMark) {
+    PeakHold hold;
+    const platform::ChannelPeak loud[] = {{1.0F, 0.5F}, {0.1F, 0.05F}};
+    hold.update(loud, 10);
+    hold.update({}, 11);
+    EXPECT_NEAR(hold.channels()[0].peakDB, 0, 0.01) << "held";
+    EXPECT_NEAR(hold.channels()[1].peakDB, -20, 0.01);
+    hold.update({}, 12);
+    EXPECT_NEAR(hold.channels()[0].peakDB, -20, 0.01) << "20 dB a second";
+    EXPECT_TRUE(hold.channels()[0].isClipped);
+    EXPECT_FALSE(hold.channels()[1].isClipped);
+    hold.clear();
+    hold.update(std::span(loud).subspan(1), 13);
+    EXPECT_FALSE(hold.channels()[0].isClipped);
+}
+
+} // namespace orvane

@@ -1,0 +1,239 @@
+#include "MediaFactory/WaveMaker.h"
+#include "OrvaneSyncApp/Views/MainWindow.h"
+#include "OrvaneSyncApp/Views/QtMainThread.h"
+#include "OrvaneSyncApp/Views/ResultsView.h"
+#include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
+#include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
+#include "OrvaneSyncApp/Views/Review/PictureView.h"
+#include "OrvaneSyncApp/Views/Review/ReviewView.h"
+#include "OrvaneSyncApp/Views/Review/SyncLensView.h"
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
+#include "Support/Assets.h"
+#include "Support/NumberedClip.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
+#include "Views/Application.h"
+
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QPointer>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTableView>
+
+namespace orvane::views {
+
+namespace {
+
+using test::waitUntil;
+
+constexpr double offset = 0.4; ///< of the first camera's sound
+
+/// Two cameras of one take of two seconds, and a clip alone. The sound claps at 0.8 s.
+class ReviewTest : public testing::Test {
+  protected:
+    ReviewTest() {
+        test::application();
+        registerStandardDefaults(*settings_);
+        Desktop::Dependencies dependencies;
+        dependencies.mainThread = qtMainThread();
+        dependencies.settings = settings_;
+        dependencies.sessionsDir = folder_.path("sessions");
+        dependencies.openPlayers = [thread = dependencies.mainThread] {
+            return std::shared_ptr(platform::PlayerSystem::create(thread));
+        };
+        desktop_ = std::make_unique<Desktop>(std::move(dependencies));
+        window_ = std::make_unique<MainWindow>(*desktop_);
+        window_->resize(1200, 800);
+        window_->show();
+    }
+
+    void SetUp() override {
+        constexpr std::size_t rate = 8000;
+        std::vector<float> samples(3 * rate, 0.001F);
+        for (std::size_t i = rate * 8 / 10; i < rate * 8 / 10 + 300; ++i)
+            samples[i] = i % 2 == 0 ? 0.9F : -0.9F;
+        MediaAsset sound = test::audio("T01.wav", "10:00:00:00", 3);
+        sound.url =
+            FileURL{folder_.write("T01.wav", test::WaveMaker()
+                                                 .format({.sampleRate = static_cast<std::uint32_t>(rate)})
+                                                 .samples(samples)
+                                                 .bytes())};
+        sound.channelCount = 1;
+        std::vector<SyncGroup> made;
+        for (const char* name : {"A001C001.mov", "B001C001.mov", "A001C002.mov"}) {
+            if (!test::NumberedClip{.pictures = 50, .encoding = "-c:v libx264 -g 12 -pix_fmt yuv420p"}.make(
+                    folder_.path(name)))
+                GTEST_SKIP() << "no encoder";
+            MediaAsset video = test::video(name, "10:00:00:00", 2);
+            video.url = FileURL{folder_.path(name)};
+            SyncGroup clip = test::clip(std::move(video), sound);
+            clip.audioMatches.front().syncOffsetSeconds = offset;
+            clip.audioAnchorOffsetInAudioSeconds = 0.8;
+            made.push_back(std::move(clip));
+        }
+        ids_ = {made[0].id, made[1].id, made[2].id};
+        desktop_->controller().openStoredWork({{}, {}, SyncGroupList({made[0], made[1], made[2]})});
+        QCoreApplication::processEvents();
+        ASSERT_EQ(window_->results().table()->model()->rowCount(), 3);
+    }
+
+    ReviewViewModel& review() { return *desktop_->players().review(); }
+    VideoEngine& engine() { return *review().engine(); }
+    const SyncGroup& clip(std::size_t index) {
+        return *desktop_->controller().work().syncGroups().find(ids_.at(index));
+    }
+    bool isOnScreen(std::size_t index) {
+        return review().shows(ids_.at(index)) && window_->review().picture().canvas().hasPicture();
+    }
+    void open() {
+        window_->results().select({ids_[0]});
+        window_->results().table()->setCurrentIndex(
+            window_->results().table()->selectionModel()->selectedRows().front());
+        QTest::keyClick(window_->results().table(), Qt::Key_Return);
+        ASSERT_TRUE(waitUntil([&] { return isOnScreen(0); }));
+    }
+    void press(Qt::Key key, Qt::KeyboardModifiers held = {}) { QTest::keyClick(window_.get(), key, held); }
+
+    test::TemporaryDirectory folder_;
+    std::shared_ptr<platform::MemorySettingsStore> settings_ =
+        std::make_shared<platform::MemorySettingsStore>();
+    std::unique_ptr<Desktop> desktop_;
+    std::unique_ptr<MainWindow> window_;
+    std::vector<UUID> ids_;
+};
+
+} // namespace
+
+TEST_F(ReviewTest, AClipIsNudgedLockedAndLeftByKeys) {
+    open();
+    constexpr int clapFrame = 30; // 0.8 + 0.4 s
+    ASSERT_TRUE(waitUntil([&] { return engine().player()->picture()->number == clapFrame; }));
+    press(Qt::Key_Period);
+    press(Qt::Key_Comma, Qt::ShiftModifier);
+    EXPECT_NEAR(clip(0).manualAudioOffsetSeconds, -9 / 25.0, 1e-9);
+    press(Qt::Key_L, Qt::ControlModifier);
+    EXPECT_TRUE(clip(0).isLocked) << "once, although a menu has the same key";
+    press(Qt::Key_BracketRight);
+    EXPECT_TRUE(waitUntil([&] { return isOnScreen(1); }));
+    press(Qt::Key_Return);
+    EXPECT_TRUE(clip(1).isApproved);
+    press(Qt::Key_BracketLeft);
+    press(Qt::Key_BracketLeft);
+    EXPECT_TRUE(review().shows(ids_[0])) << "nothing comes before the first";
+
+    ASSERT_TRUE(waitUntil([&] { return isOnScreen(0); }));
+    press(Qt::Key_C);
+    EXPECT_TRUE(engine().loop().isLooping);
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(engine().loop().isLooping);
+    EXPECT_TRUE(window_->review().isVisible()) << "Escape ends the loop first";
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(window_->results().isVisible());
+    EXPECT_FALSE(engine().transport().isLoaded);
+    EXPECT_EQ(window_->results().selectedClips(), std::vector{ids_[0]});
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_FALSE(clip(1).isApproved) << "what was decided is taken back from the list as well";
+}
+
+TEST_F(ReviewTest, KeysOfTextAndOfTabbedControlsAreTheirs) {
+    open();
+    QLineEdit field(&window_->review());
+    field.show();
+    field.setFocus();
+    ASSERT_EQ(QApplication::focusWidget(), &field);
+    QTest::keyClicks(&field, "k.c");
+    EXPECT_EQ(field.text(), "k.c");
+    EXPECT_EQ(clip(0).manualAudioOffsetSeconds, 0);
+    EXPECT_FALSE(engine().loop().isLooping || desktop_->players().keyboard().kHeld());
+
+    QPushButton button(&window_->review());
+    int presses = 0;
+    QObject::connect(&button, &QPushButton::clicked, [&] { ++presses; });
+    button.show();
+    for (const Qt::FocusReason reason : {Qt::MouseFocusReason, Qt::TabFocusReason}) {
+        field.setFocus();
+        button.setFocus(reason);
+        QTest::keyClick(&button, Qt::Key_Space);
+    }
+    EXPECT_EQ(presses, 1) << "by Tab it is meant, by a click it was used";
+    EXPECT_TRUE(engine().transport().isPlaying);
+    // A held key that leaves with the window is up.
+    QTest::keyPress(window_.get(), Qt::Key_K);
+    QEvent away(QEvent::WindowDeactivate);
+    QCoreApplication::sendEvent(window_.get(), &away);
+    EXPECT_FALSE(desktop_->players().keyboard().kHeld());
+}
+
+TEST_F(ReviewTest, LensAndFullscreenShowTheSamePicture) {
+    open();
+    press(Qt::Key_S);
+    SyncLensView& lens = window_->review().picture().lens();
+    ASSERT_TRUE(lens.isVisible());
+    ASSERT_TRUE(waitUntil([&] { return !lens.isLoading(); }));
+    const QImage seen = lens.grab().toImage();
+    const auto isLight = [&](double across) {
+        for (int y = 0; y < seen.height() / 2; ++y)
+            if (qGray(seen.pixel(static_cast<int>(seen.width() * across), y)) > 150) return true;
+        return false;
+    };
+    // Frame 31 has all bars of the lowest five bits, which are the right half of a picture.
+    EXPECT_TRUE(isLight(0.98)) << "the frame after the clap";
+    press(Qt::Key_S);
+    EXPECT_FALSE(lens.isVisible());
+
+    press(Qt::Key_F);
+    QPointer<QWidget> full;
+    for (QWidget* top : QApplication::topLevelWidgets())
+        if (FullscreenWindow::isOne(top) && top->isVisible()) full = top;
+    ASSERT_NE(full, nullptr);
+    QTest::keyClick(full, Qt::Key_Space);
+    EXPECT_TRUE(engine().transport().isPlaying);
+    QTest::keyClick(full, Qt::Key_Period);
+    EXPECT_NE(clip(0).manualAudioOffsetSeconds, 0) << "its other keys are those of the review";
+    QTest::keyClick(full, Qt::Key_Escape);
+    EXPECT_TRUE(waitUntil([&] { return full == nullptr; }));
+    EXPECT_TRUE(window_->review().isVisible());
+}
+
+TEST_F(ReviewTest, CamerasOfATakePlayTogether) {
+    window_->openMulticam({ids_[0]});
+    EXPECT_FALSE(desktop_->players().multicam()->isOpen()) << "one camera is nothing beside another";
+    window_->openMulticam({ids_[0], ids_[1]});
+    ClusterEngineBag& bag = desktop_->players().multicam()->bag();
+    ASSERT_TRUE(waitUntil([&] {
+        return std::ranges::all_of(bag.engines(), [](const auto& one) {
+            return one.second->player() != nullptr && one.second->player()->picture();
+        });
+    }));
+    press(Qt::Key_Space);
+    EXPECT_TRUE(bag.isPlaying());
+    press(Qt::Key_Space);
+    EXPECT_FALSE(bag.isPlaying());
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(window_->results().isVisible());
+    EXPECT_TRUE(bag.engines().empty());
+    EXPECT_EQ(window_->results().selectedClips().size(), 2U);
+}
+
+TEST_F(ReviewTest, EveryActionHasAnEntryThatNamesItsKey) {
+    desktop_->players().shortcuts()->setBinding({"x", ModifierSet::command}, ShortcutAction::clapCheck);
+    QStringList entries;
+    for (const QMenu* menu : window_->menuBar()->findChildren<QMenu*>())
+        for (const QAction* action : menu->actions()) entries << action->text();
+    for (const ShortcutAction action : allShortcutActions()) {
+        if (!keyAction(action)) continue; // those of the menus are entries by nature
+        const QString name = text(label(action));
+        EXPECT_EQ(
+            entries.filter(QRegularExpression("^" + QRegularExpression::escape(name) + "(\t|$)")).size(), 1)
+            << name.toStdString();
+    }
+    EXPECT_TRUE(waitUntil([&] {
+        QStringList now;
+        for (const QMenu* menu : window_->menuBar()->findChildren<QMenu*>())
+            for (const QAction* action : menu->actions()) now << action->text();
+        return now.contains("Clap Check Loop\tCtrl+X");
+    }));
+}
+
+} // namespace orvane::views

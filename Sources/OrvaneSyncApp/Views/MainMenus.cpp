@@ -83,7 +83,8 @@ void MainMenus::makeFile() {
                      false);
     });
     file->addSeparator();
-    export_ = file->addAction(icon(Glyph::exportDocument), translated(desktop_.command("exportFCPXML").title));
+    export_ =
+        file->addAction(icon(Glyph::exportDocument), translated(desktop_.command("exportFCPXML").title));
     export_->setShortcut(QKeySequence(tr("Ctrl+E")));
     connect(export_, &QAction::triggered, this, [this] { showExport(desktop_, &window_); });
     commandActions_.emplace_back(export_, "exportFCPXML");
@@ -192,6 +193,9 @@ void MainMenus::listScreens(QMenu* menu) {
 
 void MainMenus::makeHelp() {
     QMenu* help = window_.menuBar()->addMenu(tr("&Help"));
+    keys_ = help->addAction(tr("Keys of the Review (?)"));
+    keys_->setStatusTip(tr("What each key does here and now."));
+    connect(keys_, &QAction::triggered, this, [this] { screens_.showKeys(); });
     sheets_ = addSheetActions(desktop_, &window_, clip_, audio_, help);
 }
 
@@ -252,6 +256,7 @@ void MainMenus::update() {
     rename_->setEnabled(clips.size() == 1);
     const bool isPlaying = screens_.isPlaying();
     results_->setEnabled(isPlaying);
+    keys_->setEnabled(screens_.isReviewing());
     review_->setEnabled(!isPlaying && !clips.empty());
     multicam_->setEnabled(!clips.empty());
     const UndoState undo = desktop_.controller().work().undoState();

@@ -27,8 +27,10 @@ class MainMenus : public QObject {
     struct Screens {
         std::function<std::vector<UUID>()> clips; ///< that commands for clips act on
         std::function<void(std::string_view)> runForClips;
-        std::function<void()> renameClip, openReview, openMulticam, showResults, newScan, leaveStart, find;
+        std::function<void()> renameClip, openReview, openMulticam, showResults, newScan, leaveStart, find,
+            showKeys;
         std::function<void(const QStringList& paths)> openPaths;
+        std::function<bool()> isReviewing;
         std::function<bool()> isPlaying; ///< a screen that plays is in front
         QWidget* sessions;               ///< that can be hidden
     };
@@ -72,6 +74,7 @@ class MainMenus : public QObject {
     QAction* review_ = nullptr;
     QAction* multicam_ = nullptr;
     QAction* results_ = nullptr;
+    QAction* keys_ = nullptr;
     platform::Subscription bindings_;
 };
 

@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/Views/MainMenus.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
+#include "OrvaneSyncApp/Views/Review/KeyOverlay.h"
 #include "OrvaneSyncApp/Views/Review/MulticamView.h"
 #include "OrvaneSyncApp/Views/Review/ReviewActions.h"
 #include "OrvaneSyncApp/Views/Review/ReviewKeys.h"
@@ -101,6 +102,8 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
         results_->search()->setFocus();
     };
     screens.isPlaying = [this] { return isPlayingScreen(); };
+    screens.showKeys = [this] { review_->keys().open(); };
+    screens.isReviewing = [this] { return screen_ == Screen::review; };
     screens.openPaths = [this](const QStringList& paths) { openPaths(paths); };
     screens.sessions = sessions_;
     menus_ = new MainMenus(desktop_, *this, *reviewActions_, std::move(screens));
@@ -116,6 +119,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     results_->whenScanWanted = [this] {
         if (desktop_.isEnabled("startScan")) startScan();
     };
+    review_->openTake = [this](const std::vector<UUID>& cameras) { openMulticam(cameras); };
     results_->openMulticam = [this] { openCamerasOfSelected(); };
     connect(results_->table(), &QTableView::activated, this, [this] { openSelected(); });
     observe();

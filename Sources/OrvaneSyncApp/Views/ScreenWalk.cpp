@@ -25,9 +25,9 @@ namespace orvane::views {
 namespace {
 
 constexpr QSize sizes[] = {{1024, 700}, {1440, 800}, {2560, 1300}};
-constexpr int settled = 150;  ///< milliseconds for a window to lay itself out
+constexpr int settled = 150;       ///< milliseconds for a window to lay itself out
 constexpr int sheetsFilled = 4000; ///< for what sheets look up
-constexpr int patience = 200; ///< rounds that something is waited for
+constexpr int patience = 200;      ///< rounds that something is waited for
 
 /// Steps one after the other, each with time for the window to lay itself out before it.
 class Walk : public QTimer {

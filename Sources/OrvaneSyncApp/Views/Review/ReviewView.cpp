@@ -3,16 +3,16 @@
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/Views/Inspector/InspectorView.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
+#include "OrvaneSyncApp/Views/Review/KeyOverlay.h"
 #include "OrvaneSyncApp/Views/Review/PictureView.h"
+#include "OrvaneSyncApp/Views/Review/SiblingBanner.h"
 #include "OrvaneSyncApp/Views/Timeline/TimelineView.h"
-#include "OrvaneSyncCore/Models/Settings.h"
-#include "OrvaneSyncCore/Services/Naming/SidebarOutline.h"
 
 #include <QHBoxLayout>
 #include <QSettings>
 #include <QSplitter>
+#include <QVBoxLayout>
 
-#include <algorithm>
 #include <utility>
 
 namespace orvane::views {
@@ -31,7 +31,13 @@ ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<v
     rows_ = new QSplitter(Qt::Vertical);
     columns_->addWidget(outline_ = new OutlineView(
                             desktop, [this](const UUID& clip) { open(clip); }, std::move(leave)));
-    rows_->addWidget(picture_ = new PictureView(desktop, review, actions));
+    auto* upper = new QWidget;
+    auto* pictureColumn = new QVBoxLayout(upper);
+    pictureColumn->setContentsMargins(0, 0, 0, 0);
+    pictureColumn->setSpacing(0);
+    pictureColumn->addWidget(new SiblingBanner(desktop, review));
+    pictureColumn->addWidget(picture_ = new PictureView(desktop, review, actions), 1);
+    rows_->addWidget(upper);
     rows_->addWidget(timeline_ = new TimelineView(desktop, review));
     rows_->setStretchFactor(0, 1);
     columns_->addWidget(rows_);
@@ -49,6 +55,11 @@ ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<v
     // The screen itself takes the keys: nothing in it has to be clicked first.
     setFocusPolicy(Qt::StrongFocus);
     setAccessibleName(tr("Review"));
+    keys_ = new KeyOverlay(desktop, review, this);
+    keys_->neighbour = [this](const UUID& of, int step) { return outline_->neighbour(of, step); };
+    outline_->openTake = [this](std::vector<UUID> cameras) {
+        if (openTake) openTake(cameras);
+    };
     review->moveInList = [this](KeyAction action) { go(action == KeyAction::nextGroup ? 1 : -1); };
 }
 
@@ -65,27 +76,7 @@ void ReviewView::leaveClip() { desktop_.players().review()->close(); }
 
 void ReviewView::go(int step) {
     const auto& shown = clip();
-    if (const auto next = shown ? neighbour(*shown, step) : std::nullopt) open(*next);
-}
-
-std::optional<UUID> ReviewView::neighbour(const UUID& of, int step) const {
-    const OpenWork& work = desktop_.controller().work();
-    const platform::SettingsStore& settings = *work.environment.settings;
-    std::vector<UUID> clips;
-    const auto add = [&](const SidebarNode& node) {
-        if (node.group) clips.push_back(node.group->id);
-    };
-    for (const SidebarNode& node :
-         SidebarOutline::build(work.syncGroups(), settings.get(settings::clipNamingSource),
-                               settings.get(settings::customNamingPattern))) {
-        add(node);
-        for (const SidebarNode& camera : node.children) add(camera);
-    }
-    const auto found = std::ranges::find(clips, of);
-    if (found == clips.end()) return std::nullopt;
-    const auto next = (found - clips.begin()) + step;
-    if (next < 0 || next >= static_cast<std::ptrdiff_t>(clips.size())) return std::nullopt;
-    return clips[static_cast<std::size_t>(next)];
+    if (const auto next = shown ? outline_->neighbour(*shown, step) : std::nullopt) open(*next);
 }
 
 void ReviewView::savePlaces() const {

@@ -6,12 +6,14 @@
 
 #include <functional>
 #include <optional>
+#include <vector>
 
 class QSplitter;
 
 namespace orvane::views {
 
 class InspectorView;
+class KeyOverlay;
 class OutlineView;
 class PictureView;
 class ReviewActions;
@@ -33,13 +35,15 @@ class ReviewView : public QWidget {
     const std::optional<UUID>& clip() const { return desktop_.players().review()->groupID(); }
     /// Called when another clip has come into view.
     std::function<void()> whenMoved;
+    /// The user wants to see all cameras of a take.
+    std::function<void(const std::vector<UUID>& cameras)> openTake;
+    /// Shows what each key does here.
+    KeyOverlay& keys() { return *keys_; }
     void savePlaces() const;
     PictureView& picture() { return *picture_; }
 
   private:
     void go(int step);
-    /// Of the clips in the order of the outline.
-    std::optional<UUID> neighbour(const UUID& of, int step) const;
 
     Desktop& desktop_;
     QSplitter* columns_;
@@ -48,6 +52,7 @@ class ReviewView : public QWidget {
     PictureView* picture_;
     TimelineView* timeline_;
     InspectorView* inspector_;
+    KeyOverlay* keys_;
 };
 
 } // namespace orvane::views

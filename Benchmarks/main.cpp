@@ -9,6 +9,7 @@
 #include "SoundBenchmarks.h"
 #include "StopBenchmarks.h"
 #include "Table.h"
+#include "TimelineBenchmarks.h"
 #include "WaveformBenchmarks.h"
 
 #include "Platform/Files.h"
@@ -31,6 +32,7 @@ constexpr int clips = 10000;
 constexpr int channels = 8;
 constexpr const char *exportOption = "--export-once", *exportAllOption = "--export-all-once";
 constexpr const char* picturesOption = "--pictures"; ///< with a folder: the rows of the player alone
+constexpr const char* viewsOption = "--views";       ///< likewise: those of the window
 
 std::vector<std::string> withFiles(std::vector<std::string> words, const MediaCorpus& corpus) {
     for (const auto* urls : {&corpus.videos, &corpus.audios})
@@ -100,6 +102,13 @@ void printMatchingRow(const Medians& results, const std::string& work, const std
                results.coreMilliseconds.at(name + "/1000"), other.c_str(), 12);
 }
 
+/// Behind those of the player, whose videos they show.
+void printViewRows([[maybe_unused]] const std::string& folder) {
+#ifdef ORVANE_APP
+    printTimelineRows(folder + "/group.mov");
+#endif
+}
+
 void printTable(const Medians& results, const std::string& self, const std::string& program,
                 const MediaCorpus& corpus, const std::string& folder) {
     const auto ms = [&](const char* name) { return results.milliseconds.at(name); };
@@ -126,6 +135,7 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printEditingRows(results);
     printStopRows(results);
     printPictureRows(folder);
+    printViewRows(folder);
     printLockitRows(results);
     const auto version = medianRun({program, "--version"}, 51);
     const auto nothing = medianRun({"/bin/true"}, 51);
@@ -151,6 +161,11 @@ int main(int argc, char** argv) {
     if (argc == 3 && std::string(argv[1]) == picturesOption) {
         printHeading();
         printPictureRows(argv[2]);
+        return 0;
+    }
+    if (argc == 3 && std::string(argv[1]) == viewsOption) {
+        printHeading();
+        printViewRows(argv[2]);
         return 0;
     }
     if (argc < 3) {

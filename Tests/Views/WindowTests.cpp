@@ -1,22 +1,20 @@
 #include "MediaFactory/SmallShoot.h"
 #include "OrvaneDesignKit/Controls.h"
-#include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 #include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/QtMainThread.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
+#include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/Files.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
+#include "Views/Application.h"
 
 #include <QAbstractSpinBox>
-#include <QApplication>
 #include <QComboBox>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QStackedWidget>
-#include <QStandardPaths>
 #include <QTableView>
 #include <QTest>
 
@@ -25,27 +23,12 @@ namespace orvane::views {
 namespace {
 
 using test::TemporaryDirectory;
-
-/// One application for all tests of the program, without a screen.
-QApplication& application() {
-    static int count = 1;
-    static char name[] = "test";
-    static char* arguments[] = {name, nullptr};
-    static QApplication* const made = [] {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        QStandardPaths::setTestModeEnabled(true);
-        auto* one = new QApplication(count, arguments);
-        QCoreApplication::setOrganizationName(QStringLiteral("OrvaneSyncTests"));
-        design::applyTheme(*one);
-        return one;
-    }();
-    return *made;
-}
+using test::waitUntil;
 
 class WindowTest : public testing::Test {
   protected:
     WindowTest() {
-        application();
+        test::application();
         registerStandardDefaults(*settings_);
         test::makeSmallShoot(folder_.path("shoot"));
         Desktop::Dependencies dependencies;
@@ -56,9 +39,6 @@ class WindowTest : public testing::Test {
         window_ = std::make_unique<MainWindow>(*desktop_);
         window_->show();
     }
-
-    /// Serves the loop until the test holds; a failure after ten seconds.
-    bool waitUntil(const std::function<bool()>& holds) { return QTest::qWaitFor(holds, 10'000); }
 
     void scan() {
         window_->scanFolders({text(folder_.path("shoot/camera")), text(folder_.path("shoot/sound"))});

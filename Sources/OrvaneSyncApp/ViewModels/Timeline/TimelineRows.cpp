@@ -138,6 +138,16 @@ std::string TimelineChannel::tooltip() const {
     return text;
 }
 
+void TimelineRows::moveSound(double offsetSeconds) {
+    const double by = offsetSeconds - soundOffset;
+    soundOffset = offsetSeconds;
+    if (anchorSeconds) *anchorSeconds += by;
+    for (TimelineRecording& one : recordings) {
+        one.startSeconds += by;
+        one.endSeconds += by;
+    }
+}
+
 const TimelineChannel* TimelineRows::channel(int track) const {
     const bool isThere = track >= 1 && static_cast<std::size_t>(track) <= channels.size();
     return isThere ? &channels[static_cast<std::size_t>(track - 1)] : nullptr;

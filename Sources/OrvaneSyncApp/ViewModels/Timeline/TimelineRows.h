@@ -62,6 +62,8 @@ struct TimelineRows {
     /// Below the timeline's title: what Smart Audio has made of the clip.
     std::string summary;
 
+    /// The sound lies elsewhere: all that goes along with it.
+    void moveSound(double offsetSeconds);
     double soundEnd() const { return soundOffset + soundSeconds; }
     /// Null for a track that the take does not have.
     const TimelineChannel* channel(int track) const;

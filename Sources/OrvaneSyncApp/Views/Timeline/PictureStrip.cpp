@@ -75,9 +75,8 @@ void PictureStrip::setVideo(const std::string& path, int height) {
     want({}, 0);
 }
 
-const QImage* PictureStrip::find(double seconds) const {
+const QImage* PictureStrip::near(std::int64_t key) const {
     if (pictures_.empty()) return nullptr;
-    const std::int64_t key = keyOf(seconds);
     auto after = pictures_.lower_bound(key);
     if (after == pictures_.end()) return &std::prev(after)->second;
     if (after->first == key || after == pictures_.begin()) return &after->second;
@@ -99,22 +98,24 @@ void PictureStrip::want(const std::set<double>& missing, double toleranceSeconds
         [todo = std::vector(wanted_.begin(), wanted_.end()), reading = reading_, height = height_, batch,
          tolerance = platform::MediaTime::fromSeconds(toleranceSeconds), token = stop_.get_token(),
          self = self_, mainThread = std::weak_ptr(mainThread_)] {
-            const auto report = [&](std::int64_t key, std::optional<platform::Picture> picture) {
+            const auto post = [&](auto report) {
                 if (const auto thread = mainThread.lock())
-                    thread->post([self, batch, key, picture = std::move(picture)] {
-                        if (*self != nullptr) (*self)->take(batch, key, picture);
+                    thread->post([self, report = std::move(report)] {
+                        if (*self != nullptr) report(**self);
                     });
             };
             try {
                 auto reader = reading->take();
+                if (!reader) return post([batch](PictureStrip& strip) { strip.setUnreadable(batch); });
                 constexpr int perSecond = 1000;
                 for (const std::int64_t key : todo) {
                     if (token.stop_requested()) break;
-                    auto picture = reader ? reader->pictureAt({key, perSecond}, tolerance, {0, height}, token)
-                                          : std::nullopt;
-                    report(key, std::move(picture));
+                    auto picture = reader->pictureAt({key, perSecond}, tolerance, {0, height}, token);
+                    post([batch, key, picture = std::move(picture)](PictureStrip& strip) {
+                        strip.take(batch, key, picture);
+                    });
                 }
-                if (reader) reading->giveBack(std::move(reader));
+                reading->giveBack(std::move(reader));
             } catch (const platform::Stopped&) {
                 return; // the reader goes with the batch
             }
@@ -130,12 +131,18 @@ void PictureStrip::take(std::uint64_t batch, std::int64_t key,
         pictures_.insert_or_assign(key, imageOf(*picture));
         if (picture->size.height > 0)
             aspect_ = static_cast<double>(picture->size.width) / picture->size.height;
-    } else if (const QImage* other = find(static_cast<double>(key) / 1000)) {
-        pictures_.insert_or_assign(key, QImage(*other)); // a damaged place is not asked for again
     } else {
-        isUnreadable_ = true;
-        want({}, 0);
+        // A damaged place is not asked for again, and shows what is near it.
+        const QImage* other = near(key);
+        pictures_.insert_or_assign(key, other == nullptr ? QImage() : QImage(*other));
     }
+    decoded_();
+}
+
+void PictureStrip::setUnreadable(std::uint64_t batch) {
+    if (batch != batch_) return;
+    isUnreadable_ = true;
+    wanted_.clear();
     decoded_();
 }
 

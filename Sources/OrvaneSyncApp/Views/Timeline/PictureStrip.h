@@ -27,7 +27,7 @@ class PictureStrip {
     /// `path` in the bytes of the file system. `height`: pixels of the screen.
     void setVideo(const std::string& path, int height);
     /// The picture at that second, or the nearest one that is there; null where there is none yet.
-    const QImage* find(double seconds) const;
+    const QImage* find(double seconds) const { return near(keyOf(seconds)); }
     /// The same without a neighbour in its place.
     bool isThere(double seconds) const { return pictures_.contains(keyOf(seconds)); }
     /// What is visible and not there, in seconds. A picture is off by `tolerance` at most.
@@ -41,7 +41,9 @@ class PictureStrip {
   private:
     struct Reading;
     static std::int64_t keyOf(double seconds); ///< milliseconds
+    const QImage* near(std::int64_t key) const;
     void take(std::uint64_t batch, std::int64_t key, const std::optional<platform::Picture>& picture);
+    void setUnreadable(std::uint64_t batch);
 
     const std::shared_ptr<platform::MainThread> mainThread_;
     const std::function<void()> decoded_;

@@ -193,6 +193,15 @@ bool TimelineCanvas::event(QEvent* event) {
         showToolTip(help->pos(), help->globalPos());
         return true;
     }
+    if (event->type() == QEvent::ShortcutOverride) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        const bool removes =
+            (key == Qt::Key_Delete || key == Qt::Key_Backspace) && layout_ && selectedIndex();
+        if (removes || (key == Qt::Key_Escape && gesture_ != Gesture::none)) {
+            event->accept();
+            return true;
+        }
+    }
     if (event->type() == QEvent::NativeGesture && pinch(*static_cast<QNativeGestureEvent*>(event)))
         return true;
     return QWidget::event(event);
@@ -262,7 +271,9 @@ void TimelineCanvas::mouseMoveEvent(QMouseEvent* event) {
         draft_ = layout_->span(pressed_.seconds, at);
         return invalidate();
     case Gesture::edge: {
-        const BlockOverride& range = layout_->content().ranges[*pressed_.index];
+        const auto index = selectedIndex();
+        if (!index) return endGesture(false); // it is gone meanwhile
+        const BlockOverride& range = layout_->content().ranges[*index];
         draft_ = layout_->span(pressed_.spot == Spot::rangeStart ? range.endSeconds : range.startSeconds, at);
         return invalidate();
     }
@@ -319,6 +330,7 @@ void TimelineCanvas::endGesture(bool isKept) {
         if (!isKept) review_->handleContainerDrag(0, {.command = true});
         dragText_.clear();
         review_->handleDragEnded();
+        if (dragEnded) dragEnded();
     }
     if (isKept && draft && ended == Gesture::range) chooseRange(*draft, draftTrack_, std::nullopt);
     if (isKept && draft && ended == Gesture::edge) chooseRange(*draft, draftTrack_, selectedRange_);

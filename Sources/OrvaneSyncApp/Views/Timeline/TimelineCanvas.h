@@ -53,6 +53,7 @@ class TimelineCanvas : public QWidget {
     void invalidate();
 
     std::function<void()> resized;
+    std::function<void()> dragEnded;        ///< of the sound
     std::function<void()> zoomChanged;      ///< zoom or horizontal scroll
     std::function<void(double)> scrolledBy; ///< points, vertically
     std::function<bool()> canScrollVertically;

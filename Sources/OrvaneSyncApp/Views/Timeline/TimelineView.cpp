@@ -3,6 +3,7 @@
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/Views/Timeline/TimelineCanvas.h"
 #include "OrvaneSyncApp/Views/Timeline/TrackHeader.h"
+#include "OrvaneSyncCore/Services/Takes/ClipSound.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -25,6 +26,7 @@ namespace {
 
 constexpr int framePause = 16; ///< milliseconds
 constexpr int scrollStep = 40; ///< points
+constexpr QSize smallest{200, 150};
 
 QString skimSetting() { return QStringLiteral("timeline/skims"); }
 
@@ -41,8 +43,7 @@ TimelineView::TimelineView(Desktop& desktop, std::shared_ptr<ReviewViewModel> re
       playing_(new QTimer(this)) {
     setObjectName(QStringLiteral("timeline"));
     pages_->addWidget(
-        new EmptyState(Glyph::waveform, tr("No clip in view"),
-                       tr("Choose a clip in the list to see its picture and sound side by side.")));
+        new EmptyState(Glyph::waveform, tr("No clip in view"), tr("Choose one in the list of clips.")));
     auto* page = new QWidget;
     auto* column = new QVBoxLayout(page);
     column->setContentsMargins(0, 0, 0, 0);
@@ -63,18 +64,24 @@ QWidget* TimelineView::makeTools() {
     row->setContentsMargins(space::small, 2, space::small, 2);
     row->setSpacing(space::tight);
     row->addWidget(summary_ = elidingFacts(), 1);
-    const auto add = [&](const QString& words, const QString& name, const QString& tip) {
-        auto* made = button(words, Weight::quiet);
+    const auto add = [&](const QString& words, const QString& name, const QString& tip,
+                         Weight weight = Weight::quiet) {
+        auto* made = button(words, weight);
         made->setAccessibleName(name);
         made->setToolTip(tip);
         row->addWidget(made);
         return made;
     };
-    auto* skim = add(tr("Skim"), tr("Skim"), tr("Shows the picture under the pointer while nothing plays."));
+    const commands::Command& analysis = desktop_.command("runSmartAudioForGroup");
+    analyse_ = add(tr("Run Smart Audio"), text(analysis.title), text(analysis.help), Weight::normal);
+    connect(analyse_, &QPushButton::clicked, this, [this] { runSmartAudio(); });
+    auto* skim = add(tr("Skim"), tr("Skim"), tr("Shows the picture under the pointer while nothing plays."),
+                     Weight::normal);
     skim->setCheckable(true);
     skim->setChecked(QSettings().value(skimSetting(), true).toBool());
     connect(skim, &QPushButton::toggled, this, [this](bool skims) {
         QSettings().setValue(skimSetting(), skims);
+        canvas_->setMinimumSize(smallest);
         canvas_->setSkims(skims);
     });
     const auto key = [this](QPushButton* made, KeyAction action) {
@@ -105,6 +112,7 @@ QWidget* TimelineView::makeRows() {
     canvas_->setSkims(QSettings().value(skimSetting(), true).toBool());
     canvas_->resized = [this] { changed(false); };
     canvas_->zoomChanged = [this] { changed(false); };
+    canvas_->dragEnded = [this] { changed(true); };
     canvas_->scrolledBy = [this](double points) { scrollRows(points); };
     canvas_->canScrollVertically = [this] { return down_->maximum() > 0; };
     header_->scrolledBy = [this](double points) { scrollRows(points); };
@@ -121,7 +129,11 @@ QWidget* TimelineView::makeRows() {
 void TimelineView::follow() {
     TimelineController& timeline = desktop_.controller().timeline();
     following_.push_back(desktop_.controller().onChange([this](const ImportChange& change) {
-        if (change.field == ImportField::syncGroups || change.field == ImportField::smartAudio) changed(true);
+        if (!shown_) return;
+        // An edit shares the clips that it leaves alone.
+        const bool isEdited = change.field == ImportField::syncGroups &&
+                              change.clips.find(*shown_) != change.clipsBefore.find(*shown_);
+        if (isEdited || change.field == ImportField::smartAudio) changed(true);
     }));
     following_.push_back(review_->onChange([this] { changed(review_->groupID() != shown_); }));
     following_.push_back(timeline.waveform()->onChange([this, &timeline] {
@@ -164,7 +176,11 @@ void TimelineView::refresh() {
         canvas_->pictures().setVideo(
             clip->video.url.path, static_cast<int>(std::lround(pictureSlotHeight() * devicePixelRatioF())));
     }
-    if (std::exchange(areRowsStale_, false) || !rows_) buildRows(*clip);
+    if (areRowsStale_ && rows_ && rows_->groupID == *groupID && review_->isDraggingAudio()) {
+        moveRows(*clip); // the rest when the drag has ended
+    } else if (std::exchange(areRowsStale_, false) || !rows_) {
+        buildRows(*clip);
+    }
     pages_->setCurrentIndex(1);
     showZoom();
     showPosition();
@@ -178,10 +194,29 @@ void TimelineView::buildRows(const SyncGroup& clip) {
     if (rows->soundSeconds <= 0)
         rows->soundSeconds = waveform.waveform().clipDuration; // the file did not say
     rows_ = std::move(rows);
-    summary_->setText(text(rows_->summary));
-    summary_->setToolTip(text(rows_->summary));
+    showSummary();
     canvas_->tiles().setWaveform(waveform.sharedWaveform());
     showSound();
+}
+
+void TimelineView::moveRows(const SyncGroup& clip) {
+    auto moved = std::make_shared<TimelineRows>(*rows_);
+    moved->moveSound(ClipSound(clip).offsetSeconds);
+    rows_ = std::move(moved);
+}
+
+void TimelineView::showSummary() {
+    summary_->setText(text(rows_->summary));
+    summary_->setToolTip(text(rows_->summary));
+    const SmartAudioState& state = desktop_.controller().smartAudio().state();
+    analyse_->setVisible(rows_->hasSound && !state.isAnalyzing && !state.results.contains(rows_->groupID));
+}
+
+void TimelineView::runSmartAudio() {
+    JSON arguments;
+    arguments.set("groupID", rows_->groupID.text());
+    arguments.set("forceOverwriteManualTracks", false);
+    desktop_.run("runSmartAudioForGroup", std::move(arguments));
 }
 
 void TimelineView::showSound() {
@@ -200,7 +235,7 @@ void TimelineView::showZoom() {
     zoom.scrollOffset = std::clamp(zoom.scrollOffset, 0.0, zoom.largestScrollOffset());
     {
         const QSignalBlocker quiet(across_);
-        across_->setRange(0, static_cast<int>(std::ceil(zoom.largestScrollOffset())));
+        across_->setRange(0, static_cast<int>(std::lround(zoom.largestScrollOffset())));
         across_->setPageStep(canvas_->width());
         across_->setValue(static_cast<int>(std::lround(zoom.scrollOffset)));
     }

@@ -40,6 +40,9 @@ class TimelineView : public QWidget {
     void changed(bool rows);
     void refresh();
     void buildRows(const SyncGroup& clip);
+    void moveRows(const SyncGroup& clip);
+    void showSummary();
+    void runSmartAudio();
     void showZoom();
     void showSound();
     void scrollRows(double points);
@@ -50,6 +53,7 @@ class TimelineView : public QWidget {
     const std::shared_ptr<ReviewViewModel> review_;
     QStackedLayout* pages_;
     QLabel* summary_;
+    QPushButton* analyse_;
     TrackHeader* header_;
     TimelineCanvas* canvas_;
     QScrollBar* across_;

@@ -11,6 +11,7 @@
 #include <QToolTip>
 #include <QWheelEvent>
 
+#include <algorithm>
 #include <utility>
 
 namespace orvane::views {
@@ -82,6 +83,7 @@ bool TrackBox::event(QEvent* event) {
         event->accept();
         return true;
     }
+    if (event->type() == QEvent::FocusIn && focused) focused();
     if (event->type() == QEvent::Enter || event->type() == QEvent::Leave) update();
     return QAbstractButton::event(event);
 }
@@ -99,7 +101,7 @@ void TrackBox::paintEvent(QPaintEvent* /*event*/) {
 }
 
 TrackHeader::TrackHeader(Desktop& desktop, std::function<void()> fold, QWidget* parent)
-    : QWidget(parent), desktop_(desktop), fold_(new FoldButton(this)) {
+    : QWidget(parent), desktop_(desktop), area_(new QWidget(this)), fold_(new FoldButton(area_)) {
     setFixedWidth(width);
     setAttribute(Qt::WA_OpaquePaintEvent);
     fold_->setObjectName(QStringLiteral("foldChannels"));
@@ -118,7 +120,7 @@ void TrackHeader::show(const TimelineLayout& layout, bool isExpanded) {
 TrackHeader::Boxes TrackHeader::makeBoxes(int track) {
     Boxes boxes;
     for (const Box box : {algorithm, active, solo}) {
-        auto* made = new TrackBox(this);
+        auto* made = new TrackBox(area_);
         made->setObjectName(QStringLiteral("%1-%2").arg(QLatin1String(boxCommands[box].word)).arg(track));
         made->setText(QLatin1String(boxCommands[box].word));
         made->setToolTip(QLatin1String(boxCommands[box].tip));
@@ -126,6 +128,7 @@ TrackHeader::Boxes TrackHeader::makeBoxes(int track) {
         connect(made, &QAbstractButton::clicked, this, [this, track, box] {
             run(track, box, QGuiApplication::keyboardModifiers().testFlag(Qt::AltModifier));
         });
+        made->focused = [this, made] { bringIntoView(*made); };
         boxes[box] = made;
     }
     return boxes;
@@ -137,8 +140,6 @@ void TrackHeader::placeBoxes() {
     while (boxes_.size() < count) boxes_.push_back(makeBoxes(static_cast<int>(boxes_.size()) + 1));
     for (std::size_t i = 0; i < boxes_.size(); ++i) {
         const auto* row = i < count ? layout_->row(RowKind::channel, static_cast<int>(i)) : nullptr;
-        const bool isSeen =
-            row != nullptr && row->y + row->height > TimelineLayout::rulerHeight && row->y < height();
         int x = space::small;
         for (const Box box : {algorithm, active, solo}) {
             TrackBox& one = *boxes_[i][box];
@@ -149,15 +150,26 @@ void TrackHeader::placeBoxes() {
             const bool isOn[] = {channel.isUsedByAlgorithm, channel.isActive, channel.isSolo};
             one.setChecked(isOn[box]);
             one.setAccessibleName(QString::fromLatin1(boxCommands[box].name).arg(text(channel.name)));
-            one.move(x, static_cast<int>(row->y) + nameHeight + (isSeen ? 2 : 0));
+            one.move(x, static_cast<int>(row->y - TimelineLayout::rulerHeight) + nameHeight + 2);
             x += one.width() + space::tight;
         }
     }
     const auto* sound = layout_->row(RowKind::sound);
     fold_->setChecked(isExpanded_);
     fold_->setVisible(sound != nullptr && !rows.channels.empty());
-    if (sound != nullptr) fold_->move(space::tight, static_cast<int>(sound->y) + space::tight);
-    fold_->raise();
+    if (sound != nullptr)
+        fold_->move(space::tight, static_cast<int>(sound->y - TimelineLayout::rulerHeight) + space::tight);
+}
+
+void TrackHeader::bringIntoView(const QWidget& box) {
+    const int above = box.y() - nameHeight, below = box.geometry().bottom() + space::tight - area_->height();
+    if (scrolledBy && (above < 0 || below > 0)) scrolledBy(above < 0 ? above : below);
+}
+
+void TrackHeader::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    constexpr int top = static_cast<int>(TimelineLayout::rulerHeight);
+    area_->setGeometry(0, top, QWidget::width(), std::max(height() - top, 0));
 }
 
 void TrackHeader::run(int track, Box box, bool isAlone) {

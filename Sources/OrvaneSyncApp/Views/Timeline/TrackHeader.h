@@ -18,6 +18,7 @@ class TrackBox : public QAbstractButton {
   public:
     explicit TrackBox(QWidget* parent);
     QSize sizeHint() const override;
+    std::function<void()> focused;
 
   protected:
     bool event(QEvent* event) override;
@@ -38,6 +39,7 @@ class TrackHeader : public QWidget {
   protected:
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
 
   private:
@@ -45,11 +47,13 @@ class TrackHeader : public QWidget {
     using Boxes = std::array<TrackBox*, 3>;
     Boxes makeBoxes(int track);
     void placeBoxes();
+    void bringIntoView(const QWidget& box);
     void run(int track, Box box, bool isAlone);
 
     Desktop& desktop_;
     std::optional<TimelineLayout> layout_;
     bool isExpanded_ = false;
+    QWidget* area_; ///< below the ruler, at which what is scrolled away ends
     QAbstractButton* fold_;
     std::vector<Boxes> boxes_; ///< by channel
 };

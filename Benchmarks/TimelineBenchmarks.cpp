@@ -1,0 +1,136 @@
+#include "TimelineBenchmarks.h"
+
+#include "OrvaneDesignKit/Theme.h"
+#include "OrvaneSyncApp/Views/QtMainThread.h"
+#include "OrvaneSyncApp/Views/Timeline/TimelinePainter.h"
+#include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
+#include "Table.h"
+
+#include <QApplication>
+#include <QPainter>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <vector>
+
+namespace orvane::bench {
+
+namespace {
+
+constexpr int channels = 16;
+constexpr double hour = 3600;
+constexpr int width = 1440;
+constexpr int paints = 25;
+constexpr double mostMilliseconds = 6;
+
+/// Loud and quiet, another course for each channel.
+std::vector<float> course(int channel, float loudest) {
+    std::vector<float> levels(WaveformReduction::reviewBins);
+    for (std::size_t i = 0; i < levels.size(); ++i)
+        levels[i] =
+            loudest *
+            std::abs(std::sin(static_cast<float>(i) * (0.013F + 0.001F * static_cast<float>(channel))));
+    return levels;
+}
+
+std::shared_ptr<const Waveform> waveform() {
+    auto made = std::make_shared<Waveform>();
+    made->binsPerSecond = WaveformReduction::reviewBins / hour;
+    made->durationSeconds = made->clipDuration = hour;
+    made->peaks = course(0, 0.9F);
+    made->rms = course(0, 0.3F);
+    for (int channel = 1; channel <= channels; ++channel) {
+        made->peaksPerChannel.push_back(course(channel, 0.9F));
+        made->rmsPerChannel.push_back(course(channel, 0.3F));
+    }
+    for (double at = 0; at < hour; at += 0.7) made->onsetMarkers.push_back(at);
+    return made;
+}
+
+std::shared_ptr<const TimelineRows> rows() {
+    auto made = std::make_shared<TimelineRows>();
+    made->clipSeconds = made->soundSeconds = hour;
+    made->frameRate = 25;
+    made->hasSound = true;
+    made->anchorSeconds = made->pictureClapSeconds = 10;
+    for (int track = 1; track <= channels; ++track)
+        made->channels.push_back({.track = track, .name = "Channel " + std::to_string(track)});
+    constexpr double block = 2;
+    for (double at = 0; at < hour; at += block) {
+        BlockDecision one;
+        one.startSeconds = at;
+        one.endSeconds = at + block;
+        one.activeTrack = 1 + static_cast<int>(at / block) % channels;
+        one.kind = BlockKind::mix;
+        made->blocks.push_back(one);
+        if (static_cast<int>(at) % 20 == 0)
+            made->ranges.push_back({UUID::random(), at, at + 3, one.activeTrack});
+    }
+    return made;
+}
+
+class Timeline {
+  public:
+    explicit Timeline(const std::string& video) {
+        constexpr int pictureHeight = 42;
+        tiles.setWaveform(waveform());
+        pictures.setVideo(video, pictureHeight);
+    }
+
+    /// The median of several paints, in milliseconds of this thread's time.
+    double paint(const TimelineLayout& layout, bool isReady) {
+        QImage image(width, static_cast<int>(layout.height()), QImage::Format_RGB32);
+        const views::TimelineScene scene{
+            .layout = layout, .tiles = tiles, .pictures = pictures, .rulerInterval = 5};
+        std::vector<double> times;
+        for (int i = 0; i < paints; ++i) {
+            QPainter painter(&image);
+            const auto begin = std::chrono::steady_clock::now();
+            const views::TimelineGaps gaps = views::paintTimeline(painter, scene, QRectF(image.rect()));
+            painter.end();
+            times.push_back(
+                std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count());
+            if (!isReady) continue;
+            tiles.want(gaps.tiles);
+            pictures.want(gaps.pictures, layout.width());
+            while (tiles.isDrawing() || pictures.isDecoding())
+                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        }
+        std::ranges::nth_element(times, times.begin() + paints / 2);
+        return times[paints / 2];
+    }
+
+  private:
+    std::shared_ptr<platform::MainThread> mainThread_ = views::qtMainThread();
+    views::WaveformTiles tiles{mainThread_, [] {}};
+    views::PictureStrip pictures{mainThread_, [] {}};
+};
+
+} // namespace
+
+void printTimelineRows(const std::string& video) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    int count = 1;
+    std::array<char, 6> name{"bench"};
+    std::array<char*, 2> arguments{name.data(), nullptr};
+    QApplication application(count, arguments.data());
+    design::applyTheme(application);
+    const auto content = rows();
+    for (const double scale : {1.0, 4.0, 12.0, 30.0, 64.0}) {
+        Timeline timeline(video);
+        TimelineZoomState zoom{.zoomScale = scale, .viewportWidth = width, .clipDuration = hour};
+        constexpr double middle = 0.5;
+        zoom.scrollOffset = middle * zoom.largestScrollOffset();
+        const TimelineLayout layout(content, zoom, true);
+        for (const bool isReady : {false, true}) {
+            const double ms = timeline.paint(layout, isReady);
+            printRow(text("timeline of an hour, 16 channels, zoom %.0f", scale) +
+                         (isReady ? "" : ", nothing drawn yet"),
+                     text("%.2f ms", ms), "", "", text("< %.0f ms", mostMilliseconds), ms < mostMilliseconds);
+        }
+    }
+}
+
+} // namespace orvane::bench

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "OrvaneDesignKit/Theme.h"
+
+#include <QApplication>
+#include <QStandardPaths>
+#include <QTest>
+
+#include <functional>
+
+namespace orvane::test {
+
+/// One application for all tests of the program, without a screen.
+inline QApplication& application() {
+    static int count = 1;
+    static char name[] = "test";
+    static char* arguments[] = {name, nullptr};
+    static QApplication* const made = [] {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        QStandardPaths::setTestModeEnabled(true);
+        auto* one = new QApplication(count, arguments);
+        QCoreApplication::setOrganizationName(QStringLiteral("OrvaneSyncTests"));
+        design::applyTheme(*one);
+        return one;
+    }();
+    return *made;
+}
+
+/// Serves the loop until the test holds; a failure after ten seconds.
+inline bool waitUntil(const std::function<bool()>& holds) { return QTest::qWaitFor(holds, 10'000); }
+
+} // namespace orvane::test

@@ -1,0 +1,325 @@
+#include "OrvaneDesignKit/Theme.h"
+#include "OrvaneSyncApp/Views/QtMainThread.h"
+#include "OrvaneSyncApp/Views/Timeline/TimelineCanvas.h"
+#include "OrvaneSyncApp/Views/Timeline/TimelineView.h"
+#include "OrvaneSyncApp/Views/Timeline/TrackHeader.h"
+
+#include "MediaFactory/WaveMaker.h"
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
+#include "Support/FakePlayer.h"
+#include "Support/NumberedClip.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
+#include "Support/TimelineClip.h"
+#include "Views/Application.h"
+
+#include <QDir>
+#include <QMenu>
+#include <QPaintEvent>
+#include <QTest>
+#include <QWheelEvent>
+
+#include <cmath>
+#include <numbers>
+
+namespace orvane::views {
+
+namespace {
+
+using test::waitUntil;
+using RowKind = TimelineLayout::RowKind;
+
+/// Speech-like bursts, each channel with its own; a clap at 6 s on all.
+std::vector<float> spokenSamples(int channels, int rate, int seconds) {
+    std::vector<float> samples;
+    for (int i = 0; i < rate * seconds; ++i)
+        for (int channel = 0; channel < channels; ++channel) {
+            const double t = static_cast<double>(i) / rate;
+            const double speaks =
+                std::max(0.0, std::sin(t * 1.7 + channel * 1.1)) * std::pow(std::sin(t * 9), 2);
+            const double clap = t > 6 && t < 6.03 ? 0.9 : 0;
+            samples.push_back(static_cast<float>(std::sin(t * 2 * std::numbers::pi * 700) *
+                                                 (0.01 + clap + 0.5 * speaks / (1 + channel % 3))));
+        }
+    return samples;
+}
+
+/// The timeline with a clip whose sound is read and whose player moves by hand.
+class TimelineViewTest : public testing::Test {
+  protected:
+    explicit TimelineViewTest(int channels = 3) {
+        test::application();
+        registerStandardDefaults(*settings_);
+        Desktop::Dependencies dependencies;
+        dependencies.mainThread = qtMainThread();
+        dependencies.settings = settings_;
+        dependencies.sessionsDir = folder_.path("sessions");
+        system_ = std::make_shared<test::FakePlayerSystem>(dependencies.mainThread);
+        system_->usual.duration = {30, 1};
+        dependencies.openPlayers = [this] { return system_; };
+        desktop_ = std::make_unique<Desktop>(std::move(dependencies));
+        desktop_->whenRefused = [](const QString& why) { ADD_FAILURE() << why.toStdString(); };
+        SyncGroup group = test::timelineClip(channels);
+        MediaAsset recording = *group.audioMatches.front().audio;
+        recording.url =
+            FileURL{folder_.write("T01.WAV", test::WaveMaker()
+                                                 .format({.channels = channels, .sampleRate = 4000})
+                                                 .samples(spokenSamples(channels, 4000, 20))
+                                                 .bytes())};
+        group.audioMatches.front().audio = recording;
+        id_ = group.id;
+        SyncGroup silent(test::video("A002_MOS.mov", "11:00:00:00", 12), {}, MatchStatus::mos());
+        silentID_ = silent.id;
+        desktop_->controller().openStoredWork({{}, {}, SyncGroupList({group, silent})});
+        desktop_->controller().smartAudio().caches().state.results[id_] = test::timelineVerdict();
+        view_ = std::make_unique<TimelineView>(*desktop_, review());
+        view_->resize(TrackHeader::width + 800, 420);
+        view_->show();
+    }
+
+    const std::shared_ptr<ReviewViewModel>& review() { return desktop_->players().review(); }
+    TimelineCanvas& canvas() { return view_->canvas(); }
+    const TimelineLayout& layout() { return canvas().layout(); }
+    const SyncGroup& clip() { return *desktop_->controller().work().syncGroups().find(id_); }
+    void open(const UUID& id) {
+        const platform::Task loading = desktop_->players().loadGroup(id);
+        ASSERT_TRUE(waitUntil([&] { return loading.isDone(); }));
+        settle();
+    }
+    void openExpanded() {
+        open(id_);
+        review()->handleKeyAction(KeyAction::toggleAudioExpand);
+        settle();
+    }
+    void settle() {
+        QCoreApplication::processEvents();
+        ASSERT_TRUE(waitUntil([&] { return canvas().isComplete(); }));
+        // Scroll bars that come or go lay the rows anew, and these are painted in the turn after that.
+        for (int turn = 0; turn < 4; ++turn) QCoreApplication::processEvents();
+    }
+    QPoint at(double seconds, RowKind kind, int index = 0, bool onStrip = false) {
+        const auto* row = layout().row(kind, index);
+        const double y = onStrip ? layout().stripRect(*row).y + 5 : row->y + row->height / 3;
+        return QPointF(layout().x(seconds), y).toPoint();
+    }
+    void drag(QPoint from, QPoint to, Qt::KeyboardModifiers held = {}) {
+        const auto move = [&](QPoint place) {
+            QMouseEvent event(QEvent::MouseMove, place, canvas().mapToGlobal(place), Qt::NoButton,
+                              Qt::LeftButton, held);
+            QCoreApplication::sendEvent(&canvas(), &event);
+        };
+        QTest::mousePress(&canvas(), Qt::LeftButton, held, from);
+        move((from + to) / 2);
+        move(to);
+        QTest::mouseRelease(&canvas(), Qt::LeftButton, held, to);
+        settle();
+    }
+    void hover(QPoint place) {
+        QMouseEvent event(QEvent::MouseMove, place, canvas().mapToGlobal(place), Qt::NoButton, Qt::NoButton,
+                          {});
+        QCoreApplication::sendEvent(&canvas(), &event);
+    }
+    TrackBox& box(const QString& name) {
+        return *static_cast<TrackBox*>(view_->findChild<QAbstractButton*>(name));
+    }
+    double playhead() { return review()->engine()->playhead().seconds(); }
+
+    test::TemporaryDirectory folder_;
+    std::shared_ptr<platform::MemorySettingsStore> settings_ =
+        std::make_shared<platform::MemorySettingsStore>();
+    std::shared_ptr<test::FakePlayerSystem> system_;
+    std::unique_ptr<Desktop> desktop_;
+    UUID id_ = UUID::random(), silentID_ = UUID::random();
+    std::unique_ptr<TimelineView> view_;
+};
+
+/// How many points of the canvas were painted in its width at a time.
+class PaintWatch : public QObject {
+  public:
+    explicit PaintWatch(QWidget& watched) { watched.installEventFilter(this); }
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+        if (event->type() == QEvent::Paint)
+            for (const QRect& rect : static_cast<QPaintEvent*>(event)->region())
+                widest = std::max(widest, rect.width());
+        return false;
+    }
+    int widest = 0;
+};
+
+} // namespace
+
+TEST_F(TimelineViewTest, DragsTheSoundUnlessItIsLocked) {
+    open(id_);
+    const double pixels = layout().zoom().pixelsPerSecond();
+    const QPoint from = at(12, RowKind::sound);
+    drag(from, from + QPoint(static_cast<int>(2 * pixels), 0));
+    EXPECT_NEAR(clip().manualAudioOffsetSeconds, 2, 1 / pixels);
+    EXPECT_NEAR(clip().manualAudioOffsetSeconds * 25, std::round(clip().manualAudioOffsetSeconds * 25), 1e-6);
+    EXPECT_NEAR(layout().content().soundOffset, 4 + clip().manualAudioOffsetSeconds, 1e-9)
+        << "the row follows";
+    desktop_->controller().undo();
+    EXPECT_EQ(clip().manualAudioOffsetSeconds, 0) << "one step";
+
+    // Escape while the button is held leaves everything as it was.
+    settle();
+    QTest::mousePress(&canvas(), Qt::LeftButton, {}, from);
+    QMouseEvent move(QEvent::MouseMove, from + QPoint(60, 0), canvas().mapToGlobal(from + QPoint(60, 0)),
+                     Qt::NoButton, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&canvas(), &move);
+    EXPECT_NE(clip().manualAudioOffsetSeconds, 0);
+    QTest::keyClick(&canvas(), Qt::Key_Escape);
+    QTest::mouseRelease(&canvas(), Qt::LeftButton, {}, from);
+    EXPECT_NEAR(clip().manualAudioOffsetSeconds, 0, 1e-9);
+
+    desktop_->controller().clips().toggleLocked(id_);
+    settle();
+    drag(from, from + QPoint(80, 0));
+    EXPECT_NEAR(clip().manualAudioOffsetSeconds, 0, 1e-9);
+}
+
+TEST_F(TimelineViewTest, ClicksMoveThePlayheadAndSetTheAnchor) {
+    open(id_);
+    const double tolerance = 1 / layout().zoom().pixelsPerSecond();
+    for (const auto& [seconds, kind] : {std::pair(15.0, RowKind::sound), std::pair(7.0, RowKind::picture)}) {
+        QTest::mouseClick(&canvas(), Qt::LeftButton, {}, at(seconds, kind));
+        EXPECT_NEAR(playhead(), seconds, tolerance);
+    }
+    QTest::mouseClick(&canvas(), Qt::LeftButton, Qt::ControlModifier | Qt::AltModifier,
+                      at(9, RowKind::sound));
+    EXPECT_NEAR(clip().audioAnchorOffsetInAudioSeconds.value(), 5, tolerance);
+
+    // Skimming goes back to where the playhead was, unless something was clicked meanwhile.
+    hover(at(20, RowKind::picture));
+    hover(at(21, RowKind::picture));
+    EXPECT_NEAR(playhead(), 21, tolerance);
+    hover(at(9, RowKind::sound));
+    EXPECT_NEAR(playhead(), 9, tolerance);
+}
+
+TEST_F(TimelineViewTest, DrawsMovesAndRemovesRanges) {
+    openExpanded();
+    const double tolerance = 1.5 / layout().zoom().pixelsPerSecond();
+    drag(at(20, RowKind::channel, 2, true), at(17, RowKind::channel, 2, true));
+    ASSERT_EQ(clip().manualBlockOverrides.size(), 2U);
+    EXPECT_EQ(clip().manualBlockOverrides[1].trackIndex, 3);
+    EXPECT_NEAR(clip().manualBlockOverrides[1].startSeconds, 17, tolerance);
+    EXPECT_NEAR(clip().manualBlockOverrides[1].endSeconds, 20, tolerance);
+
+    // An edge, inwards: what it leaves is free again, and all is one step.
+    drag(at(15, RowKind::channel, 1, true), at(13, RowKind::channel, 1, true));
+    EXPECT_NEAR(clip().manualBlockOverrides[0].endSeconds, 13, tolerance);
+    desktop_->controller().undo();
+    settle();
+    EXPECT_EQ(clip().manualBlockOverrides[0].endSeconds, 15);
+
+    QTest::mouseClick(&canvas(), Qt::LeftButton, {}, at(13.5, RowKind::channel, 1, true));
+    EXPECT_TRUE(canvas().selectedRange());
+    QTest::keyClick(&canvas(), Qt::Key_Delete);
+    ASSERT_EQ(clip().manualBlockOverrides.size(), 1U);
+    EXPECT_EQ(clip().manualBlockOverrides[0].trackIndex, 3);
+}
+
+TEST_F(TimelineViewTest, BoxesOfAChannelRunTheirCommands) {
+    open(id_);
+    QTest::mouseClick(view_->findChild<QAbstractButton*>("foldChannels"), Qt::LeftButton);
+    settle();
+    ASSERT_TRUE(box("ALGO-2").isVisible() && box("ALGO-2").isChecked());
+    EXPECT_EQ(box("ON-3").accessibleName(), "Export Track 3");
+    QTest::mouseClick(&box("ALGO-2"), Qt::LeftButton);
+    settle();
+    EXPECT_EQ(clip().algorithmExcludedTracks, std::set{2});
+    EXPECT_FALSE(box("ALGO-2").isChecked());
+    // The analysis that follows may choose other tracks; what is pressed then stays.
+    const bool wasOn = box("ON-1").isChecked();
+    box("ON-1").setFocus();
+    QTest::keyClick(&box("ON-1"), Qt::Key_Space);
+    settle();
+    EXPECT_EQ(clip().manualActiveTracks.contains(1), !wasOn);
+    EXPECT_EQ(box("ON-1").isChecked(), !wasOn);
+
+    const auto menu =
+        canvas().menuAt(layout().hit(layout().x(13.5), at(13.5, RowKind::channel, 1, true).y()));
+    QStringList titles;
+    for (const QAction* action : menu->actions())
+        if (action->isEnabled()) titles << action->text();
+    EXPECT_TRUE(titles.contains("Solo Audio Track") && titles.contains("Remove Range Override"))
+        << titles.join(", ").toStdString();
+}
+
+TEST_F(TimelineViewTest, ZoomsAtThePointerAndRepaintsLittleWhilePlaying) {
+    open(id_);
+    const QPoint place = at(20, RowKind::sound);
+    const double under = layout().seconds(place.x());
+    for (int i = 0; i < 5; ++i) {
+        QWheelEvent wheel(place, canvas().mapToGlobal(place), {}, {0, 120}, Qt::NoButton, Qt::ControlModifier,
+                          Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(&canvas(), &wheel);
+    }
+    settle();
+    EXPECT_NEAR(layout().zoom().zoomScale, std::pow(1.25, 5), 1e-9);
+    EXPECT_NEAR(layout().seconds(place.x()), under, 1e-6);
+    review()->handleKeyAction(KeyAction::zoomFit);
+    settle();
+    EXPECT_NEAR(layout().x(30) - layout().x(0), canvas().width(), 1) << "a key is followed too";
+
+    PaintWatch watch(canvas());
+    canvas().showPlayhead(12);
+    QCoreApplication::processEvents();
+    EXPECT_GT(watch.widest, 0);
+    EXPECT_LT(watch.widest, 40) << "points of " << canvas().width();
+
+    open(silentID_);
+    EXPECT_FALSE(layout().content().hasSound);
+    desktop_->players().review()->close();
+    settle();
+    EXPECT_FALSE(canvas().isVisible()) << "no clip";
+}
+
+TEST(TrackColourTest, ChannelsAreTold) {
+    for (int one = 0; one < 16; ++one) {
+        EXPECT_GE(design::contrast(design::channelColour(one), design::colours().window), 4.5) << one;
+        for (int other = 0; other < one; ++other)
+            EXPECT_NE(design::channelColour(one), design::channelColour(other));
+    }
+}
+
+/// Pictures of the timeline for people to look at, into the folder that ORVANE_PICTURES names.
+class TimelinePictures : public TimelineViewTest {
+  protected:
+    TimelinePictures() : TimelineViewTest(16) {}
+    void save(const QString& name) {
+        settle();
+        view_->grab().save(
+            QDir(qEnvironmentVariable("ORVANE_PICTURES")).filePath("timeline-" + name + ".png"));
+    }
+};
+
+TEST_F(TimelinePictures, OfEveryState) {
+    if (!qEnvironmentVariableIsSet("ORVANE_PICTURES")) GTEST_SKIP() << "nobody looks";
+    test::NumberedClip film{.pictures = 750, .encoding = "-c:v libx264 -g 25 -pix_fmt yuv420p"};
+    const std::string path = folder_.path("A001.mov");
+    if (film.make(path))
+        desktop_->controller().openStoredWork([&] {
+            SyncGroup group = clip();
+            group.video.url = FileURL{path};
+            group.pictureClapAnchorSeconds = 10;
+            return ImportController::StoredWork{{}, {}, SyncGroupList({group})};
+        }());
+    save("none");
+    desktop_->controller().smartAudio().caches().state.results[id_] = test::timelineVerdict();
+    for (const QSize size : {QSize(540, 330), QSize(900, 330), QSize(1900, 620)}) {
+        view_->resize(size);
+        open(id_);
+        review()->handleKeyAction(KeyAction::zoomFit);
+        desktop_->run("playerSeek", platform::JSON::parse(R"({"seconds": 13})"));
+        save(QStringLiteral("folded-%1").arg(size.width()));
+        review()->handleKeyAction(KeyAction::toggleAudioExpand);
+        save(QStringLiteral("expanded-%1").arg(size.width()));
+        for (int i = 0; i < 9; ++i) review()->handleKeyAction(KeyAction::zoomIn);
+        save(QStringLiteral("near-%1").arg(size.width()));
+        review()->handleKeyAction(KeyAction::toggleAudioExpand);
+        review()->close();
+    }
+}
+
+} // namespace orvane::views

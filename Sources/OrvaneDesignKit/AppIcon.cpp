@@ -13,7 +13,7 @@ namespace orvane::design {
 namespace {
 
 // On a square of 64. Packaging/icons has the same shape for the desktop's menu.
-constexpr double side = 64;
+constexpr double iconSide = 64;
 constexpr double corner = 13;
 constexpr double frameTop = 14, frameHeight = 17, frameWidth = 14, frameGap = 3, firstFrame = 8;
 constexpr double waveMiddle = 45, barWidth = 3, barStep = 6.2, firstBar = 9.5;
@@ -39,14 +39,14 @@ class AppIconEngine : public QIconEngine {
 
 void drawAppIcon(QPainter& painter, const QRectF& square) {
     const Colours& all = colours();
-    const double scale = std::min(square.width(), square.height()) / side;
+    const double scale = std::min(square.width(), square.height()) / iconSide;
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.translate(square.center() - QPointF(side, side) * scale / 2);
+    painter.translate(square.center() - QPointF(iconSide, iconSide) * scale / 2);
     painter.scale(scale, scale);
     painter.setPen(Qt::NoPen);
     painter.setBrush(all.window);
-    painter.drawRoundedRect(QRectF(2, 2, side - 4, side - 4), corner, corner);
+    painter.drawRoundedRect(QRectF(2, 2, iconSide - 4, iconSide - 4), corner, corner);
     for (int i = 0; i < 3; ++i) {
         painter.setBrush(i == 1 ? all.selected : all.hovered);
         painter.drawRoundedRect(

@@ -157,7 +157,7 @@ TEST_F(TimelineRowsTest, LaysRulerPicturesAndRangesOverTheClip) {
     ASSERT_TRUE(following);
     EXPECT_NEAR(*following, 320 * 13 - 80, 1e-6);
     const auto frames = near.ticks(0.5);
-    EXPECT_EQ(std::ranges::count(frames, false, &TimelineLayout::Tick::isMajor), 58)
+    EXPECT_EQ(std::ranges::count(frames, false, &TimelineLayout::Tick::isMajor), 60)
         << "2.5 s less those at ticks";
     EXPECT_EQ(near.pictureSlots(90).front().x, -70) << "the one that reaches into the view";
 }

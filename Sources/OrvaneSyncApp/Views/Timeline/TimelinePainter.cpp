@@ -304,9 +304,9 @@ class Painting {
 
     void paintClipEdges() {
         for (const double edge : {0.0, rows_.clipSeconds})
-            painter_.fillRect(
-                QRectF(std::floor(layout_.x(edge)), TimelineLayout::rulerHeight, 1, layout_.height()),
-                colours().disabled);
+            painter_.fillRect(QRectF(std::floor(layout_.x(edge)), TimelineLayout::rulerHeight, 1,
+                                     layout_.height() - TimelineLayout::rulerHeight),
+                              colours().disabled);
     }
 
     void paintDragText() {

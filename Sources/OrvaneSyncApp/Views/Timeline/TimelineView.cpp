@@ -43,8 +43,7 @@ TimelineView::TimelineView(Desktop& desktop, std::shared_ptr<ReviewViewModel> re
       playing_(new QTimer(this)) {
     setObjectName(QStringLiteral("timeline"));
     pages_->addWidget(
-        new EmptyState(Glyph::waveform, tr("No clip in view"),
-                       tr("Choose a clip in the list to see its picture and sound side by side.")));
+        new EmptyState(Glyph::waveform, tr("No clip in view"), tr("Choose one in the list of clips.")));
     auto* page = new QWidget;
     auto* column = new QVBoxLayout(page);
     column->setContentsMargins(0, 0, 0, 0);
@@ -65,17 +64,19 @@ QWidget* TimelineView::makeTools() {
     row->setContentsMargins(space::small, 2, space::small, 2);
     row->setSpacing(space::tight);
     row->addWidget(summary_ = elidingFacts(), 1);
-    const auto add = [&](const QString& words, const QString& name, const QString& tip) {
-        auto* made = button(words, Weight::quiet);
+    const auto add = [&](const QString& words, const QString& name, const QString& tip,
+                         Weight weight = Weight::quiet) {
+        auto* made = button(words, weight);
         made->setAccessibleName(name);
         made->setToolTip(tip);
         row->addWidget(made);
         return made;
     };
     const commands::Command& analysis = desktop_.command("runSmartAudioForGroup");
-    analyse_ = add(tr("Run Smart Audio"), text(analysis.title), text(analysis.help));
+    analyse_ = add(tr("Run Smart Audio"), text(analysis.title), text(analysis.help), Weight::normal);
     connect(analyse_, &QPushButton::clicked, this, [this] { runSmartAudio(); });
-    auto* skim = add(tr("Skim"), tr("Skim"), tr("Shows the picture under the pointer while nothing plays."));
+    auto* skim = add(tr("Skim"), tr("Skim"), tr("Shows the picture under the pointer while nothing plays."),
+                     Weight::normal);
     skim->setCheckable(true);
     skim->setChecked(QSettings().value(skimSetting(), true).toBool());
     connect(skim, &QPushButton::toggled, this, [this](bool skims) {

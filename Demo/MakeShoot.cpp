@@ -173,8 +173,7 @@ void makeShoot(const std::string& folder) {
     namespace files = orvane::platform::files;
     files::createDirectories(folder + "/camera");
     files::createDirectories(folder + "/sound");
-    const auto done = [total = takes.size() + clips.size(),
-                       count = std::size_t{0}](const char* file) mutable {
+    auto done = [total = takes.size() + clips.size(), count = std::size_t{0}](const char* file) mutable {
         std::cout << ++count << "/" << total << " " << file << std::endl; // read while it goes on
     };
     for (const Take& take : takes) {

@@ -141,7 +141,8 @@ void write(const std::string& folder, const Clip& clip) {
                 .frames = frames,
                 .pictures = orvane::demo::pictures(clip.camera, static_cast<int>(first),
                                                    static_cast<int>(frames), clapFrame)})
-        .timecode({.firstFrame = first});
+        .timecode({.firstFrame = first})
+        .duration(frames, orvane::demo::framesPerSecond);
     if (clip.captureRate != nullptr) maker.metadata("captureFrameRate", std::string(clip.captureRate));
     maker.writeTo(folder + "/" + clip.file);
 }

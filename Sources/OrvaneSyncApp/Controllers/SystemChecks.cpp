@@ -16,7 +16,6 @@
 #include "Platform/TextRecognizer.h"
 
 #include <algorithm>
-#include <mutex>
 #include <unistd.h>
 
 namespace orvane {
@@ -139,9 +138,6 @@ Check keyStoreCheck() {
 std::vector<SystemCheck> systemChecks(const platform::SettingsStore& settings,
                                       const OpenProbeCache& openProbeCache) {
     platform::assertMayBlock("systemChecks");
-    // The libraries that look for sound devices bear one caller at a time.
-    static std::mutex oneAtATime;
-    const std::lock_guard lock(oneAtATime);
     const platform::MediaHelper helper = platform::mediaHelper();
     return {settingsCheck(settings),
             folderCheck("work folder", AppStorageHelper::applicationSupportDirectory()),

@@ -4,6 +4,7 @@
 #include <alsa/asoundlib.h>
 #include <chrono>
 #include <dlfcn.h>
+#include <mutex>
 #include <portaudio.h>
 
 namespace orvane::platform {

@@ -141,7 +141,8 @@ void write(const std::string& folder, const Clip& clip) {
                 .frames = frames,
                 .pictures = orvane::demo::pictures(clip.camera, static_cast<int>(first),
                                                    static_cast<int>(frames), clapFrame)})
-        .timecode({.firstFrame = first});
+        .timecode({.firstFrame = first})
+        .duration(frames, orvane::demo::framesPerSecond);
     if (clip.captureRate != nullptr) maker.metadata("captureFrameRate", std::string(clip.captureRate));
     maker.writeTo(folder + "/" + clip.file);
 }
@@ -173,8 +174,7 @@ void makeShoot(const std::string& folder) {
     namespace files = orvane::platform::files;
     files::createDirectories(folder + "/camera");
     files::createDirectories(folder + "/sound");
-    const auto done = [total = takes.size() + clips.size(),
-                       count = std::size_t{0}](const char* file) mutable {
+    auto done = [total = takes.size() + clips.size(), count = std::size_t{0}](const char* file) mutable {
         std::cout << ++count << "/" << total << " " << file << std::endl; // read while it goes on
     };
     for (const Take& take : takes) {

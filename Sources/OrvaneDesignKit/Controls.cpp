@@ -179,7 +179,12 @@ EmptyState::EmptyState(Glyph glyph, const QString& title, const QString& text, Q
     layout_->addStretch(1);
     layout_->addWidget(picture, 0, Qt::AlignHCenter);
     layout_->addWidget(title_, 0, Qt::AlignHCenter);
-    layout_->addWidget(text_, 0, Qt::AlignHCenter);
+    // Between stretches rather than aligned: an aligned label gets the height of another width.
+    auto* row = new QHBoxLayout;
+    row->addStretch(1);
+    row->addWidget(text_, 8);
+    row->addStretch(1);
+    layout_->addLayout(row);
     layout_->addStretch(2);
 }
 

@@ -65,6 +65,7 @@ SliderField::SliderField(const QString& accessibleName, Range range, const QStri
     field_->setSuffix(unit.isEmpty() ? unit : QLatin1Char(' ') + unit);
     field_->setAccessibleName(accessibleName);
     field_->setKeyboardTracking(false);
+    field_->setButtonSymbols(QAbstractSpinBox::NoButtons);
     row->addWidget(slider_, 1);
     row->addWidget(field_);
     const auto take = [this, call = std::move(changed)](int wanted) {

@@ -86,6 +86,10 @@ QHeaderView { background: @panel; }
 QHeaderView::section { background: @panel; color: @facts; border: 0; border-right: 1px solid @line; border-bottom: 1px solid @line; padding: 5px 8px; }
 QProgressBar { background: @raised; border: 0; border-radius: 4px; max-height: 8px; }
 QProgressBar::chunk { background: @selected; border-radius: 4px; }
+QSlider::groove:horizontal { background: @line; height: 4px; border-radius: 2px; }
+QSlider::sub-page:horizontal { background: @selected; border-radius: 2px; }
+QSlider::handle:horizontal { background: @facts; width: 14px; margin: -5px 0; border-radius: 7px; }
+QSlider::handle:horizontal:hover, QSlider::handle:horizontal:focus { background: @text; }
 QScrollBar:vertical { background: @window; width: 12px; margin: 0; }
 QScrollBar:horizontal { background: @window; height: 12px; margin: 0; }
 QScrollBar::handle { background: @hovered; border-radius: 4px; min-height: 30px; min-width: 30px; margin: 2px; }

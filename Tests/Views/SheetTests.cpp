@@ -10,6 +10,7 @@
 #include "Views/Application.h"
 
 #include <QClipboard>
+#include <QDialog>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>

@@ -15,7 +15,6 @@
 #include <QCheckBox>
 #include <QDialog>
 #include <QHeaderView>
-#include <QMenu>
 #include <QTest>
 #include <QTreeView>
 
@@ -120,10 +119,11 @@ class Tree {
         for (int y = 0; y < image_.height(); ++y)
             for (int x = 0; x < image_.width(); ++x) ++counts[image_.pixel(x, y)];
         for (const auto& [colour, count] : counts)
-            if (count > image_.width() * image_.height() / 20)
+            if (count > image_.width() * image_.height() / 20) {
                 EXPECT_TRUE(std::ranges::any_of(
                     theme, [rgb = colour](const QColor& one) { return one.rgb() == rgb; }))
                     << top_.windowTitle().toStdString() << " " << QColor(colour).name().toStdString();
+            }
     }
 
     QWidget& top_;
@@ -207,9 +207,6 @@ TEST(TranslationTest, EveryTextOfTheWindowsIsThereInGerman) {
     Windows windows(QStringLiteral("de"));
     windows.scan();
     windows.openSheets();
-    for (QMenu* menu : windows.window().findChildren<QMenu*>())
-        for (QAction* action : menu->actions())
-            if (!action->isSeparator()) EXPECT_FALSE(action->text().isEmpty());
     QStringList missing = untranslatedTexts();
     missing.sort();
     EXPECT_EQ(missing.size(), 0) << missing.join(QStringLiteral("\n")).toStdString();

@@ -20,7 +20,7 @@ using Certainty = ResultsViewModel::Certainty;
 
 constexpr int pictureWidth = 64, pictureHeight = 36;
 constexpr int markSide = 16;
-constexpr int foldWidth = 20;
+constexpr int foldWidth = 18;
 
 bool isRightAligned(int column) {
     return column == static_cast<int>(Column::length) || column == static_cast<int>(Column::begins) ||
@@ -177,7 +177,7 @@ void ResultsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         if (row.foldable > 0)
             draw(*painter, row.isFolded ? Glyph::folded : Glyph::unfolded,
                  QRectF(inner.left() - 2, inner.center().y() - 7, 14, 14), textColour);
-        inner.setLeft(inner.left() + foldWidth + (row.isBelowAnother ? space::medium : 0));
+        inner.setLeft(inner.left() + foldWidth + (row.isBelowAnother ? space::small : 0));
         drawPicture(*painter,
                     QRect(inner.left(), inner.center().y() - pictureHeight / 2, pictureWidth, pictureHeight),
                     model->thumbnail(index.row()));

@@ -41,13 +41,13 @@ struct ColumnWidth {
 };
 using Column = ResultsViewModel::Column;
 constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
-    {{Column::name, 0, 30, 190},
-     {Column::cameraFile, 0, 22, 120},
-     {Column::starts, 118, 0, 0},
+    {{Column::name, 0, 42, 180},
+     {Column::cameraFile, 0, 30, 120},
+     {Column::starts, 112, 0, 0},
      {Column::length, 66, 0, 0},
-     {Column::match, 0, 24, 110},
-     {Column::sound, 0, 24, 110},
-     {Column::begins, 108, 0, 0},
+     {Column::match, 0, 32, 110},
+     {Column::sound, 0, 26, 110},
+     {Column::begins, 116, 0, 0},
      {Column::loudness, 92, 0, 0}}};
 constexpr int marksWidth = 76;
 
@@ -185,6 +185,7 @@ QWidget* ResultsView::makeTable() {
     header->setHighlightSections(false);
     header->setSectionsMovable(true);
     header->setMinimumSectionSize(40);
+    header->setFont(factsFont());
     for (const ColumnWidth& one : columnWidths)
         header->resizeSection(static_cast<int>(one.column), std::max(one.fixed, 10 * one.weight));
     header->resizeSection(ResultsModel::marksColumn, marksWidth);
@@ -208,10 +209,17 @@ void ResultsView::fitColumns() {
     const int width = table_->viewport()->width();
     const bool isCompact = width < compactBelow;
     delegate_->setCompact(isCompact);
+    const bool hasOtherColumns =
+        table_->isColumnHidden(static_cast<int>(Column::cameraFile)) != isCompact ||
+        table_->isColumnHidden(static_cast<int>(Column::loudness)) == rows_.isLoudnessKnown();
     table_->setColumnHidden(static_cast<int>(Column::cameraFile), isCompact);
     table_->setColumnHidden(static_cast<int>(Column::length), isCompact);
     table_->setColumnHidden(static_cast<int>(Column::loudness), !rows_.isLoudnessKnown());
     // Those that share the rest keep their proportions, also where somebody has changed them.
+    if (hasOtherColumns) {
+        for (const ColumnWidth& one : columnWidths)
+            if (one.weight > 0) table_->setColumnWidth(static_cast<int>(one.column), 10 * one.weight);
+    }
     int rest = width - table_->columnWidth(ResultsModel::marksColumn);
     int shared = 0;
     for (const ColumnWidth& one : columnWidths) {

@@ -122,7 +122,11 @@ void StartView::showRecent() {
     const auto& sessions = desktop_.sessions().sessions();
     welcome_->setVisible(sessions.empty());
     recent_->setVisible(!sessions.empty());
-    delete recentRows_;
+    // One of its buttons may be what brought this about.
+    if (recentRows_ != nullptr) {
+        recentRows_->hide();
+        recentRows_->deleteLater();
+    }
     recentRows_ = new QWidget;
     auto* rows = new QVBoxLayout(recentRows_);
     rows->setContentsMargins(0, 0, 0, 0);

@@ -38,6 +38,7 @@ WildTracksView::WildTracksView(Desktop& desktop, QWidget* parent) : QWidget(pare
     list_->setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::DoubleClicked);
     QHeaderView* header = list_->header();
     header->setStretchLastSection(false);
+    header->setFont(factsFont());
     header->setSectionResizeMode(nameColumn, QHeaderView::Stretch);
     header->setSectionResizeMode(fileColumn, QHeaderView::Stretch);
     for (const auto& [column, width] :

@@ -4,6 +4,7 @@
 #include <alsa/asoundlib.h>
 #include <chrono>
 #include <dlfcn.h>
+#include <mutex>
 #include <portaudio.h>
 
 namespace orvane::platform {
@@ -30,14 +31,17 @@ void silenceLibraries() {
     ::dlclose(jack);
 }
 
-/// PortAudio knows the devices that there were at its start: each use starts it anew.
+/// PortAudio knows the devices that there were at its start: each use starts it anew. It counts its uses
+/// without a lock of its own.
 class PortAudioSession {
   public:
     PortAudioSession() {
+        const std::lock_guard lock(starting());
         silenceLibraries();
         isStarted_ = Pa_Initialize() == paNoError;
     }
     ~PortAudioSession() {
+        const std::lock_guard lock(starting());
         if (isStarted_) Pa_Terminate();
     }
     PortAudioSession(const PortAudioSession&) = delete;
@@ -52,6 +56,11 @@ class PortAudioSession {
     }
 
   private:
+    static std::mutex& starting() {
+        static std::mutex one;
+        return one;
+    }
+
     bool isStarted_ = false;
 };
 

@@ -66,6 +66,7 @@ QMenu::separator { height: 1px; background: @line; margin: 4px 8px; }
 QToolBar { background: @panel; border: 0; border-bottom: 1px solid @line; spacing: 4px; padding: 4px 8px; }
 QToolButton { color: @text; background: transparent; border: 1px solid transparent; border-radius: 4px; padding: 5px 8px; }
 QToolButton:hover { background: @hovered; }
+QToolButton:checked { background: @selected; color: @onSelected; }
 QToolButton:disabled { color: @disabled; }
 QPushButton { color: @text; background: @raised; border: 1px solid @line; border-radius: 5px; padding: 6px 14px; }
 QPushButton:hover { background: @hovered; }

@@ -157,12 +157,14 @@ class Walk : public QTimer {
 
     void multicam() {
         then([this] {
+            std::vector<UUID> first;
             for (const SyncGroup& clip : work().syncGroups()) {
                 const auto cameras = MulticamViewModel::camerasFor(work(), {clip.id});
-                if (cameras.size() < 2) continue;
-                window_.openMulticam(cameras);
-                return;
+                if (cameras.size() > 1) return window_.openMulticam(cameras);
+                if (first.size() < 2) first.push_back(clip.id);
             }
+            // Without a take of several cameras, two clips show the screen as well.
+            if (first.size() > 1) window_.openMulticam(first);
         });
         waitUntil([this] {
             for (const auto& [id, engine] : window_.desktop().players().multicam()->bag().engines())

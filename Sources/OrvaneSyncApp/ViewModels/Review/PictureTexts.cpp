@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Platform/Playback/Mixer.h"
 
 namespace orvane {
 
@@ -21,6 +22,16 @@ std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engin
                                              " holds no picture that can be decoded. Its sound plays, "
                                              "and the document names the file all the same."};
     return std::nullopt;
+}
+
+std::optional<std::string> soundNote(VideoEngine& engine) {
+    const auto& players = engine.players();
+    const auto mixer = players ? players->mixer() : nullptr;
+    constexpr std::string_view withoutDevice = "no sound device"; // as an output describes itself
+    if (!mixer || mixer->output().description() != withoutDevice) return std::nullopt;
+    return "Nothing is heard: the machine has no sound device. Connect one, or choose one in the settings of "
+           "the "
+           "system; what plays goes on through it by itself.";
 }
 
 namespace {

@@ -19,6 +19,9 @@ struct PictureNote {
 /// `clip`: the one in view; null without one. Nothing where there is a picture, or one is on its way.
 std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engine);
 
+/// Why nothing is heard of what plays, and what to do; nothing where there is a device.
+std::optional<std::string> soundNote(VideoEngine& engine);
+
 /// The recorder's timecode at the playhead; "--:--:--:--" where the clip has no sound there, or the recording
 /// no timecode. At the rate of the picture, so that both can be compared.
 std::string soundTimecode(const SyncGroup& clip, const PlayheadState& playhead);

@@ -7,7 +7,6 @@
 #include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
 #include "OrvaneSyncApp/Views/Review/ReviewActions.h"
 #include "OrvaneSyncApp/Views/Review/SyncLensView.h"
-#include "Platform/Playback/AudioOutput.h"
 
 #include <QAction>
 #include <QHBoxLayout>
@@ -48,13 +47,14 @@ QToolButton* transportButton(QAction* action) {
     button->setDefaultAction(action);
     button->setAccessibleName(action->iconText());
     button->setFocusPolicy(Qt::TabFocus);
+    constexpr int side = 20;
+    button->setIconSize({side, side});
     return button;
 }
 
 PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, ReviewActions& actions,
                          QWidget* parent)
-    : QWidget(parent), desktop_(desktop), review_(std::move(review)), actions_(actions),
-      self_(std::make_shared<PictureView*>(this)), queue_(platform::SerialQueue::create("sound device")) {
+    : QWidget(parent), desktop_(desktop), review_(std::move(review)), actions_(actions) {
     auto* pages = new QWidget;
     pages_ = new QStackedLayout(pages);
     pages_->addWidget(canvas_ = new PictureCanvas);
@@ -83,7 +83,6 @@ PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
     ofEngine_ = review_->engine()->onChange([this](VideoEngineField field) { follow(field); });
     ofReview_ = review_->onChange([this] {
         if (std::exchange(shown_, review_->groupID()) != shown_) meters_->clear();
-        if (shown_) lookForDevice();
         showPage();
         showTimecodes();
     });
@@ -95,6 +94,7 @@ PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
 }
 
 PictureView::~PictureView() {
+    if (deviceTimer_) deviceTimer_->cancel();
     review_->fullscreen().hide();
     review_->fullscreen().desktop = {};
 }
@@ -209,6 +209,7 @@ void PictureView::showPage() {
 void PictureView::showTransport() {
     const VideoEngine& engine = *review_->engine();
     const bool isPlaying = engine.transport().isPlaying;
+    if (std::exchange(wasPlaying_, isPlaying) != isPlaying) lookForDevice();
     QAction* play = actions_.action(KeyAction::playPause);
     play->setIcon(icon(isPlaying ? Glyph::pause : Glyph::play));
     shuttle_->setText(text(engine.loop().jklLabel));
@@ -230,21 +231,18 @@ void PictureView::showTimecodes() {
 }
 
 void PictureView::lookForDevice() {
-    if (std::exchange(hasLookedForDevice_, true)) return;
-    look(self_, *queue_, desktop_.mainThread());
-}
-
-/// Asking the system for its devices takes its time.
-platform::Task PictureView::look(std::weak_ptr<PictureView*> weak, platform::SerialQueue& queue,
-                                 std::shared_ptr<platform::MainThread> mainThread) {
-    auto asking = platform::onQueue(queue, mainThread, [] { return platform::audioDeviceReport(); });
-    const platform::AudioDeviceReport report = co_await asking;
-    const auto self = weak.lock();
-    if (!self || report.isThere) co_return;
-    (*self)->device_->show(
-        Signal::doubtful, tr("Nothing is heard: there is no sound device (%1). Connect one, or choose one in "
-                             "the system's settings; playing goes on through it by itself.")
-                              .arg(text(report.description)));
+    if (deviceTimer_) deviceTimer_->cancel();
+    deviceTimer_.reset();
+    if (!review_->engine()->transport().isPlaying) return;
+    // A device opens while the first moments play.
+    constexpr std::chrono::seconds untilOpen{2};
+    deviceTimer_ = desktop_.mainThread()->after(untilOpen, [this] {
+        const auto note = soundNote(*review_->engine());
+        if (note)
+            device_->show(Signal::doubtful, text(*note));
+        else
+            device_->clear();
+    });
 }
 
 } // namespace orvane::views

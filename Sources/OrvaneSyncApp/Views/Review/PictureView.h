@@ -47,9 +47,8 @@ class PictureView : public QWidget {
     void showTransport();
     void showTimecodes();
     void toggleLoop();
+    /// Whether what plays can be heard.
     void lookForDevice();
-    static platform::Task look(std::weak_ptr<PictureView*> weak, platform::SerialQueue& queue,
-                               std::shared_ptr<platform::MainThread> mainThread);
     const SyncGroup* clip() const;
 
     Desktop& desktop_;
@@ -68,9 +67,8 @@ class PictureView : public QWidget {
     QAction* loop_;
     QSlider* volume_;
     std::optional<UUID> shown_;
-    bool hasLookedForDevice_ = false;
-    std::shared_ptr<PictureView*> self_; ///< null once this is gone
-    std::unique_ptr<platform::SerialQueue> queue_;
+    std::shared_ptr<platform::Timer> deviceTimer_;
+    bool wasPlaying_ = false;
     platform::Subscription ofEngine_, ofReview_, ofFullscreen_;
 };
 

@@ -76,6 +76,7 @@ void SyncLensView::paintEvent(QPaintEvent*) {
     painter.fillRect(rect(), all.picture);
     if (!lens_->plan()) {
         painter.setPen(all.text);
+        painter.setFont(textFont());
         painter.drawText(rect().adjusted(space::large, 0, -space::large, 0),
                          Qt::AlignCenter | Qt::TextWordWrap,
                          tr("This clip has no clap yet. Put the playhead on the clap, by ear or by eye, and "

@@ -13,6 +13,7 @@
 #include "Support/Test.h"
 
 #include <algorithm>
+#include <cctype>
 #include <map>
 
 namespace orvane::test {
@@ -45,7 +46,10 @@ TEST_F(SettingsModelTest, everySettingHasOneRowWhoseChoicesItTakes) {
                 ++rows[setting.key];
                 for (const SettingChoice& choice : row.choices) {
                     EXPECT_EQ(whyUseless(setting, choice.value), std::nullopt);
-                    EXPECT_NE(choice.text, settingText(choice.value)) << "words, not what is stored";
+                    const std::string stored = settingText(choice.value);
+                    const bool isWords =
+                        stored.empty() || !std::islower(static_cast<unsigned char>(stored[0]));
+                    EXPECT_TRUE(isWords || choice.text != stored) << "words, not what is stored";
                 }
                 if (!row.choices.empty()) {
                     EXPECT_EQ(model_.choices(row).size(), row.choices.size()) << "the default is offered";

@@ -75,10 +75,11 @@ platform::Task setFieldMapping(CommandContext& context, Call call, std::shared_p
     const FCPMetaTarget target = targetOf(call);
     const auto customKey = call.textIfPresent("customKey");
     const auto mainThread = context.controller->work().environment.mainThread;
-    co_await platform::written(customKey
-                                   ? LockitFieldMapping::set(*context.settings, target, *customKey, field)
-                                   : LockitFieldMapping::set(*context.settings, target, field),
-                               *mainThread);
+    // Not within the co_await: GCC 12 destroys what the branch that is not taken would have made.
+    const platform::SettingsWrite write =
+        customKey ? LockitFieldMapping::set(*context.settings, target, *customKey, field)
+                  : LockitFieldMapping::set(*context.settings, target, field);
+    co_await platform::written(write, *mainThread);
 }
 
 platform::Task resetFieldMapping(CommandContext& context, Call /*call*/, std::shared_ptr<JSON> /*result*/) {

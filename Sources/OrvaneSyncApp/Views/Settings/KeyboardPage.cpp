@@ -69,7 +69,7 @@ QWidget* KeyboardPage::makeProfiles() {
     load->addStretch(1);
     QPushButton* import = button(tr("Import…"));
     QPushButton* write = button(tr("Export…"));
-    QPushButton* reset = button(tr("Reset…"), Glyph::reset);
+    QPushButton* reset = button(tr("Reset…"), Glyph::undo);
     reset->setObjectName(QStringLiteral("resetShortcuts"));
     for (QPushButton* one : {import, write, reset}) load->addWidget(one);
     section->add(load);
@@ -144,7 +144,7 @@ QWidget* KeyboardPage::makeLine(const ShortcutRow& row) {
               whole,
               button({}),
               tool(Glyph::cross, tr("Take the key from “%1”").arg(name)),
-              tool(Glyph::reset, tr("Reset the key of “%1” to default").arg(name)),
+              tool(Glyph::undo, tr("Reset the key of “%1” to default").arg(name)),
               new Remark,
               button(tr("Only This Action"))};
     line.key->setObjectName(text(rawValue(row.action)));

@@ -5,7 +5,10 @@
 
 #include <QGridLayout>
 #include <QPointer>
+#include <QTimer>
 #include <QVBoxLayout>
+
+#include <chrono>
 
 namespace orvane::views {
 
@@ -14,6 +17,7 @@ using namespace design;
 namespace {
 constexpr int nameWidth = 190;
 constexpr int targetWidth = 180;
+constexpr std::chrono::milliseconds betweenCancels{100};
 } // namespace
 
 MetadataPage::MetadataPage(Desktop& desktop, const SettingsModel& model, const SettingTab& tab)
@@ -54,7 +58,7 @@ QWidget* MetadataPage::makeAccount() {
     section->add(problem_ = new Remark);
     connect(signIn_, &QPushButton::clicked, this, [this] { run("signIn"); });
     connect(signOut_, &QPushButton::clicked, this, [this] { run("signOut"); });
-    connect(cancel_, &QPushButton::clicked, this, [this] { account_->cancelSignIn(); });
+    connect(cancel_, &QPushButton::clicked, this, [this] { cancelSignIn(); });
     connect(complete, &QPushButton::clicked, this, [this] { completeSignIn(); });
     connect(callback_, &QLineEdit::returnPressed, this, [this] { completeSignIn(); });
     return section;
@@ -72,7 +76,7 @@ QWidget* MetadataPage::makeFields() {
     for (const FieldRow& row : fieldRows(LockitFieldMapping())) {
         const QString name = text(row.name);
         Line line{row.field, new Choice, field(tr("Metadata key of “%1”").arg(name), tr("Metadata key")),
-                  button({}, Glyph::reset, Weight::quiet), new Remark};
+                  button({}, Glyph::undo, Weight::quiet), new Remark};
         line.target->setAccessibleName(tr("Target of “%1”").arg(name));
         line.target->setObjectName(text(rawValue(row.field)));
         line.target->setFixedWidth(targetWidth);
@@ -107,7 +111,7 @@ QWidget* MetadataPage::makeFields() {
     section->add(grid);
     section->add(fieldProblem_ = new Remark);
     auto* row = new QHBoxLayout;
-    QPushButton* reset = button(tr("Reset All Fields"), Glyph::reset);
+    QPushButton* reset = button(tr("Reset All Fields"), Glyph::undo);
     connect(reset, &QPushButton::clicked, this, [this] {
         desktop().run("resetFieldMapping", {}, {}, [self = QPointer(this)](const QString& why) {
             if (self) self->fieldProblem_->show(Signal::missing, why);
@@ -148,11 +152,22 @@ void MetadataPage::showAccount() {
     pill_->show(panel.isSignedIn ? Signal::matched : Signal::none, text(panel.state));
     signIn_->setVisible(panel.canSignIn);
     cancel_->setVisible(panel.canCancel);
+    if (!panel.canCancel) cancel_->setEnabled(true);
     paste_->setVisible(panel.canCancel);
     signOut_->setVisible(panel.isSignedIn && !panel.canCancel);
     if (panel.canCancel) refusal_.clear();
     const QString why = refusal_.isEmpty() ? text(panel.problem) : refusal_;
     problem_->show(why.isEmpty() ? Signal::none : Signal::doubtful, why);
+}
+
+/// Again until it has ended: what waits for the browser can be cancelled from when it waits.
+void MetadataPage::cancelSignIn() {
+    if (!account_->isAuthenticating()) return;
+    cancel_->setEnabled(false);
+    account_->cancelSignIn();
+    QTimer::singleShot(betweenCancels, this, [this] {
+        if (!cancel_->isEnabled()) cancelSignIn();
+    });
 }
 
 void MetadataPage::completeSignIn() {

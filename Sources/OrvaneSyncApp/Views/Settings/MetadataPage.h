@@ -31,6 +31,7 @@ class MetadataPage : public SettingsPage {
     QWidget* makeFields();
     void showAccount();
     void setTarget(LockitField field, FCPMetaTarget target, std::optional<std::string> customKey = {});
+    void cancelSignIn();
     void completeSignIn();
     /// What is refused stands below the account.
     void run(std::string_view id, JSON arguments = {});

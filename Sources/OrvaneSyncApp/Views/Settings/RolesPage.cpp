@@ -39,8 +39,7 @@ class Swatch : public QWidget {
 
 /// Without a sign: that of resetting.
 QPushButton* tool(const QString& sign, const QString& name) {
-    QPushButton* made =
-        sign.isEmpty() ? button({}, Glyph::reset, Weight::quiet) : button(sign, Weight::quiet);
+    QPushButton* made = sign.isEmpty() ? button({}, Glyph::undo, Weight::quiet) : button(sign, Weight::quiet);
     made->setToolTip(name);
     made->setAccessibleName(name);
     return made;
@@ -72,6 +71,7 @@ QWidget* RolesPage::makeLine(std::size_t track) {
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(2);
     auto* row = new QHBoxLayout;
+    row->setSpacing(space::small);
     Line line{field(tr("Subrole of track %1").arg(number)),
               tool(QStringLiteral("↑"), tr("Move the role of track %1 up").arg(number)),
               tool(QStringLiteral("↓"), tr("Move the role of track %1 down").arg(number)),

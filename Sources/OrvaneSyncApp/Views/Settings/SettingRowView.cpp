@@ -25,7 +25,7 @@ using platform::readAs;
 
 namespace {
 
-constexpr int controlWidth = 340;
+constexpr int controlWidth = 320;
 constexpr int percentWidth = 86;
 constexpr int hundred = 100;
 
@@ -60,7 +60,7 @@ Signal signalOf(SettingRemark::Kind kind) {
 SettingRowView::SettingRowView(Desktop& desktop, const SettingsModel& model, const SettingRow& row,
                                QWidget* parent)
     : QWidget(parent), desktop_(desktop), model_(model), row_(row), control_(makeControl()),
-      reset_(button({}, Glyph::reset, Weight::quiet)), remark_(new Remark) {
+      reset_(button({}, Glyph::undo, Weight::quiet)), remark_(new Remark) {
     const QString name = text(row.label);
     setObjectName(text(row.setting.get().key));
     reset_->setToolTip(tr("Reset to default"));
@@ -90,9 +90,9 @@ void SettingRowView::place(QGridLayout& grid) {
     sideRow->addWidget(control_, isWide ? 1 : 0, Qt::AlignLeft);
     if (isWide) sideRow->setAlignment(control_, {});
     int line = 0;
-    grid.addWidget(name, line, 0, Qt::AlignVCenter);
-    if (!isWide) grid.addWidget(side, line, 1, 2, 1, Qt::AlignTop);
-    grid.addWidget(reset_, line, 2, 2, 1, Qt::AlignTop);
+    grid.addWidget(name, line, 0, row_.hint.empty() ? 2 : 1, 1, Qt::AlignVCenter);
+    if (!isWide) grid.addWidget(side, line, 1, 2, 1, Qt::AlignVCenter);
+    grid.addWidget(reset_, line, 2, 2, 1, Qt::AlignVCenter);
     ++line;
     if (!row_.hint.empty()) grid.addWidget(facts(text(row_.hint)), line, 0);
     ++line;

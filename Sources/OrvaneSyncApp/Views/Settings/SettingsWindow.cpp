@@ -16,7 +16,7 @@ using namespace design;
 
 namespace {
 
-constexpr QSize usual{980, 700};
+constexpr QSize usual{1020, 720};
 constexpr int tabsWidth = 210;
 const QString lastTab = QStringLiteral("settingsTab");
 
@@ -31,6 +31,8 @@ SettingsWindow::SettingsWindow(Desktop& desktop, QWidget* parent)
     tabs_ = new QListWidget;
     tabs_->setAccessibleName(tr("Groups of settings"));
     tabs_->setFixedWidth(tabsWidth);
+    tabs_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    tabs_->setSpacing(1);
     search_->setFixedWidth(tabsWidth);
     side->addWidget(tabs_, 1);
     pages_ = new QStackedWidget;
@@ -38,7 +40,7 @@ SettingsWindow::SettingsWindow(Desktop& desktop, QWidget* parent)
         if (!hasPage(tab)) continue;
         pageOrder_.push_back(tab.page);
         auto* item = new QListWidgetItem(text(tab.title), tabs_);
-        item->setSizeHint({tabsWidth, 2 * space::medium});
+        item->setSizeHint({0, 2 * space::medium});
         SettingsPage* page = makeSettingsPage(desktop, model_, tab);
         settingsPages_.push_back(page);
         pages_->addWidget(page);

@@ -41,12 +41,12 @@ struct ColumnWidth {
 };
 using Column = ResultsViewModel::Column;
 constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
-    {{Column::name, 0, 42, 180},
+    {{Column::name, 0, 48, 180},
      {Column::cameraFile, 0, 30, 120},
      {Column::starts, 112, 0, 0},
      {Column::length, 66, 0, 0},
-     {Column::match, 0, 32, 110},
-     {Column::sound, 0, 26, 110},
+     {Column::match, 0, 28, 110},
+     {Column::sound, 0, 24, 104},
      {Column::begins, 116, 0, 0},
      {Column::loudness, 92, 0, 0}}};
 constexpr int marksWidth = 76;

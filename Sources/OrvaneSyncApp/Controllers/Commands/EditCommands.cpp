@@ -1,6 +1,6 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
-#include "OrvaneSyncApp/Controllers/Commands/ClipConditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Models/RawValues.h"
@@ -110,8 +110,6 @@ JSON lockCluster(CommandContext& context, const Call& call) {
     });
     return {};
 }
-
-bool hasClips(const CommandContext& context) { return !context.controller->work().syncGroups().empty(); }
 
 JSON batchRename(CommandContext& context, const Call& call) {
     BatchRenamer renamer;

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
@@ -97,7 +98,6 @@ Command onAll(std::string_view id, std::string_view help, const UndoStep& step,
 
 bool hasALEMetadata(const SyncGroup& group) { return group.hasALEMetadata(); }
 bool hasLockitMetadata(const SyncGroup& group) { return group.hasLockitMetadata(); }
-bool hasClips(const CommandContext& context) { return !context.controller->work().syncGroups().empty(); }
 
 } // namespace
 

@@ -1,6 +1,6 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
-#include "OrvaneSyncApp/Controllers/Commands/ClipConditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 
 #include <memory>

@@ -1,6 +1,6 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
-#include "OrvaneSyncApp/Controllers/Commands/ClipConditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkReview.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
@@ -51,7 +51,6 @@ bool hasAmbiguous(const CommandContext& context) {
     const SyncGroupList& groups = context.controller->work().syncGroups();
     return std::any_of(groups.begin(), groups.end(), isAmbiguous);
 }
-bool hasClips(const CommandContext& context) { return !context.controller->work().syncGroups().empty(); }
 } // namespace
 
 std::vector<Command> reviewCommands() {

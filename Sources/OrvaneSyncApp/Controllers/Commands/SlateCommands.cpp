@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "Platform/TextRecognizer.h"
 
@@ -62,7 +63,6 @@ platform::Task detectSlates(CommandContext& context, Call /*call*/, std::shared_
     co_await problem;
 }
 
-bool hasClips(const CommandContext& context) { return !context.controller->work().syncGroups().empty(); }
 bool hasProposals(const CommandContext& context) {
     const ImportController& controller = *context.controller;
     const SyncGroupList& groups = controller.work().syncGroups();

@@ -67,6 +67,8 @@ void PlainDecoding::seekTo(double seconds) {
     state_->decode(target);
 }
 
+void PlainDecoding::decodeNext() { state_->decode(std::numeric_limits<std::int64_t>::min()); }
+
 int PlainDecoding::decodeRest() { return state_->decode(std::numeric_limits<std::int64_t>::max()); }
 
 } // namespace orvane::bench

@@ -13,6 +13,7 @@ class PlainDecoding {
     ~PlainDecoding();
     /// Decodes from the key picture in front up to the first picture at or behind that second.
     void seekTo(double seconds);
+    void decodeNext();
     /// How many pictures follow, decoded.
     int decodeRest();
 

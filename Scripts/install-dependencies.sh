@@ -5,7 +5,7 @@
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config ccache git
-    libexpat1-dev libicu-dev libsimdjson-dev libsndfile1-dev libpng-dev libkissfft-dev
+    libexpat1-dev libicu-dev libsimdjson-dev libsndfile1-dev libpng-dev zlib1g-dev libkissfft-dev
     libavformat-dev libavcodec-dev libavutil-dev libswresample-dev libswscale-dev libcurl4-openssl-dev libssl-dev libsecret-1-dev
     portaudio19-dev libasound2-dev libsoundtouch-dev qt6-base-dev
     libtesseract-dev tesseract-ocr-eng tesseract-ocr-deu fonts-dejavu-core

@@ -4,8 +4,8 @@
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 #include "Platform/JSON.h"
 #include "Platform/MediaInspector.h"
-#include "Platform/PNG.h"
 #include "Platform/Playback/FrameReader.h"
+#include "Platform/Playback/PicturePNG.h"
 #include "Platform/Text.h"
 
 namespace orvane::cli {
@@ -46,11 +46,7 @@ void frame(Context& context, const Arguments& arguments) {
     if (!picture)
         throw CommandError("no picture of '" + path +
                            "' can be decoded there: the file is damaged or cut off");
-    guard.write(*output,
-                platform::encodedPNG(platform::ColourPicture{static_cast<std::uint32_t>(picture->size.width),
-                                                             static_cast<std::uint32_t>(picture->size.height),
-                                                             {picture->pixels.get(), picture->bytes()}},
-                                     renderingMark));
+    guard.write(*output, platform::encodedPNG(platform::colourPicture(*picture), renderingMark));
     if (arguments.has("--json")) {
         JSON json;
         json.set("seconds", picture->time.seconds());

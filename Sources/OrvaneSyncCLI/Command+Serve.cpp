@@ -86,6 +86,10 @@ std::optional<JSON> progressJSON(const ImportController& controller, ImportField
     const SmartAudioProgress& seeking = controller.atmo().state().progress;
     if (field == ImportField::atmo && seeking.total > 0)
         return progressJSON(seeking.phase, seeking.current, seeking.total, seeking.fraction);
+    if (field == ImportField::models)
+        for (const ModelInfo& model : controller.models().models())
+            if (model.status.kind == ModelStatus::Kind::downloading)
+                return progressJSON("Downloading " + model.name, 0, 1, model.status.progress);
     return std::nullopt;
 }
 

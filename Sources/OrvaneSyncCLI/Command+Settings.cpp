@@ -3,6 +3,7 @@
 #include "OrvaneSyncCLI/TypedSettings.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Persistence/ScreenSettings.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutSettings.h"
 
 namespace orvane::cli {
@@ -73,10 +74,11 @@ void store(Context& context, const SettingDescription& setting, const std::strin
     context.settings->set(setting.key, std::move(value)).wait();
 }
 
-/// What the program notes by itself can be read and forgotten.
+/// What the program notes by itself can be read and forgotten as well.
 const SettingDescription& readableSetting(const std::string& key) {
-    const SettingDescription* own = shortcutSettings::find(key);
-    return own == nullptr ? knownSetting(key) : *own;
+    if (const SettingDescription* own = shortcutSettings::find(key)) return *own;
+    if (const SettingDescription* own = screenSettings::find(key)) return *own;
+    return knownSetting(key);
 }
 
 void settings(Context& context, const Arguments& arguments) {

@@ -149,13 +149,12 @@ void Context::warn(std::string_view message) const {
 
 std::span<const Command* const> allCommands() {
     static const auto commands = std::to_array<const Command*>(
-        {&syncCommand(),       &scanCommand(),      &diagnoseCommand(), &probeCommand(),
-         &analyzeCommand(),    &loudnessCommand(),  &ltcCommand(),      &clapCommand(),
-         &slateCommand(),      &onsetsCommand(),    &waveformCommand(), &frameCommand(),
-         &playCommand(),       &mixdownCommand(),   &soloCommand(),     &previewCommand(),
-         &atmoCommand(),       &calibrateCommand(), &cachesCommand(),   &reportCommand(),
-         &timecodeCommand(),   &sessionCommand(),   &projectCommand(),  &settingsCommand(),
-         &shortcutsCommand(),  &lockitCommand(),    &serveCommand(),    &doctorCommand(),
+        {&syncCommand(),       &scanCommand(),     &diagnoseCommand(),  &probeCommand(),   &analyzeCommand(),
+         &loudnessCommand(),   &ltcCommand(),      &clapCommand(),      &slateCommand(),   &onsetsCommand(),
+         &waveformCommand(),   &frameCommand(),    &playCommand(),      &mixdownCommand(), &soloCommand(),
+         &previewCommand(),    &atmoCommand(),     &calibrateCommand(), &modelsCommand(),  &cachesCommand(),
+         &reportCommand(),     &timecodeCommand(), &sessionCommand(),   &projectCommand(), &settingsCommand(),
+         &shortcutsCommand(),  &lockitCommand(),   &serveCommand(),     &doctorCommand(),
 #ifdef ORVANE_DEMO
          &serviceDemoCommand()
 #endif

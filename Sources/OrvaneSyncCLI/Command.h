@@ -40,6 +40,7 @@ const Command& soloCommand();
 const Command& previewCommand();
 const Command& atmoCommand();
 const Command& calibrateCommand();
+const Command& modelsCommand();
 const Command& cachesCommand();
 const Command& reportCommand();
 const Command& timecodeCommand();

@@ -1,6 +1,7 @@
 #include "Platform/BlackMovie.h"
 
 #include "Platform/Files.h"
+#include "Platform/MovieBoxes.h"
 
 #include <bit>
 #include <cstdint>
@@ -10,6 +11,8 @@
 namespace orvane::platform {
 
 namespace {
+
+using movie::be, movie::box, movie::zeros;
 
 constexpr int blockSize = 16; // pixels of a macroblock
 constexpr int blackLuma = 16, neutralChroma = 128;
@@ -61,18 +64,6 @@ std::string unit(std::uint8_t header, const BitWriter& body) {
         out += byte;
     }
     return out;
-}
-
-void be(std::string& out, std::uint64_t value, int bytes) {
-    for (int i = bytes - 1; i >= 0; --i)
-        out += static_cast<char>(value >> (8U * static_cast<unsigned>(i)) & 0xFFU);
-}
-
-std::string box(std::string_view type, const std::string& body) {
-    std::string out;
-    be(out, body.size() + 8, 4);
-    out += type;
-    return out + body;
 }
 
 /// The pictures of one size and rate.
@@ -211,17 +202,7 @@ class BlackStream {
     int columns_, rows_;
 };
 
-/// The identity, as movies state it.
-std::string matrix() {
-    std::string out;
-    for (const std::uint32_t value : {0x10000U, 0U, 0U, 0U, 0x10000U, 0U, 0U, 0U, 0x40000000U})
-        be(out, value, 4);
-    return out;
-}
-
-std::string zeros(std::size_t count) { return std::string(count, '\0'); }
-
-/// The boxes of a movie with one picture track (ISO/IEC 14496-12, 14496-15, and Apple's file format).
+/// The boxes of a movie with one picture track (the pictures' own by ISO/IEC 14496-15).
 class MovieBoxes {
   public:
     MovieBoxes(const BlackMovieFormat& format, const BlackStream& stream,
@@ -230,47 +211,17 @@ class MovieBoxes {
           frameDuration_(timeScale / static_cast<std::uint32_t>(format.framesPerSecond)),
           duration_(frameDuration_ * sizes.size()) {}
 
-    std::string movie(std::uint64_t dataAt) const {
-        std::string header = zeros(12);
-        be(header, timeScale, 4);
-        be(header, duration_, 4);
-        be(header, 0x10000, 4); // rate
-        be(header, 0x100, 2);   // volume
-        header += zeros(10) + matrix() + zeros(24);
-        be(header, 2, 4); // the next track's number
-        return box("moov", box("mvhd", header) + track(dataAt));
+    std::string boxes(std::uint64_t dataAt) const {
+        return box("moov", movie::movieHeader(timeScale, duration_, 2) +
+                               movie::track({.width = format_.width,
+                                             .height = format_.height,
+                                             .durationInMovie = duration_,
+                                             .timeScale = timeScale,
+                                             .duration = duration_,
+                                             .sampleTable = sampleTable(dataAt)}));
     }
 
   private:
-    std::string track(std::uint64_t dataAt) const {
-        std::string header;
-        be(header, 0xF, 4); // enabled, in movie, preview and poster
-        header += zeros(8);
-        be(header, 1, 4);
-        header += zeros(4);
-        be(header, duration_, 4);
-        header += zeros(16) + matrix();
-        be(header, static_cast<std::uint64_t>(format_.width) << 16U, 4);
-        be(header, static_cast<std::uint64_t>(format_.height) << 16U, 4);
-        std::string mediaHeader = zeros(12);
-        be(mediaHeader, timeScale, 4);
-        be(mediaHeader, duration_, 4);
-        constexpr std::uint32_t undetermined = 0x55C4; // the language
-        be(mediaHeader, undetermined, 2);
-        mediaHeader += zeros(2);
-        const std::string data = box("dinf", box("dref", zeros(4) + std::string("\0\0\0\1", 4) +
-                                                             box("alis", std::string("\0\0\0\1", 4))));
-        const std::string information = box("vmhd", std::string("\0\0\0\1", 4) + zeros(8)) +
-                                        handler("dhlr", "alis") + data + sampleTable(dataAt);
-        return box("trak",
-                   box("tkhd", header) + box("mdia", box("mdhd", mediaHeader) + handler("mhlr", "vide") +
-                                                         box("minf", information)));
-    }
-
-    static std::string handler(std::string_view type, std::string_view subtype) {
-        return box("hdlr", zeros(4) + std::string(type) + std::string(subtype) + zeros(12) + zeros(1));
-    }
-
     std::string sampleTable(std::uint64_t dataAt) const {
         const auto frames = static_cast<std::uint32_t>(sizes_.size());
         const auto second = static_cast<std::uint32_t>(format_.framesPerSecond);
@@ -289,25 +240,11 @@ class MovieBoxes {
         for (const std::uint32_t size : sizes_) be(sizes, size, 4);
         be(offsets, 1, 4);
         be(offsets, dataAt, 4);
-        return box("stbl", description() + box("stts", durations) + box("stss", keys) + box("stsc", chunks) +
-                               box("stsz", sizes) + box("stco", offsets));
+        return description() + box("stts", durations) + box("stss", keys) + box("stsc", chunks) +
+               box("stsz", sizes) + box("stco", offsets);
     }
 
     std::string description() const {
-        std::string entry = zeros(6);
-        be(entry, 1, 2); // data reference
-        entry += zeros(16);
-        be(entry, static_cast<std::uint64_t>(format_.width), 2);
-        be(entry, static_cast<std::uint64_t>(format_.height), 2);
-        be(entry, 72U << 16U, 4); // dots per inch
-        be(entry, 72U << 16U, 4);
-        entry += zeros(4);
-        be(entry, 1, 2);
-        std::string name("\5H.264", 6);
-        name.resize(32, '\0');
-        entry += name;
-        be(entry, 24, 2);
-        be(entry, 0xFFFF, 2); // no colour table
         const std::string sequence = stream_.sequenceParameters(), picture = BlackStream::pictureParameters();
         std::string configuration("\1", 1);
         configuration += sequence.substr(1, 3); // profile and level
@@ -318,8 +255,13 @@ class MovieBoxes {
         configuration += picture;
         std::string colour("nclc");
         for (int i = 0; i < 3; ++i) be(colour, 1, 2); // BT.709
-        return box("stsd", zeros(4) + std::string("\0\0\0\1", 4) +
-                               box("avc1", entry + box("avcC", configuration) + box("colr", colour)));
+        constexpr int bitsPerPixel = 24;
+        std::string one;
+        be(one, 1, 4);
+        return movie::fullBox("stsd", 0,
+                              one + box("avc1", movie::pictureDescription(format_.width, format_.height,
+                                                                          "H.264", bitsPerPixel) +
+                                                    box("avcC", configuration) + box("colr", colour)));
     }
 
     const BlackMovieFormat& format_;
@@ -344,9 +286,9 @@ void writeBlackMovie(const std::string& path, const BlackMovieFormat& format) {
         sizes.push_back(static_cast<std::uint32_t>(picture.size() + 4));
     }
     const MovieBoxes boxes(format, stream, sizes);
-    const std::string type = box("ftyp", std::string("qt  ", 4) + zeros(4) + "qt  ");
-    const std::uint64_t dataAt = type.size() + boxes.movie(0).size() + 8;
-    files::writeAtomically(path, type + boxes.movie(dataAt) + box("mdat", data));
+    const std::string type = movie::fileType();
+    const std::uint64_t dataAt = type.size() + boxes.boxes(0).size() + 8;
+    files::writeAtomically(path, type + boxes.boxes(dataAt) + box("mdat", data));
 }
 
 } // namespace orvane::platform

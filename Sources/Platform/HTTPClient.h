@@ -30,6 +30,9 @@ struct HTTPRequest {
     double idleTimeoutSeconds = 0;
     /// A longer answer fails. Of a download, the size of the file.
     std::uint64_t mostBodyBytes = std::uint64_t{64} << 20U;
+    /// Of a download that breaks off: what came stays as "<path>.part", and the next one goes on from there
+    /// as long as the server says that its file is the same.
+    bool keepsPart = false;
 };
 
 struct HTTPResponse {
@@ -73,10 +76,12 @@ class HTTPClient {
     /// `stop` ends the call at once.
     virtual HTTPResponse send(const HTTPRequest& request, std::stop_token stop = {}) = 0;
 
-    /// Bytes so far, and all of them where the server said how many.
+    /// Bytes so far, and all of them where the server said how many. What it throws ends the download and
+    /// passes through; the first call is before anything is written.
     using Progress = std::function<void(std::uint64_t received, std::optional<std::uint64_t> total)>;
     /// Writes the body of an answer with status 200 to the file, whole or not at all: under a temporary name
-    /// in its folder until it is complete. An answer with any other status leaves no file and gives its body.
+    /// in its folder until it is complete. An answer with any other status leaves no file and gives its body;
+    /// the rest of a file that was kept in part counts as 200.
     /// `progress` on the calling thread.
     virtual HTTPResponse download(const HTTPRequest& request, const std::string& path,
                                   const Progress& progress = {}, std::stop_token stop = {}) = 0;

@@ -10,6 +10,8 @@ namespace orvane::platform {
 
 namespace {
 
+constexpr std::size_t bytesPerPixel = 4; // of a colour picture
+
 /// The library calls this in the place of a return; exceptions pass through its frames as it holds nothing
 /// that unwinding would lose: all its memory hangs on the two structures below.
 [[noreturn]] void fail(png_structp /*png*/, png_const_charp message) {
@@ -93,18 +95,37 @@ std::string encodedPNG(const IndexedPicture& picture, std::string_view software)
     return bytes;
 }
 
-std::string encodedPNG(const ColourPicture& picture, std::string_view software) {
-    constexpr std::size_t bytesPerPixel = 4;
+bool isOpaque(const ColourPicture& picture) {
+    std::uint8_t all = 0xFF;
+    for (std::size_t at = 3; at < picture.pixels.size(); at += bytesPerPixel) all &= picture.pixels[at];
+    return all == 0xFF;
+}
+
+std::string encodedPNG(const ColourPicture& picture, std::string_view software, PNGEffort effort) {
     const std::size_t rowBytes = bytesPerPixel * picture.width;
     if (rowBytes == 0 || picture.height == 0 || picture.pixels.size() != rowBytes * picture.height)
         throw std::runtime_error("can't make a picture: it has no pixels");
+    const bool hasAlpha = !isOpaque(picture);
     std::string bytes;
     Writer writer;
-    writer.begin(bytes, picture.width, picture.height, PNG_COLOR_TYPE_RGBA, software);
+    if (effort == PNGEffort::quick) {
+        png_set_compression_level(writer.png, 1);
+        png_set_filter(writer.png, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
+    }
+    writer.begin(bytes, picture.width, picture.height, hasAlpha ? PNG_COLOR_TYPE_RGBA : PNG_COLOR_TYPE_RGB,
+                 software);
     png_write_info(writer.png, writer.info);
+    if (!hasAlpha) { // the library drops the fourth byte, and turns the others round
+        png_set_filler(writer.png, 0, PNG_FILLER_AFTER);
+        png_set_bgr(writer.png);
+    }
     std::vector<png_byte> line(rowBytes);
     for (std::uint32_t row = 0; row < picture.height; ++row) {
         const std::uint8_t* pixels = picture.pixels.data() + row * rowBytes;
+        if (!hasAlpha) {
+            png_write_row(writer.png, pixels);
+            continue;
+        }
         for (std::size_t at = 0; at < rowBytes; at += bytesPerPixel) takePixel(pixels + at, line.data() + at);
         png_write_row(writer.png, line.data());
     }

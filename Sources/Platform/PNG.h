@@ -30,6 +30,10 @@ struct ColourPicture {
 /// The bytes of a PNG file that names `software` as what made it. Throws std::runtime_error for a picture
 /// that is none. Any thread.
 std::string encodedPNG(const IndexedPicture& picture, std::string_view software);
-std::string encodedPNG(const ColourPicture& picture, std::string_view software);
+/// `effort`: `quick` is for many pictures in a row, and takes more bytes.
+enum class PNGEffort : std::uint8_t { usual, quick };
+std::string encodedPNG(const ColourPicture& picture, std::string_view software,
+                       PNGEffort effort = PNGEffort::usual);
+bool isOpaque(const ColourPicture& picture);
 
 } // namespace orvane::platform

@@ -17,12 +17,14 @@ class ControllerTest : public testing::Test {
         controller_ = make();
     }
 
-    std::shared_ptr<ImportController> make(std::shared_ptr<ProbeCache> cache = nullptr) {
+    std::shared_ptr<ImportController> make(std::shared_ptr<ProbeCache> cache = nullptr,
+                                           std::shared_ptr<StemCache> stems = nullptr) {
         ImportController::Dependencies dependencies;
         dependencies.mainThread = mainThread_;
         dependencies.settings = settings_;
         dependencies.probeCache = std::move(cache);
         dependencies.clock = mainThread_->clock();
+        dependencies.stems = std::move(stems);
         return ImportController::create(std::move(dependencies));
     }
 

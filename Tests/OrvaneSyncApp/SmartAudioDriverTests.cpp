@@ -4,6 +4,10 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
+#include "OrvaneSyncCore/Services/Stems/BanditStemSeparator.h"
+#include "OrvaneSyncCore/Services/Stems/StemCache.h"
+#include "OrvaneSyncCore/Utilities/Base64.h"
+#include "Support/StemModel.h"
 #include "Support/Test.h"
 
 #include <filesystem>
@@ -507,6 +511,27 @@ TEST_F(SmartAudioDriverTest, editsForgetOrRenewWhatTheyMakeStale) {
     EXPECT_TRUE(controller_->smartAudio().state().results.empty());
     EXPECT_EQ(active("A001"), Tracks{2}) << "before the solo";
     EXPECT_EQ(clip("B001")->manualAudioOffsetSeconds, 0);
+}
+
+TEST_F(SmartAudioDriverTest, blocksAreMeasuredOnTheDialogueOfAModel) {
+    const std::string runtime = test::runtimeFolder(folder_.path());
+    if (!platform::ModelRuntime::find({&runtime, 1}))
+        GTEST_SKIP() << "needs ONNX Runtime: Scripts/install-dependencies.sh models";
+    analyseAll();
+    const double before = result("A001")->blocks.front().peakDB;
+    const auto separator = std::make_shared<BanditStemSeparator>(
+        work_.write("BanditV2.onnx", *base64::decoded(test::passThroughModel)), std::vector{runtime});
+    separator->prepare();
+    const auto store = std::make_shared<RenderedAudioStore>(work_.path("caches"), settings_);
+    controller_ = make(nullptr, std::make_shared<StemCache>(separator, store));
+    scan(folder("shoot"), std::nullopt);
+    const platform::Task analysis =
+        controller_->smartAudio().runSmartAudioAnalysis(SmartAudioMode::standard, false);
+    ASSERT_TRUE(mainThread_->waitUntil([&] { return analysis.isDone(); }, std::chrono::minutes(1)));
+    ASSERT_TRUE(result("A001")->stemMetrics);
+    // The model hears the mean of six channels, of which one speaks.
+    EXPECT_NEAR(result("A001")->blocks.front().peakDB, before - 20 * std::log10(6.0), 0.5);
+    EXPECT_EQ(blockTracks("A001"), Tracks{2});
 }
 
 } // namespace

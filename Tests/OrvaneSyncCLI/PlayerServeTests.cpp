@@ -1,5 +1,7 @@
 #include "MediaFactory/WaveMaker.h"
+#include "Platform/AudioFile.h"
 #include "Platform/Files.h"
+#include "Platform/Playback/FrameReader.h"
 #include "Platform/Playback/Player.h"
 #include "RunCommand.h"
 #include "ServeTest.h"
@@ -8,6 +10,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <numeric>
 
 namespace orvane::cli::rpc {
 namespace {
@@ -161,6 +164,34 @@ TEST_F(PlayerServeTest, soundIsRenderedAsItWouldBeHeard) {
     const auto clap = std::ranges::find_if(left, [](float sample) { return std::abs(sample) > 0.5F; });
     EXPECT_NEAR(static_cast<double>(clap - left.begin()) / soundRate, 0.5, 0.001); // 3 - 1.5 - 1
     EXPECT_EQ(left, right);
+
+    // A movie has the same sound, and every picture at its moment.
+    const std::string movie = folder_.path("seen.mov");
+    const auto numbers = [&](const std::string& rate, const std::string& to) {
+        const auto made = runWith({"play", clip_.videoPath, clip_.soundPath, "--offset", "-1.5", "--from",
+                                   "1", "--to", to, "--rate", rate, "--render", movie, "--json"});
+        EXPECT_EQ(made.status, 0) << made.err;
+        const auto reader = platform::FrameReader::open(movie);
+        std::vector<int> seen;
+        for (int i = 0; reader != nullptr && i < reader->facts().pictureCount; ++i) {
+            const auto picture = reader->pictureAt({i, 25}, {}, {});
+            EXPECT_EQ(picture->time, (platform::MediaTime{i, 25}));
+            seen.push_back(test::NumberedClip::numberIn(*picture));
+        }
+        return seen;
+    };
+    EXPECT_EQ(numbers("0.5", "1.16"), (std::vector<int>{25, 25, 26, 26, 27, 27, 28, 28}));
+    EXPECT_EQ(numbers("-1", "1.16"), (std::vector<int>{29, 28, 27, 26}));
+    std::vector<int> all(50);
+    std::iota(all.begin(), all.end(), 25);
+    EXPECT_EQ(numbers("1", "3"), all) << "over its own rendering";
+    const auto sound = platform::AudioFile::open(movie);
+    ASSERT_TRUE(sound && sound->channelCount() == 2 && sound->frameCount() == 2 * soundRate);
+    std::vector<float> movieLeft(left.size());
+    const std::array<float*, 2> movieChannels{movieLeft.data(), right.data()};
+    ASSERT_EQ(sound->read(movieChannels, left.size()), left.size());
+    EXPECT_EQ(movieLeft, left);
+    EXPECT_EQ(runWith({"play", clip_.videoPath, "--render", clip_.videoPath, "--force"}).status, 1);
     EXPECT_EQ(runWith({"play", clip_.videoPath, "--rate", "0"}).status, 2);
     EXPECT_EQ(runWith({"play", clip_.videoPath, "--from", "11", "--render", output, "--force"}).status, 1);
 }

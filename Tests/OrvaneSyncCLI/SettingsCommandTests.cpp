@@ -45,6 +45,8 @@ TEST_F(SettingsCommand, keepsWhatItWasToldAndRefusesWhatNobodyReads) {
     check({"set", "eventName", "12"}, 0, "");
     check({"get", "eventName"}, 0, "12\n");
     check({"set", "generateMulticam", "perhaps"}, 2, "takes a boolean");
+    check({"get", "fullscreen.preferredScreen"}, 0, "0\n");
+    check({"set", "fullscreen.preferredScreen", "1"}, 0, "");
     check({"set", "lockit.fieldMapping.v1", "[1]"}, 2, "takes a map");
     check({"set", "trimmode", "video"}, 2, "did you mean 'trimMode'?");
     check({"set", "trimMode"}, 2, "takes a key and a value");

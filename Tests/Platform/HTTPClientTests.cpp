@@ -41,6 +41,20 @@ class Serving {
                                               return false;
                                           });
         });
+        // Breaks off once, and says of which version of the file it sent a part.
+        server_.Get("/resumed", [this](const httplib::Request& request, httplib::Response& response) {
+            const std::string tag = "\"" + version + "\"";
+            if (request.get_header_value("If-Range") != tag)
+                const_cast<httplib::Request&>(request).ranges.clear();
+            ranges.push_back(request.get_header_value("Range"));
+            response.set_header("ETag", tag);
+            response.set_content_provider(
+                largeSize, "text/plain", [this](std::size_t at, std::size_t, httplib::DataSink& sink) {
+                    const std::string piece(std::min<std::size_t>(largeSize - at, 100'000), version.front());
+                    sink.write(piece.data(), piece.size());
+                    return --piecesUntilCut != 0;
+                });
+        });
         server_.Get("/never", [this](const httplib::Request&, httplib::Response& response) {
             std::unique_lock lock(mutex_);
             isAsked_ = true;
@@ -68,6 +82,10 @@ class Serving {
         std::unique_lock lock(mutex_);
         changed_.wait(lock, [this] { return isAsked_; });
     }
+
+    std::string version = "a";
+    std::vector<std::string> ranges; ///< that were asked for
+    int piecesUntilCut = -1;         ///< negative: never
 
   private:
     Server server_;
@@ -151,6 +169,35 @@ TEST_F(HTTPClientTest, endsACallWhenItIsStopped) {
     stop.request_stop();
     caller.join();
     EXPECT_EQ(failure, Kind::cancelled);
+}
+
+TEST_F(HTTPClientTest, aDownloadGoesOnWhereItBrokeOff) {
+    const std::string path = folder.path("model.onnx");
+    HTTPRequest request{"GET", server.url("/resumed")};
+    request.keepsPart = true;
+    const auto breaksOff = [&] {
+        server.piecesUntilCut = 5;
+        EXPECT_EQ(failureOf([&] { client->download(request, path); }), Kind::unreachable);
+        server.piecesUntilCut = -1;
+        EXPECT_FALSE(std::filesystem::exists(path));
+    };
+    breaksOff();
+    std::uint64_t first = 0;
+    const auto progress = [&](std::uint64_t received, std::optional<std::uint64_t> total) {
+        if (first == 0) first = received;
+        EXPECT_EQ(total, largeSize);
+    };
+    EXPECT_EQ(client->download(request, path, progress).status, 200);
+    EXPECT_GT(first, 400'000U);
+    EXPECT_TRUE(server.ranges.back().starts_with("bytes=")) << server.ranges.back();
+    EXPECT_EQ(folder.read("model.onnx"), std::string(largeSize, 'a'));
+    std::filesystem::remove(path);
+
+    breaksOff();
+    server.version = "b"; // another file by the same name
+    EXPECT_EQ(client->download(request, path).status, 200);
+    EXPECT_EQ(folder.read("model.onnx"), std::string(largeSize, 'b'));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
 }
 
 TEST_F(HTTPClientTest, downloadsAWholeFileOrNone) {

@@ -3,6 +3,7 @@
 #include "Platform/MediaHelper/MediaLibraryClient.h"
 #include "Platform/MediaInspectionText.h"
 #include "Platform/Modules.h"
+#include "Support/ChildProcesses.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -124,16 +125,6 @@ TEST(MediaLibrary, givesNothingForWhatNobodyCanRead) {
     EXPECT_FALSE(platform::inspectMedia(folder.path()));
     EXPECT_EQ(platform::AudioFile::open(folder.path("missing.wav")), nullptr);
     EXPECT_EQ(platform::AudioFile::open("http://localhost/sound.wav"), nullptr);
-}
-
-/// Processes that this one has started, by the system's list.
-std::vector<pid_t> children() {
-    std::vector<pid_t> found;
-    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-        std::ifstream list(task.path() / "children");
-        for (pid_t child = 0; list >> child;) found.push_back(child);
-    }
-    return found;
 }
 
 /// The most memory that a process has had, in kilobytes.

@@ -7,11 +7,17 @@ namespace orvane {
 
 std::shared_ptr<AudioLevelProvider>
 AudioLevelProvider::create(std::shared_ptr<platform::MainThread> mainThread) {
-    return std::shared_ptr<AudioLevelProvider>(new AudioLevelProvider(std::move(mainThread)));
+    return std::shared_ptr<AudioLevelProvider>(
+        new AudioLevelProvider([mainThread = std::move(mainThread)](auto delay, auto work) {
+            return mainThread->after(delay, work);
+        }));
 }
 
-AudioLevelProvider::AudioLevelProvider(std::shared_ptr<platform::MainThread> mainThread)
-    : mainThread_(std::move(mainThread)) {}
+std::shared_ptr<AudioLevelProvider>
+AudioLevelProvider::onClockOf(std::shared_ptr<platform::PlayerSystem> players) {
+    return std::shared_ptr<AudioLevelProvider>(new AudioLevelProvider(
+        [players = std::move(players)](auto delay, auto work) { return players->after(delay, work); }));
+}
 
 AudioLevelProvider::~AudioLevelProvider() {
     if (timer_) timer_->cancel();
@@ -28,7 +34,7 @@ void AudioLevelProvider::attach(const platform::Player& player) {
 }
 
 void AudioLevelProvider::waitForUpdate() {
-    timer_ = mainThread_->after(updateInterval, [weak = weak_from_this()] {
+    timer_ = after_(updateInterval, [weak = weak_from_this()] {
         if (const auto self = weak.lock()) self->update();
     });
 }

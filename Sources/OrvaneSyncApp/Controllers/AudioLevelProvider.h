@@ -8,6 +8,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -22,6 +23,8 @@ class AudioLevelProvider : public std::enable_shared_from_this<AudioLevelProvide
     static constexpr float smoothing = 0.85F;
 
     static std::shared_ptr<AudioLevelProvider> create(std::shared_ptr<platform::MainThread> mainThread);
+    /// Measures by the clock of the players.
+    static std::shared_ptr<AudioLevelProvider> onClockOf(std::shared_ptr<platform::PlayerSystem> players);
     ~AudioLevelProvider();
 
     /// `player` is loaded, and outlives this or `detach`. One without sound leaves the meters off.
@@ -37,11 +40,13 @@ class AudioLevelProvider : public std::enable_shared_from_this<AudioLevelProvide
     }
 
   private:
-    explicit AudioLevelProvider(std::shared_ptr<platform::MainThread> mainThread);
+    using After =
+        std::function<std::shared_ptr<platform::Timer>(std::chrono::nanoseconds, std::function<void()>)>;
+    explicit AudioLevelProvider(After after) : after_(std::move(after)) {}
     void waitForUpdate();
     void update();
 
-    const std::shared_ptr<platform::MainThread> mainThread_;
+    const After after_;
     const platform::Player* player_ = nullptr;
     AudioLevels levels_;
     bool isActive_ = false;

@@ -18,8 +18,8 @@ ImportController::ImportController(Dependencies dependencies)
       smartAudio_(work_), reports_(work_), lockit_(work_),
       scan_(work_, smartAudio_, reports_, std::move(dependencies.probeCache)),
       project_(work_, scan_, reports_), clips_(work_, smartAudio_), recordings_(work_, scan_, smartAudio_),
-      tracks_(work_, smartAudio_), atmo_(work_), calibration_(work_), timeline_(work_, clips_),
-      slates_(work_, smartAudio_.caches(), std::move(dependencies.slateDetector)),
+      tracks_(work_, smartAudio_), atmo_(work_), calibration_(work_), models_(work_),
+      timeline_(work_, clips_), slates_(work_, smartAudio_.caches(), std::move(dependencies.slateDetector)),
       export_(work_, smartAudio_), doubts_(work_, recordings_, smartAudio_) {
     work_.whenTakenBack = [this] { smartAudio_.caches().invalidateCachesAfterUndo(); };
 }

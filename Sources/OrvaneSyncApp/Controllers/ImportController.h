@@ -5,6 +5,7 @@
 #include "OrvaneSyncApp/Controllers/ClipEditing.h"
 #include "OrvaneSyncApp/Controllers/ExportController.h"
 #include "OrvaneSyncApp/Controllers/LockitController.h"
+#include "OrvaneSyncApp/Controllers/ModelManager.h"
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
 #include "OrvaneSyncApp/Controllers/ProjectController.h"
 #include "OrvaneSyncApp/Controllers/RecordingEditing.h"
@@ -68,6 +69,8 @@ class ImportController {
     const AtmoController& atmo() const { return atmo_; }
     CalibrationController& calibration() { return calibration_; }
     const CalibrationController& calibration() const { return calibration_; }
+    ModelManager& models() { return models_; }
+    const ModelManager& models() const { return models_; }
     TimelineController& timeline() { return timeline_; }
     ReportController& reports() { return reports_; }
     const ReportController& reports() const { return reports_; }
@@ -116,6 +119,7 @@ class ImportController {
     TrackEditing tracks_;
     AtmoController atmo_;
     CalibrationController calibration_;
+    ModelManager models_;
     TimelineController timeline_;
     SlateController slates_;
     ExportController export_;

@@ -30,7 +30,8 @@ enum class ImportField : std::uint8_t {
     calibration,
     undoState,
     project,
-    lockit
+    lockit,
+    models
 };
 
 /// A change of the open work. A listener that asks for no more may take an ImportField in its place.

@@ -110,6 +110,10 @@ void VideoEngine::opened(const platform::PlayerFacts& facts, std::optional<doubl
         player_->setVolume(volume_);
         soundChanged();
         setSyncOffsetSeconds(syncOffsetSeconds_);
+        if (isMeasuringLevels_) {
+            if (!meters_) meters_ = AudioLevelProvider::onClockOf(players_);
+            meters_->attach(*player_);
+        }
         seek(std::clamp(initialSeekSeconds.value_or(0), 0.0, playhead_.clipDuration));
     } else {
         player_->unload();
@@ -123,6 +127,7 @@ void VideoEngine::unload() {
     blipTimer_.reset();
     blipReturnsTo_.reset();
     if (blips_) blips_->shutdown();
+    if (meters_) meters_->detach();
     if (player_) player_->unload();
     forgetSeek();
     isSlowMotionScrubbing_ = isSkimming_ = isDucking_ = false;

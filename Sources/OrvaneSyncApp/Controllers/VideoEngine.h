@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/AudioLevelProvider.h"
 #include "OrvaneSyncApp/Controllers/VideoEngineState.h"
 #include "OrvaneSyncCore/Models/FileURL.h"
 #include "OrvaneSyncCore/Services/Playback/FrameBlips.h"
@@ -66,6 +67,10 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     /// For what a screen shows of it; null unless a clip is loaded.
     platform::Player* player() const { return transport_.isLoaded ? player_.get() : nullptr; }
     const std::shared_ptr<platform::PlayerSystem>& players();
+    /// From here on the levels of what is loaded are measured, by the clock of the players.
+    void measureLevels() { isMeasuringLevels_ = true; }
+    /// Of the meters; empty where nothing is measured.
+    const AudioLevels& levels() const { return meters_ ? meters_->levels() : AudioLevels::empty; }
     /// Of a loaded clip: where a seek leads, or else where the player stands.
     platform::MediaTime position() const;
 
@@ -159,6 +164,8 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     std::unique_ptr<platform::Player> player_;
     std::vector<platform::Subscription> observers_; ///< of the player
     std::unique_ptr<FrameBlips> blips_;
+    bool isMeasuringLevels_ = false;
+    std::shared_ptr<AudioLevelProvider> meters_;
     platform::Listeners<VideoEngineField> changed_;
 
     PlayheadState playhead_;

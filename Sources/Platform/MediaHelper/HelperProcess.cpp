@@ -7,6 +7,7 @@
 #include <array>
 #include <csignal>
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
@@ -123,20 +124,22 @@ const std::string& programPath() {
     return path;
 }
 
+std::unique_ptr<Process> Process::takeFree(Purpose purpose) {
+    const std::lock_guard lock(pool().mutex);
+    auto& free = pool().free;
+    std::erase_if(free, [](const auto& one) { return one->owner_ != ::getpid(); });
+    const auto found =
+        std::find_if(free.rbegin(), free.rend(), [=](const auto& one) { return one->purpose_ == purpose; });
+    if (found == free.rend()) return nullptr;
+    std::unique_ptr<Process> process = std::move(*found);
+    free.erase(std::next(found).base());
+    return process;
+}
+
 std::shared_ptr<Process> Process::borrow(Purpose purpose) {
     buryEnded();
-    std::unique_ptr<Process> process;
-    {
-        const std::lock_guard lock(pool().mutex);
-        auto& free = pool().free;
-        std::erase_if(free, [](const auto& one) { return one->owner_ != ::getpid(); });
-        const auto found = std::find_if(free.rbegin(), free.rend(),
-                                        [=](const auto& one) { return one->purpose_ == purpose; });
-        if (found != free.rend()) {
-            process = std::move(*found);
-            free.erase(std::next(found).base());
-        }
-    }
+    auto process = takeFree(purpose);
+    while (process && !process->isAlive()) process = takeFree(purpose);
     if (!process) process = start(purpose);
     if (!process || process->about_.version != ORVANE_VERSION) return nullptr;
     return {process.release(), [](Process* returned) {
@@ -148,6 +151,11 @@ std::shared_ptr<Process> Process::borrow(Purpose purpose) {
                 if (back->isRunning() && back->owner_ == ::getpid() && alike < most)
                     pool().free.push_back(std::move(back));
             }};
+}
+
+bool Process::isAlive() const {
+    pollfd socket{descriptor_, POLLIN, 0};
+    return ::poll(&socket, 1, 0) == 0; // it says nothing unasked: there is an end to be read
 }
 
 std::unique_ptr<Process> Process::start(Purpose purpose) {

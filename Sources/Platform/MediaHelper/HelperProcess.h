@@ -51,6 +51,10 @@ class Process {
   private:
     Process(Purpose purpose, pid_t process, int descriptor, void* memory);
     static std::unique_ptr<Process> start(Purpose purpose);
+    /// Null without one.
+    static std::unique_ptr<Process> takeFree(Purpose purpose);
+    /// It has not ended while it was free: out of memory, or by somebody's hand.
+    bool isAlive() const;
     void end();
 
     friend std::optional<About> tryToStart();

@@ -1,15 +1,13 @@
 #include "Platform/Network/CurlClient.h"
 
+#include "Platform/Network/PartialFile.h"
+
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
 #include <cmath>
-#include <cstring>
 #include <curl/curl.h>
-#include <fcntl.h>
 #include <stdexcept>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <strings.h>
 
 namespace orvane::platform {
 
@@ -62,59 +60,7 @@ struct Destination {
     }
 };
 
-/// The file of a download while it is incomplete.
-class PartialFile {
-  public:
-    explicit PartialFile(std::string path) : path_(std::move(path)), temporary_(path_ + ".XXXXXX") {
-        descriptor_ = mkstemp(temporary_.data());
-        if (descriptor_ < 0) fail("create");
-    }
-    ~PartialFile() {
-        if (descriptor_ >= 0) close(descriptor_);
-        if (!isComplete_) unlink(temporary_.c_str());
-    }
-    PartialFile(const PartialFile&) = delete;
-    PartialFile& operator=(const PartialFile&) = delete;
-
-    bool write(const char* data, std::size_t size) {
-        while (size > 0) {
-            const ssize_t written = ::write(descriptor_, data, size);
-            if (written < 0 && errno == EINTR) continue;
-            if (written <= 0) {
-                error_ = errno;
-                return false;
-            }
-            data += written;
-            size -= static_cast<std::size_t>(written);
-        }
-        return true;
-    }
-    bool hasFailed() const { return error_ != 0; }
-    void complete() {
-        if (hasFailed()) throwError("write");
-        if (fchmod(descriptor_, 0644) != 0 || fsync(descriptor_) != 0) fail("write");
-        if (::rename(temporary_.c_str(), path_.c_str()) != 0) fail("create");
-        isComplete_ = true;
-    }
-    [[noreturn]] void throwError(const char* doing) const {
-        throw HTTPError(Kind::file,
-                        std::string("Can't ") + doing + " " + path_ + ": " + std::strerror(error_));
-    }
-
-  private:
-    [[noreturn]] void fail(const char* doing) {
-        error_ = errno;
-        if (descriptor_ >= 0) close(std::exchange(descriptor_, -1));
-        if (!temporary_.ends_with("XXXXXX")) unlink(temporary_.c_str());
-        throwError(doing);
-    }
-
-    std::string path_;
-    std::string temporary_;
-    int descriptor_ = -1;
-    int error_ = 0;
-    bool isComplete_ = false;
-};
+constexpr int statusOK = 200, statusPart = 206, statusNoSuchPart = 416;
 
 /// One request on its way.
 class Exchange {
@@ -126,6 +72,11 @@ class Exchange {
         for (const auto& [name, value] : request.headers) addHeader(name + ": " + value);
         // Without it the library asks the server first whether a long body is welcome, and waits.
         addHeader("Expect:");
+        if (file != nullptr && file->size() > 0) {
+            resumesAt_ = received_ = file->size();
+            addHeader("Range: bytes=" + std::to_string(resumesAt_) + "-");
+            addHeader("If-Range: " + file->tag()); // another version comes whole
+        }
         set(CURLOPT_URL, request.url.c_str());
         set(CURLOPT_CUSTOMREQUEST, request.method.c_str());
         set(CURLOPT_HTTPHEADER, headers_.get());
@@ -167,6 +118,7 @@ class Exchange {
         if (isTooLarge_) fail(Kind::tooLarge);
         if (raised_) std::rethrow_exception(raised_);
         if (result != CURLE_OK) fail(kindOf(result));
+        if (!hasBegun_) begin(); // there was no body
         response_.status = static_cast<int>(status());
         return std::move(response_);
     }
@@ -244,22 +196,52 @@ class Exchange {
     }
 
     bool receive(const char* data, std::size_t size) {
+        if (!hasBegun_) begin();
         received_ += size;
         isTooLarge_ = received_ > request_.mostBodyBytes;
         if (isTooLarge_) return false;
-        if (file_ == nullptr || status() != 200) {
+        if (file_ == nullptr || !isFile_) {
             response_.body.append(data, size);
             return true;
         }
-        if (!file_->write(data, size)) return false;
+        // First, so that it can refuse a file of this length.
         if (progress_) progress_(received_, total());
-        return true;
+        return file_->write(data, size);
+    }
+
+    /// The headers are there.
+    void begin() {
+        hasBegun_ = true;
+        if (file_ == nullptr) return;
+        const std::string tag = header("ETag");
+        if (status() == statusPart && resumesAt_ > 0) {
+            const std::string goesOn = "bytes " + std::to_string(resumesAt_) + "-";
+            if (!header("Content-Range").starts_with(goesOn)) {
+                file_->beginAnew("");
+                throw HTTPError(Kind::unreachable,
+                                destination_.host + " sent another part of the file than it was asked for");
+            }
+            isFile_ = true;
+        } else {
+            resumesAt_ = received_ = 0;
+            isFile_ = status() == statusOK;
+            // A weak tag does not say that the bytes are the same.
+            if (isFile_) file_->beginAnew(tag.starts_with('"') ? tag : "");
+        }
+    }
+
+    /// Empty without one. What answers look headers up with is no part of this module.
+    std::string header(const char* name) const {
+        const auto found = std::ranges::find_if(
+            response_.headers, [&](const auto& one) { return strcasecmp(one.first.c_str(), name) == 0; });
+        return found == response_.headers.end() ? "" : found->second;
     }
 
     std::optional<std::uint64_t> total() const {
         curl_off_t length = -1;
         curl_easy_getinfo(easy_.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
-        return length < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(length));
+        if (length < 0) return std::nullopt;
+        return resumesAt_ + static_cast<std::uint64_t>(length);
     }
 
     static Kind kindOf(CURLcode result) {
@@ -304,7 +286,10 @@ class Exchange {
     Easy easy_;
     Multi multi_;
     HTTPResponse response_;
-    std::uint64_t received_ = 0;
+    std::uint64_t resumesAt_ = 0;
+    std::uint64_t received_ = 0; ///< with what was there before
+    bool hasBegun_ = false;
+    bool isFile_ = false; ///< what comes belongs into the file
     bool isTooLarge_ = false;
     std::exception_ptr raised_;
 };
@@ -316,9 +301,15 @@ class CurlClient final : public HTTPClient {
     }
     HTTPResponse download(const HTTPRequest& request, const std::string& path, const Progress& progress,
                           std::stop_token stop) override {
-        PartialFile file(path);
+        using Rest = PartialFile::Rest;
+        PartialFile file(path, request.keepsPart ? Rest::kept : Rest::discarded);
         HTTPResponse response = Exchange(request, &file, progress).run(stop);
-        if (response.status == 200) file.complete();
+        if (response.status == statusNoSuchPart && file.size() > 0) {
+            file.beginAnew("");
+            response = Exchange(request, &file, progress).run(stop);
+        }
+        if (response.status == statusPart && file.size() > 0) response.status = statusOK;
+        if (response.status == statusOK) file.complete();
         return response;
     }
 };

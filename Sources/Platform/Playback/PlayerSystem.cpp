@@ -21,9 +21,9 @@ std::chrono::nanoseconds length(double frames, double sampleRate) {
 
 class LiveHost final : public PlayerHost {
   public:
-    LiveHost(std::shared_ptr<MainThread> mainThread, std::shared_ptr<const Clock> clock)
-        : PlayerHost(mainThread, Mixer::create(AudioOutput::forDevice(clock), mainThread)),
-          clock_(std::move(clock)) {}
+    LiveHost(std::shared_ptr<MainThread> mainThread, std::shared_ptr<const Clock> clock,
+             std::unique_ptr<AudioOutput> output)
+        : PlayerHost(mainThread, Mixer::create(std::move(output), mainThread)), clock_(std::move(clock)) {}
 
     std::int64_t earliestStart() const override {
         constexpr double toReadAhead = 0.03; // seconds
@@ -31,7 +31,10 @@ class LiveHost final : public PlayerHost {
     }
     std::shared_ptr<Timer> atFrame(std::int64_t frame, std::function<void()> work) override {
         const double left = static_cast<double>(frame) - mixer_->heardFrame();
-        return mainThread_->after(length(std::max(left, 0.0), sampleRate()), std::move(work));
+        // Behind the frame, by little: who comes a fraction of one early asks again at once, and again.
+        constexpr std::chrono::microseconds toBeSure{1};
+        const auto wait = left > 0 ? length(left, sampleRate()) + toBeSure : std::chrono::nanoseconds(0);
+        return mainThread_->after(wait, std::move(work));
     }
     std::chrono::nanoseconds hostTime() const override { return clock_->now(); }
     std::int64_t frameAt(std::chrono::nanoseconds hostTime) override {
@@ -193,9 +196,17 @@ class PulledSystem final : public PulledPlayerSystem {
 
 } // namespace
 
+std::unique_ptr<PlayerSystem> makePlayerSystem(std::shared_ptr<MainThread> mainThread,
+                                               std::shared_ptr<const Clock> clock,
+                                               std::unique_ptr<AudioOutput> output) {
+    return std::make_unique<LiveSystem>(
+        std::make_shared<LiveHost>(std::move(mainThread), std::move(clock), std::move(output)));
+}
+
 std::unique_ptr<PlayerSystem> PlayerSystem::create(std::shared_ptr<MainThread> mainThread,
                                                    std::shared_ptr<const Clock> clock) {
-    return std::make_unique<LiveSystem>(std::make_shared<LiveHost>(std::move(mainThread), std::move(clock)));
+    auto output = AudioOutput::forDevice(clock);
+    return makePlayerSystem(std::move(mainThread), std::move(clock), std::move(output));
 }
 
 std::unique_ptr<PulledPlayerSystem> PulledPlayerSystem::create(std::shared_ptr<MainThread> mainThread) {

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Platform/Playback/SampleWindow.h"
-#include "Platform/Playback/SincResampler.h"
 #include "Platform/Playback/SoundBlocks.h"
 #include "Platform/Playback/SoundTrack.h"
 #include "Platform/Playback/TempoChange.h"
+#include "Platform/SincResampler.h"
 
 #include <array>
 #include <cstdint>

@@ -4,7 +4,7 @@
 #include "OrvaneSyncCore/Services/Calibration/CalibrationSource.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioPredictor.h"
 #include "Platform/MediaInspector.h"
-#include "Platform/Resampling.h"
+#include "Platform/SincResampler.h"
 #include "Support/Samples.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"

@@ -7,6 +7,7 @@
 #include "Platform/Files.h"
 #include "Platform/Stop.h"
 #include "Support/RandomSeed.h"
+#include "Support/StemModel.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -21,15 +22,6 @@ namespace orvane {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// A model of the separator's shape that passes the spectrogram on as speech, half of it as music and none of
-/// it as effects.
-constexpr const char* passThroughModel =
-    "CAc6qQIKHwoLc3BlY3Ryb2dyYW0SBnNwZWVjaCIISWRlbnRpdHkKHwoLc3BlY3Ryb2dyYW0KBGhhbGYSBW11c2ljIgNN"
-    "dWwKHQoLc3BlY3Ryb2dyYW0KBHplcm8SA3NmeCIDTXVsEgFnKhAIARABIgQAAAA/QgRoYWxmKhAIARABIgQAAAAAQgR6"
-    "ZXJvWisKC3NwZWN0cm9ncmFtEhwKGggBEhYKAggBCgIIAQoDCIEICgMSAXQKAggCYiYKBnNwZWVjaBIcChoIARIWCgII"
-    "AQoCCAEKAwiBCAoDEgF0CgIIAmIlCgVtdXNpYxIcChoIARIWCgIIAQoCCAEKAwiBCAoDEgF0CgIIAmIjCgNzZngSHAoa"
-    "CAESFgoCCAEKAggBCgMIgQgKAxIBdAoCCAJCBAoAEA0=";
 
 TEST(AudioSTFT, givesTheSamplesBack) {
     std::mt19937 random(test::randomSeed());
@@ -152,13 +144,11 @@ TEST_F(StemsTest, aSeparatorSaysWhyItIsUnavailable) {
     EXPECT_FALSE(without.separate(recording("T01.WAV", 1), folder_.path()));
 }
 
-/// The folder that ORVANE_ONNXRUNTIME names, else the system's libraries.
 TEST_F(StemsTest, theModelRunsMinuteByMinute) {
-    const char* folder = std::getenv("ORVANE_ONNXRUNTIME");
-    const std::vector<std::string> folders{folder != nullptr ? folder : folder_.path()};
+    const std::vector<std::string> folders{test::runtimeFolder(folder_.path())};
     if (!platform::ModelRuntime::find(folders))
         GTEST_SKIP() << "needs ONNX Runtime: Scripts/install-dependencies.sh models";
-    const auto bytes = base64::decoded(passThroughModel);
+    const auto bytes = base64::decoded(test::passThroughModel);
     ASSERT_TRUE(bytes);
     const std::string model = folder_.write("model.onnx", *bytes);
     BanditStemSeparator separator(model, folders);

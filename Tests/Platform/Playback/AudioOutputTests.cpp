@@ -1,6 +1,7 @@
 #include "Platform/Playback/DeviceOutput.h"
 #include "Platform/Playback/Mixer.h"
 #include "Support/RealtimeWatch.h"
+#include "Support/SoundMachine.h"
 #include "Support/VirtualMainThread.h"
 
 #include <gtest/gtest.h>
@@ -29,38 +30,6 @@ struct BlockList final : AudioRenderer {
         std::int64_t gaps = 0;
         for (std::size_t i = 1; i < blocks.size(); ++i) gaps += std::abs(blocks[i].first - blocks[i - 1].end);
         return gaps;
-    }
-};
-
-/// A machine whose one device can be plugged in and out, and asks when the test says so.
-struct Machine {
-    bool isPlugged = true;
-    int attempts = 0;
-    SoundDeviceCallback* callback = nullptr; ///< of the open device
-    std::array<float, 512> left{}, right{};
-
-    void ask(nanoseconds latency = 20ms) {
-        if (isPlugged && callback != nullptr) callback->fill(left.data(), right.data(), left.size(), latency);
-    }
-    std::unique_ptr<SoundDevices> devices() {
-        struct Device final : SoundDevice {
-            Machine& machine;
-            explicit Device(Machine& owner) : machine(owner) {}
-            ~Device() override { machine.callback = nullptr; }
-            std::string name() const override { return "test device"; }
-        };
-        struct Devices final : SoundDevices {
-            Machine& machine;
-            explicit Devices(Machine& owner) : machine(owner) {}
-            std::unique_ptr<SoundDevice> openDefault(double /*rate*/, SoundDeviceCallback& asked) override {
-                ++machine.attempts;
-                if (!machine.isPlugged) return nullptr;
-                machine.callback = &asked;
-                return std::make_unique<Device>(machine);
-            }
-            std::string defaultName() override { return {}; }
-        };
-        return std::make_unique<Devices>(*this);
     }
 };
 
@@ -101,7 +70,7 @@ TEST(AudioOutput, clockStandsInForADevice) {
 
 TEST(AudioOutput, devicesGoAndComeWhileFramesCountOn) {
     auto clock = std::make_shared<test::ManualClock>();
-    Machine machine;
+    test::SoundMachine machine;
     DeviceOutput output(
         clock, [&] { return machine.devices(); }, DeviceOutput::Threads::caller);
     BlockList blocks;

@@ -195,6 +195,31 @@ TEST(FrameReader, showsPicturesUprightInSquarePixels) {
     EXPECT_LT(corner[2], 50);
 }
 
+TEST(FrameReader, showsOneMomentOfTwoFieldsAndColoursTimesAlpha) {
+    const TemporaryDirectory folder;
+    // Each frame holds two pictures of numbers 37 apart, line by line.
+    const std::string combed = folder.path("combed.mov"), clear = folder.path("clear.mov");
+    if (!NumberedClip{600, "50",
+                      "-vf \"select='not(mod(n,37))',setpts=N/50/TB,tinterlace=interleave_top\" -r 25 "
+                      "-flags +ilme+ildct -c:v prores_ks",
+                      256, 288}
+             .make(combed))
+        GTEST_SKIP() << "no encoder";
+    const auto fields = FrameReader::open(combed);
+    ASSERT_NE(fields, nullptr);
+    for (const int frame : {0, 1, 3, 6}) {
+        const auto picture = fields->pictureAt({frame, 25}, exactly, {});
+        ASSERT_TRUE(picture);
+        EXPECT_EQ(NumberedClip::numberIn(*picture), 74 * frame);
+    }
+    ASSERT_TRUE((NumberedClip{3, "25", "-vf format=rgba,colorchannelmixer=aa=0.5 -c:v png"}.make(clear)));
+    const auto picture = FrameReader::open(clear)->pictureAt({1, 25}, exactly, {});
+    ASSERT_TRUE(picture);
+    const std::uint8_t* last = picture->pixels.get() + 4 * (36 * 256 + 250); // in the bar of the number's 1
+    EXPECT_NEAR(last[3], 128, 1);
+    EXPECT_NEAR(last[1], 110, 2) << "half of the colour";
+}
+
 TEST(FrameReader, makesTheBestOfDamagedFiles) {
     const TemporaryDirectory folder;
     const std::string path = folder.path("whole.mov");

@@ -1,12 +1,17 @@
+#include "Platform/Playback/DeviceOutput.h"
 #include "Platform/Playback/Player.h"
+#include "Platform/Playback/PlayerHost.h"
+#include "Support/ChildProcesses.h"
 #include "Support/MemoryAudio.h"
 #include "Support/NumberedClip.h"
 #include "Support/RandomSeed.h"
+#include "Support/SoundMachine.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 #include "Support/VirtualMainThread.h"
 
 #include <cmath>
+#include <csignal>
 #include <filesystem>
 #include <random>
 
@@ -279,8 +284,8 @@ TEST_F(PlayerTransport, dropsStaleSeeksAndLoads) {
     // Anything in any order, while it runs.
     std::mt19937 random(randomSeed());
     const auto below = [&](int limit) { return std::uniform_int_distribution(0, limit - 1)(random); };
-    for (int i = 0; i < 300; ++i) {
-        switch (below(6)) {
+    for (int i = 0; i < 1000; ++i) { // in a second
+        switch (below(5)) {
         case 0:
             player_->setRate(below(65) - 32);
             break;
@@ -293,13 +298,10 @@ TEST_F(PlayerTransport, dropsStaleSeeksAndLoads) {
         case 3:
             player_->setPictureSize({below(300), below(300)});
             break;
-        case 4:
-            player_->setSound(halfSecondTicks);
-            break;
         default:
-            advance(below(100) / 1000.0);
+            player_->setSound(halfSecondTicks);
         }
-        main_.runPosted();
+        advance(0.001);
     }
     player_->setRate(0);
     player_->setPictureSize({});
@@ -352,6 +354,63 @@ TEST_F(PlayerTransport, playsWhatThereIs) {
     advance(8);
     EXPECT_EQ(ends, 2);
     EXPECT_EQ(player_->rate(), 0);
+}
+
+TEST_F(PlayerTransport, outlivesTheProcessThatDecodes) {
+    load(path_);
+    int ends = 0;
+    const auto watch = player_->observeEnd([&] { ++ends; });
+    player_->setRate(1);
+    advance(1);
+    for (const pid_t helper : children()) ::kill(helper, SIGKILL);
+    advance(8);
+    EXPECT_EQ(ends, 1);
+    EXPECT_EQ(player_->currentTime(), (MediaTime{6, 1}));
+    load(path_);
+    seek(picture_ * 31);
+    EXPECT_EQ(shown(), 31);
+}
+
+/// On the machine's clock, which the test moves, and a device that can be plugged out.
+TEST_F(PlayerTransport, followsTheClockWhileTheDeviceGoesAndComes) {
+    using platform::DeviceOutput;
+    SoundMachine machine;
+    auto owned = std::make_unique<DeviceOutput>(
+        main_.clock(), [&] { return machine.devices(); }, DeviceOutput::Threads::caller);
+    DeviceOutput& output = *owned;
+    const auto system = platform::makePlayerSystem(shared_, main_.clock(), std::move(owned));
+    player_ = system->makePlayer();
+    load(path_);
+    double last = 0;
+    int ends = 0;
+    const auto watch = player_->observeEnd([&] { ++ends; });
+    const auto times = player_->observeTime([&](MediaTime time) {
+        EXPECT_GE(time.seconds(), last) << "time goes back";
+        last = time.seconds();
+    });
+    const auto run = [&](double seconds) {
+        constexpr std::chrono::nanoseconds block{10'666'667}; // as the device asks
+        for (int i = 0; i < seconds * 1e9 / static_cast<double>(block.count()); ++i) {
+            machine.ask();
+            output.tick();
+            main_.advance(block);
+        }
+    };
+    player_->setRate(1);
+    run(1);
+    EXPECT_NEAR(player_->currentTime().seconds(), 1, 0.1);
+    machine.isPlugged = false;
+    run(2);
+    EXPECT_EQ(output.description(), "no sound device");
+    EXPECT_NEAR(player_->currentTime().seconds(), 3, 0.1);
+    machine.isPlugged = true;
+    run(2);
+    EXPECT_EQ(output.description(), "test device");
+    EXPECT_NEAR(player_->currentTime().seconds(), 5, 0.15);
+    run(2);
+    EXPECT_EQ(ends, 1);
+    EXPECT_TRUE(main_.waitUntil([&] { return shown() == pictureCount - 1; }));
+    player_.reset(); // ahead of the machine
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-#include "Platform/Playback/SincResampler.h"
 #include "Platform/Playback/SoundTrack.h"
+#include "Platform/SincResampler.h"
 #include "Support/MemoryAudio.h"
 #include "Support/RealtimeWatch.h"
 

@@ -24,6 +24,7 @@ std::vector<Command> sessionCommands();
 std::vector<Command> settingCommands();
 std::vector<Command> shortcutCommands();
 std::vector<Command> lockitCommands();
+std::vector<Command> modelCommands();
 const std::vector<Command>& allCommands();
 
 } // namespace orvane::commands

@@ -75,6 +75,7 @@ std::vector<Command> loadingCommands() {
                        {groupID},
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                            expectPlayers(context);
+                           engineOf(context).measureLevels();
                            return context.players().loadGroup(call.id("groupID"));
                        })
             .forClips(canPlay),

@@ -1,8 +1,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/PlayerJSON.h"
 
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
-#include "OrvaneSyncCore/Services/Playback/AudioLevels.h"
-#include "Platform/PNG.h"
+#include "Platform/Playback/PicturePNG.h"
 
 namespace orvane::commands {
 
@@ -15,18 +14,15 @@ void setShownFrame(JSON& json, const VideoEngine& engine) {
     if (picture) json.set("shownFrame", picture->number);
 }
 
-JSON levelsJSON(const platform::Player* player) {
+JSON levelsJSON(const AudioLevels& shown) {
     JSON::Array levels;
-    if (player == nullptr) return levels;
-    int number = 0;
-    for (const platform::ChannelPeak& peak : player->levels()) {
-        const ChannelLevel measured = ChannelLevel::measured(number++, peak);
+    for (const ChannelLevel& channel : shown.channels) {
         JSON level;
-        level.set("channel", measured.channel);
-        level.set("peak", static_cast<double>(measured.peak));
-        level.set("rms", static_cast<double>(measured.rms));
-        level.set("peakDB", static_cast<double>(measured.peakDB));
-        level.set("rmsDB", static_cast<double>(measured.rmsDB));
+        level.set("channel", channel.channel);
+        level.set("peak", static_cast<double>(channel.peak));
+        level.set("rms", static_cast<double>(channel.rms));
+        level.set("peakDB", static_cast<double>(channel.peakDB));
+        level.set("rmsDB", static_cast<double>(channel.rmsDB));
         levels.push_back(std::move(level));
     }
     return levels;
@@ -54,7 +50,7 @@ JSON playerStateJSON(const VideoEngine& engine) {
     json.set("isDucking", engine.isDucking());
     setShownFrame(json, engine);
     json.set("droppedFrames", player == nullptr ? 0 : player->droppedPictures());
-    json.set("levels", levelsJSON(player));
+    json.set("levels", levelsJSON(engine.levels()));
     return json;
 }
 
@@ -92,11 +88,7 @@ platform::Task writePicture(CommandContext& context, std::shared_ptr<VideoEngine
         [picture = *picture, permission, output = call.text("output"),
          inputs = context.controller->project().inputs()] {
             OutputGuard(OutputKind::picture, inputs, permission)
-                .write(output, platform::encodedPNG(
-                                   platform::ColourPicture{static_cast<std::uint32_t>(picture.size.width),
-                                                           static_cast<std::uint32_t>(picture.size.height),
-                                                           {picture.pixels.get(), picture.bytes()}},
-                                   renderingMark));
+                .write(output, platform::encodedPNG(platform::colourPicture(picture), renderingMark));
         });
     co_await writing;
     JSON json;

@@ -2,6 +2,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
 #include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
+#include "OrvaneSyncCore/Services/Persistence/ScreenSettings.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutSettings.h"
 
 namespace orvane::commands {
@@ -16,6 +17,7 @@ JSON setting(CommandContext& context, const Call& call) {
     if (auto value = context.settings->value(key)) return std::move(*value);
     const SettingDescription* known = SettingsCatalogue::find(key);
     if (known == nullptr) known = shortcutSettings::find(key);
+    if (known == nullptr) known = screenSettings::find(key);
     return known == nullptr ? JSON() : defaultInUse(*known);
 }
 

@@ -127,6 +127,24 @@ JSON lockitStatusJSON(const LockitOAuthService& account, const LockitController&
     return json;
 }
 
+JSON modelsJSON(const ModelManager& models) {
+    JSON rows = JSON::array(), features = JSON::array();
+    for (const ModelInfo& model : models.models()) rows.append(toJSON(model));
+    for (const BuiltInFeature& feature : builtInFeatures())
+        features.append(JSON::Object{{"name", feature.name}, {"description", feature.description}});
+    JSON bandit;
+    bandit.set("isInstalled", models.bandit().hasModel);
+    bandit.set("path", models.bandit().modelPath);
+    bandit.set("runtime", models.bandit().runtime);
+    if (!models.bandit().problem.empty()) bandit.set("problem", models.bandit().problem);
+    JSON json;
+    json.set("models", std::move(rows));
+    json.set("builtInFeatures", std::move(features));
+    json.set("totalSizeMB", models.totalSizeMB());
+    json.set("bandit", std::move(bandit));
+    return json;
+}
+
 JSON candidatesJSON(const AtmoController::Candidates& candidates) {
     JSON json = JSON::Object{};
     for (const auto& [scene, found] : candidates) {

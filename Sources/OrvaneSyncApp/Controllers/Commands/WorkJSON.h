@@ -28,6 +28,8 @@ JSON smartAudioJSON(const ImportController& controller, std::optional<SmartAudio
 /// Who is signed in to LockitNetwork, and what came of the last sync; why that can't be where no service is
 /// configured. The account must be ready.
 JSON lockitStatusJSON(const LockitOAuthService& account, const LockitController& lockit);
+/// The catalogue of models, what works without one, the room that they take, and the model of the stems.
+JSON modelsJSON(const ModelManager& models);
 /// A list for each scene.
 JSON candidatesJSON(const AtmoController::Candidates& candidates);
 

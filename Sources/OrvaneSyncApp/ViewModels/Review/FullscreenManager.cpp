@@ -1,18 +1,12 @@
 #include "OrvaneSyncApp/ViewModels/Review/FullscreenManager.h"
 
 #include "OrvaneSyncCore/Models/Settings.h"
-#include "Platform/Setting.h"
+#include "OrvaneSyncCore/Services/Persistence/ScreenSettings.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace orvane {
-
-namespace {
-
-const platform::Setting<int> preferredScreenSetting("fullscreen.preferredScreen", 0);
-
-} // namespace
 
 std::string screenLabel(const Screen& screen) {
     return screen.localizedName + ", " + std::to_string(static_cast<int>(screen.width)) + "×" +
@@ -23,10 +17,10 @@ FullscreenManager::FullscreenManager(std::shared_ptr<VideoEngine> engine,
                                      std::shared_ptr<platform::SettingsStore> settings)
     : engine_(std::move(engine)), settings_(std::move(settings)) {}
 
-int FullscreenManager::preferredScreen() const { return settings_->get(preferredScreenSetting); }
+int FullscreenManager::preferredScreen() const { return settings_->get(screenSettings::preferredScreen); }
 
 void FullscreenManager::setPreferredScreen(int index) {
-    settings_->set(preferredScreenSetting.key, index);
+    settings_->set(screenSettings::preferredScreen.key, index);
     if (isShowing()) show();
 }
 

@@ -2,7 +2,7 @@
 
 #include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
 #include "Platform/AudioFile.h"
-#include "Platform/Resampling.h"
+#include "Platform/SincResampler.h"
 #include "Platform/Stop.h"
 #include "Platform/VectorOps.h"
 

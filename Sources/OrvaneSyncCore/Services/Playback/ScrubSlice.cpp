@@ -1,6 +1,6 @@
 #include "OrvaneSyncCore/Services/Playback/ScrubSlice.h"
 
-#include "Platform/Playback/SincResampler.h"
+#include "Platform/SincResampler.h"
 #include "Platform/VectorOps.h"
 
 #include <algorithm>
@@ -47,22 +47,9 @@ AudioSlice ScrubBlipAudio::atRate(const AudioSlice& slice, double sampleRate) {
     AudioSlice converted = slice;
     for (auto& channel : converted.channels) platform::vector::silenceNonFinite(channel);
     if (slice.sampleRate == sampleRate || slice.frameCount() == 0) return converted;
-    platform::SincResampler resampler(slice.sampleRate / sampleRate);
-    const std::size_t reach = resampler.reach() + 1;
     const auto frames = static_cast<std::size_t>(
         std::ceil(static_cast<double>(slice.frameCount()) * sampleRate / slice.sampleRate));
-    std::vector<const float*> input;
-    std::vector<float*> output;
-    std::vector<std::vector<float>> padded;
-    for (auto& channel : converted.channels) {
-        channel.insert(channel.begin(), reach, 0.0F);
-        channel.resize(channel.size() + reach, 0.0F);
-        padded.push_back(std::move(channel));
-        channel.assign(frames, 0.0F);
-        output.push_back(channel.data());
-    }
-    for (const auto& channel : padded) input.push_back(channel.data());
-    resampler.render(input, static_cast<double>(reach), false, output, frames);
+    converted.channels = platform::resampled(converted.channels, slice.sampleRate, sampleRate, frames);
     converted.sampleRate = sampleRate;
     return converted;
 }

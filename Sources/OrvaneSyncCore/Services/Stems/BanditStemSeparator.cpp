@@ -6,7 +6,7 @@
 #include "OrvaneSyncCore/Services/Stems/AudioSTFT.h"
 #include "Platform/AudioFileWriter.h"
 #include "Platform/Files.h"
-#include "Platform/Resampling.h"
+#include "Platform/SincResampler.h"
 #include "Platform/Stop.h"
 #include "Platform/VectorOps.h"
 
@@ -120,26 +120,26 @@ std::string BanditStemSeparator::whyUnavailable() const {
     return problem_;
 }
 
-std::string BanditStemSeparator::runtimeText() const {
-    const std::lock_guard lock(mutex_);
-    return runtime_ ? "ONNX Runtime " + runtime_->version() + " (" + runtime_->path() + ")" : "";
+BanditStemSeparator::Installation BanditStemSeparator::installation() const {
+    Installation found{modelPath_, platform::files::exists(modelPath_), "", ""};
+    const auto runtime = platform::ModelRuntime::find(runtimeFolders_);
+    if (runtime) found.runtime = "ONNX Runtime " + runtime->version() + " (" + runtime->path() + ")";
+    if (!found.hasModel)
+        found.problem = "BanditV2.onnx not installed: put it into " + platform::files::folderOf(modelPath_);
+    else if (!runtime)
+        found.problem = "ONNX Runtime (libonnxruntime.so) is neither in " + runtimeFolders_.front() +
+                        " nor among the system's libraries";
+    return found;
 }
 
 void BanditStemSeparator::prepare() {
     if (isReady_) return; // without waiting for a separation
     const std::lock_guard lock(mutex_);
     if (isReady_) return;
-    if (!platform::files::exists(modelPath_)) {
-        problem_ = "BanditV2.onnx not installed: put it into " + platform::files::folderOf(modelPath_);
-        return;
-    }
-    runtime_ = platform::ModelRuntime::find(runtimeFolders_);
-    if (!runtime_) {
-        problem_ = "ONNX Runtime (libonnxruntime.so) is neither in " + runtimeFolders_.front() +
-                   " nor among the system's libraries";
-        return;
-    }
+    problem_ = installation().problem;
+    if (!problem_.empty()) return;
     try {
+        runtime_ = platform::ModelRuntime::find(runtimeFolders_);
         model_ = runtime_->load(modelPath_);
         isReady_ = true;
     } catch (const platform::ModelError& error) {

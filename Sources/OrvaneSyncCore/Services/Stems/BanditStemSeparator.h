@@ -25,10 +25,19 @@ class BanditStemSeparator : public AudioStemSeparator {
     explicit BanditStemSeparator(std::string modelPath = {}, std::vector<std::string> runtimeFolders = {});
     static std::string installedModelPath();
 
+    /// What of it this machine has, without loading the model.
+    struct Installation {
+        std::string modelPath;
+        bool hasModel = false;
+        std::string runtime; ///< for people; empty without one
+        std::string problem; ///< what to do; empty: nothing
+    };
+    Installation installation() const;
+    /// Which runtime runs the model, for people; empty without one.
+    std::string runtimeText() const { return installation().runtime; }
+
     bool isAvailable() const override { return isReady_; }
     std::string whyUnavailable() const override;
-    /// Which runtime runs the model, for people; empty without one.
-    std::string runtimeText() const;
     void prepare() override;
     std::optional<SeparatedStems> separate(const TakeSound& audio, const std::string& folder,
                                            const std::stop_token& stop = {}) override;

@@ -29,4 +29,12 @@ class SincResampler {
     std::vector<float> row_;  ///< between two of them
 };
 
+/// Whole sounds at another rate: `frames` samples, as of silence before a sound begins and behind its end.
+/// Both rates in Hz, above 0. `firstAt`: where among `samples` the first one of the result lies, 0 or later.
+/// Pure; any thread.
+std::vector<float> resampled(std::span<const float> samples, double fromRate, double toRate,
+                             std::size_t frames, double firstAt = 0);
+std::vector<std::vector<float>> resampled(std::span<const std::vector<float>> channels, double fromRate,
+                                          double toRate, std::size_t frames);
+
 } // namespace orvane::platform

@@ -1,4 +1,4 @@
-#include "Platform/Playback/SincResampler.h"
+#include "Platform/SincResampler.h"
 
 #include <algorithm>
 #include <array>
@@ -71,13 +71,50 @@ void SincResampler::render(std::span<const float* const> input, double place, bo
         const auto below = std::min(static_cast<std::size_t>(phase), phases - 1);
         const auto share = static_cast<float>(phase - static_cast<double>(below));
         const float* first = rows_.data() + below * taps_;
-        const float* second = first + taps_;
-        for (std::size_t tap = 0; tap < taps_; ++tap)
-            row_[tap] = first[tap] + share * (second[tap] - first[tap]);
+        const float* const second = first + taps_;
+        const float* row = first; // where the place is exactly at a row
+        if (share > 0) {
+            for (std::size_t tap = 0; tap < taps_; ++tap)
+                row_[tap] = first[tap] + share * (second[tap] - first[tap]);
+            row = row_.data();
+        }
         const auto from = static_cast<std::size_t>(whole) + 1 - taps_ / 2;
         for (std::size_t channel = 0; channel < output.size(); ++channel)
-            output[channel][i] = product(input[channel] + from, row_.data(), taps_);
+            output[channel][i] = product(input[channel] + from, row, taps_);
     }
+}
+
+namespace {
+
+std::vector<float> converted(SincResampler& resampler, std::span<const float> samples, std::size_t frames,
+                             double firstAt) {
+    std::vector<float> out(frames);
+    if (frames == 0) return out;
+    const std::size_t reach = resampler.reach() + 1;
+    const double lastAt = firstAt + static_cast<double>(frames - 1) * resampler.step();
+    const std::size_t needed = std::max(samples.size(), static_cast<std::size_t>(std::ceil(lastAt)) + 1);
+    std::vector<float> padded(needed + 2 * reach, 0.0F);
+    std::ranges::copy(samples, padded.begin() + static_cast<std::ptrdiff_t>(reach));
+    const float* const input = padded.data();
+    float* const output = out.data();
+    resampler.render({&input, 1}, static_cast<double>(reach) + firstAt, false, {&output, 1}, frames);
+    return out;
+}
+
+} // namespace
+
+std::vector<float> resampled(std::span<const float> samples, double fromRate, double toRate,
+                             std::size_t frames, double firstAt) {
+    SincResampler resampler(fromRate / toRate);
+    return converted(resampler, samples, frames, firstAt);
+}
+
+std::vector<std::vector<float>> resampled(std::span<const std::vector<float>> channels, double fromRate,
+                                          double toRate, std::size_t frames) {
+    SincResampler resampler(fromRate / toRate);
+    std::vector<std::vector<float>> all;
+    for (const auto& channel : channels) all.push_back(converted(resampler, channel, frames, 0));
+    return all;
 }
 
 } // namespace orvane::platform

@@ -88,8 +88,6 @@ class ReviewTest : public testing::Test {
     }
     void open() {
         window_->results().select({ids_[0]});
-        window_->results().table()->setCurrentIndex(
-            window_->results().table()->selectionModel()->selectedRows().front());
         QTest::keyClick(window_->results().table(), Qt::Key_Return);
         ASSERT_TRUE(waitUntil([&] { return isOnScreen(0); }));
     }

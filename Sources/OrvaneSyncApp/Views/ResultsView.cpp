@@ -279,7 +279,9 @@ void ResultsView::select(const std::vector<UUID>& clips) {
         if (!row) continue;
         const QModelIndex index = model_->index(static_cast<int>(*row), 0);
         selection.select(index, model_->index(static_cast<int>(*row), ResultsModel::marksColumn));
-        if (selection.size() == 1) table_->scrollTo(index, QAbstractItemView::PositionAtCenter);
+        if (selection.size() > 1) continue;
+        table_->scrollTo(index, QAbstractItemView::PositionAtCenter);
+        table_->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate); // arrows go on here
     }
     table_->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
 }

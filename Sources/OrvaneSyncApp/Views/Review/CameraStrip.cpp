@@ -74,7 +74,8 @@ void CameraStrip::paintEvent(QPaintEvent*) {
         painter.setFont(font());
         const QRect axis = axisRect();
         const double length = axis_.endSeconds - axis_.startSeconds;
-        const double step = length > 0 ? TimelineRuler::rulerInterval(length, axis.width()) : 0;
+        const double step = length > 0 ? std::max(TimelineRuler::rulerInterval(length, axis.width()), 1.0)
+                                       : 0; // labels are whole seconds
         for (double at = step > 0 ? std::ceil(axis_.startSeconds / step) * step : 1;
              step > 0 && at <= axis_.endSeconds; at += step) {
             const double x = axis.left() + axis_.x(at, axis.width());

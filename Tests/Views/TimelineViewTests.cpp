@@ -91,11 +91,14 @@ class TimelineViewTest : public testing::Test {
         review()->handleKeyAction(KeyAction::toggleAudioExpand);
         settle();
     }
+    /// Scroll bars that come or go lay the rows anew, and what is painted then asks for tiles.
     void settle() {
-        QCoreApplication::processEvents();
+        const auto turn = [] {
+            for (int i = 0; i < 4; ++i) QCoreApplication::processEvents();
+        };
+        turn();
         ASSERT_TRUE(waitUntil([&] { return canvas().isComplete(); }));
-        // Scroll bars that come or go lay the rows anew, and these are painted in the turn after that.
-        for (int turn = 0; turn < 4; ++turn) QCoreApplication::processEvents();
+        turn();
     }
     QPoint at(double seconds, RowKind kind, int index = 0, bool onStrip = false) {
         const auto* row = layout().row(kind, index);

@@ -203,7 +203,8 @@ class Painting {
         for (int i = 0; i < count; ++i) {
             const double reach =
                 std::clamp<double>(tile.column(i).peak * scene_.tiles.gain(), 0, 1) * place.height() / 2;
-            bars << QRectF(target.left() + i * placeholderStep, middle - reach, placeholderStep, 2 * reach);
+            bars << QRectF(target.left() + i * placeholderStep, middle - reach,
+                           std::min(placeholderStep, target.width() - i * placeholderStep), 2 * reach);
         }
         painter_.setPen(Qt::NoPen);
         painter_.setBrush(colour);

@@ -20,6 +20,7 @@
 #include <QTest>
 #include <QTreeWidget>
 
+#include <atomic>
 #include <filesystem>
 
 namespace orvane::views {
@@ -222,7 +223,10 @@ TEST_F(SettingsTest, patternsRolesAndFieldsAreEdited) {
 TEST_F(SettingsTest, aSignInWaitsCanBeCancelledAndTakesACallback) {
     folder_.write("config/Orvane Tandrel/service.json",
                   R"({"baseURL": "https://lockit.invalid", "clientID": "id", "clientSecret": "secret"})");
-    desktop_->context().showPage = [](const std::string&) { return true; };
+    const auto isPageShown = std::make_shared<std::atomic<bool>>(false); // on the thread that waits
+    desktop_->context().showPage = [isPageShown](const std::string&) {
+        return isPageShown->store(true), true;
+    };
     open(SettingPage::metadata);
     const auto says = [&](const QString& what) {
         return waitUntil([&] { return window_->findChild<QWidget*>("account")->accessibleName() == what; });
@@ -233,8 +237,10 @@ TEST_F(SettingsTest, aSignInWaitsCanBeCancelledAndTakesACallback) {
     ASSERT_TRUE(says("Opening browser…"));
     click(buttonOf(*window_, "Cancel"));
     ASSERT_TRUE(says("Not signed in"));
+    *isPageShown = false;
     click(buttonOf(*window_, "Sign In with LockitNetwork"));
     ASSERT_TRUE(says("Opening browser…"));
+    ASSERT_TRUE(waitUntil([&] { return isPageShown->load(); }));
     for (auto* one : window_->findChildren<QLineEdit*>())
         if (one->accessibleName() == "Address that the browser ends at")
             type(*one, "orvane-tandrel://oauth/callback?code=x&state=forged");

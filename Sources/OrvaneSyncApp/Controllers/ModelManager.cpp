@@ -11,8 +11,6 @@ namespace orvane {
 
 namespace {
 
-using Kind = ModelStatus::Kind;
-
 struct OnDisk {
     std::vector<ModelInfo> models;
     std::int64_t totalSizeMB = 0;
@@ -31,7 +29,7 @@ ModelManager::ModelManager(OpenWork& work)
                        work.environment.mainThread, work.environment.clock, platform::progressInterval,
                        [this](const std::pair<std::string, double>& latest) {
                            if (downloads_.contains(latest.first))
-                               setStatus(latest.first, {Kind::downloading, latest.second, ""});
+                               setStatus(latest.first, {ModelStatus::Kind::downloading, latest.second, ""});
                        })),
       disk_(platform::SerialQueue::create("models")), network_(platform::SerialQueue::create("downloads")) {}
 
@@ -105,24 +103,24 @@ platform::Task ModelManager::fetch(Weak weak, std::string id) {
                                   },
                                   stop);
                           });
-    self->setStatus(id, {Kind::downloading, 0, ""});
+    self->setStatus(id, {ModelStatus::Kind::downloading, 0, ""});
     self.reset();
-    ModelStatus status{Kind::ready, 0, ""};
+    ModelStatus status{ModelStatus::Kind::ready, 0, ""};
     std::exception_ptr stopped;
     try {
         co_await fetching;
     } catch (const platform::Stopped&) {
-        status = {Kind::error, 0, "Download cancelled"};
+        status = {ModelStatus::Kind::error, 0, "Download cancelled"};
         stopped = std::current_exception();
     } catch (const std::exception& error) {
-        status = {Kind::error, 0, error.what()};
+        status = {ModelStatus::Kind::error, 0, error.what()};
     }
     if (self = weak.lock(); self) {
         self->downloads_.erase(id);
         self->shown_->drop();
         self->setStatus(id, status);
         self.reset();
-        if (status.kind == Kind::ready) { // with the room that it takes
+        if (status.kind == ModelStatus::Kind::ready) { // with the room that it takes
             const platform::Task again = rebuild(weak);
             co_await again;
         }

@@ -17,7 +17,7 @@ using namespace design;
 
 namespace {
 
-constexpr QSize usual{1040, 900};
+constexpr QSize gallerySize{1040, 900};
 constexpr int glyphCell = 40, glyphsARow = 14;
 constexpr int swatchWidth = 110, swatchHeight = 40;
 
@@ -162,7 +162,7 @@ QWidget* makeGallery() {
     scroll->setAccessibleName(scroll->windowTitle());
     scroll->setWidget(content);
     scroll->setWidgetResizable(true);
-    scroll->resize(usual);
+    scroll->resize(gallerySize);
     return scroll;
 }
 

@@ -33,7 +33,7 @@ using namespace design;
 namespace {
 
 constexpr QSize smallest{1024, 640};
-constexpr QSize usual{1440, 800};
+constexpr QSize usualWindow{1440, 800};
 constexpr int sessionsWidth = 230;
 
 QStringList droppedPaths(const QMimeData* data) {
@@ -55,7 +55,7 @@ QStringList folders(const QStringList& paths) {
 MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     setWindowTitle(QStringLiteral("OrvaneSync"));
     setMinimumSize(smallest);
-    resize(usual);
+    resize(usualWindow);
     setAcceptDrops(true);
 
     auto* centre = new QWidget;
@@ -80,7 +80,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     splitter_->addWidget(centre);
     splitter_->setStretchFactor(1, 1);
     splitter_->setChildrenCollapsible(false);
-    splitter_->setSizes({sessionsWidth, usual.width() - sessionsWidth});
+    splitter_->setSizes({sessionsWidth, usualWindow.width() - sessionsWidth});
     setCentralWidget(splitter_);
 
     MainMenus::Screens screens;

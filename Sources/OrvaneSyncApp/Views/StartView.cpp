@@ -136,7 +136,7 @@ void StartView::showRecent() {
         auto* row = new QHBoxLayout;
         const QString name = text(session.name);
         auto* open = button(fontMetrics()
-                                .elidedText(name, Qt::ElideMiddle, widest / 2)
+                                .elidedText(name, Qt::ElideMiddle, widestForm / 2)
                                 .replace(QLatin1Char('&'), QStringLiteral("&&")),
                             Glyph::session, Weight::quiet);
         open->setToolTip(tr("Opens the session “%1”").arg(name));

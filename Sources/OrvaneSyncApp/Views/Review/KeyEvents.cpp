@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
 
+#include "OrvaneSyncApp/ViewModels/Inspector/KeyOverview.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
 #include "OrvaneSyncCore/Services/Shortcuts/LinuxKeys.h"
 
@@ -60,26 +61,14 @@ std::optional<KeyEvent> keyEventOf(const QKeyEvent& event) {
     return keyEvent(made);
 }
 
-QString keyText(const Shortcut& shortcut) {
-    if (shortcut.isUnbound()) return {};
-    QString held;
-    const auto add = [&](ModifierSet modifier, const char* name) {
-        if (shortcut.modifiers.contains(modifier)) held += QLatin1String(name) + QLatin1Char('+');
-    };
-    add(ModifierSet::control, "Meta");
-    add(ModifierSet::command, "Ctrl");
-    add(ModifierSet::option, "Alt");
-    add(ModifierSet::shift, "Shift");
-    using Special = Shortcut::SpecialKey;
-    // Signs of a Mac's keyboard for keys that have words on others.
-    if (shortcut.key == Special::escape) return held + QStringLiteral("Esc");
-    if (shortcut.key == Special::enter) return held + QStringLiteral("Return");
-    return held + text(Shortcut{shortcut.key, ModifierSet::none}.displayString());
+QString shownKey(const Shortcut& shortcut) {
+    return shortcut.isUnbound() ? QString() : text(keyText(shortcut));
 }
 
 QKeySequence menuKey(const Shortcut& shortcut) {
     const auto menu = shortcut.menuEquivalent();
-    return menu ? QKeySequence(keyText(shortcut)) : QKeySequence();
+    return menu ? QKeySequence(shownKey(shortcut).replace(QLatin1String("Super+"), QLatin1String("Meta+")))
+                : QKeySequence();
 }
 
 } // namespace orvane::views

@@ -12,8 +12,8 @@ namespace orvane::views {
 /// A key that goes down or up as the review understands it; nothing for a modifier key.
 std::optional<KeyEvent> keyEventOf(const QKeyEvent& event);
 
-/// The key as this desktop writes it, such as "Ctrl+Shift+L" and "K + J"; empty when unbound.
-QString keyText(const Shortcut& shortcut);
+/// The key as this desktop writes it, such as "Ctrl+Shift+L" and "K held, J"; empty when unbound.
+QString shownKey(const Shortcut& shortcut);
 /// Empty for what no menu can hold.
 QKeySequence menuKey(const Shortcut& shortcut);
 

@@ -78,7 +78,7 @@ void ReviewActions::showKeys() {
     for (const auto& [key, action] : actions_) {
         const QString name = text(label(key));
         const auto found = bindings.find(key);
-        const QString keys = found == bindings.end() ? QString() : keyText(found->second);
+        const QString keys = found == bindings.end() ? QString() : shownKey(found->second);
         action->setText(keys.isEmpty() ? name : name + QLatin1Char('\t') + keys);
         action->setToolTip(keys.isEmpty() ? name : tr("%1 (%2)").arg(name, keys));
     }

@@ -1,6 +1,6 @@
 #include "OrvaneSyncApp/Views/Settings/KeyboardPage.h"
 
-#include "OrvaneSyncApp/Views/Settings/KeyPress.h"
+#include "OrvaneSyncApp/Views/Review/KeyEvents.h"
 
 #include <QFileDialog>
 #include <QGridLayout>

@@ -12,13 +12,13 @@ using namespace design;
 
 namespace {
 
-constexpr int sheetWidth = 460;
+constexpr int aboutWidth = 460;
 constexpr int iconSide = 96;
 
 class AboutSheet : public Sheet {
   public:
     explicit AboutSheet(QWidget* parent) : Sheet(tr("About OrvaneSync"), parent) {
-        setMinimumWidth(sheetWidth);
+        setMinimumWidth(aboutWidth);
         auto* row = new QHBoxLayout;
         row->setSpacing(space::medium);
         auto* picture = new QLabel;

@@ -21,7 +21,7 @@ using namespace design;
 
 namespace {
 
-constexpr QSize usual{760, 620};
+constexpr QSize atmoSize{760, 620};
 constexpr int playColumn = 4;
 constexpr int progressParts = 1000;
 constexpr int listHeight = 190;
@@ -181,14 +181,14 @@ class AtmoSheet : public Sheet {
     AtmoSheet(Desktop& desktop, QWidget* parent)
         : Sheet(tr("Build Room Tone"), parent), desktop_(desktop),
           player_([&desktop] { return desktop.players().players(); }) {
-        resize(usual);
+        resize(atmoSize);
         pages_ = new QStackedWidget;
         auto* waiting =
             new EmptyState(Glyph::waveform, tr("Listening"), translated(AtmoBuilderModel::scanningText));
         bar_ = new QProgressBar;
         bar_->setRange(0, progressParts);
         bar_->setTextVisible(false);
-        bar_->setFixedWidth(usual.width() / 2);
+        bar_->setFixedWidth(atmoSize.width() / 2);
         bar_->setAccessibleName(tr("Progress of the search"));
         waiting->add(bar_);
         pages_->addWidget(waiting);

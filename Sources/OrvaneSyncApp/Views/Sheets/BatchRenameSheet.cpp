@@ -14,7 +14,7 @@ using namespace design;
 
 namespace {
 
-constexpr int sheetWidth = 620;
+constexpr int renameWidth = 620;
 constexpr int previewHeight = 250;
 
 class BatchRenameSheet : public Sheet {
@@ -22,7 +22,7 @@ class BatchRenameSheet : public Sheet {
     BatchRenameSheet(Desktop& desktop, QWidget* parent)
         : Sheet(tr("Rename Clips"), parent), desktop_(desktop), find_(field(tr("Find"))),
           replace_(field(tr("Replace with"))), prefix_(field(tr("Prefix"))), suffix_(field(tr("Suffix"))) {
-        setMinimumWidth(sheetWidth);
+        setMinimumWidth(renameWidth);
         auto* form = new QFormLayout;
         form->setHorizontalSpacing(space::medium);
         const auto row = [&](QWidget* control) { form->addRow(control->accessibleName(), control); };

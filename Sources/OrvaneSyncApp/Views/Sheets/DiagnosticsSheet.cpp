@@ -16,7 +16,7 @@ using namespace design;
 
 namespace {
 
-constexpr QSize usual{720, 560};
+constexpr QSize diagnosticsSize{720, 560};
 
 Signal signalOf(const SystemCheck& check) {
     const std::string_view status = check.status;
@@ -26,7 +26,7 @@ Signal signalOf(const SystemCheck& check) {
 class DiagnosticsSheet : public Sheet {
   public:
     DiagnosticsSheet(Desktop& desktop, QWidget* parent) : Sheet(tr("Diagnostics"), parent) {
-        resize(usual);
+        resize(diagnosticsSize);
         auto* content = new QWidget;
         rows_ = new QGridLayout(content);
         rows_->setHorizontalSpacing(space::medium);

@@ -26,7 +26,7 @@ using namespace design;
 
 namespace {
 
-constexpr int sheetWidth = 640;
+constexpr int exportWidth = 640;
 constexpr int mostLinesShown = 12;
 
 /// Who reads which version of the document; the newest first.
@@ -71,7 +71,7 @@ QString listed(const std::vector<std::string>& lines) {
 
 ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), desktop_(desktop) {
     setWindowTitle(tr("Export FCPXML"));
-    setMinimumWidth(sheetWidth);
+    setMinimumWidth(exportWidth);
     setModal(true);
     auto* rows = new QVBoxLayout(this);
     rows->setContentsMargins(space::medium, space::medium, space::medium, space::medium);

@@ -19,7 +19,7 @@ using namespace design;
 
 namespace {
 
-constexpr QSize usual{760, 640};
+constexpr QSize feedbackSize{760, 640};
 constexpr int pictureWidth = 260;
 constexpr int messageHeight = 120;
 
@@ -36,7 +36,7 @@ class FeedbackSheet : public Sheet {
     FeedbackSheet(Desktop& desktop, QWidget* parent)
         : Sheet(tr("Send Feedback"), parent), desktop_(desktop),
           delivery_(desktop.mainThread(), platform::HTTPClient::create()) {
-        resize(usual);
+        resize(feedbackSize);
         add(label(tr("What happened, or what is missing?")));
         message_ = new QPlainTextEdit;
         message_->setAccessibleName(tr("Your message"));

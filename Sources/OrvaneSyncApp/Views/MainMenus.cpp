@@ -76,12 +76,13 @@ void MainMenus::makeFile() {
     connect(save_, &QAction::triggered, this,
             [this] { chooseAndRun("saveProject", tr("Save project"), tr("Projects (*.orvanesync)"), true); });
     commandActions_.emplace_back(save_, "exportFCPXML"); // there is work
-    QAction* report = file->addAction(translated(desktop_.command("loadALE").title));
-    report->setIcon(icon(Glyph::report));
-    connect(report, &QAction::triggered, this, [this] {
+    report_ = file->addAction(translated(desktop_.command("loadALE").title));
+    report_->setIcon(icon(Glyph::report));
+    connect(report_, &QAction::triggered, this, [this] {
         chooseAndRun("loadALE", tr("Load report"), tr("Reports (*.ale *.csv *.txt *.tsv);;All files (*)"),
                      false);
     });
+    addCommand(file, "syncLockitNetwork")->setIcon(icon(Glyph::refresh));
     file->addSeparator();
     export_ =
         file->addAction(icon(Glyph::exportDocument), translated(desktop_.command("exportFCPXML").title));
@@ -223,6 +224,9 @@ void MainMenus::makeTools() {
     add(actionOf("toggleLocked"), tr("Lock"));
     add(rename_, tr("Rename"));
     add(actionOf("resyncAllClips"), tr("Re-sync"));
+    add(report_, tr("Report"));
+    add(sheets_.buildRoomTone, tr("Room Tone"));
+    add(actionOf("syncLockitNetwork"), tr("LockitNetwork"));
     auto* stretch = new QWidget;
     stretch->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     tools->addWidget(stretch);

@@ -69,6 +69,7 @@ class MainMenus : public QObject {
     QAction* redo_ = nullptr;
     QAction* open_ = nullptr;
     QAction* save_ = nullptr;
+    QAction* report_ = nullptr;
     QAction* export_ = nullptr;
     QAction* rename_ = nullptr;
     QAction* review_ = nullptr;

@@ -108,7 +108,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     screens.sessions = sessions_;
     menus_ = new MainMenus(desktop_, *this, *reviewActions_, std::move(screens));
     ReviewKeys::Screens playing;
-    playing.isInFront = [this] { return isPlayingScreen(); };
+    playing.isInFront = [this] { return isPlayingScreen() && !review_->keys().isVisible(); };
     playing.handleFullscreen = [this](const KeyEvent& event) {
         return screen_ == Screen::multicam ? multicam_->handleFullscreen(event)
                                            : desktop_.players().review()->fullscreen().handle(event);
@@ -134,6 +134,9 @@ void MainWindow::observe() {
     desktop_.whenRefused = [this](const QString& why) { banner_->show(Signal::missing, why); };
     workObservation_ = desktop_.controller().onChange([this](ImportField field) {
         if (field == ImportField::progress) return;
+        if (field == ImportField::lockit)
+            if (const auto& status = desktop_.controller().lockit().lockitSyncStatus())
+                banner_->show(Signal::none, translatedSentence(*status));
         // Many fields change at once; the window follows when they all stand.
         if (std::exchange(isUpdateScheduled_, true)) return;
         QMetaObject::invokeMethod(

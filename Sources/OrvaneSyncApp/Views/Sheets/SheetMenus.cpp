@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Sheets/SheetMenus.h"
 
 #include "OrvaneDesignKit/Icons.h"
+#include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
@@ -22,6 +23,11 @@ SheetActions addSheetActions(Desktop& desktop, QWidget* window, QMenu* clip, QMe
     actions.buildRoomTone = audio->addAction(QObject::tr("Build Room Tone…"), window,
                                              [&desktop, window] { showAtmoBuilder(desktop, window); });
     actions.buildRoomTone->setStatusTip(translated(desktop.command("buildAtmo").help));
+    audio->addAction(QObject::tr("Calibration…"), window, [&desktop, window] {
+        SettingsWindow settings(desktop, window);
+        settings.showTab(SettingPage::calibration);
+        settings.exec();
+    });
     const auto update = [&desktop, actions] {
         actions.renameClips->setEnabled(desktop.isEnabled("batchRename"));
         actions.buildRoomTone->setEnabled(desktop.isEnabled("scanAtmoCandidates"));

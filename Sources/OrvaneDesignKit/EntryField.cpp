@@ -12,14 +12,14 @@ namespace orvane::design {
 
 namespace {
 
-constexpr int narrowestLine = 56;
+constexpr int narrowestEntry = 56;
 
 } // namespace
 
 EntryField::EntryField(const QString& accessibleName, Commit commit, QWidget* parent)
     : QWidget(parent), commit_(std::move(commit)), row_(new QHBoxLayout), line_(field(accessibleName)),
       problem_(facts({})) {
-    line_->setMinimumWidth(narrowestLine);
+    line_->setMinimumWidth(narrowestEntry);
     line_->installEventFilter(this);
     QPalette red = problem_->palette();
     red.setColor(QPalette::WindowText, colour(Signal::missing));

@@ -5,6 +5,8 @@
 #include <QWidget>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace orvane::design {
 
@@ -39,18 +41,28 @@ void FlowLayout::setGeometry(const QRect& rect) {
 
 int FlowLayout::place(const QRect& within, bool isMeant) const {
     int x = within.x(), y = within.y(), lineHeight = 0;
+    std::vector<std::pair<QLayoutItem*, QRect>> line;
+    const auto endLine = [&] {
+        for (auto& [item, rect] : line) {
+            rect.moveTop(y + (lineHeight - rect.height()) / 2);
+            if (isMeant) item->setGeometry(rect);
+        }
+        line.clear();
+    };
     for (QLayoutItem* item : items_) {
         if (item->isEmpty()) continue;
         const QSize size(std::min(item->sizeHint().width(), within.width()), item->sizeHint().height());
         if (x > within.x() && x + size.width() > within.x() + within.width()) {
+            endLine();
             x = within.x();
             y += lineHeight + spacing();
             lineHeight = 0;
         }
-        if (isMeant) item->setGeometry({{x, y}, size});
+        line.emplace_back(item, QRect({x, y}, size));
         x += size.width() + spacing();
         lineHeight = std::max(lineHeight, size.height());
     }
+    endLine();
     return y + lineHeight - within.y();
 }
 

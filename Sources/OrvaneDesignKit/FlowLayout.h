@@ -5,7 +5,7 @@
 
 namespace orvane::design {
 
-/// Controls beside each other, in as many lines as the width asks for.
+/// Controls beside each other, in as many lines as the width asks for, centred in their line.
 class FlowLayout : public QLayout {
   public:
     explicit FlowLayout(QWidget* parent = nullptr);

@@ -13,10 +13,10 @@ namespace orvane {
 
 namespace {
 
-using Fields = std::map<std::string, std::string>;
+using ImportedFields = std::map<std::string, std::string>;
 
 /// The first number in a text.
-std::optional<int> numberIn(std::string_view text) {
+std::optional<int> firstNumberIn(std::string_view text) {
     const std::size_t begin = text.find_first_of("0123456789");
     if (begin == std::string_view::npos) return std::nullopt;
     const std::size_t end = text.find_first_not_of("0123456789", begin);
@@ -26,17 +26,17 @@ std::optional<int> numberIn(std::string_view text) {
     return static_cast<int>(*number);
 }
 
-platform::JSON forClip(const SyncGroup& group) {
+platform::JSON argumentsFor(const SyncGroup& group) {
     platform::JSON arguments = platform::JSON::object();
     arguments.set("groupID", group.id.text());
     return arguments;
 }
 
 /// Steps that hold for one clip rather than for the whole shoot.
-void addOwnSteps(const SyncGroup& group, const SyncDoubt& doubt, DoubtsPart::Doubt& shown) {
+void addStepsForClip(const SyncGroup& group, const SyncDoubt& doubt, DoubtsPart::Doubt& shown) {
     if (doubt.kind == SyncDoubt::Kind::mutedSpeech) {
-        if (const auto channel = numberIn(doubt.message)) {
-            platform::JSON arguments = forClip(group);
+        if (const auto channel = firstNumberIn(doubt.message)) {
+            platform::JSON arguments = argumentsFor(group);
             arguments.set("trackIndex", *channel);
             shown.steps.push_back({"Switch Channel " + std::to_string(*channel) + " On", "toggleTrackActive",
                                    std::move(arguments), false});
@@ -48,14 +48,14 @@ void addOwnSteps(const SyncGroup& group, const SyncDoubt& doubt, DoubtsPart::Dou
     }
 }
 
-std::string valueOf(const std::optional<Fields>& fields, std::string_view key) {
+std::string fieldOrEmpty(const std::optional<ImportedFields>& fields, std::string_view key) {
     if (!fields) return {};
     const auto found = fields->find(std::string(key));
     return found == fields->end() ? std::string() : found->second;
 }
 
-void addIfSaid(std::vector<std::pair<std::string, std::string>>& rows, std::string_view title,
-               const std::optional<std::string>& value) {
+void addNoteIfSaid(std::vector<std::pair<std::string, std::string>>& rows, std::string_view title,
+                   const std::optional<std::string>& value) {
     if (value && !platform::text::trimmed(*value).empty()) rows.emplace_back(title, *value);
 }
 
@@ -69,7 +69,7 @@ DoubtsPart DoubtsPart::of(const ImportController& controller, const SyncGroup& g
     for (const SyncDoubt& doubt : found->second) {
         Cure cure = cureInWords(doubt);
         Doubt shown{doubt.message, std::move(cure.text), std::move(cure.steps)};
-        addOwnSteps(group, doubt, shown);
+        addStepsForClip(group, doubt, shown);
         // Without folders nothing can be scanned again.
         if (!controller.scan().canScan())
             std::erase_if(shown.steps, [](const CureStep& step) { return step.scansAgain; });
@@ -113,16 +113,16 @@ MetadataPart MetadataPart::of(const ImportController& controller, const SyncGrou
                   {"Starts", startText(group.video)},
                   {"Length", lengthText(group.video)},
                   {"Picture", group.video.formatDescription()}};
-    addIfSaid(part.files, "Codec", group.video.videoCodecFourCC);
+    addNoteIfSaid(part.files, "Codec", group.video.videoCodecFourCC);
     if (const MediaAsset* audio = group.primaryAudio()) {
         part.files.emplace_back("Recording", names.of(*audio));
         part.files.emplace_back("Sound", audio->formatDescription());
-        addIfSaid(part.files, "Recorder", audio->bextOriginator);
+        addNoteIfSaid(part.files, "Recorder", audio->bextOriginator);
         if (const auto& ixml = audio->ixmlData) {
-            addIfSaid(part.files, "Scene", ixml->scene);
-            addIfSaid(part.files, "Take", ixml->take);
-            addIfSaid(part.files, "Roll", ixml->tape);
-            addIfSaid(part.files, "Project", ixml->project);
+            addNoteIfSaid(part.files, "Scene", ixml->scene);
+            addNoteIfSaid(part.files, "Take", ixml->take);
+            addNoteIfSaid(part.files, "Roll", ixml->tape);
+            addNoteIfSaid(part.files, "Project", ixml->project);
             if (ixml->isCircled()) part.files.emplace_back("Circled", "yes");
         }
     }
@@ -152,18 +152,19 @@ bool MetadataPart::operator==(const MetadataPart& other) const {
 NotesPart NotesPart::of(const ImportController& controller, const SyncGroup& group) {
     NotesPart part;
     const MediaAsset* audio = group.primaryAudio();
-    if (audio != nullptr && audio->ixmlData) addIfSaid(part.notes, "Sound recordist", audio->ixmlData->note);
+    if (audio != nullptr && audio->ixmlData)
+        addNoteIfSaid(part.notes, "Sound recordist", audio->ixmlData->note);
     if (group.aleMetadata)
         for (const auto& [key, value] : *group.aleMetadata) {
             const std::string lower = platform::text::lowercased(key);
             constexpr std::array<std::string_view, 4> written{"note", "comment", "description", "remark"};
             if (std::ranges::any_of(
                     written, [&](std::string_view word) { return lower.find(word) != std::string::npos; }))
-                addIfSaid(part.notes, "Report, " + key, value);
+                addNoteIfSaid(part.notes, "Report, " + key, value);
         }
     for (const LockitField field :
          {LockitField::shotDescription, LockitField::takeComment, LockitField::tags})
-        addIfSaid(part.notes, displayName(field), valueOf(group.lockitMetadata, rawValue(field)));
+        addNoteIfSaid(part.notes, displayName(field), fieldOrEmpty(group.lockitMetadata, rawValue(field)));
 
     const SlateResult* slate = controller.slates().result(group.id);
     part.isSearched = slate != nullptr;

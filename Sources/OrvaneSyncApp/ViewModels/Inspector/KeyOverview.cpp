@@ -8,7 +8,7 @@ namespace orvane {
 
 namespace {
 
-bool canAct(ShortcutAction action, const ReviewSituation& now) {
+bool actsNow(ShortcutAction action, const ReviewSituation& now) {
     using enum ShortcutAction;
     switch (action) {
     case undo:
@@ -94,7 +94,7 @@ std::vector<KeyGroup> keyOverview(const ShortcutBindings& bindings, const Review
             !shortcut.isUnbound() && actionFor(bindings, shortcut.key, shortcut.modifiers) == action;
         groups[static_cast<std::size_t>(category(action))].rows.push_back(
             {action, keyText(shortcut), std::string(label(action)), std::string(helpText(action)),
-             isReached && canAct(action, situation)});
+             isReached && actsNow(action, situation)});
     }
     std::erase_if(groups, [](const KeyGroup& group) { return group.rows.empty(); });
     return groups;

@@ -14,10 +14,9 @@ namespace orvane {
 
 namespace {
 
-using Certainty = OutlineModel::Certainty;
-
 /// The higher, the more it wants to be looked at.
-int urgency(Certainty certainty) {
+int urgencyInOutline(OutlineModel::Certainty certainty) {
+    using Certainty = OutlineModel::Certainty;
     switch (certainty) {
     case Certainty::missing:
         return 3;
@@ -42,11 +41,11 @@ bool areListedAlike(const SyncGroup& a, const SyncGroup& b) {
     return listing(a) == listing(b);
 }
 
-std::pair<ClipNamingSource, std::string> namingOf(const platform::SettingsStore& store) {
+std::pair<ClipNamingSource, std::string> outlineNamingOf(const platform::SettingsStore& store) {
     return {store.get(settings::clipNamingSource), store.get(settings::customNamingPattern)};
 }
 
-void addLine(std::string& text, const std::string& line) { text += (text.empty() ? "" : "\n") + line; }
+void addStatusLine(std::string& text, const std::string& line) { text += (text.empty() ? "" : "\n") + line; }
 
 } // namespace
 
@@ -71,7 +70,7 @@ void OutlineModel::setSearch(const std::string& text) {
 }
 
 void OutlineModel::followNaming() {
-    if (naming_ != namingOf(*controller_.work().environment.settings)) layOut();
+    if (naming_ != outlineNamingOf(*controller_.work().environment.settings)) layOut();
 }
 
 void OutlineModel::toggleFolded(std::size_t row) {
@@ -97,7 +96,7 @@ OutlineModel::Row OutlineModel::row(std::size_t index) const {
     row.certainty = Certainty::silent;
     for (const auto& clip : place.clips) {
         const Certainty own = ResultsViewModel::certaintyOf(*clip, doubts.contains(clip->id));
-        if (urgency(own) > urgency(row.certainty)) row.certainty = own;
+        if (urgencyInOutline(own) > urgencyInOutline(row.certainty)) row.certainty = own;
     }
     if (place.isTake) {
         row.facts = counted(static_cast<long long>(place.clips.size()), "camera", "cameras");
@@ -107,11 +106,11 @@ OutlineModel::Row OutlineModel::row(std::size_t index) const {
     const SyncGroup& clip = *place.clips.front();
     const std::string file = controller_.work().fileNames().of(clip.video);
     // A clip that is named after its file says it once.
-    if (!file.starts_with(place.label)) row.facts = file;
+    row.facts = file.starts_with(place.label) ? clip.matchStatus.label() : file;
     row.status = file;
-    addLine(row.status, matchText(clip, takeOf(clip, assumedChannels)));
+    addStatusLine(row.status, matchText(clip, takeOf(clip, assumedChannels)));
     if (const auto found = doubts.find(clip.id); found != doubts.end())
-        for (const SyncDoubt& doubt : found->second) addLine(row.status, doubt.message);
+        for (const SyncDoubt& doubt : found->second) addStatusLine(row.status, doubt.message);
     return row;
 }
 
@@ -173,7 +172,7 @@ void OutlineModel::follow(const ImportChange& change) {
 
 void OutlineModel::layOut() {
     const OpenWork& work = controller_.work();
-    naming_ = namingOf(*work.environment.settings);
+    naming_ = outlineNamingOf(*work.environment.settings);
     rows_.clear();
     order_.clear();
     rowByGroup_.clear();

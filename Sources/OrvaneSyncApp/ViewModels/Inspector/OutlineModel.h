@@ -21,7 +21,7 @@ class OutlineModel {
 
     struct Row {
         std::string label;
-        std::string facts;                        ///< the camera file; of a take how many cameras
+        std::string facts; ///< the camera file, or the status of a clip named after it; of a take its cameras
         std::string status;                       ///< in words, with the doubts; a line each
         Certainty certainty = Certainty::settled; ///< of a take that of its worst clip
         bool isApproved = false;                  ///< of a take: every clip is; so are the next two

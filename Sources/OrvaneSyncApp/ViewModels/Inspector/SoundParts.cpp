@@ -13,9 +13,9 @@ namespace orvane {
 
 namespace {
 
-constexpr double percent = 100;
+constexpr double inPercent = 100;
 
-std::string placeText(const AudioMatch& match, const SyncGroup& group) {
+std::string recordingPlaceText(const AudioMatch& match, const SyncGroup& group) {
     const double offset = match.syncOffsetSeconds + group.manualAudioOffsetSeconds;
     constexpr double atOnce = 0.0005;
     std::string text = std::abs(offset) < atOnce ? "begins with the picture"
@@ -28,7 +28,7 @@ std::string placeText(const AudioMatch& match, const SyncGroup& group) {
     return text;
 }
 
-std::string promptOf(const RecordingsPart& part, const SyncGroup& group) {
+std::string recordingsPromptOf(const RecordingsPart& part, const SyncGroup& group) {
     if (part.recordings.empty())
         return part.isMeantSilent ? "The clip is meant to have no sound."
                                   : "No recording lies under this clip. Attach one, or mark the clip as MOS.";
@@ -42,7 +42,7 @@ std::string promptOf(const RecordingsPart& part, const SyncGroup& group) {
 }
 
 /// Share of the take's routed time, by track.
-double shareOf(const SmartAudioResult& result, int track) {
+double shareOfTake(const SmartAudioResult& result, int track) {
     double own = 0, all = 0;
     for (const BlockDecision& block : result.blocks) {
         const double seconds = block.endSeconds - block.startSeconds;
@@ -53,7 +53,7 @@ double shareOf(const SmartAudioResult& result, int track) {
 }
 
 /// Those that are heard in the export.
-std::set<int> activeTracks(const SyncGroup& group, const SmartAudioResult* result) {
+std::set<int> exportedTracks(const SyncGroup& group, const SmartAudioResult* result) {
     if (!group.manualActiveTracks.empty() || result == nullptr) return group.manualActiveTracks;
     std::set<int> tracks;
     for (const BlockDecision& block : result->blocks)
@@ -63,12 +63,12 @@ std::set<int> activeTracks(const SyncGroup& group, const SmartAudioResult* resul
 }
 
 template <class Map>
-const typename Map::mapped_type* find(const Map& map, const UUID& id) {
+const typename Map::mapped_type* findByClip(const Map& map, const UUID& id) {
     const auto found = map.find(id);
     return found == map.end() ? nullptr : &found->second;
 }
 
-std::string kindText(const ChannelClassification& classified) {
+std::string channelKindText(const ChannelClassification& classified) {
     std::string text(rawValue(classified.kind));
     if (!classified.source.empty()) text += " · " + classified.source;
     return text;
@@ -86,11 +86,11 @@ RecordingsPart RecordingsPart::of(const ImportController& controller, const Sync
         Recording recording{recordingText(group, positions, names), {}};
         for (const std::size_t position : positions) {
             const AudioMatch& match = group.audioMatches[position];
-            recording.files.push_back({match.id, names.of(*match.audio), placeText(match, group)});
+            recording.files.push_back({match.id, names.of(*match.audio), recordingPlaceText(match, group)});
         }
         part.recordings.push_back(std::move(recording));
     }
-    part.prompt = promptOf(part, group);
+    part.prompt = recordingsPromptOf(part, group);
     return part;
 }
 
@@ -105,10 +105,10 @@ std::vector<Attachable> attachableTo(const ImportController& controller, const U
 
 ChannelsPart ChannelsPart::of(const ImportController& controller, const SyncGroup& group) {
     const SmartAudioState& state = controller.smartAudio().state();
-    const SmartAudioResult* result = find(state.results, group.id);
-    const int* solo = find(state.soloMonitorTracks, group.id);
+    const SmartAudioResult* result = findByClip(state.results, group.id);
+    const int* solo = findByClip(state.soloMonitorTracks, group.id);
     const Take take = takeOf(group, assumedChannels);
-    const std::set<int> active = activeTracks(group, result);
+    const std::set<int> active = exportedTracks(group, result);
     const std::vector<IXMLTrack> names = namedChannels(group, take);
     ChannelsPart part;
     part.isAnalysed = result != nullptr;
@@ -130,10 +130,10 @@ ChannelsPart ChannelsPart::of(const ImportController& controller, const SyncGrou
             const auto& kinds = result->channelClassifications;
             if (const auto kind = std::ranges::find(kinds, track, &ChannelClassification::trackIndex);
                 kind != kinds.end())
-                channel.kind = kindText(*kind);
+                channel.kind = channelKindText(*kind);
             if (!result->blocks.empty())
                 channel.share = "Algorithm picks this channel for " +
-                                formatted("%.0f", shareOf(*result, track) * percent) + "% of the take";
+                                formatted("%.0f", shareOfTake(*result, track) * inPercent) + "% of the take";
             const auto own = std::ranges::find(result->tracks, track, &TrackAdjustment::trackIndex);
             if (own != result->tracks.end() && own->volumeGainDB)
                 channel.gain = formatted("%+.1f dB", static_cast<double>(*own->volumeGainDB));
@@ -149,9 +149,10 @@ ChannelsPart ChannelsPart::of(const ImportController& controller, const SyncGrou
     if (state.isAnalyzing && !state.progress.phase.empty()) part.summary = state.progress.phase + "…";
     constexpr float musical = 0.3F;
     if (result != nullptr && result->stemMetrics && result->stemMetrics->musicProbability > musical)
-        part.music = "Music detected (" +
-                     formatted("%.0f", static_cast<double>(result->stemMetrics->musicProbability) * percent) +
-                     "%) — using conservative routing";
+        part.music =
+            "Music detected (" +
+            formatted("%.0f", static_cast<double>(result->stemMetrics->musicProbability) * inPercent) +
+            "%) — using conservative routing";
     return part;
 }
 

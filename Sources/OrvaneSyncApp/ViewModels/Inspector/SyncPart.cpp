@@ -11,14 +11,14 @@ namespace orvane {
 namespace {
 
 /// Without the unit, as a field shows it.
-std::string framesText(double seconds, double frameRate) {
+std::string offsetFramesText(double seconds, double frameRate) {
     std::string text = formatOffset(seconds, frameRate);
     text.pop_back();
     return text;
 }
 
-std::string beginsSentence(const SyncGroup& group) {
-    if (group.isMOS()) return "The clip has no sound. Attach a recording below.";
+std::string soundBeginsSentence(const SyncGroup& group) {
+    if (group.isMOS()) return "No sound. Attach a recording below.";
     std::string begins = beginsText(group, takeOf(group, assumedChannels));
     if (!begins.ends_with("picture")) begins += " picture";
     return "Sound begins " + begins;
@@ -34,9 +34,9 @@ SyncPart SyncPart::of(const SyncGroup& group) {
     part.isApproved = group.isApproved;
     part.frameRate = TimelineController::playerFrameRate(group);
     part.offsetSeconds = group.manualAudioOffsetSeconds;
-    part.offsetFrames = framesText(part.offsetSeconds, part.frameRate);
+    part.offsetFrames = offsetFramesText(part.offsetSeconds, part.frameRate);
     part.offsetInSeconds = formatted("%+.3f", part.offsetSeconds);
-    part.begins = beginsSentence(group);
+    part.begins = soundBeginsSentence(group);
     part.hasAnchor = group.audioAnchorOffsetInAudioSeconds.has_value();
     part.anchor = part.hasAnchor ? formatted("Clap point %.3f s into the recording",
                                              *group.audioAnchorOffsetInAudioSeconds)
@@ -48,7 +48,7 @@ SyncPart SyncPart::of(const SyncGroup& group) {
     part.updateAnchor = part.hasAnchor ? "Update Clap Point" : "Set Clap Point";
     part.lock = part.isLocked ? "Unlock sync verification" : "Lock sync as verified";
     if (part.isLocked && group.lockedAtManualOffset) {
-        const std::string locked = framesText(*group.lockedAtManualOffset, part.frameRate);
+        const std::string locked = offsetFramesText(*group.lockedAtManualOffset, part.frameRate);
         if (locked != part.offsetFrames) part.lockedAt = "It was locked at " + locked + " frames.";
     }
     return part;

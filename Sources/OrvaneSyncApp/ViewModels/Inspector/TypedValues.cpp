@@ -11,7 +11,7 @@ namespace orvane {
 namespace {
 
 /// The number without unit, with the signs and points that people type in the place of ASCII ones.
-std::optional<double> numberIn(std::string_view typed, std::string_view unit) {
+std::optional<double> typedNumberIn(std::string_view typed, std::string_view unit) {
     std::string text(platform::text::trimmed(typed));
     const std::string lower = platform::text::lowercased(text);
     if (lower.ends_with(platform::text::lowercased(unit))) text.resize(text.size() - unit.size());
@@ -21,7 +21,7 @@ std::optional<double> numberIn(std::string_view typed, std::string_view unit) {
     return platform::text::decimalNumber(platform::text::trimmed(text));
 }
 
-TypedNumber within(double seconds, double furthestSeconds) {
+TypedNumber withinReach(double seconds, double furthestSeconds) {
     if (std::abs(seconds) > furthestSeconds)
         return {{}, "The sound can be moved by " + formatted("%.0f hours at most.", furthestSeconds / 3600)};
     return {seconds, {}};
@@ -30,19 +30,19 @@ TypedNumber within(double seconds, double furthestSeconds) {
 } // namespace
 
 TypedNumber offsetFromFrames(std::string_view text, double frameRate, double furthestSeconds) {
-    const auto frames = numberIn(text, "f");
+    const auto frames = typedNumberIn(text, "f");
     if (!frames || *frames != std::round(*frames)) return {{}, "Type whole frames, such as +3 or -12."};
-    return within(*frames / exactRateValue(frameRate), furthestSeconds);
+    return withinReach(*frames / exactRateValue(frameRate), furthestSeconds);
 }
 
 TypedNumber offsetFromSeconds(std::string_view text, double furthestSeconds) {
-    const auto seconds = numberIn(text, "s");
+    const auto seconds = typedNumberIn(text, "s");
     if (!seconds) return {{}, "Type seconds, such as 0.12 or -1.5."};
-    return within(*seconds, furthestSeconds);
+    return withinReach(*seconds, furthestSeconds);
 }
 
 TypedNumber gainFromText(std::string_view text, double lowest, double highest) {
-    const auto gain = numberIn(text, "dB");
+    const auto gain = typedNumberIn(text, "dB");
     if (!gain) return {{}, "Type a gain in dB, such as -3.5."};
     if (*gain < lowest || *gain > highest)
         return {{},

@@ -16,22 +16,22 @@ using namespace design;
 
 namespace {
 
-constexpr double gainStep = 0.5; ///< dB
+constexpr double masterGainStep = 0.5; ///< dB
 
-QString lines(std::initializer_list<std::string> texts) {
+QString linesOf(std::initializer_list<std::string> texts) {
     QStringList filled;
     for (const std::string& one : texts)
         if (!one.empty()) filled << text(one);
     return filled.join(QLatin1Char('\n'));
 }
 
-void showOrHide(QLabel* label, const QString& text) {
+void showUnlessEmpty(QLabel* label, const QString& text) {
     label->setText(text);
     label->setVisible(!text.isEmpty());
 }
 
 /// Whether the click stands for the other meaning of a box: this channel alone.
-bool isAlone() { return QGuiApplication::keyboardModifiers().testFlag(Qt::AltModifier); }
+bool meansThisTrackAlone() { return QGuiApplication::keyboardModifiers().testFlag(Qt::AltModifier); }
 
 } // namespace
 
@@ -42,7 +42,9 @@ ChannelsSection::ChannelsSection(Desktop& desktop)
     rowLayout_ = new QVBoxLayout;
     rowLayout_->setSpacing(space::small);
     add(rowLayout_);
-    add(analyse_ = button(tr("Re-analyse this clip"), Glyph::waveform));
+    auto* buttons = new FlowLayout;
+    buttons->addWidget(analyse_ = button(tr("Re-analyse this clip"), Glyph::waveform));
+    add(buttons);
     analyse_->setToolTip(text(desktop.command("runSmartAudioForGroup").help));
     connect(analyse_, &QPushButton::clicked, this, [this] { analyse(); });
     question_ = new QFrame;
@@ -109,10 +111,11 @@ ChannelsSection::Row ChannelsSection::makeRow(int track) {
         tr("%1 With Alt: this track alone.").arg(text(desktop().command("toggleAlgorithmInclusion").help)));
     row.solo->setToolTip(text(desktop().command("toggleSoloMonitor").help));
     row.solo->setCheckable(true);
-    connect(row.isActive, &QCheckBox::clicked, this,
-            [this, track] { runForTrack(isAlone() ? "soloTrackActive" : "toggleTrackActive", track); });
+    connect(row.isActive, &QCheckBox::clicked, this, [this, track] {
+        runForTrack(meansThisTrackAlone() ? "soloTrackActive" : "toggleTrackActive", track);
+    });
     connect(row.isAllowed, &QCheckBox::clicked, this, [this, track] {
-        runForTrack(isAlone() ? "soloAlgorithmInclusion" : "toggleAlgorithmInclusion", track);
+        runForTrack(meansThisTrackAlone() ? "soloAlgorithmInclusion" : "toggleAlgorithmInclusion", track);
     });
     connect(row.solo, &QPushButton::clicked, this,
             [this, track] { runForTrack("toggleSoloMonitor", track); });
@@ -132,9 +135,10 @@ void ChannelsSection::fill(Row& row, const ChannelsPart::Channel& channel) {
     row.isAllowed->setAccessibleName(tr("Let the analysis use channel %1").arg(name));
     row.solo->setChecked(channel.isSolo);
     row.solo->setAccessibleName(tr("Hear channel %1 alone").arg(name));
-    showOrHide(row.kind, text(channel.kind));
-    showOrHide(row.share, lines({channel.share, channel.ranges,
-                                 channel.gain.empty() ? std::string() : "Recommended gain " + channel.gain}));
+    showUnlessEmpty(row.kind, text(channel.kind));
+    showUnlessEmpty(row.share,
+                    linesOf({channel.share, channel.ranges,
+                             channel.gain.empty() ? std::string() : "Recommended gain " + channel.gain}));
 }
 
 void ChannelsSection::show(const SyncGroup& clip) {
@@ -156,7 +160,7 @@ void ChannelsSection::show(const SyncGroup& clip) {
     }
     for (std::size_t i = 0; i < rows_.size(); ++i) fill(rows_[i], part.channels[i]);
     summary_->setText(part.channels.empty() ? tr("The clip has no sound.") : text(part.summary));
-    showOrHide(music_, text(part.music));
+    showUnlessEmpty(music_, text(part.music));
     analyse_->setText(part.isAnalysed ? tr("Re-analyse this clip") : tr("Analyse this clip"));
     analyse_->setEnabled(!part.channels.empty());
     const auto active = std::ranges::count(part.channels, true, &ChannelsPart::Channel::isActive);
@@ -178,7 +182,8 @@ LoudnessSection::LoudnessSection(Desktop& desktop)
         grid->addWidget(*value, row++, 1, Qt::AlignTop);
     }
     gain_ = new EntryField(tr("Set Master Gain"), [this](const QString& typed) { return setGain(typed); });
-    gain_->setSteps(tr("0.5 dB"), [this](int direction) { setGain(shown_->gainDB + direction * gainStep); });
+    gain_->setSteps(tr("0.5 dB"),
+                    [this](int direction) { setGain(shown_->gainDB + direction * masterGainStep); });
     grid->addWidget(facts(tr("Master Gain")), row, 0);
     grid->addWidget(gain_, row, 1);
     grid->setColumnStretch(1, 1);
@@ -218,6 +223,7 @@ void LoudnessSection::setGain(double gain) {
 void LoudnessSection::show(const SyncGroup& clip) {
     const LoudnessPart part = LoudnessPart::of(
         clip, MasterGain::Target::fromUserDefaults(desktop().settings()), calibration_->predictor());
+    reset_->setEnabled(!part.isAutomatic);
     if (shown_ == part) return;
     shown_ = part;
     source_->setText(text(part.source));
@@ -225,9 +231,8 @@ void LoudnessSection::show(const SyncGroup& clip) {
     target_->setText(text(part.target));
     forecast_->setText(part.forecast.empty() ? tr("after a measurement") : text(part.forecast));
     gain_->show(text(part.gain));
-    reset_->setEnabled(!part.isAutomatic);
-    showOrHide(warning_, text(part.warning));
-    showOrHide(estimation_, text(part.estimation));
+    showUnlessEmpty(warning_, text(part.warning));
+    showUnlessEmpty(estimation_, text(part.estimation));
     setSummary(part.isAutomatic ? text(part.gain) : tr("%1 by hand").arg(text(part.gain)));
 }
 

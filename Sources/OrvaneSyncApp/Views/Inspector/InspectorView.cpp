@@ -21,7 +21,7 @@ using namespace design;
 
 namespace {
 
-constexpr int narrowest = 260;
+constexpr int narrowestInspector = 260;
 
 bool concernsAClip(ImportField field) {
     switch (field) {
@@ -37,22 +37,30 @@ bool concernsAClip(ImportField field) {
     }
 }
 
+/// A text that wraps into another number of lines asks for room level by level, one turn of the loop each,
+/// which would be seen. From the innermost layout outwards it is one step.
+void settleLayouts(const QWidget& widget) {
+    for (const QObject* child : widget.children())
+        if (child->isWidgetType()) settleLayouts(*static_cast<const QWidget*>(child));
+    if (widget.layout() != nullptr) widget.layout()->activate();
+}
+
 } // namespace
 
 InspectorView::InspectorView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent)
     : QWidget(parent), desktop_(desktop), review_(std::move(review)) {
     setObjectName(QStringLiteral("inspector"));
-    setMinimumWidth(narrowest);
+    setMinimumWidth(narrowestInspector);
     pages_ = new QStackedLayout(this);
-    auto* all = new QWidget;
-    auto* column = new QVBoxLayout(all);
+    content_ = new QWidget;
+    auto* column = new QVBoxLayout(content_);
     column->setContentsMargins(0, space::small, 0, space::medium);
     column->setSpacing(space::tight);
     auto* head = new QVBoxLayout;
     head->setContentsMargins(space::medium, 0, space::small, 0);
     head->setSpacing(space::tight);
     head->addWidget(title_ = title({}));
-    title_->setWordWrap(true);
+    title_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // it is elided, and widens nothing
     head->addWidget(status_ = new Badge);
     column->addLayout(head);
     sections_ = {
@@ -68,7 +76,7 @@ InspectorView::InspectorView(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
     scroll->setVerticalScrollBarPolicy(
         Qt::ScrollBarAlwaysOn); // so that texts do not wrap anew while one folds
     scroll->setFocusPolicy(Qt::NoFocus);
-    scroll->setWidget(all);
+    scroll->setWidget(content_);
     pages_->addWidget(scroll);
     pages_->addWidget(
         new EmptyState(Glyph::film, tr("No clip"), tr("Choose a clip from the list at the left.")));
@@ -94,10 +102,23 @@ void InspectorView::refresh() {
     if (clip == nullptr) return;
     const auto certainty =
         ResultsViewModel::certaintyOf(*clip, desktop_.controller().doubts().byGroup.contains(clip->id));
-    title_->setText(
-        breakable(exportedName(desktop_.controller(), *clip, GroupNaming::manualName(*clip).value_or(""))));
+    name_ = text(exportedName(desktop_.controller(), *clip, GroupNaming::manualName(*clip).value_or("")));
+    showTitle();
     status_->show(signal(certainty), text(clip->matchStatus.label()));
     for (InspectorSection* section : sections_) section->showClip(*clip);
+    settleLayouts(*content_);
+}
+
+void InspectorView::showTitle() {
+    const int room = width() - 3 * space::medium;
+    title_->setText(title_->fontMetrics().elidedText(name_, Qt::ElideMiddle, room));
+    title_->setToolTip(name_);
+    title_->setAccessibleName(name_);
+}
+
+void InspectorView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    showTitle();
 }
 
 void InspectorView::showEvent(QShowEvent* event) {

@@ -22,16 +22,20 @@ class InspectorView : public QWidget {
 
   protected:
     void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     bool event(QEvent* event) override;
 
   private:
     void scheduleRefresh();
     void refresh();
+    void showTitle();
 
     Desktop& desktop_;
     const std::shared_ptr<ReviewViewModel> review_;
     QStackedLayout* pages_;
+    QWidget* content_; ///< what scrolls
     QLabel* title_;
+    QString name_; ///< as it is exported
     design::Badge* status_;
     std::vector<InspectorSection*> sections_;
     bool isScheduled_ = false;

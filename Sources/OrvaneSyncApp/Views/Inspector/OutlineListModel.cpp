@@ -12,11 +12,11 @@ using namespace design;
 
 namespace {
 
-constexpr int rowHeight = 44;
-constexpr int glyphSide = 14;
-constexpr int foldWidth = 24;
+constexpr int outlineRowHeight = 44;
+constexpr int outlineGlyphSide = 14;
+constexpr int outlineFoldWidth = 24;
 
-QString words(const OutlineModel::Row& row) {
+QString spokenRow(const OutlineModel::Row& row) {
     QStringList all{text(row.label)};
     if (!row.facts.empty()) all << text(row.facts);
     if (row.isLocked) all << QObject::tr("locked");
@@ -42,7 +42,7 @@ QVariant OutlineListModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
         return text(shown.label);
     case Qt::AccessibleTextRole:
-        return words(shown);
+        return spokenRow(shown);
     case Qt::AccessibleDescriptionRole:
     case Qt::ToolTipRole:
         return text(shown.status);
@@ -90,24 +90,28 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     QRect inner = option.rect.adjusted(space::tight, 0, -space::small, 0);
     if (row.isTake)
         draw(*painter, row.isFolded ? Glyph::folded : Glyph::unfolded,
-             QRectF(inner.left() + 2, inner.center().y() - glyphSide / 2.0, glyphSide, glyphSide), weak);
-    inner.setLeft(inner.left() + foldWidth + (row.isInTake ? space::medium : 0));
+             QRectF(inner.left() + 2, inner.center().y() - outlineGlyphSide / 2.0, outlineGlyphSide,
+                    outlineGlyphSide),
+             weak);
+    inner.setLeft(inner.left() + outlineFoldWidth + (row.isInTake ? space::medium : 0));
 
     // The glyph is not told by its colour alone.
     const Signal sign = signal(row.certainty);
     if (sign != Signal::none)
         draw(*painter, glyph(sign),
-             QRectF(inner.left(), inner.center().y() - glyphSide / 2.0, glyphSide, glyphSide),
+             QRectF(inner.left(), inner.center().y() - outlineGlyphSide / 2.0, outlineGlyphSide,
+                    outlineGlyphSide),
              isSelected ? all.onSelected : colour(sign));
-    inner.setLeft(inner.left() + glyphSide + space::small);
+    inner.setLeft(inner.left() + outlineGlyphSide + space::small);
 
     int right = inner.right();
     for (const auto& [isSet, mark] :
          {std::pair(row.isExcluded, Glyph::excluded), std::pair(row.isLocked, Glyph::lock),
           std::pair(row.isApproved, Glyph::approve)}) {
         if (!isSet) continue;
-        right -= glyphSide;
-        draw(*painter, mark, QRectF(right, inner.center().y() - glyphSide / 2.0, glyphSide, glyphSide),
+        right -= outlineGlyphSide;
+        draw(*painter, mark,
+             QRectF(right, inner.center().y() - outlineGlyphSide / 2.0, outlineGlyphSide, outlineGlyphSide),
              strong);
         right -= space::tight;
     }
@@ -134,11 +138,11 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
 }
 
 QSize OutlineDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const {
-    return {1, rowHeight};
+    return {1, outlineRowHeight};
 }
 
 bool OutlineDelegate::isFold(const QRect& row, const QPoint& at) {
-    return at.x() < row.left() + space::tight + foldWidth;
+    return at.x() < row.left() + space::tight + outlineFoldWidth;
 }
 
 } // namespace orvane::views

@@ -17,7 +17,7 @@ using namespace design;
 
 namespace {
 
-constexpr int narrowestList = 180;
+constexpr int narrowestOutline = 180;
 
 /// A click or Return opens a row; a click on the triangle, Left and Right fold it.
 class OutlineList : public QListView {
@@ -52,7 +52,7 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
     : QWidget(parent), rows_(desktop.controller()), choose_(std::move(choose)),
       model_(new OutlineListModel(rows_, this)) {
     setObjectName(QStringLiteral("outline"));
-    setMinimumWidth(narrowestList);
+    setMinimumWidth(narrowestOutline);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(space::small, space::small, 0, 0);
     column->setSpacing(space::small);

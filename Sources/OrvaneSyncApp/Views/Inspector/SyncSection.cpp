@@ -11,9 +11,9 @@ using namespace design;
 
 namespace {
 
-constexpr double secondsStep = 0.01;
+constexpr double offsetStepSeconds = 0.01;
 
-QString methodName(SyncMethod method) { return text(label(method)); }
+QString syncMethodText(SyncMethod method) { return text(label(method)); }
 
 } // namespace
 
@@ -25,7 +25,7 @@ SyncSection::SyncSection(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
     method_->setAccessibleName(tr("Sync Method"));
     method_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     for (const SyncMethod method : allSyncMethods) {
-        method_->addItem(methodName(method));
+        method_->addItem(syncMethodText(method));
         method_->setItemData(method_->count() - 1, text(description(method)), Qt::ToolTipRole);
     }
     connect(method_, &QComboBox::activated, this, [this](int index) {
@@ -52,7 +52,7 @@ void SyncSection::makeOffset() {
     seconds_ = new EntryField(tr("Offset in seconds"), [this](const QString& typed) {
         return moveTo(offsetFromSeconds(utf8(typed), furthest));
     });
-    seconds_->setSteps(tr("10 ms"), [this](int direction) { moveBy(direction * secondsStep); });
+    seconds_->setSteps(tr("10 ms"), [this](int direction) { moveBy(direction * offsetStepSeconds); });
     auto* grid = new QGridLayout;
     grid->setHorizontalSpacing(space::small);
     for (const auto& [row, name, field] :
@@ -65,7 +65,9 @@ void SyncSection::makeOffset() {
     grid->setColumnStretch(1, 1);
     add(facts(tr("Offset by hand, on top of the match")));
     add(grid);
-    add(commandButton("resetAudioOffset"));
+    auto* reset = new FlowLayout;
+    reset->addWidget(commandButton("resetAudioOffset"));
+    add(reset);
 }
 
 void SyncSection::makeAnchor() {

@@ -16,22 +16,22 @@ using namespace design;
 
 namespace {
 
-constexpr int rowHeight = 22;
-constexpr int columnWidth = 340;
-constexpr int keyWidth = 108;
-constexpr int shade = 235; ///< of 255: the screen below shines through a little
+constexpr int keyRowHeight = 22;
+constexpr int keyColumnWidth = 340;
+constexpr int keyNameWidth = 108;
+constexpr int keyShade = 235; ///< of 255: the screen below shines through a little
 
-bool editsText(const QWidget* widget) {
+bool takesTypedText(const QWidget* widget) {
     return widget != nullptr && widget->testAttribute(Qt::WA_InputMethodEnabled) &&
            !widget->property("readOnly").toBool();
 }
 
-bool isModifier(int key) {
+bool isModifierKey(int key) {
     return key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt || key == Qt::Key_Meta ||
            key == Qt::Key_AltGr;
 }
 
-int heightOf(const KeyGroup& group) { return (static_cast<int>(group.rows.size()) + 2) * rowHeight; }
+int heightOfKeys(const KeyGroup& group) { return (static_cast<int>(group.rows.size()) + 2) * keyRowHeight; }
 
 } // namespace
 
@@ -87,7 +87,7 @@ bool KeyOverlay::eventFilter(QObject* watched, QEvent* event) {
     const auto* key = static_cast<QKeyEvent*>(event);
     if (isVisible()) {
         // The key that closes does nothing else, not as a shortcut either.
-        if (isModifier(key->key())) return false;
+        if (isModifierKey(key->key())) return false;
         if (type == QEvent::ShortcutOverride)
             event->accept();
         else
@@ -95,7 +95,7 @@ bool KeyOverlay::eventFilter(QObject* watched, QEvent* event) {
         return true;
     }
     if (type != QEvent::KeyPress || key->text() != QStringLiteral("?") || !over_->isVisible() ||
-        QApplication::activeWindow() != over_->window() || editsText(QApplication::focusWidget()))
+        QApplication::activeWindow() != over_->window() || takesTypedText(QApplication::focusWidget()))
         return false;
     open();
     return true;
@@ -107,46 +107,48 @@ void KeyOverlay::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     const Colours& all = colours();
     QColor ground = all.window;
-    ground.setAlpha(shade);
+    ground.setAlpha(keyShade);
     painter.fillRect(rect(), ground);
     // Groups go into the columns one after the other, each into the first that has room.
-    const int top = space::large + 2 * rowHeight;
+    const int top = space::large + 2 * keyRowHeight;
     const int room = height() - top - space::medium;
-    const int columns = std::max(1, (width() - space::medium) / columnWidth);
+    const int columns = std::max(1, (width() - space::medium) / keyColumnWidth);
     std::vector<int> used(static_cast<std::size_t>(columns), 0);
-    const int left = std::max<int>((width() - columns * columnWidth) / 2, space::medium);
+    const int left = std::max<int>((width() - columns * keyColumnWidth) / 2, space::medium);
     painter.setFont(titleFont());
     painter.setPen(all.text);
-    painter.drawText(QRect(left, space::medium, width() - 2 * left, 2 * rowHeight), Qt::AlignVCenter,
+    painter.drawText(QRect(left, space::medium, width() - 2 * left, 2 * keyRowHeight), Qt::AlignVCenter,
                      tr("Keys"));
     painter.setFont(factsFont());
     painter.setPen(all.facts);
     painter.drawText(
-        QRect(left + keyWidth, space::medium, width() - left - keyWidth, 2 * rowHeight), Qt::AlignVCenter,
+        QRect(left + keyNameWidth, space::medium, width() - left - keyNameWidth, 2 * keyRowHeight),
+        Qt::AlignVCenter,
         tr("Grey: does nothing at the moment. Any key closes this. Settings > Keyboard changes them."));
     for (const KeyGroup& group : groups_) {
-        auto column = std::ranges::find_if(used, [&](int y) { return y + heightOf(group) <= room; });
+        auto column = std::ranges::find_if(used, [&](int y) { return y + heightOfKeys(group) <= room; });
         if (column == used.end()) column = std::ranges::min_element(used);
-        const int x = left + static_cast<int>(column - used.begin()) * columnWidth;
+        const int x = left + static_cast<int>(column - used.begin()) * keyColumnWidth;
         int y = top + *column;
         QFont bold = textFont();
         bold.setWeight(QFont::DemiBold);
         painter.setFont(bold);
         painter.setPen(all.text);
-        painter.drawText(QRect(x, y, columnWidth, rowHeight), Qt::AlignVCenter, text(group.title));
-        y += rowHeight;
+        painter.drawText(QRect(x, y, keyColumnWidth, keyRowHeight), Qt::AlignVCenter, text(group.title));
+        y += keyRowHeight;
         for (const KeyGroup::Row& row : group.rows) {
             painter.setPen(row.acts ? all.text : all.disabled);
             painter.setFont(factsFont());
-            painter.drawText(QRect(x, y, keyWidth, rowHeight), Qt::AlignVCenter, text(row.key));
+            painter.drawText(QRect(x, y, keyNameWidth, keyRowHeight), Qt::AlignVCenter, text(row.key));
             painter.setFont(textFont());
-            const QRect place(x + keyWidth, y, columnWidth - keyWidth - space::medium, rowHeight);
+            const QRect place(x + keyNameWidth, y, keyColumnWidth - keyNameWidth - space::medium,
+                              keyRowHeight);
             painter.drawText(
                 place, Qt::AlignVCenter,
                 painter.fontMetrics().elidedText(text(row.label), Qt::ElideRight, place.width()));
-            y += rowHeight;
+            y += keyRowHeight;
         }
-        *column += heightOf(group);
+        *column += heightOfKeys(group);
     }
 }
 

@@ -69,7 +69,7 @@ class FeedbackSheet : public Sheet {
         add(along);
         add(where_ = facts({}));
         addClose(tr("Cancel"));
-        send_ = addButton(tr("Send"), Weight::primary);
+        send_ = addButton(tr("Save…"), Weight::primary);
         send_->setEnabled(false);
         connect(send_, &QPushButton::clicked, this, [this] { url_.empty() ? save() : send(); });
         connect(message_, &QPlainTextEdit::textChanged, this, [this] { showState(); });
@@ -90,7 +90,7 @@ class FeedbackSheet : public Sheet {
 
   private:
     void showState() {
-        send_->setText(url_.empty() && isReady_ ? tr("Save…") : tr("Send"));
+        send_->setText(url_.empty() ? tr("Save…") : tr("Send"));
         send_->setEnabled(isReady_ && !isUnderWay_ && !message_->toPlainText().trimmed().isEmpty());
         if (!isReady_) return;
         where_->setText(

@@ -14,7 +14,6 @@
 #include <QApplication>
 #include <QDialog>
 #include <QDir>
-#include <QTabWidget>
 #include <QTableView>
 #include <QTimer>
 
@@ -90,9 +89,8 @@ class Walk : public QTimer {
         });
         then([this] {
             SettingsWindow settings(window_.desktop(), &window_);
-            auto* tabs = settings.findChild<QTabWidget*>();
-            for (int tab = 0; tab < tabs->count(); ++tab) {
-                tabs->setCurrentIndex(tab);
+            for (int tab = 0; tab < settings.tabCount(); ++tab) {
+                settings.showTab(tab);
                 grab(settings, QStringLiteral("settings-%1").arg(tab));
             }
         });

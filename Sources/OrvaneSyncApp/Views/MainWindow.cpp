@@ -121,7 +121,9 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     };
     review_->openTake = [this](const std::vector<UUID>& cameras) { openMulticam(cameras); };
     results_->openMulticam = [this] { openCamerasOfSelected(); };
-    connect(results_->table(), &QTableView::activated, this, [this] { openSelected(); });
+    // The key press that opens a clip is over before the review takes keys: Return means another thing there.
+    connect(
+        results_->table(), &QTableView::activated, this, [this] { openSelected(); }, Qt::QueuedConnection);
     observe();
     reviewActions_->setInFront(false, false);
     restorePlaces();
@@ -299,9 +301,10 @@ void MainWindow::showPage() {
     if (isPlayingScreen() && page != review_ && page != multicam_) return showResults();
     if (pages_->currentWidget() == page) return;
     pages_->setCurrentWidget(page);
-    if (page == results_)
+    if (page == results_) {
         results_->table()->setFocus();
-    else
+        if (results_->selectedClips().empty()) results_->table()->selectRow(0); // Return opens it
+    } else
         page->setFocus();
 }
 

@@ -7,6 +7,7 @@
 #include "OrvaneSyncApp/ViewModels/Inspector/SoundParts.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/SyncPart.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/TypedValues.h"
+#include "OrvaneSyncApp/ViewModels/Results/Questions.h"
 #include "Support/Assets.h"
 
 #include <algorithm>
@@ -157,10 +158,15 @@ TEST_F(InspectorModelTest, channelsAndLoudnessSayWhatIsHeard) {
     ChannelsPart part = ChannelsPart::of(*controller_, group(a_));
     ASSERT_EQ(part.channels.size(), 2U);
     EXPECT_TRUE(part.channels[0].isActive && part.channels[1].isActive) << "without a choice all are heard";
+    EXPECT_FALSE(questionBeforeAnalysis(controller_->work().syncGroups()));
     finish(controller_->tracks().toggleTrackActive(a_, 1));
+    const auto question = questionBeforeAnalysis(controller_->work().syncGroups());
+    ASSERT_TRUE(question) << "an analysis could take the choice away";
+    EXPECT_TRUE(question->text.starts_with("1 clip have channels you set by hand.")) << question->text;
     part = ChannelsPart::of(*controller_, group(a_));
     EXPECT_FALSE(part.channels[0].isActive);
     EXPECT_TRUE(part.channels[1].isActive && part.isChosenByHand);
+    EXPECT_EQ(part.summary, "Tracks chosen by hand");
 
     const auto target = MasterGain::Target::fromUserDefaults(*settings_);
     EXPECT_FALSE(LoudnessPart::of(group(a_), target, SmartAudioPredictor()).isMeasured);
@@ -195,7 +201,7 @@ TEST_F(InspectorModelTest, namesMetadataAndDoubtsReadAsInTheWindow) {
     const DoubtsPart doubts = DoubtsPart::of(*controller_, group(a_));
     ASSERT_FALSE(doubts.doubts.empty());
     for (const auto& doubt : doubts.doubts) {
-        EXPECT_EQ(doubt.cure.find("--"), std::string::npos) << doubt.cure;
+        EXPECT_EQ((doubt.message + doubt.cure).find("--"), std::string::npos) << doubt.message << doubt.cure;
         EXPECT_TRUE(std::ranges::none_of(doubt.steps, &CureStep::scansAgain)) << "there is no folder to scan";
     }
 }

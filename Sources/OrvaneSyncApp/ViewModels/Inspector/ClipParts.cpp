@@ -68,7 +68,7 @@ DoubtsPart DoubtsPart::of(const ImportController& controller, const SyncGroup& g
     if (found == all.end()) return part;
     for (const SyncDoubt& doubt : found->second) {
         Cure cure = cureInWords(doubt);
-        Doubt shown{doubt.message, std::move(cure.text), std::move(cure.steps)};
+        Doubt shown{messageInWords(doubt), std::move(cure.text), std::move(cure.steps)};
         addStepsForClip(group, doubt, shown);
         // Without folders nothing can be scanned again.
         if (!controller.scan().canScan())

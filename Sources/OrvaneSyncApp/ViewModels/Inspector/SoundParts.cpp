@@ -1,13 +1,12 @@
 #include "OrvaneSyncApp/ViewModels/Inspector/SoundParts.h"
 
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
-#include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncApp/ViewModels/Timeline/TimelineRows.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <algorithm>
 #include <cmath>
-#include <set>
 
 namespace orvane {
 
@@ -41,39 +40,6 @@ std::string recordingsPromptOf(const RecordingsPart& part, const SyncGroup& grou
     return "";
 }
 
-/// Share of the take's routed time, by track.
-double shareOfTake(const SmartAudioResult& result, int track) {
-    double own = 0, all = 0;
-    for (const BlockDecision& block : result.blocks) {
-        const double seconds = block.endSeconds - block.startSeconds;
-        all += seconds;
-        if (block.activeTrack == track) own += seconds;
-    }
-    return all > 0 ? own / all : 0;
-}
-
-/// Those that are heard in the export.
-std::set<int> exportedTracks(const SyncGroup& group, const SmartAudioResult* result) {
-    if (!group.manualActiveTracks.empty() || result == nullptr) return group.manualActiveTracks;
-    std::set<int> tracks;
-    for (const BlockDecision& block : result->blocks)
-        if (block.activeTrack > 0) tracks.insert(block.activeTrack);
-    if (tracks.empty() && result->bestTrackIndex) tracks.insert(*result->bestTrackIndex);
-    return tracks;
-}
-
-template <class Map>
-const typename Map::mapped_type* findByClip(const Map& map, const UUID& id) {
-    const auto found = map.find(id);
-    return found == map.end() ? nullptr : &found->second;
-}
-
-std::string channelKindText(const ChannelClassification& classified) {
-    std::string text(rawValue(classified.kind));
-    if (!classified.source.empty()) text += " · " + classified.source;
-    return text;
-}
-
 } // namespace
 
 RecordingsPart RecordingsPart::of(const ImportController& controller, const SyncGroup& group) {
@@ -105,48 +71,30 @@ std::vector<Attachable> attachableTo(const ImportController& controller, const U
 
 ChannelsPart ChannelsPart::of(const ImportController& controller, const SyncGroup& group) {
     const SmartAudioState& state = controller.smartAudio().state();
-    const SmartAudioResult* result = findByClip(state.results, group.id);
-    const int* solo = findByClip(state.soloMonitorTracks, group.id);
-    const Take take = takeOf(group, assumedChannels);
-    const std::set<int> active = exportedTracks(group, result);
-    const std::vector<IXMLTrack> names = namedChannels(group, take);
+    const auto found = state.results.find(group.id);
+    const SmartAudioResult* result = found == state.results.end() ? nullptr : &found->second;
     ChannelsPart part;
     part.isAnalysed = result != nullptr;
     part.isChosenByHand = group.hasManualTrackEdits();
-    for (int track = 1; track <= take.channelCount; ++track) {
+    for (const TimelineChannel& of : timelineChannels(group, state)) {
         Channel channel;
-        channel.track = track;
-        channel.name = std::to_string(track);
-        if (const auto named = std::ranges::find(names, track, &IXMLTrack::channelIndex);
-            named != names.end())
-            channel.name += "  " + named->name;
-        channel.isActive = active.empty() || active.contains(track);
-        channel.isAllowed = !group.algorithmExcludedTracks.contains(track);
-        channel.isSolo = solo != nullptr && *solo == track;
-        if (const auto count =
-                std::ranges::count(group.manualBlockOverrides, track, &BlockOverride::trackIndex))
-            channel.ranges = std::to_string(count) + " manual range override(s) on this channel";
+        channel.track = of.track;
+        channel.name = std::to_string(of.track);
+        if (of.isNamed) channel.name += "  " + of.name;
+        channel.kind = of.kindAndWhyText();
+        channel.share = of.shareText();
+        channel.ranges = of.rangesText();
+        channel.isActive = of.isActive;
+        channel.isAllowed = of.isUsedByAlgorithm;
+        channel.isSolo = of.isSolo;
         if (result != nullptr) {
-            const auto& kinds = result->channelClassifications;
-            if (const auto kind = std::ranges::find(kinds, track, &ChannelClassification::trackIndex);
-                kind != kinds.end())
-                channel.kind = channelKindText(*kind);
-            if (!result->blocks.empty())
-                channel.share = "Algorithm picks this channel for " +
-                                formatted("%.0f", shareOfTake(*result, track) * inPercent) + "% of the take";
-            const auto own = std::ranges::find(result->tracks, track, &TrackAdjustment::trackIndex);
+            const auto own = std::ranges::find(result->tracks, of.track, &TrackAdjustment::trackIndex);
             if (own != result->tracks.end() && own->volumeGainDB)
                 channel.gain = formatted("%+.1f dB", static_cast<double>(*own->volumeGainDB));
         }
         part.channels.push_back(std::move(channel));
     }
-    const auto mode = controller.work().environment.settings->get(settings::bestChannelMode);
-    part.summary = result == nullptr ? "All tracks active — run Smart Audio for recommendation"
-                   : mode == BestChannelMode::perClip && result->bestTrackIndex
-                       ? "Smart Audio chose Track " + std::to_string(*result->bestTrackIndex)
-                       : "Smart Audio active";
-    if (result == nullptr && !group.manualActiveTracks.empty()) part.summary = "Tracks chosen by hand";
-    if (state.isAnalyzing && !state.progress.phase.empty()) part.summary = state.progress.phase + "…";
+    part.summary = smartAudioSummary(group, state, *controller.work().environment.settings);
     constexpr float musical = 0.3F;
     if (result != nullptr && result->stemMetrics && result->stemMetrics->musicProbability > musical)
         part.music =

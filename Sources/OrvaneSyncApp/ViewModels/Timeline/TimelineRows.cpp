@@ -32,51 +32,18 @@ void addLine(std::string& text, const std::string& line) {
     text += line;
 }
 
+/// Null where the clip was not analysed.
+const SmartAudioResult* resultOf(const SmartAudioState& smartAudio, const UUID& groupID) {
+    const auto found = smartAudio.results.find(groupID);
+    return found == smartAudio.results.end() ? nullptr : &found->second;
+}
+
 /// What of the take's block time is routed to each track, in seconds.
 std::map<int, double> secondsByTrack(const std::vector<BlockDecision>& blocks) {
     std::map<int, double> seconds;
     for (const BlockDecision& block : blocks)
         seconds[block.activeTrack] += block.endSeconds - block.startSeconds;
     return seconds;
-}
-
-std::vector<TimelineChannel> channelsOf(const SyncGroup& group, const Take& take,
-                                        const SmartAudioState& smartAudio, const SmartAudioResult* result) {
-    std::vector<TimelineChannel> channels;
-    for (int track = 1; track <= take.channelCount; ++track)
-        channels.push_back({.track = track, .name = "Track " + std::to_string(track)});
-    const auto at = [&](int track) {
-        return track >= 1 && track <= take.channelCount ? &channels[static_cast<std::size_t>(track - 1)]
-                                                        : nullptr;
-    };
-    for (const IXMLTrack& named : namedChannels(group, take))
-        if (auto* channel = at(named.channelIndex)) channel->name = named.name;
-    if (result != nullptr) {
-        for (const ChannelClassification& one : result->channelClassifications)
-            if (auto* channel = at(one.trackIndex)) {
-                channel->kind = one.kind;
-                channel->why = one.source;
-            }
-        const auto seconds = secondsByTrack(result->blocks);
-        double all = 0;
-        for (const auto& [track, part] : seconds) all += part;
-        constexpr double percent = 100;
-        for (TimelineChannel& channel : channels) {
-            const auto found = seconds.find(channel.track);
-            const double part = found == seconds.end() ? 0 : found->second;
-            if (all > 0) channel.sharePercent = static_cast<int>(std::lround(part / all * percent));
-        }
-    }
-    const auto solo = smartAudio.soloMonitorTracks.find(group.id);
-    const std::set<int> active = activeTracks(group, result);
-    for (TimelineChannel& channel : channels) {
-        channel.isUsedByAlgorithm = !group.algorithmExcludedTracks.contains(channel.track);
-        channel.isActive = active.contains(channel.track);
-        channel.isSolo = solo != smartAudio.soloMonitorTracks.end() && solo->second == channel.track;
-        channel.rangeCount = static_cast<int>(
-            std::ranges::count(group.manualBlockOverrides, channel.track, &BlockOverride::trackIndex));
-    }
-    return channels;
 }
 
 /// The files of the take have their channels; what else the clip has lies on lanes.
@@ -98,19 +65,6 @@ void addRecordings(TimelineRows& rows, const SyncGroup& group, const Take& take,
     }
 }
 
-std::string summaryOf(const SmartAudioState& state, const SmartAudioResult* result, BestChannelMode mode) {
-    if (state.isAnalyzing && state.progress.total > 0) {
-        constexpr double percent = 100;
-        return "Smart Audio listens to " + state.progress.phase + " · " +
-               std::to_string(state.progress.current) + " of " + std::to_string(state.progress.total) +
-               formatted(" · %.0f %%", state.progress.fraction * percent);
-    }
-    if (result == nullptr) return "All tracks active — run Smart Audio for recommendation";
-    if (mode == BestChannelMode::perClip && result->bestTrackIndex)
-        return "Smart Audio chose Track " + std::to_string(*result->bestTrackIndex);
-    return "Smart Audio active";
-}
-
 } // namespace
 
 std::string TimelineChannel::kindText() const {
@@ -128,13 +82,23 @@ std::string TimelineChannel::kindText() const {
     return "Unknown";
 }
 
+std::string TimelineChannel::kindAndWhyText() const {
+    return kindText() + (kind && !why.empty() ? " · " + why : "");
+}
+
+std::string TimelineChannel::shareText() const {
+    return sharePercent
+               ? "Algorithm picks this channel for " + std::to_string(*sharePercent) + "% of the take"
+               : "";
+}
+
+std::string TimelineChannel::rangesText() const {
+    return rangeCount > 0 ? std::to_string(rangeCount) + " manual range override(s) on this channel" : "";
+}
+
 std::string TimelineChannel::tooltip() const {
     std::string text = "T" + std::to_string(track) + " " + name;
-    addLine(text, kindText().empty() ? "" : kindText() + (why.empty() ? "" : " · " + why));
-    if (sharePercent)
-        addLine(text, "Algorithm picks this channel for " + std::to_string(*sharePercent) + "% of the take");
-    if (rangeCount > 0)
-        addLine(text, std::to_string(rangeCount) + " manual range override(s) on this channel");
+    for (const std::string& line : {kindAndWhyText(), shareText(), rangesText()}) addLine(text, line);
     return text;
 }
 
@@ -178,6 +142,66 @@ std::string TimelineRows::tooltip(const TimelineRecording& recording) const {
     return recording.name + "\n" + spanText(recording.startSeconds, recording.endSeconds);
 }
 
+std::vector<TimelineChannel> timelineChannels(const SyncGroup& group, const SmartAudioState& smartAudio) {
+    const Take take = takeOf(group, assumedChannels);
+    const SmartAudioResult* result = resultOf(smartAudio, group.id);
+    std::vector<TimelineChannel> channels;
+    for (int track = 1; track <= take.channelCount; ++track)
+        channels.push_back({.track = track, .name = "Track " + std::to_string(track)});
+    const auto at = [&](int track) {
+        return track >= 1 && track <= take.channelCount ? &channels[static_cast<std::size_t>(track - 1)]
+                                                        : nullptr;
+    };
+    for (const IXMLTrack& named : namedChannels(group, take))
+        if (auto* channel = at(named.channelIndex)) {
+            channel->name = named.name;
+            channel->isNamed = true;
+        }
+    if (result != nullptr) {
+        for (const ChannelClassification& one : result->channelClassifications)
+            if (auto* channel = at(one.trackIndex)) {
+                channel->kind = one.kind;
+                channel->why = one.source;
+            }
+        const auto seconds = secondsByTrack(result->blocks);
+        double all = 0;
+        for (const auto& [track, part] : seconds) all += part;
+        constexpr double percent = 100;
+        for (TimelineChannel& channel : channels) {
+            const auto found = seconds.find(channel.track);
+            const double part = found == seconds.end() ? 0 : found->second;
+            if (all > 0) channel.sharePercent = static_cast<int>(std::lround(part / all * percent));
+        }
+    }
+    const auto solo = smartAudio.soloMonitorTracks.find(group.id);
+    const std::set<int> active = activeTracks(group, result);
+    for (TimelineChannel& channel : channels) {
+        channel.isUsedByAlgorithm = !group.algorithmExcludedTracks.contains(channel.track);
+        channel.isActive = active.contains(channel.track);
+        channel.isSolo = solo != smartAudio.soloMonitorTracks.end() && solo->second == channel.track;
+        channel.rangeCount = static_cast<int>(
+            std::ranges::count(group.manualBlockOverrides, channel.track, &BlockOverride::trackIndex));
+    }
+    return channels;
+}
+
+std::string smartAudioSummary(const SyncGroup& group, const SmartAudioState& state,
+                              const platform::SettingsStore& settings) {
+    if (state.isAnalyzing && state.progress.total > 0) {
+        constexpr double percent = 100;
+        return "Smart Audio listens to " + state.progress.phase + " · " +
+               std::to_string(state.progress.current) + " of " + std::to_string(state.progress.total) +
+               formatted(" · %.0f %%", state.progress.fraction * percent);
+    }
+    const SmartAudioResult* result = resultOf(state, group.id);
+    if (result == nullptr)
+        return group.manualActiveTracks.empty() ? "All tracks active — run Smart Audio for recommendation"
+                                                : "Tracks chosen by hand";
+    if (settings.get(settings::bestChannelMode) == BestChannelMode::perClip && result->bestTrackIndex)
+        return "Smart Audio chose Track " + std::to_string(*result->bestTrackIndex);
+    return "Smart Audio active";
+}
+
 TimelineRows timelineRows(const SyncGroup& group, const SmartAudioState& smartAudio,
                           const platform::SettingsStore& settings, const FileNames& names) {
     TimelineRows rows;
@@ -196,16 +220,15 @@ TimelineRows timelineRows(const SyncGroup& group, const SmartAudioState& smartAu
     rows.primaryStart = sound.primaryStartSeconds;
     if (group.audioAnchorOffsetInAudioSeconds)
         rows.anchorSeconds = sound.primaryOffsetSeconds() + *group.audioAnchorOffsetInAudioSeconds;
-    const auto found = smartAudio.results.find(group.id);
-    const SmartAudioResult* result = found == smartAudio.results.end() ? nullptr : &found->second;
+    const SmartAudioResult* result = resultOf(smartAudio, group.id);
     const Take take = takeOf(group, assumedChannels);
     rows.soundName = filesText(group, take, names);
-    rows.channels = channelsOf(group, take, smartAudio, result);
+    rows.channels = timelineChannels(group, smartAudio);
     if (result != nullptr) rows.blocks = result->blocks;
     rows.ranges = group.manualBlockOverrides;
     std::ranges::stable_sort(rows.ranges, {}, &BlockOverride::startSeconds);
     addRecordings(rows, group, take, names);
-    rows.summary = summaryOf(smartAudio, result, settings.get(settings::bestChannelMode));
+    rows.summary = smartAudioSummary(group, smartAudio, settings);
     return rows;
 }
 

@@ -14,8 +14,9 @@ namespace orvane {
 
 /// A channel of the clip's take, as its row shows it.
 struct TimelineChannel {
-    int track = 1;    ///< running number, from 1
-    std::string name; ///< the recorder's; "Track 3" where it gave none
+    int track = 1;        ///< running number, from 1
+    std::string name;     ///< the recorder's; "Track 3" where it gave none
+    bool isNamed = false; ///< by the recorder
     std::optional<ChannelKind> kind{};
     std::string why{}; ///< the classifier's reason; empty without an analysis
     bool isUsedByAlgorithm = true;
@@ -24,7 +25,11 @@ struct TimelineChannel {
     std::optional<int> sharePercent{}; ///< of the take's block time that is routed here
     int rangeCount = 0;                ///< chosen by hand
 
-    std::string kindText() const; ///< such as "Boom"; empty without an analysis
+    // For people; each is empty where there is nothing to say.
+    std::string kindText() const;       ///< such as "Boom"
+    std::string kindAndWhyText() const; ///< such as "Boom · iXML: Boom"
+    std::string shareText() const;
+    std::string rangesText() const;
     /// Name, kind, why, share and ranges, a line each.
     std::string tooltip() const;
 };
@@ -80,6 +85,12 @@ struct TimelineRows {
 /// `names`: of the files that are shown beside it. Interface thread.
 TimelineRows timelineRows(const SyncGroup& group, const SmartAudioState& smartAudio,
                           const platform::SettingsStore& settings, const FileNames& names);
+
+/// The channels of the clip's take, by track.
+std::vector<TimelineChannel> timelineChannels(const SyncGroup& group, const SmartAudioState& smartAudio);
+/// What Smart Audio has made of the clip, or is doing.
+std::string smartAudioSummary(const SyncGroup& group, const SmartAudioState& state,
+                              const platform::SettingsStore& settings);
 
 /// How strongly a block is drawn on a strip, 0 to 1.
 double tileOpacity(const BlockDecision& block);

@@ -4,6 +4,7 @@
 #include <QButtonGroup>
 #include <QHBoxLayout>
 #include <QPainter>
+#include <QResizeEvent>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
@@ -38,6 +39,7 @@ QPushButton* button(const QString& text, Weight weight) {
 QPushButton* button(const QString& text, Glyph glyph, Weight weight) {
     QPushButton* made = button(text, weight);
     made->setIcon(icon(glyph));
+    if (text.isEmpty()) made->setProperty("iconOnly", true);
     return made;
 }
 
@@ -91,6 +93,33 @@ void Choice::wheelEvent(QWheelEvent* event) {
         event->ignore();
 }
 
+ToolRow::ToolRow(const QString& name, QWidget* parent) : QToolBar(name, parent) {
+    setMovable(false);
+    setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+}
+
+void ToolRow::add(QAction* action, const QString& word, bool isKnownByIcon) {
+    action->setIconText(QLatin1Char(' ') + word);
+    addAction(action);
+    (isKnownByIcon ? knownByIcon_ : others_).push_back(action);
+}
+
+void ToolRow::resizeEvent(QResizeEvent* event) {
+    QToolBar::resizeEvent(event);
+    if (event->size().width() != event->oldSize().width()) fit();
+}
+
+void ToolRow::fit() {
+    for (const auto* some : {&knownByIcon_, &others_})
+        for (QAction* action : *some) action->setPriority(QAction::NormalPriority);
+    // A tool of low priority shows its icon alone.
+    for (const auto* some : {&knownByIcon_, &others_})
+        for (QAction* action : *some) {
+            if (layout()->sizeHint().width() <= width()) return;
+            action->setPriority(QAction::LowPriority);
+        }
+}
+
 Badge::Badge(Signal signal, const QString& text, QWidget* parent) : QWidget(parent) {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     show(signal, text);
@@ -115,7 +144,9 @@ int Badge::paint(QPainter& painter, const QRect& within, Signal signal, const QS
     int x = within.left();
     if (signal != Signal::none) {
         const QRectF square(x, within.center().y() - glyphSide / 2.0 + 0.5, glyphSide, glyphSide);
-        draw(painter, glyph(signal), square, colour(signal));
+        // Signal colours do not stand out from a selection.
+        draw(painter, glyph(signal), square,
+             textColour == colours().onSelected ? textColour : colour(signal));
         x += glyphSide + space::tight;
     }
     painter.setPen(textColour);

@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QToolBar>
 
 #include <functional>
 #include <vector>
@@ -40,6 +41,23 @@ class Choice : public QComboBox {
   protected:
     void paintEvent(QPaintEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
+};
+
+/// The tools of a window. Where it is too narrow for every word, those go first whose icon says it all, then
+/// the others from the left; tooltips and accessible names stay.
+class ToolRow : public QToolBar {
+  public:
+    explicit ToolRow(const QString& name, QWidget* parent = nullptr);
+    void add(QAction* action, const QString& word, bool isKnownByIcon = false);
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+  private:
+    void fit();
+
+    std::vector<QAction*> knownByIcon_;
+    std::vector<QAction*> others_;
 };
 
 /// A signal's glyph and word in its colour.

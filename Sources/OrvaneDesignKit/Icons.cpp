@@ -193,6 +193,20 @@ void lay(Glyph glyph, QPainterPath& lines, QPainterPath& filled) {
         moveAlong(lines, {{11, 5}, {4, 12}, {11, 19}});
         moveAlong(lines, {{4, 12}, {20, 12}});
         return;
+    case Glyph::roomTone:
+        moveAlong(lines, {{3, 11.5}, {12, 4}, {21, 11.5}});
+        moveAlong(lines, {{5.5, 9.5}, {5.5, 20}, {18.5, 20}, {18.5, 9.5}});
+        moveAlong(lines, {{9, 14}, {9, 16}});
+        moveAlong(lines, {{12, 12.5}, {12, 17.5}});
+        moveAlong(lines, {{15, 14}, {15, 16}});
+        return;
+    case Glyph::network:
+        lines.moveTo(7, 19);
+        lines.cubicTo(2, 19, 2, 12.5, 6.5, 12);
+        lines.cubicTo(6.5, 5.5, 15, 4, 16.5, 10);
+        lines.cubicTo(22, 10, 22, 19, 17, 19);
+        lines.closeSubpath();
+        return;
     case Glyph::session:
         lines.addRoundedRect(3, 6, 18, 13, 2, 2);
         moveAlong(lines, {{6, 3.5}, {18, 3.5}});

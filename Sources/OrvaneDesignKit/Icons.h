@@ -45,7 +45,9 @@ enum class Glyph {
     lens,
     fullscreen,
     cameras,
-    back
+    back,
+    roomTone,
+    network
 };
 
 /// Draws a glyph into a square, as lines of a width that suits its size.

@@ -74,6 +74,7 @@ QPushButton:pressed, QPushButton:checked { background: @selected; color: @onSele
 QPushButton[primary="true"] { background: @selected; color: @onSelected; border-color: @selected; }
 QPushButton[primary="true"]:disabled, QPushButton:disabled { color: @disabled; background: @panel; border-color: @line; }
 QPushButton[quiet="true"] { background: transparent; border-color: transparent; text-align: left; }
+QPushButton[iconOnly="true"] { padding: 6px; }
 QPushButton[quiet="true"]:hover { background: @hovered; }
 QPushButton:focus, QToolButton:focus, QLineEdit:focus, QComboBox:focus, QAbstractItemView:focus, QCheckBox:focus { border: 1px solid @focus; outline: 0; }
 QLineEdit, QPlainTextEdit, QComboBox, QSpinBox, QDoubleSpinBox { color: @text; background: @raised; border: 1px solid @line; border-radius: 5px; padding: 5px 8px; selection-background-color: @selected; selection-color: @onSelected; }
@@ -83,6 +84,8 @@ QComboBox QAbstractItemView { background: @panel; color: @text; border: 1px soli
 QCheckBox { color: @text; spacing: 8px; border: 1px solid transparent; padding: 2px; }
 QCheckBox:disabled { color: @disabled; }
 QAbstractItemView { background: @window; color: @text; border: 1px solid transparent; alternate-background-color: @window; selection-background-color: @selected; selection-color: @onSelected; }
+QTreeView::item { padding: 4px 6px; }
+QAbstractItemView QLineEdit { padding: 0 4px; border-radius: 0; }
 QHeaderView { background: @panel; }
 QHeaderView::section { background: @panel; color: @facts; border: 0; border-right: 1px solid @line; border-bottom: 1px solid @line; padding: 5px 8px; }
 QProgressBar { background: @raised; border: 0; border-radius: 4px; max-height: 8px; }

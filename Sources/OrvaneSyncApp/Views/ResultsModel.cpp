@@ -86,7 +86,11 @@ int ResultsModel::columnCount(const QModelIndex& parent) const {
 }
 
 QVariant ResultsModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return {};
+    if (orientation != Qt::Horizontal) return {};
+    if (role == Qt::TextAlignmentRole)
+        return static_cast<int>(Qt::AlignVCenter |
+                                (isRightAligned(section) ? Qt::AlignRight : Qt::AlignLeft));
+    if (role != Qt::DisplayRole) return {};
     if (section == marksColumn) return tr("Marks");
     return translated(ResultsViewModel::title(static_cast<Column>(section)));
 }
@@ -185,7 +189,7 @@ void ResultsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     }
     // What the neighbour says, where that has no column of its own.
     QString below;
-    if (isCompact_ && (isName || isTimecode))
+    if (isCompact_ && (isName || isTimecode || index.column() == static_cast<int>(Column::sound)))
         below = model->index(index.row(), index.column() + 1).data().toString();
     if (index.column() == static_cast<int>(Column::match)) {
         // Below the status, why it is doubtful.

@@ -41,12 +41,12 @@ struct ColumnWidth {
 };
 using Column = ResultsViewModel::Column;
 constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
-    {{Column::name, 0, 48, 180},
-     {Column::cameraFile, 0, 30, 120},
+    {{Column::name, 0, 40, 180},
+     {Column::cameraFile, 0, 31, 120},
      {Column::starts, 112, 0, 0},
      {Column::length, 66, 0, 0},
-     {Column::match, 0, 28, 110},
-     {Column::sound, 0, 24, 104},
+     {Column::match, 0, 32, 110},
+     {Column::sound, 0, 26, 104},
      {Column::begins, 116, 0, 0},
      {Column::loudness, 92, 0, 0}}};
 constexpr int marksWidth = 76;
@@ -214,6 +214,7 @@ void ResultsView::fitColumns() {
         table_->isColumnHidden(static_cast<int>(Column::loudness)) == rows_.isLoudnessKnown();
     table_->setColumnHidden(static_cast<int>(Column::cameraFile), isCompact);
     table_->setColumnHidden(static_cast<int>(Column::length), isCompact);
+    table_->setColumnHidden(static_cast<int>(Column::begins), isCompact);
     table_->setColumnHidden(static_cast<int>(Column::loudness), !rows_.isLoudnessKnown());
     // Those that share the rest keep their proportions, also where somebody has changed them.
     if (hasOtherColumns) {

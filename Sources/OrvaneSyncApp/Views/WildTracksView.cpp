@@ -41,6 +41,8 @@ WildTracksView::WildTracksView(Desktop& desktop, QWidget* parent) : QWidget(pare
     header->setFont(factsFont());
     header->setSectionResizeMode(nameColumn, QHeaderView::Stretch);
     header->setSectionResizeMode(fileColumn, QHeaderView::Stretch);
+    for (const int column : {lengthColumn, channelsColumn})
+        list_->headerItem()->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
     for (const auto& [column, width] :
          {std::pair(playColumn, playWidth), std::pair(startsColumn, startsWidth),
           std::pair(lengthColumn, lengthWidth), std::pair(channelsColumn, channelsWidth),
@@ -104,7 +106,18 @@ void WildTracksView::fill() {
     title_->setText(
         tr("Sound without picture: %1, %2 approved for the document").arg(tracks.size()).arg(approved));
     setVisible(!tracks.empty());
+    fitHeight();
     showPlaying();
+}
+
+void WildTracksView::fitHeight() {
+    const int rows = list_->topLevelItemCount();
+    const int rowHeight = rows == 0 ? 0 : list_->visualItemRect(list_->topLevelItem(0)).height();
+    // Never more than its rows need, so that the clips have the rest.
+    const QMargins around = layout()->contentsMargins();
+    setMaximumHeight(around.top() + title_->sizeHint().height() + layout()->spacing() +
+                     list_->header()->sizeHint().height() + rows * rowHeight + 2 * list_->frameWidth() +
+                     around.bottom());
 }
 
 void WildTracksView::changed(const QTreeWidgetItem& row, int column) {

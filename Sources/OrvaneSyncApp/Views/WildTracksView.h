@@ -22,6 +22,7 @@ class WildTracksView : public QWidget {
 
   private:
     void fill();
+    void fitHeight();
     void changed(const QTreeWidgetItem& row, int column);
     void play(const QTreeWidgetItem& row);
     void showPlaying();

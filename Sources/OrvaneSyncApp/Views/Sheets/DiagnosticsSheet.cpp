@@ -64,9 +64,12 @@ class DiagnosticsSheet : public Sheet {
         delete rows_->itemAtPosition(0, 0)->widget();
         for (int i = 0; i < static_cast<int>(checks_.size()); ++i) {
             const SystemCheck& check = checks_[static_cast<std::size_t>(i)];
-            rows_->addWidget(label(translated(check.name)), i, 0, Qt::AlignTop);
-            rows_->addWidget(new Badge(signalOf(check), translated(check.status)), i, 1, Qt::AlignTop);
+            QLabel* name = label(translated(check.name));
             QLabel* detail = facts(translatedSentence(check.detail));
+            // On the line of the badge, which is higher.
+            for (QLabel* one : {name, detail}) one->setContentsMargins(0, space::tight / 2, 0, 0);
+            rows_->addWidget(name, i, 0, Qt::AlignTop);
+            rows_->addWidget(new Badge(signalOf(check), translated(check.status)), i, 1, Qt::AlignTop);
             detail->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
             detail->setAccessibleName(translated(check.name));
             rows_->addWidget(detail, i, 2);

@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFormLayout>
 #include <QHBoxLayout>
 #include <QPointer>
 #include <QSettings>
@@ -27,7 +28,7 @@ using namespace design;
 namespace {
 
 constexpr int exportWidth = 640;
-constexpr int mostLinesShown = 12;
+constexpr int mostLinesShown = 8;
 
 /// Who reads which version of the document; the newest first.
 struct Reader {
@@ -82,7 +83,7 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
     event_ = field(tr("Event name"), tr("Event name"));
     auto* eventRow = new QHBoxLayout;
     eventRow->addWidget(event_, 1);
-    suggestion_ = button({}, Weight::quiet);
+    suggestion_ = button({});
     suggestion_->setToolTip(tr("Fill Event Name from the scene numbers in this export"));
     eventRow->addWidget(suggestion_);
     what->add(eventRow);
@@ -122,10 +123,12 @@ QWidget* ExportSheet::makeOptions() {
     connect(length, &QComboBox::activated, this, [this, length](int) {
         setOption(settings::trimMode.key, JSON(utf8(length->currentData().toString())));
     });
-    auto* lengthRow = new QHBoxLayout;
-    lengthRow->addWidget(label(tr("Trim clips to")));
-    lengthRow->addWidget(length, 1);
-    section->add(lengthRow);
+    auto* choices = new QFormLayout;
+    choices->setHorizontalSpacing(space::medium);
+    choices->setVerticalSpacing(space::small);
+    choices->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    choices->addRow(tr("Trim clips to"), length);
+    section->add(choices);
     version_ = new Choice;
     version_->setAccessibleName(tr("Version of the document"));
     for (const Reader& one : readers)
@@ -136,11 +139,8 @@ QWidget* ExportSheet::makeOptions() {
         QSettings().setValue(versionKey, chosen);
         showVersion();
     });
-    auto* versionRow = new QHBoxLayout;
-    versionRow->addWidget(label(tr("Version")));
-    versionRow->addWidget(version_, 1);
-    section->add(versionRow);
-    section->add(versionNote_ = facts({}));
+    choices->addRow(tr("Version"), version_);
+    choices->addRow(QString(), versionNote_ = facts({}));
     showVersion();
     for (const Switch& one : switches) {
         auto* box = new QCheckBox(tr(one.title));

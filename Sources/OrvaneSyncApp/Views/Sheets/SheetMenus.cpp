@@ -20,8 +20,9 @@ SheetActions addSheetActions(Desktop& desktop, QWidget* window, QMenu* clip, QMe
                         window, [&desktop, window] { showBatchRenamer(desktop, window); });
     actions.renameClips->setStatusTip(translated(desktop.command("batchRename").help));
     audio->addSeparator();
-    actions.buildRoomTone = audio->addAction(QObject::tr("Build Room Tone…"), window,
-                                             [&desktop, window] { showAtmoBuilder(desktop, window); });
+    actions.buildRoomTone =
+        audio->addAction(design::icon(design::Glyph::roomTone), QObject::tr("Build Room Tone…"), window,
+                         [&desktop, window] { showAtmoBuilder(desktop, window); });
     actions.buildRoomTone->setStatusTip(translated(desktop.command("buildAtmo").help));
     audio->addAction(QObject::tr("Calibration…"), window, [&desktop, window] {
         SettingsWindow settings(desktop, window);

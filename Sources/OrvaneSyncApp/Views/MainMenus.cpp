@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/MainMenus.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/ViewModels/Results/Questions.h"
 #include "OrvaneSyncApp/ViewModels/Review/FullscreenManager.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
@@ -12,12 +13,14 @@
 
 #include <QAction>
 #include <QActionGroup>
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMainWindow>
 #include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QSettings>
-#include <QToolBar>
 
 #include <algorithm>
 
@@ -51,6 +54,25 @@ QAction* MainMenus::addCommand(QMenu* menu, std::string_view id, const QKeySeque
     return action;
 }
 
+QAction* MainMenus::addAsking(QMenu* menu, std::string_view id, std::function<void()> act) {
+    const commands::Command& row = desktop_.command(id);
+    QAction* action = menu->addAction(translated(row.title));
+    action->setStatusTip(translated(row.help));
+    connect(action, &QAction::triggered, this, std::move(act));
+    commandActions_.emplace_back(action, id);
+    return action;
+}
+
+bool MainMenus::agrees(const Question& question) {
+    QMessageBox box(QMessageBox::Question, translated(question.title), translated(question.title),
+                    QMessageBox::NoButton, &window_);
+    box.setInformativeText(translatedSentence(question.text));
+    QPushButton* yes = box.addButton(translated(question.yes), QMessageBox::AcceptRole);
+    box.setDefaultButton(box.addButton(translated(question.no), QMessageBox::RejectRole));
+    box.exec();
+    return box.clickedButton() == yes;
+}
+
 QAction* MainMenus::addClipCommand(QMenu* menu, std::string_view id, const QKeySequence& key) {
     const commands::Command& row = desktop_.command(id);
     QAction* action = menu->addAction(translated(row.title));
@@ -70,19 +92,36 @@ void MainMenus::makeFile() {
     file->addSeparator();
     open_ = file->addAction(translated(desktop_.command("loadProject").title));
     connect(open_, &QAction::triggered, this, [this] {
-        chooseAndRun("loadProject", tr("Open project"), tr("Projects (*.orvanesync);;All files (*)"), false);
+        if (const auto path =
+                chosenFile(tr("Open OrvaneSync Project"), tr("Projects (*.orvanesync);;All files (*)")))
+            runWithPath("loadProject", *path);
     });
     save_ = file->addAction(translated(desktop_.command("saveProject").title));
-    connect(save_, &QAction::triggered, this,
-            [this] { chooseAndRun("saveProject", tr("Save project"), tr("Projects (*.orvanesync)"), true); });
+    connect(save_, &QAction::triggered, this, [this] {
+        const auto path = placeFor(tr("Save OrvaneSync Project"), tr("Projects (*.orvanesync)"),
+                                   text(proposedProjectName(desktop_.controller())));
+        if (path) runWithPath("saveProject", *path, "path", true);
+    });
     commandActions_.emplace_back(save_, "exportFCPXML"); // there is work
     report_ = file->addAction(translated(desktop_.command("loadALE").title));
     report_->setIcon(icon(Glyph::report));
     connect(report_, &QAction::triggered, this, [this] {
-        chooseAndRun("loadALE", tr("Load report"), tr("Reports (*.ale *.csv *.txt *.tsv);;All files (*)"),
-                     false);
+        if (const auto path =
+                chosenFile(tr("Load report"), tr("Reports (*.ale *.csv *.txt *.tsv);;All files (*)")))
+            runWithPath("loadALE", *path);
     });
-    addCommand(file, "syncLockitNetwork")->setIcon(icon(Glyph::refresh));
+    addCommand(file, "clearALEMetadataForAllClips");
+    addCommand(file, "syncLockitNetwork")->setIcon(icon(Glyph::network));
+    addCommand(file, "clearLockitMetadataForAllClips");
+    file->addSeparator();
+    const QString tables = tr("Review tables (*.csv)");
+    addAsking(file, "writeReview", [this, tables] {
+        const auto path = placeFor(tr("Write review table"), tables, QStringLiteral("Review.csv"));
+        if (path) runWithPath("writeReview", *path, "output", true);
+    });
+    addAsking(file, "applyReview", [this, tables] {
+        if (const auto path = chosenFile(tr("Apply review table"), tables)) runWithPath("applyReview", *path);
+    });
     file->addSeparator();
     export_ =
         file->addAction(icon(Glyph::exportDocument), translated(desktop_.command("exportFCPXML").title));
@@ -126,22 +165,49 @@ void MainMenus::makeClip() {
     addClipCommand(clip, "resyncClip", QKeySequence(tr("Ctrl+R")))->setIcon(icon(Glyph::refresh));
     addClipCommand(clip, "resetClipToAutoSync");
     clip->addSeparator();
-    addCommand(clip, "resyncAllClips")->setIcon(icon(Glyph::refresh));
+    single_ = clip->addAction(translated(desktop_.command("exportSingleClip").title));
+    single_->setStatusTip(translated(desktop_.command("exportSingleClip").help));
+    connect(single_, &QAction::triggered, this, [this] { exportClip(); });
+    clip->addSeparator();
+    addAsking(clip, "resyncAllClips", [this] {
+        if (agrees(questionBeforeResync())) desktop_.run("resyncAllClips");
+    })->setIcon(icon(Glyph::refresh));
+    addAsking(clip, "resetAllClipsToAutoSync", [this] {
+        if (agrees(questionBeforeReset())) desktop_.run("resetAllClipsToAutoSync");
+    });
 }
 
 void MainMenus::makeAudio() {
     QMenu* audio = audio_ = window_.menuBar()->addMenu(tr("&Audio"));
-    JSON mode = JSON::object();
-    mode.set("mode", settings::smartAudioMode.write(SmartAudioMode::standard));
-    mode.set("forceOverwriteManualTracks", false);
-    addCommand(audio, "runSmartAudioAnalysis", {}, mode)->setIcon(icon(Glyph::waveform));
-    for (const std::string_view other : settings::smartAudioMode.choices) {
-        mode.set("mode", other);
-        QAction* action = audio->addAction(tr("Smart Audio: %1").arg(text(other)));
-        connect(action, &QAction::triggered, this,
-                [this, mode] { desktop_.run("runSmartAudioAnalysis", mode); });
-        commandActions_.emplace_back(action, "runSmartAudioAnalysis");
-    }
+    addAsking(audio, "runSmartAudioAnalysis", [this] {
+        analyse(settings::smartAudioMode.write(modeOfAnalysis(desktop_.settings())));
+    })->setIcon(icon(Glyph::waveform));
+    for (const std::string_view mode : settings::smartAudioMode.choices)
+        addAsking(audio, "runSmartAudioAnalysis", [this, mode] {
+            analyse(JSON(mode));
+        })->setText(tr("Smart Audio: %1").arg(text(mode)));
+    addCommand(audio, "measureLoudness");
+}
+
+void MainMenus::analyse(const JSON& mode) {
+    const auto question = questionBeforeAnalysis(desktop_.controller().work().syncGroups());
+    JSON arguments = JSON::object();
+    arguments.set("mode", mode);
+    arguments.set("forceOverwriteManualTracks", !question || agrees(*question));
+    desktop_.run("runSmartAudioAnalysis", std::move(arguments));
+}
+
+void MainMenus::exportClip() {
+    const std::vector<UUID> clips = screens_.clips();
+    if (clips.size() != 1) return;
+    const auto path =
+        placeFor(tr("Export clip"), tr("Final Cut Pro XML (*.fcpxml)"), QStringLiteral("Clip.fcpxml"));
+    if (!path) return;
+    JSON arguments = JSON::object();
+    arguments.set("groupID", clips.front().text());
+    arguments.set("output", utf8(*path));
+    arguments.set("overwrite", true); // the dialog has asked
+    desktop_.run("exportSingleClip", std::move(arguments));
 }
 
 void MainMenus::makeReview(ReviewActions& review) {
@@ -201,36 +267,30 @@ void MainMenus::makeHelp() {
 }
 
 void MainMenus::makeTools() {
-    auto* tools = window_.addToolBar(tr("Tools"));
+    auto* tools = new ToolRow(tr("Tools"));
     tools->setObjectName(QStringLiteral("tools"));
-    tools->setMovable(false);
-    tools->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    window_.addToolBar(tools);
     const auto actionOf = [this](std::string_view id) {
         for (const auto& list : {commandActions_, clipActions_})
             for (const auto& [action, command] : list)
                 if (command == id) return action;
         return export_;
     };
-    // Short, so that all of them stand beside each other in the narrowest window.
-    const auto add = [tools](QAction* action, const QString& word) {
-        action->setIconText(QLatin1Char(' ') + word);
-        tools->addAction(action);
-    };
-    add(undo_, tr("Undo"));
-    add(redo_, tr("Redo"));
+    tools->add(undo_, tr("Undo"), true);
+    tools->add(redo_, tr("Redo"), true);
     tools->addSeparator();
-    add(actionOf("runSmartAudioAnalysis"), tr("Smart Audio"));
-    add(actionOf("toggleApproved"), tr("Approve"));
-    add(actionOf("toggleLocked"), tr("Lock"));
-    add(rename_, tr("Rename"));
-    add(actionOf("resyncAllClips"), tr("Re-sync"));
-    add(report_, tr("Report"));
-    add(sheets_.buildRoomTone, tr("Room Tone"));
-    add(actionOf("syncLockitNetwork"), tr("LockitNetwork"));
+    tools->add(actionOf("runSmartAudioAnalysis"), tr("Smart Audio"));
+    tools->add(actionOf("toggleApproved"), tr("Approve"), true);
+    tools->add(actionOf("toggleLocked"), tr("Lock"), true);
+    tools->add(rename_, tr("Rename"), true);
+    tools->add(actionOf("resyncAllClips"), tr("Re-sync"));
+    tools->add(report_, tr("Report"));
+    tools->add(sheets_.buildRoomTone, tr("Room Tone"));
+    tools->add(actionOf("syncLockitNetwork"), tr("LockitNetwork"));
     auto* stretch = new QWidget;
     stretch->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     tools->addWidget(stretch);
-    add(export_, tr("Export"));
+    tools->add(export_, tr("Export"));
 }
 
 void MainMenus::showKeys() {
@@ -258,6 +318,7 @@ void MainMenus::update() {
     const std::vector<UUID> clips = screens_.clips();
     for (const auto& [action, id] : clipActions_) action->setEnabled(applies(id, clips));
     rename_->setEnabled(clips.size() == 1);
+    single_->setEnabled(clips.size() == 1 && applies("exportSingleClip", clips));
     const bool isPlaying = screens_.isPlaying();
     results_->setEnabled(isPlaying);
     keys_->setEnabled(screens_.isReviewing());
@@ -268,20 +329,37 @@ void MainMenus::update() {
     redo_->setText(undo.redoActionName ? tr("Redo %1").arg(translated(*undo.redoActionName)) : tr("Redo"));
 }
 
-void MainMenus::chooseAndRun(std::string_view id, const QString& caption, const QString& filter,
-                             bool isSaved) {
-    QSettings places;
-    const QString from = places.value(QStringLiteral("lastFolder")).toString();
-    QString chosen = isSaved ? QFileDialog::getSaveFileName(&window_, caption, from, filter)
-                             : QFileDialog::getOpenFileName(&window_, caption, from, filter);
-    if (chosen.isEmpty()) return;
-    places.setValue(QStringLiteral("lastFolder"), QFileInfo(chosen).absolutePath());
+namespace {
+
+QString lastFolderSetting() { return QStringLiteral("lastFolder"); }
+
+std::optional<QString> remembered(const QString& chosen) {
+    if (chosen.isEmpty()) return std::nullopt;
+    QSettings().setValue(lastFolderSetting(), QFileInfo(chosen).absolutePath());
+    return chosen;
+}
+
+} // namespace
+
+std::optional<QString> MainMenus::chosenFile(const QString& caption, const QString& filter) {
+    return remembered(QFileDialog::getOpenFileName(
+        &window_, caption, QSettings().value(lastFolderSetting()).toString(), filter));
+}
+
+std::optional<QString> MainMenus::placeFor(const QString& caption, const QString& filter,
+                                           const QString& name) {
+    const QDir folder(QSettings().value(lastFolderSetting(), QDir::homePath()).toString());
+    auto chosen = remembered(QFileDialog::getSaveFileName(&window_, caption, folder.filePath(name), filter));
+    if (chosen && QFileInfo(*chosen).suffix().isEmpty())
+        *chosen += QLatin1Char('.') + QFileInfo(name).suffix();
+    return chosen;
+}
+
+void MainMenus::runWithPath(std::string_view id, const QString& path, std::string_view argument,
+                            bool overwrites) {
     JSON arguments = JSON::object();
-    if (isSaved) {
-        if (QFileInfo(chosen).suffix().isEmpty()) chosen += QStringLiteral(".orvanesync");
-        arguments.set("overwrite", true); // the dialog has asked
-    }
-    arguments.set("path", utf8(chosen));
+    arguments.set(argument, utf8(path));
+    if (overwrites) arguments.set("overwrite", true); // the dialog has asked
     desktop_.run(id, std::move(arguments));
 }
 

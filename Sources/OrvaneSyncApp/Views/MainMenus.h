@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -15,6 +16,10 @@
 class QAction;
 class QMainWindow;
 class QMenu;
+
+namespace orvane {
+struct Question;
+}
 
 namespace orvane::views {
 
@@ -54,7 +59,16 @@ class MainMenus : public QObject {
     /// The actions of menus that have a key of the user's choice.
     void showKeys();
     void listScreens(QMenu* menu);
-    void chooseAndRun(std::string_view id, const QString& caption, const QString& filter, bool isSaved);
+    /// An entry for a command that something is asked for first.
+    QAction* addAsking(QMenu* menu, std::string_view id, std::function<void()> act);
+    bool agrees(const Question& question);
+    void analyse(const JSON& mode); ///< as the setting holds it
+    void exportClip();
+    /// Of a file that is there, and of one that is to be written; nothing when the user thinks again.
+    std::optional<QString> chosenFile(const QString& caption, const QString& filter);
+    std::optional<QString> placeFor(const QString& caption, const QString& filter, const QString& name);
+    void runWithPath(std::string_view id, const QString& path, std::string_view argument = "path",
+                     bool overwrites = false);
     bool applies(std::string_view id, const std::vector<UUID>& clips) const;
 
     Desktop& desktop_;
@@ -72,6 +86,7 @@ class MainMenus : public QObject {
     QAction* report_ = nullptr;
     QAction* export_ = nullptr;
     QAction* rename_ = nullptr;
+    QAction* single_ = nullptr;
     QAction* review_ = nullptr;
     QAction* multicam_ = nullptr;
     QAction* results_ = nullptr;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Services/Shortcuts/KeyText.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutBindings.h"
 
 #include <string>
@@ -36,8 +37,5 @@ struct KeyGroup {
     std::vector<Row> rows;
 };
 std::vector<KeyGroup> keyOverview(const ShortcutBindings& bindings, const ReviewSituation& situation);
-
-/// By the names that the keys of a PC keyboard have.
-std::string keyText(const Shortcut& shortcut);
 
 } // namespace orvane

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/ViewModels/Inspector/OutlineModel.h"
 
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
+#include "OrvaneSyncApp/ViewModels/Results/DoubtCures.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Naming/SidebarOutline.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -110,7 +111,7 @@ OutlineModel::Row OutlineModel::row(std::size_t index) const {
     row.status = file;
     addStatusLine(row.status, matchText(clip, takeOf(clip, assumedChannels)));
     if (const auto found = doubts.find(clip.id); found != doubts.end())
-        for (const SyncDoubt& doubt : found->second) addStatusLine(row.status, doubt.message);
+        for (const SyncDoubt& doubt : found->second) addStatusLine(row.status, messageInWords(doubt));
     return row;
 }
 

@@ -160,6 +160,15 @@ Choices loudnessTargets() {
     return all;
 }
 
+/// Roles are called in Final Cut Pro what they are stored as.
+Choices atmoRoles() {
+    Choices all;
+    for (const char* role :
+         {"effects.atmosphere", "effects.ambience", "effects.background", "effects.room-tone"})
+        all.push_back({role, role});
+    return all;
+}
+
 std::vector<std::string> modes() {
     std::vector<std::string> all;
     for (std::size_t i = 0; i < RawValues<SmartAudioMode>::texts.size(); ++i)
@@ -231,7 +240,7 @@ SettingTab output() {
                .doubting(patternDoubts::timecode)}},
          {"Room tone",
           {Row(atmoDuration, "Length", "0 makes it 180 seconds.").in(" s", 0, mostSeconds, 1),
-           Row(atmoAudioRole, "Role").doubting(patternDoubts::role)}}}};
+           Row(atmoAudioRole, "Role").offering(atmoRoles()).doubting(patternDoubts::role)}}}};
 }
 
 SettingTab naming() {

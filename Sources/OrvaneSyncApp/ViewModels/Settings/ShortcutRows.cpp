@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/ViewModels/Settings/ShortcutRows.h"
 
 #include "OrvaneSyncApp/ViewModels/Settings/SettingsModel.h"
+#include "OrvaneSyncCore/Services/Shortcuts/KeyText.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -33,7 +34,7 @@ std::vector<ShortcutRow> shortcutRows(const ShortcutBindings& bindings) {
         ShortcutRow row{action,
                         std::string(label(action)),
                         std::string(helpText(action)),
-                        shortcut.displayString(),
+                        keyText(shortcut),
                         shortcut == defaultShortcut(action),
                         shortcut.isUnbound()};
         for (const SharedShortcut& one : shared)

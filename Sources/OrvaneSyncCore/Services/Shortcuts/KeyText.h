@@ -1,0 +1,43 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Shortcuts/Shortcut.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace orvane {
+
+/// A key as it is written on the keyboards of this system, such as "Ctrl+Shift+L"; "—" for none.
+inline std::string keyText(const Shortcut& shortcut) {
+    using Key = Shortcut::SpecialKey;
+    if (shortcut.isUnbound()) return "—";
+    static constexpr std::array<std::pair<std::string_view, std::string_view>, 11> names{{
+        {Key::space, "Space"},
+        {Key::escape, "Esc"},
+        {Key::enter, "Return"},
+        {Key::arrowUp, "Up"},
+        {Key::arrowDown, "Down"},
+        {Key::arrowLeft, "Left"},
+        {Key::arrowRight, "Right"},
+        {Key::plus, "+"},
+        {Key::minus, "-"},
+        {Key::kHeldJ, "K held, J"},
+        {Key::kHeldL, "K held, L"},
+    }};
+    std::string text;
+    for (const auto& [modifier, name] :
+         {std::pair(ModifierSet::command, "Ctrl+"), std::pair(ModifierSet::control, "Super+"),
+          std::pair(ModifierSet::option, "Alt+"), std::pair(ModifierSet::shift, "Shift+")})
+        if (shortcut.modifiers.contains(modifier)) text += name;
+    const auto named =
+        std::ranges::find(names, shortcut.key, &std::pair<std::string_view, std::string_view>::first);
+    if (named != names.end()) return text + std::string(named->second);
+    std::string key = shortcut.key;
+    if (key.size() == 1 && key[0] >= 'a' && key[0] <= 'z') key[0] = static_cast<char>(key[0] - 'a' + 'A');
+    return text + key;
+}
+
+} // namespace orvane

@@ -39,7 +39,10 @@ QPushButton* button(const QString& text, Weight weight) {
 QPushButton* button(const QString& text, Glyph glyph, Weight weight) {
     QPushButton* made = button(text, weight);
     made->setIcon(icon(glyph));
-    if (text.isEmpty()) made->setProperty("iconOnly", true);
+    if (text.isEmpty())
+        made->setProperty("iconOnly", true);
+    else
+        made->setIconSize({glyphSide + space::tight, glyphSide});
     return made;
 }
 

@@ -5,6 +5,7 @@
 #include <QPainterPath>
 #include <QPixmap>
 
+#include <algorithm>
 #include <cmath>
 
 namespace orvane::design {
@@ -222,7 +223,9 @@ class GlyphEngine : public QIconEngine {
         const QColor colour = mode == QIcon::Disabled   ? all.disabled
                               : mode == QIcon::Selected ? all.onSelected
                                                         : all.text;
-        draw(*painter, glyph_, rect, colour);
+        // What is wider than high keeps a distance to the text on its right.
+        const int square = std::min(rect.width(), rect.height());
+        draw(*painter, glyph_, QRect(rect.left(), rect.top(), square, square), colour);
     }
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
         QPixmap pixmap(size);

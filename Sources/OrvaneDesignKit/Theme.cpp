@@ -84,10 +84,11 @@ QComboBox QAbstractItemView { background: @panel; color: @text; border: 1px soli
 QCheckBox { color: @text; spacing: 8px; border: 1px solid transparent; padding: 2px; }
 QCheckBox:disabled { color: @disabled; }
 QAbstractItemView { background: @window; color: @text; border: 1px solid transparent; alternate-background-color: @window; selection-background-color: @selected; selection-color: @onSelected; }
-QTreeView::item { padding: 4px 6px; }
+QTreeView::item { padding: 4px 0; }
 QAbstractItemView QLineEdit { padding: 0 4px; border-radius: 0; }
 QHeaderView { background: @panel; }
 QHeaderView::section { background: @panel; color: @facts; border: 0; border-right: 1px solid @line; border-bottom: 1px solid @line; padding: 5px 8px; }
+QTreeView QHeaderView::section { padding: 5px 3px; }
 QProgressBar { background: @raised; border: 0; border-radius: 4px; max-height: 8px; }
 QProgressBar::chunk { background: @selected; border-radius: 4px; }
 QSlider::groove:horizontal { background: @line; height: 4px; border-radius: 2px; }

@@ -191,6 +191,7 @@ void ResultsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     QString below;
     if (isCompact_ && (isName || isTimecode || index.column() == static_cast<int>(Column::sound)))
         below = model->index(index.row(), index.column() + 1).data().toString();
+    if (below == QStringLiteral("-")) below.clear();
     if (index.column() == static_cast<int>(Column::match)) {
         // Below the status, why it is doubtful.
         const QString why = text(row.doubts).section(QLatin1Char('\n'), 0, 0);

@@ -41,12 +41,12 @@ struct ColumnWidth {
 };
 using Column = ResultsViewModel::Column;
 constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
-    {{Column::name, 0, 40, 180},
-     {Column::cameraFile, 0, 31, 120},
+    {{Column::name, 0, 46, 180},
+     {Column::cameraFile, 0, 33, 120},
      {Column::starts, 112, 0, 0},
      {Column::length, 66, 0, 0},
-     {Column::match, 0, 32, 110},
-     {Column::sound, 0, 26, 104},
+     {Column::match, 0, 27, 110},
+     {Column::sound, 0, 25, 104},
      {Column::begins, 116, 0, 0},
      {Column::loudness, 92, 0, 0}}};
 constexpr int marksWidth = 76;
@@ -143,7 +143,13 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
             fitColumns();
         scrolled_->start();
     });
-    workObservation_ = desktop_.controller().onChange([this](ImportField field) {
+    workObservation_ = desktop_.controller().onChange([this, splitter](ImportField field) {
+        // The clips have what the recordings leave over; where somebody moved the border it stays.
+        if (field == ImportField::wildTracks) {
+            const int needed = std::min(wildTracksHeight, wildTracks_->neededHeight());
+            if (std::exchange(wildTracksNeed_, needed) != needed)
+                splitter->setSizes({10 * wildTracksHeight, needed});
+        }
         if (field == ImportField::syncGroups || field == ImportField::smartAudio) showDoubts();
     });
     showCounts();

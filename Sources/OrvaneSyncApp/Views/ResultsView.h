@@ -65,7 +65,8 @@ class ResultsView : public QWidget {
     QStackedLayout* pages_;
     design::EmptyState* empty_;
     WildTracksView* wildTracks_;
-    QTimer* scrolled_; ///< thumbnails are asked for when scrolling rests
+    int wildTracksNeed_ = 0; ///< points of height
+    QTimer* scrolled_;       ///< thumbnails are asked for when scrolling rests
     platform::Subscription rowsObservation_;
     platform::Subscription workObservation_;
 };

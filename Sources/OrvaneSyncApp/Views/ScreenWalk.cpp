@@ -18,6 +18,7 @@
 #include <QTimer>
 
 #include <deque>
+#include <memory>
 
 namespace orvane::views {
 
@@ -88,12 +89,22 @@ class Walk : public QTimer {
             }
         });
         then([this] {
-            SettingsWindow settings(window_.desktop(), &window_);
-            for (int tab = 0; tab < settings.tabCount(); ++tab) {
-                settings.showTab(tab);
-                grab(settings, QStringLiteral("settings-%1").arg(tab));
-            }
+            settings_ = std::make_unique<SettingsWindow>(window_.desktop(), &window_);
+            settings_->show();
+            tab_ = 0;
         });
+        waitUntil([this] { return isLastTabGrabbed(); });
+    }
+
+    /// One tab a round: what a page shows comes a while after it is opened.
+    bool isLastTabGrabbed() {
+        if (tab_ > 0) grab(*settings_, QStringLiteral("settings-%1").arg(tab_ - 1));
+        if (tab_ < settings_->tabCount()) {
+            settings_->showTab(tab_++);
+            return false;
+        }
+        settings_.reset();
+        return true;
     }
 
     const OpenWork& work() { return window_.desktop().controller().work(); }
@@ -105,7 +116,7 @@ class Walk : public QTimer {
     }
     bool isPictureThere() {
         const auto& transport = window_.desktop().players().review()->engine()->transport();
-        return !transport.isLoading &&
+        return !transport.isLoading && !window_.desktop().controller().timeline().waveform()->isLoading() &&
                (!transport.isLoaded || window_.review().picture().canvas().hasPicture());
     }
     void toggleLens() {
@@ -198,6 +209,8 @@ class Walk : public QTimer {
     const std::function<void()> done_;
     std::deque<std::function<bool()>> steps_;
     int tries_ = 0;
+    std::unique_ptr<SettingsWindow> settings_;
+    int tab_ = 0; ///< the next of the settings
 };
 
 } // namespace

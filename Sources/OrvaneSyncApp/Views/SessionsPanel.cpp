@@ -29,6 +29,7 @@ namespace {
 constexpr int idRole = Qt::UserRole;
 constexpr int folderRole = Qt::UserRole + 1;
 constexpr int badgeColumn = 1;
+constexpr int narrowest = 200; // for the words of the presets
 
 QString dayText(Date date) {
     const auto time = QDateTime::fromMSecsSinceEpoch(date.time_since_epoch().count());
@@ -72,6 +73,7 @@ SessionsPanel::SessionsPanel(Desktop& desktop, QWidget* parent)
     : QWidget(parent), desktop_(desktop), tree_(new Tree), empty_(facts({})), problem_(new Remark) {
     auto* rows = new QVBoxLayout(this);
     rows->setContentsMargins(space::small, space::small, space::small, space::small);
+    setMinimumWidth(narrowest);
     auto* heading = new QHBoxLayout;
     heading->setSpacing(0);
     heading->addWidget(label(tr("Sessions")), 1);

@@ -106,18 +106,15 @@ void WildTracksView::fill() {
     title_->setText(
         tr("Sound without picture: %1, %2 approved for the document").arg(tracks.size()).arg(approved));
     setVisible(!tracks.empty());
-    fitHeight();
     showPlaying();
 }
 
-void WildTracksView::fitHeight() {
-    const int rows = list_->topLevelItemCount();
-    const int rowHeight = rows == 0 ? 0 : list_->visualItemRect(list_->topLevelItem(0)).height();
-    // Never more than its rows need, so that the clips have the rest.
+int WildTracksView::neededHeight() const {
     const QMargins around = layout()->contentsMargins();
-    setMaximumHeight(around.top() + title_->sizeHint().height() + layout()->spacing() +
-                     list_->header()->sizeHint().height() + rows * rowHeight + 2 * list_->frameWidth() +
-                     around.bottom());
+    return around.top() + title_->sizeHint().height() + layout()->spacing() +
+           list_->header()->sizeHint().height() +
+           list_->topLevelItemCount() * std::max(0, list_->sizeHintForRow(0)) + 2 * list_->frameWidth() +
+           around.bottom();
 }
 
 void WildTracksView::changed(const QTreeWidgetItem& row, int column) {

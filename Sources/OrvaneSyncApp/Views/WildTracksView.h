@@ -16,13 +16,14 @@ class WildTracksView : public QWidget {
   public:
     explicit WildTracksView(Desktop& desktop, QWidget* parent = nullptr);
     QTreeWidget* list() const { return list_; }
+    /// In points, for all recordings without scrolling.
+    int neededHeight() const;
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
     void fill();
-    void fitHeight();
     void changed(const QTreeWidgetItem& row, int column);
     void play(const QTreeWidgetItem& row);
     void showPlaying();

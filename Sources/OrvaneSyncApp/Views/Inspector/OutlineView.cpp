@@ -54,7 +54,7 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
     setObjectName(QStringLiteral("outline"));
     setMinimumWidth(narrowestOutline);
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(space::small, space::small, 0, 0);
+    column->setContentsMargins(space::small, space::small, space::tight, 0);
     column->setSpacing(space::small);
     QPushButton* back = button(tr("‹  Results"), Weight::quiet);
     back->setAccessibleName(tr("Back to the results"));

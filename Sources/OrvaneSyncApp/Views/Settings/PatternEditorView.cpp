@@ -99,7 +99,9 @@ QWidget* PatternEditorView::makeCounter() {
     row->addWidget(facts(tr("Digits")));
     row->addWidget(digits);
     row->addWidget(insertCounter);
-    row->addWidget(facts(tr("Value in the preview")));
+    QLabel* valueLabel = facts(tr("Value in the preview"));
+    valueLabel->setWordWrap(false);
+    row->addWidget(valueLabel);
     row->addWidget(value);
     row->addStretch(1);
     connect(digits, &QSpinBox::valueChanged, this, [this, showToken](int chosen) {

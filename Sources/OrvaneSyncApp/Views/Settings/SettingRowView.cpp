@@ -25,7 +25,7 @@ using platform::readAs;
 
 namespace {
 
-constexpr int controlWidth = 320;
+constexpr int controlWidth = 370;
 constexpr int percentWidth = 86;
 constexpr int hundred = 100;
 

@@ -103,6 +103,26 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     EXPECT_LT(rowOf("A001C003"), rowOf("A001C001"));
 }
 
+TEST_F(WindowTest, AnotherShootGetsASessionOfItsOwn) {
+    scan();
+    table().selectAll();
+    QTest::keyClick(window_.get(), Qt::Key_Return, Qt::ControlModifier);
+    const auto first = desktop_->sessions().currentSessionId();
+    ASSERT_TRUE(first);
+    test::makeSmallShoot(folder_.path("other"));
+    window_->scanFolders({text(folder_.path("other/camera")), text(folder_.path("other/sound"))});
+    ASSERT_TRUE(waitUntil([&] { return !window_->isScanning(); }));
+    EXPECT_FALSE(clip("A001C001").isApproved);
+    EXPECT_NE(desktop_->sessions().currentSessionId(), first);
+    JSON arguments = JSON::object();
+    arguments.set("sessionId", first->text());
+    bool isOpen = false;
+    desktop_->run("loadSession", std::move(arguments), [&](const JSON&) { isOpen = true; });
+    ASSERT_TRUE(waitUntil([&] { return isOpen; }));
+    EXPECT_TRUE(clip("A001C001").isApproved);
+    EXPECT_TRUE(clip("A001C001").video.url.path.starts_with(folder_.path("shoot")));
+}
+
 TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
     scan();
     const QString place = text(folder_.path("out.fcpxml"));

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/MainWindow.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/ViewModels/Results/OtherShoot.h"
 #include "OrvaneSyncApp/Views/MainMenus.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
@@ -66,7 +67,8 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     pages_ = new QStackedWidget;
     pages_->addWidget(start_ = new StartView(desktop, [this] { startScan(); }));
     pages_->addWidget(scanning_ = new ScanningView(desktop, [this] {
-                          if (scan_) scan_->requestStop();
+                          // The one that runs, whoever began it: a project, or the cure of a doubt.
+                          desktop_.controller().scan().startScan().requestStop();
                       }));
     pages_->addWidget(results_ = new ResultsView(desktop));
     reviewActions_ = new ReviewActions(desktop, this);
@@ -245,6 +247,12 @@ void MainWindow::showResults() {
 }
 
 void MainWindow::startScan() {
+    if (isOfOtherShoot(desktop_.controller().work())) {
+        // The work before stays in its session as it is.
+        JSON chosen = chosenFolders(desktop_.controller().work());
+        desktop_.run("newSession");
+        desktop_.run("setFolders", std::move(chosen));
+    }
     wantsStart_ = false;
     banner_->clear();
     scanning_->begin();

@@ -94,11 +94,13 @@ bool ReviewKeys::handle(const QKeyEvent& event, bool isFullscreen) {
     const QWidget* focus = QApplication::focusWidget();
     const bool isTyped = !isFullscreen && isTextEdited(focus);
     if (!isFullscreen && isFocusByTab_ && worksBy(focus, event.key())) return false;
+    const bool isEscape = meant->isDown && !meant->isRepeat && meant->keyCode == Shortcut::KeyCode::escape &&
+                          meant->modifiers == ModifierSet::none;
+    // Escape leaves a field, after the field has made of it what it means there.
+    if (isTyped && isEscape) leaveField();
     ReviewViewModel& review = *desktop_.players().review();
     // Escape ends the loop that is under way, or else leaves the screen.
-    const bool leaves = !isFullscreen && !isTyped && meant->isDown && !meant->isRepeat &&
-                        meant->keyCode == Shortcut::KeyCode::escape &&
-                        meant->modifiers == ModifierSet::none && !review.engine()->loop().isLooping;
+    const bool leaves = isEscape && !isFullscreen && !isTyped && !review.engine()->loop().isLooping;
     try {
         if (isFullscreen && screens_.handleFullscreen(*meant)) return true;
         const bool used = desktop_.players().keyboard().handle(*meant, isTyped);
@@ -108,6 +110,15 @@ bool ReviewKeys::handle(const QKeyEvent& event, bool isFullscreen) {
         if (desktop_.whenRefused) desktop_.whenRefused(text(why.what()));
         return true;
     }
+}
+
+void ReviewKeys::leaveField() {
+    QMetaObject::invokeMethod(
+        QApplication::focusWidget(),
+        [] {
+            if (QWidget* focus = QApplication::focusWidget(); isTextEdited(focus)) focus->clearFocus();
+        },
+        Qt::QueuedConnection);
 }
 
 } // namespace orvane::views

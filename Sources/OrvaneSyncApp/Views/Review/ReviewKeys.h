@@ -30,6 +30,7 @@ class ReviewKeys : public QObject {
   private:
     /// Whether the event is used up.
     bool handle(const QKeyEvent& event, bool isFullscreen);
+    static void leaveField();
     bool isBound(const KeyEvent& event) const;
 
     Desktop& desktop_;

@@ -7,7 +7,6 @@
 #include "OrvaneSyncApp/ViewModels/Inspector/SoundParts.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/SyncPart.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/TypedValues.h"
-#include "OrvaneSyncApp/ViewModels/Results/OtherShoot.h"
 #include "OrvaneSyncApp/ViewModels/Results/Questions.h"
 #include "Support/Assets.h"
 
@@ -177,18 +176,6 @@ TEST_F(InspectorModelTest, channelsAndLoudnessSayWhatIsHeard) {
     EXPECT_EQ(loud.gain, "+12.5 dB");
     EXPECT_FALSE(loud.warning.empty()) << "above 12 dB it may clip";
     EXPECT_NE(loud.estimation, "");
-}
-
-TEST_F(InspectorModelTest, foldersOfAnotherShootAreToldFromTheOwn) {
-    EXPECT_FALSE(isOfOtherShoot(controller_->work())) << "nothing is chosen yet";
-    const std::string own = group(a_).video.url.path;
-    controller_->scan().setVideoFolderURL(FileURL{"/cards/another day"});
-    EXPECT_TRUE(isOfOtherShoot(controller_->work()));
-    EXPECT_EQ(*chosenFolders(controller_->work()).find("videoFolder")->string(), "/cards/another day");
-    controller_->scan().setAudioFolderURL(FileURL{own.substr(0, own.rfind('/'))});
-    EXPECT_FALSE(isOfOtherShoot(controller_->work())) << "one of the folders is its own";
-    controller_->openStoredWork({{}, FileURL{"/cards/another day"}, {}});
-    EXPECT_FALSE(isOfOtherShoot(controller_->work())) << "there is nothing to keep";
 }
 
 TEST_F(InspectorModelTest, namesMetadataAndDoubtsReadAsInTheWindow) {

@@ -1,5 +1,10 @@
 #include "OrvaneSyncApp/SessionManagerTest.h"
 
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+
+#include <algorithm>
+
 namespace orvane {
 namespace {
 
@@ -336,6 +341,40 @@ TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {
     EXPECT_TRUE(overtaken.isDone());
     EXPECT_EQ(manager_->currentSessionId(), first);
     EXPECT_EQ(settings_->get(settings::eventName), "one");
+}
+
+TEST_F(SessionManagerTest, foldersOfAnotherShootLeaveTheOpenSessionAlone) {
+    manager_->start(controller_);
+    const UUID first = newSession();
+    bringClips(2);
+    approveFirst();
+    commands::CommandContext context;
+    context.controller = controller_;
+    context.sessions = manager_;
+    context.settings = settings_;
+    const auto choose = [&](const char* which, const std::string& folder) {
+        const auto row = std::ranges::find(commands::allCommands(), "setFolders", &commands::Command::id);
+        platform::JSON arguments = platform::JSON::object();
+        arguments.set(which, folder);
+        row->now(context, commands::Call(*row, &arguments));
+    };
+    const test::TemporaryDirectory other;
+    choose("videoFolder", "/");
+    EXPECT_EQ(manager_->currentSessionId(), first) << "the clips lie in it";
+    choose("audioFolder", other.path());
+    EXPECT_EQ(manager_->currentSessionId(), first) << "a folder is added";
+    choose("videoFolder", other.path());
+    EXPECT_NE(manager_->currentSessionId(), first);
+    EXPECT_TRUE(controller_->work().syncGroups().empty());
+    EXPECT_EQ(controller_->work().videoFolderURL()->path, other.path());
+    EXPECT_EQ(controller_->work().audioFolderURL()->path, other.path());
+    flush();
+    const SyncGroupList kept = onDisk(first).groups;
+    ASSERT_EQ(kept.size(), 2U);
+    EXPECT_TRUE(kept.front().isApproved);
+    const UUID second = *manager_->currentSessionId();
+    choose("videoFolder", "/");
+    EXPECT_EQ(manager_->currentSessionId(), second) << "there is nothing to keep";
 }
 
 } // namespace

@@ -16,10 +16,44 @@ std::optional<FileURL> folder(const Call& call, std::string_view name) {
     return call.has(name) ? std::optional(readableFolder(call.text(name))) : std::nullopt;
 }
 
+/// Whether a file of the open work lies in one of the folders.
+bool holdsFilesOf(const OpenWork& work, const std::vector<FileURL>& folders) {
+    const auto isInside = [&](const MediaAsset& asset) {
+        return std::ranges::any_of(folders, [&](const FileURL& folder) {
+            return asset.url.path.starts_with(folder.path.ends_with('/') ? folder.path : folder.path + "/");
+        });
+    };
+    return std::ranges::any_of(work.syncGroups(),
+                               [&](const SyncGroup& group) {
+                                   return isInside(group.video) ||
+                                          std::ranges::any_of(group.audioMatches,
+                                                              [&](const AudioMatch& match) {
+                                                                  return isInside(*match.audio);
+                                                              });
+                               }) ||
+           std::ranges::any_of(work.wildTracks(),
+                               [&](const WildTrack& track) { return isInside(track.audio); });
+}
+
+/// A scan replaces all clips. Those of another shoot get a session of their own before the folders are
+/// theirs, so that the session that is open stays as it is.
+void leaveOtherShoot(CommandContext& context, const std::optional<FileURL>& video,
+                     const std::optional<FileURL>& audio, const ScanScope& scope) {
+    const OpenWork& work = context.controller->work();
+    std::vector<FileURL> folders = scope.moreFolders;
+    for (const auto& folder : {video, audio})
+        if (folder) folders.push_back(*folder);
+    const bool isEmpty = work.syncGroups().empty() && work.wildTracks().empty();
+    if (isEmpty || folders.empty() || !context.sessions || !context.sessions->currentSessionId()) return;
+    if (!holdsFilesOf(work, folders)) context.sessions->newSession(*context.controller);
+}
+
 /// What is not named stays, a null takes it away. All folders are looked at before one is taken.
 JSON setFolders(CommandContext& context, const Call& call) {
-    const auto video = folder(call, "videoFolder"), audio = folder(call, "audioFolder");
-    ScanScope scope = context.controller->work().scanScope();
+    const OpenWork& work = context.controller->work();
+    const auto video = call.mentions("videoFolder") ? folder(call, "videoFolder") : work.videoFolderURL();
+    const auto audio = call.mentions("audioFolder") ? folder(call, "audioFolder") : work.audioFolderURL();
+    ScanScope scope = work.scanScope();
     if (call.mentions("moreFolders")) {
         scope.moreFolders.clear();
         if (call.has("moreFolders"))
@@ -31,10 +65,13 @@ JSON setFolders(CommandContext& context, const Call& call) {
         if (std::ranges::find(scope.exclusions, std::string()) != scope.exclusions.end())
             throw Error(Refusal::invalidArguments, "setFolders: exclude holds an empty pattern");
     }
-    if (call.mentions("videoFolder")) context.controller->scan().setVideoFolderURL(video);
-    if (call.mentions("audioFolder")) context.controller->scan().setAudioFolderURL(audio);
-    if (scope != context.controller->work().scanScope())
-        context.controller->scan().setScope(std::move(scope));
+    if (video == work.videoFolderURL() && audio == work.audioFolderURL() && scope == work.scanScope())
+        return {};
+    leaveOtherShoot(context, video, audio, scope);
+    ScanController& scan = context.controller->scan();
+    scan.setVideoFolderURL(video);
+    scan.setAudioFolderURL(audio);
+    if (scope != work.scanScope()) scan.setScope(std::move(scope));
     return {};
 }
 

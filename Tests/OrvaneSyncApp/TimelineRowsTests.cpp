@@ -43,10 +43,11 @@ TEST_F(TimelineRowsTest, SayWhatTheAnalysisFoundAndWhatWasChosenByHand) {
     EXPECT_EQ(rows().channels[1].tooltip(), "T2 Anna\n1 manual range override(s) on this channel");
 
     smartAudio_.results[group_.id] = timelineVerdict();
+    smartAudio_.results[group_.id].detectedCharacter = MaterialCharacter::fastDialog;
     smartAudio_.soloMonitorTracks[group_.id] = 3;
     group_.algorithmExcludedTracks = {1};
     const TimelineRows known = rows();
-    EXPECT_EQ(known.summary, "Smart Audio active");
+    EXPECT_EQ(known.summary, "Smart Audio active · Fast Dialog / Comedy");
     ASSERT_EQ(known.channels.size(), 3U);
     EXPECT_EQ(known.channels[0].tooltip(),
               "T1 Boom\nBoom · iXML: Boom\nAlgorithm picks this channel for 65% of the take");
@@ -64,7 +65,7 @@ TEST_F(TimelineRowsTest, SayWhatTheAnalysisFoundAndWhatWasChosenByHand) {
     EXPECT_EQ(tileOpacity(known.blocks[1]), 1);
     EXPECT_EQ(tileOpacity(known.blocks[2]), 0.08);
     settings_.set(settings::bestChannelMode.key, "perClip");
-    EXPECT_EQ(rows().summary, "Smart Audio chose Track 1");
+    EXPECT_EQ(rows().summary, "Smart Audio chose Track 1 · Fast Dialog / Comedy");
 
     group_.manualActiveTracks = {3};
     EXPECT_TRUE(rows().channels[2].isActive && !rows().channels[1].isActive);

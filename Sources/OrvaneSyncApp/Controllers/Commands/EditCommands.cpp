@@ -69,6 +69,7 @@ bool isAmbiguousAndUnlocked(const SyncGroup& group) {
     return isUnlocked(group) && group.matchStatus.kind == MatchStatus::Kind::ambiguous;
 }
 bool isMOS(const SyncGroup& group) { return group.isMOS(); }
+bool hasOffset(const SyncGroup& group) { return group.manualAudioOffsetSeconds != 0; }
 bool hasRangeOverride(const SyncGroup& group) { return !group.manualBlockOverrides.empty(); }
 bool hasWildTracks(const CommandContext& context) { return !context.controller->work().wildTracks().empty(); }
 
@@ -126,7 +127,7 @@ std::vector<Command> flagCommands() {
     using namespace undoSteps;
     return {
         onGroup("resetAudioOffset", "Puts the sound back to where the timecode lays it.", resetAudioOffset,
-                &ClipEditing::resetAudioOffset),
+                &ClipEditing::resetAudioOffset, hasOffset),
         onGroup("toggleApproved", "Approves the clip, or takes the approval back.", toggleApproved,
                 &ClipEditing::toggleApproved),
         onGroup("toggleLocked", "Locks the clip with its offset and anchors as they are, or unlocks it.",
@@ -293,12 +294,14 @@ std::vector<Command> recordingCommands() {
              })
             .forClips(hasUnlockedSound),
         edit("resyncAllClips", "Matches all clips anew; manual decisions stay.", resyncAllClips, {},
-             [](Controller& controller, const Call&) { controller.recordings().resyncAllClips(); }),
+             [](Controller& controller, const Call&) { controller.recordings().resyncAllClips(); })
+            .when(hasClips),
         Command::later("resetAllClipsToAutoSync", "Reset All Clips",
                        "Takes back the manual decisions about all clips; cannot be taken back.", {},
                        [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                            return context.controller->clips().resetAllClipsToAutoSync();
-                       }),
+                       })
+            .when(hasClips),
         edit("renameWildTrack", "Names a recording without picture.", renameWildTrack,
              {{"id", id}, {"to", text}},
              [](Controller& controller, const Call& call) {

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/Metadata/LockitFieldMapping.h"
@@ -122,7 +123,8 @@ std::vector<Command> lockitCommands() {
         Command::later("syncLockitNetwork", "Sync LockitNetwork",
                        "Lays what LockitNetwork says over the clips, day by day; gives what came of it.", {},
                        syncLockit)
-            .undoneBy(undoSteps::syncLockitNetwork),
+            .undoneBy(undoSteps::syncLockitNetwork)
+            .when(hasClips),
         Command("fieldMapping", "Field Mapping", "Gives where each field of LockitNetwork goes.", {},
                 [](CommandContext& context, const Call&) {
                     return toJSON(LockitFieldMapping::current(*context.settings));

@@ -229,6 +229,8 @@ TimelineRows timelineRows(const SyncGroup& group, const SmartAudioState& smartAu
     std::ranges::stable_sort(rows.ranges, {}, &BlockOverride::startSeconds);
     addRecordings(rows, group, take, names);
     rows.summary = smartAudioSummary(group, smartAudio, settings);
+    if (result != nullptr && result->detectedCharacter && !smartAudio.isAnalyzing)
+        rows.summary += " · " + std::string(displayName(*result->detectedCharacter));
     return rows;
 }
 

@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Uses the window as an editor does, with keys and clicks from outside, and compares the document that comes of it with the
+# one of `orvanesync serve` after the same decisions. Installs what is missing; needs no screen.
+#   Scripts/evening.sh [FOLDER]     the folder of the programs; without it a release is built
+# It fails where something did not happen, with a picture of the screen in build/evening/failed.png.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+Scripts/install-dependencies.sh build evening
+programs=${1:-}
+if [ -z "$programs" ]; then
+    cmake --preset release >/dev/null
+    cmake --build --preset release
+    programs=build/release/bin
+fi
+scratch=$PWD/build/evening
+rm -rf "$scratch"
+mkdir -p "$scratch"
+"$programs/orvane_make_shoot" "$scratch/shoot" >/dev/null
+
+# A screen of its own: the first free number is the server's own choice.
+exec 3<>"$scratch/display"
+Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp >"$scratch/xvfb.log" 2>&1 &
+server=$!
+trap 'kill "$server" 2>/dev/null || true' EXIT
+until [ -s "$scratch/display" ]; do
+    kill -0 "$server" 2>/dev/null || { cat "$scratch/xvfb.log" >&2; exit 1; }
+    sleep 0.1
+done
+export DISPLAY=":$(cat "$scratch/display")"
+unset WAYLAND_DISPLAY
+
+# A session bus and a window manager of its own, which end with it.
+dbus-run-session -- bash -c '
+    openbox >"$3/openbox.log" 2>&1 &
+    /usr/libexec/at-spi-bus-launcher --launch-immediately >"$3/bus.log" 2>&1 &
+    status=0
+    /usr/bin/python3 Tools/Evening/evening.py "$@" || status=$?
+    kill $(jobs -p) 2>/dev/null
+    exit $status' evening "$programs" "$scratch/shoot" "$scratch"

@@ -1,0 +1,335 @@
+#!/usr/bin/python3
+"""An evening at the window: a shoot is scanned, every clip is looked at, moved, locked or named, and exported, by keys
+and clicks from outside. The document has to be the one that the program without a window writes after the same decisions.
+
+    evening.py PROGRAMS SHOOT SCRATCH      the folder of the programs, the demo's shoot, and a folder for what is made
+
+Runs under a window manager and a session bus; Scripts/evening.sh gives it both.
+"""
+
+import glob
+import json
+import os
+import subprocess
+import sys
+import time
+
+from desktop import Failure, Window, click, drag, fills_screen, hold, picture_of, press, save_screen, stays, type_text, wait, xdotool
+from service import Service
+
+EVENT = "Evening"
+FRAME = 1 / 25
+SOUND_OF_TAKE_2 = "DAY1_T02.WAV"
+CHANNEL_OF_RANGE = "Boom"
+NAME = "Door, l. c. [final]"  # made of keys that mean something in the review
+MOS = "A001C004_261120_MOS.mov"
+
+# In the order of the list: frames by which the sound is moved, and whether the picture shows the clap.
+CLIPS = [
+    ("A001C001_261120_R1AB.mov", 1, True),
+    ("B001C001_261120_R1CD.mov", -2, True),
+    ("A001C002_261120_R1AB.mov", 3, True),
+    ("B001C002_261120_R1CD.mov", 11, True),
+    ("A001C003_261120_R1AB.mov", -10, True),
+    ("B001C003_261120_R1CD.mov", 2, False),
+    (MOS, 0, False),
+    ("A001C005_261120_R1AB.mov", 1, False),
+]
+KEYS = {1: "period", -1: "comma", 10: "shift+period", -10: "shift+comma"}
+
+
+def keys_for(frames):
+    for size in (10, 1):
+        step = size if frames > 0 else -size
+        while abs(frames) >= size:
+            frames -= step
+            yield KEYS[step]
+
+
+class Evening:
+    def __init__(self, programs, shoot, scratch):
+        self.programs, self.shoot, self.scratch = programs, shoot, scratch
+        self.environment = dict(os.environ)
+        home = self.environment["HOME"] = os.path.join(scratch, "home")
+        for variable in ("XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"):
+            place = self.environment[variable] = os.path.join(home, variable.lower())
+            os.makedirs(place, mode=0o700, exist_ok=True)
+        self.environment.update(QT_QPA_PLATFORM="xcb", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", LANG="C.UTF-8",
+                                QT_LOGGING_RULES="qt.accessibility.*=false")
+        self.window = None
+        self.slowest = (0.0, "")
+
+    # The program and what it keeps
+
+    def start(self):
+        command = [f"{self.programs}/orvanesync-app", "--language", "en", f"{self.shoot}/camera", f"{self.shoot}/sound"]
+        process = subprocess.Popen(command, env=self.environment)
+        self.window = Window("OrvaneSync", process)
+
+    def end(self):
+        press("ctrl+q")
+        status = self.window.process.wait(30)
+        if status != 0:
+            raise Failure(f"the program has ended with status {status}")
+
+    def sessions(self):
+        return glob.glob(self.environment["XDG_DATA_HOME"] + "/Orvane Tandrel/Sessions/*/groups.json")
+
+    def clips(self):
+        """What is on the disk of the open session, by camera file."""
+        files = sorted(self.sessions(), key=os.path.getmtime)
+        if not files:
+            return {}
+        with open(files[-1], encoding="utf-8") as file:
+            return {clip["video"]["filename"]: clip for clip in json.load(file)}
+
+    def decisions(self):
+        """What people decide; a clap that is found meanwhile is none."""
+        kinds = ("isApproved", "isLocked", "manualAudioOffsetSeconds", "manualClipName", "manualBlockOverrides", "audioMatches")
+        return {name: {kind: clip.get(kind) for kind in kinds} for name, clip in self.clips().items()}
+
+    def kept(self, what, camera_file, condition):
+        """Waits for a decision to be on the disk."""
+        wait(f"{camera_file}: {what} is kept", lambda: condition(self.clips()[camera_file]))
+
+    def frames_of(self, clip):
+        return round(clip["manualAudioOffsetSeconds"] / FRAME)
+
+    # What is on the screen
+
+    def is_moving(self):
+        """Whether the picture is another one some frames later."""
+        box = self.window.box("Picture", "filler")
+        before = picture_of(box)
+        time.sleep(5 * FRAME)
+        return picture_of(box) != before
+
+    def shows_clap(self):
+        """The frame of the clap has a bar of the accent's colour above the slate, which no other frame has."""
+        box = self.window.box("Picture", "filler")
+        upper = picture_of(box)[: box[3] // 3]
+        widest = 0
+        for row in upper:
+            run = 0
+            for red, green, blue in row:
+                run = run + 1 if red > 200 and 130 < green < 200 and blue < 110 else 0
+                widest = max(widest, run)
+        return widest > box[2] // 20
+
+    def timed(self, what, condition):
+        begun = time.monotonic()
+        wait(what, condition)
+        took = time.monotonic() - begun
+        if took > self.slowest[0]:
+            self.slowest = (took, what)
+
+    # The evening
+
+    def run(self):
+        for step in (
+            self.leave_during_scan, self.scan, self.open_first, self.fields_win, self.keys_of_playback, self.each_clip,
+            self.hold_a_key, self.attach, self.choose_range, self.rename, self.take_back, self.export, self.compare,
+        ):
+            print(step.__name__.replace("_", " "), flush=True)
+            step()
+        print(f"slowest answer to a key, with reading the screen: {self.slowest[0]:.2f} s, {self.slowest[1]}")
+
+    def leave_during_scan(self):
+        self.start()
+        xdotool("search", "--sync", "--onlyvisible", "--name", "OrvaneSync", "windowactivate")
+        self.end()
+
+    def scan(self):
+        self.start()
+        xdotool("search", "--sync", "--onlyvisible", "--name", "OrvaneSync", "windowactivate")
+        wait("all clips are found", lambda: set(self.clips()) == {name for name, _, _ in CLIPS}, 60)
+        wait("the list has the first clip", lambda: self.window.shows("12A-1 Cam A", "table cell"))
+
+    def open_first(self):
+        press("Return")
+        self.timed("Return opens the clip", lambda: self.is_open(CLIPS[0][0]))
+        stays("Return opens the clip and does nothing to it", lambda: not self.clips()[CLIPS[0][0]]["isApproved"])
+
+    def is_open(self, camera_file):
+        return self.window.is_selected("list item", camera_file.split(".")[0])
+
+    def fields_win(self):
+        before = self.decisions()
+        click(self.window.box("Search clips in the list", "text"))
+        type_text("c l.,]")
+        wait("the field has what was typed", lambda: self.window.text_of("Search clips in the list") == "c l.,]")
+        press("ctrl+a", "BackSpace")
+        press("Escape")
+        wait("Escape leaves the field", lambda: not self.window.focused().startswith("Search"))
+        if self.decisions() != before or not self.window.shows("Review"):
+            raise Failure("keys that were typed into a field did something")
+
+    def keys_of_playback(self):
+        for start, stop in (("space", "space"), ("l", "k"), ("j", "k")):
+            press(start)
+            self.timed(f"{start} plays", self.is_moving)
+            press(stop)
+            self.timed(f"{stop} stops", lambda: not self.is_moving())
+        press("f")
+        self.timed("F fills the screen", fills_screen)
+        press("Escape")
+        self.timed("Escape gives the window back", lambda: not fills_screen())
+        press("question")
+        self.timed("? shows the keys", lambda: self.window.shows("Keys"))
+        press("Escape")
+        self.timed("Escape closes them", lambda: not self.window.shows("Keys"))
+
+    def each_clip(self):
+        for i, (camera_file, frames, has_clap) in enumerate(CLIPS):
+            if i > 0:
+                press("bracketright")
+                self.timed(f"] opens {camera_file}", lambda: self.is_open(camera_file))
+            else:
+                press("bracketright", "bracketleft")  # opened anew, it stands on its clap
+            if has_clap:
+                wait(f"{camera_file} opens on its clap", self.shows_clap)
+            for key in keys_for(frames):
+                press(key)
+            self.timed(f"{camera_file} is moved", lambda: self.frames_of(self.clips()[camera_file]) == frames)
+            if camera_file == MOS:
+                continue
+            press("ctrl+l")
+            self.kept("the lock", camera_file, lambda clip: clip["isLocked"])
+        press("Return")
+        self.kept("the mark", CLIPS[-1][0], lambda clip: clip["isApproved"])
+
+    def hold_a_key(self):
+        """The server's own repeats: the sound goes on while the key is down, and stands when it is up."""
+        camera_file, frames, _ = CLIPS[-1]
+        hold("period", 1.2)
+        wait("the held key repeats", lambda: self.frames_of(self.clips()[camera_file]) > frames + 3)
+        stood = self.standing_frames(camera_file)
+        while stood > frames:
+            press("ctrl+z")
+            wait("the step is taken back", lambda: self.frames_of(self.clips()[camera_file]) < stood)
+            stood = self.standing_frames(camera_file)
+        if stood != frames:
+            raise Failure(f"taking the held key back leaves {stood} frames, not {frames}")
+
+    def standing_frames(self, camera_file):
+        """By how much the sound is moved, once that has not changed for half a second."""
+        while True:
+            frames = self.frames_of(self.clips()[camera_file])
+            try:
+                stays("moving", lambda: self.frames_of(self.clips()[camera_file]) == frames)
+                return frames
+            except Failure:
+                continue
+
+    def attach(self):
+        press("bracketleft")
+        self.timed("[ opens the clip without sound", lambda: self.is_open(MOS))
+        self.window.tab_to("Attach…")
+        press("space")
+        wait("the recordings are offered", lambda: self.window.shows("Search recordings", "text"))
+        press("Tab")  # into the list, which goes to what is typed
+        type_text(SOUND_OF_TAKE_2[:8])
+        press("Return")
+        self.kept("the recording", MOS, lambda clip: len(clip["audioMatches"]) == 1)
+        sound = self.clips()[MOS]["audioMatches"][0]["audio"]["filename"]
+        if sound != SOUND_OF_TAKE_2:
+            raise Failure(f"{sound} was attached, not {SOUND_OF_TAKE_2}")
+
+    def choose_range(self):
+        camera_file = CLIPS[-1][0]  # the clip before has moved to the take of its sound
+        click(self.window.box("13-1", "list item"))
+        wait("a click in the outline opens the clip", lambda: self.is_open(camera_file))
+        press("a")
+        _, row, _, size = self.window.box(f"Export {CHANNEL_OF_RANGE}")
+        x, _, width, _ = self.window.box("Timeline", "filler")
+        at = row + size // 2  # the strip lies beside the switches
+        drag((x + width * 2 // 5, at), (x + width * 3 // 5, at))
+        self.kept("the range", camera_file, lambda clip: len(clip["manualBlockOverrides"]) == 1)
+
+    def rename(self):
+        press("F2")
+        wait("a name is asked for", lambda: self.window.shows("Rename clip"))
+        type_text(NAME)
+        press("Return")
+        self.kept("the name", CLIPS[-1][0], lambda clip: clip.get("manualClipName") == NAME)
+
+    def take_back(self):
+        camera_file = CLIPS[-1][0]
+        whole = self.decisions()
+        press("ctrl+z")
+        self.kept("the step back", camera_file, lambda clip: not clip.get("manualClipName"))
+        press("ctrl+z")
+        self.kept("the step back", camera_file, lambda clip: not clip["manualBlockOverrides"])
+        press("ctrl+shift+z", "ctrl+shift+z")
+        wait("what was taken back is done again", lambda: self.decisions() == whole)
+
+    def export(self):
+        press("Escape")
+        self.timed("Escape goes back to the list", lambda: self.window.shows("12A-1 Cam A", "table cell"))
+        press("ctrl+e")
+        wait("the document is asked for", lambda: self.window.shows("Event name", "text"))
+        self.window.tab_to("Event name")
+        press("ctrl+a")
+        type_text(EVENT)
+        self.window.tab_to("Document")
+        press("ctrl+a")
+        type_text(self.document)
+        press("Return")
+        wait("the document is written", lambda: os.path.exists(self.document))
+        press("Escape")
+        wait("the sheet has gone", lambda: not self.window.shows("Event name", "text"))
+        self.end()
+
+    @property
+    def document(self):
+        return os.path.join(self.scratch, "window.fcpxml")
+
+    def compare(self):
+        decided = self.clips()
+        service = Service(f"{self.programs}/orvanesync", self.environment)
+        service.call("setFolders", videoFolder=f"{self.shoot}/camera", audioFolder=f"{self.shoot}/sound")
+        service.call("startScan")
+        ids = {name: clip["id"] for name, clip in service.clips().items()}
+        for camera_file, frames, _ in CLIPS:
+            if frames:
+                service.call("adjustAudioOffset", groupID=ids[camera_file], deltaSeconds=frames * FRAME)
+            if camera_file != MOS:
+                service.call("toggleLocked", groupID=ids[camera_file])
+        last = CLIPS[-1][0]
+        service.call("toggleApproved", groupID=ids[last])
+        sound = next(
+            match["audio"]["id"] for clip in service.clips().values() for match in clip["audioMatches"]
+            if match["audio"]["filename"] == SOUND_OF_TAKE_2
+        )
+        service.call("attachAudioToGroup", groupID=ids[MOS], audio=sound)
+        # Where the hand let go is known from the window alone.
+        chosen = decided[last]["manualBlockOverrides"][0]
+        service.call("addBlockOverride", groupID=ids[last], **{key: chosen[key] for key in ("startSeconds", "endSeconds", "trackIndex")})
+        service.call("setManualClipName", groupID=ids[last], name=NAME)
+        same = os.path.join(self.scratch, "service.fcpxml")
+        version = "1.14"
+        service.call("exportFCPXML", output=same, eventName=EVENT, version=version, overwrite=True)
+        if service.close() != 0:
+            raise Failure("the program without a window has failed")
+        subprocess.run(["diff", "-u", same, self.document], check=True)
+
+
+def main():
+    programs, shoot, scratch = map(os.path.abspath, sys.argv[1:4])
+    evening = Evening(programs, shoot, scratch)
+    try:
+        evening.run()
+    except (Failure, subprocess.CalledProcessError, RuntimeError) as why:
+        picture = os.path.join(scratch, "failed.png")
+        save_screen(picture)
+        print(f"error: {why}\nThe screen at that moment: {picture}", file=sys.stderr)
+        return 1
+    finally:
+        if evening.window is not None and evening.window.process.poll() is None:
+            evening.window.process.kill()
+    print("the window and the service have written the same document")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -29,6 +29,7 @@ QPixmap glyphPixmap(Glyph glyph, int side, const QColor& colour, double ratio) {
 
 QPushButton* button(const QString& text, Weight weight) {
     auto* made = new QPushButton(text);
+    made->setIconSize({text.isEmpty() ? glyphSide : glyphSide + space::tight, glyphSide});
     made->setCursor(Qt::PointingHandCursor);
     if (weight == Weight::primary) made->setProperty("primary", true);
     if (weight == Weight::quiet) made->setProperty("quiet", true);
@@ -39,10 +40,7 @@ QPushButton* button(const QString& text, Weight weight) {
 QPushButton* button(const QString& text, Glyph glyph, Weight weight) {
     QPushButton* made = button(text, weight);
     made->setIcon(icon(glyph));
-    if (text.isEmpty())
-        made->setProperty("iconOnly", true);
-    else
-        made->setIconSize({glyphSide + space::tight, glyphSide});
+    if (text.isEmpty()) made->setProperty("iconOnly", true);
     return made;
 }
 

@@ -29,7 +29,7 @@ namespace {
 constexpr int idRole = Qt::UserRole;
 constexpr int folderRole = Qt::UserRole + 1;
 constexpr int badgeColumn = 1;
-constexpr int narrowest = 200; // for the words of the presets
+constexpr int narrowest = 226; // for the words of the presets
 
 QString dayText(Date date) {
     const auto time = QDateTime::fromMSecsSinceEpoch(date.time_since_epoch().count());

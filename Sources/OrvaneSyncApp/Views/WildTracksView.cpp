@@ -20,7 +20,7 @@ namespace {
 enum Column { playColumn, nameColumn, fileColumn, startsColumn, lengthColumn, channelsColumn, approveColumn };
 constexpr int idRole = Qt::UserRole;
 constexpr int playWidth = 44;
-constexpr int startsWidth = 112, lengthWidth = 70, channelsWidth = 80, approveWidth = 176;
+constexpr int startsWidth = 112, lengthWidth = 70, channelsWidth = 80, approveWidth = 150;
 
 } // namespace
 

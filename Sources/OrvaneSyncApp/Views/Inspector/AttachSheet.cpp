@@ -62,6 +62,10 @@ void AttachSheet::filter(const QString& words) {
         item->setHidden(!isFound);
         if (!isFound) item->setSelected(false);
     }
+    if (!list_->selectedItems().isEmpty()) return;
+    // Return takes what is found first.
+    for (int row = 0; row < list_->count(); ++row)
+        if (!list_->item(row)->isHidden()) return list_->setCurrentRow(row);
 }
 
 void AttachSheet::choose() {

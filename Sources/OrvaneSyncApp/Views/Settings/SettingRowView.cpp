@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Settings/SettingRowView.h"
 
 #include "OrvaneSyncApp/Views/Settings/PatternEditorView.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Models/SmartAudioConfig.h"
@@ -79,7 +80,7 @@ void SettingRowView::place(QGridLayout& grid) {
     grid.setVerticalSpacing(2);
     grid.setHorizontalSpacing(space::medium);
     grid.setColumnStretch(0, 1);
-    QLabel* name = label(text(row_.label));
+    QLabel* name = label(translated(row_.label));
     name->setBuddy(control_);
     const bool isWide = row_.control == SettingRow::Control::pattern;
     if (!isWide && row_.control != SettingRow::Control::toggle) control_->setFixedWidth(controlWidth);
@@ -94,7 +95,7 @@ void SettingRowView::place(QGridLayout& grid) {
     if (!isWide) grid.addWidget(side, line, 1, 2, 1, Qt::AlignVCenter);
     grid.addWidget(reset_, line, 2, 2, 1, Qt::AlignVCenter);
     ++line;
-    if (!row_.hint.empty()) grid.addWidget(facts(text(row_.hint)), line, 0);
+    if (!row_.hint.empty()) grid.addWidget(facts(translated(row_.hint)), line, 0);
     ++line;
     if (isWide) grid.addWidget(side, line++, 0, 1, 3);
     grid.addWidget(remark_, line, 0, 1, 3);
@@ -125,8 +126,8 @@ QWidget* SettingRowView::makeControl() {
         made = makeFile();
         break;
     }
-    made->setAccessibleName(text(row_.label));
-    made->setAccessibleDescription(text(row_.hint));
+    made->setAccessibleName(translated(row_.label));
+    made->setAccessibleDescription(translated(row_.hint));
     made->setToolTip(text(row_.setting.get().key));
     return made;
 }
@@ -144,7 +145,7 @@ QWidget* SettingRowView::makeChoice() {
     put_ = [this, choice](const JSON&) {
         const auto choices = model_.choices(row_);
         choice->clear();
-        for (const SettingChoice& one : choices) choice->addItem(text(one.text));
+        for (const SettingChoice& one : choices) choice->addItem(translated(one.text));
         choice->setCurrentIndex(static_cast<int>(model_.chosen(row_, choices)));
     };
     connect(choice, &QComboBox::activated, this, [this](int index) {
@@ -176,14 +177,14 @@ QWidget* SettingRowView::makeAmount() {
     auto* slider = new Calm<QSlider>;
     slider->setOrientation(Qt::Horizontal);
     slider->setRange(0, hundred);
-    slider->setAccessibleName(text(row_.label));
+    slider->setAccessibleName(translated(row_.label));
     auto* number = new Calm<QSpinBox>;
     number->setButtonSymbols(QAbstractSpinBox::NoButtons);
     number->setRange(0, hundred);
     number->setSuffix(QStringLiteral(" %"));
     number->setFixedWidth(percentWidth);
     number->setKeyboardTracking(false);
-    number->setAccessibleName(tr("%1 in percent").arg(text(row_.label)));
+    number->setAccessibleName(tr("%1 in percent").arg(translated(row_.label)));
     line->addWidget(slider, 1);
     line->addWidget(number);
     put_ = [slider, number](const JSON& value) {
@@ -229,7 +230,7 @@ QWidget* SettingRowView::makeFile() {
     auto* row = new QHBoxLayout(both);
     row->setContentsMargins(0, 0, 0, 0);
     QWidget* line = makeLine();
-    line->setAccessibleName(text(row_.label));
+    line->setAccessibleName(translated(row_.label));
     auto* choose = button(tr("Choose…"), Glyph::folder);
     choose->setAccessibleName(tr("Choose a recording"));
     row->addWidget(line, 1);
@@ -258,7 +259,7 @@ void SettingRowView::refresh() {
 void SettingRowView::showRemark() {
     if (!refusal_.isEmpty()) return remark_->show(Signal::missing, refusal_);
     const SettingRemark remark = model_.remark(row_);
-    remark_->show(signalOf(remark.kind), text(remark.text));
+    remark_->show(signalOf(remark.kind), translatedSentence(remark.text));
 }
 
 void SettingRowView::store(JSON value) {

@@ -8,6 +8,7 @@
 #include "OrvaneSyncApp/Views/Settings/ModelsPage.h"
 #include "OrvaneSyncApp/Views/Settings/RolesPage.h"
 #include "OrvaneSyncApp/Views/Settings/SettingRowView.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QScrollArea>
 #include <QVBoxLayout>
@@ -18,6 +19,17 @@
 namespace orvane::views {
 
 using namespace design;
+
+namespace {
+
+/// In the language of the window, in which people search as well.
+QString shownTexts(const SettingTab& tab, const SettingSection& section, const SettingRow& row) {
+    return QStringList{translated(tab.title), translated(section.title), translated(row.label),
+                       translated(row.hint)}
+        .join(QLatin1Char(' '));
+}
+
+} // namespace
 
 SettingsPage::SettingsPage(Desktop& desktop, const SettingsModel& model, const SettingTab& tab)
     : desktop_(desktop), model_(model), tab_(tab) {
@@ -39,7 +51,7 @@ SettingsPage::SettingsPage(Desktop& desktop, const SettingsModel& model, const S
 }
 
 void SettingsPage::addRows(const SettingSection& section) {
-    auto* box = new Section(text(section.title));
+    auto* box = new Section(translated(section.title));
     Part part{box, {}, {}, &section};
     auto* rows = new QVBoxLayout;
     rows->setSpacing(space::small);
@@ -55,7 +67,7 @@ void SettingsPage::addRows(const SettingSection& section) {
 
 void SettingsPage::add(QWidget* section, const QString& searched, bool isFirst) {
     column_->insertWidget(isFirst ? 0 : column_->count() - 1, section);
-    parts_.push_back({section, text(tab_.title) + QLatin1Char(' ') + searched, {}, nullptr});
+    parts_.push_back({section, translated(tab_.title) + QLatin1Char(' ') + searched, {}, nullptr});
 }
 
 bool SettingsPage::showMatching(const QString& words) {
@@ -64,7 +76,8 @@ bool SettingsPage::showMatching(const QString& words) {
     for (const Part& part : parts_) {
         bool isShown = part.described == nullptr && holdsWords(utf8(part.searched), searched);
         for (SettingRowView* row : part.rows) {
-            const bool matches = SettingsModel::matches(tab_, *part.described, row->row(), searched);
+            const bool matches = SettingsModel::matches(tab_, *part.described, row->row(), searched) ||
+                                 holdsWords(utf8(shownTexts(tab_, *part.described, row->row())), searched);
             row->setVisible(matches);
             isShown = isShown || matches;
         }

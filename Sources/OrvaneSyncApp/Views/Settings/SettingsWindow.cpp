@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
 
 #include "OrvaneSyncApp/Views/Settings/SettingsPage.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QHBoxLayout>
 #include <QListWidget>
@@ -39,7 +40,7 @@ SettingsWindow::SettingsWindow(Desktop& desktop, QWidget* parent)
     for (const SettingTab& tab : settingTabs()) {
         if (!hasPage(tab)) continue;
         pageOrder_.push_back(tab.page);
-        auto* item = new QListWidgetItem(text(tab.title), tabs_);
+        auto* item = new QListWidgetItem(translated(tab.title), tabs_);
         item->setSizeHint({0, 2 * space::medium});
         SettingsPage* page = makeSettingsPage(desktop, model_, tab);
         settingsPages_.push_back(page);

@@ -269,6 +269,8 @@ void ExportSheet::written(const JSON& answer) {
         const JSON* value = answer.find(key);
         return value == nullptr ? 0 : static_cast<int>(value->number().value_or(0));
     };
+    if (const QString event = event_->text().trimmed(); !event.isEmpty())
+        setOption(settings::eventName.key, JSON(utf8(event)));
     const QString place = QDir::cleanPath(place_->text().trimmed());
     outcome_->show(Signal::matched,
                    tr("Written: %1 clips and %2 multicam clips in %3")

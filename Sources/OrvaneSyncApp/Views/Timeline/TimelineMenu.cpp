@@ -1,5 +1,7 @@
 #include "OrvaneSyncApp/Views/Timeline/TimelineCanvas.h"
 
+#include "OrvaneSyncApp/Views/Translation.h"
+
 #include <QContextMenuEvent>
 #include <QMenu>
 
@@ -23,8 +25,8 @@ std::unique_ptr<QMenu> TimelineCanvas::menuAt(const TimelineLayout::Hit& hit) {
     const TimelineRows& rows = layout_->content();
     const auto add = [&](std::string_view id, JSON arguments, const QString& title = {}) {
         const commands::Command& command = desktop_.command(id);
-        auto* action = menu->addAction(title.isEmpty() ? text(command.title) : title);
-        action->setToolTip(text(command.help));
+        auto* action = menu->addAction(title.isEmpty() ? translated(command.title) : title);
+        action->setToolTip(translated(command.help));
         action->setEnabled(desktop_.isEnabled(id, clip()));
         connect(action, &QAction::triggered, this,
                 [this, id, arguments = std::move(arguments)] { desktop_.run(id, arguments); });

@@ -7,6 +7,7 @@
 
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QPainter>
 #include <QScrollBar>
 #include <QSettings>
 #include <QSignalBlocker>
@@ -30,11 +31,22 @@ constexpr QSize smallest{200, 150};
 
 QString skimSetting() { return QStringLiteral("timeline/skims"); }
 
-QLabel* elidingFacts() {
-    auto* made = facts({});
-    made->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    return made;
-}
+/// One line, with an ellipsis where it has not the room.
+class ElidedFacts : public QLabel {
+  public:
+    ElidedFacts() {
+        setFont(factsFont());
+        setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    }
+
+  protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setPen(colours().facts);
+        painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeft,
+                         fontMetrics().elidedText(text(), Qt::ElideRight, width()));
+    }
+};
 
 } // namespace
 
@@ -63,7 +75,7 @@ QWidget* TimelineView::makeTools() {
     auto* row = new QHBoxLayout(tools);
     row->setContentsMargins(space::small, 2, space::small, 2);
     row->setSpacing(space::tight);
-    row->addWidget(summary_ = elidingFacts(), 1);
+    row->addWidget(summary_ = new ElidedFacts, 1);
     const auto add = [&](const QString& words, const QString& name, const QString& tip,
                          Weight weight = Weight::quiet) {
         auto* made = button(words, weight);

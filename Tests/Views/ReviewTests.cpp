@@ -107,6 +107,7 @@ TEST_F(ReviewTest, AClipIsNudgedLockedAndLeftByKeys) {
     open();
     constexpr int clapFrame = 30; // 0.8 + 0.4 s
     ASSERT_TRUE(waitUntil([&] { return engine().player()->picture()->number == clapFrame; }));
+    EXPECT_FALSE(clip(0).isApproved) << "the press that opened it is over";
     press(Qt::Key_Period);
     press(Qt::Key_Comma, Qt::ShiftModifier);
     EXPECT_NEAR(clip(0).manualAudioOffsetSeconds, -9 / 25.0, 1e-9);
@@ -144,6 +145,9 @@ TEST_F(ReviewTest, KeysOfTextAndOfTabbedControlsAreTheirs) {
     EXPECT_EQ(field.text(), "k.c");
     EXPECT_EQ(clip(0).manualAudioOffsetSeconds, 0);
     EXPECT_FALSE(engine().loop().isLooping || desktop_->players().keyboard().kHeld());
+    QTest::keyClick(&field, Qt::Key_Escape);
+    EXPECT_TRUE(waitUntil([&] { return !field.hasFocus(); }));
+    EXPECT_TRUE(window_->review().isVisible()) << "Escape leaves the field first";
 
     QPushButton button(&window_->review());
     int presses = 0;

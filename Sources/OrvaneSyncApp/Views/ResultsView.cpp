@@ -41,11 +41,11 @@ struct ColumnWidth {
 };
 using Column = ResultsViewModel::Column;
 constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
-    {{Column::name, 0, 50, 180},
+    {{Column::name, 0, 48, 180},
      {Column::cameraFile, 0, 33, 120},
      {Column::starts, 112, 0, 0},
      {Column::length, 66, 0, 0},
-     {Column::match, 0, 25, 110},
+     {Column::match, 0, 27, 110},
      {Column::sound, 0, 24, 104},
      {Column::begins, 116, 0, 0},
      {Column::loudness, 92, 0, 0}}};

@@ -1,7 +1,6 @@
 #include "OrvaneSyncApp/Views/MainWindow.h"
 
 #include "OrvaneDesignKit/Controls.h"
-#include "OrvaneSyncApp/ViewModels/Results/OtherShoot.h"
 #include "OrvaneSyncApp/Views/MainMenus.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
@@ -247,12 +246,6 @@ void MainWindow::showResults() {
 }
 
 void MainWindow::startScan() {
-    if (isOfOtherShoot(desktop_.controller().work())) {
-        // The work before stays in its session as it is.
-        JSON chosen = chosenFolders(desktop_.controller().work());
-        desktop_.run("newSession");
-        desktop_.run("setFolders", std::move(chosen));
-    }
     wantsStart_ = false;
     banner_->clear();
     scanning_->begin();

@@ -51,6 +51,8 @@ TEST(SyncEngine, placesFilesOnTheAxis) {
         EXPECT_DOUBLE_EQ(range->endSeconds, *end) << name;
     };
     check("by its text", ten, {}, 3600, 3610);
+    check("a sensor rate of zero is none", offspeed(ten, 0, 24), {}, 3600, 3610);
+    check("nor is one below it", offspeed(ten, -24, 24), {}, 3600, 3610);
     check("the project's rate before the file's", atProjectRate, {}, 1.5, 61.5);
     check("the fallback before both", atProjectRate, 48, 1.25, 61.25);
     MediaAsset counting = atProjectRate;

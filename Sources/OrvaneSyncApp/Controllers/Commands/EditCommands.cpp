@@ -225,12 +225,14 @@ std::vector<Command> valueCommands() {
                     return JSON();
                 })
             .undoneBy(setSyncMethod),
-        edit("setManualSensorFrameRate",
-             "Sets the sensor rate of the clip in frames per second, or lets the file decide.",
-             setManualSensorFrameRate, {groupID, {"fps", number, true}},
-             [](Controller& controller, const Call& call) {
-                 controller.clips().setManualSensorFrameRate(call.id("groupID"), call.numberIfPresent("fps"));
-             })
+        edit(
+            "setManualSensorFrameRate",
+            "Sets the sensor rate of the clip in frames per second, or lets the file decide.",
+            setManualSensorFrameRate,
+            {groupID, {.name = "fps", .kind = number, .isOptional = true, .lowest = 0.01, .highest = 100000}},
+            [](Controller& controller, const Call& call) {
+                controller.clips().setManualSensorFrameRate(call.id("groupID"), call.numberIfPresent("fps"));
+            })
             .forClips(isUnlocked),
         editAndListen("addBlockOverride",
                       "Chooses the track that is heard in a range of the clip, in seconds from its start.",

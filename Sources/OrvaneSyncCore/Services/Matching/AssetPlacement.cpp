@@ -15,8 +15,10 @@ constexpr double defaultFrameRate = 24;
 AssetPlacement::AssetPlacement(const MediaAsset& asset, std::optional<TimecodeFrameRate> timecodeRate) {
     if (!asset.durationSeconds || !(*asset.durationSeconds > 0)) return;
     durationSeconds_ = *asset.durationSeconds;
-    // Slow motion stretches the file; the timecode counts the time in which it was shot.
-    if (asset.kind == AssetKind::video && asset.isOffspeed()) durationSeconds_ /= asset.slowMotionFactor();
+    // Slow motion stretches the file; the timecode counts the time in which it was shot. A sensor rate of 0,
+    // which damaged metadata states, is none: a clip without an end would meet every recording.
+    const double factor = asset.slowMotionFactor();
+    if (asset.kind == AssetKind::video && asset.isOffspeed() && factor > 0) durationSeconds_ /= factor;
     timecodeFrameRate_ = asset.timecodeFrameRate;
     frameRate_ = asset.projectFrameRate.value_or(asset.frameRate.value_or(defaultFrameRate));
 

@@ -191,7 +191,7 @@ void makeShoot(const std::string& folder) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
+    if (argc != 2 || argv[1][0] == '-' || argv[1][0] == 0) {
         std::cerr << "usage: orvane_make_shoot FOLDER\n";
         return 2;
     }

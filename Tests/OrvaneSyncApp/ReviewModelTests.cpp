@@ -214,9 +214,14 @@ TEST_F(ReviewModelTest, theFullscreenWindowFollowsTheScreensAndItsKeys) {
 TEST_F(ReviewModelTest, theCamerasOfATakePlayAsOne) {
     const auto cluster = MulticamViewModel::create(controller_, [this] { return makeEngine(); });
     ClusterEngineBag& bag = cluster->bag();
-    finish(cluster->load({id_, other_, broken_}));
-    EXPECT_EQ(bag.memberLabels()[1].second, "Cam B");
     const auto cameraAt = [&](const UUID& id) { return bag.engines().at(id)->position().seconds(); };
+    controller_->clips().setAudioAnchor(id_, 3);
+    finish(cluster->load({id_, other_, broken_}));
+    mainThread_->runPosted();
+    // One camera's clap says where the other, whose clap nobody has marked, begins.
+    EXPECT_EQ(cameraAt(id_), 4.5);
+    EXPECT_EQ(cameraAt(other_), 1);
+    EXPECT_EQ(bag.memberLabels()[1].second, "Cam B");
     const auto volume = [&](std::size_t player) { return system_->players[player]->volume; };
     const auto volumes = [&] { return std::pair(volume(0), volume(1)); };
     bag.seekAll(4);

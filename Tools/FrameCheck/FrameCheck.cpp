@@ -189,9 +189,16 @@ class Document {
         }
         expect("the frame", resources_[tag.text("format")].time("frameDuration"), now_->frame);
         expect("tcFormat", tag.text("tcFormat"), now_->isDrop ? "DF" : "NDF");
-        expect("the clip's start", container_.time("start"), now_->start);
-        expect("the clip's offset", container_.time("offset"),
-               earliest_ ? now_->start - *earliest_ : now_->start);
+        const Time start = container_.time("start");
+        if (!earliest_ || !isMovedToAFrame(start)) expect("the clip's start", start, now_->start);
+        expect("the clip's offset", container_.time("offset"), earliest_ ? start - *earliest_ : start);
+    }
+
+    /// An angle beside cameras of other rates begins on the next frame of the main format.
+    bool isMovedToAFrame(const Time& start) {
+        const Time frame = resources_["r1"].time("frameDuration"), moved = start - now_->start;
+        return !(moved < Time::zero()) && moved < frame &&
+               start == start.toFrame(frame, fcpxml::FrameSampling::floor);
     }
 
     void sound(const Tag& tag) {

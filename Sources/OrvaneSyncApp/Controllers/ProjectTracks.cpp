@@ -1,8 +1,12 @@
 #include "OrvaneSyncApp/Controllers/ProjectTracks.h"
 
+#include "OrvaneSyncCore/Services/Matching/ChannelNames.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
+#include "Platform/Text.h"
 
+#include <algorithm>
 #include <set>
 #include <string>
 
@@ -24,6 +28,41 @@ bool hasRecordings(const SyncGroup& group, const std::vector<FileURL>& recording
     return own == others;
 }
 
+/// Whether a file that is not here had its channels behind those of this file of the take, or none of its
+/// own, whatever it may state: channels are counted in the order of the paths, and other recorders' come
+/// last.
+bool countsBehind(const FileURL& missing, const MediaAsset& file) {
+    using platform::text::localizedStandardSortKey;
+    if (localizedStandardSortKey(file.url.pathText()) < localizedStandardSortKey(missing.pathText()))
+        return true;
+    const MediaAsset other(missing, AssetKind::audio);
+    if (other.normalizedName() == file.normalizedName())
+        return true; // a copy, or a recorder that counts alike
+    const auto isStated = [](const std::optional<std::string>& text) {
+        return text && !platform::text::trimmed(*text).empty();
+    };
+    const auto& ixml = file.ixmlData;
+    // Files that state one scene and take are of one take whatever they are called.
+    if (ixml && isStated(ixml->scene) && isStated(ixml->take)) return false;
+    return !ChannelName(other).differsOnlyInChannel(ChannelName(file));
+}
+
+/// Whether all that was decided is about channels of the take, which have their numbers without the
+/// recordings that are not here.
+bool holdsWithout(const std::vector<FileURL>& missing, const SyncGroup& group, const SyncGroup& before) {
+    const Take take = takeOf(before, assumedChannels);
+    const auto isOfTake = [&](int number) { return number <= take.channelCount; };
+    const auto isAboutTake = [&](const BlockOverride& range) { return isOfTake(range.trackIndex); };
+    return std::ranges::all_of(group.manualActiveTracks, isOfTake) &&
+           std::ranges::all_of(group.algorithmExcludedTracks, isOfTake) &&
+           std::ranges::all_of(group.manualBlockOverrides, isAboutTake) &&
+           std::ranges::all_of(take.files, [&](const TakeFile& file) {
+               return !isHeard(file.role) || std::ranges::all_of(missing, [&](const FileURL& other) {
+                   return countsBehind(other, *before.audioMatches[file.matchIndex].audio);
+               });
+           });
+}
+
 } // namespace
 
 std::vector<FileURL> fitTracksToRecordings(const OrvaneSyncProject& project, SyncGroupList& groups,
@@ -40,11 +79,16 @@ std::vector<FileURL> fitTracksToRecordings(const OrvaneSyncProject& project, Syn
         SyncGroup before = group;
         before.audioMatches.clear();
         const auto& recordings = entries.at(group.video.url)->audioPaths;
+        std::vector<FileURL> missing;
         for (const FileURL& recording : recordings)
             if (const auto audio = known.find(recording); audio != known.end())
                 before.audioMatches.push_back(
                     SyncEngine::matchByTimecode(group.video, *audio->second, rules));
-        if (!recordings.empty() && before.audioMatches.size() == recordings.size())
+            else
+                missing.push_back(recording);
+        const bool isTakeKnown =
+            !before.audioMatches.empty() && before.audioMatches.front().audio->url == recordings.front();
+        if (isTakeKnown && (missing.empty() || holdsWithout(missing, group, before)))
             return carryDecisions(group, before);
         group.manualActiveTracks.clear();
         group.algorithmExcludedTracks.clear();

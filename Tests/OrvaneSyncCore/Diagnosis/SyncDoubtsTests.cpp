@@ -51,15 +51,17 @@ struct Shot {
         for (const MediaAsset& file : videos) names.add(file);
         for (const MediaAsset& file : audios) names.add(file);
         doubts = SyncDoubts::of({groups, audios, rules, trim, {}, names});
-        if (!settlesAll) return;
-        for (SyncGroup group : groups)
-            if (group.matchStatus.kind == MatchStatus::Kind::ambiguous) {
+        if (!settlesAll && locks.empty()) return;
+        for (SyncGroup group : groups) {
+            if (settlesAll && group.matchStatus.kind == MatchStatus::Kind::ambiguous)
                 group.matchStatus = MatchStatus::manual();
-                groups.update(group.id, [&](SyncGroup& own) { own = group; });
-            }
+            group.isLocked = group.video.filename == locks;
+            groups.update(group.id, [&](SyncGroup& own) { own = group; });
+        }
         doubts = SyncDoubts::of({groups, audios, rules, trim, {}, names});
     }
     bool settlesAll = false; ///< whatever is ambiguous, by what it lists first
+    std::string locks = {};  ///< the clip of this name
     void date(std::vector<MediaAsset>& files, const char* day, std::size_t from = 0) {
         for (std::size_t i = from; i < files.size(); ++i)
             files[i].contentCreatedDate = dateFromISO8601(std::string(day) + "T00:00:00Z");
@@ -94,18 +96,20 @@ void shootADay(Shot& shot, Random& random, int takes, const std::string& name, d
     }
 }
 
-enum class Dates { all, none, half, headersOnly, headersAlone, wrongRecorder, wrongCamera };
+enum class Dates { all, none, half, headersOnly, headersFarWest, headersAlone, wrongRecorder, wrongCamera };
 
 TEST(SyncDoubts, TwoDaysNeverMixSilently) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     const Date first = *dateFromISO8601("2024-05-17T00:00:00Z");
     int wrongInAll = 0;
     for (const unsigned seed : test::seeds(20))
-        for (const Dates dates : {Dates::all, Dates::none, Dates::half, Dates::headersOnly,
-                                  Dates::headersAlone, Dates::wrongRecorder, Dates::wrongCamera}) {
+        for (const Dates dates :
+             {Dates::all, Dates::none, Dates::half, Dates::headersOnly, Dates::headersFarWest,
+              Dates::headersAlone, Dates::wrongRecorder, Dates::wrongCamera}) {
             Random random(seed);
             Shot shot;
-            const bool hasHeaders = dates == Dates::headersOnly || dates == Dates::headersAlone;
+            const bool isFarWest = dates == Dates::headersFarWest; // headers in UTC, 8 hours ahead
+            const bool hasHeaders = isFarWest || dates == Dates::headersOnly || dates == Dates::headersAlone;
             const int takes = dates == Dates::headersAlone ? 5 : 60; // too few for recordings to collide
             shootADay(shot, random, takes, "1", dates == Dates::all ? 1 : 0.85);
             shootADay(shot, random, takes, "2", dates == Dates::all ? 1 : 0.85);
@@ -120,8 +124,9 @@ TEST(SyncDoubts, TwoDaysNeverMixSilently) {
                     const Date when =
                         first + std::chrono::hours(24 * day) + std::chrono::seconds(std::llround(start));
                     const bool inHeader = hasHeaders && file.kind == AssetKind::video;
+                    const auto zone = std::chrono::hours(isFarWest && inHeader ? 8 : 0);
                     if (dates == Dates::headersAlone && !inHeader) continue;
-                    if (isDated) (inHeader ? file.headerDate : file.contentCreatedDate) = when;
+                    if (isDated) (inHeader ? file.headerDate : file.contentCreatedDate) = when + zone;
                 }
             };
             date(shot.videos, dates == Dates::wrongCamera);
@@ -166,6 +171,9 @@ TEST(SyncDoubts, FindsTheClockOfACard) {
             shot.diagnose();
             const auto card = shot.card(Kind::constantOffset);
             ASSERT_TRUE(card) << "seed " << seed << ", " << offset;
+            for (const SyncGroup& group : shot.groups)
+                EXPECT_TRUE(group.isMOS() || shot.doubts.has(group.id, {Kind::constantOffset}))
+                    << "silent sound by chance, seed " << seed << ", " << group.video.filename;
             const std::string option = "--sound-offset ";
             ASSERT_TRUE(card->doubt.cure.starts_with(option));
             const auto end = card->doubt.cure.find("; then check a clap");
@@ -255,6 +263,44 @@ TEST(SyncDoubts, FindsTheClockOfOneCardAmongOthers) {
     }
     EXPECT_EQ(cureOf(film, {.timecodeRate = TimecodeFrameRate::fps23_976}), "--sound-offset -00:59:56:10")
         << "counted as the option is read";
+}
+
+TEST(SyncDoubts, TakesThatRepeatEachHourHideAWrongClock) {
+    struct Case {
+        const char* name;
+        int soundFrom, soundTo;  ///< hours with a recording, of 0 to 4 with a clip each
+        double recorder, second; ///< hours that the recorder and a second camera are ahead; 0: there is none
+        int doubted;
+        double soundSeconds = 80;
+        bool isConfirmed = false;
+        const char* cure = "--sound-offset -01:00:00:00 if";
+    };
+    const std::vector<Case> cases{
+        {"the recorder an hour ahead", 0, 4, 1, 0, 5},
+        {"the same, a clip checked by ear", 0, 4, 1, 0, 0, 80, true},
+        {"right, all with sound", 0, 4, 0, 0, 0},
+        {"right, the first sound lost", 1, 4, 0, 0, 0},
+        {"right, sound went on behind the last clip", 0, 6, 0, 0, 0},
+        {"right, a recorder that ran all day from the second clip on", 1, 8, 0, 0, 0, 3600},
+        {"a second camera an hour ahead", 0, 4, 0, 1, 5, 80, false, "--sound-offset 01:00:00:00 in a scan"},
+    };
+    for (const Case& one : cases) {
+        Shot shot;
+        for (int hour = one.soundFrom; hour <= one.soundTo; ++hour)
+            shot.audios.push_back(recordingAt("/S/T" + std::to_string(hour) + ".wav",
+                                              35990 + 3600 * (hour + one.recorder), one.soundSeconds));
+        for (int hour = 0; hour < 5; ++hour) {
+            const std::string name = std::to_string(hour) + ".mov";
+            shot.videos.push_back(clipAt("/CAM/A" + name, 36000 + 3600 * hour, 60));
+            if (one.second != 0)
+                shot.videos.push_back(clipAt("/B/B" + name, 36000 + 3600 * (hour + one.second), 60));
+        }
+        shot.locks = one.isConfirmed ? "A2.mov" : "";
+        shot.diagnose();
+        EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;
+        const auto card = shot.card(Kind::constantOffset);
+        EXPECT_TRUE(!card || card->doubt.cure.starts_with(one.cure)) << one.name << ": " << card->doubt.cure;
+    }
 }
 
 TEST(SyncDoubts, ClaimsNoClockByChance) {
@@ -369,6 +415,8 @@ TEST(SyncDoubts, TimecodeIsHeldAgainstTheDatesOfTheFiles) {
         {"one among others", with({{"B", 36900, 51500}}), notTimeOfDay, 1},
         {"another camera with its header in UTC", with({{"B", 36900, 29700}}), notTimeOfDay, 0},
         {"a phone", with({{"P", -1, 36310}}), noTimecode, 1},
+        {"a drone that counts each clip from 0", with({{"P", 0, 36310}}), noTimecode, 1},
+        {"a clip at midnight", with({{"P", 0, 86399}}), noTimecode, 0},
     };
     for (const Case& one : cases) {
         Shot shot;
@@ -385,7 +433,7 @@ TEST(SyncDoubts, TimecodeIsHeldAgainstTheDatesOfTheFiles) {
         shot.diagnose();
         EXPECT_EQ(shot.count(one.kind), one.doubted) << one.name;
         EXPECT_EQ(std::ssize(shot.doubts.byGroup), one.doubted) << one.name;
-        if (one.kind == noTimecode) {
+        if (one.kind == noTimecode && one.doubted > 0) {
             EXPECT_NE(shot.doubts.summary(shot.groups).front().doubt.message.find("'T.wav' was recorded"),
                       std::string::npos);
         }

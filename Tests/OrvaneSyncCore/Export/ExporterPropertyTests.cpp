@@ -129,13 +129,19 @@ class Document {
         for (const Node* clip : root_.all("mc-clip")) {
             const Node& multicam = resource(clip->text("ref")).children.front();
             const Time earliest = *multicam.time("tcStart");
+            const Time frame = FCPXMLExporter::frameDurationTime(shoot_.settings.frameRate);
             EXPECT_EQ(*clip->time("start"), earliest);
             Time total = Time::zero();
+            std::set<double> rates;
+            for (const Node* picture : multicam.all("asset-clip"))
+                if (const SyncGroup* camera = groupOf(*picture, shoot_.groups))
+                    rates.insert(projectRate(*camera));
             EXPECT_GE(multicam.children.size(), 2U);
             for (const Node& angle : multicam.children) {
                 const Node& camera = angle.children.back();
                 const Time offset = *camera.time("offset");
                 EXPECT_EQ(offset, *camera.time("start") - earliest);
+                EXPECT_TRUE(rates.size() < 2 || (isWhole(offset, frame) && isWhole(earliest, frame)));
                 EXPECT_EQ(angle.children.size(), offset == Time::zero() ? 1U : 2U);
                 if (offset != Time::zero()) {
                     const Node gap{"gap",
@@ -146,7 +152,7 @@ class Document {
                     EXPECT_EQ(angle.children.front(), gap);
                 }
                 total = std::max(total, offset + *camera.time("duration"));
-                if (shoot_.settings.generateSyncClips) expectInAnEvent(camera);
+                if (shoot_.settings.generateSyncClips) expectInAnEvent(camera, frame);
             }
             EXPECT_EQ(*clip->time("duration"), total);
         }
@@ -178,13 +184,12 @@ class Document {
         if (group == nullptr) return; // a clip of sound alone
         const MediaAsset& video = group->video;
         std::vector<double> rates{projectRate(*group)};
+        if (&node != &picture) rates.push_back(shoot_.settings.frameRate); // an angle of several rates
         if (picture.child("clip") == nullptr)
             for (const auto& rate :
                  {video.frameRate, video.sensorFrameRate, std::optional(shoot_.settings.frameRate)})
                 rates.push_back(rate.value_or(24));
         EXPECT_TRUE(isOnGrid(node.time("start").value(), rates)) << node.text("start");
-        // Cameras of one multicam clip may differ in their rates, and what lies between their starts in its
-        // grid.
         const bool isPlaced = &node == &picture;
         EXPECT_TRUE(!isPlaced || isOnGrid(node.time("offset").value(), rates)) << node.text("offset");
         // What has no duration gets 1000 frames of the whole rate.
@@ -253,10 +258,17 @@ class Document {
     }
 
     /// The same clip, but for its place in the angle.
-    void expectInAnEvent(const Node& camera) const {
+    /// But for less than a frame at either end.
+    void expectInAnEvent(const Node& camera, const Time& frame) const {
         for (const Node& event : root_.child("library")->children)
             for (Node item : event.children) {
-                item.attributes["offset"] = camera.text("offset");
+                if (item.name != camera.name) continue;
+                const Time before = *camera.time("start") - *item.time("start");
+                const Time behind = *item.time("duration") - *camera.time("duration") - before;
+                if (before < Time::zero() || behind < Time::zero() || !(std::max(before, behind) < frame))
+                    continue;
+                for (const char* cut : {"offset", "start", "duration"})
+                    item.attributes[cut] = camera.text(cut);
                 if (item == camera) return;
             }
         ADD_FAILURE() << "no event has the clip " << camera.text("name");

@@ -1,6 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetWindows.h"
-#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
@@ -22,24 +22,10 @@ using Kind = SyncDoubt::Kind;
 using TCRange = SyncEngine::TCRange;
 
 constexpr double halfADay = 43200;
-constexpr int fewest = 3;        // of clips, and of recordings that they find
-constexpr double majority = 0.6; // of the clips without sound
-// An explanation must find sound for so many times the clips that have theirs without it.
-constexpr double clearly = 1.5;
 // Clips times recordings of a card whose offsets are looked at; of more clips, some are enough to find it.
 constexpr std::size_t mostPairs = 10'000;
 // Nice offsets may serve a little fewer clips than the best one: a clip may begin before its sound.
 constexpr double nearlyAll = 0.9;
-
-TCRange moved(const TCRange& range, double seconds) {
-    return {range.startSeconds + seconds, range.endSeconds + seconds};
-}
-
-/// How many clips an explanation finds sound for, and how many recordings it takes for that.
-struct Found {
-    int clips = 0;
-    int recordings = 0;
-};
 
 /// An offset that is claimed, and how far it may be wrong.
 struct Claim {
@@ -47,47 +33,14 @@ struct Claim {
     double widthSeconds = 0; ///< 0 for what people set clocks wrong by
 };
 
-TCRange onLine(const FilePlace& place) {
-    return moved(place.range, static_cast<double>(place.day.value_or(0)) * secondsADay);
-}
-
-/// Dated files cover dated ones where their days and times meet; where one of the two has no date, the time
-/// of day counts.
-class Covers {
-  public:
-    void add(const FilePlace& sound, std::size_t item) {
-        (sound.day ? dated_ : undated_).add(onLine(sound), item);
-        all_.add(sound.range, item);
-    }
-    void finish() {
-        for (Cover* cover : {&dated_, &undated_, &all_}) cover->finish();
-    }
-    std::optional<std::size_t> of(const FilePlace& clip) const {
-        if (!clip.day) return all_.of(clip.range);
-        const auto found = dated_.of(onLine(clip));
-        return found ? found : undated_.of(clip.range);
-    }
-
-  private:
-    Cover dated_, undated_, all_;
-};
-
 class ClockDoubts {
   public:
-    ClockDoubts(const Shoot& shoot, SyncDoubts& doubts)
+    ClockDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts)
         : shoot_(shoot), doubts_(doubts),
-          rate_(shoot.input.rules.timecodeRate.value_or(rateOfMostClips(shoot.input.groups))) {
-        for (const Shoot::Clip& clip : shoot.clips) {
-            if (!clip.place || clip.isDecided) continue;
-            if (clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
-            clips_.push_back(&clip);
-            if (!clip.isCovered) uncovered_.push_back(&clip);
-        }
-    }
+          rate_(shoot.input.rules.timecodeRate.value_or(rateOfMostClips(shoot.input.groups))),
+          clips_(clips.all), uncovered_(clips.uncovered) {}
 
     void add() {
-        if (std::cmp_less(uncovered_.size(), fewest)) return;
-        if (const auto rate = otherRate()) return tellRate(*rate);
         std::vector<bool> isRight(shoot_.recordings.size()); // it lies under all of a clip where it is
         for (const Shoot::Clip* clip : clips_)
             if (clip->isCovered && clip->primary) isRight[*clip->primary] = true;
@@ -110,94 +63,26 @@ class ClockDoubts {
         }
     }
 
-  private:
-    // --- a wrong rate
-
-    struct Rate {
-        TimecodeFrameRate rate;
-        int found;
-    };
-
-    /// The rate of a shoot at which most clips without sound find it, where labels that count alike were read
-    /// at another: 23.976 as 24, drop frame as non-drop.
-    std::optional<Rate> otherRate() const {
-        const double now = static_cast<double>(clips_.size() - uncovered_.size());
-        if (static_cast<double>(clips_.size()) <= clearly * now) return std::nullopt;
-        const double share = soundShare();
-        std::optional<Rate> best;
-        int most = fewest - 1;
-        using enum TimecodeFrameRate;
-        for (const auto candidate :
-             {fps23_976, fps24, fps29_97, fps29_97d, fps30, fps47_952, fps48, fps59_94, fps59_94d, fps60}) {
-            if (candidate == shoot_.input.rules.timecodeRate ||
-                timecodeRate::maxFrames(candidate) != timecodeRate::maxFrames(rate_))
-                continue;
+    /// Takes at the same minutes of each hour fit a clock that is hours off as well as the right one, but for
+    /// the first or the last of them. In doubt are clips for which another hour finds all the sound that they
+    /// have, and more.
+    void addRepeats() {
+        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i) covers_.add(shoot_.recordings[i].place, i);
+        covers_.finish();
+        const bool isTold = repeatOf(clips_, std::nullopt);
+        std::vector<Card> all = cardsOf(shoot_.clips);
+        if (isTold || all.size() < 2) return;
+        for (const Card& card : all) {
             platform::throwIfStopped(shoot_.stop);
-            const auto [all, without] = foundAt(candidate);
-            if (without.clips <= most || without.recordings < fewest) continue;
-            if (without.clips < majority * static_cast<double>(uncovered_.size()) ||
-                all.clips <= clearly * now ||
-                chance::atLeast(without.clips, static_cast<int>(uncovered_.size()), share) > chance::smallest)
-                continue;
-            most = without.clips;
-            best = Rate{candidate, without.clips};
+            std::vector<const Shoot::Clip*> clips;
+            for (const std::size_t file : card.files)
+                if (std::ranges::binary_search(clips_, &shoot_.clips[file])) // both in the order of the clips
+                    clips.push_back(&shoot_.clips[file]);
+            repeatOf(clips, card.folder);
         }
-        return best;
-    }
-    /// Of all clips, and of those without sound.
-    std::pair<Found, Found> foundAt(TimecodeFrameRate rate) const {
-        MatchRules rules = shoot_.input.rules;
-        rules.timecodeRate = rate;
-        Places places(rules);
-        Covers covers;
-        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
-            if (auto place = places.of(*shoot_.recordings[i].asset)) {
-                place->day = shoot_.recordings[i].place.day;
-                covers.add(*place, i);
-            }
-        covers.finish();
-        std::set<std::size_t> used;
-        Found all, without;
-        for (const Shoot::Clip* clip : clips_) {
-            auto place = places.of(clip->group->video);
-            if (place) place->day = clip->place->day;
-            const auto sound = place ? covers.of(*place) : std::nullopt;
-            if (!sound) continue;
-            ++all.clips;
-            if (clip->isCovered) continue;
-            ++without.clips;
-            used.insert(*sound);
-        }
-        without.recordings = static_cast<int>(used.size());
-        return {all, without};
-    }
-    /// The share of the hours of the clips during which there is sound.
-    double soundShare() const {
-        Cover cover;
-        double first = std::numeric_limits<double>::infinity(), last = -first;
-        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
-            cover.add(shoot_.recordings[i].place.range, i);
-        cover.finish();
-        for (const Shoot::Clip* clip : clips_) {
-            first = std::min(first, clip->place->range.startSeconds);
-            last = std::max(last, clip->place->range.endSeconds);
-        }
-        return cover.shareOf(first, last);
-    }
-    void tellRate(const Rate& rate) {
-        const std::string text = rateText(rate.rate);
-        addCardDoubt(doubts_,
-                     {Kind::timecodeRate,
-                      "clips and recordings drift apart with the time of day; with timecode that counts " +
-                          text + " frames a second, " + std::to_string(rate.found) + " of " +
-                          counted(static_cast<long long>(uncovered_.size()), "clip", "clips") +
-                          " without all of their sound would match",
-                      "--tc-rate " + text},
-                     uncovered_);
     }
 
-    // --- a wrong clock
-
+  private:
     /// What is in one folder and of one day, without the files that are copies or channels of others. Of
     /// recorders that make a folder for each take, what lies in one folder above. Clips of which none has a
     /// day meet the recordings of all days, which then make one card.
@@ -210,7 +95,7 @@ class ClockDoubts {
         if (!areClipsDated) all = withoutDays(std::move(all));
         for (Card& card : all) {
             keepOneOfATake(card.files);
-            if (std::cmp_less(card.files.size(), fewest)) {
+            if (std::cmp_less(card.files.size(), explanation::fewest)) {
                 auto& files = joined[{card.folder.substr(0, card.folder.rfind('/')), card.day}];
                 files.insert(files.end(), card.files.begin(), card.files.end());
             } else {
@@ -218,7 +103,7 @@ class ClockDoubts {
             }
         }
         for (auto& [key, files] : joined)
-            if (std::cmp_greater_equal(files.size(), fewest))
+            if (std::cmp_greater_equal(files.size(), explanation::fewest))
                 result.push_back({key.first, key.second, std::move(files)});
         return result;
     }
@@ -320,7 +205,9 @@ class ClockDoubts {
         if (windows.empty()) return std::nullopt;
         const DeepestOffset best = deepest(windows, looked.size());
         const auto expected = expectedAt(best.seconds, looked);
-        if (best.depth < fewest || best.depth < majority * static_cast<double>(expected)) return std::nullopt;
+        if (best.depth < explanation::fewest ||
+            best.depth < explanation::majority * static_cast<double>(expected))
+            return std::nullopt;
 
         const auto [offset, isNice] = nicest(windows, looked.size(), best);
         // By a whole day it is the date that is wrong.
@@ -346,21 +233,14 @@ class ClockDoubts {
 
     /// A camera's clock against recordings that lie right under the clips of others.
     void offsetOfClips(const Card& card) {
-        std::vector<const Shoot::Clip*> clips;
-        int covered = 0;
+        std::vector<const Shoot::Clip*> clips, covered;
         for (const std::size_t file : card.files) {
             const Shoot::Clip& clip = shoot_.clips[file];
             if (clip.isDecided || clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
-            const auto told = doubts_.byGroup.find(clip.group->id);
-            if (told != doubts_.byGroup.end() &&
-                std::ranges::count(told->second, Kind::constantOffset, &SyncDoubt::kind) > 0)
-                return;
-            if (clip.isCovered)
-                ++covered;
-            else
-                clips.push_back(&clip);
+            if (doubts_.has(clip.group->id, {Kind::constantOffset})) return;
+            (clip.isCovered ? covered : clips).push_back(&clip);
         }
-        if (std::cmp_less(clips.size(), fewest)) return;
+        if (std::cmp_less(clips.size(), explanation::fewest)) return;
         std::vector<std::size_t> files;
         for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
             if (!isSuspected_[i]) files.push_back(i);
@@ -379,19 +259,21 @@ class ClockDoubts {
             found.push_back(clip);
             used.insert(*sound);
         }
-        if (std::cmp_less(used.size(), fewest) || static_cast<double>(found.size()) <= clearly * covered)
+        if (std::cmp_less(used.size(), explanation::fewest) ||
+            static_cast<double>(found.size()) <= explanation::clearly * static_cast<double>(covered.size()))
             return;
-        std::vector<std::string> others;
-        for (const Shoot::Clip& clip : shoot_.clips) others.push_back(clip.group->video.url.path);
+        const std::size_t matched = found.size();
+        found.insert(found.end(), covered.begin(), covered.end());
+        std::ranges::sort(found); // in the order of the clips
         addCardDoubt(doubts_,
                      {Kind::constantOffset,
                       "the clips in '" + card.folder + "' are " + spanText(std::abs(claim->seconds)) +
                           (claim->seconds > 0 ? " late" : " early") +
                           " against recordings that fit other clips: with these moved by that, " +
-                          std::to_string(found.size()) + " of " +
+                          std::to_string(matched) + " of " +
                           counted(static_cast<long long>(clips.size()), "clip", "clips") +
                           " without all of their sound would match" + knownTo(*claim),
-                      cureOf({card.folder, std::nullopt, {}}, claim->seconds) + inAScanOf(card, others) +
+                      cureOf({card.folder, std::nullopt, {}}, claim->seconds) + inAScanOf(card, clipPaths()) +
                           clapAfter(*claim)},
                      found);
     }
@@ -451,23 +333,26 @@ class ClockDoubts {
         as.finish();
         shifted.finish();
         const TCRange hours = hoursOf(card, offset);
-        int now = 0, all = 0;
+        int now = 0, all = 0, matched = 0;
         double withoutSound = 0;
         std::set<std::size_t> used;
-        std::vector<const Shoot::Clip*> found;
+        std::vector<const Shoot::Clip*> doubted; // with those that have sound of the card by chance
         for (const Shoot::Clip* clip : clips_) {
-            if (!mayMeet(card, *clip)) continue;
-            if (cover(as, card, *clip)) ++now;
-            if (!clip->isCovered && isWithin(hours, card, *clip)) ++withoutSound;
-            const auto sound = cover(shifted, card, *clip);
-            if (!sound) continue;
-            ++all;
-            if (clip->isCovered) continue;
-            found.push_back(clip);
-            used.insert(*sound);
+            const bool mayMatch = mayMeet(card, *clip);
+            if (mayMatch && cover(as, card, *clip)) ++now;
+            if (mayMatch && !clip->isCovered && isWithin(hours, card, *clip)) ++withoutSound;
+            const auto sound = mayMatch ? cover(shifted, card, *clip) : std::nullopt;
+            if (sound) ++all;
+            if (sound && !clip->isCovered) {
+                ++matched;
+                used.insert(*sound);
+                doubted.push_back(clip);
+            } else if (clip->primary && isOf(card, *clip->primary)) {
+                doubted.push_back(clip);
+            }
         }
-        if (std::cmp_less(used.size(), fewest) || all <= clearly * now ||
-            static_cast<double>(found.size()) < majority * withoutSound)
+        if (std::cmp_less(used.size(), explanation::fewest) || all <= explanation::clearly * now ||
+            matched < explanation::majority * withoutSound)
             return;
         const int lost = lostBy(offset);
         addCardDoubt(
@@ -475,13 +360,20 @@ class ClockDoubts {
             {Kind::constantOffset,
              "the recordings in '" + card.folder + "' are " + spanText(std::abs(offset)) +
                  (offset < 0 ? " late" : " early") + " against the clips: moved by that, " +
-                 std::to_string(found.size()) + " of " +
+                 std::to_string(matched) + " of " +
                  counted(static_cast<long long>(withoutSound), "clip", "clips") +
                  " without all of their sound would match" +
                  (lost > 0 ? ", and " + counted(lost, "clip", "clips") + " would lose other sound" : "") +
                  knownTo(claim),
              cureOf(card, offset) + (lost > 0 ? inAScanOf(card, recordingPaths()) : "") + clapAfter(claim)},
-            found);
+            doubted);
+    }
+    /// Whether the recording lies on the card, or in one of the folders below it that make it up.
+    bool isOf(const Card& card, std::size_t recording) const {
+        const std::string_view folder = folderOf(*shoot_.recordings[recording].asset);
+        return (!card.day || shoot_.recordings[recording].place.day == card.day) &&
+               folder.starts_with(card.folder) &&
+               (folder.size() == card.folder.size() || folder[card.folder.size()] == '/');
     }
     static std::optional<std::size_t> cover(const Cover& sound, const Card& card, const Shoot::Clip& clip) {
         std::optional<std::size_t> found;
@@ -511,6 +403,11 @@ class ClockDoubts {
         }
         return date + (date.empty() ? "" : " ") + "--sound-offset " + offsetText(total, rate_);
     }
+    std::vector<std::string> clipPaths() const {
+        std::vector<std::string> paths;
+        for (const Shoot::Clip& clip : shoot_.clips) paths.push_back(clip.group->video.url.path);
+        return paths;
+    }
     std::vector<std::string> recordingPaths() const {
         std::vector<std::string> paths;
         for (const Recording& recording : shoot_.recordings) paths.push_back(recording.asset->url.path);
@@ -534,16 +431,90 @@ class ClockDoubts {
         return " in a scan of this card alone (" + options.substr(1) + ")";
     }
 
+    // --- takes that repeat
+
+    /// With the recordings moved by that; nothing where a clip loses the sound that it has.
+    std::optional<Found> fitAt(const std::vector<const Shoot::Clip*>& clips, double offset) const {
+        Found fit;
+        std::set<std::size_t> used;
+        for (const Shoot::Clip* clip : clips) {
+            FilePlace place = *clip->place;
+            place.range = moved(place.range, -offset);
+            auto sound = covers_.of(place);
+            if (!sound && offset == 0 && clip->isCovered) sound = clip->primary; // by several parts
+            if (sound) used.insert(*sound);
+            if (sound || (offset == 0 && clip->isCovered))
+                ++fit.clips;
+            else if (clip->isCovered)
+                return std::nullopt;
+        }
+        fit.recordings = static_cast<int>(used.size());
+        return fit;
+    }
+    /// `folder`: of a camera's clips, absent for those of all cameras. Whether there is a doubt.
+    bool repeatOf(const std::vector<const Shoot::Clip*>& clips, const std::optional<std::string>& folder) {
+        const auto isConfirmed = [&](const Shoot::Clip& clip) {
+            return clip.isDecided && clip.isCovered && !clip.group->isExcludedFromExport &&
+                   (!folder || *folder == folderOf(clip.group->video));
+        };
+        const auto isUnheard = [](const Shoot::Clip* clip) { return !clip->isCovered; };
+        const auto isExplained = [&](const Shoot::Clip* clip) {
+            return doubts_.has(clip->group->id, {Kind::constantOffset, Kind::timecodeRate});
+        };
+        if (std::ranges::none_of(clips, isUnheard) || std::ranges::any_of(clips, isExplained) ||
+            std::ranges::any_of(shoot_.clips, isConfirmed))
+            return false;
+        const Found now = *fitAt(clips, 0);
+        Found most = now;
+        double best = 0;
+        int tries = 0;
+        constexpr int halfHours = 24;
+        for (int count = 1; count <= halfHours; ++count)
+            for (const double step : {niceStepSeconds, labelSeconds(niceStepSeconds)})
+                for (const double offset : {count * step, -count * step}) {
+                    ++tries;
+                    const auto fit = fitAt(clips, offset);
+                    if (!fit || fit->clips <= most.clips || fit->recordings <= now.recordings) continue;
+                    most = *fit;
+                    best = offset;
+                }
+        if (best == 0 || most.clips < explanation::fewest || now.clips == 0 ||
+            tries * chance::atLeast(most.clips, static_cast<int>(clips.size()), soundShare(shoot_, clips)) >
+                chance::smallest)
+            return false;
+        const std::string all = counted(static_cast<long long>(clips.size()), "clip", "clips");
+        const Card card{folder.value_or(""), std::nullopt, {}};
+        addCardDoubt(doubts_,
+                     {Kind::constantOffset,
+                      "takes repeat: with the recordings " + spanText(std::abs(best)) +
+                          (best < 0 ? " earlier, " : " later, ") + std::to_string(most.clips) + " of " + all +
+                          (folder ? " in '" + *folder + "'" : std::string()) + " have sound, and " +
+                          std::to_string(now.clips) + " as they are; a clock may be wrong by that",
+                      cureOf(card, best) + (folder ? inAScanOf(card, clipPaths()) : "") +
+                          " if a clap shows it, else lock a clip whose clap is right"},
+                     clips);
+        return true;
+    }
+
     const Shoot& shoot_;
     SyncDoubts& doubts_;
     TimecodeFrameRate rate_;
-    std::vector<const Shoot::Clip*> clips_;
-    std::vector<const Shoot::Clip*> uncovered_;
+    const std::vector<const Shoot::Clip*>& clips_;
+    const std::vector<const Shoot::Clip*>& uncovered_;
+    Covers covers_;                 ///< of all recordings where they lie
     std::vector<bool> isSuspected_; ///< by recording, of a card that lies under few clips
 };
 
 } // namespace
 
-void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts) { ClockDoubts(shoot, doubts).add(); }
+void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts) {
+    const TimedClips clips(shoot);
+    ClockDoubts clocks(shoot, clips, doubts);
+    if (std::cmp_greater_equal(clips.uncovered.size(), explanation::fewest)) {
+        if (addRateDoubt(shoot, clips, doubts)) return;
+        clocks.add();
+    }
+    if (!clips.uncovered.empty()) clocks.addRepeats();
+}
 
 } // namespace orvane

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <initializer_list>
 #include <limits>
 #include <map>
 #include <set>
@@ -184,7 +183,7 @@ class DayDoubts {
 
     void missesOtherDate(const Shoot::Clip& clip) {
         if (!clip.place->day || clip.group->matchStatus.kind != MatchStatus::Kind::unmatched ||
-            hasClockDoubt(clip) || hasDoubt(clip, {Kind::otherDateFits}))
+            hasClockDoubt(clip) || doubts_.has(clip.group->id, {Kind::otherDateFits}))
             return;
         std::optional<std::size_t> best;
         long distance = std::numeric_limits<long>::max();
@@ -364,14 +363,8 @@ class DayDoubts {
                chance::smallest;
     }
 
-    bool hasDoubt(const Shoot::Clip& clip, std::initializer_list<Kind> kinds) const {
-        const auto own = doubts_.byGroup.find(clip.group->id);
-        return own != doubts_.byGroup.end() && std::ranges::any_of(own->second, [&](const SyncDoubt& doubt) {
-                   return std::ranges::find(kinds, doubt.kind) != kinds.end();
-               });
-    }
     bool hasClockDoubt(const Shoot::Clip& clip) const {
-        return hasDoubt(clip, {Kind::constantOffset, Kind::timecodeRate});
+        return doubts_.has(clip.group->id, {Kind::constantOffset, Kind::timecodeRate});
     }
 
     using Hours = std::map<long, TCRange>; ///< by day, from its first file to its last

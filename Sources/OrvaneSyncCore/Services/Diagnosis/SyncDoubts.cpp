@@ -18,6 +18,13 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     return doubts;
 }
 
+bool SyncDoubts::has(const UUID& group, std::initializer_list<SyncDoubt::Kind> kinds) const {
+    const auto own = byGroup.find(group);
+    return own != byGroup.end() && std::ranges::any_of(own->second, [&](const SyncDoubt& doubt) {
+               return std::ranges::find(kinds, doubt.kind) != kinds.end();
+           });
+}
+
 std::vector<CardDoubt> SyncDoubts::summary(const SyncGroupList& groups) const {
     std::vector<CardDoubt> all = cards;
     const auto isOfCard = [&](const SyncDoubt& doubt) {

@@ -7,6 +7,7 @@
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 
+#include <initializer_list>
 #include <map>
 #include <stop_token>
 #include <unordered_map>
@@ -35,6 +36,8 @@ struct SyncDoubts {
     /// A clip that is locked, left out of the export or settled by one of its recordings raises no doubt
     /// about which one it has. Throws Stopped.
     static SyncDoubts of(const DoubtInput& input, const std::stop_token& stop = {});
+    /// Whether the clip has a doubt of one of these kinds.
+    bool has(const UUID& group, std::initializer_list<SyncDoubt::Kind> kinds) const;
     /// Each doubt once: those of cards, then those of single clips in the order of the clips, with the clips
     /// that share kind and cure in one. The message is that of the first clip, and says how many more.
     std::vector<CardDoubt> summary(const SyncGroupList& groups) const;

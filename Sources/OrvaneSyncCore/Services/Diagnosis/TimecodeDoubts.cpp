@@ -27,7 +27,7 @@ class TimecodeDoubts {
     void add() {
         for (const Shoot::Clip& clip : shoot_.clips) {
             if (clip.isDecided || clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
-            if (!clip.place)
+            if (!clip.place || countsFromZero(clip))
                 withoutTimecode(clip);
             else if (clip.group->isMOS())
                 otherCount(clip);
@@ -70,11 +70,25 @@ class TimecodeDoubts {
         doubts_.byGroup[clip.group->id].push_back({kind, std::move(message), std::move(cure)});
     }
 
+    /// As movies do whose camera knows no time. One that is dated about midnight may be a night's.
+    static bool countsFromZero(const Shoot::Clip& clip) {
+        const MediaAsset& video = clip.group->video;
+        const auto isOther = [](char c) { return c >= '1' && c <= '9'; };
+        if (!clip.group->isMOS() || video.bextTimeReference.value_or(0) != 0 || !video.startTimecodeString ||
+            std::ranges::any_of(*video.startTimecodeString, isOther))
+            return false;
+        constexpr double nearMidnight = 300;
+        const auto seconds = secondsOf(video);
+        return !seconds || std::abs(std::remainder(*seconds, secondsADay)) > nearMidnight;
+    }
     void withoutTimecode(const Shoot::Clip& clip) {
         const MediaAsset& video = clip.group->video;
         const double length = video.durationSeconds.value_or(0);
         if (!clip.group->isMOS() || !(length > 0) || shoot_.recordings.empty()) return;
-        std::string message = shoot_.nameOf(video) + " has no timecode, and no sound can be found for it";
+        std::string message =
+            shoot_.nameOf(video) +
+            (clip.place ? " counts from 00:00:00:00, as cameras do that know no time" : " has no timecode") +
+            ", and no sound can be found for it";
         if (const auto seconds = secondsOf(video)) {
             message += "; it is dated " + momentText(*seconds);
             if (const auto sound = soundAt(*seconds, length))

@@ -22,7 +22,41 @@ std::optional<Time> startOnAxis(const CameraClip& camera, const ExportSettings& 
     return read && own ? *camera.clip.start + (*read - *own) : *camera.clip.start;
 }
 
-/// `delay`: how much later than the first camera this one began to roll.
+/// Where the angles of a clip begin and end. Cuts between cameras of several rates lie on the frames of the
+/// clip that holds them: a camera that began between two of them comes in on the later one, and shows what it
+/// saw at that moment.
+class AngleGrid {
+  public:
+    /// `frame`: absent for cameras of one rate, whose times are whole frames of it.
+    AngleGrid(const std::optional<Time>& frame, const Time& firstStart)
+        : frame_(frame), earliest_(atOrAfter(firstStart)) {}
+
+    const Time& earliest() const { return earliest_; }
+    /// Leaves out what the camera saw before it comes in, and gives how much later than the first one that
+    /// is.
+    Time place(SyncClip& clip, const std::optional<Time>& start) const {
+        if (!start) return Time::zero();
+        const Time delay = std::max(atOrAfter(*start) - earliest_, Time::zero());
+        if (!frame_ || !clip.start || !clip.duration) return delay;
+        const Time unseen = earliest_ + delay - *start;
+        const Time seen = (*clip.duration - unseen).toFrame(*frame_, FrameSampling::floor);
+        if (!(Time::zero() < seen)) return delay;
+        *clip.start += unseen;
+        clip.duration = seen;
+        return delay;
+    }
+
+  private:
+    Time atOrAfter(const Time& time) const {
+        if (!frame_) return time;
+        const Time frame = time.toFrame(*frame_, FrameSampling::floor);
+        return frame < time ? frame + *frame_ : frame;
+    }
+    std::optional<Time> frame_;
+    Time earliest_;
+};
+
+/// `delay`: how much later than the first camera this one comes in.
 MCAngle angle(CameraClip camera, std::string name, const Time& delay, const Time& earliest) {
     MCAngle angle;
     angle.angleID = angleID(name);
@@ -94,13 +128,17 @@ std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, cons
         starts.push_back(startOnAxis(camera, settings));
         if (starts.back() && (!firstStart || *starts.back() < *firstStart)) firstStart = starts.back();
     }
-    const Time earliest = firstStart.value_or(Time::zero());
+    const double rate = clipRate(firstVideo, settings);
+    const bool isMixed = std::ranges::any_of(
+        cameras, [&](const CameraClip& camera) { return clipRate(camera.group->video, settings) != rate; });
+    const AngleGrid grid(isMixed ? std::optional(frameDurationTime(settings.frameRate)) : std::nullopt,
+                         firstStart.value_or(Time::zero()));
+    const Time& earliest = grid.earliest();
     Time total = Time::zero();
     std::vector<Time> delays;
     std::vector<const MediaAsset*> videos;
-    for (const CameraClip& camera : cameras) {
-        const auto& start = starts[delays.size()];
-        delays.push_back(start ? *start - earliest : Time::zero());
+    for (CameraClip& camera : cameras) {
+        delays.push_back(grid.place(camera.clip, starts[delays.size()]));
         total = std::max(total, delays.back() + camera.clip.duration.value_or(Time::zero()));
         videos.push_back(&camera.group->video);
     }

@@ -166,7 +166,10 @@ std::vector<std::vector<Meeting>> meetings(const std::vector<MediaAsset>& videos
     }
     const DayLine line(recordings, rules.days == MatchingDays::same);
     each([&](std::size_t, const FilePlace& place) { return line.of(place); });
-    if (rules.days != MatchingDays::automatic) return all;
+    bool isOneSilent = false;
+    for (std::size_t i = 0; i < videos.size(); ++i)
+        isOneSilent = isOneSilent || (places[i] && places[i]->day && all[i].empty());
+    if (rules.days != MatchingDays::automatic || !isOneSilent) return all;
 
     std::vector<bool> isMet(recordings.size());
     for (std::size_t i = 0; i < videos.size(); ++i)

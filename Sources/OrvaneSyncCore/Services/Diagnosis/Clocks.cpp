@@ -1,0 +1,54 @@
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+
+#include "OrvaneSyncCore/Utilities/Day.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace orvane {
+
+SyncEngine::TCRange moved(const SyncEngine::TCRange& range, double seconds) {
+    return {range.startSeconds + seconds, range.endSeconds + seconds};
+}
+
+SyncEngine::TCRange onLine(const FilePlace& place) {
+    return moved(place.range, static_cast<double>(place.day.value_or(0)) * secondsADay);
+}
+
+void Covers::add(const FilePlace& sound, std::size_t item) {
+    (sound.day ? dated_ : undated_).add(onLine(sound), item);
+    all_.add(sound.range, item);
+}
+
+void Covers::finish() {
+    for (Cover* cover : {&dated_, &undated_, &all_}) cover->finish();
+}
+
+std::optional<std::size_t> Covers::of(const FilePlace& clip) const {
+    if (!clip.day) return all_.of(clip.range);
+    const auto found = dated_.of(onLine(clip));
+    return found ? found : undated_.of(clip.range);
+}
+
+TimedClips::TimedClips(const Shoot& shoot) {
+    for (const Shoot::Clip& clip : shoot.clips) {
+        if (!clip.place || clip.isDecided) continue;
+        if (clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
+        all.push_back(&clip);
+        if (!clip.isCovered) uncovered.push_back(&clip);
+    }
+}
+
+double soundShare(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips) {
+    Cover cover;
+    double first = std::numeric_limits<double>::infinity(), last = -first;
+    for (std::size_t i = 0; i < shoot.recordings.size(); ++i) cover.add(shoot.recordings[i].place.range, i);
+    cover.finish();
+    for (const Shoot::Clip* clip : clips) {
+        first = std::min(first, clip->place->range.startSeconds);
+        last = std::max(last, clip->place->range.endSeconds);
+    }
+    return cover.shareOf(first, last);
+}
+
+} // namespace orvane

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+// What the doubts about rates and those about clocks have in common.
+namespace orvane {
+
+/// What makes an explanation worth telling.
+namespace explanation {
+inline constexpr int fewest = 3;        ///< clips, and recordings that they find
+inline constexpr double majority = 0.6; ///< of the clips without sound
+/// It must find sound for so many times the clips that have theirs without it.
+inline constexpr double clearly = 1.5;
+} // namespace explanation
+
+/// How many clips an explanation finds sound for, and how many recordings it takes for that.
+struct Found {
+    int clips = 0;
+    int recordings = 0;
+};
+
+SyncEngine::TCRange moved(const SyncEngine::TCRange& range, double seconds);
+/// Seconds since 1970 for a file with a day, since midnight for one without.
+SyncEngine::TCRange onLine(const FilePlace& place);
+
+/// Dated files cover dated ones where their days and times meet; where one of the two has no date, the time
+/// of day counts.
+class Covers {
+  public:
+    void add(const FilePlace& sound, std::size_t item);
+    void finish();
+    /// The item that lies under all of the clip.
+    std::optional<std::size_t> of(const FilePlace& clip) const;
+
+  private:
+    Cover dated_, undated_, all_;
+};
+
+/// Clips that a clock may have parted from their sound: with a place, neither settled by hand nor shot
+/// without sound.
+struct TimedClips {
+    explicit TimedClips(const Shoot& shoot);
+    std::vector<const Shoot::Clip*> all, uncovered;
+};
+
+/// The share of the hours of the clips during which there is sound.
+double soundShare(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips);
+
+/// The rate at which clips and recordings would match, where labels that count alike were read at another.
+/// Whether there is one.
+bool addRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts);
+
+} // namespace orvane

@@ -1,0 +1,111 @@
+#include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+#include "Platform/Stop.h"
+#include "Timecode/TimecodeFrameRate.h"
+
+#include <set>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+/// Timecode that was counted at another rate than the files say.
+class RateDoubts {
+  public:
+    RateDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts)
+        : shoot_(shoot), doubts_(doubts), clips_(clips),
+          rate_(shoot.input.rules.timecodeRate.value_or(rateOfMostClips(shoot.input.groups))) {}
+
+    bool add() {
+        const auto rate = otherRate();
+        if (rate) tellRate(*rate);
+        return rate.has_value();
+    }
+
+  private:
+    struct Rate {
+        TimecodeFrameRate rate;
+        int found;
+    };
+
+    /// The rate of a shoot at which most clips without sound find it, where labels that count alike were read
+    /// at another: 23.976 as 24, drop frame as non-drop.
+    std::optional<Rate> otherRate() const {
+        const double now = static_cast<double>(clips_.all.size() - clips_.uncovered.size());
+        if (static_cast<double>(clips_.all.size()) <= explanation::clearly * now) return std::nullopt;
+        const double share = soundShare(shoot_, clips_.all);
+        std::optional<Rate> best;
+        int most = explanation::fewest - 1;
+        using enum TimecodeFrameRate;
+        for (const auto candidate :
+             {fps23_976, fps24, fps29_97, fps29_97d, fps30, fps47_952, fps48, fps59_94, fps59_94d, fps60}) {
+            if (candidate == shoot_.input.rules.timecodeRate ||
+                timecodeRate::maxFrames(candidate) != timecodeRate::maxFrames(rate_))
+                continue;
+            platform::throwIfStopped(shoot_.stop);
+            const auto [all, without] = foundAt(candidate);
+            if (without.clips <= most || without.recordings < explanation::fewest) continue;
+            if (without.clips < explanation::majority * static_cast<double>(clips_.uncovered.size()) ||
+                all.clips <= explanation::clearly * now ||
+                chance::atLeast(without.clips, static_cast<int>(clips_.uncovered.size()), share) >
+                    chance::smallest)
+                continue;
+            most = without.clips;
+            best = Rate{candidate, without.clips};
+        }
+        return best;
+    }
+    /// Of all clips, and of those without sound.
+    std::pair<Found, Found> foundAt(TimecodeFrameRate rate) const {
+        MatchRules rules = shoot_.input.rules;
+        rules.timecodeRate = rate;
+        Places places(rules);
+        Covers covers;
+        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
+            if (auto place = places.of(*shoot_.recordings[i].asset)) {
+                place->day = shoot_.recordings[i].place.day;
+                covers.add(*place, i);
+            }
+        covers.finish();
+        std::set<std::size_t> used;
+        Found all, without;
+        for (const Shoot::Clip* clip : clips_.all) {
+            auto place = places.of(clip->group->video);
+            if (place) place->day = clip->place->day;
+            const auto sound = place ? covers.of(*place) : std::nullopt;
+            if (!sound) continue;
+            ++all.clips;
+            if (clip->isCovered) continue;
+            ++without.clips;
+            used.insert(*sound);
+        }
+        without.recordings = static_cast<int>(used.size());
+        return {all, without};
+    }
+    void tellRate(const Rate& rate) {
+        const std::string text = rateText(rate.rate);
+        addCardDoubt(doubts_,
+                     {SyncDoubt::Kind::timecodeRate,
+                      "clips and recordings drift apart with the time of day; with timecode that counts " +
+                          text + " frames a second, " + std::to_string(rate.found) + " of " +
+                          counted(static_cast<long long>(clips_.uncovered.size()), "clip", "clips") +
+                          " without all of their sound would match",
+                      "--tc-rate " + text},
+                     clips_.all); // what has sound has it by the wrong rate
+    }
+
+    const Shoot& shoot_;
+    SyncDoubts& doubts_;
+    const TimedClips& clips_;
+    TimecodeFrameRate rate_;
+};
+
+} // namespace
+
+bool addRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts) {
+    return RateDoubts(shoot, clips, doubts).add();
+}
+
+} // namespace orvane

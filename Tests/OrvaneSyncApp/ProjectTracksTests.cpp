@@ -1,0 +1,57 @@
+#include "OrvaneSyncApp/Controllers/ProjectTracks.h"
+
+#include "Support/Assets.h"
+#include "Support/Test.h"
+
+namespace orvane {
+namespace {
+
+TEST(ProjectTracks, AChoiceHoldsWithoutRecordingsThatHaveNoPartInItsNumbers) {
+    struct Case {
+        const char* name;
+        std::vector<const char*> here, missing; ///< the project names those first
+        int channels;                           ///< of each file
+        std::set<int> chosen;
+        bool isKept;
+        bool isSlated = false; ///< the files state their scene and take
+    };
+    const std::vector<Case> cases{
+        {"a second recorder behind", {"/CART/T01.WAV"}, {"/ZOOM/B01.WAV"}, 4, {3}, true},
+        {"the same of one scene and take", {"/CART/T01.WAV"}, {"/ZOOM/B01.WAV"}, 4, {3}, true, true},
+        {"a second recorder in front", {"/CART/T01.WAV"}, {"/BAG/B01.WAV"}, 4, {3}, true},
+        {"maybe a channel in front", {"/CART/T01.WAV"}, {"/BAG/B01.WAV"}, 4, {3}, false, true},
+        {"a copy in front", {"/CART/T01.WAV"}, {"/A/T01.WAV"}, 4, {3}, true, true},
+        {"the last of three mono files", {"/S/T01_1.WAV", "/S/T01_2.WAV"}, {"/S/T01_3.WAV"}, 1, {2}, true},
+        {"the one between", {"/S/T01_1.WAV", "/S/T01_3.WAV"}, {"/S/T01_2.WAV"}, 1, {2}, false},
+        {"a channel of the missing recorder", {"/CART/T01.WAV"}, {"/ZOOM/B01.WAV"}, 4, {3, 5}, false},
+    };
+    for (const Case& one : cases) {
+        std::vector<MediaAsset> files;
+        for (const char* path : one.here) {
+            MediaAsset file(FileURL{path}, AssetKind::audio);
+            file.channelCount = one.channels;
+            file.bextTimeReference = 48000;
+            file.durationSeconds = 60;
+            files.push_back(one.isSlated ? test::slated(file, "1", "2") : file);
+        }
+        SyncGroup group(test::video("A.mov"), {}, MatchStatus::matched());
+        PersistedGroup entry(group.id, group.video.url);
+        AudioByURL known;
+        for (const MediaAsset& file : files) {
+            known[file.url] = &file;
+            entry.audioPaths.push_back(file.url);
+            group.audioMatches.emplace_back(file, 0, 60);
+        }
+        for (const char* path : one.missing) entry.audioPaths.push_back(FileURL{path});
+        group.manualActiveTracks = one.chosen;
+        OrvaneSyncProject project;
+        project.groups = {entry};
+        SyncGroupList groups({group});
+        const auto leftOut = fitTracksToRecordings(project, groups, known, {});
+        EXPECT_EQ(leftOut.empty(), one.isKept) << one.name;
+        EXPECT_EQ(groups.front().manualActiveTracks, one.isKept ? one.chosen : std::set<int>{}) << one.name;
+    }
+}
+
+} // namespace
+} // namespace orvane

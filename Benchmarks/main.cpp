@@ -4,8 +4,10 @@
 #include "LockitBenchmarks.h"
 #include "PictureBenchmarks.h"
 #include "Process.h"
+#include "RenderedAudioBenchmarks.h"
 #include "ReportBenchmarks.h"
 #include "SessionBenchmarks.h"
+#include "Sound.h"
 #include "SoundBenchmarks.h"
 #include "StopBenchmarks.h"
 #include "Table.h"
@@ -33,6 +35,8 @@ constexpr int channels = 8;
 constexpr const char *exportOption = "--export-once", *exportAllOption = "--export-all-once";
 constexpr const char* picturesOption = "--pictures"; ///< with a folder: the rows of the player alone
 constexpr const char* viewsOption = "--views";       ///< likewise: those of the window
+constexpr const char* renderedOption =
+    "--rendered"; ///< with the program and a folder: those of rendered sound
 
 std::vector<std::string> withFiles(std::vector<std::string> words, const MediaCorpus& corpus) {
     for (const auto* urls : {&corpus.videos, &corpus.audios})
@@ -166,6 +170,13 @@ int main(int argc, char** argv) {
     if (argc == 3 && std::string(argv[1]) == viewsOption) {
         printHeading();
         printViewRows(argv[2]);
+        return 0;
+    }
+    if (argc == 4 && std::string(argv[1]) == renderedOption) {
+        const std::string halfHour = argv[3] + std::string("/30-minutes.wav");
+        makeRecording(halfHour, 30, 48000);
+        printHeading();
+        printRenderedAudioRows(argv[0], argv[2], halfHour, argv[3]);
         return 0;
     }
     if (argc < 3) {

@@ -123,9 +123,9 @@ class StandardCredentialStore final : public CredentialStore {
     void remove(const std::string& account) override {
         assertMayBlock("removing a secret");
         const auto* desktop = module();
-        const bool isGone = desktop == nullptr || desktop->remove(account) || !desktop->read(account);
+        const bool isGone = desktop == nullptr || desktop->remove(account);
         file_.remove(account);
-        if (!isGone) throw CredentialError("The key store keeps " + account);
+        if (!isGone) throw CredentialError("The key store keeps " + account + "; unlock it and try again");
     }
     Description describe() override {
         assertMayBlock("asking the key store");

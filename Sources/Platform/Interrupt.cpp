@@ -1,6 +1,7 @@
 #include "Platform/Interrupt.h"
 
 #include "Platform/Files.h"
+#include "Platform/TextMemory.h"
 
 #include <atomic>
 #include <csignal>
@@ -66,6 +67,7 @@ void endWithoutMemory() {
     // At the allocation itself: what unwinds would have to start threads, resume coroutines and save work in
     // the memory that is not there.
     std::set_new_handler(endForWantOfMemory);
+    text::callNewHandlerWithoutMemory();
     std::set_terminate([] {
         // Throwing it again to look at it would take memory.
         const std::type_info* type = abi::__cxa_current_exception_type();

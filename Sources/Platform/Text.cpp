@@ -1,6 +1,7 @@
 #include "Platform/Text.h"
 
 #include "Platform/Stop.h"
+#include "Platform/TextMemory.h"
 
 #include <simdjson.h>
 #include <unicode/brkiter.h>
@@ -8,6 +9,7 @@
 #include <unicode/casemap.h>
 #include <unicode/coll.h>
 #include <unicode/uchar.h>
+#include <unicode/uclean.h>
 #include <unicode/ucnv.h>
 #include <unicode/unistr.h>
 #include <unicode/utext.h>
@@ -21,6 +23,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace orvane::platform::text {
@@ -90,6 +93,13 @@ const icu::Collator* collator() {
     return shared.get();
 }
 
+/// What the allocator gave, after the new-handler when that is nothing.
+void* orCallNewHandler(void* block) {
+    if (block != nullptr) return block;
+    if (const std::new_handler handler = std::get_new_handler()) handler();
+    return nullptr;
+}
+
 /// Moves the bytes between `first` and `last` to the other case.
 std::string mappedASCII(std::string_view text, char first, char last) {
     std::string result(text);
@@ -154,6 +164,16 @@ std::optional<Number> decimal(std::string_view text) {
 }
 
 } // namespace
+
+void callNewHandlerWithoutMemory() {
+    UErrorCode status = U_ZERO_ERROR;
+    u_setMemoryFunctions(
+        nullptr, [](const void*, std::size_t size) { return orCallNewHandler(std::malloc(size)); },
+        [](const void*, void* block, std::size_t size) {
+            return orCallNewHandler(std::realloc(block, size));
+        },
+        [](const void*, void* block) { std::free(block); }, &status);
+}
 
 std::string joined(const std::vector<std::string>& texts, std::string_view separator) {
     std::string result;

@@ -16,7 +16,7 @@ struct SecretServiceModule {
     /// Whether the store said that it has it; it may not have.
     bool (*save)(const std::string& account, const std::string& value) = nullptr;
     std::optional<std::string> (*read)(const std::string& account) = nullptr;
-    /// Whether it is gone.
+    /// Whether nothing of it is left, as far as the store answers. A locked one keeps what it has.
     bool (*remove)(const std::string& account) = nullptr;
 };
 

@@ -1,16 +1,15 @@
 #include "TimelineBenchmarks.h"
 
-#include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/Views/QtMainThread.h"
 #include "OrvaneSyncApp/Views/Timeline/TimelinePainter.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
 #include "Table.h"
+#include "WindowSystem.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QPainter>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cmath>
 #include <vector>
@@ -111,12 +110,7 @@ class Timeline {
 } // namespace
 
 void printTimelineRows(const std::string& video) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    int count = 1;
-    std::array<char, 6> name{"bench"};
-    std::array<char*, 2> arguments{name.data(), nullptr};
-    QApplication application(count, arguments.data());
-    design::applyTheme(application);
+    windowSystem();
     const auto content = rows();
     for (const double scale : {1.0, 4.0, 12.0, 30.0, 64.0}) {
         Timeline timeline(video);

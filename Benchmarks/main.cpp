@@ -13,12 +13,14 @@
 #include "Table.h"
 #include "TimelineBenchmarks.h"
 #include "WaveformBenchmarks.h"
+#include "WindowBenchmarks.h"
 
 #include "Platform/Files.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <string>
 #include <utility>
@@ -106,9 +108,10 @@ void printMatchingRow(const Medians& results, const std::string& work, const std
                results.coreMilliseconds.at(name + "/1000"), other.c_str(), 12);
 }
 
-/// Behind those of the player, whose videos they show.
-void printViewRows([[maybe_unused]] const std::string& folder) {
+/// Behind those of the player, whose videos they show. The built programs lie beside this one.
+void printViewRows([[maybe_unused]] const std::string& self, [[maybe_unused]] const std::string& folder) {
 #ifdef ORVANE_APP
+    printWindowRows(std::filesystem::path(self).parent_path(), folder);
     printTimelineRows(folder + "/group.mov");
 #endif
 }
@@ -139,7 +142,7 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printEditingRows(results);
     printStopRows(results);
     printPictureRows(folder);
-    printViewRows(folder);
+    printViewRows(self, folder);
     printLockitRows(results);
     const auto version = medianRun({program, "--version"}, 51);
     const auto nothing = medianRun({"/bin/true"}, 51);
@@ -169,7 +172,7 @@ int main(int argc, char** argv) {
     }
     if (argc == 3 && std::string(argv[1]) == viewsOption) {
         printHeading();
-        printViewRows(argv[2]);
+        printViewRows(argv[0], argv[2]);
         return 0;
     }
     if (argc == 4 && std::string(argv[1]) == renderedOption) {

@@ -1,12 +1,7 @@
 #include "OrvaneDesignKit/AppIcon.h"
 
 #include "OrvaneDesignKit/Theme.h"
-
-#include <QIconEngine>
-#include <QPainter>
-#include <QPainterPath>
-
-#include <algorithm>
+#include "OrvaneDesignKit/VectorIcon.h"
 
 namespace orvane::design {
 
@@ -20,49 +15,33 @@ constexpr double waveMiddle = 45, barWidth = 3, barStep = 6.2, firstBar = 9.5;
 constexpr double barHeights[] = {3, 6, 10, 5, 8, 3.5, 7, 2.5};
 constexpr double lineAt = 32;
 
-class AppIconEngine : public QIconEngine {
-  public:
-    void paint(QPainter* painter, const QRect& rect, QIcon::Mode, QIcon::State) override {
-        drawAppIcon(*painter, rect);
-    }
-    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
-        QPixmap pixmap(size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        paint(&painter, QRect(QPoint(0, 0), size), mode, state);
-        return pixmap;
-    }
-    QIconEngine* clone() const override { return new AppIconEngine(*this); }
-};
-
 } // namespace
 
 void drawAppIcon(QPainter& painter, const QRectF& square) {
     const Colours& all = colours();
-    const double scale = std::min(square.width(), square.height()) / iconSide;
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.translate(square.center() - QPointF(iconSide, iconSide) * scale / 2);
-    painter.scale(scale, scale);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(all.window);
-    painter.drawRoundedRect(QRectF(2, 2, iconSide - 4, iconSide - 4), corner, corner);
-    for (int i = 0; i < 3; ++i) {
-        painter.setBrush(i == 1 ? all.selected : all.hovered);
-        painter.drawRoundedRect(
-            QRectF(firstFrame + i * (frameWidth + frameGap), frameTop, frameWidth, frameHeight), 2, 2);
-    }
-    painter.setBrush(all.matched);
-    int bar = 0;
-    for (const double height : barHeights)
-        painter.drawRoundedRect(
-            QRectF(firstBar + barStep * bar++ - barWidth / 2, waveMiddle - height, barWidth, 2 * height), 1.5,
-            1.5);
-    painter.setPen(QPen(all.onSelected, 1.6));
-    painter.drawLine(QPointF(lineAt, 9), QPointF(lineAt, 55));
-    painter.restore();
+    drawScaled(painter, square, iconSide, [&] {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(all.window);
+        painter.drawRoundedRect(QRectF(2, 2, iconSide - 4, iconSide - 4), corner, corner);
+        for (int i = 0; i < 3; ++i) {
+            painter.setBrush(i == 1 ? all.selected : all.hovered);
+            painter.drawRoundedRect(
+                QRectF(firstFrame + i * (frameWidth + frameGap), frameTop, frameWidth, frameHeight), 2, 2);
+        }
+        painter.setBrush(all.matched);
+        int bar = 0;
+        for (const double height : barHeights)
+            painter.drawRoundedRect(
+                QRectF(firstBar + barStep * bar++ - barWidth / 2, waveMiddle - height, barWidth, 2 * height),
+                1.5, 1.5);
+        painter.setPen(QPen(all.onSelected, 1.6));
+        painter.drawLine(QPointF(lineAt, 9), QPointF(lineAt, 55));
+    });
 }
 
-QIcon appIcon() { return QIcon(new AppIconEngine); }
+QIcon appIcon() {
+    return QIcon(new VectorIconEngine(
+        [](QPainter& painter, const QRect& within, QIcon::Mode) { drawAppIcon(painter, within); }));
+}
 
 } // namespace orvane::design

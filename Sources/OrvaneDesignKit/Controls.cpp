@@ -5,6 +5,8 @@
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QResizeEvent>
+#include <QStyleOption>
+#include <QStylePainter>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
@@ -80,7 +82,20 @@ QLineEdit* searchField(const QString& accessibleName, const QString& placeholder
 Choice::Choice(QWidget* parent) : QComboBox(parent) { setFocusPolicy(Qt::StrongFocus); }
 
 void Choice::paintEvent(QPaintEvent* event) {
-    QComboBox::paintEvent(event);
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    const int room =
+        style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this).width() -
+        space::small;
+    const QString fitted = fontMetrics().elidedText(option.currentText, Qt::ElideRight, room);
+    if (fitted == option.currentText) {
+        QComboBox::paintEvent(event);
+    } else {
+        option.currentText = fitted;
+        QStylePainter painter(this);
+        painter.drawComplexControl(QStyle::CC_ComboBox, option);
+        painter.drawControl(QStyle::CE_ComboBoxLabel, option);
+    }
     QPainter painter(this);
     draw(painter, Glyph::unfolded,
          QRectF(width() - glyphSide - space::small, (height() - glyphSide) / 2.0, glyphSide, glyphSide),

@@ -1,9 +1,8 @@
 #include "OrvaneDesignKit/Icons.h"
 
-#include <QIconEngine>
-#include <QPainter>
+#include "OrvaneDesignKit/VectorIcon.h"
+
 #include <QPainterPath>
-#include <QPixmap>
 
 #include <algorithm>
 #include <cmath>
@@ -215,50 +214,31 @@ void lay(Glyph glyph, QPainterPath& lines, QPainterPath& filled) {
     }
 }
 
-class GlyphEngine : public QIconEngine {
-  public:
-    explicit GlyphEngine(Glyph glyph) : glyph_(glyph) {}
-    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
-        const Colours& all = colours();
-        const QColor colour = mode == QIcon::Disabled   ? all.disabled
-                              : mode == QIcon::Selected ? all.onSelected
-                                                        : all.text;
-        // What is wider than high keeps a distance to the text on its right.
-        const int square = std::min(rect.width(), rect.height());
-        draw(*painter, glyph_, QRect(rect.left(), rect.top(), square, square), colour);
-    }
-    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
-        QPixmap pixmap(size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        paint(&painter, QRect(QPoint(0, 0), size), mode, state);
-        return pixmap;
-    }
-    QIconEngine* clone() const override { return new GlyphEngine(*this); }
-
-  private:
-    Glyph glyph_;
-};
-
 } // namespace
 
 void draw(QPainter& painter, Glyph glyph, const QRectF& square, const QColor& colour) {
     QPainterPath lines;
     QPainterPath filled;
     lay(glyph, lines, filled);
-    const double scale = std::min(square.width(), square.height()) / side;
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.translate(square.center() - QPointF(side, side) * scale / 2);
-    painter.scale(scale, scale);
-    painter.setPen(QPen(colour, lineWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawPath(lines);
-    painter.fillPath(filled, colour);
-    painter.restore();
+    drawScaled(painter, square, side, [&] {
+        painter.setPen(QPen(colour, lineWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawPath(lines);
+        painter.fillPath(filled, colour);
+    });
 }
 
-QIcon icon(Glyph glyph) { return QIcon(new GlyphEngine(glyph)); }
+QIcon icon(Glyph glyph) {
+    return QIcon(new VectorIconEngine([glyph](QPainter& painter, const QRect& within, QIcon::Mode mode) {
+        const Colours& all = colours();
+        const QColor colour = mode == QIcon::Disabled   ? all.disabled
+                              : mode == QIcon::Selected ? all.onSelected
+                                                        : all.text;
+        // What is wider than high keeps a distance to the text on its right.
+        const int square = std::min(within.width(), within.height());
+        draw(painter, glyph, QRect(within.left(), within.top(), square, square), colour);
+    }));
+}
 
 Glyph glyph(Signal signal) {
     switch (signal) {

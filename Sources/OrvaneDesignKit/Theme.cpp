@@ -3,6 +3,7 @@
 #include "OrvaneDesignKit/Icons.h"
 
 #include <QApplication>
+#include <QEvent>
 #include <QFontDatabase>
 #include <QPainter>
 #include <QPalette>
@@ -10,6 +11,7 @@
 #include <QProxyStyle>
 #include <QStyleFactory>
 #include <QStyleOption>
+#include <QWidget>
 
 #include <algorithm>
 #include <array>
@@ -141,6 +143,28 @@ class ThemeStyle : public QProxyStyle {
     }
 };
 
+/// Gives its sheet to every window before it is sized and shown; what lies within takes it from there. A
+/// sheet of the application's would be laid over each part of a window again whenever the part is put into
+/// another.
+class SheetForWindows : public QObject {
+  public:
+    SheetForWindows(QString sheet, QObject* parent) : QObject(parent), sheet_(std::move(sheet)) {}
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        const bool isBeforeSize = event->type() == QEvent::Polish;
+        if (!isBeforeSize && event->type() != QEvent::Show) return false;
+        auto* window = qobject_cast<QWidget*>(watched);
+        if (window == nullptr || window->parentWidget() != nullptr || !window->styleSheet().isEmpty())
+            return false;
+        // A part that is asked for its size before it is put into a window is none.
+        if (isBeforeSize && !window->inherits("QMainWindow") && !window->inherits("QDialog")) return false;
+        window->setStyleSheet(sheet_);
+        return false;
+    }
+
+  private:
+    const QString sheet_;
+};
+
 } // namespace
 
 const Colours& colours() {
@@ -174,14 +198,27 @@ QColor channelColour(int index) {
     return palette[static_cast<std::size_t>(std::max(index, 0)) % palette.size()];
 }
 
-QFont textFont() { return sized(QFontDatabase::systemFont(QFontDatabase::GeneralFont), textPixels); }
-QFont factsFont() { return sized(QFontDatabase::systemFont(QFontDatabase::GeneralFont), factsPixels); }
-QFont titleFont() {
-    QFont font = sized(QFontDatabase::systemFont(QFontDatabase::GeneralFont), titlePixels);
-    font.setWeight(QFont::DemiBold);
+// The system is asked once: lists ask for each cell.
+QFont textFont() {
+    static const QFont font = sized(QFontDatabase::systemFont(QFontDatabase::GeneralFont), textPixels);
     return font;
 }
-QFont timecodeFont() { return sized(QFontDatabase::systemFont(QFontDatabase::FixedFont), textPixels); }
+QFont factsFont() {
+    static const QFont font = sized(QFontDatabase::systemFont(QFontDatabase::GeneralFont), factsPixels);
+    return font;
+}
+QFont titleFont() {
+    static const QFont font = [] {
+        QFont made = sized(QFontDatabase::systemFont(QFontDatabase::GeneralFont), titlePixels);
+        made.setWeight(QFont::DemiBold);
+        return made;
+    }();
+    return font;
+}
+QFont timecodeFont() {
+    static const QFont font = sized(QFontDatabase::systemFont(QFontDatabase::FixedFont), textPixels);
+    return font;
+}
 
 void applyTheme(QApplication& application) {
     application.setStyle(new ThemeStyle);
@@ -199,7 +236,8 @@ void applyTheme(QApplication& application) {
         palette.setColor(QPalette::Disabled, role, all.disabled);
     application.setPalette(palette);
     application.setFont(textFont());
-    application.setStyleSheet(filledIn(QString::fromLatin1(styleSheet)));
+    auto* sheet = new SheetForWindows(filledIn(QString::fromLatin1(styleSheet)), &application);
+    application.installEventFilter(sheet);
 }
 
 double contrast(const QColor& a, const QColor& b) {

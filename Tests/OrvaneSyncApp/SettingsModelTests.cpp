@@ -19,13 +19,7 @@
 namespace orvane::test {
 namespace {
 
-const SettingRow& rowOf(const SettingDescription& setting) {
-    for (const SettingTab& tab : settingTabs())
-        for (const SettingSection& section : tab.sections)
-            for (const SettingRow& row : section.rows)
-                if (row.setting.get().key == setting.key) return row;
-    throw std::logic_error("no row");
-}
+const SettingRow& rowOf(const SettingDescription& setting) { return settingRow(setting.key); }
 
 class SettingsModelTest : public testing::Test {
   protected:
@@ -97,6 +91,18 @@ TEST_F(SettingsModelTest, aRowSaysWhatHoldsAndWhatIsWrong) {
     EXPECT_EQ(model_.remark(pattern).kind, SettingRemark::Kind::doubt);
 }
 
+TEST_F(SettingsModelTest, theAutomaticLengthSaysWhatTheMaterialIs) {
+    std::unordered_map<UUID, SmartAudioResult> heard;
+    const SettingsModel model(store_, [&] { return commonestMaterial(heard); });
+    const auto first = [&] { return model.choices(rowOf(settings::smartAudioBlockMode)).front().text; };
+    EXPECT_EQ(first(), "Auto");
+    using enum MaterialCharacter;
+    for (const auto character : {fastDialog, interview, fastDialog})
+        heard[UUID::random()].detectedCharacter = character;
+    heard[UUID::random()] = {};
+    EXPECT_EQ(first(), "Auto (currently: Fast Dialog / Comedy)");
+}
+
 TEST(PatternDoubts, tellsWhatComesOutOtherThanMeant) {
     struct Case {
         std::string (*doubt)(std::string_view);
@@ -149,8 +155,8 @@ TEST_F(SettingsModelTest, tablesSayWhatMeetsInOnePlace) {
     EXPECT_EQ(lock.sharedWith, std::vector{ShortcutAction::clapCheck});
     EXPECT_NE(lock.conflict.find("“Clap Check Loop” gets it"), std::string::npos) << lock.conflict;
     EXPECT_EQ(lock.key, "Ctrl+L");
-    EXPECT_TRUE(matches(lock, "LOCK current"));
-    EXPECT_FALSE(matches(lock, "zoom"));
+    EXPECT_TRUE(matches(lock, SearchWords("LOCK current")));
+    EXPECT_FALSE(matches(lock, SearchWords("zoom")));
 
     LockitFieldMapping::set(*store_, FCPMetaTarget::description, LockitField::sceneContent);
     LockitFieldMapping::set(*store_, FCPMetaTarget::custom, " ", LockitField::tags);

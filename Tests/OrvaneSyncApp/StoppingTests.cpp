@@ -32,7 +32,7 @@ TEST_F(StoppingTest, aScanThatIsStoppedLeavesAllAsItWas) {
     const auto read = controller_->scan().scanResult();
     const platform::Task scanning = controller_->scan().startScan();
     EXPECT_EQ(controller_->scan().scanState(), ScanState::discovering);
-    scanning.requestStop();
+    controller_->scan().stopScan();
     finish(scanning);
     EXPECT_TRUE(endedByStop(scanning));
     EXPECT_EQ(controller_->scan().scanState(), ScanState::done);

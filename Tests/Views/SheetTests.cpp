@@ -1,19 +1,9 @@
-#include "MediaFactory/SmallShoot.h"
-#include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/Notifier.h"
-#include "OrvaneSyncApp/Views/QtMainThread.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/SingleInstance.h"
-#include "OrvaneSyncCore/Models/Settings.h"
-#include "Support/TemporaryDirectory.h"
-#include "Support/Test.h"
-#include "Views/Application.h"
+#include "Views/ShootWindow.h"
 
 #include <QClipboard>
-#include <QDialog>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTest>
 #include <QTreeWidget>
 
 #include <algorithm>
@@ -26,52 +16,16 @@ namespace {
 
 using test::waitUntil;
 
-class SheetTest : public testing::Test {
+class SheetTest : public testing::Test, protected test::ShootWindow {
   protected:
-    SheetTest() {
-        test::application();
-        registerStandardDefaults(*settings_);
-        test::makeSmallShoot(folder_.path("shoot"));
-        Desktop::Dependencies dependencies;
-        dependencies.mainThread = qtMainThread();
-        dependencies.settings = settings_;
-        dependencies.sessionsDir = folder_.path("sessions");
-        desktop_ = std::make_unique<Desktop>(std::move(dependencies));
-        window_ = std::make_unique<MainWindow>(*desktop_);
-        window_->show();
-        window_->scanFolders({text(folder_.path("shoot/camera")), text(folder_.path("shoot/sound"))});
-        EXPECT_TRUE(waitUntil([&] { return !window_->isScanning(); }));
-        QCoreApplication::processEvents();
-    }
-    QDialog* sheet() {
-        for (auto* one : window_->findChildren<QDialog*>())
-            if (one->isVisible()) return one;
-        return nullptr;
-    }
-    static void type(QWidget& in, const QString& field, const QString& words) {
-        for (auto* one : in.findChildren<QLineEdit*>())
-            if (one->accessibleName() == field) return QTest::keyClicks(one, words);
-        FAIL() << "no field " << field.toStdString();
-    }
-    static void press(QWidget& in, const QString& name) {
-        for (auto* one : in.findChildren<QPushButton*>())
-            if (one->text() == name && one->isVisible()) return QTest::mouseClick(one, Qt::LeftButton);
-        FAIL() << "no button " << name.toStdString();
-    }
-    const OpenWork& work() { return desktop_->controller().work(); }
-
-    test::TemporaryDirectory folder_;
-    std::shared_ptr<platform::MemorySettingsStore> settings_ =
-        std::make_shared<platform::MemorySettingsStore>();
-    std::unique_ptr<Desktop> desktop_;
-    std::unique_ptr<MainWindow> window_;
+    void SetUp() override { scan(); }
 };
 
 } // namespace
 
 TEST_F(SheetTest, RenamesAllClipsInOneStepAsThePreviewSays) {
     showBatchRenamer(*desktop_, window_.get());
-    QDialog& renamer = *sheet();
+    QDialog& renamer = sheet();
     auto* preview = renamer.findChild<QTreeWidget*>();
     type(renamer, "Find", "12");
     type(renamer, "Replace with", "99");
@@ -91,7 +45,7 @@ TEST_F(SheetTest, RenamesAllClipsInOneStepAsThePreviewSays) {
 
 TEST_F(SheetTest, TellsWhatThisMachineHasAndCopiesIt) {
     showDiagnostics(*desktop_, window_.get());
-    QDialog& diagnostics = *sheet();
+    QDialog& diagnostics = sheet();
     const auto copies = [&] {
         const auto all = diagnostics.findChildren<QPushButton*>();
         return std::ranges::any_of(all, [](auto* one) { return one->text() == "Copy" && one->isEnabled(); });
@@ -115,8 +69,7 @@ TEST_F(SheetTest, TellsTheDesktopWhatEndedUnseen) {
     QStringList told;
     QWidget unseen;
     const Notifier notifier(*desktop_, unseen, [&](const QString&, const QString& what) { told << what; });
-    window_->scanFolders({text(folder_.path("shoot"))});
-    ASSERT_TRUE(waitUntil([&] { return !window_->isScanning(); }));
+    scan();
     EXPECT_EQ(told.filter("The scan is done").size(), 1) << told.join(", ").toStdString();
 }
 

@@ -1,21 +1,10 @@
-#include "MediaFactory/SmallShoot.h"
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/Views/Gallery.h"
-#include "OrvaneSyncApp/Views/MainWindow.h"
-#include "OrvaneSyncApp/Views/QtMainThread.h"
-#include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
-#include "OrvaneSyncApp/Views/Sheets/Sheets.h"
-#include "OrvaneSyncApp/Views/Translation.h"
-#include "OrvaneSyncCore/Models/Settings.h"
-#include "Support/TemporaryDirectory.h"
-#include "Support/Test.h"
-#include "Views/Application.h"
+#include "Views/AllWindows.h"
 
 #include <QAbstractSpinBox>
 #include <QCheckBox>
-#include <QDialog>
 #include <QHeaderView>
-#include <QTest>
 #include <QTreeView>
 
 #include <algorithm>
@@ -131,63 +120,12 @@ class Tree {
     QList<QWidget*> shown_;
 };
 
-/// All windows over a small shoot, in a language.
-class Windows {
-  public:
-    explicit Windows(const QString& language) {
-        installLanguage(test::application(), language);
-        registerStandardDefaults(*settings_);
-        test::makeSmallShoot(folder_.path("shoot"));
-        Desktop::Dependencies dependencies;
-        dependencies.mainThread = qtMainThread();
-        dependencies.settings = settings_;
-        dependencies.sessionsDir = folder_.path("sessions");
-        desktop_ = std::make_unique<Desktop>(std::move(dependencies));
-        window_ = std::make_unique<MainWindow>(*desktop_);
-        window_->resize(1024, 700);
-        window_->show();
-        QCoreApplication::processEvents();
-    }
-    ~Windows() { installLanguage(test::application(), QStringLiteral("en")); }
-
-    void scan() {
-        window_->scanFolders({text(folder_.path("shoot/camera")), text(folder_.path("shoot/sound"))});
-        EXPECT_TRUE(test::waitUntil([&] { return !window_->isScanning(); }));
-        QCoreApplication::processEvents();
-    }
-    void openSheets() {
-        showExport(*desktop_, window_.get());
-        showBatchRenamer(*desktop_, window_.get());
-        showAtmoBuilder(*desktop_, window_.get());
-        showDiagnostics(*desktop_, window_.get());
-        showFeedback(*desktop_, window_.get());
-        showAbout(window_.get());
-        auto* settings = new SettingsWindow(*desktop_, window_.get());
-        settings->show();
-        QCoreApplication::processEvents();
-    }
-    QList<QWidget*> tops() const {
-        QList<QWidget*> all{window_.get()};
-        for (QDialog* one : window_->findChildren<QDialog*>())
-            if (one->isVisible()) all << one;
-        return all;
-    }
-    MainWindow& window() { return *window_; }
-
-  private:
-    test::TemporaryDirectory folder_;
-    std::shared_ptr<platform::MemorySettingsStore> settings_ =
-        std::make_shared<platform::MemorySettingsStore>();
-    std::unique_ptr<Desktop> desktop_;
-    std::unique_ptr<MainWindow> window_;
-};
-
 class TreeTest : public testing::TestWithParam<const char*> {};
 
 } // namespace
 
 TEST_P(TreeTest, NothingIsCutUnnamedUnreadableOrOutsideTheTheme) {
-    Windows windows(QString::fromLatin1(GetParam()));
+    test::AllWindows windows(QString::fromLatin1(GetParam()));
     Tree(windows.window()).check(); // the start
     windows.scan();
     windows.openSheets();
@@ -201,18 +139,6 @@ TEST(GalleryTest, KeepsTheSame) {
     gallery->show();
     QCoreApplication::processEvents();
     Tree(*gallery).check();
-}
-
-TEST(TranslationTest, EveryTextOfTheWindowsIsThereInGerman) {
-    Windows windows(QStringLiteral("de"));
-    windows.scan();
-    windows.openSheets();
-    QStringList missing = untranslatedTexts();
-    missing.sort();
-    EXPECT_EQ(missing.size(), 0) << missing.join(QStringLiteral("\n")).toStdString();
-    EXPECT_EQ(translated("Scan & Match"), QStringLiteral("Scannen & Zuordnen"));
-    EXPECT_EQ(translatedSentence("3.000 s after"), QStringLiteral("3.000 s danach"));
-    EXPECT_EQ(translatedSentence("A001.mov"), QStringLiteral("A001.mov"));
 }
 
 } // namespace orvane::views

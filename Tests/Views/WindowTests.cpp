@@ -1,51 +1,22 @@
-#include "MediaFactory/SmallShoot.h"
 #include "OrvaneDesignKit/Controls.h"
-#include "OrvaneSyncApp/Views/MainWindow.h"
-#include "OrvaneSyncApp/Views/QtMainThread.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
-#include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
-#include "OrvaneSyncCore/Models/Settings.h"
-#include "Platform/Files.h"
-#include "Support/TemporaryDirectory.h"
-#include "Support/Test.h"
-#include "Views/Application.h"
+#include "Views/ShootWindow.h"
 
-#include <QAbstractSpinBox>
-#include <QComboBox>
-#include <QLabel>
+#include <QAction>
 #include <QStackedWidget>
 #include <QTableView>
-#include <QTest>
+
+#include <algorithm>
 
 namespace orvane::views {
 
 namespace {
 
-using test::TemporaryDirectory;
 using test::waitUntil;
 
-class WindowTest : public testing::Test {
+class WindowTest : public testing::Test, protected test::ShootWindow {
   protected:
-    WindowTest() {
-        test::application();
-        registerStandardDefaults(*settings_);
-        test::makeSmallShoot(folder_.path("shoot"));
-        Desktop::Dependencies dependencies;
-        dependencies.mainThread = qtMainThread();
-        dependencies.settings = settings_;
-        dependencies.sessionsDir = folder_.path("sessions");
-        desktop_ = std::make_unique<Desktop>(std::move(dependencies));
-        window_ = std::make_unique<MainWindow>(*desktop_);
-        window_->show();
-    }
-
-    void scan() {
-        window_->scanFolders({text(folder_.path("shoot/camera")), text(folder_.path("shoot/sound"))});
-        ASSERT_TRUE(waitUntil([&] { return !window_->isScanning(); }));
-        QCoreApplication::processEvents();
-    }
-
     QTableView& table() { return *window_->results().table(); }
     QString cell(int row, int column) { return table().model()->index(row, column).data().toString(); }
     int rowOf(const QString& cameraFile) {
@@ -53,18 +24,6 @@ class WindowTest : public testing::Test {
             if (cell(row, 1).startsWith(cameraFile)) return row;
         return -1;
     }
-    const SyncGroup& clip(const QString& cameraFile) {
-        const auto& groups = desktop_->controller().work().syncGroups();
-        for (const SyncGroup& group : groups)
-            if (text(group.video.filename).startsWith(cameraFile)) return group;
-        throw std::logic_error("no such clip");
-    }
-
-    TemporaryDirectory folder_;
-    std::shared_ptr<platform::MemorySettingsStore> settings_ =
-        std::make_shared<platform::MemorySettingsStore>();
-    std::unique_ptr<Desktop> desktop_;
-    std::unique_ptr<MainWindow> window_;
 };
 
 } // namespace
@@ -103,6 +62,20 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     EXPECT_LT(rowOf("A001C003"), rowOf("A001C001"));
 }
 
+TEST_F(WindowTest, ANewScanIsLeftWithoutATraceAndActsOnNoClip) {
+    scan();
+    auto* pages = window_->findChild<QStackedWidget*>();
+    window_->findChild<QAction*>(QStringLiteral("newScan"))->trigger();
+    ASSERT_EQ(pages->currentIndex(), 0);
+    QTest::keyClick(window_.get(), Qt::Key_Return,
+                    Qt::ControlModifier); // approves what is selected in the list
+    ASSERT_NE(qobject_cast<QLineEdit*>(window_->focusWidget()), nullptr) << "a folder can be typed at once";
+    QTest::keyClick(window_->focusWidget(), Qt::Key_Escape);
+    EXPECT_EQ(pages->currentIndex(), 2);
+    EXPECT_EQ(table().model()->rowCount(), 4);
+    EXPECT_TRUE(std::ranges::none_of(work().syncGroups(), &SyncGroup::isApproved));
+}
+
 TEST_F(WindowTest, AnotherShootGetsASessionOfItsOwn) {
     scan();
     table().selectAll();
@@ -110,8 +83,7 @@ TEST_F(WindowTest, AnotherShootGetsASessionOfItsOwn) {
     const auto first = desktop_->sessions().currentSessionId();
     ASSERT_TRUE(first);
     test::makeSmallShoot(folder_.path("other"));
-    window_->scanFolders({text(folder_.path("other/camera")), text(folder_.path("other/sound"))});
-    ASSERT_TRUE(waitUntil([&] { return !window_->isScanning(); }));
+    scan("other");
     EXPECT_FALSE(clip("A001C001").isApproved);
     EXPECT_NE(desktop_->sessions().currentSessionId(), first);
     JSON arguments = JSON::object();
@@ -126,24 +98,18 @@ TEST_F(WindowTest, AnotherShootGetsASessionOfItsOwn) {
 TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
     scan();
     const QString place = text(folder_.path("out.fcpxml"));
-    ExportSheet sheet(*desktop_, window_.get());
-    sheet.show();
-    auto* document = sheet.findChildren<QLineEdit*>().back();
+    ExportSheet exporting(*desktop_, window_.get());
+    exporting.show();
+    auto* document = exporting.findChildren<QLineEdit*>().back();
     ASSERT_EQ(document->accessibleName(), "Document");
     document->setText(place);
-    const auto press = [&](const QString& name) {
-        for (auto* button : sheet.findChildren<QPushButton*>())
-            if (button->text() == name && button->isVisible())
-                return QTest::mouseClick(button, Qt::LeftButton);
-        FAIL() << "no button " << name.toStdString();
-    };
-    auto* outcome = static_cast<design::Banner*>(sheet.findChild<QFrame*>(QStringLiteral("outcome")));
+    auto* outcome = static_cast<design::Banner*>(exporting.findChild<QFrame*>(QStringLiteral("outcome")));
     ASSERT_NE(outcome, nullptr);
     folder_.write("out.fcpxml", "somebody else's");
-    press("Export");
+    press(exporting, "Export");
     EXPECT_TRUE(outcome->text().contains("already"));
     EXPECT_EQ(folder_.read("out.fcpxml"), "somebody else's");
-    press("Replace It");
+    press(exporting, "Replace It");
     ASSERT_TRUE(waitUntil([&] { return outcome->text().startsWith("Written"); }))
         << outcome->text().toStdString();
     EXPECT_NE(folder_.read("out.fcpxml").find("<fcpxml"), std::string::npos);

@@ -206,12 +206,13 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
     if (self->scanNumber_ == scanNumber) self->smartAudio_.startAnalysisAfterScan();
 }
 
-std::function<void(int, int)> ScanController::progressReport(std::uint64_t scanNumber, std::string phase,
-                                                             int before, int total) {
-    return [shown = std::weak_ptr(shown_), scanNumber, phase = std::move(phase), before, total](int current,
-                                                                                                int) {
+MediaProbeService::Progress ScanController::progressReport(std::uint64_t scanNumber, std::string phase,
+                                                           int before, int total) {
+    return [shown = std::weak_ptr(shown_), scanNumber, phase = std::move(phase), before,
+            total](int current, int, const FileURL* inHand) {
         if (const auto own = shown.lock())
-            own->post({scanNumber, ScanProgress{phase, before + current, total}});
+            own->post({scanNumber, ScanProgress{phase, before + current, total,
+                                                inHand == nullptr ? "" : inHand->lastPathComponent()}});
     };
 }
 
@@ -256,6 +257,10 @@ void ScanController::clear() {
     progress_ = ScanProgress::idle();
     using enum ImportField;
     for (const ImportField field : {discoveryResult, scanResult, scanState, progress}) work_.notify(field);
+}
+
+void ScanController::stopScan() {
+    if (runningScan_) runningScan_->requestStop();
 }
 
 void ScanController::abandonScan() {

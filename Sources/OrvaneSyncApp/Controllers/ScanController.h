@@ -58,6 +58,8 @@ class ScanController {
     /// what was found then. `of`: whether the folders are those of the open work, or of other work that
     /// takes its place, which clears the undo steps.
     platform::Task startScan(OpenWork::ScanOf of = OpenWork::ScanOf::sameWork);
+    /// A scan that runs ends, and leaves all as it was before it; its task fails with Stopped.
+    void stopScan();
     /// A scan that runs ends without a trace.
     void abandonScan();
     /// Back to the state before any scan.
@@ -99,8 +101,8 @@ class ScanController {
     void show(const ScanOutcome& outcome);
     static std::shared_ptr<ScanController> stillScanning(const std::weak_ptr<ScanController>& weak,
                                                          std::uint64_t scanNumber);
-    std::function<void(int, int)> progressReport(std::uint64_t scanNumber, std::string phase, int before,
-                                                 int total);
+    MediaProbeService::Progress progressReport(std::uint64_t scanNumber, std::string phase, int before,
+                                               int total);
 
     OpenWork& work_;
     SmartAudioController& smartAudio_;

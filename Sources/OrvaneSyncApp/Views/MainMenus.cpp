@@ -85,7 +85,9 @@ QAction* MainMenus::addClipCommand(QMenu* menu, std::string_view id, const QKeyS
 
 void MainMenus::makeFile() {
     QMenu* file = window_.menuBar()->addMenu(tr("&File"));
-    connect(file->addAction(tr("New Scan…")), &QAction::triggered, this, [this] { screens_.newScan(); });
+    QAction* scan = file->addAction(tr("New Scan…"));
+    scan->setObjectName(QStringLiteral("newScan"));
+    connect(scan, &QAction::triggered, this, [this] { screens_.newScan(); });
     RecentPlaces::menu(file, screens_.openPaths);
     QAction* newSession = addCommand(file, "newSession", QKeySequence::New);
     connect(newSession, &QAction::triggered, this, [this] { screens_.leaveStart(); });
@@ -182,10 +184,10 @@ void MainMenus::makeAudio() {
     addAsking(audio, "runSmartAudioAnalysis", [this] {
         analyse(settings::smartAudioMode.write(modeOfAnalysis(desktop_.settings())));
     })->setIcon(icon(Glyph::waveform));
-    for (const std::string_view mode : settings::smartAudioMode.choices)
-        addAsking(audio, "runSmartAudioAnalysis", [this, mode] {
-            analyse(JSON(mode));
-        })->setText(tr("Smart Audio: %1").arg(text(mode)));
+    for (std::size_t i = 0; i < RawValues<SmartAudioMode>::texts.size(); ++i)
+        addAsking(audio, "runSmartAudioAnalysis", [this, i] {
+            analyse(settings::smartAudioMode.write(static_cast<SmartAudioMode>(i)));
+        })->setText(tr("Smart Audio: %1").arg(translated(RawValues<SmartAudioMode>::texts.at(i))));
     addCommand(audio, "measureLoudness");
 }
 
@@ -250,7 +252,7 @@ void MainMenus::listScreens(QMenu* menu) {
     auto* group = new QActionGroup(menu);
     const int last = static_cast<int>(screens.size()) - 1;
     for (int i = 0; i <= last; ++i) {
-        QAction* one = menu->addAction(text(screenLabel(screens[static_cast<std::size_t>(i)])));
+        QAction* one = menu->addAction(translatedSentence(screenLabel(screens[static_cast<std::size_t>(i)])));
         one->setCheckable(true);
         group->addAction(one);
         one->setChecked(i == std::clamp(fullscreen.preferredScreen(), 0, last));
@@ -317,6 +319,8 @@ void MainMenus::update() {
     for (const auto& [action, id] : commandActions_) action->setEnabled(desktop_.isEnabled(id));
     const std::vector<UUID> clips = screens_.clips();
     for (const auto& [action, id] : clipActions_) action->setEnabled(applies(id, clips));
+    sheets_.renameClips->setEnabled(desktop_.isEnabled("batchRename"));
+    sheets_.buildRoomTone->setEnabled(desktop_.isEnabled("scanAtmoCandidates"));
     rename_->setEnabled(clips.size() == 1);
     single_->setEnabled(clips.size() == 1 && applies("exportSingleClip", clips));
     const bool isPlaying = screens_.isPlaying();

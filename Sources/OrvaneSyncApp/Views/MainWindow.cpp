@@ -64,17 +64,16 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     column->setSpacing(0);
     column->addWidget(banner_ = new Banner);
     pages_ = new QStackedWidget;
-    pages_->addWidget(start_ = new StartView(desktop, [this] { startScan(); }));
-    pages_->addWidget(scanning_ = new ScanningView(desktop, [this] {
-                          // The one that runs, whoever began it: a project, or the cure of a doubt.
-                          desktop_.controller().scan().startScan().requestStop();
-                      }));
+    pages_->addWidget(start_ = new StartView(
+                          desktop, [this] { startScan(); },
+                          [this] {
+                              wantsStart_ = false;
+                              showPage();
+                              updateActions();
+                          }));
+    pages_->addWidget(scanning_ = new ScanningView(desktop));
     pages_->addWidget(results_ = new ResultsView(desktop));
     reviewActions_ = new ReviewActions(desktop, this);
-    pages_->addWidget(review_ = new ReviewView(desktop, *reviewActions_, [this] { showResults(); }));
-    pages_->addWidget(multicam_ = new MulticamView(
-                          desktop, *reviewActions_, [this] { showResults(); },
-                          [this](const UUID& clip) { openReview(clip); }));
     column->addWidget(pages_, 1);
     splitter_ = new QSplitter;
     splitter_->addWidget(sessions_ = new SessionsPanel(desktop));
@@ -83,6 +82,10 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     splitter_->setChildrenCollapsible(false);
     splitter_->setSizes({sessionsWidth, usualWindow.width() - sessionsWidth});
     setCentralWidget(splitter_);
+    // What a menu says of its entries lies over it for a moment.
+    statusBar()->addWidget(status_ = design::facts({}));
+    status_->setWordWrap(false);
+    status_->setContentsMargins(space::tight, 0, 0, 0);
 
     MainMenus::Screens screens;
     screens.clips = [this] { return actedOn(); };
@@ -96,6 +99,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     screens.newScan = [this] {
         wantsStart_ = true;
         showPage();
+        updateActions();
     };
     screens.leaveStart = [this] { wantsStart_ = false; };
     screens.find = [this] {
@@ -103,13 +107,15 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
         results_->search()->setFocus();
     };
     screens.isPlaying = [this] { return isPlayingScreen(); };
-    screens.showKeys = [this] { review_->keys().open(); };
+    screens.showKeys = [this] { review().keys().open(); };
     screens.isReviewing = [this] { return screen_ == Screen::review; };
     screens.openPaths = [this](const QStringList& paths) { openPaths(paths); };
     screens.sessions = sessions_;
     menus_ = new MainMenus(desktop_, *this, *reviewActions_, std::move(screens));
     ReviewKeys::Screens playing;
-    playing.isInFront = [this] { return isPlayingScreen() && !review_->keys().isVisible(); };
+    playing.isInFront = [this] {
+        return isPlayingScreen() && !(review_ != nullptr && review_->keys().isVisible());
+    };
     playing.handleFullscreen = [this](const KeyEvent& event) {
         return screen_ == Screen::multicam ? multicam_->handleFullscreen(event)
                                            : desktop_.players().review()->fullscreen().handle(event);
@@ -120,7 +126,6 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     results_->whenScanWanted = [this] {
         if (desktop_.isEnabled("startScan")) startScan();
     };
-    review_->openTake = [this](const std::vector<UUID>& cameras) { openMulticam(cameras); };
     results_->openMulticam = [this] { openCamerasOfSelected(); };
     // The key press that opens a clip is over before the review takes keys: Return means another thing there.
     connect(
@@ -159,9 +164,9 @@ void MainWindow::observe() {
         if (field == SessionField::problem && desktop_.sessions().problem())
             banner_->show(Signal::doubtful, translatedSentence(*desktop_.sessions().problem()));
         if (field == SessionField::lastSaveError && desktop_.sessions().lastSaveError())
-            banner_->show(
-                Signal::missing,
-                tr("The session could not be saved: %1").arg(text(*desktop_.sessions().lastSaveError())));
+            banner_->show(Signal::missing,
+                          tr("The session could not be saved: %1")
+                              .arg(translatedSentence(*desktop_.sessions().lastSaveError())));
         updateStatus();
     });
     // A clip that leaves the work leaves its screen.
@@ -171,20 +176,40 @@ void MainWindow::observe() {
     multicamObservation_ = desktop_.players().multicam()->bag().onChange([this] {
         if (screen_ == Screen::multicam && !desktop_.players().multicam()->isOpen()) showResults();
     });
-    review_->whenMoved = [this] { updateActions(); };
 }
 
 MainWindow::~MainWindow() {
     desktop_.whenRefused = nullptr;
     screen_ = Screen::results;
-    review_->leaveClip();
-    multicam_->leaveTake();
+    leavePlayers();
+}
+
+ReviewView& MainWindow::review() {
+    if (review_ == nullptr) {
+        pages_->addWidget(review_ = new ReviewView(desktop_, *reviewActions_, [this] { showResults(); }));
+        review_->openTake = [this](const std::vector<UUID>& cameras) { openMulticam(cameras); };
+        review_->whenMoved = [this] { updateActions(); };
+    }
+    return *review_;
+}
+
+MulticamView& MainWindow::multicam() {
+    if (multicam_ == nullptr)
+        pages_->addWidget(multicam_ = new MulticamView(
+                              desktop_, *reviewActions_, [this] { showResults(); },
+                              [this](const UUID& clip) { openReview(clip); }));
+    return *multicam_;
+}
+
+void MainWindow::leavePlayers() {
+    if (review_ != nullptr) review_->leaveClip();
+    if (multicam_ != nullptr) multicam_->leaveTake();
 }
 
 void MainWindow::openReview(const UUID& groupID) {
     if (desktop_.controller().work().syncGroups().find(groupID) == nullptr) return;
     showScreen(Screen::review);
-    review_->open(groupID);
+    review().open(groupID);
 }
 
 void MainWindow::openMulticam(const std::vector<UUID>& groupIDs) {
@@ -193,7 +218,7 @@ void MainWindow::openMulticam(const std::vector<UUID>& groupIDs) {
             Signal::doubtful,
             tr("The take has one camera. Select several clips to see them beside each other."));
     isOpening_ = true;
-    multicam_->open(groupIDs);
+    multicam().open(groupIDs);
     isOpening_ = false;
     if (desktop_.players().multicam()->isOpen()) showScreen(Screen::multicam);
 }
@@ -240,8 +265,7 @@ void MainWindow::showResults() {
     std::vector<UUID> seen = actedOn();
     if (screen_ == Screen::multicam) seen = desktop_.players().multicam()->members();
     showScreen(Screen::results);
-    review_->leaveClip();
-    multicam_->leaveTake();
+    leavePlayers();
     results_->select(seen);
 }
 
@@ -299,8 +323,8 @@ void MainWindow::showPage() {
     if (isScanning)
         page = scanning_;
     else if (!wantsStart_ && (hasWork || state == ScanState::done))
-        page = screen_ == Screen::review     ? static_cast<QWidget*>(review_)
-               : screen_ == Screen::multicam ? static_cast<QWidget*>(multicam_)
+        page = screen_ == Screen::review     ? static_cast<QWidget*>(&review())
+               : screen_ == Screen::multicam ? static_cast<QWidget*>(&multicam())
                                              : results_;
     if (isPlayingScreen() && page != review_ && page != multicam_) return showResults();
     if (pages_->currentWidget() == page) return;
@@ -323,7 +347,7 @@ void MainWindow::updateStatus() {
                        .arg(work.syncClipCount())
                        .arg(work.mosCount())
                        .arg(work.unmatchedCount());
-    statusBar()->showMessage(sentence);
+    status_->setText(sentence);
     const auto& id = desktop_.sessions().currentSessionId();
     const SessionInfo* session = id ? desktop_.sessions().session(*id) : nullptr;
     setWindowTitle(session != nullptr ? tr("%1 – OrvaneSync").arg(text(session->name))
@@ -354,6 +378,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
     wantsStart_ = true;
     start_->takeFolders(dropped);
     showPage();
+    updateActions();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
@@ -361,7 +386,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     QSettings places;
     places.setValue(QStringLiteral("window"), saveGeometry());
     places.setValue(QStringLiteral("sessions"), splitter_->saveState());
-    review_->savePlaces();
+    if (review_ != nullptr) review_->savePlaces();
     places.setValue(QStringLiteral("columns"), results_->table()->horizontalHeader()->saveState());
     event->accept();
 }

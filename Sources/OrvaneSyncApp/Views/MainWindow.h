@@ -9,6 +9,7 @@
 #include <optional>
 #include <vector>
 
+class QLabel;
 class QSplitter;
 class QStackedWidget;
 
@@ -41,7 +42,8 @@ class MainWindow : public QMainWindow {
     /// One project, or folders.
     void openPaths(const QStringList& paths);
     ResultsView& results() { return *results_; }
-    ReviewView& review() { return *review_; }
+    /// Made when it is first asked for, as is the screen of several cameras: the window is there sooner.
+    ReviewView& review();
     /// Opens a clip on its clap.
     void openReview(const UUID& groupID);
     /// Opens the cameras beside each other. Says so where there are not several.
@@ -57,6 +59,8 @@ class MainWindow : public QMainWindow {
   private:
     /// What is shown of work that is there.
     enum class Screen { results, review, multicam };
+    MulticamView& multicam();
+    void leavePlayers();
     void observe();
     void startScan();
     void showPage();
@@ -79,11 +83,12 @@ class MainWindow : public QMainWindow {
     ScanningView* scanning_;
     ResultsView* results_;
     ReviewActions* reviewActions_;
-    ReviewView* review_;
-    MulticamView* multicam_;
+    ReviewView* review_ = nullptr;
+    MulticamView* multicam_ = nullptr;
     QStackedWidget* pages_;
     QSplitter* splitter_;
     design::Banner* banner_;
+    QLabel* status_;
     MainMenus* menus_;
     std::unique_ptr<ReviewKeys> keys_;
     Screen screen_ = Screen::results;

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/LockitController.h"
 #include "OrvaneSyncApp/ViewModels/Settings/LockitTexts.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QHBoxLayout>
 #include <QListWidget>
@@ -66,7 +67,7 @@ ProjectPicker::ProjectPicker(Desktop& desktop, std::string folder,
 }
 
 void ProjectPicker::load() {
-    if (!account_->isSignedIn()) return say(text(projectPicker::notSignedIn), false);
+    if (!account_->isSignedIn()) return say(translatedSentence(projectPicker::notSignedIn), false);
     say(tr("Loading…"), false);
     const auto found = std::make_shared<Projects>();
     LockitController::loadProjects(account_, found)
@@ -77,7 +78,7 @@ void ProjectPicker::load() {
                 self->showProjects(std::move(*found));
             } catch (const std::exception& why) {
                 // Without an account there is nothing to try again.
-                self->say(text(why.what()), self->account_->isSignedIn());
+                self->say(translatedSentence(why.what()), self->account_->isSignedIn());
             } catch (const platform::Stopped&) {
                 return;
             }
@@ -87,7 +88,7 @@ void ProjectPicker::load() {
 void ProjectPicker::showProjects(Projects projects) {
     projects_ = std::move(projects);
     loaded_(projects_);
-    if (projects_.empty()) return say(text(projectPicker::noProjects), false);
+    if (projects_.empty()) return say(translatedSentence(projectPicker::noProjects), false);
     say({}, false);
     const FolderInfo* info = desktop_.sessions().folderInfo(folder_);
     list_->clear();

@@ -66,9 +66,9 @@ Signal signal(Certainty certainty) {
 }
 
 ResultsModel::ResultsModel(ResultsViewModel& rows, std::shared_ptr<Thumbnails> thumbnails, QObject* parent)
-    : QAbstractTableModel(parent), rows_(rows), thumbnails_(std::move(thumbnails)) {
+    : RowsModel(parent), rows_(rows), thumbnails_(std::move(thumbnails)) {
     decoded_ = thumbnails_->onChange([this](const std::string& path) {
-        for (const auto& [row, shown] : shown_) {
+        for (const auto& [row, said] : shown()) {
             if (rows_.videoURL(static_cast<std::size_t>(row)).path != path) continue;
             const QModelIndex cell = index(row, static_cast<int>(Column::name));
             Q_EMIT dataChanged(cell, cell);
@@ -134,31 +134,15 @@ void ResultsModel::sort(int column, Qt::SortOrder order) {
                      order == Qt::AscendingOrder);
 }
 
-const ResultsViewModel::Row& ResultsModel::row(int index) const {
-    const auto found = shown_.find(index);
-    if (found != shown_.end()) return found->second;
-    ResultsViewModel::Row made = rows_.row(static_cast<std::size_t>(index));
+ResultsViewModel::Row ResultsModel::makeRow(std::size_t index) const {
+    ResultsViewModel::Row made = rows_.row(index);
     // Names of clips and files are people's own; the rest is ours.
     for (const Column column : {Column::match, Column::sound, Column::begins}) {
         std::string& cell = made.texts[static_cast<std::size_t>(column)];
         cell = utf8(translatedSentence(cell));
     }
     made.doubts = utf8(translatedSentence(made.doubts));
-    return shown_.emplace(index, std::move(made)).first->second;
-}
-
-void ResultsModel::follow(const ResultsViewModel::Change& change) {
-    if (change.isLayoutChanged) {
-        beginResetModel();
-        shown_.clear();
-        endResetModel();
-        return;
-    }
-    for (const std::size_t changed : change.rows) {
-        const int at = static_cast<int>(changed);
-        shown_.erase(at);
-        Q_EMIT dataChanged(index(at, 0), index(at, marksColumn));
-    }
+    return made;
 }
 
 void ResultsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,

@@ -3,20 +3,21 @@
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
 #include "OrvaneSyncApp/ViewModels/Results/Thumbnails.h"
+#include "OrvaneSyncApp/Views/RowsModel.h"
 
 #include <QAbstractTableModel>
 #include <QStyledItemDelegate>
 
 #include <cstddef>
-#include <unordered_map>
+#include <memory>
 
 namespace orvane::views {
 
 /// In which colour and with which glyph a list shows it.
 design::Signal signal(ResultsViewModel::Certainty certainty);
 
-/// The rows of the results for a table. A row's texts are made when it is first shown.
-class ResultsModel : public QAbstractTableModel {
+/// The rows of the results for a table.
+class ResultsModel : public RowsModel<QAbstractTableModel, ResultsViewModel::Row> {
   public:
     /// The rows outlive it.
     ResultsModel(ResultsViewModel& rows, std::shared_ptr<Thumbnails> thumbnails, QObject* parent = nullptr);
@@ -27,7 +28,6 @@ class ResultsModel : public QAbstractTableModel {
     QVariant data(const QModelIndex& index, int role) const override;
     void sort(int column, Qt::SortOrder order) override;
 
-    const ResultsViewModel::Row& row(int index) const;
     ResultsViewModel& rows() const { return rows_; }
     /// Of the row's clip; null while there is none.
     const platform::Picture* thumbnail(int index) const;
@@ -37,12 +37,11 @@ class ResultsModel : public QAbstractTableModel {
     static constexpr int marksColumn = static_cast<int>(ResultsViewModel::columnCount);
 
   private:
-    void follow(const ResultsViewModel::Change& change);
+    ResultsViewModel::Row makeRow(std::size_t index) const override;
 
     ResultsViewModel& rows_;
     const std::shared_ptr<Thumbnails> thumbnails_;
     platform::Subscription decoded_;
-    mutable std::unordered_map<int, ResultsViewModel::Row> shown_;
     platform::Subscription observation_;
 };
 

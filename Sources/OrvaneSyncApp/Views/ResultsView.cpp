@@ -41,12 +41,12 @@ struct ColumnWidth {
 };
 using Column = ResultsViewModel::Column;
 constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
-    {{Column::name, 0, 48, 180},
-     {Column::cameraFile, 0, 33, 120},
+    {{Column::name, 0, 40, 180},
+     {Column::cameraFile, 0, 35, 120},
      {Column::starts, 112, 0, 0},
      {Column::length, 66, 0, 0},
-     {Column::match, 0, 27, 110},
-     {Column::sound, 0, 24, 104},
+     {Column::match, 0, 32, 110},
+     {Column::sound, 0, 26, 104},
      {Column::begins, 116, 0, 0},
      {Column::loudness, 92, 0, 0}}};
 constexpr int marksWidth = 76;
@@ -321,12 +321,13 @@ void ResultsView::addRecordings(QMenu& menu, const UUID& clip) {
     if (candidates.empty()) return;
     menu.addSection(tr("Recording of this clip"));
     for (const ResultsViewModel::Candidate& one : candidates) {
-        QAction* action = menu.addAction(text(one.text), this, [this, clip, match = one.matchID] {
-            JSON arguments = JSON::object();
-            arguments.set("matchID", match.text());
-            desktop_.runForClips("chooseRecording", {clip}, std::move(arguments));
-            select({clip});
-        });
+        QAction* action =
+            menu.addAction(translatedSentence(one.text), this, [this, clip, match = one.matchID] {
+                JSON arguments = JSON::object();
+                arguments.set("matchID", match.text());
+                desktop_.runForClips("chooseRecording", {clip}, std::move(arguments));
+                select({clip});
+            });
         action->setCheckable(true);
         action->setChecked(one.isFirst);
     }
@@ -369,7 +370,7 @@ void ResultsView::showMenu(const QPoint& position) {
         ->setEnabled(clips.size() == 1);
     menu.addSeparator();
     menu.addAction(tr("Review"), this, [this] { Q_EMIT table_->activated(table_->currentIndex()); });
-    menu.addAction(text(desktop_.command("clusterLoad").title), this, [this] { openMulticam(); });
+    menu.addAction(translated(desktop_.command("clusterLoad").title), this, [this] { openMulticam(); });
     menu.exec(table_->viewport()->mapToGlobal(position));
 }
 

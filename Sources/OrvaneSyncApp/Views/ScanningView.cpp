@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/ScanningView.h"
 
+#include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QProgressBar>
@@ -32,21 +33,31 @@ QString phaseText(ScanState state) {
 
 } // namespace
 
-ScanningView::ScanningView(Desktop& desktop, std::function<void()> cancel, QWidget* parent)
-    : QWidget(parent), desktop_(desktop), phase_(title({})), counts_(facts({})), bar_(new QProgressBar) {
+ScanningView::ScanningView(Desktop& desktop, QWidget* parent)
+    : QWidget(parent), desktop_(desktop), phase_(title({})), counts_(facts({})), file_(facts({})),
+      bar_(new QProgressBar) {
     auto* rows = new QVBoxLayout(this);
-    rows->setSpacing(space::medium);
+    rows->setSpacing(space::small);
     rows->addStretch(1);
-    phase_->setAlignment(Qt::AlignCenter);
-    counts_->setAlignment(Qt::AlignCenter);
     bar_->setRange(0, parts);
     bar_->setTextVisible(false);
-    bar_->setFixedWidth(barWidth);
     bar_->setAccessibleName(tr("Progress of the scan"));
-    auto* stop = button(tr("Cancel"));
-    connect(stop, &QPushButton::clicked, this, [call = std::move(cancel)] { call(); });
-    for (QWidget* one : std::initializer_list<QWidget*>{phase_, bar_, counts_, stop})
+    // One width for all, so that nothing moves while the texts change.
+    for (QWidget* one : std::initializer_list<QWidget*>{phase_, bar_, counts_, file_}) {
+        one->setFixedWidth(barWidth);
         rows->addWidget(one, 0, Qt::AlignHCenter);
+        if (one == phase_ || one == bar_) rows->addSpacing(space::tight);
+    }
+    for (QLabel* one : {phase_, counts_, file_}) {
+        one->setAlignment(Qt::AlignCenter);
+        one->setWordWrap(false);
+    }
+    file_->setAccessibleName(tr("File in hand"));
+    auto* stop = button(tr("Cancel"));
+    stop->setToolTip(tr("Stops the scan and leaves all as it was"));
+    connect(stop, &QPushButton::clicked, this, [this] { desktop_.controller().scan().stopScan(); });
+    rows->addSpacing(space::small);
+    rows->addWidget(stop, 0, Qt::AlignHCenter);
     rows->addStretch(2);
     observation_ = desktop_.controller().onChange([this](ImportField field) {
         if (field == ImportField::scanState || field == ImportField::progress) showProgress();
@@ -67,13 +78,17 @@ void ScanningView::showProgress() {
     bar_->setValue(static_cast<int>(progress.fraction() * parts));
     QString counts;
     if (progress.isActive()) {
-        counts = tr("%1: %2 of %3 files").arg(text(progress.phase)).arg(progress.current).arg(progress.total);
+        counts = tr("%1: %2 of %3 files")
+                     .arg(translated(progress.phase))
+                     .arg(progress.current)
+                     .arg(progress.total);
         const double passed = std::chrono::duration<double>(platform::systemClock()->now() - began_).count();
         constexpr double worthSaying = 3; // seconds
         if (progress.fraction() > 0.05 && passed > worthSaying)
             counts += tr(", %1 to go").arg(text(clockText(passed / progress.fraction() - passed)));
     }
     counts_->setText(counts);
+    file_->setText(file_->fontMetrics().elidedText(text(progress.file), Qt::ElideMiddle, barWidth));
 }
 
 } // namespace orvane::views

@@ -5,16 +5,14 @@
 
 #include <QWidget>
 
-#include <functional>
-
 class QProgressBar;
 
 namespace orvane::views {
 
-/// What a scan does at this moment, how far it is, and a way to stop it.
+/// What a scan does at this moment, how far it is, the file in hand, and a way to stop it.
 class ScanningView : public QWidget {
   public:
-    ScanningView(Desktop& desktop, std::function<void()> cancel, QWidget* parent = nullptr);
+    explicit ScanningView(Desktop& desktop, QWidget* parent = nullptr);
     /// A scan begins.
     void begin();
 
@@ -24,6 +22,7 @@ class ScanningView : public QWidget {
     Desktop& desktop_;
     QLabel* phase_;
     QLabel* counts_;
+    QLabel* file_;
     QProgressBar* bar_;
     std::chrono::nanoseconds began_{};
     platform::Subscription observation_;

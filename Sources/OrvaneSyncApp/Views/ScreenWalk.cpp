@@ -14,9 +14,12 @@
 #include <QApplication>
 #include <QDialog>
 #include <QDir>
+#include <QLabel>
+#include <QPlainTextEdit>
 #include <QTableView>
 #include <QTimer>
 
+#include <algorithm>
 #include <deque>
 #include <memory>
 
@@ -25,9 +28,8 @@ namespace orvane::views {
 namespace {
 
 constexpr QSize sizes[] = {{1024, 700}, {1440, 800}, {2560, 1300}};
-constexpr int settled = 150;       ///< milliseconds for a window to lay itself out
-constexpr int sheetsFilled = 4000; ///< for what sheets look up
-constexpr int patience = 200;      ///< rounds that something is waited for
+constexpr int settled = 150;  ///< milliseconds for a window to lay itself out
+constexpr int patience = 200; ///< rounds that something is waited for
 
 /// Steps one after the other, each with time for the window to lay itself out before it.
 class Walk : public QTimer {
@@ -40,6 +42,7 @@ class Walk : public QTimer {
         lists();
         review();
         multicam();
+        folders();
         start(settled);
     }
 
@@ -77,10 +80,12 @@ class Walk : public QTimer {
             showDiagnostics(window_.desktop(), &window_);
             showFeedback(window_.desktop(), &window_);
             showAbout(&window_);
-            setInterval(sheetsFilled);
+        });
+        waitUntil([this] {
+            const auto sheets = window_.findChildren<QDialog*>();
+            return std::ranges::all_of(sheets, [](const QDialog* one) { return isFilled(*one); });
         });
         then([this] {
-            setInterval(settled);
             // Those that are open, by their titles.
             for (QDialog* sheet : window_.findChildren<QDialog*>()) {
                 if (!sheet->isVisible()) continue;
@@ -98,6 +103,7 @@ class Walk : public QTimer {
 
     /// One tab a round: what a page shows comes a while after it is opened.
     bool isLastTabGrabbed() {
+        if (!isFilled(*settings_)) return false;
         if (tab_ > 0) grab(*settings_, QStringLiteral("settings-%1").arg(tab_ - 1));
         if (tab_ < settings_->tabCount()) {
             settings_->showTab(tab_++);
@@ -107,6 +113,15 @@ class Walk : public QTimer {
         return true;
     }
 
+    /// Whether nothing in view is still looked up.
+    static bool isFilled(const QWidget& top) {
+        const QStringList waiting{tr("Looking…"), tr("Listening")};
+        for (const auto* label : top.findChildren<QLabel*>())
+            if (label->isVisible() && waiting.contains(label->text())) return false;
+        for (const auto* report : top.findChildren<QPlainTextEdit*>())
+            if (report->isVisible() && waiting.contains(report->toPlainText())) return false;
+        return true;
+    }
     const OpenWork& work() { return window_.desktop().controller().work(); }
     /// Of the first clip that has sound; none, no review.
     std::optional<UUID> clipWithSound() {
@@ -191,6 +206,30 @@ class Walk : public QTimer {
                     grab(window_, QStringLiteral("%1-%2").arg(name).arg(size.width()));
             });
         }
+    }
+
+    /// Where folders are chosen, and a scan of them in the middle of its work.
+    void folders() {
+        then([this] { window_.findChild<QAction*>(QStringLiteral("newScan"))->trigger(); });
+        atEachSize(QStringLiteral("start"));
+        for (const QSize size : sizes) {
+            then([this, size] { window_.resize(size); });
+            then([] {});
+            then([this, size] {
+                const ScanController& scan = window_.desktop().controller().scan();
+                if (!scan.canScan()) return;
+                window_.scanFolders(folderPaths());
+                while (window_.isScanning() && !scan.progress().isActive())
+                    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+                grab(window_, QStringLiteral("scanning-%1").arg(size.width()));
+            });
+            waitUntil([this] { return !window_.isScanning(); });
+        }
+    }
+    QStringList folderPaths() {
+        QStringList paths;
+        for (const FileURL& folder : work().folders()) paths << text(folder.path);
+        return paths;
     }
 
     void next() {

@@ -102,9 +102,9 @@ SessionsPanel::SessionsPanel(Desktop& desktop, QWidget* parent)
     tree_->dropped = [this](const QString& session, const std::optional<std::string>& folder) {
         move(session, folder);
     };
-    rows->addWidget(tree_, 1);
     empty_->setText(tr("Every scan is kept here and opens again at once, with all that was decided."));
     rows->addWidget(empty_);
+    rows->addWidget(tree_, 1);
     rows->addWidget(problem_);
     rows->addWidget(new PresetBar(desktop));
     connect(tree_, &QTreeWidget::itemActivated, this, [this](QTreeWidgetItem* item) { open(item); });

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLocale>
 #include <QSettings>
 #include <QVBoxLayout>
@@ -22,8 +23,9 @@ constexpr int widestForm = 720;
 
 } // namespace
 
-StartView::StartView(Desktop& desktop, std::function<void()> scan, QWidget* parent)
-    : QWidget(parent), desktop_(desktop), scan_(std::move(scan)) {
+StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function<void()> back,
+                     QWidget* parent)
+    : QWidget(parent), desktop_(desktop), scan_(std::move(scan)), back_(std::move(back)) {
     auto* outer = new QVBoxLayout(this);
     outer->addStretch(1);
     auto* column = new QWidget;
@@ -50,6 +52,10 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, QWidget* pare
     rows->addWidget(section);
 
     auto* buttons = new QHBoxLayout;
+    toClips_ = button(tr("Back to the Clips"), Glyph::back);
+    toClips_->setToolTip(tr("Leaves the open clips as they are"));
+    connect(toClips_, &QPushButton::clicked, this, [this] { back_(); });
+    buttons->addWidget(toClips_);
     buttons->addStretch(1);
     start_ = button(tr("Scan && Match"), Weight::primary);
     start_->setToolTip(tr("Scan and match media files"));
@@ -62,7 +68,12 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, QWidget* pare
 
     connect(start_, &QPushButton::clicked, this, [this] { scan_(); });
     for (QLineEdit* one : {combined_, video_, audio_}) {
-        connect(one, &QLineEdit::editingFinished, this, [this] { applyFields(); });
+        // The focus leaves a field also when a scan begins; what nobody typed changes nothing.
+        connect(one, &QLineEdit::editingFinished, this, [this, one] {
+            if (!one->isModified()) return;
+            one->setModified(false);
+            applyFields();
+        });
         connect(one, &QLineEdit::returnPressed, this, [this] {
             applyFields();
             if (start_->isEnabled()) scan_();
@@ -72,6 +83,7 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, QWidget* pare
         if (field == ImportField::videoFolderURL || field == ImportField::audioFolderURL ||
             field == ImportField::scanScope)
             showWhatIsSet();
+        if (field == ImportField::syncGroups) showWayBack();
     });
     sessionObservation_ = desktop_.sessions().onChange([this](SessionField) { showRecent(); });
     showRecent();
@@ -202,6 +214,7 @@ void StartView::takeFolders(const QStringList& paths) {
 void StartView::showMode() {
     const bool isCombined = mode_->chosen() == 0;
     combinedRow_->setVisible(isCombined);
+    setFocusProxy(isCombined ? combined_ : video_);
     videoRow_->setVisible(!isCombined);
     audioRow_->setVisible(!isCombined);
 }
@@ -240,6 +253,14 @@ void StartView::showWhatIsSet() {
     more_->setText(tr("and %n more folder(s)", nullptr, count));
     showMode();
     start_->setEnabled(desktop_.isEnabled("startScan"));
+    showWayBack();
+}
+
+void StartView::showWayBack() { toClips_->setVisible(!desktop_.controller().work().syncGroups().empty()); }
+
+void StartView::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && !toClips_->isHidden()) return back_();
+    QWidget::keyPressEvent(event);
 }
 
 } // namespace orvane::views

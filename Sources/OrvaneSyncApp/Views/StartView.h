@@ -13,11 +13,16 @@ namespace orvane::views {
 /// Beside them the newest sessions; where there are none, what the program is for and a shoot to try it with.
 class StartView : public QWidget {
   public:
-    /// `scan` is asked for when the button is pressed, with the folders set.
-    StartView(Desktop& desktop, std::function<void()> scan, QWidget* parent = nullptr);
+    /// `scan` is asked for when the button is pressed, with the folders set; `back` to the clips that there
+    /// are.
+    StartView(Desktop& desktop, std::function<void()> scan, std::function<void()> back,
+              QWidget* parent = nullptr);
 
     /// The first folder is that of the picture, a second one that of the sound; more are read for both.
     void takeFolders(const QStringList& paths);
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
 
   private:
     QWidget* folderRow(QLineEdit* field, const QString& caption);
@@ -28,10 +33,12 @@ class StartView : public QWidget {
     void makeDemo();
     void showMode();
     void showWhatIsSet();
+    void showWayBack();
     void applyFields();
 
     Desktop& desktop_;
     const std::function<void()> scan_;
+    const std::function<void()> back_;
     design::SegmentedChoice* mode_;
     QLineEdit* combined_;
     QLineEdit* video_;
@@ -41,6 +48,7 @@ class StartView : public QWidget {
     QWidget* audioRow_;
     QLabel* more_;
     QPushButton* start_;
+    QPushButton* toClips_; ///< hidden where there are none
     QWidget* welcome_;
     QPushButton* demo_ = nullptr; ///< absent where its maker is
     QLabel* demoState_;

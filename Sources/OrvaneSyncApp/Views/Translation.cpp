@@ -1,5 +1,7 @@
 #include "OrvaneSyncApp/Views/Translation.h"
 
+#include "OrvaneSyncCore/Services/Shortcuts/KeyText.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QHash>
@@ -39,9 +41,8 @@ struct Sentence {
 class Catalogue : public QTranslator {
   public:
     explicit Catalogue(const QString& language) : isEnglish_(language == QStringLiteral("en")) {
-        // What the windows say themselves, and what they say of the core's.
-        read(language);
-        read(language + QStringLiteral("-core"));
+        // What the windows say themselves, what they say of the core's, and the actions of keys.
+        for (const char* part : {"", "-core", "-keys"}) read(language + QLatin1String(part));
         // The one with the most words of its own first: a short one may fit a longer one's text too.
         std::ranges::sort(sentences_, [](const Sentence& a, const Sentence& b) {
             return a.pattern.pattern().size() > b.pattern.pattern().size();
@@ -105,6 +106,14 @@ class Catalogue : public QTranslator {
 
 std::unique_ptr<Catalogue> installed;
 
+QString keysOfThisSystem(const QString& text) {
+    constexpr QStringView signs = u"⌘⌃⌥⇧";
+    if (std::ranges::none_of(text, [&](QChar one) { return signs.contains(one); }) &&
+        !text.contains(QStringLiteral("Cmd+")))
+        return text;
+    return QString::fromStdString(withKeysOfThisSystem(text.toStdString()));
+}
+
 } // namespace
 
 QStringList languages() { return {QStringLiteral("en"), QStringLiteral("de")}; }
@@ -126,16 +135,16 @@ void installLanguage(QCoreApplication& application, const QString& wanted) {
 }
 
 QString translated(std::string_view english) {
-    return QCoreApplication::translate("",
-                                       QByteArray(english.data(), static_cast<qsizetype>(english.size())));
+    return keysOfThisSystem(
+        QCoreApplication::translate("", QByteArray(english.data(), static_cast<qsizetype>(english.size()))));
 }
 
 QString translatedSentence(std::string_view english) {
     const QString given = QString::fromUtf8(english.data(), static_cast<qsizetype>(english.size()));
-    if (!installed || installed->isEmpty()) return given;
+    if (!installed || installed->isEmpty()) return keysOfThisSystem(given);
     QStringList lines;
     for (const QString& line : given.split(QLatin1Char('\n'))) lines << installed->line(line);
-    return lines.join(QLatin1Char('\n'));
+    return keysOfThisSystem(lines.join(QLatin1Char('\n')));
 }
 
 QStringList untranslatedTexts() { return installed ? installed->missing() : QStringList(); }

@@ -1,4 +1,5 @@
 #include "OrvaneDesignKit/AppIcon.h"
+#include "OrvaneDesignKit/FirstPaint.h"
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/Views/Gallery.h"
 #include "OrvaneSyncApp/Views/MainWindow.h"
@@ -60,6 +61,9 @@ int runProgram(int argc, char** argv) {
     const QCommandLineOption gallery(QStringLiteral("gallery"),
                                      QStringLiteral("Show all controls that the windows are made of."));
     arguments.addOption(gallery);
+    QCommandLineOption start(QStringLiteral("measure-start"));
+    start.setFlags(QCommandLineOption::HiddenFromHelp); // of the benchmark
+    arguments.addOption(start);
     arguments.addPositionalArgument(QStringLiteral("folders"), QStringLiteral("Folders, or one project."),
                                     QStringLiteral("[FOLDER...|PROJECT]"));
     arguments.process(application);
@@ -91,6 +95,7 @@ int runProgram(int argc, char** argv) {
     };
     views::Desktop desktop(std::move(dependencies));
     views::MainWindow window(desktop);
+    if (arguments.isSet(start)) new design::FirstPaint(window, [] { QCoreApplication::quit(); });
     window.show();
     const views::Notifier notifier(desktop, window);
     window.openPaths(named);

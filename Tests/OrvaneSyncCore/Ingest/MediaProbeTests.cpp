@@ -275,13 +275,15 @@ TEST_F(Probe, manyFilesKeepTheirOrder) {
     }
     MediaProbeService service(settings, newCache());
     std::vector<int> reports;
-    const auto progress = [&](int completed, int total) {
+    const auto progress = [&](int completed, int total, const FileURL* inHand) {
         EXPECT_EQ(total, 100);
-        reports.push_back(completed);
+        EXPECT_TRUE(inHand == nullptr || std::ranges::find(urls, *inHand) != urls.end());
+        EXPECT_TRUE(completed < total || inHand == nullptr);
+        if (reports.empty() || reports.back() != completed) reports.push_back(completed);
     };
     const auto first = service.probeAll(urls, AssetKind::video, progress);
-    std::vector<int> upward(100);
-    std::iota(upward.begin(), upward.end(), 1);
+    std::vector<int> upward(101);
+    std::iota(upward.begin(), upward.end(), 0);
     EXPECT_EQ(reports, upward);
     ASSERT_EQ(first.size(), urls.size());
     for (std::size_t i = 0; i < urls.size(); ++i) {
@@ -342,7 +344,8 @@ TEST_F(Probe, oneFileThatTakesAllTheMemoryLeavesTheOthers) {
     }
     queue.full = true;
     int reports = 0;
-    const auto assets = service.probeAll(urls, AssetKind::video, [&](int, int) { ++reports; });
+    const auto assets = service.probeAll(urls, AssetKind::video,
+                                         [&](int completed, int, const FileURL*) { reports = completed; });
     queue.full = false;
     EXPECT_EQ(reports, 3);
     for (std::size_t i = 0; i < urls.size(); ++i) {

@@ -7,7 +7,6 @@
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <algorithm>
-#include <sstream>
 #include <tuple>
 #include <utility>
 
@@ -64,9 +63,7 @@ OutlineModel::OutlineModel(ImportController& controller) : controller_(controlle
 }
 
 void OutlineModel::setSearch(const std::string& text) {
-    std::istringstream words(platform::text::lowercased(text));
-    searchWords_.clear();
-    for (std::string word; words >> word;) searchWords_.push_back(word);
+    search_ = SearchWords(text);
     layOut();
 }
 
@@ -203,12 +200,10 @@ void OutlineModel::layOut() {
 }
 
 bool OutlineModel::isFound(const std::string& label, const SyncGroup& group) const {
-    if (searchWords_.empty()) return true;
+    if (search_.isEmpty()) return true;
     std::string text = label + "\n" + group.video.filename;
     for (const AudioMatch& match : group.audioMatches) text += "\n" + match.audio->filename;
-    text = platform::text::lowercased(text);
-    return std::ranges::all_of(searchWords_,
-                               [&](const std::string& word) { return text.find(word) != std::string::npos; });
+    return search_.areIn(text);
 }
 
 } // namespace orvane

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
+#include "OrvaneSyncCore/Utilities/SearchWords.h"
 
 #include <cstddef>
 #include <map>
@@ -79,7 +80,7 @@ class OutlineModel {
 
     ImportController& controller_;
     platform::Listeners<const ResultsViewModel::Change&> listeners_;
-    std::vector<std::string> searchWords_;            ///< lower case
+    SearchWords search_;
     std::set<std::string> folded_;                    ///< takes
     std::pair<ClipNamingSource, std::string> naming_; ///< by which the rows are named
     std::vector<Place> rows_;

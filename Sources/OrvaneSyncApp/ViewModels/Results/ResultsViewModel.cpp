@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <sstream>
 #include <utility>
 
 namespace orvane {
@@ -49,9 +48,7 @@ void ResultsViewModel::setFilter(FilterMode filter) {
 }
 
 void ResultsViewModel::setSearch(const std::string& text) {
-    std::istringstream words(platform::text::lowercased(text));
-    searchWords_.clear();
-    for (std::string word; words >> word;) searchWords_.push_back(word);
+    search_ = SearchWords(text);
     layOut();
 }
 
@@ -147,7 +144,7 @@ void ResultsViewModel::follow(const ImportChange& change) {
     if (change.field != ImportField::syncGroups) {
         // Names depend on the report, and doubts on what Smart Audio heard.
         if (change.field == ImportField::report || change.field == ImportField::smartAudio) {
-            names_.reset();
+            if (change.field == ImportField::report) names_.reset();
             Change all;
             for (std::size_t i = 0; i < rows_.size(); ++i) all.rows.push_back(i);
             listeners_.tell(all);
@@ -156,7 +153,7 @@ void ResultsViewModel::follow(const ImportChange& change) {
     }
     names_.reset();
     const SyncGroupChanges changes = change.clipChanges();
-    const bool mayMove = filter_ != FilterMode::all || !searchWords_.empty() || sortColumn_;
+    const bool mayMove = filter_ != FilterMode::all || !search_.isEmpty() || sortColumn_;
     if (!changes.went.empty() || !changes.came.empty() || !changes.moved.empty() || mayMove) return layOut();
     Change changed;
     for (const std::size_t position : changes.changed) {
@@ -181,8 +178,7 @@ void ResultsViewModel::follow(const ImportChange& change) {
 void ResultsViewModel::layOut() {
     const SyncGroupList& all = controller_.work().syncGroups();
     SyncGroupList shown = filtered(all, filter_);
-    if (!searchWords_.empty())
-        shown = shown.filtered([this](const SyncGroup& group) { return isFound(group); });
+    if (!search_.isEmpty()) shown = shown.filtered([this](const SyncGroup& group) { return isFound(group); });
     std::vector<SharedAudioBundle> bundles = sharedAudioBundles(shown);
     if (sortColumn_) {
         // A bundle stands where its first clip does.
@@ -229,9 +225,7 @@ bool ResultsViewModel::isFound(const SyncGroup& group) const {
         if (match.audio->ixmlData && match.audio->ixmlData->scene)
             text += "\n" + *match.audio->ixmlData->scene;
     }
-    text = platform::text::lowercased(text);
-    return std::ranges::all_of(searchWords_,
-                               [&](const std::string& word) { return text.find(word) != std::string::npos; });
+    return search_.areIn(text);
 }
 
 std::string ResultsViewModel::sortKeyText(const SyncGroup& group) const {

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncApp/ViewModels/Results/DoubtCures.h"
 #include "OrvaneSyncCore/Services/Naming/ResultsList.h"
+#include "OrvaneSyncCore/Utilities/SearchWords.h"
 #include "Platform/Listeners.h"
 
 #include <cstddef>
@@ -45,6 +46,8 @@ class ResultsViewModel {
         bool isBelowAnother = false; ///< shares the recording of a row above it
         std::size_t foldable = 0;    ///< rows that this one folds away
         bool isFolded = false;
+
+        bool operator==(const Row&) const = default;
     };
 
     struct Counts {
@@ -123,7 +126,7 @@ class ResultsViewModel {
     ImportController& controller_;
     platform::Listeners<const Change&> listeners_;
     FilterMode filter_ = FilterMode::all;
-    std::vector<std::string> searchWords_; ///< lower case
+    SearchWords search_;
     std::optional<Column> sortColumn_;
     bool isAscending_ = true;
     std::set<std::string> folded_; ///< bundles

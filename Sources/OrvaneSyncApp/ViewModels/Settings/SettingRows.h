@@ -75,6 +75,9 @@ struct SettingTab {
 /// The tabs in their order. Every setting of the catalogue has one row, but those of `settingsWithoutRow`.
 const std::vector<SettingTab>& settingTabs();
 
+/// That of a setting, which other screens show under the same name. Must have one.
+const SettingRow& settingRow(std::string_view key);
+
 /// Those that only other programs or older presets use, the switch that the room tone builder shows itself,
 /// and the maps, which the table of fields shows.
 const std::vector<std::string_view>& settingsWithoutRow();

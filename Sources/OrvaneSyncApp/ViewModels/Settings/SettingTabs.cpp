@@ -6,6 +6,7 @@
 #include "Platform/SettingsStore.h"
 
 #include <limits>
+#include <stdexcept>
 #include <utility>
 
 namespace orvane {
@@ -169,11 +170,13 @@ Choices atmoRoles() {
     return all;
 }
 
-std::vector<std::string> modes() {
+/// The name of each case with what it does.
+template <class Mode>
+std::vector<std::string> described() {
     std::vector<std::string> all;
-    for (std::size_t i = 0; i < RawValues<SmartAudioMode>::texts.size(); ++i)
-        all.push_back(std::string(RawValues<SmartAudioMode>::texts.at(i)) + " – " +
-                      std::string(description(static_cast<SmartAudioMode>(i))));
+    for (std::size_t i = 0; i < RawValues<Mode>::texts.size(); ++i)
+        all.push_back(std::string(RawValues<Mode>::texts.at(i)) + " – " +
+                      std::string(description(static_cast<Mode>(i))));
     return all;
 }
 
@@ -206,7 +209,7 @@ SettingTab output() {
                "One more event that holds every source file."),
            Row(rawMediaEventName, "Name of that event").when(isOn<generateRawMediaEvent>)}},
          {"Clips",
-          {Row(trimMode, "Length").named(words<TrimMode>(displayText)),
+          {Row(trimMode, "Length of the clips").named(words<TrimMode>(displayText)),
            Row(wrapMOSInSyncClip, "Clips without sound become synchronized clips too"),
            Row(volumeKeyframes, "Volume keyframes",
                "The volumes of the channels follow Smart Audio's choice over time.")}},
@@ -280,7 +283,7 @@ SettingTab smartAudio() {
         SettingPage::smartAudio,
         "Smart Audio",
         {{"Adjustments",
-          {Row(smartAudioMode, "Mode").named(modes()),
+          {Row(smartAudioMode, "Mode").named(described<SmartAudioMode>()),
            Row(smartAudioVoiceIso, "Voice Isolation").when(hasCustomAmounts),
            Row(smartAudioVoiceIsoSNR, "Voice Isolation below an SNR of",
                "Tracks with less noise are left alone; the mode Custom always recommends it.")
@@ -294,6 +297,13 @@ SettingTab smartAudio() {
          {"Choice of microphones",
           {Row(smartAudioBlockMode, "Length of a stretch", "How often the microphone may change.")
                .offering(blockModes()),
+           Row(bestChannelMode, "Activation of tracks",
+               "What the timeline says of a clip that was analysed, and what presets hold for other "
+               "programs.")
+               .named(described<BestChannelMode>()),
+           Row(smartAudioAggressiveness, "Aggressiveness",
+               "Held in presets for other programs; no choice of a microphone depends on it.")
+               .named({"Conservative", "Balanced", "Inclusive"}),
            Row(smartAudioRouting, "Follow",
                "Automatic follows whoever speaks in takes without boom and mix, else one track of the take.")
                .named({"Automatic", "One track of the take", "Whoever speaks"}),
@@ -343,7 +353,7 @@ SettingTab reports() {
             "Reports and timecode",
             {{"Matching",
               {Row(matchingDays, "Days whose sound a clip meets")
-                   .named({"Automatic (its own, and clocks that are a day off)", "Its own day",
+                   .named({"Automatic (its own; clocks a day off)", "Its own day",
                            "Its own day, and across midnight", "Its own day and both beside it"})}},
              {"Reports",
               {Row(reportMatchField, "Lines belong to a clip by").named({"The clip's name", "A column"}),
@@ -385,11 +395,18 @@ const std::vector<SettingTab>& settingTabs() {
 
 const std::vector<std::string_view>& settingsWithoutRow() {
     using namespace settings;
-    static const std::vector<std::string_view> all{overrideAnamorphic.key,  experimentalVolumeKeyframes.key,
-                                                   bestChannelMode.key,     smartAudioAggressiveness.key,
+    static const std::vector<std::string_view> all{overrideAnamorphic.key, experimentalVolumeKeyframes.key,
                                                    atmoIncludeInExport.key, lockitFieldMapping.key,
                                                    lockitCustomKeys.key};
     return all;
+}
+
+const SettingRow& settingRow(std::string_view key) {
+    for (const SettingTab& tab : settingTabs())
+        for (const SettingSection& section : tab.sections)
+            for (const SettingRow& row : section.rows)
+                if (row.setting.get().key == key) return row;
+    throw std::logic_error("no row for " + std::string(key));
 }
 
 } // namespace orvane

@@ -2,9 +2,9 @@
 
 #include "OrvaneSyncCore/Models/SettingValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"
-#include "Platform/Text.h"
 
 #include <algorithm>
+#include <map>
 
 namespace orvane {
 
@@ -44,6 +44,9 @@ JSON SettingsModel::value(const SettingRow& row) const {
 
 std::vector<SettingChoice> SettingsModel::choices(const SettingRow& row) const {
     std::vector<SettingChoice> all = row.choices;
+    if (material_ && row.setting.get().key == settings::smartAudioBlockMode.key)
+        all.at(static_cast<std::size_t>(BlockMode::adaptive)).text =
+            menuLabel(BlockMode::adaptive, material_());
     const JSON now = value(row);
     if (std::ranges::find(all, now, &SettingChoice::value) == all.end())
         all.push_back({settingText(now) + row.unit, now});
@@ -81,21 +84,20 @@ SettingRemark SettingsModel::remark(const SettingRow& row) const {
 }
 
 bool SettingsModel::matches(const SettingTab& tab, const SettingSection& section, const SettingRow& row,
-                            std::string_view words) {
+                            const SearchWords& words) {
     std::string all = tab.title + " " + section.title + " " + row.label + " " + row.hint + " " +
                       std::string(row.setting.get().key);
     for (const SettingChoice& choice : row.choices) all += " " + choice.text;
-    return holdsWords(all, words);
+    return words.areIn(all);
 }
 
-bool holdsWords(std::string_view text, std::string_view words) {
-    const std::string in = platform::text::lowercased(text);
-    for (words = platform::text::trimmed(words); !words.empty(); words = platform::text::trimmed(words)) {
-        const std::size_t end = std::min(words.find(' '), words.size());
-        if (in.find(platform::text::lowercased(words.substr(0, end))) == std::string::npos) return false;
-        words.remove_prefix(end);
-    }
-    return true;
+std::optional<MaterialCharacter>
+commonestMaterial(const std::unordered_map<UUID, SmartAudioResult>& results) {
+    std::map<MaterialCharacter, int> counts;
+    for (const auto& [clip, result] : results)
+        if (result.detectedCharacter) ++counts[*result.detectedCharacter];
+    if (counts.empty()) return std::nullopt;
+    return std::ranges::max_element(counts, {}, [](const auto& one) { return one.second; })->first;
 }
 
 } // namespace orvane

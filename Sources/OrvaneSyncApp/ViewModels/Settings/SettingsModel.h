@@ -1,13 +1,17 @@
 #pragma once
 
 #include "OrvaneSyncApp/ViewModels/Settings/SettingRows.h"
+#include "OrvaneSyncCore/Models/SmartAudioResult.h"
+#include "OrvaneSyncCore/Utilities/SearchWords.h"
 #include "Platform/SettingsStore.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace orvane {
@@ -22,7 +26,10 @@ struct SettingRemark {
 /// The rows of the settings screen over a store. Holds no state of its own.
 class SettingsModel {
   public:
-    explicit SettingsModel(std::shared_ptr<const platform::SettingsStore> store) : store_(std::move(store)) {}
+    /// The character of the material that is open; nothing where none was heard.
+    using Material = std::function<std::optional<MaterialCharacter>()>;
+    explicit SettingsModel(std::shared_ptr<const platform::SettingsStore> store, Material material = {})
+        : store_(std::move(store)), material_(std::move(material)) {}
 
     /// What readers of the setting go by; null where there is no value and no default.
     platform::JSON value(const SettingRow& row) const;
@@ -37,13 +44,14 @@ class SettingsModel {
 
     /// Whether each of the words stands in the row's texts, in any case.
     static bool matches(const SettingTab& tab, const SettingSection& section, const SettingRow& row,
-                        std::string_view words);
+                        const SearchWords& words);
 
   private:
     const std::shared_ptr<const platform::SettingsStore> store_;
+    const Material material_;
 };
 
-/// Whether each of the blank-separated words stands in the text, in any case. No words stand in every text.
-bool holdsWords(std::string_view text, std::string_view words);
+/// What most of the analysed clips are, for `SettingsModel`.
+std::optional<MaterialCharacter> commonestMaterial(const std::unordered_map<UUID, SmartAudioResult>& results);
 
 } // namespace orvane

@@ -1,6 +1,5 @@
 #include "OrvaneSyncApp/ViewModels/Settings/ShortcutRows.h"
 
-#include "OrvaneSyncApp/ViewModels/Settings/SettingsModel.h"
 #include "OrvaneSyncCore/Services/Shortcuts/KeyText.h"
 #include "Platform/Text.h"
 
@@ -44,10 +43,9 @@ std::vector<ShortcutRow> shortcutRows(const ShortcutBindings& bindings) {
     return rows;
 }
 
-bool matches(const ShortcutRow& row, std::string_view words) {
-    return holdsWords(row.label + " " + row.help + " " + row.key + " " +
-                          std::string(label(category(row.action))) + " keyboard shortcut",
-                      words);
+bool matches(const ShortcutRow& row, const SearchWords& words) {
+    return words.areIn(row.label + " " + row.help + " " + row.key + " " +
+                       std::string(label(category(row.action))) + " keyboard shortcut");
 }
 
 } // namespace orvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutBindings.h"
+#include "OrvaneSyncCore/Utilities/SearchWords.h"
 
 #include <string>
 #include <string_view>
@@ -24,6 +25,6 @@ struct ShortcutRow {
 /// In the order of the actions.
 std::vector<ShortcutRow> shortcutRows(const ShortcutBindings& bindings);
 /// Whether each of the words stands in the row or its heading, in any case.
-bool matches(const ShortcutRow& row, std::string_view words);
+bool matches(const ShortcutRow& row, const SearchWords& words);
 
 } // namespace orvane

@@ -27,8 +27,7 @@ QString spokenRow(const OutlineModel::Row& row) {
 
 } // namespace
 
-OutlineListModel::OutlineListModel(OutlineModel& rows, QObject* parent)
-    : QAbstractListModel(parent), rows_(rows) {
+OutlineListModel::OutlineListModel(OutlineModel& rows, QObject* parent) : RowsModel(parent), rows_(rows) {
     observation_ = rows.onChange([this](const ResultsViewModel::Change& change) { follow(change); });
 }
 
@@ -48,30 +47,6 @@ QVariant OutlineListModel::data(const QModelIndex& index, int role) const {
         return text(shown.status);
     default:
         return {};
-    }
-}
-
-const OutlineModel::Row& OutlineListModel::row(int index) const {
-    const auto found = shown_.find(index);
-    if (found != shown_.end()) return found->second;
-    return shown_.emplace(index, rows_.row(static_cast<std::size_t>(index))).first->second;
-}
-
-void OutlineListModel::follow(const ResultsViewModel::Change& change) {
-    if (change.isLayoutChanged) {
-        beginResetModel();
-        shown_.clear();
-        endResetModel();
-        return;
-    }
-    for (const std::size_t changed : change.rows) {
-        const int at = static_cast<int>(changed);
-        const auto found = shown_.find(at);
-        if (found == shown_.end()) continue; // nobody has seen it
-        OutlineModel::Row row = rows_.row(changed);
-        if (row == found->second) continue;
-        found->second = std::move(row);
-        Q_EMIT dataChanged(index(at), index(at));
     }
 }
 

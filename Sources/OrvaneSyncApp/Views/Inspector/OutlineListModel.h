@@ -1,28 +1,25 @@
 #pragma once
 
 #include "OrvaneSyncApp/ViewModels/Inspector/OutlineModel.h"
+#include "OrvaneSyncApp/Views/RowsModel.h"
 
 #include <QAbstractListModel>
 #include <QStyledItemDelegate>
 
-#include <unordered_map>
-
 namespace orvane::views {
 
-/// The rows of the outline for Qt; rows that were asked for are kept until they change.
-class OutlineListModel : public QAbstractListModel {
+/// The rows of the outline for Qt.
+class OutlineListModel : public RowsModel<QAbstractListModel, OutlineModel::Row> {
   public:
     OutlineListModel(OutlineModel& rows, QObject* parent);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
-    const OutlineModel::Row& row(int index) const;
 
   private:
-    void follow(const ResultsViewModel::Change& change);
+    OutlineModel::Row makeRow(std::size_t index) const override { return rows_.row(index); }
 
     OutlineModel& rows_;
-    mutable std::unordered_map<int, OutlineModel::Row> shown_;
     platform::Subscription observation_;
 };
 

@@ -2,6 +2,7 @@
 
 #include "OrvaneDesignKit/Icons.h"
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QAction>
 #include <QKeySequence>
@@ -48,9 +49,9 @@ ReviewActions::ReviewActions(Desktop& desktop, QObject* parent) : QObject(parent
     for (const ShortcutAction each : allShortcutActions()) {
         const auto key = keyAction(each);
         if (!key) continue;
-        auto* action = new QAction(text(label(*key)), this);
-        action->setIconText(text(label(*key)));
-        action->setStatusTip(text(helpText(*key)));
+        auto* action = new QAction(translated(label(*key)), this);
+        action->setIconText(translated(label(*key)));
+        action->setStatusTip(translated(helpText(*key)));
         connect(action, &QAction::triggered, this, [this, key = *key] {
             try {
                 desktop_.players().handleKeyAction(key);
@@ -76,7 +77,7 @@ ReviewActions::ReviewActions(Desktop& desktop, QObject* parent) : QObject(parent
 void ReviewActions::showKeys() {
     const ShortcutBindings& bindings = desktop_.players().shortcuts()->bindings();
     for (const auto& [key, action] : actions_) {
-        const QString name = text(label(key));
+        const QString name = translated(label(key));
         const auto found = bindings.find(key);
         const QString keys = found == bindings.end() ? QString() : shownKey(found->second);
         action->setText(keys.isEmpty() ? name : name + QLatin1Char('\t') + keys);

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/Settings/CalibrationPage.h"
 
+#include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Services/Calibration/SmartAudioCalibration.h"
 
 #include <QDesktopServices>
@@ -131,24 +132,24 @@ void CalibrationPage::open() { run("calibration"); }
 void CalibrationPage::showSteps() {
     QStringList lines;
     for (const std::string& step : calibrationSteps(permsOf(matrixAt(matrix_->currentIndex())).size()))
-        lines << tr("%1.  %2").arg(lines.size() + 1).arg(text(step));
+        lines << tr("%1.  %2").arg(lines.size() + 1).arg(translatedSentence(step));
     steps_->setText(lines.join(QLatin1Char('\n')));
 }
 
 void CalibrationPage::show() {
     const CalibrationPanel panel = calibrationPanel(desktop().controller().calibration().state());
-    build_->setText(text(panel.buildTitle));
+    build_->setText(translated(panel.buildTitle));
     build_->setEnabled(panel.canBuild);
     matrix_->setEnabled(panel.canBuild);
     reveal_->setEnabled(panel.canShowDocument);
     measure_->setEnabled(panel.canMeasure && !folder_->text().trimmed().isEmpty());
     save_->setEnabled(panel.canSave);
-    source_->setText(text(panel.source));
+    source_->setText(translatedSentence(panel.source));
     source_->setVisible(!panel.source.empty());
-    progress_->setText(text(panel.progress));
+    progress_->setText(translatedSentence(panel.progress));
     progress_->setVisible(!panel.progress.empty());
-    problem_->show(panel.problem.empty() ? Signal::none : Signal::missing, text(panel.problem));
-    saved_->setText(text(panel.saved));
+    problem_->show(panel.problem.empty() ? Signal::none : Signal::missing, translatedSentence(panel.problem));
+    saved_->setText(translatedSentence(panel.saved));
     showRows(panel);
 }
 

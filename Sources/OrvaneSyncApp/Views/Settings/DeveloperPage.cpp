@@ -1,17 +1,13 @@
 #include "OrvaneSyncApp/Views/Settings/DeveloperPage.h"
 
-#include "OrvaneSyncApp/Controllers/SystemChecks.h"
+#include "OrvaneSyncApp/Views/SystemChecksView.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QPointer>
 #include <QTableWidget>
 #include <QVBoxLayout>
-
-#include <string_view>
 
 namespace orvane::views {
 
@@ -19,7 +15,6 @@ using namespace design;
 
 namespace {
 
-constexpr int checksHeight = 330;
 constexpr int cachesHeight = 170;
 
 QString megabytes(const JSON* bytes) {
@@ -42,25 +37,13 @@ QTableWidget* table(const QStringList& columns, const QString& name, int height)
     return made;
 }
 
-Signal signalOf(std::string_view status) {
-    if (status == "ok") return Signal::matched;
-    return status == "problem" ? Signal::missing : Signal::none;
-}
-
-QString word(std::string_view status) {
-    if (status == "ok") return QObject::tr("✓ there");
-    return status == "problem" ? QObject::tr("✗ problem") : QObject::tr("not used");
-}
-
 } // namespace
 
 DeveloperPage::DeveloperPage(Desktop& desktop, const SettingsModel& model, const SettingTab& tab)
-    : SettingsPage(desktop, model, tab), queue_(platform::SerialQueue::create("diagnostics")) {
+    : SettingsPage(desktop, model, tab) {
     add(makeCaches(), tr("caches size clear"));
     add(makeDiagnostics(), tr("diagnostics state subsystem doctor"));
 }
-
-DeveloperPage::~DeveloperPage() { stop_.request_stop(); }
 
 QWidget* DeveloperPage::makeCaches() {
     auto* section = new Section(tr("What the caches hold"));
@@ -80,23 +63,18 @@ QWidget* DeveloperPage::makeCaches() {
 
 QWidget* DeveloperPage::makeDiagnostics() {
     auto* section = new Section(tr("Diagnostics"));
-    section->add(checks_ = table({tr("What"), tr("State"), tr("Detail")}, tr("Diagnostics"), checksHeight));
-    checks_->setObjectName(QStringLiteral("diagnostics"));
+    section->add(checks_ = new SystemChecksView(desktop()));
     auto* row = new QHBoxLayout;
-    row->addWidget(progress_ = facts({}), 1);
-    row->addWidget(copy_ = button(tr("Copy")));
-    copy_->setToolTip(tr("Copies the table as text"));
-    copy_->setAccessibleName(tr("Copy the diagnostics"));
-    row->addWidget(again_ = button(tr("Look Again"), Glyph::refresh));
+    row->addStretch(1);
+    row->addWidget(checks_->copyButton());
+    row->addWidget(checks_->againButton());
     section->add(row);
-    connect(again_, &QPushButton::clicked, this, [this] { diagnose(); });
-    connect(copy_, &QPushButton::clicked, this, [this] { copyDiagnostics(); });
     return section;
 }
 
 void DeveloperPage::open() {
     lookAtCaches();
-    diagnose();
+    checks_->look();
 }
 
 void DeveloperPage::lookAtCaches() {
@@ -147,49 +125,6 @@ void DeveloperPage::clearCaches() {
             self->cacheProblem_->show(Signal::missing, why);
             self->lookAtCaches();
         });
-}
-
-void DeveloperPage::diagnose() {
-    again_->setEnabled(false);
-    copy_->setEnabled(false);
-    progress_->setText(tr("Looking…"));
-    queue_->post(
-        [self = QPointer(this), settings = desktop().context().settings,
-         mainThread = desktop().mainThread()] {
-            mainThread->post([self, found = systemChecks(*settings, ProbeCache::shared)] {
-                if (!self) return;
-                QTableWidget& table = *self->checks_;
-                table.setRowCount(static_cast<int>(found.size()));
-                for (int row = 0; row < table.rowCount(); ++row) {
-                    const SystemCheck& check = found[static_cast<std::size_t>(row)];
-                    auto* state = new QTableWidgetItem(word(check.status));
-                    state->setForeground(colour(signalOf(check.status)));
-                    auto* detail = new QTableWidgetItem(text(check.detail));
-                    detail->setToolTip(text(check.detail));
-                    table.setItem(row, 0, new QTableWidgetItem(text(check.name)));
-                    table.setItem(row, 1, state);
-                    table.setItem(row, 2, detail);
-                }
-                table.resizeColumnToContents(0);
-                table.resizeColumnToContents(1);
-                table.resizeRowsToContents();
-                self->again_->setEnabled(true);
-                self->copy_->setEnabled(true);
-                self->progress_->clear();
-            });
-        },
-        stop_.get_token());
-}
-
-void DeveloperPage::copyDiagnostics() {
-    QString lines = QStringLiteral("OrvaneSync " ORVANE_VERSION "\n");
-    for (int row = 0; row < checks_->rowCount(); ++row) {
-        QStringList cells;
-        for (int column = 0; column < checks_->columnCount(); ++column)
-            cells << checks_->item(row, column)->text();
-        lines += cells.join(QLatin1Char('\t')) + QLatin1Char('\n');
-    }
-    QGuiApplication::clipboard()->setText(lines);
 }
 
 } // namespace orvane::views

@@ -2,20 +2,17 @@
 
 #include "OrvaneSyncApp/Views/Settings/Remark.h"
 #include "OrvaneSyncApp/Views/Settings/SettingsPage.h"
-#include "Platform/MainThread.h"
-
-#include <memory>
-#include <stop_token>
 
 class QTableWidget;
 
 namespace orvane::views {
 
+class SystemChecksView;
+
 /// The caches with their sizes, and the state of each thing that the program stands on.
 class DeveloperPage : public SettingsPage {
   public:
     DeveloperPage(Desktop& desktop, const SettingsModel& model, const SettingTab& tab);
-    ~DeveloperPage() override;
     void open() override;
 
   private:
@@ -23,19 +20,12 @@ class DeveloperPage : public SettingsPage {
     QWidget* makeDiagnostics();
     void lookAtCaches();
     void clearCaches();
-    void diagnose();
-    void copyDiagnostics();
 
     QTableWidget* caches_;
     QLabel* cachesSum_;
     QPushButton* clear_;
     Remark* cacheProblem_;
-    QTableWidget* checks_;
-    QPushButton* again_;
-    QPushButton* copy_;
-    QLabel* progress_;
-    std::stop_source stop_;
-    std::unique_ptr<platform::SerialQueue> queue_;
+    SystemChecksView* checks_;
 };
 
 } // namespace orvane::views

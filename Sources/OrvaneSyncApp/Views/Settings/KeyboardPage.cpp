@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Settings/KeyboardPage.h"
 
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QFileDialog>
 #include <QGridLayout>
@@ -50,7 +51,7 @@ KeyboardPage::KeyboardPage(Desktop& desktop, const SettingsModel& model, const S
     });
     showBindings();
     showProfiles();
-    if (center_->problem()) banner_->show(Signal::doubtful, text(*center_->problem()));
+    if (center_->problem()) banner_->show(Signal::doubtful, translatedSentence(*center_->problem()));
 }
 
 QWidget* KeyboardPage::makeProfiles() {
@@ -71,7 +72,7 @@ QWidget* KeyboardPage::makeProfiles() {
     QPushButton* write = button(tr("Export…"));
     QPushButton* reset = button(tr("Reset…"), Glyph::undo);
     reset->setObjectName(QStringLiteral("resetShortcuts"));
-    for (QPushButton* one : {import, write, reset}) load->addWidget(one);
+    for (QPushButton* one : {import, write}) load->addWidget(one);
     section->add(load);
     auto* save = new QHBoxLayout;
     profileName_ = field(tr("Name of the profile"), tr("Name of a new profile"));
@@ -81,6 +82,7 @@ QWidget* KeyboardPage::makeProfiles() {
     save->addWidget(profileName_);
     save->addWidget(saveProfile);
     save->addStretch(1);
+    save->addWidget(reset);
     section->add(save);
     connect(profiles_, &QComboBox::activated, this, [this](int index) {
         if (index > 0) runOnProfile("loadShortcutProfile", profiles_->itemText(index));
@@ -124,7 +126,7 @@ QWidget* KeyboardPage::makeActions() {
     for (const ShortcutRow& row : shortcutRows(center_->bindings())) {
         if (last != category(row.action)) {
             last = category(row.action);
-            QLabel* heading = facts(text(label(*last)));
+            QLabel* heading = facts(translated(label(*last)));
             headings_.push_back(heading);
             section->add(heading);
         }
@@ -139,7 +141,7 @@ QWidget* KeyboardPage::makeLine(const ShortcutRow& row) {
     grid->setContentsMargins(0, 0, 0, 0);
     grid->setVerticalSpacing(2);
     grid->setColumnStretch(0, 1);
-    const QString name = text(row.label);
+    const QString name = translated(row.label);
     Line line{row.action,
               whole,
               button({}),
@@ -154,12 +156,12 @@ QWidget* KeyboardPage::makeLine(const ShortcutRow& row) {
     line.settle->setObjectName(QStringLiteral("settle ") + text(rawValue(row.action)));
     line.settle->setToolTip(tr("Takes the key from the other action"));
     QLabel* what = label(name);
-    what->setToolTip(text(row.help));
+    what->setToolTip(translatedSentence(row.help));
     grid->addWidget(what, 0, 0);
     grid->addWidget(line.key, 0, 1, 2, 1, Qt::AlignVCenter);
     grid->addWidget(line.clear, 0, 2, 2, 1, Qt::AlignVCenter);
     grid->addWidget(line.reset, 0, 3, 2, 1, Qt::AlignVCenter);
-    grid->addWidget(facts(text(row.help)), 1, 0);
+    grid->addWidget(facts(translatedSentence(row.help)), 1, 0);
     auto* conflict = new QHBoxLayout;
     conflict->addWidget(line.conflict, 1);
     conflict->addWidget(line.settle);
@@ -182,10 +184,10 @@ void KeyboardPage::showBindings() {
         const ShortcutRow& row = rows[i];
         const bool isRecorded = recorder_.recordedAction() == row.action;
         line.key->setText(isRecorded ? tr("Press a key…") : text(row.key));
-        line.key->setAccessibleName(tr("Key of “%1”: %2").arg(text(row.label), line.key->text()));
+        line.key->setAccessibleName(tr("Key of “%1”: %2").arg(translated(row.label), line.key->text()));
         line.clear->setVisible(!row.isUnbound);
         line.reset->setVisible(!row.isDefault);
-        line.conflict->show(Signal::doubtful, text(row.conflict));
+        line.conflict->show(Signal::doubtful, translatedSentence(row.conflict));
         line.settle->setVisible(!row.conflict.empty());
     }
 }
@@ -273,14 +275,16 @@ bool KeyboardPage::showMatching(const QString& words) {
     bool isAnythingLeft = SettingsPage::showMatching(words);
     const std::vector<ShortcutRow> rows = shortcutRows(center_->bindings());
     // The heading of a tab whose name is searched for brings all of it.
-    const std::string searched = utf8(words);
-    const bool isAll = holdsWords(tab().title, searched);
+    const SearchWords searched(utf8(words));
+    const bool isAll = searched.areIn(tab().title + "\n" + utf8(translated(tab().title)));
     bool isAnyKeyLeft = false;
     std::size_t heading = 0;
     std::vector<bool> isHeadingShown(headings_.size(), false);
     for (std::size_t i = 0; i < lines_.size(); ++i) {
         if (i > 0 && category(rows[i].action) != category(rows[i - 1].action)) ++heading;
-        const bool isShown = isAll || matches(rows[i], searched);
+        const QString shown =
+            translated(rows[i].label) + QLatin1Char('\n') + translatedSentence(rows[i].help);
+        const bool isShown = isAll || matches(rows[i], searched) || searched.areIn(utf8(shown));
         lines_[i].whole->setVisible(isShown);
         isAnyKeyLeft = isAnyKeyLeft || isShown;
         isHeadingShown[heading] = isHeadingShown[heading] || isShown;

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/ViewModels/Settings/FieldRows.h"
 #include "OrvaneSyncApp/ViewModels/Settings/LockitTexts.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QGridLayout>
 #include <QPointer>
@@ -23,7 +24,8 @@ constexpr std::chrono::milliseconds betweenCancels{100};
 MetadataPage::MetadataPage(Desktop& desktop, const SettingsModel& model, const SettingTab& tab)
     : SettingsPage(desktop, model, tab) {
     QString searched = tr("LockitNetwork field mapping target key Final Cut Pro");
-    for (const FieldRow& row : fieldRows(LockitFieldMapping())) searched += QLatin1Char(' ') + text(row.name);
+    for (const FieldRow& row : fieldRows(LockitFieldMapping()))
+        searched += QLatin1Char(' ') + translated(row.name);
     add(makeAccount(), tr("LockitNetwork sign in sign out account"));
     add(makeFields(), searched);
     MetadataPage::refresh();
@@ -74,14 +76,14 @@ QWidget* MetadataPage::makeFields() {
     grid->setColumnStretch(2, 1);
     grid->setVerticalSpacing(space::tight);
     for (const FieldRow& row : fieldRows(LockitFieldMapping())) {
-        const QString name = text(row.name);
+        const QString name = translated(row.name);
         Line line{row.field, new Choice, field(tr("Metadata key of “%1”").arg(name), tr("Metadata key")),
                   button({}, Glyph::undo, Weight::quiet), new Remark};
         line.target->setAccessibleName(tr("Target of “%1”").arg(name));
         line.target->setObjectName(text(rawValue(row.field)));
         line.target->setFixedWidth(targetWidth);
         for (std::size_t i = 0; i < RawValues<FCPMetaTarget>::texts.size(); ++i)
-            line.target->addItem(text(displayName(static_cast<FCPMetaTarget>(i))));
+            line.target->addItem(translated(displayName(static_cast<FCPMetaTarget>(i))));
         line.reset->setToolTip(tr("Reset to default"));
         line.reset->setAccessibleName(tr("Reset “%1” to default").arg(name));
         for (QWidget* one : std::initializer_list<QWidget*>{line.key, line.reset}) {
@@ -133,7 +135,7 @@ void MetadataPage::refresh() {
         line.key->setVisible(row.target == FCPMetaTarget::custom);
         if (!(line.key->hasFocus() && line.key->isModified())) line.key->setText(text(row.customKey));
         line.reset->setVisible(!row.isDefault);
-        line.remark->show(row.isLeftOut ? Signal::doubtful : Signal::none, text(row.remark));
+        line.remark->show(row.isLeftOut ? Signal::doubtful : Signal::none, translatedSentence(row.remark));
     }
 }
 
@@ -149,14 +151,14 @@ void MetadataPage::open() {
 
 void MetadataPage::showAccount() {
     const AccountPanel panel = accountPanel(*account_);
-    pill_->show(panel.isSignedIn ? Signal::matched : Signal::none, text(panel.state));
+    pill_->show(panel.isSignedIn ? Signal::matched : Signal::none, translatedSentence(panel.state));
     signIn_->setVisible(panel.canSignIn);
     cancel_->setVisible(panel.canCancel);
     if (!panel.canCancel) cancel_->setEnabled(true);
     paste_->setVisible(panel.canCancel);
     signOut_->setVisible(panel.isSignedIn && !panel.canCancel);
     if (panel.canCancel) refusal_.clear();
-    const QString why = refusal_.isEmpty() ? text(panel.problem) : refusal_;
+    const QString why = refusal_.isEmpty() ? translatedSentence(panel.problem) : refusal_;
     problem_->show(why.isEmpty() ? Signal::none : Signal::doubtful, why);
 }
 

@@ -1,5 +1,7 @@
 #include "OrvaneSyncApp/Views/Settings/ModelsPage.h"
 
+#include "OrvaneSyncApp/Views/Translation.h"
+
 #include <QGridLayout>
 #include <QPointer>
 #include <QProgressBar>
@@ -35,7 +37,7 @@ ModelsPage::ModelsPage(Desktop& desktop, const SettingsModel& model, const Setti
     auto* models = new Section(tr("Optional models"));
     models->add(rows_ = new QVBoxLayout);
     models->add(problem_ = new Remark);
-    models->add(diskUsage_ = facts({}));
+    models->add(diskUsage_ = facts(tr("Looking…")));
     add(models, tr("model download cancel delete disk"));
     auto* stems = new Section(tr("Stems"));
     stems->add(stems_ = new Badge);
@@ -62,18 +64,18 @@ void ModelsPage::show(const ModelList& list) {
         const Line& line = lines_[i];
         const ModelRow& row = list.rows[i];
         const bool isError = row.state == ModelRow::State::error;
-        line.state->show(signalOf(row.state), isError ? tr("Error") : text(row.status));
-        line.problem->show(Signal::missing, isError ? text(row.status) : QString());
+        line.state->show(signalOf(row.state), isError ? tr("Error") : translated(row.status));
+        line.problem->show(Signal::missing, isError ? translatedSentence(row.status) : QString());
         line.progress->setVisible(row.state == ModelRow::State::downloading);
         line.progress->setValue(static_cast<int>(row.progress * percent));
-        line.download->setText(text(row.download));
+        line.download->setText(translated(row.download));
         line.download->setVisible(!row.download.empty());
         line.cancel->setVisible(row.state == ModelRow::State::downloading);
         line.remove->setVisible(row.state == ModelRow::State::ready);
     }
-    diskUsage_->setText(text(list.diskUsage));
-    stems_->show(list.areStemsReady ? Signal::matched : Signal::none, text(list.stems));
-    stemsProblem_->setText(text(list.stemsProblem));
+    diskUsage_->setText(translatedSentence(list.diskUsage));
+    stems_->show(list.areStemsReady ? Signal::matched : Signal::none, translatedSentence(list.stems));
+    stemsProblem_->setText(translatedSentence(list.stemsProblem));
     stemsProblem_->setVisible(!list.stemsProblem.empty());
     if (list.isDownloading)
         timer_->start();
@@ -90,8 +92,8 @@ void ModelsPage::makeLines(const ModelList& list) {
     lines_.clear();
     for (const ModelRow& row : list.rows) rows_->addWidget(makeLine(row));
     for (const auto& [name, description] : list.features) {
-        features_->addWidget(label(text(name)));
-        features_->addWidget(facts(text(description)));
+        features_->addWidget(label(translated(name)));
+        features_->addWidget(facts(translated(description)));
     }
 }
 
@@ -100,7 +102,7 @@ QWidget* ModelsPage::makeLine(const ModelRow& row) {
     auto* grid = new QGridLayout(whole);
     grid->setContentsMargins(0, 0, 0, space::small);
     grid->setColumnStretch(0, 1);
-    const QString name = text(row.name);
+    const QString name = translated(row.name);
     Line line{new Badge,           new Remark, new QProgressBar, button({}), button(tr("Cancel download")),
               button(tr("Delete"))};
     line.progress->setTextVisible(false);
@@ -112,8 +114,8 @@ QWidget* ModelsPage::makeLine(const ModelRow& row) {
     auto* buttons = new QHBoxLayout;
     for (QPushButton* one : {line.download, line.cancel, line.remove}) buttons->addWidget(one);
     grid->addLayout(buttons, 0, 2);
-    grid->addWidget(facts(text(row.facts)), 1, 0, 1, 3);
-    grid->addWidget(facts(text(row.description)), 2, 0, 1, 3);
+    grid->addWidget(facts(translatedSentence(row.facts)), 1, 0, 1, 3);
+    grid->addWidget(facts(translated(row.description)), 2, 0, 1, 3);
     grid->addWidget(line.progress, 3, 0, 1, 3);
     grid->addWidget(line.problem, 4, 0, 1, 3);
     const std::string id = row.id;

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Settings/PatternEditorView.h"
 
 #include "OrvaneSyncApp/ViewModels/Settings/NamingPreview.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 #include "Platform/Text.h"
 
@@ -62,15 +63,15 @@ QWidget* PatternEditorView::makeTokens() {
     grid->setSpacing(space::tight);
     int line = 0;
     for (const auto category : GroupNaming::allTokenCategories) {
-        grid->addWidget(facts(text(GroupNaming::label(category))), line, 0);
+        grid->addWidget(facts(translated(GroupNaming::label(category))), line, 0);
         auto* row = new QHBoxLayout;
         row->setSpacing(space::tight);
         for (const GroupNaming::TokenInfo& token : GroupNaming::tokenCatalogue) {
             if (token.category != category) continue;
-            QPushButton* insertToken = button(text(token.label));
+            QPushButton* insertToken = button(translated(token.label));
             insertToken->setObjectName(text(token.token));
-            insertToken->setToolTip(
-                tr("%1 – %2, such as %3").arg(text(token.token), text(token.hint), text(token.example)));
+            insertToken->setToolTip(tr("%1 – %2, such as %3")
+                                        .arg(text(token.token), translated(token.hint), text(token.example)));
             connect(insertToken, &QPushButton::clicked, this, [this, &token] { insert(token.token); });
             row->addWidget(insertToken);
         }

@@ -3,6 +3,7 @@
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/ViewModels/Settings/PatternDoubts.h"
 #include "OrvaneSyncApp/ViewModels/Settings/RoleList.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 
 #include <QHBoxLayout>
@@ -107,11 +108,11 @@ void RolesPage::refresh() {
         Line& line = lines_[track];
         const std::string& role = list.roles()[track];
         if (!(line.name->hasFocus() && line.name->isModified())) line.name->setText(text(role));
-        line.remark->show(Signal::doubtful, text(patternDoubts::subrole(role)));
+        line.remark->show(Signal::doubtful, translatedSentence(patternDoubts::subrole(role)));
         const auto& setting = settings::defaultSubroles.at(track);
         line.reset->setVisible(role != setting.standard());
     }
-    shared_->show(Signal::doubtful, text(list.sharedRoles()));
+    shared_->show(Signal::doubtful, translatedSentence(list.sharedRoles()));
 }
 
 void RolesPage::rename(std::size_t track) {
@@ -120,7 +121,7 @@ void RolesPage::rename(std::size_t track) {
     const std::string role = utf8(name.text().trimmed());
     if (role == desktop().settings().get(settings::defaultSubroles.at(track))) return;
     if (const std::string why = patternDoubts::subrole(role); !why.empty())
-        return lines_[track].remark->show(Signal::missing, text(why));
+        return lines_[track].remark->show(Signal::missing, translatedSentence(why));
     setRole(track, role);
 }
 

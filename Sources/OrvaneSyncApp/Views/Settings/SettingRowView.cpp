@@ -62,7 +62,7 @@ SettingRowView::SettingRowView(Desktop& desktop, const SettingsModel& model, con
                                QWidget* parent)
     : QWidget(parent), desktop_(desktop), model_(model), row_(row), control_(makeControl()),
       reset_(button({}, Glyph::undo, Weight::quiet)), remark_(new Remark) {
-    const QString name = text(row.label);
+    const QString name = translated(row.label);
     setObjectName(text(row.setting.get().key));
     reset_->setToolTip(tr("Reset to default"));
     reset_->setAccessibleName(tr("Reset “%1” to default").arg(name));
@@ -145,7 +145,12 @@ QWidget* SettingRowView::makeChoice() {
     put_ = [this, choice](const JSON&) {
         const auto choices = model_.choices(row_);
         choice->clear();
-        for (const SettingChoice& one : choices) choice->addItem(translated(one.text));
+        for (std::size_t i = 0; i < choices.size(); ++i) {
+            const std::string& said = choices[i].text;
+            // What names the open work, or is none of those offered, is no text of the catalogue's.
+            const bool isFixed = i < row_.choices.size() && row_.choices[i].text == said;
+            choice->addItem(isFixed ? translated(said) : translatedSentence(said));
+        }
         choice->setCurrentIndex(static_cast<int>(model_.chosen(row_, choices)));
     };
     connect(choice, &QComboBox::activated, this, [this](int index) {
@@ -161,7 +166,7 @@ QWidget* SettingRowView::makeNumber() {
     number->setButtonSymbols(QAbstractSpinBox::NoButtons);
     number->setRange(row_.lowest, row_.highest);
     number->setDecimals(isWhole ? 0 : row_.decimals);
-    number->setSuffix(text(row_.unit));
+    number->setSuffix(translatedSentence(row_.unit));
     number->setKeyboardTracking(false);
     put_ = [number](const JSON& value) { number->setValue(readAs<double>(value).value_or(0)); };
     connect(number, &QDoubleSpinBox::valueChanged, this, [this, isWhole](double chosen) {

@@ -71,13 +71,13 @@ void SettingsPage::add(QWidget* section, const QString& searched, bool isFirst) 
 }
 
 bool SettingsPage::showMatching(const QString& words) {
-    const std::string searched = utf8(words);
+    const SearchWords searched(utf8(words));
     bool isAnythingLeft = false;
     for (const Part& part : parts_) {
-        bool isShown = part.described == nullptr && holdsWords(utf8(part.searched), searched);
+        bool isShown = part.described == nullptr && searched.areIn(utf8(part.searched));
         for (SettingRowView* row : part.rows) {
             const bool matches = SettingsModel::matches(tab_, *part.described, row->row(), searched) ||
-                                 holdsWords(utf8(shownTexts(tab_, *part.described, row->row())), searched);
+                                 searched.areIn(utf8(shownTexts(tab_, *part.described, row->row())));
             row->setVisible(matches);
             isShown = isShown || matches;
         }

@@ -24,7 +24,9 @@ const QString lastTab = QStringLiteral("settingsTab");
 } // namespace
 
 SettingsWindow::SettingsWindow(Desktop& desktop, QWidget* parent)
-    : QDialog(parent), desktop_(desktop), model_(desktop.context().settings) {
+    : QDialog(parent), desktop_(desktop), model_(desktop.context().settings, [&desktop] {
+          return commonestMaterial(desktop.controller().smartAudio().state().results);
+      }) {
     setWindowTitle(tr("Settings"));
     resize(usual);
     auto* side = new QVBoxLayout;
@@ -87,15 +89,22 @@ void SettingsWindow::listen() {
     observation_ = desktop_.settings().onChange([this, alive = std::weak_ptr(isRefreshScheduled_),
                                                  mainThread = desktop_.mainThread()](const std::string&) {
         mainThread->post([this, alive] {
-            const auto isScheduled = alive.lock();
-            if (!isScheduled || std::exchange(*isScheduled, true)) return;
-            desktop_.mainThread()->post([this, alive] {
-                const auto scheduled = alive.lock();
-                if (!scheduled) return;
-                *scheduled = false;
-                for (SettingsPage* page : settingsPages_) page->refresh();
-            });
+            if (alive.lock()) refreshSoon();
         });
+    });
+    workObservation_ = desktop_.controller().onChange([this](ImportField field) {
+        if (field == ImportField::smartAudio && !desktop_.controller().smartAudio().state().isAnalyzing)
+            refreshSoon();
+    });
+}
+
+void SettingsWindow::refreshSoon() {
+    if (std::exchange(*isRefreshScheduled_, true)) return;
+    desktop_.mainThread()->post([this, alive = std::weak_ptr(isRefreshScheduled_)] {
+        const auto scheduled = alive.lock();
+        if (!scheduled) return;
+        *scheduled = false;
+        for (SettingsPage* page : settingsPages_) page->refresh();
     });
 }
 

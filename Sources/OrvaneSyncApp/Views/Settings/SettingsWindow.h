@@ -30,6 +30,7 @@ class SettingsWindow : public QDialog {
 
   private:
     void listen();
+    void refreshSoon();
     void showMatching();
 
     Desktop& desktop_;
@@ -44,6 +45,7 @@ class SettingsWindow : public QDialog {
     /// Work that another thread hands over finds out by it that the window has gone.
     std::shared_ptr<bool> isRefreshScheduled_ = std::make_shared<bool>(false);
     platform::Subscription observation_;
+    platform::Subscription workObservation_;
 };
 
 } // namespace orvane::views

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
+#include "OrvaneSyncApp/ViewModels/Settings/SettingRows.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/Settings.h"
@@ -42,16 +43,8 @@ constexpr Reader readers[] = {
     {"1.9", "for older programs; what this version has no word for is left out"},
 };
 
-struct Switch {
-    const char* title;
-    const Declared<bool>* setting;
-};
-const Switch switches[] = {
-    {"Add an event with every source file", &settings::generateRawMediaEvent},
-    {"One event a scene", &settings::splitEventsByScene},
-    {"Clips without sound become synchronized clips too", &settings::wrapMOSInSyncClip},
-    {"Volumes follow Smart Audio over time", &settings::volumeKeyframes},
-};
+const Declared<bool>* const switches[] = {&settings::generateRawMediaEvent, &settings::splitEventsByScene,
+                                          &settings::wrapMOSInSyncClip, &settings::volumeKeyframes};
 
 const QString versionKey = QStringLiteral("exportVersion");
 const QString placeKey = QStringLiteral("exportFolder");
@@ -113,12 +106,13 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
 
 QWidget* ExportSheet::makeOptions() {
     auto* section = new Section(tr("Options"));
+    // Under the names that the settings have for them.
+    const SettingRow& trimming = settingRow(settings::trimMode.key);
     auto* length = new Choice;
-    length->setAccessibleName(tr("Length of the clips"));
+    length->setAccessibleName(translated(trimming.label));
     const ExportSettings now = desktop_.controller().exporting().exportSettings({});
-    for (std::size_t i = 0; i < RawValues<TrimMode>::texts.size(); ++i)
-        length->addItem(translated(displayText(static_cast<TrimMode>(i))),
-                        text(RawValues<TrimMode>::texts[i]));
+    for (const SettingChoice& one : trimming.choices)
+        length->addItem(translated(one.text), text(*one.value.string()));
     length->setCurrentIndex(static_cast<int>(now.trimMode));
     connect(length, &QComboBox::activated, this, [this, length](int) {
         setOption(settings::trimMode.key, JSON(utf8(length->currentData().toString())));
@@ -127,7 +121,7 @@ QWidget* ExportSheet::makeOptions() {
     choices->setHorizontalSpacing(space::medium);
     choices->setVerticalSpacing(space::small);
     choices->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
-    choices->addRow(tr("Trim clips to"), length);
+    choices->addRow(translated(trimming.label), length);
     section->add(choices);
     version_ = new Choice;
     version_->setAccessibleName(tr("Version of the document"));
@@ -142,11 +136,13 @@ QWidget* ExportSheet::makeOptions() {
     choices->addRow(tr("Version"), version_);
     choices->addRow(QString(), versionNote_ = facts({}));
     showVersion();
-    for (const Switch& one : switches) {
-        auto* box = new QCheckBox(tr(one.title));
-        box->setChecked(desktop_.settings().get(*one.setting));
+    for (const Declared<bool>* setting : switches) {
+        const SettingRow& row = settingRow(setting->key);
+        auto* box = new QCheckBox(translated(row.label));
+        box->setToolTip(translated(row.hint));
+        box->setChecked(desktop_.settings().get(*setting));
         connect(box, &QCheckBox::toggled, this,
-                [this, setting = one.setting](bool isOn) { setOption(setting->key, JSON(isOn)); });
+                [this, setting](bool isOn) { setOption(setting->key, JSON(isOn)); });
         section->add(box);
     }
     return section;

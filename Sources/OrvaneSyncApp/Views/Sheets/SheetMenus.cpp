@@ -29,11 +29,6 @@ SheetActions addSheetActions(Desktop& desktop, QWidget* window, QMenu* clip, QMe
         settings.showTab(SettingPage::calibration);
         settings.exec();
     });
-    const auto update = [&desktop, actions] {
-        actions.renameClips->setEnabled(desktop.isEnabled("batchRename"));
-        actions.buildRoomTone->setEnabled(desktop.isEnabled("scanAtmoCandidates"));
-    };
-    for (QMenu* menu : {clip, audio}) QObject::connect(menu, &QMenu::aboutToShow, window, update);
 
     help->addAction(QObject::tr("Diagnostics…"), window,
                     [&desktop, window] { showDiagnostics(desktop, window); });

@@ -178,10 +178,9 @@ MediaAsset MediaProbeService::probe(const FileURL& url, AssetKind kind, const Un
     return std::move(probeAll({url}, kind, nullptr, unread, stop).front());
 }
 
-std::vector<MediaAsset>
-MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
-                            const std::function<void(int completed, int total)>& progress,
-                            const Unread& unread, const std::stop_token& stop) const {
+std::vector<MediaAsset> MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
+                                                    const Progress& progress, const Unread& unread,
+                                                    const std::stop_token& stop) const {
     std::vector<MediaAsset> assets(urls.size(), MediaAsset(UUID(), FileURL(), kind));
     std::vector<Known> known(urls.size());
     SideFiles sideFiles;
@@ -189,21 +188,34 @@ MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
 
     std::mutex progressMutex;
     int completed = 0;
-    const auto report = [&] {
+    std::vector<std::size_t> inHand; // the longest first
+    const auto tell = [&] {
+        if (progress)
+            progress(completed, static_cast<int>(urls.size()),
+                     inHand.empty() ? nullptr : &urls[inHand.front()]);
+    };
+    const auto begun = [&](std::size_t i) {
         const std::lock_guard lock(progressMutex);
+        inHand.push_back(i);
+        tell();
+    };
+    const auto done = [&](std::size_t i) {
+        const std::lock_guard lock(progressMutex);
+        std::erase(inHand, i);
         ++completed;
-        if (progress) progress(completed, static_cast<int>(urls.size()));
+        tell();
     };
     std::vector<std::size_t> missing;
     for (std::size_t i = 0; i < urls.size(); ++i) {
         if (known[i].isHit)
-            report();
+            done(i);
         else
             missing.push_back(i);
     }
     std::vector<char> isRead(missing.size()); // not of bool, whose elements share bytes
     const auto probeOne = [&](std::size_t which) {
         const std::size_t i = missing[which];
+        begun(i);
         bool isProbed = false;
         try {
             const platform::ReadErrorWatch watch;
@@ -221,7 +233,7 @@ MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
         } catch (const std::exception&) { // one file took all the memory; the others go on
             if (!isProbed) assets[i] = MediaAsset(urls[i], kind);
         }
-        report();
+        done(i);
     };
     platform::concurrently(missing.size(), maxConcurrentProbes, probeOne, stop);
     for (std::size_t which = 0; which < missing.size(); ++which)

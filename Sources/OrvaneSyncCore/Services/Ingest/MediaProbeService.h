@@ -32,13 +32,16 @@ class MediaProbeService {
 
     MediaAsset probe(const FileURL& url, AssetKind kind, const Unread& unread = {},
                      const std::stop_token& stop = {}) const;
-    /// In the order of the input. What the cache knows comes first, then the others are probed. `progress`
-    /// comes from several threads, but one call at a time, with the number of files done, ascending by one.
+    /// Comes from several threads, but one call at a time: for every file that is begun or done, with the
+    /// number of those done, which never falls. `inHand`: of the files that are begun and not done the one
+    /// that has taken longest; null where there is none.
+    using Progress = std::function<void(int completed, int total, const FileURL* inHand)>;
+    /// In the order of the input. What the cache knows comes first, then the others are probed.
     /// `unread` comes at the end, on the caller's thread, in the order of the input. Throws nothing but
     /// Stopped; what was probed by then stays in the cache.
     std::vector<MediaAsset> probeAll(const std::vector<FileURL>& urls, AssetKind kind,
-                                     const std::function<void(int completed, int total)>& progress,
-                                     const Unread& unread = {}, const std::stop_token& stop = {}) const;
+                                     const Progress& progress, const Unread& unread = {},
+                                     const std::stop_token& stop = {}) const;
 
   private:
     /// What is known of a file before it is opened.

@@ -40,4 +40,26 @@ inline std::string keyText(const Shortcut& shortcut) {
     return text + key;
 }
 
+/// A text that names modifiers by their signs (⌘⌥) or by "Cmd+", with the names of the keyboards of this
+/// system.
+inline std::string withKeysOfThisSystem(std::string_view text) {
+    static constexpr std::array<std::pair<std::string_view, std::string_view>, 5> modifiers{
+        {{"⌘", "Ctrl+"}, {"⌃", "Super+"}, {"⌥", "Alt+"}, {"⇧", "Shift+"}, {"Cmd+", "Ctrl+"}}};
+    std::string named;
+    while (!text.empty()) {
+        const auto found =
+            std::ranges::find_if(modifiers, [&](const auto& one) { return text.starts_with(one.first); });
+        if (found == modifiers.end()) {
+            named += text.front();
+            text.remove_prefix(1);
+            continue;
+        }
+        named += found->second;
+        text.remove_prefix(found->first.size());
+        // What it is pressed with stands behind a blank or a hyphen.
+        if (text.starts_with(' ') || text.starts_with('-')) text.remove_prefix(1);
+    }
+    return named;
+}
+
 } // namespace orvane

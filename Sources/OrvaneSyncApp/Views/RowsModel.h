@@ -1,0 +1,64 @@
+#pragma once
+
+#include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
+
+#include <QAbstractItemModel>
+
+#include <cstddef>
+#include <unordered_map>
+#include <utility>
+
+namespace orvane::views {
+
+/// What models of long lists share: a row is made when it is first painted and kept until it changes, and of
+/// changed rows those are painted anew that say something else than before. `Base` is a model of Qt, `Row`
+/// can be compared.
+template <class Base, class Row>
+class RowsModel : public Base {
+  public:
+    using Base::Base;
+
+    const Row& row(int index) const {
+        const auto found = shown_.find(index);
+        if (found != shown_.end()) return found->second;
+        return shown_.emplace(index, makeRow(static_cast<std::size_t>(index))).first->second;
+    }
+
+  protected:
+    virtual Row makeRow(std::size_t index) const = 0;
+
+    void follow(const ResultsViewModel::Change& change) {
+        if (change.isLayoutChanged) {
+            this->beginResetModel();
+            shown_.clear();
+            this->endResetModel();
+            return;
+        }
+        // Of many at once the view itself asks for those in view.
+        constexpr std::size_t few = 64;
+        if (change.rows.size() > few) {
+            shown_.clear();
+            tell(0, this->rowCount() - 1);
+            return;
+        }
+        for (const std::size_t changed : change.rows) {
+            const auto found = shown_.find(static_cast<int>(changed));
+            if (found == shown_.end()) continue; // nobody has seen it
+            Row row = makeRow(changed);
+            if (row == found->second) continue;
+            found->second = std::move(row);
+            tell(found->first, found->first);
+        }
+    }
+    const std::unordered_map<int, Row>& shown() const { return shown_; }
+
+  private:
+    void tell(int first, int last) {
+        const QAbstractItemModel& all = *this; // a list keeps its number of columns to itself
+        Q_EMIT this->dataChanged(this->index(first, 0), this->index(last, all.columnCount({}) - 1));
+    }
+
+    mutable std::unordered_map<int, Row> shown_;
+};
+
+} // namespace orvane::views

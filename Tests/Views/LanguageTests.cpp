@@ -1,0 +1,132 @@
+#include "Views/AllWindows.h"
+
+#include <QAbstractItemView>
+#include <QAction>
+#include <QComboBox>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLabel>
+#include <QMenu>
+#include <QRegularExpression>
+#include <QSet>
+
+#include <algorithm>
+
+namespace orvane::views {
+
+namespace {
+
+/// The English forms of which the German one differs: the fixed ones, and patterns of those with names in
+/// them.
+class Catalogue {
+  public:
+    Catalogue() {
+        for (const char* name :
+             {":/translations/de.json", ":/translations/de-core.json", ":/translations/de-keys.json"}) {
+            QFile file(QString::fromLatin1(name));
+            EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+            const QJsonObject all = QJsonDocument::fromJson(file.readAll()).object();
+            const QJsonObject texts = all["texts"].toObject();
+            for (auto it = texts.begin(); it != texts.end(); ++it)
+                if (it->isArray() || it->toString() != it.key()) texts_.insert(it.key());
+            for (const QString& key : all["sentences"].toObject().keys()) {
+                static const QRegularExpression place(QStringLiteral("\\\\%\\d"));
+                const QString pattern = QRegularExpression::escape(key).replace(place, ".+?");
+                // What is made of little but names fits everything.
+                if (QString(key).remove(QRegularExpression("%\\d|[^A-Za-z]")).size() > 5)
+                    sentences_.append(QRegularExpression(QRegularExpression::anchoredPattern(pattern)));
+            }
+        }
+    }
+    bool holds(const QString& text) const {
+        return texts_.contains(text) ||
+               std::ranges::any_of(sentences_, [&](const auto& one) { return one.match(text).hasMatch(); });
+    }
+
+  private:
+    QSet<QString> texts_;
+    QList<QRegularExpression> sentences_;
+};
+
+void addItems(const QAbstractItemModel& model, const QModelIndex& parent, QStringList& texts) {
+    constexpr int enough = 100;
+    for (int row = 0; row < std::min(model.rowCount(parent), enough); ++row)
+        for (int column = 0; column < model.columnCount(parent); ++column) {
+            const QModelIndex at = model.index(row, column, parent);
+            texts << at.data().toString() << at.data(Qt::ToolTipRole).toString();
+            if (column == 0) addItems(model, at, texts);
+        }
+}
+
+/// Everything that a window says, in view or when it is asked for.
+QStringList textsOf(QWidget& top) {
+    QStringList texts{top.windowTitle()};
+    for (const QWidget* one : top.findChildren<QWidget*>()) {
+        texts << one->toolTip() << one->accessibleName() << one->accessibleDescription();
+        if (const auto* label = qobject_cast<const QLabel*>(one)) texts << label->text();
+        if (const auto* button = qobject_cast<const QAbstractButton*>(one)) texts << button->text();
+        if (const auto* field = qobject_cast<const QLineEdit*>(one)) texts << field->placeholderText();
+        if (const auto* choice = qobject_cast<const QComboBox*>(one))
+            for (int i = 0; i < choice->count(); ++i) texts << choice->itemText(i);
+        if (const auto* view = qobject_cast<const QAbstractItemView*>(one)) {
+            addItems(*view->model(), {}, texts);
+            for (int i = 0; i < view->model()->columnCount(); ++i)
+                texts << view->model()->headerData(i, Qt::Horizontal).toString();
+        }
+    }
+    for (const QAction* one : top.findChildren<QAction*>())
+        texts << one->text() << one->iconText() << one->toolTip() << one->statusTip();
+    return texts;
+}
+
+/// Words that only English has, between blanks: they give away a text that is in no catalogue.
+bool isEnglish(const QString& line) {
+    static const QRegularExpression words(QStringLiteral(
+        "\\b(the|of|and|or|with|without|for|to|from|is|are|by|what|which|this|that|all|where|not)\\b"));
+    return line.contains(QLatin1Char(' ')) && words.match(line).hasMatch();
+}
+
+} // namespace
+
+TEST(LanguageTest, NoWindowSaysAnythingInEnglishInGerman) {
+    test::AllWindows windows(QStringLiteral("de"));
+    windows.scan();
+    windows.openSheets();
+    for (int tab = 0; tab < windows.settingsWindow().tabCount(); ++tab) {
+        windows.settingsWindow().showTab(tab);
+        QCoreApplication::processEvents();
+    }
+    // What is looked up in the background is said as well.
+    for (auto* checks : windows.window().findChildren<QWidget*>(QStringLiteral("diagnostics")))
+        ASSERT_TRUE(test::waitUntil([&] { return checks->findChildren<QLabel*>().size() > 5; }));
+    const Catalogue catalogue;
+    QSet<QString> left;
+    for (QWidget* top : windows.tops())
+        for (const QString& text : textsOf(*top))
+            for (const QString& line : text.split(QLatin1Char('\n')))
+                if (catalogue.holds(line) || isEnglish(line)) left.insert(line);
+    QStringList all(left.begin(), left.end());
+    all.sort();
+    EXPECT_EQ(all.size(), 0) << all.join(QLatin1Char('\n')).toStdString();
+    QStringList missing = untranslatedTexts();
+    missing.sort();
+    EXPECT_EQ(missing.size(), 0) << missing.join(QLatin1Char('\n')).toStdString();
+}
+
+TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
+    const test::Spoken german(QStringLiteral("de"));
+    EXPECT_EQ(translated("Scan & Match"), QStringLiteral("Scannen & Zuordnen"));
+    EXPECT_EQ(translatedSentence("3.000 s after"), QStringLiteral("3.000 s danach"));
+    EXPECT_EQ(translatedSentence("A001.mov"), QStringLiteral("A001.mov"));
+}
+
+TEST(LanguageTest, NamesTheModifiersOfThisSystem) {
+    const test::Spoken english(QStringLiteral("en"));
+    EXPECT_EQ(translatedSentence("⌘⌥ Click on it"), QStringLiteral("Ctrl+Alt+Click on it"));
+    EXPECT_EQ(translatedSentence("by ⌘⌥-clicking it.\n\nUse Cmd+Z to undo."),
+              QStringLiteral("by Ctrl+Alt+clicking it.\n\nUse Ctrl+Z to undo."));
+}
+
+} // namespace orvane::views

@@ -13,13 +13,16 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <condition_variable>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <mutex>
 #include <random>
 #include <sstream>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -82,6 +85,29 @@ double bytesInMemory() {
     }
     return kilobytes * 1024;
 }
+
+/// The most memory at any second of its life. Beside the player, as counting pages takes longer than a
+/// picture is shown.
+class MemoryWatch {
+  public:
+    double most() {
+        thread_.request_stop();
+        thread_.join();
+        return most_;
+    }
+
+  private:
+    void watch(const std::stop_token& stop) {
+        std::mutex mutex;
+        std::unique_lock lock(mutex);
+        std::condition_variable_any stopped;
+        do most_ = std::max(most_, bytesInMemory());
+        while (!stopped.wait_for(lock, stop, std::chrono::seconds(1), [&] { return stop.stop_requested(); }));
+    }
+
+    double most_ = 0;
+    std::jthread thread_{[this](const std::stop_token& stop) { watch(stop); }};
+};
 
 double median(std::vector<double> values) {
     std::ranges::sort(values);
@@ -213,12 +239,9 @@ void printPlaying(Bench& bench, const std::string& path) {
     bench.seek(*player, {});
     before = coreSeconds();
     player->setRate(1);
-    double most = 0;
-    for (int i = 0; i < static_cast<int>(clipSeconds) - 1; ++i) {
-        bench.wait(1);
-        most = std::max(most, bytesInMemory());
-    }
-    bench.wait(1.5);
+    MemoryWatch memory;
+    bench.wait(clipSeconds + 0.5);
+    const double most = memory.most();
     const double own = coreSeconds() - before;
     printRow("play H.264 with 8 channels for 60 s: dropped",
              text("%.0f", static_cast<double>(player->droppedPictures())), "", "", "0",
@@ -241,11 +264,9 @@ void printShown(Bench& bench, const std::string& work, const std::string& path, 
     for (const auto& player : players) player->setRate(rate, {rate > 0 ? 0 : 40, 1}, start);
     constexpr double seconds = 20;
     const double before = coreSeconds();
-    double most = 0;
-    for (int i = 0; i < static_cast<int>(seconds); ++i) {
-        bench.wait(1);
-        most = std::max(most, bytesInMemory());
-    }
+    MemoryWatch memory;
+    bench.wait(seconds);
+    const double most = memory.most();
     const double used = (coreSeconds() - before) / seconds;
     std::int64_t dropped = 0;
     for (const auto& player : players) dropped += player->droppedPictures();

@@ -223,7 +223,7 @@ void printSoundRows(const Medians& results, const std::string& self, const std::
     // A low rate, as memory goes by the length and not by the bytes.
     makeRecording(longer, 90, 8000);
     printAnalysis(program, halfHour);
-    printWaveformRows(results, halfHour, folder);
+    printOnsetRow(results);
     printPlayedSoundRows(halfHour);
     printRenderedAudioRows(self, program, halfHour, folder);
     for (const char* command : {"analyze", "loudness"}) {

@@ -101,7 +101,7 @@ void registerWaveformBenchmarks() {
     });
 }
 
-void printWaveformRows(const Medians& results, const std::string& halfHour, const std::string& folder) {
+void printWaveformRows(const std::string& halfHour, const std::string& folder) {
     constexpr double ms = 1000;
     constexpr int runs = 5;
     const std::vector<std::string> reading{"cat", halfHour};
@@ -130,6 +130,9 @@ void printWaveformRows(const Medians& results, const std::string& halfHour, cons
              text("< %.0f ms", mostFromTheCache), kept[0].wall * ms < mostFromTheCache);
     printRow("the same, drawn", text("%.2f ms a channel", kept[1].wall * ms), "", "",
              text("< %.0f ms", mostFromTheCache), kept[1].wall * ms < mostFromTheCache);
+}
+
+void printOnsetRow(const Medians& results) {
     constexpr double mostOverTheFloor = 50;
     printRatio("onsets of 16,000 bins", results.milliseconds.at("onsets"),
                results.milliseconds.at("onsetFloor"), "a loop over them", mostOverTheFloor);

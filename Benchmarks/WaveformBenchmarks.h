@@ -8,6 +8,7 @@ namespace orvane::bench {
 
 void registerWaveformBenchmarks();
 /// `halfHour`: a recording of eight channels. `folder`: for what is made meanwhile.
-void printWaveformRows(const Medians& results, const std::string& halfHour, const std::string& folder);
+void printWaveformRows(const std::string& halfHour, const std::string& folder);
+void printOnsetRow(const Medians& results);
 
 } // namespace orvane::bench

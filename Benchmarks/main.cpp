@@ -35,10 +35,10 @@ using namespace orvane::bench;
 constexpr int clips = 10000;
 constexpr int channels = 8;
 constexpr const char *exportOption = "--export-once", *exportAllOption = "--export-all-once";
-constexpr const char* picturesOption = "--pictures"; ///< with a folder: the rows of the player alone
-constexpr const char* viewsOption = "--views";       ///< likewise: those of the window
-constexpr const char* renderedOption =
-    "--rendered"; ///< with the program and a folder: those of rendered sound
+/// With a folder: the rows of the player alone, or one part of them.
+constexpr const char* picturesOption = "--pictures";
+constexpr const char* viewsOption = "--views";       ///< with a folder: those of the window
+constexpr const char* renderedOption = "--rendered"; ///< with the program and a folder: of rendered sound
 
 std::vector<std::string> withFiles(std::vector<std::string> words, const MediaCorpus& corpus) {
     for (const auto* urls : {&corpus.videos, &corpus.audios})
@@ -165,9 +165,9 @@ int main(int argc, char** argv) {
         printPeakOf({argv + 2, argv + argc});
         return 0;
     }
-    if (argc == 3 && std::string(argv[1]) == picturesOption) {
+    if ((argc == 3 || argc == 4) && std::string(argv[1]) == picturesOption) {
         printHeading();
-        printPictureRows(argv[2]);
+        printPictureRows(argv[2], argc == 4 ? argv[3] : "");
         return 0;
     }
     if (argc == 3 && std::string(argv[1]) == viewsOption) {

@@ -78,9 +78,10 @@ struct VideoStream {
 };
 
 enum class PictureChoice : std::uint8_t {
-    at,   ///< as FrameReader::pictureAt
-    key,  ///< the newest one at or before the time that is decoded by itself
-    next, ///< the one behind the last one that was given
+    at,    ///< as FrameReader::pictureAt
+    key,   ///< the newest one at or before the time that is decoded by itself
+    group, ///< the newest before time + tolerance that is decoded by itself, but none before the time
+    next,  ///< the one behind the last one that was given
 };
 struct PictureWish {
     std::uint32_t handle = 0;

@@ -25,7 +25,7 @@ namespace {
 constexpr std::chrono::seconds longestRequest{20};
 /// Free helpers that are kept for the next file.
 constexpr std::ptrdiff_t mostFree = 8;
-/// They keep the memory that their largest file needed.
+/// The same of those for pictures; each player has one.
 constexpr std::ptrdiff_t mostFreeForPictures = 2;
 
 struct Pool {

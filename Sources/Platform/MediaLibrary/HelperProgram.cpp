@@ -14,6 +14,7 @@ extern "C" {
 
 #include <algorithm>
 #include <cmath>
+#include <malloc.h>
 #include <map>
 #include <string_view>
 #include <sys/mman.h>
@@ -94,7 +95,7 @@ class Helper {
         case helper::Request::picture:
             return reply(picture(reader.next<helper::PictureWish>()));
         case helper::Request::closePictures:
-            return reply(videos_.erase(reader.next<std::uint32_t>()) > 0);
+            return closePictures(reader.next<std::uint32_t>());
         }
         throw helper::MessageError();
     }
@@ -178,6 +179,17 @@ class Helper {
         return reply(opened);
     }
 
+    /// A helper that waits for the next file keeps no memory of the last one.
+    std::string closePictures(std::uint32_t handle) {
+        const bool wasOpen = videos_.erase(handle) > 0;
+        if (videos_.empty()) {
+            ::madvise(reinterpret_cast<std::uint8_t*>(pictures_) + helper::pixelsOffset,
+                      helper::pictureMemoryBytes - helper::pixelsOffset, MADV_REMOVE);
+            ::malloc_trim(0);
+        }
+        return reply(wasOpen);
+    }
+
     helper::PictureAnswer picture(const helper::PictureWish& wish) {
         const auto found = videos_.find(wish.handle);
         if (found == videos_.end() || wish.time.scale <= 0 || wish.tolerance.scale <= 0)
@@ -192,6 +204,10 @@ class Helper {
             break;
         case helper::PictureChoice::key:
             outcome = video.findKey(time, isStopped);
+            break;
+        case helper::PictureChoice::group:
+            outcome = video.findGroup(time, time + MediaTime{wish.tolerance.value, wish.tolerance.scale},
+                                      isStopped);
             break;
         case helper::PictureChoice::next:
             outcome = video.findNext(isStopped);

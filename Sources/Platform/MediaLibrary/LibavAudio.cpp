@@ -241,10 +241,24 @@ double delaySeconds(const LibavFile& file, int index) {
     return delay < most ? std::max(delay, 0.0) : 0;
 }
 
+/// The header of a movie says when its pictures begin. Decoding the first ones to find it out would take
+/// longer than all else.
+void passOverPictures(LibavFile& file) {
+    if (!file.isMovie()) return;
+    for (unsigned i = 0; i < file->nb_streams; ++i) {
+        AVStream& stream = *file->streams[i];
+        if (stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO && stream.nb_frames > 0 &&
+            stream.start_time != AV_NOPTS_VALUE)
+            stream.discard = AVDISCARD_ALL;
+    }
+}
+
 std::optional<LibavFile> openFile(const std::string& path) {
     bool hindered = false;
     auto file = LibavFile::open(path, hindered);
-    if (file) file->findStreamInfo();
+    if (!file) return file;
+    passOverPictures(*file);
+    file->findStreamInfo();
     return file;
 }
 

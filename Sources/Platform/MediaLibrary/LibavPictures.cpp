@@ -210,6 +210,34 @@ LibavPictures::Outcome LibavPictures::findKey(MediaTime time, const IsStopped& i
     return current_.isThere ? Outcome::picture : Outcome::nothing;
 }
 
+LibavPictures::Outcome LibavPictures::findGroup(MediaTime earliest, MediaTime until,
+                                                const IsStopped& isStopped) {
+    file_->extendDeadline();
+    // A key picture is decoded before it is shown: the last one that is decoded in front may be shown behind.
+    constexpr int mostKeys = 2;
+    std::int64_t before = times_.units(until);
+    for (int attempt = 0; attempt < mostKeys && times_.hasIndex() && !facts_.isIntraOnly; ++attempt) {
+        const int key = av_index_search_timestamp(stream_, before, AVSEEK_FLAG_BACKWARD);
+        if (key < 0) break;
+        const std::int64_t packet = avformat_index_get_entry(stream_, key)->timestamp;
+        before = packet - 1;
+        if (!seekToPacket(packet)) break;
+        Step step = readKey(isStopped);
+        const MediaTime place = times_.momentOf(keyTime_, 0).time;
+        if (step == Step::picture && place >= until) continue;
+        if (step == Step::picture && place < earliest) break;
+        if (step == Step::picture) step = decodeTo(place, {}, false, isStopped);
+        if (step == Step::picture) {
+            learnDuration(isStopped);
+            return Outcome::picture;
+        }
+        isSeekNeeded_ = true;
+        if (step == Step::stopped) return Outcome::stopped;
+        break;
+    }
+    return find(earliest, {}, isStopped);
+}
+
 LibavPictures::Outcome LibavPictures::findNext(const IsStopped& isStopped) {
     file_->extendDeadline();
     if (!current_.isThere) return find({}, {}, isStopped);
@@ -257,6 +285,14 @@ bool LibavPictures::seekStart() {
     if (isSearched) return av_seek_frame(file_->get(), -1, 0, AVSEEK_FLAG_BYTE) >= 0;
     if (av_seek_frame(file_->get(), stream_->index, times_.units({}), AVSEEK_FLAG_BACKWARD) >= 0) return true;
     return load(); // neither an index nor time stamps to go by
+}
+
+bool LibavPictures::seekToPacket(std::int64_t decodingTime) {
+    isSeekNeeded_ = true;
+    isAtStart_ = false;
+    if (av_seek_frame(file_->get(), stream_->index, decodingTime, AVSEEK_FLAG_BACKWARD) < 0) return false;
+    standAfterSeek();
+    return true;
 }
 
 void LibavPictures::standAfterSeek() {

@@ -30,6 +30,9 @@ class LibavPictures {
     Outcome find(MediaTime time, MediaTime tolerance, const IsStopped& isStopped);
     /// Finds the newest picture at or before `time` that is decoded by itself, in one decoding.
     Outcome findKey(MediaTime time, const IsStopped& isStopped);
+    /// Finds the newest picture before `until` that is decoded by itself, if it is not before `earliest`;
+    /// else the one at `earliest`. What lies between costs nothing to decode then.
+    Outcome findGroup(MediaTime earliest, MediaTime until, const IsStopped& isStopped);
     /// Finds the picture behind the one that was found last.
     Outcome findNext(const IsStopped& isStopped);
     const PictureMoment& moment() const { return current_.moment; }
@@ -55,6 +58,7 @@ class LibavPictures {
 
     bool seekTo(MediaTime time, int attempt);
     bool seekStart();
+    bool seekToPacket(std::int64_t decodingTime);
     void standAfterSeek();
     bool isSeekQuicker(MediaTime time) const;
     bool covers(const Decoded& picture, MediaTime time) const;

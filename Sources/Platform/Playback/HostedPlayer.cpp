@@ -267,11 +267,13 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         isLoaded_ = true;
         isLoading_ = false;
         findDuration();
-        if (picture_) seekPicture({});
+        const std::uint64_t seeks = seekNumber_;
         if (const auto loaded = std::exchange(loaded_, nullptr)) {
             const PlayerFacts facts = facts_;
             loaded(facts);
         }
+        // Who goes somewhere else at once does not wait for the first picture.
+        if (picture_ && isLoaded_ && seekNumber_ == seeks) seekPicture({});
     }
 
     void findDuration() {

@@ -14,11 +14,15 @@ namespace orvane::platform {
 namespace {
 
 /// Bytes of all pictures that are kept.
-constexpr std::size_t mostBytes = std::size_t{144} << 20U;
+constexpr std::size_t mostBytes = std::size_t{112} << 20U;
 constexpr std::size_t fewestPictures = 2;
 constexpr std::size_t mostPictures = 120;
-/// Pictures that are decoded in advance while playing, and on both sides at rest.
+/// Pictures that are decoded in advance while playing; more of small ones, so that several players at once
+/// get over the moments in which the machine does other things.
 constexpr std::size_t picturesAhead = 12;
+constexpr std::size_t mostPicturesAhead = 36;
+constexpr std::size_t bytesAhead = std::size_t{24} << 20U;
+/// The same on both sides at rest.
 constexpr std::size_t picturesAheadAtRest = 4;
 constexpr std::size_t picturesBehindAtRest = 6;
 /// At rest, before pictures are decoded that nobody has asked for.
@@ -30,8 +34,12 @@ constexpr int mostFailures = 8;
 /// Around the moment of a seek.
 constexpr MediaTime neighbourhood{1, 1};
 constexpr MediaTime unknownLength{1, 25};
-/// In reverse a whole group should fit; pictures come in half the size where not even this many do.
+/// In reverse a whole group should fit; pictures come in half the size, or a quarter, where not even this
+/// many do.
 constexpr std::size_t fewestInReverse = 30;
+constexpr int smallestInReverse = 4;
+/// In reverse, of pictures that are each decoded by itself: the last of a stretch is waited for.
+constexpr std::size_t stretchOfSingles = 6;
 
 } // namespace
 
@@ -186,6 +194,11 @@ std::size_t PictureTrack::capacity() const {
     return std::clamp(bytes == 0 ? picturesAhead : mostBytes / bytes, fewestPictures, mostPictures);
 }
 
+std::size_t PictureTrack::ahead() const {
+    const std::size_t bytes = cache_.empty() ? 0 : cache_.begin()->second.bytes();
+    return std::clamp(bytes == 0 ? picturesAhead : bytesAhead / bytes, picturesAhead, mostPicturesAhead);
+}
+
 bool PictureTrack::isFirst(const Picture& picture) const {
     return picture.number == 0 || (first_ && picture.time <= *first_);
 }
@@ -210,9 +223,8 @@ PictureTrack::Job PictureTrack::forwardJob(std::size_t wanted) const {
     return {Kind::at, behind, {}, false};
 }
 
-PictureTrack::Job PictureTrack::reverseJob(std::size_t wanted) const {
+PictureTrack::Job PictureTrack::reverseJob(std::size_t wanted, std::size_t room) const {
     const auto shown = covering(now_);
-    const std::size_t room = rate_ < 0 ? std::max<std::size_t>(capacity() / 2, 1) : wanted;
     MediaTime end = now_ + roundingSlack + pictureLength();
     std::size_t there = 0;
     if (shown != cache_.end()) {
@@ -224,7 +236,7 @@ PictureTrack::Job PictureTrack::reverseJob(std::size_t wanted) const {
         end = first->first;
         if (isFirst(first->second)) return {};
     }
-    if (there >= std::min(wanted, room)) return {};
+    if (there >= wanted) return {};
     const MediaTime start = end - pictureLength() * static_cast<std::int64_t>(room);
     return {Kind::stretch, std::max(start, MediaTime{}), end, false};
 }
@@ -232,12 +244,17 @@ PictureTrack::Job PictureTrack::reverseJob(std::size_t wanted) const {
 PictureTrack::Job PictureTrack::nextJob() const {
     if (wish_) return {wish_->isKey ? Kind::key : Kind::at, wish_->time + roundingSlack, {}, true};
     if (failures_ >= mostFailures || std::abs(rate_) >= keyPicturesFromRate) return {};
-    if (rate_ > 0) return forwardJob(picturesAhead);
-    if (rate_ < 0) return reverseJob(picturesAhead);
+    if (rate_ > 0) return forwardJob(ahead());
+    if (rate_ < 0) {
+        // One stretch is shown while the next one is decoded.
+        const std::size_t half = std::max<std::size_t>(capacity() / 2, 1);
+        return reverseJob(capacity() - half, facts_.isIntraOnly ? std::min(half, stretchOfSingles) : half);
+    }
     if (covering(now_) == cache_.end()) return {};
     const std::size_t room = (capacity() - 1) / 2; // on either side
     if (const Job job = forwardJob(std::min(picturesAheadAtRest, room)); job.kind != Kind::none) return job;
-    return reverseJob(std::min(picturesBehindAtRest, room));
+    const std::size_t behind = std::min(picturesBehindAtRest, room);
+    return reverseJob(behind, behind);
 }
 
 void PictureTrack::serve(const std::stop_token& stop) {
@@ -288,7 +305,11 @@ VideoDecoder::Outcome PictureTrack::decode(const Job& job, std::unique_lock<std:
     if (job.kind == Kind::stretch && rate_ < 0 && !reduced_ && !facts_.isIntraOnly &&
         capacity() < fewestInReverse) {
         const PictureSize full = cache_.empty() ? facts_.size : cache_.begin()->second.size;
-        reduced_ = PictureSize{std::max(full.width / 2, 1), std::max(full.height / 2, 1)};
+        const std::size_t there = capacity();
+        int part = 2;
+        while (part < smallestInReverse && there * static_cast<std::size_t>(part * part) < fewestInReverse)
+            part *= 2;
+        reduced_ = PictureSize{std::max(full.width / part, 1), std::max(full.height / part, 1)};
     }
     const PictureSize limit = job.kind == Kind::stretch ? reduced_.value_or(limit_) : limit_;
     auto kind = job.kind;
@@ -303,6 +324,9 @@ VideoDecoder::Outcome PictureTrack::decode(const Job& job, std::unique_lock<std:
             case Kind::next:
                 result = decoder_->next(limit, stop);
                 break;
+            case Kind::stretch:
+                result = decoder_->groupBefore(job.time, job.end, limit, stop);
+                break;
             default:
                 result = decoder_->at(job.time, {}, limit, stop);
             }
@@ -314,8 +338,9 @@ VideoDecoder::Outcome PictureTrack::decode(const Job& job, std::unique_lock<std:
         if (generation != generation_ || !result.picture) return result.outcome;
         if (result.isLast) end_ = result.picture->time + result.picture->duration;
         const MediaTime time = result.picture->time, behind = time + result.picture->duration;
-        const bool isFromStart = kind != Kind::next && kind != Kind::key && job.time <= roundingSlack;
-        if (isFromStart) first_ = time;
+        // A stretch may begin with any group; where nothing comes before its end, nothing is there.
+        const bool isFirstOne = kind == Kind::at || (kind == Kind::stretch && time >= job.end);
+        if (isFirstOne && job.time <= roundingSlack) first_ = time;
         // What lies between cannot be decoded: the one before is shown for as long.
         if (const auto before = decodedTo_ ? cache_.find(*decodedTo_) : cache_.end();
             kind == Kind::next && before != cache_.end())

@@ -70,9 +70,11 @@ class PictureTrack {
     void finish(const Wish& wish, bool hasPicture, std::unique_lock<std::mutex>& lock);
     Job nextJob() const;
     Job forwardJob(std::size_t wanted) const;
-    Job reverseJob(std::size_t wanted) const;
+    /// `room`: pictures of a stretch.
+    Job reverseJob(std::size_t wanted, std::size_t room) const;
     Cache::const_iterator covering(MediaTime time) const;
     std::size_t capacity() const;
+    std::size_t ahead() const;
     bool isFirst(const Picture& picture) const;
     bool isFollowing(const Picture& first, const Picture& second) const;
     MediaTime pictureLength() const;

@@ -4,8 +4,11 @@
 #include "Platform/MediaHelper/HelperProcess.h"
 #include "Platform/Stop.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <new>
+#include <sys/mman.h>
 
 namespace orvane::platform {
 
@@ -13,8 +16,8 @@ namespace {
 
 using helper::Process;
 
-/// Blocks that wait to be used again.
-constexpr std::size_t mostFreeBlocks = 3;
+/// Of blocks that wait to be used again: three of 1080p. One is kept in any case.
+constexpr std::size_t mostFreeBytes = std::size_t{24} << 20U;
 
 /// A second, of a file that tells no rate.
 constexpr double usualRate = 25;
@@ -40,6 +43,14 @@ std::uint64_t nextWish() {
 
 } // namespace
 
+void PixelStore::Unmap::operator()(std::uint8_t* memory) const { ::munmap(memory, bytes); }
+
+PixelStore::Block PixelStore::map(std::size_t bytes) {
+    void* memory = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) throw std::bad_alloc();
+    return Block(static_cast<std::uint8_t*>(memory), Unmap{bytes});
+}
+
 std::shared_ptr<std::uint8_t[]> PixelStore::get(const std::shared_ptr<PixelStore>& self, std::size_t bytes) {
     Block block;
     {
@@ -52,11 +63,12 @@ std::shared_ptr<std::uint8_t[]> PixelStore::get(const std::shared_ptr<PixelStore
             free_.pop_back();
         }
     }
-    if (!block) block.reset(new std::uint8_t[bytes]);
+    if (!block) block = map(bytes);
     return {block.release(), [self, bytes](std::uint8_t* back) {
-                Block returned(back);
+                Block returned(back, Unmap{bytes});
                 const std::lock_guard lock(self->mutex_);
-                if (self->blockBytes_ == bytes && self->free_.size() < mostFreeBlocks)
+                if (self->blockBytes_ == bytes &&
+                    (self->free_.size() + 1) * bytes <= std::max(mostFreeBytes, bytes))
                     self->free_.push_back(std::move(returned));
             }};
 }
@@ -93,6 +105,15 @@ VideoDecoder::Result VideoDecoder::keyAt(MediaTime when, PictureSize limit, cons
     helper::PictureWish wish;
     wish.choice = helper::PictureChoice::key;
     wish.time = message(when);
+    return ask(wish, limit, stop);
+}
+
+VideoDecoder::Result VideoDecoder::groupBefore(MediaTime earliest, MediaTime until, PictureSize limit,
+                                               const std::stop_token& stop) {
+    helper::PictureWish wish;
+    wish.choice = helper::PictureChoice::group;
+    wish.time = message(earliest);
+    wish.tolerance = message(until - earliest);
     return ask(wish, limit, stop);
 }
 

@@ -20,14 +20,21 @@ struct PictureWish;
 } // namespace helper
 
 /// Memory for pictures that is used again once nobody holds a picture, as touching new memory costs more than
-/// copying. Any thread.
+/// copying. What is not used again goes back to the system at once. Any thread.
 class PixelStore {
   public:
     static std::shared_ptr<PixelStore> create() { return std::make_shared<PixelStore>(); }
     std::shared_ptr<std::uint8_t[]> get(const std::shared_ptr<PixelStore>& self, std::size_t bytes);
 
   private:
-    using Block = std::unique_ptr<std::uint8_t[]>;
+    /// Pages of its own: the allocator would keep what many players had at once.
+    struct Unmap {
+        std::size_t bytes = 0;
+        void operator()(std::uint8_t* memory) const;
+    };
+    using Block = std::unique_ptr<std::uint8_t[], Unmap>;
+    static Block map(std::size_t bytes);
+
     std::mutex mutex_;
     std::size_t blockBytes_ = 0; ///< of those that are kept
     std::vector<Block> free_;
@@ -54,6 +61,9 @@ class VideoDecoder {
     Result at(MediaTime time, MediaTime tolerance, PictureSize limit, const std::stop_token& stop);
     /// The newest picture at or before `time` that is decoded by itself.
     Result keyAt(MediaTime time, PictureSize limit, const std::stop_token& stop);
+    /// The newest picture before `until` that is decoded by itself, if it is not before `earliest`; else the
+    /// one at `earliest`.
+    Result groupBefore(MediaTime earliest, MediaTime until, PictureSize limit, const std::stop_token& stop);
     /// The picture behind the one that was given last; the first at the beginning.
     Result next(PictureSize limit, const std::stop_token& stop);
 

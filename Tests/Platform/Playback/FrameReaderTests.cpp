@@ -1,10 +1,13 @@
+#include "Platform/AudioFile.h"
 #include "Platform/Playback/FrameReader.h"
+#include "Platform/Playback/VideoDecoder.h"
 #include "Platform/Stop.h"
 #include "Support/NumberedClip.h"
 #include "Support/RandomSeed.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
 
@@ -98,10 +101,64 @@ TEST_P(FrameReaderOf, givesThePictureOfTheMoment) {
     }
 }
 
+TEST_P(FrameReaderOf, givesGroupAfterGroupBackwards) {
+    const Encoding& encoding = GetParam();
+    const std::string path = folder_.path(encoding.name);
+    if (!NumberedClip{130, encoding.rate, encoding.options}.make(path)) GTEST_SKIP() << "no such encoder";
+    const auto decoder = platform::VideoDecoder::open(path);
+    ASSERT_NE(decoder, nullptr);
+    constexpr int longest = 40;
+    int end = 110;
+    for (int groups = 0; groups < 3 && end > 0; ++groups) {
+        const int earliest = std::max(end - longest, 0);
+        auto result = decoder->groupBefore(encoding.picture * earliest, encoding.picture * end, {}, {});
+        ASSERT_TRUE(result.picture) << "before " << end;
+        const auto first = static_cast<int>(result.picture->number);
+        EXPECT_GE(first, earliest);
+        ASSERT_LT(first, end);
+        for (int number = first; number < end; ++number) {
+            if (number > first) result = decoder->next({}, {});
+            ASSERT_TRUE(result.picture) << number;
+            EXPECT_EQ(NumberedClip::numberIn(*result.picture), number) << "from " << first;
+            EXPECT_EQ(result.picture->time, encoding.picture * number);
+        }
+        end = first;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Encodings, FrameReaderOf, testing::ValuesIn(encodings), [](const auto& one) {
     const std::string name = one.param.name;
     return name.substr(0, name.find('.')) + "_" + name.substr(name.find('.') + 1);
 });
+
+TEST(SoundOfAVideo, beginsWhereTheFileSays) {
+    const TemporaryDirectory folder;
+    struct Case {
+        const char* name;
+        const char* inputs;
+        const char* options;
+        double begin; ///< seconds in front of the tone
+    };
+    for (const Case& test : {Case{"with.mov", "", "-c:a pcm_s24le", 0},
+                             Case{"late.mov", "-itsoffset 1.2", "-c:a pcm_s24le", 1.2},
+                             Case{"late.mp4", "-itsoffset 1.2", "-c:a aac", 1.2},
+                             Case{"parts.mov", "", "-c:a pcm_s16le -movflags frag_keyframe+empty_moov", 0}}) {
+        const std::string path = folder.path(test.name);
+        const std::string x264 = "-c:v libx264 -preset ultrafast -g 25 -bf 2 ";
+        if (!NumberedClip{.encoding = x264 + test.options,
+                          .otherInputs = std::string(test.inputs) + " -f lavfi -i sine=d=3:r=48000"}
+                 .make(path))
+            GTEST_SKIP() << "no such encoder";
+        const auto sound = platform::AudioFile::openAllTracks(path);
+        ASSERT_NE(sound, nullptr) << test.name;
+        EXPECT_NEAR(static_cast<double>(sound->frameCount()) / 48000, 3 + test.begin, 0.1) << test.name;
+        std::vector<float> samples(static_cast<std::size_t>(2 * 48000));
+        float* const channel = samples.data();
+        ASSERT_EQ(sound->read({&channel, 1}, samples.size()), samples.size()) << test.name;
+        const auto heard = std::ranges::find_if(samples, [](float sample) { return sample > 0.05F; });
+        EXPECT_NEAR(static_cast<double>(heard - samples.begin()) / 48000, test.begin, 0.004) << test.name;
+    }
+}
 
 TEST(FrameReader, knowsEditListsAndVariableRates) {
     const TemporaryDirectory folder;

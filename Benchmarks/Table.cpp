@@ -36,7 +36,7 @@ void printRow(const std::string& work, const std::string& ours, const std::strin
 
 void printRatio(const std::string& work, double ours, double other, const char* otherName, double most) {
     printRow(work, text("%.2f ms", ours), text("%.2f ms ", other) + otherName, text("%.2f x", ours / other),
-             text("<= %.0f x", most), ours / other <= most);
+             text("<= %.3g x", most), ours / other <= most);
 }
 
 void printGain(const std::string& work, double ours, double other, const std::string& otherName,

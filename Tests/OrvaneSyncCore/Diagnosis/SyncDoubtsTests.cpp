@@ -303,6 +303,41 @@ TEST(SyncDoubts, TakesThatRepeatEachHourHideAWrongClock) {
     }
 }
 
+TEST(SyncDoubts, OffsetsByHandTellOfTheOtherClips) {
+    struct Case {
+        const char* name;
+        std::vector<double> byHand; ///< of the first clips, seconds
+        int locked, doubted;        ///< -1: none
+    };
+    const std::vector<Case> cases{
+        {"a clock that is 2.4 s late", {-2.4, -2.38, -2.42}, -1, 3},
+        {"two are no sign", {-2.5, -2.5}, -1, 0},
+        {"each by another offset", {-2.5, 1, -0.8, 0.4}, -1, 0},
+        {"nudges to the frame", {-0.04, -0.04, -0.04}, -1, 0},
+        {"one is right where it is", {-2.5, -2.5, -2.5}, 5, 0},
+    };
+    for (const Case& one : cases) {
+        Shot shot;
+        for (int i = 0; i < 6; ++i) {
+            shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", 36000 + 300 * i, 8));
+            shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", 35999.5 + 300 * i, 14));
+        }
+        shot.diagnose();
+        EXPECT_EQ(shot.count(Kind::constantOffset), 0);
+        for (int i = 0; i < 6; ++i)
+            shot.groups.update(shot.groups[static_cast<std::size_t>(i)].id, [&](SyncGroup& group) {
+                if (i < std::ssize(one.byHand))
+                    group.manualAudioOffsetSeconds = one.byHand[static_cast<std::size_t>(i)];
+                group.isLocked = i == one.locked;
+            });
+        shot.doubts = SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames()});
+        EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;
+        const auto card = shot.card(Kind::constantOffset);
+        EXPECT_TRUE(!card || card->doubt.cure.find("--sound-offset -00:00:02:10") != std::string::npos)
+            << card->doubt.cure;
+    }
+}
+
 TEST(SyncDoubts, ClaimsNoClockByChance) {
     int claimed = 0;
     for (const unsigned seed : test::seeds(200)) {

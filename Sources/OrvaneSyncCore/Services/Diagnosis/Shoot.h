@@ -94,6 +94,8 @@ std::string rateText(TimecodeFrameRate rate);
 void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addDayDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts);
+/// What people moved by hand tells of the clips that they have not come to.
+void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts);
 void addTimecodeDoubts(const Shoot& shoot, SyncDoubts& doubts);
 
 } // namespace orvane

@@ -15,6 +15,7 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     addClockDoubts(shoot, doubts);
     addDayDoubts(shoot, doubts);
     addTimecodeDoubts(shoot, doubts);
+    addOffsetsByHand(shoot, doubts);
     return doubts;
 }
 

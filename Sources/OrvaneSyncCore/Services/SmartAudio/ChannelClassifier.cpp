@@ -192,6 +192,10 @@ ChannelClassifier::classify(int channelCount, const std::vector<IXMLTrack>& ixml
     return classifications;
 }
 
+bool ChannelClassifier::isGuessed(const ChannelClassification& classification) {
+    return classification.source.starts_with(guessed);
+}
+
 bool ChannelClassifier::areGuessedBoomsAlone(const std::vector<ChannelClassification>& classifications) {
     const auto reason = [](const ChannelClassification& one) {
         const std::string_view source = one.source;

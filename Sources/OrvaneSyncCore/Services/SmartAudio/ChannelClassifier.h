@@ -31,6 +31,9 @@ namespace ChannelClassifier {
 std::vector<ChannelClassification> classify(int channelCount, const std::vector<IXMLTrack>& ixmlTracks,
                                             const std::vector<ChannelStats>& perChannelStats);
 
+/// Whether the role comes from the signal, since the recorder gave the track no name.
+bool isGuessed(const ChannelClassification& classification);
+
 /// Whether the roles of these tracks were guessed from the signal, and each track that was listened to came
 /// out as a boom: what is said of all tells none from another.
 bool areGuessedBoomsAlone(const std::vector<ChannelClassification>& classifications);

@@ -49,9 +49,10 @@ Routing computeBlocks(std::span<const PerWindowFrame> frames, double windowSecon
     const TakeStatistics channelStats = computeChannelStats(frames);
 
     std::optional<int> takeDefault;
-    if (isRoutedBySpeaker(settings.routing, channelStats, classifications))
-        routing.blocks = buildBlocksBySpeaker(personalTracks(channelStats, classifications), frames,
-                                              windowSeconds, minBlockSeconds);
+    const auto roles = withoutRefutedGuesses(classifications, channelStats, frames);
+    if (isRoutedBySpeaker(settings.routing, channelStats, roles))
+        routing.blocks =
+            buildBlocksBySpeaker(personalTracks(channelStats, roles), frames, windowSeconds, minBlockSeconds);
     const bool isBySpeaker = !routing.blocks.empty();
     if (!isBySpeaker) {
         takeDefault = pickTakeDefault(candidateTracks, channelStats, classifications);

@@ -46,6 +46,12 @@ constexpr double unheardCost = 50;
 // Somebody speaks who leads this clearly in this many windows.
 constexpr std::size_t fewestWindowsOfSpeaker = 2;
 
+// A guessed boom or mix that is this far ahead of all lavs in that many windows with speech is a lav. A boom
+// is ahead for a moment where somebody without a lav laughs.
+constexpr double clearlyAheadDB = 2;
+constexpr double leastShareAhead = 0.1;
+constexpr std::size_t fewestWindowsAhead = 8;
+
 std::string reasonOf(const SpeakerLevels& levels, std::size_t person, std::size_t first, std::size_t end) {
     double sum = 0, weight = 0;
     for (std::size_t window = first; window < end; ++window) {
@@ -110,7 +116,42 @@ std::vector<Segment> segmentsOf(const SpeakerLevels& levels, std::size_t shortes
     return segments;
 }
 
+/// Whether the track is ahead of all others for so long that it is somebody's.
+bool isAhead(const SpeakerLevels& levels, std::size_t person) {
+    std::size_t spoken = 0, ahead = 0;
+    for (std::size_t window = 0; window < levels.windows(); ++window) {
+        if (levels.presence(window) <= 0.5) continue;
+        ++spoken;
+        if (levels.leadDB(window, person) > clearlyAheadDB) ++ahead;
+    }
+    return ahead >= fewestWindowsAhead &&
+           static_cast<double>(ahead) >= leastShareAhead * static_cast<double>(spoken);
+}
+
 } // namespace
+
+std::vector<ChannelClassification> withoutRefutedGuesses(std::vector<ChannelClassification> classifications,
+                                                         const TakeStatistics& channelStats,
+                                                         std::span<const PerWindowFrame> frames) {
+    const SharedTracks shared(classifications);
+    const auto isDoubtful = [&](const ChannelClassification& one) {
+        return shared.contain(one) && ChannelClassifier::isGuessed(one);
+    };
+    std::vector<int> tracks;
+    std::vector<ChannelClassification*> roles;
+    for (ChannelClassification& one : classifications)
+        if (channelStats.contains(one.trackIndex) && (!shared.contain(one) || isDoubtful(one))) {
+            tracks.push_back(one.trackIndex);
+            roles.push_back(&one);
+        }
+    if (tracks.size() < fewestPeople || tracks.size() > mostPeople ||
+        std::ranges::none_of(roles, [&](const auto* one) { return isDoubtful(*one); }))
+        return classifications;
+    const SpeakerLevels levels(tracks, frames);
+    for (std::size_t person = 0; person < roles.size(); ++person)
+        if (isDoubtful(*roles[person]) && isAhead(levels, person)) roles[person]->kind = ChannelKind::lav;
+    return classifications;
+}
 
 std::vector<int> personalTracks(const TakeStatistics& channelStats,
                                 const std::vector<ChannelClassification>& classifications) {

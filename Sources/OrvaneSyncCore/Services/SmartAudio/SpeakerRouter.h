@@ -14,6 +14,12 @@ namespace orvane::SmartAudioBlockRouter {
 // what is heard is the lav of whoever speaks. Each lav is measured against what the others hear of the same
 // voice, so that neither a loud recording level nor bleed decides.
 
+/// The classifications, with the booms and mixes that were guessed but are one person's microphone as lavs:
+/// what hears several people is never ahead of the lav of whoever speaks.
+std::vector<ChannelClassification> withoutRefutedGuesses(std::vector<ChannelClassification> classifications,
+                                                         const TakeStatistics& channelStats,
+                                                         std::span<const PerWindowFrame> frames);
+
 /// The tracks of the take that can be one person's microphone, in the order of the classifications: lavs and
 /// tracks of unknown role, and booms where that was guessed of all; without mixes of several.
 std::vector<int> personalTracks(const TakeStatistics& channelStats,

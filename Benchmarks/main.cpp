@@ -1,6 +1,7 @@
 #include "CoreBenchmarks.h"
 #include "EditingBenchmarks.h"
 #include "HelperBenchmarks.h"
+#include "InterfaceBenchmarks.h"
 #include "LockitBenchmarks.h"
 #include "PictureBenchmarks.h"
 #include "Process.h"
@@ -31,8 +32,9 @@ using namespace orvane::bench;
 constexpr int clips = 10000;
 constexpr int channels = 8;
 constexpr const char *exportOption = "--export-once", *exportAllOption = "--export-all-once";
-constexpr const char* picturesOption = "--pictures"; ///< with a folder: the rows of the player alone
-constexpr const char* viewsOption = "--views";       ///< likewise: those of the window
+constexpr const char* picturesOption = "--pictures";   ///< with a folder: the rows of the player alone
+constexpr const char* viewsOption = "--views";         ///< likewise: those of the window
+constexpr const char* interfaceOption = "--interface"; ///< likewise: those of the interface thread
 
 std::vector<std::string> withFiles(std::vector<std::string> words, const MediaCorpus& corpus) {
     for (const auto* urls : {&corpus.videos, &corpus.audios})
@@ -134,6 +136,7 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printSessionRows(results);
     printEditingRows(results);
     printStopRows(results);
+    printInterfaceRows(folder);
     printPictureRows(folder);
     printViewRows(folder);
     printLockitRows(results);
@@ -166,6 +169,11 @@ int main(int argc, char** argv) {
     if (argc == 3 && std::string(argv[1]) == viewsOption) {
         printHeading();
         printViewRows(argv[2]);
+        return 0;
+    }
+    if (argc == 3 && std::string(argv[1]) == interfaceOption) {
+        printHeading();
+        printInterfaceRows(argv[2]);
         return 0;
     }
     if (argc < 3) {

@@ -1,6 +1,7 @@
 #include "CoreBenchmarks.h"
 #include "EditingBenchmarks.h"
 #include "HelperBenchmarks.h"
+#include "InterfaceBenchmarks.h"
 #include "LockitBenchmarks.h"
 #include "PictureBenchmarks.h"
 #include "Process.h"
@@ -37,8 +38,9 @@ constexpr int channels = 8;
 constexpr const char *exportOption = "--export-once", *exportAllOption = "--export-all-once";
 /// With a folder: the rows of the player alone, or one part of them.
 constexpr const char* picturesOption = "--pictures";
-constexpr const char* viewsOption = "--views";       ///< with a folder: those of the window
-constexpr const char* renderedOption = "--rendered"; ///< with the program and a folder: of rendered sound
+constexpr const char* viewsOption = "--views";         ///< with a folder: those of the window
+constexpr const char* renderedOption = "--rendered";   ///< with the program and a folder: of rendered sound
+constexpr const char* interfaceOption = "--interface"; ///< likewise: those of the interface thread
 
 std::vector<std::string> withFiles(std::vector<std::string> words, const MediaCorpus& corpus) {
     for (const auto* urls : {&corpus.videos, &corpus.audios})
@@ -141,6 +143,7 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printSessionRows(results);
     printEditingRows(results);
     printStopRows(results);
+    printInterfaceRows(folder);
     printPictureRows(folder);
     printViewRows(self, folder);
     printLockitRows(results);
@@ -180,6 +183,11 @@ int main(int argc, char** argv) {
         makeRecording(halfHour, 30, 48000);
         printHeading();
         printRenderedAudioRows(argv[0], argv[2], halfHour, argv[3]);
+        return 0;
+    }
+    if (argc == 3 && std::string(argv[1]) == interfaceOption) {
+        printHeading();
+        printInterfaceRows(argv[2]);
         return 0;
     }
     if (argc < 3) {

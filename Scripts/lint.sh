@@ -2,7 +2,8 @@
 # Checks the formatting of every source file, the includes among the modules and the keys of the settings.
 #   --tidy                also runs the linter over the whole tree (some 20 minutes)
 #   --tidy-changed [REF]  over the files that differ from REF: from where the branch left origin/main, or without
-#                         one, from the commit before
+#                         one, from the commit before. With ORVANE_TIDY_MOST in the environment, over so many of them,
+#                         those with the most changed lines first.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 case "${1:-}" in
@@ -30,10 +31,16 @@ else
     if [ -z "$base" ] || [ "$(git rev-parse "$base")" = "$(git rev-parse HEAD)" ]; then
         base=$(git rev-parse --verify --quiet HEAD^ || git hash-object -t tree /dev/null)
     fi
-    mapfile -t tidied < <(git diff --name-only --diff-filter=d "$base" -- '*.cpp')
+    mapfile -t tidied < <(git diff --numstat --no-renames --diff-filter=d "$base" -- '*.cpp' | sort -rn | cut -f3)
 fi
 mapfile -t tidied < <(printf '%s\n' "${tidied[@]}" | grep -E '^(Sources|Tests|Tools)/' || true)
+most=${ORVANE_TIDY_MOST:-${#tidied[@]}}
+if [ "${#tidied[@]}" -gt "$most" ]; then
+    echo "clang-tidy over $most of ${#tidied[@]} changed files, the most changed ones" >&2
+    tidied=("${tidied[@]:0:most}")
+fi
 [ ${#tidied[@]} -gt 0 ] || exit 0
-cmake --preset debug >/dev/null
+# A folder of its own: where several sources are compiled as one, none of them has a command.
+cmake --preset debug -B build/tidy -DCMAKE_UNITY_BUILD=OFF >/dev/null
 printf '%s\n' "${tidied[@]}" |
-    xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p build/debug --extra-arg=-Wno-unknown-warning-option
+    xargs -P "$(nproc)" -n 2 clang-tidy --quiet -p build/tidy --extra-arg=-Wno-unknown-warning-option

@@ -26,7 +26,7 @@ class CalibrationRun {
 
     CalibrationController& calibration() { return controller_->calibration(); }
     const CalibrationState& state() const { return controller_->calibration().state(); }
-    /// Throws CommandError with the problem that it told.
+    /// Throws CommandError with the problem that it reported.
     void wait(const platform::Task& operation, std::string_view phase) {
         progress_.show({std::string(phase), 0, 0});
         runUntilDone(*loop_, operation);

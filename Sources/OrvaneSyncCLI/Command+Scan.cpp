@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
+#include "OrvaneSyncApp/Controllers/WorkInputs.h"
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ScanRun.h"
@@ -20,7 +21,7 @@ void scan(Context& context, const Arguments& arguments) {
     const ImportController& controller = run.controller();
     if (review) {
         RunInputs inputs = inputsOf(arguments);
-        inputs.add(controller.project().inputs());
+        inputs.add(inputsOf(controller)());
         writeReviewFile(*review, reviewLines(controller), std::move(inputs), permission);
     }
     const std::vector<std::string> unheard = smartAudioWarnings(controller);

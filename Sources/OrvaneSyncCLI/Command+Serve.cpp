@@ -180,7 +180,7 @@ const Command& serveCommand() {
          {"--virtual-clock", "", "players stand still until the method advanceClock moves their time"}},
         serve,
         "\nA request: {\"jsonrpc\": \"2.0\", \"id\": 1, \"method\": \"state\"}\n"
-        "The methods, and a program that uses them: docs/automation.md\n"};
+        "What the methods answer, and a program that uses them: docs/automation.md\n"};
     return command;
 }
 

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCLI/Command.h"
 
+#include "OrvaneSyncCLI/ServeMethods.h"
 #include "OrvaneSyncCLI/TypedSettings.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
 #include "Platform/BrowserSession.h"
@@ -77,6 +78,8 @@ void printCommandHelp(const Context& context, const Command& command) {
                 << command.details << "\noptions:\n";
     printOptions(context.out, withCommonOptions(command.options));
     if (!command.settings.empty()) context.out << "\n" << command.settings;
+    if (const std::string methods = serveMethodsText(command.name); !methods.empty())
+        context.out << "\nmethods of 'orvanesync serve':\n" << methods;
     context.out << "\nexample:\n  " << exampleText(command, context) << "\n";
 }
 

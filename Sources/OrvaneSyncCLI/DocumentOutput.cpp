@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
+#include "OrvaneSyncApp/Controllers/WorkInputs.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Models/Settings.h"
@@ -92,7 +93,7 @@ void DocumentOutput::write(const ImportController& controller, const std::functi
         context_.out.write(text.data(), static_cast<std::streamsize>(text.size()));
     } else {
         RunInputs inputs = inputs_;
-        inputs.add(controller.project().inputs());
+        inputs.add(inputsOf(controller)());
         OutputGuard(OutputKind::document, std::move(inputs), permission_).write(output_, result.fcpxmlString);
     }
     written();

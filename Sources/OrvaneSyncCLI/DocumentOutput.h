@@ -24,7 +24,7 @@ class DocumentOutput {
     DocumentOutput(Context& context, const Arguments& arguments, RunInputs inputs = {});
 
     ExportController::Options document;
-    /// What people have been told before; JSON repeats it.
+    /// Warnings that were printed before; JSON repeats them.
     std::vector<std::string> warnedAlready;
     /// The one that was asked of Smart Audio; absent where the command knows of none.
     std::optional<SmartAudioMode> smartAudioMode;
@@ -32,8 +32,8 @@ class DocumentOutput {
     /// Work that was kept is not matched by the options of the command.
     Matching matching = Matching::canChange;
 
-    /// Exports the open work and tells what was written. `written` is called before anything is told. Throws
-    /// as the export does, OutputRefused and FileError.
+    /// Exports the open work and prints what was written. `written` is called before anything is printed.
+    /// Throws as the export does, OutputRefused and FileError.
     void write(
         const ImportController& controller, const std::function<void()>& written = [] {}) const;
 

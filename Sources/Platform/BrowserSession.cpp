@@ -120,8 +120,6 @@ std::shared_ptr<BrowserSession> BrowserSession::create(Setup setup) {
 
 bool BrowserSession::openInDesktop(const std::string& url) { return openWithDesktop(url); }
 
-bool BrowserSession::hasDesktop() { return isDesktopThere(); }
-
 bool BrowserSession::deliver(const std::string& callbackURL) { return CallbackSocket::send(callbackURL); }
 
 } // namespace orvane::platform

@@ -55,7 +55,6 @@ class BrowserSession {
     /// Shows a page in the browser that the desktop has for it (`xdg-open`); false where there is no desktop
     /// or none of its browsers. May take two seconds.
     static bool openInDesktop(const std::string& url);
-    static bool hasDesktop();
 
     /// The word of the command line behind which the desktop puts the address that it hands over.
     static constexpr std::string_view callbackCommand = "oauth-callback";

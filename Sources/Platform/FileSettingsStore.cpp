@@ -51,7 +51,7 @@ std::optional<std::string> FileSettingsStore::problem() const {
 }
 
 SettingsFile FileSettingsStore::load() const {
-    // Only a file that is not there counts as one: what cannot be looked at is a problem to be told.
+    // Only a file that is not there counts as one: what cannot be looked at is a problem to report.
     if (!files::attributes(path_) && errno == ENOENT) return {};
     return parseSettings(files::readText(path_, largestSettingsFile));
 }

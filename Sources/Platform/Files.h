@@ -100,7 +100,7 @@ enum class LinkedFolders { pass, enter };
 /// broken one; devices, pipes and sockets are passed over. Each folder is entered once, by whatever links it
 /// is reached, so that a loop of links ends; links that are entered come behind everything that is no link.
 /// `descend` is asked about each folder that can be entered. A folder below that cannot be read is passed
-/// over, and `unreadable` told of it. Returns false when the top folder itself cannot be opened.
+/// over and given to `unreadable`. Returns false when the top folder itself cannot be opened.
 bool walk(const std::string& folder,
           const std::function<void(const std::string& path, WalkEntry kind)>& visit,
           const std::function<bool(const std::string& path)>& descend, Hidden hidden = Hidden::skip,

@@ -21,14 +21,14 @@ namespace orvane::platform {
 
 namespace {
 
-using Farewell = std::function<void(const EndProcess&)>;
+using TerminationCallback = std::function<void(const EndProcess&)>;
 
-std::mutex farewellMutex;
-Farewell storedFarewell;
+std::mutex terminationMutex;
+TerminationCallback storedTerminationCallback;
 
-Farewell takeFarewell() {
-    const std::scoped_lock lock(farewellMutex);
-    return std::exchange(storedFarewell, nullptr);
+TerminationCallback takeTerminationCallback() {
+    const std::scoped_lock lock(terminationMutex);
+    return std::exchange(storedTerminationCallback, nullptr);
 }
 
 [[noreturn]] void endBySignal(int signal, const std::string& lastWords) {
@@ -41,9 +41,9 @@ Farewell takeFarewell() {
 
 } // namespace
 
-void beforeTermination(Farewell farewell) {
-    const std::scoped_lock lock(farewellMutex);
-    storedFarewell = std::move(farewell);
+void beforeTermination(TerminationCallback callback) {
+    const std::scoped_lock lock(terminationMutex);
+    storedTerminationCallback = std::move(callback);
 }
 
 namespace {
@@ -94,9 +94,9 @@ void exitOnInterrupt(std::string lastWords) {
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::thread([signals, lastWords = std::move(lastWords)] {
         for (int signal = 0; ::sigwait(&signals, &signal) == 0;) {
-            const Farewell farewell = signal == SIGINT ? nullptr : takeFarewell();
-            if (!farewell) endBySignal(signal, lastWords);
-            farewell([signal, lastWords](const std::string& more) { endBySignal(signal, lastWords + more); });
+            const TerminationCallback callback = signal == SIGINT ? nullptr : takeTerminationCallback();
+            if (!callback) endBySignal(signal, lastWords);
+            callback([signal, lastWords](const std::string& more) { endBySignal(signal, lastWords + more); });
         }
     }).detach();
 }

@@ -10,12 +10,12 @@ namespace orvane::platform {
 /// standard error. A signal that the process was started to ignore stays ignored.
 void exitOnInterrupt(std::string lastWords);
 
-/// What must still be kept when the process is told to go: called on a thread of its own at the first SIGTERM
-/// or SIGHUP; `end`, which may be called from any thread, then ends the process as the signal would have, and
-/// its text goes to standard error. A second signal, and SIGINT, end it at once. Null: nothing; a call that
-/// has begun goes on, so a farewell owns what it uses.
+/// What must still be kept when the process is asked to end: called on a thread of its own at the first
+/// SIGTERM or SIGHUP; `end`, which may be called from any thread, then ends the process as the signal would
+/// have, and its text goes to standard error. A second signal, and SIGINT, end it at once. Null: nothing; a
+/// call that has begun goes on, so the callback owns what it uses.
 using EndProcess = std::function<void(const std::string& lastWords)>;
-void beforeTermination(std::function<void(const EndProcess& end)> farewell);
+void beforeTermination(std::function<void(const EndProcess& end)> callback);
 
 /// Where no memory is left, on whatever thread, the process ends at that allocation with status 1, a line on
 /// standard error and no half-written file.

@@ -9,8 +9,8 @@
 
 namespace orvane::platform {
 
-/// Callbacks that are told of something for as long as their subscriptions live. A copy tells the same
-/// callbacks, so that an owner whose threads share it copies it under a lock and tells outside.
+/// Callbacks that are called for as long as their subscriptions live. A copy calls the same callbacks, so
+/// that an owner whose threads share it copies it under a lock and calls them outside.
 template <class... Arguments>
 class Listeners {
   public:
@@ -23,8 +23,8 @@ class Listeners {
         return added;
     }
 
-    /// In the order in which they came. A callback may subscribe, unsubscribe and destroy the owner; who came
-    /// meanwhile is not told, nor who went.
+    /// In the order in which they came. A callback may subscribe, unsubscribe and destroy the owner; one
+    /// that was added or removed meanwhile is not called.
     void tell(Arguments... what) const {
         const auto callbacks = callbacks_;
         for (const auto& one : callbacks)

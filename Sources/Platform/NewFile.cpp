@@ -59,8 +59,8 @@ struct Temporaries {
 
 } // namespace
 
-void fail(const char* deed, const std::string& path, int reason) {
-    throw FileError(std::string(deed) + " " + text::validUTF8(path) + ": " +
+void fail(const char* operation, const std::string& path, int reason) {
+    throw FileError(std::string(operation) + " " + text::validUTF8(path) + ": " +
                     std::generic_category().message(reason));
 }
 

@@ -4,9 +4,11 @@
 
 namespace orvane::platform {
 
-/// Of a time of the file system: seconds since 1 January 2001 00:00 UTC.
+/// 1 January 2001 00:00 UTC, in seconds since that of 1970.
+inline constexpr double referenceDateUnixSeconds = 978307200.0;
+
+/// Of a time of the file system: seconds since the reference date.
 inline double sinceReferenceDate(const timespec& time) {
-    constexpr double referenceDateUnixSeconds = 978307200.0;
     return static_cast<double>(time.tv_sec) - referenceDateUnixSeconds +
            static_cast<double>(time.tv_nsec) * 1e-9;
 }

@@ -8,8 +8,8 @@ namespace orvane::platform::files {
 
 // What the operations on files have in common; for Platform alone.
 
-/// Throws the FileError of a deed that the system refused.
-[[noreturn]] void fail(const char* deed, const std::string& path, int reason);
+/// Throws the FileError of an operation that the system refused; `operation` such as "can't read".
+[[noreturn]] void fail(const char* operation, const std::string& path, int reason);
 
 /// An open file of the system.
 class Descriptor {

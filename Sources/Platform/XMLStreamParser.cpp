@@ -27,7 +27,7 @@ constexpr std::size_t freeGrowth = std::size_t{1} << 20U;
 struct Reading {
     XML_Parser parser = nullptr;
     XMLStreamHandler* handler = nullptr;
-    std::size_t budget = 0; ///< bytes of names and text that may still be told
+    std::size_t budget = 0; ///< bytes of names and text that the handler may still get
     int depth = 0;          ///< elements that are open
     bool stopped = false;
     std::exception_ptr raised;

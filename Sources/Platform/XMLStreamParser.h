@@ -18,7 +18,7 @@ class XMLStreamHandler {
 
 /// Reads an untrusted XML document, without resolving external entities and with entity expansion, nesting
 /// (256 elements) and the length of one tag or comment (about 1 MB) bounded. False when the document is not
-/// well-formed to its end or goes beyond a bound; what was told until then is to be thrown away.
+/// well-formed to its end or goes beyond a bound; what the handler got until then is to be discarded.
 /// Namespaces are not looked at: a prefix is part of the name. Reads UTF-8, UTF-16 and the single-byte
 /// encodings by their declaration. An exception of the handler ends the reading and passes through.
 bool parseXMLStream(std::string_view document, XMLStreamHandler& handler);

@@ -229,6 +229,19 @@ TEST_F(VideoEngineTest, aLoopGoesRoundUntilItIsCleared) {
     run(0.8);
     EXPECT_TRUE(engine_->transport().isPlaying);
     EXPECT_NEAR(at(), 9.4, 0.05);
+    // Around a moment behind the end the last frames go round.
+    engine_->setLoopRegion(1000, 12);
+    EXPECT_EQ(engine_->loop().loopStart, (MediaTime{19, 2}));
+    mainThread_->runPosted();
+    run(0.6);
+    EXPECT_NEAR(at(), 9.6, 0.05);
+    // A file that is cut off before the region ends there once.
+    system_->players.back()->endsAt = MediaTime{3, 1};
+    engine_->setLoopRegion(5, 12);
+    mainThread_->runPosted();
+    run(0.1);
+    EXPECT_FALSE(engine_->transport().isPlaying);
+    system_->players.back()->endsAt.reset();
     engine_->setLoopRegion(5, 12);
     engine_->pause(true);
     engine_->seek(6);

@@ -87,6 +87,8 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
          "-32602 adjustAudioOffset: deltaSeconds must be a number"},
         {"adjustAudioOffset", onFirst(R"(,"deltaSeconds":-86400.5)"),
          "-32602 adjustAudioOffset: deltaSeconds must be -86400 to 86400"},
+        {"nudgeByFrames", onFirst(R"(,"frames":99999999999)"),
+         "-32602 nudgeByFrames: frames must be -10000000 to 10000000"},
         {"setMasterGain", onFirst(R"(,"gainDB":41,"auto":false)"),
          "-32602 setMasterGain: gainDB must be -60 to 40"},
         {"addBlockOverride", onFirst(R"(,"startSeconds":0,"endSeconds":1,"trackIndex":7)"),

@@ -102,6 +102,7 @@ TEST(CommandLine, everyCommandHelpsWithAnExampleThatItTakes) {
         EXPECT_NE(help.out.find(command->example), std::string::npos);
         EXPECT_NE(runWith({"--help"}).out.find("  " + std::string(command->name)), std::string::npos);
     }
+    EXPECT_NE(runWith({"sync", "--help"}).out.find("exportFCPXML {output, "), std::string::npos);
     EXPECT_TRUE(runWith({"--version"}).out.starts_with("orvanesync "));
     EXPECT_EQ(runWith({}).status, wrongUsage);
 }

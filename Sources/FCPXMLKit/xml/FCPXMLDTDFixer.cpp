@@ -1,5 +1,7 @@
 #include "FCPXMLKit/xml/FCPXMLDTDFixer.h"
 
+#include "Platform/Stop.h"
+
 #include <algorithm>
 #include <span>
 #include <vector>
@@ -116,6 +118,7 @@ bool isInOrder(const XMLElement& element, const Table& table) {
 }
 
 int fixElement(XMLElement& element) {
+    platform::throwIfStopped(element.arena().stopToken());
     int count = 0;
     for (XMLElement& child : element.children()) count += fixElement(child);
     const Table* table = tableFor(element.name());

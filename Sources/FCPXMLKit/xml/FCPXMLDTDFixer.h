@@ -8,7 +8,8 @@ namespace orvane::fcpxml {
 /// Changes no element and no attribute, adds and removes nothing.
 namespace FCPXMLDTDFixer {
 
-/// The number of elements whose children were reordered; 0 for a document without a root.
+/// The number of elements whose children were reordered; 0 for a document without a root. Throws
+/// platform::Stopped.
 int fix(XMLDocument& document);
 
 } // namespace FCPXMLDTDFixer

@@ -87,6 +87,7 @@ void appendEscaped(std::string& out, std::string_view value) {
 
 /// The printed size, but for escapes.
 std::size_t plainSize(const XMLElement& element, std::size_t depth) {
+    platform::throwIfStopped(element.arena().stopToken());
     const std::size_t indent = depth * indentWidth;
     std::size_t size = indent + element.name().size() + std::string_view("</>\n").size();
     for (const auto& attribute : element.attributes())

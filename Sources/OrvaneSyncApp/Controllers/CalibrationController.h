@@ -43,8 +43,8 @@ class CalibrationController {
     const CalibrationState& state() const { return state_; }
     /// Looks at the disk; measures the source there again where none is known.
     platform::Task refreshState();
-    /// Builds the source, of the recording that the setting names, the picture and the document. A failure is
-    /// told in `state().problem`.
+    /// Builds the source, of the recording that the setting names, the picture and the document. A failure
+    /// stands in `state().problem`.
     platform::Task buildMatrix(CalibrationMatrix matrix);
     /// Measures a folder of bounced files against the source.
     platform::Task measure(FileURL folder);

@@ -40,7 +40,7 @@ class ModelManager {
 
     /// Looks at the configuration and the disk.
     platform::Task rebuildCatalog();
-    /// A failure is told in the model's status. A second call for a model waits for the first. Throws
+    /// A failure stands in the model's status. A second call for a model waits for the first. Throws
     /// ModelNotFound, and Stopped for a download that was cancelled.
     platform::Task download(const std::string& id);
     /// The row ends as an error, "Download cancelled".

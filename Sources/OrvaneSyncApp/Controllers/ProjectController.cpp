@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/ProjectController.h"
 
 #include "OrvaneSyncApp/Controllers/ProjectTracks.h"
+#include "OrvaneSyncApp/Controllers/WorkInputs.h"
 #include "Platform/Files.h"
 
 #include <algorithm>
@@ -100,32 +101,6 @@ ProjectController::ProjectController(OpenWork& work, ScanController& scan, Repor
     scan_.whenMatched = [this] { takeOverFromScan(); };
 }
 
-RunInputs ProjectController::inputs() const {
-    work_.notices.assertOnMainThread();
-    RunInputs inputs = inputsOfScan();
-    if (currentURL_) inputs.addFile(currentURL_->path, "the project");
-    return inputs;
-}
-
-RunInputs ProjectController::inputsOfScan() const {
-    RunInputs inputs;
-    for (const FileURL& folder : work_.folders()) inputs.addFolder(folder.path);
-    if (const auto& report = reports_.aleFileURL()) inputs.addFile(report->path, "the report");
-    // Media has standard paths already, and there may be tens of thousands of files.
-    std::unordered_set<std::string_view> known;
-    const auto add = [&](const FileURL& media) {
-        if (known.insert(media.path).second) inputs.files.push_back({media.path, "the media file"});
-    };
-    if (const auto& found = scan_.discoveryResult())
-        for (const auto* urls : {&found->videoURLs, &found->audioURLs}) std::ranges::for_each(*urls, add);
-    for (const SyncGroup& group : work_.syncGroups()) {
-        add(group.video.url);
-        for (const AudioMatch& match : group.audioMatches) add(match.audio->url);
-    }
-    for (const WildTrack& track : work_.wildTracks()) add(track.audio.url);
-    return inputs;
-}
-
 platform::Task ProjectController::saveProject(FileURL url, OutputPermission permission) {
     work_.notices.assertOnMainThread();
     return work_.running.add(save(work_.weak(this), std::move(url), std::move(permission)));
@@ -138,12 +113,12 @@ platform::Task ProjectController::save(std::weak_ptr<ProjectController> weak, Fi
     const OpenWork& work = self->work_;
     auto writing = platform::onQueue(
         *work.documents, work.environment.mainThread,
-        [url, permission = std::move(permission), inputs = self->inputsOfScan(),
+        [url, permission = std::move(permission), inputs = inputsOfScan(work, self->reports_, self->scan_),
          service = self->projectService_, video = work.videoFolderURL(), audio = work.audioFolderURL(),
          report = self->reports_.aleFileURL(), groups = work.syncGroups(), scope = work.scanScope(),
          corrections = work.keptCorrections(), date = work.environment.clock->date(),
          entries = self->entries()] {
-            const OutputGuard guard(OutputKind::project, inputs, permission);
+            const OutputGuard guard(OutputKind::project, inputs(), permission);
             OrvaneSyncProject project = service.snapshot(video, audio, report, groups, date, scope);
             project.sourceCorrections = corrections;
             keepLeftOut(entries->leftOut, groups, project);

@@ -55,10 +55,6 @@ class ProjectController {
     /// Edits that wait for their clips wait no longer.
     void clear();
 
-    /// What the open work was read from: folders, media, the report and the project. No output may lie there,
-    /// but a project is saved to the place that it was opened from.
-    RunInputs inputs() const;
-
   private:
     struct Opened;
     static Opened read(const FileURL& url);
@@ -66,7 +62,6 @@ class ProjectController {
     static platform::Task openWork(std::weak_ptr<ProjectController> weak, Opened opened, FileURL url);
     static platform::Task save(std::weak_ptr<ProjectController> weak, FileURL url,
                                OutputPermission permission);
-    RunInputs inputsOfScan() const;
     void setCurrentURL(FileURL url);
     /// Of the open work, which steps back to them with the clips. Never null.
     std::shared_ptr<const ProjectEntries> entries() const;

@@ -12,10 +12,10 @@ namespace orvane {
 namespace {
 
 /// A failure of one file does not keep the others from being written.
-template <class Deed>
-void attempt(std::vector<std::string>& failures, std::string_view file, const Deed& deed) {
+template <class Operation>
+void attempt(std::vector<std::string>& failures, std::string_view file, const Operation& write) {
     try {
-        deed();
+        write();
     } catch (const std::exception& error) {
         failures.push_back(std::string(file) + ": " + error.what());
     }

@@ -179,7 +179,9 @@ void VideoEngine::timeReported(MediaTime time) {
 void VideoEngine::endReported() {
     if (blipReturnsTo_) return; // its timer goes back
     setPlaying(false);
-    if (loop_.isLooping) {
+    // A cut file may end before the region begins, and would end there again at the same instant.
+    const bool isRegionThere = jklSpeedIndex_ <= stopIndex || player_->currentTime() > loop_.loopStart;
+    if (loop_.isLooping && isRegionThere) {
         seek(loop_.loopStart);
         return play();
     }
@@ -322,9 +324,13 @@ void VideoEngine::setLoopRegion(double aroundSeconds, int frames) {
     assertOnMainThread();
     if (!transport_.isLoaded || !std::isfinite(aroundSeconds)) return;
     const MediaTime around = MediaTime::fromSeconds(aroundSeconds), delta = playhead_.frameLength() * frames;
+    const MediaTime end = std::min(around + delta, transport_.duration);
+    // Around a moment behind the clip's end, its last frames: at the end a loop goes back to its start.
+    const MediaTime start = std::max(std::min(around - delta, end - delta), MediaTime());
+    if (!(start < end)) return;
     userHasMovedPlayhead_ = true;
-    loop_.loopStart = std::max(around - delta, MediaTime());
-    loop_.loopEnd = std::min(around + delta, transport_.duration);
+    loop_.loopStart = start;
+    loop_.loopEnd = end;
     loop_.isLooping = true;
     tell(VideoEngineField::loop);
     seek(loop_.loopStart);

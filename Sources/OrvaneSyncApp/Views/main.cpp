@@ -110,6 +110,13 @@ int runProgram(int argc, char** argv) {
             window.openPaths(paths);
         });
     // Nothing is lost: what is decided is on the disk before the program ends.
+    QObject::connect(&application, &QGuiApplication::applicationStateChanged, &application,
+                     [&desktop](Qt::ApplicationState state) {
+                         if (state == Qt::ApplicationActive)
+                             desktop.sessions().becomeActive();
+                         else
+                             desktop.sessions().resignActive();
+                     });
     QApplication::setQuitOnLastWindowClosed(false);
     QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application, [&desktop] {
         desktop.sessions().flush().whenDone([](const std::exception_ptr&) { QCoreApplication::quit(); });

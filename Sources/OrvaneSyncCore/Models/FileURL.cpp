@@ -90,10 +90,6 @@ std::optional<FileURL> FileURL::fromPathText(std::string_view text) {
 
 std::string FileURL::lastPathComponent() const { return platform::text::validUTF8(lastComponent(path)); }
 
-std::string FileURL::pathExtension() const {
-    return platform::text::validUTF8(extensionOf(lastComponent(path)));
-}
-
 std::string FileURL::lowercasedExtension() const {
     return platform::text::lowercased(extensionOf(lastComponent(path)));
 }

@@ -25,8 +25,7 @@ struct FileURL {
 
     /// For people and for matching: valid UTF-8, undecodable bytes replaced by U+FFFD.
     std::string lastPathComponent() const;
-    /// Without the dot, as written; empty when there is none.
-    std::string pathExtension() const;
+    /// Without the dot; empty when there is none.
     std::string lowercasedExtension() const;
 
     auto operator<=>(const FileURL&) const = default;

@@ -21,6 +21,9 @@ struct JSONField {
     std::string_view key;
     Value Record::*member;
 };
+/// For compilers that deduce nothing of an aggregate by themselves (clang before 17).
+template <class Record, class Value>
+JSONField(const char*, Value Record::*) -> JSONField<Record, Value>;
 
 /// The JSON form of a record, as one list of its fields in their order, for reading and writing. Specialised
 /// where the record's form is defined:

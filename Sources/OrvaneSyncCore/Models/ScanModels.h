@@ -7,7 +7,7 @@
 
 namespace orvane {
 
-/// The media files below one or more folders, told by their extensions alone.
+/// The media files below one or more folders, recognised by their extensions alone.
 struct DiscoveryResult {
     std::vector<FileURL> videoURLs;
     std::vector<FileURL> audioURLs;

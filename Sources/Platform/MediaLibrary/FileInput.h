@@ -7,8 +7,8 @@
 
 namespace orvane::platform {
 
-/// A file as the media libraries read it, so that an error of the system is told from the end of the file and
-/// reported. One thread at a time.
+/// A file as the media libraries read it, so that an error of the system is distinguished from the end of the
+/// file and reported. One thread at a time.
 class FileInput {
   public:
     /// Null when the path leads to no regular file that can be read.
@@ -28,8 +28,8 @@ class FileInput {
     /// How many bytes were read from the position on: 0 at the end, -1 on an error, which is reported.
     std::int64_t read(void* into, std::size_t count);
 
-    /// Who is told of each error, on the reading thread. Set before any file is opened.
-    static void reportErrorsTo(void (*told)() noexcept) noexcept;
+    /// Called for each error, on the reading thread. Set before any file is opened.
+    static void reportErrorsTo(void (*report)() noexcept) noexcept;
 
   private:
     explicit FileInput(int descriptor) : descriptor_(descriptor) {}

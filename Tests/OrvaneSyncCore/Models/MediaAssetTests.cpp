@@ -215,10 +215,9 @@ TEST(FileURL, textsLeadBackToTheFile) {
 
     const FileURL odd{"/a.b/\xFFx.Mov/"};
     EXPECT_EQ(odd.lastPathComponent(), "\xEF\xBF\xBDx.Mov");
-    EXPECT_EQ(odd.pathExtension(), "Mov");
     EXPECT_EQ(odd.lowercasedExtension(), "mov");
-    EXPECT_EQ(FileURL{"/a.b/.hidden"}.pathExtension(), "");
-    EXPECT_EQ(FileURL{"/a.b/c"}.pathExtension(), "");
+    EXPECT_EQ(FileURL{"/a.b/.hidden"}.lowercasedExtension(), "");
+    EXPECT_EQ(FileURL{"/a.b/c"}.lowercasedExtension(), "");
 }
 
 } // namespace

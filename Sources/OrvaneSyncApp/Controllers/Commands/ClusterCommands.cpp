@@ -3,6 +3,8 @@
 #include "OrvaneSyncApp/Controllers/Commands/PlayerJSON.h"
 #include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
 
+#include <algorithm>
+
 namespace orvane::commands {
 
 namespace {
@@ -43,7 +45,7 @@ platform::Task load(CommandContext& context, const Call& call, const std::shared
     for (const std::string& text : call.texts("groupIDs")) {
         const auto id = UUID::fromText(text);
         if (!id) throw Error(Refusal::invalidArguments, "groupIDs: '" + text + "' is no identifier");
-        ids.push_back(*id);
+        if (std::ranges::find(ids, *id) == ids.end()) ids.push_back(*id);
     }
     if (ids.empty()) throw Error(Refusal::invalidArguments, "groupIDs: names no clip");
     if (context.players().players() == nullptr)

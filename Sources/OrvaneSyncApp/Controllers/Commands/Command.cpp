@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <optional>
 
 namespace orvane::commands {
 
@@ -44,11 +45,8 @@ bool isOfKind(const JSON& value, Parameter::Kind kind) {
         return value.string() != nullptr;
     case number:
         return value.number().has_value();
-    case integer: {
-        const auto whole = value.integer();
-        return whole && *whole >= std::numeric_limits<int>::min() &&
-               *whole <= std::numeric_limits<int>::max();
-    }
+    case integer:
+        return value.integer().has_value();
     case boolean:
         return value.boolean().has_value();
     case texts:
@@ -63,12 +61,27 @@ bool isOfKind(const JSON& value, Parameter::Kind kind) {
     return true;
 }
 
-std::string rangeText(const Parameter& parameter) {
-    using platform::text::formatted;
-    if (!parameter.highest) return formatted("%g or more", *parameter.lowest);
-    if (!parameter.lowest) return formatted("%g or less", *parameter.highest);
-    return formatted("%g", *parameter.lowest) + formatted(" to %g", *parameter.highest);
-}
+/// Of a whole number also what an `int` holds.
+struct Range {
+    std::optional<double> lowest, highest;
+
+    explicit Range(const Parameter& parameter) : lowest(parameter.lowest), highest(parameter.highest) {
+        if (parameter.kind != Parameter::Kind::integer) return;
+        using Int = std::numeric_limits<int>;
+        if (!lowest) lowest = Int::min();
+        if (!highest) highest = Int::max();
+    }
+    bool holds(double number) const {
+        return (!lowest || number >= *lowest) && (!highest || number <= *highest);
+    }
+    std::string text() const {
+        using platform::text::formatted;
+        constexpr const char* digits = "%.15g"; // 10000000, not 1e+07
+        if (!highest) return formatted(digits, *lowest) + " or more";
+        if (!lowest) return formatted(digits, *highest) + " or less";
+        return formatted(digits, *lowest) + " to " + formatted(digits, *highest);
+    }
+};
 
 std::string problemOfPath(const std::string& path) {
     if (path.empty()) return "is empty";
@@ -80,9 +93,8 @@ std::string problemOfPath(const std::string& path) {
 /// What is wrong with an argument; nothing when it is as the command wants it.
 std::string problemOf(const JSON& value, const Parameter& parameter) {
     if (!isOfKind(value, parameter.kind)) return "must be " + std::string(kindText(parameter.kind));
-    if (const auto number = value.number(); (parameter.lowest && *number < *parameter.lowest) ||
-                                            (parameter.highest && *number > *parameter.highest))
-        return "must be " + rangeText(parameter);
+    const Range range(parameter);
+    if (const auto number = value.number(); number && !range.holds(*number)) return "must be " + range.text();
     if (parameter.kind == Parameter::Kind::path) return problemOfPath(*value.string());
     if (parameter.kind == Parameter::Kind::paths)
         for (const JSON& path : *value.elements())

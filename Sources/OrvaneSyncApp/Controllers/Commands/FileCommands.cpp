@@ -5,6 +5,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncApp/Controllers/WorkInputs.h"
 #include "Platform/Files.h"
 
 #include <memory>
@@ -55,8 +56,8 @@ platform::Task exported(CommandContext& context, Call call, std::shared_ptr<JSON
     const std::string output = call.text("output");
     const auto guard = std::make_shared<std::optional<OutputGuard>>();
     auto checking = platform::onQueue(
-        queue, mainThread, [guard, output, inputs = controller->project().inputs(), may = permission(call)] {
-            guard->emplace(OutputKind::document, inputs, may);
+        queue, mainThread, [guard, output, inputs = inputsOf(*controller), may = permission(call)] {
+            guard->emplace(OutputKind::document, inputs(), may);
             (*guard)->check(output);
         });
     co_await checking;

@@ -1,4 +1,5 @@
 #include "OrvaneSyncApp/Controllers/Commands/PlayerJSON.h"
+#include "OrvaneSyncApp/Controllers/WorkInputs.h"
 
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 #include "Platform/Playback/PicturePNG.h"
@@ -86,8 +87,8 @@ platform::Task writePicture(CommandContext& context, std::shared_ptr<VideoEngine
     auto writing = platform::onQueue(
         *work.documents, work.environment.mainThread,
         [picture = *picture, permission, output = call.text("output"),
-         inputs = context.controller->project().inputs()] {
-            OutputGuard(OutputKind::picture, inputs, permission)
+         inputs = inputsOf(*context.controller)] {
+            OutputGuard(OutputKind::picture, inputs(), permission)
                 .write(output, platform::encodedPNG(platform::colourPicture(picture), renderingMark));
         });
     co_await writing;

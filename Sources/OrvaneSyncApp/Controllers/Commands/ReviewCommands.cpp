@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkReview.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncApp/Controllers/WorkInputs.h"
 
 #include <algorithm>
 
@@ -17,11 +18,11 @@ platform::Task writeReview(CommandContext& context, Call call, std::shared_ptr<J
     const ImportController& controller = *context.controller;
     const std::vector<ReviewLine> lines = reviewLines(controller);
     const OutputPermission permission{call.has("overwrite") && call.boolean("overwrite"), "overwrite: true"};
-    auto writing = platform::onQueue(
-        *controller.work().documents, controller.work().environment.mainThread,
-        [lines, permission, output = call.text("output"), inputs = controller.project().inputs()] {
-            writeReviewFile(output, lines, inputs, permission);
-        });
+    auto writing =
+        platform::onQueue(*controller.work().documents, controller.work().environment.mainThread,
+                          [lines, permission, output = call.text("output"), inputs = inputsOf(controller)] {
+                              writeReviewFile(output, lines, inputs(), permission);
+                          });
     co_await writing;
     JSON json;
     json.set("output", call.text("output"));

@@ -54,9 +54,12 @@ platform::Task savePreset(CommandContext& context, Call call, std::shared_ptr<JS
 }
 
 platform::Task loadPreset(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
-    // Who watches the settings is called on the thread that changes them.
+    const auto settings = context.settings;
     const auto mainThread = context.controller->work().environment.mainThread;
-    co_await platform::written(PresetManager().load(call.text("name"), *context.settings), *mainThread);
+    auto reading = onDocuments(context, [name = call.text("name")] { return PresetManager().saved(name); });
+    platform::SettingsStore::Values values = co_await reading;
+    // Who watches the settings is called on the thread that changes them.
+    co_await platform::written(settings->setAll(std::move(values)), *mainThread);
 }
 
 platform::Task renamePreset(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {

@@ -79,7 +79,7 @@ bool FullscreenWindow::isOne(const QWidget* window) {
     return dynamic_cast<const FullscreenWindow*>(window) != nullptr;
 }
 
-/// A window may be closed by a key that it is just being told of: it goes when it has answered.
+/// A window may be closed by a key that it is handling: it is destroyed when it has returned.
 class FullscreenWindow::Handle : public FullscreenManager::Window {
   public:
     explicit Handle(FullscreenWindow* window) : window_(window) {}

@@ -389,7 +389,7 @@ class ClockDoubts {
                    !isCovered(*clip->group, clip->place->range.durationSeconds(), offset);
         }));
     }
-    /// Offsets are told up to a day; what is more goes into the date.
+    /// Offsets are given up to a day; what is more goes into the date.
     std::string cureOf(const Card& card, double offset) const {
         double total = offset + shoot_.input.rules.soundOffsetSeconds;
         const double halfAFrame = 0.5 / timecodeRate::frameRateForRealTimeCalculation(rate_);

@@ -13,8 +13,6 @@ using namespace fcpxml;
 namespace {
 
 constexpr double smallestGlobalOffsetSeconds = 0.0001;
-// What a wave file's header can state; a larger count is a fault of the file.
-constexpr int mostChannels = 65535;
 
 /// One file of a clip on its own time axis.
 struct Placement {
@@ -152,10 +150,6 @@ AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string
 Time soundShift(const SyncGroup& group, const ExportSettings& settings, double fps) {
     return manualOffsetTime(group.manualAudioOffsetSeconds, fps) +
            manualOffsetTime(effectiveGlobalAudioOffset(group, settings, fps), fps);
-}
-
-int channelCountOf(const MediaAsset& audio, const ExportSettings& settings) {
-    return std::clamp(audio.channelCount.value_or(settings.defaultAudioTracks), 1, mostChannels);
 }
 
 double effectiveGlobalAudioOffset(const SyncGroup& group, const ExportSettings& settings, double fps) {

@@ -132,12 +132,14 @@ std::string documentText(ExportWalk& walk) {
 
 } // namespace
 
-void giveEditableItemsTheirType(std::string& text) {
+void giveEditableItemsTheirType(std::string& text, const std::stop_token& stop) {
+    platform::StopCheck check(stop);
     constexpr std::string_view pattern = "editable=\"1\"";
     constexpr std::string_view addition = " type=\"string\"";
     std::vector<std::size_t> ends;
     const std::boyer_moore_horspool_searcher searcher(pattern.begin(), pattern.end());
     for (auto at = text.begin(); at != text.end();) {
+        check();
         const auto [first, last] = searcher(at, text.end());
         if (first != last) ends.push_back(static_cast<std::size_t>(last - text.begin()));
         at = last;
@@ -146,6 +148,7 @@ void giveEditableItemsTheirType(std::string& text) {
     text.resize(text.size() + ends.size() * addition.size());
     const auto place = [&](std::size_t at) { return text.begin() + static_cast<std::ptrdiff_t>(at); };
     for (std::size_t to = text.size(); !ends.empty(); ends.pop_back()) {
+        check();
         std::copy_backward(place(ends.back()), place(from), place(to));
         to -= from - ends.back() + addition.size();
         std::copy(addition.begin(), addition.end(), place(to));
@@ -203,7 +206,7 @@ ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<Wi
     addProjectRateClips(walk);
     walk.result.fcpxmlString = documentText(walk);
     platform::throwIfStopped(stop);
-    giveEditableItemsTheirType(walk.result.fcpxmlString);
+    giveEditableItemsTheirType(walk.result.fcpxmlString, stop);
     return std::move(walk.result);
 }
 

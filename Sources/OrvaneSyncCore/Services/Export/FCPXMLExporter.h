@@ -161,8 +161,6 @@ struct AudioChain {
 /// `fps` is the rate of the clip's positions.
 AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string>& audioAssetIDs,
                            const std::string& audioFormatID, double fps, const ExportSettings& settings);
-/// From 1 up to what a file can hold.
-int channelCountOf(const MediaAsset& audio, const ExportSettings& settings);
 /// Such as "dialogue.Boom": what a file by itself says of its channel. `track` counts from 1.
 std::string audioRoleName(int track, const MediaAsset& audio, const ExportSettings& settings);
 /// "Mix", "Boom", "Lav 1", "Lav 2" and so on.

@@ -120,7 +120,7 @@ std::vector<fcpxml::Event> assembleEvents(ExportWalk& walk);
 /// Final Cut Pro wants the type of what the user may edit; the document model has no other path for it.
 /// Quotes inside values are escaped, so the pattern is always an attribute. Works in place, from the end: a
 /// document is large.
-void giveEditableItemsTheirType(std::string& text);
+void giveEditableItemsTheirType(std::string& text, const std::stop_token& stop = {});
 
 /// The value without its fraction, 0 for what is no number of 64 bits.
 std::int64_t truncated(double value);

@@ -32,8 +32,9 @@ std::optional<int> trackIndex(std::string_view text) {
     return value && std::in_range<int>(*value) ? std::optional(static_cast<int>(*value)) : std::nullopt;
 }
 
-/// Collects the fields of one document. Elements are told by their bare name, whatever its case and wherever
-/// they stand, except that a track, a speed and a list of tracks keep what is inside them to themselves.
+/// Collects the fields of one document. Elements are recognised by their bare name, whatever its case and
+/// wherever they stand, except that a track, a speed and a list of tracks keep what is inside them to
+/// themselves.
 class IXMLParserDelegate final : public platform::XMLStreamHandler {
   public:
     void startElement(std::string_view name) override {

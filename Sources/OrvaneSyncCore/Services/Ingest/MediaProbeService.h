@@ -26,8 +26,8 @@ class MediaProbeService {
     MediaProbeService(std::shared_ptr<const platform::SettingsStore> settings,
                       std::shared_ptr<ProbeCache> cache);
 
-    /// Told of each file that could not be opened, or met an error of the system while it was read. Its asset
-    /// holds what there was, and is not remembered.
+    /// Called with each file that could not be opened, or met an error of the system while it was read. Its
+    /// asset holds what there was, and is not remembered.
     using Unread = std::function<void(const FileURL& url)>;
 
     MediaAsset probe(const FileURL& url, AssetKind kind, const Unread& unread = {},

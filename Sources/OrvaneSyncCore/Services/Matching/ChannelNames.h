@@ -12,8 +12,8 @@ namespace orvane {
 /// What "_", "-", blanks and points divide, without empty ones; parts of `text`.
 std::vector<std::string_view> piecesOfName(std::string_view text);
 
-/// The name of a recording in pieces, by which the files of one take are told from others: recorders that
-/// write a file a channel put the channel at the end of the name, as in T01_1.WAV, T01-CH2.WAV or
+/// The name of a recording in pieces, by which the files of one take are distinguished from others: recorders
+/// that write a file a channel put the channel at the end of the name, as in T01_1.WAV, T01-CH2.WAV or
 /// T01_Boom.WAV. Pure; any thread.
 class ChannelName {
   public:

@@ -1,8 +1,104 @@
 #include "OrvaneSyncCore/Services/Network/LockitRecords.h"
 
+#include "OrvaneSyncCore/Models/JSONFields.h"
+
+#include <tuple>
 #include <type_traits>
 
 namespace orvane {
+
+template <>
+struct JSONFields<LockitUser> {
+    static constexpr std::tuple list{JSONField{"uuid", &LockitUser::uuid},
+                                     JSONField{"email", &LockitUser::email},
+                                     JSONField{"login", &LockitUser::login}};
+};
+
+template <>
+struct JSONFields<LockitProject> {
+    static constexpr std::tuple list{
+        JSONField{"uuid", &LockitProject::uuid}, JSONField{"name", &LockitProject::name},
+        JSONField{"isSeries", &LockitProject::isSeries}, JSONField{"isPremium", &LockitProject::isPremium},
+        JSONField{"productionCompany", &LockitProject::productionCompany}};
+};
+
+template <>
+struct JSONFields<LockitDate> {
+    static constexpr std::tuple list{JSONField{"year", &LockitDate::year},
+                                     JSONField{"month", &LockitDate::month},
+                                     JSONField{"day", &LockitDate::day}};
+};
+
+template <>
+struct JSONFields<LockitShootingDay> {
+    static constexpr std::tuple list{
+        JSONField{"uuid", &LockitShootingDay::uuid}, JSONField{"day", &LockitShootingDay::day},
+        JSONField{"prefix", &LockitShootingDay::prefix}, JSONField{"suffix", &LockitShootingDay::suffix},
+        JSONField{"date", &LockitShootingDay::date}};
+};
+
+template <>
+struct JSONFields<LockitSet> {
+    static constexpr std::tuple list{JSONField{"name", &LockitSet::name}};
+};
+
+template <>
+struct JSONFields<LockitClipScene> {
+    static constexpr std::tuple list{JSONField{"number", &LockitClipScene::number},
+                                     JSONField{"additional", &LockitClipScene::additional},
+                                     JSONField{"content", &LockitClipScene::content},
+                                     JSONField{"comment", &LockitClipScene::comment},
+                                     JSONField{"dayNight", &LockitClipScene::dayNight},
+                                     JSONField{"insideOutside", &LockitClipScene::insideOutside},
+                                     JSONField{"sets", &LockitClipScene::sets}};
+};
+
+template <>
+struct JSONFields<LockitClipSlate> {
+    static constexpr std::tuple list{JSONField{"number", &LockitClipSlate::number},
+                                     JSONField{"additional", &LockitClipSlate::additional},
+                                     JSONField{"comment", &LockitClipSlate::comment}};
+};
+
+template <>
+struct JSONFields<LockitClipTake> {
+    static constexpr std::tuple list{JSONField{"number", &LockitClipTake::number},
+                                     JSONField{"comment", &LockitClipTake::comment},
+                                     JSONField{"isPickup", &LockitClipTake::isPickup}};
+};
+
+template <>
+struct JSONFields<LockitClipEpisode> {
+    static constexpr std::tuple list{JSONField{"number", &LockitClipEpisode::number},
+                                     JSONField{"name", &LockitClipEpisode::name}};
+};
+
+template <>
+struct JSONFields<LockitCamera> {
+    static constexpr std::tuple list{JSONField{"name", &LockitCamera::name},
+                                     JSONField{"label", &LockitCamera::label},
+                                     JSONField{"model", &LockitCamera::model}};
+};
+
+template <>
+struct JSONFields<LockitPreformatted> {
+    static constexpr std::tuple list{JSONField{"episode", &LockitPreformatted::episode},
+                                     JSONField{"scene", &LockitPreformatted::scene},
+                                     JSONField{"shot", &LockitPreformatted::shot},
+                                     JSONField{"take", &LockitPreformatted::take},
+                                     JSONField{"takeComment", &LockitPreformatted::takeComment},
+                                     JSONField{"tags", &LockitPreformatted::tags}};
+};
+
+template <>
+struct JSONFields<LockitClip> {
+    static constexpr std::tuple list{
+        JSONField{"uuid", &LockitClip::uuid},       JSONField{"clipName", &LockitClip::clipName},
+        JSONField{"camRoll", &LockitClip::camRoll}, JSONField{"fileName", &LockitClip::fileName},
+        JSONField{"scene", &LockitClip::scene},     JSONField{"slate", &LockitClip::slate},
+        JSONField{"take", &LockitClip::take},       JSONField{"episode", &LockitClip::episode},
+        JSONField{"camera", &LockitClip::camera},   JSONField{"preformatted", &LockitClip::preformatted}};
+};
 
 namespace {
 
@@ -13,12 +109,6 @@ struct IsList<std::vector<T>> : std::true_type {};
 
 template <class Record>
 Record read(const JSON& json);
-
-/// What every record is read from.
-const JSON& membersOf(const JSON& json) {
-    if (!json.isObject()) throw DecodingError("expected an object");
-    return json;
-}
 
 template <class T>
 T valueOf(const JSON& json) {
@@ -56,146 +146,21 @@ void take(const JSON& members, std::string_view key, std::optional<T>& member) {
     if (value != nullptr && !value->isNull()) member = named<T>(*value, key);
 }
 
-template <>
-LockitUser read<LockitUser>(const JSON& json) {
-    const JSON& members = membersOf(json);
-    LockitUser user;
-    take(members, "uuid", user.uuid);
-    take(members, "email", user.email);
-    take(members, "login", user.login);
-    return user;
-}
-
-template <>
-LockitProject read<LockitProject>(const JSON& json) {
-    const JSON& members = membersOf(json);
-    LockitProject project;
-    take(members, "uuid", project.uuid);
-    take(members, "name", project.name);
-    take(members, "isSeries", project.isSeries);
-    take(members, "isPremium", project.isPremium);
-    take(members, "productionCompany", project.productionCompany);
-    return project;
-}
-
-template <>
-LockitDate read<LockitDate>(const JSON& json) {
-    const JSON& members = membersOf(json);
-    LockitDate date;
-    take(members, "year", date.year);
-    take(members, "month", date.month);
-    take(members, "day", date.day);
-    return date;
-}
-
-template <>
-LockitShootingDay read<LockitShootingDay>(const JSON& json) {
-    const JSON& members = membersOf(json);
-    LockitShootingDay day;
-    take(members, "uuid", day.uuid);
-    take(members, "day", day.day);
-    take(members, "prefix", day.prefix);
-    take(members, "suffix", day.suffix);
-    take(members, "date", day.date);
-    return day;
-}
-
-template <>
-LockitSet read<LockitSet>(const JSON& json) {
-    LockitSet set;
-    take(membersOf(json), "name", set.name);
-    return set;
-}
-
-template <>
-LockitClipScene read<LockitClipScene>(const JSON& json) {
-    const JSON& members = membersOf(json);
-    LockitClipScene scene;
-    take(members, "number", scene.number);
-    take(members, "additional", scene.additional);
-    take(members, "content", scene.content);
-    take(members, "comment", scene.comment);
-    take(members, "dayNight", scene.dayNight);
-    take(members, "insideOutside", scene.insideOutside);
-    take(members, "sets", scene.sets);
-    return scene;
-}
-
-template <>
-LockitClipSlate read<LockitClipSlate>(const JSON& json) {
-    const JSON& members = membersOf(json);
-    LockitClipSlate slate;
-    take(members, "number", slate.number);
-    take(members, "additional", slate.additional);
-    take(members, "comment", slate.comment);
-    return slate;
-}
-
-template <>
-LockitClipTake read<LockitClipTake>(const JSON& json) {
-    const JSON& members = membersOf(json);
-    LockitClipTake result;
-    take(members, "number", result.number);
-    take(members, "comment", result.comment);
-    take(members, "isPickup", result.isPickup);
-    return result;
-}
-
-template <>
-LockitClipEpisode read<LockitClipEpisode>(const JSON& json) {
-    const JSON& members = membersOf(json);
-    LockitClipEpisode episode;
-    take(members, "number", episode.number);
-    take(members, "name", episode.name);
-    return episode;
-}
-
-template <>
-LockitCamera read<LockitCamera>(const JSON& json) {
-    const JSON& members = membersOf(json);
-    LockitCamera camera;
-    take(members, "name", camera.name);
-    take(members, "label", camera.label);
-    take(members, "model", camera.model);
-    return camera;
-}
-
-template <>
-LockitPreformatted read<LockitPreformatted>(const JSON& json) {
-    const JSON& members = membersOf(json);
-    LockitPreformatted texts;
-    take(members, "episode", texts.episode);
-    take(members, "scene", texts.scene);
-    take(members, "shot", texts.shot);
-    take(members, "take", texts.take);
-    take(members, "takeComment", texts.takeComment);
-    take(members, "tags", texts.tags);
-    return texts;
-}
-
-template <>
-LockitClip read<LockitClip>(const JSON& json) {
-    const JSON& members = membersOf(json);
-    LockitClip clip;
-    take(members, "uuid", clip.uuid);
-    take(members, "clipName", clip.clipName);
-    take(members, "camRoll", clip.camRoll);
-    take(members, "fileName", clip.fileName);
-    take(members, "scene", clip.scene);
-    take(members, "slate", clip.slate);
-    take(members, "take", clip.take);
-    take(members, "episode", clip.episode);
-    take(members, "camera", clip.camera);
-    take(members, "preformatted", clip.preformatted);
-    return clip;
+template <class Record>
+Record read(const JSON& json) {
+    if (!json.isObject()) throw DecodingError("expected an object");
+    Record record;
+    std::apply([&](const auto&... field) { (take(json, field.key, record.*field.member), ...); },
+               JSONFields<Record>::list);
+    return record;
 }
 
 template <>
 ClipMatchResponse read<ClipMatchResponse>(const JSON& json) {
-    const JSON& members = membersOf(json);
+    if (!json.isObject()) throw DecodingError("expected an object");
     ClipMatchResponse response;
-    take(members, "unmatched", response.unmatched);
-    const JSON* matches = members.find("matches");
+    take(json, "unmatched", response.unmatched);
+    const JSON* matches = json.find("matches");
     if (matches == nullptr || matches->isNull()) return response;
     if (!matches->isObject()) throw DecodingError("matches: expected an object");
     auto& clips = response.matches.emplace();
@@ -211,6 +176,9 @@ T decoded(std::string_view body) {
 }
 
 } // namespace
+
+/// Within the JSON form of a shooting day.
+static JSON toJSON(const LockitDate& date) { return fieldsToJSON(date); }
 
 std::string LockitShootingDay::label() const {
     return prefix.value_or("") + (day ? std::to_string(*day) : "?") + suffix.value_or("");
@@ -233,30 +201,11 @@ std::vector<LockitShootingDay> decodedList<LockitShootingDay>(std::string_view b
     return decoded<std::vector<LockitShootingDay>>(body);
 }
 
-JSON toJSON(const LockitProject& project) {
-    JSON json;
-    json.set("uuid", project.uuid);
-    json.set("name", project.name);
-    json.setIfPresent("isSeries", project.isSeries);
-    json.setIfPresent("isPremium", project.isPremium);
-    json.setIfPresent("productionCompany", project.productionCompany);
-    return json;
-}
+JSON toJSON(const LockitProject& project) { return fieldsToJSON(project); }
 
 JSON toJSON(const LockitShootingDay& day) {
-    JSON json;
-    json.set("uuid", day.uuid);
+    JSON json = fieldsToJSON(day);
     json.set("label", day.label());
-    json.setIfPresent("day", day.day);
-    json.setIfPresent("prefix", day.prefix);
-    json.setIfPresent("suffix", day.suffix);
-    if (day.date) {
-        JSON date;
-        date.set("year", day.date->year);
-        date.set("month", day.date->month);
-        date.set("day", day.date->day);
-        json.set("date", std::move(date));
-    }
     return json;
 }
 

@@ -80,8 +80,12 @@ void PresetManager::save(std::string_view name, const platform::SettingsStore& d
     files::writeAtomically(presetPath(name), snapshotData(defaults));
 }
 
+platform::SettingsStore::Values PresetManager::saved(std::string_view name) const {
+    return values(files::readText(presetPath(name), largestPreset));
+}
+
 platform::SettingsWrite PresetManager::load(std::string_view name, platform::SettingsStore& defaults) const {
-    return applySnapshot(files::readText(presetPath(name), largestPreset), defaults);
+    return defaults.setAll(saved(name));
 }
 
 void PresetManager::rename(std::string_view from, std::string_view to) const {

@@ -38,7 +38,10 @@ class PresetManager {
     /// Replaces an older preset of that name. Throws FileError, and PresetNameError for a name that is empty
     /// or holds NUL, and for one with "/" or ":" whose file is that of another preset.
     void save(std::string_view name, const platform::SettingsStore& defaults) const;
-    /// Throws like `applySnapshot`, and FileError when there is no such preset.
+    /// What the preset holds. Reads its file: not on the interface thread. Throws like `values`, and
+    /// FileError when there is no such preset.
+    platform::SettingsStore::Values saved(std::string_view name) const;
+    /// Puts it into the store, as `applySnapshot` does. Throws like `saved`.
     platform::SettingsWrite load(std::string_view name, platform::SettingsStore& defaults) const;
     /// Throws FileError, also when there is no such preset.
     void deletePreset(std::string_view name) const;

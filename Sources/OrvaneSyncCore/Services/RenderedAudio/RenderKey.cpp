@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Utilities/PackedBytes.h"
 #include "Platform/Files.h"
+#include "Platform/ReferenceDate.h"
 
 #include <string>
 
@@ -22,12 +23,12 @@ RenderKey& RenderKey::add(double number) {
 }
 
 RenderKey& RenderKey::add(const TakeSound& sound) {
-    constexpr double from1970To2001 = 978307200.0; // seconds
     add(static_cast<int>(sound.files.size()));
     for (const TakeSound::File& file : sound.files) {
         add(file.url.path);
         if (const auto there = platform::files::attributes(file.url.path))
-            add(there->modificationSinceReference + from1970To2001).add(static_cast<double>(there->size));
+            add(there->modificationSinceReference + platform::referenceDateUnixSeconds)
+                .add(static_cast<double>(there->size));
         // A file alone is read as it is, whatever is said of it.
         if (sound.files.size() > 1)
             add(file.firstChannel).add(file.channelCount).add(file.startSeconds).add(file.durationSeconds);

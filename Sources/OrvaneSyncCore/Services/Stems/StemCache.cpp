@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Utilities/PackedBytes.h"
 #include "Platform/FileUse.h"
 #include "Platform/Files.h"
+#include "Platform/ReferenceDate.h"
 #include "Platform/SHA256.h"
 #include "Platform/Stop.h"
 
@@ -63,12 +64,11 @@ std::shared_ptr<StemCache> StemCache::bySettings(const platform::SettingsStore& 
 }
 
 std::string StemCache::key(const TakeSound& audio) {
-    constexpr double from1970To2001 = 978307200.0; // seconds
     platform::SHA256 hash;
     for (const TakeSound::File& file : audio.files) {
         std::string bytes = file.url.path;
         if (const auto there = files::attributes(file.url.path))
-            appendPlain(bytes, there->modificationSinceReference + from1970To2001);
+            appendPlain(bytes, there->modificationSinceReference + platform::referenceDateUnixSeconds);
         if (audio.files.size() > 1) {
             appendPlain(bytes, file.firstChannel);
             appendPlain(bytes, file.channelCount);

@@ -1,0 +1,205 @@
+#include "InterfaceBenchmarks.h"
+
+#include "Corpus.h"
+#include "Table.h"
+
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "Platform/Files.h"
+#include "Platform/InterfaceThread.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace orvane::bench {
+
+namespace {
+
+using commands::Call;
+using commands::Command;
+using commands::CommandContext;
+using commands::Parameter;
+using platform::JSON;
+using std::chrono::nanoseconds;
+
+constexpr int clips = 5000;
+constexpr int channels = 8;
+constexpr int mostRounds = 3; ///< while a piece is too long: others use the machine too
+
+/// The longest of each name since they were last taken.
+class Pieces {
+  public:
+    void add(const char* work, nanoseconds used) {
+        const std::lock_guard lock(mutex_);
+        nanoseconds& longest = longest_[work];
+        longest = std::max(longest, used);
+    }
+    std::map<std::string, nanoseconds> take() {
+        const std::lock_guard lock(mutex_);
+        return std::exchange(longest_, {});
+    }
+
+  private:
+    std::mutex mutex_;
+    std::map<std::string, nanoseconds> longest_;
+};
+
+Pieces& pieces() {
+    static Pieces all;
+    return all;
+}
+
+/// A session that is open, as `serve` holds one, without players, pages and a key store.
+class Shoot {
+  public:
+    explicit Shoot(const std::string& folder) : folder_(folder) {
+        std::filesystem::remove_all(folder);
+        platform::files::createDirectories(folder);
+        const auto settings = std::make_shared<platform::MemorySettingsStore>();
+        context.settings = settings;
+        context.controller =
+            ImportController::create({.mainThread = loop_, .settings = settings, .probeCache = nullptr});
+        context.sessions = SessionManager::create(
+            {.mainThread = loop_, .settings = settings, .sessionsDir = folder + "/sessions"});
+        context.showPage = [](const std::string&) { return false; };
+        context.sessions->start(context.controller);
+        context.sessions->newSession(*context.controller);
+        AssetCorpus corpus = assetCorpus(clips / 10, clips / 10, 0);
+        ImportController::StoredWork work{{}, {}, matchedGroups(clips, channels)};
+        for (MediaAsset& audio : corpus.audios) work.wildTracks.emplace_back(std::move(audio));
+        context.controller->openStoredWork(std::move(work));
+        finish(context.sessions->flush());
+    }
+    /// Runs it in the loop until it has ended and what it set off is written.
+    void run(const Command& command) {
+        loop_->post([&] {
+            platform::nameInterfaceWork(command.id.data());
+            begin(command);
+        });
+        loop_->run();
+        finish(context.sessions->flush());
+    }
+
+    CommandContext context;
+
+  private:
+    void begin(const Command& command) {
+        const auto result = std::make_shared<JSON>();
+        try {
+            const JSON arguments = argumentsOf(command);
+            Call call(command, &arguments);
+            if (command.now) {
+                command.now(context, call);
+                loop_->quit();
+            } else {
+                command.whenDone(context, std::move(call), result)
+                    .whenDone([this, result](const std::exception_ptr&) { loop_->quit(); });
+            }
+        } catch (const std::exception&) { // refuses what it was given; that was short
+            loop_->quit();
+        }
+    }
+    void finish(const platform::Task& task) {
+        task.whenDone([this](const std::exception_ptr&) { loop_->quit(); });
+        loop_->run();
+    }
+
+    JSON argumentsOf(const Command& command) const {
+        JSON arguments = JSON::Object{};
+        for (const Parameter& parameter : command.parameters)
+            if (!parameter.isOptional) arguments.set(parameter.name, argument(command, parameter));
+        return arguments;
+    }
+    JSON argument(const Command& command, const Parameter& parameter) const {
+        const OpenWork& work = context.controller->work();
+        const std::string clip = work.syncGroups().empty() ? "" : work.syncGroups().front().id.text();
+        switch (parameter.kind) {
+        case Parameter::Kind::id:
+            if (parameter.name == "matchID")
+                return JSON(work.syncGroups().front().audioMatches.front().id.text());
+            if (parameter.name == "sessionId") return JSON(context.sessions->currentSessionId()->text());
+            if (parameter.name == "id") return JSON(work.wildTracks().front().id.text());
+            return JSON(clip);
+        case Parameter::Kind::text:
+            return JSON(parameter.choices.empty() ? "name" : std::string(parameter.choices.front()));
+        case Parameter::Kind::path:
+            return JSON(folder_ + "/" + std::string(command.id));
+        case Parameter::Kind::number:
+        case Parameter::Kind::integer:
+            return JSON(std::max(1.0, parameter.lowest.value_or(1)));
+        case Parameter::Kind::boolean:
+            return JSON(true);
+        case Parameter::Kind::any:
+            return JSON("value");
+        case Parameter::Kind::texts:
+            return JSON::Array{JSON(clip)};
+        case Parameter::Kind::paths:
+            return JSON::Array{JSON(folder_)};
+        }
+        return {};
+    }
+
+    const std::string folder_;
+    const std::shared_ptr<platform::RunLoop> loop_ = platform::RunLoop::create();
+};
+
+using Longest = std::map<std::string, nanoseconds>;
+
+/// Of each piece the shortest of the rounds.
+Longest measured(const std::string& folder, std::size_t command) {
+    Longest shortest;
+    const auto isTooLong = [](const auto& piece) { return piece.second > platform::longestInterfaceWork; };
+    for (int round = 0; round < mostRounds; ++round) {
+        Shoot shoot(folder);
+        pieces().take();
+        shoot.run(commands::allCommands().at(command));
+        for (const auto& [work, used] : pieces().take()) {
+            const auto [known, isNew] = shortest.try_emplace(work, used);
+            if (!isNew) known->second = std::min(known->second, used);
+        }
+        if (std::ranges::none_of(shortest, isTooLong)) break;
+    }
+    return shortest;
+}
+
+} // namespace
+
+void printInterfaceRows(const std::string& folder) {
+    // Presets and models are none of the user's.
+    for (const char* home : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
+        ::setenv(home, (folder + "/interface").c_str(), 1);
+    platform::watchInterfaceWork(
+        {nullptr, [](const char* work, nanoseconds used) { pieces().add(work, used); }});
+    const auto milliseconds = [](nanoseconds time) {
+        return std::chrono::duration<double, std::milli>(time).count();
+    };
+    std::vector<std::pair<nanoseconds, std::string>> tooLong;
+    nanoseconds worst{0};
+    const std::size_t count = commands::allCommands().size();
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::string id(commands::allCommands()[i].id);
+        for (const auto& [work, used] : measured(folder + "/interface", i)) {
+            worst = std::max(worst, used);
+            if (used > platform::longestInterfaceWork) tooLong.emplace_back(used, id + ": " + work);
+        }
+    }
+    platform::watchInterfaceWork({});
+    std::ranges::sort(tooLong, std::greater());
+    printRow("interface thread, " + std::to_string(count) + " commands over 5,000 clips",
+             text("%.1f ms of a core", milliseconds(worst)), "",
+             std::to_string(tooLong.size()) + " pieces longer", "<= 10 ms", tooLong.empty());
+    for (const auto& [used, work] : tooLong)
+        printRow("  " + work, text("%.1f ms of a core", milliseconds(used)), "", "", "<= 10 ms", false);
+}
+
+} // namespace orvane::bench

@@ -34,8 +34,7 @@ void checkMatches(std::string_view body) {
         for (const auto& [name, clip] : *answer.matches) {
             groups.append(
                 SyncGroup(MediaAsset(FileURL{"/" + name}, AssetKind::video), {}, MatchStatus::mos()));
-            if (!clip) continue;
-            for (const auto& [field, value] : lockitFields(*clip)) {
+            for (const auto& [field, value] : lockitFields(clip)) {
                 demand(!value.empty() && platform::text::isValidUTF8(value));
                 demand(platform::text::trimmed(value) == value);
             }

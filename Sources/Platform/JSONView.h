@@ -48,6 +48,8 @@ class JSONMembers {
     explicit JSONMembers(const JSONView& object);
     bool isObject() const { return isObject_; }
     std::optional<JSONView> find(std::string_view key) const;
+    /// In the order of the text; the keys are unescaped.
+    const std::vector<std::pair<std::string_view, JSONView>>& all() const { return members_; }
 
   private:
     bool isObject_;

@@ -91,7 +91,7 @@ struct LockitController::Sync {
     const SyncGroupList before;
     /// Used by one piece of work at a time, off the interface thread.
     std::shared_ptr<LockitLayer> layer;
-    std::shared_ptr<const std::vector<std::string>> filenames;
+    std::shared_ptr<const LockitFilenames> names;
     std::size_t dayCount = 0;
     std::vector<std::string> matchingDays; ///< labels
     int clipsWithMetadata = 0;             ///< after the last day
@@ -148,7 +148,7 @@ Task LockitController::sync(Weak weak, std::shared_ptr<LockitOAuthService> accou
     } catch (const std::exception&) {
         raised = std::current_exception();
     }
-    if (sync->dayCount > 0 && sync->filenames) {
+    if (sync->dayCount > 0 && sync->names) {
         const Task making = makeStep(weak, sync);
         co_await making;
     }
@@ -163,7 +163,7 @@ Task LockitController::sync(Weak weak, std::shared_ptr<LockitOAuthService> accou
     else
         self->endDone(*sync);
     // What is large goes elsewhere.
-    self->work_.documents->post([layer = std::move(sync->layer), names = std::move(sync->filenames)] {});
+    self->work_.documents->post([layer = std::move(sync->layer), names = std::move(sync->names)] {});
     if (isStopped) std::rethrow_exception(raised);
 }
 
@@ -175,15 +175,16 @@ Task LockitController::askDayByDay(Weak weak, std::shared_ptr<Sync> sync) {
     if (days->empty()) co_return;
     auto self = weak.lock();
     if (!self) co_return;
-    auto naming = platform::onQueue(
-        *self->work_.documents, self->work_.environment.mainThread, [groups = self->work_.syncGroups()] {
-            auto names = std::make_shared<std::vector<std::string>>();
-            names->reserve(groups.size());
-            for (const SyncGroup& group : groups) names->push_back(group.video.filename);
-            return std::shared_ptr<const std::vector<std::string>>(std::move(names));
-        });
+    auto naming = platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
+                                    [groups = self->work_.syncGroups()] {
+                                        std::vector<std::string> filenames;
+                                        filenames.reserve(groups.size());
+                                        for (const SyncGroup& group : groups)
+                                            filenames.push_back(group.video.filename);
+                                        return std::make_shared<const LockitFilenames>(std::move(filenames));
+                                    });
     self.reset();
-    sync->filenames = co_await naming;
+    sync->names = co_await naming;
     for (std::size_t i = 0; i < days->size(); ++i) {
         self = weak.lock();
         if (!self) co_return;
@@ -192,7 +193,7 @@ Task LockitController::askDayByDay(Weak weak, std::shared_ptr<Sync> sync) {
         self.reset();
         const LockitShootingDay& day = (*days)[i];
         const auto response = std::make_shared<ClipMatchResponse>();
-        const Task matching = sync->client.matchClips(sync->projectID, day.uuid, sync->filenames, response);
+        const Task matching = sync->client.matchClips(sync->projectID, day.uuid, sync->names, response);
         co_await matching;
         const Task laying = layDay(weak, sync, response);
         co_await laying;
@@ -219,14 +220,15 @@ Task LockitController::layDay(Weak weak, std::shared_ptr<Sync> sync,
             int updated = 0;
             int withMetadata = 0;
         };
-        auto laying = platform::onQueue(
-            *self->work_.documents, self->work_.environment.mainThread,
-            [layer = sync->layer, response, groups = before](const std::stop_token& stop) mutable {
-                layer->layAgain(groups);
-                const int updated = layer->lay(groups, *response, stop);
-                const int withMetadata = lockitClipCount(groups);
-                return Laid{std::move(groups), updated, withMetadata};
-            });
+        auto laying = platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
+                                        [layer = sync->layer, response, groups = before,
+                                         lastLaid = sync->lastLaid](const std::stop_token& stop) mutable {
+                                            if (!groups.changesSince(lastLaid).empty())
+                                                layer->layAgain(groups);
+                                            const int updated = layer->lay(groups, *response, stop);
+                                            const int withMetadata = lockitClipCount(groups);
+                                            return Laid{std::move(groups), updated, withMetadata};
+                                        });
         self.reset();
         Laid laid = co_await laying;
         self = weak.lock();
@@ -318,8 +320,8 @@ void LockitController::endDone(const Sync& sync) {
                                          days + " days).");
     end(SyncEnd::noMatches,
         "No matches across all " + days +
-            " shooting days.\n• Clips sent: " + std::to_string(sync.filenames->size()) +
-            ", example: " + (sync.filenames->empty() ? "—" : sync.filenames->front()) +
+            " shooting days.\n• Clips sent: " + std::to_string(sync.names->filenames.size()) +
+            ", example: " + (sync.names->filenames.empty() ? "—" : sync.names->filenames.front()) +
             "\nSince not a single day matched, it's a filename-format mismatch: Lockit likely knows the "
             "clips "
             "under different names (e.g. without extension, or .mxf instead of .mov). Tell me how a clip is "

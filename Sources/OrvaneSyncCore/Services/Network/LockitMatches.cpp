@@ -74,8 +74,8 @@ int LockitLayer::lay(SyncGroupList& groups, const ClipMatchResponse& answer, con
         check();
         const SyncGroup& group = groups[i];
         const auto match = answer.matches->find(group.video.filename);
-        if (match == answer.matches->end() || !match->second) continue;
-        Fields fields = lockitFields(*match->second);
+        if (match == answer.matches->end()) continue;
+        Fields fields = lockitFields(match->second);
         if (fields.empty()) continue;
         ++count;
         if (group.lockitMetadata == fields) continue;

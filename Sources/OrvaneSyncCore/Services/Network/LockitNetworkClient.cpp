@@ -4,6 +4,13 @@
 
 namespace orvane {
 
+LockitFilenames::LockitFilenames(std::vector<std::string> theFilenames) : filenames(std::move(theFilenames)) {
+    JSON::Array list;
+    list.reserve(filenames.size());
+    for (const std::string& name : filenames) list.emplace_back(name);
+    body = JSON(std::move(list)).dump();
+}
+
 struct LockitNetworkClient::Connection {
     explicit Connection(Dependencies theDependencies)
         : dependencies(std::move(theDependencies)), queue(platform::SerialQueue::create("lockit")) {}
@@ -78,16 +85,11 @@ LockitNetworkClient::listShootingDays(const std::string& projectID,
 }
 
 platform::Task LockitNetworkClient::matchClips(const std::string& projectID, const std::string& shootingDayID,
-                                               std::shared_ptr<const std::vector<std::string>> filenames,
+                                               std::shared_ptr<const LockitFilenames> names,
                                                std::shared_ptr<ClipMatchResponse> response) const {
     return request(
         connection_, "/projects/" + projectID + "/projectdays/" + shootingDayID + "/matchClips",
-        [filenames = std::move(filenames)] {
-            JSON::Array names;
-            names.reserve(filenames->size());
-            for (const std::string& name : *filenames) names.emplace_back(name);
-            return JSON(std::move(names)).dump();
-        },
+        [names = std::move(names)] { return names->body; },
         [response = std::move(response)](const std::string& body) {
             *response = decodedAnswer<ClipMatchResponse>(body);
         });

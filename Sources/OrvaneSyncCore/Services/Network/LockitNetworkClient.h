@@ -13,6 +13,15 @@
 
 namespace orvane {
 
+/// The file names of clips, and the body of a request that sends them. Many thousands are encoded here, so
+/// off the interface thread, once for all days.
+struct LockitFilenames {
+    explicit LockitFilenames(std::vector<std::string> filenames);
+
+    std::vector<std::string> filenames;
+    std::string body;
+};
+
 /// The four requests of LockitNetwork. Made anew for each use; keeps nothing between requests, repeats none
 /// and follows no redirect. Requests of one client run one after the other, off the interface thread;
 /// several clients may work at once. A stop ends a request at once. Interface thread.
@@ -40,7 +49,7 @@ class LockitNetworkClient {
                                     std::shared_ptr<std::vector<LockitShootingDay>> days) const;
     /// The answer is made and may be large: whoever takes it apart does so off the interface thread.
     platform::Task matchClips(const std::string& projectID, const std::string& shootingDayID,
-                              std::shared_ptr<const std::vector<std::string>> filenames,
+                              std::shared_ptr<const LockitFilenames> names,
                               std::shared_ptr<ClipMatchResponse> response) const;
 
   private:

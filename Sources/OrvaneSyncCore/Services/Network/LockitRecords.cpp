@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Network/LockitRecords.h"
 
 #include "OrvaneSyncCore/Models/JSONFields.h"
+#include "Platform/JSONView.h"
 
 #include <tuple>
 #include <type_traits>
@@ -155,18 +156,23 @@ Record read(const JSON& json) {
     return record;
 }
 
-template <>
-ClipMatchResponse read<ClipMatchResponse>(const JSON& json) {
-    if (!json.isObject()) throw DecodingError("expected an object");
+/// Most of the answer is names with null behind them, of which no tree is made.
+ClipMatchResponse matchResponse(std::string_view body) {
+    platform::JSONParser parser;
+    const platform::JSONMembers members(parser.parse(body));
+    if (!members.isObject()) throw DecodingError("expected an object");
     ClipMatchResponse response;
-    take(json, "unmatched", response.unmatched);
-    const JSON* matches = json.find("matches");
-    if (matches == nullptr || matches->isNull()) return response;
-    if (!matches->isObject()) throw DecodingError("matches: expected an object");
-    auto& clips = response.matches.emplace();
-    clips.reserve(matches->members()->size());
-    for (const auto& [filename, clip] : *matches->members())
-        clips[filename] = clip.isNull() ? std::nullopt : std::optional(named<LockitClip>(clip, "matches"));
+    if (const auto unmatched = members.find("unmatched"); unmatched && !unmatched->isNull())
+        response.unmatched = named<std::vector<LockitClip>>(unmatched->value(), "unmatched");
+    const auto matches = members.find("matches");
+    if (!matches || matches->isNull()) return response;
+    const platform::JSONMembers clips(*matches);
+    if (!clips.isObject()) throw DecodingError("matches: expected an object");
+    response.matches.emplace();
+    for (const auto& [filename, clip] : clips.all())
+        if (!clip.isNull())
+            response.matches->insert_or_assign(std::string(filename),
+                                               named<LockitClip>(clip.value(), "matches"));
     return response;
 }
 
@@ -190,7 +196,7 @@ LockitUser decodedAnswer<LockitUser>(std::string_view body) {
 }
 template <>
 ClipMatchResponse decodedAnswer<ClipMatchResponse>(std::string_view body) {
-    return decoded<ClipMatchResponse>(body);
+    return matchResponse(body);
 }
 template <>
 std::vector<LockitProject> decodedList<LockitProject>(std::string_view body) {

@@ -106,8 +106,9 @@ struct LockitClip {
 };
 
 struct ClipMatchResponse {
-    /// By the file name that was sent; a name without a clip is one that the service does not know.
-    std::optional<std::unordered_map<std::string, std::optional<LockitClip>>> matches;
+    /// By the file name that was sent. Names that the service does not know, which it lists with null, are
+    /// left out.
+    std::optional<std::unordered_map<std::string, LockitClip>> matches;
     /// Clips of the day that matched no name; of no use here.
     std::optional<std::vector<LockitClip>> unmatched;
 };

@@ -21,6 +21,15 @@ std::string labelOf(const SyncGroup& member) {
     return letter ? "Cam " + *letter : member.video.filename;
 }
 
+/// Clip time at which the member opens: on its clap, or else where another one claps.
+std::optional<double> openingOf(const SyncGroup& member, const std::vector<SyncGroup>& members) {
+    if (const auto own = member.resolvedClapPointSeconds()) return own;
+    for (const SyncGroup& other : members)
+        if (const auto clap = other.resolvedClapPointSeconds())
+            return std::max(*clap - ClipSound(other).offsetSeconds + ClipSound(member).offsetSeconds, 0.0);
+    return std::nullopt;
+}
+
 } // namespace
 
 platform::Task ClusterEngineBag::allOf(std::vector<platform::Task> tasks) {
@@ -44,8 +53,8 @@ platform::Task ClusterEngineBag::load(const std::vector<SyncGroup>& members) {
         memberSyncOffsets_[member.id] = sound.offsetSeconds;
         memberLabels_.emplace_back(member.id, labelOf(member));
         const auto& engine = engineFor(member.id);
-        loading.push_back(engine->loadClip(member.video.url, sound.take, sound.offsetSeconds,
-                                           member.resolvedClapPointSeconds()));
+        loading.push_back(
+            engine->loadClip(member.video.url, sound.take, sound.offsetSeconds, openingOf(member, members)));
         if (!engine->waveform()) continue;
         engine->waveform()->reset();
         if (sound.take) engine->waveform()->load(*sound.take, WaveformReduction::reviewBins, true);

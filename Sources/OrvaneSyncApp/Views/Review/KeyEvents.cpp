@@ -71,4 +71,9 @@ QKeySequence menuKey(const Shortcut& shortcut) {
                 : QKeySequence();
 }
 
+QString withKeyNames(QString words) {
+    return words.replace(QStringLiteral("⌘⌥"), QStringLiteral("Ctrl+Alt"))
+        .replace(QStringLiteral("⌘"), QStringLiteral("Ctrl+"));
+}
+
 } // namespace orvane::views

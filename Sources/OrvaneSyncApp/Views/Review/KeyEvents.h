@@ -17,4 +17,7 @@ QString shownKey(const Shortcut& shortcut);
 /// Empty for what no menu can hold.
 QKeySequence menuKey(const Shortcut& shortcut);
 
+/// A text that names keys by their signs, with the names that a PC keyboard has instead.
+QString withKeyNames(QString words);
+
 } // namespace orvane::views

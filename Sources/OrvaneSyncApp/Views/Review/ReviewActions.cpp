@@ -2,6 +2,7 @@
 
 #include "OrvaneDesignKit/Icons.h"
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QAction>
 #include <QKeySequence>
@@ -48,14 +49,14 @@ ReviewActions::ReviewActions(Desktop& desktop, QObject* parent) : QObject(parent
     for (const ShortcutAction each : allShortcutActions()) {
         const auto key = keyAction(each);
         if (!key) continue;
-        auto* action = new QAction(text(label(*key)), this);
-        action->setIconText(text(label(*key)));
-        action->setStatusTip(text(helpText(*key)));
+        auto* action = new QAction(translated(label(*key)), this);
+        action->setIconText(translated(label(*key)));
+        action->setStatusTip(withKeyNames(translated(helpText(*key))));
         connect(action, &QAction::triggered, this, [this, key = *key] {
             try {
                 desktop_.players().handleKeyAction(key);
             } catch (const std::exception& why) {
-                if (desktop_.whenRefused) desktop_.whenRefused(text(why.what()));
+                if (desktop_.whenRefused) desktop_.whenRefused(translatedSentence(why.what()));
             }
         });
         actions_.emplace(*key, action);
@@ -71,12 +72,20 @@ ReviewActions::ReviewActions(Desktop& desktop, QObject* parent) : QObject(parent
         if (field == ShortcutField::bindings) showKeys();
     });
     showKeys();
+    const auto& review = desktop_.players().review();
+    ofReview_ = review->onChange([this] { showEnabled(); });
+    ofEngine_ = review->engine()->onChange([this](VideoEngineField field) {
+        if (field == VideoEngineField::transport || field == VideoEngineField::loop) showEnabled();
+    });
+    ofWork_ = desktop_.controller().onChange([this](ImportField field) {
+        if (field == ImportField::syncGroups) showEnabled(); // the clap may lie elsewhere
+    });
 }
 
 void ReviewActions::showKeys() {
     const ShortcutBindings& bindings = desktop_.players().shortcuts()->bindings();
     for (const auto& [key, action] : actions_) {
-        const QString name = text(label(key));
+        const QString name = translated(label(key));
         const auto found = bindings.find(key);
         const QString keys = found == bindings.end() ? QString() : shownKey(found->second);
         action->setText(keys.isEmpty() ? name : name + QLatin1Char('\t') + keys);
@@ -104,9 +113,18 @@ void ReviewActions::fillSync(QMenu& menu) const {
 }
 
 void ReviewActions::setInFront(bool isInFront, bool isReview) {
-    for (const auto& [key, action] : actions_)
-        action->setEnabled(isInFront && (isReview || isForCameras(key)));
-    lens_->setEnabled(isInFront && isReview);
+    isInFront_ = isInFront;
+    isReview_ = isReview;
+    showEnabled();
+}
+
+void ReviewActions::showEnabled() {
+    const auto acts = [this](KeyAction key) {
+        if (!isReview_) return isForCameras(key);
+        return key != KeyAction::clapCheck || desktop_.players().review()->canCheckClap();
+    };
+    for (const auto& [key, action] : actions_) action->setEnabled(isInFront_ && acts(key));
+    lens_->setEnabled(isInFront_ && isReview_);
 }
 
 } // namespace orvane::views

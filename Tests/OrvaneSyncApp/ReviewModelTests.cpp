@@ -1,7 +1,10 @@
 #include "ControllerTest.h"
 
 #include "MediaFactory/WaveMaker.h"
+#include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
+#include "OrvaneSyncApp/ViewModels/Review/CameraAxis.h"
 #include "OrvaneSyncApp/ViewModels/Review/MulticamViewModel.h"
+#include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
 #include "Support/Assets.h"
 #include "Support/FakePlayer.h"
@@ -80,6 +83,46 @@ TEST_F(ReviewModelTest, aClipOpensOnTheClapThatIsFound) {
     finish(overtaken);
     EXPECT_FALSE(engine_->transport().isLoaded);
     EXPECT_TRUE(model_->shows(broken_));
+    EXPECT_FALSE(model_->canCheckClap()) << "nothing can be played";
+    const SyncGroup* shown = controller_->work().syncGroups().find(broken_);
+    EXPECT_NE(pictureNote(shown, *engine_, false)->title, pictureNote(shown, *engine_, true)->title);
+    load();
+    EXPECT_TRUE(model_->canCheckClap());
+    controller_->clips().adjustAudioOffset(id_, 60);
+    EXPECT_FALSE(model_->canCheckClap()) << "the clap lies behind the picture";
+    model_->clapCheck();
+    EXPECT_FALSE(engine_->loop().isLooping);
+}
+
+TEST_F(ReviewModelTest, aHeldNudgeIsOneStep) {
+    const auto shortcuts = ShortcutCenter::create({mainThread_, settings_});
+    commands::ReviewPlayers players(controller_, shortcuts, [this] { return system_; });
+    finish(players.loadGroup(id_));
+    /// Of a key: down, so many repeats, up.
+    struct Press {
+        const char* key;
+        int repeats;
+        std::chrono::milliseconds pause{40}; ///< before each repeat but the first
+    };
+    using std::chrono::milliseconds;
+    const auto steps = [&](const std::vector<Press>& presses) {
+        for (const auto& [key, repeats, pause] : presses) {
+            for (int i = 0; i <= repeats; ++i) {
+                if (i > 0) mainThread_->advance(i == 1 ? milliseconds(660) : pause);
+                players.keyboard().handle(*keyEventNamed(key, ModifierSet::none, true, i > 0));
+            }
+            players.keyboard().handle(*keyEventNamed(key, ModifierSet::none, false, false));
+            mainThread_->advance(milliseconds(700));
+        }
+        int count = 0;
+        for (; controller_->work().undoState().canUndo; ++count) controller_->undo();
+        EXPECT_EQ(group().manualAudioOffsetSeconds, 0);
+        return count;
+    };
+    EXPECT_EQ(steps({{".", 30}}), 1) << "the first repeat comes late";
+    EXPECT_EQ(steps({{",", 3, milliseconds(900)}}), 1) << "the machine was busy";
+    EXPECT_EQ(steps({{".", 0}, {".", 2}}), 2) << "pressed again";
+    EXPECT_EQ(steps({{".", 0}, {"arrowRight", 40}, {".", 0}}), 2) << "another key was held between them";
 }
 
 TEST_F(ReviewModelTest, aNudgeGoesToTheAnchorAtRestAndIsHeardOnTheRun) {
@@ -222,6 +265,8 @@ TEST_F(ReviewModelTest, theCamerasOfATakePlayAsOne) {
     EXPECT_EQ(cameraAt(id_), 4.5);
     EXPECT_EQ(cameraAt(other_), 1);
     EXPECT_EQ(bag.memberLabels()[1].second, "Cam B");
+    const auto axis = CameraAxis::of(bag, controller_->work().syncGroups());
+    EXPECT_EQ(axis.cameras[2].endSeconds - axis.cameras[2].startSeconds, 60) << "not loaded, but probed";
     const auto volume = [&](std::size_t player) { return system_->players[player]->volume; };
     const auto volumes = [&] { return std::pair(volume(0), volume(1)); };
     bag.seekAll(4);
@@ -253,7 +298,10 @@ TEST_F(ReviewModelTest, theCamerasOfATakePlayAsOne) {
     EXPECT_DOUBLE_EQ(cameraAt(id_), 2.54);
     controller_->clips().adjustAudioOffset(other_, 0.5);
     EXPECT_DOUBLE_EQ(bag.memberSyncOffsets().at(other_), -1.5);
+    controller_->clips().setAudioAnchor(id_, 3);
     finish(cluster->load({other_, id_}));
+    EXPECT_DOUBLE_EQ(cameraAt(id_), 4.5);
+    EXPECT_DOUBLE_EQ(cameraAt(other_), 1.5) << "without a clap of its own, where the other one claps";
     EXPECT_EQ(bag.audioSourceMemberID(), id_); // the choice stays while its camera does
     finish(cluster->load({other_}));
     EXPECT_EQ(bag.audioSourceMemberID(), other_);

@@ -171,7 +171,7 @@ TEST(WaveformTileTest, ShowsTheShortestPeakAtAnyZoomAndNothingBehindTheEnd) {
             .peaks = peaks, .rms = levels, .binsPerColumn = binsPerColumn, .height = 40, .gain = 1 / 0.8F};
         const double column = 5000 / binsPerColumn;
         tile.firstColumn = static_cast<std::int64_t>(column / WaveformTile::width) * WaveformTile::width;
-        const auto pixels = drawn(tile, 0xFF204060, 0xFF80A0C0);
+        const auto pixels = drawn(tile, 0, 0xFF204060, 0xFF80A0C0);
         const auto x = static_cast<std::size_t>(column) - static_cast<std::size_t>(tile.firstColumn);
         EXPECT_EQ(pixels[x], 0xFF204060) << binsPerColumn << ": the top row";
         EXPECT_EQ(pixels[20 * WaveformTile::width + x], 0xFF80A0C0) << "the level in the middle";
@@ -179,7 +179,8 @@ TEST(WaveformTileTest, ShowsTheShortestPeakAtAnyZoomAndNothingBehindTheEnd) {
     }
     WaveformTile behind{
         .peaks = peaks, .rms = levels, .binsPerColumn = 100, .firstColumn = 160, .height = 4, .gain = 1};
-    EXPECT_TRUE(std::ranges::all_of(drawn(behind, ~0U, ~0U), [](std::uint32_t pixel) { return pixel == 0; }));
+    EXPECT_TRUE(
+        std::ranges::all_of(drawn(behind, 0, ~0U, ~0U), [](std::uint32_t pixel) { return pixel == 0; }));
 }
 
 } // namespace orvane::test

@@ -1,4 +1,5 @@
 #include "MediaFactory/WaveMaker.h"
+#include "OrvaneSyncApp/Views/Inspector/AttachSheet.h"
 #include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/QtMainThread.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
@@ -14,7 +15,9 @@
 #include "Support/Test.h"
 #include "Views/Application.h"
 
+#include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMenuBar>
 #include <QPointer>
 #include <QPushButton>
@@ -196,6 +199,83 @@ TEST_F(ReviewTest, LensAndFullscreenShowTheSamePicture) {
     QTest::keyClick(full, Qt::Key_Escape);
     EXPECT_TRUE(waitUntil([&] { return full == nullptr; }));
     EXPECT_TRUE(window_->review().isVisible());
+}
+
+TEST_F(ReviewTest, TheEnlargedPictureIsTheNewest) {
+    open();
+    PictureCanvas& canvas = window_->review().picture().canvas();
+    ASSERT_GT(canvas.width(), 300) << "the pictures are 256 wide";
+    for (int i = 0; i < 7; ++i) press(Qt::Key_Right);
+    constexpr int frame = 37;
+    ASSERT_TRUE(
+        waitUntil([&] { return engine().player()->picture()->number == frame && canvas.isSettled(); }));
+    QImage seen = canvas.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    const QSize fitted = QSize(256, 144).scaled(seen.size(), Qt::KeepAspectRatio);
+    seen = seen.copy(
+        QRect(QPoint((seen.width() - fitted.width()) / 2, (seen.height() - fitted.height()) / 2), fitted));
+    const auto kept = std::make_shared<QImage>(seen);
+    platform::Picture picture;
+    picture.size = {seen.width(), seen.height()};
+    picture.pixels = {kept, kept->constBits()};
+    EXPECT_EQ(test::NumberedClip::numberIn(picture), frame);
+}
+
+TEST_F(ReviewTest, ARecordingIsHeardBeforeItIsAttached) {
+    open();
+    MediaAsset missing = *clip(0).audioMatches.front().audio;
+    missing.id = UUID::random();
+    missing.url = FileURL{folder_.path("gone.wav")};
+    AttachSheet sheet(*desktop_, {{*clip(0).audioMatches.front().audio, "T01"}, {missing, "gone"}}, nullptr);
+    UUID chosen;
+    sheet.whenChosen = [&](const UUID& id) { chosen = id; };
+    sheet.show();
+    auto* list = sheet.findChild<QListWidget*>();
+    const auto shows = [&](const QString& words) {
+        const auto buttons = sheet.findChildren<QPushButton*>();
+        return std::ranges::any_of(buttons, [&](const auto* one) { return one->text() == words; });
+    };
+    press(Qt::Key_Space);
+    ASSERT_TRUE(engine().transport().isPlaying);
+    list->setCurrentRow(0);
+    QTest::keyClick(list, Qt::Key_Space);
+    EXPECT_FALSE(engine().transport().isPlaying) << "one thing is heard at a time";
+    EXPECT_TRUE(shows("Pause"));
+    QTest::keyClick(list, Qt::Key_Space);
+    EXPECT_TRUE(shows("Listen"));
+    QTest::keyClick(list, Qt::Key_Space);
+    QTest::keyClick(list, Qt::Key_Down);
+    EXPECT_TRUE(waitUntil([&] {
+        const auto labels = sheet.findChildren<QLabel*>();
+        return std::ranges::any_of(labels,
+                                   [](const auto* one) { return one->text().contains("cannot be read"); });
+    }));
+    EXPECT_TRUE(shows("Listen"));
+    QTest::keyClick(list, Qt::Key_Return);
+    EXPECT_EQ(chosen, missing.id);
+}
+
+TEST_F(ReviewTest, RecordingsAreChosenAndAttachedByKeys) {
+    SyncGroup ambiguous = clip(2);
+    MediaAsset second = *ambiguous.audioMatches.front().audio;
+    second.id = UUID::random();
+    second.url = FileURL{folder_.path("T02.wav")};
+    second.filename = "T02.wav";
+    ambiguous.audioMatches.emplace_back(second, 0, 2);
+    ambiguous.matchStatus = MatchStatus::ambiguous(2);
+    desktop_->controller().openStoredWork({{}, {}, SyncGroupList({clip(0), clip(1), ambiguous})});
+    window_->openReview(ids_[2]);
+    ASSERT_TRUE(waitUntil([&] { return isOnScreen(2); }));
+    press(Qt::Key_T, Qt::ControlModifier);
+    auto* sheet = window_->findChild<AttachSheet*>();
+    ASSERT_TRUE(sheet != nullptr && sheet->isVisible());
+    QTest::keyClick(sheet, Qt::Key_Escape);
+    EXPECT_TRUE(window_->review().isVisible());
+    press(Qt::Key_2, Qt::ControlModifier);
+    EXPECT_EQ(clip(2).audioMatches.front().audio->filename, "T02.wav");
+    EXPECT_EQ(clip(2).matchStatus.kind, MatchStatus::Kind::manual);
+    press(Qt::Key_L, Qt::ControlModifier);
+    press(Qt::Key_1, Qt::ControlModifier);
+    EXPECT_EQ(clip(2).audioMatches.front().audio->filename, "T02.wav") << "a locked clip stays";
 }
 
 TEST_F(ReviewTest, CamerasOfATakePlayTogether) {

@@ -16,6 +16,7 @@
 #include <QDir>
 #include <QMenu>
 #include <QPaintEvent>
+#include <QPainter>
 #include <QTest>
 #include <QWheelEvent>
 
@@ -276,6 +277,42 @@ TEST_F(TimelineViewTest, ZoomsAtThePointerAndRepaintsLittleWhilePlaying) {
     desktop_->players().review()->close();
     settle();
     EXPECT_FALSE(canvas().isVisible()) << "no clip";
+}
+
+TEST_F(TimelineViewTest, NothingIsLeftUnpainted) {
+    openExpanded();
+    view_->hide(); // what it wants itself would be drawn instead
+    constexpr QRgb nothing = 0xFFFF00FF;
+    for (const double ratio : {1.0, 1.5, 2.0})
+        for (const int steps : {0, 3, 9})
+            for (const double scroll : {0.0, 37.0}) {
+                TimelineZoomState zoom = layout().zoom();
+                for (int i = 0; i < steps; ++i) zoom.applyZoom(TimelineZoomState::zoomInFactor);
+                zoom.scrollOffset = zoom.largestScrollOffset() * 0.31;
+                const TimelineLayout placed(std::make_shared<TimelineRows>(layout().content()), zoom, true,
+                                            scroll);
+                const QSize size(static_cast<int>(placed.width()), static_cast<int>(placed.height()) + 20);
+                QImage image(size * ratio, QImage::Format_RGB32);
+                image.setDevicePixelRatio(ratio);
+                // Without its tiles, and once they are there.
+                for (const bool isReady : {false, true}) {
+                    image.fill(nothing);
+                    QPainter painter(&image);
+                    const TimelineScene scene{.layout = placed,
+                                              .tiles = canvas().tiles(),
+                                              .pictures = canvas().pictures(),
+                                              .pixelRatio = ratio};
+                    const TimelineGaps gaps = paintTimeline(painter, scene, QRectF(QPointF(), size));
+                    painter.end();
+                    EXPECT_TRUE(gaps.tiles.empty() || !isReady);
+                    int left = 0;
+                    for (int y = 0; y < image.height(); ++y)
+                        for (int x = 0; x < image.width(); ++x) left += image.pixel(x, y) == nothing ? 1 : 0;
+                    EXPECT_EQ(left, 0) << ratio << ", " << steps << " steps, " << scroll << ", " << isReady;
+                    canvas().tiles().want(gaps.tiles);
+                    ASSERT_TRUE(waitUntil([&] { return !canvas().tiles().isDrawing(); }));
+                }
+            }
 }
 
 TEST(TrackColourTest, ChannelsAreTold) {

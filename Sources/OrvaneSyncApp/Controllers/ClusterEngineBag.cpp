@@ -13,20 +13,21 @@ using platform::MediaTime;
 
 namespace {
 
-/// Where a clap of the take lies in the shared sound: the first that a member holds.
-std::optional<double> sharedClapOf(const std::vector<SyncGroup>& members) {
-    for (const SyncGroup& member : members)
-        if (const auto clap = member.resolvedClapPointSeconds())
-            return *clap - ClipSound(member).offsetSeconds;
-    return std::nullopt;
-}
-
 /// Leaves the calls time to reach every player.
 constexpr std::chrono::milliseconds lead{50};
 
 std::string labelOf(const SyncGroup& member) {
     const auto letter = GroupNaming::cameraLetter(member.video);
     return letter ? "Cam " + *letter : member.video.filename;
+}
+
+/// Clip time at which the member opens: on its clap, or else where another one claps.
+std::optional<double> openingOf(const SyncGroup& member, const std::vector<SyncGroup>& members) {
+    if (const auto own = member.resolvedClapPointSeconds()) return own;
+    for (const SyncGroup& other : members)
+        if (const auto clap = other.resolvedClapPointSeconds())
+            return std::max(*clap - ClipSound(other).offsetSeconds + ClipSound(member).offsetSeconds, 0.0);
+    return std::nullopt;
 }
 
 } // namespace
@@ -46,17 +47,14 @@ platform::Task ClusterEngineBag::load(const std::vector<SyncGroup>& members) {
     });
     memberSyncOffsets_.clear();
     memberLabels_.clear();
-    const auto sharedClap = sharedClapOf(members);
     std::vector<platform::Task> loading;
     for (const SyncGroup& member : members) {
         const ClipSound sound(member);
-        // A camera whose clap is not known shows the moment of the others', not its first picture beside it.
-        auto start = member.resolvedClapPointSeconds();
-        if (!start && sharedClap) start = std::max(*sharedClap + sound.offsetSeconds, 0.0);
         memberSyncOffsets_[member.id] = sound.offsetSeconds;
         memberLabels_.emplace_back(member.id, labelOf(member));
         const auto& engine = engineFor(member.id);
-        loading.push_back(engine->loadClip(member.video.url, sound.take, sound.offsetSeconds, start));
+        loading.push_back(
+            engine->loadClip(member.video.url, sound.take, sound.offsetSeconds, openingOf(member, members)));
         if (!engine->waveform()) continue;
         engine->waveform()->reset();
         if (sound.take) engine->waveform()->load(*sound.take, WaveformReduction::reviewBins, true);

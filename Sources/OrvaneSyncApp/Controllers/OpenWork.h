@@ -151,6 +151,7 @@ class OpenWork {
     /// Runs a change of clips as one step to take back. A change that makes no difference is no step, and
     /// leaves clips and steps as they were.
     void withUndo(const UndoStep& step, const std::function<void()>& mutation);
+    void continueUndo(const UndoStep& step) { undoStack_.continueLastStep(step, environment.clock->now()); }
     void undo() { travel(&UndoStack<State>::undo); }
     void redo() { travel(&UndoStack<State>::redo); }
     void clearUndo();

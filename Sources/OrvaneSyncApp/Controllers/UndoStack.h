@@ -51,6 +51,12 @@ class UndoStack {
         return isNew;
     }
 
+    /// The change that made the last step goes on: the next one of that name belongs to it, however long ago
+    /// it began. Nothing where another step came since, or where it was taken back.
+    void continueLastStep(const UndoStep& step, std::chrono::nanoseconds now) {
+        if (lastRegistrationTime_ && lastActionName_ == step.actionName) lastRegistrationTime_ = now;
+    }
+
     /// Swaps the value for the one before the last change, or after the last change that was taken back.
     /// False when there is none.
     bool undo(Value& present) { return move(toUndo_, toRedo_, present); }

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <deque>
+#include <mutex>
 
 namespace orvane::views {
 
@@ -22,13 +24,18 @@ class QtTimer : public platform::Timer {
     std::atomic<bool> isCancelled_ = false;
 };
 
-/// The receiver of everything that is posted: what waits when it goes is dropped with it.
+/// The receiver of everything that is posted: what waits when it goes is dropped with it. Work is handed over
+/// under a lock of our own, as the thread sanitizer does not see those of Qt; an event a piece keeps its
+/// order among the other events.
 class QtMainThread : public platform::MainThread {
   public:
     void post(std::function<void()> work) override {
+        {
+            const std::lock_guard lock(mutex_);
+            waiting_.push_back(std::move(work));
+        }
         QMetaObject::invokeMethod(
-            &receiver_, [work = std::move(work)] { platform::runAsInterfaceWork(work); },
-            Qt::QueuedConnection);
+            &receiver_, [this] { platform::runAsInterfaceWork(taken()); }, Qt::QueuedConnection);
     }
     std::shared_ptr<platform::Timer> after(std::chrono::nanoseconds delay,
                                            std::function<void()> work) override {
@@ -36,7 +43,7 @@ class QtMainThread : public platform::MainThread {
         // Rounded up: never before its time.
         const auto wait =
             std::chrono::ceil<std::chrono::milliseconds>(std::max(delay, std::chrono::nanoseconds(0)));
-        const auto begin = [this, timer, wait, work = std::move(work)] {
+        auto begin = [this, timer, wait, work = std::move(work)] {
             QTimer::singleShot(wait, Qt::PreciseTimer, &receiver_, [timer, work] {
                 if (!timer->isCancelled()) platform::runAsInterfaceWork(work);
             });
@@ -44,13 +51,22 @@ class QtMainThread : public platform::MainThread {
         if (isCurrent())
             begin();
         else
-            QMetaObject::invokeMethod(&receiver_, begin, Qt::QueuedConnection);
+            post(std::move(begin));
         return timer;
     }
     bool isCurrent() const override { return QThread::currentThread() == receiver_.thread(); }
 
   private:
-    QObject receiver_;
+    std::function<void()> taken() {
+        const std::lock_guard lock(mutex_);
+        auto work = std::move(waiting_.front());
+        waiting_.pop_front();
+        return work;
+    }
+
+    std::mutex mutex_;
+    std::deque<std::function<void()>> waiting_;
+    QObject receiver_; ///< goes first, with the events for what waits
 };
 
 } // namespace

@@ -36,6 +36,7 @@ bool isOurs(const char* context) {
 struct Sentence {
     QRegularExpression pattern;
     QString form;
+    QString words; ///< its longest part without names; most texts are told from it by that alone
 };
 
 class Catalogue : public QTranslator {
@@ -60,6 +61,7 @@ class Catalogue : public QTranslator {
         const auto found = texts_.constFind(english);
         if (found != texts_.constEnd()) return found->first();
         for (const Sentence& one : sentences_) {
+            if (!english.contains(one.words)) continue;
             const auto match = one.pattern.match(english);
             if (!match.hasMatch()) continue;
             QString form = one.form;
@@ -93,8 +95,12 @@ class Catalogue : public QTranslator {
             QString pattern = QRegularExpression::escape(it.key());
             for (int i = 1; i <= 9; ++i)
                 pattern.replace(QStringLiteral("\\%%1").arg(i), QStringLiteral("(?<p%1>.+?)").arg(i));
-            sentences_.push_back(
-                {QRegularExpression(QRegularExpression::anchoredPattern(pattern)), it.value().toString()});
+            static const QRegularExpression place(QStringLiteral("%[1-9]"));
+            const QStringList parts = it.key().split(place);
+            const auto longest =
+                std::ranges::max_element(parts, {}, [](const QString& part) { return part.size(); });
+            sentences_.push_back({QRegularExpression(QRegularExpression::anchoredPattern(pattern)),
+                                  it.value().toString(), *longest});
         }
     }
 

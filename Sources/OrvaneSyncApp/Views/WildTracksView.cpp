@@ -2,7 +2,7 @@
 
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
-#include "OrvaneSyncCore/Services/Waveform/WaveformState.h"
+#include "OrvaneSyncApp/Views/FilePlayer.h"
 
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -140,12 +140,8 @@ void WildTracksView::play(const QTreeWidgetItem& row) {
     const auto found = std::ranges::find(tracks, id, &WildTrack::id);
     if (found == tracks.end()) return;
     if (!player_) {
-        const auto& players = desktop_.players().players();
-        if (!players)
-            return desktop_.whenRefused(tr("Nothing can be played: this machine has no player for sound."));
-        const auto& environment = desktop_.controller().work().environment;
-        player_ = RawFileAudioPlayer::create(
-            players, WaveformState::create(environment.mainThread, environment.waveformCache));
+        player_ = makeFilePlayer(desktop_);
+        if (!player_) return;
         playing_ = player_->onChange([this] { showPlaying(); });
     }
     player_->togglePlayback(found->audio);

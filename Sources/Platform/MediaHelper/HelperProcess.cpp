@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <csignal>
 #include <fcntl.h>
 #include <poll.h>
@@ -114,6 +115,13 @@ void closeIfOpen(int descriptor) {
 
 } // namespace
 
+namespace {
+std::atomic<bool> isMissed = false;
+} // namespace
+
+bool wasMissed() { return isMissed; }
+void noteMissed() { isMissed = true; }
+
 const std::string& programPath() {
     static const std::string path = [] {
         for (const std::string& folder : modules::programFolders())
@@ -141,7 +149,10 @@ std::shared_ptr<Process> Process::borrow(Purpose purpose) {
     auto process = takeFree(purpose);
     while (process && !process->isAlive()) process = takeFree(purpose);
     if (!process) process = start(purpose);
-    if (!process || process->about_.version != ORVANE_VERSION) return nullptr;
+    if (!process || process->about_.version != ORVANE_VERSION) {
+        noteMissed();
+        return nullptr;
+    }
     return {process.release(), [](Process* returned) {
                 std::unique_ptr<Process> back(returned);
                 const std::lock_guard lock(pool().mutex);

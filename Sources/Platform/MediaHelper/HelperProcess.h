@@ -72,6 +72,10 @@ class Process {
 /// What a new process says of itself, be it of another build; nothing when it does not start.
 std::optional<About> tryToStart();
 
+/// Whether one was asked for in vain. Any thread.
+bool wasMissed();
+void noteMissed();
+
 /// The helper's program; empty when it is not beside this one.
 const std::string& programPath();
 

@@ -3,7 +3,6 @@
 #include "Platform/MediaHelper/HelperProcess.h"
 
 #include <algorithm>
-#include <atomic>
 #include <utility>
 
 namespace orvane::platform {
@@ -12,14 +11,6 @@ namespace {
 
 using helper::Process;
 using helper::Request;
-
-std::atomic<bool> wasMissed = false;
-
-std::shared_ptr<Process> borrowed() {
-    auto process = Process::borrow();
-    if (!process) wasMissed = true;
-    return process;
-}
 
 /// A track that a helper holds open. When the helper is gone it ends, as a file does that can no longer be
 /// read.
@@ -76,7 +67,7 @@ class HelperAudio final : public AudioFile {
 
 std::optional<MediaInspection> inspect(const std::string& path, bool& hindered) noexcept {
     try {
-        const auto process = borrowed();
+        const auto process = Process::borrow();
         if (!process) {
             hindered = true;
             return std::nullopt;
@@ -93,7 +84,7 @@ std::optional<MediaInspection> inspect(const std::string& path, bool& hindered) 
 
 std::vector<std::unique_ptr<AudioFile>> openTracks(const std::string& path, bool allTracks) {
     std::vector<std::unique_ptr<AudioFile>> files;
-    const auto process = borrowed();
+    const auto process = Process::borrow();
     if (!process) return files;
     const auto tracks = process->ask<std::vector<helper::Track>>(Request::openAudio, path, allTracks);
     if (tracks)
@@ -122,7 +113,7 @@ std::vector<std::unique_ptr<AudioFile>> openAudioTracks(const std::string& path)
 
 bool canDecode(const std::string& codec) noexcept {
     try {
-        const auto process = borrowed();
+        const auto process = Process::borrow();
         return process && process->ask<bool>(Request::canDecode, codec).value_or(false);
     } catch (...) { // out of memory
         return false;
@@ -131,7 +122,7 @@ bool canDecode(const std::string& codec) noexcept {
 
 } // namespace
 
-bool mediaLibraryWasMissed() { return wasMissed; }
+bool mediaLibraryWasMissed() { return helper::wasMissed(); }
 
 MediaHelper mediaHelper() {
     MediaHelper result{helper::programPath(), "", ""};
@@ -145,7 +136,7 @@ MediaHelper mediaHelper() {
 const MediaLibrary* mediaLibrary() {
     static const MediaLibrary library{inspect, openAudio, openAudioTracks, canDecode};
     if (!helper::programPath().empty()) return &library;
-    wasMissed = true;
+    helper::noteMissed();
     return nullptr;
 }
 

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
 
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/Playback/ScrubAudioPlayer.h"
 
 #include <utility>
@@ -27,7 +28,12 @@ ReviewPlayers::ReviewPlayers(std::shared_ptr<ImportController> controller,
       })),
       keyboard_(
           [this](std::string_view key, ModifierSet modifiers) { return shortcuts_->action(key, modifiers); },
-          [this](KeyAction action) { handleKeyAction(action); }) {}
+          [this](KeyAction action) {
+              // The first repeat comes later than two nudges that belong together.
+              if (keyboard_.isRepeating() && category(action) == ShortcutCategory::audioOffset)
+                  controller_->continueUndo(undoSteps::adjustAudioOffset);
+              handleKeyAction(action);
+          }) {}
 
 void ReviewPlayers::handleKeyAction(KeyAction action) {
     multicam_->isOpen() ? multicam_->handleKeyAction(action) : review_->handleKeyAction(action);

@@ -23,6 +23,8 @@ bool actsNow(ShortcutAction action, const ReviewSituation& now) {
         return now.hasPrevious;
     case clearLoop:
         return now.isLooping;
+    case clapCheck:
+        return now.canCheckClap;
     case updateClapPoint:
         return now.hasSound && now.isLoaded && !now.isLocked;
     case audioOffsetPlus:
@@ -49,6 +51,27 @@ bool actsNow(ShortcutAction action, const ReviewSituation& now) {
     }
 }
 
+KeyGroup keysOfTheWindow(const ReviewSituation& now) {
+    namespace keys = reviewKeys;
+    KeyGroup group{"Window", {}};
+    const auto add = [&](const char* key, const char* label, const char* help, bool acts) {
+        group.rows.push_back({{}, key, label, help, acts});
+    };
+    add(keys::lens, "Sync Lens",
+        "Shows the frames before, at and after the clap beside the sound of that moment.", now.hasClip);
+    add(keys::attach, "Attach a recording", "Adds a recording of this shoot to the clip",
+        now.hasClip && !now.isLocked);
+    add("Ctrl+1–9", "Use This Recording",
+        "Settles the clip by one of its recordings, which then comes first.", now.hasChoice);
+    add(keys::applySuggestion, "Move as the other camera",
+        "Moves the sound of the clip as that of the suggested camera.", now.hasSuggestion);
+    add(keys::rename, "Rename Clip", "Gives the clip a name of its own; a blank one removes it.",
+        now.hasClip);
+    add(keys::multicam, "Open as Multicam", "Opens cameras of one take, each on its clap.", now.hasClip);
+    add(keys::leave, "Back to the results", "Back to the list of all clips", !now.isLooping);
+    return group;
+}
+
 } // namespace
 
 std::vector<KeyGroup> keyOverview(const ShortcutBindings& bindings, const ReviewSituation& situation) {
@@ -65,6 +88,7 @@ std::vector<KeyGroup> keyOverview(const ShortcutBindings& bindings, const Review
             {action, keyText(shortcut), std::string(label(action)), std::string(helpText(action)),
              isReached && actsNow(action, situation)});
     }
+    groups.push_back(keysOfTheWindow(situation));
     std::erase_if(groups, [](const KeyGroup& group) { return group.rows.empty(); });
     return groups;
 }

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Shortcuts/KeyText.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutBindings.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,9 @@ struct ReviewSituation {
     bool hasSound = false;
     bool isLocked = false;
     bool isLooping = false;
+    bool canCheckClap = false;
+    bool hasChoice = false;     ///< among several recordings
+    bool hasSuggestion = false; ///< by a sibling's move
     bool hasNext = false, hasPrevious = false;
     bool canUndo = false, canRedo = false;
     bool hasWork = false;
@@ -22,10 +26,17 @@ struct ReviewSituation {
     bool operator==(const ReviewSituation&) const = default;
 };
 
+/// Keys of the review's window, which nobody binds.
+namespace reviewKeys {
+inline constexpr const char *lens = "S", *rename = "F2", *attach = "Ctrl+T", *choose = "Ctrl+%1",
+                            *applySuggestion = "Ctrl+Shift+A", *multicam = "Ctrl+M", *leave = "Esc";
+inline constexpr int mostChosen = 9; ///< recordings that `choose` reaches, from 1
+} // namespace reviewKeys
+
 /// The keys by what they are about. Pure; any thread.
 struct KeyGroup {
     struct Row {
-        ShortcutAction action;
+        std::optional<ShortcutAction> action; ///< absent: the window's, which is not bound
         std::string key; ///< as the keyboard has it, such as "Shift+Right"; "—" without one
         std::string label;
         std::string help;

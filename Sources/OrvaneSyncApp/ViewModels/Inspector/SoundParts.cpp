@@ -63,9 +63,9 @@ RecordingsPart RecordingsPart::of(const ImportController& controller, const Sync
 std::vector<Attachable> attachableTo(const ImportController& controller, const UUID& groupID) {
     std::vector<Attachable> all;
     for (const WildTrack& track : controller.work().wildTracks())
-        all.push_back({track.audio.id, controller.work().fileNames().of(track.audio) + "  ·  on no clip"});
+        all.push_back({track.audio, controller.work().fileNames().of(track.audio) + "  ·  on no clip"});
     for (const MediaAsset& audio : controller.recordings().rawFilesAvailableToAttach(groupID))
-        all.push_back({audio.id, controller.recordings().rawFilesMenuLabel(audio)});
+        all.push_back({audio, controller.recordings().rawFilesMenuLabel(audio)});
     return all;
 }
 

@@ -47,7 +47,7 @@ struct RecordingsPart {
 
 /// What a clip could get: wild tracks first, then what other clips use, of its own day first.
 struct Attachable {
-    UUID audioID;
+    MediaAsset audio;
     std::string label;
 };
 std::vector<Attachable> attachableTo(const ImportController& controller, const UUID& groupID);

@@ -6,11 +6,13 @@
 
 namespace orvane {
 
-CameraAxis CameraAxis::of(const ClusterEngineBag& bag) {
+CameraAxis CameraAxis::of(const ClusterEngineBag& bag, const SyncGroupList& clips) {
     CameraAxis axis;
     for (const auto& [id, label] : bag.memberLabels()) {
         const double start = -bag.memberSyncOffsets().at(id);
-        const double length = bag.engines().at(id)->playhead().clipDuration;
+        double length = bag.engines().at(id)->playhead().clipDuration;
+        const SyncGroup* clip = clips.find(id);
+        if (length <= 0 && clip != nullptr) length = clip->video.durationSeconds.value_or(0);
         axis.cameras.push_back({id, label, start, start + length});
     }
     if (axis.cameras.empty()) return axis;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/ClusterEngineBag.h"
+#include "OrvaneSyncCore/Models/SyncGroupList.h"
 
 #include <optional>
 #include <string>
@@ -15,9 +16,9 @@ struct CameraAxis {
         UUID id;
         std::string label;
         double startSeconds = 0;
-        double endSeconds = 0; ///< as far as the camera is loaded
+        double endSeconds = 0; ///< by the player, or by the file as long as it is not loaded
     };
-    static CameraAxis of(const ClusterEngineBag& bag);
+    static CameraAxis of(const ClusterEngineBag& bag, const SyncGroupList& clips);
 
     std::vector<Camera> cameras; ///< in their order
     double startSeconds = 0;

@@ -6,18 +6,25 @@
 
 namespace orvane {
 
-std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engine) {
+std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engine, bool isHelperMissing) {
     if (clip == nullptr)
         return PictureNote{"No clip is open", "Choose one at the left, or a take for all its cameras."};
     if (engine.players() == nullptr)
         return PictureNote{"Pictures and sound cannot be played", "'orvanesync doctor' says why."};
     if (engine.transport().isLoading) return std::nullopt;
+    const bool hasPicture = engine.transport().isLoaded && engine.player()->facts().hasPicture;
+    if (!hasPicture && isHelperMissing)
+        return PictureNote{
+            "No clip shows its picture",
+            "The program orvane_media_helper, which decodes them, is missing or does not start. "
+            "Install OrvaneSync again with it; 'orvanesync doctor' says more. Sound in WAVE files "
+            "plays, and the document can be written all the same."};
     if (!engine.transport().isLoaded)
         return PictureNote{"The clip cannot be played",
                            clip->video.filename +
                                " holds no picture and no sound that can be read, or is not there any more. "
                                "Look for it in its folder, or export the clip as it is."};
-    if (!engine.player()->facts().hasPicture)
+    if (!hasPicture)
         return PictureNote{"Sound only", clip->video.filename +
                                              " holds no picture that can be decoded. Its sound plays, "
                                              "and the document names the file all the same."};

@@ -16,8 +16,9 @@ struct PictureNote {
     bool operator==(const PictureNote&) const = default;
 };
 
-/// `clip`: the one in view; null without one. Nothing where there is a picture, or one is on its way.
-std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engine);
+/// `clip`: the one in view; null without one. `isHelperMissing`: nothing is decoded, whatever the file.
+/// Nothing where there is a picture, or one is on its way.
+std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engine, bool isHelperMissing);
 
 /// Why nothing is heard of what plays, and what to do; nothing where there is a device.
 std::optional<std::string> soundNote(VideoEngine& engine);

@@ -218,10 +218,20 @@ void ReviewViewModel::jumpToEdit(bool previous) {
 }
 
 void ReviewViewModel::clapCheck() {
-    const SyncGroup* clip = group();
     if (engine_->loop().isLooping) return engine_->clearLoop();
-    if (clip == nullptr) return;
-    engine_->setLoopRegion(clip->resolvedClapPointSeconds().value_or(clapCheckWithoutClap), clapCheckFrames);
+    if (canCheckClap()) engine_->setLoopRegion(clapCheckSeconds(), clapCheckFrames);
+}
+
+double ReviewViewModel::clapCheckSeconds() const {
+    return group()->resolvedClapPointSeconds().value_or(clapCheckWithoutClap);
+}
+
+bool ReviewViewModel::canCheckClap() const {
+    if (engine_->loop().isLooping) return true;
+    if (group() == nullptr || !engine_->transport().isLoaded) return false;
+    const PlayheadState& playhead = engine_->playhead();
+    const double reach = (playhead.frameLength() * clapCheckFrames).seconds();
+    return clapCheckSeconds() + reach > 0 && clapCheckSeconds() - reach < playhead.clipDuration;
 }
 
 void ReviewViewModel::applyZoom(double scaleDelta) {

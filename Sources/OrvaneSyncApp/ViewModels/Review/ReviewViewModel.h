@@ -44,6 +44,8 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     /// Clip time.
     void jumpToEdit(bool previous);
     void clapCheck();
+    /// Whether `clapCheck` does something: a loop runs, or there is something to play around the clap.
+    bool canCheckClap() const;
     /// Moves the sound; while it plays, under the sound that is heard. Throws OutOfRange.
     void adjustOffset(int byFrames);
     /// `takeSeconds`: place in the recording. With Command and Option the anchor is put there.
@@ -75,6 +77,7 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     /// As one step to take back.
     void edit(const UndoStep& step, void (ClipEditing::*operation)(UUID));
     void lockCluster();
+    double clapCheckSeconds() const; ///< clip time, of the middle
     void setStartTimecode(const SyncGroup& group);
 
     const std::shared_ptr<ImportController> controller_;

@@ -39,10 +39,10 @@ WaveformTile::Column WaveformTile::column(int at) const {
     return result;
 }
 
-std::vector<std::uint32_t> drawn(const WaveformTile& tile, std::uint32_t peakColour,
+std::vector<std::uint32_t> drawn(const WaveformTile& tile, std::uint32_t ground, std::uint32_t peakColour,
                                  std::uint32_t levelColour) {
     constexpr auto width = static_cast<std::size_t>(WaveformTile::width);
-    std::vector<std::uint32_t> pixels(width * static_cast<std::size_t>(tile.height));
+    std::vector<std::uint32_t> pixels(width * static_cast<std::size_t>(tile.height), ground);
     const int half = tile.height / 2;
     const auto scale = static_cast<float>(half) * tile.gain;
     constexpr float line = 0.5F; // silence shows as a thin line
@@ -54,7 +54,7 @@ std::vector<std::uint32_t> drawn(const WaveformTile& tile, std::uint32_t peakCol
         const float level = std::min(column.rms * scale, static_cast<float>(half));
         for (int distance = 0; distance < half && static_cast<float>(distance) < peak; ++distance) {
             const std::uint32_t solid = mixed(peakColour, levelColour, coverage(level, distance));
-            const std::uint32_t pixel = mixed(0, solid, coverage(peak, distance));
+            const std::uint32_t pixel = mixed(ground, solid, coverage(peak, distance));
             pixels[static_cast<std::size_t>(half - 1 - distance) * width + static_cast<std::size_t>(x)] =
                 pixel;
             pixels[static_cast<std::size_t>(half + distance) * width + static_cast<std::size_t>(x)] = pixel;

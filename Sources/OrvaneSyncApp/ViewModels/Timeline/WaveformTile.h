@@ -25,9 +25,9 @@ struct WaveformTile {
     Column column(int at) const;
 };
 
-/// Bars round the middle: the peaks in one colour, the levels over them in another. Colours are 0xAARRGGBB
-/// with alpha 255; gives `height` rows of 0xAARRGGBB, multiplied by alpha. Pure; any thread.
-std::vector<std::uint32_t> drawn(const WaveformTile& tile, std::uint32_t peakColour,
+/// Bars round the middle: the peaks in one colour, the levels over them in another, on a ground. Colours are
+/// 0xAARRGGBB; gives `height` rows of them. Pure; any thread.
+std::vector<std::uint32_t> drawn(const WaveformTile& tile, std::uint32_t ground, std::uint32_t peakColour,
                                  std::uint32_t levelColour);
 
 } // namespace orvane

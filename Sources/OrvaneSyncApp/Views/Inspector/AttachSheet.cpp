@@ -2,55 +2,127 @@
 
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Services/Timeline/TimelineRuler.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cmath>
 
 namespace orvane::views {
 
 using namespace design;
 
-AttachSheet::AttachSheet(const std::vector<Attachable>& recordings, QWidget* parent) : QDialog(parent) {
+AttachSheet::AttachSheet(Desktop& desktop, const std::vector<Attachable>& recordings, QWidget* parent)
+    : QDialog(parent), desktop_(desktop) {
     setWindowTitle(tr("Attach a recording"));
     resize(520, 440);
     auto* column = new QVBoxLayout(this);
-    column->addWidget(label(text(RecordingsPart::choosePrompt)));
+    column->addWidget(label(translated(RecordingsPart::choosePrompt)));
     column->addWidget(search_ = searchField(tr("Search recordings"), tr("Name")));
     column->addWidget(list_ = new QListWidget, 1);
     list_->setAccessibleName(tr("Recordings"));
     list_->setUniformItemSizes(true);
+    list_->installEventFilter(this);
     for (const Attachable& one : recordings) {
-        list_->addItem(text(one.label));
-        ids_.push_back(one.audioID);
+        list_->addItem(translatedSentence(one.label));
+        audios_.push_back(one.audio);
     }
     if (recordings.empty())
         column->addWidget(
             facts(tr("All recordings of this shoot lie under the clip. Attach a file instead.")));
+    column->addLayout(makeListening());
     auto* buttons = new QHBoxLayout;
     QPushButton* file = button(tr("From File…"));
     buttons->addWidget(file);
     buttons->addStretch(1);
     QPushButton* cancel = button(tr("Cancel"));
     buttons->addWidget(cancel);
-    QPushButton* attach = button(tr("Attach"), Weight::primary);
-    attach->setDefault(true);
-    buttons->addWidget(attach);
+    buttons->addWidget(attach_ = button(tr("Attach"), Weight::primary));
+    attach_->setDefault(true);
     column->addLayout(buttons);
     connect(search_, &QLineEdit::textChanged, this, [this](const QString& words) { filter(words); });
     connect(list_, &QListWidget::itemActivated, this, [this] { choose(); });
     connect(cancel, &QPushButton::clicked, this, [this] { reject(); });
-    connect(attach, &QPushButton::clicked, this, [this] { choose(); });
+    connect(attach_, &QPushButton::clicked, this, [this] { choose(); });
     connect(file, &QPushButton::clicked, this, [this] {
         reject();
         whenFileWanted();
     });
-    const auto enable = [this, attach] { attach->setEnabled(!list_->selectedItems().isEmpty()); };
-    connect(list_, &QListWidget::itemSelectionChanged, attach, enable);
-    enable();
+    connect(list_, &QListWidget::itemSelectionChanged, this, [this] { followSelection(); });
+    followSelection();
     search_->setFocus();
+}
+
+QLayout* AttachSheet::makeListening() {
+    auto* row = new QHBoxLayout;
+    row->addWidget(listen_ = button(tr("Listen"), Glyph::play));
+    listen_->setAutoDefault(false);
+    listen_->setToolTip(tr("Plays the selected recording, or pauses it (Space in the list)"));
+    connect(listen_, &QPushButton::clicked, this, [this] { listen(); });
+    row->addWidget(place_ = facts({}), 1);
+    return row;
+}
+
+bool AttachSheet::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == list_ && event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space) {
+        listen();
+        return true;
+    }
+    return QDialog::eventFilter(watched, event);
+}
+
+const MediaAsset* AttachSheet::selected() const {
+    const auto rows = list_->selectedItems();
+    return rows.isEmpty() ? nullptr : &audios_.at(static_cast<std::size_t>(list_->row(rows.front())));
+}
+
+void AttachSheet::listen() {
+    const MediaAsset* audio = selected();
+    if (audio == nullptr) return;
+    if (!player_) {
+        player_ = makeFilePlayer(desktop_);
+        if (!player_)
+            return place_->setText(tr("Nothing can be played: this machine has no player for sound."));
+        playing_ = player_->onChange([this] { showPlaying(); });
+    }
+    isAsked_ = true;
+    // One thing is heard at a time.
+    desktop_.players().review()->engine()->pause(true);
+    player_->togglePlayback(*audio);
+}
+
+void AttachSheet::followSelection() {
+    const MediaAsset* audio = selected();
+    attach_->setEnabled(audio != nullptr);
+    listen_->setEnabled(audio != nullptr);
+    if (!player_ || player_->currentAssetID() == (audio ? std::optional(audio->id) : std::nullopt)) return;
+    // Who listens goes on with the row that he comes to.
+    if (audio != nullptr && player_->isPlaying())
+        player_->togglePlayback(*audio);
+    else {
+        isAsked_ = false;
+        player_->stop();
+    }
+}
+
+void AttachSheet::showPlaying() {
+    const bool plays = player_->isPlaying();
+    listen_->setText(plays ? tr("Pause") : tr("Listen"));
+    listen_->setIcon(icon(plays ? Glyph::pause : Glyph::play));
+    const auto moment = [](double seconds) { return text(TimelineRuler::formatTime(std::floor(seconds))); };
+    if (isAsked_ && !player_->currentAssetID())
+        return place_->setText(tr("This file cannot be read as sound."));
+    place_->setText(player_->duration() > 0
+                        ? tr("%1 of %2").arg(moment(player_->currentTime()), moment(player_->duration()))
+                        : QString());
 }
 
 void AttachSheet::filter(const QString& words) {
@@ -69,11 +141,10 @@ void AttachSheet::filter(const QString& words) {
 }
 
 void AttachSheet::choose() {
-    const int row = list_->selectedItems().isEmpty() ? -1 : list_->row(list_->selectedItems().front());
-    if (row < 0) return;
-    const UUID id = ids_.at(static_cast<std::size_t>(row));
+    const MediaAsset* audio = selected();
+    if (audio == nullptr) return;
     accept();
-    whenChosen(id);
+    whenChosen(audio->id);
 }
 
 } // namespace orvane::views

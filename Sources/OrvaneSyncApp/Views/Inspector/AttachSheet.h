@@ -1,32 +1,52 @@
 #pragma once
 
 #include "OrvaneSyncApp/ViewModels/Inspector/SoundParts.h"
+#include "OrvaneSyncApp/Views/FilePlayer.h"
 
 #include <QDialog>
 
 #include <functional>
 #include <vector>
 
+class QLabel;
+class QLayout;
 class QLineEdit;
 class QListWidget;
+class QPushButton;
 
 namespace orvane::views {
 
-/// Recordings to choose one from by name, or a file.
+/// Recordings to choose one from by name and by ear, or a file.
 class AttachSheet : public QDialog {
   public:
-    AttachSheet(const std::vector<Attachable>& recordings, QWidget* parent);
+    AttachSheet(Desktop& desktop, const std::vector<Attachable>& recordings, QWidget* parent);
 
     std::function<void(const UUID& audioID)> whenChosen;
     std::function<void()> whenFileWanted;
 
-  private:
-    void filter(const QString& words);
-    void choose();
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
+  private:
+    QLayout* makeListening();
+    void filter(const QString& words);
+    /// Null without a row that is selected.
+    const MediaAsset* selected() const;
+    void choose();
+    /// Plays the selected one, or pauses it.
+    void listen();
+    void followSelection();
+    void showPlaying();
+
+    Desktop& desktop_;
     QLineEdit* search_;
     QListWidget* list_;
-    std::vector<UUID> ids_; ///< by row
+    QPushButton *attach_, *listen_;
+    QLabel* place_;
+    std::vector<MediaAsset> audios_;             ///< by row
+    std::shared_ptr<RawFileAudioPlayer> player_; ///< made when something is played first
+    bool isAsked_ = false;                       ///< to play what is selected
+    platform::Subscription playing_;
 };
 
 } // namespace orvane::views

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Inspector/ChannelsSection.h"
 
 #include "OrvaneSyncApp/ViewModels/Inspector/TypedValues.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QGridLayout>
 #include <QGuiApplication>
@@ -21,7 +22,7 @@ constexpr double masterGainStep = 0.5; ///< dB
 QString linesOf(std::initializer_list<std::string> texts) {
     QStringList filled;
     for (const std::string& one : texts)
-        if (!one.empty()) filled << text(one);
+        if (!one.empty()) filled << translatedSentence(one);
     return filled.join(QLatin1Char('\n'));
 }
 
@@ -45,7 +46,7 @@ ChannelsSection::ChannelsSection(Desktop& desktop)
     auto* buttons = new FlowLayout;
     buttons->addWidget(analyse_ = button(tr("Re-analyse this clip"), Glyph::waveform));
     add(buttons);
-    analyse_->setToolTip(text(desktop.command("runSmartAudioForGroup").help));
+    analyse_->setToolTip(translated(desktop.command("runSmartAudioForGroup").help));
     connect(analyse_, &QPushButton::clicked, this, [this] { analyse(); });
     question_ = new QFrame;
     question_->setProperty("banner", true);
@@ -106,10 +107,10 @@ ChannelsSection::Row ChannelsSection::makeRow(int track) {
     column->addWidget(row.kind);
     column->addWidget(row.share);
     row.isActive->setToolTip(
-        tr("%1 With Alt: this track alone.").arg(text(desktop().command("toggleTrackActive").help)));
-    row.isAllowed->setToolTip(
-        tr("%1 With Alt: this track alone.").arg(text(desktop().command("toggleAlgorithmInclusion").help)));
-    row.solo->setToolTip(text(desktop().command("toggleSoloMonitor").help));
+        tr("%1 With Alt: this track alone.").arg(translated(desktop().command("toggleTrackActive").help)));
+    row.isAllowed->setToolTip(tr("%1 With Alt: this track alone.")
+                                  .arg(translated(desktop().command("toggleAlgorithmInclusion").help)));
+    row.solo->setToolTip(translated(desktop().command("toggleSoloMonitor").help));
     row.solo->setCheckable(true);
     connect(row.isActive, &QCheckBox::clicked, this, [this, track] {
         runForTrack(meansThisTrackAlone() ? "soloTrackActive" : "toggleTrackActive", track);
@@ -135,7 +136,7 @@ void ChannelsSection::fill(Row& row, const ChannelsPart::Channel& channel) {
     row.isAllowed->setAccessibleName(tr("Let the analysis use channel %1").arg(name));
     row.solo->setChecked(channel.isSolo);
     row.solo->setAccessibleName(tr("Hear channel %1 alone").arg(name));
-    showUnlessEmpty(row.kind, text(channel.kind));
+    showUnlessEmpty(row.kind, translatedSentence(channel.kind));
     showUnlessEmpty(row.share,
                     linesOf({channel.share, channel.ranges,
                              channel.gain.empty() ? std::string() : "Recommended gain " + channel.gain}));
@@ -159,8 +160,9 @@ void ChannelsSection::show(const SyncGroup& clip) {
         }
     }
     for (std::size_t i = 0; i < rows_.size(); ++i) fill(rows_[i], part.channels[i]);
-    summary_->setText(part.channels.empty() ? tr("The clip has no sound.") : text(part.summary));
-    showUnlessEmpty(music_, text(part.music));
+    summary_->setText(part.channels.empty() ? tr("The clip has no sound.")
+                                            : translatedSentence(part.summary));
+    showUnlessEmpty(music_, translatedSentence(part.music));
     analyse_->setText(part.isAnalysed ? tr("Re-analyse this clip") : tr("Analyse this clip"));
     analyse_->setEnabled(!part.channels.empty());
     const auto active = std::ranges::count(part.channels, true, &ChannelsPart::Channel::isActive);
@@ -194,8 +196,8 @@ LoudnessSection::LoudnessSection(Desktop& desktop)
     warning_->setPalette(amber);
     auto* buttons = new FlowLayout;
     buttons->addWidget(reset_ = commandButton("resetMasterGain", tr("Reset to auto")));
-    QPushButton* measure = button(text(desktop.command("measureLoudness").title));
-    measure->setToolTip(text(desktop.command("measureLoudness").help));
+    QPushButton* measure = button(translated(desktop.command("measureLoudness").title));
+    measure->setToolTip(translated(desktop.command("measureLoudness").help));
     connect(measure, &QPushButton::clicked, this, [this] { run("measureLoudness", JSON::object()); });
     buttons->addWidget(measure);
     add(buttons);
@@ -208,7 +210,7 @@ LoudnessSection::LoudnessSection(Desktop& desktop)
 QString LoudnessSection::setGain(const QString& typed) {
     const TypedNumber gain =
         gainFromText(utf8(typed), TrackEditing::lowestGainDB, TrackEditing::highestGainDB);
-    if (!gain.value) return text(gain.problem);
+    if (!gain.value) return translatedSentence(gain.problem);
     setGain(*gain.value);
     return {};
 }
@@ -226,13 +228,13 @@ void LoudnessSection::show(const SyncGroup& clip) {
     reset_->setEnabled(!part.isAutomatic);
     if (shown_ == part) return;
     shown_ = part;
-    source_->setText(text(part.source));
+    source_->setText(translatedSentence(part.source));
     preset_->setText(text(part.preset));
     target_->setText(text(part.target));
     forecast_->setText(part.forecast.empty() ? tr("after a measurement") : text(part.forecast));
     gain_->show(text(part.gain));
-    showUnlessEmpty(warning_, text(part.warning));
-    showUnlessEmpty(estimation_, text(part.estimation));
+    showUnlessEmpty(warning_, translatedSentence(part.warning));
+    showUnlessEmpty(estimation_, translatedSentence(part.estimation));
     setSummary(part.isAutomatic ? text(part.gain) : tr("%1 by hand").arg(text(part.gain)));
 }
 

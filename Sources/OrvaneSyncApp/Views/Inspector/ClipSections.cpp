@@ -1,4 +1,5 @@
 #include "OrvaneSyncApp/Views/Inspector/ClipSections.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QGridLayout>
 #include <QLineEdit>
@@ -45,10 +46,10 @@ void DoubtsSection::show(const SyncGroup& clip) {
         if (doubt.steps.empty()) continue;
         auto* buttons = new FlowLayout;
         for (const CureStep& step : doubt.steps) {
-            QPushButton* cure = button(text(step.button));
+            QPushButton* cure = button(translatedSentence(step.button));
             cure->setToolTip(step.scansAgain ? tr("%1 The shoot is then scanned and matched again.")
-                                                   .arg(text(desktop().command(step.command).help))
-                                             : text(desktop().command(step.command).help));
+                                                   .arg(translated(desktop().command(step.command).help))
+                                             : translated(desktop().command(step.command).help));
             connect(cure, &QPushButton::clicked, this, [this, step] { take(step); });
             buttons->addWidget(cure);
         }
@@ -122,7 +123,8 @@ void MetadataSection::show(const SyncGroup& clip) {
     rows_->addLayout(files);
     for (const MetadataPart::Source& source : part.sources)
         for (const auto& group : source.groups) {
-            rows_->addWidget(facts(tr("%1 · %2").arg(text(source.title), text(rawValue(group.group)))));
+            rows_->addWidget(facts(tr("%1 · %2").arg(translatedSentence(source.title),
+                                                     translatedSentence(rawValue(group.group)))));
             QGridLayout* grid = factsGrid();
             for (const auto& [key, value] : group.rows) addFact(grid, key, value);
             rows_->addLayout(grid);
@@ -150,11 +152,11 @@ void NotesSection::show(const SyncGroup& clip) {
     clear(rows_);
     if (part.notes.empty()) rows_->addWidget(facts(tr("Nobody wrote anything about this take.")));
     for (const auto& [who, note] : part.notes) {
-        rows_->addWidget(facts(text(who)));
+        rows_->addWidget(facts(translatedSentence(who)));
         rows_->addWidget(label(breakable(note)));
     }
-    slate_->setText(text(part.slate));
-    proposal_->setText(text(part.proposal));
+    slate_->setText(translatedSentence(part.slate));
+    proposal_->setText(translatedSentence(part.proposal));
     proposal_->setVisible(!part.proposal.empty());
     setSummary(part.notes.empty() ? QString() : QString::number(part.notes.size()));
     shown_ = std::move(part);

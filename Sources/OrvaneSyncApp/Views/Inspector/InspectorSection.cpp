@@ -1,4 +1,5 @@
 #include "OrvaneSyncApp/Views/Inspector/InspectorSection.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QGridLayout>
 #include <QPointer>
@@ -60,8 +61,8 @@ QString InspectorSection::runFromField(std::string_view id, JSON arguments) {
 
 QPushButton* InspectorSection::commandButton(std::string_view id, const QString& text) {
     const commands::Command& row = desktop_.command(id);
-    QPushButton* made = button(text.isEmpty() ? views::text(row.title) : text);
-    made->setToolTip(views::text(row.help));
+    QPushButton* made = button(text.isEmpty() ? translated(row.title) : text);
+    made->setToolTip(translated(row.help));
     connect(made, &QPushButton::clicked, this, [this, id] { run(id); });
     controls_.emplace_back(made, id);
     return made;
@@ -69,7 +70,7 @@ QPushButton* InspectorSection::commandButton(std::string_view id, const QString&
 
 QCheckBox* InspectorSection::commandBox(std::string_view id, const QString& text) {
     auto* made = new QCheckBox(text);
-    made->setToolTip(views::text(desktop_.command(id).help));
+    made->setToolTip(translated(desktop_.command(id).help));
     connect(made, &QCheckBox::clicked, this, [this, id] { run(id); });
     controls_.emplace_back(made, id);
     return made;
@@ -77,9 +78,10 @@ QCheckBox* InspectorSection::commandBox(std::string_view id, const QString& text
 
 void addFact(QGridLayout* grid, const std::string& name, const std::string& value) {
     const int row = grid->rowCount();
-    QLabel* left = facts(breakable(name));
+    const QString shown = translatedSentence(name);
+    QLabel* left = facts(breakable(utf8(shown)));
     QLabel* right = label(breakable(value));
-    right->setAccessibleName(text(name + ": " + value));
+    right->setAccessibleName(QStringLiteral("%1: %2").arg(shown, text(value)));
     grid->addWidget(left, row, 0, Qt::AlignTop);
     grid->addWidget(right, row, 1, Qt::AlignTop);
     grid->setColumnStretch(1, 1);

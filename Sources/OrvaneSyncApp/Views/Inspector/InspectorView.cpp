@@ -7,6 +7,7 @@
 #include "OrvaneSyncApp/Views/Inspector/RecordingsSection.h"
 #include "OrvaneSyncApp/Views/Inspector/SyncSection.h"
 #include "OrvaneSyncApp/Views/ResultsModel.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QEvent>
 #include <QScrollArea>
@@ -104,7 +105,7 @@ void InspectorView::refresh() {
         ResultsViewModel::certaintyOf(*clip, desktop_.controller().doubts().byGroup.contains(clip->id));
     name_ = text(exportedName(desktop_.controller(), *clip, GroupNaming::manualName(*clip).value_or("")));
     showTitle();
-    status_->show(signal(certainty), text(clip->matchStatus.label()));
+    status_->show(signal(certainty), translatedSentence(clip->matchStatus.label()));
     for (InspectorSection* section : sections_) section->showClip(*clip);
     settleLayouts(*content_);
 }

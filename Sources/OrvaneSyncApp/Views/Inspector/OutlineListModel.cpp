@@ -3,6 +3,7 @@
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
 #include "OrvaneSyncApp/Views/ResultsModel.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QPainter>
 
@@ -18,7 +19,7 @@ constexpr int outlineFoldWidth = 24;
 
 QString spokenRow(const OutlineModel::Row& row) {
     QStringList all{text(row.label)};
-    if (!row.facts.empty()) all << text(row.facts);
+    if (!row.facts.empty()) all << translatedSentence(row.facts);
     if (row.isLocked) all << QObject::tr("locked");
     if (row.isApproved) all << QObject::tr("approved");
     if (row.isExcluded) all << QObject::tr("not exported");
@@ -44,7 +45,7 @@ QVariant OutlineListModel::data(const QModelIndex& index, int role) const {
         return spokenRow(shown);
     case Qt::AccessibleDescriptionRole:
     case Qt::ToolTipRole:
-        return text(shown.status);
+        return translatedSentence(shown.status);
     default:
         return {};
     }
@@ -102,7 +103,8 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     } else {
         const int half = inner.height() / 2;
         line({inner.left(), inner.top() + 2, inner.width(), half}, textFont(), strong, text(row.label));
-        line({inner.left(), inner.top() + half, inner.width(), half - 2}, factsFont(), weak, text(row.facts));
+        line({inner.left(), inner.top() + half, inner.width(), half - 2}, factsFont(), weak,
+             translatedSentence(row.facts));
     }
     if (option.state.testFlag(QStyle::State_HasFocus)) {
         painter->setRenderHint(QPainter::Antialiasing, false);

@@ -2,6 +2,7 @@
 
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineListModel.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QEvent>
 #include <QKeyEvent>
@@ -107,7 +108,7 @@ void OutlineView::open(int row) {
     }
 }
 
-void OutlineView::showCounts() { counts_->setText(text(rows_.counts().text())); }
+void OutlineView::showCounts() { counts_->setText(translatedSentence(rows_.counts().text())); }
 
 bool OutlineView::event(QEvent* event) {
     // The settings by which clips are named may have changed in another window.

@@ -1,9 +1,13 @@
 #include "OrvaneSyncApp/Views/Inspector/RecordingsSection.h"
 
+#include "OrvaneSyncApp/ViewModels/Inspector/KeyOverview.h"
 #include "OrvaneSyncApp/Views/Inspector/AttachSheet.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QFileDialog>
 #include <QHBoxLayout>
+#include <QKeySequence>
+#include <QShortcut>
 #include <QVBoxLayout>
 
 namespace orvane::views {
@@ -19,16 +23,38 @@ RecordingsSection::RecordingsSection(Desktop& desktop)
     auto* buttons = new FlowLayout;
     buttons->addWidget(confirm_ = commandButton("confirmAmbiguousMatch"));
     buttons->addWidget(attach_ = button(tr("Attach…"), Glyph::plus));
-    attach_->setToolTip(tr("Adds a recording of this shoot to the clip"));
+    attach_->setToolTip(tr("%1 (%2)").arg(tr("Adds a recording of this shoot to the clip"),
+                                          QLatin1String(reviewKeys::attach)));
     connect(attach_, &QPushButton::clicked, this, [this] { chooseFromPool(); });
     buttons->addWidget(attachFile_ = button(tr("Attach File…")));
-    attachFile_->setToolTip(text(RecordingsPart::choosePrompt));
+    attachFile_->setToolTip(translated(RecordingsPart::choosePrompt));
     connect(attachFile_, &QPushButton::clicked, this, [this] { chooseFile(); });
     buttons->addWidget(commandButton("resyncClip"));
     buttons->addWidget(detach_ = commandButton("removeVideoFromSync"));
-    detach_->setToolTip(text(RecordingsPart::detachHint));
+    detach_->setToolTip(translated(RecordingsPart::detachHint));
     add(buttons);
+    addKeys();
     add(isSilent_ = commandBox("toggleMOS", tr("MOS (no audio)")));
+}
+
+/// They hold where the section is folded, too.
+void RecordingsSection::addKeys() {
+    const auto add = [this](const QString& key, auto does) {
+        connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, this, does);
+    };
+    add(QLatin1String(reviewKeys::attach), [this] {
+        if (attach_->isEnabled()) chooseFromPool();
+    });
+    for (int i = 0; i < reviewKeys::mostChosen; ++i)
+        add(QString::fromLatin1(reviewKeys::choose).arg(i + 1), [this, index = static_cast<std::size_t>(i)] {
+            if (shown_ && shown_->hasChoice() && index < shown_->recordings.size()) use(index);
+        });
+}
+
+void RecordingsSection::use(std::size_t index) {
+    JSON arguments = forClip();
+    arguments.set("matchID", shown_->recordings[index].files.front().matchID.text());
+    run("chooseRecording", std::move(arguments));
 }
 
 void RecordingsSection::show(const SyncGroup& clip) {
@@ -42,7 +68,7 @@ void RecordingsSection::show(const SyncGroup& clip) {
 
 void RecordingsSection::fill(const RecordingsPart& part) {
     setSummary(part.recordings.empty() ? tr("none") : QString::number(part.recordings.size()));
-    prompt_->setText(text(part.prompt));
+    prompt_->setText(translatedSentence(part.prompt));
     prompt_->setVisible(!part.prompt.empty());
     clear(rows_);
     for (std::size_t i = 0; i < part.recordings.size(); ++i) rows_->addWidget(recordingRow(part, i));
@@ -67,7 +93,7 @@ QWidget* RecordingsSection::recordingRow(const RecordingsPart& part, std::size_t
         row->addWidget(name, 1);
         QPushButton* remove = button({}, Glyph::cross, Weight::quiet);
         remove->setAccessibleName(tr("Take %1 off the clip").arg(text(file.name)));
-        remove->setToolTip(text(desktop().command("removeAudioMatch").help));
+        remove->setToolTip(translated(desktop().command("removeAudioMatch").help));
         remove->setEnabled(!part.isLocked);
         connect(remove, &QPushButton::clicked, this, [this, id = file.matchID] {
             JSON arguments = forClip();
@@ -76,7 +102,7 @@ QWidget* RecordingsSection::recordingRow(const RecordingsPart& part, std::size_t
         });
         row->addWidget(remove, 0, Qt::AlignTop);
         column->addLayout(row);
-        column->addWidget(facts(text(file.facts)));
+        column->addWidget(facts(translatedSentence(file.facts)));
     }
     const bool isHeard = index == 0 && !part.isAmbiguous;
     if (isHeard && part.recordings.size() > 1)
@@ -85,19 +111,19 @@ QWidget* RecordingsSection::recordingRow(const RecordingsPart& part, std::size_t
         QPushButton* choose =
             button(tr("Use This Recording"), part.isAmbiguous ? Weight::primary : Weight::normal);
         choose->setAccessibleName(tr("Use %1").arg(text(recording.title)));
-        choose->setToolTip(text(desktop().command("chooseRecording").help));
-        connect(choose, &QPushButton::clicked, this, [this, id = recording.files.front().matchID] {
-            JSON arguments = forClip();
-            arguments.set("matchID", id.text());
-            run("chooseRecording", std::move(arguments));
-        });
+        const QString help = translated(desktop().command("chooseRecording").help);
+        choose->setToolTip(
+            index < reviewKeys::mostChosen
+                ? tr("%1 (%2)").arg(help, QString::fromLatin1(reviewKeys::choose).arg(index + 1))
+                : help);
+        connect(choose, &QPushButton::clicked, this, [this, index] { use(index); });
         column->addWidget(choose, 0, Qt::AlignLeft);
     }
     return panel;
 }
 
 void RecordingsSection::chooseFromPool() {
-    auto* sheet = new AttachSheet(attachableTo(desktop().controller(), clipID()), this);
+    auto* sheet = new AttachSheet(desktop(), attachableTo(desktop().controller(), clipID()), this);
     sheet->setAttribute(Qt::WA_DeleteOnClose);
     sheet->whenChosen = [this, arguments = forClip()](const UUID& audio) {
         JSON call = arguments;
@@ -109,7 +135,7 @@ void RecordingsSection::chooseFromPool() {
 }
 
 void RecordingsSection::chooseFile() {
-    auto* dialog = new QFileDialog(this, text(RecordingsPart::choosePrompt));
+    auto* dialog = new QFileDialog(this, translated(RecordingsPart::choosePrompt));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFile);
     dialog->setNameFilters({tr("Sound (*.wav *.bwf *.aif *.aiff *.WAV *.BWF)"), tr("All files (*)")});

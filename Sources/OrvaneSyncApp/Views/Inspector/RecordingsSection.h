@@ -20,6 +20,9 @@ class RecordingsSection : public InspectorSection {
   private:
     void fill(const RecordingsPart& part);
     QWidget* recordingRow(const RecordingsPart& part, std::size_t index);
+    void addKeys();
+    /// Settles the clip by the one of that place.
+    void use(std::size_t index);
     void chooseFromPool();
     void chooseFile();
 

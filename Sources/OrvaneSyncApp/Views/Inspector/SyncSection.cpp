@@ -1,6 +1,8 @@
 #include "OrvaneSyncApp/Views/Inspector/SyncSection.h"
 
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
+#include "OrvaneSyncApp/Views/Review/KeyEvents.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QGridLayout>
 #include <QLineEdit>
@@ -13,7 +15,7 @@ namespace {
 
 constexpr double offsetStepSeconds = 0.01;
 
-QString syncMethodText(SyncMethod method) { return text(label(method)); }
+QString syncMethodText(SyncMethod method) { return translated(label(method)); }
 
 } // namespace
 
@@ -26,7 +28,7 @@ SyncSection::SyncSection(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
     method_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     for (const SyncMethod method : allSyncMethods) {
         method_->addItem(syncMethodText(method));
-        method_->setItemData(method_->count() - 1, text(description(method)), Qt::ToolTipRole);
+        method_->setItemData(method_->count() - 1, translated(description(method)), Qt::ToolTipRole);
     }
     connect(method_, &QComboBox::activated, this, [this](int index) {
         JSON arguments = forClip();
@@ -78,18 +80,22 @@ void SyncSection::makeAnchor() {
     goToAnchor_->setToolTip(tr("Moves the playhead to the clap point"));
     connect(goToAnchor_, &QPushButton::clicked, this, [this] { review_->seekVideoToAnchor(); });
     buttons->addWidget(updateAnchor_ = button({}));
-    updateAnchor_->setToolTip(text(helpText(ShortcutAction::updateClapPoint)));
+    updateAnchor_->setToolTip(translated(helpText(ShortcutAction::updateClapPoint)));
     connect(updateAnchor_, &QPushButton::clicked, this,
             [this] { review_->handleKeyAction(KeyAction::updateClapPoint); });
     buttons->addWidget(clearAnchor_ = button(tr("Clear")));
     clearAnchor_->setAccessibleName(tr("Clear the clap point"));
-    clearAnchor_->setToolTip(text(desktop().command("setAudioAnchor").help));
+    clearAnchor_->setToolTip(translated(desktop().command("setAudioAnchor").help));
     connect(clearAnchor_, &QPushButton::clicked, this, [this] { run("setAudioAnchor"); });
     buttons->addWidget(commandButton("autoDetectAudioAnchor"));
-    QPushButton* check = button(text(orvane::label(ShortcutAction::clapCheck)));
-    check->setToolTip(text(helpText(ShortcutAction::clapCheck)));
-    connect(check, &QPushButton::clicked, this, [this] { review_->handleKeyAction(KeyAction::clapCheck); });
-    buttons->addWidget(check);
+    buttons->addWidget(clapCheck_ = button(translated(orvane::label(ShortcutAction::clapCheck))));
+    clapCheck_->setToolTip(translated(helpText(ShortcutAction::clapCheck)));
+    connect(clapCheck_, &QPushButton::clicked, this,
+            [this] { review_->handleKeyAction(KeyAction::clapCheck); });
+    ofEngine_ = review_->engine()->onChange([this](VideoEngineField field) {
+        if (field == VideoEngineField::transport || field == VideoEngineField::loop)
+            clapCheck_->setEnabled(review_->canCheckClap());
+    });
     add(buttons);
     add(anchorHint_ = facts({}));
 }
@@ -106,9 +112,9 @@ void SyncSection::makeDecisions() {
         run("lockAllInCluster", std::move(arguments));
     });
     buttons->addWidget(lockAll);
-    buttons->addWidget(
-        approve_ = commandButton("toggleApproved", text(orvane::label(ShortcutAction::toggleApproved))));
-    approve_->setToolTip(text(helpText(ShortcutAction::toggleApproved)));
+    buttons->addWidget(approve_ = commandButton("toggleApproved",
+                                                translated(orvane::label(ShortcutAction::toggleApproved))));
+    approve_->setToolTip(translated(helpText(ShortcutAction::toggleApproved)));
     approve_->setCheckable(true);
     approve_->setIcon(icon(Glyph::approve));
     add(buttons);
@@ -116,7 +122,7 @@ void SyncSection::makeDecisions() {
 }
 
 QString SyncSection::moveTo(const TypedNumber& typed) {
-    if (!typed.value) return text(typed.problem);
+    if (!typed.value) return translatedSentence(typed.problem);
     JSON arguments = forClip();
     arguments.set("deltaSeconds", *typed.value - clip()->manualAudioOffsetSeconds);
     return runFromField("adjustAudioOffset", std::move(arguments));
@@ -131,25 +137,26 @@ void SyncSection::moveBy(double seconds) {
 void SyncSection::show(const SyncGroup& clip) {
     const SyncPart part = SyncPart::of(clip);
     approve_->setChecked(part.isApproved); // a click has changed it by itself
+    clapCheck_->setEnabled(review_->canCheckClap());
     if (shown_ == part) return;
     shown_ = part;
     setSummary(part.isLocked ? tr("%1 f, locked").arg(text(part.offsetFrames))
                              : tr("%1 f").arg(text(part.offsetFrames)));
-    begins_->setText(text(part.begins));
+    begins_->setText(translatedSentence(part.begins));
     method_->setCurrentIndex(static_cast<int>(part.method));
-    methodText_->setText(text(description(part.method)));
+    methodText_->setText(translated(description(part.method)));
     frames_->show(text(part.offsetFrames));
     seconds_->show(text(part.offsetInSeconds));
     for (EntryField* field : {frames_, seconds_}) field->setEnabled(part.hasSound);
-    anchor_->setText(text(part.anchor));
+    anchor_->setText(translatedSentence(part.anchor));
     goToAnchor_->setEnabled(part.hasAnchor);
-    updateAnchor_->setText(text(part.updateAnchor));
+    updateAnchor_->setText(translated(part.updateAnchor));
     updateAnchor_->setEnabled(part.hasSound && !part.isLocked);
     clearAnchor_->setEnabled(part.hasAnchor && !part.isLocked);
-    anchorHint_->setText(text(part.anchorHint));
-    lock_->setText(text(part.lock));
+    anchorHint_->setText(translated(part.anchorHint));
+    lock_->setText(translated(part.lock));
     lock_->setIcon(icon(part.isLocked ? Glyph::unlock : Glyph::lock));
-    lockedAt_->setText(text(part.lockedAt));
+    lockedAt_->setText(translatedSentence(part.lockedAt));
     lockedAt_->setVisible(!part.lockedAt.empty());
 }
 
@@ -157,21 +164,21 @@ SensorSection::SensorSection(Desktop& desktop)
     : InspectorSection(desktop, QStringLiteral("sensor"), tr("Speed")) {
     auto* row = new QHBoxLayout;
     QLabel* name = label(tr("Sensor FPS"));
-    name->setToolTip(text(SensorPart::hint));
+    name->setToolTip(translated(SensorPart::hint));
     row->addWidget(name);
     row->addWidget(rate_ = new Choice, 1);
     rate_->setAccessibleName(tr("Sensor FPS"));
-    rate_->setToolTip(text(SensorPart::hint));
+    rate_->setToolTip(translated(SensorPart::hint));
     rate_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     add(row);
     add(unconfirmed_ = new Badge(Signal::doubtful, tr("unconfirmed")));
     add(speed_ = facts({}));
-    add(note_ = facts(text(SensorPart::unconfirmedNote)));
+    add(note_ = facts(translated(SensorPart::unconfirmedNote)));
     add(native_ = new QCheckBox(tr("Also export at its own rate")));
     add(projectRate_ = new QCheckBox(tr("Also export at project rate")));
     for (const auto& [box, id] : {std::pair(native_, "setGenerateNativeMOS"),
                                   std::pair(projectRate_, "setGenerateProjectRateClip")}) {
-        box->setToolTip(text(desktop.command(id).help));
+        box->setToolTip(translated(desktop.command(id).help));
         connect(box, &QCheckBox::clicked, this, [this, command = id](bool isOn) {
             JSON arguments = forClip();
             arguments.set("enabled", isOn);
@@ -201,12 +208,12 @@ void SensorSection::fill(const SensorPart& part) {
     rate_->clear();
     for (const double rate : part.rates) rate_->addItem(text(fpsText(rate)), rate);
     rate_->insertSeparator(rate_->count());
-    rate_->addItem(text(part.reset));
+    rate_->addItem(translatedSentence(part.reset));
     rate_->setCurrentIndex(part.rate ? rate_->findData(*part.rate) : -1);
     rate_->setEnabled(!part.isLocked);
     unconfirmed_->setVisible(part.isUnconfirmed);
     note_->setVisible(part.isUnconfirmed);
-    speed_->setText(text(part.speed));
+    speed_->setText(translatedSentence(part.speed));
     speed_->setVisible(!part.speed.empty());
     native_->setVisible(part.isOffspeed);
     projectRate_->setVisible(part.isOffspeed);

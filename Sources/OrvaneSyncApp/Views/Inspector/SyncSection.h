@@ -30,7 +30,8 @@ class SyncSection : public InspectorSection {
     design::Choice* method_;
     QLabel *methodText_, *begins_, *anchor_, *anchorHint_, *lockedAt_;
     design::EntryField *frames_, *seconds_;
-    QPushButton *goToAnchor_, *clearAnchor_, *updateAnchor_, *lock_, *approve_;
+    QPushButton *goToAnchor_, *clearAnchor_, *updateAnchor_, *clapCheck_, *lock_, *approve_;
+    platform::Subscription ofEngine_;
 };
 
 /// At which rate the sensor ran, and what is exported beside an off-speed clip.

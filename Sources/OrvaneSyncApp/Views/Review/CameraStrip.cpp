@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Review/CameraStrip.h"
 
 #include "OrvaneDesignKit/Theme.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Services/Timeline/TimelineRuler.h"
 
 #include <QMouseEvent>
@@ -36,7 +37,7 @@ QSize CameraStrip::sizeHint() const {
 }
 
 void CameraStrip::follow() {
-    axis_ = CameraAxis::of(multicam_->bag());
+    axis_ = CameraAxis::of(multicam_->bag(), desktop_.controller().work().syncGroups());
     rows_ = {};
     updateGeometry();
     update();
@@ -91,9 +92,9 @@ void CameraStrip::paintEvent(QPaintEvent*) {
             const bool isHeard = heard == camera.id;
             painter.setPen(isHeard ? all.text : all.facts);
             const QRect name(space::small, y, nameWidth - space::medium, rowHeight);
-            painter.drawText(
-                name, Qt::AlignVCenter | Qt::AlignLeft,
-                painter.fontMetrics().elidedText(text(camera.label), Qt::ElideMiddle, name.width()));
+            painter.drawText(name, Qt::AlignVCenter | Qt::AlignLeft,
+                             painter.fontMetrics().elidedText(translatedSentence(camera.label),
+                                                              Qt::ElideMiddle, name.width()));
             const double left = axis.left() + axis_.x(camera.startSeconds, axis.width());
             const double right = axis.left() + axis_.x(camera.endSeconds, axis.width());
             const QRectF bar(left, y, std::max(right - left, 1.0), rowHeight);

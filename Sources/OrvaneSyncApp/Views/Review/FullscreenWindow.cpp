@@ -3,6 +3,7 @@
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
 #include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -52,7 +53,7 @@ class FullscreenWindow::Hint : public QWidget {
         return static_cast<double>(shown_.elapsed()) / milli;
     }
 
-    const QString words_ = text(FullscreenManager::hint);
+    const QString words_ = translated(FullscreenManager::hint);
     QElapsedTimer shown_;
     QTimer timer_;
     double opacity_ = FullscreenManager::hintOpacity(0);

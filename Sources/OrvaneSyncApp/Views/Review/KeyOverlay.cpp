@@ -1,7 +1,9 @@
 #include "OrvaneSyncApp/Views/Review/KeyOverlay.h"
 
 #include "OrvaneDesignKit/Theme.h"
+#include "OrvaneSyncApp/ViewModels/Inspector/SoundParts.h"
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -57,7 +59,7 @@ QString KeyOverlay::spoken() const {
     QStringList lines;
     for (const KeyGroup& group : groups_)
         for (const KeyGroup::Row& row : group.rows)
-            if (row.acts) lines << tr("%1: %2").arg(text(row.key), text(row.label));
+            if (row.acts) lines << tr("%1: %2").arg(text(row.key), translated(row.label));
     return lines.join(QLatin1Char('\n'));
 }
 
@@ -72,6 +74,10 @@ ReviewSituation KeyOverlay::situation() const {
     now.hasSound = clip != nullptr && !clip->isMOS();
     now.isLocked = clip != nullptr && clip->isLocked;
     now.isLooping = review_->engine()->loop().isLooping;
+    now.canCheckClap = review_->canCheckClap();
+    now.hasChoice = clip != nullptr && RecordingsPart::of(desktop_.controller(), *clip).hasChoice();
+    now.hasSuggestion =
+        clip != nullptr && desktop_.controller().timeline().siblingSuggestion(*id).has_value();
     now.hasNext = has(1);
     now.hasPrevious = has(-1);
     now.canUndo = work.undoState().canUndo;
@@ -134,7 +140,8 @@ void KeyOverlay::paintEvent(QPaintEvent*) {
         bold.setWeight(QFont::DemiBold);
         painter.setFont(bold);
         painter.setPen(all.text);
-        painter.drawText(QRect(x, y, keyColumnWidth, keyRowHeight), Qt::AlignVCenter, text(group.title));
+        painter.drawText(QRect(x, y, keyColumnWidth, keyRowHeight), Qt::AlignVCenter,
+                         translated(group.title));
         y += keyRowHeight;
         for (const KeyGroup::Row& row : group.rows) {
             painter.setPen(row.acts ? all.text : all.disabled);
@@ -145,7 +152,7 @@ void KeyOverlay::paintEvent(QPaintEvent*) {
                               keyRowHeight);
             painter.drawText(
                 place, Qt::AlignVCenter,
-                painter.fontMetrics().elidedText(text(row.label), Qt::ElideRight, place.width()));
+                painter.fontMetrics().elidedText(translated(row.label), Qt::ElideRight, place.width()));
             y += keyRowHeight;
         }
         *column += heightOfKeys(group);

@@ -6,6 +6,7 @@
 #include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
 #include "OrvaneSyncApp/Views/Review/PictureView.h"
 #include "OrvaneSyncApp/Views/Review/ReviewActions.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QAction>
 #include <QGridLayout>
@@ -77,7 +78,7 @@ MulticamView::MulticamView(Desktop& desktop, ReviewActions& actions, std::functi
     connect(back, &QPushButton::clicked, this, [leave = std::move(leave)] { leave(); });
     top->addWidget(back);
     top->addStretch(1);
-    QLabel* hint = new QLabel(text(MulticamViewModel::hint));
+    QLabel* hint = new QLabel(translated(MulticamViewModel::hint));
     hint->setFont(factsFont());
     hint->setProperty("facts", true);
     top->addWidget(hint);
@@ -167,7 +168,7 @@ void MulticamView::layOut() {
     for (const auto& [id, label] : multicam_->bag().memberLabels()) {
         const auto& engine = multicam_->bag().engines().at(id);
         const SyncGroup* clip = desktop_.controller().work().syncGroups().find(id);
-        QString name = text(label);
+        QString name = translatedSentence(label);
         if (clip != nullptr && label != clip->video.filename)
             name += QStringLiteral("   ") + text(clip->video.filename);
         auto* cell = new Cell(id, name, engine, hear, openClip_);

@@ -21,22 +21,26 @@ QImage imageOf(const platform::Picture& picture) {
             held};
 }
 
-void paintFitted(QPainter& painter, const QRect& within, const QImage& image) {
+QSize fittedSize(const QImage& image, QSize pixels) {
+    const QSize size = image.size().scaled(pixels, Qt::KeepAspectRatio);
+    constexpr int almost = 1; // what rounding makes of a side
+    const bool isOwn = std::abs(size.width() - image.width()) <= almost &&
+                       std::abs(size.height() - image.height()) <= almost;
+    return isOwn ? image.size() : size;
+}
+
+void paintFitted(QPainter& painter, const QRect& within, const QImage& image, bool isSmooth) {
     const QColor& black = design::colours().picture;
     if (image.isNull()) return painter.fillRect(within, black);
     const double ratio = painter.device()->devicePixelRatioF();
     // On whole pixels of the screen, so that a picture of the right size is copied and not resampled.
     const QSize pixels(static_cast<int>(std::lround(within.width() * ratio)),
                        static_cast<int>(std::lround(within.height() * ratio)));
-    QSize size = image.size().scaled(pixels, Qt::KeepAspectRatio);
-    constexpr int almost = 1; // what rounding makes of a side
-    if (std::abs(size.width() - image.width()) <= almost &&
-        std::abs(size.height() - image.height()) <= almost)
-        size = image.size();
+    const QSize size = fittedSize(image, pixels);
     const QPoint corner((pixels.width() - size.width()) / 2, (pixels.height() - size.height()) / 2);
     const QRectF target(within.left() + corner.x() / ratio, within.top() + corner.y() / ratio,
                         size.width() / ratio, size.height() / ratio);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform, size != image.size());
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, isSmooth && size != image.size());
     for (const QRectF& bar :
          {QRectF(within.left(), within.top(), within.width(), target.top() - within.top()),
           QRectF(within.left(), target.bottom(), within.width(), within.bottom() + 1 - target.bottom()),
@@ -77,7 +81,28 @@ void PictureCanvas::takePicture() {
     const platform::Player* player = engine_ ? engine_->player() : nullptr;
     const auto picture = player == nullptr ? std::nullopt : player->picture();
     image_ = picture ? imageOf(*picture) : QImage();
-    update();
+    // What is seen of the one before stays until this one is scaled.
+    if (!scale() || scaled_.isNull()) update();
+}
+
+QSize PictureCanvas::sizeOnScreen() const { return (QSizeF(size()) * devicePixelRatioF()).toSize(); }
+
+bool PictureCanvas::scale() {
+    const QSize wanted = image_.isNull() ? QSize() : fittedSize(image_, sizeOnScreen());
+    if (wanted.isEmpty() || wanted == image_.size() || !isVisible()) {
+        scaled_ = {};
+        return false;
+    }
+    if (!scaler_)
+        scaler_ = std::make_unique<PictureScaler>([this](QImage scaled) {
+            // It may be of a size or a picture that is past.
+            const QSize wanted = image_.isNull() ? QSize() : fittedSize(image_, sizeOnScreen());
+            if (scaled.size() != wanted || wanted == image_.size()) return;
+            scaled_ = std::move(scaled);
+            update();
+        });
+    scaler_->scale(image_, wanted);
+    return true;
 }
 
 void PictureCanvas::askForSize() {
@@ -90,11 +115,18 @@ void PictureCanvas::askForSize() {
 
 void PictureCanvas::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    paintFitted(painter, rect(), image_);
+    const bool isScaled = !scaled_.isNull() && scaled_.size() == fittedSize(image_, sizeOnScreen());
+    paintFitted(painter, rect(), isScaled ? scaled_ : image_, false);
 }
 
-void PictureCanvas::resizeEvent(QResizeEvent*) { askForSize(); }
-void PictureCanvas::showEvent(QShowEvent*) { askForSize(); }
+void PictureCanvas::resizeEvent(QResizeEvent*) {
+    askForSize();
+    scale();
+}
+void PictureCanvas::showEvent(QShowEvent*) {
+    askForSize();
+    scale();
+}
 
 void PictureCanvas::wheelEvent(QWheelEvent* event) {
     if (!whenScrolled) return event->ignore();

@@ -7,6 +7,8 @@
 #include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
 #include "OrvaneSyncApp/Views/Review/ReviewActions.h"
 #include "OrvaneSyncApp/Views/Review/SyncLensView.h"
+#include "OrvaneSyncApp/Views/Translation.h"
+#include "Platform/MediaInspector.h"
 
 #include <QAction>
 #include <QHBoxLayout>
@@ -205,8 +207,8 @@ void PictureView::follow(VideoEngineField field) {
 }
 
 void PictureView::showPage() {
-    const auto note = pictureNote(clip(), *review_->engine());
-    if (note) note_->setTexts(text(note->title), text(note->text));
+    const auto note = pictureNote(clip(), *review_->engine(), platform::mediaLibraryWasMissed());
+    if (note) note_->setTexts(translated(note->title), translatedSentence(note->text));
     const bool isLens = actions_.lens()->isChecked() && clip() != nullptr;
     pages_->setCurrentWidget(isLens ? static_cast<QWidget*>(lens_)
                              : note ? static_cast<QWidget*>(note_)
@@ -246,7 +248,7 @@ void PictureView::lookForDevice() {
     deviceTimer_ = desktop_.mainThread()->after(untilOpen, [this] {
         const auto note = soundNote(*review_->engine());
         if (note)
-            device_->show(Signal::doubtful, text(*note));
+            device_->show(Signal::doubtful, translated(*note));
         else
             device_->clear();
     });

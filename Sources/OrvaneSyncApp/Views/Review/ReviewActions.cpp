@@ -56,7 +56,7 @@ ReviewActions::ReviewActions(Desktop& desktop, QObject* parent) : QObject(parent
             try {
                 desktop_.players().handleKeyAction(key);
             } catch (const std::exception& why) {
-                if (desktop_.whenRefused) desktop_.whenRefused(text(why.what()));
+                if (desktop_.whenRefused) desktop_.whenRefused(translatedSentence(why.what()));
             }
         });
         actions_.emplace(*key, action);
@@ -72,6 +72,14 @@ ReviewActions::ReviewActions(Desktop& desktop, QObject* parent) : QObject(parent
         if (field == ShortcutField::bindings) showKeys();
     });
     showKeys();
+    const auto& review = desktop_.players().review();
+    ofReview_ = review->onChange([this] { showEnabled(); });
+    ofEngine_ = review->engine()->onChange([this](VideoEngineField field) {
+        if (field == VideoEngineField::transport || field == VideoEngineField::loop) showEnabled();
+    });
+    ofWork_ = desktop_.controller().onChange([this](ImportField field) {
+        if (field == ImportField::syncGroups) showEnabled(); // the clap may lie elsewhere
+    });
 }
 
 void ReviewActions::showKeys() {
@@ -105,9 +113,18 @@ void ReviewActions::fillSync(QMenu& menu) const {
 }
 
 void ReviewActions::setInFront(bool isInFront, bool isReview) {
-    for (const auto& [key, action] : actions_)
-        action->setEnabled(isInFront && (isReview || isForCameras(key)));
-    lens_->setEnabled(isInFront && isReview);
+    isInFront_ = isInFront;
+    isReview_ = isReview;
+    showEnabled();
+}
+
+void ReviewActions::showEnabled() {
+    const auto acts = [this](KeyAction key) {
+        if (!isReview_) return isForCameras(key);
+        return key != KeyAction::clapCheck || desktop_.players().review()->canCheckClap();
+    };
+    for (const auto& [key, action] : actions_) action->setEnabled(isInFront_ && acts(key));
+    lens_->setEnabled(isInFront_ && isReview_);
 }
 
 } // namespace orvane::views

@@ -30,11 +30,13 @@ class ReviewActions : public QObject {
 
   private:
     void showKeys();
+    void showEnabled();
 
     Desktop& desktop_;
     std::map<KeyAction, QAction*> actions_;
     QAction* lens_;
-    platform::Subscription bindings_;
+    bool isInFront_ = false, isReview_ = false;
+    platform::Subscription bindings_, ofEngine_, ofReview_, ofWork_;
 };
 
 } // namespace orvane::views

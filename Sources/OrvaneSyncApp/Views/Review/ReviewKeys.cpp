@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -107,7 +108,7 @@ bool ReviewKeys::handle(const QKeyEvent& event, bool isFullscreen) {
         if (leaves) screens_.leave();
         return used || leaves;
     } catch (const std::exception& why) {
-        if (desktop_.whenRefused) desktop_.whenRefused(text(why.what()));
+        if (desktop_.whenRefused) desktop_.whenRefused(translatedSentence(why.what()));
         return true;
     }
 }

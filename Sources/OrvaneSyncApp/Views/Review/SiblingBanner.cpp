@@ -1,8 +1,12 @@
 #include "OrvaneSyncApp/Views/Review/SiblingBanner.h"
 
+#include "OrvaneSyncApp/ViewModels/Inspector/KeyOverview.h"
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QHBoxLayout>
+#include <QKeySequence>
+#include <QShortcut>
 
 #include <utility>
 
@@ -22,12 +26,16 @@ SiblingBanner::SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
                                     std::pair("dismissSiblingSuggestion", Glyph::cross)}) {
         const commands::Command& command = desktop.command(id);
         const bool isApply = glyph == Glyph::check;
-        QPushButton* one = isApply ? button(views::text(command.title)) : button({}, glyph, Weight::quiet);
-        one->setAccessibleName(views::text(command.title));
-        one->setToolTip(views::text(isApply ? command.help : command.title));
+        QPushButton* one = isApply ? button(translated(command.title)) : button({}, glyph, Weight::quiet);
+        one->setAccessibleName(translated(command.title));
+        one->setToolTip(isApply ? QStringLiteral("%1 (%2)").arg(translated(command.help),
+                                                                QLatin1String(reviewKeys::applySuggestion))
+                                : translated(command.title));
         connect(one, &QPushButton::clicked, this, [this, own = std::string_view(id)] { run(own); });
         row->addWidget(one);
     }
+    auto* key = new QShortcut(QKeySequence(QLatin1String(reviewKeys::applySuggestion)), this);
+    connect(key, &QShortcut::activated, this, [this] { run("applySiblingSuggestion"); });
     observations_.push_back(desktop.controller().onChange([this](ImportField field) {
         if (field == ImportField::syncGroups) scheduleRefresh();
     }));
@@ -47,7 +55,8 @@ void SiblingBanner::refresh() {
     const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
     const auto suggestion =
         clip == nullptr ? std::nullopt : desktop_.controller().timeline().siblingSuggestion(*id);
-    if (suggestion) text_->setText(views::text(suggestion->text(TimelineController::playerFrameRate(*clip))));
+    if (suggestion)
+        text_->setText(translatedSentence(suggestion->text(TimelineController::playerFrameRate(*clip))));
     setAccessibleName(suggestion ? text_->text() : QString());
     setVisible(suggestion.has_value());
 }

@@ -2,6 +2,7 @@
 
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QPainter>
 
@@ -16,6 +17,7 @@ namespace {
 
 constexpr int gap = 2;
 constexpr int captionHeight = 20;
+constexpr int clapHeight = 18;     ///< of the line above the sound that names the clap
 constexpr double soundShare = 0.3; ///< of the height
 constexpr int pictures = static_cast<int>(SyncLensPlan::pictureCount);
 
@@ -67,7 +69,8 @@ QRect SyncLensView::soundRect() const {
 
 QRect SyncLensView::pictureRect(int index) const {
     const int left = width() * index / pictures, right = width() * (index + 1) / pictures;
-    return {left, 0, right - left - (index + 1 < pictures ? gap : 0), soundRect().top() - captionHeight};
+    return {left, 0, right - left - (index + 1 < pictures ? gap : 0),
+            soundRect().top() - clapHeight - captionHeight};
 }
 
 void SyncLensView::paintEvent(QPaintEvent*) {
@@ -98,7 +101,7 @@ void SyncLensView::paintEvent(QPaintEvent*) {
         const QRect caption(place.left(), place.bottom() + 1, place.width(), captionHeight);
         painter.fillRect(caption, isClap ? all.selected : all.panel);
         painter.setPen(isClap ? all.onSelected : all.facts);
-        painter.drawText(caption, Qt::AlignCenter, text(syncLensCaption(static_cast<std::size_t>(i))));
+        painter.drawText(caption, Qt::AlignCenter, translated(syncLensCaption(static_cast<std::size_t>(i))));
     }
     paintSound(painter);
 }
@@ -138,10 +141,13 @@ void SyncLensView::paintSound(QPainter& painter) const {
     }
     const double length = plan.endSeconds() - plan.startSeconds();
     const double x = place.left() + place.width() * (plan.clapSeconds - plan.startSeconds()) / length;
-    painter.fillRect(QRectF(x - 0.75, place.top(), 1.5, place.height()), all.text);
-    const QString word = tr("Clap");
+    // Its word stands above the sound, so that nothing of the sound is hidden.
+    const QRect above(place.left(), place.top() - clapHeight, place.width(), clapHeight);
+    painter.fillRect(above, all.panel);
+    painter.fillRect(QRectF(x - 0.75, above.top(), 1.5, place.bottom() + 1 - above.top()), all.text);
     painter.setPen(all.text);
-    painter.drawText(QPointF(x + space::tight, place.top() + painter.fontMetrics().ascent() + 2), word);
+    painter.drawText(QRectF(x + space::tight, above.top(), above.right() - x, above.height()),
+                     Qt::AlignVCenter | Qt::AlignLeft, tr("Clap"));
 }
 
 } // namespace orvane::views

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/Timeline/PictureStrip.h"
 
+#include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
 #include "Platform/Stop.h"
 
 #include <algorithm>
@@ -14,17 +15,6 @@ namespace orvane::views {
 namespace {
 
 constexpr std::size_t mostPictures = 1500; ///< 14 kB each, four times that at double scale
-
-QImage imageOf(const platform::Picture& picture) {
-    using Pixels = std::shared_ptr<const std::uint8_t[]>;
-    return {picture.pixels.get(),
-            picture.size.width,
-            picture.size.height,
-            qsizetype{4} * picture.size.width,
-            QImage::Format_ARGB32_Premultiplied,
-            [](void* held) { delete static_cast<Pixels*>(held); },
-            new Pixels(picture.pixels)};
-}
 
 } // namespace
 

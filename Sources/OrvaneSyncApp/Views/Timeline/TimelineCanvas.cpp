@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Timeline/TimelineCanvas.h"
 
 #include "OrvaneDesignKit/Theme.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QHelpEvent>
 #include <QMouseEvent>
@@ -66,7 +67,13 @@ void PlayheadLine::paintEvent(QPaintEvent* /*event*/) {
 TimelineCanvas::TimelineCanvas(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent)
     : QWidget(parent), desktop_(desktop), review_(std::move(review)),
       tiles_(desktop.mainThread(), [this] { invalidate(); }),
-      pictures_(desktop.mainThread(), [this] { invalidate(); }), playhead_(new PlayheadLine(this)) {
+      pictures_(desktop.mainThread(),
+                [this] {
+                    // They come one by one, and the rest of the timeline is the larger part.
+                    arePicturesStale_ = true;
+                    if (layout_) update(pictureRow().toAlignedRect());
+                }),
+      playhead_(new PlayheadLine(this)) {
     setObjectName(QStringLiteral("timelineCanvas"));
     setAccessibleName(tr("Timeline"));
     setAccessibleDescription(
@@ -140,7 +147,12 @@ std::optional<std::size_t> TimelineCanvas::selectedIndex() const {
     return std::nullopt;
 }
 
-void TimelineCanvas::renderLayer() {
+QRectF TimelineCanvas::pictureRow() const {
+    const TimelineLayout::Row& row = *layout_->row(TimelineLayout::RowKind::picture);
+    return {0, row.y, static_cast<double>(width()), row.height};
+}
+
+void TimelineCanvas::renderLayer(const QRectF& part) {
     const double ratio = devicePixelRatioF();
     const QSize pixels = (QSizeF(size()) * ratio).toSize();
     if (layer_.size() != pixels) layer_ = QImage(pixels, QImage::Format_RGB32);
@@ -158,9 +170,10 @@ void TimelineCanvas::renderLayer() {
                               .dragText = dragText_,
                               .dragTextX = dragTextX_,
                               .loop = loop_};
-    const TimelineGaps gaps = paintTimeline(painter, scene, QRectF(rect()));
-    isLayerStale_ = false;
-    tiles_.want(gaps.tiles);
+    painter.setClipRect(part);
+    const TimelineGaps gaps = paintTimeline(painter, scene, part);
+    if (std::exchange(isLayerStale_, false)) tiles_.want(gaps.tiles);
+    arePicturesStale_ = false;
     constexpr double half = 0.5;
     pictures_.want(gaps.pictures, half * pictureSlotWidth(pictures_) / layout_->zoom().pixelsPerSecond());
 }
@@ -169,7 +182,11 @@ void TimelineCanvas::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     if (!layout_) return painter.fillRect(event->rect(), colours().window);
     const QSize pixels = (QSizeF(size()) * devicePixelRatioF()).toSize();
-    if (isLayerStale_ || layer_.size() != pixels) renderLayer();
+    isLayerStale_ |= layer_.size() != pixels;
+    if (isLayerStale_)
+        renderLayer(QRectF(rect()));
+    else if (arePicturesStale_)
+        renderLayer(pictureRow().intersected(QRectF(rect())));
     const double ratio = devicePixelRatioF();
     const QRectF place(event->rect());
     painter.drawImage(place, layer_, QRectF(place.topLeft() * ratio, place.size() * ratio));
@@ -209,7 +226,7 @@ bool TimelineCanvas::event(QEvent* event) {
 
 void TimelineCanvas::showToolTip(const QPoint& at, const QPoint& onScreen) {
     const QString words =
-        layout_ ? text(tooltipOf(layout_->content(), layout_->hit(at.x(), at.y()))) : QString();
+        layout_ ? translatedSentence(tooltipOf(layout_->content(), layout_->hit(at.x(), at.y()))) : QString();
     words.isEmpty() ? QToolTip::hideText()
                     : QToolTip::showText(onScreen, words.toHtmlEscaped().replace('\n', "<br>"), this);
 }
@@ -308,7 +325,7 @@ void TimelineCanvas::dragSound(double x, Qt::KeyboardModifiers held) {
         review_->handleContainerDrag(x - pressedAt_.x(), {.command = keys.contains(ModifierSet::command),
                                                           .shift = keys.contains(ModifierSet::shift)});
     } catch (const OutOfRange& refused) {
-        if (desktop_.whenRefused) desktop_.whenRefused(text(refused.what()));
+        if (desktop_.whenRefused) desktop_.whenRefused(translatedSentence(refused.what()));
     }
     if (const auto moved = desktop_.controller().timeline().liveDragSeconds())
         dragText_ = text(layout_->content().shiftText(*moved));

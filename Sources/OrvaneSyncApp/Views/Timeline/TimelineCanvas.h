@@ -85,7 +85,9 @@ class TimelineCanvas : public QWidget {
     void beginDrag();
     void dragSound(double x, Qt::KeyboardModifiers held);
     void click(Qt::KeyboardModifiers held);
-    void renderLayer();
+    /// Into the image: everything, or the row of pictures alone.
+    void renderLayer(const QRectF& part);
+    QRectF pictureRow() const;
     std::optional<std::size_t> selectedIndex() const;
     void endGesture(bool isKept);
     void chooseRange(const TimelineSpan& span, int track, const std::optional<UUID>& inPlaceOf);
@@ -103,6 +105,7 @@ class TimelineCanvas : public QWidget {
     std::optional<TimelineLayout> layout_;
     QImage layer_; ///< in pixels of the screen
     bool isLayerStale_ = true;
+    bool arePicturesStale_ = false; ///< of the image, where the rest is not
     PlayheadLine* playhead_;
     double playheadSeconds_ = 0;
     QString soundHint_;

@@ -48,7 +48,8 @@ std::unique_ptr<QMenu> TimelineCanvas::menuAt(const TimelineLayout::Hit& hit) {
     }
     add("toggleLocked", ofClip(), rows.isLocked ? tr("Unlock") : tr("Lock"));
     if (hit.track && rows.channel(*hit.track) != nullptr) {
-        menu->addSection(QStringLiteral("T%1 %2").arg(*hit.track).arg(text(rows.channel(*hit.track)->name)));
+        menu->addSection(
+            QStringLiteral("T%1 %2").arg(*hit.track).arg(translatedSentence(rows.channel(*hit.track)->name)));
         for (const std::string_view id : trackCommands) {
             JSON arguments = ofClip();
             arguments.set("trackIndex", *hit.track);

@@ -4,7 +4,9 @@
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/ViewModels/Timeline/WaveformTile.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/SmartAudioKinds.h"
+#include "Platform/MediaInspector.h"
 
 #include <QFontMetricsF>
 #include <QObject>
@@ -20,7 +22,9 @@ using namespace design;
 namespace {
 
 constexpr double usualAspect = 16.0 / 9.0;
-constexpr double placeholderStep = 3; ///< points a bar
+constexpr int placeholderStep = 3;                 ///< points a bar
+constexpr std::ptrdiff_t mostPlaceholderBins = 16; ///< that are looked at for one
+constexpr double onsetHeight = 5;
 constexpr double diamond = 4.5;
 constexpr double leastTextWidth = 26;
 
@@ -45,7 +49,7 @@ class Painting {
 
     TimelineGaps paint() {
         painter_.setFont(factsFont());
-        painter_.fillRect(dirty_, colours().window);
+        paintGround();
         painter_.save();
         painter_.setClipRect(QRectF(0, TimelineLayout::rulerHeight, layout_.width(), dirty_.bottom() + 1),
                              Qt::IntersectClip);
@@ -61,10 +65,39 @@ class Painting {
     }
 
   private:
+    /// Leaves out what something else fills, as most of a paint is the memory that it writes. At a broken
+    /// scale their edges might be rounded apart.
+    void fillAround(const QRectF& outer, const QRectF& inner, const QColor& colour) {
+        const QRectF hole = outer.intersected(inner);
+        const bool isBroken = scene_.pixelRatio != std::floor(scene_.pixelRatio);
+        if (hole.isEmpty() || isBroken) return painter_.fillRect(outer, colour);
+        for (const QRectF& part : {QRectF(outer.topLeft(), QPointF(outer.right(), hole.top())),
+                                   QRectF(QPointF(outer.left(), hole.bottom()), outer.bottomRight()),
+                                   QRectF(QPointF(outer.left(), hole.top()), hole.bottomLeft()),
+                                   QRectF(hole.topRight(), QPointF(outer.right(), hole.bottom()))})
+            if (!part.isEmpty()) painter_.fillRect(part, colour);
+    }
+
+    /// A row as far as the clip reaches.
+    QRectF ofClip(double top, double height) const {
+        return {layout_.x(0), top, layout_.x(rows_.clipSeconds) - layout_.x(0), height};
+    }
+
+    void paintGround() {
+        const TimelineLayout::Row& last = layout_.rows().back();
+        const double top = layout_.rows().front().y;
+        fillAround(dirty_, ofClip(top, last.y + last.height - top), colours().window);
+    }
+
+    /// What the row paints itself, whatever it shows.
+    QRectF opaquePart(const TimelineLayout::Row& row) const {
+        if (row.kind == TimelineLayout::RowKind::picture) return rect(layout_.pictureRect());
+        const bool hasContainer = rows_.hasSound && row.kind != TimelineLayout::RowKind::recordings;
+        return hasContainer ? rect(layout_.soundRect(row)) : QRectF();
+    }
+
     void paintRow(const TimelineLayout::Row& row) {
-        painter_.fillRect(
-            QRectF(layout_.x(0), row.y, layout_.x(rows_.clipSeconds) - layout_.x(0), row.height),
-            colours().panel);
+        fillAround(ofClip(row.y, row.height), opaquePart(row), colours().panel);
         switch (row.kind) {
         case TimelineLayout::RowKind::picture:
             paintPictures();
@@ -97,13 +130,23 @@ class Painting {
             if (!scene_.pictures.isThere(slot.seconds) && !scene_.pictures.isUnreadable())
                 gaps_.pictures.insert(slot.seconds);
             if (!place.intersects(dirty_)) continue;
-            if (const QImage* image = scene_.pictures.find(slot.seconds)) painter_.drawImage(place, *image);
+            if (const QImage* image = scene_.pictures.find(slot.seconds)) paintPicture(*image, place);
             painter_.fillRect(QRectF(place.left(), place.top(), 1, place.height()), colours().line);
         }
-        if (scene_.pictures.isUnreadable())
+        if (scene_.pictures.isUnreadable() && !platform::mediaLibraryWasMissed())
             text(strip, QObject::tr("No picture can be read from this file."));
         painter_.restore();
         if (rows_.pictureClapSeconds) mark(layout_.x(*rows_.pictureClapSeconds), strip.top(), strip.bottom());
+    }
+
+    /// A picture of the slot's size is copied, pixel by pixel.
+    void paintPicture(const QImage& image, const QRectF& place) {
+        const double ratio = scene_.pixelRatio;
+        const QSizeF own = QSizeF(image.size()) / ratio;
+        const bool isOfSize =
+            std::abs(own.width() - place.width()) < 1 && std::abs(own.height() - place.height()) < 1;
+        const QPointF corner(std::round(place.left() * ratio) / ratio, place.top());
+        painter_.drawImage(isOfSize ? QRectF(corner, own) : place, image);
     }
 
     // Sound
@@ -115,15 +158,22 @@ class Painting {
         container(row);
         paintWaveform(row, 0, colours().facts, true);
         const QRectF top = rect(layout_.waveformRect(row));
-        painter_.setPen(colours().facts);
-        QVector<QLineF> onsets;
-        if (const Waveform* waveform = scene_.tiles.waveform())
-            for (const double place : layout_.onsetPlaces(waveform->onsetMarkers))
-                onsets << QLineF(place + 0.5, top.top(), place + 0.5, top.top() + 5);
-        painter_.drawLines(onsets);
+        paintOnsets(top.top());
         if (!scene_.soundHint.isEmpty()) text(top.intersected(visible()), scene_.soundHint);
         paintTiles(row, std::nullopt);
         if (rows_.anchorSeconds) mark(layout_.x(*rows_.anchorSeconds), top.top(), row.y + row.height);
+    }
+
+    /// Those side by side in one piece.
+    void paintOnsets(double top) {
+        const Waveform* waveform = scene_.tiles.waveform();
+        if (waveform == nullptr) return;
+        const std::vector<double> places = layout_.onsetPlaces(waveform->onsetMarkers);
+        for (std::size_t first = 0, last = 0; first < places.size(); first = ++last) {
+            while (last + 1 < places.size() && places[last + 1] == places[last] + 1) ++last;
+            painter_.fillRect(QRectF(places[first], top, places[last] + 1 - places[first], onsetHeight),
+                              colours().facts);
+        }
     }
 
     void paintChannel(const TimelineLayout::Row& row) {
@@ -147,27 +197,41 @@ class Painting {
     void container(const TimelineLayout::Row& row) {
         const QRectF place = rect(layout_.soundRect(row)).intersected(visible().adjusted(-4, 0, 4, 0));
         if (place.isEmpty()) return;
-        painter_.fillRect(place, mixed(colours().window, colours().raised, 0.6));
+        const WaveformTileKey key = tileKey(row);
+        QRectF tiles = rect(layout_.waveformRect(row)).intersected(dirty_);
+        tiles.setHeight(key.height / scene_.pixelRatio);
+        fillAround(place, hasWaveform() ? tiles : QRectF(), QColor(key.ground));
         if (row.kind != TimelineLayout::RowKind::sound) return;
         painter_.setPen(QPen(scene_.dragText.isEmpty() ? colours().line : colours().focus, 1));
         painter_.setBrush(Qt::NoBrush);
         painter_.drawRect(place.adjusted(0.5, 0.5, -0.5, -0.5));
     }
 
-    /// `channel`: from 1, or 0 for all of them.
-    void paintWaveform(const TimelineLayout::Row& row, int channel, const QColor& colour, bool isActive) {
+    bool hasWaveform() const {
         const Waveform* waveform = scene_.tiles.waveform();
-        const QRectF place = rect(layout_.waveformRect(row));
-        if (waveform == nullptr || waveform->binsPerSecond <= 0 || place.isEmpty()) return;
-        const QColor ground = mixed(colours().window, colours().raised, 0.6);
-        const double strength = isActive ? 1 : 0.35;
+        return waveform != nullptr && waveform->binsPerSecond > 0;
+    }
+
+    /// What the tiles of a row have in common.
+    WaveformTileKey tileKey(const TimelineLayout::Row& row) const {
         const double ratio = scene_.pixelRatio;
         WaveformTileKey key;
-        key.channel = channel;
         key.columnsPerSecond = layout_.zoom().pixelsPerSecond() * ratio;
-        key.height = static_cast<int>(std::floor(place.height() * ratio / 2)) * 2;
-        key.peakColour = mixed(ground, colour, 0.5 * strength).rgb();
-        key.levelColour = mixed(ground, colour, strength).rgb();
+        key.height = static_cast<int>(std::floor(layout_.waveformRect(row).height * ratio / 2)) * 2;
+        key.ground = mixed(colours().window, colours().raised, 0.6).rgb();
+        return key;
+    }
+
+    /// `channel`: from 1, or 0 for all of them.
+    void paintWaveform(const TimelineLayout::Row& row, int channel, const QColor& colour, bool isActive) {
+        const QRectF place = rect(layout_.waveformRect(row));
+        if (!hasWaveform() || place.isEmpty()) return;
+        const double strength = isActive ? 1 : 0.35;
+        const double ratio = scene_.pixelRatio;
+        WaveformTileKey key = tileKey(row);
+        key.channel = channel;
+        key.peakColour = mixed(QColor(key.ground), colour, 0.5 * strength).rgb();
+        key.levelColour = mixed(QColor(key.ground), colour, strength).rgb();
         // In whole pixels of the screen, so that nothing is blurred.
         const double left = std::round(place.left() * ratio);
         const double tileWidth = WaveformTile::width;
@@ -176,38 +240,44 @@ class Painting {
         for (key.index = static_cast<std::int64_t>(std::floor((from - left) / tileWidth));
              left + static_cast<double>(key.index) * tileWidth < to; ++key.index) {
             const double x = left + static_cast<double>(key.index) * tileWidth;
-            const QRectF target(x / ratio, place.top(), tileWidth / ratio, key.height / ratio);
+            const double seen = std::min(tileWidth, std::ceil(place.right() * ratio - x));
+            const QRectF target(x / ratio, place.top(), seen / ratio, key.height / ratio);
             if (const QImage* image = scene_.tiles.find(key)) {
-                painter_.drawImage(target, *image);
+                painter_.drawImage(target, *image, QRectF(0, 0, seen, key.height));
             } else {
                 gaps_.tiles.insert(key);
-                paintRoughly(target.intersected(place), channel, *waveform, place, QColor(key.peakColour));
+                paintRoughly(target, place.left(), key);
             }
         }
     }
 
-    /// A bar every few points until the tile is there.
-    void paintRoughly(const QRectF& target, int channel, const Waveform& waveform, const QRectF& place,
-                      const QColor& colour) {
-        const bool isOne =
-            channel > 0 && static_cast<std::size_t>(channel) <= waveform.peaksPerChannel.size();
-        WaveformTile tile;
-        tile.peaks = isOne ? waveform.peaksPerChannel[static_cast<std::size_t>(channel - 1)] : waveform.peaks;
-        tile.rms = isOne ? waveform.rmsPerChannel[static_cast<std::size_t>(channel - 1)] : waveform.rms;
-        tile.binsPerColumn = waveform.binsPerSecond / layout_.zoom().pixelsPerSecond() * placeholderStep;
-        tile.firstColumn = static_cast<std::int64_t>((target.left() - place.left()) / placeholderStep);
-        const double middle = place.center().y();
-        QVector<QRectF> bars;
-        const int count = static_cast<int>(std::ceil(target.width() / placeholderStep));
-        bars.reserve(count);
-        for (int i = 0; i < count; ++i) {
-            const double reach =
-                std::clamp<double>(tile.column(i).peak * scene_.tiles.gain(), 0, 1) * place.height() / 2;
-            bars << QRectF(target.left() + i * placeholderStep, middle - reach,
-                           std::min(placeholderStep, target.width() - i * placeholderStep), 2 * reach);
+    /// A bar every few points until the tile is there. `left`: of the recording's first sample.
+    void paintRoughly(const QRectF& target, double left, const WaveformTileKey& key) {
+        painter_.fillRect(target, QColor(key.ground));
+        const Waveform& waveform = *scene_.tiles.waveform();
+        const auto channel = static_cast<std::size_t>(key.channel);
+        const bool isOne = channel > 0 && channel <= waveform.peaksPerChannel.size();
+        const std::vector<float>& peaks = isOne ? waveform.peaksPerChannel[channel - 1] : waveform.peaks;
+        const double binsPerPoint = waveform.binsPerSecond / layout_.zoom().pixelsPerSecond();
+        const int middle = static_cast<int>(std::round(target.center().y()));
+        const float scale = scene_.tiles.gain() * static_cast<float>(target.height()) / 2;
+        const int most = static_cast<int>(target.height()) / 2;
+        QVector<QRect> bars;
+        bars.reserve(static_cast<int>(target.width()) / placeholderStep + 1);
+        const int first = static_cast<int>(std::round(target.left())), end = static_cast<int>(target.right());
+        for (int x = first; x < end; x += placeholderStep) {
+            const auto bin = static_cast<std::ptrdiff_t>((x - left) * binsPerPoint);
+            const auto count = std::clamp<std::ptrdiff_t>(
+                static_cast<std::ptrdiff_t>(placeholderStep * binsPerPoint), 1, mostPlaceholderBins);
+            float peak = 0;
+            for (std::ptrdiff_t i = std::max<std::ptrdiff_t>(bin, 0);
+                 i < std::min(bin + count, std::ssize(peaks)); ++i)
+                peak = std::max(peak, peaks[static_cast<std::size_t>(i)]);
+            const int reach = std::clamp(static_cast<int>(peak * scale), 0, most);
+            bars << QRect(x, middle - reach, std::min(placeholderStep, end - x), 2 * reach);
         }
         painter_.setPen(Qt::NoPen);
-        painter_.setBrush(colour);
+        painter_.setBrush(QColor(key.peakColour));
         painter_.drawRects(bars);
     }
 
@@ -238,10 +308,10 @@ class Painting {
         if (seen.width() < leastTextWidth) return;
         QString words;
         if (block.kind == BlockKind::multiActiveWarn)
-            words = orvane::views::text(multiActiveWarnLabel);
+            words = translated(multiActiveWarnLabel);
         else if (const TimelineChannel* channel = rows_.channel(track);
                  block.kind != BlockKind::silence && channel)
-            words = orvane::views::text(channel->name);
+            words = translatedSentence(channel->name);
         if (words.isEmpty()) return;
         painter_.setPen(readableOn(ground));
         painter_.drawText(seen, Qt::AlignVCenter | Qt::AlignLeft,

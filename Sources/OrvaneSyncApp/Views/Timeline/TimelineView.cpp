@@ -3,6 +3,7 @@
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/Views/Timeline/TimelineCanvas.h"
 #include "OrvaneSyncApp/Views/Timeline/TrackHeader.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
 
 #include <QGridLayout>
@@ -85,7 +86,8 @@ QWidget* TimelineView::makeTools() {
         return made;
     };
     const commands::Command& analysis = desktop_.command("runSmartAudioForGroup");
-    analyse_ = add(tr("Run Smart Audio"), text(analysis.title), text(analysis.help), Weight::normal);
+    analyse_ =
+        add(tr("Run Smart Audio"), translated(analysis.title), translated(analysis.help), Weight::normal);
     connect(analyse_, &QPushButton::clicked, this, [this] { runSmartAudio(); });
     auto* skim = add(tr("Skim"), tr("Skim"), tr("Shows the picture under the pointer while nothing plays."),
                      Weight::normal);
@@ -218,8 +220,8 @@ void TimelineView::moveRows(const SyncGroup& clip) {
 }
 
 void TimelineView::showSummary() {
-    summary_->setText(text(rows_->summary));
-    summary_->setToolTip(text(rows_->summary));
+    summary_->setText(translatedSentence(rows_->summary));
+    summary_->setToolTip(translatedSentence(rows_->summary));
     const SmartAudioState& state = desktop_.controller().smartAudio().state();
     analyse_->setVisible(rows_->hasSound && !state.isAnalyzing && !state.results.contains(rows_->groupID));
 }

@@ -2,6 +2,7 @@
 
 #include "OrvaneDesignKit/Icons.h"
 #include "OrvaneDesignKit/Theme.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QFontMetricsF>
 #include <QGuiApplication>
@@ -149,7 +150,8 @@ void TrackHeader::placeBoxes() {
             const TimelineChannel& channel = rows.channels[i];
             const bool isOn[] = {channel.isUsedByAlgorithm, channel.isActive, channel.isSolo};
             one.setChecked(isOn[box]);
-            one.setAccessibleName(QString::fromLatin1(boxCommands[box].name).arg(text(channel.name)));
+            one.setAccessibleName(
+                QString::fromLatin1(boxCommands[box].name).arg(translatedSentence(channel.name)));
             one.move(x, static_cast<int>(row->y - TimelineLayout::rulerHeight) + nameHeight + 2);
             x += one.width() + space::tight;
         }
@@ -187,7 +189,7 @@ bool TrackHeader::event(QEvent* event) {
             if (help->pos().y() < row.y || help->pos().y() >= row.y + row.height) continue;
             const TimelineRows& rows = layout_->content();
             if (row.kind == RowKind::channel)
-                words = text(rows.channels[static_cast<std::size_t>(row.index)].tooltip());
+                words = translatedSentence(rows.channels[static_cast<std::size_t>(row.index)].tooltip());
             if (row.kind == RowKind::picture) words = text(rows.pictureName);
             if (row.kind == RowKind::sound) words = text(rows.soundName);
         }
@@ -238,10 +240,11 @@ void TrackHeader::paintEvent(QPaintEvent* /*event*/) {
         case RowKind::channel: {
             const TimelineChannel& channel = rows.channels[static_cast<std::size_t>(row.index)];
             painter.fillRect(QRectF(0, row.y, 3, row.height - 1), channelColour(row.index));
-            const double name = line(space::small, top, end, textFont(),
-                                     channel.isActive ? all.text : all.facts, text(channel.name));
-            QString why = text(channel.kindText());
-            if (!channel.why.empty()) why += QStringLiteral(" · ") + text(channel.why);
+            const double name =
+                line(space::small, top, end, textFont(), channel.isActive ? all.text : all.facts,
+                     translatedSentence(channel.name));
+            QString why = translated(channel.kindText());
+            if (!channel.why.empty()) why += QStringLiteral(" · ") + translatedSentence(channel.why);
             const double left = space::small + name + space::small;
             if (end - left > swatch * 3) line(left, top, end, factsFont(), all.facts, why, Qt::AlignRight);
             if (channel.sharePercent)

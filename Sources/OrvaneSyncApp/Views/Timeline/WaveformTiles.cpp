@@ -25,8 +25,8 @@ QImage imageOf(const Waveform& waveform, float gain, const WaveformTileKey& key)
     tile.firstColumn = key.index * WaveformTile::width;
     tile.height = key.height;
     tile.gain = gain;
-    const std::vector<std::uint32_t> pixels = drawn(tile, key.peakColour, key.levelColour);
-    QImage image(WaveformTile::width, key.height, QImage::Format_ARGB32_Premultiplied);
+    const std::vector<std::uint32_t> pixels = drawn(tile, key.ground, key.peakColour, key.levelColour);
+    QImage image(WaveformTile::width, key.height, QImage::Format_RGB32);
     for (int row = 0; row < key.height; ++row)
         std::memcpy(image.scanLine(row), &pixels[static_cast<std::size_t>(row) * WaveformTile::width],
                     WaveformTile::width * sizeof(std::uint32_t));

@@ -23,7 +23,7 @@ struct WaveformTileKey {
     double columnsPerSecond = 0; ///< pixels of the screen
     std::int64_t index = 0;      ///< from the recording's first sample on, `WaveformTile::width` columns each
     int height = 0;              ///< pixels of the screen
-    QRgb peakColour = 0, levelColour = 0;
+    QRgb ground = 0, peakColour = 0, levelColour = 0;
 
     auto operator<=>(const WaveformTileKey&) const = default;
 };

@@ -75,6 +75,7 @@ bool KeyboardMonitor::handle(KeyEvent event, bool isTextEdited) {
     } else if (!event.isRepeat) {
         down_.erase(event.physicalKey);
     }
+    isRepeating_ = event.isDown && event.isRepeat;
     if (isTextEdited) {
         if (!event.isDown && !event.isRepeat && event.keyCode == Code::k) releaseK();
         return false;

@@ -51,6 +51,8 @@ class KeyboardMonitor {
 
     bool kHeld() const { return kHeld_; }
     bool kUsedAsModifier() const { return kUsedAsModifier_; }
+    /// Whether the action that is delivered comes of a key that is held.
+    bool isRepeating() const { return isRepeating_; }
 
   private:
     bool keyDown(const KeyEvent& event);
@@ -64,6 +66,7 @@ class KeyboardMonitor {
     std::function<void(KeyAction)> onKey_;
     bool kHeld_ = false;
     bool kUsedAsModifier_ = false;
+    bool isRepeating_ = false;
     std::set<std::uint32_t> down_; ///< physical keys
 };
 

@@ -9,7 +9,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -67,11 +66,9 @@ class FakePlayer final : public platform::Player {
     std::vector<platform::MediaTime> offsets; ///< that the sound was moved to
     int sounds = 0;                           ///< how often it was replaced
     int seeks = 0;
-    std::optional<platform::MediaTime> endsAt; ///< earlier than its facts say
-    std::chrono::nanoseconds startsAt{0};      ///< as the last start said
+    std::chrono::nanoseconds startsAt{0}; ///< as the last start said
 
   private:
-    platform::MediaTime end() const { return endsAt.value_or(facts_.duration); }
     void stopAt(platform::MediaTime time) {
         rest_ = time;
         rate_ = 0;
@@ -174,7 +171,7 @@ inline platform::MediaTime FakePlayer::currentTime() const {
     const auto ran = std::chrono::duration_cast<milliseconds>(system_.now - since_).count();
     if (rate_ == 0 || ran <= 0) return rest_;
     const platform::MediaTime moved{ran * std::llround(rate_ * 4), 4000};
-    return std::clamp(rest_ + moved, platform::MediaTime(), end());
+    return std::clamp(rest_ + moved, platform::MediaTime(), facts_.duration);
 }
 
 inline void FakePlayer::setRate(double rate) { setRate(rate, currentTime(), system_.now); }
@@ -187,7 +184,7 @@ inline void FakePlayer::setRate(double rate, platform::MediaTime time, std::chro
 
 inline void FakePlayer::seek(platform::MediaTime time, std::function<void(bool)> completed) {
     dropSeek();
-    rest_ = std::clamp(time, platform::MediaTime(), end());
+    rest_ = std::clamp(time, platform::MediaTime(), facts_.duration);
     since_ = system_.now;
     seekDone_ = std::move(completed);
     system_.mainThread().post([this, number = seeks] {
@@ -201,7 +198,7 @@ inline void FakePlayer::seek(platform::MediaTime time, std::function<void(bool)>
 inline void FakePlayer::moved() {
     if (rate_ == 0) return;
     const platform::MediaTime time = currentTime();
-    const bool isAtEnd = rate_ > 0 ? time >= end() : time <= platform::MediaTime();
+    const bool isAtEnd = rate_ > 0 ? time >= facts_.duration : time <= platform::MediaTime();
     const auto frame = static_cast<std::int64_t>(std::floor(time.seconds() * facts_.nominalFrameRate + 1e-6));
     if (std::exchange(reported_, frame) != frame || isAtEnd) time_.tell(time);
     if (!isAtEnd || rate_ == 0 || currentTime() != time) return;

@@ -179,9 +179,7 @@ void VideoEngine::timeReported(MediaTime time) {
 void VideoEngine::endReported() {
     if (blipReturnsTo_) return; // its timer goes back
     setPlaying(false);
-    // A cut file may end before the region begins, and would end there again at the same instant.
-    const bool isRegionThere = jklSpeedIndex_ <= stopIndex || player_->currentTime() > loop_.loopStart;
-    if (loop_.isLooping && isRegionThere) {
+    if (loop_.isLooping) {
         seek(loop_.loopStart);
         return play();
     }

@@ -9,7 +9,7 @@
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 
-#include <QEvent>
+#include <QPaintEvent>
 #include <QScrollBar>
 #include <QTableView>
 

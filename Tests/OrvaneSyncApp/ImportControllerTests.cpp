@@ -28,7 +28,6 @@ TEST_F(ImportControllerTest, turnsTwoFoldersIntoClipsAndWildTracks) {
     EXPECT_EQ(steps.front().phase, "Probing video files");
     EXPECT_EQ(steps.back(), (ScanProgress{"Probing audio files", 6, 6}));
     EXPECT_TRUE(std::ranges::is_sorted(steps, {}, &ScanProgress::current));
-    EXPECT_NE(steps.front().file, "") << "the file in hand has its name said before it is done";
     EXPECT_EQ(controller_->scan().progress(), ScanProgress::idle());
 
     ASSERT_NE(clip("A001C001"), nullptr);

@@ -1,6 +1,7 @@
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncApp/ViewModels/Results/DoubtCures.h"
 #include "OrvaneSyncApp/ViewModels/Results/Thumbnails.h"
+#include "OrvaneSyncApp/ViewModels/Results/WarningWords.h"
 #include "OrvaneSyncApp/ViewModels/Sheets/AtmoBuilderModel.h"
 #include "OrvaneSyncApp/ViewModels/Sheets/Feedback.h"
 #include "OrvaneSyncApp/ViewModels/Sheets/SegmentPlayer.h"
@@ -70,6 +71,10 @@ TEST(DoubtCures, SayForTheWindowWhatTheTerminalHasOptionsFor) {
     const Cure moved = cureInWords(doubt(cases[1].cure));
     EXPECT_NE(moved.steps.front().arguments.find("soundDate"), nullptr);
     EXPECT_NE(moved.steps.front().arguments.find("soundOffset"), nullptr);
+    EXPECT_EQ(
+        warningInWords("'b.mov' counts wrong; --tc-rate 25, or choose in the table of 'scan --review'"),
+        "'b.mov' counts wrong; count timecode at 25 frames a second, or choose the recording in the clip's "
+        "menu");
 }
 
 TEST(AtmoBuilderModel, PreselectsTheLongestAndBuildsWhatIsChosen) {

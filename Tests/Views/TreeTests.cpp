@@ -4,6 +4,7 @@
 
 #include <QAbstractSpinBox>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QHeaderView>
 #include <QTreeView>
 
@@ -49,6 +50,8 @@ class Tree {
         }
         if (const auto* button = qobject_cast<const QPushButton*>(&widget))
             return !button->text().isEmpty() && button->width() < button->minimumSizeHint().width() - 1;
+        if (const auto* choice = qobject_cast<const QComboBox*>(&widget))
+            return choice->height() < choice->fontMetrics().height() + 6;
         if (const auto* header = qobject_cast<const QHeaderView*>(&widget)) {
             for (int i = 0; header->orientation() == Qt::Horizontal && i < header->count(); ++i)
                 if (!header->isSectionHidden(i) &&

@@ -319,7 +319,7 @@ void ResultsView::analyseSelection() {
 void ResultsView::addRecordings(QMenu& menu, const UUID& clip) {
     const auto candidates = rows_.candidates(clip);
     if (candidates.empty()) return;
-    menu.addSection(tr("Recording of this clip"));
+    menu.addAction(tr("Recording of this clip"))->setEnabled(false); // a heading
     for (const ResultsViewModel::Candidate& one : candidates) {
         QAction* action =
             menu.addAction(translatedSentence(one.text), this, [this, clip, match = one.matchID] {

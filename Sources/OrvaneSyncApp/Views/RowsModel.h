@@ -6,13 +6,12 @@
 
 #include <cstddef>
 #include <unordered_map>
-#include <utility>
 
 namespace orvane::views {
 
-/// What models of long lists share: a row is made when it is first painted and kept until it changes, and of
-/// changed rows those are painted anew that say something else than before. `Base` is a model of Qt, `Row`
-/// can be compared.
+/// What models of long lists share: a row is made when it is first painted and kept until it changes. None is
+/// made while a change is told, as it may be one of several that make sense together. `Base` is a model of
+/// Qt.
 template <class Base, class Row>
 class RowsModel : public Base {
   public:
@@ -42,12 +41,8 @@ class RowsModel : public Base {
             return;
         }
         for (const std::size_t changed : change.rows) {
-            const auto found = shown_.find(static_cast<int>(changed));
-            if (found == shown_.end()) continue; // nobody has seen it
-            Row row = makeRow(changed);
-            if (row == found->second) continue;
-            found->second = std::move(row);
-            tell(found->first, found->first);
+            const int at = static_cast<int>(changed);
+            if (shown_.erase(at) > 0) tell(at, at); // else nobody has seen it
         }
     }
     const std::unordered_map<int, Row>& shown() const { return shown_; }

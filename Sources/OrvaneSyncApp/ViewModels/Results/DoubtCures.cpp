@@ -1,5 +1,7 @@
 #include "OrvaneSyncApp/ViewModels/Results/DoubtCures.h"
 
+#include "OrvaneSyncApp/ViewModels/Results/WarningWords.h"
+
 #include "OrvaneSyncCore/Models/Settings.h"
 
 #include <array>
@@ -77,7 +79,7 @@ Spoken spokenSetting(const std::string& assignment) {
     }
     const auto mode = fromRawValue<TrimMode>(value);
     const std::string name = mode ? std::string(displayText(*mode)) : value;
-    return {"“Trim clips to: " + name + "”",
+    return {"“Length of the clips: " + name + "”",
             CureStep{"Trim to " + name, "setSetting", setting(settings::trimMode.key, value), false}};
 }
 
@@ -131,12 +133,8 @@ void add(std::vector<CureStep>& steps, CureStep step, bool belongsToLast) {
         for (const auto& [key, value] : *members) last.arguments.set(key, value);
 }
 
-} // namespace
-
-std::string messageInWords(const SyncDoubt& doubt) { return withoutPhrases(doubt.message); }
-
-Cure cureInWords(const SyncDoubt& doubt) {
-    const std::string from = withoutPhrases(doubt.cure);
+/// Options with what stands for them, and what does the same.
+Cure inWords(const std::string& from) {
     Cure cure;
     // A cure for some of the files needs a scan of these alone, which nobody but the user can arrange.
     const bool isForSome = from.find(" in a scan of ") != std::string::npos;
@@ -157,5 +155,13 @@ Cure cureInWords(const SyncDoubt& doubt) {
     }
     return cure;
 }
+
+} // namespace
+
+std::string messageInWords(const SyncDoubt& doubt) { return withoutPhrases(doubt.message); }
+
+Cure cureInWords(const SyncDoubt& doubt) { return inWords(withoutPhrases(doubt.cure)); }
+
+std::string warningInWords(std::string warning) { return inWords(withoutPhrases(std::move(warning))).text; }
 
 } // namespace orvane

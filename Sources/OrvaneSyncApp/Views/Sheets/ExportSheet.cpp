@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
+#include "OrvaneSyncApp/ViewModels/Results/WarningWords.h"
 #include "OrvaneSyncApp/ViewModels/Settings/SettingRows.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
@@ -16,6 +17,8 @@
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QPointer>
+#include <QResizeEvent>
+#include <QScreen>
 #include <QSettings>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -56,7 +59,7 @@ QString listed(const std::vector<std::string>& lines) {
             shown << QObject::tr("and %1 more").arg(lines.size() - mostLinesShown);
             break;
         }
-        shown << QStringLiteral("• ") + translatedSentence(line);
+        shown << QStringLiteral("• ") + translatedSentence(warningInWords(line));
     }
     return shown.join(QLatin1Char('\n'));
 }
@@ -214,6 +217,18 @@ void ExportSheet::showForecast() {
     const auto suggested = ExportPreview::suggestedEventName(work.syncGroups());
     suggestion_->setVisible(suggested && text(*suggested) != event_->text());
     if (suggested) suggestion_->setText(text(*suggested));
+    fitHeight();
+}
+
+void ExportSheet::fitHeight() {
+    constexpr int frame = 60; // of the window, and a little
+    const int needed = layout()->totalHeightForWidth(width());
+    setMinimumHeight(std::min(needed, screen()->availableGeometry().height() - frame));
+}
+
+void ExportSheet::resizeEvent(QResizeEvent* event) {
+    QDialog::resizeEvent(event);
+    if (event->oldSize().width() != width()) fitHeight();
 }
 
 void ExportSheet::showVersion() { versionNote_->setText(tr(readers[version_->currentIndex()].who)); }
@@ -239,6 +254,7 @@ void ExportSheet::write() {
                            outcome_->clear();
                            write();
                        });
+        fitHeight();
         return;
     }
     JSON arguments = JSON::object();
@@ -283,6 +299,7 @@ void ExportSheet::written(const JSON& answer) {
     warnings_->setText(tr("Export finished with warnings") + QLatin1Char('\n') + listed(lines));
     QSettings().setValue(placeKey, QFileInfo(place).absolutePath());
     warnings_->setVisible(!lines.empty());
+    fitHeight();
     close_->setText(tr("Done"));
     write_->setEnabled(true);
     mayReplace_ = true; // what was just written

@@ -16,7 +16,12 @@ class ExportSheet : public QDialog {
   public:
     explicit ExportSheet(Desktop& desktop, QWidget* parent = nullptr);
 
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
+    /// A window is no smaller than its texts need, which depends on how they wrap.
+    void fitHeight();
     QWidget* makeOptions();
     QWidget* makeDestination();
     void showForecast();

@@ -9,7 +9,7 @@
 #include "SoundBenchmarks.h"
 #include "StopBenchmarks.h"
 #include "Table.h"
-#include "TimelineBenchmarks.h"
+#include "ViewBenchmarks.h"
 #include "WaveformBenchmarks.h"
 
 #include "Platform/Files.h"
@@ -103,12 +103,6 @@ void printMatchingRow(const Medians& results, const std::string& work, const std
 }
 
 /// Behind those of the player, whose videos they show.
-void printViewRows([[maybe_unused]] const std::string& folder) {
-#ifdef ORVANE_APP
-    printTimelineRows(folder + "/group.mov");
-#endif
-}
-
 void printTable(const Medians& results, const std::string& self, const std::string& program,
                 const MediaCorpus& corpus, const std::string& folder) {
     const auto ms = [&](const char* name) { return results.milliseconds.at(name); };
@@ -135,7 +129,9 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printEditingRows(results);
     printStopRows(results);
     printPictureRows(folder);
+#ifdef ORVANE_APP
     printViewRows(folder);
+#endif
     printLockitRows(results);
     const auto version = medianRun({program, "--version"}, 51);
     const auto nothing = medianRun({"/bin/true"}, 51);
@@ -163,11 +159,13 @@ int main(int argc, char** argv) {
         printPictureRows(argv[2]);
         return 0;
     }
+#ifdef ORVANE_APP
     if (argc == 3 && std::string(argv[1]) == viewsOption) {
         printHeading();
         printViewRows(argv[2]);
         return 0;
     }
+#endif
     if (argc < 3) {
         std::cerr << "usage: orvane_bench PROGRAM FOLDER [benchmark options]\n";
         return 2;

@@ -299,7 +299,7 @@ void printMemory(Evening& evening) {
     };
     const double before = inMemory();
     for (int i = 0; i < changes; ++i)
-        if (!evening.goOn(i / 200 % 2 == 0 ? Qt::Key_BracketLeft : Qt::Key_BracketRight))
+        if (!evening.goOn(i / 200 % 2 == 0 ? Qt::Key_BracketRight : Qt::Key_BracketLeft))
             return printFailure("memory", "no picture");
     const double grown = (inMemory() - before) / mega;
     printRow(text("memory after %.0f more clips, with the helpers", changes), text("%+.1f MB", grown),

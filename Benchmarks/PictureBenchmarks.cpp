@@ -39,16 +39,6 @@ double secondsNow() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-/// The processes that this one has started and that still run.
-std::vector<std::string> children() {
-    std::vector<std::string> found;
-    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-        std::ifstream list(task.path() / "children");
-        for (std::string process; list >> process;) found.push_back(process);
-    }
-    return found;
-}
-
 /// Seconds of processor time of this process and its children, so far.
 double coreSeconds() {
     timespec own{};
@@ -66,24 +56,6 @@ double coreSeconds() {
         seconds += (user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
     }
     return seconds;
-}
-
-/// Bytes in memory of this process and its children; what several share is divided among them.
-double bytesInMemory() {
-    double kilobytes = 0;
-    auto processes = children();
-    processes.emplace_back("self");
-    for (const std::string& process : processes) {
-        std::ifstream file("/proc/" + process + "/smaps_rollup");
-        for (std::string word; file >> word;)
-            if (word == "Pss:") {
-                double own = 0;
-                file >> own;
-                kilobytes += own;
-                break;
-            }
-    }
-    return kilobytes * 1024;
 }
 
 /// The most memory at any second of its life. Beside the player, as counting pages takes longer than a

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <spawn.h>
 #include <sys/resource.h>
@@ -88,6 +89,32 @@ ProcessCost medianRun(const std::vector<std::string>& words, int runs) {
 }
 
 bool hasProgram(const std::string& name) { return runProcess({"which", name}).succeeded; }
+
+std::vector<std::string> children() {
+    std::vector<std::string> found;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::ifstream list(task.path() / "children");
+        for (std::string process; list >> process;) found.push_back(process);
+    }
+    return found;
+}
+
+double bytesInMemory() {
+    double kilobytes = 0;
+    auto processes = children();
+    processes.emplace_back("self");
+    for (const std::string& process : processes) {
+        std::ifstream file("/proc/" + process + "/smaps_rollup");
+        for (std::string word; file >> word;)
+            if (word == "Pss:") {
+                double own = 0;
+                file >> own;
+                kilobytes += own;
+                break;
+            }
+    }
+    return kilobytes * kilobyte;
+}
 
 double ownPeakBytes() {
     std::ifstream status("/proc/self/status");

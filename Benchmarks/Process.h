@@ -21,6 +21,10 @@ ProcessCost medianRun(const std::vector<std::string>& words, int runs);
 /// Whether a program of that name can be run.
 bool hasProgram(const std::string& name);
 
+/// The processes that this one has started and that still run, by number.
+std::vector<std::string> children();
+/// Bytes in memory of this process and its children; what several share is divided among them.
+double bytesInMemory();
 /// This process's own peak, in bytes.
 double ownPeakBytes();
 /// Another's peak, in bytes; 0 if it failed. What the system says of a child counts its parent's memory as

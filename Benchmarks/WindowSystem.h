@@ -8,8 +8,9 @@
 
 namespace orvane::bench {
 
-/// The one application of all rows of the windows, without a screen.
+/// The one application of all rows of the windows, without a screen: that which is there, or a plain one.
 inline QApplication& windowSystem() {
+    if (qApp != nullptr) return *qApp;
     static int count = 1;
     static std::array<char, 6> name{"bench"};
     static std::array<char*, 2> arguments{name.data(), nullptr};

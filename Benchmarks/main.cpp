@@ -12,7 +12,7 @@
 #include "SoundBenchmarks.h"
 #include "StopBenchmarks.h"
 #include "Table.h"
-#include "TimelineBenchmarks.h"
+#include "ViewBenchmarks.h"
 #include "WaveformBenchmarks.h"
 #include "WindowBenchmarks.h"
 
@@ -111,10 +111,11 @@ void printMatchingRow(const Medians& results, const std::string& work, const std
 }
 
 /// Behind those of the player, whose videos they show. The built programs lie beside this one.
-void printViewRows([[maybe_unused]] const std::string& self, [[maybe_unused]] const std::string& folder) {
+void printRowsOfWindows([[maybe_unused]] const std::string& self,
+                        [[maybe_unused]] const std::string& folder) {
 #ifdef ORVANE_APP
+    printViewRows(folder);
     printWindowRows(std::filesystem::path(self).parent_path(), folder);
-    printTimelineRows(folder + "/group.mov");
 #endif
 }
 
@@ -145,7 +146,7 @@ void printTable(const Medians& results, const std::string& self, const std::stri
     printStopRows(results);
     printInterfaceRows(folder);
     printPictureRows(folder);
-    printViewRows(self, folder);
+    printRowsOfWindows(self, folder);
     printLockitRows(results);
     const auto version = medianRun({program, "--version"}, 51);
     const auto nothing = medianRun({"/bin/true"}, 51);
@@ -175,7 +176,7 @@ int main(int argc, char** argv) {
     }
     if (argc == 3 && std::string(argv[1]) == viewsOption) {
         printHeading();
-        printViewRows(argv[0], argv[2]);
+        printRowsOfWindows(argv[0], argv[2]);
         return 0;
     }
     if (argc == 4 && std::string(argv[1]) == renderedOption) {

@@ -240,6 +240,13 @@ TEST_F(VideoEngineTest, aLoopGoesRoundUntilItIsCleared) {
     engine_->seek(6);
     mainThread_->runPosted();
     EXPECT_EQ(at(), 6);
+    // A file that ends before the loop begins: once, and then it stands.
+    player().cutOffAt = {5, 1};
+    engine_->setLoopRegion(8, 12);
+    mainThread_->runPosted();
+    run(0.2);
+    EXPECT_FALSE(engine_->transport().isPlaying);
+    EXPECT_EQ(at(), 5);
 }
 
 TEST_F(VideoEngineTest, aClipOpensOnItsClapUnlessTheUserWasThereFirst) {

@@ -66,7 +66,8 @@ class FakePlayer final : public platform::Player {
     std::vector<platform::MediaTime> offsets; ///< that the sound was moved to
     int sounds = 0;                           ///< how often it was replaced
     int seeks = 0;
-    std::chrono::nanoseconds startsAt{0}; ///< as the last start said
+    platform::MediaTime cutOffAt{86400, 1}; ///< where the file ends, whatever it claims
+    std::chrono::nanoseconds startsAt{0};   ///< as the last start said
 
   private:
     void stopAt(platform::MediaTime time) {
@@ -79,6 +80,7 @@ class FakePlayer final : public platform::Player {
     }
 
     FakePlayerSystem& system_;
+    platform::MediaTime end() const { return std::min(facts_.duration, cutOffAt); }
     platform::PlayerFacts facts_;
     bool isLoaded_ = false;
     int loads_ = 0;
@@ -171,7 +173,7 @@ inline platform::MediaTime FakePlayer::currentTime() const {
     const auto ran = std::chrono::duration_cast<milliseconds>(system_.now - since_).count();
     if (rate_ == 0 || ran <= 0) return rest_;
     const platform::MediaTime moved{ran * std::llround(rate_ * 4), 4000};
-    return std::clamp(rest_ + moved, platform::MediaTime(), facts_.duration);
+    return std::clamp(rest_ + moved, platform::MediaTime(), end());
 }
 
 inline void FakePlayer::setRate(double rate) { setRate(rate, currentTime(), system_.now); }
@@ -198,7 +200,7 @@ inline void FakePlayer::seek(platform::MediaTime time, std::function<void(bool)>
 inline void FakePlayer::moved() {
     if (rate_ == 0) return;
     const platform::MediaTime time = currentTime();
-    const bool isAtEnd = rate_ > 0 ? time >= facts_.duration : time <= platform::MediaTime();
+    const bool isAtEnd = rate_ > 0 ? time >= end() : time <= platform::MediaTime();
     const auto frame = static_cast<std::int64_t>(std::floor(time.seconds() * facts_.nominalFrameRate + 1e-6));
     if (std::exchange(reported_, frame) != frame || isAtEnd) time_.tell(time);
     if (!isAtEnd || rate_ == 0 || currentTime() != time) return;

@@ -171,6 +171,7 @@ bool VideoEngine::correctInitialSeek(double toSeconds) {
 // Reports of the player
 
 void VideoEngine::timeReported(MediaTime time) {
+    if (loop_.loopStart < time) hasLoopRun_ = true;
     if (isSkimming_ || seekingTo_ || blipReturnsTo_) return;
     setPlayhead(time);
     if (transport_.isPlaying && loop_.isLooping && loop_.loopEnd <= time) seek(loop_.loopStart);
@@ -179,7 +180,9 @@ void VideoEngine::timeReported(MediaTime time) {
 void VideoEngine::endReported() {
     if (blipReturnsTo_) return; // its timer goes back
     setPlaying(false);
-    if (loop_.isLooping) {
+    // A file that was cut off may end before the loop begins: it would begin and end without a moment
+    // between.
+    if (loop_.isLooping && std::exchange(hasLoopRun_, false)) {
         seek(loop_.loopStart);
         return play();
     }
@@ -329,7 +332,7 @@ void VideoEngine::setLoopRegion(double aroundSeconds, int frames) {
     userHasMovedPlayhead_ = true;
     loop_.loopStart = start;
     loop_.loopEnd = end;
-    loop_.isLooping = true;
+    loop_.isLooping = hasLoopRun_ = true;
     tell(VideoEngineField::loop);
     seek(loop_.loopStart);
     play();

@@ -171,6 +171,7 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     PlayheadState playhead_;
     TransportState transport_;
     LoopState loop_;
+    bool hasLoopRun_ = false; ///< a time behind the loop's start was reported since it last began
     float volume_ = 1;
     double syncOffsetSeconds_ = 0;
     double appliedOffset_ = 0; ///< that the player has

@@ -76,16 +76,13 @@ JSON::Array elementsOf(ondemand::array elements, std::size_t depth) {
     return fitted(std::move(array));
 }
 
-JSON numberOf(ondemand::number number) {
-    switch (number.get_number_type()) {
-    case ondemand::number_type::signed_integer:
-        return number.get_int64();
-    case ondemand::number_type::unsigned_integer:
-        return number.get_uint64();
-    case ondemand::number_type::floating_point_number:
-        break;
-    }
-    return number.get_double();
+/// A value, or a document that is one number.
+JSON numberOf(auto& value) {
+    // `get_number` reads 0 where a number with a point has more digits than 64 bits hold.
+    if (checked(value.get_number_type()) == ondemand::number_type::floating_point_number)
+        return checked(value.get_double());
+    const ondemand::number number = checked(value.get_number());
+    return number.is_int64() ? JSON(number.get_int64()) : JSON(number.get_uint64());
 }
 
 JSON treeOf(ondemand::value value, std::size_t depth) {
@@ -98,7 +95,7 @@ JSON treeOf(ondemand::value value, std::size_t depth) {
     case ondemand::json_type::string:
         return checked(value.get_string());
     case ondemand::json_type::number:
-        return numberOf(checked(value.get_number()));
+        return numberOf(value);
     case ondemand::json_type::boolean:
         return checked(value.get_bool());
     case ondemand::json_type::null:

@@ -13,6 +13,8 @@ TEST(JSON, keepsEveryNumberAndItsKind) {
         const JSON value = JSON::parse(text);
         EXPECT_EQ(value.dump(), written) << name;
         EXPECT_EQ(JSON::parse(value.dump()).dump(), written) << name;
+        const auto listed = [](const std::string& number) { return "[" + number + "]"; };
+        EXPECT_EQ(JSON::parse(listed(text)).dump(), listed(written)) << name;
     };
     check("a whole number stays one", "2", "2");
     check("a whole double stays a double", "25.0", "25.0");

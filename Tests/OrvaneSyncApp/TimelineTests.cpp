@@ -56,6 +56,14 @@ TEST_F(TimelineTest, theClapBecomesTheAnchorUnlessTheEditorWasFaster) {
     EXPECT_FALSE(controller_->work().undoState().canUndo);
 }
 
+TEST_F(TimelineTest, ANudgeIsAFrameOfWhatIsExported) {
+    SyncGroup other = group();
+    other.video.projectFrameRate = 23.976; // by its timecode track; the file's pictures count 25
+    controller_->openStoredWork({{}, {}, SyncGroupList({other})});
+    for (int i = 0; i < 12; ++i) controller_->timeline().nudgeByFrames(id_, 1);
+    EXPECT_NEAR(group().manualAudioOffsetSeconds, 12 * 1001.0 / 24000, 1e-9);
+}
+
 TEST_F(TimelineTest, aDragSnapsTheAnchorToAnOnset) {
     TimelineController& timeline = controller_->timeline();
     timeline.setAnchor(id_, 9);

@@ -29,8 +29,9 @@ TimelineController::TimelineController(OpenWork& work, ClipEditing& clips)
 
 double TimelineController::playerFrameRate(const SyncGroup& group) {
     constexpr double usual = 24;
-    const double rate = group.video.frameRate.value_or(0);
-    return rate > 0 ? exactRateValue(rate) : usual;
+    for (const auto& rate : {group.video.projectFrameRate, group.video.frameRate})
+        if (rate && *rate > 0) return exactRateValue(*rate);
+    return usual;
 }
 
 void TimelineController::show(const UUID& groupID) {

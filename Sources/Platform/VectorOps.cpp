@@ -14,6 +14,47 @@ namespace {
 /// Enough for the widest vector registers to hide the time that an addition takes.
 constexpr std::size_t lanes = 16;
 
+/// 4 numbers are what every machine takes at once.
+using Floats = float __attribute__((vector_size(4 * sizeof(float))));
+using Bits = std::int32_t __attribute__((vector_size(4 * sizeof(std::int32_t))));
+using Block = std::array<Floats, 4>;
+constexpr std::size_t block = sizeof(Block) / sizeof(float);
+
+Block blockAt(std::span<const float> samples, std::size_t at) {
+    Block values;
+    std::memcpy(&values, &samples[at], sizeof values);
+    return values;
+}
+
+/// The largest magnitude of blocks. Magnitudes of floats are ordered as their bits are; left to itself the
+/// compiler takes one float at a time.
+class Peak {
+  public:
+    void hear(const Block& values) {
+        constexpr std::int32_t withoutSign = 0x7FFFFFFF;
+        for (std::size_t k = 0; k < highest_.size(); ++k) {
+            const Bits magnitude = std::bit_cast<Bits>(values[k]) & withoutSign;
+            highest_[k] = magnitude > highest_[k] ? magnitude : highest_[k];
+        }
+    }
+    float value() const {
+        float result = 0;
+        for (const Bits& one : highest_)
+            for (std::size_t lane = 0; lane < 4; ++lane)
+                result = std::max(result, std::bit_cast<float>(one[lane]));
+        return result;
+    }
+
+  private:
+    std::array<Bits, 4> highest_{};
+};
+
+float magnitudeOf(std::span<const float> samples) {
+    float result = 0;
+    for (const float sample : samples) result = std::max(result, std::abs(sample));
+    return result;
+}
+
 } // namespace
 
 double vector::sumOfSquares(std::span<const float> samples) {
@@ -39,27 +80,35 @@ float vector::rms(std::span<const float> samples) {
 }
 
 float vector::maxMagnitude(std::span<const float> samples) {
-    // Magnitudes of floats are ordered as their bits are, and 4 integers are what every machine compares at
-    // once; left to itself the compiler takes one float at a time.
-    using Lanes = std::int32_t __attribute__((vector_size(4 * sizeof(std::int32_t))));
-    constexpr std::int32_t withoutSign = 0x7FFFFFFF;
-    std::array<Lanes, 4> highest{};
-    constexpr std::size_t step = sizeof highest / sizeof(float);
-    const std::size_t whole = samples.size() - samples.size() % step;
-    for (std::size_t i = 0; i < whole; i += step) {
-        std::array<Lanes, 4> magnitudes;
-        std::memcpy(&magnitudes, &samples[i], sizeof magnitudes);
-        for (std::size_t k = 0; k < highest.size(); ++k) {
-            magnitudes[k] &= withoutSign;
-            highest[k] = magnitudes[k] > highest[k] ? magnitudes[k] : highest[k];
+    Peak peak;
+    const std::size_t whole = samples.size() - samples.size() % block;
+    for (std::size_t i = 0; i < whole; i += block) peak.hear(blockAt(samples, i));
+    return std::max(peak.value(), magnitudeOf(samples.subspan(whole)));
+}
+
+vector::Level vector::level(std::span<const float> samples) {
+    // Squares of 32 bits, of which a lane adds 16 before they are added in 64 bits.
+    constexpr std::size_t piece = 16 * block;
+    const std::size_t whole = samples.size() - samples.size() % block;
+    Peak peak;
+    Level level;
+    for (std::size_t begin = 0; begin < whole; begin += piece) {
+        Block squares{};
+        const std::size_t end = std::min(begin + piece, whole);
+        for (std::size_t i = begin; i < end; i += block) {
+            const Block values = blockAt(samples, i);
+            for (std::size_t k = 0; k < values.size(); ++k) squares[k] += values[k] * values[k];
+            peak.hear(values);
         }
+        for (const Floats& one : squares)
+            for (std::size_t lane = 0; lane < 4; ++lane) level.sumOfSquares += one[lane];
     }
-    float result = 0;
-    for (const Lanes& one : highest)
-        for (std::size_t lane = 0; lane < 4; ++lane)
-            result = std::max(result, std::bit_cast<float>(one[lane]));
-    for (std::size_t i = whole; i < samples.size(); ++i) result = std::max(result, std::abs(samples[i]));
-    return result;
+    const auto rest = samples.subspan(whole);
+    level.sumOfSquares += sumOfSquares(rest);
+    level.peak = std::max(peak.value(), magnitudeOf(rest));
+    // A damaged file may hold numbers whose squares 32 bits cannot.
+    if (!std::isfinite(level.sumOfSquares)) level.sumOfSquares = sumOfSquares(samples);
+    return level;
 }
 
 std::size_t vector::signChanges(std::span<const float> samples) {

@@ -14,6 +14,13 @@ double sumOfSquares(std::span<const float> samples);
 float rms(std::span<const float> samples);
 /// Largest magnitude; 0 for no samples. The samples are finite.
 float maxMagnitude(std::span<const float> samples);
+/// What a waveform shows of some samples.
+struct Level {
+    float peak = 0;          ///< as `maxMagnitude`
+    double sumOfSquares = 0; ///< to some 6 digits
+};
+/// Both in one reading. The samples are finite.
+Level level(std::span<const float> samples);
 /// Positions at which a sample and the one before it lie on two sides of zero; 0 itself is positive.
 std::size_t signChanges(std::span<const float> samples);
 /// Puts 0 in the place of every infinity and of what is no number.

@@ -124,8 +124,12 @@ TEST(VectorOps, agreeWithTheirDefinitionAtAnyLength) {
         EXPECT_FLOAT_EQ(rms(samples),
                         count == 0 ? 0 : static_cast<float>(std::sqrt(sum / static_cast<double>(count))));
         EXPECT_EQ(maxMagnitude(samples), peak);
+        EXPECT_NEAR(level(samples).sumOfSquares, sum, 1e-5);
+        EXPECT_EQ(level(samples).peak, peak);
         EXPECT_EQ(signChanges(samples), changes);
     }
+    const std::vector<float> huge(40, 1e30F);
+    EXPECT_DOUBLE_EQ(level(huge).sumOfSquares, sumOfSquares(huge));
     const float infinity = std::numeric_limits<float>::infinity();
     std::vector<float> dirty{1,     infinity, -infinity, std::nanf(""), -2, std::numeric_limits<float>::max(),
                              1e-45F};

@@ -106,16 +106,16 @@ void WaveformReduction::hear(std::span<const float* const> channels, std::size_t
     mix_.assign(channels.front() + begin, channels.front() + begin + frames);
     for (std::size_t i = 0; i < channels.size(); ++i) {
         const std::span<const float> samples(channels[i] + begin, frames);
-        const float own = vector::maxMagnitude(samples);
-        peak = std::max(peak, own);
+        const vector::Level own = vector::level(samples);
+        peak = std::max(peak, own.peak);
         if (i < grid_.keptChannels) {
-            window_.squares[i] += vector::sumOfSquares(samples);
-            window_.peaks[i] = std::max(window_.peaks[i], own);
+            window_.squares[i] += own.sumOfSquares;
+            window_.peaks[i] = std::max(window_.peaks[i], own.peak);
         }
         if (i > 0)
             for (std::size_t k = 0; k < frames; ++k) mix_[k] += samples[k];
     }
-    window_.squaresOfSum += vector::sumOfSquares(mix_);
+    window_.squaresOfSum += vector::level(mix_).sumOfSquares;
     window_.peak = std::max(window_.peak, peak);
     window_.frames += frames;
 }

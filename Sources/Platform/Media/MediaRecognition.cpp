@@ -16,26 +16,26 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr auto mediaExtensions = std::to_array<std::string_view>(
-    {"264",   "265",  "360",   "3fr",     "3g2",    "3ga",   "3gp",   "3gpp", "8svx", "aa3",  "aac",   "aax",
-     "ac3",   "ac4",  "adts",  "aif",     "aifc",   "aiff",  "alac",  "amb",  "amr",  "amv",  "ape",   "apv",
-     "ari",   "arw",  "arx",   "asf",     "au",     "av1",   "avc",   "avci", "avi",  "avif", "awb",   "bmp",
-     "braw",  "bw64", "bwf",   "caf",     "caff",   "cap",   "cin",   "cine", "cr2",  "cr3",  "crm",   "crw",
-     "dcr",   "dff",  "dif",   "divx",    "dng",    "dnxhd", "dnxhr", "dpx",  "drc",  "dsf",  "dss",   "dts",
-     "dtshd", "dv",   "eac3",  "ec3",     "erf",    "evo",   "exr",   "f4a",  "f4v",  "fff",  "flac",  "flc",
-     "fli",   "flv",  "gif",   "gpr",     "gsm",    "gxf",   "h264",  "h265", "hdr",  "heic", "heif",  "hevc",
-     "hif",   "iff",  "iiq",   "insp",    "insv",   "ircam", "ivf",   "j2c",  "j2k",  "jp2",  "jpe",   "jpeg",
-     "jpf",   "jpg",  "jps",   "jpx",     "jxl",    "jxs",   "k25",   "kdc",  "lrf",  "lrv",  "m1a",   "m1v",
-     "m2a",   "m2p",  "m2t",   "m2ts",    "m2v",    "m4a",   "m4b",   "m4p",  "m4r",  "m4v",  "mcraw", "mef",
-     "mj2",   "mjp2", "mjpeg", "mjpg",    "mka",    "mkv",   "mlp",   "mlv",  "mod",  "mogg", "mos",   "mov",
-     "movie", "mp1",  "mp2",   "mp2v",    "mp3",    "mp4",   "mp4a",  "mp4v", "mpa",  "mpc",  "mpe",   "mpeg",
-     "mpeg4", "mpg",  "mpga",  "mpv",     "mqv",    "mrw",   "mts",   "mxf",  "nef",  "nev",  "nrw",   "nsv",
-     "nut",   "obu",  "oga",   "ogg",     "ogm",    "ogv",   "ogx",   "omf",  "opus", "orf",  "osv",   "paf",
-     "pcm",   "pef",  "png",   "pnm",     "ppm",    "psb",   "psd",   "pvf",  "qt",   "r3d",  "ra",    "raf",
-     "raw",   "rdc",  "rf64",  "riff",    "rm",     "rmf",   "rmvb",  "rw2",  "rwl",  "sd2",  "sf",    "sgi",
-     "shn",   "snd",  "spx",   "sr2",     "srf",    "srw",   "svx",   "tak",  "tga",  "thd",  "thm",   "tif",
-     "tiff",  "tod",  "tp",    "trp",     "truehd", "ts",    "tta",   "vc1",  "vob",  "voc",  "vox",   "vro",
-     "w64",   "wav",  "wave",  "wavpack", "wdp",    "weba",  "webm",  "webp", "wma",  "wmv",  "wv",    "wve",
-     "x3f",   "xa",   "xavc",  "xi",      "y4m",    "yuv",   "zax"});
+    {"264",  "265",   "360",  "3fr",   "3g2",  "3ga",   "3gp",     "3gpp",   "8svx", "aa3",  "aac",  "aax",
+     "ac3",  "ac4",   "adts", "aif",   "aifc", "aiff",  "alac",    "amb",    "amr",  "amv",  "ape",  "apv",
+     "ari",  "arw",   "arx",  "asf",   "au",   "av1",   "avc",     "avci",   "avi",  "avif", "awb",  "bmp",
+     "braw", "bw64",  "bwf",  "caf",   "caff", "cap",   "cin",     "cine",   "cr2",  "cr3",  "crm",  "crw",
+     "dav",  "dcr",   "dff",  "dif",   "divx", "dng",   "dnxhd",   "dnxhr",  "dpx",  "drc",  "dsf",  "dss",
+     "dts",  "dtshd", "dv",   "eac3",  "ec3",  "erf",   "evo",     "exr",    "f4a",  "f4v",  "fff",  "flac",
+     "flc",  "fli",   "flv",  "gif",   "gpr",  "gsm",   "gxf",     "h264",   "h265", "hdr",  "heic", "heif",
+     "hevc", "hif",   "iff",  "iiq",   "insp", "insv",  "ircam",   "ivf",    "j2c",  "j2k",  "jp2",  "jpe",
+     "jpeg", "jpf",   "jpg",  "jps",   "jpx",  "jxl",   "jxs",     "k25",    "kdc",  "krw",  "lrf",  "lrv",
+     "m1a",  "m1v",   "m2a",  "m2p",   "m2t",  "m2ts",  "m2v",     "m4a",    "m4b",  "m4p",  "m4r",  "m4s",
+     "m4v",  "mcraw", "mef",  "mj2",   "mjp2", "mjpeg", "mjpg",    "mka",    "mkv",  "mlp",  "mlv",  "mod",
+     "mogg", "mos",   "mov",  "movie", "mp1",  "mp2",   "mp2v",    "mp3",    "mp4",  "mp4a", "mp4v", "mpa",
+     "mpc",  "mpe",   "mpeg", "mpeg4", "mpg",  "mpga",  "mpv",     "mqv",    "mrw",  "mts",  "mxf",  "nef",
+     "nev",  "nrw",   "nsv",  "nut",   "obu",  "oga",   "ogg",     "ogm",    "ogv",  "ogx",  "omf",  "opus",
+     "orf",  "osv",   "paf",  "pcm",   "pef",  "png",   "pnm",     "ppm",    "psb",  "psd",  "pvf",  "qt",
+     "r3d",  "ra",    "raf",  "raw",   "rdc",  "rf64",  "riff",    "rm",     "rmf",  "rmvb", "rw2",  "rwl",
+     "sd2",  "sf",    "sgi",  "shn",   "snd",  "spx",   "sr2",     "srf",    "srw",  "svx",  "tak",  "tga",
+     "thd",  "thm",   "tif",  "tiff",  "tod",  "tp",    "trp",     "truehd", "ts",   "tta",  "vc1",  "vob",
+     "voc",  "vox",   "vro",  "w64",   "wav",  "wave",  "wavpack", "wdp",    "weba", "webm", "webp", "wma",
+     "wmv",  "wv",    "wve",  "x3f",   "xa",   "xavc",  "xi",      "y4m",    "yuv",  "zax"});
 
 /// What only picture or sound begins with.
 constexpr auto signatures = std::to_array<std::string_view>({

@@ -1,0 +1,258 @@
+#include "Shot.h"
+
+namespace orvane::test::doubts {
+namespace {
+
+TEST(ClockDoubts, FindsTheClockOfACard) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    for (const unsigned seed : test::seeds(30))
+        for (const double offset : {-3600.0, 1800.0, -36.0, 7200.0}) {
+            Random random(seed);
+            Shot shot;
+            const int takes = 5 + static_cast<int>(within(random, 0, 30));
+            shootADay(shot, random, takes, "1");
+            for (MediaAsset& file : shot.audios)
+                *file.bextTimeReference -= samples(1) * static_cast<int>(offset);
+            shot.diagnose();
+            const auto card = shot.card(Kind::constantOffset);
+            ASSERT_TRUE(card) << "seed " << seed << ", " << offset;
+            for (const SyncGroup& group : shot.groups)
+                EXPECT_TRUE(group.isMOS() || shot.doubts.has(group.id, {Kind::constantOffset}))
+                    << "silent sound by chance, seed " << seed << ", " << group.video.filename;
+            const std::string option = "--sound-offset ";
+            ASSERT_TRUE(card->doubt.cure.starts_with(option));
+            const auto end = card->doubt.cure.find("; then check a clap");
+            EXPECT_EQ(end == std::string::npos, card->doubt.message.find("is known to") == std::string::npos);
+            const std::string cure = card->doubt.cure.substr(0, end);
+            Shot cured = shot;
+            cured.diagnose(MatchRules::of(MatchingDays::automatic,
+                                          {.soundOffset = cure.substr(option.size())},
+                                          TimecodeFrameRate::fps25));
+            EXPECT_EQ(std::ranges::count_if(cured.groups, [](const auto& group) { return group.isMOS(); }), 0)
+                << "seed " << seed << ": " << card->doubt.message;
+            if (std::fmod(offset, 1800) == 0) {
+                EXPECT_EQ(card->doubt.cure, option + offsetText(offset, TimecodeFrameRate::fps25))
+                    << "seed " << seed << ": whole hours are preferred";
+            }
+        }
+}
+
+TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    constexpr double hour = 3600;
+    const auto takes = [](Shot& shot, const char* day, double from, const std::string& card, double ahead,
+                          double before = 10) {
+        const auto clips = shot.videos.size(), sounds = shot.audios.size();
+        for (int i = 0; i < 12; ++i) {
+            const double at = from * hour + 600.0 * i + (7.0 + static_cast<double>(sounds % 5)) * i * i;
+            const std::string name = card + "_" + std::to_string(i);
+            shot.videos.push_back(clipAt("/CAM/" + name + ".mov", at, 60));
+            shot.audios.push_back(
+                recordingAt("/S/" + card + "/" + name + ".wav", at - before + ahead * hour, 60 + 2 * before));
+        }
+        if (day == nullptr) return;
+        shot.date(shot.videos, day, clips);
+        shot.date(shot.audios, day, sounds);
+    };
+    const auto cureOf = [](Shot& shot, const MatchRules& rules = {}) {
+        shot.diagnose(rules);
+        const auto card = shot.card(Kind::constantOffset);
+        return card ? card->doubt.cure : "none";
+    };
+    Shot one, longer, undated, nine, dayOff, film;
+    takes(one, nullptr, 9, "A", 0);
+    takes(one, nullptr, 13, "B", -3);
+    EXPECT_EQ(cureOf(one), "--sound-offset 03:00:00:00 in a scan of this card alone (--exclude 'A')");
+    takes(longer, nullptr, 9, "A", 1, -10);
+    EXPECT_EQ(cureOf(longer), "--sound-offset -01:00:00:00") << "the camera rolls longer";
+    for (const char* day : {"2024-05-17", "2024-05-18", "2024-05-19"}) {
+        takes(undated, day, 9, day, 1);
+        takes(nine, day, 9, day, 9);
+        takes(nine, day, 17, day + std::string("e"), 9);
+        takes(dayOff, day, 9, day, -1);
+    }
+    for (MediaAsset& video : undated.videos) video.contentCreatedDate.reset();
+    for (Shot* shot : {&undated, &nine})
+        for (MediaAsset& audio : shot->audios) audio.url.path = "/S/" + audio.filename;
+    EXPECT_EQ(cureOf(undated), "--sound-offset -01:00:00:00") << "three days of one card";
+    for (MediaAsset& audio : nine.audios)
+        if (const auto aDay = samples(24 * hour); *audio.bextTimeReference >= aDay) {
+            *audio.bextTimeReference -= aDay;
+            *audio.contentCreatedDate += std::chrono::hours(24);
+        }
+    EXPECT_EQ(cureOf(nine), "--sound-offset -09:00:00:00") << "its midnight is another one";
+    for (MediaAsset& audio : dayOff.audios) *audio.contentCreatedDate -= std::chrono::hours(24);
+    EXPECT_EQ(cureOf(dayOff, {.soundOffsetSeconds = 20 * hour})
+                  .find("--sound-date 2024-05-17 --sound-offset 01:00:00:00"),
+              0U)
+        << "25 hours";
+    for (const double ahead : {1.0, 0.0}) { // of a second camera
+        Shot second;
+        takes(second, "2024-05-17", 9, "A", 0);
+        for (int i = 0; i < 12; ++i) {
+            const double start = TimecodeUtils::tcToSeconds(*second.videos[i].startTimecodeString, 25);
+            second.videos.push_back(
+                clipAt("/B CAM/B" + std::to_string(i) + ".mov", start + ahead * hour, 60));
+        }
+        second.date(second.videos, "2024-05-17");
+        const bool isHour = ahead == 1;
+        EXPECT_EQ(cureOf(second),
+                  isHour ? "--sound-offset 01:00:00:00 in a scan of this card alone (--exclude 'CAM')"
+                         : "none")
+            << ahead;
+    }
+    takes(film, nullptr, 9, "A", 1);
+    for (MediaAsset& video : film.videos) {
+        const double start = TimecodeUtils::tcToSeconds(*video.startTimecodeString, 25);
+        video.startTimecodeString = TimecodeUtils::secondsToTC(start, TimecodeFrameRate::fps23_976);
+    }
+    EXPECT_EQ(cureOf(film, {.timecodeRate = TimecodeFrameRate::fps23_976}), "--sound-offset -00:59:56:10")
+        << "counted as the option is read";
+}
+
+TEST(ClockDoubts, TakesThatRepeatEachHourHideAWrongClock) {
+    struct Case {
+        const char* name;
+        int soundFrom, soundTo;  ///< hours with a recording, of 0 to 4 with a clip each
+        double recorder, second; ///< hours that the recorder and a second camera are ahead; 0: there is none
+        int doubted;
+        double soundSeconds = 80;
+        bool isConfirmed = false;
+        const char* cure = "--sound-offset -01:00:00:00 if";
+    };
+    const std::vector<Case> cases{
+        {"the recorder an hour ahead", 0, 4, 1, 0, 5},
+        {"the same, a clip checked by ear", 0, 4, 1, 0, 0, 80, true},
+        {"right, all with sound", 0, 4, 0, 0, 0},
+        {"right, the first sound lost", 1, 4, 0, 0, 0},
+        {"right, sound went on behind the last clip", 0, 6, 0, 0, 0},
+        {"right, a recorder that ran all day from the second clip on", 1, 8, 0, 0, 0, 3600},
+        {"a second camera an hour ahead", 0, 4, 0, 1, 5, 80, false, "--sound-offset 01:00:00:00 in a scan"},
+    };
+    for (const Case& one : cases) {
+        Shot shot;
+        for (int hour = one.soundFrom; hour <= one.soundTo; ++hour)
+            shot.audios.push_back(recordingAt("/S/T" + std::to_string(hour) + ".wav",
+                                              35990 + 3600 * (hour + one.recorder), one.soundSeconds));
+        for (int hour = 0; hour < 5; ++hour) {
+            const std::string name = std::to_string(hour) + ".mov";
+            shot.videos.push_back(clipAt("/CAM/A" + name, 36000 + 3600 * hour, 60));
+            if (one.second != 0)
+                shot.videos.push_back(clipAt("/B/B" + name, 36000 + 3600 * (hour + one.second), 60));
+        }
+        shot.locks = one.isConfirmed ? "A2.mov" : "";
+        shot.diagnose();
+        EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;
+        const auto card = shot.card(Kind::constantOffset);
+        EXPECT_TRUE(!card || card->doubt.cure.starts_with(one.cure)) << one.name << ": " << card->doubt.cure;
+    }
+}
+
+TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
+    struct Case {
+        const char* name;
+        std::vector<double> byHand; ///< of the first clips, seconds
+        int locked, doubted;        ///< -1: none
+    };
+    const std::vector<Case> cases{
+        {"a clock that is 2.4 s late", {-2.4, -2.38, -2.42}, -1, 3},
+        {"two are no sign", {-2.5, -2.5}, -1, 0},
+        {"each by another offset", {-2.5, 1, -0.8, 0.4}, -1, 0},
+        {"nudges to the frame", {-0.04, -0.04, -0.04}, -1, 0},
+        {"one is right where it is", {-2.5, -2.5, -2.5}, 5, 0},
+    };
+    for (const Case& one : cases) {
+        Shot shot;
+        for (int i = 0; i < 6; ++i) {
+            shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", 36000 + 300 * i, 8));
+            shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", 35999.5 + 300 * i, 14));
+        }
+        shot.diagnose();
+        EXPECT_EQ(shot.count(Kind::constantOffset), 0);
+        for (int i = 0; i < 6; ++i)
+            shot.groups.update(shot.groups[static_cast<std::size_t>(i)].id, [&](SyncGroup& group) {
+                if (i < std::ssize(one.byHand))
+                    group.manualAudioOffsetSeconds = one.byHand[static_cast<std::size_t>(i)];
+                group.isLocked = i == one.locked;
+            });
+        shot.doubts = SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames()});
+        EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;
+        const auto card = shot.card(Kind::constantOffset);
+        EXPECT_TRUE(!card || card->doubt.cure.find("--sound-offset -00:00:02:10") != std::string::npos)
+            << card->doubt.cure;
+    }
+}
+
+TEST(ClockDoubts, ClaimsNoClockByChance) {
+    int claimed = 0;
+    for (const unsigned seed : test::seeds(200)) {
+        Random random(seed);
+        Shot shot;
+        const int files = 3 + static_cast<int>(within(random, 0, 40));
+        const double hours = within(random, 0.5, 24);
+        for (int i = 0; i < files; ++i) {
+            const std::string number = std::to_string(i);
+            shot.videos.push_back(
+                clipAt("/CAM/A" + number + ".mov", within(random, 0, hours * 3600), within(random, 10, 60)));
+            shot.audios.push_back(recordingAt("/SOUND/T" + number + ".wav",
+                                              1 + within(random, 0, hours * 3600), within(random, 20, 90)));
+        }
+        shot.diagnose();
+        claimed += static_cast<int>(shot.doubts.cards.size());
+    }
+    EXPECT_EQ(claimed, 0);
+}
+
+TEST(ClockDoubts, FindsARateAndADate) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    Random random(7);
+    Shot film, dated;
+    shootADay(film, random, 30, "1");
+    for (MediaAsset& video : film.videos) {
+        // The labels count 23.976, and the file says 24.
+        const double start = TimecodeUtils::tcToSeconds(*video.startTimecodeString, 25);
+        video.startTimecodeString = TimecodeUtils::secondsToTC(start, TimecodeFrameRate::fps23_976);
+        video.timecodeFrameRate = TimecodeFrameRate::fps24;
+    }
+    film.diagnose();
+    ASSERT_TRUE(film.card(Kind::timecodeRate));
+    EXPECT_EQ(film.card(Kind::timecodeRate)->doubt.cure, "--tc-rate 23.976");
+    EXPECT_FALSE(film.card(Kind::constantOffset));
+
+    shootADay(dated, random, 8, "1");
+    for (MediaAsset& video : dated.videos) video.contentCreatedDate = dateFromISO8601("2024-05-17T12:00:00Z");
+    for (MediaAsset& audio : dated.audios) audio.contentCreatedDate = dateFromISO8601("2000-01-01T12:00:00Z");
+    dated.diagnose();
+    ASSERT_TRUE(dated.card(Kind::otherDateFits));
+    EXPECT_TRUE(dated.card(Kind::otherDateFits)
+                    ->doubt.cure.starts_with("--sound-date 2024-05-17 in a scan of this day alone "
+                                             "(--video '/CAM' --audio '/SOUND')"))
+        << dated.card(Kind::otherDateFits)->doubt.cure;
+    EXPECT_EQ(dated.card(Kind::otherDateFits)->groupIDs.size(), 8U);
+    for (std::size_t i = 0; i < dated.videos.size(); ++i) { // a header in UTC changes its day among the clips
+        dated.videos[i].contentCreatedDate.reset();
+        dated.videos[i].headerDate = dateFromISO8601(i < 4 ? "2024-05-17T23:00:00Z" : "2024-05-18T01:00:00Z");
+    }
+    for (const char* given : {"2024-05-17T00:00:00Z", "2024-05-18T00:00:00Z"}) {
+        dated.diagnose({.soundDay = dayNumber(*dateFromISO8601(given))});
+        EXPECT_FALSE(dated.card(Kind::otherDateFits)) << given << " serves all clips";
+    }
+
+    Shot clean; // silent pictures of the first day, at hours of the second one's sound
+    for (int i = 0; i < 16; ++i) {
+        const bool isSecond = i >= 8;
+        const double at = 36000 + 600 * (i % 8) + (isSecond ? 300 : 0);
+        const std::string name = std::to_string(i);
+        clean.videos.push_back(clipAt("/CAM/A" + name + ".mov", at, 60));
+        clean.audios.push_back(recordingAt("/S/T" + name + ".wav", at - 10, 80));
+        clean.date(clean.videos, isSecond ? "2024-05-18" : "2024-05-17", clean.videos.size() - 1);
+        clean.date(clean.audios, isSecond ? "2024-05-18" : "2024-05-17", clean.audios.size() - 1);
+        if (isSecond) clean.videos.push_back(clipAt("/BROLL/B" + name + ".mov", at + 5, 20));
+        if (isSecond) clean.date(clean.videos, "2024-05-17", clean.videos.size() - 1);
+    }
+    clean.diagnose();
+    EXPECT_EQ(clean.count(Kind::otherDateFits), 0);
+}
+
+} // namespace
+} // namespace orvane::test::doubts

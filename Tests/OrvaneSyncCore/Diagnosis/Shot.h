@@ -1,0 +1,101 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
+#include "OrvaneSyncCore/Services/Matching/Recordings.h"
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Support/Assets.h"
+#include "Support/RandomSeed.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
+
+namespace orvane::test::doubts {
+
+using Kind = SyncDoubt::Kind;
+using Random = std::mt19937;
+
+inline double within(Random& random, double from, double to) {
+    return std::uniform_real_distribution<double>(from, to)(random);
+}
+
+inline std::uint64_t samples(double seconds) {
+    return static_cast<std::uint64_t>(std::llround(seconds * 48000));
+}
+
+inline MediaAsset recordingAt(const std::string& path, double start, double seconds) {
+    MediaAsset made(FileURL{path}, AssetKind::audio);
+    made.bextTimeReference = samples(start);
+    made.sampleRate = 48000;
+    made.durationSeconds = seconds;
+    return made;
+}
+
+inline MediaAsset clipAt(const std::string& path, double start, double seconds,
+                         TimecodeFrameRate rate = TimecodeFrameRate::fps25) {
+    MediaAsset made(FileURL{path}, AssetKind::video);
+    made.startTimecodeString = TimecodeUtils::secondsToTC(start, rate);
+    made.timecodeFrameRate = rate;
+    made.durationSeconds = seconds;
+    return made;
+}
+
+/// A shoot, its matching and its doubts.
+struct Shot {
+    std::vector<MediaAsset> videos, audios;
+    std::map<std::string, std::string> soundOf; ///< by name of the clip; of clips that have sound
+
+    SyncGroupList groups = {};
+    SyncDoubts doubts = {};
+
+    void diagnose(const MatchRules& rules = {}, TrimMode trim = TrimMode::commonDuration) {
+        groups = SyncEngine().match(videos, audios, rules);
+        FileNames names;
+        for (const MediaAsset& file : videos) names.add(file);
+        for (const MediaAsset& file : audios) names.add(file);
+        doubts = SyncDoubts::of({groups, audios, rules, trim, {}, names});
+        if (!settlesAll && locks.empty()) return;
+        for (SyncGroup group : groups) {
+            if (settlesAll && group.matchStatus.kind == MatchStatus::Kind::ambiguous)
+                group.matchStatus = MatchStatus::manual();
+            group.isLocked = group.video.filename == locks;
+            groups.update(group.id, [&](SyncGroup& own) { own = group; });
+        }
+        doubts = SyncDoubts::of({groups, audios, rules, trim, {}, names});
+    }
+    bool settlesAll = false; ///< whatever is ambiguous, by what it lists first
+    std::string locks = {};  ///< the clip of this name
+    void date(std::vector<MediaAsset>& files, const char* day, std::size_t from = 0) {
+        for (std::size_t i = from; i < files.size(); ++i)
+            files[i].contentCreatedDate = dateFromISO8601(std::string(day) + "T00:00:00Z");
+    }
+    int count(Kind kind) const {
+        int found = 0;
+        for (const auto& [id, own] : doubts.byGroup)
+            found += std::ranges::count(own, kind, &SyncDoubt::kind) > 0;
+        return found;
+    }
+    std::optional<CardDoubt> card(Kind kind) const {
+        for (const CardDoubt& card : doubts.cards)
+            if (card.doubt.kind == kind) return card;
+        return std::nullopt;
+    }
+};
+
+/// A day of takes with pauses between them. `soundShare`: of the clips.
+inline void shootADay(Shot& shot, Random& random, int takes, const std::string& name, double soundShare = 1) {
+    double at = within(random, 7, 9) * 3600;
+    for (int take = 1; take <= takes; ++take) {
+        const double seconds = within(random, 20, 90);
+        const std::string number = name + "_" + std::to_string(take);
+        shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, seconds));
+        if (within(random, 0, 1) < soundShare) {
+            const double before = within(random, 2, 15), after = within(random, 2, 15);
+            shot.audios.push_back(
+                recordingAt("/SOUND/T" + number + ".wav", at - before, seconds + before + after));
+            shot.soundOf["A" + number + ".mov"] = "T" + number + ".wav";
+        }
+        at += seconds + within(random, 40, 900);
+    }
+}
+
+} // namespace orvane::test::doubts

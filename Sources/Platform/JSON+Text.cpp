@@ -5,6 +5,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <functional>
 #include <numeric>
 #include <vector>
@@ -105,6 +106,21 @@ JSON treeOf(ondemand::value value, std::size_t depth) {
     throw JSONError(simdjson::error_message(simdjson::TAPE_ERROR));
 }
 
+constexpr bool beginsValue(char sign) { return (sign == ',') | (sign == '[') | (sign == '{'); }
+
+/// In short blocks, whose count fits a byte: compilers make vector instructions of it.
+std::size_t mostValues(std::string_view text) {
+    constexpr std::size_t block = 255;
+    std::size_t count = 0;
+    for (; !text.empty(); text.remove_prefix(std::min(block, text.size()))) {
+        std::uint8_t inBlock = 0;
+        for (const char sign : text.substr(0, block))
+            inBlock = static_cast<std::uint8_t>(inBlock + (beginsValue(sign) ? 1 : 0));
+        count += inBlock;
+    }
+    return count;
+}
+
 /// Values in the text, at the least: each begins behind one of these signs. Those in strings count for
 /// nothing.
 std::size_t countValues(std::string_view text) {
@@ -114,7 +130,7 @@ std::size_t countValues(std::string_view text) {
         const char sign = text[i];
         if (sign == '"') isInString = !isInString;
         if (!isInString)
-            count += sign == ',' || sign == '[' || sign == '{' ? 1U : 0U;
+            count += beginsValue(sign) ? 1U : 0U;
         else if (sign == '\\')
             ++i;
     }
@@ -124,7 +140,9 @@ std::size_t countValues(std::string_view text) {
 void refuseTinyValues(std::string_view text) {
     if (text.size() <= JSON::fewValues) return;
     const std::size_t most = std::max(JSON::fewValues, text.size() / JSON::densestText);
-    if (text.size() / 2 > most && countValues(text) > most)
+    // Almost every text passes by what its signs are at the most, those in strings too: a loop without
+    // branches.
+    if (text.size() / 2 > most && mostValues(text) > most && countValues(text) > most)
         throw JSONError("the text holds too many values for its size");
 }
 

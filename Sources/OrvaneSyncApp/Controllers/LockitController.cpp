@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 
 namespace orvane {
@@ -97,6 +99,11 @@ struct LockitController::Sync {
     int clipsWithMetadata = 0;             ///< after the last day
     int clipsOfDay = 0;                    ///< updated by the last day
     SyncGroupList lastLaid;                ///< the clips after it
+    std::size_t clipsWithout = 0;          ///< metadata, before the day in hand
+    std::size_t sameNames = 0;             ///< clips that have the file name of an earlier one
+
+    /// An answer of so many matches may be all that was wanted, so that no other day is asked.
+    bool mayBeLast(std::size_t matches) const { return matches + sameNames >= clipsWithout; }
 };
 
 Task LockitController::syncLockitNetwork(std::shared_ptr<LockitOAuthService> account,
@@ -167,6 +174,29 @@ Task LockitController::sync(Weak weak, std::shared_ptr<LockitOAuthService> accou
     if (isStopped) std::rethrow_exception(raised);
 }
 
+namespace {
+
+/// A day that the service was asked about. Nobody waits for the answer any more when it is thrown away.
+class AskedDay {
+  public:
+    AskedDay(const LockitNetworkClient& client, const std::string& projectID, const std::string& day,
+             std::shared_ptr<const LockitFilenames> names)
+        : response_(std::make_shared<ClipMatchResponse>()),
+          matching_(client.matchClips(projectID, day, std::move(names), response_)) {}
+    AskedDay(const AskedDay&) = delete;
+    AskedDay& operator=(const AskedDay&) = delete;
+    ~AskedDay() { matching_.requestStop(); }
+
+    const Task& matching() const { return matching_; }
+    const std::shared_ptr<ClipMatchResponse>& response() const { return response_; }
+
+  private:
+    const std::shared_ptr<ClipMatchResponse> response_;
+    const Task matching_;
+};
+
+} // namespace
+
 Task LockitController::askDayByDay(Weak weak, std::shared_ptr<Sync> sync) {
     const auto days = std::make_shared<std::vector<LockitShootingDay>>();
     const Task listing = sync->client.listShootingDays(sync->projectID, days);
@@ -175,36 +205,55 @@ Task LockitController::askDayByDay(Weak weak, std::shared_ptr<Sync> sync) {
     if (days->empty()) co_return;
     auto self = weak.lock();
     if (!self) co_return;
-    auto naming = platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
-                                    [groups = self->work_.syncGroups()] {
-                                        std::vector<std::string> filenames;
-                                        filenames.reserve(groups.size());
-                                        for (const SyncGroup& group : groups)
-                                            filenames.push_back(group.video.filename);
-                                        return std::make_shared<const LockitFilenames>(std::move(filenames));
-                                    });
+    struct Named {
+        std::shared_ptr<const LockitFilenames> names;
+        std::size_t sameNames = 0, clipsWithout = 0;
+    };
+    auto naming = platform::onQueue(
+        *self->work_.documents, self->work_.environment.mainThread, [groups = self->work_.syncGroups()] {
+            std::vector<std::string> filenames;
+            filenames.reserve(groups.size());
+            std::unordered_set<std::string_view> different;
+            for (const SyncGroup& group : groups) {
+                filenames.push_back(group.video.filename);
+                different.insert(group.video.filename);
+            }
+            return Named{std::make_shared<const LockitFilenames>(std::move(filenames)),
+                         groups.size() - different.size(),
+                         groups.size() - static_cast<std::size_t>(lockitClipCount(groups))};
+        });
     self.reset();
-    sync->names = co_await naming;
+    Named named = co_await naming;
+    sync->names = std::move(named.names);
+    sync->sameNames = named.sameNames;
+    sync->clipsWithout = named.clipsWithout;
+    std::unique_ptr<const AskedDay> next;
     for (std::size_t i = 0; i < days->size(); ++i) {
         self = weak.lock();
         if (!self) co_return;
         self->progress_ = {static_cast<int>(i), static_cast<int>(days->size())};
         self->work_.notify(ImportField::lockit);
         self.reset();
-        const LockitShootingDay& day = (*days)[i];
-        const auto response = std::make_shared<ClipMatchResponse>();
-        const Task matching = sync->client.matchClips(sync->projectID, day.uuid, sync->names, response);
-        co_await matching;
-        const Task laying = layDay(weak, sync, response);
+        const auto ask = [&](std::size_t day) {
+            return std::make_unique<const AskedDay>(sync->client, sync->projectID, (*days)[day].uuid,
+                                                    sync->names);
+        };
+        const std::unique_ptr<const AskedDay> asked = next ? std::move(next) : ask(i);
+        co_await asked->matching();
+        // Where another day is needed in any case, the service works on it while this one is laid.
+        const std::size_t matches = asked->response()->matches ? asked->response()->matches->size() : 0;
+        if (i + 1 < days->size() && !sync->mayBeLast(matches)) next = ask(i + 1);
+        const Task laying = layDay(weak, sync, asked->response());
         co_await laying;
-        if (sync->clipsOfDay > 0) sync->matchingDays.push_back(day.label());
+        if (sync->clipsOfDay > 0) sync->matchingDays.push_back((*days)[i].label());
         self = weak.lock();
         if (!self) co_return;
-        self->work_.documents->post([response] { *response = {}; }); // it may be large
-        const bool isComplete =
-            static_cast<std::size_t>(sync->clipsWithMetadata) == self->work_.syncGroups().size();
+        self->work_.documents->post([response = asked->response()] { *response = {}; }); // it may be large
+        const std::size_t count = self->work_.syncGroups().size();
+        const auto known = static_cast<std::size_t>(sync->clipsWithMetadata);
         self.reset();
-        if (isComplete) co_return;
+        if (known == count) co_return;
+        sync->clipsWithout = count - std::min(known, count);
     }
 }
 

@@ -3,9 +3,11 @@
 #include "Platform/Network/PartialFile.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cmath>
 #include <curl/curl.h>
+#include <mutex>
 #include <stdexcept>
 #include <strings.h>
 
@@ -60,14 +62,39 @@ struct Destination {
     }
 };
 
+/// Handles that are at rest, each with the connections that its last requests left open: the next request to
+/// the same host needs no new one. A handle serves one request at a time. On any thread.
+class Connections {
+  public:
+    Multi take() {
+        {
+            const std::lock_guard lock(mutex_);
+            if (count_ > 0) return std::move(idle_[--count_]);
+        }
+        return Multi(curl_multi_init());
+    }
+
+    void giveBack(Multi multi) noexcept {
+        const std::lock_guard lock(mutex_);
+        if (count_ < idle_.size()) idle_[count_++] = std::move(multi);
+    }
+
+  private:
+    static constexpr std::size_t most_ = 4;
+    std::mutex mutex_;
+    std::array<Multi, most_> idle_;
+    std::size_t count_ = 0; ///< of them, the first ones
+};
+
 constexpr int statusOK = 200, statusPart = 206, statusNoSuchPart = 416;
 
 /// One request on its way.
 class Exchange {
   public:
-    Exchange(const HTTPRequest& request, PartialFile* file, const HTTPClient::Progress& progress)
-        : request_(request), destination_(request.url), file_(file), progress_(progress),
-          easy_(curl_easy_init()), multi_(curl_multi_init()) {
+    Exchange(Connections& connections, const HTTPRequest& request, PartialFile* file,
+             const HTTPClient::Progress& progress)
+        : connections_(connections), request_(request), destination_(request.url), file_(file),
+          progress_(progress), easy_(curl_easy_init()), multi_(connections.take()) {
         if (!easy_ || !multi_) throw std::bad_alloc();
         for (const auto& [name, value] : request.headers) addHeader(name + ": " + value);
         // Without it the library asks the server first whether a long body is welcome, and waits.
@@ -113,6 +140,7 @@ class Exchange {
             result = perform(stop);
         }
         curl_multi_remove_handle(multi_.get(), easy_.get());
+        connections_.giveBack(std::move(multi_));
         if (stop.stop_requested() && result != CURLE_OK) fail(Kind::cancelled);
         if (file_ != nullptr && file_->hasFailed()) file_->throwError("write");
         if (isTooLarge_) fail(Kind::tooLarge);
@@ -278,6 +306,7 @@ class Exchange {
         }
     }
 
+    Connections& connections_;
     const HTTPRequest& request_;
     const Destination destination_;
     PartialFile* const file_;
@@ -297,21 +326,24 @@ class Exchange {
 class CurlClient final : public HTTPClient {
   public:
     HTTPResponse send(const HTTPRequest& request, std::stop_token stop) override {
-        return Exchange(request, nullptr, {}).run(stop);
+        return Exchange(connections_, request, nullptr, {}).run(stop);
     }
     HTTPResponse download(const HTTPRequest& request, const std::string& path, const Progress& progress,
                           std::stop_token stop) override {
         using Rest = PartialFile::Rest;
         PartialFile file(path, request.keepsPart ? Rest::kept : Rest::discarded);
-        HTTPResponse response = Exchange(request, &file, progress).run(stop);
+        HTTPResponse response = Exchange(connections_, request, &file, progress).run(stop);
         if (response.status == statusNoSuchPart && file.size() > 0) {
             file.beginAnew("");
-            response = Exchange(request, &file, progress).run(stop);
+            response = Exchange(connections_, request, &file, progress).run(stop);
         }
         if (response.status == statusPart && file.size() > 0) response.status = statusOK;
         if (response.status == statusOK) file.complete();
         return response;
     }
+
+  private:
+    Connections connections_;
 };
 
 } // namespace

@@ -66,22 +66,33 @@ std::map<std::string, std::string> lockitFields(const LockitClip& clip) {
     return fields;
 }
 
+/// A day's answer is of few clips, and each day is laid over all of them.
+void LockitLayer::index(const SyncGroupList& groups) {
+    if (groups.changesSince(indexed_).empty()) return;
+    places_.clear();
+    for (std::size_t i = 0; i < groups.size(); ++i) places_.emplace(groups[i].video.filename, i);
+}
+
 int LockitLayer::lay(SyncGroupList& groups, const ClipMatchResponse& answer, const std::stop_token& stop) {
     if (!answer.matches) return 0;
     platform::StopCheck check(stop);
+    index(groups);
     int count = 0;
-    for (std::size_t i = 0; i < groups.size(); ++i) {
+    for (const auto& [filename, clip] : *answer.matches) {
         check();
-        const SyncGroup& group = groups[i];
-        const auto match = answer.matches->find(group.video.filename);
-        if (match == answer.matches->end()) continue;
-        Fields fields = lockitFields(match->second);
+        const auto [first, last] = places_.equal_range(filename);
+        if (first == last) continue;
+        const Fields fields = lockitFields(clip);
         if (fields.empty()) continue;
-        ++count;
-        if (group.lockitMetadata == fields) continue;
-        laid_[group.id].push_back(fields);
-        groups.update(group.id, [&](SyncGroup& changed) { changed.lockitMetadata = std::move(fields); });
+        for (auto place = first; place != last; ++place) {
+            const SyncGroup& group = groups[place->second];
+            ++count;
+            if (group.lockitMetadata == fields) continue;
+            laid_[group.id].push_back(fields);
+            groups.update(group.id, [&](SyncGroup& changed) { changed.lockitMetadata = fields; });
+        }
     }
+    indexed_ = groups;
     return count;
 }
 

@@ -40,8 +40,12 @@ class LockitLayer {
   private:
     using Fields = std::map<std::string, std::string>;
 
+    void index(const SyncGroupList& groups);
+
     SyncGroupList before_;
-    std::unordered_map<UUID, std::vector<Fields>> laid_; ///< the newest last; never empty
+    std::unordered_map<UUID, std::vector<Fields>> laid_;       ///< the newest last; never empty
+    SyncGroupList indexed_;                                    ///< that `places_` are of; as laid over last
+    std::unordered_multimap<std::string, std::size_t> places_; ///< by file name
 };
 
 /// As `LockitLayer::lay`, for one answer by itself.

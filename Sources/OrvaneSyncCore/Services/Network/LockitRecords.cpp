@@ -108,17 +108,19 @@ struct IsList : std::false_type {};
 template <class T>
 struct IsList<std::vector<T>> : std::true_type {};
 
-template <class Record>
-Record read(const JSON& json);
+// `Json`: a tree, or a view of the text; clips come by the thousand.
 
-template <class T>
-T valueOf(const JSON& json) {
+template <class Record, class Json>
+Record read(const Json& json);
+
+template <class T, class Json>
+T valueOf(const Json& json) {
     if constexpr (IsList<T>::value) {
-        const auto* elements = json.elements();
+        const auto elements = json.elements();
         if (!elements) throw DecodingError("expected a list");
         T list;
         list.reserve(elements->size());
-        for (const JSON& element : *elements) list.push_back(valueOf<typename T::value_type>(element));
+        for (const auto& element : *elements) list.push_back(valueOf<typename T::value_type>(element));
         return list;
     } else if constexpr (std::is_arithmetic_v<T> || std::is_same_v<T, std::string>) {
         return fromJSON<T>(json);
@@ -127,8 +129,8 @@ T valueOf(const JSON& json) {
     }
 }
 
-template <class T>
-T named(const JSON& json, std::string_view key) {
+template <class T, class Json>
+T named(const Json& json, std::string_view key) {
     try {
         return valueOf<T>(json);
     } catch (const DecodingError& error) {
@@ -137,18 +139,18 @@ T named(const JSON& json, std::string_view key) {
 }
 
 /// Fills a member: one that is optional may be missing or null, any other has to be there.
-template <class T>
-void take(const JSON& members, std::string_view key, T& member) {
+template <class T, class Json>
+void take(const Json& members, std::string_view key, T& member) {
     member = named<T>(requiredMember(members, key), key);
 }
-template <class T>
-void take(const JSON& members, std::string_view key, std::optional<T>& member) {
-    const JSON* value = members.find(key);
-    if (value != nullptr && !value->isNull()) member = named<T>(*value, key);
+template <class T, class Json>
+void take(const Json& members, std::string_view key, std::optional<T>& member) {
+    const auto value = members.find(key);
+    if (value && !value->isNull()) member = named<T>(*value, key);
 }
 
-template <class Record>
-Record read(const JSON& json) {
+template <class Record, class Json>
+Record read(const Json& json) {
     if (!json.isObject()) throw DecodingError("expected an object");
     Record record;
     std::apply([&](const auto&... field) { (take(json, field.key, record.*field.member), ...); },
@@ -163,7 +165,7 @@ ClipMatchResponse matchResponse(std::string_view body) {
     if (!members.isObject()) throw DecodingError("expected an object");
     ClipMatchResponse response;
     if (const auto unmatched = members.find("unmatched"); unmatched && !unmatched->isNull())
-        response.unmatched = named<std::vector<LockitClip>>(unmatched->value(), "unmatched");
+        response.unmatched = named<std::vector<LockitClip>>(*unmatched, "unmatched");
     const auto matches = members.find("matches");
     if (!matches || matches->isNull()) return response;
     const platform::JSONMembers clips(*matches);
@@ -171,8 +173,7 @@ ClipMatchResponse matchResponse(std::string_view body) {
     response.matches.emplace();
     for (const auto& [filename, clip] : clips.all())
         if (!clip.isNull())
-            response.matches->insert_or_assign(std::string(filename),
-                                               named<LockitClip>(clip.value(), "matches"));
+            response.matches->insert_or_assign(std::string(filename), named<LockitClip>(clip, "matches"));
     return response;
 }
 

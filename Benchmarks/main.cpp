@@ -20,10 +20,14 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
+#include <limits>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -36,11 +40,6 @@ using namespace orvane::bench;
 constexpr int clips = 10000;
 constexpr int channels = 8;
 constexpr const char *exportOption = "--export-once", *exportAllOption = "--export-all-once";
-/// With a folder: the rows of the player alone, or one part of them.
-constexpr const char* picturesOption = "--pictures";
-constexpr const char* viewsOption = "--views";         ///< with a folder: those of the window
-constexpr const char* renderedOption = "--rendered";   ///< with the program and a folder: of rendered sound
-constexpr const char* interfaceOption = "--interface"; ///< likewise: those of the interface thread
 
 std::vector<std::string> withFiles(std::vector<std::string> words, const MediaCorpus& corpus) {
     for (const auto* urls : {&corpus.videos, &corpus.audios})
@@ -157,44 +156,70 @@ void printTable(const Medians& results, const std::string& self, const std::stri
              version.seconds * 1000 <= mostMilliseconds);
 }
 
+using Words = std::vector<std::string>;
+
+void printExportOnce(bool allVariants) {
+    const std::size_t bytes = exportOnce(clips, channels, allVariants);
+    std::printf("%zu %.0f\n", bytes, ownPeakBytes());
+}
+
+void printRenderedRows(const std::string& self, const Words& words) {
+    const std::string& folder = words[1];
+    const std::string halfHour = folder + "/30-minutes.wav";
+    makeRecording(halfHour, 30, 48000);
+    printRenderedAudioRows(self, words[0], halfHour, folder);
+}
+
+/// What can be run by itself.
+struct Part {
+    std::string_view option;
+    std::string_view takes; ///< for people; without it the program itself is the caller
+    std::size_t fewest, most;
+    void (*print)(const std::string& self, const Words& words);
+};
+
+constexpr std::array parts{
+    Part{"--pictures", "FOLDER [ROW]", 1, 2,
+         [](const std::string&, const Words& words) {
+             printPictureRows(words[0], words.size() > 1 ? words[1] : "");
+         }},
+    Part{"--views", "FOLDER", 1, 1,
+         [](const std::string& self, const Words& words) { printRowsOfWindows(self, words[0]); }},
+    Part{"--rendered", "PROGRAM FOLDER", 2, 2, printRenderedRows},
+    Part{"--interface", "FOLDER", 1, 1,
+         [](const std::string&, const Words& words) { printInterfaceRows(words[0]); }},
+    Part{exportOption, "", 0, 0, [](const std::string&, const Words&) { printExportOnce(false); }},
+    Part{exportAllOption, "", 0, 0, [](const std::string&, const Words&) { printExportOnce(true); }},
+    Part{peakOption, "", 1, std::numeric_limits<std::size_t>::max(),
+         [](const std::string&, const Words& words) { printPeakOf(words); }},
+};
+
+const Part* partOf(std::string_view option) {
+    const auto* const found = std::ranges::find(parts, option, &Part::option);
+    return found == parts.end() ? nullptr : found;
+}
+
+int usage() {
+    std::cerr << "usage: orvane_bench PROGRAM FOLDER [benchmark options]\n";
+    for (const Part& part : parts)
+        if (!part.takes.empty())
+            std::cerr << "       orvane_bench " << part.option << " " << part.takes << "\n";
+    return 2;
+}
+
+int run(const Part& part, const std::string& self, const Words& words) {
+    if (words.size() < part.fewest || words.size() > part.most) return usage();
+    if (!part.takes.empty()) printHeading();
+    part.print(self, words);
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc == 2 && (std::string(argv[1]) == exportOption || std::string(argv[1]) == exportAllOption)) {
-        const std::size_t bytes = exportOnce(clips, channels, std::string(argv[1]) == exportAllOption);
-        std::printf("%zu %.0f\n", bytes, ownPeakBytes());
-        return 0;
-    }
-    if (argc > 2 && std::string(argv[1]) == peakOption) {
-        printPeakOf({argv + 2, argv + argc});
-        return 0;
-    }
-    if ((argc == 3 || argc == 4) && std::string(argv[1]) == picturesOption) {
-        printHeading();
-        printPictureRows(argv[2], argc == 4 ? argv[3] : "");
-        return 0;
-    }
-    if (argc == 3 && std::string(argv[1]) == viewsOption) {
-        printHeading();
-        printRowsOfWindows(argv[0], argv[2]);
-        return 0;
-    }
-    if (argc == 4 && std::string(argv[1]) == renderedOption) {
-        const std::string halfHour = argv[3] + std::string("/30-minutes.wav");
-        makeRecording(halfHour, 30, 48000);
-        printHeading();
-        printRenderedAudioRows(argv[0], argv[2], halfHour, argv[3]);
-        return 0;
-    }
-    if (argc == 3 && std::string(argv[1]) == interfaceOption) {
-        printHeading();
-        printInterfaceRows(argv[2]);
-        return 0;
-    }
-    if (argc < 3) {
-        std::cerr << "usage: orvane_bench PROGRAM FOLDER [benchmark options]\n";
-        return 2;
-    }
+    if (argc > 1)
+        if (const Part* part = partOf(argv[1])) return run(*part, argv[0], {argv + 2, argv + argc});
+    if (argc < 3) return usage();
     const std::string self = argv[0], program = argv[1], folder = argv[2];
     std::cout << "Making files in " << folder << " ...\n" << std::flush;
     const MediaCorpus corpus = mediaCorpus(folder + "/media");

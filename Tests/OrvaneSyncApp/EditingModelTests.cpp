@@ -526,6 +526,18 @@ void EditingModelTest::compare(const std::string& trace) {
     const UndoState expected{!model_.undoable.empty(), !model_.redoable.empty(), name(model_.undoable),
                              name(model_.redoable)};
     ASSERT_EQ(controller_->work().undoState(), expected) << trace;
+    // What is kept although clips change is what another controller makes of them.
+    const OpenWork& work = controller_->work();
+    const auto& names = work.displayNames();
+    const auto& doubts = controller_->doubts().byGroup;
+    if (draw(8) > 0) return;
+    const auto other = make();
+    other->openStoredWork({{}, {}, work.syncGroups(), work.wildTracks()});
+    ASSERT_EQ(names, other->work().displayNames()) << trace;
+    ASSERT_EQ(doubts, other->doubts().byGroup) << trace;
+    ASSERT_EQ(std::pair(work.matchedCount(), work.mosCount()),
+              std::pair(other->work().matchedCount(), other->work().mosCount()))
+        << trace;
 }
 
 TEST_F(EditingModelTest, anyCourseOfEditsAndUndosIsThatOfTheModel) {

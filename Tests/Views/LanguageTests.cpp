@@ -23,9 +23,10 @@ namespace {
 class Catalogue {
   public:
     Catalogue() {
-        for (const char* name :
-             {":/translations/de.json", ":/translations/de-core.json", ":/translations/de-keys.json"}) {
-            QFile file(QString::fromLatin1(name));
+        const QStringList names = catalogueNames(QStringLiteral("de"));
+        EXPECT_FALSE(names.isEmpty());
+        for (const QString& name : names) {
+            QFile file(name);
             EXPECT_TRUE(file.open(QIODevice::ReadOnly));
             const QJsonObject all = QJsonDocument::fromJson(file.readAll()).object();
             const QJsonObject texts = all["texts"].toObject();

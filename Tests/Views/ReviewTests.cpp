@@ -138,6 +138,30 @@ TEST_F(ReviewTest, AClipIsNudgedLockedAndLeftByKeys) {
     EXPECT_FALSE(clip(1).isApproved) << "what was decided is taken back from the list as well";
 }
 
+TEST_F(ReviewTest, TheStepsOfTheLoopAreButtonsWithTheirKeys) {
+    open();
+    auto* steps = window_->review().findChild<QWidget*>(QStringLiteral("steps"));
+    const auto button = [&](const QString& begins) -> QPushButton& {
+        for (auto* one : steps->findChildren<QPushButton*>())
+            if (one->text().startsWith(begins)) return *one;
+        throw std::logic_error("no such step");
+    };
+    const auto place = [&] { return steps->findChild<QLabel*>()->text(); };
+    EXPECT_TRUE(button("+1").text().endsWith('.') && button("Next").text().endsWith(']'));
+    button("+1").click();
+    EXPECT_NEAR(clip(0).manualAudioOffsetSeconds, 1 / 25.0, 1e-9);
+    press(Qt::Key_L, Qt::ControlModifier);
+    EXPECT_TRUE(button("Lock").isChecked());
+    button("Lock").click();
+    EXPECT_FALSE(clip(0).isLocked || button("Lock").isChecked());
+    EXPECT_EQ(place(), "1 of 3");
+    button("Next").click();
+    button("Next").click();
+    EXPECT_TRUE(review().shows(ids_[2]));
+    EXPECT_EQ(place(), "3 of 3");
+    EXPECT_FALSE(button("Next").isEnabled()) << "nothing comes behind the last";
+}
+
 TEST_F(ReviewTest, KeysOfTextAndOfTabbedControlsAreTheirs) {
     open();
     QLineEdit field(&window_->review());

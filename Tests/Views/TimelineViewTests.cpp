@@ -85,6 +85,7 @@ class TimelineViewTest : public testing::Test {
     void open(const UUID& id) {
         const platform::Task loading = desktop_->players().loadGroup(id);
         ASSERT_TRUE(waitUntil([&] { return loading.isDone(); }));
+        ASSERT_TRUE(waitUntil([&] { return canvas().hasLayout() && layout().content().groupID == id; }));
         settle();
     }
     void openExpanded() {
@@ -275,8 +276,7 @@ TEST_F(TimelineViewTest, ZoomsAtThePointerAndRepaintsLittleWhilePlaying) {
     open(silentID_);
     EXPECT_FALSE(layout().content().hasSound);
     desktop_->players().review()->close();
-    settle();
-    EXPECT_FALSE(canvas().isVisible()) << "no clip";
+    EXPECT_TRUE(waitUntil([&] { return !canvas().isVisible(); })) << "no clip";
 }
 
 TEST_F(TimelineViewTest, NothingIsLeftUnpainted) {

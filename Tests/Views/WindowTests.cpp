@@ -60,6 +60,31 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     window_->results().search()->clear();
     table().sortByColumn(1, Qt::DescendingOrder);
     EXPECT_LT(rowOf("A001C003"), rowOf("A001C001"));
+
+    // A decision takes no selection away, and where it takes the row, the next one is selected.
+    table().selectRow(1);
+    const UUID chosen = window_->results().selectedClips().front();
+    const QString next = cell(2, 1);
+    QTest::keyClick(window_.get(), Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_EQ(window_->results().selectedClips(), std::vector{chosen});
+    desktop_->controller().recordings().removeVideoFromSync(chosen);
+    ASSERT_EQ(window_->results().selectedClips().size(), 1U);
+    EXPECT_EQ(table().currentIndex().row(), 1);
+    EXPECT_EQ(cell(1, 1), next);
+}
+
+TEST_F(WindowTest, OffersNothingForAllClipsWhileAScanReplacesThem) {
+    scan();
+    const auto scanning = desktop_->controller().scan().startScan();
+    const auto isOffered = [&](bool expected) {
+        for (const char* id :
+             {"resyncAllClips", "loadALE", "scanAtmoCandidates", "exportFCPXML", "batchRename"})
+            EXPECT_EQ(desktop_->isEnabled(id), expected) << id;
+    };
+    isOffered(false);
+    desktop_->controller().scan().stopScan();
+    ASSERT_TRUE(waitUntil([&] { return scanning.isDone(); }));
+    isOffered(true);
 }
 
 TEST_F(WindowTest, ANewScanIsLeftWithoutATraceAndActsOnNoClip) {

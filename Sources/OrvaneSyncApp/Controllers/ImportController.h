@@ -17,6 +17,7 @@
 #include "OrvaneSyncApp/Controllers/TrackEditing.h"
 #include "OrvaneSyncApp/Controllers/WorkDoubts.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -81,6 +82,8 @@ class ImportController {
     const ExportController& exporting() const { return export_; }
     /// Why clips may not have the right sound, as `WorkDoubts::now`.
     const SyncDoubts& doubts() const { return doubts_.now(); }
+    /// Differs after `doubts` were derived anew.
+    std::uint64_t doubtsRevision() const { return doubts_.revision(); }
 
     /// Runs a change of clips that the user can take back as one step. Steps hold the clips, and which
     /// recordings are wild tracks beside them; the names and approvals of these stay when a step is taken

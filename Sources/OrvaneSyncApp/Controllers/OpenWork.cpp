@@ -13,11 +13,17 @@ namespace orvane {
 
 namespace {
 
-int count(const SyncGroupList& groups, bool (*test)(const SyncGroup&)) {
-    return static_cast<int>(std::count_if(groups.begin(), groups.end(), test));
+bool countAlike(const SyncGroup& before, const SyncGroup& now) {
+    return before.matchStatus.isSettled() == now.matchStatus.isSettled() && before.isMOS() == now.isMOS();
 }
 
-bool isSettled(const SyncGroup& group) { return group.matchStatus.isSettled(); }
+bool haveSameFiles(const SyncGroup& before, const SyncGroup& now) {
+    return before.video.url == now.video.url &&
+           std::ranges::equal(
+               before.audioMatches, now.audioMatches, {},
+               [](const AudioMatch& match) -> const FileURL& { return match.audio->url; },
+               [](const AudioMatch& match) -> const FileURL& { return match.audio->url; });
+}
 
 SourceCorrections withoutStandardDays(SourceCorrections corrections) {
     if (corrections.days == MatchingDays::automatic) corrections.days.reset();
@@ -35,9 +41,10 @@ OpenWork::OpenWork(Environment theEnvironment)
       documents(platform::SerialQueue::create("documents")) {}
 
 void OpenWork::notify(ImportField field) {
-    if (field != ImportField::progress) ++revision_;
-    if (field == ImportField::syncGroups) clipsByAudio_.reset();
-    if (field == ImportField::syncGroups || field == ImportField::wildTracks) fileNames_.reset();
+    if (field == ImportField::syncGroups)
+        clipsByAudio_.reset();
+    else if (field != ImportField::progress && field != ImportField::undoState)
+        ++revisionBesidesClips_;
     notices.notify(field);
 }
 
@@ -97,44 +104,47 @@ std::vector<FileURL> OpenWork::folders() const {
     return all;
 }
 
-int OpenWork::matchedCount() const { return count(syncGroups_, isSettled); }
+int OpenWork::unmatchedCount() const { return static_cast<int>(syncGroups_.size()) - matchedCount(); }
 
-int OpenWork::unmatchedCount() const {
-    return count(syncGroups_, [](const SyncGroup& group) { return !isSettled(group); });
+const OpenWork::Counts& OpenWork::counts() const {
+    notices.assertOnMainThread();
+    return counts_.of(syncGroups_, countAlike, [this] {
+        Counts counts;
+        for (const SyncGroup& group : syncGroups_)
+            if (group.matchStatus.isSettled()) ++(group.isMOS() ? counts.withoutSound : counts.withSound);
+        return counts;
+    });
 }
 
-int OpenWork::syncClipCount() const {
-    return count(syncGroups_, [](const SyncGroup& group) { return isSettled(group) && !group.isMOS(); });
-}
-
-int OpenWork::mosCount() const {
-    return count(syncGroups_, [](const SyncGroup& group) { return isSettled(group) && group.isMOS(); });
-}
-
-std::map<UUID, std::string> OpenWork::displayNames() const {
+const std::map<UUID, std::string>& OpenWork::displayNames() const {
     notices.assertOnMainThread();
     const platform::SettingsStore& store = *environment.settings;
-    const auto source = store.get(settings::clipNamingSource);
-    const std::optional<std::string> pattern = store.get(settings::customNamingPattern);
-    std::vector<std::string> texts =
-        ClipNames::of(syncGroups_, source, pattern, store.get(settings::namingSeparator));
-    std::map<UUID, std::string> names;
-    for (std::size_t i = 0; i < syncGroups_.size(); ++i)
-        names[syncGroups_[i].id] = GroupNaming::appendingOffspeedTag(std::move(texts[i]), syncGroups_[i]);
-    return names;
+    NamingRules rules(store.get(settings::clipNamingSource), store.get(settings::customNamingPattern),
+                      store.get(settings::namingSeparator));
+    if (namedBy_ != rules) displayNames_.reset();
+    namedBy_ = std::move(rules);
+    return displayNames_.of(syncGroups_, ClipNames::areNamedAlike, [this] {
+        const auto& [source, pattern, separator] = *namedBy_;
+        std::vector<std::string> texts = ClipNames::of(syncGroups_, source, pattern, separator);
+        std::map<UUID, std::string> names;
+        for (std::size_t i = 0; i < syncGroups_.size(); ++i)
+            names[syncGroups_[i].id] = GroupNaming::appendingOffspeedTag(std::move(texts[i]), syncGroups_[i]);
+        return names;
+    });
 }
 
 const FileNames& OpenWork::fileNames() const {
     notices.assertOnMainThread();
-    if (!fileNames_) {
-        fileNames_.emplace();
+    if (std::exchange(wildTracksInNames_, wildTracks_) != wildTracks_) fileNames_.reset();
+    return fileNames_.of(syncGroups_, haveSameFiles, [this] {
+        FileNames names;
         for (const SyncGroup& group : syncGroups_) {
-            fileNames_->add(group.video);
-            for (const AudioMatch& match : group.audioMatches) fileNames_->add(match.audio);
+            names.add(group.video);
+            for (const AudioMatch& match : group.audioMatches) names.add(match.audio);
         }
-        for (const WildTrack& track : *wildTracks_) fileNames_->add(track.audio);
-    }
-    return *fileNames_;
+        for (const WildTrack& track : *wildTracks_) names.add(track.audio);
+        return names;
+    });
 }
 
 const std::vector<std::size_t>& OpenWork::clipsUsing(const UUID& audioID) const {
@@ -255,7 +265,6 @@ void OpenWork::withUndo(const UndoStep& step, const std::function<void()>& mutat
             wildTracks_ = std::move(before.wildTracks);
             matchedBy_ = std::move(before.matchedBy);
             clipsByAudio_.reset();
-            fileNames_.reset();
             return;
         }
         isEdited_ = true;

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/DerivedFromClips.h"
 #include "OrvaneSyncApp/Controllers/Notices.h"
 #include "OrvaneSyncApp/Controllers/UndoStack.h"
+#include "OrvaneSyncCore/Models/ExportKinds.h"
 #include "OrvaneSyncCore/Models/FilePaths.h"
 #include "OrvaneSyncCore/Models/ScanScope.h"
 #include "OrvaneSyncCore/Models/SourceCorrections.h"
@@ -19,6 +21,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -99,16 +102,17 @@ class OpenWork {
     const std::shared_ptr<const std::vector<WildTrack>>& sharedWildTracks() const { return wildTracks_; }
     /// There are no clips because the editor took the last one out, and not because nothing is open or found.
     bool isEmptiedByEdit() const { return isEmptiedByEdit_; }
-    /// Differs after every change but those of a progress.
-    std::uint64_t revision() const { return revision_; }
+    /// Differs after every change but those of the clips, of the steps to take back, and of a progress.
+    std::uint64_t revisionBesidesClips() const { return revisionBesidesClips_; }
     UndoState undoState() const { return undoStack_.state(); }
 
-    int matchedCount() const;   ///< settled clips, without audio too
-    int unmatchedCount() const; ///< ambiguous and unmatched ones
-    int syncClipCount() const;  ///< settled clips with audio
-    int mosCount() const;       ///< settled clips without audio
-    /// The name of every clip in Final Cut, by group, by the naming settings.
-    std::map<UUID, std::string> displayNames() const;
+    int matchedCount() const { return syncClipCount() + mosCount(); } ///< settled clips, without audio too
+    int unmatchedCount() const;                                       ///< ambiguous and unmatched ones
+    int syncClipCount() const { return counts().withSound; }          ///< settled clips with audio
+    int mosCount() const { return counts().withoutSound; }            ///< settled clips without audio
+    /// The name of every clip in Final Cut, by group, by the naming settings. Valid until these or the clips
+    /// change.
+    const std::map<UUID, std::string>& displayNames() const;
     /// What to call the files of the clips and wild tracks. Valid until these change.
     const FileNames& fileNames() const;
     /// Where in the list of clips the audio is used, ascending. Valid until the clips change.
@@ -187,6 +191,8 @@ class OpenWork {
         MatchedBy matchedBy;
         std::shared_ptr<const ProjectEntries> projectEntries;
     };
+    /// The settings by which clips are named.
+    using NamingRules = std::tuple<ClipNamingSource, std::string, std::string>;
     using UndoTravel = bool (UndoStack<State>::*)(State&);
 
     State state() const { return {syncGroups_, wildTracks_, scan_, matchedBy_, projectEntries_}; }
@@ -195,6 +201,11 @@ class OpenWork {
     WildTracks wildTracksOf(const State& target, const SyncGroupList& clipsBefore) const;
     void setClips(SyncGroupList groups, WildTracks wildTracks);
     bool mayHoldDecisions() const;
+    /// Of the clips that are settled.
+    struct Counts {
+        int withSound = 0, withoutSound = 0;
+    };
+    const Counts& counts() const;
 
     std::optional<FileURL> videoFolderURL_;
     std::optional<FileURL> audioFolderURL_;
@@ -203,7 +214,7 @@ class OpenWork {
     MatchingDays daysOfSetting_ = MatchingDays::automatic; ///< when the corrections were taken
     MatchedBy matchedBy_;
     std::shared_ptr<const ProjectEntries> projectEntries_;
-    std::uint64_t revision_ = 0;
+    std::uint64_t revisionBesidesClips_ = 0;
     SyncGroupList syncGroups_;
     WildTracks wildTracks_ = std::make_shared<const std::vector<WildTrack>>();
     std::shared_ptr<const ScanOutcome> scan_;
@@ -212,9 +223,13 @@ class OpenWork {
     bool isEdited_ = false;
     bool isEmptiedByEdit_ = false;
     bool isEmptinessRedone_ = false; ///< redoing to a list without clips is an edit
-    // Absent until somebody asks, and after every change of the clips or files.
+    // Absent until somebody asks, and after every change of the clips.
     mutable std::optional<std::unordered_map<UUID, std::vector<std::size_t>>> clipsByAudio_;
-    mutable std::optional<FileNames> fileNames_;
+    mutable DerivedFromClips<Counts> counts_;
+    mutable DerivedFromClips<FileNames> fileNames_;
+    mutable WildTracks wildTracksInNames_; ///< in `fileNames_`
+    mutable DerivedFromClips<std::map<UUID, std::string>> displayNames_;
+    mutable std::optional<NamingRules> namedBy_; ///< `displayNames_`
 };
 
 } // namespace orvane

@@ -1,18 +1,56 @@
 #include "OrvaneSyncApp/Controllers/WorkDoubts.h"
 
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
+
+#include <algorithm>
 
 namespace orvane {
 
+namespace {
+
+bool haveSameSound(const SyncGroup& before, const SyncGroup& now) {
+    return std::ranges::equal(
+        before.audioMatches, now.audioMatches,
+        [](const AudioMatch& a, const AudioMatch& b) { return &*a.audio == &*b.audio; });
+}
+
+/// Whatever doubts look at, they do not look at names, marks, claps and levels.
+bool areDoubtedAlike(const SyncGroup& before, const SyncGroup& now) {
+    SyncGroup other = now;
+    other.isApproved = before.isApproved;
+    other.isPickup = before.isPickup;
+    other.manualClipName = before.manualClipName;
+    other.audioAnchorOffsetInAudioSeconds = before.audioAnchorOffsetInAudioSeconds;
+    other.pictureClapAnchorSeconds = before.pictureClapAnchorSeconds;
+    other.syncMethod = before.syncMethod;
+    other.manualBlockOverrides = before.manualBlockOverrides;
+    other.masterGainDB = before.masterGainDB;
+    other.masterGainAuto = before.masterGainAuto;
+    other.measuredLUFS = before.measuredLUFS;
+    return saySame(before, other);
+}
+
+} // namespace
+
 const SyncDoubts& WorkDoubts::now() const {
-    const platform::SettingsStore& store = *work_.environment.settings;
-    const Basis basis{work_.revision(), store.get(settings::trimMode)};
-    if (basis == basis_) return doubts_;
-    basis_ = basis;
-    const auto pool = recordings_.availableAudioPool();
-    doubts_ = SyncDoubts::of({work_.syncGroups(), pool, work_.matchRules(), basis.trimMode,
-                              smartAudio_.caches().state.results, work_.fileNames()});
-    return doubts_;
+    const MatchRules& rules = work_.matchRules();
+    const TrimMode trimMode = work_.environment.settings->get(settings::trimMode);
+    const Basis basis(work_.revisionBesidesClips(), rules.days, rules.soundOffsetSeconds, rules.soundDay,
+                      rules.timecodeRate, trimMode);
+    if (basis_ != basis) {
+        basis_ = basis;
+        pool_.reset();
+        doubts_.reset();
+    }
+    const SyncGroupList& clips = work_.syncGroups();
+    return doubts_.of(clips, areDoubtedAlike, [&] {
+        ++revision_;
+        const auto& pool =
+            pool_.of(clips, haveSameSound, [this] { return recordings_.availableAudioPool(); });
+        return SyncDoubts::of(
+            {clips, pool, rules, trimMode, smartAudio_.caches().state.results, work_.fileNames()});
+    });
 }
 
 } // namespace orvane

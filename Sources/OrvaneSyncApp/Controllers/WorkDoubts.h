@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/DerivedFromClips.h"
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
 #include "OrvaneSyncApp/Controllers/RecordingEditing.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
@@ -7,10 +8,13 @@
 
 #include <cstdint>
 #include <optional>
+#include <tuple>
+#include <vector>
 
 namespace orvane {
 
-/// The doubts about the open work, derived when somebody asks after a change. Interface thread.
+/// The doubts about the open work, derived when somebody asks after a change that they depend on. Interface
+/// thread.
 class WorkDoubts {
   public:
     WorkDoubts(const OpenWork& work, const RecordingEditing& recordings,
@@ -19,20 +23,24 @@ class WorkDoubts {
 
     /// Valid until the next call after a change of the work, or of a setting that doubts depend on.
     const SyncDoubts& now() const;
+    /// Differs after they were derived anew.
+    std::uint64_t revision() const {
+        now();
+        return revision_;
+    }
 
   private:
-    struct Basis {
-        std::uint64_t revision;
-        TrimMode trimMode;
-
-        bool operator==(const Basis&) const = default;
-    };
+    /// What counts besides the clips: a revision of the work, the rules of its match, the way of trimming.
+    using Basis = std::tuple<std::uint64_t, MatchingDays, double, std::optional<long>,
+                             std::optional<TimecodeFrameRate>, TrimMode>;
 
     const OpenWork& work_;
     const RecordingEditing& recordings_;
     const SmartAudioController& smartAudio_;
     mutable std::optional<Basis> basis_;
-    mutable SyncDoubts doubts_;
+    mutable DerivedFromClips<std::vector<MediaAsset>> pool_;
+    mutable DerivedFromClips<SyncDoubts> doubts_;
+    mutable std::uint64_t revision_ = 0;
 };
 
 } // namespace orvane

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/MainMenus.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/ViewModels/Results/Questions.h"
 #include "OrvaneSyncApp/ViewModels/Review/FullscreenManager.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
@@ -85,9 +86,9 @@ QAction* MainMenus::addClipCommand(QMenu* menu, std::string_view id, const QKeyS
 
 void MainMenus::makeFile() {
     QMenu* file = window_.menuBar()->addMenu(tr("&File"));
-    QAction* scan = file->addAction(tr("New Scan…"));
-    scan->setObjectName(QStringLiteral("newScan"));
-    connect(scan, &QAction::triggered, this, [this] { screens_.newScan(); });
+    scan_ = file->addAction(tr("New Scan…"));
+    scan_->setObjectName(QStringLiteral("newScan"));
+    connect(scan_, &QAction::triggered, this, [this] { screens_.newScan(); });
     RecentPlaces::menu(file, screens_.openPaths);
     QAction* newSession = addCommand(file, "newSession", QKeySequence::New);
     connect(newSession, &QAction::triggered, this, [this] { screens_.leaveStart(); });
@@ -107,6 +108,7 @@ void MainMenus::makeFile() {
     commandActions_.emplace_back(save_, "exportFCPXML"); // there is work
     report_ = file->addAction(translated(desktop_.command("loadALE").title));
     report_->setIcon(icon(Glyph::report));
+    commandActions_.emplace_back(report_, "loadALE");
     connect(report_, &QAction::triggered, this, [this] {
         if (const auto path =
                 chosenFile(tr("Load report"), tr("Reports (*.ale *.csv *.txt *.tsv);;All files (*)")))
@@ -144,9 +146,9 @@ void MainMenus::makeEdit() {
     redo_ = addCommand(edit, "redo");
     redo_->setIcon(icon(Glyph::redo));
     edit->addSeparator();
-    QAction* find = edit->addAction(tr("Find…"));
-    find->setShortcut(QKeySequence::Find);
-    connect(find, &QAction::triggered, this, [this] { screens_.find(); });
+    find_ = edit->addAction(tr("Find…"));
+    find_->setShortcut(QKeySequence::Find);
+    connect(find_, &QAction::triggered, this, [this] { screens_.find(); });
     QAction* settings = edit->addAction(icon(Glyph::gear), tr("Settings…"));
     settings->setShortcut(QKeySequence(tr("Ctrl+,")));
     connect(settings, &QAction::triggered, this, [this] { SettingsWindow(desktop_, &window_).exec(); });
@@ -319,6 +321,9 @@ void MainMenus::update() {
     for (const auto& [action, id] : commandActions_) action->setEnabled(desktop_.isEnabled(id));
     const std::vector<UUID> clips = screens_.clips();
     for (const auto& [action, id] : clipActions_) action->setEnabled(applies(id, clips));
+    const commands::CommandContext& context = desktop_.context();
+    scan_->setEnabled(commands::isAtRest(context));
+    find_->setEnabled(commands::hasClipsAtRest(context));
     sheets_.renameClips->setEnabled(desktop_.isEnabled("batchRename"));
     sheets_.buildRoomTone->setEnabled(desktop_.isEnabled("scanAtmoCandidates"));
     rename_->setEnabled(clips.size() == 1);

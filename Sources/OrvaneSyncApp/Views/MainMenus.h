@@ -79,6 +79,8 @@ class MainMenus : public QObject {
     QMenu* clip_ = nullptr;
     QMenu* audio_ = nullptr;
     SheetActions sheets_{};
+    QAction* scan_ = nullptr;
+    QAction* find_ = nullptr;
     QAction* undo_ = nullptr;
     QAction* redo_ = nullptr;
     QAction* open_ = nullptr;

@@ -17,7 +17,6 @@
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QFileInfo>
-#include <QHeaderView>
 #include <QMimeData>
 #include <QSettings>
 #include <QSplitter>
@@ -358,8 +357,7 @@ void MainWindow::restorePlaces() {
     const QSettings places;
     restoreGeometry(places.value(QStringLiteral("window")).toByteArray());
     splitter_->restoreState(places.value(QStringLiteral("sessions")).toByteArray());
-    results_->table()->horizontalHeader()->restoreState(
-        places.value(QStringLiteral("columns")).toByteArray());
+    results_->restorePlaces();
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
@@ -387,7 +385,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     places.setValue(QStringLiteral("window"), saveGeometry());
     places.setValue(QStringLiteral("sessions"), splitter_->saveState());
     if (review_ != nullptr) review_->savePlaces();
-    places.setValue(QStringLiteral("columns"), results_->table()->horizontalHeader()->saveState());
+    results_->savePlaces();
     event->accept();
 }
 

@@ -27,6 +27,11 @@ bool isRightAligned(int column) {
            column == static_cast<int>(Column::loudness);
 }
 
+/// Cameras count their clips at the beginning of a file's name, and people at the end of theirs.
+Qt::TextElideMode elision(int column) {
+    return column == static_cast<int>(Column::cameraFile) ? Qt::ElideRight : Qt::ElideMiddle;
+}
+
 void drawPicture(QPainter& painter, const QRect& within, const platform::Picture* picture) {
     painter.fillRect(within, colours().panel);
     if (picture == nullptr || !picture->pixels)
@@ -204,12 +209,13 @@ void ResultsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         const int half = below.isEmpty() ? 0 : inner.height() / 2;
         painter->setPen(textColour);
         painter->drawText(inner.adjusted(0, below.isEmpty() ? 0 : space::tight, 0, -half), alignment,
-                          painter->fontMetrics().elidedText(shown, Qt::ElideMiddle, inner.width()));
+                          painter->fontMetrics().elidedText(shown, elision(index.column()), inner.width()));
         if (!below.isEmpty()) {
             painter->setFont(factsFont());
             painter->setPen(isSelected ? all.onSelected : all.facts);
-            painter->drawText(inner.adjusted(0, half, 0, -space::tight), alignment,
-                              painter->fontMetrics().elidedText(below, Qt::ElideMiddle, inner.width()));
+            painter->drawText(
+                inner.adjusted(0, half, 0, -space::tight), alignment,
+                painter->fontMetrics().elidedText(below, elision(index.column() + 1), inner.width()));
         }
     }
     if (option.state.testFlag(QStyle::State_HasFocus)) {

@@ -5,15 +5,16 @@
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncApp/Views/WildTracksView.h"
 
+#include <QAccessible>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QInputDialog>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QScrollBar>
+#include <QSettings>
 #include <QSplitter>
 #include <QStackedLayout>
-#include <QTableView>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -41,12 +42,12 @@ struct ColumnWidth {
 };
 using Column = ResultsViewModel::Column;
 constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
-    {{Column::name, 0, 40, 180},
-     {Column::cameraFile, 0, 35, 120},
+    {{Column::name, 0, 50, 180},
+     {Column::cameraFile, 0, 30, 120},
      {Column::starts, 112, 0, 0},
      {Column::length, 66, 0, 0},
-     {Column::match, 0, 32, 110},
-     {Column::sound, 0, 26, 104},
+     {Column::match, 0, 28, 110},
+     {Column::sound, 0, 25, 104},
      {Column::begins, 116, 0, 0},
      {Column::loudness, 92, 0, 0}}};
 constexpr int marksWidth = 76;
@@ -78,6 +79,19 @@ class Table : public QTableView {
         const QModelIndex index = indexAt(event->pos());
         if (index.isValid() && fold(index, event->pos())) return;
         QTableView::mouseDoubleClickEvent(event);
+    }
+    /// Of one row, that row: the table of Qt would paint a line of the next one with it.
+    void dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) override {
+        if (!first.isValid() || first.row() != last.row()) return QTableView::dataChanged(first, last, roles);
+        const int row = first.row();
+        viewport()->update(0, rowViewportPosition(row), viewport()->width(), rowHeight(row));
+        if (!QAccessible::isActive()) return;
+        QAccessibleTableModelChangeEvent changed(this, QAccessibleTableModelChangeEvent::DataChanged);
+        changed.setFirstRow(row);
+        changed.setLastRow(row);
+        changed.setFirstColumn(first.column());
+        changed.setLastColumn(last.column());
+        QAccessible::updateAccessibility(&changed);
     }
 };
 
@@ -137,8 +151,9 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
     splitter->setSizes({10 * wildTracksHeight, wildTracksHeight});
     column->addWidget(splitter, 1);
 
-    rowsObservation_ = rows_.onChange([this](const ResultsViewModel::Change&) {
+    rowsObservation_ = rows_.onChange([this](const ResultsViewModel::Change& change) {
         showCounts();
+        if (change.isLayoutChanged) keepSelection(change.areAllNew);
         if (!table_->isColumnHidden(static_cast<int>(Column::loudness)) != rows_.isLoudnessKnown())
             fitColumns();
         scrolled_->start();
@@ -192,15 +207,27 @@ QWidget* ResultsView::makeTable() {
     header->setSectionsMovable(true);
     header->setMinimumSectionSize(40);
     header->setFont(factsFont());
-    for (const ColumnWidth& one : columnWidths)
-        header->resizeSection(static_cast<int>(one.column), std::max(one.fixed, 10 * one.weight));
+    for (const ColumnWidth& one : columnWidths) {
+        shares_[static_cast<std::size_t>(one.column)] = 10 * one.weight;
+        if (one.weight == 0) header->resizeSection(static_cast<int>(one.column), one.fixed);
+    }
     header->resizeSection(ResultsModel::marksColumn, marksWidth);
+    connect(header, &QHeaderView::sectionResized, this, [this] {
+        if (isFitting_) return;
+        areSharesChosen_ = true;
+        for (const ColumnWidth& one : columnWidths)
+            if (const int column = static_cast<int>(one.column);
+                one.weight > 0 && !table_->isColumnHidden(column))
+                shares_[static_cast<std::size_t>(column)] = table_->columnWidth(column);
+    });
     // Unsorted at first: the order of the shoot.
     header->setSortIndicator(-1, Qt::AscendingOrder);
     header->setSortIndicatorClearable(true);
     table->setSortingEnabled(true);
     connect(table, &QTableView::customContextMenuRequested, this, [this](const QPoint& at) { showMenu(at); });
     connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        chosen_ = selectedClips();
+        if (!chosen_.empty()) chosenRow_ = rows_.rowOf(chosen_.front()).value_or(0);
         if (whenSelectionChanged) whenSelectionChanged();
     });
     empty_ = new EmptyState(Glyph::search, {}, {});
@@ -215,41 +242,46 @@ void ResultsView::fitColumns() {
     const int width = table_->viewport()->width();
     const bool isCompact = width < compactBelow;
     delegate_->setCompact(isCompact);
-    const bool hasOtherColumns =
-        table_->isColumnHidden(static_cast<int>(Column::cameraFile)) != isCompact ||
-        table_->isColumnHidden(static_cast<int>(Column::loudness)) == rows_.isLoudnessKnown();
+    isFitting_ = true;
     table_->setColumnHidden(static_cast<int>(Column::cameraFile), isCompact);
     table_->setColumnHidden(static_cast<int>(Column::length), isCompact);
     table_->setColumnHidden(static_cast<int>(Column::begins), isCompact);
     table_->setColumnHidden(static_cast<int>(Column::loudness), !rows_.isLoudnessKnown());
-    // Those that share the rest keep their proportions, also where somebody has changed them.
-    if (hasOtherColumns) {
-        for (const ColumnWidth& one : columnWidths)
-            if (one.weight > 0) table_->setColumnWidth(static_cast<int>(one.column), 10 * one.weight);
-    }
     int rest = width - table_->columnWidth(ResultsModel::marksColumn);
-    int shared = 0;
+    std::vector<const ColumnWidth*> sharing;
     for (const ColumnWidth& one : columnWidths) {
         const int column = static_cast<int>(one.column);
         if (table_->isColumnHidden(column)) continue;
-        if (one.weight == 0)
-            rest -= table_->columnWidth(column);
+        if (one.weight > 0)
+            sharing.push_back(&one);
         else
-            shared += table_->columnWidth(column);
+            rest -= table_->columnWidth(column);
     }
-    if (shared == 0) return;
-    int left = rest;
-    int last = 0;
-    for (const ColumnWidth& one : columnWidths) {
-        const int column = static_cast<int>(one.column);
-        if (one.weight == 0 || table_->isColumnHidden(column)) continue;
-        const int fitted = std::max(one.least, rest * table_->columnWidth(column) / shared);
-        table_->setColumnWidth(column, fitted);
-        left -= fitted;
-        last = column;
+    const auto shareOf = [this](const ColumnWidth* one) {
+        return shares_[static_cast<std::size_t>(one->column)];
+    };
+    const auto shared = [&] {
+        double sum = 0;
+        for (const ColumnWidth* one : sharing) sum += shareOf(one);
+        return sum;
+    };
+    const auto give = [&](const ColumnWidth* one, int points) {
+        table_->setColumnWidth(static_cast<int>(one->column), points);
+        rest -= points;
+    };
+    // Those whose share is too small get what they need, and the others share what that leaves.
+    const auto needy = [&] {
+        const double sum = shared();
+        return std::ranges::find_if(
+            sharing, [&](const ColumnWidth* one) { return rest * shareOf(one) < one->least * sum; });
+    };
+    for (auto one = needy(); one != sharing.end(); one = needy()) {
+        give(*one, (*one)->least);
+        sharing.erase(one);
     }
-    // What rounding leaves over.
-    if (left > 0) table_->setColumnWidth(last, table_->columnWidth(last) + left);
+    for (; !sharing.empty(); sharing.erase(sharing.begin()))
+        give(sharing.front(), static_cast<int>(rest * shareOf(sharing.front()) / shared()));
+    isFitting_ = false;
 }
 
 void ResultsView::wantThumbnails() {
@@ -277,9 +309,40 @@ void ResultsView::showCounts() {
         empty_->setTexts(tr("No clip is found"), tr("Change the search or the filter above."));
 }
 
-void ResultsView::showDoubts() { doubts_->show(rows_.doubts()); }
+void ResultsView::showDoubts() {
+    // They cost a look at all clips: not while another screen is in front.
+    if (!isVisible()) return;
+    const std::uint64_t revision = rows_.doubtsRevision();
+    if (std::exchange(doubtsRevision_, revision) == revision) return;
+    std::vector<ResultsViewModel::Doubt> doubts = rows_.doubts();
+    const bool areSame = std::ranges::equal(doubts, shownDoubts_, [](const auto& one, const auto& before) {
+        return one.message == before.message && one.groupIDs == before.groupIDs;
+    });
+    if (areSame) return;
+    shownDoubts_ = std::move(doubts);
+    doubts_->show(shownDoubts_);
+    model_->forgetRows();
+}
+
+void ResultsView::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    showDoubts();
+}
+
+void ResultsView::keepSelection(bool areAllNew) {
+    if (areAllNew) chosen_.clear();
+    if (chosen_.empty() || rows_.rowCount() == 0) return;
+    std::vector<UUID> kept = chosen_;
+    std::erase_if(kept, [this](const UUID& id) { return !rows_.rowOf(id); });
+    if (kept.empty()) kept = {rows_.groupID(std::min(chosenRow_, rows_.rowCount() - 1))};
+    setSelected(kept, QAbstractItemView::EnsureVisible);
+}
 
 void ResultsView::select(const std::vector<UUID>& clips) {
+    setSelected(clips, QAbstractItemView::PositionAtCenter);
+}
+
+void ResultsView::setSelected(const std::vector<UUID>& clips, QAbstractItemView::ScrollHint hint) {
     QItemSelection selection;
     for (const UUID& id : clips) {
         const auto row = rows_.rowOf(id);
@@ -287,7 +350,7 @@ void ResultsView::select(const std::vector<UUID>& clips) {
         const QModelIndex index = model_->index(static_cast<int>(*row), 0);
         selection.select(index, model_->index(static_cast<int>(*row), ResultsModel::marksColumn));
         if (selection.size() > 1) continue;
-        table_->scrollTo(index, QAbstractItemView::PositionAtCenter);
+        table_->scrollTo(index, hint);
         table_->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate); // arrows go on here
     }
     table_->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
@@ -372,6 +435,28 @@ void ResultsView::showMenu(const QPoint& position) {
     menu.addAction(tr("Review"), this, [this] { Q_EMIT table_->activated(table_->currentIndex()); });
     menu.addAction(translated(desktop_.command("clusterLoad").title), this, [this] { openMulticam(); });
     menu.exec(table_->viewport()->mapToGlobal(position));
+}
+
+void ResultsView::savePlaces() const {
+    QSettings places;
+    places.setValue(QStringLiteral("columns"), table_->horizontalHeader()->saveState());
+    if (!areSharesChosen_) return;
+    QVariantList shares;
+    for (const double share : shares_) shares << share;
+    places.setValue(QStringLiteral("columnShares"), shares);
+}
+
+void ResultsView::restorePlaces() {
+    const QSettings places;
+    isFitting_ = true;
+    table_->horizontalHeader()->restoreState(places.value(QStringLiteral("columns")).toByteArray());
+    isFitting_ = false;
+    const QVariantList shares = places.value(QStringLiteral("columnShares")).toList();
+    areSharesChosen_ = std::cmp_equal(shares.size(), shares_.size());
+    if (areSharesChosen_)
+        for (const ColumnWidth& one : columnWidths)
+            if (const auto column = static_cast<std::size_t>(one.column); one.weight > 0)
+                shares_.at(column) = std::max(1.0, shares[static_cast<qsizetype>(column)].toDouble());
 }
 
 } // namespace orvane::views

@@ -4,13 +4,16 @@
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
 
+#include <QTableView>
 #include <QWidget>
 
+#include <array>
+#include <cstdint>
+#include <optional>
 #include <vector>
 
 class QMenu;
 class QStackedLayout;
-class QTableView;
 class QTimer;
 
 namespace orvane::views {
@@ -43,11 +46,20 @@ class ResultsView : public QWidget {
     std::function<void()> whenSelectionChanged;
     QLineEdit* search() const { return search_; }
     QTableView* table() const { return table_; }
+    /// How the columns lie, for the next start.
+    void savePlaces() const;
+    void restorePlaces();
+
+  protected:
+    void showEvent(QShowEvent* event) override;
 
   private:
     QWidget* makeTable();
     void showCounts();
     void showDoubts();
+    /// After rows came, went or moved: what was selected, or the row that took its place.
+    void keepSelection(bool areAllNew);
+    void setSelected(const std::vector<UUID>& clips, QAbstractItemView::ScrollHint hint);
     /// Gives the columns the width that there is; in a narrow window two of them go below their neighbours.
     void fitColumns();
     void wantThumbnails();
@@ -60,8 +72,16 @@ class ResultsView : public QWidget {
     design::SegmentedChoice* filter_;
     QLineEdit* search_;
     DoubtBar* doubts_;
+    std::vector<ResultsViewModel::Doubt> shownDoubts_;
+    std::optional<std::uint64_t> doubtsRevision_; ///< of those
     QTableView* table_;
     ResultsDelegate* delegate_;
+    /// Of the width that is left to columns without one of their own; 0 for those.
+    std::array<double, ResultsViewModel::columnCount> shares_{};
+    bool isFitting_ = false;
+    bool areSharesChosen_ = false; ///< by somebody who moved a border
+    std::vector<UUID> chosen_;     ///< the clips selected last
+    std::size_t chosenRow_ = 0;    ///< of the first of them
     QStackedLayout* pages_;
     design::EmptyState* empty_;
     WildTracksView* wildTracks_;

@@ -35,15 +35,15 @@ class RowsModel : public Base {
         }
         // Of many at once the view itself asks for those in view.
         constexpr std::size_t few = 64;
-        if (change.rows.size() > few) {
-            shown_.clear();
-            tell(0, this->rowCount() - 1);
-            return;
-        }
+        if (change.rows.size() > few) return forget();
         for (const std::size_t changed : change.rows) {
             const int at = static_cast<int>(changed);
             if (shown_.erase(at) > 0) tell(at, at); // else nobody has seen it
         }
+    }
+    void forget() {
+        shown_.clear();
+        if (this->rowCount() > 0) tell(0, this->rowCount() - 1);
     }
     const std::unordered_map<int, Row>& shown() const { return shown_; }
 

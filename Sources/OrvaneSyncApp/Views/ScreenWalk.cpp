@@ -219,9 +219,13 @@ class Walk : public QTimer {
                 const ScanController& scan = window_.desktop().controller().scan();
                 if (!scan.canScan()) return;
                 window_.scanFolders(folderPaths());
-                while (window_.isScanning() && !scan.progress().isActive())
+                // The last one in which a file is named, where the scan lasts so long.
+                while (window_.isScanning()) {
                     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-                grab(window_, QStringLiteral("scanning-%1").arg(size.width()));
+                    if (!scan.progress().isActive()) continue;
+                    grab(window_, QStringLiteral("scanning-%1").arg(size.width()));
+                    if (!scan.progress().file.empty()) break;
+                }
             });
             waitUntil([this] { return !window_.isScanning(); });
         }

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Shortcuts/KeyText.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QHash>
 #include <QJsonArray>
@@ -20,8 +21,6 @@
 namespace orvane::views {
 
 namespace {
-
-constexpr const char* folder = ":/translations/";
 
 /// The classes without a catalogue of their own by which Qt asks for texts of ours; its own texts have
 /// others.
@@ -42,8 +41,7 @@ struct Sentence {
 class Catalogue : public QTranslator {
   public:
     explicit Catalogue(const QString& language) : isEnglish_(language == QStringLiteral("en")) {
-        // What the windows say themselves, what they say of the core's, and the actions of keys.
-        for (const char* part : {"", "-core", "-keys"}) read(language + QLatin1String(part));
+        for (const QString& name : catalogueNames(language)) read(name);
         // The one with the most words of its own first: a short one may fit a longer one's text too.
         std::ranges::sort(sentences_, [](const Sentence& a, const Sentence& b) {
             return a.pattern.pattern().size() > b.pattern.pattern().size();
@@ -78,7 +76,7 @@ class Catalogue : public QTranslator {
 
   private:
     void read(const QString& name) {
-        QFile file(folder + name + QStringLiteral(".json"));
+        QFile file(name);
         if (!file.open(QIODevice::ReadOnly)) return;
         const QJsonObject all = QJsonDocument::fromJson(file.readAll()).object();
         const QJsonObject texts = all.value(QStringLiteral("texts")).toObject();
@@ -121,6 +119,14 @@ QString keysOfThisSystem(const QString& text) {
 }
 
 } // namespace
+
+QStringList catalogueNames(const QString& language) {
+    const QString folder = QStringLiteral(":/translations/");
+    QStringList names;
+    for (const QString& name : QDir(folder).entryList({language + QStringLiteral("*.json")}, QDir::Files))
+        names << folder + name;
+    return names;
+}
 
 QStringList languages() { return {QStringLiteral("en"), QStringLiteral("de")}; }
 

@@ -18,6 +18,8 @@ namespace orvane::views {
 void installLanguage(QCoreApplication& application, const QString& wanted = {});
 /// Those that can be chosen, by their codes.
 QStringList languages();
+/// The resources in which a language lies: a catalogue for each screen, and some for what comes from below.
+QStringList catalogueNames(const QString& language);
 
 /// A text of the core that is always the same: a title of the table of commands, a name of a column.
 QString translated(std::string_view english);

@@ -1,5 +1,5 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
-#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 
 #include <algorithm>
@@ -57,13 +57,10 @@ platform::Task buildAtmo(CommandContext& context, Call call, std::shared_ptr<JSO
 } // namespace
 
 std::vector<Command> atmoCommands() {
-    const auto hasSound = [](const CommandContext& context) {
-        return context.controller->work().syncClipCount() > 0;
-    };
     return {
         Command::later("scanAtmoCandidates", "Find Room Tone",
                        "Finds the quiet stretches in the recordings of each scene.", {}, scanCandidates)
-            .when(hasSound),
+            .when(hasSoundAtRest),
         Command::later("buildAtmo", "Build Room Tone",
                        "Joins quiet stretches of a scene into a file that goes into the document.",
                        {{"scene", text},
@@ -71,7 +68,7 @@ std::vector<Command> atmoCommands() {
                         {.name = "targetDuration", .kind = number, .lowest = 1, .highest = 3600},
                         {.name = "outputDirectory", .kind = path, .isOptional = true}},
                        buildAtmo)
-            .when(hasSound),
+            .when(hasSoundAtRest),
     };
 }
 

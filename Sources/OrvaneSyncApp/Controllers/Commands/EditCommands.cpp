@@ -206,7 +206,7 @@ std::vector<Command> valueCommands() {
                  {.name = "suffix", .kind = text, .isOptional = true}},
                 batchRename)
             .undoneBy(setManualClipName)
-            .when(hasClips),
+            .when(hasClipsAtRest),
         Command("clearAllManualNames", "Clear All Manual Names",
                 "Takes every name back that was given by hand; the naming rules name the clips again.", {},
                 [](CommandContext& context, const Call&) {
@@ -214,7 +214,7 @@ std::vector<Command> valueCommands() {
                     return JSON();
                 })
             .undoneBy(setManualClipName)
-            .when(hasClips),
+            .when(hasClipsAtRest),
         Command("setSyncMethod", undoSteps::setSyncMethod.actionName, "Says by what the clip is in sync.",
                 {groupID, {.name = "method", .kind = text, .choices = syncMethodNames}},
                 [](CommandContext& context, const Call& call) {
@@ -297,13 +297,13 @@ std::vector<Command> recordingCommands() {
             .forClips(hasUnlockedSound),
         edit("resyncAllClips", "Matches all clips anew; manual decisions stay.", resyncAllClips, {},
              [](Controller& controller, const Call&) { controller.recordings().resyncAllClips(); })
-            .when(hasClips),
+            .when(hasClipsAtRest),
         Command::later("resetAllClipsToAutoSync", "Reset All Clips",
                        "Takes back the manual decisions about all clips; cannot be taken back.", {},
                        [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                            return context.controller->clips().resetAllClipsToAutoSync();
                        })
-            .when(hasClips),
+            .when(hasClipsAtRest),
         edit("renameWildTrack", "Names a recording without picture.", renameWildTrack,
              {{"id", id}, {"to", text}},
              [](Controller& controller, const Call& call) {
@@ -335,15 +335,17 @@ std::vector<Command> undoCommands() {
                     context.controller->undo();
                     return JSON();
                 })
-            .when(
-                [](const CommandContext& context) { return context.controller->work().undoState().canUndo; }),
+            .when([](const CommandContext& context) {
+                return isAtRest(context) && context.controller->work().undoState().canUndo;
+            }),
         Command("redo", "Redo", "Makes the step again that was taken back last.", {},
                 [](CommandContext& context, const Call&) {
                     context.controller->redo();
                     return JSON();
                 })
-            .when(
-                [](const CommandContext& context) { return context.controller->work().undoState().canRedo; }),
+            .when([](const CommandContext& context) {
+                return isAtRest(context) && context.controller->work().undoState().canRedo;
+            }),
         Command("undoState", "What Can Be Undone", "Says what can be taken back and made again.", {},
                 [](CommandContext& context, const Call&) {
                     return undoStateJSON(context.controller->work().undoState());

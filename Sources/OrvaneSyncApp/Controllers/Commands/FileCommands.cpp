@@ -107,7 +107,8 @@ std::vector<Command> reportCommands() {
     return {
         Command::later("loadALE", "Load Report…",
                        "Reads a camera or sound report and lays it over the clips.", {{"path", path}},
-                       loadALE),
+                       loadALE)
+            .when(isAtRest),
         onGroup("clearALEMetadata", "Removes what reports said of the clip.", steps::clearALEMetadata,
                 &ReportController::clearALEMetadata, hasALEMetadata),
         onGroup("clearLockitMetadata", "Removes what LockitNetwork said of the clip.",
@@ -137,10 +138,10 @@ std::vector<Command> fileCommands() {
                        }),
         Command::later("exportFCPXML", "Export FCPXML…", "Writes all settled clips as one document.",
                        {{"output", path}, {"eventName", text, true}, version, overwrite}, exported)
-            .when(hasClips),
+            .when(hasClipsAtRest),
         Command::later("exportSingleClip", "Export Single Clip…", "Writes one clip as a document.",
                        {groupID, {"output", path}, {"eventName", text, true}, version, overwrite}, exported)
-            .when(hasClips),
+            .when(hasClipsAtRest),
     };
 }
 

@@ -124,7 +124,7 @@ std::vector<Command> lockitCommands() {
                        "Lays what LockitNetwork says over the clips, day by day; gives what came of it.", {},
                        syncLockit)
             .undoneBy(undoSteps::syncLockitNetwork)
-            .when(hasClips),
+            .when(hasClipsAtRest),
         Command("fieldMapping", "Field Mapping", "Gives where each field of LockitNetwork goes.", {},
                 [](CommandContext& context, const Call&) {
                     return toJSON(LockitFieldMapping::current(*context.settings));

@@ -60,13 +60,13 @@ std::vector<Command> reviewCommands() {
         Command::later("writeReview", "Write Review Table…",
                        "Writes the clips as a table to decide about them in a spreadsheet.",
                        {{"output", path}, {"overwrite", boolean, true}}, writeReview)
-            .when(hasClips),
+            .when(hasClipsAtRest),
         Command::later(
             "applyReview", "Apply Review Table…",
             "Takes the decisions of a review table back; says which of its lines it could not use.",
             {{"path", path}}, applyReviewFile)
             .undoneBy(steps::applyReview)
-            .when(hasClips),
+            .when(hasClipsAtRest),
         Command("chooseFirst", "Choose First Recordings",
                 "Settles every ambiguous clip by the recording that it lists first.", {},
                 [](CommandContext& context, const Call&) {

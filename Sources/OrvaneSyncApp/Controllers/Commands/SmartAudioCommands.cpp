@@ -60,8 +60,7 @@ std::vector<Command> smartAudioCommands() {
         Command::later(
             "runSmartAudioAnalysis", "Run Smart Audio Analysis", "Analyses the sound of all settled clips.",
             {{.name = "mode", .kind = text, .choices = smartAudioModeTags}, overwrite}, runAnalysis)
-            .when(
-                [](const CommandContext& context) { return context.controller->work().syncClipCount() > 0; }),
+            .when(hasSoundAtRest),
         Command::later("runSmartAudioForGroup", "Run Smart Audio for This Clip",
                        "Analyses the sound of the clip and measures its loudness.", {groupID, overwrite},
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
@@ -77,8 +76,7 @@ std::vector<Command> smartAudioCommands() {
             [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                 return context.controller->smartAudio().measureLoudness();
             })
-            .when(
-                [](const CommandContext& context) { return context.controller->work().syncClipCount() > 0; }),
+            .when(hasSoundAtRest),
         Command("smartAudioResult", "Smart Audio Result", "Gives what Smart Audio found in the clip.",
                 {groupID}, smartAudioResult)
             .forClips(hasSound),

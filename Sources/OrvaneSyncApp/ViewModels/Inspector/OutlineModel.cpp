@@ -136,6 +136,12 @@ std::optional<UUID> OutlineModel::neighbour(const UUID& of, int step) const {
     return order_[static_cast<std::size_t>(target)];
 }
 
+std::optional<OutlineModel::PlaceInList> OutlineModel::placeInList(const UUID& groupID) const {
+    const auto found = placeInOrder_.find(groupID);
+    if (found == placeInOrder_.end()) return std::nullopt;
+    return PlaceInList{found->second + 1, order_.size()};
+}
+
 OutlineModel::Counts OutlineModel::counts() const {
     const OpenWork& work = controller_.work();
     Counts counts{work.syncGroups().size(), order_.size(), 0,

@@ -64,6 +64,12 @@ class OutlineModel {
     /// The clip so many clips further down (or up) in the order shown, those of folded takes included. Of a
     /// clip that is not shown: the first or last one.
     std::optional<UUID> neighbour(const UUID& of, int step) const;
+    struct PlaceInList {
+        std::size_t number = 0; ///< from 1, in the order in which `neighbour` goes
+        std::size_t all = 0;
+    };
+    /// Nothing for a clip that is not shown.
+    std::optional<PlaceInList> placeInList(const UUID& groupID) const;
     Counts counts() const;
 
   private:

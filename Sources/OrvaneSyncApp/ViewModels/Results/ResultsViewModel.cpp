@@ -81,7 +81,8 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
     const FileNames& files = controller_.work().fileNames();
     const Take take = takeOf(group, assumedChannels);
     Row row;
-    row.texts = {names().at(group.id),    files.of(group.video),  startText(group.video),
+    const Names& names = controller_.work().displayNames();
+    row.texts = {names.at(group.id),      files.of(group.video),  startText(group.video),
                  lengthText(group.video), matchText(group, take), soundText(group, take, files),
                  beginsText(group, take), loudnessText(group)};
     const auto& doubts = controller_.doubts().byGroup;
@@ -99,11 +100,6 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
     row.foldable = place.foldable;
     row.isFolded = folded_.contains(place.bundleID);
     return row;
-}
-
-bool ResultsViewModel::isLoudnessKnown() const {
-    return std::ranges::any_of(rows_,
-                               [](const Place& place) { return place.clip->measuredLUFS.has_value(); });
 }
 
 ResultsViewModel::Certainty ResultsViewModel::certaintyOf(const SyncGroup& group, bool hasDoubts) {
@@ -142,16 +138,14 @@ std::vector<ResultsViewModel::Candidate> ResultsViewModel::candidates(const UUID
 
 void ResultsViewModel::follow(const ImportChange& change) {
     if (change.field != ImportField::syncGroups) {
-        // Names depend on the report, and doubts on what Smart Audio heard.
+        // Doubts depend on what Smart Audio heard, and names on the report.
         if (change.field == ImportField::report || change.field == ImportField::smartAudio) {
-            if (change.field == ImportField::report) names_.reset();
             Change all;
             for (std::size_t i = 0; i < rows_.size(); ++i) all.rows.push_back(i);
             listeners_.tell(all);
         }
         return;
     }
-    names_.reset();
     const SyncGroupChanges changes = change.clipChanges();
     const bool mayMove = filter_ != FilterMode::all || !search_.isEmpty() || sortColumn_;
     if (!changes.went.empty() || !changes.came.empty() || !changes.moved.empty() || mayMove) return layOut();
@@ -169,16 +163,20 @@ void ResultsViewModel::follow(const ImportChange& change) {
         if (path(audio) != path(before) ||
             clip->isExcludedFromMulticam() != rows_[row->second].clip->isExcludedFromMulticam())
             return layOut();
+        const auto isLoudnessKnown = [](const SyncGroup& one) { return one.measuredLUFS ? 1 : 0; };
+        loudnessCount_ += isLoudnessKnown(*clip) - isLoudnessKnown(*rows_[row->second].clip);
         rows_[row->second].clip = clip;
         changed.rows.push_back(row->second);
     }
-    if (!changed.rows.empty()) listeners_.tell(changed);
+    if (!changes.changed.empty()) listeners_.tell(changed);
 }
 
 void ResultsViewModel::layOut() {
     const SyncGroupList& all = controller_.work().syncGroups();
+    const Names& names = controller_.work().displayNames();
     SyncGroupList shown = filtered(all, filter_);
-    if (!search_.isEmpty()) shown = shown.filtered([this](const SyncGroup& group) { return isFound(group); });
+    if (!search_.isEmpty())
+        shown = shown.filtered([&](const SyncGroup& group) { return isFound(group, names); });
     std::vector<SharedAudioBundle> bundles = sharedAudioBundles(shown);
     if (sortColumn_) {
         // A bundle stands where its first clip does.
@@ -186,8 +184,9 @@ void ResultsViewModel::layOut() {
         std::vector<std::pair<Key, std::size_t>> keys;
         for (std::size_t i = 0; i < bundles.size(); ++i) {
             const SyncGroup& first = bundles[i].cams.front();
-            keys.emplace_back(
-                isNumber(*sortColumn_) ? Key(sortKeyNumber(first), "") : Key(0, sortKeyText(first)), i);
+            keys.emplace_back(isNumber(*sortColumn_) ? Key(sortKeyNumber(first), "")
+                                                     : Key(0, sortKeyText(first, names)),
+                              i);
         }
         std::ranges::stable_sort(keys, [this](const auto& a, const auto& b) {
             const auto& [first, second] =
@@ -200,26 +199,39 @@ void ResultsViewModel::layOut() {
         for (const auto& key : keys) sorted.push_back(std::move(bundles[key.second]));
         bundles = std::move(sorted);
     }
-    rows_.clear();
-    rowByGroup_.clear();
+    std::vector<Place> rows;
+    rows.reserve(shown.size());
     for (const SharedAudioBundle& bundle : bundles) {
         const std::size_t others = bundle.cams.size() - 1;
         const bool isFolded = others > 0 && folded_.contains(bundle.id);
-        for (std::size_t i = 0; i < (isFolded ? 1 : bundle.cams.size()); ++i) {
-            rowByGroup_.emplace(bundle.cams[i].id, rows_.size());
-            rows_.push_back({bundle.cams.element(i), i > 0, i == 0 ? others : 0, bundle.id});
-        }
+        for (std::size_t i = 0; i < (isFolded ? 1 : bundle.cams.size()); ++i)
+            rows.push_back({bundle.cams.element(i), i > 0, i == 0 ? others : 0, bundle.id});
     }
-    listeners_.tell(Change{.isLayoutChanged = true});
+    takeRows(std::move(rows));
 }
 
-const std::map<UUID, std::string>& ResultsViewModel::names() const {
-    if (!names_) names_ = controller_.work().displayNames();
-    return *names_;
+void ResultsViewModel::takeRows(std::vector<Place> rows) {
+    Change change{.isLayoutChanged =
+                      !std::ranges::equal(rows, rows_, [](const Place& one, const Place& before) {
+                          return one.isSamePlace(before);
+                      })};
+    if (!change.isLayoutChanged)
+        for (std::size_t i = 0; i < rows.size(); ++i)
+            if (rows[i].clip != rows_[i].clip) change.rows.push_back(i);
+    change.areAllNew = std::ranges::none_of(
+        rows, [this](const Place& place) { return rowByGroup_.contains(place.clip->id); });
+    rows_ = std::move(rows);
+    loudnessCount_ =
+        std::ranges::count_if(rows_, [](const Place& place) { return place.clip->measuredLUFS.has_value(); });
+    if (change.isLayoutChanged) {
+        rowByGroup_.clear();
+        for (std::size_t i = 0; i < rows_.size(); ++i) rowByGroup_.emplace(rows_[i].clip->id, i);
+    }
+    listeners_.tell(change);
 }
 
-bool ResultsViewModel::isFound(const SyncGroup& group) const {
-    std::string text = names().at(group.id) + "\n" + group.video.filename;
+bool ResultsViewModel::isFound(const SyncGroup& group, const Names& names) const {
+    std::string text = names.at(group.id) + "\n" + group.video.filename;
     for (const AudioMatch& match : group.audioMatches) {
         text += "\n" + match.audio->filename;
         if (match.audio->ixmlData && match.audio->ixmlData->scene)
@@ -228,10 +240,10 @@ bool ResultsViewModel::isFound(const SyncGroup& group) const {
     return search_.areIn(text);
 }
 
-std::string ResultsViewModel::sortKeyText(const SyncGroup& group) const {
+std::string ResultsViewModel::sortKeyText(const SyncGroup& group, const Names& names) const {
     switch (*sortColumn_) {
     case Column::name:
-        return names().at(group.id);
+        return names.at(group.id);
     case Column::starts:
         return startText(group.video);
     case Column::match:

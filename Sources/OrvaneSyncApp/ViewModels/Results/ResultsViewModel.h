@@ -60,6 +60,7 @@ class ResultsViewModel {
     struct Change {
         bool isLayoutChanged = false;    ///< which rows there are, or their order
         std::vector<std::size_t> rows{}; ///< to be painted anew; without meaning where the layout changed
+        bool areAllNew = false;          ///< no clip was shown before
     };
 
     /// The controller outlives it.
@@ -90,7 +91,7 @@ class ResultsViewModel {
         return rows_.at(row).clip->video.durationSeconds.value_or(0);
     }
     /// Whether any clip's loudness is known.
-    bool isLoudnessKnown() const;
+    bool isLoudnessKnown() const { return loudnessCount_ > 0; }
 
     /// The doubts of the work, each with its cure, worst first; a sentence each.
     struct Doubt {
@@ -99,6 +100,8 @@ class ResultsViewModel {
         std::vector<UUID> groupIDs;
     };
     std::vector<Doubt> doubts() const;
+    /// Differs when `doubts` may.
+    std::uint64_t doubtsRevision() const { return controller_.doubtsRevision(); }
 
     /// The recordings of a clip that holds several, one of which may be chosen.
     struct Candidate {
@@ -114,13 +117,19 @@ class ResultsViewModel {
         bool isBelowAnother = false;
         std::size_t foldable = 0;
         std::string bundleID;
+
+        bool isSamePlace(const Place& other) const {
+            return clip->id == other.clip->id && isBelowAnother == other.isBelowAnother &&
+                   foldable == other.foldable && bundleID == other.bundleID;
+        }
     };
-    /// Changed clips keep their rows where order and filter do not depend on what changed.
     void follow(const ImportChange& change);
     void layOut();
-    const std::map<UUID, std::string>& names() const;
-    bool isFound(const SyncGroup& group) const;
-    std::string sortKeyText(const SyncGroup& group) const;
+    /// Tells which rows have changed; where rows came, went or moved, that the layout has.
+    void takeRows(std::vector<Place> rows);
+    using Names = std::map<UUID, std::string>;
+    bool isFound(const SyncGroup& group, const Names& names) const;
+    std::string sortKeyText(const SyncGroup& group, const Names& names) const;
     double sortKeyNumber(const SyncGroup& group) const;
 
     ImportController& controller_;
@@ -132,7 +141,7 @@ class ResultsViewModel {
     std::set<std::string> folded_; ///< bundles
     std::vector<Place> rows_;
     std::map<UUID, std::size_t> rowByGroup_;
-    mutable std::optional<std::map<UUID, std::string>> names_; ///< absent until somebody asks
+    std::ptrdiff_t loudnessCount_ = 0; ///< rows whose loudness is known
     platform::Subscription observation_;
 };
 

@@ -49,7 +49,8 @@ void settleLayouts(const QWidget& widget) {
 } // namespace
 
 InspectorView::InspectorView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent)
-    : QWidget(parent), desktop_(desktop), review_(std::move(review)) {
+    : QWidget(parent), desktop_(desktop), review_(std::move(review)),
+      later_(review_->engine(), [this] { refresh(); }) {
     setObjectName(QStringLiteral("inspector"));
     setMinimumWidth(narrowestInspector);
     pages_ = new QStackedLayout(this);
@@ -90,13 +91,10 @@ InspectorView::InspectorView(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
 }
 
 void InspectorView::scheduleRefresh() {
-    if (!isVisible() || std::exchange(isScheduled_, true)) return;
-    QMetaObject::invokeMethod(
-        this, [this] { refresh(); }, Qt::QueuedConnection);
+    if (isVisible()) later_.schedule();
 }
 
 void InspectorView::refresh() {
-    isScheduled_ = false;
     const auto& id = review_->groupID();
     const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
     pages_->setCurrentIndex(clip == nullptr ? 1 : 0);

@@ -2,6 +2,7 @@
 
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/Review/AfterPicture.h"
 
 #include <QWidget>
 
@@ -38,7 +39,7 @@ class InspectorView : public QWidget {
     QString name_; ///< as it is exported
     design::Badge* status_;
     std::vector<InspectorSection*> sections_;
-    bool isScheduled_ = false;
+    AfterPicture later_;
     std::vector<platform::Subscription> observations_;
 };
 

@@ -92,11 +92,12 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         right -= space::tight;
     }
     inner.setRight(right);
-    const auto line = [&](const QRect& place, const QFont& font, const QColor& colour, const QString& shown) {
+    const auto line = [&](const QRect& place, const QFont& font, const QColor& colour, const QString& shown,
+                          Qt::TextElideMode elision = Qt::ElideMiddle) {
         painter->setFont(font);
         painter->setPen(colour);
         painter->drawText(place, Qt::AlignVCenter | Qt::AlignLeft,
-                          QFontMetrics(font).elidedText(shown, Qt::ElideMiddle, place.width()));
+                          QFontMetrics(font).elidedText(shown, elision, place.width()));
     };
     if (row.facts.empty()) {
         line(inner, textFont(), strong, text(row.label));
@@ -104,7 +105,7 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         const int half = inner.height() / 2;
         line({inner.left(), inner.top() + 2, inner.width(), half}, textFont(), strong, text(row.label));
         line({inner.left(), inner.top() + half, inner.width(), half - 2}, factsFont(), weak,
-             translatedSentence(row.facts));
+             translatedSentence(row.facts), Qt::ElideRight); // a camera counts at the beginning
     }
     if (option.state.testFlag(QStyle::State_HasFocus)) {
         painter->setRenderHint(QPainter::Antialiasing, false);

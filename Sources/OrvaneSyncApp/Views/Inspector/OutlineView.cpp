@@ -84,6 +84,7 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
         showCounts();
         // A list that was laid out anew has forgotten what was marked in it.
         if (change.isLayoutChanged && selected_) select(*selected_);
+        if (change.isLayoutChanged && whenListChanged) whenListChanged();
     });
     showCounts();
 }

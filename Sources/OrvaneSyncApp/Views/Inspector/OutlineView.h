@@ -29,6 +29,11 @@ class OutlineView : public QWidget {
     void select(const UUID& groupID);
     /// As `OutlineModel::neighbour`: for the keys that go from clip to clip.
     std::optional<UUID> neighbour(const UUID& of, int step) const { return rows_.neighbour(of, step); }
+    std::optional<OutlineModel::PlaceInList> placeInList(const UUID& groupID) const {
+        return rows_.placeInList(groupID);
+    }
+    /// Called when other clips are listed, or in another order.
+    std::function<void()> whenListChanged;
     /// The user wants to see all cameras of a take.
     std::function<void(std::vector<UUID>)> openTake;
 

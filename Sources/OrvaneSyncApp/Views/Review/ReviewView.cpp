@@ -6,6 +6,7 @@
 #include "OrvaneSyncApp/Views/Review/KeyOverlay.h"
 #include "OrvaneSyncApp/Views/Review/PictureView.h"
 #include "OrvaneSyncApp/Views/Review/SiblingBanner.h"
+#include "OrvaneSyncApp/Views/Review/StepsBar.h"
 #include "OrvaneSyncApp/Views/Timeline/TimelineView.h"
 
 #include <QHBoxLayout>
@@ -35,6 +36,9 @@ ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<v
     auto* pictureColumn = new QVBoxLayout(upper);
     pictureColumn->setContentsMargins(0, 0, 0, 0);
     pictureColumn->setSpacing(0);
+    pictureColumn->addWidget(steps_ = new StepsBar(desktop, actions, [this](const UUID& clip) {
+                                 return outline_->placeInList(clip);
+                             }));
     pictureColumn->addWidget(new SiblingBanner(desktop, review));
     pictureColumn->addWidget(picture_ = new PictureView(desktop, review, actions), 1);
     rows_->addWidget(upper);
@@ -57,6 +61,9 @@ ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<v
     setAccessibleName(tr("Review"));
     keys_ = new KeyOverlay(desktop, review, this);
     keys_->neighbour = [this](const UUID& of, int step) { return outline_->neighbour(of, step); };
+    steps_->showKeys = [this] { keys_->open(); };
+    outline_->whenListChanged = [this] { steps_->refresh(); };
+    ofReview_ = review->onChange([this] { steps_->refresh(); });
     outline_->openTake = [this](std::vector<UUID> cameras) {
         if (openTake) openTake(cameras);
     };

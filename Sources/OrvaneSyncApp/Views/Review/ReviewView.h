@@ -17,6 +17,7 @@ class KeyOverlay;
 class OutlineView;
 class PictureView;
 class ReviewActions;
+class StepsBar;
 class TimelineView;
 
 /// The clip in view: the list of clips at the left, its picture over its timeline, at the right what is known
@@ -49,10 +50,12 @@ class ReviewView : public QWidget {
     QSplitter* columns_;
     QSplitter* rows_;
     OutlineView* outline_;
+    StepsBar* steps_;
     PictureView* picture_;
     TimelineView* timeline_;
     InspectorView* inspector_;
     KeyOverlay* keys_;
+    platform::Subscription ofReview_;
 };
 
 } // namespace orvane::views

@@ -15,7 +15,8 @@ namespace orvane::views {
 using namespace design;
 
 SiblingBanner::SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent)
-    : QFrame(parent), desktop_(desktop), review_(std::move(review)), text_(label(QString())) {
+    : QFrame(parent), desktop_(desktop), review_(std::move(review)), text_(label(QString())),
+      later_(review_->engine(), [this] { refresh(); }) {
     setObjectName(QStringLiteral("siblingBanner"));
     setProperty("banner", true);
     auto* row = new QHBoxLayout(this);
@@ -37,20 +38,13 @@ SiblingBanner::SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
     auto* key = new QShortcut(QKeySequence(QLatin1String(reviewKeys::applySuggestion)), this);
     connect(key, &QShortcut::activated, this, [this] { run("applySiblingSuggestion"); });
     observations_.push_back(desktop.controller().onChange([this](ImportField field) {
-        if (field == ImportField::syncGroups) scheduleRefresh();
+        if (field == ImportField::syncGroups) later_.schedule();
     }));
-    observations_.push_back(review_->onChange([this] { scheduleRefresh(); }));
+    observations_.push_back(review_->onChange([this] { later_.schedule(); }));
     refresh();
 }
 
-void SiblingBanner::scheduleRefresh() {
-    if (std::exchange(isScheduled_, true)) return;
-    QMetaObject::invokeMethod(
-        this, [this] { refresh(); }, Qt::QueuedConnection);
-}
-
 void SiblingBanner::refresh() {
-    isScheduled_ = false;
     const auto& id = review_->groupID();
     const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
     const auto suggestion =

@@ -2,6 +2,7 @@
 
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/Review/AfterPicture.h"
 
 #include <memory>
 #include <vector>
@@ -16,14 +17,13 @@ class SiblingBanner : public QFrame {
     QString text() const { return text_->text(); }
 
   private:
-    void scheduleRefresh();
     void refresh();
     void run(std::string_view id);
 
     Desktop& desktop_;
     const std::shared_ptr<ReviewViewModel> review_;
     QLabel* text_;
-    bool isScheduled_ = false;
+    AfterPicture later_;
     std::vector<platform::Subscription> observations_;
 };
 

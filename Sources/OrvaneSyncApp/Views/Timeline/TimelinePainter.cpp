@@ -161,7 +161,22 @@ class Painting {
         paintOnsets(top.top());
         if (!scene_.soundHint.isEmpty()) text(top.intersected(visible()), scene_.soundHint);
         paintTiles(row, std::nullopt);
+        paintBorder(row);
         if (rows_.anchorSeconds) mark(layout_.x(*rows_.anchorSeconds), top.top(), row.y + row.height);
+    }
+
+    /// Over what lies in the container.
+    void paintBorder(const TimelineLayout::Row& row) {
+        const QRectF place = containerRect(row);
+        if (place.isEmpty()) return;
+        painter_.setPen(QPen(scene_.dragText.isEmpty() ? colours().line : colours().focus, 1));
+        painter_.setBrush(Qt::NoBrush);
+        painter_.drawRect(place.adjusted(0.5, 0.5, -0.5, -0.5));
+    }
+
+    /// As far as it is in view, with its edges.
+    QRectF containerRect(const TimelineLayout::Row& row) const {
+        return rect(layout_.soundRect(row)).intersected(visible().adjusted(-4, 0, 4, 0));
     }
 
     /// Those side by side in one piece.
@@ -195,16 +210,12 @@ class Painting {
     }
 
     void container(const TimelineLayout::Row& row) {
-        const QRectF place = rect(layout_.soundRect(row)).intersected(visible().adjusted(-4, 0, 4, 0));
+        const QRectF place = containerRect(row);
         if (place.isEmpty()) return;
         const WaveformTileKey key = tileKey(row);
         QRectF tiles = rect(layout_.waveformRect(row)).intersected(dirty_);
         tiles.setHeight(key.height / scene_.pixelRatio);
         fillAround(place, hasWaveform() ? tiles : QRectF(), QColor(key.ground));
-        if (row.kind != TimelineLayout::RowKind::sound) return;
-        painter_.setPen(QPen(scene_.dragText.isEmpty() ? colours().line : colours().focus, 1));
-        painter_.setBrush(Qt::NoBrush);
-        painter_.drawRect(place.adjusted(0.5, 0.5, -0.5, -0.5));
     }
 
     bool hasWaveform() const {

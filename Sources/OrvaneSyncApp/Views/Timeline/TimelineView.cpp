@@ -53,7 +53,7 @@ class ElidedFacts : public QLabel {
 
 TimelineView::TimelineView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent)
     : QWidget(parent), desktop_(desktop), review_(std::move(review)), pages_(new QStackedLayout(this)),
-      playing_(new QTimer(this)) {
+      playing_(new QTimer(this)), later_(review_->engine(), [this] { refresh(); }) {
     setObjectName(QStringLiteral("timeline"));
     pages_->addWidget(
         new EmptyState(Glyph::waveform, tr("No clip in view"), tr("Choose one in the list of clips.")));
@@ -167,13 +167,10 @@ void TimelineView::follow() {
 
 void TimelineView::changed(bool rows) {
     areRowsStale_ |= rows;
-    if (std::exchange(isRefreshScheduled_, true)) return;
-    QMetaObject::invokeMethod(
-        this, [this] { refresh(); }, Qt::QueuedConnection);
+    later_.schedule();
 }
 
 void TimelineView::refresh() {
-    isRefreshScheduled_ = false;
     const auto& groupID = review_->groupID();
     const SyncGroup* clip = groupID ? desktop_.controller().work().syncGroups().find(*groupID) : nullptr;
     if (clip == nullptr) {

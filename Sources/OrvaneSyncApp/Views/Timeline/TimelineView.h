@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/Review/AfterPicture.h"
 
 #include <QWidget>
 
@@ -36,7 +37,7 @@ class TimelineView : public QWidget {
     QWidget* makeTools();
     QWidget* makeRows();
     void follow();
-    /// What changed is shown in the next turn of the loop, once. `rows`: not the zoom alone.
+    /// What changed is shown soon, once. `rows`: not the zoom alone.
     void changed(bool rows);
     void refresh();
     void buildRows(const SyncGroup& clip);
@@ -62,7 +63,7 @@ class TimelineView : public QWidget {
     std::shared_ptr<const TimelineRows> rows_;
     std::optional<UUID> shown_;
     bool areRowsStale_ = true;
-    bool isRefreshScheduled_ = false;
+    AfterPicture later_;
     bool hasSoundBeenLoaded_ = false; ///< of the clip in view, whatever came of it
     std::vector<platform::Subscription> following_;
 };

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Naming/ClipNames.h"
 
 #include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
 
@@ -87,6 +88,29 @@ std::vector<std::string> of(const SyncGroupList& groups, GroupNaming::Source sou
     }
     for (auto& [place, text] : toldApart) names[place] = std::move(text);
     return names;
+}
+
+bool areNamedAlike(const SyncGroup& before, const SyncGroup& now) {
+    // Marks, and where and how its sound lies.
+    SyncGroup other = now;
+    other.isApproved = before.isApproved;
+    other.isExcludedFromExport = before.isExcludedFromExport;
+    other.isLocked = before.isLocked;
+    other.lockedAtAudioAnchor = before.lockedAtAudioAnchor;
+    other.lockedAtPictureAnchor = before.lockedAtPictureAnchor;
+    other.lockedAtManualOffset = before.lockedAtManualOffset;
+    other.manualAudioOffsetSeconds = before.manualAudioOffsetSeconds;
+    other.audioAnchorOffsetInAudioSeconds = before.audioAnchorOffsetInAudioSeconds;
+    other.pictureClapAnchorSeconds = before.pictureClapAnchorSeconds;
+    other.syncMethod = before.syncMethod;
+    other.algorithmExcludedTracks = before.algorithmExcludedTracks;
+    other.manualActiveTracks = before.manualActiveTracks;
+    other.tracksManuallyEdited = before.tracksManuallyEdited;
+    other.manualBlockOverrides = before.manualBlockOverrides;
+    other.masterGainDB = before.masterGainDB;
+    other.masterGainAuto = before.masterGainAuto;
+    other.measuredLUFS = before.measuredLUFS;
+    return saySame(before, other);
 }
 
 std::vector<std::string> cameraFolders(const std::vector<const SyncGroup*>& clips) {

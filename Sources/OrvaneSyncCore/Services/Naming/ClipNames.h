@@ -18,6 +18,10 @@ namespace ClipNames {
 std::vector<std::string> of(const SyncGroupList& groups, GroupNaming::Source source,
                             const std::optional<std::string>& customPattern, std::string_view separator);
 
+/// Whether nothing by which clips are named tells both states of a clip apart. Where that is not known,
+/// false.
+bool areNamedAlike(const SyncGroup& before, const SyncGroup& now);
+
 /// For each of some clips of one name the folder of its camera; all empty unless they are of two cameras:
 /// files of one name in different folders, or of different folders and rolling at the same moment. A camera
 /// that stopped and went on within a take is one.

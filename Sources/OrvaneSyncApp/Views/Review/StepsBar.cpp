@@ -1,0 +1,85 @@
+#include "OrvaneSyncApp/Views/Review/StepsBar.h"
+
+#include "OrvaneSyncApp/Views/Review/KeyEvents.h"
+#include "OrvaneSyncApp/Views/Review/ReviewActions.h"
+#include "OrvaneSyncApp/Views/Translation.h"
+
+#include <QAction>
+#include <QHBoxLayout>
+
+#include <utility>
+
+namespace orvane::views {
+
+using namespace design;
+
+StepsBar::StepsBar(Desktop& desktop, ReviewActions& actions, PlaceOf placeOf, QWidget* parent)
+    : QWidget(parent), desktop_(desktop), actions_(actions), placeOf_(std::move(placeOf)) {
+    setObjectName(QStringLiteral("steps"));
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(space::small, space::tight, space::small, space::tight);
+    row->setSpacing(space::tight);
+    row->addWidget(place_ = facts({}));
+    place_->setWordWrap(false);
+    place_->setToolTip(tr("The clip's place in the list at the left"));
+    row->addStretch(1);
+    QLabel* nudge = facts(tr("Nudge sound"));
+    nudge->setWordWrap(false);
+    row->addWidget(nudge);
+    row->addWidget(add(KeyAction::nudgeCommaMinus, tr("−1 f")));
+    row->addWidget(add(KeyAction::nudgePeriodPlus, tr("+1 f")));
+    row->addSpacing(space::small);
+    row->addWidget(lock_ = add(KeyAction::lockCurrent, tr("Lock")));
+    lock_->setIcon(icon(Glyph::lock));
+    lock_->setCheckable(true);
+    row->addWidget(next_ = add(KeyAction::nextGroup, tr("Next")));
+    QPushButton* all = button(QStringLiteral("?"), Weight::quiet);
+    all->setAccessibleName(tr("All keys"));
+    all->setToolTip(tr("What each key does here and now."));
+    all->setFocusPolicy(Qt::TabFocus);
+    connect(all, &QPushButton::clicked, this, [this] { showKeys(); });
+    row->addWidget(all);
+    bindings_ = desktop_.players().shortcuts()->onChange([this](ShortcutField field) {
+        if (field == ShortcutField::bindings) showTexts();
+    });
+    ofWork_ = desktop_.controller().onChange([this](ImportField field) {
+        if (field == ImportField::syncGroups) refresh();
+    });
+    showTexts();
+    refresh();
+}
+
+QPushButton* StepsBar::add(KeyAction action, const QString& text) {
+    QPushButton* made = button(text);
+    made->setFocusPolicy(Qt::TabFocus);
+    made->setAccessibleName(translated(label(action)));
+    connect(made, &QPushButton::clicked, this, [this, action] {
+        actions_.action(action)->trigger();
+        refresh(); // a click has changed the button by itself
+    });
+    steps_.push_back({action, made, text});
+    return made;
+}
+
+void StepsBar::showTexts() {
+    const ShortcutBindings& bindings = desktop_.players().shortcuts()->bindings();
+    for (const Step& step : steps_) {
+        const auto found = bindings.find(step.action);
+        const QString key = found == bindings.end() ? QString() : shownKey(found->second);
+        step.button->setText(key.isEmpty() ? step.text : tr("%1   %2").arg(step.text, key));
+        step.button->setToolTip(translated(helpText(step.action)));
+    }
+}
+
+void StepsBar::refresh() {
+    const auto& id = desktop_.players().review()->groupID();
+    const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
+    const auto place = clip == nullptr ? std::nullopt : placeOf_(*id);
+    place_->setText(place ? tr("%1 of %2").arg(place->number).arg(place->all) : QString());
+    for (const Step& step : steps_)
+        step.button->setEnabled(clip != nullptr && (step.button == lock_ || !clip->isMOS()));
+    lock_->setChecked(clip != nullptr && clip->isLocked);
+    next_->setEnabled(clip != nullptr && (!place || place->number < place->all));
+}
+
+} // namespace orvane::views

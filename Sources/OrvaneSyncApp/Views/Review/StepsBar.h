@@ -1,0 +1,49 @@
+#pragma once
+
+#include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/ViewModels/Inspector/OutlineModel.h"
+#include "OrvaneSyncApp/Views/Desktop.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+class QLabel;
+
+namespace orvane::views {
+
+class ReviewActions;
+
+/// Where one is among the clips, and the steps that every clip takes, each with its key: nudge, lock, next.
+class StepsBar : public QWidget {
+  public:
+    using PlaceOf = std::function<std::optional<OutlineModel::PlaceInList>(const UUID&)>;
+    StepsBar(Desktop& desktop, ReviewActions& actions, PlaceOf placeOf, QWidget* parent = nullptr);
+
+    /// The clip, or what lies around it in the list, has changed.
+    void refresh();
+    std::function<void()> showKeys;
+
+  private:
+    QPushButton* add(KeyAction action, const QString& text);
+    void showTexts();
+
+    struct Step {
+        KeyAction action;
+        QPushButton* button;
+        QString text;
+    };
+
+    Desktop& desktop_;
+    ReviewActions& actions_;
+    const PlaceOf placeOf_;
+    QLabel* place_;
+    std::vector<Step> steps_;
+    QPushButton* lock_ = nullptr;
+    QPushButton* next_ = nullptr;
+    platform::Subscription bindings_, ofWork_;
+};
+
+} // namespace orvane::views

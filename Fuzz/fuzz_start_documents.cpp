@@ -28,7 +28,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     for (const double rate : {23.976, 25.0, 59.94}) check(startTimecodeFromXML(text, rate));
     check(startTimecodeFromXML(text, std::nullopt));
-    check(startTimecodeFromLog(text, "A001"));
+    const ClipLog log = ClipLog::read(text);
+    check(log.ofClip("A001"));
+    check(log.ofOnlyRow());
     auto file = platform::RandomAccessFile::overBytes(std::as_bytes(std::span(data, size)));
     for (const std::string& document : platform::readEmbeddedXML(file)) {
         if (document.size() > size) std::abort();

@@ -1,6 +1,7 @@
 #include "FrameCheck/FrameCheck.h"
 
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+#include "OrvaneSyncCore/Services/Ingest/StartSources.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Timecode/ExactRate.h"
 
@@ -42,9 +43,10 @@ class Maker {
         const auto all = timecodeRate::all();
         const TimecodeFrameRate counted = all.at(static_cast<std::size_t>(below(std::ssize(all))));
         const Fraction rate = timecodeRate::rate(counted);
-        Fraction shown = rate;
-        const Fraction twice(rate.numerator() * 2, rate.denominator());
-        if (below(4) == 0 && timecodeRate::from(twice, false)) shown = twice;
+        const auto others = picturesUnder(rate);
+        const Fraction shown = below(2) == 0 || others.empty()
+                                   ? rate
+                                   : others.at(static_cast<std::size_t>(below(std::ssize(others))));
         MediaAsset video(FileURL{"/media/" + name}, AssetKind::video);
         const std::int64_t first =
             aroundSeconds > 0
@@ -55,7 +57,10 @@ class Maker {
         video.timecodeFrameRate = counted;
         video.durationSeconds = frames(1 + below(std::llround(600 * shown.doubleValue())), shown).toDouble();
         video.frameRate = spelled(shown.doubleValue());
-        if (below(2) == 0) video.projectFrameRate = spelled(shown.doubleValue());
+        if (below(2) == 0) {
+            video.projectFrameRate = spelled(rate.doubleValue());
+            StartSources::countPictures(video, false);
+        }
         return video;
     }
 
@@ -106,6 +111,20 @@ class Maker {
     }
 
   private:
+    /// The rates of timecode at which pictures come under a timecode of another: twice it, and 0.1 % beside
+    /// either.
+    static std::vector<Fraction> picturesUnder(const Fraction& counted) {
+        constexpr double beside = 0.0015;
+        std::vector<Fraction> rates;
+        for (const TimecodeFrameRate one : timecodeRate::all()) {
+            const Fraction rate = timecodeRate::rate(one);
+            const double factor = rate.doubleValue() / counted.doubleValue();
+            if (rate != counted && (std::abs(factor - 1) < beside || std::abs(factor / 2 - 1) < beside))
+                rates.push_back(rate);
+        }
+        return rates;
+    }
+
     /// As files and people write the rate.
     double spelled(double rate) {
         const std::int64_t form = below(4);

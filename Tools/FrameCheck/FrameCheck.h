@@ -16,9 +16,9 @@ struct Report {
 };
 
 /// Exports that many clips at all 23 rates of timecode, nudged and not, alone and as angles of multicam
-/// clips, with timecodes that count each frame or each second one, and rates in the forms that files and
-/// people give them. Every time of the documents is compared with what exact fractions of the same counts of
-/// frames and samples give.
+/// clips, with timecodes that count each frame or each second one, exactly or 0.1 % beside, and rates in the
+/// forms that files and people give them. Every time of the documents is compared with what exact fractions
+/// of the same counts of frames and samples give.
 Report checkRandomClips(std::size_t count, unsigned seed);
 
 /// The same for pictures as they were probed, each with several random recordings.

@@ -92,13 +92,20 @@ TEST_F(Probe, offspeed) {
     const auto picture = [](std::uint32_t timescale, std::uint32_t step) {
         return MovieMaker().video({.timescale = timescale, .frameDuration = step});
     };
-    const std::tuple<std::uint32_t, std::uint32_t, test::TimecodeSpec> halfRates[] = {
-        {50, 1, {25, 1, 0}}, {60000, 1001, {30000, 1001, 0}}, {60, 1, {30, 1, 0}}, {60000, 1001, {30, 1, 0}}};
-    for (const auto& [rate, step, counter] : halfRates) {
-        const MediaAsset asset = probed(picture(rate, step).timecode(counter), "half.mov");
-        EXPECT_NEAR(asset.projectFrameRate.value_or(0), double(rate) / step, 1e-9) << "half-rate timecode";
+    const std::tuple<std::uint32_t, std::uint32_t, test::TimecodeSpec> sameSpeed[] = {
+        {50, 1, {25, 1, 0}},       {60000, 1001, {30000, 1001, 0}}, {60, 1, {30, 1, 0}},
+        {60000, 1001, {30, 1, 0}}, {48, 1, {24000, 1001, 0}},       {24, 1, {24000, 1001, 0}},
+        {24000, 1001, {24, 1, 0}}, {30, 1, {30000, 1001, 0}}};
+    for (const auto& [rate, step, counter] : sameSpeed) {
+        const MediaAsset asset = probed(picture(rate, step).timecode(counter), "counted.mov");
+        EXPECT_NEAR(asset.projectFrameRate.value_or(0), double(rate) / step, 1e-9) << "the picture's rate";
+        EXPECT_NEAR(timecodeRate::rate(asset.timecodeFrameRate.value()).doubleValue(),
+                    double(counter.timescale) / counter.frameDuration, 1e-9)
+            << "labels count at their own";
         EXPECT_FALSE(asset.isOffspeed() || asset.offspeedConfidence);
     }
+    check("a pace that is none of timecode's", picture(6389, 256).timecode({25, 1, 0}), 6389.0 / 256, 25.0,
+          {});
     EXPECT_EQ(probed(with("projectFPS", "23.976"), "ntsc.mov").projectFrameRate, 24000.0 / 1001);
     check("as text, over the timecode track",
           with("com.acme.CaptureFrameRate", "50", "masterFPS", "+25.0").timecode({25, 1, 0}), 50.0, 25.0,

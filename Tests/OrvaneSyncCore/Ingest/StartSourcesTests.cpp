@@ -141,6 +141,10 @@ TEST_F(Starts, filesBesideAClip) {
     folder.write("C002.MOV.xmp", xmp(xmpTimecode("startTimecode", "25Timecode", "03:00:00:00")));
     folder.write("D001.ale", log);
     folder.write("E001.xml", "<broken");
+    folder.write("A001R2EC_AVID.ALE",
+                 "Heading\nFIELD_DELIM\tTABS\nFPS\t24\n\nColumn\nName\tSource File\tStart\n\n"
+                 "Data\nA001C001_110101_R2EC\t\t06:00:00:00\n"
+                 "12A-3\tA001C002_110101_R2EC.mov\t07:00:00:23\n");
     struct Case {
         const char *name, *start, *sideFile;
     };
@@ -148,7 +152,9 @@ TEST_F(Starts, filesBesideAClip) {
          {Case{"c001.MP4", "02:00:00:00 fps25", "C001M01.XML"},
           Case{"C002.mov", "03:00:00:00 fps25", "C002.MOV.xmp"},
           Case{"D001.mov", "04:00:00:00 fps25", "D001.ale"}, Case{"E001.mov", "none", ""},
-          Case{"C001X.mov", "none", ""}}) {
+          Case{"A001C001_110101_R2EC.mov", "06:00:00:00 fps24", "A001R2EC_AVID.ALE"},
+          Case{"A001C002_110101_R2EC.mov", "07:00:00:23 fps24", "A001R2EC_AVID.ALE"},
+          Case{"A001C003_110101_R2EC.mov", "none", ""}, Case{"C001X.mov", "none", ""}}) {
         folder.write(name, camera().bytes());
         EXPECT_EQ(probed(name), start) << name;
         EXPECT_EQ(asset.timecodeSideFile.value_or(""), sideFile) << name;

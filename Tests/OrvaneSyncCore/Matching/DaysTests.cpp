@@ -97,9 +97,18 @@ TEST(Days, MeetByTheirRule) {
     header.headerDate = dateFromISO8601("2024-05-18T00:00:01Z");
     const std::vector<MediaAsset> nights{late, audio("T_240516.wav", "23:59:56:00"),
                                          audio("T_240517.wav", "00:00:10:00"), audio("T.wav", "00:00:15:00")};
-    EXPECT_EQ(offsets({}, {header}, nights), (Offsets{-6, 14})) << "other nights by the day of the header";
-    EXPECT_EQ(offsets({}, {header}, {nights[2]}), Offsets{9}) << "nothing of its day";
-    EXPECT_EQ(offsets({.days = same}, {header}, nights), Offsets{14}) << "the header's day is the clip's";
+    for (const MatchingDays days : {automatic, same}) {
+        EXPECT_EQ(offsets({.days = days}, {header}, nights), (Offsets{-6, 14, -5, 9}))
+            << "other nights than that of the header come last";
+        const auto statusOf = [&](const std::vector<MediaAsset>& sounds) {
+            return SyncEngine().match({header}, sounds, {.days = days}).front().matchStatus;
+        };
+        EXPECT_EQ(statusOf(nights), MatchStatus::matched()) << "and are no rivals";
+        const std::vector<MediaAsset> rivals{nights[1], audio("T_240518.wav", "00:00:21:00")};
+        EXPECT_EQ(offsets({.days = days}, {header}, rivals), (Offsets{-5, 20})) << "much more in common";
+        EXPECT_EQ(statusOf(rivals), MatchStatus::ambiguous(2));
+        EXPECT_EQ(offsets({.days = days}, {header}, {nights[2]}), Offsets{9}) << "nothing of its day";
+    }
     header.headerDate = dateFromISO8601("2024-05-18T08:00:01Z");
     EXPECT_EQ(offsets({}, {header}, nights).size(), 4U) << "the header counts another zone";
 }
@@ -148,13 +157,12 @@ TEST(Days, DatesOfACardMayCountAnotherZone) {
     film("A4.mov", "16:30:05:00", "2024-05-19T00:30:07Z", "T4_240518.wav");
     SyncGroupList card;
     for (const SyncGroup& group : SyncEngine().match(clips, takes, MatchRules())) {
-        EXPECT_EQ(group.audioMatches.size(), 1U) << "none of the other day";
-        EXPECT_EQ(group.primaryAudio()->filename[1], group.video.filename[1]);
+        EXPECT_EQ(group.matchStatus, MatchStatus::matched());
+        EXPECT_EQ(group.primaryAudio()->filename[1], group.video.filename[1]) << "not that of the other day";
         card.append(group);
     }
     const auto anew = SyncEngine().match({clips[0]}, takes, MatchRules(), {}, &card);
     EXPECT_EQ(anew.front().primaryAudio()->filename, "T1_240517.wav") << "the whole card shows the zone";
-    EXPECT_EQ(anew.front().audioMatches.size(), 1U);
 }
 
 TEST(Days, PartsOfARecordingPassMidnight) {

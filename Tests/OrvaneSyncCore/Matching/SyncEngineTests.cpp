@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 
+#include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 #include "Support/Assets.h"
 #include "Support/RandomSeed.h"
 #include "Support/TemporaryDirectory.h"
@@ -186,6 +187,53 @@ TEST(SyncEngine, keepsTheOrderOfEquals) {
     EXPECT_TRUE(engine.match({}, audios).empty());
 }
 
+/// A minute of picture, over which one recorder filled several files and another one wrote its own.
+TEST(SyncEngine, aRecordingInPartsCountsAsOne) {
+    const auto by = [](const char* recorder, MediaAsset file) {
+        file.bextOriginator = recorder;
+        return file;
+    };
+    const std::vector<MediaAsset> parts{by("A", audio("T_1.wav", "10:00:00:00", 20)),
+                                        by("A", audio("T_2.wav", "10:00:20:00", 15)),
+                                        by("A", audio("T_3.wav", "10:00:35:00", 25))};
+    using Names = std::vector<std::string>;
+    const auto list = [](const SyncGroup& group) {
+        Names all = names(group.audioMatches);
+        all.push_back(group.matchStatus.label());
+        return all;
+    };
+    struct Case {
+        const char* name;
+        std::vector<MediaAsset> others;
+        MatchStatus status;
+        Names names;
+    };
+    const std::vector<Case> cases{
+        {"a single file that is longer than each part",
+         {by("B", audio("B.wav", "10:00:05:00", 50))},
+         MatchStatus::matched(),
+         {"T_3.wav", "T_1.wav", "T_2.wav", "B.wav"}},
+        {"one that covers all, of a later name",
+         {by("B", audio("U.wav"))},
+         MatchStatus::matched(),
+         {"T_3.wav", "T_1.wav", "T_2.wav", "U.wav"}},
+        {"less than half of the take",
+         {by("B", audio("B.wav", "10:00:05:00", 25))},
+         MatchStatus::ambiguous(4),
+         {"T_3.wav", "T_1.wav", "T_2.wav", "B.wav"}},
+        {"two others that are one",
+         {by("B", audio("B_1.wav", "10:00:00:00", 20)), by("B", audio("B_2.wav", "10:00:20:00", 35))},
+         MatchStatus::matched(),
+         {"T_3.wav", "T_1.wav", "T_2.wav", "B_2.wav", "B_1.wav"}},
+        {"nothing else", {}, MatchStatus::splitRecording(3), {"T_3.wav", "T_1.wav", "T_2.wav"}},
+    };
+    for (Case one : cases) {
+        one.others.insert(one.others.begin(), parts.begin(), parts.end());
+        one.names.push_back(one.status.label());
+        EXPECT_EQ(list(matched(video("A.mov"), one.others)), one.names) << one.name;
+    }
+}
+
 TEST(SyncEngine, readsThePartsOfARecordingAtOneRate) {
     MediaAsset unrated = audio("x.wav", "10:00:00:00");
     unrated.frameRate.reset();
@@ -246,7 +294,6 @@ TEST(SyncEngine, holdsItsPromisesForACrowd) {
     std::set<UUID> ids;
     for (const SyncGroup& group : engine.match(videos, audios)) {
         EXPECT_TRUE(ids.insert(group.id).second);
-        double best = std::numeric_limits<double>::infinity();
         const auto range = SyncEngine::tcRange(group.video);
         std::size_t partners = 0;
         for (const MediaAsset& recording : audios) {
@@ -257,10 +304,15 @@ TEST(SyncEngine, holdsItsPromisesForACrowd) {
             if (range && other && near && SyncEngine::overlapDuration(*range, *other)) ++partners;
         }
         EXPECT_EQ(group.audioMatches.size(), partners) << group.video.filename;
+        std::vector<TakeMembership::Candidate> files;
+        for (const AudioMatch& match : group.audioMatches)
+            files.push_back({&*match.audio, *SyncEngine::tcRange(match.audio)});
+        double heard = 1e-6; // for the rounding of sums
+        for (const auto& member : TakeMembership::of(files).members)
+            if (member.lane == 0) heard += group.audioMatches[member.candidate].overlapDurationSeconds;
         for (const AudioMatch& match : group.audioMatches) {
             EXPECT_GT(match.overlapDurationSeconds, 0);
-            EXPECT_LE(match.overlapDurationSeconds, best);
-            best = match.overlapDurationSeconds;
+            EXPECT_LE(match.overlapDurationSeconds, heard) << "the take that is heard covers most";
             EXPECT_EQ(range->startSeconds + match.syncOffsetSeconds,
                       SyncEngine::tcRange(match.audio)->startSeconds);
         }

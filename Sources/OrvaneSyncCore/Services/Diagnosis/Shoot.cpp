@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 
+#include "OrvaneSyncCore/Services/Matching/RecordingIndex.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Stop.h"
@@ -30,16 +31,36 @@ std::vector<Card> cards(const Items& items, const Describe& describe) {
 
 using CardKey = std::optional<std::pair<std::string_view, std::optional<long>>>;
 
+/// The most that one channel of the take has in common with the clip, all of its parts together.
+double heardSeconds(const SyncGroup& group, const Take& take) {
+    std::map<int, double> byChannel;
+    for (const TakeFile& file : take.files)
+        if (isHeard(file.role))
+            byChannel[file.firstChannel] += group.audioMatches[file.matchIndex].overlapDurationSeconds;
+    double most = 0;
+    for (const auto& [channel, seconds] : byChannel) most = std::max(most, seconds);
+    return most;
+}
+
 /// Locked, left out, or settled by one of its recordings: the others were taken off, or it was put in front
-/// of one with more in common. Clips that were settled all at once by what they list first are no such.
-bool isDecidedAlone(const SyncGroup& group) {
+/// of one with more in common that matching would list first. Clips that were settled all at once by what
+/// they list first are no such.
+template <class IsOfOtherDay>
+bool isDecidedAlone(const SyncGroup& group, const IsOfOtherDay& isOfOtherDay) {
     if (group.isLocked || group.isExcludedFromExport) return true;
     if (group.matchStatus.kind != MatchStatus::Kind::manual) return false;
     if (group.audioMatches.size() < 2) return true;
-    const auto best = std::ranges::max_element(group.audioMatches, {}, &AudioMatch::overlapDurationSeconds);
-    if (best->overlapDurationSeconds > group.audioMatches.front().overlapDurationSeconds) return true;
     const Take take = takeOf(group, assumedChannels);
-    return std::ranges::find(take.files, TakeRole::alternate, &TakeFile::role) == take.files.end();
+    constexpr double rounding = 1e-6; // of sums of parts
+    const double heard = heardSeconds(group, take) + rounding;
+    bool hasAlternate = false;
+    for (const TakeFile& file : take.files) {
+        if (file.role != TakeRole::alternate) continue;
+        hasAlternate = true;
+        const AudioMatch& match = group.audioMatches[file.matchIndex];
+        if (match.overlapDurationSeconds > heard && !isOfOtherDay(match)) return true;
+    }
+    return !hasAlternate;
 }
 
 } // namespace
@@ -74,7 +95,11 @@ Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input
     for (const SyncGroup& group : input.groups) {
         check();
         Clip clip{.group = &group, .place = places.of(group.video), .primary = std::nullopt};
-        clip.isDecided = isDecidedAlone(group);
+        clip.isDecided = isDecidedAlone(group, [&](const AudioMatch& match) {
+            const auto found = recordingByID.find(match.audio->id);
+            return clip.place && found != recordingByID.end() &&
+                   isOfOtherDay(*clip.place, recordings[found->second].place, match.syncOffsetSeconds);
+        });
         if (!group.audioMatches.empty())
             if (const auto found = recordingByID.find(group.audioMatches.front().audio->id);
                 found != recordingByID.end())

@@ -306,8 +306,7 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
         rateFromTimecodeTrack = StartSources::takeCounted(asset, *inspection.startTimecode);
     }
     const bool vendorConfirmed = takeVendorRates(asset, inspection.metadata);
-    if (!vendorConfirmed && OffspeedDetector::isHalfRate(asset.projectFrameRate, asset.frameRate))
-        asset.projectFrameRate = exactRateValue(*asset.frameRate);
+    StartSources::countPictures(asset, vendorConfirmed);
     if (kind == AssetKind::video)
         asset.offspeedConfidence = offspeedConfidence(asset, rateFromTimecodeTrack, vendorConfirmed);
     if (mayHoldBroadcastChunks(extension)) readBroadcastMetadata(asset, *file);

@@ -9,13 +9,16 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <stdexcept>
+#include <utility>
 
 namespace orvane {
 
 namespace {
 
 constexpr std::uint64_t longestFile = std::uint64_t{1} << 22U;
-constexpr std::array<std::string_view, 4> suffixes{"m01.xml", ".xml", ".ale", ".xmp"};
+constexpr std::string_view logSuffix = ".ale";
+constexpr std::array<std::string_view, 4> suffixes{"m01.xml", ".xml", logSuffix, ".xmp"};
 
 /// Names on a card are ASCII, and others are compared as they are.
 std::string lowercase(std::string_view name) {
@@ -30,32 +33,42 @@ std::string_view nameOf(std::string_view path) { return path.substr(path.rfind('
 std::string folderOf(const std::string& path) { return path.substr(0, path.size() - nameOf(path).size()); }
 std::string_view stemOf(std::string_view name) { return name.substr(0, name.rfind('.')); }
 
+std::optional<StartTimecode> startOf(const StatedTimecode::Label& label, std::optional<double> fps) {
+    constexpr double highestRate = 120;
+    if (!fps || !(*fps >= 1) || *fps > highestRate) return StatedTimecode::start(label, std::nullopt);
+    const int base = static_cast<int>(std::lround(*fps));
+    return StatedTimecode::start(label, StatedTimecode::rateOf(base, label.isDrop, fps));
+}
+
 } // namespace
 
-std::optional<StartTimecode> startTimecodeFromLog(std::string_view text, std::string_view stem) {
+ClipLog ClipLog::read(std::string_view text) {
+    ClipLog result;
     try {
         const ALEFile log = ALEParser().parse(text);
-        const std::string wanted = lowercase(stem);
+        const auto whole = log.heading().find("FPS");
         for (std::size_t row = 0; row < log.clipCount(); ++row) {
             const ALEClip clip = log.clip(row);
-            const std::string name = lowercase(platform::text::trimmed(clip.cell("Name").value_or("")));
-            if (log.clipCount() > 1 && name != wanted && stemOf(name) != wanted) continue;
             const auto label = StatedTimecode::labelIn(clip.cell("Start").value_or(""));
-            if (!label) return std::nullopt;
+            if (!label) continue;
             std::string_view fps = clip.cell("FPS").value_or("");
-            if (const auto whole = log.heading().find("FPS"); fps.empty() && whole != log.heading().end())
-                fps = whole->second;
-            const auto rate = platform::text::decimalNumber(platform::text::trimmed(fps));
-            constexpr double highestRate = 120;
-            if (!rate || !(*rate >= 1) || *rate > highestRate)
-                return StatedTimecode::start(*label, std::nullopt);
-            const int base = static_cast<int>(std::lround(*rate));
-            return StatedTimecode::start(*label, StatedTimecode::rateOf(base, label->isDrop, rate));
+            if (fps.empty() && whole != log.heading().end()) fps = whole->second;
+            const auto start = startOf(*label, platform::text::decimalNumber(platform::text::trimmed(fps)));
+            if (!start) continue;
+            if (log.clipCount() == 1) result.only_ = start;
+            for (const std::string_view column : {"Name", "Source File"})
+                if (const auto name = platform::text::trimmed(clip.cell(column).value_or("")); !name.empty())
+                    result.byName_.emplace(lowercase(stemOf(nameOf(name))), *start);
         }
     } catch (const ALEParserError&) {
         // No log.
     }
-    return std::nullopt;
+    return result;
+}
+
+std::optional<StartTimecode> ClipLog::ofClip(std::string_view stem) const {
+    const auto found = byName_.find(lowercase(stem));
+    return found == byName_.end() ? std::nullopt : std::optional(found->second);
 }
 
 std::shared_ptr<const SideFiles::Folder> SideFiles::folder(const std::string& path) {
@@ -72,7 +85,21 @@ std::shared_ptr<const SideFiles::Folder> SideFiles::folder(const std::string& pa
     return known;
 }
 
-std::vector<std::string> SideFiles::beside(const std::string& path) {
+/// Empty for what cannot be read.
+std::shared_ptr<const ClipLog> SideFiles::log(const std::string& path) {
+    const std::lock_guard lock(mutex_);
+    auto& known = logs_[path];
+    if (known) return known;
+    ClipLog read;
+    try {
+        read = ClipLog::read(ALEParser::decodeText(platform::files::readText(path, longestFile)));
+    } catch (const std::runtime_error&) { // the file, or its text
+    }
+    known = std::make_shared<const ClipLog>(std::move(read));
+    return known;
+}
+
+std::vector<std::string> SideFiles::withNameOf(const std::string& path) {
     const auto files = folder(folderOf(path));
     if (files->empty()) return {};
     const std::string name = lowercase(nameOf(path)), stem(stemOf(name));
@@ -85,22 +112,34 @@ std::vector<std::string> SideFiles::beside(const std::string& path) {
     return found;
 }
 
+std::optional<SideFiles::Stated> SideFiles::inLogOfRoll(const std::string& path) {
+    const std::string inFolder = folderOf(path);
+    const std::string_view stem = stemOf(nameOf(path));
+    for (const auto& [lower, name] : *folder(inFolder))
+        if (lower.ends_with(logSuffix))
+            if (auto start = log(inFolder + name)->ofClip(stem)) return Stated{*std::move(start), name};
+    return std::nullopt;
+}
+
+bool SideFiles::areBeside(const std::string& path) { return !withNameOf(path).empty() || inLogOfRoll(path); }
+
 std::optional<SideFiles::Stated> SideFiles::startTimecode(const std::string& path,
                                                           std::optional<double> pictureRate) {
-    for (std::string& name : beside(path)) {
-        try {
-            const std::string text = platform::files::readText(folderOf(path) + name, longestFile);
-            auto start = lowercase(name).ends_with(".ale")
-                             ? startTimecodeFromLog(ALEParser::decodeText(text), stemOf(nameOf(path)))
-                             : startTimecodeFromXML(text, pictureRate);
-            if (start) return Stated{std::move(*start), std::move(name)};
-        } catch (const platform::FileError&) {
-            // Another one may be readable.
-        } catch (const ALEParserError&) {
-            // As above.
+    for (std::string& name : withNameOf(path)) {
+        std::optional<StartTimecode> start;
+        if (lowercase(name).ends_with(logSuffix)) {
+            const auto own = log(folderOf(path) + name);
+            start = own->ofOnlyRow() ? own->ofOnlyRow() : own->ofClip(stemOf(nameOf(path)));
+        } else {
+            try {
+                start = startTimecodeFromXML(platform::files::readText(folderOf(path) + name, longestFile),
+                                             pictureRate);
+            } catch (const platform::FileError&) { // another one may be readable
+            }
         }
+        if (start) return Stated{*std::move(start), std::move(name)};
     }
-    return std::nullopt;
+    return inLogOfRoll(path);
 }
 
 } // namespace orvane

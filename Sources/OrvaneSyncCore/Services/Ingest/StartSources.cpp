@@ -4,8 +4,10 @@
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/EmbeddedXML.h"
 #include "Platform/Text.h"
+#include "Timecode/ExactRate.h"
 
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <utility>
 
@@ -37,6 +39,17 @@ bool takeCounted(MediaAsset& asset, const platform::CountedTimecode& counted) {
     asset.timecodeFrameRate = rate;
     asset.projectFrameRate = exact.doubleValue();
     return true;
+}
+
+void countPictures(MediaAsset& asset, bool isConfirmed) {
+    constexpr double sameSpeed = 0.002; // relative; 24 and 23.976 differ by half of it
+    const auto &stated = asset.projectFrameRate, &picture = asset.frameRate;
+    if (!stated || !picture || !(*stated > 0)) return;
+    // A rate that is none of timecode's is a mean, and its pictures come at no steady pace.
+    const bool countsEach =
+        std::abs(*picture / *stated - 1) <= sameSpeed && timecodeRate::nearest(*picture, false);
+    const bool countsEachSecond = !isConfirmed && OffspeedDetector::isHalfRate(stated, picture);
+    if (countsEach || countsEachSecond) asset.projectFrameRate = exactRateValue(*picture);
 }
 
 void readEmbedded(MediaAsset& asset, platform::RandomAccessFile& file) {

@@ -13,9 +13,13 @@ namespace orvane {
 /// probe: each is asked only where the ones in front of it state none. Any thread, one an asset.
 namespace StartSources {
 
-/// The count of a container: as a timecode track, its rate is the rate of the project. False, and
+/// The count of a container: as with a timecode track, its rate is the rate of the project. False, and
 /// nothing is taken, at a rate that is no timecode's: sound alone is often given a timecode of one a second.
 bool takeCounted(MediaAsset& asset, const platform::CountedTimecode& counted);
+/// Sets the project's rate to that of the picture where the one that is stated counts these very pictures:
+/// each of them, at a rate that differs by no more than 0.2 %, or each second one, unless the camera itself
+/// names it (`isConfirmed`). 24 frames a second under a timecode of 23.976 are 24.
+void countPictures(MediaAsset& asset, bool isConfirmed);
 /// What documents within the file say.
 void readEmbedded(MediaAsset& asset, platform::RandomAccessFile& file);
 /// What files beside the clip say.

@@ -39,12 +39,14 @@ calendar::Day calendarDay(long sinceEpoch) {
             static_cast<int>(static_cast<unsigned>(day.day()))};
 }
 
-std::string_view folderOf(const Recording& recording) {
-    const std::string& path = recording.asset->url.path;
-    return std::string_view(path).substr(0, path.rfind('/') + 1);
-}
-
 } // namespace
+
+bool isOfOtherDay(const FilePlace& clip, const FilePlace& sound, double offsetSeconds) {
+    if (clip.day || !clip.isHeaderClose || !sound.day) return false;
+    const double apart = static_cast<double>(*sound.day - *clip.headerDay) * secondsADay +
+                         sound.range.startSeconds - clip.range.startSeconds;
+    return std::abs(apart - offsetSeconds) >= 1;
+}
 
 void TimeOfDayIndex::append(const TCRange& clip, const std::vector<Recording>& recordings,
                             bool acrossMidnight, std::vector<Meeting>& meetings) const {
@@ -144,7 +146,9 @@ std::vector<Meeting> DayLine::of(const FilePlace& clip) const {
             std::ranges::stable_sort(meetings, {}, [&](const Meeting& meeting) {
                 return distance(meeting.recording, *clip.headerDay);
             });
-        leaveOtherDaysOut(clip, meetings);
+        for (Meeting& meeting : meetings)
+            meeting.isOfOtherDay =
+                isOfOtherDay(clip, recordings_[meeting.recording].place, meeting.offsetSeconds);
         return meetings;
     }
     std::vector<Hit> hits;
@@ -165,26 +169,6 @@ std::vector<Meeting> DayLine::of(const FilePlace& clip) const {
     return meetings;
 }
 
-void DayLine::leaveOtherDaysOut(const FilePlace& clip, std::vector<Meeting>& meetings) const {
-    if (const auto own = clip.knownDay(); own && sameDayOnly_)
-        std::erase_if(meetings, [&](const Meeting& meeting) {
-            return recordings_[meeting.recording].place.day.value_or(*own) != *own;
-        });
-    const auto best = std::ranges::max_element(meetings, {}, &Meeting::overlapSeconds); // the first of equals
-    if (!clip.isHeaderClose || best == meetings.end()) return;
-    const auto isOfDay = [&](const Meeting& meeting) {
-        const FilePlace& sound = recordings_[meeting.recording].place;
-        if (!sound.day) return false;
-        const double apart = static_cast<double>(*sound.day - *clip.headerDay) * secondsADay +
-                             sound.range.startSeconds - clip.range.startSeconds;
-        return std::abs(apart - meeting.offsetSeconds) < 1;
-    };
-    if (!isOfDay(*best)) return;
-    std::erase_if(meetings, [&](const Meeting& meeting) {
-        return recordings_[meeting.recording].place.day && !isOfDay(meeting);
-    });
-}
-
 int DayLine::distance(std::size_t recording, long headerDay) const {
     const auto day = recordings_[recording].place.day;
     return distanceOf(day.has_value(), day == headerDay, day && std::abs(*day - headerDay) <= 1);
@@ -195,12 +179,13 @@ WrongClocks::WrongClocks(const std::vector<Recording>& recordings, const std::ve
     std::unordered_map<std::string_view, std::map<long, bool>> cards; // by folder and day, whether one is met
     for (std::size_t i = 0; i < recordings.size(); ++i)
         if (const auto day = recordings[i].place.day) {
-            bool& isOneMet = cards[folderOf(recordings[i])][*day];
+            bool& isOneMet = cards[folderPath(*recordings[i].asset)][*day];
             isOneMet = isOneMet || isMet[i];
         }
     for (std::size_t i = 0; i < recordings.size(); ++i) {
         const auto day = recordings[i].place.day;
-        if (day && !cards[folderOf(recordings[i])][*day]) days_[*day].add(recordings[i].place.range, i);
+        if (day && !cards[folderPath(*recordings[i].asset)][*day])
+            days_[*day].add(recordings[i].place.range, i);
     }
     for (auto& [day, index] : days_) index.finish();
 }

@@ -15,8 +15,14 @@ namespace orvane {
 struct Meeting {
     std::size_t recording = 0;
     double overlapSeconds = 0;
-    double offsetSeconds = 0; ///< the recording's start minus the clip's
+    double offsetSeconds = 0;  ///< the recording's start minus the clip's
+    bool isOfOtherDay = false; ///< as the function of that name says
 };
+
+/// Whether a recording that is laid at that offset from a clip is of another day than the header which alone
+/// dates the clip. Only a header whose time of day is that of the timecode is believed; what lies across
+/// midnight is of the clip's day.
+bool isOfOtherDay(const FilePlace& clip, const FilePlace& sound, double offsetSeconds);
 
 /// Whatever the days: in the order of the recordings.
 class TimeOfDayIndex {
@@ -55,16 +61,13 @@ class NeighbouringDays {
 /// all by time of day, across midnight too. Reads the recordings that it was made of.
 class DayLine {
   public:
-    /// `sameDayOnly`: no clip whose day is known, by its header at least, meets a recording that began on
-    /// another day.
+    /// `sameDayOnly`: no dated clip meets a recording that began on another day.
     DayLine(const std::vector<Recording>& recordings, bool sameDayOnly);
 
-    /// As `NeighbouringDays::of`, but a video without a day whose best recording lies on the day of its
-    /// header meets no recordings of other days beside it.
+    /// As `NeighbouringDays::of`, and says which are of another day than the clip's header.
     std::vector<Meeting> of(const FilePlace& clip) const;
 
   private:
-    void leaveOtherDaysOut(const FilePlace& clip, std::vector<Meeting>& meetings) const;
     int distance(std::size_t recording, long headerDay) const;
 
     const std::vector<Recording>& recordings_;

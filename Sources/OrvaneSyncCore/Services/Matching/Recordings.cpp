@@ -7,7 +7,6 @@
 #include <chrono>
 #include <cmath>
 #include <limits>
-#include <string_view>
 #include <utility>
 
 namespace orvane {
@@ -50,11 +49,6 @@ std::optional<int> quartersAhead(double secondOfDay, double other) {
     return count == -halfADay ? halfADay : count;
 }
 
-std::string_view folderOf(const MediaAsset& asset) {
-    const std::string& path = asset.url.path;
-    return std::string_view(path).substr(0, path.rfind('/') + 1);
-}
-
 void giveDay(std::vector<FilePlace>& recordings, long given) {
     std::vector<FilePlace*> dated;
     for (FilePlace& place : recordings) {
@@ -76,6 +70,11 @@ void giveDay(std::vector<FilePlace>& recordings, long given) {
 }
 
 } // namespace
+
+std::string_view folderPath(const MediaAsset& asset) {
+    const std::string& path = asset.url.path;
+    return std::string_view(path).substr(0, path.rfind('/') + 1);
+}
 
 long dayNumber(Date date) {
     const auto local = calendar::fields(date);
@@ -146,15 +145,15 @@ void Places::learn(Source source, const MediaAsset& asset, double secondOfDay,
                    const SyncEngine::TCRange& range) {
     if (secondOfDay == 0) return;
     Dates& dates = dates_[static_cast<std::size_t>(source)];
-    auto card = dates.byFolder.find(folderOf(asset));
-    if (card == dates.byFolder.end()) card = dates.byFolder.emplace(folderOf(asset), CardDates()).first;
+    auto card = dates.byFolder.find(folderPath(asset));
+    if (card == dates.byFolder.end()) card = dates.byFolder.emplace(folderPath(asset), CardDates()).first;
     card->second.add(secondOfDay, range);
     dates.all.add(secondOfDay, range);
 }
 
 std::optional<int> Places::zoneOf(Source source, const MediaAsset& asset) const {
     const Dates& dates = dates_[static_cast<std::size_t>(source)];
-    const auto card = dates.byFolder.find(folderOf(asset));
+    const auto card = dates.byFolder.find(folderPath(asset));
     if (card == dates.byFolder.end()) return std::nullopt;
     // Of cameras that make a folder for each clip, all together are the card.
     return card->second.files < fewestOfAZone ? dates.all.zone() : card->second.zone();

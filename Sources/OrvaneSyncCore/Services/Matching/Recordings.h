@@ -11,6 +11,7 @@
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace orvane {
@@ -72,6 +73,8 @@ class Places {
     std::array<Dates, 3> dates_; ///< by source
 };
 
+/// The folder of a file, with the slash at its end; a view into the asset.
+std::string_view folderPath(const MediaAsset& asset);
 /// The day of a date in the user's calendar, days since 1970.
 long dayNumber(Date date);
 /// Its time of day in that calendar; 0 for a date without one.

@@ -1,17 +1,15 @@
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 
+#include "OrvaneSyncCore/Services/Matching/MeetingOrder.h"
 #include "OrvaneSyncCore/Services/Matching/RecordingIndex.h"
+#include "OrvaneSyncCore/Services/Matching/RecordingParts.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
-#include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
-#include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
 #include "Platform/Stop.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <cmath>
-#include <functional>
 #include <numeric>
 #include <utility>
 
@@ -20,10 +18,6 @@ namespace orvane {
 namespace {
 
 using TCRange = SyncEngine::TCRange;
-
-constexpr double defaultFrameRate = 24;
-// A match below this share of the best one's overlap makes the clip ambiguous.
-constexpr double ambiguityShare = 0.5;
 
 /// Asks the system for ids by the hundred.
 class Identities {
@@ -40,108 +34,17 @@ class Identities {
     std::vector<UUID> spare_;
 };
 
-/// A file of what may be a recording in parts.
-struct Part {
-    const Recording* file;
-    double shiftSeconds = 0; ///< whole days that bring it to the others
-};
-using Parts = std::vector<Part>;
-
-Parts partsOf(const std::vector<Recording>& recordings) {
-    Parts parts;
-    parts.reserve(recordings.size());
-    for (const Recording& recording : recordings) parts.push_back({&recording});
-    return parts;
-}
-
-/// Whichever file of a recording happens to state a rate, all are read at it: first the file with a count of
-/// samples, else the earliest text.
-double sharedRate(const Parts& parts) {
-    const auto counted = std::ranges::find_if(parts, [](const Part& part) { return part.file->isCounted; });
-    if (counted != parts.end() && counted->file->rate) return *counted->file->rate;
-
-    const Recording* earliest = nullptr;
-    const auto text = [](const Recording& part) { return part.asset->startTimecodeString.value_or(""); };
-    for (const auto& [part, shift] : parts)
-        if (part->rate && (earliest == nullptr || text(*part) < text(*earliest))) earliest = part;
-    return earliest != nullptr ? *earliest->rate : defaultFrameRate;
-}
-
-bool isOneRecording(const Parts& parts) {
-    const double rate = sharedRate(parts);
-    std::vector<std::pair<TCRange, const Recording*>> placed;
-    placed.reserve(parts.size());
-    for (const auto& [part, shift] : parts) {
-        auto range = part->placement.range(rate);
-        if (!range) return false;
-        range->startSeconds += shift;
-        range->endSeconds += shift;
-        placed.emplace_back(*range, part);
-    }
-    // Most recordings that meet one picture lie side by side, which their times tell alone.
-    std::ranges::stable_sort(placed, {}, [](const auto& one) { return one.first.startSeconds; });
-    for (std::size_t i = 1; i < placed.size(); ++i)
-        if (!SplitRecordingDetector::follows(placed[i - 1].first, placed[i].first)) return false;
-
-    std::vector<SplitRecordingDetector::Candidate> candidates;
-    candidates.reserve(placed.size());
-    for (const auto& [range, part] : placed) {
-        const auto& ixml = part->asset->ixmlData;
-        candidates.push_back({range, part->asset->bextOriginator, ixml ? ixml->tape : std::nullopt});
-    }
-    return SplitRecordingDetector::isContinuousChain(std::move(candidates));
-}
-
-/// Whether a recording beside the take of the best hit has so little in common with the clip that it may not
-/// belong there. The files of the take itself, and copies, whole or cut short, are not in question: the last
-/// part of a recording may be as short as it likes.
-bool isInDoubt(const std::vector<Meeting>& hits, const Parts& files) {
-    const double least = hits.front().overlapSeconds * ambiguityShare;
-    if (hits.back().overlapSeconds >= least) return false;
-    std::vector<TakeMembership::Candidate> candidates;
-    candidates.reserve(files.size());
-    for (const auto& [file, shift] : files)
-        candidates.push_back(
-            {&*file->asset, {file->place.range.startSeconds + shift, file->place.range.endSeconds + shift}});
-    const auto isCutShort = [&](std::size_t file) {
-        return std::ranges::any_of(candidates, [&](const auto& other) {
-            return TakeMembership::isCutShort(candidates[file], other);
-        });
-    };
-    return std::ranges::any_of(TakeMembership::of(candidates).alternates, [&](std::size_t alternate) {
-        return hits[alternate].overlapSeconds < least && !isCutShort(alternate);
-    });
-}
-
-/// The hits best first.
-MatchStatus status(const MediaAsset& video, const TCRange& range, const std::vector<Meeting>& hits,
-                   const std::vector<Recording>& recordings) {
-    if (hits.empty())
-        return FilenameUtils::isMOS(video.filename) ? MatchStatus::mos() : MatchStatus::unmatched();
-    if (hits.size() == 1) return MatchStatus::matched();
-
-    const int count = static_cast<int>(hits.size());
-    Parts parts;
-    parts.reserve(hits.size());
-    for (const Meeting& hit : hits) {
-        const Recording& recording = recordings[hit.recording];
-        const double apart = recording.place.range.startSeconds - range.startSeconds;
-        parts.push_back({&recording, std::round((hit.offsetSeconds - apart) / secondsADay) * secondsADay});
-    }
-    if (isOneRecording(parts)) return MatchStatus::splitRecording(count);
-    return isInDoubt(hits, parts) ? MatchStatus::ambiguous(count) : MatchStatus::matched();
-}
-
-/// The hits in the order of the candidates.
+/// What the video meets in the order of the candidates.
 SyncGroup group(const MediaAsset& video, const TCRange& range, std::vector<Meeting> hits,
                 const std::vector<Recording>& recordings, Identities& ids) {
-    std::ranges::stable_sort(hits, std::greater{}, &Meeting::overlapSeconds);
+    MatchStatus status = FilenameUtils::isMOS(video.filename) ? MatchStatus::mos() : MatchStatus::unmatched();
+    if (!hits.empty()) status = rankMeetings(range, hits, recordings);
     std::vector<AudioMatch> matches;
     matches.reserve(hits.size());
     for (const Meeting& hit : hits)
         matches.emplace_back(ids.next(), recordings[hit.recording].asset, hit.offsetSeconds,
                              hit.overlapSeconds);
-    SyncGroup result(ids.next(), video, std::move(matches), status(video, range, hits, recordings));
+    SyncGroup result(ids.next(), video, std::move(matches), status);
     // Timecode cannot align such a clip along its whole length.
     if (video.isOffspeed()) result.syncMethod = SyncMethod::clap;
     return result;
@@ -285,14 +188,18 @@ AudioMatch SyncEngine::matchByTimecode(const MediaAsset& video, const MediaAsset
 
 namespace {
 
-std::vector<Recording> recordingsOf(std::vector<Shared<MediaAsset>> assets) {
+std::vector<Recording> recordingsOf(const std::vector<Shared<MediaAsset>>& assets) {
     std::vector<Recording> recordings;
     recordings.reserve(assets.size());
-    for (auto& asset : assets) {
-        const AssetPlacement placement(*asset);
-        recordings.push_back({std::move(asset), {}, placement});
-    }
+    for (const auto& asset : assets) recordings.push_back({asset, {}, AssetPlacement(*asset)});
     return recordings;
+}
+
+RecordingParts partsOf(const std::vector<Recording>& recordings) {
+    RecordingParts parts;
+    parts.reserve(recordings.size());
+    for (const Recording& recording : recordings) parts.push_back({&recording});
+    return parts;
 }
 
 } // namespace
@@ -301,7 +208,7 @@ bool SyncEngine::isSplitRecording(const std::vector<AudioMatch>& matches) {
     std::vector<Shared<MediaAsset>> assets;
     assets.reserve(matches.size());
     for (const AudioMatch& match : matches) assets.push_back(match.audio);
-    const auto recordings = recordingsOf(std::move(assets));
+    const auto recordings = recordingsOf(assets);
     return isOneRecording(partsOf(recordings));
 }
 

@@ -27,9 +27,9 @@ class SyncEngine {
     /// recordings of its shoot day, of the day before and of the day after, all by time of day, and those
     /// without a day; a video without a day meets all of them. By the other rules a dated file lies at its
     /// time of day plus its day, as `MatchingDays` says; files without a day meet all by time of day, across
-    /// midnight too. Best overlap first; of equal ones of a video without a day those nearest to the day of
-    /// its header first. The zones of dates show in all clips of `shoot` where given, else in `videos`.
-    /// Throws Stopped, as the next.
+    /// midnight too. In the order of `rankMeetings`; of equal ones of a video without a day those nearest to
+    /// the day of its header first. The zones of dates show in all clips of `shoot` where given, else in
+    /// `videos`. Throws Stopped, as the next.
     SyncGroupList match(const std::vector<MediaAsset>& videos, const std::vector<MediaAsset>& audios,
                         const MatchRules& rules = MatchRules::neighbours(), const std::stop_token& stop = {},
                         const SyncGroupList* shoot = nullptr) const;

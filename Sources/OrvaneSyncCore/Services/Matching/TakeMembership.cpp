@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 
 #include "OrvaneSyncCore/Services/Matching/ChannelNames.h"
+#include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 #include "Platform/Text.h"
 
@@ -11,7 +12,6 @@
 #include <numeric>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <tuple>
 #include <utility>
 
@@ -25,11 +25,6 @@ using SplitRecordingDetector::areKnownToDiffer;
 
 constexpr double startToleranceSeconds = SplitRecordingDetector::contiguityToleranceSeconds;
 constexpr double sameStartSeconds = 0.001; // the same count of samples, whatever the arithmetic made of it
-
-std::string_view folderOf(const MediaAsset& file) {
-    const std::string_view path = file.url.path;
-    return path.substr(0, path.rfind('/') + 1);
-}
 
 template <class Value>
 bool differ(const std::optional<Value>& a, const std::optional<Value>& b) {
@@ -70,7 +65,7 @@ bool isOfOneTake(const MediaAsset& a, const MediaAsset& b) {
 }
 
 bool isCopy(const MediaAsset& a, const MediaAsset& b) {
-    if (folderOf(a) == folderOf(b) || differ(a.channelCount, b.channelCount) || !mayBeOfOneRecorder(a, b))
+    if (folderPath(a) == folderPath(b) || differ(a.channelCount, b.channelCount) || !mayBeOfOneRecorder(a, b))
         return false;
     if (a.fileSizeBytes && b.fileSizeBytes) return *a.fileSizeBytes == *b.fileSizeBytes;
     const auto samples = [](const MediaAsset& file) {
@@ -149,7 +144,7 @@ class Finder {
             if (same.size() < 2) continue;
             sortByPath(same);
             std::ranges::stable_sort(same, {}, [this](std::size_t i) {
-                return std::pair(i != 0, folderOf(asset(i)) != folderOf(asset(0)));
+                return std::pair(i != 0, folderPath(asset(i)) != folderPath(asset(0)));
             });
             Indices kept;
             for (const std::size_t i : same) {
@@ -171,7 +166,7 @@ class Finder {
                 isOfOneTake(asset(seed), asset(i)))
                 near.push_back(i);
         std::ranges::stable_partition(
-            near, [&](std::size_t i) { return folderOf(asset(i)) == folderOf(asset(seed)); });
+            near, [&](std::size_t i) { return folderPath(asset(i)) == folderPath(asset(seed)); });
         std::map<std::string, std::size_t> byName;
         for (const std::size_t i : near) {
             const auto [same, isNew] = byName.try_emplace(asset(i).normalizedName(), i);

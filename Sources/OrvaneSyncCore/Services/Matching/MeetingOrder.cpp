@@ -1,0 +1,208 @@
+#include "OrvaneSyncCore/Services/Matching/MeetingOrder.h"
+
+#include "OrvaneSyncCore/Services/Matching/RecordingParts.h"
+#include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
+#include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <numeric>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using TCRange = SyncEngine::TCRange;
+using Candidate = TakeMembership::Candidate;
+
+// A recording below this share of the best one's overlap is no rival to it, and makes the clip ambiguous.
+constexpr double ambiguityShare = 0.5;
+constexpr double adjoiningSeconds = SplitRecordingDetector::contiguityToleranceSeconds;
+
+/// What is ranked as one recording: the files of a take in parts, or a file by itself.
+struct Contender {
+    std::vector<std::size_t> files; ///< best first
+    double coveredSeconds = 0;      ///< of the clip
+    std::size_t first = 0;          ///< the place of its first file among what was met
+    bool isOfOtherDay = false;
+};
+
+/// The files that meet one clip, the one with the most in common first.
+struct Files {
+    std::vector<Meeting> meetings;
+    std::vector<std::size_t> met; ///< their places before they were put in order
+    std::vector<Candidate> candidates;
+    RecordingParts parts;
+};
+
+Files filesOf(const TCRange& clip, const std::vector<Meeting>& meetings,
+              const std::vector<Recording>& recordings) {
+    Files files;
+    const std::size_t count = meetings.size();
+    files.met.resize(count);
+    std::iota(files.met.begin(), files.met.end(), std::size_t{0});
+    std::ranges::stable_sort(files.met, std::greater{},
+                             [&](std::size_t i) { return meetings[i].overlapSeconds; });
+    files.meetings.reserve(count);
+    files.parts.reserve(count);
+    for (const std::size_t i : files.met) {
+        const Meeting& meeting = meetings[i];
+        const Recording& recording = recordings[meeting.recording];
+        const double apart = recording.place.range.startSeconds - clip.startSeconds;
+        files.meetings.push_back(meeting);
+        files.parts.push_back(
+            {&recording, std::round((meeting.offsetSeconds - apart) / secondsADay) * secondsADay});
+    }
+    return files;
+}
+
+/// How much of the clip lies under at least one of the ranges.
+double coveredSeconds(const TCRange& clip, std::vector<TCRange> ranges) {
+    std::ranges::sort(ranges, {}, &TCRange::startSeconds);
+    double covered = 0, from = clip.startSeconds;
+    for (const TCRange& range : ranges) {
+        const double start = std::max(range.startSeconds, from),
+                     end = std::min(range.endSeconds, clip.endSeconds);
+        if (!(end > start)) continue;
+        covered += end - start;
+        from = end;
+    }
+    return covered;
+}
+
+/// Files that all have a moment in common follow one another nowhere: most of what meets one clip.
+bool mayAdjoin(const RecordingParts& parts) {
+    double lastStart = parts.front().range().startSeconds, firstEnd = parts.front().range().endSeconds;
+    for (const RecordingPart& part : parts) {
+        lastStart = std::max(lastStart, part.range().startSeconds);
+        firstEnd = std::min(firstEnd, part.range().endSeconds);
+    }
+    return lastStart + adjoiningSeconds >= firstEnd;
+}
+
+/// By file, whether another one begins where it ends or ends where it begins.
+std::vector<bool> adjoining(const std::vector<Candidate>& files) {
+    std::vector<bool> result(files.size(), false);
+    std::vector<std::size_t> byStart(files.size());
+    std::iota(byStart.begin(), byStart.end(), std::size_t{0});
+    const auto startOf = [&](std::size_t i) { return files[i].range.startSeconds; };
+    std::ranges::sort(byStart, {}, startOf);
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        const double end = files[i].range.endSeconds;
+        auto next = std::ranges::lower_bound(byStart, end - adjoiningSeconds, {}, startOf);
+        for (; next != byStart.end() && startOf(*next) <= end + adjoiningSeconds; ++next)
+            if (*next != i) result[i] = result[*next] = true;
+    }
+    return result;
+}
+
+/// The members of the take of the first of the files that are left, best first.
+std::vector<std::size_t> takeOfFirst(const Files& files, const std::vector<std::size_t>& left) {
+    std::vector<Candidate> candidates;
+    candidates.reserve(left.size());
+    for (const std::size_t i : left) candidates.push_back(files.candidates[i]);
+    std::vector<std::size_t> members;
+    for (const TakeMembership::Member& member : TakeMembership::of(candidates).members)
+        members.push_back(left[member.candidate]);
+    std::ranges::sort(members);
+    return members;
+}
+
+/// Only files that adjoin others are asked for their take, as the files of any other cover the same.
+std::vector<Contender> contendersOf(const TCRange& clip, const Files& files) {
+    const std::vector<bool> mayBePart =
+        mayAdjoin(files.parts) ? adjoining(files.candidates) : std::vector<bool>(files.parts.size(), false);
+    std::vector<Contender> contenders;
+    std::vector<std::size_t> left(files.meetings.size());
+    std::iota(left.begin(), left.end(), std::size_t{0});
+    std::vector<bool> isTaken(left.size(), false);
+    for (std::size_t i = 0; i < files.meetings.size(); ++i) {
+        if (isTaken[i]) continue;
+        const Meeting& meeting = files.meetings[i];
+        Contender one{{i}, meeting.overlapSeconds, files.met[i], meeting.isOfOtherDay};
+        if (mayBePart[i]) {
+            std::erase_if(left, [&](std::size_t file) { return file < i || isTaken[file]; });
+            one.files = takeOfFirst(files, left);
+        }
+        if (one.files.size() > 1) {
+            std::vector<TCRange> ranges;
+            for (const std::size_t file : one.files) {
+                isTaken[file] = true;
+                ranges.push_back(files.candidates[file].range);
+                one.first = std::min(one.first, files.met[file]);
+            }
+            one.coveredSeconds = coveredSeconds(clip, std::move(ranges));
+        }
+        contenders.push_back(std::move(one));
+    }
+    return contenders;
+}
+
+void rank(std::vector<Contender>& contenders) {
+    const auto key = [](const Contender& one) {
+        constexpr double perSecond = 1e6; // sums of parts are rounded
+        return std::pair(-std::llround(one.coveredSeconds * perSecond), one.first);
+    };
+    std::ranges::sort(contenders, {}, key);
+    const double least = contenders.front().coveredSeconds * ambiguityShare;
+    std::ranges::stable_partition(
+        contenders, [&](const Contender& one) { return !one.isOfOtherDay && one.coveredSeconds >= least; });
+}
+
+bool isInDoubt(const std::vector<Contender>& contenders, const std::vector<Candidate>& files) {
+    const Contender& best = contenders.front();
+    const double least = best.coveredSeconds * ambiguityShare;
+    const auto mayCompete = [&](const Contender& one) {
+        return one.coveredSeconds < least && (best.isOfOtherDay || !one.isOfOtherDay);
+    };
+    if (std::ranges::none_of(contenders, mayCompete)) return false;
+
+    std::vector<Candidate> listed; // the primary recording first
+    std::vector<const Contender*> contenderOf;
+    for (const Contender& one : contenders)
+        for (const std::size_t file : one.files) {
+            listed.push_back(files[file]);
+            contenderOf.push_back(&one);
+        }
+    const auto isCutShort = [&](const Candidate& file) {
+        return std::ranges::any_of(
+            listed, [&](const Candidate& other) { return TakeMembership::isCutShort(file, other); });
+    };
+    return std::ranges::any_of(TakeMembership::of(listed).alternates, [&](std::size_t alternate) {
+        return mayCompete(*contenderOf[alternate]) && !isCutShort(listed[alternate]);
+    });
+}
+
+} // namespace
+
+MatchStatus rankMeetings(const TCRange& clip, std::vector<Meeting>& meetings,
+                         const std::vector<Recording>& recordings) {
+    if (meetings.size() == 1) return MatchStatus::matched();
+    Files files = filesOf(clip, meetings, recordings);
+    if (isOneRecording(files.parts)) {
+        meetings = std::move(files.meetings);
+        return MatchStatus::splitRecording(static_cast<int>(meetings.size()));
+    }
+    const bool isPlain =
+        std::ranges::none_of(files.meetings, &Meeting::isOfOtherDay) && !mayAdjoin(files.parts);
+    const double least = files.meetings.front().overlapSeconds * ambiguityShare;
+    if (isPlain && files.meetings.back().overlapSeconds >= least) {
+        meetings = std::move(files.meetings);
+        return MatchStatus::matched();
+    }
+    files.candidates.reserve(files.parts.size());
+    for (const RecordingPart& part : files.parts)
+        files.candidates.push_back({&*part.file->asset, part.range()});
+    std::vector<Contender> contenders = contendersOf(clip, files);
+    rank(contenders);
+    const bool isSettled = !isInDoubt(contenders, files.candidates);
+    auto listed = meetings.begin();
+    for (const Contender& one : contenders)
+        for (const std::size_t file : one.files) *listed++ = files.meetings[file];
+    return isSettled ? MatchStatus::matched() : MatchStatus::ambiguous(static_cast<int>(meetings.size()));
+}
+
+} // namespace orvane

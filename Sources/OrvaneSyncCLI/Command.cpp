@@ -57,7 +57,7 @@ void printProgramHelp(std::ostream& out) {
            "usage: orvanesync COMMAND [options]\n\ncommands:\n";
     for (const Command* command : allCommands()) {
         std::string line = "  " + std::string(command->name);
-        line.resize(12, ' ');
+        line.resize(16, ' ');
         out << line << command->summary << "\n";
     }
     out << "\nfor every command:\n";

@@ -21,6 +21,8 @@ struct Level {
 };
 /// Both in one reading. The samples are finite.
 Level level(std::span<const float> samples);
+/// The same, and adds the samples to as many in `mix`.
+Level levelAddedTo(std::span<float> mix, std::span<const float> samples);
 /// Positions at which a sample and the one before it lie on two sides of zero; 0 itself is positive.
 std::size_t signChanges(std::span<const float> samples);
 /// Puts 0 in the place of every infinity and of what is no number.

@@ -7,12 +7,17 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdlib>
 #include <functional>
 #include <utility>
 
 namespace orvane::platform {
 
 namespace {
+
+/// Newer runtimes send reports of their use to those who make them, unless this forbids it. Set while the
+/// program starts: there are no other threads yet that might read the environment.
+[[maybe_unused]] const bool sendsNothing = ::setenv("ORT_DISABLE_TELEMETRY", "1", 1) == 0;
 
 // What is used of the runtime's C interface: a record of functions, of which only the places count. The types
 // behind the pointers are the runtime's own.

@@ -102,22 +102,24 @@ void WaveformReduction::samples(std::span<const float* const> channels, std::siz
 }
 
 void WaveformReduction::hear(std::span<const float* const> channels, std::size_t begin, std::size_t frames) {
-    float peak = 0;
-    mix_.assign(channels.front() + begin, channels.front() + begin + frames);
+    for (std::size_t done = 0; done < frames; done += mix_.size())
+        hearSome(channels, begin + done, std::min(mix_.size(), frames - done));
+    window_.frames += frames;
+}
+
+void WaveformReduction::hearSome(std::span<const float* const> channels, std::size_t begin,
+                                 std::size_t frames) {
+    const std::span<float> mix = std::span(mix_).first(frames);
+    std::ranges::fill(mix, 0.0F);
     for (std::size_t i = 0; i < channels.size(); ++i) {
-        const std::span<const float> samples(channels[i] + begin, frames);
-        const vector::Level own = vector::level(samples);
-        peak = std::max(peak, own.peak);
+        const vector::Level own = vector::levelAddedTo(mix, {channels[i] + begin, frames});
+        window_.peak = std::max(window_.peak, own.peak);
         if (i < grid_.keptChannels) {
             window_.squares[i] += own.sumOfSquares;
             window_.peaks[i] = std::max(window_.peaks[i], own.peak);
         }
-        if (i > 0)
-            for (std::size_t k = 0; k < frames; ++k) mix_[k] += samples[k];
     }
-    window_.squaresOfSum += vector::level(mix_).sumOfSquares;
-    window_.peak = std::max(window_.peak, peak);
-    window_.frames += frames;
+    window_.squaresOfSum += vector::level(mix).sumOfSquares;
 }
 
 void WaveformReduction::windowEnded() {

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/Waveform/WaveformResult.h"
 #include "Platform/AudioFile.h"
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -65,6 +66,7 @@ class WaveformReduction : public AudioListener {
     WaveformReduction(const Grid& grid, std::size_t firstFrame);
     Sums silence() const;
     void hear(std::span<const float* const> channels, std::size_t begin, std::size_t frames);
+    void hearSome(std::span<const float* const> channels, std::size_t begin, std::size_t frames);
     void endWindowOfBin();
     void endBin();
 
@@ -75,8 +77,9 @@ class WaveformReduction : public AudioListener {
     std::vector<Sums> head_;       ///< of that bin, window by window
     Sums bin_;                     ///< under way, without the window under way
     Sums window_;                  ///< under way, as far as it lies in the bin
-    std::vector<float> mix_;       ///< room for a piece
-    WaveformResult result_;        ///< the bins that have ended, from `firstBin_` on
+    /// Of so few frames that they and those of a channel lie in the processor's first cache.
+    std::array<float, 1024> mix_{};
+    WaveformResult result_; ///< the bins that have ended, from `firstBin_` on
 };
 
 /// The waveform of a take, from the cache (null: none) or by reading it once. An empty result where nothing

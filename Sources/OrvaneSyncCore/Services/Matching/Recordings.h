@@ -11,6 +11,7 @@
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -69,7 +70,8 @@ class Places {
 
     MatchRules rules_;
     calendar::DayStarts starts_;
-    std::array<Dates, 3> dates_; ///< by source
+    std::optional<std::pair<Date, long>> lastDay_; ///< most files are of the day of the one before
+    std::array<Dates, 3> dates_;                   ///< by source
 };
 
 /// The day of a date in the user's calendar, days since 1970.

@@ -81,6 +81,8 @@ class ImportController {
     const ExportController& exporting() const { return export_; }
     /// Why clips may not have the right sound, as `WorkDoubts::now`.
     const SyncDoubts& doubts() const { return doubts_.now(); }
+    /// As `WorkDoubts::listen`.
+    platform::Task listenForDoubts() { return doubts_.listen(); }
 
     /// Runs a change of clips that the user can take back as one step. Steps hold the clips, and which
     /// recordings are wild tracks beside them; the names and approvals of these stay when a step is taken

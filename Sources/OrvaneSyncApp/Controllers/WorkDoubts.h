@@ -4,21 +4,28 @@
 #include "OrvaneSyncApp/Controllers/RecordingEditing.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
 #include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
+#include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
+#include "Platform/Task.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
+#include <unordered_map>
+#include <vector>
 
 namespace orvane {
 
 /// The doubts about the open work, derived when somebody asks after a change. Interface thread.
 class WorkDoubts {
   public:
-    WorkDoubts(const OpenWork& work, const RecordingEditing& recordings,
-               const SmartAudioController& smartAudio)
+    WorkDoubts(OpenWork& work, const RecordingEditing& recordings, const SmartAudioController& smartAudio)
         : work_(work), recordings_(recordings), smartAudio_(smartAudio) {}
 
     /// Valid until the next call after a change of the work, or of a setting that doubts depend on.
     const SyncDoubts& now() const;
+    /// Hears some clips of each card beside their recordings, which shows a clock that is wrong by less than
+    /// recordings are longer than clips. What is heard counts from then on.
+    platform::Task listen();
 
   private:
     struct Basis {
@@ -28,11 +35,15 @@ class WorkDoubts {
         bool operator==(const Basis&) const = default;
     };
 
-    const OpenWork& work_;
+    static platform::Task listenToPairs(std::weak_ptr<WorkDoubts> weak, std::vector<SoundLag::Pair> pairs);
+
+    OpenWork& work_;
     const RecordingEditing& recordings_;
     const SmartAudioController& smartAudio_;
     mutable std::optional<Basis> basis_;
     mutable SyncDoubts doubts_;
+    std::unordered_map<UUID, double> heardLags_; ///< by group
+    std::unique_ptr<platform::SerialQueue> listening_;
 };
 
 } // namespace orvane

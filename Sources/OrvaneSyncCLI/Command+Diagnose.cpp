@@ -37,6 +37,8 @@ std::string countsText(const ImportController& controller) {
 void diagnose(Context& context, const Arguments& arguments) {
     ScanRun run(context, arguments);
     run.scan(ScanRun::Analysis::none);
+    run.show("Listening to some clips...");
+    run.wait(run.controller().listenForDoubts());
     const ImportController& controller = run.controller();
     if (arguments.has("--json"))
         context.out << diagnosisJSON(controller).dump(JSON::Layout::pretty) << "\n";

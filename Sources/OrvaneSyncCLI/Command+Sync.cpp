@@ -6,7 +6,9 @@
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCLI/TypedSettings.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 #include "Platform/Text.h"
+#include "Timecode/Timecode.h"
 
 #include <algorithm>
 
@@ -67,6 +69,23 @@ void layLockitMetadata(Context& context, ScanRun& run, const std::string& projec
         context.err << platform::text::printable(status) << "\n";
 }
 
+/// A start of the global offset that was typed for this run is held against the rate of the clips.
+void checkStartOfOffset(const Context& context, ScanRun& run) {
+    const auto& setting = settings::globalAudioOffsetStartFromTC;
+    const auto text = context.settings->find(setting);
+    if (!text || context.settings->get(settings::globalAudioOffsetStartMode) != GlobalOffsetStart::fromTC)
+        return;
+    const TimecodeFrameRate rate = rateOfMostClips(run.controller().work().syncGroups());
+    const auto start = Timecode::fromString(*text, rate);
+    const int frames = timecodeRate::maxFrames(rate);
+    if (!start || start->components().frames < frames) return;
+    const std::string problem = std::string(setting.key) + "=" + *text + ": of most clips, frames go to " +
+                                std::to_string(frames - 1);
+    if (context.settings->storedValue(setting.key) != context.settings->value(setting.key))
+        throw UsageError("--set: " + problem);
+    run.warn("stored settings: " + problem);
+}
+
 void sync(Context& context, const Arguments& arguments) {
     RunInputs inputs = inputsOf(arguments);
     const auto reviewFile = arguments.value("--apply");
@@ -78,6 +97,7 @@ void sync(Context& context, const Arguments& arguments) {
     ImportController& controller = run.controller();
     // Once is enough, in the mode of this command.
     run.scan(ScanRun::Analysis::none, review ? &*review : nullptr);
+    checkStartOfOffset(context, run);
     if (controller.work().matchedCount() == 0) failWithoutClips(context, controller, arguments.has("--json"));
     if (const auto project = arguments.value("--lockit"))
         layLockitMetadata(context, run, *project, arguments);

@@ -24,7 +24,9 @@ struct SettingDescription {
     };
     /// What few settings have.
     struct Details {
-        std::optional<Range> range{}; ///< of a number
+        std::optional<Range> range{}; ///< of a number; what is beyond counts as none
+        /// Of a text: why it is none that the setting takes; empty where it is one.
+        std::string (*whyNot)(std::string_view text) = nullptr;
         /// The stored text of a choice counts in any case and with blanks around it.
         bool choicesInAnyCase = false;
         /// Where nothing is stored, commands differ; the default is what the settings screen shows.
@@ -41,8 +43,11 @@ struct SettingDescription {
 
     /// Null when there is none.
     JSON defaultValue() const;
-    /// Whether the value is of this kind, by the rules of `readAs`. Choices and range are not looked at.
+    /// Whether the value is of this kind, by the rules of `readAs`. What few settings have is not looked at.
     bool understands(const JSON& value) const;
+    bool isInRange(double number) const {
+        return !details.range || (number >= details.range->lowest && number <= details.range->highest);
+    }
     /// Where among the choices the text stands.
     std::optional<std::size_t> choiceIndex(std::string_view text) const;
 };
@@ -83,14 +88,19 @@ struct Setting : SettingDescription {
         : SettingDescription{theKey, Kind::text, theChoices[static_cast<std::size_t>(standard)], theChoices} {
     }
 
-    /// Nothing for a value of another kind and for a text that is none of an enumeration's choices.
+    /// Nothing for a value of another kind or out of range, and for a text that the setting does not take.
     std::optional<T> read(const JSON& value) const {
         if constexpr (std::is_enum_v<T>) {
             const auto text = readAs<std::string>(value);
             const auto index = text ? choiceIndex(*text) : std::nullopt;
             return index ? std::optional(static_cast<T>(*index)) : std::nullopt;
         } else {
-            return readAs<T>(value);
+            auto read = readAs<T>(value);
+            if constexpr (std::is_same_v<T, int> || std::is_same_v<T, double>)
+                if (read && !isInRange(*read)) return std::nullopt;
+            if constexpr (std::is_same_v<T, std::string>)
+                if (read && details.whyNot != nullptr && !details.whyNot(*read).empty()) return std::nullopt;
+            return read;
         }
     }
     /// The default, or an empty value where there is none.

@@ -118,6 +118,12 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
          "-32602 exportFCPXML: overwrite must be true or false"},
         {"setSetting", R"({"key":"trimMode","value":"longest"})",
          "-32602 the setting 'trimMode' takes one of common, video, none, overlap; not 'longest'"},
+        {"setSetting", R"({"key":"globalAudioOffset.startFromTC","value":"10:61:00:00"})",
+         "-32602 the setting 'globalAudioOffset.startFromTC' can't be '10:61:00:00': minutes and seconds go "
+         "to "
+         "59"},
+        {"setAudioAnchor", onFirst(R"(,"secondsInAudio":86401)"),
+         "-32602 setAudioAnchor: secondsInAudio must be 0 to 86400"},
     };
     for (const Case& test : cases) EXPECT_EQ(failure(test.method, test.params), test.failure);
 

@@ -150,6 +150,7 @@ TEST(Settings, aValueThatNobodyTakesIsAnErrorAndAWarningWhereItIsStored) {
     check("ltc.enabled=maybe", "takes a boolean, not 'maybe'");
     check("smartAudio.voiceIso=7", "takes a number from 0 to 1, not '7'");
     check("smartAudio.loudness=-0.1", "takes a number from 0 to 1, not '-0.1'");
+    check("globalAudioOffset.frames=2073601", "takes a number from -2073600 to 2073600, not '2073601'");
     for (const char* good : {"trimMode=none", "alternateWidth=1998", "ltc.enabled=true", "eventName=7",
                              "smartAudioMode= CINEMATIC ", "smartAudio.loudness=1"})
         EXPECT_EQ(runWith({"timecode", "rate-of", "25", "--set", good}).err, "") << good;

@@ -84,6 +84,8 @@ class ImportController {
     const SyncDoubts& doubts() const { return doubts_.now(); }
     /// Differs after `doubts` were derived anew.
     std::uint64_t doubtsRevision() const { return doubts_.revision(); }
+    /// As `WorkDoubts::listen`.
+    platform::Task listenForDoubts() { return doubts_.listen(); }
 
     /// Runs a change of clips that the user can take back as one step. Steps hold the clips, and which
     /// recordings are wild tracks beside them; the names and approvals of these stay when a step is taken

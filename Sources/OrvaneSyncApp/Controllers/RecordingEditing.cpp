@@ -9,6 +9,7 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <tuple>
 #include <unordered_map>
 #include <unordered_set>
@@ -34,8 +35,10 @@ bool uses(const SyncGroup& group, const UUID& audioID) {
 
 /// Files that meet across midnight are of one day.
 bool areOfOtherDays(const FilePlace& clip, const std::optional<FilePlace>& sound) {
+    if (!sound || !sound->day) return false;
     const auto filmed = clip.knownDay();
-    if (!filmed || !sound || !sound->day || *filmed == *sound->day) return false;
+    if (!filmed) return clip.headerDay && std::abs(*clip.headerDay - *sound->day) > 1;
+    if (*filmed == *sound->day) return false;
     const double between = static_cast<double>(*sound->day - *filmed) * secondsADay;
     return !SyncEngine::overlapDuration(
         clip.range, {sound->range.startSeconds + between, sound->range.endSeconds + between});
@@ -290,21 +293,16 @@ std::vector<MediaAsset> RecordingEditing::rawFilesAvailableToAttach(UUID excludi
     if (const SyncGroup* group = work_.syncGroups().find(excludingGroupID))
         for (const AudioMatch& match : group->audioMatches) left.insert(match.audio->id);
 
-    const std::vector<const MediaAsset*> pool = audioPool();
-    Places places(work_.matchRules());
-    for (const SyncGroup& group : work_.syncGroups()) places.learn(group.video);
-    for (const MediaAsset* audio : pool) places.learn(*audio);
-    const SyncGroup* own = work_.syncGroups().find(excludingGroupID);
-    const auto clip = own != nullptr ? places.of(own->video) : std::nullopt;
+    const auto ofOtherDays = recordingsOfOtherDays(excludingGroupID);
     struct File {
         bool isOfOtherDay;
         std::string key; ///< of its name, for the order
         const MediaAsset* audio;
     };
     std::vector<File> files;
-    for (const MediaAsset* audio : pool)
+    for (const MediaAsset* audio : audioPool())
         if (!left.contains(audio->id))
-            files.push_back({clip && areOfOtherDays(*clip, places.of(*audio)),
+            files.push_back({ofOtherDays.contains(audio->id),
                              platform::text::localizedStandardSortKey(audio->filename), audio});
     std::ranges::stable_sort(files, [](const File& a, const File& b) {
         return std::tie(a.isOfOtherDay, a.key) < std::tie(b.isOfOtherDay, b.key);
@@ -313,6 +311,21 @@ std::vector<MediaAsset> RecordingEditing::rawFilesAvailableToAttach(UUID excludi
     result.reserve(files.size());
     for (const File& file : files) result.push_back(*file.audio);
     return result;
+}
+
+std::unordered_set<UUID> RecordingEditing::recordingsOfOtherDays(UUID groupID) const {
+    std::vector<const MediaAsset*> all = audioPool();
+    for (const WildTrack& track : work_.wildTracks()) all.push_back(&track.audio);
+    Places places(work_.matchRules());
+    for (const SyncGroup& group : work_.syncGroups()) places.learn(group.video);
+    for (const MediaAsset* audio : all) places.learn(*audio);
+    std::unordered_set<UUID> found;
+    const SyncGroup* own = work_.syncGroups().find(groupID);
+    const auto clip = own != nullptr ? places.of(own->video) : std::nullopt;
+    if (!clip) return found;
+    for (const MediaAsset* audio : all)
+        if (areOfOtherDays(*clip, places.of(*audio))) found.insert(audio->id);
+    return found;
 }
 
 std::vector<std::string> RecordingEditing::clipNames(UUID usingAudioID) const {

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace orvane {
@@ -47,6 +48,9 @@ class RecordingEditing {
     /// The pool without wild tracks and the clip's own audio, in the order of a file browser; recordings of
     /// another day than the clip's behind all others.
     std::vector<MediaAsset> rawFilesAvailableToAttach(UUID excludingGroupID) const;
+    /// Of the pool and the wild tracks: what lies on another day than the clip. A day that only the clip's
+    /// header says, in whatever zone, is that day or one beside it.
+    std::unordered_set<UUID> recordingsOfOtherDays(UUID groupID) const;
     /// The stored names of the clips with this audio, ascending.
     std::vector<std::string> clipNames(UUID usingAudioID) const;
     /// How the attach menu lists a file, such as "a.wav  ·  also on 2 clips".

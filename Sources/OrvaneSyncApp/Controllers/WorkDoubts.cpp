@@ -48,9 +48,29 @@ const SyncDoubts& WorkDoubts::now() const {
         ++revision_;
         const auto& pool =
             pool_.of(clips, haveSameSound, [this] { return recordings_.availableAudioPool(); });
-        return SyncDoubts::of(
-            {clips, pool, rules, trimMode, smartAudio_.caches().state.results, work_.fileNames()});
+        return SyncDoubts::of({clips, pool, rules, trimMode, smartAudio_.caches().state.results,
+                               work_.fileNames(), &heardLags_});
     });
+}
+
+platform::Task WorkDoubts::listen() {
+    auto pairs = SoundLag::pairsToHear(work_.syncGroups());
+    if (pairs.empty()) return platform::Task::ended();
+    if (!listening_) listening_ = platform::SerialQueue::create("doubts");
+    return work_.running.add(listenToPairs(work_.weak(this), std::move(pairs)));
+}
+
+platform::Task WorkDoubts::listenToPairs(std::weak_ptr<WorkDoubts> weak, std::vector<SoundLag::Pair> pairs) {
+    auto self = weak.lock();
+    auto hearing = platform::onQueue(
+        *self->listening_, self->work_.environment.mainThread,
+        [pairs = std::move(pairs)](const std::stop_token& stop) { return SoundLag::heard(pairs, stop); });
+    self.reset();
+    auto lags = co_await hearing;
+    self = weak.lock();
+    if (!self) co_return;
+    self->heardLags_ = std::move(lags);
+    self->basis_.reset();
 }
 
 } // namespace orvane

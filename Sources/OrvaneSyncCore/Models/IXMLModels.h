@@ -26,7 +26,9 @@ struct IXMLData {
     std::optional<std::string> circled;      ///< the recorder's flag, as text
     std::optional<std::string> wildTrack;    ///< the recorder's flag, as text
     std::optional<std::string> timecodeRate; ///< such as 30000/1001 or 25/1
-    std::vector<IXMLTrack> tracks;           ///< in document order
+    /// How the recorder counts, DF or NDF. Doubts alone look at it: labels are read by the text of the rate.
+    std::optional<std::string> timecodeFlag;
+    std::vector<IXMLTrack> tracks; ///< in document order
 
     bool isCircled() const;
     bool isWildTrack() const;

@@ -33,12 +33,16 @@ struct JSONFields<IXMLTrack> {
 
 template <>
 struct JSONFields<IXMLData> {
-    static constexpr std::tuple list{
-        JSONField{"scene", &IXMLData::scene},         JSONField{"take", &IXMLData::take},
-        JSONField{"tape", &IXMLData::tape},           JSONField{"note", &IXMLData::note},
-        JSONField{"project", &IXMLData::project},     JSONField{"circled", &IXMLData::circled},
-        JSONField{"wildTrack", &IXMLData::wildTrack}, JSONField{"timecodeRate", &IXMLData::timecodeRate},
-        JSONField{"tracks", &IXMLData::tracks}};
+    static constexpr std::tuple list{JSONField{"scene", &IXMLData::scene},
+                                     JSONField{"take", &IXMLData::take},
+                                     JSONField{"tape", &IXMLData::tape},
+                                     JSONField{"note", &IXMLData::note},
+                                     JSONField{"project", &IXMLData::project},
+                                     JSONField{"circled", &IXMLData::circled},
+                                     JSONField{"wildTrack", &IXMLData::wildTrack},
+                                     JSONField{"timecodeRate", &IXMLData::timecodeRate},
+                                     JSONField{"timecodeFlag", &IXMLData::timecodeFlag},
+                                     JSONField{"tracks", &IXMLData::tracks}};
 };
 
 template <>

@@ -25,10 +25,14 @@ std::optional<std::string> whyUseless(const SettingDescription& setting, const p
     if (!setting.understands(value))
         return takes + kindText(setting.kind) + ", not '" + settingText(value) + "'";
     if (const auto range = setting.details.range) {
-        const double number = value.number().value_or(0);
-        if (number >= range->lowest && number <= range->highest) return std::nullopt;
+        if (setting.isInRange(platform::readAs<double>(value).value_or(0))) return std::nullopt;
         return takes + "a number from " + settingText(range->lowest) + " to " + settingText(range->highest) +
                ", not '" + settingText(value) + "'";
+    }
+    if (setting.details.whyNot != nullptr) {
+        const std::string why = setting.details.whyNot(settingText(value));
+        if (why.empty()) return std::nullopt;
+        return "the setting '" + std::string(setting.key) + "' can't be '" + settingText(value) + "': " + why;
     }
     const auto words = setting.choices;
     if (words.empty() || setting.choiceIndex(settingText(value))) return std::nullopt;

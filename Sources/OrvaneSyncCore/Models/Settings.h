@@ -51,6 +51,12 @@ inline constexpr std::string_view calibration = "Calibration";
 
 /// Of an effect of Final Cut Pro, where beyond 0 to 1 there is nothing.
 inline constexpr platform::SettingDescription::Range anAmount{0, 1};
+inline constexpr platform::SettingDescription::Range pixels{1, 16384};
+/// In frames: a day at 24 a second.
+inline constexpr platform::SettingDescription::Range withinADay{-2'073'600, 2'073'600};
+
+/// Empty for a timecode of a day at any rate, and for none.
+std::string whyNoStartTimecode(std::string_view text);
 
 inline const Declared<std::string> eventName{"eventName", "Synced", family::projectAndNaming,
                                              "name of the event that the clips go to"};
@@ -59,8 +65,11 @@ inline const Declared<bool> generateSyncClips{"generateSyncClips", true, family:
 inline const Declared<bool> generateMulticam{"generateMulticam", true, family::projectAndNaming,
                                              "join cameras that rolled together into multicam clips"};
 inline const Declared<double> targetFrameRate{
-    "project.targetFrameRate", 0.0, family::projectAndNaming,
-    "frames per second of the project; 0 takes the rate of most clips"};
+    "project.targetFrameRate",
+    0.0,
+    family::projectAndNaming,
+    "frames per second of the project; 0 takes the rate of most clips",
+    {.range = SettingDescription::Range{0, 1000}}};
 inline const Declared<ClipNamingSource> clipNamingSource{
     "clipNamingSource", ClipNamingSource::sceneTake, family::projectAndNaming, "what a clip is named after"};
 inline const Declared<std::string> customNamingPattern{
@@ -76,10 +85,13 @@ inline const Declared<MatchingDays> matchingDays{
 inline const Declared<VideoResolutionMode> videoResolution{
     "videoResolution", VideoResolutionMode::useVideoFrameSize, family::frameSize,
     "frame size of the document: that of the clips or the alternate one"};
-inline const Declared<int> alternateWidth{"alternateWidth", 1920, family::frameSize,
-                                          "pixels, where the aspect ratio is custom"};
-inline const Declared<int> alternateHeight{"alternateHeight", 1080, family::frameSize,
-                                           "pixels, where the aspect ratio is custom"};
+inline const Declared<int> alternateWidth{
+    "alternateWidth", 1920, family::frameSize, "pixels, where the aspect ratio is custom", {.range = pixels}};
+inline const Declared<int> alternateHeight{"alternateHeight",
+                                           1080,
+                                           family::frameSize,
+                                           "pixels, where the aspect ratio is custom",
+                                           {.range = pixels}};
 inline const Declared<std::string> aspectRatio{"container.aspectRatio", "16:9", aspectRatioIdentifiers,
                                                family::frameSize, "shape of the alternate frame"};
 inline const Declared<SpatialConformType> spatialConform{"spatialConform", SpatialConformType::fill,
@@ -187,8 +199,11 @@ inline const Declared<double> smartAudioVoiceIso{"smartAudio.voiceIso",
                                                  "voice isolation that is recommended, 0 to 1 (mode custom)",
                                                  {.range = anAmount}};
 inline const Declared<double> smartAudioVoiceIsoSNR{
-    "smartAudio.voiceIsoSNR", 20.0, family::smartAudio,
-    "dB of SNR below which it is recommended; mode custom always does"};
+    "smartAudio.voiceIsoSNR",
+    20.0,
+    family::smartAudio,
+    "dB of SNR below which it is recommended; mode custom always does",
+    {.range = SettingDescription::Range{-100, 100}}};
 inline const Declared<double> smartAudioLoudness{
     "smartAudio.loudness",
     0.5,
@@ -201,8 +216,11 @@ inline const Declared<double> smartAudioLoudnessUniformity{
     family::smartAudio,
     "uniformity of that correction, 0 to 1 (mode custom)",
     {.range = anAmount}};
-inline const Declared<int> smartAudioHumFreq{"smartAudio.humFreq", 50, family::smartAudio,
-                                             "mains hum in Hz, 50 or 60 (mode custom)"};
+inline const Declared<int> smartAudioHumFreq{"smartAudio.humFreq",
+                                             50,
+                                             family::smartAudio,
+                                             "mains hum in Hz, 50 or 60 (mode custom)",
+                                             {.range = SettingDescription::Range{50, 60}}};
 inline const Declared<bool> smartAudioAutoHum{"smartAudio.autoHum", true, family::smartAudio,
                                               "recommend hum removal where hum is heard (mode custom)"};
 inline const Declared<Aggressiveness> smartAudioAggressiveness{
@@ -214,11 +232,17 @@ inline const Declared<SmartAudioRouting> smartAudioRouting{
     "smartAudio.routing", SmartAudioRouting::automatic, family::smartAudio,
     "follow one track of the take, or whoever speaks; auto: without boom and mix"};
 inline const Declared<double> smartAudioLoudnessTargetDB{
-    "smartAudio.loudnessTargetDB", -8.0, family::smartAudio,
-    "dBFS that the speech peaks of a stretch are brought to; 0 leaves levels alone"};
+    "smartAudio.loudnessTargetDB",
+    -8.0,
+    family::smartAudio,
+    "dBFS that the speech peaks of a stretch are brought to; 0 leaves levels alone",
+    {.range = SettingDescription::Range{-100, 0}}};
 inline const Declared<double> smartAudioTargetLUFS{
-    "smartAudio.targetLUFS", -27.0, family::smartAudio,
-    "LUFS that the master gain aims at, where loudness is measured"};
+    "smartAudio.targetLUFS",
+    -27.0,
+    family::smartAudio,
+    "LUFS that the master gain aims at, where loudness is measured",
+    {.range = SettingDescription::Range{-70, 0}}};
 inline const Declared<SmartAudioLook> smartAudioPreset{"smartAudio.preset", SmartAudioLook::drama,
                                                        family::smartAudio, "the project's look"};
 inline const Declared<bool> smartAudioBanditEnabled{"smartAudio.banditEnabled", false, family::smartAudio,
@@ -229,25 +253,35 @@ inline const Declared<bool> playbackAppliesSmartAudio{"playback.applySmartAudio"
 inline const Declared<bool> playbackAudioScrubbing{"playback.audioScrubbing", true, family::playback,
                                                    "sound while scrubbing"};
 
-inline const Declared<int> globalAudioOffsetFrames{"globalAudioOffset.frames", 0, family::globalAudioOffset,
-                                                   "frames that all sound is moved by, later if positive"};
+inline const Declared<int> globalAudioOffsetFrames{"globalAudioOffset.frames",
+                                                   0,
+                                                   family::globalAudioOffset,
+                                                   "frames that all sound is moved by, later if positive",
+                                                   {.range = withinADay}};
 inline const Declared<GlobalOffsetStart> globalAudioOffsetStartMode{
     "globalAudioOffset.startMode", GlobalOffsetStart::all, family::globalAudioOffset, "from which clip on"};
 inline const Declared<std::string> globalAudioOffsetStartFromFilename{"globalAudioOffset.startFromFilename",
                                                                       std::nullopt, family::globalAudioOffset,
                                                                       "name of the first such clip"};
-inline const Declared<std::string> globalAudioOffsetStartFromTC{"globalAudioOffset.startFromTC", std::nullopt,
+inline const Declared<std::string> globalAudioOffsetStartFromTC{"globalAudioOffset.startFromTC",
+                                                                std::nullopt,
                                                                 family::globalAudioOffset,
-                                                                "timecode of the first such clip"};
+                                                                "timecode of the first such clip",
+                                                                {.whyNot = whyNoStartTimecode}};
 
 inline const Declared<bool> ltcEnabled{"ltc.enabled", false, family::linearTimecode,
                                        "read timecode from a sound track where a file has no other"};
-inline const Declared<int> ltcChannelIndex{
-    "ltc.channelIndex", 0, family::linearTimecode,
-    "its channel, counted from 0; -1: the first that carries timecode"};
+inline const Declared<int> ltcChannelIndex{"ltc.channelIndex",
+                                           0,
+                                           family::linearTimecode,
+                                           "its channel, counted from 0; -1: the first that carries timecode",
+                                           {.range = SettingDescription::Range{-1, 1023}}};
 
-inline const Declared<double> atmoDuration{"atmo.duration", 0.0, family::atmo,
-                                           "seconds of room tone; 0 makes it 180"};
+inline const Declared<double> atmoDuration{"atmo.duration",
+                                           0.0,
+                                           family::atmo,
+                                           "seconds of room tone; 0 makes it 180",
+                                           {.range = SettingDescription::Range{0, 86400}}};
 inline const Declared<std::string> atmoAudioRole{"atmo.audioRole", "effects.atmosphere", family::atmo,
                                                  "role of the room tone"};
 inline const Declared<bool> atmoIncludeInExport{"atmo.includeInExport", std::nullopt, family::atmo,

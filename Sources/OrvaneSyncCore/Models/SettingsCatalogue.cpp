@@ -1,6 +1,8 @@
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <vector>
@@ -17,6 +19,16 @@ std::vector<SettingsCatalogue::Entry>& entries() {
 std::string_view keyOf(const SettingDescription& setting) { return setting.key; }
 
 } // namespace
+
+std::string settings::whyNoStartTimecode(std::string_view text) {
+    if (platform::text::trimmed(text).empty()) return "";
+    constexpr auto finest = TimecodeFrameRate::fps120; // clips decide at which rate it counts
+    constexpr int hoursADay = 24;
+    std::string why = TimecodeUtils::whyNoTimecode(text, finest);
+    if (!why.empty()) return why;
+    const auto at = Timecode::fromString(text, finest)->components();
+    return at.days > 0 || at.hours >= hoursADay ? "hours go to 23" : "";
+}
 
 std::span<const SettingsCatalogue::Entry> SettingsCatalogue::all() { return entries(); }
 

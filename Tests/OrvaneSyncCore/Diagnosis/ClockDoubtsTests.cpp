@@ -151,8 +151,9 @@ TEST(ClockDoubts, TakesThatRepeatEachHourHideAWrongClock) {
 TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
     struct Case {
         const char* name;
-        std::vector<double> byHand; ///< of the first clips, seconds
-        int locked, doubted;        ///< -1: none
+        std::vector<double> byHand;     ///< of the first clips, seconds
+        int locked, doubted;            ///< -1: none
+        std::vector<double> heard = {}; ///< of the first clips, seconds
     };
     const std::vector<Case> cases{
         {"a clock that is 2.4 s late", {-2.4, -2.38, -2.42}, -1, 3},
@@ -160,6 +161,11 @@ TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
         {"each by another offset", {-2.5, 1, -0.8, 0.4}, -1, 0},
         {"nudges to the frame", {-0.04, -0.04, -0.04}, -1, 0},
         {"one is right where it is", {-2.5, -2.5, -2.5}, 5, 0},
+        {"heard by the cameras, 2.4 s late", {}, -1, 6, {-2.4, -2.41, -2.4, -2.38, 1}},
+        {"heard, and one is right where it is", {}, 5, 0, {-2.4, -2.41, -2.4}},
+        {"two that were heard", {}, -1, 0, {-2.4, -2.4}},
+        {"heard where they are", {}, -1, 0, {0, 0.04, -0.04, 0}},
+        {"heard here and there", {}, -1, 0, {-2.4, 1, 3, -2.4, -2.41}},
     };
     for (const Case& one : cases) {
         Shot shot;
@@ -175,7 +181,10 @@ TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
                     group.manualAudioOffsetSeconds = one.byHand[static_cast<std::size_t>(i)];
                 group.isLocked = i == one.locked;
             });
-        shot.doubts = SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames()});
+        std::unordered_map<UUID, double> heard;
+        for (std::size_t i = 0; i < one.heard.size(); ++i) heard[shot.groups[i].id] = one.heard[i];
+        shot.doubts =
+            SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
         EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;
         const auto card = shot.card(Kind::constantOffset);
         EXPECT_TRUE(!card || card->doubt.cure.find("--sound-offset -00:00:02:10") != std::string::npos)
@@ -237,6 +246,18 @@ TEST(ClockDoubts, FindsARateAndADate) {
         dated.diagnose({.soundDay = dayNumber(*dateFromISO8601(given))});
         EXPECT_FALSE(dated.card(Kind::otherDateFits)) << given << " serves all clips";
     }
+
+    Shot nights; // each began before midnight, and its day is asked for alone
+    for (int night = 0; night < 3; ++night) {
+        const Date first = *dateFromISO8601("2024-05-17T00:00:00Z") + std::chrono::hours(24 * night);
+        const std::string name = std::to_string(night);
+        nights.videos.push_back(clipAt("/CAM/A" + name + ".mov", 5, 8, TimecodeFrameRate::fps24));
+        nights.videos.back().contentCreatedDate = first + std::chrono::hours(24);
+        nights.audios.push_back(recordingAt("/S/T" + name + ".wav", 86390, 60));
+        nights.audios.back().contentCreatedDate = first;
+    }
+    nights.diagnose({.days = MatchingDays::same});
+    EXPECT_EQ(nights.count(Kind::timecodeRate), 0) << "no rate moves them into one day";
 
     Shot clean; // silent pictures of the first day, at hours of the second one's sound
     for (int i = 0; i < 16; ++i) {

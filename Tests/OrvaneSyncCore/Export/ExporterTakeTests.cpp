@@ -96,6 +96,8 @@ TEST(ExporterTakes, OverlapIsWherePictureAndSoundBothAre) {
     check("sound that ends earlier", {file("T1.WAV", -2, 10)}, "36000s 8s");
     check("frames that have sound in part are left out", {file("T1.WAV", 4.01, 10)}, "900101/25s 249/25s");
     check("all parts of a take", {file("T1_1.WAV", 4, 5), file("T1_2.WAV", 9, 5)}, "36004s 10s");
+    check("a part was lost between two others", {file("T1_1.WAV", 4, 5), file("T1_3.WAV", 12, 4)},
+          "36004s 12s");
     check("a nudge moves it", {file("T1.WAV", 4, 30)}, "36005s 15s", 1);
     check("nothing in common", {file("T1.WAV", 40, 30)}, "36000s 20s");
 }

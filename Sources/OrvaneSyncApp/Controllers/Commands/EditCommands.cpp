@@ -174,7 +174,13 @@ std::vector<Command> valueCommands() {
                  controller.clips().adjustAudioOffset(call.id("groupID"), call.number("deltaSeconds"));
              }),
         edit("setAudioAnchor", "Sets the anchor in the sound, in seconds of the recording, or takes it away.",
-             setAudioAnchor, {groupID, {"secondsInAudio", number, true}},
+             setAudioAnchor,
+             {groupID,
+              {.name = "secondsInAudio",
+               .kind = number,
+               .isOptional = true,
+               .lowest = 0,
+               .highest = ClipEditing::furthestOffsetSeconds}},
              [](Controller& controller, const Call& call) {
                  controller.clips().setAudioAnchor(call.id("groupID"),
                                                    call.numberIfPresent("secondsInAudio"));

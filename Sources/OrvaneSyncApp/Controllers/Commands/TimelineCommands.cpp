@@ -17,6 +17,9 @@ namespace {
 
 using enum Parameter::Kind;
 
+/// Of a movement on the screen.
+constexpr double mostPoints = 1e9;
+
 JSON timelineJSON(CommandContext& context, const Call& call) {
     TimelineController& timeline = context.controller->timeline();
     timeline.show(call.id("groupID"));
@@ -114,7 +117,8 @@ std::vector<Command> viewCommands() {
         Command::later("scrollFrames", "Scroll over the Picture",
                        "Scrolls over the picture and says how many frames that stepped; answers when the "
                        "picture is shown.",
-                       {{"deltaY", number}, {"isPrecise", boolean}},
+                       {{.name = "deltaY", .kind = number, .lowest = -mostPoints, .highest = mostPoints},
+                        {"isPrecise", boolean}},
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>& frames) {
                            *frames = context.review().scrollFrames(call.number("deltaY"),
                                                                    call.boolean("isPrecise"));
@@ -139,7 +143,11 @@ std::vector<Command> moveCommands() {
     return {
         Command("setAnchor", "Set Sync Anchor",
                 "Puts the clip's anchor at a second of its first recording, within it.",
-                {groupID, {"secondsInAudio", number}},
+                {groupID,
+                 {.name = "secondsInAudio",
+                  .kind = number,
+                  .lowest = -ClipEditing::furthestOffsetSeconds,
+                  .highest = ClipEditing::furthestOffsetSeconds}},
                 [](CommandContext& context, const Call& call) {
                     context.review().setAnchor(call.id("groupID"), call.number("secondsInAudio"));
                     return JSON();
@@ -163,7 +171,10 @@ std::vector<Command> moveCommands() {
                 })
             .undoneBy(steps::adjustAudioOffset),
         Command::later("dragAudio", "Drag Audio", "Drags the sound of the clip by points of the timeline.",
-                       {groupID, {"points", number}, {"modifiers", texts, true}}, dragAudio)
+                       {groupID,
+                        {.name = "points", .kind = number, .lowest = -mostPoints, .highest = mostPoints},
+                        {"modifiers", texts, true}},
+                       dragAudio)
             .undoneBy(steps::adjustAudioOffset)
             .forClips(isUnlocked),
     };

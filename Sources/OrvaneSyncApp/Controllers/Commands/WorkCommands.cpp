@@ -102,6 +102,12 @@ platform::Task startScan(CommandContext& context, Call, std::shared_ptr<JSON>) {
     co_await context.controller->smartAudio().waitForAnalysisAfterScan();
 }
 
+platform::Task diagnose(CommandContext& context, Call, std::shared_ptr<JSON> answer) {
+    const auto controller = context.controller;
+    co_await controller->listenForDoubts();
+    *answer = diagnosisJSON(*controller);
+}
+
 /// A whole number stands without a point.
 std::optional<JSON> limitJSON(const std::optional<double>& limit) {
     if (!limit) return std::nullopt;
@@ -175,8 +181,11 @@ std::vector<Command> workCommands() {
                 }),
         Command("state", "State of the Work", "Gives the open work.", {},
                 [](CommandContext& context, const Call&) { return stateJSON(*context.controller); }),
-        Command("diagnose", "Diagnosis", "Gives what is on the cards, and each doubt with its cure.", {},
-                [](CommandContext& context, const Call&) { return diagnosisJSON(*context.controller); }),
+        Command::later(
+            "diagnose", "Diagnosis",
+            "Gives what is on the cards, and each doubt with its cure; listens to some clips of each "
+            "card.",
+            {}, diagnose),
         Command("group", "One Clip", "Gives one clip.", {{"groupID", id}},
                 [](CommandContext& context, const Call& call) {
                     return toJSON(context.group(call.id("groupID")));

@@ -66,6 +66,9 @@ std::vector<Attachable> attachableTo(const ImportController& controller, const U
         all.push_back({track.audio, controller.work().fileNames().of(track.audio) + "  ·  on no clip"});
     for (const MediaAsset& audio : controller.recordings().rawFilesAvailableToAttach(groupID))
         all.push_back({audio, controller.recordings().rawFilesMenuLabel(audio)});
+    const auto ofOtherDays = controller.recordings().recordingsOfOtherDays(groupID);
+    std::ranges::stable_partition(all,
+                                  [&](const Attachable& one) { return !ofOtherDays.contains(one.audio.id); });
     return all;
 }
 

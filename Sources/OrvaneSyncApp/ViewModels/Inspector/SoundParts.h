@@ -45,7 +45,7 @@ struct RecordingsPart {
     bool operator==(const RecordingsPart&) const = default;
 };
 
-/// What a clip could get: wild tracks first, then what other clips use, of its own day first.
+/// What a clip could get: wild tracks first, then what other clips use; what is of another day behind all.
 struct Attachable {
     MediaAsset audio;
     std::string label;

@@ -23,11 +23,26 @@ constexpr double missingSoundSeconds = 1;
 constexpr double cutSeconds = 0.5;
 // Starts by timecode are rounded to a frame at either side.
 constexpr double smallestGapSeconds = 0.1;
-// What is further apart are two takes.
-constexpr double largestGapSeconds = 60;
 constexpr double louderDB = 12;
 constexpr double ambiguityShare = 0.5; // of the best overlap, as matching has it
 constexpr float someSpeech = 0.1F;     // share of the windows
+
+// Drop frame keeps to the clock but for a few frames a day.
+constexpr double smallestDriftSeconds = 0.1;
+
+/// By the recorder's flag, else by the text of its rate. A rate that says neither is read as drop frame by
+/// habit, which says nothing of the recorder.
+std::optional<bool> countsDropFrame(const MediaAsset& sound) {
+    if (!sound.ixmlData) return std::nullopt;
+    for (const auto& said : {sound.ixmlData->timecodeFlag, sound.ixmlData->timecodeRate}) {
+        const std::string text = platform::text::uppercased(said.value_or(""));
+        if (text.find("DF") != std::string::npos) return text.find("NDF") == std::string::npos;
+    }
+    return std::nullopt;
+}
+
+/// How long labels take to count one.
+double secondsOfAnHour(TimecodeFrameRate rate) { return Timecode({.hours = 1}, rate).realTimeValue(); }
 
 std::string option(TrimMode mode) {
     return "--set " + std::string(settings::trimMode.key) + "=" + std::string(rawValue(mode));
@@ -113,22 +128,20 @@ class ClipDoubts {
                 : "choose in the table of 'scan --review', or take the first of each with --choose first");
     }
 
-    /// Only what both files say of themselves counts: a rate without its flag is read as drop frame by habit.
+    /// Only what both files say of themselves counts.
     void dropMix() {
         if (shoot_.input.rules.timecodeRate) return;
         const auto& own = group_.video.timecodeFrameRate;
         const MediaAsset& sound = *group_.primaryAudio();
-        if (!own || !sound.timecodeFrameRate || !sound.ixmlData || !sound.ixmlData->timecodeRate) return;
-        if (platform::text::uppercased(*sound.ixmlData->timecodeRate).find("DF") == std::string::npos) return;
-        if (timecodeRate::maxFrames(*own) != timecodeRate::maxFrames(*sound.timecodeFrameRate) ||
-            timecodeRate::isDrop(*own) == timecodeRate::isDrop(*sound.timecodeFrameRate))
+        if (!own || !sound.timecodeFrameRate) return;
+        const auto isDropped = countsDropFrame(sound);
+        if (!isDropped || timecodeRate::rate(*own) != timecodeRate::rate(*sound.timecodeFrameRate) ||
+            timecodeRate::isDrop(*own) == *isDropped)
             return;
-        const auto kind = [](TimecodeFrameRate rate) {
-            return timecodeRate::isDrop(rate) ? "drop frame" : "non-drop";
-        };
+        const auto kind = [](bool isDrop) { return isDrop ? "drop frame" : "non-drop"; };
         add(Kind::dropMix,
-            name_ + " counts " + kind(*own) + " and " + shoot_.nameOf(sound) + " " +
-                kind(*sound.timecodeFrameRate) + "; equal timecodes lie 3.6 s apart after each hour",
+            name_ + " counts " + kind(!*isDropped) + " and " + shoot_.nameOf(sound) + " " + kind(*isDropped) +
+                "; equal timecodes lie 3.6 s apart after each hour",
             "--tc-rate 29.97DF or --tc-rate 29.97NDF, whichever all were meant to count");
     }
 
@@ -138,19 +151,21 @@ class ClipDoubts {
         if (shoot_.input.rules.timecodeRate || !clip_.place || clip_.isDecided) return;
         const auto& own = group_.video.timecodeFrameRate;
         const MediaAsset& sound = *group_.primaryAudio();
-        const auto& other = sound.timecodeFrameRate;
-        if (!own || !other || !sound.ixmlData || !sound.ixmlData->timecodeRate ||
-            timecodeRate::maxFrames(*own) != timecodeRate::maxFrames(*other))
+        if (!own || !sound.timecodeFrameRate || !sound.ixmlData || !sound.ixmlData->timecodeRate) return;
+        const auto rateOfSound = timecodeRate::rate(*sound.timecodeFrameRate);
+        if (timecodeRate::maxFrames(*own) != timecodeRate::maxFrames(*sound.timecodeFrameRate) ||
+            timecodeRate::rate(*own) == rateOfSound)
             return;
-        const double rate = timecodeRate::rate(*own).doubleValue();
+        const auto other = timecodeRate::from(rateOfSound, countsDropFrame(sound).value_or(false))
+                               .value_or(*sound.timecodeFrameRate);
         const double start = clip_.place->range.startSeconds;
-        const double drift = start * std::abs(rate / timecodeRate::rate(*other).doubleValue() - 1);
-        if (drift * rate < 1) return;
+        const double drift = start * std::abs(secondsOfAnHour(other) / secondsOfAnHour(*own) - 1);
+        if (drift < smallestDriftSeconds || drift * timecodeRate::rate(*own).doubleValue() < 1) return;
         add(Kind::timecodeRate,
             name_ + " counts " + rateText(*own) + " frames a second and " + shoot_.nameOf(sound) + " " +
-                rateText(*other) + ": where they agree on the timecode, they lie " + spanText(drift) +
+                rateText(other) + ": where they agree on the timecode, they lie " + spanText(drift) +
                 " apart at " + spanText(start) + " after midnight",
-            "--tc-rate " + rateText(*own) + " or --tc-rate " + rateText(*other) +
+            "--tc-rate " + rateText(*own) + " or --tc-rate " + rateText(other) +
                 ", whichever all were meant to count");
     }
 
@@ -205,7 +220,7 @@ class ClipDoubts {
         }
     }
     bool gap(const TakeFile& before, const TakeFile& after, double seconds) {
-        if (seconds < smallestGapSeconds || seconds > largestGapSeconds) return false;
+        if (seconds < smallestGapSeconds || seconds > SplitRecordingDetector::largestGapSeconds) return false;
         const double at = take_.offsetSeconds + group_.manualAudioOffsetSeconds + after.startSeconds;
         if (at - seconds < 0 || at > length()) return false;
         add(Kind::splitGap,

@@ -38,7 +38,7 @@ class ClockDoubts {
     ClockDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts)
         : shoot_(shoot), doubts_(doubts),
           rate_(shoot.input.rules.timecodeRate.value_or(rateOfMostClips(shoot.input.groups))),
-          clips_(clips.all), uncovered_(clips.uncovered) {}
+          clips_(clips.all), uncovered_(clips.uncovered), covers_(shoot.input.rules.days) {}
 
     void add() {
         std::vector<bool> isRight(shoot_.recordings.size()); // it lies under all of a clip where it is

@@ -17,16 +17,21 @@ SyncEngine::TCRange onLine(const FilePlace& place) {
 
 void Covers::add(const FilePlace& sound, std::size_t item) {
     (sound.day ? dated_ : undated_).add(onLine(sound), item);
+    if (sound.day && isSameDayOnly_) days_[*sound.day].add(sound.range, item);
     all_.add(sound.range, item);
 }
 
 void Covers::finish() {
     for (Cover* cover : {&dated_, &undated_, &all_}) cover->finish();
+    for (auto& [day, cover] : days_) cover.finish();
 }
 
 std::optional<std::size_t> Covers::of(const FilePlace& clip) const {
     if (!clip.day) return all_.of(clip.range);
-    const auto found = dated_.of(onLine(clip));
+    const auto ofDay = isSameDayOnly_ ? days_.find(*clip.day) : days_.end();
+    const auto found = !isSameDayOnly_        ? dated_.of(onLine(clip))
+                       : ofDay != days_.end() ? ofDay->second.of(clip.range)
+                                              : std::nullopt;
     return found ? found : undated_.of(clip.range);
 }
 

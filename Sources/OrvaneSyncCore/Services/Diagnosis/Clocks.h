@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -27,17 +28,20 @@ SyncEngine::TCRange moved(const SyncEngine::TCRange& range, double seconds);
 /// Seconds since 1970 for a file with a day, since midnight for one without.
 SyncEngine::TCRange onLine(const FilePlace& place);
 
-/// Dated files cover dated ones where their days and times meet; where one of the two has no date, the time
-/// of day counts.
+/// Dated files cover dated ones where their days and times meet, by the rule `same` on one day alone; where
+/// one of the two has no date, the time of day counts.
 class Covers {
   public:
+    explicit Covers(MatchingDays days) : isSameDayOnly_(days == MatchingDays::same) {}
     void add(const FilePlace& sound, std::size_t item);
     void finish();
     /// The item that lies under all of the clip.
     std::optional<std::size_t> of(const FilePlace& clip) const;
 
   private:
+    bool isSameDayOnly_;
     Cover dated_, undated_, all_;
+    std::map<long, Cover> days_; ///< where no clip meets another day's sound
 };
 
 /// Clips that a clock may have parted from their sound: with a place, neither settled by hand nor shot

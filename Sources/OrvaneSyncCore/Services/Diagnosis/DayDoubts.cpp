@@ -1,7 +1,5 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
-#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
-#include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
-#include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
+#include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
@@ -19,31 +17,6 @@ namespace {
 
 using Kind = SyncDoubt::Kind;
 using TCRange = SyncEngine::TCRange;
-
-// Of what one clip meets, two recordings that share less than this of the longer one were not made together.
-constexpr double togetherShare = 0.5;
-
-/// The name with one sign for each number, by which the files of one recorder are alike.
-std::string patternOf(const MediaAsset& asset) {
-    std::string pattern;
-    for (const char c : asset.normalizedName()) {
-        const bool isDigit = c >= '0' && c <= '9';
-        if (!isDigit)
-            pattern += c;
-        else if (pattern.empty() || pattern.back() != '#')
-            pattern += '#';
-    }
-    return pattern;
-}
-
-bool mayBeOneRecorder(const MediaAsset& a, const MediaAsset& b) {
-    const auto tape = [](const MediaAsset& asset) {
-        return asset.ixmlData ? asset.ixmlData->tape : std::optional<std::string>();
-    };
-    return a.sampleRate == b.sampleRate && a.channelCount == b.channelCount &&
-           !SplitRecordingDetector::areKnownToDiffer(a.bextOriginator, b.bextOriginator) &&
-           !SplitRecordingDetector::areKnownToDiffer(tape(a), tape(b)) && patternOf(a) == patternOf(b);
-}
 
 /// As a shell reads it.
 std::string quoted(std::string_view text) {
@@ -76,8 +49,8 @@ class DayDoubts {
             clipDays_[folderOf(clip.group->video)].insert(clip.likelyDay());
             if (clip.primary) soundDays_[folderOf(*primaryOf(clip).asset)].insert(clip.likelyDay());
         }
-        daysMayBeMixed_ = daysShareHours() || clipsShareHours() || undatedFilesCollide();
-        isDateGivenToSeveralShoots_ = givesDateToSeveralShoots();
+        daysMayBeMixed_ = daysShareHours(shoot_) || clipsShareHours(shoot_) || undatedFilesCollide(shoot_);
+        isDateGivenToSeveralShoots_ = givesDateToSeveralShoots(shoot_);
         if (daysMayBeMixed_) findSuspected();
         findFree();
         for (const Card& card : cardsOf(shoot_.clips)) wrongDateOf(card);
@@ -106,79 +79,113 @@ class DayDoubts {
         const bool isSuspected = std::ranges::any_of(suspected_, [&](const auto& entry) {
             return entry.first.first == sound && entry.second.day == day;
         });
-        std::string folders = "--video " + option(clipDays_, clips, false) + " --audio " +
-                              (isSuspected ? quoted(sound) : option(soundDays_, sound, true));
-        if (folders.find(" FOLDER") != std::string::npos)
-            folders += ", FOLDER being where that day's files lie";
+        const std::string clipsAt = option(clipDays_, clips, false),
+                          soundAt = isSuspected ? quoted(sound) : option(soundDays_, sound, true);
+        constexpr std::string_view unknown = "FOLDER";
+        if (clipsAt == unknown && soundAt == unknown)
+            return " in a scan of this day alone (its files lie among those of other days: put links to them "
+                   "into a folder of their own)";
+        std::string folders = "--video " + clipsAt + " --audio " + soundAt;
+        if (clipsAt == unknown) folders += ", FOLDER being where that day's clips lie";
+        if (soundAt == unknown) folders += ", FOLDER being where that day's recordings lie";
         return " in a scan of this day alone (" + folders + ")";
     }
 
     const Recording& primaryOf(const Shoot::Clip& clip) const { return shoot_.recordings[*clip.primary]; }
 
-    void doubt(const Shoot::Clip& clip, Kind kind, std::string message, std::string cure) {
+    bool doubt(const Shoot::Clip& clip, Kind kind, std::string message, std::string cure) {
         doubts_.byGroup[clip.group->id].push_back({kind, std::move(message), std::move(cure)});
+        return true;
     }
 
+    /// A recording of a clip.
+    struct Pair {
+        const Shoot::Clip& clip;
+        const AudioMatch& match;
+        const Recording& sound;
+        bool isFirst() const { return &match == &clip.group->audioMatches.front(); }
+    };
+
+    /// Of the first recording, else of the first one beside it whose day cannot be relied on: those stand in
+    /// the document as well.
     void otherDay(const Shoot::Clip& clip) {
-        const Recording& sound = primaryOf(clip);
-        const std::string names = shoot_.nameOf(*sound.asset) + " under " + shoot_.nameOf(clip.group->video);
+        for (const AudioMatch& match : clip.group->audioMatches) {
+            const auto found = shoot_.recordingByID.find(match.audio->id);
+            if (found != shoot_.recordingByID.end() &&
+                otherDay({clip, match, shoot_.recordings[found->second]}))
+                return;
+        }
+    }
+    std::string namesOf(const Pair& pair) const {
+        return shoot_.nameOf(*pair.sound.asset) + " under " + shoot_.nameOf(pair.clip.group->video) +
+               (pair.isFirst()
+                    ? ""
+                    : ", beside " + shoot_.nameOf(*pair.clip.group->audioMatches.front().audio) + ",");
+    }
+    /// Whether there is a doubt.
+    bool otherDay(const Pair& pair) {
+        const auto& [clip, match, sound] = pair;
         const auto recorded = sound.place.day, filmed = clip.likelyDay();
         const std::string_view clips = folderOf(clip.group->video);
         if (isDateGivenToSeveralShoots_ && !(filmed && sound.place.statedDay == filmed))
             return doubt(
                 clip, Kind::otherDay,
-                names + " has its date by --sound-date alone, and the files here are of more than " +
+                namesOf(pair) + " has its date by --sound-date alone, and the files here are of more than " +
                     "one shoot" +
                     (sound.place.statedDay ? ": the recording itself says " + dayText(*sound.place.statedDay)
                                            : ""),
                 "--sound-date " + (filmed ? dayText(*filmed) : "YYYY-MM-DD") + dayAlone(filmed, clips));
-        if (clip.place->day && recorded) {
-            const double apart = static_cast<double>(*recorded - *clip.place->day) * secondsADay +
+        if (recorded && filmed) {
+            // The moment itself, which may lie across midnight.
+            const double apart = static_cast<double>(*recorded - *filmed) * secondsADay +
                                  sound.place.range.startSeconds - clip.place->range.startSeconds;
-            if (std::abs(apart - clip.group->audioMatches.front().syncOffsetSeconds) < 1)
-                return sameDay(clip);
-        } else if (recorded && filmed) {
-            if (*recorded == *filmed) return sameDay(clip);
-            if (!daysMayBeMixed_) return;
+            const bool isOfDay = std::abs(apart - match.syncOffsetSeconds) < 1;
+            if (isOfDay || (!clip.place->day && *recorded == *filmed)) return sameDay(pair);
+            if (!clip.place->day && !daysMayBeMixed_) return false;
         } else {
-            if (!daysMayBeMixed_) return;
+            if (!daysMayBeMixed_) return false;
             const std::string undated = shoot_.nameOf(recorded ? clip.group->video : *sound.asset);
             return doubt(clip, Kind::otherDay,
-                         names + " fits by the time of day alone: " + undated +
+                         namesOf(pair) + " fits by the time of day alone: " + undated +
                              " has no date, and the files here are of more than one day",
                          "scan each day by itself, give the recordings' day with --sound-date YYYY-MM-DD" +
                              dayAlone(filmed, clips) + ", or lock the clip where it is right");
         }
-        doubt(clip, Kind::otherDay,
-              names + " is of " + dayText(*recorded) + ", and the clip is of " + dayText(*filmed) +
-                  "; they fit by the time of day alone",
-              "--sound-date " + dayText(*filmed) + dayAlone(filmed, clips, folderOf(*sound.asset)) +
-                  " if the recorder's date is wrong, " +
-                  (clip.place->knownDay() ? "--days same to leave such sound out"
+        const std::string message = namesOf(pair) + " is of " + dayText(*recorded) + ", and the clip is of " +
+                                    dayText(*filmed) + "; they fit by the time of day alone";
+        if (!pair.isFirst())
+            return doubt(clip, Kind::otherDay, message,
+                         clip.place->day
+                             ? "take off what is of another day, scan each day by itself, or --days same"
+                             : "take off what is of another day, or scan each day by itself");
+        return doubt(clip, Kind::otherDay, message,
+                     "--sound-date " + dayText(*filmed) + dayAlone(filmed, clips, folderOf(*sound.asset)) +
+                         " if the recorder's date is wrong, " +
+                         (clip.place->day ? "--days same to leave such sound out"
                                           : "an x under 'skip' in the table of 'scan --review' to leave the "
                                             "clip out"));
     }
 
-    /// Sound whose date is that of the clip, which may be a wrong one all the same.
-    void sameDay(const Shoot::Clip& clip) {
-        const Recording& sound = primaryOf(clip);
-        const std::string names = shoot_.nameOf(*sound.asset) + " under " + shoot_.nameOf(clip.group->video);
-        if (const AudioMatch* other = collision(clip, true))
+    /// Sound whose date is that of the clip, which may be a wrong one all the same. Whether there is a doubt.
+    bool sameDay(const Pair& pair) {
+        const auto& [clip, match, sound] = pair;
+        if (const AudioMatch* other = pair.isFirst() ? collision(clip, true) : nullptr)
             return doubt(
                 clip, Kind::otherDay,
-                names + " was recorded while " + shoot_.nameOf(*other->audio) +
+                namesOf(pair) + " was recorded while " + shoot_.nameOf(*other->audio) +
                     " was, which one recorder can't do: the date of one of them is wrong",
                 "choose in the table of 'scan --review', or scan the two in folders of their own with "
                 "--sound-date YYYY-MM-DD");
         const auto suspected = suspected_.find({folderOf(*sound.asset), *sound.place.day});
-        if (suspected == suspected_.end()) return;
+        if (suspected == suspected_.end()) return false;
         const Suspicion& why = suspected->second;
-        doubt(clip, Kind::otherDay,
-              names + " is of the same date, but the recordings in '" + std::string(folderOf(*sound.asset)) +
-                  "' fit " + counted(why.clips, "clip", "clips") + " of " + dayText(why.day) +
-                  " that have no other sound, and " + std::to_string(why.own) +
-                  " of their own date: it may be wrong",
-              "--sound-date " + dayText(why.day) + dayAlone(why.day, why.folder, folderOf(*sound.asset)));
+        return doubt(
+            clip, Kind::otherDay,
+            namesOf(pair) + " is of the same date, but the recordings in '" +
+                std::string(folderOf(*sound.asset)) + "' fit " + counted(why.clips, "clip", "clips") +
+                " of " + dayText(why.day) + " that have no other sound, and come first under " +
+                std::to_string(why.own) + " of their own date: it may be wrong",
+            "--sound-date " + dayText(why.day) + dayAlone(why.day, why.folder, folderOf(*sound.asset)));
     }
 
     void missesOtherDate(const Shoot::Clip& clip) {
@@ -327,9 +334,11 @@ class DayDoubts {
                 ++users[{folderOf(*primaryOf(clip).asset), *day}];
             else
                 lacking[*day].push_back(&clip);
+            for (const AudioMatch& match : clip.group->audioMatches) // what lies beside it is believed, too
+                users.try_emplace({folderOf(*match.audio), *day}, 0);
         }
         constexpr int fewest = 3;
-        constexpr double clearly = 1.5;
+        constexpr double clearly = 1.5, majority = 0.6;
         for (const Card& card : cardsOf(shoot_.recordings)) {
             platform::throwIfStopped(shoot_.stop);
             if (!card.day || std::cmp_less(card.files.size(), fewest)) continue;
@@ -339,16 +348,22 @@ class DayDoubts {
             Cover sound;
             for (const std::size_t file : card.files) sound.add(shoot_.recordings[file].place.range, file);
             sound.finish();
-            int most = std::max(fewest - 1, static_cast<int>(clearly * found->second));
+            const int own = found->second;
+            int best = 0; // of the clips of one day
             for (const auto& [day, clips] : lacking) {
+                // Of a recorder that no clip has in the first place, nothing but this speaks against the
+                // date.
+                const auto least =
+                    own > 0 ? 0 : static_cast<int>(majority * static_cast<double>(clips.size()));
+                const int most = std::max({fewest - 1, static_cast<int>(clearly * own), least, best});
                 const auto fitting = static_cast<int>(std::ranges::count_if(
                     clips, [&](const auto* clip) { return sound.of(clip->place->range).has_value(); }));
                 if (day == *card.day || fitting <= most || isChance(fitting, clips, sound)) continue;
                 std::string_view folder = folderOf(clips.front()->group->video);
                 for (const auto* clip : clips)
                     if (folderOf(clip->group->video) != folder) folder = {};
-                most = fitting;
-                suspected_.insert_or_assign(key, Suspicion{day, fitting, found->second, folder});
+                best = fitting;
+                suspected_.insert_or_assign(key, Suspicion{day, fitting, own, folder});
             }
         }
     }
@@ -365,102 +380,6 @@ class DayDoubts {
 
     bool hasClockDoubt(const Shoot::Clip& clip) const {
         return doubts_.has(clip.group->id, {Kind::constantOffset, Kind::timecodeRate});
-    }
-
-    using Hours = std::map<long, TCRange>; ///< by day, from its first file to its last
-
-    static void addHours(Hours& hours, const std::optional<long>& day, const TCRange& range) {
-        if (!day) return;
-        const auto [known, isNew] = hours.try_emplace(*day, range);
-        if (isNew) return;
-        known->second.startSeconds = std::min(known->second.startSeconds, range.startSeconds);
-        known->second.endSeconds = std::max(known->second.endSeconds, range.endSeconds);
-    }
-    static bool areShared(const Hours& hours) {
-        std::vector<TCRange> ranges;
-        for (const auto& [day, range] : hours) ranges.push_back(range);
-        std::ranges::sort(ranges, {}, &TCRange::startSeconds);
-        return std::ranges::adjacent_find(ranges, [](const TCRange& a, const TCRange& b) {
-                   return SyncEngine::overlapDuration(a, b).has_value();
-               }) != ranges.end();
-    }
-
-    /// Whether files of two days were made at the same hours, so that the time of day does not tell them
-    /// apart. A night that passes midnight is no such case.
-    bool daysShareHours() const {
-        Hours hours;
-        for (const Recording& recording : shoot_.recordings)
-            addHours(hours, recording.place.day, recording.place.range);
-        for (const Shoot::Clip& clip : shoot_.clips)
-            if (clip.place) addHours(hours, clip.place->day, clip.place->range);
-        return areShared(hours);
-    }
-    /// The same of clips alone, by the days of their headers too. Those may count another zone than the
-    /// recordings, but change their day at one time of day for all clips. Sound that lies under a part of its
-    /// clip may belong to the first or last clip of another day.
-    bool clipsShareHours() const {
-        Hours hours;
-        for (const Shoot::Clip& clip : shoot_.clips) {
-            if (!clip.place) continue;
-            const TCRange& range = clip.place->range;
-            addHours(hours, clip.likelyDay(), range);
-            if (clip.isCovered || !clip.primary || (clip.place->day && primaryOf(clip).place.statedDay))
-                continue;
-            const TCRange sound = rangeOf(clip.group->audioMatches.front());
-            addHours(hours, clip.likelyDay(),
-                     {range.startSeconds + sound.startSeconds, range.startSeconds + sound.endSeconds});
-        }
-        return areShared(hours);
-    }
-
-    /// By the days that the recordings state themselves, and by the clips for recordings that state none.
-    bool givesDateToSeveralShoots() const {
-        const auto& given = shoot_.input.rules.soundDay;
-        if (!given) return false;
-        std::set<long> shoots; // by their first day
-        for (const Recording& recording : shoot_.recordings)
-            if (const auto stated = recording.place.statedDay)
-                shoots.insert(*stated - (*recording.place.day - *given));
-        return shoots.size() > 1 || clipsShareHours();
-    }
-
-    /// One recorder cannot have made two recordings at one time: such files are of several days.
-    bool undatedFilesCollide() const {
-        return std::ranges::any_of(shoot_.clips, [&](const Shoot::Clip& clip) {
-            return clip.primary && !clip.isDecided && collision(clip, false) != nullptr;
-        });
-    }
-    /// What the recorder of the clip's first recording can't have made beside it. Recorders that roll
-    /// together start and stop together; where both files have dates (`areDated`), they keep folders of their
-    /// own.
-    const AudioMatch* collision(const Shoot::Clip& clip, bool areDated) const {
-        const AudioMatch& own = clip.group->audioMatches.front();
-        const MediaAsset& first = *own.audio;
-        const TCRange firstRange = rangeOf(own);
-        for (const AudioMatch& match : clip.group->audioMatches) {
-            if (&match == &own) continue;
-            const MediaAsset& other = *match.audio;
-            const TCRange range = rangeOf(match);
-            const auto common = SyncEngine::overlapDuration(firstRange, range);
-            if (!common || *common <= SplitRecordingDetector::contiguityToleranceSeconds ||
-                !mayBeOneRecorder(first, other) || (first.shootDay() && other.shootDay()) != areDated)
-                continue;
-            const auto [shorter, longer] =
-                std::minmax({firstRange.durationSeconds(), range.durationSeconds()});
-            constexpr double sameStartSeconds = 0.5;
-            // What one recorder has in both of two takes is the sound from before the second one's start.
-            const bool rollTogether =
-                areDated ? std::abs(firstRange.startSeconds - range.startSeconds) <= sameStartSeconds ||
-                               folderOf(first) != folderOf(other) || *common < togetherShare * shorter
-                         : *common >= togetherShare * longer;
-            const TakeMembership::Candidate a{&first, firstRange}, b{&other, range};
-            if (!rollTogether && !TakeMembership::isCutShort(a, b) && !TakeMembership::isCutShort(b, a))
-                return &match;
-        }
-        return nullptr;
-    }
-    static TCRange rangeOf(const AudioMatch& match) {
-        return {match.syncOffsetSeconds, match.syncOffsetSeconds + match.audio->durationSeconds.value_or(0)};
     }
 
     static constexpr std::size_t mostDays = 8;

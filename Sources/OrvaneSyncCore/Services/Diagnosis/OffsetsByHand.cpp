@@ -4,8 +4,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <map>
+#include <optional>
 #include <tuple>
+#include <utility>
 
 namespace orvane {
 
@@ -19,13 +22,35 @@ constexpr double mostlyAgreeing = 0.8;  // of the clips that were moved
 /// Clips of one camera folder with sound of one card.
 struct HandledClips {
     std::vector<double> offsets;             ///< of those that were moved by hand, seconds
+    std::vector<double> heard;               ///< by the cameras' microphones, of those that were not
     std::vector<const Shoot::Clip*> unmoved; ///< and not settled
     bool isConfirmed = false;                ///< somebody settled one where timecode laid it
 };
 
+/// What most of the offsets agree on, and how many do.
+struct Agreement {
+    double seconds;
+    std::ptrdiff_t count;
+};
+std::optional<Agreement> agreementOf(std::vector<double> offsets) {
+    if (std::cmp_less(offsets.size(), explanation::fewest)) return std::nullopt;
+    const auto middle = offsets.begin() + std::ssize(offsets) / 2;
+    std::ranges::nth_element(offsets, middle);
+    const double offset = *middle;
+    const auto agreeing =
+        std::ranges::count_if(offsets, [&](double own) { return std::abs(own - offset) <= agreeingSeconds; });
+    if (agreeing < explanation::fewest ||
+        static_cast<double>(agreeing) < mostlyAgreeing * static_cast<double>(offsets.size()) ||
+        std::abs(offset) < leastByHandSeconds)
+        return std::nullopt;
+    return Agreement{offset, agreeing};
+}
+
 } // namespace
 
 void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
+    static const std::unordered_map<UUID, double> none;
+    const auto& heardLags = shoot.input.heardLags != nullptr ? *shoot.input.heardLags : none;
     std::map<std::tuple<std::string_view, std::string_view, std::optional<long>>, HandledClips> cards;
     for (const Shoot::Clip& clip : shoot.clips) {
         if (!clip.primary || clip.group->isExcludedFromExport) continue;
@@ -37,30 +62,34 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
             card.isConfirmed = true;
         else
             card.unmoved.push_back(&clip);
+        if (const auto lag = heardLags.find(clip.group->id);
+            lag != heardLags.end() && clip.group->manualAudioOffsetSeconds == 0)
+            card.heard.push_back(lag->second);
     }
     const auto rate = shoot.input.rules.timecodeRate.value_or(rateOfMostClips(shoot.input.groups));
     for (auto& [key, card] : cards) {
         platform::throwIfStopped(shoot.stop);
-        if (card.isConfirmed || card.unmoved.empty() ||
-            std::cmp_less(card.offsets.size(), explanation::fewest))
-            continue;
-        const auto middle = card.offsets.begin() + std::ssize(card.offsets) / 2;
-        std::ranges::nth_element(card.offsets, middle);
-        const double offset = *middle;
-        const auto agreeing = std::ranges::count_if(
-            card.offsets, [&](double own) { return std::abs(own - offset) <= agreeingSeconds; });
-        if (agreeing < explanation::fewest ||
-            static_cast<double>(agreeing) < mostlyAgreeing * static_cast<double>(card.offsets.size()))
-            continue;
+        if (card.isConfirmed || card.unmoved.empty()) continue;
+        const std::string folder = "'" + std::string(std::get<0>(key)) + "'";
+        const auto moved = agreementOf(card.offsets);
+        const auto offset = moved ? moved : agreementOf(card.heard);
+        if (!offset) continue;
+        const std::string clips = counted(offset->count, "clip", "clips");
+        const std::string span = spanText(std::abs(offset->seconds));
+        const bool isEarlier = offset->seconds < 0;
         addCardDoubt(doubts,
                      {SyncDoubt::Kind::constantOffset,
-                      "the sound of " + counted(agreeing, "clip", "clips") + " in '" +
-                          std::string(std::get<0>(key)) + "' was moved " + spanText(std::abs(offset)) +
-                          (offset < 0 ? " earlier" : " later") +
-                          " by hand, and that of the others, with recordings of the same card, was not: its "
-                          "clock may be wrong by that",
-                      "move the others by as much, or --sound-offset " +
-                          offsetText(offset + shoot.input.rules.soundOffsetSeconds, rate) +
+                      moved ? "the sound of " + clips + " in " + folder + " was moved " + span +
+                                  (isEarlier ? " earlier" : " later") +
+                                  " by hand, and that of the others, with recordings of the same card, was "
+                                  "not: its clock may be wrong by that"
+                            : "the microphones of the cameras heard the sound of " + clips + " in " + folder +
+                                  " " + span + (isEarlier ? " earlier" : " later") + " than '" +
+                                  std::string(std::get<1>(key)) +
+                                  "' has it: the clock of that card is wrong by that, though each clip lies "
+                                  "within its recording",
+                      (moved ? "move the others by as much, or " : std::string()) + "--sound-offset " +
+                          offsetText(offset->seconds + shoot.input.rules.soundOffsetSeconds, rate) +
                           " in a scan of this card alone; lock a clip whose sound is right as it is"},
                      card.unmoved);
     }

@@ -4,6 +4,7 @@
 #include "Platform/Stop.h"
 #include "Timecode/TimecodeFrameRate.h"
 
+#include <cmath>
 #include <set>
 #include <utility>
 
@@ -57,16 +58,22 @@ class RateDoubts {
         }
         return best;
     }
+    static bool areApart(const FilePlace& a, const FilePlace& b) {
+        constexpr double aFrame = 0.01; // and less, at any rate
+        return std::abs(a.range.startSeconds - b.range.startSeconds) > aFrame;
+    }
     /// Of all clips, and of those without sound.
     std::pair<Found, Found> foundAt(TimecodeFrameRate rate) const {
         MatchRules rules = shoot_.input.rules;
         rules.timecodeRate = rate;
         Places places(rules);
-        Covers covers;
+        Covers covers(rules.days);
+        std::vector<bool> isMoved(shoot_.recordings.size());
         for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
             if (auto place = places.of(*shoot_.recordings[i].asset)) {
                 place->day = shoot_.recordings[i].place.day;
                 covers.add(*place, i);
+                isMoved[i] = areApart(*place, shoot_.recordings[i].place);
             }
         covers.finish();
         std::set<std::size_t> used;
@@ -77,7 +84,8 @@ class RateDoubts {
             const auto sound = place ? covers.of(*place) : std::nullopt;
             if (!sound) continue;
             ++all.clips;
-            if (clip->isCovered) continue;
+            // What lies under a clip where both are read as they are is kept apart by something else.
+            if (clip->isCovered || !(isMoved[*sound] || areApart(*place, *clip->place))) continue;
             ++without.clips;
             used.insert(*sound);
         }

@@ -94,7 +94,7 @@ std::string rateText(TimecodeFrameRate rate);
 void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addDayDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts);
-/// What people moved by hand tells of the clips that they have not come to.
+/// What people moved by hand, and what was heard of some clips, tells of the others.
 void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts);
 void addTimecodeDoubts(const Shoot& shoot, SyncDoubts& doubts);
 

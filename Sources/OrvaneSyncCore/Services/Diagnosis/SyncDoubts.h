@@ -24,6 +24,9 @@ struct DoubtInput {
     const std::unordered_map<UUID, SmartAudioResult>&
         smartAudioResults;  ///< by group, as far as there are any
     const FileNames& names; ///< of all files of the work
+    /// Of clips that were listened to, by group: seconds by which the sound of the camera's own microphone
+    /// lies later than the recording's. Null: none were.
+    const std::unordered_map<UUID, double>* heardLags = nullptr;
 };
 
 /// Why clips may not have the right sound. Derived anew from the state of the work; pure, any thread.

@@ -23,9 +23,30 @@ bool declaresEntities(std::string_view document) {
     const std::string_view start = document.substr(0, entityTestBytes);
     if (!platform::text::isValidUTF8(start)) return false;
     const auto sameLetter = [](char a, char b) { return std::toupper(static_cast<unsigned char>(a)) == b; };
-    return std::search(start.begin(), start.end(), entityDeclaration.begin(), entityDeclaration.end(),
-                       sameLetter) != start.end();
+    constexpr std::string_view opening = "<!"; // in few documents at all
+    for (std::size_t at = start.find(opening); at != std::string_view::npos; at = start.find(opening, at + 1))
+        if (std::ranges::equal(start.substr(at, entityDeclaration.size()), entityDeclaration, sameLetter))
+            return true;
+    return false;
 }
+
+/// A name in capitals, as recorders write them.
+class Capitals {
+  public:
+    explicit Capitals(std::string_view name) : view_(name) {
+        const auto isOther = [](char c) { return !(c >= 'A' && c <= 'Z') && c != '_'; };
+        if (std::ranges::none_of(name, isOther)) return;
+        made_ = platform::text::uppercased(name);
+        view_ = made_;
+    }
+    Capitals(const Capitals&) = delete;
+    Capitals& operator=(const Capitals&) = delete;
+    operator std::string_view() const { return view_; } // NOLINT: it is one
+
+  private:
+    std::string made_;
+    std::string_view view_;
+};
 
 std::optional<int> trackIndex(std::string_view text) {
     const auto value = platform::text::decimalInteger(text);
@@ -38,7 +59,8 @@ std::optional<int> trackIndex(std::string_view text) {
 class IXMLParserDelegate final : public platform::XMLStreamHandler {
   public:
     void startElement(std::string_view name) override {
-        const std::string element = platform::text::uppercased(name);
+        const Capitals capitals(name);
+        const std::string_view element = capitals;
         currentText_.clear();
         isFull_ = false;
         if (element == "TRACK_LIST") {
@@ -61,7 +83,8 @@ class IXMLParserDelegate final : public platform::XMLStreamHandler {
     }
 
     void endElement(std::string_view name) override {
-        const std::string element = platform::text::uppercased(name);
+        const Capitals capitals(name);
+        const std::string_view element = capitals;
         const std::string_view text = trimmed(currentText_);
         if (inTrack_)
             endInTrack(element, text);
@@ -103,6 +126,8 @@ class IXMLParserDelegate final : public platform::XMLStreamHandler {
     void endInSpeed(std::string_view element, std::string_view text) {
         if (element == "TIMECODE_RATE") {
             keep(data_.timecodeRate, text);
+        } else if (element == "TIMECODE_FLAG") {
+            keep(data_.timecodeFlag, text);
         } else if (element == "TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_LO") {
             lowSamples_ = samplesIn(text);
         } else if (element == "TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_HI") {

@@ -124,7 +124,8 @@ std::optional<long> Places::daysBefore(Source source, const MediaAsset& asset, d
 std::optional<long> Places::dayOf(const MediaAsset& asset, const SyncEngine::TCRange& range) {
     const auto shootDay = asset.shootDay(starts_);
     if (!shootDay) return std::nullopt;
-    const long day = dayNumber(*shootDay);
+    if (!lastDay_ || lastDay_->first != *shootDay) lastDay_ = {*shootDay, dayNumber(*shootDay)};
+    const long day = lastDay_->second;
     if (!asset.contentCreatedDate || starts_.of(*asset.contentCreatedDate) != *shootDay ||
         MediaAsset::shootDateFromFilename(asset.filename))
         return day;

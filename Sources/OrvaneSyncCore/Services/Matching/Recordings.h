@@ -12,6 +12,7 @@
 #include <stop_token>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -70,7 +71,8 @@ class Places {
 
     MatchRules rules_;
     calendar::DayStarts starts_;
-    std::array<Dates, 3> dates_; ///< by source
+    std::optional<std::pair<Date, long>> lastDay_; ///< most files are of the day of the one before
+    std::array<Dates, 3> dates_;                   ///< by source
 };
 
 /// The folder of a file, with the slash at its end; a view into the asset.

@@ -20,6 +20,8 @@ struct Candidate {
 
 /// A gap or an overlap between two parts of up to this length is none.
 constexpr double contiguityToleranceSeconds = 0.5;
+/// What is further apart are two takes, whatever their names. Less is a part that the card lost.
+constexpr double largestGapSeconds = 60;
 
 /// Whether a file begins where the one before it ends.
 bool follows(const SyncEngine::TCRange& previous, const SyncEngine::TCRange& current);

@@ -83,15 +83,42 @@ std::vector<std::vector<Meeting>> meetings(const std::vector<MediaAsset>& videos
     return all;
 }
 
+/// Merges two neighbouring runs that are in order by themselves; looks only at where they interlock.
+template <class Iterator, class Less>
+void mergeRuns(Iterator first, Iterator middle, Iterator last, const Less& isBefore) {
+    const auto from = std::upper_bound(first, middle, *middle, isBefore);
+    if (from == middle) return;
+    std::inplace_merge(from, middle, std::lower_bound(middle, last, *std::prev(middle), isBefore), isBefore);
+}
+
 /// The videos' places in the list, in the order of file names.
 std::vector<std::size_t> orderByName(const std::vector<MediaAsset>& videos) {
     std::vector<std::size_t> order(videos.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
-    // The files of one card come in this order.
-    const auto isUnordered = [](const MediaAsset& a, const MediaAsset& b) {
-        return platform::text::compareLocalizedStandard(a.filename, b.filename) > 0;
+    const auto isBefore = [&](std::size_t a, std::size_t b) {
+        return platform::text::compareLocalizedStandard(videos[a].filename, videos[b].filename) < 0;
     };
-    if (std::ranges::adjacent_find(videos, isUnordered) == videos.end()) return order;
+    // The files of one card come in this order, those of several cards in runs of it.
+    using Difference = std::vector<std::size_t>::difference_type;
+    std::vector<Difference> starts{0};
+    for (std::size_t i = 1; i < videos.size(); ++i)
+        if (isBefore(i, i - 1)) starts.push_back(static_cast<Difference>(i));
+    constexpr std::size_t longRuns = 32; // else keys that are made once are cheaper than comparing
+    if (starts.size() * longRuns < videos.size()) {
+        starts.push_back(std::ssize(order));
+        while (starts.size() > 2) {
+            std::vector<Difference> joined{0};
+            for (std::size_t run = 0; run + 1 < starts.size(); run += 2) {
+                const std::size_t end = std::min(run + 2, starts.size() - 1);
+                if (end == run + 2)
+                    mergeRuns(order.begin() + starts[run], order.begin() + starts[run + 1],
+                              order.begin() + starts[end], isBefore);
+                joined.push_back(starts[end]);
+            }
+            starts = std::move(joined);
+        }
+        return order;
+    }
 
     std::vector<std::string> keys;
     keys.reserve(videos.size());

@@ -195,7 +195,7 @@ class Finder {
         for (const std::size_t own : withDistinct(&SyncEngine::TCRange::endSeconds, edge))
             for (const std::size_t i : startingNear(end(own), startToleranceSeconds))
                 if (isPart(i, own)) offer(best, own, i, std::abs(start(i) - end(own)));
-        return attached(best, edge);
+        return attached(best ? best : acrossGap(edge, true), edge);
     }
     Indices earlier(const Indices& edge) {
         std::optional<Link> best;
@@ -205,7 +205,7 @@ class Finder {
                 const double gap = std::abs(start(own) - end(i));
                 if (gap <= startToleranceSeconds && isPart(i, own)) offer(best, own, i, gap);
             }
-        return attached(best, edge);
+        return attached(best ? best : acrossGap(edge, false), edge);
     }
     /// One of the files for each end, or start: what lies side by side is of one recorder, and mostly equally
     /// long.
@@ -228,6 +228,20 @@ class Finder {
         const std::size_t common = ChannelName(asset(own)).piecesInCommon(ChannelName(asset(i)));
         if (!best || std::tuple(common, -gap) > std::tuple(best->common, -best->gap))
             best = Link{i, common, gap};
+    }
+    /// What a card lost lies between two parts whose names count on.
+    std::optional<Link> acrossGap(const Indices& edge, bool isLater) const {
+        std::optional<Link> best;
+        for (const std::size_t own : edge)
+            for (const std::size_t i : byStart_) {
+                const std::size_t first = isLater ? own : i, second = isLater ? i : own;
+                const double gap = start(second) - end(first);
+                if (gap > startToleranceSeconds && gap <= SplitRecordingDetector::largestGapSeconds &&
+                    isPart(i, own) && SplitRecordingDetector::mayContinue(asset(first), asset(second)) &&
+                    (!best || gap < best->gap))
+                    best = Link{i, 0, gap};
+            }
+        return best;
     }
 
     /// The section of the part that was found, each file put on the lane of the channels that it continues.

@@ -13,10 +13,11 @@ namespace orvane {
 ///
 /// Side by side lie files that start within half a second of each other and are of one take, by the scene and
 /// take in both files' metadata, else by names that differ only in the channel (`ChannelName`). One after the
-/// other lie files of which each begins within half a second of the end of the one before. In both cases
-/// nothing known tells their recorders, their sound rolls, their sample rates or their days apart. A copy is
-/// a file of the same name, size and start in another folder; where a size is not known, of as many samples
-/// and channels.
+/// other lie files of which each begins within half a second of the end of the one before, or within a
+/// minute where the names count on (`SplitRecordingDetector::mayContinue`): a part that was lost lies
+/// between. In all cases nothing known tells their recorders, their sound rolls, their sample rates or their
+/// days apart. A copy is a file of the same name, size and start in another folder; where a size is not
+/// known, of as many samples and channels.
 struct TakeMembership {
     struct Candidate {
         const MediaAsset* audio = nullptr;

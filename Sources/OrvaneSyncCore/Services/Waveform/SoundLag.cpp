@@ -1,0 +1,176 @@
+#include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
+
+#include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
+#include "OrvaneSyncCore/Services/Takes/ClipSound.h"
+#include "Platform/MainThread.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+#include <mutex>
+#include <string_view>
+#include <utility>
+
+namespace orvane::SoundLag {
+
+namespace {
+
+// A slate is at the head, and with it the plainest sound of a clip.
+constexpr double heardSeconds = 15;
+constexpr double leastSeconds = 3; // in common
+constexpr std::size_t fewestPairs = 3, mostPairsOfACard = 6, mostPairs = 30;
+// What is softer than the loudest by more is the noise of two different microphones.
+constexpr float floorDB = 40;
+constexpr double steadyDB = 1.5; // standard deviation
+constexpr double likeness = 0.6; // correlation, 1 for the same
+// By which the best place is ahead of all that are not right beside it.
+constexpr double ahead = 0.1;
+constexpr int besideBins = 30;
+
+/// The level of all channels together, window by window.
+class Levels : public AudioListener {
+  public:
+    void samples(std::span<const float* const> channels, std::size_t frames) override {
+        for (const float* channel : channels)
+            for (std::size_t i = 0; i < frames; ++i) energy_ += double{channel[i]} * double{channel[i]};
+        count_ += frames * channels.size();
+    }
+    void windowEnded() override {
+        constexpr double silence = 1e-12;
+        const double mean = count_ > 0 ? energy_ / static_cast<double>(count_) : 0;
+        dB.push_back(static_cast<float>(10 * std::log10(mean + silence)));
+        energy_ = 0;
+        count_ = 0;
+    }
+
+    std::vector<float> dB;
+
+  private:
+    double energy_ = 0;
+    std::size_t count_ = 0;
+};
+
+std::vector<float> levelsOf(platform::AudioFile* file, double from, double seconds,
+                            const std::stop_token& stop) {
+    Levels levels;
+    if (file == nullptr || !(file->sampleRate() > 0) || file->channelCount() < 1) return {};
+    std::array<AudioListener*, 1> listeners{&levels};
+    AudioPass{.firstFrame = static_cast<std::int64_t>(std::llround(from * file->sampleRate())),
+              .channels = static_cast<std::size_t>(file->channelCount()),
+              .windowFrames = wholeSamples(1 / binsPerSecond, file->sampleRate()),
+              .windows = static_cast<std::size_t>(seconds * binsPerSecond),
+              .stop = stop}
+        .run(*file, listeners);
+    return std::move(levels.dB);
+}
+
+std::optional<double> lagOf(const Pair& pair, const std::stop_token& stop) {
+    const auto camera = platform::AudioFile::openAllTracks(pair.camera.path);
+    const auto own = levelsOf(camera.get(), 0, heardSeconds, stop);
+    if (static_cast<double>(own.size()) < leastSeconds * binsPerSecond) return std::nullopt;
+    const OpenTake take = openTake(pair.recording);
+    const double from = std::max(0.0, -pair.offsetSeconds - furthestSeconds);
+    const double to = heardSeconds - pair.offsetSeconds + furthestSeconds;
+    if (!take || to <= from) return std::nullopt;
+    const auto other = levelsOf(take.audio.get(), from, to - from, stop);
+    return between(own, other, pair.offsetSeconds + from);
+}
+
+std::vector<float> aboveTheFloor(std::span<const float> levels) {
+    const float loudest = std::ranges::max(levels);
+    std::vector<float> result(levels.begin(), levels.end());
+    for (float& level : result) level = std::max(level, loudest - floorDB);
+    return result;
+}
+
+/// Sums over the bins that two stretches have in common.
+struct Sums {
+    double count = 0, a = 0, b = 0, aa = 0, bb = 0, ab = 0;
+
+    static double spread(double sum, double squares, double count) {
+        return std::sqrt(std::max(0.0, squares / count - sum * sum / (count * count)));
+    }
+    double correlation() const {
+        const double spreadA = spread(a, aa, count), spreadB = spread(b, bb, count);
+        if (spreadA < steadyDB || spreadB < steadyDB) return 0;
+        return (ab / count - a * b / (count * count)) / (spreadA * spreadB);
+    }
+};
+
+std::string_view folderOf(const FileURL& file) {
+    return std::string_view(file.path).substr(0, file.path.rfind('/'));
+}
+
+} // namespace
+
+std::vector<Pair> pairsToHear(const SyncGroupList& groups) {
+    std::map<std::pair<std::string_view, std::string_view>, std::vector<const SyncGroup*>> cards;
+    for (const SyncGroup& group : groups)
+        if (!group.audioMatches.empty() && group.matchStatus.isSettled() && !group.isLocked &&
+            !group.isExcludedFromExport && group.manualAudioOffsetSeconds == 0 && !group.video.isOffspeed() &&
+            group.video.channelCount.value_or(0) > 0 &&
+            group.video.durationSeconds.value_or(0) >= leastSeconds)
+            cards[{folderOf(group.video.url), folderOf(group.primaryAudio()->url)}].push_back(&group);
+    std::erase_if(cards, [](const auto& card) { return card.second.size() < fewestPairs; });
+    std::vector<Pair> pairs;
+    if (cards.empty()) return pairs;
+    const std::size_t each = std::clamp(mostPairs / cards.size(), fewestPairs, mostPairsOfACard);
+    for (const auto& [folders, clips] : cards) {
+        const std::size_t count = std::min(each, clips.size());
+        for (std::size_t i = 0; i < count; ++i) {
+            const SyncGroup& group = *clips[i * clips.size() / count];
+            const ClipSound sound(group);
+            pairs.push_back({group.id, group.video.url, *sound.take, sound.offsetSeconds});
+        }
+    }
+    return pairs;
+}
+
+std::optional<double> between(std::span<const float> camera, std::span<const float> recording,
+                              double offsetSeconds) {
+    if (camera.empty() || recording.empty()) return std::nullopt;
+    const auto own = aboveTheFloor(camera), other = aboveTheFloor(recording);
+    const auto base = std::lround(offsetSeconds * binsPerSecond);
+    constexpr int most = static_cast<int>(furthestSeconds * binsPerSecond);
+    std::array<double, 2 * most + 1> likenesses{};
+    for (int lag = -most; lag <= most; ++lag) {
+        const std::ptrdiff_t shift = base + lag; // bin i of the camera is bin i - shift of the recording
+        const auto first = std::max<std::ptrdiff_t>(0, shift);
+        const auto last = std::min(std::ssize(own), std::ssize(other) + shift);
+        if (static_cast<double>(last - first) < leastSeconds * binsPerSecond) continue;
+        Sums sums;
+        for (auto i = first; i < last; ++i) {
+            const double a = own[static_cast<std::size_t>(i)], b = other[static_cast<std::size_t>(i - shift)];
+            sums.a += a;
+            sums.b += b;
+            sums.aa += a * a;
+            sums.bb += b * b;
+            sums.ab += a * b;
+        }
+        sums.count = static_cast<double>(last - first);
+        likenesses[static_cast<std::size_t>(lag + most)] = sums.correlation();
+    }
+    const auto best = std::ranges::max_element(likenesses);
+    if (*best < likeness) return std::nullopt;
+    for (auto other = likenesses.begin(); other != likenesses.end(); ++other)
+        if (std::abs(other - best) > besideBins && *other > *best - ahead) return std::nullopt;
+    return static_cast<double>(best - likenesses.begin() - most) / binsPerSecond;
+}
+
+std::unordered_map<UUID, double> heard(const std::vector<Pair>& pairs, const std::stop_token& stop) {
+    std::unordered_map<UUID, double> lags;
+    std::mutex mutex;
+    constexpr std::size_t atOnce = 4;
+    platform::concurrently(
+        pairs.size(), atOnce,
+        [&](std::size_t i) {
+            const auto lag = lagOf(pairs[i], stop);
+            const std::lock_guard lock(mutex);
+            if (lag) lags.emplace(pairs[i].groupID, *lag);
+        },
+        stop);
+    return lags;
+}
+
+} // namespace orvane::SoundLag

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/SyncGroupList.h"
+#include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
+
+#include <optional>
+#include <span>
+#include <stop_token>
+#include <unordered_map>
+#include <vector>
+
+namespace orvane {
+
+/// How far a recording lies from where its camera's own microphone heard the same, by the loudness of both.
+/// Any thread.
+namespace SoundLag {
+
+/// How far the recordings are looked for around their place, seconds.
+inline constexpr double furthestSeconds = 5;
+inline constexpr double binsPerSecond = 100;
+
+/// A clip whose camera recorded sound, with its recording.
+struct Pair {
+    UUID groupID;
+    FileURL camera;
+    TakeSound recording;
+    double offsetSeconds = 0; ///< clip time of the recording's first sample
+};
+/// Of each camera folder with each folder of recordings some clips, spread over them: those that have their
+/// sound by timecode alone. None where three could not be heard.
+std::vector<Pair> pairsToHear(const SyncGroupList& groups);
+
+/// Seconds to be added to the offset of the recording, to 10 ms. Both are levels in dB, `binsPerSecond` of
+/// them, that of the camera from its first frame; the recording's first bin lies at `offsetSeconds` of the
+/// clip. Nothing where the two have not plainly one sound in common, nor where one of them is steady.
+std::optional<double> between(std::span<const float> camera, std::span<const float> recording,
+                              double offsetSeconds);
+
+/// The same of files, by group; those for which there is none are left out. Throws Stopped.
+std::unordered_map<UUID, double> heard(const std::vector<Pair>& pairs, const std::stop_token& stop = {});
+
+} // namespace SoundLag
+} // namespace orvane

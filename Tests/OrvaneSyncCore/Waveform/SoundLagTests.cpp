@@ -1,0 +1,80 @@
+#include "MediaFactory/WaveMaker.h"
+#include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
+#include "Support/RandomSeed.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
+
+#include <cmath>
+#include <random>
+
+namespace orvane::test {
+namespace {
+
+constexpr int rate = 8000;
+
+/// Noise that is louder and softer like speech.
+std::vector<float> soundOf(unsigned seed, double seconds) {
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<float> level(-50, -10), noise(-1, 1);
+    std::vector<float> samples(static_cast<std::size_t>(seconds * rate));
+    float gain = 0;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        if (i % (rate * 3 / 10) == 0) gain = std::pow(10.0F, level(random) / 20);
+        samples[i] = gain * noise(random);
+    }
+    return samples;
+}
+
+TEST(SoundLag, IsFoundByTheCamerasOwnMicrophone) {
+    const TemporaryDirectory folder;
+    constexpr double takeSeconds = 25, clipSeconds = 12, startsAt = 6; // of the take
+    struct Case {
+        const char* name;
+        double lag; ///< of the place by timecode
+        std::optional<double> heard;
+        unsigned camera = 1; ///< whose sound it is; that of the recording is 1
+        float gain = 0.1F, noise = 0.002F;
+    };
+    const std::vector<Case> cases{
+        {"in its place", 0, 0},
+        {"2.5 s late", 2.5, -2.5},
+        {"4.3 s early", -4.3, 4.3},
+        {"further than is looked for", 5.5, std::nullopt},
+        {"under the noise of the camera", 2.5, std::nullopt, 1, 0.001F, 0.1F},
+        {"a camera without sound", 2.5, std::nullopt, 1, 0, 0},
+        {"another sound", 0, std::nullopt, 2},
+    };
+    for (const unsigned seed : seeds(2)) {
+        const auto make = [&](const std::string& name, std::vector<float> samples) {
+            WaveMaker()
+                .format({.channels = 1, .sampleRate = rate})
+                .samples(samples)
+                .writeTo(folder.path(name));
+            return FileURL{folder.path(name)};
+        };
+        const auto take = soundOf(seed, takeSeconds);
+        const FileURL recording = make("take.wav", take);
+        std::mt19937 random(seed);
+        std::uniform_real_distribution<float> noise(-1, 1);
+        std::vector<SoundLag::Pair> pairs;
+        for (const Case& one : cases) {
+            const auto source = one.camera == 1 ? take : soundOf(seed + one.camera, takeSeconds);
+            std::vector<float> heard;
+            for (std::size_t i = 0; i < static_cast<std::size_t>(clipSeconds * rate); ++i)
+                heard.push_back(one.gain * source[i + static_cast<std::size_t>(startsAt * rate)] +
+                                one.noise * noise(random));
+            pairs.push_back({UUID::random(), make("camera" + std::to_string(pairs.size()) + ".wav", heard),
+                             recording, one.lag - startsAt});
+        }
+        const auto lags = SoundLag::heard(pairs);
+        for (std::size_t i = 0; i < cases.size(); ++i) {
+            const auto found = lags.find(pairs[i].groupID);
+            ASSERT_EQ(found != lags.end(), cases[i].heard.has_value()) << cases[i].name << ", seed " << seed;
+            if (!cases[i].heard) continue;
+            EXPECT_NEAR(found->second, *cases[i].heard, 0.011) << cases[i].name;
+        }
+    }
+}
+
+} // namespace
+} // namespace orvane::test

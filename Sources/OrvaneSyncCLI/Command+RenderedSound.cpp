@@ -1,3 +1,4 @@
+#include "OrvaneSyncApp/Controllers/WorkInputs.h"
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/FileAnalysis.h"
 #include "OrvaneSyncCLI/OpenSession.h"
@@ -68,9 +69,10 @@ Routed routedFile(Context& context, const std::string& path, ProgressLine& progr
 
 /// The editor's tracks and ranges count; nothing of the session changes on the disk.
 Routed routedClip(const Context& context, const std::string& sessionWords, const std::string& clip,
-                  ProgressLine& progress) {
+                  RenderedOutput& output, ProgressLine& progress) {
     const SessionStore store(AppStorageHelper::sessionsDirectory());
     OpenSession session(context, store, sessionNamed(store, sessionWords));
+    output.addInputs(inputsOf(session.controller())());
     const SyncGroup& group = session.clipNamed(clip);
     if (group.isMOS()) throw CommandError("the clip '" + clip + "' has no sound");
     SmartAudioController& smartAudio = session.controller().smartAudio();
@@ -93,9 +95,9 @@ void mixdown(Context& context, const Arguments& arguments) {
     if (session.has_value() != clip.has_value()) throw UsageError("--session and --clip go together");
     if (session && !arguments.positionals().empty())
         throw UsageError("either a file, or --session and --clip");
-    const RenderedOutput output(context, arguments, session ? RunInputs() : inputOf(onlyFile(arguments)));
+    RenderedOutput output(context, arguments, session ? RunInputs() : inputOf(onlyFile(arguments)));
     ProgressLine progress(context, arguments.has("--quiet"));
-    const Routed routed = session ? routedClip(context, *session, *clip, progress)
+    const Routed routed = session ? routedClip(context, *session, *clip, output, progress)
                                   : routedFile(context, onlyFile(arguments), progress);
     const OpenTake take = openTake(routed.sound);
     if (!take || !canBeRendered(*take.audio)) failWithoutBlocks(session ? *clip : onlyFile(arguments));

@@ -34,8 +34,14 @@ const std::vector<Option>& renderedOutputOptions() {
 
 RenderedOutput::RenderedOutput(Context& context, const Arguments& arguments, RunInputs inputs)
     : context_(context), path_(outputOf(arguments)),
-      guard_(OutputKind::rendering, std::move(inputs), {.replacesOthers = arguments.has("--force")}),
-      asJSON_(arguments.has("--json")) {
+      inputs_(std::move(inputs)), permission_{.replacesOthers = arguments.has("--force")},
+      guard_(OutputKind::rendering, inputs_, permission_), asJSON_(arguments.has("--json")) {
+    guard_.check(path_);
+}
+
+void RenderedOutput::addInputs(RunInputs inputs) {
+    inputs_.add(std::move(inputs));
+    guard_ = OutputGuard(OutputKind::rendering, inputs_, permission_);
     guard_.check(path_);
 }
 

@@ -22,6 +22,8 @@ class RenderedOutput {
     RenderedOutput(Context& context, const Arguments& arguments, RunInputs inputs);
 
     const std::string& path() const { return path_; }
+    /// Adds to what is read. Throws OutputRefused where the output would lie there.
+    void addInputs(RunInputs inputs);
     /// Writes the file, as a whole or not at all, and says what was written. Throws FileError.
     void render(platform::AudioFileWriter::Format format,
                 const std::function<void(platform::AudioFileWriter& out)>& fill,
@@ -34,6 +36,8 @@ class RenderedOutput {
 
     Context& context_;
     std::string path_;
+    RunInputs inputs_;
+    OutputPermission permission_;
     OutputGuard guard_;
     bool asJSON_;
 };

@@ -32,7 +32,9 @@ class AtmoControllerTest : public test::ControllerTest {
             samples.push_back(static_cast<float>((i < 5 * hz ? 0.1 : 0.0005) * std::sin(i * 0.7)));
         test::WaveMaker()
             .format({.sampleRate = hz})
-            .bext({.date = "2026-11-20", .timeReference = std::uint64_t{tenOClock + start} * hz})
+            .bext({.originator = "OrvaneSync", // a rendering of an earlier day
+                   .date = "2026-11-20",
+                   .timeReference = std::uint64_t{tenOClock + start} * hz})
             .iXML(test::IXMLText{.scene = scene}.text())
             .samples(samples)
             .writeTo(folder_.write("shoot/" + sound + ".WAV", ""));
@@ -92,6 +94,10 @@ TEST_F(AtmoControllerTest, aFailureIsToldAndChangesNothing) {
     EXPECT_NE(failing({.scene = "12A", .candidates = candidates, .outputDirectory = folder_.path("out")}),
               "");
     EXPECT_EQ(folder_.read("out/12A=Atmo.wav"), "somebody else's");
+    std::filesystem::create_directory(folder_.path("linked"));
+    std::filesystem::create_hard_link(folder_.path("shoot/T01.WAV"), folder_.path("linked/12A=Atmo.wav"));
+    EXPECT_TRUE(failing({.scene = "12A", .candidates = candidates, .outputDirectory = folder_.path("linked")})
+                    .ends_with("which is being read; give the output another name"));
     EXPECT_TRUE(controller_->work().wildTracks().empty());
     EXPECT_FALSE(controller_->atmo().state().isGenerating);
 }

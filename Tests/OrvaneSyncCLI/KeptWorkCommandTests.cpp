@@ -8,6 +8,10 @@
 #include "Support/Test.h"
 #include "Support/VirtualMainThread.h"
 
+#include <filesystem>
+#include <set>
+#include <tuple>
+
 namespace orvane::cli {
 namespace {
 
@@ -126,6 +130,62 @@ TEST_F(KeptWork, projectsAreShownAndExported) {
     EXPECT_NE(gone.err.find("can't read the project's folder"), std::string::npos) << gone.err;
     EXPECT_FALSE(std::filesystem::exists(output_));
     EXPECT_NE(runWith({"project", "show", project_}).out.find("sound (is not there now)"), std::string::npos);
+}
+
+/// Whatever writes a file, and the permission that it has where others than its own are concerned.
+TEST_F(KeptWork, noCommandWritesOverWhatMustStay) {
+    const std::string sound = folder_.path("sound/DAY1_T01.WAV"), video = folder_.path("camera/A001C003.mov");
+    const std::string media = test::WaveMaker().format({}).silence(10).bytes();
+    // Media with the program's mark is an input all the same.
+    test::WaveMaker().format({}).bext({.originator = "OrvaneSync"}).silence(10).writeTo(sound);
+    struct Case {
+        const char* extension;
+        std::vector<std::string> words; ///< the place follows
+    };
+    const std::vector<Case> writers{
+        {".xml", {"sync", folder_.path("sound"), "-o"}},
+        {".tsv", {"scan", folder_.path("sound"), "--review"}},
+        {".xml", {"session", "export", session_, "-o"}},
+        {".xml", {"project", "export", project_, "-o"}},
+        {".png", {"frame", video, "--at", "0", "-o"}},
+        {".png", {"waveform", sound, "--png"}},
+        {".wav", {"mixdown", sound, "-o"}},
+        {".wav", {"mixdown", "--session", session_, "--clip", "Hero", "-o"}},
+        {".wav", {"solo", sound, "--channel", "1", "-o"}},
+        {".wav", {"preview", sound, "--gain", "1", "-o"}},
+        {".wav", {"play", video, sound, "--render"}},
+        {".json", {"shortcuts", "export"}},
+    };
+    const auto refusal = [&](std::vector<std::string> words, const std::string& place, bool force) {
+        words.push_back(place);
+        if (force) words.emplace_back("--force");
+        const std::string before = folder_.read(place.substr(folder_.path().size() + 1));
+        const Outcome outcome = runWith(words);
+        EXPECT_NE(outcome.status, done) << words[0];
+        EXPECT_EQ(folder_.read(place.substr(folder_.path().size() + 1)), before) << words[0];
+        return outcome.err;
+    };
+    std::set<std::string, std::less<>> tried;
+    for (const auto& [extension, words] : writers) {
+        tried.insert(words[0]);
+        const std::string foreign = folder_.write("foreign" + std::string(extension), "mine"),
+                          locked = folder_.write("locked" + std::string(extension), "mine"),
+                          disguised = folder_.write("disguised" + std::string(extension), media);
+        std::filesystem::permissions(locked, std::filesystem::perms::owner_read);
+        const std::tuple<std::string, bool, const char*> places[] = {
+            {foreign, false, "or --force to replace it"},
+            {locked, true, "read-only"},
+            {disguised, true, "media is never replaced"},
+            {sound, true,
+             std::string_view(extension) == ".wav" ? "which is being read" : "names a media file"}};
+        for (const auto& [place, force, why] : places) {
+            const std::string said = refusal(words, place, force);
+            EXPECT_NE(said.find(why), std::string::npos) << words[0] << " " << place << ": " << said;
+        }
+    }
+    for (const Command* command : allCommands())
+        for (const Option& option : command->options)
+            EXPECT_TRUE(!option.value.starts_with("OUT") || tried.contains(command->name)) << command->name;
 }
 
 TEST_F(KeptWork, wrongUsageIsToldFromFailure) {

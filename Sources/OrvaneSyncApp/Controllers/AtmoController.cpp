@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/AtmoController.h"
 
+#include "OrvaneSyncApp/Controllers/WorkInputs.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 #include "Platform/SHA256.h"
@@ -103,12 +104,12 @@ platform::Task AtmoController::build(Weak weak, Order order, std::shared_ptr<Atm
     self->work_.notify(ImportField::atmo);
     auto stitching = platform::onQueue(
         *self->queue_, self->work_.environment.mainThread,
-        [order, folders = self->work_.folders()](const std::stop_token& stop) {
+        [order, folders = self->work_.folders(),
+         inputs = inputsOfClips(self->work_)](const std::stop_token& stop) {
             QuietAmbientGenerator::Output output{sceneNameOf(order.scene), "", order.audioRole};
             if (order.outputDirectory) {
                 output.directory = platform::files::standardized(*order.outputDirectory);
-                // The recordings are read; whatever else lies in a folder of the user's is theirs.
-                const auto guard = std::make_shared<OutputGuard>(OutputKind::rendering);
+                const auto guard = std::make_shared<OutputGuard>(OutputKind::rendering, inputs());
                 output.decide = [guard](const std::string& path) { return guard->decide(path); };
             } else {
                 output.directory = folderOfWork(folders);

@@ -9,17 +9,21 @@
 #include "OrvaneSyncApp/Views/Review/SyncLensView.h"
 #include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
+#include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QBuffer>
 #include <QDialog>
 #include <QDir>
+#include <QImage>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QTableView>
 #include <QTimer>
 
 #include <algorithm>
+#include <cstdio>
 #include <deque>
 #include <memory>
 
@@ -56,7 +60,16 @@ class Walk : public QTimer {
     void waitUntil(std::function<bool()> holds) { steps_.push_back(std::move(holds)); }
 
     void grab(QWidget& widget, const QString& name) {
-        widget.grab().save(QDir(folder_).filePath(name + QStringLiteral(".png")));
+        QImage picture = widget.grab().toImage();
+        picture.setText(QStringLiteral("Software"), text(renderingMark));
+        QBuffer png;
+        picture.save(&png, "PNG");
+        try {
+            OutputGuard(OutputKind::picture)
+                .write(utf8(QDir(folder_).filePath(name + QStringLiteral(".png"))), png.data().toStdString());
+        } catch (const platform::FileError& why) {
+            std::fprintf(stderr, "%s\n", why.what());
+        }
     }
 
     void atEachSize(const QString& name) {

@@ -139,6 +139,8 @@ TEST_F(OutputGuardTest, ownOutputsOfTheKindAreWrittenAgainAndOthersWithPermissio
                  {"still.png", picture, png("Software\0Camera"s), never},
                  {"keys.json", shortcuts, R"(["zoomFit",{"key":"0","modifiers":0}])", always},
                  {"a setting.json", shortcuts, R"(["zoomFit","0"])", withPermission},
+                 {"x.eml", mail, std::string(mailHead) + "Content-Type: x", always},
+                 {"a mail.eml", mail, "MIME-Version: 1.0\r\nSubject: Call sheet\r\n", withPermission},
                  {"as media.mp4", rendering, "text", never},
                  {"a rendering", document, wave("OrvaneSync"), never}};
     for (const auto& [name, kind, there, outcome] : cases)

@@ -1,8 +1,9 @@
 #include "OrvaneSyncApp/ViewModels/Sheets/Feedback.h"
 
+#include "OrvaneSyncApp/Controllers/WorkInputs.h"
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
+#include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 #include "OrvaneSyncCore/Utilities/Base64.h"
-#include "Platform/Files.h"
 #include "Platform/Random.h"
 
 #include <array>
@@ -109,9 +110,8 @@ platform::HTTPRequest feedbackRequest(const std::string& url, const Feedback& fe
 
 std::string feedbackMail(const Feedback& feedback) {
     const std::string mark = boundary();
-    std::string mail = "MIME-Version: 1.0\r\nSubject: OrvaneSync feedback\r\nContent-Type: multipart/mixed; "
-                       "boundary=" +
-                       mark + "\r\n";
+    std::string mail(mailHead);
+    mail += "Content-Type: multipart/mixed; boundary=" + mark + "\r\n";
     const auto add = [&](const std::string& headers, const std::string& content) {
         mail += "\r\n--" + mark + "\r\n" + headers + "Content-Transfer-Encoding: base64\r\n\r\n" +
                 lines76(base64::encoded(content));
@@ -146,10 +146,13 @@ platform::Task FeedbackDelivery::send(std::string url, Feedback feedback) {
     co_await sending;
 }
 
-platform::Task FeedbackDelivery::save(std::string path, Feedback feedback) {
-    auto saving =
-        platform::onQueue(*queue_, mainThread_, [path = std::move(path), feedback = std::move(feedback)] {
-            platform::files::writeAtomically(path, feedbackMail(feedback));
+platform::Task FeedbackDelivery::save(std::string path, Feedback feedback, const ImportController& work,
+                                      bool mayReplace) {
+    auto saving = platform::onQueue(
+        *queue_, mainThread_,
+        [path = std::move(path), feedback = std::move(feedback), inputs = inputsOf(work), mayReplace] {
+            const OutputPermission permission{mayReplace, "choose that file itself"};
+            OutputGuard(OutputKind::mail, inputs(), permission).write(path, feedbackMail(feedback));
         });
     co_await saving;
 }

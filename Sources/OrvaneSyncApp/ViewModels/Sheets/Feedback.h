@@ -37,8 +37,9 @@ class FeedbackDelivery {
                      std::shared_ptr<platform::HTTPClient> client);
     /// Throws HTTPError, and std::runtime_error for an answer that is none of success.
     platform::Task send(std::string url, Feedback feedback);
-    /// Throws FileError.
-    platform::Task save(std::string path, Feedback feedback);
+    /// As `feedbackMail`, to a place that a person chose. `mayReplace`: whether they were asked about the
+    /// file that is there. Throws FileError, OutputRefused among them.
+    platform::Task save(std::string path, Feedback feedback, const ImportController& work, bool mayReplace);
 
   private:
     const std::shared_ptr<platform::MainThread> mainThread_;

@@ -109,8 +109,10 @@ class FeedbackSheet : public Sheet {
             this, tr("Save feedback"), QDir::home().filePath(QStringLiteral("OrvaneSync Feedback.eml")),
             tr("Mails (*.eml)"));
         if (place.isEmpty()) return;
-        if (!place.endsWith(QStringLiteral(".eml"))) place += QStringLiteral(".eml");
-        follow(delivery_.save(utf8(place), feedback()), tr("Saved: %1").arg(place));
+        const bool wasAsked = place.endsWith(QStringLiteral(".eml")); // about a file of that very name
+        if (!wasAsked) place += QStringLiteral(".eml");
+        follow(delivery_.save(utf8(place), feedback(), desktop_.controller(), wasAsked),
+               tr("Saved: %1").arg(place));
     }
     void follow(const platform::Task& task, const QString& done) {
         isUnderWay_ = true;

@@ -112,8 +112,8 @@ void takeAll(std::string_view& text, std::string_view characters) {
 } // namespace
 
 std::string_view name(OutputKind kind) {
-    constexpr std::array names{"document"sv,  "project"sv, "table"sv,
-                               "rendering"sv, "picture"sv, "list of key bindings"sv};
+    constexpr std::array names{
+        "document"sv, "project"sv, "table"sv, "rendering"sv, "picture"sv, "list of key bindings"sv, "mail"sv};
     return names.at(static_cast<std::size_t>(kind));
 }
 
@@ -155,6 +155,8 @@ bool isOwnOutput(OutputKind kind, const std::string& path) {
         return isOwnPicture(*file);
     case OutputKind::shortcuts:
         return isOwnBindings(path);
+    case OutputKind::mail:
+        return file->peek(0, mailHead.size()).text() == mailHead;
     }
     return false;
 }

@@ -13,7 +13,8 @@ enum class OutputKind : std::uint8_t {
     table,     ///< the clips to review, tab separated
     rendering, ///< sound or a movie: wav, mov
     picture,   ///< png
-    shortcuts  ///< key bindings, a JSON list
+    shortcuts, ///< key bindings, a JSON list
+    mail       ///< a message to the makers: eml
 };
 
 /// What messages call such a file: "document".
@@ -26,8 +27,11 @@ inline constexpr std::string_view renderingMark = "OrvaneSync";
 inline constexpr std::string_view reviewTableHeader =
     "clip\tcamera_file\tsound\tstatus\tdoubt\tchoice\toffset_frames\tname\tskip\tnote";
 
-/// Whether the file is one that this program wrote as an output of the kind: a document, project, table or
-/// list of key bindings by its form, a rendering or picture by its mark. False for what cannot be read.
+/// The first lines of a mail, with their ends.
+inline constexpr std::string_view mailHead = "MIME-Version: 1.0\r\nSubject: OrvaneSync feedback\r\n";
+
+/// Whether the file is one that this program wrote as an output of the kind: a rendering or picture by its
+/// mark, any other by its form. False for what cannot be read.
 /// `path` is in the bytes of the file system.
 bool isOwnOutput(OutputKind kind, const std::string& path);
 

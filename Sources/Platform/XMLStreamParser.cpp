@@ -1,5 +1,7 @@
 #include "Platform/XMLStreamParser.h"
 
+#include "Platform/Text.h"
+
 #include <expat.h>
 #include <unicode/ucnv.h>
 
@@ -103,9 +105,90 @@ struct FreeParser {
     void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
 };
 
+// --- what recorders write in thousands
+
+constexpr std::size_t longestPlain = 65536;
+constexpr std::size_t deepestPlain = 64;
+
+bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'; }
+bool isInName(char c) { return isLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '.' || c == ':'; }
+bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n'; }
+
+/// Control characters are none of XML's, and a carriage return means a line feed there.
+bool isPlain(char c) { return static_cast<unsigned char>(c) >= ' ' || c == '\t' || c == '\n'; }
+
+std::string_view withoutDeclaration(std::string_view document) {
+    for (const std::string_view usual :
+         {R"(<?xml version="1.0" encoding="UTF-8"?>)", R"(<?xml version="1.0" encoding="utf-8"?>)",
+          R"(<?xml version="1.0"?>)"})
+        if (document.starts_with(usual)) return document.substr(usual.size());
+    return document;
+}
+
+/// Goes over a document, and says whether it is one of those that are read here. `Handler`: called as an
+/// XMLStreamHandler.
+template <class Handler>
+bool goOver(std::string_view rest, Handler& handler) {
+    std::array<std::string_view, deepestPlain> open;
+    std::size_t depth = 0;
+    bool hasRoot = false;
+    while (!rest.empty()) {
+        const std::string_view text = rest.substr(0, rest.find('<'));
+        if (depth == 0 && !std::ranges::all_of(text, isBlank)) return false;
+        if (depth > 0 && !text.empty()) handler.characters(text);
+        rest.remove_prefix(text.size());
+        if (rest.empty()) break;
+        const bool isEnd = rest.starts_with("</");
+        rest.remove_prefix(isEnd ? 2 : 1);
+        const auto end = std::ranges::find_if_not(rest, isInName);
+        const std::string_view name = rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
+        rest.remove_prefix(name.size());
+        if (name.empty() || !isLetter(name.front())) return false;
+        if (isEnd) {
+            if (depth == 0 || open[--depth] != name || !rest.starts_with('>')) return false;
+            rest.remove_prefix(1);
+            handler.endElement(name);
+            continue;
+        }
+        const bool isEmpty = rest.starts_with("/>");
+        if ((!isEmpty && !rest.starts_with('>')) || depth == deepestPlain || (depth == 0 && hasRoot))
+            return false;
+        rest.remove_prefix(isEmpty ? 2 : 1);
+        hasRoot = true;
+        handler.startElement(name);
+        if (isEmpty)
+            handler.endElement(name);
+        else
+            open[depth++] = name;
+    }
+    return hasRoot && depth == 0;
+}
+
+struct Nobody {
+    static void startElement(std::string_view) {}
+    static void endElement(std::string_view) {}
+    static void characters(std::string_view) {}
+};
+
 } // namespace
 
+bool parsePlainXML(std::string_view document, XMLStreamHandler& handler) {
+    constexpr std::string_view noncharacters = "\xEF\xBF"; // U+FFFE and U+FFFF, with harmless neighbours
+    const std::string_view body = withoutDeclaration(document);
+    if (document.size() > longestPlain || !std::ranges::all_of(body, isPlain) ||
+        body.find('&') != std::string_view::npos || body.find("]]>") != std::string_view::npos ||
+        body.find(noncharacters) != std::string_view::npos || !text::isValidUTF8(body))
+        return false;
+    Nobody nobody;
+    if (!goOver(body, nobody)) return false; // before anybody is told
+    return goOver(body, handler);
+}
+
 bool parseXMLStream(std::string_view document, XMLStreamHandler& handler) {
+    return parsePlainXML(document, handler) || parseXMLStreamWithLibrary(document, handler);
+}
+
+bool parseXMLStreamWithLibrary(std::string_view document, XMLStreamHandler& handler) {
     const std::unique_ptr<XML_ParserStruct, FreeParser> parser(XML_ParserCreate(nullptr));
     if (!parser) return false;
     Reading state;

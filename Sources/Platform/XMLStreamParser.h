@@ -23,4 +23,11 @@ class XMLStreamHandler {
 /// encodings by their declaration. An exception of the handler ends the reading and passes through.
 bool parseXMLStream(std::string_view document, XMLStreamHandler& handler);
 
+/// The same for what recorders write in thousands, without the library: a small document of elements and text
+/// in UTF-8, without attributes, references, comments and declarations of its own. False for any other, as
+/// for one that is not well-formed; the handler then got nothing.
+bool parsePlainXML(std::string_view document, XMLStreamHandler& handler);
+/// The same with the library alone: for comparing.
+bool parseXMLStreamWithLibrary(std::string_view document, XMLStreamHandler& handler);
+
 } // namespace orvane::platform

@@ -1,5 +1,9 @@
 #include "Platform/XMLStreamParser.h"
+#include "Support/RandomSeed.h"
 #include "Support/Test.h"
+
+#include <array>
+#include <random>
 
 namespace orvane::platform {
 namespace {
@@ -26,6 +30,42 @@ TEST(XMLStreamParser, readsDocuments) {
     EXPECT_EQ(told("\xFF\xFE<\0a\0/\0>\0"sv), "<a></a>");
     const std::string big(3'000'000, 'x');
     EXPECT_EQ(told("<a>" + big + "</a>")->size(), big.size() + 7);
+}
+
+/// Names, tags and texts in any order, mostly such as recorders write.
+TEST(PlainXML, ReadsWhatTheLibraryReadsAndNothingElse) {
+    constexpr std::array<std::string_view, 22> pieces{
+        "<A>",       "</A>",
+        "<B1>",      "</B1>",
+        "<C/>",      "text",
+        "\n",        "  ",
+        "\xC3\xA4",  "<A>x</A>",
+        "<B1></B1>", "&amp;",
+        "<",         ">",
+        "]]>",       "<A b='1'>",
+        "\r",        "\x01",
+        "\xFF",      "<1>",
+        "<!--c-->",  "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"};
+    constexpr std::size_t plain = 11;
+    int read = 0;
+    for (const unsigned seed : test::seeds(4000)) {
+        std::mt19937 random(seed);
+        const auto any = [&](std::size_t n) {
+            return std::uniform_int_distribution<std::size_t>(0, n - 1)(random);
+        };
+        std::string document = any(2) == 0 ? std::string(pieces.back()) : "";
+        document += "<R>";
+        for (std::size_t i = any(12); i > 0; --i)
+            document += pieces[any(any(8) == 0 ? pieces.size() : plain)];
+        document += "</R>";
+        Recorder own, other;
+        const bool isRead = parsePlainXML(document, own);
+        const bool isWellFormed = parseXMLStreamWithLibrary(document, other);
+        ASSERT_TRUE(!isRead || (isWellFormed && own.told == other.told)) << document << ", seed " << seed;
+        ASSERT_TRUE(isRead || own.told.empty()) << document;
+        read += isRead ? 1 : 0;
+    }
+    EXPECT_GT(read, 400);
 }
 
 TEST(XMLStreamParser, refusesBrokenDocuments) {

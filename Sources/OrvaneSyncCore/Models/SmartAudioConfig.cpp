@@ -4,7 +4,6 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace orvane {
 
@@ -45,8 +44,7 @@ namespace {
 using platform::SettingsStore;
 
 float floatSetting(const SettingsStore& store, const platform::Setting<double>& setting) {
-    constexpr double largest = std::numeric_limits<float>::max();
-    return static_cast<float>(std::clamp(store.get(setting), -largest, largest));
+    return static_cast<float>(store.get(setting));
 }
 
 } // namespace

@@ -10,7 +10,10 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
 #include <numeric>
+#include <set>
+#include <tuple>
 
 namespace orvane::cli::rpc {
 namespace {
@@ -194,6 +197,46 @@ TEST_F(PlayerServeTest, soundIsRenderedAsItWouldBeHeard) {
     EXPECT_EQ(runWith({"play", clip_.videoPath, "--render", clip_.videoPath, "--force"}).status, 1);
     EXPECT_EQ(runWith({"play", clip_.videoPath, "--rate", "0"}).status, 2);
     EXPECT_EQ(runWith({"play", clip_.videoPath, "--from", "11", "--render", output, "--force"}).status, 1);
+}
+
+/// Each command that takes a place is known here as one that reads there, or tried as one that writes.
+TEST_F(PlayerServeTest, NoCommandWritesOverWhatMustStay) {
+    if (!clip_.isMade) GTEST_SKIP() << "no tool for media";
+    const std::set<std::string_view> readers{"setFolders",        "chooseAndAttachAudio", "loadALE",
+                                             "loadProject",       "applyReview",          "importShortcuts",
+                                             "calibrationMeasure"};
+    const std::set<std::string_view> writersToFolders{"buildAtmo"}; // to a name of its own making
+    const std::string media = test::WaveMaker().format({}).silence(10).bytes();
+    const std::string locked = folder_.write("locked.txt", "mine");
+    std::filesystem::permissions(locked, std::filesystem::perms::owner_read);
+    const std::string report = folder_.write("day.csv", "Name,Scene\r\nA001C001.mov,12A\r\n");
+    call("loadALE", R"({"path":")" + report + "\"}");
+    const std::tuple<std::string, bool, const char*> places[] = {
+        {report, true, "it is the report '"},
+        {folder_.write("foreign.txt", "mine"), false, "or overwrite: true to replace it"},
+        {locked, true, "read-only"},
+        {folder_.write("disguised.txt", media), true, "media is never replaced"},
+        {clip_.soundPath, true, "names a media file"}};
+    for (const commands::Command& command : commands::allCommands()) {
+        const auto takesPlace = [](const commands::Parameter& one) {
+            return one.kind == commands::Parameter::Kind::path;
+        };
+        const auto place = std::ranges::find_if(command.parameters, takesPlace);
+        if (place == command.parameters.end() || readers.contains(command.id) ||
+            writersToFolders.contains(command.id))
+            continue;
+        if (command.id == "playerFrame") call("playerLoad", onFirst());
+        if (command.id == "clusterFrame") call("clusterLoad", R"({"groupIDs":[")" + groupID_ + "\"]}");
+        for (const auto& [path, overwrites, why] : places) {
+            const std::string before = platform::files::readText(path);
+            std::string arguments = "{\"" + std::string(place->name) + "\":\"" + path + "\"";
+            if (command.isOfOneClip()) arguments += ",\"groupID\":\"" + groupID_ + "\"";
+            if (overwrites) arguments += ",\"overwrite\":true";
+            const std::string said = failure(std::string(command.id), arguments + "}");
+            EXPECT_NE(said.find(why), std::string::npos) << command.id << " " << path << ": " << said;
+            EXPECT_EQ(platform::files::readText(path), before) << command.id;
+        }
+    }
 }
 
 } // namespace

@@ -65,7 +65,7 @@ class Walk : public QTimer {
         QBuffer png;
         picture.save(&png, "PNG");
         try {
-            OutputGuard(OutputKind::picture)
+            OutputGuard(OutputKind::picture, {}, {false, "take that file away"})
                 .write(utf8(QDir(folder_).filePath(name + QStringLiteral(".png"))), png.data().toStdString());
         } catch (const platform::FileError& why) {
             std::fprintf(stderr, "%s\n", why.what());

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/WorkInputs.h"
 
 namespace orvane::commands {
 
@@ -57,9 +58,13 @@ JSON decoded(CommandContext&, const Call& call) {
     return shortcut ? toJSON(*shortcut) : JSON();
 }
 
-platform::Task exported(ShortcutCenter& center, const Call& call) {
-    const bool replaces = call.has("overwrite") && call.boolean("overwrite");
-    return center.exportBindings(call.text("output"), {replaces, "overwrite: true"});
+platform::Task exported(CommandContext& context, const Call& call, std::shared_ptr<JSON> result) {
+    const OutputPermission permission{call.has("overwrite") && call.boolean("overwrite"), "overwrite: true"};
+    const auto writing = [permission, output = call.text("output"),
+                          inputs = inputsOf(*context.controller)](ShortcutCenter& center) {
+        return center.exportBindings(output, permission, inputs);
+    };
+    return run<listing>(context.shortcuts(), writing, std::move(result));
 }
 
 } // namespace
@@ -81,8 +86,8 @@ std::vector<Command> shortcutCommands() {
                      [](ShortcutCenter& center, const Call& call) {
                          return center.importBindings(call.text("path"));
                      }),
-        row<listing>("exportShortcuts", "Export Shortcuts…", "Writes the keys to a file.",
-                     {{"output", path}, {"overwrite", boolean, true}}, exported),
+        Command::later("exportShortcuts", "Export Shortcuts…", "Writes the keys to a file.",
+                       {{"output", path}, {"overwrite", boolean, true}}, exported),
         row<profilesListing>("shortcutProfiles", "Shortcut Profiles", "Lists the profiles of keys.", {}),
         row<profilesListing>(
             "saveShortcutProfile", "Save Shortcut Profile", "Keeps the present keys under a name.", {profile},

@@ -121,9 +121,10 @@ platform::Task ShortcutCenter::importBindings(std::string path) {
     return importBindings(weak_from_this(), std::move(path));
 }
 
-platform::Task ShortcutCenter::exportBindings(std::string path, OutputPermission permission) {
+platform::Task ShortcutCenter::exportBindings(std::string path, OutputPermission permission,
+                                              std::function<RunInputs()> inputs) {
     assertOnMainThread();
-    return exportBindings(weak_from_this(), std::move(path), permission);
+    return exportBindings(weak_from_this(), std::move(path), permission, std::move(inputs));
 }
 
 platform::Task ShortcutCenter::save() {
@@ -237,14 +238,17 @@ platform::Task ShortcutCenter::importBindings(Weak weak, std::string path) {
     co_await saving;
 }
 
-platform::Task ShortcutCenter::exportBindings(Weak weak, std::string path, OutputPermission permission) {
+platform::Task ShortcutCenter::exportBindings(Weak weak, std::string path, OutputPermission permission,
+                                              std::function<RunInputs()> inputs) {
     co_await readyOf(weak);
     auto self = weak.lock();
     if (!self) co_return;
-    auto writing = platform::onQueue(*self->queue_, self->mainThread_,
-                                     [path, permission, text = ShortcutFiles::exported(self->bindings_)] {
-                                         OutputGuard(OutputKind::shortcuts, {}, permission).write(path, text);
-                                     });
+    auto writing = platform::onQueue(
+        *self->queue_, self->mainThread_,
+        [path, permission, inputs, text = ShortcutFiles::exported(self->bindings_)] {
+            const OutputGuard guard(OutputKind::shortcuts, inputs ? inputs() : RunInputs(), permission);
+            guard.write(path, text);
+        });
     self.reset();
     co_await writing;
 }

@@ -76,8 +76,10 @@ class ShortcutCenter : public std::enable_shared_from_this<ShortcutCenter> {
     static constexpr std::string_view importFailure = "Could not parse the file as a keyboard binding set.";
     /// Raises ShortcutFileError, which begins with `importFailure`; then nothing has changed.
     platform::Task importBindings(std::string path);
-    /// Raises FileError, OutputRefused among them.
-    platform::Task exportBindings(std::string path, OutputPermission permission = {});
+    /// `inputs`: what the open work reads and must not be written over; asked on a queue. Raises FileError,
+    /// OutputRefused among them.
+    platform::Task exportBindings(std::string path, OutputPermission permission = {},
+                                  std::function<RunInputs()> inputs = nullptr);
 
   private:
     /// What of the disk holds from the start on.
@@ -103,7 +105,8 @@ class ShortcutCenter : public std::enable_shared_from_this<ShortcutCenter> {
     static platform::Task loadProfile(Weak weak, std::string name);
     static platform::Task deleteProfile(Weak weak, std::string name);
     static platform::Task importBindings(Weak weak, std::string path);
-    static platform::Task exportBindings(Weak weak, std::string path, OutputPermission permission);
+    static platform::Task exportBindings(Weak weak, std::string path, OutputPermission permission,
+                                         std::function<RunInputs()> inputs);
 
     const std::shared_ptr<platform::MainThread> mainThread_;
     const std::shared_ptr<platform::SettingsStore> settings_;

@@ -229,7 +229,7 @@ TEST_F(InspectorTest, aSiblingsMoveIsOfferedAppliedAndDismissed) {
     serve();
     EXPECT_FALSE(banner.isHidden());
     EXPECT_EQ(banner.text(), "Cam A was shifted +3f — apply the same to this cam?");
-    button("Apply", &banner).click();
+    banner.findChildren<QPushButton*>().first()->click();
     EXPECT_NEAR(clip("B001C001").manualAudioOffsetSeconds, 0.12, 1e-9);
     serve();
     EXPECT_TRUE(banner.isHidden());

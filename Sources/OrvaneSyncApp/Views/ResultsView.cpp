@@ -42,8 +42,8 @@ struct ColumnWidth {
 };
 using Column = ResultsViewModel::Column;
 constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
-    {{Column::name, 0, 50, 180},
-     {Column::cameraFile, 0, 30, 120},
+    {{Column::name, 0, 45, 180},
+     {Column::cameraFile, 0, 35, 120},
      {Column::starts, 112, 0, 0},
      {Column::length, 66, 0, 0},
      {Column::match, 0, 28, 110},

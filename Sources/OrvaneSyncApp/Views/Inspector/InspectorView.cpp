@@ -14,6 +14,7 @@
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace orvane::views {
@@ -22,7 +23,7 @@ using namespace design;
 
 namespace {
 
-constexpr int narrowestInspector = 260;
+constexpr int narrowestInspector = 312;
 
 bool concernsAClip(ImportField field) {
     switch (field) {
@@ -106,6 +107,10 @@ void InspectorView::refresh() {
     status_->show(signal(certainty), translatedSentence(clip->matchStatus.label()));
     for (InspectorSection* section : sections_) section->showClip(*clip);
     settleLayouts(*content_);
+    // The room that it needs now, not in a later turn of the loop: until then all would lie on top of each
+    // other.
+    const int needed = content_->layout()->totalHeightForWidth(content_->width());
+    content_->resize(content_->width(), std::max(needed, content_->parentWidget()->height()));
 }
 
 void InspectorView::showTitle() {

@@ -20,7 +20,7 @@ namespace orvane::views {
 
 namespace {
 
-constexpr int outlineWidth = 220, inspectorWidth = 300, middleWidth = 900;
+constexpr int outlineWidth = 220, inspectorWidth = 320, middleWidth = 900;
 constexpr int pictureHeight = 460, timelineHeight = 280;
 
 } // namespace

@@ -27,7 +27,11 @@ SiblingBanner::SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
                                     std::pair("dismissSiblingSuggestion", Glyph::cross)}) {
         const commands::Command& command = desktop.command(id);
         const bool isApply = glyph == Glyph::check;
-        QPushButton* one = isApply ? button(translated(command.title)) : button({}, glyph, Weight::quiet);
+        QPushButton* one =
+            isApply ? button(tr("%1   %2").arg(translated(command.title),
+                                               QKeySequence(QLatin1String(reviewKeys::applySuggestion))
+                                                   .toString(QKeySequence::NativeText)))
+                    : button({}, glyph, Weight::quiet);
         one->setAccessibleName(translated(command.title));
         one->setToolTip(isApply ? QStringLiteral("%1 (%2)").arg(translated(command.help),
                                                                 QLatin1String(reviewKeys::applySuggestion))

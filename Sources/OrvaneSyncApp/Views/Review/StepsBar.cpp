@@ -23,9 +23,9 @@ StepsBar::StepsBar(Desktop& desktop, ReviewActions& actions, PlaceOf placeOf, QW
     place_->setWordWrap(false);
     place_->setToolTip(tr("The clip's place in the list at the left"));
     row->addStretch(1);
-    QLabel* nudge = facts(tr("Nudge sound"));
-    nudge->setWordWrap(false);
-    row->addWidget(nudge);
+    row->addWidget(nudge_ = facts(tr("Nudge sound")));
+    nudge_->setWordWrap(false);
+    for (QLabel* label : {place_, nudge_}) label->setMinimumWidth(1); // they go before a button is cut
     row->addWidget(add(KeyAction::nudgeCommaMinus, tr("−1 f")));
     row->addWidget(add(KeyAction::nudgePeriodPlus, tr("+1 f")));
     row->addSpacing(space::small);
@@ -63,12 +63,25 @@ QPushButton* StepsBar::add(KeyAction action, const QString& text) {
 
 void StepsBar::showTexts() {
     const ShortcutBindings& bindings = desktop_.players().shortcuts()->bindings();
-    for (const Step& step : steps_) {
+    for (Step& step : steps_) {
+        if (step.button == lock_) step.text = lock_->isChecked() ? tr("Locked") : tr("Lock");
         const auto found = bindings.find(step.action);
         const QString key = found == bindings.end() ? QString() : shownKey(found->second);
         step.button->setText(key.isEmpty() ? step.text : tr("%1   %2").arg(step.text, key));
         step.button->setToolTip(translated(helpText(step.action)));
+        step.button->setMinimumWidth(step.button->sizeHint().width());
     }
+    fit();
+}
+
+void StepsBar::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    fit();
+}
+
+void StepsBar::fit() {
+    for (QLabel* label : {place_, nudge_}) label->setVisible(true);
+    for (QLabel* label : {nudge_, place_}) label->setVisible(layout()->sizeHint().width() <= width());
 }
 
 void StepsBar::refresh() {
@@ -76,9 +89,14 @@ void StepsBar::refresh() {
     const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
     const auto place = clip == nullptr ? std::nullopt : placeOf_(*id);
     place_->setText(place ? tr("%1 of %2").arg(place->number).arg(place->all) : QString());
+    fit();
     for (const Step& step : steps_)
         step.button->setEnabled(clip != nullptr && (step.button == lock_ || !clip->isMOS()));
-    lock_->setChecked(clip != nullptr && clip->isLocked);
+    const bool isLocked = clip != nullptr && clip->isLocked;
+    if (std::exchange(isShownLocked_, isLocked) != isLocked || lock_->isChecked() != isLocked) {
+        lock_->setChecked(isLocked);
+        showTexts();
+    }
     next_->setEnabled(clip != nullptr && (!place || place->number < place->all));
 }
 

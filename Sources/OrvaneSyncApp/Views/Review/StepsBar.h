@@ -26,9 +26,14 @@ class StepsBar : public QWidget {
     void refresh();
     std::function<void()> showKeys;
 
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
     QPushButton* add(KeyAction action, const QString& text);
     void showTexts();
+    /// The labels that there is room for.
+    void fit();
 
     struct Step {
         KeyAction action;
@@ -40,9 +45,11 @@ class StepsBar : public QWidget {
     ReviewActions& actions_;
     const PlaceOf placeOf_;
     QLabel* place_;
+    QLabel* nudge_;
     std::vector<Step> steps_;
     QPushButton* lock_ = nullptr;
     QPushButton* next_ = nullptr;
+    bool isShownLocked_ = false;
     platform::Subscription bindings_, ofWork_;
 };
 

@@ -10,7 +10,8 @@
 
 // How often the microphone that is heard is that of whoever speaks, on takes with known truth:
 //     microphone_check FOLDER [FIRST_SEED [SEEDS]]
-// FOLDER takes the rendered voices and takes.
+// FOLDER takes the rendered voices and takes. Ends with 1 where the choice by speaker misses what is wanted
+// of it.
 
 namespace {
 
@@ -29,7 +30,8 @@ class Check {
     /// The takes of all plans of the grid for each seed, in one row a kind.
     void grid(const char* name, const std::function<void(TakePlan&)>& change,
               const std::function<std::string(const TakePlan&)>& kindOf, bool inMonoFiles = false) {
-        std::map<std::string, Means> kinds;
+        kinds_.clear();
+        std::map<std::string, Means>& kinds = kinds_;
         for (unsigned seed = firstSeed_; seed < firstSeed_ + seeds_; ++seed)
             for (const int speakers : {2, 3, 4})
                 for (const double bleed : {-6.0, -10.0, -15.0, -20.0})
@@ -48,6 +50,18 @@ class Check {
         for (const auto& [kind, means] : kinds) means.print(kind);
         std::fflush(stdout);
     }
+
+    /// Of a row of the last grid: the share on the speaker's own lav, how far it is ahead of the loudest lav,
+    /// and that everybody is heard.
+    void want(const std::string& kind, double leastShare, double leastAhead) {
+        const Means& means = kinds_.at(kind);
+        const double share = means.speaker / means.takes, ahead = share - means.loudest / means.takes;
+        if (share >= leastShare && ahead >= leastAhead && means.heard == means.people) return;
+        isMissed_ = true;
+        std::printf("  missed: at least %.0f %%, %.0f points ahead, everybody heard\n", 100 * leastShare,
+                    100 * leastAhead);
+    }
+    bool isMissed() const { return isMissed_; }
 
   private:
     struct Means {
@@ -86,13 +100,20 @@ class Check {
     std::string folder_;
     VoiceBank voices_;
     unsigned firstSeed_, seeds_;
+    std::map<std::string, Means> kinds_; ///< of the last grid
+    bool isMissed_ = false;
 };
 
 void run(Check& check) {
     std::printf("%-34s takes default loudest speaker  worst   speakers heard\n", "");
+    const auto byBleed = [](const TakePlan& plan) {
+        return "bleed " + std::to_string(static_cast<int>(plan.bleedDB));
+    };
+    constexpr double aheadInMuchBleed = 0.03, ofQuickDialogue = 0.6;
     check.grid(
-        "dialogue", [](TakePlan&) {},
-        [](const TakePlan& plan) { return "bleed " + std::to_string(static_cast<int>(plan.bleedDB)); });
+        "dialogue", [](TakePlan&) {}, byBleed);
+    check.want("dialogue", 0, 0);
+    check.want("dialogue, bleed -6", 0, aheadInMuchBleed);
     check.grid("quick dialogue",
                [](TakePlan& plan) {
                    plan.shortestTurn = 0.8;
@@ -100,9 +121,9 @@ void run(Check& check) {
                    plan.longestPause = 0.4;
                },
                {});
+    check.want("quick dialogue", ofQuickDialogue, -1);
     check.grid(
-        "lavs up to 6 dB apart", [](TakePlan& plan) { plan.gainSpreadDB = 6; },
-        [](const TakePlan& plan) { return "bleed " + std::to_string(static_cast<int>(plan.bleedDB)); });
+        "lavs up to 6 dB apart", [](TakePlan& plan) { plan.gainSpreadDB = 6; }, byBleed);
     check.grid("one speaks once", [](TakePlan& plan) { plan.lastSpeaksOnce = true; }, {});
     check.grid("overlap", [](TakePlan& plan) { plan.overlapShare = 0.4; }, {});
     check.grid("a truck", [](TakePlan& plan) { plan.truckDB = -30; }, {});
@@ -135,6 +156,7 @@ int main(int argc, char** argv) {
         };
         Check check(argv[1], number(2, 1), number(3, 1));
         run(check);
+        if (check.isMissed()) return 1;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "error: %s\n", error.what());
         return 1;

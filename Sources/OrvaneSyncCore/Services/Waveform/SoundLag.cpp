@@ -17,7 +17,9 @@ namespace orvane::SoundLag {
 namespace {
 
 // A slate is at the head, and with it the plainest sound of a clip.
-constexpr double heardSeconds = 15;
+constexpr double heardSeconds = 10;
+// Whoever records more has a mix or a boom among the first.
+constexpr int mostChannels = 4;
 constexpr double leastSeconds = 3; // in common
 constexpr std::size_t fewestPairs = 3, mostPairsOfACard = 6, mostPairs = 30;
 // What is softer than the loudest by more is the noise of two different microphones.
@@ -26,6 +28,8 @@ constexpr double steadyDB = 1.5; // standard deviation
 constexpr double likeness = 0.6; // correlation, 1 for the same
 // By which the best place is ahead of all that are not right beside it.
 constexpr double ahead = 0.1;
+// Of the first clips of a card; then the others would say the same.
+constexpr double agreeingSeconds = 0.1;
 constexpr int besideBins = 30;
 
 /// The level of all channels together, window by window.
@@ -57,7 +61,7 @@ std::vector<float> levelsOf(platform::AudioFile* file, double from, double secon
     if (file == nullptr || !(file->sampleRate() > 0) || file->channelCount() < 1) return {};
     std::array<AudioListener*, 1> listeners{&levels};
     AudioPass{.firstFrame = static_cast<std::int64_t>(std::llround(from * file->sampleRate())),
-              .channels = static_cast<std::size_t>(file->channelCount()),
+              .channels = static_cast<std::size_t>(std::min(file->channelCount(), mostChannels)),
               .windowFrames = wholeSamples(1 / binsPerSecond, file->sampleRate()),
               .windows = static_cast<std::size_t>(seconds * binsPerSecond),
               .stop = stop}
@@ -100,6 +104,11 @@ struct Sums {
 
 std::string_view folderOf(const FileURL& file) {
     return std::string_view(file.path).substr(0, file.path.rfind('/'));
+}
+
+bool areOfOneCard(const Pair& a, const Pair& b) {
+    return folderOf(a.camera) == folderOf(b.camera) &&
+           folderOf(a.recording.files.front().url) == folderOf(b.recording.files.front().url);
 }
 
 } // namespace
@@ -161,13 +170,28 @@ std::optional<double> between(std::span<const float> camera, std::span<const flo
 std::unordered_map<UUID, double> heard(const std::vector<Pair>& pairs, const std::stop_token& stop) {
     std::unordered_map<UUID, double> lags;
     std::mutex mutex;
+    std::vector<std::span<const Pair>> cards;
+    for (auto first = pairs.begin(); first != pairs.end();) {
+        const auto last =
+            std::find_if(first, pairs.end(), [&](const Pair& one) { return !areOfOneCard(*first, one); });
+        cards.emplace_back(first, last);
+        first = last;
+    }
     constexpr std::size_t atOnce = 4;
     platform::concurrently(
-        pairs.size(), atOnce,
-        [&](std::size_t i) {
-            const auto lag = lagOf(pairs[i], stop);
-            const std::lock_guard lock(mutex);
-            if (lag) lags.emplace(pairs[i].groupID, *lag);
+        cards.size(), atOnce,
+        [&](std::size_t card) {
+            std::vector<double> found;
+            for (const Pair& pair : cards[card]) {
+                if (found.size() >= fewestPairs &&
+                    std::ranges::max(found) - std::ranges::min(found) <= agreeingSeconds)
+                    break;
+                const auto lag = lagOf(pair, stop);
+                if (!lag) continue;
+                found.push_back(*lag);
+                const std::lock_guard lock(mutex);
+                lags.emplace(pair.groupID, *lag);
+            }
         },
         stop);
     return lags;

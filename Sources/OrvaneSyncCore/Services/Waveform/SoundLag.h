@@ -36,7 +36,8 @@ std::vector<Pair> pairsToHear(const SyncGroupList& groups);
 std::optional<double> between(std::span<const float> camera, std::span<const float> recording,
                               double offsetSeconds);
 
-/// The same of files, by group; those for which there is none are left out. Throws Stopped.
+/// The same of files, by group; those for which there is none are left out, and those behind three of their
+/// card that agree. Pairs of one card stand together. Throws Stopped.
 std::unordered_map<UUID, double> heard(const std::vector<Pair>& pairs, const std::stop_token& stop = {});
 
 } // namespace SoundLag

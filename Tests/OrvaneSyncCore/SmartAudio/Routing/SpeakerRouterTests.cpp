@@ -124,6 +124,7 @@ TEST(SpeakerRouter, HearsWhoSpeaksWhateverTheLevels) {
 }
 
 /// Real speech, on takes of lavs alone: as a rule that needs no router, or better where there is much bleed.
+/// A cross-section; `microphone_check` goes over all numbers of speakers, levels and noises.
 TEST(SpeakerRouter, OpensTheLavOfWhoSpeaksOnSpokenTakes) {
     const TemporaryDirectory folder;
     const VoiceBank voices(folder.path());

@@ -9,7 +9,6 @@
 #include <exception>
 #include <memory>
 #include <string_view>
-#include <utility>
 
 namespace orvane::platform {
 
@@ -103,41 +102,12 @@ int XMLCALL unknownEncoding(void*, const XML_Char* name, XML_Encoding* encoding)
 struct FreeParser {
     void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
 };
-using Parser = std::unique_ptr<XML_ParserStruct, FreeParser>;
-
-/// A parser that keeps its memory from one small document of the thread to the next: recorders write a page
-/// into each of a card's thousands of files. A handler may itself read another document.
-class LentParser {
-  public:
-    explicit LentParser(std::size_t documentSize)
-        : isKept_(documentSize <= largestKept_), parser_(std::exchange(atRest(), nullptr)) {
-        if (!parser_ || XML_ParserReset(parser_.get(), nullptr) == XML_FALSE)
-            parser_.reset(XML_ParserCreate(nullptr));
-    }
-    ~LentParser() {
-        if (isKept_) atRest() = std::move(parser_);
-    }
-    LentParser(const LentParser&) = delete;
-    LentParser& operator=(const LentParser&) = delete;
-
-    XML_Parser get() const { return parser_.get(); }
-
-  private:
-    static constexpr std::size_t largestKept_ = pieceBytes;
-    static Parser& atRest() {
-        thread_local Parser parser;
-        return parser;
-    }
-
-    const bool isKept_;
-    Parser parser_;
-};
 
 } // namespace
 
 bool parseXMLStream(std::string_view document, XMLStreamHandler& handler) {
-    const LentParser parser(document.size());
-    if (parser.get() == nullptr) return false;
+    const std::unique_ptr<XML_ParserStruct, FreeParser> parser(XML_ParserCreate(nullptr));
+    if (!parser) return false;
     Reading state;
     state.parser = parser.get();
     state.handler = &handler;

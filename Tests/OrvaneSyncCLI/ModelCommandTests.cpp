@@ -18,7 +18,7 @@ class ModelHostTest : public ServeTest {
         hash.add(model_);
         const std::string expected = platform::hexadecimal(hash.digest());
         host_.Get("/facebook/demucs/resolve/main/demucs.mlpackage.zip",
-                  [this](const auto&, auto& response) { response.set_redirect("/store/demucs"); });
+                  [](const auto&, auto& response) { response.set_redirect("/store/demucs"); });
         host_.Get("/store/demucs", [this](const auto&, auto& response) {
             response.set_content(model_, "application/octet-stream");
         });

@@ -42,6 +42,10 @@ TEST(MediaRecognition, mediaIsToldByItsFirstBytesWhateverItsName) {
                     ("\xFF\xFB\x92\x00"s + std::string(414, 'x')) + "\xFF\xFB\x90\x00"s},
         {"AAC", ("\xFF\xF1\x50\x80\x01\x1F\xFC"s + "x") + ("\xFF\xF1\x50\x80\x01\x1F\xFC"s + "x") +
                     "\xFF\xF1\x50\x80\x01\x1F\xFC"s},
+        {"AAC in LATM", "\x56\xE0\x01x\x56\xE0\x01x\x56\xE0\x01x"s},
+        {"TrueHD", "\xC0\x20\x00\x00\xF8\x72\x6F\xBA"s},
+        {"BMP", "BM\x0A\x00\x00\x00\x00\x00\x00\x00"s},
+        {"PPM", "P6\n640 480\n255\n"},
         {"a raw picture", "II*\x00\x08\x00"s},
         {"a picture", "\x89PNG\r\n\x1A\n"s}};
     for (const auto& [name, bytes] : media) EXPECT_TRUE(begins(bytes)) << name;
@@ -54,6 +58,8 @@ TEST(MediaRecognition, mediaIsToldByItsFirstBytesWhateverItsName) {
                                "e\x00"s +
                                    std::string(9000, '\0')},
         {"words that kinds of media have too", "The free moov"},
+        {"the same", "BMW, day 1"},
+        {"the same", "P6\nProtokoll"},
         {"the same", "Format: AIFF"},
         {"the same", "The RED2 camera"},
         {"the same", "ARRI Alexa, day 1"},

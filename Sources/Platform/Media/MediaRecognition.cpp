@@ -16,26 +16,28 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr auto mediaExtensions = std::to_array<std::string_view>(
-    {"264",  "265",   "360",  "3fr",   "3g2",  "3ga",   "3gp",     "3gpp",   "8svx", "aa3",  "aac",  "aax",
-     "ac3",  "ac4",   "adts", "aif",   "aifc", "aiff",  "alac",    "amb",    "amr",  "amv",  "ape",  "apv",
-     "ari",  "arw",   "arx",  "asf",   "au",   "av1",   "avc",     "avci",   "avi",  "avif", "awb",  "bmp",
-     "braw", "bw64",  "bwf",  "caf",   "caff", "cap",   "cin",     "cine",   "cr2",  "cr3",  "crm",  "crw",
-     "dav",  "dcr",   "dff",  "dif",   "divx", "dng",   "dnxhd",   "dnxhr",  "dpx",  "drc",  "dsf",  "dss",
-     "dts",  "dtshd", "dv",   "eac3",  "ec3",  "erf",   "evo",     "exr",    "f4a",  "f4v",  "fff",  "flac",
-     "flc",  "fli",   "flv",  "gif",   "gpr",  "gsm",   "gxf",     "h264",   "h265", "hdr",  "heic", "heif",
-     "hevc", "hif",   "iff",  "iiq",   "insp", "insv",  "ircam",   "ivf",    "j2c",  "j2k",  "jp2",  "jpe",
-     "jpeg", "jpf",   "jpg",  "jps",   "jpx",  "jxl",   "jxs",     "k25",    "kdc",  "krw",  "lrf",  "lrv",
-     "m1a",  "m1v",   "m2a",  "m2p",   "m2t",  "m2ts",  "m2v",     "m4a",    "m4b",  "m4p",  "m4r",  "m4s",
-     "m4v",  "mcraw", "mef",  "mj2",   "mjp2", "mjpeg", "mjpg",    "mka",    "mkv",  "mlp",  "mlv",  "mod",
-     "mogg", "mos",   "mov",  "movie", "mp1",  "mp2",   "mp2v",    "mp3",    "mp4",  "mp4a", "mp4v", "mpa",
-     "mpc",  "mpe",   "mpeg", "mpeg4", "mpg",  "mpga",  "mpv",     "mqv",    "mrw",  "mts",  "mxf",  "nef",
-     "nev",  "nrw",   "nsv",  "nut",   "obu",  "oga",   "ogg",     "ogm",    "ogv",  "ogx",  "omf",  "opus",
-     "orf",  "osv",   "paf",  "pcm",   "pef",  "png",   "pnm",     "ppm",    "psb",  "psd",  "pvf",  "qt",
-     "r3d",  "ra",    "raf",  "raw",   "rdc",  "rf64",  "riff",    "rm",     "rmf",  "rmvb", "rw2",  "rwl",
-     "sd2",  "sf",    "sgi",  "shn",   "snd",  "spx",   "sr2",     "srf",    "srw",  "svx",  "tak",  "tga",
-     "thd",  "thm",   "tif",  "tiff",  "tod",  "tp",    "trp",     "truehd", "ts",   "tta",  "vc1",  "vob",
-     "voc",  "vox",   "vro",  "w64",   "wav",  "wave",  "wavpack", "wdp",    "weba", "webm", "webp", "wma",
-     "wmv",  "wv",    "wve",  "x3f",   "xa",   "xavc",  "xi",      "y4m",    "yuv",  "zax"});
+    {"264",  "265",  "360",   "3fr",  "3g2",  "3ga",   "3gp",   "3gpp",  "8svx",  "aa3",     "aac",  "aax",
+     "ac3",  "ac4",  "adts",  "aif",  "aifc", "aiff",  "alac",  "amb",   "amr",   "amv",     "ape",  "apv",
+     "ari",  "arw",  "arx",   "asf",  "au",   "av1",   "avc",   "avci",  "avi",   "avif",    "awb",  "bmp",
+     "braw", "bw",   "bw64",  "bwf",  "caf",  "caff",  "cap",   "cin",   "cine",  "cr2",     "cr3",  "crm",
+     "crw",  "dav",  "dcr",   "dff",  "dif",  "divx",  "dng",   "dnxhd", "dnxhr", "dpx",     "drc",  "dsf",
+     "dss",  "dts",  "dtshd", "dv",   "eac3", "ec3",   "erf",   "evo",   "exr",   "f4a",     "f4v",  "fff",
+     "flac", "flc",  "fli",   "flv",  "gif",  "gpr",   "gsm",   "gxf",   "h264",  "h265",    "hdr",  "heic",
+     "heif", "hevc", "hif",   "iff",  "iiq",  "insp",  "insv",  "ircam", "ivf",   "j2c",     "j2k",  "jp2",
+     "jpe",  "jpeg", "jpf",   "jpg",  "jps",  "jpx",   "jxl",   "jxs",   "k25",   "kdc",     "krw",  "latm",
+     "loas", "lrf",  "lrv",   "m1a",  "m1v",  "m2a",   "m2p",   "m2t",   "m2ts",  "m2v",     "m4a",  "m4b",
+     "m4e",  "m4p",  "m4r",   "m4s",  "m4v",  "mcraw", "mef",   "mj2",   "mjp2",  "mjpeg",   "mjpg", "mka",
+     "mkv",  "mlp",  "mlv",   "mod",  "mogg", "mos",   "mov",   "movie", "mp1",   "mp2",     "mp2v", "mp3",
+     "mp4",  "mp4a", "mp4v",  "mpa",  "mpc",  "mpe",   "mpeg",  "mpeg4", "mpg",   "mpga",    "mpv",  "mqv",
+     "mrw",  "mts",  "mxf",   "nef",  "nev",  "nrw",   "nsv",   "nut",   "obu",   "oga",     "ogg",  "ogm",
+     "ogv",  "ogx",  "omf",   "opus", "orf",  "osv",   "paf",   "pam",   "pbm",   "pcm",     "pct",  "pcx",
+     "pef",  "pgm",  "pict",  "png",  "pnm",  "ppm",   "psb",   "psd",   "pvf",   "qt",      "r3d",  "ra",
+     "raf",  "raw",  "rdc",   "rf64", "rgb",  "rgba",  "riff",  "rm",    "rmf",   "rmvb",    "rw2",  "rwl",
+     "sd2",  "sf",   "sgi",   "shn",  "snd",  "sox",   "spdif", "spx",   "sr2",   "srf",     "srw",  "svx",
+     "tak",  "tga",  "thd",   "thm",  "tif",  "tiff",  "tod",   "tp",    "trp",   "truehd",  "ts",   "tta",
+     "vc1",  "vob",  "voc",   "vox",  "vro",  "vrw",   "w64",   "wav",   "wave",  "wavpack", "wdp",  "weba",
+     "webm", "webp", "wma",   "wmv",  "wtv",  "wv",    "wve",   "x3f",   "xa",    "xavc",    "xi",   "y4m",
+     "yuv",  "zax"});
 
 /// What only picture or sound begins with.
 constexpr auto signatures = std::to_array<std::string_view>({
@@ -67,9 +69,20 @@ constexpr auto signatures = std::to_array<std::string_view>({
     "FLV\x01"sv,
     ".RMF\x00"sv,
     ".ra\xFD"sv,
-    "\x06\x0E\x2B\x34"sv,     // the key of an SMPTE packet: MXF
-    "\x00\x00\x01\xBA"sv,     // MPEG program stream
-    "\x00\x00\x01\xB3"sv,     // MPEG video
+    "\x06\x0E\x2B\x34"sv, // the key of an SMPTE packet: MXF
+    "\x00\x00\x01\xBA"sv, // MPEG program stream
+    "\x00\x00\x01\xB3"sv, // MPEG video
+    "\x00\x00\x01\xB0"sv, // MPEG-4 video
+    "\x12\x00\x0A"sv,     // AV1
+    "nut/multimedia container\x00"sv,
+    "\xB7\xD8\x00\x20\x37\x49\xDA\x11"sv, // WTV
+    ".SoX"sv,
+    "XoS."sv,
+    "\x64\xA3\x01\x00"sv, // IRCAM
+    "\x64\xA3\x02\x00"sv,
+    "\x64\xA3\x03\x00"sv,
+    "\x64\xA3\x04\x00"sv,
+    "\x72\xF8\x1F\x4E"sv,     // S/PDIF
     "\x00\x00\x01\x67"sv,     // H.264
     "\x00\x00\x00\x01\x67"sv, // the same
     "\x00\x00\x00\x01\x09"sv,
@@ -98,6 +111,9 @@ constexpr auto signatures = std::to_array<std::string_view>({
     "GIF87a"sv,
     "GIF89a"sv,
     "8BPS\x00"sv,
+    "\x01\xDA\x00"sv, // SGI
+    "\x01\xDA\x01"sv,
+    "\x0A\x05\x01\x08"sv, // PCX
     "\xFF\x4F\xFF\x51"sv, // JPEG 2000, JPEG XS, JPEG XL
     "\xFF\x10\xFF\x50"sv,
     "\xFF\x0A"sv,
@@ -124,6 +140,23 @@ bool hasSizedSignature(const ByteCursor& head) {
     };
     return (wordAt(0) == "FORM" && isAmong(wordAt(8), forms)) ||
            (head.u8(0) == 0 && isAmong(wordAt(4), clips));
+}
+
+/// Pictures whose first letters may begin a text: BMP says the length of its file, PNM its width.
+bool isPlainPicture(const ByteCursor& head, std::uint64_t fileSize) {
+    constexpr std::size_t sizeAt = 2, widthAt = 3;
+    const std::string_view start = head.text().substr(0, widthAt);
+    if (start.starts_with("BM") && head.u32le(sizeAt) == fileSize) return true;
+    const auto width = head.u8(widthAt);
+    return (start == "P5\n" || start == "P6\n") && width && *width >= '1' && *width <= '9';
+}
+
+/// MLP and TrueHD: the first unit holds the description of the stream behind its own length and time.
+bool isLosslessSurround(const ByteCursor& head) {
+    constexpr std::size_t descriptionAt = 4;
+    constexpr std::uint32_t description = 0xF8726FBA;
+    const auto word = head.u32be(descriptionAt);
+    return word && (*word & ~1U) == description;
 }
 
 /// An atom that only a movie has, behind others that say nothing: a recorder leaves room in front, and the
@@ -202,15 +235,28 @@ std::optional<std::size_t> audioFrameBytes(const ByteCursor& head, std::size_t a
     return (isLayer3 && !isFirstVersion ? 72 : 144) * rate / sampleRate + padding;
 }
 
+/// Bytes of the LOAS frame (AAC in LATM) whose header these are; nothing for others.
+std::optional<std::size_t> loasFrameBytes(const ByteCursor& head, std::size_t at) {
+    constexpr unsigned sync = 0x2B7, lengthBits = 13, headerBytes = 3;
+    const auto word = head.u16be(at);
+    const auto low = head.u8(at + 2);
+    if (!word || !low) return std::nullopt;
+    const unsigned header = unsigned{*word} << 8U | *low;
+    if (header >> lengthBits != sync) return std::nullopt;
+    return headerBytes + (header & ((1U << lengthBits) - 1));
+}
+
 /// Three frames in a row: the first bytes alone may be a mark of byte order.
 bool isMPEGAudio(const ByteCursor& head) {
-    std::size_t at = 0;
-    for (int frame = 0; frame < 3; ++frame) {
-        const auto length = audioFrameBytes(head, at);
-        if (!length) return false;
-        at += *length;
-    }
-    return true;
+    return std::ranges::any_of(std::array{audioFrameBytes, loasFrameBytes}, [&](auto* frameBytes) {
+        std::size_t at = 0;
+        for (int frame = 0; frame < 3; ++frame) {
+            const auto length = frameBytes(head, at);
+            if (!length) return false;
+            at += *length;
+        }
+        return true;
+    });
 }
 
 } // namespace
@@ -229,7 +275,7 @@ bool beginsAsMedia(RandomAccessFile& file) {
     const std::vector<std::byte> bytes = file.read(0, headBytes + 16);
     const ByteCursor head{std::span<const std::byte>(bytes)};
     return hasSignature(head) || hasSizedSignature(head) || hasPartition(head) || isTransportStream(head) ||
-           isMPEGAudio(head);
+           isMPEGAudio(head) || isLosslessSurround(head) || isPlainPicture(head, file.size());
 }
 
 } // namespace orvane::platform

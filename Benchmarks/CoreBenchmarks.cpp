@@ -1,6 +1,6 @@
 #include "CoreBenchmarks.h"
 
-#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
@@ -109,7 +109,7 @@ void diagnose(benchmark::State& state, const MediaCorpus& cards) {
     for (auto _ : state) {
         const auto controller = scanned(cards);
         const SyncGroupList& clips = controller->work().syncGroups();
-        if (clips.size() != cards.videos.size() || !controller->doubts().summary(clips).empty())
+        if (clips.size() != cards.videos.size() || !WorkSnapshot(*controller).doubts().summary(clips).empty())
             state.SkipWithError("clips are missing or in doubt");
     }
 }

@@ -18,9 +18,9 @@ std::string unreadText(const CardContents& contents) {
     return kinds.empty() ? "-" : platform::text::joined(kinds, ", ");
 }
 
-std::string cardsText(const ImportController& controller, bool bold) {
+std::string cardsText(const WorkSnapshot& work, bool bold) {
     Table table({{"CARD"}, {"CLIPS AND RECORDINGS", Table::Align::right}, {"CAN'T BE READ"}});
-    for (const CardContents& contents : cardContents(controller))
+    for (const CardContents& contents : cardContents(work))
         table.add({contents.path, std::to_string(contents.files), unreadText(contents)});
     return table.text(bold) + "\n";
 }
@@ -40,13 +40,13 @@ void diagnose(Context& context, const Arguments& arguments) {
     run.show("Listening to some clips...");
     run.wait(run.controller().listenForDoubts());
     const ImportController& controller = run.controller();
+    const WorkSnapshot work(controller);
     if (arguments.has("--json"))
-        context.out << diagnosisJSON(controller).dump(JSON::Layout::pretty) << "\n";
+        context.out << diagnosisJSON(work).dump(JSON::Layout::pretty) << "\n";
     else
-        context.out << cardsText(controller, context.mayColour) << issuesText(controller, context.mayColour)
+        context.out << cardsText(work, context.mayColour) << issuesText(controller, context.mayColour)
                     << countsText(controller)
-                    << (controller.doubts().byGroup.empty() ? "Nothing is in doubt.\n"
-                                                            : doubtsText(controller));
+                    << (work.doubts().byGroup.empty() ? "Nothing is in doubt.\n" : doubtsText(work));
 }
 
 } // namespace

@@ -19,22 +19,23 @@ void scan(Context& context, const Arguments& arguments) {
     ScanRun run(context, arguments);
     run.scan();
     const ImportController& controller = run.controller();
+    const WorkSnapshot work(controller);
     if (review) {
         RunInputs inputs = inputsOf(arguments);
         inputs.add(inputsOf(controller)());
-        writeReviewFile(*review, reviewLines(controller), std::move(inputs), permission);
+        writeReviewFile(*review, reviewLines(work), std::move(inputs), permission);
     }
-    const std::vector<std::string> unheard = smartAudioWarnings(controller);
+    const std::vector<std::string> unheard = smartAudioWarnings(work);
     if (arguments.has("--json")) {
         std::vector<std::string> warnings = run.warnings();
         warnings.insert(warnings.end(), unheard.begin(), unheard.end());
         const auto mode = context.settings->find(settings::smartAudioMode);
-        JSON state = stateJSON(controller, mode.value_or(SmartAudioMode::off), warnings);
+        JSON state = stateJSON(work, mode.value_or(SmartAudioMode::off), warnings);
         state.setIfPresent("review", review);
         context.out << state.dump(JSON::Layout::pretty) << "\n";
     } else {
         context.out << stateText(controller, context.mayColour) << smartAudioText(controller)
-                    << doubtsText(controller);
+                    << doubtsText(work);
         if (review)
             context.out << "Wrote " << platform::text::printable(*review)
                         << ": decide there, then take it back with sync --apply.\n";

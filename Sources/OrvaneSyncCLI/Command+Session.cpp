@@ -41,7 +41,7 @@ void list(Context& context, const SessionStore& store, bool asJSON) {
 
 void show(Context& context, const OpenSession& session, bool asJSON) {
     if (asJSON) {
-        JSON state = stateJSON(session.controller());
+        JSON state = stateJSON(WorkSnapshot(session.controller()));
         state.set("session", toJSON(session.info()));
         state.set("folders", toJSON(session.folders()));
         context.out << state.dump(JSON::Layout::pretty) << "\n";

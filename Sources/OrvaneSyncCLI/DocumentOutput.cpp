@@ -97,11 +97,11 @@ void DocumentOutput::write(const ImportController& controller, const std::functi
         OutputGuard(OutputKind::document, std::move(inputs), permission_).write(output_, result.fcpxmlString);
     }
     written();
-    addOwnWarnings(controller, result, matching);
+    const WorkSnapshot work(controller);
+    addOwnWarnings(work, result, matching);
     if (asJSON_) {
         result.warnings.insert(result.warnings.end(), warnedAlready.begin(), warnedAlready.end());
-        context_.out << exportJSON(controller, result, output_, smartAudioMode).dump(JSON::Layout::pretty)
-                     << "\n";
+        context_.out << exportJSON(work, result, output_, smartAudioMode).dump(JSON::Layout::pretty) << "\n";
         return;
     }
     if (output_ != standardOutput)

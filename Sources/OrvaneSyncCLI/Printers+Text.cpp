@@ -93,7 +93,7 @@ void addRecorderFacts(Table& table, const MediaAsset& asset) {
 
 std::string issuesText(const ImportController& controller, bool bold) {
     Table table({{"NOT MATCHED"}, {"STARTS"}, {"LENGTH", Table::Align::right}, {"WHY"}});
-    const bool anySound = hasRecordings(controller);
+    const bool anySound = WorkSnapshot(controller).hasRecordings();
     const FileNames& files = controller.work().fileNames();
     for (const SyncGroup& group : filtered(controller.work().syncGroups(), FilterMode::issues)) {
         table.add({files.of(group.video), startText(group.video), lengthText(group.video),
@@ -155,7 +155,7 @@ std::string assetText(const MediaAsset& asset, bool bold) {
 }
 
 std::string smartAudioText(const ImportController& controller) {
-    const SmartAudioCounts counts = smartAudioCounts(controller);
+    const SmartAudioCounts counts = smartAudioCounts(WorkSnapshot(controller));
     const std::string loudness =
         counts.measured > 0 ? "Loudness: " + counted(counts.measured, "clip", "clips") + " measured.\n" : "";
     if (controller.smartAudio().state().results.empty()) return loudness;
@@ -167,8 +167,8 @@ std::string smartAudioText(const ImportController& controller) {
     return text + ".\n" + loudness;
 }
 
-std::string doubtsText(const ImportController& controller) {
-    const auto doubts = controller.doubts().summary(controller.work().syncGroups());
+std::string doubtsText(const WorkSnapshot& work) {
+    const auto doubts = work.doubts().summary(work.groups());
     if (doubts.empty()) return "";
     std::string text = counted(static_cast<long long>(doubts.size()), "doubt", "doubts") + ":\n";
     for (const CardDoubt& doubt : doubts) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
 
 #include <optional>
 #include <string>
@@ -16,7 +16,7 @@ std::string issuesText(const ImportController& controller, bool bold);
 /// A line on what Smart Audio did; empty where it did not run.
 std::string smartAudioText(const ImportController& controller);
 /// Each doubt about the clips with its cure, below how many there are; empty without any.
-std::string doubtsText(const ImportController& controller);
+std::string doubtsText(const WorkSnapshot& work);
 /// What the export sheet of the app shows beside its settings: the events that scenes make, a better name for
 /// the event unless one was chosen, and, where Smart Audio was not switched off, the clips that it did not
 /// hear. A line each, where there is something to say.

@@ -183,10 +183,12 @@ void ScanRun::scan(Analysis analysis, const std::vector<ReviewLine>* review) {
 }
 
 void ScanRun::apply(const std::vector<ReviewLine>& review) {
-    ReviewOutcome outcome = applyReview(*controller_, review);
-    for (std::string& problem : outcome.problems) warn(std::move(problem));
+    ReviewReading read = readDecisions(WorkSnapshot(*controller_), review);
+    carryOut(*controller_, read.decisions);
+    for (std::string& problem : read.problems) warn(std::move(problem));
     if (!isQuiet_)
-        context_.err << "The review changes " << counted(outcome.changedClips, "clip", "clips") << ".\n";
+        context_.err << "The review changes " << counted(std::ssize(read.decisions), "clip", "clips")
+                     << ".\n";
 }
 
 void ScanRun::open(const std::string& projectFile) {
@@ -202,7 +204,7 @@ void ScanRun::open(const std::string& projectFile) {
 }
 
 void ScanRun::warnOfTheScan() {
-    for (std::string& warning : scanWarnings(*controller_)) warn(std::move(warning));
+    for (std::string& warning : scanWarnings(WorkSnapshot(*controller_))) warn(std::move(warning));
 }
 
 void ScanRun::wait(const platform::Task& operation) {

@@ -91,15 +91,15 @@ TEST_F(EditingTest, whatIsNoClipNoNumberOrNoPoolChangesNothing) {
     alone.video.projectFrameRate = 0;
     open({alone});
     EXPECT_EQ(controller_->clips().inferredProjectFrameRate(id()), 24) << "without any other";
-    controller_->recordings().resyncClip(id());
-    controller_->recordings().resyncAllClips();
+    finish(controller_->recordings().resyncClip(id()));
+    finish(controller_->recordings().resyncAllClips());
     EXPECT_EQ(group().matchStatus, MatchStatus::manual());
     controller_->clips().setManualSensorFrameRate(id(), 50);
     EXPECT_EQ(group().video.offspeedConfidence, OffspeedConfidence::confirmed(false, 1));
 }
 
 TEST_F(EditingTest, whatMakesNoDifferenceIsNoStep) {
-    controller_->recordings().resyncAllClips();
+    finish(controller_->recordings().resyncAllClips());
     controller_->recordings().removeAudioMatch(id(1), group(1).audioMatches[0].id);
     ASSERT_FALSE(controller_->work().wildTracks().empty());
     const UUID match = group().audioMatches.front().id, wild = controller_->work().wildTracks()[0].id;
@@ -114,14 +114,56 @@ TEST_F(EditingTest, whatMakesNoDifferenceIsNoStep) {
          [&] {
              for (int i = 0; i < 2; ++i) controller_->clips().toggleLocked(id());
          }},
-        {"the same recordings", [&] { controller_->recordings().resyncClip(id()); }},
         {"the same wild track", [&] { controller_->recordings().renameWildTrack(wild, ""); }},
     };
     for (const auto& [name, edit] : edits) {
         controller_->withUndo({"Nothing"}, edit);
         EXPECT_EQ(controller_->work().undoState(), before) << name;
     }
+    finish(controller_->recordings().resyncClip(id()));
+    EXPECT_EQ(controller_->work().undoState(), before) << "the same recordings";
     EXPECT_EQ(group().audioMatches.front().id, match);
+}
+
+TEST_F(EditingTest, matchingAnewKeepsWhatWasDecidedMeanwhile) {
+    RecordingEditing& recordings = controller_->recordings();
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"a nudge", [&] { controller_->clips().adjustAudioOffset(id(), 0.04); }},
+        {"a recording that is taken off",
+         [&] { recordings.removeAudioMatch(id(), group().audioMatches[0].id); }},
+        {"a clip that goes", [&] { recordings.removeVideoFromSync(id(2)); }},
+    };
+    const std::vector<SyncGroup> all(controller_->work().syncGroups().begin(),
+                                     controller_->work().syncGroups().end());
+    for (const bool isOfAll : {false, true})
+        for (const auto& [name, edit] : cases) {
+            SCOPED_TRACE(std::string(name) + (isOfAll ? ", all clips" : ", two clips"));
+            open(all);
+            for (const std::size_t clip : {0U, 1U})
+                recordings.removeAudioMatch(id(clip), group(clip).audioMatches.back().id);
+            controller_->smartAudio().caches().state.results[id()] = {};
+            platform::Task matching = isOfAll ? recordings.resyncAllClips() : recordings.resyncClip(id());
+            if (!isOfAll) matching = recordings.resyncClip(id(1));
+            controller_->withUndo({"Edit"}, edit);
+            const double offset = group().manualAudioOffsetSeconds;
+            const auto clips = controller_->work().syncGroups().size();
+            finish(matching);
+            EXPECT_EQ(std::pair(group().audioMatches.size(), group(1).audioMatches.size()),
+                      std::pair(3UL, 1UL));
+            EXPECT_EQ(group().manualAudioOffsetSeconds, offset);
+            EXPECT_EQ(controller_->work().syncGroups().size(), clips);
+            EXPECT_TRUE(controller_->work().wildTracks().empty());
+            EXPECT_TRUE(controller_->smartAudio().state().results.empty());
+            EXPECT_EQ(stepsToUndo(), 2) << "the edit, and the matching on top of it";
+            EXPECT_EQ(group().audioMatches.size(), 2U);
+        }
+    const platform::Task stopped = recordings.resyncClip(id());
+    controller_->openStoredWork({{}, {}, controller_->work().syncGroups()});
+    finish(stopped);
+    EXPECT_FALSE(controller_->work().undoState().canUndo) << "other work";
+    recordings.removeAudioMatch(id(), group().audioMatches.back().id);
+    finish(recordings.resyncClip(id()));
+    EXPECT_EQ(group().audioMatches.size(), 2U) << "after one that was stopped";
 }
 
 TEST_F(EditingTest, wildTracksGoAndComeWithTheirRecordings) {
@@ -134,11 +176,11 @@ TEST_F(EditingTest, wildTracksGoAndComeWithTheirRecordings) {
     const auto step = [&](auto edit) { controller_->withUndo({"Edit"}, edit); };
     RecordingEditing& recordings = controller_->recordings();
     for (int i = 0; i < 2; ++i) recordings.removeAudioMatch(id(), group().audioMatches[1].id);
-    step([&] { recordings.resyncClip(id()); });
+    finish(recordings.resyncClip(id()));
     EXPECT_EQ(wild(), "") << "they are used again";
     controller_->undo();
     step([&] { recordings.attachAudioToGroup(id(2), controller_->work().wildTracks()[1].audio); });
-    step([&] { recordings.resyncAllClips(); });
+    finish(recordings.resyncAllClips());
     EXPECT_EQ(group(2).audioMatches.size(), 0U);
     EXPECT_EQ(wild(), "");
     for (int i = 0; i < 2; ++i) controller_->undo();

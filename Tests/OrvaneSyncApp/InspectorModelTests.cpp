@@ -198,6 +198,7 @@ TEST_F(InspectorModelTest, namesMetadataAndDoubtsReadAsInTheWindow) {
         own.matchStatus = MatchStatus::ambiguous(2);
         own.video.durationSeconds = 60;
     });
+    finish(controller_->derivedDoubts().derive());
     const DoubtsPart doubts = DoubtsPart::of(*controller_, group(a_));
     ASSERT_FALSE(doubts.doubts.empty());
     for (const auto& doubt : doubts.doubts) {

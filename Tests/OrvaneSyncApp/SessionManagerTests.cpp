@@ -51,7 +51,7 @@ TEST_F(SessionManagerTest, clipsComeBackWithWhatTheyWereMatchedBy) {
     EXPECT_EQ(controller_->work().sourceCorrections(), later);
     EXPECT_EQ(controller_->work().matchRules().soundOffsetSeconds, 0);
     EXPECT_EQ(controller_->work().matchRules().days, MatchingDays::same);
-    controller_->recordings().resyncAllClips();
+    finish(controller_->recordings().resyncAllClips());
     EXPECT_EQ(controller_->work().matchRules().soundOffsetSeconds, 2);
     EXPECT_EQ(controller_->work().keptMatchedBy(), std::nullopt);
 }

@@ -92,7 +92,7 @@ TEST_F(SettingsModelTest, aRowSaysWhatHoldsAndWhatIsWrong) {
 }
 
 TEST_F(SettingsModelTest, theAutomaticLengthSaysWhatTheMaterialIs) {
-    std::unordered_map<UUID, SmartAudioResult> heard;
+    SmartAudioResults heard;
     const SettingsModel model(store_, [&] { return commonestMaterial(heard); });
     const auto first = [&] { return model.choices(rowOf(settings::smartAudioBlockMode)).front().text; };
     EXPECT_EQ(first(), "Auto");

@@ -13,7 +13,8 @@ class WorkDoubtsTest : public test::ControllerTest {
     void open(const MediaAsset& video, const MediaAsset& audio) {
         controller_->openStoredWork({{}, {}, SyncEngine().match({video}, {audio}, MatchRules())});
     }
-    std::vector<Kind> kinds() const {
+    std::vector<Kind> kinds() {
+        finish(controller_->derivedDoubts().derive());
         std::vector<Kind> result;
         for (const auto& [id, own] : controller_->doubts().byGroup)
             for (const SyncDoubt& doubt : own) result.push_back(doubt.kind);
@@ -67,7 +68,7 @@ TEST_F(WorkDoubtsTest, CorrectionsHoldForEveryMatching) {
         {{}, {}, controller_->work().syncGroups(), {}, {}, {.soundOffset = "-01:00:00:00"}});
     controller_->recordings().attachAudioToGroup(clip, test::audio("T.wav", "11:00:02:00"));
     EXPECT_EQ(controller_->work().syncGroups().front().audioMatches.front().syncOffsetSeconds, 2);
-    controller_->recordings().resyncClip(clip);
+    finish(controller_->recordings().resyncClip(clip));
     EXPECT_EQ(controller_->work().syncGroups().front().matchStatus, MatchStatus::matched());
     controller_->reset();
     EXPECT_TRUE(controller_->work().sourceCorrections().isEmpty());

@@ -54,6 +54,13 @@ void clearDecisions(SyncGroup& group) {
     unlock(group);
     group.isApproved = false;
 }
+/// Whether that makes a difference; a look costs less than a copy of the clip.
+bool hasDecisions(const SyncGroup& group) {
+    return !group.manualActiveTracks.empty() || group.tracksManuallyEdited ||
+           group.manualAudioOffsetSeconds != 0 || group.audioAnchorOffsetInAudioSeconds ||
+           group.pictureClapAnchorSeconds || group.isLocked || group.lockedAtAudioAnchor ||
+           group.lockedAtPictureAnchor || group.lockedAtManualOffset || group.isApproved;
+}
 
 } // namespace
 
@@ -165,7 +172,7 @@ void ClipEditing::resetClipToAutoSync(UUID groupID) {
 
 platform::Task ClipEditing::resetAllClipsToAutoSync() {
     work_.notices.assertOnMainThread();
-    work_.editWhere([](const SyncGroup&) { return true; }, clearDecisions);
+    work_.editWhere(hasDecisions, clearDecisions);
     return smartAudio_.reanalyseAll();
 }
 

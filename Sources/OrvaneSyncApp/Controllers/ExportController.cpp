@@ -14,10 +14,10 @@ SyncGroupList settledGroups(const SyncGroupList& groups) {
 
 } // namespace
 
-int ExportController::projectedMulticamCount() const {
-    const auto withAudio = work_.syncGroups().filtered(
+int ExportController::projectedMulticamCount(const SyncGroupList& groups, const MatchRules& rules) {
+    const auto withAudio = groups.filtered(
         [](const SyncGroup& group) { return group.matchStatus.isSettled() && !group.isMOS(); });
-    return static_cast<int>(FCPXMLExporter::findMulticamGroups(withAudio, work_.matchRules()).size());
+    return static_cast<int>(FCPXMLExporter::findMulticamGroups(withAudio, rules).size());
 }
 
 ExportSettings ExportController::exportSettings(const Options& options) const {
@@ -40,15 +40,16 @@ ExportSettings ExportController::exportSettings(const Options& options) const {
 ExportController::Material ExportController::material(const std::optional<UUID>& groupID,
                                                       ExportSettings settings) const {
     work_.notices.assertOnMainThread();
-    if (!groupID) return {work_.syncGroups(), work_.wildTracks(), std::move(settings), false};
+    if (!groupID) return {work_.syncGroups(), work_.sharedWildTracks(), std::move(settings), false};
     const SyncGroup* group = work_.syncGroups().find(*groupID);
     if (group == nullptr) throw GroupNotFound();
     settings.generateMulticam = false;
-    return {SyncGroupList{*group}, {}, std::move(settings), true};
+    return {SyncGroupList{*group}, nullptr, std::move(settings), true};
 }
 
 ExportResult ExportController::Material::document(const std::stop_token& stop) const {
-    return FCPXMLExporter::exportDocument(isOneClip ? groups : settledGroups(groups), wildTracks, settings,
+    return FCPXMLExporter::exportDocument(isOneClip ? groups : settledGroups(groups),
+                                          wildTracks ? *wildTracks : std::vector<WildTrack>(), settings,
                                           stop);
 }
 

@@ -26,8 +26,11 @@ class ExportController {
     };
     /// The settings of an export as the export sheet puts them together.
     ExportSettings exportSettings(const Options& options) const;
-    /// Multicam clips that an export would build.
-    int projectedMulticamCount() const;
+    /// Multicam clips that an export would build; the second on any thread.
+    int projectedMulticamCount() const {
+        return projectedMulticamCount(work_.syncGroups(), work_.matchRules());
+    }
+    static int projectedMulticamCount(const SyncGroupList& groups, const MatchRules& rules);
 
     /// Makes the document off the interface thread, of the clips as they are at the call, and leaves it in
     /// `result`. `groupID`: of that clip alone. Ends with what the two below throw, or Stopped.
@@ -45,7 +48,7 @@ class ExportController {
     /// What one document is made of. Shares the clips; any thread.
     struct Material {
         SyncGroupList groups;
-        std::vector<WildTrack> wildTracks;
+        std::shared_ptr<const std::vector<WildTrack>> wildTracks; ///< null: none
         ExportSettings settings;
         bool isOneClip = false;
 

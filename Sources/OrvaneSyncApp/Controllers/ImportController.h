@@ -80,10 +80,9 @@ class ImportController {
     ProjectController& project() { return project_; }
     const ProjectController& project() const { return project_; }
     const ExportController& exporting() const { return export_; }
-    /// Why clips may not have the right sound, as `WorkDoubts::now`.
-    const SyncDoubts& doubts() const { return doubts_.now(); }
-    /// Differs after `doubts` were derived anew.
-    std::uint64_t doubtsRevision() const { return doubts_.revision(); }
+    /// Why clips may not have the right sound, as `WorkDoubts::latest`.
+    const SyncDoubts& doubts() const { return doubts_.latest(); }
+    const WorkDoubts& derivedDoubts() const { return doubts_; }
     /// As `WorkDoubts::listen`.
     platform::Task listenForDoubts() { return doubts_.listen(); }
 

@@ -23,6 +23,7 @@ enum class ImportField : std::uint8_t {
     scanResult,
     syncGroups,
     wildTracks,
+    doubts, ///< others were derived of the clips
     report,
     smartAudio,
     slates,

@@ -43,7 +43,8 @@ OpenWork::OpenWork(Environment theEnvironment)
 void OpenWork::notify(ImportField field) {
     if (field == ImportField::syncGroups)
         clipsByAudio_.reset();
-    else if (field != ImportField::progress && field != ImportField::undoState)
+    else if (field != ImportField::progress && field != ImportField::undoState &&
+             field != ImportField::doubts)
         ++revisionBesidesClips_;
     notices.notify(field);
 }
@@ -106,30 +107,30 @@ std::vector<FileURL> OpenWork::folders() const {
 
 int OpenWork::unmatchedCount() const { return static_cast<int>(syncGroups_.size()) - matchedCount(); }
 
-const OpenWork::Counts& OpenWork::counts() const {
-    notices.assertOnMainThread();
-    return counts_.of(syncGroups_, countAlike, [this] {
-        Counts counts;
-        for (const SyncGroup& group : syncGroups_)
-            if (group.matchStatus.isSettled()) ++(group.isMOS() ? counts.withoutSound : counts.withSound);
-        return counts;
-    });
+OpenWork::Counts OpenWork::Counts::of(const SyncGroupList& groups) {
+    Counts counts;
+    for (const SyncGroup& group : groups)
+        if (group.matchStatus.isSettled()) ++(group.isMOS() ? counts.withoutSound : counts.withSound);
+    return counts;
 }
 
-const std::map<UUID, std::string>& OpenWork::displayNames() const {
+const OpenWork::Counts& OpenWork::counts() const {
     notices.assertOnMainThread();
-    const platform::SettingsStore& store = *environment.settings;
-    NamingRules rules(store.get(settings::clipNamingSource), store.get(settings::customNamingPattern),
-                      store.get(settings::namingSeparator));
+    return counts_.of(syncGroups_, countAlike, [this] { return Counts::of(syncGroups_); });
+}
+
+std::shared_ptr<const DisplayNames> OpenWork::displayNamesIfMade() const {
+    notices.assertOnMainThread();
+    auto rules = NamingRules::of(*environment.settings);
     if (namedBy_ != rules) displayNames_.reset();
     namedBy_ = std::move(rules);
+    return displayNames_.ifMade(syncGroups_, ClipNames::areNamedAlike);
+}
+
+const DisplayNames& OpenWork::displayNames() const {
+    displayNamesIfMade();
     return displayNames_.of(syncGroups_, ClipNames::areNamedAlike, [this] {
-        const auto& [source, pattern, separator] = *namedBy_;
-        std::vector<std::string> texts = ClipNames::of(syncGroups_, source, pattern, separator);
-        std::map<UUID, std::string> names;
-        for (std::size_t i = 0; i < syncGroups_.size(); ++i)
-            names[syncGroups_[i].id] = GroupNaming::appendingOffspeedTag(std::move(texts[i]), syncGroups_[i]);
-        return names;
+        return WorkFiles{syncGroups_, wildTracks_, nullptr}.displayNames(*namedBy_);
     });
 }
 
@@ -137,13 +138,7 @@ const FileNames& OpenWork::fileNames() const {
     notices.assertOnMainThread();
     if (std::exchange(wildTracksInNames_, wildTracks_) != wildTracks_) fileNames_.reset();
     return fileNames_.of(syncGroups_, haveSameFiles, [this] {
-        FileNames names;
-        for (const SyncGroup& group : syncGroups_) {
-            names.add(group.video);
-            for (const AudioMatch& match : group.audioMatches) names.add(match.audio);
-        }
-        for (const WildTrack& track : *wildTracks_) names.add(track.audio);
-        return names;
+        return WorkFiles{syncGroups_, wildTracks_, nullptr}.fileNames();
     });
 }
 
@@ -178,7 +173,31 @@ bool OpenWork::edit(UUID groupID, const std::function<void(SyncGroup&)>& change)
 void OpenWork::editWhere(const std::function<bool(const SyncGroup&)>& test,
                          const std::function<void(SyncGroup&)>& change) {
     notices.assertOnMainThread();
-    if (syncGroups_.updateWhere(test, change) > 0) notify(ImportField::syncGroups);
+    std::vector<std::size_t> rows;
+    for (std::size_t row = 0; row < syncGroups_.size(); ++row)
+        if (test(syncGroups_[row])) rows.push_back(row);
+    if (rows.empty()) return;
+    // Each change by itself copies the pointers of the clips around it: of many clips, all are copied once.
+    constexpr std::size_t most = 64;
+    if (rows.size() <= most) {
+        syncGroups_.updateWhere(test, change);
+    } else {
+        SyncGroupList edited;
+        auto next = rows.begin();
+        for (std::size_t row = 0; row < syncGroups_.size(); ++row) {
+            if (next == rows.end() || *next != row) {
+                edited.append(syncGroups_.element(row));
+                continue;
+            }
+            ++next;
+            auto own = std::make_shared<SyncGroup>(syncGroups_[row]);
+            change(*own);
+            edited.append(std::move(own));
+        }
+        edited.makeIndex();
+        syncGroups_ = std::move(edited);
+    }
+    notify(ImportField::syncGroups);
 }
 
 void OpenWork::changeClips(const std::function<void(SyncGroupList&)>& change) {
@@ -196,6 +215,7 @@ void OpenWork::changeWildTracks(const std::function<void(std::vector<WildTrack>&
 }
 
 void OpenWork::setClips(SyncGroupList groups, WildTracks wildTracks) {
+    notices.assertOnMainThread();
     syncGroups_ = std::move(groups);
     syncGroups_.makeIndex();
     notify(ImportField::syncGroups);

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/DerivedFromClips.h"
 #include "OrvaneSyncApp/Controllers/Notices.h"
 #include "OrvaneSyncApp/Controllers/UndoStack.h"
+#include "OrvaneSyncApp/Controllers/WorkFiles.h"
 #include "OrvaneSyncCore/Models/ExportKinds.h"
 #include "OrvaneSyncCore/Models/FilePaths.h"
 #include "OrvaneSyncCore/Models/ScanScope.h"
@@ -21,7 +22,6 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -102,7 +102,8 @@ class OpenWork {
     const std::shared_ptr<const std::vector<WildTrack>>& sharedWildTracks() const { return wildTracks_; }
     /// There are no clips because the editor took the last one out, and not because nothing is open or found.
     bool isEmptiedByEdit() const { return isEmptiedByEdit_; }
-    /// Differs after every change but those of the clips, of the steps to take back, and of a progress.
+    /// Differs after every change but those of the clips, of what is derived from them, of the steps to take
+    /// back, and of a progress.
     std::uint64_t revisionBesidesClips() const { return revisionBesidesClips_; }
     UndoState undoState() const { return undoStack_.state(); }
 
@@ -110,9 +111,17 @@ class OpenWork {
     int unmatchedCount() const;                                       ///< ambiguous and unmatched ones
     int syncClipCount() const { return counts().withSound; }          ///< settled clips with audio
     int mosCount() const { return counts().withoutSound; }            ///< settled clips without audio
+    /// Of the clips that are settled.
+    struct Counts {
+        int withSound = 0, withoutSound = 0;
+
+        static Counts of(const SyncGroupList& groups); ///< any thread
+    };
     /// The name of every clip in Final Cut, by group, by the naming settings. Valid until these or the clips
     /// change.
-    const std::map<UUID, std::string>& displayNames() const;
+    const DisplayNames& displayNames() const;
+    /// The same for who keeps them; null where nobody has asked for them since they may have changed.
+    std::shared_ptr<const DisplayNames> displayNamesIfMade() const;
     /// What to call the files of the clips and wild tracks. Valid until these change.
     const FileNames& fileNames() const;
     /// Where in the list of clips the audio is used, ascending. Valid until the clips change.
@@ -141,6 +150,8 @@ class OpenWork {
                    const std::function<void(SyncGroup&)>& change);
     void changeClips(const std::function<void(SyncGroupList&)>& change);
     void changeWildTracks(const std::function<void(std::vector<WildTrack>&)>& change);
+    /// Both at once, made elsewhere.
+    void setClips(SyncGroupList groups, std::shared_ptr<const std::vector<WildTrack>> wildTracks);
     /// Clips and wild tracks of other work: that there are none is then no edit, and nothing of what was open
     /// can be taken back. `matchedBy`: by which the clips were matched; without days, by those of the
     /// setting.
@@ -191,20 +202,13 @@ class OpenWork {
         MatchedBy matchedBy;
         std::shared_ptr<const ProjectEntries> projectEntries;
     };
-    /// The settings by which clips are named.
-    using NamingRules = std::tuple<ClipNamingSource, std::string, std::string>;
     using UndoTravel = bool (UndoStack<State>::*)(State&);
 
     State state() const { return {syncGroups_, wildTracks_, scan_, matchedBy_, projectEntries_}; }
     bool differsFrom(const State& before) const;
     void travel(UndoTravel direction);
     WildTracks wildTracksOf(const State& target, const SyncGroupList& clipsBefore) const;
-    void setClips(SyncGroupList groups, WildTracks wildTracks);
     bool mayHoldDecisions() const;
-    /// Of the clips that are settled.
-    struct Counts {
-        int withSound = 0, withoutSound = 0;
-    };
     const Counts& counts() const;
 
     std::optional<FileURL> videoFolderURL_;
@@ -228,7 +232,7 @@ class OpenWork {
     mutable DerivedFromClips<Counts> counts_;
     mutable DerivedFromClips<FileNames> fileNames_;
     mutable WildTracks wildTracksInNames_; ///< in `fileNames_`
-    mutable DerivedFromClips<std::map<UUID, std::string>> displayNames_;
+    mutable DerivedFromClips<DisplayNames> displayNames_;
     mutable std::optional<NamingRules> namedBy_; ///< `displayNames_`
 };
 

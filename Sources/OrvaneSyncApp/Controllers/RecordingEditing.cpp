@@ -1,7 +1,9 @@
 #include "OrvaneSyncApp/Controllers/RecordingEditing.h"
 
+#include "OrvaneSyncApp/Controllers/Resync.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
@@ -11,7 +13,6 @@
 #include <algorithm>
 #include <cmath>
 #include <tuple>
-#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -42,17 +43,6 @@ bool areOfOtherDays(const FilePlace& clip, const std::optional<FilePlace>& sound
     const double between = static_cast<double>(*sound->day - *filmed) * secondsADay;
     return !SyncEngine::overlapDuration(
         clip.range, {sound->range.startSeconds + between, sound->range.endSeconds + between});
-}
-
-/// Matching makes one piece of memory of all recordings that it is given, which lives as long as a match with
-/// one of them: fine for the matches of all clips, and a copy of the whole card for those of a single one.
-std::vector<AudioMatch> withAssetsOfTheirOwn(const std::vector<AudioMatch>& matches) {
-    std::vector<AudioMatch> result;
-    result.reserve(matches.size());
-    for (const AudioMatch& match : matches)
-        result.emplace_back(match.id, MediaAsset(*match.audio), match.syncOffsetSeconds,
-                            match.overlapDurationSeconds);
-    return result;
 }
 
 } // namespace
@@ -161,121 +151,96 @@ void RecordingEditing::removeVideoFromSync(UUID groupID) {
     });
 }
 
+RecordingEditing::RecordingEditing(OpenWork& work, ScanController& scan, SmartAudioController& smartAudio)
+    : work_(work), scan_(scan), smartAudio_(smartAudio),
+      matching_(platform::SerialQueue::create("matching")) {}
+
 /// What a clip uses is no wild track; of what clips have given up, that which no clip uses any more is one.
 void RecordingEditing::settleWildTracks(const std::vector<AudioMatch>& released) {
-    const auto isUsed = [&](const UUID& audioID) { return !work_.clipsUsing(audioID).empty(); };
-    std::unordered_set<UUID> known;
-    std::vector<WildTrack> tracks;
-    for (const WildTrack& track : work_.wildTracks())
-        if (known.insert(track.id).second && !isUsed(track.id)) tracks.push_back(track);
-    for (const AudioMatch& match : released)
-        if (!isUsed(match.audio->id) && known.insert(match.audio->id).second)
-            tracks.emplace_back(*match.audio);
-    if (!std::ranges::equal(tracks, work_.wildTracks(), {}, &WildTrack::id, &WildTrack::id))
-        work_.changeWildTracks([&](std::vector<WildTrack>& all) { all = std::move(tracks); });
+    auto tracks = settledWildTracks(work_.wildTracks(), released,
+                                    [&](const UUID& audioID) { return !work_.clipsUsing(audioID).empty(); });
+    if (tracks) work_.changeWildTracks([&](std::vector<WildTrack>& all) { all = std::move(*tracks); });
 }
 
-void RecordingEditing::resyncClip(UUID groupID) {
+platform::Task RecordingEditing::resyncClip(UUID groupID) {
     work_.notices.assertOnMainThread();
-    const SyncGroup* group = work_.syncGroups().find(groupID);
-    if (group == nullptr) return;
-    std::vector<MediaAsset> gathered;
-    const auto* scanned = scannedAudio();
-    if (scanned == nullptr) gathered = availableAudioPool();
-    const auto& pool = scanned != nullptr ? *scanned : gathered;
-    if (pool.empty()) return;
-    MatchRules rules = work_.matchRules();
-    rules.days = *work_.nextCorrections().days;
-    const bool asksAllClips = rules.days == MatchingDays::automatic;
-    if (asksAllClips) rules.days = MatchingDays::midnight;
-    SyncGroupList matched = syncEngine_.match({group->video}, pool, rules, {}, &work_.syncGroups());
-    if (asksAllClips && matched.front().isMOS()) {
-        // Whether a card's clock is wrong shows in what the other clips meet.
-        rules.days = MatchingDays::automatic;
-        matched = syncEngine_.match(videosOfClips(), pool, rules);
-    }
-    const SyncGroup* anew = nullptr;
-    for (const SyncGroup& one : matched)
-        if (one.video.id == group->video.id && one.video.url == group->video.url) anew = &one;
-    if (anew == nullptr) return;
-    const std::vector<AudioMatch> released = group->audioMatches;
-    work_.notices.together([&] {
-        work_.edit(groupID, [&](SyncGroup& own) {
-            const SyncGroup before = own;
-            own.audioMatches = withAssetsOfTheirOwn(anew->audioMatches);
-            own.matchStatus = anew->matchStatus;
-            carryDecisions(own, before);
-        });
-        settleWildTracks(released);
-        smartAudio_.caches().removeSmartAudioCaches(groupID);
-    });
+    if (work_.syncGroups().find(groupID) == nullptr) return platform::Task::ended();
+    const bool isFirst = resyncAsked_.empty() || resyncing_->isDone(); // it may have been stopped
+    if (isFirst) resyncAsked_.clear();
+    resyncAsked_.push_back(groupID);
+    if (isFirst) resyncing_ = work_.running.add(resyncAsked(work_.weak(this)));
+    return *resyncing_;
 }
 
-void RecordingEditing::resyncAllClips() {
-    work_.notices.assertOnMainThread();
-    const auto pool = availableAudioPool();
-    if (pool.empty()) return;
-    auto by = MatchedBy::of(work_.nextCorrections(), rateOfMostClips(work_.syncGroups()));
-    const SyncGroupList matched = syncEngine_.match(videosOfClips(), pool, by.rules);
-    std::unordered_map<std::string_view, const SyncGroup*> byPath;
-    for (const SyncGroup& result : matched) byPath.try_emplace(result.video.url.path, &result);
+platform::Task RecordingEditing::resyncAsked(std::weak_ptr<RecordingEditing> weak) {
+    auto self = weak.lock();
+    if (!self) co_return;
+    // For those that are asked for with it.
+    auto others = platform::onQueue(*self->matching_, self->work_.environment.mainThread, [] {});
+    self.reset();
+    co_await others;
+    self = weak.lock();
+    if (!self) co_return;
+    MatchRules rules = self->work_.matchRules();
+    rules.days = *self->work_.nextCorrections().days;
+    auto matching =
+        platform::onQueue(*self->matching_, self->work_.environment.mainThread,
+                          [files = self->workFiles(), rules, asked = std::exchange(self->resyncAsked_, {})](
+                              const std::stop_token& stop) { return rematched(files, asked, rules, stop); });
+    self.reset();
+    const std::vector<SyncGroup> matched = co_await matching;
+    self = weak.lock();
+    if (self) self->work_.withUndo(undoSteps::resyncClip, [&] { self->resync(matched); });
+}
+
+/// Clips that are no more stay away.
+void RecordingEditing::resync(const std::vector<SyncGroup>& matched) {
     std::vector<AudioMatch> released;
-    for (const SyncGroup& group : work_.syncGroups())
-        released.insert(released.end(), group.audioMatches.begin(), group.audioMatches.end());
-    work_.notices.together([&] {
-        work_.editWhere([](const SyncGroup&) { return true; },
-                        [&](SyncGroup& own) {
-                            const SyncGroup& result = *byPath.at(own.video.url.path);
-                            const SyncGroup before = own;
-                            own.audioMatches = result.audioMatches;
-                            own.matchStatus = result.matchStatus;
-                            carryDecisions(own, before);
-                        });
-        settleWildTracks(released);
-        work_.setMatchedBy(std::move(by));
-        smartAudio_.caches().invalidateCachesAfterUndo();
-    });
-}
-
-std::vector<MediaAsset> RecordingEditing::videosOfClips() const {
-    std::vector<MediaAsset> videos;
-    videos.reserve(work_.syncGroups().size());
-    for (const SyncGroup& group : work_.syncGroups()) videos.push_back(group.video);
-    return videos;
-}
-
-const std::vector<MediaAsset>* RecordingEditing::scannedAudio() const {
-    const auto& scanned = scan_.scanResult();
-    return scanned && !scanned->audioAssets.empty() ? &scanned->audioAssets : nullptr;
-}
-
-/// Valid until the clips change.
-std::vector<const MediaAsset*> RecordingEditing::audioPool() const {
-    work_.notices.assertOnMainThread();
-    std::vector<const MediaAsset*> pool;
-    if (const auto* scanned = scannedAudio()) {
-        for (const MediaAsset& audio : *scanned) pool.push_back(&audio);
-        return pool;
+    for (const SyncGroup& anew : matched) {
+        const bool isThere = work_.edit(anew.id, [&](SyncGroup& own) {
+            released.insert(released.end(), own.audioMatches.begin(), own.audioMatches.end());
+            layMatches(own, anew);
+        });
+        if (isThere) smartAudio_.caches().removeSmartAudioCaches(anew.id);
     }
-    std::unordered_set<UUID> seen;
-    for (const SyncGroup& group : work_.syncGroups())
-        for (const AudioMatch& match : group.audioMatches)
-            if (seen.insert(match.audio->id).second) pool.push_back(&*match.audio);
-    for (const WildTrack& track : work_.wildTracks())
-        if (seen.insert(track.id).second) pool.push_back(&track.audio);
-    sortByPath(pool);
-    return pool;
+    settleWildTracks(released);
 }
 
-std::vector<MediaAsset> RecordingEditing::availableAudioPool() const {
-    std::vector<MediaAsset> pool;
-    for (const MediaAsset* audio : audioPool()) pool.push_back(*audio);
-    return pool;
+platform::Task RecordingEditing::resyncAllClips() {
+    work_.notices.assertOnMainThread();
+    return work_.running.add(resyncAll(work_.weak(this)));
+}
+
+platform::Task RecordingEditing::resyncAll(std::weak_ptr<RecordingEditing> weak) {
+    for (;;) {
+        auto self = weak.lock();
+        if (!self) co_return;
+        const WorkFiles before = self->workFiles();
+        auto matching = platform::onQueue(
+            *self->matching_, self->work_.environment.mainThread,
+            [before, corrections = self->work_.nextCorrections()](const std::stop_token& stop) {
+                return resynced(before, corrections, stop);
+            });
+        self.reset();
+        auto made = co_await matching;
+        self = weak.lock();
+        if (!self || !made || self->scan_.scanResult() != before.scanned) co_return;
+        if (!made->follow(before, self->workFiles())) continue; // of the clips as they are by now
+        self->work_.notices.together([&] {
+            self->work_.withUndo(undoSteps::resyncAllClips, [&] {
+                self->work_.setClips(std::move(made->groups), std::move(made->wildTracks));
+            });
+            self->work_.setMatchedBy(std::move(made->by));
+            self->smartAudio_.caches().invalidateCachesAfterUndo();
+        });
+        co_return;
+    }
 }
 
 const MediaAsset* RecordingEditing::audioInPool(const UUID& id) const {
     work_.notices.assertOnMainThread();
-    if (const auto* scanned = scannedAudio()) {
+    const WorkFiles all = workFiles();
+    if (const auto* scanned = all.scannedAudio()) {
         const auto found = std::ranges::find(*scanned, id, &MediaAsset::id);
         return found == scanned->end() ? nullptr : &*found;
     }
@@ -300,7 +265,7 @@ std::vector<MediaAsset> RecordingEditing::rawFilesAvailableToAttach(UUID excludi
         const MediaAsset* audio;
     };
     std::vector<File> files;
-    for (const MediaAsset* audio : audioPool())
+    for (const MediaAsset* audio : workFiles().audioPool())
         if (!left.contains(audio->id))
             files.push_back({ofOtherDays.contains(audio->id),
                              platform::text::localizedStandardSortKey(audio->filename), audio});
@@ -314,7 +279,7 @@ std::vector<MediaAsset> RecordingEditing::rawFilesAvailableToAttach(UUID excludi
 }
 
 std::unordered_set<UUID> RecordingEditing::recordingsOfOtherDays(UUID groupID) const {
-    std::vector<const MediaAsset*> all = audioPool();
+    std::vector<const MediaAsset*> all = workFiles().audioPool();
     for (const WildTrack& track : work_.wildTracks()) all.push_back(&track.audio);
     Places places(work_.matchRules());
     for (const SyncGroup& group : work_.syncGroups()) places.learn(group.video);

@@ -3,11 +3,12 @@
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
 #include "OrvaneSyncApp/Controllers/ScanController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
-#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncApp/Controllers/WorkFiles.h"
 #include "Platform/Task.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -19,8 +20,7 @@ namespace orvane {
 /// there: as in ClipEditing. Interface thread.
 class RecordingEditing {
   public:
-    RecordingEditing(OpenWork& work, ScanController& scan, SmartAudioController& smartAudio)
-        : work_(work), scan_(scan), smartAudio_(smartAudio) {}
+    RecordingEditing(OpenWork& work, ScanController& scan, SmartAudioController& smartAudio);
 
     /// Unless locked: adds the audio behind the others and takes it from the wild tracks. Audio that an
     /// ambiguous clip has already is thereby confirmed.
@@ -34,15 +34,17 @@ class RecordingEditing {
     /// the other recordings stay behind.
     void chooseRecording(UUID groupID, UUID matchID);
     void removeVideoFromSync(UUID groupID); ///< unless locked
-    /// Match anew against the pool, whatever was locked; manual decisions stay.
-    void resyncClip(UUID groupID);
-    void resyncAllClips();
+    // Match anew against the pool, on a queue, whatever was locked; manual decisions stay, those too that are
+    // made meanwhile. Each is an undo step of its own, on top of those that came before its end.
+    /// Clips that are asked for before one of them is matched are one step together.
+    platform::Task resyncClip(UUID groupID);
+    platform::Task resyncAllClips();
 
     void renameWildTrack(UUID id, std::string_view name);
     void toggleWildTrackApproved(UUID id);
 
     /// The audio of the scan; without one that of the clips and wild tracks. In the order of the paths.
-    std::vector<MediaAsset> availableAudioPool() const;
+    std::vector<MediaAsset> availableAudioPool() const { return workFiles().copiedAudioPool(); }
     /// One of the pool; null when it is not in it. Valid until the clips change.
     const MediaAsset* audioInPool(const UUID& id) const;
     /// The pool without wild tracks and the clip's own audio, in the order of a file browser; recordings of
@@ -60,15 +62,17 @@ class RecordingEditing {
     static platform::Task attachFile(std::weak_ptr<RecordingEditing> weak, UUID groupID, FileURL file);
     void editWildTrack(UUID id, const std::function<void(WildTrack&)>& change);
     void settleWildTracks(const std::vector<AudioMatch>& released);
-    /// Null: the scan read none.
-    const std::vector<MediaAsset>* scannedAudio() const;
-    std::vector<const MediaAsset*> audioPool() const;
-    std::vector<MediaAsset> videosOfClips() const;
+    WorkFiles workFiles() const { return {work_.syncGroups(), work_.sharedWildTracks(), scan_.scanResult()}; }
+    static platform::Task resyncAsked(std::weak_ptr<RecordingEditing> weak);
+    static platform::Task resyncAll(std::weak_ptr<RecordingEditing> weak);
+    void resync(const std::vector<SyncGroup>& matched);
 
     OpenWork& work_;
     ScanController& scan_;
     SmartAudioController& smartAudio_;
-    const SyncEngine syncEngine_{};
+    std::vector<UUID> resyncAsked_; ///< clips to be matched next, together
+    std::optional<platform::Task> resyncing_;
+    const std::unique_ptr<platform::SerialQueue> matching_;
 };
 
 } // namespace orvane

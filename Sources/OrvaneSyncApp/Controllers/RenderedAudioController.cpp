@@ -91,9 +91,10 @@ platform::Task RenderedAudioController::renderBlocks(Weak weak, UUID groupID, Re
         auto self = weak.lock();
         const SyncGroup* group = self ? self->work_.syncGroups().find(groupID) : nullptr;
         const auto* analysis = self ? findIn(self->caches_.state.results, groupID) : nullptr;
-        if (group == nullptr || group->isMOS() || analysis == nullptr || analysis->blocks.empty()) co_return;
+        if (group == nullptr || group->isMOS() || analysis == nullptr || (*analysis)->blocks.empty())
+            co_return;
         const TakeSound sound = soundOf(*group);
-        const std::vector<BlockDecision> blocks = analysis->blocks;
+        const std::vector<BlockDecision> blocks = (*analysis)->blocks;
         const auto rendered = std::make_shared<std::optional<RenderResult>>();
         auto rendering = render(
             weak, self->mixdowns_.get(), phaseOf("Rendering what is heard of ", *group),
@@ -109,7 +110,7 @@ platform::Task RenderedAudioController::renderBlocks(Weak weak, UUID groupID, Re
         group = self ? self->work_.syncGroups().find(groupID) : nullptr;
         analysis = self ? findIn(self->caches_.state.results, groupID) : nullptr;
         if (group == nullptr || analysis == nullptr) co_return;
-        if (analysis->blocks != blocks || soundOf(*group) != sound) continue; // others are heard by now
+        if ((*analysis)->blocks != blocks || soundOf(*group) != sound) continue; // others are heard by now
         auto& urls = self->caches_.state.mixdownURLs;
         if (*rendered)
             urls.insert_or_assign(groupID, (*rendered)->url);

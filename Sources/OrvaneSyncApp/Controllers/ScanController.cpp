@@ -145,10 +145,11 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
         [service = self->discoveryService_, folders, exclusions = self->work_.scanScope().exclusions](
             const std::stop_token& stop) { return service.discoverOnce(folders, stop, exclusions); });
     self.reset();
-    const DiscoveryResult found = co_await discovery;
+    const auto shared = std::make_shared<const DiscoveryResult>(co_await discovery);
+    const DiscoveryResult& found = *shared;
     self = stillScanning(weak, scanNumber);
     if (!self) co_return;
-    self->set(self->discoveryResult_, std::optional(found), ImportField::discoveryResult);
+    self->set(self->discoveryResult_, shared, ImportField::discoveryResult);
     if (found.isEmpty()) {
         self->set(self->scanState_, ScanState::done, ImportField::scanState);
         self->set(self->scanResult_, std::make_shared<const ScanResult>(), ImportField::scanResult);
@@ -197,7 +198,7 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
     self->set(self->progress_, ScanProgress{"Matching by timecode", 0, 0}, ImportField::progress);
     self.reset();
     const platform::Task matching =
-        match(weak, scanNumber, std::make_shared<const ScanOutcome>(ScanOutcome{found, result}), of);
+        match(weak, scanNumber, std::make_shared<const ScanOutcome>(ScanOutcome{shared, result}), of);
     co_await matching;
     self = stillScanning(weak, scanNumber); // somebody may have reset the work on one of these notices
     if (!self) co_return;

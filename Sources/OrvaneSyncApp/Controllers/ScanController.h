@@ -22,7 +22,7 @@ namespace orvane {
 
 /// What a scan found and read; the work is made of it.
 struct ScanOutcome {
-    std::optional<DiscoveryResult> discoveryResult;
+    std::shared_ptr<const DiscoveryResult> discoveryResult;
     std::shared_ptr<const ScanResult> scanResult;
 };
 
@@ -37,8 +37,8 @@ class ScanController {
 
     ScanState scanState() const { return scanState_; }
     const ScanProgress& progress() const { return progress_; }
-    /// What the last scan found, and what it read from that.
-    const std::optional<DiscoveryResult>& discoveryResult() const { return discoveryResult_; }
+    /// What the last scan found, and what it read from that; null without one.
+    const std::shared_ptr<const DiscoveryResult>& discoveryResult() const { return discoveryResult_; }
     const std::shared_ptr<const ScanResult>& scanResult() const { return scanResult_; }
 
     void setVideoFolderURL(std::optional<FileURL> folder);
@@ -87,7 +87,7 @@ class ScanController {
     /// What a scan replaces.
     struct Earlier {
         ScanState scanState;
-        std::optional<DiscoveryResult> discoveryResult;
+        std::shared_ptr<const DiscoveryResult> discoveryResult;
         std::shared_ptr<const ScanResult> scanResult;
     };
     using ScanStep = std::pair<std::uint64_t, ScanProgress>; ///< by number of the scan
@@ -109,7 +109,7 @@ class ScanController {
     ReportController& reports_;
     ScanState scanState_ = ScanState::idle;
     ScanProgress progress_;
-    std::optional<DiscoveryResult> discoveryResult_;
+    std::shared_ptr<const DiscoveryResult> discoveryResult_;
     std::shared_ptr<const ScanResult> scanResult_;
     const std::shared_ptr<platform::Throttle<ScanStep>> shown_;
     /// Lets a scan see that another scan or a reset has taken its place.

@@ -325,7 +325,7 @@ void SmartAudioRuns::adoptVerdict(const UUID& groupID, SmartAudioResult result,
     work_.notices.together([&] {
         // Of other blocks than those that are heard from now on.
         const auto known = caches_.state.results.find(groupID);
-        if (known == caches_.state.results.end() || known->second.blocks != result.blocks)
+        if (known == caches_.state.results.end() || known->second->blocks != result.blocks)
             caches_.state.mixdownURLs.erase(groupID);
         caches_.state.results.insert_or_assign(groupID, std::move(result));
         caches_.state.passedOver.erase(groupID);

@@ -2,8 +2,8 @@
 
 #include "OrvaneSyncCore/Models/FileURL.h"
 #include "OrvaneSyncCore/Models/SlateResult.h"
+#include "OrvaneSyncCore/Models/SmartAudioResults.h"
 #include "OrvaneSyncCore/Models/UUID.h"
-#include "OrvaneSyncCore/Services/Export/ExportSettings.h"
 
 #include <string>
 #include <unordered_map>
@@ -24,7 +24,7 @@ struct SmartAudioProgress {
 /// What Smart Audio knows of the clips, by group. Lives in memory only.
 struct SmartAudioState {
     /// The latest analysis of each clip, with the editor's ranges laid over its blocks.
-    ExportSettings::SmartAudioResults results;
+    SmartAudioResults results;
     /// Clips that an analysis passed over, as the editor keeps all their tracks out of it. They have no
     /// result.
     std::unordered_set<UUID> passedOver;

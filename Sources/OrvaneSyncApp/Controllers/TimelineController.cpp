@@ -27,7 +27,7 @@ TimelineController::TimelineController(OpenWork& work, ClipEditing& clips)
       waveform_(WaveformState::create(work.environment.mainThread, work.environment.waveformCache)),
       listening_(platform::SerialQueue::create("timeline")) {}
 
-double TimelineController::playerFrameRate(const SyncGroup& group) {
+double TimelineController::timelineFrameRate(const SyncGroup& group) {
     constexpr double usual = 24;
     for (const auto& rate : {group.video.projectFrameRate, group.video.frameRate})
         if (rate && *rate > 0) return exactRateValue(*rate);
@@ -131,7 +131,7 @@ void TimelineController::adjustOffset(const UUID& groupID, double deltaSeconds) 
 
 void TimelineController::nudgeByFrames(const UUID& groupID, int frames) {
     if (const SyncGroup* group = work_.syncGroups().find(groupID))
-        adjustOffset(groupID, frames / playerFrameRate(*group));
+        adjustOffset(groupID, frames / timelineFrameRate(*group));
 }
 
 platform::Task TimelineController::dragAudio(const UUID& groupID, double points, DragModifiers modifiers) {
@@ -159,7 +159,7 @@ void TimelineController::handleContainerDrag(double translation, DragModifiers m
     const SyncGroup* group = shown_ ? work_.unlockedGroup(*shown_) : nullptr;
     if (group == nullptr) return;
     AudioDrag::Timeline timeline{.pixelsPerSecond = zoom_.pixelsPerSecond(),
-                                 .frameRate = playerFrameRate(*group)};
+                                 .frameRate = timelineFrameRate(*group)};
     if (group->audioAnchorOffsetInAudioSeconds)
         timeline.anchorSeconds =
             ClipSound(*group).primaryStartSeconds + *group->audioAnchorOffsetInAudioSeconds;
@@ -179,7 +179,7 @@ std::optional<SiblingSuggestion> TimelineController::siblingSuggestion(const UUI
     if (group == nullptr) return std::nullopt;
     const platform::SettingsStore& store = *work_.environment.settings;
     return activeSiblingSuggestion(*group, work_.syncGroups(), store.get(settings::clipNamingSource),
-                                   store.get(settings::customNamingPattern), playerFrameRate(*group),
+                                   store.get(settings::customNamingPattern), timelineFrameRate(*group),
                                    dismissedKeys_);
 }
 

@@ -64,8 +64,8 @@ class TimelineController {
     /// Until the sibling is moved again. Forgotten with the program.
     void dismissSiblingSuggestion(const UUID& groupID);
 
-    /// Frames per second at which a clip is played and counted.
-    static double playerFrameRate(const SyncGroup& group);
+    /// Frames per second by which a clip is counted and nudged: those of the project, else of the file.
+    static double timelineFrameRate(const SyncGroup& group);
 
   private:
     static platform::Task reduce(std::weak_ptr<TimelineController> weak, TakeSound sound, std::size_t bins,

@@ -69,7 +69,7 @@ platform::Task TrackEditing::editTracks(UUID groupID, const std::function<void(S
 std::set<int> TrackEditing::visibleActiveTracks(const SyncGroup& group) const {
     const auto& results = smartAudio_.state().results;
     const auto found = results.find(group.id);
-    return tracksHeardWithoutChoice(group, found == results.end() ? nullptr : &found->second);
+    return tracksHeardWithoutChoice(group, found == results.end() ? nullptr : &*found->second);
 }
 
 platform::Task TrackEditing::toggleTrackActive(const UUID& groupID, int trackIndex) {

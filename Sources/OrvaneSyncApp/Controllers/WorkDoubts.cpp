@@ -3,17 +3,11 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace orvane {
 
 namespace {
-
-bool haveSameSound(const SyncGroup& before, const SyncGroup& now) {
-    return std::ranges::equal(
-        before.audioMatches, now.audioMatches,
-        [](const AudioMatch& a, const AudioMatch& b) { return &*a.audio == &*b.audio; });
-}
 
 /// Whatever doubts look at, they do not look at names, marks, claps and levels.
 bool areDoubtedAlike(const SyncGroup& before, const SyncGroup& now) {
@@ -33,24 +27,89 @@ bool areDoubtedAlike(const SyncGroup& before, const SyncGroup& now) {
 
 } // namespace
 
-const SyncDoubts& WorkDoubts::now() const {
+SyncDoubts DoubtSource::doubts(const FileNames& names, const std::stop_token& stop) const {
+    std::vector<MediaAsset> gathered;
+    const auto* recordings = files.scannedAudio();
+    if (recordings == nullptr) gathered = files.copiedAudioPool();
+    return SyncDoubts::of({files.groups, recordings != nullptr ? *recordings : gathered, rules, trimMode,
+                           smartAudioResults, names, heardLags.get()},
+                          stop);
+}
+
+WorkDoubts::WorkDoubts(OpenWork& work, const ScanController& scan, const SmartAudioController& smartAudio)
+    : work_(work), scan_(scan), smartAudio_(smartAudio), latest_(std::make_shared<const SyncDoubts>()),
+      queue_(platform::SerialQueue::create("doubts")) {}
+
+DoubtSource WorkDoubts::source() const {
+    return {{work_.syncGroups(), work_.sharedWildTracks(), scan_.scanResult()},
+            work_.matchRules(),
+            work_.environment.settings->get(settings::trimMode),
+            smartAudio_.state().results,
+            heardLags_};
+}
+
+WorkDoubts::Basis WorkDoubts::basis() const {
     const MatchRules& rules = work_.matchRules();
-    const TrimMode trimMode = work_.environment.settings->get(settings::trimMode);
-    const Basis basis(work_.revisionBesidesClips(), rules.days, rules.soundOffsetSeconds, rules.soundDay,
-                      rules.timecodeRate, trimMode);
-    if (basis_ != basis) {
-        basis_ = basis;
-        pool_.reset();
-        doubts_.reset();
+    return {work_.revisionBesidesClips(), rules.days,
+            rules.soundOffsetSeconds,     rules.soundDay,
+            rules.timecodeRate,           work_.environment.settings->get(settings::trimMode)};
+}
+
+bool WorkDoubts::isBegun() const {
+    return begunBy_ == basis() && begunOf_.isSame(work_.syncGroups(), areDoubtedAlike);
+}
+
+const SyncDoubts& WorkDoubts::latest() const {
+    derive();
+    // Clips of other work may have none of those before.
+    static const SyncDoubts none;
+    return work_.syncGroups().empty() ? none : *latest_;
+}
+
+std::shared_ptr<const SyncDoubts> WorkDoubts::ifCurrent() const {
+    work_.notices.assertOnMainThread();
+    return isBegun() && deriving_->isDone() ? latest_ : nullptr;
+}
+
+platform::Task WorkDoubts::derive() const {
+    work_.notices.assertOnMainThread();
+    if (isBegun()) return *deriving_;
+    if (deriving_) deriving_->requestStop();
+    begunBy_ = basis();
+    begunOf_.set(work_.syncGroups());
+    deriving_ = work_.running.add(deriveOnQueue(work_.weak(this), ++begun_));
+    return *deriving_;
+}
+
+platform::Task WorkDoubts::deriveOnQueue(std::weak_ptr<const WorkDoubts> weak, std::uint64_t number) {
+    auto self = weak.lock();
+    if (!self) co_return;
+    struct Derived {
+        std::shared_ptr<const SyncDoubts> doubts;
+        bool isOther;
+    };
+    auto deriving = platform::onQueue(
+        *self->queue_, self->work_.environment.mainThread,
+        [source = self->source(), before = self->latest_](const std::stop_token& stop) -> Derived {
+            auto doubts = std::make_shared<const SyncDoubts>(source.doubts(source.files.fileNames(), stop));
+            const bool isOther = *doubts != *before;
+            return {isOther ? std::move(doubts) : before, isOther};
+        });
+    self.reset();
+    Derived derived;
+    try {
+        derived = co_await deriving;
+    } catch (...) {
+        self = weak.lock();
+        if (self && self->begun_ == number) self->begunBy_.reset();
+        throw;
     }
-    const SyncGroupList& clips = work_.syncGroups();
-    return doubts_.of(clips, areDoubtedAlike, [&] {
-        ++revision_;
-        const auto& pool =
-            pool_.of(clips, haveSameSound, [this] { return recordings_.availableAudioPool(); });
-        return SyncDoubts::of({clips, pool, rules, trimMode, smartAudio_.caches().state.results,
-                               work_.fileNames(), &heardLags_});
-    });
+    self = weak.lock();
+    if (!self || self->begun_ != number) co_return;
+    self->latest_ = std::move(derived.doubts);
+    if (!derived.isOther) co_return;
+    ++self->revision_;
+    self->work_.notify(ImportField::doubts);
 }
 
 platform::Task WorkDoubts::listen() {
@@ -69,8 +128,9 @@ platform::Task WorkDoubts::listenToPairs(std::weak_ptr<WorkDoubts> weak, std::ve
     auto lags = co_await hearing;
     self = weak.lock();
     if (!self) co_return;
-    self->heardLags_ = std::move(lags);
-    self->basis_.reset();
+    self->heardLags_ = std::make_shared<const std::unordered_map<UUID, double>>(std::move(lags));
+    self->begunBy_.reset();
+    self->work_.notify(ImportField::doubts); // whoever shows them asks
 }
 
 } // namespace orvane

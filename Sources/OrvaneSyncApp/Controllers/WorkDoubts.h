@@ -2,8 +2,9 @@
 
 #include "OrvaneSyncApp/Controllers/DerivedFromClips.h"
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
-#include "OrvaneSyncApp/Controllers/RecordingEditing.h"
+#include "OrvaneSyncApp/Controllers/ScanController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
+#include "OrvaneSyncApp/Controllers/WorkFiles.h"
 #include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
 #include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
 #include "Platform/Task.h"
@@ -11,26 +12,45 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <tuple>
 #include <unordered_map>
 #include <vector>
 
 namespace orvane {
 
-/// The doubts about the open work, derived when somebody asks after a change that they depend on. Interface
-/// thread.
+/// All that doubts are derived from, as it is at one moment. Shared with the work; any thread.
+struct DoubtSource {
+    WorkFiles files;
+    MatchRules rules; ///< by which the clips were matched
+    TrimMode trimMode;
+    SmartAudioResults smartAudioResults;
+    std::shared_ptr<const std::unordered_map<UUID, double>> heardLags; ///< by group; null: none were heard
+
+    /// `names`: of these files. Throws Stopped.
+    SyncDoubts doubts(const FileNames& names, const std::stop_token& stop = {}) const;
+};
+
+/// The doubts about the open work, derived on a queue when somebody asks after a change that they depend on.
+/// Interface thread.
 class WorkDoubts {
   public:
-    WorkDoubts(OpenWork& work, const RecordingEditing& recordings, const SmartAudioController& smartAudio)
-        : work_(work), recordings_(recordings), smartAudio_(smartAudio) {}
+    WorkDoubts(OpenWork& work, const ScanController& scan, const SmartAudioController& smartAudio);
 
-    /// Valid until the next call after a change of the work, or of a setting that doubts depend on.
-    const SyncDoubts& now() const;
-    /// Differs after they were derived anew.
+    /// Those that were derived last. Where the work has changed since, it has others derived, and
+    /// `ImportField::doubts` is notified when these stand and differ. Valid until then.
+    const SyncDoubts& latest() const;
+    /// Differs with every notice of others.
     std::uint64_t revision() const {
-        now();
+        latest();
         return revision_;
     }
+    /// Done when `latest` is that of the work as it is at the call. Ends with Stopped where the work changes
+    /// before and somebody asks again.
+    platform::Task derive() const;
+    /// Null where the work has changed since they were derived.
+    std::shared_ptr<const SyncDoubts> ifCurrent() const;
+    DoubtSource source() const;
     /// Hears some clips of each card beside their recordings, which shows a clock that is wrong by less than
     /// recordings are longer than clips. What is heard counts from then on.
     platform::Task listen();
@@ -40,16 +60,25 @@ class WorkDoubts {
     using Basis = std::tuple<std::uint64_t, MatchingDays, double, std::optional<long>,
                              std::optional<TimecodeFrameRate>, TrimMode>;
 
+    Basis basis() const;
+    /// Of what the last derivation that was begun is.
+    bool isBegun() const;
+    static platform::Task deriveOnQueue(std::weak_ptr<const WorkDoubts> weak, std::uint64_t number);
     static platform::Task listenToPairs(std::weak_ptr<WorkDoubts> weak, std::vector<SoundLag::Pair> pairs);
 
     OpenWork& work_;
-    const RecordingEditing& recordings_;
+    const ScanController& scan_;
     const SmartAudioController& smartAudio_;
-    mutable std::optional<Basis> basis_;
-    mutable DerivedFromClips<std::vector<MediaAsset>> pool_;
-    mutable DerivedFromClips<SyncDoubts> doubts_;
+    mutable std::shared_ptr<const SyncDoubts> latest_;
     mutable std::uint64_t revision_ = 0;
-    std::unordered_map<UUID, double> heardLags_; ///< by group
+    // Of the derivation that was begun last.
+    mutable std::optional<Basis> begunBy_; ///< absent: none, or it was stopped
+    mutable ClipsMark begunOf_;
+    mutable std::uint64_t begun_ = 0; ///< its number
+    mutable std::optional<platform::Task> deriving_;
+
+    std::shared_ptr<const std::unordered_map<UUID, double>> heardLags_;
+    const std::unique_ptr<platform::SerialQueue> queue_;
     std::unique_ptr<platform::SerialQueue> listening_;
 };
 

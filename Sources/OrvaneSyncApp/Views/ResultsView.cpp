@@ -165,7 +165,9 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
             if (std::exchange(wildTracksNeed_, needed) != needed)
                 splitter->setSizes({10 * wildTracksHeight, needed});
         }
-        if (field == ImportField::syncGroups || field == ImportField::smartAudio) showDoubts();
+        if (field == ImportField::syncGroups || field == ImportField::smartAudio ||
+            field == ImportField::doubts)
+            showDoubts();
     });
     showCounts();
     showDoubts();

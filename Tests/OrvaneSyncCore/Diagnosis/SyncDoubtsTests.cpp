@@ -318,7 +318,7 @@ TEST(SyncDoubts, HearsSpeechOnAChannelThatIsOff) {
         result.tracks[1].trackIndex = 2;
         result.tracks[1].averageLevelDB = offLevel;
         result.tracks[1].speechRatio = speech;
-        const std::unordered_map<UUID, SmartAudioResult> results{{shot.groups.front().id, result}};
+        const SmartAudioResults results{{shot.groups.front().id, result}};
         return SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, results, FileNames()})
                    .byGroup.size() == 1;
     };

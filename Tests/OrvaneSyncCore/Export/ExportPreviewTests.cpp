@@ -52,7 +52,7 @@ TEST(ExportPreview, TellsHowManyClipsWereNotAnalysed) {
     excluded.isExcludedFromExport = true;
     ambiguous.matchStatus = MatchStatus::ambiguous(2);
     SyncGroupList groups{analysed, excluded, ambiguous, matched(picture(), {}, MatchStatus::mos())};
-    ExportSettings::SmartAudioResults results;
+    SmartAudioResults results;
     results[analysed.id] = {};
     EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).text(), std::nullopt);
     groups.append(inScene("2"));

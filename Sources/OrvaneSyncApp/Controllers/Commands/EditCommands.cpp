@@ -146,8 +146,12 @@ std::vector<Command> flagCommands() {
                 confirmAmbiguousMatch, &RecordingEditing::confirmAmbiguousMatch, isAmbiguousAndUnlocked),
         onGroup("removeVideoFromSync", "Takes the clip out of the list.", removeVideoFromSync,
                 &RecordingEditing::removeVideoFromSync, isUnlocked),
-        onGroup("resyncClip", "Matches the clip anew; manual decisions stay.", resyncClip,
-                &RecordingEditing::resyncClip),
+        Command::later("resyncClip", resyncClip.actionName, "Matches the clip anew; manual decisions stay.",
+                       {groupID},
+                       [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                           return context.controller->recordings().resyncClip(call.id("groupID"));
+                       })
+            .undoneBy(resyncClip),
         onGroup("resetClipToAutoSync", "Takes back every manual decision about the clip but its matches.",
                 resetClipToAutoSync, &ClipEditing::resetClipToAutoSync),
         onGroup("resetMasterGain", "Lets the master gain follow the measured loudness again.",
@@ -301,8 +305,12 @@ std::vector<Command> recordingCommands() {
                  controller.recordings().removeAudioMatch(call.id("groupID"), call.id("matchID"));
              })
             .forClips(hasUnlockedSound),
-        edit("resyncAllClips", "Matches all clips anew; manual decisions stay.", resyncAllClips, {},
-             [](Controller& controller, const Call&) { controller.recordings().resyncAllClips(); })
+        Command::later("resyncAllClips", resyncAllClips.actionName,
+                       "Matches all clips anew; manual decisions stay.", {},
+                       [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
+                           return context.controller->recordings().resyncAllClips();
+                       })
+            .undoneBy(resyncAllClips)
             .when(hasClipsAtRest),
         Command::later("resetAllClipsToAutoSync", "Reset All Clips",
                        "Takes back the manual decisions about all clips; cannot be taken back.", {},

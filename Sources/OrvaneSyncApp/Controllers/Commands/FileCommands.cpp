@@ -62,15 +62,17 @@ platform::Task exported(CommandContext& context, Call call, std::shared_ptr<JSON
         });
     co_await checking;
     const auto result = std::make_shared<ExportResult>();
+    WorkSnapshot work(*controller);
     const auto clip = call.has(groupID.name) ? std::optional(call.id(groupID.name)) : std::nullopt;
     const platform::Task making =
         controller->exporting().exportInBackground(clip, exportSettings(context, call), result);
     co_await making;
-    auto writing = platform::onQueue(
-        queue, mainThread, [guard, output, result] { (*guard)->write(output, result->fcpxmlString); });
-    co_await writing;
-    addOwnWarnings(*controller, *result);
-    *answer = exportJSON(*controller, *result, output);
+    auto writing = platform::onQueue(queue, mainThread, [guard, output, result, work = std::move(work)] {
+        (*guard)->write(output, result->fcpxmlString);
+        addOwnWarnings(work, *result);
+        return exportJSON(work, *result, output);
+    });
+    *answer = co_await writing;
 }
 
 /// An operation on one clip that opens its own undo step, and one on all clips.

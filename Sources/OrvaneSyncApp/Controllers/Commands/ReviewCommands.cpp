@@ -16,17 +16,18 @@ using enum Parameter::Kind;
 
 platform::Task writeReview(CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
     const ImportController& controller = *context.controller;
-    const std::vector<ReviewLine> lines = reviewLines(controller);
     const OutputPermission permission{call.has("overwrite") && call.boolean("overwrite"), "overwrite: true"};
-    auto writing =
-        platform::onQueue(*controller.work().documents, controller.work().environment.mainThread,
-                          [lines, permission, output = call.text("output"), inputs = inputsOf(controller)] {
-                              writeReviewFile(output, lines, inputs(), permission);
-                          });
-    co_await writing;
+    auto writing = platform::onQueue(*controller.work().documents, controller.work().environment.mainThread,
+                                     [work = WorkSnapshot(controller), permission,
+                                      output = call.text("output"), inputs = inputsOf(controller)] {
+                                         const std::vector<ReviewLine> lines = reviewLines(work);
+                                         writeReviewFile(output, lines, inputs(), permission);
+                                         return static_cast<int>(lines.size());
+                                     });
+    const int clips = co_await writing;
     JSON json;
     json.set("output", call.text("output"));
-    json.set("clips", static_cast<int>(lines.size()));
+    json.set("clips", clips);
     *answer = std::move(json);
 }
 
@@ -34,13 +35,15 @@ platform::Task applyReviewFile(CommandContext& context, Call call, std::shared_p
     const std::shared_ptr<ImportController> controller = context.controller;
     auto reading =
         platform::onQueue(*controller->work().documents, controller->work().environment.mainThread,
-                          [path = readableFile(call.text("path")).path] { return readReviewFile(path); });
-    const std::vector<ReviewLine> lines = co_await reading;
-    const ReviewOutcome outcome = applyReview(*controller, lines);
+                          [path = readableFile(call.text("path")).path, work = WorkSnapshot(*controller)] {
+                              return readDecisions(work, readReviewFile(path));
+                          });
+    const ReviewReading read = co_await reading;
+    carryOut(*controller, read.decisions);
     JSON::Array problems;
-    for (const std::string& problem : outcome.problems) problems.emplace_back(problem);
+    for (const std::string& problem : read.problems) problems.emplace_back(problem);
     JSON json;
-    json.set("changedClips", outcome.changedClips);
+    json.set("changedClips", static_cast<int>(read.decisions.size()));
     json.set("warnings", std::move(problems));
     *answer = std::move(json);
 }

@@ -49,7 +49,7 @@ platform::Task runAnalysis(CommandContext& context, const Call& call, const std:
 JSON smartAudioResult(CommandContext& context, const Call& call) {
     const auto& results = context.controller->smartAudio().state().results;
     const auto found = results.find(context.group(call.id("groupID")).id);
-    return found == results.end() ? JSON() : toJSON(found->second);
+    return found == results.end() ? JSON() : toJSON(*found->second);
 }
 
 } // namespace

@@ -88,22 +88,22 @@ Warnings timecodeWarnings(const Verdict& verdict) {
             " is switched on, by its name timecode; --no-smart-audio leaves every channel on"};
 }
 
-void addPassedOver(const ImportController& controller, Warnings& warnings) {
-    const auto& passedOver = controller.smartAudio().state().passedOver;
-    for (const SyncGroup& group : controller.work().syncGroups())
+void addPassedOver(const WorkSnapshot& work, Warnings& warnings) {
+    const auto& passedOver = work.passedOver;
+    for (const SyncGroup& group : work.groups())
         if (passedOver.contains(group.id) && !group.isMOS())
-            warnings.push_back("Smart Audio left out " + controller.work().fileNames().of(group.video) +
+            warnings.push_back("Smart Audio left out " + work.fileNames().of(group.video) +
                                ": all its channels are excluded from the analysis; include one to have it "
                                "analyzed");
 }
 
 /// Of clips that were measured.
-void addLoudness(const ImportController& controller, Warnings& warnings) {
+void addLoudness(const WorkSnapshot& work, Warnings& warnings) {
     constexpr double riskyGainDB = 12;
     std::vector<std::string> silent, raised;
-    for (const SyncGroup& group : controller.work().syncGroups()) {
+    for (const SyncGroup& group : work.groups()) {
         if (!group.measuredLUFS || !group.masterGainAuto || group.isMOS()) continue;
-        const std::string name = controller.work().fileNames().of(group.video);
+        const std::string name = work.fileNames().of(group.video);
         if (group.masterGainDB > riskyGainDB)
             raised.push_back(name);
         else if (*group.measuredLUFS <= MasterGain::unmeasuredLUFS)
@@ -121,21 +121,21 @@ void addLoudness(const ImportController& controller, Warnings& warnings) {
 
 } // namespace
 
-SmartAudioCounts smartAudioCounts(const ImportController& controller) {
+SmartAudioCounts smartAudioCounts(const WorkSnapshot& work) {
     SmartAudioCounts counts;
     std::set<std::string_view> unheard; // recordings, by path
-    for (const SyncGroup& group : controller.work().syncGroups())
+    for (const SyncGroup& group : work.groups())
         if (group.measuredLUFS && !group.isMOS()) ++counts.measured;
-    const auto& results = controller.smartAudio().state().results;
-    for (const SyncGroup& group : controller.work().syncGroups()) {
+    const auto& results = work.smartAudioResults();
+    for (const SyncGroup& group : work.groups()) {
         const auto result = results.find(group.id);
         if (result == results.end() || group.isMOS()) continue;
-        if (!isHeard(result->second)) {
+        if (!isHeard(*result->second)) {
             unheard.insert(group.primaryAudio()->url.path);
             continue;
         }
         ++counts.clips;
-        counts.channels += static_cast<std::int64_t>(result->second.tracks.size());
+        counts.channels += static_cast<std::int64_t>(result->second->tracks.size());
         counts.chosen += static_cast<std::int64_t>(group.manualActiveTracks.size());
     }
     counts.unheardRecordings = std::ssize(unheard);
@@ -147,34 +147,33 @@ std::string earlyEndWarning(const std::string& filename, double heardSeconds, do
            " that its header promises could be heard";
 }
 
-std::vector<std::string> smartAudioWarnings(const ImportController& controller) {
+std::vector<std::string> smartAudioWarnings(const WorkSnapshot& work) {
     std::vector<std::string> warnings;
     std::set<std::string> said;
-    const auto& results = controller.smartAudio().state().results;
-    for (const SyncGroup& group : controller.work().syncGroups()) {
+    const auto& results = work.smartAudioResults();
+    for (const SyncGroup& group : work.groups()) {
         const auto result = results.find(group.id);
         if (result == results.end() || group.isMOS()) continue;
-        const Verdict verdict{group, result->second, controller.work().fileNames()};
+        const Verdict verdict{group, *result->second, work.fileNames()};
         for (const auto about : {&unheardWarnings, &lengthWarnings, &timecodeWarnings})
             for (std::string& warning : about(verdict))
                 // Cameras may share the recording.
                 if (said.insert(warning).second) warnings.push_back(std::move(warning));
     }
-    addPassedOver(controller, warnings);
-    addLoudness(controller, warnings);
+    addPassedOver(work, warnings);
+    addLoudness(work, warnings);
     return warnings;
 }
 
-JSON smartAudioJSON(const ImportController& controller, std::optional<SmartAudioMode> mode) {
-    const SmartAudioCounts counts = smartAudioCounts(controller);
+JSON smartAudioJSON(const WorkSnapshot& work, std::optional<SmartAudioMode> mode) {
+    const SmartAudioCounts counts = smartAudioCounts(work);
     JSON::Array problems;
-    for (const std::string& warning : smartAudioWarnings(controller)) problems.emplace_back(warning);
+    for (const std::string& warning : smartAudioWarnings(work)) problems.emplace_back(warning);
     JSON json;
     if (mode) json.set("mode", platform::text::lowercased(rawValue(*mode)));
     json.set("clipsHeard", counts.clips);
-    json.set("clipsNotAnalyzed", ExportPreview::smartAudioCoverage(controller.work().syncGroups(),
-                                                                   controller.smartAudio().state().results)
-                                     .unanalyzed);
+    json.set("clipsNotAnalyzed",
+             ExportPreview::smartAudioCoverage(work.groups(), work.smartAudioResults()).unanalyzed);
     json.set("channels", counts.channels);
     json.set("channelsChosen", counts.chosen);
     json.set("clipsMeasured", counts.measured);

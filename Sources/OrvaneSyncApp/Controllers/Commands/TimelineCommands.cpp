@@ -73,7 +73,7 @@ JSON suggestionJSON(CommandContext& context, const Call& call) {
     JSON json;
     json.set("groupID", suggestion->sibling->id.text());
     json.set("offset", suggestion->offsetSeconds);
-    json.set("text", suggestion->text(TimelineController::playerFrameRate(group)));
+    json.set("text", suggestion->text(TimelineController::timelineFrameRate(group)));
     json.set("key", suggestion->dismissKey);
     return json;
 }
@@ -90,6 +90,16 @@ JSON outlineJSON(const std::vector<SidebarNode>& nodes) {
         rows.push_back(std::move(row));
     }
     return rows;
+}
+
+platform::Task outline(CommandContext& context, Call, std::shared_ptr<JSON> answer) {
+    const OpenWork& work = context.controller->work();
+    auto making = platform::onQueue(
+        *work.documents, work.environment.mainThread,
+        [clips = work.syncGroups(), rules = NamingRules::of(*context.settings)](const std::stop_token&) {
+            return outlineJSON(SidebarOutline::build(clips, rules.source, rules.pattern));
+        });
+    *answer = co_await making;
 }
 
 bool lacksAnchor(const SyncGroup& group) {
@@ -127,14 +137,9 @@ std::vector<Command> viewCommands() {
         Command("lanes", "Lanes", "Gives the row of each recording of the clip but the first.", {groupID},
                 lanesJSON)
             .forClips(hasSound),
-        Command("outline", "Clip List",
-                "Gives the clips as the side bar lists them, cameras of a take together.", {},
-                [](CommandContext& context, const Call&) {
-                    return outlineJSON(
-                        SidebarOutline::build(context.controller->work().syncGroups(),
-                                              context.settings->get(settings::clipNamingSource),
-                                              context.settings->get(settings::customNamingPattern)));
-                }),
+        Command::later("outline", "Clip List",
+                       "Gives the clips as the side bar lists them, cameras of a take together.", {},
+                       outline),
     };
 }
 

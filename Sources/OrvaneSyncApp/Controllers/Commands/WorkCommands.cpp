@@ -102,10 +102,23 @@ platform::Task startScan(CommandContext& context, Call, std::shared_ptr<JSON>) {
     co_await context.controller->smartAudio().waitForAnalysisAfterScan();
 }
 
+/// What is said of all of the work, made on a queue.
+auto madeOnQueue(const ImportController& controller, JSON (*make)(const WorkSnapshot&)) {
+    return platform::onQueue(
+        *controller.work().documents, controller.work().environment.mainThread,
+        [work = WorkSnapshot(controller), make](const std::stop_token&) { return make(work); });
+}
+
+platform::Task state(CommandContext& context, Call, std::shared_ptr<JSON> answer) {
+    auto making = madeOnQueue(*context.controller, [](const WorkSnapshot& work) { return stateJSON(work); });
+    *answer = co_await making;
+}
+
 platform::Task diagnose(CommandContext& context, Call, std::shared_ptr<JSON> answer) {
     const auto controller = context.controller;
     co_await controller->listenForDoubts();
-    *answer = diagnosisJSON(*controller);
+    auto making = madeOnQueue(*controller, diagnosisJSON);
+    *answer = co_await making;
 }
 
 /// A whole number stands without a point.
@@ -179,8 +192,7 @@ std::vector<Command> workCommands() {
                     context.controller->reset();
                     return JSON();
                 }),
-        Command("state", "State of the Work", "Gives the open work.", {},
-                [](CommandContext& context, const Call&) { return stateJSON(*context.controller); }),
+        Command::later("state", "State of the Work", "Gives the open work.", {}, state),
         Command::later(
             "diagnose", "Diagnosis",
             "Gives what is on the cards, and each doubt with its cure; listens to some clips of each "

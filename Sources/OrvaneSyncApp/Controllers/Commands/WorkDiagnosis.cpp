@@ -27,10 +27,10 @@ std::string cardOf(const std::vector<FileURL>& folders, const std::string& file)
 
 } // namespace
 
-std::vector<CardContents> cardContents(const ImportController& controller) {
-    const auto& found = controller.scan().discoveryResult();
+std::vector<CardContents> cardContents(const WorkSnapshot& work) {
+    const auto& found = work.discoveryResult;
     if (!found) return {};
-    const std::vector<FileURL> folders = controller.work().folders();
+    const std::vector<FileURL> folders = work.folders;
     std::map<std::string, CardContents> cards;
     const auto card = [&](const FileURL& file) -> CardContents& {
         std::string path = cardOf(folders, file.path);
@@ -51,9 +51,9 @@ std::vector<CardContents> cardContents(const ImportController& controller) {
     return result;
 }
 
-JSON diagnosisJSON(const ImportController& controller) {
+JSON diagnosisJSON(const WorkSnapshot& work) {
     JSON::Array cards, doubts;
-    for (const CardContents& contents : cardContents(controller)) {
+    for (const CardContents& contents : cardContents(work)) {
         JSON unread = JSON::object();
         for (const auto& [kind, count] : contents.unread) unread.set(kind, count);
         JSON card;
@@ -62,11 +62,10 @@ JSON diagnosisJSON(const ImportController& controller) {
         card.set("unread", std::move(unread));
         cards.push_back(std::move(card));
     }
-    for (const CardDoubt& doubt : controller.doubts().summary(controller.work().syncGroups()))
-        doubts.push_back(toJSON(doubt));
+    for (const CardDoubt& doubt : work.doubts().summary(work.groups())) doubts.push_back(toJSON(doubt));
     JSON json;
     json.set("cards", std::move(cards));
-    json.set("counts", countsJSON(controller));
+    json.set("counts", countsJSON(work));
     json.set("doubts", std::move(doubts));
     return json;
 }

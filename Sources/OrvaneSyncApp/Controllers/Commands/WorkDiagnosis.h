@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
 
 #include <map>
 #include <string>
@@ -17,9 +17,9 @@ struct CardContents {
 
 /// In the order of their paths; of a chosen folder that holds folders with media, these, each a card of its
 /// own. As the last scan found them.
-std::vector<CardContents> cardContents(const ImportController& controller);
+std::vector<CardContents> cardContents(const WorkSnapshot& work);
 
 /// The object of `diagnose --json`.
-JSON diagnosisJSON(const ImportController& controller);
+JSON diagnosisJSON(const WorkSnapshot& work);
 
 } // namespace orvane

@@ -38,10 +38,10 @@ JSON takesJSON(const SyncGroupList& groups) {
 }
 
 /// Each clip with the doubts about it.
-JSON groupsJSON(const ImportController& controller) {
-    const auto& doubts = controller.doubts().byGroup;
+JSON groupsJSON(const WorkSnapshot& work) {
+    const auto& doubts = work.doubts().byGroup;
     JSON::Array groups;
-    for (const SyncGroup& group : controller.work().syncGroups()) {
+    for (const SyncGroup& group : work.groups()) {
         JSON one = toJSON(group);
         if (const auto own = doubts.find(group.id); own != doubts.end()) {
             JSON::Array list;
@@ -53,49 +53,50 @@ JSON groupsJSON(const ImportController& controller) {
     return groups;
 }
 
-std::vector<std::string> stateWarnings(const ImportController& controller) {
-    std::vector<std::string> warnings = uselessStoredValues(*controller.work().environment.settings);
-    for (std::string& warning : scanWarnings(controller)) warnings.push_back(std::move(warning));
-    for (std::string& warning : smartAudioWarnings(controller)) warnings.push_back(std::move(warning));
+std::vector<std::string> stateWarnings(const WorkSnapshot& work) {
+    std::vector<std::string> warnings = uselessStoredValues(work.settings());
+    for (std::string& warning : scanWarnings(work)) warnings.push_back(std::move(warning));
+    for (std::string& warning : smartAudioWarnings(work)) warnings.push_back(std::move(warning));
     return warnings;
 }
 
 } // namespace
 
-JSON countsJSON(const ImportController& controller) {
+JSON countsJSON(const WorkSnapshot& work) {
     JSON counts;
-    counts.set("matched", controller.work().matchedCount());
-    counts.set("unmatched", controller.work().unmatchedCount());
-    counts.set("syncClips", controller.work().syncClipCount());
-    counts.set("mos", controller.work().mosCount());
-    counts.set("projectedMulticam", controller.exporting().projectedMulticamCount());
+    const auto [withSound, withoutSound] = work.counts();
+    const int matched = withSound + withoutSound;
+    counts.set("matched", matched);
+    counts.set("unmatched", static_cast<int>(work.groups().size()) - matched);
+    counts.set("syncClips", withSound);
+    counts.set("mos", withoutSound);
+    counts.set("projectedMulticam",
+               ExportController::projectedMulticamCount(work.groups(), work.matchRules()));
     return counts;
 }
 
-JSON stateJSON(const ImportController& controller, std::optional<SmartAudioMode> mode,
+JSON stateJSON(const WorkSnapshot& work, std::optional<SmartAudioMode> mode,
                const std::optional<std::vector<std::string>>& warnings) {
     JSON::Object names;
-    for (const auto& [id, name] : controller.work().displayNames()) names.emplace_back(id.text(), name);
+    for (const auto& [id, name] : work.displayNames()) names.emplace_back(id.text(), name);
     JSON state;
-    state.set("scanState", name(controller.scan().scanState()));
-    if (controller.scan().discoveryResult())
-        state.set("discoveryResult", toJSON(*controller.scan().discoveryResult()));
-    if (controller.scan().scanResult()) state.set("scanResult", toJSON(*controller.scan().scanResult()));
-    state.set("syncGroups", groupsJSON(controller));
-    if (!controller.work().sourceCorrections().isEmpty())
-        state.set("sourceCorrections", toJSON(controller.work().sourceCorrections()));
-    state.set("wildTracks", toJSONArray(controller.work().wildTracks()));
+    state.set("scanState", name(work.scanState));
+    if (work.discoveryResult) state.set("discoveryResult", toJSON(*work.discoveryResult));
+    if (work.scanResult()) state.set("scanResult", toJSON(*work.scanResult()));
+    state.set("syncGroups", groupsJSON(work));
+    if (!work.sourceCorrections.isEmpty()) state.set("sourceCorrections", toJSON(work.sourceCorrections));
+    state.set("wildTracks", toJSONArray(work.wildTracks()));
     state.set("displayNames", std::move(names));
-    state.set("takes", takesJSON(controller.work().syncGroups()));
-    state.set("counts", countsJSON(controller));
-    state.setIfPresent("aleMatchStatus", controller.reports().aleMatchStatus());
-    state.setIfPresent("aleImportError", controller.reports().aleImportError());
-    state.set("smartAudio", smartAudioJSON(controller, mode));
-    state.set("warnings", textsJSON(warnings ? *warnings : stateWarnings(controller)));
+    state.set("takes", takesJSON(work.groups()));
+    state.set("counts", countsJSON(work));
+    state.setIfPresent("aleMatchStatus", work.aleMatchStatus);
+    state.setIfPresent("aleImportError", work.aleImportError);
+    state.set("smartAudio", smartAudioJSON(work, mode));
+    state.set("warnings", textsJSON(warnings ? *warnings : stateWarnings(work)));
     return state;
 }
 
-JSON exportJSON(const ImportController& controller, const ExportResult& result, const std::string& output,
+JSON exportJSON(const WorkSnapshot& work, const ExportResult& result, const std::string& output,
                 std::optional<SmartAudioMode> mode) {
     JSON json;
     json.set("output", output);
@@ -107,9 +108,9 @@ JSON exportJSON(const ImportController& controller, const ExportResult& result, 
     json.set("eventCount", result.eventCount);
     json.set("sceneEventCount", result.sceneEventCount);
     json.set("warnings", textsJSON(result.warnings));
-    json.set("smartAudio", smartAudioJSON(controller, mode));
-    json.set("counts", countsJSON(controller));
-    json.setIfPresent("aleMatchStatus", controller.reports().aleMatchStatus());
+    json.set("smartAudio", smartAudioJSON(work, mode));
+    json.set("counts", countsJSON(work));
+    json.setIfPresent("aleMatchStatus", work.aleMatchStatus);
     return json;
 }
 

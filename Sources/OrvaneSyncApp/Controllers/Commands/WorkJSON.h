@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
 #include "Platform/JSON.h"
 
 #include <cstdint>
@@ -15,15 +15,15 @@ using platform::JSON;
 // The JSON forms of the open work, the same for every face that speaks JSON.
 
 /// How many clips came out how.
-JSON countsJSON(const ImportController& controller);
+JSON countsJSON(const WorkSnapshot& work);
 /// Folders' files, assets, clips, wild tracks, names, counts, what Smart Audio heard, and warnings: those
-/// that are given, or those of the controller's state. `mode`: the one that was asked of Smart Audio.
-JSON stateJSON(const ImportController& controller, std::optional<SmartAudioMode> mode = std::nullopt,
+/// that are given, or those of the work's state. `mode`: the one that was asked of Smart Audio.
+JSON stateJSON(const WorkSnapshot& work, std::optional<SmartAudioMode> mode = std::nullopt,
                const std::optional<std::vector<std::string>>& warnings = std::nullopt);
-JSON exportJSON(const ImportController& controller, const ExportResult& result, const std::string& output,
+JSON exportJSON(const WorkSnapshot& work, const ExportResult& result, const std::string& output,
                 std::optional<SmartAudioMode> mode = std::nullopt);
 /// How many clips Smart Audio heard, what it chose, and what it could not hear.
-JSON smartAudioJSON(const ImportController& controller, std::optional<SmartAudioMode> mode);
+JSON smartAudioJSON(const WorkSnapshot& work, std::optional<SmartAudioMode> mode);
 
 /// Who is signed in to LockitNetwork, and what came of the last sync; why that can't be where no service is
 /// configured. The account must be ready.
@@ -39,6 +39,6 @@ struct SmartAudioCounts {
     std::int64_t unheardRecordings = 0;
     std::int64_t measured = 0; ///< clips whose loudness is known
 };
-SmartAudioCounts smartAudioCounts(const ImportController& controller);
+SmartAudioCounts smartAudioCounts(const WorkSnapshot& work);
 
 } // namespace orvane

@@ -60,35 +60,23 @@ std::string doubtText(const SyncGroup& group, const SyncDoubts& doubts, bool any
     return platform::text::joined(texts, "; ");
 }
 
-/// What a line asks for beyond what the clip has.
-struct Decision {
-    UUID groupID;
-    std::optional<UUID> matchID{}; ///< of the recording to be chosen
-    std::optional<double> offsetSeconds{};
-    std::optional<std::string> name{};
-    bool togglesSkip = false;
-
-    bool isEmpty() const { return !matchID && !offsetSeconds && !name && !togglesSkip; }
-};
-
 class Reading {
   public:
-    explicit Reading(const ImportController& controller) : names_(controller.work().fileNames()) {
-        for (const SyncGroup& group : controller.work().syncGroups()) {
+    explicit Reading(const WorkSnapshot& work) : names_(work.fileNames()) {
+        for (const SyncGroup& group : work.groups()) {
             shown_[shownName(group)].push_back(&group);
             byFilename_[trimmedText(group.video.url.lastPathComponent())].push_back(&group);
         }
     }
 
-    std::vector<Decision> decisions;
-    std::vector<std::string> problems;
+    ReviewReading result;
 
     void read(const ReviewLine& line) {
         const SyncGroup* group = clipOf(line);
         if (group == nullptr) return;
         ReviewLine present;
         fillDecisions(present, *group);
-        Decision decision{.groupID = group->id};
+        ReviewDecision decision{.groupID = group->id};
         readChoice(line, *group, decision);
         readOffset(line, present, *group, decision);
         if (line[name] && trimmed(*line[name]) != trimmed(*present[name]) &&
@@ -97,9 +85,9 @@ class Reading {
         if (line[skip]) {
             const auto skips = reviewSwitch(*line[skip]);
             if (!skips) problem(line, "skip takes x or nothing, not '" + *line[skip] + "'");
-            decision.togglesSkip = skips && *skips != group->isExcludedFromExport;
+            if (skips && *skips != group->isExcludedFromExport) decision.isSkipped = skips;
         }
-        if (!decision.isEmpty()) decisions.push_back(std::move(decision));
+        if (!decision.isEmpty()) result.decisions.push_back(std::move(decision));
     }
 
   private:
@@ -127,7 +115,7 @@ class Reading {
         return place;
     }
     void problem(const ReviewLine& line, const std::string& what) {
-        problems.push_back("review, line " + std::to_string(line.number) + ": " + what);
+        result.problems.push_back("review, line " + std::to_string(line.number) + ": " + what);
     }
 
     const SyncGroup* clipOf(const ReviewLine& line) {
@@ -149,7 +137,7 @@ class Reading {
         return nullptr;
     }
 
-    void readChoice(const ReviewLine& line, const SyncGroup& group, Decision& decision) {
+    void readChoice(const ReviewLine& line, const SyncGroup& group, ReviewDecision& decision) {
         if (!line[choice] || trimmed(*line[choice]).empty()) return;
         const auto number = reviewNumber(*line[choice]);
         const auto recordings = recordingsOf(group);
@@ -179,7 +167,7 @@ class Reading {
     }
 
     void readOffset(const ReviewLine& line, const ReviewLine& present, const SyncGroup& group,
-                    Decision& decision) {
+                    ReviewDecision& decision) {
         if (!line[offsetFrames]) return;
         const std::string_view cell = trimmed(*line[offsetFrames]);
         const auto frames = cell.empty() ? std::optional(0.0) : reviewNumber(cell);
@@ -201,7 +189,7 @@ class Reading {
     std::unordered_set<UUID> seen_;
 };
 
-void carryOut(ImportController& controller, const Decision& decision) {
+void carryOutOne(ImportController& controller, const ReviewDecision& decision) {
     if (decision.matchID) controller.recordings().chooseRecording(decision.groupID, *decision.matchID);
     if (decision.offsetSeconds) {
         controller.clips().resetAudioOffset(
@@ -209,18 +197,21 @@ void carryOut(ImportController& controller, const Decision& decision) {
         controller.clips().adjustAudioOffset(decision.groupID, *decision.offsetSeconds);
     }
     if (decision.name) controller.clips().setManualClipName(decision.groupID, *decision.name);
-    if (decision.togglesSkip) controller.clips().toggleExcludedFromExport(decision.groupID);
+    const SyncGroup* group = controller.work().syncGroups().find(decision.groupID);
+    if (group != nullptr &&
+        decision.isSkipped.value_or(group->isExcludedFromExport) != group->isExcludedFromExport)
+        controller.clips().toggleExcludedFromExport(decision.groupID);
 }
 
 } // namespace
 
-std::vector<ReviewLine> reviewLines(const ImportController& controller) {
-    const auto displayNames = controller.work().displayNames();
-    const FileNames& files = controller.work().fileNames();
-    const bool anySound = hasRecordings(controller);
-    const SyncDoubts& doubts = controller.doubts();
+std::vector<ReviewLine> reviewLines(const WorkSnapshot& work) {
+    const DisplayNames& displayNames = work.displayNames();
+    const FileNames& files = work.fileNames();
+    const bool anySound = work.hasRecordings();
+    const SyncDoubts& doubts = work.doubts();
     std::vector<ReviewLine> lines;
-    for (const SyncGroup& group : controller.work().syncGroups()) {
+    for (const SyncGroup& group : work.groups()) {
         ReviewLine line{.number = lines.size() + 2};
         line[clip] = displayNames.at(group.id);
         line[cameraFile] = files.of(group.video);
@@ -233,14 +224,17 @@ std::vector<ReviewLine> reviewLines(const ImportController& controller) {
     return lines;
 }
 
-ReviewOutcome applyReview(ImportController& controller, const std::vector<ReviewLine>& lines) {
-    Reading reading(controller);
+ReviewReading readDecisions(const WorkSnapshot& work, const std::vector<ReviewLine>& lines) {
+    Reading reading(work);
     for (const ReviewLine& line : lines) reading.read(line);
-    if (!reading.decisions.empty())
+    return std::move(reading.result);
+}
+
+void carryOut(ImportController& controller, const std::vector<ReviewDecision>& decisions) {
+    if (!decisions.empty())
         controller.withUndo(undoSteps::applyReview, [&] {
-            for (const Decision& decision : reading.decisions) carryOut(controller, decision);
+            for (const ReviewDecision& decision : decisions) carryOutOne(controller, decision);
         });
-    return {static_cast<int>(reading.decisions.size()), std::move(reading.problems)};
 }
 
 void writeReviewFile(const std::string& path, const std::vector<ReviewLine>& lines, RunInputs inputs,

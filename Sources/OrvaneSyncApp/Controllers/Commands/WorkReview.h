@@ -1,27 +1,38 @@
 #pragma once
 
-#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 #include "OrvaneSyncCore/Services/Review/ReviewTable.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace orvane {
 
-/// The clips for review in a spreadsheet, in the order of the list. Interface thread.
-std::vector<ReviewLine> reviewLines(const ImportController& controller);
+/// The clips for review in a spreadsheet, in the order of the list.
+std::vector<ReviewLine> reviewLines(const WorkSnapshot& work);
 
-/// What came of a table that was taken back.
-struct ReviewOutcome {
-    int changedClips = 0;
+/// What a line asks for beyond what the clip has.
+struct ReviewDecision {
+    UUID groupID;
+    std::optional<UUID> matchID{}; ///< of the recording to be chosen
+    std::optional<double> offsetSeconds{};
+    std::optional<std::string> name{};
+    std::optional<bool> isSkipped{};
+
+    bool isEmpty() const { return !matchID && !offsetSeconds && !name && !isSkipped; }
+};
+struct ReviewReading {
+    std::vector<ReviewDecision> decisions;
     /// For people, a line each: lines and cells of which nothing was used, and why.
     std::vector<std::string> problems;
 };
-/// Does what the lines say and the clips do not have yet, as one undo step; a clip without a line stays as it
-/// is. A clip is found by its camera file, as tables and messages name it, or by the end of its path.
-/// Interface thread.
-ReviewOutcome applyReview(ImportController& controller, const std::vector<ReviewLine>& lines);
+/// What the lines say and the clips do not have yet; a clip without a line stays as it is. A clip is found by
+/// its camera file, as tables and messages name it, or by the end of its path. Any thread.
+ReviewReading readDecisions(const WorkSnapshot& work, const std::vector<ReviewLine>& lines);
+/// Does them as one undo step. Interface thread.
+void carryOut(ImportController& controller, const std::vector<ReviewDecision>& decisions);
 
 /// Writes a table. One that is there is replaced without permission as long as no decision and no note of it
 /// gets lost. Throws OutputRefused, FileError, and ReviewTableError for a table that cannot be understood.

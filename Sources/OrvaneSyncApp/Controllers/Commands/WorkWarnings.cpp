@@ -37,19 +37,19 @@ bool isUsualSensorRate(double framesPerSecond) {
     return framesPerSecond >= slowest && framesPerSecond <= fastest;
 }
 
-void addProxies(const ImportController& controller, std::vector<std::string>& warnings) {
-    if (!controller.scan().scanResult() || controller.scan().scanResult()->proxies.empty()) return;
+void addProxies(const WorkSnapshot& work, std::vector<std::string>& warnings) {
+    if (!work.scanResult() || work.scanResult()->proxies.empty()) return;
     Names proxies;
-    for (const ProxyFile& proxy : controller.scan().scanResult()->proxies) proxies.push_back(proxy.url.path);
+    for (const ProxyFile& proxy : work.scanResult()->proxies) proxies.push_back(proxy.url.path);
     warnings.push_back("left out as proxies of files that are here: " + firstAndMore(proxies));
 }
 
 /// A card of a kind that no scan reads would otherwise look like an empty one.
-void addUnreadKinds(const ImportController& controller, std::vector<std::string>& warnings) {
-    if (!controller.scan().discoveryResult()) return;
+void addUnreadKinds(const WorkSnapshot& work, std::vector<std::string>& warnings) {
+    if (!work.discoveryResult) return;
     std::map<std::string, int> counts; // by kind
     Names names;
-    for (const FileURL& file : controller.scan().discoveryResult()->unreadMedia) {
+    for (const FileURL& file : work.discoveryResult->unreadMedia) {
         ++counts[platform::text::uppercased(file.lowercasedExtension())];
         names.push_back(file.path);
     }
@@ -76,12 +76,12 @@ const MediaAsset* fileOfRow(const SyncGroup& group) {
 }
 
 /// A report names files without their folders: its row goes to each file of the name.
-void addFilesThatAReportMixesUp(const ImportController& controller, std::vector<std::string>& warnings) {
-    if (!controller.reports().aleFile()) return;
+void addFilesThatAReportMixesUp(const WorkSnapshot& work, std::vector<std::string>& warnings) {
+    if (!work.aleFile) return;
     std::unordered_map<std::string, const MediaAsset*> firstOfName;
     std::unordered_set<std::string> said;
     Names names;
-    for (const SyncGroup& group : controller.work().syncGroups()) {
+    for (const SyncGroup& group : work.groups()) {
         const MediaAsset* file = group.hasALEMetadata() ? fileOfRow(group) : nullptr;
         if (!file) continue;
         std::string name = file->normalizedName();
@@ -96,18 +96,18 @@ void addFilesThatAReportMixesUp(const ImportController& controller, std::vector<
 }
 
 /// What of an opened project stands on no clip.
-void addUnusedOfProject(const ImportController& controller, std::vector<std::string>& warnings) {
+void addUnusedOfProject(const WorkSnapshot& work, std::vector<std::string>& warnings) {
     Names clips;
-    for (const FileURL& video : controller.project().clipsNotFound()) clips.push_back(video.path);
+    for (const FileURL& video : work.clipsNotFound) clips.push_back(video.path);
     if (!clips.empty())
         warnings.push_back(counted(static_cast<long long>(clips.size()), "clip", "clips") +
                            " of the project can't be found: " + firstAndMore(clips) +
                            "; the edits are kept for a scan with the files where they were when the "
                            "project was saved");
-    const auto& leftOut = controller.project().tracksLeftOut();
+    const auto& leftOut = work.tracksLeftOut;
     if (leftOut.empty()) return;
     clips.clear();
-    for (const FileURL& video : leftOut) clips.push_back(controller.work().fileNames().of(video));
+    for (const FileURL& video : leftOut) clips.push_back(work.fileNames().of(video));
     warnings.push_back("the project's choice of tracks is left out of " + firstAndMore(clips) +
                        ": it was made for recordings that are not here; bring them back and open the "
                        "project again, or choose the tracks anew before it is saved");
@@ -120,10 +120,10 @@ std::string firstAndMore(const std::vector<std::string>& names) {
     return "'" + names.front() + "'" + (more > 0 ? " and " + std::to_string(more) + " more" : "");
 }
 
-std::vector<std::string> scanWarnings(const ImportController& controller) {
+std::vector<std::string> scanWarnings(const WorkSnapshot& work) {
     std::vector<std::string> warnings;
-    addUnusedOfProject(controller, warnings);
-    if (const auto& found = controller.scan().discoveryResult()) {
+    addUnusedOfProject(work, warnings);
+    if (const auto& found = work.discoveryResult) {
         for (const FileURL& folder : found->unreadableFolders)
             warnings.push_back("can't read the folder '" + folder.path + "'; its files are missing here");
         Names links;
@@ -132,14 +132,14 @@ std::vector<std::string> scanWarnings(const ImportController& controller) {
             warnings.push_back("links that lead nowhere: " + firstAndMore(links) +
                                "; what they lead to is missing here");
     }
-    if (const auto& found = controller.scan().discoveryResult())
+    if (const auto& found = work.discoveryResult)
         for (const std::string& glob : found->unusedExclusions)
             warnings.push_back("the exclusion '" + glob +
                                "' fits nothing in the folders; check how it is written");
-    addUnreadKinds(controller, warnings);
-    addProxies(controller, warnings);
-    addFilesThatAReportMixesUp(controller, warnings);
-    if (const auto& scan = controller.scan().scanResult(); scan && !scan->unreadFiles.empty()) {
+    addUnreadKinds(work, warnings);
+    addProxies(work, warnings);
+    addFilesThatAReportMixesUp(work, warnings);
+    if (const auto& scan = work.scanResult(); scan && !scan->unreadFiles.empty()) {
         Names files;
         for (const FileURL& file : scan->unreadFiles) files.push_back(file.path);
         warnings.push_back("can't read all of " + firstAndMore(files) +
@@ -147,12 +147,12 @@ std::vector<std::string> scanWarnings(const ImportController& controller) {
     }
     std::map<std::pair<double, double>, Names> otherRates; // by the stated rate and the one that is taken
     std::map<double, Names> sensorRates;
-    for (const SyncGroup& group : controller.work().syncGroups()) {
+    for (const SyncGroup& group : work.groups()) {
         const MediaAsset& video = group.video;
         if (const auto read = otherRateOfTimecode(video))
-            otherRates[{*video.projectFrameRate, *read}].push_back(controller.work().fileNames().of(video));
+            otherRates[{*video.projectFrameRate, *read}].push_back(work.fileNames().of(video));
         if (video.sensorFrameRate && !isUsualSensorRate(*video.sensorFrameRate))
-            sensorRates[*video.sensorFrameRate].push_back(controller.work().fileNames().of(video));
+            sensorRates[*video.sensorFrameRate].push_back(work.fileNames().of(video));
     }
     for (const auto& [rates, names] : otherRates)
         warnings.push_back("the timecode of " + firstAndMore(names) + " counts " +
@@ -178,27 +178,22 @@ std::string whyUnmatched(const SyncGroup& group, bool hasRecordings) {
     return hasRecordings ? "no sound at that time" : "no recordings given";
 }
 
-bool hasRecordings(const ImportController& controller) {
-    return controller.scan().scanResult() ? !controller.scan().scanResult()->audioAssets.empty()
-                                          : controller.work().matchedCount() > controller.work().mosCount();
-}
-
-std::vector<std::string> leftOutWarnings(const ImportController& controller) {
+std::vector<std::string> leftOutWarnings(const WorkSnapshot& work) {
     std::vector<std::string> warnings;
-    const bool anySound = hasRecordings(controller);
-    for (const SyncGroup& group : filtered(controller.work().syncGroups(), FilterMode::issues))
-        warnings.push_back("not in the document: " + controller.work().fileNames().of(group.video) + " (" +
+    const bool anySound = work.hasRecordings();
+    for (const SyncGroup& group : filtered(work.groups(), FilterMode::issues))
+        warnings.push_back("not in the document: " + work.fileNames().of(group.video) + " (" +
                            whyUnmatched(group, anySound) + ")");
     return warnings;
 }
 
-std::vector<std::string> doubtWarnings(const ImportController& controller, Matching matching) {
+std::vector<std::string> doubtWarnings(const WorkSnapshot& work, Matching matching) {
     using enum SyncDoubt::Kind;
     constexpr std::array aboutMatching{otherDay,     ambiguous, otherDateFits, constantOffset,
                                        timecodeRate, dropMix,   notTimeOfDay,  noTimecode};
     std::vector<std::string> warnings;
     std::unordered_set<UUID> clips;
-    for (const CardDoubt& doubt : controller.doubts().summary(controller.work().syncGroups())) {
+    for (const CardDoubt& doubt : work.doubts().summary(work.groups())) {
         if (matching == Matching::isDone &&
             std::ranges::find(aboutMatching, doubt.doubt.kind) != aboutMatching.end())
             clips.insert(doubt.groupIDs.begin(), doubt.groupIDs.end());
@@ -212,9 +207,9 @@ std::vector<std::string> doubtWarnings(const ImportController& controller, Match
     return warnings;
 }
 
-void addOwnWarnings(const ImportController& controller, ExportResult& result, Matching matching) {
+void addOwnWarnings(const WorkSnapshot& work, ExportResult& result, Matching matching) {
     for (const auto& warnings :
-         {leftOutWarnings(controller), doubtWarnings(controller, matching), smartAudioWarnings(controller)})
+         {leftOutWarnings(work), doubtWarnings(work, matching), smartAudioWarnings(work)})
         result.warnings.insert(result.warnings.end(), warnings.begin(), warnings.end());
     if (result.syncClipCount + result.multicamCount == 0)
         result.warnings.push_back("the document holds no clip; look at the settings " +

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
 
 #include <string>
 #include <vector>
@@ -11,21 +11,19 @@ namespace orvane {
 
 /// What the last scan could not find, what of an opened project stands on no clip, and rates that can hardly
 /// be right.
-std::vector<std::string> scanWarnings(const ImportController& controller);
+std::vector<std::string> scanWarnings(const WorkSnapshot& work);
 /// Each clip that the document does not hold, and why.
-std::vector<std::string> leftOutWarnings(const ImportController& controller);
+std::vector<std::string> leftOutWarnings(const WorkSnapshot& work);
 /// Each recording that Smart Audio could not hear, or not to its end, or of which it leaves nothing but
 /// timecode switched on; clips that it left out; and measured clips that are silent or raised by far.
-std::vector<std::string> smartAudioWarnings(const ImportController& controller);
+std::vector<std::string> smartAudioWarnings(const WorkSnapshot& work);
 /// Whether who is warned can have the clips matched in another way.
 enum class Matching : bool { isDone, canChange };
 /// One line each doubt, with its cure, for who shows no list of them. Where the matching is done, doubts that
 /// another matching cures are one line together, which says where to look.
-std::vector<std::string> doubtWarnings(const ImportController& controller,
-                                       Matching matching = Matching::canChange);
+std::vector<std::string> doubtWarnings(const WorkSnapshot& work, Matching matching = Matching::canChange);
 /// What people should know beside the exporter's own warnings.
-void addOwnWarnings(const ImportController& controller, ExportResult& result,
-                    Matching matching = Matching::canChange);
+void addOwnWarnings(const WorkSnapshot& work, ExportResult& result, Matching matching = Matching::canChange);
 /// Says that a recording ends before the length that its header promises.
 std::string earlyEndWarning(const std::string& filename, double heardSeconds, double promisedSeconds);
 
@@ -34,8 +32,6 @@ std::string earlyEndWarning(const std::string& filename, double heardSeconds, do
 std::string firstAndMore(const std::vector<std::string>& names);
 /// Nothing of the file could be read but its name.
 bool nothingIsKnown(const MediaAsset& asset);
-/// Whether the work has recordings. Work that was kept has no scan; then its clips tell.
-bool hasRecordings(const ImportController& controller);
 /// Why a clip without a settled match has none.
 std::string whyUnmatched(const SyncGroup& group, bool hasRecordings);
 

@@ -95,6 +95,8 @@ NamePart NamePart::of(const ImportController& controller, const SyncGroup& group
 }
 
 std::string exportedName(const ImportController& controller, const SyncGroup& group, std::string_view name) {
+    if (GroupNaming::manualName(group).value_or("") == name)
+        return controller.work().displayNames().at(group.id);
     const platform::SettingsStore& store = *controller.work().environment.settings;
     SyncGroupList groups = controller.work().syncGroups();
     groups.update(group.id, [&](SyncGroup& own) { own.manualClipName = std::string(name); });

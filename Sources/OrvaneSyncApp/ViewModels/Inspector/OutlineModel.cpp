@@ -153,7 +153,7 @@ OutlineModel::Counts OutlineModel::counts() const {
 void OutlineModel::follow(const ImportChange& change) {
     ResultsViewModel::Change changed;
     if (change.field == ImportField::report) return layOut(); // names depend on it
-    if (change.field == ImportField::smartAudio) {            // doubts do
+    if (change.field == ImportField::smartAudio || change.field == ImportField::doubts) {
         for (std::size_t i = 0; i < rows_.size(); ++i) changed.rows.push_back(i);
         return listeners_.tell(changed);
     }

@@ -75,7 +75,7 @@ std::vector<Attachable> attachableTo(const ImportController& controller, const U
 ChannelsPart ChannelsPart::of(const ImportController& controller, const SyncGroup& group) {
     const SmartAudioState& state = controller.smartAudio().state();
     const auto found = state.results.find(group.id);
-    const SmartAudioResult* result = found == state.results.end() ? nullptr : &found->second;
+    const SmartAudioResult* result = found == state.results.end() ? nullptr : &*found->second;
     ChannelsPart part;
     part.isAnalysed = result != nullptr;
     part.isChosenByHand = group.hasManualTrackEdits();

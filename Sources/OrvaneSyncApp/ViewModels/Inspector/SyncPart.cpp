@@ -32,7 +32,7 @@ SyncPart SyncPart::of(const SyncGroup& group) {
     part.hasSound = !group.isMOS();
     part.isLocked = group.isLocked;
     part.isApproved = group.isApproved;
-    part.frameRate = TimelineController::playerFrameRate(group);
+    part.frameRate = TimelineController::timelineFrameRate(group);
     part.offsetSeconds = group.manualAudioOffsetSeconds;
     part.offsetFrames = offsetFramesText(part.offsetSeconds, part.frameRate);
     part.offsetInSeconds = formatted("%+.3f", part.offsetSeconds);

@@ -138,8 +138,9 @@ std::vector<ResultsViewModel::Candidate> ResultsViewModel::candidates(const UUID
 
 void ResultsViewModel::follow(const ImportChange& change) {
     if (change.field != ImportField::syncGroups) {
-        // Doubts depend on what Smart Audio heard, and names on the report.
-        if (change.field == ImportField::report || change.field == ImportField::smartAudio) {
+        // Names depend on the report, and doubts are derived some time after what they depend on.
+        if (change.field == ImportField::report || change.field == ImportField::smartAudio ||
+            change.field == ImportField::doubts) {
             Change all;
             for (std::size_t i = 0; i < rows_.size(); ++i) all.rows.push_back(i);
             listeners_.tell(all);

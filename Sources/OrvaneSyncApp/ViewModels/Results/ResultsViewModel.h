@@ -101,7 +101,7 @@ class ResultsViewModel {
     };
     std::vector<Doubt> doubts() const;
     /// Differs when `doubts` may.
-    std::uint64_t doubtsRevision() const { return controller_.doubtsRevision(); }
+    std::uint64_t doubtsRevision() const { return controller_.derivedDoubts().revision(); }
 
     /// The recordings of a clip that holds several, one of which may be chosen.
     struct Candidate {

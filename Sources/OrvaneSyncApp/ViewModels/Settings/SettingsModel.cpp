@@ -91,11 +91,10 @@ bool SettingsModel::matches(const SettingTab& tab, const SettingSection& section
     return words.areIn(all);
 }
 
-std::optional<MaterialCharacter>
-commonestMaterial(const std::unordered_map<UUID, SmartAudioResult>& results) {
+std::optional<MaterialCharacter> commonestMaterial(const SmartAudioResults& results) {
     std::map<MaterialCharacter, int> counts;
     for (const auto& [clip, result] : results)
-        if (result.detectedCharacter) ++counts[*result.detectedCharacter];
+        if (result->detectedCharacter) ++counts[*result->detectedCharacter];
     if (counts.empty()) return std::nullopt;
     return std::ranges::max_element(counts, {}, [](const auto& one) { return one.second; })->first;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/ViewModels/Settings/SettingRows.h"
-#include "OrvaneSyncCore/Models/SmartAudioResult.h"
+#include "OrvaneSyncCore/Models/SmartAudioResults.h"
 #include "OrvaneSyncCore/Utilities/SearchWords.h"
 #include "Platform/SettingsStore.h"
 
@@ -11,7 +11,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace orvane {
@@ -52,6 +51,6 @@ class SettingsModel {
 };
 
 /// What most of the analysed clips are, for `SettingsModel`.
-std::optional<MaterialCharacter> commonestMaterial(const std::unordered_map<UUID, SmartAudioResult>& results);
+std::optional<MaterialCharacter> commonestMaterial(const SmartAudioResults& results);
 
 } // namespace orvane

@@ -62,25 +62,23 @@ std::string systemText(const std::vector<SystemCheck>& checks) {
     return text;
 }
 
-std::string feedbackReport(const ImportController& controller, const platform::SettingsStore& settings,
-                           const std::vector<SystemCheck>& checks) {
+std::string feedbackReport(const WorkSnapshot& work, const std::vector<SystemCheck>& checks) {
     std::string text = systemText(checks) + "\nSettings that differ from their defaults\n";
     for (const SettingDescription& setting : SettingsCatalogue::all()) {
-        const auto stored = settings.storedValue(setting.key);
+        const auto stored = work.settings().storedValue(setting.key);
         if (!stored || *stored == setting.defaultValue()) continue;
         text += "  " + std::string(setting.key) + " = " + stored->dump() + "\n";
     }
-    const OpenWork& work = controller.work();
     std::map<std::string, int> statuses, doubts;
     int locked = 0, moved = 0;
-    for (const SyncGroup& group : work.syncGroups()) {
+    for (const SyncGroup& group : work.groups()) {
         ++statuses[std::string(group.matchStatus.name())];
         if (group.isLocked) ++locked;
         if (group.manualAudioOffsetSeconds != 0) ++moved;
     }
-    for (const auto& [id, list] : controller.doubts().byGroup)
+    for (const auto& [id, list] : work.doubts().byGroup)
         for (const SyncDoubt& doubt : list) ++doubts[std::string(rawValue(doubt.kind))];
-    text += "\nOpen work\n  clips: " + std::to_string(work.syncGroups().size()) + " (" + kindText(statuses) +
+    text += "\nOpen work\n  clips: " + std::to_string(work.groups().size()) + " (" + kindText(statuses) +
             ")\n  recordings without picture: " + std::to_string(work.wildTracks().size()) +
             "\n  locked: " + std::to_string(locked) + ", moved by hand: " + std::to_string(moved) +
             "\n  doubts: " + kindText(doubts) + "\n";

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncApp/Controllers/SystemChecks.h"
+#include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
 #include "Platform/HTTPClient.h"
 
 #include <memory>
@@ -16,8 +16,7 @@ std::string systemText(const std::vector<SystemCheck>& checks);
 /// What goes along with a message: version, machine, the settings that differ from their defaults, and how
 /// the clips of the open work stand. No file's name is in it, and of paths below the home folder not its
 /// name.
-std::string feedbackReport(const ImportController& controller, const platform::SettingsStore& settings,
-                           const std::vector<SystemCheck>& checks);
+std::string feedbackReport(const WorkSnapshot& work, const std::vector<SystemCheck>& checks);
 
 struct Feedback {
     std::string message;

@@ -35,7 +35,7 @@ void addLine(std::string& text, const std::string& line) {
 /// Null where the clip was not analysed.
 const SmartAudioResult* resultOf(const SmartAudioState& smartAudio, const UUID& groupID) {
     const auto found = smartAudio.results.find(groupID);
-    return found == smartAudio.results.end() ? nullptr : &found->second;
+    return found == smartAudio.results.end() ? nullptr : &*found->second;
 }
 
 /// What of the take's block time is routed to each track, in seconds.
@@ -208,7 +208,7 @@ TimelineRows timelineRows(const SyncGroup& group, const SmartAudioState& smartAu
     rows.groupID = group.id;
     rows.pictureName = names.of(group.video);
     rows.clipSeconds = group.video.durationSeconds.value_or(0);
-    rows.frameRate = TimelineController::playerFrameRate(group);
+    rows.frameRate = TimelineController::timelineFrameRate(group);
     rows.isLocked = group.isLocked;
     rows.pictureClapSeconds = group.pictureClapAnchorSeconds;
     rows.hasSound = !group.isMOS();

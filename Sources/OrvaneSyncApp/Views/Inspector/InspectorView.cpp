@@ -29,6 +29,7 @@ bool concernsAClip(ImportField field) {
     switch (field) {
     case ImportField::syncGroups:
     case ImportField::wildTracks:
+    case ImportField::doubts:
     case ImportField::report:
     case ImportField::smartAudio:
     case ImportField::slates:

@@ -211,7 +211,7 @@ void ExportSheet::showForecast() {
     if (const auto coverage =
             ExportPreview::smartAudioCoverage(work.syncGroups(), now.smartAudioResults).text())
         notes << translatedSentence(*coverage);
-    if (const auto out = leftOutWarnings(controller); !out.empty()) notes << listed(out);
+    if (const auto out = leftOutWarnings(WorkSnapshot(controller)); !out.empty()) notes << listed(out);
     leftOut_->setText(notes.join(QLatin1Char('\n')));
     leftOut_->setVisible(!notes.isEmpty());
     const auto suggested = ExportPreview::suggestedEventName(work.syncGroups());

@@ -75,13 +75,13 @@ class FeedbackSheet : public Sheet {
         connect(message_, &QPlainTextEdit::textChanged, this, [this] { showState(); });
         inBackground(
             this,
-            [settings = desktop.context().settings] {
-                return std::pair(systemChecks(*settings, [] { return ProbeCache::shared(); }),
+            [work = std::make_shared<const WorkSnapshot>(desktop.controller())] {
+                return std::pair(feedbackReport(*work, systemChecks(work->settings(),
+                                                                    [] { return ProbeCache::shared(); })),
                                  ServiceConfiguration::load().feedbackURL.value_or(""));
             },
-            [this](std::pair<std::vector<SystemCheck>, std::string> found) {
-                report_->setPlainText(
-                    text(feedbackReport(desktop_.controller(), desktop_.settings(), found.first)));
+            [this](std::pair<std::string, std::string> found) {
+                report_->setPlainText(text(found.first));
                 url_ = std::move(found.second);
                 isReady_ = true;
                 showState();

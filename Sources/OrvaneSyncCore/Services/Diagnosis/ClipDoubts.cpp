@@ -233,7 +233,7 @@ class ClipDoubts {
     void mutedSpeech() {
         const auto found = shoot_.input.smartAudioResults.find(group_.id);
         if (found == shoot_.input.smartAudioResults.end()) return;
-        const SmartAudioResult& result = found->second;
+        const SmartAudioResult& result = *found->second;
         const auto isOn = [&](const TrackAdjustment& track) {
             if (!group_.manualActiveTracks.empty())
                 return group_.manualActiveTracks.contains(track.trackIndex);

@@ -2,7 +2,7 @@
 
 #include "OrvaneSyncCore/Models/ExportKinds.h"
 #include "OrvaneSyncCore/Models/FilePaths.h"
-#include "OrvaneSyncCore/Models/SmartAudioResult.h"
+#include "OrvaneSyncCore/Models/SmartAudioResults.h"
 #include "OrvaneSyncCore/Models/SyncDoubt.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Services/Matching/MatchRules.h"
@@ -21,9 +21,8 @@ struct DoubtInput {
     const std::vector<MediaAsset>& recordings; ///< all of the work, whether a clip uses them or not
     const MatchRules& rules;                   ///< by which the clips were matched
     TrimMode trimMode;
-    const std::unordered_map<UUID, SmartAudioResult>&
-        smartAudioResults;  ///< by group, as far as there are any
-    const FileNames& names; ///< of all files of the work
+    const SmartAudioResults& smartAudioResults; ///< as far as there are any
+    const FileNames& names;                     ///< of all files of the work
     /// Of clips that were listened to, by group: seconds by which the sound of the camera's own microphone
     /// lies later than the recording's. Null: none were.
     const std::unordered_map<UUID, double>* heardLags = nullptr;
@@ -44,6 +43,8 @@ struct SyncDoubts {
     /// Each doubt once: those of cards, then those of single clips in the order of the clips, with the clips
     /// that share kind and cure in one. The message is that of the first clip, and says how many more.
     std::vector<CardDoubt> summary(const SyncGroupList& groups) const;
+
+    bool operator==(const SyncDoubts&) const = default;
 };
 
 } // namespace orvane

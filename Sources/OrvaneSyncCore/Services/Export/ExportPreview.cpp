@@ -51,7 +51,7 @@ int projectedEventCount(const SyncGroupList& groups, const ExportSettings& setti
 }
 
 SmartAudioCoverage smartAudioCoverage(const SyncGroupList& groups,
-                                      const ExportSettings::SmartAudioResults& smartAudioResults) {
+                                      const SmartAudioResults& smartAudioResults) {
     SmartAudioCoverage coverage;
     for (const SyncGroup& group : groups)
         if (group.matchStatus.isSettled() && !group.isExcludedFromExport && !group.isMOS() &&

@@ -23,7 +23,7 @@ struct SmartAudioCoverage {
     std::optional<std::string> text() const;
 };
 SmartAudioCoverage smartAudioCoverage(const SyncGroupList& groups,
-                                      const ExportSettings::SmartAudioResults& smartAudioResults);
+                                      const SmartAudioResults& smartAudioResults);
 
 } // namespace ExportPreview
 } // namespace orvane

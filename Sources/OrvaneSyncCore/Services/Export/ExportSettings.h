@@ -2,7 +2,7 @@
 
 #include "FCPXMLKit/model/FCPXMLVersion.h"
 #include "OrvaneSyncCore/Models/ExportKinds.h"
-#include "OrvaneSyncCore/Models/SmartAudioResult.h"
+#include "OrvaneSyncCore/Models/SmartAudioResults.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 #include "OrvaneSyncCore/Services/Metadata/LockitFieldMapping.h"
@@ -13,14 +13,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 namespace orvane {
 
 /// Every decision of an export: the exporter reads nothing else. The defaults are those of an empty store.
 struct ExportSettings {
-    using SmartAudioResults = std::unordered_map<UUID, SmartAudioResult>;
-
     std::string eventName = "Synced";
     double frameRate = 24.0;        ///< of the main format and of all times not tied to one clip
     double projectFrameRate = 24.0; ///< to which a clip's position conforms; also decides what is offspeed

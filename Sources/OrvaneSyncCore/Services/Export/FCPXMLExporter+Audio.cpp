@@ -108,7 +108,7 @@ AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string
     AudioChain chain;
     if (audioAssetIDs.size() < group.audioMatches.size()) return chain;
     const auto found = settings.smartAudioResults.find(group.id);
-    const SmartAudioResult* result = found == settings.smartAudioResults.end() ? nullptr : &found->second;
+    const SmartAudioResult* result = found == settings.smartAudioResults.end() ? nullptr : &*found->second;
 
     const Take take = takeOf(group, settings.defaultAudioTracks);
     const ChannelRoles roles(group, take, settings);

@@ -1,0 +1,154 @@
+#include "OrvaneSyncApp/Controllers/Resync.h"
+
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
+#include "Platform/Stop.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+/// Matching makes one piece of memory of all recordings that it is given, which lives as long as a match with
+/// one of them: fine for the matches of all clips, and a copy of the whole card for those of a single one.
+std::vector<AudioMatch> withAssetsOfTheirOwn(const std::vector<AudioMatch>& matches) {
+    std::vector<AudioMatch> result;
+    result.reserve(matches.size());
+    for (const AudioMatch& match : matches)
+        result.emplace_back(match.id, MediaAsset(*match.audio), match.syncOffsetSeconds,
+                            match.overlapDurationSeconds);
+    return result;
+}
+
+/// Of the scan without a copy.
+class Pool {
+  public:
+    explicit Pool(const WorkFiles& files) : all_(files.scannedAudio()) {
+        if (all_ == nullptr) gathered_ = files.copiedAudioPool();
+    }
+    const std::vector<MediaAsset>& all() const { return all_ != nullptr ? *all_ : gathered_; }
+
+  private:
+    const std::vector<MediaAsset>* all_;
+    std::vector<MediaAsset> gathered_;
+};
+
+using ByVideo = std::map<std::pair<UUID, std::string_view>, const SyncGroup*>;
+ByVideo byVideo(const SyncGroupList& matched) {
+    ByVideo found;
+    for (const SyncGroup& one : matched) found[{one.video.id, one.video.url.path}] = &one;
+    return found;
+}
+
+using ByPath = std::unordered_map<std::string_view, const SyncGroup*>;
+ByPath byPath(const SyncGroupList& matched) {
+    ByPath found;
+    for (const SyncGroup& one : matched) found.try_emplace(one.video.url.path, &one);
+    return found;
+}
+
+/// As it was where matching has made no difference.
+SyncGroupList::Element laid(const SyncGroupList::Element& before, const ByPath& matched) {
+    auto own = std::make_shared<SyncGroup>(*before);
+    layMatches(*own, *matched.at(before->video.url.path));
+    return saySame(*before, *own) ? before : std::move(own);
+}
+
+bool haveSameSound(const SyncGroup& a, const SyncGroup& b) {
+    return a.video.url == b.video.url &&
+           std::ranges::equal(a.audioMatches, b.audioMatches, {}, &AudioMatch::id, &AudioMatch::id);
+}
+
+} // namespace
+
+void layMatches(SyncGroup& group, const SyncGroup& matched) {
+    const SyncGroup before = group;
+    group.audioMatches = matched.audioMatches;
+    group.matchStatus = matched.matchStatus;
+    carryDecisions(group, before);
+}
+
+std::vector<SyncGroup> rematched(const WorkFiles& files, const std::vector<UUID>& groupIDs, MatchRules rules,
+                                 const std::stop_token& stop) {
+    std::vector<const SyncGroup*> asked;
+    std::vector<MediaAsset> videos;
+    for (const UUID& id : groupIDs)
+        if (const SyncGroup* group = files.groups.find(id)) {
+            asked.push_back(group);
+            videos.push_back(group->video);
+        }
+    const Pool pool(files);
+    if (asked.empty() || pool.all().empty()) return {};
+    const bool asksAllClips = rules.days == MatchingDays::automatic;
+    if (asksAllClips) rules.days = MatchingDays::midnight;
+    const SyncEngine engine;
+    const SyncGroupList alone = engine.match(videos, pool.all(), rules, stop, &files.groups);
+    ByVideo found = byVideo(alone);
+    SyncGroupList all;
+    if (asksAllClips && std::ranges::any_of(found, [](const auto& one) { return one.second->isMOS(); })) {
+        // Whether a card's clock is wrong shows in what the other clips meet.
+        rules.days = MatchingDays::automatic;
+        all = engine.match(files.videos(), pool.all(), rules, stop);
+        const ByVideo amongAll = byVideo(all);
+        for (auto& [video, group] : found)
+            if (group->isMOS()) group = amongAll.at(video);
+    }
+    std::vector<SyncGroup> result;
+    result.reserve(asked.size());
+    for (const SyncGroup* group : asked) {
+        const SyncGroup& anew = *found.at({group->video.id, group->video.url.path});
+        result.emplace_back(group->id, group->video, withAssetsOfTheirOwn(anew.audioMatches),
+                            anew.matchStatus);
+    }
+    return result;
+}
+
+std::optional<Resynced> resynced(const WorkFiles& files, const SourceCorrections& corrections,
+                                 const std::stop_token& stop) {
+    const Pool pool(files);
+    if (pool.all().empty()) return std::nullopt;
+    Resynced made;
+    made.by = MatchedBy::of(corrections, rateOfMostClips(files.groups));
+    made.matched = SyncEngine().match(files.videos(), pool.all(), made.by.rules, stop);
+    const ByPath anew = byPath(made.matched);
+    std::vector<AudioMatch> released;
+    std::unordered_set<UUID> used;
+    platform::StopCheck check(stop);
+    for (std::size_t i = 0; i < files.groups.size(); ++i) {
+        check();
+        const SyncGroup& before = files.groups[i];
+        released.insert(released.end(), before.audioMatches.begin(), before.audioMatches.end());
+        made.groups.append(laid(files.groups.element(i), anew));
+        for (const AudioMatch& match : made.groups[i].audioMatches) used.insert(match.audio->id);
+    }
+    made.groups.makeIndex();
+    auto tracks = settledWildTracks(*files.wildTracks, released,
+                                    [&](const UUID& audioID) { return used.contains(audioID); });
+    made.wildTracks =
+        tracks ? std::make_shared<const std::vector<WildTrack>>(std::move(*tracks)) : files.wildTracks;
+    return made;
+}
+
+bool Resynced::follow(const WorkFiles& before, const WorkFiles& now) {
+    constexpr std::size_t few = 64; // which the thread of the caller has the time for
+    if (now.wildTracks != before.wildTracks) return false;
+    const SyncGroupChanges changes = now.groups.changesSince(before.groups);
+    if (!changes.came.empty() || !changes.went.empty() || !changes.moved.empty() ||
+        changes.changed.size() > few)
+        return false;
+    for (const std::size_t row : changes.changed)
+        if (!haveSameSound(before.groups[row], now.groups[row])) return false;
+    if (changes.changed.empty()) return true;
+    const ByPath anew = byPath(matched);
+    for (const std::size_t row : changes.changed)
+        groups.update(now.groups[row].id,
+                      [&](SyncGroup& own) { own = *laid(now.groups.element(row), anew); });
+    return true;
+}
+
+} // namespace orvane

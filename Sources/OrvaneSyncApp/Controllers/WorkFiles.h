@@ -1,0 +1,46 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/ExportKinds.h"
+#include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Models/ScanModels.h"
+#include "OrvaneSyncCore/Models/SyncGroupList.h"
+#include "OrvaneSyncCore/Models/WildTrack.h"
+#include "Platform/SettingsStore.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+/// The settings by which clips are named.
+struct NamingRules {
+    ClipNamingSource source;
+    std::string pattern, separator;
+
+    static NamingRules of(const platform::SettingsStore& store);
+    bool operator==(const NamingRules&) const = default;
+};
+/// By group.
+using DisplayNames = std::map<UUID, std::string>;
+
+/// The clips and recordings of the open work as they are at one moment. Shares them with the work, so that it
+/// costs a pointer for every 64 clips; any thread.
+struct WorkFiles {
+    SyncGroupList groups;
+    std::shared_ptr<const std::vector<WildTrack>> wildTracks; ///< never null
+    std::shared_ptr<const ScanResult> scanned;                ///< null: there was no scan
+
+    /// The audio of the scan; null where it read none.
+    const std::vector<MediaAsset>* scannedAudio() const;
+    /// The same; without a scan the audio of the clips and wild tracks. In the order of the paths. Valid as
+    /// long as this, and where the work has them, until its clips change.
+    std::vector<const MediaAsset*> audioPool() const;
+    std::vector<MediaAsset> copiedAudioPool() const;
+    std::vector<MediaAsset> videos() const;
+    FileNames fileNames() const;
+    DisplayNames displayNames(const NamingRules& rules) const;
+};
+
+} // namespace orvane

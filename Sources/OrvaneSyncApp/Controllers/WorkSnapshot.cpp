@@ -1,0 +1,38 @@
+#include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
+
+namespace orvane {
+
+WorkSnapshot::WorkSnapshot(const ImportController& controller)
+    : folders(controller.work().folders()), scanState(controller.scan().scanState()),
+      discoveryResult(controller.scan().discoveryResult()),
+      sourceCorrections(controller.work().sourceCorrections()), aleFile(controller.reports().aleFile()),
+      aleMatchStatus(controller.reports().aleMatchStatus()),
+      aleImportError(controller.reports().aleImportError()),
+      passedOver(controller.smartAudio().state().passedOver),
+      clipsNotFound(controller.project().clipsNotFound()),
+      tracksLeftOut(controller.project().tracksLeftOut()), settings_(controller.work().environment.settings),
+      source_(controller.derivedDoubts().source()), namingRules_(NamingRules::of(*settings_)),
+      displayNames_(controller.work().displayNamesIfMade()), doubts_(controller.derivedDoubts().ifCurrent()) {
+}
+
+const FileNames& WorkSnapshot::fileNames() const {
+    if (!fileNames_) fileNames_ = source_.files.fileNames();
+    return *fileNames_;
+}
+
+const DisplayNames& WorkSnapshot::displayNames() const {
+    if (!displayNames_)
+        displayNames_ = std::make_shared<const DisplayNames>(source_.files.displayNames(namingRules_));
+    return *displayNames_;
+}
+
+const SyncDoubts& WorkSnapshot::doubts(const std::stop_token& stop) const {
+    if (!doubts_) doubts_ = std::make_shared<const SyncDoubts>(source_.doubts(fileNames(), stop));
+    return *doubts_;
+}
+
+bool WorkSnapshot::hasRecordings() const {
+    return scanResult() ? !scanResult()->audioAssets.empty() : counts().withSound > 0;
+}
+
+} // namespace orvane

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/Shared.h"
+#include "OrvaneSyncCore/Models/SmartAudioResult.h"
+#include "OrvaneSyncCore/Models/UUID.h"
+
+#include <unordered_map>
+
+namespace orvane {
+
+/// The analyses of clips, by group. Copies share them: one costs a pointer for each clip.
+class SmartAudioResults : public std::unordered_map<UUID, Shared<SmartAudioResult>> {
+  public:
+    using std::unordered_map<UUID, Shared<SmartAudioResult>>::unordered_map;
+
+    /// This list's own, to be changed.
+    SmartAudioResult& operator[](const UUID& group) {
+        return try_emplace(group, SmartAudioResult()).first->second.edit();
+    }
+};
+
+} // namespace orvane

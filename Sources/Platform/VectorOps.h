@@ -14,15 +14,14 @@ double sumOfSquares(std::span<const float> samples);
 float rms(std::span<const float> samples);
 /// Largest magnitude; 0 for no samples. The samples are finite.
 float maxMagnitude(std::span<const float> samples);
-/// What a waveform shows of some samples.
 struct Level {
     float peak = 0;          ///< as `maxMagnitude`
-    double sumOfSquares = 0; ///< to some 6 digits
+    double sumOfSquares = 0; ///< as the operation of that name
 };
-/// Both in one reading. The samples are finite.
+/// Both. The samples are finite.
 Level level(std::span<const float> samples);
-/// The same, and adds the samples to as many in `mix`.
-Level levelAddedTo(std::span<float> mix, std::span<const float> samples);
+/// Of what the channels add up to, in 32 bits, in so many frames from `begin` on.
+double sumOfSquaresOfSum(std::span<const float* const> channels, std::size_t begin, std::size_t frames);
 /// Positions at which a sample and the one before it lie on two sides of zero; 0 itself is positive.
 std::size_t signChanges(std::span<const float> samples);
 /// Puts 0 in the place of every infinity and of what is no number.

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -34,10 +35,7 @@ class PieceReader {
                 const std::stop_token& stop)
         : file_(file), listeners_(listeners), stop_(stop),
           framesPerPiece_(std::clamp<std::size_t>(mostSamplesPerPiece / channels, 1, mostFramesPerPiece)),
-          samples_(channels * framesPerPiece_) {
-        for (std::size_t channel = 0; channel < channels; ++channel)
-            channels_.push_back(samples_.data() + channel * framesPerPiece_);
-    }
+          samples_(channels * framesPerPiece_), channels_(places()), piece_(channels_, framesPerPiece_) {}
 
     /// False when the file ended in it.
     bool readWindow(std::size_t windowFrames) {
@@ -56,9 +54,16 @@ class PieceReader {
     }
 
   private:
+    std::vector<float*> places() {
+        std::vector<float*> places;
+        for (std::size_t at = 0; at < samples_.size(); at += framesPerPiece_)
+            places.push_back(samples_.data() + at);
+        return places;
+    }
     void tell(std::size_t frames) {
         for (float* channel : channels_) platform::vector::silenceNonFinite({channel, frames});
-        for (AudioListener* listener : listeners_) listener->samples(channels_, frames);
+        piece_.renew(frames);
+        for (AudioListener* listener : listeners_) listener->hear(piece_);
     }
 
     platform::AudioFile& file_;
@@ -67,6 +72,7 @@ class PieceReader {
     std::size_t framesPerPiece_;
     std::vector<float> samples_;
     std::vector<float*> channels_;
+    AudioPiece piece_;
 };
 
 /// Counts the windows that all threads have heard.
@@ -75,7 +81,6 @@ class HeardWindows : public AudioListener {
     HeardWindows(const std::function<void(double)>& progress, std::size_t planned)
         : count_(std::make_shared<Count>(progress, planned)) {}
 
-    void samples(std::span<const float* const> /*channels*/, std::size_t /*frames*/) override {}
     void windowEnded() override { count_->add(); }
     std::unique_ptr<AudioListener> sibling(std::size_t /*firstFrame*/) const override {
         return std::make_unique<HeardWindows>(*this);
@@ -134,8 +139,45 @@ std::size_t wholeSamples(double seconds, double sampleRate) {
     return static_cast<std::size_t>(seconds * sampleRate);
 }
 
-void FirstWindows::samples(std::span<const float* const> channels, std::size_t frames) {
-    if (windows_ > 0) listener_->samples(channels, frames);
+AudioPiece::AudioPiece(std::span<const float* const> channels, std::size_t mostFrames)
+    : channels_(channels), mostBlocks_((mostFrames + blockFrames - 1) / blockFrames),
+      levels_(channels.size() * mostBlocks_), isMeasured_(channels.size()) {}
+
+void AudioPiece::renew(std::size_t frames) {
+    frames_ = frames;
+    std::ranges::fill(isMeasured_, char{0});
+}
+
+std::span<const platform::vector::Level> AudioPiece::levels(std::size_t channel) const {
+    const std::span levels = std::span(levels_).subspan(channel * mostBlocks_, blocks());
+    if (std::exchange(isMeasured_[channel], char{1}) == 0)
+        for (std::size_t i = 0; i < levels.size(); ++i) {
+            const std::size_t begin = i * blockFrames;
+            levels[i] =
+                platform::vector::level({channels_[channel] + begin, std::min(blockFrames, frames_ - begin)});
+        }
+    return levels;
+}
+
+platform::vector::Level AudioPiece::level(std::size_t channel, std::size_t begin, std::size_t frames) const {
+    platform::vector::Level level;
+    const std::size_t end = begin + frames;
+    for (std::size_t at = begin; at < end;) {
+        const std::size_t block = at / blockFrames, ofBlock = block * blockFrames;
+        const std::size_t endOfBlock = std::min(ofBlock + blockFrames, frames_),
+                          next = std::min(endOfBlock, end);
+        const bool isWhole = at == ofBlock && next == endOfBlock;
+        const auto one =
+            isWhole ? levels(channel)[block] : platform::vector::level({channels_[channel] + at, next - at});
+        level.peak = std::max(level.peak, one.peak);
+        level.sumOfSquares += one.sumOfSquares;
+        at = next;
+    }
+    return level;
+}
+
+void FirstWindows::hear(const AudioPiece& piece) {
+    if (windows_ > 0) listener_->hear(piece);
 }
 
 void FirstWindows::windowEnded() {

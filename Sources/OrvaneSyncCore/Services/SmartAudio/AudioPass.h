@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/AudioFile.h"
+#include "Platform/VectorOps.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -9,16 +10,49 @@
 #include <memory>
 #include <span>
 #include <stop_token>
+#include <vector>
 
 namespace orvane {
+
+/// The next samples of a pass, and what several listeners would else measure in them one after the other. One
+/// thread at a time.
+class AudioPiece {
+  public:
+    /// So short that of a stretch that ends anywhere little has to be measured anew.
+    static constexpr std::size_t blockFrames = 512;
+
+    /// `channels`: where the samples of each will lie, at most so many frames.
+    AudioPiece(std::span<const float* const> channels, std::size_t mostFrames);
+    /// Other samples lie there.
+    void renew(std::size_t frames);
+
+    std::span<const float* const> channels() const { return channels_; }
+    std::size_t frames() const { return frames_; }
+    /// Of one channel block by block; the last block is of what is left.
+    std::span<const platform::vector::Level> levels(std::size_t channel) const;
+    /// Of `frames` frames of a channel from `begin` on.
+    platform::vector::Level level(std::size_t channel, std::size_t begin, std::size_t frames) const;
+
+  private:
+    std::size_t blocks() const { return (frames_ + blockFrames - 1) / blockFrames; }
+
+    std::span<const float* const> channels_;
+    std::size_t frames_ = 0;
+    std::size_t mostBlocks_;
+    // Measured when somebody asks.
+    mutable std::vector<platform::vector::Level> levels_; ///< `mostBlocks_` a channel
+    mutable std::vector<char> isMeasured_;                ///< a channel
+};
 
 /// Measures a recording while a pass over the file goes by. The samples come in pieces that never reach over
 /// the end of a window; every sample is finite.
 class AudioListener {
   public:
     virtual ~AudioListener() = default;
+    /// The next samples, for who wants to know their levels as well.
+    virtual void hear(const AudioPiece& piece) { samples(piece.channels(), piece.frames()); }
     /// The next `frames` samples of each channel.
-    virtual void samples(std::span<const float* const> channels, std::size_t frames) = 0;
+    virtual void samples(std::span<const float* const> /*channels*/, std::size_t /*frames*/) {}
     virtual void windowEnded() {}
 
     /// A new listener of the kind, for windows that another thread reads; the first begins at `firstFrame` of
@@ -35,7 +69,7 @@ class FirstWindows : public AudioListener {
     FirstWindows(AudioListener& listener, std::size_t windows, std::size_t windowFrames)
         : listener_(&listener), windows_(windows), windowFrames_(windowFrames) {}
 
-    void samples(std::span<const float* const> channels, std::size_t frames) override;
+    void hear(const AudioPiece& piece) override;
     void windowEnded() override;
     std::unique_ptr<AudioListener> sibling(std::size_t firstFrame) const override;
     void append(AudioListener& behind) override;

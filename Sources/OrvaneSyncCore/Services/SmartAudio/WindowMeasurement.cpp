@@ -9,16 +9,18 @@ namespace orvane {
 
 using namespace platform::vector;
 
-void WindowMeasurement::samples(std::span<const float* const> channels, std::size_t frames) {
+void WindowMeasurement::hear(const AudioPiece& piece) {
     for (std::size_t channel = 0; channel < windows_.size(); ++channel) {
         Window& window = windows_[channel];
-        const std::span<const float> samples(channels[channel], frames);
+        const std::span<const float> samples(piece.channels()[channel], piece.frames());
         if (window.frames > 0 && (window.lastSample >= 0) != (samples.front() >= 0)) ++window.signChanges;
         window.signChanges += signChanges(samples);
-        window.sumOfSquares += sumOfSquares(samples);
-        window.peak = std::max(window.peak, maxMagnitude(samples));
+        for (const Level& level : piece.levels(channel)) {
+            window.sumOfSquares += level.sumOfSquares;
+            window.peak = std::max(window.peak, level.peak);
+        }
         window.lastSample = samples.back();
-        window.frames += frames;
+        window.frames += samples.size();
     }
 }
 

@@ -14,7 +14,7 @@ class WindowMeasurement : public AudioListener {
   public:
     explicit WindowMeasurement(std::size_t channels) : windows_(channels), analyses_(channels) {}
 
-    void samples(std::span<const float* const> channels, std::size_t frames) override;
+    void hear(const AudioPiece& piece) override;
     void windowEnded() override;
     std::unique_ptr<AudioListener> sibling(std::size_t firstFrame) const override;
     void append(AudioListener& behind) override;

@@ -11,8 +11,6 @@
 
 namespace orvane {
 
-namespace vector = platform::vector;
-
 namespace {
 
 constexpr double windowSeconds = 0.25; ///< of a pass for the waveform alone
@@ -88,11 +86,11 @@ std::unique_ptr<AudioListener> WaveformReduction::sibling(std::size_t firstFrame
     return std::unique_ptr<AudioListener>(new WaveformReduction(grid_, firstFrame));
 }
 
-void WaveformReduction::samples(std::span<const float* const> channels, std::size_t frames) {
-    for (std::size_t done = 0; done < frames && !isWhole();) {
+void WaveformReduction::hear(const AudioPiece& piece) {
+    for (std::size_t done = 0; done < piece.frames() && !isWhole();) {
         const std::size_t heard = framesBefore_ + bin_.frames + window_.frames;
-        const std::size_t some = std::min(frames - done, grid_.framesPerBin - heard);
-        hear(channels, done, some);
+        const std::size_t some = std::min(piece.frames() - done, grid_.framesPerBin - heard);
+        addToWindow(piece, done, some);
         done += some;
         if (heard + some == grid_.framesPerBin) {
             endWindowOfBin();
@@ -101,25 +99,17 @@ void WaveformReduction::samples(std::span<const float* const> channels, std::siz
     }
 }
 
-void WaveformReduction::hear(std::span<const float* const> channels, std::size_t begin, std::size_t frames) {
-    for (std::size_t done = 0; done < frames; done += mix_.size())
-        hearSome(channels, begin + done, std::min(mix_.size(), frames - done));
-    window_.frames += frames;
-}
-
-void WaveformReduction::hearSome(std::span<const float* const> channels, std::size_t begin,
-                                 std::size_t frames) {
-    const std::span<float> mix = std::span(mix_).first(frames);
-    std::ranges::fill(mix, 0.0F);
-    for (std::size_t i = 0; i < channels.size(); ++i) {
-        const vector::Level own = vector::levelAddedTo(mix, {channels[i] + begin, frames});
+void WaveformReduction::addToWindow(const AudioPiece& piece, std::size_t begin, std::size_t frames) {
+    for (std::size_t i = 0; i < piece.channels().size(); ++i) {
+        const platform::vector::Level own = piece.level(i, begin, frames);
         window_.peak = std::max(window_.peak, own.peak);
         if (i < grid_.keptChannels) {
             window_.squares[i] += own.sumOfSquares;
             window_.peaks[i] = std::max(window_.peaks[i], own.peak);
         }
     }
-    window_.squaresOfSum += vector::level(mix).sumOfSquares;
+    window_.squaresOfSum += platform::vector::sumOfSquaresOfSum(piece.channels(), begin, frames);
+    window_.frames += frames;
 }
 
 void WaveformReduction::windowEnded() {

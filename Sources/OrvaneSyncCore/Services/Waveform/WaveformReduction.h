@@ -5,11 +5,9 @@
 #include "OrvaneSyncCore/Services/Waveform/WaveformResult.h"
 #include "Platform/AudioFile.h"
 
-#include <array>
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <span>
 #include <stop_token>
 #include <vector>
 
@@ -29,7 +27,7 @@ class WaveformReduction : public AudioListener {
     /// fewer than twice as many, and one a frame where it has fewer.
     WaveformReduction(const platform::AudioFile& file, std::size_t totalBins);
 
-    void samples(std::span<const float* const> channels, std::size_t frames) override;
+    void hear(const AudioPiece& piece) override;
     void windowEnded() override;
     std::unique_ptr<AudioListener> sibling(std::size_t firstFrame) const override;
     void append(AudioListener& behind) override;
@@ -65,8 +63,7 @@ class WaveformReduction : public AudioListener {
     static Grid gridOf(const platform::AudioFile& file, std::size_t totalBins);
     WaveformReduction(const Grid& grid, std::size_t firstFrame);
     Sums silence() const;
-    void hear(std::span<const float* const> channels, std::size_t begin, std::size_t frames);
-    void hearSome(std::span<const float* const> channels, std::size_t begin, std::size_t frames);
+    void addToWindow(const AudioPiece& piece, std::size_t begin, std::size_t frames);
     void endWindowOfBin();
     void endBin();
 
@@ -77,9 +74,7 @@ class WaveformReduction : public AudioListener {
     std::vector<Sums> head_;       ///< of that bin, window by window
     Sums bin_;                     ///< under way, without the window under way
     Sums window_;                  ///< under way, as far as it lies in the bin
-    /// Of so few frames that they and those of a channel lie in the processor's first cache.
-    std::array<float, 1024> mix_{};
-    WaveformResult result_; ///< the bins that have ended, from `firstBin_` on
+    WaveformResult result_;        ///< the bins that have ended, from `firstBin_` on
 };
 
 /// The waveform of a take, from the cache (null: none) or by reading it once. An empty result where nothing

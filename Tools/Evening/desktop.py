@@ -161,6 +161,10 @@ class Window:
             except GLib.Error:
                 continue
 
+    def is_checked(self, name):
+        found = self.find(name)
+        return found is not None and is_in(found, Atspi.StateType.CHECKED)
+
     def is_selected(self, role, words):
         """Whether the item of a list with these words in its name is the selected one."""
         items = (each for each in self.all() if each.get_role_name() == role and words in each.get_name())

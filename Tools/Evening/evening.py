@@ -128,7 +128,7 @@ class Evening:
     def run(self):
         for step in (
             self.leave_during_scan, self.scan, self.open_first, self.fields_win, self.keys_of_playback, self.each_clip,
-            self.hold_a_key, self.attach, self.choose_range, self.rename, self.take_back, self.export, self.compare,
+            self.hold_a_key, self.attach, self.choose_range, self.rename, self.take_back, self.multicam, self.export, self.compare,
         ):
             print(step.__name__.replace("_", " "), flush=True)
             step()
@@ -199,15 +199,15 @@ class Evening:
         self.kept("the mark", CLIPS[-1][0], lambda clip: clip["isApproved"])
 
     def hold_a_key(self):
-        """The server's own repeats: the sound goes on while the key is down, and stands when it is up."""
+        """The server's own repeats: the sound goes on while the key is down, stands when it is up, and is taken back at
+        once."""
         camera_file, frames, _ = CLIPS[-1]
         hold("period", 1.2)
         wait("the held key repeats", lambda: self.frames_of(self.clips()[camera_file]) > frames + 3)
+        self.standing_frames(camera_file)
+        press("ctrl+z")
+        wait("one step takes the held key back", lambda: self.frames_of(self.clips()[camera_file]) < frames + 1)
         stood = self.standing_frames(camera_file)
-        while stood > frames:
-            press("ctrl+z")
-            wait("the step is taken back", lambda: self.frames_of(self.clips()[camera_file]) < stood)
-            stood = self.standing_frames(camera_file)
         if stood != frames:
             raise Failure(f"taking the held key back leaves {stood} frames, not {frames}")
 
@@ -263,9 +263,27 @@ class Evening:
         press("ctrl+shift+z", "ctrl+shift+z")
         wait("what was taken back is done again", lambda: self.decisions() == whole)
 
-    def export(self):
+    def multicam(self):
         press("Escape")
         self.timed("Escape goes back to the list", lambda: self.window.shows("12A-1 Cam A", "table cell"))
+        press("Home", "ctrl+m")
+        self.timed("Ctrl+M shows both cameras of the take", lambda: self.window.shows("Hear Cam B"))
+        for key in ("space", "l"):
+            press(key)
+            self.timed(f"{key} plays the cameras", self.is_moving)
+            press("k")
+            self.timed("k stops them", lambda: not self.is_moving())
+        press("f")
+        self.timed("F fills the screen with the camera that is heard", fills_screen)
+        press("Escape")
+        self.timed("Escape gives the window back", lambda: not fills_screen())
+        self.window.tab_to("Hear Cam B")
+        press("space")
+        wait("the other camera is heard", lambda: self.window.is_checked("Hear Cam B"))
+        press("Escape")
+        self.timed("Escape leaves the cameras", lambda: self.window.shows("12A-1 Cam A", "table cell"))
+
+    def export(self):
         press("ctrl+e")
         wait("the document is asked for", lambda: self.window.shows("Event name", "text"))
         self.window.tab_to("Event name")

@@ -54,6 +54,15 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     QTest::keyClick(window_.get(), Qt::Key_Z, Qt::ControlModifier);
     EXPECT_FALSE(clip("A001C001").isApproved || clip("A001C003").isApproved);
 
+    // Home and End go to the first and the last row, with Shift all rows on the way are selected.
+    for (const auto& [key, modifiers, row, selected] :
+         {std::tuple(Qt::Key_End, Qt::NoModifier, 3, 1U), std::tuple(Qt::Key_Home, Qt::NoModifier, 0, 1U),
+          std::tuple(Qt::Key_End, Qt::ShiftModifier, 3, 4U)}) {
+        QTest::keyClick(&table(), key, modifiers);
+        EXPECT_EQ(table().currentIndex().row(), row);
+        EXPECT_EQ(window_->results().selectedClips().size(), selected);
+    }
+
     // Search and filter show what they say.
     QTest::keyClicks(window_->results().search(), "t01 b001");
     EXPECT_EQ(table().model()->rowCount(), 1);

@@ -59,13 +59,18 @@ struct FilterChoice {
 constexpr std::array<FilterChoice, 3> filters{
     {{FilterMode::all, "All"}, {FilterMode::matched, "Matched"}, {FilterMode::issues, "Issues"}}};
 
-/// Folds with a click on the triangle.
+/// Folds with a click on the triangle; Home and End go to the first and the last row.
 class Table : public QTableView {
   public:
     std::function<bool(const QModelIndex&, const QPoint&)> fold;
     std::function<void()> resized;
 
   protected:
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override {
+        // Rows are selected as a whole: the first cell of the row is no place to go to.
+        const bool isToAnEnd = action == MoveHome || action == MoveEnd;
+        return QTableView::moveCursor(action, isToAnEnd ? modifiers | Qt::ControlModifier : modifiers);
+    }
     void mousePressEvent(QMouseEvent* event) override {
         const QModelIndex index = indexAt(event->pos());
         if (index.isValid() && fold(index, event->pos())) return;

@@ -126,6 +126,12 @@ class ThemeStyle : public QProxyStyle {
             return drawCheck(*option, *painter);
         QProxyStyle::drawPrimitive(element, option, painter, widget);
     }
+    QIcon standardIcon(StandardPixmap what, const QStyleOption* option,
+                       const QWidget* widget) const override {
+        // Qt's own is read from a file, for which it loads all readers of pictures.
+        if (what == SP_LineEditClearButton) return icon(Glyph::cross);
+        return QProxyStyle::standardIcon(what, option, widget);
+    }
 
   private:
     static void drawCheck(const QStyleOption& option, QPainter& painter) {

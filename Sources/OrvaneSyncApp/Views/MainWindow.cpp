@@ -71,7 +71,6 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
                               updateActions();
                           }));
     pages_->addWidget(scanning_ = new ScanningView(desktop));
-    pages_->addWidget(results_ = new ResultsView(desktop));
     reviewActions_ = new ReviewActions(desktop, this);
     column->addWidget(pages_, 1);
     splitter_ = new QSplitter;
@@ -90,7 +89,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     screens.clips = [this] { return actedOn(); };
     screens.runForClips = [this](std::string_view id) { runForClips(id); };
     screens.renameClip = [this] {
-        if (const auto clips = actedOn(); clips.size() == 1) results_->rename(clips.front());
+        if (const auto clips = actedOn(); clips.size() == 1) results().rename(clips.front());
     };
     screens.openReview = [this] { openSelected(); };
     screens.openMulticam = [this] { openCamerasOfSelected(); };
@@ -103,7 +102,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     screens.leaveStart = [this] { wantsStart_ = false; };
     screens.find = [this] {
         showResults();
-        results_->search()->setFocus();
+        results().search()->setFocus();
     };
     screens.isPlaying = [this] { return isPlayingScreen(); };
     screens.showKeys = [this] { review().keys().open(); };
@@ -121,14 +120,6 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     };
     playing.leave = [this] { showResults(); };
     keys_ = std::make_unique<ReviewKeys>(desktop_, *this, std::move(playing));
-    results_->whenSelectionChanged = [this] { updateActions(); };
-    results_->whenScanWanted = [this] {
-        if (desktop_.isEnabled("startScan")) startScan();
-    };
-    results_->openMulticam = [this] { openCamerasOfSelected(); };
-    // The key press that opens a clip is over before the review takes keys: Return means another thing there.
-    connect(
-        results_->table(), &QTableView::activated, this, [this] { openSelected(); }, Qt::QueuedConnection);
     observe();
     reviewActions_->setInFront(false, false);
     restorePlaces();
@@ -181,6 +172,21 @@ MainWindow::~MainWindow() {
     desktop_.whenRefused = nullptr;
     screen_ = Screen::results;
     leavePlayers();
+}
+
+ResultsView& MainWindow::results() {
+    if (results_ != nullptr) return *results_;
+    pages_->addWidget(results_ = new ResultsView(desktop_));
+    results_->restorePlaces();
+    results_->whenSelectionChanged = [this] { updateActions(); };
+    results_->whenScanWanted = [this] {
+        if (desktop_.isEnabled("startScan")) startScan();
+    };
+    results_->openMulticam = [this] { openCamerasOfSelected(); };
+    // The key press that opens a clip is over before the review takes keys: Return means another thing there.
+    connect(
+        results_->table(), &QTableView::activated, this, [this] { openSelected(); }, Qt::QueuedConnection);
+    return *results_;
 }
 
 ReviewView& MainWindow::review() {
@@ -240,7 +246,7 @@ std::vector<UUID> MainWindow::actedOn() const {
 }
 
 void MainWindow::runForClips(std::string_view id) {
-    if (screen_ == Screen::results) return results_->runForSelection(id);
+    if (screen_ == Screen::results) return results().runForSelection(id);
     desktop_.runForClips(id, actedOn());
 }
 
@@ -265,7 +271,7 @@ void MainWindow::showResults() {
     if (screen_ == Screen::multicam) seen = desktop_.players().multicam()->members();
     showScreen(Screen::results);
     leavePlayers();
-    results_->select(seen);
+    results().select(seen);
 }
 
 void MainWindow::startScan() {
@@ -291,6 +297,9 @@ void MainWindow::startScan() {
         showPage();
     });
     showPage();
+    // While the files are read, there is time to make the list.
+    QMetaObject::invokeMethod(
+        this, [this] { results(); }, Qt::QueuedConnection);
 }
 
 void MainWindow::scanFolders(const QStringList& paths) {
@@ -324,7 +333,7 @@ void MainWindow::showPage() {
     else if (!wantsStart_ && (hasWork || state == ScanState::done))
         page = screen_ == Screen::review     ? static_cast<QWidget*>(&review())
                : screen_ == Screen::multicam ? static_cast<QWidget*>(&multicam())
-                                             : results_;
+                                             : &results();
     if (isPlayingScreen() && page != review_ && page != multicam_) return showResults();
     if (pages_->currentWidget() == page) return;
     pages_->setCurrentWidget(page);
@@ -357,7 +366,6 @@ void MainWindow::restorePlaces() {
     const QSettings places;
     restoreGeometry(places.value(QStringLiteral("window")).toByteArray());
     splitter_->restoreState(places.value(QStringLiteral("sessions")).toByteArray());
-    results_->restorePlaces();
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
@@ -385,7 +393,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     places.setValue(QStringLiteral("window"), saveGeometry());
     places.setValue(QStringLiteral("sessions"), splitter_->saveState());
     if (review_ != nullptr) review_->savePlaces();
-    results_->savePlaces();
+    if (results_ != nullptr) results_->savePlaces();
     event->accept();
 }
 

@@ -41,8 +41,8 @@ class MainWindow : public QMainWindow {
     void openProject(const QString& path);
     /// One project, or folders.
     void openPaths(const QStringList& paths);
-    ResultsView& results() { return *results_; }
-    /// Made when it is first asked for, as is the screen of several cameras: the window is there sooner.
+    // The screens behind the first one are made when they are first asked for: the window is there sooner.
+    ResultsView& results();
     ReviewView& review();
     /// Opens a clip on its clap.
     void openReview(const UUID& groupID);
@@ -81,7 +81,7 @@ class MainWindow : public QMainWindow {
     SessionsPanel* sessions_;
     StartView* start_;
     ScanningView* scanning_;
-    ResultsView* results_;
+    ResultsView* results_ = nullptr;
     ReviewActions* reviewActions_;
     ReviewView* review_ = nullptr;
     MulticamView* multicam_ = nullptr;

@@ -39,13 +39,19 @@ ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<v
     pictureColumn->addWidget(steps_ = new StepsBar(desktop, actions, [this](const UUID& clip) {
                                  return outline_->placeInList(clip);
                              }));
-    pictureColumn->addWidget(new SiblingBanner(desktop, review));
     pictureColumn->addWidget(picture_ = new PictureView(desktop, review, actions), 1);
     rows_->addWidget(upper);
     rows_->addWidget(timeline_ = new TimelineView(desktop, review));
     rows_->setStretchFactor(0, 1);
     columns_->addWidget(rows_);
-    columns_->addWidget(inspector_ = new InspectorView(desktop, review));
+    auto* right = new QWidget;
+    auto* rightColumn = new QVBoxLayout(right);
+    rightColumn->setContentsMargins(0, 0, 0, 0);
+    rightColumn->setSpacing(0);
+    rightColumn->addWidget(inspector_ = new InspectorView(desktop, review), 1);
+    // Below what scrolls: neither the picture nor a control moves when an offer comes.
+    rightColumn->addWidget(new SiblingBanner(desktop, review));
+    columns_->addWidget(right);
     columns_->setStretchFactor(1, 1);
     for (QSplitter* splitter : {columns_, rows_}) splitter->setChildrenCollapsible(false);
     columns_->setSizes({outlineWidth, middleWidth, inspectorWidth});

@@ -7,6 +7,7 @@
 #include <QHBoxLayout>
 #include <QKeySequence>
 #include <QShortcut>
+#include <QVBoxLayout>
 
 #include <utility>
 
@@ -19,33 +20,35 @@ SiblingBanner::SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
       later_(review_->engine(), [this] { refresh(); }) {
     setObjectName(QStringLiteral("siblingBanner"));
     setProperty("banner", true);
-    auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(space::medium, space::tight, space::tight, space::tight);
-    row->setSpacing(space::small);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(space::medium, space::tight, space::tight, space::small);
+    column->setSpacing(space::tight);
+    auto* row = new QHBoxLayout;
     row->addWidget(text_, 1);
-    for (const auto& [id, glyph] : {std::pair("applySiblingSuggestion", Glyph::check),
-                                    std::pair("dismissSiblingSuggestion", Glyph::cross)}) {
-        const commands::Command& command = desktop.command(id);
-        const bool isApply = glyph == Glyph::check;
-        QPushButton* one =
-            isApply ? button(tr("%1   %2").arg(translated(command.title),
-                                               QKeySequence(QLatin1String(reviewKeys::applySuggestion))
-                                                   .toString(QKeySequence::NativeText)))
-                    : button({}, glyph, Weight::quiet);
-        one->setAccessibleName(translated(command.title));
-        one->setToolTip(isApply ? QStringLiteral("%1 (%2)").arg(translated(command.help),
-                                                                QLatin1String(reviewKeys::applySuggestion))
-                                : translated(command.title));
-        connect(one, &QPushButton::clicked, this, [this, own = std::string_view(id)] { run(own); });
-        row->addWidget(one);
-    }
-    auto* key = new QShortcut(QKeySequence(QLatin1String(reviewKeys::applySuggestion)), this);
+    column->addLayout(row);
+    const commands::Command& apply = desktop.command("applySiblingSuggestion");
+    const QKeySequence applyKey(QLatin1String(reviewKeys::applySuggestion));
+    QPushButton* yes =
+        add("applySiblingSuggestion",
+            button(tr("%1   %2").arg(translated(apply.title), applyKey.toString(QKeySequence::NativeText))));
+    yes->setToolTip(QStringLiteral("%1 (%2)").arg(translated(apply.help), applyKey.toString()));
+    column->addWidget(yes, 0, Qt::AlignLeft);
+    row->addWidget(add("dismissSiblingSuggestion", button({}, Glyph::cross, Weight::quiet)), 0, Qt::AlignTop);
+    auto* key = new QShortcut(applyKey, this);
     connect(key, &QShortcut::activated, this, [this] { run("applySiblingSuggestion"); });
     observations_.push_back(desktop.controller().onChange([this](ImportField field) {
         if (field == ImportField::syncGroups) later_.schedule();
     }));
     observations_.push_back(review_->onChange([this] { later_.schedule(); }));
     refresh();
+}
+
+QPushButton* SiblingBanner::add(std::string_view id, QPushButton* one) {
+    const QString name = translated(desktop_.command(id).title);
+    one->setAccessibleName(name);
+    one->setToolTip(name);
+    connect(one, &QPushButton::clicked, this, [this, id] { run(id); });
+    return one;
 }
 
 void SiblingBanner::refresh() {

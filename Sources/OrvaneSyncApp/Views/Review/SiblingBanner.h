@@ -9,7 +9,8 @@
 
 namespace orvane::views {
 
-/// Offers the clip in view the move that another camera of its take got. Hidden without such an offer.
+/// Offers the clip in view the move that another camera of its take got. Hidden without such an offer: it
+/// lies where nothing moves when it comes.
 class SiblingBanner : public QFrame {
   public:
     SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent = nullptr);
@@ -17,6 +18,8 @@ class SiblingBanner : public QFrame {
     QString text() const { return text_->text(); }
 
   private:
+    /// A button that runs the command; it is given back.
+    QPushButton* add(std::string_view id, QPushButton* one);
     void refresh();
     void run(std::string_view id);
 

@@ -29,6 +29,18 @@ std::string syncLensCaption(std::size_t picture) {
     return captions.at(picture);
 }
 
+std::string syncLensNote(const SyncGroup& clip) {
+    if (clip.isMOS()) return "This clip has no sound, so no clap is heard.";
+    if (clip.resolvedClapPointSeconds()) return "The clap is heard outside of the picture of this clip.";
+    if (clip.isLocked)
+        return "This clip was locked before its clap was found, and a locked clip gets none. Unlock it, and "
+               "choose "
+               "Detect Clap in the inspector.";
+    return "This clip has no clap yet. Put the playhead on the clap, by ear or by eye, and choose Sync > "
+           "Update "
+           "Clap Point.";
+}
+
 namespace {
 
 std::vector<SyncLens::Column> readSound(const SyncLensPlan& plan, std::size_t count) {

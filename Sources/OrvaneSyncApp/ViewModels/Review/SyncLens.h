@@ -40,6 +40,8 @@ struct SyncLensPlan {
 std::optional<SyncLensPlan> syncLensPlan(const SyncGroup& clip, const PlayheadState& playhead);
 /// What stands below the picture of that place, from 0.
 std::string syncLensCaption(std::size_t picture);
+/// Why there is no plan for the clip, and what helps.
+std::string syncLensNote(const SyncGroup& clip);
 
 /// The pictures and the sound of a plan, read elsewhere; what a newer plan overtakes is never shown.
 /// Interface thread; held by a shared pointer, as loads hold it weakly.

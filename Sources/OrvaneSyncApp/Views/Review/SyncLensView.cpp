@@ -47,6 +47,7 @@ void SyncLensView::look() {
     const auto plan = clip != nullptr && engine.transport().isLoaded ? syncLensPlan(*clip, engine.playhead())
                                                                      : std::nullopt;
     if (!plan) {
+        note_ = clip == nullptr ? QString() : translated(syncLensNote(*clip));
         lens_->clear();
         return update();
     }
@@ -81,9 +82,7 @@ void SyncLensView::paintEvent(QPaintEvent*) {
         painter.setPen(all.text);
         painter.setFont(textFont());
         painter.drawText(rect().adjusted(space::large, 0, -space::large, 0),
-                         Qt::AlignCenter | Qt::TextWordWrap,
-                         tr("This clip has no clap yet. Put the playhead on the clap, by ear or by eye, and "
-                            "choose Sync > Update Clap Point."));
+                         Qt::AlignCenter | Qt::TextWordWrap, note_);
         return;
     }
     const SyncLens::Seen& seen = lens_->seen();

@@ -29,6 +29,7 @@ class SyncLensView : public QWidget {
     Desktop& desktop_;
     const std::shared_ptr<ReviewViewModel> review_;
     const std::shared_ptr<SyncLens> lens_;
+    QString note_; ///< why there is nothing to see
     platform::Subscription ofLens_, ofReview_, ofWork_, ofEngine_;
 };
 

@@ -53,7 +53,7 @@ TEST_F(InspectorModelTest, theOutlineFollowsTheShootAndStepsOverTakes) {
     EXPECT_FALSE(outline.groupID(0));
     EXPECT_EQ(outline.clipsOf(0), (std::vector{a_, b_}));
     EXPECT_EQ(outline.row(4).certainty, OutlineModel::Certainty::missing);
-    EXPECT_EQ(outline.counts().text(), "4 clips · 1 to decide");
+    EXPECT_EQ(outline.counts().text(), "4 clips\n0 locked · 1 to decide");
 
     EXPECT_EQ(outline.neighbour(b_, 1), next_);
     EXPECT_EQ(outline.neighbour(next_, -2), a_);

@@ -52,7 +52,7 @@ void addStatusLine(std::string& text, const std::string& line) { text += (text.e
 std::string OutlineModel::Counts::text() const {
     std::string text = shown == all ? "" : std::to_string(shown) + " of ";
     text += counted(static_cast<long long>(all), "clip", "clips");
-    if (locked > 0) text += " · " + std::to_string(locked) + " locked";
+    text += "\n" + std::to_string(locked) + " locked";
     if (issues > 0) text += " · " + std::to_string(issues) + " to decide";
     return text;
 }

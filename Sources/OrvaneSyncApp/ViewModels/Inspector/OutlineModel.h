@@ -37,7 +37,7 @@ class OutlineModel {
     struct Counts {
         std::size_t all = 0, shown = 0, locked = 0, issues = 0;
 
-        /// Such as "150 clips · 12 locked · 3 to decide".
+        /// Always two lines, so that the list below keeps its place: "150 clips", "12 locked · 3 to decide".
         std::string text() const;
         bool operator==(const Counts&) const = default;
     };

@@ -86,7 +86,8 @@ int runProgram(int argc, char** argv) {
     std::shared_ptr<platform::FileSettingsStore> settings = openStandardSettings();
     settings->followOthers();
     dependencies.settings = settings;
-    dependencies.probeCache = ProbeCache::shared();
+    // A scan that is pictured reads its files.
+    if (!arguments.isSet(pictures)) dependencies.probeCache = ProbeCache::shared();
     dependencies.waveformCache = WaveformCache::shared();
     dependencies.renderedAudio = RenderedAudioStore::shared(settings);
     dependencies.stems = StemCache::bySettings(*settings, dependencies.renderedAudio);

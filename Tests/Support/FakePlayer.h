@@ -157,8 +157,8 @@ inline void FakePlayer::load(platform::PlayerItem newItem,
     unload();
     item = std::move(newItem);
     const int number = loads_;
-    system_.mainThread().post([this, number, loaded = std::move(loaded)] {
-        const auto& players = system_.players;
+    system_.mainThread().post([this, &system = system_, number, loaded = std::move(loaded)] {
+        const auto& players = system.players; // this player may be gone by then
         if (std::ranges::find(players, this) == players.end() || loads_ != number) return;
         facts_ = system_.factsOf(item.videoPath);
         isLoaded_ = true;

@@ -30,7 +30,7 @@ namespace orvane::views {
 using namespace design;
 
 MainMenus::MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& review, Screens screens)
-    : desktop_(desktop), window_(window), screens_(std::move(screens)) {
+    : QObject(&window), desktop_(desktop), window_(window), screens_(std::move(screens)) {
     makeFile();
     makeEdit();
     makeClip();

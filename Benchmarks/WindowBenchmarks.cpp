@@ -115,7 +115,7 @@ class List {
     std::unique_ptr<views::ResultsView> view_;
 };
 
-/// Processes without a screen, with settings of their own, which end when the window takes keys.
+/// Whole processes without a screen, each with settings of its own, until the window takes keys.
 void printStartRow(const std::string& programs, const std::string& folder) {
     const auto started = [&](const std::vector<std::string>& program) {
         std::vector<std::string> words{"env", "QT_QPA_PLATFORM=offscreen"};
@@ -127,7 +127,7 @@ void printStartRow(const std::string& programs, const std::string& folder) {
     };
     const ProcessCost empty = started({programs + "/orvane_empty_window"});
     const ProcessCost ours = started({programs + "/orvanesync-app", "--measure-start"});
-    const std::string work = "start of the process to a usable window";
+    const std::string work = "start to a usable window, whole process";
     if (!empty.succeeded || !ours.succeeded) return printFailure(work, "an empty window");
     constexpr double most = 3;
     printRatio(work, ours.seconds * 1000, empty.seconds * 1000, "an empty window", most);

@@ -2,15 +2,13 @@
 
 #include <QApplication>
 
-#include <cstdlib>
-
-// What the start of the window is compared with: an empty window of the same size, which ends at once when it
-// is painted.
+// What the start of the window is compared with: an empty window of the same size, which ends when it is
+// painted.
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
     QWidget window;
     window.resize(1440, 800);
-    const orvane::design::FirstPaint watch(window, [] { std::_Exit(0); });
+    const orvane::design::FirstPaint watch(window, [] { QCoreApplication::quit(); });
     window.show();
     return QApplication::exec();
 }

@@ -2,17 +2,109 @@
 
 #include <QCryptographicHash>
 #include <QDataStream>
-#include <QLocalSocket>
 #include <QStandardPaths>
 
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/un.h>
 #include <unistd.h>
+#include <utility>
 
+// The sockets of the system itself: the network library of Qt, with all that it needs, would be loaded at
+// each start for this alone.
 namespace orvane::views {
 
 namespace {
 
-constexpr int patience = 500;                 // milliseconds
+constexpr timeval handOverPatience{0, 500000};
 constexpr qint64 mostBytes = qint64{1} << 20; // that a later program may say
+
+/// A stream socket; -1 where the system gives none.
+class LocalSocket {
+  public:
+    explicit LocalSocket(int number) : number_(number) {}
+    LocalSocket(LocalSocket&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    LocalSocket& operator=(LocalSocket&&) = delete;
+    ~LocalSocket() {
+        if (number_ >= 0) ::close(number_);
+    }
+    int get() const { return number_; }
+
+    bool isOfThisUser() const {
+        ucred other{};
+        socklen_t size = sizeof other;
+        return ::getsockopt(number_, SOL_SOCKET, SO_PEERCRED, &other, &size) == 0 && other.uid == ::getuid();
+    }
+    bool send(const QByteArray& message) const {
+        for (qsizetype sent = 0; sent < message.size();) {
+            const auto more = ::send(number_, message.constData() + sent,
+                                     static_cast<std::size_t>(message.size() - sent), MSG_NOSIGNAL);
+            if (more <= 0) return false;
+            sent += more;
+        }
+        return true;
+    }
+
+  private:
+    int number_;
+};
+
+/// A name of this machine that is no file: it goes with the program that has it, however that ends.
+class LocalAddress {
+  public:
+    explicit LocalAddress(const QString& name) {
+        const QByteArray bytes = name.toUtf8().left(sizeof address_.sun_path - 1);
+        address_.sun_family = AF_UNIX;
+        std::memcpy(static_cast<char*>(address_.sun_path) + 1, bytes.constData(),
+                    static_cast<std::size_t>(bytes.size()));
+        size_ = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 +
+                                       static_cast<std::size_t>(bytes.size()));
+    }
+    const sockaddr* get() const { return static_cast<const sockaddr*>(static_cast<const void*>(&address_)); }
+    socklen_t size() const { return size_; }
+
+  private:
+    sockaddr_un address_{};
+    socklen_t size_ = 0;
+};
+
+/// A later program, until it has said all.
+class Caller : public QObject {
+  public:
+    Caller(LocalSocket socket, std::function<void(const QStringList&)> taken, QObject* parent)
+        : QObject(parent), socket_(std::move(socket)), taken_(std::move(taken)),
+          ready_(socket_.get(), QSocketNotifier::Read) {
+        connect(&ready_, &QSocketNotifier::activated, this, [this] { hear(); });
+    }
+
+  private:
+    void hear() {
+        std::array<char, 4096> part{};
+        const auto size = ::recv(socket_.get(), part.data(), part.size(), MSG_DONTWAIT);
+        if (size < 0 && (errno == EAGAIN || errno == EINTR)) return;
+        if (size > 0) said_.append(part.data(), size);
+        QDataStream stream(said_);
+        stream.startTransaction();
+        QStringList words;
+        stream >> words;
+        const bool isAll = size > 0 && stream.commitTransaction();
+        if (!isAll && size > 0 && said_.size() <= mostBytes) return; // more is on its way
+        ready_.setEnabled(false);
+        deleteLater();
+        if (!isAll) return;
+        socket_.send("1");
+        taken_(words);
+    }
+
+    const LocalSocket socket_;
+    const std::function<void(const QStringList&)> taken_;
+    QSocketNotifier ready_;
+    QByteArray said_;
+};
 
 } // namespace
 
@@ -27,43 +119,32 @@ QString SingleInstance::ownName() {
 }
 
 bool SingleInstance::handOver(const QStringList& words) {
-    QLocalSocket socket;
-    socket.connectToServer(name_);
-    if (!socket.waitForConnected(patience)) return false;
+    const LocalSocket socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    for (const int direction : {SO_SNDTIMEO, SO_RCVTIMEO}) // it bounds connecting, too
+        ::setsockopt(socket.get(), SOL_SOCKET, direction, &handOverPatience, sizeof handOverPatience);
+    const LocalAddress address(name_);
+    if (::connect(socket.get(), address.get(), address.size()) != 0 || !socket.isOfThisUser()) return false;
     QByteArray message;
     QDataStream stream(&message, QIODevice::WriteOnly);
     stream << words;
-    socket.write(message);
-    if (!socket.waitForBytesWritten(patience)) return false;
     // The first one answers when it has them: it may be one that hangs.
-    return socket.waitForReadyRead(patience);
+    char answer = 0;
+    return socket.send(message) && ::recv(socket.get(), &answer, 1, 0) == 1;
 }
 
 bool SingleInstance::listen(std::function<void(const QStringList& words)> taken) {
-    server_ = std::make_unique<QLocalServer>();
-    server_->setSocketOptions(QLocalServer::UserAccessOption);
-    if (!server_->listen(name_)) {
-        // Left by a program that was killed: nobody answered there.
-        QLocalServer::removeServer(name_);
-        if (!server_->listen(name_)) return false;
-    }
-    QObject::connect(server_.get(), &QLocalServer::newConnection, server_.get(),
-                     [server = server_.get(), taken = std::move(taken)] {
-                         while (QLocalSocket* socket = server->nextPendingConnection()) {
-                             QObject::connect(socket, &QLocalSocket::disconnected, socket,
-                                              &QObject::deleteLater);
-                             QObject::connect(socket, &QLocalSocket::readyRead, socket, [socket, taken] {
-                                 if (socket->bytesAvailable() > mostBytes) return socket->abort();
-                                 QDataStream stream(socket);
-                                 stream.startTransaction();
-                                 QStringList words;
-                                 stream >> words;
-                                 if (!stream.commitTransaction()) return; // more is on its way
-                                 socket->write("1");
-                                 socket->flush();
-                                 taken(words);
-                             });
-                         }
+    LocalSocket socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    const LocalAddress address(name_);
+    constexpr int mostWaiting = 8;
+    if (::bind(socket.get(), address.get(), address.size()) != 0 || ::listen(socket.get(), mostWaiting) != 0)
+        return false;
+    callers_ = std::make_unique<QSocketNotifier>(socket.get(), QSocketNotifier::Read);
+    const auto kept = std::make_shared<LocalSocket>(std::move(socket)); // as long as the notifier
+    QObject::connect(callers_.get(), &QSocketNotifier::activated, callers_.get(),
+                     [kept, taken = std::move(taken), parent = callers_.get()] {
+                         LocalSocket caller(::accept4(kept->get(), nullptr, nullptr, SOCK_CLOEXEC));
+                         if (caller.get() >= 0 && caller.isOfThisUser())
+                             new Caller(std::move(caller), taken, parent);
                      });
     return true;
 }

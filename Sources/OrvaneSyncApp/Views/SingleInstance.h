@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QLocalServer>
+#include <QSocketNotifier>
 #include <QStringList>
 
 #include <functional>
@@ -9,7 +9,7 @@
 namespace orvane::views {
 
 /// One window for each user and each folder of settings. The first program that starts listens; a later one
-/// hands over what it was started with, and ends. Interface thread.
+/// hands over what it was started with, and ends. Programs of other users are not heard. Interface thread.
 class SingleInstance {
   public:
     /// `name`: whose programs belong together.
@@ -26,7 +26,7 @@ class SingleInstance {
 
   private:
     const QString name_;
-    std::unique_ptr<QLocalServer> server_;
+    std::unique_ptr<QSocketNotifier> callers_; ///< of the socket that they reach
 };
 
 } // namespace orvane::views

@@ -96,7 +96,7 @@ int runProgram(int argc, char** argv) {
     };
     views::Desktop desktop(std::move(dependencies));
     views::MainWindow window(desktop);
-    if (arguments.isSet(start)) new design::FirstPaint(window, [] { std::_Exit(0); });
+    if (arguments.isSet(start)) new design::FirstPaint(window, [] { QCoreApplication::quit(); });
     window.show();
     const views::Notifier notifier(desktop, window);
     window.openPaths(named);

@@ -126,6 +126,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     showPage();
     updateActions();
     updateStatus();
+    if (pages_->currentWidget() == start_) start_->setFocus(); // a folder can be typed at once
 }
 
 void MainWindow::observe() {

@@ -194,6 +194,7 @@ void StartView::chooseInto(QLineEdit* field, const QString& caption) {
     places.setValue(key, chosen);
     field->setText(chosen);
     applyFields();
+    field->setFocus(); // Return scans
 }
 
 void StartView::takeFolders(const QStringList& paths) {

@@ -10,6 +10,7 @@
 #include <QMouseEvent>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace orvane::views {
@@ -96,7 +97,11 @@ void OutlineView::select(const UUID& groupID) {
     const auto row = rows_.rowOf(groupID);
     const QModelIndex index = row ? model_->index(static_cast<int>(*row)) : QModelIndex();
     list_->setCurrentIndex(index);
-    if (index.isValid()) list_->scrollTo(index);
+    if (!index.isValid()) return;
+    // What comes next is seen, too, and what was before.
+    constexpr int neighbours = 2;
+    for (const int other : {index.row() + neighbours, index.row() - neighbours, index.row()})
+        list_->scrollTo(model_->index(std::clamp(other, 0, model_->rowCount() - 1)));
 }
 
 void OutlineView::open(int row) {

@@ -126,11 +126,26 @@ class ThemeStyle : public QProxyStyle {
             return drawCheck(*option, *painter);
         QProxyStyle::drawPrimitive(element, option, painter, widget);
     }
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* answer) const override {
+        // A green or red mark says how sure a match is, and nothing else.
+        if (hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
+        return QProxyStyle::styleHint(hint, option, widget, answer);
+    }
     QIcon standardIcon(StandardPixmap what, const QStyleOption* option,
                        const QWidget* widget) const override {
-        // Qt's own is read from a file, for which it loads all readers of pictures.
-        if (what == SP_LineEditClearButton) return icon(Glyph::cross);
-        return QProxyStyle::standardIcon(what, option, widget);
+        // Qt's own are read from files, for which it loads all readers of pictures, and drawn for light
+        // windows.
+        switch (what) {
+        case SP_LineEditClearButton:
+            return icon(Glyph::cross);
+        case SP_ToolBarHorizontalExtensionButton:
+            return icon(Glyph::folded);
+        case SP_ToolBarVerticalExtensionButton:
+            return icon(Glyph::unfolded);
+        default:
+            return QProxyStyle::standardIcon(what, option, widget);
+        }
     }
 
   private:

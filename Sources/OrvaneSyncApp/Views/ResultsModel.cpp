@@ -157,9 +157,7 @@ void ResultsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     const bool isSelected = option.state.testFlag(QStyle::State_Selected);
     const Colours& all = colours();
     painter->save();
-    painter->fillRect(option.rect, isSelected                                       ? all.selected
-                                   : option.state.testFlag(QStyle::State_MouseOver) ? all.panel
-                                                                                    : all.window);
+    painter->fillRect(option.rect, isSelected ? all.selected : all.window);
     const bool isName = index.column() == static_cast<int>(Column::name);
     const bool isTimecode = index.column() == static_cast<int>(Column::starts);
     QColor textColour = isSelected ? all.onSelected : isName ? all.text : all.facts;

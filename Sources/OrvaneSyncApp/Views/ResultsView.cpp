@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/ResultsView.h"
 
+#include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
 #include "OrvaneSyncApp/Views/DoubtBar.h"
 #include "OrvaneSyncApp/Views/ResultsModel.h"
 #include "OrvaneSyncApp/Views/Translation.h"
@@ -408,13 +409,15 @@ void ResultsView::rename(const UUID& clipID) {
     const std::vector<UUID> clips{clipID};
     const SyncGroup* clip = desktop_.controller().work().syncGroups().find(clipID);
     if (clip == nullptr) return;
-    bool isGiven = false;
-    const QString name = QInputDialog::getText(
-        this, tr("Rename clip"), tr("Name in Final Cut Pro; empty: by the naming rules"), QLineEdit::Normal,
-        text(clip->manualClipName.value_or("")), &isGiven);
-    if (!isGiven) return;
+    QInputDialog question(this);
+    question.setWindowTitle(tr("Rename clip"));
+    question.setLabelText(tr("Name in Final Cut Pro; empty: by the naming rules"));
+    question.setTextValue(text(clip->manualClipName.value_or("")));
+    if (auto* field = question.findChild<QLineEdit*>())
+        field->setPlaceholderText(text(exportedName(desktop_.controller(), *clip, "")));
+    if (question.exec() != QDialog::Accepted) return;
     JSON arguments = JSON::object();
-    arguments.set("name", utf8(name));
+    arguments.set("name", utf8(question.textValue()));
     desktop_.runForClips("setManualClipName", clips, std::move(arguments));
     select(clips);
 }

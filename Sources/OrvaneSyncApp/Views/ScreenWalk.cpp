@@ -232,12 +232,11 @@ class Walk : public QTimer {
                 const ScanController& scan = window_.desktop().controller().scan();
                 if (!scan.canScan()) return;
                 window_.scanFolders(folderPaths());
-                // The last one in which a file is named, where the scan lasts so long.
                 while (window_.isScanning()) {
                     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-                    if (!scan.progress().isActive()) continue;
+                    if (scan.progress().file.empty()) continue;
                     grab(window_, QStringLiteral("scanning-%1").arg(size.width()));
-                    if (!scan.progress().file.empty()) break;
+                    break;
                 }
             });
             waitUntil([this] { return !window_.isScanning(); });

@@ -43,7 +43,7 @@ void addStepsForClip(const SyncGroup& group, const SyncDoubt& doubt, DoubtsPart:
         }
     } else if (doubt.kind == SyncDoubt::Kind::ambiguous) {
         // One click on a recording below settles it; the whole shoot is not settled from a single clip.
-        shown.cure = "choose under Recordings, or lock the clip where it is right";
+        shown.cure = "choose under Recordings: Ctrl+1 takes the first one";
         shown.steps.clear();
     }
 }

@@ -41,8 +41,9 @@ void DoubtsSection::show(const SyncGroup& clip) {
     clear(rows_);
     for (const DoubtsPart::Doubt& doubt : part.doubts) {
         rows_->addWidget(new Badge(Signal::doubtful, tr("Doubtful")));
-        rows_->addWidget(label(breakable(doubt.message)));
-        if (!doubt.cure.empty()) rows_->addWidget(facts(tr("→ %1").arg(breakable(doubt.cure))));
+        rows_->addWidget(label(breakable(utf8(translatedSentence(doubt.message)))));
+        if (!doubt.cure.empty())
+            rows_->addWidget(facts(tr("→ %1").arg(breakable(utf8(translatedSentence(doubt.cure))))));
         if (doubt.steps.empty()) continue;
         auto* buttons = new FlowLayout;
         for (const CureStep& step : doubt.steps) {

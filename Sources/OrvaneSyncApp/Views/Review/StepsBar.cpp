@@ -69,6 +69,7 @@ void StepsBar::showTexts() {
         const QString key = found == bindings.end() ? QString() : shownKey(found->second);
         step.button->setText(key.isEmpty() ? step.text : tr("%1   %2").arg(step.text, key));
         step.button->setToolTip(translated(helpText(step.action)));
+        step.button->ensurePolished(); // its size hangs on the window's sheet
         step.button->setMinimumWidth(step.button->sizeHint().width());
     }
     fit();

@@ -421,7 +421,8 @@ class Painting {
             const double at = std::floor(tick.x) + 0.5;
             (tick.isMajor ? majors : frames)
                 << QLineF(at, ruler.bottom() - (tick.isMajor ? 9 : 4), at, ruler.bottom());
-            if (!tick.label.empty())
+            // Without its beginning, a time would read as another one.
+            if (!tick.label.empty() && at + space::tight >= 0)
                 painter_.drawText(QPointF(at + space::tight, 14), orvane::views::text(tick.label));
         }
         painter_.setPen(colours().disabled);

@@ -72,9 +72,10 @@ class Maker {
         expected.frame = frames(1, shown);
         const auto counted = video.timecodeFrameRate.value_or(TimecodeUtils::frameRate(shown.doubleValue()));
         const Fraction rate = timecodeRate::rate(counted);
+        Time label = Time::zero(); // may lie between two frames of the picture
         if (const auto read = Timecode::fromString(video.startTimecodeString.value_or(""), counted))
-            expected.start = frames(std::llround(read->realTimeValue() * rate.doubleValue()), rate)
-                                 .toFrame(expected.frame, fcpxml::FrameSampling::floor);
+            label = frames(std::llround(read->realTimeValue() * rate.doubleValue()), rate);
+        expected.start = label.toFrame(expected.frame, fcpxml::FrameSampling::floor);
         expected.duration = frames(
             static_cast<std::int64_t>(video.durationSeconds.value_or(0) * shown.doubleValue() + 0.00001),
             shown);
@@ -97,8 +98,10 @@ class Maker {
             expected.soundPlace = expected.start + Time(shift, sampleRate);
         } else {
             audio.bextTimeReference = static_cast<std::uint64_t>(first);
-            expected.soundStart = expected.soundPlace = Time(first, sampleRate);
-            sync = expected.soundStart.toDouble() - expected.start.toDouble();
+            expected.soundStart = Time(first, sampleRate);
+            const Time behindLabel = expected.soundStart - label;
+            expected.soundPlace = expected.start + behindLabel;
+            sync = behindLabel.toDouble();
         }
         SyncGroup group(video, {AudioMatch(audio, sync, 1)}, MatchStatus::manual());
         if (below(2) == 0) {

@@ -120,6 +120,16 @@ TEST(ExporterTakes, LieWhereMatchingLaidThem) {
     EXPECT_EQ(placeOf(36000, 35998, -2.04), "35998s 35998s") << "the picture has another rate by now";
 }
 
+TEST(ExporterTakes, NothingLastsLessThanAFrameOrNoTime) {
+    SyncGroup group = take({file("T1.WAV", 2, 0.02)}); // what a recorder leaves that was stopped at once
+    EXPECT_TRUE(linesWith(exported(group, settingsAt(25)), "duration=\"0s\"").empty());
+    group = take({});
+    group.video.durationSeconds = 0.041; // one picture at 23.976, as a clock of thousandths counts it
+    group.video.projectFrameRate = 23.976;
+    EXPECT_EQ(attributeOf(linesWith(exported(group, settingsAt(25)), "<asset-clip ").front(), "duration"),
+              "1001/24000s");
+}
+
 TEST(ExporterTakes, CurvesLieInTheFileThatHoldsTheMoment) {
     SyncGroup group = take({file("T1_1.WAV", 0, 8), file("T1_2.WAV", 8, 12), file("ZOOM0004.WAV", 0, 5)});
     ExportSettings settings = settingsAt(25);

@@ -95,7 +95,8 @@ TEST_F(Probe, offspeed) {
     const std::tuple<std::uint32_t, std::uint32_t, test::TimecodeSpec> sameSpeed[] = {
         {50, 1, {25, 1, 0}},       {60000, 1001, {30000, 1001, 0}}, {60, 1, {30, 1, 0}},
         {60000, 1001, {30, 1, 0}}, {48, 1, {24000, 1001, 0}},       {24, 1, {24000, 1001, 0}},
-        {24000, 1001, {24, 1, 0}}, {30, 1, {30000, 1001, 0}}};
+        {24000, 1001, {24, 1, 0}}, {30, 1, {30000, 1001, 0}},       {25, 1, {24, 1, 0}},
+        {25, 1, {24000, 1001, 0}}};
     for (const auto& [rate, step, counter] : sameSpeed) {
         const MediaAsset asset = probed(picture(rate, step).timecode(counter), "counted.mov");
         EXPECT_NEAR(asset.projectFrameRate.value_or(0), double(rate) / step, 1e-9) << "the picture's rate";

@@ -39,7 +39,7 @@ struct Picture {
 
     Picture(const MediaAsset& video, const ExportSettings& settings)
         : fps(clipRate(video, settings)), start(pictureStartTime(video, fps).value_or(Time::zero())),
-          duration(durationTime(video.durationSeconds, fps).value_or(fallbackDuration(fps))),
+          duration(pictureDuration(video, fps).value_or(fallbackDuration(fps))),
           tcFormat(FCPXMLExporter::tcFormat(video, fps)) {}
 };
 
@@ -101,7 +101,8 @@ Time trimmedDuration(const SyncGroup& group, const Picture& picture, const Expor
         for (const AudioMatch& match : group.audioMatches)
             seconds = std::max(seconds, match.audio->durationSeconds.value_or(0));
     }
-    return durationTime(seconds, picture.fps).value_or(picture.duration);
+    const auto trimmed = durationTime(seconds, picture.fps);
+    return trimmed && Time::zero() < *trimmed ? *trimmed : picture.duration;
 }
 
 bool holdsKey(const std::vector<MetadataItem>& items, std::string_view key) {

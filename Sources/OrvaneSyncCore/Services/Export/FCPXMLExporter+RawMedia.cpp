@@ -54,7 +54,7 @@ AssetClip rawVideoAssetClip(const SyncGroup& group,
     const MediaAsset& video = group.video;
     const double fps = clipRate(video, settings);
     const Time start = pictureStartTime(video, fps).value_or(Time::zero());
-    const Time duration = durationTime(video.durationSeconds, fps).value_or(fallbackDuration(fps));
+    const Time duration = pictureDuration(video, fps).value_or(fallbackDuration(fps));
     std::string assetID;
     if (const auto known = videoAssetIDByGroup.find(group.id); known != videoAssetIDByGroup.end()) {
         assetID = known->second;

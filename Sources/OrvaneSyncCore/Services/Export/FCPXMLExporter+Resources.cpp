@@ -27,7 +27,7 @@ Asset videoAsset(const MediaAsset& video, std::string id, std::string formatID,
     asset.videoSources = 1;
     const double fps = clipRate(video, settings);
     asset.start = pictureStartTime(video, fps);
-    asset.duration = durationTime(video.durationSeconds, fps);
+    asset.duration = pictureDuration(video, fps);
     setMedia(asset, video.url, settings);
     return asset;
 }

@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Timecode/ExactRate.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace orvane::FCPXMLExporter {
@@ -63,6 +64,11 @@ Time frameDurationTime(double fps) { return framesTime(1, orFallback(fps)); }
 std::optional<Time> durationTime(std::optional<double> seconds, double fps) {
     if (!seconds || !(*seconds > 0)) return std::nullopt;
     return wholeFrames(*seconds, orFallback(fps));
+}
+
+std::optional<Time> pictureDuration(const MediaAsset& video, double fps) {
+    const auto duration = durationTime(video.durationSeconds, fps);
+    return duration ? std::optional(std::max(*duration, frameDurationTime(fps))) : std::nullopt;
 }
 
 std::optional<Time> timecodeToTime(const std::optional<std::string>& text, double fps,
@@ -136,12 +142,23 @@ double movedSeconds(const MediaAsset& video, const AudioMatch& match, const Matc
     return moved;
 }
 
+/// From the moment that the picture's label counts, which may lie between two frames of its rate, to the
+/// frame on which the picture is put.
+Time pictureShift(const MediaAsset& video, double fps) {
+    const TimecodeFrameRate counted =
+        video.timecodeFrameRate.value_or(TimecodeUtils::frameRate(exactRateValue(orFallback(fps))));
+    const auto label = timecodeToTime(video.startTimecodeString,
+                                      timecodeRate::frameRateForRealTimeCalculation(counted), counted);
+    const auto start = pictureStartTime(video, fps);
+    return label && start ? *start - *label : Time::zero();
+}
+
 } // namespace
 
 Time audioPlaceTime(const SyncGroup& group, const AudioMatch& match, double fps,
                     const ExportSettings& settings) {
     if (const auto own = audioStartTime(match.audio))
-        return *own +
+        return *own + pictureShift(group.video, fps) +
                wholeSamples(movedSeconds(group.video, match, settings.matchRules), audioRate(match.audio))
                    .value_or(Time::zero());
     return pictureStartTime(group.video, fps).value_or(Time::zero()) +
@@ -155,7 +172,8 @@ std::optional<Time> soundDuration(std::optional<double> seconds, int sampleRate)
 
 Time soundLength(const std::optional<Time>& duration, double fps) {
     if (!duration) return fallbackDuration(fps);
-    return duration->toFrame(frameDurationTime(fps), FrameSampling::floor);
+    const Time frames = duration->toFrame(frameDurationTime(fps), FrameSampling::floor);
+    return Time::zero() < frames ? frames : *duration;
 }
 
 bool isDropFrame(double fps) {

@@ -63,6 +63,8 @@ NamesByGroup exportClipNames(const SyncGroupList& groups, const ExportSettings& 
 fcpxml::Time frameDurationTime(double fps);
 /// Nothing for an absent duration, one not above 0, and one beyond 2^53 frames.
 std::optional<fcpxml::Time> durationTime(std::optional<double> seconds, double fps);
+/// Of a picture, which has one frame at least: a file may state its length in thousandths of a second.
+std::optional<fcpxml::Time> pictureDuration(const MediaAsset& video, double fps);
 /// Nothing for an absent text and one that does not parse. `counted` is the rate of the timecode; absent:
 /// that of `fps`, fractional rates near 30 and 60 counting in drop frame.
 std::optional<fcpxml::Time> timecodeToTime(const std::optional<std::string>& text, double fps,
@@ -77,15 +79,15 @@ std::optional<fcpxml::Time> correctedPictureStartTime(const MediaAsset& video, d
 fcpxml::Time manualOffsetTime(double seconds, double fps);
 /// Exact to the sample where the file has a time reference.
 std::optional<fcpxml::Time> audioStartTime(const MediaAsset& asset);
-/// Where the first sample lies on the clip's axis, without manual and global offset: at the recording's own
-/// start, moved as matching moved it (by a day across midnight, by a correction), else by the sync offset, to
-/// the sample, from the start of the picture.
+/// Where the first sample lies on the clip's axis, without manual and global offset: as far behind the start
+/// of the picture as the recording's own start lies behind the picture's label, exactly, moved as matching
+/// moved it (by a day across midnight, by a correction); else by the sync offset, to the sample.
 fcpxml::Time audioPlaceTime(const SyncGroup& group, const AudioMatch& match, double fps,
                             const ExportSettings& settings);
 /// All samples of a file of sound, exactly. Nothing for an absent duration and one not above 0.
 std::optional<fcpxml::Time> soundDuration(std::optional<double> seconds, int sampleRate);
 /// What a clip takes of a sound asset of that duration: its whole frames, so that no clip ends behind its
-/// asset.
+/// asset; all of what is shorter than a frame, so that none has no length.
 fcpxml::Time soundLength(const std::optional<fcpxml::Time>& duration, double fps);
 /// 29.97 and 59.94, by the rate alone.
 bool isDropFrame(double fps);

@@ -42,7 +42,9 @@ bool takeCounted(MediaAsset& asset, const platform::CountedTimecode& counted) {
 }
 
 void countPictures(MediaAsset& asset, bool isConfirmed) {
-    constexpr double sameSpeed = 0.002; // relative; 24 and 23.976 differ by half of it
+    // Relative. 24 and 23.976 differ by half of the first; up to the second a clip is not off speed, and no
+    // camera that says at which rate it is to be shown has told another one.
+    const double sameSpeed = isConfirmed ? 0.002 : 0.05;
     const auto &stated = asset.projectFrameRate, &picture = asset.frameRate;
     if (!stated || !picture || !(*stated > 0)) return;
     // A rate that is none of timecode's is a mean, and its pictures come at no steady pace.

@@ -26,6 +26,7 @@ TEST(ProxyFiles, LieInAFolderForThemAndAreSmallCopies) {
         {"in a folder for proxies", picture("CARD/Proxy/A001C001.MOV"), true},
         {"whatever the case, of another container", picture("CARD/PROXIES/day/a001c001.mp4"), true},
         {"in a tree of their own", picture("sub/CARD/A001C001.MOV"), true},
+        {"in a folder with more to its name", picture("CARD/Day1 Proxies 1-2/A001C001.MOV"), true},
         {"the number of an XAVC proxy", picture("CARD/Sub/A001C001S03.MP4"), true},
         {"an ending", picture("CARD/LRV/A001C001_Proxy.mov"), true},
         {"a frame late and short", picture("CARD/Proxy/A001C001.MOV", "10:00:00:01", 9.96), true},

@@ -233,6 +233,11 @@ TEST(SyncEngine, aRecordingInPartsCountsAsOne) {
         one.names.push_back(one.status.label());
         EXPECT_EQ(list(matched(video("A.mov"), one.others)), one.names) << one.name;
     }
+    const std::vector<MediaAsset> lost{parts[0], by("A", audio("T_3.wav", "10:00:25:00", 35)),
+                                       by("B", audio("B.wav", "10:00:05:00", 40))};
+    EXPECT_EQ(list(matched(video("A.mov"), lost)),
+              (Names{"T_3.wav", "T_1.wav", "B.wav", MatchStatus::matched().label()}))
+        << "the part between two others was lost";
 }
 
 TEST(SyncEngine, readsThePartsOfARecordingAtOneRate) {

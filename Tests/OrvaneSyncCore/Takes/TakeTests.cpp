@@ -79,6 +79,10 @@ TEST(Take, rolesAndRunningNumbers) {
          "REC_0001S1.WAV channel 1 @0, REC_0001S2.WAV channel 2 @0, REC_0002S3.WAV alternate 3 @0, "
          "12S1.WAV alternate 4 @0",
          "Ambiguous (4)"},
+        {"as editing systems export them; a shot is none",
+         {{"S12T03.A1.WAV", 0, 60}, {"S12T03.A2.WAV", 0, 60}, {"S12_A3.WAV", 0, 60}},
+         "S12T03.A1.WAV channel 1 @0, S12T03.A2.WAV channel 2 @0, S12_A3.WAV alternate 3 @0",
+         "Matched"},
         {"named channels, one of them short",
          {{"T-CH1.WAV", 0, 60}, {"T-CH2.WAV", 0, 60}, {"T_Boom.WAV", 0, 20}, {"T.WAV", 0, 60, 2}},
          "T_Boom.WAV channel 1 @0, T-CH1.WAV channel 2 @0, T-CH2.WAV channel 3 @0, T.WAV channel 4-5 @0",

@@ -28,6 +28,11 @@ bool isChannelPiece(std::string_view piece) {
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
+bool isExportedChannel(std::string_view piece) {
+    return piece.size() > 1 && piece.size() <= 1 + mostDigits && piece.front() == 'a' &&
+           std::ranges::all_of(piece.substr(1), isDigit);
+}
+
 /// Where the channel begins that stands straight behind the number of the take, as in "0001s12"; the end
 /// where there is none. Fewer digits may be a scene, and "12s1" a shot of it.
 std::size_t channelBehindNumber(std::string_view piece) {
@@ -61,6 +66,10 @@ ChannelName::ChannelName(const MediaAsset& recording) {
         pieces_.push_back({std::string(name), isChannelPiece(name)});
         if (!behind.empty()) pieces_.push_back({std::string(behind), true});
     }
+    // What editing systems export has the channel behind a point: "T03.A1". Elsewhere "A1" may be a shot.
+    if (pieces_.size() > 1 && isExportedChannel(pieces_.back().text) &&
+        whole.ends_with("." + pieces_.back().text))
+        pieces_.back().namesChannel = true;
     if (!recording.ixmlData) return;
     // A recorder may put the name that was given to the track behind that of the take.
     for (const IXMLTrack& track : recording.ixmlData->tracks) {

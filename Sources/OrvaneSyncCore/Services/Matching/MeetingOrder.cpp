@@ -59,20 +59,6 @@ Files filesOf(const TCRange& clip, const std::vector<Meeting>& meetings,
     return files;
 }
 
-/// How much of the clip lies under at least one of the ranges.
-double coveredSeconds(const TCRange& clip, std::vector<TCRange> ranges) {
-    std::ranges::sort(ranges, {}, &TCRange::startSeconds);
-    double covered = 0, from = clip.startSeconds;
-    for (const TCRange& range : ranges) {
-        const double start = std::max(range.startSeconds, from),
-                     end = std::min(range.endSeconds, clip.endSeconds);
-        if (!(end > start)) continue;
-        covered += end - start;
-        from = end;
-    }
-    return covered;
-}
-
 /// Files that all have a moment in common follow one another nowhere: most of what meets one clip.
 bool mayAdjoin(const RecordingParts& parts) {
     double lastStart = parts.front().range().startSeconds, firstEnd = parts.front().range().endSeconds;
@@ -83,7 +69,8 @@ bool mayAdjoin(const RecordingParts& parts) {
     return lastStart + adjoiningSeconds >= firstEnd;
 }
 
-/// By file, whether another one begins where it ends or ends where it begins.
+/// By file, whether another one begins where it ends or ends where it begins, or continues it behind a part
+/// that was lost.
 std::vector<bool> adjoining(const std::vector<Candidate>& files) {
     std::vector<bool> result(files.size(), false);
     std::vector<std::size_t> byStart(files.size());
@@ -93,8 +80,11 @@ std::vector<bool> adjoining(const std::vector<Candidate>& files) {
     for (std::size_t i = 0; i < files.size(); ++i) {
         const double end = files[i].range.endSeconds;
         auto next = std::ranges::lower_bound(byStart, end - adjoiningSeconds, {}, startOf);
-        for (; next != byStart.end() && startOf(*next) <= end + adjoiningSeconds; ++next)
-            if (*next != i) result[i] = result[*next] = true;
+        for (; next != byStart.end() && startOf(*next) <= end + SplitRecordingDetector::largestGapSeconds;
+             ++next)
+            if (*next != i && (startOf(*next) <= end + adjoiningSeconds ||
+                               SplitRecordingDetector::mayContinue(*files[i].audio, *files[*next].audio)))
+                result[i] = result[*next] = true;
     }
     return result;
 }
@@ -177,6 +167,19 @@ bool isInDoubt(const std::vector<Contender>& contenders, const std::vector<Candi
 }
 
 } // namespace
+
+double coveredSeconds(const TCRange& clip, std::vector<TCRange> ranges) {
+    std::ranges::sort(ranges, {}, &TCRange::startSeconds);
+    double covered = 0, from = clip.startSeconds;
+    for (const TCRange& range : ranges) {
+        const double start = std::max(range.startSeconds, from),
+                     end = std::min(range.endSeconds, clip.endSeconds);
+        if (!(end > start)) continue;
+        covered += end - start;
+        from = end;
+    }
+    return covered;
+}
 
 MatchStatus rankMeetings(const TCRange& clip, std::vector<Meeting>& meetings,
                          const std::vector<Recording>& recordings) {

@@ -20,4 +20,7 @@ namespace orvane {
 MatchStatus rankMeetings(const SyncEngine::TCRange& clip, std::vector<Meeting>& meetings,
                          const std::vector<Recording>& recordings);
 
+/// How much of the clip lies under at least one of the ranges, in seconds.
+double coveredSeconds(const SyncEngine::TCRange& clip, std::vector<SyncEngine::TCRange> ranges);
+
 } // namespace orvane

@@ -20,10 +20,10 @@ namespace {
 
 /// Lower case. What cameras, recorders and ingest programs call such folders: "Sub" is that of XDCAM and XAVC
 /// cards, "LRV" and "THMBNL" hold low-resolution files and thumbnails of action cameras and camcorders.
-constexpr std::array<std::string_view, 17> folderNamesOfProxies{
-    "proxy",       "proxies", "proxyfiles", "proxy files", "proxymedia", "proxy media",
-    "proxy_media", "_proxy",  "prxy",       "sub",         "lrv",        "thmbnl",
-    "lowres",      "low-res", "low_res",    "low res",     "offline"};
+constexpr std::array<std::string_view, 9> folderNamesOfProxies{
+    "prxy", "sub", "lrv", "thmbnl", "lowres", "low-res", "low_res", "low res", "offline"};
+/// Such as "01_PROXY", "Day1 Proxies" and "ProRes_Proxy". The other words occur in names of units and places.
+constexpr std::array<std::string_view, 2> wordsOfProxies{"proxy", "proxies"};
 
 /// Behind the name of the original, lower case.
 constexpr std::array<std::string_view, 5> proxyEndings{"_proxy", "-proxy", " proxy", "_prxy", "_lrv"};
@@ -113,7 +113,9 @@ class Originals {
 
 bool isProxyFolder(std::string_view name) {
     const std::string lower = platform::text::lowercased(name);
-    return std::ranges::find(folderNamesOfProxies, lower) != folderNamesOfProxies.end();
+    return std::ranges::find(folderNamesOfProxies, lower) != folderNamesOfProxies.end() ||
+           std::ranges::any_of(wordsOfProxies,
+                               [&](std::string_view word) { return lower.find(word) != std::string::npos; });
 }
 
 std::vector<ProxyFile> takeOut(std::vector<MediaAsset>& videos) {

@@ -209,8 +209,6 @@ void printPlaying(Bench& bench, const std::string& path) {
     const double floor = coreSeconds() - before;
     const auto player = bench.load(path);
     bench.seek(*player, {});
-    bench.wait(
-        0.5); // as somebody who sees it and plays: its first pictures take three times as long as they last
     before = coreSeconds();
     player->setRate(1);
     MemoryWatch memory;

@@ -23,6 +23,9 @@ constexpr double highestRate = 32;
 constexpr double usualRate = 25;
 /// From there on a report comes less often than at each picture: screens show no more.
 constexpr double mostReports = 120; ///< a second
+/// A start waits no longer for its first pictures: where decoding is slower than playing, more of them would
+/// not help.
+constexpr std::chrono::milliseconds longestStart{400};
 /// What is compared with the start of a picture is behind it by that much: it was brought to a frame of the
 /// output.
 constexpr MediaTime slack{1, 100'000};
@@ -105,12 +108,15 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
     // The transport.
 
     MediaTime currentTime() const { return within(position(host_->mixer().heardFrame())); }
-    double rate() const { return motion_.rate; }
+    double rate() const { return startsAt_ != 0 ? startsAt_ : motion_.rate; }
 
     void setRate(double rate) {
         if (!isLoaded_) return;
         rate = std::isfinite(rate) ? std::clamp(rate, -highestRate, highestRate) : 0;
-        if (rate == motion_.rate) return;
+        if (rate == this->rate()) return;
+        const bool stoodStill = motion_.rate == 0;
+        endStart();
+        if (stoodStill && needsStart(rate)) return beginStart(rate);
         if (rate == 0) {
             const MediaTime now = currentTime();
             return move({0, now, 0});
@@ -124,6 +130,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         rate = std::isfinite(rate) ? std::clamp(rate, -highestRate, highestRate) : 0;
         time = within(time);
         abandonSeek();
+        endStart();
         if (rate == 0) {
             move({0, time, 0});
         } else {
@@ -141,11 +148,13 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         time = within(time);
         abandonSeek();
         completed_ = std::move(completed);
-        const double rate = motion_.rate;
+        const double rate = motion_.rate, startsAt = startsAt_;
+        endStart();
         motion_ = {};
         move({rate, time, rate == 0 ? 0 : host_->earliestStart()});
         isSeeking_ = true;
         seekPicture(time);
+        if (startsAt != 0) beginStart(startsAt);
         if (picture_) return;
         // Nothing to wait for; its caller goes on first.
         host_->mainThread().post([weak = weak_from_this(), number = seekNumber_] {
@@ -235,7 +244,9 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
                 std::move(decoder),
                 [weak = weak_from_this(), main = host_->sharedMainThread()](PictureTrack::Report report) {
                     main->post([weak, report] {
-                        if (const auto self = weak.lock()) self->seekDone(report);
+                        const auto self = weak.lock();
+                        if (self && report.canStart) return self->start();
+                        if (self) self->seekDone(report);
                     });
                 });
             picture_->setLimit(limit_);
@@ -298,6 +309,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         if (timer_) timer_->cancel();
         timer_.reset();
         activity_.reset();
+        endStart();
         abandonSeek();
         isSeeking_ = isRefreshing_ = false;
         dropSound();
@@ -330,6 +342,29 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
             showPicture(motion.time);
         }
         schedule();
+    }
+
+    // Starting. The clip stands at its moment, and sound with it, until the first pictures are there.
+
+    bool needsStart(double rate) const {
+        return picture_ && host_->runsByItself() && rate > 0 && rate < PictureTrack::keyPicturesFromRate &&
+               motion_.time < end();
+    }
+    void beginStart(double rate) {
+        startsAt_ = rate;
+        startLimit_ = host_->mainThread().after(longestStart, [weak = weak_from_this()] {
+            if (const auto self = weak.lock()) self->start();
+        });
+        picture_->getReady(motion_.time, rate);
+    }
+    void start() {
+        const double rate = startsAt_;
+        endStart();
+        if (rate != 0) move({rate, motion_.time, host_->earliestStart()});
+    }
+    void endStart() {
+        startsAt_ = 0;
+        if (const auto limit = std::exchange(startLimit_, nullptr)) limit->cancel();
     }
 
     void tellSound() {
@@ -470,6 +505,8 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
     Motion motion_;
     Motion previous_; ///< until `motion_` begins; of rate 0 where there is none
     std::shared_ptr<Timer> timer_;
+    double startsAt_ = 0; ///< the rate that is waited with; 0: no start is under way
+    std::shared_ptr<Timer> startLimit_;
     std::optional<PlaybackActivity> activity_;
 
     std::uint64_t seekNumber_ = 0;

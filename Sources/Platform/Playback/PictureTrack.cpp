@@ -22,7 +22,8 @@ constexpr std::size_t mostPictures = 120;
 constexpr std::size_t picturesAhead = 12;
 constexpr std::size_t mostPicturesAhead = 36;
 constexpr std::size_t bytesAhead = std::size_t{24} << 20U;
-/// The same on both sides at rest.
+/// The same on both sides at rest. With those that come, a start gets over the first pictures behind a seek,
+/// which take longer than they last.
 constexpr std::size_t picturesAheadAtRest = 4;
 constexpr std::size_t picturesBehindAtRest = 6;
 /// At rest, before pictures are decoded that nobody has asked for.
@@ -76,7 +77,7 @@ void PictureTrack::seek(MediaTime time, std::uint64_t number) {
             if (wish_) stopWork();
             wish_.reset();
             ++version_;
-            report = {servedSeek_ = number, true};
+            report = {servedSeek_ = number, true, false};
         } else {
             stopWork();
             wish_ = Wish{time, false, number};
@@ -100,12 +101,23 @@ void PictureTrack::run(MediaTime now, double rate) {
         if (isKeys && std::abs(rate_) < keyPicturesFromRate) dropPictures();
         now_ = now;
         rate_ = rate;
+        isGettingReady_ = false;
         ++version_;
         if (isTurn && !wish_) work_.request_stop();
         if (rate >= 0 && reduced_) dropPictures();
         // Only the newest moment counts for key pictures; the seek under way goes first.
         if (isKeys && (!wish_ || wish_->seek == 0)) wish_ = Wish{now, true, 0};
         evict();
+    }
+    changed_.notify_all();
+}
+
+void PictureTrack::getReady(MediaTime now, double rate) {
+    run(now, rate);
+    {
+        const std::lock_guard lock(mutex_);
+        isGettingReady_ = true;
+        ++version_;
     }
     changed_.notify_all();
 }
@@ -207,16 +219,38 @@ bool PictureTrack::isFollowing(const Picture& first, const Picture& second) cons
     return second.time <= first.time + first.duration + roundingSlack;
 }
 
+/// How many follow without a gap; `last` becomes the last of them.
+std::size_t PictureTrack::followers(Cache::const_iterator& last) const {
+    std::size_t count = 0;
+    for (auto next = std::next(last); next != cache_.end() && isFollowing(last->second, next->second);
+         ++next) {
+        last = next;
+        ++count;
+    }
+    return count;
+}
+
+bool PictureTrack::canStart() const {
+    if (wish_) return false;
+    if (nextJob().kind == Kind::none) return true; // the end, or nothing that can be decoded
+    auto last = covering(now_);
+    return last != cache_.end() && followers(last) >= picturesAheadAtRest;
+}
+
+void PictureTrack::reportStart(std::unique_lock<std::mutex>& lock) {
+    if (!isGettingReady_ || !canStart()) return;
+    isGettingReady_ = false;
+    const Report report{servedSeek_, true, true};
+    lock.unlock();
+    report_(report);
+    lock.lock();
+}
+
 PictureTrack::Job PictureTrack::forwardJob(std::size_t wanted) const {
     const auto shown = covering(now_);
     if (shown == cache_.end()) return {Kind::at, now_ + roundingSlack, {}, false};
     auto last = shown;
-    std::size_t ahead = 0;
-    for (auto next = std::next(last); next != cache_.end() && isFollowing(last->second, next->second);
-         ++next) {
-        last = next;
-        ++ahead;
-    }
+    const std::size_t ahead = followers(last);
     const MediaTime behind = last->second.time + last->second.duration;
     if (ahead >= std::min(wanted, capacity() - 1) || behind >= end_.value_or(facts_.duration)) return {};
     if (decodedTo_ == last->first) return {Kind::next, {}, {}, false};
@@ -260,6 +294,7 @@ PictureTrack::Job PictureTrack::nextJob() const {
 void PictureTrack::serve(const std::stop_token& stop) {
     std::unique_lock lock(mutex_);
     while (!stop.stop_requested()) {
+        reportStart(lock);
         const std::uint64_t seen = version_;
         const auto isChanged = [&] { return version_ != seen; };
         const Job job = nextJob();
@@ -357,7 +392,7 @@ VideoDecoder::Outcome PictureTrack::decode(const Job& job, std::unique_lock<std:
 void PictureTrack::finish(const Wish& wish, bool hasPicture, std::unique_lock<std::mutex>& lock) {
     const auto isNewest = [&] { return wish_ && wish_->seek == wish.seek && wish_->time == wish.time; };
     if (!isNewest()) return;
-    const Report report{wish.seek != 0 ? wish.seek : servedSeek_, hasPicture};
+    const Report report{wish.seek != 0 ? wish.seek : servedSeek_, hasPicture, false};
     // Who waits for it finds the report on its way.
     lock.unlock();
     report_(report);

@@ -25,6 +25,7 @@ class PictureTrack {
     struct Report {
         std::uint64_t served = 0; ///< the newest seek that is done
         bool hasPicture = false;  ///< the moment of that seek has one
+        bool canStart = false;    ///< what `getReady` waits for is there
     };
     /// `report` is called on the track's thread when a seek is done and when a picture came in at rest.
     PictureTrack(std::unique_ptr<VideoDecoder> decoder, std::function<void(Report)> report);
@@ -36,6 +37,9 @@ class PictureTrack {
     void seek(MediaTime time, std::uint64_t number);
     /// Time has come to `now`, and goes on at `rate` (signed).
     void run(MediaTime now, double rate);
+    /// Decodes what a start at this moment shows first, for playing forward at `rate`, while time stands
+    /// still. A report says when it is there, or when nothing more comes.
+    void getReady(MediaTime now, double rate);
     /// Pictures from here on are no larger; those in another size are dropped and decoded again.
     void setLimit(PictureSize limit);
     /// What is shown at that moment: the newest picture at or before it that is there; in reverse one behind
@@ -75,6 +79,9 @@ class PictureTrack {
     Cache::const_iterator covering(MediaTime time) const;
     std::size_t capacity() const;
     std::size_t ahead() const;
+    std::size_t followers(Cache::const_iterator& last) const;
+    bool canStart() const;
+    void reportStart(std::unique_lock<std::mutex>& lock);
     bool isFirst(const Picture& picture) const;
     bool isFollowing(const Picture& first, const Picture& second) const;
     MediaTime pictureLength() const;
@@ -102,6 +109,7 @@ class PictureTrack {
     std::optional<MediaTime> decodedTo_; ///< the picture behind which the decoder stands
     std::optional<MediaTime> first_;     ///< the first picture that can be decoded
     std::optional<MediaTime> end_;
+    bool isGettingReady_ = false;
     Kind job_ = Kind::none; ///< under way
     int failures_ = 0;      ///< in a row
     std::stop_source work_; ///< of the job under way

@@ -32,6 +32,8 @@ class PlayerHost {
     double sampleRate() const { return mixer_->sampleRate(); }
     void add(std::weak_ptr<HostedPlayer> player) { players_.push_back(std::move(player)); }
 
+    /// Whether time goes on while pictures are decoded, so that a start has to wait for the first ones.
+    virtual bool runsByItself() const = 0;
     /// The first frame from which a change can be heard in full.
     virtual std::int64_t earliestStart() const = 0;
     /// Runs the work once this frame is heard.

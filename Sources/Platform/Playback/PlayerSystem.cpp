@@ -25,6 +25,7 @@ class LiveHost final : public PlayerHost {
              std::unique_ptr<AudioOutput> output)
         : PlayerHost(mainThread, Mixer::create(std::move(output), mainThread)), clock_(std::move(clock)) {}
 
+    bool runsByItself() const override { return true; }
     std::int64_t earliestStart() const override {
         constexpr double toReadAhead = 0.03; // seconds
         return mixer_->renderedFrames() + std::llround(toReadAhead * sampleRate());
@@ -80,6 +81,7 @@ class PulledHost final : public PlayerHost, public std::enable_shared_from_this<
                ManualAudioOutput& output)
         : PlayerHost(std::move(mainThread), std::move(mixer)), output_(output) {}
 
+    bool runsByItself() const override { return false; }
     std::int64_t earliestStart() const override { return mixer_->renderedFrames(); }
     std::shared_ptr<Timer> atFrame(std::int64_t frame, std::function<void()> work) override {
         auto timer = std::make_shared<Due>(std::move(work));

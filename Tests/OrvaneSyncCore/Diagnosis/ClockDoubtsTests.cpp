@@ -101,6 +101,26 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
                          : "none")
             << ahead;
     }
+    const auto setBack = [](MediaAsset& audio, double seconds) {
+        *audio.bextTimeReference -= samples(seconds);
+        audio.url.path = "/S/" + audio.filename;
+    };
+    Shot flat, half, beside; // a clock that began anew, one that was set right, one of a second recorder
+    for (Shot* shot : {&flat, &half, &beside}) takes(*shot, "2024-05-17", 9, "A", 0);
+    for (MediaAsset& audio : flat.audios) setBack(audio, 32000);
+    flat.date(flat.audios, "2000-01-01");
+    EXPECT_EQ(cureOf(flat).find("--sound-date 2024-05-17 --sound-offset 08:53:20:00; then"), 0U)
+        << cureOf(flat);
+    for (std::size_t i = 0; i < half.audios.size(); ++i) setBack(half.audios[i], i < 5 ? 7 * hour : 0);
+    EXPECT_EQ(cureOf(half), "--sound-offset 07:00:00:00 in a scan of these recordings alone (put links to "
+                            "them into a folder of their own)");
+    for (int i = 0; i < 12; ++i) {
+        const double start =
+            static_cast<double>(*beside.audios[static_cast<std::size_t>(i)].bextTimeReference) / 48000;
+        beside.audios.push_back(recordingAt("/S/BAG/" + std::to_string(i) + ".wav", start - hour, 80));
+    }
+    beside.date(beside.audios, "2024-05-17");
+    EXPECT_EQ(cureOf(beside), "--sound-offset 01:00:00:00 in a scan of this card alone (--exclude 'A')");
     takes(film, nullptr, 9, "A", 1);
     for (MediaAsset& video : film.videos) {
         const double start = TimecodeUtils::tcToSeconds(*video.startTimecodeString, 25);
@@ -246,6 +266,18 @@ TEST(ClockDoubts, FindsARateAndADate) {
         dated.diagnose({.soundDay = dayNumber(*dateFromISO8601(given))});
         EXPECT_FALSE(dated.card(Kind::otherDateFits)) << given << " serves all clips";
     }
+
+    Shot ahead; // a second camera's date is wrong, beside one whose date is right
+    shootADay(ahead, random, 8, "1");
+    for (std::size_t i = 0; i < 8; ++i) {
+        const double start = TimecodeUtils::tcToSeconds(*ahead.videos[i].startTimecodeString, 25);
+        ahead.videos.push_back(clipAt("/B/B" + std::to_string(i) + ".mov", start + 1, 10));
+    }
+    ahead.date(ahead.audios, "2024-05-17");
+    ahead.date(ahead.videos, "2024-05-17");
+    ahead.date(ahead.videos, "2024-05-18", 8);
+    ahead.diagnose({.days = MatchingDays::same});
+    EXPECT_EQ(ahead.count(Kind::otherDateFits), 8);
 
     Shot nights; // each began before midnight, and its day is asked for alone
     for (int night = 0; night < 3; ++night) {

@@ -1,6 +1,8 @@
 #include "OrvaneSyncCore/Models/Settings.h"
-#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+#include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
+#include "OrvaneSyncCore/Services/Matching/MeetingOrder.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
+#include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Stop.h"
@@ -10,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <utility>
 
 namespace orvane {
@@ -25,6 +28,7 @@ constexpr double cutSeconds = 0.5;
 constexpr double smallestGapSeconds = 0.1;
 constexpr double louderDB = 12;
 constexpr double ambiguityShare = 0.5; // of the best overlap, as matching has it
+constexpr double equalShare = 0.9;     // of what the take covers
 constexpr float someSpeech = 0.1F;     // share of the windows
 
 // Drop frame keeps to the clock but for a few frames a day.
@@ -55,6 +59,11 @@ class ClipDoubts {
         : shoot_(shoot), clip_(clip), group_(*clip.group), name_(shoot.nameOf(clip.group->video)),
           take_(takeOf(*clip.group, assumedChannels)) {}
 
+    /// Two recorders that ran as long: which one comes first is decided by their folders' names.
+    std::vector<SyncDoubt> rivals() {
+        equalRecordings();
+        return std::move(doubts_);
+    }
     std::vector<SyncDoubt> all() {
         labelOutsideOfRate(group_.video);
         if (group_.isMOS()) return std::move(doubts_);
@@ -103,7 +112,7 @@ class ClipDoubts {
         if (group_.matchStatus.kind != MatchStatus::Kind::manual || !clip_.place || !clip_.primary)
             return false;
         if (clip_.place->day && shoot_.recordings[*clip_.primary].place.day) return false;
-        const double least = group_.audioMatches.front().overlapDurationSeconds * ambiguityShare;
+        const double least = heardSeconds(group_, take_) * ambiguityShare;
         return std::ranges::any_of(take_.files, [&](const TakeFile& file) {
             return file.role == TakeRole::alternate &&
                    group_.audioMatches[file.matchIndex].overlapDurationSeconds < least;
@@ -126,6 +135,49 @@ class ClipDoubts {
             isSettled
                 ? "take off what does not belong to it, or lock the clip"
                 : "choose in the table of 'scan --review', or take the first of each with --choose first");
+    }
+
+    /// What another recorder has in common with the clip, all of its files together, by folder.
+    std::map<std::string_view, std::vector<const AudioMatch*>> alternates() const {
+        std::map<std::string_view, std::vector<const AudioMatch*>> byFolder;
+        const auto candidate = [](const AudioMatch& match) {
+            const double start = match.syncOffsetSeconds;
+            return TakeMembership::Candidate{&*match.audio,
+                                             {start, start + match.audio->durationSeconds.value_or(0)}};
+        };
+        for (const TakeFile& file : take_.files) {
+            const AudioMatch& match = group_.audioMatches[file.matchIndex];
+            const auto isCopyOf = [&](const AudioMatch& other) {
+                return TakeMembership::isCutShort(candidate(match), candidate(other));
+            };
+            if (file.role == TakeRole::alternate && std::ranges::none_of(group_.audioMatches, isCopyOf))
+                byFolder[folderOf(*match.audio)].push_back(&match);
+        }
+        return byFolder;
+    }
+    void equalRecordings() {
+        const double least = heardSeconds(group_, take_) * equalShare;
+        const AudioMatch& first = group_.audioMatches.front();
+        const SyncEngine::TCRange heard{std::max(take_.offsetSeconds, 0.0),
+                                        std::min(take_.offsetSeconds + take_.durationSeconds, length())};
+        for (const auto& [folder, matches] : alternates()) {
+            std::vector<SyncEngine::TCRange> ranges;
+            for (const AudioMatch* match : matches) {
+                const double start = std::max(match->syncOffsetSeconds, 0.0);
+                ranges.push_back({start, start + match->overlapDurationSeconds});
+            }
+            if (coveredSeconds(heard, std::move(ranges)) < least) continue;
+            const auto names =
+                namesBeside(std::string(folderOf(*first.audio)), {matches.front()->audio->url.path});
+            add(Kind::ambiguous,
+                shoot_.nameOf(*first.audio) + " and " + shoot_.nameOf(*matches.front()->audio) +
+                    " lie under as much of " + name_ +
+                    ", neither is clearly best, and the first one is heard",
+                "choose in the table of 'scan --review', or lock the clips" +
+                    (names.empty() ? ""
+                                   : "; --exclude '" + names.front() + "' leaves the other recorder out"));
+            return;
+        }
     }
 
     /// Only what both files say of themselves counts.
@@ -191,7 +243,8 @@ class ClipDoubts {
         if (shoot_.input.trimMode != TrimMode::commonDuration || group_.video.isOffspeed()) return;
         const double picture = group_.video.durationSeconds.value_or(0);
         const double cut = picture - take_.durationSeconds;
-        if (take_.durationSeconds <= 0 || cut < cutSeconds) return;
+        // To less than a frame nothing is cut.
+        if (take_.durationSeconds * group_.video.frameRate.value_or(25) < 1 || cut < cutSeconds) return;
         add(Kind::cutByTrim,
             name_ + " is cut from " + formatted("%.1f s", picture) + formatted(" to %.1f s,", picture - cut) +
                 " the length of its sound, counted from the picture's start",
@@ -270,18 +323,35 @@ class ClipDoubts {
     std::vector<SyncDoubt> doubts_;
 };
 
-} // namespace
-
-void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts) {
+template <class DoubtsOf>
+void addFromEachClip(SyncDoubts& doubts, const Shoot& shoot, const DoubtsOf& doubtsOf) {
     platform::StopCheck check(shoot.stop);
     for (const Shoot::Clip& clip : shoot.clips) {
         check();
         if (clip.group->isExcludedFromExport) continue;
-        auto own = ClipDoubts(shoot, clip).all();
-        if (own.empty()) continue;
-        auto& all = doubts.byGroup[clip.group->id];
-        std::ranges::move(own, std::back_inserter(all));
+        auto own = doubtsOf(clip);
+        if (!own.empty()) std::ranges::move(own, std::back_inserter(doubts.byGroup[clip.group->id]));
     }
+}
+
+} // namespace
+
+void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts) {
+    addFromEachClip(doubts, shoot, [&](const Shoot::Clip& clip) { return ClipDoubts(shoot, clip).all(); });
+}
+
+void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts) {
+    using enum Kind;
+    addFromEachClip(doubts, shoot, [&](const Shoot::Clip& clip) -> std::vector<SyncDoubt> {
+        const SyncGroup& group = *clip.group;
+        // Where the recording itself is in doubt, its rivals may be what is right.
+        if (group.audioMatches.size() < 2 || clip.isDecided || !group.matchStatus.isSettled() ||
+            group.matchStatus.kind == MatchStatus::Kind::manual ||
+            doubts.has(group.id,
+                       {otherDay, otherDateFits, constantOffset, timecodeRate, notTimeOfDay, ambiguous}))
+            return {};
+        return ClipDoubts(shoot, clip).rivals();
+    });
 }
 
 } // namespace orvane

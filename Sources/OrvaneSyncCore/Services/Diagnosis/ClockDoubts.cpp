@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetWindows.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
@@ -38,29 +39,19 @@ class ClockDoubts {
     ClockDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts)
         : shoot_(shoot), doubts_(doubts),
           rate_(shoot.input.rules.timecodeRate.value_or(rateOfMostClips(shoot.input.groups))),
-          clips_(clips.all), uncovered_(clips.uncovered), covers_(shoot.input.rules.days) {}
+          cure_(shoot, rate_), clips_(clips.all), uncovered_(clips.uncovered),
+          covers_(shoot.input.rules.days) {}
 
     void add() {
-        std::vector<bool> isRight(shoot_.recordings.size()); // it lies under all of a clip where it is
-        for (const Shoot::Clip* clip : clips_)
-            if (clip->isCovered && clip->primary) isRight[*clip->primary] = true;
-        std::vector<Card> wrong = cards();
-        std::erase_if(wrong, [&](const Card& card) {
-            const auto right =
-                std::ranges::count_if(card.files, [&](std::size_t file) { return isRight[file]; });
-            return std::cmp_greater(2 * right, card.files.size());
-        });
-        isSuspected_.assign(shoot_.recordings.size(), false);
-        for (const Card& card : wrong)
-            for (const std::size_t file : card.files) isSuspected_[file] = true;
-        for (const Card& card : wrong) {
-            platform::throwIfStopped(shoot_.stop);
-            offsetOf(card);
-        }
+        findSuspects();
+        for (const Suspect& one : suspects_)
+            if (!one.isPart) offsetOf(one);
         for (const Card& card : cardsOf(shoot_.clips)) {
             platform::throwIfStopped(shoot_.stop);
             offsetOfClips(card);
         }
+        for (const Suspect& one : suspects_)
+            if (one.isPart) offsetOf(one);
     }
 
     /// Takes at the same minutes of each hour fit a clock that is hours off as well as the right one, but for
@@ -83,6 +74,49 @@ class ClockDoubts {
     }
 
   private:
+    /// Recordings whose clock may be wrong.
+    struct Suspect {
+        Card card;
+        std::size_t all = 0;  ///< recordings of the card
+        bool isPart = false;  ///< those of a card that lie under no clip, where others lie right
+        bool isUnmet = false; ///< few lie under all of a clip, whatever else lies there
+    };
+    void findSuspects() {
+        const std::size_t count = shoot_.recordings.size();
+        std::vector<bool> isRight(count); // it lies under all of a clip where it is
+        std::vector<bool> isMet(count), isFitting(count);
+        for (const Shoot::Clip* clip : clips_)
+            if (clip->isCovered && clip->primary) isRight[*clip->primary] = true;
+        for (const Shoot::Clip& clip : shoot_.clips)
+            for (const AudioMatch& match : clip.group->audioMatches)
+                if (const auto found = shoot_.recordingByID.find(match.audio->id);
+                    found != shoot_.recordingByID.end()) {
+                    isMet[found->second] = true;
+                    if (clip.place && fits(match, clip.place->range.durationSeconds()))
+                        isFitting[found->second] = true;
+                }
+        isSuspected_.assign(count, false);
+        const auto isOf = [](const std::vector<bool>& those) {
+            return [&those](std::size_t file) { return those[file]; };
+        };
+        for (const Card& card : cards()) {
+            const auto& files = card.files;
+            const auto right = std::ranges::count_if(files, isOf(isRight));
+            if (std::cmp_greater_equal(files.size(), explanation::fewest) &&
+                std::cmp_less_equal(2 * right, files.size())) {
+                const auto fitting = std::ranges::count_if(files, isOf(isFitting));
+                suspects_.push_back(
+                    {card, files.size(), false, std::cmp_less_equal(3 * fitting, files.size())});
+                for (const std::size_t file : files) isSuspected_[file] = true;
+            }
+            // The clock may have been set anew among them.
+            Suspect part{card, files.size(), true};
+            std::erase_if(part.card.files, isOf(isMet));
+            if (std::cmp_greater_equal(right, explanation::fewest) &&
+                std::cmp_greater_equal(part.card.files.size(), explanation::fewest))
+                suspects_.push_back(std::move(part));
+        }
+    }
     /// What is in one folder and of one day, without the files that are copies or channels of others. Of
     /// recorders that make a folder for each take, what lies in one folder above. Clips of which none has a
     /// day meet the recordings of all days, which then make one card.
@@ -147,8 +181,13 @@ class ClockDoubts {
         const auto day = clip.likelyDay();
         return !card.day || !day || std::abs(*card.day - *day) <= 1;
     }
+    FilePlace placeOf(const Card& card, std::size_t file) const {
+        FilePlace place = shoot_.recordings[file].place;
+        if (place.day) *place.day += card.movedByDays;
+        return place;
+    }
     TCRange laid(const Card& card, std::size_t file) const {
-        const FilePlace& place = shoot_.recordings[file].place;
+        const FilePlace place = placeOf(card, file);
         return card.day ? onLine(place) : place.range;
     }
     /// Where the clip may lie among what `laid` gives; by the time of day, midnight may lie between the two.
@@ -187,19 +226,18 @@ class ClockDoubts {
         return OffsetWindow{first - coverSlackSeconds, last + coverSlackSeconds, number};
     }
 
-    /// What brings the recordings under the clips, where it is no chance. `expectedAt` gives, for an offset,
-    /// how many of the clips that are looked at ought to find sound.
+    /// What brings the recordings under the clips, where it is no chance, also as the best of so many tries.
+    /// `expectedAt` gives, for an offset, how many of the clips that are looked at ought to find sound.
     template <class ExpectedAt>
     std::optional<Claim> commonOffset(const std::vector<const Shoot::Clip*>& clips,
-                                      const std::vector<std::size_t>& files,
-                                      const ExpectedAt& expectedAt) const {
-        const std::size_t step = clips.size() * files.size() / mostPairs + 1;
+                                      const std::vector<FilePlace>& sounds, const ExpectedAt& expectedAt,
+                                      std::size_t tries = 1) const {
+        const std::size_t step = clips.size() * sounds.size() / mostPairs + 1;
         std::vector<OffsetWindow> windows;
         std::vector<const Shoot::Clip*> looked;
         for (std::size_t i = 0; i < clips.size(); i += step) {
-            for (const std::size_t file : files)
-                if (const auto window = windowOf(*clips[i], shoot_.recordings[file].place, looked.size()))
-                    windows.push_back(*window);
+            for (const FilePlace& sound : sounds)
+                if (const auto window = windowOf(*clips[i], sound, looked.size())) windows.push_back(*window);
             looked.push_back(clips[i]);
         }
         if (windows.empty()) return std::nullopt;
@@ -214,21 +252,69 @@ class ClockDoubts {
         if (std::abs(offset) > 1 && std::abs(std::remainder(offset, secondsADay)) <= 1) return std::nullopt;
         const auto byChance = chanceOf(windows, best);
         const double niceShare = isNice ? std::min(1.0, best.widthSeconds / niceStepSeconds) : 1;
-        if (byChance * niceShare > chance::smallest) return std::nullopt;
+        if (static_cast<double>(tries) * byChance * niceShare > chance::smallest) return std::nullopt;
         return Claim{offset, isNice ? 0 : best.widthSeconds};
     }
 
-    void offsetOf(const Card& card) {
+    /// By the clips that lack sound; recordings that lie under no clip at all may be those of a second
+    /// recorder, and of any day.
+    void offsetOf(const Suspect& one) {
+        platform::throwIfStopped(shoot_.stop);
+        if (offsetAmong(one, one.card, false) || one.isPart || !one.isUnmet) return;
+        if (offsetAmong(one, one.card, true) || !one.card.day) return;
+        std::vector<Card> tried = onOtherDays(one.card);
+        // Where the date alone is wrong, no hours are to be told.
+        if (std::ranges::any_of(tried, [&](const Card& card) { return fitsAsItIs(card); })) return;
+        for (const bool isForAll : {false, true})
+            for (const Card& card : tried)
+                if (offsetAmong(one, card, isForAll, tried.size())) return;
+    }
+    /// The card on the days of clips that it can't meet by its own, the nearest ones.
+    std::vector<Card> onOtherDays(const Card& card) const {
+        constexpr std::size_t mostDays = 8;
+        std::set<std::pair<long, long>> days; // by how far they are
+        for (const Shoot::Clip* clip : clips_)
+            if (const auto day = clip->likelyDay(); day && !mayMeet(card, *clip))
+                days.emplace(std::abs(*day - *card.day), *day);
+        std::vector<Card> tried;
+        for (const auto& [distance, day] : days) {
+            if (tried.size() == mostDays) break;
+            tried.push_back(card);
+            tried.back().movedByDays = day - *card.day;
+            tried.back().day = day;
+        }
+        return tried;
+    }
+    bool fitsAsItIs(const Card& card) const {
+        Cover sound;
+        for (const std::size_t file : card.files) sound.add(laid(card, file), file);
+        sound.finish();
+        std::set<std::size_t> used;
+        for (const Shoot::Clip* clip : clips_)
+            if (const auto found = mayMeet(card, *clip) ? cover(sound, card, *clip) : std::nullopt)
+                used.insert(*found);
+        return static_cast<double>(used.size()) >=
+               explanation::majority * static_cast<double>(card.files.size());
+    }
+    /// `isForAll`: for all clips, not for those alone that lack sound. Whether there is a doubt.
+    bool offsetAmong(const Suspect& one, const Card& card, bool isForAll, std::size_t tries = 1) {
         std::vector<const Shoot::Clip*> clips;
-        for (const Shoot::Clip* clip : uncovered_)
-            if (mayMeet(card, *clip)) clips.push_back(clip);
+        for (const Shoot::Clip* clip : isForAll ? clips_ : uncovered_)
+            if (mayMeet(card, *clip) && !(one.isPart && doubts_.has(clip->group->id, {Kind::constantOffset})))
+                clips.push_back(clip);
+        if (std::cmp_less(clips.size(), explanation::fewest)) return false;
+        std::vector<FilePlace> sounds;
+        for (const std::size_t file : card.files) sounds.push_back(placeOf(card, file));
         const auto claim = commonOffset(
-            clips, card.files, [&](double offset, const std::vector<const Shoot::Clip*>& looked) {
+            clips, sounds,
+            [&](double offset, const std::vector<const Shoot::Clip*>& looked) {
                 const TCRange hours = hoursOf(card, offset);
                 return std::ranges::count_if(
                     looked, [&](const Shoot::Clip* clip) { return isWithin(hours, card, *clip); });
-            });
-        if (claim) tellOffset(card, *claim);
+            },
+            tries);
+        if (!claim || (card.movedByDays != 0 && std::abs(claim->seconds) >= secondsADay)) return false;
+        return tellOffset(one, card, *claim, isForAll);
     }
 
     /// A camera's clock against recordings that lie right under the clips of others.
@@ -242,10 +328,14 @@ class ClockDoubts {
         }
         if (std::cmp_less(clips.size(), explanation::fewest)) return;
         std::vector<std::size_t> files;
-        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
-            if (!isSuspected_[i]) files.push_back(i);
+        std::vector<FilePlace> sounds;
+        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i) {
+            if (isSuspected_[i]) continue;
+            files.push_back(i);
+            sounds.push_back(shoot_.recordings[i].place);
+        }
         const auto claim =
-            commonOffset(clips, files,
+            commonOffset(clips, sounds,
                          [](double, const std::vector<const Shoot::Clip*>& looked) { return looked.size(); });
         if (!claim) return;
         std::set<std::size_t> used;
@@ -273,7 +363,7 @@ class ClockDoubts {
                           std::to_string(matched) + " of " +
                           counted(static_cast<long long>(clips.size()), "clip", "clips") +
                           " without all of their sound would match" + knownTo(*claim),
-                      cureOf({card.folder, std::nullopt, {}}, claim->seconds) + inAScanOf(card, clipPaths()) +
+                      cure_.of({card.folder, std::nullopt, {}}, claim->seconds) + cure_.inAScanOfClips(card) +
                           clapAfter(*claim)},
                      found);
     }
@@ -323,7 +413,7 @@ class ClockDoubts {
         return Timecode({0, 0, 0, count, 0, 0}, rate_).realTimeValue();
     }
 
-    void tellOffset(const Card& card, const Claim& claim) {
+    bool tellOffset(const Suspect& one, const Card& card, const Claim& claim, bool isForAll) {
         const double offset = claim.seconds;
         Cover as, shifted;
         for (const std::size_t file : card.files) {
@@ -335,44 +425,66 @@ class ClockDoubts {
         const TCRange hours = hoursOf(card, offset);
         int now = 0, all = 0, matched = 0;
         double withoutSound = 0;
-        std::set<std::size_t> used;
+        std::set<std::size_t> used, usedNow;
         std::vector<const Shoot::Clip*> doubted; // with those that have sound of the card by chance
         for (const Shoot::Clip* clip : clips_) {
-            const bool mayMatch = mayMeet(card, *clip);
-            if (mayMatch && cover(as, card, *clip)) ++now;
-            if (mayMatch && !clip->isCovered && isWithin(hours, card, *clip)) ++withoutSound;
+            const bool mayMatch = mayMeet(card, *clip), isSought = isForAll || !clip->isCovered;
+            if (const auto sound = mayMatch ? cover(as, card, *clip) : std::nullopt) {
+                ++now;
+                usedNow.insert(*sound);
+            }
+            if (mayMatch && isSought && isWithin(hours, card, *clip)) ++withoutSound;
             const auto sound = mayMatch ? cover(shifted, card, *clip) : std::nullopt;
             if (sound) ++all;
-            if (sound && !clip->isCovered) {
+            if (sound && isSought) {
                 ++matched;
                 used.insert(*sound);
                 doubted.push_back(clip);
-            } else if (clip->primary && isOf(card, *clip->primary)) {
+            } else if (!one.isPart && clip->primary && isOf(card, *clip->primary)) {
                 doubted.push_back(clip);
             }
         }
         if (std::cmp_less(used.size(), explanation::fewest) || all <= explanation::clearly * now ||
             matched < explanation::majority * withoutSound)
-            return;
-        const int lost = lostBy(offset);
-        addCardDoubt(
-            doubts_,
-            {Kind::constantOffset,
-             "the recordings in '" + card.folder + "' are " + spanText(std::abs(offset)) +
-                 (offset < 0 ? " late" : " early") + " against the clips: moved by that, " +
-                 std::to_string(matched) + " of " +
-                 counted(static_cast<long long>(withoutSound), "clip", "clips") +
-                 " without all of their sound would match" +
-                 (lost > 0 ? ", and " + counted(lost, "clip", "clips") + " would lose other sound" : "") +
-                 knownTo(claim),
-             cureOf(card, offset) + (lost > 0 ? inAScanOf(card, recordingPaths()) : "") + clapAfter(claim)},
-            doubted);
+            return false;
+        const auto recordings = static_cast<long long>(card.files.size());
+        if (isForAll &&
+            static_cast<double>(used.size()) < explanation::majority * static_cast<double>(recordings))
+            return false;
+        const int lost = lostBy(one, card, offset);
+        std::string text = nameOf(one) + " are ";
+        if (card.movedByDays != 0)
+            text += "dated " + dayText(*card.day - card.movedByDays) + " instead of " + dayText(*card.day) +
+                    " and ";
+        text += spanText(std::abs(offset)) + (offset < 0 ? " late" : " early") +
+                " against the clips: moved by that, ";
+        if (isForAll)
+            text += std::to_string(used.size()) + " of " + counted(recordings, "recording", "recordings") +
+                    " would lie under clips, and " + std::to_string(usedNow.size()) + " as they are";
+        else
+            text += std::to_string(matched) + " of " +
+                    counted(static_cast<long long>(withoutSound), "clip", "clips") +
+                    " without all of their sound would match";
+        if (lost > 0) text += ", and " + counted(lost, "clip", "clips") + " would lose other sound";
+        addCardDoubt(doubts_,
+                     {Kind::constantOffset, text + knownTo(claim),
+                      cure_.of(card, offset) + (lost > 0 ? cure_.inAScanOfRecordings(card, one.isPart) : "") +
+                          clapAfter(claim)},
+                     doubted);
+        return true;
+    }
+    std::string nameOf(const Suspect& one) const {
+        const std::string folder = " in '" + one.card.folder + "'";
+        if (!one.isPart) return "the recordings" + folder;
+        const auto file = [&](std::size_t i) { return shoot_.nameOf(*shoot_.recordings[i].asset); };
+        return std::to_string(one.card.files.size()) + " of " + std::to_string(one.all) + " recordings" +
+               folder + " (" + file(one.card.files.front()) + " to " + file(one.card.files.back()) + ")";
     }
     /// Whether the recording lies on the card, or in one of the folders below it that make it up.
     bool isOf(const Card& card, std::size_t recording) const {
         const std::string_view folder = folderOf(*shoot_.recordings[recording].asset);
-        return (!card.day || shoot_.recordings[recording].place.day == card.day) &&
-               folder.starts_with(card.folder) &&
+        const auto day = card.day ? std::optional(*card.day - card.movedByDays) : std::nullopt;
+        return (!day || shoot_.recordings[recording].place.day == day) && folder.starts_with(card.folder) &&
                (folder.size() == card.folder.size() || folder[card.folder.size()] == '/');
     }
     static std::optional<std::size_t> cover(const Cover& sound, const Card& card, const Shoot::Clip& clip) {
@@ -382,53 +494,14 @@ class ClockDoubts {
         return found;
     }
     /// How many clips would lose their sound if all recordings moved. What lies on a card whose clock is
-    /// wrong as well has its sound by chance.
-    int lostBy(double offset) const {
+    /// wrong as well has its sound by chance, unless its clock is right for some of it.
+    int lostBy(const Suspect& one, const Card& card, double offset) const {
         return static_cast<int>(std::ranges::count_if(clips_, [&](const Shoot::Clip* clip) {
-            return clip->isCovered && clip->primary && !isSuspected_[*clip->primary] &&
+            if (!clip->isCovered || !clip->primary) return false;
+            if (!one.isPart && isSuspected_[*clip->primary]) return false;
+            return (card.movedByDays != 0 && shoot_.recordings[*clip->primary].place.day != card.day) ||
                    !isCovered(*clip->group, clip->place->range.durationSeconds(), offset);
         }));
-    }
-    /// Offsets are given up to a day; what is more goes into the date.
-    std::string cureOf(const Card& card, double offset) const {
-        double total = offset + shoot_.input.rules.soundOffsetSeconds;
-        const double halfAFrame = 0.5 / timecodeRate::frameRateForRealTimeCalculation(rate_);
-        std::string date;
-        if (std::abs(total) >= secondsADay - halfAFrame) {
-            const double days = std::round(total / secondsADay);
-            total -= days * secondsADay;
-            // Without a date the time of day is all that counts.
-            if (card.day) date = "--sound-date " + dayText(*card.day + static_cast<long>(days));
-            if (card.day && std::abs(total) < halfAFrame) return date;
-        }
-        return date + (date.empty() ? "" : " ") + "--sound-offset " + offsetText(total, rate_);
-    }
-    std::vector<std::string> clipPaths() const {
-        std::vector<std::string> paths;
-        for (const Shoot::Clip& clip : shoot_.clips) paths.push_back(clip.group->video.url.path);
-        return paths;
-    }
-    std::vector<std::string> recordingPaths() const {
-        std::vector<std::string> paths;
-        for (const Recording& recording : shoot_.recordings) paths.push_back(recording.asset->url.path);
-        return paths;
-    }
-    /// With the folders of the other files, by the names in which their paths begin to differ.
-    static std::string inAScanOf(const Card& card, const std::vector<std::string>& paths) {
-        std::set<std::string> others;
-        for (const std::string& path : paths) {
-            const auto own = std::ranges::mismatch(card.folder + "/", path).in2;
-            const auto first = std::find(std::make_reverse_iterator(own), path.rend(), '/').base();
-            const auto last = std::find(first, path.end(), '/');
-            if (own != path.end() && last != path.end() && !path.starts_with(card.folder + "/"))
-                others.insert(std::string(first, last));
-        }
-        constexpr std::size_t most = 3;
-        std::string options;
-        for (const std::string& other : others)
-            if (options.empty() || others.size() <= most) options += " --exclude '" + other + "'";
-        if (options.empty() || others.size() > most) options = " --exclude with the folders of the others";
-        return " in a scan of this card alone (" + options.substr(1) + ")";
     }
 
     // --- takes that repeat
@@ -490,7 +563,7 @@ class ClockDoubts {
                           (best < 0 ? " earlier, " : " later, ") + std::to_string(most.clips) + " of " + all +
                           (folder ? " in '" + *folder + "'" : std::string()) + " have sound, and " +
                           std::to_string(now.clips) + " as they are; a clock may be wrong by that",
-                      cureOf(card, best) + (folder ? inAScanOf(card, clipPaths()) : "") +
+                      cure_.of(card, best) + (folder ? cure_.inAScanOfClips(card) : "") +
                           " if a clap shows it, else lock a clip whose clap is right"},
                      clips);
         return true;
@@ -499,9 +572,11 @@ class ClockDoubts {
     const Shoot& shoot_;
     SyncDoubts& doubts_;
     TimecodeFrameRate rate_;
+    OffsetCure cure_;
     const std::vector<const Shoot::Clip*>& clips_;
     const std::vector<const Shoot::Clip*>& uncovered_;
-    Covers covers_;                 ///< of all recordings where they lie
+    Covers covers_; ///< of all recordings where they lie
+    std::vector<Suspect> suspects_;
     std::vector<bool> isSuspected_; ///< by recording, of a card that lies under few clips
 };
 
@@ -510,10 +585,10 @@ class ClockDoubts {
 void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts) {
     const TimedClips clips(shoot);
     ClockDoubts clocks(shoot, clips, doubts);
-    if (std::cmp_greater_equal(clips.uncovered.size(), explanation::fewest)) {
-        if (addRateDoubt(shoot, clips, doubts)) return;
-        clocks.add();
-    }
+    if (std::cmp_greater_equal(clips.uncovered.size(), explanation::fewest) &&
+        addRateDoubt(shoot, clips, doubts))
+        return;
+    clocks.add();
     if (!clips.uncovered.empty()) clocks.addRepeats();
 }
 

@@ -70,7 +70,8 @@ class DayDoubts {
 
     /// A date is given to all recordings of a scan. Folders are named where they hold no other day; that of
     /// the sound only where the sound says what day it is of, or fits that day rather than its own.
-    std::string dayAlone(std::optional<long> day, std::string_view clips, std::string_view sound = {}) const {
+    std::string dayAlone(std::optional<long> day, std::string_view clips, std::string_view sound = {},
+                         bool isSoundSure = false) const {
         const auto option = [&](const DaysByFolder& days, std::string_view folder, bool mayBeUnused) {
             const auto found = days.find(folder);
             const bool isOfDay = found == days.end() ? mayBeUnused : found->second == std::set{day};
@@ -79,9 +80,10 @@ class DayDoubts {
         const bool isSuspected = std::ranges::any_of(suspected_, [&](const auto& entry) {
             return entry.first.first == sound && entry.second.day == day;
         });
-        const std::string clipsAt = option(clipDays_, clips, false),
-                          soundAt = isSuspected ? quoted(sound) : option(soundDays_, sound, true);
         constexpr std::string_view unknown = "FOLDER";
+        const std::string clipsAt = option(clipDays_, clips, false);
+        const bool isKnown = isSuspected || (isSoundSure && !sound.empty() && clipsAt != unknown);
+        const std::string soundAt = isKnown ? quoted(sound) : option(soundDays_, sound, true);
         if (clipsAt == unknown && soundAt == unknown)
             return " in a scan of this day alone (its files lie among those of other days: put links to them "
                    "into a folder of their own)";
@@ -240,6 +242,12 @@ class DayDoubts {
                 if (cover.of(clip->place->range)) ++fit.clips;
             return fit;
         };
+        // Of a day without any sound nobody filmed but this camera: what lies under other clips counts, too.
+        const bool isAlone = !byDay_.contains(*card.day) &&
+                             std::ranges::all_of(clips, [](const auto* clip) { return !clip->primary; });
+        const auto soundFor = [&](long day) -> const Cover& {
+            return isAlone ? byDay_.at(day) : soundOf(day);
+        };
         Fit own{0, *card.day}, other;
         constexpr long farthest = 2; // days whose recordings are all tried, however many days there are
         for (const auto& [day, cover] : byDay_) {
@@ -248,7 +256,7 @@ class DayDoubts {
                 continue;
             }
             if (std::abs(day - *card.day) > farthest && byDay_.size() > mostDays) continue;
-            const Fit fit = fitOf(day, soundOf(day));
+            const Fit fit = fitOf(day, soundFor(day));
             if (fit.clips > other.clips) other = fit;
         }
         constexpr int fewest = 3;
@@ -264,19 +272,19 @@ class DayDoubts {
             if (recording.place.day == other.day) folders.insert(folderOf(*recording.asset));
         for (const auto& [sound, why] : suspected_)
             if (sound.second == other.day && why.day == own.day) folders = {sound.first};
-        const double share = soundOf(other.day).shareOf(first, last);
+        const double share = soundFor(other.day).shareOf(first, last);
         if (chance::atLeast(other.clips, count, share) > chance::smallest) return;
-        addCardDoubt(
-            doubts_,
-            {Kind::otherDateFits,
-             "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +
-                 std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
-                 " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
-                 " those of their own day",
-             "--sound-date " + dayText(own.day) +
-                 dayAlone(own.day, card.folder, folders.size() == 1 ? *folders.begin() : std::string_view()) +
-                 "; one of the two dates is wrong"},
-            clips);
+        addCardDoubt(doubts_,
+                     {Kind::otherDateFits,
+                      "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +
+                          std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
+                          " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
+                          " those of their own day",
+                      "--sound-date " + dayText(own.day) +
+                          dayAlone(own.day, card.folder,
+                                   folders.size() == 1 ? *folders.begin() : std::string_view(), isAlone) +
+                          "; one of the two dates is wrong"},
+                     clips);
     }
 
     /// Of days whose recordings mostly lie under clips of that day, the date is right, and those recordings

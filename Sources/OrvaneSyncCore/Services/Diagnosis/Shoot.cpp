@@ -31,7 +31,31 @@ std::vector<Card> cards(const Items& items, const Describe& describe) {
 
 using CardKey = std::optional<std::pair<std::string_view, std::optional<long>>>;
 
-/// The most that one channel of the take has in common with the clip, all of its parts together.
+/// Locked, left out, or settled by one of its recordings: the others were taken off, or it was put in front
+/// of one that matching would list first (`isEarlier` where both have as much in common with the clip). Clips
+/// that were settled all at once by what they list first are no such.
+template <class IsOfOtherDay, class IsEarlier>
+bool isDecidedAlone(const SyncGroup& group, const IsOfOtherDay& isOfOtherDay, const IsEarlier& isEarlier) {
+    if (group.isLocked || group.isExcludedFromExport) return true;
+    if (group.matchStatus.kind != MatchStatus::Kind::manual) return false;
+    if (group.audioMatches.size() < 2) return true;
+    const Take take = takeOf(group, assumedChannels);
+    constexpr double rounding = 1e-6; // of sums of parts
+    const double heard = heardSeconds(group, take);
+    bool hasAlternate = false;
+    for (const TakeFile& file : take.files) {
+        if (file.role != TakeRole::alternate) continue;
+        hasAlternate = true;
+        const AudioMatch& match = group.audioMatches[file.matchIndex];
+        const double more = match.overlapDurationSeconds - heard;
+        const bool isFirst = more > rounding || (more > -rounding && isEarlier(match));
+        if (isFirst && !isOfOtherDay(match)) return true;
+    }
+    return !hasAlternate;
+}
+
+} // namespace
+
 double heardSeconds(const SyncGroup& group, const Take& take) {
     std::map<int, double> byChannel;
     for (const TakeFile& file : take.files)
@@ -42,32 +66,15 @@ double heardSeconds(const SyncGroup& group, const Take& take) {
     return most;
 }
 
-/// Locked, left out, or settled by one of its recordings: the others were taken off, or it was put in front
-/// of one with more in common that matching would list first. Clips that were settled all at once by what
-/// they list first are no such.
-template <class IsOfOtherDay>
-bool isDecidedAlone(const SyncGroup& group, const IsOfOtherDay& isOfOtherDay) {
-    if (group.isLocked || group.isExcludedFromExport) return true;
-    if (group.matchStatus.kind != MatchStatus::Kind::manual) return false;
-    if (group.audioMatches.size() < 2) return true;
-    const Take take = takeOf(group, assumedChannels);
-    constexpr double rounding = 1e-6; // of sums of parts
-    const double heard = heardSeconds(group, take) + rounding;
-    bool hasAlternate = false;
-    for (const TakeFile& file : take.files) {
-        if (file.role != TakeRole::alternate) continue;
-        hasAlternate = true;
-        const AudioMatch& match = group.audioMatches[file.matchIndex];
-        if (match.overlapDurationSeconds > heard && !isOfOtherDay(match)) return true;
-    }
-    return !hasAlternate;
-}
-
-} // namespace
-
 std::string_view folderOf(const MediaAsset& asset) {
     const std::string& path = asset.url.path;
     return std::string_view(path).substr(0, path.rfind('/'));
+}
+
+bool fits(const AudioMatch& match, double clipSeconds) {
+    const double start = match.syncOffsetSeconds;
+    const TCRange clip{0, clipSeconds}, sound{start, start + match.audio->durationSeconds.value_or(0)};
+    return covers(sound, clip) || covers(clip, sound);
 }
 
 bool isCovered(const SyncGroup& group, double clipSeconds, double movedBySeconds) {
@@ -95,15 +102,22 @@ Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input
     for (const SyncGroup& group : input.groups) {
         check();
         Clip clip{.group = &group, .place = places.of(group.video), .primary = std::nullopt};
-        clip.isDecided = isDecidedAlone(group, [&](const AudioMatch& match) {
+        const auto numberOf = [&](const AudioMatch& match) -> std::optional<std::size_t> {
             const auto found = recordingByID.find(match.audio->id);
-            return clip.place && found != recordingByID.end() &&
-                   isOfOtherDay(*clip.place, recordings[found->second].place, match.syncOffsetSeconds);
-        });
-        if (!group.audioMatches.empty())
-            if (const auto found = recordingByID.find(group.audioMatches.front().audio->id);
-                found != recordingByID.end())
-                clip.primary = found->second;
+            return found != recordingByID.end() ? std::optional(found->second) : std::nullopt;
+        };
+        if (!group.audioMatches.empty()) clip.primary = numberOf(group.audioMatches.front());
+        clip.isDecided = isDecidedAlone(
+            group,
+            [&](const AudioMatch& match) {
+                const auto number = numberOf(match);
+                return clip.place && number &&
+                       isOfOtherDay(*clip.place, recordings[*number].place, match.syncOffsetSeconds);
+            },
+            [&](const AudioMatch& match) {
+                const auto number = numberOf(match);
+                return number && clip.primary && *number < *clip.primary;
+            });
         if (clip.place) {
             clip.isCovered = isCovered(group, clip.place->range.durationSeconds());
         }

@@ -12,6 +12,8 @@
 
 namespace orvane {
 
+struct Take;
+
 /// The files of a work, each laid once. One thread at a time.
 struct Shoot {
     struct Clip {
@@ -38,6 +40,9 @@ struct Shoot {
     std::string nameOf(const MediaAsset& asset) const { return "'" + input.names.of(asset) + "'"; }
 };
 
+/// The most that one channel of the take has in common with the clip, all of its parts together.
+double heardSeconds(const SyncGroup& group, const Take& take);
+
 /// Puts a doubt down for each of the clips.
 void addCardDoubt(SyncDoubts& doubts, SyncDoubt doubt, const std::vector<const Shoot::Clip*>& clips);
 
@@ -45,6 +50,8 @@ void addCardDoubt(SyncDoubts& doubts, SyncDoubt doubt, const std::vector<const S
 /// recorder is none of its clock.
 inline constexpr double coverSlackSeconds = 1;
 bool covers(const SyncEngine::TCRange& sound, const SyncEngine::TCRange& clip);
+/// Whether one of the two lies under all of the other, a second more or less.
+bool fits(const AudioMatch& match, double clipSeconds);
 /// Whether the clip's sound, moved by that, lies under all of it, or one of its recordings all within it: a
 /// camera may roll longer than the recorder.
 bool isCovered(const SyncGroup& group, double clipSeconds, double movedBySeconds = 0);
@@ -77,6 +84,7 @@ struct Card {
     std::string folder;
     std::optional<long> day;
     std::vector<std::size_t> files; ///< by number of the clip or the recording
+    long movedByDays = 0;           ///< from the files' own day to `day`, where another one is tried
 };
 std::vector<Card> cardsOf(const std::vector<Recording>& recordings);
 /// By `likelyDay`. Clips without a place are on no card.
@@ -92,6 +100,8 @@ std::string spanText(double seconds);
 std::string rateText(TimecodeFrameRate rate);
 
 void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts);
+/// Of clips whose first recording nothing else speaks against, so after all others.
+void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addDayDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts);
 /// What people moved by hand, and what was heard of some clips, tells of the others.

@@ -16,6 +16,7 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     addDayDoubts(shoot, doubts);
     addTimecodeDoubts(shoot, doubts);
     addOffsetsByHand(shoot, doubts);
+    addRivalDoubts(shoot, doubts);
     return doubts;
 }
 

@@ -38,6 +38,7 @@ class TimecodeDoubts {
         for (auto& [folder, clips] : cards_)
             if (std::ranges::sort(clips, {}, &Written::seconds); standsStill(clips)) tellCard(folder, clips);
         strays();
+        recordingsWithoutTimecode();
     }
 
   private:
@@ -84,7 +85,7 @@ class TimecodeDoubts {
     void withoutTimecode(const Shoot::Clip& clip) {
         const MediaAsset& video = clip.group->video;
         const double length = video.durationSeconds.value_or(0);
-        if (!clip.group->isMOS() || !(length > 0) || shoot_.recordings.empty()) return;
+        if (!clip.group->isMOS() || !(length > 0) || shoot_.input.recordings.empty()) return;
         std::string message =
             shoot_.nameOf(video) +
             (clip.place ? " counts from 00:00:00:00, as cameras do that know no time" : " has no timecode") +
@@ -94,9 +95,40 @@ class TimecodeDoubts {
             if (const auto sound = soundAt(*seconds, length))
                 message += ", when " + shoot_.nameOf(*shoot_.recordings[*sound].asset) + " was recorded";
         }
-        doubt(clip, Kind::noTimecode, std::move(message),
-              "attach its recording by hand; where timecode was recorded on a sound channel, --set " +
-                  std::string(settings::ltcEnabled.key) + "=true listens for it");
+        doubt(clip, Kind::noTimecode, std::move(message), byHand("its recording"));
+    }
+    /// Of folders in which no recording has a start: no clip can find them.
+    void recordingsWithoutTimecode() {
+        std::vector<const Shoot::Clip*> silent;
+        for (const Shoot::Clip& clip : shoot_.clips)
+            if (!clip.isDecided && clip.group->matchStatus.kind == MatchStatus::Kind::unmatched)
+                silent.push_back(&clip);
+        if (silent.empty()) return;
+        std::map<std::string_view, std::vector<const MediaAsset*>> folders;
+        for (const MediaAsset& recording : shoot_.input.recordings)
+            if (!recording.isAtmo() && recording.durationSeconds.value_or(0) > 0)
+                folders[folderOf(recording)].push_back(&recording);
+        for (const auto& [folder, recordings] : folders) {
+            if (std::ranges::any_of(recordings, [&](const MediaAsset* recording) {
+                    return shoot_.recordingByID.contains(recording->id);
+                }))
+                continue;
+            const auto count = static_cast<long long>(recordings.size());
+            addCardDoubt(doubts_,
+                         {Kind::noTimecode,
+                          counted(count, "recording", "recordings") + " in '" + std::string(folder) +
+                              "', such as " + shoot_.nameOf(*recordings.front()) +
+                              ", have no timecode and no time reference: no clip can find them, and " +
+                              counted(static_cast<long long>(silent.size()), "clip has", "clips have") +
+                              " no sound",
+                          byHand("the recordings")},
+                         silent);
+        }
+    }
+    static std::string byHand(const char* what) {
+        return std::string("attach ") + what +
+               " by hand; where timecode was recorded on a sound channel, --set " +
+               std::string(settings::ltcEnabled.key) + "=true listens for it";
     }
     /// The recording under a clip of that length that begins or ends then.
     std::optional<std::size_t> soundAt(double seconds, double length) {

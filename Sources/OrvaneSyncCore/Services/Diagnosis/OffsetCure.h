@@ -1,0 +1,33 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+/// The options that move the recordings of a card whose clock is wrong.
+class OffsetCure {
+  public:
+    /// `rate`: at which the options are read.
+    OffsetCure(const Shoot& shoot, TimecodeFrameRate rate) : shoot_(shoot), rate_(rate) {}
+
+    /// `offset` in seconds, besides that by which the work is corrected already. Offsets are given up to a
+    /// day; what is more goes into the date.
+    std::string of(const Card& card, double offset) const;
+    /// For options that would move the sound of other cards as well. `isPart`: other recordings of the card
+    /// are right.
+    std::string inAScanOfRecordings(const Card& card, bool isPart) const;
+    std::string inAScanOfClips(const Card& card) const;
+
+  private:
+    const Shoot& shoot_;
+    TimecodeFrameRate rate_;
+};
+
+/// The names, of the last folder in common or of files in it, in which the paths begin to differ from what
+/// lies in the folder; without those that lie in it.
+std::vector<std::string> namesBeside(const std::string& folder, const std::vector<std::string>& paths);
+
+} // namespace orvane

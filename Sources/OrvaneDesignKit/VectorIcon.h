@@ -32,6 +32,7 @@ class VectorIconEngine final : public QIconEngine {
     }
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
         QPixmap pixmap(size);
+        if (pixmap.isNull()) return pixmap; // a control that has no room yet
         pixmap.fill(Qt::transparent);
         QPainter painter(&pixmap);
         paint(&painter, QRect(QPoint(0, 0), size), mode, state);

@@ -94,7 +94,8 @@ class Shoot {
 
   private:
     void begin(const Command& command) {
-        const auto result = std::make_shared<JSON>();
+        // Whoever asks writes it down and releases it on a queue, as `serve` does.
+        const auto result = answer_ = std::make_shared<JSON>();
         try {
             const JSON arguments = argumentsOf(command);
             Call call(command, &arguments);
@@ -150,6 +151,7 @@ class Shoot {
     }
 
     const std::string folder_;
+    std::shared_ptr<JSON> answer_;
     const std::shared_ptr<platform::RunLoop> loop_ = platform::RunLoop::create();
 };
 

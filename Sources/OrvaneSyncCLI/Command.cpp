@@ -114,6 +114,17 @@ void applyOverrides(const Context& context, const Arguments& arguments) {
     }
 }
 
+/// Also of a text that is laid out in lines for a window.
+std::string oneLine(std::string_view text) {
+    std::string line;
+    for (const char c : text)
+        if (c != '\n')
+            line += c;
+        else if (!line.ends_with(' '))
+            line += ' ';
+    return platform::text::printable(line);
+}
+
 int runCommand(const Command& command, std::span<const std::string> words, Context& context) {
     const std::vector<Option> options = withCommonOptions(command.options);
     try {
@@ -137,8 +148,7 @@ int runCommand(const Command& command, std::span<const std::string> words, Conte
                 "start: only the headers of QuickTime, MP4, MXF, WAVE and AIFF files and the sound of "
                 "WAVE files could be read; 'orvanesync doctor' says what to install");
     } catch (const UsageError& error) {
-        context.err << "error: " << platform::text::printable(error.what()) << "\n"
-                    << usageLine(command) << "\n";
+        context.err << "error: " << oneLine(error.what()) << "\n" << usageLine(command) << "\n";
         return wrongUsage;
     }
     return done;
@@ -194,7 +204,7 @@ int run(std::span<const std::string> words, Context& context) {
         }
         return runCommand(*command, words.subspan(1), context);
     } catch (const std::exception& error) {
-        context.err << "error: " << platform::text::printable(error.what()) << "\n";
+        context.err << "error: " << oneLine(error.what()) << "\n";
         return failed;
     }
 }

@@ -123,6 +123,8 @@ TEST_F(LockitCommandTest, signsInListsAndWritesADocumentWithWhatTheServiceSays) 
     const Outcome before = runWith(shootTo("none.fcpxml"));
     EXPECT_EQ(before.status, 1);
     EXPECT_NE(before.err.find("Not signed in to LockitNetwork."), std::string::npos) << before.err;
+    // One line, also of a text that a window shows in paragraphs.
+    EXPECT_NE(runWith({"lockit", "projects"}).err.find("LockitNetwork. Settings"), std::string::npos);
     EXPECT_FALSE(platform::files::exists(folder_.path("none.fcpxml")));
 
     const Outcome signedIn = signIn();

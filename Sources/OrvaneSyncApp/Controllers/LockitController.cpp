@@ -2,10 +2,13 @@
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/Network/LockitMatches.h"
+#include "Platform/Completion.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -179,19 +182,34 @@ namespace {
 /// A day that the service was asked about. Nobody waits for the answer any more when it is thrown away.
 class AskedDay {
   public:
-    AskedDay(const LockitNetworkClient& client, const std::string& projectID, const std::string& day,
+    AskedDay(const std::shared_ptr<platform::MainThread>& mainThread, const LockitNetworkClient& client,
+             const std::string& projectID, const std::string& day,
              std::shared_ptr<const LockitFilenames> names)
         : response_(std::make_shared<ClipMatchResponse>()),
-          matching_(client.matchClips(projectID, day, std::move(names), response_)) {}
+          received_(std::make_shared<platform::Completion>(mainThread)),
+          mostMatches_(std::make_shared<std::optional<std::size_t>>()),
+          matching_(client.matchClips(projectID, day, std::move(names), response_,
+                                      [received = received_, known = mostMatches_](std::size_t most) {
+                                          *known = most;
+                                          received->end();
+                                      })) {
+        matching_.whenDone([received = received_](const std::exception_ptr&) { received->end(); });
+    }
     AskedDay(const AskedDay&) = delete;
     AskedDay& operator=(const AskedDay&) = delete;
     ~AskedDay() { matching_.requestStop(); }
 
+    /// Ends when the answer has come, or when none will.
+    const Task& received() const { return received_->task(); }
+    /// As many as the answer may hold; absent where none has come.
+    std::optional<std::size_t> mostMatches() const { return *mostMatches_; }
     const Task& matching() const { return matching_; }
     const std::shared_ptr<ClipMatchResponse>& response() const { return response_; }
 
   private:
     const std::shared_ptr<ClipMatchResponse> response_;
+    const std::shared_ptr<platform::Completion> received_;
+    const std::shared_ptr<std::optional<std::size_t>> mostMatches_;
     const Task matching_;
 };
 
@@ -233,16 +251,22 @@ Task LockitController::askDayByDay(Weak weak, std::shared_ptr<Sync> sync) {
         if (!self) co_return;
         self->progress_ = {static_cast<int>(i), static_cast<int>(days->size())};
         self->work_.notify(ImportField::lockit);
+        const auto mainThread = self->work_.environment.mainThread;
         self.reset();
         const auto ask = [&](std::size_t day) {
-            return std::make_unique<const AskedDay>(sync->client, sync->projectID, (*days)[day].uuid,
-                                                    sync->names);
+            return std::make_unique<const AskedDay>(mainThread, sync->client, sync->projectID,
+                                                    (*days)[day].uuid, sync->names);
         };
         const std::unique_ptr<const AskedDay> asked = next ? std::move(next) : ask(i);
+        // Where another day is needed in any case, the service works on it while this one is decoded and
+        // laid.
+        const auto askNext = [&](std::size_t matches) {
+            if (!next && i + 1 < days->size() && !sync->mayBeLast(matches)) next = ask(i + 1);
+        };
+        co_await asked->received();
+        if (const auto most = asked->mostMatches()) askNext(*most);
         co_await asked->matching();
-        // Where another day is needed in any case, the service works on it while this one is laid.
-        const std::size_t matches = asked->response()->matches ? asked->response()->matches->size() : 0;
-        if (i + 1 < days->size() && !sync->mayBeLast(matches)) next = ask(i + 1);
+        askNext(asked->response()->matches ? asked->response()->matches->size() : 0);
         const Task laying = layDay(weak, sync, asked->response());
         co_await laying;
         if (sync->clipsOfDay > 0) sync->matchingDays.push_back((*days)[i].label());

@@ -183,10 +183,13 @@ platform::Task Server::serve(std::shared_ptr<Waiting> waiting) {
     if (!waiting->problem.empty()) refuse(waiting->problem);
     if (!waiting->message) co_return;
     JSON request = std::move(*waiting->message);
-    const auto response = std::make_shared<std::optional<JSON>>();
+    const auto response = std::make_shared<Response>();
     if (!request.isArray()) {
         co_await answer(std::move(request), waiting, response);
-        if (*response) write(**response);
+        if (response->message && response->isOfOperation)
+            co_await writeOnQueue(std::move(*response->message));
+        else if (response->message)
+            write(*response->message);
         co_return;
     }
     if (request.elements()->empty()) {
@@ -195,11 +198,22 @@ platform::Task Server::serve(std::shared_ptr<Waiting> waiting) {
     }
     JSON::Array responses;
     for (JSON& element : *request.elements()) {
-        response->reset();
+        *response = {};
         co_await answer(std::move(element), waiting, response);
-        if (*response) responses.push_back(std::move(**response));
+        if (response->message) responses.push_back(std::move(*response->message));
     }
-    if (!responses.empty()) write(JSON(std::move(responses)));
+    if (!responses.empty()) co_await writeOnQueue(JSON(std::move(responses)));
+}
+
+/// An answer about all of the work takes as long to write down and to release as it took to make.
+platform::Task Server::writeOnQueue(JSON message) {
+    const OpenWork& work = context_.controller->work();
+    auto writing = platform::onQueue(*work.documents, work.environment.mainThread,
+                                     [identifiers = identifiers_, message = std::move(message)]() mutable {
+                                         const JSON own = std::move(message);
+                                         return identifiers.text(own);
+                                     });
+    write_(co_await writing);
 }
 
 platform::Task Server::finished(const Command& command, Call call, JSON id, std::shared_ptr<JSON> result) {
@@ -219,7 +233,7 @@ platform::Task Server::finished(const Command& command, Call call, JSON id, std:
 }
 
 platform::Task Server::answer(JSON request, std::shared_ptr<const Waiting> waiting,
-                              std::shared_ptr<std::optional<JSON>> response) {
+                              std::shared_ptr<Response> response) {
     bool isNotification = false;
     ErrorCode code = ErrorCode::operationFailed;
     std::string why;
@@ -237,6 +251,7 @@ platform::Task Server::answer(JSON request, std::shared_ptr<const Waiting> waiti
         request = JSON(); // the call has its own
         context_.expectKnown(call);
         const auto result = std::make_shared<JSON>();
+        response->isOfOperation = !command.now;
         if (command.now)
             *result = command.now(context_, call);
         else
@@ -245,7 +260,7 @@ platform::Task Server::answer(JSON request, std::shared_ptr<const Waiting> waiti
         JSON success = message();
         success.set("id", parsed.id);
         success.set("result", std::move(*result));
-        response->emplace(std::move(success));
+        response->message.emplace(std::move(success));
         co_return;
     } catch (const Error& error) {
         code = error.code();
@@ -259,7 +274,7 @@ platform::Task Server::answer(JSON request, std::shared_ptr<const Waiting> waiti
     } catch (const std::exception& error) {
         why = error.what();
     }
-    if (!isNotification) response->emplace(failure(id, code, why));
+    if (!isNotification) response->message.emplace(failure(id, code, why));
 }
 
 } // namespace orvane::cli::rpc

@@ -55,6 +55,11 @@ class Server {
         std::vector<JSON> cancelled; ///< identifiers of requests in the message that are not to run
     };
 
+    struct Response {
+        std::optional<JSON> message; ///< absent for a notification
+        bool isOfOperation = false;  ///< the command gave it later
+    };
+
     platform::Task serveAll();
     platform::Task serve(std::shared_ptr<Waiting> waiting);
     platform::Task finished(const Command& command, Call call, JSON id, std::shared_ptr<JSON> result);
@@ -62,9 +67,9 @@ class Server {
     bool goesAhead(const JSON& message) const;
     /// Whether there was such a request.
     bool cancel(const JSON& id);
-    /// Leaves the response in `response`; nothing for a notification.
     platform::Task answer(JSON request, std::shared_ptr<const Waiting> waiting,
-                          std::shared_ptr<std::optional<JSON>> response);
+                          std::shared_ptr<Response> response);
+    platform::Task writeOnQueue(JSON message);
     void write(const JSON& message) const { write_(identifiers_.text(message)); }
 
     CommandContext& context_;

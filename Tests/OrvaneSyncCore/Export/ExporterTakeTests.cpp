@@ -103,9 +103,11 @@ TEST(ExporterTakes, OverlapIsWherePictureAndSoundBothAre) {
 }
 
 TEST(ExporterTakes, LieWhereMatchingLaidThem) {
-    const auto placeOf = [](double pictureStart, double soundStart, double offset, double correction = 0) {
+    const auto placeOf = [](std::optional<double> pictureStart, double soundStart, double offset,
+                            double correction = 0) {
         SyncGroup group = take({file("T1.WAV", soundStart - 36000, 60)});
-        group.video.startTimecodeString = TimecodeUtils::secondsToTC(pictureStart, 25.0);
+        group.video.startTimecodeString.reset();
+        if (pictureStart) group.video.startTimecodeString = TimecodeUtils::secondsToTC(*pictureStart, 25.0);
         group.audioMatches.front().syncOffsetSeconds = offset;
         ExportSettings settings = settingsAt(25);
         settings.matchRules.soundOffsetSeconds = correction;
@@ -113,6 +115,7 @@ TEST(ExporterTakes, LieWhereMatchingLaidThem) {
         return attributeOf(clip, "offset") + " " + attributeOf(clip, "start");
     };
     EXPECT_EQ(placeOf(36000, 35998, -2), "35998s 35998s");
+    EXPECT_EQ(placeOf({}, 35998, 0.5), "1/2s 35998s") << "by hand, to a picture without timecode";
     EXPECT_EQ(placeOf(1, 86395, -6), "-5s 86395s") << "from before midnight";
     EXPECT_EQ(placeOf(86390, 5, 15), "86405s 5s") << "behind midnight";
     EXPECT_EQ(placeOf(36000, 39598.5, -1.5, -3600), "71997/2s 79197/2s") << "an hour off";

@@ -157,11 +157,12 @@ Time pictureShift(const MediaAsset& video, double fps) {
 
 Time audioPlaceTime(const SyncGroup& group, const AudioMatch& match, double fps,
                     const ExportSettings& settings) {
-    if (const auto own = audioStartTime(match.audio))
+    const auto picture = pictureStartTime(group.video, fps);
+    if (const auto own = audioStartTime(match.audio); own && picture)
         return *own + pictureShift(group.video, fps) +
                wholeSamples(movedSeconds(group.video, match, settings.matchRules), audioRate(match.audio))
                    .value_or(Time::zero());
-    return pictureStartTime(group.video, fps).value_or(Time::zero()) +
+    return picture.value_or(Time::zero()) +
            wholeSamples(match.syncOffsetSeconds, audioRate(match.audio)).value_or(Time::zero());
 }
 

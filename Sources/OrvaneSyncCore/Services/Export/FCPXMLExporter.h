@@ -81,7 +81,8 @@ fcpxml::Time manualOffsetTime(double seconds, double fps);
 std::optional<fcpxml::Time> audioStartTime(const MediaAsset& asset);
 /// Where the first sample lies on the clip's axis, without manual and global offset: as far behind the start
 /// of the picture as the recording's own start lies behind the picture's label, exactly, moved as matching
-/// moved it (by a day across midnight, by a correction); else by the sync offset, to the sample.
+/// moved it (by a day across midnight, by a correction). Where one of them has no start, by the sync offset,
+/// to the sample.
 fcpxml::Time audioPlaceTime(const SyncGroup& group, const AudioMatch& match, double fps,
                             const ExportSettings& settings);
 /// All samples of a file of sound, exactly. Nothing for an absent duration and one not above 0.

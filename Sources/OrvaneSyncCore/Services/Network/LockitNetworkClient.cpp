@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Services/Network/LockitNetworkClient.h"
 
+#include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace orvane {
@@ -13,10 +15,12 @@ LockitFilenames::LockitFilenames(std::vector<std::string> theFilenames) : filena
 
 struct LockitNetworkClient::Connection {
     explicit Connection(Dependencies theDependencies)
-        : dependencies(std::move(theDependencies)), queue(platform::SerialQueue::create("lockit")) {}
+        : dependencies(std::move(theDependencies)), queue(platform::SerialQueue::create("lockit")),
+          decoding(platform::SerialQueue::create("answers")) {}
 
     const Dependencies dependencies;
     const std::unique_ptr<platform::SerialQueue> queue;
+    const std::unique_ptr<platform::SerialQueue> decoding; ///< while the next request is under way
 };
 
 LockitNetworkClient::LockitNetworkClient(Dependencies dependencies)
@@ -34,10 +38,17 @@ std::string bodyOf(platform::HTTPResponse response) {
     return std::move(response.body);
 }
 
+/// Each match is an object in the map of matches, within that of the answer.
+std::size_t mostMatches(std::string_view answer) {
+    constexpr std::size_t around = 2;
+    const auto objects = static_cast<std::size_t>(std::ranges::count(answer, '{'));
+    return objects - std::min(objects, around);
+}
+
 } // namespace
 
 platform::Task LockitNetworkClient::request(std::shared_ptr<const Connection> connection, std::string path,
-                                            Body body, Decode decode) {
+                                            Body body, Decode decode, Received received) {
     const Dependencies& with = connection->dependencies;
     const auto token = std::make_shared<platform::Secret>();
     const platform::Task providing = with.bearerProvider(token);
@@ -53,14 +64,22 @@ platform::Task LockitNetworkClient::request(std::shared_ptr<const Connection> co
     }
     auto sending = platform::onQueue(*connection->queue, with.mainThread,
                                      [http = with.http, request = std::move(request), body = std::move(body),
-                                      decode = std::move(decode)](const std::stop_token& stop) mutable {
+                                      counts = received != nullptr](const std::stop_token& stop) mutable {
                                          if (body) request.body = body();
                                          platform::HTTPResponse response = http->send(request, stop);
                                          for (auto& [name, value] : request.headers)
                                              platform::Secret::wipe(value);
-                                         decode(bodyOf(std::move(response)));
+                                         std::string answer = bodyOf(std::move(response));
+                                         const std::size_t most = counts ? mostMatches(answer) : 0;
+                                         return std::pair(std::move(answer), most);
                                      });
-    co_await sending;
+    auto [answer, most] = co_await sending;
+    if (received) received(most);
+    auto reading =
+        platform::onQueue(*connection->decoding, with.mainThread,
+                          [decode = std::move(decode), answer = std::move(answer)](
+                              const std::stop_token&) mutable { decode(std::exchange(answer, {})); });
+    co_await reading;
 }
 
 platform::Task LockitNetworkClient::currentUser(std::shared_ptr<LockitUser> user) const {
@@ -86,13 +105,15 @@ LockitNetworkClient::listShootingDays(const std::string& projectID,
 
 platform::Task LockitNetworkClient::matchClips(const std::string& projectID, const std::string& shootingDayID,
                                                std::shared_ptr<const LockitFilenames> names,
-                                               std::shared_ptr<ClipMatchResponse> response) const {
+                                               std::shared_ptr<ClipMatchResponse> response,
+                                               Received received) const {
     return request(
         connection_, "/projects/" + projectID + "/projectdays/" + shootingDayID + "/matchClips",
         [names = std::move(names)] { return names->body; },
         [response = std::move(response)](const std::string& body) {
             *response = decodedAnswer<ClipMatchResponse>(body);
-        });
+        },
+        std::move(received));
 }
 
 } // namespace orvane

@@ -6,6 +6,7 @@
 #include "Platform/Secret.h"
 #include "Platform/Task.h"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -47,10 +48,12 @@ class LockitNetworkClient {
     platform::Task listProjects(std::shared_ptr<std::vector<LockitProject>> projects) const;
     platform::Task listShootingDays(const std::string& projectID,
                                     std::shared_ptr<std::vector<LockitShootingDay>> days) const;
+    /// Told that an answer has come, before it is decoded, and how many matches it holds at most.
+    using Received = std::function<void(std::size_t mostMatches)>;
     /// The answer is made and may be large: whoever takes it apart does so off the interface thread.
     platform::Task matchClips(const std::string& projectID, const std::string& shootingDayID,
                               std::shared_ptr<const LockitFilenames> names,
-                              std::shared_ptr<ClipMatchResponse> response) const;
+                              std::shared_ptr<ClipMatchResponse> response, Received received = nullptr) const;
 
   private:
     struct Connection;
@@ -58,7 +61,7 @@ class LockitNetworkClient {
     using Body = std::function<std::string()>;
     using Decode = std::function<void(const std::string& body)>;
     static platform::Task request(std::shared_ptr<const Connection> connection, std::string path, Body body,
-                                  Decode decode);
+                                  Decode decode, Received received = nullptr);
 
     std::shared_ptr<const Connection> connection_;
 };

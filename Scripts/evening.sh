@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Uses the window as an editor does, with keys and clicks from outside, and compares the document that comes of it with the
-# one of `orvanesync serve` after the same decisions. Installs what is missing; needs no screen.
+# Uses the window as an editor does, with keys and clicks from outside, hears from which second of which recording each clip is
+# played, and compares the document that comes of it with the one of `orvanesync serve` after the same decisions. Installs what
+# is missing; needs no screen and no sound card.
 #   Scripts/evening.sh [FOLDER]     the folder of the programs; without it a release is built
 # It fails where something did not happen, with a picture of the screen in build/evening/failed.png.
 set -euo pipefail
@@ -20,7 +21,7 @@ mkdir -p "$scratch"
 
 # A screen of its own: the first free number is the server's own choice.
 exec 3<>"$scratch/display"
-Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp >"$scratch/xvfb.log" 2>&1 &
+Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp -noreset >"$scratch/xvfb.log" 2>&1 &
 server=$!
 trap 'kill "$server" 2>/dev/null || true' EXIT
 until [ -s "$scratch/display" ]; do

@@ -17,7 +17,8 @@ for group in "$@"; do
         bench) packages+=(libbenchmark-dev libebur128-dev mediainfo) ;;
         lint) packages+=(clang-format clang-tidy) ;;
         models) packages+=(npm); wants_models=yes ;;
-        evening) packages+=(xvfb xdotool openbox imagemagick dbus-daemon at-spi2-core gir1.2-atspi-2.0 python3-gi) ;;
+        evening) packages+=(xvfb xdotool openbox imagemagick dbus-daemon at-spi2-core gir1.2-atspi-2.0 python3-gi
+            pulseaudio pulseaudio-utils libasound2-plugins) ;;
         sanitize) packages+=(clang-19 libclang-rt-19-dev) ;;
         *) echo "error: unknown package group '$group' (build, bench, lint, sanitize, models, evening)" >&2; exit 2 ;;
     esac

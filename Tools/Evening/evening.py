@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""An evening at the window: a shoot is scanned, every clip is looked at, moved, locked or named, and exported, by keys
-and clicks from outside. The document has to be the one that the program without a window writes after the same decisions.
+"""An evening at the window: a shoot is scanned, every clip is looked at, listened to, moved, locked or named, and exported, by
+keys and clicks from outside. The document has to be the one that the program without a window writes after the same decisions.
 
     evening.py PROGRAMS SHOOT SCRATCH      the folder of the programs, the demo's shoot, and a folder for what is made
 
@@ -16,6 +16,7 @@ import time
 
 from desktop import Failure, Window, click, drag, fills_screen, hold, picture_of, press, save_screen, stays, type_text, wait, xdotool
 from service import Service
+from sound import Output
 
 EVENT = "Evening"
 FRAME = 1 / 25
@@ -24,16 +25,20 @@ CHANNEL_OF_RANGE = "Boom"
 NAME = "Door, l. c. [final]"  # made of keys that mean something in the review
 MOS = "A001C004_261120_MOS.mov"
 
-# In the order of the list: frames by which the sound is moved, and whether the picture shows the clap.
+CLAP = 3.0  # seconds of each recording, as the demo is made
+TOLERANCE = FRAME / 2  # what is heard belongs to the frame that is shown, and to no other
+
+# In the order of the list: frames by which the sound is moved, whether the picture shows the clap, and which second of which
+# recording is heard where the clip opens.
 CLIPS = [
-    ("A001C001_261120_R1AB.mov", 1, True),
-    ("B001C001_261120_R1CD.mov", -2, True),
-    ("A001C002_261120_R1AB.mov", 3, True),
-    ("B001C002_261120_R1CD.mov", 11, True),
-    ("A001C003_261120_R1AB.mov", -10, True),
-    ("B001C003_261120_R1CD.mov", 2, False),
-    (MOS, 0, False),
-    ("A001C005_261120_R1AB.mov", 1, False),
+    ("A001C001_261120_R1AB.mov", 1, True, "DAY1_T01.WAV", CLAP),
+    ("B001C001_261120_R1CD.mov", -2, True, "DAY1_T01.WAV", CLAP),
+    ("A001C002_261120_R1AB.mov", 3, True, "DAY1_T02.WAV", CLAP),
+    ("B001C002_261120_R1CD.mov", 11, True, "DAY1_T02.WAV", CLAP),
+    ("A001C003_261120_R1AB.mov", -10, True, "DAY1_T03.WAV", CLAP),
+    ("B001C003_261120_R1CD.mov", 2, False, "DAY1_T03.WAV", 3.8),
+    (MOS, 0, False, None, None),
+    ("A001C005_261120_R1AB.mov", 1, False, "DAY1_T04.WAV", CLAP),
 ]
 KEYS = {1: "period", -1: "comma", 10: "shift+period", -10: "shift+comma"}
 
@@ -57,7 +62,9 @@ class Evening:
         self.environment.update(QT_QPA_PLATFORM="xcb", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", LANG="C.UTF-8",
                                 QT_LOGGING_RULES="qt.accessibility.*=false")
         self.window = None
+        self.output = Output(self.environment, scratch)
         self.slowest = (0.0, "")
+        self.farthest = 0.0  # seconds between what is heard and what should be
 
     # The program and what it keeps
 
@@ -126,6 +133,7 @@ class Evening:
     # The evening
 
     def run(self):
+        self.output.begin(glob.glob(f"{self.shoot}/sound/*.WAV"))
         for step in (
             self.leave_during_scan, self.scan, self.open_first, self.fields_win, self.keys_of_playback, self.each_clip,
             self.hold_a_key, self.attach, self.choose_range, self.rename, self.take_back, self.multicam, self.export, self.compare,
@@ -133,6 +141,7 @@ class Evening:
             print(step.__name__.replace("_", " "), flush=True)
             step()
         print(f"slowest answer to a key, with reading the screen: {self.slowest[0]:.2f} s, {self.slowest[1]}")
+        print(f"sound farthest from its place: {self.farthest * 1000:.1f} ms")
 
     def leave_during_scan(self):
         self.start()
@@ -142,7 +151,7 @@ class Evening:
     def scan(self):
         self.start()
         xdotool("search", "--sync", "--onlyvisible", "--name", "OrvaneSync", "windowactivate")
-        wait("all clips are found", lambda: set(self.clips()) == {name for name, _, _ in CLIPS}, 60)
+        wait("all clips are found", lambda: set(self.clips()) == {name for name, *_ in CLIPS}, 60)
         wait("the list has the first clip", lambda: self.window.shows("12A-1 Cam A", "table cell"))
 
     def open_first(self):
@@ -180,28 +189,55 @@ class Evening:
         self.timed("Escape closes them", lambda: not self.window.shows("Keys"))
 
     def each_clip(self):
-        for i, (camera_file, frames, has_clap) in enumerate(CLIPS):
+        for i, (camera_file, frames, has_clap, recording, second) in enumerate(CLIPS):
             if i > 0:
                 press("bracketright")
                 self.timed(f"] opens {camera_file}", lambda: self.is_open(camera_file))
             else:
-                press("bracketright", "bracketleft")  # opened anew, it stands on its clap
+                self.open_anew(camera_file, has_clap)
             if has_clap:
                 wait(f"{camera_file} opens on its clap", self.shows_clap)
+            if recording is None:
+                self.output.expect_silence()
+            else:
+                self.listen(camera_file, recording, second)
+                self.open_anew(camera_file, has_clap)
             for key in keys_for(frames):
                 press(key)
             self.timed(f"{camera_file} is moved", lambda: self.frames_of(self.clips()[camera_file]) == frames)
-            if camera_file == MOS:
+            if recording is None:
                 continue
+            if second == CLAP:  # the picture has gone with the sound of the clap
+                press(*["Left" if frames > 0 else "Right"] * abs(frames))
+            if has_clap:
+                wait(f"{camera_file} is stepped to its clap", self.shows_clap)
+            self.listen(camera_file, recording, second - frames * FRAME)
             press("ctrl+l")
             self.kept("the lock", camera_file, lambda clip: clip["isLocked"])
         press("Return")
         self.kept("the mark", CLIPS[-1][0], lambda clip: clip["isApproved"])
 
+    def open_anew(self, camera_file, has_clap):
+        """Opened anew, a clip stands where it stood at first: on its clap, if it has one."""
+        there, back = ("bracketright", "bracketleft") if camera_file == CLIPS[0][0] else ("bracketleft", "bracketright")
+        press(there)
+        wait(f"{there} leaves {camera_file}", lambda: not self.is_open(camera_file))
+        press(back)
+        wait(f"{back} opens {camera_file}", lambda: self.is_open(camera_file))
+        if has_clap:
+            wait(f"{camera_file} opens on its clap", self.shows_clap)
+
+    def listen(self, camera_file, recording, second):
+        """What is heard where the clip stands has to begin with this second of the recording."""
+        heard, begins = self.output.listen()
+        if heard != recording or abs(begins - second) > TOLERANCE:
+            raise Failure(f"{camera_file}: {heard} is heard from {begins:.3f} s on, not {recording} from {second:.3f} s on")
+        self.farthest = max(self.farthest, abs(begins - second))
+
     def hold_a_key(self):
         """The server's own repeats: the sound goes on while the key is down, stands when it is up, and is taken back at
         once."""
-        camera_file, frames, _ = CLIPS[-1]
+        camera_file, frames, *_ = CLIPS[-1]
         hold("period", 1.2)
         wait("the held key repeats", lambda: self.frames_of(self.clips()[camera_file]) > frames + 3)
         self.standing_frames(camera_file)
@@ -308,7 +344,7 @@ class Evening:
         service.call("setFolders", videoFolder=f"{self.shoot}/camera", audioFolder=f"{self.shoot}/sound")
         service.call("startScan")
         ids = {name: clip["id"] for name, clip in service.clips().items()}
-        for camera_file, frames, _ in CLIPS:
+        for camera_file, frames, *_ in CLIPS:
             if frames:
                 service.call("adjustAudioOffset", groupID=ids[camera_file], deltaSeconds=frames * FRAME)
             if camera_file != MOS:
@@ -345,6 +381,7 @@ def main():
     finally:
         if evening.window is not None and evening.window.process.poll() is None:
             evening.window.process.kill()
+        evening.output.close()
     print("the window and the service have written the same document")
     return 0
 

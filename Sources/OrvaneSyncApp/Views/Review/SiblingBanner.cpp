@@ -27,7 +27,7 @@ SiblingBanner::SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
     row->addWidget(text_, 1);
     column->addLayout(row);
     const commands::Command& apply = desktop.command("applySiblingSuggestion");
-    const QKeySequence applyKey(QLatin1String(reviewKeys::applySuggestion));
+    const QKeySequence applyKey{QLatin1String(reviewKeys::applySuggestion)};
     QPushButton* yes =
         add("applySiblingSuggestion",
             button(tr("%1   %2").arg(translated(apply.title), applyKey.toString(QKeySequence::NativeText))));

@@ -3,10 +3,12 @@
 #include <QAction>
 #include <QButtonGroup>
 #include <QHBoxLayout>
+#include <QHelpEvent>
 #include <QPainter>
 #include <QResizeEvent>
 #include <QStyleOption>
 #include <QStylePainter>
+#include <QToolTip>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
@@ -79,15 +81,44 @@ QLineEdit* searchField(const QString& accessibleName, const QString& placeholder
     return made;
 }
 
-Choice::Choice(QWidget* parent) : QComboBox(parent) { setFocusPolicy(Qt::StrongFocus); }
+namespace {
+
+/// Says what a choice shows where it has no room for all of it.
+class TipOfChoice : public QObject {
+  public:
+    using QObject::QObject;
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() != QEvent::ToolTip) return false;
+        auto* choice = static_cast<Choice*>(watched);
+        if (choice->fontMetrics().horizontalAdvance(choice->currentText()) <= roomForText(*choice))
+            return false;
+        const QString help = choice->toolTip().isEmpty() ? QString() : QLatin1Char('\n') + choice->toolTip();
+        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), choice->currentText() + help,
+                           choice);
+        return true;
+    }
+    static int roomForText(const QComboBox& choice) {
+        QStyleOptionComboBox option;
+        option.initFrom(&choice);
+        return choice.style()
+                   ->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, &choice)
+                   .width() -
+               space::small;
+    }
+};
+
+} // namespace
+
+Choice::Choice(QWidget* parent) : QComboBox(parent) {
+    setFocusPolicy(Qt::StrongFocus);
+    installEventFilter(new TipOfChoice(this));
+}
 
 void Choice::paintEvent(QPaintEvent* event) {
     QStyleOptionComboBox option;
     initStyleOption(&option);
-    const int room =
-        style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this).width() -
-        space::small;
-    const QString fitted = fontMetrics().elidedText(option.currentText, Qt::ElideRight, room);
+    const QString fitted =
+        fontMetrics().elidedText(option.currentText, Qt::ElideRight, TipOfChoice::roomForText(*this));
     if (fitted == option.currentText) {
         QComboBox::paintEvent(event);
     } else {

@@ -63,6 +63,7 @@ QMenuBar::item { background: transparent; padding: 4px 10px; }
 QMenuBar::item:selected, QMenu::item:selected { background: @selected; color: @onSelected; }
 QMenu { background: @panel; color: @text; border: 1px solid @line; padding: 4px 0; }
 QMenu::item { padding: 5px 28px 5px 20px; }
+QMenu::icon { padding-left: 10px; }
 QMenu::item:disabled { color: @disabled; }
 QMenu::separator { height: 1px; background: @line; margin: 4px 8px; }
 QToolBar { background: @panel; border: 0; border-bottom: 1px solid @line; spacing: 4px; padding: 4px 8px; }

@@ -7,6 +7,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QKeySequence>
 #include <QLabel>
 #include <QMenu>
 #include <QRegularExpression>
@@ -121,6 +122,18 @@ TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
     EXPECT_EQ(translated("Scan & Match"), QStringLiteral("Scannen & Zuordnen"));
     EXPECT_EQ(translatedSentence("3.000 s after"), QStringLiteral("3.000 s danach"));
     EXPECT_EQ(translatedSentence("A001.mov"), QStringLiteral("A001.mov"));
+}
+
+TEST(LanguageTest, NamesKeysAsTheKeyboardsOfTheLanguageDo) {
+    const test::Spoken german(QStringLiteral("de"));
+    for (const auto& [english, wanted] :
+         {std::pair("Ctrl+Shift+L", "Strg+Umschalt+L"), std::pair("Space", "Leertaste"),
+          std::pair("K held, J", "K gehalten, J"), std::pair("Ctrl++", "Strg++"), std::pair("F2", "F2")})
+        EXPECT_EQ(translatedKey(english), QString::fromUtf8(wanted));
+    const QKeySequence menu(QStringLiteral("Ctrl+Shift+Z"));
+    EXPECT_EQ(menu.toString(QKeySequence::NativeText), QStringLiteral("Strg+Umschalt+Z"));
+    EXPECT_EQ(QKeySequence(menu.toString(QKeySequence::NativeText), QKeySequence::NativeText), menu);
+    EXPECT_EQ(translatedSentence("⌘ Click"), QStringLiteral("Strg+Click"));
 }
 
 TEST(LanguageTest, NamesTheModifiersOfThisSystem) {

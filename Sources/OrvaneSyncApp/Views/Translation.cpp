@@ -31,6 +31,8 @@ bool isOurs(const char* context) {
     return names.contains(context);
 }
 
+constexpr const char* nameOfKeys = "QShortcut"; ///< the class by which Qt asks for them
+
 /// A sentence with names in it, and what it is in the other language.
 struct Sentence {
     QRegularExpression pattern;
@@ -50,6 +52,7 @@ class Catalogue : public QTranslator {
     bool isEmpty() const override { return texts_.isEmpty(); }
     QString translate(const char* context, const char* source, const char*, int n) const override {
         const QString key = QString::fromUtf8(source);
+        if (qstrcmp(context, nameOfKeys) == 0) return keys_.value(key);
         const auto found = texts_.constFind(key);
         if (found != texts_.constEnd()) return found->at(n == 1 || found->size() == 1 ? 0 : 1);
         if (!isEnglish_ && isOurs(context) && !key.isEmpty()) missing_.insert(key);
@@ -88,6 +91,8 @@ class Catalogue : public QTranslator {
                 forms << it->toString();
             texts_.insert(it.key(), forms);
         }
+        const QJsonObject keys = all.value(QStringLiteral("keys")).toObject();
+        for (auto it = keys.begin(); it != keys.end(); ++it) keys_.insert(it.key(), it->toString());
         const QJsonObject sentences = all.value(QStringLiteral("sentences")).toObject();
         for (auto it = sentences.begin(); it != sentences.end(); ++it) {
             QString pattern = QRegularExpression::escape(it.key());
@@ -104,6 +109,7 @@ class Catalogue : public QTranslator {
 
     const bool isEnglish_;
     QHash<QString, QStringList> texts_;
+    QHash<QString, QString> keys_;
     std::vector<Sentence> sentences_;
     mutable QSet<QString> missing_;
 };
@@ -115,7 +121,11 @@ QString keysOfThisSystem(const QString& text) {
     if (std::ranges::none_of(text, [&](QChar one) { return signs.contains(one); }) &&
         !text.contains(QStringLiteral("Cmd+")))
         return text;
-    return QString::fromStdString(withKeysOfThisSystem(text.toStdString()));
+    QString named = QString::fromStdString(withKeysOfThisSystem(text.toStdString()));
+    for (const char* modifier : {"Ctrl", "Shift"})
+        named.replace(QLatin1String(modifier) + QLatin1Char('+'),
+                      QCoreApplication::translate(nameOfKeys, modifier) + QLatin1Char('+'));
+    return named;
 }
 
 } // namespace
@@ -157,6 +167,20 @@ QString translatedSentence(std::string_view english) {
     QStringList lines;
     for (const QString& line : given.split(QLatin1Char('\n'))) lines << installed->line(line);
     return keysOfThisSystem(lines.join(QLatin1Char('\n')));
+}
+
+QString translatedKey(std::string_view english) {
+    static const QRegularExpression name(QStringLiteral("[A-Za-z]{2,}"));
+    const QString given = QString::fromUtf8(english.data(), static_cast<qsizetype>(english.size()));
+    QString named;
+    qsizetype end = 0;
+    for (auto names = name.globalMatch(given); names.hasNext();) {
+        const auto one = names.next();
+        named += given.mid(end, one.capturedStart() - end) +
+                 QCoreApplication::translate(nameOfKeys, one.captured().toUtf8());
+        end = one.capturedEnd();
+    }
+    return named + given.mid(end);
 }
 
 QStringList untranslatedTexts() { return installed ? installed->missing() : QStringList(); }

@@ -232,6 +232,21 @@ TEST(ClockDoubts, ClaimsNoClockByChance) {
     EXPECT_EQ(claimed, 0);
 }
 
+TEST(ClockDoubts, LockedClipsSpeakForTheirClock) {
+    Shot shot;
+    for (int take = 0; take < 60; ++take) {
+        const std::string number = std::to_string(take);
+        const double at = 9 * 3600 + 40.0 * take;
+        shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, 6));
+        if (take % 10 != 7) shot.audios.push_back(recordingAt("/SOUND/T" + number + ".wav", at - 2, 10));
+    }
+    for (const bool areLocked : {false, true}) {
+        shot.locksWhatIsHeard = areLocked;
+        shot.diagnose();
+        EXPECT_EQ(shot.count(Kind::constantOffset), 0) << "locked: " << areLocked;
+    }
+}
+
 TEST(ClockDoubts, FindsARateAndADate) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     Random random(7);

@@ -53,17 +53,18 @@ struct Shot {
         for (const MediaAsset& file : videos) names.add(file);
         for (const MediaAsset& file : audios) names.add(file);
         doubts = SyncDoubts::of({groups, audios, rules, trim, {}, names});
-        if (!settlesAll && locks.empty()) return;
+        if (!settlesAll && locks.empty() && !locksWhatIsHeard) return;
         for (SyncGroup group : groups) {
             if (settlesAll && group.matchStatus.kind == MatchStatus::Kind::ambiguous)
                 group.matchStatus = MatchStatus::manual();
-            group.isLocked = group.video.filename == locks;
+            group.isLocked = locksWhatIsHeard ? !group.isMOS() : group.video.filename == locks;
             groups.update(group.id, [&](SyncGroup& own) { own = group; });
         }
         doubts = SyncDoubts::of({groups, audios, rules, trim, {}, names});
     }
     bool settlesAll = false; ///< whatever is ambiguous, by what it lists first
     std::string locks = {};  ///< the clip of this name
+    bool locksWhatIsHeard = false;
     void date(std::vector<MediaAsset>& files, const char* day, std::size_t from = 0) {
         for (std::size_t i = from; i < files.size(); ++i)
             files[i].contentCreatedDate = dateFromISO8601(std::string(day) + "T00:00:00Z");

@@ -50,7 +50,7 @@ RecordingsPart RecordingsPart::of(const ImportController& controller, const Sync
     part.isMeantSilent = group.matchStatus.kind == MatchStatus::Kind::mos;
     for (const auto& positions : recordingsOf(group)) {
         Recording recording{recordingText(group, positions, names), {}};
-        for (const std::size_t position : positions) {
+        for (const std::size_t position : inTakeOrder(group, positions)) {
             const AudioMatch& match = group.audioMatches[position];
             recording.files.push_back({match.id, names.of(*match.audio), recordingPlaceText(match, group)});
         }

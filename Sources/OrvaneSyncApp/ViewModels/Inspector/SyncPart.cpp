@@ -18,7 +18,7 @@ std::string offsetFramesText(double seconds, double frameRate) {
 }
 
 std::string soundBeginsSentence(const SyncGroup& group) {
-    if (group.isMOS()) return "No sound. Attach a recording below.";
+    if (group.isMOS()) return "No sound. Ctrl+T attaches a recording.";
     std::string begins = beginsText(group, takeOf(group, assumedChannels));
     if (!begins.ends_with("picture")) begins += " picture";
     return "Sound begins " + begins;

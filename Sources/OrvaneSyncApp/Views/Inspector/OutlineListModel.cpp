@@ -103,7 +103,10 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         line(inner, textFont(), strong, text(row.label));
     } else {
         const int half = inner.height() / 2;
-        line({inner.left(), inner.top() + 2, inner.width(), half}, textFont(), strong, text(row.label));
+        const QString name = text(row.label);
+        // The name of a file has its number at the beginning, that of a clip its camera at the end.
+        line({inner.left(), inner.top() + 2, inner.width(), half}, textFont(), strong, name,
+             name.contains(QLatin1Char(' ')) ? Qt::ElideMiddle : Qt::ElideRight);
         line({inner.left(), inner.top() + half, inner.width(), half - 2}, factsFont(), weak,
              translatedSentence(row.facts), Qt::ElideRight); // a camera counts at the beginning
     }

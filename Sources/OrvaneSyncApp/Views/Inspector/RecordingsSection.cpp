@@ -112,10 +112,9 @@ QWidget* RecordingsSection::recordingRow(const RecordingsPart& part, std::size_t
             button(tr("Use This Recording"), part.isAmbiguous ? Weight::primary : Weight::normal);
         choose->setAccessibleName(tr("Use %1").arg(text(recording.title)));
         const QString help = translated(desktop().command("chooseRecording").help);
-        choose->setToolTip(
-            index < reviewKeys::mostChosen
-                ? tr("%1 (%2)").arg(help, QString::fromLatin1(reviewKeys::choose).arg(index + 1))
-                : help);
+        choose->setToolTip(index < reviewKeys::mostChosen
+                               ? tr("%1 (%2)").arg(help, translatedKey(reviewKeys::choose).arg(index + 1))
+                               : help);
         connect(choose, &QPushButton::clicked, this, [this, index] { use(index); });
         column->addWidget(choose, 0, Qt::AlignLeft);
     }

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/ViewModels/Inspector/KeyOverview.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Services/Shortcuts/LinuxKeys.h"
 
 #include <QKeyEvent>
@@ -62,12 +63,14 @@ std::optional<KeyEvent> keyEventOf(const QKeyEvent& event) {
 }
 
 QString shownKey(const Shortcut& shortcut) {
-    return shortcut.isUnbound() ? QString() : text(keyText(shortcut));
+    return shortcut.isUnbound() ? QString() : translatedKey(keyText(shortcut));
 }
 
 QKeySequence menuKey(const Shortcut& shortcut) {
     const auto menu = shortcut.menuEquivalent();
-    return menu ? QKeySequence(shownKey(shortcut).replace(QLatin1String("Super+"), QLatin1String("Meta+")))
+    return menu ? QKeySequence(
+                      text(keyText(shortcut)).replace(QLatin1String("Super+"), QLatin1String("Meta+")),
+                      QKeySequence::PortableText)
                 : QKeySequence();
 }
 

@@ -59,7 +59,7 @@ QString KeyOverlay::spoken() const {
     QStringList lines;
     for (const KeyGroup& group : groups_)
         for (const KeyGroup::Row& row : group.rows)
-            if (row.acts) lines << tr("%1: %2").arg(text(row.key), translated(row.label));
+            if (row.acts) lines << tr("%1: %2").arg(translatedKey(row.key), translated(row.label));
     return lines.join(QLatin1Char('\n'));
 }
 
@@ -146,7 +146,8 @@ void KeyOverlay::paintEvent(QPaintEvent*) {
         for (const KeyGroup::Row& row : group.rows) {
             painter.setPen(row.acts ? all.text : all.disabled);
             painter.setFont(factsFont());
-            painter.drawText(QRect(x, y, keyNameWidth, keyRowHeight), Qt::AlignVCenter, text(row.key));
+            painter.drawText(QRect(x, y, keyNameWidth, keyRowHeight), Qt::AlignVCenter,
+                             translatedKey(row.key));
             painter.setFont(textFont());
             const QRect place(x + keyNameWidth, y, keyColumnWidth - keyNameWidth - space::medium,
                               keyRowHeight);

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace orvane::views {
 
@@ -37,7 +38,7 @@ LevelMeters::LevelMeters(const std::shared_ptr<platform::MainThread>& mainThread
 }
 
 QSize LevelMeters::sizeHint() const {
-    const int channels = std::max(channels_, 2);
+    const int channels = std::max(widest_, 2);
     return {std::min(channels * (widestBar + gap) + 2 * space::tight, mostWidth), 120};
 }
 
@@ -51,7 +52,10 @@ void LevelMeters::follow(VideoEngineField field) {
     }
     if (field == VideoEngineField::transport || field == VideoEngineField::sound) {
         channels_ = player->facts().soundChannelCount;
-        updateGeometry();
+        if (!engine_->transport().isLoading) {
+            widest_ = std::exchange(isNewClip_, false) ? channels_ : std::max(widest_, channels_);
+            updateGeometry();
+        }
         update();
     }
     // A step is heard as well as what plays.
@@ -85,6 +89,7 @@ void LevelMeters::clear() {
     held_.clear();
     painted_.clear();
     levels_.clear();
+    isNewClip_ = true;
     update();
 }
 

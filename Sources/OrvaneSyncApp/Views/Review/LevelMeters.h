@@ -33,6 +33,10 @@ class LevelMeters : public QWidget {
     std::vector<PeakHold::Channel> painted_;
     std::vector<ChannelLevel> levels_; ///< painted
     int channels_ = 0;
+    /// The most that the clip in view has had, for which room is kept: a preview in one channel that takes
+    /// the place of the recording does not move the picture.
+    int widest_ = 0;
+    bool isNewClip_ = true;
     int restUpdates_ = 0; ///< since the sound stood still
     platform::Subscription ofEngine_, ofLevels_;
 };

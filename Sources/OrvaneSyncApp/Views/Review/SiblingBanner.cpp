@@ -28,10 +28,10 @@ SiblingBanner::SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
     column->addLayout(row);
     const commands::Command& apply = desktop.command("applySiblingSuggestion");
     const QKeySequence applyKey{QLatin1String(reviewKeys::applySuggestion)};
+    const QString keyName = translatedKey(reviewKeys::applySuggestion);
     QPushButton* yes =
-        add("applySiblingSuggestion",
-            button(tr("%1   %2").arg(translated(apply.title), applyKey.toString(QKeySequence::NativeText))));
-    yes->setToolTip(QStringLiteral("%1 (%2)").arg(translated(apply.help), applyKey.toString()));
+        add("applySiblingSuggestion", button(tr("%1   %2").arg(translated(apply.title), keyName)));
+    yes->setToolTip(QStringLiteral("%1 (%2)").arg(translated(apply.help), keyName));
     column->addWidget(yes, 0, Qt::AlignLeft);
     row->addWidget(add("dismissSiblingSuggestion", button({}, Glyph::cross, Weight::quiet)), 0, Qt::AlignTop);
     auto* key = new QShortcut(applyKey, this);
@@ -66,7 +66,10 @@ void SiblingBanner::run(std::string_view id) {
     if (!review_->groupID()) return;
     JSON arguments = JSON::object();
     arguments.set("groupID", review_->groupID()->text());
-    desktop_.run(id, std::move(arguments));
+    desktop_.run(id, std::move(arguments), [this, isMove = id == "applySiblingSuggestion"](const JSON&) {
+        // As after a nudge, the picture of the clap is looked at.
+        if (isMove && !review_->engine()->transport().isPlaying) review_->seekVideoToAnchor();
+    });
     refresh(); // to dismiss changes no clip
 }
 

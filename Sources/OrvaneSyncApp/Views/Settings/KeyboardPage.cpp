@@ -183,7 +183,7 @@ void KeyboardPage::showBindings() {
         Line& line = lines_[i];
         const ShortcutRow& row = rows[i];
         const bool isRecorded = recorder_.recordedAction() == row.action;
-        line.key->setText(isRecorded ? tr("Press a key…") : text(row.key));
+        line.key->setText(isRecorded ? tr("Press a key…") : translatedKey(row.key));
         line.key->setAccessibleName(tr("Key of “%1”: %2").arg(translated(row.label), line.key->text()));
         line.clear->setVisible(!row.isUnbound);
         line.reset->setVisible(!row.isDefault);

@@ -444,6 +444,13 @@ class ClockDoubts {
                 doubted.push_back(clip);
             }
         }
+        // A lock takes a clip out of doubt, not out of what speaks for the clock.
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            if (!clip.isDecided || !clip.place || clip.group->isExcludedFromExport || !mayMeet(card, clip))
+                continue;
+            if (cover(as, card, clip)) ++now;
+            if (cover(shifted, card, clip)) ++all;
+        }
         if (std::cmp_less(used.size(), explanation::fewest) || all <= explanation::clearly * now ||
             matched < explanation::majority * withoutSound)
             return false;

@@ -40,6 +40,13 @@ void putFirst(SyncGroup& group, const std::vector<std::size_t>& recording) {
     group.audioMatches = std::move(ordered);
 }
 
+std::vector<std::size_t> inTakeOrder(const SyncGroup& group, const std::vector<std::size_t>& recording) {
+    const Take take = takeOf(withOnly(group, recording), assumedChannels);
+    std::vector<std::size_t> ordered;
+    for (const TakeFile& file : take.files) ordered.push_back(recording[file.matchIndex]);
+    return ordered;
+}
+
 std::string recordingText(const SyncGroup& group, const std::vector<std::size_t>& recording,
                           const FileNames& names) {
     const SyncGroup part = withOnly(group, recording);

@@ -15,6 +15,9 @@ std::vector<std::vector<std::size_t>> recordingsOf(const SyncGroup& group);
 /// The same clip with the files of one of its recordings in front of the others.
 void putFirst(SyncGroup& group, const std::vector<std::size_t>& recording);
 
+/// The positions of a recording's files in the order of its take: the first is the one by which it is named.
+std::vector<std::size_t> inTakeOrder(const SyncGroup& group, const std::vector<std::size_t>& recording);
+
 /// One recording as people name it: "T01.WAV", or "T01_1.WAV + 3 files".
 std::string recordingText(const SyncGroup& group, const std::vector<std::size_t>& recording,
                           const FileNames& names);

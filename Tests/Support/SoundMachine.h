@@ -6,14 +6,22 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace orvane::test {
 
-/// A machine whose one device can be plugged in and out, and asks when the test says so.
+/// A machine whose one device can be plugged in and out, and asks when the test says so. A player that ends
+/// on a thread of its own may close the device after the test.
 struct SoundMachine {
-    bool isPlugged = true;
-    int attempts = 0;
-    platform::SoundDeviceCallback* callback = nullptr; ///< of the open device
+    struct State {
+        bool isPlugged = true;
+        int attempts = 0;
+        platform::SoundDeviceCallback* callback = nullptr; ///< of the open device
+    };
+    const std::shared_ptr<State> state = std::make_shared<State>();
+    bool& isPlugged = state->isPlugged;
+    int& attempts = state->attempts;
+    platform::SoundDeviceCallback*& callback = state->callback;
     std::array<float, 512> left{}, right{};
 
     void ask(std::chrono::nanoseconds latency = std::chrono::milliseconds(20)) {
@@ -21,24 +29,24 @@ struct SoundMachine {
     }
     std::unique_ptr<platform::SoundDevices> devices() {
         struct Device final : platform::SoundDevice {
-            SoundMachine& machine;
-            explicit Device(SoundMachine& owner) : machine(owner) {}
-            ~Device() override { machine.callback = nullptr; }
+            std::shared_ptr<State> machine;
+            explicit Device(std::shared_ptr<State> owner) : machine(std::move(owner)) {}
+            ~Device() override { machine->callback = nullptr; }
             std::string name() const override { return "test device"; }
         };
         struct Devices final : platform::SoundDevices {
-            SoundMachine& machine;
-            explicit Devices(SoundMachine& owner) : machine(owner) {}
+            std::shared_ptr<State> machine;
+            explicit Devices(std::shared_ptr<State> owner) : machine(std::move(owner)) {}
             std::unique_ptr<platform::SoundDevice>
             openDefault(double /*rate*/, platform::SoundDeviceCallback& asked) override {
-                ++machine.attempts;
-                if (!machine.isPlugged) return nullptr;
-                machine.callback = &asked;
+                ++machine->attempts;
+                if (!machine->isPlugged) return nullptr;
+                machine->callback = &asked;
                 return std::make_unique<Device>(machine);
             }
             std::string defaultName() override { return {}; }
         };
-        return std::make_unique<Devices>(*this);
+        return std::make_unique<Devices>(state);
     }
 };
 

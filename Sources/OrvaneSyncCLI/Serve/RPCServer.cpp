@@ -207,6 +207,10 @@ platform::Task Server::serve(std::shared_ptr<Waiting> waiting) {
 
 /// An answer about all of the work takes as long to write down and to release as it took to make.
 platform::Task Server::writeOnQueue(JSON message) {
+    if (!context_.controller) {
+        write(message);
+        co_return;
+    }
     const OpenWork& work = context_.controller->work();
     auto writing = platform::onQueue(*work.documents, work.environment.mainThread,
                                      [identifiers = identifiers_, message = std::move(message)]() mutable {

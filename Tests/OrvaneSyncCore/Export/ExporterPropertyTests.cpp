@@ -307,7 +307,7 @@ TEST(ExporterProperties, DocumentsOfAShootSayWhatTheShootSays) {
         multicams += document->text().find("<multicam") != std::string::npos;
         sounds += document->text().find("<sync-source") != std::string::npos;
     }
-    EXPECT_GT(std::min(multicams, sounds), static_cast<int>(documents / 10))
+    EXPECT_GT(std::min(multicams, sounds), static_cast<int>(documents / 6))
         << "the shoots are worth the test";
 }
 

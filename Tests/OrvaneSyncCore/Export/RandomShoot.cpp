@@ -24,7 +24,9 @@ class Maker {
         std::vector<SyncGroup> groups;
         for (int i = 0, count = 2 + below(6); i < count; ++i) groups.push_back(group(i, made.settings));
         for (int i = below(3); i > 0; --i) {
-            WildTrack wild(recording("wild" + std::to_string(i), 3600, 25), maybe(text()));
+            // Compilers differ in which argument of a call they make first.
+            auto name = maybe(text());
+            WildTrack wild(recording("wild" + std::to_string(i), 3600, 25), std::move(name));
             wild.isApproved = chance(70);
             made.wildTracks.push_back(std::move(wild));
         }
@@ -205,12 +207,14 @@ class Maker {
         for (int i = below(4); i > 0; --i) {
             const MediaAsset sound = recording("MIX" + std::to_string(index) + "-" + std::to_string(i),
                                                std::max(0.0, start + between(-5, 5)), 25);
-            matches.emplace_back(sound, number(startOf(sound) - start), number(10));
+            const double overlap = number(10);
+            matches.emplace_back(sound, number(startOf(sound) - start), overlap);
         }
         static const MatchStatus statuses[] = {MatchStatus::matched(),         MatchStatus::manual(),
                                                MatchStatus::splitRecording(2), MatchStatus::mos(),
                                                MatchStatus::matched(),         MatchStatus::unmatched()};
-        SyncGroup made(std::move(video), std::move(matches), oneOf(statuses), maybe(text()));
+        auto clipName = maybe(text());
+        SyncGroup made(std::move(video), std::move(matches), oneOf(statuses), std::move(clipName));
         edit(made, settings);
         return made;
     }

@@ -75,5 +75,19 @@ cat <&3
     }
 }
 
+/// A library of sound whose configuration is empty or missing leaves the program without sound, and running.
+TEST(Doctor, runsWhereTheSystemOfSoundIsNotConfigured) {
+    const TemporaryDirectory folder;
+    for (const std::string& configuration : {std::string("/dev/null"), folder.path("missing.conf")}) {
+        const std::string out = folder.path("out");
+        const std::string command = "ALSA_CONFIG_PATH='" + configuration + "' XDG_CONFIG_HOME='" +
+                                    folder.path("home") + "' " ORVANESYNC_PROGRAM " doctor >'" + out +
+                                    "' 2>&1";
+        std::system(command.c_str()); // NOLINT
+        const std::string report = platform::files::readText(out);
+        EXPECT_NE(report.find("no sound device"), std::string::npos) << configuration << '\n' << report;
+    }
+}
+
 } // namespace
 } // namespace orvane::test

@@ -31,6 +31,13 @@ void silenceLibraries() {
     ::dlclose(jack);
 }
 
+/// PortAudio ends the program with an assertion where ALSA's configuration names no default device: it is
+/// empty, or not there at all.
+bool alsaNamesADefault() {
+    snd_config_t* found = nullptr;
+    return snd_config_update() >= 0 && snd_config_search(snd_config, "pcm.default", &found) >= 0;
+}
+
 /// PortAudio knows the devices that there were at its start: each use starts it anew. It counts its uses
 /// without a lock of its own.
 class PortAudioSession {
@@ -38,7 +45,7 @@ class PortAudioSession {
     PortAudioSession() {
         const std::lock_guard lock(starting());
         silenceLibraries();
-        isStarted_ = Pa_Initialize() == paNoError;
+        isStarted_ = alsaNamesADefault() && Pa_Initialize() == paNoError;
     }
     ~PortAudioSession() {
         const std::lock_guard lock(starting());

@@ -54,7 +54,8 @@ platform::Task ClusterEngineBag::load(const std::vector<SyncGroup>& members) {
         memberLabels_.emplace_back(member.id, labelOf(member));
         const auto& engine = engineFor(member.id);
         loading.push_back(
-            engine->loadClip(member.video.url, sound.take, sound.offsetSeconds, openingOf(member, members)));
+            engine->loadClip(member.video.url, sound.take, sound.offsetSeconds, openingOf(member, members),
+                             {member.video.durationSeconds.value_or(0), member.video.frameRate.value_or(0)}));
         if (!engine->waveform()) continue;
         engine->waveform()->reset();
         if (sound.take) engine->waveform()->load(*sound.take, WaveformReduction::reviewBins, true);

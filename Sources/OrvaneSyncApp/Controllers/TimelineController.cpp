@@ -57,11 +57,12 @@ double TimelineController::rulerInterval() const {
     return TimelineRuler::rulerInterval(seconds, seconds * zoom_.pixelsPerSecond());
 }
 
-platform::Task TimelineController::loadWaveform() {
+platform::Task TimelineController::loadWaveform(bool retries) {
     const SyncGroup* group = shown_ ? work_.syncGroups().find(*shown_) : nullptr;
     if (group == nullptr || group->isMOS()) return platform::Task::ended();
     TakeSound sound = *ClipSound(*group).take;
-    if (waveformSound_ == sound && !waveform_->isLoading()) return platform::Task::ended();
+    const bool isWanted = retries && waveform_->waveform().clipDuration <= 0;
+    if (waveformSound_ == sound && !waveform_->isLoading() && !isWanted) return platform::Task::ended();
     waveformSound_ = sound;
     return waveform_->load(std::move(sound), WaveformReduction::reviewBins, true);
 }

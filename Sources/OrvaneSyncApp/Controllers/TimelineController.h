@@ -36,8 +36,9 @@ class TimelineController {
 
     /// Of the take of the clip in view, in take time.
     const std::shared_ptr<WaveformState>& waveform() const { return waveform_; }
-    /// Loads the waveform of the clip in view unless it is there.
-    platform::Task loadWaveform();
+    /// Loads the waveform of the clip in view unless it is there; one that could not be read only if
+    /// `retries`.
+    platform::Task loadWaveform(bool retries = false);
     /// Leaves in `result` the waveform of any clip's take, by any number of bins.
     platform::Task reduceWaveform(const UUID& groupID, std::size_t bins,
                                   std::shared_ptr<WaveformResult> result);

@@ -56,7 +56,7 @@ std::optional<TakeSound> VideoEngine::audioSource() const {
 // Loading
 
 platform::Task VideoEngine::loadClip(FileURL video, std::optional<TakeSound> audio, double syncOffsetSeconds,
-                                     std::optional<double> initialSeekSeconds) {
+                                     std::optional<double> initialSeekSeconds, KnownPicture picture) {
     assertOnMainThread();
     unload();
     userHasMovedPlayhead_ = false;
@@ -78,7 +78,9 @@ platform::Task VideoEngine::loadClip(FileURL video, std::optional<TakeSound> aud
     const auto loaded = std::make_shared<platform::Completion>(dependencies_.mainThread);
     player_->load({.videoPath = video_->path,
                    .openSound = opener(appliedSound_),
-                   .soundOffset = MediaTime::fromSeconds(appliedOffset_)},
+                   .soundOffset = MediaTime::fromSeconds(appliedOffset_),
+                   .pictureDuration = MediaTime::fromSeconds(picture.durationSeconds),
+                   .pictureFrameRate = picture.frameRate},
                   [weak = weak_from_this(), initialSeekSeconds, loaded](const platform::PlayerFacts& facts) {
                       const auto self = weak.lock();
                       if (!self) return;
@@ -130,7 +132,8 @@ void VideoEngine::unload() {
     if (meters_) meters_->detach();
     if (player_) player_->unload();
     forgetSeek();
-    isSlowMotionScrubbing_ = isSkimming_ = isDucking_ = false;
+    isSlowMotionScrubbing_ = isDucking_ = false;
+    savedPlayheadBeforeSkim_.reset();
     jklSpeedIndex_ = stopIndex;
     if (loop_ != LoopState()) {
         loop_ = {};
@@ -163,8 +166,12 @@ bool VideoEngine::correctInitialSeek(double toSeconds) {
     if (userHasMovedPlayhead_ || !transport_.isLoaded) return false;
     double target = std::max(toSeconds, 0.0);
     if (playhead_.clipDuration > 0) target = std::min(target, playhead_.clipDuration);
-    if (!(std::abs(playhead_.seconds() - target) > closeEnough)) return false;
-    seek(target);
+    const MediaTime at = savedPlayheadBeforeSkim_.value_or(playhead_.time);
+    if (!(std::abs(at.seconds() - target) > closeEnough)) return false;
+    if (savedPlayheadBeforeSkim_)
+        savedPlayheadBeforeSkim_ = MediaTime::fromSeconds(target);
+    else
+        seek(target);
     return true;
 }
 
@@ -172,7 +179,7 @@ bool VideoEngine::correctInitialSeek(double toSeconds) {
 
 void VideoEngine::timeReported(MediaTime time) {
     if (loop_.loopStart < time) hasLoopRun_ = true;
-    if (isSkimming_ || seekingTo_ || blipReturnsTo_) return;
+    if (isSkimming() || seekingTo_ || blipReturnsTo_) return;
     setPlayhead(time);
     if (transport_.isPlaying && loop_.isLooping && loop_.loopEnd <= time) seek(loop_.loopStart);
 }
@@ -188,7 +195,7 @@ void VideoEngine::endReported() {
     }
     isSlowMotionScrubbing_ = false;
     setRung(stopIndex);
-    if (!isSkimming_ && !seekingTo_) setPlayhead(player_->currentTime());
+    if (!isSkimming() && !seekingTo_) setPlayhead(player_->currentTime());
 }
 
 // Transport
@@ -202,7 +209,7 @@ void VideoEngine::start(const std::optional<HostStart>& at) {
     assertOnMainThread();
     if (!transport_.isLoaded) return;
     endBlip();
-    userHasMovedPlayhead_ = true;
+    noteUserMoved();
     isSlowMotionScrubbing_ = false;
     if (blips_) blips_->silence();
     apply(AudioRenderPlan::normalSpeed);
@@ -238,9 +245,28 @@ void VideoEngine::seek(MediaTime time) {
     seekPlayer(time);
 }
 
+void VideoEngine::noteUserMoved() {
+    userHasMovedPlayhead_ = true;
+    savedPlayheadBeforeSkim_.reset();
+}
+
+void VideoEngine::skim(double toSeconds) {
+    assertOnMainThread();
+    if (!transport_.isLoaded) return;
+    if (!isSkimming()) {
+        pause(true);
+        savedPlayheadBeforeSkim_ = position();
+    }
+    seek(toSeconds);
+}
+
+void VideoEngine::endSkim() {
+    if (const auto saved = std::exchange(savedPlayheadBeforeSkim_, std::nullopt)) seek(*saved);
+}
+
 void VideoEngine::moveTo(double seconds) {
     pause(true);
-    userHasMovedPlayhead_ = true;
+    noteUserMoved();
     seek(seconds);
 }
 
@@ -276,7 +302,7 @@ MediaTime VideoEngine::position() const {
 void VideoEngine::press(Direction direction) {
     assertOnMainThread();
     if (!transport_.isLoaded) return;
-    userHasMovedPlayhead_ = true;
+    noteUserMoved();
     std::size_t index = jklSpeedIndex_;
     if (direction == Direction::forward)
         index = index < stopIndex ? stopIndex + 1 : std::min(index + 1, jklSpeeds.size() - 1);
@@ -291,7 +317,7 @@ void VideoEngine::press(Direction direction) {
 void VideoEngine::slowMotionScrub(bool forward) {
     assertOnMainThread();
     if (!transport_.isLoaded) return;
-    userHasMovedPlayhead_ = true;
+    noteUserMoved();
     isSlowMotionScrubbing_ = true;
     setRung(stopIndex);
     setLabel(forward ? "▶ SLOW" : "◀ SLOW");
@@ -329,7 +355,7 @@ void VideoEngine::setLoopRegion(double aroundSeconds, int frames) {
     // Around a moment behind the clip's end, its last frames: at the end a loop goes back to its start.
     const MediaTime start = std::max(std::min(around - delta, end - delta), MediaTime());
     if (!(start < end)) return;
-    userHasMovedPlayhead_ = true;
+    noteUserMoved();
     loop_.loopStart = start;
     loop_.loopEnd = end;
     loop_.isLooping = hasLoopRun_ = true;
@@ -349,7 +375,7 @@ void VideoEngine::stepFrames(std::int64_t count, bool playBlip) {
     assertOnMainThread();
     if (!transport_.isLoaded || count == 0) return;
     using Limits = std::numeric_limits<std::int32_t>;
-    userHasMovedPlayhead_ = true;
+    noteUserMoved();
     const MediaTime base = position();
     const bool isHeardThroughPlayer = playBlip && !(blips_ && blips_->hasOpenFile());
     pause(!isHeardThroughPlayer);

@@ -26,6 +26,11 @@ namespace orvane {
 /// What of an engine has changed.
 enum class VideoEngineField : std::uint8_t { playhead, transport, loop, sound, picture };
 
+/// What the file says of a picture that cannot be decoded here; 0: not known.
+struct KnownPicture {
+    double durationSeconds = 0, frameRate = 0;
+};
+
 /// Plays a video with the recording that lies under it: play, shuttle, frame steps, slow motion, loops. It
 /// knows nothing of clips. Interface thread; held by a shared pointer, as reports of the player hold it
 /// weakly. Operations without a loaded clip do nothing.
@@ -58,7 +63,8 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
 
     /// Of the recording; null where nobody wants to see it.
     const std::shared_ptr<WaveformState>& waveform() const { return dependencies_.waveform; }
-    bool isSkimming() const { return isSkimming_; }
+    /// The pointer skims the clip; the player's time reports do not move the playhead.
+    bool isSkimming() const { return savedPlayheadBeforeSkim_.has_value(); }
     /// Since the clip was loaded, the user has moved or started the transport.
     bool userHasMovedPlayhead() const { return userHasMovedPlayhead_; }
     bool isSlowMotionScrubbing() const { return isSlowMotionScrubbing_; }
@@ -78,7 +84,7 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     /// stands at the asked second (0 if absent) and its picture is there, or cannot be played, or another was
     /// loaded.
     platform::Task loadClip(FileURL video, std::optional<TakeSound> audio, double syncOffsetSeconds,
-                            std::optional<double> initialSeekSeconds);
+                            std::optional<double> initialSeekSeconds, KnownPicture picture = {});
     /// Unloads everything.
     void cleanup();
     void setStartTimecode(double seconds, std::optional<TimecodeFrameRate> rate);
@@ -104,9 +110,11 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     void clearLoop();
     /// Whether it moved the playhead; not once the user has.
     bool correctInitialSeek(double toSeconds);
-    /// Between these the time reports of the player do not move the playhead.
-    void setSkimming(bool isSkimming) { isSkimming_ = isSkimming; }
-    void noteUserMoved() { userHasMovedPlayhead_ = true; }
+    /// Stops what plays and shows the picture there. The playhead goes back with `endSkim`, unless the user
+    /// has moved or started the transport from there.
+    void skim(double toSeconds);
+    void endSkim();
+    void noteUserMoved();
 
     void setVolume(float volume);
     /// Takes effect under the sound that runs, which neither stops nor jumps. Below a tenth of a millisecond
@@ -181,7 +189,7 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     std::optional<TakeSound> appliedSound_; ///< that the player has
     std::size_t jklSpeedIndex_ = stopIndex;
     bool isSlowMotionScrubbing_ = false;
-    bool isSkimming_ = false;
+    std::optional<platform::MediaTime> savedPlayheadBeforeSkim_; ///< while the pointer skims
     bool userHasMovedPlayhead_ = false;
     bool isDucking_ = false;
     std::optional<platform::MediaTime> seekingTo_; ///< until its picture is shown

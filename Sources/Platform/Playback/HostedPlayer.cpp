@@ -252,6 +252,8 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
             picture_->setLimit(limit_);
             facts_.hasPicture = true;
             facts_.nominalFrameRate = picture_->facts().nominalFrameRate;
+        } else {
+            facts_.nominalFrameRate = item_.pictureFrameRate;
         }
         finishLoad();
     }
@@ -290,6 +292,8 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
     void findDuration() {
         if (picture_)
             facts_.duration = picture_->facts().duration;
+        else if (item_.pictureDuration > MediaTime{})
+            facts_.duration = item_.pictureDuration;
         else if (sound_)
             facts_.duration =
                 std::max(MediaTime::fromSeconds(soundOffset() + sound_->durationSeconds()), MediaTime{});

@@ -29,11 +29,15 @@ enum class PitchAlgorithm {
 /// does.
 struct PlayerItem {
     /// In the bytes of the file system; empty where there is sound alone.
-    std::string videoPath;
+    std::string videoPath{};
     /// Opens the sound that takes the place of the video's own; called on a thread of the player. Empty: the
     /// video's own sound, at offset 0 whatever `soundOffset` says.
-    std::function<std::unique_ptr<AudioFile>()> openSound;
-    MediaTime soundOffset;
+    std::function<std::unique_ptr<AudioFile>()> openSound = nullptr;
+    MediaTime soundOffset{};
+    /// What the file says of a picture that cannot be decoded here; 0: not known, the sound's end is the
+    /// item's.
+    MediaTime pictureDuration{};
+    double pictureFrameRate = 0;
 };
 
 struct PlayerFacts {

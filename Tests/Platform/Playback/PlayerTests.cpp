@@ -35,8 +35,7 @@ std::unique_ptr<platform::AudioFile> halfSecondTicks() {
 /// A player on a clock that is moved by hand.
 class PlayerTest : public testing::Test {
   protected:
-    void load(const std::string& video, double offset = 0, bool hasSound = true) {
-        PlayerItem item;
+    void load(const std::string& video, double offset = 0, bool hasSound = true, PlayerItem item = {}) {
         item.videoPath = video;
         if (hasSound) item.openSound = halfSecondTicks;
         item.soundOffset = MediaTime::fromSeconds(offset);
@@ -319,6 +318,12 @@ TEST_F(PlayerTransport, playsWhatThereIs) {
     player_->setRate(1);
     advance(3);
     expectTicks(from, 0, 1.5);
+    // A picture of which the file says more than can be decoded is as long as it says.
+    load(folder_.path("missing.mov"), 0.5, true, {.pictureDuration = {8, 5}, .pictureFrameRate = 24});
+    EXPECT_EQ(player_->facts().duration, (MediaTime{8, 5}));
+    EXPECT_EQ(player_->facts().nominalFrameRate, 24);
+    player_->setSoundOffset({3, 1});
+    EXPECT_EQ(player_->facts().duration, (MediaTime{8, 5}));
     // Nothing at all.
     load(folder_.path("missing.mov"), 0, false);
     EXPECT_EQ(player_->facts().duration, MediaTime{});

@@ -42,7 +42,6 @@ const SyncGroup* ReviewViewModel::group() const {
 platform::Task ReviewViewModel::loadGroup(const UUID& groupID) {
     timeline_.show(groupID);
     groupID_ = groupID;
-    savedPlayheadBeforeSkim_.reset();
     isDraggingAudio_ = false;
     changed_.tell();
     return load(weak_from_this(), groupID, ++loads_);
@@ -57,14 +56,16 @@ platform::Task ReviewViewModel::load(std::weak_ptr<ReviewViewModel> weak, UUID g
     };
     const SyncGroup* group = self->group();
     const ClipSound sound(*group);
-    const platform::Task opening = self->engine_->loadClip(group->video.url, sound.take, sound.offsetSeconds,
-                                                           group->resolvedClapPointSeconds());
+    const MediaAsset& video = group->video;
+    const platform::Task opening =
+        self->engine_->loadClip(video.url, sound.take, sound.offsetSeconds, group->resolvedClapPointSeconds(),
+                                {video.durationSeconds.value_or(0), video.frameRate.value_or(0)});
     self.reset();
     co_await opening;
     group = clipStillInView();
     if (group == nullptr) co_return;
     self->setStartTimecode(*group);
-    const platform::Task waveform = self->timeline_.loadWaveform();
+    const platform::Task waveform = self->timeline_.loadWaveform(true);
     const platform::Task detecting = self->timeline_.autoDetectAudioAnchorIfMissing(groupID);
     self.reset();
     co_await detecting;
@@ -89,7 +90,6 @@ void ReviewViewModel::close() {
     if (!groupID_) return;
     ++loads_;
     groupID_.reset();
-    savedPlayheadBeforeSkim_.reset();
     isDraggingAudio_ = false;
     fullscreen_.hide();
     engine_->cleanup();
@@ -138,6 +138,7 @@ void ReviewViewModel::handleKeyAction(KeyAction action) {
     case KeyAction::zoomOut:
         return applyZoom(TimelineZoomState::zoomOutFactor);
     case KeyAction::zoomFit:
+        takeTimelineBack();
         timeline_.zoom().zoomFit();
         return changed_.tell();
     case KeyAction::clapCheck:
@@ -207,7 +208,19 @@ void ReviewViewModel::lockCluster() {
     });
 }
 
+platform::Task ReviewViewModel::takeTimelineBack() {
+    if (group() == nullptr || timeline_.shownGroupID() == groupID_) return platform::Task::ended();
+    timeline_.show(*groupID_);
+    return timeline_.loadWaveform();
+}
+
 void ReviewViewModel::jumpToEdit(bool previous) {
+    takeTimelineBack().whenDone([weak = weak_from_this(), previous](const std::exception_ptr&) {
+        if (const auto self = weak.lock()) self->jumpToOnset(previous);
+    });
+}
+
+void ReviewViewModel::jumpToOnset(bool previous) {
     const SyncGroup* clip = group();
     if (clip == nullptr || timeline_.shownGroupID() != groupID_) return;
     const std::vector<double>& onsets = timeline_.waveform()->waveform().onsetMarkers;
@@ -235,8 +248,9 @@ bool ReviewViewModel::canCheckClap() const {
 }
 
 void ReviewViewModel::applyZoom(double scaleDelta) {
+    takeTimelineBack();
     TimelineZoomState& zoom = timeline_.zoom();
-    if (timeline_.shownGroupID() == groupID_) zoom.playheadSeconds = engine_->playhead().seconds();
+    if (groupID_) zoom.playheadSeconds = engine_->playhead().seconds();
     zoom.applyZoom(scaleDelta);
     changed_.tell();
 }
@@ -280,18 +294,7 @@ void ReviewViewModel::seekVideoToAnchor() {
 }
 
 void ReviewViewModel::handleSkim(std::optional<double> seconds) {
-    if (engine_->player() == nullptr) return;
-    if (seconds) {
-        if (!savedPlayheadBeforeSkim_) {
-            engine_->pause(true);
-            savedPlayheadBeforeSkim_ = engine_->position();
-            engine_->setSkimming(true);
-        }
-        engine_->seek(*seconds);
-    } else if (savedPlayheadBeforeSkim_) {
-        engine_->setSkimming(false);
-        engine_->seek(*std::exchange(savedPlayheadBeforeSkim_, std::nullopt));
-    }
+    seconds ? engine_->skim(*seconds) : engine_->endSkim();
 }
 
 void ReviewViewModel::handleContainerDrag(double translation, DragModifiers modifiers) {

@@ -73,6 +73,10 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     const SyncGroup* group() const;
     void follow();
     void decide(KeyAction action);
+    /// The timeline may show another clip that a question or a drag was about. Ends when the waveform is
+    /// there.
+    platform::Task takeTimelineBack();
+    void jumpToOnset(bool previous);
     void step(int frames);
     /// As one step to take back.
     void edit(const UndoStep& step, void (ClipEditing::*operation)(UUID));
@@ -88,7 +92,6 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     platform::Subscription following_;
     std::optional<UUID> groupID_;
     std::uint64_t loads_ = 0; ///< the number of the newest
-    std::optional<platform::MediaTime> savedPlayheadBeforeSkim_;
     bool isDraggingAudio_ = false;
     bool isAudioExpanded_ = false;
 };

@@ -35,6 +35,9 @@ struct MediaInspection {
         std::optional<double> height; ///< pixels, as coded
         /// Frames per second: number of samples over the media's duration, rounded to 32-bit precision.
         std::optional<double> nominalFrameRate;
+        /// Seconds of the file's timeline until its last picture has been shown, edit lists counted; read
+        /// from QuickTime and MP4 files.
+        std::optional<double> endSeconds;
         /// Four characters as in the file, such as "avc1"; empty when they are not ASCII; absent without a
         /// sample description.
         std::optional<std::string> codecFourCC;

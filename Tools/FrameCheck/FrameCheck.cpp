@@ -56,6 +56,10 @@ class Maker {
         video.startTimecodeString = TimecodeUtils::framesToTC(first, counted);
         video.timecodeFrameRate = counted;
         video.durationSeconds = frames(1 + below(std::llround(600 * shown.doubleValue())), shown).toDouble();
+        if (below(4) == 0) { // its own sound goes on
+            video.pictureSeconds = video.durationSeconds;
+            *video.durationSeconds += static_cast<double>(1 + below(9)) / shown.doubleValue();
+        }
         video.frameRate = spelled(shown.doubleValue());
         if (below(2) == 0) {
             video.projectFrameRate = spelled(rate.doubleValue());
@@ -77,7 +81,7 @@ class Maker {
             label = frames(std::llround(read->realTimeValue() * rate.doubleValue()), rate);
         expected.start = label.toFrame(expected.frame, fcpxml::FrameSampling::floor);
         expected.duration = frames(
-            static_cast<std::int64_t>(video.durationSeconds.value_or(0) * shown.doubleValue() + 0.00001),
+            static_cast<std::int64_t>(video.shownSeconds().value_or(0) * shown.doubleValue() + 0.00001),
             shown);
         expected.isDrop =
             (counted == TimecodeFrameRate::fps29_97d || counted == TimecodeFrameRate::fps59_94d) &&

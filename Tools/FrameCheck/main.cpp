@@ -4,13 +4,15 @@
 //     build/release/bin/frame_check [--clips N] [--seed N] [--media FOLDER]
 //
 // Without options it exports 20,000 random clips at all rates of timecode, half of them in documents with
-// multicam clips. --media adds the picture files below a folder, as the program reads them. Every time is
-// compared with exact fractions. It prints what it met and the first faults, and ends with 1 if there are
-// any.
+// multicam clips. --media adds the picture files below a folder, as the program reads them, and counts
+// their pictures. Every time is compared with exact fractions. It prints what it met and the first faults,
+// and ends with 1 if there are any.
 
 #include "FrameCheck/FrameCheck.h"
 #include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
+#include "Platform/Playback/FrameReader.h"
+#include "Timecode/ExactRate.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -27,11 +29,23 @@ bool print(const char* what, const frameCheck::Report& report) {
     return report.faultCount == 0 && report.clips > 0;
 }
 
+/// Whether an asset as long as the file's shown seconds ends behind the last picture that the libraries find.
+bool endsBehindItsPictures(const MediaAsset& video) {
+    const auto reader = platform::FrameReader::open(video.url.path);
+    const std::int64_t count = reader ? reader->facts().pictureCount : 0;
+    const auto stated = truncatedFrames(*video.shownSeconds() * exactRateValue(*video.frameRate));
+    if (count == 0 || stated.value_or(0) <= count) return false;
+    std::printf("  %s: an asset of %lld frames, a file of %lld\n", video.filename.c_str(),
+                static_cast<long long>(*stated), static_cast<long long>(count));
+    return true;
+}
+
 bool checkFolder(const std::string& folder, unsigned seed) {
     const DiscoveryResult found = FileDiscoveryService().discover(folder);
     const auto settings = std::make_shared<platform::MemorySettingsStore>();
     MediaProbeService service(settings, nullptr);
     std::vector<MediaAsset> pictures;
+    std::size_t faults = 0;
     for (MediaAsset& video : service.probeAll(found.videoURLs, AssetKind::video, nullptr)) {
         if (!video.durationSeconds || !video.frameRate || video.isOffspeed()) continue;
         video.filename = std::to_string(pictures.size()) + " " + video.filename;
@@ -41,9 +55,10 @@ bool checkFolder(const std::string& folder, unsigned seed) {
                         ? timecodeRate::frameRateForRealTimeCalculation(*video.timecodeFrameRate)
                         : 0.0,
                     video.frameRate.value_or(0));
+        faults += endsBehindItsPictures(video) ? 1 : 0;
         pictures.push_back(std::move(video));
     }
-    return print(folder.c_str(), frameCheck::checkPictures(pictures, seed));
+    return print(folder.c_str(), frameCheck::checkPictures(pictures, seed)) && faults == 0;
 }
 
 } // namespace

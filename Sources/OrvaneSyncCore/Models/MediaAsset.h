@@ -34,6 +34,9 @@ struct MediaAsset {
     /// Name of the file beside this one that stated `startTimecodeString`; absent: this file's own.
     std::optional<std::string> timecodeSideFile;
     std::optional<double> durationSeconds; ///< on the file's own timeline
+    /// For how long a video shows pictures, where its sound goes on for a frame or more behind the last one;
+    /// absent: to the end of the file.
+    std::optional<double> pictureSeconds;
     std::optional<Date> contentCreatedDate;
     /// The time in the header of the container. Many cameras and every copying program write their own clock
     /// there, so it ranks candidates and never decides about a shoot day.
@@ -58,6 +61,8 @@ struct MediaAsset {
     bool isSuspectedOffspeedUnconfirmed() const;
     SourceRateDomain sourceRateDomain() const;
     std::optional<double> realDurationSeconds() const;
+    /// How much of a video there is to be seen, on the file's own timeline.
+    std::optional<double> shownSeconds() const { return pictureSeconds ? pictureSeconds : durationSeconds; }
     /// Room tone, by name or by the recorder's wild-track flag. Never matched to picture.
     bool isAtmo() const;
     std::string normalizedName() const;    ///< file name without extension, lower case

@@ -56,6 +56,7 @@ struct JSONFields<MediaAsset> {
         JSONField{"timecodeFrameRate", &MediaAsset::timecodeFrameRate},
         JSONField{"timecodeSideFile", &MediaAsset::timecodeSideFile},
         JSONField{"durationSeconds", &MediaAsset::durationSeconds},
+        JSONField{"pictureSeconds", &MediaAsset::pictureSeconds},
         JSONField{"contentCreatedDate", &MediaAsset::contentCreatedDate},
         JSONField{"headerDate", &MediaAsset::headerDate},
         JSONField{"frameRate", &MediaAsset::frameRate},

@@ -34,6 +34,8 @@ struct Track {
     std::uint32_t handler = 0;
     bool isEnabled = true;
     std::uint32_t headerWidth = 0, headerHeight = 0; ///< pixels
+    std::uint64_t shownUnits = 0;                    ///< of the movie, edits counted
+    bool hasEdits = false;
     TimeSpan media;
     std::optional<Atom> descriptions, times, sizes;
 };
@@ -188,6 +190,7 @@ class MovieReader {
         AtomWalk walk(file_, trak);
         while (const auto atom = walk.next()) {
             if (atom->type == fourCC("tkhd")) readTrackHeader(*atom, track);
+            if (atom->type == fourCC("edts")) track.hasEdits = true;
             if (atom->type == fourCC("mdia")) readMedia(*atom, track);
         }
         return track;
@@ -200,6 +203,7 @@ class MovieReader {
         constexpr std::uint32_t enabledFlag = 1;
         track.isEnabled = (body.u32be(0).value_or(enabledFlag) & enabledFlag) != 0;
         track.trackID = body.u32be(shift == 0 ? 12 : 20).value_or(0);
+        track.shownUnits = readUnits(body, shift == 0 ? 20 : 28, shift != 0);
         track.headerWidth = body.u32be(76 + shift).value_or(0) >> 16U;
         track.headerHeight = body.u32be(80 + shift).value_or(0) >> 16U;
     }
@@ -269,6 +273,18 @@ class MovieReader {
         return static_cast<double>(static_cast<float>(samples / length));
     }
 
+    /// The track header counts the edits, which may delay a track or show a part of it, but in units of the
+    /// movie that may be as coarse as a millisecond.
+    std::optional<double> endSeconds(const Track& track) {
+        const double edited = seconds(static_cast<double>(track.shownUnits), movie_.header.timescale);
+        if (track.hasEdits && edited > 0) return edited;
+        if (!movie_.fragments.empty() && knowsDuration()) return std::nullopt; // not all were added up
+        double own = seconds(track.media);
+        if (const auto found = movie_.fragments.find(track.trackID); found != movie_.fragments.end())
+            own += seconds(found->second.duration, track.media.timescale);
+        return own > 0 ? std::optional(own) : std::nullopt;
+    }
+
     /// Chapter pictures are tracks of still images that no player shows as the picture.
     static bool isStillImages(const Track& track, std::uint32_t codec) {
         const bool isImage = codec == fourCC("jpeg") || codec == fourCC("png ") || codec == fourCC("gif ");
@@ -293,6 +309,7 @@ class MovieReader {
             video.height = height;
         }
         video.nominalFrameRate = nominalFrameRate(track);
+        video.endSeconds = endSeconds(track);
         result_.videoTracks.push_back(std::move(video));
     }
 

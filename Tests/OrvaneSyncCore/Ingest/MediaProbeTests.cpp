@@ -66,6 +66,23 @@ TEST_F(Probe, creationDates) {
     EXPECT_FALSE(probed(camera(), "b.mov").contentCreatedDate.has_value());
 }
 
+TEST_F(Probe, theSoundOfACameraMayOutlastItsPictures) {
+    const auto pictureSeconds = [&](MovieMaker maker, std::uint32_t samples) {
+        return probed(maker.audio({.samples = samples}), "a.mov").pictureSeconds;
+    };
+    const auto four = MovieMaker().video({.timescale = 25, .frames = 100});
+    EXPECT_EQ(pictureSeconds(four, 196'320), 4); // of 4.09
+    EXPECT_EQ(pictureSeconds(four, 193'800), std::nullopt) << "less than a frame";
+    EXPECT_EQ(pictureSeconds(four, 150'000), std::nullopt) << "the picture is the longer one";
+    const auto edited = MovieMaker().track({.handler = "vide",
+                                            .timescale = 24000,
+                                            .duration = 150 * 1001,
+                                            .timeToSample = {{150, 1001}},
+                                            .trackAtoms = test::atom("edts", "")});
+    // The track header states 6.25625 s in units of 1/600.
+    EXPECT_EQ(pictureSeconds(edited, 480'000), 150 * 1001 / 24000.0);
+}
+
 TEST_F(Probe, offspeed) {
     const std::optional<double> none;
     const auto unknown = Confidence::suspectedUnconfirmed(1.0);

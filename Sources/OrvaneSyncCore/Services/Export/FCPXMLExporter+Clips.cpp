@@ -92,7 +92,7 @@ Extent commonExtent(const SyncGroup& group, const Picture& picture, const Export
 /// But for `overlap`, compares the lengths of picture and take, not where they lie.
 Time trimmedDuration(const SyncGroup& group, const Picture& picture, const ExportSettings& settings) {
     if (settings.trimMode == TrimMode::videoDuration) return picture.duration;
-    double seconds = group.video.durationSeconds.value_or(0);
+    double seconds = group.video.shownSeconds().value_or(0);
     const double take = takeOf(group, settings.defaultAudioTracks).durationSeconds;
     if (settings.trimMode == TrimMode::commonDuration) {
         if (take > 0) seconds = std::min(seconds, take);

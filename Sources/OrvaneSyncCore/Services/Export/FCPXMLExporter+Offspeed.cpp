@@ -68,8 +68,8 @@ void placeVariant(ExportWalk& walk, EventItem item, const SyncGroup& group, bool
 
 /// Frames of the sensor, as many as the clip's asset holds, whose own length is counted at the clip's rate.
 Time nativeDuration(const MediaAsset& video, double rate, const ExportSettings& settings) {
-    const auto asset = durationTime(video.durationSeconds, clipRate(video, settings));
-    const auto own = durationTime(video.durationSeconds, rate);
+    const auto asset = durationTime(video.shownSeconds(), clipRate(video, settings));
+    const auto own = durationTime(video.shownSeconds(), rate);
     if (!asset || !own) return fallbackDuration(rate);
     return std::min(*own, asset->toFrame(frameDurationTime(rate), FrameSampling::floor));
 }
@@ -87,8 +87,9 @@ double statedRate(const MediaAsset& video, double rate) {
 std::optional<TimeMap> buildTimeMap(const SyncGroup& group, double projectFPS) {
     const MediaAsset& video = group.video;
     if (!video.isOffspeed() || video.sourceRateDomain() != SourceRateDomain::sensorRate) return std::nullopt;
-    const auto real = video.realDurationSeconds();
+    auto real = video.realDurationSeconds();
     if (!real || !(*real > 0)) return std::nullopt;
+    if (video.pictureSeconds) *real *= *video.pictureSeconds / *video.durationSeconds;
     const double fps = usableRate(projectFPS);
     const auto value = durationTime(real, fps);
     const auto time = durationTime(video.slowMotionFactor() * *real, fps);

@@ -67,7 +67,7 @@ std::optional<Time> durationTime(std::optional<double> seconds, double fps) {
 }
 
 std::optional<Time> pictureDuration(const MediaAsset& video, double fps) {
-    const auto duration = durationTime(video.durationSeconds, fps);
+    const auto duration = durationTime(video.shownSeconds(), fps);
     return duration ? std::optional(std::max(*duration, frameDurationTime(fps))) : std::nullopt;
 }
 

@@ -63,7 +63,8 @@ NamesByGroup exportClipNames(const SyncGroupList& groups, const ExportSettings& 
 fcpxml::Time frameDurationTime(double fps);
 /// Nothing for an absent duration, one not above 0, and one beyond 2^53 frames.
 std::optional<fcpxml::Time> durationTime(std::optional<double> seconds, double fps);
-/// Of a picture, which has one frame at least: a file may state its length in thousandths of a second.
+/// Of a picture, to its last frame, however long the file's own sound lasts. It has one frame at least: a
+/// file may state its length in thousandths of a second.
 std::optional<fcpxml::Time> pictureDuration(const MediaAsset& video, double fps);
 /// Nothing for an absent text and one that does not parse. `counted` is the rate of the timecode; absent:
 /// that of `fps`, fractional rates near 30 and 60 counting in drop frame.

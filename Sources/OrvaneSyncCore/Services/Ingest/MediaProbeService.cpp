@@ -52,6 +52,17 @@ bool mayBeUnset(const MediaAsset& asset) {
            asset.startTimecodeString->find_first_of("123456789") == std::string::npos;
 }
 
+/// A movie lasts as long as its longest track, which is often the sound. Where that goes on for a frame or
+/// more, the pictures are counted: the end of their track may be stated in thousandths of a second.
+std::optional<double> pictureSeconds(const MediaInspection::VideoTrack& track, double movieSeconds) {
+    constexpr double nearlyWhole = 0.1, nearlyOne = 0.999; // frames
+    if (!track.endSeconds || !(track.nominalFrameRate.value_or(0) > 0)) return std::nullopt;
+    const double rate = exactRateValue(*track.nominalFrameRate), frames = *track.endSeconds * rate;
+    if (!((movieSeconds - *track.endSeconds) * rate >= nearlyOne)) return std::nullopt;
+    const double whole = std::round(frames);
+    return whole >= 1 && std::abs(frames - whole) < nearlyWhole ? whole / rate : *track.endSeconds;
+}
+
 void takeTracks(MediaAsset& asset, const MediaInspection& inspection) {
     asset.durationSeconds = inspection.durationSeconds;
     if (!inspection.videoTracks.empty()) {
@@ -61,6 +72,8 @@ void takeTracks(MediaAsset& asset, const MediaInspection& inspection) {
         if (track.nominalFrameRate && *track.nominalFrameRate > 0)
             asset.frameRate = asset.sensorFrameRate = track.nominalFrameRate;
         asset.videoCodecFourCC = track.codecFourCC;
+        if (asset.kind == AssetKind::video)
+            asset.pictureSeconds = pictureSeconds(track, inspection.durationSeconds.value_or(0));
     }
     if (!inspection.audioTracks.empty()) {
         asset.channelCount = inspection.audioTracks.front().channelCount;

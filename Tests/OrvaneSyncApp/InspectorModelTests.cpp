@@ -67,6 +67,46 @@ TEST_F(InspectorModelTest, theOutlineFollowsTheShootAndStepsOverTakes) {
     EXPECT_EQ(outline.neighbour(silent_, 1), a_) << "from a clip that is not shown to the first that is";
 }
 
+/// Takes 1 and 3 by two cameras, take 2 by the second alone, and clips without a take, which have no sound.
+TEST_F(InspectorModelTest, theOutlineKeepsTheOrderOfTheShoot) {
+    struct Listed {
+        const char *camera, *start, *take;
+    };
+    const auto outlineOf = [&](const std::vector<Listed>& shot) {
+        std::vector<SyncGroup> clips;
+        for (const auto& [camera, start, take] : shot) {
+            const MediaAsset picture = video(std::string(camera) + "_x.mov", start);
+            const std::string sound = std::string("T") + take + ".wav";
+            clips.push_back(*take == 0 ? SyncGroup(picture, {}, MatchStatus::unmatched())
+                                       : test::clip(picture, slated(audio(sound), "5", take)));
+        }
+        controller_->openStoredWork({{}, {}, SyncGroupList(std::move(clips))});
+        OutlineModel outline(*controller_);
+        std::string rows;
+        for (const std::string& label : labels(outline))
+            if (label.find("Cam") == std::string::npos) rows += label.substr(0, label.find('_')) + " ";
+        return rows;
+    };
+    const Listed one{"A001C001", "10:00:00:00", "1"}, three{"A001C003", "10:30:00:00", "3"},
+        silent{"A001C004", "10:50:00:00", ""};
+    EXPECT_EQ(outlineOf({one,
+                         three,
+                         silent,
+                         {"B001C001", "10:00:00:00", "1"},
+                         {"B001C002", "10:10:00:00", "2"},
+                         {"B001C003", "10:20:00:00", ""},
+                         {"B001C004", "10:30:00:00", "3"},
+                         {"B001C005", "10:40:00:00", ""},
+                         {"B001C006", "10:55:00:00", ""}}),
+              "5-1 5-2 B001C003 5-3 B001C005 A001C004 B001C006 ");
+    EXPECT_EQ(outlineOf({one, three, {"B001C001", "09:00:00:00", ""}, {"B001C002", "10:30:00:00", "3"}}),
+              "B001C001 5-1 5-3 ")
+        << "before the first row of its camera";
+    EXPECT_EQ(outlineOf({one, three, {"B001C001", "10:10:00:00", ""}, {"B001C002", "10:20:00:00", ""}}),
+              "5-1 5-3 B001C001 B001C002 ")
+        << "no row in common";
+}
+
 TEST_F(InspectorModelTest, theOutlinePaintsOnlyWhatChanged) {
     OutlineModel outline(*controller_);
     std::vector<std::size_t> rows;

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/ViewModels/Inspector/OutlineModel.h"
 
+#include "OrvaneSyncApp/ViewModels/Inspector/ShootOrder.h"
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 #include "OrvaneSyncApp/ViewModels/Results/DoubtCures.h"
 #include "OrvaneSyncCore/Models/Settings.h"
@@ -187,7 +188,8 @@ void OutlineModel::layOut() {
         if (!isHidden) rows_.push_back({{}, node.label, {node.group}, false, isInTake});
         rowByGroup_[node.group->id] = rows_.size() - 1;
     };
-    for (SidebarNode& node : SidebarOutline::build(work.syncGroups(), naming_.first, naming_.second)) {
+    auto nodes = SidebarOutline::build(work.syncGroups(), naming_.first, naming_.second);
+    for (SidebarNode& node : inShootOrder(std::move(nodes), work.syncGroups())) {
         if (node.group) {
             node.label = GroupNaming::manualName(*node.group).value_or(node.label);
             if (isFound(node.label, *node.group)) add(node, false, false);

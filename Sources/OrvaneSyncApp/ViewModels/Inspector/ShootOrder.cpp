@@ -1,0 +1,129 @@
+#include "OrvaneSyncApp/ViewModels/Inspector/ShootOrder.h"
+
+#include "OrvaneSyncCore/Services/Matching/Recordings.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
+
+#include <cmath>
+#include <cstddef>
+#include <list>
+#include <map>
+#include <optional>
+#include <ranges>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+const SyncGroup& firstClipOf(const SidebarNode& row) {
+    return row.group ? *row.group : *row.children.front().group;
+}
+
+/// By its letter, else by the card.
+std::string cameraOf(const SyncGroup& clip) {
+    return GroupNaming::cameraLetter(clip.video).value_or(std::string(folderPath(clip.video)));
+}
+
+/// Takes the clips in the order of their list and lays the row of each when it comes to its first one.
+class RowsByShoot {
+  public:
+    RowsByShoot(const std::vector<SidebarNode>& rows, const SyncGroupList& clips)
+        : rows_(rows), clips_(clips), places_(rows.size(), order_.end()), starts_(rows.size()) {
+        std::unordered_map<const SyncGroup*, std::size_t> rowOfClip;
+        for (std::size_t row = 0; row < rows.size(); ++row) {
+            if (rows[row].group) rowOfClip.emplace(rows[row].group.get(), row);
+            for (const SidebarNode& child : rows[row].children) rowOfClip.emplace(child.group.get(), row);
+        }
+        std::vector<const Clips*> owners(rows.size()); // the camera of its first clip
+        for (std::size_t i = 0; i < clips.size(); ++i) {
+            const std::size_t row = rowOfClip.at(clips.element(i).get());
+            Clips& camera = cameras_[cameraOf(clips[i])];
+            camera.push_back({i, row, std::nullopt});
+            if (owners[row] == nullptr) owners[row] = &camera;
+        }
+        for (auto& [name, camera] : cameras_) {
+            std::optional<std::size_t> shared;
+            for (Clip& clip : std::views::reverse(camera)) {
+                clip.nextShared = shared;
+                if (owners[clip.row] != &camera) shared = clip.row;
+            }
+        }
+    }
+
+    const std::list<std::size_t>& order() {
+        std::vector<std::pair<const Clips*, std::size_t>> places(clips_.size());
+        for (const auto& [name, camera] : cameras_)
+            for (std::size_t i = 0; i < camera.size(); ++i) places[camera[i].position] = {&camera, i};
+        for (const auto& [camera, index] : places)
+            if (!isLaid((*camera)[index].row)) lay(*camera, index);
+        return order_;
+    }
+
+  private:
+    struct Clip {
+        std::size_t position; ///< in the list
+        std::size_t row;
+        std::optional<std::size_t> nextShared; ///< of the later rows of this camera: the first of another's
+    };
+    using Clips = std::vector<Clip>; ///< of one camera
+    using Place = std::list<std::size_t>::iterator;
+
+    bool isLaid(std::size_t row) { return places_[row] != order_.end(); }
+
+    void lay(const Clips& camera, std::size_t index) {
+        const std::size_t row = camera[index].row;
+        const auto& next = camera[index].nextShared;
+        const Place limit = next ? places_[*next] : order_.end(); // where it is laid already
+        Place at = limit;
+        if (index > 0) {
+            at = std::next(places_[camera[index - 1].row]);
+            while (at != order_.end() && at != limit && start(row) && !isLater(*at, row)) ++at;
+        } else if (limit != order_.end()) {
+            while (at != order_.begin() && isLater(*std::prev(at), row)) --at;
+        }
+        places_[row] = order_.insert(at, row);
+    }
+
+    /// Whether both starts are known and the first row's is the later one.
+    bool isLater(std::size_t row, std::size_t than) {
+        const auto &a = start(row), &b = start(than);
+        if (!a || !b) return false;
+        const double seconds = a->range.startSeconds - b->range.startSeconds;
+        const auto dayOfA = a->knownDay(), dayOfB = b->knownDay();
+        if (dayOfA && dayOfB) return seconds + static_cast<double>(*dayOfA - *dayOfB) * secondsADay > 0;
+        // Of an unknown day: the shorter way around the clock.
+        return std::remainder(seconds, secondsADay) > 0;
+    }
+
+    const std::optional<FilePlace>& start(std::size_t row) {
+        if (!dates_) {
+            dates_.emplace(MatchRules::neighbours());
+            for (const SyncGroup& clip : clips_) dates_->learn(clip.video);
+        }
+        auto& known = starts_[row];
+        if (!known) known = dates_->of(firstClipOf(rows_[row]).video);
+        return *known;
+    }
+
+    const std::vector<SidebarNode>& rows_;
+    const SyncGroupList& clips_;
+    std::list<std::size_t> order_;
+    std::vector<Place> places_; ///< of each row in the order; its end for one that is not laid yet
+    std::map<std::string, Clips> cameras_;
+    std::optional<Places> dates_; ///< made for the first row whose start is asked for
+    std::vector<std::optional<std::optional<FilePlace>>> starts_;
+};
+
+} // namespace
+
+std::vector<SidebarNode> inShootOrder(std::vector<SidebarNode> rows, const SyncGroupList& clips) {
+    RowsByShoot shoot(rows, clips);
+    std::vector<SidebarNode> ordered;
+    ordered.reserve(rows.size());
+    for (const std::size_t row : shoot.order()) ordered.push_back(std::move(rows[row]));
+    return ordered;
+}
+
+} // namespace orvane

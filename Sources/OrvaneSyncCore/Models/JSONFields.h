@@ -14,16 +14,27 @@
 
 namespace orvane {
 
+/// How a member of a type stands in a record. Specialised for members with a form of their own.
+template <class T>
+struct JSONForm;
+
 /// One field of a record's JSON form: its key and its member. A member that is optional may be absent, every
 /// other one must be there.
-template <class Record, class Value>
+template <class Record, class Value, class FormOfField = JSONForm<Value>>
 struct JSONField {
+    using Form = FormOfField;
     std::string_view key;
     Value Record::*member;
 };
 /// For compilers that deduce nothing of an aggregate by themselves (clang before 17).
 template <class Record, class Value>
 JSONField(const char*, Value Record::*) -> JSONField<Record, Value>;
+
+/// A field with another form than members of its type have: `fieldAs<PathForm>("folder", &Record::folder)`.
+template <template <class> class Form, class Record, class Value>
+constexpr JSONField<Record, Value, Form<Value>> fieldAs(std::string_view key, Value Record::*member) {
+    return {key, member};
+}
 
 /// The JSON form of a record, as one list of its fields in their order, for reading and writing. Specialised
 /// where the record's form is defined:
@@ -34,7 +45,6 @@ JSONField(const char*, Value Record::*) -> JSONField<Record, Value>;
 template <class Record>
 struct JSONFields;
 
-/// How a member of a type stands in a record. Specialised for members with a form of their own.
 template <class T>
 struct JSONForm {
     static void put(JSON& json, std::string_view key, const T& value) {
@@ -97,9 +107,9 @@ struct JSONForm<std::set<int>> {
 
 template <class Record>
 JSON fieldsToJSON(const Record& record) {
-    JSON json;
-    const auto put = [&]<class Value>(const JSONField<Record, Value>& field) {
-        JSONForm<Value>::put(json, field.key, record.*field.member);
+    JSON json = JSON::object();
+    const auto put = [&]<class Field>(const Field& field) {
+        Field::Form::put(json, field.key, record.*field.member);
     };
     std::apply([&](const auto&... field) { (put(field), ...); }, JSONFields<Record>::list);
     return json;
@@ -108,9 +118,7 @@ JSON fieldsToJSON(const Record& record) {
 /// A record that is made of its fields in their order.
 template <class Record, class Json>
 Record madeFromJSON(const Json& json) {
-    const auto taken = [&]<class Value>(const JSONField<Record, Value>& field) {
-        return JSONForm<Value>::taken(json, field.key);
-    };
+    const auto taken = [&]<class Field>(const Field& field) { return Field::Form::taken(json, field.key); };
     return std::apply([&](const auto&... field) { return Record{taken(field)...}; },
                       JSONFields<Record>::list);
 }
@@ -118,8 +126,8 @@ Record madeFromJSON(const Json& json) {
 /// A record whose fields are read into one that is there.
 template <class Record, class Json>
 Record filledFromJSON(const Json& json, Record record) {
-    const auto take = [&]<class Value>(const JSONField<Record, Value>& field) {
-        record.*field.member = JSONForm<Value>::taken(json, field.key);
+    const auto take = [&]<class Field>(const Field& field) {
+        record.*field.member = Field::Form::taken(json, field.key);
     };
     std::apply([&](const auto&... field) { (take(field), ...); }, JSONFields<Record>::list);
     return record;

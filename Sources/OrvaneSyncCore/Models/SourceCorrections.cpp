@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Models/SourceCorrections.h"
 
+#include "OrvaneSyncCore/Models/JSONFields.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Text.h"
 #include "Timecode/Timecode.h"
@@ -9,6 +10,7 @@
 #include <cmath>
 #include <cstdint>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 namespace orvane {
@@ -113,34 +115,57 @@ std::string offsetText(double seconds, TimecodeFrameRate rate) {
     return (seconds < 0 && whole > 0 ? "-" : "") + text;
 }
 
-JSON toJSON(const SourceCorrections& corrections) {
-    JSON json = JSON::object();
-    if (corrections.soundOffset) json.set("soundOffset", *corrections.soundOffset);
-    if (corrections.soundDate) json.set("soundDate", *corrections.soundDate);
-    if (corrections.timecodeRate) json.set("timecodeRate", timecodeRate::name(*corrections.timecodeRate));
-    if (corrections.days) json.set("days", rawValue(*corrections.days));
-    return json;
+namespace {
+
+std::string storedText(const std::string& text) { return text; }
+std::string storedText(TimecodeFrameRate rate) { return std::string(timecodeRate::name(rate)); }
+std::string storedText(MatchingDays days) { return std::string(rawValue(days)); }
+
+/// A text; one that this version does not understand is as good as none.
+template <class T>
+struct LenientForm {
+    static void put(JSON& json, std::string_view key, const T& value) {
+        if (value) json.set(key, storedText(*value));
+    }
+    static T taken(const JSON& json, std::string_view key) {
+        const JSON* value = json.find(key);
+        const std::string* text = value != nullptr ? value->string() : nullptr;
+        if (text == nullptr) return std::nullopt;
+        if constexpr (std::is_same_v<T, std::optional<TimecodeFrameRate>>)
+            return timecodeRate::fromName(*text);
+        else if constexpr (std::is_same_v<T, std::optional<MatchingDays>>)
+            return fromRawValue<MatchingDays>(*text);
+        else
+            return *text;
+    }
+};
+
+bool isUsable(const SourceCorrections& corrections) {
+    try {
+        corrections.check();
+        return true;
+    } catch (const CorrectionError&) {
+        return false;
+    }
 }
+
+} // namespace
+
+template <>
+struct JSONFields<SourceCorrections> {
+    static constexpr std::tuple list{fieldAs<LenientForm>("soundOffset", &SourceCorrections::soundOffset),
+                                     fieldAs<LenientForm>("soundDate", &SourceCorrections::soundDate),
+                                     fieldAs<LenientForm>("timecodeRate", &SourceCorrections::timecodeRate),
+                                     fieldAs<LenientForm>("days", &SourceCorrections::days)};
+};
+
+JSON toJSON(const SourceCorrections& corrections) { return fieldsToJSON(corrections); }
 
 template <>
 SourceCorrections fromJSON<SourceCorrections>(const JSON& json) {
-    const auto text = [&](std::string_view key) {
-        const JSON* value = json.find(key);
-        const std::string* stored = value != nullptr ? value->string() : nullptr;
-        return stored != nullptr ? std::optional(*stored) : std::nullopt;
-    };
-    SourceCorrections result;
-    const auto keep = [&](SourceCorrections one) {
-        try {
-            one.check();
-            result = std::move(one);
-        } catch (const CorrectionError&) { // as good as none
-        }
-    };
-    if (const auto rate = text("timecodeRate")) result.timecodeRate = timecodeRate::fromName(*rate);
-    if (auto offset = text("soundOffset")) keep({std::move(offset), std::nullopt, result.timecodeRate});
-    if (auto date = text("soundDate")) keep({result.soundOffset, std::move(date), result.timecodeRate});
-    if (const auto days = text("days")) result.days = fromRawValue<MatchingDays>(*days);
+    auto result = madeFromJSON<SourceCorrections>(json);
+    if (!isUsable({result.soundOffset, std::nullopt, result.timecodeRate})) result.soundOffset.reset();
+    if (!isUsable({std::nullopt, result.soundDate})) result.soundDate.reset();
     return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/MediaAssetFields.h"
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
+#include "OrvaneSyncCore/Models/SyncGroupFields.h"
 
 #include <algorithm>
 
@@ -41,95 +42,7 @@ constexpr std::array<MethodRow, 3> methodRows{{
 
 const MethodRow& row(SyncMethod method) { return methodRows.at(static_cast<std::size_t>(method)); }
 
-using TextMap = std::map<std::string, std::string>;
-
-JSON toJSONMap(const TextMap& map) {
-    JSON json = JSON::object();
-    for (const auto& [key, value] : map) json.set(key, value);
-    return json;
-}
-
-TextMap mapFromJSON(const JSON& json) {
-    const JSON::Object* members = json.members();
-    if (members == nullptr) throw DecodingError("expected an object");
-    TextMap map;
-    for (const auto& [name, text] : *members) map[name] = fromJSON<std::string>(text);
-    return map;
-}
-
-const JSON& tree(const JSON& json) { return json; }
-JSON tree(const JSONView& json) { return json.value(); }
-
 } // namespace
-
-template <>
-struct JSONForm<std::optional<TextMap>> {
-    static void put(JSON& json, std::string_view key, const std::optional<TextMap>& map) {
-        if (map) json.set(key, toJSONMap(*map));
-    }
-    template <class Json>
-    static std::optional<TextMap> taken(const Json& object, std::string_view key) {
-        const auto value = object.find(key);
-        if (!value || value->isNull()) return std::nullopt;
-        try {
-            return mapFromJSON(tree(*value));
-        } catch (const DecodingError& error) {
-            throw DecodingError(std::string(key) + ": " + error.what());
-        }
-    }
-};
-
-template <>
-struct JSONFields<AudioMatch> {
-    static constexpr std::tuple list{
-        JSONField{"id", &AudioMatch::id}, JSONField{"audio", &AudioMatch::audio},
-        JSONField{"syncOffsetSeconds", &AudioMatch::syncOffsetSeconds},
-        JSONField{"overlapDurationSeconds", &AudioMatch::overlapDurationSeconds}};
-};
-
-template <>
-struct JSONFields<BlockOverride> {
-    static constexpr std::tuple list{JSONField{"id", &BlockOverride::id},
-                                     JSONField{"startSeconds", &BlockOverride::startSeconds},
-                                     JSONField{"endSeconds", &BlockOverride::endSeconds},
-                                     JSONField{"trackIndex", &BlockOverride::trackIndex}};
-};
-
-template <>
-struct JSONFields<SyncGroup> {
-    static constexpr std::tuple list{
-        JSONField{"id", &SyncGroup::id},
-        JSONField{"video", &SyncGroup::video},
-        JSONField{"audioMatches", &SyncGroup::audioMatches},
-        JSONField{"matchStatus", &SyncGroup::matchStatus},
-        JSONField{"clipName", &SyncGroup::clipName},
-        JSONField{"aleMetadata", &SyncGroup::aleMetadata},
-        JSONField{"lockitMetadata", &SyncGroup::lockitMetadata},
-        JSONField{"algorithmExcludedTracks", &SyncGroup::algorithmExcludedTracks},
-        JSONField{"manualActiveTracks", &SyncGroup::manualActiveTracks},
-        JSONField{"tracksManuallyEdited", &SyncGroup::tracksManuallyEdited},
-        JSONField{"manualBlockOverrides", &SyncGroup::manualBlockOverrides},
-        JSONField{"manualAudioOffsetSeconds", &SyncGroup::manualAudioOffsetSeconds},
-        JSONField{"audioAnchorOffsetInAudioSeconds", &SyncGroup::audioAnchorOffsetInAudioSeconds},
-        JSONField{"isApproved", &SyncGroup::isApproved},
-        JSONField{"pictureClapAnchorSeconds", &SyncGroup::pictureClapAnchorSeconds},
-        JSONField{"isLocked", &SyncGroup::isLocked},
-        JSONField{"lockedAtAudioAnchor", &SyncGroup::lockedAtAudioAnchor},
-        JSONField{"lockedAtPictureAnchor", &SyncGroup::lockedAtPictureAnchor},
-        JSONField{"lockedAtManualOffset", &SyncGroup::lockedAtManualOffset},
-        JSONField{"syncMethod", &SyncGroup::syncMethod},
-        JSONField{"generateNativeMOSClip", &SyncGroup::generateNativeMOSClip},
-        JSONField{"nativeMOSNameSuffix", &SyncGroup::nativeMOSNameSuffix},
-        JSONField{"generateProjectRateClipFlag", &SyncGroup::generateProjectRateClipFlag},
-        JSONField{"projectRateNameSuffix", &SyncGroup::projectRateNameSuffix},
-        JSONField{"manualClipName", &SyncGroup::manualClipName},
-        JSONField{"isPickup", &SyncGroup::isPickup},
-        JSONField{"isExcludedFromExport", &SyncGroup::isExcludedFromExport},
-        JSONField{"isExcludedFromMulticamFlag", &SyncGroup::isExcludedFromMulticamFlag},
-        JSONField{"masterGainDB", &SyncGroup::masterGainDB},
-        JSONField{"measuredLUFS", &SyncGroup::measuredLUFS},
-        JSONField{"masterGainAuto", &SyncGroup::masterGainAuto}};
-};
 
 std::string MatchStatus::label() const {
     const StatusRow& r = row(kind);

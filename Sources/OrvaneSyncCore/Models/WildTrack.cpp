@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Models/WildTrack.h"
 
+#include "OrvaneSyncCore/Models/JSONFields.h"
+
 #include <unordered_map>
 
 namespace orvane {
@@ -27,21 +29,19 @@ void carryNamesAndApprovals(std::vector<WildTrack>& tracks, const std::vector<Wi
     }
 }
 
-JSON toJSON(const WildTrack& track) {
-    JSON json;
-    json.set("id", toJSON(track.id));
-    json.set("audio", toJSON(track.audio));
-    json.set("customName", track.customName);
-    json.set("isApproved", track.isApproved);
-    return json;
-}
+template <>
+struct JSONFields<WildTrack> {
+    static constexpr std::tuple list{JSONField{"id", &WildTrack::id}, JSONField{"audio", &WildTrack::audio},
+                                     JSONField{"customName", &WildTrack::customName},
+                                     JSONField{"isApproved", &WildTrack::isApproved}};
+};
+
+JSON toJSON(const WildTrack& track) { return fieldsToJSON(track); }
 
 template <>
 WildTrack fromJSON<WildTrack>(const JSON& json) {
-    WildTrack track(required<MediaAsset>(json, "audio"));
-    required<UUID>(json, "id"); // belongs to the form; the one that counts is the audio's
-    track.customName = required<std::string>(json, "customName");
-    track.isApproved = required<bool>(json, "isApproved");
+    WildTrack track = filledFromJSON(json, WildTrack(MediaAsset(UUID(), FileURL(), AssetKind::audio)));
+    track.id = track.audio.id; // whatever stands beside it
     return track;
 }
 

@@ -1,7 +1,6 @@
 #include "OrvaneSyncCore/Services/Persistence/SessionRecords.h"
 
-#include "OrvaneSyncCore/Models/OrvaneSyncProject.h"
-#include "OrvaneSyncCore/Utilities/Base64.h"
+#include "OrvaneSyncCore/Models/StoredForms.h"
 
 #include <array>
 #include <cstdio>
@@ -9,14 +8,6 @@
 namespace orvane {
 
 namespace {
-
-void setBytes(JSON& json, std::string_view key, const std::optional<std::string>& bytes) {
-    if (bytes) json.set(key, base64::encoded(*bytes));
-}
-
-void setPath(JSON& json, std::string_view key, const std::optional<FileURL>& path) {
-    if (path) json.set(key, path->pathText());
-}
 
 template <class T>
 void replace(std::optional<T>& value, const std::optional<T>& later) {
@@ -81,75 +72,71 @@ std::string defaultName(const SessionFolders& folders, Date day) {
     return text.data();
 }
 
-JSON toJSON(const SessionInfo& info) {
-    JSON json;
-    json.set("id", toJSON(info.id));
-    json.set("name", info.name);
-    json.set("created", toJSON(info.created));
-    json.set("modified", toJSON(info.modified));
-    json.set("groupCount", info.groupCount);
-    json.set("lockedCount", info.lockedCount);
-    json.setIfPresent("folder", info.folder);
-    json.set("nameAutoDerived", info.nameAutoDerived);
-    return json;
-}
+/// A name of a session that was saved without a word about it follows the folders.
+template <class T>
+struct TrueIfMissingForm;
+
+template <>
+struct TrueIfMissingForm<bool> {
+    static void put(JSON& json, std::string_view key, bool value) { json.set(key, value); }
+    static bool taken(const JSON& json, std::string_view key) {
+        return optional<bool>(json, key).value_or(true);
+    }
+};
+
+template <>
+struct JSONFields<SessionInfo> {
+    static constexpr std::tuple list{
+        JSONField{"id", &SessionInfo::id},
+        JSONField{"name", &SessionInfo::name},
+        JSONField{"created", &SessionInfo::created},
+        JSONField{"modified", &SessionInfo::modified},
+        JSONField{"groupCount", &SessionInfo::groupCount},
+        JSONField{"lockedCount", &SessionInfo::lockedCount},
+        JSONField{"folder", &SessionInfo::folder},
+        fieldAs<TrueIfMissingForm>("nameAutoDerived", &SessionInfo::nameAutoDerived)};
+};
+
+template <>
+struct JSONFields<SessionFolders> {
+    static constexpr std::tuple list{fieldAs<PathForm>("videoFolder", &SessionFolders::videoFolder),
+                                     fieldAs<PathForm>("audioFolder", &SessionFolders::audioFolder),
+                                     fieldAs<BytesForm>("videoBookmark", &SessionFolders::videoBookmark),
+                                     fieldAs<BytesForm>("audioBookmark", &SessionFolders::audioBookmark),
+                                     fieldAs<OwnKeysForm>("", &SessionFolders::scope),
+                                     fieldAs<OwnKeysForm>("", &SessionFolders::corrections),
+                                     JSONField{"matchedBy", &SessionFolders::matchedBy}};
+};
+
+template <>
+struct JSONFields<FolderInfo> {
+    static constexpr std::tuple list{
+        JSONField{"name", &FolderInfo::name}, JSONField{"lockitProjectID", &FolderInfo::lockitProjectID},
+        JSONField{"metadataPrefix", &FolderInfo::metadataPrefix},
+        JSONField{"activePresetName", &FolderInfo::activePresetName},
+        fieldAs<BytesForm>("activeSettingsSnapshot", &FolderInfo::activeSettingsSnapshot)};
+};
+
+JSON toJSON(const SessionInfo& info) { return fieldsToJSON(info); }
 
 template <>
 SessionInfo fromJSON<SessionInfo>(const JSON& json) {
-    SessionInfo info;
-    info.id = required<UUID>(json, "id");
-    info.name = required<std::string>(json, "name");
-    info.created = required<Date>(json, "created");
-    info.modified = required<Date>(json, "modified");
-    info.groupCount = required<int>(json, "groupCount");
-    info.lockedCount = required<int>(json, "lockedCount");
-    info.folder = optional<std::string>(json, "folder");
-    info.nameAutoDerived = optional<bool>(json, "nameAutoDerived").value_or(true);
-    return info;
+    return madeFromJSON<SessionInfo>(json);
 }
 
-constexpr std::string_view matchedByKey = "matchedBy";
-
-JSON toJSON(const SessionFolders& folders) {
-    JSON json = JSON::object();
-    setPath(json, "videoFolder", folders.videoFolder);
-    setPath(json, "audioFolder", folders.audioFolder);
-    setBytes(json, "videoBookmark", folders.videoBookmark);
-    setBytes(json, "audioBookmark", folders.audioBookmark);
-    setScanScope(json, folders.scope);
-    setSourceCorrections(json, folders.corrections);
-    if (folders.matchedBy) json.set(matchedByKey, toJSON(*folders.matchedBy));
-    return json;
-}
+JSON toJSON(const SessionFolders& folders) { return fieldsToJSON(folders); }
 
 template <>
 SessionFolders fromJSON<SessionFolders>(const JSON& json) {
     if (!json.isObject()) throw DecodingError("expected an object");
-    const JSON* matchedBy = json.find(matchedByKey);
-    return {optionalPath(json, "videoFolder"),
-            optionalPath(json, "audioFolder"),
-            optionalBytes(json, "videoBookmark"),
-            optionalBytes(json, "audioBookmark"),
-            scanScopeFrom(json),
-            sourceCorrectionsFrom(json),
-            matchedBy != nullptr ? std::optional(fromJSON<SourceCorrections>(*matchedBy)) : std::nullopt};
+    return madeFromJSON<SessionFolders>(json);
 }
 
-JSON toJSON(const FolderInfo& folder) {
-    JSON json;
-    json.set("name", folder.name);
-    json.setIfPresent("lockitProjectID", folder.lockitProjectID);
-    json.setIfPresent("metadataPrefix", folder.metadataPrefix);
-    json.setIfPresent("activePresetName", folder.activePresetName);
-    setBytes(json, "activeSettingsSnapshot", folder.activeSettingsSnapshot);
-    return json;
-}
+JSON toJSON(const FolderInfo& folder) { return fieldsToJSON(folder); }
 
 template <>
 FolderInfo fromJSON<FolderInfo>(const JSON& json) {
-    return {required<std::string>(json, "name"), optional<std::string>(json, "lockitProjectID"),
-            optional<std::string>(json, "metadataPrefix"), optional<std::string>(json, "activePresetName"),
-            optionalBytes(json, "activeSettingsSnapshot")};
+    return madeFromJSON<FolderInfo>(json);
 }
 
 } // namespace orvane

@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/CalibrationResult.h"
 
+#include "OrvaneSyncCore/Models/JSONFields.h"
+
 #include <cmath>
 
 namespace orvane {
@@ -19,55 +21,67 @@ Date dateSinceReference(double seconds) {
     return Date(referenceDay) + std::chrono::milliseconds(std::llround(seconds * 1000.0));
 }
 
+/// Seconds since the reference day, UTC.
+template <class T>
+struct ReferenceSecondsForm;
+
+template <>
+struct ReferenceSecondsForm<Date> {
+    static void put(JSON& json, std::string_view key, Date date) {
+        json.set(key, secondsSinceReference(date));
+    }
+    static Date taken(const JSON& json, std::string_view key) {
+        return dateSinceReference(required<double>(json, key));
+    }
+};
+
 } // namespace
 
-JSON toJSON(const CalibrationPerm& perm) {
-    JSON json;
-    json.set("voiceIsoAmount", perm.voiceIsoAmount);
-    json.set("loudnessAmount", perm.loudnessAmount);
-    json.set("uniformity", perm.uniformity);
-    return json;
-}
+template <>
+struct JSONFields<CalibrationPerm> {
+    static constexpr std::tuple list{JSONField{"voiceIsoAmount", &CalibrationPerm::voiceIsoAmount},
+                                     JSONField{"loudnessAmount", &CalibrationPerm::loudnessAmount},
+                                     JSONField{"uniformity", &CalibrationPerm::uniformity}};
+};
+
+template <>
+struct JSONFields<CalibrationMeasurement> {
+    static constexpr std::tuple list{JSONField{"perm", &CalibrationMeasurement::perm},
+                                     JSONField{"peakDeltaDB", &CalibrationMeasurement::peakDeltaDB},
+                                     JSONField{"rmsDeltaDB", &CalibrationMeasurement::rmsDeltaDB},
+                                     JSONField{"lufsDeltaDB", &CalibrationMeasurement::lufsDeltaDB},
+                                     JSONField{"bouncedFilename", &CalibrationMeasurement::bouncedFilename}};
+};
+
+template <>
+struct JSONFields<CalibrationResult> {
+    static constexpr std::tuple list{
+        fieldAs<ReferenceSecondsForm>("measuredAt", &CalibrationResult::measuredAt),
+        JSONField{"sourcePeakDBFS", &CalibrationResult::sourcePeakDBFS},
+        JSONField{"sourceRMSDBFS", &CalibrationResult::sourceRMSDBFS},
+        JSONField{"sourceLUFS", &CalibrationResult::sourceLUFS},
+        JSONField{"measurements", &CalibrationResult::measurements}};
+};
+
+JSON toJSON(const CalibrationPerm& perm) { return fieldsToJSON(perm); }
 
 template <>
 CalibrationPerm fromJSON<CalibrationPerm>(const JSON& json) {
-    return {required<int>(json, "voiceIsoAmount"), required<int>(json, "loudnessAmount"),
-            required<int>(json, "uniformity")};
+    return madeFromJSON<CalibrationPerm>(json);
 }
 
-JSON toJSON(const CalibrationMeasurement& measurement) {
-    JSON json;
-    json.set("perm", toJSON(measurement.perm));
-    json.set("peakDeltaDB", measurement.peakDeltaDB);
-    json.set("rmsDeltaDB", measurement.rmsDeltaDB);
-    json.set("lufsDeltaDB", measurement.lufsDeltaDB);
-    json.set("bouncedFilename", measurement.bouncedFilename);
-    return json;
-}
+JSON toJSON(const CalibrationMeasurement& measurement) { return fieldsToJSON(measurement); }
 
 template <>
 CalibrationMeasurement fromJSON<CalibrationMeasurement>(const JSON& json) {
-    return {required<CalibrationPerm>(json, "perm"), required<double>(json, "peakDeltaDB"),
-            required<double>(json, "rmsDeltaDB"), required<double>(json, "lufsDeltaDB"),
-            required<std::string>(json, "bouncedFilename")};
+    return madeFromJSON<CalibrationMeasurement>(json);
 }
 
-JSON toJSON(const CalibrationResult& result) {
-    JSON json;
-    json.set("measuredAt", secondsSinceReference(result.measuredAt));
-    json.set("sourcePeakDBFS", result.sourcePeakDBFS);
-    json.set("sourceRMSDBFS", result.sourceRMSDBFS);
-    json.set("sourceLUFS", result.sourceLUFS);
-    json.set("measurements", toJSONArray(result.measurements));
-    return json;
-}
+JSON toJSON(const CalibrationResult& result) { return fieldsToJSON(result); }
 
 template <>
 CalibrationResult fromJSON<CalibrationResult>(const JSON& json) {
-    return {dateSinceReference(required<double>(json, "measuredAt")),
-            required<double>(json, "sourcePeakDBFS"), required<double>(json, "sourceRMSDBFS"),
-            required<double>(json, "sourceLUFS"),
-            requiredArray<CalibrationMeasurement>(json, "measurements")};
+    return madeFromJSON<CalibrationResult>(json);
 }
 
 } // namespace orvane

@@ -1,0 +1,85 @@
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
+
+#include "OrvaneSyncCore/Models/PersistedGroupFields.h"
+#include "OrvaneSyncCore/Models/SyncGroupFields.h"
+#include "Support/Assets.h"
+#include "Support/Test.h"
+
+#include <concepts>
+#include <set>
+#include <string_view>
+
+namespace orvane {
+namespace {
+
+/// What a scan finds, and no editor decides.
+template <class T>
+constexpr bool isOfScan =
+    std::same_as<T, UUID> || std::same_as<T, MediaAsset> || std::same_as<T, std::vector<AudioMatch>>;
+
+template <class T>
+T changed(const T& value) {
+    if constexpr (std::same_as<T, bool>)
+        return !value;
+    else if constexpr (std::is_arithmetic_v<T>)
+        return value + 1;
+    else if constexpr (std::same_as<T, std::string>)
+        return value + "x";
+    else if constexpr (std::same_as<T, std::set<int>>)
+        return std::set{3};
+    else if constexpr (std::same_as<T, SyncMethod>)
+        return SyncMethod::manual;
+    else if constexpr (std::same_as<T, MatchStatus>)
+        return MatchStatus::manual();
+    else if constexpr (std::same_as<T, std::vector<BlockOverride>>)
+        return T{BlockOverride{UUID::random(), 0, 1, 2}};
+    else if constexpr (std::same_as<T, std::optional<ImportedTexts>>)
+        return T(ImportedTexts{{"Scene", "1"}});
+    else // optional
+        return T(changed(typename T::value_type{}));
+}
+
+/// Whoever adds a field to a clip says here what it is, or has it kept.
+TEST(SyncGroup, everyDecisionIsSeenAndIsInAProject) {
+    const std::set<std::string_view> foundByScansAndAnalyses{
+        "clipName", "aleMetadata", "lockitMetadata", "manualActiveTracks", "masterGainDB", "measuredLUFS"};
+    const std::set<std::string_view> ofAnotherDecision{"lockedAtAudioAnchor", "lockedAtPictureAnchor",
+                                                       "lockedAtManualOffset", "nativeMOSNameSuffix",
+                                                       "projectRateNameSuffix"};
+    const std::set<std::string_view> inSessionsAlone{"matchStatus",
+                                                     "aleMetadata",
+                                                     "lockitMetadata",
+                                                     "tracksManuallyEdited",
+                                                     "isLocked",
+                                                     "lockedAtAudioAnchor",
+                                                     "lockedAtManualOffset",
+                                                     "lockedAtPictureAnchor",
+                                                     "syncMethod",
+                                                     "masterGainAuto",
+                                                     "masterGainDB",
+                                                     "measuredLUFS",
+                                                     "generateNativeMOSClip",
+                                                     "nativeMOSNameSuffix",
+                                                     "projectRateNameSuffix",
+                                                     "generateProjectRateClipFlag",
+                                                     "pictureClapAnchorSeconds"};
+    const SyncGroup plain = test::clip(test::video("a.mov"), test::audio("s.wav"));
+    EXPECT_FALSE(holdsDecisions(plain));
+    const auto check = [&]<class Value, class Form>(const JSONField<SyncGroup, Value, Form>& field) {
+        if constexpr (!isOfScan<Value>) {
+            SyncGroup group = plain;
+            const Value value = changed(group.*field.member);
+            group.*field.member = value;
+            EXPECT_EQ(holdsDecisions(group),
+                      !foundByScansAndAnalyses.contains(field.key) && !ofAnotherDecision.contains(field.key))
+                << field.key;
+            SyncGroup scanned = plain;
+            fromJSON<PersistedGroup>(toJSON(PersistedGroup(group))).applyTo(scanned);
+            EXPECT_EQ(scanned.*field.member == value, !inSessionsAlone.contains(field.key)) << field.key;
+        }
+    };
+    std::apply([&](const auto&... field) { (check(field), ...); }, JSONFields<SyncGroup>::list);
+}
+
+} // namespace
+} // namespace orvane

@@ -96,6 +96,22 @@ struct Metadata {
     }
 };
 
+enum class DurationIs { required, optional };
+
+/// Where a clip lies, its name and whether it is heard and seen, in the order of every clip.
+template <class Record, class Writer>
+void placementSlots(const Record& record, Writer& writer, DurationIs durationIs = DurationIs::required) {
+    writer.attribute("lane", record.lane);
+    writer.attribute("offset", record.offset);
+    writer.attribute("name", record.name);
+    writer.attribute("start", record.start);
+    if (durationIs == DurationIs::required)
+        writer.required("duration", "Time", record.duration);
+    else
+        writer.attribute("duration", record.duration);
+    writer.attribute("enabled", record.enabled, true);
+}
+
 /// Channels of an audio asset.
 struct Audio {
     static constexpr std::string_view elementName = "audio";
@@ -135,12 +151,7 @@ struct Clip {
 
     template <class Writer>
     void slots(Writer& writer) const {
-        writer.attribute("lane", lane);
-        writer.attribute("offset", offset);
-        writer.attribute("name", name);
-        writer.attribute("start", start);
-        writer.required("duration", "Time", duration);
-        writer.attribute("enabled", enabled, true);
+        placementSlots(*this, writer);
         writer.attribute("format", format);
         writer.attribute("tcFormat", tcFormat);
         writer.embedded(adjust);
@@ -153,12 +164,7 @@ struct Clip {
 template <class Writer>
 void Audio::slots(Writer& writer) const {
     writer.always("ref", ref);
-    writer.attribute("lane", lane);
-    writer.attribute("offset", offset);
-    writer.attribute("name", name);
-    writer.attribute("start", start);
-    writer.required("duration", "Time", duration);
-    writer.attribute("enabled", enabled, true);
+    placementSlots(*this, writer);
     writer.always("srcID", srcID);
     writer.attribute("role", role);
     writer.always("srcCh", srcCh);
@@ -191,12 +197,7 @@ struct AssetClip {
     template <class Writer>
     void slots(Writer& writer) const {
         writer.always("ref", ref);
-        writer.attribute("lane", lane);
-        writer.attribute("offset", offset);
-        writer.attribute("name", name);
-        writer.attribute("start", start);
-        writer.attribute("duration", duration);
-        writer.attribute("enabled", enabled, true);
+        placementSlots(*this, writer, DurationIs::optional);
         writer.attribute("srcEnable", srcEnable, SrcEnable::all);
         writer.attribute("format", format);
         writer.attribute("tcFormat", tcFormat);

@@ -96,12 +96,7 @@ struct MCClip {
     template <class Writer>
     void slots(Writer& writer) const {
         writer.always("ref", ref);
-        writer.attribute("lane", lane);
-        writer.attribute("offset", offset);
-        writer.attribute("name", name);
-        writer.attribute("start", start);
-        writer.required("duration", "Time", duration);
-        writer.attribute("enabled", enabled, true);
+        placementSlots(*this, writer);
         writer.attribute("srcEnable", srcEnable, SrcEnable::all);
         writer.embedded(adjust);
         writer.children(sources);

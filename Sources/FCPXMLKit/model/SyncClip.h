@@ -66,12 +66,7 @@ struct SyncClip {
 
     template <class Writer>
     void slots(Writer& writer) const {
-        writer.attribute("lane", lane);
-        writer.attribute("offset", offset);
-        writer.attribute("name", name);
-        writer.attribute("start", start);
-        writer.required("duration", "Time", duration);
-        writer.attribute("enabled", enabled, true);
+        placementSlots(*this, writer);
         writer.attribute("format", format);
         writer.attribute("audioStart", audioStart);
         writer.attribute("audioDuration", audioDuration);

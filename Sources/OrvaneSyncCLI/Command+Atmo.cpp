@@ -3,21 +3,11 @@
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/RoomTone.h"
 #include "OrvaneSyncCLI/Table.h"
-#include "Platform/Text.h"
-
-#include <cmath>
+#include "OrvaneSyncCore/Utilities/CountText.h"
 
 namespace orvane::cli {
 
 namespace {
-
-/// Minutes and seconds, such as 01:23.45.
-std::string startText(const AtmoCandidate& candidate) {
-    constexpr double minute = 60;
-    const double seconds = static_cast<double>(candidate.startSample) / candidate.sampleRate;
-    return formatted("%02.0f:", std::floor(seconds / minute)) +
-           formatted("%05.2f", std::fmod(seconds, minute));
-}
 
 std::string candidatesText(const AtmoController::Candidates& candidates, bool bold) {
     Table table({{"SCENE"},
@@ -29,8 +19,8 @@ std::string candidatesText(const AtmoController::Candidates& candidates, bool bo
     for (const auto& [scene, found] : candidates)
         for (const AtmoCandidate& one : found)
             table.add({scene, one.url.lastPathComponent(), std::to_string(one.channelIndex + 1),
-                       startText(one), formatted("%.1fs", one.durationSeconds()),
-                       formatted("%.1f dBFS", one.rmsDBFS())});
+                       fineClockText(static_cast<double>(one.startSample) / one.sampleRate),
+                       formatted("%.1fs", one.durationSeconds()), formatted("%.1f dBFS", one.rmsDBFS())});
     return table.text(bold);
 }
 

@@ -5,12 +5,15 @@
 #include "OrvaneSyncApp/ViewModels/Sheets/AtmoBuilderModel.h"
 #include "OrvaneSyncApp/ViewModels/Sheets/Feedback.h"
 #include "OrvaneSyncApp/ViewModels/Sheets/SegmentPlayer.h"
+#include "Platform/Files.h"
 #include "Platform/Stop.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 #include "Support/VirtualMainThread.h"
 
 #include <atomic>
+#include <filesystem>
+#include <regex>
 #include <thread>
 
 namespace orvane {
@@ -57,6 +60,14 @@ TEST(DoubtCures, SayForTheWindowWhatTheTerminalHasOptionsFor) {
          {},
          false},
         {"copy the card again", "copy the card again", {}, false},
+        {R"(--sound-date 2026-11-21 in a scan of this day alone (--video 'Bob'\''s card' --audio '/a'))",
+         "date the recordings 2026-11-21 in a scan of this day alone (picture: 'Bob's card', sound: '/a')",
+         {},
+         false},
+        {"listen to A --audio B.wav and to --days 3--set.wav",
+         "listen to A --audio B.wav and to --days 3--set.wav",
+         {},
+         false},
     };
     for (const Case& one : cases) {
         const Cure cure = cureInWords(doubt(one.cure));
@@ -77,6 +88,18 @@ TEST(DoubtCures, SayForTheWindowWhatTheTerminalHasOptionsFor) {
         "menu");
 }
 
+TEST(DoubtCures, ReplaceNothingThatTheCoreDoesNotSay) {
+    namespace fs = std::filesystem;
+    const fs::path sources(ORVANE_SOURCE_DIR "/Sources");
+    std::string said =
+        platform::files::readText(sources / "OrvaneSyncApp/Controllers/Commands/SmartAudioWarnings.cpp");
+    for (const auto& file : fs::directory_iterator(sources / "OrvaneSyncCore/Services/Diagnosis"))
+        said += platform::files::readText(file.path());
+    said = std::regex_replace(said, std::regex("\"\\s*\""), ""); // sentences over several lines
+    for (const std::string_view phrase : terminalPhrases())
+        EXPECT_NE(said.find(phrase), std::string::npos) << phrase;
+}
+
 TEST(AtmoBuilderModel, PreselectsTheLongestAndBuildsWhatIsChosen) {
     AtmoBuilderModel model({{"12", {candidate(40), candidate(30), candidate(20)}}, {"13", {}}});
     ASSERT_EQ(model.scenes().size(), 1U) << "a scene without a stretch is not listed";
@@ -93,6 +116,7 @@ TEST(AtmoBuilderModel, PreselectsTheLongestAndBuildsWhatIsChosen) {
     EXPECT_EQ(model.scenes()[0].status, "✗ no room");
     model.clear(0);
     EXPECT_FALSE(model.begin(0)) << "nothing is chosen";
+    EXPECT_EQ(AtmoBuilderModel::startText({UUID::random(), {}, 0, 119996, 0, 1000, 0}), "02:00.00");
     EXPECT_EQ(AtmoBuilderModel::startText({UUID::random(), {}, 0, 48000 * 125 + 14400, 0, 48000, 0}),
               "02:05.30");
 }

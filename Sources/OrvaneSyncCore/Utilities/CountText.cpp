@@ -23,4 +23,12 @@ std::string clockText(double seconds) {
     return text.data();
 }
 
+std::string fineClockText(double seconds) {
+    const long long hundredths = std::llround(seconds * 100);
+    std::array<char, 48> text{};
+    std::snprintf(text.data(), text.size(), "%02lld:%02lld.%02lld", hundredths / 6000, hundredths / 100 % 60,
+                  hundredths % 100);
+    return text.data();
+}
+
 } // namespace orvane

@@ -2,6 +2,7 @@
 
 #include "Platform/Text.h"
 
+#include <concepts>
 #include <string>
 #include <string_view>
 
@@ -10,7 +11,12 @@ namespace orvane {
 using platform::text::formatted;
 /// "1 clip", "3 clips".
 std::string counted(long long count, std::string_view one, std::string_view many);
+std::string counted(std::unsigned_integral auto count, std::string_view one, std::string_view many) {
+    return counted(static_cast<long long>(count), one, many);
+}
 /// Minutes and seconds, or hours too, such as "1:05" and "1:00:07"; empty for nothing.
 std::string clockText(double seconds);
+/// Minutes and seconds to the hundredth, such as "01:23.45".
+std::string fineClockText(double seconds);
 
 } // namespace orvane

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/ViewModels/Results/WarningWords.h"
 
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Models/SourceCorrections.h"
 
 #include <array>
 #include <cstddef>
@@ -15,28 +16,48 @@ namespace {
 
 using platform::JSON;
 
-/// The option and its value from `at` on; the value ends at a blank, a comma or a semicolon.
+/// The option and its value from `at` on.
 struct Quoted {
     std::string option, value;
     std::size_t length = 0;
 };
 
-std::string wordAt(std::string_view text, std::size_t at) {
-    if (at < text.size() && text[at] == '\'') { // a folder, in quotes
-        const std::size_t end = text.find('\'', at + 1);
-        return std::string(text.substr(at, end == std::string_view::npos ? end : end + 1 - at));
+struct Word {
+    std::string text;
+    std::size_t length = 0; ///< as it is written
+};
+
+/// Up to a blank, a comma or a semicolon. A folder stands in quotes, as a shell reads them; what is said of
+/// it is its name, in one pair of quotes.
+Word wordAt(std::string_view text, std::size_t at) {
+    Word word;
+    bool isInQuotes = false, wasInQuotes = false;
+    std::size_t i = at;
+    for (; i < text.size(); ++i) {
+        if (text[i] == '\'') {
+            isInQuotes = !isInQuotes;
+            wasInQuotes = true;
+        } else if (!isInQuotes && text[i] == '\\' && i + 1 < text.size()) {
+            word.text += text[++i];
+        } else if (!isInQuotes && std::string_view(" ,;)").find(text[i]) != std::string_view::npos) {
+            break;
+        } else {
+            word.text += text[i];
+        }
     }
-    return std::string(text.substr(at, text.find_first_of(" ,;)", at) - at));
+    word.length = i - at;
+    if (wasInQuotes) word.text = "'" + word.text + "'";
+    return word;
 }
 
 Quoted quotedAt(std::string_view text, std::size_t at) {
-    Quoted found;
-    found.option = wordAt(text, at);
-    found.length = found.option.size();
+    const Word option = wordAt(text, at);
+    Quoted found{option.text, {}, option.length};
     // A switch without a value stands at the end of what it says.
     if (at + found.length < text.size() && text[at + found.length] == ' ') {
-        found.value = wordAt(text, at + found.length + 1);
-        found.length += 1 + found.value.size();
+        Word value = wordAt(text, at + found.length + 1);
+        found.value = std::move(value.text);
+        found.length += 1 + value.length;
     }
     return found;
 }
@@ -59,53 +80,70 @@ struct Spoken {
     std::optional<CureStep> step;
 };
 
-Spoken spokenDays(const std::string& value) {
+bool isCorrection(std::optional<std::string> offset, std::optional<std::string> date,
+                  const std::optional<std::string>& rate) {
+    try {
+        SourceCorrections::fromTexts(std::move(offset), std::move(date), rate);
+        return true;
+    } catch (const CorrectionError&) {
+        return false;
+    }
+}
+
+std::optional<Spoken> spokenDays(const std::string& value) {
+    if (!fromRawValue<MatchingDays>(value)) return std::nullopt;
     const std::string words = value == rawValue(MatchingDays::same)
                                   ? "match sound of the same day only"
                                   : "let clips meet the sound of the days before and behind";
     const std::string button = value == rawValue(MatchingDays::same) ? "Same Day Only" : "Neighbouring Days";
-    return {words, CureStep{button, "setSetting", setting(settings::matchingDays.key, value), true}};
+    return Spoken{words, CureStep{button, "setSetting", setting(settings::matchingDays.key, value), true}};
 }
 
-Spoken spokenSetting(const std::string& assignment) {
+std::optional<Spoken> spokenSetting(const std::string& assignment) {
     const std::size_t equals = assignment.find('=');
     const std::string key = assignment.substr(0, equals);
     const std::string value = assignment.substr(equals + 1);
     if (key == settings::ltcEnabled.key) {
         JSON arguments = one("key", JSON(key));
         arguments.set("value", JSON(true));
-        return {"“Read Timecode from the Sound”",
-                CureStep{"Read Timecode from the Sound", "setSetting", std::move(arguments), true}};
+        return Spoken{"“Read Timecode from the Sound”",
+                      CureStep{"Read Timecode from the Sound", "setSetting", std::move(arguments), true}};
     }
     const auto mode = fromRawValue<TrimMode>(value);
-    const std::string name = mode ? std::string(displayText(*mode)) : value;
-    return {"“Length of the clips: " + name + "”",
-            CureStep{"Trim to " + name, "setSetting", setting(settings::trimMode.key, value), false}};
+    if (key != settings::trimMode.key || !mode) return std::nullopt;
+    const std::string name(displayText(*mode));
+    return Spoken{"“Length of the clips: " + name + "”",
+                  CureStep{"Trim to " + name, "setSetting", setting(settings::trimMode.key, value), false}};
 }
 
-Spoken spoken(const Quoted& quoted) {
+/// Nothing for what is no option of a cure with a value that it takes: names of files may look like options.
+std::optional<Spoken> spoken(const Quoted& quoted) {
     const std::string& value = quoted.value;
-    if (quoted.option == "--tc-rate")
-        return {"count timecode at " + value + " frames a second",
-                CureStep{"Count at " + value, "setCorrections", one("timecodeRate", JSON(value)), true}};
-    if (quoted.option == "--sound-date") {
-        if (value == "YYYY-MM-DD") return {"give the recordings the right date", std::nullopt};
-        return {"date the recordings " + value,
-                CureStep{"Date Sound " + value, "setCorrections", one("soundDate", JSON(value)), true}};
-    }
-    if (quoted.option == "--sound-offset")
-        return {"move all sound by " + value,
-                CureStep{"Move Sound " + value, "setCorrections", one("soundOffset", JSON(value)), true}};
+    const auto correction = [&](std::string words, std::string button, std::string_view name) {
+        return Spoken{std::move(words),
+                      CureStep{std::move(button), "setCorrections", one(name, JSON(value)), true}};
+    };
+    if (quoted.option == "--tc-rate" && isCorrection({}, {}, value))
+        return correction("count timecode at " + value + " frames a second", "Count at " + value,
+                          "timecodeRate");
+    if (quoted.option == "--sound-date" && value == "YYYY-MM-DD")
+        return Spoken{"give the recordings the right date", std::nullopt};
+    if (quoted.option == "--sound-date" && isCorrection({}, value, {}))
+        return correction("date the recordings " + value, "Date Sound " + value, "soundDate");
+    if (quoted.option == "--sound-offset" && isCorrection(value, {}, {}))
+        return correction("move all sound by " + value, "Move Sound " + value, "soundOffset");
     if (quoted.option == "--days") return spokenDays(value);
     if (quoted.option == "--set") return spokenSetting(value);
-    if (quoted.option == "--choose")
-        return {"“Choose First Recordings”", CureStep{"Choose First", "chooseFirst", JSON::object(), false}};
-    if (quoted.option == "--video") return {"picture: " + value, std::nullopt};
-    if (quoted.option == "--audio") return {"sound: " + value, std::nullopt};
-    return {quoted.option + (value.empty() ? "" : " " + value), std::nullopt};
+    if (quoted.option == "--choose" && value == "first")
+        return Spoken{"“Choose First Recordings”",
+                      CureStep{"Choose First", "chooseFirst", JSON::object(), false}};
+    const bool isFolder = value.starts_with('\'') || value == "FOLDER";
+    if (quoted.option == "--video" && isFolder) return Spoken{"picture: " + value, std::nullopt};
+    if (quoted.option == "--audio" && isFolder) return Spoken{"sound: " + value, std::nullopt};
+    return std::nullopt;
 }
 
-/// Phrases that name what only a terminal has.
+/// Phrases of the core that name what only a terminal has.
 constexpr std::array<std::pair<std::string_view, std::string_view>, 6> phrases{{
     {"choose in the table of 'scan --review'", "choose the recording in the clip's menu"},
     {"an x under 'skip' in the table of 'scan --review' to leave the clip out",
@@ -145,18 +183,29 @@ Cure inWords(const std::string& from) {
         cure.text += from.substr(at, option - at);
         if (option == std::string::npos) break;
         const Quoted quoted = quotedAt(from, option);
-        Spoken said = spoken(quoted);
+        auto said = spoken(quoted);
+        if (!said) {
+            cure.text += "--";
+            at = option + 2;
+            continue;
+        }
         const bool followsOption = lastEnd != std::string::npos && option == lastEnd + 1;
         if (followsOption && (quoted.option == "--sound-offset" || quoted.option == "--audio"))
             cure.text.replace(cure.text.size() - 1, 1, quoted.option == "--audio" ? ", " : " and ");
-        cure.text += said.words;
-        if (said.step && !isForSome) add(cure.steps, std::move(*said.step), followsOption);
+        cure.text += said->words;
+        if (said->step && !isForSome) add(cure.steps, std::move(*said->step), followsOption);
         at = lastEnd = option + quoted.length;
     }
     return cure;
 }
 
 } // namespace
+
+std::vector<std::string_view> terminalPhrases() {
+    std::vector<std::string_view> result;
+    for (const auto& [quoted, words] : phrases) result.push_back(quoted);
+    return result;
+}
 
 std::string messageInWords(const SyncDoubt& doubt) { return withoutPhrases(doubt.message); }
 

@@ -30,5 +30,8 @@ struct Cure {
 std::string messageInWords(const SyncDoubt& doubt);
 /// Pure; any thread.
 Cure cureInWords(const SyncDoubt& doubt);
+/// What the doubts and warnings of the core say where a window says something else. Each has to be said
+/// somewhere: a sentence of the core that is put otherwise would come into the window as it is.
+std::vector<std::string_view> terminalPhrases();
 
 } // namespace orvane

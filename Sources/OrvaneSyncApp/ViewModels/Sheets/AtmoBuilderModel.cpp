@@ -78,9 +78,7 @@ void AtmoBuilderModel::failed(std::size_t scene, const std::string& why) {
 }
 
 std::string AtmoBuilderModel::startText(const AtmoCandidate& candidate) {
-    const double start = static_cast<double>(candidate.startSample) / candidate.sampleRate;
-    const int minutes = static_cast<int>(start / 60);
-    return formatted("%02.0f:", minutes) + formatted("%05.2f", start - 60.0 * minutes);
+    return fineClockText(static_cast<double>(candidate.startSample) / candidate.sampleRate);
 }
 
 std::string AtmoBuilderModel::lengthText(const AtmoCandidate& candidate) {

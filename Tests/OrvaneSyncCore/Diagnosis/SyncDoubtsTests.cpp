@@ -137,6 +137,39 @@ TEST(SyncDoubts, TimecodeIsHeldAgainstTheDatesOfTheFiles) {
     }
 }
 
+TEST(SyncDoubts, FewClipsAreDoubtedByTheirHeadersOneByOne) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    struct Case {
+        const char* name;
+        int clips;
+        double headerLater; ///< seconds
+        const char* recorded;
+        Kind kind;
+        int doubted;
+    };
+    for (const Case& one : {Case{"a card of one clip", 1, 10, "2024-05-17", Kind::otherDay, 1},
+                            {"two folders of one clip", 2, 10, "2024-05-17", Kind::otherDay, 2},
+                            {"three, which tell by themselves", 3, 10, "2024-05-17", Kind::otherDateFits, 3},
+                            {"a header of a program", 1, 20'000, "2024-05-17", Kind::otherDay, 0},
+                            {"its own day", 1, 10, "2024-05-18", Kind::otherDay, 0}}) {
+        Shot shot;
+        for (int i = 0; i < one.clips; ++i) {
+            const double at = 36000 + 3600 * i;
+            const std::string number = std::to_string(i);
+            shot.videos.push_back(clipAt("/CAM/C" + number + "/A.mov", at, 8));
+            shot.videos.back().headerDate = *dateFromISO8601("2024-05-18T00:00:00Z") +
+                                            std::chrono::seconds(std::llround(at + one.headerLater));
+            shot.audios.push_back(recordingAt("/S/T" + number + ".wav", at - 3, 14));
+        }
+        shot.date(shot.audios, one.recorded);
+        shot.diagnose();
+        EXPECT_EQ(shot.count(one.kind), one.doubted) << one.name;
+        EXPECT_EQ(std::ssize(shot.doubts.byGroup), one.doubted) << one.name;
+        if (one.clips < 3) continue;
+        EXPECT_EQ(shot.card(one.kind)->doubt.message.substr(0, 23), "the clips in '/CAM' are");
+    }
+}
+
 TEST(SyncDoubts, ADateThatFitsTheClipMayBeWrong) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     Shot shot; // the second day's recorder still has the first day's date, and two clips lost their sound

@@ -53,7 +53,11 @@ class DayDoubts {
         isDateGivenToSeveralShoots_ = givesDateToSeveralShoots(shoot_);
         if (daysMayBeMixed_) findSuspected();
         findFree();
-        for (const Card& card : cardsOf(shoot_.clips)) wrongDateOf(card);
+        for (const Card& card : cardsOfManyClips()) {
+            wrongDateOf(card);
+            if (std::cmp_less(card.files.size(), fewestOfADate))
+                for (const std::size_t file : card.files) fewOfItsDate_.insert(file);
+        }
         platform::StopCheck check(shoot_.stop);
         for (const Shoot::Clip& clip : shoot_.clips) {
             check();
@@ -91,6 +95,32 @@ class DayDoubts {
         if (clipsAt == unknown) folders += ", FOLDER being where that day's clips lie";
         if (soundAt == unknown) folders += ", FOLDER being where that day's recordings lie";
         return " in a scan of this day alone (" + folders + ")";
+    }
+
+    /// The cards by day; those with less clips than can speak against a date are taken together, as cameras
+    /// may have a folder for each clip.
+    std::vector<Card> cardsOfManyClips() const {
+        std::vector<Card> cards, small;
+        for (Card& card : cardsOf(shoot_.clips))
+            (std::cmp_less(card.files.size(), fewestOfADate) && card.day ? small : cards)
+                .push_back(std::move(card));
+        std::ranges::stable_sort(small, {}, [](const Card& card) { return card.day; });
+        for (Card& card : small) {
+            if (cards.empty() || &card == &small.front() || cards.back().day != card.day) {
+                cards.push_back(std::move(card));
+                continue;
+            }
+            Card& together = cards.back();
+            together.folder = commonFolder(together.folder, card.folder);
+            together.files.insert(together.files.end(), card.files.begin(), card.files.end());
+        }
+        return cards;
+    }
+    /// The one in which both lie, without the slash behind it.
+    static std::string commonFolder(const std::string& one, const std::string& other) {
+        const std::string a = one + "/", b = other + "/";
+        const auto same = std::max<std::ptrdiff_t>(std::ranges::mismatch(a, b).in1 - a.begin(), 1);
+        return a.substr(0, a.rfind('/', static_cast<std::size_t>(same - 1)));
     }
 
     const Recording& primaryOf(const Shoot::Clip& clip) const { return shoot_.recordings[*clip.primary]; }
@@ -143,7 +173,7 @@ class DayDoubts {
                                  sound.place.range.startSeconds - clip.place->range.startSeconds;
             const bool isOfDay = std::abs(apart - match.syncOffsetSeconds) < 1;
             if (isOfDay || (!clip.place->day && *recorded == *filmed)) return sameDay(pair);
-            if (!clip.place->day && !daysMayBeMixed_) return false;
+            if (!clip.place->day && !daysMayBeMixed_ && !isAllOfOtherDay(clip)) return false;
         } else {
             if (!daysMayBeMixed_) return false;
             const std::string undated = shoot_.nameOf(recorded ? clip.group->video : *sound.asset);
@@ -166,6 +196,19 @@ class DayDoubts {
                          (clip.place->day ? "--days same to leave such sound out"
                                           : "an x under 'skip' in the table of 'scan --review' to leave the "
                                             "clip out"));
+    }
+
+    /// A clip whose header agrees with its timecode, and which has no recording of the header's day, of a day
+    /// with so few clips that no card can tell which of the dates is wrong.
+    bool isAllOfOtherDay(const Shoot::Clip& clip) const {
+        const auto day = clip.place->knownDay();
+        const auto number = static_cast<std::size_t>(&clip - shoot_.clips.data());
+        return day && !shoot_.input.rules.soundDay && fewOfItsDate_.contains(number) &&
+               std::ranges::none_of(clip.group->audioMatches, [&](const AudioMatch& match) {
+                   const auto found = shoot_.recordingByID.find(match.audio->id);
+                   return found == shoot_.recordingByID.end() ||
+                          shoot_.recordings[found->second].place.day == day;
+               });
     }
 
     /// Sound whose date is that of the clip, which may be a wrong one all the same. Whether there is a doubt.
@@ -259,13 +302,13 @@ class DayDoubts {
             const Fit fit = fitOf(day, soundFor(day));
             if (fit.clips > other.clips) other = fit;
         }
-        constexpr int fewest = 3;
         constexpr double clearly = 1.5, majority = 0.6;
         const int count = static_cast<int>(clips.size());
         const auto explained =
             std::ranges::count_if(clips, [&](const auto* clip) { return hasClockDoubt(*clip); });
         if (explained >= other.clips) return;
-        if (other.clips < fewest || other.clips < majority * count || other.clips <= clearly * own.clips)
+        if (other.clips < fewestOfADate || other.clips < majority * count ||
+            other.clips <= clearly * own.clips)
             return;
         std::set<std::string_view> folders;
         for (const Recording& recording : shoot_.recordings)
@@ -345,11 +388,10 @@ class DayDoubts {
             for (const AudioMatch& match : clip.group->audioMatches) // what lies beside it is believed, too
                 users.try_emplace({folderOf(*match.audio), *day}, 0);
         }
-        constexpr int fewest = 3;
         constexpr double clearly = 1.5, majority = 0.6;
         for (const Card& card : cardsOf(shoot_.recordings)) {
             platform::throwIfStopped(shoot_.stop);
-            if (!card.day || std::cmp_less(card.files.size(), fewest)) continue;
+            if (!card.day || std::cmp_less(card.files.size(), fewestOfADate)) continue;
             const std::pair key{folderOf(*shoot_.recordings[card.files.front()].asset), *card.day};
             const auto found = users.find(key);
             if (found == users.end()) continue; // nobody believes the date
@@ -363,7 +405,7 @@ class DayDoubts {
                 // date.
                 const auto least =
                     own > 0 ? 0 : static_cast<int>(majority * static_cast<double>(clips.size()));
-                const int most = std::max({fewest - 1, static_cast<int>(clearly * own), least, best});
+                const int most = std::max({fewestOfADate - 1, static_cast<int>(clearly * own), least, best});
                 const auto fitting = static_cast<int>(std::ranges::count_if(
                     clips, [&](const auto* clip) { return sound.of(clip->place->range).has_value(); }));
                 if (day == *card.day || fitting <= most || isChance(fitting, clips, sound)) continue;
@@ -391,6 +433,7 @@ class DayDoubts {
     }
 
     static constexpr std::size_t mostDays = 8;
+    static constexpr int fewestOfADate = 3; ///< clips or recordings that may speak against a date
 
     const Shoot& shoot_;
     SyncDoubts& doubts_;
@@ -401,6 +444,7 @@ class DayDoubts {
     std::map<long, Cover> free_;   ///< of days with clips of their own, of those that lie under none
     /// By folder and date of the recordings.
     std::map<std::pair<std::string_view, long>, Suspicion> suspected_;
+    std::set<std::size_t> fewOfItsDate_; ///< numbers of clips
     bool daysMayBeMixed_ = false;
     bool isDateGivenToSeveralShoots_ = false;
 };

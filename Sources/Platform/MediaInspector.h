@@ -54,6 +54,10 @@ struct MediaInspection {
     std::optional<CountedTimecode> startTimecode;
     /// Seconds since 1970 UTC: when the header of a movie, or the package of an MXF, says that it was made.
     std::optional<std::int64_t> headerTime;
+    /// Of a file that ends before its headers say it does: the share of its media data that is there, below
+    /// 1. The length of a WAVE or AIFF file is then that of what is there; that of others is what the headers
+    /// promise.
+    std::optional<double> heldShare;
 };
 
 /// Inspects a file without reading media data. QuickTime/MP4, WAVE, AIFF and MXF are read from their headers

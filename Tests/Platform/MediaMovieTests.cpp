@@ -94,6 +94,34 @@ TEST(MediaMovie, findsTheHeaderWhereverItLies) {
     EXPECT_EQ(inspectionText(platform::inspectMedia(folder.path("big.mov"))), expected) << "beyond 4 GB";
 }
 
+TEST(MediaInspector, saysHowMuchOfAFileIsThere) {
+    const MovieMaker movie = MovieMaker().video({}).mediaBytes(8000);
+    const auto wave = WaveMaker().format({.channels = 2, .samples = SampleFormat::pcm16});
+    struct Case {
+        const char* name;
+        std::string bytes;
+        std::size_t cutBytes;
+        std::optional<double> share;
+    };
+    const Case cases[] = {
+        {"a whole recording", WaveMaker(wave).silence(1000).bytes(), 0, {}},
+        {"a recording", WaveMaker(wave).silence(1000).bytes(), 3000, 0.25},
+        {"a recording without a size", WaveMaker(wave).silenceClaiming(0xFFFFFFFF, 1000).bytes(), 0, {}},
+        {"a whole movie", movie.bytes(), 0, {}},
+        {"a movie without its header", movie.bytes(), movie.movieAtomBytes().size() + 6000, 0.25},
+        {"a movie", MovieMaker(movie).movieFirst().bytes(), 6000, 0.25},
+        {"a movie of 64 bits", MovieMaker(movie).movieFirst().wideMedia().bytes(), 6000, 0.25},
+        {"a movie without a size", MovieMaker(movie).movieFirst().endlessMedia().bytes(), 6000, {}},
+    };
+    const TemporaryDirectory folder;
+    for (const Case& one : cases) {
+        const auto path = folder.write(one.name, one.bytes.substr(0, one.bytes.size() - one.cutBytes));
+        const auto inspection = platform::inspectMedia(path);
+        ASSERT_TRUE(inspection) << one.name;
+        EXPECT_NEAR(inspection->heldShare.value_or(-1), one.share.value_or(-1), 0.01) << one.name;
+    }
+}
+
 TEST(MediaMovie, readsStreamDescriptions) {
     const auto sound = [](const AudioSpec& spec) { return MovieMaker().audio(spec).bytes(); };
     check("version 1", sound({.channels = 4, .codec = "in24", .version = 1}), "10 s, 48000 Hz 4 ch");

@@ -72,6 +72,8 @@ std::optional<MediaInspection> inspectAIFF(RandomAccessFile& file) {
     MediaInspection result;
     result.durationSeconds = static_cast<double>(frames) / common->sampleRate;
     result.audioTracks.push_back({common->channels, common->sampleRate});
+    if (frames < common->frames)
+        result.heldShare = static_cast<double>(frames) / static_cast<double>(common->frames);
     return result;
 }
 

@@ -67,6 +67,7 @@ class HeaderReader {
         result_.facts.durationSeconds = packages_.seconds();
         result_.facts.startTimecode = packages_.start();
         result_.facts.headerTime = packages_.creationTime();
+        result_.facts.heldShare = header_.heldShare;
         readDescriptors();
         const bool hasTracks = !result_.facts.videoTracks.empty() || !result_.facts.audioTracks.empty();
         result_.isComplete = isKnown_ && hasTracks && result_.facts.durationSeconds;

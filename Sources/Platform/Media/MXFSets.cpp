@@ -179,6 +179,11 @@ std::optional<Header> readHeader(RandomAccessFile& file) {
     const auto first = findFirstPartition(file);
     if (!first) return std::nullopt;
     Header header{readSets(file, *first), first->isComplete()};
+    if (first->footer > 0 && first->footer >= file.size() - first->start) {
+        header.heldShare =
+            static_cast<double>(file.size() - first->start) / static_cast<double>(first->footer);
+        return header;
+    }
     if (header.isComplete) return header;
     if (const auto footer = findFooter(file, *first)) {
         std::vector<Set> last = readSets(file, *footer);

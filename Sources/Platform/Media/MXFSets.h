@@ -55,6 +55,8 @@ enum Kind : std::uint8_t {
 struct Header {
     std::vector<Set> sets;
     bool isComplete = false; ///< its partition says that all values are final
+    /// Of a file that ends before the footer of which its header knows: the share that is there.
+    std::optional<double> heldShare = {};
 };
 
 /// Nothing when the file does not begin with an MXF header partition, with up to 64 KB of other bytes in

@@ -70,6 +70,12 @@ std::optional<MediaInspection> inspectMediaWith(const MediaLibrary* (*library)()
     // No container has an empty header, and an empty file should not cost the loading of the library.
     if (file.size() == 0) return std::nullopt;
     auto result = inspectWithLibrary(library(), path, hindered);
+    if (!own.facts && !result)
+        if (const auto share = heldShareOfMovie(file)) {
+            MediaInspection cut;
+            cut.heldShare = share;
+            return cut;
+        }
     if (!own.facts) return result;
     return result ? joined(std::move(*own.facts), std::move(*result)) : std::move(own.facts);
 }

@@ -111,6 +111,8 @@ class MovieReader {
     std::optional<MediaInspection> read() {
         const auto moov = findMovie();
         if (!moov) return std::nullopt;
+        // Behind a header at the end of the file nothing is missing, whatever its media data claims.
+        if (moov->end < file_.size()) result_.heldShare = heldShareOfMovie(file_);
         readMovie(*moov);
         if (!movie_.hasHeader && movie_.tracks.empty()) return std::nullopt;
         if (!movie_.fragments.empty())
@@ -336,5 +338,28 @@ class MovieReader {
 } // namespace
 
 std::optional<MediaInspection> inspectMovie(RandomAccessFile& file) { return MovieReader(file).read(); }
+
+std::optional<double> heldShareOfMovie(RandomAccessFile& file) {
+    AtomWalk walk(file, 0, file.size());
+    std::uint64_t end = 0, media = 0;
+    while (const auto atom = walk.next()) {
+        if (atom->type == fourCC("mdat")) media += atom->bodySize();
+        end = atom->end;
+    }
+    // The walk ends at what claims more than there is.
+    constexpr std::size_t wideHeaderBytes = 16;
+    const std::uint64_t left = file.size() - end;
+    const ByteCursor header =
+        file.peek(end, static_cast<std::size_t>(std::min<std::uint64_t>(left, wideHeaderBytes)));
+    if (end == 0 || header.u32be(4) != fourCC("mdat")) return std::nullopt;
+    std::uint64_t size = header.u32be(0).value_or(0), ownHeader = smallHeaderBytes;
+    if (size == 1) {
+        size = header.u64be(smallHeaderBytes).value_or(0);
+        ownHeader = wideHeaderBytes;
+    }
+    if (size <= left || left < ownHeader) return std::nullopt;
+    return static_cast<double>(media + left - ownHeader) /
+           (static_cast<double>(media) + static_cast<double>(size - ownHeader));
+}
 
 } // namespace orvane::platform

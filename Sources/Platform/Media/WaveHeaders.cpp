@@ -153,6 +153,8 @@ std::optional<MediaInspection> inspectWave(RandomAccessFile& file) {
     if (!isUsable(format)) return result;
     result.durationSeconds = duration(*format, chunks);
     result.audioTracks.push_back({format->channels, static_cast<double>(format->sampleRate)});
+    if (chunks.dataBytes && *chunks.dataBytes < chunks.claimedBytes)
+        result.heldShare = static_cast<double>(*chunks.dataBytes) / static_cast<double>(chunks.claimedBytes);
     return result;
 }
 

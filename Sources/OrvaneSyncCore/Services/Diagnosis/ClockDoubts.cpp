@@ -37,10 +37,8 @@ struct Claim {
 class ClockDoubts {
   public:
     ClockDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts)
-        : shoot_(shoot), doubts_(doubts),
-          rate_(shoot.input.rules.timecodeRate.value_or(rateOfMostClips(shoot.input.groups))),
-          cure_(shoot, rate_), clips_(clips.all), uncovered_(clips.uncovered),
-          covers_(shoot.input.rules.days) {}
+        : shoot_(shoot), doubts_(doubts), rate_(rateOfLabels(shoot)), cure_(shoot, rate_), clips_(clips.all),
+          uncovered_(clips.uncovered) {}
 
     void add() {
         findSuspects();
@@ -52,25 +50,6 @@ class ClockDoubts {
         }
         for (const Suspect& one : suspects_)
             if (one.isPart) offsetOf(one);
-    }
-
-    /// Takes at the same minutes of each hour fit a clock that is hours off as well as the right one, but for
-    /// the first or the last of them. In doubt are clips for which another hour finds all the sound that they
-    /// have, and more.
-    void addRepeats() {
-        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i) covers_.add(shoot_.recordings[i].place, i);
-        covers_.finish();
-        const bool isTold = repeatOf(clips_, std::nullopt);
-        std::vector<Card> all = cardsOf(shoot_.clips);
-        if (isTold || all.size() < 2) return;
-        for (const Card& card : all) {
-            platform::throwIfStopped(shoot_.stop);
-            std::vector<const Shoot::Clip*> clips;
-            for (const std::size_t file : card.files)
-                if (std::ranges::binary_search(clips_, &shoot_.clips[file])) // both in the order of the clips
-                    clips.push_back(&shoot_.clips[file]);
-            repeatOf(clips, card.folder);
-        }
     }
 
   private:
@@ -251,7 +230,7 @@ class ClockDoubts {
         // By a whole day it is the date that is wrong.
         if (std::abs(offset) > 1 && std::abs(std::remainder(offset, secondsADay)) <= 1) return std::nullopt;
         const auto byChance = chanceOf(windows, best);
-        const double niceShare = isNice ? std::min(1.0, best.widthSeconds / niceStepSeconds) : 1;
+        const double niceShare = isNice ? std::min(1.0, best.widthSeconds / niceOffsetStepSeconds) : 1;
         if (static_cast<double>(tries) * byChance * niceShare > chance::smallest) return std::nullopt;
         return Claim{offset, isNice ? 0 : best.widthSeconds};
     }
@@ -379,14 +358,12 @@ class ClockDoubts {
         return isGuess(claim) ? "; then check a clap and set the frames" : "";
     }
 
-    static constexpr double niceStepSeconds = 1800;
-
     /// Whole hours go before half ones, these before whole seconds: of all offsets that find sound for the
     /// same clips, what people set their clocks wrong by.
     std::pair<double, bool> nicest(const std::vector<OffsetWindow>& windows, std::size_t clipCount,
                                    const DeepestOffset& best) const {
         constexpr double anHour = 3600;
-        const double hourOfLabels = labelSeconds(anHour);
+        const double hourOfLabels = labelSeconds(anHour, rate_);
         std::optional<std::pair<double, bool>> nice;
         int most = static_cast<int>(std::ceil(nearlyAll * best.depth));
         const auto propose = [&](double offset) {
@@ -406,11 +383,6 @@ class ClockDoubts {
         const double whole = std::round(best.seconds);
         const bool fits = std::abs(whole - best.seconds) <= best.widthSeconds / 2;
         return {fits ? whole : best.seconds, false};
-    }
-    /// How long the clips' labels take to count that many seconds.
-    double labelSeconds(double seconds) const {
-        const auto count = static_cast<std::int64_t>(seconds);
-        return Timecode({0, 0, 0, count, 0, 0}, rate_).realTimeValue();
     }
 
     bool tellOffset(const Suspect& one, const Card& card, const Claim& claim, bool isForAll) {
@@ -511,78 +483,12 @@ class ClockDoubts {
         }));
     }
 
-    // --- takes that repeat
-
-    /// With the recordings moved by that; nothing where a clip loses the sound that it has.
-    std::optional<Found> fitAt(const std::vector<const Shoot::Clip*>& clips, double offset) const {
-        Found fit;
-        std::set<std::size_t> used;
-        for (const Shoot::Clip* clip : clips) {
-            FilePlace place = *clip->place;
-            place.range = moved(place.range, -offset);
-            auto sound = covers_.of(place);
-            if (!sound && offset == 0 && clip->isCovered) sound = clip->primary; // by several parts
-            if (sound) used.insert(*sound);
-            if (sound || (offset == 0 && clip->isCovered))
-                ++fit.clips;
-            else if (clip->isCovered)
-                return std::nullopt;
-        }
-        fit.recordings = static_cast<int>(used.size());
-        return fit;
-    }
-    /// `folder`: of a camera's clips, absent for those of all cameras. Whether there is a doubt.
-    bool repeatOf(const std::vector<const Shoot::Clip*>& clips, const std::optional<std::string>& folder) {
-        const auto isConfirmed = [&](const Shoot::Clip& clip) {
-            return clip.isDecided && clip.isCovered && !clip.group->isExcludedFromExport &&
-                   (!folder || *folder == folderOf(clip.group->video));
-        };
-        const auto isUnheard = [](const Shoot::Clip* clip) { return !clip->isCovered; };
-        const auto isExplained = [&](const Shoot::Clip* clip) {
-            return doubts_.has(clip->group->id, {Kind::constantOffset, Kind::timecodeRate});
-        };
-        if (std::ranges::none_of(clips, isUnheard) || std::ranges::any_of(clips, isExplained) ||
-            std::ranges::any_of(shoot_.clips, isConfirmed))
-            return false;
-        const Found now = *fitAt(clips, 0);
-        Found most = now;
-        double best = 0;
-        int tries = 0;
-        constexpr int halfHours = 24;
-        for (int count = 1; count <= halfHours; ++count)
-            for (const double step : {niceStepSeconds, labelSeconds(niceStepSeconds)})
-                for (const double offset : {count * step, -count * step}) {
-                    ++tries;
-                    const auto fit = fitAt(clips, offset);
-                    if (!fit || fit->clips <= most.clips || fit->recordings <= now.recordings) continue;
-                    most = *fit;
-                    best = offset;
-                }
-        if (best == 0 || most.clips < explanation::fewest || now.clips == 0 ||
-            tries * chance::atLeast(most.clips, static_cast<int>(clips.size()), soundShare(shoot_, clips)) >
-                chance::smallest)
-            return false;
-        const std::string all = counted(static_cast<long long>(clips.size()), "clip", "clips");
-        const Card card{folder.value_or(""), std::nullopt, {}};
-        addCardDoubt(doubts_,
-                     {Kind::constantOffset,
-                      "takes repeat: with the recordings " + spanText(std::abs(best)) +
-                          (best < 0 ? " earlier, " : " later, ") + std::to_string(most.clips) + " of " + all +
-                          (folder ? " in '" + *folder + "'" : std::string()) + " have sound, and " +
-                          std::to_string(now.clips) + " as they are; a clock may be wrong by that",
-                      cure_.of(card, best) + (folder ? cure_.inAScanOfClips(card) : "") +
-                          " if a clap shows it, else lock a clip whose clap is right"},
-                     clips);
-        return true;
-    }
-
     const Shoot& shoot_;
     SyncDoubts& doubts_;
     TimecodeFrameRate rate_;
     OffsetCure cure_;
     const std::vector<const Shoot::Clip*>& clips_;
     const std::vector<const Shoot::Clip*>& uncovered_;
-    Covers covers_; ///< of all recordings where they lie
     std::vector<Suspect> suspects_;
     std::vector<bool> isSuspected_; ///< by recording, of a card that lies under few clips
 };
@@ -596,7 +502,7 @@ void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts) {
         addRateDoubt(shoot, clips, doubts))
         return;
     clocks.add();
-    if (!clips.uncovered.empty()) clocks.addRepeats();
+    if (!clips.uncovered.empty()) addRepeatDoubts(shoot, clips, doubts);
 }
 
 } // namespace orvane

@@ -1,8 +1,10 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 
 #include "OrvaneSyncCore/Utilities/Day.h"
+#include "Timecode/Timecode.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 
 namespace orvane {
@@ -54,6 +56,15 @@ double soundShare(const Shoot& shoot, const std::vector<const Shoot::Clip*>& cli
         last = std::max(last, clip->place->range.endSeconds);
     }
     return cover.shareOf(first, last);
+}
+
+TimecodeFrameRate rateOfLabels(const Shoot& shoot) {
+    return shoot.input.rules.timecodeRate.value_or(rateOfMostClips(shoot.input.groups));
+}
+
+double labelSeconds(double seconds, TimecodeFrameRate rate) {
+    const auto count = static_cast<std::int64_t>(seconds);
+    return Timecode({0, 0, 0, count, 0, 0}, rate).realTimeValue();
 }
 
 } // namespace orvane

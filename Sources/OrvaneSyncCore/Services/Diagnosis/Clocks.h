@@ -54,8 +54,16 @@ struct TimedClips {
 /// The share of the hours of the clips during which there is sound.
 double soundShare(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips);
 
+/// What people set clocks wrong by are multiples of it.
+inline constexpr double niceOffsetStepSeconds = 1800;
+/// Of the labels of most clips, unless the work says at which rate timecode is read.
+TimecodeFrameRate rateOfLabels(const Shoot& shoot);
+/// How long labels of that rate take to count so many seconds.
+double labelSeconds(double seconds, TimecodeFrameRate rate);
+
 /// The rate at which clips and recordings would match, where labels that count alike were read at another.
 /// Whether there is one.
 bool addRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts);
+void addRepeatDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts);
 
 } // namespace orvane

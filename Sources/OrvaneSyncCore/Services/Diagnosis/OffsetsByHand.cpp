@@ -66,7 +66,7 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
             lag != heardLags.end() && clip.group->manualAudioOffsetSeconds == 0)
             card.heard.push_back(lag->second);
     }
-    const auto rate = shoot.input.rules.timecodeRate.value_or(rateOfMostClips(shoot.input.groups));
+    const auto rate = rateOfLabels(shoot);
     for (auto& [key, card] : cards) {
         platform::throwIfStopped(shoot.stop);
         if (card.isConfirmed || card.unmoved.empty()) continue;

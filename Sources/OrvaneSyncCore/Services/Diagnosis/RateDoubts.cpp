@@ -16,8 +16,7 @@ namespace {
 class RateDoubts {
   public:
     RateDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts)
-        : shoot_(shoot), doubts_(doubts), clips_(clips),
-          rate_(shoot.input.rules.timecodeRate.value_or(rateOfMostClips(shoot.input.groups))) {}
+        : shoot_(shoot), doubts_(doubts), clips_(clips), rate_(rateOfLabels(shoot)) {}
 
     bool add() {
         const auto rate = otherRate();

@@ -343,7 +343,7 @@ TEST_F(TimelinePictures, OfEveryState) {
             SyncGroup group = clip();
             group.video.url = FileURL{path};
             group.pictureClapAnchorSeconds = 10;
-            return ImportController::StoredWork{{}, {}, SyncGroupList({group})};
+            return StoredWork{{}, {}, SyncGroupList({group})};
         }());
     save("none");
     desktop_->controller().smartAudio().caches().state.results[id_] = test::timelineVerdict();

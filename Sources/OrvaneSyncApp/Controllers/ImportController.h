@@ -13,6 +13,7 @@
 #include "OrvaneSyncApp/Controllers/ScanController.h"
 #include "OrvaneSyncApp/Controllers/SlateController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
+#include "OrvaneSyncApp/Controllers/StoredWork.h"
 #include "OrvaneSyncApp/Controllers/TimelineController.h"
 #include "OrvaneSyncApp/Controllers/TrackEditing.h"
 #include "OrvaneSyncApp/Controllers/WorkDoubts.h"
@@ -98,16 +99,6 @@ class ImportController {
 
     /// Back to the empty state, with nothing to take back. Whatever runs stops, and leaves no trace.
     void reset();
-    /// Work as it was stored: what stands in place of everything that was open before.
-    struct StoredWork {
-        std::optional<FileURL> videoFolderURL;
-        std::optional<FileURL> audioFolderURL;
-        SyncGroupList syncGroups;
-        std::vector<WildTrack> wildTracks = {}; ///< those that a clip uses are left out
-        ScanScope scanScope{};
-        SourceCorrections sourceCorrections = {};
-        std::optional<SourceCorrections> matchedBy = {}; ///< absent: by the corrections
-    };
     /// As `reset`, but with notices when the new work stands.
     void openStoredWork(StoredWork work);
 

@@ -1,9 +1,9 @@
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
 
+#include "OrvaneSyncApp/Controllers/UndoStack.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
-#include "OrvaneSyncCore/Services/Naming/ClipNames.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -11,38 +11,25 @@
 
 namespace orvane {
 
-namespace {
+struct OpenWork::Step {
+    SyncGroupList groups;
+    WildTracks wildTracks;
+    std::shared_ptr<const ScanOutcome> scan;
+    MatchedBy matchedBy;
+    std::shared_ptr<const ProjectEntries> projectEntries;
+};
 
-bool countAlike(const SyncGroup& before, const SyncGroup& now) {
-    return before.matchStatus.isSettled() == now.matchStatus.isSettled() && before.isMOS() == now.isMOS();
-}
-
-bool haveSameFiles(const SyncGroup& before, const SyncGroup& now) {
-    return before.video.url == now.video.url &&
-           std::ranges::equal(
-               before.audioMatches, now.audioMatches, {},
-               [](const AudioMatch& match) -> const FileURL& { return match.audio->url; },
-               [](const AudioMatch& match) -> const FileURL& { return match.audio->url; });
-}
-
-SourceCorrections withoutStandardDays(SourceCorrections corrections) {
-    if (corrections.days == MatchingDays::automatic) corrections.days.reset();
-    return corrections;
-}
-
-} // namespace
-
-MatchedBy MatchedBy::of(const SourceCorrections& withDays, TimecodeFrameRate rateOfClips) {
-    return {withDays, MatchRules::of(withDays.days.value_or(MatchingDays::automatic), withDays, rateOfClips)};
-}
+struct OpenWork::Steps : UndoStack<Step> {};
 
 OpenWork::OpenWork(Environment theEnvironment)
-    : environment(std::move(theEnvironment)), notices(environment.mainThread, syncGroups_),
-      documents(platform::SerialQueue::create("documents")) {}
+    : WorkState(std::move(theEnvironment)), notices(environment.mainThread, syncGroups_),
+      documents(platform::SerialQueue::create("documents")), steps_(std::make_unique<Steps>()) {}
+
+OpenWork::~OpenWork() = default;
 
 void OpenWork::notify(ImportField field) {
     if (field == ImportField::syncGroups)
-        clipsByAudio_.reset();
+        forgetClipPlaces();
     else if (field != ImportField::progress && field != ImportField::undoState &&
              field != ImportField::doubts)
         ++revisionBesidesClips_;
@@ -66,21 +53,6 @@ void OpenWork::setSourceCorrections(SourceCorrections corrections) {
     notify(ImportField::sourceCorrections);
 }
 
-SourceCorrections OpenWork::nextCorrections() const {
-    notices.assertOnMainThread();
-    SourceCorrections corrections = sourceCorrections_;
-    const MatchingDays setting = environment.settings->get(settings::matchingDays);
-    if (!corrections.days || setting != daysOfSetting_) corrections.days = setting;
-    return corrections;
-}
-
-SourceCorrections OpenWork::keptCorrections() const { return withoutStandardDays(nextCorrections()); }
-
-std::optional<SourceCorrections> OpenWork::keptMatchedBy() const {
-    auto kept = withoutStandardDays(matchedBy_.corrections);
-    return kept != keptCorrections() ? std::optional(std::move(kept)) : std::nullopt;
-}
-
 /// The days are the work's own from here on: other ones have to be chosen.
 void OpenWork::setMatchedBy(MatchedBy matchedBy) {
     matchedBy_ = std::move(matchedBy);
@@ -92,75 +64,6 @@ void OpenWork::setMatchedBy(MatchedBy matchedBy) {
 void OpenWork::setScanScope(ScanScope scope) {
     scanScope_ = std::move(scope);
     notify(ImportField::scanScope);
-}
-
-std::vector<FileURL> OpenWork::folders() const {
-    std::vector<FileURL> all;
-    const auto add = [&](const FileURL& folder) {
-        if (std::ranges::find(all, folder) == all.end()) all.push_back(folder);
-    };
-    if (videoFolderURL_) add(*videoFolderURL_);
-    if (audioFolderURL_) add(*audioFolderURL_);
-    std::ranges::for_each(scanScope_.moreFolders, add);
-    return all;
-}
-
-int OpenWork::unmatchedCount() const { return static_cast<int>(syncGroups_.size()) - matchedCount(); }
-
-OpenWork::Counts OpenWork::Counts::of(const SyncGroupList& groups) {
-    Counts counts;
-    for (const SyncGroup& group : groups)
-        if (group.matchStatus.isSettled()) ++(group.isMOS() ? counts.withoutSound : counts.withSound);
-    return counts;
-}
-
-const OpenWork::Counts& OpenWork::counts() const {
-    notices.assertOnMainThread();
-    return counts_.of(syncGroups_, countAlike, [this] { return Counts::of(syncGroups_); });
-}
-
-std::shared_ptr<const DisplayNames> OpenWork::displayNamesIfMade() const {
-    notices.assertOnMainThread();
-    auto rules = NamingRules::of(*environment.settings);
-    if (namedBy_ != rules) displayNames_.reset();
-    namedBy_ = std::move(rules);
-    return displayNames_.ifMade(syncGroups_, ClipNames::areNamedAlike);
-}
-
-const DisplayNames& OpenWork::displayNames() const {
-    displayNamesIfMade();
-    return displayNames_.of(syncGroups_, ClipNames::areNamedAlike, [this] {
-        return WorkFiles{syncGroups_, wildTracks_, nullptr}.displayNames(*namedBy_);
-    });
-}
-
-const FileNames& OpenWork::fileNames() const {
-    notices.assertOnMainThread();
-    if (std::exchange(wildTracksInNames_, wildTracks_) != wildTracks_) fileNames_.reset();
-    return fileNames_.of(syncGroups_, haveSameFiles, [this] {
-        return WorkFiles{syncGroups_, wildTracks_, nullptr}.fileNames();
-    });
-}
-
-const std::vector<std::size_t>& OpenWork::clipsUsing(const UUID& audioID) const {
-    notices.assertOnMainThread();
-    if (!clipsByAudio_) {
-        clipsByAudio_.emplace();
-        for (std::size_t position = 0; position < syncGroups_.size(); ++position)
-            for (const AudioMatch& match : syncGroups_[position].audioMatches) {
-                auto& clips = (*clipsByAudio_)[match.audio->id];
-                if (clips.empty() || clips.back() != position) clips.push_back(position);
-            }
-    }
-    static const std::vector<std::size_t> none;
-    const auto found = clipsByAudio_->find(audioID);
-    return found == clipsByAudio_->end() ? none : found->second;
-}
-
-const SyncGroup* OpenWork::unlockedGroup(const UUID& groupID) const {
-    notices.assertOnMainThread();
-    const SyncGroup* group = syncGroups_.find(groupID);
-    return group != nullptr && !group->isLocked ? group : nullptr;
 }
 
 bool OpenWork::edit(UUID groupID, const std::function<void(SyncGroup&)>& change) {
@@ -250,9 +153,8 @@ void OpenWork::adoptScan(SyncGroupList groups, std::vector<WildTrack> wildTracks
     notices.together([&] {
         if (of == ScanOf::otherWork)
             clearUndo();
-        else if (mayHoldDecisions() &&
-                 undoStack_.add(undoSteps::scanAndMatch, state(), environment.clock->now()))
-            notify(ImportField::undoState);
+        else if (mayHoldDecisions())
+            addStep(undoSteps::scanAndMatch, present());
         isEdited_ = false;
         isEmptiedByEdit_ = false;
         scan_ = std::move(scan);
@@ -261,8 +163,12 @@ void OpenWork::adoptScan(SyncGroupList groups, std::vector<WildTrack> wildTracks
     });
 }
 
+OpenWork::Step OpenWork::present() const {
+    return {syncGroups_, wildTracks_, scan_, matchedBy_, projectEntries_};
+}
+
 /// Clips that were edited without a difference are other elements that say the same.
-bool OpenWork::differsFrom(const State& before) const {
+bool OpenWork::differsFrom(const Step& before) const {
     const auto isSameTrack = [](const WildTrack& a, const WildTrack& b) {
         return a.id == b.id && a.customName == b.customName && a.isApproved == b.isApproved;
     };
@@ -278,31 +184,49 @@ bool OpenWork::differsFrom(const State& before) const {
 
 void OpenWork::withUndo(const UndoStep& step, const std::function<void()>& mutation) {
     notices.together([&] {
-        State before = state();
+        Step before = present();
         mutation();
         if (!differsFrom(before)) {
             syncGroups_ = std::move(before.groups);
             wildTracks_ = std::move(before.wildTracks);
             matchedBy_ = std::move(before.matchedBy);
-            clipsByAudio_.reset();
+            forgetClipPlaces();
             return;
         }
         isEdited_ = true;
         if (!before.groups.empty()) isEmptiedByEdit_ = syncGroups_.empty();
-        if (undoStack_.add(step, std::move(before), environment.clock->now())) notify(ImportField::undoState);
+        addStep(step, std::move(before));
     });
 }
 
-void OpenWork::travel(UndoTravel direction) {
+void OpenWork::addStep(const UndoStep& step, Step before) {
+    if (steps_->add(step, std::move(before), environment.clock->now())) notify(ImportField::undoState);
+}
+
+void OpenWork::continueUndo(const UndoStep& step) {
+    steps_->continueLastStep(step, environment.clock->now());
+}
+
+void OpenWork::undo() { travel(true); }
+
+void OpenWork::redo() { travel(false); }
+
+UndoState OpenWork::undoState() const { return steps_->state(); }
+
+std::uint64_t OpenWork::undoMark() const { return steps_->mark(); }
+
+bool OpenWork::isUndoClearedSince(std::uint64_t mark) const { return steps_->isClearedSince(mark); }
+
+void OpenWork::travel(bool isBack) {
     notices.together([&] {
-        State target = state();
-        if (!(undoStack_.*direction)(target)) return;
+        Step target = present();
+        if (!(isBack ? steps_->undo(target) : steps_->redo(target))) return;
         const bool wasEmpty = syncGroups_.empty();
         // A list without clips is the editor's where the step forward took them out; before the first step it
         // is that of work that was not there yet.
         if (wasEmpty) isEmptinessRedone_ = isEmptiedByEdit_;
         const SyncGroupList clipsBefore = std::exchange(syncGroups_, target.groups);
-        isEmptiedByEdit_ = syncGroups_.empty() && direction == &UndoStack<State>::redo && isEmptinessRedone_;
+        isEmptiedByEdit_ = syncGroups_.empty() && !isBack && isEmptinessRedone_;
         isEdited_ = true;
         WildTracks wildTracks = wildTracksOf(target, clipsBefore);
         const bool isOfOtherScan = std::exchange(scan_, target.scan) != target.scan;
@@ -318,7 +242,7 @@ void OpenWork::travel(UndoTravel direction) {
 /// The wild tracks as they go with the clips that now stand: what a clip uses is none, and what a clip has
 /// given up is one again if it was one at that time. Names and approvals are no part of a step, so those of
 /// tracks that are there stay. Only the clips of another scan bring all of theirs.
-OpenWork::WildTracks OpenWork::wildTracksOf(const State& target, const SyncGroupList& clipsBefore) const {
+OpenWork::WildTracks OpenWork::wildTracksOf(const Step& target, const SyncGroupList& clipsBefore) const {
     const bool isOfOtherScan = target.scan != scan_;
     std::unordered_set<UUID> ours, theirs, wanted;
     for (const WildTrack& track : *wildTracks_) ours.insert(track.id);
@@ -348,7 +272,7 @@ OpenWork::WildTracks OpenWork::wildTracksOf(const State& target, const SyncGroup
 
 std::vector<SyncGroupList> OpenWork::clipsOfStepsSince(std::uint64_t mark) {
     std::vector<SyncGroupList> clips;
-    undoStack_.forEachSince(mark, [&](const State& state) { clips.push_back(state.groups); });
+    steps_->forEachSince(mark, [&](const Step& step) { clips.push_back(step.groups); });
     return clips;
 }
 
@@ -356,17 +280,17 @@ void OpenWork::addStepSince(std::uint64_t mark, const UndoStep& step, std::vecto
                             SyncGroupList clipsBefore) {
     notices.assertOnMainThread();
     std::size_t next = 0;
-    undoStack_.forEachSince(mark, [&](State& state) {
-        if (next < clipsOfSteps.size()) state.groups = std::move(clipsOfSteps[next++]);
+    steps_->forEachSince(mark, [&](Step& since) {
+        if (next < clipsOfSteps.size()) since.groups = std::move(clipsOfSteps[next++]);
     });
-    State before = state();
+    Step before = present();
     before.groups = std::move(clipsBefore);
     isEdited_ = true;
-    if (undoStack_.add(step, std::move(before), environment.clock->now())) notify(ImportField::undoState);
+    addStep(step, std::move(before));
 }
 
 void OpenWork::clearUndo() {
-    undoStack_.removeAllActions();
+    steps_->removeAllActions();
     notify(ImportField::undoState);
 }
 

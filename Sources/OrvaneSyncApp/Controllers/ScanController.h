@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
 #include "OrvaneSyncApp/Controllers/ReportController.h"
+#include "OrvaneSyncApp/Controllers/ScanOutcome.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
 #include "OrvaneSyncCore/Models/ScanModels.h"
 #include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
@@ -19,12 +20,6 @@
 #include <vector>
 
 namespace orvane {
-
-/// What a scan found and read; the work is made of it.
-struct ScanOutcome {
-    std::shared_ptr<const DiscoveryResult> discoveryResult;
-    std::shared_ptr<const ScanResult> scanResult;
-};
 
 /// From the folders to clips and wild tracks. Interface thread; files are read on a queue, one operation at a
 /// time.

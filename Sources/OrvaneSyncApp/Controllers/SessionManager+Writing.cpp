@@ -9,20 +9,6 @@
 
 namespace orvane {
 
-namespace {
-
-/// A failure of one file does not keep the others from being written.
-template <class Operation>
-void attempt(std::vector<std::string>& failures, std::string_view file, const Operation& write) {
-    try {
-        write();
-    } catch (const std::exception& error) {
-        failures.push_back(std::string(file) + ": " + error.what());
-    }
-}
-
-} // namespace
-
 bool SessionManager::isNewest(const UUID& id, std::uint64_t token) const {
     const auto newest = writeGeneration_.find(id);
     return newest != writeGeneration_.end() && newest->second == token;
@@ -51,7 +37,7 @@ platform::Task SessionManager::write(std::weak_ptr<SessionManager> weak, UUID id
     auto writing = platform::onQueue(*self->queue_, self->mainThread_,
                                      [store = self->store_, writer = self->groupsWriter_, data, id] {
                                          Outcome outcome;
-                                         writeWork(store, *writer, id, *data, outcome);
+                                         writeSessionWork(store, *writer, id, *data, outcome);
                                          return outcome;
                                      });
     self.reset();
@@ -64,57 +50,13 @@ platform::Task SessionManager::write(std::weak_ptr<SessionManager> weak, UUID id
     auto listing = platform::onQueue(*self->queue_, self->mainThread_,
                                      [store = self->store_, data, outcome = std::move(outcome)] {
                                          Outcome whole = outcome;
-                                         writeRecord(store, *data, whole);
+                                         writeSessionRecord(store, *data, whole);
                                          return whole;
                                      });
     self.reset();
     outcome = co_await listing;
     self = weak.lock();
     if (self && self->isNewest(id, token)) self->finished(id, std::move(outcome));
-}
-
-void SessionManager::writeWork(const SessionStore& store, SessionGroupsWriter& writer, const UUID& id,
-                               const Unwritten& data, Outcome& outcome) {
-    if (!data.work) return;
-    attempt(outcome.failures, "groups.json", [&] {
-        store.create(id); // somebody may have taken it away meanwhile
-        if (data.work->leavesClipsAlone) return;
-        auto written = writer.write(id, data.work->groups, data.work->isEmptiedByEdit);
-        if (written.kept) outcome.kept.push_back(std::move(*written.kept));
-        outcome.areClipsOutdated = written.areOutdated;
-    });
-    const WildTracksChange& wildTracks = data.work->wildTracks;
-    if (!wildTracks.isEmpty() || !store.hasWildTracks(id))
-        attempt(outcome.failures, "wild_tracks.json", [&] {
-            auto changed = store.changeWildTracks(id, wildTracks, outcome.areClipsOutdated);
-            if (changed.kept) outcome.kept.push_back(std::move(*changed.kept));
-        });
-    const SessionFoldersChange& change = data.work->folders;
-    auto onDisk = store.readFolders(id);
-    outcome.folders = std::move(onDisk.record);
-    // Where nobody has chosen other folders, what stands there stays, even what can't be read.
-    if (change.isEmpty() && (outcome.folders || onDisk.problem)) return;
-    attempt(outcome.failures, "folders.json", [&] {
-        auto changed = store.changeFolders(id, change);
-        if (changed.kept) outcome.kept.push_back(std::move(*changed.kept));
-        outcome.folders = std::move(changed.record);
-    });
-}
-
-/// Of a session whose clips another process has changed, only what somebody decided here. A name that follows
-/// the folders follows those on the disk.
-void SessionManager::writeRecord(const SessionStore& store, const Unwritten& data, Outcome& outcome) {
-    const bool isOfFolders = data.work && !data.work->folders.isEmpty();
-    auto change = outcome.areClipsOutdated && !isOfFolders ? data.change.decisions() : data.change;
-    if (!change) return;
-    if (outcome.areClipsOutdated) change->counts.reset();
-    if (change->derivedName && outcome.folders)
-        change->derivedName = defaultName(*outcome.folders, change->modified.value_or(Date{}));
-    attempt(outcome.failures, "session.json", [&] {
-        auto changed = store.changeInfo(data.info, *change);
-        if (changed.kept) outcome.kept.push_back(std::move(*changed.kept));
-        outcome.info = std::move(changed.record);
-    });
 }
 
 void SessionManager::finished(const UUID& id, Outcome outcome) {
@@ -161,8 +103,8 @@ void SessionManager::writeNow(const UUID& id) {
     const Unwritten data = waiting->second;
     Outcome outcome;
     queue_->sync([&] {
-        writeWork(store_, *groupsWriter_, id, data, outcome);
-        writeRecord(store_, data, outcome);
+        writeSessionWork(store_, *groupsWriter_, id, data, outcome);
+        writeSessionRecord(store_, data, outcome);
     });
     keptWhileOpening_ = outcome.kept;
     finished(id, std::move(outcome));
@@ -225,11 +167,11 @@ void SessionManager::persistRecord(const UUID& id, SessionInfoChange change) {
     }
     Outcome outcome;
     if (!data.work) {
-        writeRecord(store_, data, outcome);
+        writeSessionRecord(store_, data, outcome);
         return finished(id, std::move(outcome));
     }
     // What follows from clips that are not on the disk yet is written behind them.
-    writeRecord(store_, {nullptr, data.info, *data.change.decisions()}, outcome);
+    writeSessionRecord(store_, {nullptr, data.info, *data.change.decisions()}, outcome);
     if (outcome.info) adopt(data.info);
     startWriting(id);
 }

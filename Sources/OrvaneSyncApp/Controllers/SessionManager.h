@@ -1,9 +1,8 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/Controllers/SessionWriting.h"
 #include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
-#include "OrvaneSyncCore/Services/Persistence/SessionGroupsWriter.h"
-#include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
 #include "Platform/Listeners.h"
 
 #include <cstdint>
@@ -126,27 +125,9 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     void captureActiveSettingsSnapshot();
 
   private:
-    /// The clips of a save.
-    struct Work {
-        SyncGroupList groups;
-        bool isEmptiedByEdit = false;
-        SessionFoldersChange folders;
-        WildTracksChange wildTracks;
-        bool leavesClipsAlone = false; ///< those on the disk stay
-    };
-    /// What of a session is not on the disk yet.
-    struct Unwritten {
-        std::shared_ptr<const Work> work; ///< null: its record alone
-        SessionInfo info;                 ///< as it is shown, with the change
-        SessionInfoChange change;
-    };
-    struct Outcome {
-        std::vector<std::string> failures{};
-        std::vector<std::string> kept{};
-        bool areClipsOutdated = false;
-        std::optional<SessionFolders> folders{}; ///< as they now are on the disk, where they can be read
-        std::optional<SessionInfo> info{};       ///< as it now is on the disk
-    };
+    using Work = SessionWork;
+    using Unwritten = UnwrittenSession;
+    using Outcome = SessionWriteOutcome;
     class Restoring;
 
     explicit SessionManager(Dependencies dependencies);
@@ -184,9 +165,6 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     static platform::Task write(std::weak_ptr<SessionManager> weak, UUID id, std::uint64_t token);
     static platform::Task finishWrites(std::weak_ptr<SessionManager> weak);
     bool isNewest(const UUID& id, std::uint64_t token) const;
-    static void writeWork(const SessionStore& store, SessionGroupsWriter& writer, const UUID& id,
-                          const Unwritten& data, Outcome& outcome);
-    static void writeRecord(const SessionStore& store, const Unwritten& data, Outcome& outcome);
     void writeNow(const UUID& id);
     void writeUnwritten();
     void retryFailedWrites();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OrvaneSyncApp/Controllers/UndoStack.h"
+#include "OrvaneSyncApp/Controllers/UndoStep.h"
 
 /// The step under which each operation of the editor runs, by the name of the operation. A face opens it with
 /// `ImportController::withUndo`; the names are those of the menu.

@@ -79,7 +79,7 @@ struct SyncGroup {
 
     UUID id;
     MediaAsset video;
-    std::vector<AudioMatch> audioMatches; ///< best overlap first
+    std::vector<AudioMatch> audioMatches; ///< best first, as rankMeetings says
     MatchStatus matchStatus;
     std::string clipName; ///< stored display name
     std::optional<std::map<std::string, std::string>> aleMetadata;

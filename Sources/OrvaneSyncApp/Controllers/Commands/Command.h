@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OrvaneSyncApp/Controllers/UndoStack.h"
+#include "OrvaneSyncApp/Controllers/UndoStep.h"
 #include "OrvaneSyncCore/Models/SyncGroup.h"
 #include "OrvaneSyncCore/Models/UUID.h"
 #include "Platform/JSON.h"

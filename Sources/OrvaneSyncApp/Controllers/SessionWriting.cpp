@@ -1,0 +1,68 @@
+#include "OrvaneSyncApp/Controllers/SessionWriting.h"
+
+#include <exception>
+#include <string_view>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+/// A failure of one file does not keep the others from being written.
+template <class Operation>
+void attempt(std::vector<std::string>& failures, std::string_view file, const Operation& write) {
+    try {
+        write();
+    } catch (const std::exception& error) {
+        failures.push_back(std::string(file) + ": " + error.what());
+    }
+}
+
+} // namespace
+
+void writeSessionWork(const SessionStore& store, SessionGroupsWriter& writer, const UUID& id,
+                      const UnwrittenSession& data, SessionWriteOutcome& outcome) {
+    if (!data.work) return;
+    attempt(outcome.failures, "groups.json", [&] {
+        store.create(id); // somebody may have taken it away meanwhile
+        if (data.work->leavesClipsAlone) return;
+        auto written = writer.write(id, data.work->groups, data.work->isEmptiedByEdit);
+        if (written.kept) outcome.kept.push_back(std::move(*written.kept));
+        outcome.areClipsOutdated = written.areOutdated;
+    });
+    const WildTracksChange& wildTracks = data.work->wildTracks;
+    if (!wildTracks.isEmpty() || !store.hasWildTracks(id))
+        attempt(outcome.failures, "wild_tracks.json", [&] {
+            auto changed = store.changeWildTracks(id, wildTracks, outcome.areClipsOutdated);
+            if (changed.kept) outcome.kept.push_back(std::move(*changed.kept));
+        });
+    const SessionFoldersChange& change = data.work->folders;
+    auto onDisk = store.readFolders(id);
+    outcome.folders = std::move(onDisk.record);
+    // Where nobody has chosen other folders, what stands there stays, even what can't be read.
+    if (change.isEmpty() && (outcome.folders || onDisk.problem)) return;
+    attempt(outcome.failures, "folders.json", [&] {
+        auto changed = store.changeFolders(id, change);
+        if (changed.kept) outcome.kept.push_back(std::move(*changed.kept));
+        outcome.folders = std::move(changed.record);
+    });
+}
+
+/// Of a session whose clips another process has changed, only what somebody decided here. A name that follows
+/// the folders follows those on the disk.
+void writeSessionRecord(const SessionStore& store, const UnwrittenSession& data,
+                        SessionWriteOutcome& outcome) {
+    const bool isOfFolders = data.work && !data.work->folders.isEmpty();
+    auto change = outcome.areClipsOutdated && !isOfFolders ? data.change.decisions() : data.change;
+    if (!change) return;
+    if (outcome.areClipsOutdated) change->counts.reset();
+    if (change->derivedName && outcome.folders)
+        change->derivedName = defaultName(*outcome.folders, change->modified.value_or(Date{}));
+    attempt(outcome.failures, "session.json", [&] {
+        auto changed = store.changeInfo(data.info, *change);
+        if (changed.kept) outcome.kept.push_back(std::move(*changed.kept));
+        outcome.info = std::move(changed.record);
+    });
+}
+
+} // namespace orvane

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/FileURL.h"
+#include "OrvaneSyncCore/Models/ScanScope.h"
+#include "OrvaneSyncCore/Models/SourceCorrections.h"
+#include "OrvaneSyncCore/Models/SyncGroupList.h"
+#include "OrvaneSyncCore/Models/WildTrack.h"
+
+#include <optional>
+#include <vector>
+
+namespace orvane {
+
+/// Work as it was stored: what stands in place of everything that was open before.
+struct StoredWork {
+    std::optional<FileURL> videoFolderURL;
+    std::optional<FileURL> audioFolderURL;
+    SyncGroupList syncGroups;
+    std::vector<WildTrack> wildTracks = {}; ///< those that a clip uses are left out
+    ScanScope scanScope{};
+    SourceCorrections sourceCorrections = {};
+    std::optional<SourceCorrections> matchedBy = {}; ///< absent: by the corrections
+};
+
+} // namespace orvane

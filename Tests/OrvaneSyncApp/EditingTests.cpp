@@ -9,8 +9,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// What `EditingModelTest` does not draw. Three clips: one with three recordings, one with another, one
-/// without.
+/// What single operations do. Three clips: one with three recordings, one with another, one without.
 class EditingTest : public test::ControllerTest {
   protected:
     EditingTest() {
@@ -324,6 +323,73 @@ TEST_F(EditingTest, masterGainGoesBackToTheMeasurement) {
     controller_->tracks().setMasterGain(id(1), 6, false);
     controller_->tracks().resetMasterGain(id(1));
     EXPECT_EQ(group(1).masterGainDB, 6) << "nothing was measured";
+}
+
+TEST_F(EditingTest, switchesGoOnAndOff) {
+    using Switch = void (ClipEditing::*)(UUID);
+    const std::tuple<const char*, Switch, std::function<bool(const SyncGroup&)>> switches[] = {
+        {"approved", &ClipEditing::toggleApproved, [](const SyncGroup& g) { return g.isApproved; }},
+        {"pickup", &ClipEditing::togglePickup, [](const SyncGroup& g) { return g.isPickup; }},
+        {"export", &ClipEditing::toggleExcludedFromExport,
+         [](const SyncGroup& g) { return g.isExcludedFromExport; }},
+        {"multicam", &ClipEditing::toggleExcludedFromMulticam,
+         [](const SyncGroup& g) { return g.isExcludedFromMulticamFlag.value_or(false); }},
+        {"silent", &ClipEditing::toggleMOS,
+         [](const SyncGroup& g) { return g.matchStatus == MatchStatus::mos(); }},
+    };
+    for (const auto& [name, turn, isOn] : switches)
+        for (const bool on : {true, false}) {
+            (controller_->clips().*turn)(id(2));
+            EXPECT_EQ(isOn(group(2)), on) << name;
+        }
+    controller_->clips().toggleMOS(id());
+    EXPECT_EQ(group().matchStatus, MatchStatus::ambiguous(3)) << "it has sound";
+    for (const bool on : {true, false}) {
+        controller_->clips().setGenerateNativeMOS(id(), on);
+        controller_->clips().setGenerateProjectRateClip(id(), !on);
+        EXPECT_EQ(group().generateNativeMOSClip, on);
+        EXPECT_EQ(group().generateProjectRateClipFlag, !on);
+    }
+}
+
+TEST_F(EditingTest, aRecordingComesAndGoesWithWhatItMakesOfTheClip) {
+    controller_->recordings().attachAudioToGroup(id(1), test::audio("five.wav", "11:00:55:00"));
+    EXPECT_EQ(group(1).audioMatches[1].syncOffsetSeconds, 55);
+    EXPECT_EQ(group(1).audioMatches[1].overlapDurationSeconds, 5);
+    EXPECT_EQ(group(1).matchStatus, MatchStatus::manual());
+    for (const MatchStatus& left :
+         {MatchStatus::ambiguous(2), MatchStatus::manual(), MatchStatus::unmatched()}) {
+        controller_->recordings().removeAudioMatch(id(), group().audioMatches[0].id);
+        EXPECT_EQ(group().matchStatus, left);
+    }
+}
+
+TEST_F(EditingTest, resettingAClipLeavesItsMatchesAlone) {
+    const std::string asMatched = toJSON(group()).dump();
+    ClipEditing& clips = controller_->clips();
+    clips.adjustAudioOffset(id(), 0.2);
+    clips.setAudioAnchor(id(), 2);
+    clips.toggleApproved(id());
+    clips.toggleLocked(id());
+    finish(controller_->tracks().toggleTrackActive(id(), 2));
+    finish(controller_->tracks().addBlockOverride(id(), 1, 2, 3));
+    clips.resetClipToAutoSync(id());
+    EXPECT_EQ(toJSON(group()).dump(), asMatched);
+}
+
+TEST_F(EditingTest, theRateOfOtherClipsIsTheMostFrequentOne) {
+    const auto inferred = [&](const std::vector<std::optional<double>>& rates) {
+        std::vector<SyncGroup> groups;
+        for (const auto rate : rates) {
+            groups.emplace_back(test::video("V.mov"), std::vector<AudioMatch>{}, MatchStatus::unmatched());
+            groups.back().video.projectFrameRate = rate;
+        }
+        open(groups);
+        return controller_->clips().inferredProjectFrameRate(id());
+    };
+    EXPECT_EQ(inferred({30, 25, 24, 25}), 25);
+    EXPECT_EQ(inferred({{}, 50, 25, 25, 50}), 50) << "of equals the first";
+    EXPECT_EQ(inferred({25, {}, 0}), 24) << "no other clip has any";
 }
 
 TEST_F(EditingTest, batchRenamingIsOneStepAndOneNotice) {

@@ -52,9 +52,7 @@ int makeSocket() {
     return made;
 }
 
-const sockaddr* general(const sockaddr_un& address) {
-    return static_cast<const sockaddr*>(static_cast<const void*>(&address));
-}
+const sockaddr* general(const sockaddr_un& address) { return reinterpret_cast<const sockaddr*>(&address); }
 
 bool isOfThisUser(int connection) {
     ucred other{};

@@ -71,8 +71,8 @@ class CredentialFile {
             JSON all = text.empty() ? JSON::object() : JSON::parse(text);
             Secret::wipe(text);
             return all.isObject() ? std::move(all) : JSON::object();
-        } catch (const FileError&) {
-        } catch (const JSONError&) {
+        } catch (const FileError&) { // no secrets then
+        } catch (const JSONError&) { // likewise
         }
         return JSON::object();
     }

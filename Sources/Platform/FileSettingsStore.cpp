@@ -167,7 +167,7 @@ void FileSettingsStore::look() {
         if (file.problem) return;
         seen_ = now;
         adoptFromDisk(std::move(file.values));
-    } catch (const FileError&) {
+    } catch (const FileError&) { // as its writer may be at work
     }
 }
 

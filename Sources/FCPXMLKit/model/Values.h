@@ -89,6 +89,7 @@ inline std::string attributeText(const Time& value) { return value.description()
 std::string attributeText(const Decibels& value);
 std::string attributeText(const DateTime& value);
 std::string attributeText(const VideoColorSpace& value);
+// NOLINTNEXTLINE(bugprone-return-const-ref-from-parameter): texts of a document are not copied to be written
 inline const std::string& attributeText(const std::string& value) { return value; }
 inline const std::string& attributeText(const ID& value) { return value.value; }
 inline const std::string& attributeText(const IDREF& value) { return value.value; }

@@ -9,14 +9,16 @@ std::shared_ptr<AudioLevelProvider>
 AudioLevelProvider::create(std::shared_ptr<platform::MainThread> mainThread) {
     return std::shared_ptr<AudioLevelProvider>(
         new AudioLevelProvider([mainThread = std::move(mainThread)](auto delay, auto work) {
-            return mainThread->after(delay, work);
+            return mainThread->after(delay, std::move(work));
         }));
 }
 
 std::shared_ptr<AudioLevelProvider>
 AudioLevelProvider::onClockOf(std::shared_ptr<platform::PlayerSystem> players) {
-    return std::shared_ptr<AudioLevelProvider>(new AudioLevelProvider(
-        [players = std::move(players)](auto delay, auto work) { return players->after(delay, work); }));
+    return std::shared_ptr<AudioLevelProvider>(
+        new AudioLevelProvider([players = std::move(players)](auto delay, auto work) {
+            return players->after(delay, std::move(work));
+        }));
 }
 
 AudioLevelProvider::~AudioLevelProvider() {

@@ -63,7 +63,7 @@ void Desktop::run(std::string_view id, JSON arguments, Done done, Refused whenTh
         }
         const auto result = std::make_shared<JSON>();
         row.whenDone(context_, call, result)
-            .whenDone([refused, result, done](const std::exception_ptr& raised) {
+            .whenDone([refused, result, done = std::move(done)](const std::exception_ptr& raised) {
                 if (!raised) {
                     if (done) done(*result);
                     return;

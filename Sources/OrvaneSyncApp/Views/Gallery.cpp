@@ -53,10 +53,10 @@ QWidget* glyphs() {
     const int rows = (count + glyphsARow - 1) / glyphsARow;
     return new Painted(
         {glyphsARow * glyphCell, rows * glyphCell}, QObject::tr("Icons"), [](QPainter& painter) {
-            for (int i = 0; i < count; ++i)
-                draw(painter, static_cast<Glyph>(i),
-                     QRectF(i % glyphsARow * glyphCell + 8, i / glyphsARow * glyphCell + 8, 24, 24),
-                     colours().text);
+            for (int i = 0; i < count; ++i) {
+                const int left = i % glyphsARow * glyphCell + 8, top = i / glyphsARow * glyphCell + 8;
+                draw(painter, static_cast<Glyph>(i), QRectF(left, top, 24, 24), colours().text);
+            }
         });
 }
 

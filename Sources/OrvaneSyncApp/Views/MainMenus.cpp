@@ -50,7 +50,8 @@ QAction* MainMenus::addCommand(QMenu* menu, std::string_view id, const QKeySeque
     QAction* action = menu->addAction(translated(row.title));
     action->setShortcut(key);
     action->setStatusTip(translated(row.help));
-    connect(action, &QAction::triggered, this, [this, id, arguments] { desktop_.run(id, arguments); });
+    connect(action, &QAction::triggered, this,
+            [this, id, arguments = std::move(arguments)] { desktop_.run(id, arguments); });
     commandActions_.emplace_back(action, id);
     return action;
 }

@@ -64,7 +64,7 @@ class LocalAddress {
         size_ = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 +
                                        static_cast<std::size_t>(bytes.size()));
     }
-    const sockaddr* get() const { return static_cast<const sockaddr*>(static_cast<const void*>(&address_)); }
+    const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&address_); }
     socklen_t size() const { return size_; }
 
   private:

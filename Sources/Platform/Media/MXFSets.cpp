@@ -92,8 +92,8 @@ std::optional<Partition> findFirstPartition(RandomAccessFile& file) {
     // that something announces no container of ours.
     const std::vector<std::byte> front = file.read(0, longestRunIn + keyBytes);
     const std::string_view text = ByteCursor(front).text();
-    for (std::size_t at = text.find(metadataKey, 1); at != std::string_view::npos && at <= longestRunIn;
-         at = text.find(metadataKey, at + 1))
+    // Where there is none, `npos` is beyond the longest.
+    for (std::size_t at = text.find(metadataKey, 1); at <= longestRunIn; at = text.find(metadataKey, at + 1))
         if (auto first = readPartition(file, at); isHeader(first)) return first;
     return std::nullopt;
 }

@@ -127,8 +127,10 @@ class ChunkReader {
 std::optional<double> duration(const Format& format, const Chunks& chunks) {
     if (!chunks.dataBytes) return std::nullopt;
     const auto bytes = static_cast<double>(*chunks.dataBytes);
-    if (format.isLinear() && format.blockAlign > 0)
-        return static_cast<double>(*chunks.dataBytes / format.blockAlign) / format.sampleRate;
+    if (format.isLinear() && format.blockAlign > 0) {
+        const std::uint64_t wholeFrames = *chunks.dataBytes / format.blockAlign;
+        return static_cast<double>(wholeFrames) / format.sampleRate;
+    }
     if (chunks.frames) return static_cast<double>(*chunks.frames) / format.sampleRate;
     if (format.bytesPerSecond > 0) return bytes / format.bytesPerSecond;
     return std::nullopt;

@@ -71,7 +71,7 @@ ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<v
     outline_->whenListChanged = [this] { steps_->refresh(); };
     ofReview_ = review->onChange([this] { steps_->refresh(); });
     outline_->openTake = [this](std::vector<UUID> cameras) {
-        if (openTake) openTake(cameras);
+        if (openTake) openTake(std::move(cameras));
     };
     review->moveInList = [this](KeyAction action) { go(action == KeyAction::nextGroup ? 1 : -1); };
 }

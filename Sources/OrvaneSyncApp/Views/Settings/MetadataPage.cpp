@@ -188,7 +188,8 @@ void MetadataPage::run(std::string_view id, JSON arguments) {
     });
 }
 
-void MetadataPage::setTarget(LockitField field, FCPMetaTarget target, std::optional<std::string> customKey) {
+void MetadataPage::setTarget(LockitField field, FCPMetaTarget target,
+                             const std::optional<std::string>& customKey) {
     fieldProblem_->show(Signal::none, {});
     JSON arguments = JSON::object();
     arguments.set("field", rawValue(field));

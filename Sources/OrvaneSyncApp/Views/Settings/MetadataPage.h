@@ -30,7 +30,7 @@ class MetadataPage : public SettingsPage {
     QWidget* makeAccount();
     QWidget* makeFields();
     void showAccount();
-    void setTarget(LockitField field, FCPMetaTarget target, std::optional<std::string> customKey = {});
+    void setTarget(LockitField field, FCPMetaTarget target, const std::optional<std::string>& customKey = {});
     void cancelSignIn();
     void completeSignIn();
     /// What is refused stands below the account.

@@ -55,7 +55,7 @@ void PlayheadLine::moveTo(double x) {
 
 void PlayheadLine::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
-    constexpr double middle = playheadWidth / 2;
+    constexpr int middle = playheadWidth / 2;
     constexpr double top = TimelineLayout::rulerHeight - 11, tip = TimelineLayout::rulerHeight - 1;
     painter.setPen(Qt::NoPen);
     painter.setBrush(colours().text);

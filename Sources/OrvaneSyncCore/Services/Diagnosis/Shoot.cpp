@@ -121,7 +121,7 @@ Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input
         if (clip.place) {
             clip.isCovered = isCovered(group, clip.place->range.durationSeconds());
         }
-        clips.push_back(std::move(clip));
+        clips.push_back(clip);
     }
 }
 

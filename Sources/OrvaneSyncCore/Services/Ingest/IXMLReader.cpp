@@ -102,8 +102,7 @@ IXMLReader::Bext parseBext(const ByteCursor& chunk) {
         result.originator = std::string(*text);
     if (const auto text = asciiField(chunk, dateAt, dateBytes); text && text->size() == dateBytes)
         result.originationDate = dateFromField(*text);
-    if (const auto samples = chunk.u64le(timeReferenceAt); samples && *samples != 0)
-        result.timeRef = *samples;
+    if (const auto samples = chunk.u64le(timeReferenceAt); samples && *samples != 0) result.timeRef = samples;
     return result;
 }
 

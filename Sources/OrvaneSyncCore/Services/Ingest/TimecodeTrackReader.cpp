@@ -91,7 +91,7 @@ struct MdiaParseResult {
 
 template <class T>
 void keep(T& field, const std::optional<std::uint32_t>& value) {
-    if (value) field = *value;
+    if (value) field = *value; // NOLINT(bugprone-optional-value-conversion): not every field is optional
 }
 
 void parseSampleTable(RandomAccessFile& file, const Atom& table, TimecodeParseResult& result) {
@@ -103,7 +103,7 @@ void parseSampleTable(RandomAccessFile& file, const Atom& table, TimecodeParseRe
         if (atom.is("stco") && atom.size >= offsetTableBytes) {
             keep(result.chunkOffset, body.u32be(16));
         } else if (atom.is("co64") && atom.size >= wideOffsetTableBytes) {
-            if (const auto offset = body.u64be(16)) result.chunkOffset = *offset;
+            if (const auto offset = body.u64be(16)) result.chunkOffset = offset;
         } else if (atom.is("stsz") && atom.size >= sizesBytes) {
             // One size for all samples, or 0 and a table. Many cameras write a table, even of one entry.
             std::optional<std::uint32_t> size = body.u32be(12);

@@ -137,7 +137,7 @@ class Finder {
         }
         return isCopyOfOther;
     }
-    void markCopies(Indices run, std::vector<bool>& isCopyOfOther) const {
+    void markCopies(const Indices& run, std::vector<bool>& isCopyOfOther) const {
         std::map<std::string, Indices> byName;
         for (const std::size_t i : run) byName[platform::text::lowercased(asset(i).filename)].push_back(i);
         for (auto& [name, same] : byName) {

@@ -107,7 +107,7 @@ void sortByName(std::vector<FolderInfo>& folders) {
 }
 
 std::string SessionStore::folderOf(const UUID& id) const {
-    const std::string path = directory_ + "/" + id.text() + std::string(extension);
+    std::string path = directory_ + "/" + id.text() + std::string(extension);
     if (files::exists(path)) return path;
     // As a file system that knows no case, or a person, may have named it.
     const std::string lower =
@@ -173,7 +173,7 @@ SessionStore::Changed<SessionInfo> SessionStore::changeInfo(const SessionInfo& k
                                                             const SessionInfoChange& change) const {
     const FileLock lock = FileLock::ofFolder(folderOf(known.id));
     return changeRecord<SessionInfo>(infoPath(known.id), [&](std::optional<SessionInfo> onDisk) {
-        SessionInfo info = onDisk ? std::move(*onDisk) : known;
+        SessionInfo info = std::move(onDisk).value_or(known);
         info.id = known.id;
         change.apply(info);
         return info;
@@ -259,7 +259,7 @@ SessionStore::changeFolderInfos(const std::vector<FolderInfo>& known, const Fold
     files::createDirectories(directory_);
     const FileLock lock = FileLock::ofFolder(directory_);
     return changeRecord<Folders>(folderInfosPath(), [&](std::optional<Folders> onDisk) {
-        Folders folders = onDisk ? std::move(*onDisk) : known;
+        Folders folders = std::move(onDisk).value_or(known);
         change(folders);
         sortByName(folders);
         return folders;

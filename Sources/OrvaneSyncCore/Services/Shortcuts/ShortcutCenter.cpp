@@ -100,7 +100,7 @@ platform::Task ShortcutCenter::resetToDefaults() {
     return change(weak_from_this(), [](ShortcutBindings& bindings) { bindings = defaultBindings(); });
 }
 
-platform::Task ShortcutCenter::saveProfile(std::string named) {
+platform::Task ShortcutCenter::saveProfile(const std::string& named) {
     assertOnMainThread();
     std::string name = withoutBlanksAround(named);
     return name.empty() ? platform::Task::ended() : saveProfile(weak_from_this(), std::move(name));

@@ -65,7 +65,7 @@ class ShortcutCenter : public std::enable_shared_from_this<ShortcutCenter> {
 
     /// Under the name without blanks and tabs at its ends; does nothing for an empty one. Raises
     /// ProfileNameError and FileError; then nothing has changed.
-    platform::Task saveProfile(std::string named);
+    platform::Task saveProfile(const std::string& named);
     /// Raises ProfileNameError, FileError and ShortcutFileError when there is no such profile or it can't be
     /// understood; then nothing has changed.
     platform::Task loadProfile(std::string named);

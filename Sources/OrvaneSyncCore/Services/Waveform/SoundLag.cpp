@@ -158,7 +158,8 @@ std::optional<double> between(std::span<const float> camera, std::span<const flo
             sums.ab += a * b;
         }
         sums.count = static_cast<double>(last - first);
-        likenesses[static_cast<std::size_t>(lag + most)] = sums.correlation();
+        const int place = lag + most;
+        likenesses[static_cast<std::size_t>(place)] = sums.correlation();
     }
     const auto best = std::ranges::max_element(likenesses);
     if (*best < likeness) return std::nullopt;

@@ -65,7 +65,7 @@ WaveformImage drawnWaveform(std::span<const float> peaks, std::span<const float>
             const Column& column = columns[x];
             if (!(column.peak > reach)) continue;
             const double coverage = std::min(column.coverage, 1.0) * WaveformImage::mostCoverage;
-            auto pixel = static_cast<std::uint8_t>(coverage + 0.5);
+            auto pixel = static_cast<std::uint8_t>(std::lround(coverage));
             if (column.rms > reach) pixel |= WaveformImage::levelBit;
             above[x] = below[x] = pixel;
         }
@@ -77,7 +77,7 @@ std::string pngOf(const WaveformImage& image) {
     constexpr platform::Colour peak{64, 128, 192, 255};
     constexpr std::uint8_t white = 255;
     const auto over = [&](std::uint8_t below) {
-        return static_cast<std::uint8_t>(below + (white - below) * WaveformImage::levelOpacity + 0.5);
+        return static_cast<std::uint8_t>(std::lround(below + (white - below) * WaveformImage::levelOpacity));
     };
     std::array<platform::Colour, 256> palette;
     for (std::size_t i = 0; i < palette.size(); ++i) {

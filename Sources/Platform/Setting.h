@@ -76,8 +76,10 @@ std::optional<JSON> readAs<JSON>(const JSON& value); ///< a map
 template <class T>
 struct Setting : SettingDescription {
     /// Without a default where there is none.
-    constexpr explicit Setting(std::string_view theKey, std::optional<T> standard = std::nullopt) requires(
-        !std::is_enum_v<T> && !std::is_same_v<T, std::string>)
+    constexpr explicit Setting(
+        std::string_view theKey,
+        const std::optional<T>& standard = std::nullopt) requires(!std::is_enum_v<T> &&
+                                                                  !std::is_same_v<T, std::string>)
         : SettingDescription{theKey, kindOf(), defaultOf(standard)} {}
     constexpr explicit Setting(
         std::string_view theKey, std::optional<std::string_view> standard = std::nullopt,

@@ -42,7 +42,7 @@ struct Declared : platform::Setting<T> {
     using Details = SettingDescription::Details;
     using Default = std::conditional_t<std::is_same_v<T, std::string>, std::string_view, T>;
 
-    Declared(std::string_view theKey, std::optional<Default> standard, std::string_view under,
+    Declared(std::string_view theKey, const std::optional<Default>& standard, std::string_view under,
              std::string_view says, Details more = {}) requires(!RawValued<T>)
         : platform::Setting<T>(theKey, standard) {
         join(under, says, more);

@@ -22,8 +22,8 @@ template <class Decode>
 void decode(const Decode& decode) {
     try {
         decode();
-    } catch (const DecodingError&) {
-    } catch (const platform::JSONError&) {
+    } catch (const DecodingError&) {       // is refused
+    } catch (const platform::JSONError&) { // is refused
     }
 }
 

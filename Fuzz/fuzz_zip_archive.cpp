@@ -21,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             platform::unpackedBytes(file.path(), mostBytes);
             platform::unpackZip(file.path(), folder, mostBytes);
         }
-    } catch (const platform::ZipError&) {
+    } catch (const platform::ZipError&) {  // is refused
     } catch (const platform::FileError&) { // a name that is a file and a folder, or too long
     }
     std::int64_t bytes = 0;

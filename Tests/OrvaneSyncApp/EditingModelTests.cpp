@@ -161,7 +161,7 @@ std::vector<Edit> EditingModelTest::edits() {
                [=](C& c, UUID id) {
                    try {
                        c.tracks().addBlockOverride(id, start, start + length, value + 4);
-                   } catch (const OutOfRange&) {
+                   } catch (const OutOfRange&) { // the clip is shorter, or has no sound
                    }
                }),
         ofClip(undoSteps::removeBlockOverride,

@@ -15,8 +15,8 @@ template <class Decode>
 std::string decoded(const Decode& decode) {
     try {
         return decode();
-    } catch (const DecodingError&) {
-    } catch (const platform::JSONError&) {
+    } catch (const DecodingError&) {       // is refused
+    } catch (const platform::JSONError&) { // is refused
     }
     return "undecodable";
 }

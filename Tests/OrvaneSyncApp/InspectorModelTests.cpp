@@ -155,13 +155,13 @@ TEST_F(InspectorModelTest, syncSaysWhatTheClipHasAndWhatWasLocked) {
     change(a_, [](SyncGroup& own) { own.audioMatches.front().syncOffsetSeconds = 1.5; });
     controller_->clips().adjustAudioOffset(a_, -0.08);
     controller_->clips().toggleLocked(a_);
-    SyncPart part = SyncPart::of(group(a_));
+    SyncPart part = SyncPart::of(group(a_), 25);
     EXPECT_EQ(part.offsetFrames, "-2");
     EXPECT_EQ(part.begins, "Sound begins 1.420 s after picture");
     EXPECT_EQ(part.anchorHint, "Unlock sync to move the clap point");
     EXPECT_EQ(part.lockedAt, "");
     controller_->clips().adjustAudioOffset(a_, 0.04); // a lock does not keep the keys from moving the sound
-    part = SyncPart::of(group(a_));
+    part = SyncPart::of(group(a_), 25);
     EXPECT_EQ(part.lockedAt, "It was locked at -2 frames.");
 
     MediaAsset slow = video("S.mov");

@@ -23,7 +23,7 @@ class TimelineRowsTest : public testing::Test {
         FileNames names;
         for (const AudioMatch& match : group_.audioMatches) names.add(*match.audio);
         names.add(group_.video);
-        return timelineRows(group_, smartAudio_, settings_, names);
+        return timelineRows(group_, 25, smartAudio_, settings_, names);
     }
     TimelineLayout layout(bool isExpanded = true, double verticalScroll = 0) {
         return {std::make_shared<const TimelineRows>(rows()), zoom_, isExpanded, verticalScroll};

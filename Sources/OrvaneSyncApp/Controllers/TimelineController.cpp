@@ -2,11 +2,11 @@
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
 #include "OrvaneSyncCore/Services/Timeline/TimelineRuler.h"
 #include "OrvaneSyncCore/Services/Waveform/ClapDetector.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
-#include "Timecode/ExactRate.h"
 
 #include <algorithm>
 #include <cmath>
@@ -27,11 +27,9 @@ TimelineController::TimelineController(OpenWork& work, ClipEditing& clips)
       waveform_(WaveformState::create(work.environment.mainThread, work.environment.waveformCache)),
       listening_(platform::SerialQueue::create("timeline")) {}
 
-double TimelineController::timelineFrameRate(const SyncGroup& group) {
-    constexpr double usual = 24;
-    for (const auto& rate : {group.video.projectFrameRate, group.video.frameRate})
-        if (rate && *rate > 0) return exactRateValue(*rate);
-    return usual;
+double TimelineController::timelineFrameRate(const SyncGroup& group) const {
+    const double chosen = work_.environment.settings->get(settings::targetFrameRate);
+    return ClipRates(work_.syncGroups(), chosen).of(group.video);
 }
 
 void TimelineController::show(const UUID& groupID) {

@@ -65,8 +65,8 @@ class TimelineController {
     /// Until the sibling is moved again. Forgotten with the program.
     void dismissSiblingSuggestion(const UUID& groupID);
 
-    /// Frames per second by which a clip is counted and nudged: those of the project, else of the file.
-    static double timelineFrameRate(const SyncGroup& group);
+    /// Frames per second by which a clip is counted and nudged: those that its document counts.
+    double timelineFrameRate(const SyncGroup& group) const;
 
   private:
     static platform::Task reduce(std::weak_ptr<TimelineController> weak, TakeSound sound, std::size_t bins,

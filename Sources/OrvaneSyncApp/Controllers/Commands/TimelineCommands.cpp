@@ -73,7 +73,7 @@ JSON suggestionJSON(CommandContext& context, const Call& call) {
     JSON json;
     json.set("groupID", suggestion->sibling->id.text());
     json.set("offset", suggestion->offsetSeconds);
-    json.set("text", suggestion->text(TimelineController::timelineFrameRate(group)));
+    json.set("text", suggestion->text(context.controller->timeline().timelineFrameRate(group)));
     json.set("key", suggestion->dismissKey);
     return json;
 }

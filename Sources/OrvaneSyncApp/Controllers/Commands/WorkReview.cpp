@@ -2,11 +2,12 @@
 
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
+#include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "Platform/Files.h"
 #include "Platform/Text.h"
-#include "Timecode/ExactRate.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,12 +26,9 @@ using platform::text::trimmed;
 
 constexpr double secondsOfDay = 86400;
 
-/// In which the column of offsets counts: the clip's own rate, frames per second.
-double rateOf(const MediaAsset& video) {
-    constexpr double unknown = 25;
-    for (const auto& rate : {video.projectFrameRate, video.frameRate})
-        if (rate && *rate > 0) return exactRateValue(*rate);
-    return unknown;
+/// In which the column of offsets counts.
+ClipRates ratesOf(const WorkSnapshot& work) {
+    return {work.groups(), work.settings().get(settings::targetFrameRate)};
 }
 
 bool isChosen(const SyncGroup& group) { return group.matchStatus.isSettled() && !group.isMOS(); }
@@ -42,9 +40,9 @@ std::vector<std::string> recordingTexts(const SyncGroup& group, const FileNames&
 }
 
 /// What the table says of a clip that the editor may decide about.
-void fillDecisions(ReviewLine& line, const SyncGroup& group) {
+void fillDecisions(ReviewLine& line, const SyncGroup& group, const ClipRates& rates) {
     line[choice] = isChosen(group) ? "1" : "";
-    line[offsetFrames] = reviewFrames(group.manualAudioOffsetSeconds * rateOf(group.video));
+    line[offsetFrames] = reviewFrames(group.manualAudioOffsetSeconds * rates.of(group.video));
     line[name] = group.manualClipName.value_or("");
     line[skip] = group.isExcludedFromExport ? "x" : "";
 }
@@ -62,7 +60,7 @@ std::string doubtText(const SyncGroup& group, const SyncDoubts& doubts, bool any
 
 class Reading {
   public:
-    explicit Reading(const WorkSnapshot& work) : names_(work.fileNames()) {
+    explicit Reading(const WorkSnapshot& work) : names_(work.fileNames()), rates_(ratesOf(work)) {
         for (const SyncGroup& group : work.groups()) {
             shown_[shownName(group)].push_back(&group);
             byFilename_[trimmedText(group.video.url.lastPathComponent())].push_back(&group);
@@ -75,7 +73,7 @@ class Reading {
         const SyncGroup* group = clipOf(line);
         if (group == nullptr) return;
         ReviewLine present;
-        fillDecisions(present, *group);
+        fillDecisions(present, *group, rates_);
         ReviewDecision decision{.groupID = group->id};
         readChoice(line, *group, decision);
         readOffset(line, present, *group, decision);
@@ -178,13 +176,14 @@ class Reading {
                                      (byComma ? ", which may be a thousand times as many; write it without "
                                                 "a comma"
                                               : ""));
-        const double seconds = *frames / rateOf(group.video);
+        const double seconds = *frames / rates_.of(group.video);
         if (std::abs(seconds) > secondsOfDay)
             return problem(line, "an offset of " + std::string(cell) + " frames is more than a day");
         if (reviewFrames(*frames) != *present[offsetFrames]) decision.offsetSeconds = seconds;
     }
 
     const FileNames& names_;
+    const ClipRates rates_;
     std::unordered_map<std::string, std::vector<const SyncGroup*>> shown_, byFilename_;
     std::unordered_set<UUID> seen_;
 };
@@ -210,6 +209,7 @@ std::vector<ReviewLine> reviewLines(const WorkSnapshot& work) {
     const FileNames& files = work.fileNames();
     const bool anySound = work.hasRecordings();
     const SyncDoubts& doubts = work.doubts();
+    const ClipRates rates = ratesOf(work);
     std::vector<ReviewLine> lines;
     for (const SyncGroup& group : work.groups()) {
         ReviewLine line{.number = lines.size() + 2};
@@ -218,7 +218,7 @@ std::vector<ReviewLine> reviewLines(const WorkSnapshot& work) {
         line[sound] = numberedRecordings(recordingTexts(group, files));
         line[status] = std::string(group.matchStatus.name());
         line[doubt] = doubtText(group, doubts, anySound);
-        fillDecisions(line, group);
+        fillDecisions(line, group, rates);
         lines.push_back(std::move(line));
     }
     return lines;

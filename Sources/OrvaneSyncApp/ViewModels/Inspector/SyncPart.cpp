@@ -26,13 +26,13 @@ std::string soundBeginsSentence(const SyncGroup& group) {
 
 } // namespace
 
-SyncPart SyncPart::of(const SyncGroup& group) {
+SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
     SyncPart part;
     part.method = group.syncMethod;
     part.hasSound = !group.isMOS();
     part.isLocked = group.isLocked;
     part.isApproved = group.isApproved;
-    part.frameRate = TimelineController::timelineFrameRate(group);
+    part.frameRate = frameRate;
     part.offsetSeconds = group.manualAudioOffsetSeconds;
     part.offsetFrames = offsetFramesText(part.offsetSeconds, part.frameRate);
     part.offsetInSeconds = formatted("%+.3f", part.offsetSeconds);

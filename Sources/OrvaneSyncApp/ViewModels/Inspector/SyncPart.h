@@ -28,7 +28,8 @@ struct SyncPart {
     std::string lock;         ///< what the button for the lock says
     std::string lockedAt;     ///< the offset that was locked, where it is another by now; else empty
 
-    static SyncPart of(const SyncGroup& group);
+    /// `frameRate`: of the clip's times (TimelineController::timelineFrameRate).
+    static SyncPart of(const SyncGroup& group, double frameRate);
     bool operator==(const SyncPart&) const = default;
 };
 

@@ -202,13 +202,13 @@ std::string smartAudioSummary(const SyncGroup& group, const SmartAudioState& sta
     return "Smart Audio active";
 }
 
-TimelineRows timelineRows(const SyncGroup& group, const SmartAudioState& smartAudio,
+TimelineRows timelineRows(const SyncGroup& group, double frameRate, const SmartAudioState& smartAudio,
                           const platform::SettingsStore& settings, const FileNames& names) {
     TimelineRows rows;
     rows.groupID = group.id;
     rows.pictureName = names.of(group.video);
     rows.clipSeconds = group.video.durationSeconds.value_or(0);
-    rows.frameRate = TimelineController::timelineFrameRate(group);
+    rows.frameRate = frameRate;
     rows.isLocked = group.isLocked;
     rows.pictureClapSeconds = group.pictureClapAnchorSeconds;
     rows.hasSound = !group.isMOS();

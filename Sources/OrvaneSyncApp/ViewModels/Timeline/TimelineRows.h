@@ -82,8 +82,9 @@ struct TimelineRows {
     std::string tooltip(const TimelineRecording& recording) const;
 };
 
-/// `names`: of the files that are shown beside it. Interface thread.
-TimelineRows timelineRows(const SyncGroup& group, const SmartAudioState& smartAudio,
+/// `frameRate`: of the clip's times (TimelineController::timelineFrameRate). `names`: of the files that are
+/// shown beside it. Interface thread.
+TimelineRows timelineRows(const SyncGroup& group, double frameRate, const SmartAudioState& smartAudio,
                           const platform::SettingsStore& settings, const FileNames& names);
 
 /// The channels of the clip's take, by track.

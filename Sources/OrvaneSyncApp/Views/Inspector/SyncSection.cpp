@@ -135,7 +135,7 @@ void SyncSection::moveBy(double seconds) {
 }
 
 void SyncSection::show(const SyncGroup& clip) {
-    const SyncPart part = SyncPart::of(clip);
+    const SyncPart part = SyncPart::of(clip, desktop().controller().timeline().timelineFrameRate(clip));
     approve_->setChecked(part.isApproved); // a click has changed it by itself
     clapCheck_->setEnabled(review_->canCheckClap());
     if (shown_ == part) return;

@@ -57,7 +57,8 @@ void SiblingBanner::refresh() {
     const auto suggestion =
         clip == nullptr ? std::nullopt : desktop_.controller().timeline().siblingSuggestion(*id);
     if (suggestion)
-        text_->setText(translatedSentence(suggestion->text(TimelineController::timelineFrameRate(*clip))));
+        text_->setText(
+            translatedSentence(suggestion->text(desktop_.controller().timeline().timelineFrameRate(*clip))));
     setAccessibleName(suggestion ? text_->text() : QString());
     setVisible(suggestion.has_value());
 }

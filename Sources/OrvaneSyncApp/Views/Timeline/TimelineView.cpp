@@ -199,8 +199,9 @@ void TimelineView::refresh() {
 
 void TimelineView::buildRows(const SyncGroup& clip) {
     ImportController& controller = desktop_.controller();
-    auto rows = std::make_shared<TimelineRows>(timelineRows(
-        clip, controller.smartAudio().state(), desktop_.settings(), controller.work().fileNames()));
+    auto rows = std::make_shared<TimelineRows>(
+        timelineRows(clip, controller.timeline().timelineFrameRate(clip), controller.smartAudio().state(),
+                     desktop_.settings(), controller.work().fileNames()));
     const WaveformState& waveform = *controller.timeline().waveform();
     if (rows->soundSeconds <= 0)
         rows->soundSeconds = waveform.waveform().clipDuration; // the file did not say

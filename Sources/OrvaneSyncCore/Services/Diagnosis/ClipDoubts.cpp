@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
+#include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Matching/MeetingOrder.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
@@ -244,7 +245,7 @@ class ClipDoubts {
         const double picture = group_.video.durationSeconds.value_or(0);
         const double cut = picture - take_.durationSeconds;
         // To less than a frame nothing is cut.
-        if (take_.durationSeconds * group_.video.frameRate.value_or(25) < 1 || cut < cutSeconds) return;
+        if (take_.durationSeconds * clipRate(group_.video, rateWithoutAny) < 1 || cut < cutSeconds) return;
         add(Kind::cutByTrim,
             name_ + " is cut from " + formatted("%.1f s", picture) + formatted(" to %.1f s,", picture - cut) +
                 " the length of its sound, counted from the picture's start",

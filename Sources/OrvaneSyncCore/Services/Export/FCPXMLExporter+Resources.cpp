@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+#include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 
 namespace orvane::FCPXMLExporter {
 

@@ -15,17 +15,13 @@ using namespace fcpxml;
 
 namespace {
 
-constexpr double fallbackRate = 24.0;
-constexpr double highestRate = 1.0e6;
 constexpr double smallestOffsetSeconds = 0.0001;
 constexpr int defaultSampleRate = 48000;
 constexpr double highestSampleRate = 1.0e9;
 constexpr std::int64_t fallbackFrames = 1000;
 constexpr double sampleLimit = 9007199254740992.0; // 2^53, beyond it a double no longer counts single samples
 
-bool isUsable(double fps) { return std::isfinite(fps) && std::round(fps) >= 1 && fps <= highestRate; }
-
-double orFallback(double fps) { return isUsable(fps) ? fps : fallbackRate; }
+double orFallback(double fps) { return isUsableRate(fps) ? fps : rateWithoutAny; }
 
 /// The length of so many frames, of the exact rate that the number stands for.
 Time framesTime(std::int64_t frames, double fps) {
@@ -49,14 +45,8 @@ std::optional<Time> wholeSamples(double seconds, int sampleRate) {
 
 } // namespace
 
-double usableRate(std::optional<double> first, std::optional<double> second, std::optional<double> third) {
-    for (const auto& rate : {first, second, third})
-        if (rate && isUsable(*rate)) return exactRateValue(*rate);
-    return fallbackRate;
-}
-
 double clipRate(const MediaAsset& video, const ExportSettings& settings) {
-    return usableRate(video.projectFrameRate, video.frameRate, settings.projectFrameRate);
+    return orvane::clipRate(video, settings.projectFrameRate);
 }
 
 Time frameDurationTime(double fps) { return framesTime(1, orFallback(fps)); }
@@ -178,7 +168,7 @@ Time soundLength(const std::optional<Time>& duration, double fps) {
 }
 
 bool isDropFrame(double fps) {
-    if (!isUsable(fps)) return false;
+    if (!isUsableRate(fps)) return false;
     const Fraction rate = exactRate(fps);
     return rate == Fraction(30000, 1001) || rate == Fraction(60000, 1001);
 }

@@ -97,10 +97,7 @@ bool isDropFrame(double fps);
 fcpxml::TcFormat tcFormat(const MediaAsset& video, double fps);
 /// 1000 frames: what a file without a duration gets.
 fcpxml::Time fallbackDuration(double fps);
-/// The first of the rates that a document can hold, exactly, else 24.
-double usableRate(std::optional<double> first, std::optional<double> second = std::nullopt,
-                  std::optional<double> third = std::nullopt);
-/// The one rate of all times of a clip, of its asset and of what hangs on it, exactly.
+/// That of the clip in a document with these settings.
 double clipRate(const MediaAsset& video, const ExportSettings& settings);
 
 // Resources.

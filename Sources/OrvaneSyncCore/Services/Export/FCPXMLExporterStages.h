@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/FilePaths.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+#include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,9 @@
 #include "ControllerTest.h"
 
 #include "MediaFactory/WaveMaker.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkReview.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformCache.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
@@ -13,17 +15,23 @@ namespace {
 /// A clip of 20 s at 25 frames a second whose recording claps at 3 s and speaks from 10 s on.
 class TimelineTest : public ControllerTest {
   protected:
+    /// Mono, at 8000 Hz.
+    MediaAsset recording(std::string_view name, std::string_view start, const std::vector<float>& samples) {
+        MediaAsset made = audio(name, start, static_cast<double>(samples.size()) / 8000);
+        made.url = FileURL{folder_.write(std::string(name),
+                                         WaveMaker().format({.sampleRate = 8000}).samples(samples).bytes())};
+        made.channelCount = 1;
+        return made;
+    }
+
     TimelineTest() {
         std::vector<float> samples(std::size_t{20} * 8000, 0.001F);
         for (std::size_t i = 24'000; i < 24'400; ++i) samples[i] = i % 2 == 0 ? 0.9F : -0.9F;
         for (std::size_t i = 80'000; i < 88'000; ++i) samples[i] = i % 2 == 0 ? 0.3F : -0.3F;
-        MediaAsset recording = audio("T.wav", "10:00:00:00", 20);
-        recording.url = FileURL{
-            folder_.write("T.wav", WaveMaker().format({.sampleRate = 8000}).samples(samples).bytes())};
-        recording.channelCount = 1;
-        SyncGroup group = test::clip(video("A.mov", "10:00:00:00", 20), recording);
+        const MediaAsset sound = recording("T.wav", "10:00:00:00", samples);
+        SyncGroup group = test::clip(video("A.mov", "10:00:00:00", 20), sound);
         id_ = group.id;
-        sound_ = recording.url;
+        sound_ = sound.url;
         ImportController::Dependencies dependencies;
         dependencies.mainThread = mainThread_;
         dependencies.settings = settings_;
@@ -54,6 +62,37 @@ TEST_F(TimelineTest, theClapBecomesTheAnchorUnlessTheEditorWasFaster) {
     finish(timeline.autoDetectAudioAnchorIfMissing(id_));
     EXPECT_EQ(group().audioAnchorOffsetInAudioSeconds, 3);
     EXPECT_FALSE(controller_->work().undoState().canUndo);
+}
+
+TEST_F(TimelineTest, theClapOfASplitTakeIsWhereTheClipShowsIt) {
+    std::vector<float> first(std::size_t{8} * 8000, 0.001F);
+    first[16'000] = 1;    // 2 s before the clip
+    first[56'000] = 0.9F; // 3 s into it
+    SyncGroup split =
+        test::clip(video("S.mov", "10:00:00:00", 20),
+                   recording("T-2.wav", "10:00:04:00", std::vector<float>(std::size_t{16} * 8000)));
+    split.audioMatches.front().syncOffsetSeconds = 4;
+    split.audioMatches.emplace_back(recording("T-1.wav", "09:59:56:00", first), -4, 4);
+    controller_->openStoredWork({{}, {}, SyncGroupList({split})});
+    const auto now = [&]() -> const SyncGroup& { return *controller_->work().syncGroups().find(split.id); };
+    finish(controller_->timeline().autoDetectAudioAnchorIfMissing(split.id));
+    EXPECT_EQ(now().audioAnchorOffsetInAudioSeconds, -1); // in time of the file that begins at 4 s
+    EXPECT_EQ(now().resolvedClapPointSeconds(), 3);
+    EXPECT_EQ(controller_->timeline().setAnchor(split.id, -99), -8);
+    EXPECT_EQ(controller_->timeline().setAnchor(split.id, 99), 16);
+}
+
+TEST_F(TimelineTest, aClipWithoutARateCountsAsItsDocumentDoes) {
+    SyncGroup other = group();
+    other.video.frameRate = 0.4; // no rate to count at
+    SyncGroup voter = test::clip(video("V.mov", "11:00:00:00", 20, 30), audio("V.wav", "11:00:00:00", 20));
+    voter.video.projectFrameRate = 30;
+    controller_->openStoredWork({{}, {}, SyncGroupList({other, voter})});
+    controller_->timeline().nudgeByFrames(id_, 3);
+    EXPECT_NEAR(group().manualAudioOffsetSeconds, 0.1, 1e-12);
+    EXPECT_EQ(reviewLines(WorkSnapshot(*controller_)).front()[ReviewColumn::offsetFrames], "3");
+    settings_->set(settings::targetFrameRate.key, 50.0);
+    EXPECT_EQ(controller_->timeline().timelineFrameRate(group()), 50);
 }
 
 TEST_F(TimelineTest, ANudgeIsAFrameOfWhatIsExported) {

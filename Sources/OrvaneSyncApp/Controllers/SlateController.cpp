@@ -63,8 +63,7 @@ platform::Task SlateController::searchEach(std::weak_ptr<SlateController> weak, 
         const SyncGroup* group = self->work_.syncGroups().find(clips[i]);
         if (group == nullptr) continue;
         const FileURL video = group->video.url;
-        std::optional<FileURL> audio;
-        if (const MediaAsset* primary = group->primaryAudio()) audio = primary->url;
+        const auto audio = ClapDetector::Search::of(*group);
         const SmartAudioProgress begun{"Looking for the slate of " + group->video.filename,
                                        static_cast<int>(i) + 1, static_cast<int>(clips.size()),
                                        static_cast<double>(i) / total};
@@ -86,10 +85,9 @@ platform::Task SlateController::searchEach(std::weak_ptr<SlateController> weak, 
         if (!self) co_return;
         // Of a clip that meanwhile has other files, it says nothing.
         group = self->work_.syncGroups().find(clips[i]);
-        const MediaAsset* primary = group == nullptr ? nullptr : group->primaryAudio();
-        const bool isOfThese = group != nullptr && group->video.url == video &&
-                               (primary == nullptr ? !audio : audio == primary->url);
-        if (!isOfThese) continue;
+        if (group == nullptr || group->video.url != video) continue;
+        const auto present = ClapDetector::Search::of(*group);
+        if (present.has_value() != audio.has_value() || (audio && !audio->isOfSameSound(*present))) continue;
         self->caches_.state.slateResults.insert_or_assign(clips[i], std::move(result));
         self->work_.notify(ImportField::slates);
     }

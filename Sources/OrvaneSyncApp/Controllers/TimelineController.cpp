@@ -5,7 +5,6 @@
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
 #include "OrvaneSyncCore/Services/Timeline/TimelineRuler.h"
-#include "OrvaneSyncCore/Services/Waveform/ClapDetector.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
 
 #include <algorithm>
@@ -89,7 +88,10 @@ std::optional<double> TimelineController::setAnchor(const UUID& groupID, double 
     const SyncGroup* group = work_.unlockedGroup(groupID);
     const MediaAsset* audio = group == nullptr ? nullptr : group->primaryAudio();
     if (audio == nullptr || !audio->durationSeconds || std::isnan(secondsInAudio)) return std::nullopt;
-    const double anchor = std::clamp(secondsInAudio, 0.0, std::max(*audio->durationSeconds, 0.0));
+    const ClipSound sound(*group);
+    const double ends =
+        std::max({*audio->durationSeconds, sound.durationSeconds - sound.primaryStartSeconds, 0.0});
+    const double anchor = std::clamp(secondsInAudio, std::min(0.0 - sound.primaryStartSeconds, 0.0), ends);
     work_.withUndo(undoSteps::setAudioAnchor, [&] { clips_.setAudioAnchor(groupID, anchor); });
     return anchor;
 }
@@ -103,16 +105,16 @@ const SyncGroup* TimelineController::mayGetAnchor(const UUID& groupID) const {
 platform::Task TimelineController::autoDetectAudioAnchorIfMissing(const UUID& groupID) {
     const SyncGroup* group = mayGetAnchor(groupID);
     if (group == nullptr) return platform::Task::ended();
-    return work_.running.add(detectAnchor(work_.weak(this), groupID, group->primaryAudio()->url));
+    return work_.running.add(detectAnchor(work_.weak(this), groupID, *ClapDetector::Search::of(*group)));
 }
 
 platform::Task TimelineController::detectAnchor(std::weak_ptr<TimelineController> weak, UUID groupID,
-                                                FileURL audio) {
+                                                ClapDetector::Search search) {
     auto self = weak.lock();
     auto searching = platform::onQueue(*self->listening_, self->work_.environment.mainThread,
-                                       [audio](const std::stop_token& stop) -> std::optional<double> {
+                                       [search](const std::stop_token& stop) -> std::optional<double> {
                                            try {
-                                               return ClapDetector::detectClapPoint(audio, stop);
+                                               return ClapDetector::detectClapPoint(search, stop);
                                            } catch (const std::exception&) {
                                                return std::nullopt; // as of a file that cannot be read
                                            }
@@ -121,7 +123,8 @@ platform::Task TimelineController::detectAnchor(std::weak_ptr<TimelineController
     const std::optional<double> clap = co_await searching;
     self = weak.lock();
     const SyncGroup* group = self && clap ? self->mayGetAnchor(groupID) : nullptr;
-    if (group != nullptr && group->primaryAudio()->url == audio) self->clips_.setAudioAnchor(groupID, clap);
+    if (group != nullptr && ClapDetector::Search::of(*group)->isOfSameSound(search))
+        self->clips_.setAudioAnchor(groupID, clap);
 }
 
 void TimelineController::adjustOffset(const UUID& groupID, double deltaSeconds) {

@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Services/Timeline/AudioDrag.h"
 #include "OrvaneSyncCore/Services/Timeline/FrameAccumulator.h"
 #include "OrvaneSyncCore/Services/Timeline/TimelineZoomState.h"
+#include "OrvaneSyncCore/Services/Waveform/ClapDetector.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformState.h"
 #include "Platform/Task.h"
 
@@ -43,9 +44,10 @@ class TimelineController {
     platform::Task reduceWaveform(const UUID& groupID, std::size_t bins,
                                   std::shared_ptr<WaveformResult> result);
 
-    /// Within the first recording; nothing where its length is not known. Gives the anchor that was set.
+    /// In time of the first recording, anywhere within the take; nothing where the recording's length is not
+    /// known. Gives the anchor that was set.
     std::optional<double> setAnchor(const UUID& groupID, double secondsInAudio);
-    /// Searches the first recording for a clap and puts the anchor there, unless there is one by then. No
+    /// Searches the clip's take for a clap and puts the anchor there, unless there is one by then. No
     /// undo step.
     platform::Task autoDetectAudioAnchorIfMissing(const UUID& groupID);
     /// Also of a locked clip. Throws OutOfRange as ClipEditing does; so do the other moves.
@@ -71,7 +73,8 @@ class TimelineController {
   private:
     static platform::Task reduce(std::weak_ptr<TimelineController> weak, TakeSound sound, std::size_t bins,
                                  std::shared_ptr<WaveformResult> result);
-    static platform::Task detectAnchor(std::weak_ptr<TimelineController> weak, UUID groupID, FileURL audio);
+    static platform::Task detectAnchor(std::weak_ptr<TimelineController> weak, UUID groupID,
+                                       ClapDetector::Search search);
     static platform::Task drag(std::weak_ptr<TimelineController> weak, UUID groupID, double points,
                                DragModifiers modifiers);
     const SyncGroup* mayGetAnchor(const UUID& groupID) const;

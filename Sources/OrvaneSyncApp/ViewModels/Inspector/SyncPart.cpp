@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/ViewModels/Inspector/SyncPart.h"
 
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
+#include "OrvaneSyncCore/Services/Takes/ClipSound.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <algorithm>
@@ -38,9 +39,11 @@ SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
     part.offsetInSeconds = formatted("%+.3f", part.offsetSeconds);
     part.begins = soundBeginsSentence(group);
     part.hasAnchor = group.audioAnchorOffsetInAudioSeconds.has_value();
-    part.anchor = part.hasAnchor ? formatted("Clap point %.3f s into the recording",
-                                             *group.audioAnchorOffsetInAudioSeconds)
-                                 : "No clap point yet";
+    part.anchor =
+        part.hasAnchor
+            ? formatted("Clap point %.3f s into the recording",
+                        *group.audioAnchorOffsetInAudioSeconds + ClipSound(group).primaryStartSeconds)
+            : "No clap point yet";
     if (group.pictureClapAnchorSeconds) // it goes before that of the sound
         part.anchor += formatted("; in the picture at %.3f s", *group.pictureClapAnchorSeconds);
     part.anchorHint = part.isLocked ? "Unlock sync to move the clap point"

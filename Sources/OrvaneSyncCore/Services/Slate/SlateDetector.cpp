@@ -83,11 +83,9 @@ struct FrameSearch {
     }
 };
 
-std::optional<double> headClap(const FileURL& audio, const std::stop_token& stop) {
+std::optional<double> headClap(const ClapDetector::Search& audio, const std::stop_token& stop) {
     try {
-        const OpenTake take = openTake(audio);
-        return take ? ClapDetector::detectAudioTransient(*take.audio, ClapDetector::Part::head, stop)
-                    : std::nullopt;
+        return ClapDetector::detectAudioTransient(audio, ClapDetector::Part::head, stop);
     } catch (const std::exception&) {
         return std::nullopt;
     }
@@ -120,7 +118,7 @@ const SlateDetector::Means& SlateDetector::means() {
     return *means_;
 }
 
-SlateResult SlateDetector::detect(const FileURL& video, const std::optional<FileURL>& audio,
+SlateResult SlateDetector::detect(const FileURL& video, const std::optional<ClapDetector::Search>& audio,
                                   const std::function<void(double)>& progress, const std::stop_token& stop) {
     const std::lock_guard oneAtATime(mutex_);
     SlateResult result;

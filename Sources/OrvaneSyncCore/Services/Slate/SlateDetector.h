@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/FileURL.h"
 #include "OrvaneSyncCore/Models/SlateResult.h"
+#include "OrvaneSyncCore/Services/Waveform/ClapDetector.h"
 #include "Platform/Playback/FrameReader.h"
 #include "Platform/TextRecognizer.h"
 
@@ -29,10 +30,10 @@ class SlateDetector {
     explicit SlateDetector(std::function<Means()> means) : makeMeans_(std::move(means)) {}
     static std::shared_ptr<SlateDetector> ofThisMachine();
 
-    /// Listens to the first half minute of the audio, and looks at four pictures a second of the first 10
+    /// Listens to the head of the audio, half a minute, and looks at four pictures a second of the first 10
     /// seconds of the video; where these show no slate, of the last 10. A clap that is heard goes before one
     /// that is seen. `progress` gets the share that is done, 0 to 1, on this thread. Throws Stopped.
-    SlateResult detect(const FileURL& video, const std::optional<FileURL>& audio,
+    SlateResult detect(const FileURL& video, const std::optional<ClapDetector::Search>& audio,
                        const std::function<void(double)>& progress = {}, const std::stop_token& stop = {});
 
     /// A picture is a slate from above this score on (SlateText::score).

@@ -1,7 +1,7 @@
 #include "OrvaneSyncCore/Services/Waveform/ClapDetector.h"
 
 #include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
-#include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
+#include "OrvaneSyncCore/Services/Takes/ClipSound.h"
 #include "Platform/VectorOps.h"
 
 #include <algorithm>
@@ -74,16 +74,55 @@ class TransientSearch : public AudioListener {
     std::size_t peakAt_ = 0;
 };
 
+/// The moments of a stretch within a file, in its frames.
+struct SearchedFrames {
+    std::size_t begin = 0, end = 0;
+
+    SearchedFrames(const platform::AudioFile& file, const ClapDetector::Stretch& stretch) {
+        const auto length = static_cast<std::size_t>(std::max<std::int64_t>(file.frameCount(), 0));
+        const auto at = [&](double seconds) {
+            const double frame = std::round(seconds * file.sampleRate());
+            return frame < static_cast<double>(length) ? static_cast<std::size_t>(std::max(frame, 0.0))
+                                                       : length;
+        };
+        begin = at(stretch.startSeconds);
+        end = std::max(at(stretch.endSeconds), begin);
+    }
+};
+
+/// What `find` finds in the recording of a search, in audio time.
+template <class Find>
+std::optional<double> inAudioTime(const ClapDetector::Search& search, Find find) {
+    const OpenTake take = openTake(search.sound);
+    const std::optional<double> found = take ? find(*take.audio) : std::nullopt;
+    return found ? std::optional(*found - search.primaryStartSeconds) : std::nullopt;
+}
+
 } // namespace
 
+std::optional<ClapDetector::Search> ClapDetector::Search::of(const SyncGroup& group) {
+    ClipSound heard(group);
+    if (!heard.take) return std::nullopt;
+    Search search(*std::move(heard.take));
+    search.primaryStartSeconds = heard.primaryStartSeconds;
+    if (search.sound.files.size() < 2) return search;
+    const Stretch shown{std::max(-heard.offsetSeconds, 0.0),
+                        group.video.durationSeconds.value_or(Stretch{}.endSeconds) - heard.offsetSeconds};
+    // A clip that shows nothing of its take, moved far by hand, is no reason to look nowhere.
+    if (shown.startSeconds < heard.durationSeconds && shown.startSeconds < shown.endSeconds)
+        search.stretch = shown;
+    return search;
+}
+
 std::optional<double> ClapDetector::detectAudioTransient(platform::AudioFile& file, Part part,
+                                                         const Stretch& stretch,
                                                          const std::stop_token& stop) {
     const double rate = file.sampleRate();
     const std::size_t hop = wholeSamples(blockSeconds, rate);
-    const auto length = static_cast<std::size_t>(std::max<std::int64_t>(file.frameCount(), 0));
-    const std::size_t window = std::min(length, wholeSamples(searchedSeconds, rate));
+    const SearchedFrames frames(file, stretch);
+    const std::size_t window = std::min(frames.end - frames.begin, wholeSamples(searchedSeconds, rate));
     if (hop == 0 || window == 0 || file.channelCount() < 1) return std::nullopt;
-    const std::size_t start = part == Part::tail ? length - window : 0;
+    const std::size_t start = part == Part::tail ? frames.end - window : frames.begin;
     TransientSearch search(hop);
     std::array<AudioListener*, 1> listeners{&search};
     AudioPass{.firstFrame = static_cast<std::int64_t>(start),
@@ -96,14 +135,22 @@ std::optional<double> ClapDetector::detectAudioTransient(platform::AudioFile& fi
     return found ? std::optional(static_cast<double>(start + *found) / rate) : std::nullopt;
 }
 
-std::optional<double> ClapDetector::detectClapPoint(platform::AudioFile& file, const std::stop_token& stop) {
-    const auto head = detectAudioTransient(file, Part::head, stop);
-    return head ? head : detectAudioTransient(file, Part::tail, stop);
+std::optional<double> ClapDetector::detectAudioTransient(const Search& search, Part part,
+                                                         const std::stop_token& stop) {
+    return inAudioTime(search, [&](platform::AudioFile& file) {
+        return detectAudioTransient(file, part, search.stretch, stop);
+    });
 }
 
-std::optional<double> ClapDetector::detectClapPoint(const FileURL& audio, const std::stop_token& stop) {
-    const OpenTake take = openTake(audio);
-    return take ? detectClapPoint(*take.audio, stop) : std::nullopt;
+std::optional<double> ClapDetector::detectClapPoint(platform::AudioFile& file, const Stretch& stretch,
+                                                    const std::stop_token& stop) {
+    const auto head = detectAudioTransient(file, Part::head, stretch, stop);
+    return head ? head : detectAudioTransient(file, Part::tail, stretch, stop);
+}
+
+std::optional<double> ClapDetector::detectClapPoint(const Search& search, const std::stop_token& stop) {
+    return inAudioTime(
+        search, [&](platform::AudioFile& file) { return detectClapPoint(file, search.stretch, stop); });
 }
 
 } // namespace orvane

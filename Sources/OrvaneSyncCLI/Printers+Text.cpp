@@ -57,14 +57,10 @@ std::string wildTracksText(const ImportController& controller, bool bold) {
     });
     const FileNames& files = controller.work().fileNames();
     Table table({{"SOUND WITHOUT PICTURE"}, {"STARTS"}, {"LENGTH", Table::Align::right}, {"WHY"}});
-    for (const MediaAsset* audio : recordings) {
-        const bool hasStart = audio->startTimecodeString || audio->bextTimeReference;
-        const char* why = audio->isAtmo()          ? "room tone or wild track"
-                          : nothingIsKnown(*audio) ? "the file can't be read"
-                          : !hasStart              ? "no timecode"
-                                                   : "no clip at that time";
-        table.add({files.of(*audio) + channelsText(*audio), startText(*audio), lengthText(*audio), why});
-    }
+    UnmatchedReasons reasons = WorkSnapshot(controller).unmatchedReasons();
+    for (const MediaAsset* audio : recordings)
+        table.add({files.of(*audio) + channelsText(*audio), startText(*audio), lengthText(*audio),
+                   reasons.ofRecording(*audio)});
     return table.empty() ? "" : table.text(bold) + "\n";
 }
 
@@ -93,11 +89,11 @@ void addRecorderFacts(Table& table, const MediaAsset& asset) {
 
 std::string issuesText(const ImportController& controller, bool bold) {
     Table table({{"NOT MATCHED"}, {"STARTS"}, {"LENGTH", Table::Align::right}, {"WHY"}});
-    const bool anySound = WorkSnapshot(controller).hasRecordings();
+    UnmatchedReasons reasons = WorkSnapshot(controller).unmatchedReasons();
     const FileNames& files = controller.work().fileNames();
     for (const SyncGroup& group : filtered(controller.work().syncGroups(), FilterMode::issues)) {
-        table.add({files.of(group.video), startText(group.video), lengthText(group.video),
-                   whyUnmatched(group, anySound)});
+        table.add(
+            {files.of(group.video), startText(group.video), lengthText(group.video), reasons.ofClip(group)});
         for (const AudioMatch& match : group.audioMatches)
             table.add({"  " + files.of(match.audio) + channelsText(match.audio), startText(match.audio),
                        lengthText(match.audio), "overlaps " + secondsText(match.overlapDurationSeconds)});

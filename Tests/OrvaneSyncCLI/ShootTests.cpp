@@ -68,6 +68,22 @@ TEST_F(ShootTest, scanShowsATableToPeople) {
     EXPECT_EQ(runWith({"scan", folder_.path(), "--quiet"}, true).err, "");
 }
 
+TEST_F(ShootTest, eachScanTellsOfFilesThatEndEarly) {
+    const std::string sound = folder_.path("sound/DAY1_T01.WAV");
+    std::filesystem::resize_file(sound, std::filesystem::file_size(sound) / 2);
+    const std::string cacheFile = folder_.path("cache/probe-cache.bin");
+    std::string id;
+    for (const char* command : {"diagnose", "scan"}) {
+        const std::string told = runWith({command, folder_.path()}, false, cacheFile).out;
+        for (const char* piece : {"DAY1_T01.WAV' ends early: ", "copy it again from the card"})
+            EXPECT_NE(told.find(piece), std::string::npos) << command << ":\n" << told;
+        const JSON probed = runWith({"scan", folder_.path(), "--json"}, false, cacheFile).json();
+        const auto& last = probed.find("scanResult")->find("audioAssets")->elements()->back();
+        EXPECT_TRUE(id.empty() || id == *last.find("id")->string()) << "it is the same recording";
+        id = *last.find("id")->string();
+    }
+}
+
 TEST_F(ShootTest, scanSaysWhatNamesDoNotTell) {
     const test::TemporaryDirectory cards;
     test::makeSmallShoot(cards.path("1"));

@@ -31,8 +31,10 @@ SyncDoubts DoubtSource::doubts(const FileNames& names, const std::stop_token& st
     std::vector<MediaAsset> gathered;
     const auto* recordings = files.scannedAudio();
     if (recordings == nullptr) gathered = files.copiedAudioPool();
+    const auto falseCopies = copies->falseCopies(files.groups, stop);
     return SyncDoubts::of({files.groups, recordings != nullptr ? *recordings : gathered, rules, trimMode,
-                           smartAudioResults, names, heardLags.get()},
+                           smartAudioResults, names, heardLags.get(),
+                           files.scanned ? &files.scanned->cutFiles : nullptr, &falseCopies},
                           stop);
 }
 
@@ -45,7 +47,8 @@ DoubtSource WorkDoubts::source() const {
             work_.matchRules(),
             work_.environment.settings->get(settings::trimMode),
             smartAudio_.state().results,
-            heardLags_};
+            heardLags_,
+            copies_};
 }
 
 WorkDoubts::Basis WorkDoubts::basis() const {
@@ -128,7 +131,7 @@ platform::Task WorkDoubts::listenToPairs(std::weak_ptr<WorkDoubts> weak, std::ve
     auto lags = co_await hearing;
     self = weak.lock();
     if (!self) co_return;
-    self->heardLags_ = std::make_shared<const std::unordered_map<UUID, double>>(std::move(lags));
+    self->heardLags_ = std::make_shared<const std::unordered_map<UUID, HeardLag>>(std::move(lags));
     self->begunBy_.reset();
     self->work_.notify(ImportField::doubts); // whoever shows them asks
 }

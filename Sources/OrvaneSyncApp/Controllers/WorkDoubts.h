@@ -5,6 +5,7 @@
 #include "OrvaneSyncApp/Controllers/ScanController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
 #include "OrvaneSyncApp/Controllers/WorkFiles.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CopyComparison.h"
 #include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
 #include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
 #include "Platform/Task.h"
@@ -25,9 +26,10 @@ struct DoubtSource {
     MatchRules rules; ///< by which the clips were matched
     TrimMode trimMode;
     SmartAudioResults smartAudioResults;
-    std::shared_ptr<const std::unordered_map<UUID, double>> heardLags; ///< by group; null: none were heard
+    std::shared_ptr<const std::unordered_map<UUID, HeardLag>> heardLags; ///< by group; null: none were heard
+    std::shared_ptr<CopyComparison> copies;                              ///< never null
 
-    /// `names`: of these files. Throws Stopped.
+    /// `names`: of these files. May read some KB of recordings. Throws Stopped.
     SyncDoubts doubts(const FileNames& names, const std::stop_token& stop = {}) const;
 };
 
@@ -77,7 +79,8 @@ class WorkDoubts {
     mutable std::uint64_t begun_ = 0; ///< its number
     mutable std::optional<platform::Task> deriving_;
 
-    std::shared_ptr<const std::unordered_map<UUID, double>> heardLags_;
+    std::shared_ptr<const std::unordered_map<UUID, HeardLag>> heardLags_;
+    const std::shared_ptr<CopyComparison> copies_ = std::make_shared<CopyComparison>();
     const std::unique_ptr<platform::SerialQueue> queue_;
     std::unique_ptr<platform::SerialQueue> listening_;
 };

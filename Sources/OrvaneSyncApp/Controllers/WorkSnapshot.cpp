@@ -31,8 +31,8 @@ const SyncDoubts& WorkSnapshot::doubts(const std::stop_token& stop) const {
     return *doubts_;
 }
 
-bool WorkSnapshot::hasRecordings() const {
-    return scanResult() ? !scanResult()->audioAssets.empty() : counts().withSound > 0;
+UnmatchedReasons WorkSnapshot::unmatchedReasons() const {
+    return {groups(), [files = source_.files] { return files.copiedAudioPool(); }, matchRules()};
 }
 
 } // namespace orvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
 
 #include <memory>
 #include <optional>
@@ -41,8 +42,8 @@ class WorkSnapshot {
     /// Throws Stopped.
     const SyncDoubts& doubts(const std::stop_token& stop = {}) const;
     OpenWork::Counts counts() const { return OpenWork::Counts::of(groups()); }
-    /// Whether the work has recordings. Work that was kept has no scan; then its clips tell.
-    bool hasRecordings() const;
+    /// Why clips have no sound and recordings no clip.
+    UnmatchedReasons unmatchedReasons() const;
 
   private:
     std::shared_ptr<const platform::SettingsStore> settings_;

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Models/SourceCorrections.h"
 
 #include "OrvaneSyncCore/Models/JSONFields.h"
+#include "OrvaneSyncCore/Utilities/RateText.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Text.h"
 #include "Timecode/Timecode.h"
@@ -47,8 +48,7 @@ void checkFrame(const std::string& text, const SignedLabel& label, TimecodeFrame
     const int most = timecodeRate::maxFrames(rate);
     if (label.clock.frames < most) return;
     throw CorrectionError("the sound offset '" + text + "' has frame " + std::to_string(label.clock.frames) +
-                          ", and at " + std::string(timecodeRate::name(rate)) + " frames go to " +
-                          std::to_string(most - 1));
+                          ", and at " + rateText(rate) + " frames go to " + std::to_string(most - 1));
 }
 
 std::chrono::sys_days dayOf(const std::string& text) {

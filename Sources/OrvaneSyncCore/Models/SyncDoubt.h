@@ -26,6 +26,8 @@ struct SyncDoubt {
         splitGap,       ///< a gap between the parts of a split take
         notTimeOfDay,   ///< the timecode counts something else than the time of day
         noTimecode,     ///< nothing says when the clip was filmed
+        cutFile,        ///< a file ends before what its headers promise
+        drift,          ///< the sound runs faster or slower than the picture
     };
 
     Kind kind = Kind::ambiguous;
@@ -36,9 +38,10 @@ struct SyncDoubt {
 };
 template <>
 struct RawValues<SyncDoubt::Kind> {
-    static constexpr std::array<std::string_view, 12> texts{
-        "otherDay",   "ambiguous",   "otherDateFits", "constantOffset", "timecodeRate", "dropMix",
-        "shortSound", "mutedSpeech", "cutByTrim",     "splitGap",       "notTimeOfDay", "noTimecode"};
+    static constexpr std::array<std::string_view, 14> texts{
+        "otherDay",     "ambiguous",  "otherDateFits", "constantOffset", "timecodeRate",
+        "dropMix",      "shortSound", "mutedSpeech",   "cutByTrim",      "splitGap",
+        "notTimeOfDay", "noTimecode", "cutFile",       "drift"};
 };
 
 /// A doubt about a whole card, with the clips that it concerns.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Timecode/TimecodeFrameRate.h"
+
 #include <string>
 
 namespace orvane {
@@ -8,5 +10,7 @@ namespace orvane {
 std::string threeDigits(double value);
 /// A rate as names and keywords say it: whole rates in full, others by three digits.
 std::string rateText(double framesPerSecond);
+/// "23.976", "29.97DF", as options take it.
+std::string rateText(TimecodeFrameRate rate);
 
 } // namespace orvane

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 
+#include "OrvaneSyncCore/Utilities/RateText.h"
 #include "Platform/Text.h"
 #include "Timecode/ExactRate.h"
 
@@ -133,7 +134,7 @@ std::string whyNoTimecode(std::string_view text, TimecodeFrameRate rate) {
     constexpr int sixty = 60;
     if (at.minutes >= sixty || at.seconds >= sixty) return "minutes and seconds go to 59";
     const int frames = timecodeRate::maxFrames(rate);
-    const std::string name(timecodeRate::name(rate));
+    const std::string name = rateText(rate);
     if (at.frames >= frames) return "at " + name + " frames go to " + std::to_string(frames - 1);
     constexpr int undroppedMinutes = 10;
     const bool isDropped = at.minutes % undroppedMinutes != 0 && at.seconds == 0 &&

@@ -201,8 +201,8 @@ TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
                     group.manualAudioOffsetSeconds = one.byHand[static_cast<std::size_t>(i)];
                 group.isLocked = i == one.locked;
             });
-        std::unordered_map<UUID, double> heard;
-        for (std::size_t i = 0; i < one.heard.size(); ++i) heard[shot.groups[i].id] = one.heard[i];
+        std::unordered_map<UUID, HeardLag> heard;
+        for (std::size_t i = 0; i < one.heard.size(); ++i) heard[shot.groups[i].id] = {one.heard[i]};
         shot.doubts =
             SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
         EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;

@@ -71,7 +71,19 @@ TEST(SoundLag, IsFoundByTheCamerasOwnMicrophone) {
             const auto found = lags.find(pairs[i].groupID);
             ASSERT_EQ(found != lags.end(), cases[i].heard.has_value()) << cases[i].name << ", seed " << seed;
             if (!cases[i].heard) continue;
-            EXPECT_NEAR(found->second, *cases[i].heard, 0.011) << cases[i].name;
+            EXPECT_NEAR(found->second.seconds, *cases[i].heard, 0.011) << cases[i].name;
+        }
+        const double speed = 1.001; // the recording has 0.1 % more samples than its time
+        std::vector<float> slow;
+        const auto steady = soundOf(seed, 70);
+        for (std::size_t i = 0; static_cast<double>(i) < 65 * rate * speed; ++i)
+            slow.push_back(steady[static_cast<std::size_t>(static_cast<double>(i) / speed)]);
+        const FileURL camera = make("long.wav", {steady.begin(), steady.begin() + std::ptrdiff_t{60} * rate});
+        for (const bool isSlow : {true, false}) {
+            const FileURL sound = make("sound.wav", isSlow ? slow : steady);
+            const auto one = SoundLag::heard({{UUID(), camera, sound, 0, 60}});
+            ASSERT_EQ(one.size(), 1U);
+            EXPECT_NEAR(one.begin()->second.drift.value_or(1), isSlow ? -0.001 : 0, 0.0002) << seed;
         }
         pairs.assign(5, pairs[1]);
         for (SoundLag::Pair& pair : pairs) pair.groupID = UUID::random();

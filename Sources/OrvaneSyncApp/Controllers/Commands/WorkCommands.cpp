@@ -114,6 +114,15 @@ platform::Task state(CommandContext& context, Call, std::shared_ptr<JSON> answer
     *answer = co_await making;
 }
 
+platform::Task oneGroup(CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
+    const ImportController& controller = *context.controller;
+    auto making =
+        platform::onQueue(*controller.work().documents, controller.work().environment.mainThread,
+                          [work = WorkSnapshot(controller), group = context.group(call.id("groupID"))](
+                              const std::stop_token& stop) { return groupJSON(group, work.doubts(stop)); });
+    *answer = co_await making;
+}
+
 platform::Task diagnose(CommandContext& context, Call, std::shared_ptr<JSON> answer) {
     const auto controller = context.controller;
     co_await controller->listenForDoubts();
@@ -198,10 +207,8 @@ std::vector<Command> workCommands() {
             "Gives what is on the cards, and each doubt with its cure; listens to some clips of each "
             "card.",
             {}, diagnose),
-        Command("group", "One Clip", "Gives one clip.", {{"groupID", id}},
-                [](CommandContext& context, const Call& call) {
-                    return toJSON(context.group(call.id("groupID")));
-                }),
+        Command::later("group", "One Clip", "Gives one clip, with the doubts about it.", {{"groupID", id}},
+                       oneGroup),
         Command("commands", "Commands",
                 "Lists every command with what it takes and whether it is enabled now, and the version of "
                 "the program.",

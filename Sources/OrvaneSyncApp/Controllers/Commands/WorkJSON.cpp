@@ -37,19 +37,10 @@ JSON takesJSON(const SyncGroupList& groups) {
     return takes;
 }
 
-/// Each clip with the doubts about it.
 JSON groupsJSON(const WorkSnapshot& work) {
-    const auto& doubts = work.doubts().byGroup;
+    const SyncDoubts& doubts = work.doubts();
     JSON::Array groups;
-    for (const SyncGroup& group : work.groups()) {
-        JSON one = toJSON(group);
-        if (const auto own = doubts.find(group.id); own != doubts.end()) {
-            JSON::Array list;
-            for (const SyncDoubt& doubt : own->second) list.push_back(toJSON(doubt));
-            one.set("doubts", std::move(list));
-        }
-        groups.push_back(std::move(one));
-    }
+    for (const SyncGroup& group : work.groups()) groups.push_back(groupJSON(group, doubts));
     return groups;
 }
 
@@ -61,6 +52,13 @@ std::vector<std::string> stateWarnings(const WorkSnapshot& work) {
 }
 
 } // namespace
+
+JSON groupJSON(const SyncGroup& group, const SyncDoubts& doubts) {
+    JSON json = toJSON(group);
+    if (const auto own = doubts.byGroup.find(group.id); own != doubts.byGroup.end())
+        json.set("doubts", toJSONArray(own->second));
+    return json;
+}
 
 JSON countsJSON(const WorkSnapshot& work) {
     JSON counts;

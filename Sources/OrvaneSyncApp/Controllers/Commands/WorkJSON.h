@@ -14,6 +14,8 @@ using platform::JSON;
 
 // The JSON forms of the open work, the same for every face that speaks JSON.
 
+/// A clip with the doubts about it.
+JSON groupJSON(const SyncGroup& group, const SyncDoubts& doubts);
 /// How many clips came out how.
 JSON countsJSON(const WorkSnapshot& work);
 /// Folders' files, assets, clips, wild tracks, names, counts, what Smart Audio heard, and warnings: those

@@ -48,10 +48,10 @@ void fillDecisions(ReviewLine& line, const SyncGroup& group, const ClipRates& ra
 }
 
 /// Each doubt with its cure; where there is none, why the clip is not settled.
-std::string doubtText(const SyncGroup& group, const SyncDoubts& doubts, bool anySound) {
+std::string doubtText(const SyncGroup& group, const SyncDoubts& doubts, UnmatchedReasons& reasons) {
     const auto own = doubts.byGroup.find(group.id);
     if (own == doubts.byGroup.end() || own->second.empty())
-        return group.matchStatus.isSettled() ? "" : whyUnmatched(group, anySound);
+        return group.matchStatus.isSettled() ? "" : reasons.ofClip(group);
     std::vector<std::string> texts;
     for (const SyncDoubt& one : own->second)
         texts.push_back(one.cure.empty() ? one.message : one.message + " (" + one.cure + ")");
@@ -207,7 +207,7 @@ void carryOutOne(ImportController& controller, const ReviewDecision& decision) {
 std::vector<ReviewLine> reviewLines(const WorkSnapshot& work) {
     const DisplayNames& displayNames = work.displayNames();
     const FileNames& files = work.fileNames();
-    const bool anySound = work.hasRecordings();
+    UnmatchedReasons reasons = work.unmatchedReasons();
     const SyncDoubts& doubts = work.doubts();
     const ClipRates rates = ratesOf(work);
     std::vector<ReviewLine> lines;
@@ -217,7 +217,7 @@ std::vector<ReviewLine> reviewLines(const WorkSnapshot& work) {
         line[cameraFile] = files.of(group.video);
         line[sound] = numberedRecordings(recordingTexts(group, files));
         line[status] = std::string(group.matchStatus.name());
-        line[doubt] = doubtText(group, doubts, anySound);
+        line[doubt] = doubtText(group, doubts, reasons);
         fillDecisions(line, group, rates);
         lines.push_back(std::move(line));
     }

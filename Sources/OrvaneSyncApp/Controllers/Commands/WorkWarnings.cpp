@@ -164,26 +164,12 @@ std::vector<std::string> scanWarnings(const WorkSnapshot& work) {
     return warnings;
 }
 
-bool nothingIsKnown(const MediaAsset& asset) {
-    return !asset.durationSeconds && !asset.width && !asset.sampleRate && !asset.startTimecodeString;
-}
-
-std::string whyUnmatched(const SyncGroup& group, bool hasRecordings) {
-    const MediaAsset& video = group.video;
-    if (group.matchStatus.kind == MatchStatus::Kind::ambiguous)
-        return "several recordings, none of them clearly";
-    if (nothingIsKnown(video)) return "the file can't be read";
-    if (!video.startTimecodeString) return "no timecode";
-    if (!video.durationSeconds) return "no length";
-    return hasRecordings ? "no sound at that time" : "no recordings given";
-}
-
 std::vector<std::string> leftOutWarnings(const WorkSnapshot& work) {
     std::vector<std::string> warnings;
-    const bool anySound = work.hasRecordings();
+    UnmatchedReasons reasons = work.unmatchedReasons();
     for (const SyncGroup& group : filtered(work.groups(), FilterMode::issues))
         warnings.push_back("not in the document: " + work.fileNames().of(group.video) + " (" +
-                           whyUnmatched(group, anySound) + ")");
+                           reasons.ofClip(group) + ")");
     return warnings;
 }
 

@@ -30,9 +30,5 @@ std::string earlyEndWarning(const std::string& filename, double heardSeconds, do
 /// A card full of files of one kind is one line, not hundreds: the first name, and how many more. At least
 /// one.
 std::string firstAndMore(const std::vector<std::string>& names);
-/// Nothing of the file could be read but its name.
-bool nothingIsKnown(const MediaAsset& asset);
-/// Why a clip without a settled match has none.
-std::string whyUnmatched(const SyncGroup& group, bool hasRecordings);
 
 } // namespace orvane

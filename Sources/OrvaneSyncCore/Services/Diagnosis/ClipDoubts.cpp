@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/RateText.h"
 #include "Platform/Stop.h"
 #include "Platform/Text.h"
 #include "Timecode/Timecode.h"
@@ -233,11 +234,16 @@ class ClipDoubts {
         std::string where;
         if (before > 0.05) where = formatted("the first %.1f s", before);
         if (after > 0.05) where += (where.empty() ? "" : " and ") + formatted("the last %.1f s", after);
+        const auto cut = std::ranges::find_if(take_.files, [&](const TakeFile& file) {
+            return isHeard(file.role) && shoot_.endsEarly(fileOf(file));
+        });
         add(Kind::shortSound,
             name_ + " lasts " + formatted("%.1f s", length()) + ", and " + where + " have no sound of " +
                 shoot_.nameOf(*group_.primaryAudio()),
-            "look for a recording that is missing on the cards, or cut to the sound with " +
-                option(TrimMode::overlap));
+            (cut != take_.files.end()
+                 ? "copy " + shoot_.nameOf(fileOf(*cut)) + " again from the card, as it ends early"
+                 : "look for a recording that is missing on the cards") +
+                ", or cut to the sound with " + option(TrimMode::overlap));
     }
 
     void cutByTrim() {

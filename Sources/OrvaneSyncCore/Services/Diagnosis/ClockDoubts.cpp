@@ -11,7 +11,6 @@
 #include <array>
 #include <cmath>
 #include <limits>
-#include <map>
 #include <set>
 #include <utility>
 
@@ -44,7 +43,7 @@ class ClockDoubts {
         findSuspects();
         for (const Suspect& one : suspects_)
             if (!one.isPart) offsetOf(one);
-        for (const Card& card : cardsOf(shoot_.clips)) {
+        for (const Card& card : camerasCards(shoot_)) {
             platform::throwIfStopped(shoot_.stop);
             offsetOfClips(card);
         }
@@ -78,7 +77,9 @@ class ClockDoubts {
         const auto isOf = [](const std::vector<bool>& those) {
             return [&those](std::size_t file) { return those[file]; };
         };
-        for (const Card& card : cards()) {
+        const bool areClipsDated = std::ranges::any_of(
+            clips_, [](const Shoot::Clip* clip) { return clip->likelyDay().has_value(); });
+        for (const Card& card : recordersCards(shoot_, areClipsDated)) {
             const auto& files = card.files;
             const auto right = std::ranges::count_if(files, isOf(isRight));
             if (std::cmp_greater_equal(files.size(), explanation::fewest) &&
@@ -96,50 +97,6 @@ class ClockDoubts {
                 suspects_.push_back(std::move(part));
         }
     }
-    /// What is in one folder and of one day, without the files that are copies or channels of others. Of
-    /// recorders that make a folder for each take, what lies in one folder above. Clips of which none has a
-    /// day meet the recordings of all days, which then make one card.
-    std::vector<Card> cards() const {
-        const bool areClipsDated = std::ranges::any_of(
-            clips_, [](const Shoot::Clip* clip) { return clip->likelyDay().has_value(); });
-        std::map<std::pair<std::string, std::optional<long>>, std::vector<std::size_t>> joined;
-        std::vector<Card> result;
-        std::vector<Card> all = cardsOf(shoot_.recordings);
-        if (!areClipsDated) all = withoutDays(std::move(all));
-        for (Card& card : all) {
-            keepOneOfATake(card.files);
-            if (std::cmp_less(card.files.size(), explanation::fewest)) {
-                auto& files = joined[{card.folder.substr(0, card.folder.rfind('/')), card.day}];
-                files.insert(files.end(), card.files.begin(), card.files.end());
-            } else {
-                result.push_back(std::move(card));
-            }
-        }
-        for (auto& [key, files] : joined)
-            if (std::cmp_greater_equal(files.size(), explanation::fewest))
-                result.push_back({key.first, key.second, std::move(files)});
-        return result;
-    }
-    static std::vector<Card> withoutDays(std::vector<Card> cards) {
-        std::vector<Card> result;
-        for (Card& card : cards) {
-            if (result.empty() || result.back().folder != card.folder)
-                result.push_back({std::move(card.folder), std::nullopt, {}});
-            auto& files = result.back().files;
-            files.insert(files.end(), card.files.begin(), card.files.end());
-        }
-        return result;
-    }
-    void keepOneOfATake(std::vector<std::size_t>& files) const {
-        const auto rangeOf = [&](std::size_t i) {
-            const TCRange& range = shoot_.recordings[i].place.range;
-            return std::pair(std::round(range.startSeconds), std::round(range.endSeconds));
-        };
-        std::ranges::stable_sort(files, {}, rangeOf);
-        const auto copies = std::ranges::unique(files, {}, rangeOf);
-        files.erase(copies.begin(), copies.end());
-    }
-
     /// What is to be added to the recording's place to come to the clip's; absent where they are two days and
     /// more apart.
     static std::optional<double> apart(const Shoot::Clip& clip, const FilePlace& sound) {
@@ -158,7 +115,7 @@ class ClockDoubts {
     /// a clock that is hours off changes its date at another time than the cameras do.
     static bool mayMeet(const Card& card, const Shoot::Clip& clip) {
         const auto day = clip.likelyDay();
-        return !card.day || !day || std::abs(*card.day - *day) <= 1;
+        return !card.day || !day || (*day >= *card.day - 1 && *day <= *card.day + card.moreDays + 1);
     }
     FilePlace placeOf(const Card& card, std::size_t file) const {
         FilePlace place = shoot_.recordings[file].place;
@@ -462,8 +419,9 @@ class ClockDoubts {
     /// Whether the recording lies on the card, or in one of the folders below it that make it up.
     bool isOf(const Card& card, std::size_t recording) const {
         const std::string_view folder = folderOf(*shoot_.recordings[recording].asset);
-        const auto day = card.day ? std::optional(*card.day - card.movedByDays) : std::nullopt;
-        return (!day || shoot_.recordings[recording].place.day == day) && folder.starts_with(card.folder) &&
+        const auto day = shoot_.recordings[recording].place.day;
+        return (!card.day || (day && card.isOf(*day + card.movedByDays))) &&
+               folder.starts_with(card.folder) &&
                (folder.size() == card.folder.size() || folder[card.folder.size()] == '/');
     }
     static std::optional<std::size_t> cover(const Cover& sound, const Card& card, const Shoot::Clip& clip) {
@@ -478,7 +436,8 @@ class ClockDoubts {
         return static_cast<int>(std::ranges::count_if(clips_, [&](const Shoot::Clip* clip) {
             if (!clip->isCovered || !clip->primary) return false;
             if (!one.isPart && isSuspected_[*clip->primary]) return false;
-            return (card.movedByDays != 0 && shoot_.recordings[*clip->primary].place.day != card.day) ||
+            const auto recorded = shoot_.recordings[*clip->primary].place.day;
+            return (card.movedByDays != 0 && !(recorded && card.isOf(*recorded))) ||
                    !isCovered(*clip->group, clip->place->range.durationSeconds(), offset);
         }));
     }

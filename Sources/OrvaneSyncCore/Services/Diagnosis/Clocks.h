@@ -24,6 +24,13 @@ struct Found {
     int recordings = 0;
 };
 
+/// What is in one folder and of one day, or of one night that passes midnight by its dates, without the files
+/// that are copies or channels of others. Of recorders that make a folder for each take, what lies in one
+/// folder above. Clips of which none has a day meet the recordings of all days, which then make one card.
+std::vector<Card> recordersCards(const Shoot& shoot, bool areClipsDated);
+/// The same of clips with a place, in their order.
+std::vector<Card> camerasCards(const Shoot& shoot);
+
 SyncEngine::TCRange moved(const SyncEngine::TCRange& range, double seconds);
 /// Seconds since 1970 for a file with a day, since midnight for one without.
 SyncEngine::TCRange onLine(const FilePlace& place);

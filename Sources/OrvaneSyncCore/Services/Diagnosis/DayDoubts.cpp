@@ -317,17 +317,21 @@ class DayDoubts {
             if (sound.second == other.day && why.day == own.day) folders = {sound.first};
         const double share = soundFor(other.day).shareOf(first, last);
         if (chance::atLeast(other.clips, count, share) > chance::smallest) return;
-        addCardDoubt(doubts_,
-                     {Kind::otherDateFits,
-                      "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +
-                          std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
-                          " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
-                          " those of their own day",
-                      "--sound-date " + dayText(own.day) +
-                          dayAlone(own.day, card.folder,
-                                   folders.size() == 1 ? *folders.begin() : std::string_view(), isAlone) +
-                          "; one of the two dates is wrong"},
-                     clips);
+        addCardDoubt(
+            doubts_,
+            {Kind::otherDateFits,
+             "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +
+                 std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
+                 " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
+                 " those of their own day",
+             "--sound-date " + dayText(own.day) +
+                 dayAlone(own.day, card.folder, folders.size() == 1 ? *folders.begin() : std::string_view(),
+                          isAlone) +
+                 (std::abs(other.day - own.day) == 1 && shoot_.input.rules.days != MatchingDays::neighbours
+                      ? ", or --days neighbours"
+                      : "") +
+                 "; one of the two dates is wrong"},
+            clips);
     }
 
     /// Of days whose recordings mostly lie under clips of that day, the date is right, and those recordings

@@ -101,8 +101,16 @@ bool givesDateToSeveralShoots(const Shoot& shoot) {
 }
 
 bool undatedFilesCollide(const Shoot& shoot) {
+    const auto* falseCopies = shoot.input.falseCopies;
+    const auto holdsFalseCopy = [&](const SyncGroup& group) {
+        return falseCopies != nullptr && !falseCopies->empty() &&
+               std::ranges::any_of(group.audioMatches, [&](const AudioMatch& match) {
+                   return falseCopies->contains(match.audio->id);
+               });
+    };
     return std::ranges::any_of(shoot.clips, [&](const Shoot::Clip& clip) {
-        return clip.primary && !clip.isDecided && collision(clip, false) != nullptr;
+        return clip.primary && !clip.isDecided &&
+               (collision(clip, false) != nullptr || holdsFalseCopy(*clip.group));
     });
 }
 

@@ -55,8 +55,9 @@ std::string OffsetCure::inAScanOfRecordings(const Card& card, bool isPart) const
     bool sharesFolder = isPart;
     for (const Recording& recording : shoot_.recordings) {
         paths.push_back(recording.asset->url.path);
+        const auto day = recording.place.day;
         sharesFolder = sharesFolder || (card.day && folderOf(*recording.asset) == card.folder &&
-                                        recording.place.day != *card.day - card.movedByDays);
+                                        !(day && card.isOf(*day + card.movedByDays)));
     }
     return sharesFolder
                ? " in a scan of these recordings alone (put links to them into a folder of their own)"

@@ -49,7 +49,7 @@ std::optional<Agreement> agreementOf(std::vector<double> offsets) {
 } // namespace
 
 void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
-    static const std::unordered_map<UUID, double> none;
+    static const std::unordered_map<UUID, HeardLag> none;
     const auto& heardLags = shoot.input.heardLags != nullptr ? *shoot.input.heardLags : none;
     std::map<std::tuple<std::string_view, std::string_view, std::optional<long>>, HandledClips> cards;
     for (const Shoot::Clip& clip : shoot.clips) {
@@ -64,7 +64,7 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
             card.unmoved.push_back(&clip);
         if (const auto lag = heardLags.find(clip.group->id);
             lag != heardLags.end() && clip.group->manualAudioOffsetSeconds == 0)
-            card.heard.push_back(lag->second);
+            card.heard.push_back(lag->second.seconds);
     }
     const auto rate = rateOfLabels(shoot);
     for (auto& [key, card] : cards) {
@@ -73,7 +73,9 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
         const std::string folder = "'" + std::string(std::get<0>(key)) + "'";
         const auto moved = agreementOf(card.offsets);
         const auto offset = moved ? moved : agreementOf(card.heard);
-        if (!offset) continue;
+        // Of sound that runs at another speed, the distance is that of one moment alone.
+        if (!offset || (!moved && doubts.has(card.unmoved.front()->group->id, {SyncDoubt::Kind::drift})))
+            continue;
         const std::string clips = counted(offset->count, "clip", "clips");
         const std::string span = spanText(std::abs(offset->seconds));
         const bool isEarlier = offset->seconds < 0;

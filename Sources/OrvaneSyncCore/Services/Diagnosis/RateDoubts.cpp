@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/RateText.h"
 #include "Platform/Stop.h"
 #include "Timecode/TimecodeFrameRate.h"
 

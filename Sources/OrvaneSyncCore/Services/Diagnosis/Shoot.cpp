@@ -96,6 +96,8 @@ Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input
     Places places(input.rules);
     recordings = recordingsAmong(input.recordings, places, stop);
     for (std::size_t i = 0; i < recordings.size(); ++i) recordingByID[recordings[i].asset->id] = i;
+    if (input.cutFiles != nullptr)
+        for (const CutFile& file : *input.cutFiles) heldShares[file.url.path] = file.heldShare;
     for (const SyncGroup& group : input.groups) places.learn(group.video);
     clips.reserve(input.groups.size());
     platform::StopCheck check(stop);
@@ -210,13 +212,6 @@ std::string spanText(double seconds) {
     const double minutes = std::floor(std::fmod(whole, anHour) / aMinute);
     if (whole < anHour) return formatted("%.0f", minutes) + rest;
     return formatted("%.0f h ", std::floor(whole / anHour)) + formatted("%02.0f", minutes) + rest;
-}
-
-std::string rateText(TimecodeFrameRate rate) {
-    std::string text = formatted("%.6g", std::round(timecodeRate::rate(rate).doubleValue() * 1000) / 1000);
-    if (text == "29.97" || text == "59.94" || text == "119.88")
-        text += timecodeRate::isDrop(rate) ? "DF" : "NDF";
-    return text;
 }
 
 } // namespace orvane

@@ -25,8 +25,7 @@ struct Shoot {
         bool isDecided = false; ///< by the editor: no doubt about which recording it has
         bool isCovered = false; ///< as `isCovered` of its group
 
-        /// The day of the file, else that of its header.
-        std::optional<long> likelyDay() const { return place->day ? place->day : place->headerDay; }
+        std::optional<long> likelyDay() const { return place->likelyDay(); }
     };
 
     explicit Shoot(const DoubtInput& theInput, const std::stop_token& theStop);
@@ -35,8 +34,10 @@ struct Shoot {
     const std::stop_token& stop;
     std::vector<Clip> clips; ///< in the order of the groups
     std::vector<Recording> recordings;
-    std::unordered_map<UUID, std::size_t> recordingByID; ///< in `recordings`
+    std::unordered_map<UUID, std::size_t> recordingByID;     ///< in `recordings`
+    std::unordered_map<std::string_view, double> heldShares; ///< by path, of files that end early
 
+    bool endsEarly(const MediaAsset& asset) const { return heldShares.contains(asset.url.path); }
     std::string nameOf(const MediaAsset& asset) const { return "'" + input.names.of(asset) + "'"; }
 };
 
@@ -79,12 +80,15 @@ class Cover {
     std::vector<Range> ranges_;
 };
 
-/// What lies in one folder and is of one day.
+/// What lies in one folder and is of one day, or of one night.
 struct Card {
     std::string folder;
     std::optional<long> day;
     std::vector<std::size_t> files; ///< by number of the clip or the recording
     long movedByDays = 0;           ///< from the files' own day to `day`, where another one is tried
+    long moreDays = 0;              ///< behind `day`, of a night that passes midnight
+
+    bool isOf(long other) const { return day && other >= *day && other <= *day + moreDays; }
 };
 std::vector<Card> cardsOf(const std::vector<Recording>& recordings);
 /// By `likelyDay`. Clips without a place are on no card.
@@ -96,14 +100,15 @@ std::string_view folderOf(const MediaAsset& asset);
 std::string dayText(long sinceEpoch);
 /// "12.3 s", "4 min 10 s", "1 h 00 min 02 s".
 std::string spanText(double seconds);
-/// "23.976", "29.97DF", as `--tc-rate` reads it.
-std::string rateText(TimecodeFrameRate rate);
 
 void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts);
+void addCutFiles(const Shoot& shoot, SyncDoubts& doubts);
 /// Of clips whose first recording nothing else speaks against, so after all others.
 void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addDayDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts);
+/// What was heard at the head and at the tail of some clips.
+void addDrift(const Shoot& shoot, SyncDoubts& doubts);
 /// What people moved by hand, and what was heard of some clips, tells of the others.
 void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts);
 void addTimecodeDoubts(const Shoot& shoot, SyncDoubts& doubts);

@@ -11,10 +11,12 @@ namespace orvane {
 SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) {
     const Shoot shoot(input, stop);
     SyncDoubts doubts;
+    addCutFiles(shoot, doubts);
     addClipDoubts(shoot, doubts);
     addClockDoubts(shoot, doubts);
     addDayDoubts(shoot, doubts);
     addTimecodeDoubts(shoot, doubts);
+    addDrift(shoot, doubts);
     addOffsetsByHand(shoot, doubts);
     addRivalDoubts(shoot, doubts);
     return doubts;

@@ -2,6 +2,8 @@
 
 #include "OrvaneSyncCore/Models/ExportKinds.h"
 #include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Models/HeardLag.h"
+#include "OrvaneSyncCore/Models/ScanModels.h"
 #include "OrvaneSyncCore/Models/SmartAudioResults.h"
 #include "OrvaneSyncCore/Models/SyncDoubt.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
@@ -11,6 +13,7 @@
 #include <map>
 #include <stop_token>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace orvane {
@@ -23,17 +26,22 @@ struct DoubtInput {
     TrimMode trimMode;
     const SmartAudioResults& smartAudioResults; ///< as far as there are any
     const FileNames& names;                     ///< of all files of the work
-    /// Of clips that were listened to, by group: seconds by which the sound of the camera's own microphone
-    /// lies later than the recording's. Null: none were.
-    const std::unordered_map<UUID, double>* heardLags = nullptr;
+    /// Of clips that were listened to, by group. Null: none were.
+    const std::unordered_map<UUID, HeardLag>* heardLags = nullptr;
+    const std::vector<CutFile>* cutFiles = nullptr; ///< as the scan found them; null: there was none
+    /// Recordings that count as copies by name, size and start, and hold other sound. Null: nobody looked.
+    const std::unordered_set<UUID>* falseCopies = nullptr;
 };
 
 /// Why clips may not have the right sound. Derived anew from the state of the work; pure, any thread.
 struct SyncDoubts {
     /// The doubts about each clip that has any, those about its card included.
     std::map<UUID, std::vector<SyncDoubt>> byGroup;
-    /// What concerns a whole card, in the order of the cards' folders.
+    /// What concerns a whole card, in the order of the cards' folders; without clips where none has to do
+    /// with it.
     std::vector<CardDoubt> cards;
+
+    bool isEmpty() const { return byGroup.empty() && cards.empty(); }
 
     /// A clip that is locked, left out of the export or settled by one of its recordings raises no doubt
     /// about which one it has. Throws Stopped.

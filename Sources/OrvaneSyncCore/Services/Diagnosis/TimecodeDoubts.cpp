@@ -2,6 +2,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
+#include "OrvaneSyncCore/Utilities/RateText.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Timecode/TimecodeFrameRate.h"
 

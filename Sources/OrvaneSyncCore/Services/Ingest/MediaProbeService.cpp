@@ -163,6 +163,15 @@ bool mayHoldSound(const MediaAsset& asset) {
     return asset.kind == AssetKind::audio || asset.channelCount.value_or(0) > 0;
 }
 
+/// Less is missing of recordings whose header was written a moment too late.
+bool isWorthTelling(double heldShare, const MediaInspection& inspection) {
+    constexpr double leastSeconds = 0.5;
+    const double length = inspection.durationSeconds.value_or(0);
+    const bool isSound = inspection.videoTracks.empty() && !inspection.audioTracks.empty();
+    const double promised = isSound && heldShare > 0 ? length / heldShare : length;
+    return !(promised > 0) || promised * (1 - heldShare) >= leastSeconds;
+}
+
 bool mayHoldBroadcastChunks(std::string_view extension) {
     return extension == "wav" || extension == "bwf" || extension == "aif" || extension == "aiff";
 }
@@ -193,7 +202,8 @@ MediaAsset MediaProbeService::probe(const FileURL& url, AssetKind kind, const Un
 
 std::vector<MediaAsset> MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
                                                     const Progress& progress, const Unread& unread,
-                                                    const std::stop_token& stop) const {
+                                                    const std::stop_token& stop,
+                                                    const CutShort& cutShort) const {
     std::vector<MediaAsset> assets(urls.size(), MediaAsset(UUID(), FileURL(), kind));
     std::vector<Known> known(urls.size());
     SideFiles sideFiles;
@@ -226,6 +236,7 @@ std::vector<MediaAsset> MediaProbeService::probeAll(const std::vector<FileURL>& 
             missing.push_back(i);
     }
     std::vector<char> isRead(missing.size()); // not of bool, whose elements share bytes
+    std::vector<std::optional<double>> heldShares(missing.size());
     const auto probeOne = [&](std::size_t which) {
         const std::size_t i = missing[which];
         begun(i);
@@ -239,18 +250,25 @@ std::vector<MediaAsset> MediaProbeService::probeAll(const std::vector<FileURL>& 
             if (probed.isOpened && isToBeHeard(assets[i])) listenForTimecode(assets[i], stop);
             const bool isWhole = probed.isOpened && !watch.hasSeenError();
             isRead[which] = isWhole ? 1 : 0;
+            heldShares[which] = probed.heldShare;
             // What an error hid would stay hidden as long as the file is the same. A start that was heard is
             // not remembered: it hangs on the settings, which change without the file.
-            if (cache_ && known[i].attributes && isWhole && probed.isFact)
-                cache_->store(probed.asset, *known[i].attributes);
+            if (cache_ && known[i].attributes && isWhole && probed.isFact) {
+                if (probed.heldShare)
+                    cache_->storeID(probed.asset, *known[i].attributes);
+                else
+                    cache_->store(probed.asset, *known[i].attributes);
+            }
         } catch (const std::exception&) { // one file took all the memory; the others go on
             if (!isProbed) assets[i] = MediaAsset(urls[i], kind);
         }
         done(i);
     };
     platform::concurrently(missing.size(), maxConcurrentProbes, probeOne, stop);
-    for (std::size_t which = 0; which < missing.size(); ++which)
+    for (std::size_t which = 0; which < missing.size(); ++which) {
         if (unread && isRead[which] == 0) unread(urls[missing[which]]);
+        if (cutShort && heldShares[which]) cutShort(urls[missing[which]], *heldShares[which]);
+    }
     return assets;
 }
 
@@ -302,6 +320,8 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
     const MediaInspection inspection =
         platform::inspectMedia(url.path, *file, hindered).value_or(MediaInspection());
     probed.isFact = !hindered;
+    if (inspection.heldShare && isWorthTelling(*inspection.heldShare, inspection))
+        probed.heldShare = inspection.heldShare;
     takeTracks(asset, inspection);
     asset.contentCreatedDate = creationDate(inspection.metadata);
     asset.headerDate = StartSources::headerDate(inspection);

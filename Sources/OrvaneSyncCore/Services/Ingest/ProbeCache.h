@@ -42,6 +42,8 @@ class ProbeCache {
     void store(const MediaAsset& asset);
     /// Under attributes that were read before the probe, so that a file that changed meanwhile misses.
     void store(const MediaAsset& asset, const platform::FileAttributes& attributes);
+    /// Its id alone: the next scan probes the file again.
+    void storeID(const MediaAsset& asset, const platform::FileAttributes& attributes);
 
     /// What is remembered of a file that is still the same.
     struct Known {
@@ -74,6 +76,8 @@ class ProbeCache {
     std::int64_t sizeBytes();
 
   private:
+    void store(const MediaAsset& asset, const platform::FileAttributes& attributes,
+               std::uint32_t readerVersion);
     void load();
     void loadEarlierForm();
     std::vector<std::string> records() const;

@@ -31,6 +31,8 @@ struct FilePlace {
 
     /// The day of the file, else that of a header that agrees with the timecode.
     std::optional<long> knownDay() const { return day || !isHeaderClose ? day : headerDay; }
+    /// The day of the file, else that of its header.
+    std::optional<long> likelyDay() const { return day ? day : headerDay; }
 };
 
 /// Lays files by the rules; absent without a place in time. One thread at a time.

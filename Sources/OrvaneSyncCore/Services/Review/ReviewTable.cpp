@@ -16,13 +16,14 @@ namespace {
 
 namespace text = platform::text;
 
-/// What begins a formula in a spreadsheet, in full width too; and the apostrophe, so that reading knows whose
-/// it is.
-constexpr std::array<std::string_view, 9> guarded{
-    "=", "+", "-", "@", "'", "\xEF\xBC\x9D", "\xEF\xBC\x8B", "\xEF\xBC\x8D", "\xEF\xBC\xA0"};
+/// What begins a formula in a spreadsheet, in full width too.
+constexpr std::array<std::string_view, 8> formulas{
+    "=", "+", "-", "@", "\xEF\xBC\x9D", "\xEF\xBC\x8B", "\xEF\xBC\x8D", "\xEF\xBC\xA0"};
 
+/// A formula, also behind apostrophes: reading has to know which one is the table's.
 bool isGuarded(std::string_view cell) {
-    return std::ranges::any_of(guarded, [&](std::string_view begin) { return cell.starts_with(begin); });
+    cell.remove_prefix(std::min(cell.find_first_not_of('\''), cell.size()));
+    return std::ranges::any_of(formulas, [&](std::string_view begin) { return cell.starts_with(begin); });
 }
 
 constexpr std::array numberColumns{ReviewColumn::choice, ReviewColumn::offsetFrames};

@@ -7,7 +7,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string_view>
 #include <utility>
@@ -69,17 +71,41 @@ std::vector<float> levelsOf(platform::AudioFile* file, double from, double secon
     return std::move(levels.dB);
 }
 
-std::optional<double> lagOf(const Pair& pair, const std::stop_token& stop) {
-    const auto camera = platform::AudioFile::openAllTracks(pair.camera.path);
-    const auto own = levelsOf(camera.get(), 0, heardSeconds, stop);
-    if (static_cast<double>(own.size()) < leastSeconds * binsPerSecond) return std::nullopt;
-    const OpenTake take = openTake(pair.recording);
-    const double from = std::max(0.0, -pair.offsetSeconds - furthestSeconds);
-    const double to = heardSeconds - pair.offsetSeconds + furthestSeconds;
-    if (!take || to <= from) return std::nullopt;
-    const auto other = levelsOf(take.audio.get(), from, to - from, stop);
-    return between(own, other, pair.offsetSeconds + from);
-}
+/// The two files of a pair, each opened once.
+class Listening {
+  public:
+    Listening(const Pair& pair, std::stop_token stop)
+        : pair_(pair), stop_(std::move(stop)), camera_(platform::AudioFile::openAllTracks(pair.camera.path)),
+          take_(openTake(pair.recording)) {}
+
+    std::optional<HeardLag> lag() const {
+        const auto atHead = lagAt(0);
+        if (!atHead) return std::nullopt;
+        HeardLag lag{*atHead};
+        if (pair_.lengthSeconds < leastForDriftSeconds) return lag;
+        const double tail = pair_.lengthSeconds - heardSeconds;
+        if (const auto atTail = lagAt(tail)) lag.drift = (*atTail - *atHead) / tail;
+        return lag;
+    }
+
+  private:
+    /// Of what is heard from that moment of the clip on.
+    std::optional<double> lagAt(double seconds) const {
+        const auto own = levelsOf(camera_.get(), seconds, heardSeconds, stop_);
+        if (!take_ || static_cast<double>(own.size()) < leastSeconds * binsPerSecond) return std::nullopt;
+        const double place = seconds - pair_.offsetSeconds;
+        const double from = std::max(0.0, place - furthestSeconds);
+        const double to = place + heardSeconds + furthestSeconds;
+        if (to <= from) return std::nullopt;
+        const auto other = levelsOf(take_.audio.get(), from, to - from, stop_);
+        return between(own, other, from - place);
+    }
+
+    const Pair& pair_;
+    const std::stop_token stop_;
+    const std::unique_ptr<platform::AudioFile> camera_;
+    const OpenTake take_;
+};
 
 std::vector<float> aboveTheFloor(std::span<const float> levels) {
     const float loudest = std::ranges::max(levels);
@@ -125,12 +151,18 @@ std::vector<Pair> pairsToHear(const SyncGroupList& groups) {
     std::vector<Pair> pairs;
     if (cards.empty()) return pairs;
     const std::size_t each = std::clamp(mostPairs / cards.size(), fewestPairs, mostPairsOfACard);
-    for (const auto& [folders, clips] : cards) {
+    const auto isShort = [](const SyncGroup* group) {
+        return *group->video.durationSeconds < leastForDriftSeconds;
+    };
+    for (auto& [folders, clips] : cards) {
+        if (std::cmp_greater_equal(std::ranges::count_if(clips, std::not_fn(isShort)), fewestPairs))
+            std::erase_if(clips, isShort);
         const std::size_t count = std::min(each, clips.size());
         for (std::size_t i = 0; i < count; ++i) {
             const SyncGroup& group = *clips[i * clips.size() / count];
             const ClipSound sound(group);
-            pairs.push_back({group.id, group.video.url, *sound.take, sound.offsetSeconds});
+            pairs.push_back(
+                {group.id, group.video.url, *sound.take, sound.offsetSeconds, *group.video.durationSeconds});
         }
     }
     return pairs;
@@ -168,8 +200,8 @@ std::optional<double> between(std::span<const float> camera, std::span<const flo
     return static_cast<double>(best - likenesses.begin() - most) / binsPerSecond;
 }
 
-std::unordered_map<UUID, double> heard(const std::vector<Pair>& pairs, const std::stop_token& stop) {
-    std::unordered_map<UUID, double> lags;
+std::unordered_map<UUID, HeardLag> heard(const std::vector<Pair>& pairs, const std::stop_token& stop) {
+    std::unordered_map<UUID, HeardLag> lags;
     std::mutex mutex;
     std::vector<std::span<const Pair>> cards;
     for (auto first = pairs.begin(); first != pairs.end();) {
@@ -183,13 +215,15 @@ std::unordered_map<UUID, double> heard(const std::vector<Pair>& pairs, const std
         cards.size(), atOnce,
         [&](std::size_t card) {
             std::vector<double> found;
+            std::size_t drifts = 0;
             for (const Pair& pair : cards[card]) {
-                if (found.size() >= fewestPairs &&
+                if (found.size() >= fewestPairs && (drifts == 0 || drifts >= fewestPairs) &&
                     std::ranges::max(found) - std::ranges::min(found) <= agreeingSeconds)
                     break;
-                const auto lag = lagOf(pair, stop);
+                const auto lag = Listening(pair, stop).lag();
                 if (!lag) continue;
-                found.push_back(*lag);
+                found.push_back(lag->seconds);
+                drifts += lag->drift ? 1 : 0;
                 const std::lock_guard lock(mutex);
                 lags.emplace(pair.groupID, *lag);
             }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/HeardLag.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 
@@ -18,6 +19,8 @@ namespace SoundLag {
 /// How far the recordings are looked for around their place, seconds.
 inline constexpr double furthestSeconds = 5;
 inline constexpr double binsPerSecond = 100;
+/// A drift of 0.1 % is then 40 ms from the head to the tail.
+inline constexpr double leastForDriftSeconds = 50;
 
 /// A clip whose camera recorded sound, with its recording.
 struct Pair {
@@ -25,9 +28,11 @@ struct Pair {
     FileURL camera;
     TakeSound recording;
     double offsetSeconds = 0; ///< clip time of the recording's first sample
+    double lengthSeconds = 0; ///< of the clip
 };
 /// Of each camera folder with each folder of recordings some clips, spread over them: those that have their
-/// sound by timecode alone. None where three could not be heard.
+/// sound by timecode alone, and where there are enough that last long enough to show a drift, of these. None
+/// where three could not be heard.
 std::vector<Pair> pairsToHear(const SyncGroupList& groups);
 
 /// Seconds to be added to the offset of the recording, to 10 ms. Both are levels in dB, `binsPerSecond` of
@@ -36,9 +41,10 @@ std::vector<Pair> pairsToHear(const SyncGroupList& groups);
 std::optional<double> between(std::span<const float> camera, std::span<const float> recording,
                               double offsetSeconds);
 
-/// The same of files, by group; those for which there is none are left out, and those behind three of their
-/// card that agree. Pairs of one card stand together. Throws Stopped.
-std::unordered_map<UUID, double> heard(const std::vector<Pair>& pairs, const std::stop_token& stop = {});
+/// The same of files at the head of the clip, and at the tail of one that lasts `leastForDriftSeconds`; by
+/// group. Those for which there is none are left out, and those behind three of their card that agree. Pairs
+/// of one card stand together. Throws Stopped.
+std::unordered_map<UUID, HeardLag> heard(const std::vector<Pair>& pairs, const std::stop_token& stop = {});
 
 } // namespace SoundLag
 } // namespace orvane

@@ -1,0 +1,136 @@
+#include "OrvaneSyncCore/Services/Diagnosis/CopyComparison.h"
+#include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
+
+#include "Shot.h"
+
+namespace orvane::test::doubts {
+namespace {
+
+TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
+    Shot shot;
+    for (const auto& [name, at] :
+         std::vector<std::pair<std::string, double>>{{"1", 0}, {"2", 300}, {"3", 600}})
+        shot.videos.push_back(clipAt("/CAM/A" + name + ".mov", 36000 + at, 30));
+    shot.videos.push_back(clipAt("/CAM/A4.mov", 0, 0));
+    shot.videos.back().durationSeconds.reset();
+    shot.audios = {recordingAt("/S/T1.wav", 35999, 18), recordingAt("/S/T2.wav", 36299, 40),
+                   recordingAt("/S/T9.wav", 50000, 3)};
+    shot.cutFiles = {
+        {{"/S/T1.wav"}, 0.3}, {{"/S/T9.wav"}, 0.5}, {{"/CAM/A3.mov"}, 0.2}, {{"/CAM/A4.mov"}, 0.5}};
+    shot.diagnose();
+    std::vector<std::string> told;
+    for (const CardDoubt& card : shot.doubts.cards)
+        told.push_back(card.doubt.message + " | " + std::to_string(card.groupIDs.size()));
+    EXPECT_EQ(told, (std::vector<std::string>{
+                        "'A3.mov' ends early: about 0:06 of its 0:30 are there | 1",
+                        "'A4.mov' ends early, and what says how to read it is missing | 1",
+                        "'T1.wav' ends early: 0:18 of the 1:00 that its header promises are there; likewise "
+                        "1 more file in '/S' | 1"}));
+    const auto& own = shot.doubts.byGroup.at(shot.groups.front().id);
+    const auto shortSound = std::ranges::find(own, Kind::shortSound, &SyncDoubt::kind);
+    ASSERT_NE(shortSound, own.end());
+    EXPECT_TRUE(shortSound->cure.starts_with("copy 'T1.wav' again from the card")) << shortSound->cure;
+}
+
+TEST(CardDoubts, SoundThatRunsAtAnotherSpeed) {
+    struct Case {
+        const char* name;
+        std::vector<std::optional<double>> drifts;
+        int doubted;
+    };
+    const Case cases[] = {
+        {"0.1 % too slow", {-0.001, -0.0012, -0.0008, std::nullopt}, 4},
+        {"0.1 % too fast, but for one", {0.001, 0.0011, 0.001, 0.0009, 0}, 5},
+        {"as it should", {0, 0.0003, -0.0003}, 0},
+        {"heard of two clips alone", {-0.001, -0.001, std::nullopt}, 0},
+        {"one way and the other", {-0.001, -0.001, -0.001, 0.001, 0.001}, 0},
+    };
+    for (const Case& one : cases) {
+        Shot shot;
+        std::unordered_map<UUID, HeardLag> heard;
+        for (std::size_t i = 0; i < one.drifts.size(); ++i) {
+            const double at = 36000 + 300 * static_cast<double>(i);
+            shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", at, 60));
+            shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", at - 2, 70));
+        }
+        shot.diagnose();
+        for (std::size_t i = 0; i < one.drifts.size(); ++i) heard[shot.groups[i].id] = {-0.3, one.drifts[i]};
+        shot.doubts =
+            SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
+        EXPECT_EQ(shot.count(Kind::drift), one.doubted) << one.name;
+        EXPECT_EQ(shot.count(Kind::constantOffset) > 0, one.doubted == 0) << one.name;
+    }
+}
+
+TEST(CardDoubts, ReasonsSayWhatLiesAtThatTime) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    Shot shot;
+    shot.videos = {clipAt("/C/A_240517.mov", 36000, 10), clipAt("/C/B_240517.mov", 40000, 10),
+                   clipAt("/C/C_240517.mov", 1, 10)};
+    shot.audios = {recordingAt("/S/A_240519.wav", 35990, 30), recordingAt("/S/C_240516.wav", 86395, 30)};
+    const auto reasons = [&](const MatchRules& rules) {
+        shot.diagnose(rules);
+        UnmatchedReasons why(
+            shot.groups, [&] { return shot.audios; }, rules);
+        std::string all;
+        for (const SyncGroup& group : shot.groups)
+            if (group.isMOS()) all += why.ofClip(group) + "; ";
+        for (const MediaAsset& audio : shot.audios) all += why.ofRecording(audio) + "; ";
+        return all;
+    };
+    EXPECT_EQ(reasons({.days = MatchingDays::same}),
+              "sound at that time is of 2024-05-19; no sound at that time; sound at that time is of "
+              "2024-05-16; the clip at that time is of 2024-05-17; the clip at that time is of 2024-05-17; ");
+    shot.audios = {MediaAsset(FileURL{"/S/T.wav"}, AssetKind::audio)};
+    shot.audios.front().durationSeconds = 30;
+    EXPECT_EQ(reasons({}), "no recording has timecode; no recording has timecode; no recording has timecode; "
+                           "no timecode; ");
+    shot.audios.clear();
+    EXPECT_EQ(reasons({}), "no recordings given; no recordings given; no recordings given; ");
+}
+
+TEST(CardDoubts, RecordingsThatCountAlikeMayBeOfTwoDays) {
+    const test::TemporaryDirectory folder;
+    for (const bool areCopies : {true, false}) {
+        Shot shot{{clipAt("/C/A.mov", 36000, 10)}, {}, {}};
+        for (const char* day : {"1", "2"}) {
+            const std::string sound(100'000, areCopies ? 'x' : *day);
+            shot.audios.push_back(recordingAt(folder.write(day + std::string("/T.wav"), sound), 35999, 20));
+            shot.audios.back().fileSizeBytes = sound.size();
+        }
+        shot.diagnose();
+        CopyComparison comparison;
+        const auto found = comparison.falseCopies(shot.groups);
+        EXPECT_EQ(found.size(), areCopies ? 0U : 2U);
+        shot.doubts = SyncDoubts::of(
+            {shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), nullptr, nullptr, &found});
+        EXPECT_EQ(shot.count(Kind::otherDay), areCopies ? 0 : 1);
+        for (MediaAsset& audio : shot.audios)
+            audio.contentCreatedDate = dateFromISO8601("2024-05-17T10:00:00Z");
+        shot.diagnose();
+        EXPECT_TRUE(CopyComparison().falseCopies(shot.groups).empty()) << "a date says that they are";
+    }
+}
+
+TEST(ClockDoubts, CountANightAsOneCard) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    Shot shot; // a recorder that counts in UTC, five hours ahead: its date changes within the evening
+    for (int take = 0; take < 8; ++take) {
+        const double at = 17.9 * 3600 + 660 * take;
+        shot.videos.push_back(clipAt("/CAM/A" + std::to_string(take) + ".mov", at, 60));
+        const double sound = at + 5 * 3600 - 4;
+        shot.audios.push_back(
+            recordingAt("/S/T" + std::to_string(take) + ".wav", sound - (sound > 86400 ? 86400 : 0), 70));
+        shot.date(shot.audios, sound > 86400 ? "2024-05-18" : "2024-05-17", shot.audios.size() - 1);
+    }
+    shot.date(shot.videos, "2024-05-17");
+    shot.diagnose();
+    const auto card = shot.card(Kind::constantOffset);
+    ASSERT_TRUE(card);
+    EXPECT_NE(card->doubt.message.find("8 of 8 clips"), std::string::npos) << card->doubt.message;
+    EXPECT_EQ(card->doubt.cure, "--sound-offset -05:00:00:00");
+    EXPECT_EQ(card->groupIDs.size(), 8U);
+}
+
+} // namespace
+} // namespace orvane::test::doubts

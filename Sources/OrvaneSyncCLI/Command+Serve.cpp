@@ -1,14 +1,19 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/LineReader.h"
+#include "OrvaneSyncCLI/LineWriter.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
+#include "Platform/Completion.h"
 #include "Platform/Interrupt.h"
 #include "Platform/Playback/Player.h"
 #include "Platform/Text.h"
 
+#include <condition_variable>
 #include <cstddef>
 #include <exception>
 #include <functional>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <semaphore>
 #include <thread>
@@ -17,17 +22,44 @@ namespace orvane::cli {
 
 namespace {
 
-/// Messages beyond these wait in the pipe until there is room.
-constexpr std::ptrdiff_t mostWaitingMessages = 256;
+/// What messages take that were read and not yet served. Those beyond wait in the pipe until there is room.
+class MessageRoom {
+  public:
+    void take(std::size_t bytes) {
+        std::unique_lock lock(mutex_);
+        freed_.wait(lock, [&] {
+            return messages_ == 0 || (messages_ < mostMessages && bytes_ + bytes <= mostBytes);
+        });
+        ++messages_;
+        bytes_ += bytes;
+    }
+    void giveBack(std::size_t bytes) {
+        {
+            const std::lock_guard lock(mutex_);
+            --messages_;
+            bytes_ -= bytes;
+        }
+        freed_.notify_one();
+    }
+
+  private:
+    static constexpr std::size_t mostMessages = 256;
+    /// What is made of a message takes several times as much.
+    static constexpr std::size_t mostBytes = LineReader::longestLine;
+
+    std::mutex mutex_;
+    std::condition_variable freed_;
+    std::size_t messages_ = 0, bytes_ = 0;
+};
 
 /// Reads messages off the interface thread and hands them over in order, not much faster than they are
-/// served. Ends the loop when all are served.
+/// served and answers are read. Ends the loop when all are served.
 class MessageReader {
   public:
-    MessageReader(std::istream& in, std::shared_ptr<platform::RunLoop> loop, rpc::Server& server,
-                  std::function<void()> whenAllServed)
-        : loop_(std::move(loop)), server_(server), whenAllServed_(std::move(whenAllServed)),
-          thread_([this, &in] { readAll(in); }) {}
+    MessageReader(std::istream& in, LineWriter& answers, std::shared_ptr<platform::RunLoop> loop,
+                  rpc::Server& server, std::function<void()> whenAllServed)
+        : answers_(answers), loop_(std::move(loop)), server_(server),
+          whenAllServed_(std::move(whenAllServed)), thread_([this, &in] { readAll(in); }) {}
     ~MessageReader() { thread_.join(); }
     MessageReader(const MessageReader&) = delete;
     MessageReader& operator=(const MessageReader&) = delete;
@@ -36,23 +68,30 @@ class MessageReader {
     void readAll(std::istream& in) {
         LineReader lines(in);
         while (auto line = lines.next()) {
-            room_.acquire();
+            room_.take(line->text.size());
+            // Messages that go ahead are answered at once.
+            const auto isThereRoom = std::make_shared<std::binary_semaphore>(0);
+            answers_.whenRoom([isThereRoom] { isThereRoom->release(); });
+            isThereRoom->acquire();
             loop_->post([this, line = std::move(*line)]() mutable { take(std::move(line)); });
         }
         loop_->post([this] { server_.whenIdle(whenAllServed_); });
     }
 
     void take(LineReader::Line line) {
-        if (line.isWhole) return server_.receive(std::move(line.text), [this] { room_.release(); });
+        const std::size_t bytes = line.text.size();
+        if (line.isWhole)
+            return server_.receive(std::move(line.text), [this, bytes] { room_.giveBack(bytes); });
         server_.refuse("the message is longer than " + std::to_string(LineReader::longestLine >> 20U) +
                        " MB");
-        room_.release();
+        room_.giveBack(bytes);
     }
 
+    LineWriter& answers_;
     std::shared_ptr<platform::RunLoop> loop_;
     rpc::Server& server_;
     const std::function<void()> whenAllServed_;
-    std::counting_semaphore<> room_{mostWaitingMessages};
+    MessageRoom room_;
     std::thread thread_;
 };
 
@@ -130,8 +169,19 @@ void serve(Context& context, const Arguments& arguments) {
     if (!arguments.positionals().empty()) throw UsageError("serve takes no file");
     const auto loop = platform::RunLoop::create();
     commands::CommandContext work = openWork(context, arguments, loop);
-    rpc::Server server(work, commands::allCommands(),
-                       [&](const std::string& line) { context.out << line << std::endl; });
+    // The interface thread never waits for who reads the answers: it would not see that it is to end.
+    LineWriter answers(context.out);
+    rpc::Server server(work, commands::allCommands(), [&](const std::string& line) { answers.write(line); });
+    server.whenRoom([&answers, loop] {
+        if (!answers.isFull()) return platform::Task::ended();
+        auto room = std::make_shared<platform::Completion>(loop);
+        const platform::Task task = room->task();
+        // Handed on as a whole, so that it ends on the interface thread.
+        answers.whenRoom([loop, room = std::move(room)]() mutable {
+            loop->post([room = std::move(room)] { room->end(); });
+        });
+        return task;
+    });
     // Called where the sign-in waits.
     work.showPage = [loop, &server](const std::string& url) {
         loop->post([&server, url] { server.notify("openURL", JSON::Object{{"url", url}}); });
@@ -139,6 +189,7 @@ void serve(Context& context, const Arguments& arguments) {
     };
     const auto progressing = work.controller->onChange([&](ImportField field) {
         if (!server.isWaitedFor()) return; // an analysis in the background
+        if (answers.isFull()) return;      // nobody reads them
         if (auto progress = progressJSON(*work.controller, field)) server.notify("progress", *progress);
     });
     const auto keeping = work.sessions->onChange([&](SessionField field) {
@@ -159,8 +210,9 @@ void serve(Context& context, const Arguments& arguments) {
         });
     });
     {
-        const MessageReader reader(context.in, loop, server, [&] {
-            work.sessions->flush().whenDone([&](const std::exception_ptr&) { loop->quit(); });
+        const MessageReader reader(context.in, answers, loop, server, [&] {
+            work.sessions->flush().whenDone(
+                [&](const std::exception_ptr&) { answers.whenWritten([loop] { loop->quit(); }); });
         });
         loop->run();
     }

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace orvane::cli::rpc {
@@ -42,6 +43,9 @@ class Server {
     void refuse(const std::string& why);
     /// Says something that nobody asked for.
     void notify(std::string_view method, JSON params);
+    /// Asked before each message is served, and waited for: who takes the lines may have no room for an
+    /// answer. Null: never.
+    void whenRoom(std::function<platform::Task()> room) { room_ = std::move(room); }
     /// A long operation runs that a caller waits for.
     bool isWaitedFor() const { return isWaitedFor_; }
     /// Calls back as soon as all that was received has been answered.
@@ -75,6 +79,7 @@ class Server {
     CommandContext& context_;
     const std::map<std::string_view, Command> commands_; ///< by the name of the method
     const Write write_;
+    std::function<platform::Task()> room_;
     const LongIdentifiers identifiers_;
     std::deque<std::shared_ptr<Waiting>> waiting_;
     bool isServing_ = false;

@@ -1,0 +1,96 @@
+#include "OrvaneSyncCLI/LineWriter.h"
+#include "Platform/Files.h"
+#include "Support/TemporaryDirectory.h"
+#include "Support/Test.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <poll.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <semaphore>
+#include <sstream>
+#include <string>
+
+namespace orvane::test {
+namespace {
+
+/// Takes nothing before it is let.
+class StuckBuffer : public std::stringbuf {
+  public:
+    std::binary_semaphore isLet{0};
+
+  protected:
+    std::streamsize xsputn(const char* text, std::streamsize count) override {
+        isLet.acquire();
+        isLet.release();
+        return std::stringbuf::xsputn(text, count);
+    }
+};
+
+TEST(LineWriter, neverHoldsUpWhoWritesAndKeepsTheOrder) {
+    StuckBuffer stuck;
+    std::ostream out(&stuck);
+    bool wasWritten = false;
+    {
+        cli::LineWriter lines(out);
+        lines.write("first");
+        lines.write(std::string(cli::LineWriter::fullBytes, 'x'));
+        EXPECT_TRUE(lines.isFull());
+        std::binary_semaphore hasRoom{0};
+        lines.whenRoom([&] { hasRoom.release(); });
+        lines.whenWritten([&] { wasWritten = true; });
+        EXPECT_FALSE(hasRoom.try_acquire());
+        stuck.isLet.release();
+        hasRoom.acquire();
+        EXPECT_FALSE(lines.isFull());
+        lines.write("last");
+    }
+    EXPECT_TRUE(wasWritten);
+    const std::string text = stuck.str();
+    EXPECT_TRUE(text.starts_with("first\nxxx") && text.ends_with("xxx\nlast\n"));
+}
+
+/// A caller that stopped reading, with a full pipe, and then asks for the end.
+TEST(Serve, endsWhenItIsAskedToThoughNobodyReadsItsAnswers) {
+    const TemporaryDirectory folder;
+    std::string requests;
+    for (int i = 0; i < 400; ++i) requests += "{\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"commands\"}\n";
+    const std::string input = folder.write("in", requests);
+    std::array<int, 2> out{};
+    ASSERT_EQ(::pipe2(out.data(), O_CLOEXEC), 0);
+    const pid_t process = ::fork();
+    if (process == 0) {
+        for (const char* home : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
+            ::setenv(home, folder.path("home").c_str(), 1);
+        ::dup2(::open(input.c_str(), O_RDONLY), STDIN_FILENO);
+        ::dup2(out[1], STDOUT_FILENO);
+        ::execl(ORVANESYNC_PROGRAM, ORVANESYNC_PROGRAM, "serve", nullptr);
+        ::_exit(127);
+    }
+    ::close(out[1]);
+    const int room = ::fcntl(out[0], F_GETPIPE_SZ);
+    const int ending = static_cast<int>(::syscall(SYS_pidfd_open, process, 0));
+    pollfd ended{ending, POLLIN, 0};
+    for (int waiting = 0; waiting < room && ::poll(&ended, 1, 0) == 0; ::sched_yield())
+        ::ioctl(out[0], FIONREAD, &waiting);
+    ::kill(process, SIGTERM);
+    constexpr int patience = 30'000; // milliseconds
+    EXPECT_EQ(::poll(&ended, 1, patience), 1) << "it is still there";
+    ::kill(process, SIGKILL);
+    int status = 0;
+    ::waitpid(process, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 128 + SIGTERM);
+    ::close(out[0]);
+    ::close(ending);
+}
+
+} // namespace
+} // namespace orvane::test

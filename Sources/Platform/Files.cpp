@@ -216,21 +216,6 @@ void syncFolder(const std::string& folder) {
     if (directory.isOpen()) ::fsync(directory.get());
 }
 
-void createDirectories(const std::string& path) {
-    constexpr mode_t ownerOnly = 0700; // as the base directory rules want it
-    assertMayBlock("file access");
-    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
-        const std::string folder = path.substr(0, end);
-        if (::mkdir(folder.c_str(), ownerOnly) != 0) {
-            const int reason = errno;
-            const auto there = attributes(folder);
-            if (!there || !there->isDirectory)
-                fail("can't make the folder", folder, there ? ENOTDIR : reason);
-        }
-        if (end == std::string::npos) return;
-    }
-}
-
 void remove(const std::string& path) {
     assertMayBlock("file access");
     if (::remove(path.c_str()) != 0) fail("can't remove", path, errno);

@@ -1,4 +1,5 @@
 #include "Platform/Files.h"
+#include "Platform/Folders.h"
 #include "Platform/KeptFiles.h"
 
 #include "Platform/FileLock.h"
@@ -198,6 +199,13 @@ TEST(Files, foldersAreMadeAndRemoved) {
     files::createDirectories(folder.path("a/b/c/"));
     EXPECT_EQ(permissions(folder.path("a/b")), 0700U);
     EXPECT_NO_THROW(files::createDirectories(folder.path("a/b")));
+    files::createUsualDirectories(folder.path("usual/b"));
+    const mode_t hidden = ::umask(0);
+    ::umask(hidden);
+    EXPECT_EQ(permissions(folder.path("usual/b")), 0777U & ~hidden);
+    EXPECT_EQ(files::makePrivate(folder.path("usual")) + files::makePrivate(folder.path("absent")), "");
+    EXPECT_EQ(permissions(folder.path("usual")), 0700U);
+    files::removeTree(folder.path("usual"));
     folder.write("file", "kept");
     EXPECT_THROW(files::createDirectories(folder.path("file/below")), FileError);
     fs::create_symlink(folder.path("file"), folder.path("a/link"));

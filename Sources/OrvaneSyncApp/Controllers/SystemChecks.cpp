@@ -34,6 +34,12 @@ Check settingsCheck(const platform::SettingsStore& settings) {
             path + (platform::files::exists(path) ? "" : " (not written yet: the defaults hold)")};
 }
 
+Check rightsCheck() {
+    const auto open = AppStorageHelper::keepPrivate();
+    if (open.empty()) return {"folder rights", "ok", "settings, work and caches are yours alone"};
+    return {"folder rights", "problem", platform::text::joined(open, "; ")};
+}
+
 Check folderCheck(const char* name, const std::string& path) {
     if (::access(path.c_str(), W_OK | X_OK) == 0) return {name, "ok", path};
     return {name, "problem", "can't write to " + path};
@@ -146,6 +152,7 @@ std::vector<SystemCheck> systemChecks(const platform::SettingsStore& settings,
             renderedCheck(settings),
             stemsCheck(settings),
             helperCheck(helper),
+            rightsCheck(),
             libraryCheck(helper),
             codecCheck(),
             audioOutputCheck(),

@@ -2,11 +2,14 @@
 
 #include "OrvaneSyncCore/Services/Atmo/AtmoStitcher.h"
 #include "OrvaneSyncCore/Services/Atmo/QuietWindows.h"
+#include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Services/RenderedAudio/RenderedAudioStore.h"
 #include "Platform/AudioFile.h"
 #include "Platform/AudioFileWriter.h"
 #include "Platform/Files.h"
 #include "Platform/MediaInspector.h"
+#include "Platform/Folders.h"
+#include "Platform/Log.h"
 #include "Platform/Stop.h"
 
 #include <algorithm>
@@ -119,6 +122,14 @@ std::string replaced(std::string text, std::string_view what, std::string_view w
 
 const char* descriptionOf(QuietAtmoError::Kind kind) {
     return kind == QuietAtmoError::Kind::noQuietSegmentsFound
+/// One of the program's own is the owner's alone.
+void createFolder(const std::string& path) {
+    if (path.starts_with(AppStorageHelper::applicationSupportDirectory() + "/"))
+        platform::files::createDirectories(path);
+    else
+        platform::files::createUsualDirectories(path);
+}
+
                ? "No quiet segments long enough were found in the source audio (≥ 1.5 s of true silence "
                  "required)."
                : "Could not allocate audio buffer for atmo output.";
@@ -170,7 +181,7 @@ AtmoResult QuietAmbientGenerator::stitchCandidates(const std::vector<AtmoCandida
     if (!(rate > 0) || rate > platform::highestSampleRate)
         throw QuietAtmoError(QuietAtmoError::Kind::bufferAllocationFailed);
     const std::string path = pathOf(output);
-    platform::files::createDirectories(output.directory);
+    createFolder(output.directory);
     platform::AudioFileWriter writer(path, {.sampleRate = rate, .channels = 1},
                                      renderingBroadcast(output.sceneName));
     AtmoStitcher stitcher(wholeSamples(crossfadeSeconds, rate), writer);

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 
 #include "Platform/Files.h"
+#include "Platform/Folders.h"
 
 #include <vector>
 
@@ -24,6 +25,16 @@ std::string below(const std::string& folder, std::string_view name) {
 }
 
 } // namespace
+
+std::vector<std::string> keepPrivate() {
+    std::vector<std::string> open;
+    for (const std::string& home : {files::configHome(), files::dataHome(), files::cacheHome()}) {
+        const std::string folder = home + "/" + std::string(appFolderName);
+        if (const std::string why = files::makePrivate(folder); !why.empty())
+            open.push_back(folder + " is open to other users, and its rights can't be changed: " + why);
+    }
+    return open;
+}
 
 std::string applicationSupportDirectory() { return below(files::dataHome(), appFolderName); }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// The application's directories, absolute paths in the bytes of the file system. Each getter makes its
 /// directory, with those above it, where it is missing; a failure to do so is ignored, and the file operation
@@ -15,6 +16,10 @@ inline constexpr std::string_view appFolderName = "Orvane Tandrel";
 inline constexpr std::string_view mixdownsFolderName = "mixdowns";
 inline constexpr std::string_view voiceIsolationFolderName = "VoiceIsolation";
 inline constexpr std::string_view stemsFolderName = "StemCache";
+
+/// Leaves the folders of settings, work and caches that are there to their owner alone, also those that were
+/// made with wider rights. Returns a line for each that stays open to others, and why.
+std::vector<std::string> keepPrivate();
 
 std::string applicationSupportDirectory();
 std::string cachesDirectory();

@@ -12,6 +12,7 @@ std::string standardSettingsPath() {
 }
 
 std::unique_ptr<platform::FileSettingsStore> openStandardSettings() {
+    AppStorageHelper::keepPrivate();
     auto store = std::make_unique<platform::FileSettingsStore>(standardSettingsPath());
     registerStandardDefaults(*store);
     return store;

@@ -12,8 +12,10 @@ using platform::JSON;
 
 void clap(Context& context, const Arguments& arguments) {
     if (arguments.positionals().size() != 1) throw UsageError("one file, please");
-    const auto file = openSound(arguments.positionals().front());
+    const std::string& path = arguments.positionals().front();
+    const auto file = openSound(path);
     const auto found = ClapDetector::detectClapPoint(*file);
+    checkRead(path, *file);
     if (arguments.has("--json")) {
         JSON json;
         if (found) json.set("clapPointSeconds", *found);

@@ -1,9 +1,9 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCLI/SoundFile.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 #include "Platform/JSON.h"
-#include "Platform/MediaInspector.h"
 #include "Platform/Playback/FrameReader.h"
 #include "Platform/Playback/PicturePNG.h"
 #include "Platform/Text.h"
@@ -20,10 +20,9 @@ std::unique_ptr<FrameReader> openVideo(const std::string& path) {
     if (const std::string why = whyUnreadable(path, false); !why.empty())
         throw CommandError("can't read '" + path + "': " + why);
     if (auto reader = FrameReader::open(path)) return reader;
-    throw CommandError("can't read '" + path + "': " +
-                       (platform::mediaLibraryWasMissed()
-                            ? "the module of media libraries is missing beside the program"
-                            : "it holds no picture that can be decoded"));
+    const std::string missed = missedLibraryText();
+    throw CommandError("can't read '" + path +
+                       "': " + (missed.empty() ? "it holds no picture that can be decoded" : missed));
 }
 
 void frame(Context& context, const Arguments& arguments) {

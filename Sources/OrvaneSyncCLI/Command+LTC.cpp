@@ -55,6 +55,7 @@ void ltc(Context& context, const Arguments& arguments) {
     }
 
     const auto frame = LTCDecoder::decodeFirstFrame(*file, channel);
+    if (!frame) checkRead(path, *file);
     if (arguments.has("--json")) {
         context.out << (frame ? json(*frame) : JSON()).dump(JSON::Layout::pretty) << "\n";
     } else if (frame) {

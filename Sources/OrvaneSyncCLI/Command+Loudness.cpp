@@ -1,4 +1,3 @@
-#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
@@ -11,7 +10,6 @@ namespace orvane::cli {
 
 namespace {
 
-constexpr double worthSaying = 0.5;     // seconds
 constexpr double lowestSampleRate = 10; // Hz; nothing is heard below
 
 void loudness(Context& context, const Arguments& arguments) {
@@ -22,8 +20,8 @@ void loudness(Context& context, const Arguments& arguments) {
     const auto [measured, heardFrames] = LUFSMeter::measureFile(*file, hearing(progress, secondsOf(*file)));
     progress.clear();
     const double heard = secondsOf(*file, heardFrames), promised = promisedSecondsOf(*file);
-    if (promised - heard > worthSaying && file->sampleRate() >= lowestSampleRate)
-        context.warn(earlyEndWarning("'" + path + "'", heard, promised));
+    checkRead(path, *file);
+    if (file->sampleRate() >= lowestSampleRate) checkHeard(context, path, *file, heardFrames);
     if (arguments.has("--json")) {
         JSON json;
         json.set("integratedLUFS", measured ? JSON(*measured) : JSON());

@@ -73,6 +73,7 @@ void playAloud(Context& context, const Arguments& arguments, const PlayRange& as
     open.start();
     loop->run();
     line.clear();
+    open.throwIfReadFailed();
     const std::int64_t dropped = open.player().droppedPictures();
     if (arguments.has("--json")) {
         platform::JSON json;

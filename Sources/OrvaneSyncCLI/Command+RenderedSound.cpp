@@ -1,3 +1,4 @@
+#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/Controllers/WorkInputs.h"
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/FileAnalysis.h"
@@ -106,6 +107,10 @@ void mixdown(Context& context, const Arguments& arguments) {
                                            SmartAudioMixdownRenderer::usualRampSeconds, out,
                                            rendering(progress, secondsOf(*take.audio)));
         progress.clear();
+        take.throwIfReadFailed();
+        if (!session) checkHeard(context, onlyFile(arguments), *take.audio, out.frames());
+        for (const IncompleteFile& file : take.incompleteFiles())
+            context.warn(earlyEndWarning(file.filename, file.heardSeconds, file.promisedSeconds));
     });
 }
 
@@ -123,6 +128,7 @@ void solo(Context& context, const Arguments& arguments) {
         SmartAudioMixdownRenderer::solo(*file, static_cast<int>(*channel - 1), out,
                                         rendering(progress, secondsOf(*file)));
         progress.clear();
+        checkHeard(context, path, *file, out.frames());
     });
 }
 
@@ -157,6 +163,7 @@ void preview(Context& context, const Arguments& arguments) {
     output.render({.sampleRate = file->sampleRate(), .channels = 1}, [&](AudioFileWriter& out) {
         VoiceIsolationProcessor::render(*file, settings, out, rendering(progress, secondsOf(*file)));
         progress.clear();
+        checkHeard(context, path, *file, out.frames());
     });
 }
 

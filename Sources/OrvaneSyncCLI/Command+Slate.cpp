@@ -5,7 +5,6 @@
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Slate/SlateDetector.h"
 #include "Platform/Files.h"
-#include "Platform/MediaInspector.h"
 #include "Platform/Text.h"
 
 namespace orvane::cli {
@@ -17,10 +16,9 @@ void expectPictures(const std::string& path) {
     if (const std::string why = whyUnreadable(path, false); !why.empty())
         throw CommandError("can't read '" + path + "': " + why);
     if (platform::FrameReader::open(path)) return;
-    throw CommandError("can't read '" + path + "': " +
-                       (platform::mediaLibraryWasMissed()
-                            ? "the module of media libraries is missing beside the program"
-                            : "it holds no picture that can be decoded"));
+    const std::string missed = missedLibraryText();
+    throw CommandError("can't read '" + path +
+                       "': " + (missed.empty() ? "it holds no picture that can be decoded" : missed));
 }
 
 void print(std::ostream& out, const SlateResult& result) {

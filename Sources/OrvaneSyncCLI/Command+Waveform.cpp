@@ -1,4 +1,3 @@
-#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
@@ -13,6 +12,7 @@
 #include <algorithm>
 #include <optional>
 #include <thread>
+#include <utility>
 
 namespace orvane::cli {
 
@@ -20,16 +20,14 @@ namespace {
 
 /// The recording that the command line names, reduced.
 WaveformResult reduced(Context& context, const Arguments& arguments, std::size_t bins) {
-    constexpr double worthSaying = 0.5; // seconds
     const std::string& path = arguments.positionals().front();
     const auto file = openSound(path);
     ProgressLine progress(context, arguments.has("--quiet"));
-    WaveformResult waveform = reducedWaveform(*file, bins, std::max(std::thread::hardware_concurrency(), 1U),
-                                              hearing(progress, secondsOf(*file)));
+    HeardWaveform heard = heardWaveform(*file, bins, std::max(std::thread::hardware_concurrency(), 1U),
+                                        hearing(progress, secondsOf(*file)));
     progress.clear();
-    const double there = secondsOf(*file), promised = promisedSecondsOf(*file);
-    if (promised - there > worthSaying) context.warn(earlyEndWarning("'" + path + "'", there, promised));
-    return waveform;
+    checkHeard(context, path, *file, heard.heardFrames);
+    return std::move(heard.waveform);
 }
 
 void onsets(Context& context, const Arguments& arguments) {

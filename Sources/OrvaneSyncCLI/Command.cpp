@@ -1,10 +1,10 @@
 #include "OrvaneSyncCLI/Command.h"
 
 #include "OrvaneSyncCLI/ServeMethods.h"
+#include "OrvaneSyncCLI/SoundFile.h"
 #include "OrvaneSyncCLI/TypedSettings.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
 #include "Platform/BrowserSession.h"
-#include "Platform/MediaInspector.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -142,11 +142,11 @@ int runCommand(const Command& command, std::span<const std::string> words, Conte
             if (const auto problem = file->problem()) context.warn(*problem);
         for (const std::string& problem : uselessStoredValues(*context.settings)) context.warn(problem);
         command.run(context, arguments);
-        if (platform::mediaLibraryWasMissed())
+        if (const std::string missed = missedLibraryText(); !missed.empty())
             context.warn(
-                "a file needs the media libraries, and the program that runs them is missing or does not "
-                "start: only the headers of QuickTime, MP4, MXF, WAVE and AIFF files and the sound of "
-                "WAVE files could be read; 'orvanesync doctor' says what to install");
+                "only the headers of QuickTime, MP4, MXF, WAVE and AIFF files and the sound of WAVE files "
+                "could be read: " +
+                missed);
     } catch (const UsageError& error) {
         context.err << "error: " << oneLine(error.what()) << "\n" << usageLine(command) << "\n";
         return wrongUsage;

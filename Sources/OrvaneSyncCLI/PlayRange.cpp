@@ -2,31 +2,76 @@
 
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/RunUntilDone.h"
+#include "OrvaneSyncCLI/SoundFile.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Playback/ShuttleAudioEngine.h"
 #include "Platform/Completion.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <mutex>
+#include <span>
 #include <utility>
+#include <vector>
 
 namespace orvane::cli {
 
 using platform::MediaTime;
 
+namespace {
+
+/// The sound of a take that somebody else looks at, too.
+class SharedSound final : public platform::AudioFile {
+  public:
+    explicit SharedSound(std::shared_ptr<const OpenTake> take) : take_(std::move(take)) {}
+
+    double sampleRate() const override { return take_->audio->sampleRate(); }
+    int channelCount() const override { return take_->audio->channelCount(); }
+    std::int64_t frameCount() const override { return take_->audio->frameCount(); }
+    std::int64_t promisedFrames() const override { return take_->audio->promisedFrames(); }
+    std::optional<std::int64_t> failedAt() const override { return take_->audio->failedAt(); }
+    bool seek(std::int64_t frame) override { return take_->audio->seek(frame); }
+    std::size_t read(std::span<float* const> channels, std::size_t frames) override {
+        return take_->audio->read(channels, frames);
+    }
+    std::unique_ptr<AudioFile> another() const override { return take_->audio->another(); }
+
+  private:
+    std::shared_ptr<const OpenTake> take_;
+};
+
+} // namespace
+
+struct RangePlayer::Opened {
+    std::mutex mutex;
+    std::vector<std::shared_ptr<const OpenTake>> takes;
+
+    std::unique_ptr<platform::AudioFile> open(const TakeSound& sound) {
+        auto take = std::make_shared<const OpenTake>(openTake(sound));
+        if (!*take) return nullptr;
+        const std::lock_guard lock(mutex);
+        return std::make_unique<SharedSound>(takes.emplace_back(std::move(take)));
+    }
+};
+
 RangePlayer::RangePlayer(const std::shared_ptr<platform::RunLoop>& loop, platform::PlayerSystem& players,
                          PlayRange range)
-    : range_(std::move(range)), player_(players.makePlayer()) {
+    : range_(std::move(range)), opened_(std::make_shared<Opened>()), player_(players.makePlayer()) {
     const auto loaded = std::make_shared<platform::Completion>(loop);
     platform::PlayerItem item{.videoPath = range_.video,
                               .openSound = nullptr,
                               .soundOffset = MediaTime::fromSeconds(range_.offset)};
-    if (range_.sound) item.openSound = [sound = *range_.sound] { return openTake(sound).audio; };
+    if (range_.sound)
+        item.openSound = [sound = *range_.sound, opened = opened_] { return opened->open(sound); };
     player_->load(std::move(item), [loaded](const platform::PlayerFacts&) { loaded->end(); });
     runUntilDone(*loop, loaded->task());
     const platform::PlayerFacts& facts = player_->facts();
-    if (!player_->isLoaded() || (!facts.hasPicture && !facts.hasSound))
-        throw CommandError("nothing in '" + range_.video + "' can be played");
+    if (!player_->isLoaded() || (!facts.hasPicture && !facts.hasSound)) {
+        const std::string missed = missedLibraryText();
+        throw CommandError("nothing in '" + range_.video + "' can be played" +
+                           (missed.empty() ? "" : ": " + missed));
+    }
     to_ = std::min(range_.to.value_or(facts.duration.seconds()), facts.duration.seconds());
     if (!(to_ > range_.from))
         throw CommandError("'" + range_.video + "' ends at " +
@@ -35,6 +80,11 @@ RangePlayer::RangePlayer(const std::shared_ptr<platform::RunLoop>& loop, platfor
     player_->seek(MediaTime::fromSeconds(range_.rate > 0 ? range_.from : to_),
                   [shown](bool) { shown->end(); });
     runUntilDone(*loop, shown->task());
+}
+
+void RangePlayer::throwIfReadFailed() const {
+    const std::lock_guard lock(opened_->mutex);
+    for (const auto& take : opened_->takes) take->throwIfReadFailed();
 }
 
 double RangePlayer::outputSeconds() const { return clipSeconds() / std::abs(range_.rate); }

@@ -32,13 +32,18 @@ class RangePlayer {
     platform::Player& player() { return *player_; }
     double clipSeconds() const { return to_ - range_.from; }
     double outputSeconds() const;
+    /// Once it has played: throws ReadFailed where the sound of a recording could not be read to its end.
+    void throwIfReadFailed() const;
     /// How far it has come, 0 to 1.
     double done(platform::MediaTime at) const;
     void start();
     void showProgress(ProgressLine& line, double fraction, std::string_view phase) const;
 
   private:
+    struct Opened;
+
     const PlayRange range_;
+    const std::shared_ptr<Opened> opened_; ///< by the player, on its own thread
     const std::unique_ptr<platform::Player> player_;
     double to_ = 0;
 };

@@ -80,6 +80,7 @@ void renderSound(Rendering& rendering, const std::string& output, const OutputGu
                          [&](const auto& channels, std::size_t frames) { writer.write(channels, frames); });
         progress(rendering.frame());
     }
+    rendering.range().throwIfReadFailed();
     writer.finish([&] { return guard.decide(output); });
 }
 
@@ -118,6 +119,7 @@ std::int64_t renderMovie(Rendering& rendering, const std::string& output, const 
     if (writer.pictures() == 0 && facts.hasPicture)
         throw CommandError(
             "no picture of the video can be decoded; a name that ends in .wav renders the sound");
+    rendering.range().throwIfReadFailed();
     writer.finish([&] { return guard.decide(output); });
     return writer.pictures();
 }

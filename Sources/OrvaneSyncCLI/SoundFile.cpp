@@ -1,7 +1,9 @@
 #include "OrvaneSyncCLI/SoundFile.h"
 
+#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
 #include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "Platform/MediaInspector.h"
 
 #include <algorithm>
@@ -14,11 +16,19 @@ std::unique_ptr<platform::AudioFile> openSound(const std::string& path, SoundTra
     using platform::AudioFile;
     auto file = tracks == SoundTracks::all ? AudioFile::openAllTracks(path) : AudioFile::open(path);
     if (file && file->frameCount() > 0 && file->channelCount() > 0) return file;
-    const bool noLibrary = !file && platform::mediaLibraryWasMissed();
-    throw CommandError("can't read '" + path + "': " +
-                       (noLibrary ? "the program that runs the media libraries is missing or does not start; "
-                                    "'orvanesync doctor' says what to install"
-                                  : "it holds no sound that can be decoded"));
+    const std::string missed = file ? "" : missedLibraryText();
+    throw CommandError("can't read '" + path +
+                       "': " + (missed.empty() ? "it holds no sound that can be decoded" : missed));
+}
+
+std::string missedLibraryText() {
+    if (!platform::mediaLibraryWasMissed()) return "";
+    if (const std::string why = platform::whyNoSharedMemory(); !why.empty())
+        return "the system gives no memory that is shared with the program that runs the media libraries (" +
+               why + "); lift the limits on the size of files and on memory";
+    return "the program that runs the media libraries is missing or does not start; 'orvanesync doctor' says "
+           "what "
+           "to install";
 }
 
 double secondsOf(const platform::AudioFile& file, std::int64_t frames) {
@@ -26,6 +36,18 @@ double secondsOf(const platform::AudioFile& file, std::int64_t frames) {
 }
 double secondsOf(const platform::AudioFile& file) { return secondsOf(file, file.frameCount()); }
 double promisedSecondsOf(const platform::AudioFile& file) { return secondsOf(file, file.promisedFrames()); }
+
+void checkHeard(const Context& context, const std::string& path, const platform::AudioFile& file,
+                std::int64_t heardFrames) {
+    constexpr double worthSaying = 0.5; // seconds
+    checkRead(path, file);
+    const double heard = secondsOf(file, heardFrames), promised = promisedSecondsOf(file);
+    if (promised - heard > worthSaying) context.warn(earlyEndWarning("'" + path + "'", heard, promised));
+}
+
+void checkRead(const std::string& path, const platform::AudioFile& file) {
+    throwIfReadFailed(file, "'" + path + "'");
+}
 
 std::function<void(double share)> hearing(ProgressLine& line, double seconds) {
     constexpr double longest = 1e9;

@@ -20,10 +20,20 @@ enum class SoundTracks { main, all };
 std::unique_ptr<platform::AudioFile> openSound(const std::string& path,
                                                SoundTracks tracks = SoundTracks::main);
 
+/// Why what needs the media libraries can't be read, and what to do; empty where nothing needed them in vain.
+std::string missedLibraryText();
+
 /// Seconds that are there, and those that the header promises; 0 without a rate.
 double secondsOf(const platform::AudioFile& file);
 double secondsOf(const platform::AudioFile& file, std::int64_t frames);
 double promisedSecondsOf(const platform::AudioFile& file);
+
+/// Once so many frames of the file were heard: warns where the file ends before what its header promises.
+/// Throws ReadFailed where a read failed.
+void checkHeard(const Context& context, const std::string& path, const platform::AudioFile& file,
+                std::int64_t heardFrames);
+/// Throws ReadFailed where a read of the file failed.
+void checkRead(const std::string& path, const platform::AudioFile& file);
 
 /// Shows on the line how many of so many seconds were heard; takes the share of them.
 std::function<void(double share)> hearing(ProgressLine& line, double seconds);

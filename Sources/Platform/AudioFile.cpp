@@ -1,5 +1,6 @@
 #include "Platform/AudioFile.h"
 
+#include "Platform/EarliestFrame.h"
 #include "Platform/Files.h"
 #include "Platform/InterfaceThread.h"
 #include "Platform/Media/WaveAudio.h"
@@ -37,6 +38,12 @@ class SideBySide final : public AudioFile {
         for (const auto& track : tracks_)
             if (track->seek(std::min(frame, track->frameCount()))) isAnyThere = true;
         return isAnyThere && frame <= frameCount();
+    }
+    std::optional<std::int64_t> failedAt() const override {
+        EarliestFrame first;
+        for (const auto& track : tracks_)
+            if (const auto frame = track->failedAt()) first.note(*frame);
+        return first.frame();
     }
     std::size_t read(std::span<float* const> channels, std::size_t frames) override {
         std::vector<std::pair<std::span<float* const>, std::size_t>> parts;

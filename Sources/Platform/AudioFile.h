@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -36,6 +37,11 @@ class AudioFile {
     /// beyond the arrays that are given are left out. Returns the number of frames read: fewer where the file
     /// ends or was cut off meanwhile, 0 at the end and on an error. Float files may hold infinities and NaN.
     virtual std::size_t read(std::span<float* const> channels, std::size_t frames) = 0;
+
+    /// The first frame that could not be read because the system refused to, or because the process that
+    /// reads is gone; frames behind it may have been read. Counts what every reader met that `another` gave.
+    /// Absent where none did, also where the file merely ends early. Any thread.
+    virtual std::optional<std::int64_t> failedAt() const { return std::nullopt; }
 
     /// Another reader of the same sound, at its start, for another thread. Nothing where a reader has to
     /// start from the beginning to give the exact samples, as with most compressed files.

@@ -83,6 +83,8 @@ MediaHelper mediaHelper();
 /// Whether a file has asked for the media libraries while their program is missing or does not start. Any
 /// thread.
 bool mediaLibraryWasMissed();
+/// Why the system gives that program no memory to hand over what it reads; empty where it does. Any thread.
+std::string whyNoSharedMemory();
 /// Those of the codecs, by the names that libavcodec gives them, that can be decoded.
 std::vector<std::string> decodableCodecs(const std::vector<std::string>& codecs);
 

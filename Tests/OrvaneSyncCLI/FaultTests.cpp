@@ -1,3 +1,4 @@
+#include "MediaFactory/MediaFactory.h"
 #include "MediaFactory/SmallShoot.h"
 #include "Platform/Files.h"
 #include "Platform/JSON.h"
@@ -142,6 +143,47 @@ TEST(Faults, leaveNothingHalfWrittenAndNothingFalseRemembered) {
             EXPECT_EQ(document(), whole) << "something false was remembered";
             return ended.wasHit;
         });
+}
+
+/// What was made of a part of a recording is no result: the command names the file and how far it was read,
+/// and leaves no file. Our own reader, several of it at once, and the helper's.
+TEST(Faults, ofReadingAreNoShorterResults) {
+    if (!canPreload) GTEST_SKIP() << "not with sanitizers";
+    constexpr std::size_t frames = 20 * 48000;
+    const TemporaryDirectory folder;
+    const Machine machine(folder.path("machine"));
+    const std::string body = "AIFFCOMM" + be32(18) + be16(1) + be32(frames) + be16(16) + be16(0x400E) +
+                             be64(0xBB80ULL << 48U) + "SSND" + be32(8 + 2 * frames) + be64(0) +
+                             std::string(2 * frames, '\1');
+    platform::files::writeAtomically(machine.path("a.aif"), "FORM" + be32(body.size()) + body);
+    WaveMaker().format({}).silence(frames).writeTo(machine.path("a.wav"));
+    struct Case {
+        const char* command;
+        const char* output;
+        const char* fault;
+    };
+    const std::vector<Case> cases{{"solo", "--channel 1 -o", "read:100"},
+                                  {"preview", "--gain 6 -o", "read:100"},
+                                  {"mixdown", "-o", "read:100"},
+                                  {"mixdown", "-o", "read:300"},
+                                  {"waveform", "--png", "read:100"},
+                                  {"loudness", "", "read:100"},
+                                  {"analyze", "", "read:100"}};
+    for (const Case& row : cases)
+        for (const std::string sound : {"a.wav", "a.aif"}) {
+            SCOPED_TRACE(row.command + (" " + sound) + " " + row.fault);
+            machine.clear();
+            std::string arguments = std::string(row.command) + " '" + machine.path(sound) + "' " + row.output;
+            if (*row.output != '\0') arguments += " '" + machine.path("results/out") + "'";
+            ASSERT_EQ(machine.run(arguments).status, 0);
+            machine.clear();
+            const Ended ended = machine.run(arguments, "", row.fault);
+            EXPECT_TRUE(ended.wasHit);
+            EXPECT_EQ(ended.status, 1) << ended.out;
+            EXPECT_NE(ended.err.find(sound), std::string::npos) << ended.err;
+            EXPECT_NE(ended.err.find(" of 0:20: "), std::string::npos) << ended.err;
+            EXPECT_EQ(machine.results(), std::vector<std::string>());
+        }
 }
 
 /// A session that is edited and saved while the disk refuses a call opens again as it was before or after an

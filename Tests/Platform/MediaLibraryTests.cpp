@@ -144,6 +144,7 @@ TEST(MediaLibrary, mayEndOverAFileWithoutHarm) {
     for (const pid_t helper : children()) ::kill(helper, SIGKILL);
     for (const auto& file : open) {
         EXPECT_TRUE(readAll(*file, 0, 1000).empty());
+        EXPECT_EQ(file->failedAt(), file == open[0] ? 48000 : 0);
         EXPECT_FALSE(file->seek(0));
         EXPECT_EQ(file->sampleRate(), 48000);
     }

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/RenderedAudio/SmartAudioMixdownRenderer.h"
 #include "OrvaneSyncCore/Services/RenderedAudio/VoiceIsolationProcessor.h"
 #include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
+#include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 
 #include <exception>
@@ -50,7 +51,7 @@ RenderProgress RenderedAudioController::report(std::string phase) {
     };
 }
 
-/// On the queue; a failure gives nothing.
+/// On the queue; a failure gives nothing, but for ReadFailed, which passes.
 platform::Task RenderedAudioController::render(Weak weak, platform::SerialQueue* queue, std::string phase,
                                                Rendering rendering, Rendered result) {
     auto self = weak.lock();
@@ -62,22 +63,24 @@ platform::Task RenderedAudioController::render(Weak weak, platform::SerialQueue*
                               const std::stop_token& stop) -> std::optional<RenderResult> {
                               try {
                                   return rendering(progress, stop);
+                              } catch (const ReadFailed&) {
+                                  throw;
                               } catch (const std::exception&) {
-                                  return std::nullopt; // as of a recording that cannot be read
+                                  return std::nullopt; // as of a recording that cannot be opened
                               }
                           });
     self.reset();
-    std::exception_ptr stopped;
+    std::exception_ptr raised;
     try {
         *result = co_await waiting;
-    } catch (const platform::Stopped&) {
-        stopped = std::current_exception();
+    } catch (...) {
+        raised = std::current_exception();
     }
     if (self = weak.lock(); self && --self->underWay_ == 0) {
         self->shown_->flush();
         self->caches_.state.rendering = {};
     }
-    if (stopped) std::rethrow_exception(stopped);
+    if (raised) std::rethrow_exception(raised);
 }
 
 platform::Task RenderedAudioController::renderMixdown(const UUID& groupID, Rendered result) {
@@ -105,7 +108,12 @@ platform::Task RenderedAudioController::renderBlocks(Weak weak, UUID groupID, Re
             },
             rendered);
         self.reset();
-        co_await rendering;
+        std::exception_ptr failed;
+        try {
+            co_await rendering;
+        } catch (const ReadFailed&) {
+            failed = std::current_exception();
+        }
         self = weak.lock();
         group = self ? self->work_.syncGroups().find(groupID) : nullptr;
         analysis = self ? findIn(self->caches_.state.results, groupID) : nullptr;
@@ -118,6 +126,7 @@ platform::Task RenderedAudioController::renderBlocks(Weak weak, UUID groupID, Re
             urls.erase(groupID);
         if (result) *result = *rendered;
         self->work_.notify(ImportField::smartAudio);
+        if (failed) std::rethrow_exception(failed);
         co_return;
     }
 }
@@ -153,18 +162,18 @@ platform::Task RenderedAudioController::renderSolo(Weak weak, UUID groupID, int 
         },
         rendered);
     self.reset();
-    std::exception_ptr stopped;
+    std::exception_ptr raised;
     try {
         co_await rendering;
-    } catch (const platform::Stopped&) {
-        stopped = std::current_exception();
+    } catch (...) {
+        raised = std::current_exception();
     }
     self = weak.lock();
     group = self ? self->work_.syncGroups().find(groupID) : nullptr;
     const auto* wanted = self ? findIn(self->soloWanted_, groupID) : nullptr;
     if (wanted == nullptr || *wanted != trackIndex) co_return; // another press came after this one
     self->soloWanted_.erase(groupID);
-    if (stopped) std::rethrow_exception(stopped);
+    if (raised) std::rethrow_exception(raised);
     if (group == nullptr || !*rendered || soundOf(*group) != sound) co_return;
     self->caches_.state.soloMonitorTracks.insert_or_assign(groupID, trackIndex);
     self->caches_.state.soloMonitorURLs.insert_or_assign(groupID, (*rendered)->url);
@@ -221,7 +230,12 @@ platform::Task RenderedAudioController::renderPreview(Weak weak, UUID groupID, V
             },
             rendered);
         self.reset();
-        co_await rendering;
+        std::exception_ptr failed;
+        try {
+            co_await rendering;
+        } catch (const ReadFailed&) {
+            failed = std::current_exception();
+        }
         self = weak.lock();
         const SyncGroup* group = self ? self->work_.syncGroups().find(groupID) : nullptr;
         auto latest = group == nullptr ? std::nullopt : self->previewInput(*group);
@@ -237,6 +251,7 @@ platform::Task RenderedAudioController::renderPreview(Weak weak, UUID groupID, V
             urls.erase(groupID);
         self->caches_.lastVIInput.insert_or_assign(groupID, std::move(input));
         self->work_.notify(ImportField::smartAudio);
+        if (failed) std::rethrow_exception(failed);
         co_return;
     }
 }

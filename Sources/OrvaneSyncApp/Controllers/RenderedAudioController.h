@@ -13,9 +13,10 @@
 
 namespace orvane {
 
-/// The rendered sound of the open work, by which the player plays what the document will sound like. No
-/// operation fails: where nothing can be rendered, there is no file, and the player takes the next one down
-/// the list of `playbackAudioURL`. Without a store nothing is rendered. Interface thread.
+/// The rendered sound of the open work, by which the player plays what the document will sound like. Where
+/// nothing can be rendered, there is no file, and the player takes the next one down the list of
+/// `playbackAudioURL`; an operation fails with ReadFailed alone, of a recording that is read in part. Without
+/// a store nothing is rendered. Interface thread.
 class RenderedAudioController {
   public:
     RenderedAudioController(OpenWork& work, SmartAudioCaches& caches);

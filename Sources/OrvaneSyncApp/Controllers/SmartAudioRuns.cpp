@@ -99,8 +99,11 @@ Heard listen(const SmartAudioRouter::Means& means, SmartAudioRequest request, bo
 Measured loudnessOf(const TakeSound& recording, const std::function<void(double)>& progress,
                     const std::stop_token& stop) {
     try {
-        if (const OpenTake take = openTake(recording))
-            return measured(LUFSMeter::measureFile(*take.audio, progress, stop).integratedLUFS);
+        if (const OpenTake take = openTake(recording)) {
+            const auto lufs = LUFSMeter::measureFile(*take.audio, progress, stop).integratedLUFS;
+            take.throwIfReadFailed();
+            return measured(lufs);
+        }
     } catch (const std::exception&) { // as of one that cannot be opened
     }
     return measured(std::nullopt);

@@ -84,6 +84,10 @@ Check helperCheck(const platform::MediaHelper& helper) {
         return {name, "problem",
                 "orvane_media_helper is missing beside the program and in 'lib' beside its folder; install "
                 "OrvaneSync again with it"};
+    if (const std::string why = platform::whyNoSharedMemory(); !why.empty())
+        return {name, "problem",
+                "the system gives no memory that is shared with " + helper.path + ": " + why +
+                    "; lift the limits on the size of files and on memory"};
     if (helper.version.empty())
         return {name, "problem",
                 helper.path +
@@ -148,11 +152,11 @@ std::vector<SystemCheck> systemChecks(const platform::SettingsStore& settings,
     return {settingsCheck(settings),
             folderCheck("work folder", AppStorageHelper::applicationSupportDirectory()),
             folderCheck("cache folder", AppStorageHelper::cachesDirectory()),
+            rightsCheck(),
             cacheCheck(openProbeCache),
             renderedCheck(settings),
             stemsCheck(settings),
             helperCheck(helper),
-            rightsCheck(),
             libraryCheck(helper),
             codecCheck(),
             audioOutputCheck(),

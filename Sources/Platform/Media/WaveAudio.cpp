@@ -1,13 +1,16 @@
 #include "Platform/Media/WaveAudio.h"
 
+#include "Platform/EarliestFrame.h"
 #include "Platform/Media/WaveHeaders.h"
 #include "Platform/RandomAccessFile.h"
+#include "Platform/ReadErrorWatch.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace orvane::platform {
@@ -81,8 +84,15 @@ void convert(Encoding encoding, std::span<const std::byte> bytes, std::size_t st
 
 class WaveAudio : public AudioFile {
   public:
-    WaveAudio(std::shared_ptr<const RandomAccessFile> file, const WaveSamples& samples, Encoding encoding)
-        : file_(std::move(file)), samples_(samples), encoding_(encoding),
+    /// What all readers of one file share.
+    struct Shared {
+        explicit Shared(RandomAccessFile opened) : file(std::move(opened)) {}
+        RandomAccessFile file;
+        EarliestFrame failure;
+    };
+
+    WaveAudio(std::shared_ptr<Shared> shared, const WaveSamples& samples, Encoding encoding)
+        : shared_(std::move(shared)), samples_(samples), encoding_(encoding),
           framesPerRead_(std::max<std::size_t>(bufferBytes / samples.bytesPerFrame(), 1)) {}
 
     double sampleRate() const override { return samples_.sampleRate; }
@@ -115,8 +125,10 @@ class WaveAudio : public AudioFile {
         return done;
     }
 
+    std::optional<std::int64_t> failedAt() const override { return shared_->failure.frame(); }
+
     std::unique_ptr<AudioFile> another() const override {
-        return std::make_unique<WaveAudio>(file_, samples_, encoding_);
+        return std::make_unique<WaveAudio>(shared_, samples_, encoding_);
     }
 
   private:
@@ -128,10 +140,14 @@ class WaveAudio : public AudioFile {
         // The last sample is loaded with what follows it.
         if (buffer_.size() < bytes + loadBytes) buffer_.resize(bytes + loadBytes);
         const std::uint64_t position = samples_.dataAt + at_ * samples_.bytesPerFrame();
-        return file_->readInto(position, std::span(buffer_).first(bytes)) / samples_.bytesPerFrame();
+        const ReadErrorWatch watch;
+        const std::size_t got =
+            shared_->file.readInto(position, std::span(buffer_).first(bytes)) / samples_.bytesPerFrame();
+        if (watch.hasSeenError()) shared_->failure.note(static_cast<std::int64_t>(at_ + got));
+        return got;
     }
 
-    std::shared_ptr<const RandomAccessFile> file_;
+    const std::shared_ptr<Shared> shared_;
     WaveSamples samples_;
     Encoding encoding_;
     std::size_t framesPerRead_;
@@ -148,8 +164,8 @@ std::unique_ptr<AudioFile> openWaveAudio(const std::string& path) {
     if (!samples || samples->frames == 0) return nullptr;
     const auto kind = encoding(*samples);
     if (!kind) return nullptr;
-    return std::make_unique<WaveAudio>(std::make_shared<const RandomAccessFile>(std::move(*file)), *samples,
-                                       *kind);
+    auto shared = std::make_shared<WaveAudio::Shared>(std::move(*file));
+    return std::make_unique<WaveAudio>(std::move(shared), *samples, *kind);
 }
 
 } // namespace orvane::platform

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <poll.h>
@@ -48,14 +49,17 @@ std::size_t bytesFor(Purpose purpose) {
     return purpose == Purpose::pictures ? pictureMemoryBytes : sharedBytes;
 }
 
-/// Memory without a name that two processes see; -1 when there is none.
+std::atomic<int> lastSharingError = 0;
+
+/// Memory without a name that two processes see; -1 when there is none. It counts as a file, whose size the
+/// user may have limited.
 int makeSharedMemory(std::size_t bytes) {
     const int memory = ::memfd_create("samples", MFD_CLOEXEC);
-    if (memory >= 0 && ::ftruncate(memory, static_cast<off_t>(bytes)) != 0) {
-        ::close(memory);
-        return -1;
-    }
-    return memory;
+    const bool isThere = memory >= 0 && ::ftruncate(memory, static_cast<off_t>(bytes)) == 0;
+    lastSharingError = isThere ? 0 : errno;
+    if (isThere || memory < 0) return memory;
+    ::close(memory);
+    return -1;
 }
 
 class SpawnActions {
@@ -121,6 +125,7 @@ std::atomic<bool> isMissed = false;
 
 bool wasMissed() { return isMissed; }
 void noteMissed() { isMissed = true; }
+int sharingError() { return lastSharingError; }
 
 const std::string& programPath() {
     static const std::string path = [] {

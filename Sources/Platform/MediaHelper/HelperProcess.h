@@ -75,6 +75,8 @@ std::optional<About> tryToStart();
 /// Whether one was asked for in vain. Any thread.
 bool wasMissed();
 void noteMissed();
+/// The system's error where no memory could be shared with the last one that was to start; 0 where one could.
+int sharingError();
 
 /// The helper's program; empty when it is not beside this one.
 const std::string& programPath();

@@ -1,8 +1,11 @@
 #include "Platform/MediaHelper/MediaLibraryClient.h"
 
+#include "Platform/EarliestFrame.h"
 #include "Platform/MediaHelper/HelperProcess.h"
+#include "Platform/ReadErrorWatch.h"
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 namespace orvane::platform {
@@ -12,8 +15,7 @@ namespace {
 using helper::Process;
 using helper::Request;
 
-/// A track that a helper holds open. When the helper is gone it ends, as a file does that can no longer be
-/// read.
+/// A track that a helper holds open. When the helper is gone, reading fails.
 class HelperAudio final : public AudioFile {
   public:
     HelperAudio(std::shared_ptr<Process> process, const helper::Track& track)
@@ -27,8 +29,13 @@ class HelperAudio final : public AudioFile {
     std::int64_t frameCount() const override { return track_.frameCount; }
     std::int64_t promisedFrames() const override { return track_.promisedFrames; }
 
+    std::optional<std::int64_t> failedAt() const override { return failure_.frame(); }
+
     bool seek(std::int64_t frame) override {
-        return process_->ask<bool>(Request::seek, track_.handle, frame).value_or(false);
+        const auto answer = watched<bool>(frame, Request::seek, track_.handle, frame);
+        if (!answer.value_or(false)) return false;
+        at_ = frame;
+        return true;
     }
 
     std::size_t read(std::span<float* const> channels, std::size_t frames) override {
@@ -39,6 +46,7 @@ class HelperAudio final : public AudioFile {
             const std::size_t wanted = std::min(frames - done, helper::sharedSamples / count);
             const std::size_t got = readSome(channels.first(std::min(count, channels.size())), done, wanted);
             done += got;
+            at_ += static_cast<std::int64_t>(got);
             if (got < wanted) break;
         }
         return done;
@@ -52,9 +60,20 @@ class HelperAudio final : public AudioFile {
     }
 
   private:
+    /// The answer to a request about the sound at `frame`. Without one the sound is cut off as by a disk that
+    /// fails, whatever ended the helper.
+    template <class Answer, class... Values>
+    std::optional<Answer> watched(std::int64_t frame, Request request, const Values&... values) {
+        const ReadErrorWatch watch;
+        auto answer = process_->ask<Answer>(request, values...);
+        if (!answer) ReadErrorWatch::report();
+        if (watch.hasSeenError()) failure_.note(frame);
+        return answer;
+    }
+
     std::size_t readSome(std::span<float* const> channels, std::size_t at, std::size_t wanted) {
         const std::lock_guard lock(process_->mutex());
-        const auto answer = process_->ask<std::size_t>(Request::read, track_.handle, channels.size(), wanted);
+        const auto answer = watched<std::size_t>(at_, Request::read, track_.handle, channels.size(), wanted);
         const std::size_t got = std::min(answer.value_or(0), wanted);
         for (std::size_t channel = 0; channel < channels.size(); ++channel)
             std::copy_n(process_->samples().data() + channel * wanted, got, channels[channel] + at);
@@ -63,6 +82,8 @@ class HelperAudio final : public AudioFile {
 
     const std::shared_ptr<Process> process_;
     const helper::Track track_;
+    std::int64_t at_ = 0; ///< the frame to read next
+    EarliestFrame failure_;
 };
 
 std::optional<MediaInspection> inspect(const std::string& path, bool& hindered) noexcept {
@@ -123,6 +144,11 @@ bool canDecode(const std::string& codec) noexcept {
 } // namespace
 
 bool mediaLibraryWasMissed() { return helper::wasMissed(); }
+
+std::string whyNoSharedMemory() {
+    const int error = helper::sharingError();
+    return error == 0 ? "" : std::generic_category().message(error);
+}
 
 MediaHelper mediaHelper() {
     MediaHelper result{helper::programPath(), "", ""};

@@ -1,5 +1,7 @@
 #include "MediaFactory/WaveMaker.h"
+#include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
+#include "Support/BadDisk.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
@@ -148,6 +150,24 @@ TEST_F(TakeAudioTest, namesTheFileThatBreaksOffWhileItIsRead) {
     EXPECT_EQ(heard[1][3001], 0) << "silent from there on";
     EXPECT_EQ(heard[0].back(), base('a') + 4999) << "the others are heard to their ends";
     EXPECT_EQ(take.incompleteFiles(), (std::vector<IncompleteFile>{{cut.url.lastPathComponent(), 2.5, 4}}));
+    EXPECT_NO_THROW(take.throwIfReadFailed()) << "it is cut, and the disk is well";
+
+    const TakeSound::File bad = file('b', 2, 1, 0.5, 4000);
+    const std::vector<std::vector<TakeSound::File>> takes{{bad}, {file('a', 1, 1, 0, 5000), bad}};
+    for (const auto& files : takes) {
+        const OpenTake broken = openTake(sound(files));
+        const test::BadDisk disk(bad.url.path, 2);
+        read(*broken.audio->another(), 1000);
+        EXPECT_EQ(broken.audio->failedAt(), 2000);
+        try {
+            broken.throwIfReadFailed();
+            ADD_FAILURE() << "a failing disk goes unseen";
+        } catch (const ReadFailed& failed) {
+            EXPECT_NE(std::string(failed.what()).find(bad.url.lastPathComponent() + " past 0:02 of 0:04"),
+                      std::string::npos)
+                << failed.what();
+        }
+    }
 }
 
 } // namespace

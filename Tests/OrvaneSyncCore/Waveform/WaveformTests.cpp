@@ -30,7 +30,7 @@ std::vector<Floats> noise(std::size_t channels, std::size_t frames) {
 }
 
 WaveformResult reduced(MemoryAudio file, std::size_t bins, std::size_t threads = 1) {
-    return reducedWaveform(file, bins, threads);
+    return heardWaveform(file, bins, threads).waveform;
 }
 
 TEST(WaveformReduction, measuresBinsByTheDefinition) {

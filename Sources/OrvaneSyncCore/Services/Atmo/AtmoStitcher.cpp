@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Atmo/AtmoStitcher.h"
 
+#include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "Platform/Files.h"
 #include "Platform/Stop.h"
 #include "Platform/VectorOps.h"
@@ -18,7 +19,7 @@ constexpr std::size_t pieceFrames = 65536;
 class SegmentReader {
   public:
     explicit SegmentReader(const AtmoCandidate& segment)
-        : file_(platform::AudioFile::open(segment.url.path)) {
+        : file_(platform::AudioFile::open(segment.url.path)), filename_(segment.url.lastPathComponent()) {
         if (!file_)
             throw platform::FileError("can't read " + segment.url.path +
                                       ": it holds no sound that can be decoded");
@@ -29,7 +30,7 @@ class SegmentReader {
         samples_.assign(wanted + 1, std::vector<float>());
     }
 
-    /// Up to so many; none at the end.
+    /// Up to so many; none at the end. Throws ReadFailed.
     std::span<const float> read(std::size_t frames) {
         frames = std::min(frames, left_);
         if (frames == 0) return {};
@@ -39,6 +40,7 @@ class SegmentReader {
             channels.push_back(channel.data());
         }
         const std::size_t got = std::min(file_->read(channels, frames), frames);
+        if (got < frames) throwIfReadFailed(*file_, filename_);
         left_ = got == 0 ? 0 : left_ - got;
         const auto wanted = std::span(samples_.back()).first(got);
         platform::vector::silenceNonFinite(wanted);
@@ -47,6 +49,7 @@ class SegmentReader {
 
   private:
     std::unique_ptr<platform::AudioFile> file_;
+    std::string filename_;
     std::size_t left_ = 0;
     std::vector<std::vector<float>> samples_; ///< up to the channel that is wanted
 };

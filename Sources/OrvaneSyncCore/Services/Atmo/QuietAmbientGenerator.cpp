@@ -4,12 +4,13 @@
 #include "OrvaneSyncCore/Services/Atmo/QuietWindows.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Services/RenderedAudio/RenderedAudioStore.h"
+#include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "Platform/AudioFile.h"
 #include "Platform/AudioFileWriter.h"
 #include "Platform/Files.h"
-#include "Platform/MediaInspector.h"
 #include "Platform/Folders.h"
 #include "Platform/Log.h"
+#include "Platform/MediaInspector.h"
 #include "Platform/Stop.h"
 
 #include <algorithm>
@@ -94,6 +95,7 @@ std::vector<AtmoCandidate> candidatesOf(const FileURL& url, const QuietAmbientGe
               .progress = progress,
               .stop = stop}
         .run(*file, std::span(&only, 1));
+    throwIfReadFailed(*file, url.lastPathComponent());
     if (windows.rms.front().empty()) return candidates;
 
     const Picks picks = picksOf(windows.rms, linear(limits.absoluteSilenceDB));
@@ -120,8 +122,6 @@ std::string replaced(std::string text, std::string_view what, std::string_view w
     return text;
 }
 
-const char* descriptionOf(QuietAtmoError::Kind kind) {
-    return kind == QuietAtmoError::Kind::noQuietSegmentsFound
 /// One of the program's own is the owner's alone.
 void createFolder(const std::string& path) {
     if (path.starts_with(AppStorageHelper::applicationSupportDirectory() + "/"))
@@ -130,6 +130,8 @@ void createFolder(const std::string& path) {
         platform::files::createUsualDirectories(path);
 }
 
+const char* descriptionOf(QuietAtmoError::Kind kind) {
+    return kind == QuietAtmoError::Kind::noQuietSegmentsFound
                ? "No quiet segments long enough were found in the source audio (≥ 1.5 s of true silence "
                  "required)."
                : "Could not allocate audio buffer for atmo output.";
@@ -152,7 +154,8 @@ std::vector<AtmoCandidate> QuietAmbientGenerator::scanCandidates(const std::vect
         try {
             const auto found = candidatesOf(audioURLs[i], *this, ofFile, stop);
             all.insert(all.end(), found.begin(), found.end());
-        } catch (const std::exception&) { // a file that cannot be scanned has no candidates
+        } catch (const std::exception& error) { // a file that cannot be scanned has no candidates
+            platform::logError(error.what());
         }
     }
     return all;

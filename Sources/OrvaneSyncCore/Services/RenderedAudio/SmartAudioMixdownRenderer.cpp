@@ -124,6 +124,7 @@ std::optional<RenderResult> SmartAudioMixdownRenderer::render(const TakeSound& s
     if (!take || !canBeRendered(*take.audio)) return std::nullopt;
     return store_->keep(Folder::mixdowns, name, stereo(*take.audio), [&](AudioFileWriter& out) {
         mixDown(*take.audio, blocks, rampSeconds, out, progress, stop);
+        take.throwIfReadFailed();
         return watch.isAsBefore();
     });
 }
@@ -142,6 +143,7 @@ std::optional<RenderResult> SmartAudioMixdownRenderer::renderSolo(const TakeSoun
         return std::nullopt;
     return store_->keep(Folder::mixdowns, name, stereo(*take.audio), [&](AudioFileWriter& out) {
         solo(*take.audio, channelIndex, out, progress, stop);
+        take.throwIfReadFailed();
         return watch.isAsBefore();
     });
 }

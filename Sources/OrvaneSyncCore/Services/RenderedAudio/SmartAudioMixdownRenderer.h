@@ -16,7 +16,8 @@ namespace orvane {
 /// Renders what is heard of a multi-track recording: the blocks of a routing, or one channel alone. Two
 /// channels alike, at the recording's rate, streamed. Rendered files are kept in the store and found again
 /// for the same recording and the same blocks. Nothing where there is nothing to render, where the recording
-/// or the disk fails, and where the recording changes meanwhile. Any thread that may wait; throws Stopped.
+/// cannot be opened, where the disk of the store fails, and where the recording changes meanwhile. Any thread
+/// that may wait; throws Stopped, and ReadFailed where the recording is read in part only.
 class SmartAudioMixdownRenderer {
   public:
     explicit SmartAudioMixdownRenderer(std::shared_ptr<const RenderedAudioStore> store)
@@ -34,7 +35,8 @@ class SmartAudioMixdownRenderer {
                                            const RenderProgress& progress = nullptr,
                                            const std::stop_token& stop = {}) const;
 
-    // The same into a file of the caller's, of `stereo(source)`; from the source's first frame to its last.
+    // The same into a file of the caller's, of `stereo(source)`; from the source's first frame to its last,
+    // or to where reading fails, which the caller asks the source for.
     static platform::AudioFileWriter::Format stereo(const platform::AudioFile& source);
     static void mixDown(platform::AudioFile& source, const std::vector<BlockDecision>& blocks,
                         double rampSeconds, platform::AudioFileWriter& out,

@@ -110,6 +110,7 @@ VoiceIsolationProcessor::process(const TakeSound& input, const Settings& setting
     auto result = store_->keep(Folder::voiceIsolation, name, {.sampleRate = rate, .channels = 1},
                                [&](AudioFileWriter& out) {
                                    render(*take.audio, settings, out, progress, stop);
+                                   take.throwIfReadFailed();
                                    return watch.isAsBefore();
                                });
     if (!result) platform::logError("[VoiceIso] outputFile create failed: " + name);

@@ -129,7 +129,10 @@ std::optional<double> LUFSMeter::integratedLUFS() const {
 
 std::optional<double> LUFSMeter::measureIntegratedLUFS(const TakeSound& sound, const std::stop_token& stop) {
     const OpenTake take = openTake(sound);
-    return take ? measureFile(*take.audio, {}, stop).integratedLUFS : std::nullopt;
+    if (!take) return std::nullopt;
+    const auto measured = measureFile(*take.audio, {}, stop).integratedLUFS;
+    take.throwIfReadFailed();
+    return measured;
 }
 
 LUFSMeter::FileLoudness LUFSMeter::measureFile(platform::AudioFile& file,

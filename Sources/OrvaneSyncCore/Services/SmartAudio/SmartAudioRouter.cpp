@@ -96,6 +96,7 @@ SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request, con
 
     const std::vector<TrackAnalysis> analyses =
         listen(*take.audio, tracks, means.concurrency, request.progress, stop, request.alongside);
+    take.throwIfReadFailed(); // channels that were read to different ends can't be compared
     result.incompleteFiles = take.incompleteFiles();
     const double rate = take.audio->sampleRate();
     if (rate > 0) {

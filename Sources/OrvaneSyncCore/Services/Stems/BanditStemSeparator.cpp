@@ -174,6 +174,7 @@ std::optional<SeparatedStems> BanditStemSeparator::separate(const TakeSound& aud
             writers[i].write(std::span(&only, 1), samples.size());
         }
     }
+    take.throwIfReadFailed();
     for (auto& writer : writers) writer.finish();
     const auto file = [&](std::size_t i) { return FileURL{folder + "/" + fileNames[i]}; };
     return SeparatedStems{file(0), file(1), file(2), modelSampleRate,

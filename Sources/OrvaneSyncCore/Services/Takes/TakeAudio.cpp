@@ -1,12 +1,13 @@
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 
+#include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
+#include "Platform/EarliestFrame.h"
+
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <limits>
 #include <span>
 #include <utility>
 
@@ -57,18 +58,13 @@ struct TakeLayout {
     /// What is known of a file's frames.
     struct Extent {
         bool isReadable = true;
+        std::int64_t start = 0;    ///< of the file, on the take's axis
         std::int64_t own = 0;      ///< there, as far as the open file says
         std::int64_t promised = 0; ///< by its header, or by what is known of a file that can't be opened
-        /// The first one that reading did not get.
-        std::atomic<std::int64_t> firstMissing = std::numeric_limits<std::int64_t>::max();
+        platform::EarliestFrame missing{}; ///< that reading did not get
+        platform::EarliestFrame failed{};  ///< because reading failed
     };
     mutable std::deque<Extent> extents; ///< beside `sound.files`
-
-    void markMissing(std::size_t file, std::int64_t frame) const {
-        std::atomic<std::int64_t>& first = extents[file].firstMissing;
-        for (std::int64_t known = first; frame < known && !first.compare_exchange_weak(known, frame);) {
-        }
-    }
 
     /// A reader of a file of its own, at its start; nothing when it cannot be read any more.
     std::unique_ptr<AudioFile> reader(std::size_t file) const {
@@ -89,6 +85,13 @@ class TakeAudio : public AudioFile {
     int channelCount() const override { return static_cast<int>(layout_->channelCount); }
     std::int64_t frameCount() const override { return layout_->frames; }
     std::int64_t promisedFrames() const override { return layout_->promised; }
+
+    std::optional<std::int64_t> failedAt() const override {
+        platform::EarliestFrame first;
+        for (const TakeLayout::Extent& extent : layout_->extents)
+            if (const auto frame = extent.failed.frame()) first.note(extent.start + *frame);
+        return first.frame();
+    }
 
     bool seek(std::int64_t frame) override {
         if (frame < 0 || frame > layout_->frames) return false;
@@ -137,7 +140,11 @@ class TakeAudio : public AudioFile {
                     static_cast<std::int64_t>(hand.file->read(targets_, static_cast<std::size_t>(to - from)));
                 hand.at += got;
             }
-            if (got < to - from) layout_->markMissing(piece->file, from + got - piece->fileStart);
+            if (got == to - from) continue;
+            TakeLayout::Extent& extent = layout_->extents[piece->file];
+            extent.missing.note(from + got - piece->fileStart);
+            // A file that was opened before and can't be opened again is out of reach.
+            if (!hand.file || hand.file->failedAt()) extent.failed.note(from + got - piece->fileStart);
         }
     }
 
@@ -197,6 +204,7 @@ class LayoutMaker {
         layout_.promised = std::max(layout_.promised, start + promised);
         TakeLayout::Extent& extent = layout_.extents.emplace_back();
         extent.isReadable = audio != nullptr;
+        extent.start = start;
         extent.own = own;
         extent.promised = promised;
 
@@ -228,7 +236,7 @@ std::vector<IncompleteFile> OpenTake::incompleteFiles() const {
         const auto seconds = [&](std::int64_t frames) {
             return static_cast<double>(frames) / layout->sampleRate;
         };
-        const std::int64_t heard = std::min(extent.own, extent.firstMissing.load());
+        const std::int64_t heard = std::min(extent.own, extent.missing.frame().value_or(extent.own));
         const std::int64_t promised = std::max(extent.own, extent.promised);
         if (!extent.isReadable || heard < promised)
             found.push_back(
@@ -237,9 +245,23 @@ std::vector<IncompleteFile> OpenTake::incompleteFiles() const {
     return found;
 }
 
+void OpenTake::throwIfReadFailed() const {
+    if (audio && !layout) return orvane::throwIfReadFailed(*audio, filename);
+    for (std::size_t i = 0; layout && i < layout->extents.size(); ++i) {
+        const TakeLayout::Extent& extent = layout->extents[i];
+        if (const auto frame = extent.failed.frame())
+            throw ReadFailed({layout->sound.files[i].url.lastPathComponent(),
+                              static_cast<double>(*frame) / layout->sampleRate,
+                              static_cast<double>(extent.own) / layout->sampleRate});
+    }
+}
+
 OpenTake openTake(const TakeSound& sound) {
     if (sound.files.empty()) return {};
-    if (sound.files.size() == 1) return {AudioFile::open(sound.files.front().url.path), nullptr};
+    if (sound.files.size() == 1) {
+        const FileURL& url = sound.files.front().url;
+        return {AudioFile::open(url.path), nullptr, url.lastPathComponent()};
+    }
     const auto layout = LayoutMaker(sound).make();
     if (!layout) return {};
     return {std::make_unique<TakeAudio>(layout), layout};

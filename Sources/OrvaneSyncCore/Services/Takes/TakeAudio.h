@@ -7,6 +7,7 @@
 
 #include <compare>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -41,11 +42,15 @@ struct TakeLayout;
 struct OpenTake {
     std::unique_ptr<platform::AudioFile> audio; ///< nothing when no file can be read
     std::shared_ptr<const TakeLayout> layout;   ///< of several files; nothing for a file alone
+    std::string filename = {};                  ///< of a file alone
 
     explicit operator bool() const { return audio != nullptr; }
     /// The files of a take of several that are not all there, as they were opened and as far as they have
     /// been read, by whichever reader. By channel, then by start. Any thread.
     std::vector<IncompleteFile> incompleteFiles() const;
+    /// Once something was made of what was read, by whichever reader: throws ReadFailed with the first file
+    /// of which a read failed. Any thread.
+    void throwIfReadFailed() const;
 };
 
 /// Opens a take as one recording: its channels by their running numbers, from the take's first sample to its

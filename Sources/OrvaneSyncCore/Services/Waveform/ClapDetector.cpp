@@ -94,7 +94,9 @@ struct SearchedFrames {
 template <class Find>
 std::optional<double> inAudioTime(const ClapDetector::Search& search, Find find) {
     const OpenTake take = openTake(search.sound);
-    const std::optional<double> found = take ? find(*take.audio) : std::nullopt;
+    if (!take) return std::nullopt;
+    const std::optional<double> found = find(*take.audio);
+    take.throwIfReadFailed();
     return found ? std::optional(*found - search.primaryStartSeconds) : std::nullopt;
 }
 

@@ -56,6 +56,7 @@ void WaveformReduction::Sums::add(const Sums& behind) {
 WaveformReduction::Grid WaveformReduction::gridOf(const platform::AudioFile& file, std::size_t totalBins) {
     const auto frames = static_cast<std::size_t>(std::max<std::int64_t>(file.frameCount(), 0));
     Grid grid;
+    grid.frames = frames;
     grid.framesPerBin = std::max<std::size_t>(frames / std::clamp<std::size_t>(totalBins, 1, mostBins), 1);
     grid.bins = frames / grid.framesPerBin;
     grid.channels = static_cast<std::size_t>(std::max(file.channelCount(), 0));
@@ -156,6 +157,12 @@ void WaveformReduction::append(AudioListener& behind) {
     bin_ = std::move(other.bin_);
 }
 
+std::int64_t WaveformReduction::heardFrames() const {
+    // What is left behind the last bin is less than a frame a bin.
+    const std::size_t heard = result_.peaks.size() * grid_.framesPerBin + bin_.frames + window_.frames;
+    return static_cast<std::int64_t>(isWhole() ? grid_.frames : heard);
+}
+
 WaveformResult WaveformReduction::take() {
     if (bin_.frames > 0 && !isWhole()) endBin(); // the recording broke off within it
     const std::size_t bins = grid_.sampleRate > 0 ? grid_.bins : 0;
@@ -168,12 +175,12 @@ WaveformResult WaveformReduction::take() {
     return std::move(result_);
 }
 
-WaveformResult reducedWaveform(platform::AudioFile& file, std::size_t totalBins, std::size_t concurrency,
-                               const std::function<void(double share)>& progress,
-                               const std::stop_token& stop) {
+HeardWaveform heardWaveform(platform::AudioFile& file, std::size_t totalBins, std::size_t concurrency,
+                            const std::function<void(double share)>& progress, const std::stop_token& stop) {
     WaveformReduction reduction(file, totalBins);
     hear(file, reduction, concurrency, progress, stop);
-    return reduction.take();
+    const std::int64_t heardFrames = reduction.heardFrames();
+    return {reduction.take(), heardFrames};
 }
 
 WaveformResult reducedWaveform(const TakeSound& sound, std::size_t totalBins, WaveformCache* cache,
@@ -185,6 +192,7 @@ WaveformResult reducedWaveform(const TakeSound& sound, std::size_t totalBins, Wa
     if (!take) return {};
     WaveformReduction reduction(*take.audio, totalBins);
     hear(*take.audio, reduction, concurrency, {}, stop);
+    take.throwIfReadFailed();
     const bool isWhole = reduction.isWhole() && take.incompleteFiles().empty();
     WaveformResult result = reduction.take();
     if (place && isWhole) cache->store(*place, sound, totalBins, result);

@@ -6,6 +6,7 @@
 #include "Platform/AudioFile.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <stop_token>
@@ -36,10 +37,13 @@ class WaveformReduction : public AudioListener {
     WaveformResult take();
     /// Whether every bin was heard to its end.
     bool isWhole() const { return firstBin_ + result_.peaks.size() >= grid_.bins; }
+    /// Frames of the recording that were heard, when the pass is over and before `take`.
+    std::int64_t heardFrames() const;
 
   private:
     /// How the recording is cut; the same for all siblings.
     struct Grid {
+        std::size_t frames = 0;
         std::size_t framesPerBin = 1;
         std::size_t bins = 0;
         std::size_t channels = 0;     ///< of the recording
@@ -78,13 +82,19 @@ class WaveformReduction : public AudioListener {
 };
 
 /// The waveform of a take, from the cache (null: none) or by reading it once. An empty result where nothing
-/// can be read. Any thread that may wait. Throws Stopped.
+/// can be opened. Any thread that may wait. Throws Stopped, and ReadFailed where the take is read in part
+/// only.
 WaveformResult reducedWaveform(const TakeSound& sound, std::size_t totalBins, WaveformCache* cache,
                                std::size_t concurrency, const std::stop_token& stop = {});
 
-/// The same of a file that is open, without a cache. `progress` as that of `AudioPass`.
-WaveformResult reducedWaveform(platform::AudioFile& file, std::size_t totalBins, std::size_t concurrency,
-                               const std::function<void(double share)>& progress = {},
-                               const std::stop_token& stop = {});
+struct HeardWaveform {
+    WaveformResult waveform;
+    std::int64_t heardFrames = 0; ///< fewer than the file's where it ends early, or reading fails
+};
+
+/// The waveform of a file that is open, as far as it can be read. `progress` as that of `AudioPass`.
+HeardWaveform heardWaveform(platform::AudioFile& file, std::size_t totalBins, std::size_t concurrency,
+                            const std::function<void(double share)>& progress = {},
+                            const std::stop_token& stop = {});
 
 } // namespace orvane

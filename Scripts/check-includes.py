@@ -23,7 +23,7 @@ def modules():
     for file in sorted(SOURCES.rglob("CMakeLists.txt")):
         text = re.sub(r"#.*", "", file.read_text())
         folder = file.parent.relative_to(SOURCES).as_posix()
-        found = re.search(r"orvane_layer_module\((\w+)([^)]*)\)", text)
+        found = re.search(r"orvane_(?:layer|loadable)_module\((\w+)([^)]*)\)", text)
         if found:
             public = re.search(r"PUBLIC\s+(.*?)(?:PRIVATE|$)", found.group(2), re.S)
             folders[folder] = found.group(1)

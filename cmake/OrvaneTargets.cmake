@@ -56,3 +56,15 @@ function(orvane_layer_module target)
     set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
     target_link_libraries(${target} PUBLIC orvane_options ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
 endfunction()
+
+# orvane_loadable_module(<target> <libraries>...)
+# One folder below Sources/Platform, one library that the program loads when something first needs it (Platform/Modules.h).
+# It is built with the platform and installed where the program looks for it.
+function(orvane_loadable_module target)
+    file(GLOB sources CONFIGURE_DEPENDS *.cpp *.h)
+    add_library(${target} MODULE ${sources})
+    set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+    target_link_libraries(${target} PRIVATE orvane_options ${ARGN})
+    add_dependencies(orvane_platform ${target})
+    install(TARGETS ${target} LIBRARY DESTINATION lib)
+endfunction()

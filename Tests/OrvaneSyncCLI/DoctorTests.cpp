@@ -1,3 +1,4 @@
+#include "MediaFactory/WaveMaker.h"
 #include "Platform/Files.h"
 #include "Platform/JSON.h"
 #include "Support/TemporaryDirectory.h"
@@ -87,6 +88,30 @@ TEST(Doctor, runsWhereTheSystemOfSoundIsNotConfigured) {
         const std::string report = platform::files::readText(out);
         EXPECT_NE(report.find("no sound device"), std::string::npos) << configuration << '\n' << report;
     }
+}
+
+/// By what the system's loader writes down. `doctor` is the proof that it does.
+TEST(Modules, areLoadedByWhatNeedsThemAlone) {
+    const TemporaryDirectory folder;
+    folder.write("media/take.wav", WaveMaker().format({}).bext({}).silence(48000).bytes());
+    const auto loadedBy = [&](const std::string& command) {
+        const std::string home = "='" + folder.path("home") + "' ", log = folder.path("loaded");
+        const std::string words = "XDG_CONFIG_HOME" + home + "XDG_DATA_HOME" + home + "XDG_CACHE_HOME" +
+                                  home + "LD_DEBUG=files '" ORVANESYNC_PROGRAM "' " + command + " >'" +
+                                  folder.path("out") + "' 2>'" + log + "'";
+        const int status = std::system(words.c_str()); // NOLINT
+        EXPECT_TRUE(status == 0 || command == "doctor") << command;
+        std::string names;
+        const std::string text = platform::files::readText(log);
+        for (const char* name : {"network", "sound", "recognition", "secret_service"})
+            if (text.find("/liborvane_" + std::string(name) + ".so") != std::string::npos)
+                names += std::string(names.empty() ? "" : " ") + name;
+        return names;
+    };
+    EXPECT_EQ(loadedBy("doctor"), "sound recognition secret_service");
+    const std::string media = "'" + folder.path("media") + "'";
+    for (const std::string& command : {"scan " + media, "diagnose " + media, std::string("settings")})
+        EXPECT_EQ(loadedBy(command), "") << command;
 }
 
 } // namespace

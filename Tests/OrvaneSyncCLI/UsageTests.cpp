@@ -1,6 +1,7 @@
 #include "OrvaneSyncCLI/RunCommand.h"
 
 #include "MediaFactory/WaveMaker.h"
+#include "Platform/Files.h"
 #include "Platform/JSON.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
@@ -93,12 +94,16 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
 }
 
 TEST(CommandLine, everyCommandHelpsWithAnExampleThatItTakes) {
+    const std::string readme = platform::files::readText(ORVANE_SOURCE_DIR "/README.md");
     for (const Command* command : allCommands()) {
         const Outcome help = runWith({std::string(command->name), "--help"});
         EXPECT_EQ(help.status, done);
         EXPECT_NE(help.out.find("usage: orvanesync " + std::string(command->name)), std::string::npos);
         EXPECT_NE(help.out.find(command->example), std::string::npos);
         EXPECT_NE(runWith({"--help"}).out.find("  " + std::string(command->name)), std::string::npos);
+        const bool isListed = readme.find("\n| `" + std::string(command->name)) != std::string::npos;
+        EXPECT_TRUE(isListed || readme.find("orvanesync " + std::string(command->name)) != std::string::npos)
+            << "README.md lacks " << command->name;
     }
     EXPECT_NE(runWith({"sync", "--help"}).out.find("exportFCPXML {output, "), std::string::npos);
     EXPECT_TRUE(runWith({"--version"}).out.starts_with("orvanesync "));

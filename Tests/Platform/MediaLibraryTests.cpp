@@ -10,6 +10,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace orvane::test {
@@ -151,6 +152,19 @@ TEST(MediaLibrary, mayEndOverAFileWithoutHarm) {
     const auto again = platform::AudioFile::open(sound);
     ASSERT_NE(again, nullptr);
     EXPECT_EQ(readAll(*again, 0, 1000).size(), 48000U);
+}
+
+TEST(MediaLibrary, mayWriteNoFile) {
+    const TemporaryDirectory folder;
+    const auto open = platform::AudioFile::open(folder.write("a.aif", aiff(1, std::vector<int>(48000))));
+    ASSERT_NE(open, nullptr);
+    const auto helpers = children();
+    ASSERT_FALSE(helpers.empty());
+    for (const pid_t helper : helpers) {
+        rlimit size{1, 1};
+        ASSERT_EQ(::prlimit(helper, RLIMIT_FSIZE, nullptr, &size), 0);
+        EXPECT_EQ(size.rlim_max, 0U) << "not even the helper itself can raise it";
+    }
 }
 
 TEST(MediaLibrary, takesBoundedMemoryForAHeaderThatClaimsMuch) {

@@ -7,13 +7,11 @@
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "Support/FakePlayer.h"
-#include "Support/NumberedClip.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 #include "Support/TimelineClip.h"
 #include "Views/Application.h"
 
-#include <QDir>
 #include <QMenu>
 #include <QPaintEvent>
 #include <QPainter>
@@ -320,45 +318,6 @@ TEST(TrackColourTest, ChannelsAreTold) {
         EXPECT_GE(design::contrast(design::channelColour(one), design::colours().window), 4.5) << one;
         for (int other = 0; other < one; ++other)
             EXPECT_NE(design::channelColour(one), design::channelColour(other));
-    }
-}
-
-/// Pictures of the timeline for people to look at, into the folder that ORVANE_PICTURES names.
-class TimelinePictures : public TimelineViewTest {
-  protected:
-    TimelinePictures() : TimelineViewTest(16) {}
-    void save(const QString& name) {
-        settle();
-        view_->grab().save(
-            QDir(qEnvironmentVariable("ORVANE_PICTURES")).filePath("timeline-" + name + ".png"));
-    }
-};
-
-TEST_F(TimelinePictures, OfEveryState) {
-    if (!qEnvironmentVariableIsSet("ORVANE_PICTURES")) GTEST_SKIP() << "nobody looks";
-    test::NumberedClip film{.pictures = 750, .encoding = "-c:v libx264 -g 25 -pix_fmt yuv420p"};
-    const std::string path = folder_.path("A001.mov");
-    if (film.make(path))
-        desktop_->controller().openStoredWork([&] {
-            SyncGroup group = clip();
-            group.video.url = FileURL{path};
-            group.pictureClapAnchorSeconds = 10;
-            return StoredWork{{}, {}, SyncGroupList({group})};
-        }());
-    save("none");
-    desktop_->controller().smartAudio().caches().state.results[id_] = test::timelineVerdict();
-    for (const QSize size : {QSize(540, 330), QSize(900, 330), QSize(1900, 620)}) {
-        view_->resize(size);
-        open(id_);
-        review()->handleKeyAction(KeyAction::zoomFit);
-        desktop_->run("playerSeek", platform::JSON::parse(R"({"seconds": 13})"));
-        save(QStringLiteral("folded-%1").arg(size.width()));
-        review()->handleKeyAction(KeyAction::toggleAudioExpand);
-        save(QStringLiteral("expanded-%1").arg(size.width()));
-        for (int i = 0; i < 9; ++i) review()->handleKeyAction(KeyAction::zoomIn);
-        save(QStringLiteral("near-%1").arg(size.width()));
-        review()->handleKeyAction(KeyAction::toggleAudioExpand);
-        review()->close();
     }
 }
 

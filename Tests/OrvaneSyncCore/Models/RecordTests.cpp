@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Models/WildTrack.h"
 #include "Support/Assets.h"
+#include "Support/RandomSeed.h"
 #include "Support/Test.h"
 
 namespace orvane {
@@ -167,7 +168,7 @@ TEST(SyncGroupList, copiesShareWhatDidNotChange) {
 }
 
 TEST(SyncGroupList, behavesAsAPlainListDoes) {
-    std::mt19937 random(20261124);
+    std::mt19937 random(test::randomSeed());
     const auto draw = [&](std::size_t below) {
         return std::uniform_int_distribution<std::size_t>(0, below - 1)(random);
     };

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "Support/Assets.h"
+#include "Support/RandomSeed.h"
 #include "Support/Test.h"
 
 #include <algorithm>
@@ -34,7 +35,7 @@ void expectThatItLeadsTo(const SyncGroupList& later, const SyncGroupList& earlie
 }
 
 TEST(SyncGroupChanges, leadFromOneListToTheNext) {
-    std::mt19937 random(7);
+    std::mt19937 random(test::randomSeed());
     for (int round = 0; round < 60; ++round) {
         std::vector<SyncGroupList::Element> rows;
         const std::size_t count = random() % 300;

@@ -1,6 +1,7 @@
 #include "Platform/Playback/SoundTrack.h"
 #include "Platform/SincResampler.h"
 #include "Support/MemoryAudio.h"
+#include "Support/RandomSeed.h"
 #include "Support/RealtimeWatch.h"
 
 #include <gtest/gtest.h>
@@ -309,7 +310,7 @@ TEST_F(SoundTrackTest, controlsMoveWhileADevicePulls) {
             std::this_thread::yield();
         }
     });
-    std::mt19937 random(5);
+    std::mt19937 random(test::randomSeed());
     for (int i = 0; i < 150; ++i) {
         const double rate = std::array{0.0, 1.0, -1.0, 2.0, 0.25, -1.5, 8.0}[random() % 7];
         play(rate, static_cast<double>(random() % 20), static_cast<PitchAlgorithm>(random() % 3));

@@ -54,15 +54,7 @@ class LockitRun {
     ImportController& controller() { return *work_.controller; }
     const std::shared_ptr<ImportController>& sharedController() { return work_.controller; }
     SessionManager& sessions() { return *work_.sessions; }
-    void wait(const Task& operation) {
-        try {
-            runUntilDone(*loop_, operation);
-        } catch (...) {
-            progress_.clear();
-            throw;
-        }
-        progress_.clear();
-    }
+    void wait(const Task& operation) { runUntilDone(*loop_, operation, progress_); }
     std::shared_ptr<platform::RunLoop> loop() const { return loop_; }
     /// One JSON document, or lines for people.
     void say(const JSON& json, const std::string& text) const {

@@ -60,7 +60,7 @@ void show(Context& context, const std::string& file, bool asJSON) {
     for (const PersistedGroup& group : project.groups)
         clips.add({group.clipName, files.of(group.videoPath), group.matchStatusRaw, editsText(group)});
     if (!clips.empty()) context.out << clips.text(context.mayColour) << "\n";
-    context.out << counted(static_cast<long long>(project.groups.size()), "clip", "clips") << ".\n";
+    context.out << counted(project.groups.size(), "clip", "clips") << ".\n";
 }
 
 void project(Context& context, const Arguments& arguments) {

@@ -98,15 +98,12 @@ std::string rowsText(const ALEFile& report, const std::vector<std::string>& colu
 std::string reportText(const ALEFile& report, std::string_view matchColumn, bool bold) {
     const std::vector<std::string> columns = columnsToShow(report, matchColumn);
     std::string text = headingText(report, bold) + rowsText(report, columns, bold);
-    text += counted(static_cast<long long>(report.clipCount()), "clip", "clips") + ", " +
-            counted(static_cast<long long>(report.columns().size()), "column", "columns") + ".";
+    text += counted(report.clipCount(), "clip", "clips") + ", " +
+            counted(report.columns().size(), "column", "columns") + ".";
     const std::size_t moreRows = report.clipCount() - std::min(report.clipCount(), mostRows);
     const std::size_t moreColumns = report.columns().size() - columns.size();
-    if (moreRows > 0)
-        text += " " + counted(static_cast<long long>(moreRows), "clip is", "clips are") + " not shown.";
-    if (moreColumns > 0)
-        text +=
-            " " + counted(static_cast<long long>(moreColumns), "column is", "columns are") + " not shown.";
+    if (moreRows > 0) text += " " + counted(moreRows, "clip is", "clips are") + " not shown.";
+    if (moreColumns > 0) text += " " + counted(moreColumns, "column is", "columns are") + " not shown.";
     if (moreRows + moreColumns > 0) text += " --json has everything.";
     return text + "\n";
 }

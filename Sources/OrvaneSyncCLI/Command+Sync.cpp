@@ -39,10 +39,9 @@ SmartAudioMode smartAudioMode(const Context& context, const Arguments& arguments
         throw CommandError("no video or audio files in " + folders);
     if (controller.work().syncGroups().empty()) throw CommandError("no video files in " + folders);
     if (!asJSON) context.err << stateText(controller, false) << "\n";
-    throw CommandError(
-        "nothing to export from " + folders + ": " +
-        counted(static_cast<long long>(controller.work().syncGroups().size()), "clip", "clips") +
-        ", none of them matched");
+    throw CommandError("nothing to export from " + folders + ": " +
+                       counted(controller.work().syncGroups().size(), "clip", "clips") +
+                       ", none of them matched");
 }
 
 std::vector<ReviewLine> readReview(const std::string& path) {

@@ -74,10 +74,10 @@ void waveform(Context& context, const Arguments& arguments) {
         return;
     }
     const float peak = result.peaks.empty() ? 0 : *std::ranges::max_element(result.peaks);
-    context.out << counted(static_cast<long long>(result.peaks.size()), "bin", "bins")
+    context.out << counted(result.peaks.size(), "bin", "bins")
                 << formatted(", %.2f a second", result.binsPerSecond)
                 << formatted("; the highest peak is %.3f; ", static_cast<double>(peak))
-                << counted(static_cast<long long>(onsets.size()), "onset", "onsets") << "\n";
+                << counted(onsets.size(), "onset", "onsets") << "\n";
     if (picture) context.out << "Wrote " << platform::text::printable(*picture) << "\n";
 }
 

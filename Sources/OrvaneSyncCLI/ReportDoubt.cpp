@@ -51,8 +51,7 @@ std::vector<std::string> reportDoubts(const ALEFile& report, const platform::Set
         doubts.emplace_back("the report has no rows below the names of its columns");
     if (report.openQuotes() > 0)
         doubts.push_back(
-            "the report has " +
-            counted(static_cast<long long>(report.openQuotes()), "quotation mark", "quotation marks") +
+            "the report has " + counted(report.openQuotes(), "quotation mark", "quotation marks") +
             " that nothing closes, the first in line " + std::to_string(report.firstOpenQuoteLine()) +
             "; each is taken to end with its line");
     return doubts;

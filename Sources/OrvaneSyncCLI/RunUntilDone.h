@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCLI/ProgressLine.h"
 #include "Platform/MainThread.h"
 #include "Platform/Task.h"
 
@@ -17,6 +18,17 @@ inline void runUntilDone(platform::RunLoop& loop, const platform::Task& operatio
     });
     loop.run();
     if (raised) std::rethrow_exception(raised);
+}
+
+/// The same, and however it ends, the line of its progress is cleared.
+inline void runUntilDone(platform::RunLoop& loop, const platform::Task& operation, ProgressLine& progress) {
+    try {
+        runUntilDone(loop, operation);
+    } catch (...) {
+        progress.clear();
+        throw;
+    }
+    progress.clear();
 }
 
 } // namespace orvane::cli

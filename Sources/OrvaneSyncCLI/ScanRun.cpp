@@ -207,14 +207,6 @@ void ScanRun::warnOfTheScan() {
     for (std::string& warning : scanWarnings(WorkSnapshot(*controller_))) warn(std::move(warning));
 }
 
-void ScanRun::wait(const platform::Task& operation) {
-    try {
-        runUntilDone(*loop_, operation);
-    } catch (...) {
-        progress_.clear();
-        throw;
-    }
-    progress_.clear();
-}
+void ScanRun::wait(const platform::Task& operation) { runUntilDone(*loop_, operation, progress_); }
 
 } // namespace orvane::cli

@@ -55,8 +55,7 @@ Check cacheCheck(const OpenProbeCache& openProbeCache) {
     const auto cache = openProbeCache();
     constexpr double megabyte = 1e6;
     const std::string size = formatted(" (%.1f MB)", static_cast<double>(cache->sizeBytes()) / megabyte);
-    return {"known files", "ok",
-            counted(static_cast<long long>(cache->count()), "file", "files") + " probed before" + size};
+    return {"known files", "ok", counted(cache->count(), "file", "files") + " probed before" + size};
 }
 
 Check renderedCheck(const platform::SettingsStore& settings) {

@@ -100,7 +100,7 @@ void addUnusedOfProject(const WorkSnapshot& work, std::vector<std::string>& warn
     Names clips;
     for (const FileURL& video : work.clipsNotFound) clips.push_back(video.path);
     if (!clips.empty())
-        warnings.push_back(counted(static_cast<long long>(clips.size()), "clip", "clips") +
+        warnings.push_back(counted(clips.size(), "clip", "clips") +
                            " of the project can't be found: " + firstAndMore(clips) +
                            "; the edits are kept for a scan with the files where they were when the "
                            "project was saved");
@@ -187,7 +187,7 @@ std::vector<std::string> doubtWarnings(const WorkSnapshot& work, Matching matchi
             warnings.push_back(doubt.doubt.message + "; " + doubt.doubt.cure);
     }
     if (!clips.empty())
-        warnings.push_back(counted(static_cast<long long>(clips.size()), "clip", "clips") +
+        warnings.push_back(counted(clips.size(), "clip", "clips") +
                            " may have the wrong sound; 'orvanesync diagnose' of the folders says why, and "
                            "what 'scan' and 'sync' do about it");
     return warnings;

@@ -33,7 +33,7 @@ std::string recordingsPromptOf(const RecordingsPart& part, const SyncGroup& grou
                                   : "No recording lies under this clip. Attach one, or mark the clip as MOS.";
     if (part.isAmbiguous && part.isLocked) return "Unlock sync to choose.";
     if (part.isAmbiguous && part.recordings.size() > 1)
-        return counted(static_cast<long long>(part.recordings.size()), "recording", "recordings") +
+        return counted(part.recordings.size(), "recording", "recordings") +
                " could belong to this clip. Choose one, or confirm them as they are.";
     if (part.isAmbiguous)
         return group.matchStatus.label() + ". Confirm what lies here, or take off what does not belong.";

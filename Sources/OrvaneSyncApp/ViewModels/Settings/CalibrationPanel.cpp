@@ -23,8 +23,7 @@ CalibrationPanel calibrationPanel(const CalibrationState& state) {
                        formatted("loudness %.1f LUFS.", state.sourceInfo->integratedLUFS);
     panel.saved = state.savedCalibration
                       ? "A calibration of " +
-                            counted(static_cast<long long>(state.savedCalibration->measurements.size()),
-                                    "clip", "clips") +
+                            counted(state.savedCalibration->measurements.size(), "clip", "clips") +
                             " is saved; forecasts go by it."
                       : "No calibration is saved; forecasts go by built-in estimates.";
     panel.problem = state.problem;
@@ -36,7 +35,7 @@ CalibrationPanel calibrationPanel(const CalibrationState& state) {
 }
 
 std::vector<std::string> calibrationSteps(std::size_t clips) {
-    const std::string all = counted(static_cast<long long>(clips), "clip", "clips");
+    const std::string all = counted(clips, "clip", "clips");
     return {"Import the document into Final Cut Pro.",
             "Select all " + all + " of the event “OrvaneSync Calibration”.",
             "Share them as audio only, as WAV, into an empty folder. The names stay as they are."};

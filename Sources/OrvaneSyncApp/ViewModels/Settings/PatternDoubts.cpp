@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/ViewModels/Settings/PatternDoubts.h"
 
+#include "OrvaneSyncApp/ViewModels/Settings/Quotes.h"
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Text.h"
@@ -9,8 +10,6 @@
 namespace orvane::patternDoubts {
 
 namespace {
-
-std::string quoted(std::string_view text) { return "“" + std::string(text) + "”"; }
 
 /// "{name:3}" for a name that takes a width.
 bool isWidthForm(std::string_view token, std::string_view name) {
@@ -32,7 +31,7 @@ std::string firstUnknown(std::string_view pattern, IsToken isToken, std::string_
             return "A brace has no partner and stays in the name as it is.";
         const std::string_view token = pattern.substr(at, end - at + 1);
         if (!isToken(token))
-            return quoted(token) + " is no token here and stays in the name as it is. " +
+            return inQuotes(token) + " is no token here and stays in the name as it is. " +
                    std::string(whatThereIs);
         at = end + 1;
     }
@@ -93,7 +92,7 @@ std::string subrole(std::string_view role) {
 std::string timecode(std::string_view text) {
     if (isBlank(text)) return "Without a timecode the offset applies to all clips.";
     const std::string why = TimecodeUtils::whyNoTimecode(text, TimecodeFrameRate::fps60);
-    return why.empty() ? "" : quoted(text) + " does not count: " + why + ".";
+    return why.empty() ? "" : inQuotes(text) + " does not count: " + why + ".";
 }
 
 } // namespace orvane::patternDoubts

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/ViewModels/Settings/SettingsModel.h"
 
+#include "OrvaneSyncApp/ViewModels/Settings/Quotes.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 
@@ -11,8 +12,6 @@ namespace orvane {
 namespace {
 
 using platform::JSON;
-
-std::string quoted(std::string_view text) { return "“" + std::string(text) + "”"; }
 
 /// The words of a value, as the row shows it.
 std::string shown(const SettingRow& row, const JSON& value) {
@@ -72,8 +71,8 @@ SettingRemark SettingsModel::remark(const SettingRow& row) const {
     const SettingDescription& setting = row.setting;
     const JSON now = value(row);
     if (const auto held = store_->value(setting.key); held && whyUseless(setting, *held))
-        return {mistake, quoted(settingText(*held)) + " is stored, and the setting takes " + outOf(row) +
-                             "; " + quoted(shown(row, now)) + " is used instead."};
+        return {mistake, inQuotes(settingText(*held)) + " is stored, and the setting takes " + outOf(row) +
+                             "; " + inQuotes(shown(row, now)) + " is used instead."};
     if (row.doubt != nullptr && isEnabled(row)) {
         std::string why = row.doubt(settingText(now));
         if (!why.empty()) return {doubt, std::move(why)};

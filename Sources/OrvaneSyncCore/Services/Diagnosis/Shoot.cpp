@@ -198,10 +198,8 @@ std::vector<Card> cardsOf(const std::vector<Shoot::Clip>& clips) {
 }
 
 std::string dayText(long sinceEpoch) {
-    const std::chrono::year_month_day day{std::chrono::sys_days(std::chrono::days(sinceEpoch))};
-    return formatted("%04.0f", static_cast<int>(day.year())) +
-           formatted("-%02.0f", static_cast<unsigned>(day.month())) +
-           formatted("-%02.0f", static_cast<unsigned>(day.day()));
+    const std::string text = iso8601(std::chrono::sys_days(std::chrono::days(sinceEpoch)));
+    return text.substr(0, text.find('T'));
 }
 
 std::string spanText(double seconds) {

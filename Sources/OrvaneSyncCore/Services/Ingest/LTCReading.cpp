@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Ingest/LTCReading.h"
 
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "Timecode/Timecode.h"
 
 #include <algorithm>
@@ -37,8 +38,7 @@ const Family* familyOf(int frames) {
 int secondOfDay(const LTCWord& word) { return (word.hours * 60 + word.minutes) * 60 + word.seconds; }
 
 bool isNextSecond(const LTCWord& word, const LTCWord& next) {
-    constexpr int day = 86400;
-    return secondOfDay(next) == (secondOfDay(word) + 1) % day;
+    return secondOfDay(next) == (secondOfDay(word) + 1) % static_cast<int>(secondsADay);
 }
 
 /// The frame number with which the second begins: drop frame leaves out 0 and 1 at the start of most minutes.

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Ingest/TimecodeTrackReader.h"
 
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/MovieTail.h"
 #include "Timecode/ExactRate.h"
@@ -210,8 +211,8 @@ std::string plainTimecode(std::int64_t n) {
 
 /// Whole frames; nothing for an edit list that begins days later.
 std::int64_t skippedFrames(double seconds, double fps) {
-    constexpr double secondsPerDay = 86400, rounding = 1e-5; // of a frame
-    return seconds < secondsPerDay ? static_cast<std::int64_t>(seconds * fps + rounding) : 0;
+    constexpr double rounding = 1e-5; // of a frame
+    return seconds < secondsADay ? static_cast<std::int64_t>(seconds * fps + rounding) : 0;
 }
 
 std::optional<TimecodeTrackReader::Start> readSample(RandomAccessFile& file,

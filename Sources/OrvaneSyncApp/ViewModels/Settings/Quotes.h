@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+/// A value or a token within a sentence of the settings.
+inline std::string inQuotes(std::string_view text) { return "“" + std::string(text) + "”"; }
+
+} // namespace orvane

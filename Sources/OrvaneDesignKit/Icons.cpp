@@ -38,7 +38,7 @@ void arrowTurning(QPainterPath& path, bool isBack) {
 }
 
 /// Lines of the glyph; `filled` what is filled.
-void lay(Glyph glyph, QPainterPath& lines, QPainterPath& filled) {
+void drawGlyph(Glyph glyph, QPainterPath& lines, QPainterPath& filled) {
     switch (glyph) {
     case Glyph::film:
         lines.addRoundedRect(3, 5, 18, 14, 2, 2);
@@ -219,7 +219,7 @@ void lay(Glyph glyph, QPainterPath& lines, QPainterPath& filled) {
 void draw(QPainter& painter, Glyph glyph, const QRectF& square, const QColor& colour) {
     QPainterPath lines;
     QPainterPath filled;
-    lay(glyph, lines, filled);
+    drawGlyph(glyph, lines, filled);
     drawScaled(painter, square, side, [&] {
         painter.setPen(QPen(colour, lineWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
         painter.setBrush(Qt::NoBrush);

@@ -207,7 +207,7 @@ const Command& analyzeCommand() {
         {{"--mode", "MODE", "off, standard (default), studio, cinematic or custom"},
          {"--channels", "N", "how many channels to look at (default: those of the file)"},
          {"--candidates", "1,3", "the channels that may be heard (default: all)"},
-         {"--no-blocks", "", "measure only; tell no roles and route nothing"},
+         {"--no-blocks", "", "measure only; name no roles and route nothing"},
          {"--diagnose", "N", "for developers: read channel N in two ways and show where they differ"}},
         analyze};
     return command;

@@ -48,14 +48,14 @@ std::string bindingsTable(const ShortcutBindings& bindings, bool mayColour) {
     return table.text(mayColour);
 }
 
-void tellBindings(Context& context, const ShortcutCenter& center, bool asJSON) {
+void printBindings(Context& context, const ShortcutCenter& center, bool asJSON) {
     if (asJSON)
         context.out << bindingsListing(center.bindings()).dump(JSON::Layout::pretty) << "\n";
     else
         context.out << bindingsTable(center.bindings(), context.mayColour);
 }
 
-void tellProfiles(Context& context, const ShortcutCenter& center, bool asJSON) {
+void printProfiles(Context& context, const ShortcutCenter& center, bool asJSON) {
     if (asJSON) {
         context.out << profilesListing(center).dump(JSON::Layout::pretty) << "\n";
         return;
@@ -209,9 +209,9 @@ void shortcuts(Context& context, const Arguments& arguments) {
     if (!said.empty() && !asJSON)
         context.out << platform::text::printable(said) << "\n";
     else if (verb.tellsProfiles)
-        tellProfiles(context, *center, asJSON);
+        printProfiles(context, *center, asJSON);
     else
-        tellBindings(context, *center, asJSON);
+        printBindings(context, *center, asJSON);
 }
 
 } // namespace

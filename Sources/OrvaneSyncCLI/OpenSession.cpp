@@ -22,7 +22,7 @@ SessionInfo sessionNamed(const SessionStore& store, const std::string& words) {
     if (words.empty() || found.empty()) throw CommandError("there is no session '" + words + "'");
     if (found.size() > 1)
         throw CommandError("'" + words + "' means " + std::to_string(found.size()) +
-                           " sessions; orvanesync session list tells their ids");
+                           " sessions; orvanesync session list shows their ids");
     return found.front();
 }
 

@@ -2,7 +2,7 @@
 
 namespace orvane::platform::text {
 
-/// Memory that ICU asks for in vain calls the new-handler, as our own allocations do: left to itself, ICU
+/// Where ICU gets no memory, the new-handler is called, as our own allocations do: left to itself, ICU
 /// breaks over it or waits for ever. Before anything of Text.h is used, on one thread.
 void callNewHandlerWithoutMemory();
 

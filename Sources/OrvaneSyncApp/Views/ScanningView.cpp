@@ -52,7 +52,7 @@ ScanningView::ScanningView(Desktop& desktop, QWidget* parent)
         one->setAlignment(Qt::AlignCenter);
         one->setWordWrap(false);
     }
-    file_->setAccessibleName(tr("File in hand"));
+    file_->setAccessibleName(tr("File being read"));
     auto* stop = button(tr("Cancel"));
     stop->setToolTip(tr("Stops the scan and leaves all as it was"));
     connect(stop, &QPushButton::clicked, this, [this] { desktop_.controller().scan().stopScan(); });

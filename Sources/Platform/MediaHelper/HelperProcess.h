@@ -72,7 +72,7 @@ class Process {
 /// What a new process says of itself, be it of another build; nothing when it does not start.
 std::optional<About> tryToStart();
 
-/// Whether one was asked for in vain. Any thread.
+/// Whether one was asked for and did not start. Any thread.
 bool wasMissed();
 void noteMissed();
 /// The system's error where no memory could be shared with the last one that was to start; 0 where one could.

@@ -16,12 +16,12 @@ namespace {
 std::atomic<void (*)() noexcept> reporter = nullptr;
 
 void report() {
-    if (auto* const told = reporter.load()) told();
+    if (auto* const call = reporter.load()) call();
 }
 
 } // namespace
 
-void FileInput::reportErrorsTo(void (*told)() noexcept) noexcept { reporter = told; }
+void FileInput::reportErrorsTo(void (*call)() noexcept) noexcept { reporter = call; }
 
 std::unique_ptr<FileInput> FileInput::open(const std::string& path) {
     // O_NONBLOCK: the path may lead to a named pipe by now, which would wait for its other end.

@@ -65,7 +65,6 @@ class Helper {
     explicit Helper(void* memory)
         : samples_(static_cast<float*>(memory)), pictures_(static_cast<helper::PictureMemory*>(memory)) {}
 
-    /// The answer to a request.
     std::string answer(const std::string& request) {
         MessageReader reader(request);
         switch (reader.next<helper::Request>()) {

@@ -165,7 +165,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
     // Sound and picture.
 
     void setPitchAlgorithm(PitchAlgorithm algorithm) {
-        if (std::exchange(pitch_, algorithm) != algorithm && motion_.rate != 0) tellSound();
+        if (std::exchange(pitch_, algorithm) != algorithm && motion_.rate != 0) updateSound();
     }
     void setVolume(float volume) {
         volume_ = std::isfinite(volume) ? std::clamp(volume, 0.0F, 1.0F) : 0;
@@ -272,7 +272,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         facts_.soundChannelCount = sound_ ? sound_->channelCount() : 0;
         if (!isLoaded_) return finishLoad();
         findDuration();
-        tellSound();
+        updateSound();
     }
 
     void finishLoad() {
@@ -339,7 +339,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
             activity_.reset();
         else if (!activity_)
             activity_.emplace();
-        tellSound();
+        updateSound();
         if (picture_) picture_->run(motion.time, motion.rate);
         if (motion.rate == 0 && wasMoving && picture_) {
             if (!picture_->nextChange(motion.time, 0)) seekPicture(motion.time);
@@ -371,7 +371,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         if (const auto limit = std::exchange(startLimit_, nullptr)) limit->cancel();
     }
 
-    void tellSound() {
+    void updateSound() {
         if (sound_) sound_->setTransport({motion_.rate, motion_.time.seconds(), motion_.frame, pitch_});
     }
 

@@ -32,9 +32,9 @@ constexpr int hundred = 100;
 
 /// A wheel over a page scrolls the page, and changes no value below the pointer.
 template <class Control>
-class Calm : public Control {
+class WheelNeedsFocus : public Control {
   public:
-    Calm() { this->setFocusPolicy(Qt::StrongFocus); }
+    WheelNeedsFocus() { this->setFocusPolicy(Qt::StrongFocus); }
 
   protected:
     void wheelEvent(QWheelEvent* event) override {
@@ -162,7 +162,7 @@ QWidget* SettingRowView::makeChoice() {
 
 QWidget* SettingRowView::makeNumber() {
     const bool isWhole = row_.setting.get().kind == SettingDescription::Kind::integer;
-    auto* number = new Calm<QDoubleSpinBox>;
+    auto* number = new WheelNeedsFocus<QDoubleSpinBox>;
     number->setButtonSymbols(QAbstractSpinBox::NoButtons);
     number->setRange(row_.lowest, row_.highest);
     number->setDecimals(isWhole ? 0 : row_.decimals);
@@ -179,11 +179,11 @@ QWidget* SettingRowView::makeAmount() {
     auto* both = new QWidget;
     auto* line = new QHBoxLayout(both);
     line->setContentsMargins(0, 0, 0, 0);
-    auto* slider = new Calm<QSlider>;
+    auto* slider = new WheelNeedsFocus<QSlider>;
     slider->setOrientation(Qt::Horizontal);
     slider->setRange(0, hundred);
     slider->setAccessibleName(translated(row_.label));
-    auto* number = new Calm<QSpinBox>;
+    auto* number = new WheelNeedsFocus<QSpinBox>;
     number->setButtonSymbols(QAbstractSpinBox::NoButtons);
     number->setRange(0, hundred);
     number->setSuffix(QStringLiteral(" %"));

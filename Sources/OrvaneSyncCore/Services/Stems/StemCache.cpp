@@ -28,17 +28,18 @@ SeparatedStems stemsIn(const std::string& folder) {
 }
 
 /// Takes a key out of those under way, however the separation ends.
-class Flight {
+class SeparationUnderWay {
   public:
-    Flight(std::mutex& mutex, std::condition_variable& ended, std::set<std::string>& keys, std::string key)
+    SeparationUnderWay(std::mutex& mutex, std::condition_variable& ended, std::set<std::string>& keys,
+                       std::string key)
         : mutex_(mutex), ended_(ended), keys_(keys), key_(std::move(key)) {}
-    ~Flight() {
+    ~SeparationUnderWay() {
         const std::lock_guard lock(mutex_);
         keys_.erase(key_);
         ended_.notify_all();
     }
-    Flight(const Flight&) = delete;
-    Flight& operator=(const Flight&) = delete;
+    SeparationUnderWay(const SeparationUnderWay&) = delete;
+    SeparationUnderWay& operator=(const SeparationUnderWay&) = delete;
 
   private:
     std::mutex& mutex_;
@@ -112,7 +113,7 @@ std::optional<SeparatedStems> StemCache::stems(const TakeSound& audio, const std
         if (auto found = kept(key)) return found;
         inFlight_.insert(key);
     }
-    const Flight flight(mutex_, ended_, inFlight_, key);
+    const SeparationUnderWay underWay(mutex_, ended_, inFlight_, key);
     return separated(audio, key, stop);
 }
 

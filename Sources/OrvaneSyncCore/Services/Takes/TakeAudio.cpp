@@ -79,7 +79,7 @@ namespace {
 class TakeAudio : public AudioFile {
   public:
     explicit TakeAudio(std::shared_ptr<const TakeLayout> layout)
-        : layout_(std::move(layout)), hands_(layout_->lanes.size()) {}
+        : layout_(std::move(layout)), open_(layout_->lanes.size()) {}
 
     double sampleRate() const override { return layout_->sampleRate; }
     int channelCount() const override { return static_cast<int>(layout_->channelCount); }
@@ -104,7 +104,7 @@ class TakeAudio : public AudioFile {
         const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(frames, left));
         for (float* channel : channels.first(std::min(channels.size(), layout_->channelCount)))
             std::fill_n(channel, count, 0.0F);
-        for (std::size_t lane = 0; lane < hands_.size(); ++lane) readLane(lane, channels, count);
+        for (std::size_t lane = 0; lane < open_.size(); ++lane) readLane(lane, channels, count);
         at_ += static_cast<std::int64_t>(count);
         return count;
     }
@@ -115,7 +115,7 @@ class TakeAudio : public AudioFile {
 
   private:
     /// What one lane is being read with.
-    struct Hand {
+    struct OpenPiece {
         std::size_t piece = 0;
         std::unique_ptr<AudioFile> file; ///< of that piece
         std::int64_t at = 0;             ///< the file's own next frame
@@ -131,14 +131,14 @@ class TakeAudio : public AudioFile {
         for (; piece != lane.pieces.end() && piece->begin < end; ++piece) {
             const std::int64_t from = std::max(at_, piece->begin);
             const std::int64_t to = std::min(end, piece->end);
-            Hand& hand = hands_[which];
+            OpenPiece& open = open_[which];
             std::int64_t got = 0;
-            if (moveTo(hand, static_cast<std::size_t>(piece - lane.pieces.begin()), *piece, from)) {
+            if (moveTo(open, static_cast<std::size_t>(piece - lane.pieces.begin()), *piece, from)) {
                 targets_.clear();
                 for (float* channel : channels) targets_.push_back(channel + (from - at_));
                 got =
-                    static_cast<std::int64_t>(hand.file->read(targets_, static_cast<std::size_t>(to - from)));
-                hand.at += got;
+                    static_cast<std::int64_t>(open.file->read(targets_, static_cast<std::size_t>(to - from)));
+                open.at += got;
             }
             if (got == to - from) continue;
             TakeLayout::Extent& extent = layout_->extents[piece->file];
@@ -149,19 +149,19 @@ class TakeAudio : public AudioFile {
     }
 
     /// Moves only where reading does not go on by itself: a compressed file is slow to move in.
-    bool moveTo(Hand& hand, std::size_t which, const Piece& piece, std::int64_t frame) {
-        if (!hand.file || hand.piece != which) {
-            hand.file = layout_->reader(piece.file);
-            hand.piece = which;
-            hand.at = 0;
+    bool moveTo(OpenPiece& open, std::size_t which, const Piece& piece, std::int64_t frame) {
+        if (!open.file || open.piece != which) {
+            open.file = layout_->reader(piece.file);
+            open.piece = which;
+            open.at = 0;
         }
         const std::int64_t own = frame - piece.fileStart;
-        if (hand.file && hand.at != own) hand.at = hand.file->seek(own) ? own : -1;
-        return hand.file && hand.at == own;
+        if (open.file && open.at != own) open.at = open.file->seek(own) ? own : -1;
+        return open.file && open.at == own;
     }
 
     std::shared_ptr<const TakeLayout> layout_;
-    std::vector<Hand> hands_; ///< one a lane
+    std::vector<OpenPiece> open_; ///< one a lane
     std::int64_t at_ = 0;
     std::vector<float*> targets_; ///< of the read under way
 };

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +34,8 @@ struct SyncDoubt {
     Kind kind = Kind::ambiguous;
     std::string message; ///< one sentence for people, with the numbers and the file's name
     std::string cure;    ///< what to do: an option as it is typed, or a decision of the editor
+    /// The channel that `mutedSpeech` is about, from 1.
+    std::optional<int> channel{};
 
     bool operator==(const SyncDoubt&) const = default;
 };
@@ -43,6 +46,13 @@ struct RawValues<SyncDoubt::Kind> {
         "dropMix",      "shortSound", "mutedSpeech",   "cutByTrim",      "splitGap",
         "notTimeOfDay", "noTimecode", "cutFile",       "drift"};
 };
+
+/// The doubts whether the right recording lies under a clip. The others are about what is heard and seen of
+/// it.
+inline constexpr std::array doubtsAboutMatching{
+    SyncDoubt::Kind::otherDay,       SyncDoubt::Kind::ambiguous,    SyncDoubt::Kind::otherDateFits,
+    SyncDoubt::Kind::constantOffset, SyncDoubt::Kind::timecodeRate, SyncDoubt::Kind::dropMix,
+    SyncDoubt::Kind::notTimeOfDay,   SyncDoubt::Kind::noTimecode};
 
 /// A doubt about a whole card, with the clips that it concerns.
 struct CardDoubt {

@@ -349,7 +349,7 @@ TEST(SyncDoubts, LooksAtEachClip) {
 TEST(SyncDoubts, HearsSpeechOnAChannelThatIsOff) {
     Shot shot{{clipAt("/C/A.mov", 36000, 60)}, {recordingAt("/S/T.wav", 35990, 90)}, {}};
     shot.diagnose();
-    const auto found = [&](float offLevel, float speech, std::set<int> byHand) {
+    const auto channel = [&](float offLevel, float speech, std::set<int> byHand) -> std::optional<int> {
         shot.groups.update(shot.groups.front().id,
                            [&](SyncGroup& group) { group.manualActiveTracks = byHand; });
         SmartAudioResult result;
@@ -361,14 +361,15 @@ TEST(SyncDoubts, HearsSpeechOnAChannelThatIsOff) {
         result.tracks[1].averageLevelDB = offLevel;
         result.tracks[1].speechRatio = speech;
         const SmartAudioResults results{{shot.groups.front().id, result}};
-        return SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, results, FileNames()})
-                   .byGroup.size() == 1;
+        const auto doubts =
+            SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, results, FileNames()});
+        return doubts.byGroup.empty() ? std::nullopt : doubts.byGroup.begin()->second.front().channel;
     };
-    EXPECT_TRUE(found(-28, 0.3F, {}));
-    EXPECT_TRUE(found(-28, 0.3F, {1}));
-    EXPECT_FALSE(found(-28.5F, 0.3F, {})) << "11.5 dB";
-    EXPECT_FALSE(found(-28, 0.01F, {})) << "no speech";
-    EXPECT_FALSE(found(-28, 0.3F, {2})) << "it is on";
+    EXPECT_EQ(channel(-28, 0.3F, {}), 2);
+    EXPECT_EQ(channel(-28, 0.3F, {1}), 2);
+    EXPECT_EQ(channel(-28.5F, 0.3F, {}), std::nullopt) << "11.5 dB";
+    EXPECT_EQ(channel(-28, 0.01F, {}), std::nullopt) << "no speech";
+    EXPECT_EQ(channel(-28, 0.3F, {2}), std::nullopt) << "it is on";
 }
 
 } // namespace

@@ -9,7 +9,6 @@
 #include "Timecode/ExactRate.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <map>
 #include <unordered_map>
@@ -174,14 +173,11 @@ std::vector<std::string> leftOutWarnings(const WorkSnapshot& work) {
 }
 
 std::vector<std::string> doubtWarnings(const WorkSnapshot& work, Matching matching) {
-    using enum SyncDoubt::Kind;
-    constexpr std::array aboutMatching{otherDay,     ambiguous, otherDateFits, constantOffset,
-                                       timecodeRate, dropMix,   notTimeOfDay,  noTimecode};
     std::vector<std::string> warnings;
     std::unordered_set<UUID> clips;
     for (const CardDoubt& doubt : work.doubts().summary(work.groups())) {
         if (matching == Matching::isDone &&
-            std::ranges::find(aboutMatching, doubt.doubt.kind) != aboutMatching.end())
+            std::ranges::find(doubtsAboutMatching, doubt.doubt.kind) != doubtsAboutMatching.end())
             clips.insert(doubt.groupIDs.begin(), doubt.groupIDs.end());
         else
             warnings.push_back(doubt.doubt.message + "; " + doubt.doubt.cure);

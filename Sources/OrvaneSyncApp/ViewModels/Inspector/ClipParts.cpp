@@ -15,17 +15,6 @@ namespace {
 
 using ImportedFields = std::map<std::string, std::string>;
 
-/// The first number in a text.
-std::optional<int> firstNumberIn(std::string_view text) {
-    const std::size_t begin = text.find_first_of("0123456789");
-    if (begin == std::string_view::npos) return std::nullopt;
-    const std::size_t end = text.find_first_not_of("0123456789", begin);
-    const auto number = platform::text::decimalInteger(text.substr(begin, end - begin));
-    constexpr std::int64_t most = 1024;
-    if (!number || *number > most) return std::nullopt;
-    return static_cast<int>(*number);
-}
-
 platform::JSON argumentsFor(const SyncGroup& group) {
     platform::JSON arguments = platform::JSON::object();
     arguments.set("groupID", group.id.text());
@@ -35,11 +24,11 @@ platform::JSON argumentsFor(const SyncGroup& group) {
 /// Steps that hold for one clip rather than for the whole shoot.
 void addStepsForClip(const SyncGroup& group, const SyncDoubt& doubt, DoubtsPart::Doubt& shown) {
     if (doubt.kind == SyncDoubt::Kind::mutedSpeech) {
-        if (const auto channel = firstNumberIn(doubt.message)) {
+        if (doubt.channel) {
             platform::JSON arguments = argumentsFor(group);
-            arguments.set("trackIndex", *channel);
-            shown.steps.push_back({"Switch Channel " + std::to_string(*channel) + " On", "toggleTrackActive",
-                                   std::move(arguments), false});
+            arguments.set("trackIndex", *doubt.channel);
+            shown.steps.push_back({"Switch Channel " + std::to_string(*doubt.channel) + " On",
+                                   "toggleTrackActive", std::move(arguments), false});
         }
     } else if (doubt.kind == SyncDoubt::Kind::ambiguous) {
         // One click on a recording below settles it; the whole shoot is not settled from a single clip.

@@ -315,6 +315,7 @@ class ClipDoubts {
                 formatted("%.0f dB", static_cast<double>(muted->averageLevelDB) - loudestOn) +
                 " above what is on",
             "listen to it and switch it on, or leave every channel on with sync --no-smart-audio");
+        doubts_.back().channel = muted->trackIndex;
     }
     std::string channelName(int number) const {
         for (const IXMLTrack& track : namedChannels(group_, take_))

@@ -16,7 +16,7 @@ constexpr double kaiserBeta = 0.1102 * (100 - 8.7);
 constexpr double cutoffOfNyquist = 0.955;
 // Rows between two phases are interpolated: an error of -116 dB.
 constexpr std::size_t phases = 512;
-constexpr std::size_t lanes = 8; ///< of sums that run side by side
+constexpr std::size_t dotLanes = 8; ///< of sums that run side by side
 
 double besselI0(double x) {
     double term = 1;
@@ -29,9 +29,9 @@ double besselI0(double x) {
 }
 
 float product(const float* a, const float* b, std::size_t count) {
-    std::array<float, lanes> sums{};
-    for (std::size_t i = 0; i < count; i += lanes)
-        for (std::size_t k = 0; k < lanes; ++k) sums[k] += a[i + k] * b[i + k];
+    std::array<float, dotLanes> sums{};
+    for (std::size_t i = 0; i < count; i += dotLanes)
+        for (std::size_t k = 0; k < dotLanes; ++k) sums[k] += a[i + k] * b[i + k];
     return ((sums[0] + sums[1]) + (sums[2] + sums[3])) + ((sums[4] + sums[5]) + (sums[6] + sums[7]));
 }
 
@@ -40,7 +40,7 @@ float product(const float* a, const float* b, std::size_t count) {
 SincResampler::SincResampler(double step) : step_(step) {
     const double cutoff = cutoffOfNyquist / std::max(1.0, step);
     const double width = zeroCrossings / cutoff * cutoffOfNyquist;
-    taps_ = (static_cast<std::size_t>(std::ceil(2 * width)) + lanes - 1) / lanes * lanes;
+    taps_ = (static_cast<std::size_t>(std::ceil(2 * width)) + dotLanes - 1) / dotLanes * dotLanes;
     const double half = static_cast<double>(taps_) / 2;
     const double scale = 1 / besselI0(kaiserBeta);
     rows_.resize((phases + 1) * taps_);

@@ -144,7 +144,7 @@ class TakeAudio : public AudioFile {
             TakeLayout::Extent& extent = layout_->extents[piece->file];
             extent.missing.note(from + got - piece->fileStart);
             // A file that was opened before and can't be opened again is out of reach.
-            if (!hand.file || hand.file->failedAt()) extent.failed.note(from + got - piece->fileStart);
+            if (!open.file || open.file->failedAt()) extent.failed.note(from + got - piece->fileStart);
         }
     }
 

@@ -83,7 +83,6 @@ PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
-    column->addWidget(device_ = new Banner);
     column->addLayout(picture, 1);
     column->addWidget(makeTimecodes());
     column->addWidget(makeBar(actions));
@@ -131,6 +130,8 @@ QWidget* PictureView::makeTimecodes() {
     shuttle_->setAlignment(Qt::AlignCenter);
     shuttle_->setAccessibleName(tr("Speed"));
     row->addStretch(1);
+    row->addWidget(device_ = new Badge(Signal::doubtful, tr("No sound device")));
+    device_->hide();
     row->addWidget(soundTimecode_ = timecodeLabel(tr("Timecode of the sound"), Qt::AlignRight));
     glyph(Glyph::sound);
     return line;
@@ -247,10 +248,10 @@ void PictureView::lookForDevice() {
     constexpr std::chrono::seconds untilOpen{2};
     deviceTimer_ = desktop_.mainThread()->after(untilOpen, [this] {
         const auto note = soundNote(*review_->engine());
-        if (note)
-            device_->show(Signal::doubtful, translated(*note));
-        else
-            device_->clear();
+        const QString whole = note ? translated(*note) : QString();
+        device_->setToolTip(whole);
+        device_->setAccessibleDescription(whole);
+        device_->setVisible(note.has_value());
     });
 }
 

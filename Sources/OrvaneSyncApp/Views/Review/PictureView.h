@@ -14,7 +14,7 @@ class QStackedLayout;
 class QToolButton;
 
 namespace orvane::design {
-class Banner;
+class Badge;
 class EmptyState;
 } // namespace orvane::design
 
@@ -57,7 +57,7 @@ class PictureView : public QWidget {
     PictureCanvas* canvas_;
     SyncLensView* lens_;
     design::EmptyState* note_;
-    design::Banner* device_;
+    design::Badge* device_; ///< beside the timecode of the sound, where nothing is heard
     QStackedLayout* pages_;
     LevelMeters* meters_;
     QLabel* pictureTimecode_;

@@ -1,3 +1,4 @@
+#include "OrvaneSyncApp/Views/Review/ReviewView.h"
 #include "Views/AllWindows.h"
 
 #include <QAbstractItemView>
@@ -10,6 +11,7 @@
 #include <QKeySequence>
 #include <QLabel>
 #include <QMenu>
+#include <QMenuBar>
 #include <QRegularExpression>
 #include <QSet>
 
@@ -134,6 +136,37 @@ TEST(LanguageTest, NamesKeysAsTheKeyboardsOfTheLanguageDo) {
     EXPECT_EQ(menu.toString(QKeySequence::NativeText), QStringLiteral("Strg+Umschalt+Z"));
     EXPECT_EQ(QKeySequence(menu.toString(QKeySequence::NativeText), QKeySequence::NativeText), menu);
     EXPECT_EQ(translatedSentence("⌘ Click"), QStringLiteral("Strg+Click"));
+}
+
+TEST(LanguageTest, MenusOpenByTheirLettersAndNoneOfTheseIsAKeyOfTheReview) {
+    struct Reviewed : test::AllWindows {
+        using AllWindows::AllWindows;
+        bool isKHeld() const { return desktop_->players().keyboard().kHeld(); }
+    };
+    for (const char* language : {"en", "de"}) {
+        Reviewed windows{QString::fromLatin1(language)};
+        windows.scan();
+        MainWindow& window = windows.window();
+        window.openReview(windows.work().syncGroups().front().id);
+        ASSERT_TRUE(window.review().isVisible());
+        for (const QAction* menu : window.menuBar()->actions()) {
+            const int letter = QKeySequence::mnemonic(menu->text())[0].key();
+            QTest::keyClick(&window, static_cast<Qt::Key>(letter), Qt::AltModifier);
+            EXPECT_EQ(QApplication::activePopupWidget(), menu->menu()) << menu->text().toStdString();
+            menu->menu()->close();
+            window.menuBar()->setActiveAction(nullptr);
+        }
+        window.review().setFocus();
+        QTest::keyPress(&window, Qt::Key_K, Qt::AltModifier);
+        EXPECT_FALSE(windows.isKHeld());
+        window.menuBar()->setFocus(Qt::MenuBarFocusReason);
+        QTest::keyPress(window.menuBar(), Qt::Key_K);
+        EXPECT_FALSE(windows.isKHeld()) << "the menu bar has the keyboard";
+        window.review().setFocus();
+        QTest::keyClick(&window, Qt::Key_K, Qt::AltModifier);
+        QTest::keyPress(&window, Qt::Key_K);
+        EXPECT_TRUE(windows.isKHeld());
+    }
 }
 
 TEST(LanguageTest, NamesTheModifiersOfThisSystem) {

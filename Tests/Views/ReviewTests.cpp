@@ -15,6 +15,8 @@
 #include "Support/Test.h"
 #include "Views/Application.h"
 
+#include <QComboBox>
+#include <QInputMethodEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -192,6 +194,36 @@ TEST_F(ReviewTest, KeysOfTextAndOfTabbedControlsAreTheirs) {
     QEvent away(QEvent::WindowDeactivate);
     QCoreApplication::sendEvent(window_.get(), &away);
     EXPECT_FALSE(desktop_->players().keyboard().kHeld());
+}
+
+TEST_F(ReviewTest, OnlyTextTakesAnInputMethod) {
+    open();
+    int fields = 0, others = 0;
+    for (QWidget* one : window_->review().findChildren<QWidget*>()) {
+        if (!one->isVisible() || !one->isEnabled() || one->focusPolicy() == Qt::NoFocus) continue;
+        one->setFocus(Qt::TabFocusReason);
+        QInputMethodQueryEvent asked(Qt::ImEnabled);
+        QCoreApplication::sendEvent(QApplication::focusWidget(), &asked);
+        const auto* choice = qobject_cast<QComboBox*>(one);
+        const bool isText = one->inherits("QLineEdit") || one->inherits("QTextEdit") ||
+                            one->inherits("QAbstractSpinBox") || (choice != nullptr && choice->isEditable());
+        EXPECT_EQ(asked.value(Qt::ImEnabled).toBool(), isText)
+            << one->metaObject()->className() << " " << one->accessibleName().toStdString();
+        ++(isText ? fields : others);
+    }
+    EXPECT_TRUE(fields > 0 && others > 10) << fields << " and " << others;
+
+    QLineEdit field(&window_->review());
+    field.show();
+    field.setFocus();
+    QInputMethodEvent composing(QStringLiteral("か"), {});
+    QCoreApplication::sendEvent(&field, &composing);
+    press(Qt::Key_K); // that the method does not use
+    EXPECT_FALSE(desktop_->players().keyboard().kHeld() || engine().transport().isPlaying);
+    QInputMethodEvent composed;
+    composed.setCommitString(QStringLiteral("蚊"));
+    QCoreApplication::sendEvent(&field, &composed);
+    EXPECT_TRUE(field.text().contains(QStringLiteral("蚊")));
 }
 
 TEST_F(ReviewTest, LensAndFullscreenShowTheSamePicture) {

@@ -12,6 +12,7 @@
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QTextEdit>
 
@@ -38,6 +39,12 @@ bool worksBy(const QWidget* control, int key) {
         qobject_cast<const QAbstractItemView*>(control) != nullptr)
         return isArrow || isPress;
     return false;
+}
+
+/// K with Control, Alt or Super is a key of menus or of nobody; it must not act as K when it is released.
+bool isOtherK(const KeyEvent& event) {
+    return event.isDown && event.keyCode == Shortcut::KeyCode::k && event.modifiers != ModifierSet::none &&
+           event.modifiers != ModifierSet::shift;
 }
 
 } // namespace
@@ -70,10 +77,12 @@ bool ReviewKeys::eventFilter(QObject* watched, QEvent* event) {
     // An event that nobody took comes again for each parent.
     const QWidget* focus = QApplication::focusWidget();
     if (receiver != focus && receiver != receiver->window()) return false;
+    if (qobject_cast<const QMenuBar*>(focus) != nullptr)
+        return false; // Alt has led there: letters open menus
     const auto& key = static_cast<const QKeyEvent&>(*event);
     if (event->type() != QEvent::ShortcutOverride) return handle(key, isFullscreen);
     const auto meant = keyEventOf(key);
-    if (!meant || isTextEdited(focus) || !isBound(*meant)) return false;
+    if (!meant || isTextEdited(focus) || isOtherK(*meant) || !isBound(*meant)) return false;
     event->accept(); // before the shortcuts of menus
     return true;
 }
@@ -91,7 +100,7 @@ bool ReviewKeys::isBound(const KeyEvent& event) const {
 
 bool ReviewKeys::handle(const QKeyEvent& event, bool isFullscreen) {
     const auto meant = keyEventOf(event);
-    if (!meant) return false;
+    if (!meant || isOtherK(*meant)) return false;
     const QWidget* focus = QApplication::focusWidget();
     const bool isTyped = !isFullscreen && isTextEdited(focus);
     if (!isFullscreen && isFocusByTab_ && worksBy(focus, event.key())) return false;

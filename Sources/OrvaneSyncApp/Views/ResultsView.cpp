@@ -39,7 +39,7 @@ struct ColumnWidth {
     ResultsViewModel::Column column;
     int fixed;
     int weight;
-    int least;
+    int least; ///< of the status, `leastStatusWidth`
 };
 using Column = ResultsViewModel::Column;
 constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
@@ -47,11 +47,18 @@ constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
      {Column::cameraFile, 0, 35, 120},
      {Column::starts, 112, 0, 0},
      {Column::length, 66, 0, 0},
-     {Column::match, 0, 28, 110},
+     {Column::match, 0, 28, 0},
      {Column::sound, 0, 25, 104},
      {Column::begins, 116, 0, 0},
      {Column::loudness, 92, 0, 0}}};
 constexpr int marksWidth = 76;
+
+/// So that the longest of the usual ones is not cut in any language.
+int leastStatusWidth() {
+    Badge usual(Signal::none, translatedSentence("Matched, off-speed"));
+    usual.setFont(factsFont());
+    return usual.sizeHint().width() + 2 * space::small;
+}
 
 struct FilterChoice {
     FilterMode mode;
@@ -278,13 +285,16 @@ void ResultsView::fitColumns() {
         rest -= points;
     };
     // Those whose share is too small get what they need, and the others share what that leaves.
+    const auto leastOf = [&](const ColumnWidth* one) {
+        return one->column == Column::match ? leastStatusWidth() : one->least;
+    };
     const auto needy = [&] {
         const double sum = shared();
         return std::ranges::find_if(
-            sharing, [&](const ColumnWidth* one) { return rest * shareOf(one) < one->least * sum; });
+            sharing, [&](const ColumnWidth* one) { return rest * shareOf(one) < leastOf(one) * sum; });
     };
     for (auto one = needy(); one != sharing.end(); one = needy()) {
-        give(*one, (*one)->least);
+        give(*one, leastOf(*one));
         sharing.erase(one);
     }
     for (; !sharing.empty(); sharing.erase(sharing.begin()))

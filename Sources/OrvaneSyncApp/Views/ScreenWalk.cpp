@@ -18,6 +18,8 @@
 #include <QDir>
 #include <QImage>
 #include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QTableView>
 #include <QTimer>
@@ -179,6 +181,7 @@ class Walk : public QTimer {
             toggleLock();
         });
         shown([this] { grab(window_, QStringLiteral("review-locked")); });
+        shown([this] { menus(); });
         shown([this] {
             toggleLock();
             window_.desktop().players().review()->fullscreen().toggleFullscreen();
@@ -190,6 +193,15 @@ class Walk : public QTimer {
                     grab(*one, QStringLiteral("fullscreen"));
             window_.desktop().players().review()->fullscreen().hide();
         });
+    }
+
+    /// Those of the menu bar, opened, as they are over the review.
+    void menus() {
+        for (const QAction* one : window_.menuBar()->actions()) {
+            one->menu()->popup(window_.mapToGlobal(QPoint()));
+            grab(*one->menu(), QStringLiteral("menu-") + one->text().remove(QLatin1Char('&')).toLower());
+            one->menu()->close();
+        }
     }
 
     void multicam() {

@@ -17,7 +17,7 @@ using namespace design;
 
 namespace {
 
-constexpr int keyWidth = 150;
+constexpr int keyWidth = 200;
 constexpr int profileWidth = 220;
 
 JSON bindingOf(ShortcutAction action, const std::string& key) {

@@ -28,7 +28,7 @@ void decode(const Decode& decode) {
 }
 
 void checkMatches(std::string_view body) {
-    const auto answer = decodedAnswer<ClipMatchResponse>(body);
+    const auto answer = decodedMatches(body, body.size());
     SyncGroupList groups;
     if (answer.matches)
         for (const auto& [name, clip] : *answer.matches) {

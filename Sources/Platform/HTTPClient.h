@@ -52,6 +52,7 @@ class HTTPError : public std::runtime_error {
         unavailable, ///< this installation lacks the network module
         invalidURL,  ///< no URL, or one that is not allowed
         unreachable, ///< no such host, refused, or the connection broke
+        notHTTP,     ///< something else answered
         insecure,    ///< the other side's certificate is not valid
         timedOut,
         cancelled,

@@ -87,7 +87,10 @@ TEST_F(LockitSyncTest, saysWhatCameOfIt) {
     EXPECT_EQ(after({.fault = Fault::elsewhere}), "LockitNetwork server error HTTP 302.");
     EXPECT_EQ(after({.fault = Fault::cut}),
               "Lockit sync failed: 127.0.0.1 can't be reached, or the connection broke");
-    EXPECT_EQ(after({.fault = Fault::wrongJSON}), "Lockit sync failed: expected an object");
+    EXPECT_EQ(
+        after({.fault = Fault::wrongJSON}),
+        "Lockit sync failed: LockitNetwork's answer can't be understood (expected an object). Try again "
+        "later; if it stays so, tell those who run the service");
     EXPECT_EQ(controller_->lockit().lastSyncEnd(), SyncEnd::failed);
     EXPECT_EQ(undoName(), "-");
 }

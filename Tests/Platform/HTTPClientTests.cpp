@@ -5,11 +5,14 @@
 #include <gtest/gtest.h>
 #include <httplib.h>
 
+#include <array>
 #include <condition_variable>
 #include <filesystem>
 #include <functional>
 #include <mutex>
+#include <sys/socket.h>
 #include <thread>
+#include <unistd.h>
 
 namespace orvane::platform {
 namespace {
@@ -97,6 +100,22 @@ class Serving {
     bool isOver_ = false;
 };
 
+/// Answers each request with a line of another protocol.
+class GreetingServer final : public httplib::Server {
+  public:
+    explicit GreetingServer(std::string greeting) : greeting_(std::move(greeting)) {}
+
+  private:
+    bool process_and_close_socket(socket_t connection) override {
+        std::array<char, 4096> request{};
+        ::recv(connection, request.data(), request.size(), 0);
+        ::send(connection, greeting_.data(), greeting_.size(), MSG_NOSIGNAL);
+        ::close(connection);
+        return true;
+    }
+    const std::string greeting_;
+};
+
 std::optional<Kind> failureOf(const std::function<void()>& call) {
     try {
         call();
@@ -142,6 +161,10 @@ TEST_F(HTTPClientTest, tellsWhyThereIsNoAnswer) {
     EXPECT_EQ(failureOfSending({"GET", server.url("/cut?secret")}), Kind::unreachable);
     EXPECT_EQ(failureOfSending({"GET", "http://127.0.0.1:1/?secret"}), Kind::unreachable);
     EXPECT_EQ(failureOfSending(forged), Kind::invalidURL);
+    for (const char* greeting : {"hello there\r\n\r\n", "<html>", "HTTP/9.9.9 what\r\n\r\n"}) {
+        const Serving<GreetingServer> other(greeting);
+        EXPECT_EQ(failureOfSending({"GET", other.url("/?secret")}), Kind::notHTTP) << greeting;
+    }
     for (const char* url : {"", "secret", "http://example.com/secret", "http://127.0.0.1.example.com/",
                             "ftp://localhost/", "file:///etc/passwd", "http://127.example.com/"})
         EXPECT_EQ(failureOfSending({"GET", url}), Kind::invalidURL) << url;

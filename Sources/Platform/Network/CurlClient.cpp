@@ -281,8 +281,10 @@ class Exchange {
         case CURLE_SSL_ISSUER_ERROR:
             return Kind::insecure;
         case CURLE_URL_MALFORMAT:
-        case CURLE_UNSUPPORTED_PROTOCOL:
             return Kind::invalidURL;
+        case CURLE_UNSUPPORTED_PROTOCOL: // an answer without a status line; our own URLs are checked before
+        case CURLE_WEIRD_SERVER_REPLY:
+            return Kind::notHTTP;
         default:
             return Kind::unreachable;
         }
@@ -297,6 +299,8 @@ class Exchange {
             throw HTTPError(kind, "The certificate of " + host + " is not valid");
         case Kind::invalidURL:
             throw HTTPError(kind, "The address of " + host + " is no URL");
+        case Kind::notHTTP:
+            throw HTTPError(kind, host + " answered with something else than HTTP");
         case Kind::cancelled:
             throw HTTPError(kind, "The request was cancelled");
         case Kind::tooLarge:

@@ -44,7 +44,7 @@ TEST(LockitRecords, aFieldOfAnotherKindSpoilsTheWholeAnswer) {
 
     const auto matches = [](const char* body) {
         return decoded([&] {
-            const auto response = decodedAnswer<ClipMatchResponse>(body);
+            const auto response = decodedMatches(body, 1);
             if (!response.matches) return std::string("none");
             std::string text;
             for (const auto& [name, clip] : *response.matches) text += name + "+";
@@ -55,9 +55,11 @@ TEST(LockitRecords, aFieldOfAnotherKindSpoilsTheWholeAnswer) {
     EXPECT_EQ(matches(R"({"matches":{"a.mov":null}})"), "");
     EXPECT_EQ(matches(R"({"matches":{"a.mov":{"scene":{"sets":[{"name":"Bar"},{}]}}},"unmatched":[{}]})"),
               "a.mov+");
+    EXPECT_EQ(matches(R"({"matches":{"a":{},"b":null,"c":null}})"), "a+");
     for (const char* body :
-         {R"({"matches":[]})", R"({"matches":{"a":{"take":{"isPickup":1}}}})",
-          R"({"unmatched":[{"preformatted":{"tags":[1]}}]})", R"({"matches":{"a":{"scene":{"sets":{}}}}})"})
+         {R"({"matches":{"a":{},"b":{}}})", R"({"unmatched":{}})", R"({"matches":[]})",
+          R"({"matches":{"a":{"take":{"isPickup":1}}}})", R"({"unmatched":[{"preformatted":{"tags":[1]}}]})",
+          R"({"matches":{"a":{"scene":{"sets":{}}}}})"})
         EXPECT_EQ(matches(body), "undecodable") << body;
 }
 
@@ -89,8 +91,7 @@ TEST(LockitMatches, takesFieldsFromTheFirstPlaceThatHasThem) {
         {R"({"camera":{"name":"Alexa","label":"A"}})", {{"cameraName", "Alexa"}}},
     };
     for (const Case& one : cases) {
-        const auto answer =
-            decodedAnswer<ClipMatchResponse>(std::string(R"({"matches":{"A.mov":)") + one.clip + "}}");
+        const auto answer = decodedMatches(std::string(R"({"matches":{"A.mov":)") + one.clip + "}}", 1);
         SyncGroupList groups{{test::video("A.mov"), {}, MatchStatus::mos()},
                              {test::video("a.mov"), {}, MatchStatus::mos()}};
         const auto before = one.fields.empty()
@@ -103,12 +104,24 @@ TEST(LockitMatches, takesFieldsFromTheFirstPlaceThatHasThem) {
     }
 }
 
+/// Asks a server that speaks something else than HTTP.
+class OtherProtocol final : public platform::HTTPClient {
+  public:
+    platform::HTTPResponse send(const platform::HTTPRequest&, std::stop_token) override {
+        throw platform::HTTPError(platform::HTTPError::Kind::notHTTP, "");
+    }
+    platform::HTTPResponse download(const platform::HTTPRequest& request, const std::string&, const Progress&,
+                                    std::stop_token) override {
+        return send(request, {});
+    }
+};
+
 class LockitNetworkClientTest : public testing::Test {
   protected:
     /// How a request ends: "done", or the text of the error.
     std::string outcome(const std::function<platform::Task(const LockitNetworkClient&)>& ask) {
         const LockitNetworkClient client(
-            {mainThread, platform::HTTPClient::create(), server.baseURL(),
+            {mainThread, http, server.baseURL(),
              [this](std::shared_ptr<platform::Secret> token) { return provide(std::move(token)); },
              idleTimeout, idleTimeout});
         const platform::Task task = ask(client);
@@ -132,6 +145,7 @@ class LockitNetworkClientTest : public testing::Test {
         return client.listProjects(std::make_shared<std::vector<LockitProject>>());
     }
 
+    std::shared_ptr<platform::HTTPClient> http = platform::HTTPClient::create();
     std::shared_ptr<test::VirtualMainThread> mainThread = std::make_shared<test::VirtualMainThread>();
     test::LockitServer server;
     bool givesNone = false;
@@ -173,7 +187,10 @@ TEST_F(LockitNetworkClientTest, saysWhyThereIsNoAnswer) {
     EXPECT_EQ(after({.fault = Fault::elsewhere}), "LockitNetwork HTTP error: 302");
     EXPECT_EQ(server.countOf("/elsewhere"), 0);
     EXPECT_NE(after({.fault = Fault::status, .status = 204}), "done") << "no body decodes";
-    EXPECT_EQ(after({.fault = Fault::wrongJSON}), "uuid: expected text");
+    EXPECT_NE(after({.fault = Fault::wrongJSON}).find("understood (uuid: expected text). Try again"),
+              std::string::npos);
+    EXPECT_NE(after({.fault = Fault::body, .status = 200, .body = "<html>"}).find("it is no JSON"),
+              std::string::npos);
     EXPECT_EQ(after({.fault = Fault::cut}), "127.0.0.1 can't be reached, or the connection broke");
     idleTimeout = 0.05;
     EXPECT_EQ(after({.fault = Fault::never}), "127.0.0.1 did not answer in time");
@@ -181,6 +198,9 @@ TEST_F(LockitNetworkClientTest, saysWhyThereIsNoAnswer) {
     givesNone = true;
     EXPECT_EQ(outcome(projects), "no token");
     EXPECT_EQ(server.countOf("/projects"), requests) << "nothing is sent without a token";
+    givesNone = false;
+    http = std::make_shared<OtherProtocol>();
+    EXPECT_EQ(outcome(projects), "Invalid response from LockitNetwork");
 }
 
 } // namespace

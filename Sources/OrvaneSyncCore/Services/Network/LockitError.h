@@ -6,7 +6,7 @@
 namespace orvane {
 
 /// LockitNetwork did not give what it was asked for. Failures of the transport (platform::HTTPError) and of
-/// the decoding (DecodingError, platform::JSONError) come as they are.
+/// the decoding (DecodingError) come as they are; an answer that is not HTTP is an invalid response.
 class LockitError : public std::runtime_error {
   public:
     enum class Kind { httpError, invalidResponse, unauthorized };

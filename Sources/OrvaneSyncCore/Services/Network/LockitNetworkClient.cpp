@@ -28,10 +28,20 @@ LockitNetworkClient::LockitNetworkClient(Dependencies dependencies)
 
 namespace {
 
+/// What the server answers. Throws LockitError::invalidResponse where it does not speak HTTP.
+platform::HTTPResponse sent(platform::HTTPClient& http, const platform::HTTPRequest& request,
+                            const std::stop_token& stop) {
+    try {
+        return http.send(request, stop);
+    } catch (const platform::HTTPError& error) {
+        if (error.kind() == platform::HTTPError::Kind::notHTTP) throw LockitError::invalidResponse();
+        throw;
+    }
+}
+
 /// The body of an answer that is one.
 std::string bodyOf(platform::HTTPResponse response) {
     constexpr int unauthorized = 401, firstGood = 200, firstOther = 300;
-    if (response.status <= 0) throw LockitError::invalidResponse();
     if (response.status == unauthorized) throw LockitError::unauthorized();
     if (response.status < firstGood || response.status >= firstOther)
         throw LockitError::httpError(response.status);
@@ -66,7 +76,7 @@ platform::Task LockitNetworkClient::request(std::shared_ptr<const Connection> co
                                      [http = with.http, request = std::move(request), body = std::move(body),
                                       counts = received != nullptr](const std::stop_token& stop) mutable {
                                          if (body) request.body = body();
-                                         platform::HTTPResponse response = http->send(request, stop);
+                                         platform::HTTPResponse response = sent(*http, request, stop);
                                          for (auto& [name, value] : request.headers)
                                              platform::Secret::wipe(value);
                                          std::string answer = bodyOf(std::move(response));
@@ -75,10 +85,12 @@ platform::Task LockitNetworkClient::request(std::shared_ptr<const Connection> co
                                      });
     auto [answer, most] = co_await sending;
     if (received) received(most);
-    auto reading =
-        platform::onQueue(*connection->decoding, with.mainThread,
-                          [decode = std::move(decode), answer = std::move(answer)](
-                              const std::stop_token&) mutable { decode(std::exchange(answer, {})); });
+    auto reading = platform::onQueue(
+        *connection->decoding, with.mainThread,
+        [decode = std::move(decode), answer = std::move(answer)](const std::stop_token&) mutable {
+            const std::string body = std::exchange(answer, {});
+            understand([&] { decode(body); });
+        });
     co_await reading;
 }
 
@@ -109,9 +121,9 @@ platform::Task LockitNetworkClient::matchClips(const std::string& projectID, con
                                                Received received) const {
     return request(
         connection_, "/projects/" + projectID + "/projectdays/" + shootingDayID + "/matchClips",
-        [names = std::move(names)] { return names->body; },
-        [response = std::move(response)](const std::string& body) {
-            *response = decodedAnswer<ClipMatchResponse>(body);
+        [names] { return names->body; },
+        [names, response = std::move(response)](const std::string& body) {
+            *response = decodedMatches(body, names->filenames.size());
         },
         std::move(received));
 }

@@ -40,9 +40,9 @@ class LockitNetworkClient {
     };
     explicit LockitNetworkClient(Dependencies dependencies);
 
-    // Each leaves its answer in the last argument. They fail with LockitError, DecodingError,
-    // platform::JSONError, platform::HTTPError, and with what the bearer provider fails with, in which case
-    // nothing is sent.
+    // Each leaves its answer in the last argument. They fail with LockitError, DecodingError (see
+    // `understand`), platform::HTTPError, and with what the bearer provider fails with, in which case nothing
+    // is sent.
 
     platform::Task currentUser(std::shared_ptr<LockitUser> user) const;
     platform::Task listProjects(std::shared_ptr<std::vector<LockitProject>> projects) const;

@@ -3,8 +3,10 @@
 #include "OrvaneSyncCore/Models/JSONFields.h"
 #include "Platform/JSONView.h"
 
+#include <algorithm>
 #include <tuple>
 #include <type_traits>
+#include <utility>
 
 namespace orvane {
 
@@ -158,31 +160,51 @@ Record read(const Json& json) {
     return record;
 }
 
-/// Most of the answer is names with null behind them, of which no tree is made.
-ClipMatchResponse matchResponse(std::string_view body) {
+template <class T>
+T decoded(std::string_view body) {
+    platform::JSONParser parser;
+    return valueOf<T>(parser.parse(body));
+}
+
+} // namespace
+
+void understand(const std::function<void()>& decode) {
+    try {
+        decode();
+    } catch (const platform::JSONError&) {
+        throw DecodingError("LockitNetwork's answer can't be understood: it is no JSON. It may have been cut "
+                            "short, or come from the page on which a network asks to sign in to it; check "
+                            "the connection and try again");
+    } catch (const DecodingError& error) {
+        throw DecodingError("LockitNetwork's answer can't be understood (" + std::string(error.what()) +
+                            "). Try again later; if it stays so, tell those who run the service");
+    }
+}
+
+/// Most of the answer is names with null behind them.
+ClipMatchResponse decodedMatches(std::string_view body, std::size_t names) {
     platform::JSONParser parser;
     const platform::JSONMembers members(parser.parse(body));
     if (!members.isObject()) throw DecodingError("expected an object");
     ClipMatchResponse response;
-    if (const auto unmatched = members.find("unmatched"); unmatched && !unmatched->isNull())
-        response.unmatched = named<std::vector<LockitClip>>(*unmatched, "unmatched");
+    if (const auto unmatched = members.find("unmatched"); unmatched && !unmatched->isNull()) {
+        const auto clips = unmatched->elements();
+        if (!clips) throw DecodingError("unmatched: expected a list");
+        for (const auto& clip : *clips) static_cast<void>(named<LockitClip>(clip, "unmatched"));
+    }
     const auto matches = members.find("matches");
     if (!matches || matches->isNull()) return response;
     const platform::JSONMembers clips(*matches);
     if (!clips.isObject()) throw DecodingError("matches: expected an object");
+    const auto isMatch = [](const auto& member) { return !member.second.isNull(); };
+    if (std::cmp_greater(std::ranges::count_if(clips.all(), isMatch), names))
+        throw DecodingError("matches: more clips than were asked for");
     response.matches.emplace();
     for (const auto& [filename, clip] : clips.all())
         if (!clip.isNull())
             response.matches->insert_or_assign(std::string(filename), named<LockitClip>(clip, "matches"));
     return response;
 }
-
-template <class T>
-T decoded(std::string_view body) {
-    return valueOf<T>(JSON::parse(body));
-}
-
-} // namespace
 
 /// Within the JSON form of a shooting day.
 static JSON toJSON(const LockitDate& date) { return fieldsToJSON(date); }
@@ -194,10 +216,6 @@ std::string LockitShootingDay::label() const {
 template <>
 LockitUser decodedAnswer<LockitUser>(std::string_view body) {
     return decoded<LockitUser>(body);
-}
-template <>
-ClipMatchResponse decodedAnswer<ClipMatchResponse>(std::string_view body) {
-    return matchResponse(body);
 }
 template <>
 std::vector<LockitProject> decodedList<LockitProject>(std::string_view body) {

@@ -2,7 +2,9 @@
 
 #include "OrvaneSyncCore/Models/JSONCoding.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -109,9 +111,11 @@ struct ClipMatchResponse {
     /// By the file name that was sent. Names that the service does not know, which it lists with null, are
     /// left out.
     std::optional<std::unordered_map<std::string, LockitClip>> matches;
-    /// Clips of the day that matched no name; of no use here.
-    std::optional<std::vector<LockitClip>> unmatched;
 };
+
+/// Runs the decoding of an answer, which throws as below. Throws DecodingError with a description for people:
+/// whose answer it was, and what they may do.
+void understand(const std::function<void()>& decode);
 
 // Each throws DecodingError, and platform::JSONError for what is no JSON.
 
@@ -125,11 +129,13 @@ std::vector<Record> decodedList(std::string_view body);
 template <>
 LockitUser decodedAnswer<LockitUser>(std::string_view body);
 template <>
-ClipMatchResponse decodedAnswer<ClipMatchResponse>(std::string_view body);
-template <>
 std::vector<LockitProject> decodedList<LockitProject>(std::string_view body);
 template <>
 std::vector<LockitShootingDay> decodedList<LockitShootingDay>(std::string_view body);
+
+/// Of an answer about so many file names, each of which is matched at most once: more matches are refused
+/// before any is made. The clips of the day that matched no name are checked and of no use.
+ClipMatchResponse decodedMatches(std::string_view body, std::size_t names);
 
 JSON toJSON(const LockitProject& project);
 /// With its label.

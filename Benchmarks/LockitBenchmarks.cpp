@@ -47,11 +47,15 @@ Production& production() {
 class OneToken final : public platform::CredentialStore {
   public:
     void save(const std::string&, const platform::Secret&) override {}
-    std::optional<platform::Secret> read(const std::string& account) override {
-        if (account == "lockit.accessToken") return platform::Secret(token_);
-        return platform::Secret(account == "lockit.expiresAt" ? "1e18" : "x");
+    Found read(const Accounts& accounts, Asking) override {
+        Found found;
+        for (const std::string& account : accounts)
+            found.values[account] = platform::Secret(account == "lockit.accessToken" ? token_
+                                                     : account == "lockit.expiresAt" ? "1e18"
+                                                                                     : "x");
+        return found;
     }
-    void remove(const std::string&) override {}
+    void remove(const Accounts&) override {}
     Description describe() override { return {}; }
 
   private:

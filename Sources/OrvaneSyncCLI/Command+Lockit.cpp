@@ -5,6 +5,7 @@
 #include "OrvaneSyncCLI/OpenSession.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
 #include "OrvaneSyncCLI/RunUntilDone.h"
+#include "OrvaneSyncCLI/SignInHint.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "Platform/CredentialStore.h"
@@ -54,7 +55,13 @@ class LockitRun {
     ImportController& controller() { return *work_.controller; }
     const std::shared_ptr<ImportController>& sharedController() { return work_.controller; }
     SessionManager& sessions() { return *work_.sessions; }
-    void wait(const Task& operation) { runUntilDone(*loop_, operation, progress_); }
+    void wait(const Task& operation) {
+        try {
+            runUntilDone(*loop_, operation, progress_);
+        } catch (const LockitRefusal& refusal) {
+            throw CommandError(refusal.what() + signInHint(account()));
+        }
+    }
     std::shared_ptr<platform::RunLoop> loop() const { return loop_; }
     /// One JSON document, or lines for people.
     void say(const JSON& json, const std::string& text) const {
@@ -104,6 +111,7 @@ Task pasteCallbacks(Context& context, std::shared_ptr<LockitOAuthService> accoun
 }
 
 std::string signedInText(const LockitOAuthService& account) {
+    if (account.isKeyStoreLocked()) return OAuthError(OAuthError::Kind::keyStoreLocked).what();
     if (!account.isSignedIn()) return "Not signed in to LockitNetwork.";
     return "Signed in to LockitNetwork" +
            (account.accountEmail() ? " as " + printable(*account.accountEmail()) : "") + ".";
@@ -124,7 +132,8 @@ void signIn(Context& context, LockitRun& run, const Arguments&) {
     run.wait(run.account().accountEmailRefreshed());
     const auto kept = platform::CredentialStore::create(AppStorageHelper::credentialFile())->describe();
     if (!kept.isEncrypted)
-        context.warn("there is no key store that answers: who is signed in is kept in " + kept.where +
+        context.warn((kept.isLocked ? "the key store is locked" : "there is no key store that answers") +
+                     std::string(": who is signed in is kept in ") + kept.where +
                      ", which you alone can read and which is not encrypted");
     run.sayStatus(signedInText(run.account()));
 }
@@ -203,7 +212,7 @@ void sync(Context&, LockitRun& run, const Arguments& arguments) {
     }
     const LockitController& lockit = run.controller().lockit();
     if (lockit.lastSyncEnd() == LockitController::SyncEnd::failed)
-        throw CommandError(lockit.lockitSyncStatus().value_or(""));
+        throw CommandError(lockit.lockitSyncStatus().value_or("") + signInHint(run.account()));
     run.sayStatus(lockit.lockitSyncStatus().value_or(""));
 }
 

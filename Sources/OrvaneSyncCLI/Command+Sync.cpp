@@ -3,6 +3,7 @@
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/RoomTone.h"
 #include "OrvaneSyncCLI/ScanRun.h"
+#include "OrvaneSyncCLI/SignInHint.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCLI/TypedSettings.h"
 #include "OrvaneSyncCore/Models/Settings.h"
@@ -61,7 +62,8 @@ void layLockitMetadata(Context& context, ScanRun& run, const std::string& projec
     run.wait(lockit.syncLockitNetwork(account, project));
     std::string status = lockit.lockitSyncStatus().value_or("");
     std::ranges::replace(status, '\n', ' ');
-    if (lockit.lastSyncEnd() == LockitController::SyncEnd::failed) throw CommandError(status);
+    if (lockit.lastSyncEnd() == LockitController::SyncEnd::failed)
+        throw CommandError(status + signInHint(*account));
     if (lockit.lastSyncEnd() == LockitController::SyncEnd::noMatches)
         run.warn(std::move(status));
     else if (!arguments.has("--quiet"))

@@ -8,7 +8,9 @@
 #include "Platform/Random.h"
 #include "Platform/SecretService/SecretServiceModule.h"
 
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <fcntl.h>
@@ -41,9 +43,16 @@ class CredentialFile {
         if (value == nullptr || value->string() == nullptr) return std::nullopt;
         return Secret(*value->string());
     }
-    void remove(const std::string& account) const {
-        if (!isThere() || contents().find(account) == nullptr) return;
-        change([&](JSON& all) { all.remove(account); });
+    /// Whether any of them was in it.
+    bool remove(const CredentialStore::Accounts& accounts) const {
+        if (!isThere()) return false;
+        const JSON before = contents();
+        const auto isIn = [&](const std::string& account) { return before.find(account) != nullptr; };
+        if (std::ranges::none_of(accounts, isIn)) return false;
+        change([&](JSON& all) {
+            for (const std::string& account : accounts) all.remove(account);
+        });
+        return true;
     }
 
   private:
@@ -101,47 +110,120 @@ class StandardCredentialStore final : public CredentialStore {
 
     void save(const std::string& account, const Secret& value) override {
         assertMayBlock("keeping a secret");
-        if (savedByDesktop(account, value)) {
-            file_.remove(account);
+        const Answer answer = savedByDesktop(account, value, !hasRefused_);
+        if (answer == Answer::done) {
+            noteUse();
+            file_.remove({account});
             return;
         }
+        if (answer == Answer::locked && (isInUse() || !desktop()->read(false).locked.empty()))
+            throw CredentialError("The key store is locked, and keeps what was saved before; unlock it and "
+                                  "try again");
         file_.save(account, value);
-        // A store that was locked may hold an earlier one, which would be found first.
-        if (const auto* desktop = module()) desktop->remove(account);
+        // What the store has of an earlier time.
+        if (desktop() != nullptr) desktop()->remove({account});
     }
-    std::optional<Secret> read(const std::string& account) override {
+    Found read(const Accounts& accounts, Asking asking) override {
         assertMayBlock("looking up a secret");
+        if (asking == Asking::again) hasRefused_ = false;
+        Found found;
         // What is in the file was saved last: a save in the key store takes it out of there.
-        try {
-            if (auto value = file_.read(account)) return value;
-        } catch (const CredentialError&) { // of somebody else
+        for (const std::string& account : accounts)
+            if (auto value = readFile(account)) found.values.emplace(account, std::move(*value));
+        if (found.values.size() == accounts.size() || desktop() == nullptr) return found;
+        auto kept = look();
+        const bool mayHideAny = kept.answer == Answer::locked && kept.locked.empty() && isInUse();
+        for (const std::string& account : accounts) {
+            if (found.values.contains(account)) continue;
+            if (const auto value = kept.values.find(account); value != kept.values.end())
+                found.values.emplace(account, Secret(value->second));
+            else
+                found.isLocked |= mayHideAny || kept.locked.contains(account);
         }
-        const auto* desktop = module();
-        auto value = desktop == nullptr ? std::nullopt : desktop->read(account);
-        return value ? std::optional(Secret(std::move(*value))) : std::nullopt;
+        wipe(kept);
+        return found;
     }
-    void remove(const std::string& account) override {
+    void remove(const Accounts& accounts) override {
         assertMayBlock("removing a secret");
-        const auto* desktop = module();
-        const bool isGone = desktop == nullptr || desktop->remove(account);
-        file_.remove(account);
-        if (!isGone) throw CredentialError("The key store keeps " + account + "; unlock it and try again");
+        Answer answer = Answer::done;
+        if (desktop() != nullptr) {
+            auto kept = look(); // which may unlock it
+            wipe(kept);
+            answer = desktop()->remove(accounts);
+        }
+        const bool wasInFile = file_.remove(accounts);
+        if (answer == Answer::done) {
+            if (desktop() != nullptr && desktop()->read(false).values.empty()) file_.remove({inUse});
+            return;
+        }
+        // Where no store has ever kept any, the file had them all.
+        if (wasInFile && !isInUse()) return;
+        throw CredentialError(
+            answer == Answer::locked
+                ? "The key store is locked and may keep what was saved in it; unlock it and try again"
+                : "The key store does not answer and may keep what was saved in it; try again once it does");
     }
     Description describe() override {
         assertMayBlock("asking the key store");
         const std::string account = "doctor";
-        const bool isThere = savedByDesktop(account, Secret(randomText()));
-        if (const auto* desktop = module()) desktop->remove(account);
-        if (isThere) return {true, "the desktop's key store (Secret Service)"};
-        return {false, file_.path()};
+        Answer answer = Answer::none;
+        if (desktop() != nullptr) {
+            auto kept = desktop()->read(false);
+            answer = kept.answer == Answer::locked ? Answer::locked
+                                                   : savedByDesktop(account, Secret(randomText()), false);
+            if (kept.answer == Answer::done) desktop()->remove({account});
+            wipe(kept);
+        }
+        if (answer == Answer::done) return {true, false, "the desktop's key store (Secret Service)"};
+        return {false, answer == Answer::locked, file_.path()};
     }
 
   private:
-    static const SecretServiceModule* module() { return modules::own<SecretServiceModule>(); }
-    static bool savedByDesktop(const std::string& account, const Secret& value) {
-        const auto* desktop = module();
-        return desktop != nullptr && desktop->save(account, value.reveal()) &&
-               desktop->read(account) == value.reveal();
+    using Answer = SecretServiceModule::Answer;
+    /// The item of the file that is there as long as the key store keeps any: a locked store may not say so.
+    static constexpr const char* inUse = "keyStoreInUse";
+
+    static const SecretServiceModule* desktop() { return modules::own<SecretServiceModule>(); }
+    std::optional<Secret> readFile(const std::string& account) const {
+        try {
+            return file_.read(account);
+        } catch (const CredentialError&) { // of somebody else
+            return std::nullopt;
+        }
+    }
+    bool isInUse() const { return readFile(inUse).has_value(); }
+    void noteUse() const {
+        try {
+            if (!isInUse()) file_.save(inUse, Secret("yes"));
+        } catch (const CredentialError&) { // the store has the secret all the same
+        }
+    }
+    /// All that the key store shows. The user is asked to unlock it where it keeps something; whoever has
+    /// closed that question is not to get it again with every look.
+    SecretServiceModule::Found look() {
+        const bool mayAsk = !hasRefused_, isKnownToKeep = isInUse();
+        auto kept = desktop()->read(mayAsk);
+        const bool isHidden = kept.answer == Answer::locked && kept.locked.empty() && isKnownToKeep;
+        if (isHidden && mayAsk && desktop()->unlock() == Answer::done) kept = desktop()->read(false);
+        if (kept.answer == Answer::done)
+            hasRefused_ = false;
+        else if (kept.answer == Answer::locked && (isKnownToKeep || !kept.locked.empty()))
+            hasRefused_ = true;
+        return kept;
+    }
+    Answer savedByDesktop(const std::string& account, const Secret& value, bool mayAsk) {
+        if (desktop() == nullptr) return Answer::none;
+        const Answer answer = desktop()->save(account, value.reveal(), mayAsk);
+        if (mayAsk && answer == Answer::locked) hasRefused_ = true;
+        if (answer != Answer::done) return answer;
+        auto kept = desktop()->read(false);
+        const auto found = kept.values.find(account);
+        const bool isKept = found != kept.values.end() && found->second == value.reveal();
+        wipe(kept);
+        return isKept ? Answer::done : Answer::none;
+    }
+    static void wipe(SecretServiceModule::Found& found) {
+        for (auto& [account, value] : found.values) Secret::wipe(value);
     }
     static std::string randomText() {
         constexpr std::size_t length = 16;
@@ -153,9 +235,15 @@ class StandardCredentialStore final : public CredentialStore {
     }
 
     const CredentialFile file_;
+    std::atomic<bool> hasRefused_ = false;
 };
 
 } // namespace
+
+std::optional<Secret> CredentialStore::Found::value(std::string_view account) const {
+    const auto found = values.find(account);
+    return found == values.end() ? std::nullopt : std::optional(found->second);
+}
 
 std::shared_ptr<CredentialStore> CredentialStore::create(std::string fallbackFile) {
     return std::make_shared<StandardCredentialStore>(std::move(fallbackFile));

@@ -104,7 +104,12 @@ TEST_F(LockitOAuthTest, tellsWhatTheTokenEndpointSaidWithoutItsSecrets) {
               R"(Lockit token endpoint returned HTTP 201: {"access_token":"[hidden]","x":"[hidden]"})");
     EXPECT_EQ(outcomeOf(400, "bad basic test-client-secret-0123456789 refresh_token=abc&y"),
               "Lockit token endpoint returned HTTP 400: bad basic [hidden] refresh_token=[hidden]&y");
-    EXPECT_EQ(outcomeOf(200, R"({"access_token":1})"), "access_token: expected text");
+    for (const char* body : {R"({"access_token":1})", R"({"access_token":"a\r\nX: b"})",
+                             R"({"access_token":"a","refresh_token":"b\n"})", "<html>"}) {
+        const std::string why = outcomeOf(200, body);
+        EXPECT_TRUE(why.starts_with("LockitNetwork's answer can't be understood")) << why;
+    }
+    EXPECT_TRUE(credentials_->items.empty());
     credentials_->isFull = true;
     const std::string unsaved = "Signed in with LockitNetwork, but the access token couldn't be saved to the "
                                 "key store. Please try again.";
@@ -151,6 +156,35 @@ TEST_F(LockitOAuthTest, refreshesOnceForAllWhoWait) {
     credentials_->items.erase("lockit.accessToken");
     EXPECT_TRUE(bearerOf(*account).starts_with("Not signed in"));
     EXPECT_EQ(server_.countOf(tokenPath), requests);
+}
+
+TEST_F(LockitOAuthTest, saysThatTheKeyStoreIsLockedAndThatARefreshIsRefused) {
+    const auto account = signedInAccount();
+    credentials_->isLocked = true;
+    const std::string locked =
+        "The key store, which keeps the sign-in to LockitNetwork, is locked. Unlock it "
+        "in the desktop and try again.";
+    EXPECT_EQ(bearerOf(*account), locked);
+    EXPECT_TRUE(account->isKeyStoreLocked());
+    EXPECT_FALSE(account->isSignedIn() || account->accountEmail());
+    EXPECT_EQ(outcome(account->signIn()), locked) << "no second sign-in beside the first";
+    EXPECT_EQ(server_.countOf(tokenPath), 0);
+    EXPECT_EQ(outcome(account->signOut()), "locked");
+    credentials_->isLocked = false;
+    finish(account->revalidateSignInState());
+    EXPECT_TRUE(account->isSignedIn() && !account->isKeyStoreLocked());
+    EXPECT_EQ(account->accountEmail(), "someone");
+
+    credentials_->items["lockit.expiresAt"] = "0";
+    credentials_->items["lockit.refreshToken"] = "old";
+    const std::pair<int, bool> answers[] = {{503, false}, {400, true}};
+    for (const auto& [status, isRefused] : answers) {
+        server_.fail({tokenPath, Fault::status, status, "", 0, 1});
+        EXPECT_NE(bearerOf(*account).find(std::to_string(status)), std::string::npos);
+        EXPECT_EQ(account->isRefreshRefused(), isRefused);
+    }
+    EXPECT_EQ(outcome(account->signIn()), "done");
+    EXPECT_FALSE(account->isRefreshRefused());
 }
 
 TEST_F(LockitOAuthTest, aRefreshThatEndsAfterTheSignOutLeavesNothing) {

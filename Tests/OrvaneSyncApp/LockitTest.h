@@ -20,20 +20,25 @@ class MemoryCredentials final : public platform::CredentialStore {
         if (isBroken) throw platform::CredentialError("the disk is full");
         if (!isFull) items[account] = value.reveal();
     }
-    std::optional<platform::Secret> read(const std::string& account) override {
+    Found read(const Accounts& accounts, Asking) override {
         const std::lock_guard lock(mutex);
-        const auto found = items.find(account);
-        return found == items.end() ? std::nullopt : std::optional(platform::Secret(found->second));
+        Found found;
+        found.isLocked = isLocked;
+        for (const std::string& account : accounts)
+            if (!isLocked && items.contains(account))
+                found.values[account] = platform::Secret(items[account]);
+        return found;
     }
-    void remove(const std::string& account) override {
+    void remove(const Accounts& accounts) override {
         const std::lock_guard lock(mutex);
-        items.erase(account);
+        if (isLocked) throw platform::CredentialError("locked");
+        for (const std::string& account : accounts) items.erase(account);
     }
-    Description describe() override { return {true, "memory"}; }
+    Description describe() override { return {true, false, "memory"}; }
 
     std::mutex mutex;
     std::map<std::string, std::string> items;
-    bool isFull = false, isBroken = false;
+    bool isFull = false, isBroken = false, isLocked = false;
 };
 
 /// A user who does with the page whatever the test says.

@@ -31,6 +31,11 @@ constexpr const char* notSignedInToChoose =
     "project here.";
 constexpr const char* signInRequired = "Sign in to LockitNetwork is required.";
 
+/// Why the account is not signed in: `usual`, or that its sign-in is out of reach.
+std::string whyNotSignedIn(const LockitOAuthService& account, const char* usual) {
+    return account.isKeyStoreLocked() ? OAuthError(OAuthError::Kind::keyStoreLocked).what() : usual;
+}
+
 bool isRejection(const std::exception_ptr& raised) {
     try {
         std::rethrow_exception(raised);
@@ -68,7 +73,7 @@ Task answered(std::shared_ptr<LockitOAuthService> account, std::string what,
     account->configuration().requireLockit();
     const Task revalidating = account->revalidateSignInState();
     co_await revalidating;
-    if (!account->isSignedIn()) throw LockitRefusal(notSignedInToChoose);
+    if (!account->isSignedIn()) throw LockitRefusal(whyNotSignedIn(*account, notSignedInToChoose));
     std::exception_ptr raised;
     try {
         const Task asking = ask(account->makeClient());
@@ -138,7 +143,7 @@ Task LockitController::sync(Weak weak, std::shared_ptr<LockitOAuthService> accou
     auto self = weak.lock();
     if (!self) co_return;
     if (!account->isSignedIn()) {
-        self->end(SyncEnd::failed, notSignedIn);
+        self->end(SyncEnd::failed, whyNotSignedIn(*account, notSignedIn));
         co_return;
     }
     self->isSyncingLockit_ = true;

@@ -15,6 +15,7 @@ namespace orvane {
 
 using platform::Secret;
 using platform::Task;
+using Asking = platform::CredentialStore::Asking;
 using Kind = OAuthError::Kind;
 
 namespace {
@@ -51,6 +52,9 @@ struct LockitOAuthService::Kept {
     std::optional<Secret> refreshToken;
     std::optional<std::string> expiresAt;
     std::optional<std::string> accountEmail;
+    bool isLocked = false; ///< there is more, which the store does not show
+
+    OAuthError missing() const { return OAuthError(isLocked ? Kind::keyStoreLocked : Kind::notSignedIn); }
 };
 
 std::shared_ptr<LockitOAuthService> LockitOAuthService::create(Dependencies dependencies) {
@@ -95,11 +99,10 @@ Task LockitOAuthService::start(Weak weak) {
     if (http) self->http_ = std::move(http);
     self.reset();
     const auto kept = std::make_shared<Kept>();
-    const Task reading = read(weak, kept);
+    const Task reading = read(weak, kept, Asking::once);
     co_await reading;
     self = found(weak);
-    self->setSignedIn(kept->accessToken.has_value());
-    self->setAccountEmail(kept->accountEmail);
+    self->takeState(*kept);
     if (self->isSignedIn_ && !kept->accountEmail && self->configuration_.hasLockit())
         self->accountEmailRefreshed_ = self->running_.add(askForAccountEmail(weak));
 }
@@ -149,9 +152,11 @@ Task LockitOAuthService::exchange(Weak weak) {
     auto gettingReady = self->readiness();
     self.reset();
     co_await gettingReady;
-    self = found(weak);
-    const ServiceConfiguration service = self->configuration_;
+    const ServiceConfiguration service = found(weak)->configuration_;
     service.requireLockit();
+    const Task looking = requireReadableStore(weak);
+    co_await looking;
+    self = found(weak);
     // The hash is that of a library, which may have to be loaded.
     auto proving =
         platform::onQueue(*self->requesting_, self->mainThread_, [] { return oauth::PKCE::generate(); });
@@ -192,6 +197,16 @@ Task LockitOAuthService::exchange(Weak weak) {
     self->accountEmailRefreshed_ = self->running_.add(askForAccountEmail(weak));
 }
 
+/// A second sign-in beside one that the store hides would count until it is unlocked, and the other after it.
+Task LockitOAuthService::requireReadableStore(Weak weak) {
+    const auto kept = std::make_shared<Kept>();
+    const Task reading = read(weak, kept, Asking::again);
+    co_await reading;
+    if (!kept->isLocked) co_return;
+    found(weak)->takeState(*kept);
+    throw kept->missing();
+}
+
 Task LockitOAuthService::show(Weak weak, std::string url, std::shared_ptr<std::string> callback) {
     auto self = found(weak);
     auto showing = platform::onQueue(
@@ -222,14 +237,21 @@ Task LockitOAuthService::requestTokens(Weak weak, oauth::Fields fields,
          secret = Secret(self->configuration_.clientSecret.value_or("")),
          response = std::move(response)](const std::stop_token& stop) mutable {
             constexpr int good = 200;
-            platform::HTTPResponse answer = http->send(request, stop);
+            platform::HTTPResponse answer;
+            try {
+                answer = http->send(request, stop);
+            } catch (const platform::HTTPError& error) {
+                if (error.kind() == platform::HTTPError::Kind::notHTTP)
+                    throw OAuthError::tokenRequestFailed(0, "");
+                throw;
+            }
             if (answer.status != good) {
                 std::vector<std::string_view> sent{secret.reveal(), request.headers.back().second};
                 for (const auto& [name, value] : fields)
                     if (name != "grant_type" && name != "redirect_uri") sent.push_back(value);
                 throw OAuthError::tokenRequestFailed(answer.status, oauth::withoutSecrets(answer.body, sent));
             }
-            *response = oauth::decodedTokens(answer.body);
+            understand([&] { *response = oauth::decodedTokens(answer.body); });
             Secret::wipe(answer.body);
             Secret::wipe(request.body);
         });
@@ -261,23 +283,27 @@ Task LockitOAuthService::persist(Weak weak, std::shared_ptr<oauth::TokenResponse
         });
     self.reset();
     co_await keeping;
+    found(weak)->isRefreshRefused_ = false;
 }
 
 // Tokens.
 
-Task LockitOAuthService::read(Weak weak, std::shared_ptr<Kept> kept) {
+Task LockitOAuthService::read(Weak weak, std::shared_ptr<Kept> kept, Asking asking) {
     auto self = found(weak);
-    auto reading = platform::onQueue(*self->keeping_, self->mainThread_,
-                                     [store = self->credentials_, kept = std::move(kept)] {
-                                         const auto text = [&](const char* item) {
-                                             const auto value = store->read(item);
-                                             return value ? std::optional(value->reveal()) : std::nullopt;
-                                         };
-                                         kept->accessToken = store->read(accessTokenItem);
-                                         kept->refreshToken = store->read(refreshTokenItem);
-                                         kept->expiresAt = text(expiresAtItem);
-                                         kept->accountEmail = text(accountEmailItem);
-                                     });
+    auto reading = platform::onQueue(
+        *self->keeping_, self->mainThread_, [store = self->credentials_, kept = std::move(kept), asking] {
+            const auto found =
+                store->read({accessTokenItem, refreshTokenItem, expiresAtItem, accountEmailItem}, asking);
+            const auto text = [&](const char* item) {
+                const auto value = found.value(item);
+                return value ? std::optional(value->reveal()) : std::nullopt;
+            };
+            kept->accessToken = found.value(accessTokenItem);
+            kept->refreshToken = found.value(refreshTokenItem);
+            kept->expiresAt = text(expiresAtItem);
+            kept->accountEmail = text(accountEmailItem);
+            kept->isLocked = found.isLocked;
+        });
     self.reset();
     co_await reading;
 }
@@ -300,13 +326,13 @@ Task LockitOAuthService::bearer(Weak weak, std::shared_ptr<Secret> token) {
     for (bool isRefreshed = false;; isRefreshed = true) {
         const auto kept = std::make_shared<Kept>();
         const std::uint64_t refreshesBefore = found(weak)->refreshes_;
-        const Task reading = read(weak, kept);
+        const Task reading = read(weak, kept, Asking::once);
         co_await reading;
         self = found(weak);
         if (self->generation_ != generation) throw OAuthError(Kind::notSignedIn);
         if (!kept->accessToken) {
-            self->setSignedIn(false);
-            throw OAuthError(Kind::notSignedIn);
+            self->takeState(*kept);
+            throw kept->missing();
         }
         // A token that was just made is given whatever the store says of its end.
         if (isRefreshed || !self->isExpired(*kept)) {
@@ -327,9 +353,9 @@ Task LockitOAuthService::bearer(Weak weak, std::shared_ptr<Secret> token) {
 /// useless by then.
 Task LockitOAuthService::refresh(Weak weak) {
     const auto kept = std::make_shared<Kept>();
-    const Task reading = read(weak, kept);
+    const Task reading = read(weak, kept, Asking::once);
     co_await reading;
-    if (!kept->refreshToken) throw OAuthError(Kind::notSignedIn);
+    if (!kept->refreshToken) throw kept->missing();
     auto self = found(weak);
     self->configuration_.requireLockit();
     const std::uint64_t generation = self->generation_;
@@ -337,7 +363,17 @@ Task LockitOAuthService::refresh(Weak weak) {
     const auto response = std::make_shared<oauth::TokenResponse>();
     const Task requesting = requestTokens(
         weak, {{"grant_type", "refresh_token"}, {"refresh_token", kept->refreshToken->reveal()}}, response);
-    co_await requesting;
+    try {
+        co_await requesting;
+    } catch (const OAuthError& error) {
+        constexpr int badRequest = 400, unauthorized = 401; // as the grant is not valid any more
+        self = weak.lock();
+        if (self && (error.status() == badRequest || error.status() == unauthorized)) {
+            self->isRefreshRefused_ = true;
+            self->listeners_.tell();
+        }
+        throw;
+    }
     if (found(weak)->generation_ != generation) throw OAuthError(Kind::notSignedIn);
     const Task keeping = persist(weak, response);
     co_await keeping;
@@ -346,23 +382,15 @@ Task LockitOAuthService::refresh(Weak weak) {
 
 Task LockitOAuthService::signOut() {
     ++generation_;
-    setSignedIn(false);
-    setAccountEmail(std::nullopt);
+    isRefreshRefused_ = false;
+    takeState({});
     return running_.add(forget(weak_from_this()));
 }
 
 Task LockitOAuthService::forget(Weak weak) {
     auto self = found(weak);
     auto forgetting = platform::onQueue(*self->keeping_, self->mainThread_, [store = self->credentials_] {
-        std::exception_ptr raised;
-        for (const char* item : {accessTokenItem, refreshTokenItem, expiresAtItem, accountEmailItem}) {
-            try {
-                store->remove(item);
-            } catch (const platform::CredentialError&) {
-                raised = std::current_exception();
-            }
-        }
-        if (raised) std::rethrow_exception(raised);
+        store->remove({accessTokenItem, refreshTokenItem, expiresAtItem, accountEmailItem});
     });
     self.reset();
     co_await forgetting;
@@ -372,9 +400,9 @@ Task LockitOAuthService::revalidateSignInState() { return revalidate(weak_from_t
 
 Task LockitOAuthService::revalidate(Weak weak) {
     const auto kept = std::make_shared<Kept>();
-    const Task reading = read(weak, kept);
+    const Task reading = read(weak, kept, Asking::once);
     co_await reading;
-    found(weak)->setSignedIn(kept->accessToken.has_value());
+    found(weak)->takeState(*kept);
 }
 
 // The account.
@@ -421,8 +449,14 @@ LockitNetworkClient LockitOAuthService::makeClient() {
 
 // State.
 
-void LockitOAuthService::setSignedIn(bool isSignedIn) {
-    if (std::exchange(isSignedIn_, isSignedIn) != isSignedIn) listeners_.tell();
+/// The account's text may be known and not kept.
+void LockitOAuthService::takeState(const Kept& kept) {
+    const bool isSignedIn = kept.accessToken.has_value(), isLocked = !isSignedIn && kept.isLocked;
+    const bool isOther = isSignedIn != isSignedIn_ || isLocked != isKeyStoreLocked_;
+    isSignedIn_ = isSignedIn;
+    isKeyStoreLocked_ = isLocked;
+    if (isOther) listeners_.tell();
+    if (!isSignedIn || kept.accountEmail) setAccountEmail(isSignedIn ? kept.accountEmail : std::nullopt);
 }
 
 void LockitOAuthService::setAccountEmail(std::optional<std::string> email) {

@@ -51,6 +51,10 @@ class LockitOAuthService : public std::enable_shared_from_this<LockitOAuthServic
     /// The same for an operation that can be stopped without stopping it for others: `co_await` it.
     auto readiness() const { return platform::shared(*ready_, mainThread_); }
     bool isSignedIn() const { return isSignedIn_; }
+    /// The key store keeps a sign-in that it does not show until it is unlocked.
+    bool isKeyStoreLocked() const { return isKeyStoreLocked_; }
+    /// The service has refused to renew the token: nothing but a new sign-in helps.
+    bool isRefreshRefused() const { return isRefreshRefused_; }
     bool isAuthenticating() const { return isAuthenticating_; }
     /// Why the last sign-in failed; absent when it was begun anew.
     const std::optional<std::string>& lastError() const { return lastError_; }
@@ -67,7 +71,8 @@ class LockitOAuthService : public std::enable_shared_from_this<LockitOAuthServic
     bool completeSignIn(const std::string& callbackURL);
     /// Ends a sign-in that waits.
     void cancelSignIn();
-    /// Forgets the tokens and the account.
+    /// Forgets the tokens and the account. Fails with platform::CredentialError where the key store may have
+    /// kept them.
     platform::Task signOut();
     /// Leaves a valid token; refreshes it where it ends within a minute, once for all who wait. Fails with
     /// OAuthError and what the transport fails with; the tokens stay then.
@@ -94,14 +99,16 @@ class LockitOAuthService : public std::enable_shared_from_this<LockitOAuthServic
     static platform::Task requestTokens(Weak weak, oauth::Fields fields,
                                         std::shared_ptr<oauth::TokenResponse> response);
     static platform::Task persist(Weak weak, std::shared_ptr<oauth::TokenResponse> response);
-    static platform::Task read(Weak weak, std::shared_ptr<Kept> kept);
+    static platform::Task read(Weak weak, std::shared_ptr<Kept> kept,
+                               platform::CredentialStore::Asking asking);
+    static platform::Task requireReadableStore(Weak weak);
     static platform::Task bearer(Weak weak, std::shared_ptr<platform::Secret> token);
     static platform::Task refresh(Weak weak);
     static platform::Task forget(Weak weak);
     static platform::Task revalidate(Weak weak);
     static platform::Task askForAccountEmail(Weak weak);
     bool isExpired(const Kept& kept) const;
-    void setSignedIn(bool isSignedIn);
+    void takeState(const Kept& kept);
     void setAccountEmail(std::optional<std::string> email);
     double now() const; ///< seconds since 1970
 
@@ -115,6 +122,8 @@ class LockitOAuthService : public std::enable_shared_from_this<LockitOAuthServic
     platform::Listeners<> listeners_;
 
     bool isSignedIn_ = false;
+    bool isKeyStoreLocked_ = false;
+    bool isRefreshRefused_ = false;
     bool isAuthenticating_ = false;
     std::optional<std::string> lastError_;
     std::optional<std::string> accountEmail_;

@@ -16,24 +16,29 @@ class OAuthError : public std::runtime_error {
         stateMismatch,
         missingAuthCode,
         keychainWriteFailed,
+        keyStoreLocked, ///< it keeps a sign-in that it does not show
         unknown
     };
 
     /// `body` without anything secret; `status` is 0 where there was no answer of HTTP.
     static OAuthError tokenRequestFailed(int status, std::string_view body) {
         return {Kind::tokenRequestFailed,
-                "Lockit token endpoint returned HTTP " + std::to_string(status) + ": " + std::string(body)};
+                "Lockit token endpoint returned HTTP " + std::to_string(status) + ": " + std::string(body),
+                status};
     }
     /// Of any other kind.
     explicit OAuthError(Kind kind) : OAuthError(kind, text(kind)) {}
 
     Kind kind() const { return kind_; }
+    int status() const { return status_; } ///< of HTTP; 0 where there was none
 
   private:
-    OAuthError(Kind kind, const std::string& description) : std::runtime_error(description), kind_(kind) {}
+    OAuthError(Kind kind, const std::string& description, int status = 0)
+        : std::runtime_error(description), kind_(kind), status_(status) {}
     static std::string text(Kind kind);
 
     Kind kind_;
+    int status_;
 };
 
 } // namespace orvane

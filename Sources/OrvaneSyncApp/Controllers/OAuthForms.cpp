@@ -27,6 +27,9 @@ std::string OAuthError::text(Kind kind) {
     case Kind::keychainWriteFailed:
         return "Signed in with LockitNetwork, but the access token couldn't be saved to the key store. "
                "Please try again.";
+    case Kind::keyStoreLocked:
+        return "The key store, which keeps the sign-in to LockitNetwork, is locked. Unlock it in the desktop "
+               "and try again.";
     case Kind::tokenRequestFailed:
     case Kind::unknown:
         break;
@@ -129,6 +132,17 @@ void hideLongWords(std::string& text) {
     }
 }
 
+/// No header could carry a token that holds a line end.
+platform::Secret sendable(const char* name, std::string token) {
+    constexpr char lastControl = 0x1F, deletion = 0x7F;
+    const bool isText =
+        std::ranges::none_of(token, [](char c) { return (c >= 0 && c <= lastControl) || c == deletion; });
+    platform::Secret kept(token);
+    platform::Secret::wipe(token);
+    if (!isText) throw DecodingError(std::string(name) + ": holds a control character");
+    return kept;
+}
+
 } // namespace
 
 std::string base64URL(std::string_view bytes) {
@@ -177,9 +191,10 @@ std::optional<std::string> queryItem(std::string_view url, std::string_view name
 TokenResponse decodedTokens(std::string_view body) {
     const JSON json = JSON::parse(body);
     TokenResponse response;
-    response.accessToken = platform::Secret(required<std::string>(json, "access_token"));
+    response.accessToken = sendable("access_token", required<std::string>(json, "access_token"));
     if (response.accessToken.empty()) throw DecodingError("access_token: is empty");
-    response.refreshToken = platform::Secret(optional<std::string>(json, "refresh_token").value_or(""));
+    response.refreshToken =
+        sendable("refresh_token", optional<std::string>(json, "refresh_token").value_or(""));
     static_cast<void>(optional<std::string>(json, "token_type")); // of the right kind where it is there
     response.expiresInSeconds = optional<std::int64_t>(json, "expires_in");
     return response;

@@ -137,6 +137,10 @@ Check serviceCheck() {
 Check keyStoreCheck() {
     const auto kept = platform::CredentialStore::create(AppStorageHelper::credentialFile())->describe();
     if (kept.isEncrypted) return {"key store", "ok", kept.where};
+    if (kept.isLocked)
+        return {"key store", "problem",
+                "the desktop's key store is locked, so that a sign-in in it can't be used; unlock it in the "
+                "desktop"};
     return {"key store", "problem",
             "the desktop has none that answers; secrets are kept in " + kept.where +
                 ", which you alone can read and which is not encrypted"};

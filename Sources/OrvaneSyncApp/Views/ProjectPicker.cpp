@@ -67,7 +67,8 @@ ProjectPicker::ProjectPicker(Desktop& desktop, std::string folder,
 }
 
 void ProjectPicker::load() {
-    if (!account_->isSignedIn()) return say(translatedSentence(projectPicker::notSignedIn), false);
+    if (!account_->isSignedIn() && !account_->isKeyStoreLocked())
+        return say(translatedSentence(projectPicker::notSignedIn), false);
     say(tr("Loading…"), false);
     const auto found = std::make_shared<Projects>();
     LockitController::loadProjects(account_, found)
@@ -78,7 +79,8 @@ void ProjectPicker::load() {
                 self->showProjects(std::move(*found));
             } catch (const std::exception& why) {
                 // Without an account there is nothing to try again.
-                self->say(translatedSentence(why.what()), self->account_->isSignedIn());
+                self->say(translatedSentence(why.what()),
+                          self->account_->isSignedIn() || self->account_->isKeyStoreLocked());
             } catch (const platform::Stopped&) {
                 return;
             }

@@ -1,5 +1,6 @@
 #include "Platform/SecretService/SecretServiceModule.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <libsecret/secret.h>
@@ -10,6 +11,9 @@
 namespace orvane::platform {
 
 namespace {
+
+using Answer = SecretServiceModule::Answer;
+using Found = SecretServiceModule::Found;
 
 /// Under which service the items of this program stand.
 constexpr const char* serviceName = "com.orvanelabs.OrvaneTandrel";
@@ -62,38 +66,186 @@ class TimeLimit {
     std::thread thread_;
 };
 
-bool save(const std::string& account, const std::string& value) {
-    const TimeLimit limit;
-    GError* error = nullptr;
-    const bool isSaved = secret_password_store_sync(&schema(), SECRET_COLLECTION_DEFAULT,
-                                                    ("OrvaneSync: " + account).c_str(), value.c_str(), limit,
-                                                    &error, "account", account.c_str(), nullptr) != FALSE;
-    const Error freed(error);
-    return isSaved && error == nullptr;
+/// Releases what a call gave a reference to.
+struct Unrefs {
+    void operator()(void* object) const { g_object_unref(object); }
+};
+using Service = std::unique_ptr<SecretService, Unrefs>;
+using Collection = std::unique_ptr<SecretCollection, Unrefs>;
+using Value = std::unique_ptr<SecretValue, Frees<secret_value_unref>>;
+using Attributes = std::unique_ptr<GHashTable, Frees<g_hash_table_unref>>;
+
+struct FreesList {
+    void operator()(GList* list) const { g_list_free_full(list, g_object_unref); }
+};
+using Items = std::unique_ptr<GList, FreesList>;
+
+template <class Visit>
+void forEach(const Items& items, const Visit& visit) {
+    for (GList* node = items.get(); node != nullptr; node = node->next) visit(SECRET_ITEM(node->data));
 }
 
-std::optional<std::string> read(const std::string& account) {
-    const TimeLimit limit;
-    GError* error = nullptr;
-    gchar* value = secret_password_lookup_sync(&schema(), limit, &error, "account", account.c_str(), nullptr);
-    const Error freed(error);
-    if (value == nullptr) return std::nullopt;
-    std::string text(value);
-    secret_password_free(value); // which wipes it
-    return text;
+std::string accountOf(SecretItem* item) {
+    const Attributes attributes(secret_item_get_attributes(item));
+    const void* account = g_hash_table_lookup(attributes.get(), "account");
+    return account == nullptr ? "" : static_cast<const char*>(account);
 }
 
-bool remove(const std::string& account) {
-    const TimeLimit limit;
-    GError* error = nullptr;
-    secret_password_clear_sync(&schema(), limit, &error, "account", account.c_str(), nullptr);
-    const Error freed(error);
-    // A locked store passes over what it holds, without an error. The search names that too.
-    GList* left = secret_password_search_sync(&schema(), SECRET_SEARCH_ALL, limit, nullptr, "account",
-                                              account.c_str(), nullptr);
-    const bool isGone = left == nullptr;
-    g_list_free_full(left, g_object_unref);
-    return isGone;
+bool isLocked(SecretItem* item) { return secret_item_get_locked(item) != FALSE; }
+
+/// One conversation with the store. Any call that fails leaves its error here, and the calls behind it are of
+/// no use.
+class Conversation {
+  public:
+    Conversation() : service_(secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, limit_, fails())) {}
+    Conversation(const Conversation&) = delete;
+    Conversation& operator=(const Conversation&) = delete;
+    ~Conversation() { g_clear_error(&error_); }
+
+    bool hasFailed() const { return error_ != nullptr || !service_; }
+    /// A store that was started anew does not know the session, which a next conversation would share.
+    bool isWorthAnother() const {
+        return hasFailed() && !isOnce && !g_error_matches(error_, G_IO_ERROR, G_IO_ERROR_CANCELLED) &&
+               !g_error_matches(error_, SECRET_ERROR, SECRET_ERROR_IS_LOCKED);
+    }
+
+    /// The user was asked something, and is not to be asked it again.
+    bool isOnce = false;
+
+    /// All items of this program, locked or not.
+    Items items() {
+        const Attributes any(secret_attributes_build(&schema(), nullptr));
+        return Items(secret_service_search_sync(service_.get(), &schema(), any.get(), SECRET_SEARCH_ALL,
+                                                limit_, fails()));
+    }
+    /// Leaves the secrets of those that are not locked in them.
+    void load(const Items& items) {
+        if (items) secret_item_load_secrets_sync(items.get(), limit_, fails());
+    }
+    Collection standardCollection() {
+        return Collection(secret_collection_for_alias_sync(service_.get(), SECRET_COLLECTION_DEFAULT,
+                                                           SECRET_COLLECTION_NONE, limit_, fails()));
+    }
+    void store(const std::string& account, const std::string& value) {
+        const Attributes attributes(secret_attributes_build(&schema(), "account", account.c_str(), nullptr));
+        const Value kept(secret_value_new(value.data(), static_cast<gssize>(value.size()), "text/plain"));
+        const std::string label = "OrvaneSync: " + account;
+        if (secret_service_store_sync(service_.get(), &schema(), attributes.get(), SECRET_COLLECTION_DEFAULT,
+                                      label.c_str(), kept.get(), limit_, fails()) == FALSE)
+            isRefused_ = true;
+    }
+    /// It said no, without an error.
+    bool isRefused() const { return isRefused_; }
+    void remove(SecretItem* item) { secret_item_delete_sync(item, limit_, fails()); }
+
+    /// Asks the user, one time for all of them. Whether any was unlocked.
+    bool unlock(GList* objects) {
+        const TimeLimit forTheUser;
+        GError* error = nullptr;
+        GList* unlocked = nullptr;
+        const gint count = secret_service_unlock_sync(service_.get(), objects, forTheUser, &unlocked, &error);
+        g_list_free_full(unlocked, g_object_unref);
+        const Error freed(error); // it stays locked
+        return count > 0;
+    }
+
+  private:
+    /// Where the next call leaves its error; the first one is kept.
+    GError** fails() { return error_ == nullptr ? &error_ : nullptr; }
+
+    GError* error_ = nullptr;
+    bool isRefused_ = false;
+    const TimeLimit limit_;
+    const Service service_;
+};
+
+/// Asks the store, and once more where it may have been started anew.
+template <class Ask>
+Answer answered(const Ask& ask) {
+    constexpr int attempts = 2;
+    for (int i = 0; i < attempts; ++i) {
+        Conversation store;
+        const Answer answer = store.hasFailed() ? Answer::none : ask(store);
+        if (!store.hasFailed()) return answer;
+        if (!store.isWorthAnother()) return Answer::none;
+        secret_service_disconnect();
+    }
+    return Answer::none;
+}
+
+/// Whether the collection into which secrets go can be read, after the user was asked where he may be.
+bool isOpen(Conversation& store, bool mayAsk) {
+    const Collection collection = store.standardCollection();
+    if (!collection || secret_collection_get_locked(collection.get()) == FALSE) return true;
+    GList* one = g_list_prepend(nullptr, collection.get());
+    const bool isUnlocked = mayAsk && store.unlock(one);
+    g_list_free(one);
+    return isUnlocked;
+}
+
+Answer save(const std::string& account, const std::string& value, bool mayAsk) {
+    return answered([&](Conversation& store) {
+        if (!isOpen(store, mayAsk)) return Answer::locked;
+        if (!store.standardCollection()) { // the desktop asks for the password of a new one
+            if (!mayAsk) return Answer::none;
+            store.isOnce = true;
+        }
+        if (store.hasFailed()) return Answer::none;
+        store.store(account, value);
+        return store.isRefused() ? Answer::none : Answer::done;
+    });
+}
+
+Found read(bool mayAsk) {
+    Found found;
+    found.answer = answered([&](Conversation& store) {
+        found = {};
+        Items items = store.items();
+        GList* locked = nullptr;
+        forEach(items, [&](SecretItem* item) {
+            if (isLocked(item)) locked = g_list_prepend(locked, item);
+        });
+        const bool isUnlocked = locked != nullptr && mayAsk && store.unlock(locked);
+        g_list_free(locked);
+        if (isUnlocked) items = store.items();
+        if (store.hasFailed()) return Answer::none;
+        store.load(items);
+        forEach(items, [&](SecretItem* item) {
+            if (isLocked(item)) {
+                found.locked.insert(accountOf(item));
+                return;
+            }
+            const Value value(secret_item_get_secret(item));
+            const char* text = value ? secret_value_get_text(value.get()) : nullptr;
+            if (text != nullptr) found.values.emplace(accountOf(item), text);
+        });
+        return found.locked.empty() && isOpen(store, false) ? Answer::done : Answer::locked;
+    });
+    if (found.answer == Answer::none) found = {};
+    return found;
+}
+
+/// A store that fails or is locked may still keep them: only an open one that shows none says that they are
+/// gone.
+Answer remove(const std::vector<std::string>& accounts) {
+    const auto isWanted = [&](SecretItem* item) {
+        return std::ranges::find(accounts, accountOf(item)) != accounts.end();
+    };
+    return answered([&](Conversation& store) {
+        forEach(store.items(), [&](SecretItem* item) {
+            if (!isLocked(item) && isWanted(item) && !store.hasFailed()) store.remove(item);
+        });
+        if (store.hasFailed()) return Answer::none;
+        Answer answer = isOpen(store, false) ? Answer::done : Answer::locked;
+        forEach(store.items(), [&](SecretItem* item) {
+            if (isWanted(item)) answer = isLocked(item) ? Answer::locked : Answer::none;
+        });
+        return answer;
+    });
+}
+
+Answer unlock() {
+    return answered([](Conversation& store) { return isOpen(store, true) ? Answer::done : Answer::locked; });
 }
 
 } // namespace
@@ -104,6 +256,7 @@ extern "C" __attribute__((visibility("default"))) const orvane::platform::Secret
 orvaneSecretServiceModule() {
     using orvane::platform::SecretServiceModule;
     static const SecretServiceModule module{SecretServiceModule::currentVersion, orvane::platform::save,
-                                            orvane::platform::read, orvane::platform::remove};
+                                            orvane::platform::read, orvane::platform::remove,
+                                            orvane::platform::unlock};
     return &module;
 }

@@ -1,23 +1,43 @@
 #pragma once
 
-#include <optional>
+#include <map>
+#include <set>
 #include <string>
+#include <vector>
 
 namespace orvane::platform {
 
 /// What the loadable module of the desktop's key store offers. Calls wait for the store, but at most as long
-/// as somebody needs to unlock it. None of them throws.
+/// as somebody needs to unlock it; `mayAsk` is whether the desktop may ask for that, once. A store that was
+/// started anew is found again. None of the calls throws.
 struct SecretServiceModule {
-    static constexpr unsigned currentVersion = 1;
+    static constexpr unsigned currentVersion = 2;
     static constexpr const char* entryPoint = "orvaneSecretServiceModule";
     static constexpr const char* fileName = "liborvane_secret_service.so";
 
+    enum class Answer {
+        done,
+        locked, ///< it is there, and does not show all that it may keep
+        none    ///< it is not there, or it failed
+    };
+    /// Of all that this program keeps in it.
+    struct Found {
+        Answer answer = Answer::none;
+        std::map<std::string, std::string> values;
+        /// Accounts of which there is one that it does not show. A store that was locked since it was started
+        /// names none.
+        std::set<std::string> locked;
+    };
+
     unsigned version = currentVersion;
     /// Whether the store said that it has it; it may not have.
-    bool (*save)(const std::string& account, const std::string& value) = nullptr;
-    std::optional<std::string> (*read)(const std::string& account) = nullptr;
-    /// Whether nothing of it is left, as far as the store answers. A locked one keeps what it has.
-    bool (*remove)(const std::string& account) = nullptr;
+    Answer (*save)(const std::string& account, const std::string& value, bool mayAsk) = nullptr;
+    /// Asks for no more than what it finds locked.
+    Found (*read)(bool mayAsk) = nullptr;
+    /// Removes what is not locked; done when the store answers that nothing of these accounts is left.
+    Answer (*remove)(const std::vector<std::string>& accounts) = nullptr;
+    /// Asks for the store as a whole.
+    Answer (*unlock)() = nullptr;
 };
 
 } // namespace orvane::platform

@@ -116,6 +116,7 @@ JSON lockitStatusJSON(const LockitOAuthService& account, const LockitController&
     JSON json;
     json.set("isSignedIn", account.isSignedIn());
     json.setIfPresent("accountEmail", account.accountEmail());
+    if (account.isKeyStoreLocked()) json.set("isKeyStoreLocked", true);
     json.set("isSyncingLockit", lockit.isSyncingLockit());
     json.setIfPresent("lockitSyncStatus", lockit.lockitSyncStatus());
     try {

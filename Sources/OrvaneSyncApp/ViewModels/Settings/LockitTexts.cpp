@@ -14,7 +14,7 @@ AccountPanel accountPanel(const LockitOAuthService& account) {
     else if (panel.isSignedIn)
         panel.state = account.accountEmail().value_or("Signed in");
     else
-        panel.state = "Not signed in";
+        panel.state = account.isKeyStoreLocked() ? "Key store locked" : "Not signed in";
     if (const auto& problem = account.configuration().problem)
         panel.problem = *problem;
     else if (!account.configuration().hasLockit())
@@ -22,6 +22,10 @@ AccountPanel accountPanel(const LockitOAuthService& account) {
                         ServiceConfiguration::path() + ".";
     else if (account.lastError())
         panel.problem = *account.lastError();
+    else if (account.isKeyStoreLocked())
+        panel.problem = OAuthError(OAuthError::Kind::keyStoreLocked).what();
+    else if (account.isRefreshRefused())
+        panel.problem = "The service no longer takes this sign-in. Sign out, and sign in again.";
     return panel;
 }
 

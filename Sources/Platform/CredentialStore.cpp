@@ -63,11 +63,15 @@ class CredentialFile {
         const int file = ::open(path_.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, ownerOnly);
         if (file < 0) fail(errno);
         struct stat status {};
-        const bool isRefused = ::fstat(file, &status) != 0 || !S_ISREG(status.st_mode) ||
-                               status.st_uid != ::geteuid() || ::fchmod(file, ownerOnly) != 0;
-        const int reason = isRefused && errno != 0 ? errno : EPERM;
+        int reason = 0;
+        if (::fstat(file, &status) != 0)
+            reason = errno;
+        else if (!S_ISREG(status.st_mode) || status.st_uid != ::geteuid())
+            reason = EPERM;
+        else if (::fchmod(file, ownerOnly) != 0)
+            reason = errno;
         ::close(file);
-        if (isRefused) fail(reason);
+        if (reason != 0) fail(reason);
     }
     [[noreturn]] void fail(int reason) const {
         throw CredentialError("Can't keep a secret in " + path_ + ": " +

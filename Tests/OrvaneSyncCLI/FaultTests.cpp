@@ -161,16 +161,18 @@ TEST(Faults, ofReadingAreNoShorterResults) {
         const char* command;
         const char* output;
         const char* fault;
+        bool isOfHelperToo = true; ///< it asks for longer stretches, and less often
     };
     const std::vector<Case> cases{{"solo", "--channel 1 -o", "read:100"},
                                   {"preview", "--gain 6 -o", "read:100"},
                                   {"mixdown", "-o", "read:100"},
-                                  {"mixdown", "-o", "read:300"},
+                                  {"mixdown", "-o", "read:300", false},
                                   {"waveform", "--png", "read:100"},
                                   {"loudness", "", "read:100"},
                                   {"analyze", "", "read:100"}};
     for (const Case& row : cases)
         for (const std::string sound : {"a.wav", "a.aif"}) {
+            if (sound == "a.aif" && !row.isOfHelperToo) continue;
             SCOPED_TRACE(row.command + (" " + sound) + " " + row.fault);
             machine.clear();
             std::string arguments = std::string(row.command) + " '" + machine.path(sound) + "' " + row.output;

@@ -8,7 +8,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sched.h>
-#include <sys/ioctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -74,12 +73,9 @@ TEST(Serve, endsWhenItIsAskedToThoughNobodyReadsItsAnswers) {
         ::execl(ORVANESYNC_PROGRAM, ORVANESYNC_PROGRAM, "serve", nullptr);
         ::_exit(127);
     }
-    ::close(out[1]);
-    const int room = ::fcntl(out[0], F_GETPIPE_SZ);
     const int ending = static_cast<int>(::syscall(SYS_pidfd_open, process, 0));
-    pollfd ended{ending, POLLIN, 0};
-    for (int waiting = 0; waiting < room && ::poll(&ended, 1, 0) == 0; ::sched_yield())
-        ::ioctl(out[0], FIONREAD, &waiting);
+    pollfd ended{ending, POLLIN, 0}, room{out[1], POLLOUT, 0};
+    while (::poll(&room, 1, 0) == 1 && ::poll(&ended, 1, 0) == 0) ::sched_yield();
     ::kill(process, SIGTERM);
     constexpr int patience = 30'000; // milliseconds
     EXPECT_EQ(::poll(&ended, 1, patience), 1) << "it is still there";
@@ -88,8 +84,7 @@ TEST(Serve, endsWhenItIsAskedToThoughNobodyReadsItsAnswers) {
     ::waitpid(process, &status, 0);
     EXPECT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 128 + SIGTERM);
-    ::close(out[0]);
-    ::close(ending);
+    for (const int descriptor : {out[0], out[1], ending}) ::close(descriptor);
 }
 
 } // namespace

@@ -98,6 +98,7 @@ void RecordingEditing::removeAudioMatch(UUID groupID, UUID matchID) {
             std::erase_if(own.audioMatches, [&](const AudioMatch& one) { return one.id == matchID; });
             own.matchStatus = statusAfterRemoval(own);
             carryDecisions(own, before);
+            carryAnchor(own, before);
         });
         settleWildTracks(released);
         smartAudio_.caches().removeSmartAudioCaches(groupID);
@@ -130,6 +131,7 @@ void RecordingEditing::chooseRecording(UUID groupID, UUID matchID) {
                 putFirst(own, recording);
                 own.matchStatus = MatchStatus::manual();
                 carryDecisions(own, before);
+                carryAnchor(own, before);
             });
             smartAudio_.caches().removeSmartAudioCaches(groupID);
         });

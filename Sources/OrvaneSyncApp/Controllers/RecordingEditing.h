@@ -27,11 +27,12 @@ class RecordingEditing {
     void attachAudioToGroup(UUID groupID, MediaAsset audio);
     /// Reads the chosen file and attaches it, in an undo step of its own.
     platform::Task chooseAndAttachAudio(UUID groupID, FileURL file);
-    void removeAudioMatch(UUID groupID, UUID matchID); ///< unless locked
-    void confirmAmbiguousMatch(UUID groupID);          ///< unless locked
-    void confirmAllAmbiguousMatches();                 ///< but those of locked clips
+    /// Unless locked. The anchor keeps its place under the picture where another recording is the first then.
+    void removeAudioMatch(UUID groupID, UUID matchID);
+    void confirmAmbiguousMatch(UUID groupID); ///< unless locked
+    void confirmAllAmbiguousMatches();        ///< but those of locked clips
     /// Unless locked: the files of the recording that holds this match come first and the clip is settled;
-    /// the other recordings stay behind.
+    /// the other recordings stay behind. The anchor keeps its place under the picture.
     void chooseRecording(UUID groupID, UUID matchID);
     void removeVideoFromSync(UUID groupID); ///< unless locked
     // Match anew against the pool, on a queue, whatever was locked; manual decisions stay, those too that are

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
+#include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "OrvaneSyncCore/Services/Timeline/TimelineRuler.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
 
@@ -88,10 +89,7 @@ std::optional<double> TimelineController::setAnchor(const UUID& groupID, double 
     const SyncGroup* group = work_.unlockedGroup(groupID);
     const MediaAsset* audio = group == nullptr ? nullptr : group->primaryAudio();
     if (audio == nullptr || !audio->durationSeconds || std::isnan(secondsInAudio)) return std::nullopt;
-    const ClipSound sound(*group);
-    const double ends =
-        std::max({*audio->durationSeconds, sound.durationSeconds - sound.primaryStartSeconds, 0.0});
-    const double anchor = std::clamp(secondsInAudio, std::min(0.0 - sound.primaryStartSeconds, 0.0), ends);
+    const double anchor = withinTake(takeOf(*group, assumedChannels), secondsInAudio);
     work_.withUndo(undoSteps::setAudioAnchor, [&] { clips_.setAudioAnchor(groupID, anchor); });
     return anchor;
 }

@@ -186,6 +186,25 @@ TEST(Take, decisionsFollowTheirChannels) {
     EXPECT_EQ(carried(joined), std::tuple(Tracks{3, 4, 6}, 4, 1.0));
 }
 
+TEST(Take, anAnchorKeepsItsPlaceUnderAnotherFirstRecording) {
+    const std::vector<File> files{{"A/T.WAV", -7, 90, 1, "A"}, {"B/U.WAV", -5, 30, 1, "B"}};
+    const auto carried = [&](std::vector<File> now, double anchor) {
+        const SyncGroup before = clipOf(files);
+        SyncGroup clip = clipOf(now);
+        clip.audioAnchorOffsetInAudioSeconds = anchor;
+        carryAnchor(clip, before);
+        return clip.audioAnchorOffsetInAudioSeconds;
+    };
+    EXPECT_EQ(carried(files, 10), 10);
+    EXPECT_EQ(carried({files[1]}, 10), 8);
+    EXPECT_EQ(carried({files[1]}, 1), std::nullopt) << "before its first sample";
+    EXPECT_EQ(carried({files[1]}, 33), std::nullopt) << "behind its last";
+    EXPECT_EQ(carried({}, 10), std::nullopt);
+    const Take chain = takeOf(clipOf({{"T-1.WAV", -50, 55, 2}, {"T-2.WAV", 5.2, 55, 4}}), 2);
+    for (const auto& [asked, anchor] : {std::pair(-40.0, -40.0), {-60.0, -55.2}, {54.0, 54.0}, {60.0, 55.0}})
+        EXPECT_NEAR(withinTake(chain, asked), anchor, 1e-9) << "seconds of its second file";
+}
+
 TEST(Take, namesOfChannels) {
     const auto named = [](MediaAsset file, std::vector<IXMLTrack> tracks) {
         file.ixmlData = IXMLData();

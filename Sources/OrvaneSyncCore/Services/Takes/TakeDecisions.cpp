@@ -1,8 +1,7 @@
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 
-#include "OrvaneSyncCore/Services/Takes/Take.h"
-
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <optional>
 #include <set>
@@ -83,6 +82,24 @@ void carryDecisions(SyncGroup& group, const SyncGroup& before) {
         ranges.push_back(range);
     }
     group.manualBlockOverrides = std::move(ranges);
+}
+
+void carryAnchor(SyncGroup& group, const SyncGroup& before) {
+    std::optional<double>& anchor = group.audioAnchorOffsetInAudioSeconds;
+    if (!anchor || before.isMOS()) return;
+    if (group.isMOS()) return anchor.reset();
+    const AudioMatch &was = before.audioMatches.front(), &is = group.audioMatches.front();
+    if (was.audio->url == is.audio->url) return;
+    constexpr double rounding = 1e-6; // seconds, far below one sample
+    const double moved = *anchor + was.syncOffsetSeconds - is.syncOffsetSeconds;
+    anchor = withinTake(takeOf(group, assumedChannels), moved);
+    if (std::abs(*anchor - moved) > rounding) anchor.reset();
+}
+
+double withinTake(const Take& take, double secondsInPrimary) {
+    const double inTake = std::max(secondsInPrimary + take.primaryStartSeconds, 0.0);
+    const double end = take.durationSeconds > 0 ? take.durationSeconds : inTake;
+    return std::min(inTake, end) - take.primaryStartSeconds;
 }
 
 } // namespace orvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/SyncGroup.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 
 namespace orvane {
 
@@ -10,5 +11,14 @@ namespace orvane {
 /// decided about a channel that is gone is dropped; a copy stands in for its original. `before`: the clip
 /// with its former recordings. Where either has none, nothing changes. Pure; any thread.
 void carryDecisions(SyncGroup& group, const SyncGroup& before);
+
+/// Keeps the sync anchor, which is stated from the start of the first recording, at its place under the
+/// picture when another recording is the first one by now. It is dropped where that place is outside of what
+/// is heard, or nothing is heard. Pure; any thread.
+void carryAnchor(SyncGroup& group, const SyncGroup& before);
+
+/// Brings seconds from the start of the first recording to those of the whole take: they may lie in a file
+/// before or behind the first recording. Of a take that does not say how long it is, only its start counts.
+double withinTake(const Take& take, double secondsInPrimary);
 
 } // namespace orvane

@@ -22,6 +22,13 @@ constexpr std::size_t mostFreeBytes = std::size_t{24} << 20U;
 /// A second, of a file that tells no rate.
 constexpr double usualRate = 25;
 
+/// Processes that end over one file, before no further one is started for it. One that hangs has cost as much
+/// time as many that crash.
+constexpr int mostEnds = 48;
+constexpr int endsOfOneThatHangs = 12;
+/// So that a moment from a rounded duration does not lie in front of the picture that it means.
+constexpr MediaTime roundingSlack{1, 100'000};
+
 helper::Seconds message(MediaTime time) { return {time.value, time.scale}; }
 /// What a helper says of a time; it may say anything.
 MediaTime time(helper::Seconds seconds) {
@@ -79,11 +86,12 @@ std::unique_ptr<VideoDecoder> VideoDecoder::open(const std::string& path) {
     if (!process) return nullptr;
     const auto stream = process->ask<std::optional<helper::VideoStream>>(helper::Request::openPictures, path);
     if (!stream || !*stream || !isSensible(**stream)) return nullptr;
-    return std::unique_ptr<VideoDecoder>(new VideoDecoder(process, **stream));
+    return std::unique_ptr<VideoDecoder>(new VideoDecoder(path, process, **stream));
 }
 
-VideoDecoder::VideoDecoder(std::shared_ptr<Process> process, const helper::VideoStream& stream)
-    : process_(std::move(process)), handle_(stream.handle) {
+VideoDecoder::VideoDecoder(std::string path, std::shared_ptr<Process> process,
+                           const helper::VideoStream& stream)
+    : path_(std::move(path)), process_(std::move(process)), handle_(stream.handle) {
     facts_.size = {stream.width, stream.height};
     facts_.duration = std::max(time(stream.duration), MediaTime{});
     facts_.nominalFrameRate = stream.nominalFrameRate;
@@ -127,39 +135,87 @@ VideoDecoder::Result VideoDecoder::ask(helper::PictureWish& wish, PictureSize li
                                        const std::stop_token& stop) {
     assertMayBlock("decoding a picture");
     throwIfStopped(stop);
-    wish.handle = handle_;
-    wish.number = nextWish();
-    wish.width = limit.width;
-    wish.height = limit.height;
-    const std::lock_guard lock(process_->mutex());
-    std::optional<helper::PictureAnswer> answer;
-    {
-        const std::stop_callback whenStopped(stop, [&] { process_->pictures().stopped = wish.number; });
-        answer = process_->ask<helper::PictureAnswer>(helper::Request::picture, wish);
+    for (;;) {
+        if (!process_->isRunning() && !openAnew(wish)) return {};
+        wish.handle = handle_;
+        wish.number = nextWish();
+        wish.width = limit.width;
+        wish.height = limit.height;
+        {
+            const std::lock_guard lock(process_->mutex());
+            std::optional<helper::PictureAnswer> answer;
+            {
+                const std::stop_callback whenStopped(stop,
+                                                     [&] { process_->pictures().stopped = wish.number; });
+                answer = process_->ask<helper::PictureAnswer>(helper::Request::picture, wish);
+            }
+            if (answer) return resultOf(*answer, stop);
+        }
+        if (process_->isRunning()) return {};
+        noteEnd();
+        // It may have ended before, for another reason.
+        if (endsInRow_ > 1) return {};
+        throwIfStopped(stop);
     }
-    if (!answer) return {};
-    if (answer->outcome == helper::PictureOutcome::stopped) {
+}
+
+void VideoDecoder::noteEnd() {
+    ++endsInRow_;
+    ends_ += process_->wasTooSlow() ? endsOfOneThatHangs : 1;
+}
+
+bool VideoDecoder::openAnew(helper::PictureWish& wish) {
+    if (ends_ >= mostEnds) return false;
+    const auto process = Process::borrow(helper::Purpose::pictures);
+    if (!process) return false;
+    const auto stream =
+        process->ask<std::optional<helper::VideoStream>>(helper::Request::openPictures, path_);
+    if (!stream || !*stream || !isSensible(**stream)) {
+        ++ends_;
+        return false;
+    }
+    process_ = process;
+    handle_ = (*stream)->handle;
+    if (wish.choice == helper::PictureChoice::next) {
+        constexpr int longestStep = 10; // as a power of two
+        const int step = std::min(endsInRow_ - 2, longestStep);
+        const std::int64_t passedOver = step < 0 ? 0 : std::int64_t{1} << step;
+        wish.choice = helper::PictureChoice::at;
+        wish.time = message(behind_ + pictureLength() * passedOver + roundingSlack);
+    }
+    return true;
+}
+
+MediaTime VideoDecoder::pictureLength() const {
+    return MediaTime::fromSeconds(1 / (facts_.nominalFrameRate > 0 ? facts_.nominalFrameRate : usualRate));
+}
+
+/// Its pixels are read before another is asked for.
+VideoDecoder::Result VideoDecoder::resultOf(const helper::PictureAnswer& answer,
+                                            const std::stop_token& stop) {
+    if (answer.outcome == helper::PictureOutcome::stopped) {
         throwIfStopped(stop);
         return {};
     }
-    if (answer->outcome == helper::PictureOutcome::end) return {Outcome::end, std::nullopt, false};
-    const bool isPicture =
-        answer->outcome == helper::PictureOutcome::picture && answer->width > 0 && answer->height > 0 &&
-        static_cast<std::size_t>(answer->width) * static_cast<std::size_t>(answer->height) <=
-            helper::mostPixels;
+    if (answer.outcome == helper::PictureOutcome::end) return {Outcome::end, std::nullopt, false};
+    const bool isPicture = answer.outcome == helper::PictureOutcome::picture && answer.width > 0 &&
+                           answer.height > 0 &&
+                           static_cast<std::size_t>(answer.width) * static_cast<std::size_t>(answer.height) <=
+                               helper::mostPixels;
     if (!isPicture) return {};
     Picture picture;
-    picture.size = {answer->width, answer->height};
-    picture.time = time(answer->time);
-    picture.duration = time(answer->duration);
+    picture.size = {answer.width, answer.height};
+    picture.time = time(answer.time);
+    picture.duration = time(answer.duration);
     if (picture.duration <= MediaTime{}) // nobody knows
-        picture.duration =
-            MediaTime::fromSeconds(1 / (facts_.nominalFrameRate > 0 ? facts_.nominalFrameRate : usualRate));
-    picture.number = answer->number;
+        picture.duration = pictureLength();
+    picture.number = answer.number;
     const auto pixels = store_->get(store_, picture.bytes());
     std::memcpy(pixels.get(), process_->pixels(), picture.bytes());
     picture.pixels = pixels;
-    return {Outcome::picture, std::move(picture), answer->isLast};
+    behind_ = picture.time + picture.duration;
+    endsInRow_ = 0;
+    return {Outcome::picture, std::move(picture), answer.isLast};
 }
 
 namespace {

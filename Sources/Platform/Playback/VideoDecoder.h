@@ -17,6 +17,7 @@ namespace helper {
 class Process;
 struct VideoStream;
 struct PictureWish;
+struct PictureAnswer;
 } // namespace helper
 
 /// Memory for pictures that is used again once nobody holds a picture, as touching new memory costs more than
@@ -41,8 +42,9 @@ class PixelStore {
 };
 
 /// Decodes the pictures of one file in a helper process of its own, one after the other or anywhere. One
-/// thread at a time, never the interface thread. When the process ends over the file there is no further
-/// picture.
+/// thread at a time, never the interface thread. When the process ends over the file, or by somebody's hand,
+/// another one takes its place with the next wish, so that one bad picture does not cost the others; a file
+/// over which too many have ended has no further picture.
 class VideoDecoder {
   public:
     enum class Outcome { picture, end, nothing };
@@ -64,15 +66,25 @@ class VideoDecoder {
     /// The newest picture before `until` that is decoded by itself, if it is not before `earliest`; else the
     /// one at `earliest`.
     Result groupBefore(MediaTime earliest, MediaTime until, PictureSize limit, const std::stop_token& stop);
-    /// The picture behind the one that was given last; the first at the beginning.
+    /// The picture behind the one that was given last; the first at the beginning. What processes end over is
+    /// passed over, in longer and longer steps.
     Result next(PictureSize limit, const std::stop_token& stop);
 
   private:
-    VideoDecoder(std::shared_ptr<helper::Process> process, const helper::VideoStream& stream);
+    VideoDecoder(std::string path, std::shared_ptr<helper::Process> process,
+                 const helper::VideoStream& stream);
     Result ask(helper::PictureWish& wish, PictureSize limit, const std::stop_token& stop);
+    Result resultOf(const helper::PictureAnswer& answer, const std::stop_token& stop);
+    bool openAnew(helper::PictureWish& wish);
+    void noteEnd();
+    MediaTime pictureLength() const;
 
-    const std::shared_ptr<helper::Process> process_;
-    const std::uint32_t handle_;
+    const std::string path_;
+    std::shared_ptr<helper::Process> process_;
+    std::uint32_t handle_;
+    int ends_ = 0;      ///< of processes, over this file
+    int endsInRow_ = 0; ///< since a picture was given
+    MediaTime behind_;  ///< where the picture that was given last ends
     VideoFacts facts_;
     std::shared_ptr<PixelStore> store_ = PixelStore::create();
 };

@@ -50,7 +50,6 @@ platform::Task pressKey(CommandContext& context, Call call, std::shared_ptr<JSON
         throw Error(Refusal::invalidArguments, "key: there is no key '" + call.text("key") +
                                                    "'; one is a letter, 0 , . [ ] plus minus space return "
                                                    "escape arrowUp arrowDown arrowLeft arrowRight");
-    co_await players.shortcuts()->ready();
     players.keyboard().handle(*event);
     const platform::Task showing = players.shown();
     co_await showing;
@@ -125,11 +124,11 @@ std::vector<Command> transportCommands() {
             }),
         row("playerClearLoop", "Clear Loop", "Plays on beyond the end of the loop.", {},
             [](VideoEngine& engine, const Call&) { engine.clearLoop(); }),
-        Command("playerClapCheck", "Clap Check Loop", "Loops around the clap, or ends the loop.", {},
-                [](CommandContext& context, const Call&) {
-                    context.review().clapCheck();
-                    return JSON();
-                }),
+        Command::later("playerClapCheck", "Clap Check Loop", "Loops around the clap, or ends the loop.", {},
+                       [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
+                           context.review().clapCheck();
+                           return context.review().engine()->shown();
+                       }),
         row("playerVolume", "Volume", "Sets how loud the clip is heard, from 0 to 1.",
             {{.name = "volume", .kind = number, .lowest = 0, .highest = 1}},
             [](VideoEngine& engine, const Call& call) {

@@ -50,6 +50,7 @@ platform::Task waveform(CommandContext& context, Call call, std::shared_ptr<JSON
 
 platform::Task dragAudio(CommandContext& context, Call call, std::shared_ptr<JSON> /*answer*/) {
     const ModifierSet held = modifiersOf(call);
+    const auto engine = context.review().engine();
     const platform::Task dragging = context.review().dragAudio(
         call.id("groupID"), call.number("points"),
         {.command = held.contains(ModifierSet::command), .shift = held.contains(ModifierSet::shift)});
@@ -58,6 +59,7 @@ platform::Task dragAudio(CommandContext& context, Call call, std::shared_ptr<JSO
     } catch (const OutOfRange& refused) {
         throw Error(Refusal::invalidArguments, std::string("dragAudio: ") + refused.what());
     }
+    co_await engine->shown();
 }
 
 JSON lanesJSON(CommandContext& context, const Call& call) {
@@ -146,17 +148,18 @@ std::vector<Command> viewCommands() {
 std::vector<Command> moveCommands() {
     namespace steps = undoSteps;
     return {
-        Command("setAnchor", "Set Sync Anchor",
-                "Puts the clip's anchor at a second of its first recording, within it.",
-                {groupID,
-                 {.name = "secondsInAudio",
-                  .kind = number,
-                  .lowest = -ClipEditing::furthestOffsetSeconds,
-                  .highest = ClipEditing::furthestOffsetSeconds}},
-                [](CommandContext& context, const Call& call) {
-                    context.review().setAnchor(call.id("groupID"), call.number("secondsInAudio"));
-                    return JSON();
-                })
+        Command::later("setAnchor", "Set Sync Anchor",
+                       "Puts the clip's anchor at a second of its first recording, within the take; answers "
+                       "when the picture there is shown.",
+                       {groupID,
+                        {.name = "secondsInAudio",
+                         .kind = number,
+                         .lowest = -ClipEditing::furthestOffsetSeconds,
+                         .highest = ClipEditing::furthestOffsetSeconds}},
+                       [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                           context.review().setAnchor(call.id("groupID"), call.number("secondsInAudio"));
+                           return context.review().engine()->shown();
+                       })
             .undoneBy(steps::setAudioAnchor)
             .forClips(hasUnlockedSound),
         Command::later(
@@ -166,14 +169,16 @@ std::vector<Command> moveCommands() {
                 return context.controller->timeline().autoDetectAudioAnchorIfMissing(call.id("groupID"));
             })
             .forClips(lacksAnchor),
-        Command("nudgeByFrames", "Nudge Audio", "Moves the sound of the clip by frames of its video.",
-                {groupID, {.name = "frames", .kind = integer, .lowest = -10'000'000, .highest = 10'000'000}},
-                [](CommandContext& context, const Call& call) {
-                    checked("nudgeByFrames", [&] {
-                        context.review().nudgeByFrames(call.id("groupID"), call.integer("frames"));
-                    });
-                    return JSON();
-                })
+        Command::later(
+            "nudgeByFrames", "Nudge Audio",
+            "Moves the sound of the clip by frames of its video; answers when the picture that this leads to "
+            "is shown.",
+            {groupID, {.name = "frames", .kind = integer, .lowest = -10'000'000, .highest = 10'000'000}},
+            [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                checked("nudgeByFrames",
+                        [&] { context.review().nudgeByFrames(call.id("groupID"), call.integer("frames")); });
+                return context.review().engine()->shown();
+            })
             .undoneBy(steps::adjustAudioOffset),
         Command::later("dragAudio", "Drag Audio", "Drags the sound of the clip by points of the timeline.",
                        {groupID,

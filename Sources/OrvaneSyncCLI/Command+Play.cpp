@@ -4,6 +4,7 @@
 #include "OrvaneSyncCLI/PlayRendering.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
+#include "OrvaneSyncCLI/SoundFile.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
@@ -24,7 +25,10 @@ void takeFiles(PlayRange& asked, const Arguments& arguments) {
     const auto& files = arguments.positionals();
     if (files.empty() || files.size() > 2) throw UsageError("a video, and perhaps a recording, please");
     asked.video = files.front();
-    if (files.size() > 1) asked.sound = TakeSound(FileURL{files[1]});
+    if (files.size() > 1) {
+        openSound(files[1]); // or an error that names it
+        asked.sound = TakeSound(FileURL{files[1]});
+    }
     asked.offset = arguments.number("--offset").value_or(0);
 }
 

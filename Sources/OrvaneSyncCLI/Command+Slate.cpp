@@ -11,14 +11,17 @@ namespace orvane::cli {
 
 namespace {
 
-/// Throws where the command line names no video.
-void expectPictures(const std::string& path) {
+/// Throws where the command line names no video. Where there is sound to listen to, a video without pictures
+/// is no reason not to.
+void expectPictures(Context& context, const std::string& path, bool hasSound) {
     if (const std::string why = whyUnreadable(path, false); !why.empty())
         throw CommandError("can't read '" + path + "': " + why);
     if (platform::FrameReader::open(path)) return;
     const std::string missed = missedLibraryText();
-    throw CommandError("can't read '" + path +
-                       "': " + (missed.empty() ? "it holds no picture that can be decoded" : missed));
+    const std::string problem = "can't read '" + path + "': " +
+                                (missed.empty() ? "it holds no picture that can be decoded" : missed);
+    if (!hasSound) throw CommandError(problem);
+    context.warn(problem);
 }
 
 void print(std::ostream& out, const SlateResult& result) {
@@ -41,7 +44,7 @@ void slate(Context& context, const Arguments& arguments) {
     if (arguments.positionals().size() != 1) throw UsageError("one video, please");
     const std::string& video = arguments.positionals().front();
     const auto audio = arguments.value("--audio");
-    expectPictures(video);
+    expectPictures(context, video, audio.has_value());
     if (audio) openSound(*audio);
     const platform::TextRecognitionState recognition = platform::textRecognitionState();
     if (!recognition.isAvailable) context.warn(recognition.description);

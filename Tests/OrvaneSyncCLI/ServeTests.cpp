@@ -89,6 +89,10 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
          "-32602 adjustAudioOffset: deltaSeconds must be -86400 to 86400"},
         {"nudgeByFrames", onFirst(R"(,"frames":99999999999)"),
          "-32602 nudgeByFrames: frames must be -10000000 to 10000000"},
+        {"adjustAudioOffset", onFirst(R"(,"deltaSeconds":-9223372036854775809)"),
+         "-32602 adjustAudioOffset: deltaSeconds must be -86400 to 86400"},
+        {"adjustAudioOffset", onFirst(R"(,"deltaSeconds":1e400)"),
+         "-32602 adjustAudioOffset: deltaSeconds must be -86400 to 86400"},
         {"setMasterGain", onFirst(R"(,"gainDB":41,"auto":false)"),
          "-32602 setMasterGain: gainDB must be -60 to 40"},
         {"addBlockOverride", onFirst(R"(,"startSeconds":0,"endSeconds":1,"trackIndex":7)"),
@@ -238,6 +242,7 @@ TEST_F(ServeTest, anotherRecordingCanBeChosen) {
     SyncGroup group = test::clip(test::video("A.mov"), test::audio("first.wav"));
     group.audioMatches.emplace_back(test::audio("second.wav", "10:00:30:00", 10), 30, 10);
     group.matchStatus = MatchStatus::ambiguous(2);
+    group.audioAnchorOffsetInAudioSeconds = 32;
     SyncGroup other = group;
     other.id = UUID::random();
     const std::string second = group.audioMatches[1].id.text();
@@ -247,6 +252,7 @@ TEST_F(ServeTest, anotherRecordingCanBeChosen) {
     };
     call("chooseRecording", R"({"groupID":")" + group.id.text() + R"(","matchID":")" + second + "\"}");
     EXPECT_EQ(clip(0).primaryAudio()->filename, "second.wav");
+    EXPECT_EQ(clip(0).audioAnchorOffsetInAudioSeconds, 2) << "the same moment of the picture";
     EXPECT_EQ(clip(0).audioMatches.size(), 2U);
     EXPECT_EQ(clip(0).matchStatus, MatchStatus::manual());
     EXPECT_EQ(clip(1).matchStatus, MatchStatus::ambiguous(2));

@@ -398,11 +398,13 @@ void VideoEngine::playFrameBlip(MediaTime at) {
 
 void VideoEngine::playBlipOnPlayer() {
     endBlip();
-    blipReturnsTo_ = player_->currentTime();
-    apply(AudioRenderPlan::normalSpeed);
+    // Who is told of the sound may end the blip.
     blipTimer_ = players_->after(legacyBlipHold, [weak = weak_from_this()] {
         if (const auto self = weak.lock()) self->endBlip();
     });
+    blipReturnsTo_ = player_->currentTime();
+    apply(AudioRenderPlan::normalSpeed);
+    if (!blipReturnsTo_) return;
     player_->setRate(1);
 }
 

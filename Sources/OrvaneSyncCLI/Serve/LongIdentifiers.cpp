@@ -2,6 +2,10 @@
 
 #include "OrvaneSyncCore/Models/UUID.h"
 
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+
 namespace orvane::cli::rpc {
 
 namespace {
@@ -18,27 +22,46 @@ std::size_t endOfString(std::string_view line, std::size_t start) {
     return line.size();
 }
 
-/// Where a number begins that is the value of a member `id`, whose name ends at `at`.
-std::size_t startOfValue(std::string_view line, std::size_t at) {
-    at = line.find_first_not_of(blanks, at);
-    if (at == std::string_view::npos || line[at] != ':') return std::string_view::npos;
-    return line.find_first_not_of(blanks, at + 1);
-}
-
-/// A number of JSON that only its size keeps from being read.
+/// As the grammar of JSON has it.
 bool isNumber(std::string_view text) {
-    const std::string_view digits = text.substr(text.starts_with('-') ? 1 : 0);
-    return !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos &&
-           (digits.size() == 1 || digits.front() != '0');
+    const auto skipDigits = [&] {
+        const std::size_t count = std::min(text.find_first_not_of("0123456789"), text.size());
+        text.remove_prefix(count);
+        return count;
+    };
+    if (text.starts_with('-')) text.remove_prefix(1);
+    const bool beginsWithZero = text.starts_with('0');
+    const std::size_t digits = skipDigits();
+    if (digits == 0 || (beginsWithZero && digits > 1)) return false;
+    if (text.starts_with('.')) {
+        text.remove_prefix(1);
+        if (skipDigits() == 0) return false;
+    }
+    if (text.starts_with('e') || text.starts_with('E')) {
+        text.remove_prefix(1);
+        if (text.starts_with('+') || text.starts_with('-')) text.remove_prefix(1);
+        if (skipDigits() == 0) return false;
+    }
+    return text.empty();
 }
 
 bool isReadable(std::string_view number) {
+    constexpr std::size_t digitsOfAnyInteger = 18;
+    if (number.size() <= digitsOfAnyInteger && number.find_first_of("eE") == std::string_view::npos)
+        return true;
     try {
         platform::JSON::parse(number);
         return true;
     } catch (const platform::JSONError&) {
         return false;
     }
+}
+
+/// In this program's own writing.
+std::string rounded(std::string_view number) {
+    constexpr double largest = std::numeric_limits<double>::max();
+    const double value = std::strtod(std::string(number).c_str(), nullptr);
+    return platform::JSON(std::clamp(value, -largest, largest)).dump();
 }
 
 } // namespace
@@ -49,27 +72,33 @@ platform::JSON LongIdentifiers::parsed(const std::string& line) const {
     try {
         return platform::JSON::parse(line);
     } catch (const platform::JSONError&) {
-        const std::string tried = quoted(line);
+        const std::string tried = readable(line);
         if (tried == line) throw;
         return platform::JSON::parse(tried);
     }
 }
 
-std::string LongIdentifiers::quoted(std::string_view line) const {
+std::string LongIdentifiers::readable(std::string_view line) const {
     std::string result;
+    bool isIdentifier = false; // of the member whose value comes
     for (std::size_t at = 0; at < line.size();) {
-        const std::size_t end = line[at] == '"' ? endOfString(line, at) : at + 1;
+        const bool isText = line[at] == '"';
+        const bool mayBeNumber = line[at] == '-' || (line[at] >= '0' && line[at] <= '9');
+        std::size_t end = at + 1;
+        if (isText) end = endOfString(line, at);
+        if (mayBeNumber) end = std::min(line.find_first_not_of(ofNumbers, at), line.size());
         const std::string_view piece = line.substr(at, end - at);
-        result += piece;
+        if (!mayBeNumber || !isNumber(piece) || isReadable(piece))
+            result += piece;
+        else if (isIdentifier)
+            result.append("\"").append(mark_).append(piece).append("\"");
+        else
+            result += rounded(piece);
+        if (piece == "\"id\"")
+            isIdentifier = true;
+        else if (piece != ":" && blanks.find(piece) == std::string_view::npos)
+            isIdentifier = false;
         at = end;
-        if (piece != "\"id\"") continue;
-        const std::size_t start = startOfValue(line, at);
-        if (start == std::string_view::npos) continue;
-        const std::string_view rest = line.substr(start);
-        const std::string_view number = rest.substr(0, rest.find_first_not_of(ofNumbers));
-        if (!isNumber(number) || isReadable(number)) continue;
-        result.append(line, at, start - at).append("\"").append(mark_).append(number).append("\"");
-        at = start + number.size();
     }
     return result;
 }

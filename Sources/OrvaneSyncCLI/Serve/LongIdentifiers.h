@@ -7,8 +7,9 @@
 
 namespace orvane::cli::rpc {
 
-/// Identifiers of requests that are numbers of more than 64 bits, which JSON values here do not hold: within
-/// the server each is a text that nobody else has, and outside it is the number as its client wrote it.
+/// Numbers of requests that are larger than JSON values here hold. As an identifier, each is within the
+/// server a text that nobody else has, and outside it is the number as its client wrote it. Elsewhere each
+/// becomes the nearest number that there is, so that the request is answered by its identifier.
 class LongIdentifiers {
   public:
     LongIdentifiers();
@@ -18,7 +19,7 @@ class LongIdentifiers {
     std::string text(const platform::JSON& message) const;
 
   private:
-    std::string quoted(std::string_view line) const;
+    std::string readable(std::string_view line) const;
 
     const std::string mark_; ///< random, so that no text of a client begins with it
 };

@@ -18,8 +18,8 @@ void expectPictures(Context& context, const std::string& path, bool hasSound) {
         throw CommandError("can't read '" + path + "': " + why);
     if (platform::FrameReader::open(path)) return;
     const std::string missed = missedLibraryText();
-    const std::string problem = "can't read '" + path + "': " +
-                                (missed.empty() ? "it holds no picture that can be decoded" : missed);
+    const std::string problem =
+        "can't read '" + path + "': " + (missed.empty() ? "it holds no picture that can be decoded" : missed);
     if (!hasSound) throw CommandError(problem);
     context.warn(problem);
 }

@@ -333,7 +333,6 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
 
     void move(Motion motion) {
         const bool wasMoving = motion_.rate != 0;
-        if (motion.rate != motion_.rate) lastPlayed_.reset(); // pictures that another speed left out
         previous_ = wasMoving && motion.rate != 0 ? motion_ : Motion{};
         motion_ = motion;
         if (motion.rate == 0)

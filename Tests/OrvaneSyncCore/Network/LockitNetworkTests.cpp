@@ -145,9 +145,10 @@ class LockitNetworkClientTest : public testing::Test {
         return client.listProjects(std::make_shared<std::vector<LockitProject>>());
     }
 
-    std::shared_ptr<platform::HTTPClient> http = platform::HTTPClient::create();
     std::shared_ptr<test::VirtualMainThread> mainThread = std::make_shared<test::VirtualMainThread>();
     test::LockitServer server;
+    /// Behind the server, which waits at its end for connections that are kept.
+    std::shared_ptr<platform::HTTPClient> http = platform::HTTPClient::create();
     bool givesNone = false;
     double idleTimeout = 60;
 };

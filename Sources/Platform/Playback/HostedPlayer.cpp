@@ -107,7 +107,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
 
     // The transport.
 
-    MediaTime currentTime() const { return within(position(host_->mixer().heardFrame())); }
+    MediaTime currentTime() const { return within(position(host_->heardFrame())); }
     double rate() const { return startsAt_ != 0 ? startsAt_ : motion_.rate; }
 
     void setRate(double rate) {
@@ -395,10 +395,11 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         if (report.served < seekNumber_) return;
         isRefreshing_ = false;
         const auto self = shared_from_this();
-        showPicture(currentTime());
+        const MediaTime now = currentTime();
+        showPicture(now);
         if (!std::exchange(isSeeking_, false)) return;
         const auto completed = std::exchange(completed_, nullptr);
-        timeListeners.tell(currentTime());
+        timeListeners.tell(now);
         if (completed) completed(true);
     }
 
@@ -411,7 +412,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         if (motion_.rate == 0) return;
         const double speed = std::abs(motion_.rate);
         const double nominal = facts_.nominalFrameRate > 0 ? facts_.nominalFrameRate : usualRate;
-        const std::int64_t heard = static_cast<std::int64_t>(std::floor(host_->mixer().heardFrame()));
+        const std::int64_t heard = static_cast<std::int64_t>(std::floor(host_->heardFrame()));
         const MediaTime now = within(position(static_cast<double>(std::max(heard, motion_.frame))));
         const double from = static_cast<double>(std::max(heard, motion_.frame));
         std::optional<MediaTime> change;
@@ -445,7 +446,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
 
     void tick() {
         const auto self = shared_from_this();
-        const double heard = host_->mixer().heardFrame();
+        const double heard = host_->heardFrame();
         const MediaTime now = within(position(heard));
         const bool isEnd = heard >= static_cast<double>(motion_.frame) &&
                            (motion_.rate > 0 ? now + slack >= end() : now <= slack);

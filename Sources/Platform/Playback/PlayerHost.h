@@ -34,6 +34,8 @@ class PlayerHost {
 
     /// Whether time goes on while pictures are decoded, so that a start has to wait for the first ones.
     virtual bool runsByItself() const = 0;
+    /// The frame that is heard, as this thread knows it.
+    virtual double heardFrame() const = 0;
     /// The first frame from which a change can be heard in full.
     virtual std::int64_t earliestStart() const = 0;
     /// Runs the work once this frame is heard.

@@ -26,12 +26,13 @@ class LiveHost final : public PlayerHost {
         : PlayerHost(mainThread, Mixer::create(std::move(output), mainThread)), clock_(std::move(clock)) {}
 
     bool runsByItself() const override { return true; }
+    double heardFrame() const override { return mixer_->heardFrame(); }
     std::int64_t earliestStart() const override {
         constexpr double toReadAhead = 0.03; // seconds
         return mixer_->renderedFrames() + std::llround(toReadAhead * sampleRate());
     }
     std::shared_ptr<Timer> atFrame(std::int64_t frame, std::function<void()> work) override {
-        const double left = static_cast<double>(frame) - mixer_->heardFrame();
+        const double left = static_cast<double>(frame) - heardFrame();
         // Behind the frame, by little: who comes a fraction of one early asks again at once, and again.
         constexpr std::chrono::microseconds toBeSure{1};
         const auto wait = left > 0 ? length(left, sampleRate()) + toBeSure : std::chrono::nanoseconds(0);
@@ -41,7 +42,7 @@ class LiveHost final : public PlayerHost {
     std::int64_t frameAt(std::chrono::nanoseconds hostTime) override {
         if (lastMoment_ != hostTime) {
             const std::chrono::duration<double> left = hostTime - clock_->now();
-            lastFrame_ = std::llround(mixer_->heardFrame() + left.count() * sampleRate());
+            lastFrame_ = std::llround(heardFrame() + left.count() * sampleRate());
             lastMoment_ = hostTime;
         }
         return lastFrame_;
@@ -82,7 +83,10 @@ class PulledHost final : public PlayerHost, public std::enable_shared_from_this<
         : PlayerHost(std::move(mainThread), std::move(mixer)), output_(output) {}
 
     bool runsByItself() const override { return false; }
-    std::int64_t earliestStart() const override { return mixer_->renderedFrames(); }
+    // While the next frames are rendered on the queue, they are not heard yet and cannot be changed any more,
+    // however far the queue has come: what this thread finds depends on the order of its own work alone.
+    double heardFrame() const override { return static_cast<double>(frame_); }
+    std::int64_t earliestStart() const override { return rendered_; }
     std::shared_ptr<Timer> atFrame(std::int64_t frame, std::function<void()> work) override {
         auto timer = std::make_shared<Due>(std::move(work));
         due_.emplace(std::max(frame, frame_), timer);
@@ -135,6 +139,7 @@ class PulledHost final : public PlayerHost, public std::enable_shared_from_this<
             if (const auto player = one.lock())
                 if (auto work = player->preparation(next)) preparations.push_back(std::move(work));
         const auto count = static_cast<std::size_t>(next - frame_);
+        rendered_ = next;
         queue_->post([self = shared_from_this(), preparations = std::move(preparations), count]() mutable {
             for (const auto& prepare : preparations) prepare();
             preparations.clear();
@@ -171,7 +176,8 @@ class PulledHost final : public PlayerHost, public std::enable_shared_from_this<
     ManualAudioOutput& output_; ///< the mixer's
     Hear hear_;
     std::int64_t frame_ = 0;
-    double wanted_ = 0; ///< frames, since the beginning
+    std::int64_t rendered_ = 0; ///< the end of the step under way; `frame_` where there is none
+    double wanted_ = 0;         ///< frames, since the beginning
     std::int64_t target_ = 0;
     std::function<void()> done_;
     std::multimap<std::int64_t, std::shared_ptr<Due>> due_;

@@ -27,11 +27,10 @@ std::string cardsText(const WorkSnapshot& work, bool bold) {
 
 std::string countsText(const ImportController& controller) {
     const OpenWork& work = controller.work();
-    return counted(static_cast<long long>(work.syncGroups().size()), "clip", "clips") + ": " +
-           std::to_string(work.syncClipCount()) + " with sound, " + std::to_string(work.mosCount()) +
-           " MOS, " + std::to_string(work.unmatchedCount()) + " not matched; " +
-           counted(static_cast<long long>(work.wildTracks().size()), "recording", "recordings") +
-           " without picture.\n";
+    return counted(work.syncGroups().size(), "clip", "clips") + ": " + std::to_string(work.syncClipCount()) +
+           " with sound, " + std::to_string(work.mosCount()) + " MOS, " +
+           std::to_string(work.unmatchedCount()) + " not matched; " +
+           counted(work.wildTracks().size(), "recording", "recordings") + " without picture.\n";
 }
 
 void diagnose(Context& context, const Arguments& arguments) {

@@ -107,20 +107,18 @@ std::string stateText(const ImportController& controller, bool bold) {
         return scan ? "No video or audio files found.\n" : "No clips.\n";
     std::string text =
         clipsText(controller, bold) + issuesText(controller, bold) + wildTracksText(controller, bold);
-    text += counted(static_cast<long long>(controller.work().syncGroups().size()), "clip", "clips") + ": " +
+    text += counted(controller.work().syncGroups().size(), "clip", "clips") + ": " +
             std::to_string(controller.work().syncClipCount()) + " with sound, " +
             std::to_string(controller.work().mosCount()) + " MOS, " +
             std::to_string(controller.work().unmatchedCount()) + " not matched";
     if (!scan) return text + ".\n";
-    text +=
-        "; " +
-        counted(static_cast<long long>(controller.work().wildTracks().size()), "recording", "recordings") +
-        " without picture. " + counted(static_cast<long long>(scan->totalFiles()), "file", "files") + " in " +
-        (scan->scanDuration < 1 ? formatted("%.0f ms", scan->scanDuration * 1000)
-                                : formatted("%.1f s", scan->scanDuration)) +
-        ".\n";
+    text += "; " + counted(controller.work().wildTracks().size(), "recording", "recordings") +
+            " without picture. " + counted(scan->totalFiles(), "file", "files") + " in " +
+            (scan->scanDuration < 1 ? formatted("%.0f ms", scan->scanDuration * 1000)
+                                    : formatted("%.1f s", scan->scanDuration)) +
+            ".\n";
     if (const auto proxies = scan->proxies.size(); proxies > 0)
-        text += counted(static_cast<long long>(proxies), "proxy", "proxies") + " left out.\n";
+        text += counted(proxies, "proxy", "proxies") + " left out.\n";
     if (controller.reports().aleMatchStatus())
         text += platform::text::printable(*controller.reports().aleMatchStatus()) + ".\n";
     return text;
@@ -166,11 +164,10 @@ std::string smartAudioText(const ImportController& controller) {
 std::string doubtsText(const WorkSnapshot& work) {
     const auto doubts = work.doubts().summary(work.groups());
     if (doubts.empty()) return "";
-    std::string text = counted(static_cast<long long>(doubts.size()), "doubt", "doubts") + ":\n";
+    std::string text = counted(doubts.size(), "doubt", "doubts") + ":\n";
     for (const CardDoubt& doubt : doubts) {
         text += "\n  " + platform::text::printable(doubt.doubt.message);
-        if (doubt.groupIDs.size() > 1)
-            text += " (" + counted(static_cast<long long>(doubt.groupIDs.size()), "clip", "clips") + ")";
+        if (doubt.groupIDs.size() > 1) text += " (" + counted(doubt.groupIDs.size(), "clip", "clips") + ")";
         text += "\n    cure: " + platform::text::printable(doubt.doubt.cure) + "\n";
     }
     return text;

@@ -61,14 +61,14 @@ struct MediaInspection {
 };
 
 /// Inspects a file without reading media data. QuickTime/MP4, WAVE, AIFF and MXF are read from their headers
-/// alone; everything else, and what our own walks cannot read, goes through the media library. Nothing when
+/// alone; everything else, and what our own readers cannot read, goes through the media library. Nothing when
 /// nobody can read it. Throws nothing but std::bad_alloc; any thread. `path` is in the bytes of the file
 /// system.
 std::optional<MediaInspection> inspectMedia(const std::string& path);
 /// The same on a file that is open already, so that one probe opens it once. `hindered` is set when the
 /// result depends on the moment: the media library was needed and is missing, or ran out of time or memory.
 std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAccessFile& file, bool& hindered);
-/// What our own walks can tell, without the path and without a media library.
+/// What our own readers can tell, without the path and without a media library.
 std::optional<MediaInspection> inspectMediaHeaders(RandomAccessFile& file);
 
 /// The program that runs the media libraries. Where it is missing or does not start, only the headers of

@@ -13,7 +13,7 @@
 namespace orvane::platform {
 
 /// The chunks of a RIFF/WAVE file, of one of its forms for large files (RF64, BW64) or of an AIFF, in file
-/// order. The walk ends after 10,000 chunks and where no whole chunk header is left. Where a chunk says that
+/// order. Reading ends after 10,000 chunks and where no whole chunk header is left. Where a chunk says that
 /// its size stands elsewhere, it is that of the "ds64" chunk in front of it (EBU Tech 3306, ITU-R BS.2088).
 class WaveChunks {
   public:
@@ -40,7 +40,7 @@ class WaveChunks {
     explicit WaveChunks(RandomAccessFile& file, Form form = Form::wave) : file_(file), form_(form) {}
 
     std::optional<Chunk> next();
-    /// The walk goes on behind so many bytes of the last chunk's body, instead of what the chunk claims.
+    /// Reading goes on behind so many bytes of the last chunk's body, instead of what the chunk claims.
     void correctSize(std::uint64_t size) { size_ = size; }
     /// Of the whole file less its first eight bytes, by the "ds64" chunk that was passed.
     std::optional<std::uint64_t> largeFormSize() const { return largeFormSize_; }

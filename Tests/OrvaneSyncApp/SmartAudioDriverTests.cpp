@@ -276,8 +276,8 @@ TEST_F(SmartAudioDriverTest, keepsTheEditorsHandUnlessTold) {
         EXPECT_EQ(clip("A001")->hasManualTrackEdits(), isByHand);
         EXPECT_EQ(blockTracks("A001").contains(2), !isExcluded);
     };
-    check("the algorithm's own choice follows its verdict", false, false, true, {1}, false);
-    check("a choice by hand stays while the verdict changes", true, false, true, {1, 3}, true);
+    check("the algorithm's own choice follows its result", false, false, true, {1}, false);
+    check("a choice by hand stays while the result changes", true, false, true, {1, 3}, true);
     check("and goes when told to", true, true, false, {2}, false);
     // A recording that can no longer be read has no blocks, and leaves the choice as it is.
     std::filesystem::remove(folder_.path("shoot/T01.WAV"));
@@ -354,7 +354,7 @@ TEST_F(SmartAudioDriverTest, passesOverWhatHasGoneWhileItListened) {
     finish(abandoned);
 }
 
-TEST_F(SmartAudioDriverTest, aVerdictAnswersWhatTheClipIsWhenItComes) {
+TEST_F(SmartAudioDriverTest, aResultAnswersWhatTheClipIsWhenItComes) {
     const auto check = [&](const char* change, const std::function<void(const UUID&)>& meanwhile,
                            bool isHeard, const Tracks& expectedActive) {
         for (const bool wasKnown : {false, true}) {
@@ -497,7 +497,7 @@ TEST_F(SmartAudioDriverTest, editsForgetOrRenewWhatTheyMakeStale) {
     controller_->clips().resetAllClipsToAutoSync();
     settle();
     subscription.reset();
-    EXPECT_EQ(active("A001"), Tracks{2}) << "the choice by hand is gone, and the verdict is back";
+    EXPECT_EQ(active("A001"), Tracks{2}) << "the choice by hand is gone, and the result is back";
     const auto second = std::ranges::find(steps, 2, &SmartAudioProgress::current);
     ASSERT_NE(second, steps.end());
     EXPECT_EQ(second->fraction, 1) << "the recording of both cameras is read once";

@@ -42,7 +42,7 @@ TEST_F(TimelineRowsTest, SayWhatTheAnalysisFoundAndWhatWasChosenByHand) {
     EXPECT_TRUE(std::ranges::all_of(rows().channels, &TimelineChannel::isActive));
     EXPECT_EQ(rows().channels[1].tooltip(), "T2 Anna\n1 manual range override(s) on this channel");
 
-    smartAudio_.results[group_.id] = timelineVerdict();
+    smartAudio_.results[group_.id] = timelineResult();
     smartAudio_.results[group_.id].detectedCharacter = MaterialCharacter::fastDialog;
     smartAudio_.soloMonitorTracks[group_.id] = 3;
     group_.algorithmExcludedTracks = {1};
@@ -77,7 +77,7 @@ TEST_F(TimelineRowsTest, SayWhatTheAnalysisFoundAndWhatWasChosenByHand) {
 }
 
 TEST_F(TimelineRowsTest, FindsWhatLiesUnderAPoint) {
-    smartAudio_.results[group_.id] = timelineVerdict();
+    smartAudio_.results[group_.id] = timelineResult();
     group_.pictureClapAnchorSeconds = 9;
     const TimelineLayout all = layout();
     ASSERT_EQ(all.x(0), 100);

@@ -23,7 +23,7 @@ inline SyncGroup timelineClip(int channels = 3) {
 }
 
 /// What an analysis would say of it, with the range laid over.
-inline SmartAudioResult timelineVerdict() {
+inline SmartAudioResult timelineResult() {
     SmartAudioResult result;
     const auto block = [](double start, double end, int track, BlockKind kind, const char* reason) {
         BlockDecision made;

@@ -156,16 +156,16 @@ TEST(Thumbnails, DecodeWhatIsInViewAndStopWhatIsScrolledAway) {
     std::atomic<int> begun = 0, stopped = 0;
     const auto thumbnails = Thumbnails::create(
         thread, {64, 36},
-        [&](const Thumbnails::Wish& wish, platform::PictureSize, const std::stop_token& stop) {
+        [&](const Thumbnails::Request& request, platform::PictureSize, const std::stop_token& stop) {
             ++begun;
-            if (wish.path == "slow") {
+            if (request.path == "slow") {
                 while (!stop.stop_requested()) std::this_thread::yield();
                 ++stopped;
                 throw platform::Stopped();
             }
             platform::Picture picture;
             picture.size = {1, 1};
-            return wish.path == "none" ? std::nullopt : std::optional(picture);
+            return request.path == "none" ? std::nullopt : std::optional(picture);
         });
     thumbnails->want({{"slow"}, {"never"}});
     ASSERT_TRUE(thread->waitUntil([&] { return begun == 1; }));

@@ -70,7 +70,7 @@ class TimelineViewTest : public testing::Test {
         SyncGroup silent(test::video("A002_MOS.mov", "11:00:00:00", 12), {}, MatchStatus::mos());
         silentID_ = silent.id;
         desktop_->controller().openStoredWork({{}, {}, SyncGroupList({group, silent})});
-        desktop_->controller().smartAudio().caches().state.results[id_] = test::timelineVerdict();
+        desktop_->controller().smartAudio().caches().state.results[id_] = test::timelineResult();
         view_ = std::make_unique<TimelineView>(*desktop_, review());
         view_->resize(TrackHeader::width + 800, 420);
         view_->show();

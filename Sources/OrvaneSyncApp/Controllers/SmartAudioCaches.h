@@ -42,7 +42,7 @@ class SmartAudioCaches {
     /// The clips that they belong to are no more.
     void removeAll();
 
-    /// How often the results of the clip were thrown away: tells a verdict that comes after that.
+    /// How often the results of the clip were thrown away: tells a result that comes after that.
     std::uint64_t removals(const UUID& groupID) const;
 
   private:

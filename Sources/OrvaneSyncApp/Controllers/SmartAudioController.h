@@ -28,7 +28,7 @@ class SmartAudioController {
     /// editor has not set it by hand. A recording in which nothing is heard leaves the gain as it is.
     platform::Task measureLoudness();
     /// Analyses a clip again that was analysed before, with the editor's choice of tracks kept: for every
-    /// change that the verdict depends on. The task ends with the analysis that takes the change in, which
+    /// change that the result depends on. The task ends with the analysis that takes the change in, which
     /// may be one that ran before.
     platform::Task reanalyseIfKnown(const UUID& groupID);
     /// The same for all clips that were analysed.
@@ -40,7 +40,7 @@ class SmartAudioController {
     /// first; for a face that runs the analysis on terms of its own.
     void setAnalysesAfterScan(bool doesSo) { analysesAfterScan_ = doesSo; }
     void startAnalysisAfterScan();
-    /// Whatever runs ends without a verdict.
+    /// Whatever runs ends without a result.
     void stop() { runs_.stop(); }
     /// Waits for the analysis that the last scan started by itself, if it did.
     platform::Task waitForAnalysisAfterScan() const;

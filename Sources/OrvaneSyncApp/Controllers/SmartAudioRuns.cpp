@@ -120,7 +120,7 @@ struct SmartAudioRuns::Run {
     SmartAudioProgress progress{"", 0, 1, 0}; ///< before the clip under way
     double effort = 0;                        ///< of all recordings of the run
     std::uint64_t removals = 0;               ///< of the results of the clip under way, when its turn came
-    bool isAwaitingVerdict = false;           ///< on a clip that the run has yet to judge as it then stands
+    bool isAwaitingResult = false;            ///< on a clip that the run has yet to judge as it then stands
     std::optional<platform::Task> task;       ///< of a renewed analysis, for all whose changes it takes in
 
     const SmartAudioResult* heardBefore(const SmartAudioRequest& request) const {
@@ -203,7 +203,7 @@ platform::Task SmartAudioRuns::analyseEach(std::weak_ptr<SmartAudioRuns> weak, S
     } catch (const platform::Stopped&) {
         stopped = std::current_exception();
     }
-    run->isAwaitingVerdict = false;
+    run->isAwaitingResult = false;
     self = weak.lock();
     if (self) self->ended(run);
     if (stopped) std::rethrow_exception(stopped);
@@ -228,7 +228,7 @@ platform::Task SmartAudioRuns::analyseClips(std::weak_ptr<SmartAudioRuns> weak, 
 
 void SmartAudioRuns::nextClip(const RunPointer& run, const SyncGroup& group, std::string_view verb) {
     run->removals = caches_.removals(group.id);
-    run->isAwaitingVerdict = true;
+    run->isAwaitingResult = true;
     ++run->progress.current;
     run->progress.phase = std::string(verb) + filesText(group, takeOf(group, assumedChannels), FileNames());
     show(run, run->progress);
@@ -297,15 +297,15 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
         if (group != nullptr &&
             (hasNoCandidates(*group) || !asksTheSame(self->request(*group, *run), request)))
             continue;
-        run->isAwaitingVerdict = false;
-        if (group != nullptr) self->adoptVerdict(groupID, std::move(result), run->forceOverwriteManualTracks);
+        run->isAwaitingResult = false;
+        if (group != nullptr) self->adoptResult(groupID, std::move(result), run->forceOverwriteManualTracks);
         break;
     }
-    run->isAwaitingVerdict = false;
+    run->isAwaitingResult = false;
 }
 
 /// The clip as long as it is there with sound and its results were not thrown away since its turn came: a
-/// verdict that comes after that would bring back what the editor took back.
+/// result that comes after that would bring back what the editor took back.
 const SyncGroup* SmartAudioRuns::stillAsked(const UUID& groupID, const Run& run) const {
     const SyncGroup* group = work_.syncGroups().find(groupID);
     const bool isAsked = group != nullptr && !group->isMOS() && caches_.removals(groupID) == run.removals;
@@ -313,8 +313,8 @@ const SyncGroup* SmartAudioRuns::stillAsked(const UUID& groupID, const Run& run)
 }
 
 /// The editor's ranges and choice are those of now, not of when the reading began.
-void SmartAudioRuns::adoptVerdict(const UUID& groupID, SmartAudioResult result,
-                                  bool forceOverwriteManualTracks) {
+void SmartAudioRuns::adoptResult(const UUID& groupID, SmartAudioResult result,
+                                 bool forceOverwriteManualTracks) {
     const SyncGroup* group = work_.syncGroups().find(groupID);
     if (group == nullptr) return;
     caches_.routedBlocks.insert_or_assign(groupID, result.blocks);
@@ -350,7 +350,7 @@ void SmartAudioRuns::layRangesAgain(const UUID& groupID) {
         return;
     SmartAudioResult result = known->second;
     result.blocks = routed->second;
-    adoptVerdict(groupID, std::move(result), false);
+    adoptResult(groupID, std::move(result), false);
 }
 
 /// What was known of the clip was heard on tracks that are out.
@@ -407,7 +407,7 @@ double automaticMasterGainDB(double measuredLUFS, const platform::SettingsStore&
 }
 
 platform::Task SmartAudioRuns::analyseAgain(const UUID& groupID, const SmartAudioTerms& terms) {
-    std::erase_if(again_, [](const auto& one) { return !one.second->isAwaitingVerdict; });
+    std::erase_if(again_, [](const auto& one) { return !one.second->isAwaitingResult; });
     const auto pending = again_.find(groupID);
     if (pending != again_.end() && pending->second->terms == terms &&
         pending->second->removals == caches_.removals(groupID))

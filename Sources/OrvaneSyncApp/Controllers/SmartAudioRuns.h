@@ -26,7 +26,7 @@ struct SmartAudioTerms {
     bool operator==(const SmartAudioTerms&) const = default;
 };
 
-/// The analyses under way. Each reads the first recording of its clips once, leaves the verdicts in the
+/// The analyses under way. Each reads the first recording of its clips once, leaves the results in the
 /// caches and switches on the tracks of their blocks, unless the editor chose tracks by hand. None fails.
 class SmartAudioRuns {
   public:
@@ -69,7 +69,7 @@ class SmartAudioRuns {
     SmartAudioRequest request(const SyncGroup& group, const Run& run) const;
     std::function<void(double)> report(const RunPointer& run, double effort);
     const SyncGroup* stillAsked(const UUID& groupID, const Run& run) const;
-    void adoptVerdict(const UUID& groupID, SmartAudioResult result, bool forceOverwriteManualTracks);
+    void adoptResult(const UUID& groupID, SmartAudioResult result, bool forceOverwriteManualTracks);
     void began(const RunPointer& run);
     void ended(const RunPointer& run);
     void show(const RunPointer& run, SmartAudioProgress progress);

@@ -123,7 +123,7 @@ const platform::Picture* ResultsModel::thumbnail(int index) const {
 }
 
 void ResultsModel::wantThumbnails(int first, int last) {
-    std::vector<Thumbnails::Wish> inView;
+    std::vector<Thumbnails::Request> inView;
     for (int row = std::max(first, 0); row <= last && row < rowCount(); ++row) {
         // A little behind the start, where a clip begins in black or on a slate.
         constexpr double inside = 0.3; // of the clip

@@ -5,7 +5,7 @@
 #include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/Notifier.h"
 #include "OrvaneSyncApp/Views/QtMainThread.h"
-#include "OrvaneSyncApp/Views/ScreenWalk.h"
+#include "OrvaneSyncApp/Views/ScreenSeries.h"
 #include "OrvaneSyncApp/Views/SingleInstance.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Services/Persistence/StandardSettings.h"
@@ -101,7 +101,7 @@ int runProgram(int argc, char** argv) {
     const views::Notifier notifier(desktop, window);
     window.openPaths(named);
     if (arguments.isSet(pictures))
-        views::walkScreens(window, arguments.value(pictures), [] { QCoreApplication::quit(); });
+        views::writeScreens(window, arguments.value(pictures), [] { QCoreApplication::quit(); });
     else
         only.listen([&window](const QStringList& paths) {
             window.setWindowState(window.windowState() & ~Qt::WindowMinimized);

@@ -93,7 +93,7 @@ struct WindowedBestSegment {
 // Every analysis measures in windows of this length.
 inline constexpr double smartAudioWindowSeconds = 0.25;
 
-/// The verdict on one recording. Lives in memory only; what the editor chose survives in the SyncGroup.
+/// The result on one recording. Lives in memory only; what the editor chose survives in the SyncGroup.
 struct SmartAudioResult {
     std::vector<TrackAdjustment> tracks; ///< one per analysed track, in track order
     std::optional<int> bestTrackIndex;   ///< absent without tracks

@@ -52,8 +52,8 @@ std::optional<MediaInspection> inspectAIFF(RandomAccessFile& file) {
     const bool mayBeCompressed = file.peek(8, 4).text() == "AIFC";
     std::optional<Common> common;
     std::optional<std::uint64_t> soundBytes;
-    WaveChunks walk(file, WaveChunks::Form::aiff);
-    while (const auto chunk = walk.next()) {
+    WaveChunks reader(file, WaveChunks::Form::aiff);
+    while (const auto chunk = reader.next()) {
         constexpr std::size_t commonBytes = 22, soundHeaderBytes = 8;
         if (chunk->is("ID3 ")) return std::nullopt;
         if (chunk->is("COMM") && !common)

@@ -43,8 +43,8 @@ class XMLFinder {
 
     void readChunks(WaveChunks::Form form) {
         constexpr std::size_t signatureBytes = 4;
-        WaveChunks walk(file_, form);
-        while (const auto chunk = walk.next()) {
+        WaveChunks reader(file_, form);
+        while (const auto chunk = reader.next()) {
             if (form == WaveChunks::Form::wave && chunk->is("_PMX")) add(xmp_, chunk->body, chunk->size);
             if (form == WaveChunks::Form::aiff && chunk->is("APPL") && chunk->size > signatureBytes &&
                 file_.peek(chunk->body, signatureBytes).text() == "XMP ")
@@ -53,8 +53,8 @@ class XMLFinder {
     }
 
     void readAtoms() {
-        AtomWalk walk(file_, 0, file_.size());
-        while (const auto atom = walk.next()) {
+        AtomReader atoms(file_, 0, file_.size());
+        while (const auto atom = atoms.next()) {
             takeIdentified(*atom);
             if (atom->type == fourCC("meta")) readMeta(*atom);
             if (atom->type == fourCC("moov")) readMovie(*atom);
@@ -62,8 +62,8 @@ class XMLFinder {
     }
 
     void readMovie(const Atom& movie) {
-        AtomWalk walk(file_, movie);
-        while (const auto atom = walk.next()) {
+        AtomReader atoms(file_, movie);
+        while (const auto atom = atoms.next()) {
             takeIdentified(*atom);
             if (atom->type != fourCC("udta")) continue;
             if (const auto packet = findChild(file_, *atom, fourCC("XMP_")))
@@ -80,8 +80,8 @@ class XMLFinder {
     void readMeta(const Atom& meta) {
         constexpr std::uint64_t versionBytes = 4;
         if (meta.bodySize() < versionBytes) return;
-        AtomWalk walk(file_, meta.body + versionBytes, meta.end);
-        while (const auto atom = walk.next())
+        AtomReader atoms(file_, meta.body + versionBytes, meta.end);
+        while (const auto atom = atoms.next())
             if (atom->type == fourCC("xml ") && atom->bodySize() > versionBytes)
                 add(camera_, atom->body + versionBytes, atom->bodySize() - versionBytes);
     }

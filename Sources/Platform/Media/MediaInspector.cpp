@@ -26,7 +26,7 @@ std::optional<MediaInspection> inspectWithLibrary(const MediaLibrary* library, c
     return result;
 }
 
-/// What our own walks say, and whether a media library may know more of the file.
+/// What our own readers say, and whether a media library may know more of the file.
 struct OwnInspection {
     std::optional<MediaInspection> facts;
     bool isComplete = false;

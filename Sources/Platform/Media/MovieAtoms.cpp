@@ -12,10 +12,10 @@ constexpr std::uint64_t wideHeaderBytes = 16;
 
 } // namespace
 
-AtomWalk::AtomWalk(RandomAccessFile& file, std::uint64_t begin, std::uint64_t end)
+AtomReader::AtomReader(RandomAccessFile& file, std::uint64_t begin, std::uint64_t end)
     : file_(file), position_(begin), end_(std::min(end, file.size())) {}
 
-std::optional<Atom> AtomWalk::next() {
+std::optional<Atom> AtomReader::next() {
     if (steps_++ >= mostSiblings || position_ > end_ || end_ - position_ < headerBytes) return std::nullopt;
     const std::uint64_t left = end_ - position_;
     const ByteCursor header =
@@ -39,8 +39,8 @@ std::optional<Atom> AtomWalk::next() {
 }
 
 std::optional<Atom> findChild(RandomAccessFile& file, const Atom& parent, std::uint32_t type) {
-    AtomWalk walk(file, parent);
-    while (const auto atom = walk.next())
+    AtomReader atoms(file, parent);
+    while (const auto atom = atoms.next())
         if (atom->type == type) return atom;
     return std::nullopt;
 }

@@ -33,13 +33,13 @@ struct Atom {
     std::uint64_t bodySize() const { return end - body; }
 };
 
-/// The siblings of one level, in file order. The walk ends after 10000 steps and at the first atom whose size
+/// The siblings of one level, in file order. Reading ends after 10000 steps and at the first atom whose size
 /// is impossible: smaller than its header, or past the end of the level. The size 0 means "to the end of the
 /// file" where the level reaches that far.
-class AtomWalk {
+class AtomReader {
   public:
-    AtomWalk(RandomAccessFile& file, std::uint64_t begin, std::uint64_t end);
-    AtomWalk(RandomAccessFile& file, const Atom& parent) : AtomWalk(file, parent.body, parent.end) {}
+    AtomReader(RandomAccessFile& file, std::uint64_t begin, std::uint64_t end);
+    AtomReader(RandomAccessFile& file, const Atom& parent) : AtomReader(file, parent.body, parent.end) {}
 
     std::optional<Atom> next();
 

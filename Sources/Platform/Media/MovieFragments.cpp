@@ -66,8 +66,8 @@ void addTrackFragment(RandomAccessFile& file, const Atom& traf, FragmentedTracks
     if (found == tracks.end()) return;
     FragmentedTrack& track = found->second;
     const std::uint32_t duration = header->defaultSampleDuration.value_or(track.defaultSampleDuration);
-    AtomWalk walk(file, traf);
-    while (const auto child = walk.next())
+    AtomReader atoms(file, traf);
+    while (const auto child = atoms.next())
         if (child->type == fourCC("trun")) addRun(file, *child, duration, track);
 }
 
@@ -80,12 +80,12 @@ void addTrackExtends(RandomAccessFile& file, const Atom& trex, FragmentedTracks&
 }
 
 void sumFragments(RandomAccessFile& file, std::uint64_t begin, int mostFragments, FragmentedTracks& tracks) {
-    AtomWalk topLevel(file, begin, file.size());
+    AtomReader topLevel(file, begin, file.size());
     while (const auto atom = topLevel.next()) {
         if (atom->type != fourCC("moof")) continue;
         if (mostFragments-- <= 0) return;
-        AtomWalk walk(file, *atom);
-        while (const auto child = walk.next())
+        AtomReader atoms(file, *atom);
+        while (const auto child = atoms.next())
             if (child->type == fourCC("traf")) addTrackFragment(file, *child, tracks);
     }
 }

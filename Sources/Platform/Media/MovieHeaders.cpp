@@ -131,13 +131,13 @@ class MovieReader {
     }
 
   private:
-    /// Media data that claims to reach to the end of the file, or beyond it, may hide the header from the
-    /// walk.
+    /// Media data that claims to reach to the end of the file, or beyond it, may hide the header from a
+    /// reader of the atoms.
     std::optional<Atom> findMovie() {
-        AtomWalk walk(file_, 0, file_.size());
+        AtomReader atoms(file_, 0, file_.size());
         std::uint64_t end = 0;
         bool isMedia = false;
-        while (const auto atom = walk.next()) {
+        while (const auto atom = atoms.next()) {
             if (atom->type == fourCC("moov")) return atom;
             isMedia = atom->type == fourCC("mdat");
             end = atom->end;
@@ -149,8 +149,8 @@ class MovieReader {
     }
 
     void readMovie(const Atom& moov) {
-        AtomWalk walk(file_, moov);
-        while (const auto atom = walk.next()) {
+        AtomReader atoms(file_, moov);
+        while (const auto atom = atoms.next()) {
             switch (atom->type) {
             case fourCC("mvhd"):
                 movie_.header = readTimeSpan(file_, *atom);
@@ -176,8 +176,8 @@ class MovieReader {
     }
 
     void readExtends(const Atom& mvex) {
-        AtomWalk walk(file_, mvex);
-        while (const auto atom = walk.next()) {
+        AtomReader atoms(file_, mvex);
+        while (const auto atom = atoms.next()) {
             if (atom->type == fourCC("mehd")) {
                 const ByteCursor body = peekBody(file_, *atom, 12);
                 movie_.extendedUnits = readUnits(body, 4, body.u8(0) == 1);
@@ -189,8 +189,8 @@ class MovieReader {
 
     Track readTrack(const Atom& trak) {
         Track track;
-        AtomWalk walk(file_, trak);
-        while (const auto atom = walk.next()) {
+        AtomReader atoms(file_, trak);
+        while (const auto atom = atoms.next()) {
             if (atom->type == fourCC("tkhd")) readTrackHeader(*atom, track);
             if (atom->type == fourCC("edts")) track.hasEdits = true;
             if (atom->type == fourCC("mdia")) readMedia(*atom, track);
@@ -211,8 +211,8 @@ class MovieReader {
     }
 
     void readMedia(const Atom& mdia, Track& track) {
-        AtomWalk walk(file_, mdia);
-        while (const auto atom = walk.next()) {
+        AtomReader atoms(file_, mdia);
+        while (const auto atom = atoms.next()) {
             if (atom->type == fourCC("mdhd")) track.media = readTimeSpan(file_, *atom);
             if (atom->type == fourCC("hdlr")) track.handler = peekBody(file_, *atom, 12).u32be(8).value_or(0);
             if (atom->type != fourCC("minf")) continue;
@@ -221,8 +221,8 @@ class MovieReader {
     }
 
     void readSampleTable(const Atom& stbl, Track& track) {
-        AtomWalk walk(file_, stbl);
-        while (const auto atom = walk.next()) {
+        AtomReader atoms(file_, stbl);
+        while (const auto atom = atoms.next()) {
             if (atom->type == fourCC("stsd")) track.descriptions = *atom;
             if (atom->type == fourCC("stts")) track.times = *atom;
             if (atom->type == fourCC("stsz") || atom->type == fourCC("stz2")) track.sizes = *atom;
@@ -340,13 +340,13 @@ class MovieReader {
 std::optional<MediaInspection> inspectMovie(RandomAccessFile& file) { return MovieReader(file).read(); }
 
 std::optional<double> heldShareOfMovie(RandomAccessFile& file) {
-    AtomWalk walk(file, 0, file.size());
+    AtomReader atoms(file, 0, file.size());
     std::uint64_t end = 0, media = 0;
-    while (const auto atom = walk.next()) {
+    while (const auto atom = atoms.next()) {
         if (atom->type == fourCC("mdat")) media += atom->bodySize();
         end = atom->end;
     }
-    // The walk ends at what claims more than there is.
+    // Reading ends at what claims more than there is.
     constexpr std::size_t wideHeaderBytes = 16;
     const std::uint64_t left = file.size() - end;
     const ByteCursor header =

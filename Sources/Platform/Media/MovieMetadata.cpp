@@ -93,10 +93,10 @@ class ItemReader {
         // QuickTime's "meta" begins with its children, MPEG-4's with version and flags.
         constexpr std::size_t firstTypeAt = 4;
         const bool isPlain = peekBody(file_, atom, 8).u32be(firstTypeAt) == fourCC("hdlr");
-        AtomWalk walk(file_, atom.body + (isPlain ? 0 : versionBytes), atom.end);
+        AtomReader atoms(file_, atom.body + (isPlain ? 0 : versionBytes), atom.end);
         std::vector<std::string> keys;
         std::optional<Atom> list;
-        while (const auto child = walk.next()) {
+        while (const auto child = atoms.next()) {
             if (child->type == fourCC("keys") && keys.empty()) keys = readKeys(*child);
             if (child->type == fourCC("ilst") && !list) list = child;
         }
@@ -104,8 +104,8 @@ class ItemReader {
     }
 
     void userData(const Atom& atom) {
-        AtomWalk walk(file_, atom);
-        while (const auto child = walk.next()) {
+        AtomReader atoms(file_, atom);
+        while (const auto child = atoms.next()) {
             if (child->type == fourCC("meta"))
                 meta(*child);
             else if (child->type >> 24U == copyrightSign)
@@ -130,15 +130,15 @@ class ItemReader {
     std::vector<std::string> readKeys(const Atom& atom) {
         constexpr std::size_t listHeaderBytes = versionBytes + 4;
         std::vector<std::string> keys;
-        AtomWalk walk(file_, atom.body + listHeaderBytes, atom.end);
-        while (const auto key = walk.next())
+        AtomReader atoms(file_, atom.body + listHeaderBytes, atom.end);
+        while (const auto key = atoms.next())
             keys.push_back(text::validUTF8(peekBody(file_, *key, longestKey).text()));
         return keys;
     }
 
     void itemList(const Atom& list, const std::vector<std::string>& keys) {
-        AtomWalk walk(file_, list);
-        while (const auto item = walk.next()) {
+        AtomReader atoms(file_, list);
+        while (const auto item = atoms.next()) {
             // With a table of keys, the type of an item is the number of its key, counting from 1.
             const bool isNumber = item->type >= 1 && item->type <= keys.size();
             std::string key = isNumber ? keys[item->type - 1] : keyText(item->type);
@@ -149,8 +149,8 @@ class ItemReader {
     void values(const Atom& item, std::string key) {
         constexpr std::size_t valueHeaderBytes = 8; // type, locale
         std::string domain;
-        AtomWalk walk(file_, item);
-        while (const auto child = walk.next()) {
+        AtomReader atoms(file_, item);
+        while (const auto child = atoms.next()) {
             // The free form "----" spells its key out, in a domain and a name.
             if (child->type == fourCC("mean")) domain = freeFormText(*child);
             if (child->type == fourCC("name")) key = domain + "." + freeFormText(*child);

@@ -24,7 +24,7 @@ struct FirstEntry {
 std::optional<FirstEntry> firstEntry(RandomAccessFile& file, const Atom& stsd) {
     const auto version = peekBody(file, stsd, listHeaderBytes).u8(0);
     if (!version) return std::nullopt;
-    const auto entry = AtomWalk(file, stsd.body + listHeaderBytes, stsd.end).next();
+    const auto entry = AtomReader(file, stsd.body + listHeaderBytes, stsd.end).next();
     if (!entry) return std::nullopt;
     return FirstEntry{*entry, *version};
 }
@@ -154,8 +154,8 @@ void applyOpus(const ByteCursor& dOps, AudioDescription& into) {
 }
 
 void applyConfigurations(RandomAccessFile& file, const Atom& level, bool inside, AudioDescription& into) {
-    AtomWalk walk(file, level);
-    while (const auto atom = walk.next()) {
+    AtomReader atoms(file, level);
+    while (const auto atom = atoms.next()) {
         // QuickTime packs the configuration into "wave"; it goes no deeper.
         if (atom->type == fourCC("wave") && !inside) {
             applyConfigurations(file, *atom, true, into);

@@ -69,10 +69,10 @@ class ChunkReader {
     explicit ChunkReader(RandomAccessFile& file) : file_(file) {}
 
     Chunks read() {
-        WaveChunks walk(file_);
-        while (const auto chunk = walk.next()) {
+        WaveChunks reader(file_);
+        while (const auto chunk = reader.next()) {
             if (chunk->is("data"))
-                walk.correctSize(takeData(*chunk, walk.largeFormSize()));
+                reader.correctSize(takeData(*chunk, reader.largeFormSize()));
             else
                 take(*chunk);
         }

@@ -86,7 +86,7 @@ TEST(VolumeCurves, BelongToTheChannelsOfTheirOwnRecording) {
     constexpr double none = std::numeric_limits<double>::quiet_NaN();
     MediaAsset named = recording(2); // begins at 35999.5 s
     named.ixmlData = ixml("1", "1", {"Boom", "Anna"});
-    // `change`: to the first of two clips that share the names of their channels; the other has no verdict.
+    // `change`: to the first of two clips that share the names of their channels; the other has no result.
     const auto check = [&](const char* name, const std::vector<BlockDecision>& blocks,
                            const std::string& curves,
                            const std::function<void(SyncGroup&, SmartAudioResult&)>& change = {}) {

@@ -85,7 +85,7 @@ TEST(SmartAudioResult, StoredRecordsComeBack) {
     EXPECT_EQ(fromJSON<SmartAudioPreset>(toJSON(SmartAudioPreset::drama())), SmartAudioPreset::drama());
 }
 
-TEST(SmartAudioResult, TheVerdictPrintsWhatIsThere) {
+TEST(SmartAudioResult, TheResultPrintsWhatIsThere) {
     SmartAudioResult result;
     TrackAdjustment track;
     track.trackIndex = 1;

@@ -46,8 +46,8 @@ TEST(Biquad, hasTheResponsesOfItsLaw) {
 }
 
 /// Peak of the last second of a steady tone behind the compressor, in dBFS.
-double steadyOutputDB(const Compressor::Law& law, double levelDB) {
-    Compressor compressor(law, sampleRate);
+double steadyOutputDB(const Compressor::Curve& curve, double levelDB) {
+    Compressor compressor(curve, sampleRate);
     double peak = 0;
     for (std::size_t i = 0; i < 4 * 48000; ++i) {
         const double out = compressor(std::pow(10, levelDB / 20) * tone(1000, i));
@@ -58,10 +58,11 @@ double steadyOutputDB(const Compressor::Law& law, double levelDB) {
 
 TEST(Compressor, hasTheStaticCurveOfItsLaw) {
     for (const double l : {0.0, 0.25, 1.0}) {
-        const Compressor::Law law{-12 - 12 * l, 1.5 + 3.5 * l, 0.01, 0.1, 6 * l};
+        const Compressor::Curve curve{-12 - 12 * l, 1.5 + 3.5 * l, 0.01, 0.1, 6 * l};
         for (const double level : {-60.0, -30.0, -18.0, -9.0, -3.0, 0.0}) {
-            const double over = std::max(level - law.thresholdDB, 0.0);
-            EXPECT_NEAR(steadyOutputDB(law, level), level - over + over / law.ratio + law.makeUpDB, 0.05)
+            const double over = std::max(level - curve.thresholdDB, 0.0);
+            EXPECT_NEAR(steadyOutputDB(curve, level), level - over + over / curve.ratio + curve.makeUpDB,
+                        0.05)
                 << "l " << l << ", level " << level;
         }
     }

@@ -67,8 +67,8 @@ TEST(ChannelClassifier, drawsTheSpeakerFromAName) {
 }
 
 TEST(ChannelClassifier, goesByTheSignalWithoutNames) {
-    const auto verdicts = [](int count, const std::vector<IXMLTrack>& names,
-                             const std::vector<ChannelStats>& stats) {
+    const auto results = [](int count, const std::vector<IXMLTrack>& names,
+                            const std::vector<ChannelStats>& stats) {
         std::string text;
         for (const auto& one : ChannelClassifier::classify(count, names, stats)) {
             EXPECT_FALSE(one.speakerName);
@@ -78,28 +78,28 @@ TEST(ChannelClassifier, goesByTheSignalWithoutNames) {
         }
         return text;
     };
-    EXPECT_EQ(verdicts(0, {{1, "Boom"}}, {}), "");
-    EXPECT_EQ(verdicts(-1, {}, {}), "");
-    EXPECT_EQ(verdicts(2, {}, statsOf({{0.1F, 0.3F}, {0.1F, 0.3F}})),
+    EXPECT_EQ(results(0, {{1, "Boom"}}, {}), "");
+    EXPECT_EQ(results(-1, {}, {}), "");
+    EXPECT_EQ(results(2, {}, statsOf({{0.1F, 0.3F}, {0.1F, 0.3F}})),
               "1 unknown 30 Heuristic: 2-ch file — no role to assign\n"
               "2 unknown 30 Heuristic: 2-ch file — no role to assign\n");
-    EXPECT_EQ(verdicts(3, {}, statsOf({{0.1F, 0.181F}, {0.1F, 0.18F}})), // the third has no record
+    EXPECT_EQ(results(3, {}, statsOf({{0.1F, 0.181F}, {0.1F, 0.18F}})), // the third has no record
               "1 boom 55 Heuristic: wide spectrum → Boom\n"
               "2 lav 55 Heuristic: narrow spectrum → Lav\n"
               "3 lav 55 Heuristic: narrow spectrum → Lav\n");
-    EXPECT_EQ(verdicts(4, {}, statsOf({{0.1F, 0.3F}, {0.1F, 0.3F}, {0.1F, 0.3F}, {0.1F, 0.1F}})),
+    EXPECT_EQ(results(4, {}, statsOf({{0.1F, 0.3F}, {0.1F, 0.3F}, {0.1F, 0.3F}, {0.1F, 0.1F}})),
               "1 mix 60 Heuristic: ch 1 of multitrack → Mix (recorder convention)\n"
               "2 lav 50 Heuristic: ch 2 of multitrack → Mix (recorder convention) (demoted: another track is "
               "Mix)\n"
               "3 boom 55 Heuristic: wide spectrum → Boom\n"
               "4 lav 55 Heuristic: narrow spectrum → Lav\n");
     // A name beyond the channels still tells that the recorder names them; a blank one does not.
-    EXPECT_EQ(verdicts(4, {{9, "Boom"}}, statsOf({{0.0000999F, 0.3F}, {0.0001F, 0}, {0.1F, 0}, {0.1F, 0}})),
+    EXPECT_EQ(results(4, {{9, "Boom"}}, statsOf({{0.0000999F, 0.3F}, {0.0001F, 0}, {0.1F, 0}, {0.1F, 0}})),
               "1 lav 40 Heuristic: very low level on ch 1\n"
               "2 mix 60 Heuristic: ch 2 of multitrack → Mix (recorder convention)\n"
               "3 lav 55 Heuristic: no iXML on this ch — defaulting to Lav\n"
               "4 lav 55 Heuristic: no iXML on this ch — defaulting to Lav\n");
-    EXPECT_EQ(verdicts(2, {{1, " \n"}}, {}), verdicts(2, {}, {}));
+    EXPECT_EQ(results(2, {{1, " \n"}}, {}), results(2, {}, {}));
 }
 
 TEST(ChannelClassifier, keepsOneMix) {

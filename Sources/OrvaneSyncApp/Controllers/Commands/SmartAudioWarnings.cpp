@@ -37,7 +37,7 @@ bool isTimecode(const std::string& trackName) {
 }
 
 /// What Smart Audio made of one clip.
-struct Verdict {
+struct AnalysedClip {
     const SyncGroup& group;
     const SmartAudioResult& result;
     const FileNames& names;
@@ -46,8 +46,8 @@ struct Verdict {
 };
 using Warnings = std::vector<std::string>;
 
-Warnings unheardWarnings(const Verdict& verdict) {
-    const auto& [group, result, names, take, files] = verdict;
+Warnings unheardWarnings(const AnalysedClip& analysed) {
+    const auto& [group, result, names, take, files] = analysed;
     if (isHeard(result)) return {};
     std::string warning = "Smart Audio can't hear " + files + "; ";
     if (!group.manualActiveTracks.empty()) return {warning + "its channels stay as they were chosen"};
@@ -56,9 +56,9 @@ Warnings unheardWarnings(const Verdict& verdict) {
     return {warning + "only its channel " + std::to_string(*result.bestTrackIndex) + " stays switched on"};
 }
 
-Warnings lengthWarnings(const Verdict& verdict) {
+Warnings lengthWarnings(const AnalysedClip& analysed) {
     constexpr double most = SmartAudioRouter::mostSeconds;
-    const auto& [group, result, names, take, files] = verdict;
+    const auto& [group, result, names, take, files] = analysed;
     if (!isHeard(result)) return {};
     Warnings warnings;
     for (const IncompleteFile& file : result.incompleteFiles) {
@@ -76,8 +76,8 @@ Warnings lengthWarnings(const Verdict& verdict) {
 }
 
 /// The steadiest channel wins, and nothing is steadier than timecode.
-Warnings timecodeWarnings(const Verdict& verdict) {
-    const auto& [group, result, names, take, files] = verdict;
+Warnings timecodeWarnings(const AnalysedClip& analysed) {
+    const auto& [group, result, names, take, files] = analysed;
     if (!isHeard(result) || group.manualActiveTracks.empty()) return {};
     std::set<int> timecode;
     for (const IXMLTrack& track : namedChannels(group, take))
@@ -154,9 +154,9 @@ std::vector<std::string> smartAudioWarnings(const WorkSnapshot& work) {
     for (const SyncGroup& group : work.groups()) {
         const auto result = results.find(group.id);
         if (result == results.end() || group.isMOS()) continue;
-        const Verdict verdict{group, *result->second, work.fileNames()};
+        const AnalysedClip analysed{group, *result->second, work.fileNames()};
         for (const auto about : {&unheardWarnings, &lengthWarnings, &timecodeWarnings})
-            for (std::string& warning : about(verdict))
+            for (std::string& warning : about(analysed))
                 // Cameras may share the recording.
                 if (said.insert(warning).second) warnings.push_back(std::move(warning));
     }

@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Files.h"
 #include "Platform/Text.h"
 
@@ -23,8 +24,6 @@ namespace {
 
 using enum ReviewColumn;
 using platform::text::trimmed;
-
-constexpr double secondsOfDay = 86400;
 
 /// In which the column of offsets counts.
 ClipRates ratesOf(const WorkSnapshot& work) {
@@ -177,7 +176,7 @@ class Reading {
                                                 "a comma"
                                               : ""));
         const double seconds = *frames / rates_.of(group.video);
-        if (std::abs(seconds) > secondsOfDay)
+        if (std::abs(seconds) > secondsADay)
             return problem(line, "an offset of " + std::string(cell) + " frames is more than a day");
         if (reviewFrames(*frames) != *present[offsetFrames]) decision.offsetSeconds = seconds;
     }

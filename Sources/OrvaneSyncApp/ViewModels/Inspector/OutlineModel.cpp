@@ -52,7 +52,7 @@ void addStatusLine(std::string& text, const std::string& line) { text += (text.e
 
 std::string OutlineModel::Counts::text() const {
     std::string text = shown == all ? "" : std::to_string(shown) + " of ";
-    text += counted(static_cast<long long>(all), "clip", "clips");
+    text += counted(all, "clip", "clips");
     text += "\n" + std::to_string(locked) + " locked";
     if (issues > 0) text += " · " + std::to_string(issues) + " to decide";
     return text;
@@ -98,7 +98,7 @@ OutlineModel::Row OutlineModel::row(std::size_t index) const {
         if (urgencyInOutline(own) > urgencyInOutline(row.certainty)) row.certainty = own;
     }
     if (place.isTake) {
-        row.facts = counted(static_cast<long long>(place.clips.size()), "camera", "cameras");
+        row.facts = counted(place.clips.size(), "camera", "cameras");
         row.status = "Open these cameras as multicam";
         return row;
     }

@@ -74,7 +74,6 @@ class ResultsViewModel {
     void setSearch(const std::string& text);
     /// Absent: the order of the clips.
     void setSorting(std::optional<Column> column, bool isAscending);
-    std::optional<Column> sortColumn() const { return sortColumn_; }
     bool isAscending() const { return isAscending_; }
     void toggleFolded(std::size_t row);
 

@@ -20,20 +20,21 @@ Thumbnails::Thumbnails(std::shared_ptr<platform::MainThread> mainThread, platfor
 
 Thumbnails::~Thumbnails() { stop_.request_stop(); }
 
-std::optional<platform::Picture> Thumbnails::decodeFile(const Wish& wish, platform::PictureSize limit,
+std::optional<platform::Picture> Thumbnails::decodeFile(const Request& request, platform::PictureSize limit,
                                                         const std::stop_token& stop) {
-    const auto reader = platform::FrameReader::open(wish.path);
+    const auto reader = platform::FrameReader::open(request.path);
     if (!reader) return std::nullopt;
     // Any picture near it tells what the clip shows; the quickest one does.
     constexpr double nearEnough = 2; // seconds
-    return reader->pictureAt(platform::MediaTime::fromSeconds(wish.seconds),
+    return reader->pictureAt(platform::MediaTime::fromSeconds(request.seconds),
                              platform::MediaTime::fromSeconds(nearEnough), limit, stop);
 }
 
-void Thumbnails::want(std::vector<Wish> inView) {
-    if (underWay_ && std::ranges::find(inView, *underWay_, &Wish::path) == inView.end()) stop_.request_stop();
+void Thumbnails::want(std::vector<Request> inView) {
+    if (underWay_ && std::ranges::find(inView, *underWay_, &Request::path) == inView.end())
+        stop_.request_stop();
     const bool comes = !stop_.stop_requested();
-    std::erase_if(inView, [&](const Wish& one) {
+    std::erase_if(inView, [&](const Request& one) {
         return byPath_.contains(one.path) || (comes && underWay_ == one.path);
     });
     wanted_ = std::move(inView);
@@ -51,22 +52,22 @@ platform::Subscription Thumbnails::onChange(std::function<void(const std::string
 
 void Thumbnails::decodeNext() {
     if (wanted_.empty()) return;
-    Wish wish = std::move(wanted_.front());
+    Request request = std::move(wanted_.front());
     wanted_.erase(wanted_.begin());
-    underWay_ = wish.path;
+    underWay_ = request.path;
     stop_ = {};
     queue_->post([weak = weak_from_this(), main = std::weak_ptr(mainThread_), decode = decode_,
-                  limit = limit_, wish = std::move(wish), stop = stop_.get_token()] {
+                  limit = limit_, request = std::move(request), stop = stop_.get_token()] {
         std::optional<platform::Picture> picture;
         bool isStopped = false;
         try {
-            picture = decode(wish, limit, stop);
+            picture = decode(request, limit, stop);
         } catch (const platform::Stopped&) {
             isStopped = true;
         }
         const auto thread = main.lock();
         if (!thread) return;
-        thread->post([weak, path = wish.path, picture = std::move(picture),
+        thread->post([weak, path = request.path, picture = std::move(picture),
                       isStopped = isStopped || stop.stop_requested()]() mutable {
             const auto self = weak.lock();
             if (!self) return;

@@ -22,13 +22,13 @@ namespace orvane {
 /// hundred stay at hand. Interface thread; held by a shared pointer, as work holds it weakly.
 class Thumbnails : public std::enable_shared_from_this<Thumbnails> {
   public:
-    struct Wish {
+    struct Request {
         std::string path;   ///< in the bytes of the file system
         double seconds = 0; ///< of the clip
     };
     /// On a thread that may wait. Nothing for a file without a picture.
     using Decode = std::function<std::optional<platform::Picture>(
-        const Wish& wish, platform::PictureSize limit, const std::stop_token& stop)>;
+        const Request& request, platform::PictureSize limit, const std::stop_token& stop)>;
     static constexpr std::size_t mostKept = 400;
 
     static std::shared_ptr<Thumbnails> create(std::shared_ptr<platform::MainThread> mainThread,
@@ -36,14 +36,14 @@ class Thumbnails : public std::enable_shared_from_this<Thumbnails> {
     ~Thumbnails();
 
     /// In place of what was wanted before.
-    void want(std::vector<Wish> inView);
+    void want(std::vector<Request> inView);
     /// Null: not decoded, or the file has none.
     const platform::Picture* find(const std::string& path) const;
     /// One was decoded.
     platform::Subscription onChange(std::function<void(const std::string& path)> callback);
 
     /// By the media helper.
-    static std::optional<platform::Picture> decodeFile(const Wish& wish, platform::PictureSize limit,
+    static std::optional<platform::Picture> decodeFile(const Request& request, platform::PictureSize limit,
                                                        const std::stop_token& stop);
 
   private:
@@ -58,7 +58,7 @@ class Thumbnails : public std::enable_shared_from_this<Thumbnails> {
     const std::shared_ptr<platform::MainThread> mainThread_;
     const platform::PictureSize limit_;
     const Decode decode_;
-    std::vector<Wish> wanted_; ///< that are not decoded yet, in order
+    std::vector<Request> wanted_; ///< that are not decoded yet, in order
     std::optional<std::string> underWay_;
     std::stop_source stop_;
     std::list<Kept> kept_; ///< the newest first

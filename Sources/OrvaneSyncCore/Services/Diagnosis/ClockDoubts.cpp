@@ -296,8 +296,7 @@ class ClockDoubts {
                       "the clips in '" + card.folder + "' are " + spanText(std::abs(claim->seconds)) +
                           (claim->seconds > 0 ? " late" : " early") +
                           " against recordings that fit other clips: with these moved by that, " +
-                          std::to_string(matched) + " of " +
-                          counted(static_cast<long long>(clips.size()), "clip", "clips") +
+                          std::to_string(matched) + " of " + counted(clips.size(), "clip", "clips") +
                           " without all of their sound would match" + knownTo(*claim),
                       cure_.of({card.folder, std::nullopt, {}}, claim->seconds) + cure_.inAScanOfClips(card) +
                           clapAfter(*claim)},

@@ -98,7 +98,7 @@ class RateDoubts {
                      {SyncDoubt::Kind::timecodeRate,
                       "clips and recordings drift apart with the time of day; with timecode that counts " +
                           text + " frames a second, " + std::to_string(rate.found) + " of " +
-                          counted(static_cast<long long>(clips_.uncovered.size()), "clip", "clips") +
+                          counted(clips_.uncovered.size(), "clip", "clips") +
                           " without all of their sound would match",
                       "--tc-rate " + text},
                      clips_.all); // what has sound has it by the wrong rate

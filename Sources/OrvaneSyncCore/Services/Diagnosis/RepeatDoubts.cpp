@@ -91,7 +91,7 @@ class RepeatDoubts {
             tries * chance::atLeast(most.clips, static_cast<int>(clips.size()), soundShare(shoot_, clips)) >
                 chance::smallest)
             return false;
-        const std::string all = counted(static_cast<long long>(clips.size()), "clip", "clips");
+        const std::string all = counted(clips.size(), "clip", "clips");
         const Card card{folder.value_or(""), std::nullopt, {}};
         addCardDoubt(doubts_,
                      {Kind::constantOffset,

@@ -47,8 +47,7 @@ std::vector<CardDoubt> SyncDoubts::summary(const SyncGroupList& groups) const {
     }
     for (std::size_t i = cards.size(); i < all.size(); ++i)
         if (const auto more = all[i].groupIDs.size() - 1; more > 0)
-            all[i].doubt.message +=
-                "; likewise " + counted(static_cast<long long>(more), "more clip", "more clips");
+            all[i].doubt.message += "; likewise " + counted(more, "more clip", "more clips");
     return all;
 }
 

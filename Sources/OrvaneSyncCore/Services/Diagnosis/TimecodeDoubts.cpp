@@ -120,8 +120,7 @@ class TimecodeDoubts {
                           counted(count, "recording", "recordings") + " in '" + std::string(folder) +
                               "', such as " + shoot_.nameOf(*recordings.front()) +
                               ", have no timecode and no time reference: no clip can find them, and " +
-                              counted(static_cast<long long>(silent.size()), "clip has", "clips have") +
-                              " no sound",
+                              counted(silent.size(), "clip has", "clips have") + " no sound",
                           byHand("the recordings")},
                          silent);
         }

@@ -46,28 +46,28 @@ std::vector<Event> assembleSceneEvents(std::vector<EventItem> items,
     return events;
 }
 
-std::vector<Event> assembleEvents(ExportWalk& walk) {
-    const ExportSettings& settings = walk.settings;
+std::vector<Event> assembleEvents(ExportRun& run) {
+    const ExportSettings& settings = run.settings;
     std::vector<Event> events;
-    const std::set<std::optional<std::string>> keys(walk.bucketKeys.begin(), walk.bucketKeys.end());
-    walk.result.sceneEventCount = static_cast<int>(keys.size() - keys.count(std::nullopt));
+    const std::set<std::optional<std::string>> keys(run.bucketKeys.begin(), run.bucketKeys.end());
+    run.result.sceneEventCount = static_cast<int>(keys.size() - keys.count(std::nullopt));
     if (settings.splitEventsByScene)
-        events = assembleSceneEvents(std::move(walk.eventItems), walk.bucketKeys, settings.eventName);
+        events = assembleSceneEvents(std::move(run.eventItems), run.bucketKeys, settings.eventName);
     else
-        events.push_back({.name = settings.eventName, .items = std::move(walk.eventItems)});
+        events.push_back({.name = settings.eventName, .items = std::move(run.eventItems)});
 
     // When events are split, variants that want no event of their own already stand in their scene's.
     if (!settings.splitEventsByScene) {
-        if (!settings.separateEventForNativeMOS) moveItems(walk.nativeMOSItems, events.front().items);
-        if (!settings.separateEventForProjectRate) moveItems(walk.projectRateItems, events.front().items);
+        if (!settings.separateEventForNativeMOS) moveItems(run.nativeMOSItems, events.front().items);
+        if (!settings.separateEventForProjectRate) moveItems(run.projectRateItems, events.front().items);
     }
     const auto appendEvent = [&](bool wanted, const std::string& name, std::vector<EventItem>& items) {
         if (wanted && !items.empty()) events.push_back({.name = name, .items = std::move(items)});
     };
-    appendEvent(settings.separateEventForNativeMOS, settings.nativeMOSEventName, walk.nativeMOSItems);
-    appendEvent(settings.separateEventForProjectRate, settings.projectRateEventName, walk.projectRateItems);
-    appendEvent(true, settings.rawMediaEventName, walk.rawItems);
-    walk.result.eventCount = static_cast<int>(events.size());
+    appendEvent(settings.separateEventForNativeMOS, settings.nativeMOSEventName, run.nativeMOSItems);
+    appendEvent(settings.separateEventForProjectRate, settings.projectRateEventName, run.projectRateItems);
+    appendEvent(true, settings.rawMediaEventName, run.rawItems);
+    run.result.eventCount = static_cast<int>(events.size());
     return events;
 }
 

@@ -26,34 +26,34 @@ AssetClip soundClip(const Asset& asset, const Time& duration, const ExportSettin
 
 } // namespace
 
-void addRoomTone(ExportWalk& walk) {
-    const ExportSettings& settings = walk.settings;
+void addRoomTone(ExportRun& run) {
+    const ExportSettings& settings = run.settings;
     if (!settings.atmoFileURL) return;
     const double seconds = settings.atmoDurationSeconds;
     const MediaAsset file(*settings.atmoFileURL, AssetKind::audio);
-    Asset asset = audioAsset(file, walk.resources.nextID(), 1, settings);
+    Asset asset = audioAsset(file, run.resources.nextID(), 1, settings);
     asset.name = file.filenameStem();
     asset.start = Time::zero();
     asset.duration = soundDuration(seconds, roomToneSampleRate).value_or(Time::zero());
 
     AssetClip clip = soundClip(asset, soundLength(asset.duration, usableRate(settings.frameRate)), settings);
     clip.lane = roomToneLane;
-    walk.resources.add(std::move(asset));
-    walk.place(std::move(clip), nullptr);
+    run.resources.add(std::move(asset));
+    run.place(std::move(clip), nullptr);
 }
 
-void addWildTracks(ExportWalk& walk) {
-    for (const WildTrack& track : walk.wildTracks) {
+void addWildTracks(ExportRun& run) {
+    for (const WildTrack& track : run.wildTracks) {
         if (!track.isApproved) continue;
-        Asset asset = audioAsset(track.audio, walk.resources.nextID(), 1, walk.settings);
+        Asset asset = audioAsset(track.audio, run.resources.nextID(), 1, run.settings);
         asset.name = track.customName;
         asset.start = Time::zero();
         asset.duration =
             soundDuration(track.audio.durationSeconds, audioRate(track.audio)).value_or(Time::zero());
         AssetClip clip =
-            soundClip(asset, soundLength(asset.duration, usableRate(walk.settings.frameRate)), walk.settings);
-        walk.resources.add(std::move(asset));
-        walk.place(std::move(clip), nullptr);
+            soundClip(asset, soundLength(asset.duration, usableRate(run.settings.frameRate)), run.settings);
+        run.resources.add(std::move(asset));
+        run.place(std::move(clip), nullptr);
     }
 }
 

@@ -208,27 +208,27 @@ std::optional<UUID> multicamBucketGroupID(const std::vector<const SyncGroup*>& g
     return std::ranges::max_element(buckets, {}, &Bucket::angles)->first; // the first among equals
 }
 
-void addMulticamClips(ExportWalk& walk) {
+void addMulticamClips(ExportRun& run) {
     std::vector<const SyncGroup*> groups;
-    for (const BuiltClip& built : walk.syncClips) groups.push_back(built.group);
-    for (const auto& cluster : multicamClusters(groups, walk.settings.matchRules)) {
-        platform::throwIfStopped(walk.stop);
+    for (const BuiltClip& built : run.syncClips) groups.push_back(built.group);
+    for (const auto& cluster : multicamClusters(groups, run.settings.matchRules)) {
+        platform::throwIfStopped(run.stop);
         std::vector<CameraClip> cameras;
         std::vector<const SyncGroup*> angles;
         for (const std::size_t member : cluster) {
             angles.push_back(groups[member]);
-            cameras.push_back({groups[member], walk.takeSyncClip(walk.syncClips[member])});
+            cameras.push_back({groups[member], run.takeSyncClip(run.syncClips[member])});
         }
-        auto multicam = buildMulticam(std::move(cameras), std::string(altFormatID), walk.clipNames,
-                                      walk.settings, walk.resources);
+        auto multicam = buildMulticam(std::move(cameras), std::string(altFormatID), run.clipNames,
+                                      run.settings, run.resources);
         if (!multicam) continue;
-        walk.resources.add(std::move(multicam->media));
-        const auto bucket = multicamBucketGroupID(angles, walk.sceneEventNames,
-                                                  walk.settings.splitEventsByScene, walk.result.warnings);
+        run.resources.add(std::move(multicam->media));
+        const auto bucket = multicamBucketGroupID(angles, run.sceneEventNames,
+                                                  run.settings.splitEventsByScene, run.result.warnings);
         const auto scene = std::ranges::find_if(
             angles, [&](const SyncGroup* angle) { return bucket && angle->id == *bucket; });
-        walk.place(std::move(multicam->clip), scene == angles.end() ? nullptr : *scene);
-        ++walk.result.multicamCount;
+        run.place(std::move(multicam->clip), scene == angles.end() ? nullptr : *scene);
+        ++run.result.multicamCount;
     }
 }
 

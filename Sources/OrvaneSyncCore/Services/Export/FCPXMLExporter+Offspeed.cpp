@@ -40,9 +40,9 @@ void addSingleKeyword(std::vector<MarkerItem>& markers, std::string value) {
     markers.emplace_back(Keyword{std::move(value)});
 }
 
-const std::string& nameWithoutTag(const ExportWalk& walk, const SyncGroup& group) {
-    const auto name = walk.clipNames.find(group.id);
-    return name == walk.clipNames.end() ? group.clipName : name->second;
+const std::string& nameWithoutTag(const ExportRun& run, const SyncGroup& group) {
+    const auto name = run.clipNames.find(group.id);
+    return name == run.clipNames.end() ? group.clipName : name->second;
 }
 
 SyncClip wrapped(AssetClip clip) {
@@ -58,10 +58,10 @@ SyncClip wrapped(AssetClip clip) {
 }
 
 /// A variant that wants no event of its own stands in its scene's where events are split.
-void placeVariant(ExportWalk& walk, EventItem item, const SyncGroup& group, bool separateEvent,
+void placeVariant(ExportRun& run, EventItem item, const SyncGroup& group, bool separateEvent,
                   std::vector<EventItem>& ownItems) {
-    if (walk.settings.splitEventsByScene && !separateEvent)
-        walk.place(std::move(item), &group);
+    if (run.settings.splitEventsByScene && !separateEvent)
+        run.place(std::move(item), &group);
     else
         ownItems.push_back(std::move(item));
 }
@@ -137,44 +137,44 @@ AssetClip buildNativeMOSClip(const SyncGroup& group, const std::string& videoAss
     return clip;
 }
 
-void addNativeMOSClips(ExportWalk& walk) {
-    const ExportSettings& settings = walk.settings;
-    for (const SyncGroup& group : walk.groups) {
-        platform::throwIfStopped(walk.stop);
+void addNativeMOSClips(ExportRun& run) {
+    const ExportSettings& settings = run.settings;
+    for (const SyncGroup& group : run.groups) {
+        platform::throwIfStopped(run.stop);
         if (!group.video.isOffspeed()) continue;
         if (!group.generateNativeMOSClip && !settings.generateNativeMOSForOffspeed) continue;
-        const auto asset = walk.videoAssetIDByGroup.find(group.id);
-        if (asset == walk.videoAssetIDByGroup.end()) continue;
-        AssetClip clip = buildNativeMOSClip(group, asset->second, nameWithoutTag(walk, group), settings);
+        const auto asset = run.videoAssetIDByGroup.find(group.id);
+        if (asset == run.videoAssetIDByGroup.end()) continue;
+        AssetClip clip = buildNativeMOSClip(group, asset->second, nameWithoutTag(run, group), settings);
         EventItem item = std::move(clip);
         if (settings.wrapNativeMOSInSyncClip) item = wrapped(std::get<AssetClip>(std::move(item)));
-        placeVariant(walk, std::move(item), group, settings.separateEventForNativeMOS, walk.nativeMOSItems);
-        ++walk.result.nativeRateCount;
+        placeVariant(run, std::move(item), group, settings.separateEventForNativeMOS, run.nativeMOSItems);
+        ++run.result.nativeRateCount;
     }
 }
 
-void addProjectRateClips(ExportWalk& walk) {
-    const ExportSettings& settings = walk.settings;
-    for (const SyncGroup& group : walk.groups) {
-        platform::throwIfStopped(walk.stop);
+void addProjectRateClips(ExportRun& run) {
+    const ExportSettings& settings = run.settings;
+    for (const SyncGroup& group : run.groups) {
+        platform::throwIfStopped(run.stop);
         if (!group.video.isOffspeed()) continue;
         if (!group.shouldGenerateProjectRateClip() && !settings.generateProjectRateForOffspeed) continue;
-        const auto video = walk.videoAssetIDByGroup.find(group.id);
-        const auto format = walk.formatIDByGroup.find(group.id);
-        const auto audio = walk.audioAssetIDsByGroup.find(group.id);
-        if (video == walk.videoAssetIDByGroup.end() || format == walk.formatIDByGroup.end() ||
-            audio == walk.audioAssetIDsByGroup.end())
+        const auto video = run.videoAssetIDByGroup.find(group.id);
+        const auto format = run.formatIDByGroup.find(group.id);
+        const auto audio = run.audioAssetIDsByGroup.find(group.id);
+        if (video == run.videoAssetIDByGroup.end() || format == run.formatIDByGroup.end() ||
+            audio == run.audioAssetIDsByGroup.end())
             continue;
         const ClipResources resources{.videoAssetID = video->second,
                                       .audioAssetIDs = audio->second,
                                       .altFormatID = std::string(altFormatID),
                                       .nativeFormatID = format->second,
                                       .audioFormatID = std::string(audioFormatID)};
-        auto clip = buildProjectRateSyncClip(group, resources, nameWithoutTag(walk, group), settings);
+        auto clip = buildProjectRateSyncClip(group, resources, nameWithoutTag(run, group), settings);
         if (!clip) continue;
-        placeVariant(walk, std::move(*clip), group, settings.separateEventForProjectRate,
-                     walk.projectRateItems);
-        ++walk.result.projectRateCount;
+        placeVariant(run, std::move(*clip), group, settings.separateEventForProjectRate,
+                     run.projectRateItems);
+        ++run.result.projectRateCount;
     }
 }
 

@@ -86,25 +86,25 @@ AssetClip rawAudioAssetClip(const MediaAsset& audio, const std::unordered_map<UU
         soundLength(soundDuration(audio.durationSeconds, audioRate(audio)), usableRate(settings.frameRate)));
 }
 
-void addRawMedia(ExportWalk& walk) {
-    const auto reusable = rawMediaReusableAudioAssetIDs(walk.groups, walk.audioAssetIDsByGroup);
-    for (const SyncGroup& group : walk.groups) {
-        platform::throwIfStopped(walk.stop);
-        walk.rawItems.emplace_back(
-            rawVideoAssetClip(group, walk.videoAssetIDByGroup, walk.resources, walk.settings));
+void addRawMedia(ExportRun& run) {
+    const auto reusable = rawMediaReusableAudioAssetIDs(run.groups, run.audioAssetIDsByGroup);
+    for (const SyncGroup& group : run.groups) {
+        platform::throwIfStopped(run.stop);
+        run.rawItems.emplace_back(
+            rawVideoAssetClip(group, run.videoAssetIDByGroup, run.resources, run.settings));
     }
 
     std::unordered_set<UUID> seen;
     const auto addOnce = [&](const MediaAsset& audio) {
-        platform::throwIfStopped(walk.stop);
+        platform::throwIfStopped(run.stop);
         if (seen.insert(audio.id).second)
-            walk.rawItems.emplace_back(rawAudioAssetClip(audio, reusable, walk.resources, walk.settings));
+            run.rawItems.emplace_back(rawAudioAssetClip(audio, reusable, run.resources, run.settings));
     };
-    for (const SyncGroup& group : walk.groups)
-        for (const std::size_t match : writtenMatches(group, walk.settings))
+    for (const SyncGroup& group : run.groups)
+        for (const std::size_t match : writtenMatches(group, run.settings))
             addOnce(group.audioMatches[match].audio);
-    for (const WildTrack& track : walk.wildTracks) addOnce(track.audio);
-    walk.result.sourceMediaCount = static_cast<int>(walk.rawItems.size());
+    for (const WildTrack& track : run.wildTracks) addOnce(track.audio);
+    run.result.sourceMediaCount = static_cast<int>(run.rawItems.size());
 }
 
 } // namespace orvane::FCPXMLExporter

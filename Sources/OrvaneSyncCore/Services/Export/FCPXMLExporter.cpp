@@ -17,115 +17,115 @@ namespace {
 
 constexpr double rateMismatch = 0.02;
 
-void addMainFormats(ExportWalk& walk) {
-    const ExportSettings& settings = walk.settings;
+void addMainFormats(ExportRun& run) {
+    const ExportSettings& settings = run.settings;
     const bool alternate = settings.videoResolution == VideoResolutionMode::useAlternateFrameSize;
     Format main;
-    main.id = {walk.resources.nextID()};
+    main.id = {run.resources.nextID()};
     main.frameDuration = frameDurationTime(settings.frameRate);
     main.width = alternate ? settings.alternateWidth : settings.outputWidth;
     main.height = alternate ? settings.alternateHeight : settings.outputHeight;
     main.colorSpace = VideoColorSpace::rec709();
-    walk.resources.add(std::move(main));
+    run.resources.add(std::move(main));
 
     Format audio;
-    audio.id = {walk.resources.nextID()};
+    audio.id = {run.resources.nextID()};
     audio.name = std::string(VideoFormat::FFVideoFormatRateUndefined);
-    walk.resources.add(std::move(audio));
+    run.resources.add(std::move(audio));
 }
 
-void warnOfOtherRate(ExportWalk& walk, const SyncGroup& group) {
-    const double own = group.video.projectFrameRate.value_or(0), project = walk.settings.projectFrameRate;
+void warnOfOtherRate(ExportRun& run, const SyncGroup& group) {
+    const double own = group.video.projectFrameRate.value_or(0), project = run.settings.projectFrameRate;
     if (!group.matchStatus.isSettled() || !(own > 0) || !(project > 0)) return;
     if (!(std::max(own, project) / std::min(own, project) - 1 > rateMismatch)) return;
-    walk.warn("Project rate mismatch: ", group,
-              " is " + threeDigits(own) + " fps, project is " + threeDigits(project) + " fps");
+    run.warn("Project rate mismatch: ", group,
+             " is " + threeDigits(own) + " fps, project is " + threeDigits(project) + " fps");
 }
 
-std::string eventClipName(const ExportWalk& walk, const SyncGroup& group) {
-    const auto name = walk.clipNames.find(group.id);
-    return GroupNaming::appendingOffspeedTag(name == walk.clipNames.end() ? group.clipName : name->second,
+std::string eventClipName(const ExportRun& run, const SyncGroup& group) {
+    const auto name = run.clipNames.find(group.id);
+    return GroupNaming::appendingOffspeedTag(name == run.clipNames.end() ? group.clipName : name->second,
                                              group);
 }
 
-void addClipWithoutAudio(ExportWalk& walk, const SyncGroup& group) {
-    if (walk.settings.wrapMOSInSyncClip) {
-        auto clip = buildMOSSyncClipWrapper(group, walk.resources, std::string(altFormatID),
-                                            eventClipName(walk, group), walk.settings);
+void addClipWithoutAudio(ExportRun& run, const SyncGroup& group) {
+    if (run.settings.wrapMOSInSyncClip) {
+        auto clip = buildMOSSyncClipWrapper(group, run.resources, std::string(altFormatID),
+                                            eventClipName(run, group), run.settings);
         if (clip) {
-            walk.place(std::move(*clip), &group);
-            ++walk.result.syncClipCount;
+            run.place(std::move(*clip), &group);
+            ++run.result.syncClipCount;
             return;
         }
     }
-    walk.warn("MOS (no audio): ", group);
+    run.warn("MOS (no audio): ", group);
 }
 
 /// The picture's format and asset, and an asset for each of its recordings. Nothing is shared between clips.
-ClipResources addClipResources(ExportWalk& walk, const SyncGroup& group) {
-    const ExportSettings& settings = walk.settings;
+ClipResources addClipResources(ExportRun& run, const SyncGroup& group) {
+    const ExportSettings& settings = run.settings;
     ClipResources ids;
-    ids.videoAssetID = walk.resources.nextID();
-    ids.nativeFormatID = walk.resources.nextID();
+    ids.videoAssetID = run.resources.nextID();
+    ids.nativeFormatID = run.resources.nextID();
     ids.altFormatID = altFormatID;
     ids.audioFormatID = audioFormatID;
-    walk.resources.add(nativeFormat(group.video, ids.nativeFormatID, settings));
-    walk.resources.add(videoAsset(group.video, ids.videoAssetID, ids.nativeFormatID, settings));
+    run.resources.add(nativeFormat(group.video, ids.nativeFormatID, settings));
+    run.resources.add(videoAsset(group.video, ids.videoAssetID, ids.nativeFormatID, settings));
 
     ids.audioAssetIDs.resize(group.audioMatches.size());
     for (const std::size_t match : writtenMatches(group, settings)) {
-        ids.audioAssetIDs[match] = walk.resources.nextID();
-        walk.resources.add(
+        ids.audioAssetIDs[match] = run.resources.nextID();
+        run.resources.add(
             recordingAsset(group.audioMatches[match].audio, ids.audioAssetIDs[match], settings));
     }
-    walk.videoAssetIDByGroup[group.id] = ids.videoAssetID;
-    walk.formatIDByGroup[group.id] = ids.nativeFormatID;
-    walk.audioAssetIDsByGroup[group.id] = ids.audioAssetIDs;
+    run.videoAssetIDByGroup[group.id] = ids.videoAssetID;
+    run.formatIDByGroup[group.id] = ids.nativeFormatID;
+    run.audioAssetIDsByGroup[group.id] = ids.audioAssetIDs;
     return ids;
 }
 
-void addClip(ExportWalk& walk, const SyncGroup& group) {
-    const ClipResources resources = addClipResources(walk, group);
-    auto clip = buildSyncClip(group, resources, eventClipName(walk, group), walk.settings);
+void addClip(ExportRun& run, const SyncGroup& group) {
+    const ClipResources resources = addClipResources(run, group);
+    auto clip = buildSyncClip(group, resources, eventClipName(run, group), run.settings);
     if (!clip) return;
-    const bool inEvent = walk.settings.generateSyncClips;
-    if (walk.settings.generateMulticam) {
-        walk.syncClips.push_back({&group, inEvent ? walk.eventItems.size() : walk.looseClips.size()});
-        if (!inEvent) walk.looseClips.push_back(std::move(*clip));
+    const bool inEvent = run.settings.generateSyncClips;
+    if (run.settings.generateMulticam) {
+        run.syncClips.push_back({&group, inEvent ? run.eventItems.size() : run.looseClips.size()});
+        if (!inEvent) run.looseClips.push_back(std::move(*clip));
     }
     if (!inEvent) return;
-    walk.place(std::move(*clip), &group);
-    ++walk.result.syncClipCount;
+    run.place(std::move(*clip), &group);
+    ++run.result.syncClipCount;
 }
 
-void addGroup(ExportWalk& walk, const SyncGroup& group) {
-    platform::throwIfStopped(walk.stop);
-    warnOfOtherRate(walk, group);
+void addGroup(ExportRun& run, const SyncGroup& group) {
+    platform::throwIfStopped(run.stop);
+    warnOfOtherRate(run, group);
     if (group.isMOS())
-        addClipWithoutAudio(walk, group);
+        addClipWithoutAudio(run, group);
     else if (!group.matchStatus.isSettled())
-        walk.warn("Skipped (not matched): ", group);
+        run.warn("Skipped (not matched): ", group);
     else
-        addClip(walk, group);
+        addClip(run, group);
 }
 
 /// What Smart Audio heard is kept in memory alone.
-void warnOfMissingCurves(ExportWalk& walk) {
-    if (!walk.settings.volumeKeyframes) return;
+void warnOfMissingCurves(ExportRun& run) {
+    if (!run.settings.volumeKeyframes) return;
     const int clips =
-        ExportPreview::smartAudioCoverage(walk.groups, walk.settings.smartAudioResults).unanalyzed;
+        ExportPreview::smartAudioCoverage(run.groups, run.settings.smartAudioResults).unanalyzed;
     if (clips > 0)
-        walk.result.warnings.push_back("Volume curves are missing: Smart Audio has not heard " +
-                                       std::to_string(clips) + (clips == 1 ? " clip" : " clips") +
-                                       "; analyze and export again");
+        run.result.warnings.push_back("Volume curves are missing: Smart Audio has not heard " +
+                                      std::to_string(clips) + (clips == 1 ? " clip" : " clips") +
+                                      "; analyze and export again");
 }
 
-std::string documentText(ExportWalk& walk) {
+std::string documentText(ExportRun& run) {
     FCPXML document;
-    document.version = walk.settings.fcpxmlVersion;
-    document.items.push_back({assembleEvents(walk)});
-    document.resources.items = walk.resources.take();
-    XMLDocument tree = std::move(document).toXMLDocument(std::nullopt, walk.stop);
+    document.version = run.settings.fcpxmlVersion;
+    document.items.push_back({assembleEvents(run)});
+    document.resources.items = run.resources.take();
+    XMLDocument tree = std::move(document).toXMLDocument(std::nullopt, run.stop);
     FCPXMLDTDFixer::fix(tree);
     return tree.text();
 }
@@ -156,7 +156,7 @@ void giveEditableItemsTheirType(std::string& text, const std::stop_token& stop) 
     }
 }
 
-void ExportWalk::warn(std::string_view before, const SyncGroup& group, std::string_view behind) {
+void ExportRun::warn(std::string_view before, const SyncGroup& group, std::string_view behind) {
     if (!fileNames) {
         fileNames.emplace();
         for (const SyncGroup& other : groups) fileNames->add(other.video);
@@ -164,14 +164,14 @@ void ExportWalk::warn(std::string_view before, const SyncGroup& group, std::stri
     result.warnings.push_back(std::string(before) + fileNames->of(group.video) + std::string(behind));
 }
 
-void ExportWalk::place(EventItem item, const SyncGroup* group) {
+void ExportRun::place(EventItem item, const SyncGroup* group) {
     eventItems.push_back(std::move(item));
     if (!settings.splitEventsByScene) return;
     const auto name = group == nullptr ? sceneEventNames.end() : sceneEventNames.find(group->id);
     bucketKeys.push_back(name == sceneEventNames.end() ? std::nullopt : std::optional(name->second));
 }
 
-SyncClip ExportWalk::takeSyncClip(const BuiltClip& built) {
+SyncClip ExportRun::takeSyncClip(const BuiltClip& built) {
     if (settings.generateSyncClips) return std::get<SyncClip>(eventItems.at(built.index));
     return std::move(looseClips.at(built.index));
 }
@@ -182,32 +182,32 @@ ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<Wi
         allGroups.filtered([](const SyncGroup& group) { return !group.isExcludedFromExport; });
     if (groups.empty()) throw ExportError::noGroups();
 
-    ExportWalk walk(groups, wildTracks, settings, stop);
-    walk.clipNames = exportClipNames(groups, settings);
+    ExportRun run(groups, wildTracks, settings, stop);
+    run.clipNames = exportClipNames(groups, settings);
     if (settings.splitEventsByScene)
         for (const SyncGroup& group : groups)
             if (auto name = sceneEventName(group, settings.eventNamePattern, settings.eventName))
-                walk.sceneEventNames[group.id] = std::move(*name);
+                run.sceneEventNames[group.id] = std::move(*name);
 
     constexpr std::size_t usualResources = 3; // a format, the picture, one recording
-    walk.resources.reserve(groups.size() * usualResources + 2);
-    walk.eventItems.reserve(groups.size());
-    walk.videoAssetIDByGroup.reserve(groups.size());
-    walk.formatIDByGroup.reserve(groups.size());
-    walk.audioAssetIDsByGroup.reserve(groups.size());
-    addMainFormats(walk);
-    for (const SyncGroup& group : groups) addGroup(walk, group);
-    warnOfMissingCurves(walk);
-    if (settings.generateMulticam && walk.syncClips.size() >= 2) addMulticamClips(walk);
-    addRoomTone(walk);
-    addWildTracks(walk);
-    if (settings.generateRawMediaEvent) addRawMedia(walk);
-    addNativeMOSClips(walk);
-    addProjectRateClips(walk);
-    walk.result.fcpxmlString = documentText(walk);
+    run.resources.reserve(groups.size() * usualResources + 2);
+    run.eventItems.reserve(groups.size());
+    run.videoAssetIDByGroup.reserve(groups.size());
+    run.formatIDByGroup.reserve(groups.size());
+    run.audioAssetIDsByGroup.reserve(groups.size());
+    addMainFormats(run);
+    for (const SyncGroup& group : groups) addGroup(run, group);
+    warnOfMissingCurves(run);
+    if (settings.generateMulticam && run.syncClips.size() >= 2) addMulticamClips(run);
+    addRoomTone(run);
+    addWildTracks(run);
+    if (settings.generateRawMediaEvent) addRawMedia(run);
+    addNativeMOSClips(run);
+    addProjectRateClips(run);
+    run.result.fcpxmlString = documentText(run);
     platform::throwIfStopped(stop);
-    giveEditableItemsTheirType(walk.result.fcpxmlString, stop);
-    return std::move(walk.result);
+    giveEditableItemsTheirType(run.result.fcpxmlString, stop);
+    return std::move(run.result);
 }
 
 } // namespace orvane::FCPXMLExporter

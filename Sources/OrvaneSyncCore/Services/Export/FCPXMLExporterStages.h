@@ -22,10 +22,10 @@ struct BuiltClip {
     std::size_t index = 0; ///< in `eventItems`, or in `looseClips` where clips stand in no event
 };
 
-/// What the walk over the groups has collected.
-struct ExportWalk {
-    ExportWalk(const SyncGroupList& exported, const std::vector<WildTrack>& wild,
-               const ExportSettings& chosen, std::stop_token asked = {})
+/// What the run over the groups has collected.
+struct ExportRun {
+    ExportRun(const SyncGroupList& exported, const std::vector<WildTrack>& wild, const ExportSettings& chosen,
+              std::stop_token asked = {})
         : groups(exported), wildTracks(wild), settings(chosen), stop(std::move(asked)) {}
 
     const SyncGroupList& groups; ///< without those that are excluded
@@ -110,13 +110,13 @@ inline constexpr std::size_t fewestCameras = 2;
 std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const SyncGroup*>& groups,
                                                        const MatchRules& rules);
 
-void addMulticamClips(ExportWalk& walk);
-void addRoomTone(ExportWalk& walk);
-void addWildTracks(ExportWalk& walk);
-void addRawMedia(ExportWalk& walk);
-void addNativeMOSClips(ExportWalk& walk);
-void addProjectRateClips(ExportWalk& walk);
-std::vector<fcpxml::Event> assembleEvents(ExportWalk& walk);
+void addMulticamClips(ExportRun& run);
+void addRoomTone(ExportRun& run);
+void addWildTracks(ExportRun& run);
+void addRawMedia(ExportRun& run);
+void addNativeMOSClips(ExportRun& run);
+void addProjectRateClips(ExportRun& run);
+std::vector<fcpxml::Event> assembleEvents(ExportRun& run);
 
 /// Final Cut Pro wants the type of what the user may edit; the document model has no other path for it.
 /// Quotes inside values are escaped, so the pattern is always an attribute. Works in place, from the end: a

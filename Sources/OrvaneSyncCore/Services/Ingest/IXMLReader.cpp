@@ -51,8 +51,8 @@ void readDocument(RandomAccessFile& file, std::uint64_t at, std::uint64_t size, 
 void readChunks(RandomAccessFile& file, Chunks& chunks) {
     const auto form = WaveChunks::formOf(file);
     if (!form) return;
-    WaveChunks walk(file, *form);
-    while (const auto chunk = chunks.isComplete() ? std::nullopt : walk.next()) {
+    WaveChunks reader(file, *form);
+    while (const auto chunk = chunks.isComplete() ? std::nullopt : reader.next()) {
         if (chunk->is("bext") && chunks.wantsBext && chunks.bext.empty())
             chunks.bext = file.read(chunk->body, chunk->bounded(bextBytesRead));
         else if (chunk->is("iXML") && chunks.wantsIXML && !chunks.hasIXML)

@@ -36,17 +36,18 @@ float SlidingMaximum::add(float value) {
     return ring_[first_].value;
 }
 
-Compressor::Compressor(const Law& law, double sampleRate)
-    : law_(law), attack_(shareOfASample(law.attackSeconds, sampleRate)),
-      release_(shareOfASample(law.releaseSeconds, sampleRate)),
-      threshold_(static_cast<float>(linear(law.thresholdDB))), level_(samplesIn(levelSeconds, sampleRate)),
-      gain_(linear(law.makeUpDB)) {}
+Compressor::Compressor(const Curve& curve, double sampleRate)
+    : curve_(curve), attack_(shareOfASample(curve.attackSeconds, sampleRate)),
+      release_(shareOfASample(curve.releaseSeconds, sampleRate)),
+      threshold_(static_cast<float>(linear(curve.thresholdDB))), level_(samplesIn(levelSeconds, sampleRate)),
+      gain_(linear(curve.makeUpDB)) {}
 
 double Compressor::wantedReductionDB(float level) {
     if (level <= threshold_) return 0;
     if (level != lastLevel_) {
         lastLevel_ = level;
-        lastWanted_ = (20 * std::log10(static_cast<double>(level)) - law_.thresholdDB) * (1 - 1 / law_.ratio);
+        lastWanted_ =
+            (20 * std::log10(static_cast<double>(level)) - curve_.thresholdDB) * (1 - 1 / curve_.ratio);
     }
     return lastWanted_;
 }
@@ -58,7 +59,7 @@ double Compressor::operator()(double in) {
     if (std::abs(way) > inaudibleDB) {
         reductionDB_ += way * (way > 0 ? attack_ : release_);
         constexpr double naturalPerDB = 0.11512925464970229; // ln(10) / 20
-        gain_ = std::exp((law_.makeUpDB - reductionDB_) * naturalPerDB);
+        gain_ = std::exp((curve_.makeUpDB - reductionDB_) * naturalPerDB);
     }
     return in * gain_;
 }

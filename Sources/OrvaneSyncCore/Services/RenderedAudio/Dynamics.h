@@ -30,7 +30,7 @@ class SlidingMaximum {
 /// shrinks.
 class Compressor {
   public:
-    struct Law {
+    struct Curve {
         double thresholdDB = 0; ///< dBFS
         double ratio = 1;       ///< 1 or more
         double attackSeconds = 0;
@@ -39,13 +39,13 @@ class Compressor {
     };
     static constexpr double levelSeconds = 0.010;
 
-    Compressor(const Law& law, double sampleRate);
+    Compressor(const Curve& curve, double sampleRate);
     double operator()(double in);
 
   private:
     double wantedReductionDB(float level);
 
-    Law law_;
+    Curve curve_;
     double attack_, release_; ///< shares of the way to the goal that one sample goes
     float threshold_;         ///< linear
     SlidingMaximum level_;

@@ -11,7 +11,7 @@ constexpr double shelfHz = 3000, limiterAttackSeconds = 0.012, limiterDecaySecon
 
 double amount(double value) { return std::clamp(value, 0.0, 1.0); }
 
-Compressor::Law lawOf(const VoiceIsolationSettings& settings) {
+Compressor::Curve curveOf(const VoiceIsolationSettings& settings) {
     const double l = amount(settings.loudnessAmount), u = amount(settings.loudnessUniformity);
     return {.thresholdDB = -12 - 12 * l,
             .ratio = 1.5 + 3.5 * l,
@@ -31,7 +31,7 @@ bool VoiceIsolationSettings::isBypass() const {
 VoiceIsolationChain::VoiceIsolationChain(const VoiceIsolationSettings& settings, double sampleRate)
     : highPass_(Biquad::highPass(40 + 140 * amount(settings.voiceIsoAmount), sampleRate)),
       shelf_(Biquad::highShelf(shelfHz, 3 * amount(settings.voiceIsoAmount), sampleRate)),
-      compressor_(lawOf(settings), sampleRate),
+      compressor_(curveOf(settings), sampleRate),
       limiter_(limiterAttackSeconds, limiterDecaySeconds, sampleRate),
       masterGain_(std::pow(10, settings.masterGainDB / 20)) {}
 

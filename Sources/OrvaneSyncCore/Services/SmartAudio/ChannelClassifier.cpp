@@ -131,22 +131,22 @@ ChannelClassification classifyByName(int track, const std::string& name) {
 
 ChannelClassification classifyBySignal(int track, int channelCount, bool othersAreNamed,
                                        const ChannelStats& stats) {
-    const auto verdict = [track](ChannelKind kind, float confidence, std::string_view why) {
+    const auto classified = [track](ChannelKind kind, float confidence, std::string_view why) {
         return ChannelClassification{track,        kind, confidence, std::string(guessed).append(why),
                                      std::nullopt, false};
     };
     if (channelCount >= multitrackChannels && track <= lastMixChannel) {
         const std::string channel = "ch " + std::to_string(track);
         if (stats.averageRMS < silentRMS)
-            return verdict(ChannelKind::lav, 0.4F, "very low level on " + channel);
-        return verdict(ChannelKind::mix, 0.6F, channel + " of multitrack → Mix (recorder convention)");
+            return classified(ChannelKind::lav, 0.4F, "very low level on " + channel);
+        return classified(ChannelKind::mix, 0.6F, channel + " of multitrack → Mix (recorder convention)");
     }
     if (channelCount < fewestRoleChannels)
-        return verdict(ChannelKind::unknown, 0.3F,
-                       std::to_string(channelCount) + "-ch file — no role to assign");
-    if (stats.spectralWidth > wideSpectrum) return verdict(ChannelKind::boom, 0.55F, wideReason);
-    if (othersAreNamed) return verdict(ChannelKind::lav, 0.55F, "no iXML on this ch — defaulting to Lav");
-    return verdict(ChannelKind::lav, 0.55F, narrowReason);
+        return classified(ChannelKind::unknown, 0.3F,
+                          std::to_string(channelCount) + "-ch file — no role to assign");
+    if (stats.spectralWidth > wideSpectrum) return classified(ChannelKind::boom, 0.55F, wideReason);
+    if (othersAreNamed) return classified(ChannelKind::lav, 0.55F, "no iXML on this ch — defaulting to Lav");
+    return classified(ChannelKind::lav, 0.55F, narrowReason);
 }
 
 /// A recording has one mix; what else looks like one is most likely a person's microphone.

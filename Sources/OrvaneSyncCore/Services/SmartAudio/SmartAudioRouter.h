@@ -41,7 +41,7 @@ struct SmartAudioRequest {
     ListenersAlongside alongside = {};
 };
 
-/// Listens to one recording once and gives the verdict. Never fails: a recording that cannot be read gives
+/// Listens to one recording once and gives the result. Never fails: a recording that cannot be read gives
 /// the empty result.
 class SmartAudioRouter {
   public:

@@ -1,4 +1,4 @@
-#include "OrvaneSyncApp/Views/ScreenWalk.h"
+#include "OrvaneSyncApp/Views/ScreenSeries.h"
 
 #include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
@@ -282,7 +282,7 @@ class Walk : public QTimer {
 
 } // namespace
 
-void walkScreens(MainWindow& window, const QString& folder, std::function<void()> done) {
+void writeScreens(MainWindow& window, const QString& folder, std::function<void()> done) {
     QDir().mkpath(folder);
     new Walk(window, folder, std::move(done));
 }

@@ -6,6 +6,7 @@
 #include <httplib.h>
 
 #include <array>
+#include <atomic>
 #include <condition_variable>
 #include <filesystem>
 #include <functional>
@@ -87,8 +88,8 @@ class Serving {
     }
 
     std::string version = "a";
-    std::vector<std::string> ranges; ///< that were asked for
-    int piecesUntilCut = -1;         ///< negative: never
+    std::vector<std::string> ranges;      ///< that were asked for
+    std::atomic<int> piecesUntilCut = -1; ///< negative: never
 
   private:
     Server server_;

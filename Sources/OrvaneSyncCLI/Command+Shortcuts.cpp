@@ -143,8 +143,9 @@ std::string exportTo(const Shortcuts& center, const Arguments& arguments) {
 std::string save(const Shortcuts& center, const Arguments& arguments) {
     const std::string& name = arguments.positionals()[1];
     center.wait(center->saveProfile(name));
-    return name.find_first_not_of(" \t") == std::string::npos ? "A profile without a name is not saved."
-                                                              : "Saved the profile " + name + ".";
+    return name.find_first_not_of(" \t") == std::string::npos
+               ? "A profile without a name is not saved."
+               : "Saved the profile " + center->currentProfileName().value_or(name) + ".";
 }
 
 std::string load(const Shortcuts& center, const Arguments& arguments) {

@@ -113,10 +113,12 @@ int runProgram(int argc, char** argv) {
     // Nothing is lost: what is decided is on the disk before the program ends.
     QObject::connect(&application, &QGuiApplication::applicationStateChanged, &application,
                      [&desktop](Qt::ApplicationState state) {
-                         if (state == Qt::ApplicationActive)
+                         if (state == Qt::ApplicationActive) {
                              desktop.sessions().becomeActive();
-                         else
+                             desktop.context().shortcuts()->refreshed();
+                         } else {
                              desktop.sessions().resignActive();
+                         }
                      });
     QApplication::setQuitOnLastWindowClosed(false);
     QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application, [&desktop] {

@@ -117,6 +117,18 @@ TEST_F(Centers, keepChangesAndSayWhatIsWrongWithThem) {
     EXPECT_TRUE(bindingProblems(second->bindings()).empty());
 }
 
+TEST_F(Centers, doNotWriteOverEachOther) {
+    adoptSchema();
+    const auto one = center(), other = center();
+    EXPECT_EQ(failure(one->setBinding({"x", {}}, ShortcutAction::clapCheck)), "");
+    EXPECT_EQ(failure(other->setBinding({"y", {}}, ShortcutAction::zoomFit)), "");
+    EXPECT_EQ(other->action("x", {}), ShortcutAction::clapCheck);
+    EXPECT_EQ(one->action("y", {}), std::nullopt);
+    EXPECT_EQ(failure(one->refreshed()), "");
+    EXPECT_EQ(one->action("y", {}), ShortcutAction::zoomFit);
+    EXPECT_EQ(onDisk(), one->bindings());
+}
+
 TEST_F(Centers, keepProfiles) {
     adoptSchema();
     const auto own = center();

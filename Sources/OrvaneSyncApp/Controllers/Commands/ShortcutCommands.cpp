@@ -16,7 +16,7 @@ JSON listing(const ShortcutCenter& center) { return bindingsListing(center.bindi
 template <JSON (*answer)(const ShortcutCenter&)>
 platform::Task run(std::shared_ptr<ShortcutCenter> center,
                    std::function<platform::Task(ShortcutCenter&)> operation, std::shared_ptr<JSON> result) {
-    co_await center->ready();
+    co_await center->refreshed();
     if (operation) co_await operation(*center);
     *result = answer(*center);
 }

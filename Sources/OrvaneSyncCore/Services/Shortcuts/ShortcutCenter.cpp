@@ -40,6 +40,7 @@ ShortcutCenter::~ShortcutCenter() = default;
 ShortcutCenter::Kept ShortcutCenter::read(const ShortcutFiles& files, bool withBindings) {
     Kept kept;
     kept.profiles = files.profiles();
+    kept.state = files.state();
     const std::string& path = files.bindingsFile();
     if (!withBindings || !platform::files::exists(path)) return kept;
     try {
@@ -71,10 +72,12 @@ platform::Task ShortcutCenter::start(Weak weak) {
     if (!self) co_return;
     self->problem_ = std::move(kept.problem);
     if (!isOfThisSchema) self->settings_->set(shortcutSettings::defaultsSchemaVersion.key, schemaVersion);
+    self->readState_ = std::move(kept.state);
     if (kept.bindings)
         self->setBindings(std::move(*kept.bindings));
-    else
-        self->save();
+    else // What another program has written since it was read stays, unless it is of an older schema.
+        save(weak, isOfThisSchema ? Edit([](ShortcutBindings&) {}) : replacingBy(self->bindings_),
+             self->bindings_);
     self->setProfiles(std::move(kept.profiles));
 }
 
@@ -97,7 +100,7 @@ platform::Task ShortcutCenter::setBinding(Shortcut shortcut, ShortcutAction acti
 }
 
 platform::Task ShortcutCenter::resetToDefaults() {
-    return change(weak_from_this(), [](ShortcutBindings& bindings) { bindings = defaultBindings(); });
+    return change(weak_from_this(), replacingBy(defaultBindings()));
 }
 
 platform::Task ShortcutCenter::saveProfile(const std::string& named) {
@@ -127,22 +130,84 @@ platform::Task ShortcutCenter::exportBindings(std::string path, OutputPermission
     return exportBindings(weak_from_this(), std::move(path), permission, std::move(inputs));
 }
 
-platform::Task ShortcutCenter::save() {
-    auto writing = platform::onQueue(*queue_, mainThread_,
-                                     [files = files_, bindings = bindings_] { files.save(bindings); });
-    co_await writing;
+ShortcutCenter::Edit ShortcutCenter::replacingBy(ShortcutBindings bindings) {
+    return [bindings = std::move(bindings)](ShortcutBindings& kept) { kept = bindings; };
+}
+
+platform::Task ShortcutCenter::save(Weak weak, Edit edit, ShortcutBindings before) {
+    struct Written {
+        ShortcutBindings bindings;
+        std::string state;
+        std::exception_ptr failure;
+    };
+    auto self = weak.lock();
+    ++self->unsaved_;
+    auto writing =
+        platform::onQueue(*self->queue_, self->mainThread_,
+                          [files = self->files_, edit = std::move(edit), before = std::move(before)] {
+                              Written written;
+                              try {
+                                  written.bindings = files.change(edit, before);
+                                  written.state = files.state();
+                              } catch (...) {
+                                  written.failure = std::current_exception();
+                              }
+                              return written;
+                          });
+    self.reset();
+    Written written = co_await writing;
+    self = weak.lock();
+    if (self && --self->unsaved_ == 0 && !written.failure) {
+        self->readState_ = std::move(written.state);
+        self->setBindings(std::move(written.bindings));
+    }
+    self.reset();
+    if (written.failure) std::rethrow_exception(written.failure);
+}
+
+platform::Task ShortcutCenter::refreshed() {
+    assertOnMainThread();
+    return refreshed(weak_from_this());
+}
+
+platform::Task ShortcutCenter::refreshed(Weak weak) {
+    struct Found {
+        std::string state;
+        std::optional<ShortcutBindings> bindings;
+    };
+    co_await readyOf(weak);
+    auto self = weak.lock();
+    if (!self) co_return;
+    auto reading =
+        platform::onQueue(*self->queue_, self->mainThread_, [files = self->files_, known = self->readState_] {
+            Found found{files.state(), std::nullopt};
+            if (found.state == known || found.state.empty()) return found;
+            try {
+                found.bindings = ShortcutFiles::read(files.bindingsFile());
+            } catch (const std::runtime_error&) {
+                // The next start says so, and keeps it.
+            }
+            return found;
+        });
+    self.reset();
+    Found found = co_await reading;
+    self = weak.lock();
+    // What was changed here meanwhile is not in it.
+    if (!self || self->unsaved_ > 0 || !found.bindings) co_return;
+    self->readState_ = std::move(found.state);
+    self->setBindings(std::move(*found.bindings));
 }
 
 platform::Task ShortcutCenter::readyOf(const Weak& weak) { return weak.lock()->ready_; }
 
-platform::Task ShortcutCenter::change(Weak weak, std::function<void(ShortcutBindings&)> edit) {
+platform::Task ShortcutCenter::change(Weak weak, Edit edit) {
     co_await readyOf(weak);
     auto self = weak.lock();
     if (!self) co_return;
-    ShortcutBindings changed = self->bindings_;
+    ShortcutBindings before = self->bindings_, changed = before;
     edit(changed);
     self->setBindings(std::move(changed));
-    const platform::Task saving = self->save();
+    const platform::Task saving = save(weak, std::move(edit), std::move(before));
     self.reset();
     co_await saving;
 }
@@ -178,9 +243,9 @@ platform::Task ShortcutCenter::loadProfile(Weak weak, std::string name) {
     ShortcutBindings bindings = co_await reading;
     self = weak.lock();
     if (!self) co_return;
-    self->setBindings(std::move(bindings));
+    self->setBindings(bindings);
     const platform::SettingsWrite write = self->setCurrentProfile(std::move(name));
-    const platform::Task saving = self->save();
+    const platform::Task saving = save(weak, replacingBy(bindings), bindings);
     self.reset();
     co_await saving;
     co_await platform::written(write, *mainThread);
@@ -232,8 +297,8 @@ platform::Task ShortcutCenter::importBindings(Weak weak, std::string path) {
     ShortcutBindings bindings = co_await reading;
     self = weak.lock();
     if (!self) co_return;
-    self->setBindings(std::move(bindings));
-    const platform::Task saving = self->save();
+    self->setBindings(bindings);
+    const platform::Task saving = save(weak, replacingBy(bindings), bindings);
     self.reset();
     co_await saving;
 }

@@ -21,7 +21,8 @@ enum class ShortcutField : std::uint8_t { bindings, currentProfileName, availabl
 
 /// The active key bindings and the profiles. Two actions may have the same key: the first gets it.
 ///
-/// Lives on the interface thread and asserts so. A change holds at once and is written on a queue of its own;
+/// Lives on the interface thread and asserts so. A change holds at once and is written on a queue of its own,
+/// that change alone, so that programs do not write over each other;
 /// its task ends when it is on the disk and raises FileError when it could not be written. Who drops the task
 /// ignores that. Destroying the center waits for what is still to be written.
 class ShortcutCenter : public std::enable_shared_from_this<ShortcutCenter> {
@@ -41,6 +42,9 @@ class ShortcutCenter : public std::enable_shared_from_this<ShortcutCenter> {
     /// are kept, or only those of an older schema, the defaults are saved. A file that can't be understood is
     /// kept beside the new one.
     const platform::Task& ready() const { return ready_; }
+    /// Done when the bindings are those that are kept by then: another program may have changed them. What
+    /// cannot be read changes nothing.
+    platform::Task refreshed();
 
     // The state. Each getter of this part is observable.
 
@@ -87,11 +91,13 @@ class ShortcutCenter : public std::enable_shared_from_this<ShortcutCenter> {
         std::optional<ShortcutBindings> bindings;
         std::optional<std::string> problem;
         std::vector<std::string> profiles;
+        std::string state;
     };
     explicit ShortcutCenter(Dependencies dependencies);
     static Kept read(const ShortcutFiles& files, bool withBindings);
     void assertOnMainThread() const;
-    platform::Task save();
+    using Edit = std::function<void(ShortcutBindings&)>;
+    static Edit replacingBy(ShortcutBindings bindings);
     void setBindings(ShortcutBindings bindings);
     void setProfiles(std::vector<std::string> profiles);
     platform::SettingsWrite setCurrentProfile(std::optional<std::string> name);
@@ -100,7 +106,9 @@ class ShortcutCenter : public std::enable_shared_from_this<ShortcutCenter> {
     using Weak = std::weak_ptr<ShortcutCenter>;
     static platform::Task start(Weak weak);
     static platform::Task readyOf(const Weak& weak);
-    static platform::Task change(Weak weak, std::function<void(ShortcutBindings&)> edit);
+    static platform::Task change(Weak weak, Edit edit);
+    static platform::Task refreshed(Weak weak);
+    static platform::Task save(Weak weak, Edit edit, ShortcutBindings before);
     static platform::Task saveProfile(Weak weak, std::string name);
     static platform::Task loadProfile(Weak weak, std::string name);
     static platform::Task deleteProfile(Weak weak, std::string name);
@@ -114,6 +122,8 @@ class ShortcutCenter : public std::enable_shared_from_this<ShortcutCenter> {
     platform::Listeners<ShortcutField> listeners_;
     platform::Task ready_ = platform::Task::ended();
     ShortcutBindings bindings_ = defaultBindings();
+    int unsaved_ = 0;       ///< changes that are still to be written
+    std::string readState_; ///< of the file, as it was read or written last
     std::optional<std::string> currentProfileName_;
     std::vector<std::string> availableProfiles_;
     std::optional<std::string> problem_;

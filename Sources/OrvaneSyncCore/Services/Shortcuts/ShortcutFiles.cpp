@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutFiles.h"
 
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "Platform/FileLock.h"
 #include "Platform/Files.h"
 
 #include <algorithm>
@@ -41,9 +42,26 @@ std::string ShortcutFiles::exported(const ShortcutBindings& bindings) {
     return toJSON(bindings).dump(JSON::Layout::pretty) + "\n";
 }
 
-void ShortcutFiles::save(const ShortcutBindings& bindings) const {
+ShortcutBindings ShortcutFiles::change(const std::function<void(ShortcutBindings&)>& edit,
+                                       const ShortcutBindings& otherwise) const {
     files::createDirectories(files::folderOf(bindingsFile_));
+    const auto lock = platform::FileLock::ofFile(bindingsFile_ + ".lock");
+    ShortcutBindings bindings = otherwise;
+    try {
+        bindings = read(bindingsFile_);
+    } catch (const std::runtime_error&) {
+        // Missing, or nothing that the program wrote.
+    }
+    edit(bindings);
     files::writeAtomically(bindingsFile_, written(bindings));
+    return bindings;
+}
+
+std::string ShortcutFiles::state() const {
+    const auto file = files::attributes(bindingsFile_);
+    if (!file) return {};
+    return std::to_string(file->identity.first) + " " + std::to_string(file->identity.second) + " " +
+           std::to_string(file->modificationSinceReference) + " " + std::to_string(file->size);
 }
 
 std::vector<std::string> ShortcutFiles::profiles() const {

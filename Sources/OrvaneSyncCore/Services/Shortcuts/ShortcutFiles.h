@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutBindings.h"
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -36,8 +37,14 @@ class ShortcutFiles {
     static std::string written(const ShortcutBindings& bindings);
     static std::string exported(const ShortcutBindings& bindings);
 
+    /// Makes one change to what is kept, which another program may have changed since it was read, and gives
+    /// what is kept then. `otherwise` stands in for what cannot be read. Under a lock that all programs take.
     /// Throws FileError.
-    void save(const ShortcutBindings& bindings) const;
+    ShortcutBindings change(const std::function<void(ShortcutBindings&)>& edit,
+                            const ShortcutBindings& otherwise) const;
+
+    /// Which state of the file this is: another one after each writing. Empty: there is no file.
+    std::string state() const;
 
     /// Names of all profiles, ascending; empty when the folder can't be read.
     std::vector<std::string> profiles() const;

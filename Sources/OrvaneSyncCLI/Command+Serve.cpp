@@ -158,6 +158,7 @@ commands::CommandContext openWork(Context& context, const Arguments& arguments,
         if (isPulled) return platform::PulledPlayerSystem::create(loop);
         return platform::PlayerSystem::create(loop, clock);
     };
+    opened.rendersPreviews = false;
     if (auto* file = dynamic_cast<platform::FileSettingsStore*>(context.settings.get())) file->followOthers();
     opened.sessions->start(opened.controller);
     return opened;

@@ -142,8 +142,8 @@ TEST_F(RenderedAudioControllerTest, theClipOnScreenIsKeptUpToDate) {
 
 TEST_F(RenderedAudioControllerTest, theReviewHearsWhatIsRenderedAndNothingStale) {
     const auto system = std::make_shared<test::FakePlayerSystem>(mainThread_);
-    commands::ReviewPlayers players(controller_, ShortcutCenter::create({mainThread_, settings_}),
-                                    [system] { return system; });
+    commands::ReviewPlayers players(
+        controller_, ShortcutCenter::create({mainThread_, settings_}), [system] { return system; }, true);
     finish(players.loadGroup(id_));
     ASSERT_TRUE(mainThread_->waitUntil([&] { return state().viProcessedURLs.contains(id_); }));
     analyse();

@@ -96,7 +96,8 @@ TEST_F(ReviewModelTest, aClipOpensOnTheClapThatIsFound) {
 
 TEST_F(ReviewModelTest, aHeldNudgeIsOneStep) {
     const auto shortcuts = ShortcutCenter::create({mainThread_, settings_});
-    commands::ReviewPlayers players(controller_, shortcuts, [this] { return system_; });
+    commands::ReviewPlayers players(
+        controller_, shortcuts, [this] { return system_; }, true);
     finish(players.loadGroup(id_));
     /// Of a key: down, so many repeats, up.
     struct Press {

@@ -45,8 +45,9 @@ ShownClipAudio::ShownClipAudio(std::shared_ptr<ImportController> controller,
 
 ShownClipAudio::~ShownClipAudio() = default;
 
-void ShownClipAudio::show(std::optional<UUID> groupID) {
+void ShownClipAudio::show(std::optional<UUID> groupID, bool renders) {
     shown_ = groupID;
+    renders_ = renders;
     entries_ = entries();
     refresh();
 }
@@ -71,7 +72,7 @@ void ShownClipAudio::refresh() {
     if (!shown_) return;
     RenderedAudioController& rendered = controller_->smartAudio().rendered();
     play_(rendered.currentAudioURL(*shown_));
-    preview_ = rendered.runVoiceIsolationForGroup(*shown_);
+    if (renders_) preview_ = rendered.runVoiceIsolationForGroup(*shown_);
 }
 
 } // namespace orvane

@@ -27,7 +27,8 @@ class ShownClipAudio {
                    std::shared_ptr<platform::SettingsStore> settings, Play setMixdownAudio);
     ~ShownClipAudio();
 
-    void show(std::optional<UUID> groupID);
+    /// `renders`: whether previews are rendered, or only what is there already is played.
+    void show(std::optional<UUID> groupID, bool renders = true);
 
   private:
     /// The clip's entries in the maps of rendered sound.
@@ -40,6 +41,7 @@ class ShownClipAudio {
     std::shared_ptr<ImportController> controller_;
     Play play_;
     std::optional<UUID> shown_;
+    bool renders_ = true;
     Entries entries_;
     std::optional<platform::Task> preview_; ///< the newest
     std::shared_ptr<ShownClipAudio*> self_; ///< null once this is gone

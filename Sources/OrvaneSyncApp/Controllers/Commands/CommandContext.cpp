@@ -12,7 +12,8 @@ const std::shared_ptr<ShortcutCenter>& CommandContext::shortcuts() {
 }
 
 ReviewPlayers& CommandContext::players() {
-    if (!players_) players_ = std::make_shared<ReviewPlayers>(controller, shortcuts(), openPlayers);
+    if (!players_)
+        players_ = std::make_shared<ReviewPlayers>(controller, shortcuts(), openPlayers, rendersPreviews);
     return *players_;
 }
 

@@ -8,9 +8,10 @@
 namespace orvane::commands {
 
 ReviewPlayers::ReviewPlayers(std::shared_ptr<ImportController> controller,
-                             std::shared_ptr<ShortcutCenter> shortcuts, OpenPlayers openPlayers)
+                             std::shared_ptr<ShortcutCenter> shortcuts, OpenPlayers openPlayers,
+                             bool rendersPreviews)
     : controller_(std::move(controller)), shortcuts_(std::move(shortcuts)),
-      openPlayers_(std::move(openPlayers)),
+      openPlayers_(std::move(openPlayers)), rendersPreviews_(rendersPreviews),
       review_(ReviewViewModel::create(controller_, makeEngine(controller_->timeline().waveform()))),
       multicam_(MulticamViewModel::create(controller_,
                                           [this] {
@@ -61,7 +62,7 @@ platform::Task ReviewPlayers::loadGroup(const UUID& groupID) {
     multicam_->close();
     platform::Task loading = review_->loadGroup(groupID);
     // Behind the load, which begins with the recording.
-    heard_.show(groupID);
+    heard_.show(groupID, rendersPreviews_);
     return loading;
 }
 

@@ -18,8 +18,9 @@ namespace orvane::commands {
 class ReviewPlayers {
   public:
     using OpenPlayers = std::function<std::shared_ptr<platform::PlayerSystem>()>;
+    /// `rendersPreviews`: of the clip in view, by itself; otherwise only what is there already is heard.
     ReviewPlayers(std::shared_ptr<ImportController> controller, std::shared_ptr<ShortcutCenter> shortcuts,
-                  OpenPlayers openPlayers);
+                  OpenPlayers openPlayers, bool rendersPreviews);
 
     const std::shared_ptr<ReviewViewModel>& review() const { return review_; }
     const std::shared_ptr<MulticamViewModel>& multicam() const { return multicam_; }
@@ -41,6 +42,7 @@ class ReviewPlayers {
     const std::shared_ptr<ImportController> controller_;
     const std::shared_ptr<ShortcutCenter> shortcuts_;
     const OpenPlayers openPlayers_;
+    const bool rendersPreviews_;
     std::shared_ptr<platform::PlayerSystem> players_;
     const std::shared_ptr<ReviewViewModel> review_;
     const std::shared_ptr<MulticamViewModel> multicam_;

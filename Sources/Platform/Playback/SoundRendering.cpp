@@ -16,6 +16,8 @@ constexpr double fadeFrames = 64; // before the clip's end
 constexpr std::int64_t endless = std::numeric_limits<std::int64_t>::max() / 4;
 // Enough for a tempo change to give its next piece, whatever it does with what it gets.
 constexpr int mostFeeds = 256;
+// Of the output, around an attack: longer than the tempo change moves it, and than the clap itself.
+constexpr double beforeAttackSeconds = 0.01, behindAttackSeconds = 0.016, attackFadeSeconds = 0.002;
 
 bool isNear(double a, double b) { return std::abs(a - b) < rateTolerance; }
 
@@ -23,7 +25,8 @@ bool isNear(double a, double b) { return std::abs(a - b) < rateTolerance; }
 
 SoundRendering::SoundRendering(std::unique_ptr<AudioFile> file, double outputRate,
                                MakeTempoChange makeTempoChange)
-    : window_(std::move(file)), outputRate_(outputRate), makeTempoChange_(std::move(makeTempoChange)) {}
+    : window_(std::move(file)), outputRate_(outputRate), makeTempoChange_(std::move(makeTempoChange)),
+      attacks_(window_.sampleRate()) {}
 
 double SoundRendering::clipSecondsAt(std::int64_t outputFrame) const {
     const SoundTransport& transport = plan_.transport;
@@ -68,10 +71,12 @@ void SoundRendering::next(SoundBlock& block) {
     block.levelCount = 0;
     position_ += block.frames;
     if (block.isSilent) return;
-    if (tempo_)
+    if (tempo_) {
         stretch(block);
-    else
+        layAttacks(block);
+    } else {
         sample(placeAt(block.firstFrame), block.left.data(), block.right.data(), SoundBlock::mostFrames);
+    }
     fadeOut(block);
     block.levelCount = levelCount_;
     std::copy_n(levels_.begin(), levelCount_, block.levels.begin());
@@ -139,6 +144,42 @@ void SoundRendering::stretch(SoundBlock& block) {
     }
     std::fill(block.left.begin() + static_cast<std::ptrdiff_t>(done), block.left.end(), 0.0F);
     std::fill(block.right.begin() + static_cast<std::ptrdiff_t>(done), block.right.end(), 0.0F);
+}
+
+void SoundRendering::layAttacks(SoundBlock& block) {
+    const auto around = static_cast<std::int64_t>(behindAttackSeconds * outputRate_);
+    double from = placeAt(block.firstFrame - around), to = placeAt(block.firstFrame + block.frames + around);
+    if (from > to) std::swap(from, to);
+    for (const std::int64_t attack : attacks_.attacks(window_, static_cast<std::int64_t>(std::floor(from)),
+                                                      static_cast<std::int64_t>(std::ceil(to)), isReverse_))
+        layAttack(block, attack);
+}
+
+void SoundRendering::layAttack(SoundBlock& block, std::int64_t attack) {
+    const SoundTransport& transport = plan_.transport;
+    const double clip = static_cast<double>(attack) / window_.sampleRate() + plan_.offsetSeconds;
+    const std::int64_t middle =
+        transport.outputFrame + std::llround((clip - transport.clipSeconds) / transport.rate * outputRate_);
+    // Backwards the clap comes before its attack.
+    const auto before =
+        static_cast<std::int64_t>((isReverse_ ? behindAttackSeconds : beforeAttackSeconds) * outputRate_);
+    const auto behind =
+        static_cast<std::int64_t>((isReverse_ ? beforeAttackSeconds : behindAttackSeconds) * outputRate_);
+    const std::int64_t first = std::max(middle - before, block.firstFrame);
+    const std::int64_t end = std::min(middle + behind, block.firstFrame + block.frames);
+    if (first >= end) return;
+    const double place =
+        placeAt(middle) + static_cast<double>(first - middle) * (isReverse_ ? -step_ : step_);
+    sample(place, feedLeft_.data(), feedRight_.data(), static_cast<std::size_t>(end - first));
+    const double fade = attackFadeSeconds * outputRate_;
+    for (std::int64_t frame = first; frame < end; ++frame) {
+        const auto inside = static_cast<double>(std::min(frame - (middle - before), middle + behind - frame));
+        const auto share = static_cast<float>(std::min(inside / fade, 1.0));
+        const auto at = static_cast<std::size_t>(frame - block.firstFrame);
+        const auto own = static_cast<std::size_t>(frame - first);
+        block.left[at] += share * (feedLeft_[own] - block.left[at]);
+        block.right[at] += share * (feedRight_[own] - block.right[at]);
+    }
 }
 
 void SoundRendering::fadeOut(SoundBlock& block) const {

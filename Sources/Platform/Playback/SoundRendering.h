@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Playback/AttackSearch.h"
 #include "Platform/Playback/SampleWindow.h"
 #include "Platform/Playback/SoundBlocks.h"
 #include "Platform/Playback/SoundTrack.h"
@@ -30,7 +31,8 @@ struct SoundPlan {
 ///
 /// At the pitch of the file, or one that follows the rate, each frame is computed from its own place in the
 /// file, to the nearest sample where both rates are equal. Tempo is changed from the first frame on, which
-/// lies at its place; later ones are within the search window of the library, and do not drift.
+/// lies at its place; later ones are within the search window of the library, and do not drift. The attack of
+/// a clap lies at its place all the same: it is laid over what the library gives, as it was recorded.
 class SoundRendering {
   public:
     using MakeTempoChange = std::function<std::unique_ptr<TempoChange>(const TempoChange::Options&)>;
@@ -55,6 +57,8 @@ class SoundRendering {
     void sample(double place, float* left, float* right, std::size_t count);
     void measure(std::int64_t first, std::size_t count);
     void stretch(SoundBlock& block);
+    void layAttacks(SoundBlock& block);
+    void layAttack(SoundBlock& block, std::int64_t attack);
     void fadeOut(SoundBlock& block) const;
 
     SampleWindow window_;
@@ -66,9 +70,10 @@ class SoundRendering {
     double step_ = 1; ///< frames of the file for each frame that `sample` gives; above 0
     std::optional<SincResampler> resampler_;
     std::unique_ptr<TempoChange> tempo_;
+    AttackSearch attacks_;
     double feedPlace_ = 0; ///< of the file, from which the tempo change gets its next frames
     std::vector<float> feed_;
-    std::array<float, SoundBlock::mostFrames> feedLeft_{}, feedRight_{};
+    std::array<float, SoundBlock::mostFrames> feedLeft_{}, feedRight_{}; ///< interim, also of attacks
     std::size_t levelCount_ = 0;
     std::array<ChannelPeak, SoundBlock::mostChannels> levels_{}; ///< of what `sample` took last
 };

@@ -26,6 +26,8 @@ constexpr double mostReports = 120; ///< a second
 /// A start waits no longer for its first pictures: where decoding is slower than playing, more of them would
 /// not help.
 constexpr std::chrono::milliseconds longestStart{400};
+/// After a change of the rate, the decoder comes from the places that the rate before had reached.
+constexpr double settlingSeconds = 0.3;
 /// What is compared with the start of a picture is behind it by that much: it was brought to a frame of the
 /// output.
 constexpr MediaTime slack{1, 100'000};
@@ -334,6 +336,8 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
     void move(Motion motion) {
         const bool wasMoving = motion_.rate != 0;
         previous_ = wasMoving && motion.rate != 0 ? motion_ : Motion{};
+        countsFrom_ = static_cast<double>(motion.frame) +
+                      (previous_.rate != 0 ? settlingSeconds * host_->sampleRate() : 0);
         motion_ = motion;
         if (motion.rate == 0)
             activity_.reset();
@@ -481,7 +485,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
     void countDropped(MediaTime now, const Picture& picture) {
         constexpr double everyPictureUpTo = 2;
         const bool isPlaying = motion_.rate != 0 && !isSeeking_ && !isRefreshing_;
-        if (!isPlaying) {
+        if (!isPlaying || host_->heardFrame() < countsFrom_) {
             lastPlayed_.reset();
             return;
         }
@@ -521,6 +525,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
     std::optional<Picture> shown_;
     std::optional<std::int64_t> lastPlayed_; ///< number of the picture shown last while playing
     std::int64_t dropped_ = 0;
+    double countsFrom_ = 0; ///< frame of the output from which pictures can be late
 
     // Last: what they run may come back here until they are gone.
     std::stop_source opening_, soundOpening_;

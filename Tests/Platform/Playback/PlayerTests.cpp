@@ -178,6 +178,13 @@ TEST_P(PlayerSync, showsTheFrameAndSoundsTheSampleOfTheMoment) {
     expectTicks(from, clip, 0.013);
     EXPECT_EQ(player_->rate(), 1);
     EXPECT_EQ(wrong, 0);
+
+    // What a shuttle passes over is not late.
+    player_->seek({});
+    player_->setRate(8);
+    advance(0.1);
+    player_->setRate(1);
+    advance(0.5);
     EXPECT_EQ(player_->droppedPictures(), dropped);
 }
 

@@ -85,6 +85,10 @@ TEST_F(InspectorModelTest, theOutlineKeepsTheOrderOfTheShoot) {
         std::string rows;
         for (const std::string& label : labels(outline))
             if (label.find("Cam") == std::string::npos) rows += label.substr(0, label.find('_')) + " ";
+        // The list of results goes the same way from clip to clip.
+        ResultsViewModel results(*controller_);
+        for (std::size_t i = 0; i < results.rowCount(); ++i)
+            EXPECT_EQ(outline.placeInList(results.groupID(i))->number, i + 1);
         return rows;
     };
     const Listed one{"A001C001", "10:00:00:00", "1"}, three{"A001C003", "10:30:00:00", "3"},

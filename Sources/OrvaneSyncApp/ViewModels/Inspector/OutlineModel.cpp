@@ -1,8 +1,8 @@
 #include "OrvaneSyncApp/ViewModels/Inspector/OutlineModel.h"
 
-#include "OrvaneSyncApp/ViewModels/Inspector/ShootOrder.h"
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 #include "OrvaneSyncApp/ViewModels/Results/DoubtCures.h"
+#include "OrvaneSyncApp/ViewModels/Results/ShootOrder.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Naming/SidebarOutline.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -189,7 +189,15 @@ void OutlineModel::layOut() {
         rowByGroup_[node.group->id] = rows_.size() - 1;
     };
     auto nodes = SidebarOutline::build(work.syncGroups(), naming_.first, naming_.second);
-    for (SidebarNode& node : inShootOrder(std::move(nodes), work.syncGroups())) {
+    std::vector<ClipsOfRow> clips;
+    clips.reserve(nodes.size());
+    for (const SidebarNode& node : nodes) {
+        ClipsOfRow& row = clips.emplace_back();
+        if (node.group) row.push_back(node.group.get());
+        for (const SidebarNode& child : node.children) row.push_back(child.group.get());
+    }
+    for (const std::size_t place : shootOrder(clips, work.syncGroups())) {
+        SidebarNode& node = nodes[place];
         if (node.group) {
             node.label = GroupNaming::manualName(*node.group).value_or(node.label);
             if (isFound(node.label, *node.group)) add(node, false, false);
@@ -205,6 +213,12 @@ void OutlineModel::layOut() {
         for (const SidebarNode& child : node.children) add(child, true, folded_.contains(node.id));
     }
     listeners_.tell({.isLayoutChanged = true});
+}
+
+std::optional<std::size_t> OutlineModel::takeRowOf(const UUID& groupID) const {
+    std::optional<std::size_t> row = rowOf(groupID);
+    while (row && rows_[*row].isInTake) --*row;
+    return row && rows_[*row].isTake ? row : std::nullopt;
 }
 
 bool OutlineModel::isFound(const std::string& label, const SyncGroup& group) const {

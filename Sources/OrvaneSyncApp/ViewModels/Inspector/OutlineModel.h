@@ -61,6 +61,8 @@ class OutlineModel {
     std::vector<UUID> clipsOf(std::size_t row) const;
     /// That of the take where it folds the clip away; nothing for a clip that is not shown.
     std::optional<std::size_t> rowOf(const UUID& groupID) const;
+    /// That of the take with the clip; nothing for a clip that stands alone or is not shown.
+    std::optional<std::size_t> takeRowOf(const UUID& groupID) const;
     /// The clip so many clips further down (or up) in the order shown, those of folded takes included. Of a
     /// clip that is not shown: the first or last one.
     std::optional<UUID> neighbour(const UUID& of, int step) const;

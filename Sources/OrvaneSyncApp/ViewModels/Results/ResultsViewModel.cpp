@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
 
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
+#include "OrvaneSyncApp/ViewModels/Results/ShootOrder.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Text.h"
@@ -178,7 +179,8 @@ void ResultsViewModel::layOut() {
     SyncGroupList shown = filtered(all, filter_);
     if (!search_.isEmpty())
         shown = shown.filtered([&](const SyncGroup& group) { return isFound(group, names); });
-    std::vector<SharedAudioBundle> bundles = sharedAudioBundles(shown);
+    const std::vector<SharedAudioBundle> bundles = sharedAudioBundles(shown);
+    std::vector<std::size_t> order;
     if (sortColumn_) {
         // A bundle stands where its first clip does.
         using Key = std::pair<double, std::string>;
@@ -195,14 +197,18 @@ void ResultsViewModel::layOut() {
             if (first.first != second.first) return first.first < second.first;
             return platform::text::compareLocalizedStandard(first.second, second.second) < 0;
         });
-        std::vector<SharedAudioBundle> sorted;
-        sorted.reserve(bundles.size());
-        for (const auto& key : keys) sorted.push_back(std::move(bundles[key.second]));
-        bundles = std::move(sorted);
+        order.reserve(keys.size());
+        for (const auto& key : keys) order.push_back(key.second);
+    } else {
+        std::vector<ClipsOfRow> clips(bundles.size());
+        for (std::size_t i = 0; i < bundles.size(); ++i)
+            for (const SyncGroup& clip : bundles[i].cams) clips[i].push_back(&clip);
+        order = shootOrder(clips, shown);
     }
     std::vector<Place> rows;
     rows.reserve(shown.size());
-    for (const SharedAudioBundle& bundle : bundles) {
+    for (const std::size_t place : order) {
+        const SharedAudioBundle& bundle = bundles[place];
         const std::size_t others = bundle.cams.size() - 1;
         const bool isFolded = others > 0 && folded_.contains(bundle.id);
         for (std::size_t i = 0; i < (isFolded ? 1 : bundle.cams.size()); ++i)

@@ -72,7 +72,7 @@ class ResultsViewModel {
     void setFilter(FilterMode filter);
     /// Shows the clips of which a name, a file or a scene holds each of the words.
     void setSearch(const std::string& text);
-    /// Absent: the order of the clips.
+    /// Absent: the order of the shoot.
     void setSorting(std::optional<Column> column, bool isAscending);
     bool isAscending() const { return isAscending_; }
     void toggleFolded(std::size_t row);

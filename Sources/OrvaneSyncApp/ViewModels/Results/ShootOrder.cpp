@@ -1,6 +1,7 @@
-#include "OrvaneSyncApp/ViewModels/Inspector/ShootOrder.h"
+#include "OrvaneSyncApp/ViewModels/Results/ShootOrder.h"
 
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
+#include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 
 #include <cmath>
@@ -17,10 +18,6 @@ namespace orvane {
 
 namespace {
 
-const SyncGroup& firstClipOf(const SidebarNode& row) {
-    return row.group ? *row.group : *row.children.front().group;
-}
-
 /// By its letter, else by the card.
 std::string cameraOf(const SyncGroup& clip) {
     return GroupNaming::cameraLetter(clip.video).value_or(std::string(folderPath(clip.video)));
@@ -29,13 +26,11 @@ std::string cameraOf(const SyncGroup& clip) {
 /// Takes the clips in the order of their list and lays the row of each when it comes to its first one.
 class RowsByShoot {
   public:
-    RowsByShoot(const std::vector<SidebarNode>& rows, const SyncGroupList& clips)
+    RowsByShoot(const std::vector<ClipsOfRow>& rows, const SyncGroupList& clips)
         : rows_(rows), clips_(clips), places_(rows.size(), order_.end()), starts_(rows.size()) {
         std::unordered_map<const SyncGroup*, std::size_t> rowOfClip;
-        for (std::size_t row = 0; row < rows.size(); ++row) {
-            if (rows[row].group) rowOfClip.emplace(rows[row].group.get(), row);
-            for (const SidebarNode& child : rows[row].children) rowOfClip.emplace(child.group.get(), row);
-        }
+        for (std::size_t row = 0; row < rows.size(); ++row)
+            for (const SyncGroup* clip : rows[row]) rowOfClip.emplace(clip, row);
         std::vector<const Clips*> owners(rows.size()); // the camera of its first clip
         for (std::size_t i = 0; i < clips.size(); ++i) {
             const std::size_t row = rowOfClip.at(clips.element(i).get());
@@ -103,11 +98,11 @@ class RowsByShoot {
             for (const SyncGroup& clip : clips_) dates_->learn(clip.video);
         }
         auto& known = starts_[row];
-        if (!known) known = dates_->of(firstClipOf(rows_[row]).video);
+        if (!known) known = dates_->of(rows_[row].front()->video);
         return *known;
     }
 
-    const std::vector<SidebarNode>& rows_;
+    const std::vector<ClipsOfRow>& rows_;
     const SyncGroupList& clips_;
     std::list<std::size_t> order_;
     std::vector<Place> places_; ///< of each row in the order; its end for one that is not laid yet
@@ -118,12 +113,10 @@ class RowsByShoot {
 
 } // namespace
 
-std::vector<SidebarNode> inShootOrder(std::vector<SidebarNode> rows, const SyncGroupList& clips) {
+std::vector<std::size_t> shootOrder(const std::vector<ClipsOfRow>& rows, const SyncGroupList& clips) {
     RowsByShoot shoot(rows, clips);
-    std::vector<SidebarNode> ordered;
-    ordered.reserve(rows.size());
-    for (const std::size_t row : shoot.order()) ordered.push_back(std::move(rows[row]));
-    return ordered;
+    const auto& order = shoot.order();
+    return {order.begin(), order.end()};
 }
 
 } // namespace orvane

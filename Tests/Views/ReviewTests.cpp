@@ -1,5 +1,6 @@
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncApp/Views/Inspector/AttachSheet.h"
+#include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
 #include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/QtMainThread.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
@@ -19,6 +20,7 @@
 #include <QInputMethodEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
 #include <QListWidget>
 #include <QMenuBar>
 #include <QPointer>
@@ -352,6 +354,17 @@ TEST_F(ReviewTest, CamerasOfATakePlayTogether) {
     EXPECT_TRUE(window_->results().isVisible());
     EXPECT_TRUE(bag.engines().empty());
     EXPECT_EQ(window_->results().selectedClips().size(), 2U);
+
+    // The list beside the cameras leads to one of them.
+    window_->openMulticam({ids_[0], ids_[1]});
+    QListView* shown = nullptr;
+    for (auto* outline : window_->findChildren<QWidget*>(QStringLiteral("outline")))
+        if (outline->isVisible()) shown = static_cast<OutlineView*>(outline)->list();
+    ASSERT_NE(shown, nullptr);
+    QTest::mouseClick(shown->viewport(), Qt::LeftButton, {},
+                      shown->visualRect(shown->model()->index(shown->model()->rowCount() - 1, 0)).center());
+    EXPECT_TRUE(window_->review().isVisible());
+    EXPECT_TRUE(bag.engines().empty()) << "the cameras beside each other are left";
 }
 
 TEST_F(ReviewTest, EveryActionHasAnEntryThatNamesItsKey) {

@@ -200,10 +200,12 @@ ReviewView& MainWindow::review() {
 }
 
 MulticamView& MainWindow::multicam() {
-    if (multicam_ == nullptr)
+    if (multicam_ == nullptr) {
         pages_->addWidget(multicam_ = new MulticamView(
                               desktop_, *reviewActions_, [this] { showResults(); },
                               [this](const UUID& clip) { openReview(clip); }));
+        multicam_->openTake = [this](const std::vector<UUID>& cameras) { openMulticam(cameras); };
+    }
     return *multicam_;
 }
 

@@ -84,7 +84,8 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
     observation_ = rows_.onChange([this](const ResultsViewModel::Change& change) {
         showCounts();
         // A list that was laid out anew has forgotten what was marked in it.
-        if (change.isLayoutChanged && selected_) select(*selected_);
+        if (change.isLayoutChanged && selected_)
+            isTakeSelected_ ? void(selectTake(*selected_)) : select(*selected_);
         if (change.isLayoutChanged && whenListChanged) whenListChanged();
     });
     showCounts();
@@ -94,7 +95,19 @@ OutlineView::~OutlineView() { observation_ = nullptr; }
 
 void OutlineView::select(const UUID& groupID) {
     selected_ = groupID;
-    const auto row = rows_.rowOf(groupID);
+    isTakeSelected_ = false;
+    markRow(rows_.rowOf(groupID));
+}
+
+QString OutlineView::selectTake(const UUID& groupID) {
+    selected_ = groupID;
+    isTakeSelected_ = true;
+    const auto row = rows_.takeRowOf(groupID);
+    markRow(row);
+    return row ? text(rows_.row(*row).label) : QString();
+}
+
+void OutlineView::markRow(const std::optional<std::size_t>& row) {
     const QModelIndex index = row ? model_->index(static_cast<int>(*row)) : QModelIndex();
     list_->setCurrentIndex(index);
     if (!index.isValid()) return;
@@ -108,6 +121,7 @@ void OutlineView::open(int row) {
     const auto at = static_cast<std::size_t>(row);
     if (const auto clip = rows_.groupID(at)) {
         selected_ = clip;
+        isTakeSelected_ = false;
         choose_(*clip);
     } else if (openTake) {
         openTake(rows_.clipsOf(at));

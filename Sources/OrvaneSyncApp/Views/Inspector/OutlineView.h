@@ -27,6 +27,8 @@ class OutlineView : public QWidget {
 
     /// Marks the clip without `choose`.
     void select(const UUID& groupID);
+    /// Marks the take of a clip without `openTake`, and gives its name; empty for a clip that stands alone.
+    QString selectTake(const UUID& groupID);
     /// As `OutlineModel::neighbour`: for the keys that go from clip to clip.
     std::optional<UUID> neighbour(const UUID& of, int step) const { return rows_.neighbour(of, step); }
     std::optional<OutlineModel::PlaceInList> placeInList(const UUID& groupID) const {
@@ -45,6 +47,7 @@ class OutlineView : public QWidget {
 
   private:
     void showCounts();
+    void markRow(const std::optional<std::size_t>& row);
     void open(int row);
 
     OutlineModel rows_;
@@ -54,6 +57,7 @@ class OutlineView : public QWidget {
     QLabel* counts_;
     QListView* list_;
     std::optional<UUID> selected_;
+    bool isTakeSelected_ = false; ///< rather than the clip
     platform::Subscription observation_;
 };
 

@@ -1,6 +1,8 @@
 #include "OrvaneSyncApp/Views/Review/MulticamView.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneDesignKit/ElidedLabel.h"
+#include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
 #include "OrvaneSyncApp/Views/Review/CameraStrip.h"
 #include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
 #include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
@@ -12,15 +14,23 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QSplitter>
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
 namespace orvane::views {
 
 using namespace design;
+
+namespace {
+
+constexpr int outlineWidth = 220, camerasWidth = 1220;
+
+} // namespace
 
 /// One camera: its picture, its name, and whether it is heard.
 class MulticamView::Cell : public QFrame {
@@ -40,7 +50,9 @@ class MulticamView::Cell : public QFrame {
         column->addWidget(canvas_, 1);
         auto* row = new QHBoxLayout;
         row->setContentsMargins(space::tight, 0, 0, 0);
-        auto* label = new QLabel(name);
+        auto* label = new ElidedLabel(Qt::ElideMiddle);
+        label->setText(name);
+        label->setToolTip(name);
         row->addWidget(label, 1);
         heard_ = button(tr("Hear"), Glyph::sound, Weight::quiet);
         heard_->setCheckable(true);
@@ -68,15 +80,24 @@ MulticamView::MulticamView(Desktop& desktop, ReviewActions& actions, std::functi
       openClip_(std::move(openClip)) {
     setAccessibleName(tr("Multicam"));
     setFocusPolicy(Qt::StrongFocus);
-    auto* column = new QVBoxLayout(this);
+    auto* columns = new QSplitter;
+    columns->addWidget(outline_ = new OutlineView(desktop, openClip_, std::move(leave)));
+    outline_->openTake = [this](std::vector<UUID> cameras) {
+        if (openTake) openTake(cameras);
+    };
+    auto* cameras = new QWidget;
+    columns->addWidget(cameras);
+    columns->setStretchFactor(1, 1);
+    columns->setChildrenCollapsible(false);
+    columns->setSizes({outlineWidth, camerasWidth});
+    auto* whole = new QHBoxLayout(this);
+    whole->setContentsMargins(0, 0, 0, 0);
+    whole->addWidget(columns);
+    auto* column = new QVBoxLayout(cameras);
     column->setContentsMargins(space::small, space::small, space::small, space::small);
     column->setSpacing(space::small);
     auto* top = new QHBoxLayout;
-    QPushButton* back = button(tr("Results"), Glyph::back, Weight::quiet);
-    back->setFocusPolicy(Qt::TabFocus);
-    back->setToolTip(tr("Back to the Results (Esc)"));
-    connect(back, &QPushButton::clicked, this, [leave = std::move(leave)] { leave(); });
-    top->addWidget(back);
+    top->addWidget(take_ = title(tr("Multicam")));
     top->addStretch(1);
     QLabel* hint = new QLabel(translated(MulticamViewModel::hint));
     hint->setFont(factsFont());
@@ -142,11 +163,20 @@ void MulticamView::follow() {
     if (members != shown_) {
         shown_ = std::move(members);
         layOut();
+        if (!shown_.empty()) showTake();
     }
     const auto& heard = multicam_->bag().audioSourceMemberID();
     for (Cell* cell : cells_) cell->showHeard(heard == cell->id);
     strip_->follow();
     strip_->followPlayhead();
+}
+
+void MulticamView::showTake() {
+    // Cameras of several takes have no name together.
+    const bool isOneTake =
+        MulticamViewModel::camerasFor(desktop_.controller().work(), {shown_.front()}) == shown_;
+    const QString name = isOneTake ? outline_->selectTake(shown_.front()) : QString();
+    take_->setText(name.isEmpty() ? tr("Multicam") : name);
 }
 
 void MulticamView::layOut() {
@@ -160,6 +190,8 @@ void MulticamView::layOut() {
     cells_.clear();
     const auto count = static_cast<int>(shown_.size());
     const int across = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(std::max(count, 1)))));
+    for (int i = 0; i < std::max(across, grid_->columnCount()); ++i)
+        grid_->setColumnStretch(i, i < across ? 1 : 0);
     const auto hear = [this](const UUID& id) {
         JSON arguments = JSON::object();
         arguments.set("groupID", id.text());

@@ -8,14 +8,16 @@
 #include <vector>
 
 class QGridLayout;
+class QLabel;
 
 namespace orvane::views {
 
 class CameraStrip;
+class OutlineView;
 class ReviewActions;
 
 /// All cameras of a take at once: their pictures, the sound of one of them, one transport, and where they lie
-/// beside each other.
+/// beside each other; at the left the list of clips, which leads to one camera or another take.
 class MulticamView : public QWidget {
   public:
     /// `leave`: back to the list of results; `openClip`: to one camera's review.
@@ -26,6 +28,8 @@ class MulticamView : public QWidget {
     /// Opens the cameras, each on its clap.
     void open(const std::vector<UUID>& groupIDs);
     void leaveTake();
+    /// The user wants to see all cameras of a take.
+    std::function<void(const std::vector<UUID>& cameras)> openTake;
     /// A key of the camera in fullscreen: Escape and F bring it back.
     bool handleFullscreen(const KeyEvent& event);
 
@@ -33,12 +37,15 @@ class MulticamView : public QWidget {
     class Cell;
     void follow();
     void layOut();
+    void showTake();
     void toggleFullscreen();
 
     Desktop& desktop_;
     const std::shared_ptr<MulticamViewModel> multicam_;
     ReviewActions& actions_;
     const std::function<void(const UUID&)> openClip_;
+    OutlineView* outline_;
+    QLabel* take_;
     QGridLayout* grid_;
     CameraStrip* strip_;
     std::unique_ptr<FullscreenManager> fullscreen_; ///< of the camera that was sent there

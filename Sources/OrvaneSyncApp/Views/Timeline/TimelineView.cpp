@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Timeline/TimelineView.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneDesignKit/ElidedLabel.h"
 #include "OrvaneSyncApp/Views/Timeline/TimelineCanvas.h"
 #include "OrvaneSyncApp/Views/Timeline/TrackHeader.h"
 #include "OrvaneSyncApp/Views/Translation.h"
@@ -8,7 +9,6 @@
 
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QPainter>
 #include <QScrollBar>
 #include <QSettings>
 #include <QSignalBlocker>
@@ -31,23 +31,6 @@ constexpr int scrollStep = 40; ///< points
 constexpr QSize smallest{200, 150};
 
 QString skimSetting() { return QStringLiteral("timeline/skims"); }
-
-/// One line, with an ellipsis where it has not the room.
-class ElidedFacts : public QLabel {
-  public:
-    ElidedFacts() {
-        setFont(factsFont());
-        setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    }
-
-  protected:
-    void paintEvent(QPaintEvent*) override {
-        QPainter painter(this);
-        painter.setPen(colours().facts);
-        painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeft,
-                         fontMetrics().elidedText(text(), Qt::ElideRight, width()));
-    }
-};
 
 } // namespace
 
@@ -76,7 +59,9 @@ QWidget* TimelineView::makeTools() {
     auto* row = new QHBoxLayout(tools);
     row->setContentsMargins(space::small, 2, space::small, 2);
     row->setSpacing(space::tight);
-    row->addWidget(summary_ = new ElidedFacts, 1);
+    row->addWidget(summary_ = new ElidedLabel(Qt::ElideRight), 1);
+    summary_->setFont(factsFont());
+    summary_->setProperty("facts", true);
     const auto add = [&](const QString& words, const QString& name, const QString& tip,
                          Weight weight = Weight::quiet) {
         auto* made = button(words, weight);

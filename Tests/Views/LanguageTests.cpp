@@ -122,8 +122,9 @@ TEST(LanguageTest, NoWindowSaysAnythingInEnglishInGerman) {
 TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
     const test::Spoken german(QStringLiteral("de"));
     EXPECT_EQ(translated("Scan & Match"), QStringLiteral("Scannen & Zuordnen"));
-    EXPECT_EQ(translatedSentence("3.000 s after"), QStringLiteral("3.000 s danach"));
-    EXPECT_EQ(translatedSentence("A001.mov"), QStringLiteral("A001.mov"));
+    EXPECT_EQ(translatedSentence("3.000 s after"), QStringLiteral("3,000 s danach"));
+    for (const char* name : {"A001.mov", "T1.5 s.WAV", "libsndfile-1.2.0"})
+        EXPECT_EQ(translatedSentence(name), QLatin1String(name));
 }
 
 TEST(LanguageTest, NamesKeysAsTheKeyboardsOfTheLanguageDo) {

@@ -42,7 +42,8 @@ struct Sentence {
 
 class Catalogue : public QTranslator {
   public:
-    explicit Catalogue(const QString& language) : isEnglish_(language == QStringLiteral("en")) {
+    explicit Catalogue(const QString& language)
+        : isEnglish_(language == QStringLiteral("en")), decimalPoint_(QLocale(language).decimalPoint()) {
         for (const QString& name : catalogueNames(language)) read(name);
         // The one with the most words of its own first: a short one may fit a longer one's text too.
         std::ranges::sort(sentences_, [](const Sentence& a, const Sentence& b) {
@@ -74,6 +75,15 @@ class Catalogue : public QTranslator {
             return form;
         }
         return english;
+    }
+    /// Numbers with a unit have the decimal point of the language: where it groups digits, "2.000 s" is read
+    /// as two thousand. Of a text without a unit nothing is changed: a point may stand in a name.
+    QString withNumbers(QString text) const {
+        static const QRegularExpression withUnit(
+            QStringLiteral(R"((?<![\w.:])\d+\.\d+ (?:s|MB|GB|dB|dBFS|LUFS|fps|ms)\b)"));
+        static const QRegularExpression number(QStringLiteral(R"((?<![\w.:/])(\d+)\.(\d+)(?![\w.:/]))"));
+        if (decimalPoint_ == QStringLiteral(".") || !text.contains(withUnit)) return text;
+        return text.replace(number, QStringLiteral("\\1") + decimalPoint_ + QStringLiteral("\\2"));
     }
     QStringList missing() const { return {missing_.begin(), missing_.end()}; }
 
@@ -108,6 +118,7 @@ class Catalogue : public QTranslator {
     }
 
     const bool isEnglish_;
+    const QString decimalPoint_;
     QHash<QString, QStringList> texts_;
     QHash<QString, QString> keys_;
     std::vector<Sentence> sentences_;
@@ -165,7 +176,8 @@ QString translatedSentence(std::string_view english) {
     const QString given = QString::fromUtf8(english.data(), static_cast<qsizetype>(english.size()));
     if (!installed || installed->isEmpty()) return keysOfThisSystem(given);
     QStringList lines;
-    for (const QString& line : given.split(QLatin1Char('\n'))) lines << installed->line(line);
+    for (const QString& line : given.split(QLatin1Char('\n')))
+        lines << installed->withNumbers(installed->line(line));
     return keysOfThisSystem(lines.join(QLatin1Char('\n')));
 }
 

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Settings/DeveloperPage.h"
 
 #include "OrvaneSyncApp/Views/SystemChecksView.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QHBoxLayout>
@@ -19,7 +20,8 @@ constexpr int cachesHeight = 170;
 
 QString megabytes(const JSON* bytes) {
     constexpr double megabyte = 1e6;
-    return text(formatted("%.1f MB", (bytes == nullptr ? 0 : bytes->number().value_or(0)) / megabyte));
+    return translatedSentence(
+        formatted("%.1f MB", (bytes == nullptr ? 0 : bytes->number().value_or(0)) / megabyte));
 }
 
 QTableWidget* table(const QStringList& columns, const QString& name, int height) {

@@ -235,7 +235,7 @@ void TrackHeader::paintEvent(QPaintEvent* /*event*/) {
             if (!rows.hasSound) break;
             line(space::small, top + nameHeight, end, factsFont(), all.facts, text(rows.soundName));
             line(space::small, top + 2 * nameHeight - 4, end, factsFont(), all.facts,
-                 text(rows.offsetText()));
+                 translatedSentence(rows.offsetText()));
             break;
         case RowKind::channel: {
             const TimelineChannel& channel = rows.channels[static_cast<std::size_t>(row.index)];

@@ -63,25 +63,33 @@ std::string package(const MXFSpec& spec, std::size_t index) {
     const auto track = [&](std::uint32_t number, std::uint32_t sequence) {
         return set(0x3B, number, rate + property(0x4803, identity(sequence)));
     };
-    const auto sequence = [&](std::uint32_t number, std::string_view definition, std::uint32_t component) {
+    const auto sequence = [&](std::uint32_t number, std::string_view definition, std::uint32_t component,
+                              std::int64_t duration) {
         return set(0x0F, number,
                    property(0x0201, label(definition)) +
-                       property(0x0202, be64(static_cast<std::uint64_t>(spec.duration))) +
+                       property(0x0202, be64(static_cast<std::uint64_t>(duration))) +
                        property(0x1001, references({component})));
     };
     std::string properties =
-        property(0x4401, packageID(index)) + property(0x4403, references({first + 1, first + 4}));
+        property(0x4401, packageID(index)) +
+        property(0x4403, spec.soundDuration > 0 ? references({first + 1, first + 4, first + 7})
+                                                : references({first + 1, first + 4}));
     if (!spec.created.empty()) properties += property(0x4405, spec.created);
     if (index > 0) properties += property(0x4701, identity(10));
     std::string sets = set(index == 0 ? 0x36 : 0x37, first, properties);
     if (own.timecode) {
-        sets += track(first + 1, first + 2) + sequence(first + 2, "\x01\x03\x02\x01\x01"sv, first + 3);
+        sets += track(first + 1, first + 2) +
+                sequence(first + 2, "\x01\x03\x02\x01\x01"sv, first + 3, spec.duration);
         sets += set(0x14, first + 3,
                     property(0x1501, be64(static_cast<std::uint64_t>(own.timecode->start))) +
                         property(0x1502, be16(own.timecode->base)) +
                         property(0x1503, one(own.timecode->isDrop ? 1 : 0)));
     }
-    sets += track(first + 4, first + 5) + sequence(first + 5, "\x01\x03\x02\x02\x01"sv, first + 6);
+    sets +=
+        track(first + 4, first + 5) + sequence(first + 5, "\x01\x03\x02\x02\x01"sv, first + 6, spec.duration);
+    if (spec.soundDuration > 0)
+        sets += track(first + 7, first + 8) +
+                sequence(first + 8, "\x01\x03\x02\x02\x02"sv, first + 6, spec.soundDuration);
     sets += set(0x11, first + 6,
                 property(0x1101, packageID(index + 1)) +
                     property(0x1201, be64(static_cast<std::uint64_t>(own.clipStart))));

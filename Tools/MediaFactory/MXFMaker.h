@@ -22,7 +22,8 @@ struct MXFPackage {
 
 struct MXFSpec {
     std::uint32_t rateNumerator = 25, rateDenominator = 1;
-    std::int64_t duration = 250; ///< edit units; -1: not known
+    std::int64_t duration = 250;    ///< edit units; -1: not known
+    std::int64_t soundDuration = 0; ///< of a track of sound beside the picture; 0: there is none
     std::vector<MXFPackage> packages = {{MXFTimecode{}}, {}};
     std::uint32_t width = 1920, height = 1080;
     std::uint8_t frameLayout = 0;                    ///< 1: heights are those of a field

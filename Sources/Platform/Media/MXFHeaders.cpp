@@ -129,6 +129,7 @@ class HeaderReader {
             track.height = height;
         }
         if (rate.value() > 0) track.nominalFrameRate = static_cast<double>(static_cast<float>(rate.value()));
+        if (result_.facts.videoTracks.empty()) track.endSeconds = packages_.pictureSeconds();
         const std::string codec = codecOfLabel(descriptor.label(pictureCoding));
         if (!codec.empty()) track.codecFourCC = codec;
         isKnown_ = isKnown_ && track.width && track.nominalFrameRate && track.codecFourCC;

@@ -91,22 +91,29 @@ std::vector<Packages::Track> Packages::tracksOf(const Set& package) const {
     return tracks;
 }
 
-bool Packages::isPictureOrSound(const Track& track) const {
+Packages::Essence Packages::essenceOf(const Track& track) const {
     using namespace std::string_view_literals;
     const Set* sequence = find(track.set->label(trackSequence));
-    if (sequence == nullptr) return false;
+    if (sequence == nullptr) return Essence::other;
     const Label definition = sequence->label(dataDefinition);
     constexpr std::size_t kindAt = 8;
-    if (definition.size() < kindAt) return false;
+    if (definition.size() < kindAt) return Essence::other;
     const std::string_view own = std::string_view(definition).substr(kindAt);
-    return own.starts_with("\x01\x03\x02\x02\x01"sv) || own.starts_with("\x01\x03\x02\x02\x02"sv);
+    if (own.starts_with("\x01\x03\x02\x02\x01"sv)) return Essence::picture;
+    return own.starts_with("\x01\x03\x02\x02\x02"sv) ? Essence::sound : Essence::other;
 }
 
-std::optional<double> Packages::seconds() const {
+std::optional<double> Packages::seconds() const { return longestSeconds(false); }
+std::optional<double> Packages::pictureSeconds() const { return longestSeconds(true); }
+
+std::optional<double> Packages::longestSeconds(bool ofPictureAlone) const {
     double longest = 0;
     if (material_ == nullptr) return std::nullopt;
     for (const Track& track : tracksOf(*material_)) {
-        if (!isPictureOrSound(track) || track.rate.value() <= 0) continue;
+        const Essence essence = essenceOf(track);
+        if (essence == Essence::other || (ofPictureAlone && essence != Essence::picture) ||
+            track.rate.value() <= 0)
+            continue;
         // -1 stands for a length that was not known when it was written.
         const auto units =
             static_cast<double>(find(track.set->label(trackSequence))->position(componentDuration));
@@ -126,7 +133,8 @@ std::optional<CountedTimecode> Packages::timecodeIn(const std::vector<Track>& tr
 std::optional<Packages::Clip> Packages::firstClip(const std::vector<Track>& tracks) const {
     for (const Track& track : tracks)
         for (const Set* component : track.components)
-            if (component->kind == sourceClip && isPictureOrSound(track)) return Clip{component, track.rate};
+            if (component->kind == sourceClip && essenceOf(track) != Essence::other)
+                return Clip{component, track.rate};
     return std::nullopt;
 }
 

@@ -20,6 +20,8 @@ class Packages {
     const Set* find(const Label& identity) const;
     /// Of the material: the longest of picture and sound. Nothing where it is not known.
     std::optional<double> seconds() const;
+    /// Of the material's pictures alone, whose sound may go on behind the last one.
+    std::optional<double> pictureSeconds() const;
     /// From package to package, along the first clip of picture or sound, the first start that is not 0.
     std::optional<CountedTimecode> start() const;
     /// Of the material, seconds since 1970 UTC.
@@ -36,7 +38,9 @@ class Packages {
         Rate rate;
     };
     std::vector<Track> tracksOf(const Set& package) const;
-    bool isPictureOrSound(const Track& track) const;
+    enum class Essence : std::uint8_t { picture, sound, other };
+    Essence essenceOf(const Track& track) const;
+    std::optional<double> longestSeconds(bool ofPictureAlone) const;
     static std::optional<CountedTimecode> timecodeIn(const std::vector<Track>& tracks);
     std::optional<Clip> firstClip(const std::vector<Track>& tracks) const;
 

@@ -36,7 +36,11 @@ struct OwnInspection {
 MediaInspection joined(MediaInspection own, MediaInspection library) {
     if (!own.durationSeconds || library.durationSeconds.value_or(0) > 0)
         own.durationSeconds = library.durationSeconds;
-    if (!library.videoTracks.empty()) own.videoTracks = std::move(library.videoTracks);
+    if (!library.videoTracks.empty()) {
+        const auto end = own.videoTracks.empty() ? std::nullopt : own.videoTracks.front().endSeconds;
+        own.videoTracks = std::move(library.videoTracks);
+        if (!own.videoTracks.front().endSeconds) own.videoTracks.front().endSeconds = end;
+    }
     if (!library.audioTracks.empty()) own.audioTracks = std::move(library.audioTracks);
     own.metadata = std::move(library.metadata);
     return own;

@@ -2,6 +2,7 @@
 
 #include "ManualQueue.h"
 #include "MediaFactory/LTCSignal.h"
+#include "MediaFactory/MXFMaker.h"
 #include "MediaFactory/MediaFactory.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
@@ -79,6 +80,11 @@ TEST_F(Probe, theSoundOfACameraMayOutlastItsPictures) {
                                             .duration = 150 * 1001,
                                             .timeToSample = {{150, 1001}},
                                             .trackAtoms = test::atom("edts", "")});
+    folder.write("a.mxf", test::mxfHeader({.duration = 100, .soundDuration = 103}));
+    const MediaAsset exchanged =
+        MediaProbeService(settings, nullptr).probe(FileURL{folder.path("a.mxf")}, AssetKind::video);
+    EXPECT_EQ(exchanged.durationSeconds, 4.12);
+    EXPECT_EQ(exchanged.pictureSeconds, 4);
     // The track header states 6.25625 s in units of 1/600.
     EXPECT_EQ(pictureSeconds(edited, 480'000), 150 * 1001 / 24000.0);
 }

@@ -30,11 +30,9 @@ bool print(const char* what, const frameCheck::Report& report) {
 }
 
 /// Whether an asset as long as the file's shown seconds ends behind the last picture that the libraries find.
-bool endsBehindItsPictures(const MediaAsset& video) {
-    const auto reader = platform::FrameReader::open(video.url.path);
-    const std::int64_t count = reader ? reader->facts().pictureCount : 0;
+bool endsBehindItsPictures(const MediaAsset& video, std::int64_t count) {
     const auto stated = truncatedFrames(*video.shownSeconds() * exactRateValue(*video.frameRate));
-    if (count == 0 || stated.value_or(0) <= count) return false;
+    if (stated.value_or(0) <= count) return false;
     std::printf("  %s: an asset of %lld frames, a file of %lld\n", video.filename.c_str(),
                 static_cast<long long>(*stated), static_cast<long long>(count));
     return true;
@@ -45,7 +43,7 @@ bool checkFolder(const std::string& folder, unsigned seed) {
     const auto settings = std::make_shared<platform::MemorySettingsStore>();
     MediaProbeService service(settings, nullptr);
     std::vector<MediaAsset> pictures;
-    std::size_t faults = 0;
+    std::size_t faults = 0, unread = 0;
     for (MediaAsset& video : service.probeAll(found.videoURLs, AssetKind::video, nullptr)) {
         if (!video.durationSeconds || !video.frameRate || video.isOffspeed()) continue;
         video.filename = std::to_string(pictures.size()) + " " + video.filename;
@@ -55,9 +53,19 @@ bool checkFolder(const std::string& folder, unsigned seed) {
                         ? timecodeRate::frameRateForRealTimeCalculation(*video.timecodeFrameRate)
                         : 0.0,
                     video.frameRate.value_or(0));
-        faults += endsBehindItsPictures(video) ? 1 : 0;
+        const auto reader = platform::FrameReader::open(video.url.path);
+        const std::int64_t count = reader ? reader->facts().pictureCount : 0;
+        // What is damaged is no fault of a frame: nobody can count what the file holds.
+        if (count == 0 || video.heldShare || !reader->pictureAt({}, {}, {})) {
+            std::printf("  %s: can't be read to its end; its pictures are not counted\n",
+                        video.filename.c_str());
+            ++unread;
+        } else {
+            faults += endsBehindItsPictures(video, count) ? 1 : 0;
+        }
         pictures.push_back(std::move(video));
     }
+    if (unread > 0) std::printf("  %zu files can't be read\n", unread);
     return print(folder.c_str(), frameCheck::checkPictures(pictures, seed)) && faults == 0;
 }
 

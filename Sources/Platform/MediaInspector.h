@@ -55,8 +55,8 @@ struct MediaInspection {
     /// Seconds since 1970 UTC: when the header of a movie, or the package of an MXF, says that it was made.
     std::optional<std::int64_t> headerTime;
     /// Of a file that ends before its headers say it does: the share of its media data that is there, below
-    /// 1. The length of a WAVE or AIFF file is then that of what is there; that of others is what the headers
-    /// promise.
+    /// 1; 0 where the header that says how to read it is missing. The length of a WAVE or AIFF file is then
+    /// that of what is there; that of others is what the headers promise.
     std::optional<double> heldShare;
 };
 

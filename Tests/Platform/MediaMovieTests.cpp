@@ -109,6 +109,8 @@ TEST(MediaInspector, saysHowMuchOfAFileIsThere) {
         {"a recording without a size", WaveMaker(wave).silenceClaiming(0xFFFFFFFF, 1000).bytes(), 0, {}},
         {"a whole movie", movie.bytes(), 0, {}},
         {"a movie without its header", movie.bytes(), movie.movieAtomBytes().size() + 6000, 0.25},
+        {"a movie that was not closed", movie.bytes(), movie.movieAtomBytes().size(), 0},
+        {"the head of a recording", WaveMaker(wave).silence(1000).bytes().substr(0, 12), 0, 0},
         {"a movie", MovieMaker(movie).movieFirst().bytes(), 6000, 0.25},
         {"a movie of 64 bits", MovieMaker(movie).movieFirst().wideMedia().bytes(), 6000, 0.25},
         {"a movie without a size", MovieMaker(movie).movieFirst().endlessMedia().bytes(), 6000, {}},

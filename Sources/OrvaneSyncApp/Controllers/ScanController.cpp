@@ -171,10 +171,7 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
              report = std::move(report)](const std::stop_token& stop) {
                 ScanResult part;
                 const auto notRead = [&](const FileURL& url) { part.unreadFiles.push_back(url); };
-                const auto cutShort = [&](const FileURL& url, double heldShare) {
-                    part.cutFiles.push_back({url, heldShare});
-                };
-                auto assets = service->probeAll(urls, kind, report, notRead, stop, cutShort);
+                auto assets = service->probeAll(urls, kind, report, notRead, stop);
                 if (kind == AssetKind::video) part.proxies = ProxyFiles::takeOut(assets);
                 if (kind == AssetKind::audio && sharesStarts) TakeStarts::share(assets);
                 (kind == AssetKind::video ? part.videoAssets : part.audioAssets) = std::move(assets);
@@ -190,7 +187,6 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
         }
         result->unreadFiles.insert(result->unreadFiles.end(), part.unreadFiles.begin(),
                                    part.unreadFiles.end());
-        result->cutFiles.insert(result->cutFiles.end(), part.cutFiles.begin(), part.cutFiles.end());
         self = stillScanning(weak, scanNumber);
         if (!self) co_return;
         self->shown_->flush();

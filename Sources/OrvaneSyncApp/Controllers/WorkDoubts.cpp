@@ -31,10 +31,8 @@ SyncDoubts DoubtSource::doubts(const FileNames& names, const std::stop_token& st
     std::vector<MediaAsset> gathered;
     const auto* recordings = files.scannedAudio();
     if (recordings == nullptr) gathered = files.copiedAudioPool();
-    const auto falseCopies = copies->falseCopies(files.groups, stop);
     return SyncDoubts::of({files.groups, recordings != nullptr ? *recordings : gathered, rules, trimMode,
-                           smartAudioResults, names, heardLags.get(),
-                           files.scanned ? &files.scanned->cutFiles : nullptr, &falseCopies},
+                           smartAudioResults, names, heardLags.get()},
                           stop);
 }
 
@@ -47,8 +45,7 @@ DoubtSource WorkDoubts::source() const {
             work_.matchRules(),
             work_.environment.settings->get(settings::trimMode),
             smartAudio_.state().results,
-            heardLags_,
-            copies_};
+            heardLags_};
 }
 
 WorkDoubts::Basis WorkDoubts::basis() const {
@@ -118,18 +115,50 @@ platform::Task WorkDoubts::deriveOnQueue(std::weak_ptr<const WorkDoubts> weak, s
 platform::Task WorkDoubts::listen() {
     auto pairs = SoundLag::pairsToHear(work_.syncGroups());
     if (pairs.empty()) return platform::Task::ended();
-    if (!listening_) listening_ = platform::SerialQueue::create("doubts");
-    return work_.running.add(listenToPairs(work_.weak(this), std::move(pairs)));
+    if (!listeningQueue_) listeningQueue_ = platform::SerialQueue::create("doubts");
+    show(Listening{0, pairs.size()});
+    listening_ = work_.running.add(listenToPairs(work_.weak(this), std::move(pairs), ++listeningNumber_));
+    return *listening_;
 }
 
-platform::Task WorkDoubts::listenToPairs(std::weak_ptr<WorkDoubts> weak, std::vector<SoundLag::Pair> pairs) {
+void WorkDoubts::stopListening() {
+    if (listening_) listening_->requestStop();
+}
+
+void WorkDoubts::show(std::optional<Listening> progress) {
+    progress_ = progress;
+    work_.notify(ImportField::progress);
+}
+
+platform::Task WorkDoubts::listenToPairs(std::weak_ptr<WorkDoubts> weak, std::vector<SoundLag::Pair> pairs,
+                                         std::uint64_t number) {
     auto self = weak.lock();
+    // Thirty at most, so that each is worth a notice.
+    auto progress = [weak, number, total = pairs.size(),
+                     mainThread = self->work_.environment.mainThread](std::size_t done) {
+        mainThread->post([weak, number, total, done] {
+            const auto own = weak.lock();
+            if (own && own->progress_ && own->listeningNumber_ == number) own->show(Listening{done, total});
+        });
+    };
     auto hearing = platform::onQueue(
-        *self->listening_, self->work_.environment.mainThread,
-        [pairs = std::move(pairs)](const std::stop_token& stop) { return SoundLag::heard(pairs, stop); });
+        *self->listeningQueue_, self->work_.environment.mainThread,
+        [pairs = std::move(pairs), progress = std::move(progress)](const std::stop_token& stop) {
+            return SoundLag::heard(pairs, stop, progress);
+        });
     self.reset();
-    auto lags = co_await hearing;
-    self = weak.lock();
+    const auto ended = [&] {
+        self = weak.lock();
+        if (self && self->listeningNumber_ == number) self->show(std::nullopt);
+    };
+    std::unordered_map<UUID, HeardLag> lags;
+    try {
+        lags = co_await hearing;
+    } catch (...) {
+        ended();
+        throw;
+    }
+    ended();
     if (!self) co_return;
     self->heardLags_ = std::make_shared<const std::unordered_map<UUID, HeardLag>>(std::move(lags));
     self->begunBy_.reset();

@@ -5,7 +5,6 @@
 #include "OrvaneSyncApp/Controllers/ScanController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
 #include "OrvaneSyncApp/Controllers/WorkFiles.h"
-#include "OrvaneSyncCore/Services/Diagnosis/CopyComparison.h"
 #include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
 #include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
 #include "Platform/Task.h"
@@ -27,9 +26,8 @@ struct DoubtSource {
     TrimMode trimMode;
     SmartAudioResults smartAudioResults;
     std::shared_ptr<const std::unordered_map<UUID, HeardLag>> heardLags; ///< by group; null: none were heard
-    std::shared_ptr<CopyComparison> copies;                              ///< never null
 
-    /// `names`: of these files. May read some KB of recordings. Throws Stopped.
+    /// `names`: of these files. Throws Stopped.
     SyncDoubts doubts(const FileNames& names, const std::stop_token& stop = {}) const;
 };
 
@@ -56,6 +54,16 @@ class WorkDoubts {
     /// Hears some clips of each card beside their recordings, which shows a clock that is wrong by less than
     /// recordings are longer than clips. What is heard counts from then on.
     platform::Task listen();
+    /// How far the listening is, in clips.
+    struct Listening {
+        std::size_t done = 0, total = 0;
+    };
+    /// Absent while nobody listens. `ImportField::progress` is notified when it changes.
+    const std::optional<Listening>& listening() const { return progress_; }
+    /// What was heard before stays.
+    void stopListening();
+    /// Of how many clips it was heard where their sound lies.
+    std::size_t heardCount() const { return heardLags_ ? heardLags_->size() : 0; }
 
   private:
     /// What counts besides the clips: a revision of the work, the rules of its match, the way of trimming.
@@ -66,7 +74,9 @@ class WorkDoubts {
     /// Of what the last derivation that was begun is.
     bool isBegun() const;
     static platform::Task deriveOnQueue(std::weak_ptr<const WorkDoubts> weak, std::uint64_t number);
-    static platform::Task listenToPairs(std::weak_ptr<WorkDoubts> weak, std::vector<SoundLag::Pair> pairs);
+    static platform::Task listenToPairs(std::weak_ptr<WorkDoubts> weak, std::vector<SoundLag::Pair> pairs,
+                                        std::uint64_t number);
+    void show(std::optional<Listening> progress);
 
     OpenWork& work_;
     const ScanController& scan_;
@@ -80,9 +90,11 @@ class WorkDoubts {
     mutable std::optional<platform::Task> deriving_;
 
     std::shared_ptr<const std::unordered_map<UUID, HeardLag>> heardLags_;
-    const std::shared_ptr<CopyComparison> copies_ = std::make_shared<CopyComparison>();
     const std::unique_ptr<platform::SerialQueue> queue_;
-    std::unique_ptr<platform::SerialQueue> listening_;
+    std::unique_ptr<platform::SerialQueue> listeningQueue_;
+    std::optional<Listening> progress_; ///< of the listening that was begun last
+    std::uint64_t listeningNumber_ = 0;
+    std::optional<platform::Task> listening_;
 };
 
 } // namespace orvane

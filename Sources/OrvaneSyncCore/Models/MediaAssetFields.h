@@ -72,7 +72,9 @@ struct JSONFields<MediaAsset> {
         JSONField{"ixmlData", &MediaAsset::ixmlData},
         JSONField{"bextTimeReference", &MediaAsset::bextTimeReference},
         JSONField{"bextOriginator", &MediaAsset::bextOriginator},
-        JSONField{"fileSizeBytes", &MediaAsset::fileSizeBytes}};
+        JSONField{"fileSizeBytes", &MediaAsset::fileSizeBytes},
+        JSONField{"heldShare", &MediaAsset::heldShare},
+        JSONField{"contentMark", &MediaAsset::contentMark}};
 };
 
 } // namespace orvane

@@ -38,12 +38,6 @@ struct ProxyFile {
     FileURL originalURL;
 };
 
-/// A file that ends before what its headers promise.
-struct CutFile {
-    FileURL url;
-    double heldShare = 0; ///< of its media data that is there, below 1
-};
-
 /// The assets of one scan, in the order of their paths.
 struct ScanResult {
     std::vector<MediaAsset> videoAssets;
@@ -53,7 +47,6 @@ struct ScanResult {
     std::vector<ProxyFile> proxies; ///< found and left out; not among the assets
     /// Files that could not be read to the end, for a warning; not part of the JSON form.
     std::vector<FileURL> unreadFiles;
-    std::vector<CutFile> cutFiles; ///< not part of the JSON form
 
     std::size_t totalFiles() const { return videoAssets.size() + audioAssets.size(); }
     bool hasErrors() const { return !errors.empty(); }

@@ -342,10 +342,14 @@ std::optional<MediaInspection> inspectMovie(RandomAccessFile& file) { return Mov
 std::optional<double> heldShareOfMovie(RandomAccessFile& file) {
     AtomReader atoms(file, 0, file.size());
     std::uint64_t end = 0, media = 0;
+    bool hasHeader = false;
     while (const auto atom = atoms.next()) {
         if (atom->type == fourCC("mdat")) media += atom->bodySize();
+        hasHeader = hasHeader || atom->type == fourCC("moov");
         end = atom->end;
     }
+    // A camera that was switched off while it recorded has not written the header.
+    if (end == file.size() && media > 0 && !hasHeader) return 0;
     // Reading ends at what claims more than there is.
     constexpr std::size_t wideHeaderBytes = 16;
     const std::uint64_t left = file.size() - end;

@@ -152,6 +152,7 @@ std::optional<MediaInspection> inspectWave(RandomAccessFile& file) {
     if (chunks.creationDate)
         result.metadata.push_back({"ICRD", "creationDate", chunks.creationDate, std::nullopt});
     const auto& format = chunks.format;
+    if (!format && !chunks.dataBytes) result.heldShare = 0; // cut off behind its first bytes
     if (!isUsable(format)) return result;
     result.durationSeconds = duration(*format, chunks);
     result.audioTracks.push_back({format->channels, static_cast<double>(format->sampleRate)});

@@ -1,5 +1,6 @@
-#include "OrvaneSyncCore/Services/Diagnosis/CopyComparison.h"
 #include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
+#include "OrvaneSyncCore/Services/Ingest/ContentMarks.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 
 #include "Shot.h"
 
@@ -13,17 +14,24 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
         shot.videos.push_back(clipAt("/CAM/A" + name + ".mov", 36000 + at, 30));
     shot.videos.push_back(clipAt("/CAM/A4.mov", 0, 0));
     shot.videos.back().durationSeconds.reset();
+    shot.videos.emplace_back(FileURL{"/CAM/A5.mov"}, AssetKind::video);
+    shot.videos.back().fileSizeBytes = 0;
     shot.audios = {recordingAt("/S/T1.wav", 35999, 18), recordingAt("/S/T2.wav", 36299, 40),
                    recordingAt("/S/T9.wav", 50000, 3)};
-    shot.cutFiles = {
-        {{"/S/T1.wav"}, 0.3}, {{"/S/T9.wav"}, 0.5}, {{"/CAM/A3.mov"}, 0.2}, {{"/CAM/A4.mov"}, 0.5}};
+    for (const auto& [name, share] : std::map<std::string, double>{
+             {"T1.wav", 0.3}, {"T9.wav", 0.5}, {"A3.mov", 0.2}, {"A4.mov", 0}, {"A5.mov", 0}})
+        for (auto* files : {&shot.videos, &shot.audios})
+            for (MediaAsset& file : *files)
+                if (file.filename == name) file.heldShare = share;
     shot.diagnose();
     std::vector<std::string> told;
     for (const CardDoubt& card : shot.doubts.cards)
         told.push_back(card.doubt.message + " | " + std::to_string(card.groupIDs.size()));
     EXPECT_EQ(told, (std::vector<std::string>{
                         "'A3.mov' ends early: about 0:06 of its 0:30 are there | 1",
-                        "'A4.mov' ends early, and what says how to read it is missing | 1",
+                        "'A4.mov' has no index by which it could be read: the recording was cut off before "
+                        "it was closed, or not copied to its end | 1",
+                        "'A5.mov' is empty | 1",
                         "'T1.wav' ends early: 0:18 of the 1:00 that its header promises are there; likewise "
                         "1 more file in '/S' | 1"}));
     const auto& own = shot.doubts.byGroup.at(shot.groups.front().id);
@@ -98,17 +106,17 @@ TEST(CardDoubts, RecordingsThatCountAlikeMayBeOfTwoDays) {
             shot.audios.push_back(recordingAt(folder.write(day + std::string("/T.wav"), sound), 35999, 20));
             shot.audios.back().fileSizeBytes = sound.size();
         }
+        for (const std::size_t i : ContentMarks::missingIn(shot.audios))
+            shot.audios[i].contentMark = ContentMarks::of(shot.audios[i].url.path);
         shot.diagnose();
-        CopyComparison comparison;
-        const auto found = comparison.falseCopies(shot.groups);
-        EXPECT_EQ(found.size(), areCopies ? 0U : 2U);
-        shot.doubts = SyncDoubts::of(
-            {shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), nullptr, nullptr, &found});
         EXPECT_EQ(shot.count(Kind::otherDay), areCopies ? 0 : 1);
-        for (MediaAsset& audio : shot.audios)
+        const Take take = takeOf(shot.groups.front(), 1);
+        EXPECT_EQ(take.files.at(1).role, areCopies ? TakeRole::mirror : TakeRole::alternate);
+        for (MediaAsset& audio : shot.audios) {
+            audio.contentMark.reset();
             audio.contentCreatedDate = dateFromISO8601("2024-05-17T10:00:00Z");
-        shot.diagnose();
-        EXPECT_TRUE(CopyComparison().falseCopies(shot.groups).empty()) << "a date says that they are";
+        }
+        EXPECT_TRUE(ContentMarks::missingIn(shot.audios).empty()) << "a date says that they are";
     }
 }
 

@@ -44,7 +44,6 @@ struct Shot {
     std::vector<MediaAsset> videos, audios;
     std::map<std::string, std::string> soundOf; ///< by name of the clip; of clips that have sound
 
-    std::vector<CutFile> cutFiles = {};
     SyncGroupList groups = {};
     SyncDoubts doubts = {};
 
@@ -53,7 +52,7 @@ struct Shot {
         FileNames names;
         for (const MediaAsset& file : videos) names.add(file);
         for (const MediaAsset& file : audios) names.add(file);
-        doubts = SyncDoubts::of({groups, audios, rules, trim, {}, names, nullptr, &cutFiles});
+        doubts = SyncDoubts::of({groups, audios, rules, trim, {}, names});
         if (!settlesAll && locks.empty() && !locksWhatIsHeard) return;
         for (SyncGroup group : groups) {
             if (settlesAll && group.matchStatus.kind == MatchStatus::Kind::ambiguous)
@@ -61,7 +60,7 @@ struct Shot {
             group.isLocked = locksWhatIsHeard ? !group.isMOS() : group.video.filename == locks;
             groups.update(group.id, [&](SyncGroup& own) { own = group; });
         }
-        doubts = SyncDoubts::of({groups, audios, rules, trim, {}, names, nullptr, &cutFiles});
+        doubts = SyncDoubts::of({groups, audios, rules, trim, {}, names});
     }
     bool settlesAll = false; ///< whatever is ambiguous, by what it lists first
     std::string locks = {};  ///< the clip of this name

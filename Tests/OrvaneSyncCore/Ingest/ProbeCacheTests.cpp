@@ -41,6 +41,8 @@ class Cache : public testing::Test {
         asset.sourceRateDomainOverride = SourceRateDomain::conformedExternally;
         asset.bextTimeReference = asset.fileSizeBytes = ~0ULL;
         asset.bextOriginator = "Mixer";
+        asset.heldShare = 0.25;
+        asset.contentMark = (1ULL << 53U) - 1;
         asset.ixmlData.emplace();
         auto& ixml = *asset.ixmlData;
         ixml.scene = ixml.take = ixml.tape = ixml.note = ixml.project = "12A";

@@ -234,9 +234,8 @@ class ClipDoubts {
         std::string where;
         if (before > 0.05) where = formatted("the first %.1f s", before);
         if (after > 0.05) where += (where.empty() ? "" : " and ") + formatted("the last %.1f s", after);
-        const auto cut = std::ranges::find_if(take_.files, [&](const TakeFile& file) {
-            return isHeard(file.role) && shoot_.endsEarly(fileOf(file));
-        });
+        const auto cut = std::ranges::find_if(
+            take_.files, [&](const TakeFile& file) { return isHeard(file.role) && fileOf(file).heldShare; });
         add(Kind::shortSound,
             name_ + " lasts " + formatted("%.1f s", length()) + ", and " + where + " have no sound of " +
                 shoot_.nameOf(*group_.primaryAudio()),

@@ -11,16 +11,19 @@ namespace orvane {
 namespace {
 
 /// What is known of the length of a file that ends early.
-enum class Known : std::uint8_t { whatIsThere, whatIsPromised, nothing };
+enum class Known : std::uint8_t { whatIsThere, whatIsPromised, noIndex, isEmpty };
 
 Known knownOf(const MediaAsset& file) {
+    if (file.fileSizeBytes == 0) return Known::isEmpty;
     if (file.kind == AssetKind::audio) return Known::whatIsThere;
-    return file.durationSeconds.value_or(0) > 0 ? Known::whatIsPromised : Known::nothing;
+    return file.durationSeconds.value_or(0) > 0 ? Known::whatIsPromised : Known::noIndex;
 }
 
-std::string lengthsOf(const MediaAsset& file, double heldShare) {
-    const double length = file.durationSeconds.value_or(0);
+std::string lengthsOf(const MediaAsset& file) {
+    const double length = file.durationSeconds.value_or(0), heldShare = *file.heldShare;
     switch (knownOf(file)) {
+    case Known::isEmpty:
+        return " is empty";
     case Known::whatIsThere:
         if (!(heldShare > 0)) return " holds nothing of what its header promises";
         return " ends early: " + clockText(length) + " of the " + clockText(length / heldShare) +
@@ -28,16 +31,23 @@ std::string lengthsOf(const MediaAsset& file, double heldShare) {
     case Known::whatIsPromised:
         return " ends early: about " + clockText(length * heldShare) + " of its " + clockText(length) +
                " are there";
-    case Known::nothing:
+    case Known::noIndex:
         break;
     }
-    return " ends early, and what says how to read it is missing";
+    return " has no index by which it could be read: the recording was cut off before it was closed, or not "
+           "copied to its end";
+}
+
+/// Cameras close a recording that was cut off when its card is in them again.
+std::string cureOf(Known known, bool isOne) {
+    const std::string copying = isOne ? "copy it again from the card" : "copy them again from the card";
+    if (known != Known::noIndex) return copying;
+    return copying + (isOne ? ", or let the camera repair it" : ", or let the camera repair them");
 }
 
 } // namespace
 
 void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
-    if (shoot.heldShares.empty()) return;
     struct Folder {
         std::vector<const MediaAsset*> files;
         std::set<std::size_t> clips; ///< that have them, in `shoot.clips`
@@ -49,16 +59,16 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
     for (std::size_t i = 0; i < shoot.clips.size(); ++i) {
         const SyncGroup& group = *shoot.clips[i].group;
         if (group.isExcludedFromExport) continue;
-        if (shoot.endsEarly(group.video)) {
+        if (group.video.heldShare) {
             Folder& folder = folderOfFile(group.video);
             folder.files.push_back(&group.video);
             folder.clips.insert(i);
         }
         for (const AudioMatch& match : group.audioMatches)
-            if (shoot.endsEarly(*match.audio)) folderOfFile(*match.audio).clips.insert(i);
+            if (match.audio->heldShare) folderOfFile(*match.audio).clips.insert(i);
     }
     for (const MediaAsset& recording : shoot.input.recordings)
-        if (shoot.endsEarly(recording)) folderOfFile(recording).files.push_back(&recording);
+        if (recording.heldShare) folderOfFile(recording).files.push_back(&recording);
     for (auto& [key, folder] : folders) {
         if (folder.files.empty()) continue;
         const MediaAsset& first = *folder.files.front();
@@ -67,11 +77,11 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
         for (const std::size_t clip : folder.clips) clips.push_back(&shoot.clips[clip]);
         addCardDoubt(doubts,
                      {SyncDoubt::Kind::cutFile,
-                      shoot.nameOf(first) + lengthsOf(first, shoot.heldShares.at(first.url.path)) +
+                      shoot.nameOf(first) + lengthsOf(first) +
                           (more > 0 ? "; likewise " + counted(more, "more file", "more files") + " in '" +
                                           std::string(key.first) + "'"
                                     : ""),
-                      more > 0 ? "copy them again from the card" : "copy it again from the card"},
+                      cureOf(key.second, more == 0)},
                      clips);
     }
 }

@@ -59,6 +59,12 @@ bool areShared(const Hours& hours) {
            }) != ranges.end();
 }
 
+/// They were taken for copies of each other, until their contents were compared.
+bool haveOneNameAndOtherSound(const MediaAsset& a, const MediaAsset& b) {
+    return a.contentMark && b.contentMark && a.contentMark != b.contentMark &&
+           a.normalizedName() == b.normalizedName();
+}
+
 TCRange rangeOf(const AudioMatch& match) {
     return {match.syncOffsetSeconds, match.syncOffsetSeconds + match.audio->durationSeconds.value_or(0)};
 }
@@ -101,16 +107,8 @@ bool givesDateToSeveralShoots(const Shoot& shoot) {
 }
 
 bool undatedFilesCollide(const Shoot& shoot) {
-    const auto* falseCopies = shoot.input.falseCopies;
-    const auto holdsFalseCopy = [&](const SyncGroup& group) {
-        return falseCopies != nullptr && !falseCopies->empty() &&
-               std::ranges::any_of(group.audioMatches, [&](const AudioMatch& match) {
-                   return falseCopies->contains(match.audio->id);
-               });
-    };
-    return std::ranges::any_of(shoot.clips, [&](const Shoot::Clip& clip) {
-        return clip.primary && !clip.isDecided &&
-               (collision(clip, false) != nullptr || holdsFalseCopy(*clip.group));
+    return std::ranges::any_of(shoot.clips, [](const Shoot::Clip& clip) {
+        return clip.primary && !clip.isDecided && collision(clip, false) != nullptr;
     });
 }
 
@@ -127,6 +125,7 @@ const AudioMatch* collision(const Shoot::Clip& clip, bool areDated) {
             !mayBeOneRecorder(first, other) || (first.shootDay() && other.shootDay()) != areDated)
             continue;
         const auto [shorter, longer] = std::minmax({firstRange.durationSeconds(), range.durationSeconds()});
+        if (!areDated && haveOneNameAndOtherSound(first, other)) return &match;
         constexpr double sameStartSeconds = 0.5;
         // What one recorder has in both of two takes is the sound from before the second one's start.
         const bool rollTogether =

@@ -96,8 +96,6 @@ Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input
     Places places(input.rules);
     recordings = recordingsAmong(input.recordings, places, stop);
     for (std::size_t i = 0; i < recordings.size(); ++i) recordingByID[recordings[i].asset->id] = i;
-    if (input.cutFiles != nullptr)
-        for (const CutFile& file : *input.cutFiles) heldShares[file.url.path] = file.heldShare;
     for (const SyncGroup& group : input.groups) places.learn(group.video);
     clips.reserve(input.groups.size());
     platform::StopCheck check(stop);

@@ -34,10 +34,8 @@ struct Shoot {
     const std::stop_token& stop;
     std::vector<Clip> clips; ///< in the order of the groups
     std::vector<Recording> recordings;
-    std::unordered_map<UUID, std::size_t> recordingByID;     ///< in `recordings`
-    std::unordered_map<std::string_view, double> heldShares; ///< by path, of files that end early
+    std::unordered_map<UUID, std::size_t> recordingByID; ///< in `recordings`
 
-    bool endsEarly(const MediaAsset& asset) const { return heldShares.contains(asset.url.path); }
     std::string nameOf(const MediaAsset& asset) const { return "'" + input.names.of(asset) + "'"; }
 };
 

@@ -3,7 +3,6 @@
 #include "OrvaneSyncCore/Models/ExportKinds.h"
 #include "OrvaneSyncCore/Models/FilePaths.h"
 #include "OrvaneSyncCore/Models/HeardLag.h"
-#include "OrvaneSyncCore/Models/ScanModels.h"
 #include "OrvaneSyncCore/Models/SmartAudioResults.h"
 #include "OrvaneSyncCore/Models/SyncDoubt.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
@@ -13,7 +12,6 @@
 #include <map>
 #include <stop_token>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace orvane {
@@ -28,9 +26,6 @@ struct DoubtInput {
     const FileNames& names;                     ///< of all files of the work
     /// Of clips that were listened to, by group. Null: none were.
     const std::unordered_map<UUID, HeardLag>* heardLags = nullptr;
-    const std::vector<CutFile>* cutFiles = nullptr; ///< as the scan found them; null: there was none
-    /// Recordings that count as copies by name, size and start, and hold other sound. Null: nobody looked.
-    const std::unordered_set<UUID>* falseCopies = nullptr;
 };
 
 /// Why clips may not have the right sound. Derived anew from the state of the work; pure, any thread.

@@ -85,11 +85,21 @@ bool nothingIsKnown(const MediaAsset& asset) {
     return !asset.durationSeconds && !asset.width && !asset.sampleRate && !asset.startTimecodeString;
 }
 
+namespace {
+
+/// Of a file of which nothing is known.
+std::string unreadText(const MediaAsset& file) {
+    if (file.fileSizeBytes == 0) return "the file is empty";
+    return file.heldShare ? "the file is cut off" : "the file can't be read";
+}
+
+} // namespace
+
 std::string UnmatchedReasons::ofClip(const SyncGroup& group) {
     const MediaAsset& video = group.video;
     if (group.matchStatus.kind == MatchStatus::Kind::ambiguous)
         return "several recordings, none of them clearly";
-    if (nothingIsKnown(video)) return "the file can't be read";
+    if (nothingIsKnown(video)) return unreadText(video);
     if (!video.startTimecodeString) return "no timecode";
     if (!video.durationSeconds) return "no length";
     Laid& all = laid();
@@ -105,7 +115,7 @@ std::string UnmatchedReasons::ofClip(const SyncGroup& group) {
 
 std::string UnmatchedReasons::ofRecording(const MediaAsset& recording) {
     if (recording.isAtmo()) return "room tone or wild track";
-    if (nothingIsKnown(recording)) return "the file can't be read";
+    if (nothingIsKnown(recording)) return unreadText(recording);
     if (!recording.startTimecodeString && !recording.bextTimeReference) return "no timecode";
     Laid& all = laid();
     const auto place = all.places.of(recording);

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/MediaProbeService.h"
 
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Ingest/ContentMarks.h"
 #include "OrvaneSyncCore/Services/Ingest/LTCDecoder.h"
 #include "OrvaneSyncCore/Services/Ingest/StartSources.h"
 #include "OrvaneSyncCore/Services/Ingest/TimecodeTrackReader.h"
@@ -202,8 +203,7 @@ MediaAsset MediaProbeService::probe(const FileURL& url, AssetKind kind, const Un
 
 std::vector<MediaAsset> MediaProbeService::probeAll(const std::vector<FileURL>& urls, AssetKind kind,
                                                     const Progress& progress, const Unread& unread,
-                                                    const std::stop_token& stop,
-                                                    const CutShort& cutShort) const {
+                                                    const std::stop_token& stop) const {
     std::vector<MediaAsset> assets(urls.size(), MediaAsset(UUID(), FileURL(), kind));
     std::vector<Known> known(urls.size());
     SideFiles sideFiles;
@@ -236,7 +236,6 @@ std::vector<MediaAsset> MediaProbeService::probeAll(const std::vector<FileURL>& 
             missing.push_back(i);
     }
     std::vector<char> isRead(missing.size()); // not of bool, whose elements share bytes
-    std::vector<std::optional<double>> heldShares(missing.size());
     const auto probeOne = [&](std::size_t which) {
         const std::size_t i = missing[which];
         begun(i);
@@ -250,26 +249,34 @@ std::vector<MediaAsset> MediaProbeService::probeAll(const std::vector<FileURL>& 
             if (probed.isOpened && isToBeHeard(assets[i])) listenForTimecode(assets[i], stop);
             const bool isWhole = probed.isOpened && !watch.hasSeenError();
             isRead[which] = isWhole ? 1 : 0;
-            heldShares[which] = probed.heldShare;
             // What an error hid would stay hidden as long as the file is the same. A start that was heard is
             // not remembered: it hangs on the settings, which change without the file.
-            if (cache_ && known[i].attributes && isWhole && probed.isFact) {
-                if (probed.heldShare)
-                    cache_->storeID(probed.asset, *known[i].attributes);
-                else
-                    cache_->store(probed.asset, *known[i].attributes);
-            }
+            if (cache_ && known[i].attributes && isWhole && probed.isFact)
+                cache_->store(probed.asset, *known[i].attributes);
         } catch (const std::exception&) { // one file took all the memory; the others go on
             if (!isProbed) assets[i] = MediaAsset(urls[i], kind);
         }
         done(i);
     };
     platform::concurrently(missing.size(), maxConcurrentProbes, probeOne, stop);
-    for (std::size_t which = 0; which < missing.size(); ++which) {
+    for (std::size_t which = 0; which < missing.size(); ++which)
         if (unread && isRead[which] == 0) unread(urls[missing[which]]);
-        if (cutShort && heldShares[which]) cutShort(urls[missing[which]], *heldShares[which]);
-    }
+    if (kind == AssetKind::audio) markContents(assets, known, stop);
     return assets;
+}
+
+/// What the cache gave goes back with its mark. What was just probed may have a start that was heard, which
+/// is not for the cache, and gives its mark to it in the next scan.
+void MediaProbeService::markContents(std::vector<MediaAsset>& recordings, const std::vector<Known>& known,
+                                     const std::stop_token& stop) const {
+    const std::vector<std::size_t> unmarked = ContentMarks::missingIn(recordings);
+    const auto mark = [&](std::size_t which) {
+        const std::size_t i = unmarked[which];
+        recordings[i].contentMark = ContentMarks::of(recordings[i].url.path);
+        if (cache_ && known[i].isHit && recordings[i].contentMark)
+            cache_->store(recordings[i], *known[i].attributes);
+    };
+    platform::concurrently(unmarked.size(), maxConcurrentProbes, mark, stop);
 }
 
 /// The attributes are read before any file is, so that an entry for one that changes during its probe is
@@ -320,8 +327,10 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
     const MediaInspection inspection =
         platform::inspectMedia(url.path, *file, hindered).value_or(MediaInspection());
     probed.isFact = !hindered;
-    if (inspection.heldShare && isWorthTelling(*inspection.heldShare, inspection))
-        probed.heldShare = inspection.heldShare;
+    if (*asset.fileSizeBytes == 0)
+        asset.heldShare = 0;
+    else if (inspection.heldShare && isWorthTelling(*inspection.heldShare, inspection))
+        asset.heldShare = inspection.heldShare;
     takeTracks(asset, inspection);
     asset.contentCreatedDate = creationDate(inspection.metadata);
     asset.headerDate = StartSources::headerDate(inspection);

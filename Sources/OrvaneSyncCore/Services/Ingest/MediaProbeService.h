@@ -29,9 +29,6 @@ class MediaProbeService {
     /// Called with each file that could not be opened, or met an error of the system while it was read. Its
     /// asset holds what there was, and is not remembered.
     using Unread = std::function<void(const FileURL& url)>;
-    /// Called with each file that ends half a second and more before what its headers promise, and the share
-    /// that is there. It is probed again by each scan, so that each knows.
-    using CutShort = std::function<void(const FileURL& url, double heldShare)>;
 
     MediaAsset probe(const FileURL& url, AssetKind kind, const Unread& unread = {},
                      const std::stop_token& stop = {}) const;
@@ -39,12 +36,13 @@ class MediaProbeService {
     /// number of those done, which never falls. `inHand`: of the files that are begun and not done the one
     /// that has taken longest; null where there is none.
     using Progress = std::function<void(int completed, int total, const FileURL* inHand)>;
-    /// In the order of the input. What the cache knows comes first, then the others are probed.
-    /// `unread` and `cutShort` come at the end, on the caller's thread, in the order of the input. Throws
-    /// nothing but Stopped; what was probed by then stays in the cache.
+    /// In the order of the input. What the cache knows comes first, then the others are probed; recordings
+    /// that look like copies of each other have a mark of their content. `unread` comes at the end, on the
+    /// caller's thread, in the order of the input. Throws nothing but Stopped; what was probed by then stays
+    /// in the cache.
     std::vector<MediaAsset> probeAll(const std::vector<FileURL>& urls, AssetKind kind,
                                      const Progress& progress, const Unread& unread = {},
-                                     const std::stop_token& stop = {}, const CutShort& cutShort = {}) const;
+                                     const std::stop_token& stop = {}) const;
 
   private:
     /// What is known of a file before it is opened.
@@ -60,10 +58,11 @@ class MediaProbeService {
         /// Whether another probe of the same file would tell the same, as far as it could be read: not when a
         /// library was missing or ran out of time.
         bool isFact = false;
-        std::optional<double> heldShare = {}; ///< of a file that is cut short
     };
     void takeFromCache(const std::vector<FileURL>& urls, SideFiles& sideFiles, std::vector<Known>& known,
                        std::vector<MediaAsset>& assets, const std::stop_token& stop) const;
+    void markContents(std::vector<MediaAsset>& recordings, const std::vector<Known>& known,
+                      const std::stop_token& stop) const;
     bool mayStandFor(const MediaAsset& cached, AssetKind kind, SideFiles& sideFiles) const;
     Probed probeFile(const FileURL& url, AssetKind kind, SideFiles& sideFiles) const;
     void readBroadcastMetadata(MediaAsset& asset, platform::RandomAccessFile& file) const;

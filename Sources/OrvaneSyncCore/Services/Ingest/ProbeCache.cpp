@@ -172,20 +172,11 @@ void ProbeCache::store(const MediaAsset& asset) {
 }
 
 void ProbeCache::store(const MediaAsset& asset, const platform::FileAttributes& attributes) {
-    store(asset, attributes, readerVersion_);
-}
-
-void ProbeCache::storeID(const MediaAsset& asset, const platform::FileAttributes& attributes) {
-    store(asset, attributes, earlierReaderVersion);
-}
-
-void ProbeCache::store(const MediaAsset& asset, const platform::FileAttributes& attributes,
-                       std::uint32_t readerVersion) {
     const std::string body = encodedAsset(asset);
     const ProbeRecord record{asset.url.path,
                              attributes.modificationSinceReference,
                              attributes.size,
-                             readerVersion,
+                             readerVersion_,
                              asset.id,
                              asset.kind,
                              body};

@@ -22,7 +22,7 @@ class ProbeCache {
   public:
     /// Of everything that a probe reads. Raised whenever it reads more, reads something another way, or an
     /// asset has another form in ProbeRecord: files are then probed anew, and keep their ids.
-    static constexpr std::uint32_t currentReaderVersion = 3;
+    static constexpr std::uint32_t currentReaderVersion = 4;
 
     explicit ProbeCache(std::string path);
     /// With a queue of the caller's: the map and the file belong to it, and its time spaces the writes.
@@ -42,8 +42,6 @@ class ProbeCache {
     void store(const MediaAsset& asset);
     /// Under attributes that were read before the probe, so that a file that changed meanwhile misses.
     void store(const MediaAsset& asset, const platform::FileAttributes& attributes);
-    /// Its id alone: the next scan probes the file again.
-    void storeID(const MediaAsset& asset, const platform::FileAttributes& attributes);
 
     /// What is remembered of a file that is still the same.
     struct Known {
@@ -76,8 +74,6 @@ class ProbeCache {
     std::int64_t sizeBytes();
 
   private:
-    void store(const MediaAsset& asset, const platform::FileAttributes& attributes,
-               std::uint32_t readerVersion);
     void load();
     void loadEarlierForm();
     std::vector<std::string> records() const;

@@ -200,9 +200,16 @@ std::optional<double> between(std::span<const float> camera, std::span<const flo
     return static_cast<double>(best - likenesses.begin() - most) / binsPerSecond;
 }
 
-std::unordered_map<UUID, HeardLag> heard(const std::vector<Pair>& pairs, const std::stop_token& stop) {
+std::unordered_map<UUID, HeardLag> heard(const std::vector<Pair>& pairs, const std::stop_token& stop,
+                                         const std::function<void(std::size_t done)>& progress) {
     std::unordered_map<UUID, HeardLag> lags;
+    std::size_t done = 0;
     std::mutex mutex;
+    const auto nowDone = [&](std::size_t more) {
+        const std::lock_guard lock(mutex);
+        done += more;
+        if (progress && more > 0) progress(done);
+    };
     std::vector<std::span<const Pair>> cards;
     for (auto first = pairs.begin(); first != pairs.end();) {
         const auto last =
@@ -215,18 +222,21 @@ std::unordered_map<UUID, HeardLag> heard(const std::vector<Pair>& pairs, const s
         cards.size(), atOnce,
         [&](std::size_t card) {
             std::vector<double> found;
-            std::size_t drifts = 0;
+            std::size_t drifts = 0, tried = 0;
             for (const Pair& pair : cards[card]) {
                 if (found.size() >= fewestPairs && (drifts == 0 || drifts >= fewestPairs) &&
                     std::ranges::max(found) - std::ranges::min(found) <= agreeingSeconds)
                     break;
                 const auto lag = Listening(pair, stop).lag();
+                ++tried;
+                nowDone(1);
                 if (!lag) continue;
                 found.push_back(lag->seconds);
                 drifts += lag->drift ? 1 : 0;
                 const std::lock_guard lock(mutex);
                 lags.emplace(pair.groupID, *lag);
             }
+            nowDone(cards[card].size() - tried);
         },
         stop);
     return lags;

@@ -4,6 +4,8 @@
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 
+#include <cstddef>
+#include <functional>
 #include <optional>
 #include <span>
 #include <stop_token>
@@ -43,8 +45,10 @@ std::optional<double> between(std::span<const float> camera, std::span<const flo
 
 /// The same of files at the head of the clip, and at the tail of one that lasts `leastForDriftSeconds`; by
 /// group. Those for which there is none are left out, and those behind three of their card that agree. Pairs
-/// of one card stand together. Throws Stopped.
-std::unordered_map<UUID, HeardLag> heard(const std::vector<Pair>& pairs, const std::stop_token& stop = {});
+/// of one card stand together. `progress` gets the number of pairs that are done, from several threads, one
+/// call at a time. Throws Stopped.
+std::unordered_map<UUID, HeardLag> heard(const std::vector<Pair>& pairs, const std::stop_token& stop = {},
+                                         const std::function<void(std::size_t done)>& progress = {});
 
 } // namespace SoundLag
 } // namespace orvane

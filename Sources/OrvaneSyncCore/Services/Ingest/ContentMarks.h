@@ -1,0 +1,24 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/MediaAsset.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+/// Tells recordings that would count as copies of each other by name, size and start alone, without dates
+/// that say so as well: two days of a recorder that begins each at the same timecode may count alike. Any
+/// thread.
+namespace ContentMarks {
+
+/// The places of those whose content has to be looked at, and was not.
+std::vector<std::size_t> missingIn(const std::vector<MediaAsset>& recordings);
+/// Of some KB that are spread over the file. Nothing for one that cannot be read, which counts as a copy.
+std::optional<std::uint64_t> of(const std::string& path);
+
+} // namespace ContentMarks
+} // namespace orvane

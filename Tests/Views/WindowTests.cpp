@@ -28,6 +28,32 @@ class WindowTest : public testing::Test, protected test::ShootWindow {
 
 } // namespace
 
+TEST_F(WindowTest, ListensToTheCardsAndSaysWhatCameOfIt) {
+    auto* listen = window_->findChild<QAction*>("listen");
+    ASSERT_NE(listen, nullptr);
+    const auto said = [&] {
+        for (const auto* one : window_->findChildren<QFrame*>())
+            if (const auto* banner = dynamic_cast<const design::Banner*>(one); banner && banner->isVisible())
+                return banner->text();
+        return QString();
+    };
+    EXPECT_FALSE(listen->isEnabled()) << "there is no clip";
+    scan();
+    for (const bool isStopped : {false, true}) {
+        ASSERT_TRUE(waitUntil([&] { return listen->isEnabled(); }));
+        listen->trigger();
+        const bool isUnderWay = desktop_->controller().derivedDoubts().listening().has_value();
+        EXPECT_EQ(button(*window_, "Stop") != nullptr, isUnderWay);
+        EXPECT_EQ(listen->isEnabled(), !isUnderWay) << "one at a time";
+        if (isStopped && isUnderWay) press(*window_, "Stop");
+        ASSERT_TRUE(waitUntil([&] { return !desktop_->controller().derivedDoubts().listening(); }));
+        if (isStopped) break;
+        ASSERT_TRUE(waitUntil([&] { return !said().isEmpty(); }));
+        EXPECT_TRUE(said().contains("to listen to") || said().contains("sound")) << said().toStdString();
+    }
+    EXPECT_EQ(button(*window_, "Stop"), nullptr);
+}
+
 TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     auto* pages = window_->findChild<QStackedWidget*>();
     EXPECT_EQ(pages->currentIndex(), 0) << "folders are chosen first";

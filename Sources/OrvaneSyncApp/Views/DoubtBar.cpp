@@ -23,16 +23,15 @@ DoubtBar::DoubtBar(Desktop& desktop, QWidget* parent) : QFrame(parent), desktop_
     rows->addLayout(top);
     buttons_ = new QHBoxLayout;
     buttons_->setSpacing(space::small);
-    auto* clips = button(tr("Show Clips"));
-    clips->setToolTip(tr("Selects the clips that this is about"));
-    buttons_->addWidget(clips);
+    buttons_->addWidget(clips_ = button(tr("Show Clips")));
+    clips_->setToolTip(tr("Selects the clips that this is about"));
     buttons_->addStretch(1);
     buttons_->addWidget(position_ = facts({}));
     position_->setWordWrap(false);
     buttons_->addWidget(next_ = button(tr("Next"), Weight::quiet));
     next_->setToolTip(tr("Shows the next doubt"));
     rows->addLayout(buttons_);
-    connect(clips, &QPushButton::clicked, this, [this] {
+    connect(clips_, &QPushButton::clicked, this, [this] {
         if (whenClipsWanted) whenClipsWanted(doubts_[shown_].groupIDs);
     });
     connect(next_, &QPushButton::clicked, this, [this] {
@@ -55,6 +54,7 @@ void DoubtBar::showOne() {
     if (!doubt.cure.text.empty()) message += QStringLiteral("\n→ ") + translatedSentence(doubt.cure.text);
     text_->setText(message);
     setAccessibleName(message);
+    clips_->setVisible(!doubt.groupIDs.empty());
     position_->setText(tr("%1 of %2").arg(shown_ + 1).arg(doubts_.size()));
     position_->setVisible(doubts_.size() > 1);
     next_->setVisible(doubts_.size() > 1);

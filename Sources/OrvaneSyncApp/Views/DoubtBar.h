@@ -32,6 +32,7 @@ class DoubtBar : public QFrame {
     std::size_t shown_ = 0;
     QLabel* text_;
     QLabel* position_;
+    QPushButton* clips_;
     QPushButton* next_;
     QHBoxLayout* buttons_;
     std::vector<QPushButton*> steps_;

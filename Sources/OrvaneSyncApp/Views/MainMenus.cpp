@@ -192,6 +192,12 @@ void MainMenus::makeAudio() {
             analyse(settings::smartAudioMode.write(static_cast<SmartAudioMode>(i)));
         })->setText(tr("Smart Audio: %1").arg(translated(RawValues<SmartAudioMode>::texts.at(i))));
     addCommand(audio, "measureLoudness");
+    audio->addSeparator();
+    listen_ = audio->addAction(tr("Listen to the Cards"));
+    listen_->setObjectName(QStringLiteral("listen"));
+    listen_->setStatusTip(
+        tr("Compares some clips of each card with what their cameras heard, to find a clock that is wrong."));
+    connect(listen_, &QAction::triggered, this, [this] { screens_.listen(); });
 }
 
 void MainMenus::analyse(const JSON& mode) {
@@ -325,6 +331,7 @@ void MainMenus::update() {
     const commands::CommandContext& context = desktop_.context();
     scan_->setEnabled(commands::isAtRest(context));
     find_->setEnabled(commands::hasClipsAtRest(context));
+    listen_->setEnabled(commands::hasClipsAtRest(context) && !screens_.isListening());
     sheets_.renameClips->setEnabled(desktop_.isEnabled("batchRename"));
     sheets_.buildRoomTone->setEnabled(desktop_.isEnabled("scanAtmoCandidates"));
     rename_->setEnabled(clips.size() == 1);

@@ -33,11 +33,12 @@ class MainMenus : public QObject {
         std::function<std::vector<UUID>()> clips; ///< that commands for clips act on
         std::function<void(std::string_view)> runForClips;
         std::function<void()> renameClip, openReview, openMulticam, showResults, newScan, leaveStart, find,
-            showKeys;
+            showKeys, listen;
         std::function<void(const QStringList& paths)> openPaths;
         std::function<bool()> isReviewing;
-        std::function<bool()> isPlaying; ///< a screen that plays is in front
-        QWidget* sessions;               ///< that can be hidden
+        std::function<bool()> isListening; ///< to the cards
+        std::function<bool()> isPlaying;   ///< a screen that plays is in front
+        QWidget* sessions;                 ///< that can be hidden
     };
     MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& review, Screens screens);
 
@@ -81,6 +82,7 @@ class MainMenus : public QObject {
     SheetActions sheets_{};
     QAction* scan_ = nullptr;
     QAction* find_ = nullptr;
+    QAction* listen_ = nullptr;
     QAction* undo_ = nullptr;
     QAction* redo_ = nullptr;
     QAction* open_ = nullptr;

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/MainWindow.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/Views/ListeningBar.h"
 #include "OrvaneSyncApp/Views/MainMenus.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
@@ -62,6 +63,9 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(banner_ = new Banner);
+    column->addWidget(listening_ = new ListeningBar(desktop));
+    listening_->whenHeard = [this](const QString& what) { banner_->show(Signal::none, what); };
+    listening_->whenChanged = [this] { updateActions(); };
     pages_ = new QStackedWidget;
     pages_->addWidget(start_ = new StartView(
                           desktop, [this] { startScan(); },
@@ -100,6 +104,12 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
         updateActions();
     };
     screens.leaveStart = [this] { wantsStart_ = false; };
+    screens.listen = [this] {
+        banner_->clear();
+        showResults();
+        listening_->listen();
+    };
+    screens.isListening = [this] { return listening_->isListening(); };
     screens.find = [this] {
         showResults();
         results().search()->setFocus();

@@ -27,6 +27,7 @@ class ReviewKeys;
 class ReviewView;
 class ScanningView;
 class SessionsPanel;
+class ListeningBar;
 class StartView;
 
 /// The window: sessions at the left, beside them the screen that the state of the work asks for. Menus and
@@ -88,6 +89,7 @@ class MainWindow : public QMainWindow {
     QStackedWidget* pages_;
     QSplitter* splitter_;
     design::Banner* banner_;
+    ListeningBar* listening_;
     QLabel* status_;
     MainMenus* menus_;
     std::unique_ptr<ReviewKeys> keys_;

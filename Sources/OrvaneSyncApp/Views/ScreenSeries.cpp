@@ -89,6 +89,12 @@ class Walk : public QTimer {
         });
         then([this] { grab(window_, QStringLiteral("selected")); });
         then([this] {
+            window_.findChild<QAction*>(QStringLiteral("listen"))->trigger();
+            grab(window_, QStringLiteral("listening"));
+        });
+        waitUntil([this] { return !window_.desktop().controller().derivedDoubts().listening(); });
+        then([this] { grab(window_, QStringLiteral("listened")); });
+        then([this] {
             showExport(window_.desktop(), &window_);
             showBatchRenamer(window_.desktop(), &window_);
             showAtmoBuilder(window_.desktop(), &window_);

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCLI/LineReader.h"
 #include "OrvaneSyncCLI/LineWriter.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
+#include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "Platform/Completion.h"
 #include "Platform/Interrupt.h"
 #include "Platform/Playback/Player.h"
@@ -199,7 +200,8 @@ void serve(Context& context, const Arguments& arguments) {
     });
     if (work.sessions->problem()) context.warn(*work.sessions->problem());
     // Called on a thread of its own, at the very end of this function at the latest.
-    platform::beforeTermination([loop, weak = std::weak_ptr(work.sessions)](const platform::EndProcess& end) {
+    const platform::TerminationLimit limit{.place = AppStorageHelper::sessionsDirectory()};
+    const auto save = [loop, weak = std::weak_ptr(work.sessions)](const platform::EndProcess& end) {
         loop->post([weak, end] {
             const auto sessions = weak.lock();
             if (!sessions) return end("");
@@ -209,7 +211,8 @@ void serve(Context& context, const Arguments& arguments) {
                 end(failure ? "error: " + platform::text::printable(notSaved(*failure)) + "\n" : "");
             });
         });
-    });
+    };
+    platform::beforeTermination(save, limit);
     {
         const MessageReader reader(context.in, answers, loop, server, [&] {
             work.sessions->flush().whenDone(

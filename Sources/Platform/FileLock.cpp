@@ -1,5 +1,6 @@
 #include "Platform/FileLock.h"
 
+#include "Platform/FileStep.h"
 #include "Platform/Files.h"
 #include "Platform/InterfaceThread.h"
 #include "Platform/Text.h"
@@ -38,11 +39,13 @@ int lockWithin(int file, std::chrono::milliseconds longest) {
 
 FileLock FileLock::ofFile(const std::string& path, std::chrono::milliseconds longest) {
     assertMayBlock("waiting for a file lock");
+    const FileStep step(path);
     return {path, ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, ownerOnly), longest};
 }
 
 FileLock FileLock::ofFolder(const std::string& path, std::chrono::milliseconds longest) {
     assertMayBlock("waiting for a file lock");
+    const FileStep step(path);
     return {path, ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), longest};
 }
 

@@ -1,5 +1,6 @@
 #include "Platform/Folders.h"
 
+#include "Platform/FileStep.h"
 #include "Platform/Files.h"
 #include "Platform/InterfaceThread.h"
 #include "Platform/TemporaryFiles.h"
@@ -18,6 +19,7 @@ constexpr mode_t ofOthers = 0077;
 
 void createWithRights(const std::string& path, mode_t rights) {
     assertMayBlock("file access");
+    const FileStep step(path);
     for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
         const std::string folder = path.substr(0, end);
         if (::mkdir(folder.c_str(), rights) != 0) {

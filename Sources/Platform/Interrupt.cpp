@@ -1,17 +1,24 @@
 #include "Platform/Interrupt.h"
 
+#include "Platform/FileStep.h"
 #include "Platform/Files.h"
+#include "Platform/Text.h"
 #include "Platform/TextMemory.h"
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <cxxabi.h>
 #include <exception>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <new>
+#include <semaphore>
 #include <string_view>
+#include <system_error>
 #include <thread>
 #include <typeinfo>
 #include <unistd.h>
@@ -21,29 +28,73 @@ namespace orvane::platform {
 
 namespace {
 
-using TerminationCallback = std::function<void(const EndProcess&)>;
+struct Termination {
+    std::function<void(const EndProcess&)> callback;
+    TerminationLimit limit;
+};
 
 std::mutex terminationMutex;
-TerminationCallback storedTerminationCallback;
+Termination storedTermination;
 
-TerminationCallback takeTerminationCallback() {
+Termination takeTermination() {
     const std::scoped_lock lock(terminationMutex);
-    return std::exchange(storedTerminationCallback, nullptr);
+    return std::exchange(storedTermination, {});
+}
+
+/// Without waiting for a disk that does not answer.
+void discardAnsweringTemporaries() {
+    constexpr std::chrono::seconds patience{2};
+    try {
+        const auto areGone = std::make_shared<std::binary_semaphore>(0);
+        std::thread([areGone] {
+            files::discardTemporaries();
+            areGone->release();
+        }).detach();
+        if (!areGone->try_acquire_for(patience)) return;
+    } catch (const std::system_error&) { // no thread
+        files::discardTemporaries();
+    }
+}
+
+[[noreturn]] void endWithStatus(int status, const std::string& lastWords) {
+    discardAnsweringTemporaries();
+    // Past the streams, which another thread may be in the middle of.
+    if (::write(STDERR_FILENO, lastWords.data(), lastWords.size()) < 0) ::_exit(1);
+    ::_exit(status);
 }
 
 [[noreturn]] void endBySignal(int signal, const std::string& lastWords) {
-    files::discardTemporaries();
-    // Past the streams, which another thread may be in the middle of.
-    if (::write(STDERR_FILENO, lastWords.data(), lastWords.size()) < 0) ::_exit(1);
     constexpr int endedBySignal = 128;
-    ::_exit(endedBySignal + signal);
+    endWithStatus(endedBySignal + signal, lastWords);
+}
+
+/// The next signal; 0 once nothing that is written has got any further for so long.
+int signalWhileWriting(const sigset_t& signals, std::chrono::milliseconds patience) {
+    // Counted in looks, so that a process that was halted meanwhile has not lost its time.
+    constexpr int looks = 10;
+    const auto interval = std::chrono::duration_cast<std::chrono::nanoseconds>(patience) / looks;
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(interval);
+    const timespec pause{seconds.count(), (interval - seconds).count()};
+    std::uint64_t before = FileStep::ended();
+    for (int idle = 0; idle < looks; ++idle) {
+        if (const int signal = ::sigtimedwait(&signals, nullptr, &pause); signal > 0) return signal;
+        const std::uint64_t ended = FileStep::ended();
+        if (std::exchange(before, ended) != ended) idle = 0;
+    }
+    return 0;
+}
+
+[[noreturn]] void endWithoutSaving(const std::string& lastWords, const std::string& place) {
+    const std::string path = FileStep::oldestPath();
+    endWithStatus(1, lastWords + "error: can't save " + text::printable(path.empty() ? place : path) +
+                         ": its disk or share does not answer\n");
 }
 
 } // namespace
 
-void beforeTermination(TerminationCallback callback) {
+void beforeTermination(std::function<void(const EndProcess&)> callback, TerminationLimit limit) {
     const std::scoped_lock lock(terminationMutex);
-    storedTerminationCallback = std::move(callback);
+    storedTermination = {std::move(callback), std::move(limit)};
 }
 
 namespace {
@@ -93,11 +144,15 @@ void exitOnInterrupt(std::string lastWords) {
     // a signal handler may not.
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::thread([signals, lastWords = std::move(lastWords)] {
-        for (int signal = 0; ::sigwait(&signals, &signal) == 0;) {
-            const TerminationCallback callback = signal == SIGINT ? nullptr : takeTerminationCallback();
-            if (!callback) endBySignal(signal, lastWords);
-            callback([signal, lastWords](const std::string& more) { endBySignal(signal, lastWords + more); });
-        }
+        int signal = 0;
+        if (::sigwait(&signals, &signal) != 0) return;
+        const Termination termination = signal == SIGINT ? Termination() : takeTermination();
+        if (!termination.callback) endBySignal(signal, lastWords);
+        termination.callback(
+            [signal, lastWords](const std::string& more) { endBySignal(signal, lastWords + more); });
+        const int another = signalWhileWriting(signals, termination.limit.patience);
+        if (another == 0) endWithoutSaving(lastWords, termination.limit.place);
+        endBySignal(another, lastWords);
     }).detach();
 }
 

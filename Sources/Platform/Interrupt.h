@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <string>
 
@@ -7,7 +8,8 @@ namespace orvane::platform {
 
 /// Ends the process at once on SIGINT, SIGTERM and SIGHUP, with status 128 plus the signal's number and
 /// without a half-written file. To be called once, before any other thread is started. `lastWords` goes to
-/// standard error. A signal that the process was started to ignore stays ignored.
+/// standard error. A signal that the process was started to ignore stays ignored. A disk that does not answer
+/// keeps what is half-written, and not the process.
 void exitOnInterrupt(std::string lastWords);
 
 /// What must still be kept when the process is asked to end: called on a thread of its own at the first
@@ -15,7 +17,14 @@ void exitOnInterrupt(std::string lastWords);
 /// have, and its text goes to standard error. A second signal, and SIGINT, end it at once. Null: nothing; a
 /// call that has begun goes on, so the callback owns what it uses.
 using EndProcess = std::function<void(const std::string& lastWords)>;
-void beforeTermination(std::function<void(const EndProcess& end)> callback);
+/// For how long nothing that is written may get any further: the process then ends with status 1 and names
+/// the file, or `place` where no write is under way. A save that is slow and gets on takes as long as it
+/// takes.
+struct TerminationLimit {
+    std::string place = {};
+    std::chrono::milliseconds patience{10'000};
+};
+void beforeTermination(std::function<void(const EndProcess& end)> callback, TerminationLimit limit = {});
 
 /// Where no memory is left, on whatever thread, the process ends at that allocation with status 1, a line on
 /// standard error and no half-written file.

@@ -1,5 +1,6 @@
 #include "Platform/NewFile.h"
 
+#include "Platform/FileStep.h"
 #include "Platform/InterfaceThread.h"
 #include "Platform/Random.h"
 #include "Platform/TemporaryFiles.h"
@@ -9,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -118,8 +120,20 @@ namespace {
 
 using files::Descriptor;
 
+/// So little that it takes a slow disk or share no more than some seconds.
+constexpr std::size_t bytesAtOnce = std::size_t{8} << 20U;
+
 /// False with errno for an error of the disk; a file system that knows no fsync has no such error.
-bool reachedTheDisk(const Descriptor& file) {
+bool reachedTheDisk(const std::string& path, const Descriptor& file) {
+    struct stat status {};
+    const off_t size = ::fstat(file.get(), &status) == 0 ? status.st_size : 0;
+    constexpr unsigned wholly =
+        SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER;
+    for (off_t at = 0; size - at > off_t{bytesAtOnce}; at += off_t{bytesAtOnce}) {
+        const FileStep step(path);
+        if (::sync_file_range(file.get(), at, off_t{bytesAtOnce}, wholly) != 0) break; // as fsync will say
+    }
+    const FileStep step(path);
     return ::fsync(file.get()) == 0 || errno == EINVAL || errno == ENOTSUP;
 }
 
@@ -149,13 +163,16 @@ struct NewFile::State {
 
 NewFile::NewFile(const std::string& path) {
     assertMayBlock("writing a file");
+    const FileStep step(path);
     struct stat old {};
     const bool replaces = ::stat(path.c_str(), &old) == 0;
     // A terminal, a pipe or /dev/null is written to; replacing it would break it for everybody.
     if (replaces && !S_ISREG(old.st_mode) && !S_ISDIR(old.st_mode)) {
+        // Without a reader, a pipe would hold up who opens it.
         state_ = std::make_unique<State>(
-            State{path, path, nullptr, Descriptor(::open(path.c_str(), O_WRONLY | O_CLOEXEC))});
-        if (!state_->file.isOpen()) files::fail("can't write", path, errno);
+            State{path, path, nullptr, Descriptor(::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK))});
+        if (!state_->file.isOpen() || ::fcntl(state_->file.get(), F_SETFL, 0) != 0)
+            files::fail("can't write", path, errno);
         return;
     }
     std::string target = files::behindLinks(path);
@@ -180,7 +197,8 @@ NewFile& NewFile::operator=(NewFile&&) noexcept = default;
 
 void NewFile::append(std::string_view bytes) {
     while (!bytes.empty()) {
-        const ssize_t count = ::write(state_->file.get(), bytes.data(), bytes.size());
+        const FileStep step(state_->path);
+        const ssize_t count = ::write(state_->file.get(), bytes.data(), std::min(bytes.size(), bytesAtOnce));
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) files::fail("can't write", state_->path, errno);
         bytes.remove_prefix(static_cast<std::size_t>(count));
@@ -189,6 +207,7 @@ void NewFile::append(std::string_view bytes) {
 
 void NewFile::overwrite(std::uint64_t position, std::string_view bytes) {
     while (!bytes.empty()) {
+        const FileStep step(state_->path);
         const ssize_t count =
             ::pwrite(state_->file.get(), bytes.data(), bytes.size(), static_cast<off_t>(position));
         if (count < 0 && errno == EINTR) continue;
@@ -205,7 +224,8 @@ void NewFile::takePlace(const Decide& decide) {
         if (!state_->file.close()) files::fail("can't write", path, errno);
         return;
     }
-    if (!reachedTheDisk(state_->file) || !state_->file.close()) files::fail("can't write", path, errno);
+    if (!reachedTheDisk(path, state_->file) || !state_->file.close()) files::fail("can't write", path, errno);
+    const FileStep step(path);
     const std::string &temporary = state_->temporary->path(), &target = state_->target;
     const bool takesPlace = decide && decide() == files::Existing::keep
                                 ? renameToFreeName(temporary, target)

@@ -1,0 +1,41 @@
+#include "Platform/FileStep.h"
+
+#include <mutex>
+
+namespace orvane::platform {
+
+namespace {
+
+// Constants of the program: files are written until its very end, and without memory being asked for.
+std::mutex stepsMutex;
+FileStep* newestStep = nullptr;
+FileStep* oldestStep = nullptr;
+std::uint64_t endedSteps = 0;
+
+} // namespace
+
+FileStep::FileStep(const std::string& path) : path_(path) {
+    const std::lock_guard lock(stepsMutex);
+    older_ = newestStep;
+    (older_ == nullptr ? oldestStep : older_->newer_) = this;
+    newestStep = this;
+}
+
+FileStep::~FileStep() {
+    const std::lock_guard lock(stepsMutex);
+    (older_ == nullptr ? oldestStep : older_->newer_) = newer_;
+    (newer_ == nullptr ? newestStep : newer_->older_) = older_;
+    ++endedSteps;
+}
+
+std::uint64_t FileStep::ended() {
+    const std::lock_guard lock(stepsMutex);
+    return endedSteps;
+}
+
+std::string FileStep::oldestPath() {
+    const std::lock_guard lock(stepsMutex);
+    return oldestStep == nullptr ? "" : oldestStep->path_;
+}
+
+} // namespace orvane::platform

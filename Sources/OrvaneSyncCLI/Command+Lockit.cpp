@@ -139,8 +139,9 @@ void signIn(Context& context, LockitRun& run, const Arguments&) {
 }
 
 void signOut(Context&, LockitRun& run, const Arguments&) {
+    const bool wasSignedIn = run.account().isSignedIn() || run.account().isKeyStoreLocked();
     run.wait(run.account().signOut());
-    run.sayStatus("Signed out of LockitNetwork.");
+    run.sayStatus(wasSignedIn ? "Signed out of LockitNetwork." : "Nobody is signed in to LockitNetwork.");
 }
 
 void status(Context& context, LockitRun& run, const Arguments&) {

@@ -55,8 +55,27 @@ class CredentialFile {
         return true;
     }
 
+    /// Absent, or it can be read.
+    bool isUnderstood() const {
+        try {
+            if (isThere()) return parsed().isObject();
+        } catch (const FileError&) { // somebody else's
+            return false;
+        } catch (const JSONError&) {
+            return false;
+        }
+        return true;
+    }
+
   private:
     bool isThere() const { return files::exists(path_); }
+    /// Throws FileError and JSONError.
+    JSON parsed() const {
+        std::string text = files::readText(path_);
+        JSON all = text.empty() ? JSON::object() : JSON::parse(text);
+        Secret::wipe(text);
+        return all;
+    }
 
     /// Before anything is written into it.
     void makePrivate() const {
@@ -80,9 +99,7 @@ class CredentialFile {
     /// A file that nobody can read holds nothing.
     JSON contents() const {
         try {
-            std::string text = files::readText(path_);
-            JSON all = text.empty() ? JSON::object() : JSON::parse(text);
-            Secret::wipe(text);
+            JSON all = parsed();
             return all.isObject() ? std::move(all) : JSON::object();
         } catch (const FileError&) { // no secrets then
         } catch (const JSONError&) { // likewise
@@ -149,7 +166,7 @@ class StandardCredentialStore final : public CredentialStore {
     }
     void remove(const Accounts& accounts) override {
         assertMayBlock("removing a secret");
-        Answer answer = Answer::done;
+        Answer answer = Answer::absent;
         if (desktop() != nullptr) {
             auto kept = look(); // which may unlock it
             wipe(kept);
@@ -160,8 +177,8 @@ class StandardCredentialStore final : public CredentialStore {
             if (desktop() != nullptr && desktop()->read(false).values.empty()) file_.remove({inUse});
             return;
         }
-        // Where no store has ever kept any, the file had them all.
-        if (wasInFile && !isInUse()) return;
+        // Where no store has ever kept any, the file had them all; and it can't have one that is not there.
+        if (!isInUse() && (wasInFile || (answer == Answer::absent && file_.isUnderstood()))) return;
         throw CredentialError(
             answer == Answer::locked
                 ? "The key store is locked and may keep what was saved in it; unlock it and try again"

@@ -109,6 +109,9 @@ class Conversation {
                !g_error_matches(error_, SECRET_ERROR, SECRET_ERROR_IS_LOCKED);
     }
 
+    /// There is no such service, and none that could be started.
+    bool isAbsent() const { return g_error_matches(error_, G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN); }
+
     /// The user was asked something, and is not to be asked it again.
     bool isOnce = false;
 
@@ -159,18 +162,27 @@ class Conversation {
     const Service service_;
 };
 
+/// Whether the session has a bus, on which a store could be.
+bool hasBus() {
+    GError* error = nullptr;
+    gchar* const address = g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SESSION, nullptr, &error);
+    g_clear_error(&error);
+    g_free(address);
+    return address != nullptr;
+}
+
 /// Asks the store, and once more where it may have been started anew.
 template <class Ask>
 Answer answered(const Ask& ask) {
-    constexpr int attempts = 2;
-    for (int i = 0; i < attempts; ++i) {
+    if (!hasBus()) return Answer::absent;
+    for (bool isAgain = false;; isAgain = true) {
         Conversation store;
         const Answer answer = store.hasFailed() ? Answer::none : ask(store);
         if (!store.hasFailed()) return answer;
-        if (!store.isWorthAnother()) return Answer::none;
+        // The one that is gone is no service that the bus knows, either.
+        if (isAgain || !store.isWorthAnother()) return store.isAbsent() ? Answer::absent : Answer::none;
         secret_service_disconnect();
     }
-    return Answer::none;
 }
 
 /// Whether the collection into which secrets go can be read, after the user was asked where he may be.
@@ -221,7 +233,7 @@ Found read(bool mayAsk) {
         });
         return found.locked.empty() && isOpen(store, false) ? Answer::done : Answer::locked;
     });
-    if (found.answer == Answer::none) found = {};
+    if (found.answer == Answer::none || found.answer == Answer::absent) found = {found.answer, {}, {}};
     return found;
 }
 

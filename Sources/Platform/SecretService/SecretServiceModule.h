@@ -11,14 +11,15 @@ namespace orvane::platform {
 /// as somebody needs to unlock it; `mayAsk` is whether the desktop may ask for that, once. A store that was
 /// started anew is found again. None of the calls throws.
 struct SecretServiceModule {
-    static constexpr unsigned currentVersion = 2;
+    static constexpr unsigned currentVersion = 3;
     static constexpr const char* entryPoint = "orvaneSecretServiceModule";
     static constexpr const char* fileName = "liborvane_secret_service.so";
 
     enum class Answer {
         done,
         locked, ///< it is there, and does not show all that it may keep
-        none    ///< it is not there, or it failed
+        absent, ///< the desktop has none, or there is no desktop: nothing can be kept there
+        none    ///< it failed, or does not answer
     };
     /// Of all that this program keeps in it.
     struct Found {

@@ -6,6 +6,7 @@
 #include "Platform/JSON.h"
 #include "Platform/Playback/FrameReader.h"
 #include "Platform/Playback/PicturePNG.h"
+#include "Platform/ReadErrorWatch.h"
 #include "Platform/Text.h"
 
 namespace orvane::cli {
@@ -38,6 +39,7 @@ void frame(Context& context, const Arguments& arguments) {
     const OutputGuard guard(OutputKind::picture, inputs, {.replacesOthers = arguments.has("--force")});
     guard.check(*output);
 
+    const platform::ReadErrorWatch watch;
     const auto reader = openVideo(path);
     // Seconds with few digits mean the picture that they lie closest in front of.
     constexpr MediaTime slack{1, 100'000};
@@ -45,6 +47,9 @@ void frame(Context& context, const Arguments& arguments) {
     if (!picture)
         throw CommandError("no picture of '" + path +
                            "' can be decoded there: the file is damaged or cut off");
+    if (watch.hasSeenError()) // another picture may have been wanted
+        throw CommandError("can't read all of '" + path +
+                           "': its disk or share fails; see that the file can be copied, and try again");
     guard.write(*output, platform::encodedPNG(platform::colourPicture(*picture), renderingMark));
     if (arguments.has("--json")) {
         JSON json;

@@ -8,6 +8,7 @@
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
+#include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <cmath>
@@ -42,8 +43,12 @@ void takeClip(PlayRange& asked, const Context& context, const Arguments& argumen
     const SyncGroup& group = open.clipNamed(*clip);
     ClipSound sound(group);
     asked.video = group.video.url.path;
-    asked.sound = std::move(sound.take);
     asked.offset = sound.offsetSeconds;
+    if (!sound.take) return;
+    if (openTake(*sound.take))
+        asked.sound = std::move(sound.take);
+    else
+        context.warn("the recording of '" + *clip + "' can't be read: the video's own sound is played");
 }
 
 PlayRange askedFor(const Context& context, const Arguments& arguments) {

@@ -86,7 +86,10 @@ Routed routedClip(const Context& context, const std::string& sessionWords, const
     const UUID id = group.id;
     session.wait(smartAudio.runSmartAudioForGroup(id, false));
     const auto& results = smartAudio.state().results;
-    if (const auto found = results.find(id); found != results.end()) routed.blocks = found->second->blocks;
+    if (const auto found = results.find(id); found != results.end()) {
+        if (const auto failure = readFailureOf(*found->second)) throw *failure;
+        routed.blocks = found->second->blocks;
+    }
     if (routed.blocks.empty()) failWithoutBlocks(clip);
     return routed;
 }

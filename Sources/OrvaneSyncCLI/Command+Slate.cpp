@@ -5,6 +5,7 @@
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Slate/SlateDetector.h"
 #include "Platform/Files.h"
+#include "Platform/ReadErrorWatch.h"
 #include "Platform/Text.h"
 
 namespace orvane::cli {
@@ -52,11 +53,15 @@ void slate(Context& context, const Arguments& arguments) {
     ProgressLine progress(context, arguments.has("--quiet"));
     constexpr int percent = 100;
     const auto url = [](const std::string& path) { return FileURL{platform::files::standardized(path)}; };
+    const platform::ReadErrorWatch watch;
     const SlateResult result = SlateDetector::ofThisMachine()->detect(
         url(video), audio ? std::optional(url(*audio)) : std::nullopt, [&](double share) {
             progress.show({"Looking for the slate", static_cast<int>(share * percent), percent}, share);
         });
     progress.clear();
+    if (watch.hasSeenError()) // a slate may lie where nothing could be read
+        throw CommandError("can't read all of '" + video + "'" + (audio ? " or '" + *audio + "'" : "") +
+                           ": the disk or share fails; see that the file can be copied, and try again");
     if (arguments.has("--json"))
         context.out << toJSON(result).dump(platform::JSON::Layout::pretty) << "\n";
     else

@@ -5,7 +5,9 @@
 #include "OrvaneSyncCLI/SoundFile.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Playback/ShuttleAudioEngine.h"
+#include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "Platform/Completion.h"
+#include "Platform/ReadErrorWatch.h"
 
 #include <algorithm>
 #include <cmath>
@@ -47,23 +49,26 @@ struct RangePlayer::Opened {
     std::mutex mutex;
     std::vector<std::shared_ptr<const OpenTake>> takes;
 
-    std::unique_ptr<platform::AudioFile> open(const TakeSound& sound) {
-        auto take = std::make_shared<const OpenTake>(openTake(sound));
+    std::unique_ptr<platform::AudioFile> open(const PlayRange& range) {
+        auto take = std::make_shared<const OpenTake>(range.sound ? openTake(*range.sound)
+                                                                 : soundOfVideo(range.video));
         if (!*take) return nullptr;
         const std::lock_guard lock(mutex);
         return std::make_unique<SharedSound>(takes.emplace_back(std::move(take)));
+    }
+    static OpenTake soundOfVideo(const std::string& path) {
+        return {platform::AudioFile::openAllTracks(path), nullptr, FileURL{path}.lastPathComponent()};
     }
 };
 
 RangePlayer::RangePlayer(const std::shared_ptr<platform::RunLoop>& loop, platform::PlayerSystem& players,
                          PlayRange range)
-    : range_(std::move(range)), opened_(std::make_shared<Opened>()), player_(players.makePlayer()) {
+    : range_(std::move(range)), opened_(std::make_shared<Opened>()),
+      errorsBefore_(platform::ReadErrorWatch::errorsOfAllThreads()), player_(players.makePlayer()) {
     const auto loaded = std::make_shared<platform::Completion>(loop);
     platform::PlayerItem item{.videoPath = range_.video,
-                              .openSound = nullptr,
-                              .soundOffset = MediaTime::fromSeconds(range_.offset)};
-    if (range_.sound)
-        item.openSound = [sound = *range_.sound, opened = opened_] { return opened->open(sound); };
+                              .openSound = [range = range_, opened = opened_] { return opened->open(range); },
+                              .soundOffset = MediaTime::fromSeconds(range_.sound ? range_.offset : 0)};
     player_->load(std::move(item), [loaded](const platform::PlayerFacts&) { loaded->end(); });
     runUntilDone(*loop, loaded->task());
     const platform::PlayerFacts& facts = player_->facts();
@@ -83,8 +88,14 @@ RangePlayer::RangePlayer(const std::shared_ptr<platform::RunLoop>& loop, platfor
 }
 
 void RangePlayer::throwIfReadFailed() const {
-    const std::lock_guard lock(opened_->mutex);
-    for (const auto& take : opened_->takes) take->throwIfReadFailed();
+    {
+        const std::lock_guard lock(opened_->mutex);
+        for (const auto& take : opened_->takes) take->throwIfReadFailed();
+    }
+    // What is left are the pictures, which are read a little ahead of what is shown.
+    if (platform::ReadErrorWatch::errorsOfAllThreads() != errorsBefore_)
+        throw ReadFailed({FileURL{range_.video}.lastPathComponent(), player_->currentTime().seconds(),
+                          player_->facts().duration.seconds()});
 }
 
 double RangePlayer::outputSeconds() const { return clipSeconds() / std::abs(range_.rate); }

@@ -5,6 +5,7 @@
 #include "Platform/MainThread.h"
 #include "Platform/Playback/Player.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -32,7 +33,7 @@ class RangePlayer {
     platform::Player& player() { return *player_; }
     double clipSeconds() const { return to_ - range_.from; }
     double outputSeconds() const;
-    /// Once it has played: throws ReadFailed where the sound of a recording could not be read to its end.
+    /// Throws ReadFailed where the sound or the pictures of what was played so far could not be read.
     void throwIfReadFailed() const;
     /// How far it has come, 0 to 1.
     double done(platform::MediaTime at) const;
@@ -44,6 +45,7 @@ class RangePlayer {
 
     const PlayRange range_;
     const std::shared_ptr<Opened> opened_; ///< by the player, on its own thread
+    const std::uint64_t errorsBefore_;     ///< of reading, by any thread
     const std::unique_ptr<platform::Player> player_;
     double to_ = 0;
 };

@@ -78,9 +78,9 @@ void renderSound(Rendering& rendering, const std::string& output, const OutputGu
     while (rendering.frame() < rendering.totalFrames()) {
         rendering.moveTo(std::min(rendering.frame() + second, rendering.totalFrames()),
                          [&](const auto& channels, std::size_t frames) { writer.write(channels, frames); });
+        rendering.range().throwIfReadFailed();
         progress(rendering.frame());
     }
-    rendering.range().throwIfReadFailed();
     writer.finish([&] { return guard.decide(output); });
 }
 
@@ -106,6 +106,7 @@ std::int64_t renderMovie(Rendering& rendering, const std::string& output, const 
         const std::int64_t due = frameFrom(length * number, rendering.sampleRate());
         if (due >= rendering.totalFrames()) break;
         rendering.moveTo(due, hear);
+        rendering.range().throwIfReadFailed();
         const auto picture = rendering.player().picture();
         if (!picture) {
             ++missing;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 namespace orvane::platform {
 
 /// Sees the errors that the system gives back while its thread reads files, through whatever reader of this
@@ -13,6 +15,8 @@ class ReadErrorWatch {
     ReadErrorWatch& operator=(const ReadErrorWatch&) = delete;
 
     bool hasSeenError() const { return hasSeenError_; }
+    /// Those that any thread has reported so far: for who is handed what other threads read.
+    static std::uint64_t errorsOfAllThreads() noexcept;
 
     /// For readers: the system has refused to read, on this thread.
     static void report() noexcept;

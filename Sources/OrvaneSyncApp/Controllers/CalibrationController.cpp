@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/CalibrationController.h"
 
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "Platform/Files.h"
 #include "Platform/Random.h"
 #include "Platform/Text.h"
@@ -42,6 +43,7 @@ struct OnDisk {
     bool hasMatrix = false;
     std::optional<CalibrationResult> saved;
     std::optional<SourceInfo> source;
+    std::string problem;
 };
 
 OnDisk lookedAt(bool measuresSource, const std::stop_token& stop) {
@@ -49,8 +51,12 @@ OnDisk lookedAt(bool measuresSource, const std::stop_token& stop) {
     found.hasMatrix = platform::files::exists(calibration::sourceFile().path) &&
                       platform::files::exists(calibration::documentFile().path);
     found.saved = calibration::loadSaved();
-    if (found.hasMatrix && measuresSource)
+    if (!found.hasMatrix || !measuresSource) return found;
+    try {
         found.source = calibration::sourceInfoOf(calibration::sourceFile(), stop);
+    } catch (const ReadFailed& error) {
+        found.problem = std::string("Couldn't measure the source: ") + error.what();
+    }
     return found;
 }
 
@@ -98,6 +104,7 @@ platform::Task CalibrationController::refresh(Weak weak) {
     self->state_.hasMatrixOnDisk = found.hasMatrix;
     self->state_.savedCalibration = std::move(found.saved);
     if (found.source) self->state_.sourceInfo = std::move(found.source);
+    if (!found.problem.empty()) self->state_.problem = std::move(found.problem);
     self->changed();
 }
 
@@ -165,13 +172,17 @@ platform::Task CalibrationController::measureFolder(Weak weak, FileURL folder) {
     self.reset();
     std::optional<CalibrationResult> result;
     std::exception_ptr stopped;
+    std::string problem;
     try {
         result = co_await measuring;
     } catch (const platform::Stopped&) {
         stopped = std::current_exception();
+    } catch (const std::exception& error) {
+        problem = std::string("Couldn't measure: ") + error.what();
     }
     if (self = weak.lock(); self) {
         self->state_.isMeasuring = false;
+        self->state_.problem = problem;
         if (result && result->measurements.empty())
             self->state_.problem = "No files in this folder matched the VI/L/U naming pattern. Make sure FCP "
                                    "exported with role-suffixes preserved.";

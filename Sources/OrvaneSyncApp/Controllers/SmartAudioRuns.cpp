@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/ManualOverrides.h"
 #include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
 #include "OrvaneSyncCore/Services/Stems/StemCache.h"
+#include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformAlongside.h"
 
@@ -90,6 +91,10 @@ Heard listen(const SmartAudioRouter::Means& means, SmartAudioRequest request, bo
         Heard heard{.result = SmartAudioRouter::analyze(request, means, stop)};
         if (heard.result.incompleteFiles.empty()) waveform.keep();
         if (meter) heard.loudness = measured(meter->integratedLUFS());
+        return heard;
+    } catch (const ReadFailed& failure) {
+        Heard heard;
+        heard.result.incompleteFiles.push_back(failure.file());
         return heard;
     } catch (const std::exception&) {
         return {};

@@ -3,8 +3,10 @@
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCore/Services/Calibration/CalibrationSource.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioPredictor.h"
+#include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "Platform/MediaInspector.h"
 #include "Platform/SincResampler.h"
+#include "Support/BadDisk.h"
 #include "Support/Samples.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
@@ -72,6 +74,14 @@ TEST_F(CalibrationTest, theSourceIsTheLoudestMinute) {
     }
     EXPECT_FALSE(extractWindow(recording("short.wav", std::vector<double>(59, -12))));
     EXPECT_FALSE(extractWindow({folder_.path("absent.wav")}));
+    // On a failing disk a recording is neither too short nor measured by its beginning.
+    for (const bool isSource : {true, false}) {
+        const FileURL bad = recording("Calib_VI50_L25_U10.wav", std::vector<double>(isSource ? 61 : 2, -12));
+        const test::BadDisk disk(bad.path, 3);
+        EXPECT_THROW(isSource ? (void)extractWindow(bad)
+                              : (void)calibration::measure({folder_.path()}, {}, {}),
+                     ReadFailed);
+    }
 
     const auto noise = syntheticCalibrationSource(1);
     EXPECT_EQ(noise.size(), calibrationFrames);

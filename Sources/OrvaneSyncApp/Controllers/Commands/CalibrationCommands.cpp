@@ -36,6 +36,7 @@ platform::Task measure(CommandContext& context, Call call, std::shared_ptr<JSON>
     if (!controller->calibration().state().sourceInfo) {
         const platform::Task looking = controller->calibration().refreshState();
         co_await looking;
+        expectNoProblem(controller->calibration());
     }
     const platform::Task measuring = controller->calibration().measure(folder);
     co_await measuring;

@@ -49,7 +49,9 @@ using Warnings = std::vector<std::string>;
 Warnings unheardWarnings(const AnalysedClip& analysed) {
     const auto& [group, result, names, take, files] = analysed;
     if (isHeard(result)) return {};
-    std::string warning = "Smart Audio can't hear " + files + "; ";
+    const auto failure = readFailureOf(result);
+    std::string warning =
+        "Smart Audio can't hear " + files + (failure ? " (" + std::string(failure->what()) + "); " : "; ");
     if (!group.manualActiveTracks.empty()) return {warning + "its channels stay as they were chosen"};
     if (result.tracks.empty() || !result.bestTrackIndex)
         return {warning + "all its channels stay switched on"};
@@ -120,6 +122,11 @@ void addLoudness(const WorkSnapshot& work, Warnings& warnings) {
 }
 
 } // namespace
+
+std::optional<ReadFailed> readFailureOf(const SmartAudioResult& result) {
+    if (!result.tracks.empty() || result.incompleteFiles.empty()) return std::nullopt;
+    return ReadFailed(result.incompleteFiles.front());
+}
 
 SmartAudioCounts smartAudioCounts(const WorkSnapshot& work) {
     SmartAudioCounts counts;

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
+#include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +26,8 @@ enum class Matching : bool { isDone, canChange };
 std::vector<std::string> doubtWarnings(const WorkSnapshot& work, Matching matching = Matching::canChange);
 /// What people should know beside the exporter's own warnings.
 void addOwnWarnings(const WorkSnapshot& work, ExportResult& result, Matching matching = Matching::canChange);
+/// Why a result is empty, where it is because the recording was read in part only.
+std::optional<ReadFailed> readFailureOf(const SmartAudioResult& result);
 /// Says that a recording ends before the length that its header promises.
 std::string earlyEndWarning(const std::string& filename, double heardSeconds, double promisedSeconds);
 

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Calibration/CalibrationSource.h"
 
 #include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
+#include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "Platform/AudioFile.h"
 #include "Platform/SincResampler.h"
 #include "Platform/Stop.h"
@@ -86,6 +87,7 @@ std::optional<std::vector<float>> extractWindow(const FileURL& recording, const 
         platform::throwIfStopped(stop);
         loudest.add(piece);
     }
+    throwIfReadFailed(*file, recording.lastPathComponent());
     if (!loudest.best() || !file->seek(*loudest.best())) return std::nullopt;
     const bool isSameRate = std::abs(rate - calibrationSampleRate) <= sameRate;
     std::vector<float> window;
@@ -93,6 +95,7 @@ std::optional<std::vector<float>> extractWindow(const FileURL& recording, const 
         platform::throwIfStopped(stop);
         const auto left = static_cast<std::size_t>(windowFrames - std::ssize(window));
         const auto piece = readFirst(*file, room, std::min(pieceFrames, left));
+        throwIfReadFailed(*file, recording.lastPathComponent());
         if (piece.empty()) return std::nullopt;
         window.insert(window.end(), piece.begin(), piece.end());
     }

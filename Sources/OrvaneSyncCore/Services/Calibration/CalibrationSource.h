@@ -15,7 +15,8 @@ inline constexpr double calibrationSeconds = 60;
 inline constexpr std::size_t calibrationFrames = 2'880'000;
 
 /// The loudest minute of the first channel of a recording, at `calibrationSampleRate`. Nothing where the
-/// recording is shorter or cannot be read. Holds no more than that minute. Throws Stopped.
+/// recording is shorter or cannot be read. Holds no more than that minute. Throws Stopped, and ReadFailed
+/// where it is read in part only.
 std::optional<std::vector<float>> extractWindow(const FileURL& recording, const std::stop_token& stop = {});
 
 /// Bursts of pink noise (Voss-McCartney, 16 rows): in each second 0.6 s with fades of 50 ms, then silence.

@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioPredictor.h"
+#include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "Platform/AudioFileWriter.h"
 #include "Platform/BlackMovie.h"
 #include "Platform/Files.h"
@@ -54,9 +55,9 @@ class LevelListener : public AudioListener {
     std::size_t count_ = 0;
 };
 
-/// The levels of stretches of that many frames, of the first ones at most.
-std::vector<Levels> levelsOf(platform::AudioFile& file, std::size_t windowFrames, std::size_t windows,
-                             const std::stop_token& stop) {
+/// The levels of stretches of that many frames, of the first ones at most. Throws ReadFailed.
+std::vector<Levels> levelsOf(platform::AudioFile& file, const FileURL& url, std::size_t windowFrames,
+                             std::size_t windows, const std::stop_token& stop) {
     LevelListener levels;
     AudioListener* const only = &levels;
     AudioPass{.channels = static_cast<std::size_t>(std::max(file.channelCount(), 0)),
@@ -64,6 +65,7 @@ std::vector<Levels> levelsOf(platform::AudioFile& file, std::size_t windowFrames
               .windows = windows,
               .stop = stop}
         .run(file, std::span(&only, 1));
+    throwIfReadFailed(file, url.lastPathComponent());
     return levels.windows;
 }
 
@@ -156,7 +158,7 @@ std::optional<SourceInfo> sourceInfoOf(const FileURL& source, const std::stop_to
 std::optional<Levels> measureLevels(const FileURL& file, const std::stop_token& stop) {
     const auto audio = platform::AudioFile::open(file.path);
     if (!audio || audio->frameCount() < 1) return std::nullopt;
-    const auto levels = levelsOf(*audio, static_cast<std::size_t>(audio->frameCount()), 1, stop);
+    const auto levels = levelsOf(*audio, file, static_cast<std::size_t>(audio->frameCount()), 1, stop);
     return levels.empty() ? std::nullopt : std::optional(levels.front());
 }
 
@@ -184,7 +186,7 @@ CalibrationResult measureSingle(const FileURL& file, double clipDurationSeconds,
     const auto audio = platform::AudioFile::open(file.path);
     const std::size_t windowFrames = audio ? wholeSamples(clipDurationSeconds, audio->sampleRate()) : 0;
     if (windowFrames < 1 || std::cmp_less(audio->frameCount(), windowFrames)) return result;
-    const auto levels = levelsOf(*audio, windowFrames, perms.size(), stop);
+    const auto levels = levelsOf(*audio, file, windowFrames, perms.size(), stop);
     for (std::size_t i = 0; i < levels.size(); ++i)
         result.measurements.push_back({perms[i], levels[i].peakDBFS - source.peakDBFS,
                                        levels[i].rmsDBFS - source.rmsDBFS, 0,

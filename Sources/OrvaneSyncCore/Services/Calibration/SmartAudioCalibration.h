@@ -12,7 +12,7 @@
 namespace orvane {
 
 /// Measures by how much Final Cut Pro's effects move a clip's level. Any thread that may wait; one operation
-/// at a time. What reads sound throws Stopped.
+/// at a time. What reads sound throws Stopped, and ReadFailed of a file that is read in part only.
 namespace SmartAudioCalibration {
 
 /// What building the source leaves.

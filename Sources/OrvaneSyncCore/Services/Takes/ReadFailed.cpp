@@ -2,14 +2,17 @@
 
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
+#include <utility>
+
 namespace orvane {
 
-ReadFailed::ReadFailed(const IncompleteFile& file)
+ReadFailed::ReadFailed(IncompleteFile file)
     : std::runtime_error(
           "can't read " + file.filename + " past " + clockText(file.heardSeconds) + " of " +
           clockText(file.promisedSeconds) +
           ": its disk or share fails, or the program that decodes it ended; see that the file can "
-          "be copied, and try again") {}
+          "be copied, and try again"),
+      file_(std::make_shared<const IncompleteFile>(std::move(file))) {}
 
 std::optional<IncompleteFile> failedRead(const platform::AudioFile& audio, const std::string& filename) {
     const auto frame = audio.failedAt();

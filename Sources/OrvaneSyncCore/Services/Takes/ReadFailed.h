@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Models/IncompleteFile.h"
 #include "Platform/AudioFile.h"
 
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -14,7 +15,12 @@ namespace orvane {
 class ReadFailed : public std::runtime_error {
   public:
     /// `heardSeconds`: how far it could be read.
-    explicit ReadFailed(const IncompleteFile& file);
+    explicit ReadFailed(IncompleteFile file);
+
+    const IncompleteFile& file() const { return *file_; }
+
+  private:
+    std::shared_ptr<const IncompleteFile> file_; ///< an exception is copied without a failure
 };
 
 /// How far the file was read; absent where no read of it failed, be it by `audio` or by another of its

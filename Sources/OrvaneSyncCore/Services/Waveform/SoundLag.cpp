@@ -98,6 +98,7 @@ class Listening {
         const double to = place + heardSeconds + furthestSeconds;
         if (to <= from) return std::nullopt;
         const auto other = levelsOf(take_.audio.get(), from, to - from, stop_);
+        if (camera_->failedAt() || take_.audio->failedAt()) return std::nullopt;
         return between(own, other, from - place);
     }
 

@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstddef>
+#include <cstdlib>
 #include <iterator>
 #include <map>
 #include <set>
@@ -113,6 +114,25 @@ std::vector<int> rowLengths(const std::vector<Box>& letters) {
     return lengths;
 }
 
+/// Short rows that stand on the line of a longer one: a value of one or two letters at some distance behind
+/// its label, or behind a colon, whose dots are no letters.
+std::vector<bool> completesRow(const std::vector<Box>& letters, const std::vector<int>& lengths) {
+    constexpr double widestGap = 12, mostOffLine = 0.25; // times the height
+    std::vector<bool> result(letters.size(), false);
+    for (std::size_t i = 0; i < letters.size(); ++i) {
+        if (lengths[i] >= shortestRow) continue;
+        for (std::size_t j = 0; j < letters.size() && !result[i]; ++j) {
+            const Box &own = letters[i], &other = letters[j];
+            const int height = std::max(own.height(), other.height());
+            result[i] = lengths[j] >= shortestRow &&
+                        std::abs(own.height() - other.height()) <= mostOffLine * height &&
+                        std::abs(own.bottom - other.bottom) <= mostOffLine * height &&
+                        -own.overlapAcross(other) <= widestGap * height;
+        }
+    }
+    return result;
+}
+
 bool overlapsRow(const Box& row, const Box& box) {
     return row.overlapDown(box) * 2 > std::min(row.height(), box.height());
 }
@@ -175,14 +195,21 @@ Page pageOf(const Mask& ink) {
     }
     letters = framed;
     if (static_cast<int>(framed.size()) < fewestFormLetters || usedCells.size() < fewestFormCells) {
-        std::vector<std::size_t> inRows;
+        std::vector<std::size_t> inRows, besides;
         const std::vector<int> lengths = rowLengths(unframedBoxes);
+        const std::vector<bool> completes = completesRow(unframedBoxes, lengths);
         for (std::size_t i = 0; i < unframed.size(); ++i)
-            if (lengths[i] >= shortestRow) inRows.push_back(unframed[i]);
+            if (lengths[i] >= shortestRow)
+                inRows.push_back(unframed[i]);
+            else if (completes[i])
+                besides.push_back(unframed[i]);
         const bool isTexture =
             unframed.size() > fewestOfTexture &&
             static_cast<double>(inRows.size()) < leastInRows * static_cast<double>(unframed.size());
-        if (!isTexture) letters.insert(letters.end(), inRows.begin(), inRows.end());
+        if (!isTexture) {
+            letters.insert(letters.end(), inRows.begin(), inRows.end());
+            letters.insert(letters.end(), besides.begin(), besides.end());
+        }
     }
     if (letters.empty() || letters.size() > mostLetters) return page;
 

@@ -28,6 +28,7 @@
 #include <cstdio>
 #include <deque>
 #include <memory>
+#include <utility>
 
 namespace orvane::views {
 
@@ -125,6 +126,8 @@ class Walk : public QTimer {
     /// One tab a round: what a page shows comes a while after it is opened.
     bool isLastTabGrabbed() {
         if (!isFilled(*settings_)) return false;
+        if (!std::exchange(isTabLaidOut_, true)) return false; // with what has come
+        isTabLaidOut_ = false;
         if (tab_ > 0) grab(*settings_, QStringLiteral("settings-%1").arg(tab_ - 1));
         if (tab_ < settings_->tabCount()) {
             settings_->showTab(tab_++);
@@ -283,7 +286,8 @@ class Walk : public QTimer {
     std::deque<std::function<bool()>> steps_;
     int tries_ = 0;
     std::unique_ptr<SettingsWindow> settings_;
-    int tab_ = 0; ///< the next of the settings
+    int tab_ = 0;               ///< the next of the settings
+    bool isTabLaidOut_ = false; ///< the one before it
 };
 
 } // namespace

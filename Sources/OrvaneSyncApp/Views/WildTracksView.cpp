@@ -34,6 +34,7 @@ WildTracksView::WildTracksView(Desktop& desktop, QWidget* parent) : QWidget(pare
     list_->setHeaderLabels({QString(), tr("Wild track name"), tr("Recording"), tr("Starts"), tr("Length"),
                             tr("Channels"), tr("Approve for export")});
     list_->setRootIsDecorated(false);
+    list_->setProperty("columns", true);
     list_->setUniformRowHeights(true);
     list_->setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::DoubleClicked);
     QHeaderView* header = list_->header();

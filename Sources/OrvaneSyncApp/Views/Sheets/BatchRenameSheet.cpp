@@ -43,6 +43,7 @@ class BatchRenameSheet : public Sheet {
         preview_->setAccessibleName(tr("Preview"));
         preview_->setHeaderLabels({tr("Before"), tr("After")});
         preview_->setRootIsDecorated(false);
+        preview_->setProperty("columns", true);
         preview_->setSelectionMode(QAbstractItemView::NoSelection);
         preview_->setMinimumHeight(previewHeight);
         preview_->header()->setSectionResizeMode(QHeaderView::Stretch);

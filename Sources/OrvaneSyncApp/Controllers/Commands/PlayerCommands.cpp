@@ -50,6 +50,9 @@ platform::Task pressKey(CommandContext& context, Call call, std::shared_ptr<JSON
         throw Error(Refusal::invalidArguments, "key: there is no key '" + call.text("key") +
                                                    "'; one is a letter, 0 , . [ ] plus minus space return "
                                                    "escape arrowUp arrowDown arrowLeft arrowRight");
+    // Another program may have bound it.
+    const platform::Task bound = players.shortcuts()->refreshed();
+    co_await bound;
     players.keyboard().handle(*event);
     const platform::Task showing = players.shown();
     co_await showing;

@@ -172,7 +172,7 @@ TEST_F(SoundTrackTest, keptPitchBeginsAtItsPlaceAndDoesNotDrift) {
 TEST_F(SoundTrackTest, aClapIsHeardAtItsPlaceAtEachSpeed) {
     // Claps of 5 ms, wherever the cuts of the tempo change fall.
     constexpr double apart = 0.737, length = 0.005;
-    std::vector<float> samples(std::size_t{48000} * 12);
+    std::vector<float> samples(std::size_t{48000} * 5);
     for (std::size_t i = 0; i < samples.size(); ++i) {
         const double since = std::fmod(static_cast<double>(i) / 48000, apart);
         samples[i] = static_cast<float>(0.002 * std::sin(0.05 * static_cast<double>(i)));
@@ -181,11 +181,11 @@ TEST_F(SoundTrackTest, aClapIsHeardAtItsPlaceAtEachSpeed) {
     open(std::make_unique<test::MemoryAudio>(std::vector<std::vector<float>>{samples}, 48000));
     for (const double rate : {2.0, -2.0, 1.5, -1.5}) {
         SCOPED_TRACE(rate);
-        const double from = rate > 0 ? 0.1 : 11.9;
+        const double from = rate > 0 ? 0.1 : 4.9;
         play(rate, from, PitchAlgorithm::spectral);
-        const std::vector<float> heard = pull(11.4 / std::abs(rate));
+        const std::vector<float> heard = pull(4.6 / std::abs(rate));
         int claps = 0;
-        for (double clap = apart; clap < 11.3; clap += apart) {
+        for (double clap = apart; clap < 4.6; clap += apart) {
             if (rate < 0 && clap < 0.6) continue;
             // Its attack is the first loud frame, backwards the last.
             const auto place = static_cast<std::ptrdiff_t>((clap - from) / rate * outputRate);
@@ -198,7 +198,7 @@ TEST_F(SoundTrackTest, aClapIsHeardAtItsPlaceAtEachSpeed) {
             EXPECT_NEAR(static_cast<double>(std::ranges::count_if(around, isLoud)), 160, 40) << clap;
             ++claps;
         }
-        EXPECT_GE(claps, 14);
+        EXPECT_GE(claps, 6);
     }
 }
 

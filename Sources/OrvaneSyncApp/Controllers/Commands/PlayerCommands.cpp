@@ -54,6 +54,12 @@ platform::Task pressKey(CommandContext& context, Call call, std::shared_ptr<JSON
     const platform::Task bound = players.shortcuts()->refreshed();
     co_await bound;
     players.keyboard().handle(*event);
+    const platform::Task waveform = context.review().timelineReady();
+    try {
+        co_await waveform;
+    } catch (...) {
+        // A jump that needs it stays where it is.
+    }
     const platform::Task showing = players.shown();
     co_await showing;
 }

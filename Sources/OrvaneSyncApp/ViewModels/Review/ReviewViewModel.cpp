@@ -209,9 +209,9 @@ void ReviewViewModel::lockCluster() {
 }
 
 platform::Task ReviewViewModel::takeTimelineBack() {
-    if (group() == nullptr || timeline_.shownGroupID() == groupID_) return platform::Task::ended();
+    if (group() == nullptr || timeline_.shownGroupID() == groupID_) return takingBack_;
     timeline_.show(*groupID_);
-    return timeline_.loadWaveform();
+    return takingBack_ = timeline_.loadWaveform();
 }
 
 void ReviewViewModel::jumpToEdit(bool previous) {

@@ -114,6 +114,9 @@ QFrame[banner="true"] { background: @panel; border: 1px solid @line; border-radi
 QFrame[dropping="true"] { border: 2px solid @focus; }
 QLabel { color: @text; background: transparent; }
 QLabel[facts="true"] { color: @facts; }
+QTreeView[columns="true"]::item { padding: 4px 5px; }
+QTreeView[columns="true"] QHeaderView::section { padding: 5px 8px; }
+QStatusBar QToolButton { padding: 0 8px; }
 QStatusBar { background: @panel; color: @facts; border-top: 1px solid @line; }
 )";
 

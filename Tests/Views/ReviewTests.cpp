@@ -336,6 +336,16 @@ TEST_F(ReviewTest, RecordingsAreChosenAndAttachedByKeys) {
     EXPECT_EQ(clip(2).audioMatches.front().audio->filename, "T02.wav") << "a locked clip stays";
 }
 
+TEST_F(ReviewTest, TheMenuBarGivesTheKeyboardBack) {
+    window_->openReview(ids_[0]);
+    ASSERT_TRUE(window_->review().hasFocus());
+    // As Qt leaves it behind a second menu that Alt has opened.
+    window_->menuBar()->setFocus(Qt::MenuBarFocusReason);
+    ASSERT_FALSE(window_->review().hasFocus());
+    QTest::keyClick(window_->menuBar(), Qt::Key_Escape);
+    EXPECT_TRUE(waitUntil([&] { return window_->review().hasFocus(); }));
+}
+
 TEST_F(ReviewTest, CamerasOfATakePlayTogether) {
     window_->openMulticam({ids_[0]});
     EXPECT_FALSE(desktop_->players().multicam()->isOpen()) << "one camera is nothing beside another";

@@ -86,7 +86,6 @@ class ImportController {
     const WorkDoubts& derivedDoubts() const { return doubts_; }
     /// As `WorkDoubts::listen`.
     platform::Task listenForDoubts() { return doubts_.listen(); }
-    void stopListeningForDoubts() { doubts_.stopListening(); }
 
     /// Runs a change of clips that the user can take back as one step. Steps hold the clips, and which
     /// recordings are wild tracks beside them; the names and approvals of these stay when a step is taken

@@ -117,12 +117,7 @@ platform::Task WorkDoubts::listen() {
     if (pairs.empty()) return platform::Task::ended();
     if (!listeningQueue_) listeningQueue_ = platform::SerialQueue::create("doubts");
     show(Listening{0, pairs.size()});
-    listening_ = work_.running.add(listenToPairs(work_.weak(this), std::move(pairs), ++listeningNumber_));
-    return *listening_;
-}
-
-void WorkDoubts::stopListening() {
-    if (listening_) listening_->requestStop();
+    return work_.running.add(listenToPairs(work_.weak(this), std::move(pairs), ++listeningNumber_));
 }
 
 void WorkDoubts::show(std::optional<Listening> progress) {

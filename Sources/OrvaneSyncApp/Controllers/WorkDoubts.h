@@ -52,7 +52,8 @@ class WorkDoubts {
     std::shared_ptr<const SyncDoubts> ifCurrent() const;
     DoubtSource source() const;
     /// Hears some clips of each card beside their recordings, which shows a clock that is wrong by less than
-    /// recordings are longer than clips. What is heard counts from then on.
+    /// recordings are longer than clips. What is heard counts from then on. Where it is stopped, what was
+    /// heard before stays.
     platform::Task listen();
     /// How far the listening is, in clips.
     struct Listening {
@@ -60,8 +61,6 @@ class WorkDoubts {
     };
     /// Absent while nobody listens. `ImportField::progress` is notified when it changes.
     const std::optional<Listening>& listening() const { return progress_; }
-    /// What was heard before stays.
-    void stopListening();
     /// Of how many clips it was heard where their sound lies.
     std::size_t heardCount() const { return heardLags_ ? heardLags_->size() : 0; }
 
@@ -94,7 +93,6 @@ class WorkDoubts {
     std::unique_ptr<platform::SerialQueue> listeningQueue_;
     std::optional<Listening> progress_; ///< of the listening that was begun last
     std::uint64_t listeningNumber_ = 0;
-    std::optional<platform::Task> listening_;
 };
 
 } // namespace orvane

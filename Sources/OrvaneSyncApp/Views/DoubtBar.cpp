@@ -54,10 +54,10 @@ void DoubtBar::showOne() {
     if (!doubt.cure.text.empty()) message += QStringLiteral("\n→ ") + translatedSentence(doubt.cure.text);
     text_->setText(message);
     setAccessibleName(message);
-    clips_->setVisible(!doubt.groupIDs.empty());
     position_->setText(tr("%1 of %2").arg(shown_ + 1).arg(doubts_.size()));
     position_->setVisible(doubts_.size() > 1);
     next_->setVisible(doubts_.size() > 1);
+    clips_->setVisible(!doubt.groupIDs.empty()); // a file that is under no clip
     for (QPushButton* one : steps_) one->deleteLater();
     steps_.clear();
     for (const CureStep& step : doubt.cure.steps) {

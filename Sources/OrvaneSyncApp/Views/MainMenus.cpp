@@ -14,9 +14,11 @@
 
 #include <QAction>
 #include <QActionGroup>
+#include <QApplication>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QKeyEvent>
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -39,10 +41,29 @@ MainMenus::MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& revie
     makeView();
     makeHelp();
     makeTools();
+    for (const QAction* one : window_.menuBar()->actions())
+        connect(
+            one->menu(), &QMenu::aboutToHide, this, [this] { returnKeyboard(); }, Qt::QueuedConnection);
+    window_.menuBar()->installEventFilter(this);
     bindings_ = desktop_.players().shortcuts()->onChange([this](ShortcutField field) {
         if (field == ShortcutField::bindings) showKeys();
     });
     showKeys();
+}
+
+bool MainMenus::eventFilter(QObject* watched, QEvent* event) {
+    const bool isEscape =
+        event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape;
+    if (isEscape && watched == window_.menuBar()) // which leaves its entry by it
+        QMetaObject::invokeMethod(
+            this, [this] { returnKeyboard(); }, Qt::QueuedConnection);
+    return false;
+}
+
+void MainMenus::returnKeyboard() {
+    const QMenuBar* bar = window_.menuBar();
+    if (bar->hasFocus() && bar->activeAction() == nullptr && QApplication::activePopupWidget() == nullptr)
+        screens_.takeKeyboard();
 }
 
 QAction* MainMenus::addCommand(QMenu* menu, std::string_view id, const QKeySequence& key, JSON arguments) {
@@ -116,7 +137,9 @@ void MainMenus::makeFile() {
             runWithPath("loadALE", *path);
     });
     addCommand(file, "clearALEMetadataForAllClips");
-    addCommand(file, "syncLockitNetwork")->setIcon(icon(Glyph::network));
+    addAsking(file, "syncLockitNetwork", [this] {
+        screens_.syncLockitNetwork();
+    })->setIcon(icon(Glyph::network));
     addCommand(file, "clearLockitMetadataForAllClips");
     file->addSeparator();
     const QString tables = tr("Review tables (*.csv)");
@@ -136,7 +159,7 @@ void MainMenus::makeFile() {
     file->addSeparator();
     addCommand(file, "reset", QKeySequence::Close);
     QAction* quit = file->addAction(tr("Quit"));
-    quit->setShortcut(QKeySequence::Quit);
+    quit->setShortcut(QKeySequence(tr("Ctrl+Q"))); // Qt gives none outside of the great desktops
     connect(quit, &QAction::triggered, this, [this] { window_.close(); });
 }
 
@@ -197,7 +220,7 @@ void MainMenus::makeAudio() {
     listen_->setObjectName(QStringLiteral("listen"));
     listen_->setStatusTip(
         tr("Compares some clips of each card with what their cameras heard, to find a clock that is wrong."));
-    connect(listen_, &QAction::triggered, this, [this] { screens_.listen(); });
+    connect(listen_, &QAction::triggered, this, [this] { screens_.listenToCards(); });
 }
 
 void MainMenus::analyse(const JSON& mode) {

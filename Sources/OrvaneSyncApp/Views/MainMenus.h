@@ -33,8 +33,10 @@ class MainMenus : public QObject {
         std::function<std::vector<UUID>()> clips; ///< that commands for clips act on
         std::function<void(std::string_view)> runForClips;
         std::function<void()> renameClip, openReview, openMulticam, showResults, newScan, leaveStart, find,
-            showKeys, listen;
+            showKeys;
         std::function<void(const QStringList& paths)> openPaths;
+        std::function<void()> takeKeyboard;                     ///< the screen in front
+        std::function<void()> listenToCards, syncLockitNetwork; ///< both take long
         std::function<bool()> isReviewing;
         std::function<bool()> isListening; ///< to the cards
         std::function<bool()> isPlaying;   ///< a screen that plays is in front
@@ -45,7 +47,12 @@ class MainMenus : public QObject {
     /// After the work, the selection or the screen has changed.
     void update();
 
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
   private:
+    /// Where the menu bar keeps the keyboard and shows no menu: Qt leaves it there after a second menu.
+    void returnKeyboard();
     void makeFile();
     void makeEdit();
     void makeClip();
@@ -82,7 +89,6 @@ class MainMenus : public QObject {
     SheetActions sheets_{};
     QAction* scan_ = nullptr;
     QAction* find_ = nullptr;
-    QAction* listen_ = nullptr;
     QAction* undo_ = nullptr;
     QAction* redo_ = nullptr;
     QAction* open_ = nullptr;
@@ -95,6 +101,7 @@ class MainMenus : public QObject {
     QAction* multicam_ = nullptr;
     QAction* results_ = nullptr;
     QAction* keys_ = nullptr;
+    QAction* listen_ = nullptr;
     platform::Subscription bindings_;
 };
 

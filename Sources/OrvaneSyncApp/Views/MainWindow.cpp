@@ -1,7 +1,7 @@
 #include "OrvaneSyncApp/Views/MainWindow.h"
 
 #include "OrvaneDesignKit/Controls.h"
-#include "OrvaneSyncApp/Views/ListeningBar.h"
+#include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
 #include "OrvaneSyncApp/Views/MainMenus.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
@@ -14,6 +14,7 @@
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
 #include "OrvaneSyncApp/Views/StartView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncApp/Views/WorkBar.h"
 
 #include <QCloseEvent>
 #include <QDragEnterEvent>
@@ -63,9 +64,6 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(banner_ = new Banner);
-    column->addWidget(listening_ = new ListeningBar(desktop));
-    listening_->whenHeard = [this](const QString& what) { banner_->show(Signal::none, what); };
-    listening_->whenChanged = [this] { updateActions(); };
     pages_ = new QStackedWidget;
     pages_->addWidget(start_ = new StartView(
                           desktop, [this] { startScan(); },
@@ -88,6 +86,8 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     statusBar()->addWidget(status_ = design::facts({}));
     status_->setWordWrap(false);
     status_->setContentsMargins(space::tight, 0, 0, 0);
+    statusBar()->addPermanentWidget(work_ = new WorkBar(desktop));
+    work_->whenChanged = [this] { updateActions(); };
 
     MainMenus::Screens screens;
     screens.clips = [this] { return actedOn(); };
@@ -104,12 +104,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
         updateActions();
     };
     screens.leaveStart = [this] { wantsStart_ = false; };
-    screens.listen = [this] {
-        banner_->clear();
-        showResults();
-        listening_->listen();
-    };
-    screens.isListening = [this] { return listening_->isListening(); };
+    screens.isListening = [this] { return desktop_.controller().derivedDoubts().listening().has_value(); };
     screens.find = [this] {
         showResults();
         results().search()->setFocus();
@@ -118,6 +113,11 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     screens.showKeys = [this] { review().keys().open(); };
     screens.isReviewing = [this] { return screen_ == Screen::review; };
     screens.openPaths = [this](const QStringList& paths) { openPaths(paths); };
+    screens.takeKeyboard = [this] { takeKeyboard(); };
+    screens.listenToCards = [this] { listenToCards(); };
+    screens.syncLockitNetwork = [this] {
+        work_->run("syncLockitNetwork", tr("LockitNetwork is asked about the clips…"));
+    };
     screens.sessions = sessions_;
     menus_ = new MainMenus(desktop_, *this, *reviewActions_, std::move(screens));
     ReviewKeys::Screens playing;
@@ -263,6 +263,20 @@ void MainWindow::runForClips(std::string_view id) {
     desktop_.runForClips(id, actedOn());
 }
 
+void MainWindow::listenToCards() {
+    banner_->clear();
+    showResults();
+    const auto total = std::make_shared<std::size_t>(0); // clips that are listened to
+    work_->run("diagnose", tr("The cards are listened to…"), [this, total] {
+        const ImportController& controller = desktop_.controller();
+        const bool isInDoubt = !controller.doubts().summary(controller.work().syncGroups()).empty();
+        const std::size_t heard = *total > 0 ? controller.derivedDoubts().heardCount() : 0;
+        banner_->show(Signal::none, translatedSentence(heardText(heard, *total, isInDoubt)));
+    });
+    if (const auto& listening = desktop_.controller().derivedDoubts().listening()) *total = listening->total;
+    updateActions();
+}
+
 void MainWindow::showScreen(Screen screen) {
     if (screen == screen_) return;
     screen_ = screen;
@@ -350,11 +364,14 @@ void MainWindow::showPage() {
     if (isPlayingScreen() && page != review_ && page != multicam_) return showResults();
     if (pages_->currentWidget() == page) return;
     pages_->setCurrentWidget(page);
-    if (page == results_) {
-        results_->table()->setFocus();
-        if (results_->selectedClips().empty()) results_->table()->selectRow(0); // Return opens it
-    } else
-        page->setFocus();
+    takeKeyboard();
+    if (page == results_ && results_->selectedClips().empty())
+        results_->table()->selectRow(0); // Return opens it
+}
+
+void MainWindow::takeKeyboard() {
+    QWidget* page = pages_->currentWidget();
+    (page == results_ ? results_->table() : page)->setFocus();
 }
 
 void MainWindow::updateActions() { menus_->update(); }

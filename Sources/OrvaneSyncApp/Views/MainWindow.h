@@ -27,8 +27,8 @@ class ReviewKeys;
 class ReviewView;
 class ScanningView;
 class SessionsPanel;
-class ListeningBar;
 class StartView;
+class WorkBar;
 
 /// The window: sessions at the left, beside them the screen that the state of the work asks for. Menus and
 /// tools run commands of the table.
@@ -65,6 +65,8 @@ class MainWindow : public QMainWindow {
     void observe();
     void startScan();
     void showPage();
+    /// To the screen in front; of the list its rows have it.
+    void takeKeyboard();
     void showScreen(Screen screen);
     /// Back to the list, on the clip that was in view.
     void showResults();
@@ -73,6 +75,8 @@ class MainWindow : public QMainWindow {
     /// What menus and keys act on: the selection of the list, or the clip in view.
     std::vector<UUID> actedOn() const;
     void runForClips(std::string_view id);
+    /// Doubts that come of it stand above the list.
+    void listenToCards();
     bool isPlayingScreen() const { return screen_ != Screen::results; }
     void updateStatus();
     void updateActions();
@@ -89,8 +93,8 @@ class MainWindow : public QMainWindow {
     QStackedWidget* pages_;
     QSplitter* splitter_;
     design::Banner* banner_;
-    ListeningBar* listening_;
     QLabel* status_;
+    WorkBar* work_;
     MainMenus* menus_;
     std::unique_ptr<ReviewKeys> keys_;
     Screen screen_ = Screen::results;

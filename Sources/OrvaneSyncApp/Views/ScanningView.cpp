@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/ScanningView.h"
 
+#include "OrvaneSyncApp/ViewModels/Results/TimeLeft.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
@@ -83,9 +84,8 @@ void ScanningView::showProgress() {
                      .arg(progress.current)
                      .arg(progress.total);
         const double passed = std::chrono::duration<double>(platform::systemClock()->now() - began_).count();
-        constexpr double worthSaying = 3; // seconds
-        if (progress.fraction() > 0.05 && passed > worthSaying)
-            counts += tr(", %1 to go").arg(text(clockText(passed / progress.fraction() - passed)));
+        if (const auto left = secondsLeft(progress.fraction(), passed))
+            counts += tr(", %1 to go").arg(text(clockText(*left)));
     }
     counts_->setText(counts);
     file_->setText(file_->fontMetrics().elidedText(text(progress.file), Qt::ElideMiddle, barWidth));

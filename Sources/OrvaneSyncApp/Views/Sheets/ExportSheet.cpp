@@ -19,6 +19,7 @@
 #include <QPointer>
 #include <QResizeEvent>
 #include <QScreen>
+#include <QScrollArea>
 #include <QSettings>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -64,6 +65,24 @@ QString listed(const std::vector<std::string>& lines) {
     return shown.join(QLatin1Char('\n'));
 }
 
+/// Wants the height of what is in it, and scrolls where the screen has less.
+class Scrolled : public QScrollArea {
+  public:
+    explicit Scrolled(QWidget* contents) {
+        setWidget(contents);
+        setWidgetResizable(true);
+        setFrameShape(QFrame::NoFrame);
+        setFocusPolicy(Qt::NoFocus);
+        setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    }
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override { return widget()->layout()->totalHeightForWidth(width); }
+    QSize minimumSizeHint() const override { return {widget()->minimumSizeHint().width(), leastHeight}; }
+
+  private:
+    static constexpr int leastHeight = 160;
+};
+
 } // namespace
 
 ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), desktop_(desktop) {
@@ -85,13 +104,18 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
     what->add(eventRow);
     what->add(forecast_ = label(QString()));
     what->add(leftOut_ = facts({}));
-    rows->addWidget(what);
-    rows->addWidget(makeOptions());
-    rows->addWidget(makeDestination());
+    auto* contents = new QWidget;
+    auto* sections = new QVBoxLayout(contents);
+    sections->setContentsMargins(0, 0, 0, 0);
+    sections->setSpacing(space::medium);
+    sections->addWidget(what);
+    sections->addWidget(makeOptions());
+    sections->addWidget(makeDestination());
+    sections->addWidget(warnings_ = facts({}));
+    warnings_->hide();
+    rows->addWidget(sections_ = new Scrolled(contents), 1);
     rows->addWidget(outcome_ = new Banner);
     outcome_->setObjectName(QStringLiteral("outcome"));
-    rows->addWidget(warnings_ = facts({}));
-    warnings_->hide();
 
     auto* buttons = new QHBoxLayout;
     buttons->addStretch(1);
@@ -222,6 +246,7 @@ void ExportSheet::showForecast() {
 
 void ExportSheet::fitHeight() {
     constexpr int frame = 60; // of the window, and a little
+    sections_->updateGeometry();
     const int needed = layout()->totalHeightForWidth(width());
     setMinimumHeight(std::min(needed, screen()->availableGeometry().height() - frame));
 }
@@ -229,6 +254,11 @@ void ExportSheet::fitHeight() {
 void ExportSheet::resizeEvent(QResizeEvent* event) {
     QDialog::resizeEvent(event);
     if (event->oldSize().width() != width()) fitHeight();
+}
+
+void ExportSheet::showEvent(QShowEvent* event) {
+    QDialog::showEvent(event);
+    fitHeight(); // its controls have the sizes of the theme from here on
 }
 
 void ExportSheet::showVersion() { versionNote_->setText(tr(readers[version_->currentIndex()].who)); }
@@ -300,6 +330,7 @@ void ExportSheet::written(const JSON& answer) {
     QSettings().setValue(placeKey, QFileInfo(place).absolutePath());
     warnings_->setVisible(!lines.empty());
     fitHeight();
+    if (!lines.empty()) sections_->ensureWidgetVisible(warnings_);
     close_->setText(tr("Done"));
     write_->setEnabled(true);
     mayReplace_ = true; // what was just written

@@ -7,6 +7,7 @@
 
 class QCheckBox;
 class QComboBox;
+class QScrollArea;
 
 namespace orvane::views {
 
@@ -18,9 +19,10 @@ class ExportSheet : public QDialog {
 
   protected:
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
   private:
-    /// A window is no smaller than its texts need, which depends on how they wrap.
+    /// A window is no smaller than its texts need, which depends on how they wrap, unless the screen is.
     void fitHeight();
     QWidget* makeOptions();
     QWidget* makeDestination();
@@ -43,6 +45,7 @@ class ExportSheet : public QDialog {
     QPushButton* write_;
     QPushButton* close_;
     design::Banner* outcome_;
+    QScrollArea* sections_;
     QLabel* warnings_;
     bool isPlaceGiven_ = false; ///< by hand
     bool mayReplace_ = false;   ///< the user has agreed to replace this file

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <optional>
+
+namespace orvane {
+
+/// How many seconds work goes on that has done this fraction (0 to 1) in so many seconds. Nothing at its
+/// beginning, where it would be a guess.
+inline std::optional<double> secondsLeft(double fraction, double passedSeconds) {
+    constexpr double leastFraction = 0.05, leastSeconds = 3;
+    if (fraction <= leastFraction || passedSeconds <= leastSeconds) return std::nullopt;
+    return passedSeconds / fraction - passedSeconds;
+}
+
+} // namespace orvane

@@ -1,0 +1,143 @@
+#include "OrvaneSyncApp/Views/WorkBar.h"
+
+#include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
+#include "OrvaneSyncApp/ViewModels/Results/TimeLeft.h"
+#include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+
+#include <QHBoxLayout>
+#include <QPointer>
+#include <QProgressBar>
+#include <QTimer>
+#include <QToolButton>
+
+#include <utility>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+constexpr int workTextWidth = 420, workBarWidth = 160; ///< points
+constexpr int partsOfWork = 1000;
+
+} // namespace
+
+WorkBar::WorkBar(Desktop& desktop, std::chrono::milliseconds shownAfter)
+    : desktop_(desktop), text_(facts({})), bar_(new QProgressBar), cancel_(new QToolButton),
+      delay_(new QTimer(this)) {
+    setObjectName(QStringLiteral("work"));
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, space::small, 0);
+    row->setSpacing(space::small);
+    text_->setWordWrap(false);
+    bar_->setFixedWidth(workBarWidth);
+    bar_->setTextVisible(false);
+    bar_->setAccessibleName(tr("Progress of the work"));
+    cancel_->setText(tr("Cancel"));
+    cancel_->setFont(factsFont());
+    cancel_->setFocusPolicy(Qt::TabFocus);
+    row->addWidget(text_);
+    row->addWidget(bar_);
+    row->addWidget(cancel_);
+    connect(cancel_, &QToolButton::clicked, this, [this] { cancel(); });
+    delay_->setSingleShot(true);
+    delay_->setInterval(shownAfter);
+    connect(delay_, &QTimer::timeout, this, [this] {
+        isShown_ = true;
+        follow();
+    });
+    observation_ = desktop_.controller().onChange([this](ImportField field) {
+        if (field == ImportField::smartAudio || (field == ImportField::progress && isShown_)) follow();
+    });
+    hide();
+}
+
+bool WorkBar::isAnalysing() const { return desktop_.controller().smartAudio().state().isAnalyzing; }
+
+void WorkBar::run(std::string_view id, const QString& title, std::function<void()> done) {
+    const auto refused = [this](const std::exception& why) {
+        if (desktop_.whenRefused) desktop_.whenRefused(translatedSentence(why.what()));
+    };
+    try {
+        const commands::Command& command = desktop_.command(id);
+        const auto answer = std::make_shared<JSON>();
+        const platform::Task task =
+            command.whenDone(desktop_.context(), commands::Call(command, nullptr), answer);
+        const auto place = running_.insert(running_.end(), {title, task});
+        follow();
+        task.whenDone([self = QPointer(this), place, refused,
+                       done = std::move(done)](const std::exception_ptr& raised) {
+            if (!self) return;
+            self->running_.erase(place);
+            self->follow();
+            if (self->whenChanged) self->whenChanged();
+            try {
+                if (raised) std::rethrow_exception(raised);
+                if (done) done();
+            } catch (const std::exception& why) {
+                refused(why);
+            } catch (const platform::Stopped&) {
+                return;
+            }
+        });
+    } catch (const std::exception& why) {
+        refused(why);
+    }
+}
+
+void WorkBar::follow() {
+    const bool analyses = isAnalysing();
+    if (analyses && !std::exchange(wasAnalysing_, analyses)) analysisBegan_ = platform::systemClock()->now();
+    wasAnalysing_ = analyses;
+    if (!analyses && running_.empty()) {
+        delay_->stop();
+        isShown_ = false;
+        cancel_->setEnabled(true);
+        hide();
+    } else if (isShown_ || delay_->interval() == 0) {
+        isShown_ = true;
+        showWork();
+        show();
+    } else if (!delay_->isActive()) {
+        delay_->start();
+    }
+}
+
+void WorkBar::showWork() {
+    QString sentence;
+    if (isAnalysing()) {
+        const SmartAudioProgress& now = desktop_.controller().smartAudio().state().progress;
+        sentence = translatedSentence(now.phase);
+        if (now.total > 1) sentence += tr(", %1 of %2").arg(now.current).arg(now.total);
+        const double passed =
+            std::chrono::duration<double>(platform::systemClock()->now() - analysisBegan_).count();
+        if (const auto left = secondsLeft(now.fraction, passed))
+            sentence += tr(", %1 to go").arg(text(clockText(*left)));
+        bar_->setRange(0, partsOfWork);
+        bar_->setValue(static_cast<int>(now.fraction * partsOfWork));
+    } else if (!running_.empty()) {
+        sentence = running_.front().title;
+        bar_->setRange(0, 0); // that it goes on is all that is known
+        if (const auto& heard = desktop_.controller().derivedDoubts().listening()) {
+            sentence = translatedSentence(listeningText(heard->done, heard->total));
+            bar_->setRange(0, static_cast<int>(heard->total));
+            bar_->setValue(static_cast<int>(heard->done));
+        }
+    }
+    text_->setText(text_->fontMetrics().elidedText(sentence, Qt::ElideMiddle, workTextWidth));
+    text_->setToolTip(sentence);
+    cancel_->setAccessibleName(tr("Cancel: %1").arg(sentence));
+    cancel_->setToolTip(tr("Ends this work; what it has done until now stays"));
+}
+
+void WorkBar::cancel() {
+    cancel_->setEnabled(false); // until it has ended
+    if (isAnalysing())
+        desktop_.controller().smartAudio().stop();
+    else if (!running_.empty())
+        running_.front().task.requestStop();
+}
+
+} // namespace orvane::views

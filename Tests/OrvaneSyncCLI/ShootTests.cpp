@@ -10,6 +10,8 @@
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
+#include <set>
+
 namespace orvane::cli {
 namespace {
 
@@ -81,6 +83,25 @@ TEST_F(ShootTest, eachScanTellsOfFilesThatEndEarly) {
         const auto& last = probed.find("scanResult")->find("audioAssets")->elements()->back();
         EXPECT_TRUE(id.empty() || id == *last.find("id")->string()) << "it is the same recording";
         id = *last.find("id")->string();
+    }
+}
+
+TEST_F(ShootTest, recordingsOfOneNameHaveMarksThatTheCacheKeeps) {
+    const test::TemporaryDirectory cards;
+    const std::string cacheFile = cards.path("cache.bin");
+    for (const char* day : {"1", "2"}) {
+        std::filesystem::create_directory(cards.path(day));
+        test::WaveMaker()
+            .bext({.date = "", .timeReference = 36000 * 48000ULL})
+            .samples(std::vector<float>(480'000, *day == '2' ? 0.1F : 0.2F))
+            .writeTo(cards.path(day + std::string("/T01.WAV")));
+    }
+    for (const char* from : {"the files", "the cache of files", "the cache of files with marks"}) {
+        const JSON scan = runWith({"scan", cards.path(), "--json"}, false, cacheFile).json();
+        std::set<std::string> marks;
+        for (const JSON& audio : *scan.find("scanResult")->find("audioAssets")->elements())
+            marks.insert(audio.find("contentMark")->dump());
+        EXPECT_EQ(marks.size(), 2U) << from;
     }
 }
 

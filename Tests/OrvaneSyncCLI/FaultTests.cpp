@@ -162,6 +162,7 @@ TEST(Faults, ofReadingAreNoShorterResults) {
         const char* output;
         const char* fault;
         bool isOfHelperToo = true; ///< it asks for longer stretches, and less often
+        const char* ending = "";
     };
     const std::vector<Case> cases{{"solo", "--channel 1 -o", "read:100"},
                                   {"preview", "--gain 6 -o", "read:100"},
@@ -169,14 +170,15 @@ TEST(Faults, ofReadingAreNoShorterResults) {
                                   {"mixdown", "-o", "read:300", false},
                                   {"waveform", "--png", "read:100"},
                                   {"loudness", "", "read:100"},
-                                  {"analyze", "", "read:100"}};
+                                  {"analyze", "", "read:100"},
+                                  {"play", "--render", "read:100", true, ".wav"}};
     for (const Case& row : cases)
         for (const std::string sound : {"a.wav", "a.aif"}) {
             if (sound == "a.aif" && !row.isOfHelperToo) continue;
             SCOPED_TRACE(row.command + (" " + sound) + " " + row.fault);
             machine.clear();
             std::string arguments = std::string(row.command) + " '" + machine.path(sound) + "' " + row.output;
-            if (*row.output != '\0') arguments += " '" + machine.path("results/out") + "'";
+            if (*row.output != '\0') arguments += " '" + machine.path("results/out") + row.ending + "'";
             ASSERT_EQ(machine.run(arguments).status, 0);
             machine.clear();
             const Ended ended = machine.run(arguments, "", row.fault);

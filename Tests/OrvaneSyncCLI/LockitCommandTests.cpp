@@ -147,6 +147,11 @@ TEST_F(LockitCommandTest, signsInListsAndWritesADocumentWithWhatTheServiceSays) 
     EXPECT_NE(document.find("V: the best"), std::string::npos);
 
     EXPECT_EQ(runWith({"lockit", "sign-out"}).out, "Signed out of LockitNetwork.\n");
+    {
+        const test::ScopedEnvironment noBus{"DBUS_SESSION_BUS_ADDRESS", nullptr},
+            noRuntime{"XDG_RUNTIME_DIR", folder_.path("none").c_str()};
+        EXPECT_EQ(runWith({"lockit", "sign-out"}).out, "Nobody is signed in to LockitNetwork.\n");
+    }
     EXPECT_EQ(folder_.read("data/Orvane Tandrel/credentials.json").find("access"), std::string::npos);
     EXPECT_EQ(runWith({"lockit", "projects"}).status, 1);
     EXPECT_EQ(runWith({"lockit", "days"}).status, 2);

@@ -79,7 +79,8 @@ int signalWhileWriting(const sigset_t& signals, std::chrono::milliseconds patien
     for (int idle = 0; idle < looks; ++idle) {
         if (const int signal = ::sigtimedwait(&signals, nullptr, &pause); signal > 0) return signal;
         const std::uint64_t ended = FileStep::ended();
-        if (std::exchange(before, ended) != ended) idle = 0;
+        // Whoever has not begun to write yet is at work.
+        if (std::exchange(before, ended) != ended || FileStep::oldestPath().empty()) idle = 0;
     }
     return 0;
 }

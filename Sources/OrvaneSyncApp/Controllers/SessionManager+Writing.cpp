@@ -133,7 +133,23 @@ platform::Task SessionManager::flush() {
     return finishWrites(weak_from_this());
 }
 
+/// As long as it lives, the timer begins no save.
+class SessionManager::Flushing {
+  public:
+    explicit Flushing(std::weak_ptr<SessionManager> weak) : weak_(std::move(weak)) { count(1); }
+    ~Flushing() { count(-1); }
+    Flushing(const Flushing&) = delete;
+    Flushing& operator=(const Flushing&) = delete;
+
+  private:
+    void count(int change) {
+        if (const auto self = weak_.lock()) self->flushes_ += change;
+    }
+    const std::weak_ptr<SessionManager> weak_;
+};
+
 platform::Task SessionManager::finishWrites(std::weak_ptr<SessionManager> weak) {
+    const Flushing flushing(weak);
     // A save that was overtaken ends early; the one that took its place is waited for, too.
     for (;;) {
         std::optional<platform::Task> next;

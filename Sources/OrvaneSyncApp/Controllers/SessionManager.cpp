@@ -248,7 +248,8 @@ void SessionManager::scheduleTimer() {
         if (!self) return;
         self->retryFailedWrites();
         self->writeFolderChanges();
-        self->autosaveIfNeeded();
+        // Who waits for the saves so far would wait for ever where one takes longer than this.
+        if (self->flushes_ == 0) self->autosaveIfNeeded();
         self->scheduleTimer();
     });
 }

@@ -163,6 +163,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     // SessionManager+Writing.cpp
     platform::Task startWriting(const UUID& id);
     static platform::Task write(std::weak_ptr<SessionManager> weak, UUID id, std::uint64_t token);
+    class Flushing;
     static platform::Task finishWrites(std::weak_ptr<SessionManager> weak);
     bool isNewest(const UUID& id, std::uint64_t token) const;
     void writeNow(const UUID& id);
@@ -210,6 +211,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     bool isStarted_ = false;
     bool isRestoring_ = false;      ///< changes of the clips are those of a session that opens
     std::uint64_t openings_ = 0;    ///< tells an opening that another has taken its place
+    int flushes_ = 0;               ///< that wait for the saves so far
     bool isSaveScheduled_ = false;  ///< for the changes of this turn of the run loop
     bool isProjectOpening_ = false; ///< what stands is no longer the session's, or not yet
 

@@ -57,6 +57,7 @@ class LockitTest : public ControllerTest {
     LockitTest() {
         browser_->user = [this](const std::string& url) { return server_.callbackFor(url); };
     }
+    ~LockitTest() override { mainThread_->close(); } // a request may be under way
 
     std::shared_ptr<LockitOAuthService> makeAccount(bool isConfigured = true) {
         ServiceConfiguration configuration;

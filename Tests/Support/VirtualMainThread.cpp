@@ -55,6 +55,7 @@ VirtualMainThread::VirtualMainThread()
 
 void VirtualMainThread::post(std::function<void()> work) {
     const std::lock_guard lock(mutex_);
+    if (isClosed_) return;
     ready_.push_back(std::move(work));
     posted_.notify_all();
 }
@@ -65,6 +66,13 @@ std::shared_ptr<platform::Timer> VirtualMainThread::after(std::chrono::nanosecon
     const std::lock_guard lock(mutex_);
     timers_.emplace(clock_->now() + delay, timer);
     return timer;
+}
+
+void VirtualMainThread::close() {
+    std::deque<std::function<void()>> dropped;
+    const std::lock_guard lock(mutex_);
+    isClosed_ = true;
+    dropped.swap(ready_);
 }
 
 bool VirtualMainThread::isCurrent() const { return std::this_thread::get_id() == owner_; }

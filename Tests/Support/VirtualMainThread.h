@@ -46,6 +46,9 @@ class VirtualMainThread final : public platform::MainThread {
     /// Serves work of real background threads until the condition holds; false after `realTime`.
     bool waitUntil(const std::function<bool()>& condition,
                    std::chrono::milliseconds realTime = std::chrono::seconds(10));
+    /// Drops what waits, and all that comes from now on: operations that still run when a test ends hold this
+    /// thread, and would be held by it.
+    void close();
     /// Timers that have neither run nor been called off.
     std::size_t pendingTimers() const;
 
@@ -60,6 +63,7 @@ class VirtualMainThread final : public platform::MainThread {
     mutable std::mutex mutex_;
     std::condition_variable posted_;
     std::deque<std::function<void()>> ready_;
+    bool isClosed_ = false;
     std::multimap<std::chrono::nanoseconds, std::shared_ptr<Pending>> timers_;
 };
 

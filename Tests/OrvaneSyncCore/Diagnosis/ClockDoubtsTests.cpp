@@ -212,6 +212,27 @@ TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
     }
 }
 
+TEST(ClockDoubts, ARecorderThatWasStartedLateIsNoWrongClockOnceTheCamerasWereHeard) {
+    Shot shot;
+    for (int i = 0; i < 6; ++i) {
+        shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", 36000 + 300 * i, 10));
+        shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", 36003 + 300 * i, 12));
+    }
+    shot.diagnose();
+    EXPECT_EQ(shot.count(Kind::constantOffset), 6) << "by timecode alone it may be either";
+    std::unordered_map<UUID, HeardLag> heard;
+    for (const double lag : {0.0, 0.04, -0.02}) heard[shot.groups[heard.size()].id] = {lag};
+    const auto doubtsOf = [&] {
+        shot.doubts =
+            SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
+        return shot.count(Kind::constantOffset);
+    };
+    EXPECT_EQ(doubtsOf(), 0);
+    EXPECT_EQ(shot.count(Kind::shortSound), 6);
+    for (auto& [clip, lag] : heard) lag.seconds = -3;
+    EXPECT_EQ(doubtsOf(), 6) << "heard at another place";
+}
+
 TEST(ClockDoubts, ClaimsNoClockByChance) {
     int claimed = 0;
     for (const unsigned seed : test::seeds(200)) {

@@ -232,13 +232,31 @@ class ClockDoubts {
         return static_cast<double>(used.size()) >=
                explanation::majority * static_cast<double>(card.files.size());
     }
+    /// The cameras heard the recordings of the card where its timecode lays them: one that begins late or
+    /// ends early was started late or ended early, and moving it would be wrong.
+    bool isHeardInPlace(const Card& card) const {
+        if (shoot_.input.heardLags == nullptr) return false;
+        constexpr double inPlaceSeconds = 0.2; // a camera's own delay, or a nudge
+        std::ptrdiff_t heard = 0, inPlace = 0;
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            if (!clip.primary || clip.group->manualAudioOffsetSeconds != 0 || !isOf(card, *clip.primary))
+                continue;
+            const auto lag = shoot_.input.heardLags->find(clip.group->id);
+            if (lag == shoot_.input.heardLags->end()) continue;
+            ++heard;
+            if (std::abs(lag->second.seconds) < inPlaceSeconds) ++inPlace;
+        }
+        return inPlace >= explanation::fewest &&
+               static_cast<double>(inPlace) > explanation::majority * static_cast<double>(heard);
+    }
+
     /// `isForAll`: for all clips, not for those alone that lack sound. Whether there is a doubt.
     bool offsetAmong(const Suspect& one, const Card& card, bool isForAll, std::size_t tries = 1) {
         std::vector<const Shoot::Clip*> clips;
         for (const Shoot::Clip* clip : isForAll ? clips_ : uncovered_)
             if (mayMeet(card, *clip) && !(one.isPart && doubts_.has(clip->group->id, {Kind::constantOffset})))
                 clips.push_back(clip);
-        if (std::cmp_less(clips.size(), explanation::fewest)) return false;
+        if (std::cmp_less(clips.size(), explanation::fewest) || isHeardInPlace(card)) return false;
         std::vector<FilePlace> sounds;
         for (const std::size_t file : card.files) sounds.push_back(placeOf(card, file));
         const auto claim = commonOffset(

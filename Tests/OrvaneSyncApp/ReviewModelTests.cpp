@@ -215,6 +215,26 @@ TEST_F(ReviewModelTest, keysClicksAndSkimsMoveThePlayhead) {
     EXPECT_EQ(zoom.playheadSeconds, at());
 }
 
+TEST_F(ReviewModelTest, jumpsGoToTheOnsetsOfTheRecordingThatTheClipHas) {
+    load();
+    engine_->moveTo(1);
+    controller_->withUndo(undoSteps::removeAudioMatch, [&] {
+        controller_->recordings().removeAudioMatch(id_, group().audioMatches.front().id);
+    });
+    press(KeyAction::jumpNextEdit);
+    EXPECT_DOUBLE_EQ(at(), 1) << "there is no sound";
+    controller_->undo();
+    mainThread_->runPosted();
+    model_->handleKeyAction(KeyAction::jumpNextEdit);
+    finish(model_->jumpReady());
+    EXPECT_NEAR(at(), 4.5, 0.003);
+    controller_->timeline().show(other_);
+    model_->handleKeyAction(KeyAction::jumpNextEdit);
+    model_->handleKeyAction(KeyAction::stepForward);
+    finish(model_->jumpReady());
+    EXPECT_NEAR(at(), 4.54, 0.003) << "who does something else meanwhile stays there";
+}
+
 TEST_F(ReviewModelTest, aDragIsHeardWhenItHasEnded) {
     load();
     const double points = controller_->timeline().zoom().pixelsPerSecond();

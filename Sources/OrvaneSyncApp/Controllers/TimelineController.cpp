@@ -43,8 +43,10 @@ void TimelineController::show(const UUID& groupID) {
         drag_ = {};
         waveform_->reset();
         waveformSound_.reset();
+        wantsWaveform_ = false;
     }
     const ClipSound sound(*group);
+    if (wantsWaveform_ && waveformSound_ != sound.take) loadWaveform();
     zoom_.clipDuration = group->video.durationSeconds.value_or(0);
     zoom_.sizePaddingForAudio(sound.offsetSeconds, sound.durationSeconds);
     zoom_.scrollOffset = std::min(zoom_.scrollOffset, zoom_.largestScrollOffset());
@@ -57,12 +59,17 @@ double TimelineController::rulerInterval() const {
 
 platform::Task TimelineController::loadWaveform(bool retries) {
     const SyncGroup* group = shown_ ? work_.syncGroups().find(*shown_) : nullptr;
-    if (group == nullptr || group->isMOS()) return platform::Task::ended();
-    TakeSound sound = *ClipSound(*group).take;
-    const bool isWanted = retries && waveform_->waveform().clipDuration <= 0;
-    if (waveformSound_ == sound && !waveform_->isLoading() && !isWanted) return platform::Task::ended();
+    if (group == nullptr) return platform::Task::ended();
+    std::optional<TakeSound> sound = ClipSound(*group).take;
+    const bool isMissing = retries && waveform_->waveform().clipDuration <= 0;
+    if (wantsWaveform_ && waveformSound_ == sound && (waveform_->isLoading() || !isMissing))
+        return loadingWaveform_;
+    if (waveformSound_ != sound) waveform_->reset(); // that of another recording
+    wantsWaveform_ = true;
     waveformSound_ = sound;
-    return waveform_->load(std::move(sound), WaveformReduction::reviewBins, true);
+    loadingWaveform_ = sound ? waveform_->load(std::move(*sound), WaveformReduction::reviewBins, true)
+                             : platform::Task::ended();
+    return loadingWaveform_;
 }
 
 platform::Task TimelineController::reduceWaveform(const UUID& groupID, std::size_t bins,

@@ -37,8 +37,8 @@ class TimelineController {
 
     /// Of the take of the clip in view, in take time.
     const std::shared_ptr<WaveformState>& waveform() const { return waveform_; }
-    /// Loads the waveform of the clip in view unless it is there; one that could not be read only if
-    /// `retries`.
+    /// Loads the waveform of the clip in view unless it is there, and from then on that of the recording that
+    /// the clip has; one that could not be read again only if `retries`. Without a recording it is empty.
     platform::Task loadWaveform(bool retries = false);
     /// Leaves in `result` the waveform of any clip's take, by any number of bins.
     platform::Task reduceWaveform(const UUID& groupID, std::size_t bins,
@@ -87,7 +87,9 @@ class TimelineController {
     FrameAccumulator scrolling_;
     AudioDrag drag_;
     const std::shared_ptr<WaveformState> waveform_;
+    bool wantsWaveform_ = false;             ///< of the clip in view
     std::optional<TakeSound> waveformSound_; ///< of the newest load
+    platform::Task loadingWaveform_ = platform::Task::ended();
     std::set<std::string> dismissedKeys_;
     const std::unique_ptr<platform::SerialQueue> listening_;
 };

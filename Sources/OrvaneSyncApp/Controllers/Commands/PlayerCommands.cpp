@@ -54,7 +54,7 @@ platform::Task pressKey(CommandContext& context, Call call, std::shared_ptr<JSON
     const platform::Task bound = players.shortcuts()->refreshed();
     co_await bound;
     players.keyboard().handle(*event);
-    const platform::Task waveform = context.review().timelineReady();
+    const platform::Task waveform = context.review().jumpReady();
     try {
         co_await waveform;
     } catch (...) {

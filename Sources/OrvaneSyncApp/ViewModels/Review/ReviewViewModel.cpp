@@ -109,6 +109,7 @@ void ReviewViewModel::follow() {
 // Keys
 
 void ReviewViewModel::handleKeyAction(KeyAction action) {
+    ++keys_;
     switch (action) {
     case KeyAction::playPause:
     case KeyAction::shuttleStop:
@@ -209,14 +210,16 @@ void ReviewViewModel::lockCluster() {
 }
 
 platform::Task ReviewViewModel::takeTimelineBack() {
-    if (group() == nullptr || timeline_.shownGroupID() == groupID_) return takingBack_;
-    timeline_.show(*groupID_);
-    return takingBack_ = timeline_.loadWaveform();
+    if (group() == nullptr) return platform::Task::ended();
+    if (timeline_.shownGroupID() != groupID_) timeline_.show(*groupID_);
+    return timeline_.loadWaveform();
 }
 
 void ReviewViewModel::jumpToEdit(bool previous) {
-    takeTimelineBack().whenDone([weak = weak_from_this(), previous](const std::exception_ptr&) {
-        if (const auto self = weak.lock()) self->jumpToOnset(previous);
+    jump_ = takeTimelineBack();
+    jump_.whenDone([weak = weak_from_this(), previous, key = keys_](const std::exception_ptr&) {
+        const auto self = weak.lock();
+        if (self && self->keys_ == key) self->jumpToOnset(previous); // else something else is wanted by now
     });
 }
 

@@ -60,8 +60,8 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     int scrollFrames(double deltaY, bool hasPreciseDeltas);
     void applyZoom(double scaleDelta);
 
-    /// Ends when the waveform that the last key needed is there: a jump to an edit follows it.
-    platform::Task timelineReady() const { return takingBack_; }
+    /// Ends when the last jump to an edit is done: it waits for the waveform.
+    platform::Task jumpReady() const { return jump_; }
 
     // The same for any clip; the player goes along where it is the one in view.
 
@@ -95,7 +95,8 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     platform::Subscription following_;
     std::optional<UUID> groupID_;
     std::uint64_t loads_ = 0; ///< the number of the newest
-    platform::Task takingBack_ = platform::Task::ended();
+    std::uint64_t keys_ = 0;  ///< that did something
+    platform::Task jump_ = platform::Task::ended();
     bool isDraggingAudio_ = false;
     bool isAudioExpanded_ = false;
 };

@@ -231,6 +231,7 @@ Banner::Banner(QWidget* parent)
 void Banner::show(Signal signal, const QString& text, const QString& buttonText,
                   std::function<void()> action) {
     run_ = std::move(action);
+    signal_ = signal;
     glyph_->setVisible(signal != Signal::none);
     if (signal != Signal::none)
         glyph_->setPixmap(

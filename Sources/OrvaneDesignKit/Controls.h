@@ -88,8 +88,10 @@ class Banner : public QFrame {
               std::function<void()> action = {});
     void clear();
     QString text() const { return text_->text(); }
+    Signal signal() const { return signal_; } ///< none: asks for nothing
 
   private:
+    Signal signal_ = Signal::none;
     QLabel* glyph_;
     QLabel* text_;
     QPushButton* action_;

@@ -45,7 +45,7 @@ bool Desktop::isEnabled(std::string_view id, const SyncGroup* clip) const {
     return command(id).isEnabled(context_, clip);
 }
 
-void Desktop::run(std::string_view id, JSON arguments, Done done, Refused whenThisIsRefused) {
+platform::Task Desktop::run(std::string_view id, JSON arguments, Done done, Refused whenThisIsRefused) {
     const commands::Command& row = command(id);
     const auto refused = [this, own = std::move(whenThisIsRefused)](const std::exception& why) {
         if (own)
@@ -59,25 +59,27 @@ void Desktop::run(std::string_view id, JSON arguments, Done done, Refused whenTh
         if (row.now) {
             const JSON answer = row.now(context_, call);
             if (done) done(answer);
-            return;
+            return platform::Task::ended();
         }
         const auto result = std::make_shared<JSON>();
-        row.whenDone(context_, call, result)
-            .whenDone([refused, result, done = std::move(done)](const std::exception_ptr& raised) {
-                if (!raised) {
-                    if (done) done(*result);
-                    return;
-                }
-                try {
-                    std::rethrow_exception(raised);
-                } catch (const std::exception& why) {
-                    refused(why);
-                } catch (const platform::Stopped&) {
-                    return;
-                }
-            });
+        platform::Task task = row.whenDone(context_, call, result);
+        task.whenDone([refused, result, done = std::move(done)](const std::exception_ptr& raised) {
+            if (!raised) {
+                if (done) done(*result);
+                return;
+            }
+            try {
+                std::rethrow_exception(raised);
+            } catch (const std::exception& why) {
+                refused(why);
+            } catch (const platform::Stopped&) {
+                return;
+            }
+        });
+        return task;
     } catch (const std::exception& why) {
         refused(why);
+        return platform::Task::ended();
     }
 }
 

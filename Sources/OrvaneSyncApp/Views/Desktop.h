@@ -52,8 +52,9 @@ class Desktop {
     using Done = std::function<void(const JSON& answer)>;
     using Refused = std::function<void(const QString& why)>;
     /// What the command answers goes to `done`, why it did not run to `refused`, or where there is none to
-    /// `whenRefused`. A command that was stopped calls none of them.
-    void run(std::string_view id, JSON arguments = {}, Done done = {}, Refused refused = {});
+    /// `whenRefused`. A command that was stopped calls none of them. Gives what goes on behind a long one; it
+    /// has ended for one that answered at once or was refused.
+    platform::Task run(std::string_view id, JSON arguments = {}, Done done = {}, Refused refused = {});
     /// One command for several clips, as one step to take back where it is one.
     void runForClips(std::string_view id, const std::vector<UUID>& groupIDs, JSON arguments = {});
     /// A sentence for people.

@@ -280,6 +280,8 @@ void MainWindow::listenToCards() {
 void MainWindow::showScreen(Screen screen) {
     if (screen == screen_) return;
     screen_ = screen;
+    // What was done on the screen before and asks for nothing takes no room from this one.
+    if (banner_->signal() == Signal::none) banner_->clear();
     // A screen that plays needs the room; the list gets the sessions back.
     if (isPlayingScreen() && sessions_->isVisible()) {
         areSessionsHidden_ = true;

@@ -30,7 +30,7 @@ void Notifier::follow(ImportField field) {
     if (field == ImportField::smartAudio) {
         const bool isAnalysing = desktop_.controller().smartAudio().state().isAnalyzing;
         if (std::exchange(isAnalysing_, isAnalysing) && !isAnalysing)
-            tell(QObject::tr("The analysis of the sound is done"));
+            tell(QObject::tr("The analysis of the sound has ended"));
     }
 }
 

@@ -56,35 +56,20 @@ WorkBar::WorkBar(Desktop& desktop, std::chrono::milliseconds shownAfter)
 
 bool WorkBar::isAnalysing() const { return desktop_.controller().smartAudio().state().isAnalyzing; }
 
-void WorkBar::run(std::string_view id, const QString& title, std::function<void()> done) {
-    const auto refused = [this](const std::exception& why) {
-        if (desktop_.whenRefused) desktop_.whenRefused(translatedSentence(why.what()));
-    };
-    try {
-        const commands::Command& command = desktop_.command(id);
-        const auto answer = std::make_shared<JSON>();
-        const platform::Task task =
-            command.whenDone(desktop_.context(), commands::Call(command, nullptr), answer);
-        const auto place = running_.insert(running_.end(), {title, task});
-        follow();
-        task.whenDone([self = QPointer(this), place, refused,
-                       done = std::move(done)](const std::exception_ptr& raised) {
-            if (!self) return;
-            self->running_.erase(place);
-            self->follow();
-            if (self->whenChanged) self->whenChanged();
-            try {
-                if (raised) std::rethrow_exception(raised);
-                if (done) done();
-            } catch (const std::exception& why) {
-                refused(why);
-            } catch (const platform::Stopped&) {
-                return;
-            }
-        });
-    } catch (const std::exception& why) {
-        refused(why);
-    }
+void WorkBar::run(std::string_view command, const QString& title, std::function<void()> done) {
+    const QPointer self(this);
+    const platform::Task task = desktop_.run(command, {}, [self, done = std::move(done)](const JSON&) {
+        if (self && done) done();
+    });
+    if (task.isDone()) return;
+    const auto place = running_.insert(running_.end(), {title, task});
+    follow();
+    task.whenDone([self, place](const std::exception_ptr&) {
+        if (!self) return;
+        self->running_.erase(place);
+        self->follow();
+        if (self->whenChanged) self->whenChanged();
+    });
 }
 
 void WorkBar::follow() {

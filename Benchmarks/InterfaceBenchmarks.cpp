@@ -75,7 +75,7 @@ class Shoot {
         context.sessions->start(context.controller);
         context.sessions->newSession(*context.controller);
         AssetCorpus corpus = assetCorpus(clips / 10, clips / 10, 0);
-        ImportController::StoredWork work{{}, {}, matchedGroups(clips, channels)};
+        StoredWork work{{}, {}, matchedGroups(clips, channels)};
         for (MediaAsset& audio : corpus.audios) work.wildTracks.emplace_back(std::move(audio));
         context.controller->openStoredWork(std::move(work));
         finish(context.sessions->flush());

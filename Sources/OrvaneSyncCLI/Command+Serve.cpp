@@ -2,19 +2,17 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/LineReader.h"
 #include "OrvaneSyncCLI/LineWriter.h"
+#include "OrvaneSyncCLI/MessageRoom.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
-#include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "Platform/Completion.h"
 #include "Platform/Interrupt.h"
 #include "Platform/Playback/Player.h"
 #include "Platform/Text.h"
 
-#include <condition_variable>
 #include <cstddef>
 #include <exception>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <semaphore>
 #include <thread>
@@ -22,36 +20,6 @@
 namespace orvane::cli {
 
 namespace {
-
-/// What messages take that were read and not yet served. Those beyond wait in the pipe until there is room.
-class MessageRoom {
-  public:
-    void take(std::size_t bytes) {
-        std::unique_lock lock(mutex_);
-        freed_.wait(lock, [&] {
-            return messages_ == 0 || (messages_ < mostMessages && bytes_ + bytes <= mostBytes);
-        });
-        ++messages_;
-        bytes_ += bytes;
-    }
-    void giveBack(std::size_t bytes) {
-        {
-            const std::lock_guard lock(mutex_);
-            --messages_;
-            bytes_ -= bytes;
-        }
-        freed_.notify_one();
-    }
-
-  private:
-    static constexpr std::size_t mostMessages = 256;
-    /// What is made of a message takes several times as much.
-    static constexpr std::size_t mostBytes = LineReader::longestLine;
-
-    std::mutex mutex_;
-    std::condition_variable freed_;
-    std::size_t messages_ = 0, bytes_ = 0;
-};
 
 /// Reads messages off the interface thread and hands them over in order, not much faster than they are
 /// served and answers are read. Ends the loop when all are served.
@@ -200,7 +168,6 @@ void serve(Context& context, const Arguments& arguments) {
     });
     if (work.sessions->problem()) context.warn(*work.sessions->problem());
     // Called on a thread of its own, at the very end of this function at the latest.
-    const platform::TerminationLimit limit{.place = AppStorageHelper::sessionsDirectory()};
     const auto save = [loop, weak = std::weak_ptr(work.sessions)](const platform::EndProcess& end) {
         loop->post([weak, end] {
             const auto sessions = weak.lock();
@@ -212,7 +179,7 @@ void serve(Context& context, const Arguments& arguments) {
             });
         });
     };
-    platform::beforeTermination(save, limit);
+    platform::beforeTermination(save);
     {
         const MessageReader reader(context.in, answers, loop, server, [&] {
             work.sessions->flush().whenDone(

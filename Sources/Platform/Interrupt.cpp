@@ -23,6 +23,7 @@
 #include <typeinfo>
 #include <unistd.h>
 #include <utility>
+#include <variant>
 
 namespace orvane::platform {
 
@@ -30,7 +31,7 @@ namespace {
 
 struct Termination {
     std::function<void(const EndProcess&)> callback;
-    TerminationLimit limit;
+    std::chrono::milliseconds patience;
 };
 
 std::mutex terminationMutex;
@@ -68,34 +69,30 @@ void discardAnsweringTemporaries() {
     endWithStatus(endedBySignal + signal, lastWords);
 }
 
-/// The next signal; 0 once nothing that is written has got any further for so long.
-int signalWhileWriting(const sigset_t& signals, std::chrono::milliseconds patience) {
+/// The next signal, or the file at which nothing that is written has got any further for so long.
+std::variant<int, std::string> signalWhileWriting(const sigset_t& signals,
+                                                  std::chrono::milliseconds patience) {
     // Counted in looks, so that a process that was halted meanwhile has not lost its time.
     constexpr int looks = 10;
     const auto interval = std::chrono::duration_cast<std::chrono::nanoseconds>(patience) / looks;
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(interval);
     const timespec pause{seconds.count(), (interval - seconds).count()};
     std::uint64_t before = FileStep::ended();
-    for (int idle = 0; idle < looks; ++idle) {
+    for (int idle = 0;;) {
         if (const int signal = ::sigtimedwait(&signals, nullptr, &pause); signal > 0) return signal;
         const std::uint64_t ended = FileStep::ended();
+        std::string path = FileStep::oldestPath();
         // Whoever has not begun to write yet is at work.
-        if (std::exchange(before, ended) != ended || FileStep::oldestPath().empty()) idle = 0;
+        idle = std::exchange(before, ended) != ended || path.empty() ? 0 : idle + 1;
+        if (idle == looks) return path;
     }
-    return 0;
-}
-
-[[noreturn]] void endWithoutSaving(const std::string& lastWords, const std::string& place) {
-    const std::string path = FileStep::oldestPath();
-    endWithStatus(1, lastWords + "error: can't save " + text::printable(path.empty() ? place : path) +
-                         ": its disk or share does not answer\n");
 }
 
 } // namespace
 
-void beforeTermination(std::function<void(const EndProcess&)> callback, TerminationLimit limit) {
+void beforeTermination(std::function<void(const EndProcess&)> callback, std::chrono::milliseconds patience) {
     const std::scoped_lock lock(terminationMutex);
-    storedTermination = {std::move(callback), std::move(limit)};
+    storedTermination = {std::move(callback), patience};
 }
 
 namespace {
@@ -151,9 +148,10 @@ void exitOnInterrupt(std::string lastWords) {
         if (!termination.callback) endBySignal(signal, lastWords);
         termination.callback(
             [signal, lastWords](const std::string& more) { endBySignal(signal, lastWords + more); });
-        const int another = signalWhileWriting(signals, termination.limit.patience);
-        if (another == 0) endWithoutSaving(lastWords, termination.limit.place);
-        endBySignal(another, lastWords);
+        const auto next = signalWhileWriting(signals, termination.patience);
+        if (const int* another = std::get_if<int>(&next)) endBySignal(*another, lastWords);
+        endWithStatus(1, lastWords + "error: can't save " + text::printable(std::get<std::string>(next)) +
+                             ": its disk or share does not answer\n");
     }).detach();
 }
 

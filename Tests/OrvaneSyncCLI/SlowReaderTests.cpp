@@ -1,4 +1,5 @@
 #include "OrvaneSyncCLI/LineWriter.h"
+#include "OrvaneSyncCLI/MessageRoom.h"
 #include "Platform/Files.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
@@ -16,6 +17,7 @@
 #include <semaphore>
 #include <sstream>
 #include <string>
+#include <thread>
 
 namespace orvane::test {
 namespace {
@@ -54,6 +56,24 @@ TEST(LineWriter, neverHoldsUpWhoWritesAndKeepsTheOrder) {
     EXPECT_TRUE(wasWritten);
     const std::string text = stuck.str();
     EXPECT_TRUE(text.starts_with("first\nxxx") && text.ends_with("xxx\nlast\n"));
+}
+
+TEST(MessageRoom, holdsSoManyBytesAndMessagesTogether) {
+    constexpr std::size_t megabyte = std::size_t{1} << 20U;
+    cli::MessageRoom room;
+    EXPECT_TRUE(room.tryTake(100 * megabyte)) << "one alone is served, whatever it takes";
+    EXPECT_FALSE(room.tryTake(0));
+    room.giveBack(100 * megabyte);
+    EXPECT_TRUE(room.tryTake(40 * megabyte) && room.tryTake(24 * megabyte));
+    EXPECT_FALSE(room.tryTake(1));
+    std::thread waiting([&] { room.take(60 * megabyte); });
+    room.giveBack(24 * megabyte);
+    room.giveBack(40 * megabyte);
+    waiting.join();
+    EXPECT_FALSE(room.tryTake(5 * megabyte)) << "the one that waited has it";
+    room.giveBack(60 * megabyte);
+    for (std::size_t i = 0; i < 256; ++i) EXPECT_TRUE(room.tryTake(1));
+    EXPECT_FALSE(room.tryTake(1));
 }
 
 /// A caller that stopped reading, with a full pipe, and then asks for the end.

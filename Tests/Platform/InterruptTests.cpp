@@ -18,8 +18,7 @@ namespace {
 /// Writes more than the pipe takes, and is asked to end when the write has begun.
 [[noreturn]] void saveWhereNobodyReads(const std::string& pipe) {
     exitOnInterrupt("");
-    beforeTermination([](const EndProcess&) {},
-                      {.place = "the session", .patience = std::chrono::milliseconds(20)});
+    beforeTermination([](const EndProcess&) {}, std::chrono::milliseconds(20));
     pollfd reader{::open(pipe.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC), POLLIN, 0};
     std::thread([&reader] {
         ::poll(&reader, 1, -1);

@@ -1,5 +1,6 @@
 #include "MediaFactory/MediaFactory.h"
 #include "Platform/AudioFile.h"
+#include "Platform/MediaHelper/HelperProcess.h"
 #include "Platform/MediaHelper/MediaLibraryClient.h"
 #include "Platform/MediaInspectionText.h"
 #include "Platform/Modules.h"
@@ -7,6 +8,7 @@
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
+#include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -152,6 +154,31 @@ TEST(MediaLibrary, mayEndOverAFileWithoutHarm) {
     const auto again = platform::AudioFile::open(sound);
     ASSERT_NE(again, nullptr);
     EXPECT_EQ(readAll(*again, 0, 1000).size(), 48000U);
+}
+
+/// A helper that hangs, by a clock that goes on where it is waited for; a signal cuts the first wait short.
+TEST(MediaLibrary, endsAHelperThatDoesNotAnswer) {
+    using namespace platform;
+    const std::shared_ptr<helper::Process> process = helper::Process::borrow();
+    ASSERT_NE(process, nullptr);
+    for (const pid_t child : children()) ::kill(child, SIGSTOP);
+    std::chrono::milliseconds time{0};
+    std::vector<int> waits;
+    process->useClock({.now = [&] { return std::chrono::steady_clock::time_point(time); },
+                       .poll =
+                           [&](pollfd& /*wanted*/, int milliseconds) {
+                               waits.push_back(milliseconds);
+                               const bool isCutShort = waits.size() == 1;
+                               time += std::chrono::milliseconds(isCutShort ? 5'000 : milliseconds);
+                               errno = EINTR;
+                               return isCutShort ? -1 : 0;
+                           }});
+    EXPECT_FALSE(process->ask<helper::About>(helper::Request::about));
+    EXPECT_EQ(waits, (std::vector{20'000, 15'000}));
+    EXPECT_TRUE(process->wasTooSlow());
+    EXPECT_FALSE(process->isRunning());
+    for (const pid_t child : children()) ::kill(child, SIGCONT); // others, that were free
+    EXPECT_NE(helper::Process::borrow(), nullptr);
 }
 
 TEST(MediaLibrary, mayWriteNoFile) {

@@ -2,15 +2,14 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <poll.h>
 #include <sys/socket.h>
 
 namespace orvane::platform::helper {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-constexpr auto never = Clock::time_point::max();
+using TimePoint = std::chrono::steady_clock::time_point;
+constexpr auto never = TimePoint::max();
 
 bool sendAll(int descriptor, const char* bytes, std::size_t count) {
     while (count > 0) {
@@ -23,23 +22,23 @@ bool sendAll(int descriptor, const char* bytes, std::size_t count) {
     return true;
 }
 
-bool waitForBytes(int descriptor, Clock::time_point until) {
+bool waitForBytes(int descriptor, TimePoint until, const WaitClock& clock) {
     for (;;) {
         int milliseconds = -1;
         if (until != never) {
-            const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()).count();
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - clock.now()).count();
             milliseconds = static_cast<int>(std::max<decltype(left)>(left, 0));
         }
         pollfd wanted{descriptor, POLLIN, 0};
-        const int ready = ::poll(&wanted, 1, milliseconds);
+        const int ready = clock.poll(wanted, milliseconds);
         if (ready > 0) return true;
         if (ready == 0 || errno != EINTR) return false;
     }
 }
 
-bool receiveAll(int descriptor, char* bytes, std::size_t count, Clock::time_point until) {
+bool receiveAll(int descriptor, char* bytes, std::size_t count, TimePoint until, const WaitClock& clock) {
     while (count > 0) {
-        if (!waitForBytes(descriptor, until)) return false;
+        if (!waitForBytes(descriptor, until, clock)) return false;
         const ssize_t got = ::recv(descriptor, bytes, count, 0);
         if (got < 0 && errno == EINTR) continue;
         if (got <= 0) return false;
@@ -58,14 +57,15 @@ bool send(int descriptor, const std::string& message) {
            sendAll(descriptor, message.data(), message.size());
 }
 
-std::optional<std::string> receive(int descriptor, std::optional<std::chrono::milliseconds> limit) {
-    const auto until = limit ? Clock::now() + *limit : never;
+std::optional<std::string> receive(int descriptor, std::optional<std::chrono::milliseconds> limit,
+                                   const WaitClock& clock) {
+    const auto until = limit ? clock.now() + *limit : never;
     std::uint32_t length = 0;
-    if (!receiveAll(descriptor, reinterpret_cast<char*>(&length), sizeof length, until) ||
+    if (!receiveAll(descriptor, reinterpret_cast<char*>(&length), sizeof length, until, clock) ||
         length > longestMessage)
         return std::nullopt;
     std::string message(length, '\0');
-    if (!receiveAll(descriptor, message.data(), message.size(), until)) return std::nullopt;
+    if (!receiveAll(descriptor, message.data(), message.size(), until, clock)) return std::nullopt;
     return message;
 }
 

@@ -7,7 +7,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <optional>
+#include <poll.h>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -279,9 +281,18 @@ class MessageReader {
 
 /// False when the other side is gone.
 bool send(int descriptor, const std::string& message);
-/// Nothing when the other side is gone, says nothing in this time, or says too much. Without a limit it
+/// The time by which an answer is waited for, and how: a test has its own.
+struct WaitClock {
+    std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
+    /// As poll(2) of one descriptor; -1 millisecond is without an end.
+    std::function<int(pollfd& wanted, int milliseconds)> poll = [](pollfd& wanted, int milliseconds) {
+        return ::poll(&wanted, 1, milliseconds);
+    };
+};
+/// Nothing when the other side is gone, has not said all in this time, or says too much. Without a limit it
 /// waits.
 std::optional<std::string> receive(int descriptor,
-                                   std::optional<std::chrono::milliseconds> limit = std::nullopt);
+                                   std::optional<std::chrono::milliseconds> limit = std::nullopt,
+                                   const WaitClock& clock = {});
 
 } // namespace orvane::platform::helper

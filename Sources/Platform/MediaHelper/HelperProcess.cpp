@@ -228,10 +228,10 @@ void Process::end() {
 std::optional<std::string> Process::ask(const std::string& request) {
     const std::lock_guard lock(mutex_);
     if (descriptor_ < 0 || owner_ != ::getpid()) return std::nullopt;
-    const auto start = std::chrono::steady_clock::now();
-    auto answer = send(descriptor_, request) ? receive(descriptor_, longestRequest) : std::nullopt;
+    const auto start = clock_.now();
+    auto answer = send(descriptor_, request) ? receive(descriptor_, longestRequest, clock_) : std::nullopt;
     if (!answer || answer->empty()) {
-        wasTooSlow_ = std::chrono::steady_clock::now() - start >= longestRequest;
+        wasTooSlow_ = clock_.now() - start >= longestRequest;
         end();
         return std::nullopt;
     }

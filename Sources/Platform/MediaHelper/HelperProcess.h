@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <sys/types.h>
+#include <utility>
 
 namespace orvane::platform::helper {
 
@@ -47,6 +48,8 @@ class Process {
     /// It did not answer in time, rather than ending.
     bool wasTooSlow() const { return wasTooSlow_; }
     bool isRunning() const { return descriptor_ >= 0; }
+    /// By which answers are waited for. Before the process is asked.
+    void useClock(WaitClock clock) { clock_ = std::move(clock); }
 
   private:
     Process(Purpose purpose, pid_t process, int descriptor, void* memory);
@@ -67,6 +70,7 @@ class Process {
     void* const memory_; ///< shared with it
     About about_;
     bool wasTooSlow_ = false;
+    WaitClock clock_;
 };
 
 /// What a new process says of itself, be it of another build; nothing when it does not start.

@@ -90,6 +90,24 @@ TEST(Doctor, runsWhereTheSystemOfSoundIsNotConfigured) {
     }
 }
 
+/// A library of sound that prints as it starts; and where no memory may be shared, it is not started.
+TEST(Doctor, keepsALibraryOfSoundFromTheTerminal) {
+    const TemporaryDirectory folder;
+    const std::string configuration = folder.write("sound.conf", "pcm.default { type null }\n");
+    const std::string started = folder.path("started"), errors = folder.path("errors");
+    for (const bool isLimited : {false, true}) {
+        const std::string command = std::string(isLimited ? "ulimit -f 1; " : "") + "ALSA_CONFIG_PATH='" +
+                                    configuration + "' XDG_CONFIG_HOME='" + folder.path("home") +
+                                    "' LD_PRELOAD='" ORVANE_PRINTING_SOUND "' STARTED='" + started +
+                                    "' '" ORVANESYNC_PROGRAM "' doctor 2>'" + errors + "' >/dev/null";
+        std::system(command.c_str()); // NOLINT
+        EXPECT_EQ(fs::remove(started), !isLimited);
+        const std::string text = platform::files::readText(errors);
+        EXPECT_EQ(text.find("a library prints"), std::string::npos) << text;
+        EXPECT_EQ(text.starts_with("warning: "), isLimited) << "our own text: " << text;
+    }
+}
+
 /// By what the system's loader writes down. `doctor` is the proof that it does.
 TEST(Modules, areLoadedByWhatNeedsThemAlone) {
     const TemporaryDirectory folder;

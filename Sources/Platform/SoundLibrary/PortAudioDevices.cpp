@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <alsa/asoundlib.h>
 #include <chrono>
+#include <cstdio>
 #include <dlfcn.h>
 #include <mutex>
 #include <portaudio.h>
+#include <sys/resource.h>
+#include <utility>
 
 namespace orvane::platform {
 
@@ -18,6 +21,31 @@ constexpr double shortestLatencySeconds = 0.02;
 
 void dropALSAMessage(const char* /*file*/, int /*line*/, const char* /*function*/, int /*error*/,
                      const char* /*format*/, ...) {}
+
+/// While one lives, what a library prints by the C library's `stderr` is dropped: what lies behind ALSA and
+/// JACK has no other way to be kept from the terminal. The descriptor stays as it is, so that messages of the
+/// program, which go past `stderr`, are not lost.
+class PrintedErrorsDropped {
+  public:
+    PrintedErrorsDropped() {
+        const std::lock_guard lock(mutex_);
+        // Never closed: a thread of a library may still be printing.
+        static std::FILE* const nowhere = std::fopen("/dev/null", "we");
+        if (living_++ == 0 && nowhere != nullptr)
+            printed_ = std::exchange(stderr, nowhere); // glibc: a variable
+    }
+    ~PrintedErrorsDropped() {
+        const std::lock_guard lock(mutex_);
+        if (--living_ == 0 && printed_ != nullptr) stderr = printed_;
+    }
+    PrintedErrorsDropped(const PrintedErrorsDropped&) = delete;
+    PrintedErrorsDropped& operator=(const PrintedErrorsDropped&) = delete;
+
+  private:
+    inline static std::mutex mutex_;
+    inline static int living_ = 0;
+    inline static std::FILE* printed_ = nullptr;
+};
 
 /// Looking for devices makes ALSA and JACK say on standard error what is not there.
 void silenceLibraries() {
@@ -38,17 +66,27 @@ bool alsaNamesADefault() {
     return snd_config_update() >= 0 && snd_config_search(snd_config, "pcm.default", &found) >= 0;
 }
 
+/// Servers of sound share memory with their clients, which counts as a file. Where the user may write none of
+/// that size, JACK leaves a broken one behind, at which every later start of any program waits for 18 s.
+bool mayShareMemory() {
+    constexpr rlim_t most = 128U << 20U; // PulseAudio takes 64 MB, JACK less
+    rlimit limit{};
+    return ::getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur >= most;
+}
+
 /// PortAudio knows the devices that there were at its start: each use starts it anew. It counts its uses
 /// without a lock of its own.
 class PortAudioSession {
   public:
     PortAudioSession() {
         const std::lock_guard lock(starting());
+        const PrintedErrorsDropped dropped;
         silenceLibraries();
-        isStarted_ = alsaNamesADefault() && Pa_Initialize() == paNoError;
+        isStarted_ = mayShareMemory() && alsaNamesADefault() && Pa_Initialize() == paNoError;
     }
     ~PortAudioSession() {
         const std::lock_guard lock(starting());
+        const PrintedErrorsDropped dropped;
         if (isStarted_) Pa_Terminate();
     }
     PortAudioSession(const PortAudioSession&) = delete;
@@ -81,6 +119,7 @@ class PortAudioDevice final : public SoundDevice {
     explicit PortAudioDevice(SoundDeviceCallback& callback) : callback_(callback) {}
     ~PortAudioDevice() override {
         if (stream_ == nullptr) return;
+        const PrintedErrorsDropped dropped;
         Pa_AbortStream(stream_);
         Pa_CloseStream(stream_);
     }
@@ -90,6 +129,7 @@ class PortAudioDevice final : public SoundDevice {
     bool open(double sampleRate) {
         const PaDeviceInfo* info = session_.defaultOutput();
         if (info == nullptr) return false;
+        const PrintedErrorsDropped dropped;
         name_ = nameOf(*info);
         PaStreamParameters parameters{};
         parameters.device = Pa_GetDefaultOutputDevice();

@@ -89,7 +89,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         opening_.request_stop();
         soundOpening_.request_stop();
         loaded_ = nullptr;
-        isLoaded_ = isLoading_ = false;
+        isLoaded_ = isLoading_ = waitsForSound_ = false;
         facts_ = {};
         motion_ = previous_ = {};
         dropItem();
@@ -104,7 +104,10 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
 
     void setSound(OpenSound openSound) {
         item_.openSound = std::move(openSound);
-        if (isLoaded_ || isLoading_) this->openSound();
+        if (!isLoaded_ && !isLoading_) return;
+        waitsForSound_ = true;
+        updateSound(); // the one before is silent, however long the other takes to open
+        this->openSound();
     }
 
     // The transport.
@@ -197,6 +200,13 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
             if (sound && rate != 0) sound->waitUntilReady(frame);
             if (picture) picture->waitUntilReady(time, rate);
         };
+    }
+
+    bool whenSoundIsOpen(std::function<void()> opened) override {
+        if (!isLoaded_ || !waitsForSound_) return false;
+        // Behind the opening on the queue, and behind what that posts.
+        soundQueue_->post([main = host_->sharedMainThread(), opened] { main->post(opened); });
+        return true;
     }
 
   private:
@@ -376,7 +386,8 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
     }
 
     void updateSound() {
-        if (sound_) sound_->setTransport({motion_.rate, motion_.time.seconds(), motion_.frame, pitch_});
+        const double rate = waitsForSound_ ? 0 : motion_.rate;
+        if (sound_) sound_->setTransport({rate, motion_.time.seconds(), motion_.frame, pitch_});
     }
 
     void seekPicture(MediaTime time) {
@@ -416,16 +427,14 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         if (motion_.rate == 0) return;
         const double speed = std::abs(motion_.rate);
         const double nominal = facts_.nominalFrameRate > 0 ? facts_.nominalFrameRate : usualRate;
-        const std::int64_t heard = static_cast<std::int64_t>(std::floor(host_->heardFrame()));
-        const MediaTime now = within(position(static_cast<double>(std::max(heard, motion_.frame))));
-        const double from = static_cast<double>(std::max(heard, motion_.frame));
+        const double from = std::max(std::floor(host_->heardFrame()), static_cast<double>(motion_.frame));
+        const MediaTime now = within(position(from));
         std::optional<MediaTime> change;
         if (picture_) change = picture_->nextChange(now, motion_.rate);
         double clipSeconds = 1 / nominal;
         if (change) clipSeconds = std::abs((*change - now).seconds());
         double frames = clipSeconds / speed * host_->sampleRate();
-        const bool isStepwise = speed < PictureTrack::keyPicturesFromRate;
-        const double most = isStepwise ? mostReports : usualRate;
+        const double most = speed < PictureTrack::keyPicturesFromRate ? mostReports : usualRate;
         frames = std::max(frames, nominal * speed > most ? host_->sampleRate() / most : 1);
         if (const double left = secondsLeft(now); left >= 0)
             frames = std::min(frames, left / speed * host_->sampleRate());

@@ -18,6 +18,9 @@ class HostedPlayer {
     /// What has to be done before time may come to this frame of the output: pictures decoded, sound read.
     /// Carried out on another thread; null where there is nothing to wait for.
     virtual std::function<void()> preparation(std::int64_t outputFrame) = 0;
+    /// Of a loaded clip whose sound is being replaced: calls back on the interface thread once the new one is
+    /// in its place, or yet another is to be opened. False, without a call, where none is being opened.
+    virtual bool whenSoundIsOpen(std::function<void()> opened) = 0;
 };
 
 /// What players have in common: the frames of one output as their time. Interface thread.

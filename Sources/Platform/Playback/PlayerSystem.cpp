@@ -127,14 +127,18 @@ class PulledHost final : public PlayerHost, public std::enable_shared_from_this<
         std::function<void()> work_;
     };
 
-    /// To the next moment at which something is due; then all that was posted meanwhile runs first.
+    /// To the next moment at which something is due, once all sound is open; then all that was posted
+    /// meanwhile runs first.
     void step() {
+        std::erase_if(players_, [](const auto& one) { return one.expired(); });
+        for (const auto& one : players_)
+            if (const auto player = one.lock())
+                if (player->whenSoundIsOpen([self = shared_from_this()] { self->step(); })) return;
         while (!due_.empty() && !due_.begin()->second->isThere()) due_.erase(due_.begin());
         constexpr std::int64_t longestStep = 4800; // frames, which sources have room to read ahead
         std::int64_t next = std::min(target_, frame_ + longestStep);
         if (!due_.empty()) next = std::min(next, due_.begin()->first);
         std::vector<std::function<void()>> preparations;
-        std::erase_if(players_, [](const auto& one) { return one.expired(); });
         for (const auto& one : players_)
             if (const auto player = one.lock())
                 if (auto work = player->preparation(next)) preparations.push_back(std::move(work));

@@ -13,6 +13,7 @@
 #include <cmath>
 #include <csignal>
 #include <filesystem>
+#include <future>
 #include <random>
 
 namespace orvane::test {
@@ -29,6 +30,12 @@ constexpr double soundSeconds = 20;
 std::unique_ptr<platform::AudioFile> halfSecondTicks() {
     std::vector<float> samples(static_cast<std::size_t>(soundSeconds * 48000));
     for (std::size_t i = 0; i < samples.size(); i += 24000) samples[i] = 1;
+    return std::make_unique<MemoryAudio>(std::vector<std::vector<float>>{samples}, 48000);
+}
+
+/// As long, of one height.
+std::unique_ptr<platform::AudioFile> tone() {
+    const std::vector<float> samples(static_cast<std::size_t>(soundSeconds * 48000), 0.5F);
     return std::make_unique<MemoryAudio>(std::vector<std::vector<float>>{samples}, 48000);
 }
 
@@ -272,6 +279,23 @@ TEST_F(PlayerTransport, startsPlayersOnOneFrameOfTheOutput) {
     EXPECT_EQ(NumberedClip::numberIn(*other->picture()), 100);
 }
 
+TEST_F(PlayerTransport, hearsAnotherSoundFromItsChangeOn) {
+    load(path_);
+    player_->setRate(1);
+    advance(0.2);
+    std::promise<void> gate;
+    player_->setSound([opens = gate.get_future().share()] {
+        opens.wait();
+        return tone();
+    });
+    bool isDone = false;
+    system_->advance(0.5, [&] { isDone = true; });
+    EXPECT_FALSE(main_.waitUntil([&] { return isDone; }, std::chrono::milliseconds(20)));
+    gate.set_value();
+    ASSERT_TRUE(main_.waitUntil([&] { return isDone; }));
+    EXPECT_NEAR(static_cast<double>(std::ranges::count(heard_, 0.5F)), 24'000, 300);
+}
+
 TEST_F(PlayerTransport, dropsStaleSeeksAndLoads) {
     load(path_);
     std::vector<std::pair<int, bool>> done;
@@ -429,6 +453,25 @@ TEST_F(PlayerTransport, followsTheClockWhileTheDeviceGoesAndComes) {
     run(2);
     EXPECT_EQ(ends, 1);
     EXPECT_TRUE(main_.waitUntil([&] { return shown() == pictureCount - 1; }));
+    // A recording that was replaced is silent before the next one is open.
+    last = 0;
+    load("", 0, false, {.openSound = tone});
+    const auto runUntil = [&](bool isHeard) {
+        while (player_->rate() != 0 && (machine.left.back() != 0) != isHeard) {
+            run(0.01);
+            std::this_thread::yield();
+        }
+        return player_->rate() != 0;
+    };
+    player_->setRate(1);
+    EXPECT_TRUE(runUntil(true));
+    std::promise<void> gate;
+    player_->setSound([opens = gate.get_future().share()] {
+        opens.wait();
+        return tone();
+    });
+    EXPECT_TRUE(runUntil(false));
+    gate.set_value();
     player_.reset(); // ahead of the machine
 }
 

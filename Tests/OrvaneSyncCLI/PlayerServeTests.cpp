@@ -90,6 +90,12 @@ TEST_F(PlayerServeTest, anEditorFindsTheClapAndCorrectsIt) {
         call(c.method, c.params);
         EXPECT_EQ(number("shownFrame"), c.frame) << c.method << c.params;
     }
+    const auto zoom = [&](std::size_t clip) {
+        return call("timeline", R"({"groupID":")" + ids_[clip] + "\"}").find("zoomScale")->number();
+    };
+    key("plus");
+    EXPECT_EQ(zoom(1), 1);
+    EXPECT_EQ(zoom(0), 1.25);
     key("arrowDown");
     EXPECT_NEAR(number("seconds"), 4, 0.01);
     key("arrowRight", R"(,"modifiers":["shift"])");

@@ -4,8 +4,8 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
+#include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
-#include "OrvaneSyncCore/Services/Timeline/TimelineRuler.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
 
 #include <algorithm>
@@ -34,27 +34,28 @@ double TimelineController::timelineFrameRate(const SyncGroup& group) const {
 
 void TimelineController::show(const UUID& groupID) {
     work_.notices.assertOnMainThread();
-    const SyncGroup* group = work_.syncGroups().find(groupID);
-    if (group == nullptr) throw GroupNotFound();
+    zoom_ = zoomOf(groupID);
     if (shown_ != groupID) {
         shown_ = groupID;
-        zoom_ = {.viewportWidth = zoom_.viewportWidth};
         scrolling_ = {};
         drag_ = {};
         waveform_->reset();
         waveformSound_.reset();
         wantsWaveform_ = false;
     }
-    const ClipSound sound(*group);
-    if (wantsWaveform_ && waveformSound_ != sound.take) loadWaveform();
-    zoom_.clipDuration = group->video.durationSeconds.value_or(0);
-    zoom_.sizePaddingForAudio(sound.offsetSeconds, sound.durationSeconds);
-    zoom_.scrollOffset = std::min(zoom_.scrollOffset, zoom_.largestScrollOffset());
+    if (wantsWaveform_ && waveformSound_ != ClipSound(*work_.syncGroups().find(groupID)).take) loadWaveform();
 }
 
-double TimelineController::rulerInterval() const {
-    const double seconds = zoom_.contentSeconds();
-    return TimelineRuler::rulerInterval(seconds, seconds * zoom_.pixelsPerSecond());
+TimelineZoomState TimelineController::zoomOf(const UUID& groupID) const {
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    if (group == nullptr) throw GroupNotFound();
+    TimelineZoomState zoom = zoom_;
+    if (shown_ != groupID) zoom = {.viewportWidth = zoom_.viewportWidth};
+    const ClipSound sound(*group);
+    zoom.clipDuration = group->video.durationSeconds.value_or(0);
+    zoom.sizePaddingForAudio(sound.offsetSeconds, sound.durationSeconds);
+    zoom.scrollOffset = std::min(zoom.scrollOffset, zoom.largestScrollOffset());
+    return zoom;
 }
 
 platform::Task TimelineController::loadWaveform(bool retries) {
@@ -143,40 +144,48 @@ void TimelineController::nudgeByFrames(const UUID& groupID, int frames) {
 
 platform::Task TimelineController::dragAudio(const UUID& groupID, double points, DragModifiers modifiers) {
     if (work_.unlockedGroup(groupID) == nullptr) return platform::Task::ended();
-    show(groupID);
     return drag(work_.weak(this), groupID, points, modifiers);
 }
 
 platform::Task TimelineController::drag(std::weak_ptr<TimelineController> weak, UUID groupID, double points,
                                         DragModifiers modifiers) {
-    auto self = weak.lock();
+    std::vector<double> onsetMarkers;
     if (modifiers.shift && !modifiers.command) {
-        auto loading = self->loadWaveform();
-        self.reset();
-        co_await loading;
-        self = weak.lock();
+        const auto waveform = std::make_shared<WaveformResult>();
+        const auto reducing = weak.lock()->reduceWaveform(groupID, WaveformReduction::reviewBins, waveform);
+        try {
+            co_await reducing;
+        } catch (const ReadFailed&) {
+            // The sound moves by whole frames.
+        }
+        onsetMarkers = onsetMarkersOf(*waveform);
     }
-    if (!self || self->shown_ != groupID) co_return;
-    self->handleDragEnded();
-    self->handleContainerDrag(points, modifiers);
-    self->handleDragEnded();
+    const auto self = weak.lock();
+    const SyncGroup* group = self ? self->work_.unlockedGroup(groupID) : nullptr;
+    AudioDrag whole;
+    if (group != nullptr) self->move(whole, *group, points, modifiers, onsetMarkers);
 }
 
 void TimelineController::handleContainerDrag(double translation, DragModifiers modifiers) {
     const SyncGroup* group = shown_ ? work_.unlockedGroup(*shown_) : nullptr;
-    if (group == nullptr) return;
-    AudioDrag::Timeline timeline{.pixelsPerSecond = zoom_.pixelsPerSecond(),
-                                 .frameRate = timelineFrameRate(*group)};
-    if (group->audioAnchorOffsetInAudioSeconds)
+    if (group != nullptr) move(drag_, *group, translation, modifiers, waveform_->waveform().onsetMarkers);
+}
+
+void TimelineController::move(AudioDrag& drag, const SyncGroup& group, double translation,
+                              DragModifiers modifiers, const std::vector<double>& onsetMarkers) {
+    AudioDrag::Timeline timeline{.pixelsPerSecond = zoomOf(group.id).pixelsPerSecond(),
+                                 .frameRate = timelineFrameRate(group)};
+    if (group.audioAnchorOffsetInAudioSeconds)
         timeline.anchorSeconds =
-            ClipSound(*group).primaryStartSeconds + *group->audioAnchorOffsetInAudioSeconds;
-    timeline.onsetMarkers = waveform_->waveform().onsetMarkers;
-    const auto change = drag_.move(translation, modifiers, timeline);
+            ClipSound(group).primaryStartSeconds + *group.audioAnchorOffsetInAudioSeconds;
+    timeline.onsetMarkers = onsetMarkers;
+    const auto change = drag.move(translation, modifiers, timeline);
     if (!change) return;
+    const UUID id = group.id; // the change replaces the clip
     try {
-        adjustOffset(*shown_, *change);
+        adjustOffset(id, *change);
     } catch (const OutOfRange&) {
-        drag_.refuse(*change);
+        drag.refuse(*change);
         throw;
     }
 }

@@ -15,6 +15,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace orvane {
 
@@ -31,9 +32,10 @@ class TimelineController {
     const std::optional<UUID>& shownGroupID() const { return shown_; }
     const TimelineZoomState& zoom() const { return zoom_; }
     TimelineZoomState& zoom() { return zoom_; }
+    /// Of any clip, as it would come into view: another than the one in view shows all of itself. Throws
+    /// GroupNotFound.
+    TimelineZoomState zoomOf(const UUID& groupID) const;
     FrameAccumulator& scrolling() { return scrolling_; }
-    /// Seconds from tick to tick, over the whole content.
-    double rulerInterval() const;
 
     /// Of the take of the clip in view, in take time.
     const std::shared_ptr<WaveformState>& waveform() const { return waveform_; }
@@ -58,7 +60,7 @@ class TimelineController {
     void handleDragEnded() { drag_ = {}; }
     /// Seconds that the drag under way has moved the sound by; absent without one.
     std::optional<double> liveDragSeconds() const { return drag_.liveDragSeconds(); }
-    /// A whole drag of a clip, which comes into view. Ends when the new offset is in force.
+    /// A whole drag of any clip, which need not be in view. Ends when the new offset is in force.
     platform::Task dragAudio(const UUID& groupID, double points, DragModifiers modifiers);
 
     std::optional<SiblingSuggestion> siblingSuggestion(const UUID& groupID) const;
@@ -78,6 +80,8 @@ class TimelineController {
     static platform::Task drag(std::weak_ptr<TimelineController> weak, UUID groupID, double points,
                                DragModifiers modifiers);
     const SyncGroup* mayGetAnchor(const UUID& groupID) const;
+    void move(AudioDrag& drag, const SyncGroup& group, double translation, DragModifiers modifiers,
+              const std::vector<double>& onsetMarkers);
     void adjustOffset(const UUID& groupID, double deltaSeconds);
 
     OpenWork& work_;

@@ -22,9 +22,12 @@ constexpr double mostPoints = 1e9;
 
 JSON timelineJSON(CommandContext& context, const Call& call) {
     TimelineController& timeline = context.controller->timeline();
-    timeline.show(call.id("groupID"));
-    if (const auto width = call.numberIfPresent("viewportWidth")) timeline.zoom().updateViewportWidth(*width);
-    const TimelineZoomState& zoom = timeline.zoom();
+    const UUID groupID = call.id("groupID");
+    const auto& inReview = context.review().groupID();
+    if (!inReview || inReview == groupID) timeline.show(groupID);
+    TimelineZoomState zoom = timeline.zoomOf(groupID);
+    if (const auto width = call.numberIfPresent("viewportWidth"))
+        for (TimelineZoomState* one : {&zoom, &timeline.zoom()}) one->updateViewportWidth(*width);
     JSON json;
     json.set("zoomScale", zoom.zoomScale);
     json.set("scrollOffset", zoom.scrollOffset);
@@ -34,7 +37,7 @@ JSON timelineJSON(CommandContext& context, const Call& call) {
     json.set("postRollSeconds", zoom.postRollSeconds);
     json.set("fitPixelsPerSecond", zoom.fitPixelsPerSecond());
     json.set("pixelsPerSecond", zoom.pixelsPerSecond());
-    json.set("rulerInterval", timeline.rulerInterval());
+    json.set("rulerInterval", zoom.rulerInterval());
     return json;
 }
 
@@ -113,7 +116,8 @@ std::vector<Command> viewCommands() {
     return {
         Command(
             "timeline", "Show in the Timeline",
-            "Brings the clip into view and says how its seconds lie on the timeline.",
+            "Says how the seconds of the clip lie on the timeline, which shows it unless another is open in "
+            "the review.",
             {groupID,
              {.name = "viewportWidth", .kind = number, .isOptional = true, .lowest = 1, .highest = 100'000}},
             timelineJSON),

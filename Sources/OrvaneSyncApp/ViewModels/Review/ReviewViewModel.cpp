@@ -103,7 +103,7 @@ void ReviewViewModel::follow() {
     ClipSound sound(*clip);
     engine_->setAudio(std::move(sound.take));
     engine_->setSyncOffsetSeconds(sound.offsetSeconds);
-    if (timeline_.shownGroupID() == groupID_) timeline_.show(*groupID_);
+    timeline_.show(*groupID_);
 }
 
 // Keys
@@ -139,7 +139,6 @@ void ReviewViewModel::handleKeyAction(KeyAction action) {
     case KeyAction::zoomOut:
         return applyZoom(TimelineZoomState::zoomOutFactor);
     case KeyAction::zoomFit:
-        takeTimelineBack();
         timeline_.zoom().zoomFit();
         return changed_.tell();
     case KeyAction::clapCheck:
@@ -209,14 +208,9 @@ void ReviewViewModel::lockCluster() {
     });
 }
 
-platform::Task ReviewViewModel::takeTimelineBack() {
-    if (group() == nullptr) return platform::Task::ended();
-    if (timeline_.shownGroupID() != groupID_) timeline_.show(*groupID_);
-    return timeline_.loadWaveform();
-}
-
 void ReviewViewModel::jumpToEdit(bool previous) {
-    jump_ = takeTimelineBack();
+    if (group() == nullptr) return;
+    jump_ = timeline_.loadWaveform();
     jump_.whenDone([weak = weak_from_this(), previous, key = keys_](const std::exception_ptr&) {
         const auto self = weak.lock();
         if (self && self->keys_ == key) self->jumpToOnset(previous); // else something else is wanted by now
@@ -225,7 +219,7 @@ void ReviewViewModel::jumpToEdit(bool previous) {
 
 void ReviewViewModel::jumpToOnset(bool previous) {
     const SyncGroup* clip = group();
-    if (clip == nullptr || timeline_.shownGroupID() != groupID_) return;
+    if (clip == nullptr) return;
     const std::vector<double>& onsets = timeline_.waveform()->waveform().onsetMarkers;
     const double offset = ClipSound(*clip).offsetSeconds, at = engine_->playhead().seconds() - offset;
     const auto onset = previous ? OnsetDetector::nearestOnsetBefore(at, onsets, OnsetDetector::jumpGapSeconds)
@@ -251,7 +245,6 @@ bool ReviewViewModel::canCheckClap() const {
 }
 
 void ReviewViewModel::applyZoom(double scaleDelta) {
-    takeTimelineBack();
     TimelineZoomState& zoom = timeline_.zoom();
     if (groupID_) zoom.playheadSeconds = engine_->playhead().seconds();
     zoom.applyZoom(scaleDelta);

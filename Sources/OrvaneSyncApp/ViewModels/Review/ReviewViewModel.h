@@ -76,9 +76,6 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     const SyncGroup* group() const;
     void follow();
     void decide(KeyAction action);
-    /// The timeline may show another clip that a question or a drag was about. Ends when the waveform is
-    /// there.
-    platform::Task takeTimelineBack();
     void jumpToOnset(bool previous);
     void step(int frames);
     /// As one step to take back.

@@ -161,7 +161,7 @@ void TimelineCanvas::renderLayer(const QRectF& part) {
     const TimelineScene scene{.layout = *layout_,
                               .tiles = tiles_,
                               .pictures = pictures_,
-                              .rulerInterval = desktop_.controller().timeline().rulerInterval(),
+                              .rulerInterval = desktop_.controller().timeline().zoom().rulerInterval(),
                               .pixelRatio = ratio,
                               .soundHint = soundHint_,
                               .selectedRange = selectedIndex(),

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Timeline/TimelineZoomState.h"
 
 #include "OrvaneSyncCore/Services/Timeline/FrameAccumulator.h"
+#include "OrvaneSyncCore/Services/Timeline/TimelineRuler.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,6 +26,10 @@ double TimelineZoomState::fitPixelsPerSecond() const {
 
 double TimelineZoomState::largestScrollOffset() const {
     return std::max(contentSeconds() * pixelsPerSecond() - viewportWidth, 0.0);
+}
+
+double TimelineZoomState::rulerInterval() const {
+    return TimelineRuler::rulerInterval(contentSeconds(), contentSeconds() * pixelsPerSecond());
 }
 
 void TimelineZoomState::applyZoom(double scaleDelta) {

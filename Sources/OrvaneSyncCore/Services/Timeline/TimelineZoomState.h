@@ -26,6 +26,7 @@ struct TimelineZoomState {
     double fitPixelsPerSecond() const;
     double pixelsPerSecond() const { return fitPixelsPerSecond() * zoomScale; }
     double largestScrollOffset() const;
+    double rulerInterval() const; ///< seconds from tick to tick, over the whole content
     /// In points from the viewport's left edge.
     double viewportX(double seconds) const {
         return (seconds + preRollSeconds) * pixelsPerSecond() - scrollOffset;

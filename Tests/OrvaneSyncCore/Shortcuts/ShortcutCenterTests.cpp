@@ -127,6 +127,17 @@ TEST_F(Centers, doNotWriteOverEachOther) {
     EXPECT_EQ(failure(one->refreshed()), "");
     EXPECT_EQ(one->action("y", {}), ShortcutAction::zoomFit);
     EXPECT_EQ(onDisk(), one->bindings());
+    // What another one has broken is kept, and so are the keys in use.
+    folder.write(bindingsName, "[");
+    EXPECT_EQ(failure(one->refreshed()), "");
+    EXPECT_EQ(failure(one->setBinding({"z", {}}, ShortcutAction::zoomIn)), "");
+    EXPECT_EQ(folder.read(std::string(bindingsName) + ".unreadable"), "[");
+    EXPECT_NE(one->problem().value_or("").find(".unreadable"), std::string::npos);
+    EXPECT_EQ(onDisk(), one->bindings());
+    EXPECT_EQ(one->action("y", {}), ShortcutAction::zoomFit);
+    EXPECT_EQ(failure(other->saveProfile("Of the other")), "");
+    EXPECT_EQ(failure(one->refreshed()), "");
+    EXPECT_EQ(one->availableProfiles(), other->availableProfiles());
 }
 
 TEST_F(Centers, keepProfiles) {

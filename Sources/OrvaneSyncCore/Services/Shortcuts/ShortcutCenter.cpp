@@ -41,21 +41,7 @@ ShortcutCenter::Kept ShortcutCenter::read(const ShortcutFiles& files, bool withB
     Kept kept;
     kept.profiles = files.profiles();
     kept.state = files.state();
-    const std::string& path = files.bindingsFile();
-    if (!withBindings || !platform::files::exists(path)) return kept;
-    try {
-        kept.bindings = ShortcutFiles::read(path);
-        return kept;
-    } catch (const std::runtime_error& error) {
-        kept.problem =
-            "the key bindings could not be read and the defaults are used: " + std::string(error.what());
-    }
-    try {
-        const std::string beside = platform::files::keepBeside(path, platform::files::unreadableSuffix);
-        *kept.problem += "; the file was kept as '" + beside + "'";
-    } catch (const platform::FileError&) {
-        // It is in the way of the new one all the same.
-    }
+    if (withBindings) kept.file = files.readOrKeepBeside();
     return kept;
 }
 
@@ -70,11 +56,13 @@ platform::Task ShortcutCenter::start(Weak weak) {
     Kept kept = co_await reading;
     self = weak.lock();
     if (!self) co_return;
-    self->problem_ = std::move(kept.problem);
+    if (kept.file.problem)
+        self->problem_ =
+            "the key bindings could not be read and the defaults are used: " + *kept.file.problem;
     if (!isOfThisSchema) self->settings_->set(shortcutSettings::defaultsSchemaVersion.key, schemaVersion);
     self->readState_ = std::move(kept.state);
-    if (kept.bindings)
-        self->setBindings(std::move(*kept.bindings));
+    if (kept.file.bindings)
+        self->setBindings(std::move(*kept.file.bindings));
     else // What another program has written since it was read stays, unless it is of an older schema.
         save(weak, isOfThisSchema ? Edit([](ShortcutBindings&) {}) : replacingBy(self->bindings_),
              self->bindings_);
@@ -136,7 +124,7 @@ ShortcutCenter::Edit ShortcutCenter::replacingBy(ShortcutBindings bindings) {
 
 platform::Task ShortcutCenter::save(Weak weak, Edit edit, ShortcutBindings before) {
     struct Written {
-        ShortcutBindings bindings;
+        ShortcutFiles::Kept file;
         std::string state;
         std::exception_ptr failure;
     };
@@ -147,7 +135,7 @@ platform::Task ShortcutCenter::save(Weak weak, Edit edit, ShortcutBindings befor
                           [files = self->files_, edit = std::move(edit), before = std::move(before)] {
                               Written written;
                               try {
-                                  written.bindings = files.change(edit, before);
+                                  written.file = files.change(edit, before);
                                   written.state = files.state();
                               } catch (...) {
                                   written.failure = std::current_exception();
@@ -157,9 +145,12 @@ platform::Task ShortcutCenter::save(Weak weak, Edit edit, ShortcutBindings befor
     self.reset();
     Written written = co_await writing;
     self = weak.lock();
+    if (self && written.file.problem)
+        self->problem_ =
+            "the key bindings could not be read and those in use took their place: " + *written.file.problem;
     if (self && --self->unsaved_ == 0 && !written.failure) {
         self->readState_ = std::move(written.state);
-        self->setBindings(std::move(written.bindings));
+        self->setBindings(std::move(*written.file.bindings));
     }
     self.reset();
     if (written.failure) std::rethrow_exception(written.failure);
@@ -173,6 +164,7 @@ platform::Task ShortcutCenter::refreshed() {
 platform::Task ShortcutCenter::refreshed(Weak weak) {
     struct Found {
         std::string state;
+        std::vector<std::string> profiles;
         std::optional<ShortcutBindings> bindings;
     };
     co_await readyOf(weak);
@@ -180,18 +172,19 @@ platform::Task ShortcutCenter::refreshed(Weak weak) {
     if (!self) co_return;
     auto reading =
         platform::onQueue(*self->queue_, self->mainThread_, [files = self->files_, known = self->readState_] {
-            Found found{files.state(), std::nullopt};
+            Found found{files.state(), files.profiles(), std::nullopt};
             if (found.state == known || found.state.empty()) return found;
             try {
                 found.bindings = ShortcutFiles::read(files.bindingsFile());
             } catch (const std::runtime_error&) {
-                // The next start says so, and keeps it.
+                // The next change, or the next start, says so and keeps it.
             }
             return found;
         });
     self.reset();
     Found found = co_await reading;
     self = weak.lock();
+    if (self) self->setProfiles(std::move(found.profiles));
     // What was changed here meanwhile is not in it.
     if (!self || self->unsaved_ > 0 || !found.bindings) co_return;
     self->readState_ = std::move(found.state);

@@ -42,8 +42,8 @@ class ShortcutCenter : public std::enable_shared_from_this<ShortcutCenter> {
     /// are kept, or only those of an older schema, the defaults are saved. A file that can't be understood is
     /// kept beside the new one.
     const platform::Task& ready() const { return ready_; }
-    /// Done when the bindings are those that are kept by then: another program may have changed them. What
-    /// cannot be read changes nothing.
+    /// Done when bindings and profiles are those that are kept by then: another program may have changed
+    /// them. What cannot be read changes nothing.
     platform::Task refreshed();
 
     // The state. Each getter of this part is observable.
@@ -88,8 +88,7 @@ class ShortcutCenter : public std::enable_shared_from_this<ShortcutCenter> {
   private:
     /// What of the disk holds from the start on.
     struct Kept {
-        std::optional<ShortcutBindings> bindings;
-        std::optional<std::string> problem;
+        ShortcutFiles::Kept file;
         std::vector<std::string> profiles;
         std::string state;
     };

@@ -42,19 +42,33 @@ std::string ShortcutFiles::exported(const ShortcutBindings& bindings) {
     return toJSON(bindings).dump(JSON::Layout::pretty) + "\n";
 }
 
-ShortcutBindings ShortcutFiles::change(const std::function<void(ShortcutBindings&)>& edit,
-                                       const ShortcutBindings& otherwise) const {
+ShortcutFiles::Kept ShortcutFiles::readOrKeepBeside() const {
+    if (!files::exists(bindingsFile_)) return {};
+    Kept kept;
+    try {
+        kept.bindings = read(bindingsFile_);
+        return kept;
+    } catch (const std::runtime_error& error) {
+        kept.problem = error.what();
+    }
+    try {
+        const std::string beside = files::keepBeside(bindingsFile_, files::unreadableSuffix);
+        *kept.problem += "; the file was kept as '" + beside + "'";
+    } catch (const platform::FileError&) {
+        // It is in the way of the new one all the same.
+    }
+    return kept;
+}
+
+ShortcutFiles::Kept ShortcutFiles::change(const std::function<void(ShortcutBindings&)>& edit,
+                                          const ShortcutBindings& otherwise) const {
     files::createDirectories(files::folderOf(bindingsFile_));
     const auto lock = platform::FileLock::ofFile(bindingsFile_ + ".lock");
-    ShortcutBindings bindings = otherwise;
-    try {
-        bindings = read(bindingsFile_);
-    } catch (const std::runtime_error&) {
-        // Missing, or nothing that the program wrote.
-    }
-    edit(bindings);
-    files::writeAtomically(bindingsFile_, written(bindings));
-    return bindings;
+    Kept kept = readOrKeepBeside();
+    if (!kept.bindings) kept.bindings = otherwise;
+    edit(*kept.bindings);
+    files::writeAtomically(bindingsFile_, written(*kept.bindings));
+    return kept;
 }
 
 std::string ShortcutFiles::state() const {

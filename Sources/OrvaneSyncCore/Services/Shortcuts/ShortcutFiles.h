@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutBindings.h"
 
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -37,11 +38,17 @@ class ShortcutFiles {
     static std::string written(const ShortcutBindings& bindings);
     static std::string exported(const ShortcutBindings& bindings);
 
+    /// What the file of the bindings holds.
+    struct Kept {
+        std::optional<ShortcutBindings> bindings; ///< absent: there is no file, or none that can be read
+        std::optional<std::string> problem;       ///< why it cannot be read, and where it is kept, for people
+    };
+    /// Keeps a file that cannot be read beside the one that will take its place. Throws nothing.
+    Kept readOrKeepBeside() const;
     /// Makes one change to what is kept, which another program may have changed since it was read, and gives
-    /// what is kept then. `otherwise` stands in for what cannot be read. Under a lock that all programs take.
-    /// Throws FileError.
-    ShortcutBindings change(const std::function<void(ShortcutBindings&)>& edit,
-                            const ShortcutBindings& otherwise) const;
+    /// what is kept then. `otherwise` stands in for what cannot be read, which is kept beside it. Under a
+    /// lock that all programs take. Throws FileError.
+    Kept change(const std::function<void(ShortcutBindings&)>& edit, const ShortcutBindings& otherwise) const;
 
     /// Which state of the file this is: another one after each writing. Empty: there is no file.
     std::string state() const;

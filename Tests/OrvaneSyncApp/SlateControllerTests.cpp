@@ -61,6 +61,20 @@ TEST_F(SlateControllerTest, aSearchWritesNothingAndAnAcceptedSlateIsAStep) {
     EXPECT_TRUE(controller_->slates().proposal(first_));
 }
 
+TEST_F(SlateControllerTest, aFileThatIsGoneCostsNoResult) {
+    finish(controller_->slates().detectSlates());
+    const auto before = results();
+    const auto frames = std::exchange(video_->frames, 0);
+    finish(controller_->slates().detectSlates());
+    EXPECT_EQ(results(), before);
+    const std::string said = controller_->slates().problem(first_).value_or("");
+    EXPECT_NE(said.find("A.mov"), std::string::npos) << said;
+    video_->frames = frames;
+    controller_->recordings().removeAudioMatch(first_, group().audioMatches.front().id);
+    finish(controller_->slates().detectSlate(first_));
+    EXPECT_FALSE(controller_->slates().problem(first_));
+}
+
 TEST_F(SlateControllerTest, aResultOfOtherFilesIsDropped) {
     const platform::Task overtaken = controller_->slates().detectSlate(first_);
     controller_->recordings().removeAudioMatch(first_, group().audioMatches.front().id);

@@ -11,7 +11,7 @@ namespace orvane::test {
 
 /// A video of 24 pictures a second that says which text stands in which picture, and how often it was asked.
 struct SlateVideo {
-    std::int64_t frames = 0;
+    std::int64_t frames = 0; ///< 0: it cannot be opened
     std::map<std::int64_t, std::vector<std::string>> texts;
     int found = 0; ///< pictures in which text was looked for
     int read = 0;  ///< pictures that were read closely
@@ -53,9 +53,11 @@ class SlateVideoRecognizer : public platform::TextRecognizer {
 
 inline std::shared_ptr<SlateDetector> slateDetector(std::shared_ptr<SlateVideo> video) {
     return std::make_shared<SlateDetector>([video] {
-        return SlateDetector::Means{
-            [video](const std::string&) { return std::make_unique<SlateVideoFrames>(*video); },
-            std::make_shared<SlateVideoRecognizer>(video)};
+        return SlateDetector::Means{[video](const std::string&) {
+                                        return video->frames > 0 ? std::make_unique<SlateVideoFrames>(*video)
+                                                                 : nullptr;
+                                    },
+                                    std::make_shared<SlateVideoRecognizer>(video)};
     });
 }
 

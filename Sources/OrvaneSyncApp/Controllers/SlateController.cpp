@@ -56,6 +56,10 @@ platform::Task SlateController::search(std::weak_ptr<SlateController> weak, std:
 }
 
 platform::Task SlateController::searchEach(std::weak_ptr<SlateController> weak, std::vector<UUID> clips) {
+    struct Searched {
+        SlateResult result;
+        std::optional<FileURL> unread;
+    };
     const double total = static_cast<double>(clips.size());
     for (std::size_t i = 0; i < clips.size(); ++i) {
         auto self = weak.lock();
@@ -77,10 +81,13 @@ platform::Task SlateController::searchEach(std::weak_ptr<SlateController> weak, 
                                       progress.fraction += share / total;
                                       if (const auto own = shown.lock()) own->post(std::move(progress));
                                   };
-                                  return detector->detect(video, audio, report, stop);
+                                  Searched searched;
+                                  searched.result =
+                                      detector->detect(video, audio, report, stop, &searched.unread);
+                                  return searched;
                               });
         self.reset();
-        SlateResult result = co_await searching;
+        Searched searched = co_await searching;
         self = weak.lock();
         if (!self) co_return;
         // Of a clip that meanwhile has other files, it says nothing.
@@ -88,7 +95,14 @@ platform::Task SlateController::searchEach(std::weak_ptr<SlateController> weak, 
         if (group == nullptr || group->video.url != video) continue;
         const auto present = ClapDetector::Search::of(*group);
         if (present.has_value() != audio.has_value() || (audio && !audio->isOfSameSound(*present))) continue;
-        self->caches_.state.slateResults.insert_or_assign(clips[i], std::move(result));
+        auto& state = self->caches_.state;
+        if (searched.unread) {
+            state.slatesUnread.insert_or_assign(clips[i], *std::move(searched.unread));
+            state.slateResults.try_emplace(clips[i], std::move(searched.result));
+        } else {
+            state.slatesUnread.erase(clips[i]);
+            state.slateResults.insert_or_assign(clips[i], std::move(searched.result));
+        }
         self->work_.notify(ImportField::slates);
     }
 }
@@ -96,6 +110,13 @@ platform::Task SlateController::searchEach(std::weak_ptr<SlateController> weak, 
 const SlateResult* SlateController::result(const UUID& groupID) const {
     const auto found = caches_.state.slateResults.find(groupID);
     return found == caches_.state.slateResults.end() ? nullptr : &found->second;
+}
+
+std::optional<std::string> SlateController::problem(const UUID& groupID) const {
+    const auto found = caches_.state.slatesUnread.find(groupID);
+    if (found == caches_.state.slatesUnread.end()) return std::nullopt;
+    return "'" + found->second.path +
+           "' could not be read, and what was found before stays; connect its disk and search again";
 }
 
 std::optional<SlateProposal> SlateController::proposal(const UUID& groupID) const {

@@ -9,6 +9,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -22,7 +23,8 @@ class SlateController {
     SlateController(OpenWork& work, SmartAudioCaches& caches, std::shared_ptr<SlateDetector> detector);
     ~SlateController();
 
-    /// Searches one clip, its first recording included, also where that was done before.
+    /// Searches one clip, its first recording included, also where that was done before. Where a file cannot
+    /// be read, what was found before stays.
     platform::Task detectSlate(const UUID& groupID);
     /// Searches all clips, one after the other; each result stands as soon as it is found, and stays where
     /// the rest is stopped.
@@ -31,6 +33,8 @@ class SlateController {
     const SmartAudioProgress& progress() const { return progress_; }
 
     const SlateResult* result(const UUID& groupID) const;
+    /// What was wrong with the latest search of the clip, for people; absent where nothing was.
+    std::optional<std::string> problem(const UUID& groupID) const;
     /// What the clip could take over from its slate, as the naming settings now are.
     std::optional<SlateProposal> proposal(const UUID& groupID) const;
     /// Those of all clips, in their order.

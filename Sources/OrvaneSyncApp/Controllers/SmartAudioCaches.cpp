@@ -42,6 +42,7 @@ void SmartAudioCaches::invalidateCachesAfterUndo() {
 void SmartAudioCaches::removeAll() {
     state.viProcessedURLs.clear();
     state.slateResults.clear();
+    state.slatesUnread.clear();
     lastVIInput.clear();
     invalidateCachesAfterUndo();
 }

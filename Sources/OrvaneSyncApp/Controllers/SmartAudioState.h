@@ -34,6 +34,8 @@ struct SmartAudioState {
     std::unordered_map<UUID, FileURL> soloMonitorURLs; ///< that track, rendered
     /// The latest search for a clapper board in each clip.
     std::unordered_map<UUID, SlateResult> slateResults;
+    /// Of clips of which that search could not read a file, the file. A result from before it stays.
+    std::unordered_map<UUID, FileURL> slatesUnread;
     bool isAnalyzing = false;
     SmartAudioProgress progress;
     SmartAudioProgress rendering; ///< of the sound file that is being rendered

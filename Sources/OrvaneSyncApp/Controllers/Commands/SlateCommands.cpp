@@ -25,6 +25,7 @@ JSON resultJSON(const CommandContext& context, const UUID& groupID) {
     if (result == nullptr) return {};
     JSON json = orvane::toJSON(*result);
     if (const auto offered = slates.proposal(groupID)) json.set("proposal", toJSON(*offered));
+    json.setIfPresent("problem", slates.problem(groupID));
     return json;
 }
 
@@ -34,7 +35,7 @@ platform::Task addProblem(const CommandContext& context, std::shared_ptr<JSON> a
     auto asking = platform::onQueue(*work.documents, work.environment.mainThread,
                                     [] { return platform::textRecognitionState(); });
     const platform::TextRecognitionState state = co_await asking;
-    if (!state.isAvailable) answer->set("problem", state.description);
+    if (!state.isAvailable && answer->find("problem") == nullptr) answer->set("problem", state.description);
 }
 
 platform::Task detectSlate(CommandContext& context, Call call, std::shared_ptr<JSON> answer) {

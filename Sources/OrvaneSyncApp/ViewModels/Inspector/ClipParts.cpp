@@ -167,6 +167,7 @@ NotesPart NotesPart::of(const ImportController& controller, const SyncGroup& gro
         part.slate = "The clip was not searched for its slate.";
         return part;
     }
+    part.slateProblem = controller.slates().problem(group.id).value_or("");
     std::vector<std::string> found;
     if (slate->ocrScene) found.push_back("scene " + *slate->ocrScene);
     if (slate->ocrTake) found.push_back("take " + *slate->ocrTake);

@@ -62,8 +62,9 @@ struct MetadataPart {
 /// What people wrote about the take, and what its slate says.
 struct NotesPart {
     std::vector<std::pair<std::string, std::string>> notes; ///< who, and what
-    std::string slate;    ///< what was found on it; what to do before a search
-    std::string proposal; ///< what could be taken over; empty: nothing
+    std::string slate;        ///< what was found on it; what to do before a search
+    std::string slateProblem; ///< why the latest search may have missed something; empty: it has not
+    std::string proposal;     ///< what could be taken over; empty: nothing
     bool isSearched = false;
 
     static NotesPart of(const ImportController& controller, const SyncGroup& group);

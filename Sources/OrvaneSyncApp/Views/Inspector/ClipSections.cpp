@@ -156,7 +156,9 @@ void NotesSection::show(const SyncGroup& clip) {
         rows_->addWidget(facts(translatedSentence(who)));
         rows_->addWidget(label(breakable(note)));
     }
-    slate_->setText(translatedSentence(part.slate));
+    QString slate = translatedSentence(part.slate);
+    if (!part.slateProblem.empty()) slate += QLatin1Char('\n') + translatedSentence(part.slateProblem);
+    slate_->setText(slate);
     proposal_->setText(translatedSentence(part.proposal));
     proposal_->setVisible(!part.proposal.empty());
     setSummary(part.notes.empty() ? QString() : QString::number(part.notes.size()));

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Slate/SlateText.h"
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 #include "OrvaneSyncCore/Services/Waveform/ClapDetector.h"
+#include "Platform/Files.h"
 #include "Platform/Stop.h"
 
 #include <algorithm>
@@ -91,14 +92,22 @@ std::optional<double> headClap(const ClapDetector::Search& audio, const std::sto
     }
 }
 
-void lookForSlate(SlateResult& result, const SlateDetector::Means& means, const FileURL& video,
+/// A file of the recording that is not there.
+std::optional<FileURL> missingFile(const ClapDetector::Search& audio) {
+    for (const TakeSound::File& file : audio.sound.files)
+        if (!platform::files::exists(file.url.path)) return file.url;
+    return std::nullopt;
+}
+
+/// False where the video could not be read.
+bool lookForSlate(SlateResult& result, const SlateDetector::Means& means, const FileURL& video,
                   const std::function<void(double)>& progress, const std::stop_token& stop) {
-    if (!means.recognizer || !means.openFrames) return;
+    if (!means.recognizer || !means.openFrames) return true;
     const auto frames = means.openFrames(video.path);
-    if (!frames) return;
+    if (!frames) return platform::files::exists(video.path); // it may have no picture
     const FrameSearch search{*frames, *means.recognizer, progress, stop};
     const auto found = search.detectSlateFrame();
-    if (!found) return;
+    if (!found) return true;
     const double time = found->picture.time.seconds();
     if (!result.clapPointSeconds) {
         result.clapPointSeconds = time;
@@ -109,6 +118,7 @@ void lookForSlate(SlateResult& result, const SlateDetector::Means& means, const 
     result.ocrScene = std::move(text.scene);
     result.ocrTake = std::move(text.take);
     result.ocrRoll = std::move(text.roll);
+    return true;
 }
 
 } // namespace
@@ -119,17 +129,21 @@ const SlateDetector::Means& SlateDetector::means() {
 }
 
 SlateResult SlateDetector::detect(const FileURL& video, const std::optional<ClapDetector::Search>& audio,
-                                  const std::function<void(double)>& progress, const std::stop_token& stop) {
+                                  const std::function<void(double)>& progress, const std::stop_token& stop,
+                                  std::optional<FileURL>* unread) {
     const std::lock_guard oneAtATime(mutex_);
     SlateResult result;
     if (audio) result.clapPointSeconds = headClap(*audio, stop);
     if (result.clapPointSeconds) result.clapMethod = ClapMethod::audioTransient;
     platform::throwIfStopped(stop);
+    std::optional<FileURL> missing =
+        audio && !result.clapPointSeconds ? missingFile(*audio) : std::optional<FileURL>();
     try {
-        lookForSlate(result, means(), video, progress, stop);
+        if (!lookForSlate(result, means(), video, progress, stop)) missing = video;
     } catch (const std::exception&) {
-        // What was found before it stays.
+        missing = video; // what was found before it stays
     }
+    if (unread != nullptr) *unread = std::move(missing);
     return result;
 }
 

@@ -32,9 +32,12 @@ class SlateDetector {
 
     /// Listens to the head of the audio, half a minute, and looks at four pictures a second of the first 10
     /// seconds of the video; where these show no slate, of the last 10. A clap that is heard goes before one
-    /// that is seen. `progress` gets the share that is done, 0 to 1, on this thread. Throws Stopped.
+    /// that is seen. `progress` gets the share that is done, 0 to 1, on this thread. `unread`: where it is
+    /// given, a file that could not be read, so that what it holds may be missing in the result. Throws
+    /// Stopped.
     SlateResult detect(const FileURL& video, const std::optional<ClapDetector::Search>& audio,
-                       const std::function<void(double)>& progress = {}, const std::stop_token& stop = {});
+                       const std::function<void(double)>& progress = {}, const std::stop_token& stop = {},
+                       std::optional<FileURL>* unread = nullptr);
 
     /// A picture is a slate from above this score on (SlateText::score).
     static constexpr float scoreOfNoSlate = 0.3F;

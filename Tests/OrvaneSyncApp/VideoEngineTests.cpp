@@ -181,6 +181,16 @@ TEST_F(VideoEngineTest, aFrameIsHeardBesideThePlayerOrThroughIt) {
     engine_->seek(7.0); // nothing brings the playhead back
     run(0.5);
     EXPECT_EQ(at(), 7);
+    // Where nothing would be heard, nothing runs.
+    for (const bool hasSound : {true, false}) {
+        system_->usual.hasSound = hasSound;
+        load(0, 4, 25, std::nullopt);
+        engine_->setVolume(hasSound ? 0 : 1);
+        engine_->stepFrames(1, true);
+        mainThread_->runPosted();
+        run(0.1);
+        EXPECT_EQ(player().currentTime(), (MediaTime{101, 25})) << hasSound;
+    }
 }
 
 TEST_F(VideoEngineTest, anotherOffsetIsHeardAtOnceAndMovesNothing) {

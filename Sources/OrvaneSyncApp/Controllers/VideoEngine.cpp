@@ -217,8 +217,9 @@ void VideoEngine::start(const std::optional<HostStart>& at) {
     setPlaying(true);
     if (!at) return player_->setRate(1);
     forgetSeek();
-    setPlayhead(at->time);
-    player_->setRate(1, at->time, at->hostTime);
+    const MediaTime time = within(at->time);
+    setPlayhead(time);
+    player_->setRate(1, time, at->hostTime);
 }
 
 void VideoEngine::pause(bool silenceAudio) {
@@ -227,7 +228,11 @@ void VideoEngine::pause(bool silenceAudio) {
     endBlip();
     isSlowMotionScrubbing_ = false;
     player_->setRate(0);
-    if (transport_.isPlaying && !seekingTo_) setPlayhead(player_->currentTime());
+    if (transport_.isPlaying && !seekingTo_) {
+        // The picture of the moment may still be on its way.
+        setPlayhead(player_->currentTime());
+        seekPlayer(playhead_.time);
+    }
     setPlaying(false);
     setRung(stopIndex);
     if (silenceAudio) apply(AudioRenderPlan::silent);
@@ -239,10 +244,14 @@ void VideoEngine::seek(MediaTime time) {
     assertOnMainThread();
     if (!transport_.isLoaded) return;
     endBlip();
-    time = std::max(time, MediaTime());
-    if (transport_.duration > MediaTime()) time = std::min(time, transport_.duration);
+    time = within(time);
     setPlayhead(time);
     seekPlayer(time);
+}
+
+MediaTime VideoEngine::within(MediaTime time) const {
+    if (transport_.duration > MediaTime()) time = std::min(time, transport_.duration);
+    return std::max(time, MediaTime());
 }
 
 void VideoEngine::noteUserMoved() {
@@ -299,18 +308,18 @@ MediaTime VideoEngine::position() const {
     return blipReturnsTo_ ? *blipReturnsTo_ : player_->currentTime();
 }
 
-void VideoEngine::press(Direction direction) {
+std::size_t VideoEngine::rungAfter(std::size_t rung, bool isForward) {
+    if (isForward) return rung < stopIndex ? stopIndex + 1 : std::min(rung + 1, jklSpeeds.size() - 1);
+    return rung > stopIndex ? stopIndex - 1 : rung - std::min<std::size_t>(rung, 1);
+}
+
+void VideoEngine::shuttle(std::size_t rung) {
     assertOnMainThread();
     if (!transport_.isLoaded) return;
     noteUserMoved();
-    std::size_t index = jklSpeedIndex_;
-    if (direction == Direction::forward)
-        index = index < stopIndex ? stopIndex + 1 : std::min(index + 1, jklSpeeds.size() - 1);
-    else
-        index = index > stopIndex ? stopIndex - 1 : index - std::min<std::size_t>(index, 1);
     isSlowMotionScrubbing_ = false;
-    const float speed = jklSpeeds[index];
-    setRung(index);
+    const float speed = jklSpeeds[rung];
+    setRung(rung);
     run(speed, ShuttleAudioEngine::planForShuttleRate(speed));
 }
 
@@ -377,12 +386,9 @@ void VideoEngine::stepFrames(std::int64_t count, bool playBlip) {
     using Limits = std::numeric_limits<std::int32_t>;
     noteUserMoved();
     const MediaTime base = position();
-    const bool isHeardThroughPlayer = playBlip && !(blips_ && blips_->hasOpenFile());
-    pause(!isHeardThroughPlayer);
-    MediaTime target =
-        base + playhead_.frameLength() * std::clamp<std::int64_t>(count, Limits::min(), Limits::max());
-    if (transport_.duration > MediaTime()) target = std::min(target, transport_.duration);
-    target = std::max(target, MediaTime());
+    pause(!playBlip || (blips_ && blips_->hasOpenFile()) || !isAudible());
+    const MediaTime target = within(base + playhead_.frameLength() *
+                                               std::clamp<std::int64_t>(count, Limits::min(), Limits::max()));
     setPlayhead(target);
     seekPlayer(target, [this, target, playBlip] {
         if (playBlip && !transport_.isPlaying) playFrameBlip(target);
@@ -390,11 +396,16 @@ void VideoEngine::stepFrames(std::int64_t count, bool playBlip) {
 }
 
 void VideoEngine::playFrameBlip(MediaTime at) {
-    if (!blips_ || !blips_->hasOpenFile()) return playBlipOnPlayer();
+    if (!blips_ || !blips_->hasOpenFile()) {
+        if (isAudible()) playBlipOnPlayer(); // which shows the next pictures meanwhile
+        return;
+    }
     blips_->playBlip(ScrubBlipAudio::sourceSeconds(at.seconds(), syncOffsetSeconds_),
                      ScrubBlipAudio::blipSeconds(playhead_.frameRate, ScrubBlipAudio::longestSeconds),
                      volume_);
 }
+
+bool VideoEngine::isAudible() const { return player_->facts().hasSound && volume_ > 0; }
 
 void VideoEngine::playBlipOnPlayer() {
     endBlip();

@@ -90,7 +90,7 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     void setStartTimecode(double seconds, std::optional<TimecodeFrameRate> rate);
 
     void play();
-    /// The same from `time` on, at a moment of the players' clock.
+    /// The same from `time` on, brought within the clip, at a moment of the players' clock.
     void play(platform::MediaTime time, std::chrono::nanoseconds hostTime);
     void pause(bool silenceAudio);
     void playPause();
@@ -99,10 +99,15 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     void seek(double toSeconds) { seek(platform::MediaTime::fromSeconds(toSeconds)); }
     /// By hand: whatever plays stops and is not heard.
     void moveTo(double seconds);
-    /// With `playBlip` the frame that is reached is heard.
+    /// With `playBlip` the frame that is reached is heard, where there is sound.
     void stepFrames(std::int64_t count, bool playBlip);
-    void pressJ() { press(Direction::reverse); }
-    void pressL() { press(Direction::forward); }
+    void pressJ() { shuttle(rungAfter(jklSpeedIndex_, false)); }
+    void pressL() { shuttle(rungAfter(jklSpeedIndex_, true)); }
+    /// At a speed of the ladder.
+    void shuttle(std::size_t rung);
+    std::size_t jklSpeedIndex() const { return jklSpeedIndex_; }
+    /// The rung that a press leads to: one on, and from the other direction to normal speed.
+    static std::size_t rungAfter(std::size_t rung, bool isForward);
     void slowMotionScrub(bool forward);
     /// Plays so many frames either side again and again.
     void setLoopRegion(double aroundSeconds, int frames);
@@ -135,7 +140,6 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     static constexpr std::chrono::milliseconds legacyBlipHold{220};
 
   private:
-    enum class Direction : bool { reverse, forward };
     struct HostStart {
         platform::MediaTime time;
         std::chrono::nanoseconds hostTime;
@@ -149,7 +153,7 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     void timeReported(platform::MediaTime time);
     void endReported();
     void start(const std::optional<HostStart>& at);
-    void press(Direction direction);
+    platform::MediaTime within(platform::MediaTime time) const; ///< the clip
     void run(double rate, const AudioRenderPlan& plan);
     void wrapIfAtEnd(bool isForward);
     void apply(const AudioRenderPlan& plan);
@@ -157,6 +161,7 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     void seekPlayer(platform::MediaTime time, std::function<void()> shown = nullptr);
     void forgetSeek();
     void playFrameBlip(platform::MediaTime at);
+    bool isAudible() const; ///< there is a sound, and the user has not muted it
     void playBlipOnPlayer();
     void endBlip();
     std::optional<TakeSound> audioSource() const;

@@ -338,8 +338,34 @@ TEST_F(ReviewModelTest, theCamerasOfATakePlayAsOne) {
     cluster->handleKeyAction(KeyAction::stepForward5);
     mainThread_->runPosted();
     EXPECT_DOUBLE_EQ(cameraAt(id_), 2.54);
+    EXPECT_EQ(cluster->scrollFrames(2, false), 2);
+    mainThread_->runPosted();
+    EXPECT_DOUBLE_EQ(cameraAt(id_), 2.62);
+    // One whose time is over stands at its end, and a press gives all one speed.
+    bag.engineFor(id_)->moveTo(1);
+    bag.setAudioSource(other_);
+    bag.engineFor(other_)->moveTo(17);
+    mainThread_->runPosted();
+    bag.playAll();
+    EXPECT_EQ(bag.engines().at(id_)->playhead().seconds(), 20);
+    run(0.5);
+    EXPECT_FALSE(bag.engines().at(id_)->transport().isPlaying);
+    bag.pressL();
+    EXPECT_EQ(bag.engines().at(id_)->rate(), 2);
+    EXPECT_EQ(bag.engines().at(other_)->rate(), 2);
+    bag.pauseAll();
+    bag.setAudioSource(id_);
+    bag.seekAll(1);
+    mainThread_->runPosted();
     controller_->clips().adjustAudioOffset(other_, 0.5);
     EXPECT_DOUBLE_EQ(bag.memberSyncOffsets().at(other_), -1.5);
+    const WaveformState& waveform = *bag.engineFor(id_)->waveform();
+    ASSERT_TRUE(mainThread_->waitUntil([&] { return waveform.waveform().clipDuration > 0; }));
+    controller_->withUndo(undoSteps::removeAudioMatch, [&] {
+        controller_->recordings().removeAudioMatch(id_, group().audioMatches.front().id);
+    });
+    EXPECT_EQ(waveform.waveform().clipDuration, 0);
+    controller_->undo();
     controller_->clips().setAudioAnchor(id_, 3);
     finish(cluster->load({other_, id_}));
     EXPECT_DOUBLE_EQ(cameraAt(id_), 4.5);

@@ -130,6 +130,10 @@ TEST_F(PlayerServeTest, anEditorFindsTheClapAndCorrectsIt) {
     EXPECT_EQ(number("droppedFrames"), 0);
     EXPECT_EQ(call("playerFrame", R"({"output":")" + folder_.path("p.png") + "\"}").find("seconds")->number(),
               9.96);
+    call("playerSlowMotion", R"({"forward":true})"); // from the end on it begins at the start
+    EXPECT_EQ(number("shownFrame"), 0);
+    call("playerLoop", R"({"aroundSeconds":6,"frames":5})");
+    EXPECT_EQ(number("shownFrame"), 145);
     EXPECT_TRUE(failure("playerKey", R"({"key":"hyper","isDown":true})").starts_with("-32602"));
     EXPECT_TRUE(failure("clusterLoad", R"({"groupIDs":["x"]})").starts_with("-32602"));
 }
@@ -154,8 +158,20 @@ TEST_F(PlayerServeTest, theCamerasOfATakeShowTheSameMoment) {
     call("clusterPause");
     call("clusterStep", R"({"count":2})");
     EXPECT_EQ(frames()[0], 102);
+    call("scrollFrames", R"({"deltaY":-2.0,"isPrecise":false})");
+    EXPECT_EQ(frames()[0], 100);
+    // Who stops them before they have begun has the picture of that moment.
+    call("clusterSeek", R"({"seconds":7})");
+    call("clusterPlay");
+    call("clusterPause");
+    EXPECT_EQ(frames(), (std::vector<double>{200, 162}));
     call("playerLoad", onFirst());
     EXPECT_TRUE(state("members", "clusterState").elements()->empty());
+    // What is asked of a cluster that a clip has just left waits for those that stay.
+    call("clusterLoad", R"({"groupIDs":[")" + ids_[0] + "\",\"" + ids_[1] + "\"]}");
+    call("removeVideoFromSync", onFirst());
+    call("clusterPressL");
+    EXPECT_EQ(state("members", "clusterState").elements()->front().find("rate")->number(), 1);
 }
 
 TEST_F(PlayerServeTest, soundIsRenderedAsItWouldBeHeard) {

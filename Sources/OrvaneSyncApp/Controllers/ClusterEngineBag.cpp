@@ -47,6 +47,7 @@ platform::Task ClusterEngineBag::load(const std::vector<SyncGroup>& members) {
     });
     memberSyncOffsets_.clear();
     memberLabels_.clear();
+    waveformSounds_.clear();
     std::vector<platform::Task> loading;
     for (const SyncGroup& member : members) {
         const ClipSound sound(member);
@@ -56,9 +57,7 @@ platform::Task ClusterEngineBag::load(const std::vector<SyncGroup>& members) {
         loading.push_back(
             engine->loadClip(member.video.url, sound.take, sound.offsetSeconds, openingOf(member, members),
                              {member.video.durationSeconds.value_or(0), member.video.frameRate.value_or(0)}));
-        if (!engine->waveform()) continue;
-        engine->waveform()->reset();
-        if (sound.take) engine->waveform()->load(*sound.take, WaveformReduction::reviewBins, true);
+        showWaveform(member.id, sound.take);
     }
     if (!audioSourceMemberID_ || !isMember(*audioSourceMemberID_))
         audioSourceMemberID_ = members.empty() ? std::nullopt : std::optional(members.front().id);
@@ -71,6 +70,15 @@ const std::shared_ptr<VideoEngine>& ClusterEngineBag::engineFor(const UUID& memb
     auto& engine = engines_[memberID];
     if (!engine) engine = makeEngine_();
     return engine;
+}
+
+void ClusterEngineBag::showWaveform(const UUID& memberID, const std::optional<TakeSound>& sound) {
+    const auto& waveform = engineFor(memberID)->waveform();
+    const auto [shown, isFirst] = waveformSounds_.try_emplace(memberID, sound);
+    if (!waveform || (!isFirst && shown->second == sound)) return;
+    shown->second = sound;
+    waveform->reset();
+    if (sound) waveform->load(*sound, WaveformReduction::reviewBins, true);
 }
 
 void ClusterEngineBag::setAudioSource(std::optional<UUID> memberID) {
@@ -90,6 +98,7 @@ void ClusterEngineBag::follow(const SyncGroup& member) {
     found->second = sound.offsetSeconds;
     engineFor(member.id)->setAudio(sound.take);
     engineFor(member.id)->setSyncOffsetSeconds(sound.offsetSeconds);
+    showWaveform(member.id, sound.take);
 }
 
 double ClusterEngineBag::offsetOf(const UUID& memberID) const {
@@ -102,17 +111,21 @@ bool ClusterEngineBag::isPlaying() const {
                                [](const auto& entry) { return entry.second->transport().isPlaying; });
 }
 
-void ClusterEngineBag::playAll() {
-    std::optional<UUID> reference;
+std::optional<UUID> ClusterEngineBag::leaderID() const {
+    std::optional<UUID> leader;
     for (const auto& [id, label] : memberLabels_)
-        if (engines_.at(id)->player() != nullptr && (!reference || id == audioSourceMemberID_))
-            reference = id;
-    if (!reference) return;
-    const VideoEngine& leader = *engines_.at(*reference);
-    const MediaTime shared = leader.position() - MediaTime::fromSeconds(offsetOf(*reference));
+        if (engines_.at(id)->player() != nullptr && (!leader || id == audioSourceMemberID_)) leader = id;
+    return leader;
+}
+
+void ClusterEngineBag::playAll() {
+    const auto id = leaderID();
+    if (!id) return;
+    const VideoEngine& leader = *engines_.at(*id);
+    const MediaTime shared = leader.position() - MediaTime::fromSeconds(offsetOf(*id));
     const auto start = leader.player()->hostTime() + lead;
-    for (const auto& [id, engine] : engines_)
-        engine->play(std::max(shared + MediaTime::fromSeconds(offsetOf(id)), MediaTime()), start);
+    for (const auto& [member, engine] : engines_)
+        engine->play(shared + MediaTime::fromSeconds(offsetOf(member)), start);
     routeAudio();
 }
 
@@ -120,12 +133,11 @@ void ClusterEngineBag::pauseAll() {
     for (const auto& [id, engine] : engines_) engine->pause(true);
 }
 
-void ClusterEngineBag::pressJ() {
-    for (const auto& [id, engine] : engines_) engine->pressJ();
-}
-
-void ClusterEngineBag::pressL() {
-    for (const auto& [id, engine] : engines_) engine->pressL();
+void ClusterEngineBag::press(bool isForward) {
+    const auto leader = leaderID();
+    if (!leader) return;
+    const std::size_t rung = VideoEngine::rungAfter(engines_.at(*leader)->jklSpeedIndex(), isForward);
+    for (const auto& [id, engine] : engines_) engine->shuttle(rung);
 }
 
 void ClusterEngineBag::stepAll(int frames, bool playBlip) {
@@ -150,6 +162,7 @@ void ClusterEngineBag::cleanup() {
     engines_.clear();
     memberLabels_.clear();
     memberSyncOffsets_.clear();
+    waveformSounds_.clear();
     audioSourceMemberID_.reset();
     changed_.tell();
 }

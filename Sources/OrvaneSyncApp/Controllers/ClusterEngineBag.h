@@ -30,6 +30,8 @@ class ClusterEngineBag {
     const std::vector<std::pair<UUID, std::string>>& memberLabels() const { return memberLabels_; }
     const std::map<UUID, double>& memberSyncOffsets() const { return memberSyncOffsets_; } ///< seconds
     bool isPlaying() const;
+    /// By which the others go: the camera that is heard, or else the first that can be played.
+    std::optional<UUID> leaderID() const;
     /// Calls back when members, labels or the camera that is heard are others; engines tell by themselves.
     platform::Subscription onChange(std::function<void()> callback) {
         return changed_.add(std::move(callback));
@@ -37,7 +39,7 @@ class ClusterEngineBag {
 
     /// Each member stands on its clap. The task ends when all are loaded.
     platform::Task load(const std::vector<SyncGroup>& members);
-    /// A member's sound, or where it lies, may be another.
+    /// A member's sound, or where it lies, may be another; its waveform goes along.
     void follow(const SyncGroup& member);
     /// The camera's sound alone is heard.
     void setAudioSource(std::optional<UUID> memberID);
@@ -46,8 +48,9 @@ class ClusterEngineBag {
     void playAll();
     void pauseAll();
     void togglePlay() { isPlaying() ? pauseAll() : playAll(); }
-    void pressJ();
-    void pressL();
+    /// All take the speed that the press gives the leader.
+    void pressJ() { press(false); }
+    void pressL() { press(true); }
     void stepForwardAll(bool playBlip) { stepAll(1, playBlip); }
     void stepBackwardAll(bool playBlip) { stepAll(-1, playBlip); }
     void stepAll(int frames, bool playBlip);
@@ -61,12 +64,15 @@ class ClusterEngineBag {
     static platform::Task allOf(std::vector<platform::Task> tasks);
     double offsetOf(const UUID& memberID) const;
     void routeAudio();
+    void press(bool isForward);
+    void showWaveform(const UUID& memberID, const std::optional<TakeSound>& sound);
 
     const MakeEngine makeEngine_;
     std::map<UUID, std::shared_ptr<VideoEngine>> engines_;
     std::optional<UUID> audioSourceMemberID_;
     std::vector<std::pair<UUID, std::string>> memberLabels_;
     std::map<UUID, double> memberSyncOffsets_;
+    std::map<UUID, std::optional<TakeSound>> waveformSounds_; ///< of the newest loads
     platform::Listeners<> changed_;
 };
 

@@ -21,23 +21,22 @@ const std::shared_ptr<VideoEngine>& memberOf(CommandContext& context, const UUID
     return found->second;
 }
 
-Command row(std::string_view id, std::string_view title, std::string_view help,
-            std::vector<Parameter> parameters, void (*operation)(ClusterEngineBag&, const Call&)) {
-    return {id, title, help, std::move(parameters), [operation](CommandContext& context, const Call& call) {
-                operation(bagOf(context), call);
-                return JSON();
-            }};
+/// Waits for cameras that are still being loaded, as of a cluster that a clip has just left, and answers when
+/// the pictures that it led to are shown.
+platform::Task run(CommandContext& context, Call call, void (*operation)(ClusterEngineBag&, const Call&)) {
+    const platform::Task loaded = context.players().multicam()->loaded();
+    co_await loaded;
+    operation(bagOf(context), call);
+    const platform::Task showing = bagOf(context).shown();
+    co_await showing;
 }
 
-/// A row that answers when the pictures that it led to are shown.
-Command shownRow(std::string_view id, std::string_view title, std::string_view help,
-                 std::vector<Parameter> parameters, void (*operation)(ClusterEngineBag&, const Call&)) {
-    return Command::later(
-        id, title, help, std::move(parameters),
-        [operation](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
-            operation(bagOf(context), call);
-            return bagOf(context).shown();
-        });
+Command row(std::string_view id, std::string_view title, std::string_view help,
+            std::vector<Parameter> parameters, void (*operation)(ClusterEngineBag&, const Call&)) {
+    return Command::later(id, title, help, std::move(parameters),
+                          [operation](CommandContext& context, Call call, const std::shared_ptr<JSON>&) {
+                              return run(context, std::move(call), operation);
+                          });
 }
 
 platform::Task load(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
@@ -62,23 +61,23 @@ std::vector<Command> clusterCommands() {
                        {{"groupIDs", texts}}, load),
         row("clusterPlay", "Play All", "Starts all cameras at one instant, by the place of the one heard.",
             {}, [](ClusterEngineBag& bag, const Call&) { bag.playAll(); }),
-        shownRow("clusterPause", "Pause All", "Stops all cameras.", {},
-                 [](ClusterEngineBag& bag, const Call&) { bag.pauseAll(); }),
+        row("clusterPause", "Pause All", "Stops all cameras.", {},
+            [](ClusterEngineBag& bag, const Call&) { bag.pauseAll(); }),
         row("clusterToggle", "Play or Pause All", "Stops all cameras if one plays, else starts them.", {},
             [](ClusterEngineBag& bag, const Call&) { bag.togglePlay(); }),
         row("clusterPressJ", "Shuttle All Backwards", "Plays all cameras backwards, faster each time.", {},
             [](ClusterEngineBag& bag, const Call&) { bag.pressJ(); }),
         row("clusterPressL", "Shuttle All Forwards", "Plays all cameras forwards, faster each time.", {},
             [](ClusterEngineBag& bag, const Call&) { bag.pressL(); }),
-        shownRow("clusterStep", "Step All", "Steps all cameras by frames of their own.",
-                 {{.name = "count", .kind = integer, .lowest = -mostFrames, .highest = mostFrames},
-                  {"blip", boolean, true}},
-                 [](ClusterEngineBag& bag, const Call& call) {
-                     bag.stepAll(call.integer("count"), call.has("blip") && call.boolean("blip"));
-                 }),
-        shownRow("clusterSeek", "Go to in All", "Goes to a second of the sound that the cameras share.",
-                 {{.name = "seconds", .kind = number, .lowest = -longestSeconds, .highest = longestSeconds}},
-                 [](ClusterEngineBag& bag, const Call& call) { bag.seekAll(call.number("seconds")); }),
+        row("clusterStep", "Step All", "Steps all cameras by frames of their own.",
+            {{.name = "count", .kind = integer, .lowest = -mostFrames, .highest = mostFrames},
+             {"blip", boolean, true}},
+            [](ClusterEngineBag& bag, const Call& call) {
+                bag.stepAll(call.integer("count"), call.has("blip") && call.boolean("blip"));
+            }),
+        row("clusterSeek", "Go to in All", "Goes to a second of the sound that the cameras share.",
+            {{.name = "seconds", .kind = number, .lowest = -longestSeconds, .highest = longestSeconds}},
+            [](ClusterEngineBag& bag, const Call& call) { bag.seekAll(call.number("seconds")); }),
         Command("clusterAudioSource", "Hear Camera", "Chooses the camera that is heard.", {groupID},
                 [](CommandContext& context, const Call& call) {
                     memberOf(context, call.id("groupID"));

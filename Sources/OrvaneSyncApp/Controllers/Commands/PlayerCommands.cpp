@@ -53,6 +53,8 @@ platform::Task pressKey(CommandContext& context, Call call, std::shared_ptr<JSON
     // Another program may have bound it.
     const platform::Task bound = players.shortcuts()->refreshed();
     co_await bound;
+    const platform::Task loaded = players.multicam()->loaded();
+    co_await loaded;
     players.keyboard().handle(*event);
     const platform::Task waveform = context.review().jumpReady();
     try {
@@ -119,13 +121,15 @@ std::vector<Command> transportCommands() {
                  [](VideoEngine& engine, const Call& call) {
                      engine.stepFrames(call.integer("count"), call.has("blip") && call.boolean("blip"));
                  }),
-        row("playerPressJ", "Shuttle Backwards", "Plays backwards, faster each time.", {},
-            [](VideoEngine& engine, const Call&) { engine.pressJ(); }),
-        row("playerPressL", "Shuttle Forwards", "Plays forwards, faster each time.", {},
-            [](VideoEngine& engine, const Call&) { engine.pressL(); }),
-        row("playerSlowMotion", "Slow Motion", "Plays at a quarter of the speed.", {{"forward", boolean}},
+        shownRow("playerPressJ", "Shuttle Backwards", "Plays backwards, faster each time.", {},
+                 [](VideoEngine& engine, const Call&) { engine.pressJ(); }),
+        shownRow("playerPressL", "Shuttle Forwards", "Plays forwards, faster each time.", {},
+                 [](VideoEngine& engine, const Call&) { engine.pressL(); }),
+        shownRow(
+            "playerSlowMotion", "Slow Motion", "Plays at a quarter of the speed.", {{"forward", boolean}},
             [](VideoEngine& engine, const Call& call) { engine.slowMotionScrub(call.boolean("forward")); }),
-        row("playerLoop", "Loop", "Plays so many frames either side of a second again and again.",
+        shownRow(
+            "playerLoop", "Loop", "Plays so many frames either side of a second again and again.",
             {{.name = "aroundSeconds", .kind = number, .lowest = -longestSeconds, .highest = longestSeconds},
              {.name = "frames", .kind = integer, .lowest = 1, .highest = mostFrames}},
             [](VideoEngine& engine, const Call& call) {

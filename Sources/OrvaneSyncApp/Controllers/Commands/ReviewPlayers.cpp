@@ -40,6 +40,11 @@ void ReviewPlayers::handleKeyAction(KeyAction action) {
     multicam_->isOpen() ? multicam_->handleKeyAction(action) : review_->handleKeyAction(action);
 }
 
+int ReviewPlayers::scrollFrames(double deltaY, bool hasPreciseDeltas) {
+    return multicam_->isOpen() ? multicam_->scrollFrames(deltaY, hasPreciseDeltas)
+                               : review_->scrollFrames(deltaY, hasPreciseDeltas);
+}
+
 std::shared_ptr<VideoEngine> ReviewPlayers::makeEngine(std::shared_ptr<WaveformState> waveform) {
     VideoEngine::Dependencies dependencies;
     dependencies.mainThread = controller_->work().environment.mainThread;

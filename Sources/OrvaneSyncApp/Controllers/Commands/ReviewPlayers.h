@@ -31,6 +31,8 @@ class ReviewPlayers {
 
     /// Does on the screen in front what the key does. Throws OutOfRange.
     void handleKeyAction(KeyAction action);
+    /// Gives the frames that the screen in front stepped by.
+    int scrollFrames(double deltaY, bool hasPreciseDeltas);
     platform::Task loadGroup(const UUID& groupID);
     platform::Task loadCluster(std::vector<UUID> groupIDs);
     /// Ends when the screen in front shows what its newest seek asked for.

@@ -136,9 +136,9 @@ std::vector<Command> viewCommands() {
                        {{.name = "deltaY", .kind = number, .lowest = -mostPoints, .highest = mostPoints},
                         {"isPrecise", boolean}},
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>& frames) {
-                           *frames = context.review().scrollFrames(call.number("deltaY"),
-                                                                   call.boolean("isPrecise"));
-                           return context.review().engine()->shown();
+                           *frames = context.players().scrollFrames(call.number("deltaY"),
+                                                                    call.boolean("isPrecise"));
+                           return context.players().shown();
                        }),
         Command("lanes", "Lanes", "Gives the row of each recording of the clip but the first.", {groupID},
                 lanesJSON)

@@ -30,11 +30,7 @@ double CameraAxis::seconds(double x, double width) const {
 }
 
 std::optional<double> sharedPlayhead(const ClusterEngineBag& bag) {
-    std::optional<UUID> leader;
-    for (const auto& [id, label] : bag.memberLabels()) {
-        if (bag.engines().at(id)->player() == nullptr) continue;
-        if (!leader || id == bag.audioSourceMemberID()) leader = id;
-    }
+    const auto leader = bag.leaderID();
     if (!leader) return std::nullopt;
     return bag.engines().at(*leader)->playhead().seconds() - bag.memberSyncOffsets().at(*leader);
 }

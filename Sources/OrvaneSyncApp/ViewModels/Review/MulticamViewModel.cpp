@@ -2,7 +2,9 @@
 
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
+#include "Platform/Completion.h"
 
+#include <exception>
 #include <utility>
 
 namespace orvane {
@@ -39,7 +41,22 @@ platform::Task MulticamViewModel::load(std::vector<UUID> groupIDs) {
         members.push_back(*group);
     }
     members_ = std::move(groupIDs);
-    return bag_.load(members);
+    scrolling_ = {};
+    return loading_ = bag_.load(members);
+}
+
+platform::Task MulticamViewModel::loaded() { return loaded(weak_from_this()); }
+
+platform::Task MulticamViewModel::loaded(std::weak_ptr<MulticamViewModel> weak) {
+    for (auto self = weak.lock(); self && !self->loading_.isDone(); self = weak.lock()) {
+        // Who is asked to stop leaves the loading alone.
+        const auto ended =
+            std::make_shared<platform::Completion>(self->controller_->work().environment.mainThread);
+        self->loading_.whenDone([ended](const std::exception_ptr&) { ended->end(); });
+        self.reset();
+        const platform::Task waiting = ended->task();
+        co_await waiting;
+    }
 }
 
 void MulticamViewModel::close() {
@@ -60,10 +77,17 @@ void MulticamViewModel::follow() {
     load(std::move(there));
 }
 
+void MulticamViewModel::step(int frames) {
+    bag_.stepAll(frames, controller_->work().environment.settings->get(settings::playbackAudioScrubbing));
+}
+
+int MulticamViewModel::scrollFrames(double deltaY, bool hasPreciseDeltas) {
+    const int frames = scrolling_.frames(deltaY, hasPreciseDeltas);
+    if (frames != 0) step(frames);
+    return frames;
+}
+
 void MulticamViewModel::handleKeyAction(KeyAction action) {
-    const auto step = [&](int frames) {
-        bag_.stepAll(frames, controller_->work().environment.settings->get(settings::playbackAudioScrubbing));
-    };
     switch (action) {
     case KeyAction::playPause:
     case KeyAction::shuttleStop:

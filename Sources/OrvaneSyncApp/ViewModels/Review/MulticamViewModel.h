@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/ClusterEngineBag.h"
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutAction.h"
+#include "OrvaneSyncCore/Services/Timeline/FrameAccumulator.h"
 #include "Platform/Task.h"
 
 #include <functional>
@@ -29,19 +30,27 @@ class MulticamViewModel : public std::enable_shared_from_this<MulticamViewModel>
     static std::vector<UUID> camerasFor(const OpenWork& work, const std::vector<UUID>& chosen);
     /// Throws GroupNotFound. The task ends when all are loaded.
     platform::Task load(std::vector<UUID> groupIDs);
+    /// Ends when no camera is being loaded: what all are to do waits for it.
+    platform::Task loaded();
     void close();
     void handleKeyAction(KeyAction action);
+    /// Scrolling over a picture. Gives the frames that all were stepped by.
+    int scrollFrames(double deltaY, bool hasPreciseDeltas);
     /// Sends the camera that is heard to a screen of its own, or brings it back.
     std::function<void()> toggleFullscreen;
 
   private:
     MulticamViewModel(std::shared_ptr<ImportController> controller, ClusterEngineBag::MakeEngine makeEngine)
         : controller_(std::move(controller)), bag_(std::move(makeEngine)) {}
+    static platform::Task loaded(std::weak_ptr<MulticamViewModel> weak);
     void follow();
+    void step(int frames);
 
     const std::shared_ptr<ImportController> controller_;
     ClusterEngineBag bag_;
     std::vector<UUID> members_;
+    platform::Task loading_ = platform::Task::ended();
+    FrameAccumulator scrolling_;
     platform::Subscription following_;
 };
 

@@ -34,10 +34,12 @@ std::unique_ptr<platform::AudioFile> halfSecondTicks() {
 }
 
 /// As long, of one height.
-std::unique_ptr<platform::AudioFile> tone() {
-    const std::vector<float> samples(static_cast<std::size_t>(soundSeconds * 48000), 0.5F);
+std::unique_ptr<platform::AudioFile> toneOf(double seconds) {
+    const std::vector<float> samples(static_cast<std::size_t>(seconds * 48000), 0.5F);
     return std::make_unique<MemoryAudio>(std::vector<std::vector<float>>{samples}, 48000);
 }
+
+std::unique_ptr<platform::AudioFile> tone() { return toneOf(soundSeconds); }
 
 /// A player on a clock that is moved by hand.
 class PlayerTest : public testing::Test {
@@ -279,6 +281,43 @@ TEST_F(PlayerTransport, startsPlayersOnOneFrameOfTheOutput) {
     EXPECT_EQ(NumberedClip::numberIn(*other->picture()), 100);
 }
 
+/// Cameras of other rates that began at other moments, on one start, for a minute.
+TEST_F(PlayerTest, camerasStayWithinAFrameOfEachOther) {
+    struct Camera {
+        std::string rate;
+        MediaTime picture, start;
+        std::unique_ptr<Player> player = nullptr;
+    };
+    std::array<Camera, 4> cameras{{{"25", {1, 25}, {}},
+                                   {"24000/1001", {1001, 24000}, {1, 3}},
+                                   {"30000/1001", {1001, 30000}, {1, 2}},
+                                   {"50", {1, 50}, {1, 1}}}};
+    std::size_t loaded = 0;
+    for (Camera& camera : cameras) {
+        const std::string path = folder_.path(std::to_string(camera.picture.scale) + ".mov");
+        const auto pictures = static_cast<int>(std::ceil(61.5 / camera.picture.seconds()));
+        ASSERT_TRUE(
+            (NumberedClip{pictures, camera.rate, "-c:v libx264 -preset ultrafast -g 50", 192, 108}.make(
+                path)));
+        camera.player = system_->makePlayer();
+        camera.player->load({path, tone}, [&](const auto&) { ++loaded; });
+    }
+    ASSERT_TRUE(main_.waitUntil([&] { return loaded == cameras.size(); }));
+    const auto start = cameras[0].player->hostTime() + std::chrono::milliseconds(50);
+    for (Camera& camera : cameras) camera.player->setRate(1, camera.start, start);
+    advance(0.05);
+    for (int i = 1; i <= 160; ++i) {
+        advance(0.375);
+        for (const Camera& camera : cameras) {
+            const MediaTime now = camera.start + MediaTime{3 * i, 8};
+            ASSERT_NEAR(camera.player->currentTime().seconds(), now.seconds(), 1e-4) << camera.rate;
+            const auto shown = NumberedClip::numberIn(*camera.player->picture());
+            ASSERT_EQ(shown, (now + MediaTime{1, 100'000}).wholeUnits(camera.picture)) << camera.rate;
+        }
+    }
+    for (const Camera& camera : cameras) EXPECT_EQ(camera.player->droppedPictures(), 0) << camera.rate;
+}
+
 TEST_F(PlayerTransport, hearsAnotherSoundFromItsChangeOn) {
     load(path_);
     player_->setRate(1);
@@ -455,11 +494,12 @@ TEST_F(PlayerTransport, followsTheClockWhileTheDeviceGoesAndComes) {
     EXPECT_TRUE(main_.waitUntil([&] { return shown() == pictureCount - 1; }));
     // A recording that was replaced is silent before the next one is open.
     last = 0;
-    load("", 0, false, {.openSound = tone});
+    load("", 0, false, {.openSound = [] { return toneOf(60); }});
     const auto runUntil = [&](bool isHeard) {
         while (player_->rate() != 0 && (machine.left.back() != 0) != isHeard) {
             run(0.01);
-            std::this_thread::yield();
+            // Threads of its own read ahead.
+            main_.waitUntil([] { return false; }, std::chrono::milliseconds(1));
         }
         return player_->rate() != 0;
     };

@@ -41,6 +41,18 @@ TEST(AudioLevelProvider, showsSmoothedLevelsWhileAttached) {
     players.thread.advance(std::chrono::seconds(1));
     EXPECT_NEAR(changes, 60, 1);
     EXPECT_LT(meters->levels().channels[0].peak, 0.001);
+    // Another recording has other channels, or there is none.
+    players.system->usual.soundChannelCount = 1;
+    player->setSound(nullptr);
+    players.thread.advance(AudioLevelProvider::updateInterval);
+    EXPECT_EQ(meters->channelCount(), 1);
+    for (const bool hasSound : {false, true}) {
+        players.system->usual.hasSound = hasSound;
+        player->setSound(nullptr);
+        fake.heard = {{1, 1}};
+        players.thread.advance(AudioLevelProvider::updateInterval);
+        EXPECT_EQ(meters->levels().channels.size(), hasSound ? 1U : 0U);
+    }
 
     meters->detach();
     EXPECT_FALSE(meters->isActive());

@@ -43,7 +43,7 @@ class FakePlayer final : public platform::Player {
     void setPitchAlgorithm(platform::PitchAlgorithm algorithm) override { pitch = algorithm; }
     void setVolume(float newVolume) override { volume = newVolume; }
     void setSoundOffset(platform::MediaTime offset) override { offsets.push_back(offset); }
-    void setSound(std::function<std::unique_ptr<platform::AudioFile>()> /*openSound*/) override { ++sounds; }
+    void setSound(std::function<std::unique_ptr<platform::AudioFile>()> /*openSound*/) override;
     void setPictureSize(platform::PictureSize /*limit*/) override {}
     std::optional<platform::Picture> picture() const override { return std::nullopt; }
     std::int64_t droppedPictures() const override { return 0; }
@@ -164,6 +164,11 @@ inline void FakePlayer::load(platform::PlayerItem newItem,
         isLoaded_ = true;
         loaded(facts_);
     });
+}
+
+inline void FakePlayer::setSound(std::function<std::unique_ptr<platform::AudioFile>()> /*openSound*/) {
+    ++sounds;
+    facts_ = system_.factsOf(item.videoPath);
 }
 
 inline std::chrono::nanoseconds FakePlayer::hostTime() const { return system_.now; }

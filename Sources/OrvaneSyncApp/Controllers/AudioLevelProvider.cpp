@@ -27,10 +27,8 @@ AudioLevelProvider::~AudioLevelProvider() {
 
 void AudioLevelProvider::attach(const platform::Player& player) {
     detach();
-    if (!player.facts().hasSound) return;
     player_ = &player;
-    channelCount_ = player.facts().soundChannelCount;
-    isActive_ = true;
+    takeFacts();
     waitForUpdate();
     changed_.tell();
 }
@@ -41,8 +39,20 @@ void AudioLevelProvider::waitForUpdate() {
     });
 }
 
+void AudioLevelProvider::takeFacts() {
+    isActive_ = player_->facts().hasSound;
+    channelCount_ = player_->facts().soundChannelCount;
+    levels_ = AudioLevels::empty;
+    smoothed_.clear();
+}
+
 void AudioLevelProvider::update() {
     waitForUpdate();
+    if (player_->facts().hasSound != isActive_ || player_->facts().soundChannelCount != channelCount_) {
+        takeFacts();
+        if (!isActive_) return changed_.tell();
+    }
+    if (!isActive_) return;
     auto measured = player_->levels();
     // A player at rest measures nothing: as silence.
     measured.resize(std::max(measured.size(), smoothed_.size()));

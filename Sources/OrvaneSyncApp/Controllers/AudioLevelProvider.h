@@ -27,7 +27,8 @@ class AudioLevelProvider : public std::enable_shared_from_this<AudioLevelProvide
     static std::shared_ptr<AudioLevelProvider> onClockOf(std::shared_ptr<platform::PlayerSystem> players);
     ~AudioLevelProvider();
 
-    /// `player` is loaded, and outlives this or `detach`. One without sound leaves the meters off.
+    /// `player` is loaded, and outlives this or `detach`. As long as it has no sound the meters are off; with
+    /// another sound they begin anew.
     void attach(const platform::Player& player);
     void detach();
 
@@ -45,6 +46,7 @@ class AudioLevelProvider : public std::enable_shared_from_this<AudioLevelProvide
     explicit AudioLevelProvider(After after) : after_(std::move(after)) {}
     void waitForUpdate();
     void update();
+    void takeFacts();
 
     const After after_;
     const platform::Player* player_ = nullptr;

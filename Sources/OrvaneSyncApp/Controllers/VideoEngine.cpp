@@ -465,6 +465,7 @@ void VideoEngine::soundChanged() {
     appliedSound_ = audioSource();
     if (blips_) blips_->load(appliedSound_);
     player_->setSound(opener(appliedSound_));
+    tell(VideoEngineField::sound);
 }
 
 // What is observed

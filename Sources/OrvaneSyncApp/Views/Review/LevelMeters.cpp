@@ -61,13 +61,14 @@ void LevelMeters::follow(VideoEngineField field) {
     // A step is heard as well as what plays.
     if (field == VideoEngineField::picture || field == VideoEngineField::loop) return;
     restUpdates_ = 0;
-    if (!provider_->isActive()) provider_->attach(*player);
+    if (!provider_->isActive() && player->facts().hasSound) provider_->attach(*player);
 }
 
 void LevelMeters::measure() {
-    if (!provider_->isActive()) return;
+    if (!provider_->isActive()) return provider_->detach();
     const platform::Player* player = engine_->player();
     if (player == nullptr) return;
+    if (channels_ != player->facts().soundChannelCount) follow(VideoEngineField::sound); // another recording
     constexpr double nanoseconds = 1e9;
     held_.update(player->levels(), static_cast<double>(player->hostTime().count()) / nanoseconds);
     const auto differs = [](const ChannelLevel& a, const ChannelLevel& b) {

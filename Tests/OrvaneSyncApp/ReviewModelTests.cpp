@@ -2,6 +2,7 @@
 
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/ViewModels/Review/CameraAxis.h"
 #include "OrvaneSyncApp/ViewModels/Review/MulticamViewModel.h"
 #include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"

@@ -106,6 +106,10 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         item_.openSound = std::move(openSound);
         if (!isLoaded_ && !isLoading_) return;
         waitsForSound_ = true;
+        if (!item_.openSound) { // whether the video has its own is not known yet
+            facts_.hasSound = false;
+            facts_.soundChannelCount = 0;
+        }
         updateSound(); // the one before is silent, however long the other takes to open
         this->openSound();
     }
@@ -122,10 +126,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         const bool stoodStill = motion_.rate == 0;
         endStart();
         if (stoodStill && needsStart(rate)) return beginStart(rate);
-        if (rate == 0) {
-            const MediaTime now = currentTime();
-            return move({0, now, 0});
-        }
+        if (rate == 0) return move({0, currentTime(), 0});
         const std::int64_t start = host_->earliestStart();
         move({rate, within(position(static_cast<double>(start))), start});
     }

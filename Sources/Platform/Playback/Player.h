@@ -88,8 +88,8 @@ class Player {
     virtual void setVolume(float volume) = 0; ///< linear, 0 to 1; reached without a click
     /// Under the running sound: it neither pauses nor seeks.
     virtual void setSoundOffset(MediaTime offset) = 0;
-    /// Replaces the sound without touching picture and transport. An empty function: the video's own. The one
-    /// before is silent from here on.
+    /// Replaces the sound without touching picture and transport. An empty function: the video's own, if it
+    /// has one, which `facts` says once it is open. The one before is silent from here on.
     virtual void setSound(std::function<std::unique_ptr<AudioFile>()> openSound) = 0;
 
     /// Pictures come no larger than this; 0 by 0 is without a limit.

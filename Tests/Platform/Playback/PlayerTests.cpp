@@ -333,6 +333,8 @@ TEST_F(PlayerTransport, hearsAnotherSoundFromItsChangeOn) {
     gate.set_value();
     ASSERT_TRUE(main_.waitUntil([&] { return isDone; }));
     EXPECT_NEAR(static_cast<double>(std::ranges::count(heard_, 0.5F)), 24'000, 300);
+    player_->setSound(nullptr);
+    EXPECT_FALSE(player_->facts().hasSound) << "the clip has none of its own";
 }
 
 TEST_F(PlayerTransport, dropsStaleSeeksAndLoads) {

@@ -1,6 +1,5 @@
 #include "Platform/Files.h"
 #include "Platform/InterfaceThread.h"
-#include "Platform/KeptFiles.h"
 #include "Platform/ReadErrorWatch.h"
 #include "Platform/ReferenceDate.h"
 #include "Platform/Stop.h"
@@ -20,7 +19,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <limits>
 #include <map>
 #include <memory>
 #include <system_error>
@@ -190,10 +188,6 @@ std::string keptAs(const std::string& path, const std::string& name) {
 } // namespace
 
 std::string keepBeside(const std::string& path, std::string_view suffix) {
-    return keepSomeBeside(path, suffix, std::numeric_limits<std::size_t>::max());
-}
-
-std::string keepSomeBeside(const std::string& path, std::string_view suffix, std::size_t most) {
     assertMayBlock("writing a file");
     auto others = keptBeside(path, suffix);
     const auto own = attributes(path);
@@ -204,7 +198,7 @@ std::string keepSomeBeside(const std::string& path, std::string_view suffix, std
     const std::uint64_t number = others.empty() ? 1 : others.rbegin()->first + 1;
     const std::string name = path + std::string(suffix) + (number == 1 ? "" : "-" + std::to_string(number));
     std::string kept = keptAs(path, name);
-    for (others[number] = kept; others.size() > most; others.erase(others.begin()))
+    for (others[number] = kept; others.size() > mostKeptBeside; others.erase(others.begin()))
         ::unlink(others.begin()->second.c_str());
     return kept;
 }

@@ -70,9 +70,13 @@ void discardTemporaries();
 
 /// How files are kept beside the new ones: those that can't be understood, and those of others.
 inline constexpr std::string_view unreadableSuffix = ".unreadable", otherSuffix = ".other";
-/// Gives a file a second name, "<path><suffix>", with a number behind it where another file has that already,
-/// and returns it; a later whole write to the first name leaves the second as it was. A copy where the file
-/// system knows no second names. The file stays in its place all the time. Throws FileError.
+/// Of one file and one suffix.
+inline constexpr std::size_t mostKeptBeside = 5;
+/// Gives a file a second name, "<path><suffix>", with the next number behind it where another file has that
+/// already, and returns it; a later whole write to the first name leaves the second as it was. A copy where
+/// the file system knows no second names. The file stays in its place all the time. Of more than
+/// `mostKeptBeside` files those with the lowest numbers are removed, as far as the system lets them be.
+/// Throws FileError.
 std::string keepBeside(const std::string& path, std::string_view suffix);
 /// Makes the entries of the folder last: what was created or renamed in it. A file system that can't is no
 /// error.

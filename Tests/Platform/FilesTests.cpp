@@ -1,6 +1,5 @@
 #include "Platform/Files.h"
 #include "Platform/Folders.h"
-#include "Platform/KeptFiles.h"
 
 #include "Platform/FileLock.h"
 #include "Support/TemporaryDirectory.h"
@@ -115,7 +114,7 @@ TEST(Files, ofFilesKeptBesideTheOldestGo) {
     folder.write("a.other-x", "no number");
     for (int i = 1; i <= 12; ++i) {
         files::writeAtomically(path, std::to_string(i));
-        files::keepSomeBeside(path, files::otherSuffix, 5);
+        files::keepBeside(path, files::otherSuffix);
     }
     std::string left;
     for (int i = 8; i <= 12; ++i) left += folder.read("a.other-" + std::to_string(i));

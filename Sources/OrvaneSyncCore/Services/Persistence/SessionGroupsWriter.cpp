@@ -2,7 +2,6 @@
 
 #include "OrvaneSyncCore/Services/Persistence/Rewriting.h"
 #include "Platform/FileLock.h"
-#include "Platform/KeptFiles.h"
 
 #include <utility>
 
@@ -62,7 +61,7 @@ void SessionGroupsWriter::keepUnknown(Open& session, const std::string& path, bo
         session.kept = std::string(reason) + " kept as " + kept;
     };
     const auto keep = [&](std::string_view reason) {
-        keepAs(reason, files::keepSomeBeside(path, files::otherSuffix, mostOthersKept));
+        keepAs(reason, files::keepBeside(path, files::otherSuffix));
     };
     // Another process may have written good clips since this one found a file that it could not read.
     if (!session.file || !isSameFile(*session.file, *there))

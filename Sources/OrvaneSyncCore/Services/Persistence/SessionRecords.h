@@ -3,15 +3,10 @@
 #include "OrvaneSyncCore/Models/ScanScope.h"
 #include "OrvaneSyncCore/Models/SourceCorrections.h"
 
-#include <cstddef>
 #include <optional>
 #include <string>
 
 namespace orvane {
-
-/// Of the files that other programs wrote and that are kept beside one of the session's, as many as this;
-/// the oldest goes.
-inline constexpr std::size_t mostOthersKept = 5;
 
 /// What the list of sessions shows of one.
 struct SessionInfo {

@@ -3,7 +3,6 @@
 #include "OrvaneSyncCore/Services/Persistence/GroupsCoding.h"
 #include "OrvaneSyncCore/Services/Persistence/Rewriting.h"
 #include "Platform/FileLock.h"
-#include "Platform/KeptFiles.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -74,7 +73,7 @@ SessionStore::Changed<Record> changeRecord(const std::string& path, const Change
         kept = "A file could not be read and was kept as " + files::keepBeside(path, files::unreadableSuffix);
     else if (file.record && losesSomething(file.text, recordText(*file.record)))
         kept = "A file holds what this version does not know and was kept as " +
-               files::keepSomeBeside(path, files::otherSuffix, mostOthersKept);
+               files::keepBeside(path, files::otherSuffix);
     Record record = change(std::move(file.record));
     const std::string text = recordText(record);
     if (file.problem || text != file.text) files::writeAtomically(path, text);

@@ -2,7 +2,10 @@
 
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
+#include "Platform/Files.h"
 
+#include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 namespace orvane {
@@ -25,14 +28,28 @@ bool areDoubtedAlike(const SyncGroup& before, const SyncGroup& now) {
     return saySame(before, other);
 }
 
+/// Of how many clips a recording is one of those.
+template <class IsOne>
+std::size_t clipsWith(const SyncGroupList& groups, const IsOne& isOne) {
+    return static_cast<std::size_t>(std::ranges::count_if(groups, [&](const SyncGroup& group) {
+        return std::ranges::any_of(group.audioMatches, isOne, &AudioMatch::id);
+    }));
+}
+
 } // namespace
 
 SyncDoubts DoubtSource::doubts(const FileNames& names, const std::stop_token& stop) const {
+    std::vector<FileURL> real;
+    for (const FileURL& folder : folders) {
+        // A link that is the last component stays, so the way to something in it is asked for.
+        const std::string inside = platform::files::standardized(folder.path + "/x");
+        real.push_back({inside.substr(0, inside.size() - 2)});
+    }
     std::vector<MediaAsset> gathered;
     const auto* recordings = files.scannedAudio();
     if (recordings == nullptr) gathered = files.copiedAudioPool();
     return SyncDoubts::of({files.groups, recordings != nullptr ? *recordings : gathered, rules, trimMode,
-                           smartAudioResults, names, heardLags.get()},
+                           smartAudioResults, names, heardLags.get(), std::move(real)},
                           stop);
 }
 
@@ -45,7 +62,8 @@ DoubtSource WorkDoubts::source() const {
             work_.matchRules(),
             work_.environment.settings->get(settings::trimMode),
             smartAudio_.state().results,
-            heardLags_};
+            heardLags_,
+            work_.folders()};
 }
 
 WorkDoubts::Basis WorkDoubts::basis() const {
@@ -112,11 +130,23 @@ platform::Task WorkDoubts::deriveOnQueue(std::weak_ptr<const WorkDoubts> weak, s
     self->work_.notify(ImportField::doubts);
 }
 
+std::size_t WorkDoubts::heardCount() const {
+    return heardLags_
+               ? clipsWith(work_.syncGroups(), [&](const UUID& match) { return heardLags_->contains(match); })
+               : 0;
+}
+
+std::size_t WorkDoubts::clipsOf(const std::vector<SoundLag::Pair>& pairs) const {
+    std::unordered_set<UUID> matches;
+    for (const SoundLag::Pair& pair : pairs) matches.insert(pair.matchID);
+    return clipsWith(work_.syncGroups(), [&](const UUID& match) { return matches.contains(match); });
+}
+
 platform::Task WorkDoubts::listen() {
     auto pairs = SoundLag::pairsToHear(work_.syncGroups());
     if (pairs.empty()) return platform::Task::ended();
     if (!listeningQueue_) listeningQueue_ = platform::SerialQueue::create("doubts");
-    show(Listening{0, pairs.size()});
+    show(Listening{0, clipsOf(pairs)});
     return work_.running.add(listenToPairs(work_.weak(this), std::move(pairs), ++listeningNumber_));
 }
 
@@ -129,9 +159,9 @@ platform::Task WorkDoubts::listenToPairs(std::weak_ptr<WorkDoubts> weak, std::ve
                                          std::uint64_t number) {
     auto self = weak.lock();
     // Thirty at most, so that each is worth a notice.
-    auto progress = [weak, number, total = pairs.size(),
-                     mainThread = self->work_.environment.mainThread](std::size_t done) {
-        mainThread->post([weak, number, total, done] {
+    auto progress = [weak, number, count = pairs.size(), total = self->clipsOf(pairs),
+                     mainThread = self->work_.environment.mainThread](std::size_t pairsDone) {
+        mainThread->post([weak, number, total, done = pairsDone * total / count] {
             const auto own = weak.lock();
             if (own && own->progress_ && own->listeningNumber_ == number) own->show(Listening{done, total});
         });

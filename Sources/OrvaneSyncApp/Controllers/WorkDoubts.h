@@ -25,7 +25,8 @@ struct DoubtSource {
     MatchRules rules; ///< by which the clips were matched
     TrimMode trimMode;
     SmartAudioResults smartAudioResults;
-    std::shared_ptr<const std::unordered_map<UUID, HeardLag>> heardLags; ///< by group; null: none were heard
+    std::shared_ptr<const std::unordered_map<UUID, HeardLag>> heardLags; ///< by match; null: none were heard
+    std::vector<FileURL> folders;                                        ///< of the scan
 
     /// `names`: of these files. Throws Stopped.
     SyncDoubts doubts(const FileNames& names, const std::stop_token& stop = {}) const;
@@ -62,7 +63,7 @@ class WorkDoubts {
     /// Absent while nobody listens. `ImportField::progress` is notified when it changes.
     const std::optional<Listening>& listening() const { return progress_; }
     /// Of how many clips it was heard where their sound lies.
-    std::size_t heardCount() const { return heardLags_ ? heardLags_->size() : 0; }
+    std::size_t heardCount() const;
 
   private:
     /// What counts besides the clips: a revision of the work, the rules of its match, the way of trimming.
@@ -75,6 +76,7 @@ class WorkDoubts {
     static platform::Task deriveOnQueue(std::weak_ptr<const WorkDoubts> weak, std::uint64_t number);
     static platform::Task listenToPairs(std::weak_ptr<WorkDoubts> weak, std::vector<SoundLag::Pair> pairs,
                                         std::uint64_t number);
+    std::size_t clipsOf(const std::vector<SoundLag::Pair>& pairs) const;
     void show(std::optional<Listening> progress);
 
     OpenWork& work_;

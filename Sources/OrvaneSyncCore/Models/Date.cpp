@@ -138,6 +138,17 @@ calendar::Fields calendar::fields(Date date) {
     return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec};
 }
 
+std::optional<Date> calendar::withClockOf(Date date, int zoneMinutes) {
+    const Date shown = date + std::chrono::minutes(zoneMinutes);
+    const auto day = std::chrono::floor<std::chrono::days>(shown);
+    const std::chrono::year_month_day ymd{day};
+    const std::chrono::hh_mm_ss clock{shown - day};
+    return calendar::date({static_cast<int>(ymd.year()), static_cast<int>(static_cast<unsigned>(ymd.month())),
+                           static_cast<int>(static_cast<unsigned>(ymd.day())),
+                           static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                           static_cast<int>(clock.seconds().count())});
+}
+
 Date calendar::startOfDay(Date date) {
     const std::int64_t given = wholeSeconds(date);
     std::tm local = localTime(given);
@@ -192,16 +203,17 @@ std::optional<Date> dateFromISO8601(std::string_view text) {
     return *moment + *fraction - *zone;
 }
 
+std::optional<int> zoneMinutesFromISO8601(std::string_view text) {
+    const bool isDate = takeMoment(text) && takeFraction(text);
+    if (!isDate || text == "Z") return std::nullopt;
+    const auto zone = takeZone(text);
+    if (!zone || !text.empty()) return std::nullopt;
+    return static_cast<int>(zone->count() / 60);
+}
+
 std::optional<Date> dateFromLocalISO8601(std::string_view text) {
     const auto moment = takeMoment(text);
-    if (!moment || !text.empty()) return std::nullopt;
-    const auto day = std::chrono::floor<std::chrono::days>(*moment);
-    const std::chrono::year_month_day ymd{day};
-    const std::chrono::hh_mm_ss clock{*moment - day};
-    return calendar::date({static_cast<int>(ymd.year()), static_cast<int>(static_cast<unsigned>(ymd.month())),
-                           static_cast<int>(static_cast<unsigned>(ymd.day())),
-                           static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-                           static_cast<int>(clock.seconds().count())});
+    return moment && text.empty() ? calendar::withClockOf(*moment, 0) : std::nullopt;
 }
 
 } // namespace orvane

@@ -29,6 +29,9 @@ struct Day {
 /// As `date`, at twelve o'clock.
 std::optional<Date> noon(const Day& day);
 Fields fields(Date date);
+/// At which a clock in the user's time zone shows what one showed at that moment that is so many minutes
+/// ahead of UTC.
+std::optional<Date> withClockOf(Date date, int zoneMinutes);
 /// The first instant of that day in the user's time zone.
 Date startOfDay(Date date);
 
@@ -52,6 +55,9 @@ class DayStarts {
 std::string iso8601(Date date);
 /// An internet date and time with or without fractional seconds, and a zone ("Z", "+02:00" or "+0200").
 std::optional<Date> dateFromISO8601(std::string_view text);
+/// Of such a text, by how many minutes its zone is ahead of UTC; absent for "Z", which says nothing of where
+/// it was written.
+std::optional<int> zoneMinutesFromISO8601(std::string_view text);
 /// yyyy-MM-dd'T'HH:mm:ss without a zone, in the user's calendar.
 std::optional<Date> dateFromLocalISO8601(std::string_view text);
 

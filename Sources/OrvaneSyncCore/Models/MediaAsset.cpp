@@ -124,7 +124,13 @@ std::optional<Date> MediaAsset::shootDay() const {
 
 std::optional<Date> MediaAsset::shootDay(calendar::DayStarts& starts) const {
     if (const auto day = dayInName(filename)) return starts.of(*day);
-    return contentCreatedDate ? std::optional(starts.of(*contentCreatedDate)) : std::nullopt;
+    const auto date = localCreatedDate();
+    return date ? std::optional(starts.of(*date)) : std::nullopt;
+}
+
+std::optional<Date> MediaAsset::localCreatedDate() const {
+    if (!contentCreatedDate || !dateZoneMinutes) return contentCreatedDate;
+    return calendar::withClockOf(*contentCreatedDate, *dateZoneMinutes);
 }
 
 std::optional<Date> MediaAsset::shootDateFromFilename(std::string_view name) {

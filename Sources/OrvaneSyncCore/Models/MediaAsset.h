@@ -38,6 +38,8 @@ struct MediaAsset {
     /// absent: to the end of the file.
     std::optional<double> pictureSeconds;
     std::optional<Date> contentCreatedDate;
+    /// By how much the clock that wrote it is ahead of UTC, where the file states that.
+    std::optional<int> dateZoneMinutes;
     /// The time in the header of the container. Many cameras and every copying program write their own clock
     /// there, so it ranks candidates and never decides about a shoot day.
     std::optional<Date> headerDate;
@@ -74,6 +76,9 @@ struct MediaAsset {
     std::string normalizedName() const;    ///< file name without extension, lower case
     std::string filenameStem() const;      ///< file name without extension
     std::string formatDescription() const; ///< such as "8ch 48kHz" or "1920x1080 25 fps"
+    /// The date in the file, in the user's calendar as the clock that wrote it showed it: a phone that filmed
+    /// in another zone is of the day that people had there, as its sound is.
+    std::optional<Date> localCreatedDate() const;
     /// Start of the day, in the user's calendar, of the date in the name, else of the date in the file.
     std::optional<Date> shootDay() const;
     /// The same, for who asks thousands of files.

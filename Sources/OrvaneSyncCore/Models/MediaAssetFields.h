@@ -58,6 +58,7 @@ struct JSONFields<MediaAsset> {
         JSONField{"durationSeconds", &MediaAsset::durationSeconds},
         JSONField{"pictureSeconds", &MediaAsset::pictureSeconds},
         JSONField{"contentCreatedDate", &MediaAsset::contentCreatedDate},
+        JSONField{"dateZoneMinutes", &MediaAsset::dateZoneMinutes},
         JSONField{"headerDate", &MediaAsset::headerDate},
         JSONField{"frameRate", &MediaAsset::frameRate},
         JSONField{"width", &MediaAsset::width},

@@ -62,7 +62,8 @@ TEST(CardDoubts, SoundThatRunsAtAnotherSpeed) {
             shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", at - 2, 70));
         }
         shot.diagnose();
-        for (std::size_t i = 0; i < one.drifts.size(); ++i) heard[shot.groups[i].id] = {-0.3, one.drifts[i]};
+        for (std::size_t i = 0; i < one.drifts.size(); ++i)
+            heard[shot.groups[i].audioMatches.front().id] = {-0.3, one.drifts[i]};
         shot.doubts =
             SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
         EXPECT_EQ(shot.count(Kind::drift), one.doubted) << one.name;
@@ -118,6 +119,32 @@ TEST(CardDoubts, RecordingsThatCountAlikeMayBeOfTwoDays) {
         }
         EXPECT_TRUE(ContentMarks::missingIn(shot.audios).empty()) << "a date says that they are";
     }
+}
+
+TEST(CardDoubts, ACopyThatBrokeOffAtItsFullSizeIsNotTheSound) {
+    const test::TemporaryDirectory folder;
+    Shot shot{{clipAt("/C/A.mov", 36000, 10), clipAt("/C/B.mov", 36012, 5)}, {}, {}};
+    const std::string sound(200'000, 'x');
+    std::string broken = sound;
+    std::fill(broken.begin() + 120'000, broken.end(), '\0');
+    for (const char* card : {"1", "2", "3"}) {
+        const std::string& held = *card == '1' ? broken : sound;
+        shot.audios.push_back(recordingAt(folder.write(card + std::string("/T.wav"), held), 35999, 20));
+        shot.audios.back().fileSizeBytes = sound.size();
+    }
+    shot.date(shot.audios, "2024-05-17");
+    const auto found = ContentMarks::brokenOffIn(shot.audios, {});
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found.front().recording, 0U);
+    EXPECT_NEAR(found.front().heldShare, 0.6, 0.03);
+    shot.audios[0].heldShare = found.front().heldShare;
+    *shot.audios[0].durationSeconds *= found.front().heldShare;
+    shot.diagnose();
+    for (const SyncGroup& group : shot.groups)
+        EXPECT_TRUE(group.primaryAudio()->url.path.ends_with("/2/T.wav")) << group.video.filename;
+    EXPECT_EQ(shot.count(Kind::cutFile), 1) << "only the first clip has it at all";
+    EXPECT_EQ(std::ssize(shot.doubts.byGroup), 1);
+    EXPECT_TRUE(ContentMarks::brokenOffIn(shot.audios, {}).empty()) << "it says so by itself";
 }
 
 TEST(ClockDoubts, CountANightAsOneCard) {

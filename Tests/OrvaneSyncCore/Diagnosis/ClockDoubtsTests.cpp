@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
 #include "Shot.h"
 
 namespace orvane::test::doubts {
@@ -35,6 +36,23 @@ TEST(ClockDoubts, FindsTheClockOfACard) {
                     << "seed " << seed << ": whole hours are preferred";
             }
         }
+}
+
+TEST(ClockDoubts, LongRecordingsFitByTheOffsetThatStartsThemWithTheirClips) {
+    for (const double offset : {-1800.0, -3600.0, -5400.0}) {
+        Shot shot;
+        for (int i = 0; i < 11; ++i) {
+            const double at = 1200 + 7400 * i + 7 * (i % 5);
+            shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", at, 60));
+            shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", at - 4 - offset, 1884));
+        }
+        shot.date(shot.videos, "2024-05-17");
+        shot.date(shot.audios, "2024-05-17");
+        shot.diagnose();
+        const auto card = shot.card(Kind::constantOffset);
+        ASSERT_TRUE(card) << offset;
+        EXPECT_EQ(card->doubt.cure, "--sound-offset " + offsetText(offset, TimecodeFrameRate::fps25));
+    }
 }
 
 TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
@@ -202,7 +220,8 @@ TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
                 group.isLocked = i == one.locked;
             });
         std::unordered_map<UUID, HeardLag> heard;
-        for (std::size_t i = 0; i < one.heard.size(); ++i) heard[shot.groups[i].id] = {one.heard[i]};
+        for (std::size_t i = 0; i < one.heard.size(); ++i)
+            heard[shot.groups[i].audioMatches.front().id] = {one.heard[i]};
         shot.doubts =
             SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
         EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;
@@ -213,24 +232,30 @@ TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
 }
 
 TEST(ClockDoubts, ARecorderThatWasStartedLateIsNoWrongClockOnceTheCamerasWereHeard) {
-    Shot shot;
-    for (int i = 0; i < 6; ++i) {
-        shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", 36000 + 300 * i, 10));
-        shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", 36003 + 300 * i, 12));
+    for (const bool isSecondUnitRight : {false, true}) {
+        Shot shot;
+        for (int i = 0; i < 6; ++i) {
+            const std::string number = std::to_string(i) + ".wav";
+            shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", 36000 + 300 * i, 10));
+            shot.videos.back().channelCount = 2;
+            shot.audios.push_back(recordingAt("/S/T" + number, 36003 + 300 * i, 12));
+            if (isSecondUnitRight) shot.audios.push_back(recordingAt("/S2/U" + number, 35997 + 300 * i, 20));
+        }
+        shot.diagnose();
+        EXPECT_EQ(shot.count(Kind::constantOffset), 6) << "by timecode alone it may be either";
+        std::unordered_map<UUID, HeardLag> heard;
+        for (const SoundLag::Pair& pair : SoundLag::pairsToHear(shot.groups))
+            if (pair.recording.files.front().url.path.starts_with("/S/")) heard[pair.matchID] = {0.04};
+        const auto doubtsOf = [&] {
+            shot.doubts =
+                SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
+            return shot.count(Kind::constantOffset);
+        };
+        EXPECT_EQ(doubtsOf(), 0);
+        EXPECT_EQ(shot.count(Kind::shortSound), isSecondUnitRight ? 0 : 6);
+        for (auto& [match, lag] : heard) lag.seconds = -3;
+        EXPECT_EQ(doubtsOf(), 6) << "heard at another place";
     }
-    shot.diagnose();
-    EXPECT_EQ(shot.count(Kind::constantOffset), 6) << "by timecode alone it may be either";
-    std::unordered_map<UUID, HeardLag> heard;
-    for (const double lag : {0.0, 0.04, -0.02}) heard[shot.groups[heard.size()].id] = {lag};
-    const auto doubtsOf = [&] {
-        shot.doubts =
-            SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
-        return shot.count(Kind::constantOffset);
-    };
-    EXPECT_EQ(doubtsOf(), 0);
-    EXPECT_EQ(shot.count(Kind::shortSound), 6);
-    for (auto& [clip, lag] : heard) lag.seconds = -3;
-    EXPECT_EQ(doubtsOf(), 6) << "heard at another place";
 }
 
 TEST(ClockDoubts, ClaimsNoClockByChance) {

@@ -51,7 +51,7 @@ TEST_F(Probe, aCameraFile) {
     EXPECT_EQ(json, JSON::parse(R"({"kind":"video","filename":"A001.mov","startTimecodeString":"01:00:00:00",
         "timecodeFrameRate":"fps25","durationSeconds":10.0,"width":1920,"height":1080,"frameRate":25.0,"sensorFrameRate":25.0,
         "projectFrameRate":25.0,"videoCodecFourCC":"avc1","channelCount":2,"sampleRate":48000.0,
-        "contentCreatedDate":"2024-05-17T08:00:00Z"})"));
+        "contentCreatedDate":"2024-05-17T08:00:00Z","dateZoneMinutes":120})"));
 }
 
 TEST_F(Probe, creationDates) {
@@ -60,6 +60,10 @@ TEST_F(Probe, creationDates) {
         return probed(maker.metadata(key, text).metadata(key, "2020-01-01T00:00:00Z"), "a.mov")
             .contentCreatedDate;
     };
+    EXPECT_FALSE(
+        probed(camera().metadata("com.apple.quicktime.creationdate", "2024-05-17T08:00:00Z"), "a.mov")
+            .dateZoneMinutes)
+        << "nobody's clock";
     EXPECT_EQ(date(camera(), "2024-05-17T08:00:00.250Z"), dateFromISO8601("2024-05-17T08:00:00.250Z"));
     EXPECT_EQ(date(camera(), "2024-05-17T08:00:00"), calendar::date({2024, 5, 17, 8, 0, 0}));
     for (const char* text : {"2024-05-17", "2024-02-31T08:00:00", "2024-05-17T08:00:00 ", "yesterday"})

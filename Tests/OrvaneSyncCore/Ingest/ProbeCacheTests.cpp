@@ -33,6 +33,7 @@ class Cache : public testing::Test {
         asset.timecodeFrameRate = TimecodeFrameRate::fps120d;
         asset.durationSeconds = asset.frameRate = 0.1;
         asset.contentCreatedDate = Date{-1'700'000'000'123ms};
+        asset.dateZoneMinutes = -210;
         asset.width = -1;
         asset.height = asset.channelCount = std::numeric_limits<int>::max();
         asset.sampleRate = asset.sensorFrameRate = asset.projectFrameRate = 1e-300;

@@ -21,6 +21,11 @@ MediaAsset created(MediaAsset asset, const char* date) {
     return asset;
 }
 
+MediaAsset createdIn(int zoneMinutes, MediaAsset asset, const char* date) {
+    asset.dateZoneMinutes = zoneMinutes;
+    return created(std::move(asset), date);
+}
+
 /// The offsets of the matches of the first video.
 std::vector<double> offsets(MatchRules rules, const std::vector<MediaAsset>& videos,
                             const std::vector<MediaAsset>& audios) {
@@ -74,6 +79,11 @@ TEST(Days, MeetByTheirRule) {
          created(video("A.mov", "23:59:50:00"), "2024-05-18T00:00:20Z"),
          {late},
          {5}},
+        {"a date that is the next day's where the recordings are read",
+         automatic,
+         createdIn(-240, video("A.mov", "20:03:00:00"), "2024-05-18T00:03:00Z"),
+         {audio("T_240517.wav", "20:02:55:00"), audio("T_240518.wav", "20:02:57:00")},
+         {-5}},
         {"such a date with a name that has one",
          midnight,
          created(video("A_240518.mov", "23:59:50:00"), "2024-05-18T00:00:20Z"),

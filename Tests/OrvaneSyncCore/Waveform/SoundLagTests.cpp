@@ -68,7 +68,7 @@ TEST(SoundLag, IsFoundByTheCamerasOwnMicrophone) {
         }
         const auto lags = SoundLag::heard(pairs);
         for (std::size_t i = 0; i < cases.size(); ++i) {
-            const auto found = lags.find(pairs[i].groupID);
+            const auto found = lags.find(pairs[i].matchID);
             ASSERT_EQ(found != lags.end(), cases[i].heard.has_value()) << cases[i].name << ", seed " << seed;
             if (!cases[i].heard) continue;
             EXPECT_NEAR(found->second.seconds, *cases[i].heard, 0.011) << cases[i].name;
@@ -86,7 +86,7 @@ TEST(SoundLag, IsFoundByTheCamerasOwnMicrophone) {
             EXPECT_NEAR(one.begin()->second.drift.value_or(1), isSlow ? -0.001 : 0, 0.0002) << seed;
         }
         pairs.assign(5, pairs[1]);
-        for (SoundLag::Pair& pair : pairs) pair.groupID = UUID::random();
+        for (SoundLag::Pair& pair : pairs) pair.matchID = UUID::random();
         EXPECT_EQ(SoundLag::heard(pairs).size(), 3U) << "the others would say the same";
     }
 }

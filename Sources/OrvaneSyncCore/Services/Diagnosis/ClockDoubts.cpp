@@ -159,7 +159,7 @@ class ClockDoubts {
         if (!start) return std::nullopt;
         const double end = *start + clip.place->range.durationSeconds() - sound.range.durationSeconds();
         const auto [first, last] = std::minmax(*start, end);
-        return OffsetWindow{first - coverSlackSeconds, last + coverSlackSeconds, number};
+        return OffsetWindow{first - coverSlackSeconds, last + coverSlackSeconds, *start, number};
     }
 
     /// What brings the recordings under the clips, where it is no chance, also as the best of so many tries.
@@ -239,12 +239,15 @@ class ClockDoubts {
         constexpr double inPlaceSeconds = 0.2; // a camera's own delay, or a nudge
         std::ptrdiff_t heard = 0, inPlace = 0;
         for (const Shoot::Clip& clip : shoot_.clips) {
-            if (!clip.primary || clip.group->manualAudioOffsetSeconds != 0 || !isOf(card, *clip.primary))
-                continue;
-            const auto lag = shoot_.input.heardLags->find(clip.group->id);
-            if (lag == shoot_.input.heardLags->end()) continue;
-            ++heard;
-            if (std::abs(lag->second.seconds) < inPlaceSeconds) ++inPlace;
+            if (clip.group->manualAudioOffsetSeconds != 0) continue;
+            for (const AudioMatch& match : clip.group->audioMatches) {
+                const auto lag = shoot_.input.heardLags->find(match.id);
+                if (lag == shoot_.input.heardLags->end()) continue;
+                const auto recording = shoot_.recordingByID.find(match.audio->id);
+                if (recording == shoot_.recordingByID.end() || !isOf(card, recording->second)) continue;
+                ++heard;
+                if (std::abs(lag->second.seconds) < inPlaceSeconds) ++inPlace;
+            }
         }
         return inPlace >= explanation::fewest &&
                static_cast<double>(inPlace) > explanation::majority * static_cast<double>(heard);
@@ -333,27 +336,31 @@ class ClockDoubts {
     }
 
     /// Whole hours go before half ones, these before whole seconds: of all offsets that find sound for the
-    /// same clips, what people set their clocks wrong by.
+    /// same clips, what people set their clocks wrong by. Long recordings lie under clips by several of them;
+    /// by the right one both begin nearly together.
     std::pair<double, bool> nicest(const std::vector<OffsetWindow>& windows, std::size_t clipCount,
                                    const DeepestOffset& best) const {
         constexpr double anHour = 3600;
+        constexpr double nearSeconds = 30; // of what the best one misses by a clip that begins early
+        constexpr double clearlyNearerSeconds = 60;
         const double hourOfLabels = labelSeconds(anHour, rate_);
-        std::optional<std::pair<double, bool>> nice;
-        int most = static_cast<int>(std::ceil(nearlyAll * best.depth));
-        const auto propose = [&](double offset) {
-            if (std::abs(offset) < 1) return;
-            const int depth = depthAt(windows, clipCount, offset);
-            if (depth < most) return;
-            most = depth + 1; // a later one must find more
-            nice = {offset, true};
-        };
-        constexpr int hours = 24;
+        std::optional<double> nice;
+        OffsetFit most{static_cast<int>(std::ceil(nearlyAll * best.depth)), 0};
+        constexpr int days = 2, hours = 24;
         for (const double step : {anHour, hourOfLabels, anHour / 2, hourOfLabels / 2})
-            for (const int near : {-1, 0, 1}) {
-                const double count = std::round(best.seconds / step) + near;
-                if (std::abs(count) <= 2 * hours) propose(count * step);
+            for (int count = -days * hours; count <= days * hours; ++count) {
+                const double offset = count * step;
+                if (count == 0) continue;
+                const OffsetFit fit = fitAt(windows, clipCount, offset);
+                const bool isNear = std::abs(offset - best.seconds) <= best.widthSeconds / 2 + nearSeconds;
+                if (fit.depth < most.depth || (fit.depth < best.depth && !isNear)) continue;
+                if (nice && fit.depth == most.depth &&
+                    fit.startsApartSeconds >= most.startsApartSeconds - clearlyNearerSeconds)
+                    continue;
+                most = fit;
+                nice = offset;
             }
-        if (nice) return *nice;
+        if (nice) return {*nice, true};
         const double whole = std::round(best.seconds);
         const bool fits = std::abs(whole - best.seconds) <= best.widthSeconds / 2;
         return {fits ? whole : best.seconds, false};

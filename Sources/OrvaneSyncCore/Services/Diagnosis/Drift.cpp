@@ -30,7 +30,7 @@ void addDrift(const Shoot& shoot, SyncDoubts& doubts) {
         if (!clip.primary || clip.group->isExcludedFromExport) continue;
         HeardClips& card = cards[{folderOf(clip.group->video), folderOf(*clip.group->primaryAudio())}];
         card.clips.push_back(&clip);
-        const auto lag = shoot.input.heardLags->find(clip.group->id);
+        const auto lag = shoot.input.heardLags->find(clip.group->audioMatches.front().id);
         if (lag != shoot.input.heardLags->end() && lag->second.drift)
             card.drifts.push_back(*lag->second.drift);
     }

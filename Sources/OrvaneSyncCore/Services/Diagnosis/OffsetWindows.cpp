@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace orvane {
@@ -38,11 +39,20 @@ DeepestOffset deepest(const std::vector<OffsetWindow>& windows, std::size_t clip
     return best;
 }
 
-int depthAt(const std::vector<OffsetWindow>& windows, std::size_t clipCount, double offset) {
-    std::vector<bool> isFound(clipCount);
+OffsetFit fitAt(const std::vector<OffsetWindow>& windows, std::size_t clipCount, double offset) {
+    constexpr double none = std::numeric_limits<double>::infinity();
+    std::vector<double> apart(clipCount, none);
     for (const OffsetWindow& window : windows)
-        if (window.first <= offset && offset <= window.last) isFound[window.clip] = true;
-    return static_cast<int>(std::ranges::count(isFound, true));
+        if (window.first <= offset && offset <= window.last)
+            apart[window.clip] = std::min(apart[window.clip], std::abs(window.start - offset));
+    OffsetFit fit;
+    for (const double seconds : apart) {
+        if (seconds == none) continue;
+        ++fit.depth;
+        fit.startsApartSeconds += seconds;
+    }
+    if (fit.depth > 0) fit.startsApartSeconds /= fit.depth;
+    return fit;
 }
 
 double chanceOf(const std::vector<OffsetWindow>& windows, const DeepestOffset& best) {

@@ -15,13 +15,18 @@ struct DeepestOffset {
 /// Offsets by which one recording comes to lie under one clip.
 struct OffsetWindow {
     double first, last;
+    double start; ///< where both begin together
     std::size_t clip;
 };
 
 /// The offset in most clips' windows, in the middle of where they meet.
 DeepestOffset deepest(const std::vector<OffsetWindow>& windows, std::size_t clipCount);
-/// How many clips have a window there.
-int depthAt(const std::vector<OffsetWindow>& windows, std::size_t clipCount, double offset);
+/// What an offset does for the clips.
+struct OffsetFit {
+    int depth = 0;                 ///< how many have a window there
+    double startsApartSeconds = 0; ///< from the recordings' starts to those of these clips, on average
+};
+OffsetFit fitAt(const std::vector<OffsetWindow>& windows, std::size_t clipCount, double offset);
 /// That the best of all offsets finds sound for so many clips although the two have nothing to do with
 /// each other: the windows would then lie anywhere.
 double chanceOf(const std::vector<OffsetWindow>& windows, const DeepestOffset& best);

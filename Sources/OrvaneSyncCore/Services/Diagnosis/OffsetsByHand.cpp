@@ -62,7 +62,7 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
             card.isConfirmed = true;
         else
             card.unmoved.push_back(&clip);
-        if (const auto lag = heardLags.find(clip.group->id);
+        if (const auto lag = heardLags.find(clip.group->audioMatches.front().id);
             lag != heardLags.end() && clip.group->manualAudioOffsetSeconds == 0)
             card.heard.push_back(lag->second.seconds);
     }

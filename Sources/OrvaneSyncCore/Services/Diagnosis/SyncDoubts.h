@@ -24,8 +24,11 @@ struct DoubtInput {
     TrimMode trimMode;
     const SmartAudioResults& smartAudioResults; ///< as far as there are any
     const FileNames& names;                     ///< of all files of the work
-    /// Of clips that were listened to, by group. Null: none were.
+    /// Of clips that were listened to, by match. Null: none were.
     const std::unordered_map<UUID, HeardLag>* heardLags = nullptr;
+    /// That the scan was given, by their real paths, below which its exclusions are matched; none for work
+    /// that no scan made.
+    std::vector<FileURL> folders = {};
 };
 
 /// Why clips may not have the right sound. Derived anew from the state of the work; pure, any thread.

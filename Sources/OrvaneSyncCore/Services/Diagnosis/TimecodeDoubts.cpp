@@ -53,7 +53,7 @@ class TimecodeDoubts {
 
     /// By the date of the file, else by that of its header. A date at midnight is one without a time of day.
     static std::optional<double> secondsOf(const MediaAsset& video) {
-        for (const auto& date : {video.contentCreatedDate, video.headerDate})
+        for (const auto& date : {video.localCreatedDate(), video.headerDate})
             if (date && secondOfDay(*date) != 0)
                 return static_cast<double>(dayNumber(*date)) * secondsADay + secondOfDay(*date);
         return std::nullopt;

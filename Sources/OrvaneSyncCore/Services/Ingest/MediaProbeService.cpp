@@ -82,13 +82,13 @@ void takeTracks(MediaAsset& asset, const MediaInspection& inspection) {
     }
 }
 
-std::optional<Date> creationDate(const std::vector<MediaMetadataItem>& metadata) {
-    for (const MediaMetadataItem& item : metadata) {
-        if (item.commonKey != "creationDate" || !item.string) continue;
-        const auto date = dateFromISO8601(*item.string);
-        return date ? date : dateFromLocalISO8601(*item.string);
-    }
-    return std::nullopt;
+void takeCreationDate(MediaAsset& asset, const std::vector<MediaMetadataItem>& metadata) {
+    const auto item = std::ranges::find_if(
+        metadata, [](const MediaMetadataItem& one) { return one.commonKey == "creationDate" && one.string; });
+    if (item == metadata.end()) return;
+    asset.contentCreatedDate = dateFromISO8601(*item->string);
+    asset.dateZoneMinutes = zoneMinutesFromISO8601(*item->string);
+    if (!asset.contentCreatedDate) asset.contentCreatedDate = dateFromLocalISO8601(*item->string);
 }
 
 std::optional<double> numberOf(const MediaMetadataItem& item) {
@@ -265,8 +265,8 @@ std::vector<MediaAsset> MediaProbeService::probeAll(const std::vector<FileURL>& 
     return assets;
 }
 
-/// What the cache gave goes back with its mark. What was just probed may have a start that was heard, which
-/// is not for the cache, and gives its mark to it in the next scan.
+/// What the cache gave goes back with its mark, and with what is missing at its end. What was just probed may
+/// have a start that was heard, which is not for the cache, and gives those to it in the next scan.
 void MediaProbeService::markContents(std::vector<MediaAsset>& recordings, const std::vector<Known>& known,
                                      const std::stop_token& stop) const {
     const std::vector<std::size_t> unmarked = ContentMarks::missingIn(recordings);
@@ -277,6 +277,12 @@ void MediaProbeService::markContents(std::vector<MediaAsset>& recordings, const 
             cache_->store(recordings[i], *known[i].attributes);
     };
     platform::concurrently(unmarked.size(), maxConcurrentProbes, mark, stop);
+    for (const auto& [i, heldShare] : ContentMarks::brokenOffIn(recordings, stop)) {
+        MediaAsset& recording = recordings[i];
+        recording.heldShare = heldShare;
+        if (recording.durationSeconds) *recording.durationSeconds *= heldShare;
+        if (cache_ && known[i].isHit) cache_->store(recording, *known[i].attributes);
+    }
 }
 
 /// The attributes are read before any file is, so that an entry for one that changes during its probe is
@@ -332,7 +338,7 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
     else if (inspection.heldShare && isWorthTelling(*inspection.heldShare, inspection))
         asset.heldShare = inspection.heldShare;
     takeTracks(asset, inspection);
-    asset.contentCreatedDate = creationDate(inspection.metadata);
+    takeCreationDate(asset, inspection.metadata);
     asset.headerDate = StartSources::headerDate(inspection);
 
     const std::string extension = url.lowercasedExtension();
@@ -362,7 +368,10 @@ void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFil
     asset.ixmlData = std::move(ixml);
     asset.bextTimeReference = bext.timeRef ? bext.timeRef : samplesOf(timestamp, asset.sampleRate);
     asset.bextOriginator = std::move(bext.originator);
-    if (bext.originationDate) asset.contentCreatedDate = bext.originationDate;
+    if (bext.originationDate) {
+        asset.contentCreatedDate = bext.originationDate;
+        asset.dateZoneMinutes.reset();
+    }
     if (asset.startTimecodeString) return;
 
     if (asset.bextTimeReference) {

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <functional>
 #include <numeric>
+#include <tuple>
 #include <utility>
 
 namespace orvane {
@@ -28,6 +29,7 @@ struct Contender {
     double coveredSeconds = 0;      ///< of the clip
     std::size_t first = 0;          ///< the place of its first file among what was met
     bool isOfOtherDay = false;
+    bool endsEarly = false; ///< a file of it ends before its header says so
 };
 
 /// The files that meet one clip, the one with the most in common first.
@@ -44,8 +46,10 @@ Files filesOf(const TCRange& clip, const std::vector<Meeting>& meetings,
     const std::size_t count = meetings.size();
     files.met.resize(count);
     std::iota(files.met.begin(), files.met.end(), std::size_t{0});
-    std::ranges::stable_sort(files.met, std::greater{},
-                             [&](std::size_t i) { return meetings[i].overlapSeconds; });
+    // Behind what it has in common with the clip, a copy that broke off holds nothing.
+    std::ranges::stable_sort(files.met, std::greater{}, [&](std::size_t i) {
+        return std::pair(meetings[i].overlapSeconds, !recordings[meetings[i].recording].asset->heldShare);
+    });
     files.meetings.reserve(count);
     files.parts.reserve(count);
     for (const std::size_t i : files.met) {
@@ -126,6 +130,8 @@ std::vector<Contender> contendersOf(const TCRange& clip, const Files& files) {
             }
             one.coveredSeconds = coveredSeconds(clip, std::move(ranges));
         }
+        one.endsEarly = std::ranges::any_of(
+            one.files, [&](std::size_t file) { return files.candidates[file].audio->heldShare.has_value(); });
         contenders.push_back(std::move(one));
     }
     return contenders;
@@ -134,7 +140,7 @@ std::vector<Contender> contendersOf(const TCRange& clip, const Files& files) {
 void rank(std::vector<Contender>& contenders) {
     const auto key = [](const Contender& one) {
         constexpr double perSecond = 1e6; // sums of parts are rounded
-        return std::pair(-std::llround(one.coveredSeconds * perSecond), one.first);
+        return std::tuple(-std::llround(one.coveredSeconds * perSecond), one.endsEarly, one.first);
     };
     std::ranges::sort(contenders, {}, key);
     const double least = contenders.front().coveredSeconds * ambiguityShare;

@@ -126,10 +126,10 @@ std::optional<long> Places::dayOf(const MediaAsset& asset, const SyncEngine::TCR
     if (!shootDay) return std::nullopt;
     if (!lastDay_ || lastDay_->first != *shootDay) lastDay_ = {*shootDay, dayNumber(*shootDay)};
     const long day = lastDay_->second;
-    if (!asset.contentCreatedDate || starts_.of(*asset.contentCreatedDate) != *shootDay ||
-        MediaAsset::shootDateFromFilename(asset.filename))
+    const auto date = asset.localCreatedDate();
+    if (!date || starts_.of(*date) != *shootDay || MediaAsset::shootDateFromFilename(asset.filename))
         return day;
-    const double second = secondOfDay(*asset.contentCreatedDate);
+    const double second = secondOfDay(*date);
     return day - daysBefore(sourceOf(asset), asset, second, range).value_or(0);
 }
 
@@ -137,8 +137,7 @@ void Places::learn(const MediaAsset& asset) {
     if (!asset.contentCreatedDate && !asset.headerDate) return;
     const auto range = AssetPlacement(asset, rules_.timecodeRate).range();
     if (!range) return;
-    if (asset.contentCreatedDate)
-        learn(sourceOf(asset), asset, secondOfDay(*asset.contentCreatedDate), *range);
+    if (const auto date = asset.localCreatedDate()) learn(sourceOf(asset), asset, secondOfDay(*date), *range);
     if (asset.headerDate) learn(Source::header, asset, secondOfDay(*asset.headerDate), *range);
 }
 

@@ -66,7 +66,7 @@ bool isOfOneTake(const MediaAsset& a, const MediaAsset& b) {
 
 bool isCopy(const MediaAsset& a, const MediaAsset& b) {
     if (folderPath(a) == folderPath(b) || differ(a.channelCount, b.channelCount) ||
-        differ(a.contentMark, b.contentMark) || !mayBeOfOneRecorder(a, b))
+        differ(a.contentMark, b.contentMark) || a.heldShare != b.heldShare || !mayBeOfOneRecorder(a, b))
         return false;
     if (a.fileSizeBytes && b.fileSizeBytes) return *a.fileSizeBytes == *b.fileSizeBytes;
     const auto samples = [](const MediaAsset& file) {

@@ -66,8 +66,8 @@ std::string iXML(const SyncGroup& group, std::optional<std::string> IXMLData::*f
 }
 
 std::optional<calendar::Fields> recordingDate(const SyncGroup& group) {
-    std::optional<Date> date = group.video.contentCreatedDate;
-    if (!date && group.primaryAudio() != nullptr) date = group.primaryAudio()->contentCreatedDate;
+    std::optional<Date> date = group.video.localCreatedDate();
+    if (!date && group.primaryAudio() != nullptr) date = group.primaryAudio()->localCreatedDate();
     if (!date) return std::nullopt;
     return calendar::fields(*date);
 }

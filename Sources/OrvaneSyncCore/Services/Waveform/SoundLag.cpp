@@ -133,6 +133,12 @@ std::string_view folderOf(const FileURL& file) {
     return std::string_view(file.path).substr(0, file.path.rfind('/'));
 }
 
+bool liesUnderAll(const AudioMatch& match, double clipSeconds) {
+    constexpr double slackSeconds = 1; // a slow hand at the recorder
+    return match.syncOffsetSeconds <= slackSeconds &&
+           match.syncOffsetSeconds + match.audio->durationSeconds.value_or(0) >= clipSeconds - slackSeconds;
+}
+
 bool areOfOneCard(const Pair& a, const Pair& b) {
     return folderOf(a.camera) == folderOf(b.camera) &&
            folderOf(a.recording.files.front().url) == folderOf(b.recording.files.front().url);
@@ -141,29 +147,49 @@ bool areOfOneCard(const Pair& a, const Pair& b) {
 } // namespace
 
 std::vector<Pair> pairsToHear(const SyncGroupList& groups) {
-    std::map<std::pair<std::string_view, std::string_view>, std::vector<const SyncGroup*>> cards;
-    for (const SyncGroup& group : groups)
-        if (!group.audioMatches.empty() && group.matchStatus.isSettled() && !group.isLocked &&
-            !group.isExcludedFromExport && group.manualAudioOffsetSeconds == 0 && !group.video.isOffspeed() &&
-            group.video.channelCount.value_or(0) > 0 &&
-            group.video.durationSeconds.value_or(0) >= leastSeconds)
-            cards[{folderOf(group.video.url), folderOf(group.primaryAudio()->url)}].push_back(&group);
+    struct Heard {
+        const SyncGroup* group;
+        const AudioMatch* match;
+    };
+    std::map<std::pair<std::string_view, std::string_view>, std::vector<Heard>> cards;
+    for (const SyncGroup& group : groups) {
+        if (group.audioMatches.empty() || !group.matchStatus.isSettled() || group.isLocked ||
+            group.isExcludedFromExport || group.manualAudioOffsetSeconds != 0 || group.video.isOffspeed() ||
+            group.video.channelCount.value_or(0) <= 0 ||
+            group.video.durationSeconds.value_or(0) < leastSeconds)
+            continue;
+        const std::string_view camera = folderOf(group.video.url);
+        cards[{camera, folderOf(group.primaryAudio()->url)}].push_back({&group, &group.audioMatches.front()});
+        if (group.audioMatches.size() < 2) continue;
+        for (const TakeFile& file : takeOf(group, assumedChannels).files) {
+            const AudioMatch& match = group.audioMatches[file.matchIndex];
+            if (file.role != TakeRole::alternate || liesUnderAll(match, *group.video.durationSeconds))
+                continue;
+            auto& card = cards[{camera, folderOf(match.audio->url)}];
+            if (card.empty() || card.back().group != &group) card.push_back({&group, &match});
+        }
+    }
     std::erase_if(cards, [](const auto& card) { return card.second.size() < fewestPairs; });
     std::vector<Pair> pairs;
     if (cards.empty()) return pairs;
     const std::size_t each = std::clamp(mostPairs / cards.size(), fewestPairs, mostPairsOfACard);
-    const auto isShort = [](const SyncGroup* group) {
-        return *group->video.durationSeconds < leastForDriftSeconds;
+    const auto isShort = [](const Heard& one) {
+        return *one.group->video.durationSeconds < leastForDriftSeconds;
     };
     for (auto& [folders, clips] : cards) {
         if (std::cmp_greater_equal(std::ranges::count_if(clips, std::not_fn(isShort)), fewestPairs))
             std::erase_if(clips, isShort);
         const std::size_t count = std::min(each, clips.size());
         for (std::size_t i = 0; i < count; ++i) {
-            const SyncGroup& group = *clips[i * clips.size() / count];
-            const ClipSound sound(group);
-            pairs.push_back(
-                {group.id, group.video.url, *sound.take, sound.offsetSeconds, *group.video.durationSeconds});
+            const auto& [group, match] = clips[i * clips.size() / count];
+            const double length = *group->video.durationSeconds;
+            if (match != &group->audioMatches.front()) {
+                pairs.push_back(
+                    {match->id, group->video.url, match->audio->url, match->syncOffsetSeconds, length});
+                continue;
+            }
+            const ClipSound sound(*group);
+            pairs.push_back({match->id, group->video.url, *sound.take, sound.offsetSeconds, length});
         }
     }
     return pairs;
@@ -235,7 +261,7 @@ std::unordered_map<UUID, HeardLag> heard(const std::vector<Pair>& pairs, const s
                 found.push_back(lag->seconds);
                 drifts += lag->drift ? 1 : 0;
                 const std::lock_guard lock(mutex);
-                lags.emplace(pair.groupID, *lag);
+                lags.emplace(pair.matchID, *lag);
             }
             nowDone(cards[card].size() - tried);
         },

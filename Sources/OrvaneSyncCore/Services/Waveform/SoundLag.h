@@ -24,9 +24,9 @@ inline constexpr double binsPerSecond = 100;
 /// A drift of 0.1 % is then 40 ms from the head to the tail.
 inline constexpr double leastForDriftSeconds = 50;
 
-/// A clip whose camera recorded sound, with its recording.
+/// A clip whose camera recorded sound, with one of its recordings.
 struct Pair {
-    UUID groupID;
+    UUID matchID; ///< of the clip with the recording
     FileURL camera;
     TakeSound recording;
     double offsetSeconds = 0; ///< clip time of the recording's first sample
@@ -34,7 +34,8 @@ struct Pair {
 };
 /// Of each camera folder with each folder of recordings some clips, spread over them: those that have their
 /// sound by timecode alone, and where there are enough that last long enough to show a drift, of these. None
-/// where three could not be heard.
+/// where three could not be heard. Of what lies beside the take of a clip, recordings that begin within the
+/// clip or end within it: such a recorder was started late, or its clock is wrong.
 std::vector<Pair> pairsToHear(const SyncGroupList& groups);
 
 /// Seconds to be added to the offset of the recording, to 10 ms. Both are levels in dB, `binsPerSecond` of
@@ -44,7 +45,7 @@ std::optional<double> between(std::span<const float> camera, std::span<const flo
                               double offsetSeconds);
 
 /// The same of files at the head of the clip, and at the tail of one that lasts `leastForDriftSeconds`; by
-/// group. Those for which there is none are left out, and those behind three of their card that agree. Pairs
+/// match. Those for which there is none are left out, and those behind three of their card that agree. Pairs
 /// of one card stand together. `progress` gets the number of pairs that are done, from several threads, one
 /// call at a time. Throws Stopped.
 std::unordered_map<UUID, HeardLag> heard(const std::vector<Pair>& pairs, const std::stop_token& stop = {},

@@ -346,6 +346,34 @@ TEST(SyncDoubts, LooksAtEachClip) {
     }
 }
 
+TEST(SyncDoubts, AnHourThatComesTwiceNeverMixesSilently) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    struct Case {
+        const char* name;
+        bool isDated;
+        double start, seconds; ///< of the second hour's sound, from its clip on; none without a length
+        int doubted;
+    };
+    for (const Case& one : {Case{"both hours alike", false, -3, 20, 8},
+                            {"later in its clip", false, 2, 17, 8},
+                            {"the same with dates", true, 2, 17, 8},
+                            {"earlier", true, -5, 17, 8},
+                            {"no sound of the second hour", true, 0, 0, 8}}) {
+        Shot shot;
+        for (int i = 0; i < 8; ++i) {
+            const bool isSecond = i >= 4;
+            const double at = 7200 + 307 * (i % 4);
+            shot.videos.push_back(clipAt("/CAM/A00" + std::to_string(i) + ".mov", at, 10));
+            if (isSecond && one.seconds == 0) continue;
+            shot.audios.push_back(recordingAt("/S/T00" + std::to_string(i) + ".wav",
+                                              at + (isSecond ? one.start : -3), isSecond ? one.seconds : 20));
+        }
+        if (one.isDated) shot.date(shot.audios, "2024-10-27");
+        shot.diagnose();
+        EXPECT_EQ(std::ssize(shot.doubts.byGroup), one.doubted) << one.name;
+    }
+}
+
 TEST(SyncDoubts, HearsSpeechOnAChannelThatIsOff) {
     Shot shot{{clipAt("/C/A.mov", 36000, 60)}, {recordingAt("/S/T.wav", 35990, 90)}, {}};
     shot.diagnose();

@@ -58,13 +58,18 @@ class DayDoubts {
             if (std::cmp_less(card.files.size(), fewestOfADate))
                 for (const std::size_t file : card.files) fewOfItsDate_.insert(file);
         }
+        const auto atOnce = filmedAtOnce(shoot_);
         platform::StopCheck check(shoot_.stop);
         for (const Shoot::Clip& clip : shoot_.clips) {
             check();
             if (clip.isDecided || !clip.place) continue;
-            if (clip.primary)
-                otherDay(clip);
-            else if (clip.group->isMOS())
+            if (clip.primary && !otherDay(clip)) {
+                const AudioMatch* beside = collisionInFolder(clip);
+                if (const auto other = atOnce.find(&clip); other != atOnce.end())
+                    sharesItsSound(clip, *other->second, beside);
+                else if (beside != nullptr)
+                    collides(clip, *beside);
+            } else if (clip.group->isMOS())
                 missesOtherDate(clip);
         }
     }
@@ -140,13 +145,23 @@ class DayDoubts {
 
     /// Of the first recording, else of the first one beside it whose day cannot be relied on: those stand in
     /// the document as well.
-    void otherDay(const Shoot::Clip& clip) {
-        for (const AudioMatch& match : clip.group->audioMatches) {
+    /// Whether there is a doubt.
+    bool otherDay(const Shoot::Clip& clip) {
+        return std::ranges::any_of(clip.group->audioMatches, [&](const AudioMatch& match) {
             const auto found = shoot_.recordingByID.find(match.audio->id);
-            if (found != shoot_.recordingByID.end() &&
-                otherDay({clip, match, shoot_.recordings[found->second]}))
-                return;
-        }
+            return found != shoot_.recordingByID.end() &&
+                   otherDay({clip, match, shoot_.recordings[found->second]});
+        });
+    }
+    void sharesItsSound(const Shoot::Clip& clip, const Shoot::Clip& other, const AudioMatch* beside) {
+        const MediaAsset& sound = *clip.group->primaryAudio();
+        doubt(clip, Kind::ambiguous,
+              shoot_.nameOf(clip.group->video) + " and " + shoot_.nameOf(other.group->video) +
+                  " lie at one time, which one camera can't do, and both have " + shoot_.nameOf(sound) +
+                  (beside != nullptr ? " before " + shoot_.nameOf(*beside->audio) : std::string()) +
+                  ": a clock was set back between them, as at the end of summer time",
+              "choose in the table of 'scan --review', or lock the one whose sound is right and leave the "
+              "other out");
     }
     std::string namesOf(const Pair& pair) const {
         return shoot_.nameOf(*pair.sound.asset) + " under " + shoot_.nameOf(pair.clip.group->video) +
@@ -211,16 +226,23 @@ class DayDoubts {
                });
     }
 
+    /// Whether there is a doubt.
+    bool collides(const Shoot::Clip& clip, const AudioMatch& other) {
+        return doubt(clip, Kind::otherDay,
+                     shoot_.nameOf(*clip.group->primaryAudio()) + " under " +
+                         shoot_.nameOf(clip.group->video) + " was recorded while " +
+                         shoot_.nameOf(*other.audio) +
+                         " was, which one recorder can't do: the date of one of them is wrong, or the clock "
+                         "was set back between them",
+                     "choose in the table of 'scan --review', or scan the two in folders of their own with "
+                     "--sound-date YYYY-MM-DD");
+    }
+
     /// Sound whose date is that of the clip, which may be a wrong one all the same. Whether there is a doubt.
     bool sameDay(const Pair& pair) {
         const auto& [clip, match, sound] = pair;
         if (const AudioMatch* other = pair.isFirst() ? collision(clip, true) : nullptr)
-            return doubt(
-                clip, Kind::otherDay,
-                namesOf(pair) + " was recorded while " + shoot_.nameOf(*other->audio) +
-                    " was, which one recorder can't do: the date of one of them is wrong",
-                "choose in the table of 'scan --review', or scan the two in folders of their own with "
-                "--sound-date YYYY-MM-DD");
+            return collides(clip, *other);
         const auto suspected = suspected_.find({folderOf(*sound.asset), *sound.place.day});
         if (suspected == suspected_.end()) return false;
         const Suspicion& why = suspected->second;

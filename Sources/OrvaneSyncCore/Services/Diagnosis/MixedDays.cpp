@@ -8,6 +8,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace orvane {
@@ -112,7 +113,12 @@ bool undatedFilesCollide(const Shoot& shoot) {
     });
 }
 
-const AudioMatch* collision(const Shoot::Clip& clip, bool areDated) {
+namespace {
+
+/// The first recording beside another one that its recorder may have made, by `isImpossible` at one time with
+/// it.
+template <class IsImpossible>
+const AudioMatch* besideFirst(const Shoot::Clip& clip, const IsImpossible& isImpossible) {
     const AudioMatch& own = clip.group->audioMatches.front();
     const MediaAsset& first = *own.audio;
     const TCRange firstRange = rangeOf(own);
@@ -122,21 +128,102 @@ const AudioMatch* collision(const Shoot::Clip& clip, bool areDated) {
         const TCRange range = rangeOf(match);
         const auto common = SyncEngine::overlapDuration(firstRange, range);
         if (!common || *common <= SplitRecordingDetector::contiguityToleranceSeconds ||
-            !mayBeOneRecorder(first, other) || (first.shootDay() && other.shootDay()) != areDated)
+            !mayBeOneRecorder(first, other))
             continue;
-        const auto [shorter, longer] = std::minmax({firstRange.durationSeconds(), range.durationSeconds()});
-        if (!areDated && haveOneNameAndOtherSound(first, other)) return &match;
-        constexpr double sameStartSeconds = 0.5;
-        // What one recorder has in both of two takes is the sound from before the second one's start.
-        const bool rollTogether =
-            areDated ? std::abs(firstRange.startSeconds - range.startSeconds) <= sameStartSeconds ||
-                           folderOf(first) != folderOf(other) || *common < togetherShare * shorter
-                     : *common >= togetherShare * longer;
         const TakeMembership::Candidate a{&first, firstRange}, b{&other, range};
-        if (!rollTogether && !TakeMembership::isCutShort(a, b) && !TakeMembership::isCutShort(b, a))
+        if (isImpossible(a, b, *common) && !TakeMembership::isCutShort(a, b) &&
+            !TakeMembership::isCutShort(b, a))
             return &match;
     }
     return nullptr;
+}
+
+/// What one recorder has in both of two takes is the sound from before the second one's start.
+bool beginsWhileTheOtherRuns(const TakeMembership::Candidate& a, const TakeMembership::Candidate& b,
+                             double commonSeconds) {
+    constexpr double sameStartSeconds = 0.5;
+    return std::abs(a.range.startSeconds - b.range.startSeconds) > sameStartSeconds &&
+           folderOf(*a.audio) == folderOf(*b.audio) &&
+           commonSeconds >= togetherShare * std::min(a.range.durationSeconds(), b.range.durationSeconds());
+}
+
+} // namespace
+
+const AudioMatch* collision(const Shoot::Clip& clip, bool areDated) {
+    return besideFirst(clip, [&](const auto& a, const auto& b, double common) {
+        if ((a.audio->shootDay() && b.audio->shootDay()) != areDated) return false;
+        if (areDated) return beginsWhileTheOtherRuns(a, b, common);
+        return haveOneNameAndOtherSound(*a.audio, *b.audio) ||
+               common < togetherShare * std::max(a.range.durationSeconds(), b.range.durationSeconds());
+    });
+}
+
+const AudioMatch* collisionInFolder(const Shoot::Clip& clip) {
+    return besideFirst(clip, beginsWhileTheOtherRuns);
+}
+
+namespace {
+
+/// Whether the second file is named as the next one of a camera: in one of its numbers the two differ.
+bool countsOn(const MediaAsset& before, const MediaAsset& after) {
+    const auto numbersOf = [](const std::string& name) {
+        std::vector<std::string> numbers;
+        bool isInNumber = false;
+        for (const char c : name) {
+            const bool isDigit = c >= '0' && c <= '9';
+            if (isDigit && !isInNumber) numbers.emplace_back();
+            if (isDigit) numbers.back() += c;
+            isInNumber = isDigit;
+        }
+        return numbers;
+    };
+    const auto own = numbersOf(before.normalizedName()), next = numbersOf(after.normalizedName());
+    int differing = 0;
+    for (std::size_t i = 0; i < std::min(own.size(), next.size()); ++i)
+        differing += own[i] != next[i] ? 1 : 0;
+    return differing == 1;
+}
+
+/// By how much the clock of a camera was set back, at most: at the end of summer time.
+constexpr double longestSetBackSeconds = 3600, shortestSetBackSeconds = 60;
+
+/// Of a camera's clips in the order of their names, the first one behind the only place where the timecode
+/// steps back, as a clock that was set does; absent where there is none or several.
+std::optional<std::size_t> firstBehindSetBack(const std::vector<const Shoot::Clip*>& clips) {
+    constexpr double halfADay = 43200; // more is midnight
+    std::optional<std::size_t> found;
+    for (std::size_t i = 1; i < clips.size(); ++i) {
+        const double back = clips[i - 1]->place->range.startSeconds - clips[i]->place->range.startSeconds;
+        if (back <= 0 || back > halfADay) continue;
+        if (found || back < shortestSetBackSeconds || back > longestSetBackSeconds ||
+            !countsOn(clips[i - 1]->group->video, clips[i]->group->video))
+            return std::nullopt;
+        found = i;
+    }
+    return found;
+}
+
+} // namespace
+
+std::map<const Shoot::Clip*, const Shoot::Clip*> filmedAtOnce(const Shoot& shoot) {
+    std::map<std::pair<std::string_view, std::string>, std::vector<const Shoot::Clip*>> cameras;
+    for (const Shoot::Clip& clip : shoot.clips) // in the order of their names
+        if (clip.place) cameras[{folderOf(clip.group->video), patternOf(clip.group->video)}].push_back(&clip);
+    std::map<const Shoot::Clip*, const Shoot::Clip*> pairs;
+    for (const auto& [camera, clips] : cameras) {
+        const auto middle = firstBehindSetBack(clips);
+        if (!middle) continue;
+        for (std::size_t i = 0; i < *middle; ++i)
+            for (std::size_t j = *middle; j < clips.size(); ++j) {
+                const Shoot::Clip &before = *clips[i], &behind = *clips[j];
+                if (!before.primary || before.primary != behind.primary ||
+                    !SyncEngine::overlapDuration(before.place->range, behind.place->range))
+                    continue;
+                pairs.try_emplace(&before, &behind);
+                pairs.try_emplace(&behind, &before);
+            }
+    }
+    return pairs;
 }
 
 } // namespace orvane

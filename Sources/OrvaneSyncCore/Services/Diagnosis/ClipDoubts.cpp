@@ -1,5 +1,5 @@
 #include "OrvaneSyncCore/Models/Settings.h"
-#include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
+#include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Matching/MeetingOrder.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
@@ -54,6 +54,47 @@ std::string option(TrimMode mode) {
     return "--set " + std::string(settings::trimMode.key) + "=" + std::string(rawValue(mode));
 }
 
+/// How the recorder of one folder is left out of a scan, where no clip needs it.
+class OtherRecorders {
+  public:
+    explicit OtherRecorders(const Shoot& shoot) : shoot_(shoot), leavingOut_(shoot) {}
+
+    /// `kept`: the folder of a recording that stays. Empty where nothing leaves the other one alone out.
+    const std::string& without(std::string_view folder, std::string_view kept) {
+        const auto [known, isNew] = texts_.try_emplace({folder, kept});
+        if (isNew) known->second = textOf(std::string(folder) + "/", std::string(kept) + "/");
+        return known->second;
+    }
+
+  private:
+    std::string textOf(const std::string& folder, const std::string& kept) const {
+        if (folder == kept) return {};
+        // Its recorder's folder is the highest one that the other does not lie in.
+        const auto same = std::ranges::mismatch(folder, kept).in1 - folder.begin();
+        const bool holdsKept = kept.starts_with(folder);
+        const std::string whole =
+            holdsKept ? folder : folder.substr(0, folder.find('/', static_cast<std::size_t>(same)) + 1);
+        const auto isOther = [&](const MediaAsset& file) {
+            return file.kind == AssetKind::audio &&
+                   (holdsKept ? folderOf(file) == std::string_view(folder).substr(0, folder.size() - 1)
+                              : file.url.path.starts_with(whole));
+        };
+        const auto isOthers = [&](const AudioMatch& match) { return isOther(*match.audio); };
+        if (std::ranges::any_of(shoot_.clips, [&](const Shoot::Clip& clip) {
+                const auto& matches = clip.group->audioMatches;
+                return !matches.empty() && std::ranges::all_of(matches, isOthers);
+            }))
+            return {};
+        const auto options = leavingOut_.of(isOther);
+        if (!options) return {};
+        return (options->globs.empty() ? "a scan " : "") + options->text();
+    }
+
+    const Shoot& shoot_;
+    const LeavingOut leavingOut_;
+    std::map<std::pair<std::string_view, std::string_view>, std::string> texts_;
+};
+
 /// The doubts about one clip by itself.
 class ClipDoubts {
   public:
@@ -62,8 +103,8 @@ class ClipDoubts {
           take_(takeOf(*clip.group, assumedChannels)) {}
 
     /// Two recorders that ran as long: which one comes first is decided by their folders' names.
-    std::vector<SyncDoubt> rivals() {
-        equalRecordings();
+    std::vector<SyncDoubt> rivals(OtherRecorders& others) {
+        equalRecordings(others);
         return std::move(doubts_);
     }
     std::vector<SyncDoubt> all() {
@@ -157,27 +198,29 @@ class ClipDoubts {
         }
         return byFolder;
     }
-    void equalRecordings() {
-        const double least = heardSeconds(group_, take_) * equalShare;
-        const AudioMatch& first = group_.audioMatches.front();
+    /// Of what is heard of the take.
+    double commonSeconds(const std::vector<const AudioMatch*>& matches) const {
         const SyncEngine::TCRange heard{std::max(take_.offsetSeconds, 0.0),
                                         std::min(take_.offsetSeconds + take_.durationSeconds, length())};
+        std::vector<SyncEngine::TCRange> ranges;
+        for (const AudioMatch* match : matches) {
+            const double start = std::max(match->syncOffsetSeconds, 0.0);
+            ranges.push_back({start, start + match->overlapDurationSeconds});
+        }
+        return coveredSeconds(heard, std::move(ranges));
+    }
+    void equalRecordings(OtherRecorders& others) {
+        const double least = heardSeconds(group_, take_) * equalShare;
+        const AudioMatch& first = group_.audioMatches.front();
         for (const auto& [folder, matches] : alternates()) {
-            std::vector<SyncEngine::TCRange> ranges;
-            for (const AudioMatch* match : matches) {
-                const double start = std::max(match->syncOffsetSeconds, 0.0);
-                ranges.push_back({start, start + match->overlapDurationSeconds});
-            }
-            if (coveredSeconds(heard, std::move(ranges)) < least) continue;
-            const auto names =
-                namesBeside(std::string(folderOf(*first.audio)), {matches.front()->audio->url.path});
+            if (commonSeconds(matches) < least) continue;
+            const std::string without = others.without(folder, folderOf(*first.audio));
             add(Kind::ambiguous,
                 shoot_.nameOf(*first.audio) + " and " + shoot_.nameOf(*matches.front()->audio) +
                     " lie under as much of " + name_ +
                     ", neither is clearly best, and the first one is heard",
                 "choose in the table of 'scan --review', or lock the clips" +
-                    (names.empty() ? ""
-                                   : "; --exclude '" + names.front() + "' leaves the other recorder out"));
+                    (without.empty() ? "" : "; " + without + " leaves the other recorder out"));
             return;
         }
     }
@@ -349,6 +392,7 @@ void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts) {
 
 void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts) {
     using enum Kind;
+    OtherRecorders others(shoot);
     addFromEachClip(doubts, shoot, [&](const Shoot::Clip& clip) -> std::vector<SyncDoubt> {
         const SyncGroup& group = *clip.group;
         // Where the recording itself is in doubt, its rivals may be what is right.
@@ -357,7 +401,7 @@ void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts) {
             doubts.has(group.id,
                        {otherDay, otherDateFits, constantOffset, timecodeRate, notTimeOfDay, ambiguous}))
             return {};
-        return ClipDoubts(shoot, clip).rivals();
+        return ClipDoubts(shoot, clip).rivals(others);
     });
 }
 

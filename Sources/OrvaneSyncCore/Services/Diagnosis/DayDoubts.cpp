@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
@@ -17,13 +18,6 @@ namespace {
 
 using Kind = SyncDoubt::Kind;
 using TCRange = SyncEngine::TCRange;
-
-/// As a shell reads it.
-std::string quoted(std::string_view text) {
-    std::string result = "'";
-    for (const char c : text) result += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return result + "'";
-}
 
 /// Whether the day of a clip's sound can be relied on, and what speaks against it.
 class DayDoubts {
@@ -84,7 +78,7 @@ class DayDoubts {
         const auto option = [&](const DaysByFolder& days, std::string_view folder, bool mayBeUnused) {
             const auto found = days.find(folder);
             const bool isOfDay = found == days.end() ? mayBeUnused : found->second == std::set{day};
-            return day && !folder.empty() && isOfDay ? quoted(folder) : std::string("FOLDER");
+            return day && !folder.empty() && isOfDay ? shellQuoted(folder) : std::string("FOLDER");
         };
         const bool isSuspected = std::ranges::any_of(suspected_, [&](const auto& entry) {
             return entry.first.first == sound && entry.second.day == day;
@@ -92,7 +86,7 @@ class DayDoubts {
         constexpr std::string_view unknown = "FOLDER";
         const std::string clipsAt = option(clipDays_, clips, false);
         const bool isKnown = isSuspected || (isSoundSure && !sound.empty() && clipsAt != unknown);
-        const std::string soundAt = isKnown ? quoted(sound) : option(soundDays_, sound, true);
+        const std::string soundAt = isKnown ? shellQuoted(sound) : option(soundDays_, sound, true);
         if (clipsAt == unknown && soundAt == unknown)
             return " in a scan of this day alone (its files lie among those of other days: put links to them "
                    "into a folder of their own)";

@@ -1,40 +1,31 @@
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 
+#include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
-#include <set>
 
 namespace orvane {
 
 namespace {
 
-std::string inAScanOf(const Card& card, const std::vector<std::string>& paths) {
-    const auto others = namesBeside(card.folder, paths);
-    constexpr std::size_t most = 3;
-    std::string options;
-    for (const std::string& other : others)
-        if (options.empty() || others.size() <= most) options += " --exclude '" + other + "'";
-    if (options.empty() || others.size() > most) options = " --exclude with the folders of the others";
-    return " in a scan of this card alone (" + options.substr(1) + ")";
+constexpr const char* byLinks = " alone (put links to them into a folder of their own)";
+
+std::string inAScanWithout(const std::optional<LeavingOut::Options>& others, const char* files) {
+    constexpr std::size_t most = 6;
+    return others && others->globs.size() + others->folders.size() <= most
+               ? " in a scan of this card alone (" + others->text() + ")"
+               : std::string(" in a scan of these ") + files + byLinks;
+}
+
+bool isIn(const Card& card, const MediaAsset& file) {
+    const std::string& path = file.url.path;
+    return path.starts_with(card.folder) && path.size() > card.folder.size() &&
+           path[card.folder.size()] == '/';
 }
 
 } // namespace
-
-std::vector<std::string> namesBeside(const std::string& folder, const std::vector<std::string>& paths) {
-    const std::string within = folder + "/";
-    std::set<std::string> names;
-    for (const std::string& path : paths) {
-        const auto own = std::ranges::mismatch(within, path).in2;
-        const auto first = std::find(std::make_reverse_iterator(own), path.rend(), '/').base();
-        const auto last = std::find(first, path.end(), '/');
-        if (own != path.end() && last != path.end() && !path.starts_with(within))
-            names.insert(std::string(first, last));
-    }
-    return {names.begin(), names.end()};
-}
 
 std::string OffsetCure::of(const Card& card, double offset) const {
     double total = offset + shoot_.input.rules.soundOffsetSeconds;
@@ -51,23 +42,23 @@ std::string OffsetCure::of(const Card& card, double offset) const {
 }
 
 std::string OffsetCure::inAScanOfRecordings(const Card& card, bool isPart) const {
-    std::vector<std::string> paths;
-    bool sharesFolder = isPart;
-    for (const Recording& recording : shoot_.recordings) {
-        paths.push_back(recording.asset->url.path);
-        const auto day = recording.place.day;
-        sharesFolder = sharesFolder || (card.day && folderOf(*recording.asset) == card.folder &&
-                                        !(day && card.isOf(*day + card.movedByDays)));
-    }
-    return sharesFolder
-               ? " in a scan of these recordings alone (put links to them into a folder of their own)"
-               : inAScanOf(card, paths);
+    const bool sharesFolder =
+        isPart || std::ranges::any_of(shoot_.recordings, [&](const Recording& recording) {
+            const auto day = recording.place.day;
+            return card.day && folderOf(*recording.asset) == card.folder &&
+                   !(day && card.isOf(*day + card.movedByDays));
+        });
+    return inAScanWithout(sharesFolder ? std::nullopt : LeavingOut(shoot_).of([&](const MediaAsset& file) {
+        return file.kind == AssetKind::audio && !isIn(card, file);
+    }),
+                          "recordings");
 }
 
 std::string OffsetCure::inAScanOfClips(const Card& card) const {
-    std::vector<std::string> paths;
-    for (const Shoot::Clip& clip : shoot_.clips) paths.push_back(clip.group->video.url.path);
-    return inAScanOf(card, paths);
+    return inAScanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {
+        return file.kind == AssetKind::video && !isIn(card, file);
+    }),
+                          "clips");
 }
 
 } // namespace orvane

@@ -3,7 +3,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 
 #include <string>
-#include <vector>
 
 namespace orvane {
 
@@ -25,9 +24,5 @@ class OffsetCure {
     const Shoot& shoot_;
     TimecodeFrameRate rate_;
 };
-
-/// The names, of the last folder in common or of files in it, in which the paths begin to differ from what
-/// lies in the folder; without those that lie in it.
-std::vector<std::string> namesBeside(const std::string& folder, const std::vector<std::string>& paths);
 
 } // namespace orvane

@@ -1,0 +1,168 @@
+#include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
+
+#include "OrvaneSyncCore/Utilities/PathGlob.h"
+#include "Platform/Stop.h"
+
+#include <algorithm>
+#include <iterator>
+#include <set>
+
+namespace orvane {
+
+namespace {
+
+/// The path stands for itself in a pattern.
+std::string escaped(std::string_view path) {
+    std::string pattern;
+    for (const char c : path)
+        pattern += c == '*' || c == '?' || c == '[' ? std::string{'[', c, ']'} : std::string{c};
+    return pattern;
+}
+
+/// Of paths in the order of their bytes, whether one lies in the folder, which ends with a slash.
+bool hasIn(const std::vector<std::string>& paths, std::string_view folder) {
+    const auto first = std::ranges::lower_bound(paths, folder);
+    return first != paths.end() && first->starts_with(folder);
+}
+
+std::string_view parent(std::string_view folder) {
+    return folder.substr(0, folder.substr(0, folder.size() - 1).rfind('/') + 1);
+}
+
+std::string_view lastName(std::string_view path) { return path.substr(path.rfind('/') + 1); }
+
+/// What a scan passes over: where a folder above the file fits the pattern, or its own name does, in each of
+/// the folders that were named.
+class Trial {
+  public:
+    Trial(const std::vector<std::string>& roots, const std::string& pattern)
+        : roots_(roots), glob_(pattern) {}
+
+    bool leavesOut(const std::string& path) const {
+        bool isFound = false;
+        for (const std::string& root : roots_) {
+            if (!path.starts_with(root)) continue;
+            isFound = true;
+            const std::string_view below = std::string_view(path).substr(root.size());
+            bool isPassedOver = glob_.matches(below);
+            for (std::size_t slash = below.find('/'); slash != std::string_view::npos && !isPassedOver;
+                 slash = below.find('/', slash + 1))
+                isPassedOver = glob_.matches(below.substr(0, slash));
+            if (!isPassedOver) return false;
+        }
+        return isFound;
+    }
+
+  private:
+    const std::vector<std::string>& roots_;
+    PathGlob glob_;
+};
+
+} // namespace
+
+std::string shellQuoted(std::string_view text) {
+    std::string result = "'";
+    for (const char c : text) result += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return result + "'";
+}
+
+std::string LeavingOut::Options::text() const {
+    std::string text;
+    for (const std::string& glob : globs)
+        text += (text.empty() ? "" : " ") + ("--exclude " + shellQuoted(glob));
+    for (const std::string& folder : folders)
+        text += (text.empty() ? "without the folder " : ", without the folder ") + shellQuoted(folder);
+    return text;
+}
+
+LeavingOut::LeavingOut(const Shoot& shoot) : shoot_(shoot) {
+    for (const FileURL& folder : shoot.input.folders)
+        roots_.push_back(folder.path + (folder.path.ends_with('/') ? "" : "/"));
+    if (!roots_.empty()) return;
+    // Of work that no scan made, the folder that all of it has in common.
+    std::string common;
+    const auto take = [&](const MediaAsset& file) {
+        const std::string& path = file.url.path;
+        const std::size_t same =
+            common.empty()
+                ? path.size()
+                : static_cast<std::size_t>(std::ranges::mismatch(common, path).in1 - common.begin());
+        common = path.substr(0, path.substr(0, same).rfind('/') + 1);
+    };
+    for (const Shoot::Clip& clip : shoot.clips) take(clip.group->video);
+    for (const MediaAsset& recording : shoot.input.recordings) take(recording);
+    roots_.push_back(common);
+}
+
+std::optional<LeavingOut::Options>
+LeavingOut::of(const std::function<bool(const MediaAsset&)>& isLeftOut) const {
+    std::vector<std::string> left, kept;
+    const auto take = [&](const MediaAsset& file) {
+        (isLeftOut(file) ? left : kept).push_back(file.url.path);
+    };
+    for (const Shoot::Clip& clip : shoot_.clips) take(clip.group->video);
+    for (const MediaAsset& recording : shoot_.input.recordings) take(recording);
+    std::ranges::sort(kept);
+    std::set<std::string> folders; // with nothing else in them, the highest ones
+    std::set<std::pair<std::string, std::string>>
+        endings; // else the file's own folder, and what its name ends with
+    for (const std::string& path : left) {
+        std::string_view folder = std::string_view(path).substr(0, path.rfind('/') + 1);
+        if (hasIn(kept, folder)) {
+            const std::string_view name = lastName(path);
+            const std::size_t point = name.rfind('.');
+            if (point == std::string_view::npos) return std::nullopt;
+            endings.emplace(folder, name.substr(point));
+            continue;
+        }
+        while (std::ranges::find(roots_, folder) == roots_.end() && folder.size() > 1 &&
+               !hasIn(kept, parent(folder)))
+            folder = parent(folder);
+        folders.emplace(folder);
+    }
+    Options options;
+    const auto propose = [&](const std::string& pattern, const auto& isMeant) {
+        platform::throwIfStopped(shoot_.stop);
+        const Trial trial(roots_, pattern);
+        const auto isPassedOver = [&](const std::string& path) { return trial.leavesOut(path); };
+        if (std::ranges::any_of(kept, isPassedOver)) return false;
+        if (!std::ranges::all_of(
+                left, [&](const std::string& path) { return !isMeant(path) || isPassedOver(path); }))
+            return false;
+        options.globs.push_back(pattern);
+        return true;
+    };
+    const auto below = [&](const std::string& folder) -> std::optional<std::string> {
+        for (const std::string& root : roots_)
+            if (folder.starts_with(root)) return escaped(std::string_view(folder).substr(root.size()));
+        return std::nullopt;
+    };
+    for (const std::string& folder : folders) {
+        const auto holdsIt = [&](const std::string& root) { return folder.starts_with(root); };
+        const bool isNamed = std::ranges::find(roots_, folder) != roots_.end();
+        if (isNamed && folder.size() > 1 && std::ranges::count_if(roots_, holdsIt) == 1) {
+            options.folders.push_back(folder.substr(0, folder.size() - 1));
+            continue;
+        }
+        const auto path = below(folder);
+        if (!path || path->empty()) return std::nullopt;
+        const std::string whole = path->substr(0, path->size() - 1);
+        const auto isIn = [&](const std::string& file) { return file.starts_with(folder); };
+        // A name alone holds wherever the scan begins.
+        if (!propose(std::string(lastName(whole)), isIn) &&
+            !propose(whole.find('/') == std::string::npos ? "./" + whole : whole, isIn))
+            return std::nullopt;
+    }
+    for (const auto& [folder, ending] : endings) {
+        const auto path = below(folder);
+        const auto isMeant = [&folder = folder, &ending = ending](const std::string& file) {
+            return file.starts_with(folder) && file.find('/', folder.size()) == std::string::npos &&
+                   file.ends_with(ending);
+        };
+        if (!path || !propose((path->empty() ? "./" : *path) + "*" + escaped(ending), isMeant))
+            return std::nullopt;
+    }
+    return options;
+}
+
+} // namespace orvane

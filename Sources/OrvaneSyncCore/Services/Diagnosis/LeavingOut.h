@@ -1,0 +1,37 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvane {
+
+/// As a shell reads it.
+std::string shellQuoted(std::string_view text);
+
+/// What leaves some files of a work out of its scan and keeps all others. Each proposal was tried on the
+/// paths of all files as a scan tries its exclusions.
+class LeavingOut {
+  public:
+    explicit LeavingOut(const Shoot& shoot);
+
+    struct Options {
+        std::vector<std::string> globs;   ///< for `--exclude`
+        std::vector<std::string> folders; ///< that were named for the scan and hold nothing else
+
+        /// "--exclude 'UNIT2/*.WAV'"; of a folder "without the folder '/media/UNIT2'".
+        std::string text() const;
+    };
+    /// Absent where what is left out lies among what is kept.
+    std::optional<Options> of(const std::function<bool(const MediaAsset&)>& isLeftOut) const;
+
+  private:
+    const Shoot& shoot_;
+    std::vector<std::string> roots_; ///< the folders of the scan, with a slash behind each
+};
+
+} // namespace orvane

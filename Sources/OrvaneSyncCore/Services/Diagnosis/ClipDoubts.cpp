@@ -15,6 +15,7 @@
 #include <cmath>
 #include <limits>
 #include <map>
+#include <set>
 #include <utility>
 
 namespace orvane {
@@ -105,6 +106,7 @@ class ClipDoubts {
     /// Two recorders that ran as long: which one comes first is decided by their folders' names.
     std::vector<SyncDoubt> rivals(OtherRecorders& others) {
         equalRecordings(others);
+        if (doubts_.empty()) ownUnit();
         return std::move(doubts_);
     }
     std::vector<SyncDoubt> all() {
@@ -221,6 +223,52 @@ class ClipDoubts {
                     ", neither is clearly best, and the first one is heard",
                 "choose in the table of 'scan --review', or lock the clips" +
                     (without.empty() ? "" : "; " + without + " leaves the other recorder out"));
+            return;
+        }
+    }
+
+    /// How near a recording lies to the clip: by the folders that both lie in, then by a piece of the names
+    /// in which their folders begin to differ, as "A" of "A_CAM" and "A_SOUND".
+    std::pair<std::size_t, bool> nearness(const MediaAsset& recording) const {
+        const auto own = folderNames(group_.video.url), other = folderNames(recording.url);
+        const auto [a, b] = std::ranges::mismatch(own, other);
+        const auto common = static_cast<std::size_t>(a - own.begin());
+        if (a == own.end() || b == other.end()) return {common, false};
+        const auto pieces = piecesOf(*a);
+        return {common, std::ranges::any_of(
+                            piecesOf(*b), [&](const std::string& piece) { return pieces.contains(piece); })};
+    }
+    /// Without the words for what lies in a folder, which say nothing of whose it is.
+    static std::set<std::string> piecesOf(std::string_view name) {
+        static const std::set<std::string, std::less<>> kinds{"audio", "cam",     "camera", "card",  "clips",
+                                                              "day",   "footage", "media",  "rec",   "roll",
+                                                              "snd",   "sound",   "unit",   "video", "wav"};
+        std::set<std::string> pieces;
+        std::string piece;
+        for (const char c : platform::text::lowercased(name) + " ") {
+            if (std::string_view("_- .").find(c) == std::string_view::npos) {
+                piece += c;
+            } else if (std::string whole = std::exchange(piece, {});
+                       !whole.empty() && !kinds.contains(whole)) {
+                pieces.insert(std::move(whole));
+            }
+        }
+        return pieces;
+    }
+    /// Another unit's sound lies under more of the clip than that of its own, which began late or ended
+    /// early.
+    void ownUnit() {
+        const MediaAsset& first = *group_.audioMatches.front().audio;
+        const double heard = heardSeconds(group_, take_);
+        for (const auto& [folder, matches] : alternates()) {
+            const MediaAsset& own = *matches.front()->audio;
+            const double common = commonSeconds(matches);
+            if (common < heard * ambiguityShare || nearness(own) <= nearness(first)) continue;
+            add(Kind::ambiguous,
+                shoot_.nameOf(own) + " of the clip's own unit has " + formatted("%.1f s", common) +
+                    " of the " + formatted("%.1f s", heard) + " that " + shoot_.nameOf(first) +
+                    " of another one has of " + name_ + ", which is heard",
+                "choose in the table of 'scan --review', or lock the clips");
             return;
         }
     }

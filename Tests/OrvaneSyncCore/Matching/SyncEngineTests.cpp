@@ -238,6 +238,12 @@ TEST(SyncEngine, aRecordingInPartsCountsAsOne) {
     EXPECT_EQ(list(matched(video("A.mov"), lost)),
               (Names{"T_3.wav", "T_1.wav", "B.wav", MatchStatus::matched().label()}))
         << "the part between two others was lost";
+    const std::vector<MediaAsset> crossing{
+        audio("K_5.wav", "10:00:05:00", 40), audio("L_5.wav", "10:00:00:00", 45),
+        audio("M_5.wav", "10:00:45:00", 1), audio("N.wav", "10:00:45:00", 15),
+        audio("Z.wav", "10:00:02:00", 50)};
+    EXPECT_EQ(list(matched(video("A.mov"), crossing)).front(), "Z.wav")
+        << "K goes on in M, as L does, and not in N, which would make it longer";
 }
 
 TEST(SyncEngine, readsThePartsOfARecordingAtOneRate) {

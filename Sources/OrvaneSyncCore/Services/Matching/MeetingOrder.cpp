@@ -9,6 +9,7 @@
 #include <cmath>
 #include <functional>
 #include <numeric>
+#include <span>
 #include <tuple>
 #include <utility>
 
@@ -93,59 +94,85 @@ std::vector<bool> adjoining(const std::vector<Candidate>& files) {
     return result;
 }
 
-/// The members of the take of the first of the files that are left, best first.
-std::vector<std::size_t> takeOfFirst(const Files& files, const std::vector<std::size_t>& left) {
+/// The members of the take of one of the files, best first; `others` are those that it may have besides.
+std::vector<std::size_t> takeFrom(std::size_t seed, const Files& files,
+                                  const std::vector<std::size_t>& others) {
+    std::vector<std::size_t> listed{seed};
+    for (const std::size_t i : others)
+        if (i != seed) listed.push_back(i);
     std::vector<Candidate> candidates;
-    candidates.reserve(left.size());
-    for (const std::size_t i : left) candidates.push_back(files.candidates[i]);
+    candidates.reserve(listed.size());
+    for (const std::size_t i : listed) candidates.push_back(files.candidates[i]);
     std::vector<std::size_t> members;
     for (const TakeMembership::Member& member : TakeMembership::of(candidates).members)
-        members.push_back(left[member.candidate]);
+        members.push_back(listed[member.candidate]);
     std::ranges::sort(members);
     return members;
 }
 
-/// Only files that adjoin others are asked for their take, as the files of any other cover the same.
+Contender contenderOf(const TCRange& clip, const Files& files, std::vector<std::size_t> members) {
+    const Meeting& best = files.meetings[members.front()];
+    Contender one{std::move(members), best.overlapSeconds, files.met.size(), best.isOfOtherDay};
+    std::vector<TCRange> ranges;
+    for (const std::size_t file : one.files) {
+        ranges.push_back(files.candidates[file].range);
+        one.first = std::min(one.first, files.met[file]);
+        one.endsEarly = one.endsEarly || files.candidates[file].audio->heldShare;
+    }
+    if (one.files.size() > 1) one.coveredSeconds = coveredSeconds(clip, std::move(ranges));
+    return one;
+}
+
+/// The recordings that cover more of the clip first, and of equal ones those that were met first.
+auto rankOf(const Contender& one) {
+    constexpr double perSecond = 1e6; // sums of parts are rounded
+    return std::tuple(-std::llround(one.coveredSeconds * perSecond), one.endsEarly, one.first);
+}
+
+/// And what covers little of the clip.
+void putOtherDaysBehind(std::span<Contender> contenders, double bestSeconds) {
+    std::ranges::stable_partition(contenders, [&](const Contender& one) {
+        return !one.isOfOtherDay && one.coveredSeconds >= bestSeconds * ambiguityShare;
+    });
+}
+
+/// The one that is heard first, then the others without its files. Only files that adjoin others are asked
+/// for their take, as the files of any other cover the same.
 std::vector<Contender> contendersOf(const TCRange& clip, const Files& files) {
+    const std::size_t count = files.meetings.size();
     const std::vector<bool> mayBePart =
-        mayAdjoin(files.parts) ? adjoining(files.candidates) : std::vector<bool>(files.parts.size(), false);
-    std::vector<Contender> contenders;
-    std::vector<std::size_t> left(files.meetings.size());
+        mayAdjoin(files.parts) ? adjoining(files.candidates) : std::vector<bool>(count, false);
+    std::vector<std::size_t> left(count);
     std::iota(left.begin(), left.end(), std::size_t{0});
-    std::vector<bool> isTaken(left.size(), false);
-    for (std::size_t i = 0; i < files.meetings.size(); ++i) {
+    // Two files may both go on in a third one: which of the two has it hangs on which one is heard.
+    std::vector<Contender> contenders;
+    std::vector<bool> isMember(count, false);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (isMember[i]) continue;
+        auto members = mayBePart[i] ? takeFrom(i, files, left) : std::vector<std::size_t>{i};
+        for (const std::size_t file : members) isMember[file] = true;
+        if (members.front() == i) contenders.push_back(contenderOf(clip, files, std::move(members)));
+    }
+    std::ranges::sort(contenders, {}, rankOf);
+    putOtherDaysBehind(contenders, contenders.front().coveredSeconds);
+    contenders.erase(contenders.begin() + 1, contenders.end());
+    std::vector<bool> isTaken(count, false);
+    for (const std::size_t file : contenders.front().files) isTaken[file] = true;
+    for (std::size_t i = 0; i < count; ++i) {
         if (isTaken[i]) continue;
-        const Meeting& meeting = files.meetings[i];
-        Contender one{{i}, meeting.overlapSeconds, files.met[i], meeting.isOfOtherDay};
-        if (mayBePart[i]) {
-            std::erase_if(left, [&](std::size_t file) { return file < i || isTaken[file]; });
-            one.files = takeOfFirst(files, left);
-        }
-        if (one.files.size() > 1) {
-            std::vector<TCRange> ranges;
-            for (const std::size_t file : one.files) {
-                isTaken[file] = true;
-                ranges.push_back(files.candidates[file].range);
-                one.first = std::min(one.first, files.met[file]);
-            }
-            one.coveredSeconds = coveredSeconds(clip, std::move(ranges));
-        }
-        one.endsEarly = std::ranges::any_of(
-            one.files, [&](std::size_t file) { return files.candidates[file].audio->heldShare.has_value(); });
-        contenders.push_back(std::move(one));
+        std::erase_if(left, [&](std::size_t file) { return file < i || isTaken[file]; });
+        contenders.push_back(
+            contenderOf(clip, files, mayBePart[i] ? takeFrom(i, files, left) : std::vector<std::size_t>{i}));
+        for (const std::size_t file : contenders.back().files) isTaken[file] = true;
     }
     return contenders;
 }
 
+/// All but the first, which is heard.
 void rank(std::vector<Contender>& contenders) {
-    const auto key = [](const Contender& one) {
-        constexpr double perSecond = 1e6; // sums of parts are rounded
-        return std::tuple(-std::llround(one.coveredSeconds * perSecond), one.endsEarly, one.first);
-    };
-    std::ranges::sort(contenders, {}, key);
-    const double least = contenders.front().coveredSeconds * ambiguityShare;
-    std::ranges::stable_partition(
-        contenders, [&](const Contender& one) { return !one.isOfOtherDay && one.coveredSeconds >= least; });
+    const std::span others(contenders.begin() + 1, contenders.end());
+    std::ranges::sort(others, {}, rankOf);
+    putOtherDaysBehind(others, std::ranges::max(contenders, {}, &Contender::coveredSeconds).coveredSeconds);
 }
 
 bool isInDoubt(const std::vector<Contender>& contenders, const std::vector<Candidate>& files) {

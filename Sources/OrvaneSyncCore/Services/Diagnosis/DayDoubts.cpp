@@ -122,6 +122,11 @@ class DayDoubts {
         return a.substr(0, a.rfind('/', static_cast<std::size_t>(same - 1)));
     }
 
+    /// Clips of that day would meet the sound of the days beside it as well.
+    bool hasClipsOf(long day) const {
+        return std::ranges::any_of(clipDays_, [&](const auto& entry) { return entry.second.contains(day); });
+    }
+
     const Recording& primaryOf(const Shoot::Clip& clip) const { return shoot_.recordings[*clip.primary]; }
 
     bool doubt(const Shoot::Clip& clip, Kind kind, std::string message, std::string cure) {
@@ -271,7 +276,8 @@ class DayDoubts {
               "--sound-date " + dayText(*clip.place->day) +
                   dayAlone(clip.place->day, folderOf(clip.group->video), folderOf(*sound.asset)) +
                   " if the recorder's date is wrong, or " +
-                  (distance == 1 ? "--days neighbours" : "attach the recording by hand"));
+                  (distance == 1 && !hasClipsOf(*sound.place.day) ? "--days neighbours"
+                                                                  : "attach the recording by hand"));
     }
 
     /// Where the clips of a card fit the recordings of another day clearly better than those of their own,
@@ -333,21 +339,21 @@ class DayDoubts {
             if (sound.second == other.day && why.day == own.day) folders = {sound.first};
         const double share = soundFor(other.day).shareOf(first, last);
         if (chance::atLeast(other.clips, count, share) > chance::smallest) return;
-        addCardDoubt(
-            doubts_,
-            {Kind::otherDateFits,
-             "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +
-                 std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
-                 " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
-                 " those of their own day",
-             "--sound-date " + dayText(own.day) +
-                 dayAlone(own.day, card.folder, folders.size() == 1 ? *folders.begin() : std::string_view(),
-                          isAlone) +
-                 (std::abs(other.day - own.day) == 1 && shoot_.input.rules.days != MatchingDays::neighbours
-                      ? ", or --days neighbours"
-                      : "") +
-                 "; one of the two dates is wrong"},
-            clips);
+        addCardDoubt(doubts_,
+                     {Kind::otherDateFits,
+                      "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +
+                          std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
+                          " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
+                          " those of their own day",
+                      "--sound-date " + dayText(own.day) +
+                          dayAlone(own.day, card.folder,
+                                   folders.size() == 1 ? *folders.begin() : std::string_view(), isAlone) +
+                          (std::abs(other.day - own.day) == 1 && !hasClipsOf(other.day) &&
+                                   shoot_.input.rules.days != MatchingDays::neighbours
+                               ? ", or --days neighbours"
+                               : "") +
+                          "; one of the two dates is wrong"},
+                     clips);
     }
 
     /// Of days whose recordings mostly lie under clips of that day, the date is right, and those recordings

@@ -151,6 +151,9 @@ TEST(SyncDoubts, FewClipsAreDoubtedByTheirHeadersOneByOne) {
                             {"two folders of one clip", 2, 10, "2024-05-17", Kind::otherDay, 2},
                             {"three, which tell by themselves", 3, 10, "2024-05-17", Kind::otherDateFits, 3},
                             {"a header of a program", 1, 20'000, "2024-05-17", Kind::otherDay, 0},
+                            {"in UTC, still of the day before, and that day's sound", 1, -39'600,
+                             "2024-05-17", Kind::otherDay, 1},
+                            {"in UTC, and its own day's sound", 1, -39'600, "2024-05-18", Kind::otherDay, 0},
                             {"its own day", 1, 10, "2024-05-18", Kind::otherDay, 0}}) {
         Shot shot;
         for (int i = 0; i < one.clips; ++i) {

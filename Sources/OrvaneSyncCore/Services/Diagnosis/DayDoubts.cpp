@@ -213,15 +213,19 @@ class DayDoubts {
     }
 
     /// A clip whose header agrees with its timecode, and which has no recording of the header's day, of a day
-    /// with so few clips that no card can tell which of the dates is wrong.
+    /// with so few clips that no card can tell which of the dates is wrong. A header that agrees in another
+    /// zone may have changed its day at another time than the recorder, and no more.
     bool isAllOfOtherDay(const Shoot::Clip& clip) const {
-        const auto day = clip.place->knownDay();
+        const FilePlace& place = *clip.place;
+        const auto day = place.isHeaderOfAZone ? place.headerDay : place.knownDay();
+        const long farthest = place.isHeaderOfAZone ? 1 : std::numeric_limits<long>::max();
         const auto number = static_cast<std::size_t>(&clip - shoot_.clips.data());
         return day && !shoot_.input.rules.soundDay && fewOfItsDate_.contains(number) &&
                std::ranges::none_of(clip.group->audioMatches, [&](const AudioMatch& match) {
                    const auto found = shoot_.recordingByID.find(match.audio->id);
-                   return found == shoot_.recordingByID.end() ||
-                          shoot_.recordings[found->second].place.day == day;
+                   if (found == shoot_.recordingByID.end()) return true;
+                   const auto recorded = shoot_.recordings[found->second].place.day;
+                   return recorded == day || (recorded && std::abs(*recorded - *day) > farthest);
                });
     }
 

@@ -159,6 +159,18 @@ std::optional<int> Places::zoneOf(Source source, const MediaAsset& asset) const 
     return card->second.files < fewestOfAZone ? dates.all.zone() : card->second.zone();
 }
 
+std::optional<long> Places::daysBeforeByZone(const MediaAsset& asset, double secondOfDay,
+                                             const SyncEngine::TCRange& range) const {
+    const Dates& dates = dates_[static_cast<std::size_t>(Source::header)];
+    const auto card = dates.byFolder.find(folderPath(asset));
+    if (secondOfDay == 0 || (card != dates.byFolder.end() && card->second.files >= fewestOfAZone))
+        return std::nullopt;
+    for (const auto& zone : zonesOf(secondOfDay, range))
+        if (zone)
+            return std::lround((range.startSeconds + *zone * zoneStepSeconds - secondOfDay) / secondsADay);
+    return std::nullopt;
+}
+
 std::optional<FilePlace> Places::of(const MediaAsset& asset) {
     auto range = AssetPlacement(asset, rules_.timecodeRate).range();
     if (!range) return std::nullopt;
@@ -167,8 +179,10 @@ std::optional<FilePlace> Places::of(const MediaAsset& asset) {
     place.day = asset.kind == AssetKind::audio && rules_.soundDay ? rules_.soundDay : place.statedDay;
     if (!place.day && asset.headerDate) {
         const auto before = daysBefore(Source::header, asset, secondOfDay(*asset.headerDate), *range);
-        place.headerDay = dayNumber(*asset.headerDate) - before.value_or(0);
+        const auto byZone = before ? before : daysBeforeByZone(asset, secondOfDay(*asset.headerDate), *range);
+        place.headerDay = dayNumber(*asset.headerDate) - byZone.value_or(0);
         place.isHeaderClose = before.has_value();
+        place.isHeaderOfAZone = !before && byZone;
     }
     if (asset.kind == AssetKind::audio) {
         range->startSeconds += rules_.soundOffsetSeconds;

@@ -27,6 +27,9 @@ struct FilePlace {
     /// in whatever zone the header counts.
     std::optional<long> headerDay = {};
     bool isHeaderClose = false; ///< the header's time of day is that of the timecode, in the zone of its card
+    /// Of a clip alone in its folder: the header lies whole quarters of an hour from the timecode, as a clock
+    /// of another zone does, and `headerDay` is that on which the two lie nearest.
+    bool isHeaderOfAZone = false;
     std::optional<long> statedDay = {}; ///< as `day`, by what the file says, whatever is corrected
 
     /// The day of the file, else that of a header that agrees with the timecode.
@@ -70,6 +73,10 @@ class Places {
     std::optional<long> daysBefore(Source source, const MediaAsset& asset, double secondOfDay,
                                    const SyncEngine::TCRange& range) const;
     std::optional<int> zoneOf(Source source, const MediaAsset& asset) const;
+    /// The same of a header that no other one of its folder confirms or refutes, in the nearest zone in which
+    /// the two agree.
+    std::optional<long> daysBeforeByZone(const MediaAsset& asset, double secondOfDay,
+                                         const SyncEngine::TCRange& range) const;
 
     MatchRules rules_;
     calendar::DayStarts starts_;

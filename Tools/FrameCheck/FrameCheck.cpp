@@ -217,7 +217,18 @@ class Document {
         expect("tcFormat", tag.text("tcFormat"), now_->isDrop ? "DF" : "NDF");
         const Time start = container_.time("start");
         if (!earliest_ || !isMovedToAFrame(start)) expect("the clip's start", start, now_->start);
-        expect("the clip's offset", container_.time("offset"), earliest_ ? start - *earliest_ : start);
+        expect("the clip's offset", container_.time("offset"),
+               earliest_ ? comesIn(start) - *earliest_ : start);
+    }
+
+    /// A picture that is over before a frame of the main format has passed is shown from that frame on, as it
+    /// is; of any other what came before it is left out.
+    Time comesIn(const Time& start) {
+        const Time frame = resources_["r1"].time("frameDuration");
+        Time next = start.toFrame(frame, fcpxml::FrameSampling::floor);
+        if (next < start) next = next + frame;
+        const bool isOver = start == now_->start && now_->duration - (next - start) < frame;
+        return isOver ? next : start;
     }
 
     /// An angle beside cameras of other rates begins on the next frame of the main format.

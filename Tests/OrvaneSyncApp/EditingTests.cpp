@@ -75,6 +75,22 @@ TEST_F(EditingTest, nudgesBelongTogetherWithinTheWindow) {
     EXPECT_EQ(stepsToUndo(), 5) << "another name between two, and steps without a window";
 }
 
+TEST_F(EditingTest, changesWithinAChangeAreOneStep) {
+    const auto lock = [&](std::size_t position) {
+        controller_->withUndo(undoSteps::toggleLocked,
+                              [&] { controller_->clips().toggleLocked(id(position)); });
+    };
+    controller_->withUndo(undoSteps::toggleLocked, [&] {
+        for (const std::size_t position : {0, 1, 2}) lock(position);
+    });
+    EXPECT_THROW(
+        controller_->withUndo(undoSteps::toggleApproved, [] { throw std::runtime_error("refused"); }),
+        std::runtime_error);
+    lock(0);
+    EXPECT_EQ(stepsToUndo(), 2);
+    for (const std::size_t position : {0, 1, 2}) EXPECT_FALSE(group(position).isLocked) << position;
+}
+
 TEST_F(EditingTest, whatIsNoClipNoNumberOrNoPoolChangesNothing) {
     constexpr double none = std::numeric_limits<double>::quiet_NaN(),
                      infinity = std::numeric_limits<double>::infinity();

@@ -183,9 +183,17 @@ bool OpenWork::differsFrom(const Step& before) const {
 }
 
 void OpenWork::withUndo(const UndoStep& step, const std::function<void()>& mutation) {
+    if (isWithinStep_) return mutation();
     notices.together([&] {
         Step before = present();
-        mutation();
+        isWithinStep_ = true;
+        {
+            const struct AtEnd {
+                bool& isWithin;
+                ~AtEnd() { isWithin = false; }
+            } atEnd{isWithinStep_};
+            mutation();
+        }
         if (!differsFrom(before)) {
             syncGroups_ = std::move(before.groups);
             wildTracks_ = std::move(before.wildTracks);

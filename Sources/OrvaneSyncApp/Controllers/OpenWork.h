@@ -62,7 +62,7 @@ class OpenWork : public WorkState {
                    std::shared_ptr<const ScanOutcome> scan, ScanOf of);
 
     /// Runs a change of clips as one step to take back. A change that makes no difference is no step, and
-    /// leaves clips and steps as they were.
+    /// leaves clips and steps as they were. Within another change it is a part of that one's step.
     void withUndo(const UndoStep& step, const std::function<void()>& mutation);
     void continueUndo(const UndoStep& step);
     void undo();
@@ -106,6 +106,7 @@ class OpenWork : public WorkState {
     const std::unique_ptr<Steps> steps_;
     /// Since the clips were made, or they come from where somebody may have.
     bool isEdited_ = false;
+    bool isWithinStep_ = false;      ///< a change of `withUndo` runs
     bool isEmptinessRedone_ = false; ///< redoing to a list without clips is an edit
 };
 

@@ -20,14 +20,14 @@ using helper::Process;
 constexpr std::size_t mostFreeBytes = std::size_t{24} << 20U;
 
 /// A second, of a file that tells no rate.
-constexpr double usualRate = 25;
+constexpr double usualPictureRate = 25;
 
 /// Processes that end over one file, before no further one is started for it. One that hangs has cost as much
 /// time as many that crash.
 constexpr int mostEnds = 48;
 constexpr int endsOfOneThatHangs = 12;
 /// So that a moment from a rounded duration does not lie in front of the picture that it means.
-constexpr MediaTime roundingSlack{1, 100'000};
+constexpr MediaTime timeRoundingSlack{1, 100'000};
 
 helper::Seconds message(MediaTime time) { return {time.value, time.scale}; }
 /// What a helper says of a time; it may say anything.
@@ -181,13 +181,14 @@ bool VideoDecoder::openAnew(helper::PictureWish& wish) {
         const int step = std::min(endsInRow_ - 2, longestStep);
         const std::int64_t passedOver = step < 0 ? 0 : std::int64_t{1} << step;
         wish.choice = helper::PictureChoice::at;
-        wish.time = message(behind_ + pictureLength() * passedOver + roundingSlack);
+        wish.time = message(behind_ + pictureLength() * passedOver + timeRoundingSlack);
     }
     return true;
 }
 
 MediaTime VideoDecoder::pictureLength() const {
-    return MediaTime::fromSeconds(1 / (facts_.nominalFrameRate > 0 ? facts_.nominalFrameRate : usualRate));
+    return MediaTime::fromSeconds(1 /
+                                  (facts_.nominalFrameRate > 0 ? facts_.nominalFrameRate : usualPictureRate));
 }
 
 /// Its pixels are read before another is asked for.

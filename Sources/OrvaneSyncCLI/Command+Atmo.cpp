@@ -86,7 +86,7 @@ void atmo(Context& context, const Arguments& arguments) {
     for (const std::string& problem : roomTone.problems) context.warn(problem);
 }
 
-std::vector<Option> options() {
+std::vector<Option> roomToneOptions() {
     std::vector<Option> all{
         {"--scene", "KEY", "of this scene alone: the letters and digits that its number begins with"},
         {"--duration", "S", "seconds of a scene's room tone, about (default: 60)"},
@@ -103,7 +103,7 @@ const Command& atmoCommand() {
                                  "FOLDER... [options]",
                                  "Build room tone of each scene from the quiet stretches of its recordings.",
                                  "orvanesync atmo demo/shoot --list",
-                                 options(),
+                                 roomToneOptions(),
                                  atmo};
     return command;
 }

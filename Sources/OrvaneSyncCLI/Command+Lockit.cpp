@@ -217,29 +217,30 @@ void sync(Context&, LockitRun& run, const Arguments& arguments) {
     run.sayStatus(lockit.lockitSyncStatus().value_or(""));
 }
 
-struct Verb {
+struct LockitVerb {
     std::string_view name;
     std::size_t fewestWords; ///< behind it
     std::size_t mostWords;
     std::string_view takes;
     void (*run)(Context&, LockitRun&, const Arguments&);
 };
-constexpr std::string_view noWord = "nothing more";
-constexpr auto verbs = std::to_array<Verb>({{"status", 0, 0, noWord, status},
-                                            {"sign-in", 0, 0, noWord, signIn},
-                                            {"sign-out", 0, 0, noWord, signOut},
-                                            {"projects", 0, 0, noWord, projects},
-                                            {"days", 1, 1, "a project", days},
-                                            {"assign", 1, 2, "a folder of sessions and a project", assign},
-                                            {"sync", 0, 0, noWord, sync}});
+constexpr std::string_view noMoreWords = "nothing more";
+constexpr auto lockitVerbs =
+    std::to_array<LockitVerb>({{"status", 0, 0, noMoreWords, status},
+                               {"sign-in", 0, 0, noMoreWords, signIn},
+                               {"sign-out", 0, 0, noMoreWords, signOut},
+                               {"projects", 0, 0, noMoreWords, projects},
+                               {"days", 1, 1, "a project", days},
+                               {"assign", 1, 2, "a folder of sessions and a project", assign},
+                               {"sync", 0, 0, noMoreWords, sync}});
 
 void lockit(Context& context, const Arguments& arguments) {
     const auto& words = arguments.positionals();
     const std::string named = words.empty() ? "status" : words.front();
     if (arguments.has("--session") && named != "sync") throw UsageError("--session goes with sync alone");
     if (named == "mapping") return lockitMapping(context, arguments);
-    const auto* verb = std::ranges::find(verbs, named, &Verb::name);
-    if (verb == verbs.end())
+    const auto* verb = std::ranges::find(lockitVerbs, named, &LockitVerb::name);
+    if (verb == lockitVerbs.end())
         throw UsageError(
             "lockit takes status, sign-in, sign-out, projects, days, assign, sync or mapping, not '" + named +
             "'");

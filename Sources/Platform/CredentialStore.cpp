@@ -24,7 +24,7 @@ namespace orvane::platform {
 
 namespace {
 
-constexpr unsigned ownerOnly = 0600;
+constexpr unsigned credentialFileRights = 0600;
 
 /// One file of the user, which nobody else may read.
 class CredentialFile {
@@ -79,7 +79,8 @@ class CredentialFile {
 
     /// Before anything is written into it.
     void makePrivate() const {
-        const int file = ::open(path_.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, ownerOnly);
+        const int file =
+            ::open(path_.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, credentialFileRights);
         if (file < 0) fail(errno);
         struct stat status {};
         int reason = 0;
@@ -87,7 +88,7 @@ class CredentialFile {
             reason = errno;
         else if (!S_ISREG(status.st_mode) || status.st_uid != ::geteuid())
             reason = EPERM;
-        else if (::fchmod(file, ownerOnly) != 0)
+        else if (::fchmod(file, credentialFileRights) != 0)
             reason = errno;
         ::close(file);
         if (reason != 0) fail(reason);

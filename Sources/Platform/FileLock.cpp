@@ -18,7 +18,7 @@ namespace orvane::platform {
 
 namespace {
 
-constexpr unsigned ownerOnly = 0600;
+constexpr unsigned lockFileRights = 0600;
 
 /// What file systems without locks, and network shares that lock no folders, say.
 bool meansNoLocks(int reason) {
@@ -40,7 +40,7 @@ int lockWithin(int file, std::chrono::milliseconds longest) {
 FileLock FileLock::ofFile(const std::string& path, std::chrono::milliseconds longest) {
     assertMayBlock("waiting for a file lock");
     const FileStep step(path);
-    return {path, ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, ownerOnly), longest};
+    return {path, ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, lockFileRights), longest};
 }
 
 FileLock FileLock::ofFolder(const std::string& path, std::chrono::milliseconds longest) {

@@ -14,7 +14,7 @@ namespace orvane::platform::files {
 
 namespace {
 
-constexpr mode_t ownerOnly = 0700; // as the base directory rules want it
+constexpr mode_t privateFolderRights = 0700; // as the base directory rules want it
 constexpr mode_t ofOthers = 0077;
 
 void createWithRights(const std::string& path, mode_t rights) {
@@ -34,16 +34,18 @@ void createWithRights(const std::string& path, mode_t rights) {
 
 } // namespace
 
-void createDirectories(const std::string& path) { createWithRights(path, ownerOnly); }
+void createDirectories(const std::string& path) { createWithRights(path, privateFolderRights); }
 
-void createUsualDirectories(const std::string& path) { createWithRights(path, ownerOnly | ofOthers); }
+void createUsualDirectories(const std::string& path) {
+    createWithRights(path, privateFolderRights | ofOthers);
+}
 
 std::string makePrivate(const std::string& folder) {
     assertMayBlock("file access");
     struct stat status {};
     if (::stat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || (status.st_mode & ofOthers) == 0)
         return "";
-    if (::chmod(folder.c_str(), status.st_mode & ownerOnly) != 0)
+    if (::chmod(folder.c_str(), status.st_mode & privateFolderRights) != 0)
         return std::generic_category().message(errno);
     // Some file systems take no rights and report no error.
     const bool isPrivate = ::stat(folder.c_str(), &status) == 0 && (status.st_mode & ofOthers) == 0;

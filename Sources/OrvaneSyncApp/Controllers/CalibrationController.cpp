@@ -39,15 +39,15 @@ CalibrationRow::Difference difference(double decibels) {
 }
 
 /// What lies on the disk.
-struct OnDisk {
+struct CalibrationOnDisk {
     bool hasMatrix = false;
     std::optional<CalibrationResult> saved;
     std::optional<SourceInfo> source;
     std::string problem;
 };
 
-OnDisk lookedAt(bool measuresSource, const std::stop_token& stop) {
-    OnDisk found;
+CalibrationOnDisk lookedAt(bool measuresSource, const std::stop_token& stop) {
+    CalibrationOnDisk found;
     found.hasMatrix = platform::files::exists(calibration::sourceFile().path) &&
                       platform::files::exists(calibration::documentFile().path);
     found.saved = calibration::loadSaved();
@@ -98,7 +98,7 @@ platform::Task CalibrationController::refresh(Weak weak) {
                               return lookedAt(measuresSource, stop);
                           });
     self.reset();
-    OnDisk found = co_await looking;
+    CalibrationOnDisk found = co_await looking;
     self = weak.lock();
     if (!self) co_return;
     self->state_.hasMatrixOnDisk = found.hasMatrix;

@@ -11,13 +11,13 @@ namespace orvane {
 
 namespace {
 
-struct OnDisk {
+struct ModelsOnDisk {
     std::vector<ModelInfo> models;
     std::int64_t totalSizeMB = 0;
     BanditStemSeparator::Installation bandit;
 };
 
-OnDisk lookedAt() {
+ModelsOnDisk modelsOnDisk() {
     return {modelCatalogue(ServiceConfiguration::load()), ModelStorage::totalSizeMB(),
             BanditStemSeparator().installation()};
 }
@@ -57,9 +57,9 @@ platform::Task ModelManager::rebuildCatalog() {
 
 platform::Task ModelManager::rebuild(Weak weak) {
     auto self = weak.lock();
-    auto looking = platform::onQueue(*self->disk_, self->work_.environment.mainThread, lookedAt);
+    auto looking = platform::onQueue(*self->disk_, self->work_.environment.mainThread, modelsOnDisk);
     self.reset();
-    OnDisk found = co_await looking;
+    ModelsOnDisk found = co_await looking;
     self = weak.lock();
     if (!self) co_return;
     for (ModelInfo& model : found.models) {

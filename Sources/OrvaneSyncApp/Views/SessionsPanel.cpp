@@ -26,7 +26,7 @@ using namespace design;
 
 namespace {
 
-constexpr int idRole = Qt::UserRole;
+constexpr int sessionRole = Qt::UserRole;
 constexpr int folderRole = Qt::UserRole + 1;
 constexpr int badgeColumn = 1;
 constexpr int narrowest = 226; // for the words of the presets
@@ -42,8 +42,8 @@ JSON sessionArgument(const QString& session) {
     return arguments;
 }
 
-bool isSession(const QTreeWidgetItem* item) { return !item->data(0, idRole).isNull(); }
-QString sessionOf(const QTreeWidgetItem* item) { return item->data(0, idRole).toString(); }
+bool isSession(const QTreeWidgetItem* item) { return !item->data(0, sessionRole).isNull(); }
+QString sessionOf(const QTreeWidgetItem* item) { return item->data(0, sessionRole).toString(); }
 std::string folderOf(const QTreeWidgetItem* item) { return utf8(item->data(0, folderRole).toString()); }
 
 } // namespace
@@ -138,7 +138,7 @@ void SessionsPanel::fill() {
         const auto folder = session.folder ? folders.find(*session.folder) : folders.end();
         addSession(session, folder == folders.end() ? nullptr : folder->second);
     }
-    if (QTreeWidgetItem* again = chosen.isEmpty() ? nullptr : itemWith(idRole, chosen))
+    if (QTreeWidgetItem* again = chosen.isEmpty() ? nullptr : itemWith(sessionRole, chosen))
         tree_->setCurrentItem(again);
     tree_->setRootIsDecorated(!folders.empty());
     empty_->setVisible(desktop_.sessions().sessions().empty());
@@ -165,7 +165,7 @@ void SessionsPanel::addSession(const SessionInfo& session, QTreeWidgetItem* fold
     auto* item = folder == nullptr ? new QTreeWidgetItem(tree_) : new QTreeWidgetItem(folder);
     item->setFirstColumnSpanned(true);
     item->setText(0, text(session.name));
-    item->setData(0, idRole, text(session.id.text()));
+    item->setData(0, sessionRole, text(session.id.text()));
     item->setIcon(0, icon(Glyph::session));
     item->setFlags((item->flags() | Qt::ItemIsEditable) & ~Qt::ItemIsDropEnabled);
     item->setToolTip(0, tr("%1\n%2 clips, %3 locked\nchanged %4")
@@ -277,8 +277,8 @@ void SessionsPanel::showMenu(const QPoint& position) {
 void SessionsPanel::addSessionActions(QMenu& menu, QTreeWidgetItem* item) {
     const QString session = sessionOf(item);
     // The list may be filled anew while the menu is open.
-    menu.addAction(tr("Open"), this, [this, session] { open(itemWith(idRole, session)); });
-    menu.addAction(tr("Rename"), this, [this, session] { rename(itemWith(idRole, session)); });
+    menu.addAction(tr("Open"), this, [this, session] { open(itemWith(sessionRole, session)); });
+    menu.addAction(tr("Rename"), this, [this, session] { rename(itemWith(sessionRole, session)); });
     if (const auto id = UUID::fromText(utf8(session)))
         if (const auto name = desktop_.sessions().suggestedSessionName(*id))
             menu.addAction(tr("Auto-name: %1").arg(text(*name)), this, [this, session, name] {

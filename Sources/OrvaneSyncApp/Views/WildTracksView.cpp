@@ -18,7 +18,7 @@ using namespace design;
 namespace {
 
 enum Column { playColumn, nameColumn, fileColumn, startsColumn, lengthColumn, channelsColumn, approveColumn };
-constexpr int idRole = Qt::UserRole;
+constexpr int wildTrackRole = Qt::UserRole;
 constexpr int playWidth = 44;
 constexpr int startsWidth = 112, lengthWidth = 70, channelsWidth = 80, approveWidth = 150;
 
@@ -76,7 +76,7 @@ bool WildTracksView::eventFilter(QObject* watched, QEvent* event) {
 void WildTracksView::fill() {
     const auto& tracks = desktop_.controller().work().wildTracks();
     const QString current =
-        list_->currentItem() ? list_->currentItem()->data(0, idRole).toString() : QString();
+        list_->currentItem() ? list_->currentItem()->data(0, wildTrackRole).toString() : QString();
     isFilling_ = true;
     list_->clear();
     std::size_t approved = 0;
@@ -88,7 +88,7 @@ void WildTracksView::fill() {
                                         track.audio.channelCount ? QString::number(*track.audio.channelCount)
                                                                  : QStringLiteral("-"),
                                         QString()});
-        row->setData(0, idRole, text(track.id.text()));
+        row->setData(0, wildTrackRole, text(track.id.text()));
         row->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable |
                       Qt::ItemIsEditable);
         row->setCheckState(approveColumn, track.isApproved ? Qt::Checked : Qt::Unchecked);
@@ -120,7 +120,7 @@ int WildTracksView::neededHeight() const {
 
 void WildTracksView::changed(const QTreeWidgetItem& row, int column) {
     JSON arguments = JSON::object();
-    arguments.set("id", utf8(row.data(0, idRole).toString()));
+    arguments.set("id", utf8(row.data(0, wildTrackRole).toString()));
     // The list is filled anew by what comes of it: not while it tells of the change.
     if (column == approveColumn)
         QMetaObject::invokeMethod(
@@ -136,7 +136,7 @@ void WildTracksView::changed(const QTreeWidgetItem& row, int column) {
 }
 
 void WildTracksView::play(const QTreeWidgetItem& row) {
-    const auto id = UUID::fromText(utf8(row.data(0, idRole).toString()));
+    const auto id = UUID::fromText(utf8(row.data(0, wildTrackRole).toString()));
     const auto& tracks = desktop_.controller().work().wildTracks();
     const auto found = std::ranges::find(tracks, id, &WildTrack::id);
     if (found == tracks.end()) return;

@@ -7,7 +7,7 @@ namespace orvane {
 namespace {
 
 constexpr std::string_view scheme = "file://";
-constexpr std::string_view digits = "0123456789ABCDEF";
+constexpr std::string_view escapeDigits = "0123456789ABCDEF";
 
 bool isPlain(char c) {
     constexpr std::string_view marks = "-._~!$&'()*+,=:@/";
@@ -63,8 +63,8 @@ std::string FileURL::absoluteString() const {
         }
         const auto byte = static_cast<unsigned char>(c);
         result += '%';
-        result += digits[byte >> 4U];
-        result += digits[byte & 0x0FU];
+        result += escapeDigits[byte >> 4U];
+        result += escapeDigits[byte & 0x0FU];
     }
     return result;
 }

@@ -9,7 +9,7 @@ namespace orvane {
 
 namespace {
 
-constexpr std::string_view digits = "0123456789ABCDEF";
+constexpr std::string_view hexDigits = "0123456789ABCDEF";
 constexpr std::size_t textLength = 36;
 
 bool isDashPlace(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23; }
@@ -18,8 +18,8 @@ bool isDashPlace(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23
 constexpr std::array<int, 256> digitValues = [] {
     std::array<int, 256> values{};
     values.fill(-1);
-    for (std::size_t i = 0; i < digits.size(); ++i) {
-        const auto upper = static_cast<unsigned char>(digits[i]);
+    for (std::size_t i = 0; i < hexDigits.size(); ++i) {
+        const auto upper = static_cast<unsigned char>(hexDigits[i]);
         values[upper] = static_cast<int>(i);
         if (upper >= 'A') values[upper + ('a' - 'A')] = static_cast<int>(i);
     }
@@ -65,7 +65,7 @@ std::string UUID::text() const {
     for (std::size_t i = 0; i < textLength; ++i) {
         if (isDashPlace(i)) continue;
         const unsigned byte = bytes[digit / 2];
-        result[i] = digits[digit % 2 == 0 ? byte >> 4U : byte & 0x0FU];
+        result[i] = hexDigits[digit % 2 == 0 ? byte >> 4U : byte & 0x0FU];
         ++digit;
     }
     return result;

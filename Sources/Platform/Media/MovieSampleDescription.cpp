@@ -93,13 +93,13 @@ void applyAACConfiguration(const ByteCursor& configuration, AudioDescription& in
 }
 
 /// One descriptor of the MPEG-4 systems layer: tag, length in 7-bit groups, body.
-struct Descriptor {
+struct StreamDescriptor {
     std::uint8_t tag = 0;
     ByteCursor body;
     ByteCursor rest; ///< behind the descriptor
 };
 
-std::optional<Descriptor> takeDescriptor(const ByteCursor& bytes) {
+std::optional<StreamDescriptor> takeDescriptor(const ByteCursor& bytes) {
     const auto tag = bytes.u8(0);
     if (!tag) return std::nullopt;
     std::size_t at = 1, length = 0;
@@ -112,7 +112,7 @@ std::optional<Descriptor> takeDescriptor(const ByteCursor& bytes) {
     // A length that is too long is cut: the fields that matter come first.
     const ByteCursor behind = bytes.from(at);
     const auto body = behind.slice(0, std::min(length, behind.size()));
-    return Descriptor{*tag, *body, behind.from(length)};
+    return StreamDescriptor{*tag, *body, behind.from(length)};
 }
 
 /// The decoder configuration inside "esds": an ES descriptor that holds a decoder descriptor.

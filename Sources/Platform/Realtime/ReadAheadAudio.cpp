@@ -16,7 +16,7 @@ constexpr std::size_t blockFrames = 1024;
 constexpr std::size_t fewestBlocks = 3;
 
 /// Where to read, and the number of that request: blocks of an earlier request are stale.
-struct Request {
+struct ReadRequest {
     std::int64_t frame = 0;
     std::uint32_t number = 0;
 };
@@ -51,7 +51,7 @@ struct ReadAheadAudio::State {
 
     void serve(const std::stop_token& stop) {
         std::vector<float*> arrays(channels);
-        Request current;
+        ReadRequest current;
         bool atEnd = !file->seek(0);
         bool endIsTold = false;
         while (!stop.stop_requested()) {
@@ -83,7 +83,7 @@ struct ReadAheadAudio::State {
         }
     }
 
-    bool takeNewest(Request& newest) {
+    bool takeNewest(ReadRequest& newest) {
         bool any = false;
         while (requests.read({&newest, 1}) > 0) any = true;
         return any;
@@ -122,11 +122,11 @@ struct ReadAheadAudio::State {
     std::vector<Block> blocks;
     Ring<std::size_t> filled; ///< indices of blocks, in the order of reading
     Ring<std::size_t> empty;
-    Ring<Request> requests;
+    Ring<ReadRequest> requests;
     Signal wake;  ///< for the reading thread: room, a request or the end
     Signal ready; ///< for `waitUntilReady`: a block was filled
 
-    Request wanted;
+    ReadRequest wanted;
     bool isRequestPending = false;
     std::int64_t position = 0;
     bool hasFront = false;

@@ -9,13 +9,13 @@ namespace {
 using test::MovieMaker;
 using test::TimecodeSpec;
 
-std::optional<TimecodeTrackReader::Start> readBytes(const std::string& bytes) {
+std::optional<TimecodeTrackReader::Start> readTrack(const std::string& bytes) {
     auto file = platform::RandomAccessFile::overBytes(std::as_bytes(std::span(bytes)));
     return TimecodeTrackReader::read(file);
 }
 
 std::optional<std::string> timecode(const std::string& bytes) {
-    const auto start = readBytes(bytes);
+    const auto start = readTrack(bytes);
     return start ? std::optional(start->timecode) : std::nullopt;
 }
 
@@ -26,7 +26,7 @@ TEST(TimecodeTrack, rateAndFirstSampleGiveTheStart) {
                            std::optional<double> rate,
                            std::optional<TimecodeFrameRate> counted = TimecodeFrameRate::fps25) {
         SCOPED_TRACE(name);
-        const auto start = readBytes(movie(spec).mediaBytes(64).bytes());
+        const auto start = readTrack(movie(spec).mediaBytes(64).bytes());
         ASSERT_TRUE(start.has_value());
         EXPECT_EQ(start->timecode, timecode);
         EXPECT_EQ(start->projectFrameRate, rate);
@@ -92,10 +92,10 @@ TEST(TimecodeTrack, aSampleThatIsNotThereGivesNothing) {
         {"behind the file", {.sampleOffset = 1'000'000}},
         {"a sum that overflows", {.wideOffset = true, .sampleOffset = ~0ULL - 2}},
     };
-    for (const auto& [name, spec] : cases) EXPECT_FALSE(readBytes(movie(spec).bytes()).has_value()) << name;
-    EXPECT_FALSE(readBytes(MovieMaker().video({}).audio({}).bytes()).has_value()) << "no such track";
-    EXPECT_FALSE(readBytes(test::atom("ftyp", "qt  ")).has_value());
-    EXPECT_FALSE(readBytes("").has_value());
+    for (const auto& [name, spec] : cases) EXPECT_FALSE(readTrack(movie(spec).bytes()).has_value()) << name;
+    EXPECT_FALSE(readTrack(MovieMaker().video({}).audio({}).bytes()).has_value()) << "no such track";
+    EXPECT_FALSE(readTrack(test::atom("ftyp", "qt  ")).has_value());
+    EXPECT_FALSE(readTrack("").has_value());
 }
 
 TEST(TimecodeTrack, theMovieIsFoundWhereverItLies) {

@@ -49,7 +49,7 @@ OutputPermission permission(const Call& call) {
 }
 
 /// Asks for the place before it asks for the document.
-platform::Task exported(CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
+platform::Task exportedDocument(CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
     const std::shared_ptr<const ImportController> controller = context.controller;
     const auto& mainThread = controller->work().environment.mainThread;
     platform::SerialQueue& queue = *controller->work().documents;
@@ -139,10 +139,11 @@ std::vector<Command> fileCommands() {
                            return context.controller->project().loadProject(readableFile(call.text("path")));
                        }),
         Command::later("exportFCPXML", "Export FCPXML…", "Writes all settled clips as one document.",
-                       {{"output", path}, {"eventName", text, true}, version, overwrite}, exported)
+                       {{"output", path}, {"eventName", text, true}, version, overwrite}, exportedDocument)
             .when(hasClipsAtRest),
         Command::later("exportSingleClip", "Export Single Clip…", "Writes one clip as a document.",
-                       {groupID, {"output", path}, {"eventName", text, true}, version, overwrite}, exported)
+                       {groupID, {"output", path}, {"eventName", text, true}, version, overwrite},
+                       exportedDocument)
             .when(hasClipsAtRest),
     };
 }

@@ -42,7 +42,7 @@ platform::Task remove(CommandContext& context, Call call, std::shared_ptr<JSON> 
     co_await removing;
 }
 
-JSON cancel(CommandContext& context, const Call& call) {
+JSON cancelDownload(CommandContext& context, const Call& call) {
     context.controller->models().cancelDownload(call.text("id"));
     return {};
 }
@@ -55,7 +55,8 @@ std::vector<Command> modelCommands() {
         Command::later("downloadModel", "Download Model", "Downloads a model and tests it.", {{"id", text}},
                        download),
         Command("cancelModelDownload", "Cancel Download",
-                "Stops the download of a model; the next one goes on from there.", {{"id", text}}, cancel)
+                "Stops the download of a model; the next one goes on from there.", {{"id", text}},
+                cancelDownload)
             .ahead(),
         Command::later("deleteModel", "Delete Model", "Removes a downloaded model.", {{"id", text}}, remove),
     };

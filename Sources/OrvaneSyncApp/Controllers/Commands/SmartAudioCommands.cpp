@@ -11,7 +11,7 @@ namespace {
 
 using enum Parameter::Kind;
 
-const Parameter overwrite{"forceOverwriteManualTracks", boolean};
+const Parameter overwriteManualTracks{"forceOverwriteManualTracks", boolean};
 
 int trackOf(const SyncGroup& group, const Call& call) {
     int channels = 0;
@@ -57,12 +57,14 @@ JSON smartAudioResult(CommandContext& context, const Call& call) {
 std::vector<Command> smartAudioCommands() {
     namespace steps = undoSteps;
     return {
-        Command::later(
-            "runSmartAudioAnalysis", "Run Smart Audio Analysis", "Analyses the sound of all settled clips.",
-            {{.name = "mode", .kind = text, .choices = smartAudioModeTags}, overwrite}, runAnalysis)
+        Command::later("runSmartAudioAnalysis", "Run Smart Audio Analysis",
+                       "Analyses the sound of all settled clips.",
+                       {{.name = "mode", .kind = text, .choices = smartAudioModeTags}, overwriteManualTracks},
+                       runAnalysis)
             .when(hasSoundAtRest),
         Command::later("runSmartAudioForGroup", "Run Smart Audio for This Clip",
-                       "Analyses the sound of the clip and measures its loudness.", {groupID, overwrite},
+                       "Analyses the sound of the clip and measures its loudness.",
+                       {groupID, overwriteManualTracks},
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                            return context.controller->smartAudio().runSmartAudioForGroup(
                                call.id("groupID"), call.boolean("forceOverwriteManualTracks"));

@@ -25,7 +25,7 @@ constexpr QSize atmoSize{760, 620};
 constexpr int playColumn = 4;
 constexpr int progressParts = 1000;
 constexpr int listHeight = 190;
-constexpr int idRole = Qt::UserRole;
+constexpr int candidateRole = Qt::UserRole;
 
 /// One scene: its stretches, how long the tone shall be, and the button that builds it.
 class ScenePanel : public Section {
@@ -46,7 +46,7 @@ class ScenePanel : public Section {
                                                     text(AtmoBuilderModel::startText(candidate)),
                                                     text(AtmoBuilderModel::lengthText(candidate)),
                                                     text(AtmoBuilderModel::levelText(candidate)), QString()});
-            row->setData(0, idRole, text(candidate.id.text()));
+            row->setData(0, candidateRole, text(candidate.id.text()));
             row->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
             row->setToolTip(0, text(candidate.url.pathText()));
             for (const int number : {1, 2, 3})
@@ -116,7 +116,7 @@ class ScenePanel : public Section {
   private:
     const AtmoBuilderModel::Scene& one() const { return model_.scenes()[scene_]; }
     static UUID idOf(const QTreeWidgetItem& row) {
-        return UUID::fromText(utf8(row.data(0, idRole).toString())).value();
+        return UUID::fromText(utf8(row.data(0, candidateRole).toString())).value();
     }
     void listen(const QTreeWidgetItem& row) {
         const UUID id = idOf(row);

@@ -20,7 +20,7 @@ using platform::ByteCursor;
 using platform::RandomAccessFile;
 
 constexpr int mostAtoms = 10000;
-constexpr std::uint64_t headerBytes = 8;
+constexpr std::uint64_t atomHeaderBytes = 8;
 constexpr std::uint64_t wideHeaderBytes = 16;
 constexpr std::uint64_t smallestMovie = 9;
 constexpr std::uint32_t smallestSample = 4;
@@ -40,7 +40,7 @@ struct Atom {
 
     bool is(std::string_view name) const { return std::string_view(type.data(), type.size()) == name; }
     /// The contents always begin 8 bytes behind the start, also behind a 64-bit size.
-    Range contents() const { return {position + headerBytes, position + size}; }
+    Range contents() const { return {position + atomHeaderBytes, position + size}; }
 };
 
 std::optional<Atom> readAtomHeader(RandomAccessFile& file, std::uint64_t position) {
@@ -50,7 +50,7 @@ std::optional<Atom> readAtomHeader(RandomAccessFile& file, std::uint64_t positio
     if (!size || !name) return std::nullopt;
     Atom atom{position, *size, {}};
     std::ranges::copy(name->text(), atom.type.begin());
-    if (*size == 1) atom.size = header.u64be(headerBytes).value_or(*size);
+    if (*size == 1) atom.size = header.u64be(atomHeaderBytes).value_or(*size);
     return atom;
 }
 
@@ -58,9 +58,9 @@ std::optional<Atom> readAtomHeader(RandomAccessFile& file, std::uint64_t positio
 template <class Visit>
 void walkAtoms(RandomAccessFile& file, Range range, Visit visit) {
     std::uint64_t position = range.begin;
-    for (int i = 0; i < mostAtoms && position < range.end && range.end - position >= headerBytes; ++i) {
+    for (int i = 0; i < mostAtoms && position < range.end && range.end - position >= atomHeaderBytes; ++i) {
         const auto atom = readAtomHeader(file, position);
-        if (!atom || atom->size < headerBytes || atom->size > range.end - position) return;
+        if (!atom || atom->size < atomHeaderBytes || atom->size > range.end - position) return;
         if (!visit(*atom)) return;
         position += atom->size;
     }
@@ -132,7 +132,7 @@ MdiaParseResult parseMedia(RandomAccessFile& file, const Atom& media) {
             const ByteCursor header =
                 file.peek(atom.position, atom.size < mediaHeaderBytes ? static_cast<std::size_t>(atom.size)
                                                                       : mediaHeaderBytes);
-            keep(result.mediaTimescale, header.u32be(header.u8(headerBytes) == 1 ? 28 : 20));
+            keep(result.mediaTimescale, header.u32be(header.u8(atomHeaderBytes) == 1 ? 28 : 20));
         } else if (atom.is("hdlr") && atom.size >= handlerBytes) {
             if (file.peek(atom.position + 16, 4).text() == "tmcd") result.isTimecodeTrack = true;
         } else if (atom.is("minf")) {
@@ -151,7 +151,7 @@ std::uint64_t firstMediaTime(RandomAccessFile& file, const Atom& edits) {
     std::uint64_t first = 0;
     eachAtom(file, edits.contents(), "elst", [&](const Atom& list) {
         constexpr std::uint64_t listHeaderBytes = 16, mostEntries = 16;
-        const bool isWide = file.peek(list.position + headerBytes, 1).u8(0) == 1;
+        const bool isWide = file.peek(list.position + atomHeaderBytes, 1).u8(0) == 1;
         const std::uint64_t entryBytes = isWide ? 20 : 12;
         const std::uint32_t claimed = file.peek(list.position + 12, 4).u32be(0).value_or(0);
         for (std::uint64_t i = 0; i < std::min<std::uint64_t>(claimed, mostEntries); ++i) {
@@ -241,7 +241,7 @@ std::optional<TimecodeTrackReader::Start> readSample(RandomAccessFile& file,
 } // namespace
 
 std::optional<TimecodeTrackReader::Start> TimecodeTrackReader::read(RandomAccessFile& file) {
-    if (file.size() < headerBytes) return std::nullopt;
+    if (file.size() < atomHeaderBytes) return std::nullopt;
     const auto movie = findMovie(file);
     if (!movie) return std::nullopt;
     const auto samples = parseMovie(file, *movie);

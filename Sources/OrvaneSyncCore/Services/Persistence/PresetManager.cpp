@@ -14,7 +14,7 @@ namespace files = platform::files;
 
 namespace {
 
-constexpr std::string_view extension = ".json";
+constexpr std::string_view presetExtension = ".json";
 constexpr std::uint64_t largestPreset = std::uint64_t{16} << 20U; // bytes
 
 /// As it is listed.
@@ -26,7 +26,7 @@ std::string listedName(std::string_view name) {
 }
 
 std::string presetPath(std::string_view name) {
-    return AppStorageHelper::presetsDirectory() + "/" + listedName(name) + std::string(extension);
+    return AppStorageHelper::presetsDirectory() + "/" + listedName(name) + std::string(presetExtension);
 }
 
 void refuseUnfitName(std::string_view name) {
@@ -104,10 +104,10 @@ std::vector<std::string> PresetManager::list() const {
     const std::string directory = AppStorageHelper::presetsDirectory();
     std::vector<std::string> names;
     for (std::string& fileName : files::childNames(directory).value_or(std::vector<std::string>())) {
-        if (!fileName.ends_with(extension) || fileName.size() == extension.size()) continue;
+        if (!fileName.ends_with(presetExtension) || fileName.size() == presetExtension.size()) continue;
         const auto attributes = files::attributes(directory + "/" + fileName);
         if (!attributes || attributes->isDirectory) continue;
-        fileName.resize(fileName.size() - extension.size());
+        fileName.resize(fileName.size() - presetExtension.size());
         names.push_back(std::move(fileName));
     }
     // The file system's order is no order; names that compare as equal are listed alike every time.

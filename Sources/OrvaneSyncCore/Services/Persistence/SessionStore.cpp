@@ -16,7 +16,7 @@ using platform::FileLock;
 
 namespace {
 
-constexpr std::string_view extension = ".orvanesync";
+constexpr std::string_view sessionExtension = ".orvanesync";
 constexpr std::string_view deletedExtension = ".deleted";
 constexpr std::uint64_t largestRecord = std::uint64_t{256}
                                         << 20U; // bytes; wild tracks hold what is known of them
@@ -106,11 +106,11 @@ void sortByName(std::vector<FolderInfo>& folders) {
 }
 
 std::string SessionStore::folderOf(const UUID& id) const {
-    std::string path = directory_ + "/" + id.text() + std::string(extension);
+    std::string path = directory_ + "/" + id.text() + std::string(sessionExtension);
     if (files::exists(path)) return path;
     // As a file system that knows no case, or a person, may have named it.
     const std::string lower =
-        directory_ + "/" + platform::text::lowercased(id.text()) + std::string(extension);
+        directory_ + "/" + platform::text::lowercased(id.text()) + std::string(sessionExtension);
     return files::exists(lower) ? lower : path;
 }
 
@@ -148,8 +148,9 @@ SessionStore::list(const std::function<void(const std::string& problem)>& unread
     std::vector<SessionInfo> sessions;
     std::unordered_set<UUID> ids;
     for (const std::string& name : files::childNames(directory_).value_or(std::vector<std::string>())) {
-        if (!name.ends_with(extension)) continue;
-        const auto id = UUID::fromText(std::string_view(name).substr(0, name.size() - extension.size()));
+        if (!name.ends_with(sessionExtension)) continue;
+        const auto id =
+            UUID::fromText(std::string_view(name).substr(0, name.size() - sessionExtension.size()));
         if (!id || !isDirectory(directory_ + "/" + name) || !ids.insert(*id).second) continue;
         Stored<SessionInfo> info = readInfo(*id);
         if (info.problem && unreadable) unreadable(*info.problem);

@@ -20,7 +20,7 @@ for group in "$@"; do
         models) packages+=(npm); wants_models=yes ;;
         evening) packages+=(xvfb xdotool openbox imagemagick dbus-daemon at-spi2-core gir1.2-atspi-2.0 python3-gi
             pulseaudio pulseaudio-utils libasound2-plugins) ;;
-        sanitize) packages+=(clang-19 libclang-rt-19-dev) ;;
+        sanitize) packages+=(clang-19 libclang-rt-19-dev lld-19) ;;
         *) echo "error: unknown package group '$group' (build, bench, lint, tidy, sanitize, models, evening)" >&2; exit 2 ;;
     esac
 done

@@ -24,7 +24,8 @@ endif()
 # Several sources compiled as one: the first build of everything takes a third of the time. A source seems a header there,
 # and its names stand beside those of its neighbours; each one alone is looked at by every other build.
 if(CMAKE_UNITY_BUILD)
-    set(CMAKE_UNITY_BUILD_BATCH_SIZE 8)
+    set(ORVANE_UNITY_BATCH 8 CACHE STRING "How many sources are compiled as one; 0: all of a target")
+    set(CMAKE_UNITY_BUILD_BATCH_SIZE ${ORVANE_UNITY_BATCH})
     target_compile_options(orvane_options INTERFACE -Wno-shadow "$<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>")
 endif()
 if(ORVANE_SANITIZE)

@@ -81,7 +81,8 @@ class LockitRun {
                     << "\n\n  " << url
                     << "\n\nOnce you have signed in, this goes on by itself. Where it does not, paste the "
                        "address that the page leads to ("
-                    << LockitOAuthService::callbackURLScheme << "://...) here:" << std::endl;
+                    << LockitOAuthService::callbackURLScheme << "://...) here:\n"
+                    << std::flush;
         return true;
     }
 
@@ -106,7 +107,8 @@ Task pasteCallbacks(Context& context, std::shared_ptr<LockitOAuthService> accoun
         if (!line || account->completeSignIn(*line)) co_return;
         if (platform::text::trimmed(*line).empty()) continue;
         context.err << "That is not it: the address begins with " << LockitOAuthService::callbackURLScheme
-                    << "://" << std::endl;
+                    << "://\n"
+                    << std::flush;
     }
 }
 

@@ -118,7 +118,7 @@ TEST(TimecodeTrack, theTailIsBounded) {
     EXPECT_EQ(behind(4'990'000), "00:00:01:00");
     EXPECT_FALSE(behind(5'000'000).has_value());
     const std::string unfinished(16, '\xFF');
-    EXPECT_FALSE(timecode(unfinished + "\0\0\0\x08moov" + "12345678").has_value());
+    EXPECT_FALSE(timecode(unfinished + "12345678").has_value());
     EXPECT_FALSE(timecode(unfinished + test::be32(8) + "moov12345678").has_value())
         << "a movie without contents";
     EXPECT_FALSE(timecode("\xFF\xFF\xFF\xFFmoov").has_value());

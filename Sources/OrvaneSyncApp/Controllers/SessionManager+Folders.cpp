@@ -141,7 +141,7 @@ void SessionManager::loadFolderInfos() {
     sortByName(folders);
     if (stored.problem || folderListProblem_) folderListProblem_ = std::move(stored.problem);
     if (std::exchange(folderInfos_, folders) != folders) notify(SessionField::folderInfos);
-    tellProblem();
+    reportProblem();
 }
 
 void SessionManager::writeFolderChanges() {
@@ -156,7 +156,7 @@ void SessionManager::writeFolderChanges() {
         unsavedFolderChanges_.clear();
         folderFailure_.reset();
         folderListProblem_.reset();
-        if (changed.kept) tellOfKeptFiles({*changed.kept});
+        if (changed.kept) reportKeptFiles({*changed.kept});
     } catch (const platform::FileError& error) {
         folderFailure_ = std::string("folders.json: ") + error.what();
     }

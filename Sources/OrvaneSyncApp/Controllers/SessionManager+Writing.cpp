@@ -44,7 +44,7 @@ platform::Task SessionManager::write(std::weak_ptr<SessionManager> weak, UUID id
     Outcome outcome = co_await writing;
     self = weak.lock();
     if (!self) co_return;
-    self->tellOfKeptFiles(std::exchange(outcome.kept, {}));
+    self->reportKeptFiles(std::exchange(outcome.kept, {}));
     if (!self->isNewest(id, token)) co_return;
 
     auto listing = platform::onQueue(*self->queue_, self->mainThread_,
@@ -71,12 +71,12 @@ void SessionManager::finished(const UUID& id, Outcome outcome) {
             knownWildTracks_ = work->wildTracks.tracks;
             areFoldersUnreadable_ = areFoldersUnreadable_ && work->folders.isEmpty();
             deletionProblem_.reset();
-            tellProblem();
+            reportProblem();
         }
         unwritten_.erase(written);
     }
     if (outcome.info) adopt(std::move(*outcome.info));
-    tellOfKeptFiles(outcome.kept);
+    reportKeptFiles(outcome.kept);
     reportFailures();
 }
 

@@ -226,7 +226,7 @@ void SessionManager::autosaveIfNeeded() {
     if (!controller || !currentSessionId_ || isProjectOpening_) return;
     if (!isChanged && isDeletedByAnother()) {
         deletionProblem_ = "Another program has deleted this session; the next change saves it anew";
-        return tellProblem();
+        return reportProblem();
     }
     Work work = workOf(*controller);
     work.leavesClipsAlone = work.groups.empty() && !work.isEmptiedByEdit;
@@ -345,8 +345,8 @@ void SessionManager::open(const UUID& sessionId, Read read, ImportController& co
     for (const auto& problem :
          {read.infoProblem, read.folders.problem, read.wildTracks.problem, read.groups.problem})
         if (problem) openingProblem_ = openingProblem_ ? *openingProblem_ + "; " + *problem : *problem;
-    tellProblem();
-    tellOfKeptFiles(kept);
+    reportProblem();
+    reportKeptFiles(kept);
     const FolderInfo* folder = folderOfSession(sessionId);
     if (folder == nullptr || !folder->activeSettingsSnapshot) return;
     try {
@@ -405,18 +405,18 @@ void SessionManager::setCurrentSession(std::optional<UUID> id) {
     openingProblem_.reset();
     deletionProblem_.reset();
     keptProblem_.reset();
-    tellProblem();
+    reportProblem();
     notify(SessionField::currentSessionId);
 }
 
 /// Also of a session that was left: the texts name the file.
-void SessionManager::tellOfKeptFiles(const std::vector<std::string>& kept) {
+void SessionManager::reportKeptFiles(const std::vector<std::string>& kept) {
     if (kept.empty()) return;
     keptProblem_ = platform::text::joined(kept, "; ");
-    tellProblem();
+    reportProblem();
 }
 
-void SessionManager::tellProblem() {
+void SessionManager::reportProblem() {
     std::vector<std::string> parts;
     for (const auto* part : {&folderListProblem_, &openingProblem_, &deletionProblem_, &keptProblem_})
         if (*part) parts.push_back(**part);

@@ -145,8 +145,8 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     void setCurrentSession(std::optional<UUID> id);
     void loadFolderInfos();
     /// Puts the problem together and tells of it when it is another one.
-    void tellProblem();
-    void tellOfKeptFiles(const std::vector<std::string>& kept);
+    void reportProblem();
+    void reportKeptFiles(const std::vector<std::string>& kept);
     bool isDeletedByAnother() const;
     void leaveSession();
     void beginSessionOfProject();

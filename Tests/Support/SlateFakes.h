@@ -53,11 +53,12 @@ class SlateVideoRecognizer : public platform::TextRecognizer {
 
 inline std::shared_ptr<SlateDetector> slateDetector(std::shared_ptr<SlateVideo> video) {
     return std::make_shared<SlateDetector>([video] {
-        return SlateDetector::Means{[video](const std::string&) {
-                                        return video->frames > 0 ? std::make_unique<SlateVideoFrames>(*video)
-                                                                 : nullptr;
-                                    },
-                                    std::make_shared<SlateVideoRecognizer>(video)};
+        return SlateDetector::Dependencies{[video](const std::string&) {
+                                               return video->frames > 0
+                                                          ? std::make_unique<SlateVideoFrames>(*video)
+                                                          : nullptr;
+                                           },
+                                           std::make_shared<SlateVideoRecognizer>(video)};
     });
 }
 

@@ -70,7 +70,7 @@ struct Heard {
 };
 
 /// On the router's queue. What cannot be heard gives the empty result.
-Heard listen(const SmartAudioRouter::Means& means, SmartAudioRequest request, bool measuresLoudness,
+Heard listen(const SmartAudioRouter::Options& options, SmartAudioRequest request, bool measuresLoudness,
              const std::shared_ptr<WaveformCache>& waveforms, const std::shared_ptr<StemCache>& stems,
              const std::stop_token& stop) {
     try {
@@ -88,7 +88,7 @@ Heard listen(const SmartAudioRouter::Means& means, SmartAudioRequest request, bo
                 listeners.push_back(&meter.emplace(file));
             return listeners;
         };
-        Heard heard{.result = SmartAudioRouter::analyze(request, means, stop)};
+        Heard heard{.result = SmartAudioRouter::analyze(request, options, stop)};
         if (heard.result.incompleteFiles.empty()) waveform.keep();
         if (meter) heard.loudness = measured(meter->integratedLUFS());
         return heard;
@@ -283,10 +283,10 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
             const bool measures = loudness == Loudness::measure && !run->loudness.contains(request.sound);
             auto listening =
                 platform::onQueue(self->router_->queue(), self->work_.environment.mainThread,
-                                  [means = self->router_->means(), request, measures,
+                                  [options = self->router_->options(), request, measures,
                                    waveforms = self->work_.environment.waveformCache,
                                    stems = self->work_.environment.stems](const std::stop_token& stop) {
-                                      return listen(means, request, measures, waveforms, stems, stop);
+                                      return listen(options, request, measures, waveforms, stems, stop);
                                   });
             self.reset();
             Heard heard = co_await listening;

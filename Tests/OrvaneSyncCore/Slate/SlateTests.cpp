@@ -91,7 +91,7 @@ TEST_F(SlateDetectorTest, aClapThatIsHeardGoesFirst) {
               (SlateResult{3, ClapMethod::audioTransient, 1, "1", "2", {}}));
     EXPECT_EQ(detect(5, {{24, slate}}, FileURL{"/nowhere.wav"}).clapMethod, ClapMethod::visualSlate);
     // Where no text can be read there is the clap alone; the tail of the recording is not searched.
-    SlateDetector blind([] { return SlateDetector::Means{}; });
+    SlateDetector blind([] { return SlateDetector::Dependencies{}; });
     EXPECT_EQ(blind.detect(FileURL{"/a.mov"}, clap(3)), (SlateResult{3, ClapMethod::audioTransient}));
     EXPECT_EQ(blind.detect(FileURL{"/a.mov"}, clap(35)), SlateResult{});
     std::stop_source stopped;

@@ -153,9 +153,10 @@ LeavingOut::of(const std::function<bool(const MediaAsset&)>& isLeftOut) const {
             !propose(whole.find('/') == std::string::npos ? "./" + whole : whole, isIn))
             return std::nullopt;
     }
-    for (const auto& [folder, ending] : endings) {
+    for (const auto& files : endings) {
+        const std::string &folder = files.first, &ending = files.second;
         const auto path = below(folder);
-        const auto isMeant = [&folder = folder, &ending = ending](const std::string& file) {
+        const auto isMeant = [&](const std::string& file) {
             return file.starts_with(folder) && file.find('/', folder.size()) == std::string::npos &&
                    file.ends_with(ending);
         };

@@ -4,7 +4,7 @@ namespace orvane {
 
 std::shared_ptr<SlateDetector> SlateDetector::ofThisMachine() {
     return std::make_shared<SlateDetector>([] {
-        return Means{platform::FrameReader::open, platform::TextRecognizer::create()};
+        return Dependencies{platform::FrameReader::open, platform::TextRecognizer::create()};
     });
 }
 

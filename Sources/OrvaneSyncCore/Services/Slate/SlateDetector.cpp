@@ -100,12 +100,12 @@ std::optional<FileURL> missingFile(const ClapDetector::Search& audio) {
 }
 
 /// False where the video could not be read.
-bool lookForSlate(SlateResult& result, const SlateDetector::Means& means, const FileURL& video,
+bool lookForSlate(SlateResult& result, const SlateDetector::Dependencies& dependencies, const FileURL& video,
                   const std::function<void(double)>& progress, const std::stop_token& stop) {
-    if (!means.recognizer || !means.openFrames) return true;
-    const auto frames = means.openFrames(video.path);
+    if (!dependencies.recognizer || !dependencies.openFrames) return true;
+    const auto frames = dependencies.openFrames(video.path);
     if (!frames) return platform::files::exists(video.path); // it may have no picture
-    const FrameSearch search{*frames, *means.recognizer, progress, stop};
+    const FrameSearch search{*frames, *dependencies.recognizer, progress, stop};
     const auto found = search.detectSlateFrame();
     if (!found) return true;
     const double time = found->picture.time.seconds();
@@ -123,9 +123,9 @@ bool lookForSlate(SlateResult& result, const SlateDetector::Means& means, const 
 
 } // namespace
 
-const SlateDetector::Means& SlateDetector::means() {
-    if (!means_) means_ = makeMeans_();
-    return *means_;
+const SlateDetector::Dependencies& SlateDetector::dependencies() {
+    if (!dependencies_) dependencies_ = makeDependencies_();
+    return *dependencies_;
 }
 
 SlateResult SlateDetector::detect(const FileURL& video, const std::optional<ClapDetector::Search>& audio,
@@ -139,7 +139,7 @@ SlateResult SlateDetector::detect(const FileURL& video, const std::optional<Clap
     std::optional<FileURL> missing =
         audio && !result.clapPointSeconds ? missingFile(*audio) : std::optional<FileURL>();
     try {
-        if (!lookForSlate(result, means(), video, progress, stop)) missing = video;
+        if (!lookForSlate(result, dependencies(), video, progress, stop)) missing = video;
     } catch (const std::exception&) {
         missing = video; // what was found before it stays
     }

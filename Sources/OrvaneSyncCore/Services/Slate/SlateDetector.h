@@ -20,14 +20,15 @@ namespace orvane {
 /// the other. Nothing fails: what cannot be read leaves its fields absent.
 class SlateDetector {
   public:
-    struct Means {
+    struct Dependencies {
         /// Null where the file has no picture.
         std::function<std::unique_ptr<platform::FrameReader>(const std::string& path)> openFrames;
         /// Null: no text can be read, so no picture is taken for a slate.
         std::shared_ptr<platform::TextRecognizer> recognizer;
     };
-    /// `means` is called once, by the first operation that needs pictures.
-    explicit SlateDetector(std::function<Means()> means) : makeMeans_(std::move(means)) {}
+    /// `dependencies` is called once, by the first operation that needs pictures.
+    explicit SlateDetector(std::function<Dependencies()> dependencies)
+        : makeDependencies_(std::move(dependencies)) {}
     static std::shared_ptr<SlateDetector> ofThisMachine();
 
     /// Listens to the head of the audio, half a minute, and looks at four pictures a second of the first 10
@@ -43,11 +44,11 @@ class SlateDetector {
     static constexpr float scoreOfNoSlate = 0.3F;
 
   private:
-    const Means& means();
+    const Dependencies& dependencies();
 
     std::mutex mutex_;
-    std::function<Means()> makeMeans_;
-    std::optional<Means> means_;
+    std::function<Dependencies()> makeDependencies_;
+    std::optional<Dependencies> dependencies_;
 };
 
 } // namespace orvane

@@ -39,8 +39,8 @@ void routeInBlocks(const SmartAudioRequest& request, std::span<const TrackAnalys
 } // namespace
 
 SmartAudioRouter::SmartAudioRouter(std::size_t concurrency, std::optional<std::string> diagnosticsDirectory)
-    : means_{concurrency > 0 ? concurrency : std::max(std::thread::hardware_concurrency(), 1U),
-             std::move(diagnosticsDirectory)},
+    : options_{concurrency > 0 ? concurrency : std::max(std::thread::hardware_concurrency(), 1U),
+               std::move(diagnosticsDirectory)},
       queue_(platform::SerialQueue::create("smart audio")) {}
 
 SmartAudioRouter::~SmartAudioRouter() = default;
@@ -83,11 +83,11 @@ bool SmartAudioRouter::endsEarly(double heardSeconds, double promisedSeconds) {
 
 SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request) {
     SmartAudioResult result;
-    queue_->sync([&] { result = analyze(request, means_, {}); });
+    queue_->sync([&] { result = analyze(request, options_, {}); });
     return result;
 }
 
-SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request, const Means& means,
+SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request, const Options& options,
                                            const std::stop_token& stop) {
     SmartAudioResult result;
     const OpenTake take = openTake(request.sound);
@@ -95,7 +95,7 @@ SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request, con
     if (!take || take.audio->frameCount() < 1 || tracks < 1) return {};
 
     const std::vector<TrackAnalysis> analyses =
-        listen(*take.audio, tracks, means.concurrency, request.progress, stop, request.alongside);
+        listen(*take.audio, tracks, options.concurrency, request.progress, stop, request.alongside);
     take.throwIfReadFailed(); // channels that were read to different ends can't be compared
     result.incompleteFiles = take.incompleteFiles();
     const double rate = take.audio->sampleRate();
@@ -117,8 +117,8 @@ SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request, con
     platform::throwIfStopped(stop);
     if (request.blockSettings)
         routeInBlocks(request, analyses,
-                      means.diagnosticsDirectory ? *means.diagnosticsDirectory
-                                                 : SmartAudioDiagnosticsLocation::directory(),
+                      options.diagnosticsDirectory ? *options.diagnosticsDirectory
+                                                   : SmartAudioDiagnosticsLocation::directory(),
                       result);
     return result;
 }

@@ -52,7 +52,7 @@ class SmartAudioRouter {
     static constexpr int mostTracks = 65535;
 
     /// `concurrency`: threads that one analysis may use; 0: as many as the machine has. The result does not
-    /// depend on it. `diagnosticsDirectory`: that of `Means`.
+    /// depend on it. `diagnosticsDirectory`: that of `Options`.
     explicit SmartAudioRouter(std::size_t concurrency = 0,
                               std::optional<std::string> diagnosticsDirectory = std::nullopt);
     ~SmartAudioRouter();
@@ -62,16 +62,16 @@ class SmartAudioRouter {
     SmartAudioResult analyze(const SmartAudioRequest& request);
 
     /// How an analysis is carried out, whatever it listens to.
-    struct Means {
+    struct Options {
         std::size_t concurrency = 1;
         /// Where the text report of a routing goes; absent: the program's own place for it.
         std::optional<std::string> diagnosticsDirectory = {};
     };
-    /// For an asynchronous caller: work posted to the queue calls `analyze` with a copy of the means, so that
-    /// it needs no router. Throws Stopped.
+    /// For an asynchronous caller: work posted to the queue calls `analyze` with a copy of the options, so
+    /// that it needs no router. Throws Stopped.
     platform::SerialQueue& queue() { return *queue_; }
-    const Means& means() const { return means_; }
-    static SmartAudioResult analyze(const SmartAudioRequest& request, const Means& means,
+    const Options& options() const { return options_; }
+    static SmartAudioResult analyze(const SmartAudioRequest& request, const Options& options,
                                     const std::stop_token& stop);
 
     /// Whether a recording of which something was heard ended before its header says, and not because the
@@ -89,7 +89,7 @@ class SmartAudioRouter {
                                              const ListenersAlongside& alongside = {});
 
   private:
-    Means means_;
+    Options options_;
     std::unique_ptr<platform::SerialQueue> queue_;
 };
 

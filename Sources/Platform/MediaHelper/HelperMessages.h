@@ -33,7 +33,7 @@ enum class Request : std::uint8_t {
     canDecode, ///< name of a codec; answers whether
     // Of a helper for pictures.
     openPictures,  ///< path; answers maybe a `VideoStream`
-    picture,       ///< `PictureWish`; answers a `PictureAnswer`, whose pixels lie in the shared memory
+    picture,       ///< `PictureQuery`; answers a `PictureAnswer`, whose pixels lie in the shared memory
     closePictures, ///< handle
 };
 
@@ -85,9 +85,9 @@ enum class PictureChoice : std::uint8_t {
     group, ///< the newest before time + tolerance that is decoded by itself, but none before the time
     next,  ///< the one behind the last one that was given
 };
-struct PictureWish {
+struct PictureQuery {
     std::uint32_t handle = 0;
-    std::uint64_t number = 0; ///< of the wish, ascending: for `PictureMemory::stopped`
+    std::uint64_t number = 0; ///< of the query, ascending: for `PictureMemory::stopped`
     PictureChoice choice = PictureChoice::at;
     Seconds time, tolerance;
     std::int32_t width = 0, height = 0; ///< the limit; 0: none
@@ -104,7 +104,7 @@ struct PictureAnswer {
 
 /// What a helper for pictures shares. Both sides write `stopped` alone at any time.
 struct PictureMemory {
-    /// The wishes up to this number are no longer wanted.
+    /// The queries up to this number are no longer wanted.
     std::atomic<std::uint64_t> stopped;
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
@@ -174,8 +174,8 @@ void exchange(Archive& archive, VideoStream& stream) {
             stream.pictureCount, stream.isIntraOnly);
 }
 template <class Archive>
-void exchange(Archive& archive, PictureWish& wish) {
-    archive(wish.handle, wish.number, wish.choice, wish.time, wish.tolerance, wish.width, wish.height);
+void exchange(Archive& archive, PictureQuery& query) {
+    archive(query.handle, query.number, query.choice, query.time, query.tolerance, query.width, query.height);
 }
 template <class Archive>
 void exchange(Archive& archive, PictureAnswer& answer) {

@@ -92,7 +92,7 @@ class Helper {
         case helper::Request::openPictures:
             return openPictures(reader.next<std::string>());
         case helper::Request::picture:
-            return reply(picture(reader.next<helper::PictureWish>()));
+            return reply(picture(reader.next<helper::PictureQuery>()));
         case helper::Request::closePictures:
             return closePictures(reader.next<std::uint32_t>());
         }
@@ -189,23 +189,23 @@ class Helper {
         return reply(wasOpen);
     }
 
-    helper::PictureAnswer picture(const helper::PictureWish& wish) {
-        const auto found = videos_.find(wish.handle);
-        if (found == videos_.end() || wish.time.scale <= 0 || wish.tolerance.scale <= 0)
+    helper::PictureAnswer picture(const helper::PictureQuery& query) {
+        const auto found = videos_.find(query.handle);
+        if (found == videos_.end() || query.time.scale <= 0 || query.tolerance.scale <= 0)
             throw helper::MessageError();
         LibavPictures& video = *found->second;
-        const auto isStopped = [&] { return pictures_->stopped >= wish.number; };
-        const MediaTime time{wish.time.value, wish.time.scale};
+        const auto isStopped = [&] { return pictures_->stopped >= query.number; };
+        const MediaTime time{query.time.value, query.time.scale};
         LibavPictures::Outcome outcome{};
-        switch (wish.choice) {
+        switch (query.choice) {
         case helper::PictureChoice::at:
-            outcome = video.find(time, {wish.tolerance.value, wish.tolerance.scale}, isStopped);
+            outcome = video.find(time, {query.tolerance.value, query.tolerance.scale}, isStopped);
             break;
         case helper::PictureChoice::key:
             outcome = video.findKey(time, isStopped);
             break;
         case helper::PictureChoice::group:
-            outcome = video.findGroup(time, time + MediaTime{wish.tolerance.value, wish.tolerance.scale},
+            outcome = video.findGroup(time, time + MediaTime{query.tolerance.value, query.tolerance.scale},
                                       isStopped);
             break;
         case helper::PictureChoice::next:
@@ -215,7 +215,7 @@ class Helper {
         helper::PictureAnswer answer;
         answer.outcome = static_cast<helper::PictureOutcome>(outcome);
         if (outcome != LibavPictures::Outcome::picture) return answer;
-        PictureSize size = video.sizeWithin({wish.width, wish.height});
+        PictureSize size = video.sizeWithin({query.width, query.height});
         const auto pixels = static_cast<double>(size.width) * size.height;
         if (pixels > static_cast<double>(helper::mostPixels)) {
             const double scale = std::sqrt(static_cast<double>(helper::mostPixels) / pixels);

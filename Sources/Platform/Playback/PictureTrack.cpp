@@ -74,13 +74,13 @@ void PictureTrack::seek(MediaTime time, std::uint64_t number) {
         lastSeek_ = number;
         failures_ = 0;
         if (covering(time) != cache_.end()) {
-            if (wish_) stopWork();
-            wish_.reset();
+            if (query_) stopWork();
+            query_.reset();
             ++version_;
             report = {servedSeek_ = number, true, false};
         } else {
             stopWork();
-            wish_ = Wish{time, false, number};
+            query_ = Query{time, false, number};
             // Nothing of another place is shown meanwhile.
             cache_.erase(cache_.upper_bound(time + roundingSlack), cache_.end());
             if (!cache_.empty() && cache_.rbegin()->first + neighbourhood < time) cache_.clear();
@@ -103,10 +103,10 @@ void PictureTrack::run(MediaTime now, double rate) {
         rate_ = rate;
         isGettingReady_ = false;
         ++version_;
-        if (isTurn && !wish_) work_.request_stop();
+        if (isTurn && !query_) work_.request_stop();
         if (rate >= 0 && reduced_) dropPictures();
         // Only the newest moment counts for key pictures; the seek under way goes first.
-        if (isKeys && (!wish_ || wish_->seek == 0)) wish_ = Wish{now, true, 0};
+        if (isKeys && (!query_ || query_->seek == 0)) query_ = Query{now, true, 0};
         evict();
     }
     changed_.notify_all();
@@ -129,7 +129,7 @@ void PictureTrack::dropPictures() {
     decodedTo_.reset();
     reduced_.reset();
     stopWork();
-    if (!wish_) wish_ = Wish{now_, false, 0};
+    if (!query_) query_ = Query{now_, false, 0};
 }
 
 void PictureTrack::setLimit(PictureSize limit) {
@@ -185,10 +185,10 @@ void PictureTrack::waitUntilReady(MediaTime now, double rate) {
     now_ = now;
     rate_ = rate;
     const bool isKey = std::abs(rate) >= keyPicturesFromRate;
-    const auto isIdle = [&] { return !wish_ && servedSeek_ == lastSeek_; };
+    const auto isIdle = [&] { return !query_ && servedSeek_ == lastSeek_; };
     served_.wait(lock, isIdle);
     if (rate == 0 || (!isKey && covering(now) != cache_.end())) return;
-    wish_ = Wish{now, isKey, 0};
+    query_ = Query{now, isKey, 0};
     stopWork();
     changed_.notify_all();
     served_.wait(lock, isIdle);
@@ -231,7 +231,7 @@ std::size_t PictureTrack::followers(Cache::const_iterator& last) const {
 }
 
 bool PictureTrack::canStart() const {
-    if (wish_) return false;
+    if (query_) return false;
     if (nextJob().kind == Kind::none) return true; // the end, or nothing that can be decoded
     auto last = covering(now_);
     return last != cache_.end() && followers(last) >= picturesAheadAtRest;
@@ -276,7 +276,7 @@ PictureTrack::Job PictureTrack::reverseJob(std::size_t wanted, std::size_t room)
 }
 
 PictureTrack::Job PictureTrack::nextJob() const {
-    if (wish_) return {wish_->isKey ? Kind::key : Kind::at, wish_->time + roundingSlack, {}, true};
+    if (query_) return {query_->isKey ? Kind::key : Kind::at, query_->time + roundingSlack, {}, true};
     if (failures_ >= mostFailures || std::abs(rate_) >= keyPicturesFromRate) return {};
     if (rate_ > 0) return forwardJob(ahead());
     if (rate_ < 0) {
@@ -302,7 +302,7 @@ void PictureTrack::serve(const std::stop_token& stop) {
             changed_.wait(lock, stop, isChanged);
             continue;
         }
-        const bool canWait = !job.isWish && rate_ == 0;
+        const bool canWait = !job.isQuery && rate_ == 0;
         if (canWait && changed_.wait_for(lock, stop, restBeforeAdvance, isChanged)) continue;
         if (stop.stop_requested()) return;
         perform(job, lock);
@@ -310,8 +310,8 @@ void PictureTrack::serve(const std::stop_token& stop) {
 }
 
 void PictureTrack::perform(const Job& job, std::unique_lock<std::mutex>& lock) {
-    const std::optional<Wish> wish = job.isWish ? wish_ : std::nullopt;
-    if (wish && !wish->isKey && covering(wish->time) != cache_.end()) return finish(*wish, true, lock);
+    const std::optional<Query> query = job.isQuery ? query_ : std::nullopt;
+    if (query && !query->isKey && covering(query->time) != cache_.end()) return finish(*query, true, lock);
     work_ = std::stop_source();
     job_ = job.kind;
     const std::uint64_t generation = generation_;
@@ -330,7 +330,7 @@ void PictureTrack::perform(const Job& job, std::unique_lock<std::mutex>& lock) {
         if (last != cache_.end()) end_ = last->second.time + last->second.duration;
     }
     failures_ = outcome == VideoDecoder::Outcome::nothing ? failures_ + 1 : 0;
-    if (wish) finish(*wish, outcome == VideoDecoder::Outcome::picture, lock);
+    if (query) finish(*query, outcome == VideoDecoder::Outcome::picture, lock);
 }
 
 /// Lets go of the lock while the decoder works.
@@ -389,16 +389,16 @@ VideoDecoder::Outcome PictureTrack::decode(const Job& job, std::unique_lock<std:
     }
 }
 
-void PictureTrack::finish(const Wish& wish, bool hasPicture, std::unique_lock<std::mutex>& lock) {
-    const auto isNewest = [&] { return wish_ && wish_->seek == wish.seek && wish_->time == wish.time; };
+void PictureTrack::finish(const Query& query, bool hasPicture, std::unique_lock<std::mutex>& lock) {
+    const auto isNewest = [&] { return query_ && query_->seek == query.seek && query_->time == query.time; };
     if (!isNewest()) return;
-    const Report report{wish.seek != 0 ? wish.seek : servedSeek_, hasPicture, false};
+    const Report report{query.seek != 0 ? query.seek : servedSeek_, hasPicture, false};
     // Who waits for it finds the report on its way.
     lock.unlock();
     report_(report);
     lock.lock();
     if (!isNewest()) return;
-    wish_.reset();
+    query_.reset();
     servedSeek_ = report.served;
     served_.notify_all();
 }

@@ -59,9 +59,9 @@ class PictureTrack {
         Kind kind = Kind::none;
         MediaTime time; ///< of a stretch, its start
         MediaTime end;  ///< of a stretch
-        bool isWish = false;
+        bool isQuery = false;
     };
-    struct Wish {
+    struct Query {
         MediaTime time;
         bool isKey = false;
         std::uint64_t seek = 0; ///< 0: none, somebody waits
@@ -71,7 +71,7 @@ class PictureTrack {
     void serve(const std::stop_token& stop);
     void perform(const Job& job, std::unique_lock<std::mutex>& lock);
     VideoDecoder::Outcome decode(const Job& job, std::unique_lock<std::mutex>& lock);
-    void finish(const Wish& wish, bool hasPicture, std::unique_lock<std::mutex>& lock);
+    void finish(const Query& query, bool hasPicture, std::unique_lock<std::mutex>& lock);
     Job nextJob() const;
     Job forwardJob(std::size_t wanted) const;
     /// `room`: pictures of a stretch.
@@ -102,7 +102,7 @@ class PictureTrack {
     double rate_ = 0;
     PictureSize limit_;
     std::optional<PictureSize> reduced_; ///< the limit in reverse, where pictures in full size take too much
-    std::optional<Wish> wish_;
+    std::optional<Query> query_;
     std::uint64_t version_ = 0;    ///< of what is asked for
     std::uint64_t generation_ = 0; ///< of the size: pictures of an earlier one are dropped
     std::uint64_t lastSeek_ = 0, servedSeek_ = 0;

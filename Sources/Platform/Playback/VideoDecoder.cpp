@@ -42,8 +42,8 @@ bool isSensible(const helper::VideoStream& stream) {
            std::isfinite(stream.nominalFrameRate) && stream.nominalFrameRate >= 0;
 }
 
-/// For the wishes of all decoders: a helper serves one after the other.
-std::uint64_t nextWish() {
+/// For the queries of all decoders: a helper serves one after the other.
+std::uint64_t nextQuery() {
     static std::atomic<std::uint64_t> number = 0;
     return ++number;
 }
@@ -103,51 +103,51 @@ VideoDecoder::~VideoDecoder() { process_->ask<bool>(helper::Request::closePictur
 
 VideoDecoder::Result VideoDecoder::at(MediaTime when, MediaTime tolerance, PictureSize limit,
                                       const std::stop_token& stop) {
-    helper::PictureWish wish;
-    wish.time = message(when);
-    wish.tolerance = message(tolerance);
-    return ask(wish, limit, stop);
+    helper::PictureQuery query;
+    query.time = message(when);
+    query.tolerance = message(tolerance);
+    return ask(query, limit, stop);
 }
 
 VideoDecoder::Result VideoDecoder::keyAt(MediaTime when, PictureSize limit, const std::stop_token& stop) {
-    helper::PictureWish wish;
-    wish.choice = helper::PictureChoice::key;
-    wish.time = message(when);
-    return ask(wish, limit, stop);
+    helper::PictureQuery query;
+    query.choice = helper::PictureChoice::key;
+    query.time = message(when);
+    return ask(query, limit, stop);
 }
 
 VideoDecoder::Result VideoDecoder::groupBefore(MediaTime earliest, MediaTime until, PictureSize limit,
                                                const std::stop_token& stop) {
-    helper::PictureWish wish;
-    wish.choice = helper::PictureChoice::group;
-    wish.time = message(earliest);
-    wish.tolerance = message(until - earliest);
-    return ask(wish, limit, stop);
+    helper::PictureQuery query;
+    query.choice = helper::PictureChoice::group;
+    query.time = message(earliest);
+    query.tolerance = message(until - earliest);
+    return ask(query, limit, stop);
 }
 
 VideoDecoder::Result VideoDecoder::next(PictureSize limit, const std::stop_token& stop) {
-    helper::PictureWish wish;
-    wish.choice = helper::PictureChoice::next;
-    return ask(wish, limit, stop);
+    helper::PictureQuery query;
+    query.choice = helper::PictureChoice::next;
+    return ask(query, limit, stop);
 }
 
-VideoDecoder::Result VideoDecoder::ask(helper::PictureWish& wish, PictureSize limit,
+VideoDecoder::Result VideoDecoder::ask(helper::PictureQuery& query, PictureSize limit,
                                        const std::stop_token& stop) {
     assertMayBlock("decoding a picture");
     throwIfStopped(stop);
     for (;;) {
-        if (!process_->isRunning() && !openAnew(wish)) return {};
-        wish.handle = handle_;
-        wish.number = nextWish();
-        wish.width = limit.width;
-        wish.height = limit.height;
+        if (!process_->isRunning() && !openAnew(query)) return {};
+        query.handle = handle_;
+        query.number = nextQuery();
+        query.width = limit.width;
+        query.height = limit.height;
         {
             const std::lock_guard lock(process_->mutex());
             std::optional<helper::PictureAnswer> answer;
             {
                 const std::stop_callback whenStopped(stop,
-                                                     [&] { process_->pictures().stopped = wish.number; });
-                answer = process_->ask<helper::PictureAnswer>(helper::Request::picture, wish);
+                                                     [&] { process_->pictures().stopped = query.number; });
+                answer = process_->ask<helper::PictureAnswer>(helper::Request::picture, query);
             }
             if (answer) return resultOf(*answer, stop);
         }
@@ -164,7 +164,7 @@ void VideoDecoder::noteEnd() {
     ends_ += process_->wasTooSlow() ? endsOfOneThatHangs : 1;
 }
 
-bool VideoDecoder::openAnew(helper::PictureWish& wish) {
+bool VideoDecoder::openAnew(helper::PictureQuery& query) {
     if (ends_ >= mostEnds) return false;
     const auto process = Process::borrow(helper::Purpose::pictures);
     if (!process) return false;
@@ -176,12 +176,12 @@ bool VideoDecoder::openAnew(helper::PictureWish& wish) {
     }
     process_ = process;
     handle_ = (*stream)->handle;
-    if (wish.choice == helper::PictureChoice::next) {
+    if (query.choice == helper::PictureChoice::next) {
         constexpr int longestStep = 10; // as a power of two
         const int step = std::min(endsInRow_ - 2, longestStep);
         const std::int64_t passedOver = step < 0 ? 0 : std::int64_t{1} << step;
-        wish.choice = helper::PictureChoice::at;
-        wish.time = message(behind_ + pictureLength() * passedOver + timeRoundingSlack);
+        query.choice = helper::PictureChoice::at;
+        query.time = message(behind_ + pictureLength() * passedOver + timeRoundingSlack);
     }
     return true;
 }

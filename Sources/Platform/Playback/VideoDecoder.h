@@ -16,7 +16,7 @@ namespace orvane::platform {
 namespace helper {
 class Process;
 struct VideoStream;
-struct PictureWish;
+struct PictureQuery;
 struct PictureAnswer;
 } // namespace helper
 
@@ -43,7 +43,7 @@ class PixelStore {
 
 /// Decodes the pictures of one file in a helper process of its own, one after the other or anywhere. One
 /// thread at a time, never the interface thread. When the process ends over the file, or by somebody's hand,
-/// another one takes its place with the next wish, so that one bad picture does not cost the others; a file
+/// another one takes its place with the next query, so that one bad picture does not cost the others; a file
 /// over which too many have ended has no further picture.
 class VideoDecoder {
   public:
@@ -73,9 +73,9 @@ class VideoDecoder {
   private:
     VideoDecoder(std::string path, std::shared_ptr<helper::Process> process,
                  const helper::VideoStream& stream);
-    Result ask(helper::PictureWish& wish, PictureSize limit, const std::stop_token& stop);
+    Result ask(helper::PictureQuery& query, PictureSize limit, const std::stop_token& stop);
     Result resultOf(const helper::PictureAnswer& answer, const std::stop_token& stop);
-    bool openAnew(helper::PictureWish& wish);
+    bool openAnew(helper::PictureQuery& query);
     void noteEnd();
     MediaTime pictureLength() const;
 

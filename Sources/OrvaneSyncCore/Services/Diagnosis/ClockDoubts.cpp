@@ -27,8 +27,8 @@ constexpr std::size_t mostPairs = 10'000;
 // Nice offsets may serve a little fewer clips than the best one: a clip may begin before its sound.
 constexpr double nearlyAll = 0.9;
 
-/// An offset that is claimed, and how far it may be wrong.
-struct Claim {
+/// An offset that brings the recordings of a card under clips, and how far it may be wrong.
+struct CardOffset {
     double seconds = 0;
     double widthSeconds = 0; ///< 0 for what people set clocks wrong by
 };
@@ -40,26 +40,26 @@ class ClockDoubts {
           uncovered_(clips.uncovered) {}
 
     void add() {
-        findSuspects();
-        for (const Suspect& one : suspects_)
+        findDoubtedCards();
+        for (const DoubtedCard& one : doubtedCards_)
             if (!one.isPart) offsetOf(one);
         for (const Card& card : camerasCards(shoot_)) {
             platform::throwIfStopped(shoot_.stop);
             offsetOfClips(card);
         }
-        for (const Suspect& one : suspects_)
+        for (const DoubtedCard& one : doubtedCards_)
             if (one.isPart) offsetOf(one);
     }
 
   private:
     /// Recordings whose clock may be wrong.
-    struct Suspect {
+    struct DoubtedCard {
         Card card;
         std::size_t all = 0;  ///< recordings of the card
         bool isPart = false;  ///< those of a card that lie under no clip, where others lie right
         bool isUnmet = false; ///< few lie under all of a clip, whatever else lies there
     };
-    void findSuspects() {
+    void findDoubtedCards() {
         const std::size_t count = shoot_.recordings.size();
         std::vector<bool> isRight(count); // it lies under all of a clip where it is
         std::vector<bool> isMet(count), isFitting(count);
@@ -85,16 +85,16 @@ class ClockDoubts {
             if (std::cmp_greater_equal(files.size(), explanation::fewest) &&
                 std::cmp_less_equal(2 * right, files.size())) {
                 const auto fitting = std::ranges::count_if(files, isOf(isFitting));
-                suspects_.push_back(
+                doubtedCards_.push_back(
                     {card, files.size(), false, std::cmp_less_equal(3 * fitting, files.size())});
                 for (const std::size_t file : files) isSuspected_[file] = true;
             }
             // The clock may have been set anew among them.
-            Suspect part{card, files.size(), true};
+            DoubtedCard part{card, files.size(), true};
             std::erase_if(part.card.files, isOf(isMet));
             if (std::cmp_greater_equal(right, explanation::fewest) &&
                 std::cmp_greater_equal(part.card.files.size(), explanation::fewest))
-                suspects_.push_back(std::move(part));
+                doubtedCards_.push_back(std::move(part));
         }
     }
     /// What is to be added to the recording's place to come to the clip's; absent where they are two days and
@@ -165,9 +165,9 @@ class ClockDoubts {
     /// What brings the recordings under the clips, where it is no chance, also as the best of so many tries.
     /// `expectedAt` gives, for an offset, how many of the clips that are looked at ought to find sound.
     template <class ExpectedAt>
-    std::optional<Claim> commonOffset(const std::vector<const Shoot::Clip*>& clips,
-                                      const std::vector<FilePlace>& sounds, const ExpectedAt& expectedAt,
-                                      std::size_t tries = 1) const {
+    std::optional<CardOffset> commonOffset(const std::vector<const Shoot::Clip*>& clips,
+                                           const std::vector<FilePlace>& sounds, const ExpectedAt& expectedAt,
+                                           std::size_t tries = 1) const {
         const std::size_t step = clips.size() * sounds.size() / mostPairs + 1;
         std::vector<OffsetWindow> windows;
         std::vector<const Shoot::Clip*> looked;
@@ -189,12 +189,12 @@ class ClockDoubts {
         const auto byChance = chanceOf(windows, best);
         const double niceShare = isNice ? std::min(1.0, best.widthSeconds / niceOffsetStepSeconds) : 1;
         if (static_cast<double>(tries) * byChance * niceShare > chance::smallest) return std::nullopt;
-        return Claim{offset, isNice ? 0 : best.widthSeconds};
+        return CardOffset{offset, isNice ? 0 : best.widthSeconds};
     }
 
     /// By the clips that lack sound; recordings that lie under no clip at all may be those of a second
     /// recorder, and of any day.
-    void offsetOf(const Suspect& one) {
+    void offsetOf(const DoubtedCard& one) {
         platform::throwIfStopped(shoot_.stop);
         if (offsetAmong(one, one.card, false) || one.isPart || !one.isUnmet) return;
         if (offsetAmong(one, one.card, true) || !one.card.day) return;
@@ -254,7 +254,7 @@ class ClockDoubts {
     }
 
     /// `isForAll`: for all clips, not for those alone that lack sound. Whether there is a doubt.
-    bool offsetAmong(const Suspect& one, const Card& card, bool isForAll, std::size_t tries = 1) {
+    bool offsetAmong(const DoubtedCard& one, const Card& card, bool isForAll, std::size_t tries = 1) {
         std::vector<const Shoot::Clip*> clips;
         for (const Shoot::Clip* clip : isForAll ? clips_ : uncovered_)
             if (mayMeet(card, *clip) && !(one.isPart && doubts_.has(clip->group->id, {Kind::constantOffset})))
@@ -262,7 +262,7 @@ class ClockDoubts {
         if (std::cmp_less(clips.size(), explanation::fewest) || isHeardInPlace(card)) return false;
         std::vector<FilePlace> sounds;
         for (const std::size_t file : card.files) sounds.push_back(placeOf(card, file));
-        const auto claim = commonOffset(
+        const auto common = commonOffset(
             clips, sounds,
             [&](double offset, const std::vector<const Shoot::Clip*>& looked) {
                 const TCRange hours = hoursOf(card, offset);
@@ -270,8 +270,8 @@ class ClockDoubts {
                     looked, [&](const Shoot::Clip* clip) { return isWithin(hours, card, *clip); });
             },
             tries);
-        if (!claim || (card.movedByDays != 0 && std::abs(claim->seconds) >= secondsADay)) return false;
-        return tellOffset(one, card, *claim, isForAll);
+        if (!common || (card.movedByDays != 0 && std::abs(common->seconds) >= secondsADay)) return false;
+        return addOffset(one, card, *common, isForAll);
     }
 
     /// A camera's clock against recordings that lie right under the clips of others.
@@ -291,16 +291,16 @@ class ClockDoubts {
             files.push_back(i);
             sounds.push_back(shoot_.recordings[i].place);
         }
-        const auto claim =
+        const auto common =
             commonOffset(clips, sounds,
                          [](double, const std::vector<const Shoot::Clip*>& looked) { return looked.size(); });
-        if (!claim) return;
+        if (!common) return;
         std::set<std::size_t> used;
         std::vector<const Shoot::Clip*> found;
         for (const Shoot::Clip* clip : clips) {
             const auto sound = std::ranges::find_if(files, [&](std::size_t file) {
                 const auto window = windowOf(*clip, shoot_.recordings[file].place, 0);
-                return window && window->first <= claim->seconds && claim->seconds <= window->last;
+                return window && window->first <= common->seconds && common->seconds <= window->last;
             });
             if (sound == files.end()) continue;
             found.push_back(clip);
@@ -314,25 +314,25 @@ class ClockDoubts {
         std::ranges::sort(found); // in the order of the clips
         addCardDoubt(doubts_,
                      {Kind::constantOffset,
-                      "the clips in '" + card.folder + "' are " + spanText(std::abs(claim->seconds)) +
-                          (claim->seconds > 0 ? " late" : " early") +
+                      "the clips in '" + card.folder + "' are " + spanText(std::abs(common->seconds)) +
+                          (common->seconds > 0 ? " late" : " early") +
                           " against recordings that fit other clips: with these moved by that, " +
                           std::to_string(matched) + " of " + counted(clips.size(), "clip", "clips") +
-                          " without all of their sound would match" + knownTo(*claim),
-                      cure_.of({card.folder, std::nullopt, {}}, claim->seconds) + cure_.inAScanOfClips(card) +
-                          clapAfter(*claim)},
+                          " without all of their sound would match" + knownTo(*common),
+                      cure_.of({card.folder, std::nullopt, {}}, common->seconds) +
+                          cure_.inAScanOfClips(card) + clapAfter(*common)},
                      found);
     }
 
     /// Of offsets that people do not set clocks by, all within the width fit as well.
-    bool isGuess(const Claim& claim) const {
-        return claim.widthSeconds * timecodeRate::frameRateForRealTimeCalculation(rate_) > 1;
+    bool isGuess(const CardOffset& common) const {
+        return common.widthSeconds * timecodeRate::frameRateForRealTimeCalculation(rate_) > 1;
     }
-    std::string knownTo(const Claim& claim) const {
-        return isGuess(claim) ? "; the offset is known to " + spanText(claim.widthSeconds) + " only" : "";
+    std::string knownTo(const CardOffset& common) const {
+        return isGuess(common) ? "; the offset is known to " + spanText(common.widthSeconds) + " only" : "";
     }
-    std::string clapAfter(const Claim& claim) const {
-        return isGuess(claim) ? "; then check a clap and set the frames" : "";
+    std::string clapAfter(const CardOffset& common) const {
+        return isGuess(common) ? "; then check a clap and set the frames" : "";
     }
 
     /// Whole hours go before half ones, these before whole seconds: of all offsets that find sound for the
@@ -366,8 +366,8 @@ class ClockDoubts {
         return {fits ? whole : best.seconds, false};
     }
 
-    bool tellOffset(const Suspect& one, const Card& card, const Claim& claim, bool isForAll) {
-        const double offset = claim.seconds;
+    bool addOffset(const DoubtedCard& one, const Card& card, const CardOffset& common, bool isForAll) {
+        const double offset = common.seconds;
         Cover as, shifted;
         for (const std::size_t file : card.files) {
             as.add(laid(card, file), file);
@@ -427,13 +427,13 @@ class ClockDoubts {
                     " without all of their sound would match";
         if (lost > 0) text += ", and " + counted(lost, "clip", "clips") + " would lose other sound";
         addCardDoubt(doubts_,
-                     {Kind::constantOffset, text + knownTo(claim),
+                     {Kind::constantOffset, text + knownTo(common),
                       cure_.of(card, offset) + (lost > 0 ? cure_.inAScanOfRecordings(card, one.isPart) : "") +
-                          clapAfter(claim)},
+                          clapAfter(common)},
                      doubted);
         return true;
     }
-    std::string nameOf(const Suspect& one) const {
+    std::string nameOf(const DoubtedCard& one) const {
         const std::string folder = " in '" + one.card.folder + "'";
         if (!one.isPart) return "the recordings" + folder;
         const auto file = [&](std::size_t i) { return shoot_.nameOf(*shoot_.recordings[i].asset); };
@@ -456,7 +456,7 @@ class ClockDoubts {
     }
     /// How many clips would lose their sound if all recordings moved. What lies on a card whose clock is
     /// wrong as well has its sound by chance, unless its clock is right for some of it.
-    int lostBy(const Suspect& one, const Card& card, double offset) const {
+    int lostBy(const DoubtedCard& one, const Card& card, double offset) const {
         return static_cast<int>(std::ranges::count_if(clips_, [&](const Shoot::Clip* clip) {
             if (!clip->isCovered || !clip->primary) return false;
             if (!one.isPart && isSuspected_[*clip->primary]) return false;
@@ -472,7 +472,7 @@ class ClockDoubts {
     OffsetCure cure_;
     const std::vector<const Shoot::Clip*>& clips_;
     const std::vector<const Shoot::Clip*>& uncovered_;
-    std::vector<Suspect> suspects_;
+    std::vector<DoubtedCard> doubtedCards_;
     std::vector<bool> isSuspected_; ///< by recording, of a card that lies under few clips
 };
 

@@ -21,7 +21,7 @@ class RateDoubts {
 
     bool add() {
         const auto rate = otherRate();
-        if (rate) tellRate(*rate);
+        if (rate) addRate(*rate);
         return rate.has_value();
     }
 
@@ -92,7 +92,7 @@ class RateDoubts {
         without.recordings = static_cast<int>(used.size());
         return {all, without};
     }
-    void tellRate(const Rate& rate) {
+    void addRate(const Rate& rate) {
         const std::string text = rateText(rate.rate);
         addCardDoubt(doubts_,
                      {SyncDoubt::Kind::timecodeRate,

@@ -37,7 +37,7 @@ class TimecodeDoubts {
                 cards_[std::string(folderOf(clip.group->video))].push_back(*dated);
         }
         for (auto& [folder, clips] : cards_)
-            if (std::ranges::sort(clips, {}, &Written::seconds); standsStill(clips)) tellCard(folder, clips);
+            if (std::ranges::sort(clips, {}, &Written::seconds); standsStill(clips)) addCard(folder, clips);
         strays();
         recordingsWithoutTimecode();
     }
@@ -203,7 +203,7 @@ class TimecodeDoubts {
         return rising >= (adjoin ? 1 : 2) && rising >= steady && rising + steady >= mostly * pairs &&
                lost > farSeconds;
     }
-    void tellCard(const std::string& folder, const std::vector<Written>& clips) {
+    void addCard(const std::string& folder, const std::vector<Written>& clips) {
         std::vector<const Shoot::Clip*> all;
         for (const Written& one : clips) {
             all.push_back(one.clip);

@@ -142,6 +142,26 @@ TEST_F(ReviewTest, AClipIsNudgedLockedAndLeftByKeys) {
     EXPECT_FALSE(clip(1).isApproved) << "what was decided is taken back from the list as well";
 }
 
+TEST_F(ReviewTest, AReturnPressedTwiceOpensAClipAndDecidesNothing) {
+    window_->results().select({ids_[0]});
+    const auto give = [&](QEvent::Type type, std::uint64_t milliseconds, bool isRepeat = false) {
+        QWidget* to = window_->results().isVisible() ? static_cast<QWidget*>(window_->results().table())
+                                                     : window_.get();
+        QKeyEvent event(type, Qt::Key_Return, Qt::NoModifier, QStringLiteral("\r"), isRepeat);
+        event.setTimestamp(milliseconds);
+        QCoreApplication::sendEvent(to, &event);
+    };
+    give(QEvent::KeyPress, 1000);
+    ASSERT_TRUE(waitUntil([&] { return isOnScreen(0); }));
+    give(QEvent::KeyPress, 2000, true);
+    give(QEvent::KeyRelease, 2010);
+    give(QEvent::KeyPress, 1150);
+    EXPECT_FALSE(clip(0).isApproved);
+    give(QEvent::KeyRelease, 1200);
+    give(QEvent::KeyPress, 4000);
+    EXPECT_TRUE(clip(0).isApproved);
+}
+
 TEST_F(ReviewTest, TheStepsOfTheLoopAreButtonsWithTheirKeys) {
     open();
     auto* steps = window_->review().findChild<QWidget*>(QStringLiteral("steps"));

@@ -71,7 +71,11 @@ bool ReviewKeys::eventFilter(QObject* watched, QEvent* event) {
         event->type() != QEvent::ShortcutOverride)
         return false;
     const auto* receiver = qobject_cast<const QWidget*>(watched);
-    if (receiver == nullptr || !screens_.isInFront()) return false;
+    if (receiver == nullptr) return false;
+    if (!screens_.isInFront()) {
+        if (receiver->window() == &window_) noteElsewhere(static_cast<const QKeyEvent&>(*event));
+        return false;
+    }
     const bool isFullscreen = FullscreenWindow::isOne(receiver->window());
     if (receiver->window() != &window_ && !isFullscreen) return false;
     // An event that nobody took comes again for each parent.
@@ -80,11 +84,31 @@ bool ReviewKeys::eventFilter(QObject* watched, QEvent* event) {
     if (qobject_cast<const QMenuBar*>(focus) != nullptr)
         return false; // Alt has led there: letters open menus
     const auto& key = static_cast<const QKeyEvent&>(*event);
+    if (event->type() == QEvent::KeyRelease && key.key() == elsewhere_.key && !key.isAutoRepeat())
+        elsewhere_.isDown = false;
+    if (isOfAnotherScreen(key)) {
+        event->accept();
+        return true;
+    }
     if (event->type() != QEvent::ShortcutOverride) return handle(key, isFullscreen);
     const auto meant = keyEventOf(key);
     if (!meant || isTextEdited(focus) || isOtherK(*meant) || !isBound(*meant)) return false;
     event->accept(); // before the shortcuts of menus
     return true;
+}
+
+void ReviewKeys::noteElsewhere(const QKeyEvent& event) {
+    if (event.type() == QEvent::KeyPress && !event.isAutoRepeat())
+        elsewhere_ = {event.key(), event.timestamp(), true};
+    else if (event.type() == QEvent::KeyRelease && !event.isAutoRepeat())
+        elsewhere_.isDown = false;
+}
+
+bool ReviewKeys::isOfAnotherScreen(const QKeyEvent& event) const {
+    if (event.type() == QEvent::KeyRelease || event.key() != elsewhere_.key) return false;
+    if (event.isAutoRepeat()) return elsewhere_.isDown;
+    const auto between = static_cast<std::uint64_t>(QApplication::doubleClickInterval());
+    return elsewhere_.at != 0 && event.timestamp() - elsewhere_.at < between;
 }
 
 bool ReviewKeys::isBound(const KeyEvent& event) const {

@@ -4,6 +4,8 @@
 
 #include <QObject>
 
+#include <cstdint>
+
 class QKeyEvent;
 class QWidget;
 
@@ -32,11 +34,20 @@ class ReviewKeys : public QObject {
     bool handle(const QKeyEvent& event, bool isFullscreen);
     static void leaveField();
     bool isBound(const KeyEvent& event) const;
+    void noteElsewhere(const QKeyEvent& event);
+    /// Whether the press belongs to one of another screen: the key is held since then, or was pressed twice,
+    /// of which the first opened the review.
+    bool isOfAnotherScreen(const QKeyEvent& event) const;
 
     Desktop& desktop_;
     QWidget& window_;
     const Screens screens_;
     bool isFocusByTab_ = false;
+    struct {
+        int key = 0;
+        std::uint64_t at = 0; ///< milliseconds of the window system; 0: it gives none
+        bool isDown = false;
+    } elsewhere_; ///< the last key that went down while another screen was in front
 };
 
 } // namespace orvane::views

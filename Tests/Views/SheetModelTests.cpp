@@ -86,6 +86,11 @@ TEST(DoubtCures, SayForTheWindowWhatTheTerminalHasOptionsFor) {
         warningInWords("'b.mov' counts wrong; --tc-rate 25, or choose in the table of 'scan --review'"),
         "'b.mov' counts wrong; count timecode at 25 frames a second, or choose the recording in the clip's "
         "menu");
+    const auto inRow = [](std::string message) {
+        return messageInRow({SyncDoubt::Kind::mutedSpeech, std::move(message), {}}, "A.mov");
+    };
+    EXPECT_EQ(inRow("channel 1 (MIX L) of 'A.mov' is off"), "channel 1 (MIX L) is off");
+    EXPECT_EQ(inRow("the last 2.0 s have no sound of 'A.mov'"), "the last 2.0 s have no sound of 'A.mov'");
 }
 
 TEST(DoubtCures, ReplaceNothingThatTheCoreDoesNotSay) {

@@ -147,6 +147,7 @@ ResultsViewModel::Row ResultsModel::makeRow(std::size_t index) const {
         cell = utf8(translatedSentence(cell));
     }
     made.doubts = utf8(translatedSentence(made.doubts));
+    made.reason = utf8(translatedSentence(made.reason));
     return made;
 }
 
@@ -181,7 +182,7 @@ void ResultsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     if (below == QStringLiteral("-")) below.clear();
     if (index.column() == static_cast<int>(Column::match)) {
         // Below the status, why it is doubtful.
-        const QString why = text(row.doubts).section(QLatin1Char('\n'), 0, 0);
+        const QString why = text(row.reason);
         const int half = why.isEmpty() ? 0 : inner.height() / 2;
         Badge::paint(*painter, inner.adjusted(0, half > 0 ? space::tight : 0, 0, -half),
                      signal(row.certainty), index.data().toString(), textColour);
@@ -224,8 +225,18 @@ void ResultsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
 }
 
 QSize ResultsDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const {
-    const QFontMetrics metrics(textFont());
-    return {metrics.horizontalAdvance(index.data().toString()) + space::medium, rowHeight};
+    const auto column = static_cast<Column>(index.column());
+    if (column == Column::match) {
+        Badge status(Signal::matched, index.data().toString());
+        status.setFont(factsFont());
+        return {status.sizeHint().width() + 2 * space::small, rowHeight};
+    }
+    const QFontMetrics metrics(column == Column::name     ? textFont()
+                               : column == Column::starts ? timecodeFont()
+                                                          : factsFont());
+    return {metrics.horizontalAdvance(index.data().toString()) + 2 * space::small + 1 +
+                (column == Column::name ? foldWidth + pictureWidth + 2 * space::small : 0),
+            rowHeight};
 }
 
 bool ResultsDelegate::isFold(const QRect& cell, const QPoint& at) {

@@ -389,6 +389,27 @@ TEST(SyncDoubts, AnHourThatComesTwiceNeverMixesSilently) {
     }
 }
 
+TEST(SyncDoubts, SaysWhichPartOfAClipHasNoSound) {
+    Shot shot{{clipAt("/C/A.mov", 36000, 8)}, {recordingAt("/S/T.wav", 35990, 30)}, {}};
+    shot.diagnose();
+    struct Case {
+        double moved;
+        const char* message;
+        bool canBeTrimmed;
+    };
+    for (const Case& one : {Case{12, "the first 2.0 s have no sound", true},
+                            {77, "lies outside of it: no sound is heard", false},
+                            {-40, "lies outside of it: no sound is heard", false}}) {
+        shot.groups.update(shot.groups.front().id,
+                           [&](SyncGroup& group) { group.manualAudioOffsetSeconds = one.moved; });
+        const auto doubts = SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames()});
+        ASSERT_EQ(std::ssize(doubts.byGroup), 1);
+        const SyncDoubt& said = doubts.byGroup.begin()->second.front();
+        EXPECT_NE(said.message.find(one.message), std::string::npos) << said.message;
+        EXPECT_EQ(said.cure.find("--set") != std::string::npos, one.canBeTrimmed) << said.cure;
+    }
+}
+
 TEST(SyncDoubts, HearsSpeechOnAChannelThatIsOff) {
     Shot shot{{clipAt("/C/A.mov", 36000, 60)}, {recordingAt("/S/T.wav", 35990, 90)}, {}};
     shot.diagnose();

@@ -209,6 +209,14 @@ std::vector<std::string_view> terminalPhrases() {
 
 std::string messageInWords(const SyncDoubt& doubt) { return withoutPhrases(doubt.message); }
 
+std::string messageInRow(const SyncDoubt& doubt, const std::string& ownFile) {
+    std::string message = messageInWords(doubt);
+    const std::string attribute = " of '" + ownFile + "'";
+    if (const std::size_t at = message.find(attribute + " is "); at != std::string::npos)
+        message.erase(at, attribute.size());
+    return message;
+}
+
 Cure cureInWords(const SyncDoubt& doubt) { return inWords(withoutPhrases(doubt.cure)); }
 
 std::string warningInWords(std::string warning) { return inWords(withoutPhrases(std::move(warning))).text; }

@@ -28,6 +28,9 @@ struct Cure {
 
 /// The same of what a doubt says.
 std::string messageInWords(const SyncDoubt& doubt);
+/// What it says in the row of its clip, which has room for the beginning: without the clip's own file where
+/// that only says whose channel is meant.
+std::string messageInRow(const SyncDoubt& doubt, const std::string& ownFile);
 /// Pure; any thread.
 Cure cureInWords(const SyncDoubt& doubt);
 /// What the doubts and warnings of the core say where a window says something else. Each has to be said

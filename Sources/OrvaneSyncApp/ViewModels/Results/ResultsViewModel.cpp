@@ -91,6 +91,7 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
     if (const auto found = doubts.find(group.id); found != doubts.end())
         for (const SyncDoubt& doubt : found->second) {
             const std::string cure = cureInWords(doubt).text;
+            if (row.reason.empty()) row.reason = messageInRow(doubt, files.of(group.video));
             row.doubts += (row.doubts.empty() ? "" : "\n") + messageInWords(doubt) +
                           (cure.empty() ? "" : "\n→ " + cure);
         }

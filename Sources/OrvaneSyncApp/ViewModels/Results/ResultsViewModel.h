@@ -40,6 +40,7 @@ class ResultsViewModel {
         std::vector<std::string> texts; ///< by column
         Certainty certainty = Certainty::missing;
         std::string doubts; ///< messages and cures, a line each; empty without any
+        std::string reason; ///< the first message, as the row of the clip says it; empty without any
         bool isApproved = false;
         bool isLocked = false;
         bool isExcluded = false;

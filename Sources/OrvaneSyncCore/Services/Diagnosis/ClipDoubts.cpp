@@ -322,6 +322,12 @@ class ClipDoubts {
         const double before = std::clamp(start, 0.0, length());
         const double after = std::clamp(length() - (start + take_.durationSeconds), 0.0, length());
         if (before + after < missingSoundSeconds) return;
+        if (before >= length() || after >= length())
+            return add(Kind::shortSound,
+                       name_ + " lasts " + formatted("%.1f s", length()) + ", and " +
+                           shoot_.nameOf(*group_.primaryAudio()) + " lies outside of it: no sound is heard",
+                       "take that recording off the clip and attach another one, or move the sound under the "
+                       "picture by hand");
         std::string where;
         if (before > 0.05) where = formatted("the first %.1f s", before);
         if (after > 0.05) where += (where.empty() ? "" : " and ") + formatted("the last %.1f s", after);

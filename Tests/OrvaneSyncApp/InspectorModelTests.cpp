@@ -167,6 +167,17 @@ TEST_F(InspectorModelTest, syncSaysWhatTheClipHasAndWhatWasLocked) {
     controller_->clips().adjustAudioOffset(a_, 0.04); // a lock does not keep the keys from moving the sound
     part = SyncPart::of(group(a_), 25);
     EXPECT_EQ(part.lockedAt, "It was locked at -2 frames.");
+    EXPECT_EQ(part.noUpdate, part.anchorHint);
+    controller_->clips().toggleLocked(a_);
+    controller_->clips().setAudioAnchor(a_, 0.5); // of a sound that begins 1.46 s after the picture
+    part = SyncPart::of(group(a_), 25);
+    EXPECT_EQ(part.anchor, "Clap point 0.500 s into the recording");
+    EXPECT_EQ(part.noGoTo + part.noUpdate + part.noClear + part.noCheck, "");
+    controller_->clips().adjustAudioOffset(a_, -3);
+    part = SyncPart::of(group(a_), 25);
+    EXPECT_EQ(part.anchor, "No clap within the picture: the clap point lies 1.040 s before its start");
+    EXPECT_EQ(part.noCheck, part.noGoTo);
+    EXPECT_EQ(SyncPart::of(group(silent_), 25).noUpdate, "The clip has no sound.");
 
     MediaAsset slow = video("S.mov");
     slow.sensorFrameRate = 47.952;

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
+#include <utility>
 
 namespace orvane {
 
@@ -25,6 +27,46 @@ std::string soundBeginsSentence(const SyncGroup& group) {
     return "Sound begins " + begins;
 }
 
+constexpr const char* withoutSound = "The clip has no sound.";
+constexpr const char* withoutClap = "There is no clap point yet.";
+constexpr const char* outOfPicture = "The clap point lies outside of the picture.";
+
+/// Seconds of the clap point before the picture (below 0) or behind its end; 0 within it.
+double secondsOutOfPicture(const SyncGroup& group) {
+    const auto clap = group.resolvedClapPointSeconds();
+    const auto& length = group.video.durationSeconds;
+    if (!clap || !length) return 0;
+    return *clap - std::clamp(*clap, 0.0, *length);
+}
+
+std::string anchorSentence(const SyncGroup& group, double outOfPicture) {
+    if (!group.audioAnchorOffsetInAudioSeconds) return "No clap point yet";
+    if (outOfPicture != 0 && !group.pictureClapAnchorSeconds)
+        return "No clap within the picture: the clap point lies " +
+               formatted("%.3f s", std::abs(outOfPicture)) +
+               (outOfPicture < 0 ? " before its start" : " behind its end");
+    return formatted("Clap point %.3f s into the recording",
+                     *group.audioAnchorOffsetInAudioSeconds + ClipSound(group).primaryStartSeconds);
+}
+
+void addReasons(SyncPart& part, double secondsOut) {
+    const auto firstOf = [](std::initializer_list<std::pair<bool, std::string>> reasons) {
+        for (const auto& [holds, reason] : reasons)
+            if (holds) return reason;
+        return std::string();
+    };
+    const std::pair locked(part.isLocked, part.anchorHint);
+    const std::pair silent(!part.hasSound, std::string(withoutSound));
+    const std::pair missing(!part.hasAnchor, std::string(withoutClap));
+    const std::pair outside(secondsOut != 0, std::string(outOfPicture));
+    part.noGoTo = firstOf({missing, outside});
+    part.noUpdate = firstOf({silent, locked});
+    part.noClear = firstOf({missing, locked});
+    part.noSearch = firstOf(
+        {silent, locked, {part.hasAnchor, "There is a clap point; clear it to search for another one."}});
+    part.noCheck = firstOf({outside}); // without a clap point it loops at 3 s
+}
+
 } // namespace
 
 SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
@@ -39,15 +81,13 @@ SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
     part.offsetInSeconds = formatted("%+.3f", part.offsetSeconds);
     part.begins = soundBeginsSentence(group);
     part.hasAnchor = group.audioAnchorOffsetInAudioSeconds.has_value();
-    part.anchor =
-        part.hasAnchor
-            ? formatted("Clap point %.3f s into the recording",
-                        *group.audioAnchorOffsetInAudioSeconds + ClipSound(group).primaryStartSeconds)
-            : "No clap point yet";
+    const double secondsOut = secondsOutOfPicture(group);
+    part.anchor = anchorSentence(group, secondsOut);
     if (group.pictureClapAnchorSeconds) // it goes before that of the sound
         part.anchor += formatted("; in the picture at %.3f s", *group.pictureClapAnchorSeconds);
     part.anchorHint = part.isLocked ? "Unlock sync to move the clap point"
                                     : "⌘⌥ Click on the audio waveform to set the sync anchor";
+    addReasons(part, secondsOut);
     part.updateAnchor = part.hasAnchor ? "Update Clap Point" : "Set Clap Point";
     part.lock = part.isLocked ? "Unlock sync verification" : "Lock sync as verified";
     if (part.isLocked && group.lockedAtManualOffset) {

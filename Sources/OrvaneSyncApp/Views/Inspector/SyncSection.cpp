@@ -77,24 +77,19 @@ void SyncSection::makeAnchor() {
     auto* buttons = new FlowLayout;
     buttons->addWidget(goToAnchor_ = button(tr("Go To")));
     goToAnchor_->setAccessibleName(tr("Go to the clap point"));
-    goToAnchor_->setToolTip(tr("Moves the playhead to the clap point"));
     connect(goToAnchor_, &QPushButton::clicked, this, [this] { review_->seekVideoToAnchor(); });
     buttons->addWidget(updateAnchor_ = button({}));
-    updateAnchor_->setToolTip(translated(helpText(ShortcutAction::updateClapPoint)));
     connect(updateAnchor_, &QPushButton::clicked, this,
             [this] { review_->handleKeyAction(KeyAction::updateClapPoint); });
     buttons->addWidget(clearAnchor_ = button(tr("Clear")));
     clearAnchor_->setAccessibleName(tr("Clear the clap point"));
-    clearAnchor_->setToolTip(translated(desktop().command("setAudioAnchor").help));
     connect(clearAnchor_, &QPushButton::clicked, this, [this] { run("setAudioAnchor"); });
-    buttons->addWidget(commandButton("autoDetectAudioAnchor"));
+    buttons->addWidget(searchAnchor_ = commandButton("autoDetectAudioAnchor"));
     buttons->addWidget(clapCheck_ = button(translated(orvane::label(ShortcutAction::clapCheck))));
-    clapCheck_->setToolTip(translated(helpText(ShortcutAction::clapCheck)));
     connect(clapCheck_, &QPushButton::clicked, this,
             [this] { review_->handleKeyAction(KeyAction::clapCheck); });
     ofEngine_ = review_->engine()->onChange([this](VideoEngineField field) {
-        if (field == VideoEngineField::transport || field == VideoEngineField::loop)
-            clapCheck_->setEnabled(review_->canCheckClap());
+        if (field == VideoEngineField::transport || field == VideoEngineField::loop) showClapCheck();
     });
     add(buttons);
     add(anchorHint_ = facts({}));
@@ -121,6 +116,14 @@ void SyncSection::makeDecisions() {
     add(lockedAt_ = facts({}));
 }
 
+void SyncSection::showClapCheck() {
+    const bool can = review_->canCheckClap();
+    clapCheck_->setEnabled(can);
+    const std::string reason =
+        !shown_ || shown_->noCheck.empty() ? "The clip is not loaded." : shown_->noCheck;
+    clapCheck_->setToolTip(translated(can ? helpText(ShortcutAction::clapCheck) : std::string_view(reason)));
+}
+
 QString SyncSection::moveTo(const TypedNumber& typed) {
     if (!typed.value) return translatedSentence(typed.problem);
     JSON arguments = forClip();
@@ -137,9 +140,10 @@ void SyncSection::moveBy(double seconds) {
 void SyncSection::show(const SyncGroup& clip) {
     const SyncPart part = SyncPart::of(clip, desktop().controller().timeline().timelineFrameRate(clip));
     approve_->setChecked(part.isApproved); // a click has changed it by itself
-    clapCheck_->setEnabled(review_->canCheckClap());
-    if (shown_ == part) return;
+    const bool isSame = shown_ == part;
     shown_ = part;
+    showClapCheck();
+    if (isSame) return;
     setSummary(part.isLocked ? tr("%1 f, locked").arg(text(part.offsetFrames))
                              : tr("%1 f").arg(text(part.offsetFrames)));
     begins_->setText(translatedSentence(part.begins));
@@ -149,10 +153,15 @@ void SyncSection::show(const SyncGroup& clip) {
     seconds_->show(text(part.offsetInSeconds));
     for (EntryField* field : {frames_, seconds_}) field->setEnabled(part.hasSound);
     anchor_->setText(translatedSentence(part.anchor));
-    goToAnchor_->setEnabled(part.hasAnchor);
+    const auto showButton = [](QPushButton* button, const std::string& reason, const QString& help) {
+        button->setEnabled(reason.empty());
+        button->setToolTip(reason.empty() ? help : translated(reason));
+    };
+    showButton(goToAnchor_, part.noGoTo, tr("Moves the playhead to the clap point"));
     updateAnchor_->setText(translated(part.updateAnchor));
-    updateAnchor_->setEnabled(part.hasSound && !part.isLocked);
-    clearAnchor_->setEnabled(part.hasAnchor && !part.isLocked);
+    showButton(updateAnchor_, part.noUpdate, translated(helpText(ShortcutAction::updateClapPoint)));
+    showButton(clearAnchor_, part.noClear, translated(desktop().command("setAudioAnchor").help));
+    showButton(searchAnchor_, part.noSearch, translated(desktop().command("autoDetectAudioAnchor").help));
     anchorHint_->setText(translated(part.anchorHint));
     lock_->setText(translated(part.lock));
     lock_->setIcon(icon(part.isLocked ? Glyph::unlock : Glyph::lock));

@@ -24,13 +24,14 @@ class SyncSection : public InspectorSection {
     void makeDecisions();
     QString moveTo(const TypedNumber& typed);
     void moveBy(double seconds);
+    void showClapCheck();
 
     const std::shared_ptr<ReviewViewModel> review_;
     std::optional<SyncPart> shown_;
     design::Choice* method_;
     QLabel *methodText_, *begins_, *anchor_, *anchorHint_, *lockedAt_;
     design::EntryField *frames_, *seconds_;
-    QPushButton *goToAnchor_, *clearAnchor_, *updateAnchor_, *clapCheck_, *lock_, *approve_;
+    QPushButton *goToAnchor_, *clearAnchor_, *updateAnchor_, *searchAnchor_, *clapCheck_, *lock_, *approve_;
     platform::Subscription ofEngine_;
 };
 

@@ -204,10 +204,13 @@ TEST_F(SettingsModelTest, calibrationOffersWhatItsStateAllows) {
 TEST(ModelRows, sayWhatCanBeDoneAndSurviveAnyAnswer) {
     const ModelList list = modelList(platform::JSON::parse(R"({
         "models": [{"id": "a", "name": "A", "size": "~80 MB", "status": {"state": "downloading", "progress": 0.5}},
-                   {"id": "b", "isWired": true, "status": {"state": "error", "message": "Download cancelled"}},
-                   {"id": "c", "status": {"state": "ready"}}, 7],
+                   {"id": "b", "isWired": true, "downloadURL": "https://x", "status": {"state": "error", "message": "Download cancelled"}},
+                   {"id": "c", "status": {"state": "ready"}}, 7,
+                   {"id": "d", "downloadURL": "", "status": {"state": "error", "message": "No model host"}}],
         "totalSizeMB": 81, "bandit": {"isInstalled": false, "path": "/x/Bandit.onnx", "problem": "copy it"}})"));
-    ASSERT_EQ(list.rows.size(), 4U);
+    ASSERT_EQ(list.rows.size(), 5U);
+    EXPECT_EQ(list.rows[4].state, ModelRow::State::notSetUp) << "an optional model is no error";
+    EXPECT_EQ(list.rows[4].download, "");
     EXPECT_EQ(list.rows[0].status, "50 %");
     EXPECT_EQ(list.rows[0].facts, "~80 MB · Not active yet");
     EXPECT_EQ(list.rows[1].download, "Retry");

@@ -41,7 +41,11 @@ ModelRow rowOf(const JSON& model) {
     const JSON* status = model.find("status");
     if (status == nullptr) return row;
     row.state = stateOf(textOf(*status, "state"));
+    if (row.state == State::error && textOf(model, "downloadURL").empty()) row.state = State::notSetUp;
     switch (row.state) {
+    case State::notSetUp:
+        row.status = textOf(*status, "message");
+        break;
     case State::notDownloaded:
         row.status = "Not downloaded";
         row.download = "Download";

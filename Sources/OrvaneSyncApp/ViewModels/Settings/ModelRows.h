@@ -11,13 +11,14 @@ namespace orvane {
 
 /// One optional model, as the tab shows it. Texts are for people.
 struct ModelRow {
-    enum class State : std::uint8_t { notDownloaded, downloading, ready, error };
+    /// `notSetUp`: nothing names a place to get it from, which is no fault of an optional model.
+    enum class State : std::uint8_t { notDownloaded, downloading, ready, notSetUp, error };
     std::string id;
     std::string name;
     std::string description;
     std::string facts; ///< size, and whether anything uses it
     State state = State::notDownloaded;
-    std::string status;   ///< beside the dot
+    std::string status;   ///< beside the dot; of `notSetUp` and `error` a sentence
     double progress = 0;  ///< 0 to 1, while it is downloading
     std::string download; ///< of the button that begins a download; empty: there is none
 };

@@ -64,8 +64,12 @@ void ModelsPage::show(const ModelList& list) {
         const Line& line = lines_[i];
         const ModelRow& row = list.rows[i];
         const bool isError = row.state == ModelRow::State::error;
-        line.state->show(signalOf(row.state), isError ? tr("Error") : translated(row.status));
-        line.problem->show(Signal::missing, isError ? translatedSentence(row.status) : QString());
+        const bool isSetUp = row.state != ModelRow::State::notSetUp;
+        line.state->show(signalOf(row.state), isError    ? tr("Error")
+                                              : !isSetUp ? tr("Not set up")
+                                                         : translated(row.status));
+        line.problem->show(signalOf(row.state),
+                           isError || !isSetUp ? translatedSentence(row.status) : QString());
         line.progress->setVisible(row.state == ModelRow::State::downloading);
         line.progress->setValue(static_cast<int>(row.progress * percent));
         line.download->setText(translated(row.download));

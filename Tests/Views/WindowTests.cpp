@@ -2,8 +2,10 @@
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 #include "OrvaneSyncApp/Views/WorkBar.h"
+#include "Support/Assets.h"
 #include "Views/ShootWindow.h"
 
+#include <QAbstractItemDelegate>
 #include <QAbstractScrollArea>
 #include <QAction>
 #include <QScrollArea>
@@ -111,6 +113,23 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     ASSERT_EQ(window_->results().selectedClips().size(), 1U);
     EXPECT_EQ(table().currentIndex().row(), 1);
     EXPECT_EQ(cell(1, 1), next);
+}
+
+TEST_F(WindowTest, ColumnsShareTheWidthByWhatTheirTextsNeed) {
+    window_->resize(1440, 800);
+    const auto show = [&](const char* camera, const char* sound) {
+        desktop_->controller().openStoredWork(
+            {{}, {}, SyncGroupList({test::clip(test::video(camera), test::audio(sound))})});
+        QCoreApplication::processEvents();
+        ASSERT_EQ(table().model()->rowCount(), 1);
+        for (const int column : {0, 1, 5}) {
+            const int needed =
+                table().itemDelegate()->sizeHint({}, table().model()->index(0, column)).width();
+            EXPECT_GE(table().columnWidth(column), needed) << column << sound;
+        }
+    };
+    show("A001.mov", "10A-T01_0001_BOOM_MIX.WAV");
+    show("A001C001_261126.mov", "T1.wav");
 }
 
 TEST_F(WindowTest, OffersNothingForAllClipsWhileAScanReplacesThem) {

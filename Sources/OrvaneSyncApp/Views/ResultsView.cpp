@@ -5,6 +5,7 @@
 #include "OrvaneSyncApp/Views/ResultsModel.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncApp/Views/WildTracksView.h"
+#include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 
 #include <QAccessible>
 #include <QHBoxLayout>
@@ -21,6 +22,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 namespace orvane::views {
 
@@ -52,6 +54,7 @@ constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
      {Column::begins, 116, 0, 0},
      {Column::loudness, 92, 0, 0}}};
 constexpr int marksWidth = 76;
+constexpr int reasonWidth = 240; ///< below the status, why it is doubtful: the beginning at least
 
 /// So that the longest of the usual ones is not cut in any language.
 int leastStatusWidth() {
@@ -167,6 +170,9 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
     rowsObservation_ = rows_.onChange([this](const ResultsViewModel::Change& change) {
         showCounts();
         if (change.isLayoutChanged) keepSelection(change.areAllNew);
+        // Not for each filter: the columns would jump.
+        if (change.areAllNew && rows_.filter() == FilterMode::all && search_->text().isEmpty())
+            measureColumns();
         if (!table_->isColumnHidden(static_cast<int>(Column::loudness)) != rows_.isLoudnessKnown())
             fitColumns();
         scrolled_->start();
@@ -184,6 +190,7 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
     });
     showCounts();
     showDoubts();
+    measureColumns();
 }
 
 ResultsView::~ResultsView() { rowsObservation_ = nullptr; }
@@ -300,6 +307,26 @@ void ResultsView::fitColumns() {
     for (; !sharing.empty(); sharing.erase(sharing.begin()))
         give(sharing.front(), static_cast<int>(rest * shareOf(sharing.front()) / shared()));
     isFitting_ = false;
+}
+
+void ResultsView::measureColumns() {
+    constexpr int sample = 64; // rows: those of one shoot are named alike
+    const int rows = model_->rowCount();
+    if (areSharesChosen_ || rows == 0) return;
+    std::array<double, ResultsViewModel::columnCount> needs{};
+    for (int i = 0; i < std::min(rows, sample); ++i) {
+        const int row = static_cast<int>(static_cast<std::int64_t>(i) * rows / std::min(rows, sample));
+        for (const ColumnWidth& one : columnWidths) {
+            if (one.weight == 0) continue;
+            const auto column = static_cast<std::size_t>(one.column);
+            const QModelIndex cell = model_->index(row, static_cast<int>(one.column));
+            needs.at(column) = std::max<double>(needs.at(column), delegate_->sizeHint({}, cell).width());
+        }
+    }
+    double& status = needs.at(static_cast<std::size_t>(Column::match));
+    status = std::max<double>(status, reasonWidth);
+    shares_ = needs;
+    fitColumns();
 }
 
 void ResultsView::wantThumbnails() {
@@ -422,10 +449,15 @@ void ResultsView::rename(const UUID& clipID) {
     QInputDialog question(this);
     question.setWindowTitle(tr("Rename clip"));
     question.setLabelText(tr("Name in Final Cut Pro; empty: by the naming rules"));
-    question.setTextValue(text(clip->manualClipName.value_or("")));
-    if (auto* field = question.findChild<QLineEdit*>())
-        field->setPlaceholderText(text(exportedName(desktop_.controller(), *clip, "")));
-    if (question.exec() != QDialog::Accepted) return;
+    // Of an automatic name without what the naming adds by itself.
+    std::string automatic = exportedName(desktop_.controller(), *clip, "");
+    const auto tag = GroupNaming::offspeedTag(*clip);
+    if (tag && automatic.ends_with(" " + *tag)) automatic.resize(automatic.size() - tag->size() - 1);
+    const QString present = text(GroupNaming::manualName(*clip).value_or(automatic));
+    question.setTextValue(present); // which the dialog selects
+    if (auto* field = question.findChild<QLineEdit*>()) field->setPlaceholderText(text(automatic));
+    // Left as it is it stays one by the naming rules.
+    if (question.exec() != QDialog::Accepted || question.textValue() == present) return;
     JSON arguments = JSON::object();
     arguments.set("name", utf8(question.textValue()));
     desktop_.runForClips("setManualClipName", clips, std::move(arguments));

@@ -62,6 +62,8 @@ class ResultsView : public QWidget {
     void setSelected(const std::vector<UUID>& clips, QAbstractItemView::ScrollHint hint);
     /// Gives the columns the width that there is; in a narrow window two of them go below their neighbours.
     void fitColumns();
+    /// Lets the columns share the width by what their texts need, unless somebody moved a border.
+    void measureColumns();
     void wantThumbnails();
     void addRecordings(QMenu& menu, const UUID& clip);
     void showMenu(const QPoint& position);

@@ -80,6 +80,9 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
              isSelected ? all.onSelected : colour(sign));
     inner.setLeft(inner.left() + outlineGlyphSide + space::small);
 
+    // Beside the facts where there are any: the name has the whole width.
+    const int half = row.facts.empty() ? 0 : inner.height() / 2;
+    const int marksMiddle = inner.center().y() + half / 2;
     int right = inner.right();
     for (const auto& [isSet, mark] :
          {std::pair(row.isExcluded, Glyph::excluded), std::pair(row.isLocked, Glyph::lock),
@@ -87,11 +90,10 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         if (!isSet) continue;
         right -= outlineGlyphSide;
         draw(*painter, mark,
-             QRectF(right, inner.center().y() - outlineGlyphSide / 2.0, outlineGlyphSide, outlineGlyphSide),
-             strong);
+             QRectF(right, marksMiddle - outlineGlyphSide / 2.0, outlineGlyphSide, outlineGlyphSide), strong);
         right -= space::tight;
     }
-    inner.setRight(right);
+    const int factsWidth = right - inner.left();
     const auto line = [&](const QRect& place, const QFont& font, const QColor& colour, const QString& shown,
                           Qt::TextElideMode elision = Qt::ElideMiddle) {
         painter->setFont(font);
@@ -100,14 +102,14 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
                           QFontMetrics(font).elidedText(shown, elision, place.width()));
     };
     if (row.facts.empty()) {
+        inner.setRight(right);
         line(inner, textFont(), strong, text(row.label));
     } else {
-        const int half = inner.height() / 2;
         const QString name = text(row.label);
         // The name of a file has its number at the beginning, that of a clip its camera at the end.
         line({inner.left(), inner.top() + 2, inner.width(), half}, textFont(), strong, name,
              name.contains(QLatin1Char(' ')) ? Qt::ElideMiddle : Qt::ElideRight);
-        line({inner.left(), inner.top() + half, inner.width(), half - 2}, factsFont(), weak,
+        line({inner.left(), inner.top() + half, factsWidth, half - 2}, factsFont(), weak,
              translatedSentence(row.facts), Qt::ElideRight); // a camera counts at the beginning
     }
     if (option.state.testFlag(QStyle::State_HasFocus)) {

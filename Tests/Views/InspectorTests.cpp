@@ -20,6 +20,7 @@
 #include <QListView>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QSettings>
 #include <QTest>
 
@@ -186,6 +187,21 @@ TEST_F(InspectorTest, nothingIsCutAtAnyWidthAndEveryControlHasAName) {
         }
 }
 
+TEST_F(InspectorTest, anotherClipIsShownFromItsTopUnlessAFieldIsInUse) {
+    inspector_->resize(narrowest, 300);
+    open("A001C001");
+    QScrollBar& bar = *inspector_->findChild<QScrollArea*>()->verticalScrollBar();
+    for (const bool isFieldInUse : {false, true}) {
+        bar.setValue(bar.maximum());
+        ASSERT_GT(bar.value(), 0);
+        auto& field = named<QLineEdit>("Clip name");
+        field.setFocus();
+        if (!isFieldInUse) field.clearFocus();
+        open(isFieldInUse ? "A001C003" : "A001C002");
+        EXPECT_EQ(bar.value() > 0, isFieldInUse);
+    }
+}
+
 TEST_F(InspectorTest, theOutlineChoosesMarksAndGoesBack) {
     std::optional<UUID> chosen;
     bool isLeft = false;
@@ -263,7 +279,7 @@ TEST_F(InspectorTest, aQuestionMarkShowsTheKeysAndAnyKeyClosesThem) {
     EXPECT_FALSE(overlay.isVisible());
     EXPECT_EQ(line->text(), "?") << "the key that closes does nothing else";
     overlay.open();
-    EXPECT_TRUE(overlay.spoken().contains("Lock Current Clip"));
+    EXPECT_TRUE(overlay.spoken().contains("Lock Current Clip") && overlay.spoken().contains("Ctrl+Return"));
 }
 
 /// Pictures for people to look at, where ORVANE_PICTURES names a folder.

@@ -159,6 +159,15 @@ TEST_F(SettingsTest, aWordIsFoundOverAllTabs) {
     EXPECT_FALSE(find<QComboBox>(settings::smartAudioMode.key)->isVisible());
     window_->search()->clear();
     EXPECT_TRUE(find<QComboBox>(settings::smartAudioMode.key)->isVisible());
+
+    auto* list = window_->findChild<QListWidget*>();
+    window_->showTab(window_->tabCount() - 1);
+    QTest::keyClick(window_.get(), Qt::Key_Tab, Qt::ControlModifier);
+    EXPECT_EQ(list->currentRow(), 0) << "round the end";
+    window_->search()->setText("take comment");
+    const int found = list->currentRow();
+    QTest::keyClick(window_.get(), Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(list->currentRow(), found) << "the only one in view";
 }
 
 TEST_F(SettingsTest, aKeyIsRecordedAndAConflictSettled) {

@@ -67,8 +67,10 @@ KeyGroup keysOfTheWindow(const ReviewSituation& now) {
         "Moves the sound of the clip as that of the suggested camera.", now.hasSuggestion);
     add(keys::rename, "Rename Clip", "Gives the clip a name of its own; a blank one removes it.",
         now.hasClip);
+    add(keys::approve, "Mark Synced", "Marks the clip, or takes the mark off, as in the list.", now.hasClip);
     add(keys::multicam, "Open as Multicam", "Opens cameras of one take, each on its clap.", now.hasClip);
     add(keys::leave, "Back to the results", "Back to the list of all clips", !now.isLooping);
+    add(keys::overview, "All keys", "What each key does here and now.", true);
     return group;
 }
 

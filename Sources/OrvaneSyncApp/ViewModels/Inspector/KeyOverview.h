@@ -29,7 +29,8 @@ struct ReviewSituation {
 /// Keys of the review's window, which nobody binds.
 namespace reviewKeys {
 inline constexpr const char *lens = "S", *rename = "F2", *attach = "Ctrl+T", *choose = "Ctrl+%1",
-                            *applySuggestion = "Ctrl+Shift+A", *multicam = "Ctrl+M", *leave = "Esc";
+                            *applySuggestion = "Ctrl+Shift+A", *multicam = "Ctrl+M", *leave = "Esc",
+                            *approve = "Ctrl+Return", *overview = "?";
 inline constexpr int mostChosen = 9; ///< recordings that `choose` reaches, from 1
 } // namespace reviewKeys
 

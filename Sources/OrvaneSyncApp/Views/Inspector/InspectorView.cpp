@@ -9,8 +9,11 @@
 #include "OrvaneSyncApp/Views/ResultsModel.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
+#include <QApplication>
 #include <QEvent>
+#include <QLineEdit>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
@@ -73,7 +76,7 @@ InspectorView::InspectorView(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
         new SensorSection(desktop),   new NotesSection(desktop),         new MetadataSection(desktop)};
     for (InspectorSection* section : sections_) column->addWidget(section);
     column->addStretch(1);
-    auto* scroll = new QScrollArea;
+    auto* scroll = scroll_ = new QScrollArea;
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setWidgetResizable(true);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -107,6 +110,10 @@ void InspectorView::refresh() {
     showTitle();
     status_->show(signal(certainty), translatedSentence(clip->matchStatus.label()));
     for (InspectorSection* section : sections_) section->showClip(*clip);
+    const auto* typed = qobject_cast<const QLineEdit*>(QApplication::focusWidget());
+    const bool isFieldInUse = typed != nullptr && content_->isAncestorOf(typed);
+    if (std::exchange(clipID_, clip->id) != clip->id && !isFieldInUse)
+        scroll_->verticalScrollBar()->setValue(0);
     settleLayouts(*content_);
     // The room that it needs now, not in a later turn of the loop: until then all would lie on top of each
     // other.

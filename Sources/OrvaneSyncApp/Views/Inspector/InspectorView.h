@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 
+class QScrollArea;
 class QStackedLayout;
 
 namespace orvane::views {
@@ -34,7 +35,9 @@ class InspectorView : public QWidget {
     Desktop& desktop_;
     const std::shared_ptr<ReviewViewModel> review_;
     QStackedLayout* pages_;
+    QScrollArea* scroll_;
     QWidget* content_; ///< what scrolls
+    UUID clipID_;      ///< that is shown
     QLabel* title_;
     QString name_; ///< as it is exported
     design::Badge* status_;

@@ -33,6 +33,10 @@ bool isModifierKey(int key) {
            key == Qt::Key_AltGr;
 }
 
+QString keyName(const KeyGroup::Row& row) {
+    return row.key == keyText(Shortcut::unbound) ? QObject::tr("no key") : translatedKey(row.key);
+}
+
 int heightOfKeys(const KeyGroup& group) { return (static_cast<int>(group.rows.size()) + 2) * keyRowHeight; }
 
 } // namespace
@@ -59,7 +63,7 @@ QString KeyOverlay::spoken() const {
     QStringList lines;
     for (const KeyGroup& group : groups_)
         for (const KeyGroup::Row& row : group.rows)
-            if (row.acts) lines << tr("%1: %2").arg(translatedKey(row.key), translated(row.label));
+            if (row.acts) lines << tr("%1: %2").arg(keyName(row), translated(row.label));
     return lines.join(QLatin1Char('\n'));
 }
 
@@ -146,8 +150,7 @@ void KeyOverlay::paintEvent(QPaintEvent*) {
         for (const KeyGroup::Row& row : group.rows) {
             painter.setPen(row.acts ? all.text : all.disabled);
             painter.setFont(factsFont());
-            painter.drawText(QRect(x, y, keyNameWidth, keyRowHeight), Qt::AlignVCenter,
-                             translatedKey(row.key));
+            painter.drawText(QRect(x, y, keyNameWidth, keyRowHeight), Qt::AlignVCenter, keyName(row));
             painter.setFont(textFont());
             const QRect place(x + keyNameWidth, y, keyColumnWidth - keyNameWidth - space::medium,
                               keyRowHeight);

@@ -6,10 +6,12 @@
 #include <QHBoxLayout>
 #include <QListWidget>
 #include <QSettings>
+#include <QShortcut>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace orvane::views {
 
@@ -68,6 +70,12 @@ SettingsWindow::SettingsWindow(Desktop& desktop, QWidget* parent)
         if (!isOpened_[at]) settingsPages_[at]->open();
         isOpened_[at] = true;
     });
+    // With Shift the window system may call the key by another name.
+    for (const auto& [key, step] :
+         {std::pair(Qt::CTRL | Qt::Key_Tab, 1), std::pair(Qt::CTRL | Qt::SHIFT | Qt::Key_Tab, -1),
+          std::pair(Qt::CTRL | Qt::SHIFT | Qt::Key_Backtab, -1)})
+        connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, this,
+                [this, by = step] { goToTab(by); });
     listen();
     tabs_->setCurrentRow(std::clamp(QSettings().value(lastTab, 0).toInt(), 0, tabCount() - 1));
 }
@@ -77,6 +85,15 @@ SettingsWindow::~SettingsWindow() {
 }
 
 int SettingsWindow::tabCount() const { return static_cast<int>(settingsPages_.size()); }
+
+void SettingsWindow::goToTab(int step) {
+    const int count = tabCount();
+    for (int i = 1; i <= count; ++i) {
+        const int row = (tabs_->currentRow() + count + i * step % count) % count;
+        if (tabs_->item(row)->isHidden()) continue; // without what is searched for
+        return showTab(row);
+    }
+}
 
 void SettingsWindow::showTab(int index) { tabs_->setCurrentRow(index); }
 

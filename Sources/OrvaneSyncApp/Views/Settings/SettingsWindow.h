@@ -32,6 +32,8 @@ class SettingsWindow : public QDialog {
     void listen();
     void refreshSoon();
     void showMatching();
+    /// `step`: 1 to the next tab in view, -1 to the one before; round the ends.
+    void goToTab(int step);
 
     Desktop& desktop_;
     const SettingsModel model_;

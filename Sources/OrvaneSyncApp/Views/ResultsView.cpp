@@ -54,7 +54,7 @@ constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
      {Column::begins, 116, 0, 0},
      {Column::loudness, 92, 0, 0}}};
 constexpr int marksWidth = 76;
-constexpr int reasonWidth = 240; ///< below the status, why it is doubtful: the beginning at least
+constexpr double reasonWidth = 240; ///< below the status, why it is doubtful: the beginning at least
 
 /// So that the longest of the usual ones is not cut in any language.
 int leastStatusWidth() {
@@ -187,6 +187,9 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
         if (field == ImportField::syncGroups || field == ImportField::smartAudio ||
             field == ImportField::doubts)
             showDoubts();
+        if (field == ImportField::doubts &&
+            isMeasuredWithReasons_ == desktop_.controller().doubts().byGroup.empty())
+            measureColumns();
     });
     showCounts();
     showDoubts();
@@ -291,6 +294,15 @@ void ResultsView::fitColumns() {
         table_->setColumnWidth(static_cast<int>(one->column), points);
         rest -= points;
     };
+    // By their needs, where there is too little for all, it is the longest texts that are cut.
+    if (!areSharesChosen_ && shared() > rest) {
+        std::ranges::sort(sharing, {}, shareOf);
+        for (auto left = std::ssize(sharing); left > 0; --left) {
+            const ColumnWidth* one = sharing[sharing.size() - static_cast<std::size_t>(left)];
+            give(one, std::min(static_cast<int>(shareOf(one)), rest / static_cast<int>(left)));
+        }
+        sharing.clear();
+    }
     // Those whose share is too small get what they need, and the others share what that leaves.
     const auto leastOf = [&](const ColumnWidth* one) {
         return one->column == Column::match ? leastStatusWidth() : one->least;
@@ -323,8 +335,9 @@ void ResultsView::measureColumns() {
             needs.at(column) = std::max<double>(needs.at(column), delegate_->sizeHint({}, cell).width());
         }
     }
+    isMeasuredWithReasons_ = !desktop_.controller().doubts().byGroup.empty();
     double& status = needs.at(static_cast<std::size_t>(Column::match));
-    status = std::max<double>(status, reasonWidth);
+    status = std::max<double>({status, leastStatusWidth() * 1.0, isMeasuredWithReasons_ ? reasonWidth : 0.0});
     shares_ = needs;
     fitColumns();
 }

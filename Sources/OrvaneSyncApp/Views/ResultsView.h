@@ -81,9 +81,10 @@ class ResultsView : public QWidget {
     /// Of the width that is left to columns without one of their own; 0 for those.
     std::array<double, ResultsViewModel::columnCount> shares_{};
     bool isFitting_ = false;
-    bool areSharesChosen_ = false; ///< by somebody who moved a border
-    std::vector<UUID> chosen_;     ///< the clips selected last
-    std::size_t chosenRow_ = 0;    ///< of the first of them
+    bool areSharesChosen_ = false;       ///< by somebody who moved a border
+    bool isMeasuredWithReasons_ = false; ///< why clips are doubtful has a place below their status
+    std::vector<UUID> chosen_;           ///< the clips selected last
+    std::size_t chosenRow_ = 0;          ///< of the first of them
     QStackedLayout* pages_;
     design::EmptyState* empty_;
     WildTracksView* wildTracks_;

@@ -62,6 +62,11 @@ TEST_F(InspectorModelTest, theOutlineFollowsTheShootAndStepsOverTakes) {
     EXPECT_EQ(labels(outline), (Labels{"12-3", "12-4", "A001C003_x"}));
     EXPECT_EQ(outline.rowOf(b_), 0U);
     EXPECT_EQ(outline.neighbour(a_, 1), b_) << "folding a take does not hide it from the keys";
+    outline.showOnly(std::vector{silent_, b_});
+    EXPECT_EQ(labels(outline), (Labels{"A001C003_x", "12-3"})) << "in that order, still folded";
+    EXPECT_EQ(outline.neighbour(silent_, 1), b_);
+    EXPECT_EQ(outline.counts().text(), "2 of 4 clips\n0 locked · 1 to decide");
+    outline.showOnly(std::nullopt);
     outline.setSearch("a001c00 12");
     EXPECT_EQ(labels(outline), (Labels{"12-3", "12-4"})) << "the take of which one camera is found";
     EXPECT_EQ(outline.neighbour(silent_, 1), a_) << "from a clip that is not shown to the first that is";

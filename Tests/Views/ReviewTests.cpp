@@ -140,6 +140,10 @@ TEST_F(ReviewTest, AClipIsNudgedLockedAndLeftByKeys) {
     EXPECT_EQ(window_->results().selectedClips(), std::vector{ids_[0]});
     press(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_FALSE(clip(1).isApproved) << "what was decided is taken back from the list as well";
+    open();
+    press(Qt::Key_C);
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(engine().loop().isLooping) << "the key that left the screen before is up again";
 }
 
 TEST_F(ReviewTest, AReturnPressedTwiceOpensAClipAndDecidesNothing) {
@@ -184,6 +188,17 @@ TEST_F(ReviewTest, TheStepsOfTheLoopAreButtonsWithTheirKeys) {
     EXPECT_TRUE(review().shows(ids_[2]));
     EXPECT_EQ(place(), "3 of 3");
     EXPECT_FALSE(button("Next").isEnabled()) << "nothing comes behind the last";
+
+    // From a list that is searched the steps go through what it shows, until all is wanted again.
+    press(Qt::Key_Escape);
+    window_->results().search()->setText("a001");
+    open();
+    EXPECT_EQ(place(), "1 of 2");
+    press(Qt::Key_BracketRight);
+    EXPECT_TRUE(review().shows(ids_[2]));
+    for (auto* one : window_->review().outline().findChildren<QPushButton*>())
+        if (one->text() == "Show All") one->click();
+    EXPECT_EQ(place(), "3 of 3");
 }
 
 TEST_F(ReviewTest, KeysOfTextAndOfTabbedControlsAreTheirs) {
@@ -199,6 +214,20 @@ TEST_F(ReviewTest, KeysOfTextAndOfTabbedControlsAreTheirs) {
     QTest::keyClick(&field, Qt::Key_Escape);
     EXPECT_TRUE(waitUntil([&] { return !field.hasFocus(); }));
     EXPECT_TRUE(window_->review().isVisible()) << "Escape leaves the field first";
+
+    // The clip that is searched for is opened by keys, and Escape takes the words away before it leaves.
+    press(Qt::Key_F, Qt::ControlModifier);
+    QLineEdit* search = window_->review().outline().search();
+    ASSERT_EQ(QApplication::focusWidget(), search);
+    QTest::keyClicks(search, "c002");
+    for (int i = 0; i < 2; ++i) QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_TRUE(waitUntil([&] { return isOnScreen(2); }));
+    press(Qt::Key_F, Qt::ControlModifier);
+    QTest::keyClick(search, Qt::Key_Escape);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(search->text().isEmpty() && search->hasFocus() && window_->review().isVisible());
+    QTest::keyClick(search, Qt::Key_Escape);
+    EXPECT_TRUE(waitUntil([&] { return !search->hasFocus(); }));
 
     QPushButton button(&window_->review());
     int presses = 0;
@@ -369,6 +398,7 @@ TEST_F(ReviewTest, TheMenuBarGivesTheKeyboardBack) {
 TEST_F(ReviewTest, CamerasOfATakePlayTogether) {
     window_->openMulticam({ids_[0]});
     EXPECT_FALSE(desktop_->players().multicam()->isOpen()) << "one camera is nothing beside another";
+    window_->results().select({ids_[0]});
     window_->openMulticam({ids_[0], ids_[1]});
     ClusterEngineBag& bag = desktop_->players().multicam()->bag();
     ASSERT_TRUE(waitUntil([&] {
@@ -383,7 +413,7 @@ TEST_F(ReviewTest, CamerasOfATakePlayTogether) {
     press(Qt::Key_Escape);
     EXPECT_TRUE(window_->results().isVisible());
     EXPECT_TRUE(bag.engines().empty());
-    EXPECT_EQ(window_->results().selectedClips().size(), 2U);
+    EXPECT_EQ(window_->results().selectedClips(), std::vector{ids_[0]}) << "as it was selected";
 
     // The list beside the cameras leads to one of them.
     window_->openMulticam({ids_[0], ids_[1]});
@@ -395,6 +425,10 @@ TEST_F(ReviewTest, CamerasOfATakePlayTogether) {
                       shown->visualRect(shown->model()->index(shown->model()->rowCount() - 1, 0)).center());
     EXPECT_TRUE(window_->review().isVisible());
     EXPECT_TRUE(bag.engines().empty()) << "the cameras beside each other are left";
+    const auto clip = window_->review().clip();
+    window_->openMulticam({ids_[0], ids_[1]});
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(window_->review().isVisible() && window_->review().clip() == clip) << "where it came from";
 }
 
 TEST_F(ReviewTest, EveryActionHasAnEntryThatNamesItsKey) {

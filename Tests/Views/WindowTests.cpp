@@ -8,11 +8,13 @@
 #include <QAbstractItemDelegate>
 #include <QAbstractScrollArea>
 #include <QAction>
+#include <QKeyEvent>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStackedWidget>
 #include <QTableView>
 #include <QToolButton>
+#include <QTreeWidget>
 
 #include <algorithm>
 
@@ -80,7 +82,9 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
 
     // Several clips at once are one step to take back.
     table().selectAll();
+    table().selectionModel()->setCurrentIndex(table().model()->index(2, 3), QItemSelectionModel::NoUpdate);
     QTest::keyClick(window_.get(), Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_EQ(table().currentIndex(), table().model()->index(2, 0)) << "keys go on from the row they were on";
     EXPECT_TRUE(clip("A001C001").isApproved && clip("A001C003").isApproved);
     EXPECT_EQ(window_->results().selectedClips().size(), 4U) << "the selection stays";
     QCoreApplication::processEvents(); // menus follow in the next turn of the loop
@@ -96,10 +100,28 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
         EXPECT_EQ(window_->results().selectedClips().size(), selected);
     }
 
-    // Search and filter show what they say.
-    QTest::keyClicks(window_->results().search(), "t01 b001");
+    // Left goes to the row that folds this one away, and folds it; Right unfolds it.
+    table().selectRow(first + 1);
+    for (const auto& [key, rows] : {std::pair(Qt::Key_Left, 4), {Qt::Key_Left, 3}, {Qt::Key_Right, 4}}) {
+        QTest::keyClick(&table(), key);
+        EXPECT_EQ(table().model()->rowCount(), rows);
+        EXPECT_EQ(table().currentIndex().row(), first);
+    }
+
+    // Search and filter show what they say; Down leads from the search into the list, and so does Escape.
+    QLineEdit* search = window_->results().search();
+    search->setFocus();
+    QTest::keyClicks(search, "t01");
+    EXPECT_EQ(table().model()->rowCount(), 2);
+    QTest::keyClick(search, Qt::Key_Down);
+    EXPECT_TRUE(table().hasFocus() && table().currentIndex().row() == 0);
+    search->setFocus();
+    QTest::keyClicks(search, " b001");
     EXPECT_EQ(table().model()->rowCount(), 1);
-    window_->results().search()->clear();
+    QTest::keyClick(search, Qt::Key_Escape);
+    EXPECT_TRUE(search->text().isEmpty() && search->hasFocus());
+    QTest::keyClick(search, Qt::Key_Escape);
+    EXPECT_TRUE(table().hasFocus());
     table().sortByColumn(1, Qt::DescendingOrder);
     EXPECT_LT(rowOf("A001C003"), rowOf("A001C001"));
 
@@ -177,6 +199,13 @@ TEST_F(WindowTest, AnotherShootGetsASessionOfItsOwn) {
     ASSERT_TRUE(waitUntil([&] { return isOpen; }));
     EXPECT_TRUE(clip("A001C001").isApproved);
     EXPECT_TRUE(clip("A001C001").video.url.path.starts_with(folder_.path("shoot")));
+    const auto trees = window_->findChildren<QTreeWidget*>();
+    const auto sessions = std::ranges::find(trees, QStringLiteral("Sessions"), &QWidget::accessibleName);
+    ASSERT_NE(sessions, trees.end());
+    QKeyEvent asks(QEvent::ShortcutOverride, Qt::Key_F2, Qt::NoModifier);
+    asks.ignore();
+    QCoreApplication::sendEvent(*sessions, &asks);
+    EXPECT_TRUE(asks.isAccepted()) << "the session is renamed, and no clip";
 }
 
 TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {

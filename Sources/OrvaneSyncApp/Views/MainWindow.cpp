@@ -2,6 +2,7 @@
 
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
+#include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
 #include "OrvaneSyncApp/Views/MainMenus.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
@@ -26,6 +27,8 @@
 #include <QStatusBar>
 #include <QTableView>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace orvane::views {
 
@@ -106,8 +109,11 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     screens.leaveStart = [this] { wantsStart_ = false; };
     screens.isListening = [this] { return desktop_.controller().derivedDoubts().listening().has_value(); };
     screens.find = [this] {
-        showResults();
-        results().search()->setFocus();
+        QLineEdit* field = screen_ == Screen::review     ? review_->outline().search()
+                           : screen_ == Screen::multicam ? multicam_->outline().search()
+                                                         : results().search();
+        field->setFocus(Qt::ShortcutFocusReason);
+        field->selectAll();
     };
     screens.isPlaying = [this] { return isPlayingScreen(); };
     screens.showKeys = [this] { review().keys().open(); };
@@ -128,7 +134,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
         return screen_ == Screen::multicam ? multicam_->handleFullscreen(event)
                                            : desktop_.players().review()->fullscreen().handle(event);
     };
-    playing.leave = [this] { showResults(); };
+    playing.leave = [this] { goBack(); };
     keys_ = std::make_unique<ReviewKeys>(desktop_, *this, std::move(playing));
     observe();
     reviewActions_->setInFront(false, false);
@@ -205,6 +211,7 @@ ReviewView& MainWindow::review() {
         pages_->addWidget(review_ = new ReviewView(desktop_, *reviewActions_, [this] { showResults(); }));
         review_->openTake = [this](const std::vector<UUID>& cameras) { openMulticam(cameras); };
         review_->whenMoved = [this] { updateActions(); };
+        review_->outline().whenAllWanted = [this] { listed_.reset(); };
     }
     return *review_;
 }
@@ -215,6 +222,7 @@ MulticamView& MainWindow::multicam() {
                               desktop_, *reviewActions_, [this] { showResults(); },
                               [this](const UUID& clip) { openReview(clip); }));
         multicam_->openTake = [this](const std::vector<UUID>& cameras) { openMulticam(cameras); };
+        multicam_->outline().whenAllWanted = [this] { listed_.reset(); };
     }
     return *multicam_;
 }
@@ -226,6 +234,7 @@ void MainWindow::leavePlayers() {
 
 void MainWindow::openReview(const UUID& groupID) {
     if (desktop_.controller().work().syncGroups().find(groupID) == nullptr) return;
+    if (screen_ != Screen::review) showListed(review().outline(), {groupID});
     showScreen(Screen::review);
     review().open(groupID);
 }
@@ -235,10 +244,37 @@ void MainWindow::openMulticam(const std::vector<UUID>& groupIDs) {
         return banner_->show(
             Signal::doubtful,
             tr("The take has one camera. Select several clips to see them beside each other."));
+    // Escape goes back to the clip that the cameras were opened from.
+    const std::optional<UUID> from = screen_ == Screen::review     ? review_->clip()
+                                     : screen_ == Screen::multicam ? multicamFrom_
+                                                                   : std::nullopt;
+    if (screen_ != Screen::multicam) showListed(multicam().outline(), groupIDs);
     isOpening_ = true;
     multicam().open(groupIDs);
     isOpening_ = false;
-    if (desktop_.players().multicam()->isOpen()) showScreen(Screen::multicam);
+    if (!desktop_.players().multicam()->isOpen()) return;
+    multicamFrom_ = from;
+    if (screen_ == Screen::results) multicamOfSelection_ = desktop_.players().multicam()->members();
+    showScreen(Screen::multicam);
+}
+
+void MainWindow::showListed(OutlineView& outline, const std::vector<UUID>& clips) {
+    if (screen_ == Screen::results) {
+        listed_ = results().listing();
+        const auto isListed = [this](const UUID& clip) {
+            return std::ranges::find(listed_->clips, clip) != listed_->clips.end();
+        };
+        // What is opened from elsewhere has nothing to do with the list.
+        if (listed_ && !std::ranges::any_of(clips, isListed)) listed_.reset();
+    }
+    outline.showOnly(listed_ ? std::optional(listed_->clips) : std::nullopt,
+                     listed_ ? listed_->title : QString());
+}
+
+void MainWindow::goBack() {
+    const bool isFromClip = screen_ == Screen::multicam && multicamFrom_ &&
+                            desktop_.controller().work().syncGroups().find(*multicamFrom_) != nullptr;
+    isFromClip ? openReview(*multicamFrom_) : showResults();
 }
 
 void MainWindow::openSelected() {
@@ -298,9 +334,11 @@ void MainWindow::showResults() {
     if (!isPlayingScreen()) return;
     std::vector<UUID> seen = actedOn();
     if (screen_ == Screen::multicam) seen = desktop_.players().multicam()->members();
+    // Of the cameras of what is selected the selection stays as it is.
+    const bool isOfSelection = screen_ == Screen::multicam && !multicamFrom_ && seen == multicamOfSelection_;
     showScreen(Screen::results);
     leavePlayers();
-    results().select(seen);
+    if (!isOfSelection) results().select(seen);
 }
 
 void MainWindow::startScan() {

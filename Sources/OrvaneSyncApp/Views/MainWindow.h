@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/Sheets/SheetMenus.h"
 
 #include <QMainWindow>
@@ -21,7 +22,7 @@ namespace orvane::views {
 
 class MainMenus;
 class MulticamView;
-class ResultsView;
+class OutlineView;
 class ReviewActions;
 class ReviewKeys;
 class ReviewView;
@@ -70,6 +71,10 @@ class MainWindow : public QMainWindow {
     void showScreen(Screen screen);
     /// Back to the list, on the clip that was in view.
     void showResults();
+    /// Escape: to the screen that this one was opened from.
+    void goBack();
+    /// The clips beside a screen that opens with those: what the list showed when it was left.
+    void showListed(OutlineView& outline, const std::vector<UUID>& clips);
     void openSelected();
     void openCamerasOfSelected();
     /// What menus and keys act on: the selection of the list, or the clip in view.
@@ -98,8 +103,11 @@ class MainWindow : public QMainWindow {
     MainMenus* menus_;
     std::unique_ptr<ReviewKeys> keys_;
     Screen screen_ = Screen::results;
-    bool isOpening_ = false;         ///< one screen gives way to another
-    bool areSessionsHidden_ = false; ///< by a screen that plays
+    std::optional<ResultsView::Listing> listed_; ///< beside the screens that play
+    std::optional<UUID> multicamFrom_;           ///< the clip whose review opened the cameras
+    std::vector<UUID> multicamOfSelection_;      ///< the cameras last opened from the list
+    bool isOpening_ = false;                     ///< one screen gives way to another
+    bool areSessionsHidden_ = false;             ///< by a screen that plays
     std::optional<platform::Task> scan_;
     bool wantsStart_ = false; ///< the user asked for another scan over open work
     platform::Subscription workObservation_;

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
 #include "OrvaneSyncApp/Views/DoubtBar.h"
 #include "OrvaneSyncApp/Views/ResultsModel.h"
+#include "OrvaneSyncApp/Views/SearchKeys.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncApp/Views/WildTracksView.h"
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
@@ -11,6 +12,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QInputDialog>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QScrollBar>
@@ -70,17 +72,32 @@ struct FilterChoice {
 constexpr std::array<FilterChoice, 3> filters{
     {{FilterMode::all, "All"}, {FilterMode::matched, "Matched"}, {FilterMode::issues, "Issues"}}};
 
-/// Folds with a click on the triangle; Home and End go to the first and the last row.
+/// Folds with a click on the triangle, Left and Right; Home and End go to the first and the last row. Keys
+/// are of the row, whichever of its cells was clicked.
 class Table : public QTableView {
   public:
     std::function<bool(const QModelIndex&, const QPoint&)> fold;
     std::function<void()> resized;
+    std::function<void(int row, bool isLeft)> sideways;
 
   protected:
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override {
         // Rows are selected as a whole: the first cell of the row is no place to go to.
         const bool isToAnEnd = action == MoveHome || action == MoveEnd;
-        return QTableView::moveCursor(action, isToAnEnd ? modifiers | Qt::ControlModifier : modifiers);
+        return QTableView::moveCursor(action, isToAnEnd ? modifiers | Qt::ControlModifier : modifiers)
+            .siblingAtColumn(0);
+    }
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override {
+        QTableView::currentChanged(current, previous);
+        // Letters search the column of this cell.
+        if (current.column() > 0)
+            selectionModel()->setCurrentIndex(current.siblingAtColumn(0), QItemSelectionModel::NoUpdate);
+    }
+    void keyPressEvent(QKeyEvent* event) override {
+        const bool isLeft = event->key() == Qt::Key_Left;
+        if ((isLeft || event->key() == Qt::Key_Right) && currentIndex().isValid())
+            return sideways(currentIndex().row(), isLeft);
+        QTableView::keyPressEvent(event);
     }
     void mousePressEvent(QMouseEvent* event) override {
         const QModelIndex index = indexAt(event->pos());
@@ -162,6 +179,7 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
     auto* splitter = new QSplitter(Qt::Vertical);
     splitter->setChildrenCollapsible(false);
     splitter->addWidget(makeTable());
+    new SearchKeys(*search_, *table_);
     splitter->addWidget(wildTracks_ = new WildTracksView(desktop));
     splitter->setStretchFactor(0, 1);
     splitter->setSizes({10 * wildTracksHeight, wildTracksHeight});
@@ -206,6 +224,15 @@ QWidget* ResultsView::makeTable() {
         if (!ResultsDelegate::isFold(table_->visualRect(index), at)) return false;
         rows_.toggleFolded(static_cast<std::size_t>(index.row()));
         return true;
+    };
+    table->sideways = [this](int row, bool isLeft) {
+        const auto& at = model_->row(row);
+        if (at.foldable > 0 && at.isFolded != isLeft)
+            return rows_.toggleFolded(static_cast<std::size_t>(row));
+        if (!isLeft || !at.isBelowAnother) return;
+        int first = row;
+        while (model_->row(first).isBelowAnother) --first;
+        table_->setCurrentIndex(model_->index(first, 0));
     };
     table->setAccessibleName(tr("Clips"));
     table->setModel(model_);
@@ -255,6 +282,10 @@ QWidget* ResultsView::makeTable() {
         if (!chosen_.empty()) chosenRow_ = rows_.rowOf(chosen_.front()).value_or(0);
         if (whenSelectionChanged) whenSelectionChanged();
     });
+    connect(table->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            [this](const QModelIndex& now) {
+                if (now.isValid()) current_ = rows_.groupID(static_cast<std::size_t>(now.row()));
+            });
     empty_ = new EmptyState(Glyph::search, {}, {});
     auto* pages = new QWidget;
     pages_ = new QStackedLayout(pages);
@@ -402,15 +433,17 @@ void ResultsView::select(const std::vector<UUID>& clips) {
 
 void ResultsView::setSelected(const std::vector<UUID>& clips, QAbstractItemView::ScrollHint hint) {
     QItemSelection selection;
+    QModelIndex current; // where arrows go on
     for (const UUID& id : clips) {
         const auto row = rows_.rowOf(id);
         if (!row) continue;
         const QModelIndex index = model_->index(static_cast<int>(*row), 0);
         selection.select(index, model_->index(static_cast<int>(*row), ResultsModel::marksColumn));
-        if (selection.size() > 1) continue;
-        table_->scrollTo(index, hint);
-        table_->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate); // arrows go on here
+        if (!current.isValid() || id == current_) current = index;
     }
+    if (!current.isValid()) return;
+    table_->scrollTo(current, hint);
+    table_->selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
     table_->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
 }
 
@@ -421,6 +454,16 @@ std::vector<UUID> ResultsView::selectedClips() const {
     std::vector<UUID> clips;
     for (const int row : selected) clips.push_back(rows_.groupID(static_cast<std::size_t>(row)));
     return clips;
+}
+
+std::optional<ResultsView::Listing> ResultsView::listing() const {
+    QStringList title;
+    for (const FilterChoice& one : filters)
+        if (one.mode == rows_.filter() && one.mode != FilterMode::all) title << tr(one.title);
+    if (const QString words = search_->text().simplified(); !words.isEmpty()) title << tr("“%1”").arg(words);
+    if (rows_.isSorted()) title << tr("as sorted");
+    if (title.isEmpty()) return std::nullopt;
+    return Listing{rows_.order(), title.join(QStringLiteral(" · "))};
 }
 
 void ResultsView::runForSelection(std::string_view command) {

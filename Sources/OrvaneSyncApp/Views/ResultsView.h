@@ -32,13 +32,20 @@ class ResultsView : public QWidget {
 
     /// In the order of the rows.
     std::vector<UUID> selectedClips() const;
+    /// What the list shows, and by what filter or order.
+    struct Listing {
+        std::vector<UUID> clips;
+        QString title;
+    };
+    /// Nothing where it shows all clips in the order of the shoot.
+    std::optional<Listing> listing() const;
     void runForSelection(std::string_view command);
     /// Has the selected clips listened to, one after the other.
     void analyseSelection();
     /// A cure has changed what is matched.
     std::function<void()> whenScanWanted;
     void rename(const UUID& clip);
-    /// Those that are among the rows; the first comes into view.
+    /// Those that are among the rows; the first comes into view. Without any the selection stays.
     void select(const std::vector<UUID>& clips);
     /// Opens the cameras of what is selected beside each other.
     std::function<void()> openMulticam;
@@ -84,6 +91,7 @@ class ResultsView : public QWidget {
     bool areSharesChosen_ = false;       ///< by somebody who moved a border
     bool isMeasuredWithReasons_ = false; ///< why clips are doubtful has a place below their status
     std::vector<UUID> chosen_;           ///< the clips selected last
+    std::optional<UUID> current_;        ///< the clip that the keys went to last
     std::size_t chosenRow_ = 0;          ///< of the first of them
     QStackedLayout* pages_;
     design::EmptyState* empty_;

@@ -11,6 +11,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QInputDialog>
+#include <QKeyEvent>
 #include <QLocale>
 #include <QMenu>
 #include <QMessageBox>
@@ -57,6 +58,15 @@ class SessionsPanel::Tree : public QTreeWidget {
     bool isEdited() const { return state() == EditingState; }
 
   protected:
+    bool event(QEvent* event) override {
+        // The key that renames a clip renames here what is chosen here.
+        if (event->type() == QEvent::ShortcutOverride &&
+            static_cast<QKeyEvent*>(event)->key() == Qt::Key_F2) {
+            event->accept();
+            return true;
+        }
+        return QTreeWidget::event(event);
+    }
     void dropEvent(QDropEvent* event) override {
         QTreeWidgetItem* target = itemAt(event->position().toPoint());
         if (target != nullptr && isSession(target)) target = target->parent();

@@ -68,6 +68,20 @@ void OutlineModel::setSearch(const std::string& text) {
     layOut();
 }
 
+void OutlineModel::showOnly(const std::optional<std::vector<UUID>>& clips) {
+    only_.reset();
+    if (clips) {
+        only_.emplace();
+        for (const UUID& clip : *clips) only_->emplace(clip, only_->size());
+    }
+    layOut();
+}
+
+std::size_t OutlineModel::placeAmongOnly(const SyncGroup& clip) const {
+    const auto found = only_->find(clip.id);
+    return found == only_->end() ? only_->size() : found->second;
+}
+
 void OutlineModel::followNaming() {
     if (naming_ != outlineNamingOf(*controller_.work().environment.settings)) layOut();
 }
@@ -196,8 +210,17 @@ void OutlineModel::layOut() {
         if (node.group) row.push_back(node.group.get());
         for (const SidebarNode& child : node.children) row.push_back(child.group.get());
     }
-    for (const std::size_t place : shootOrder(clips, work.syncGroups())) {
+    std::vector<std::size_t> order = shootOrder(clips, work.syncGroups());
+    const auto byPlace = [this](const SyncGroup* clip) { return placeAmongOnly(*clip); };
+    if (only_)
+        std::ranges::stable_sort(order, {}, [&](std::size_t node) {
+            return byPlace(*std::ranges::min_element(clips[node], {}, byPlace));
+        });
+    for (const std::size_t place : order) {
         SidebarNode& node = nodes[place];
+        if (only_)
+            std::ranges::stable_sort(node.children, {},
+                                     [&](const SidebarNode& child) { return byPlace(child.group.get()); });
         if (node.group) {
             node.label = GroupNaming::manualName(*node.group).value_or(node.label);
             if (isFound(node.label, *node.group)) add(node, false, false);
@@ -222,6 +245,7 @@ std::optional<std::size_t> OutlineModel::takeRowOf(const UUID& groupID) const {
 }
 
 bool OutlineModel::isFound(const std::string& label, const SyncGroup& group) const {
+    if (only_ && !only_->contains(group.id)) return false;
     if (search_.isEmpty()) return true;
     std::string text = label + "\n" + group.video.filename;
     for (const AudioMatch& match : group.audioMatches) text += "\n" + match.audio->filename;

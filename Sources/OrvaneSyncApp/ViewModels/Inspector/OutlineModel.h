@@ -49,6 +49,9 @@ class OutlineModel {
     }
     /// Shows the clips of which a name or a file holds each of the words.
     void setSearch(const std::string& text);
+    /// Lists those clips alone and in that order, as far as they are there; absent: all of them, in the order
+    /// of the shoot. The cameras of a take stay together.
+    void showOnly(const std::optional<std::vector<UUID>>& clips);
     void toggleFolded(std::size_t row);
     /// The settings by which clips are named may have changed.
     void followNaming();
@@ -84,11 +87,14 @@ class OutlineModel {
     };
     void follow(const ImportChange& change);
     void layOut();
+    /// Behind all others where it is not among those listed alone.
+    std::size_t placeAmongOnly(const SyncGroup& clip) const;
     bool isFound(const std::string& label, const SyncGroup& group) const;
 
     ImportController& controller_;
     platform::Listeners<const ResultsViewModel::Change&> listeners_;
     SearchWords search_;
+    std::optional<std::map<UUID, std::size_t>> only_; ///< places of the clips that are listed alone
     std::set<std::string> folded_;                    ///< takes
     std::pair<ClipNamingSource, std::string> naming_; ///< by which the rows are named
     std::vector<Place> rows_;

@@ -208,10 +208,12 @@ void ResultsViewModel::layOut() {
     }
     std::vector<Place> rows;
     rows.reserve(shown.size());
+    order_.clear();
     for (const std::size_t place : order) {
         const SharedAudioBundle& bundle = bundles[place];
         const std::size_t others = bundle.cams.size() - 1;
         const bool isFolded = others > 0 && folded_.contains(bundle.id);
+        for (const SyncGroup& clip : bundle.cams) order_.push_back(clip.id);
         for (std::size_t i = 0; i < (isFolded ? 1 : bundle.cams.size()); ++i)
             rows.push_back({bundle.cams.element(i), i > 0, i == 0 ? others : 0, bundle.id});
     }

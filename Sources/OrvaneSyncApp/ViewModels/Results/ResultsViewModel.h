@@ -76,6 +76,9 @@ class ResultsViewModel {
     /// Absent: the order of the shoot.
     void setSorting(std::optional<Column> column, bool isAscending);
     bool isAscending() const { return isAscending_; }
+    /// The clips shown, in the order of the rows, those that are folded away too.
+    const std::vector<UUID>& order() const { return order_; }
+    bool isSorted() const { return sortColumn_.has_value(); }
     void toggleFolded(std::size_t row);
 
     Counts counts() const;
@@ -140,6 +143,7 @@ class ResultsViewModel {
     bool isAscending_ = true;
     std::set<std::string> folded_; ///< bundles
     std::vector<Place> rows_;
+    std::vector<UUID> order_;
     std::map<UUID, std::size_t> rowByGroup_;
     std::ptrdiff_t loudnessCount_ = 0; ///< rows whose loudness is known
     platform::Subscription observation_;

@@ -1,10 +1,13 @@
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneDesignKit/ElidedLabel.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineListModel.h"
+#include "OrvaneSyncApp/Views/SearchKeys.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QEvent>
+#include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QListView>
 #include <QMouseEvent>
@@ -66,6 +69,7 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
     column->addWidget(search_ = searchField(tr("Search clips in the list"), tr("Name or file")));
     connect(search_, &QLineEdit::textChanged, this,
             [this](const QString& words) { rows_.setSearch(utf8(words)); });
+    column->addWidget(only_ = makeOnly());
     column->addWidget(counts_ = facts({}));
     auto* list = new OutlineList;
     list_ = list;
@@ -81,6 +85,13 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
     list->open = [this](int row) { open(row); };
     list->fold = [this](int row) { rows_.toggleFolded(static_cast<std::size_t>(row)); };
     column->addWidget(list, 1);
+    auto* keys = new SearchKeys(*search_, *list);
+    keys->firstRow = [this] {
+        // A clip is searched for; the row of its take would open its cameras.
+        int row = 0;
+        while (row + 1 < model_->rowCount() && model_->row(row).isTake && !model_->row(row).isFolded) ++row;
+        return row;
+    };
     observation_ = rows_.onChange([this](const ResultsViewModel::Change& change) {
         showCounts();
         // A list that was laid out anew has forgotten what was marked in it.
@@ -89,6 +100,30 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
         if (change.isLayoutChanged && whenListChanged) whenListChanged();
     });
     showCounts();
+}
+
+QWidget* OutlineView::makeOnly() {
+    auto* made = new QWidget;
+    auto* row = new QHBoxLayout(made);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(space::tight);
+    row->addWidget(onlyTitle_ = new ElidedLabel(Qt::ElideRight), 1);
+    QPushButton* all = button(tr("Show All"), Weight::quiet);
+    all->setToolTip(tr("Lists all clips again, in the order of the shoot"));
+    connect(all, &QPushButton::clicked, this, [this] {
+        showOnly(std::nullopt, {});
+        if (whenAllWanted) whenAllWanted();
+    });
+    row->addWidget(all);
+    made->hide();
+    return made;
+}
+
+void OutlineView::showOnly(const std::optional<std::vector<UUID>>& clips, const QString& title) {
+    onlyTitle_->setText(title);
+    onlyTitle_->setToolTip(tr("As in the list that the clip was opened from: %1").arg(title));
+    only_->setVisible(clips.has_value());
+    rows_.showOnly(clips);
 }
 
 OutlineView::~OutlineView() { observation_ = nullptr; }

@@ -25,6 +25,11 @@ class OutlineView : public QWidget {
     OutlineView(Desktop& desktop, Choose choose, std::function<void()> leave, QWidget* parent = nullptr);
     ~OutlineView() override;
 
+    /// Lists those clips alone and in that order, under a title with a button that lists all again; absent:
+    /// all.
+    void showOnly(const std::optional<std::vector<UUID>>& clips, const QString& title);
+    /// The user wants all of them listed again.
+    std::function<void()> whenAllWanted;
     /// Marks the clip without `choose`.
     void select(const UUID& groupID);
     /// Marks the take of a clip without `openTake`, and gives its name; empty for a clip that stands alone.
@@ -46,6 +51,7 @@ class OutlineView : public QWidget {
     bool event(QEvent* event) override;
 
   private:
+    QWidget* makeOnly();
     void showCounts();
     void markRow(const std::optional<std::size_t>& row);
     void open(int row);
@@ -54,6 +60,8 @@ class OutlineView : public QWidget {
     const Choose choose_;
     OutlineListModel* model_;
     QLineEdit* search_;
+    QWidget* only_;
+    QLabel* onlyTitle_;
     QLabel* counts_;
     QListView* list_;
     std::optional<UUID> selected_;

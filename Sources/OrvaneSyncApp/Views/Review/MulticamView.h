@@ -28,6 +28,7 @@ class MulticamView : public QWidget {
     /// Opens the cameras, each on its clap.
     void open(const std::vector<UUID>& groupIDs);
     void leaveTake();
+    OutlineView& outline() { return *outline_; }
     /// The user wants to see all cameras of a take.
     std::function<void(const std::vector<UUID>& cameras)> openTake;
     /// A key of the camera in fullscreen: Escape and F bring it back.

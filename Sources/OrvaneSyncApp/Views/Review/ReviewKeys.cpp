@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
+#include "OrvaneSyncApp/Views/SearchKeys.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QAbstractButton>
@@ -72,8 +73,12 @@ bool ReviewKeys::eventFilter(QObject* watched, QEvent* event) {
         return false;
     const auto* receiver = qobject_cast<const QWidget*>(watched);
     if (receiver == nullptr) return false;
+    const auto& key = static_cast<const QKeyEvent&>(*event);
     if (!screens_.isInFront()) {
-        if (receiver->window() == &window_) noteElsewhere(static_cast<const QKeyEvent&>(*event));
+        if (receiver->window() == &window_) noteElsewhere(key);
+        // The key that left a screen is released behind it: what is down has to be known all the same.
+        if (const auto up = event->type() == QEvent::KeyRelease ? keyEventOf(key) : std::nullopt)
+            desktop_.players().keyboard().handle(*up, true);
         return false;
     }
     const bool isFullscreen = FullscreenWindow::isOne(receiver->window());
@@ -83,7 +88,6 @@ bool ReviewKeys::eventFilter(QObject* watched, QEvent* event) {
     if (receiver != focus && receiver != receiver->window()) return false;
     if (qobject_cast<const QMenuBar*>(focus) != nullptr)
         return false; // Alt has led there: letters open menus
-    const auto& key = static_cast<const QKeyEvent&>(*event);
     if (event->type() == QEvent::KeyRelease && key.key() == elsewhere_.key && !key.isAutoRepeat())
         elsewhere_.isDown = false;
     if (isOfAnotherScreen(key)) {
@@ -131,7 +135,7 @@ bool ReviewKeys::handle(const QKeyEvent& event, bool isFullscreen) {
     const bool isEscape = meant->isDown && !meant->isRepeat && meant->keyCode == Shortcut::KeyCode::escape &&
                           meant->modifiers == ModifierSet::none;
     // Escape leaves a field, after the field has made of it what it means there.
-    if (isTyped && isEscape) leaveField();
+    if (isTyped && isEscape && !SearchKeys::clears(*focus)) leaveField();
     ReviewViewModel& review = *desktop_.players().review();
     // Escape ends the loop that is under way, or else leaves the screen.
     const bool leaves = isEscape && !isFullscreen && !isTyped && !review.engine()->loop().isLooping;

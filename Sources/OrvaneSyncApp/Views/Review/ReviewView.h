@@ -40,6 +40,7 @@ class ReviewView : public QWidget {
     std::function<void(const std::vector<UUID>& cameras)> openTake;
     /// Shows what each key does here.
     KeyOverlay& keys() { return *keys_; }
+    OutlineView& outline() { return *outline_; }
     void savePlaces() const;
     PictureView& picture() { return *picture_; }
 

@@ -1,0 +1,50 @@
+#include "OrvaneSyncApp/Views/SearchKeys.h"
+
+#include <QAbstractItemView>
+#include <QKeyEvent>
+#include <QLineEdit>
+
+namespace orvane::views {
+
+namespace {
+
+constexpr const char* clearedByEscape = "clearedByEscape";
+
+} // namespace
+
+SearchKeys::SearchKeys(QLineEdit& field, QAbstractItemView& list)
+    : QObject(&field), field_(field), list_(list) {
+    field.setProperty(clearedByEscape, true);
+    field.installEventFilter(this);
+}
+
+bool SearchKeys::clears(const QWidget& field) {
+    const auto* line = qobject_cast<const QLineEdit*>(&field);
+    return line != nullptr && line->property(clearedByEscape).toBool() && !line->text().isEmpty();
+}
+
+bool SearchKeys::eventFilter(QObject*, QEvent* event) {
+    if (event->type() != QEvent::KeyPress) return false;
+    switch (static_cast<QKeyEvent*>(event)->key()) {
+    case Qt::Key_Down:
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        enterList();
+        return true;
+    case Qt::Key_Escape:
+        field_.text().isEmpty() ? list_.setFocus() : field_.clear();
+        return true;
+    default:
+        return false;
+    }
+}
+
+void SearchKeys::enterList() {
+    if (list_.model()->rowCount() == 0) return;
+    // Without words the list is the one from before, and its place in it is worth keeping.
+    if (!field_.text().isEmpty() || !list_.currentIndex().isValid())
+        list_.setCurrentIndex(list_.model()->index(firstRow ? firstRow() : 0, 0));
+    list_.setFocus(Qt::TabFocusReason); // its own keys are meant from here on
+}
+
+} // namespace orvane::views

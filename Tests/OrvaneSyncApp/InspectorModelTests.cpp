@@ -212,6 +212,12 @@ TEST_F(InspectorModelTest, recordingsCanBeChosenAndAttached) {
     const auto offered = attachableTo(*controller_, a_);
     ASSERT_EQ(offered.size(), 1U);
     EXPECT_EQ(offered.front().label, "T4.wav  ·  on no clip");
+    EXPECT_EQ(offered.front().start, "11:00:00:00");
+    EXPECT_NEAR(*offered.front().fromClip, 3600 - *group(a_).video.durationSeconds, 1e-6);
+    const auto nearest = attachableTo(*controller_, b_);
+    ASSERT_EQ(nearest.size(), 2U);
+    EXPECT_EQ(nearest.front().audio.filename, "OTHER.wav") << "before the wild track, which is far away";
+    EXPECT_EQ(nearest.front().fromClip, 0);
 
     change(b_,
            [&](SyncGroup& own) { own.audioMatches.emplace_back(slated(audio("T1.wav"), "12", "3"), 0, 60); });

@@ -357,6 +357,10 @@ TEST_F(ReviewTest, ARecordingIsHeardBeforeItIsAttached) {
                                    [](const auto* one) { return one->text().contains("cannot be read"); });
     }));
     EXPECT_TRUE(shows("Listen"));
+    auto* search = sheet.findChild<QLineEdit*>();
+    QTest::keyClick(search, Qt::Key_Up);
+    EXPECT_EQ(list->currentRow(), 0) << "from the field, too";
+    QTest::keyClick(search, Qt::Key_Down);
     QTest::keyClick(list, Qt::Key_Return);
     EXPECT_EQ(chosen, missing.id);
 }

@@ -2,11 +2,13 @@
 
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 #include "OrvaneSyncApp/ViewModels/Timeline/TimelineRows.h"
+#include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace orvane {
 
@@ -40,6 +42,15 @@ std::string recordingsPromptOf(const RecordingsPart& part, const SyncGroup& grou
     return "";
 }
 
+/// Negative to a recording that ends before the clip begins, 0 to one that meets it, across midnight too.
+double secondsFrom(const FilePlace& clip, const FilePlace& sound) {
+    constexpr double secondsOfADay = 86'400;
+    const auto filmed = clip.knownDay();
+    const double shift = filmed && sound.day ? static_cast<double>(*sound.day - *filmed) * secondsOfADay : 0;
+    const double after = sound.range.startSeconds + shift - clip.range.endSeconds;
+    return after > 0 ? after : std::min(sound.range.endSeconds + shift - clip.range.startSeconds, 0.0);
+}
+
 } // namespace
 
 RecordingsPart RecordingsPart::of(const ImportController& controller, const SyncGroup& group) {
@@ -67,8 +78,18 @@ std::vector<Attachable> attachableTo(const ImportController& controller, const U
     for (const MediaAsset& audio : controller.recordings().rawFilesAvailableToAttach(groupID))
         all.push_back({audio, controller.recordings().rawFilesMenuLabel(audio)});
     const auto ofOtherDays = controller.recordings().recordingsOfOtherDays(groupID);
-    std::ranges::stable_partition(all,
-                                  [&](const Attachable& one) { return !ofOtherDays.contains(one.audio.id); });
+    Places places(controller.work().matchRules());
+    const SyncGroup* group = controller.work().syncGroups().find(groupID);
+    const auto clip = group != nullptr ? places.of(group->video) : std::nullopt;
+    for (Attachable& one : all) {
+        one.start = one.audio.startTimecodeString.value_or("");
+        if (!clip || ofOtherDays.contains(one.audio.id)) continue;
+        if (const auto place = places.of(one.audio)) one.fromClip = secondsFrom(*clip, *place);
+    }
+    std::ranges::stable_sort(all, {}, [&](const Attachable& one) {
+        return std::tuple(ofOtherDays.contains(one.audio.id), !one.fromClip,
+                          std::abs(one.fromClip.value_or(0)));
+    });
     return all;
 }
 

@@ -45,10 +45,13 @@ struct RecordingsPart {
     bool operator==(const RecordingsPart&) const = default;
 };
 
-/// What a clip could get: wild tracks first, then what other clips use; what is of another day behind all.
+/// What a clip could get: what lies nearest to it first, of equal ones wild tracks before what other clips
+/// use; behind them what has no place in time, and what is of another day behind all.
 struct Attachable {
     MediaAsset audio;
     std::string label;
+    std::string start = {};              ///< timecode; empty where there is none
+    std::optional<double> fromClip = {}; ///< seconds; negative: ends before the clip begins
 };
 std::vector<Attachable> attachableTo(const ImportController& controller, const UUID& groupID);
 

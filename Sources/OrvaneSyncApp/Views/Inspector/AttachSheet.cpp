@@ -4,7 +4,9 @@
 #include "OrvaneSyncApp/Views/Desktop.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Services/Timeline/TimelineRuler.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 
+#include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -30,8 +32,9 @@ AttachSheet::AttachSheet(Desktop& desktop, const std::vector<Attachable>& record
     list_->setAccessibleName(tr("Recordings"));
     list_->setUniformItemSizes(true);
     list_->installEventFilter(this);
+    search_->installEventFilter(this);
     for (const Attachable& one : recordings) {
-        list_->addItem(translatedSentence(one.label));
+        list_->addItem(rowText(one));
         audios_.push_back(one.audio);
     }
     if (recordings.empty())
@@ -60,6 +63,18 @@ AttachSheet::AttachSheet(Desktop& desktop, const std::vector<Attachable>& record
     search_->setFocus();
 }
 
+QString AttachSheet::rowText(const Attachable& one) {
+    QStringList parts{translatedSentence(one.label)};
+    if (!one.start.empty()) parts << text(one.start);
+    if (one.fromClip) {
+        const QString apart = text(clockText(std::abs(*one.fromClip)));
+        parts << (*one.fromClip == 0  ? tr("meets the clip")
+                  : *one.fromClip < 0 ? tr("%1 before the clip").arg(apart)
+                                      : tr("%1 after the clip").arg(apart));
+    }
+    return parts.join(QStringLiteral("  ·  "));
+}
+
 QLayout* AttachSheet::makeListening() {
     auto* row = new QHBoxLayout;
     row->addWidget(listen_ = button(tr("Listen"), Glyph::play));
@@ -71,6 +86,14 @@ QLayout* AttachSheet::makeListening() {
 }
 
 bool AttachSheet::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == search_ && event->type() == QEvent::KeyPress) {
+        // The list is gone through while its words are typed.
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        const bool isMove =
+            key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_PageUp || key == Qt::Key_PageDown;
+        if (isMove) QCoreApplication::sendEvent(list_, event);
+        return isMove;
+    }
     if (watched == list_ && event->type() == QEvent::KeyPress &&
         static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space) {
         listen();

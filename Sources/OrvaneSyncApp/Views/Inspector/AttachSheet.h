@@ -28,6 +28,7 @@ class AttachSheet : public QDialog {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
+    static QString rowText(const Attachable& one);
     QLayout* makeListening();
     void filter(const QString& words);
     /// Null without a row that is selected.

@@ -42,6 +42,18 @@ TEST_F(TimelineRowsTest, SayWhatTheAnalysisFoundAndWhatWasChosenByHand) {
     EXPECT_TRUE(std::ranges::all_of(rows().channels, &TimelineChannel::isActive));
     EXPECT_EQ(rows().channels[1].tooltip(), "T2 Anna\n1 manual range override(s) on this channel");
 
+    // A session keeps the choice and not the result.
+    group_.manualActiveTracks = {1};
+    group_.tracksManuallyEdited = false;
+    EXPECT_TRUE(rows().summary.starts_with("An earlier analysis chose")) << rows().summary;
+    group_.tracksManuallyEdited = true;
+    EXPECT_EQ(rows().summary, "Tracks chosen by hand");
+    smartAudio_.results[group_.id] = SmartAudioResult{}; // its card was gone
+    EXPECT_TRUE(rows().summary.starts_with("Smart Audio could not hear")) << rows().summary;
+    EXPECT_FALSE(rows().isAnalysed);
+    group_.manualActiveTracks.clear();
+    group_.tracksManuallyEdited.reset();
+
     smartAudio_.results[group_.id] = timelineResult();
     smartAudio_.results[group_.id].detectedCharacter = MaterialCharacter::fastDialog;
     smartAudio_.soloMonitorTracks[group_.id] = 3;

@@ -60,6 +60,12 @@ TEST(ExportPreview, TellsHowManyClipsWereNotAnalysed) {
         ExportPreview::smartAudioCoverage(groups, results).text(),
         "1 clips have not been analyzed for Smart Audio — their audio settings won’t be applied in this "
         "export.");
+    EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).choiceText(), std::nullopt);
+    SyncGroup chosen = inScene("3");
+    chosen.manualActiveTracks = {2};
+    groups.append(chosen);
+    EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).choiceText(),
+              "The channels that were chosen before, in 1 clip, are in the document as they are chosen.");
 }
 
 } // namespace

@@ -18,9 +18,6 @@ namespace orvane {
 
 namespace {
 
-/// Decoding gave at least one window.
-bool isHeard(const SmartAudioResult& result) { return !result.blocks.empty(); }
-
 bool isWordOf(const std::string& name, std::string_view word) {
     const auto isLetter = [&](std::size_t at) {
         return at < name.size() && ((name[at] >= 'a' && name[at] <= 'z') || (name[at] & 0x80) != 0);
@@ -48,7 +45,7 @@ using Warnings = std::vector<std::string>;
 
 Warnings unheardWarnings(const AnalysedClip& analysed) {
     const auto& [group, result, names, take, files] = analysed;
-    if (isHeard(result)) return {};
+    if (result.isHeard()) return {};
     const auto failure = readFailureOf(result);
     std::string warning =
         "Smart Audio can't hear " + files + (failure ? " (" + std::string(failure->what()) + "); " : "; ");
@@ -61,7 +58,7 @@ Warnings unheardWarnings(const AnalysedClip& analysed) {
 Warnings lengthWarnings(const AnalysedClip& analysed) {
     constexpr double most = SmartAudioRouter::mostSeconds;
     const auto& [group, result, names, take, files] = analysed;
-    if (!isHeard(result)) return {};
+    if (!result.isHeard()) return {};
     Warnings warnings;
     for (const IncompleteFile& file : result.incompleteFiles) {
         if (file.heardSeconds <= 0)
@@ -80,7 +77,7 @@ Warnings lengthWarnings(const AnalysedClip& analysed) {
 /// The steadiest channel wins, and nothing is steadier than timecode.
 Warnings timecodeWarnings(const AnalysedClip& analysed) {
     const auto& [group, result, names, take, files] = analysed;
-    if (!isHeard(result) || group.manualActiveTracks.empty()) return {};
+    if (!result.isHeard() || group.manualActiveTracks.empty()) return {};
     std::set<int> timecode;
     for (const IXMLTrack& track : namedChannels(group, take))
         if (isTimecode(track.name)) timecode.insert(track.channelIndex);
@@ -88,6 +85,20 @@ Warnings timecodeWarnings(const AnalysedClip& analysed) {
     if (!std::ranges::includes(timecode, active)) return {};
     return {"of " + files + " only channel " + std::to_string(*active.begin()) +
             " is switched on, by its name timecode; --no-smart-audio leaves every channel on"};
+}
+
+/// What Smart Audio could not hear at all, each once, as people name it.
+std::vector<std::string> unheardRecordings(const WorkSnapshot& work) {
+    std::vector<std::string> names;
+    std::set<std::string_view> paths; // cameras may share the recording
+    const auto& results = work.smartAudioResults();
+    for (const SyncGroup& group : work.groups()) {
+        const auto result = results.find(group.id);
+        if (result == results.end() || group.isMOS() || result->second->isHeard()) continue;
+        if (paths.insert(group.primaryAudio()->url.path).second)
+            names.push_back(filesText(group, takeOf(group, assumedChannels), work.fileNames()));
+    }
+    return names;
 }
 
 void addPassedOver(const WorkSnapshot& work, Warnings& warnings) {
@@ -130,23 +141,26 @@ std::optional<ReadFailed> readFailureOf(const SmartAudioResult& result) {
 
 SmartAudioCounts smartAudioCounts(const WorkSnapshot& work) {
     SmartAudioCounts counts;
-    std::set<std::string_view> unheard; // recordings, by path
     for (const SyncGroup& group : work.groups())
         if (group.measuredLUFS && !group.isMOS()) ++counts.measured;
     const auto& results = work.smartAudioResults();
     for (const SyncGroup& group : work.groups()) {
         const auto result = results.find(group.id);
         if (result == results.end() || group.isMOS()) continue;
-        if (!isHeard(*result->second)) {
-            unheard.insert(group.primaryAudio()->url.path);
-            continue;
-        }
+        if (!result->second->isHeard()) continue;
         ++counts.clips;
         counts.channels += static_cast<std::int64_t>(result->second->tracks.size());
         counts.chosen += static_cast<std::int64_t>(group.manualActiveTracks.size());
     }
-    counts.unheardRecordings = std::ssize(unheard);
+    counts.unheardRecordings = std::ssize(unheardRecordings(work));
     return counts;
+}
+
+std::optional<std::string> unheardWarning(const WorkSnapshot& work) {
+    const std::vector<std::string> names = unheardRecordings(work);
+    if (names.empty()) return std::nullopt;
+    return "Smart Audio can't hear " + counted(std::ssize(names), "recording", "recordings") + ": " +
+           firstAndMore(names) + "; check that the card or drive is connected and run Smart Audio again";
 }
 
 std::string earlyEndWarning(const std::string& filename, double heardSeconds, double promisedSeconds) {
@@ -155,13 +169,17 @@ std::string earlyEndWarning(const std::string& filename, double heardSeconds, do
 }
 
 std::vector<std::string> smartAudioWarnings(const WorkSnapshot& work) {
+    constexpr std::size_t mostNamed = 3; // a card that is gone is one line, not hundreds
     std::vector<std::string> warnings;
     std::set<std::string> said;
+    const bool areUnheardNamed = unheardRecordings(work).size() <= mostNamed;
+    if (!areUnheardNamed) warnings.push_back(*unheardWarning(work));
     const auto& results = work.smartAudioResults();
     for (const SyncGroup& group : work.groups()) {
         const auto result = results.find(group.id);
         if (result == results.end() || group.isMOS()) continue;
         const AnalysedClip analysed{group, *result->second, work.fileNames()};
+        if (!areUnheardNamed && !result->second->isHeard()) continue;
         for (const auto about : {&unheardWarnings, &lengthWarnings, &timecodeWarnings})
             for (std::string& warning : about(analysed))
                 // Cameras may share the recording.

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Platform/Files.h"
 #include "Platform/Text.h"
 #include "Timecode/ExactRate.h"
 
@@ -112,6 +113,25 @@ void addUnusedOfProject(const WorkSnapshot& work, std::vector<std::string>& warn
                        "project again, or choose the tracks anew before it is saved");
 }
 
+/// Files of the document that are not where it says: a card that is gone makes every other warning follow.
+std::optional<std::string> missingMediaWarning(const WorkSnapshot& work) {
+    Names missing;
+    std::unordered_set<std::string_view> seen;
+    const auto look = [&](const MediaAsset& asset) {
+        if (seen.insert(asset.url.path).second && !platform::files::exists(asset.url.path))
+            missing.push_back(asset.url.path);
+    };
+    for (const SyncGroup& group : work.groups()) {
+        if (group.isExcludedFromExport || !group.matchStatus.isSettled()) continue;
+        look(group.video);
+        for (const AudioMatch& match : group.audioMatches) look(*match.audio);
+    }
+    if (missing.empty()) return std::nullopt;
+    return counted(missing.size(), "media file", "media files") +
+           " of the document can't be found: " + firstAndMore(missing) +
+           "; check that the card or drive is connected under the same name";
+}
+
 } // namespace
 
 std::string firstAndMore(const std::vector<std::string>& names) {
@@ -190,6 +210,8 @@ std::vector<std::string> doubtWarnings(const WorkSnapshot& work, Matching matchi
 }
 
 void addOwnWarnings(const WorkSnapshot& work, ExportResult& result, Matching matching) {
+    if (auto missing = missingMediaWarning(work))
+        result.warnings.insert(result.warnings.begin(), *std::move(missing));
     for (const auto& warnings :
          {leftOutWarnings(work), doubtWarnings(work, matching), smartAudioWarnings(work)})
         result.warnings.insert(result.warnings.end(), warnings.begin(), warnings.end());

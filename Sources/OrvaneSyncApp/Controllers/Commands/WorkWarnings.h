@@ -16,15 +16,19 @@ namespace orvane {
 std::vector<std::string> scanWarnings(const WorkSnapshot& work);
 /// Each clip that the document does not hold, and why.
 std::vector<std::string> leftOutWarnings(const WorkSnapshot& work);
-/// Each recording that Smart Audio could not hear, or not to its end, or of which it leaves nothing but
-/// timecode switched on; clips that it left out; and measured clips that are silent or raised by far.
+/// Each recording that Smart Audio could not hear, where they are few, or not to its end, or of which it
+/// leaves nothing but timecode switched on; clips that it left out; and measured clips that are silent or
+/// raised by far.
 std::vector<std::string> smartAudioWarnings(const WorkSnapshot& work);
+/// Which recordings Smart Audio could not hear at all, and how many, as one line; absent where it heard all.
+std::optional<std::string> unheardWarning(const WorkSnapshot& work);
 /// Whether who is warned can have the clips matched in another way.
 enum class Matching : bool { isDone, canChange };
 /// One line each doubt, with its cure, for who shows no list of them. Where the matching is done, doubts that
 /// another matching cures are one line together, which says where to look.
 std::vector<std::string> doubtWarnings(const WorkSnapshot& work, Matching matching = Matching::canChange);
-/// What people should know beside the exporter's own warnings.
+/// What people should know beside the exporter's own warnings; media that are missing come first. Looks for
+/// every file on the disk, so not on the interface thread.
 void addOwnWarnings(const WorkSnapshot& work, ExportResult& result, Matching matching = Matching::canChange);
 /// Why a result is empty, where it is because the recording was read in part only.
 std::optional<ReadFailed> readFailureOf(const SmartAudioResult& result);

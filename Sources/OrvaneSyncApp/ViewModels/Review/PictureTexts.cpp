@@ -26,8 +26,9 @@ std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engin
                                "Look for it in its folder, or export the clip as it is."};
     if (!hasPicture)
         return PictureNote{"Sound only", clip->video.filename +
-                                             " holds no picture that can be decoded. Its sound plays, "
-                                             "and the document names the file all the same."};
+                                             " is not there any more, or holds no picture that can be "
+                                             "decoded. Its sound plays, and the document names the file all "
+                                             "the same."};
     return std::nullopt;
 }
 

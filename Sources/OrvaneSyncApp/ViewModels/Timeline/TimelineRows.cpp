@@ -32,10 +32,10 @@ void addLine(std::string& text, const std::string& line) {
     text += line;
 }
 
-/// Null where the clip was not analysed.
+/// Null where the clip was not analysed, or its recording could not be heard.
 const SmartAudioResult* resultOf(const SmartAudioState& smartAudio, const UUID& groupID) {
     const auto found = smartAudio.results.find(groupID);
-    return found == smartAudio.results.end() ? nullptr : &*found->second;
+    return found == smartAudio.results.end() || !found->second->isHeard() ? nullptr : &*found->second;
 }
 
 /// What of the take's block time is routed to each track, in seconds.
@@ -174,7 +174,10 @@ std::vector<TimelineChannel> timelineChannels(const SyncGroup& group, const Smar
         }
     }
     const auto solo = smartAudio.soloMonitorTracks.find(group.id);
-    const std::set<int> active = activeTracks(group, result);
+    // As the document has them.
+    const auto known = smartAudio.results.find(group.id);
+    const std::set<int> active =
+        activeTracks(group, known == smartAudio.results.end() ? nullptr : &*known->second);
     for (TimelineChannel& channel : channels) {
         channel.isUsedByAlgorithm = !group.algorithmExcludedTracks.contains(channel.track);
         channel.isActive = active.contains(channel.track);
@@ -194,9 +197,15 @@ std::string smartAudioSummary(const SyncGroup& group, const SmartAudioState& sta
                formatted(" · %.0f %%", state.progress.fraction * percent);
     }
     const SmartAudioResult* result = resultOf(state, group.id);
-    if (result == nullptr)
-        return group.manualActiveTracks.empty() ? "All tracks active — run Smart Audio for recommendation"
-                                                : "Tracks chosen by hand";
+    if (result == nullptr) {
+        if (state.results.contains(group.id))
+            return "Smart Audio could not hear the recording — check that its card is connected, and run it "
+                   "again";
+        if (group.manualActiveTracks.empty()) return "All tracks active — run Smart Audio for recommendation";
+        return group.hasManualTrackEdits()
+                   ? "Tracks chosen by hand"
+                   : "An earlier analysis chose the channels — run Smart Audio to see why";
+    }
     if (settings.get(settings::bestChannelMode) == BestChannelMode::perClip && result->bestTrackIndex)
         return "Smart Audio chose Track " + std::to_string(*result->bestTrackIndex);
     return "Smart Audio active";
@@ -224,6 +233,7 @@ TimelineRows timelineRows(const SyncGroup& group, double frameRate, const SmartA
     const Take take = takeOf(group, assumedChannels);
     rows.soundName = filesText(group, take, names);
     rows.channels = timelineChannels(group, smartAudio);
+    rows.isAnalysed = result != nullptr;
     if (result != nullptr) rows.blocks = result->blocks;
     rows.ranges = group.manualBlockOverrides;
     std::ranges::stable_sort(rows.ranges, {}, &BlockOverride::startSeconds);

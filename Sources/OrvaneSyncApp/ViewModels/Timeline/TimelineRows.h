@@ -64,6 +64,7 @@ struct TimelineRows {
     std::vector<BlockOverride> ranges{}; ///< by start
     std::vector<TimelineRecording> recordings{};
     int laneCount = 0;
+    bool isAnalysed = false; ///< Smart Audio has heard the recording
     /// Below the timeline's title: what Smart Audio has made of the clip.
     std::string summary;
 

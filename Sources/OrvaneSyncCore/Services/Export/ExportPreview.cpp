@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Export/ExportPreview.h"
 
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Text.h"
 
 #include <set>
@@ -55,8 +56,10 @@ SmartAudioCoverage smartAudioCoverage(const SyncGroupList& groups,
     SmartAudioCoverage coverage;
     for (const SyncGroup& group : groups)
         if (group.matchStatus.isSettled() && !group.isExcludedFromExport && !group.isMOS() &&
-            !smartAudioResults.contains(group.id))
+            !smartAudioResults.contains(group.id)) {
             ++coverage.unanalyzed;
+            if (!group.manualActiveTracks.empty()) ++coverage.chosenBefore;
+        }
     return coverage;
 }
 
@@ -65,6 +68,12 @@ std::optional<std::string> SmartAudioCoverage::text() const {
     return std::to_string(unanalyzed) +
            " clips have not been analyzed for Smart Audio — their audio settings won’t be applied in this "
            "export.";
+}
+
+std::optional<std::string> SmartAudioCoverage::choiceText() const {
+    if (chosenBefore == 0) return std::nullopt;
+    return "The channels that were chosen before, in " + counted(chosenBefore, "clip", "clips") +
+           ", are in the document as they are chosen.";
 }
 
 } // namespace orvane::ExportPreview

@@ -18,9 +18,12 @@ std::optional<std::string> suggestedEventName(const SyncGroupList& groups);
 int projectedEventCount(const SyncGroupList& groups, const ExportSettings& settings);
 
 struct SmartAudioCoverage {
-    int unanalyzed = 0; ///< clips with sound that have no result
+    int unanalyzed = 0;   ///< clips with sound that have no result
+    int chosenBefore = 0; ///< those of them whose channels are chosen all the same
     /// Nothing when all clips are analysed.
     std::optional<std::string> text() const;
+    /// What the document has of those that are not; nothing without a choice.
+    std::optional<std::string> choiceText() const;
 };
 SmartAudioCoverage smartAudioCoverage(const SyncGroupList& groups,
                                       const SmartAudioResults& smartAudioResults);

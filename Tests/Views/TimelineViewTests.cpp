@@ -19,6 +19,7 @@
 #include <QWheelEvent>
 
 #include <cmath>
+#include <filesystem>
 #include <numbers>
 
 namespace orvane::views {
@@ -275,6 +276,14 @@ TEST_F(TimelineViewTest, ZoomsAtThePointerAndRepaintsLittleWhilePlaying) {
     EXPECT_FALSE(layout().content().hasSound);
     desktop_->players().review()->close();
     EXPECT_TRUE(waitUntil([&] { return !canvas().isVisible(); })) << "no clip";
+}
+
+TEST_F(TimelineViewTest, SaysThatASoundIsMissingHoweverSoonThatIsKnown) {
+    std::filesystem::remove(folder_.path("T01.WAV"));
+    open(silentID_);
+    open(id_);
+    EXPECT_TRUE(waitUntil([&] { return canvas().soundHint().startsWith("The sound cannot be read"); }))
+        << canvas().soundHint().toStdString();
 }
 
 TEST_F(TimelineViewTest, NothingIsLeftUnpainted) {

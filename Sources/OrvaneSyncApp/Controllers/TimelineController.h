@@ -39,6 +39,8 @@ class TimelineController {
 
     /// Of the take of the clip in view, in take time.
     const std::shared_ptr<WaveformState>& waveform() const { return waveform_; }
+    /// Whether that of the clip in view was asked for: when it does not load, it is all that can be read.
+    bool isWaveformWanted() const { return wantsWaveform_; }
     /// Loads the waveform of the clip in view unless it is there, and from then on that of the recording that
     /// the clip has; one that could not be read again only if `retries`. Without a recording it is empty.
     platform::Task loadWaveform(bool retries = false);

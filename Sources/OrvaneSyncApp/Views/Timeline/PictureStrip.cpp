@@ -55,7 +55,8 @@ std::int64_t PictureStrip::keyOf(double seconds) {
 }
 
 void PictureStrip::setVideo(const std::string& path, int height) {
-    if (path_ == path && height_ == height) return;
+    // A file that was missing may be back.
+    if (path_ == path && height_ == height && !isUnreadable_) return;
     path_ = path;
     height_ = height;
     pictures_.clear();

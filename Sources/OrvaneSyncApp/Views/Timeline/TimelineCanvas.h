@@ -40,6 +40,7 @@ class TimelineCanvas : public QWidget {
     void show(std::shared_ptr<const TimelineRows> rows, const TimelineZoomState& zoom, bool isExpanded,
               double verticalScroll);
     void setSoundHint(const QString& hint);
+    const QString& soundHint() const { return soundHint_; }
     const TimelineLayout& layout() const { return *layout_; }
     bool hasLayout() const { return layout_.has_value(); }
     /// Clip time.

@@ -135,10 +135,7 @@ void TimelineView::follow() {
         if (isEdited || change.field == ImportField::smartAudio) changed(true);
     }));
     following_.push_back(review_->onChange([this] { changed(review_->groupID() != shown_); }));
-    following_.push_back(timeline.waveform()->onChange([this, &timeline] {
-        if (shown_ && shown_ == review_->groupID()) hasSoundBeenLoaded_ |= timeline.waveform()->isLoading();
-        changed(true);
-    }));
+    following_.push_back(timeline.waveform()->onChange([this] { changed(true); }));
     following_.push_back(review_->engine()->onChange([this](VideoEngineField field) {
         if (field == VideoEngineField::playhead && !playing_->isActive()) showPosition();
         if (field == VideoEngineField::transport) runWhilePlaying();
@@ -168,7 +165,6 @@ void TimelineView::refresh() {
     if (shown_ != groupID) {
         shown_ = groupID;
         areRowsStale_ = true;
-        hasSoundBeenLoaded_ = timeline.waveform()->isLoading();
         canvas_->pictures().setVideo(
             clip->video.url.path, static_cast<int>(std::lround(pictureSlotHeight() * devicePixelRatioF())));
     }
@@ -206,7 +202,7 @@ void TimelineView::showSummary() {
     summary_->setText(translatedSentence(rows_->summary));
     summary_->setToolTip(translatedSentence(rows_->summary));
     const SmartAudioState& state = desktop_.controller().smartAudio().state();
-    analyse_->setVisible(rows_->hasSound && !state.isAnalyzing && !state.results.contains(rows_->groupID));
+    analyse_->setVisible(rows_->hasSound && !state.isAnalyzing && !rows_->isAnalysed);
 }
 
 void TimelineView::runSmartAudio() {
@@ -217,10 +213,11 @@ void TimelineView::runSmartAudio() {
 }
 
 void TimelineView::showSound() {
-    const WaveformState& waveform = *desktop_.controller().timeline().waveform();
+    const TimelineController& timeline = desktop_.controller().timeline();
+    const WaveformState& waveform = *timeline.waveform();
     QString hint;
     if (rows_->hasSound && waveform.waveform().binsPerSecond <= 0)
-        hint = waveform.isLoading() || !hasSoundBeenLoaded_
+        hint = waveform.isLoading() || !timeline.isWaveformWanted()
                    ? tr("Reading the sound…")
                    : tr("The sound cannot be read. Look at the file, or attach another recording.");
     canvas_->setSoundHint(hint);

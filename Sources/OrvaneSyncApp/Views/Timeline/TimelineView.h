@@ -64,7 +64,6 @@ class TimelineView : public QWidget {
     std::optional<UUID> shown_;
     bool areRowsStale_ = true;
     AfterPicture later_;
-    bool hasSoundBeenLoaded_ = false; ///< of the clip in view, whatever came of it
     std::vector<platform::Subscription> following_;
 };
 

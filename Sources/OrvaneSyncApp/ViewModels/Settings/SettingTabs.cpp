@@ -210,7 +210,7 @@ SettingTab output() {
            Row(rawMediaEventName, "Name of that event").when(isOn<generateRawMediaEvent>)}},
          {"Clips",
           {Row(trimMode, "Length of the clips").named(words<TrimMode>(displayText)),
-           Row(wrapMOSInSyncClip, "Clips without sound become synchronized clips too"),
+           Row(wrapMOSInSyncClip, "Clips without sound (MOS) become synchronized clips too"),
            Row(volumeKeyframes, "Volume keyframes",
                "The volumes of the channels follow Smart Audio's choice over time.")}},
          {"Frame",

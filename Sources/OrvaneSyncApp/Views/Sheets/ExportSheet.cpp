@@ -21,6 +21,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QSettings>
+#include <QTime>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -218,7 +219,7 @@ void ExportSheet::showForecast() {
     ImportController& controller = desktop_.controller();
     const OpenWork& work = controller.work();
     const ExportSettings now = controller.exporting().exportSettings({});
-    QString sentence = tr("%1 with sound, %2 without, %3")
+    QString sentence = tr("%1 with sound, %2 without (MOS), %3")
                            .arg(translatedSentence(counted(work.syncClipCount(), "clip", "clips")))
                            .arg(work.mosCount())
                            .arg(translatedSentence(counted(controller.exporting().projectedMulticamCount(),
@@ -232,9 +233,9 @@ void ExportSheet::showForecast() {
             translatedSentence(counted(tracks, "recording without picture", "recordings without picture")));
     forecast_->setText(sentence + tr("."));
     QStringList notes;
-    if (const auto coverage =
-            ExportPreview::smartAudioCoverage(work.syncGroups(), now.smartAudioResults).text())
-        notes << translatedSentence(*coverage);
+    const auto coverage = ExportPreview::smartAudioCoverage(work.syncGroups(), now.smartAudioResults);
+    for (const auto& sentence : {coverage.text(), coverage.choiceText()})
+        if (sentence) notes << translatedSentence(*sentence);
     if (const auto out = leftOutWarnings(WorkSnapshot(controller)); !out.empty()) notes << listed(out);
     leftOut_->setText(notes.join(QLatin1Char('\n')));
     leftOut_->setVisible(!notes.isEmpty());
@@ -245,10 +246,20 @@ void ExportSheet::showForecast() {
 }
 
 void ExportSheet::fitHeight() {
-    constexpr int frame = 60; // of the window, and a little
+    constexpr int frame = 60;    // of the window, and a little
+    constexpr int highest = 800; // lists of any length leave room for the window below
     sections_->updateGeometry();
     const int needed = layout()->totalHeightForWidth(width());
-    setMinimumHeight(std::min(needed, screen()->availableGeometry().height() - frame));
+    setMinimumHeight(std::min({needed, highest, screen()->availableGeometry().height() - frame}));
+}
+
+void ExportSheet::refuse(Signal signal, const QString& why, const QString& answer,
+                         std::function<void()> action) {
+    outcome_->show(signal, why, answer, std::move(action));
+    fitHeight();
+    // What is wrong is nearly always the place; it is scrolled to once the sheet has its new height.
+    QMetaObject::invokeMethod(
+        this, [this] { sections_->ensureWidgetVisible(place_); }, Qt::QueuedConnection);
 }
 
 void ExportSheet::resizeEvent(QResizeEvent* event) {
@@ -278,14 +289,12 @@ void ExportSheet::choosePlace() {
 void ExportSheet::write() {
     const QString place = QDir::cleanPath(place_->text().trimmed());
     if (QFileInfo::exists(place) && !mayReplace_) {
-        outcome_->show(Signal::doubtful, tr("There is a file of this name already: %1").arg(place),
-                       tr("Replace It"), [this] {
-                           mayReplace_ = true;
-                           outcome_->clear();
-                           write();
-                       });
-        fitHeight();
-        return;
+        return refuse(Signal::doubtful, tr("There is a file of this name already: %1").arg(place),
+                      tr("Replace It"), [this] {
+                          mayReplace_ = true;
+                          outcome_->clear();
+                          write();
+                      });
     }
     JSON arguments = JSON::object();
     arguments.set("output", utf8(place));
@@ -301,7 +310,7 @@ void ExportSheet::write() {
         },
         [self](const QString& why) {
             if (!self) return;
-            self->outcome_->show(Signal::missing, why);
+            self->refuse(Signal::missing, why);
             self->write_->setEnabled(true);
         });
 }
@@ -315,10 +324,10 @@ void ExportSheet::written(const JSON& answer) {
         setOption(settings::eventName.key, JSON(utf8(event)));
     const QString place = QDir::cleanPath(place_->text().trimmed());
     outcome_->show(Signal::matched,
-                   tr("Written: %1 clips and %2 multicam clips in %3")
+                   tr("Written at %4: %1 clips and %2 multicam clips in %3")
                        .arg(count("syncClipCount"))
                        .arg(count("multicamCount"))
-                       .arg(place),
+                       .arg(place, QTime::currentTime().toString(QStringLiteral("HH:mm:ss"))),
                    tr("Show Folder"), [place] {
                        QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(place).absolutePath()));
                    });

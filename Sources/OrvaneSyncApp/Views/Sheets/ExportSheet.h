@@ -5,6 +5,8 @@
 
 #include <QDialog>
 
+#include <functional>
+
 class QCheckBox;
 class QComboBox;
 class QScrollArea;
@@ -24,6 +26,9 @@ class ExportSheet : public QDialog {
   private:
     /// A window is no smaller than its texts need, which depends on how they wrap, unless the screen is.
     void fitHeight();
+    /// Why nothing was written, with the place in view.
+    void refuse(design::Signal signal, const QString& why, const QString& answer = {},
+                std::function<void()> action = {});
     QWidget* makeOptions();
     QWidget* makeDestination();
     void showForecast();

@@ -56,6 +56,24 @@ TEST_F(SessionManagerTest, clipsComeBackWithWhatTheyWereMatchedBy) {
     EXPECT_EQ(controller_->work().keptMatchedBy(), std::nullopt);
 }
 
+TEST_F(SessionManagerTest, findsTheSessionOfFolders) {
+    const UUID id = newSession();
+    bringClips(1);
+    finish(manager_->save(*controller_));
+    newSession(); // without clips
+    const auto sessionOf = [&](std::vector<FileURL> folders) {
+        const auto found = std::make_shared<std::optional<UUID>>();
+        finish(manager_->findSession(std::move(folders), found));
+        return *found;
+    };
+    const FileURL pictures{"/media/Day 1"}, sound{"/media/Sound"};
+    EXPECT_EQ(sessionOf({sound, pictures}), id);
+    EXPECT_EQ(sessionOf({pictures}), std::nullopt);
+    EXPECT_EQ(sessionOf({}), std::nullopt);
+    finish(manager_->load(id, controller_));
+    EXPECT_EQ(sessionOf({pictures, sound}), std::nullopt) << "it is open";
+}
+
 TEST_F(SessionManagerTest, savingTwiceDiffersInTheTimeOnly) {
     const UUID id = newSession();
     bringClips(2);

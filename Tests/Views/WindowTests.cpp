@@ -1,5 +1,6 @@
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
+#include "OrvaneSyncApp/Views/SessionsPanel.h"
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 #include "OrvaneSyncApp/Views/WorkBar.h"
 #include "Support/Assets.h"
@@ -17,6 +18,7 @@
 #include <QTreeWidget>
 
 #include <algorithm>
+#include <filesystem>
 
 namespace orvane::views {
 
@@ -28,6 +30,12 @@ class WindowTest : public testing::Test, protected test::ShootWindow {
   protected:
     QTableView& table() { return *window_->results().table(); }
     QString cell(int row, int column) { return table().model()->index(row, column).data().toString(); }
+    QString bannerText() {
+        for (const auto* one : window_->centralWidget()->findChildren<QFrame*>())
+            if (const auto* banner = dynamic_cast<const design::Banner*>(one); banner && banner->isVisible())
+                return banner->text();
+        return {};
+    }
     int rowOf(const QString& cameraFile) {
         for (int row = 0; row < table().model()->rowCount(); ++row)
             if (cell(row, 1).startsWith(cameraFile)) return row;
@@ -40,12 +48,7 @@ class WindowTest : public testing::Test, protected test::ShootWindow {
 TEST_F(WindowTest, ListensToTheCardsAndSaysWhatCameOfIt) {
     auto* listen = window_->findChild<QAction*>("listen");
     ASSERT_NE(listen, nullptr);
-    const auto said = [&] {
-        for (const auto* one : window_->findChildren<QFrame*>())
-            if (const auto* banner = dynamic_cast<const design::Banner*>(one); banner && banner->isVisible())
-                return banner->text();
-        return QString();
-    };
+    const auto said = [&] { return bannerText(); };
     EXPECT_FALSE(listen->isEnabled()) << "there is no clip";
     auto* cancel = window_->findChild<QWidget*>("work")->findChild<QToolButton*>();
     scan();
@@ -154,6 +157,14 @@ TEST_F(WindowTest, ColumnsShareTheWidthByWhatTheirTextsNeed) {
     show("A001C001_261126.mov", "T1.wav");
 }
 
+TEST_F(WindowTest, ScansNothingWhereAFolderThatIsNamedIsNotThere) {
+    window_->openPaths({text(folder_.path("shoot/camera")), text(folder_.path("gone"))});
+    EXPECT_TRUE(bannerText().contains("gone”") && !bannerText().contains("camera"))
+        << bannerText().toStdString();
+    EXPECT_FALSE(window_->isScanning());
+    EXPECT_EQ(work().folders(), std::vector{FileURL{folder_.path("shoot/camera")}}) << "ready to be scanned";
+}
+
 TEST_F(WindowTest, OffersNothingForAllClipsWhileAScanReplacesThem) {
     scan();
     const auto scanning = desktop_->controller().scan().startScan();
@@ -191,12 +202,14 @@ TEST_F(WindowTest, AnotherShootGetsASessionOfItsOwn) {
     test::makeSmallShoot(folder_.path("other"));
     scan("other");
     EXPECT_FALSE(clip("A001C001").isApproved);
+    EXPECT_EQ(bannerText(), "") << "no session has these folders";
     EXPECT_NE(desktop_->sessions().currentSessionId(), first);
-    JSON arguments = JSON::object();
-    arguments.set("sessionId", first->text());
-    bool isOpen = false;
-    desktop_->run("loadSession", std::move(arguments), [&](const JSON&) { isOpen = true; });
-    ASSERT_TRUE(waitUntil([&] { return isOpen; }));
+    desktop_->run("newSession");
+    QCoreApplication::processEvents();
+    scan();
+    ASSERT_TRUE(waitUntil([&] { return bannerText().startsWith("These folders are in the session"); }));
+    press(*window_->centralWidget(), "Open It");
+    ASSERT_TRUE(waitUntil([&] { return desktop_->sessions().currentSessionId() == first; }));
     EXPECT_TRUE(clip("A001C001").isApproved);
     EXPECT_TRUE(clip("A001C001").video.url.path.starts_with(folder_.path("shoot")));
     const auto trees = window_->findChildren<QTreeWidget*>();
@@ -206,6 +219,27 @@ TEST_F(WindowTest, AnotherShootGetsASessionOfItsOwn) {
     asks.ignore();
     QCoreApplication::sendEvent(*sessions, &asks);
     EXPECT_TRUE(asks.isAccepted()) << "the session is renamed, and no clip";
+
+    // What is open is not read again by a second double click, as that would take the steps back; and rows
+    // stay while the work is saved, so that a double click that has begun finds its row.
+    SessionsPanel panel(*desktop_);
+    panel.show();
+    bool isWanted = false;
+    panel.whenOpenWorkIsWanted = [&] { isWanted = true; };
+    auto& tree = *panel.findChild<QTreeWidget*>();
+    for (const SessionInfo& one : std::vector(desktop_->sessions().sessions()))
+        if (one.id != *first) desktop_->sessions().rename(one.id, "big");
+    desktop_->sessions().rename(*first, "big");
+    QTreeWidgetItem* const open = tree.topLevelItem(0);
+    JSON third = JSON::object();
+    third.set("groupID", clip("A001C003").id.text());
+    desktop_->run("toggleLocked", std::move(third));
+    ASSERT_TRUE(waitUntil([&] { return tree.topLevelItem(0)->toolTip(0).contains("1 locked"); }));
+    ASSERT_EQ(tree.topLevelItem(0), open);
+    EXPECT_FALSE(open->text(1).isEmpty()) << "a session of this name is there twice";
+    Q_EMIT tree.itemActivated(open, 0);
+    EXPECT_TRUE(isWanted);
+    EXPECT_TRUE(work().undoState().canUndo);
 }
 
 TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
@@ -227,6 +261,27 @@ TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
     ASSERT_TRUE(waitUntil([&] { return outcome->text().startsWith("Written"); }))
         << outcome->text().toStdString();
     EXPECT_NE(folder_.read("out.fcpxml").find("<fcpxml"), std::string::npos);
+
+    // The card is pulled out.
+    std::filesystem::rename(folder_.path("shoot"), folder_.path("away"));
+    JSON arguments = JSON::object();
+    arguments.set("mode", "standard");
+    arguments.set("forceOverwriteManualTracks", false);
+    ASSERT_TRUE(waitUntil([analysis = desktop_->run("runSmartAudioAnalysis", std::move(arguments))] {
+        return analysis.isDone();
+    }));
+    EXPECT_TRUE(waitUntil([&] { return bannerText().startsWith("Smart Audio can't hear "); }))
+        << bannerText().toStdString();
+    press(exporting, "Export");
+    const auto warnings = [&] {
+        for (const auto* one : exporting.findChildren<QLabel*>())
+            if (one->text().startsWith("Export finished with warnings")) return one->text();
+        return QString();
+    };
+    const auto isFirst = [&] {
+        return warnings().section('\n', 1, 1).contains(" media files of the document can't be found");
+    };
+    EXPECT_TRUE(waitUntil(isFirst)) << warnings().toStdString();
 }
 
 TEST_F(WindowTest, ASheetThatIsHigherThanTheScreenScrollsAndCutsNothing) {

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdio>
 #include <exception>
+#include <set>
 #include <utility>
 
 namespace orvane {
@@ -18,6 +19,13 @@ namespace orvane {
 namespace {
 
 constexpr std::chrono::seconds autosaveInterval{5};
+
+/// For comparisons: each once, in one order, however it was written.
+std::set<std::string> foldersOf(const std::vector<FileURL>& urls) {
+    std::set<std::string> all;
+    for (const FileURL& url : urls) all.insert(url.pathText());
+    return all;
+}
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -359,6 +367,30 @@ void SessionManager::open(const UUID& sessionId, Read read, ImportController& co
 platform::Task SessionManager::loadMostRecentSession(const std::shared_ptr<ImportController>& controller) {
     loadSessionList();
     return sessions_.empty() ? platform::Task::ended() : load(sessions_.front().id, controller);
+}
+
+platform::Task SessionManager::findSession(std::vector<FileURL> folders,
+                                           std::shared_ptr<std::optional<UUID>> found) const {
+    assertOnMainThread();
+    std::vector<UUID> candidates;
+    for (const SessionInfo& info : sessions_)
+        if (info.groupCount > 0 && info.id != currentSessionId_) candidates.push_back(info.id);
+    auto reading =
+        platform::onQueue(*queue_, mainThread_,
+                          [store = store_, candidates = std::move(candidates),
+                           wanted = foldersOf(folders)](const std::stop_token& stop) -> std::optional<UUID> {
+                              for (const UUID& id : candidates) {
+                                  platform::throwIfStopped(stop);
+                                  const auto record = store.readFolders(id).record;
+                                  if (!record) continue;
+                                  std::vector<FileURL> all = record->scope.moreFolders;
+                                  for (const auto& one : {record->videoFolder, record->audioFolder})
+                                      if (one) all.push_back(*one);
+                                  if (!wanted.empty() && foldersOf(all) == wanted) return id;
+                              }
+                              return std::nullopt;
+                          });
+    *found = co_await reading;
 }
 
 platform::Task SessionManager::newSession(ImportController& controller) {

@@ -88,6 +88,10 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     /// Empty work under a new id, saved at once. The task is that of `save`.
     platform::Task newSession(ImportController& controller);
     void loadSessionList();
+    /// Leaves in `found` the session with clips, other than the open one, whose media lay in just these
+    /// folders, of several the most recently modified; absent where there is none. Reads on the queue.
+    platform::Task findSession(std::vector<FileURL> folders,
+                               std::shared_ptr<std::optional<UUID>> found) const;
 
     // Names and places.
 

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/MainWindow.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
 #include "OrvaneSyncApp/Views/MainMenus.h"
@@ -21,6 +22,7 @@
 #include <QDragEnterEvent>
 #include <QFileInfo>
 #include <QMimeData>
+#include <QPointer>
 #include <QSettings>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -29,6 +31,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cstdio>
 
 namespace orvane::views {
 
@@ -80,6 +83,12 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     column->addWidget(pages_, 1);
     splitter_ = new QSplitter;
     splitter_->addWidget(sessions_ = new SessionsPanel(desktop));
+    sessions_->whenOpenWorkIsWanted = [this] {
+        wantsStart_ = false;
+        showResults();
+        showPage();
+        updateActions();
+    };
     splitter_->addWidget(centre);
     splitter_->setStretchFactor(1, 1);
     splitter_->setChildrenCollapsible(false);
@@ -155,6 +164,7 @@ void MainWindow::observe() {
         if (field == ImportField::report)
             if (const auto& status = desktop_.controller().reports().aleMatchStatus())
                 banner_->show(Signal::none, translatedSentence(*status));
+        if (field == ImportField::smartAudio) tellUnheard();
         // Many fields change at once; the window follows when they all stand.
         if (std::exchange(isUpdateScheduled_, true)) return;
         QMetaObject::invokeMethod(
@@ -313,6 +323,16 @@ void MainWindow::listenToCards() {
     updateActions();
 }
 
+void MainWindow::tellUnheard() {
+    const SmartAudioState& state = desktop_.controller().smartAudio().state();
+    analysedClips_ = std::max(analysedClips_, state.progress.total);
+    if (!std::exchange(wasAnalysing_, state.isAnalyzing) || state.isAnalyzing) return;
+    // Of one clip the timeline says it.
+    if (std::exchange(analysedClips_, 0) < 2) return;
+    if (const auto warning = unheardWarning(WorkSnapshot(desktop_.controller())))
+        banner_->show(Signal::missing, translatedSentence(*warning));
+}
+
 void MainWindow::showScreen(Screen screen) {
     if (screen == screen_) return;
     screen_ = screen;
@@ -348,6 +368,8 @@ void MainWindow::startScan() {
     const bool isOther = desktop_.controller().work().syncGroups().empty();
     scan_ = desktop_.controller().scan().startScan(isOther ? OpenWork::ScanOf::otherWork
                                                            : OpenWork::ScanOf::sameWork);
+    isLeavingScan_ = false;
+    if (isOther) offerKnownSession();
     scan_->whenDone([this](const std::exception_ptr& raised) {
         scan_.reset();
         try {
@@ -359,7 +381,7 @@ void MainWindow::startScan() {
         } catch (const std::exception& why) {
             banner_->show(Signal::missing, translatedSentence(why.what()));
         } catch (const platform::Stopped&) {
-            banner_->show(Signal::none, tr("The scan was cancelled; all is as it was."));
+            if (!isLeavingScan_) banner_->show(Signal::none, tr("The scan was cancelled; all is as it was."));
         }
         showPage();
     });
@@ -367,6 +389,30 @@ void MainWindow::startScan() {
     // While the files are read, there is time to make the list.
     QMetaObject::invokeMethod(
         this, [this] { results(); }, Qt::QueuedConnection);
+}
+
+void MainWindow::offerKnownSession() {
+    const auto found = std::make_shared<std::optional<UUID>>();
+    desktop_.sessions()
+        .findSession(desktop_.controller().work().folders(), found)
+        .whenDone([self = QPointer(this), found](const std::exception_ptr& raised) {
+            if (!self || raised || !*found) return;
+            const SessionInfo* known = self->desktop_.sessions().session(**found);
+            if (known == nullptr) return;
+            self->banner_->show(
+                Signal::doubtful,
+                tr("These folders are in the session “%1” of %2 already: %3 clips, %4 locked.")
+                    .arg(text(known->name), dayText(known->modified), QString::number(known->groupCount),
+                         QString::number(known->lockedCount)),
+                tr("Open It"), [self, id = known->id] {
+                    self->isLeavingScan_ = true;
+                    self->wantsStart_ = false;
+                    self->banner_->clear();
+                    JSON arguments = JSON::object();
+                    arguments.set("sessionId", id.text());
+                    self->desktop_.run("loadSession", std::move(arguments));
+                });
+        });
 }
 
 void MainWindow::scanFolders(const QStringList& paths) {
@@ -379,7 +425,28 @@ void MainWindow::scanFolders(const QStringList& paths) {
 void MainWindow::openPaths(const QStringList& paths) {
     if (paths.size() == 1 && paths.first().endsWith(QStringLiteral(".orvanesync")))
         return openProject(paths.first());
-    if (const QStringList cards = folders(paths); !cards.isEmpty()) scanFolders(cards);
+    const QStringList cards = folders(paths);
+    if (cards.size() == paths.size()) {
+        if (!cards.isEmpty()) scanFolders(cards);
+        return;
+    }
+    // A scan of the others would have clips without their sound.
+    if (!cards.isEmpty()) showFolders(cards);
+    QStringList others;
+    for (const QString& path : paths)
+        if (!cards.contains(path)) others << QStringLiteral("“%1”").arg(path);
+    const QString why = tr("No folder and no project: %1. Check the name, and whether the card is connected; "
+                           "nothing is scanned until then.")
+                            .arg(others.join(QStringLiteral(", ")));
+    banner_->show(Signal::missing, why);
+    std::fprintf(stderr, "%s\n", qUtf8Printable(why));
+}
+
+void MainWindow::showFolders(const QStringList& cards) {
+    wantsStart_ = true;
+    start_->takeFolders(cards);
+    showPage();
+    updateActions();
 }
 
 void MainWindow::openProject(const QString& path) {
@@ -451,10 +518,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
         banner_->show(Signal::doubtful, tr("Drop the folders of the cards, or a project file."));
         return;
     }
-    wantsStart_ = true;
-    start_->takeFolders(dropped);
-    showPage();
-    updateActions();
+    showFolders(dropped);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

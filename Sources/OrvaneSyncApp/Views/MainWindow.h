@@ -41,7 +41,7 @@ class MainWindow : public QMainWindow {
     /// Sets the folders and scans them.
     void scanFolders(const QStringList& paths);
     void openProject(const QString& path);
-    /// One project, or folders.
+    /// One project, or folders. What is neither is told of, and nothing is scanned.
     void openPaths(const QStringList& paths);
     // The screens behind the first one are made when they are first asked for: the window is there sooner.
     ResultsView& results();
@@ -65,6 +65,10 @@ class MainWindow : public QMainWindow {
     void leavePlayers();
     void observe();
     void startScan();
+    /// Where the folders that are scanned are those of a session.
+    void offerKnownSession();
+    /// On the start screen, to be scanned from there.
+    void showFolders(const QStringList& cards);
     void showPage();
     /// To the screen in front; of the list its rows have it.
     void takeKeyboard();
@@ -82,6 +86,8 @@ class MainWindow : public QMainWindow {
     void runForClips(std::string_view id);
     /// Doubts that come of it stand above the list.
     void listenToCards();
+    /// When an analysis of several clips has ended: what it could not hear.
+    void tellUnheard();
     bool isPlayingScreen() const { return screen_ != Screen::results; }
     void updateStatus();
     void updateActions();
@@ -115,6 +121,9 @@ class MainWindow : public QMainWindow {
     platform::Subscription reviewObservation_;
     platform::Subscription multicamObservation_;
     bool isUpdateScheduled_ = false;
+    bool isLeavingScan_ = false; ///< for a session that is opened in its place
+    bool wasAnalysing_ = false;
+    int analysedClips_ = 0; ///< of the largest analysis under way
 };
 
 } // namespace orvane::views

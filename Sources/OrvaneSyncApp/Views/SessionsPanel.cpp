@@ -19,6 +19,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <map>
 
 namespace orvane::views {
@@ -32,11 +33,6 @@ constexpr int folderRole = Qt::UserRole + 1;
 constexpr int badgeColumn = 1;
 constexpr int narrowest = 226; // for the words of the presets
 
-QString dayText(Date date) {
-    const auto time = QDateTime::fromMSecsSinceEpoch(date.time_since_epoch().count());
-    return QLocale().toString(time, QLocale::ShortFormat);
-}
-
 JSON sessionArgument(const QString& session) {
     JSON arguments = JSON::object();
     arguments.set("sessionId", utf8(session));
@@ -48,6 +44,11 @@ QString sessionOf(const QTreeWidgetItem* item) { return item->data(0, sessionRol
 std::string folderOf(const QTreeWidgetItem* item) { return utf8(item->data(0, folderRole).toString()); }
 
 } // namespace
+
+QString dayText(Date date) {
+    const auto time = QDateTime::fromMSecsSinceEpoch(date.time_since_epoch().count());
+    return QLocale().toString(time, QLocale::ShortFormat);
+}
 
 /// Says where a session was dropped, and moves nothing itself: the list follows the sessions.
 class SessionsPanel::Tree : public QTreeWidget {
@@ -66,6 +67,10 @@ class SessionsPanel::Tree : public QTreeWidget {
             return true;
         }
         return QTreeWidget::event(event);
+    }
+    /// Names alone are edited.
+    bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override {
+        return QTreeWidget::edit(index.siblingAtColumn(0), trigger, event);
     }
     void dropEvent(QDropEvent* event) override {
         QTreeWidgetItem* target = itemAt(event->position().toPoint());
@@ -139,8 +144,30 @@ void SessionsPanel::fill() {
     }
     isFillAsked_ = false;
     isFilling_ = true;
+    std::vector<std::string> shape = desktop_.sessions().folderNames();
+    for (const SessionInfo& session : desktop_.sessions().sessions())
+        shape.push_back(session.id.text() + session.folder.value_or(""));
+    // An analysis saves with every clip. Rows that were made anew in between would end a double click that
+    // has begun.
+    if (shape != shape_) makeRows();
+    shape_ = std::move(shape);
+    for (const SessionInfo& session : desktop_.sessions().sessions())
+        if (QTreeWidgetItem* item = itemWith(sessionRole, text(session.id.text())))
+            showSession(session, *item);
+    for (const auto& [folder, badge] : badges_) {
+        // A name that was refused goes back.
+        if (QTreeWidgetItem* item = itemWith(folderRole, text(folder))) item->setText(0, text(folder));
+        badge->setText(badgeOf(folder));
+        badge->setAccessibleName(tr("LockitNetwork project of “%1”: %2").arg(text(folder), badge->text()));
+    }
+    empty_->setVisible(desktop_.sessions().sessions().empty());
+    isFilling_ = false;
+}
+
+void SessionsPanel::makeRows() {
     const QTreeWidgetItem* current = tree_->currentItem();
     const QString chosen = current == nullptr ? QString() : sessionOf(current);
+    badges_.clear();
     tree_->clear();
     std::map<std::string, QTreeWidgetItem*> folders;
     for (const std::string& name : desktop_.sessions().folderNames()) folders[name] = addFolder(name);
@@ -151,8 +178,6 @@ void SessionsPanel::fill() {
     if (QTreeWidgetItem* again = chosen.isEmpty() ? nullptr : itemWith(sessionRole, chosen))
         tree_->setCurrentItem(again);
     tree_->setRootIsDecorated(!folders.empty());
-    empty_->setVisible(desktop_.sessions().sessions().empty());
-    isFilling_ = false;
 }
 
 QTreeWidgetItem* SessionsPanel::addFolder(const std::string& name) {
@@ -161,11 +186,11 @@ QTreeWidgetItem* SessionsPanel::addFolder(const std::string& name) {
     item->setIcon(0, icon(Glyph::folder));
     item->setFlags((item->flags() | Qt::ItemIsEditable) & ~Qt::ItemIsDragEnabled);
     item->setExpanded(true);
-    QPushButton* badge = button(badgeOf(name), Weight::quiet);
+    QPushButton* badge = button({}, Weight::quiet);
     badge->setFont(factsFont());
     badge->setObjectName(QStringLiteral("badge ") + text(name));
     badge->setToolTip(tr("Project of LockitNetwork, and prefix of the metadata"));
-    badge->setAccessibleName(tr("LockitNetwork project of “%1”: %2").arg(text(name), badge->text()));
+    badges_[name] = badge;
     connect(badge, &QPushButton::clicked, this, [this, name, badge] { pickProject(name, badge); });
     tree_->setItemWidget(item, badgeColumn, badge);
     return item;
@@ -173,21 +198,25 @@ QTreeWidgetItem* SessionsPanel::addFolder(const std::string& name) {
 
 void SessionsPanel::addSession(const SessionInfo& session, QTreeWidgetItem* folder) {
     auto* item = folder == nullptr ? new QTreeWidgetItem(tree_) : new QTreeWidgetItem(folder);
-    item->setFirstColumnSpanned(true);
-    item->setText(0, text(session.name));
     item->setData(0, sessionRole, text(session.id.text()));
     item->setIcon(0, icon(Glyph::session));
     item->setFlags((item->flags() | Qt::ItemIsEditable) & ~Qt::ItemIsDropEnabled);
-    item->setToolTip(0, tr("%1\n%2 clips, %3 locked\nchanged %4")
-                            .arg(text(session.name))
-                            .arg(session.groupCount)
-                            .arg(session.lockedCount)
-                            .arg(dayText(session.modified)));
-    if (desktop_.sessions().currentSessionId() == session.id) {
-        QFont bold = item->font(0);
-        bold.setBold(true);
-        item->setFont(0, bold);
-    }
+}
+
+void SessionsPanel::showSession(const SessionInfo& session, QTreeWidgetItem& item) {
+    const auto& all = desktop_.sessions().sessions();
+    const bool hasNamesake = std::ranges::count(all, session.name, &SessionInfo::name) > 1;
+    item.setFirstColumnSpanned(!hasNamesake);
+    item.setText(0, text(session.name));
+    item.setText(badgeColumn, hasNamesake ? dayText(session.created) : QString());
+    item.setFont(badgeColumn, factsFont());
+    item.setToolTip(0, tr("%1\n%2 clips, %3 locked\nmade %4\nchanged %5")
+                           .arg(text(session.name), QString::number(session.groupCount),
+                                QString::number(session.lockedCount), dayText(session.created),
+                                dayText(session.modified)));
+    QFont name = item.font(0);
+    name.setBold(desktop_.sessions().currentSessionId() == session.id);
+    item.setFont(0, name);
 }
 
 QString SessionsPanel::badgeOf(const std::string& folder) {
@@ -229,7 +258,14 @@ void SessionsPanel::rename(QTreeWidgetItem* item) {
 }
 
 void SessionsPanel::open(QTreeWidgetItem* item) {
-    if (item != nullptr && isSession(item)) desktop_.run("loadSession", sessionArgument(sessionOf(item)));
+    if (item == nullptr || !isSession(item)) return;
+    // Reading it again would only take the steps that can be undone.
+    const auto& current = desktop_.sessions().currentSessionId();
+    const bool isOpen = current && text(current->text()) == sessionOf(item);
+    if (!isOpen)
+        desktop_.run("loadSession", sessionArgument(sessionOf(item)));
+    else if (whenOpenWorkIsWanted)
+        whenOpenWorkIsWanted();
 }
 
 void SessionsPanel::renamed(QTreeWidgetItem* item) {

@@ -6,6 +6,8 @@
 
 #include <QWidget>
 
+#include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,16 +20,23 @@ namespace orvane::views {
 
 class Remark;
 
+/// Day and time as the language has them, short.
+QString dayText(Date date);
+
 /// The kept sessions in their folders: opened by a double click or Return, renamed in place, dragged into a
 /// folder; the badge of each folder's project of LockitNetwork, and the presets.
 class SessionsPanel : public QWidget {
   public:
     explicit SessionsPanel(Desktop& desktop, QWidget* parent = nullptr);
 
+    std::function<void()> whenOpenWorkIsWanted; ///< the session that is open was opened again
+
   private:
     class Tree;
 
     void fill();
+    void makeRows();
+    void showSession(const SessionInfo& session, QTreeWidgetItem& item);
     QTreeWidgetItem* addFolder(const std::string& name);
     void addSession(const SessionInfo& session, QTreeWidgetItem* folder);
     /// Null where there is none.
@@ -49,6 +58,8 @@ class SessionsPanel : public QWidget {
     Tree* tree_;
     QLabel* empty_;
     Remark* problem_;
+    std::vector<std::string> shape_;             ///< folders, and sessions with theirs, as the rows have them
+    std::map<std::string, QPushButton*> badges_; ///< by folder
     bool isFilling_ = false;
     bool isFillAsked_ = false;                    ///< while a name was typed
     std::vector<LockitProject> projects_;         ///< as far as they are loaded

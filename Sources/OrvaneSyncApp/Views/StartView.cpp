@@ -1,13 +1,12 @@
 #include "OrvaneSyncApp/Views/StartView.h"
 
 #include "OrvaneSyncApp/Views/DemoShoot.h"
+#include "OrvaneSyncApp/Views/SessionsPanel.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QLocale>
 #include <QSettings>
 #include <QVBoxLayout>
 
@@ -154,9 +153,8 @@ void StartView::showRecent() {
         open->setToolTip(tr("Opens the session “%1”").arg(name));
         open->setAccessibleName(tr("Opens the session “%1”").arg(name));
         row->addWidget(open, 1);
-        const auto changed = QDateTime::fromMSecsSinceEpoch(session.modified.time_since_epoch().count());
         QLabel* about = facts(tr("%1, %2 clips, %3 locked")
-                                  .arg(QLocale().toString(changed, QLocale::ShortFormat))
+                                  .arg(dayText(session.modified))
                                   .arg(session.groupCount)
                                   .arg(session.lockedCount));
         if (session.folder) about->setText(text(*session.folder) + QStringLiteral("  ·  ") + about->text());

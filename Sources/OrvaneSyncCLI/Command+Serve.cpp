@@ -102,7 +102,7 @@ std::optional<JSON> progressJSON(const ImportController& controller, ImportField
 }
 
 commands::CommandContext openWork(Context& context, const Arguments& arguments,
-                                  std::shared_ptr<platform::RunLoop> loop) {
+                                  const std::shared_ptr<platform::RunLoop>& loop) {
     ImportController::Dependencies work;
     work.mainThread = loop;
     work.settings = context.settings;

@@ -109,9 +109,10 @@ platform::Task WorkDoubts::deriveOnQueue(std::weak_ptr<const WorkDoubts> weak, s
     auto deriving = platform::onQueue(
         *self->queue_, self->work_.environment.mainThread,
         [source = self->source(), before = self->latest_](const std::stop_token& stop) -> Derived {
-            auto doubts = std::make_shared<const SyncDoubts>(source.doubts(source.files.fileNames(), stop));
+            const auto doubts =
+                std::make_shared<const SyncDoubts>(source.doubts(source.files.fileNames(), stop));
             const bool isOther = *doubts != *before;
-            return {isOther ? std::move(doubts) : before, isOther};
+            return {isOther ? doubts : before, isOther};
         });
     self.reset();
     Derived derived;

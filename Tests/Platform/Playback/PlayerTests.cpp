@@ -403,7 +403,6 @@ TEST_F(PlayerTransport, playsWhatThereIs) {
     advance(0.5);
     EXPECT_EQ(player_->rate(), 0) << "it ends where it begins";
     // A picture without sound, that claims to last longer than it does.
-    const std::string bytes = folder_.read("clip.mov");
     const std::string cut = folder_.path("cut.ts");
     ASSERT_TRUE((NumberedClip{pictureCount, "25", "-c:v libx264 -preset ultrafast -g 25"}.make(cut)));
     std::filesystem::resize_file(cut, std::filesystem::file_size(cut) / 2);

@@ -5,11 +5,9 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <array>
 #include <cassert>
 #include <charconv>
 #include <chrono>
-#include <cstdio>
 #include <exception>
 #include <set>
 #include <utility>
@@ -522,9 +520,10 @@ std::optional<std::string> SessionManager::suggestedSessionName(const UUID& sess
         const std::int64_t number = shootingDayNumber(other.name).value_or(0);
         if (number < std::numeric_limits<std::int64_t>::max()) highest = std::max(highest, number);
     }
-    std::array<char, 32> next{};
-    std::snprintf(next.data(), next.size(), "%03lld", static_cast<long long>(highest + 1));
-    return *named->folder + " DT " + next.data();
+    constexpr std::size_t digits = 3;
+    std::string next = std::to_string(highest + 1);
+    next.insert(0, digits - std::min(digits, next.size()), '0');
+    return *named->folder + " DT " + next;
 }
 
 } // namespace orvane

@@ -18,6 +18,8 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
     shot.videos.back().fileSizeBytes = 0;
     shot.audios = {recordingAt("/S/T1.wav", 35999, 18), recordingAt("/S/T2.wav", 36299, 40),
                    recordingAt("/S/T9.wav", 50000, 3)};
+    shot.audios.emplace_back(FileURL{"/S/T8.wav"}, AssetKind::audio);
+    shot.audios.back().fileSizeBytes = 1000;
     for (const auto& [name, share] : std::map<std::string, double>{
              {"T1.wav", 0.3}, {"T9.wav", 0.5}, {"A3.mov", 0.2}, {"A4.mov", 0}, {"A5.mov", 0}})
         for (auto* files : {&shot.videos, &shot.audios})
@@ -33,7 +35,8 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
                         "it was closed, or not copied to its end | 1",
                         "'A5.mov' is empty | 1",
                         "'T1.wav' ends early: 0:18 of the 1:00 that its header promises are there; likewise "
-                        "1 more file in '/S' | 1"}));
+                        "1 more file in '/S' | 1",
+                        "'T8.wav' can't be read: nothing of it looks like a recording | 0"}));
     const auto& own = shot.doubts.byGroup.at(shot.groups.front().id);
     const auto shortSound = std::ranges::find(own, Kind::shortSound, &SyncDoubt::kind);
     ASSERT_NE(shortSound, own.end());

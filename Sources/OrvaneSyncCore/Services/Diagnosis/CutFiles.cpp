@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+#include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <cstdint>
@@ -11,19 +12,22 @@ namespace orvane {
 namespace {
 
 /// What is known of the length of a file that ends early.
-enum class Known : std::uint8_t { whatIsThere, whatIsPromised, noIndex, isEmpty };
+enum class Known : std::uint8_t { whatIsThere, whatIsPromised, noIndex, isEmpty, nothing };
 
 Known knownOf(const MediaAsset& file) {
     if (file.fileSizeBytes == 0) return Known::isEmpty;
+    if (!file.heldShare) return Known::nothing;
     if (file.kind == AssetKind::audio) return Known::whatIsThere;
     return file.durationSeconds.value_or(0) > 0 ? Known::whatIsPromised : Known::noIndex;
 }
 
 std::string lengthsOf(const MediaAsset& file) {
-    const double length = file.durationSeconds.value_or(0), heldShare = *file.heldShare;
+    const double length = file.durationSeconds.value_or(0), heldShare = file.heldShare.value_or(0);
     switch (knownOf(file)) {
     case Known::isEmpty:
         return " is empty";
+    case Known::nothing:
+        return " can't be read: nothing of it looks like a recording";
     case Known::whatIsThere:
         if (!(heldShare > 0)) return " holds nothing of what its header promises";
         return " ends early: " + clockText(length) + " of the " + clockText(length / heldShare) +
@@ -68,7 +72,8 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
             if (match.audio->heldShare) folderOfFile(*match.audio).clips.insert(i);
     }
     for (const MediaAsset& recording : shoot.input.recordings)
-        if (recording.heldShare) folderOfFile(recording).files.push_back(&recording);
+        if (recording.heldShare || nothingIsKnown(recording))
+            folderOfFile(recording).files.push_back(&recording);
     for (auto& [key, folder] : folders) {
         if (folder.files.empty()) continue;
         const MediaAsset& first = *folder.files.front();

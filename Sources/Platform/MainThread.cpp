@@ -55,47 +55,78 @@ void nameThread(std::thread& thread, const std::string& name) {
     ::pthread_setname_np(thread.native_handle(), name.substr(0, longestName).c_str());
 }
 
-/// A piece of work on a thread of its own, for as long as somebody waits for it and beyond.
-class StoppablePiece {
+/// A thread that does work which may be stopped, one piece after the other, for a queue that waits for each.
+/// A piece that goes on when it is stopped keeps the thread to its end, and the queue goes on with another.
+class StoppableRunner {
   public:
-    explicit StoppablePiece(std::function<void()> work) : work_(std::move(work)) {}
+    StoppableRunner() = default;
+    StoppableRunner(const StoppableRunner&) = delete;
+    StoppableRunner& operator=(const StoppableRunner&) = delete;
+    ~StoppableRunner() = default;
 
-    /// Returns when the work has ended, or was stopped and did not notice in time.
-    static void run(const std::shared_ptr<StoppablePiece>& piece, const std::string& name,
-                    const std::stop_token& stop) {
+    /// Null where there is no thread left.
+    static std::shared_ptr<StoppableRunner> start(const std::string& name) {
+        auto runner = std::make_shared<StoppableRunner>();
         try {
-            std::thread thread([piece] { piece->work(); });
-            nameThread(thread, name);
-            thread.detach();
-        } catch (const std::system_error&) { // no thread left
-            piece->work();
+            runner->thread_ = std::thread([runner] { runner->serve(); });
+        } catch (const std::system_error&) {
+            return nullptr;
         }
-        piece->wait(stop);
+        nameThread(runner->thread_, name);
+        return runner;
+    }
+
+    /// Returns when the work has ended, or was stopped and did not notice in time: false then, and the runner
+    /// takes no more work.
+    bool run(std::function<void()> work, const std::stop_token& stop) {
+        std::unique_lock lock(mutex_);
+        work_ = std::move(work);
+        isBusy_ = true;
+        changed_.notify_all();
+        const auto isDone = [this] { return !isBusy_; };
+        if (changed_.wait(lock, stop, isDone)) return true;
+        if (changed_.wait_for(lock, SerialQueue::patience, isDone)) return true;
+        isAbandoned_ = true;
+        ++abandonedPieces;
+        thread_.detach();
+        return false;
+    }
+    /// Of a runner that is free.
+    void end() {
+        {
+            const std::lock_guard lock(mutex_);
+            isEnding_ = true;
+            changed_.notify_all();
+        }
+        thread_.join();
     }
 
   private:
-    void work() {
-        work_();
-        work_ = nullptr;
-        const std::lock_guard lock(mutex_);
-        isDone_ = true;
-        if (isAbandoned_) --abandonedPieces;
-        changed_.notify_all();
-    }
-    void wait(const std::stop_token& stop) {
+    void serve() {
         std::unique_lock lock(mutex_);
-        const auto isDone = [this] { return isDone_; };
-        if (changed_.wait(lock, stop, isDone)) return;
-        if (changed_.wait_for(lock, SerialQueue::patience, isDone)) return;
-        isAbandoned_ = true;
-        ++abandonedPieces;
+        for (;;) {
+            changed_.wait(lock, [this] { return isBusy_ || isEnding_; });
+            if (!isBusy_) return;
+            auto work = std::exchange(work_, nullptr);
+            lock.unlock();
+            work();
+            work = nullptr; // what it holds goes before anybody is told
+            lock.lock();
+            isBusy_ = false;
+            changed_.notify_all();
+            if (!isAbandoned_) continue;
+            --abandonedPieces;
+            return;
+        }
     }
 
-    std::function<void()> work_;
     std::mutex mutex_;
     std::condition_variable_any changed_;
-    bool isDone_ = false;
+    std::function<void()> work_;
+    bool isBusy_ = false; ///< from when work is given until it has ended
     bool isAbandoned_ = false;
+    bool isEnding_ = false;
+    std::thread thread_;
 };
 
 class ThreadQueue final : public SerialQueue {
@@ -106,13 +137,13 @@ class ThreadQueue final : public SerialQueue {
     ~ThreadQueue() override {
         queue_.stop(WorkQueue::Stop::whenDone);
         thread_.join();
+        if (runner_) runner_->end();
     }
 
     void post(std::function<void()> work, std::stop_token stop) override {
         if (!stop.stop_possible()) return queue_.post(std::move(work));
-        auto piece = std::make_shared<StoppablePiece>(std::move(work));
-        queue_.post([this, piece = std::move(piece), stop = std::move(stop)] {
-            if (!stop.stop_requested()) StoppablePiece::run(piece, label_, stop);
+        queue_.post([this, work = std::move(work), stop = std::move(stop)]() mutable {
+            if (!stop.stop_requested()) run(std::move(work), stop);
         });
     }
     void after(std::chrono::nanoseconds delay, std::function<void()> work) override {
@@ -121,9 +152,16 @@ class ThreadQueue final : public SerialQueue {
     void sync(const std::function<void()>& work) override { queue_.sync(work); }
 
   private:
+    void run(std::function<void()> work, const std::stop_token& stop) {
+        if (!runner_) runner_ = StoppableRunner::start(label_);
+        if (!runner_) return work();
+        if (!runner_->run(std::move(work), stop)) runner_ = nullptr;
+    }
+
     const std::string label_;
     WorkQueue queue_;
-    std::thread thread_; // last: it serves the queue from its first moment
+    std::shared_ptr<StoppableRunner> runner_; ///< used by the thread of the queue; null until work needs it
+    std::thread thread_;                      // last: it serves the queue from its first moment
 };
 
 } // namespace

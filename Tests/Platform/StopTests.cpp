@@ -65,8 +65,22 @@ TEST_F(StoppingTasks, reachesTheWorkThroughTheTasksThatWait) {
     EXPECT_EQ(order, "");
 }
 
-/// A call of the system that hangs holds up neither the operation nor its queue nor the end of both.
+/// A call of the system that hangs holds up neither the operation nor its queue nor the end of both. Pieces
+/// of work share a thread of the queue, but for one that still has work which hangs.
 TEST_F(StoppingTasks, leavesWorkThatHangs) {
+    const auto threadOfNext = [&] {
+        std::thread::id thread;
+        const auto noting = [&]() -> Task {
+            auto piece =
+                onQueue(*queue, main, [&](const std::stop_token&) { thread = std::this_thread::get_id(); });
+            co_await piece;
+        };
+        const Task task = noting();
+        EXPECT_TRUE(main->waitUntil([&] { return task.isDone(); }));
+        return thread;
+    };
+    const std::thread::id before = threadOfNext();
+    EXPECT_EQ(threadOfNext(), before);
     const auto share = std::make_shared<std::binary_semaphore>(0);
     const std::weak_ptr<std::binary_semaphore> kept = share;
     std::binary_semaphore isUnderWay{0};
@@ -84,6 +98,7 @@ TEST_F(StoppingTasks, leavesWorkThatHangs) {
     EXPECT_EQ(endOf(hanging), "cancelled");
     queue->sync([&] { order += "next"; });
     EXPECT_EQ(order, "next");
+    EXPECT_NE(threadOfNext(), before);
     queue.reset();
     EXPECT_TRUE(SerialQueue::hasAbandonedWork());
     share->release();

@@ -57,15 +57,20 @@ std::optional<std::size_t> SyncGroupList::positionOf(const UUID& id) const {
     return std::nullopt;
 }
 
-void SyncGroupList::replace(std::size_t position, Element group) {
+void SyncGroupList::replace(std::size_t position, Element group, OwnChunks* own) {
     const std::size_t chunk = position / chunkSize;
     if (chunk == chunks_.size()) {
         tail_[position % chunkSize] = std::move(group);
         return;
     }
-    auto own = std::make_shared<Chunk>(*chunks_[chunk]);
-    (*own)[position % chunkSize] = std::move(group);
-    chunks_[chunk] = std::move(own);
+    Chunk* target = own ? (*own)[chunk] : nullptr;
+    if (!target) {
+        const auto copy = std::make_shared<Chunk>(*chunks_[chunk]);
+        target = copy.get();
+        chunks_[chunk] = copy;
+        if (own) (*own)[chunk] = target;
+    }
+    (*target)[position % chunkSize] = std::move(group);
 }
 
 } // namespace orvane

@@ -64,6 +64,18 @@ TEST(SyncGroupChanges, nameNoRowTooMany) {
     for (const std::size_t row : {999U, 0U, 64U})
         edited.update(list[row].id, [](SyncGroup& own) { own.isLocked = true; });
     EXPECT_EQ(edited.changesSince(list), (SyncGroupChanges{{}, {}, {}, {0, 64, 999}}));
+    SyncGroupList many = list;
+    many.updateAt({999, 1, 64, 2, 1}, [](SyncGroup& own, std::size_t i) {
+        own.manualAudioOffsetSeconds += static_cast<double>(i);
+        own.isLocked = true;
+    });
+    EXPECT_EQ(many.changesSince(list), (SyncGroupChanges{{}, {}, {}, {1, 2, 64, 999}}));
+    EXPECT_EQ(many[1].manualAudioOffsetSeconds, 1 + 4);
+    const SyncGroupList kept = many;
+    many.updateWhere([](const SyncGroup& group) { return group.isLocked; },
+                     [](SyncGroup& own) { own.isLocked = false; });
+    EXPECT_EQ(many.changesSince(kept), (SyncGroupChanges{{}, {}, {}, {1, 2, 64, 999}}));
+    EXPECT_TRUE(kept[2].isLocked) << "an earlier state stays as it was";
     const auto without = list.filtered([&](const SyncGroup& group) { return group.id != list[3].id; });
     EXPECT_EQ(without.changesSince(list), (SyncGroupChanges{{3}, {}, {}, {}}))
         << "those behind it do not move";

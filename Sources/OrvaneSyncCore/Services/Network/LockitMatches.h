@@ -27,25 +27,33 @@ class LockitLayer {
   public:
     explicit LockitLayer(SyncGroupList before) : before_(std::move(before)) {}
 
-    /// Gives each clip whose file name, exactly, is matched what the answer says, in place of what it had;
-    /// the number of these clips. An answer without a value leaves a clip as it was. Throws Stopped.
-    int lay(SyncGroupList& groups, const ClipMatchResponse& answer, const std::stop_token& stop = {});
+    struct Laid {
+        int updated = 0;      ///< clips that the answer speaks of
+        int withMetadata = 0; ///< clips that have metadata of the service then
+    };
+    /// Gives each clip whose file name, exactly, is matched what the answer says, in place of what it had. An
+    /// answer without a value leaves a clip as it was. Clips that have come to be without what was laid
+    /// before get it again. Throws Stopped.
+    Laid lay(SyncGroupList& groups, const ClipMatchResponse& answer, const std::stop_token& stop = {});
     /// Lays what it knows over clips that have come to be without it.
     void layAgain(SyncGroupList& groups) const;
     /// The same clips as if nothing had been laid over them; what somebody else wrote meanwhile stays.
     SyncGroupList without(SyncGroupList groups) const;
+    /// These clips are as `lay` left them; nobody has edited one since.
+    bool isAsLeft(const SyncGroupList& groups) const { return groups.changesSince(left_).empty(); }
     /// Nothing differs from what there was before.
     bool isEmpty() const { return laid_.empty(); }
 
   private:
     using Fields = std::map<std::string, std::string>;
 
-    void index(const SyncGroupList& groups);
-
     SyncGroupList before_;
-    std::unordered_map<UUID, std::vector<Fields>> laid_;       ///< the newest last; never empty
-    SyncGroupList indexed_;                                    ///< that `places_` are of; as laid over last
-    std::unordered_multimap<std::string, std::size_t> places_; ///< by file name
+    /// What clips were given, the newest last; never empty. A list shares these groups as long as nobody
+    /// edits them.
+    std::unordered_map<UUID, std::vector<SyncGroupList::Element>> laid_;
+    SyncGroupList left_;                                       ///< as laid over last
+    int withMetadata_ = 0;                                     ///< of these
+    std::unordered_multimap<std::string, std::size_t> places_; ///< in these, by file name
 };
 
 /// As `LockitLayer::lay`, for one answer by itself.

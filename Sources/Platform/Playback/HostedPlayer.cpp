@@ -1,5 +1,6 @@
 #include "Platform/InterfaceThread.h"
 #include "Platform/Listeners.h"
+#include "Platform/Playback/DroppedPictures.h"
 #include "Platform/Playback/PictureTrack.h"
 #include "Platform/Playback/Player.h"
 #include "Platform/Playback/PlayerHost.h"
@@ -28,9 +29,6 @@ constexpr double mostReports = 120; ///< a second
 constexpr std::chrono::milliseconds longestStart{400};
 /// After a change of the rate, the decoder comes from the places that the rate before had reached.
 constexpr double settlingSeconds = 0.3;
-/// What is compared with the start of a picture is behind it by that much: it was brought to a frame of the
-/// output.
-constexpr MediaTime slack{1, 100'000};
 
 /// What one thread opened, on its way to another.
 template <class T>
@@ -95,7 +93,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         dropItem();
         item_ = {};
         shown_.reset();
-        dropped_ = 0;
+        dropped_ = {};
         pitch_ = PitchAlgorithm::timeDomain;
     }
 
@@ -187,7 +185,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         if (picture_) picture_->setLimit(limit);
     }
     const std::optional<Picture>& picture() const { return shown_; }
-    std::int64_t droppedPictures() const { return dropped_; }
+    std::int64_t droppedPictures() const { return dropped_.count(); }
     std::vector<ChannelPeak> levels() const { return sound_ ? sound_->levels() : std::vector<ChannelPeak>(); }
 
     Listeners<MediaTime> timeListeners;
@@ -463,7 +461,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         const double heard = host_->heardFrame();
         const MediaTime now = within(position(heard));
         const bool isEnd = heard >= static_cast<double>(motion_.frame) &&
-                           (motion_.rate > 0 ? now + slack >= end() : now <= slack);
+                           (motion_.rate > 0 ? now + pictureTimeSlack >= end() : now <= pictureTimeSlack);
         if (isEnd) {
             const MediaTime last = motion_.rate > 0 ? end() : MediaTime{};
             move({0, last, 0});
@@ -486,26 +484,14 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         auto picture = picture_->shownAt(now, motion_.rate);
         if (!picture) return;
         const bool isOther = !shown_ || shown_->time != picture->time || shown_->size != picture->size;
-        countDropped(now, *picture);
+        const bool isPlaying = motion_.rate != 0 && !isSeeking_ && !isRefreshing_;
+        if (isPlaying && host_->heardFrame() >= countsFrom_)
+            dropped_.playing(*picture, now, motion_.rate);
+        else
+            dropped_.interrupted();
         if (!isOther) return;
         shown_ = std::move(picture);
         pictureListeners.tell();
-    }
-
-    void countDropped(MediaTime now, const Picture& picture) {
-        constexpr double everyPictureUpTo = 2;
-        const bool isPlaying = motion_.rate != 0 && !isSeeking_ && !isRefreshing_;
-        if (!isPlaying || host_->heardFrame() < countsFrom_) {
-            lastPlayed_.reset();
-            return;
-        }
-        const bool isEachDue = std::abs(motion_.rate) <= everyPictureUpTo;
-        if (isEachDue && lastPlayed_)
-            dropped_ += std::max<std::int64_t>(std::abs(picture.number - *lastPlayed_) - 1, 0);
-        else if (!isEachDue && std::abs(motion_.rate) < PictureTrack::keyPicturesFromRate &&
-                 (now + slack < picture.time || now > picture.time + picture.duration))
-            ++dropped_;
-        lastPlayed_ = picture.number;
     }
 
     const std::shared_ptr<PlayerHost> host_;
@@ -533,8 +519,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
     bool isRefreshing_ = false; ///< the picture of `seekNumber_` is not there yet
     std::function<void(bool)> completed_;
     std::optional<Picture> shown_;
-    std::optional<std::int64_t> lastPlayed_; ///< number of the picture shown last while playing
-    std::int64_t dropped_ = 0;
+    DroppedPictures dropped_;
     double countsFrom_ = 0; ///< frame of the output from which pictures can be late
 
     // Last: what they run may come back here until they are gone.

@@ -63,7 +63,7 @@ class VideoEngineTest : public testing::Test {
     std::shared_ptr<VideoEngine> engine_;
 };
 
-TEST_F(VideoEngineTest, theShuttleClimbsOneLadderAndTurnsAtNormalSpeed) {
+TEST_F(VideoEngineTest, eachPressRaisesTheSpeedAndTheOtherDirectionBeginsAtNormalSpeed) {
     struct Case {
         std::string_view keys;
         double rate;

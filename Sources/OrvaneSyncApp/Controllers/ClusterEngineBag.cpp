@@ -136,8 +136,8 @@ void ClusterEngineBag::pauseAll() {
 void ClusterEngineBag::press(bool isForward) {
     const auto leader = leaderID();
     if (!leader) return;
-    const std::size_t rung = VideoEngine::rungAfter(engines_.at(*leader)->jklSpeedIndex(), isForward);
-    for (const auto& [id, engine] : engines_) engine->shuttle(rung);
+    const ShuttleSpeed speed = engines_.at(*leader)->speed().after(isForward);
+    for (const auto& [id, engine] : engines_) engine->shuttle(speed);
 }
 
 void ClusterEngineBag::stepAll(int frames, bool playBlip) {

@@ -21,13 +21,6 @@ std::function<std::unique_ptr<platform::AudioFile>()> opener(const std::optional
     return [sound = *sound] { return openTake(sound).audio; };
 }
 
-std::string labelOf(float speed) {
-    if (speed == 0) return "STOP";
-    const std::string arrow = speed > 0 ? "▶" : "◀";
-    const int magnitude = static_cast<int>(std::abs(speed));
-    return magnitude == 1 ? arrow : arrow + " " + std::to_string(magnitude) + "×";
-}
-
 } // namespace
 
 std::shared_ptr<VideoEngine> VideoEngine::create(Dependencies dependencies) {
@@ -134,7 +127,7 @@ void VideoEngine::unload() {
     forgetSeek();
     isSlowMotionScrubbing_ = isDucking_ = false;
     savedPlayheadBeforeSkim_.reset();
-    jklSpeedIndex_ = stopIndex;
+    speed_ = {};
     if (loop_ != LoopState()) {
         loop_ = {};
         tell(VideoEngineField::loop);
@@ -194,7 +187,7 @@ void VideoEngine::endReported() {
         return play();
     }
     isSlowMotionScrubbing_ = false;
-    setRung(stopIndex);
+    setSpeed({});
     if (!isSkimming() && !seekingTo_) setPlayhead(player_->currentTime());
 }
 
@@ -213,7 +206,7 @@ void VideoEngine::start(const std::optional<HostStart>& at) {
     isSlowMotionScrubbing_ = false;
     if (blips_) blips_->silence();
     apply(AudioRenderPlan::normalSpeed);
-    setRung(stopIndex + 1);
+    setSpeed(ShuttleSpeed::normal());
     setPlaying(true);
     if (!at) return player_->setRate(1);
     forgetSeek();
@@ -234,7 +227,7 @@ void VideoEngine::pause(bool silenceAudio) {
         seekPlayer(playhead_.time);
     }
     setPlaying(false);
-    setRung(stopIndex);
+    setSpeed({});
     if (silenceAudio) apply(AudioRenderPlan::silent);
 }
 
@@ -308,19 +301,13 @@ MediaTime VideoEngine::position() const {
     return blipReturnsTo_ ? *blipReturnsTo_ : player_->currentTime();
 }
 
-std::size_t VideoEngine::rungAfter(std::size_t rung, bool isForward) {
-    if (isForward) return rung < stopIndex ? stopIndex + 1 : std::min(rung + 1, jklSpeeds.size() - 1);
-    return rung > stopIndex ? stopIndex - 1 : rung - std::min<std::size_t>(rung, 1);
-}
-
-void VideoEngine::shuttle(std::size_t rung) {
+void VideoEngine::shuttle(ShuttleSpeed speed) {
     assertOnMainThread();
     if (!transport_.isLoaded) return;
     noteUserMoved();
     isSlowMotionScrubbing_ = false;
-    const float speed = jklSpeeds[rung];
-    setRung(rung);
-    run(speed, ShuttleAudioEngine::planForShuttleRate(speed));
+    setSpeed(speed);
+    run(speed.rate(), ShuttleAudioEngine::planForShuttleRate(speed.rate()));
 }
 
 void VideoEngine::slowMotionScrub(bool forward) {
@@ -328,7 +315,7 @@ void VideoEngine::slowMotionScrub(bool forward) {
     if (!transport_.isLoaded) return;
     noteUserMoved();
     isSlowMotionScrubbing_ = true;
-    setRung(stopIndex);
+    setSpeed({});
     setLabel(forward ? "▶ SLOW" : "◀ SLOW");
     run(forward ? slowMotionRate : -slowMotionRate, AudioRenderPlan::slowMotion);
 }
@@ -470,9 +457,9 @@ void VideoEngine::soundChanged() {
 
 // What is observed
 
-void VideoEngine::setRung(std::size_t index) {
-    jklSpeedIndex_ = index;
-    setLabel(labelOf(jklSpeeds[index]));
+void VideoEngine::setSpeed(ShuttleSpeed speed) {
+    speed_ = speed;
+    setLabel(speed.label());
 }
 
 void VideoEngine::setLabel(std::string label) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/AudioLevelProvider.h"
+#include "OrvaneSyncApp/Controllers/ShuttleSpeed.h"
 #include "OrvaneSyncApp/Controllers/VideoEngineState.h"
 #include "OrvaneSyncCore/Models/FileURL.h"
 #include "OrvaneSyncCore/Services/Playback/FrameBlips.h"
@@ -12,9 +13,7 @@
 #include "Platform/Playback/Player.h"
 #include "Platform/Task.h"
 
-#include <array>
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -101,13 +100,10 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     void moveTo(double seconds);
     /// With `playBlip` the frame that is reached is heard, where there is sound.
     void stepFrames(std::int64_t count, bool playBlip);
-    void pressJ() { shuttle(rungAfter(jklSpeedIndex_, false)); }
-    void pressL() { shuttle(rungAfter(jklSpeedIndex_, true)); }
-    /// At a speed of the ladder.
-    void shuttle(std::size_t rung);
-    std::size_t jklSpeedIndex() const { return jklSpeedIndex_; }
-    /// The rung that a press leads to: one on, and from the other direction to normal speed.
-    static std::size_t rungAfter(std::size_t rung, bool isForward);
+    void pressJ() { shuttle(speed_.after(false)); }
+    void pressL() { shuttle(speed_.after(true)); }
+    void shuttle(ShuttleSpeed speed);
+    ShuttleSpeed speed() const { return speed_; } ///< of the keys J and L
     void slowMotionScrub(bool forward);
     /// Plays so many frames either side again and again.
     void setLoopRegion(double aroundSeconds, int frames);
@@ -133,8 +129,6 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     /// Ends when the picture of the newest seek is shown.
     platform::Task shown();
 
-    static constexpr std::array<float, 13> jklSpeeds{-32, -16, -8, -4, -2, -1, 0, 1, 2, 4, 8, 16, 32};
-    static constexpr std::size_t stopIndex = 6;
     static constexpr double slowMotionRate = 0.25;
     /// How long a frame is heard through the player.
     static constexpr std::chrono::milliseconds legacyBlipHold{220};
@@ -166,7 +160,7 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     void endBlip();
     std::optional<TakeSound> audioSource() const;
     void soundChanged();
-    void setRung(std::size_t index);
+    void setSpeed(ShuttleSpeed speed);
     void setLabel(std::string label);
     void setPlayhead(platform::MediaTime time);
     void setPlaying(bool isPlaying);
@@ -192,7 +186,7 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     std::optional<TakeSound> audio_;
     std::optional<FileURL> mixdown_;
     std::optional<TakeSound> appliedSound_; ///< that the player has
-    std::size_t jklSpeedIndex_ = stopIndex;
+    ShuttleSpeed speed_;
     bool isSlowMotionScrubbing_ = false;
     std::optional<platform::MediaTime> savedPlayheadBeforeSkim_; ///< while the pointer skims
     bool userHasMovedPlayhead_ = false;

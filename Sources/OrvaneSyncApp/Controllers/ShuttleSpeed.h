@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace orvane {
+
+/// A speed that the keys J and L reach: at rest, or 1, 2, 4, 8, 16 or 32 times forwards or backwards.
+class ShuttleSpeed {
+  public:
+    ShuttleSpeed() = default; ///< at rest
+    static ShuttleSpeed normal() { return ShuttleSpeed().after(true); }
+
+    /// Negative: backwards.
+    float rate() const;
+    /// Where a press leads: to the next one, and from the other direction to normal speed.
+    ShuttleSpeed after(bool isForward) const;
+    /// Such as "▶ 2×"; "STOP" at rest.
+    std::string label() const;
+
+  private:
+    static constexpr std::size_t rest = 6;
+    std::size_t index_ = rest; ///< in the list of all speeds, ascending
+};
+
+} // namespace orvane

@@ -30,7 +30,7 @@ std::vector<std::string> SessionManager::folderNames() const {
     std::set<std::string> names;
     for (const SessionInfo& info : sessions_)
         if (info.folder) names.insert(*info.folder);
-    for (const FolderInfo& folder : folderInfos_) names.insert(folder.name);
+    for (const FolderInfo& folder : folders_.all()) names.insert(folder.name);
     return {names.begin(), names.end()};
 }
 
@@ -44,22 +44,22 @@ bool SessionManager::createFolder(std::string_view name) {
     return true;
 }
 
-bool SessionManager::renameFolder(const std::string& from, std::string_view to) {
+bool SessionManager::renameFolder(std::string from, std::string_view to) {
     assertOnMainThread();
-    const std::string old = from, name(platform::text::trimmed(to));
+    const std::string name(platform::text::trimmed(to));
     loadSessionList(); // another process may have put sessions there
     const auto taken = folderNames();
-    if (name.empty() || name == old || std::ranges::find(taken, name) != taken.end()) return false;
-    changeFolders([old, name](std::vector<FolderInfo>& folders) {
+    if (name.empty() || name == from || std::ranges::find(taken, name) != taken.end()) return false;
+    std::vector<UUID> moved;
+    for (const SessionInfo& info : sessions_)
+        if (info.folder == from) moved.push_back(info.id);
+    changeFolders([old = std::move(from), name](std::vector<FolderInfo>& folders) {
         FolderInfo* existing = entry(folders, old);
         if (existing != nullptr && entry(folders, name) == nullptr)
             existing->name = name;
         else
             entryMade(folders, name);
     });
-    std::vector<UUID> moved;
-    for (const SessionInfo& info : sessions_)
-        if (info.folder == old) moved.push_back(info.id);
     for (const UUID& id : moved) persistRecord(id, {.folder = name});
     return true;
 }
@@ -72,11 +72,6 @@ void SessionManager::deleteEmptyFolder(const std::string& name) {
     changeFolders([name](std::vector<FolderInfo>& folders) {
         std::erase_if(folders, [&](const FolderInfo& folder) { return folder.name == name; });
     });
-}
-
-const FolderInfo* SessionManager::folderInfo(std::string_view name) const {
-    const auto found = std::ranges::find(folderInfos_, name, &FolderInfo::name);
-    return found == folderInfos_.end() ? nullptr : &*found;
 }
 
 void SessionManager::setLockitProject(const std::string& folder, std::optional<std::string> projectID) {
@@ -122,44 +117,20 @@ void SessionManager::changeFolder(const std::string& name, std::function<void(Fo
     });
 }
 
-/// A change that can't be written holds here all the same, and is tried again.
 void SessionManager::changeFolders(SessionStore::FolderChange change) {
-    change(folderInfos_);
-    sortByName(folderInfos_);
-    unsavedFolderChanges_.push_back(std::move(change));
+    folders_.change(std::move(change));
     writeFolderChanges();
     notify(SessionField::folderInfos);
 }
 
-/// As it now is on the disk, with what is not there yet. A list that can't be read is no reason to forget
-/// one.
 void SessionManager::loadFolderInfos() {
-    const platform::MayBlock record;
-    auto stored = store_.readFolderInfos();
-    std::vector<FolderInfo> folders = stored.problem ? folderInfos_ : std::move(*stored.record);
-    for (const auto& unsaved : unsavedFolderChanges_) unsaved(folders);
-    sortByName(folders);
-    if (stored.problem || folderListProblem_) folderListProblem_ = std::move(stored.problem);
-    if (std::exchange(folderInfos_, folders) != folders) notify(SessionField::folderInfos);
+    if (folders_.load()) notify(SessionField::folderInfos);
     reportProblem();
 }
 
 void SessionManager::writeFolderChanges() {
-    const platform::MayBlock record;
-    if (unsavedFolderChanges_.empty()) return;
-    const auto changeAll = [this](std::vector<FolderInfo>& folders) {
-        for (const auto& unsaved : unsavedFolderChanges_) unsaved(folders);
-    };
-    try {
-        auto changed = store_.changeFolderInfos(folderInfos_, changeAll);
-        folderInfos_ = std::move(changed.record);
-        unsavedFolderChanges_.clear();
-        folderFailure_.reset();
-        folderListProblem_.reset();
-        if (changed.kept) reportKeptFiles({*changed.kept});
-    } catch (const platform::FileError& error) {
-        folderFailure_ = std::string("folders.json: ") + error.what();
-    }
+    if (folders_.isWritten()) return;
+    if (const auto kept = folders_.write()) reportKeptFiles({*kept});
     reportFailures();
 }
 

@@ -86,7 +86,7 @@ std::optional<std::string> SessionManager::saveError(const UUID& sessionId) cons
 }
 
 void SessionManager::reportFailures() {
-    std::optional<std::string> failure = folderFailure_;
+    std::optional<std::string> failure = folders_.writeFailure();
     if (!failures_.empty()) failure = failures_.begin()->second;
     if (failure) platform::logError("Session save failed: " + *failure);
     if (failure == lastSaveError_) return;

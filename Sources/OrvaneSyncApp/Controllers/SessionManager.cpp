@@ -448,8 +448,8 @@ void SessionManager::reportKeptFiles(const std::vector<std::string>& kept) {
 
 void SessionManager::reportProblem() {
     std::vector<std::string> parts;
-    for (const auto* part : {&folderListProblem_, &openingProblem_, &deletionProblem_, &keptProblem_})
-        if (*part) parts.push_back(**part);
+    for (const auto& part : {folders_.readProblem(), openingProblem_, deletionProblem_, keptProblem_})
+        if (part) parts.push_back(*part);
     const auto text = parts.empty() ? std::nullopt : std::optional(platform::text::joined(parts, "; "));
     if (problem_ == text) return;
     problem_ = text;

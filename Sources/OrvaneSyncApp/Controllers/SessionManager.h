@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/Controllers/SessionFolderList.h"
 #include "OrvaneSyncApp/Controllers/SessionWriting.h"
 #include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
 #include "Platform/Listeners.h"
@@ -49,11 +50,11 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     /// another program has deleted the session, or which file was kept.
     const std::optional<std::string>& problem() const { return problem_; }
     /// What the last writing of the list of folders failed at; absent once it is written.
-    const std::optional<std::string>& folderListError() const { return folderFailure_; }
+    const std::optional<std::string>& folderListError() const { return folders_.writeFailure(); }
     /// What the last writing of this session failed at; absent once it is written.
     std::optional<std::string> saveError(const UUID& sessionId) const;
     /// Sorted by name.
-    const std::vector<FolderInfo>& folderInfos() const { return folderInfos_; }
+    const std::vector<FolderInfo>& folderInfos() const { return folders_.all(); }
 
     /// Calls back after every change, on the interface thread.
     platform::Subscription onChange(std::function<void(SessionField)> callback);
@@ -113,11 +114,11 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     /// False for a blank name or one that is taken.
     bool createFolder(std::string_view name);
     /// Its sessions move along. False for a blank name or one that is taken.
-    bool renameFolder(const std::string& from, std::string_view to);
+    bool renameFolder(std::string from, std::string_view to);
     /// Nothing while a session lies in it.
     void deleteEmptyFolder(const std::string& name);
     /// Null when there is none.
-    const FolderInfo* folderInfo(std::string_view name) const;
+    const FolderInfo* folderInfo(std::string_view name) const { return folders_.find(name); }
     void setLockitProject(const std::string& folder, std::optional<std::string> projectID);
     void setMetadataPrefix(const std::string& folder, std::optional<std::string> prefix);
     /// Blank: none.
@@ -197,15 +198,11 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     std::optional<UUID> currentSessionId_;
     std::optional<std::string> lastSaveError_;
     std::optional<std::string> problem_;
-    // Of which the problem is put together.
-    std::optional<std::string> folderListProblem_;
+    // Of which the problem is put together, with that of the list of folders.
     std::optional<std::string> openingProblem_; ///< what of the open session could not be read
     std::optional<std::string> deletionProblem_;
     std::optional<std::string> keptProblem_; ///< the files that were kept last
-    std::vector<FolderInfo> folderInfos_;
-    /// Changes of the folders that are not on the disk yet.
-    std::vector<SessionStore::FolderChange> unsavedFolderChanges_;
-    std::optional<std::string> folderFailure_;
+    SessionFolderList folders_{store_};
 
     std::weak_ptr<ImportController> autosaveController_;
     platform::Subscription controllerObservation_;
@@ -224,7 +221,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     std::map<UUID, Unwritten> unwritten_;
     std::map<UUID, std::string> failures_; ///< of sessions in `unwritten_`
     // Of the open session, as this process last read or wrote them.
-    SessionFolders knownFolders_;
+    SessionFolders knownFolders_; ///< of media
     WildTracksChange::Tracks knownWildTracks_;
     bool areFoldersUnreadable_ = false; ///< those of the open session
     std::vector<std::string> keptWhileOpening_;

@@ -22,7 +22,7 @@ constexpr int channels = 8;
 constexpr int steps = 50;
 
 /// Moves on by more than any window whenever it is asked, so that every edit is a step of its own.
-class HastyClock final : public platform::Clock {
+class FastClock final : public platform::Clock {
   public:
     std::chrono::nanoseconds now() const override { return now_ += 2s; }
     std::chrono::sys_time<std::chrono::milliseconds> date() const override { return {}; }
@@ -38,7 +38,7 @@ class EditedWork {
         ImportController::Dependencies dependencies;
         dependencies.mainThread = platform::RunLoop::create();
         dependencies.settings = std::make_shared<platform::MemorySettingsStore>();
-        dependencies.clock = std::make_shared<HastyClock>();
+        dependencies.clock = std::make_shared<FastClock>();
         controller = ImportController::create(std::move(dependencies));
         SyncGroupList groups = matchedGroups(count, channels);
         groups.updateWhere([](const SyncGroup&) { return true; },

@@ -8,17 +8,16 @@
 
 // Faults of the libraries themselves that stay within the helper's memory: libvorbis leaves one block behind
 // for each damaged stream of libsndfile's.
-extern "C" const char* __lsan_default_suppressions() { // NOLINT: the sanitizer's own name
-    return "leak:libvorbis.so\n";
-}
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the sanitizer calls it by this name
+extern "C" const char* __lsan_default_suppressions() { return "leak:libvorbis.so\n"; }
 
 // A file of any bytes through the media libraries, as their helper process reads it.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvane;
     platform::silenceLibav();
     const fuzz::MemoryFile file(data, size);
-    bool isHindered = false;
-    platform::inspectWithLibav(file.path(), isHindered);
+    bool ranOut = false;
+    platform::inspectWithLibav(file.path(), ranOut);
     auto tracks = platform::openTracksWithLibav(file.path());
     tracks.push_back(platform::openWithSndfile(file.path()));
     for (const auto& track : tracks)

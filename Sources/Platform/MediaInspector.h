@@ -65,9 +65,9 @@ struct MediaInspection {
 /// nobody can read it. Throws nothing but std::bad_alloc; any thread. `path` is in the bytes of the file
 /// system.
 std::optional<MediaInspection> inspectMedia(const std::string& path);
-/// The same on a file that is open already, so that one probe opens it once. `hindered` is set when the
+/// The same on a file that is open already, so that one probe opens it once. `ranOut` is set when the
 /// result depends on the moment: the media library was needed and is missing, or ran out of time or memory.
-std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAccessFile& file, bool& hindered);
+std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAccessFile& file, bool& ranOut);
 /// What our own readers can tell, without the path and without a media library.
 std::optional<MediaInspection> inspectMediaHeaders(RandomAccessFile& file);
 

@@ -22,7 +22,7 @@ double linear(double decibels) { return std::pow(10, decibels / 20); }
 Sound spoken(const std::string& folder, const std::string& voice, const std::string& sentence) {
     const std::string path = folder + "/" + voice.substr(voice.find('+') + 1) + ".wav";
     const std::string command = "espeak-ng -v " + voice + " -w '" + path + "' '" + sentence + "'";
-    if (std::system(command.c_str()) != 0) throw std::runtime_error("espeak-ng is not installed"); // NOLINT
+    if (std::system(command.c_str()) != 0) throw std::runtime_error("espeak-ng is not installed");
     const auto file = platform::AudioFile::open(path);
     if (!file || file->sampleRate() != sampleRate)
         throw std::runtime_error("espeak-ng speaks at another rate");
@@ -198,10 +198,10 @@ TEST_F(SpokenTakeTest, saysWhatSmartAudioDidNotHear) {
                           runWith({"scan", shoot, "--no-cache", "--set", "smartAudioMode=standard"}),
                           *runWith(inJSON).json().find("smartAudio"));
     };
-    const auto check = [&](const char* trouble, const std::vector<Microphone>& microphones,
+    const auto check = [&](const char* name, const std::vector<Microphone>& microphones,
                            const std::function<void(std::string & wave)>& harm, const char* warning,
                            const char* count) {
-        SCOPED_TRACE(trouble);
+        SCOPED_TRACE(name);
         makeTake(1, microphones);
         if (harm) {
             std::string wave = folder_.read("shoot/T01.WAV");

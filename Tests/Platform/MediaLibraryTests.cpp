@@ -34,7 +34,7 @@ std::string aiff(int channels, const std::vector<int>& samples) {
 
 /// Makes a file with the media tools that the build installs.
 bool makeWithTool(const std::string& arguments) {
-    return std::system(("ffmpeg -nostdin -v error -y " + arguments + " 2>/dev/null").c_str()) == 0; // NOLINT
+    return std::system(("ffmpeg -nostdin -v error -y " + arguments + " 2>/dev/null").c_str()) == 0;
 }
 
 std::vector<float> readAll(platform::AudioFile& file, int channel, std::size_t block) {
@@ -74,24 +74,24 @@ TEST(MediaLibrary, tellsWhenItsAnswerDependsOnTheMoment) {
         made.inspect = inspect;
         return []() -> const platform::MediaLibrary* { return &made; };
     };
-    const auto isHindered = [](const platform::MediaLibrary* (*fetch)(), const std::string& bytes) {
-        bool hindered = false;
+    const auto runsOut = [](const platform::MediaLibrary* (*fetch)(), const std::string& bytes) {
+        bool ranOut = false;
         auto file = platform::RandomAccessFile::overBytes(std::as_bytes(std::span(bytes)));
-        platform::inspectMediaWith(fetch, "", file, hindered);
-        return hindered;
+        platform::inspectMediaWith(fetch, "", file, ranOut);
+        return ranOut;
     };
     using Result = std::optional<platform::MediaInspection>;
     const auto ready = library([](const std::string&, bool&) noexcept { return Result(); });
-    const auto slow = library([](const std::string&, bool& hindered) noexcept {
-        hindered = true;
+    const auto slow = library([](const std::string&, bool& ranOut) noexcept {
+        ranOut = true;
         return Result(platform::MediaInspection());
     });
     const auto missing = []() -> const platform::MediaLibrary* { return nullptr; };
-    EXPECT_FALSE(isHindered(ready, "what is this"));
-    EXPECT_TRUE(isHindered(slow, "what is this"));
-    EXPECT_TRUE(isHindered(missing, "what is this"));
-    EXPECT_FALSE(isHindered(missing, "")) << "an empty file needs no library";
-    EXPECT_FALSE(isHindered(missing, MovieMaker().video({}).bytes()));
+    EXPECT_FALSE(runsOut(ready, "what is this"));
+    EXPECT_TRUE(runsOut(slow, "what is this"));
+    EXPECT_TRUE(runsOut(missing, "what is this"));
+    EXPECT_FALSE(runsOut(missing, "")) << "an empty file needs no library";
+    EXPECT_FALSE(runsOut(missing, MovieMaker().video({}).bytes()));
 }
 
 TEST(MediaLibrary, inspectsWhatOurOwnWalksDoNot) {

@@ -179,7 +179,7 @@ TEST(MediaMovie, addsUpFragments) {
         fragment(fullAtom("tfhd", be32(1) + be32(1) + be32(4), 0, 0x0A), fullAtom("trun", be32(50)));
     const std::string timed = fragment(
         plain, fullAtom("trun", be32(2) + be32(0) + be32(3) + be32(9) + be32(3) + be32(9), 0, 0x301));
-    const std::string liar = fragment(plain, fullAtom("trun", be32(0xFFFFFFFF) + be32(3), 0, 0x100));
+    const std::string wrongCount = fragment(plain, fullAtom("trun", be32(0xFFFFFFFF) + be32(3), 0, 0x100));
     const std::string reference = be32(9) + be32(100) + be32(0);
     const auto index = [&reference](std::uint64_t claimed, int references, const std::string& nested = "") {
         return fullAtom("sidx", be32(1) + be32(50) + be64(0) + be16(0) + be16(claimed) + nested +
@@ -190,7 +190,7 @@ TEST(MediaMovie, addsUpFragments) {
     check("durations of the fragment", movie(0, 0, 0).trailingAtom(own), "4 s, avc1 1920x1080 12.5 fps");
     check("durations of each sample", movie(0, 0, 0).trailingAtom(timed),
           "0.12 s, avc1 1920x1080 16.66667 fps");
-    check("more samples than there is room for", movie(0, 0, 0).trailingAtom(liar),
+    check("more samples than there is room for", movie(0, 0, 0).trailingAtom(wrongCount),
           "0.06 s, avc1 1920x1080 16.66667 fps");
     check("the whole duration stands in the header", movie(0, 9000, 0).trailingAtom(defaults),
           "9 s, avc1 1920x1080 25 fps");

@@ -72,7 +72,7 @@ TEST(XMLStreamParser, entitiesNeitherReachFilesNorExplode) {
 }
 
 TEST(XMLStreamParser, anExceptionOfTheHandlerPassesThrough) {
-    struct Thrower : Recorder {
+    struct ThrowingRecorder : Recorder {
         void startElement(std::string_view) override { throw std::runtime_error("enough"); }
     } thrower;
     EXPECT_THROW(parseXMLStream("<a><b/></a>", thrower), std::runtime_error);

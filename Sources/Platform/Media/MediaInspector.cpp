@@ -12,12 +12,12 @@ namespace orvane::platform {
 namespace {
 
 std::optional<MediaInspection> inspectWithLibrary(const MediaLibrary* library, const std::string& path,
-                                                  bool& hindered) {
+                                                  bool& ranOut) {
     if (library == nullptr) {
-        hindered = true;
+        ranOut = true;
         return std::nullopt;
     }
-    auto result = library->inspect(path, hindered);
+    auto result = library->inspect(path, ranOut);
     if (!result) return result;
     for (MediaMetadataItem& item : result->metadata) {
         item.key = text::validUTF8(item.key);
@@ -63,17 +63,17 @@ std::optional<MediaInspection> inspectMediaHeaders(RandomAccessFile& file) {
     return inspectHeaders(file).facts;
 }
 
-std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAccessFile& file, bool& hindered) {
-    return inspectMediaWith(mediaLibrary, path, file, hindered);
+std::optional<MediaInspection> inspectMedia(const std::string& path, RandomAccessFile& file, bool& ranOut) {
+    return inspectMediaWith(mediaLibrary, path, file, ranOut);
 }
 
 std::optional<MediaInspection> inspectMediaWith(const MediaLibrary* (*library)(), const std::string& path,
-                                                RandomAccessFile& file, bool& hindered) {
+                                                RandomAccessFile& file, bool& ranOut) {
     OwnInspection own = inspectHeaders(file);
     if (own.isComplete) return std::move(own.facts);
     // No container has an empty header, and an empty file should not cost the loading of the library.
     if (file.size() == 0) return std::nullopt;
-    auto result = inspectWithLibrary(library(), path, hindered);
+    auto result = inspectWithLibrary(library(), path, ranOut);
     if (!own.facts && !result)
         if (const auto share = heldShareOfMovie(file)) {
             MediaInspection cut;
@@ -87,8 +87,8 @@ std::optional<MediaInspection> inspectMediaWith(const MediaLibrary* (*library)()
 std::optional<MediaInspection> inspectMedia(const std::string& path) {
     auto file = RandomAccessFile::open(path);
     if (!file) return std::nullopt;
-    bool hindered = false;
-    return inspectMedia(path, *file, hindered);
+    bool ranOut = false;
+    return inspectMedia(path, *file, ranOut);
 }
 
 std::vector<std::string> decodableCodecs(const std::vector<std::string>& codecs) {

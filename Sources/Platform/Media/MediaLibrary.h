@@ -14,8 +14,8 @@ namespace orvane::platform {
 /// thread. Paths are in the bytes of the file system.
 struct MediaLibrary {
     /// Nothing when no library can read the file. Texts are as they stand in the file, maybe no UTF-8.
-    /// `hindered` is set when time or memory ran out, and another attempt may tell more.
-    std::optional<MediaInspection> (*inspect)(const std::string& path, bool& hindered) noexcept = nullptr;
+    /// `ranOut` is set when time or memory ran out, and another attempt may tell more.
+    std::optional<MediaInspection> (*inspect)(const std::string& path, bool& ranOut) noexcept = nullptr;
     std::unique_ptr<AudioFile> (*openAudio)(const std::string& path) noexcept = nullptr;
     /// Every sound track by itself, in the order of the file; those that cannot be decoded are left out.
     std::vector<std::unique_ptr<AudioFile>> (*openAudioTracks)(const std::string& path) noexcept = nullptr;

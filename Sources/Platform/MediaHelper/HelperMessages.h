@@ -44,7 +44,7 @@ enum class Purpose : std::uint8_t { sound, pictures };
 constexpr const char* picturesArgument = "pictures";
 
 struct Inspected {
-    bool isHindered = false;
+    bool ranOut = false;
     std::optional<MediaInspection> facts;
 };
 
@@ -153,7 +153,7 @@ void exchange(Archive& archive, MediaInspection& facts) {
 }
 template <class Archive>
 void exchange(Archive& archive, Inspected& answer) {
-    archive(answer.isHindered, answer.facts);
+    archive(answer.ranOut, answer.facts);
 }
 template <class Archive>
 void exchange(Archive& archive, About& about) {

@@ -17,7 +17,7 @@
 #include <unistd.h>
 #include <utility>
 
-extern char** environ; // NOLINT: the system's own name
+extern char** environ;
 
 namespace orvane::platform::helper {
 
@@ -40,7 +40,7 @@ Pool& pool() {
     return pool;
 }
 
-void buryEnded() {
+void reapEnded() {
     const std::lock_guard lock(pool().mutex);
     std::erase_if(pool().ended, [](pid_t process) { return ::waitpid(process, nullptr, WNOHANG) != 0; });
 }
@@ -150,7 +150,7 @@ std::unique_ptr<Process> Process::takeFree(Purpose purpose) {
 }
 
 std::shared_ptr<Process> Process::borrow(Purpose purpose) {
-    buryEnded();
+    reapEnded();
     auto process = takeFree(purpose);
     while (process && !process->isAlive()) process = takeFree(purpose);
     if (!process) process = start(purpose);
@@ -222,7 +222,7 @@ void Process::end() {
         const std::lock_guard lock(pool().mutex);
         pool().ended.push_back(process_);
     }
-    buryEnded();
+    reapEnded();
 }
 
 std::optional<std::string> Process::ask(const std::string& request) {

@@ -86,19 +86,19 @@ class HelperAudio final : public AudioFile {
     EarliestFrame failure_;
 };
 
-std::optional<MediaInspection> inspect(const std::string& path, bool& hindered) noexcept {
+std::optional<MediaInspection> inspect(const std::string& path, bool& ranOut) noexcept {
     try {
         const auto process = Process::borrow();
         if (!process) {
-            hindered = true;
+            ranOut = true;
             return std::nullopt;
         }
         auto answer = process->ask<helper::Inspected>(Request::inspect, path);
         // A file over which the helper ended will end the next one, too.
-        hindered = hindered || (answer ? answer->isHindered : process->wasTooSlow());
+        ranOut = ranOut || (answer ? answer->ranOut : process->wasTooSlow());
         return answer ? std::move(answer->facts) : std::nullopt;
     } catch (...) { // out of memory
-        hindered = true;
+        ranOut = true;
         return std::nullopt;
     }
 }

@@ -12,6 +12,6 @@ const MediaLibrary* mediaLibrary();
 
 /// `inspectMedia` with a library that is only fetched when it is needed.
 std::optional<MediaInspection> inspectMediaWith(const MediaLibrary* (*library)(), const std::string& path,
-                                                RandomAccessFile& file, bool& hindered);
+                                                RandomAccessFile& file, bool& ranOut);
 
 } // namespace orvane::platform

@@ -110,9 +110,9 @@ class Helper {
     static std::string inspect(const std::string& path) {
         helper::Inspected result;
         try {
-            result.facts = inspectWithLibav(path, result.isHindered);
+            result.facts = inspectWithLibav(path, result.ranOut);
         } catch (const std::bad_alloc&) { // over a file that is made for it
-            result.isHindered = true;
+            result.ranOut = true;
         }
         return reply(result);
     }

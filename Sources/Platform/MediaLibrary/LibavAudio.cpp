@@ -136,6 +136,7 @@ class LibavAudio : public AudioFile {
             channel.resize(static_cast<std::size_t>(std::max(most, 0)));
             planes.push_back(reinterpret_cast<std::uint8_t*>(channel.data()));
         }
+        // The cast adds const, which C++ does not do by itself behind two pointers.
         const int got = swr_convert(converter_.get(), planes.data(), most,
                                     const_cast<const std::uint8_t**>(frame.extended_data), frame.nb_samples);
         for (auto& channel : pending_) channel.resize(static_cast<std::size_t>(std::max(got, 0)));
@@ -254,8 +255,8 @@ void passOverPictures(LibavFile& file) {
 }
 
 std::optional<LibavFile> openFile(const std::string& path) {
-    bool hindered = false;
-    auto file = LibavFile::open(path, hindered);
+    bool ranOut = false;
+    auto file = LibavFile::open(path, ranOut);
     if (!file) return file;
     passOverPictures(*file);
     file->findStreamInfo();

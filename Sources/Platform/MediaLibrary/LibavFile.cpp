@@ -42,7 +42,7 @@ bool isPictureStream(const AVStream& stream) {
     return stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO && (stream.disposition & still) == 0;
 }
 
-std::optional<LibavFile> LibavFile::open(const std::string& path, bool& hindered) {
+std::optional<LibavFile> LibavFile::open(const std::string& path, bool& ranOut) {
     LibavFile file;
     file.source_ = std::make_unique<Source>();
     file.source_->file = FileInput::open(path);
@@ -55,7 +55,7 @@ std::optional<LibavFile> LibavFile::open(const std::string& path, bool& hindered
     if (!file.input_) av_free(buffer);
     AVFormatContext* context = file.input_ ? avformat_alloc_context() : nullptr;
     if (context == nullptr) {
-        hindered = true;
+        ranOut = true;
         return std::nullopt;
     }
     context->pb = file.input_.get();
@@ -77,7 +77,7 @@ std::optional<LibavFile> LibavFile::open(const std::string& path, bool& hindered
     const std::string url = "file:" + path;
     const int result = avformat_open_input(&context, url.c_str(), nullptr, &options.dictionary);
     if (result < 0) {
-        hindered = file.ranOutOfTime() || result == AVERROR(ENOMEM);
+        ranOut = file.ranOutOfTime() || result == AVERROR(ENOMEM);
         return std::nullopt;
     }
     file.context_.reset(context);
@@ -91,7 +91,7 @@ bool LibavFile::Watch::isLate() {
 }
 
 void LibavFile::CloseInput::operator()(AVIOContext* input) const {
-    av_freep(&input->buffer); // the library may have put another one in its place
+    av_freep(static_cast<void*>(&input->buffer)); // the library may have put another one in its place
     avio_context_free(&input);
 }
 

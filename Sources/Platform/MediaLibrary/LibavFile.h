@@ -24,8 +24,8 @@ bool isPictureStream(const AVStream& stream);
 /// bounded look at it, and an end to every read that takes too long.
 class LibavFile {
   public:
-    /// Nothing when no demuxer can read it; `hindered` is set when there was no time or memory to find out.
-    static std::optional<LibavFile> open(const std::string& path, bool& hindered);
+    /// Nothing when no demuxer can read it; `ranOut` is set when there was no time or memory to find out.
+    static std::optional<LibavFile> open(const std::string& path, bool& ranOut);
 
     AVFormatContext* get() const { return context_.get(); }
     AVFormatContext* operator->() const { return context_.get(); }

@@ -82,11 +82,11 @@ void readMetadata(const LibavFile& file, MediaInspection& into) {
 
 } // namespace
 
-std::optional<MediaInspection> inspectWithLibav(const std::string& path, bool& hindered) {
-    auto file = LibavFile::open(path, hindered);
+std::optional<MediaInspection> inspectWithLibav(const std::string& path, bool& ranOut) {
+    auto file = LibavFile::open(path, ranOut);
     if (!file) return std::nullopt;
     if (!saysEnough(*file)) file->findStreamInfo();
-    hindered = file->ranOutOfTime();
+    ranOut = file->ranOutOfTime();
 
     MediaInspection result;
     result.durationSeconds = duration(*file);

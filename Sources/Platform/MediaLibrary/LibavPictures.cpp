@@ -13,7 +13,7 @@ namespace orvane::platform {
 namespace {
 
 /// Packets without a picture in a row, before a file counts as ended.
-constexpr int mostBarrenPackets = 5000;
+constexpr int mostPacketsWithoutPicture = 5000;
 /// Packets that wait for a key picture; some streams mark none.
 constexpr int mostKeylessPackets = 1000;
 /// Seeks ever farther back, for a stream without an index.
@@ -45,9 +45,9 @@ std::unique_ptr<LibavPictures> LibavPictures::open(const std::string& path) {
 }
 
 bool LibavPictures::load() {
-    bool hindered = false;
+    bool ranOut = false;
     decoder_.reset();
-    file_ = LibavFile::open(path_, hindered);
+    file_ = LibavFile::open(path_, ranOut);
     if (!file_) return false;
     const auto isFit = [](const AVStream& stream) {
         return isPictureStream(stream) && avcodec_find_decoder(stream.codecpar->codec_id) != nullptr;
@@ -367,7 +367,7 @@ LibavPictures::Step LibavPictures::decodeTo(MediaTime time, MediaTime tolerance,
 
 LibavPictures::Step LibavPictures::decodeNext(Decoded& into, const IsStopped& isStopped) {
     into.isThere = false;
-    for (int barren = 0; barren < mostBarrenPackets; ++barren) {
+    for (int packets = 0; packets < mostPacketsWithoutPicture; ++packets) {
         while (!awaitsKey_) {
             const int result = avcodec_receive_frame(decoder_.get(), into.frame.get());
             if (result == AVERROR_EOF) return Step::end;

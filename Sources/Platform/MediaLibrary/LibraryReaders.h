@@ -10,7 +10,7 @@
 
 namespace orvane::platform {
 
-std::optional<MediaInspection> inspectWithLibav(const std::string& path, bool& hindered);
+std::optional<MediaInspection> inspectWithLibav(const std::string& path, bool& ranOut);
 std::unique_ptr<AudioFile> openWithSndfile(const std::string& path);
 std::unique_ptr<AudioFile> openWithLibav(const std::string& path);
 std::vector<std::unique_ptr<AudioFile>> openTracksWithLibav(const std::string& path);

@@ -77,7 +77,7 @@ class Luma {
         const std::uint8_t* place = frame_.data[luma.plane] +
                                     std::ptrdiff_t{y} * frame_.linesize[luma.plane] +
                                     std::ptrdiff_t{x} * luma.step + luma.offset;
-        if (luma.depth <= 8) return *place >> luma.shift; // NOLINT: bits of a byte
+        if (luma.depth <= 8) return *place >> luma.shift;
         std::uint16_t value = 0;
         std::memcpy(&value, place, sizeof value);
         return value >> luma.shift >> (luma.depth - 8);

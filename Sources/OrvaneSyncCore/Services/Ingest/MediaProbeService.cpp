@@ -329,10 +329,10 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
     asset.fileSizeBytes = file->size();
     probed.isOpened = true;
 
-    bool hindered = false;
+    bool ranOut = false;
     const MediaInspection inspection =
-        platform::inspectMedia(url.path, *file, hindered).value_or(MediaInspection());
-    probed.isFact = !hindered;
+        platform::inspectMedia(url.path, *file, ranOut).value_or(MediaInspection());
+    probed.isFact = !ranOut;
     if (*asset.fileSizeBytes == 0)
         asset.heldShare = 0;
     else if (inspection.heldShare && isWorthTelling(*inspection.heldShare, inspection))

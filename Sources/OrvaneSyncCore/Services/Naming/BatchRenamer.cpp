@@ -14,7 +14,7 @@ std::string currentName(const SyncGroup& group, const BatchRenamer::Settings& se
     return GroupNaming::baseName(group, settings.source, settings.customPattern, settings.separator);
 }
 
-bool bearsCameraName(const SyncGroup& group, std::string_view name) {
+bool hasCameraName(const SyncGroup& group, std::string_view name) {
     return name == group.video.filenameStem();
 }
 
@@ -36,7 +36,7 @@ BatchRenamer::Preview BatchRenamer::previewSample(const SyncGroupList& groups,
     for (std::size_t i = 0; i < std::min(groups.size(), previewRowLimit); ++i) {
         const std::string before = currentName(groups[i], settings);
         preview.rows.push_back(
-            {groups[i].id, before, bearsCameraName(groups[i], before) ? before : transform(before)});
+            {groups[i].id, before, hasCameraName(groups[i], before) ? before : transform(before)});
     }
     if (groups.size() > preview.rows.size())
         preview.remainder = "… and " + std::to_string(groups.size() - preview.rows.size()) + " more";
@@ -48,7 +48,7 @@ std::vector<std::pair<UUID, std::string>> BatchRenamer::newNames(const SyncGroup
     std::vector<std::pair<UUID, std::string>> names;
     if (!hasOperation()) return names;
     for (const SyncGroup& group : groups)
-        if (const std::string name = currentName(group, settings); !bearsCameraName(group, name))
+        if (const std::string name = currentName(group, settings); !hasCameraName(group, name))
             names.emplace_back(group.id, transform(name));
     return names;
 }

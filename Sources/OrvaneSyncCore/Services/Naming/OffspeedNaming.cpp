@@ -9,10 +9,10 @@ namespace orvane::OffspeedNaming {
 namespace {
 
 std::string withSuffix(std::string_view baseName, std::string_view suffix, double fps) {
-    constexpr std::string_view joiners = "_- .";
+    constexpr std::string_view separators = "_- .";
     const std::string tail = replacingAll(suffix, "{fps}", rateText(fps), GroupNaming::longestName);
     std::string name(baseName);
-    if (!tail.empty() && joiners.find(tail.front()) == std::string_view::npos) name += ' ';
+    if (!tail.empty() && separators.find(tail.front()) == std::string_view::npos) name += ' ';
     return name += tail;
 }
 

@@ -57,9 +57,9 @@ ChannelClassification lavOf(int track) { return classified(track, ChannelKind::l
 TEST(SpeakerRouter, FollowsTheSpeakerWhereNoBoomOrMixCarriesTheTake) {
     // Two people in turns on tracks 1 and 2; what hears both is track 3.
     const std::vector<Pattern> people{{{6, -30}, {6, -45}}, {{6, -45}, {6, -30}}};
-    auto withBoom = people, withDeadBoom = people;
+    auto withBoom = people, withSilentBoom = people;
     withBoom.push_back({{12, -35}});
-    withDeadBoom.push_back({{12, -90}});
+    withSilentBoom.push_back({{12, -90}});
     const auto check = [&](const char* name, const std::vector<Pattern>& tracks,
                            std::vector<ChannelClassification> roles, SmartAudioRouting routing,
                            bool bySpeaker, const std::set<int>& candidates = {}) {
@@ -83,7 +83,7 @@ TEST(SpeakerRouter, FollowsTheSpeakerWhereNoBoomOrMixCarriesTheTake) {
     check("a boom", withBoom, {lavOf(1), lavOf(2), boom}, automatic, false);
     check("a mix", withBoom, {lavOf(1), lavOf(2), mix}, automatic, false);
     check("a mix by another name", withBoom, {lavOf(1), lavOf(2), isoMix}, automatic, false);
-    check("a boom that hears nothing", withDeadBoom, {lavOf(1), lavOf(2), boom}, automatic, true);
+    check("a boom that hears nothing", withSilentBoom, {lavOf(1), lavOf(2), boom}, automatic, true);
     check("a boom that is left out", withBoom, {lavOf(1), lavOf(2), boom}, automatic, true, {1, 2});
     check("a boom, and lavs are asked for", withBoom, {lavOf(1), lavOf(2), boom}, speaker, true);
     check("one person", {people[0]}, {lavOf(1)}, speaker, false);

@@ -98,7 +98,7 @@ bool makeVideo(const std::string& path, const std::string& encoding) {
         " -c:a pcm_s24le " + encoding + " " + part;
     const std::string repeat =
         "ffmpeg -nostdin -v error -y -stream_loop 5 -i " + part + " -map 0 -c copy " + path;
-    const bool isMade = std::system(make.c_str()) == 0 && std::system(repeat.c_str()) == 0; // NOLINT
+    const bool isMade = std::system(make.c_str()) == 0 && std::system(repeat.c_str()) == 0;
     std::filesystem::remove(part);
     return isMade;
 }
@@ -133,7 +133,7 @@ class Bench {
 };
 
 void printSeeks(Bench& bench, const std::string& work, const std::string& path, bool isIntra) {
-    std::mt19937 random(15); // NOLINT: the same places each time
+    std::mt19937 random(15); // the same places each time
     std::vector<double> ours, floor;
     const auto player = bench.load(path);
     PlainDecoding plain(path);

@@ -66,7 +66,7 @@ double bytesInUse() {
     malloc_info(0, out);
     std::fclose(out);
     const std::string all(report, length);
-    std::free(report); // NOLINT: as the function asks for
+    std::free(report);
     // The sums of all areas stand behind these.
     const auto sum = [&](const char* what) {
         const std::size_t at = all.find("size=\"", all.rfind(what));
@@ -80,7 +80,7 @@ std::string classOf(const QObject& object) {
     int status = 0;
     char* name = abi::__cxa_demangle(typeid(object).name(), nullptr, nullptr, &status);
     std::string result = status == 0 ? name : "";
-    std::free(name); // NOLINT: as the function asks for
+    std::free(name);
     return result.substr(result.rfind(':') + 1);
 }
 
@@ -177,7 +177,7 @@ class Evening {
         const std::string make = "ffmpeg -nostdin -v error -y -f lavfi -i testsrc2=s=960x540:r=25:d=" +
                                  std::to_string(clipSeconds) +
                                  " -c:v libx264 -preset veryfast -g 25 -pix_fmt yuv420p " + video;
-        if (!std::filesystem::exists(video) && std::system(make.c_str()) != 0) return false; // NOLINT
+        if (!std::filesystem::exists(video) && std::system(make.c_str()) != 0) return false;
         constexpr std::uint32_t rate = 48'000;
         std::vector<float> samples(std::size_t{2} * rate * clipSeconds);
         for (std::size_t i = 0; i < samples.size(); ++i)

@@ -38,7 +38,7 @@ struct RandomAccessFile::State {
     std::uint64_t size = 0;
     std::uint64_t windowStart = 0;
     std::size_t windowCount = 0;
-    std::array<std::byte, windowBytes> window; // NOLINT: filled before it is read
+    std::array<std::byte, windowBytes> window; // filled before it is read
 
     State() = default;
     State(const State&) = delete;

@@ -27,8 +27,7 @@ TEST(Doctor, saysWhatTheMediaHelperLacks) {
         const std::string homes = "XDG_CONFIG_HOME='" + folder.path("home") + "' XDG_DATA_HOME='" +
                                   folder.path("home") + "' XDG_CACHE_HOME='" + folder.path("home") + "' ";
         const std::string out = folder.path("out");
-        std::system(
-            (homes + program.string() + " " + arguments + " >'" + out + "' 2>" + errors).c_str()); // NOLINT
+        std::system((homes + program.string() + " " + arguments + " >'" + out + "' 2>" + errors).c_str());
         return platform::files::readText(out);
     };
     const auto script = [&](const char* text) {
@@ -84,7 +83,7 @@ TEST(Doctor, runsWhereTheSystemOfSoundIsNotConfigured) {
         const std::string command = "ALSA_CONFIG_PATH='" + configuration + "' XDG_CONFIG_HOME='" +
                                     folder.path("home") + "' " ORVANESYNC_PROGRAM " doctor >'" + out +
                                     "' 2>&1";
-        std::system(command.c_str()); // NOLINT
+        std::system(command.c_str());
         const std::string report = platform::files::readText(out);
         EXPECT_NE(report.find("no sound device"), std::string::npos) << configuration << '\n' << report;
     }
@@ -100,7 +99,7 @@ TEST(Doctor, keepsALibraryOfSoundFromTheTerminal) {
                                     configuration + "' XDG_CONFIG_HOME='" + folder.path("home") +
                                     "' LD_PRELOAD='" ORVANE_PRINTING_SOUND "' STARTED='" + started +
                                     "' '" ORVANESYNC_PROGRAM "' doctor 2>'" + errors + "' >/dev/null";
-        std::system(command.c_str()); // NOLINT
+        std::system(command.c_str());
         EXPECT_EQ(fs::remove(started), !isLimited);
         const std::string text = platform::files::readText(errors);
         EXPECT_EQ(text.find("a library prints"), std::string::npos) << text;
@@ -117,7 +116,7 @@ TEST(Modules, areLoadedByWhatNeedsThemAlone) {
         const std::string words = "XDG_CONFIG_HOME" + home + "XDG_DATA_HOME" + home + "XDG_CACHE_HOME" +
                                   home + "LD_DEBUG=files '" ORVANESYNC_PROGRAM "' " + command + " >'" +
                                   folder.path("out") + "' 2>'" + log + "'";
-        const int status = std::system(words.c_str()); // NOLINT
+        const int status = std::system(words.c_str());
         EXPECT_TRUE(status == 0 || command == "doctor") << command;
         std::string names;
         const std::string text = platform::files::readText(log);

@@ -51,7 +51,7 @@ class Machine {
                        beside("hits") + "' LD_PRELOAD='" ORVANE_FAULT_LAYER "' ";
         command += "'" ORVANESYNC_PROGRAM "' " + arguments + " <'" + beside("in") + "' >'" + beside("out") +
                    "' 2>'" + beside("err") + "'";
-        const int status = std::system(command.c_str()); // NOLINT: one thread
+        const int status = std::system(command.c_str());
         return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status),
                 platform::files::readText(beside("out")), platform::files::readText(beside("err")),
                 std::filesystem::exists(beside("hits"))};

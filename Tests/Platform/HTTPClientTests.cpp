@@ -48,6 +48,7 @@ class Serving {
         // Breaks off once, and says of which version of the file it sent a part.
         server_.Get("/resumed", [this](const httplib::Request& request, httplib::Response& response) {
             const std::string tag = "\"" + version + "\"";
+            // The server library sends what the request asks for, and knows no If-Range.
             if (request.get_header_value("If-Range") != tag)
                 const_cast<httplib::Request&>(request).ranges.clear();
             ranges.push_back(request.get_header_value("Range"));

@@ -14,7 +14,7 @@ namespace orvane::test {
 /// every run. Printed where it was drawn.
 inline unsigned randomSeed() {
     // Nothing changes the environment while tests run.
-    const char* given = std::getenv("ORVANE_SEED"); // NOLINT(concurrency-mt-unsafe)
+    const char* given = std::getenv("ORVANE_SEED");
     const unsigned seed =
         given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10)) : std::random_device{}();
     std::cout << "ORVANE_SEED=" << seed << "\n";
@@ -23,8 +23,7 @@ inline unsigned randomSeed() {
 
 /// The seeds of a test over as many random cases: from ORVANE_SEED on, else from 1.
 inline auto seeds(unsigned count) {
-    const unsigned first =
-        std::getenv("ORVANE_SEED") != nullptr ? randomSeed() : 1; // NOLINT(concurrency-mt-unsafe)
+    const unsigned first = std::getenv("ORVANE_SEED") != nullptr ? randomSeed() : 1;
     return std::views::iota(first, first + count);
 }
 

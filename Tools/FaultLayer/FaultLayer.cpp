@@ -22,10 +22,12 @@
 #include <unistd.h>
 
 // The system's own, which allocate nothing themselves.
+// NOLINTBEGIN(bugprone-reserved-identifier): the names of the C library
 extern "C" void* __libc_malloc(size_t size);
 extern "C" void* __libc_calloc(size_t count, size_t size);
 extern "C" void* __libc_realloc(void* block, size_t size);
 extern "C" void* __libc_memalign(size_t alignment, size_t size);
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
@@ -43,7 +45,7 @@ Plan plan;
 __attribute__((constructor)) void readPlan() {
     const char* text = std::getenv("ORVANE_FAULT");
     if (text != nullptr)
-        std::sscanf(text, "%15[^:]:%ld:%511s", plan.kind.data(), &plan.wanted, plan.folder.data()); // NOLINT
+        std::sscanf(text, "%15[^:]:%ld:%511s", plan.kind.data(), &plan.wanted, plan.folder.data());
 }
 
 bool isOfKind(std::string_view kind) { return plan.wanted > 0 && kind == plan.kind.data(); }

@@ -48,7 +48,7 @@ std::vector<float> rendered(const std::string& folder, const char* voice, const 
     const std::string path = folder + "/spoken.wav";
     const std::string command =
         std::string("espeak-ng -v ") + voice + " -w '" + path + "' '" + sentence + "'";
-    if (std::system(command.c_str()) != 0) throw std::runtime_error("espeak-ng is not installed"); // NOLINT
+    if (std::system(command.c_str()) != 0) throw std::runtime_error("espeak-ng is not installed");
     const auto file = platform::AudioFile::open(path);
     if (!file || file->sampleRate() != voiceRate)
         throw std::runtime_error("espeak-ng speaks at another rate");

@@ -43,7 +43,7 @@ struct ImportChange {
     SyncGroupList clipsBefore = {};
     SyncGroupList clips = {};
 
-    operator ImportField() const { return field; } // NOLINT: see above
+    operator ImportField() const { return field; }
     /// Which rows of a list of clips are to be painted anew. Made when asked for; costs nothing before.
     SyncGroupChanges clipChanges() const { return clips.changesSince(clipsBefore); }
 };

@@ -56,7 +56,7 @@ float converted(std::uint32_t loaded) {
 template <Encoding encoding>
 void convert(std::span<const std::byte> bytes, std::size_t stride, std::span<float> into) {
     constexpr std::size_t group = 16;
-    std::array<std::uint32_t, group> loaded; // NOLINT: filled before it is read
+    std::array<std::uint32_t, group> loaded; // filled before it is read
     std::size_t done = 0;
     for (; done + group <= into.size(); done += group) {
         for (std::size_t i = 0; i < group; ++i)

@@ -50,7 +50,7 @@ class TimeLimit {
     }
     TimeLimit(const TimeLimit&) = delete;
     TimeLimit& operator=(const TimeLimit&) = delete;
-    operator GCancellable*() const { return cancellable_; } // NOLINT: for the library's calls
+    operator GCancellable*() const { return cancellable_; } // for the library's calls
 
   private:
     void wait() {

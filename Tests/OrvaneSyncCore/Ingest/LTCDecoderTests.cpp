@@ -186,7 +186,7 @@ TEST(LinearTimecode, tellsWhereTheLabelLies) {
 Sound spoken(const test::TemporaryDirectory& folder) {
     const std::string path = folder.path("a.wav");
     const std::string command = "espeak-ng -w '" + path + "' 'Sixteen, sixty, sixty-six: shh, see the buzz.'";
-    if (std::system(command.c_str()) != 0) throw std::runtime_error("espeak-ng is not installed"); // NOLINT
+    if (std::system(command.c_str()) != 0) throw std::runtime_error("espeak-ng is not installed");
     const auto file = platform::AudioFile::open(path);
     Sound samples(static_cast<std::size_t>(file->frameCount()));
     std::array<float*, 1> channels{samples.data()};

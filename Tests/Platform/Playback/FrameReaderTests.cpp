@@ -169,7 +169,7 @@ TEST(FrameReader, knowsEditListsAndVariableRates) {
     // The copy begins at a key picture, and its edit list at the picture that was asked for.
     const std::string copying =
         "ffmpeg -nostdin -v error -y -ss 0.8 -i '" + whole + "' -c copy '" + cut + "'";
-    ASSERT_EQ(std::system(copying.c_str()), 0); // NOLINT: a command of the test's own
+    ASSERT_EQ(std::system(copying.c_str()), 0);
     auto reader = FrameReader::open(cut);
     ASSERT_NE(reader, nullptr);
     for (const int number : {0, 1, 7, 35, 2}) {
@@ -243,7 +243,7 @@ TEST(FrameReader, showsPicturesUprightInSquarePixels) {
     const std::string turned = folder.path("turned.mov");
     const std::string turning = "ffmpeg -nostdin -v error -y -i '" + folder.path("hd.mov") +
                                 "' -c copy -metadata:s:v rotate=90 '" + turned + "'";
-    ASSERT_EQ(std::system(turning.c_str()), 0); // NOLINT: a command of the test's own
+    ASSERT_EQ(std::system(turning.c_str()), 0);
     const auto picture = FrameReader::open(turned)->pictureAt({}, exactly, {72, 0});
     ASSERT_TRUE(picture);
     ASSERT_EQ(picture->size, (PictureSize{72, 128}));

@@ -123,9 +123,9 @@ void ReviewViewModel::handleKeyAction(KeyAction action) {
     case KeyAction::stepBackward:
         return step(-1);
     case KeyAction::stepForward5:
-        return step(5); // NOLINT: as the action says
+        return step(5);
     case KeyAction::stepBackward5:
-        return step(-5); // NOLINT: the size of the step
+        return step(-5);
     case KeyAction::slowMoForward:
         return engine_->slowMotionScrub(true);
     case KeyAction::slowMoReverse:
@@ -170,13 +170,13 @@ void ReviewViewModel::decide(KeyAction action) {
     case KeyAction::nudgeCommaMinus:
         return adjustOffset(-1);
     case KeyAction::audioOffsetPlus5:
-        return adjustOffset(5); // NOLINT: the size of the step
+        return adjustOffset(5);
     case KeyAction::audioOffsetMinus5:
-        return adjustOffset(-5); // NOLINT: the size of the step
+        return adjustOffset(-5);
     case KeyAction::nudgePeriodPlus10:
-        return adjustOffset(10); // NOLINT: the size of the step
+        return adjustOffset(10);
     case KeyAction::nudgeCommaMinus10:
-        return adjustOffset(-10); // NOLINT: the size of the step
+        return adjustOffset(-10);
     case KeyAction::updateClapPoint:
         return setAnchor(*groupID_,
                          engine_->playhead().seconds() - ClipSound(*group()).primaryOffsetSeconds());

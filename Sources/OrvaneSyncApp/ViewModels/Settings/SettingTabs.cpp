@@ -61,7 +61,7 @@ class Row {
         row_.control = control;
         return *this;
     }
-    operator SettingRow() const { return row_; } // NOLINT: it is one
+    operator SettingRow() const { return row_; } // it is one
 
   private:
     static Control controlOf(const SettingDescription& setting) {

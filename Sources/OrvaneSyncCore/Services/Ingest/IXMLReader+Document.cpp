@@ -41,7 +41,7 @@ class Capitals {
     }
     Capitals(const Capitals&) = delete;
     Capitals& operator=(const Capitals&) = delete;
-    operator std::string_view() const { return view_; } // NOLINT: it is one
+    operator std::string_view() const { return view_; } // it is one
 
   private:
     std::string made_;

@@ -68,7 +68,7 @@ KWeighting::KWeighting(std::size_t channels, double sampleRate)
 
 void KWeighting::add(std::span<const float* const> channels, std::size_t offset, std::size_t frames) {
     const auto& [shelfB, shelfA, highPassA] = coefficients_;
-    std::array<float, pieceFrames> piece; // NOLINT: filled before it is read
+    std::array<float, pieceFrames> piece; // filled before it is read
     for (std::size_t index = 0; index < groups_.size(); ++index) {
         const std::size_t first = index * lanes;
         const std::size_t count = std::min(lanes, channels_ - first);

@@ -28,7 +28,7 @@ struct TakeSound {
 
     TakeSound() = default;
     /// A file alone, with whatever channels it has.
-    TakeSound(FileURL file) : files{{std::move(file)}} {} // NOLINT: a file is a take
+    TakeSound(FileURL file) : files{{std::move(file)}} {} // a file is a take
     /// What is heard of a clip's take.
     TakeSound(const SyncGroup& group, const Take& take);
 

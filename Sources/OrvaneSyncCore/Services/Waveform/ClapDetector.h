@@ -25,7 +25,7 @@ struct Stretch {
 /// Where a clip's clap is looked for. A recording in one file is searched in full. A take of several files,
 /// which may go on for hours around the clip, is searched where the clip shows it.
 struct Search {
-    Search(FileURL file) : sound(std::move(file)) {} // NOLINT: a file is a recording
+    Search(FileURL file) : sound(std::move(file)) {} // a file is a recording
     /// Nothing for a clip without sound.
     static std::optional<Search> of(const SyncGroup& group);
     explicit Search(TakeSound recording) : sound(std::move(recording)) {}

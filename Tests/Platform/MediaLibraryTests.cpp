@@ -181,6 +181,19 @@ TEST(MediaLibrary, endsAHelperThatDoesNotAnswer) {
     EXPECT_NE(helper::Process::borrow(), nullptr);
 }
 
+/// The next clip waits for no process that is started: those of the one before are there.
+TEST(MediaLibrary, keepsTheHelpersOfAReview) {
+    using platform::helper::Process, platform::helper::Purpose;
+    std::vector<std::shared_ptr<Process>> review(3);
+    std::vector<pid_t> before;
+    for (int clip = 0; clip < 2; ++clip) {
+        for (auto& helper : review) helper = Process::borrow(Purpose::pictures);
+        if (clip == 0) before = children();
+        EXPECT_EQ(children(), before);
+        review.assign(review.size(), nullptr);
+    }
+}
+
 TEST(MediaLibrary, mayWriteNoFile) {
     const TemporaryDirectory folder;
     const auto open = platform::AudioFile::open(folder.write("a.aif", aiff(1, std::vector<int>(48000))));

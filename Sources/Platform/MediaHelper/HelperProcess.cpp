@@ -27,8 +27,10 @@ namespace {
 constexpr std::chrono::seconds longestRequest{20};
 /// Free helpers that are kept for the next file.
 constexpr std::ptrdiff_t mostFree = 8;
-/// The same of those for pictures; each player has one.
-constexpr std::ptrdiff_t mostFreeForPictures = 2;
+/// The same of those for pictures; each player has one. Who goes on to another clip gives back those of the
+/// player, of the strip of pictures and of the sync lens at nearly the same time and takes as many again: one
+/// that has to be started costs more than all else that stands between a key and the picture.
+constexpr std::ptrdiff_t mostFreeForPictures = 3;
 
 struct Pool {
     std::mutex mutex;

@@ -372,6 +372,11 @@ TEST_F(ReviewModelTest, theCamerasOfATakePlayAsOne) {
     EXPECT_DOUBLE_EQ(cameraAt(id_), 4.5);
     EXPECT_DOUBLE_EQ(cameraAt(other_), 1.5) << "without a clap of its own, where the other one claps";
     EXPECT_EQ(bag.audioSourceMemberID(), id_); // the choice stays while its camera does
+    controller_->withUndo(undoSteps::removeVideoFromSync,
+                          [&] { controller_->recordings().removeVideoFromSync(id_); });
+    EXPECT_EQ(cluster->members(), std::vector{other_});
+    controller_->undo();
+    EXPECT_EQ(cluster->members(), (std::vector{other_, id_})) << "it comes back with its clip";
     finish(cluster->load({other_}));
     EXPECT_EQ(bag.audioSourceMemberID(), other_);
     EXPECT_EQ(bag.engines().size(), 1U);

@@ -34,15 +34,18 @@ std::vector<UUID> MulticamViewModel::camerasFor(const OpenWork& work, const std:
 }
 
 platform::Task MulticamViewModel::load(std::vector<UUID> groupIDs) {
-    std::vector<SyncGroup> members;
-    for (const UUID& id : groupIDs) {
-        const SyncGroup* group = controller_->work().syncGroups().find(id);
-        if (group == nullptr) throw GroupNotFound();
-        members.push_back(*group);
-    }
-    members_ = std::move(groupIDs);
+    for (const UUID& id : groupIDs)
+        if (controller_->work().syncGroups().find(id) == nullptr) throw GroupNotFound();
+    chosen_ = groupIDs;
+    return open(std::move(groupIDs));
+}
+
+platform::Task MulticamViewModel::open(std::vector<UUID> members) {
+    std::vector<SyncGroup> clips;
+    for (const UUID& id : members) clips.push_back(*controller_->work().syncGroups().find(id));
+    members_ = std::move(members);
     scrolling_ = {};
-    return loading_ = bag_.load(members);
+    return loading_ = bag_.load(clips);
 }
 
 platform::Task MulticamViewModel::loaded() { return loaded(weak_from_this()); }
@@ -60,21 +63,22 @@ platform::Task MulticamViewModel::loaded(std::weak_ptr<MulticamViewModel> weak) 
 }
 
 void MulticamViewModel::close() {
+    chosen_.clear();
     members_.clear();
     bag_.cleanup();
 }
 
-/// A member that left the list of clips leaves the cluster; the others follow their clips.
+/// A member that left the list of clips leaves the cluster, and comes back with its clip; the others follow
+/// their clips.
 void MulticamViewModel::follow() {
     std::vector<UUID> there;
-    for (const UUID& id : members_)
+    for (const UUID& id : chosen_)
         if (const SyncGroup* group = controller_->work().syncGroups().find(id)) {
             there.push_back(id);
             bag_.follow(*group);
         }
-    if (there.size() == members_.size()) return;
-    if (there.empty()) return close();
-    load(std::move(there));
+    if (there == members_) return;
+    there.empty() ? close() : void(open(std::move(there)));
 }
 
 void MulticamViewModel::step(int frames) {

@@ -43,12 +43,14 @@ class MulticamViewModel : public std::enable_shared_from_this<MulticamViewModel>
     MulticamViewModel(std::shared_ptr<ImportController> controller, ClusterEngineBag::MakeEngine makeEngine)
         : controller_(std::move(controller)), bag_(std::move(makeEngine)) {}
     static platform::Task loaded(std::weak_ptr<MulticamViewModel> weak);
+    platform::Task open(std::vector<UUID> members);
     void follow();
     void step(int frames);
 
     const std::shared_ptr<ImportController> controller_;
     ClusterEngineBag bag_;
-    std::vector<UUID> members_;
+    std::vector<UUID> chosen_;  ///< also those that have left the list of clips: an undo brings them back
+    std::vector<UUID> members_; ///< of these, those that are there
     platform::Task loading_ = platform::Task::ended();
     FrameAccumulator scrolling_;
     platform::Subscription following_;

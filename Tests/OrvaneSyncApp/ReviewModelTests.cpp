@@ -87,6 +87,9 @@ TEST_F(ReviewModelTest, aClipOpensOnTheClapThatIsFound) {
     EXPECT_FALSE(model_->canCheckClap()) << "nothing can be played";
     const SyncGroup* shown = controller_->work().syncGroups().find(broken_);
     EXPECT_NE(pictureNote(shown, *engine_, false)->title, pictureNote(shown, *engine_, true)->title);
+    system_->files[shown->video.url.path] = {.hasSound = true, .duration = {8, 1}, .isVideoMissing = true};
+    finish(model_->loadGroup(broken_));
+    EXPECT_EQ(pictureNote(shown, *engine_, false)->title, "The camera file is missing");
     load();
     EXPECT_TRUE(model_->canCheckClap());
     controller_->clips().adjustAudioOffset(id_, 60);

@@ -97,6 +97,7 @@ void VideoEngine::observePlayer() {
 
 void VideoEngine::opened(const platform::PlayerFacts& facts, std::optional<double> initialSeekSeconds) {
     transport_.isLoading = false;
+    transport_.isVideoMissing = facts.isVideoMissing;
     if (facts.hasPicture || facts.hasSound) {
         transport_.isLoaded = true;
         transport_.duration = facts.duration;

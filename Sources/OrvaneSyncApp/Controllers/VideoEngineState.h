@@ -33,6 +33,7 @@ struct TransportState {
     platform::MediaTime duration;
     bool isLoaded = false;
     bool isLoading = false;
+    bool isVideoMissing = false; ///< of the clip that was opened last the camera file is not there
 
     bool operator==(const TransportState&) const = default;
 };

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -36,6 +37,12 @@ using Passed = std::shared_ptr<std::unique_ptr<T>>;
 template <class T>
 Passed<T> passed(std::unique_ptr<T> opened) {
     return std::make_shared<std::unique_ptr<T>>(std::move(opened));
+}
+
+/// Not so where the folder may not be looked into.
+bool isNothingAt(const std::string& path) {
+    std::error_code failure;
+    return std::filesystem::status(path, failure).type() == std::filesystem::file_type::not_found;
 }
 
 /// Ends on a thread of its own what waits for its own thread to end, which may wait for a disk.
@@ -77,9 +84,15 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         openSound();
         if (!waitsForPicture_) return;
         post(
-            pictureQueue_, [path = item_.videoPath] { return passed(VideoDecoder::open(path)); },
-            [](PlayerCore& self, const Passed<VideoDecoder>& decoder) {
-                self.takePicture(std::move(*decoder));
+            pictureQueue_,
+            [path = item_.videoPath] {
+                auto decoder = VideoDecoder::open(path);
+                const bool isMissing = !decoder && isNothingAt(path);
+                return std::pair(passed(std::move(decoder)), isMissing);
+            },
+            [](PlayerCore& self, const std::pair<Passed<VideoDecoder>, bool>& opened) {
+                self.facts_.isVideoMissing = opened.second;
+                self.takePicture(std::move(*opened.first));
             });
     }
 

@@ -46,6 +46,7 @@ struct PlayerFacts {
     MediaTime duration;
     double nominalFrameRate = 0; ///< pictures per second; 0 where it is not known
     int soundChannelCount = 0;
+    bool isVideoMissing = false; ///< there is no file at the video's path
 };
 
 /// Level of one channel of the sound that is heard, linear, full scale at 1.

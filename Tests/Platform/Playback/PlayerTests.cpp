@@ -393,6 +393,7 @@ TEST_F(PlayerTransport, playsWhatThereIs) {
     // A picture of which the file says more than can be decoded is as long as it says.
     load(folder_.path("missing.mov"), 0.5, true, {.pictureDuration = {8, 5}, .pictureFrameRate = 24});
     EXPECT_EQ(player_->facts().duration, (MediaTime{8, 5}));
+    EXPECT_TRUE(player_->facts().isVideoMissing);
     EXPECT_EQ(player_->facts().nominalFrameRate, 24);
     player_->setSoundOffset({3, 1});
     EXPECT_EQ(player_->facts().duration, (MediaTime{8, 5}));

@@ -4,6 +4,8 @@
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Playback/Mixer.h"
 
+#include <filesystem>
+
 namespace orvane {
 
 std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engine, bool isHelperMissing) {
@@ -19,16 +21,25 @@ std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engin
             "The program orvane_media_helper, which decodes them, is missing or does not start. "
             "Install OrvaneSync again with it; 'orvanesync doctor' says more. Sound in WAVE files "
             "plays, and the document can be written all the same."};
+    if (engine.transport().isVideoMissing) {
+        const FileURL folder{std::filesystem::path(clip->video.url.path).parent_path().string()};
+        return PictureNote{
+            "The camera file is missing",
+            clip->video.filename + " is not in its folder, " + folder.lastPathComponent() +
+                ". Connect its disk or put the file back, and open the clip again. The document "
+                "names the file all the same."};
+    }
     if (!engine.transport().isLoaded)
         return PictureNote{"The clip cannot be played",
                            clip->video.filename +
-                               " holds no picture and no sound that can be read, or is not there any more. "
-                               "Look for it in its folder, or export the clip as it is."};
+                               " holds no picture and no sound that can be read. "
+                               "Look at the file in another program, or export the clip as it is."};
     if (!hasPicture)
-        return PictureNote{"Sound only", clip->video.filename +
-                                             " is not there any more, or holds no picture that can be "
-                                             "decoded. Its sound plays, and the document names the file all "
-                                             "the same."};
+        return PictureNote{
+            "Sound only",
+            clip->video.filename +
+                " holds no picture that can be decoded. Its sound plays, and the document names "
+                "the file all the same."};
     return std::nullopt;
 }
 

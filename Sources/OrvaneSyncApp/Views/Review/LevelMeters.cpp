@@ -99,11 +99,10 @@ void LevelMeters::paintEvent(QPaintEvent*) {
     const Colours& all = colours();
     painter.fillRect(rect(), all.panel);
     if (channels_ <= 0) return;
-    const double pitch = (width() - 2.0 * space::tight) / channels_;
-    const double bar = std::clamp(pitch - gap, 1.0, static_cast<double>(widestBar));
+    const double bar = std::max(pitch() - gap, 1.0);
     const double top = space::tight + clipHeight + gap, bottom = height() - space::tight;
     for (int i = 0; i < channels_; ++i) {
-        const double left = space::tight + i * pitch;
+        const double left = firstBar() + i * pitch();
         const auto at = static_cast<std::size_t>(i);
         const QRectF whole(left, top, bar, bottom - top);
         painter.fillRect(whole, all.window);
@@ -134,9 +133,14 @@ void LevelMeters::paintEvent(QPaintEvent*) {
     }
 }
 
+double LevelMeters::pitch() const {
+    return std::min((width() - 2.0 * space::tight) / std::max(channels_, 1), 1.0 * widestBar + gap);
+}
+
+double LevelMeters::firstBar() const { return (width() - channels_ * pitch() + gap) / 2; }
+
 int LevelMeters::channelAt(int x) const {
-    const double pitch = (width() - 2.0 * space::tight) / std::max(channels_, 1);
-    return std::clamp(static_cast<int>((x - space::tight) / pitch), 0, std::max(channels_ - 1, 0));
+    return std::clamp(static_cast<int>((x - firstBar()) / pitch()), 0, std::max(channels_ - 1, 0));
 }
 
 bool LevelMeters::event(QEvent* event) {

@@ -26,6 +26,8 @@ class LevelMeters : public QWidget {
     void follow(VideoEngineField field);
     void measure();
     int channelAt(int x) const;
+    double pitch() const;    ///< from bar to bar
+    double firstBar() const; ///< left edge of the bars, which stand in the middle
 
     const std::shared_ptr<VideoEngine> engine_;
     const std::shared_ptr<AudioLevelProvider> provider_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneDesignKit/Theme.h"
+#include "Support/TemporaryDirectory.h"
 
 #include <QApplication>
 #include <QStandardPaths>
@@ -17,6 +18,10 @@ inline QApplication& application() {
     static char* arguments[] = {name, nullptr};
     static QApplication* const made = [] {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+        // Nothing of the user's is seen or changed.
+        static const TemporaryDirectory homes;
+        for (const char* home : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
+            qputenv(home, QByteArray::fromStdString(homes.path(home)));
         QStandardPaths::setTestModeEnabled(true);
         auto* one = new QApplication(count, arguments);
         QCoreApplication::setOrganizationName(QStringLiteral("OrvaneSyncTests"));

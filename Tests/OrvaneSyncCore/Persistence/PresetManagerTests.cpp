@@ -122,6 +122,12 @@ TEST_F(Persistence, clearingCachesKeepsWork) {
     EXPECT_EQ(AppStorageHelper::cacheSizeBytes(), 0);
     EXPECT_TRUE(std::filesystem::is_empty(home.path("cache/Orvane Tandrel")));
     EXPECT_TRUE(presets.exists("kept"));
+    // Also where both lie in one folder, by whatever way.
+    std::filesystem::create_directory_symlink(home.path("data"), home.path("link"));
+    const test::ScopedEnvironment together("XDG_CACHE_HOME", home.path("link").c_str());
+    home.write("data/Orvane Tandrel/Caches/ProbeCache/a", "12345");
+    EXPECT_EQ(AppStorageHelper::clearDiskCaches(), 5);
+    EXPECT_TRUE(presets.exists("kept"));
 }
 
 TEST_F(Persistence, foldersAreMadeAndFailuresIgnored) {

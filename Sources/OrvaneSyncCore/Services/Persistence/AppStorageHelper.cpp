@@ -3,6 +3,8 @@
 #include "Platform/Files.h"
 #include "Platform/Folders.h"
 
+#include <filesystem>
+#include <system_error>
 #include <vector>
 
 namespace orvane::AppStorageHelper {
@@ -38,7 +40,15 @@ std::vector<std::string> keepPrivate() {
 
 std::string applicationSupportDirectory() { return below(files::dataHome(), appFolderName); }
 
-std::string cachesDirectory() { return below(files::cacheHome(), appFolderName); }
+std::string cachesDirectory() {
+    const std::string folder = below(files::cacheHome(), appFolderName);
+    // Whoever clears the caches removes all that lies in there.
+    const auto isKept = [&](const std::string& home) {
+        std::error_code isMissing;
+        return std::filesystem::equivalent(folder, home + "/" + std::string(appFolderName), isMissing);
+    };
+    return isKept(files::dataHome()) || isKept(files::configHome()) ? below(folder, "Caches") : folder;
+}
 
 std::string sessionsDirectory() { return below(applicationSupportDirectory(), "Sessions"); }
 

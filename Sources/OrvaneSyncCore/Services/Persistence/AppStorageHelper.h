@@ -22,6 +22,7 @@ inline constexpr std::string_view stemsFolderName = "StemCache";
 std::vector<std::string> keepPrivate();
 
 std::string applicationSupportDirectory();
+/// Holds nothing but what can be made again, also where the user's caches lie with the work.
 std::string cachesDirectory();
 
 std::string sessionsDirectory();

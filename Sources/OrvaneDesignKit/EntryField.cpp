@@ -56,8 +56,26 @@ void EntryField::setSteps(const QString& what, std::function<void(int direction)
     }
 }
 
+void EntryField::setProposal(const QString& proposal) {
+    const bool isInView = isProposing();
+    proposal_ = proposal;
+    line_->setPlaceholderText(proposal);
+    if (isInView) propose();
+}
+
+bool EntryField::isProposing() const {
+    return line_->hasFocus() && !line_->isModified() && !proposal_.isEmpty() && line_->text() == proposal_;
+}
+
+void EntryField::propose() {
+    line_->setText(proposal_);
+    // Behind a click that led here, which places the cursor.
+    QMetaObject::invokeMethod(line_, &QLineEdit::selectAll, Qt::QueuedConnection);
+}
+
 void EntryField::show(const QString& value) {
     shown_ = value;
+    if (value.isEmpty() && isProposing()) return;
     if (line_->isModified() && (line_->hasFocus() || !problem_->isHidden())) return;
     if (line_->text() != value) line_->setText(value);
 }
@@ -73,7 +91,7 @@ QString EntryField::problem() const { return problem_->text(); }
 void EntryField::commit() {
     if (!line_->isModified()) return;
     const QString text = line_->text();
-    if (text == shown_) return restore();
+    if (text == shown_ || (shown_.isEmpty() && text == proposal_)) return restore();
     const QString problem = commit_(text);
     setProblem(problem);
     if (!problem.isEmpty()) return;
@@ -95,6 +113,9 @@ void EntryField::restore() {
 }
 
 bool EntryField::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::FocusIn && line_->text().isEmpty() && !proposal_.isEmpty()) propose();
+    const bool isUntouched = !line_->isModified() && shown_.isEmpty() && line_->text() == proposal_;
+    if (event->type() == QEvent::FocusOut && isUntouched) restore();
     if (event->type() == QEvent::ShortcutOverride || event->type() == QEvent::KeyPress) {
         const auto* key = static_cast<QKeyEvent*>(event);
         const bool isEscape = key->key() == Qt::Key_Escape;

@@ -21,6 +21,9 @@ class EntryField : public QWidget {
     /// Adds buttons for one step less and one more; the arrow keys up and down do the same. `what` is one
     /// step, such as "1 frame".
     void setSteps(const QString& what, std::function<void(int direction)> step);
+    /// What an empty field begins with when it takes the keyboard, selected. Left as it is the field stays
+    /// empty.
+    void setProposal(const QString& proposal);
     /// The value that is in force. Leaves a text alone that is being typed.
     void show(const QString& value);
     void setProblem(const QString& problem);
@@ -33,10 +36,13 @@ class EntryField : public QWidget {
   private:
     void commit();
     void restore();
+    void propose();
+    /// Whether it shows the proposal as nobody has touched it.
+    bool isProposing() const;
 
     const Commit commit_;
     std::function<void(int)> step_;
-    QString shown_;
+    QString shown_, proposal_;
     QHBoxLayout* row_;
     QLineEdit* line_;
     QLabel* problem_;

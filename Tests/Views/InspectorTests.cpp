@@ -126,6 +126,19 @@ TEST_F(InspectorTest, fieldsCommitOnReturnRestoreOnEscapeAndSayWhatIsWrong) {
     EXPECT_EQ(clip("A001C001").manualClipName, "Hero");
     desktop_->run("undo");
     EXPECT_FALSE(clip("A001C001").manualClipName);
+    serve();
+
+    // It begins with the present name, without the camera, and left as it is that one stays automatic.
+    name.setFocus();
+    serve();
+    EXPECT_EQ(name.selectedText(), name.placeholderText());
+    EXPECT_FALSE(name.placeholderText().isEmpty() || name.placeholderText().contains("Cam"));
+    open("A001C003");
+    serve();
+    EXPECT_EQ(name.selectedText(), name.placeholderText());
+    name.clearFocus();
+    EXPECT_EQ(name.text(), QString());
+    EXPECT_FALSE(clip("A001C003").manualClipName);
 }
 
 TEST_F(InspectorTest, boxesAndChoicesAreCommandsAndSectionsFoldForGood) {

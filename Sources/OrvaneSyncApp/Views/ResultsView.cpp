@@ -504,13 +504,20 @@ void ResultsView::rename(const UUID& clipID) {
     if (clip == nullptr) return;
     QInputDialog question(this);
     question.setWindowTitle(tr("Rename clip"));
-    question.setLabelText(tr("Name in Final Cut Pro; empty: by the naming rules"));
-    // Of an automatic name without what the naming adds by itself.
-    std::string automatic = exportedName(desktop_.controller(), *clip, "");
-    const auto tag = GroupNaming::offspeedTag(*clip);
-    if (tag && automatic.ends_with(" " + *tag)) automatic.resize(automatic.size() - tag->size() - 1);
-    const QString present = text(GroupNaming::manualName(*clip).value_or(automatic));
+    // Without what the naming adds to every name, such as the camera.
+    const NamePart part = NamePart::of(desktop_.controller(), *clip);
+    const std::string& automatic = part.automatic;
+    const QString present = text(part.name.empty() ? automatic : part.name);
+    const auto preview = [&](const QString& typed) {
+        const SyncGroup* now = desktop_.controller().work().syncGroups().find(clipID);
+        if (now == nullptr) return;
+        question.setLabelText(tr("Clip name; empty: by the naming rules\nIn Final Cut Pro: %1")
+                                  .arg(text(exportedName(desktop_.controller(), *now,
+                                                         typed == present ? part.name : utf8(typed)))));
+    };
+    connect(&question, &QInputDialog::textValueChanged, &question, preview);
     question.setTextValue(present); // which the dialog selects
+    preview(present);
     if (auto* field = question.findChild<QLineEdit*>()) field->setPlaceholderText(text(automatic));
     // Left as it is it stays one by the naming rules.
     if (question.exec() != QDialog::Accepted || question.textValue() == present) return;

@@ -95,7 +95,7 @@ void NameSection::show(const SyncGroup& clip) {
     isOutOfMulticam_->setChecked(part.isExcludedFromMulticam);
     if (shown_ == part) return;
     shown_ = part;
-    name_->line()->setPlaceholderText(text(part.automatic));
+    name_->setProposal(text(part.automatic));
     name_->show(text(part.name));
     if (!name_->line()->isModified())
         exported_->setText(tr("In Final Cut Pro: %1").arg(breakable(part.exported)));

@@ -27,9 +27,9 @@ bool isRightAligned(int column) {
            column == static_cast<int>(Column::loudness);
 }
 
-/// Cameras count their clips at the beginning of a file's name, and people at the end of theirs.
-Qt::TextElideMode elision(int column) {
-    return column == static_cast<int>(Column::cameraFile) ? Qt::ElideRight : Qt::ElideMiddle;
+QString elided(const QFontMetrics& metrics, int column, const QString& shown, int width) {
+    const bool isFile = column == static_cast<int>(Column::cameraFile);
+    return metrics.elidedText(shown, isFile ? elisionOfFile(metrics, shown, width) : Qt::ElideMiddle, width);
 }
 
 void drawPicture(QPainter& painter, const QRect& within, const platform::Picture* picture) {
@@ -70,6 +70,12 @@ Signal signal(Certainty certainty) {
     return Signal::none;
 }
 
+Qt::TextElideMode elisionOfFile(const QFontMetrics& metrics, const QString& name, int width) {
+    constexpr int number = 8; // characters, such as "A001C001"
+    return metrics.horizontalAdvance(name.left(number) + QChar(0x2026)) <= width / 2 ? Qt::ElideMiddle
+                                                                                     : Qt::ElideRight;
+}
+
 ResultsModel::ResultsModel(ResultsViewModel& rows, std::shared_ptr<Thumbnails> thumbnails, QObject* parent)
     : RowsModel(parent), rows_(rows), thumbnails_(std::move(thumbnails)) {
     decoded_ = thumbnails_->onChange([this](const std::string& path) {
@@ -107,9 +113,15 @@ QVariant ResultsModel::data(const QModelIndex& index, int role) const {
     case Qt::AccessibleTextRole:
         return index.column() == marksColumn ? marksText(shown)
                                              : text(shown.texts[static_cast<std::size_t>(index.column())]);
-    case Qt::ToolTipRole:
-        if (!shown.doubts.empty()) return text(shown.doubts);
-        return data(index, Qt::DisplayRole);
+    case Qt::ToolTipRole: {
+        QStringList lines{data(index, Qt::DisplayRole).toString()};
+        if (index.column() == static_cast<int>(Column::name)) // below which it may be cut
+            lines << text(shown.texts[static_cast<std::size_t>(Column::cameraFile)]);
+        else if (!shown.doubts.empty())
+            lines.clear();
+        if (!shown.doubts.empty()) lines << text(shown.doubts);
+        return lines.join(QLatin1Char('\n'));
+    }
     case Qt::TextAlignmentRole:
         return static_cast<int>(Qt::AlignVCenter |
                                 (isRightAligned(index.column()) ? Qt::AlignRight : Qt::AlignLeft));
@@ -208,13 +220,12 @@ void ResultsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         const int half = below.isEmpty() ? 0 : inner.height() / 2;
         painter->setPen(textColour);
         painter->drawText(inner.adjusted(0, below.isEmpty() ? 0 : space::tight, 0, -half), alignment,
-                          painter->fontMetrics().elidedText(shown, elision(index.column()), inner.width()));
+                          elided(painter->fontMetrics(), index.column(), shown, inner.width()));
         if (!below.isEmpty()) {
             painter->setFont(factsFont());
             painter->setPen(isSelected ? all.onSelected : all.facts);
-            painter->drawText(
-                inner.adjusted(0, half, 0, -space::tight), alignment,
-                painter->fontMetrics().elidedText(below, elision(index.column() + 1), inner.width()));
+            painter->drawText(inner.adjusted(0, half, 0, -space::tight), alignment,
+                              elided(painter->fontMetrics(), index.column() + 1, below, inner.width()));
         }
     }
     if (option.state.testFlag(QStyle::State_HasFocus)) {

@@ -15,6 +15,9 @@ namespace orvane::views {
 
 /// In which colour and with which glyph a list shows it.
 design::Signal signal(ResultsViewModel::Certainty certainty);
+/// Where the name of a file is cut that has not the room: in the middle, but never within its beginning, by
+/// which cameras count their clips. `width` in points.
+Qt::TextElideMode elisionOfFile(const QFontMetrics& metrics, const QString& name, int width);
 
 /// The rows of the results for a table.
 class ResultsModel : public RowsModel<QAbstractTableModel, ResultsViewModel::Row> {

@@ -52,10 +52,11 @@ constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
      {Column::starts, 112, 0, 0},
      {Column::length, 66, 0, 0},
      {Column::match, 0, 28, 0},
-     {Column::sound, 0, 25, 104},
+     {Column::sound, 0, 25, 150},
      {Column::begins, 116, 0, 0},
      {Column::loudness, 92, 0, 0}}};
 constexpr int marksWidth = 76;
+constexpr double mostOfName = 0.34, mostOfCompactName = 0.45; ///< of what the columns share
 constexpr double reasonWidth = 240; ///< below the status, why it is doubtful: the beginning at least
 
 /// So that the longest of the usual ones is not cut in any language.
@@ -316,6 +317,9 @@ void ResultsView::fitColumns() {
     const auto shareOf = [this](const ColumnWidth* one) {
         return shares_[static_cast<std::size_t>(one->column)];
     };
+    const auto leastOf = [](const ColumnWidth* one) {
+        return one->column == Column::match ? leastStatusWidth() : one->least;
+    };
     const auto shared = [&] {
         double sum = 0;
         for (const ColumnWidth* one : sharing) sum += shareOf(one);
@@ -325,19 +329,29 @@ void ResultsView::fitColumns() {
         table_->setColumnWidth(static_cast<int>(one->column), points);
         rest -= points;
     };
-    // By their needs, where there is too little for all, it is the longest texts that are cut.
+    // By their needs, where there is too little for all: the clip's name first, by which it is known, and
+    // then it is the longest texts that are cut.
     if (!areSharesChosen_ && shared() > rest) {
+        const auto needOf = [&](const ColumnWidth* one) {
+            return std::min(shareOf(one), leastOf(one) * 1.0);
+        };
+        double kept = 0; // for those that follow
+        for (const ColumnWidth* one : sharing)
+            if (one->column != Column::name) kept += needOf(one);
+        const auto name = std::ranges::find(sharing, Column::name, &ColumnWidth::column);
+        give(*name, static_cast<int>(std::min(
+                        {shareOf(*name), (isCompact ? mostOfCompactName : mostOfName) * rest, rest - kept})));
+        sharing.erase(name);
         std::ranges::sort(sharing, {}, shareOf);
         for (auto left = std::ssize(sharing); left > 0; --left) {
             const ColumnWidth* one = sharing[sharing.size() - static_cast<std::size_t>(left)];
-            give(one, std::min(static_cast<int>(shareOf(one)), rest / static_cast<int>(left)));
+            kept -= needOf(one);
+            const double equal = std::max(rest / static_cast<double>(left), needOf(one));
+            give(one, static_cast<int>(std::min({shareOf(one), equal, rest - kept})));
         }
         sharing.clear();
     }
     // Those whose share is too small get what they need, and the others share what that leaves.
-    const auto leastOf = [&](const ColumnWidth* one) {
-        return one->column == Column::match ? leastStatusWidth() : one->least;
-    };
     const auto needy = [&] {
         const double sum = shared();
         return std::ranges::find_if(

@@ -44,8 +44,14 @@ QVariant OutlineListModel::data(const QModelIndex& index, int role) const {
     case Qt::AccessibleTextRole:
         return spokenRow(shown);
     case Qt::AccessibleDescriptionRole:
-    case Qt::ToolTipRole:
         return translatedSentence(shown.status);
+    case Qt::ToolTipRole: {
+        QStringList lines{text(shown.label), translatedSentence(shown.facts),
+                          translatedSentence(shown.status)};
+        lines.removeAll(QString());
+        lines.removeDuplicates();
+        return lines.join(QLatin1Char('\n'));
+    }
     default:
         return {};
     }
@@ -108,9 +114,11 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         const QString name = text(row.label);
         // The name of a file has its number at the beginning, that of a clip its camera at the end.
         line({inner.left(), inner.top() + 2, inner.width(), half}, textFont(), strong, name,
-             name.contains(QLatin1Char(' ')) ? Qt::ElideMiddle : Qt::ElideRight);
-        line({inner.left(), inner.top() + half, factsWidth, half - 2}, factsFont(), weak,
-             translatedSentence(row.facts), Qt::ElideRight); // a camera counts at the beginning
+             name.contains(QLatin1Char(' ')) ? Qt::ElideMiddle
+                                             : elisionOfFile(QFontMetrics(textFont()), name, inner.width()));
+        const QString below = translatedSentence(row.facts);
+        line({inner.left(), inner.top() + half, factsWidth, half - 2}, factsFont(), weak, below,
+             elisionOfFile(QFontMetrics(factsFont()), below, factsWidth));
     }
     if (option.state.testFlag(QStyle::State_HasFocus)) {
         painter->setRenderHint(QPainter::Antialiasing, false);

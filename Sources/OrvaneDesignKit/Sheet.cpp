@@ -1,5 +1,7 @@
 #include "OrvaneDesignKit/Sheet.h"
 
+#include "OrvaneDesignKit/WheelNeedsFocus.h"
+
 #include <QHBoxLayout>
 #include <QSignalBlocker>
 #include <QSlider>
@@ -52,7 +54,8 @@ void Sheet::present() {
 
 SliderField::SliderField(const QString& accessibleName, Range range, const QString& unit,
                          std::function<void(int)> changed, QWidget* parent)
-    : QWidget(parent), slider_(new QSlider(Qt::Horizontal)), field_(new QSpinBox), range_(range) {
+    : QWidget(parent), slider_(new WheelNeedsFocus<QSlider>(Qt::Horizontal)),
+      field_(new WheelNeedsFocus<QSpinBox>), range_(range) {
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(space::small);

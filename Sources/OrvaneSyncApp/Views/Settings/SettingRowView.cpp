@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/Settings/SettingRowView.h"
 
+#include "OrvaneDesignKit/WheelNeedsFocus.h"
 #include "OrvaneSyncApp/Views/Settings/PatternEditorView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
@@ -15,7 +16,6 @@
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QSpinBox>
-#include <QWheelEvent>
 
 #include <cmath>
 
@@ -29,21 +29,6 @@ namespace {
 constexpr int controlWidth = 370;
 constexpr int percentWidth = 86;
 constexpr int hundred = 100;
-
-/// A wheel over a page scrolls the page, and changes no value below the pointer.
-template <class Control>
-class WheelNeedsFocus : public Control {
-  public:
-    WheelNeedsFocus() { this->setFocusPolicy(Qt::StrongFocus); }
-
-  protected:
-    void wheelEvent(QWheelEvent* event) override {
-        if (this->hasFocus())
-            Control::wheelEvent(event);
-        else
-            event->ignore();
-    }
-};
 
 Signal signalOf(SettingRemark::Kind kind) {
     switch (kind) {

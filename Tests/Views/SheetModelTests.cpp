@@ -49,7 +49,7 @@ TEST(DoubtCures, SayForTheWindowWhatTheTerminalHasOptionsFor) {
          true},
         {"choose in the table of 'scan --review', or take the first of each with --choose first",
          "choose the recording in the clip's menu, or take the first of each with “Choose First Recordings”",
-         {"Choose First"},
+         {"Choose First Recordings"},
          false},
         {"--sound-date 2026-11-21 in a scan of this day alone (--video '/a b/c' --audio FOLDER, FOLDER being "
          "where "

@@ -63,6 +63,14 @@ TEST_F(SheetTest, NamesAndApprovesSoundWithoutPicture) {
     ASSERT_TRUE(waitUntil([&] { return work().wildTracks()[0].customName == "Room of scene 12"; }));
     list->topLevelItem(0)->setCheckState(6, Qt::Checked);
     EXPECT_TRUE(waitUntil([&] { return work().wildTracks()[0].isApproved; }));
+    // Its keys mean the recording, and no clip of the list above.
+    list->setCurrentItem(list->topLevelItem(0));
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_TRUE(waitUntil([&] { return !work().wildTracks()[0].isApproved; }));
+    QTest::keyClick(list, Qt::Key_L, Qt::ControlModifier);
+    EXPECT_TRUE(std::ranges::none_of(work().syncGroups(),
+                                     [](const SyncGroup& clip) { return clip.isApproved || clip.isLocked; }));
 }
 
 TEST_F(SheetTest, TellsTheDesktopWhatEndedUnseen) {

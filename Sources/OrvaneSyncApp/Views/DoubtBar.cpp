@@ -20,23 +20,31 @@ DoubtBar::DoubtBar(Desktop& desktop, QWidget* parent) : QFrame(parent), desktop_
     auto* top = new QHBoxLayout;
     top->addWidget(new Badge(Signal::doubtful, {}), 0, Qt::AlignTop);
     top->addWidget(text_ = label(QString()), 1);
+    // Beside the text, at the top: they stay where they are, however many lines the next one has.
+    top->addWidget(position_ = facts({}), 0, Qt::AlignTop);
+    position_->setWordWrap(false);
+    const auto step = [&](const QString& name, const QString& tip, bool isBack) {
+        QPushButton* made = button(name, Weight::quiet);
+        made->setToolTip(tip);
+        top->addWidget(made, 0, Qt::AlignTop);
+        connect(made, &QPushButton::clicked, this, [this, isBack] {
+            shown_ += isBack ? doubts_.size() - 1 : 1;
+            showOne();
+        });
+        return made;
+    };
+    previous_ = step(QStringLiteral("‹"), tr("Shows the doubt before"), true);
+    previous_->setAccessibleName(tr("Previous"));
+    next_ = step(tr("Next"), tr("Shows the next doubt"), false);
     rows->addLayout(top);
     buttons_ = new QHBoxLayout;
     buttons_->setSpacing(space::small);
     buttons_->addWidget(clips_ = button(tr("Show Clips")));
     clips_->setToolTip(tr("Selects the clips that this is about"));
     buttons_->addStretch(1);
-    buttons_->addWidget(position_ = facts({}));
-    position_->setWordWrap(false);
-    buttons_->addWidget(next_ = button(tr("Next"), Weight::quiet));
-    next_->setToolTip(tr("Shows the next doubt"));
     rows->addLayout(buttons_);
     connect(clips_, &QPushButton::clicked, this, [this] {
         if (whenClipsWanted) whenClipsWanted(doubts_[shown_].groupIDs);
-    });
-    connect(next_, &QPushButton::clicked, this, [this] {
-        ++shown_;
-        showOne();
     });
     setVisible(false);
 }
@@ -56,7 +64,7 @@ void DoubtBar::showOne() {
     setAccessibleName(message);
     position_->setText(tr("%1 of %2").arg(shown_ + 1).arg(doubts_.size()));
     position_->setVisible(doubts_.size() > 1);
-    next_->setVisible(doubts_.size() > 1);
+    for (QPushButton* one : {previous_, next_}) one->setVisible(doubts_.size() > 1);
     clips_->setVisible(!doubt.groupIDs.empty()); // a file that is under no clip
     for (QPushButton* one : steps_) one->deleteLater();
     steps_.clear();

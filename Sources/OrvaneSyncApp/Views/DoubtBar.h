@@ -33,6 +33,7 @@ class DoubtBar : public QFrame {
     QLabel* text_;
     QLabel* position_;
     QPushButton* clips_;
+    QPushButton* previous_;
     QPushButton* next_;
     QHBoxLayout* buttons_;
     std::vector<QPushButton*> steps_;

@@ -6,6 +6,7 @@
 
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QScrollBar>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -64,19 +65,38 @@ WildTracksView::WildTracksView(Desktop& desktop, QWidget* parent) : QWidget(pare
 }
 
 bool WildTracksView::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == list_ && event->type() == QEvent::KeyPress &&
-        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space && list_->currentItem() != nullptr &&
-        list_->currentColumn() != approveColumn) {
-        play(*list_->currentItem());
+    const bool isAsked = event->type() == QEvent::ShortcutOverride;
+    if (watched != list_ || (!isAsked && event->type() != QEvent::KeyPress))
+        return QWidget::eventFilter(watched, event);
+    const auto* key = static_cast<QKeyEvent*>(event);
+    const bool isReturn = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
+    const bool isControl = key->modifiers().testFlag(Qt::ControlModifier);
+    const bool isOfClips = isControl && (isReturn || key->key() == Qt::Key_L || key->key() == Qt::Key_R);
+    if (isAsked) {
+        // They mean the recording that is chosen here, or nothing: no clip of the list above.
+        if (!isOfClips && key->key() != Qt::Key_F2) return false;
+        event->accept();
         return true;
     }
-    return QWidget::eventFilter(watched, event);
+    QTreeWidgetItem* row = list_->currentItem();
+    if (row == nullptr) return false;
+    if (key->key() == Qt::Key_F2)
+        list_->editItem(row, nameColumn);
+    else if (isControl && isReturn)
+        row->setCheckState(approveColumn,
+                           row->checkState(approveColumn) == Qt::Checked ? Qt::Unchecked : Qt::Checked);
+    else if (key->key() == Qt::Key_Space && list_->currentColumn() != approveColumn)
+        play(*row);
+    else
+        return isOfClips;
+    return true;
 }
 
 void WildTracksView::fill() {
     const auto& tracks = desktop_.controller().work().wildTracks();
     const QString current =
         list_->currentItem() ? list_->currentItem()->data(0, wildTrackRole).toString() : QString();
+    const int column = std::max(list_->currentColumn(), 0), scrolled = list_->verticalScrollBar()->value();
     isFilling_ = true;
     list_->clear();
     std::size_t approved = 0;
@@ -98,12 +118,14 @@ void WildTracksView::fill() {
         row->setToolTip(playColumn, tr("Play or pause (Space)"));
         row->setToolTip(nameColumn, tr("Double click or F2 names the recording"));
         row->setToolTip(fileColumn, text(track.audio.url.pathText()));
-        row->setToolTip(approveColumn, tr("Ticked recordings go into the document."));
+        row->setToolTip(approveColumn, tr("Ticked recordings go into the document (Ctrl+Return)."));
         row->setData(playColumn, Qt::AccessibleTextRole, tr("Play or pause (Space)"));
-        if (text(track.id.text()) == current) list_->setCurrentItem(row);
+        if (text(track.id.text()) == current) list_->setCurrentItem(row, column);
         if (track.isApproved) ++approved;
     }
     isFilling_ = false;
+    list_->doItemsLayout();
+    list_->verticalScrollBar()->setValue(scrolled);
     title_->setText(
         tr("Sound without picture: %1, %2 approved for the document").arg(tracks.size()).arg(approved));
     setVisible(!tracks.empty());

@@ -136,7 +136,7 @@ std::optional<Spoken> spoken(const Quoted& quoted) {
     if (quoted.option == "--set") return spokenSetting(value);
     if (quoted.option == "--choose" && value == "first")
         return Spoken{"“Choose First Recordings”",
-                      CureStep{"Choose First", "chooseFirst", JSON::object(), false}};
+                      CureStep{"Choose First Recordings", "chooseFirst", JSON::object(), false}};
     const bool isFolder = value.starts_with('\'') || value == "FOLDER";
     if (quoted.option == "--video" && isFolder) return Spoken{"picture: " + value, std::nullopt};
     if (quoted.option == "--audio" && isFolder) return Spoken{"sound: " + value, std::nullopt};

@@ -92,6 +92,11 @@ TEST_F(ReviewModelTest, aClipOpensOnTheClapThatIsFound) {
     EXPECT_EQ(pictureNote(shown, *engine_, false)->title, "The camera file is missing");
     load();
     EXPECT_TRUE(model_->canCheckClap());
+    press(KeyAction::nudgePeriodPlus);
+    EXPECT_DOUBLE_EQ(at(), 4.54);
+    controller_->undo();
+    mainThread_->runPosted();
+    EXPECT_DOUBLE_EQ(at(), 4.5) << "who stands on the clap stays there";
     controller_->clips().adjustAudioOffset(id_, 60);
     EXPECT_FALSE(model_->canCheckClap()) << "the clap lies behind the picture";
     model_->clapCheck();

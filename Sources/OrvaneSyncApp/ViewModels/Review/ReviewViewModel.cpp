@@ -7,6 +7,7 @@
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Timecode/Timecode.h"
 
+#include <cmath>
 #include <utility>
 
 namespace orvane {
@@ -101,9 +102,22 @@ void ReviewViewModel::follow() {
     const SyncGroup* clip = group();
     if (clip == nullptr) return close();
     ClipSound sound(*clip);
+    const double moved = sound.offsetSeconds - engine_->syncOffsetSeconds();
     engine_->setAudio(std::move(sound.take));
     engine_->setSyncOffsetSeconds(sound.offsetSeconds);
     timeline_.show(*groupID_);
+    if (moved != 0) stayOnClap(moved);
+}
+
+/// Who stands on the clap stays on it where the sound was moved, also by an undo.
+void ReviewViewModel::stayOnClap(double movedSeconds) {
+    const auto& anchor = group()->audioAnchorOffsetInAudioSeconds;
+    if (!anchor || !engine_->transport().isLoaded || engine_->transport().isPlaying || engine_->isSkimming())
+        return;
+    const double clap = *anchor + ClipSound(*group()).primaryOffsetSeconds();
+    const PlayheadState& playhead = engine_->playhead();
+    if (std::abs(playhead.seconds() - (clap - movedSeconds)) < playhead.frameLength().seconds() / 2)
+        engine_->moveTo(clap);
 }
 
 // Keys

@@ -75,6 +75,7 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     static platform::Task drag(std::weak_ptr<ReviewViewModel> weak, UUID groupID, platform::Task dragging);
     const SyncGroup* group() const;
     void follow();
+    void stayOnClap(double movedSeconds);
     void decide(KeyAction action);
     void jumpToOnset(bool previous);
     void step(int frames);

@@ -4,6 +4,7 @@
 #include <QButtonGroup>
 #include <QHBoxLayout>
 #include <QHelpEvent>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QResizeEvent>
 #include <QStyleOption>
@@ -31,8 +32,26 @@ QPixmap glyphPixmap(Glyph glyph, int side, const QColor& colour, double ratio) {
 
 } // namespace
 
+namespace {
+
+/// Return presses the one that has the keyboard, as Space does, and not the main one of its sheet.
+class PressedByReturn : public QPushButton {
+  public:
+    using QPushButton::QPushButton;
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+            click();
+        else
+            QPushButton::keyPressEvent(event);
+    }
+};
+
+} // namespace
+
 QPushButton* button(const QString& text, Weight weight) {
-    auto* made = new QPushButton(text);
+    QPushButton* made = new PressedByReturn(text);
     made->setIconSize({text.isEmpty() ? glyphSide : glyphSide + space::tight, glyphSide});
     made->setCursor(Qt::PointingHandCursor);
     if (weight == Weight::primary) made->setProperty("primary", true);
@@ -244,6 +263,10 @@ void Banner::show(Signal signal, const QString& text, const QString& buttonText,
 }
 
 void Banner::clear() { show(Signal::none, {}); }
+
+void Banner::focusButton() {
+    if (!action_->isHidden()) action_->setFocus(Qt::OtherFocusReason);
+}
 
 EmptyState::EmptyState(Glyph glyph, const QString& title, const QString& text, QWidget* parent)
     : QWidget(parent), title_(design::title(title)), text_(label(text)), layout_(new QVBoxLayout(this)) {

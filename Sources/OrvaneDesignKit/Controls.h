@@ -87,6 +87,8 @@ class Banner : public QFrame {
     void show(Signal signal, const QString& text, const QString& buttonText = {},
               std::function<void()> action = {});
     void clear();
+    /// Gives the keyboard to the button, where there is one.
+    void focusButton();
     QString text() const { return text_->text(); }
     Signal signal() const { return signal_; } ///< none: asks for nothing
 

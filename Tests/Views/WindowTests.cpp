@@ -1,4 +1,5 @@
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
@@ -9,11 +10,13 @@
 #include <QAbstractItemDelegate>
 #include <QAbstractScrollArea>
 #include <QAction>
+#include <QInputDialog>
 #include <QKeyEvent>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStackedWidget>
 #include <QTableView>
+#include <QTimer>
 #include <QToolButton>
 #include <QTreeWidget>
 
@@ -157,6 +160,20 @@ TEST_F(WindowTest, ColumnsShareTheWidthByWhatTheirTextsNeed) {
     show("A001C001_261126.mov", "T1.wav");
 }
 
+TEST_F(WindowTest, ANewNameHoldsNothingThatTheNamingAdds) {
+    scan();
+    QTimer::singleShot(0, window_.get(), [&] {
+        auto* question = window_->findChild<QInputDialog*>();
+        ASSERT_NE(question, nullptr);
+        question->setTextValue(question->textValue() + "x");
+        EXPECT_TRUE(question->labelText().endsWith(question->textValue() + " Cam A"));
+        question->accept();
+    });
+    window_->results().rename(clip("A001C001").id);
+    EXPECT_EQ(exportedName(desktop_->controller(), clip("A001C001"), *clip("A001C001").manualClipName),
+              *clip("A001C001").manualClipName + " Cam A");
+}
+
 TEST_F(WindowTest, ScansNothingWhereAFolderThatIsNamedIsNotThere) {
     window_->openPaths({text(folder_.path("shoot/camera")), text(folder_.path("gone"))});
     EXPECT_TRUE(bannerText().contains("gone”") && !bannerText().contains("camera"))
@@ -257,7 +274,7 @@ TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
     press(exporting, "Export");
     EXPECT_TRUE(outcome->text().contains("already"));
     EXPECT_EQ(folder_.read("out.fcpxml"), "somebody else's");
-    press(exporting, "Replace It");
+    QTest::keyClick(exporting.focusWidget(), Qt::Key_Return); // answers "Replace It"
     ASSERT_TRUE(waitUntil([&] { return outcome->text().startsWith("Written"); }))
         << outcome->text().toStdString();
     EXPECT_NE(folder_.read("out.fcpxml").find("<fcpxml"), std::string::npos);

@@ -20,6 +20,7 @@
 #include <QResizeEvent>
 #include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QSettings>
 #include <QTime>
 #include <QUrl>
@@ -256,6 +257,7 @@ void ExportSheet::fitHeight() {
 void ExportSheet::refuse(Signal signal, const QString& why, const QString& answer,
                          std::function<void()> action) {
     outcome_->show(signal, why, answer, std::move(action));
+    outcome_->focusButton(); // a second Return answers
     fitHeight();
     // What is wrong is nearly always the place; it is scrolled to once the sheet has its new height.
     QMetaObject::invokeMethod(
@@ -323,7 +325,11 @@ void ExportSheet::written(const JSON& answer) {
     if (const QString event = event_->text().trimmed(); !event.isEmpty())
         setOption(settings::eventName.key, JSON(utf8(event)));
     const QString place = QDir::cleanPath(place_->text().trimmed());
-    outcome_->show(Signal::matched,
+    std::vector<std::string> lines;
+    if (const JSON* warnings = answer.find("warnings"); warnings != nullptr && warnings->isArray())
+        for (const JSON& one : *warnings->elements())
+            if (one.string() != nullptr) lines.push_back(*one.string());
+    outcome_->show(lines.empty() ? Signal::matched : Signal::doubtful,
                    tr("Written at %4: %1 clips and %2 multicam clips in %3")
                        .arg(count("syncClipCount"))
                        .arg(count("multicamCount"))
@@ -331,15 +337,18 @@ void ExportSheet::written(const JSON& answer) {
                    tr("Show Folder"), [place] {
                        QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(place).absolutePath()));
                    });
-    std::vector<std::string> lines;
-    if (const JSON* warnings = answer.find("warnings"); warnings != nullptr && warnings->isArray())
-        for (const JSON& one : *warnings->elements())
-            if (one.string() != nullptr) lines.push_back(*one.string());
     warnings_->setText(tr("Export finished with warnings") + QLatin1Char('\n') + listed(lines));
     QSettings().setValue(placeKey, QFileInfo(place).absolutePath());
     warnings_->setVisible(!lines.empty());
     fitHeight();
-    if (!lines.empty()) sections_->ensureWidgetVisible(warnings_);
+    if (!lines.empty()) // scrolled to once the sheet has its new height
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                const int top = warnings_->mapTo(sections_->widget(), QPoint()).y();
+                sections_->verticalScrollBar()->setValue(top - space::small);
+            },
+            Qt::QueuedConnection);
     close_->setText(tr("Done"));
     write_->setEnabled(true);
     mayReplace_ = true; // what was just written

@@ -24,8 +24,15 @@ bool SearchKeys::clears(const QWidget& field) {
 }
 
 bool SearchKeys::eventFilter(QObject*, QEvent* event) {
-    if (event->type() != QEvent::KeyPress) return false;
-    switch (static_cast<QKeyEvent*>(event)->key()) {
+    if (event->type() != QEvent::KeyPress && event->type() != QEvent::ShortcutOverride) return false;
+    const auto* key = static_cast<QKeyEvent*>(event);
+    if (event->type() == QEvent::ShortcutOverride) {
+        // The field would go to its end by the key of the export.
+        const bool isExport = key->modifiers() == Qt::ControlModifier && key->key() == Qt::Key_E;
+        if (isExport) event->ignore();
+        return isExport;
+    }
+    switch (key->key()) {
     case Qt::Key_Down:
     case Qt::Key_Return:
     case Qt::Key_Enter:

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/ViewModels/Inspector/KeyOverview.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace orvane {
@@ -90,6 +91,9 @@ std::vector<KeyGroup> keyOverview(const ShortcutBindings& bindings, const Review
             {action, keyText(shortcut), std::string(label(action)), std::string(helpText(action)),
              isReached && actsNow(action, situation)});
     }
+    const std::string noKey = keyText(Shortcut::unbound);
+    for (KeyGroup& group : groups)
+        std::ranges::stable_partition(group.rows, [&](const KeyGroup::Row& row) { return row.key != noKey; });
     groups.push_back(keysOfTheWindow(situation));
     std::erase_if(groups, [](const KeyGroup& group) { return group.rows.empty(); });
     return groups;

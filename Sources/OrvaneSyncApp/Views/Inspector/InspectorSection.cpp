@@ -88,10 +88,17 @@ void addFact(QGridLayout* grid, const std::string& name, const std::string& valu
 }
 
 QString breakable(std::string_view utf8) {
+    const QString whole = text(utf8);
+    const auto isDigit = [&](qsizetype at) { return at >= 0 && at < whole.size() && whole[at].isDigit(); };
     QString shown;
-    for (const QChar one : text(utf8)) {
-        shown += one;
-        if (QStringLiteral("_-./").contains(one)) shown += QChar(0x200b); // a place to break, of no width
+    for (qsizetype i = 0; i < whole.size(); ++i) {
+        const QChar one = whole[i];
+        // A number stays whole, and by its unit.
+        const bool isInNumber = one == QLatin1Char('.') && isDigit(i - 1) && isDigit(i + 1);
+        const bool isBeforeUnit = one == QLatin1Char(' ') && isDigit(i - 1) && !isDigit(i + 1);
+        shown += isBeforeUnit ? QChar(QChar::Nbsp) : one;
+        if (QStringLiteral("_-./").contains(one) && !isInNumber)
+            shown += QChar(0x200b); // a place to break, of no width
     }
     return shown;
 }

@@ -150,7 +150,10 @@ void SyncSection::show(const SyncGroup& clip) {
     method_->setCurrentIndex(static_cast<int>(part.method));
     methodText_->setText(translated(description(part.method)));
     frames_->show(text(part.offsetFrames));
-    seconds_->show(text(part.offsetInSeconds));
+    // With its unit a number gets the decimal point of the language.
+    QString seconds = translatedSentence(part.offsetInSeconds + " s");
+    seconds.chop(2);
+    seconds_->show(seconds);
     for (EntryField* field : {frames_, seconds_}) field->setEnabled(part.hasSound);
     anchor_->setText(translatedSentence(part.anchor));
     const auto showButton = [](QPushButton* button, const std::string& reason, const QString& help) {

@@ -19,8 +19,8 @@ using namespace design;
 namespace {
 
 constexpr int keyRowHeight = 22;
-constexpr int keyColumnWidth = 340;
-constexpr int keyNameWidth = 108;
+constexpr int keyLabelWidth = 232;
+constexpr int leastKeyNameWidth = 108;
 constexpr int keyShade = 235; ///< of 255: the screen below shines through a little
 
 bool takesTypedText(const QWidget* widget) {
@@ -35,6 +35,15 @@ bool isModifierKey(int key) {
 
 QString keyName(const KeyGroup::Row& row) {
     return row.key == keyText(Shortcut::unbound) ? QObject::tr("no key") : translatedKey(row.key);
+}
+
+int widthOfKeyNames(const std::vector<KeyGroup>& groups) {
+    const QFontMetrics metrics(factsFont());
+    int widest = leastKeyNameWidth;
+    for (const KeyGroup& group : groups)
+        for (const KeyGroup::Row& row : group.rows)
+            widest = std::max(widest, metrics.horizontalAdvance(keyName(row)) + space::small);
+    return widest;
 }
 
 int heightOfKeys(const KeyGroup& group) { return (static_cast<int>(group.rows.size()) + 2) * keyRowHeight; }
@@ -122,7 +131,11 @@ void KeyOverlay::paintEvent(QPaintEvent*) {
     // Groups go into the columns one after the other, each into the first that has room.
     const int top = space::large + 2 * keyRowHeight;
     const int room = height() - top - space::medium;
-    const int columns = std::max(1, (width() - space::medium) / keyColumnWidth);
+    const int keyNameWidth = widthOfKeyNames(groups_);
+    const int columns = std::max(1, (width() - space::medium) / (keyNameWidth + keyLabelWidth));
+    // What is left of the width is for the labels.
+    const int keyColumnWidth =
+        std::min((width() - 2 * space::medium) / columns, keyNameWidth + 2 * keyLabelWidth);
     std::vector<int> used(static_cast<std::size_t>(columns), 0);
     const int left = std::max<int>((width() - columns * keyColumnWidth) / 2, space::medium);
     painter.setFont(titleFont());

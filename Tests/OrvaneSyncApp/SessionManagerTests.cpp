@@ -1,9 +1,12 @@
 #include "OrvaneSyncApp/SessionManagerTest.h"
 
+#include "MediaFactory/SmallShoot.h"
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 
 #include <algorithm>
+#include <fstream>
+#include <map>
 
 namespace orvane {
 namespace {
@@ -118,10 +121,10 @@ TEST_F(SessionManagerTest, savesAfterChangesByTheTimerAndWhenLeft) {
     manager_->start(controller_);
     const UUID id = newSession();
     const auto modified = [&] { return manager_->session(id)->modified; };
-    const auto saves = [&](const std::function<void()>& deed) {
+    const auto saves = [&](const std::function<void()>& act) {
         const Date before = modified();
         mainThread_->advance(1ms);
-        deed();
+        act();
         return modified() != before;
     };
     // No clips: nothing to keep.
@@ -183,7 +186,7 @@ TEST_F(SessionManagerTest, theNewestSaveWinsAndNoneIsLostToAnother) {
     manager_->start(controller_);
     struct Case {
         const char* name;
-        std::function<void(const UUID& id, const UUID& other)> deed;
+        std::function<void(const UUID& id, const UUID& other)> act;
     };
     const Case cases[] = {
         {"two saves at once",
@@ -216,7 +219,7 @@ TEST_F(SessionManagerTest, theNewestSaveWinsAndNoneIsLostToAnother) {
         bringClips(2);
         flush();
         approveFirst();
-        c.deed(id, other);
+        c.act(id, other);
         if (manager_) flush();
         manager_.reset();
         const auto kept = onDisk(id);
@@ -361,20 +364,127 @@ TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {
     EXPECT_EQ(settings_->get(settings::eventName), "one");
 }
 
-TEST_F(SessionManagerTest, foldersOfAnotherShootLeaveTheOpenSessionAlone) {
-    manager_->start(controller_);
+/// The sessions with the commands of the windows and of `serve`.
+class SessionCommandTest : public SessionManagerTest {
+  protected:
+    SessionCommandTest() {
+        manager_->start(controller_);
+        context_.controller = controller_;
+        context_.sessions = manager_;
+        context_.settings = settings_;
+    }
+
+    platform::Task begin(std::string_view id, std::map<std::string, std::string> arguments = {}) {
+        const auto row = std::ranges::find(commands::allCommands(), id, &commands::Command::id);
+        platform::JSON json = platform::JSON::object();
+        for (auto& [name, value] : arguments) json.set(name, std::move(value));
+        const commands::Call call(*row, &json);
+        if (row->whenDone) return row->whenDone(context_, call, std::make_shared<platform::JSON>());
+        row->now(context_, call);
+        return platform::Task::ended();
+    }
+    void run(std::string_view id, std::map<std::string, std::string> arguments = {}) {
+        finish(begin(id, std::move(arguments)));
+    }
+
+    commands::CommandContext context_;
+};
+
+TEST_F(SessionCommandTest, whateverTakesThePlaceOfWorkItsSessionKeepsIt) {
+    const test::TemporaryDirectory shoot;
+    test::makeSmallShoot(shoot.path());
+    const auto scanShoot = [&] {
+        run("setFolders", {{"videoFolder", shoot.path("camera")}, {"audioFolder", shoot.path("sound")}});
+        return begin("startScan");
+    };
+    finish(scanShoot());
+    const std::string project = shoot.path("day.orvanesync");
+    run("saveProject", {{"path", project}});
+    enum class Then : std::uint8_t { none, other, anew };
+    struct Case {
+        const char* name;
+        std::function<void(const UUID& other)> act;
+        Then then;
+    };
+    const Case cases[] = {
+        {"closed", [&](const UUID&) { run("reset"); }, Then::none},
+        {"closed while another is read",
+         [&](const UUID& other) {
+             const platform::Task loading = manager_->load(other, controller_);
+             run("reset");
+             finish(loading);
+         },
+         Then::none},
+        {"closed, then a scan",
+         [&](const UUID&) {
+             run("reset");
+             finish(scanShoot());
+             manager_->beginSessionOfOpenWork(*controller_);
+         },
+         Then::anew},
+        {"closed during a scan",
+         [&](const UUID&) {
+             const platform::Task scan = scanShoot();
+             run("reset");
+             mainThread_->waitUntil([&] { return scan.isDone(); });
+         },
+         Then::none},
+        {"other folders scanned", [&](const UUID&) { finish(scanShoot()); }, Then::anew},
+        {"such a scan stopped",
+         [&](const UUID&) {
+             const platform::Task scan = scanShoot();
+             controller_->scan().stopScan();
+             mainThread_->waitUntil([&] { return scan.isDone(); });
+         },
+         Then::anew},
+        {"a project opened",
+         [&](const UUID&) {
+             run("loadProject", {{"path", project}});
+         },
+         Then::anew},
+        {"another session opened",
+         [&](const UUID& other) {
+             run("loadSession", {{"sessionId", other.text()}});
+         },
+         Then::other},
+        {"closed, then another opened",
+         [&](const UUID& other) {
+             run("reset");
+             run("loadSession", {{"sessionId", other.text()}});
+         },
+         Then::other},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const UUID other = newSession();
+        bringClips(1);
+        const UUID id = newSession();
+        bringClips(2);
+        flush();
+        const std::string otherBefore = folder_.read(file(other, "groups.json"));
+        approveFirst(); // nothing of it is written yet
+        c.act(other);
+        flush();
+        mainThread_->advance(20s);
+        flush();
+        const SyncGroupList kept = onDisk(id).groups;
+        ASSERT_EQ(kept.size(), 2U);
+        EXPECT_TRUE(kept.front().isApproved);
+        const auto& current = manager_->currentSessionId();
+        EXPECT_EQ(current.has_value(), c.then != Then::none);
+        EXPECT_EQ(current == other, c.then == Then::other);
+        EXPECT_NE(current, id);
+        EXPECT_EQ(folder_.read(file(other, "groups.json")), otherBefore);
+        EXPECT_EQ(current ? onDisk(*current).groups.size() : 0U, controller_->work().syncGroups().size());
+    }
+}
+
+TEST_F(SessionCommandTest, foldersOfAnotherShootLeaveTheOpenSessionAlone) {
     const UUID first = newSession();
     bringClips(2);
     approveFirst();
-    commands::CommandContext context;
-    context.controller = controller_;
-    context.sessions = manager_;
-    context.settings = settings_;
     const auto choose = [&](const char* which, const std::string& folder) {
-        const auto row = std::ranges::find(commands::allCommands(), "setFolders", &commands::Command::id);
-        platform::JSON arguments = platform::JSON::object();
-        arguments.set(which, folder);
-        row->now(context, commands::Call(*row, &arguments));
+        run("setFolders", {{which, folder}});
     };
     const test::TemporaryDirectory other;
     choose("videoFolder", "/");
@@ -393,6 +503,17 @@ TEST_F(SessionManagerTest, foldersOfAnotherShootLeaveTheOpenSessionAlone) {
     const UUID second = *manager_->currentSessionId();
     choose("videoFolder", "/");
     EXPECT_EQ(manager_->currentSessionId(), second) << "there is nothing to keep";
+    // Clips that can't be read are kept for who looks at their file; the same folders may be scanned again.
+    bringClips(1, other.path().c_str());
+    flush();
+    std::ofstream(folder_.path(file(second, "groups.json")), std::ios::app) << "]";
+    finish(manager_->load(second, controller_));
+    ASSERT_TRUE(controller_->work().syncGroups().empty());
+    const test::TemporaryDirectory elsewhere;
+    choose("audioFolder", elsewhere.path());
+    EXPECT_EQ(manager_->currentSessionId(), second);
+    choose("videoFolder", elsewhere.path());
+    EXPECT_NE(manager_->currentSessionId(), second);
 }
 
 } // namespace

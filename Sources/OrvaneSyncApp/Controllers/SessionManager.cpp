@@ -18,6 +18,19 @@ namespace {
 
 constexpr std::chrono::seconds autosaveInterval{5};
 
+std::vector<FileURL> allFolders(const SessionFolders& media) {
+    std::vector<FileURL> all = media.scope.moreFolders;
+    for (const auto& one : {media.videoFolder, media.audioFolder})
+        if (one) all.push_back(*one);
+    return all;
+}
+
+/// The same folder, or one within it.
+bool isFolderWithin(const FileURL& inner, const FileURL& outer) {
+    return inner == outer ||
+           inner.path.starts_with(outer.path.ends_with('/') ? outer.path : outer.path + "/");
+}
+
 /// For comparisons: each once, in one order, however it was written.
 std::set<std::string> foldersOf(const std::vector<FileURL>& urls) {
     std::set<std::string> all;
@@ -94,8 +107,9 @@ platform::Task SessionManager::save(const ImportController& controller, std::opt
 void SessionManager::beginSessionOfOpenWork(const ImportController& controller) {
     assertOnMainThread();
     const OpenWork& work = controller.work();
-    if (!currentSessionId_ && !(work.syncGroups().empty() && work.wildTracks().empty()))
-        setCurrentSession(UUID::random());
+    if (currentSessionId_ || (work.syncGroups().empty() && work.wildTracks().empty())) return;
+    setCurrentSession(UUID::random());
+    scheduleSave();
 }
 
 platform::Task SessionManager::save(Work newWork, std::optional<std::string> name) {
@@ -381,10 +395,7 @@ platform::Task SessionManager::findSession(std::vector<FileURL> folders,
                                   platform::throwIfStopped(stop);
                                   const auto record = store.readFolders(id).record;
                                   if (!record) continue;
-                                  std::vector<FileURL> all = record->scope.moreFolders;
-                                  for (const auto& one : {record->videoFolder, record->audioFolder})
-                                      if (one) all.push_back(*one);
-                                  if (!wanted.empty() && foldersOf(all) == wanted) return id;
+                                  if (!wanted.empty() && foldersOf(allFolders(*record)) == wanted) return id;
                               }
                               return std::nullopt;
                           });
@@ -401,6 +412,14 @@ platform::Task SessionManager::newSession(ImportController& controller) {
     }
     setCurrentSession(UUID::random());
     return save(controller);
+}
+
+void SessionManager::close(ImportController& controller) {
+    assertOnMainThread();
+    ++openings_;
+    leaveSession();
+    setCurrentSession(std::nullopt); // before the clips go, so that their going is no change of the session
+    controller.reset();
 }
 
 /// What of the open session waits for a moment of its own happens now.
@@ -461,6 +480,16 @@ void SessionManager::reportProblem() {
 const SessionInfo* SessionManager::session(const UUID& sessionId) const {
     const auto found = std::ranges::find(sessions_, sessionId, &SessionInfo::id);
     return found == sessions_.end() ? nullptr : &*found;
+}
+
+bool SessionManager::keepsClipsFromElsewhere(const std::vector<FileURL>& folders) const {
+    const SessionInfo* current = currentSessionId_ ? session(*currentSessionId_) : nullptr;
+    if (current == nullptr || current->groupCount == 0) return false;
+    return std::ranges::none_of(allFolders(knownFolders_), [&](const FileURL& known) {
+        return std::ranges::any_of(folders, [&](const FileURL& folder) {
+            return isFolderWithin(folder, known) || isFolderWithin(known, folder);
+        });
+    });
 }
 
 void SessionManager::rename(const UUID& sessionId, std::string name) {

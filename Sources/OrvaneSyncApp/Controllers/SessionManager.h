@@ -65,7 +65,8 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     /// its place, or it has failed (`lastSaveError`). Nothing without an open session. A name that is given
     /// stays; a session that nobody has named is named after its media folders.
     platform::Task save(const ImportController& controller, std::optional<std::string> name = std::nullopt);
-    /// Gives work that is open without a session one of its own; nothing where there is one, or no work.
+    /// Gives work that is open without a session one of its own, which is saved; nothing where there is one,
+    /// or no work.
     void beginSessionOfOpenWork(const ImportController& controller);
     /// From now on: saves after every change of clips, wild tracks or folders and every 5 seconds, watches
     /// the settings, and gives a project that is opened a session of its own, after that of the work before
@@ -88,6 +89,9 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     platform::Task loadMostRecentSession(const std::shared_ptr<ImportController>& controller);
     /// Empty work under a new id, saved at once. The task is that of `save`.
     platform::Task newSession(ImportController& controller);
+    /// Goes back to empty work without a session. What was decided in the one that was open is saved there;
+    /// nothing that comes later is.
+    void close(ImportController& controller);
     void loadSessionList();
     /// Leaves in `found` the session with clips, other than the open one, whose media lay in just these
     /// folders, of several the most recently modified; absent where there is none. Reads on the queue.
@@ -106,6 +110,9 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     /// The folder's name and the next shooting day, such as "Dreh DT 008"; nothing without a folder.
     std::optional<std::string> suggestedSessionName(const UUID& sessionId) const;
     const SessionInfo* session(const UUID& sessionId) const;
+    /// Whether the open session has clips on the disk, and its folders there have nothing in common with
+    /// these: none of them is the same as one of these, lies in it or has it in it.
+    bool keepsClipsFromElsewhere(const std::vector<FileURL>& folders) const;
 
     // Folders (SessionManager+Folders.cpp).
 

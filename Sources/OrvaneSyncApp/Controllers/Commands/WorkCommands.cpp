@@ -36,16 +36,18 @@ bool holdsFilesOf(const OpenWork& work, const std::vector<FileURL>& folders) {
 }
 
 /// A scan replaces all clips. Those of another shoot get a session of their own before the folders are
-/// theirs, so that the session that is open stays as it is.
+/// theirs, so that the session that is open stays as it is. Its clips may not be in the work: they could not
+/// be read, or its card was empty today.
 void leaveOtherShoot(CommandContext& context, const std::optional<FileURL>& video,
                      const std::optional<FileURL>& audio, const ScanScope& scope) {
     const OpenWork& work = context.controller->work();
     std::vector<FileURL> folders = scope.moreFolders;
     for (const auto& folder : {video, audio})
         if (folder) folders.push_back(*folder);
-    const bool isEmpty = work.syncGroups().empty() && work.wildTracks().empty();
-    if (isEmpty || folders.empty() || !context.sessions || !context.sessions->currentSessionId()) return;
-    if (!holdsFilesOf(work, folders)) context.sessions->newSession(*context.controller);
+    if (folders.empty() || !context.sessions || !context.sessions->currentSessionId()) return;
+    const bool hasClips = !work.syncGroups().empty() || !work.wildTracks().empty();
+    if (hasClips ? !holdsFilesOf(work, folders) : context.sessions->keepsClipsFromElsewhere(folders))
+        context.sessions->newSession(*context.controller);
 }
 
 /// What is not named stays, a null takes it away. All folders are looked at before one is taken.
@@ -196,9 +198,12 @@ std::vector<Command> workCommands() {
         Command::later("startScan", "Scan & Match", "Reads the folders and matches what is in them.", {},
                        startScan)
             .when([](const CommandContext& context) { return context.controller->scan().canScan(); }),
-        Command("reset", "Close", "Goes back to empty work.", {},
+        Command("reset", "Close", "Goes back to empty work; the session that was open stays as it is.", {},
                 [](CommandContext& context, const Call&) {
-                    context.controller->reset();
+                    if (context.sessions)
+                        context.sessions->close(*context.controller);
+                    else
+                        context.controller->reset();
                     return JSON();
                 }),
         Command::later("state", "State of the Work", "Gives the open work.", {}, state),

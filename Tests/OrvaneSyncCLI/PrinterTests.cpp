@@ -30,7 +30,7 @@ TEST(ExportPreviewText, SaysWhatHelps) {
                            const char* text) {
         ExportSettings settings;
         settings.splitEventsByScene = isSplit;
-        if (isOneAnalysed) settings.smartAudioResults[none.id] = {};
+        if (isOneAnalysed) settings.smartAudioResults[none.id].blocks.emplace_back();
         EXPECT_EQ(exportPreviewText(groups, settings, isNameChosen, isOneAnalysed), text);
     };
     check({none}, false, false, false, "");

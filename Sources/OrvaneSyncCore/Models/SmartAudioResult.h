@@ -109,8 +109,8 @@ struct SmartAudioResult {
     std::vector<IncompleteFile> incompleteFiles;
 
     bool hasAdjustments() const;
-    /// Of a result with block routing: decoding gave at least one window.
-    bool isHeard() const { return !blocks.empty(); }
+    /// Decoding gave at least one window.
+    bool isHeard() const { return !blocks.empty() || !windowedBestTracks.empty(); }
     bool operator==(const SmartAudioResult&) const = default;
 };
 

@@ -13,6 +13,11 @@ class SmartAudioResults : public std::unordered_map<UUID, Shared<SmartAudioResul
   public:
     using std::unordered_map<UUID, Shared<SmartAudioResult>>::unordered_map;
 
+    /// Null where the clip was not analysed, or nothing of its recording could be heard.
+    const SmartAudioResult* heard(const UUID& group) const {
+        const auto found = find(group);
+        return found == end() || !found->second->isHeard() ? nullptr : &*found->second;
+    }
     /// This list's own, to be changed.
     SmartAudioResult& operator[](const UUID& group) {
         return try_emplace(group, SmartAudioResult()).first->second.edit();

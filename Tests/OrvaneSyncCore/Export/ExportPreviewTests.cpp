@@ -53,9 +53,11 @@ TEST(ExportPreview, TellsHowManyClipsWereNotAnalysed) {
     ambiguous.matchStatus = MatchStatus::ambiguous(2);
     SyncGroupList groups{analysed, excluded, ambiguous, matched(picture(), {}, MatchStatus::mos())};
     SmartAudioResults results;
-    results[analysed.id] = {};
+    results[analysed.id].blocks.emplace_back();
     EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).text(), std::nullopt);
-    groups.append(inScene("2"));
+    const SyncGroup unheard = inScene("2"); // its card was away
+    results[unheard.id] = {};
+    groups.append(unheard);
     EXPECT_EQ(
         ExportPreview::smartAudioCoverage(groups, results).text(),
         "1 clips have not been analyzed for Smart Audio — their audio settings won’t be applied in this "

@@ -103,10 +103,11 @@ TEST(VolumeCurves, BelongToTheChannelsOfTheirOwnRecording) {
         EXPECT_EQ(countOf(document(), "<keyframe "), 0U) << name;
         settings.volumeKeyframes = true;
         EXPECT_EQ(curvesOf(readDocument(document())), curves) << name;
+        const std::string missing = result.isHeard() ? "1 clip" : "2 clips";
         EXPECT_EQ(FCPXMLExporter::exportDocument({first, second}, {}, settings).warnings,
-                  std::vector<std::string>{"Volume curves are missing: Smart Audio has not heard 1 clip; "
-                                           "analyze and export again"})
-            << name << ": the second clip";
+                  std::vector<std::string>{"Volume curves are missing: Smart Audio has not heard " + missing +
+                                           "; analyze and export again"})
+            << name << ": the second clip at least";
     };
     check("two blocks", blocks({{10, 1}, {40, 2}}, 0.5),
           "Boom 71999/2s:-6.02dB 288075/8s:-6.02dB 288077/8s:-96dB 72059/2s:-96dB; "

@@ -145,11 +145,10 @@ SmartAudioCounts smartAudioCounts(const WorkSnapshot& work) {
         if (group.measuredLUFS && !group.isMOS()) ++counts.measured;
     const auto& results = work.smartAudioResults();
     for (const SyncGroup& group : work.groups()) {
-        const auto result = results.find(group.id);
-        if (result == results.end() || group.isMOS()) continue;
-        if (!result->second->isHeard()) continue;
+        const SmartAudioResult* result = results.heard(group.id);
+        if (result == nullptr || group.isMOS()) continue;
         ++counts.clips;
-        counts.channels += static_cast<std::int64_t>(result->second->tracks.size());
+        counts.channels += static_cast<std::int64_t>(result->tracks.size());
         counts.chosen += static_cast<std::int64_t>(group.manualActiveTracks.size());
     }
     counts.unheardRecordings = std::ssize(unheardRecordings(work));

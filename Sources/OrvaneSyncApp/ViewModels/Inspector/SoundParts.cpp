@@ -98,7 +98,7 @@ ChannelsPart ChannelsPart::of(const ImportController& controller, const SyncGrou
     const auto found = state.results.find(group.id);
     const SmartAudioResult* result = found == state.results.end() ? nullptr : &*found->second;
     ChannelsPart part;
-    part.isAnalysed = result != nullptr && result->isHeard();
+    part.isAnalysed = state.results.heard(group.id) != nullptr;
     part.isChosenByHand = group.hasManualTrackEdits();
     for (const TimelineChannel& of : timelineChannels(group, state)) {
         Channel channel;

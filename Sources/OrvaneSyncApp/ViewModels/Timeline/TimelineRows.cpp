@@ -32,12 +32,6 @@ void addLine(std::string& text, const std::string& line) {
     text += line;
 }
 
-/// Null where the clip was not analysed, or its recording could not be heard.
-const SmartAudioResult* resultOf(const SmartAudioState& smartAudio, const UUID& groupID) {
-    const auto found = smartAudio.results.find(groupID);
-    return found == smartAudio.results.end() || !found->second->isHeard() ? nullptr : &*found->second;
-}
-
 /// What of the take's block time is routed to each track, in seconds.
 std::map<int, double> secondsByTrack(const std::vector<BlockDecision>& blocks) {
     std::map<int, double> seconds;
@@ -144,7 +138,7 @@ std::string TimelineRows::tooltip(const TimelineRecording& recording) const {
 
 std::vector<TimelineChannel> timelineChannels(const SyncGroup& group, const SmartAudioState& smartAudio) {
     const Take take = takeOf(group, assumedChannels);
-    const SmartAudioResult* result = resultOf(smartAudio, group.id);
+    const SmartAudioResult* result = smartAudio.results.heard(group.id);
     std::vector<TimelineChannel> channels;
     for (int track = 1; track <= take.channelCount; ++track)
         channels.push_back({.track = track, .name = "Track " + std::to_string(track)});
@@ -196,7 +190,7 @@ std::string smartAudioSummary(const SyncGroup& group, const SmartAudioState& sta
                std::to_string(state.progress.current) + " of " + std::to_string(state.progress.total) +
                formatted(" · %.0f %%", state.progress.fraction * percent);
     }
-    const SmartAudioResult* result = resultOf(state, group.id);
+    const SmartAudioResult* result = state.results.heard(group.id);
     if (result == nullptr) {
         if (state.results.contains(group.id))
             return "Smart Audio could not hear the recording — check that its card is connected, and run it "
@@ -229,7 +223,7 @@ TimelineRows timelineRows(const SyncGroup& group, double frameRate, const SmartA
     rows.primaryStart = sound.primaryStartSeconds;
     if (group.audioAnchorOffsetInAudioSeconds)
         rows.anchorSeconds = sound.primaryOffsetSeconds() + *group.audioAnchorOffsetInAudioSeconds;
-    const SmartAudioResult* result = resultOf(smartAudio, group.id);
+    const SmartAudioResult* result = smartAudio.results.heard(group.id);
     const Take take = takeOf(group, assumedChannels);
     rows.soundName = filesText(group, take, names);
     rows.channels = timelineChannels(group, smartAudio);

@@ -56,7 +56,7 @@ SmartAudioCoverage smartAudioCoverage(const SyncGroupList& groups,
     SmartAudioCoverage coverage;
     for (const SyncGroup& group : groups)
         if (group.matchStatus.isSettled() && !group.isExcludedFromExport && !group.isMOS() &&
-            !smartAudioResults.contains(group.id)) {
+            smartAudioResults.heard(group.id) == nullptr) {
             ++coverage.unanalyzed;
             if (!group.manualActiveTracks.empty()) ++coverage.chosenBefore;
         }

@@ -18,7 +18,7 @@ std::optional<std::string> suggestedEventName(const SyncGroupList& groups);
 int projectedEventCount(const SyncGroupList& groups, const ExportSettings& settings);
 
 struct SmartAudioCoverage {
-    int unanalyzed = 0;   ///< clips with sound that have no result
+    int unanalyzed = 0;   ///< clips with sound of which no analysis has heard anything
     int chosenBefore = 0; ///< those of them whose channels are chosen all the same
     /// Nothing when all clips are analysed.
     std::optional<std::string> text() const;

@@ -103,19 +103,31 @@ TEST(CardDoubts, ReasonsSayWhatLiesAtThatTime) {
 
 TEST(CardDoubts, RecordingsThatCountAlikeMayBeOfTwoDays) {
     const test::TemporaryDirectory folder;
-    for (const bool areCopies : {true, false}) {
+    const std::string sound(100'000, 'x'), broken = std::string(60'000, 'x') + std::string(40'000, '\0');
+    struct Case {
+        std::string first;
+        double heldShare;
+        int doubts;
+        TakeRole role; ///< of the second one that the clip lists
+    };
+    const std::vector<Case> cases{{sound, 1, 0, TakeRole::mirror},
+                                  {std::string(100'000, 'y'), 1, 1, TakeRole::alternate},
+                                  {broken, 0.6, 0, TakeRole::alternate}};
+    for (const Case& one : cases) {
         Shot shot{{clipAt("/C/A.mov", 36000, 10)}, {}, {}};
         for (const char* day : {"1", "2"}) {
-            const std::string sound(100'000, areCopies ? 'x' : *day);
-            shot.audios.push_back(recordingAt(folder.write(day + std::string("/T.wav"), sound), 35999, 20));
+            const std::string& held = *day == '1' ? one.first : sound;
+            shot.audios.push_back(recordingAt(folder.write(day + std::string("/T.wav"), held), 35999, 20));
             shot.audios.back().fileSizeBytes = sound.size();
         }
         for (const std::size_t i : ContentMarks::missingIn(shot.audios))
             shot.audios[i].contentMark = ContentMarks::of(shot.audios[i].url.path);
+        if (one.heldShare < 1) shot.audios.front().heldShare = one.heldShare;
+        *shot.audios.front().durationSeconds *= one.heldShare;
         shot.diagnose();
-        EXPECT_EQ(shot.count(Kind::otherDay), areCopies ? 0 : 1);
+        EXPECT_EQ(shot.count(Kind::otherDay), one.doubts);
         const Take take = takeOf(shot.groups.front(), 1);
-        EXPECT_EQ(take.files.at(1).role, areCopies ? TakeRole::mirror : TakeRole::alternate);
+        EXPECT_EQ(take.files.at(1).role, one.role);
         for (MediaAsset& audio : shot.audios) {
             audio.contentMark.reset();
             audio.contentCreatedDate = dateFromISO8601("2024-05-17T10:00:00Z");

@@ -60,7 +60,8 @@ bool areShared(const Hours& hours) {
            }) != ranges.end();
 }
 
-/// They were taken for copies of each other, until their contents were compared.
+/// They were taken for copies of each other, until their contents were compared. A copy that broke off at its
+/// full size differs as well, and is told from these by its length.
 bool haveOneNameAndOtherSound(const MediaAsset& a, const MediaAsset& b) {
     return a.contentMark && b.contentMark && a.contentMark != b.contentMark &&
            a.normalizedName() == b.normalizedName();

@@ -101,6 +101,11 @@ std::vector<std::string> unheardRecordings(const WorkSnapshot& work) {
     return names;
 }
 
+std::string warningOfUnheard(const std::vector<std::string>& names) {
+    return "Smart Audio can't hear " + counted(std::ssize(names), "recording", "recordings") + ": " +
+           firstAndMore(names) + "; check that the card or drive is connected and run Smart Audio again";
+}
+
 void addPassedOver(const WorkSnapshot& work, Warnings& warnings) {
     const auto& passedOver = work.passedOver;
     for (const SyncGroup& group : work.groups())
@@ -157,9 +162,7 @@ SmartAudioCounts smartAudioCounts(const WorkSnapshot& work) {
 
 std::optional<std::string> unheardWarning(const WorkSnapshot& work) {
     const std::vector<std::string> names = unheardRecordings(work);
-    if (names.empty()) return std::nullopt;
-    return "Smart Audio can't hear " + counted(std::ssize(names), "recording", "recordings") + ": " +
-           firstAndMore(names) + "; check that the card or drive is connected and run Smart Audio again";
+    return names.empty() ? std::nullopt : std::optional(warningOfUnheard(names));
 }
 
 std::string earlyEndWarning(const std::string& filename, double heardSeconds, double promisedSeconds) {
@@ -171,8 +174,9 @@ std::vector<std::string> smartAudioWarnings(const WorkSnapshot& work) {
     constexpr std::size_t mostNamed = 3; // a card that is gone is one line, not hundreds
     std::vector<std::string> warnings;
     std::set<std::string> said;
-    const bool areUnheardNamed = unheardRecordings(work).size() <= mostNamed;
-    if (!areUnheardNamed) warnings.push_back(*unheardWarning(work));
+    const std::vector<std::string> unheard = unheardRecordings(work);
+    const bool areUnheardNamed = unheard.size() <= mostNamed;
+    if (!areUnheardNamed) warnings.push_back(warningOfUnheard(unheard));
     const auto& results = work.smartAudioResults();
     for (const SyncGroup& group : work.groups()) {
         const auto result = results.find(group.id);

@@ -43,40 +43,96 @@ std::vector<Card> nightsOf(const std::string& folder, Files files, const PlaceOf
 
 } // namespace
 
-std::vector<Card> recordersCards(const Shoot& shoot, bool areClipsDated) {
-    const auto placeOf = [&](std::size_t file) {
-        FilePlace place = shoot.recordings[file].place;
-        if (!areClipsDated) place.day.reset();
-        return place;
-    };
-    const auto keepOneOfATake = [&](Files& files) {
-        const auto rangeOf = [&](std::size_t file) {
-            const SyncEngine::TCRange range = onLine(placeOf(file));
-            return std::pair(std::round(range.startSeconds), std::round(range.endSeconds));
-        };
-        std::ranges::stable_sort(files, {}, rangeOf);
-        const auto copies = std::ranges::unique(files, {}, rangeOf);
-        files.erase(copies.begin(), copies.end());
-    };
+RecordersCards::RecordersCards(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips)
+    : isRight(shoot.recordings.size()), isMet(isRight), isFitting(isRight), shoot_(shoot) {
+    for (const Shoot::Clip* clip : clips) {
+        if (clip->isCovered && clip->primary) isRight[*clip->primary] = true;
+        areClipsDated_ = areClipsDated_ || clip->likelyDay();
+    }
+    for (const Shoot::Clip& clip : shoot.clips)
+        for (const AudioMatch& match : clip.group->audioMatches)
+            if (const auto found = shoot.recordingByID.find(match.audio->id);
+                found != shoot.recordingByID.end()) {
+                isMet[found->second] = true;
+                if (clip.place && fits(match, clip.place->range.durationSeconds()))
+                    isFitting[found->second] = true;
+            }
     std::map<std::string, Files> folders, joined;
     for (std::size_t i = 0; i < shoot.recordings.size(); ++i)
         folders[std::string(folderOf(*shoot.recordings[i].asset))].push_back(i);
-    std::vector<Card> result;
-    for (auto& [folder, files] : folders)
-        for (Card& card : nightsOf(folder, std::move(files), placeOf)) {
-            keepOneOfATake(card.files);
+    for (const auto& [folder, files] : folders) {
+        std::vector<Card> own = byRecorder(folder, files);
+        if (own.empty()) own = nights(folder, files);
+        for (Card& card : own)
             if (std::cmp_greater_equal(card.files.size(), explanation::fewest)) {
-                result.push_back(std::move(card));
+                cards.push_back(std::move(card));
             } else {
                 Files& above = joined[folder.substr(0, folder.rfind('/'))];
                 above.insert(above.end(), card.files.begin(), card.files.end());
             }
-        }
-    for (auto& [folder, files] : joined)
-        for (Card& card : nightsOf(folder, std::move(files), placeOf))
+    }
+    for (const auto& [folder, files] : joined)
+        for (Card& card : nights(folder, files))
             if (std::cmp_greater_equal(card.files.size(), explanation::fewest))
-                result.push_back(std::move(card));
+                cards.push_back(std::move(card));
+}
+
+FilePlace RecordersCards::placeOf(std::size_t file) const {
+    FilePlace place = shoot_.recordings[file].place;
+    if (!areClipsDated_) place.day.reset();
+    return place;
+}
+
+std::vector<Card> RecordersCards::nights(const std::string& folder, Files files) const {
+    std::vector<Card> result =
+        nightsOf(folder, std::move(files), [&](std::size_t file) { return placeOf(file); });
+    for (Card& card : result) keepOneOfATake(card.files);
     return result;
+}
+
+void RecordersCards::keepOneOfATake(Files& files) const {
+    const auto rangeOf = [&](std::size_t file) {
+        const SyncEngine::TCRange range = onLine(placeOf(file));
+        return std::pair(std::round(range.startSeconds), std::round(range.endSeconds));
+    };
+    std::ranges::stable_sort(files, {}, rangeOf);
+    const auto copies = std::ranges::unique(files, {}, rangeOf);
+    files.erase(copies.begin(), copies.end());
+}
+
+int RecordersCards::countOf(const Files& files, const std::vector<bool>& those) const {
+    return static_cast<int>(std::ranges::count_if(files, [&](std::size_t file) { return those[file]; }));
+}
+
+bool RecordersCards::isUnmet(const Card& card) const {
+    return std::cmp_less_equal(3 * countOf(card.files, isFitting), card.files.size());
+}
+
+/// By the first mark that parts what lies under clips from what does not; none where no mark does.
+std::vector<Card> RecordersCards::byRecorder(const std::string& folder, const Files& files) const {
+    for (const RecorderMark::By by : RecorderMark::all) {
+        std::map<std::string, Files> recorders;
+        for (const std::size_t file : files)
+            recorders[RecorderMark::of(*shoot_.recordings[file].asset, by).value].push_back(file);
+        if (recorders.size() < 2) continue;
+        std::vector<Card> result;
+        bool hasMet = false, hasUnmet = false;
+        for (auto& [value, own] : recorders)
+            for (Card& card : nights(folder, std::move(own))) {
+                card.recorder = RecorderMark{by, value};
+                if (std::cmp_greater_equal(card.files.size(), explanation::fewest))
+                    (isUnmet(card) ? hasUnmet : hasMet) = true;
+                result.push_back(std::move(card));
+            }
+        if (hasMet && hasUnmet) return result;
+    }
+    return {};
+}
+
+std::string nameOfCard(const Card& card, const Shoot& shoot) {
+    const auto nameOf = [&](std::size_t file) { return shoot.nameOf(*shoot.recordings[file].asset); };
+    return "the recordings in '" + card.folder + "'" +
+           (card.recorder ? " (" + nameOf(card.files.front()) + " – " + nameOf(card.files.back()) + ")" : "");
 }
 
 std::vector<Card> camerasCards(const Shoot& shoot) {

@@ -60,39 +60,19 @@ class ClockDoubts {
         bool isUnmet = false; ///< few lie under all of a clip, whatever else lies there
     };
     void findDoubtedCards() {
-        const std::size_t count = shoot_.recordings.size();
-        std::vector<bool> isRight(count); // it lies under all of a clip where it is
-        std::vector<bool> isMet(count), isFitting(count);
-        for (const Shoot::Clip* clip : clips_)
-            if (clip->isCovered && clip->primary) isRight[*clip->primary] = true;
-        for (const Shoot::Clip& clip : shoot_.clips)
-            for (const AudioMatch& match : clip.group->audioMatches)
-                if (const auto found = shoot_.recordingByID.find(match.audio->id);
-                    found != shoot_.recordingByID.end()) {
-                    isMet[found->second] = true;
-                    if (clip.place && fits(match, clip.place->range.durationSeconds()))
-                        isFitting[found->second] = true;
-                }
-        isSuspected_.assign(count, false);
-        const auto isOf = [](const std::vector<bool>& those) {
-            return [&those](std::size_t file) { return those[file]; };
-        };
-        const bool areClipsDated = std::ranges::any_of(
-            clips_, [](const Shoot::Clip* clip) { return clip->likelyDay().has_value(); });
-        for (const Card& card : recordersCards(shoot_, areClipsDated)) {
+        const RecordersCards recorders(shoot_, clips_);
+        isSuspected_.assign(shoot_.recordings.size(), false);
+        for (const Card& card : recorders.cards) {
             const auto& files = card.files;
-            const auto right = std::ranges::count_if(files, isOf(isRight));
-            if (std::cmp_greater_equal(files.size(), explanation::fewest) &&
-                std::cmp_less_equal(2 * right, files.size())) {
-                const auto fitting = std::ranges::count_if(files, isOf(isFitting));
-                doubtedCards_.push_back(
-                    {card, files.size(), false, std::cmp_less_equal(3 * fitting, files.size())});
+            const int right = recorders.countOf(files, recorders.isRight);
+            if (std::cmp_less_equal(2 * right, files.size())) {
+                doubtedCards_.push_back({card, files.size(), false, recorders.isUnmet(card)});
                 for (const std::size_t file : files) isSuspected_[file] = true;
             }
             // The clock may have been set anew among them.
             DoubtedCard part{card, files.size(), true};
-            std::erase_if(part.card.files, isOf(isMet));
-            if (std::cmp_greater_equal(right, explanation::fewest) &&
+            std::erase_if(part.card.files, [&](std::size_t file) { return recorders.isMet[file]; });
+            if (right >= explanation::fewest &&
                 std::cmp_greater_equal(part.card.files.size(), explanation::fewest))
                 doubtedCards_.push_back(std::move(part));
         }
@@ -244,7 +224,9 @@ class ClockDoubts {
                 const auto lag = shoot_.input.heardLags->find(match.id);
                 if (lag == shoot_.input.heardLags->end()) continue;
                 const auto recording = shoot_.recordingByID.find(match.audio->id);
-                if (recording == shoot_.recordingByID.end() || !isOf(card, recording->second)) continue;
+                if (recording == shoot_.recordingByID.end() ||
+                    !isOn(card, shoot_, *shoot_.recordings[recording->second].asset))
+                    continue;
                 ++heard;
                 if (std::abs(lag->second.seconds) < inPlaceSeconds) ++inPlace;
             }
@@ -393,7 +375,8 @@ class ClockDoubts {
                 ++matched;
                 used.insert(*sound);
                 doubted.push_back(clip);
-            } else if (!one.isPart && clip->primary && isOf(card, *clip->primary)) {
+            } else if (!one.isPart && clip->primary &&
+                       isOn(card, shoot_, *shoot_.recordings[*clip->primary].asset)) {
                 doubted.push_back(clip);
             }
         }
@@ -434,19 +417,11 @@ class ClockDoubts {
         return true;
     }
     std::string nameOf(const DoubtedCard& one) const {
-        const std::string folder = " in '" + one.card.folder + "'";
-        if (!one.isPart) return "the recordings" + folder;
+        if (!one.isPart) return nameOfCard(one.card, shoot_);
         const auto file = [&](std::size_t i) { return shoot_.nameOf(*shoot_.recordings[i].asset); };
-        return std::to_string(one.card.files.size()) + " of " + std::to_string(one.all) + " recordings" +
-               folder + " (" + file(one.card.files.front()) + " to " + file(one.card.files.back()) + ")";
-    }
-    /// Whether the recording lies on the card, or in one of the folders below it that make it up.
-    bool isOf(const Card& card, std::size_t recording) const {
-        const std::string_view folder = folderOf(*shoot_.recordings[recording].asset);
-        const auto day = shoot_.recordings[recording].place.day;
-        return (!card.day || (day && card.isOf(*day + card.movedByDays))) &&
-               folder.starts_with(card.folder) &&
-               (folder.size() == card.folder.size() || folder[card.folder.size()] == '/');
+        return std::to_string(one.card.files.size()) + " of " + std::to_string(one.all) + " recordings in '" +
+               one.card.folder + "' (" + file(one.card.files.front()) + " to " + file(one.card.files.back()) +
+               ")";
     }
     static std::optional<std::size_t> cover(const Cover& sound, const Card& card, const Shoot::Clip& clip) {
         std::optional<std::size_t> found;

@@ -24,11 +24,40 @@ struct Found {
     int recordings = 0;
 };
 
-/// What is in one folder and of one day, or of one night that passes midnight by its dates, without the files
-/// that are copies or channels of others. Of recorders that make a folder for each take, what lies in one
-/// folder above. Clips of which none has a day meet the recordings of all days, which then make one card.
-std::vector<Card> recordersCards(const Shoot& shoot, bool areClipsDated);
-/// The same of clips with a place, in their order.
+/// How the recordings lie under the clips, by number, and the cards that they make up.
+///
+/// A card is what is in one folder and of one day, or of one night that passes midnight by its dates, without
+/// the files that are copies or channels of others. Of recorders that make a folder for each take, it is what
+/// lies in one folder above. Where the files of one recorder in a folder lie under clips and those of another
+/// one do not, each has cards of its own. Clips of which none has a day meet the recordings of all days,
+/// which then make one card.
+class RecordersCards {
+  public:
+    RecordersCards(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips);
+
+    std::vector<Card> cards;
+    std::vector<bool> isRight;   ///< it comes first under a clip that has all of its sound
+    std::vector<bool> isMet;     ///< it lies under a part of a clip
+    std::vector<bool> isFitting; ///< it lies under all of a clip, or within it
+
+    int countOf(const std::vector<std::size_t>& files, const std::vector<bool>& those) const;
+    /// Few of its recordings lie where they are.
+    bool isUnmet(const Card& card) const;
+
+  private:
+    using Files = std::vector<std::size_t>;
+    std::vector<Card> nights(const std::string& folder, Files files) const;
+    void keepOneOfATake(Files& files) const;
+    std::vector<Card> byRecorder(const std::string& folder, const Files& files) const;
+    FilePlace placeOf(std::size_t file) const;
+
+    const Shoot& shoot_;
+    bool areClipsDated_ = false;
+};
+/// "the recordings in '/S'"; of one of several recorders there "the recordings in '/S' ('T1.WAV' –
+/// 'T4.WAV')".
+std::string nameOfCard(const Card& card, const Shoot& shoot);
+/// Cards of clips with a place, in the order of the clips.
 std::vector<Card> camerasCards(const Shoot& shoot);
 
 SyncEngine::TCRange moved(const SyncEngine::TCRange& range, double seconds);

@@ -1,6 +1,8 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
+#include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
@@ -94,6 +96,14 @@ class DayDoubts {
         if (clipsAt == unknown) folders += ", FOLDER being where that day's clips lie";
         if (soundAt == unknown) folders += ", FOLDER being where that day's recordings lie";
         return " in a scan of this day alone (" + folders + ")";
+    }
+
+    /// Of what lies in the recording's folder and is of its day.
+    const std::string& cardAlone(const Recording& sound) {
+        const Card card{std::string(folderOf(*sound.asset)), sound.place.day, {}};
+        const auto [known, isNew] = cardsAlone_.try_emplace({card.folder, *card.day});
+        if (isNew) known->second = OffsetCure(shoot_, rateOfLabels(shoot_)).inAScanOfRecordings(card, false);
+        return known->second;
     }
 
     /// The cards by day; those with less clips than can speak against a date are taken together, as cameras
@@ -203,7 +213,8 @@ class DayDoubts {
             return doubt(clip, Kind::otherDay, message,
                          clip.place->day
                              ? "take off what is of another day, scan each day by itself, or --days same"
-                             : "take off what is of another day, or scan each day by itself");
+                             : "--sound-date " + dayText(*filmed) + cardAlone(sound) +
+                                   " if the recorder's date is wrong, or take off what is of another day");
         return doubt(clip, Kind::otherDay, message,
                      "--sound-date " + dayText(*filmed) + dayAlone(filmed, clips, folderOf(*sound.asset)) +
                          " if the recorder's date is wrong, " +
@@ -474,6 +485,7 @@ class DayDoubts {
     std::map<long, Cover> free_;   ///< of days with clips of their own, of those that lie under none
     /// By folder and date of the recordings.
     std::map<std::pair<std::string_view, long>, Suspicion> suspected_;
+    std::map<std::pair<std::string, long>, std::string> cardsAlone_;
     std::set<std::size_t> fewOfItsDate_; ///< numbers of clips
     bool daysMayBeMixed_ = false;
     bool isDateGivenToSeveralShoots_ = false;

@@ -31,6 +31,25 @@ std::string_view parent(std::string_view folder) {
 
 std::string_view lastName(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
+bool isDirectlyIn(std::string_view folder, std::string_view path) {
+    return path.starts_with(folder) && path.find('/', folder.size()) == std::string_view::npos;
+}
+
+/// What the names begin with, all of them.
+std::string commonStem(const std::vector<std::string>& names, std::string_view ending) {
+    std::string stem = names.front().substr(0, names.front().size() - ending.size());
+    for (const std::string& name : names)
+        stem.resize(static_cast<std::size_t>(std::ranges::mismatch(stem, name).in1 - stem.begin()));
+    return stem;
+}
+
+/// A pattern of all names with other digits in the same places.
+std::string shapeOf(std::string_view name) {
+    std::string shape;
+    for (const char c : name) shape += c >= '0' && c <= '9' ? "[0-9]" : escaped({&c, 1});
+    return shape;
+}
+
 /// What a scan passes over: where a folder above the file fits the pattern, or its own name does, in each of
 /// the folders that were named.
 class Trial {
@@ -153,15 +172,28 @@ LeavingOut::of(const std::function<bool(const MediaAsset&)>& isLeftOut) const {
             !propose(whole.find('/') == std::string::npos ? "./" + whole : whole, isIn))
             return std::nullopt;
     }
-    for (const auto& files : endings) {
-        const std::string &folder = files.first, &ending = files.second;
+    for (const auto& [folder, ending] : endings) {
         const auto path = below(folder);
+        if (!path) return std::nullopt;
+        const std::string own = path->empty() ? "./" : *path;
+        std::vector<std::string> names;
+        for (const std::string& file : left)
+            if (isDirectlyIn(folder, file) && file.ends_with(ending)) names.emplace_back(lastName(file));
         const auto isMeant = [&](const std::string& file) {
-            return file.starts_with(folder) && file.find('/', folder.size()) == std::string::npos &&
-                   file.ends_with(ending);
+            return isDirectlyIn(folder, file) && file.ends_with(ending);
         };
-        if (!path || !propose((path->empty() ? "./" : *path) + "*" + escaped(ending), isMeant))
-            return std::nullopt;
+        if (propose(own + "*" + escaped(ending), isMeant)) continue;
+        const std::string stem = commonStem(names, ending);
+        if (!stem.empty() && propose(own + escaped(stem) + "*" + escaped(ending), isMeant)) continue;
+        std::set<std::string> shapes;
+        for (const std::string& name : names) shapes.insert(shapeOf(name));
+        constexpr std::size_t most = 4;
+        if (shapes.size() > most) return std::nullopt;
+        for (const std::string& shape : shapes)
+            if (!propose(own + shape, [&](const std::string& file) {
+                    return isMeant(file) && shapeOf(lastName(file)) == shape;
+                }))
+                return std::nullopt;
     }
     return options;
 }

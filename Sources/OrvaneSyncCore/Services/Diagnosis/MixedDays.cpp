@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 
+#include "OrvaneSyncCore/Services/Diagnosis/RecorderMark.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 
@@ -20,26 +21,13 @@ using TCRange = SyncEngine::TCRange;
 // Of what one clip meets, two recordings that share less than this of the longer one were not made together.
 constexpr double togetherShare = 0.5;
 
-/// The name with one sign for each number, by which the files of one recorder are alike.
-std::string patternOf(const MediaAsset& asset) {
-    std::string pattern;
-    for (const char c : asset.normalizedName()) {
-        const bool isDigit = c >= '0' && c <= '9';
-        if (!isDigit)
-            pattern += c;
-        else if (pattern.empty() || pattern.back() != '#')
-            pattern += '#';
-    }
-    return pattern;
-}
-
 bool mayBeOneRecorder(const MediaAsset& a, const MediaAsset& b) {
     const auto tape = [](const MediaAsset& asset) {
         return asset.ixmlData ? asset.ixmlData->tape : std::optional<std::string>();
     };
     return a.sampleRate == b.sampleRate && a.channelCount == b.channelCount &&
            !SplitRecordingDetector::areKnownToDiffer(a.bextOriginator, b.bextOriginator) &&
-           !SplitRecordingDetector::areKnownToDiffer(tape(a), tape(b)) && patternOf(a) == patternOf(b);
+           !SplitRecordingDetector::areKnownToDiffer(tape(a), tape(b)) && namePattern(a) == namePattern(b);
 }
 
 using Hours = std::map<long, TCRange>; ///< by day, from its first file to its last
@@ -209,7 +197,8 @@ std::optional<std::size_t> firstBehindSetBack(const std::vector<const Shoot::Cli
 std::map<const Shoot::Clip*, const Shoot::Clip*> filmedAtOnce(const Shoot& shoot) {
     std::map<std::pair<std::string_view, std::string>, std::vector<const Shoot::Clip*>> cameras;
     for (const Shoot::Clip& clip : shoot.clips) // in the order of their names
-        if (clip.place) cameras[{folderOf(clip.group->video), patternOf(clip.group->video)}].push_back(&clip);
+        if (clip.place)
+            cameras[{folderOf(clip.group->video), namePattern(clip.group->video)}].push_back(&clip);
     std::map<const Shoot::Clip*, const Shoot::Clip*> pairs;
     for (const auto& [camera, clips] : cameras) {
         const auto middle = firstBehindSetBack(clips);

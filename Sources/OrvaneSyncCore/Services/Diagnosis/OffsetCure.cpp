@@ -19,12 +19,6 @@ std::string inAScanWithout(const std::optional<LeavingOut::Options>& others, con
                : std::string(" in a scan of these ") + files + byLinks;
 }
 
-bool isIn(const Card& card, const MediaAsset& file) {
-    const std::string& path = file.url.path;
-    return path.starts_with(card.folder) && path.size() > card.folder.size() &&
-           path[card.folder.size()] == '/';
-}
-
 } // namespace
 
 std::string OffsetCure::of(const Card& card, double offset) const {
@@ -42,21 +36,17 @@ std::string OffsetCure::of(const Card& card, double offset) const {
 }
 
 std::string OffsetCure::inAScanOfRecordings(const Card& card, bool isPart) const {
-    const bool sharesFolder =
-        isPart || std::ranges::any_of(shoot_.recordings, [&](const Recording& recording) {
-            const auto day = recording.place.day;
-            return card.day && folderOf(*recording.asset) == card.folder &&
-                   !(day && card.isOf(*day + card.movedByDays));
-        });
-    return inAScanWithout(sharesFolder ? std::nullopt : LeavingOut(shoot_).of([&](const MediaAsset& file) {
-        return file.kind == AssetKind::audio && !isIn(card, file);
+    // Nothing but their order tells such recordings from those that are right.
+    if (isPart) return inAScanWithout(std::nullopt, "recordings");
+    return inAScanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {
+        return file.kind == AssetKind::audio && !isOn(card, shoot_, file);
     }),
                           "recordings");
 }
 
 std::string OffsetCure::inAScanOfClips(const Card& card) const {
     return inAScanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {
-        return file.kind == AssetKind::video && !isIn(card, file);
+        return file.kind == AssetKind::video && !file.url.path.starts_with(card.folder + "/");
     }),
                           "clips");
 }

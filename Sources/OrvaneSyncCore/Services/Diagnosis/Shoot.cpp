@@ -183,6 +183,17 @@ double Cover::shareOf(double first, double last) const {
     return last > first ? sound / (last - first) : 0;
 }
 
+bool isOn(const Card& card, const Shoot& shoot, const MediaAsset& recording) {
+    const std::string& path = recording.url.path;
+    if (!path.starts_with(card.folder) || path.size() <= card.folder.size() ||
+        path[card.folder.size()] != '/' || (card.recorder && !card.recorder->isOn(recording)))
+        return false;
+    const auto found = shoot.recordingByID.find(recording.id);
+    if (!card.day || found == shoot.recordingByID.end()) return true;
+    const auto day = shoot.recordings[found->second].place.day;
+    return day && card.isOf(*day + card.movedByDays);
+}
+
 std::vector<Card> cardsOf(const std::vector<Recording>& recordings) {
     return cards(recordings, [](const Recording& recording) {
         return CardKey({folderOf(*recording.asset), recording.place.day});

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Services/Diagnosis/RecorderMark.h"
 #include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 
@@ -78,16 +79,20 @@ class Cover {
     std::vector<Range> ranges_;
 };
 
-/// What lies in one folder and is of one day, or of one night.
+/// What lies in one folder, or below it, and is of one day, or of one night.
 struct Card {
     std::string folder;
     std::optional<long> day;
     std::vector<std::size_t> files; ///< by number of the clip or the recording
     long movedByDays = 0;           ///< from the files' own day to `day`, where another one is tried
     long moreDays = 0;              ///< behind `day`, of a night that passes midnight
+    std::optional<RecorderMark> recorder = {}; ///< where the folder has files of others that lie otherwise
 
     bool isOf(long other) const { return day && other >= *day && other <= *day + moreDays; }
 };
+/// Whether a recording lies in the folder of the card, or below it, and is of its recorder and its day. One
+/// without a place in time may be of any day.
+bool isOn(const Card& card, const Shoot& shoot, const MediaAsset& recording);
 std::vector<Card> cardsOf(const std::vector<Recording>& recordings);
 /// By `likelyDay`. Clips without a place are on no card.
 std::vector<Card> cardsOf(const std::vector<Shoot::Clip>& clips);
@@ -105,6 +110,8 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts);
 void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addDayDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts);
+/// Of recorders that nothing else is said of, as their clips have other sound: so after the two before.
+void addRecorderDates(const Shoot& shoot, SyncDoubts& doubts);
 /// What was heard at the head and at the tail of some clips.
 void addDrift(const Shoot& shoot, SyncDoubts& doubts);
 /// What people moved by hand, and what was heard of some clips, tells of the others.

@@ -15,6 +15,7 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     addClipDoubts(shoot, doubts);
     addClockDoubts(shoot, doubts);
     addDayDoubts(shoot, doubts);
+    addRecorderDates(shoot, doubts);
     addTimecodeDoubts(shoot, doubts);
     addDrift(shoot, doubts);
     addOffsetsByHand(shoot, doubts);

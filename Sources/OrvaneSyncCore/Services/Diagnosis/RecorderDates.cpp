@@ -1,0 +1,136 @@
+#include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+#include "Platform/Stop.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+#include <set>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using Kind = SyncDoubt::Kind;
+
+/// A date of a recorder's card that is wrong by itself: at its hours of another day the card lies under
+/// clips.
+class RecorderDates {
+  public:
+    RecorderDates(const Shoot& shoot, SyncDoubts& doubts)
+        : shoot_(shoot), doubts_(doubts), clips_(shoot), cure_(shoot, rateOfLabels(shoot)) {
+        for (const Shoot::Clip* clip : clips_.all)
+            if (const auto day = clip->place->knownDay()) days_.insert(*day);
+    }
+
+    void add() {
+        if (days_.empty()) return;
+        const RecordersCards recorders(shoot_, clips_.all);
+        for (const Card& card : recorders.cards) {
+            platform::throwIfStopped(shoot_.stop);
+            if (card.day && recorders.isUnmet(card)) dateOf(card);
+        }
+    }
+
+  private:
+    struct Fit {
+        Card card; ///< on the day that is tried
+        std::vector<const Shoot::Clip*> clips;
+        std::size_t recordings = 0;
+    };
+
+    void dateOf(const Card& card) {
+        Fit best;
+        for (const long day : nearestDays(card)) {
+            Fit fit = fitOn(card, day);
+            if (fit.recordings > best.recordings) best = std::move(fit);
+        }
+        if (std::cmp_less(best.recordings, explanation::fewest) || isTold(best.clips)) return;
+        const auto count = static_cast<long long>(card.files.size());
+        addCardDoubt(doubts_,
+                     {Kind::otherDateFits,
+                      nameOfCard(card, shoot_) + " are dated " + dayText(*card.day) + ", and " +
+                          std::to_string(best.recordings) + " of " +
+                          counted(count, "recording", "recordings") + " lie under clips of " +
+                          dayText(*best.card.day) + " by the time of day",
+                      "--sound-date " + dayText(*best.card.day) +
+                          cure_.inAScanOfRecordings(best.card, false) + " if the recorder's date is wrong"},
+                     best.clips);
+    }
+    /// Of the clips, besides those on which the card lies already.
+    std::vector<long> nearestDays(const Card& card) const {
+        constexpr std::size_t most = 8;
+        std::vector<long> days;
+        for (const long day : days_)
+            if (!card.isOf(day)) days.push_back(day);
+        std::ranges::stable_sort(days, {}, [&](long day) { return std::abs(day - *card.day); });
+        days.resize(std::min(days.size(), most));
+        return days;
+    }
+    /// Without clips and recordings where they would be chance, or too few.
+    Fit fitOn(const Card& card, long day) const {
+        Fit fit{card, {}};
+        fit.card.movedByDays = day - *card.day;
+        fit.card.day = day;
+        Cover sound, pictures;
+        SyncEngine::TCRange hours{std::numeric_limits<double>::infinity(),
+                                  -std::numeric_limits<double>::infinity()};
+        for (const std::size_t file : card.files) {
+            FilePlace place = shoot_.recordings[file].place;
+            *place.day += fit.card.movedByDays;
+            sound.add(onLine(place), file);
+            hours.startSeconds = std::min(hours.startSeconds, onLine(place).startSeconds);
+            hours.endSeconds = std::max(hours.endSeconds, onLine(place).endSeconds);
+        }
+        sound.finish();
+        std::set<std::size_t> used;
+        int within = 0;
+        for (const Shoot::Clip* clip : clips_.all) {
+            FilePlace place = *clip->place;
+            place.day = place.knownDay();
+            if (!place.day || !SyncEngine::overlapDuration(onLine(place), hours)) continue;
+            pictures.add(onLine(place), std::size_t(within++));
+            const auto found = sound.ofEither(onLine(place));
+            if (!found) continue;
+            fit.clips.push_back(clip);
+            used.insert(*found);
+        }
+        pictures.finish();
+        const auto shareOf = [&](const Cover& cover) {
+            return cover.shareOf(hours.startSeconds, hours.endSeconds);
+        };
+        const auto matched = static_cast<int>(fit.clips.size());
+        const double byChance = chance::atLeast(matched, within, std::max(shareOf(sound), shareOf(pictures)));
+        const bool isMuch = static_cast<double>(used.size()) >=
+                            explanation::majority * static_cast<double>(card.files.size());
+        if (isMuch && static_cast<double>(days_.size()) * byChance <= chance::smallest)
+            fit.recordings = used.size();
+        return fit;
+    }
+    /// Most of the clips are in doubt for their day or their clock already.
+    bool isTold(const std::vector<const Shoot::Clip*>& clips) const {
+        const auto told = std::ranges::count_if(clips, [&](const Shoot::Clip* clip) {
+            return doubts_.has(clip->group->id, {Kind::otherDateFits, Kind::otherDay, Kind::constantOffset,
+                                                 Kind::timecodeRate});
+        });
+        return std::cmp_greater(2 * told, clips.size());
+    }
+
+    const Shoot& shoot_;
+    SyncDoubts& doubts_;
+    const TimedClips clips_;
+    const OffsetCure cure_;
+    std::set<long> days_; ///< of the clips
+};
+
+} // namespace
+
+void addRecorderDates(const Shoot& shoot, SyncDoubts& doubts) {
+    // Where a date was given, all recordings have it.
+    if (!shoot.input.rules.soundDay) RecorderDates(shoot, doubts).add();
+}
+
+} // namespace orvane

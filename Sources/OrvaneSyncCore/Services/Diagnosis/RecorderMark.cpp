@@ -1,0 +1,34 @@
+#include "OrvaneSyncCore/Services/Diagnosis/RecorderMark.h"
+
+#include "OrvaneSyncCore/Utilities/CountText.h"
+
+namespace orvane {
+
+RecorderMark RecorderMark::of(const MediaAsset& recording, By by) {
+    switch (by) {
+    case By::originator:
+        return {by, recording.bextOriginator.value_or("")};
+    case By::tape:
+        return {by, recording.ixmlData ? recording.ixmlData->tape.value_or("") : ""};
+    case By::layout:
+        return {by, std::to_string(recording.channelCount.value_or(0)) +
+                        formatted(" at %.0f", recording.sampleRate.value_or(0))};
+    case By::name:
+        break;
+    }
+    return {by, namePattern(recording)};
+}
+
+std::string namePattern(const MediaAsset& file) {
+    std::string pattern;
+    for (const char c : file.normalizedName()) {
+        const bool isDigit = c >= '0' && c <= '9';
+        if (!isDigit)
+            pattern += c;
+        else if (pattern.empty() || pattern.back() != '#')
+            pattern += '#';
+    }
+    return pattern;
+}
+
+} // namespace orvane

@@ -56,14 +56,15 @@ struct MediaInspection {
     std::optional<std::int64_t> headerTime;
     /// Of a file that ends before its headers say it does: the share of its media data that is there, below
     /// 1; 0 where the header that says how to read it is missing. The length of a WAVE or AIFF file is then
-    /// that of what is there; that of others is what the headers promise.
+    /// that of what is there; that of others is what the headers promise. A WAVE file, and a movie whose
+    /// header comes first, end where nothing but zeros follow, as behind a copy that broke off.
     std::optional<double> heldShare;
 };
 
-/// Inspects a file without reading media data. QuickTime/MP4, WAVE, AIFF and MXF are read from their headers
-/// alone; everything else, and what our own readers cannot read, goes through the media library. Nothing when
-/// nobody can read it. Throws nothing but std::bad_alloc; any thread. `path` is in the bytes of the file
-/// system.
+/// Inspects a file without reading media data but for a few KB at its end. QuickTime/MP4, WAVE, AIFF and MXF
+/// are read from their headers alone; everything else, and what our own readers cannot read, goes through the
+/// media library. Nothing when nobody can read it. Throws nothing but std::bad_alloc; any thread. `path` is
+/// in the bytes of the file system.
 std::optional<MediaInspection> inspectMedia(const std::string& path);
 /// The same on a file that is open already, so that one probe opens it once. `ranOut` is set when the
 /// result depends on the moment: the media library was needed and is missing, or ran out of time or memory.

@@ -3,6 +3,8 @@
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
+#include <random>
+
 namespace orvane::test {
 namespace {
 
@@ -95,6 +97,21 @@ TEST(MediaMovie, findsTheHeaderWhereverItLies) {
 }
 
 TEST(MediaInspector, saysHowMuchOfAFileIsThere) {
+    // Media data, of 32 KB a second, that is as random as sound, with zeros from the one byte of the file to
+    // the other.
+    const auto withZeros = [](std::string bytes, std::size_t from, std::size_t to) {
+        std::minstd_rand random(1);
+        const std::size_t mediaBytes = 1 << 20;
+        for (std::size_t at = bytes.size() - mediaBytes; at < bytes.size(); ++at)
+            bytes[at] = at < from || at >= to ? static_cast<char>(random() % 255 + 1) : '\0';
+        return bytes;
+    };
+    const std::string long_ = WaveMaker()
+                                  .format({.channels = 2, .sampleRate = 8000, .samples = SampleFormat::pcm16})
+                                  .silence((1 << 20) / 4)
+                                  .bytes();
+    const std::string longMovie = MovieMaker().video({}).movieFirst().mediaBytes(1 << 20).bytes();
+    const std::size_t end = long_.size(), anySecond = end - 32'001;
     const MovieMaker movie = MovieMaker().video({}).mediaBytes(8000);
     const auto wave = WaveMaker().format({.channels = 2, .samples = SampleFormat::pcm16});
     struct Case {
@@ -112,6 +129,15 @@ TEST(MediaInspector, saysHowMuchOfAFileIsThere) {
         {"a movie that was not closed", movie.bytes(), movie.movieAtomBytes().size(), 0},
         {"the head of a recording", WaveMaker(wave).silence(1000).bytes().substr(0, 12), 0, 0},
         {"a movie", MovieMaker(movie).movieFirst().bytes(), 6000, 0.25},
+        {"zeros from a block on", withZeros(long_, 786'432, end), 0, 0.75},
+        {"a channel that was switched off", withZeros(long_, anySecond, end), 0, {}},
+        {"zeros for long", withZeros(long_, end / 2 + 1, end), 0, 0.5},
+        {"zeros from a block on, and earlier ones",
+         withZeros(long_, 786'432, end).replace(300'000, 100'000, 100'000, '\0'),
+         0,
+         {}},
+        {"a channel that was never on", withZeros(long_, 0, end), 0, {}},
+        {"a movie with zeros from a block on", withZeros(longMovie, 786'432, longMovie.size()), 0, 0.75},
         {"a movie of 64 bits", MovieMaker(movie).movieFirst().wideMedia().bytes(), 6000, 0.25},
         {"a movie without a size", MovieMaker(movie).movieFirst().endlessMedia().bytes(), 6000, {}},
     };

@@ -4,6 +4,7 @@
 #include "Platform/Media/MovieFragments.h"
 #include "Platform/Media/MovieMetadata.h"
 #include "Platform/Media/MovieSampleDescription.h"
+#include "Platform/Media/ZeroTail.h"
 #include "Platform/MovieTail.h"
 
 #include <algorithm>
@@ -123,6 +124,7 @@ class MovieReader {
         // An initialisation segment alone: its index tells how much there would be.
         if (result_.durationSeconds == 0 && !movie_.fragments.empty())
             result_.durationSeconds = indexedSeconds(file_, moov->end);
+        if (!result_.heldShare && movie_.fragments.empty()) result_.heldShare = shareBeforeZeros(moov->end);
         for (const Track& track : movie_.tracks) {
             if (track.handler == fourCC("vide")) addVideo(track);
             if (track.handler == fourCC("soun")) addAudio(track);
@@ -131,6 +133,20 @@ class MovieReader {
     }
 
   private:
+    /// Of media data behind the header: what a copy did not reach is zeros. Nothing for what is whole.
+    std::optional<double> shareBeforeZeros(std::uint64_t behindHeader) {
+        AtomReader atoms(file_, behindHeader, file_.size());
+        const double seconds = result_.durationSeconds.value_or(0);
+        while (const auto atom = atoms.next()) {
+            if (atom->type != fourCC("mdat")) continue;
+            const auto size = static_cast<double>(atom->bodySize());
+            if (!(seconds > 0) || !(size > 0)) break;
+            const std::uint64_t end = endOfWritten(
+                file_, {.begin = atom->body, .end = atom->end, .bytesPerSecond = size / seconds});
+            if (end < atom->end) return static_cast<double>(end - atom->body) / size;
+        }
+        return std::nullopt;
+    }
     /// Media data that claims to reach to the end of the file, or beyond it, may hide the header from a
     /// reader of the atoms.
     std::optional<Atom> findMovie() {

@@ -1,5 +1,6 @@
 #include "Platform/Media/WaveHeaders.h"
 
+#include "Platform/Media/ZeroTail.h"
 #include "Platform/Text.h"
 #include "Platform/WaveChunks.h"
 
@@ -147,13 +148,19 @@ bool isUsable(const std::optional<Format>& format) {
 
 std::optional<MediaInspection> inspectWave(RandomAccessFile& file) {
     if (!isWave(file)) return std::nullopt;
-    const Chunks chunks = ChunkReader(file).read();
+    Chunks chunks = ChunkReader(file).read();
     MediaInspection result;
     if (chunks.creationDate)
         result.metadata.push_back({"ICRD", "creationDate", chunks.creationDate, std::nullopt});
     const auto& format = chunks.format;
     if (!format && !chunks.dataBytes) result.heldShare = 0; // cut off behind its first bytes
     if (!isUsable(format)) return result;
+    if (chunks.dataBytes && format->isLinear())
+        chunks.dataBytes = endOfWritten(file, {.begin = chunks.dataAt,
+                                               .end = chunks.dataAt + *chunks.dataBytes,
+                                               .frameBytes = format->blockAlign,
+                                               .bytesPerSecond = double(format->bytesPerSecond)}) -
+                           chunks.dataAt;
     result.durationSeconds = duration(*format, chunks);
     result.audioTracks.push_back({format->channels, static_cast<double>(format->sampleRate)});
     if (chunks.dataBytes && *chunks.dataBytes < chunks.claimedBytes)

@@ -82,8 +82,8 @@ class Shoot {
     }
     /// Runs it in the loop until it has ended and what it set off is written.
     void run(const Command& command) {
-        loop_->post([&] {
-            platform::nameInterfaceWork(command.id.data());
+        loop_->post([&, name = std::string(command.id)] {
+            platform::nameInterfaceWork(name.c_str());
             begin(command);
         });
         loop_->run();

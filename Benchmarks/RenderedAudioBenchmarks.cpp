@@ -83,6 +83,8 @@ void printPreview(const std::string& self, const std::string& program, const std
     printRow("peak memory of a preview of 30 minutes", text("%.0f MB", peak), "", "", "< 64 MB",
              peak > 0 && peak < mostMegabytes);
     if (!hasProgram("ffmpeg")) return printFailure("preview of 30 minutes", "ffmpeg");
+    const std::string filters = "pan=mono|c0=0.5*c0+0.5*c1,highpass=f=96,treble=g=1.2:f=3000,"
+                                "acompressor=threshold=-15dB:ratio=2.4:attack=9:release=160,alimiter";
     const std::vector<std::string> theirs{"ffmpeg",
                                           "-v",
                                           "error",
@@ -90,9 +92,7 @@ void printPreview(const std::string& self, const std::string& program, const std
                                           "-i",
                                           input,
                                           "-af",
-                                          "pan=mono|c0=0.5*c0+0.5*c1,highpass=f=96,treble=g=1.2:f=3000,"
-                                          "acompressor=threshold=-15dB:ratio=2.4:attack=9:"
-                                          "release=160,alimiter",
+                                          filters,
                                           "-c:a",
                                           "pcm_f32le",
                                           folder + "/ffmpeg.wav"};

@@ -51,7 +51,8 @@ std::shared_ptr<const Waveform> waveform() {
         made->peaksPerChannel.push_back(course(channel, 0.9F));
         made->rmsPerChannel.push_back(course(channel, 0.3F));
     }
-    for (double at = 0; at < hour; at += 0.7) made->onsetMarkers.push_back(at);
+    constexpr double onsetSpacing = 0.7;
+    for (int i = 0; i * onsetSpacing < hour; ++i) made->onsetMarkers.push_back(i * onsetSpacing);
     return made;
 }
 
@@ -64,15 +65,15 @@ std::shared_ptr<const TimelineRows> rows() {
     for (int track = 1; track <= channels; ++track)
         made->channels.push_back({.track = track, .name = "Channel " + std::to_string(track)});
     constexpr double block = 2;
-    for (double at = 0; at < hour; at += block) {
+    for (int i = 0; i * block < hour; ++i) {
         BlockDecision one;
-        one.startSeconds = at;
-        one.endSeconds = at + block;
-        one.activeTrack = 1 + static_cast<int>(at / block) % channels;
+        one.startSeconds = i * block;
+        one.endSeconds = one.startSeconds + block;
+        one.activeTrack = 1 + i % channels;
         one.kind = BlockKind::mix;
         made->blocks.push_back(one);
-        if (static_cast<int>(at) % 20 == 0)
-            made->ranges.push_back({UUID::random(), at, at + 3, one.activeTrack});
+        if (i % 10 == 0)
+            made->ranges.push_back({UUID::random(), one.startSeconds, one.startSeconds + 3, one.activeTrack});
     }
     return made;
 }

@@ -175,7 +175,7 @@ void makeShoot(const std::string& folder) {
     files::createDirectories(folder + "/camera");
     files::createDirectories(folder + "/sound");
     auto done = [total = takes.size() + clips.size(), count = std::size_t{0}](const char* file) mutable {
-        std::cout << ++count << "/" << total << " " << file << std::endl; // read while it goes on
+        std::cout << ++count << "/" << total << " " << file << '\n' << std::flush; // read while it goes on
     };
     for (const Take& take : takes) {
         write(folder + "/sound", take);

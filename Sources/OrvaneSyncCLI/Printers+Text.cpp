@@ -150,7 +150,7 @@ std::string assetText(const MediaAsset& asset, bool bold) {
 
 std::string smartAudioText(const ImportController& controller) {
     const SmartAudioCounts counts = smartAudioCounts(WorkSnapshot(controller));
-    const std::string loudness =
+    std::string loudness =
         counts.measured > 0 ? "Loudness: " + counted(counts.measured, "clip", "clips") + " measured.\n" : "";
     if (controller.smartAudio().state().results.empty()) return loudness;
     std::string text = "Smart Audio: " + counted(counts.clips, "clip", "clips") + " heard, " +

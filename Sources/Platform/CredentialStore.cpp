@@ -82,14 +82,13 @@ class CredentialFile {
         const int file =
             ::open(path_.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, credentialFileRights);
         if (file < 0) fail(errno);
-        struct stat status {};
-        int reason = 0;
-        if (::fstat(file, &status) != 0)
-            reason = errno;
-        else if (!S_ISREG(status.st_mode) || status.st_uid != ::geteuid())
-            reason = EPERM;
-        else if (::fchmod(file, credentialFileRights) != 0)
-            reason = errno;
+        const auto failure = [file] {
+            struct stat status {};
+            if (::fstat(file, &status) != 0) return errno;
+            if (!S_ISREG(status.st_mode) || status.st_uid != ::geteuid()) return EPERM;
+            return ::fchmod(file, credentialFileRights) == 0 ? 0 : errno;
+        };
+        const int reason = failure();
         ::close(file);
         if (reason != 0) fail(reason);
     }

@@ -35,9 +35,7 @@ constexpr std::string_view replacement = "\xEF\xBF\xBD"; // U+FFFD
 /// ICU counts in 32 bits. Longer texts than this are cut where they are only compared or mapped.
 constexpr std::size_t longestText = std::size_t{1} << 29U;
 
-icu::StringPiece piece(std::string_view text) {
-    return {text.data(), static_cast<std::int32_t>(std::min(text.size(), longestText))};
-}
+icu::StringPiece piece(std::string_view text) { return text.substr(0, longestText); }
 
 // The macros of ICU's UTF-8 decoder convert without saying so.
 #pragma GCC diagnostic push
@@ -48,7 +46,7 @@ icu::StringPiece piece(std::string_view text) {
 UChar32 nextCharacter(std::string_view text, std::size_t& at) {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
     UChar32 character = 0;
-    U8_NEXT(bytes, at, text.size(), character);
+    U8_NEXT(bytes, at, text.size(), character); // NOLINT(bugprone-inc-dec-in-conditions): as ICU wrote it
     return character;
 }
 
@@ -292,8 +290,9 @@ int displayWidth(std::string_view text) {
 
 std::string decoded(std::string_view bytes, Encoding encoding) {
     const auto count = static_cast<std::int32_t>(std::min(bytes.size(), longestText));
+    const char* const first = bytes.data();
     std::string result;
-    return icu::UnicodeString(bytes.data(), count, icuName(encoding)).toUTF8String(result);
+    return icu::UnicodeString(first, count, icuName(encoding)).toUTF8String(result);
 }
 
 std::optional<std::string> strictlyDecoded(std::string_view bytes, Encoding encoding,

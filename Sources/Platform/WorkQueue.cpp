@@ -112,13 +112,9 @@ std::function<void()> WorkQueue::next(Lock& lock) {
             return nullptr;
         }
         moveDue(stop_ == Stop::whenDone && ready_.empty() ? Moment::max() : std::chrono::steady_clock::now());
-        if (isHelped_) {
-            changed_.wait(lock);
-        } else if (!ready_.empty()) {
-            return takeFirst();
-        } else if (stop_ == Stop::whenDone) {
-            return nullptr;
-        } else if (later_.empty()) {
+        if (!isHelped_ && !ready_.empty()) return takeFirst();
+        if (!isHelped_ && stop_ == Stop::whenDone) return nullptr;
+        if (isHelped_ || later_.empty()) {
             changed_.wait(lock);
         } else {
             const Moment moment = later_.begin()->first;

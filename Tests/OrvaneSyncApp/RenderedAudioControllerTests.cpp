@@ -141,7 +141,7 @@ TEST_F(RenderedAudioControllerTest, theClipOnScreenIsKeptUpToDate) {
 }
 
 TEST_F(RenderedAudioControllerTest, theReviewHearsWhatIsRenderedAndNothingStale) {
-    const auto system = std::make_shared<test::FakePlayerSystem>(mainThread_);
+    auto system = std::make_shared<test::FakePlayerSystem>(mainThread_);
     commands::ReviewPlayers players(
         controller_, ShortcutCenter::create({mainThread_, settings_}), [system] { return system; }, true);
     finish(players.loadGroup(id_));

@@ -45,7 +45,7 @@ TEST_F(SessionKeepingTest, clipsThatCannotBeReadAreNeverOverwritten) {
         finish(manager_->save(*controller_));
         ++kept;
         const std::string keptName = "groups.json.unreadable" + (kept == 1 ? "" : "-" + std::to_string(kept));
-        EXPECT_EQ(folder_.read(file(id, keptName.c_str())), text);
+        EXPECT_EQ(folder_.read(file(id, keptName)), text);
         EXPECT_NE(manager_->problem()->find(keptName), std::string::npos);
         bringClips(1);
         flush();

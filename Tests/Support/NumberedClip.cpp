@@ -20,14 +20,14 @@ bool NumberedClip::make(const std::string& path) const {
     const std::string command = "ffmpeg -nostdin -v error -y -f rawvideo -pix_fmt gray -s " + size + " -r " +
                                 rate + " -i - " + otherInputs + " " + encoding + " '" + path +
                                 "' 2>/dev/null";
-    std::FILE* tool = ::popen(command.c_str(), "w"); // NOLINT: a command of the test's own
+    std::FILE* tool = ::popen(command.c_str(), "w");
     if (tool == nullptr) return false;
     std::vector<std::uint8_t> pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
     for (int number = 0; number < pictures; ++number) {
+        auto pixel = pixels.begin();
         for (int y = 0; y < height; ++y)
             for (int x = 0; x < width; ++x)
-                pixels[static_cast<std::size_t>(y * width + x)] =
-                    y < height / 2 && isBright(number, x * bits / width) ? bright : dark;
+                *pixel++ = y < height / 2 && isBright(number, x * bits / width) ? bright : dark;
         if (std::fwrite(pixels.data(), 1, pixels.size(), tool) < pixels.size()) break;
     }
     return ::pclose(tool) == 0;
@@ -38,7 +38,7 @@ int NumberedClip::numberIn(const platform::Picture& picture) {
     int number = 0;
     for (int bar = 0; bar < bits; ++bar) {
         const int x = (2 * bar + 1) * picture.size.width / (2 * bits), y = picture.size.height / 4;
-        const int green = picture.pixels[static_cast<std::ptrdiff_t>(4 * (y * picture.size.width + x) + 1)];
+        const int green = picture.pixels[4 * (std::ptrdiff_t{y} * picture.size.width + x) + 1];
         if (green > clearlyDark && green < clearlyBright) return -1;
         number = 2 * number + (green >= clearlyBright ? 1 : 0);
     }

@@ -84,8 +84,7 @@ void operator delete[](void* memory, std::size_t) noexcept { operator delete(mem
 // The program's own definition comes before that of the C library, for all code of the process.
 #define ORVANE_WATCHED(name, parameters, arguments)                                                          \
     extern "C" int name parameters {                                                                         \
-        using Function = int(*) parameters;                                                                  \
-        static const auto next = reinterpret_cast<Function>(dlsym(RTLD_NEXT, #name));                        \
+        static const auto next = reinterpret_cast<decltype(name)*>(dlsym(RTLD_NEXT, #name));                 \
         orvane::test::report(#name);                                                                         \
         return next arguments;                                                                               \
     }

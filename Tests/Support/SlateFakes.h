@@ -51,7 +51,7 @@ class SlateVideoRecognizer : public platform::TextRecognizer {
     const std::shared_ptr<SlateVideo> video_;
 };
 
-inline std::shared_ptr<SlateDetector> slateDetector(std::shared_ptr<SlateVideo> video) {
+inline std::shared_ptr<SlateDetector> slateDetector(const std::shared_ptr<SlateVideo>& video) {
     return std::make_shared<SlateDetector>([video] {
         return SlateDetector::Dependencies{[video](const std::string&) {
                                                return video->frames > 0

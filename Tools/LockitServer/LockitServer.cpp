@@ -132,7 +132,7 @@ class LockitServer::Machine {
         });
         if (failure == failures_.end() || failure->after-- > 0) return Handled::Unhandled;
         --failure->times;
-        const Failure now = *failure;
+        const Failure& now = *failure; // not used once the lock was released
         switch (now.fault) {
         case Fault::status:
         case Fault::body:
@@ -273,7 +273,7 @@ void LockitServer::addProject(const std::string& uuid, JSON project) {
     machine_->projects_[uuid].record = std::move(project);
 }
 
-void LockitServer::addDay(const std::string& project, JSON day, Clips clips) {
+void LockitServer::addDay(const std::string& project, JSON day, const Clips& clips) {
     Machine::Day& added = machine_->projects_[project].days.emplace_back();
     added.record = std::move(day);
     for (const auto& [name, clip] : clips) added.clips[name] = clip.dump();

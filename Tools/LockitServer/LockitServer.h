@@ -37,7 +37,7 @@ class LockitServer {
     using Clips = std::map<std::string, platform::JSON>;
     void addProject(const std::string& uuid, platform::JSON project);
     /// `day` is the record; it has to have a uuid.
-    void addDay(const std::string& project, platform::JSON day, Clips clips);
+    void addDay(const std::string& project, platform::JSON day, const Clips& clips);
 
     /// What the user's browser does with the page of the sign-in: the address that it is sent to.
     std::string callbackFor(const std::string& authorizeURL) const;

@@ -412,10 +412,11 @@ Task LockitController::loadProjects(std::shared_ptr<LockitOAuthService> account,
 
 Task LockitController::loadShootingDays(std::shared_ptr<LockitOAuthService> account, std::string projectID,
                                         std::shared_ptr<std::vector<LockitShootingDay>> days) {
-    return answered(std::move(account), "the shooting days",
-                    [projectID = std::move(projectID), days](const LockitNetworkClient& client) {
-                        return client.listShootingDays(projectID, days);
-                    });
+    return answered(
+        std::move(account), "the shooting days",
+        [projectID = std::move(projectID), days = std::move(days)](const LockitNetworkClient& client) {
+            return client.listShootingDays(projectID, days);
+        });
 }
 
 } // namespace orvane

@@ -459,7 +459,7 @@ void LockitOAuthService::takeState(const Kept& kept) {
     if (!isSignedIn || kept.accountEmail) setAccountEmail(isSignedIn ? kept.accountEmail : std::nullopt);
 }
 
-void LockitOAuthService::setAccountEmail(std::optional<std::string> email) {
+void LockitOAuthService::setAccountEmail(const std::optional<std::string>& email) {
     if (std::exchange(accountEmail_, email) != email) listeners_.tell();
 }
 

@@ -109,7 +109,7 @@ class LockitOAuthService : public std::enable_shared_from_this<LockitOAuthServic
     static platform::Task askForAccountEmail(Weak weak);
     bool isExpired(const Kept& kept) const;
     void takeState(const Kept& kept);
-    void setAccountEmail(std::optional<std::string> email);
+    void setAccountEmail(const std::optional<std::string>& email);
     double now() const; ///< seconds since 1970
 
     const std::shared_ptr<platform::MainThread> mainThread_;

@@ -42,7 +42,7 @@ namespace oauth {
 namespace {
 
 std::string_view characters(std::span<const std::byte> bytes) {
-    return {static_cast<const char*>(static_cast<const void*>(bytes.data())), bytes.size()};
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
 bool isOf(std::string_view set, char c) { return set.find(c) != std::string_view::npos; }

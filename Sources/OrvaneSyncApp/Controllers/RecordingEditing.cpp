@@ -305,7 +305,7 @@ std::vector<std::string> RecordingEditing::clipNames(UUID usingAudioID) const {
 
 std::string RecordingEditing::rawFilesMenuLabel(const MediaAsset& audio) const {
     const auto& clips = work_.clipsUsing(audio.id);
-    const std::string name = work_.fileNames().of(audio);
+    std::string name = work_.fileNames().of(audio);
     if (clips.empty()) return name;
     const SyncGroup& first = work_.syncGroups()[clips.front()];
     const std::string only =

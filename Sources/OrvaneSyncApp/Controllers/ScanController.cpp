@@ -106,10 +106,12 @@ platform::Task ScanController::scan(std::weak_ptr<ScanController> weak, std::uin
     try {
         co_await steps;
     } catch (const platform::Stopped&) {
-        if ((self = stillScanning(weak, scanNumber))) self->restore(std::move(earlier));
+        self = stillScanning(weak, scanNumber);
+        if (self) self->restore(std::move(earlier));
         throw;
     } catch (const CorrectionError&) {
-        if ((self = stillScanning(weak, scanNumber))) self->restore(std::move(earlier));
+        self = stillScanning(weak, scanNumber);
+        if (self) self->restore(std::move(earlier));
         throw;
     }
 }

@@ -28,8 +28,8 @@ std::optional<typename Map::mapped_type> entry(const Map& map, const UUID& id) {
 } // namespace
 
 ShownClipAudio::ShownClipAudio(std::shared_ptr<ImportController> controller,
-                               std::shared_ptr<platform::MainThread> mainThread,
-                               std::shared_ptr<platform::SettingsStore> settings, Play setMixdownAudio)
+                               const std::shared_ptr<platform::MainThread>& mainThread,
+                               const std::shared_ptr<platform::SettingsStore>& settings, Play setMixdownAudio)
     : controller_(std::move(controller)), play_(std::move(setMixdownAudio)),
       self_(std::make_shared<ShownClipAudio*>(this)),
       ofWork_(controller_->onChange([this](ImportField field) {

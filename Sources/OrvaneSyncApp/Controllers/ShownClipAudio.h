@@ -23,8 +23,8 @@ class ShownClipAudio {
     /// Nothing: the recording itself.
     using Play = std::function<void(const std::optional<FileURL>& rendered)>;
     ShownClipAudio(std::shared_ptr<ImportController> controller,
-                   std::shared_ptr<platform::MainThread> mainThread,
-                   std::shared_ptr<platform::SettingsStore> settings, Play setMixdownAudio);
+                   const std::shared_ptr<platform::MainThread>& mainThread,
+                   const std::shared_ptr<platform::SettingsStore>& settings, Play setMixdownAudio);
     ~ShownClipAudio();
 
     /// `renders`: whether previews are rendered, or only what is there already is played.

@@ -46,7 +46,8 @@ platform::Task SlateController::search(std::weak_ptr<SlateController> weak, std:
     } catch (...) {
         ended = std::current_exception();
     }
-    if ((self = weak.lock()) && --self->searches_ == 0) {
+    self = weak.lock();
+    if (self && --self->searches_ == 0) {
         self->shown_->drop();
         self->progress_ = {};
         self->work_.notify(ImportField::slates);

@@ -13,7 +13,7 @@ std::string statusText(const MatchStatus& status) {
 }
 
 template <class T>
-const T& kept(const T& ofGroup) {
+T kept(const T& ofGroup) {
     return ofGroup;
 }
 bool kept(const std::optional<bool>& ofGroup) { return ofGroup.value_or(false); }

@@ -165,10 +165,10 @@ class Exchange {
     void addHeader(const std::string& line) {
         if (line.find_first_of("\r\n") != std::string::npos)
             throw HTTPError(Kind::invalidURL, "A header of the request holds a line end");
-        curl_slist* const longer = curl_slist_append(headers_.get(), line.c_str());
+        curl_slist* const shorter = headers_.release();
+        curl_slist* const longer = curl_slist_append(shorter, line.c_str());
+        headers_.reset(longer != nullptr ? longer : shorter);
         if (longer == nullptr) throw std::bad_alloc();
-        static_cast<void>(headers_.release());
-        headers_.reset(longer);
     }
 
     CURLcode perform(const std::stop_token& stop) {

@@ -231,7 +231,8 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         postWith(opening_.get_token(), queue, std::move(work), std::move(then));
     }
     template <class Work, class Then>
-    void postWith(std::stop_token stop, const std::unique_ptr<SerialQueue>& queue, Work work, Then then) {
+    void postWith(const std::stop_token& stop, const std::unique_ptr<SerialQueue>& queue, Work work,
+                  Then then) {
         queue->post(
             [weak = weak_from_this(), main = host_->sharedMainThread(), stop, work = std::move(work),
              then = std::move(then)]() mutable {

@@ -21,7 +21,7 @@ std::chrono::nanoseconds length(double frames, double sampleRate) {
 
 class LiveHost final : public PlayerHost {
   public:
-    LiveHost(std::shared_ptr<MainThread> mainThread, std::shared_ptr<const Clock> clock,
+    LiveHost(const std::shared_ptr<MainThread>& mainThread, std::shared_ptr<const Clock> clock,
              std::unique_ptr<AudioOutput> output)
         : PlayerHost(mainThread, Mixer::create(std::move(output), mainThread)), clock_(std::move(clock)) {}
 

@@ -38,8 +38,8 @@ struct ReadAheadAudio::State {
             blocks[i].samples.resize(channels * blockFrames);
             empty.write({{i}});
         }
-        thread =
-            startThread("read-ahead", ThreadPriority::normal, [this](std::stop_token stop) { serve(stop); });
+        thread = startThread("read-ahead", ThreadPriority::normal,
+                             [this](const std::stop_token& stop) { serve(stop); });
     }
     ~State() {
         thread.request_stop();

@@ -29,14 +29,15 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
     std::vector<std::string> told;
     for (const CardDoubt& card : shot.doubts.cards)
         told.push_back(card.doubt.message + " | " + std::to_string(card.groupIDs.size()));
-    EXPECT_EQ(told, (std::vector<std::string>{
-                        "'A3.mov' ends early: about 0:06 of its 0:30 are there | 1",
-                        "'A4.mov' has no index by which it could be read: the recording was cut off before "
-                        "it was closed, or not copied to its end | 1",
-                        "'A5.mov' is empty | 1",
-                        "'T1.wav' ends early: 0:18 of the 1:00 that its header promises are there; likewise "
-                        "1 more file in '/S' | 1",
-                        "'T8.wav' can't be read: nothing of it looks like a recording | 0"}));
+    const std::string cutOff =
+        "'A4.mov' has no index by which it could be read: the recording was cut off before "
+        "it was closed, or not copied to its end | 1";
+    const std::string shorter = "'T1.wav' ends early: 0:18 of the 1:00 that its header promises are there; "
+                                "likewise 1 more file in '/S' | 1";
+    EXPECT_EQ(told,
+              (std::vector<std::string>{"'A3.mov' ends early: about 0:06 of its 0:30 are there | 1", cutOff,
+                                        "'A5.mov' is empty | 1", shorter,
+                                        "'T8.wav' can't be read: nothing of it looks like a recording | 0"}));
     const auto& own = shot.doubts.byGroup.at(shot.groups.front().id);
     const auto shortSound = std::ranges::find(own, Kind::shortSound, &SyncDoubt::kind);
     ASSERT_NE(shortSound, own.end());

@@ -46,14 +46,14 @@ TEST(ExporterClips, EachChangeShows) {
             settings.globalAudioOffsetSeconds = global;
         };
     };
-    const auto from = [](std::optional<std::string> name, std::optional<std::string> timecode) {
+    const auto from = [](const std::optional<std::string>& name, const std::optional<std::string>& timecode) {
         return [=](SyncGroup&, ExportSettings& settings) {
             settings.globalAudioOffsetSeconds = 0.08;
             settings.globalAudioOffsetStartingFromFilename = name;
             settings.globalAudioOffsetStartingFromTC = timecode;
         };
     };
-    const auto channels = [](std::optional<int> count, std::set<int> byHand = {},
+    const auto channels = [](std::optional<int> count, const std::set<int>& byHand = {},
                              std::optional<int> best = {}) {
         return [=](SyncGroup& group, ExportSettings& settings) {
             sound(group).channelCount = count;

@@ -83,7 +83,7 @@ TEST(ExporterOffspeed, EachChangeShows) {
             group.video.frameRate = file;
         };
     };
-    const auto place = [](std::optional<std::string> start, std::optional<double> seconds) {
+    const auto place = [](const std::optional<std::string>& start, std::optional<double> seconds) {
         return [=](SyncGroup& group, ExportSettings&) {
             group.video.startTimecodeString = start;
             group.video.durationSeconds = seconds;

@@ -124,7 +124,7 @@ TEST(VolumeCurves, BelongToTheChannelsOfTheirOwnRecording) {
           {block(10, 20, 2), block(5, 5, 2), block(none, 7, 2), block(0, 12, 1, none)},
           "Boom 71999/2s:0dB 288075/8s:0dB 288077/8s:-96dB 72039/2s:-96dB; "
           "Anna 71999/2s:-96dB 288075/8s:-96dB 288077/8s:0dB 72039/2s:0dB; ");
-    const auto byHand = [](std::set<int> tracks) {
+    const auto byHand = [](const std::set<int>& tracks) {
         return [=](SyncGroup& group, SmartAudioResult&) { group.manualActiveTracks = tracks; };
     };
     check("a microphone that was switched off leaves no hole", blocks({{10, 1}, {20, 2}}),

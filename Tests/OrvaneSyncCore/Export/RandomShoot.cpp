@@ -25,8 +25,8 @@ class Maker {
         for (int i = 0, count = 2 + below(6); i < count; ++i) groups.push_back(group(i, made.settings));
         for (int i = below(3); i > 0; --i) {
             // Compilers differ in which argument of a call they make first.
-            auto name = maybe(text());
-            WildTrack wild(recording("wild" + std::to_string(i), 3600, 25), std::move(name));
+            const auto name = maybe(text());
+            WildTrack wild(recording("wild" + std::to_string(i), 3600, 25), name);
             wild.isApproved = chance(70);
             made.wildTracks.push_back(std::move(wild));
         }

@@ -156,7 +156,7 @@ TEST(ALEParser, findsOutEncodingAndDelimiter) {
             return bytes;
         };
     };
-    const auto wide = [](std::string mark, bool bigEndian) {
+    const auto wide = [](const std::string& mark, bool bigEndian) {
         return [=](const std::u16string& text) { return mark + utf16(text, bigEndian); };
     };
     // `accented`: what stands for "Türe" then, as the file's bytes or as read

@@ -186,7 +186,7 @@ TEST(Days, PartsOfARecordingPassMidnight) {
 
 TEST(Corrections, MoveWhereFilesLie) {
     const test::ScopedEnvironment zone("TZ", "UTC");
-    const auto rules = [](SourceCorrections corrections, double fps = 25) {
+    const auto rules = [](const SourceCorrections& corrections, double fps = 25) {
         return MatchRules::of(automatic, corrections, rateOfMostClips({test::video("x", "", 1, fps)}));
     };
     MediaAsset counted = test::audio("T_240517.wav");

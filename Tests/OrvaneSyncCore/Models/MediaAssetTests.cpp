@@ -126,9 +126,7 @@ TEST(MediaAsset, datesInFileNames) {
         {"2079-01-01T11:00:00Z", {"790101.mov"}},
         {"2024-03-02T11:00:00Z", {"240231.mov"}},
         {"",
-         {"A001C002240517.mov", "2405171.mov", "24051.mov", "x 240517 y",
-          "\xD9\xA2"
-          "40517.mov",
+         {"A001C002240517.mov", "2405171.mov", "24051.mov", "x 240517 y", "\u066240517.mov",
           "991332_240517_.mov", // the separator went with the first
           "240017.mov", "240532.mov", "240500.mov", "", "_"}}};
     for (const auto& [date, names] : cases)

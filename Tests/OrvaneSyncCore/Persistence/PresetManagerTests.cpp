@@ -98,7 +98,9 @@ TEST_F(Persistence, presetFilesBearSafeNames) {
     home.write("data/Orvane Tandrel/Presets/folder.json/x", "");
     EXPECT_EQ(presets.list(), (std::vector<std::string>{".hidden", "24-00-A", "Preset 2", "Preset 10"}));
 
-    home.write("data/Orvane Tandrel/Presets/huge.json", "{" + std::string(20'000'000, ' ') + "}");
+    std::string huge = "{";
+    huge.append(20'000'000, ' ');
+    home.write("data/Orvane Tandrel/Presets/huge.json", huge + "}");
     EXPECT_THROW(presets.load("huge", store), platform::FileError);
 
     EXPECT_THROW(presets.rename("24:00/A", "Preset 2"), PresetNameError) << "nothing is replaced unasked";

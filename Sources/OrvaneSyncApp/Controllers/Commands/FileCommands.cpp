@@ -53,7 +53,7 @@ platform::Task exportedDocument(CommandContext& context, Call call, std::shared_
     const std::shared_ptr<const ImportController> controller = context.controller;
     const auto& mainThread = controller->work().environment.mainThread;
     platform::SerialQueue& queue = *controller->work().documents;
-    const std::string output = call.text("output");
+    const std::string& output = call.text("output");
     const auto guard = std::make_shared<std::optional<OutputGuard>>();
     auto checking = platform::onQueue(
         queue, mainThread, [guard, output, inputs = inputsOf(*controller), may = permission(call)] {

@@ -19,7 +19,8 @@ platform::Task status(CommandContext& context, Call /*call*/, std::shared_ptr<JS
     *result = lockitStatusJSON(*account, context.controller->lockit());
 }
 
-platform::Task signIn(CommandContext& context, Call /*call*/, std::shared_ptr<JSON> /*result*/) {
+platform::Task signIn(CommandContext& context, const Call& /*call*/,
+                      const std::shared_ptr<JSON>& /*result*/) {
     return context.account()->signIn();
 }
 
@@ -32,7 +33,8 @@ JSON completeSignIn(CommandContext& context, const Call& call) {
     return {};
 }
 
-platform::Task signOut(CommandContext& context, Call /*call*/, std::shared_ptr<JSON> /*result*/) {
+platform::Task signOut(CommandContext& context, const Call& /*call*/,
+                       const std::shared_ptr<JSON>& /*result*/) {
     return context.account()->signOut();
 }
 

@@ -28,7 +28,7 @@ platform::Task onModel(platform::Task operation) {
 
 platform::Task download(CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
     const auto controller = context.controller;
-    const std::string id = call.text("id");
+    const std::string& id = call.text("id");
     const platform::Task downloading = onModel(controller->models().download(id));
     co_await downloading;
     const ModelInfo& model = *controller->models().model(id);

@@ -26,9 +26,9 @@ Command doing(std::string_view id, std::string_view title, std::string_view help
 /// The same for a session of the list.
 template <class Operation>
 Command onSession(std::string_view id, std::string_view title, std::string_view help,
-                  std::vector<Parameter> more, Operation operation) {
+                  const std::vector<Parameter>& more, Operation operation) {
     std::vector<Parameter> parameters{sessionId};
-    for (Parameter& parameter : more) parameters.push_back(parameter);
+    for (const Parameter& parameter : more) parameters.push_back(parameter);
     return {id, title, help, std::move(parameters), [operation](CommandContext& context, const Call& call) {
                 const UUID session = call.id("sessionId");
                 if (context.sessions->session(session) == nullptr) throw sessionNotFound();

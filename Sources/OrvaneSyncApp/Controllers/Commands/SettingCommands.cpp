@@ -57,9 +57,9 @@ platform::Task loadPreset(CommandContext& context, Call call, std::shared_ptr<JS
     const auto settings = context.settings;
     const auto mainThread = context.controller->work().environment.mainThread;
     auto reading = onDocuments(context, [name = call.text("name")] { return PresetManager().saved(name); });
-    platform::SettingsStore::Values values = co_await reading;
+    const platform::SettingsStore::Values values = co_await reading;
     // Who watches the settings is called on the thread that changes them.
-    co_await platform::written(settings->setAll(std::move(values)), *mainThread);
+    co_await platform::written(settings->setAll(values), *mainThread);
 }
 
 platform::Task renamePreset(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {

@@ -26,14 +26,16 @@ template <JSON (*answer)(const ShortcutCenter&)>
 Command row(std::string_view id, std::string_view title, std::string_view help,
             std::vector<Parameter> parameters,
             std::function<platform::Task(ShortcutCenter&, const Call&)> operation = nullptr) {
-    return Command::later(
-        id, title, help, std::move(parameters),
-        [operation](CommandContext& context, const Call& call, std::shared_ptr<JSON> result) {
-            std::function<platform::Task(ShortcutCenter&)> ofCall;
-            if (operation)
-                ofCall = [operation, call](ShortcutCenter& center) { return operation(center, call); };
-            return run<answer>(context.shortcuts(), std::move(ofCall), std::move(result));
-        });
+    return Command::later(id, title, help, std::move(parameters),
+                          [operation = std::move(operation)](CommandContext& context, const Call& call,
+                                                             std::shared_ptr<JSON> result) {
+                              std::function<platform::Task(ShortcutCenter&)> ofCall;
+                              if (operation)
+                                  ofCall = [operation, call](ShortcutCenter& center) {
+                                      return operation(center, call);
+                                  };
+                              return run<answer>(context.shortcuts(), std::move(ofCall), std::move(result));
+                          });
 }
 
 ShortcutAction actionOf(const Call& call) {

@@ -17,7 +17,7 @@ std::uint32_t mixed(std::uint32_t under, std::uint32_t over, float share) {
     for (int shift = 0; shift < 32; shift += 8) {
         const auto low = static_cast<float>((under >> shift) & 0xFFU);
         const auto high = static_cast<float>((over >> shift) & 0xFFU);
-        result |= static_cast<std::uint32_t>(low + (high - low) * share + 0.5F) << shift;
+        result |= static_cast<std::uint32_t>(std::lround(low + (high - low) * share)) << shift;
     }
     return result;
 }

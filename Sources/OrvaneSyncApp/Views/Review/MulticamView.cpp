@@ -82,7 +82,7 @@ MulticamView::MulticamView(Desktop& desktop, ReviewActions& actions, std::functi
     setFocusPolicy(Qt::StrongFocus);
     auto* columns = new QSplitter;
     columns->addWidget(outline_ = new OutlineView(desktop, openClip_, std::move(leave)));
-    outline_->openTake = [this](std::vector<UUID> cameras) {
+    outline_->openTake = [this](const std::vector<UUID>& cameras) {
         if (openTake) openTake(cameras);
     };
     auto* cameras = new QWidget;

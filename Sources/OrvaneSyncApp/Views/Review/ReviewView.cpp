@@ -70,8 +70,8 @@ ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<v
     steps_->showKeys = [this] { keys_->open(); };
     outline_->whenListChanged = [this] { steps_->refresh(); };
     ofReview_ = review->onChange([this] { steps_->refresh(); });
-    outline_->openTake = [this](std::vector<UUID> cameras) {
-        if (openTake) openTake(std::move(cameras));
+    outline_->openTake = [this](const std::vector<UUID>& cameras) {
+        if (openTake) openTake(cameras);
     };
     review->moveInList = [this](KeyAction action) { go(action == KeyAction::nextGroup ? 1 : -1); };
 }

@@ -44,7 +44,7 @@ std::string lengthsOf(const MediaAsset& file) {
 
 /// Cameras close a recording that was cut off when its card is in them again.
 std::string cureOf(Known known, bool isOne) {
-    const std::string copying = isOne ? "copy it again from the card" : "copy them again from the card";
+    std::string copying = isOne ? "copy it again from the card" : "copy them again from the card";
     if (known != Known::noIndex) return copying;
     return copying + (isOne ? ", or let the camera repair it" : ", or let the camera repair them");
 }

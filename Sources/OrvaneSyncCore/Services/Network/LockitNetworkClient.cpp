@@ -116,7 +116,7 @@ LockitNetworkClient::listShootingDays(const std::string& projectID,
 }
 
 platform::Task LockitNetworkClient::matchClips(const std::string& projectID, const std::string& shootingDayID,
-                                               std::shared_ptr<const LockitFilenames> names,
+                                               const std::shared_ptr<const LockitFilenames>& names,
                                                std::shared_ptr<ClipMatchResponse> response,
                                                Received received) const {
     return request(

@@ -52,7 +52,7 @@ class LockitNetworkClient {
     using Received = std::function<void(std::size_t mostMatches)>;
     /// The answer is made and may be large: whoever takes it apart does so off the interface thread.
     platform::Task matchClips(const std::string& projectID, const std::string& shootingDayID,
-                              std::shared_ptr<const LockitFilenames> names,
+                              const std::shared_ptr<const LockitFilenames>& names,
                               std::shared_ptr<ClipMatchResponse> response, Received received = nullptr) const;
 
   private:

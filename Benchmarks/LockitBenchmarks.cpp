@@ -30,10 +30,9 @@ struct Production {
         server.addProject(project, JSON::Object{{"name", "Film"}});
         for (int day = 0; day < days; ++day) {
             const int first = day * clips / days;
-            auto known = test::numberedClips(first, (day + 1) * clips / days - first);
+            const auto known = test::numberedClips(first, (day + 1) * clips / days - first);
             for (const auto& [name, clip] : known) filenames.push_back(name);
-            server.addDay(project, JSON::Object{{"uuid", "day" + std::to_string(day)}, {"day", day}},
-                          std::move(known));
+            server.addDay(project, JSON::Object{{"uuid", "day" + std::to_string(day)}, {"day", day}}, known);
         }
     }
 };

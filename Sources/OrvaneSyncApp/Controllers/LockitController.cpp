@@ -188,11 +188,11 @@ class AskedDay {
   public:
     AskedDay(const std::shared_ptr<platform::MainThread>& mainThread, const LockitNetworkClient& client,
              const std::string& projectID, const std::string& day,
-             std::shared_ptr<const LockitFilenames> names)
+             const std::shared_ptr<const LockitFilenames>& names)
         : response_(std::make_shared<ClipMatchResponse>()),
           received_(std::make_shared<platform::Completion>(mainThread)),
           mostMatches_(std::make_shared<std::optional<std::size_t>>()),
-          matching_(client.matchClips(projectID, day, std::move(names), response_,
+          matching_(client.matchClips(projectID, day, names, response_,
                                       [received = received_, known = mostMatches_](std::size_t most) {
                                           *known = most;
                                           received->end();

@@ -21,21 +21,27 @@ DoubtBar::DoubtBar(Desktop& desktop, QWidget* parent) : QFrame(parent), desktop_
     top->addWidget(new Badge(Signal::doubtful, {}), 0, Qt::AlignTop);
     top->addWidget(text_ = label(QString()), 1);
     // Beside the text, at the top: they stay where they are, however many lines the next one has.
-    top->addWidget(position_ = facts({}), 0, Qt::AlignTop);
+    auto* steps = new QHBoxLayout;
+    steps->setSpacing(0);
+    steps->addWidget(position_ = facts({}));
     position_->setWordWrap(false);
-    const auto step = [&](const QString& name, const QString& tip, bool isBack) {
-        QPushButton* made = button(name, Weight::quiet);
+    const auto step = [&](const QString& arrow, const QString& name, const QString& tip, bool isBack) {
+        QPushButton* made = button(arrow, Weight::quiet);
+        made->setAccessibleName(name);
         made->setToolTip(tip);
-        top->addWidget(made, 0, Qt::AlignTop);
+        made->setFixedWidth(space::large + space::small);
+        made->setStyleSheet(QStringLiteral("padding: 4px 0;"));
+        steps->addWidget(made);
         connect(made, &QPushButton::clicked, this, [this, isBack] {
             shown_ += isBack ? doubts_.size() - 1 : 1;
             showOne();
         });
         return made;
     };
-    previous_ = step(QStringLiteral("‹"), tr("Shows the doubt before"), true);
-    previous_->setAccessibleName(tr("Previous"));
-    next_ = step(tr("Next"), tr("Shows the next doubt"), false);
+    previous_ = step(QStringLiteral("‹"), tr("Previous"), tr("Shows the doubt before"), true);
+    next_ = step(QStringLiteral("›"), tr("Next"), tr("Shows the next doubt"), false);
+    top->addLayout(steps);
+    top->setAlignment(steps, Qt::AlignTop);
     rows->addLayout(top);
     buttons_ = new QHBoxLayout;
     buttons_->setSpacing(space::small);
@@ -59,6 +65,7 @@ void DoubtBar::showOne() {
     shown_ %= doubts_.size();
     const ResultsViewModel::Doubt& doubt = doubts_[shown_];
     QString message = translatedSentence(doubt.message);
+    message = message.left(1).toUpper() + message.mid(1);
     if (!doubt.cure.text.empty()) message += QStringLiteral("\n→ ") + translatedSentence(doubt.cure.text);
     text_->setText(message);
     setAccessibleName(message);

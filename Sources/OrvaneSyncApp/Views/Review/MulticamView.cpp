@@ -50,8 +50,8 @@ class MulticamView::Cell : public QFrame {
         column->addWidget(canvas_, 1);
         auto* row = new QHBoxLayout;
         row->setContentsMargins(space::tight, 0, 0, 0);
-        auto* label = new ElidedLabel(Qt::ElideMiddle);
-        label->setText(name);
+        auto* label = new ElidedLabel(Qt::ElideRight);
+        label->setText(name); // cameras count their clips at the beginning
         label->setToolTip(name);
         row->addWidget(label, 1);
         heard_ = button(tr("Hear"), Glyph::sound, Weight::quiet);

@@ -24,7 +24,7 @@ namespace {
 constexpr QSize atmoSize{760, 620};
 constexpr int playColumn = 4;
 constexpr int progressParts = 1000;
-constexpr int listHeight = 190;
+constexpr int mostListHeight = 190;
 constexpr int candidateRole = Qt::UserRole;
 
 /// One scene: its stretches, how long the tone shall be, and the button that builds it.
@@ -37,15 +37,14 @@ class ScenePanel : public Section {
         list_->setAccessibleName(tr("Quiet stretches of scene %1").arg(text(one().key)));
         list_->setHeaderLabels({tr("Recording"), tr("Starts"), tr("Length"), tr("Level"), tr("Listen")});
         list_->setRootIsDecorated(false);
-        list_->setFixedHeight(listHeight);
         list_->header()->setStretchLastSection(false);
         list_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
         list_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
         for (const AtmoCandidate& candidate : one().candidates) {
-            auto* row = new QTreeWidgetItem(list_, {text(candidate.url.lastPathComponent()),
-                                                    text(AtmoBuilderModel::startText(candidate)),
-                                                    text(AtmoBuilderModel::lengthText(candidate)),
-                                                    text(AtmoBuilderModel::levelText(candidate)), QString()});
+            auto* row = new QTreeWidgetItem(
+                list_, {text(candidate.url.lastPathComponent()), text(AtmoBuilderModel::startText(candidate)),
+                        text(AtmoBuilderModel::lengthText(candidate)),
+                        translatedSentence(AtmoBuilderModel::levelText(candidate)), QString()});
             row->setData(0, candidateRole, text(candidate.id.text()));
             row->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
             row->setToolTip(0, text(candidate.url.pathText()));
@@ -111,6 +110,15 @@ class ScenePanel : public Section {
             const bool plays = player_.playingID() == idOf(row);
             row.setIcon(playColumn, icon(plays ? Glyph::pause : Glyph::play));
         }
+    }
+
+  protected:
+    /// As high as its rows, which have the sizes of the theme from here on.
+    void showEvent(QShowEvent* event) override {
+        Section::showEvent(event);
+        const int rows = list_->topLevelItemCount() * std::max(0, list_->sizeHintForRow(0));
+        list_->setFixedHeight(std::min(mostListHeight, list_->header()->sizeHint().height() + rows +
+                                                           2 * list_->frameWidth() + space::tight));
     }
 
   private:

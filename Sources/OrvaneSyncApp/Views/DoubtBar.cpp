@@ -25,12 +25,13 @@ DoubtBar::DoubtBar(Desktop& desktop, QWidget* parent) : QFrame(parent), desktop_
     steps->setSpacing(0);
     steps->addWidget(position_ = facts({}));
     position_->setWordWrap(false);
+    steps->addSpacing(space::tight);
     const auto step = [&](const QString& arrow, const QString& name, const QString& tip, bool isBack) {
         QPushButton* made = button(arrow, Weight::quiet);
         made->setAccessibleName(name);
         made->setToolTip(tip);
         made->setFixedWidth(space::large + space::small);
-        made->setStyleSheet(QStringLiteral("padding: 4px 0;"));
+        made->setStyleSheet(QStringLiteral("padding: 4px 0; text-align: center;"));
         steps->addWidget(made);
         connect(made, &QPushButton::clicked, this, [this, isBack] {
             shown_ += isBack ? doubts_.size() - 1 : 1;

@@ -58,7 +58,6 @@ TEST(Cures, doWhatTheySayWhenTheyAreUsedAsTold) {
         std::vector<std::vector<ShotFile>> cards;
         std::vector<std::string> folders; ///< of the scan, below the shoot
         std::size_t clips;                ///< that the cured scan shows
-        bool hasCure = true;
     };
     const auto clips = [](const std::string& prefix, int later = 0) {
         return takes(prefix, ".mov", later, 10);
@@ -76,18 +75,10 @@ TEST(Cures, doWhatTheySayWhenTheyAreUsedAsTold) {
          4},
         {"a second recorder", {clips("C/A"), sound("S1/T"), sound("S2/U")}, {""}, 4},
         {"a recorder in a folder below", {clips("C/A"), sound("S/T"), sound("S/BAG/U")}, {""}, 4},
-        {"two units, clips and sound in one folder each",
-         {clips("U1/A"), sound("U1/T"), clips("U2/B"), sound("U2/U")},
-         {""},
-         8},
         {"folders that were named one by one",
          {clips("C/A"), sound("S1/T"), sound("S2/U")},
          {"C", "S1", "S2"},
          4},
-        {"units that were named one by one",
-         {clips("U1/A"), sound("U1/T"), clips("U2/B"), sound("U2/U")},
-         {"U1", "U2"},
-         8},
         {"names that a pattern would read", {clips("C/A"), sound("S[1]/T"), sound("S'[2]/U")}, {""}, 4},
         {"a bag an hour late beside a cart and its clips",
          {clips("CART/A"), sound("CART/T"), sound("BAG/U", 3597)},
@@ -141,8 +132,7 @@ TEST(Cures, doWhatTheySayWhenTheyAreUsedAsTold) {
         ASSERT_FALSE(told.empty());
         const std::string cure = *told.front().find("cure")->string();
         const auto cured = appliedTo(words, cure);
-        ASSERT_EQ(cured.has_value(), one.hasCure) << cure;
-        if (!cured) continue;
+        ASSERT_TRUE(cured) << cure;
         const Outcome outcome = runWith(*cured);
         ASSERT_EQ(outcome.status, done) << outcome.err;
         EXPECT_EQ(outcome.err, "") << cure;

@@ -102,6 +102,33 @@ TEST(CardDoubts, ReasonsSayWhatLiesAtThatTime) {
     EXPECT_EQ(reasons({}), "no recordings given; no recordings given; no recordings given; ");
 }
 
+TEST(CardDoubts, UnitsThatShootAtOnceHaveTheirOwnSound) {
+    struct Case {
+        std::string sound; ///< folder of the other recorder's, which sorts first
+        bool isRecordingMissing, hasClips;
+        int doubts;
+    };
+    for (const Case& one : {Case{"/0/S", false, true, 0}, Case{"/0", true, true, 1},
+                            Case{"/0", true, false, 3}, Case{"/1/0", false, false, 4}}) {
+        Shot shot;
+        for (int i = 0; i < 4; ++i) {
+            const std::string number = std::to_string(i);
+            const double at = 36000 + 300 * i;
+            shot.audios.push_back(recordingAt(one.sound + "/U" + number + ".wav", at - 3, 20));
+            if (i < 3 || !one.isRecordingMissing)
+                shot.audios.push_back(recordingAt("/1/S/T" + number + ".wav", at - 3, 20));
+            shot.videos.push_back(clipAt("/1/A" + number + ".mov", at, 10));
+            if (one.hasClips) shot.videos.push_back(clipAt("/0/B" + number + ".mov", at, 10));
+        }
+        shot.diagnose();
+        EXPECT_EQ(shot.count(Kind::ambiguous), one.doubts) << one.sound;
+        for (const SyncGroup& group : shot.groups) {
+            const std::string& sound = group.primaryAudio()->url.path;
+            EXPECT_TRUE(one.doubts > 0 || sound[1] == group.video.url.path[1] || !one.hasClips) << sound;
+        }
+    }
+}
+
 TEST(CardDoubts, RecordingsThatCountAlikeMayBeOfTwoDays) {
     const test::TemporaryDirectory folder;
     const std::string sound(100'000, 'x'), broken = std::string(60'000, 'x') + std::string(40'000, '\0');

@@ -1,9 +1,11 @@
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Matching/MeetingOrder.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
+#include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/RateText.h"
@@ -96,6 +98,53 @@ class OtherRecorders {
     std::map<std::pair<std::string_view, std::string_view>, std::string> texts_;
 };
 
+/// Units that shoot at once, by the folders of their sound: clips near to such a folder have it, too.
+class SoundUnits {
+  public:
+    explicit SoundUnits(const Shoot& shoot) {
+        for (const Shoot::Clip& clip : shoot.clips) {
+            if (!clip.primary || !clip.place) continue;
+            const MediaAsset& sound = *shoot.recordings[*clip.primary].asset;
+            const auto nearness = UnitNearness::of(clip.group->video, sound);
+            cameras_[folderOf(clip.group->video)].push_back(nearness);
+            const SyncEngine::TCRange range = hoursOf(*clip.place);
+            const auto [known, isNew] = units_.try_emplace(folderOf(sound), Unit{nearness, range});
+            Unit& unit = known->second;
+            if (nearness > unit.nearest) unit = {nearness, range};
+            if (nearness < unit.nearest) continue;
+            unit.hours.startSeconds = std::min(unit.hours.startSeconds, range.startSeconds);
+            unit.hours.endSeconds = std::max(unit.hours.endSeconds, range.endSeconds);
+        }
+    }
+    /// Clips that are nearer to the recording have their sound from its folder, while this clip was filmed.
+    bool isOfOthers(const MediaAsset& recording, const Shoot::Clip& clip) const {
+        const auto unit = units_.find(folderOf(recording));
+        return unit != units_.end() && clip.place &&
+               unit->second.nearest > UnitNearness::of(clip.group->video, recording) &&
+               SyncEngine::overlapDuration(unit->second.hours, hoursOf(*clip.place));
+    }
+    /// Most clips of that camera have sound that is nearer to them.
+    bool mostHaveNearer(const Shoot::Clip& clip, const UnitNearness& nearness) const {
+        const auto camera = cameras_.find(folderOf(clip.group->video));
+        return camera != cameras_.end() && 2 * std::ranges::count_if(camera->second, [&](const auto& own) {
+                                               return own > nearness;
+                                           }) > std::ssize(camera->second);
+    }
+
+  private:
+    struct Unit {
+        UnitNearness nearest;
+        SyncEngine::TCRange hours; ///< of the clips that lie as near
+    };
+    static SyncEngine::TCRange hoursOf(FilePlace place) {
+        place.day = place.likelyDay();
+        return onLine(place);
+    }
+
+    std::map<std::string_view, Unit> units_;                        ///< by folder of the sound
+    std::map<std::string_view, std::vector<UnitNearness>> cameras_; ///< by folder, of the clips' sound
+};
+
 /// The doubts about one clip by itself.
 class ClipDoubts {
   public:
@@ -104,9 +153,10 @@ class ClipDoubts {
           take_(takeOf(*clip.group, assumedChannels)) {}
 
     /// Two recorders that ran as long: which one comes first is decided by their folders' names.
-    std::vector<SyncDoubt> rivals(OtherRecorders& others) {
-        equalRecordings(others);
+    std::vector<SyncDoubt> rivals(OtherRecorders& others, const SoundUnits& units) {
+        equalRecordings(others, units);
         if (doubts_.empty()) ownUnit();
+        if (doubts_.empty()) noOwnSound(units);
         return std::move(doubts_);
     }
     std::vector<SyncDoubt> all() {
@@ -211,11 +261,17 @@ class ClipDoubts {
         }
         return coveredSeconds(heard, std::move(ranges));
     }
-    void equalRecordings(OtherRecorders& others) {
+    UnitNearness nearness(const MediaAsset& recording) const {
+        return UnitNearness::of(group_.video, recording);
+    }
+    void equalRecordings(OtherRecorders& others, const SoundUnits& units) {
         const double least = heardSeconds(group_, take_) * equalShare;
         const AudioMatch& first = group_.audioMatches.front();
         for (const auto& [folder, matches] : alternates()) {
             if (commonSeconds(matches) < least) continue;
+            // The sound of the clip's own unit is heard.
+            const MediaAsset& other = *matches.front()->audio;
+            if (units.isOfOthers(other, clip_) && nearness(*first.audio) > nearness(other)) continue;
             const std::string without = others.without(folder, folderOf(*first.audio));
             add(Kind::ambiguous,
                 shoot_.nameOf(*first.audio) + " and " + shoot_.nameOf(*matches.front()->audio) +
@@ -227,34 +283,6 @@ class ClipDoubts {
         }
     }
 
-    /// How near a recording lies to the clip: by the folders that both lie in, then by a piece of the names
-    /// in which their folders begin to differ, as "A" of "A_CAM" and "A_SOUND".
-    std::pair<std::size_t, bool> nearness(const MediaAsset& recording) const {
-        const auto own = folderNames(group_.video.url), other = folderNames(recording.url);
-        const auto [a, b] = std::ranges::mismatch(own, other);
-        const auto common = static_cast<std::size_t>(a - own.begin());
-        if (a == own.end() || b == other.end()) return {common, false};
-        const auto pieces = piecesOf(*a);
-        return {common, std::ranges::any_of(
-                            piecesOf(*b), [&](const std::string& piece) { return pieces.contains(piece); })};
-    }
-    /// Without the words for what lies in a folder, which say nothing of whose it is.
-    static std::set<std::string> piecesOf(std::string_view name) {
-        static const std::set<std::string, std::less<>> kinds{"audio", "cam",     "camera", "card",  "clips",
-                                                              "day",   "footage", "media",  "rec",   "roll",
-                                                              "snd",   "sound",   "unit",   "video", "wav"};
-        std::set<std::string> pieces;
-        std::string piece;
-        for (const char c : platform::text::lowercased(name) + " ") {
-            if (std::string_view("_- .").find(c) == std::string_view::npos) {
-                piece += c;
-            } else if (std::string whole = std::exchange(piece, {});
-                       !whole.empty() && !kinds.contains(whole)) {
-                pieces.insert(std::move(whole));
-            }
-        }
-        return pieces;
-    }
     /// Another unit's sound lies under more of the clip than that of its own, which began late or ended
     /// early.
     void ownUnit() {
@@ -271,6 +299,21 @@ class ClipDoubts {
                 "choose in the table of 'scan --review', or lock the clips");
             return;
         }
+    }
+
+    /// A recorder that did not run is no reason to hear another unit's.
+    void noOwnSound(const SoundUnits& units) {
+        const MediaAsset& first = *group_.audioMatches.front().audio;
+        const auto isAsFar = [&](const AudioMatch& match) {
+            return nearness(*match.audio) <= nearness(first);
+        };
+        if (!units.isOfOthers(first, clip_) || !units.mostHaveNearer(clip_, nearness(first)) ||
+            !std::ranges::all_of(group_.audioMatches, isAsFar))
+            return;
+        add(Kind::ambiguous,
+            name_ + " has no sound of its own unit, and " + shoot_.nameOf(first) + " of another one is heard",
+            "look for a recording that is missing on the cards, or choose in the table of 'scan --review', "
+            "or lock the clips");
     }
 
     /// Only what both files say of themselves counts.
@@ -447,15 +490,16 @@ void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts) {
 void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts) {
     using enum Kind;
     OtherRecorders others(shoot);
+    const SoundUnits units(shoot);
     addFromEachClip(doubts, shoot, [&](const Shoot::Clip& clip) -> std::vector<SyncDoubt> {
         const SyncGroup& group = *clip.group;
         // Where the recording itself is in doubt, its rivals may be what is right.
-        if (group.audioMatches.size() < 2 || clip.isDecided || !group.matchStatus.isSettled() ||
+        if (group.audioMatches.empty() || clip.isDecided || !group.matchStatus.isSettled() ||
             group.matchStatus.kind == MatchStatus::Kind::manual ||
             doubts.has(group.id,
                        {otherDay, otherDateFits, constantOffset, timecodeRate, notTimeOfDay, ambiguous}))
             return {};
-        return ClipDoubts(shoot, clip).rivals(others);
+        return ClipDoubts(shoot, clip).rivals(others, units);
     });
 }
 

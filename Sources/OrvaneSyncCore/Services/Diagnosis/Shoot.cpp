@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 
 #include "OrvaneSyncCore/Services/Matching/RecordingIndex.h"
+#include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Stop.h"
@@ -116,7 +117,12 @@ Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input
             },
             [&](const AudioMatch& match) {
                 const auto number = numberOf(match);
-                return number && clip.primary && *number < *clip.primary;
+                if (!number || !clip.primary) return false;
+                const auto nearness = [&](const MediaAsset& sound) {
+                    return UnitNearness::of(group.video, sound);
+                };
+                const auto own = nearness(*match.audio), first = nearness(*recordings[*clip.primary].asset);
+                return own > first || (own == first && *number < *clip.primary);
             });
         if (clip.place) {
             clip.isCovered = isCovered(group, clip.place->range.durationSeconds());

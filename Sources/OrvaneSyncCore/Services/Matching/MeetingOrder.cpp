@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Matching/RecordingParts.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
+#include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 
 #include <algorithm>
@@ -22,6 +23,7 @@ using Candidate = TakeMembership::Candidate;
 
 // A recording below this share of the best one's overlap is no rival to it, and makes the clip ambiguous.
 constexpr double ambiguityShare = 0.5;
+constexpr double roundingSeconds = 1e-6; // of sums of parts
 constexpr double adjoiningSeconds = SplitRecordingDetector::contiguityToleranceSeconds;
 
 /// What is ranked as one recording: the files of a take in parts, or a file by itself.
@@ -30,7 +32,12 @@ struct Contender {
     double coveredSeconds = 0;      ///< of the clip
     std::size_t first = 0;          ///< the place of its first file among what was met
     bool isOfOtherDay = false;
-    bool endsEarly = false; ///< a file of it ends before its header says so
+    bool endsEarly = false;     ///< a file of it ends before its header says so
+    UnitNearness nearness = {}; ///< of what covers most of the clip
+
+    std::pair<std::ptrdiff_t, bool> farness() const {
+        return {-static_cast<std::ptrdiff_t>(nearness.commonFolders), !nearness.haveOneName};
+    }
 };
 
 /// The files that meet one clip, the one with the most in common first.
@@ -41,7 +48,28 @@ struct Files {
     RecordingParts parts;
 };
 
-Files filesOf(const TCRange& clip, const std::vector<Meeting>& meetings,
+/// Of what has most in common with the clip, all alike, the recordings of the video's own unit. `met` is in
+/// order else.
+void putNearestInFront(std::vector<std::size_t>& met, const MediaAsset& video,
+                       const std::vector<Meeting>& meetings, const std::vector<Recording>& recordings) {
+    const auto assetOf = [&](std::size_t i) -> const MediaAsset& {
+        return *recordings[meetings[i].recording].asset;
+    };
+    const double most = meetings[met.front()].overlapSeconds;
+    const bool isCut = assetOf(met.front()).heldShare.has_value();
+    const auto end = std::ranges::find_if(met, [&](std::size_t i) {
+        return meetings[i].overlapSeconds < most - roundingSeconds ||
+               assetOf(i).heldShare.has_value() != isCut;
+    });
+    const std::string_view folder = folderPath(assetOf(met.front()));
+    if (std::all_of(met.begin(), end, [&](std::size_t i) { return folderPath(assetOf(i)) == folder; }))
+        return;
+    std::stable_sort(met.begin(), end, [&](std::size_t a, std::size_t b) {
+        return UnitNearness::of(video, assetOf(a)) > UnitNearness::of(video, assetOf(b));
+    });
+}
+
+Files filesOf(const MediaAsset& video, const TCRange& clip, const std::vector<Meeting>& meetings,
               const std::vector<Recording>& recordings) {
     Files files;
     const std::size_t count = meetings.size();
@@ -51,6 +79,7 @@ Files filesOf(const TCRange& clip, const std::vector<Meeting>& meetings,
     std::ranges::stable_sort(files.met, std::greater{}, [&](std::size_t i) {
         return std::pair(meetings[i].overlapSeconds, !recordings[meetings[i].recording].asset->heldShare);
     });
+    putNearestInFront(files.met, video, meetings, recordings);
     files.meetings.reserve(count);
     files.parts.reserve(count);
     for (const std::size_t i : files.met) {
@@ -123,10 +152,17 @@ Contender contenderOf(const TCRange& clip, const Files& files, std::vector<std::
     return one;
 }
 
+void measureNearness(std::vector<Contender>& contenders, const Files& files, const MediaAsset& video) {
+    const double most = std::ranges::max(contenders, {}, &Contender::coveredSeconds).coveredSeconds;
+    for (Contender& one : contenders)
+        if (one.coveredSeconds >= most - roundingSeconds)
+            one.nearness = UnitNearness::of(video, *files.candidates[one.files.front()].audio);
+}
+
 /// The recordings that cover more of the clip first, and of equal ones those that were met first.
 auto rankOf(const Contender& one) {
-    constexpr double perSecond = 1e6; // sums of parts are rounded
-    return std::tuple(-std::llround(one.coveredSeconds * perSecond), one.endsEarly, one.first);
+    return std::tuple(-std::llround(one.coveredSeconds / roundingSeconds), one.endsEarly, one.farness(),
+                      one.first);
 }
 
 /// And what covers little of the clip.
@@ -138,7 +174,7 @@ void putOtherDaysBehind(std::span<Contender> contenders, double bestSeconds) {
 
 /// The one that is heard first, then the others without its files. Only files that adjoin others are asked
 /// for their take, as the files of any other cover the same.
-std::vector<Contender> contendersOf(const TCRange& clip, const Files& files) {
+std::vector<Contender> contendersOf(const MediaAsset& video, const TCRange& clip, const Files& files) {
     const std::size_t count = files.meetings.size();
     const std::vector<bool> mayBePart =
         mayAdjoin(files.parts) ? adjoining(files.candidates) : std::vector<bool>(count, false);
@@ -153,6 +189,7 @@ std::vector<Contender> contendersOf(const TCRange& clip, const Files& files) {
         for (const std::size_t file : members) isMember[file] = true;
         if (members.front() == i) contenders.push_back(contenderOf(clip, files, std::move(members)));
     }
+    measureNearness(contenders, files, video);
     std::ranges::sort(contenders, {}, rankOf);
     putOtherDaysBehind(contenders, contenders.front().coveredSeconds);
     contenders.erase(contenders.begin() + 1, contenders.end());
@@ -214,10 +251,10 @@ double coveredSeconds(const TCRange& clip, std::vector<TCRange> ranges) {
     return covered;
 }
 
-MatchStatus rankMeetings(const TCRange& clip, std::vector<Meeting>& meetings,
+MatchStatus rankMeetings(const MediaAsset& video, const TCRange& clip, std::vector<Meeting>& meetings,
                          const std::vector<Recording>& recordings) {
     if (meetings.size() == 1) return MatchStatus::matched();
-    Files files = filesOf(clip, meetings, recordings);
+    Files files = filesOf(video, clip, meetings, recordings);
     if (isOneRecording(files.parts)) {
         meetings = std::move(files.meetings);
         return MatchStatus::splitRecording(static_cast<int>(meetings.size()));
@@ -232,7 +269,7 @@ MatchStatus rankMeetings(const TCRange& clip, std::vector<Meeting>& meetings,
     files.candidates.reserve(files.parts.size());
     for (const RecordingPart& part : files.parts)
         files.candidates.push_back({&*part.file->asset, part.range()});
-    std::vector<Contender> contenders = contendersOf(clip, files);
+    std::vector<Contender> contenders = contendersOf(video, clip, files);
     rank(contenders);
     const bool isSettled = !isInDoubt(contenders, files.candidates);
     auto listed = meetings.begin();

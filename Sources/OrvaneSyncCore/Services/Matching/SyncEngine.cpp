@@ -38,7 +38,7 @@ class Identities {
 SyncGroup group(const MediaAsset& video, const TCRange& range, std::vector<Meeting> hits,
                 const std::vector<Recording>& recordings, Identities& ids) {
     MatchStatus status = FilenameUtils::isMOS(video.filename) ? MatchStatus::mos() : MatchStatus::unmatched();
-    if (!hits.empty()) status = rankMeetings(range, hits, recordings);
+    if (!hits.empty()) status = rankMeetings(video, range, hits, recordings);
     std::vector<AudioMatch> matches;
     matches.reserve(hits.size());
     for (const Meeting& hit : hits)

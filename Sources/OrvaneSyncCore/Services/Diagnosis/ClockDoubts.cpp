@@ -276,7 +276,8 @@ class ClockDoubts {
         const auto common =
             commonOffset(clips, sounds,
                          [](double, const std::vector<const Shoot::Clip*>& looked) { return looked.size(); });
-        if (!common) return;
+        // By more than a day, it is the date that is wrong first.
+        if (!common || std::abs(common->seconds) >= secondsADay) return;
         std::set<std::size_t> used;
         std::vector<const Shoot::Clip*> found;
         for (const Shoot::Clip* clip : clips) {

@@ -12,6 +12,7 @@
 #include <limits>
 #include <map>
 #include <set>
+#include <tuple>
 #include <utility>
 
 namespace orvane {
@@ -74,28 +75,44 @@ class DayDoubts {
     using DaysByFolder = std::map<std::string_view, std::set<std::optional<long>>>;
 
     /// A date is given to all recordings of a scan. Folders are named where they hold no other day; that of
-    /// the sound only where the sound says what day it is of, or fits that day rather than its own.
-    std::string dayAlone(std::optional<long> day, std::string_view clips, std::string_view sound = {},
-                         bool isSoundSure = false) const {
-        const auto option = [&](const DaysByFolder& days, std::string_view folder, bool mayBeUnused) {
+    /// the sound only where the sound says what day it is of, or fits that day rather than its own. Where the
+    /// clips of several days lie in one folder, the others are left out.
+    const std::string& dayAlone(std::optional<long> day, std::string_view clips, std::string_view sound = {},
+                                bool isSoundSure = false) {
+        const auto [known, isNew] = daysAlone_.try_emplace({day, clips, sound, isSoundSure});
+        if (!isNew) return known->second;
+        const auto isOfDay = [&](const DaysByFolder& days, std::string_view folder, bool mayBeUnused) {
             const auto found = days.find(folder);
-            const bool isOfDay = found == days.end() ? mayBeUnused : found->second == std::set{day};
-            return day && !folder.empty() && isOfDay ? shellQuoted(folder) : std::string("FOLDER");
+            return day && !folder.empty() &&
+                   (found == days.end() ? mayBeUnused : found->second == std::set{day});
         };
         const bool isSuspected = std::ranges::any_of(suspected_, [&](const auto& entry) {
             return entry.first.first == sound && entry.second.day == day;
         });
-        constexpr std::string_view unknown = "FOLDER";
-        const std::string clipsAt = option(clipDays_, clips, false);
-        const bool isKnown = isSuspected || (isSoundSure && !sound.empty() && clipsAt != unknown);
-        const std::string soundAt = isKnown ? shellQuoted(sound) : option(soundDays_, sound, true);
-        if (clipsAt == unknown && soundAt == unknown)
-            return " in a scan of this day alone (its files lie among those of other days: put links to them "
-                   "into a folder of their own)";
-        std::string folders = "--video " + clipsAt + " --audio " + soundAt;
-        if (clipsAt == unknown) folders += ", FOLDER being where that day's clips lie";
-        if (soundAt == unknown) folders += ", FOLDER being where that day's recordings lie";
-        return " in a scan of this day alone (" + folders + ")";
+        const bool areClipsAlone = isOfDay(clipDays_, clips, false);
+        const bool isSoundAlone = isSuspected || (isSoundSure && !sound.empty() && areClipsAlone) ||
+                                  isOfDay(soundDays_, sound, true);
+        std::string files;
+        if (areClipsAlone && isSoundAlone)
+            files = "--video " + shellQuoted(clips) + " --audio " + shellQuoted(sound);
+        else if (day && isSoundAlone)
+            files = withoutOthers(*day, sound);
+        known->second = " in a scan of this day alone (" +
+                        (files.empty() ? "its files lie among those of other days: put links to them into a "
+                                         "folder of their own"
+                                       : files) +
+                        ")";
+        return known->second;
+    }
+    /// Empty where nothing leaves out just the clips of other days and other sound.
+    std::string withoutOthers(long day, std::string_view sound) const {
+        std::set<UUID> clips;
+        for (const Shoot::Clip& clip : shoot_.clips)
+            if (clip.place && clip.likelyDay() == day) clips.insert(clip.group->video.id);
+        const auto options = LeavingOut(shoot_).of([&](const MediaAsset& file) {
+            return file.kind == AssetKind::video ? !clips.contains(file.id) : folderOf(file) != sound;
+        });
+        return options ? options->text() : std::string();
     }
 
     /// Of what lies in the recording's folder and is of its day.
@@ -486,6 +503,8 @@ class DayDoubts {
     /// By folder and date of the recordings.
     std::map<std::pair<std::string_view, long>, Suspicion> suspected_;
     std::map<std::pair<std::string, long>, std::string> cardsAlone_;
+    std::map<std::tuple<std::optional<long>, std::string_view, std::string_view, bool>, std::string>
+        daysAlone_;
     std::set<std::size_t> fewOfItsDate_; ///< numbers of clips
     bool daysMayBeMixed_ = false;
     bool isDateGivenToSeveralShoots_ = false;

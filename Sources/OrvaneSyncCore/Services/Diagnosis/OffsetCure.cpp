@@ -14,6 +14,7 @@ constexpr const char* byLinks = " alone (put links to them into a folder of thei
 
 std::string inAScanWithout(const std::optional<LeavingOut::Options>& others, const char* files) {
     constexpr std::size_t most = 6;
+    if (others && others->globs.empty() && others->folders.empty()) return {}; // the scan has no others
     return others && others->globs.size() + others->folders.size() <= most
                ? " in a scan of this card alone (" + others->text() + ")"
                : std::string(" in a scan of these ") + files + byLinks;

@@ -79,7 +79,8 @@ class DayDoubts {
     /// clips of several days lie in one folder, the others are left out.
     const std::string& dayAlone(std::optional<long> day, std::string_view clips, std::string_view sound = {},
                                 bool isSoundSure = false) {
-        const auto [known, isNew] = daysAlone_.try_emplace({day, clips, sound, isSoundSure});
+        const auto [known, isNew] =
+            daysAlone_.try_emplace({day, std::string(clips), std::string(sound), isSoundSure});
         if (!isNew) return known->second;
         const auto isOfDay = [&](const DaysByFolder& days, std::string_view folder, bool mayBeUnused) {
             const auto found = days.find(folder);
@@ -503,8 +504,7 @@ class DayDoubts {
     /// By folder and date of the recordings.
     std::map<std::pair<std::string_view, long>, Suspicion> suspected_;
     std::map<std::pair<std::string, long>, std::string> cardsAlone_;
-    std::map<std::tuple<std::optional<long>, std::string_view, std::string_view, bool>, std::string>
-        daysAlone_;
+    std::map<std::tuple<std::optional<long>, std::string, std::string, bool>, std::string> daysAlone_;
     std::set<std::size_t> fewOfItsDate_; ///< numbers of clips
     bool daysMayBeMixed_ = false;
     bool isDateGivenToSeveralShoots_ = false;

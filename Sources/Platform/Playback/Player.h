@@ -115,7 +115,7 @@ class Player {
 class PlayerSystem {
   public:
     /// On the machine's sound device, or on the clock alone where it has none.
-    static std::unique_ptr<PlayerSystem> create(std::shared_ptr<MainThread> mainThread,
+    static std::unique_ptr<PlayerSystem> create(const std::shared_ptr<MainThread>& mainThread,
                                                 std::shared_ptr<const Clock> clock = systemClock());
 
     virtual ~PlayerSystem() = default;

@@ -59,7 +59,7 @@ class PlayerHost {
 std::unique_ptr<class Player> makeHostedPlayer(const std::shared_ptr<PlayerHost>& host);
 
 /// Players on an output that counts its frames by the clock.
-std::unique_ptr<class PlayerSystem> makePlayerSystem(std::shared_ptr<MainThread> mainThread,
+std::unique_ptr<class PlayerSystem> makePlayerSystem(const std::shared_ptr<MainThread>& mainThread,
                                                      std::shared_ptr<const Clock> clock,
                                                      std::unique_ptr<AudioOutput> output);
 

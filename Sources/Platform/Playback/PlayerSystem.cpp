@@ -208,17 +208,17 @@ class PulledSystem final : public PulledPlayerSystem {
 
 } // namespace
 
-std::unique_ptr<PlayerSystem> makePlayerSystem(std::shared_ptr<MainThread> mainThread,
+std::unique_ptr<PlayerSystem> makePlayerSystem(const std::shared_ptr<MainThread>& mainThread,
                                                std::shared_ptr<const Clock> clock,
                                                std::unique_ptr<AudioOutput> output) {
     return std::make_unique<LiveSystem>(
-        std::make_shared<LiveHost>(std::move(mainThread), std::move(clock), std::move(output)));
+        std::make_shared<LiveHost>(mainThread, std::move(clock), std::move(output)));
 }
 
-std::unique_ptr<PlayerSystem> PlayerSystem::create(std::shared_ptr<MainThread> mainThread,
+std::unique_ptr<PlayerSystem> PlayerSystem::create(const std::shared_ptr<MainThread>& mainThread,
                                                    std::shared_ptr<const Clock> clock) {
     auto output = AudioOutput::forDevice(clock);
-    return makePlayerSystem(std::move(mainThread), std::move(clock), std::move(output));
+    return makePlayerSystem(mainThread, std::move(clock), std::move(output));
 }
 
 std::unique_ptr<PulledPlayerSystem> PulledPlayerSystem::create(std::shared_ptr<MainThread> mainThread) {

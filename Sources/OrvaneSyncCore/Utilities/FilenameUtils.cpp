@@ -50,6 +50,8 @@ bool isAtmo(std::string_view name) {
     });
 }
 
+bool isMadeRoomTone(std::string_view name) { return name.find(madeRoomToneEnding) != std::string_view::npos; }
+
 bool isMOS(std::string_view name) {
     const std::string upper = platform::text::uppercased(name);
     return anyPiece(withoutExtension(upper),

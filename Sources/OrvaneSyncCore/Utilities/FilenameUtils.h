@@ -10,6 +10,10 @@ namespace FilenameUtils {
 
 /// Room tone and other ambience, such as SC12_AMB_03.wav or "room-tone.wav".
 bool isAtmo(std::string_view name);
+/// What the file of a room tone that the program made is called behind its scene.
+inline constexpr std::string_view madeRoomToneEnding = "=Atmo";
+/// Such a file, also a copy of it that the desktop has numbered.
+bool isMadeRoomTone(std::string_view name);
 /// A clip shot without sound.
 bool isMOS(std::string_view name);
 /// The name without its last extension; a name that begins with its only point has none.

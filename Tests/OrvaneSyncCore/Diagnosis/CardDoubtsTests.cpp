@@ -98,6 +98,11 @@ TEST(CardDoubts, ReasonsSayWhatLiesAtThatTime) {
     shot.audios.front().durationSeconds = 30;
     EXPECT_EQ(reasons({}), "no recording has timecode; no recording has timecode; no recording has timecode; "
                            "no timecode; ");
+    EXPECT_EQ(shot.count(Kind::noTimecode), 3);
+    shot.audios.front() = MediaAsset(FileURL{"/Atmo/f8/4A=Atmo.wav"}, AssetKind::audio);
+    shot.audios.front().durationSeconds = 30;
+    shot.diagnose({});
+    EXPECT_EQ(shot.count(Kind::noTimecode), 0) << "room tone that the program made";
     shot.audios.clear();
     EXPECT_EQ(reasons({}), "no recordings given; no recordings given; no recordings given; ");
 }

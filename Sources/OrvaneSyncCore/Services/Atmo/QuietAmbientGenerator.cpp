@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Services/RenderedAudio/RenderedAudioStore.h"
 #include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
+#include "OrvaneSyncCore/Utilities/FilenameUtils.h"
 #include "Platform/AudioFile.h"
 #include "Platform/AudioFileWriter.h"
 #include "Platform/Files.h"
@@ -22,7 +23,6 @@ namespace orvane {
 namespace {
 
 constexpr double chunkSeconds = 5.0;
-constexpr std::string_view atmoEnding = "=Atmo";
 
 /// What is heard in one window: its level, and the channel that was chosen.
 struct WinPick {
@@ -216,7 +216,7 @@ std::string QuietAmbientGenerator::sanitizeFilenameComponent(std::string_view na
 }
 
 std::string QuietAmbientGenerator::fileNameStem(std::string_view sceneName) {
-    return sanitizeFilenameComponent(sceneName) + std::string(atmoEnding);
+    return sanitizeFilenameComponent(sceneName) + std::string(FilenameUtils::madeRoomToneEnding);
 }
 
 std::string QuietAmbientGenerator::pathOf(const Output& output) {

@@ -2,6 +2,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
+#include "OrvaneSyncCore/Utilities/FilenameUtils.h"
 #include "OrvaneSyncCore/Utilities/RateText.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Timecode/TimecodeFrameRate.h"
@@ -107,7 +108,8 @@ class TimecodeDoubts {
         if (silent.empty()) return;
         std::map<std::string_view, std::vector<const MediaAsset*>> folders;
         for (const MediaAsset& recording : shoot_.input.recordings)
-            if (!recording.isAtmo() && recording.durationSeconds.value_or(0) > 0)
+            if (!recording.isAtmo() && !FilenameUtils::isMadeRoomTone(recording.filename) &&
+                recording.durationSeconds.value_or(0) > 0)
                 folders[folderOf(recording)].push_back(&recording);
         for (const auto& [folder, recordings] : folders) {
             if (std::ranges::any_of(recordings, [&](const MediaAsset* recording) {
@@ -115,14 +117,16 @@ class TimecodeDoubts {
                 }))
                 continue;
             const auto count = static_cast<long long>(recordings.size());
-            addCardDoubt(doubts_,
-                         {Kind::noTimecode,
-                          counted(count, "recording", "recordings") + " in '" + std::string(folder) +
-                              "', such as " + shoot_.nameOf(*recordings.front()) +
-                              ", have no timecode and no time reference: no clip can find them, and " +
-                              counted(silent.size(), "clip has", "clips have") + " no sound",
-                          byHand("the recordings")},
-                         silent);
+            addCardDoubt(
+                doubts_,
+                {Kind::noTimecode,
+                 counted(count, "recording", "recordings") + " in '" + std::string(folder) +
+                     (count == 1 ? "', " : "', such as ") + shoot_.nameOf(*recordings.front()) +
+                     (count == 1 ? ", has no timecode and no time reference: no clip can find it, and "
+                                 : ", have no timecode and no time reference: no clip can find them, and ") +
+                     counted(silent.size(), "clip has", "clips have") + " no sound",
+                 byHand("the recordings")},
+                silent);
         }
     }
     static std::string byHand(const char* what) {

@@ -26,7 +26,9 @@ std::string writtenText(const ImportController& controller, const ExportResult& 
     std::string text = "Wrote " + platform::text::printable(output) + ": " +
                        counted(result.syncClipCount, "synchronized clip", "synchronized clips");
     // Settings may keep single clips, or those without sound, out of the document.
-    const int withSound = controller.work().syncClipCount(), mos = controller.work().mosCount();
+    const WorkState::Counts& all = controller.work().counts();
+    const int withSound = all.withSound - all.excludedWithSound;
+    const int mos = all.withoutSound - all.excludedWithoutSound;
     if (result.syncClipCount == withSound + mos)
         text += " (" + std::to_string(withSound) + " with sound, " + std::to_string(mos) + " MOS)";
     const struct {

@@ -299,6 +299,12 @@ TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
         return warnings().section('\n', 1, 1).contains(" media files of the document can't be found");
     };
     EXPECT_TRUE(waitUntil(isFirst)) << warnings().toStdString();
+    const ExportSheet later(*desktop_, window_.get()); // says so before anything is written
+    EXPECT_TRUE(waitUntil([&] {
+        return std::ranges::any_of(later.findChildren<QLabel*>(), [](const QLabel* one) {
+            return one->text().contains(" media files of the document can't be found");
+        });
+    }));
 }
 
 TEST_F(WindowTest, ASheetThatIsHigherThanTheScreenScrollsAndCutsNothing) {

@@ -20,6 +20,11 @@ int ExportController::projectedMulticamCount(const SyncGroupList& groups, const 
     return static_cast<int>(FCPXMLExporter::findMulticamGroups(withAudio, rules).size());
 }
 
+ExportPreview::Forecast ExportController::forecast(const ExportSettings& settings) const {
+    work_.notices.assertOnMainThread();
+    return ExportPreview::forecast(settledGroups(work_.syncGroups()), settings);
+}
+
 ExportSettings ExportController::exportSettings(const Options& options) const {
     work_.notices.assertOnMainThread();
     ExportSettings::Request request;

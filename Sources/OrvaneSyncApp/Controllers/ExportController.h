@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
+#include "OrvaneSyncCore/Services/Export/ExportPreview.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 #include "Platform/Task.h"
 
@@ -26,7 +27,9 @@ class ExportController {
     };
     /// The settings of an export as the export sheet puts them together.
     ExportSettings exportSettings(const Options& options) const;
-    /// Multicam clips that an export would build; the second on any thread.
+    /// What an export with these settings puts into the document.
+    ExportPreview::Forecast forecast(const ExportSettings& settings) const;
+    /// Multicam clips of all settled clips, also of those that are left out; the second on any thread.
     int projectedMulticamCount() const {
         return projectedMulticamCount(work_.syncGroups(), work_.matchRules());
     }

@@ -12,7 +12,8 @@ namespace orvane {
 namespace {
 
 bool countAlike(const SyncGroup& before, const SyncGroup& now) {
-    return before.matchStatus.isSettled() == now.matchStatus.isSettled() && before.isMOS() == now.isMOS();
+    return before.matchStatus.isSettled() == now.matchStatus.isSettled() && before.isMOS() == now.isMOS() &&
+           before.isExcludedFromExport == now.isExcludedFromExport;
 }
 
 bool haveSameFiles(const SyncGroup& before, const SyncGroup& now) {
@@ -57,8 +58,12 @@ int WorkState::unmatchedCount() const { return static_cast<int>(syncGroups_.size
 
 WorkState::Counts WorkState::Counts::of(const SyncGroupList& groups) {
     Counts counts;
-    for (const SyncGroup& group : groups)
-        if (group.matchStatus.isSettled()) ++(group.isMOS() ? counts.withoutSound : counts.withSound);
+    for (const SyncGroup& group : groups) {
+        if (!group.matchStatus.isSettled()) continue;
+        ++(group.isMOS() ? counts.withoutSound : counts.withSound);
+        if (group.isExcludedFromExport)
+            ++(group.isMOS() ? counts.excludedWithoutSound : counts.excludedWithSound);
+    }
     return counts;
 }
 

@@ -73,13 +73,15 @@ class WorkState {
     /// Of the clips that are settled.
     struct Counts {
         int withSound = 0, withoutSound = 0;
+        int excludedWithSound = 0, excludedWithoutSound = 0; ///< those of them that are left out of exports
 
         static Counts of(const SyncGroupList& groups); ///< any thread
     };
     int matchedCount() const { return syncClipCount() + mosCount(); } ///< settled clips, without audio too
     int unmatchedCount() const;                                       ///< ambiguous and unmatched ones
-    int syncClipCount() const { return counts().withSound; }          ///< settled clips with audio
-    int mosCount() const { return counts().withoutSound; }            ///< settled clips without audio
+    const Counts& counts() const;
+    int syncClipCount() const { return counts().withSound; } ///< settled clips with audio
+    int mosCount() const { return counts().withoutSound; }   ///< settled clips without audio
     /// The name of every clip in Final Cut, by group, by the naming settings. Valid until these or the clips
     /// change.
     const DisplayNames& displayNames() const;
@@ -110,8 +112,6 @@ class WorkState {
     bool isEmptiedByEdit_ = false;
 
   private:
-    const Counts& counts() const;
-
     /// Absent until somebody asks.
     mutable std::optional<std::unordered_map<UUID, std::vector<std::size_t>>> clipsByAudio_;
     mutable DerivedFromClips<Counts> counts_;

@@ -486,12 +486,17 @@ void MainWindow::updateActions() { menus_->update(); }
 void MainWindow::updateStatus() {
     const OpenWork& work = desktop_.controller().work();
     QString sentence;
-    if (!work.syncGroups().empty())
+    if (!work.syncGroups().empty()) {
+        // As an export would say, so that the two can be compared.
+        const WorkState::Counts& all = work.counts();
         sentence = tr("%1 clips: %2 with sound, %3 MOS, %4 not matched")
                        .arg(work.syncGroups().size())
-                       .arg(work.syncClipCount())
-                       .arg(work.mosCount())
+                       .arg(all.withSound - all.excludedWithSound)
+                       .arg(all.withoutSound - all.excludedWithoutSound)
                        .arg(work.unmatchedCount());
+        if (const int excluded = all.excludedWithSound + all.excludedWithoutSound; excluded > 0)
+            sentence += tr(", %1 excluded").arg(excluded);
+    }
     status_->setText(sentence);
     const auto& id = desktop_.sessions().currentSessionId();
     const SessionInfo* session = id ? desktop_.sessions().session(*id) : nullptr;

@@ -47,6 +47,40 @@ TEST(ExportPreview, CountsTheEventsThatWouldBeMade) {
     EXPECT_EQ(ExportPreview::projectedEventCount(more, settings), 2);
 }
 
+TEST(ExportPreview, ForecastsWhatIsWritten) {
+    const MediaAsset sound = recording(2);
+    const auto clip = [&](const char* name, const MatchStatus& status, std::vector<MediaAsset> recordings) {
+        return matched(picture(name), std::move(recordings), status);
+    };
+    SyncGroup excluded = clip("C.mov", MatchStatus::matched(), {sound});
+    SyncGroup excludedMOS = clip("N.mov", MatchStatus::mos(), {});
+    excluded.isExcludedFromExport = excludedMOS.isExcludedFromExport = true;
+    SyncGroup alone = clip("D.mov", MatchStatus::manual(), {sound});
+    alone.isExcludedFromMulticamFlag = true;
+    const SyncGroupList groups{clip("A.mov", MatchStatus::matched(), {sound}),
+                               clip("B.mov", MatchStatus::matched(), {sound}),
+                               excluded,
+                               excludedMOS,
+                               alone,
+                               clip("M.mov", MatchStatus::mos(), {}),
+                               clip("U.mov", MatchStatus::unmatched(), {sound}),
+                               clip("X.mov", MatchStatus::ambiguous(2), {sound, recording(1)})};
+    for (const bool clips : {true, false})
+        for (const bool multicam : {true, false})
+            for (const bool wrapsMOS : {true, false}) {
+                ExportSettings settings;
+                settings.generateSyncClips = clips;
+                settings.generateMulticam = multicam;
+                settings.wrapMOSInSyncClip = wrapsMOS;
+                const auto forecast = ExportPreview::forecast(groups, settings);
+                const ExportResult written = FCPXMLExporter::exportDocument(groups, {}, settings);
+                EXPECT_EQ(forecast.withSound + forecast.withoutSound, written.syncClipCount);
+                EXPECT_EQ(forecast.multicams, written.multicamCount);
+                EXPECT_EQ(forecast.withSound, clips ? 3 : 0);
+                EXPECT_EQ(forecast.multicams, multicam ? 1 : 0);
+            }
+}
+
 TEST(ExportPreview, TellsHowManyClipsWereNotAnalysed) {
     SyncGroup analysed = inScene("1"), excluded = inScene("1"), ambiguous = inScene("1");
     excluded.isExcludedFromExport = true;

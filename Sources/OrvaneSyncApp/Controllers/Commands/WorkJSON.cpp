@@ -62,12 +62,12 @@ JSON groupJSON(const SyncGroup& group, const SyncDoubts& doubts) {
 
 JSON countsJSON(const WorkSnapshot& work) {
     JSON counts;
-    const auto [withSound, withoutSound] = work.counts();
-    const int matched = withSound + withoutSound;
+    const WorkState::Counts& settled = work.counts();
+    const int matched = settled.withSound + settled.withoutSound;
     counts.set("matched", matched);
     counts.set("unmatched", static_cast<int>(work.groups().size()) - matched);
-    counts.set("syncClips", withSound);
-    counts.set("mos", withoutSound);
+    counts.set("syncClips", settled.withSound);
+    counts.set("mos", settled.withoutSound);
     counts.set("projectedMulticam",
                ExportController::projectedMulticamCount(work.groups(), work.matchRules()));
     return counts;

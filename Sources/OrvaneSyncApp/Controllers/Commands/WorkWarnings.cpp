@@ -114,24 +114,6 @@ void addUnusedOfProject(const WorkSnapshot& work, std::vector<std::string>& warn
 }
 
 /// Files of the document that are not where it says: a card that is gone makes every other warning follow.
-std::optional<std::string> missingMediaWarning(const WorkSnapshot& work) {
-    Names missing;
-    std::unordered_set<std::string_view> seen;
-    const auto look = [&](const MediaAsset& asset) {
-        if (seen.insert(asset.url.path).second && !platform::files::exists(asset.url.path))
-            missing.push_back(asset.url.path);
-    };
-    for (const SyncGroup& group : work.groups()) {
-        if (group.isExcludedFromExport || !group.matchStatus.isSettled()) continue;
-        look(group.video);
-        for (const AudioMatch& match : group.audioMatches) look(*match.audio);
-    }
-    if (missing.empty()) return std::nullopt;
-    return counted(missing.size(), "media file", "media files") +
-           " of the document can't be found: " + firstAndMore(missing) +
-           "; check that the card or drive is connected under the same name";
-}
-
 } // namespace
 
 std::string firstAndMore(const std::vector<std::string>& names) {
@@ -183,6 +165,24 @@ std::vector<std::string> scanWarnings(const WorkSnapshot& work) {
     return warnings;
 }
 
+std::optional<std::string> missingMediaWarning(const WorkSnapshot& work) {
+    Names missing;
+    std::unordered_set<std::string_view> seen;
+    const auto look = [&](const MediaAsset& asset) {
+        if (seen.insert(asset.url.path).second && !platform::files::exists(asset.url.path))
+            missing.push_back(asset.url.path);
+    };
+    for (const SyncGroup& group : work.groups()) {
+        if (group.isExcludedFromExport || !group.matchStatus.isSettled()) continue;
+        look(group.video);
+        for (const AudioMatch& match : group.audioMatches) look(*match.audio);
+    }
+    if (missing.empty()) return std::nullopt;
+    return counted(missing.size(), "media file", "media files") +
+           " of the document can't be found: " + firstAndMore(missing) +
+           "; check that the card or drive is connected under the same name";
+}
+
 std::vector<std::string> leftOutWarnings(const WorkSnapshot& work) {
     std::vector<std::string> warnings;
     UnmatchedReasons reasons = work.unmatchedReasons();
@@ -190,6 +190,14 @@ std::vector<std::string> leftOutWarnings(const WorkSnapshot& work) {
         warnings.push_back("not in the document: " + work.fileNames().of(group.video) + " (" +
                            reasons.ofClip(group) + ")");
     return warnings;
+}
+
+std::vector<std::string> excludedNotes(const WorkSnapshot& work) {
+    std::vector<std::string> notes;
+    for (const SyncGroup& group : work.groups())
+        if (group.isExcludedFromExport && group.matchStatus.isSettled())
+            notes.push_back("not in the document: " + work.fileNames().of(group.video) + " (excluded)");
+    return notes;
 }
 
 std::vector<std::string> doubtWarnings(const WorkSnapshot& work, Matching matching) {

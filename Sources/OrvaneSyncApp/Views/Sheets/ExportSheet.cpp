@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/ViewModels/Results/WarningWords.h"
 #include "OrvaneSyncApp/ViewModels/Settings/SettingRows.h"
+#include "OrvaneSyncApp/Views/Background.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/Settings.h"
@@ -131,6 +132,16 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
 
     event_->setText(text(desktop_.controller().exporting().exportSettings({}).eventName));
     showForecast();
+    inBackground(
+        this,
+        [work = std::make_shared<const WorkSnapshot>(desktop_.controller())] {
+            return missingMediaWarning(*work);
+        },
+        [this](const std::optional<std::string>& missing) {
+            if (!missing) return;
+            missing_ = translatedSentence(warningInWords(*missing));
+            showForecast();
+        });
 }
 
 QWidget* ExportSheet::makeOptions() {
@@ -220,11 +231,12 @@ void ExportSheet::showForecast() {
     ImportController& controller = desktop_.controller();
     const OpenWork& work = controller.work();
     const ExportSettings now = controller.exporting().exportSettings({});
-    QString sentence = tr("%1 with sound, %2 without (MOS), %3")
-                           .arg(translatedSentence(counted(work.syncClipCount(), "clip", "clips")))
-                           .arg(work.mosCount())
-                           .arg(translatedSentence(counted(controller.exporting().projectedMulticamCount(),
-                                                           "multicam clip", "multicam clips")));
+    const ExportPreview::Forecast forecast = controller.exporting().forecast(now);
+    QString sentence =
+        tr("%1 with sound, %2 without (MOS), %3")
+            .arg(translatedSentence(counted(forecast.withSound, "clip", "clips")))
+            .arg(forecast.withoutSound)
+            .arg(translatedSentence(counted(forecast.multicams, "multicam clip", "multicam clips")));
     if (now.splitEventsByScene)
         sentence += tr(", in %1").arg(translatedSentence(
             counted(ExportPreview::projectedEventCount(work.syncGroups(), now), "event", "events")));
@@ -234,10 +246,14 @@ void ExportSheet::showForecast() {
             translatedSentence(counted(tracks, "recording without picture", "recordings without picture")));
     forecast_->setText(sentence + tr("."));
     QStringList notes;
+    if (!missing_.isEmpty()) notes << missing_;
     const auto coverage = ExportPreview::smartAudioCoverage(work.syncGroups(), now.smartAudioResults);
     for (const auto& sentence : {coverage.text(), coverage.choiceText()})
         if (sentence) notes << translatedSentence(*sentence);
-    if (const auto out = leftOutWarnings(WorkSnapshot(controller)); !out.empty()) notes << listed(out);
+    const WorkSnapshot snapshot(controller);
+    std::vector<std::string> out = leftOutWarnings(snapshot);
+    std::ranges::move(excludedNotes(snapshot), std::back_inserter(out));
+    if (!out.empty()) notes << listed(out);
     leftOut_->setText(notes.join(QLatin1Char('\n')));
     leftOut_->setVisible(!notes.isEmpty());
     const auto suggested = ExportPreview::suggestedEventName(work.syncGroups());

@@ -52,6 +52,7 @@ class ExportSheet : public QDialog {
     design::Banner* outcome_;
     QScrollArea* sections_;
     QLabel* warnings_;
+    QString missing_;           ///< media of the document that are not there; empty until that was looked at
     bool isPlaceGiven_ = false; ///< by hand
     bool mayReplace_ = false;   ///< the user has agreed to replace this file
 };

@@ -51,6 +51,22 @@ int projectedEventCount(const SyncGroupList& groups, const ExportSettings& setti
     return static_cast<int>(names.size()) + (hasClipWithoutScene ? 1 : 0);
 }
 
+Forecast forecast(const SyncGroupList& groups, const ExportSettings& settings) {
+    using FCPXMLExporter::ClipKind;
+    const auto ofKind = [&](ClipKind kind) {
+        return groups.filtered(
+            [&](const SyncGroup& group) { return FCPXMLExporter::clipKind(group, settings) == kind; });
+    };
+    const SyncGroupList withSound = ofKind(ClipKind::withSound);
+    Forecast forecast;
+    if (settings.generateSyncClips) forecast.withSound = static_cast<int>(withSound.size());
+    forecast.withoutSound = static_cast<int>(ofKind(ClipKind::withoutSound).size());
+    if (settings.generateMulticam)
+        forecast.multicams =
+            static_cast<int>(FCPXMLExporter::findMulticamGroups(withSound, settings.matchRules).size());
+    return forecast;
+}
+
 SmartAudioCoverage smartAudioCoverage(const SyncGroupList& groups,
                                       const SmartAudioResults& smartAudioResults) {
     SmartAudioCoverage coverage;

@@ -17,6 +17,13 @@ std::optional<std::string> suggestedEventName(const SyncGroupList& groups);
 /// How many events the clips fall into when events are split by scene.
 int projectedEventCount(const SyncGroupList& groups, const ExportSettings& settings);
 
+/// What an export of these clips puts into the document.
+struct Forecast {
+    int withSound = 0, withoutSound = 0; ///< clips in events
+    int multicams = 0;
+};
+Forecast forecast(const SyncGroupList& groups, const ExportSettings& settings);
+
 struct SmartAudioCoverage {
     int unanalyzed = 0;   ///< clips with sound of which no analysis has heard anything
     int chosenBefore = 0; ///< those of them whose channels are chosen all the same

@@ -49,7 +49,7 @@ std::string eventClipName(const ExportRun& run, const SyncGroup& group) {
 }
 
 void addClipWithoutAudio(ExportRun& run, const SyncGroup& group) {
-    if (run.settings.wrapMOSInSyncClip) {
+    if (clipKind(group, run.settings) == ClipKind::withoutSound) {
         auto clip = buildMOSSyncClipWrapper(group, run.resources, std::string(altFormatID),
                                             eventClipName(run, group), run.settings);
         if (clip) {
@@ -103,10 +103,10 @@ void addGroup(ExportRun& run, const SyncGroup& group) {
     warnOfOtherRate(run, group);
     if (group.isMOS())
         addClipWithoutAudio(run, group);
-    else if (!group.matchStatus.isSettled())
-        run.warn("Skipped (not matched): ", group);
-    else
+    else if (clipKind(group, run.settings) == ClipKind::withSound)
         addClip(run, group);
+    else
+        run.warn("Skipped (not matched): ", group);
 }
 
 /// What Smart Audio heard is kept in memory alone.
@@ -174,6 +174,12 @@ void ExportRun::place(EventItem item, const SyncGroup* group) {
 SyncClip ExportRun::takeSyncClip(const BuiltClip& built) {
     if (settings.generateSyncClips) return std::get<SyncClip>(eventItems.at(built.index));
     return std::move(looseClips.at(built.index));
+}
+
+ClipKind clipKind(const SyncGroup& group, const ExportSettings& settings) {
+    if (group.isExcludedFromExport) return ClipKind::none;
+    if (group.isMOS()) return settings.wrapMOSInSyncClip ? ClipKind::withoutSound : ClipKind::none;
+    return group.matchStatus.isSettled() ? ClipKind::withSound : ClipKind::none;
 }
 
 ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<WildTrack>& wildTracks,

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Models/WildTrack.h"
 #include "OrvaneSyncCore/Services/Export/ExportSettings.h"
 
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <stop_token>
@@ -50,6 +51,10 @@ namespace FCPXMLExporter {
 /// when no clip is left, fcpxml::FCPXMLError, and Stopped, asked for at each clip.
 ExportResult exportDocument(const SyncGroupList& groups, const std::vector<WildTrack>& wildTracks,
                             const ExportSettings& settings, const std::stop_token& stop = {});
+
+/// What a document makes of a clip.
+enum class ClipKind : std::uint8_t { none, withSound, withoutSound };
+ClipKind clipKind(const SyncGroup& group, const ExportSettings& settings);
 
 /// The names in Final Cut Pro, by group, without the offspeed tag.
 using NamesByGroup = std::unordered_map<UUID, std::string>;

@@ -57,7 +57,8 @@ FileNames WorkFiles::fileNames() const {
 }
 
 DisplayNames WorkFiles::displayNames(const NamingRules& rules) const {
-    std::vector<std::string> texts = ClipNames::of(groups, rules.source, rules.pattern, rules.separator);
+    std::vector<std::string> texts =
+        ClipNames::inDocument(groups, rules.source, rules.pattern, rules.separator);
     DisplayNames names;
     for (std::size_t i = 0; i < groups.size(); ++i)
         names[groups[i].id] = GroupNaming::appendingOffspeedTag(std::move(texts[i]), groups[i]);

@@ -70,6 +70,20 @@ TEST(ClipNames, TheFolderTellsTwoCamerasOfOneNameApart) {
           {"12-3 Cam A", "12-3 Cam B"});
 }
 
+TEST(ClipNames, ThoseOfADocumentAreToldApartAmongThemselves) {
+    SyncGroup out = take("A001C001.mov", "1", "1"), open = take("A001C002.mov", "2", "1");
+    out.isExcludedFromExport = true;
+    open.matchStatus = MatchStatus::ambiguous(2);
+    const SyncGroupList groups{out,
+                               take("B001C001.mov", "1", "1"),
+                               open,
+                               take("B001C002.mov", "2", "1"),
+                               take("A001C003.mov", "3", "1"),
+                               take("B001C003.mov", "3", "1")};
+    EXPECT_EQ(ClipNames::inDocument(groups, Source::sceneTake, std::nullopt, "-"),
+              (Names{"1-1 Cam A", "1-1", "2-1 Cam A", "2-1", "3-1 Cam A", "3-1 Cam B"}));
+}
+
 TEST(SyncClustering, clustersAndSiblings) {
     const auto clusters = SyncClustering::clusters(day, Source::sceneTake, std::nullopt);
     ASSERT_EQ(clusters.size(), 2U) << "a name that occurs once is no cluster";

@@ -90,8 +90,8 @@ std::string exportedName(const ImportController& controller, const SyncGroup& gr
     SyncGroupList groups = controller.work().syncGroups();
     groups.update(group.id, [&](SyncGroup& own) { own.manualClipName = std::string(name); });
     const std::vector<std::string> names =
-        ClipNames::of(groups, store.get(settings::clipNamingSource), store.get(settings::customNamingPattern),
-                      store.get(settings::namingSeparator));
+        ClipNames::inDocument(groups, store.get(settings::clipNamingSource),
+                              store.get(settings::customNamingPattern), store.get(settings::namingSeparator));
     for (std::size_t i = 0; i < groups.size(); ++i)
         if (groups[i].id == group.id) return GroupNaming::appendingOffspeedTag(names[i], groups[i]);
     return {};

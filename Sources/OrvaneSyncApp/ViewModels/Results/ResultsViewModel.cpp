@@ -163,8 +163,12 @@ void ResultsViewModel::follow(const ImportChange& change) {
         const auto path = [](const MediaAsset* asset) {
             return asset == nullptr ? std::string() : asset->url.path;
         };
-        if (path(audio) != path(before) ||
-            clip->isExcludedFromMulticam() != rows_[row->second].clip->isExcludedFromMulticam())
+        // And what goes into the document has a part in the names of the other cameras.
+        const auto placing = [](const SyncGroup& one) {
+            return std::tuple(one.isExcludedFromMulticam(), one.isExcludedFromExport,
+                              one.matchStatus.isSettled());
+        };
+        if (path(audio) != path(before) || placing(*clip) != placing(*rows_[row->second].clip))
             return layOut();
         const auto isLoudnessKnown = [](const SyncGroup& one) { return one.measuredLUFS ? 1 : 0; };
         loudnessCount_ += isLoudnessKnown(*clip) - isLoudnessKnown(*rows_[row->second].clip);

@@ -90,11 +90,25 @@ std::vector<std::string> of(const SyncGroupList& groups, GroupNaming::Source sou
     return names;
 }
 
+std::vector<std::string> inDocument(const SyncGroupList& groups, GroupNaming::Source source,
+                                    const std::optional<std::string>& customPattern,
+                                    std::string_view separator) {
+    const auto isTaken = [](const SyncGroup& group) {
+        return group.matchStatus.isSettled() && !group.isExcludedFromExport;
+    };
+    std::vector<std::string> names = of(groups, source, customPattern, separator);
+    const SyncGroupList taken = groups.filtered(isTaken);
+    if (taken.size() == groups.size()) return names;
+    std::vector<std::string> own = of(taken, source, customPattern, separator);
+    for (std::size_t i = 0, next = 0; i < groups.size(); ++i)
+        if (isTaken(groups[i])) names[i] = std::move(own[next++]);
+    return names;
+}
+
 bool areNamedAlike(const SyncGroup& before, const SyncGroup& now) {
     // Marks, and where and how its sound lies.
     SyncGroup other = now;
     other.isApproved = before.isApproved;
-    other.isExcludedFromExport = before.isExcludedFromExport;
     other.isLocked = before.isLocked;
     other.lockedAtAudioAnchor = before.lockedAtAudioAnchor;
     other.lockedAtPictureAnchor = before.lockedAtPictureAnchor;

@@ -18,6 +18,13 @@ namespace ClipNames {
 std::vector<std::string> of(const SyncGroupList& groups, GroupNaming::Source source,
                             const std::optional<std::string>& customPattern, std::string_view separator);
 
+/// The same with the names that a document of the whole list has: the clips that an export takes (settled,
+/// not left out) are named among themselves, without a camera letter where the other cameras of the take are
+/// out; the others as if all were in it.
+std::vector<std::string> inDocument(const SyncGroupList& groups, GroupNaming::Source source,
+                                    const std::optional<std::string>& customPattern,
+                                    std::string_view separator);
+
 /// Whether nothing by which clips are named tells both states of a clip apart. Where that is not known,
 /// false.
 bool areNamedAlike(const SyncGroup& before, const SyncGroup& now);

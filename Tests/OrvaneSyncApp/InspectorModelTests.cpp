@@ -7,6 +7,7 @@
 #include "OrvaneSyncApp/ViewModels/Inspector/SoundParts.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/SyncPart.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/TypedValues.h"
+#include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 #include "OrvaneSyncApp/ViewModels/Results/Questions.h"
 #include "Support/Assets.h"
 
@@ -172,6 +173,18 @@ TEST_F(InspectorModelTest, syncSaysWhatTheClipHasAndWhatWasLocked) {
     controller_->clips().adjustAudioOffset(a_, 0.04); // a lock does not keep the keys from moving the sound
     part = SyncPart::of(group(a_), 25);
     EXPECT_EQ(part.lockedAt, "It was locked at -2 frames.");
+    const auto isAmber = [&](const auto& list) {
+        for (std::size_t i = 0; i < list.rowCount(); ++i)
+            if (const auto row = list.row(i); list.groupID(i) == a_)
+                return row.isMovedSinceLock && row.certainty == OutlineModel::Certainty::doubtful;
+        return false;
+    };
+    EXPECT_TRUE(isAmber(OutlineModel(*controller_)) && isAmber(ResultsViewModel(*controller_)));
+    EXPECT_EQ(movedSinceLockText(group(a_), 25), "moved since locked: -2f to -1f");
+    EXPECT_EQ(part.wholeFrames, "");
+    controller_->clips().adjustAudioOffset(a_, 0.013);
+    EXPECT_EQ(SyncPart::of(group(a_), 25).wholeFrames, "The document takes whole frames: +0.");
+    controller_->clips().adjustAudioOffset(a_, -0.013);
     EXPECT_EQ(part.noUpdate, part.anchorHint);
     controller_->clips().toggleLocked(a_);
     controller_->clips().setAudioAnchor(a_, 0.5); // of a sound that begins 1.46 s after the picture

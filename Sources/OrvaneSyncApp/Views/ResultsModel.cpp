@@ -49,7 +49,8 @@ void drawPicture(QPainter& painter, const QRect& within, const platform::Picture
 QString marksText(const ResultsViewModel::Row& row) {
     QStringList words;
     if (row.isApproved) words << QObject::tr("approved");
-    if (row.isLocked) words << QObject::tr("locked");
+    if (row.isLocked)
+        words << (row.isMovedSinceLock ? QObject::tr("moved since locked") : QObject::tr("locked"));
     if (row.isExcluded) words << QObject::tr("not exported");
     return words.join(QStringLiteral(", "));
 }
@@ -209,8 +210,9 @@ void ResultsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
              {std::pair(row.isApproved, Glyph::approve), std::pair(row.isLocked, Glyph::lock),
               std::pair(row.isExcluded, Glyph::excluded)}) {
             if (!isSet) continue;
+            const bool isWarning = mark == Glyph::lock && row.isMovedSinceLock && !isSelected;
             draw(*painter, mark, QRectF(x, inner.center().y() - markSide / 2.0, markSide, markSide),
-                 textColour);
+                 isWarning ? colour(Signal::doubtful) : textColour);
             x += markSide + space::tight;
         }
     } else {

@@ -110,7 +110,9 @@ OutlineModel::Row OutlineModel::row(std::size_t index) const {
     for (const auto& clip : place.clips) {
         const Certainty own = ResultsViewModel::certaintyOf(*clip, doubts.contains(clip->id));
         if (urgencyInOutline(own) > urgencyInOutline(row.certainty)) row.certainty = own;
+        row.isMovedSinceLock = row.isMovedSinceLock || isMovedSinceLock(*clip);
     }
+    if (row.isMovedSinceLock && row.certainty != Certainty::missing) row.certainty = Certainty::doubtful;
     if (place.isTake) {
         row.facts = counted(place.clips.size(), "camera", "cameras");
         row.status = "Open these cameras as multicam";
@@ -120,7 +122,10 @@ OutlineModel::Row OutlineModel::row(std::size_t index) const {
     const std::string file = controller_.work().fileNames().of(clip.video);
     // A clip that is named after its file says it once.
     row.facts = file.starts_with(place.label) ? clip.matchStatus.label() : file;
+    if (row.isMovedSinceLock)
+        row.facts = movedSinceLockText(clip, controller_.timeline().timelineFrameRate(clip));
     row.status = file;
+    if (row.isMovedSinceLock) addStatusLine(row.status, row.facts);
     addStatusLine(row.status, matchText(clip, takeOf(clip, assumedChannels)));
     if (const auto found = doubts.find(clip.id); found != doubts.end())
         for (const SyncDoubt& doubt : found->second) addStatusLine(row.status, messageInWords(doubt));

@@ -28,6 +28,7 @@ class OutlineModel {
         bool isApproved = false;                  ///< of a take: every clip is; so are the next two
         bool isLocked = false;
         bool isExcluded = false;
+        bool isMovedSinceLock = false; ///< of a take: a clip is
         bool isTake = false;
         bool isInTake = false;
         bool isFolded = false;

@@ -20,6 +20,15 @@ std::string offsetFramesText(double seconds, double frameRate) {
     return text;
 }
 
+/// Empty where the offset is one of whole frames. The document leaves out what is less than a frame.
+std::string wholeFramesSentence(double seconds, double frameRate) {
+    constexpr double leastShown = 0.0005, rounding = 0.00001; // of a frame
+    const double frames = seconds * frameRate;
+    const double whole = std::trunc(frames + std::copysign(rounding, frames));
+    if (std::abs(frames - whole) < leastShown) return "";
+    return "The document takes whole frames: " + formatted("%+.0f.", whole + 0.0);
+}
+
 std::string soundBeginsSentence(const SyncGroup& group) {
     if (group.isMOS()) return "No sound. Ctrl+T attaches a recording.";
     std::string begins = beginsText(group, takeOf(group, assumedChannels));
@@ -90,10 +99,10 @@ SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
     addReasons(part, secondsOut);
     part.updateAnchor = part.hasAnchor ? "Update Clap Point" : "Set Clap Point";
     part.lock = part.isLocked ? "Unlock sync verification" : "Lock sync as verified";
-    if (part.isLocked && group.lockedAtManualOffset) {
-        const std::string locked = offsetFramesText(*group.lockedAtManualOffset, part.frameRate);
-        if (locked != part.offsetFrames) part.lockedAt = "It was locked at " + locked + " frames.";
-    }
+    if (isMovedSinceLock(group))
+        part.lockedAt =
+            "It was locked at " + offsetFramesText(*group.lockedAtManualOffset, part.frameRate) + " frames.";
+    part.wholeFrames = wholeFramesSentence(part.offsetSeconds, part.frameRate);
     return part;
 }
 

@@ -20,6 +20,8 @@ struct SyncPart {
     double offsetSeconds = 0; ///< the editor's, on top of the matcher's
     std::string offsetFrames; ///< such as "+3"
     std::string offsetInSeconds;
+    std::string
+        wholeFrames;    ///< what the document takes of an offset that is none of whole frames; else empty
     std::string begins; ///< where the sound begins, seen from the picture
     std::string anchor; ///< where the anchor is; what to do where there is none
     bool hasAnchor = false;

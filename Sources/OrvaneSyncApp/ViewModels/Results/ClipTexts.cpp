@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 
+#include "OrvaneSyncCore/Services/Review/SiblingSuggestion.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <algorithm>
@@ -63,6 +64,17 @@ std::string matchText(const SyncGroup& group, const Take& take) {
     if (!group.video.isOffspeed() && *length - covered > worthSaying)
         text += ", covers " + formatted("%.1f", covered) + " of " + formatted("%.1f s", *length);
     return text;
+}
+
+bool isMovedSinceLock(const SyncGroup& group) {
+    constexpr double same = 0.0001; // seconds; no document tells less
+    return group.isLocked && group.lockedAtManualOffset &&
+           std::abs(*group.lockedAtManualOffset - group.manualAudioOffsetSeconds) > same;
+}
+
+std::string movedSinceLockText(const SyncGroup& group, double frameRate) {
+    return "moved since locked: " + formatOffset(group.lockedAtManualOffset.value_or(0), frameRate) + " to " +
+           formatOffset(group.manualAudioOffsetSeconds, frameRate);
 }
 
 } // namespace orvane

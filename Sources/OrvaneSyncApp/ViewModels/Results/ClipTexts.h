@@ -21,5 +21,9 @@ std::string soundText(const SyncGroup& group, const Take& take, const FileNames&
 std::string beginsText(const SyncGroup& group, const Take& take);
 /// The status, and how much of the clip has no sound.
 std::string matchText(const SyncGroup& group, const Take& take);
+/// Whether the clip is locked and its sound lies elsewhere by now than when it was.
+bool isMovedSinceLock(const SyncGroup& group);
+/// That in words, in frames of that rate, such as "moved since locked: -3f to -2f".
+std::string movedSinceLockText(const SyncGroup& group, double frameRate);
 
 } // namespace orvane

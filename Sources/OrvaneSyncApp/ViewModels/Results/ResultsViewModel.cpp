@@ -97,6 +97,13 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
         }
     row.isApproved = group.isApproved;
     row.isLocked = group.isLocked;
+    if (isMovedSinceLock(group)) {
+        row.isMovedSinceLock = true;
+        if (row.certainty != Certainty::missing) row.certainty = Certainty::doubtful;
+        const std::string moved = movedSinceLockText(group, controller_.timeline().timelineFrameRate(group));
+        row.doubts = moved + (row.doubts.empty() ? "" : "\n" + row.doubts);
+        row.reason = moved;
+    }
     row.isExcluded = group.isExcludedFromExport;
     row.isBelowAnother = place.isBelowAnother;
     row.foldable = place.foldable;

@@ -43,6 +43,7 @@ class ResultsViewModel {
         std::string reason; ///< the first message, as the row of the clip says it; empty without any
         bool isApproved = false;
         bool isLocked = false;
+        bool isMovedSinceLock = false; ///< which `reason` says then
         bool isExcluded = false;
         bool isBelowAnother = false; ///< shares the recording of a row above it
         std::size_t foldable = 0;    ///< rows that this one folds away

@@ -95,8 +95,10 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
           std::pair(row.isApproved, Glyph::approve)}) {
         if (!isSet) continue;
         right -= outlineGlyphSide;
+        const bool isWarning = mark == Glyph::lock && row.isMovedSinceLock && !isSelected;
         draw(*painter, mark,
-             QRectF(right, marksMiddle - outlineGlyphSide / 2.0, outlineGlyphSide, outlineGlyphSide), strong);
+             QRectF(right, marksMiddle - outlineGlyphSide / 2.0, outlineGlyphSide, outlineGlyphSide),
+             isWarning ? colour(Signal::doubtful) : strong);
         right -= space::tight;
     }
     const int factsWidth = right - inner.left();

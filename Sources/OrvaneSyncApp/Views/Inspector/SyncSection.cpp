@@ -67,6 +67,7 @@ void SyncSection::makeOffset() {
     grid->setColumnStretch(1, 1);
     add(facts(tr("Offset by hand, on top of the match")));
     add(grid);
+    add(wholeFrames_ = facts({}));
     auto* reset = new FlowLayout;
     reset->addWidget(commandButton("resetAudioOffset"));
     add(reset);
@@ -154,6 +155,8 @@ void SyncSection::show(const SyncGroup& clip) {
     QString seconds = translatedSentence(part.offsetInSeconds + " s");
     seconds.chop(2);
     seconds_->show(seconds);
+    wholeFrames_->setText(translatedSentence(part.wholeFrames));
+    wholeFrames_->setVisible(!part.wholeFrames.empty());
     for (EntryField* field : {frames_, seconds_}) field->setEnabled(part.hasSound);
     anchor_->setText(translatedSentence(part.anchor));
     const auto showButton = [](QPushButton* button, const std::string& reason, const QString& help) {

@@ -29,7 +29,7 @@ class SyncSection : public InspectorSection {
     const std::shared_ptr<ReviewViewModel> review_;
     std::optional<SyncPart> shown_;
     design::Choice* method_;
-    QLabel *methodText_, *begins_, *anchor_, *anchorHint_, *lockedAt_;
+    QLabel *methodText_, *begins_, *anchor_, *anchorHint_, *lockedAt_, *wholeFrames_;
     design::EntryField *frames_, *seconds_;
     QPushButton *goToAnchor_, *clearAnchor_, *updateAnchor_, *searchAnchor_, *clapCheck_, *lock_, *approve_;
     platform::Subscription ofEngine_;

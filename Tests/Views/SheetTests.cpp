@@ -33,7 +33,7 @@ TEST_F(SheetTest, RenamesAllClipsInOneStepAsThePreviewSays) {
     for (int i = 0; i < preview->topLevelItemCount(); ++i)
         if (preview->topLevelItem(i)->text(0).startsWith("12")) after = preview->topLevelItem(i)->text(1);
     ASSERT_EQ(after, "99A-3");
-    press(renamer, "Apply");
+    press(renamer, "Apply to All 4 Clips");
     EXPECT_EQ(std::ranges::count_if(work().syncGroups(),
                                     [](const SyncGroup& clip) { return clip.manualClipName == "99A-3"; }),
               2);

